@@ -1,0 +1,40 @@
+# Options of the build and the one interface target that carries warnings and sanitizers.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+option(STAGEMARKS_TESTS "Build the tests" ON)
+option(STAGEMARKS_BENCH "Build the benchmarks" OFF)
+option(STAGEMARKS_DESKTOP "Build the desktop program" ON)
+option(STAGEMARKS_WERROR "Treat warnings as errors" OFF)
+set(STAGEMARKS_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
+
+# Everything of a build lies as it will lie when installed: bin, lib, lib/stagemarks/plugins/Stagemarks.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(STAGEMARKS_PLUGIN_DIR ${CMAKE_BINARY_DIR}/lib/stagemarks/plugins)
+
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_library(project_options INTERFACE)
+target_compile_options(project_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+                                                 -Wnon-virtual-dtor -Woverloaded-virtual)
+if(STAGEMARKS_WERROR)
+  target_compile_options(project_options INTERFACE -Werror)
+endif()
+if(STAGEMARKS_SANITIZE)
+  target_compile_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE} -fno-omit-frame-pointer -g)
+  target_link_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE})
+endif()
+option(STAGEMARKS_PARTIAL "While folders are missing: link although symbols are" OFF)
+if(STAGEMARKS_PARTIAL)
+  add_link_options(-Wl,--unresolved-symbols=ignore-all -Wl,-z,lazy)
+endif()

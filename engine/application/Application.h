@@ -1,0 +1,95 @@
+// Application: the running stand-in: documents, plug-ins, events, preferences. A program makes one, gives it the
+// Outside to use, loads plug-ins and runs its event loop; the published free functions act on it. Main thread.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/core/Result.h"
+#include "engine/outside/Outside.h"
+#include "host/Application.h"
+#include "host/BaseDocument.h"
+#include "host/Plugins.h"
+
+namespace engine {
+
+// Every way a plug-in's loading can end.
+enum class LoadOutcome {
+  Loaded,
+  Missing,          // no file at the path
+  NotALibrary,      // the file is no loadable library
+  NoEntryPoints,    // PluginStart, PluginMessage or PluginEnd is not exported
+  ResourceRefused,  // PluginMessage(1) answered false
+  StartRefused,     // PluginStart answered false
+  IdTaken,          // it registered an ID that another plug-in holds
+};
+
+struct LoadReport {
+  LoadOutcome outcome;
+  std::string path;
+  std::string message;  // one sentence for a person, with the outcome's name
+};
+
+struct CommandPlugin {
+  host::LONG id;
+  host::String name;
+  host::String help;
+  host::CommandData* data;  // owned by the application
+  host::BaseBitmap* icon;   // owned by the application, may be null
+};
+
+// How to find things: the folders of the installed program.
+struct ApplicationSetup {
+  std::string importWorker;               // program that is run as the import child
+  std::vector<std::string> texturePaths;  // global texture paths, at most 10
+};
+
+class Application {
+ public:
+  // Becomes the application that the published functions act on. `outside` must outlive it.
+  Application(Outside& outside, ApplicationSetup setup);
+  Application(const Application&) = delete;
+  Application& operator=(const Application&) = delete;
+  // Unloads plug-ins (PluginEnd, then their commands and hooks go, then the libraries) and destroys all documents.
+  ~Application();
+  // The one that lives, or null.
+  static Application* Current();
+
+  // Loads one plug-in library by its path. The application goes on whatever the outcome.
+  LoadReport LoadPlugin(const std::string& path);
+  // Loads "<folder>/<Name>/<Name>.so" for every sub-folder, in name order.
+  std::vector<LoadReport> LoadPlugins(const std::string& folder);
+  void UnloadPlugins();
+  const std::vector<CommandPlugin>& Commands() const;
+  // Runs a registered command as its menu entry does; false when there is none or it answered false.
+  bool ExecuteCommand(host::LONG id);
+  // Tells every command to restore its dialog, as when a window layout is restored.
+  void RestoreLayouts();
+
+  // --- Documents. The application owns them; each has one instance of every registered scene hook.
+  host::BaseDocument* NewDocument();
+  // Opens a native scene file or imports another format, inserts the document and makes it active. Notes of the import go
+  // to `notes` where given.
+  Result<host::BaseDocument*> OpenDocument(const std::string& path, std::vector<std::string>* notes = nullptr);
+  // The host's Save and Save As: sends the document message to the document's scene hooks while path and name are still the
+  // old ones, writes (embedded textures beside it, too), then sets path and name and clears "changed".
+  Status SaveDocumentAs(host::BaseDocument& doc, const std::string& path);
+  // Same with the document's own path; fails for one never saved.
+  Status SaveDocument(host::BaseDocument& doc);
+  std::vector<host::BaseDocument*> Documents() const;
+
+  // --- Events. Undo and redo of the active document post a change as EventAdd does.
+  bool Undo();
+  bool Redo();
+  // Delivers what is posted: at most one core message 604 to every open dialog. Does nothing inside a running command.
+  void DeliverEvents();
+  bool HasPendingEvents() const;
+
+ private:
+  friend struct ApplicationAccess;
+  struct Body;
+  std::unique_ptr<Body> body_;
+};
+
+}  // namespace engine

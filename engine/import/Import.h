@@ -1,0 +1,34 @@
+// Import of scenes from other formats: glTF (.gltf, .glb), OBJ, FBX, COLLADA (.dae). The reading runs in a child process
+// with limits on memory, time and file access, so that a broken or hostile file costs a message and nothing else.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "engine/core/Result.h"
+#include "host/BaseDocument.h"
+
+namespace engine {
+
+struct ImportLimits {
+  std::uint64_t memoryBytes = 4ull << 30;
+  std::uint64_t fileBytes = 2ull << 30;
+  unsigned seconds = 120;
+};
+
+struct Imported {
+  host::BaseDocument* document = nullptr;  // owned by the caller; path and name as if saved beside the source, suffix c4d
+  std::vector<std::string> notes;          // what was lost or mended, for a person
+};
+
+// True for a suffix that Import reads (letter case aside).
+bool IsImportable(const std::string& path);
+// Shows its progress through Outside::Progress, which can stop it. `worker`: the program to run as the child.
+Result<Imported> ImportScene(const std::string& path, const std::string& worker, const ImportLimits& limits = {});
+
+// The child's side: reads `path`, writes the scene in the native format and the notes to file descriptor `output`.
+// Returns the process's exit status.
+int RunImportWorker(const std::string& path, int output, const ImportLimits& limits);
+
+}  // namespace engine

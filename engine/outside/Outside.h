@@ -1,0 +1,114 @@
+// Outside: the one door to files, the clock, the user's prompts, the status line, the system's viewer and the
+// folders of the user. Public functions check the path rules, call the virtual part and write the ledger; the
+// real, the scripted and the faulty door differ in the virtual part only. Main thread, except Progress.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/core/Result.h"
+#include "engine/outside/Ledger.h"
+#include "host/Files.h"
+
+namespace engine {
+
+enum class FileKind { Missing, File, Folder, Other };
+
+// What a plug-in or a command asks a person to choose.
+struct FileQuestion {
+  host::LONG type;
+  host::LONG flags;
+  std::string title;
+  std::string proposal;  // path shown first, may be empty
+};
+
+class Outside {
+ public:
+  virtual ~Outside() = default;
+
+  // The door in use; there is always one while an application or a test fixture lives.
+  static Outside& Current();
+
+  // --- Files. Paths are absolute UTF-8 texts. Reading operations refuse relative paths; the others refuse
+  // relative paths, ".." components and NUL bytes. Failure messages name the path.
+
+  // Links are followed. Never fails: a refused or unreadable path is Missing. Not in the ledger.
+  FileKind Kind(const std::string& path);
+  // The whole file; one larger than `limit` bytes, a folder, pipe or device is refused without reading it.
+  Result<std::string> ReadFile(const std::string& path, std::uint64_t limit = 16ull << 30);
+  // Atomic and durable: a temporary file in the same folder, everything written, sync checked, rename, folder
+  // sync checked. On failure the old file is whole and the temporary one is gone. `pieces` are written in order.
+  Status ReplaceFile(const std::string& path, std::span<const std::string_view> pieces);
+  Status ReplaceFile(const std::string& path, std::string_view bytes) { return ReplaceFile(path, std::span(&bytes, 1)); }
+  // No parents; success when the folder is there afterwards.
+  Status MakeFolder(const std::string& path);
+  // MakeFolder for each missing parent, too. For the program's own folders.
+  Status MakeFolders(const std::string& path);
+  // Regular files only, atomically as ReplaceFile; a file onto itself (same device and inode) is left alone.
+  Status CopyFile(const std::string& from, const std::string& to, bool replace);
+  // A plain file or a symbolic link itself.
+  Status RemoveFile(const std::string& path);
+  // The folder and all in it, by directory handles, never following a link; of a link to a folder the link only.
+  Status RemoveFolder(const std::string& path);
+  // Refuses when the target exists.
+  Status Rename(const std::string& from, const std::string& to);
+  // Names of the plain files at the top level, in byte order.
+  Result<std::vector<std::string>> ListFiles(const std::string& folder);
+
+  // --- Clock.
+  virtual host::LocalFileTime Now() = 0;
+
+  // --- The person.
+  virtual void Tell(const std::string& text) = 0;
+  // True for yes.
+  virtual bool Ask(const std::string& text) = 0;
+  // Nothing when cancelled.
+  virtual std::optional<std::string> ChooseFile(const FileQuestion& question) = 0;
+  virtual void ShowStatus(const std::string& text) = 0;
+  virtual void ClearStatus() = 0;
+  // Progress of long work, 0..1, with what is being done; false asks the work to stop. Any thread.
+  virtual bool Progress(double fraction, const std::string& what) = 0;
+  Status OpenWithViewer(const std::string& path);
+
+  // --- The user's folders (XDG): config, data, cache, state, each "<base>/stagemarks". Not made here.
+  virtual std::string ConfigFolder() = 0;
+  virtual std::string DataFolder() = 0;
+  virtual std::string CacheFolder() = 0;
+  virtual std::string StateFolder() = 0;
+
+  Ledger& GetLedger() { return ledger_; }
+
+ protected:
+  // The real work behind the public functions; paths are checked already.
+  virtual FileKind DoKind(const std::string& path) = 0;
+  virtual Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) = 0;
+  virtual Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) = 0;
+  virtual Status DoMakeFolder(const std::string& path) = 0;
+  virtual Status DoCopyFile(const std::string& from, const std::string& to, bool replace) = 0;
+  virtual Status DoRemoveFile(const std::string& path) = 0;
+  virtual Status DoRemoveFolder(const std::string& path) = 0;
+  virtual Status DoRename(const std::string& from, const std::string& to) = 0;
+  virtual Result<std::vector<std::string>> DoListFiles(const std::string& folder) = 0;
+  virtual Status DoOpenWithViewer(const std::string& path) = 0;
+
+ private:
+  Ledger ledger_;
+};
+
+// Makes `outside` the door in use while this lives, then gives the former one back. Does not own it.
+class OutsideInUse {
+ public:
+  explicit OutsideInUse(Outside& outside);
+  OutsideInUse(const OutsideInUse&) = delete;
+  OutsideInUse& operator=(const OutsideInUse&) = delete;
+  ~OutsideInUse();
+
+ private:
+  Outside* former_;
+};
+
+}  // namespace engine

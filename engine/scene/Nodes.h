@@ -1,0 +1,99 @@
+// Host-only functions on scene elements: what the scene file, the importer, the renderer, undo and the programs
+// need beyond the published interface. They work on the same objects that a plug-in sees. Main thread.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "engine/core/ContainerAccess.h"
+#include "host/BaseDocument.h"
+#include "host/BaseMaterial.h"
+#include "host/BaseTag.h"
+#include "host/GvNode.h"
+#include "host/LayerObject.h"
+#include "host/RenderData.h"
+
+namespace engine {
+
+// Which published class an element is.
+enum class NodeKind : host::UCHAR {
+  Document,
+  Object,
+  Tag,
+  TextureTag,
+  XPressoTag,
+  Material,
+  Shader,
+  Layer,
+  RenderSettings,
+  VideoPost,
+  Multipass,
+  NodeMaster,
+  Node,
+};
+
+NodeKind KindOf(const host::C4DAtom& atom);
+// The element as a class, or null when it is of another kind (a texture tag is a tag, too).
+host::BaseObject* AsObject(host::C4DAtom* atom);
+host::BaseTag* AsTag(host::C4DAtom* atom);
+host::TextureTag* AsTextureTag(host::C4DAtom* atom);
+host::BaseMaterial* AsMaterial(host::C4DAtom* atom);
+host::LayerObject* AsLayer(host::C4DAtom* atom);
+host::RenderData* AsRenderData(host::C4DAtom* atom);
+
+NodeId IdOf(const host::GeListNode& node);
+// Gives a node that is in no document the identity it had in a file. False when it is 0 or the node is in a document.
+bool SetId(host::GeListNode& node, NodeId id);
+// The element with that identity if it lives in `doc`, anywhere in its trees, else null. O(1).
+host::BaseList2D* FindNode(const host::BaseDocument* doc, NodeId id);
+
+// Destroys a node that is in no place, whatever its class, with all below it. Iterative.
+void DestroyNode(host::BaseList2D* node);
+
+// Takes the bits and modes as they are, without marking the document changed: for readers.
+void SetModes(host::BaseObject& object, host::LONG editor, host::LONG render, bool deform);
+NodeId LayerIdOf(const host::BaseList2D& node);
+void SetLayerId(host::BaseList2D& node, NodeId layer);
+NodeId MaterialIdOf(const host::TextureTag& tag);
+void SetMaterialId(host::TextureTag& tag, NodeId material);
+NodeId SceneCameraIdOf(const host::BaseDocument& doc);
+void SetSceneCameraId(host::BaseDocument& doc, NodeId camera);
+NodeId ActiveRenderDataIdOf(const host::BaseDocument& doc);
+host::ULLONG NBitsOf(const host::GeListNode& node);
+void SetNBits(host::GeListNode& node, host::ULLONG bits);
+const host::LayerData& OwnLayerData(const host::LayerObject& layer);
+void SetOwnLayerData(host::LayerObject& layer, const host::LayerData& data);
+
+// Geometry of a polygon object, null where it has none. Copies and instances share it; it never changes once set.
+const std::shared_ptr<const Mesh>& MeshOf(const host::BaseObject& object);
+void SetMesh(host::BaseObject& object, std::shared_ptr<const Mesh> mesh);
+
+// Heads of the lists that the published interface shows by their first element only.
+host::GeListNode* FirstVideoPost(const host::RenderData& settings);
+// Clears "has unsaved changes"; and a number that grows with every change of the document, for views and caches.
+void ClearChanged(host::BaseDocument& doc);
+host::ULLONG ChangeCount(const host::BaseDocument& doc);
+
+// The next node of a depth-first pre-order walk that stays below `root` (null: walks on through the siblings of
+// the start and of its parents); null at the end. No recursion.
+host::GeListNode* NextInTree(const host::GeListNode* node, const host::GeListNode* root = nullptr);
+template <class T>
+T* NextInTree(T* node, const host::GeListNode* root = nullptr) {
+  return static_cast<T*>(NextInTree(static_cast<const host::GeListNode*>(node), root));
+}
+
+// How many of each a document holds.
+struct SceneCounts {
+  std::size_t objects = 0;
+  std::size_t tags = 0;
+  std::size_t materials = 0;
+  std::size_t shaders = 0;
+  std::size_t layers = 0;
+  std::size_t renderSettings = 0;
+  std::size_t cameras = 0;
+  std::size_t lights = 0;
+  std::size_t polygons = 0;
+};
+SceneCounts CountScene(const host::BaseDocument& doc);
+
+}  // namespace engine

@@ -1,0 +1,22 @@
+// A document, or the part of it that Stagemarks record, as text: one line per fact, in scene order, so that two
+// states can be compared and a difference read by a person. Used by tests and by the command line. Main thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/BaseDocument.h"
+
+namespace engine {
+
+// Everything a document holds, identities replaced by running numbers so that a saved and opened copy dumps alike.
+std::string DumpDocument(const host::BaseDocument& doc);
+
+// What can be seen of the recorded state: active render settings' parameters, scene camera, modes of every object,
+// materials of texture tags, data of the recorded tag types, flags of every layer. The element stores are left out.
+std::string DumpState(const host::BaseDocument& doc);
+
+// Lines of `a` and `b` that differ, as "- was" and "+ is" lines, at most `most` of each; empty for equal texts.
+std::vector<std::string> DumpDifference(const std::string& a, const std::string& b, std::size_t most = 20);
+
+}  // namespace engine

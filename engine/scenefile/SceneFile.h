@@ -1,0 +1,25 @@
+// The native scene file (suffix c4d): a document to bytes and back; see docs/SCENE_FILE.md. Reading trusts nothing:
+// a damaged, cut or foreign file gives a message that names what is wrong and where, and no document. Main thread.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/core/Result.h"
+#include "host/BaseDocument.h"
+
+namespace engine {
+
+// The whole file as pieces to be written in order. Identities, own IDs, empty entries, order, bits, selection, active
+// render settings, scene camera and unknown sections that were read are kept; undo steps are not saved.
+Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc);
+
+// A new document, owned by the caller (BaseDocument::Free), without path and name.
+Result<host::BaseDocument*> ReadScene(std::string_view bytes);
+
+// The same through the Outside. Saving leaves the document's path, name and "changed" as they are; opening sets path and name.
+Status SaveSceneFile(const host::BaseDocument& doc, const std::string& path);
+Result<host::BaseDocument*> OpenSceneFile(const std::string& path);
+
+}  // namespace engine

@@ -1,0 +1,64 @@
+// BaseList2D: a named element with a parameter container, bits, an assigned layer and attached shaders.
+// It owns its data, its shaders and what hangs below it. Main thread.
+#pragma once
+
+#include "host/BaseContainer.h"
+#include "host/GeListNode.h"
+
+namespace host {
+
+class BaseShader;
+class LayerObject;
+struct LayerData;
+
+// Bits of GetAllBits.
+inline constexpr LONG BIT_ACTIVE = 2;    // selected: objects, tags, layers, materials alike
+inline constexpr LONG BIT_DISABLED = 4;  // video posts and multi-passes: switched off
+
+class BaseList2D : public GeListNode {
+ public:
+  String GetName() const { return name_; }
+  void SetName(const String& name);
+  // What the host calls this kind of element: "Bitmap", "Camera", ...; for a type the host does not know, "Unknown".
+  String GetTypeName() const;
+
+  // A copy of the parameters; the live ones in place (owned by this element); replacing or, with `add`,
+  // merging into them.
+  BaseContainer GetData() const { return data_; }
+  BaseContainer* GetDataInstance() { return &data_; }
+  const BaseContainer* GetDataInstance() const { return &data_; }
+  void SetData(const BaseContainer& data, Bool add = TRUE);
+
+  LONG GetAllBits() const { return bits_; }
+  void SetAllBits(LONG bits);
+  Bool GetBit(LONG mask) const { return (bits_ & mask) == mask; }
+  void SetBit(LONG mask);
+  void DelBit(LONG mask);
+
+  // Of a layer: its own flags and colour. Of any other element: those of its layer, all on when it has none.
+  // Null-safe: without a layer SetLayerData answers false and changes nothing.
+  LayerData GetLayerData(const BaseDocument* doc, Bool rawdata = FALSE) const;
+  Bool SetLayerData(BaseDocument* doc, const LayerData& data);
+  // The layer this element is assigned to in `doc`, or null; assigning null takes it off its layer.
+  LayerObject* GetLayerObject(const BaseDocument* doc) const;
+  Bool SetLayerObject(LayerObject* layer);
+
+  // First attached shader, or null; the others follow by GetNext. The element owns its shaders.
+  BaseShader* GetFirstShader() const;
+  // Attaches a shader after `pred`, last where `pred` is null. Takes ownership.
+  void InsertShader(BaseShader* shader, BaseShader* pred = nullptr);
+
+ protected:
+  using GeListNode::GeListNode;
+  ~BaseList2D() = default;
+
+ private:
+  friend struct engine::NodeAccess;
+  String name_;
+  BaseContainer data_;
+  LONG bits_ = 0;
+  ULLONG layer_ = 0;  // identity of the assigned layer, 0 for none
+  GeListHead shaders_;
+};
+
+}  // namespace host
