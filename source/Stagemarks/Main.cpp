@@ -1,0 +1,28 @@
+// The library's entry points.
+#include "source/Stagemarks/SM.h"
+
+namespace stagemarks {
+
+// The scene hook's, in source/StagemarksNode.
+Bool RegisterStagemarksNode();
+
+}  // namespace stagemarks
+
+namespace {
+
+// Messages of the host at start-up.
+constexpr host::LONG kInitialise = 0;
+constexpr host::LONG kLoadResource = 1;
+
+host::GeResource resource;
+
+}  // namespace
+
+host::Bool PluginStart() { return stagemarks::RegisterSM() && stagemarks::RegisterStagemarksNode(); }
+
+host::Bool PluginMessage(host::LONG id, void*) {
+  if (id == kInitialise) return host::TRUE;
+  return id == kLoadResource && resource.Init();
+}
+
+void PluginEnd() {}

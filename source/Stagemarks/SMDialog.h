@@ -1,0 +1,196 @@
+// SMDialog: the plug-in's one dialog and everything that it does. It keeps copies of the active document's three
+// stores, taken anew at the start of each operation and written back whole, and work containers that a recording
+// fills; it owns nothing in the scene. Each section is implemented in the folder that it names. Main thread.
+#pragma once
+
+#include <array>
+
+#include "source/Stagemarks/Host.h"
+#include "source/Stagemarks/keys/Options.h"
+#include "source/Stagemarks/keys/PluginIds.h"
+#include "source/Stagemarks/keys/TagTypes.h"
+
+namespace stagemarks {
+
+class SMDialog : public GeDialog {
+ public:
+  SMDialog();
+  ~SMDialog() override;
+
+  // --- Events of the host (dialog/).
+  Bool CreateLayout() override;
+  Bool InitValues() override;
+  Bool CoreMessage(LONG id, const BaseContainer& msg) override;
+  // Takes the active document and the fields, then only dispatches. False without a document and for a recording
+  // that was refused.
+  Bool Command(LONG id, const BaseContainer& msg) override;
+  LONG Message(const BaseContainer& msg, BaseContainer& result) override;
+
+  // --- Identity (store/). They read the dialog's copies of the stores, which the caller has refreshed.
+  // The lowest ID that nothing or an emptied entry is stored under.
+  LONG GetFirstAvailableID() const;
+  // The ID of the element with that name; 0, which may be another element's, when it is not found.
+  LONG GetStagemarkID(const String& name) const;
+  Bool CheckForDupSMNames(const String& name) const;
+
+  // --- Recording (recording/): each fills its work container from the active document; false without one.
+  // Puts a copy of the active render settings, named after the element, second into the document's list.
+  Bool RecordRenderSettings();
+  Bool RecordObjectAndTagSettings();
+  // Records `op`, its tags, its subtree and its following siblings in pre-order. Null records nothing.
+  void LoopThroughOM(BaseDocument* doc, BaseObject* op);
+  Bool RecordTags(BaseObject* op);
+  // What a tag record holds, without the link to the tag; own ID 0 or that of the tag's data.
+  BaseContainer GetTtextureSettings(BaseTag* tag) const;
+  BaseContainer GetTgenericSettings(BaseTag* tag) const;
+  BaseContainer GetTcompositingSettings(BaseTag* tag) const;
+  // The one of the three that a tag type asks for.
+  BaseContainer CaptureTag(BaseTag* tag, Capture capture) const;
+  Bool RecordCameraSettings();
+  Bool RecordLayerSettings();
+  // Records `layer`, its following siblings and all below them in pre-order. Null records nothing.
+  void LoopThroughLayers(BaseDocument* doc, GeListNode* layer);
+  Bool RecordDateTime();
+  // Links to the selected layers of the active document under keys 0, 1, 2 ... in pre-order.
+  BaseContainer GetSelectedLayers() const;
+
+  // --- Recall (recall/): each applies its part of an element record to the active document and adds undo entries
+  // to the open group; false without a document.
+  // The whole element as one undo group, whatever part of it the options ask for.
+  Bool LoadStagemark(const String& name);
+  Bool LoadRenderSettings(const BaseContainer& record);
+  Bool LoadObjectAndTagSettings(const BaseContainer& record);
+  Bool LoadCameraSettings(const BaseContainer& record);
+  Bool LoadLayerSettings(const BaseContainer& record);
+
+  // --- Matching (recall/). Whether an element record holds an item; links to the active document's items that it
+  // does not hold, under keys 0, 1, 2 ... in pre-order.
+  Bool SearchElementForObject(BaseContainer* element, BaseObject* op) const;
+  Bool SearchElementForTag(BaseContainer* element, BaseTag* tag) const;
+  Bool SearchElementForLayer(BaseContainer* element, LayerObject* layer) const;
+  BaseContainer GetNewObjects(BaseContainer* element) const;
+  BaseContainer GetNewTags(BaseContainer* element) const;
+  BaseContainer GetNewLayers(BaseContainer* element) const;
+
+  // --- Bulk edits (bulk/): on the checked elements of the active document, in its stores in place.
+  Bool UpdateCheckedElements();
+  Bool SetObjectsOnCheckedElements();
+  Bool SetTagsOnCheckedElements();
+  Bool SetLayersOnCheckedElements();
+  Bool SetCameraOnCheckedElements();
+  // Removes one element with its render settings copy and its preview; false without a document.
+  Bool DeleteStagemark(const String& name);
+  void DeleteCheckedElements();
+  void DeleteAllElements();
+
+  // --- Export (export/): one scene file per checked name, made from a copy of the active document.
+  // The button: asks what it needs and calls the layout that the combo box names.
+  void GenerateFiles();
+  Bool GenerateSaveFile(const BaseContainer& checked, const Filename& folder);
+  Bool GenerateSaveFileFolders(const BaseContainer& checked, const Filename& folder);
+  Bool GenerateSaveProject(const BaseContainer& checked, const Filename& folder);
+  Bool GenerateSaveProjectOneFolder(const BaseContainer& checked, const Filename& folder);
+  // Texture references cut down to bare file names.
+  String ExtractTexturePath(BaseShader* shader);
+  void LoopThroughShader(BaseShader* shader);
+  Bool LoopThroughXpresso(GvNode* node);
+  void LoopThroughOMStrip(BaseObject* op);
+  Bool StripObjects();
+  Bool StripMaterials();
+  Bool StripAllTexturePaths();
+  // Deletes the materials that no element refers to.
+  Bool CleanMEdit();
+
+  // --- Previews (previews/).
+  // The folder beside the active document's file; relative for a document never saved, empty path without one.
+  Filename GetSMfilePath() const;
+  Filename GetPreviewImage(const String& name) const;
+  // Renders the element being recorded into `folder`; false when memory ran out.
+  Bool GenerateBitmapPreview(const Filename& folder);
+  // In the bitmap button: the element's preview, else the default image; what it showed where neither exists.
+  void ShowPreview(const String& name);
+  void ShowDefaultImage();
+
+  // --- The list (dialog/).
+  // Rebuilds the rows from the active document; check marks of names that stay are kept, the selection goes.
+  void UpdateSMList();
+  // Name of the selected row; empty unless exactly one is selected.
+  String GetListSelection() const;
+  // Names of the checked rows under their row numbers, in list order.
+  BaseContainer GetCheckedElements() const;
+
+  // --- Options (dialog/).
+  void UpdateSMPreferences();
+  Bool IsOn(Option option) const { return options_[IndexOf(option)] == 1; }
+
+ private:
+  // --- Events (dialog/): the prologue and what single gadgets and entries do.
+  Bool ReadFields(const BaseContainer& msg);
+  Bool DispatchEdit(LONG id);
+  void LoadSelected();
+  void DeleteSelected();
+  void RenameSelected();
+  template <class Change>
+  void ChangeChecks(Change change);
+  Bool ToggleOption(const OptionRow& row);
+  void SaveDefaultPreferences();
+  void ShowHelp() const;
+  void ShowAbout() const;
+  void BuildElementGroup();
+  void BuildRecordGroups();
+  void BuildGenerateGroups();
+  void BuildMenus();
+  void BuildListEntries(BaseDocument& doc);
+  void MarkOptions();
+
+  // --- The button "Record Element" (recording/).
+  Bool RecordElement();
+  void FreezeOptions(BaseDocument& doc);
+  void RecordCategories(BaseDocument& doc);
+  void AssembleElement();
+  void StoreElement(BaseDocument& doc);
+  Bool RecordPreview(BaseDocument& doc);
+  void ClearWorkContainers();
+  void RecordObject(BaseObject& op);
+
+  // --- The stores (store/).
+  void RefreshStores(const BaseDocument& doc);
+  void WriteStores(BaseDocument& doc) const;
+  void WriteOptions(BaseContainer& target) const;
+
+  Real version_ = kVersion;
+  SimpleListView list_;
+  BitmapButtonCustomGui* previewButton_ = nullptr;  // owned by the dialog's layout
+  String selectedName_;
+
+  BaseContainer recordStore_;  // copies of the document's sub-containers
+  BaseContainer listStore_;
+
+  String elementName_;  // of the element being recorded
+  BaseContainer dateBc_;
+  BaseContainer recordBc_;  // record and list entry under construction
+  BaseContainer listEntryBc_;
+  BaseContainer renderBc_;  // the record's parts; only the Load button empties them
+  BaseContainer layersBc_;
+  BaseContainer objectsBc_;
+  BaseContainer cameraBc_;
+  BaseContainer tagsBc_;
+
+  LONG frameFrom_ = 0;
+  LONG frameTo_ = 0;
+
+  BaseContainer preferences_;         // copy of the document's choice
+  BaseContainer defaultPreferences_;  // the user's, as the host keeps them
+  LONG preferencesSaved_ = 0;
+  std::array<LONG, kOptions.size()> options_{};  // 1: on
+
+  LONG elementId_ = 0;
+  LONG generatePreview_ = 0;
+  LONG changeFrameRange_ = 0;
+
+  LONG objectCount_ = 0;  // running indices of one recording
+  LONG tagCount_ = 0;
+  LONG layerCount_ = 0;
+};
+
+}  // namespace stagemarks
