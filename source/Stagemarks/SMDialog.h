@@ -124,39 +124,43 @@ class SMDialog : public GeDialog {
   Bool IsOn(Option option) const { return options_[IndexOf(option)] == 1; }
 
  private:
+  // How a menu entry changes the check marks of all rows.
+  enum class Checks { All, None, Inverted };
+
   // --- Events (dialog/): the prologue and what single gadgets and entries do.
-  Bool ReadFields(const BaseContainer& msg);
-  Bool DispatchEdit(LONG id);
+  void ReadFields();
+  void ShowSelected();
   void LoadSelected();
   void DeleteSelected();
   void RenameSelected();
-  template <class Change>
-  void ChangeChecks(Change change);
+  void RenameElement(BaseDocument& doc, LONG element, const String& name);
+  void SetTagsAndForget();
+  void ChangeChecks(Checks checks);
   Bool ToggleOption(const OptionRow& row);
   void SaveDefaultPreferences();
+  void WriteOptions(BaseContainer& target) const;
   void ShowHelp() const;
   void ShowAbout() const;
-  void BuildElementGroup();
+  void BuildElementGroups();
   void BuildRecordGroups();
   void BuildGenerateGroups();
   void BuildMenus();
   void BuildListEntries(BaseDocument& doc);
-  void MarkOptions();
 
   // --- The button "Record Element" (recording/).
   Bool RecordElement();
   void FreezeOptions(BaseDocument& doc);
-  void RecordCategories(BaseDocument& doc);
+  void RecordCategories();
   void AssembleElement();
   void StoreElement(BaseDocument& doc);
-  Bool RecordPreview(BaseDocument& doc);
+  Bool RecordPreview(const BaseDocument& doc);
   void ClearWorkContainers();
-  void RecordObject(BaseObject& op);
 
-  // --- The stores (store/).
+  // --- The stores (store/): records and list entries copied from the document, and written back whole.
   void RefreshStores(const BaseDocument& doc);
   void WriteStores(BaseDocument& doc) const;
-  void WriteOptions(BaseContainer& target) const;
+  // Sets the current flag on one element and clears it on the others, in place.
+  void MarkCurrent(BaseDocument& doc, LONG element);
 
   Real version_ = kVersion;
   SimpleListView list_;

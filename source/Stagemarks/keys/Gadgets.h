@@ -87,6 +87,11 @@ inline constexpr std::array<MenuRow, 14> kEditMenu{{
     {kCleanMaterials, "Clean Material Editor"},
 }};
 
+inline constexpr std::array<MenuRow, 2> kHelpMenu{{
+    {kHelp, "Help"},
+    {kAbout, "About Stagemarks"},
+}};
+
 // The four layouts of generated files, as the combo box lists them.
 inline constexpr std::array<MenuRow, 4> kFileLayouts{{
     {kAsSaveFile, "As Save File"},

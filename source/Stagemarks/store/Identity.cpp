@@ -1,0 +1,49 @@
+#include "source/Stagemarks/SMDialog.h"
+#include "source/Stagemarks/keys/ElementKeys.h"
+
+namespace stagemarks {
+
+namespace {
+
+// Positions of the list store that are elements: all but the note that it was built.
+LONG ElementPositions(const BaseContainer& listStore) {
+  const Bool hasNote = listStore.FindIndex(kListBuilt) != NOTOK && listStore.GetType(kListBuilt) != DA_CONTAINER;
+  return listStore.GetCount() - (hasNote ? 1 : 0);
+}
+
+// Whether the entry under `id`, or the empty one where there is none, has that name.
+Bool HasName(const BaseContainer* entry, const String& name) {
+  return (entry ? entry->GetString(kName) : String()).Compare(name) == 0;
+}
+
+}  // namespace
+
+LONG SMDialog::GetFirstAvailableID() const {
+  LONG id = 0;
+  for (;; ++id) {
+    const BaseContainer* entry = listStore_.GetContainerInstance(id);
+    if (!entry || entry->GetCount() == 0) return id;
+  }
+}
+
+// Counts positions but fetches by ID: an element whose ID is not below the number of elements is not found. Scenes
+// in which that happened hold two elements of one name, and only this rule brings back the one that was meant.
+LONG SMDialog::GetStagemarkID(const String& name) const {
+  const LONG count = ElementPositions(listStore_);
+  for (LONG id = 0; id < count; ++id) {
+    const BaseContainer* entry = listStore_.GetContainerInstance(id);
+    if (HasName(entry, name)) return entry ? entry->GetId() : 0;
+  }
+  return 0;
+}
+
+// The records bound the walk and the list entries give the names, as in GetStagemarkID by ID.
+Bool SMDialog::CheckForDupSMNames(const String& name) const {
+  const LONG count = recordStore_.GetCount();
+  for (LONG id = 0; id < count; ++id) {
+    if (HasName(listStore_.GetContainerInstance(id), name)) return TRUE;
+  }
+  return FALSE;
+}
+
+}  // namespace stagemarks
