@@ -27,18 +27,24 @@ struct LedgerEntry {
   std::string path;
   std::string target;  // of a copy or rename
   bool succeeded;
-  std::string message;  // why it failed, for a person
+  std::string message;  // why it failed, for a person; the text of a note
+  bool absent = false;  // failed only because nothing was at `path`
 };
 
 class Ledger {
  public:
   void Add(LedgerEntry entry) { entries_.push_back(std::move(entry)); }
+  // Something a person should know about `path` that is no failure of an operation.
+  void AddNote(std::string path, std::string message);
   const std::vector<LedgerEntry>& Entries() const { return entries_; }
   // Number of entries so far: a mark to read on from.
   std::size_t Mark() const { return entries_.size(); }
   // Failures from `mark` on; a file that is merely not there when asked for counts as none.
   std::vector<LedgerEntry> FailuresSince(std::size_t mark) const;
-  // Paths written (replaced, copied to, renamed to, made) with success from `mark` on, in order, each once.
+  // Texts of the notes from `mark` on.
+  std::vector<std::string> NotesSince(std::size_t mark) const;
+  // Paths written (replaced, copied to, renamed to, made) with success from `mark` on and not removed or renamed
+  // again, in order, each once.
   std::vector<std::string> WrittenSince(std::size_t mark) const;
 
  private:

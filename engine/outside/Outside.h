@@ -30,7 +30,7 @@ class Outside {
  public:
   virtual ~Outside() = default;
 
-  // The door in use; there is always one while an application or a test fixture lives.
+  // The door in use: the one of the innermost OutsideInUse, else a real one without a person.
   static Outside& Current();
 
   // --- Files. Paths are absolute UTF-8 texts. Reading operations refuse relative paths; the others refuse
@@ -41,14 +41,16 @@ class Outside {
   // The whole file; one larger than `limit` bytes, a folder, pipe or device is refused without reading it.
   Result<std::string> ReadFile(const std::string& path, std::uint64_t limit = 16ull << 30);
   // Atomic and durable: a temporary file in the same folder, everything written, sync checked, rename, folder
-  // sync checked. On failure the old file is whole and the temporary one is gone. `pieces` are written in order.
+  // sync checked. On failure the old file is whole and the temporary one is gone. `pieces` are written in order. A
+  // link to a file stays a link and the file it points to is replaced; a write-protected file is refused.
   Status ReplaceFile(const std::string& path, std::span<const std::string_view> pieces);
   Status ReplaceFile(const std::string& path, std::string_view bytes) { return ReplaceFile(path, std::span(&bytes, 1)); }
   // No parents; success when the folder is there afterwards.
   Status MakeFolder(const std::string& path);
   // MakeFolder for each missing parent, too. For the program's own folders.
   Status MakeFolders(const std::string& path);
-  // Regular files only, atomically as ReplaceFile; a file onto itself (same device and inode) is left alone.
+  // Regular files only, atomically as ReplaceFile; a file onto itself (same device and inode) is left alone. Without
+  // `replace` an existing target is refused.
   Status CopyFile(const std::string& from, const std::string& to, bool replace);
   // A plain file or a symbolic link itself.
   Status RemoveFile(const std::string& path);
@@ -56,7 +58,7 @@ class Outside {
   Status RemoveFolder(const std::string& path);
   // Refuses when the target exists.
   Status Rename(const std::string& from, const std::string& to);
-  // Names of the plain files at the top level, in byte order.
+  // Names of the plain files (links followed) at the top level, in byte order.
   Result<std::vector<std::string>> ListFiles(const std::string& folder);
 
   // --- Clock.
@@ -96,6 +98,15 @@ class Outside {
   virtual Status DoOpenWithViewer(const std::string& path) = 0;
 
  private:
+  // Write the ledger's entry for one operation and hand its result on.
+  Status Enter(LedgerEntry entry, Status status);
+  template <class Work>
+  auto Read(Operation operation, const std::string& path, Work work);
+  template <class Work>
+  Status Change(Operation operation, const std::string& path, Work work);
+  template <class Work>
+  Status ChangeTwo(Operation operation, const std::string& from, const std::string& to, Work work);
+
   Ledger ledger_;
 };
 

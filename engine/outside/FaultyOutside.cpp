@@ -1,0 +1,78 @@
+#include "engine/outside/FaultyOutside.h"
+
+#include <cerrno>
+
+#include "engine/outside/FileHandle.h"
+
+namespace engine {
+namespace {
+
+Status InputOutputError(const std::string& path) {
+  errno = EIO;
+  return SystemFailure("Cannot work on", path);
+}
+
+}  // namespace
+
+void FaultyOutside::Break(std::size_t number, Fault fault, std::optional<Operation> only) {
+  left_ = number;
+  stays_ = false;
+  fault_ = fault;
+  only_ = only;
+  count_ = 0;
+}
+
+void FaultyOutside::BreakFrom(std::size_t number, std::optional<Operation> only) {
+  Break(number, Fault::Fail, only);
+  stays_ = true;
+}
+
+std::optional<Fault> FaultyOutside::Next(Operation operation) {
+  if (only_ && *only_ != operation) return std::nullopt;
+  ++count_;
+  if (left_ == 0) return std::nullopt;
+  if (left_ == 1 && stays_) return fault_;
+  return --left_ == 0 ? std::optional(fault_) : std::nullopt;
+}
+
+Result<std::string> FaultyOutside::DoReadFile(const std::string& path, std::uint64_t limit) {
+  const std::optional<Fault> fault = Next(Operation::ReadFile);
+  if (fault == Fault::Fail) return InputOutputError(path);
+  Result<std::string> bytes = ForwardingOutside::DoReadFile(path, limit);
+  if (fault && bytes) bytes.Value().resize(bytes.Value().size() / 2);
+  return bytes;
+}
+
+Result<std::vector<std::string>> FaultyOutside::DoListFiles(const std::string& folder) {
+  const std::optional<Fault> fault = Next(Operation::ListFolder);
+  if (fault == Fault::Fail) return InputOutputError(folder);
+  Result<std::vector<std::string>> names = ForwardingOutside::DoListFiles(folder);
+  if (fault && names) names.Value().resize(names.Value().size() / 2);
+  return names;
+}
+
+Status FaultyOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
+  return Next(Operation::ReplaceFile) ? InputOutputError(path) : ForwardingOutside::DoReplaceFile(path, pieces);
+}
+
+Status FaultyOutside::DoMakeFolder(const std::string& path) {
+  return Next(Operation::MakeFolder) ? InputOutputError(path) : ForwardingOutside::DoMakeFolder(path);
+}
+
+Status FaultyOutside::DoCopyFile(const std::string& from, const std::string& to, bool replace) {
+  return Next(Operation::CopyFile) ? InputOutputError(to) : ForwardingOutside::DoCopyFile(from, to, replace);
+}
+
+Status FaultyOutside::DoRemoveFile(const std::string& path) {
+  return Next(Operation::RemoveFile) ? InputOutputError(path) : ForwardingOutside::DoRemoveFile(path);
+}
+
+Status FaultyOutside::DoRemoveFolder(const std::string& path) {
+  return Next(Operation::RemoveFolder) ? InputOutputError(path) : ForwardingOutside::DoRemoveFolder(path);
+}
+
+Status FaultyOutside::DoRename(const std::string& from, const std::string& to) {
+  return Next(Operation::Rename) ? InputOutputError(to) : ForwardingOutside::DoRename(from, to);
+}
+
+}  // namespace engine

@@ -1,0 +1,118 @@
+#include "engine/outside/Outside.h"
+
+#include <atomic>
+
+#include "engine/outside/PathRules.h"
+#include "engine/outside/RealOutside.h"
+
+namespace engine {
+namespace {
+
+std::atomic<Outside*> inUse{nullptr};
+
+}  // namespace
+
+Outside& Outside::Current() {
+  if (Outside* outside = inUse.load()) return *outside;
+  static RealOutside fallback;
+  return fallback;
+}
+
+OutsideInUse::OutsideInUse(Outside& outside) : former_(inUse.exchange(&outside)) {}
+OutsideInUse::~OutsideInUse() { inUse.store(former_); }
+
+Status Outside::Enter(LedgerEntry entry, Status status) {
+  entry.succeeded = status.Ok();
+  entry.message = status.Message();
+  ledger_.Add(std::move(entry));
+  return status;
+}
+
+template <class Work>
+auto Outside::Read(Operation operation, const std::string& path, Work work) {
+  const Result<std::string> clean = PathForReading(path);
+  using Answer = decltype(work(path));
+  Answer answer = clean ? work(clean.Value()) : Answer(clean.GetStatus());
+  const bool absent = clean && !answer && DoKind(clean.Value()) == FileKind::Missing;
+  Status status = answer ? Status() : Status::Failure(answer.Message());
+  (void)Enter({operation, clean ? clean.Value() : path, "", false, "", absent}, status);
+  return answer;
+}
+
+template <class Work>
+Status Outside::Change(Operation operation, const std::string& path, Work work) {
+  const Result<std::string> clean = PathForWriting(path);
+  if (!clean) return Enter({operation, path, "", false, ""}, clean.GetStatus());
+  const bool removes = operation == Operation::RemoveFile || operation == Operation::RemoveFolder;
+  const bool absent = removes && DoKind(clean.Value()) == FileKind::Missing;
+  return Enter({operation, clean.Value(), "", false, "", absent}, work(clean.Value()));
+}
+
+template <class Work>
+Status Outside::ChangeTwo(Operation operation, const std::string& from, const std::string& to, Work work) {
+  const Result<std::string> source = PathForWriting(from);
+  const Result<std::string> target = PathForWriting(to);
+  if (!source) return Enter({operation, from, to, false, ""}, source.GetStatus());
+  if (!target) return Enter({operation, from, to, false, ""}, target.GetStatus());
+  const bool absent = operation == Operation::Rename && DoKind(source.Value()) == FileKind::Missing;
+  return Enter({operation, source.Value(), target.Value(), false, "", absent}, work(source.Value(), target.Value()));
+}
+
+FileKind Outside::Kind(const std::string& path) {
+  const Result<std::string> clean = PathForReading(path);
+  return clean ? DoKind(clean.Value()) : FileKind::Missing;
+}
+
+Result<std::string> Outside::ReadFile(const std::string& path, std::uint64_t limit) {
+  return Read(Operation::ReadFile, path, [&](const std::string& clean) { return DoReadFile(clean, limit); });
+}
+
+Status Outside::ReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
+  return Change(Operation::ReplaceFile, path, [&](const std::string& clean) { return DoReplaceFile(clean, pieces); });
+}
+
+Status Outside::MakeFolder(const std::string& path) {
+  const Result<std::string> existing = PathForWriting(path);
+  if (existing && DoKind(existing.Value()) == FileKind::Folder) return {};
+  return Change(Operation::MakeFolder, path, [&](const std::string& clean) { return DoMakeFolder(clean); });
+}
+
+Status Outside::MakeFolders(const std::string& path) {
+  const Result<std::string> clean = PathForWriting(path);
+  if (!clean) return MakeFolder(path);
+  for (std::size_t end = clean.Value().find('/', 1); end != std::string::npos; end = clean.Value().find('/', end + 1)) {
+    Status made = MakeFolder(clean.Value().substr(0, end));
+    if (!made) return made;
+  }
+  return MakeFolder(clean.Value());
+}
+
+Status Outside::CopyFile(const std::string& from, const std::string& to, bool replace) {
+  return ChangeTwo(Operation::CopyFile, from, to,
+                   [&](const std::string& source, const std::string& target) { return DoCopyFile(source, target, replace); });
+}
+
+Status Outside::RemoveFile(const std::string& path) {
+  return Change(Operation::RemoveFile, path, [&](const std::string& clean) { return DoRemoveFile(clean); });
+}
+
+Status Outside::RemoveFolder(const std::string& path) {
+  return Change(Operation::RemoveFolder, path, [&](const std::string& clean) { return DoRemoveFolder(clean); });
+}
+
+Status Outside::Rename(const std::string& from, const std::string& to) {
+  return ChangeTwo(Operation::Rename, from, to,
+                   [&](const std::string& source, const std::string& target) { return DoRename(source, target); });
+}
+
+Result<std::vector<std::string>> Outside::ListFiles(const std::string& folder) {
+  return Read(Operation::ListFolder, folder, [&](const std::string& clean) { return DoListFiles(clean); });
+}
+
+Status Outside::OpenWithViewer(const std::string& path) {
+  const Result<std::string> clean = PathForReading(path);
+  if (!clean) return Enter({Operation::OpenViewer, path, "", false, ""}, clean.GetStatus());
+  return Enter({Operation::OpenViewer, clean.Value(), "", false, ""}, DoOpenWithViewer(clean.Value()));
+}
+
+}  // namespace engine

@@ -1,0 +1,44 @@
+// PendingFile: a file that is being written under a hidden name beside its place and takes that place in one step, or
+// leaves no trace. Main thread.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "engine/core/Result.h"
+#include "engine/outside/FileHandle.h"
+
+namespace engine {
+
+class PendingFile {
+ public:
+  // `path`: the place, cleaned and absolute.
+  explicit PendingFile(std::string path) : path_(std::move(path)) {}
+  PendingFile(const PendingFile&) = delete;
+  PendingFile& operator=(const PendingFile&) = delete;
+  // Removes the hidden file unless Commit took it to its place.
+  ~PendingFile();
+
+  // Opens the hidden file. Follows a link at the place to the file it points to; refuses anything there but a plain file
+  // that may be written.
+  Status Begin();
+  Status Write(std::string_view bytes);
+  // Brings the bytes to the disk and the file to its place. Without `replace` it fails when something is there.
+  Status Commit(bool replace);
+
+ private:
+  Status FollowLink();
+  Status CheckPlace();
+  Status OpenHidden();
+
+  std::string path_;
+  std::string name_;
+  std::string hidden_;  // empty: there is none
+  FileHandle folder_;
+  FileHandle file_;
+};
+
+// Renames without ever replacing: fails with EEXIST when something is at the target. The paths lie below the folders.
+bool RenameWithoutReplacing(int fromFolder, const std::string& from, int toFolder, const std::string& to);
+
+}  // namespace engine

@@ -1,0 +1,37 @@
+// Person: who sits in front of the program: hears what is told, answers what is asked, sees status and progress. The
+// real Outside hands these to one; the command line and the desktop have their own. Main thread, except Progress.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "engine/outside/Outside.h"
+
+namespace engine {
+
+class Person {
+ public:
+  virtual ~Person() = default;
+  virtual void Tell(const std::string& text) = 0;
+  // True for yes.
+  virtual bool Ask(const std::string& text) = 0;
+  // An absolute path; nothing when cancelled.
+  virtual std::optional<std::string> ChooseFile(const FileQuestion& question) = 0;
+  virtual void ShowStatus(const std::string& text) = 0;
+  virtual void ClearStatus() = 0;
+  // Any thread; false asks the work to stop.
+  virtual bool Progress(double fraction, const std::string& what) = 0;
+};
+
+// Nobody there to answer: texts go to the standard error stream, questions are answered no, choices are cancelled.
+class AbsentPerson : public Person {
+ public:
+  void Tell(const std::string& text) override;
+  bool Ask(const std::string& text) override;
+  std::optional<std::string> ChooseFile(const FileQuestion& question) override;
+  void ShowStatus(const std::string&) override {}
+  void ClearStatus() override {}
+  bool Progress(double, const std::string&) override { return true; }
+};
+
+}  // namespace engine

@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include "engine/outside/RealOutside.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+using engine::RealOutside;
+using engine::Status;
+using tests::ScratchFolder;
+using namespace std::string_literals;
+
+struct Case {
+  const char* name;
+  std::string path;     // "@" stands for the scratch folder
+  const char* reading;  // part of the refusal, empty where it is allowed
+  const char* writing;
+};
+
+class PathRules : public testing::TestWithParam<Case> {
+ protected:
+  std::string Path() const {
+    const std::string& path = GetParam().path;
+    return !path.empty() && path[0] == '@' ? scratch_.Path() + path.substr(1) : path;
+  }
+
+  static void Expect(const std::string& message, const std::string& refusal) {
+    if (refusal.empty()) {
+      EXPECT_EQ(message, "");
+    } else {
+      EXPECT_NE(message.find(refusal), std::string::npos) << message;
+    }
+  }
+
+  ScratchFolder scratch_;
+  RealOutside outside_;
+};
+
+TEST_P(PathRules, Reading) {
+  tests::WriteText(scratch_ / "file", "text");
+  Expect(outside_.ReadFile(Path()).Message(), GetParam().reading);
+  const bool allowed = GetParam().reading == ""s;
+  EXPECT_EQ(outside_.Kind(Path()) == engine::FileKind::File, allowed);
+}
+
+TEST_P(PathRules, Changing) {
+  tests::WriteText(scratch_ / "file", "text");
+  const std::string refusal = GetParam().writing;
+  Expect(outside_.CopyFile(scratch_ / "file", Path(), true).Message(), refusal);
+  Expect(outside_.ReplaceFile(Path(), "new").Message(), refusal);
+  if (refusal.empty()) return;
+  tests::WriteText(scratch_ / "file", "text");
+  Expect(outside_.MakeFolder(Path()).Message(), refusal);
+  Expect(outside_.MakeFolders(Path()).Message(), refusal);
+  Expect(outside_.RemoveFile(Path()).Message(), refusal);
+  Expect(outside_.RemoveFolder(Path()).Message(), refusal);
+  Expect(outside_.Rename(Path(), scratch_ / "other").Message(), refusal);
+  Expect(outside_.Rename(scratch_ / "file", Path()).Message(), refusal);
+  Expect(outside_.CopyFile(Path(), scratch_ / "other", true).Message(), refusal);
+  EXPECT_EQ(tests::Names(scratch_.Path()), "file");
+  EXPECT_EQ(tests::ReadText(scratch_ / "file"), "text");
+  EXPECT_EQ(outside_.GetLedger().FailuresSince(0).size(), 9U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, PathRules,
+                         testing::Values(Case{"Plain", "@/file", "", ""}, Case{"Empty", "", "is empty", "is empty"},
+                                         Case{"Relative", "file", "is relative", "is relative"},
+                                         Case{"RelativeDot", "./file", "is relative", "is relative"},
+                                         Case{"DoubledSlashes", "@//.//file", "", ""}, Case{"TrailingSlash", "@/file/", "", ""},
+                                         Case{"DotDot", "@/../nowhere/../file/..", "No such file", "\"..\" component"},
+                                         Case{"DotDotLast", "@/..", "folder", "\"..\" component"},
+                                         Case{"DotDotBehindBackslash", "@/a\\..\\file", "No such file", "\"..\" component"},
+                                         Case{"Nul", "@/file\0.c4d"s, "NUL byte", "NUL byte"},
+                                         Case{"Root", "/", "it is a folder", "root folder"}),
+                         [](const auto& one) { return one.param.name; });
+
+TEST(PathRules, NamesThatOnlyLookLikeDotsAreNames) {
+  const ScratchFolder scratch;
+  RealOutside outside;
+  for (const char* name : {"...", "..a", "a..", ".hidden", "a..b"}) {
+    EXPECT_TRUE(outside.ReplaceFile(scratch / name, name)) << name;
+    EXPECT_EQ(tests::ReadText(scratch / name), name);
+  }
+}
+
+}  // namespace

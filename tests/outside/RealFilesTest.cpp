@@ -1,0 +1,282 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+
+#include "engine/outside/RealOutside.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using engine::FileKind;
+using engine::RealOutside;
+using engine::Status;
+using tests::Names;
+using tests::ReadText;
+using tests::WriteText;
+
+// While it lives no file of this process grows beyond `bytes`: writing is cut short, as on a full disk.
+class FullDisk {
+ public:
+  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &former_);
+    const rlimit small{bytes, former_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+  }
+  ~FullDisk() {
+    setrlimit(RLIMIT_FSIZE, &former_);
+    std::signal(SIGXFSZ, handler_);
+  }
+
+ private:
+  rlimit former_{};
+  void (*handler_)(int);
+};
+
+// While it lives the superuser has the rights of an ordinary user, who owns `folder` and what is in it.
+class Ordinary {
+ public:
+  explicit Ordinary(const std::string& folder) : superuser_(geteuid() == 0) {
+    if (!superuser_) return;
+    constexpr uid_t kNobody = 65534;
+    for (const auto& entry : fs::directory_iterator(folder)) owned_ &= chown(entry.path().c_str(), kNobody, kNobody) == 0;
+    owned_ &= chown(folder.c_str(), kNobody, kNobody) == 0 && seteuid(kNobody) == 0;
+    EXPECT_TRUE(owned_);
+  }
+  ~Ordinary() {
+    if (superuser_ && seteuid(0) != 0) std::abort();
+  }
+
+ private:
+  bool superuser_;
+  bool owned_ = true;
+};
+
+struct RealFiles : testing::Test {
+  std::string At(const std::string& name) const { return scratch / name; }
+  std::string Here() const { return Names(scratch.Path()); }
+
+  tests::ScratchFolder scratch;
+  RealOutside outside;
+};
+
+TEST_F(RealFiles, ReplaceWritesAllPiecesAndLeavesNothingElse) {
+  const std::string_view pieces[] = {"one ", "", std::string_view("t\0o", 3)};
+  ASSERT_TRUE(outside.ReplaceFile(At("a"), pieces));
+  EXPECT_EQ(ReadText(At("a")), std::string("one t\0o", 7));
+  ASSERT_TRUE(outside.ReplaceFile(At("a"), "shorter"));
+  EXPECT_EQ(ReadText(At("a")), "shorter");
+  EXPECT_EQ(Here(), "a");
+}
+
+TEST_F(RealFiles, ReplaceWritesNamesOfEveryAllowedLength) {
+  const std::string longest(255, 'n');
+  EXPECT_TRUE(outside.ReplaceFile(At(longest), "x"));
+  EXPECT_FALSE(outside.ReplaceFile(At(longest + "n"), "x"));
+  EXPECT_EQ(Here(), longest);
+}
+
+TEST_F(RealFiles, AFullDiskLeavesTheOldFileWholeAndNoRest) {
+  WriteText(At("scene"), "the old scene");
+  WriteText(At("big"), std::string(5000, 'b'));
+  const std::string bytes(100000, 'x');
+  {
+    const FullDisk full(4096);
+    const Status replaced = outside.ReplaceFile(At("scene"), bytes);
+    EXPECT_EQ(replaced.Message(), "Cannot write \"" + At("scene") + "\": File too large.");
+    EXPECT_FALSE(outside.ReplaceFile(At("new"), bytes));
+    EXPECT_FALSE(outside.CopyFile(At("big"), At("scene"), true));
+  }
+  EXPECT_EQ(ReadText(At("scene")), "the old scene");
+  EXPECT_EQ(Here(), "big scene");
+  EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 3U);
+}
+
+TEST_F(RealFiles, ReplaceRefusesWhatIsNoFileInItsPlace) {
+  fs::create_directory(At("folder"));
+  mkfifo(At("pipe").c_str(), 0600);
+  fs::create_symlink(At("nowhere"), At("dangling"));
+  EXPECT_EQ(outside.ReplaceFile(At("folder"), "x").Message(), "Cannot write \"" + At("folder") + "\": a folder is in its place.");
+  EXPECT_FALSE(outside.ReplaceFile(At("pipe"), "x"));
+  EXPECT_FALSE(outside.ReplaceFile(At("dangling"), "x"));
+  EXPECT_FALSE(outside.ReplaceFile(At("missing/x"), "x"));
+  EXPECT_FALSE(outside.ReplaceFile("/dev/null", "x"));
+  EXPECT_EQ(Here(), "dangling folder pipe");
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
+TEST_F(RealFiles, ReplaceKeepsALinkAndTheRightsOfTheFile) {
+  fs::create_directory(At("store"));
+  WriteText(At("store/scene"), "old");
+  fs::permissions(At("store/scene"), fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  fs::create_symlink("store/scene", At("scene"));
+  ASSERT_TRUE(outside.ReplaceFile(At("scene"), "new"));
+  EXPECT_TRUE(fs::is_symlink(At("scene")));
+  EXPECT_EQ(ReadText(At("store/scene")), "new");
+  EXPECT_EQ(static_cast<int>(fs::status(At("store/scene")).permissions()), 0640);
+}
+
+TEST_F(RealFiles, WriteProtectionIsRespected) {
+  WriteText(At("a"), "old");
+  fs::permissions(At("a"), fs::perms::owner_read);
+  const Ordinary ordinary(scratch.Path());
+  EXPECT_EQ(outside.ReplaceFile(At("a"), "new").Message(), "Cannot write \"" + At("a") + "\": Permission denied.");
+  fs::permissions(scratch.Path(), fs::perms::owner_read | fs::perms::owner_exec);
+  EXPECT_FALSE(outside.ReplaceFile(At("b"), "new"));
+  EXPECT_FALSE(outside.CopyFile(At("a"), At("b"), true));
+  EXPECT_FALSE(outside.RemoveFile(At("a")));
+  EXPECT_FALSE(outside.RemoveFolder(scratch.Path()));
+  fs::permissions(scratch.Path(), fs::perms::owner_all);
+  EXPECT_EQ(ReadText(At("a")), "old");
+  EXPECT_EQ(Here(), "a");
+}
+
+TEST_F(RealFiles, ReadKnowsItsLimitAndTakesFilesWithoutASize) {
+  WriteText(At("a"), "12345");
+  EXPECT_EQ(outside.ReadFile(At("a"), 5).Value(), "12345");
+  EXPECT_EQ(outside.ReadFile(At("a"), 4).Message(), "Cannot read \"" + At("a") + "\": it is larger than 4 bytes.");
+  EXPECT_NE(outside.ReadFile("/proc/self/status").Value().find("Name:"), std::string::npos);
+  EXPECT_EQ(outside.ReadFile("/proc/self/maps", 10).Ok(), false);
+}
+
+TEST_F(RealFiles, PipesAndDevicesNeverHang) {
+  mkfifo(At("pipe").c_str(), 0600);
+  fs::create_symlink(At("pipe"), At("link"));
+  for (const std::string& path : {At("pipe"), At("link"), std::string("/dev/zero"), std::string("/dev/tty")}) {
+    EXPECT_EQ(outside.Kind(path), FileKind::Other) << path;
+    EXPECT_FALSE(outside.ReadFile(path)) << path;
+    EXPECT_FALSE(outside.CopyFile(path, At("copy"), true)) << path;
+    EXPECT_FALSE(outside.ListFiles(path)) << path;
+  }
+  EXPECT_FALSE(outside.RemoveFile(At("pipe")));
+  EXPECT_EQ(Here(), "link pipe");
+}
+
+TEST_F(RealFiles, CopyTakesTheContentAndReplacesOnlyWhenToldTo) {
+  WriteText(At("a"), "content");
+  EXPECT_TRUE(outside.CopyFile(At("a"), At("b"), false));
+  WriteText(At("b"), "other");
+  EXPECT_FALSE(outside.CopyFile(At("a"), At("b"), false));
+  EXPECT_EQ(ReadText(At("b")), "other");
+  EXPECT_TRUE(outside.CopyFile(At("a"), At("b"), true));
+  EXPECT_EQ(ReadText(At("b")), "content");
+  EXPECT_EQ(Here(), "a b");
+}
+
+TEST_F(RealFiles, CopyingOntoItselfLeavesTheFileAlone) {
+  WriteText(At("a"), "content");
+  fs::create_hard_link(At("a"), At("hard"));
+  fs::create_symlink(At("a"), At("soft"));
+  const auto before = fs::last_write_time(At("a"));
+  for (const char* name : {"a", "hard", "soft"}) {
+    EXPECT_TRUE(outside.CopyFile(At("a"), At(name), true)) << name;
+    EXPECT_TRUE(outside.CopyFile(At(name), At("a"), true)) << name;
+  }
+  EXPECT_EQ(ReadText(At("a")), "content");
+  EXPECT_EQ(fs::hard_link_count(At("a")), 2U);
+  EXPECT_EQ(fs::last_write_time(At("a")), before);
+}
+
+TEST_F(RealFiles, CopyOfAReadOnlyFileCanBeReplacedLater) {
+  WriteText(At("a"), "content");
+  fs::permissions(At("a"), fs::perms::owner_read);
+  ASSERT_TRUE(outside.CopyFile(At("a"), At("b"), true));
+  EXPECT_NE(fs::status(At("b")).permissions() & fs::perms::owner_write, fs::perms::none);
+}
+
+TEST_F(RealFiles, RemoveFileTakesFilesAndLinksOnly) {
+  WriteText(At("a"), "content");
+  fs::create_directory(At("folder"));
+  fs::create_symlink(At("a"), At("link"));
+  fs::create_symlink(At("folder"), At("folderlink"));
+  EXPECT_TRUE(outside.RemoveFile(At("link")));
+  EXPECT_TRUE(outside.RemoveFile(At("folderlink")));
+  EXPECT_FALSE(outside.RemoveFile(At("folder")));
+  EXPECT_FALSE(outside.RemoveFile(At("missing")));
+  EXPECT_EQ(Here(), "a folder");
+  EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 1U) << "what is merely missing is no failure";
+}
+
+TEST_F(RealFiles, RemoveFolderNeverFollowsALink) {
+  fs::create_directories(At("kept/deep"));
+  WriteText(At("kept/deep/file"), "content");
+  fs::create_directories(At("gone/sub/sub"));
+  WriteText(At("gone/sub/file"), "content");
+  mkfifo(At("gone/pipe").c_str(), 0600);
+  fs::create_symlink(At("kept"), At("gone/sub/link"));
+  fs::create_symlink(At("kept/deep/file"), At("gone/filelink"));
+  EXPECT_TRUE(outside.RemoveFolder(At("gone")));
+  fs::create_symlink(At("kept"), At("link"));
+  EXPECT_TRUE(outside.RemoveFolder(At("link/"))) << "a separator at the end does not lead through the link";
+  EXPECT_EQ(Here(), "kept");
+  EXPECT_EQ(ReadText(At("kept/deep/file")), "content");
+}
+
+TEST_F(RealFiles, RemoveFolderRefusesWhatIsNone) {
+  WriteText(At("a"), "content");
+  fs::create_symlink(At("a"), At("link"));
+  EXPECT_FALSE(outside.RemoveFolder(At("a")));
+  EXPECT_FALSE(outside.RemoveFolder(At("link")));
+  EXPECT_FALSE(outside.RemoveFolder(At("missing")));
+  EXPECT_EQ(Here(), "a link");
+}
+
+TEST_F(RealFiles, RemoveFolderOfAnyDepthAndBreadth) {
+  fs::create_directory(At("deep"));
+  int folder = open(At("deep").c_str(), O_RDONLY | O_DIRECTORY);
+  for (int depth = 0; depth < 3000; ++depth) {
+    mkdirat(folder, "next", 0700);
+    const int next = openat(folder, "next", O_RDONLY | O_DIRECTORY);
+    close(folder);
+    folder = next;
+  }
+  close(folder);
+  for (int i = 0; i < 300; ++i) fs::create_directories(At("deep/wide" + std::to_string(i) + "/sub"));
+  EXPECT_EQ(outside.RemoveFolder(At("deep")).Message(), "");
+  EXPECT_EQ(Here(), "");
+}
+
+TEST_F(RealFiles, RenameNeverReplaces) {
+  WriteText(At("a"), "a");
+  WriteText(At("b"), "b");
+  fs::create_directory(At("empty"));
+  fs::create_directory(At("folder"));
+  EXPECT_FALSE(outside.Rename(At("a"), At("b")));
+  EXPECT_FALSE(outside.Rename(At("a"), At("a")));
+  EXPECT_FALSE(outside.Rename(At("folder"), At("empty")));
+  EXPECT_FALSE(outside.Rename(At("missing"), At("c")));
+  EXPECT_EQ(ReadText(At("a")) + ReadText(At("b")), "ab");
+  EXPECT_TRUE(outside.Rename(At("a"), At("c")));
+  EXPECT_TRUE(outside.Rename(At("folder"), At("moved")));
+  EXPECT_EQ(Here(), "b c empty moved");
+}
+
+TEST_F(RealFiles, FoldersAreMadeOneAtATimeOrWithTheirParents) {
+  WriteText(At("file"), "");
+  EXPECT_FALSE(outside.MakeFolder(At("a/b")));
+  EXPECT_FALSE(outside.MakeFolder(At("file")));
+  EXPECT_FALSE(outside.MakeFolders(At("file/sub")));
+  EXPECT_TRUE(outside.MakeFolders(At("a/b/c")));
+  EXPECT_TRUE(outside.MakeFolder(At("a")));
+  const std::vector<std::string> made = {At("a"), At("a/b"), At("a/b/c")};
+  EXPECT_EQ(outside.GetLedger().WrittenSince(0), made);
+}
+
+TEST_F(RealFiles, ListsPlainFilesInByteOrder) {
+  for (const char* name : {"b", "B", "a10", "a2", ".hidden", "\xc3\xa4"}) WriteText(At(name), "");
+  fs::create_directory(At("folder"));
+  mkfifo(At("pipe").c_str(), 0600);
+  fs::create_symlink(At("b"), At("link"));
+  fs::create_symlink(At("nowhere"), At("dangling"));
+  const std::vector<std::string> names = {".hidden", "B", "a10", "a2", "b", "link", "\xc3\xa4"};
+  EXPECT_EQ(outside.ListFiles(scratch.Path()).Value(), names);
+  EXPECT_FALSE(outside.ListFiles(At("b")));
+}
+
+}  // namespace

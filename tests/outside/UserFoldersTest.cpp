@@ -1,0 +1,49 @@
+#include "engine/outside/UserFolders.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+
+namespace {
+
+using engine::FindUserFolder;
+using engine::UserFolder;
+
+// Sets a variable of the environment (null: takes it away) while it lives.
+class Variable {
+ public:
+  Variable(const char* name, const char* value) : name_(name) {
+    if (const char* old = std::getenv(name)) former_ = old;
+    value == nullptr ? unsetenv(name) : setenv(name, value, 1);
+  }
+  ~Variable() { former_ ? setenv(name_, former_->c_str(), 1) : unsetenv(name_); }
+
+ private:
+  const char* name_;
+  std::optional<std::string> former_;
+};
+
+struct Case {
+  UserFolder folder;
+  const char* variable;
+  const char* standard;
+};
+
+TEST(UserFolders, FollowTheEnvironmentOrTheStandard) {
+  const Variable home("HOME", "/home/artist");
+  const Case cases[] = {{UserFolder::Config, "XDG_CONFIG_HOME", "/home/artist/.config/stagemarks"},
+                        {UserFolder::Data, "XDG_DATA_HOME", "/home/artist/.local/share/stagemarks"},
+                        {UserFolder::Cache, "XDG_CACHE_HOME", "/home/artist/.cache/stagemarks"},
+                        {UserFolder::State, "XDG_STATE_HOME", "/home/artist/.local/state/stagemarks"}};
+  for (const Case& one : cases) {
+    for (const char* unfit : {static_cast<const char*>(nullptr), "", "relative/folder"}) {
+      const Variable variable(one.variable, unfit);
+      EXPECT_EQ(FindUserFolder(one.folder), one.standard);
+    }
+    const Variable variable(one.variable, "/elsewhere");
+    EXPECT_EQ(FindUserFolder(one.folder), "/elsewhere/stagemarks");
+  }
+}
+
+}  // namespace
