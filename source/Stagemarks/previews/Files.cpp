@@ -1,6 +1,7 @@
 // Where previews lie, and showing one.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/keys/FileNames.h"
+#include "source/Stagemarks/previews/PreviewFile.h"
 
 namespace stagemarks {
 
@@ -12,12 +13,7 @@ Filename SMDialog::GetSMfilePath() const {
   return doc->GetDocumentPath() + Filename(name.GetString() + kSideFolderEnding);
 }
 
-// The ending of an element's name after its last dot counts as a suffix and is replaced.
-Filename SMDialog::GetPreviewImage(const String& name) const {
-  Filename file = GetSMfilePath() + Filename(name);
-  file.SetSuffix(kPreviewSuffix);
-  return file;
-}
+Filename SMDialog::GetPreviewImage(const String& name) const { return PreviewFile(GetSMfilePath(), name); }
 
 void SMDialog::ShowPreview(const String& name) {
   const Filename preview = GetPreviewImage(name);
