@@ -1,12 +1,6 @@
 // The library's entry points.
 #include "source/Stagemarks/SM.h"
-
-namespace stagemarks {
-
-// The scene hook's, in source/StagemarksNode.
-Bool RegisterStagemarksNode();
-
-}  // namespace stagemarks
+#include "source/StagemarksNode/StagemarksNode.h"
 
 namespace {
 
