@@ -1,0 +1,90 @@
+// The small picture of an element: the scene rendered as it stands, with the active render settings at preview size.
+#include <array>
+
+#include "source/Stagemarks/SMDialog.h"
+#include "source/Stagemarks/SMThread.h"
+#include "source/Stagemarks/previews/PreviewFile.h"
+
+namespace stagemarks {
+
+namespace {
+
+constexpr LONG kWidth = 160;
+constexpr LONG kHeight = 120;
+
+// Parameters of the host's render settings that a preview sets besides size and frame range.
+constexpr LONG kPreviewOnly1 = 5300;
+constexpr LONG kPreviewOff1 = 5076;
+constexpr LONG kPreviewOff2 = 5202;
+
+// Puts render settings into the state for a preview while it lives; then they hold exactly what they held before,
+// however the preview ends.
+class PreviewSettings {
+ public:
+  explicit PreviewSettings(BaseContainer& settings) : settings_(settings) {
+    for (std::size_t i = 0; i < kKept.size(); ++i) {
+      there_[i] = settings.FindIndex(kKept[i]) != NOTOK;
+      values_[i] = settings.GetData(kKept[i]);
+    }
+    settings.SetLong(RDATA_XRES, kWidth);
+    settings.SetLong(RDATA_YRES, kHeight);
+    settings.SetLong(kPreviewOnly1, 1);
+    settings.SetLong(RDATA_FRAMESEQUENCE, 1);
+    settings.SetBool(kPreviewOff1, FALSE);
+    settings.SetBool(kPreviewOff2, FALSE);
+  }
+  PreviewSettings(const PreviewSettings&) = delete;
+  PreviewSettings& operator=(const PreviewSettings&) = delete;
+  ~PreviewSettings() {
+    for (std::size_t i = 0; i < kKept.size(); ++i) {
+      if (there_[i]) {
+        settings_.SetData(kKept[i], values_[i]);
+      } else {
+        settings_.RemoveData(kKept[i]);
+      }
+    }
+  }
+
+ private:
+  static constexpr std::array<LONG, 8> kKept{RDATA_XRES,      RDATA_YRES,    kPreviewOnly1, RDATA_FRAMESEQUENCE,
+                                             RDATA_FRAMEFROM, RDATA_FRAMETO, kPreviewOff2,  kPreviewOff1};
+  BaseContainer& settings_;
+  std::array<GeData, kKept.size()> values_;
+  std::array<Bool, kKept.size()> there_{};
+};
+
+// Owns a document that is in no list.
+class DocumentCopy {
+ public:
+  explicit DocumentCopy(BaseDocument& doc) : doc_(static_cast<BaseDocument*>(doc.GetClone(COPY_DOCUMENT, nullptr))) {}
+  DocumentCopy(const DocumentCopy&) = delete;
+  DocumentCopy& operator=(const DocumentCopy&) = delete;
+  ~DocumentCopy() { BaseDocument::Free(doc_); }
+  BaseDocument* Get() const { return doc_; }
+
+ private:
+  BaseDocument* doc_;
+};
+
+}  // namespace
+
+// A render that fails leaves the picture as far as it came, and a save that fails is not reported: the element is
+// recorded either way.
+Bool SMDialog::GenerateBitmapPreview(const Filename& folder) {
+  BaseDocument* doc = GetActiveDocument();
+  if (!doc) return FALSE;
+  BaseContainer* settings = doc->GetActiveRenderData()->GetDataInstance();
+  const PreviewSettings preview(*settings);
+  const AutoAlloc<BaseBitmap> bitmap;
+  const DocumentCopy copy(*doc);
+  if (!bitmap || !copy.Get()) return FALSE;
+  if (bitmap->Init(settings->GetLong(RDATA_XRES), settings->GetLong(RDATA_YRES), 24) != IMAGERESULT_OK) return FALSE;
+  SMThread thread(copy.Get(), *settings, bitmap);
+  thread.Start(0, 0);
+  bitmap->Save(PreviewFile(folder, elementName_), FILTER_TIF);
+  thread.End();
+  thread.Wait(FALSE);
+  return TRUE;
+}
+
+}  // namespace stagemarks
