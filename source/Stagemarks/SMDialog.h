@@ -12,6 +12,8 @@
 
 namespace stagemarks {
 
+class ExportPlaces;
+
 class SMDialog : public GeDialog {
  public:
   SMDialog();
@@ -155,6 +157,25 @@ class SMDialog : public GeDialog {
   void StoreElement(BaseDocument& doc);
   Bool RecordPreview(const BaseDocument& doc);
   void ClearWorkContainers();
+
+  // --- Bulk edits (bulk/). Appending what one element lacks: false where it has no such part.
+  Bool AppendNewObjects(const BaseDocument& doc, BaseContainer& element) const;
+  Bool AppendNewTags(const BaseDocument& doc, BaseContainer& element) const;
+  Bool AppendNewLayers(const BaseDocument& doc, BaseContainer& element) const;
+  // Frees the element's render settings copy and empties its record and list entry in place.
+  void EmptyElement(BaseDocument& doc, LONG element) const;
+  // As DeleteStagemark for each value of `names` in turn.
+  void DeleteElements(BaseDocument& doc, const BaseContainer& names);
+  void RefreshAfterDeletion(BaseDocument& doc);
+  void OfferToDeleteSideFolder() const;
+
+  // --- Export (export/).
+  struct FileLayout;
+  Bool Generate(const BaseContainer& checked, const Filename& folder, const FileLayout& layout);
+  void GatherTextures(const BaseContainer& checked, const ExportPlaces& places, const FileLayout& layout);
+  Bool MakeElementFolder(const String& name, const ExportPlaces& places) const;
+  Bool GenerateElement(BaseDocument& copy, const String& name, const ExportPlaces& places);
+  void OverrideFrameRange(RenderData& settings) const;
 
   // --- The stores (store/): records and list entries copied from the document, and written back whole.
   void RefreshStores(const BaseDocument& doc);

@@ -20,17 +20,20 @@ void FreeRenderSettings(const BaseDocument& doc, const BaseContainer& record) {
 
 }  // namespace
 
-// Empties record and entry but leaves them in place: their ID is free for the next recording, and elements with
-// higher IDs are still found by name.
+// Record and entry stay in place, empty: their ID is free for the next recording, and elements with higher IDs are
+// still found by name.
+void SMDialog::EmptyElement(BaseDocument& doc, LONG element) const {
+  if (BaseContainer* record = StoredInPlace(doc, kRecordStore, element)) {
+    FreeRenderSettings(doc, *record);
+    record->FlushAll();
+  }
+  if (BaseContainer* entry = StoredInPlace(doc, kListStore, element)) entry->FlushAll();
+}
+
 Bool SMDialog::DeleteStagemark(const String& name) {
   BaseDocument* doc = GetActiveDocument();
   if (!doc) return FALSE;
-  const LONG element = GetStagemarkID(name);
-  if (BaseContainer* record = StoredInPlace(*doc, kRecordStore, element)) {
-    FreeRenderSettings(*doc, *record);
-    record->FlushAll();
-  }
-  if (BaseContainer* entry = StoredInPlace(*doc, kListStore, element)) entry->FlushAll();
+  EmptyElement(*doc, GetStagemarkID(name));
   doc->SetChanged();
   UpdateSMList();
   list_.DataChanged();

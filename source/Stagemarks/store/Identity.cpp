@@ -1,3 +1,5 @@
+#include "source/Stagemarks/store/Identity.h"
+
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
 
@@ -5,18 +7,17 @@ namespace stagemarks {
 
 namespace {
 
-// Positions of the list store that are elements: all but the note that it was built.
-LONG ElementPositions(const BaseContainer& listStore) {
-  const Bool hasNote = listStore.FindIndex(kListBuilt) != NOTOK && listStore.GetType(kListBuilt) != DA_CONTAINER;
-  return listStore.GetCount() - (hasNote ? 1 : 0);
-}
-
 // Whether the entry under `id`, or the empty one where there is none, has that name.
 Bool HasName(const BaseContainer* entry, const String& name) {
   return (entry ? entry->GetString(kName) : String()).Compare(name) == 0;
 }
 
 }  // namespace
+
+LONG ElementPositions(const BaseContainer& listStore) {
+  const Bool hasNote = listStore.FindIndex(kListBuilt) != NOTOK && listStore.GetType(kListBuilt) != DA_CONTAINER;
+  return listStore.GetCount() - (hasNote ? 1 : 0);
+}
 
 LONG SMDialog::GetFirstAvailableID() const {
   LONG id = 0;

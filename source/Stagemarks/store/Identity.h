@@ -1,0 +1,11 @@
+// How many IDs a search by name examines.
+#pragma once
+
+#include "source/Stagemarks/Host.h"
+
+namespace stagemarks {
+
+// Positions of the list store that are elements: all but the note that it was built.
+LONG ElementPositions(const BaseContainer& listStore);
+
+}  // namespace stagemarks
