@@ -33,6 +33,7 @@ void SMDialog::EmptyElement(BaseDocument& doc, LONG element) const {
 Bool SMDialog::DeleteStagemark(const String& name) {
   BaseDocument* doc = GetActiveDocument();
   if (!doc) return FALSE;
+  listStore_ = doc->GetDataInstance()->GetContainer(kListStore);
   EmptyElement(*doc, GetStagemarkID(name));
   doc->SetChanged();
   UpdateSMList();
