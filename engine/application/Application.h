@@ -45,6 +45,8 @@ struct ApplicationSetup {
   std::vector<std::string> texturePaths;  // global texture paths, at most 10
 };
 
+struct ApplicationBody;
+
 class Application {
  public:
   // Becomes the application that the published functions act on. `outside` must outlive it.
@@ -87,9 +89,8 @@ class Application {
   bool HasPendingEvents() const;
 
  private:
-  friend struct ApplicationAccess;
-  struct Body;
-  std::unique_ptr<Body> body_;
+  friend struct ApplicationBody;
+  std::unique_ptr<ApplicationBody> body_;
 };
 
 }  // namespace engine

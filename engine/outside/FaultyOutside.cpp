@@ -12,6 +12,13 @@ Status InputOutputError(const std::string& path) {
   return SystemFailure("Cannot work on", path);
 }
 
+// All of it, or the first half where that is the fault.
+template <class T>
+Result<T> Shortened(const std::optional<Fault>& fault, Result<T> whole) {
+  if (fault && whole) whole.Value().resize(whole.Value().size() / 2);
+  return whole;
+}
+
 }  // namespace
 
 void FaultyOutside::Break(std::size_t number, Fault fault, std::optional<Operation> only) {
@@ -37,18 +44,17 @@ std::optional<Fault> FaultyOutside::Next(Operation operation) {
 
 Result<std::string> FaultyOutside::DoReadFile(const std::string& path, std::uint64_t limit) {
   const std::optional<Fault> fault = Next(Operation::ReadFile);
-  if (fault == Fault::Fail) return InputOutputError(path);
-  Result<std::string> bytes = ForwardingOutside::DoReadFile(path, limit);
-  if (fault && bytes) bytes.Value().resize(bytes.Value().size() / 2);
-  return bytes;
+  return fault == Fault::Fail ? InputOutputError(path) : Shortened(fault, ForwardingOutside::DoReadFile(path, limit));
 }
 
 Result<std::vector<std::string>> FaultyOutside::DoListFiles(const std::string& folder) {
   const std::optional<Fault> fault = Next(Operation::ListFolder);
-  if (fault == Fault::Fail) return InputOutputError(folder);
-  Result<std::vector<std::string>> names = ForwardingOutside::DoListFiles(folder);
-  if (fault && names) names.Value().resize(names.Value().size() / 2);
-  return names;
+  return fault == Fault::Fail ? InputOutputError(folder) : Shortened(fault, ForwardingOutside::DoListFiles(folder));
+}
+
+Result<std::vector<std::string>> FaultyOutside::DoListFolders(const std::string& folder) {
+  const std::optional<Fault> fault = Next(Operation::ListFolder);
+  return fault == Fault::Fail ? InputOutputError(folder) : Shortened(fault, ForwardingOutside::DoListFolders(folder));
 }
 
 Status FaultyOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {

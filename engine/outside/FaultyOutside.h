@@ -35,6 +35,7 @@ class FaultyOutside : public ForwardingOutside {
   Status DoRemoveFolder(const std::string& path) override;
   Status DoRename(const std::string& from, const std::string& to) override;
   Result<std::vector<std::string>> DoListFiles(const std::string& folder) override;
+  Result<std::vector<std::string>> DoListFolders(const std::string& folder) override;
 
  private:
   // The fault of the operation that begins now, if it has one.

@@ -115,6 +115,21 @@ class TreeRemoval {
   std::vector<Level> levels_;
 };
 
+// Names of what is of that kind (a file type of stat, links followed), in byte order.
+Result<std::vector<std::string>> ListKind(const std::string& path, mode_t kind) {
+  const FileHandle folder = OpenFolder(path);
+  std::vector<Entry> entries;
+  if (!folder || !ReadEntries(folder.Get(), entries)) return SystemFailure(kCannotList, path);
+  std::vector<std::string> names;
+  for (Entry& entry : entries) {
+    struct stat info;
+    const bool link = S_ISLNK(entry.mode) && fstatat(folder.Get(), entry.name.c_str(), &info, 0) == 0;
+    if (((link ? info.st_mode : entry.mode) & S_IFMT) == kind) names.push_back(std::move(entry.name));
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
 }  // namespace
 
 Status RemoveFolderTree(const std::string& path) {
@@ -127,18 +142,8 @@ Status RemoveFolderTree(const std::string& path) {
   return TreeRemoval(path).Run(folder, name);
 }
 
-Result<std::vector<std::string>> ListPlainFiles(const std::string& path) {
-  const FileHandle folder = OpenFolder(path);
-  std::vector<Entry> entries;
-  if (!folder || !ReadEntries(folder.Get(), entries)) return SystemFailure(kCannotList, path);
-  std::vector<std::string> names;
-  for (Entry& entry : entries) {
-    struct stat info;
-    const bool link = S_ISLNK(entry.mode) && fstatat(folder.Get(), entry.name.c_str(), &info, 0) == 0;
-    if (S_ISREG(link ? info.st_mode : entry.mode)) names.push_back(std::move(entry.name));
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
+Result<std::vector<std::string>> ListPlainFiles(const std::string& folder) { return ListKind(folder, S_IFREG); }
+
+Result<std::vector<std::string>> ListFoldersIn(const std::string& folder) { return ListKind(folder, S_IFDIR); }
 
 }  // namespace engine

@@ -15,5 +15,7 @@ Status RemoveFolderTree(const std::string& path);
 
 // Names of the plain files in a folder (links followed), in byte order.
 Result<std::vector<std::string>> ListPlainFiles(const std::string& folder);
+// The same of the folders in it.
+Result<std::vector<std::string>> ListFoldersIn(const std::string& folder);
 
 }  // namespace engine

@@ -36,6 +36,7 @@ class ForwardingOutside : public Outside {
   Status DoRemoveFolder(const std::string& path) override { return inner_.RemoveFolder(path); }
   Status DoRename(const std::string& from, const std::string& to) override { return inner_.Rename(from, to); }
   Result<std::vector<std::string>> DoListFiles(const std::string& folder) override { return inner_.ListFiles(folder); }
+  Result<std::vector<std::string>> DoListFolders(const std::string& folder) override { return inner_.ListFolders(folder); }
   Status DoOpenWithViewer(const std::string& path) override { return inner_.OpenWithViewer(path); }
 
  private:

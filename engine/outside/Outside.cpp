@@ -109,6 +109,10 @@ Result<std::vector<std::string>> Outside::ListFiles(const std::string& folder) {
   return Read(Operation::ListFolder, folder, [&](const std::string& clean) { return DoListFiles(clean); });
 }
 
+Result<std::vector<std::string>> Outside::ListFolders(const std::string& folder) {
+  return Read(Operation::ListFolder, folder, [&](const std::string& clean) { return DoListFolders(clean); });
+}
+
 Status Outside::OpenWithViewer(const std::string& path) {
   const Result<std::string> clean = PathForReading(path);
   if (!clean) return Enter({Operation::OpenViewer, path, "", false, ""}, clean.GetStatus());

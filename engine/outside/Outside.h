@@ -60,6 +60,8 @@ class Outside {
   Status Rename(const std::string& from, const std::string& to);
   // Names of the plain files (links followed) at the top level, in byte order.
   Result<std::vector<std::string>> ListFiles(const std::string& folder);
+  // The same of the folders in it.
+  Result<std::vector<std::string>> ListFolders(const std::string& folder);
 
   // --- Clock.
   virtual host::LocalFileTime Now() = 0;
@@ -95,6 +97,7 @@ class Outside {
   virtual Status DoRemoveFolder(const std::string& path) = 0;
   virtual Status DoRename(const std::string& from, const std::string& to) = 0;
   virtual Result<std::vector<std::string>> DoListFiles(const std::string& folder) = 0;
+  virtual Result<std::vector<std::string>> DoListFolders(const std::string& folder) = 0;
   virtual Status DoOpenWithViewer(const std::string& path) = 0;
 
  private:

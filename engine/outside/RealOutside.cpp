@@ -146,6 +146,8 @@ Status RealOutside::DoRename(const std::string& from, const std::string& to) {
 
 Result<std::vector<std::string>> RealOutside::DoListFiles(const std::string& folder) { return ListPlainFiles(folder); }
 
+Result<std::vector<std::string>> RealOutside::DoListFolders(const std::string& folder) { return ListFoldersIn(folder); }
+
 Status RealOutside::DoOpenWithViewer(const std::string& path) {
   if (DoKind(path) == FileKind::Missing) return FileFailure("Cannot open", path, "it is not there");
   return StartViewer(path);

@@ -39,6 +39,7 @@ class RealOutside : public Outside {
   Status DoRemoveFolder(const std::string& path) override;
   Status DoRename(const std::string& from, const std::string& to) override;
   Result<std::vector<std::string>> DoListFiles(const std::string& folder) override;
+  Result<std::vector<std::string>> DoListFolders(const std::string& folder) override;
   Status DoOpenWithViewer(const std::string& path) override;
 
  private:

@@ -1,0 +1,95 @@
+#include "engine/application/Application.h"
+
+#include <utility>
+
+#include "engine/application/ApplicationBody.h"
+#include "engine/dialog/Dialogs.h"
+#include "host/C4DThread.h"
+#include "host/GeDialog.h"
+
+namespace engine {
+namespace {
+
+Application* current = nullptr;
+
+}  // namespace
+
+Application::Application(Outside& outside, ApplicationSetup setup)
+    : body_(std::make_unique<ApplicationBody>(outside, std::move(setup))) {
+  body_->former = std::exchange(current, this);
+}
+
+Application::~Application() {
+  UnloadPlugins();
+  body_->documents.KillAll();
+  current = body_->former;
+}
+
+Application* Application::Current() { return current; }
+
+LoadReport Application::LoadPlugin(const std::string& path) { return body_->plugins.Load(path, body_->outside, body_->hooks); }
+
+std::vector<LoadReport> Application::LoadPlugins(const std::string& folder) {
+  std::vector<LoadReport> reports;
+  const Result<std::vector<std::string>> names = body_->outside.ListFolders(folder);
+  if (!names) return reports;
+  for (const std::string& name : names.Value()) reports.push_back(LoadPlugin(folder + "/" + name + "/" + name + ".so"));
+  return reports;
+}
+
+void Application::UnloadPlugins() {
+  host::StopAllThreads();
+  body_->plugins.UnloadAll(body_->hooks);
+}
+
+const std::vector<CommandPlugin>& Application::Commands() const { return body_->plugins.Commands(); }
+
+bool Application::ExecuteCommand(host::LONG id) {
+  constexpr host::LONG kEnabled = 1;
+  for (const CommandPlugin& command : Commands()) {
+    if (command.id != id) continue;
+    host::BaseDocument* doc = body_->documents.Active();
+    if ((command.data->GetState(doc) & kEnabled) == 0) return false;
+    ++body_->commandDepth;
+    const bool done = command.data->Execute(doc);
+    --body_->commandDepth;
+    return done;
+  }
+  return false;
+}
+
+void Application::RestoreLayouts() {
+  for (const CommandPlugin& command : Commands()) command.data->RestoreLayout(this);
+}
+
+bool Application::Undo() {
+  host::BaseDocument* doc = body_->documents.Active();
+  if (doc == nullptr || !doc->DoUndo()) return false;
+  host::EventAdd();
+  return true;
+}
+
+bool Application::Redo() {
+  host::BaseDocument* doc = body_->documents.Active();
+  if (doc == nullptr || !doc->DoRedo()) return false;
+  host::EventAdd();
+  return true;
+}
+
+void Application::DeliverEvents() {
+  if (body_->commandDepth > 0 || InsideDialogCall()) return;
+  // What is posted while the dialogs hear of this waits for the next round.
+  if (body_->eventPosted.exchange(false)) SendCoreMessage(host::EVMSG_CHANGE, host::BaseContainer());
+}
+
+bool Application::HasPendingEvents() const { return body_->eventPosted; }
+
+}  // namespace engine
+
+namespace host {
+
+void EventAdd(LONG) {
+  if (engine::ApplicationBody* body = engine::ApplicationBody::Current()) body->eventPosted = true;
+}
+
+}  // namespace host

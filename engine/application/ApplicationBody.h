@@ -1,0 +1,35 @@
+// ApplicationBody: what an Application holds inside, part by part, and the way from the published functions to it. Main thread.
+#pragma once
+
+#include <atomic>
+
+#include "engine/application/Application.h"
+#include "engine/application/DocumentList.h"
+#include "engine/application/PluginLibraries.h"
+#include "engine/application/Preferences.h"
+#include "engine/application/SceneHooks.h"
+
+namespace engine {
+
+struct ApplicationBody {
+  ApplicationBody(Outside& givenOutside, ApplicationSetup givenSetup)
+      : outside(givenOutside), inUse(givenOutside), setup(std::move(givenSetup)), preferences(givenOutside) {}
+
+  // That of the application that lives, or null.
+  static ApplicationBody* Current() {
+    Application* application = Application::Current();
+    return application != nullptr ? application->body_.get() : nullptr;
+  }
+
+  Application* former = nullptr;  // in whose place this one is
+  Outside& outside;
+  OutsideInUse inUse;
+  ApplicationSetup setup;
+  Preferences preferences;
+  SceneHooks hooks;
+  PluginLibraries plugins;
+  DocumentList documents{hooks};
+  std::atomic<bool> eventPosted{false};
+  int commandDepth = 0;  // commands running now, one inside the other
+};
+}  // namespace engine

@@ -1,0 +1,200 @@
+#include "engine/application/PluginLibraries.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <algorithm>
+#include <exception>
+
+namespace engine {
+namespace {
+
+constexpr host::LONG kInitialiseResource = 1;  // PluginMessage
+
+std::string FolderOfPath(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
+std::string NameOfPlugin(const std::string& path) {
+  const std::string file = path.substr(path.rfind('/') + 1);
+  return file.substr(0, file.rfind('.'));
+}
+
+LoadReport Report(LoadOutcome outcome, const std::string& path, const std::string& reason) {
+  const std::string name = "Plug-in \"" + NameOfPlugin(path) + "\" ";
+  if (outcome == LoadOutcome::Loaded) return {outcome, path, name + "was loaded (Loaded)."};
+  return {outcome, path, name + "was not loaded (" + NameOf(outcome) + "): " + reason + "."};
+}
+
+void DestroyCommand(CommandPlugin& command) {
+  delete command.data;
+  host::BaseBitmap::Free(command.icon);
+}
+
+// Sets a pointer for a while.
+template <class T>
+class Meanwhile {
+ public:
+  Meanwhile(T*& place, T* value) : place_(place), former_(place) { place_ = value; }
+  Meanwhile(const Meanwhile&) = delete;
+  Meanwhile& operator=(const Meanwhile&) = delete;
+  ~Meanwhile() { place_ = former_; }
+
+ private:
+  T*& place_;
+  T* former_;
+};
+
+// A plug-in is not to throw; one that does has failed.
+template <class Call>
+bool Succeeds(Call call) {
+  try {
+    return call();
+  } catch (...) {
+    return false;
+  }
+}
+
+}  // namespace
+
+const char* NameOf(LoadOutcome outcome) {
+  switch (outcome) {
+    case LoadOutcome::Loaded:
+      return "Loaded";
+    case LoadOutcome::Missing:
+      return "Missing";
+    case LoadOutcome::NotALibrary:
+      return "NotALibrary";
+    case LoadOutcome::NoEntryPoints:
+      return "NoEntryPoints";
+    case LoadOutcome::ResourceRefused:
+      return "ResourceRefused";
+    case LoadOutcome::StartRefused:
+      return "StartRefused";
+    case LoadOutcome::IdTaken:
+      break;
+  }
+  return "IdTaken";
+}
+
+LoadReport PluginLibraries::Load(const std::string& path, Outside& outside, SceneHooks& hooks) {
+  libraries_.push_back(std::make_unique<Library>());
+  Library& library = *libraries_.back();
+  library.path = path;
+  LoadReport report = Open(library, outside);
+  if (report.outcome == LoadOutcome::Loaded) report = Start(library);
+  if (report.outcome == LoadOutcome::Loaded) {
+    for (const RegisteredHook& hook : library.hooks) hooks.Add(hook);
+    return report;
+  }
+  TakeBack(library);
+  if (library.handle != nullptr) dlclose(library.handle);
+  libraries_.pop_back();
+  return report;
+}
+
+LoadReport PluginLibraries::Open(Library& library, Outside& outside) {
+  const std::string& path = library.path;
+  const FileKind kind = outside.Kind(path);
+  if (kind == FileKind::Missing) return Report(LoadOutcome::Missing, path, "there is no file \"" + path + "\"");
+  const std::string noLibrary = "the file \"" + path + "\" is no loadable library";
+  if (kind != FileKind::File) return Report(LoadOutcome::NotALibrary, path, noLibrary);
+  library.handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library.handle == nullptr) return Report(LoadOutcome::NotALibrary, path, noLibrary + " (" + dlerror() + ")");
+  const auto same = [&](const auto& other) { return other.get() != &library && other->handle == library.handle; };
+  if (std::any_of(libraries_.begin(), libraries_.end(), same)) return Report(LoadOutcome::IdTaken, path, "it is loaded already");
+  const auto find = [&](const char* name, auto& entry) {
+    entry = reinterpret_cast<std::decay_t<decltype(entry)>>(dlsym(library.handle, name));
+    return entry != nullptr;
+  };
+  for (const char* missing : {find("PluginStart", library.entries.start) ? nullptr : "PluginStart",
+                              find("PluginMessage", library.entries.message) ? nullptr : "PluginMessage",
+                              find("PluginEnd", library.entries.end) ? nullptr : "PluginEnd"}) {
+    if (missing) return Report(LoadOutcome::NoEntryPoints, path, std::string("it exports no ") + missing);
+  }
+  return Report(LoadOutcome::Loaded, path, "");
+}
+
+LoadReport PluginLibraries::Start(Library& library) {
+  const Meanwhile running(running_, &library);
+  const std::string& path = library.path;
+  if (!Succeeds([&] { return library.entries.message(kInitialiseResource, nullptr); })) {
+    return Report(LoadOutcome::ResourceRefused, path, "its resources could not be initialised");
+  }
+  const Meanwhile starting(starting_, &library);
+  const bool started = Succeeds([&] { return library.entries.start(); });
+  if (library.idTaken) {
+    return Report(LoadOutcome::IdTaken, path, "the plug-in ID " + std::to_string(library.takenId) + " is taken already");
+  }
+  if (!started) return Report(LoadOutcome::StartRefused, path, "it refused to start");
+  return Report(LoadOutcome::Loaded, path, "");
+}
+
+void PluginLibraries::UnloadAll(SceneHooks& hooks) {
+  for (auto it = libraries_.rbegin(); it != libraries_.rend(); ++it) {
+    const Meanwhile running(running_, it->get());
+    Succeeds([&] { return (*it)->entries.end(), true; });
+  }
+  for (const auto& library : libraries_) {
+    for (const RegisteredHook& hook : library->hooks) hooks.Remove(hook.id);
+  }
+  while (!libraries_.empty()) {
+    TakeBack(*libraries_.back());
+    dlclose(libraries_.back()->handle);
+    libraries_.pop_back();
+  }
+}
+
+void PluginLibraries::TakeBack(const Library& library) {
+  const auto its = [&](const CommandPlugin& command) {
+    return std::find(library.ids.begin(), library.ids.end(), command.id) != library.ids.end();
+  };
+  const auto end = std::stable_partition(commands_.begin(), commands_.end(), [&](const auto& c) { return !its(c); });
+  std::vector<CommandPlugin> gone(end, commands_.end());
+  commands_.erase(end, commands_.end());
+  for (CommandPlugin& command : gone) DestroyCommand(command);
+}
+
+bool PluginLibraries::IsTaken(host::LONG id) const {
+  return std::any_of(libraries_.begin(), libraries_.end(), [&](const auto& library) {
+    return std::find(library->ids.begin(), library->ids.end(), id) != library->ids.end();
+  });
+}
+
+bool PluginLibraries::ClaimId(host::LONG id) {
+  if (starting_ == nullptr) return false;
+  if (IsTaken(id)) {
+    starting_->idTaken = true;
+    starting_->takenId = id;
+    return false;
+  }
+  starting_->ids.push_back(id);
+  return true;
+}
+
+bool PluginLibraries::Register(CommandPlugin command) {
+  if (!ClaimId(command.id)) return false;
+  commands_.push_back(std::move(command));
+  return true;
+}
+
+bool PluginLibraries::Register(const RegisteredHook& hook) {
+  if (!ClaimId(hook.id)) return false;
+  starting_->hooks.push_back(hook);
+  return true;
+}
+
+std::optional<std::string> PluginLibraries::FolderOf(const void* address) const {
+  Dl_info info;
+  void* map = nullptr;
+  if (dladdr1(address, &info, &map, RTLD_DL_LINKMAP) != 0) {
+    for (const auto& library : libraries_) {
+      void* own = nullptr;
+      const bool known = library->handle != nullptr && dlinfo(library->handle, RTLD_DI_LINKMAP, &own) == 0;
+      if (known && own == map) return FolderOfPath(library->path);
+    }
+  }
+  // A plug-in that hands our result on as its own was left by a jump, so that the address is that of its caller: us.
+  if (running_ != nullptr) return FolderOfPath(running_->path);
+  return std::nullopt;
+}
+
+}  // namespace engine

@@ -1,0 +1,71 @@
+#include "engine/application/Preferences.h"
+
+#include "engine/application/PreferencesText.h"
+
+namespace engine {
+namespace {
+
+constexpr std::uint64_t kMostBytes = 64 << 20;
+
+}  // namespace
+
+const host::BaseContainer* Preferences::Get(host::LONG id) {
+  if (!read_) {
+    const Status status = Read();
+    if (!status) outside_.GetLedger().AddNote(File(), status.Message());
+  }
+  const auto it = stored_.find(id);
+  return it == stored_.end() ? nullptr : &it->second;
+}
+
+Status Preferences::Set(host::LONG id, const host::BaseContainer& data, bool merge) {
+  const host::BaseContainer given = data;  // may be one of ours
+  Status status = Read();
+  host::BaseContainer& stored = stored_[id];
+  if (merge) {
+    stored.MergeContainer(given);
+  } else {
+    stored = given;
+  }
+  session_[id] = stored;
+  if (status) status = outside_.MakeFolders(outside_.ConfigFolder());
+  if (!status) return status;
+  const Result<std::string> text = WritePreferences(stored_);
+  if (text) return outside_.ReplaceFile(File(), text.Value());
+  session_.erase(id);
+  read_ = false;
+  return text.GetStatus();
+}
+
+Status Preferences::Read() {
+  read_ = true;
+  Status status;
+  const std::string path = File();
+  if (outside_.Kind(path) != FileKind::Missing) {
+    const Result<std::string> text = outside_.ReadFile(path, kMostBytes);
+    if (!text) return text.GetStatus();
+    Result<ReadPreferencesAnswer> answer = ReadPreferences(text.Value());
+    stored_.clear();
+    if (!answer) {
+      status = KeepAside(answer.Message());
+    } else if (answer.Value().laterVersion) {
+      status = Status::Failure("The preferences \"" + path + "\" are of a later version of this program; they stay as they are.");
+    } else {
+      stored_ = std::move(answer.Value().containers);
+    }
+  }
+  for (const auto& [id, data] : session_) stored_[id] = data;
+  return status;
+}
+
+Status Preferences::KeepAside(const std::string& reason) {
+  const std::string aside = File() + ".damaged";
+  Status kept = outside_.CopyFile(File(), aside, true);
+  if (kept) kept = outside_.RemoveFile(File());
+  if (!kept) return kept;
+  outside_.GetLedger().AddNote(
+      File(), "The preferences were damaged (" + reason + "); the defaults apply, the old file is \"" + aside + "\".");
+  return kept;
+}
+
+}  // namespace engine
