@@ -25,7 +25,7 @@ String RecordingTime(const BaseContainer& date) {
 
 struct Listed {
   String name;
-  const BaseContainer* entry;
+  BaseContainer entry;
 };
 
 // The entries with content, by name; those of one name stay in the order of the store.
@@ -33,8 +33,8 @@ std::vector<Listed> SortedEntries(const BaseContainer& listStore) {
   std::vector<Listed> entries;
   const LONG count = listStore.GetCount();
   for (LONG i = 0; i < count; ++i) {
-    const BaseContainer* entry = listStore.GetContainerInstance(listStore.GetIndexId(i));
-    if (entry && entry->GetCount() > 0) entries.push_back({entry->GetString(kName), entry});
+    const BaseContainer entry = listStore.GetContainer(listStore.GetIndexId(i));
+    if (entry.GetCount() > 0) entries.push_back({entry.GetString(kName), entry});
   }
   std::stable_sort(entries.begin(), entries.end(), [](const Listed& a, const Listed& b) { return a.name.Compare(b.name) < 0; });
   return entries;
@@ -50,8 +50,8 @@ BaseContainer RowOf(const Listed& listed, Bool checked) {
   BaseContainer row;
   row.SetString(kColumnName, listed.name);
   row.SetBool(kColumnChecked, checked);
-  row.SetString(kColumnCurrent, listed.entry->GetBool(kCurrent) ? kCurrentMark : kNoMark);
-  row.SetString(kColumnDate, RecordingTime(listed.entry->GetContainer(kDate)));
+  row.SetString(kColumnCurrent, listed.entry.GetBool(kCurrent) ? kCurrentMark : kNoMark);
+  row.SetString(kColumnDate, RecordingTime(listed.entry.GetContainer(kDate)));
   return row;
 }
 
@@ -65,8 +65,7 @@ void SMDialog::UpdateSMList() {
   if (listStore_.FindIndex(kListBuilt) == NOTOK) BuildListEntries(*doc);
   list_.RemoveAll();
   LONG line = 0;
-  const BaseContainer& entries = listStore_;
-  for (const Listed& listed : SortedEntries(entries)) {
+  for (const Listed& listed : SortedEntries(listStore_)) {
     list_.SetItem(line++, RowOf(listed, checked.count(listed.name) > 0));
   }
   list_.DataChanged();
@@ -80,13 +79,13 @@ void SMDialog::BuildListEntries(BaseDocument& doc) {
   if (count == 0) return;
   for (LONG i = 0; i < count; ++i) {
     const LONG id = records.GetIndexId(i);
-    const BaseContainer* record = records.GetContainerInstance(id);
-    if (!record) continue;
+    if (records.GetType(id) != DA_CONTAINER) continue;
+    const BaseContainer record = records.GetContainer(id);
     BaseContainer entry = listStore_.GetContainer(id);
     entry.SetId(id);
-    if (record->GetCount() > 0) {
-      entry.SetString(kName, record->GetString(kName));
-      entry.SetContainer(kDate, record->GetContainer(kDate));
+    if (record.GetCount() > 0) {
+      entry.SetString(kName, record.GetString(kName));
+      entry.SetContainer(kDate, record.GetContainer(kDate));
     }
     listStore_.SetContainer(id, entry);
   }

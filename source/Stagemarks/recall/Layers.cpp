@@ -28,9 +28,8 @@ Bool SMDialog::LoadLayerSettings(const BaseContainer& record) {
   const BaseContainer layers = record.GetContainer(kLayers);
   const LONG count = layers.GetCount();
   for (LONG i = 0; i < count; ++i) {
-    const BaseContainer* one = layers.GetContainerInstance(i);
-    BaseList2D* layer = one ? one->GetLink(kLayerLink, doc) : nullptr;
-    if (layer) ApplyLayer(*doc, *layer, *one);
+    const BaseContainer one = layers.GetContainer(i);
+    if (BaseList2D* layer = one.GetLink(kLayerLink, doc)) ApplyLayer(*doc, *layer, one);
   }
   return TRUE;
 }

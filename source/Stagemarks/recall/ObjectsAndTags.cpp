@@ -38,13 +38,13 @@ void ApplyTag(BaseDocument& doc, BaseTag& tag, const BaseContainer& record, Capt
 void ApplyObjects(BaseDocument& doc, const BaseContainer& objects) {
   const LONG count = objects.GetCount();
   for (LONG i = 0; i < count; ++i) {
-    const BaseContainer* record = objects.GetContainerInstance(i);
-    BaseObject* object = record ? record->GetObjectLink(kObjectLink, &doc) : nullptr;
+    const BaseContainer record = objects.GetContainer(i);
+    BaseObject* object = record.GetObjectLink(kObjectLink, &doc);
     if (!object) continue;
     doc.AddUndo(UNDO_CHANGE, object);
-    object->SetEditorMode(record->GetLong(kEditorMode));
-    object->SetRenderMode(record->GetLong(kRenderMode));
-    object->SetDeformMode(record->GetLong(kDeformMode) != 0);
+    object->SetEditorMode(record.GetLong(kEditorMode));
+    object->SetRenderMode(record.GetLong(kRenderMode));
+    object->SetDeformMode(record.GetLong(kDeformMode) != 0);
   }
 }
 
@@ -57,10 +57,10 @@ Bool SMDialog::LoadObjectAndTagSettings(const BaseContainer& record) {
   const BaseContainer tags = record.GetContainer(kTags);
   const LONG count = tags.GetCount();
   for (LONG i = 0; i < count; ++i) {
-    const BaseContainer* one = tags.GetContainerInstance(i);
-    BaseList2D* target = one ? one->GetLink(kTagLink, doc) : nullptr;
+    const BaseContainer one = tags.GetContainer(i);
+    BaseList2D* target = one.GetLink(kTagLink, doc);
     const TagTypeRow* type = target ? FindTagType(target->GetType()) : nullptr;
-    if (type && IsOn(type->option)) ApplyTag(*doc, *static_cast<BaseTag*>(target), *one, type->capture);
+    if (type && IsOn(type->option)) ApplyTag(*doc, *static_cast<BaseTag*>(target), one, type->capture);
   }
   return TRUE;
 }

@@ -7,10 +7,7 @@ namespace stagemarks {
 
 namespace {
 
-// Whether the entry under `id`, or the empty one where there is none, has that name.
-Bool HasName(const BaseContainer* entry, const String& name) {
-  return (entry ? entry->GetString(kName) : String()).Compare(name) == 0;
-}
+Bool HasName(const BaseContainer& entry, const String& name) { return entry.GetString(kName).Compare(name) == 0; }
 
 }  // namespace
 
@@ -21,10 +18,8 @@ LONG ElementPositions(const BaseContainer& listStore) {
 
 LONG SMDialog::GetFirstAvailableID() const {
   LONG id = 0;
-  for (;; ++id) {
-    const BaseContainer* entry = listStore_.GetContainerInstance(id);
-    if (!entry || entry->GetCount() == 0) return id;
-  }
+  while (listStore_.GetContainer(id).GetCount() > 0) ++id;
+  return id;
 }
 
 // Counts positions but fetches by ID: an element whose ID is not below the number of elements is not found. Scenes
@@ -32,8 +27,8 @@ LONG SMDialog::GetFirstAvailableID() const {
 LONG SMDialog::GetStagemarkID(const String& name) const {
   const LONG count = ElementPositions(listStore_);
   for (LONG id = 0; id < count; ++id) {
-    const BaseContainer* entry = listStore_.GetContainerInstance(id);
-    if (HasName(entry, name)) return entry ? entry->GetId() : 0;
+    const BaseContainer entry = listStore_.GetContainer(id);
+    if (HasName(entry, name)) return entry.GetId();
   }
   return 0;
 }
@@ -42,7 +37,7 @@ LONG SMDialog::GetStagemarkID(const String& name) const {
 Bool SMDialog::CheckForDupSMNames(const String& name) const {
   const LONG count = recordStore_.GetCount();
   for (LONG id = 0; id < count; ++id) {
-    if (HasName(listStore_.GetContainerInstance(id), name)) return TRUE;
+    if (HasName(listStore_.GetContainer(id), name)) return TRUE;
   }
   return FALSE;
 }

@@ -24,8 +24,10 @@ void SMDialog::MarkCurrent(BaseDocument& doc, LONG element) {
   const LONG count = entries->GetCount();
   for (LONG i = 0; i < count; ++i) {
     const LONG id = entries->GetIndexId(i);
-    BaseContainer* entry = entries->GetContainerInstance(id);
-    if (entry && entry->GetCount() > 0) entry->SetBool(kCurrent, id == element);
+    const BaseContainer entry = entries->GetContainer(id);
+    const Bool isCurrent = id == element;
+    const Bool isRight = entry.FindIndex(kCurrent) != NOTOK && entry.GetBool(kCurrent) == isCurrent;
+    if (entry.GetCount() > 0 && !isRight) entries->GetContainerInstance(id)->SetBool(kCurrent, isCurrent);
   }
 }
 

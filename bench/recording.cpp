@@ -1,0 +1,206 @@
+// What does it cost to record and to recall a big scene, through the loaded plug-in as the dialog drives it? Beside it
+// stands what the same work costs at least: the switches of every object copied into plain arrays, and written back
+// after a hash look-up of each object.
+#include <malloc.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/application/Application.h"
+#include "engine/dialog/Dialogs.h"
+#include "engine/outside/ScriptedOutside.h"
+#include "engine/scene/Nodes.h"
+#include "source/Stagemarks/keys/Gadgets.h"
+#include "source/Stagemarks/keys/PluginIds.h"
+
+namespace {
+
+using host::BaseDocument;
+using host::BaseObject;
+using host::GeDialog;
+using host::LONG;
+using host::String;
+
+double Seconds(const std::function<void()>& work) {
+  const auto begin = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+// Bytes handed out by the allocator now.
+double MemoryInUse() {
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
+}
+
+void Require(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "%s\n", what);
+  std::exit(1);
+}
+
+// The plug-in with its dialog open on one new document.
+class Stage {
+ public:
+  Stage() : inUse_(person_), application_(person_, {}) {
+    const engine::LoadReport report = application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
+    Require(report.outcome == engine::LoadOutcome::Loaded, report.message.c_str());
+    host::SetActiveDocument(application_.NewDocument());
+    Require(application_.ExecuteCommand(stagemarks::kPluginId), "the dialog did not open");
+    dialog_ = engine::OpenDialogs().front();
+  }
+
+  BaseDocument& Doc() { return *host::GetActiveDocument(); }
+
+  void Build(LONG objects, bool tags) {
+    for (LONG i = 0; i < objects; ++i) {
+      BaseObject* object = BaseObject::Alloc(host::Onull);
+      Doc().AppendObject(object);
+      if (!tags) continue;
+      object->MakeTag(host::Ttexture);
+      object->MakeTag(host::Tcompositing, object->GetFirstTag());
+    }
+  }
+
+  void SetAllModes(LONG mode) {
+    for (BaseObject* object = Doc().GetFirstObject(); object; object = engine::NextInTree(object)) {
+      object->SetEditorMode(mode);
+      object->SetRenderMode(mode);
+    }
+  }
+
+  void Record(const std::string& name) {
+    engine::TypeText(*dialog_, stagemarks::kNameField, String(name.c_str()));
+    Require(engine::PressButton(*dialog_, stagemarks::kRecord), "not recorded");
+  }
+
+  void LoadLine(LONG line) {
+    engine::SelectLines(*dialog_, stagemarks::kList, {line});
+    Require(engine::PressButton(*dialog_, stagemarks::kLoad), "not loaded");
+  }
+
+  void Deliver() { application_.DeliverEvents(); }
+
+ private:
+  engine::ScriptedOutside person_;
+  engine::OutsideInUse inUse_;
+  engine::Application application_;
+  GeDialog* dialog_ = nullptr;
+};
+
+struct Plain {
+  std::vector<engine::NodeId> ids;
+  std::vector<LONG> editor;
+  std::vector<LONG> render;
+  std::vector<char> deform;
+};
+
+Plain CopyPlain(const BaseDocument& doc) {
+  Plain plain;
+  for (const BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(const_cast<BaseObject*>(object))) {
+    plain.ids.push_back(engine::IdOf(*object));
+    plain.editor.push_back(object->GetEditorMode());
+    plain.render.push_back(object->GetRenderMode());
+    plain.deform.push_back(object->GetDeformMode() ? 1 : 0);
+  }
+  return plain;
+}
+
+using ById = std::unordered_map<engine::NodeId, BaseObject*>;
+
+ById Index(const BaseDocument& doc) {
+  ById index;
+  for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object))
+    index[engine::IdOf(*object)] = object;
+  return index;
+}
+
+void WritePlainBack(const Plain& plain, const ById& index) {
+  for (std::size_t i = 0; i < plain.ids.size(); ++i) {
+    BaseObject* object = index.find(plain.ids[i])->second;
+    object->SetEditorMode(plain.editor[i]);
+    object->SetRenderMode(plain.render[i]);
+    object->SetDeformMode(plain.deform[i] != 0);
+  }
+}
+
+void Line(const char* what, double nanoseconds, double baseline, double bytes = -1) {
+  std::printf("  %-28s %9.1f", what, nanoseconds);
+  if (baseline > 0) std::printf(" %9.1f", nanoseconds / baseline);
+  if (bytes >= 0) std::printf("%s %12.2f", baseline > 0 ? "" : "          ", bytes);
+  std::printf("\n");
+}
+
+void MeasureScene(LONG objects, bool tags) {
+  Stage stage;
+  stage.Build(objects, tags);
+  const double perObject = 1e9 / objects;
+  Plain plain;
+  const double copy = perObject * Seconds([&] { plain = CopyPlain(stage.Doc()); });
+  const ById index = Index(stage.Doc());
+  const double back = perObject * Seconds([&] { WritePlainBack(plain, index); });
+
+  std::printf("%d objects%s\n  %-28s %9s %9s %12s\n", objects, tags ? " with two tags each" : "", "", "ns/object", "x plain",
+              "bytes/object");
+  Line("plain copy", copy, 0);
+  Line("plain write-back", back, 0);
+  double before = MemoryInUse();
+  const double first = perObject * Seconds([&] { stage.Record("A"); });
+  Line("first recording", first, copy, (MemoryInUse() - before) / objects);
+  stage.Deliver();
+  before = MemoryInUse();
+  const double again = perObject * Seconds([&] { stage.Record("B"); });
+  Line("again, unchanged", again, copy, (MemoryInUse() - before) / objects);
+  stage.Deliver();
+  stage.SetAllModes(host::MODE_OFF);
+  before = MemoryInUse();
+  const double recall = perObject * Seconds([&] { stage.LoadLine(0); });
+  Line("recall with undo entries", recall, back, (MemoryInUse() - before) / objects);
+  Require(stage.Doc().GetFirstObject()->GetEditorMode() == host::MODE_UNDEF, "not recalled");
+  stage.Deliver();
+  before = MemoryInUse();
+  const double undo = perObject * Seconds([&] { stage.Doc().DoUndo(); });
+  Line("undo", undo, back, (MemoryInUse() - before) / objects);
+  Require(stage.Doc().GetFirstObject()->GetEditorMode() == host::MODE_OFF, "not undone");
+  before = MemoryInUse();
+  const double fresh = perObject * Seconds([&] { stage.Record("C"); });
+  Line("recording after a load", fresh, copy, (MemoryInUse() - before) / objects);
+  std::printf("\n");
+}
+
+void MeasureGrowth(LONG objects) {
+  Stage stage;
+  stage.Build(objects, false);
+  const double perObject = 1e9 / objects;
+  std::printf("%d objects, by the number of elements already stored\n  %8s %12s %12s %14s\n", objects, "stored", "record", "load",
+              "list, us/row");
+  LONG stored = 0;
+  for (const LONG wanted : {1, 10, 1000}) {
+    for (; stored < wanted; ++stored) stage.Record("E" + std::to_string(stored));
+    stage.Deliver();
+    const double record = perObject * Seconds([&] { stage.Record("E" + std::to_string(stored)); });
+    ++stored;
+    stage.Deliver();
+    stage.SetAllModes(host::MODE_OFF);
+    const double load = perObject * Seconds([&] { stage.LoadLine(0); });
+    const double list = 1e6 / stored * Seconds([&] { stage.Deliver(); });
+    std::printf("  %8d %12.1f %12.1f %14.2f\n", wanted, record, load, list);
+    stage.Record("E" + std::to_string(stored++));
+  }
+}
+
+}  // namespace
+
+// With a number: the big scene has so many objects instead of a million.
+int main(int count, char** arguments) {
+  const LONG objects = count > 1 ? std::atoi(arguments[1]) : 1000000;
+  MeasureScene(objects, false);
+  MeasureScene(objects / 10, true);
+  MeasureGrowth(objects / 10);
+}
