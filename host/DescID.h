@@ -17,6 +17,7 @@ struct DescLevel {
   DescLevel() = default;
   DescLevel(LONG level_id) : id(level_id) {}
   DescLevel(LONG level_id, LONG datatype, LONG owner) : id(level_id), dtype(datatype), creator(owner) {}
+  Bool operator==(const DescLevel& other) const = default;
 };
 
 class DescID {
@@ -29,6 +30,8 @@ class DescID {
   LONG GetDepth() const { return depth_; }
   // Level `pos` (0-based); one with id 0 outside the path.
   DescLevel operator[](LONG pos) const { return pos >= 0 && pos < depth_ ? levels_[static_cast<std::size_t>(pos)] : DescLevel(); }
+  // Equal paths, level by level.
+  Bool operator==(const DescID& other) const = default;
 
  private:
   std::array<DescLevel, 3> levels_{};

@@ -69,13 +69,7 @@ class GeData {
 
  private:
   friend struct engine::ValueAccess;
-  union Payload {
-    LLONG integer;
-    Real real;
-    ULLONG link;
-    void* shared;  // a counted block: text, path, container, vector, time
-  };
-  Payload payload_{0};
+  ULLONG bits_ = 0;  // the number, the link, or the address of a counted block: text, path, container, vector, time
   LONG type_ = DA_NIL;
 };
 

@@ -1,0 +1,190 @@
+#include "host/BaseContainer.h"
+
+#include <utility>
+
+#include "engine/core/ContainerBody.h"
+#include "engine/core/Value.h"
+#include "host/DescID.h"
+
+namespace engine {
+
+void ContainerAccess::Set(host::BaseContainer& container, host::LONG key, Value value) {
+  const Entry* present = FindEntry(container.body_, key);
+  if (present && SameValues(present->Get(), value, OwnIds::kCompared)) return;
+  // The value may live in an instance that ends here, so it is shared first.
+  Retain(value);
+  PrepareWrite(container);
+  if (!present) {
+    Moved(container, AppendEntry(container.body_, key, value));
+    return;
+  }
+  Entry& entry = *WritableEntry(container.body_, key);
+  const Value before = entry.Get();
+  entry = Entry{key, value.type, value.bits};
+  DropInstance(container, key);
+  Release(before);
+}
+
+}  // namespace engine
+
+namespace host {
+
+using engine::ContainerAccess;
+using engine::ContainerBody;
+using engine::Entry;
+using engine::Value;
+using engine::ValueAccess;
+
+namespace {
+
+Value ValueOf(const Entry* entry) { return entry ? entry->Get() : Value(); }
+
+}  // namespace
+
+BaseContainer::BaseContainer(LONG id) : body_(id == 0 ? nullptr : engine::NewBody(id)) {}
+
+BaseContainer::BaseContainer(const BaseContainer& other) : body_(other.body_) { engine::RetainBody(body_); }
+
+BaseContainer::BaseContainer(BaseContainer&& other) noexcept { ContainerAccess::Take(*this, other); }
+
+BaseContainer::~BaseContainer() {
+  if (body_ || anchor_) ContainerAccess::Destroy(*this);
+}
+
+BaseContainer& BaseContainer::operator=(const BaseContainer& other) {
+  if (this == &other) return *this;
+  // The other one may be an instance of this one and end here, so its body is kept alive first.
+  ContainerBody* body = other.body_;
+  engine::RetainBody(body);
+  ContainerAccess::DropInstances(*this);
+  if (ContainerAccess::IsInstance(*this) && engine::SameBodies(body_, body, engine::OwnIds::kCompared)) {
+    engine::ReleaseBody(body);
+  } else {
+    ContainerAccess::Replace(*this, body);
+  }
+  return *this;
+}
+
+BaseContainer& BaseContainer::operator=(BaseContainer&& other) noexcept {
+  const bool owned = !anchor_ && !other.anchor_;
+  if (owned) {
+    std::swap(body_, other.body_);
+    return *this;
+  }
+  return *this = static_cast<const BaseContainer&>(other);
+}
+
+void BaseContainer::SetId(LONG id) {
+  if (GetId() == id) return;
+  ContainerAccess::PrepareWrite(*this);
+  body_->id = id;
+}
+
+LONG BaseContainer::GetId() const { return engine::IdOf(body_); }
+
+LONG BaseContainer::GetIndexId(LONG index) const {
+  const Entry* entry = engine::EntryAt(body_, static_cast<ULONG>(index));
+  return entry ? entry->key : NOTOK;
+}
+
+LONG BaseContainer::FindIndex(LONG id) const { return engine::FindPosition(body_, id); }
+
+LONG BaseContainer::GetType(LONG id) const { return ValueOf(engine::FindEntry(body_, id)).type; }
+
+LONG BaseContainer::GetCount() const { return static_cast<LONG>(engine::SizeOf(body_)); }
+
+GeData BaseContainer::GetIndexData(LONG index) const {
+  return ValueAccess::Share(ValueOf(engine::EntryAt(body_, static_cast<ULONG>(index))));
+}
+
+GeData BaseContainer::GetData(LONG id) const { return ValueAccess::Share(ValueOf(engine::FindEntry(body_, id))); }
+
+void BaseContainer::SetData(LONG id, const GeData& value) { ContainerAccess::Set(*this, id, ValueAccess::Of(value)); }
+
+Bool BaseContainer::SetParameter(const DescID& id, const GeData& value) {
+  if (id.GetDepth() == 0) return FALSE;
+  SetData(id[0].id, value);
+  return TRUE;
+}
+
+Bool BaseContainer::GetParameter(const DescID& id, GeData& value) const {
+  const Entry* entry = id.GetDepth() == 0 ? nullptr : engine::FindEntry(body_, id[0].id);
+  if (!entry) return FALSE;
+  value = ValueAccess::Share(entry->Get());
+  return TRUE;
+}
+
+Bool BaseContainer::RemoveData(LONG id) {
+  if (!engine::FindEntry(body_, id)) return FALSE;
+  ContainerAccess::PrepareWrite(*this);
+  ContainerAccess::DropInstance(*this, id);
+  return engine::RemoveEntry(body_, id);
+}
+
+void BaseContainer::FlushAll() {
+  ContainerAccess::DropInstances(*this);
+  if (GetCount() == 0) return;
+  if (!anchor_ && body_->owners.Unique()) {
+    body_ = engine::ClearEntries(body_);
+  } else {
+    ContainerAccess::Replace(*this, GetId() == 0 ? nullptr : engine::NewBody(GetId()));
+  }
+}
+
+void BaseContainer::MergeContainer(const BaseContainer& source) {
+  // A copy, as the source may be this one, its owner or an instance of it.
+  const BaseContainer entries = source;
+  ULONG next = 0;
+  for (auto some = engine::NextEntries(entries.body_, next); !some.empty(); some = engine::NextEntries(entries.body_, next)) {
+    for (const Entry& entry : some) ContainerAccess::Set(*this, entry.key, entry.Get());
+  }
+}
+
+Bool BaseContainer::operator==(const BaseContainer& other) const {
+  return engine::SameBodies(body_, other.body_, engine::OwnIds::kIgnored);
+}
+
+Bool BaseContainer::GetBool(LONG id, Bool preset) const {
+  const Entry* entry = engine::FindEntry(body_, id);
+  return entry ? engine::BoolOf(entry->Get()) : preset;
+}
+
+LONG BaseContainer::GetLong(LONG id, LONG preset) const {
+  const Entry* entry = engine::FindEntry(body_, id);
+  return entry ? engine::LongOf(entry->Get()) : preset;
+}
+
+Real BaseContainer::GetReal(LONG id, Real preset) const {
+  const Entry* entry = engine::FindEntry(body_, id);
+  return entry ? engine::RealOf(entry->Get()) : preset;
+}
+
+Vector BaseContainer::GetVector(LONG id) const { return engine::VectorOf(ValueOf(engine::FindEntry(body_, id))); }
+BaseTime BaseContainer::GetTime(LONG id) const { return engine::TimeOf(ValueOf(engine::FindEntry(body_, id))); }
+String BaseContainer::GetString(LONG id) const { return engine::StringOf(ValueOf(engine::FindEntry(body_, id))); }
+Filename BaseContainer::GetFilename(LONG id) const { return engine::FilenameOf(ValueOf(engine::FindEntry(body_, id))); }
+
+BaseContainer BaseContainer::GetContainer(LONG id) const {
+  const Value value = ValueOf(engine::FindEntry(body_, id));
+  return value.type == DA_CONTAINER ? ContainerAccess::Share(engine::BlockOf<ContainerBody>(value.bits)) : BaseContainer();
+}
+
+void BaseContainer::SetBool(LONG id, Bool value) { SetLong(id, value ? 1 : 0); }
+void BaseContainer::SetLong(LONG id, LONG value) { ContainerAccess::Set(*this, id, {DA_LONG, engine::BitsOf(value)}); }
+void BaseContainer::SetReal(LONG id, Real value) { ContainerAccess::Set(*this, id, {DA_REAL, engine::BitsOf(value)}); }
+void BaseContainer::SetVector(LONG id, const Vector& value) { SetData(id, GeData(value)); }
+void BaseContainer::SetTime(LONG id, const BaseTime& value) { SetData(id, GeData(value)); }
+void BaseContainer::SetString(LONG id, const String& value) { SetData(id, GeData(value)); }
+void BaseContainer::SetFilename(LONG id, const Filename& value) { SetData(id, GeData(value)); }
+void BaseContainer::SetContainer(LONG id, const BaseContainer& value) {
+  ContainerAccess::Set(*this, id, {DA_CONTAINER, engine::BitsOf(value.body_)});
+}
+
+BaseContainer* BaseContainer::GetContainerInstance(LONG id) { return ContainerAccess::Instance(*this, id); }
+
+// Handing out changes what the container object knows, never what it holds.
+const BaseContainer* BaseContainer::GetContainerInstance(LONG id) const {
+  return ContainerAccess::Instance(const_cast<BaseContainer&>(*this), id);
+}
+
+}  // namespace host

@@ -1,0 +1,217 @@
+#include "engine/core/ContainerBody.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "engine/core/LongBody.h"
+
+namespace engine {
+
+namespace {
+
+constexpr int kDeepestRecursion = 16;
+
+ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
+  auto* body = new (::operator new(sizeof(ContainerBody) + capacity * sizeof(Entry))) ContainerBody;
+  body->id = id;
+  body->capacity = capacity;
+  return body;
+}
+
+void FreeBodyMemory(ContainerBody* body) {
+  if (body->IsLong()) {
+    delete AsLong(body);
+    return;
+  }
+  body->~ContainerBody();
+  ::operator delete(body);
+}
+
+// Ends bodies that have no owner left. Nested ones are ended right away, as they lie near in memory, but from
+// a certain depth on they wait in a list.
+class Destruction {
+ public:
+  void Run(ContainerBody* body) {
+    End(body, 0);
+    while (!waiting_.empty()) {
+      ContainerBody* next = waiting_.back();
+      waiting_.pop_back();
+      End(next, 0);
+    }
+  }
+
+ private:
+  void End(ContainerBody* body, int depth) {
+    if (body->IsLong()) {
+      for (const ChunkPlace& place : AsLong(body)->chunks) EndChunk(place.chunk, depth);
+    } else {
+      EndEntries({body->Entries(), body->size}, depth);
+    }
+    FreeBodyMemory(body);
+  }
+
+  void EndChunk(Chunk* chunk, int depth) {
+    if (!chunk->owners.Release()) return;
+    EndEntries(chunk->All(), depth);
+    ReleaseChunkMemory(chunk);
+  }
+
+  void EndEntries(std::span<const Entry> entries, int depth) {
+    for (const Entry& entry : entries) {
+      if (entry.type != host::DA_CONTAINER) {
+        Release(entry.Get());
+      } else if (auto* body = BlockOf<ContainerBody>(entry.bits); body && body->owners.Release()) {
+        Nested(body, depth);
+      }
+    }
+  }
+
+  void Nested(ContainerBody* body, int depth) {
+    if (depth < kDeepestRecursion) {
+      End(body, depth + 1);
+    } else {
+      waiting_.push_back(body);
+    }
+  }
+
+  std::vector<ContainerBody*> waiting_;
+};
+
+ContainerBody* CopyShort(const ContainerBody& body) {
+  ContainerBody* copy = NewShort(body.id, body.capacity);
+  std::copy_n(body.Entries(), body.size, copy->Entries());
+  copy->size = body.size;
+  for (std::uint32_t i = 0; i < copy->size; ++i) Retain(copy->Entries()[i].Get());
+  return copy;
+}
+
+// The entries of a short body, with their shares, in a new body with more room.
+ContainerBody* Grow(ContainerBody* body) {
+  ContainerBody* grown = nullptr;
+  if (body->capacity < kShortEntries) {
+    grown = NewShort(body->id, 2 * body->capacity);
+    std::copy_n(body->Entries(), body->size, grown->Entries());
+    grown->size = body->size;
+  } else {
+    auto entries = std::make_unique<LongBody>();
+    entries->id = body->id;
+    for (std::uint32_t i = 0; i < body->size; ++i) AppendLong(*entries, body->Entries()[i]);
+    grown = entries.release();
+  }
+  FreeBodyMemory(body);
+  return grown;
+}
+
+const Entry* FindShort(const ContainerBody& body, host::LONG key) {
+  const Entry* entries = body.Entries();
+  // Most short containers count their keys up from the first one.
+  const std::uint32_t guess = body.size > 0 ? static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key) : 0;
+  if (guess < body.size && entries[guess].key == key) return entries + guess;
+  for (const Entry* entry = entries; entry != entries + body.size; ++entry) {
+    if (entry->key == key) return entry;
+  }
+  return nullptr;
+}
+
+bool RemoveShort(ContainerBody& body, host::LONG key) {
+  const Entry* found = FindShort(body, key);
+  if (!found) return false;
+  const Value value = found->Get();
+  Entry* hole = body.Entries() + (found - body.Entries());
+  std::copy(hole + 1, body.Entries() + body.size, hole);
+  --body.size;
+  Release(value);
+  return true;
+}
+
+}  // namespace
+
+void ReleaseBody(ContainerBody* body) {
+  if (body && body->owners.Release()) Destruction().Run(body);
+}
+
+const Entry* FindEntry(const ContainerBody* body, host::LONG key) {
+  if (!body) return nullptr;
+  if (!body->IsLong()) return FindShort(*body, key);
+  const Spot spot = FindSpot(*AsLong(body), key);
+  return spot.Found() ? AsLong(body)->chunks[spot.chunk].chunk->Entries() + spot.offset : nullptr;
+}
+
+const Entry* EntryAt(const ContainerBody* body, std::uint32_t position) {
+  if (position >= SizeOf(body)) return nullptr;
+  if (!body->IsLong()) return body->Entries() + position;
+  const Spot spot = SpotAt(*AsLong(body), position);
+  return AsLong(body)->chunks[spot.chunk].chunk->Entries() + spot.offset;
+}
+
+host::LONG FindPosition(const ContainerBody* body, host::LONG key) {
+  if (!body) return host::NOTOK;
+  if (!body->IsLong()) {
+    const Entry* entry = FindShort(*body, key);
+    return entry ? static_cast<host::LONG>(entry - body->Entries()) : host::NOTOK;
+  }
+  const Spot spot = FindSpot(*AsLong(body), key);
+  return spot.Found() ? static_cast<host::LONG>(AsLong(body)->chunks[spot.chunk].start + spot.offset) : host::NOTOK;
+}
+
+std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& next) {
+  if (!body) return {};
+  if (!body->IsLong()) return next++ == 0 ? std::span<const Entry>(body->Entries(), body->size) : std::span<const Entry>();
+  const auto& chunks = AsLong(body)->chunks;
+  while (next < chunks.size()) {
+    const Chunk& chunk = *chunks[next++].chunk;
+    if (chunk.size > 0) return chunk.All();
+  }
+  return {};
+}
+
+ContainerBody* NewBody(host::LONG id) { return NewShort(id, kFirstEntries); }
+
+ContainerBody* MakeUnique(ContainerBody* body) {
+  if (!body) return NewBody(0);
+  if (body->owners.Unique()) return body;
+  ContainerBody* copy = body->IsLong() ? new LongBody(*AsLong(body)) : CopyShort(*body);
+  ReleaseBody(body);
+  return copy;
+}
+
+Entry* WritableEntry(ContainerBody* body, host::LONG key) {
+  if (!body->IsLong()) {
+    const Entry* entry = FindShort(*body, key);
+    return entry ? body->Entries() + (entry - body->Entries()) : nullptr;
+  }
+  const Spot spot = FindSpot(*AsLong(body), key);
+  return spot.Found() ? WritableChunk(*AsLong(body), spot.chunk).Entries() + spot.offset : nullptr;
+}
+
+ContainerBody* AppendEntry(ContainerBody* body, host::LONG key, Value value) {
+  if (!body->IsLong() && body->size == body->capacity) body = Grow(body);
+  const Entry entry{key, value.type, value.bits};
+  if (body->IsLong()) {
+    AppendLong(*AsLong(body), entry);
+  } else {
+    body->Entries()[body->size++] = entry;
+  }
+  return body;
+}
+
+bool RemoveEntry(ContainerBody* body, host::LONG key) {
+  return body->IsLong() ? RemoveLong(*AsLong(body), key) : RemoveShort(*body, key);
+}
+
+ContainerBody* ClearEntries(ContainerBody* body) {
+  if (body->IsLong()) {
+    ContainerBody* empty = NewBody(body->id);
+    ReleaseBody(body);
+    return empty;
+  }
+  const std::uint32_t size = body->size;
+  body->size = 0;
+  for (std::uint32_t i = 0; i < size; ++i) Release(body->Entries()[i].Get());
+  return body;
+}
+
+}  // namespace engine

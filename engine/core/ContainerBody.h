@@ -1,0 +1,116 @@
+// ContainerBody: the counted entries and own ID behind BaseContainer, in two forms. The short form keeps up to
+// kShortEntries entries right behind its header. The long form keeps a table of chunks, each counted on its
+// own, so that a write into a copy of a long container copies one chunk and the table, not everything.
+//
+// The law of sharing and of writing in place:
+//  1. A body or chunk with more than one owner is never changed. A writer makes every body on the way from the
+//     owning container object down to the entry its own first, from the top: a body with one owner is still
+//     shared when a body above it is.
+//  2. An instance (a sub-container handed out in place) belongs to the container object that handed it out, not
+//     to the body. It borrows its body from its owner's entry and holds no share. Only container objects know
+//     their instances, so a copy, which shares bodies only, never meets an instance of its original.
+//  3. A write through an instance starts at the top of its chain of owners (law 1) and leaves in each owner's
+//     entry, and in each instance on the way, the body that is now theirs.
+//  4. An instance ends when its entry is replaced by another value or removed, and when its owner is assigned,
+//     flushed or destroyed; its own instances end with it. A container constructed by a move takes the
+//     instances along; a move from an instance, and an assignment by a move where there are instances, copies.
+//  5. Null is the body of a container without entries and with own ID 0.
+// Threads: any number may read and copy one body; the counts are atomic.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "engine/core/Value.h"
+
+namespace engine {
+
+struct Entry {
+  host::LONG key;
+  host::LONG type;
+  std::uint64_t bits;
+
+  Value Get() const { return {type, bits}; }
+};
+static_assert(sizeof(Entry) == 16);
+
+inline constexpr std::uint32_t kFirstEntries = 4;   // room of a new body
+inline constexpr std::uint32_t kShortEntries = 32;  // most entries of the short form
+
+struct ContainerBody {
+  SharedCount owners;
+  host::LONG id = 0;
+  std::uint32_t size = 0;
+  std::uint32_t capacity = 0;  // room of the short form; 0 marks the long form
+
+  bool IsLong() const { return capacity == 0; }
+  // The entries of the short form.
+  Entry* Entries() { return static_cast<Entry*>(static_cast<void*>(this + 1)); }
+  const Entry* Entries() const { return static_cast<const Entry*>(static_cast<const void*>(this + 1)); }
+};
+static_assert(sizeof(ContainerBody) == 16);
+
+inline void RetainBody(ContainerBody* body) {
+  if (body) body->owners.Retain();
+}
+// Any depth of nesting, without recursion to match.
+void ReleaseBody(ContainerBody* body);
+
+inline host::LONG IdOf(const ContainerBody* body) { return body ? body->id : 0; }
+inline std::uint32_t SizeOf(const ContainerBody* body) { return body ? body->size : 0; }
+
+// The entry with that key, or at that position (less than the size); null where there is none. Position of
+// the key, -1 where there is none.
+const Entry* FindEntry(const ContainerBody* body, host::LONG key);
+const Entry* EntryAt(const ContainerBody* body, std::uint32_t position);
+host::LONG FindPosition(const ContainerBody* body, host::LONG key);
+
+// The stretches of entries that lie together, in order: `next` is 0 at first and counts up; empty at the end.
+std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& next);
+
+// A body of one owner, instead of one share of `body`; null gives a new one.
+[[nodiscard]] ContainerBody* MakeUnique(ContainerBody* body);
+[[nodiscard]] ContainerBody* NewBody(host::LONG id);
+
+// These change a body that has one owner. WritableEntry: null where there is no such key. AppendEntry: the key
+// is not there yet; takes the value's share and gives back the body, which may have moved. RemoveEntry: closes
+// the gap; false where there is no such key. ClearEntries: only the own ID stays.
+Entry* WritableEntry(ContainerBody* body, host::LONG key);
+[[nodiscard]] ContainerBody* AppendEntry(ContainerBody* body, host::LONG key, Value value);
+bool RemoveEntry(ContainerBody* body, host::LONG key);
+[[nodiscard]] ContainerBody* ClearEntries(ContainerBody* body);
+
+enum class OwnIds { kIgnored, kCompared };
+bool SameBodies(const ContainerBody* a, const ContainerBody* b, OwnIds ids);
+// Numbers compare by their bits, so that every value equals itself.
+bool SameValues(Value a, Value b, OwnIds ids);
+
+// The way into BaseContainer.
+struct ContainerAccess {
+  static ContainerBody* Body(const host::BaseContainer& container) { return container.body_; }
+  static host::BaseContainer Share(ContainerBody* body) {
+    host::BaseContainer container;
+    RetainBody(body);
+    container.body_ = body;
+    return container;
+  }
+  // The entry's value set in place or appended, as BaseContainer::SetData does. Takes no share of `value`.
+  static void Set(host::BaseContainer& container, host::LONG key, Value value);
+  // Every body from the owner of all down to this container has one owner afterwards.
+  static void PrepareWrite(host::BaseContainer& container);
+  // `body`, of which the caller's share is taken, becomes the body of the container.
+  static void Replace(host::BaseContainer& container, ContainerBody* body);
+  // After PrepareWrite: the body has moved to `body`.
+  static void Moved(host::BaseContainer& container, ContainerBody* body);
+  static host::BaseContainer* Instance(host::BaseContainer& container, host::LONG key);
+  static void DropInstances(host::BaseContainer& container);
+  static void DropInstance(host::BaseContainer& container, host::LONG key);
+  static void Destroy(host::BaseContainer& container);
+  // Body and instances of `from`, which is empty afterwards; of an instance, a share of its body.
+  static void Take(host::BaseContainer& container, host::BaseContainer& from);
+  static bool IsInstance(host::BaseContainer& container);
+  static ContainerBody*& BodySlot(host::BaseContainer& container) { return container.body_; }
+  static ContainerAnchor*& Anchor(host::BaseContainer& container) { return container.anchor_; }
+};
+
+}  // namespace engine

@@ -1,0 +1,136 @@
+#include "engine/core/ContainerInstances.h"
+
+#include <utility>
+#include <vector>
+
+namespace engine {
+
+namespace {
+
+using Tables = std::vector<std::unique_ptr<InstanceTable>>;
+
+void TakeTables(InstanceTable& table, Tables& tables) {
+  for (auto& [key, instance] : table) {
+    if (instance.anchor.instances) tables.push_back(std::move(instance.anchor.instances));
+  }
+}
+
+// Instances of instances may be nested at any depth: level by level, not by recursion.
+void EndTable(std::unique_ptr<InstanceTable> first) {
+  Tables tables;
+  if (first) tables.push_back(std::move(first));
+  while (!tables.empty()) {
+    const std::unique_ptr<InstanceTable> table = std::move(tables.back());
+    tables.pop_back();
+    TakeTables(*table, tables);
+  }
+}
+
+ContainerAnchor* AnchorOf(host::BaseContainer& container) { return ContainerAccess::Anchor(container); }
+
+ContainerAnchor* OwnerOf(host::BaseContainer& container) {
+  const ContainerAnchor* anchor = AnchorOf(container);
+  return anchor ? anchor->owner : nullptr;
+}
+
+// The entry of an instance in its owner, whose chain has been made writable.
+Entry& OwnersEntry(const ContainerAnchor& anchor) {
+  return *WritableEntry(ContainerAccess::Body(*anchor.owner->self), anchor.key);
+}
+
+void MakeInstanceUnique(const ContainerAnchor& anchor) {
+  Entry& entry = OwnersEntry(anchor);
+  ContainerBody* body = MakeUnique(BlockOf<ContainerBody>(entry.bits));
+  entry.bits = BitsOf(body);
+  ContainerAccess::BodySlot(*anchor.self) = body;
+}
+
+}  // namespace
+
+ContainerAnchor::~ContainerAnchor() { EndTable(std::move(instances)); }
+
+ContainerInstance::ContainerInstance() { ContainerAccess::Anchor(container) = &anchor; }
+
+ContainerInstance::~ContainerInstance() {
+  ContainerAccess::BodySlot(container) = nullptr;
+  ContainerAccess::Anchor(container) = nullptr;
+}
+
+void ContainerAccess::PrepareWrite(host::BaseContainer& container) {
+  ContainerBody*& body = container.body_;
+  if (!OwnerOf(container)) {
+    body = MakeUnique(body);
+    return;
+  }
+  std::vector<ContainerAnchor*> chain;
+  ContainerAnchor* top = container.anchor_;
+  for (; top->owner; top = top->owner) chain.push_back(top);
+  BodySlot(*top->self) = MakeUnique(BodySlot(*top->self));
+  for (std::size_t i = chain.size(); i-- > 0;) MakeInstanceUnique(*chain[i]);
+}
+
+bool ContainerAccess::IsInstance(host::BaseContainer& container) { return OwnerOf(container) != nullptr; }
+
+void ContainerAccess::Moved(host::BaseContainer& container, ContainerBody* body) {
+  if (container.body_ == body) return;
+  container.body_ = body;
+  if (OwnerOf(container)) OwnersEntry(*container.anchor_).bits = BitsOf(body);
+}
+
+void ContainerAccess::Replace(host::BaseContainer& container, ContainerBody* body) {
+  ContainerAnchor* owner = OwnerOf(container);
+  ContainerBody* before = container.body_;
+  if (owner) {
+    PrepareWrite(*owner->self);
+    Entry& entry = OwnersEntry(*container.anchor_);
+    before = BlockOf<ContainerBody>(std::exchange(entry.bits, BitsOf(body)));
+  }
+  container.body_ = body;
+  ReleaseBody(before);
+}
+
+host::BaseContainer* ContainerAccess::Instance(host::BaseContainer& container, host::LONG key) {
+  const Entry* entry = FindEntry(container.body_, key);
+  if (!entry || entry->type != host::DA_CONTAINER) return nullptr;
+  if (!container.anchor_) container.anchor_ = new ContainerAnchor(&container);
+  ContainerAnchor& anchor = *container.anchor_;
+  if (!anchor.instances) anchor.instances = std::make_unique<InstanceTable>();
+  const auto [place, isNew] = anchor.instances->try_emplace(key);
+  ContainerInstance& instance = place->second;
+  if (isNew) {
+    instance.anchor.owner = &anchor;
+    instance.anchor.key = key;
+    instance.container.body_ = BlockOf<ContainerBody>(entry->bits);
+  }
+  return &instance.container;
+}
+
+void ContainerAccess::DropInstances(host::BaseContainer& container) {
+  if (container.anchor_) EndTable(std::move(container.anchor_->instances));
+}
+
+void ContainerAccess::DropInstance(host::BaseContainer& container, host::LONG key) {
+  if (!container.anchor_ || !container.anchor_->instances) return;
+  const auto found = container.anchor_->instances->find(key);
+  if (found == container.anchor_->instances->end()) return;
+  EndTable(std::move(found->second.anchor.instances));
+  container.anchor_->instances->erase(found);
+}
+
+void ContainerAccess::Destroy(host::BaseContainer& container) {
+  delete container.anchor_;
+  ReleaseBody(container.body_);
+}
+
+void ContainerAccess::Take(host::BaseContainer& container, host::BaseContainer& from) {
+  if (OwnerOf(from)) {
+    RetainBody(from.body_);
+    container.body_ = from.body_;
+    return;
+  }
+  container.body_ = std::exchange(from.body_, nullptr);
+  container.anchor_ = std::exchange(from.anchor_, nullptr);
+  if (container.anchor_) container.anchor_->self = &container;
+}
+
+}  // namespace engine

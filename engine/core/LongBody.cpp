@@ -1,0 +1,195 @@
+#include "engine/core/LongBody.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace engine {
+
+namespace {
+
+constexpr std::uint32_t kFirstChunkEntries = 2 * kShortEntries;
+constexpr std::size_t kSpareChunks = 8;
+
+Chunk* NewChunk(std::uint32_t capacity) {
+  auto* chunk = new (::operator new(Chunk::Bytes(capacity))) Chunk;
+  chunk->capacity = capacity;
+  return chunk;
+}
+
+void ReleaseChunk(Chunk* chunk) {
+  if (!chunk->owners.Release()) return;
+  for (const Entry& entry : chunk->All()) Release(entry.Get());
+  ReleaseChunkMemory(chunk);
+}
+
+// A chunk of one owner with the same entries and at least that room, instead of one share of `chunk`.
+Chunk* ReplaceChunk(Chunk* chunk, std::uint32_t capacity) {
+  Chunk* copy = NewChunk(capacity);
+  copy->size = chunk->size;
+  std::copy_n(chunk->Entries(), chunk->size, copy->Entries());
+  if (chunk->owners.Unique()) {
+    ReleaseChunkMemory(chunk);
+    return copy;
+  }
+  for (const Entry& entry : copy->All()) Retain(entry.Get());
+  ReleaseChunk(chunk);
+  return copy;
+}
+
+std::uint32_t SlotOf(Spot spot) { return spot.chunk << kChunkShift | spot.offset; }
+
+void ReleaseIndex(KeyIndex* index) {
+  if (index && index->owners.Release()) delete index;
+}
+
+// A fresh index of all entries.
+void IndexKeys(LongBody& body) {
+  ReleaseIndex(std::exchange(body.index, new KeyIndex));
+  body.index->Reserve(body.size);
+  for (std::uint32_t c = 0; c < body.chunks.size(); ++c) {
+    const Chunk& chunk = *body.chunks[c].chunk;
+    for (std::uint32_t i = 0; i < chunk.size; ++i) body.index->Put(chunk.Entries()[i].key, SlotOf({c, i}));
+  }
+}
+
+void MakeMixed(LongBody& body) {
+  body.order = KeyOrder::kMixed;
+  IndexKeys(body);
+}
+
+void PutInIndex(LongBody& body, host::LONG key, Spot spot) {
+  if (!body.index->owners.Unique()) {
+    auto* copy = new KeyIndex(*body.index);
+    ReleaseIndex(std::exchange(body.index, copy));
+  }
+  body.index->Put(key, SlotOf(spot));
+  // Keys that left are still in the index; a container that keeps its size would collect them for ever.
+  if (body.index->Used() > 2 * (std::size_t{body.size} + kChunkEntries)) IndexKeys(body);
+}
+
+// The order of the keys once `key` comes behind them. The mixed order needs an index first.
+KeyOrder OrderWith(const LongBody& body, host::LONG key) {
+  if (body.order == KeyOrder::kDense && key >= 0 && static_cast<std::uint32_t>(key) == body.size) return KeyOrder::kDense;
+  if (body.order != KeyOrder::kMixed && (body.size == 0 || key > body.greatestKey)) return KeyOrder::kAscending;
+  return KeyOrder::kMixed;
+}
+
+// Room for one more entry in the last chunk, which has one owner afterwards.
+Chunk& ChunkForOneMore(LongBody& body, host::LONG key) {
+  if (body.chunks.empty() || body.chunks.back().chunk->size == kChunkEntries) {
+    body.chunks.push_back({nullptr, body.size, key});
+    body.chunks.back().chunk = NewChunk(body.chunks.size() == 1 ? kFirstChunkEntries : kChunkEntries);
+    return *body.chunks.back().chunk;
+  }
+  Chunk*& last = body.chunks.back().chunk;
+  if (last->size == last->capacity) last = ReplaceChunk(last, 2 * last->capacity);
+  return WritableChunk(body, static_cast<std::uint32_t>(body.chunks.size()) - 1);
+}
+
+Spot FindAscending(const LongBody& body, host::LONG key) {
+  const auto& chunks = body.chunks;
+  const auto after = std::ranges::upper_bound(chunks, key, {}, &ChunkPlace::leastKey);
+  if (after == chunks.begin()) return {};
+  const Chunk& chunk = *std::prev(after)->chunk;
+  const auto all = chunk.All();
+  const auto found = std::ranges::lower_bound(all, key, {}, &Entry::key);
+  if (found == all.end() || found->key != key) return {};
+  return {static_cast<std::uint32_t>(after - chunks.begin() - 1), static_cast<std::uint32_t>(found - all.begin())};
+}
+
+// Removing moves entries towards the front of their chunk, so an entry lies where it was put or before.
+Spot FindMixed(const LongBody& body, host::LONG key) {
+  const std::uint32_t slot = body.index->Find(key);
+  if (slot == KeyIndex::kNone) return {};
+  const Chunk& chunk = *body.chunks[slot >> kChunkShift].chunk;
+  for (std::uint32_t i = std::min(slot % kChunkEntries + 1, chunk.size); i-- > 0;) {
+    if (chunk.Entries()[i].key == key) return {slot >> kChunkShift, i};
+  }
+  return {};
+}
+
+// Chunks that removing has thinned out are filled up again. Each entry pays for this once for every time that
+// half of the entries go.
+void Compact(LongBody& body) {
+  std::vector<ChunkPlace> thin;
+  thin.swap(body.chunks);
+  body.size = 0;
+  body.order = KeyOrder::kDense;
+  ReleaseIndex(std::exchange(body.index, nullptr));
+  for (const ChunkPlace& place : thin) {
+    for (const Entry& entry : place.chunk->All()) {
+      Retain(entry.Get());
+      AppendLong(body, entry);
+    }
+    ReleaseChunk(place.chunk);
+  }
+}
+
+}  // namespace
+
+LongBody::LongBody(const LongBody& other)
+    : chunks(other.chunks), index(other.index), order(other.order), greatestKey(other.greatestKey) {
+  id = other.id;
+  size = other.size;
+  for (const ChunkPlace& place : chunks) place.chunk->owners.Retain();
+  if (index) index->owners.Retain();
+}
+
+LongBody::~LongBody() { ReleaseIndex(index); }
+
+void ReleaseChunkMemory(Chunk* chunk) {
+  chunk->~Chunk();
+  ::operator delete(chunk);
+}
+
+Spot FindSpot(const LongBody& body, host::LONG key) {
+  if (body.order == KeyOrder::kMixed) return FindMixed(body, key);
+  if (body.order == KeyOrder::kAscending) return FindAscending(body, key);
+  const auto position = static_cast<std::uint32_t>(key);
+  return position < body.size ? Spot{position >> kChunkShift, position % kChunkEntries} : Spot{};
+}
+
+Spot SpotAt(const LongBody& body, std::uint32_t position) {
+  const auto& chunks = body.chunks;
+  const Spot full{position >> kChunkShift, position % kChunkEntries};
+  if (body.order == KeyOrder::kDense) return full;
+  const auto after = std::ranges::upper_bound(chunks, position, {}, &ChunkPlace::start);
+  return {static_cast<std::uint32_t>(after - chunks.begin() - 1), position - std::prev(after)->start};
+}
+
+Chunk& WritableChunk(LongBody& body, std::uint32_t chunk) {
+  Chunk*& place = body.chunks[chunk].chunk;
+  if (!place->owners.Unique()) place = ReplaceChunk(place, place->capacity);
+  return *place;
+}
+
+void AppendLong(LongBody& body, const Entry& entry) {
+  const KeyOrder order = OrderWith(body, entry.key);
+  if (order == KeyOrder::kMixed && body.order != order) MakeMixed(body);
+  body.order = order;
+  Chunk& chunk = ChunkForOneMore(body, entry.key);
+  chunk.Entries()[chunk.size++] = entry;
+  ++body.size;
+  body.greatestKey = entry.key;
+  if (order == KeyOrder::kMixed)
+    PutInIndex(body, entry.key, {static_cast<std::uint32_t>(body.chunks.size()) - 1, chunk.size - 1});
+}
+
+bool RemoveLong(LongBody& body, host::LONG key) {
+  const Spot spot = FindSpot(body, key);
+  if (!spot.Found()) return false;
+  if (body.order == KeyOrder::kDense) body.order = KeyOrder::kAscending;
+  Chunk& chunk = WritableChunk(body, spot.chunk);
+  Entry* hole = chunk.Entries() + spot.offset;
+  const Value value = hole->Get();
+  std::copy(hole + 1, chunk.Entries() + chunk.size, hole);
+  --chunk.size;
+  --body.size;
+  for (std::size_t c = spot.chunk + 1; c < body.chunks.size(); ++c) --body.chunks[c].start;
+  if (body.size == 0 || body.chunks.size() > 2 * (body.size >> kChunkShift) + kSpareChunks) Compact(body);
+  Release(value);
+  return true;
+}
+
+}  // namespace engine

@@ -1,0 +1,69 @@
+// LongBody: the long form of a container's entries. A table of chunks in order; a chunk may hold fewer entries than
+// it has room for once entries were removed, so the table knows the position at which each chunk starts. Keys are
+// found by position while key and position are the same, by binary search while they ascend, else by KeyIndex.
+#pragma once
+
+#include <vector>
+
+#include "engine/core/ContainerBody.h"
+#include "engine/core/KeyIndex.h"
+
+namespace engine {
+
+inline constexpr std::uint32_t kChunkShift = 9;
+inline constexpr std::uint32_t kChunkEntries = 1U << kChunkShift;  // most entries of a chunk
+
+struct Chunk {
+  SharedCount owners;
+  std::uint32_t size = 0;
+  std::uint32_t capacity = 0;
+  std::uint32_t unused = 0;  // keeps the entries aligned
+
+  Entry* Entries() { return static_cast<Entry*>(static_cast<void*>(this + 1)); }
+  const Entry* Entries() const { return static_cast<const Entry*>(static_cast<const void*>(this + 1)); }
+  std::span<const Entry> All() const { return {Entries(), size}; }
+  // Bytes of a chunk with that room.
+  static std::size_t Bytes(std::uint32_t capacity) { return sizeof(Chunk) + capacity * sizeof(Entry); }
+};
+static_assert(sizeof(Chunk) == 16);
+
+struct ChunkPlace {
+  Chunk* chunk;         // never null; may be empty
+  std::uint32_t start;  // position of its first entry
+  host::LONG leastKey;  // while keys ascend: not more than its first key, more than all keys before
+};
+
+enum class KeyOrder : std::uint32_t { kDense, kAscending, kMixed };
+
+struct LongBody : ContainerBody {
+  std::vector<ChunkPlace> chunks;
+  KeyIndex* index = nullptr;  // counted; only while keys are mixed
+  KeyOrder order = KeyOrder::kDense;
+  host::LONG greatestKey = 0;  // while keys ascend: not less than the last one
+
+  LongBody() = default;
+  LongBody(const LongBody& other);
+  LongBody& operator=(const LongBody&) = delete;
+  ~LongBody();
+};
+
+inline LongBody* AsLong(ContainerBody* body) { return static_cast<LongBody*>(body); }
+inline const LongBody* AsLong(const ContainerBody* body) { return static_cast<const LongBody*>(body); }
+
+// Where an entry lies: its chunk and its place there.
+struct Spot {
+  std::uint32_t chunk = UINT32_MAX;
+  std::uint32_t offset = 0;
+  bool Found() const { return chunk != UINT32_MAX; }
+};
+
+Spot FindSpot(const LongBody& body, host::LONG key);
+Spot SpotAt(const LongBody& body, std::uint32_t position);
+// The chunk, with one owner.
+Chunk& WritableChunk(LongBody& body, std::uint32_t chunk);
+// Takes the shares of the entries. The keys are not there yet.
+void AppendLong(LongBody& body, const Entry& entry);
+bool RemoveLong(LongBody& body, host::LONG key);
+void ReleaseChunkMemory(Chunk* chunk);
+
+}  // namespace engine

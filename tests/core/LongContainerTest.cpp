@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "engine/core/ContainerAccess.h"
+#include "host/BaseContainer.h"
+
+namespace {
+
+using host::BaseContainer;
+using host::LONG;
+
+// A container beside the plain list that it should be equal to.
+class Pair {
+ public:
+  void Set(LONG key, LONG value) {
+    container_.SetLong(key, value);
+    const std::size_t at = Find(key);
+    if (at < plain_.size()) {
+      plain_[at].second = value;
+    } else {
+      plain_.emplace_back(key, value);
+    }
+  }
+  void Remove(LONG key) {
+    const std::size_t at = Find(key);
+    EXPECT_EQ(container_.RemoveData(key), at < plain_.size());
+    if (at < plain_.size()) plain_.erase(plain_.begin() + static_cast<std::ptrdiff_t>(at));
+  }
+  LONG KeyAt(std::size_t i) const { return plain_[i % plain_.size()].first; }
+  std::size_t Size() const { return plain_.size(); }
+  const BaseContainer& Container() const { return container_; }
+
+  void Check() const {
+    ASSERT_EQ(container_.GetCount(), static_cast<LONG>(plain_.size()));
+    for (std::size_t i = 0; i < plain_.size(); ++i) {
+      const auto& [key, value] = plain_[i];
+      ASSERT_EQ(container_.GetIndexId(static_cast<LONG>(i)), key) << i;
+      ASSERT_EQ(container_.FindIndex(key), static_cast<LONG>(i)) << key;
+      ASSERT_EQ(container_.GetLong(key, -1), value) << key;
+      ASSERT_EQ(container_.GetIndexData(static_cast<LONG>(i)).GetLong(), value) << i;
+    }
+    ASSERT_EQ(container_.GetIndexId(static_cast<LONG>(plain_.size())), host::NOTOK);
+  }
+
+ private:
+  std::size_t Find(LONG key) const {
+    std::size_t at = 0;
+    while (at < plain_.size() && plain_[at].first != key) ++at;
+    return at;
+  }
+  BaseContainer container_;
+  std::vector<std::pair<LONG, LONG>> plain_;
+};
+
+struct Shape {
+  const char* name;
+  LONG (*key)(LONG i);
+};
+
+class LongContainer : public testing::TestWithParam<Shape> {};
+
+// Sizes around every change of form: the short ones, the first chunk, a full chunk, several.
+TEST_P(LongContainer, AgreesWithAPlainListAtEverySize) {
+  Pair pair;
+  for (LONG i = 0; i < 1600; ++i) {
+    pair.Set(GetParam().key(i), i);
+    if (i < 40 || i % 64 == 0 || i % 512 < 2) pair.Check();
+  }
+  for (LONG i = 0; i < 1600; i += 3) pair.Set(GetParam().key(i), -i);
+  pair.Check();
+}
+
+TEST_P(LongContainer, AgreesWithAPlainListWhileEntriesComeAndGo) {
+  Pair pair;
+  std::mt19937 random(1);
+  LONG fresh = 0;
+  for (int step = 0; step < 6000; ++step) {
+    const bool growing = step % 3000 < 1800;
+    const auto pick = random();
+    if (pair.Size() == 0 || (growing ? pick % 4 != 0 : pick % 4 == 0)) {
+      pair.Set(GetParam().key(fresh++), step);
+    } else if (pick % 8 < 6) {
+      pair.Remove(pair.KeyAt(step % 500 < 250 ? 0 : random()));
+    } else {
+      pair.Remove(GetParam().key(fresh + 7));
+    }
+    if (step % 250 == 0) pair.Check();
+  }
+  while (pair.Size() > 0) pair.Remove(pair.KeyAt(random()));
+  pair.Set(5, 5);
+  pair.Set(3, 3);
+  pair.Check();
+}
+
+TEST_P(LongContainer, CopiesStayWhatTheyWere) {
+  BaseContainer container;
+  for (LONG i = 0; i < 3000; ++i) container.SetLong(GetParam().key(i), i);
+  const BaseContainer before = container;
+  container.SetLong(GetParam().key(700), -1);
+  container.RemoveData(GetParam().key(10));
+  container.SetLong(GetParam().key(3000), 3000);
+  EXPECT_EQ(before.GetCount(), 3000);
+  for (LONG i = 0; i < 3000; ++i) ASSERT_EQ(before.GetLong(GetParam().key(i), -5), i);
+  EXPECT_EQ(before.FindIndex(GetParam().key(3000)), host::NOTOK);
+  EXPECT_NE(before, container);
+  container.RemoveData(GetParam().key(3000));
+  EXPECT_EQ(container.FindIndex(GetParam().key(11)), 10);
+}
+
+// The same entries compare equal however they are spread over chunks.
+TEST_P(LongContainer, ComparesEntriesNotChunks) {
+  BaseContainer thinned;
+  BaseContainer fresh;
+  for (LONG i = 0; i < 4000; ++i) thinned.SetLong(GetParam().key(i), i);
+  for (LONG i = 0; i < 4000; ++i) {
+    if (i % 3 == 0) thinned.RemoveData(GetParam().key(i));
+    if (i % 3 != 0) fresh.SetLong(GetParam().key(i), i);
+  }
+  EXPECT_EQ(thinned, fresh);
+  fresh.SetLong(GetParam().key(3998), 0);
+  EXPECT_NE(thinned, fresh);
+}
+
+// Quadratic work at this size would take minutes.
+TEST_P(LongContainer, FillsMergesAndEmptiesWithoutQuadraticWork) {
+  constexpr LONG kMany = 200000;
+  BaseContainer container;
+  for (LONG i = 0; i < kMany; ++i) container.SetLong(GetParam().key(i), i);
+  BaseContainer merged;
+  merged.SetLong(1 << 30, 1);
+  merged.MergeContainer(container);
+  EXPECT_EQ(merged.GetCount(), kMany + 1);
+  for (LONG i = 0; i < kMany; ++i) ASSERT_TRUE(container.RemoveData(container.GetIndexId(0)));
+  EXPECT_EQ(container, BaseContainer());
+}
+
+TEST_P(LongContainer, ACopySplitsByChunks) {
+  BaseContainer container;
+  for (LONG i = 0; i < 100000; ++i) container.SetLong(GetParam().key(i), i);
+  BaseContainer both;
+  both.SetContainer(1, container);
+  container.SetLong(GetParam().key(50000), -1);
+  const std::size_t alone = engine::MemoryOf(container);
+  both.SetContainer(2, container);
+  EXPECT_LT(engine::MemoryOf(both), alone + alone / 20);
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, LongContainer,
+                         testing::Values(Shape{"Dense", [](LONG i) { return i; }},
+                                         Shape{"Ascending", [](LONG i) { return 1000 + 3 * i; }},
+                                         Shape{"Descending", [](LONG i) { return -i; }},
+                                         Shape{"LateDisorder", [](LONG i) { return i < 700 ? i : 2000000 - i; }},
+                                         Shape{"Scattered", [](LONG i) { return static_cast<LONG>(i * 2654435761U); }}),
+                         [](const auto& shape) { return std::string(shape.param.name); });
+
+// A container that keeps its size while every key is new must not collect the keys that left.
+TEST(LongContainerMemory, ForgetsKeysThatLeft) {
+  BaseContainer container;
+  for (LONG i = 2000; i > 0; --i) container.SetLong(i, i);
+  const std::size_t before = engine::MemoryOf(container);
+  for (LONG i = 0; i < 100000; ++i) {
+    container.SetLong(10000 + i, i);
+    container.RemoveData(container.GetIndexId(0));
+  }
+  EXPECT_LT(engine::MemoryOf(container), 4 * before);
+}
+
+TEST(LongContainerMemory, RecordingAgainUnchangedAddsNothing) {
+  const auto record = [](LONG i) {
+    BaseContainer entry(i);
+    engine::SetLinkId(entry, 30000, 1000 + i);
+    for (LONG key = 30001; key < 30004; ++key) entry.SetLong(key, i % 3);
+    return entry;
+  };
+  BaseContainer store;
+  for (LONG i = 0; i < 5000; ++i) store.SetContainer(i, record(i));
+  BaseContainer both;
+  both.SetContainer(1, store);
+  const std::size_t before = engine::MemoryOf(both);
+  for (LONG i = 0; i < 5000; ++i) store.SetContainer(i, record(i));
+  both.SetContainer(1, store);
+  EXPECT_EQ(engine::MemoryOf(both), before);
+  EXPECT_EQ(engine::BodyOf(both.GetContainer(1)), engine::BodyOf(store));
+}
+
+}  // namespace
