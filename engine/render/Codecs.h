@@ -1,0 +1,19 @@
+// The codecs of single formats behind DecodeImage. Each gets the whole file in memory, checks sizes before it takes memory and
+// answers a message for whatever it cannot read. Any thread.
+#pragma once
+
+#include "engine/render/Image.h"
+
+namespace engine {
+
+Result<Image> DecodeTiff(std::string_view bytes);
+Result<Image> DecodePng(std::string_view bytes);
+Result<Image> DecodeJpeg(std::string_view bytes);
+Result<Image> DecodeExr(std::string_view bytes);
+Result<Image> DecodeBmp(std::string_view bytes);
+Result<Image> DecodeTga(std::string_view bytes);
+
+// A TGA file has no magic number: whether the header makes sense as one.
+bool LooksLikeTga(std::string_view bytes);
+
+}  // namespace engine

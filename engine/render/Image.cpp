@@ -1,0 +1,81 @@
+#include "engine/render/Image.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "engine/render/Codecs.h"
+
+namespace engine {
+
+namespace {
+
+using Decode = Result<Image> (*)(std::string_view);
+
+struct Kind {
+  std::string_view magic;
+  Decode decode;
+};
+
+constexpr std::string_view kTiffLittle("II*\0", 4);
+constexpr std::string_view kTiffBig("MM\0*", 4);
+constexpr std::array kKinds = {Kind{kTiffLittle, DecodeTiff},        Kind{kTiffBig, DecodeTiff},
+                               Kind{"\x89PNG\r\n\x1a\n", DecodePng}, Kind{"\xff\xd8\xff", DecodeJpeg},
+                               Kind{"\x76\x2f\x31\x01", DecodeExr},  Kind{"BM", DecodeBmp}};
+
+double SrgbDecode(double value) { return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4); }
+double SrgbEncode(double value) { return value <= 0.0031308 ? value * 12.92 : 1.055 * std::pow(value, 1 / 2.4) - 0.055; }
+
+std::array<float, 256> MakeLinearTable() {
+  std::array<float, 256> table;
+  for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(SrgbDecode(static_cast<double>(i) / 255));
+  return table;
+}
+
+std::uint8_t ToByte(float value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F); }
+
+}  // namespace
+
+Status CheckImageSize(std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel) {
+  const std::string size = std::to_string(width) + " x " + std::to_string(height);
+  if (width == 0 || height == 0) return Status::Failure("The picture is empty (" + size + " pixels).");
+  const std::string most = std::to_string(kLargestImageSide);
+  if (width > kLargestImageSide || height > kLargestImageSide) {
+    return Status::Failure("The picture is too large: " + size + " pixels, at most " + most + " a side are read.");
+  }
+  if (width * height > kLargestImageBytes / bytesPerPixel) {
+    return Status::Failure("The picture is too large: " + size + " pixels need more than 1 GiB.");
+  }
+  return {};
+}
+
+Result<Image> DecodeImage(std::string_view bytes) {
+  for (const Kind& kind : kKinds) {
+    if (bytes.substr(0, kind.magic.size()) == kind.magic) return kind.decode(bytes);
+  }
+  if (LooksLikeTga(bytes)) return DecodeTga(bytes);
+  return Result<Image>::Failure("This is no picture that can be read (TIFF, PNG, JPEG, OpenEXR, BMP, TGA).");
+}
+
+Image ToBytes(const Image& image) {
+  if (!image.IsFloat()) return image;
+  Image result{image.width, image.height, {}, {}};
+  result.bytes.resize(image.floats.size());
+  for (std::size_t i = 0; i < image.floats.size(); ++i) {
+    const bool isAlpha = i % 4 == 3;
+    result.bytes[i] = isAlpha ? ToByte(image.floats[i]) : LinearToSrgb(image.floats[i]);
+  }
+  return result;
+}
+
+std::uint8_t LinearToSrgb(float linear) {
+  if (!(linear > 0)) return 0;
+  return linear >= 1 ? 255 : ToByte(static_cast<float>(SrgbEncode(static_cast<double>(linear))));
+}
+
+float SrgbToLinear(std::uint8_t byte) {
+  static const std::array<float, 256> table = MakeLinearTable();
+  return table[byte];
+}
+
+}  // namespace engine

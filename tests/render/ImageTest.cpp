@@ -1,0 +1,206 @@
+// Image files: what comes out of each kind, what is written, and that damage costs a message only.
+#include "engine/render/Image.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+using engine::Image;
+
+std::string Picture(const std::string& name) {
+  return tests::ReadText(std::string(TEST_SOURCE_DIR) + "/tests/render/pictures/" + name);
+}
+
+const std::vector<std::string>& PictureNames() {
+  static const std::vector<std::string> names = {"alpha.tif", "grey16.tif", "tiles.tif",   "baseline.jpg", "progressive.jpg",
+                                                 "inks.jpg",  "light.exr",  "palette.bmp", "runs.tga",     "gradient.png"};
+  return names;
+}
+
+// Red grows to the right by 16, green downwards by 20, blue is 128.
+Image Gradient(std::uint32_t width, std::uint32_t height, std::uint8_t alpha = 255) {
+  Image image{width, height, {}, {}};
+  for (std::uint32_t y = 0; y < height; ++y) {
+    for (std::uint32_t x = 0; x < width; ++x) {
+      for (const std::uint32_t c : {x * 16, y * 20, 128U, std::uint32_t{alpha}})
+        image.bytes.push_back(static_cast<std::uint8_t>(c));
+    }
+  }
+  return image;
+}
+
+// The file of that name; the PNG picture is made here.
+std::string FileBytes(const std::string& name) {
+  return name == "gradient.png" ? engine::EncodePng(Gradient(16, 12)).Take() : Picture(name);
+}
+
+std::string PixelText(const Image& image, std::uint32_t x, std::uint32_t y) {
+  std::string text;
+  for (std::size_t c = 0; c < 4; ++c) {
+    const std::size_t at = (std::size_t{y} * image.width + x) * 4 + c;
+    if (c > 0) text += ' ';
+    text += image.IsFloat() ? std::to_string(image.floats[at]).substr(0, 5) : std::to_string(image.bytes[at]);
+  }
+  return text;
+}
+
+TEST(ImageFiles, GiveTheirPixels) {
+  struct Case {
+    const char* file;
+    const char* left;   // the pixel at 2, 3
+    const char* right;  // the pixel at 12, 10
+  };
+  const Case cases[] = {
+      {"gradient.png", "32 60 128 255", "192 200 128 255"},
+      {"alpha.tif", "32 60 128 255", "190 200 130 51"},
+      {"grey16.tif", "32 32 32 255", "192 192 192 255"},
+      {"tiles.tif", "32 60 128 255", "192 200 128 255"},
+      {"palette.bmp", "32 60 128 255", "192 200 128 255"},
+      {"runs.tga", "0 60 128 255", "192 200 128 128"},
+      {"light.exr", "0.500 0.375 0.500 0.500", "3.000 1.250 0.500 0.500"},
+  };
+  for (const Case& c : cases) {
+    const auto image = engine::DecodeImage(FileBytes(c.file));
+    ASSERT_TRUE(image) << c.file << ": " << image.Message();
+    EXPECT_EQ(std::to_string(image.Value().width) + "x" + std::to_string(image.Value().height), "16x12") << c.file;
+    EXPECT_EQ(PixelText(image.Value(), 2, 3), c.left) << c.file;
+    EXPECT_EQ(PixelText(image.Value(), 12, 10), c.right) << c.file;
+  }
+}
+
+TEST(ImageFiles, JpegComesNear) {
+  for (const char* name : {"baseline.jpg", "progressive.jpg", "inks.jpg"}) {
+    const auto image = engine::DecodeImage(Picture(name));
+    ASSERT_TRUE(image) << name << ": " << image.Message();
+    const Image wanted = Gradient(16, 12);
+    for (std::size_t i = 0; i < wanted.bytes.size(); ++i)
+      ASSERT_NEAR(image.Value().bytes[i], wanted.bytes[i], 6) << name << " " << i;
+  }
+}
+
+TEST(ImageFiles, WhatIsWrittenReadsBackExactly) {
+  for (const auto& [width, height] : {std::pair{1U, 1U}, {7U, 3U}, {160U, 120U}, {3000U, 2U}}) {
+    const Image image = Gradient(width, height);
+    const auto tiff = engine::DecodeImage(engine::EncodeTiff(image).Take());
+    const auto png = engine::DecodeImage(engine::EncodePng(image).Take());
+    ASSERT_TRUE(tiff && png);
+    EXPECT_EQ(tiff.Value().bytes, image.bytes);
+    EXPECT_EQ(png.Value().bytes, image.bytes);
+  }
+  const Image half = Gradient(5, 5, 100);
+  EXPECT_EQ(engine::DecodeImage(engine::EncodePng(half).Take()).Value().bytes, half.bytes);
+}
+
+// The tags of the first directory of a little-endian TIFF file: number and value, offsets followed for short lists.
+std::map<int, std::vector<unsigned>> TiffTags(const std::string& file) {
+  const auto number = [&](std::size_t at, std::size_t bytes) {
+    unsigned value = 0;
+    for (std::size_t i = bytes; i-- > 0;) value = value << 8U | static_cast<unsigned char>(file.at(at + i));
+    return value;
+  };
+  std::map<int, std::vector<unsigned>> tags;
+  const std::size_t directory = number(4, 4);
+  for (std::size_t i = 0; i < number(directory, 2); ++i) {
+    const std::size_t entry = directory + 2 + i * 12;
+    const std::size_t size = number(entry + 2, 2) == 3 ? 2 : 4;
+    const std::size_t count = number(entry + 4, 4);
+    const std::size_t at = size * count > 4 ? number(entry + 8, 4) : entry + 8;
+    for (std::size_t k = 0; k < count; ++k) tags[static_cast<int>(number(entry, 2))].push_back(number(at + k * size, size));
+  }
+  return tags;
+}
+
+TEST(ImageFiles, TiffIsOf24BitsWithLzwAndDifferencing) {
+  const std::string file = engine::EncodeTiff(Gradient(160, 120, 7)).Take();
+  ASSERT_EQ(file.substr(0, 4), std::string("II*\0", 4));
+  auto tags = TiffTags(file);
+  using List = std::vector<unsigned>;
+  EXPECT_EQ(tags[256], List{160}) << "width";
+  EXPECT_EQ(tags[257], List{120}) << "height";
+  EXPECT_EQ(tags[258], (List{8, 8, 8})) << "bits per sample";
+  EXPECT_EQ(tags[259], List{5}) << "LZW";
+  EXPECT_EQ(tags[262], List{2}) << "RGB";
+  EXPECT_EQ(tags[277], List{3}) << "samples per pixel";
+  EXPECT_EQ(tags[284], List{1}) << "one plane";
+  EXPECT_EQ(tags[317], List{2}) << "horizontal differencing";
+  EXPECT_LT(file.size(), 8000U) << "differencing pays";
+}
+
+TEST(ImageFiles, ACutFileIsRefused) {
+  for (const std::string& name : PictureNames()) {
+    const std::string file = FileBytes(name);
+    // The last bytes of a file often carry no pixels, and OpenEXR finds its lines without the table of their places.
+    const std::size_t carrying = file.size() - file.size() / 8;
+    for (std::size_t size = 0; size < file.size(); size += 3) {
+      const auto image = engine::DecodeImage(std::string_view(file).substr(0, size));
+      EXPECT_FALSE(image && size < carrying) << name << " cut at " << size;
+      EXPECT_EQ(image.Ok(), image.Message().empty());
+    }
+  }
+}
+
+TEST(ImageFiles, FlippedBitsNeverDoHarm) {
+  unsigned seed = 20;
+  const auto next = [&] { return (seed = seed * 1664525U + 1013904223U) >> 8U; };
+  for (const std::string& name : PictureNames()) {
+    const std::string whole = FileBytes(name);
+    for (int round = 0; round < 400; ++round) {
+      std::string file = whole;
+      for (unsigned flips = 1 + next() % 4; flips > 0; --flips) file[next() % file.size()] ^= static_cast<char>(1U << next() % 8);
+      const auto image = engine::DecodeImage(file);
+      const std::size_t channels = image ? image.Value().bytes.size() + image.Value().floats.size() : 0;
+      EXPECT_EQ(channels, image ? image.Value().PixelCount() * 4 : 0) << name << round;
+      EXPECT_EQ(image.Ok(), image.Message().empty()) << name << round;
+    }
+  }
+}
+
+TEST(ImageFiles, WhatIsNoPictureIsRefused) {
+  for (const std::string& bytes :
+       {std::string(), std::string("x"), std::string(100000, '\0'), std::string("GIF89a......"), std::string("\x89PNG\r\n\x1a\n"),
+        std::string("\xff\xd8\xff"), std::string("II*\0", 4), std::string("BM"), std::string("\x76\x2f\x31\x01")}) {
+    const auto image = engine::DecodeImage(bytes);
+    EXPECT_FALSE(image);
+    EXPECT_NE(image.Message(), "");
+  }
+}
+
+TEST(ImageFiles, SizesOutsideTheBoundsAreRefusedBeforeMemoryIsTaken) {
+  std::string bmp = Picture("palette.bmp");
+  const auto withSize = [&](std::uint32_t width, std::uint32_t height) {
+    for (std::size_t i = 0; i < 4; ++i) {
+      bmp[18 + i] = static_cast<char>(width >> 8 * i);
+      bmp[22 + i] = static_cast<char>(height >> 8 * i);
+    }
+    return engine::DecodeImage(bmp).Message();
+  };
+  EXPECT_EQ(withSize(0, 12), "The picture is empty (0 x 12 pixels).");
+  EXPECT_EQ(withSize(16385, 1), "The picture is too large: 16385 x 1 pixels, at most 16384 a side are read.");
+  EXPECT_EQ(withSize(0x80000000U, 0x80000000U),
+            "The picture is too large: 2147483648 x 2147483648 pixels, at most 16384 a side are read.");
+  EXPECT_NE(withSize(16384, 16384), "") << "the bytes for it are missing";
+  EXPECT_FALSE(engine::CheckImageSize(16384, 16384, 16));
+  EXPECT_TRUE(engine::CheckImageSize(16384, 16384, 4));
+  EXPECT_FALSE(engine::EncodeTiff(Image()));
+  EXPECT_FALSE(engine::EncodePng(Image{4, 4, {}, std::vector<float>(64)}));
+}
+
+TEST(Colours, SrgbAndBackIsExact) {
+  for (int i = 0; i < 256; ++i) {
+    const auto byte = static_cast<std::uint8_t>(i);
+    ASSERT_EQ(engine::LinearToSrgb(engine::SrgbToLinear(byte)), byte);
+  }
+  EXPECT_NEAR(engine::SrgbToLinear(188), 0.5, 0.01);
+  EXPECT_EQ(engine::LinearToSrgb(7.0F), 255);
+  EXPECT_EQ(engine::LinearToSrgb(-1.0F), 0);
+  EXPECT_EQ(engine::LinearToSrgb(std::nanf("")), 0);
+  const Image bytes = engine::ToBytes(Image{1, 1, {}, {0.5F, 0.0F, 9.0F, 0.5F}});
+  EXPECT_EQ(PixelText(bytes, 0, 0), "188 0 255 128");
+}
+
+}  // namespace
