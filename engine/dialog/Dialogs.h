@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "host/GeDialog.h"
@@ -59,9 +60,10 @@ struct Gadget {
   host::LONG format = 0;
   std::vector<Choice> choices;
 
-  // Lists.
+  // Lists. Rows in display order, and the line of each row number.
   std::vector<Column> listColumns;
   std::vector<Row> listRows;
+  std::unordered_map<host::LONG, std::size_t> lineOfRow;
   host::BaseSelect selection;
 
   // Custom gadgets.
@@ -78,10 +80,12 @@ struct MenuEntry {
   std::vector<MenuEntry> children;
 };
 
-// Hears what changes in dialogs; the desktop's view is one. `gadget` is null when the whole layout changed.
+// Hears what changes in dialogs; the desktop's view is one. `gadget` is null when the title, the menus or the whole layout
+// changed; a list tells once per DataChanged. Nothing is told while a dialog builds or fills itself for opening.
 class DialogObserver {
  public:
   virtual ~DialogObserver() = default;
+  // Also when a dialog that is open already is asked to come to front.
   virtual void DialogOpened(host::GeDialog& dialog) = 0;
   virtual void DialogClosed(host::GeDialog& dialog) = 0;
   virtual void DialogChanged(host::GeDialog& dialog, const Gadget* gadget) = 0;
@@ -119,9 +123,11 @@ void SendCoreMessage(host::LONG id, const host::BaseContainer& message);
 // True while a Command, CoreMessage or other plug-in call of any dialog is running.
 bool InsideDialogCall();
 
-// The dialog as text, as a person would see it: groups, fields with their values, the list with columns lined up.
+// The dialog as text, as a person would see it: groups, fields with their values, the list with columns lined up, the menus.
+// The selected lines of a list begin with an arrow; a gadget that is switched off stands between dots instead of blanks.
+// Control characters and broken UTF-8 show as replacement characters, so that a text cannot disturb a terminal.
 std::string DialogAsText(const host::GeDialog& dialog);
-// Only list `id`: one line per row, check boxes as [x], columns lined up.
+// Only list `id`: one line per row, check boxes as [x], columns lined up. Empty when there is no such list.
 std::string ListAsText(const host::GeDialog& dialog, host::LONG id);
 
 }  // namespace engine
