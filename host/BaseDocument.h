@@ -46,6 +46,7 @@ class BaseDraw {
  private:
   friend struct engine::NodeAccess;
   ULLONG camera_ = 0;  // identity, 0 for none
+  BaseDocument* document_ = nullptr;
 };
 
 class BaseDocument : public BaseList2D {

@@ -28,6 +28,9 @@ class BaseMaterial : public BaseList2D {
  protected:
   using BaseList2D::BaseList2D;
   ~BaseMaterial() = default;
+
+ private:
+  friend struct engine::NodeAccess;
 };
 
 class BaseShader : public BaseList2D {
@@ -47,6 +50,9 @@ class BaseShader : public BaseList2D {
  protected:
   using BaseList2D::BaseList2D;
   ~BaseShader() = default;
+
+ private:
+  friend struct engine::NodeAccess;
 };
 
 }  // namespace host

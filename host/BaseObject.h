@@ -4,15 +4,14 @@
 
 #include <memory>
 
-#include "host/BaseList2D.h"
+#include "host/BaseTag.h"
 
 namespace engine {
 struct Mesh;
-}
+struct ObjectShape;
+}  // namespace engine
 
 namespace host {
-
-class BaseTag;
 
 // Base type and types of objects.
 inline constexpr LONG Obase = 5155;
@@ -61,7 +60,7 @@ class BaseObject : public BaseList2D {
   Matrix GetMg() const;
 
   // First tag, or null; the others follow by GetNext. The first one of a type, or null.
-  BaseTag* GetFirstTag() const { return firstTag_; }
+  BaseTag* GetFirstTag() const { return static_cast<BaseTag*>(kin_); }
   BaseTag* GetTag(LONG type) const;
   // Makes a tag of `type` and appends it, or puts it after `pred`. Owned by the object.
   BaseTag* MakeTag(LONG type, BaseTag* pred = nullptr);
@@ -79,10 +78,8 @@ class BaseObject : public BaseList2D {
 
  private:
   friend struct engine::NodeAccess;
-  BaseTag* firstTag_ = nullptr;
-  BaseTag* lastTag_ = nullptr;
-  std::shared_ptr<const Matrix> matrix_;      // null: identity
-  std::shared_ptr<const engine::Mesh> mesh_;  // polygon objects; shared by copies and instances
+  GeListNode* lastTag_ = nullptr;
+  std::shared_ptr<const engine::ObjectShape> shape_;  // frame and geometry, shared by copies; null: the identity, none
 };
 
 }  // namespace host

@@ -27,7 +27,7 @@ class BaseTag : public BaseList2D {
   BaseTag* GetNext() const { return static_cast<BaseTag*>(GeListNode::GetNext()); }
   BaseTag* GetPred() const { return static_cast<BaseTag*>(GeListNode::GetPred()); }
   // The object that owns the tag, or null.
-  BaseObject* GetObject() const { return object_; }
+  BaseObject* GetObject() const;
 
  protected:
   using BaseList2D::BaseList2D;
@@ -35,7 +35,6 @@ class BaseTag : public BaseList2D {
 
  private:
   friend struct engine::NodeAccess;
-  BaseObject* object_ = nullptr;
 };
 
 // Assigns a material to its object.

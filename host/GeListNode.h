@@ -37,9 +37,16 @@ class GeListNode : public C4DAtomGoal {
 
  private:
   friend struct engine::NodeAccess;
+  // In this order a walk that records objects stays inside the first 64 bytes of each.
   GeListNode* next_ = nullptr;
   GeListNode* down_ = nullptr;
   ULLONG id_ = 0;  // identity: no other node ever gets it
+
+ protected:
+  // Of an object: its first tag. Of tags, shaders, video posts, passes, node masters and roots: what owns them.
+  GeListNode* kin_ = nullptr;
+
+ private:
   BaseDocument* document_ = nullptr;
   GeListNode* up_ = nullptr;
   GeListNode* pred_ = nullptr;

@@ -18,6 +18,9 @@ class GvNode : public BaseList2D {
  protected:
   using BaseList2D::BaseList2D;
   ~GvNode() = default;
+
+ private:
+  friend struct engine::NodeAccess;
 };
 
 class GvNodeMaster : public BaseList2D {
@@ -30,6 +33,9 @@ class GvNodeMaster : public BaseList2D {
  protected:
   using BaseList2D::BaseList2D;
   ~GvNodeMaster() = default;
+
+ private:
+  friend struct engine::NodeAccess;
 };
 
 }  // namespace host

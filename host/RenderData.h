@@ -29,6 +29,9 @@ class BaseVideoPost : public BaseList2D {
  protected:
   using BaseList2D::BaseList2D;
   ~BaseVideoPost() = default;
+
+ private:
+  friend struct engine::NodeAccess;
 };
 
 class MultipassObject : public BaseList2D {
@@ -40,6 +43,9 @@ class MultipassObject : public BaseList2D {
  protected:
   using BaseList2D::BaseList2D;
   ~MultipassObject() = default;
+
+ private:
+  friend struct engine::NodeAccess;
 };
 
 class RenderData : public BaseList2D {

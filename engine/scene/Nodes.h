@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/core/ContainerAccess.h"
+#include "engine/scene/DocumentListener.h"
 #include "host/BaseDocument.h"
 #include "host/BaseMaterial.h"
 #include "host/BaseTag.h"
@@ -33,6 +34,8 @@ enum class NodeKind : host::UCHAR {
 };
 
 NodeKind KindOf(const host::C4DAtom& atom);
+// Name of a type as the host shows it, "Unknown" for one it does not know.
+host::String TypeName(host::LONG type);
 // The element as a class, or null when it is of another kind (a texture tag is a tag, too).
 host::BaseObject* AsObject(host::C4DAtom* atom);
 host::BaseTag* AsTag(host::C4DAtom* atom);
@@ -46,6 +49,16 @@ NodeId IdOf(const host::GeListNode& node);
 bool SetId(host::GeListNode& node, NodeId id);
 // The element with that identity if it lives in `doc`, anywhere in its trees, else null. O(1).
 host::BaseList2D* FindNode(const host::BaseDocument* doc, NodeId id);
+
+// A new node of a class with the defaults of its type, in no place, owned by the caller; for readers of files. Null for a
+// document. The node of an expression tag's master that stands for its root is made by BaseTag::Alloc.
+host::BaseList2D* MakeNode(NodeKind kind, host::LONG type);
+// What owns an element: parent, object of a tag, settings of a post, element of a shader, document; null for one in no place.
+host::BaseList2D* OwnerOf(const host::GeListNode& node);
+// Pre-order over everything that `root` owns, whatever its class: shaders, tags, posts, passes, expression nodes, children;
+// of a document also layers, render settings, materials and objects, in this order. Null at the end. No recursion:
+//   for (const GeListNode* node = NextInside(doc, doc); node; node = NextInside(*node, doc)) ...
+host::GeListNode* NextInside(const host::GeListNode& node, const host::GeListNode& root);
 
 // Destroys a node that is in no place, whatever its class, with all below it. Iterative.
 void DestroyNode(host::BaseList2D* node);
@@ -68,8 +81,17 @@ void SetOwnLayerData(host::LayerObject& layer, const host::LayerData& data);
 const std::shared_ptr<const Mesh>& MeshOf(const host::BaseObject& object);
 void SetMesh(host::BaseObject& object, std::shared_ptr<const Mesh> mesh);
 
-// Heads of the lists that the published interface shows by their first element only.
-host::GeListNode* FirstVideoPost(const host::RenderData& settings);
+// What else a reader wants to keep with a document, given to copies of the document, too: sections that it does not know, say.
+void KeepWith(host::BaseDocument& doc, std::shared_ptr<const void> kept);
+const std::shared_ptr<const void>& KeptWith(const host::BaseDocument& doc);
+
+// Attaches the listener that messages to the document go to, in place of an earlier one. Owned by the document.
+void SetListener(host::BaseDocument& doc, std::unique_ptr<DocumentListener> listener);
+DocumentListener* ListenerOf(const host::BaseDocument& doc);
+
+// Gives `node` a name that none of the tree from `first` on has: "Cube" becomes "Cube.1", "Cube.2", ... O(n).
+void MakeNameUnique(host::BaseList2D& node, const host::BaseList2D* first);
+
 // Clears "has unsaved changes"; and a number that grows with every change of the document, for views and caches.
 void ClearChanged(host::BaseDocument& doc);
 host::ULLONG ChangeCount(const host::BaseDocument& doc);

@@ -1,0 +1,98 @@
+#include "host/BaseObject.h"
+
+#include "engine/scene/DocumentBody.h"
+#include "engine/scene/NodeFactory.h"
+#include "engine/scene/NodeTree.h"
+#include "engine/scene/ObjectShape.h"
+
+namespace host {
+
+using A = engine::NodeAccess;
+
+namespace {
+
+Vector Turned(const Matrix& m, const Vector& v) {
+  return {m.v1.x * v.x + m.v2.x * v.y + m.v3.x * v.z, m.v1.y * v.x + m.v2.y * v.y + m.v3.y * v.z,
+          m.v1.z * v.x + m.v2.z * v.y + m.v3.z * v.z};
+}
+
+// The frame `inner`, given inside `outer`, seen from outside.
+Matrix Joined(const Matrix& outer, const Matrix& inner) {
+  Matrix result;
+  const Vector off = Turned(outer, inner.off);
+  result.off = Vector(outer.off.x + off.x, outer.off.y + off.y, outer.off.z + off.z);
+  result.v1 = Turned(outer, inner.v1);
+  result.v2 = Turned(outer, inner.v2);
+  result.v3 = Turned(outer, inner.v3);
+  return result;
+}
+
+// Mode `value` into switch `index`; nothing happens where it is set already.
+void SetMode(BaseObject& object, int index, LONG value) {
+  UCHAR& mode = A::Modes(object)[index];
+  if (mode == value) return;
+  mode = static_cast<UCHAR>(value);
+  engine::Touch(object);
+}
+
+// A mode outside the three there are reads as undefined.
+LONG ValidMode(LONG mode) { return mode == MODE_ON || mode == MODE_OFF ? mode : MODE_UNDEF; }
+
+}  // namespace
+
+BaseObject* BaseObject::Alloc(LONG type) { return engine::AsObject(engine::MakeNode(engine::NodeKind::Object, type)); }
+
+void BaseObject::Free(BaseObject*& op) {
+  engine::FreeNode(op);
+  op = nullptr;
+}
+
+void BaseObject::SetEditorMode(LONG mode) { SetMode(*this, 0, ValidMode(mode)); }
+void BaseObject::SetRenderMode(LONG mode) { SetMode(*this, 1, ValidMode(mode)); }
+void BaseObject::SetDeformMode(Bool mode) { SetMode(*this, 2, mode ? 1 : 0); }
+
+Matrix BaseObject::GetMl() const { return shape_ ? shape_->frame : Matrix(); }
+
+void BaseObject::SetMl(const Matrix& matrix) {
+  if (GetMl() == matrix) return;
+  auto shape = std::make_shared<engine::ObjectShape>();
+  shape->frame = matrix;
+  if (shape_) shape->mesh = shape_->mesh;
+  shape_ = std::move(shape);
+  engine::Touch(*this);
+}
+
+Matrix BaseObject::GetMg() const {
+  Matrix frame = GetMl();
+  for (const BaseObject* parent = GetUp(); parent; parent = parent->GetUp()) {
+    if (parent->shape_) frame = Joined(parent->shape_->frame, frame);
+  }
+  return frame;
+}
+
+BaseTag* BaseObject::GetTag(LONG type) const {
+  BaseTag* tag = GetFirstTag();
+  while (tag && tag->GetType() != type) tag = tag->GetNext();
+  return tag;
+}
+
+BaseTag* BaseObject::MakeTag(LONG type, BaseTag* pred) {
+  BaseTag* tag = BaseTag::Alloc(type);
+  InsertTag(tag, pred);
+  return tag;
+}
+
+void BaseObject::InsertTag(BaseTag* tag, BaseTag* pred) { engine::Place(tag, this, engine::kAttached, pred ? pred : lastTag_); }
+
+void BaseObject::InsertUnder(BaseObject* parent) { engine::Place(this, parent, engine::kChildren, nullptr); }
+
+void BaseObject::InsertUnderLast(BaseObject* parent) {
+  if (parent) engine::Place(this, parent, engine::kChildren, parent->GetDownLast());
+}
+
+void BaseObject::InsertAfter(BaseObject* neighbour) {
+  BaseList2D* owner = neighbour ? engine::OwnerOf(*neighbour) : nullptr;
+  if (owner) engine::Place(this, owner, engine::SlotOf(*neighbour), neighbour);
+}
+
+}  // namespace host

@@ -1,0 +1,47 @@
+// DocumentBody: what a document holds besides what every element holds. Known to engine/scene and engine/undo only;
+// the lists own their nodes. Main thread.
+#pragma once
+
+#include <memory>
+
+#include "engine/scene/DocumentListener.h"
+#include "engine/scene/NodeAccess.h"
+#include "engine/scene/NodeTable.h"
+#include "engine/scene/SelectionOrder.h"
+
+namespace engine {
+
+struct DocumentBody {
+  host::GeListHead layers;
+  host::GeListHead renderSettings;
+  host::GeListHead materials;
+  host::GeListHead objects;
+
+  NodeTable table;
+  host::RenderData* activeSettings = nullptr;
+  host::BaseDraw view;
+  host::Filename path;
+  host::LONG fps = 30;
+  bool changed = false;
+  host::ULLONG changes = 0;
+
+  SelectionOrder selectedObjects;
+  SelectionOrder selectedTags;
+
+  std::shared_ptr<const void> kept;  // see KeepWith
+  std::unique_ptr<DocumentListener> listener;
+  std::unique_ptr<UndoAttachment> undo;
+};
+
+inline DocumentBody& BodyOf(const host::BaseDocument& doc) { return NodeAccess::Body(doc); }
+
+// Marks the document of a node, if it has one, as changed.
+inline void Touch(host::GeListNode& node) {
+  const host::BaseDocument* doc = node.GetDocument();
+  if (!doc) return;
+  DocumentBody& body = BodyOf(*doc);
+  body.changed = true;
+  ++body.changes;
+}
+
+}  // namespace engine

@@ -1,0 +1,270 @@
+#include "engine/scene/NodeTree.h"
+
+#include "engine/scene/DocumentBody.h"
+#include "engine/scene/NodeFactory.h"
+#include "engine/scene/NodeIds.h"
+
+namespace engine {
+
+using host::BaseDocument;
+using host::BaseList2D;
+using host::BaseObject;
+using host::GeListHead;
+using host::GeListNode;
+using A = NodeAccess;
+
+namespace {
+
+struct Ends {
+  GeListNode** first = nullptr;
+  GeListNode** last = nullptr;
+};
+
+Ends EndsOf(GeListHead& head) { return {&A::First(head), &A::Last(head)}; }
+
+Ends AttachedEnds(BaseList2D& owner) {
+  switch (A::Kind(owner)) {
+    case NodeKind::Object:
+      return {&A::Kin(owner), &A::LastTag(static_cast<BaseObject&>(owner))};
+    case NodeKind::RenderSettings:
+      return EndsOf(A::Posts(static_cast<host::RenderData&>(owner)));
+    default:
+      return {};
+  }
+}
+
+Ends EndsOf(BaseList2D& owner, int slot) {
+  const NodeKind kind = A::Kind(owner);
+  const bool isDocument = kind == NodeKind::Document;
+  switch (slot) {
+    case kShaders:
+      return EndsOf(A::Shaders(owner));
+    case kAttached:
+      return AttachedEnds(owner);
+    case kPasses:
+      return kind == NodeKind::RenderSettings ? EndsOf(A::Passes(static_cast<host::RenderData&>(owner))) : Ends{};
+    case kChildren:
+      return {&A::Down(owner), &A::DownLast(owner)};
+    default:
+      break;
+  }
+  if (!isDocument) return {};
+  DocumentBody& body = BodyOf(static_cast<BaseDocument&>(owner));
+  GeListHead* heads[] = {&body.layers, &body.renderSettings, &body.materials, &body.objects};
+  return EndsOf(*heads[slot - kLayers]);
+}
+
+GeListNode* MasterOf(const GeListNode& node) { return static_cast<const host::XPressoTag&>(node).GetNodeMaster(); }
+
+void Register(GeListNode& node, BaseDocument& doc) {
+  DocumentBody& body = BodyOf(doc);
+  BaseList2D& element = static_cast<BaseList2D&>(node);
+  if (!body.table.Add(A::Id(node), &element)) {
+    A::Id(node) = NodeIds::Instance().Next();
+    body.table.Add(A::Id(node), &element);
+  }
+  A::Document(node) = &doc;
+  const host::LONG bits = A::Bits(element);
+  if (bits & host::BIT_ACTIVE) {
+    A::Bits(element) &= ~host::BIT_ACTIVE;
+    ApplyBits(element, bits);
+  }
+}
+
+void RegisterAll(GeListNode& root, BaseDocument& doc) {
+  for (GeListNode* node = &root; node; node = NextInside(*node, root)) Register(*node, doc);
+}
+
+void UnregisterAll(GeListNode& root, BaseDocument& doc) {
+  DocumentBody& body = BodyOf(doc);
+  for (GeListNode* node = &root; node; node = NextInside(*node, root)) {
+    body.table.Remove(A::Id(*node));
+    A::Document(*node) = nullptr;
+  }
+  ++body.changes;
+  body.changed = true;
+}
+
+// A document always has render settings, one of them active.
+void KeepSettings(GeListNode& leaving, BaseDocument& doc) {
+  GeListHead& list = BodyOf(doc).renderSettings;
+  if (list.GetFirst() != &leaving || list.GetLast() != &leaving) return;
+  host::RenderData* fresh = host::RenderData::Alloc();
+  PutIn(*fresh, doc, kSettings, &leaving);
+  if (BodyOf(doc).undo) BodyOf(doc).undo->Made(*fresh);
+}
+
+void KeepActiveSettings(BaseDocument& doc) {
+  DocumentBody& body = BodyOf(doc);
+  if (body.activeSettings && body.activeSettings->GetDocument() == &doc) return;
+  body.activeSettings = doc.GetFirstRenderData();
+}
+
+void Unlink(GeListNode& node, const Ends& ends) {
+  GeListNode* next = node.GetNext();
+  GeListNode* pred = node.GetPred();
+  (pred ? A::Next(*pred) : *ends.first) = next;
+  (next ? A::Pred(*next) : *ends.last) = pred;
+  A::Next(node) = A::Pred(node) = A::Up(node) = nullptr;
+}
+
+void Link(GeListNode& node, const Ends& ends, GeListNode* pred) {
+  GeListNode* next = pred ? pred->GetNext() : *ends.first;
+  A::Pred(node) = pred;
+  A::Next(node) = next;
+  (pred ? A::Next(*pred) : *ends.first) = &node;
+  (next ? A::Pred(*next) : *ends.last) = &node;
+}
+
+bool OwnsItsKin(NodeKind kind) { return kind == NodeKind::Object; }
+
+// Nothing hangs below a leaf, which keeps building a deep chain from its top linear.
+bool HangsBelow(const GeListNode& owner, const GeListNode& node) {
+  if (&owner == &node) return true;
+  if (!node.GetDown()) return false;
+  for (const GeListNode* above = &owner; above; above = OwnerOf(*above)) {
+    if (above == &node) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+GeListNode* FirstIn(const GeListNode& owner, int slot) {
+  const NodeKind kind = A::Kind(owner);
+  switch (slot) {
+    case kShaders:
+      return A::Shaders(static_cast<const BaseList2D&>(owner)).GetFirst();
+    case kAttached:
+      if (kind == NodeKind::Object) return A::Kin(owner);
+      if (kind == NodeKind::XPressoTag) return MasterOf(owner);
+      return kind == NodeKind::RenderSettings ? A::Posts(static_cast<const host::RenderData&>(owner)).GetFirst() : nullptr;
+    case kPasses:
+      return kind == NodeKind::RenderSettings ? A::Passes(static_cast<const host::RenderData&>(owner)).GetFirst() : nullptr;
+    case kChildren:
+      return owner.GetDown();
+    default:
+      return kind == NodeKind::Document ? *EndsOf(const_cast<BaseList2D&>(static_cast<const BaseList2D&>(owner)), slot).first
+                                        : nullptr;
+  }
+}
+
+GeListNode* LastIn(BaseList2D& owner, int slot) {
+  const Ends ends = EndsOf(owner, slot);
+  return ends.last ? *ends.last : FirstIn(owner, slot);
+}
+
+BaseList2D* OwnerOf(const GeListNode& node) {
+  if (node.GetUp()) return static_cast<BaseList2D*>(node.GetUp());
+  switch (A::Kind(node)) {
+    case NodeKind::Document:
+      return nullptr;
+    case NodeKind::Object:
+    case NodeKind::Material:
+    case NodeKind::Layer:
+    case NodeKind::RenderSettings:
+      return node.GetDocument();
+    default:
+      return static_cast<BaseList2D*>(A::Kin(node));
+  }
+}
+
+int SlotOf(const GeListNode& node) {
+  if (node.GetUp()) return kChildren;
+  switch (A::Kind(node)) {
+    case NodeKind::Shader:
+      return kShaders;
+    case NodeKind::Multipass:
+      return kPasses;
+    case NodeKind::Layer:
+      return kLayers;
+    case NodeKind::RenderSettings:
+      return kSettings;
+    case NodeKind::Material:
+      return kMaterials;
+    case NodeKind::Object:
+      return kObjects;
+    case NodeKind::Node:
+      return kChildren;
+    default:
+      return kAttached;
+  }
+}
+
+GeListNode* FirstInside(const GeListNode& node) {
+  const int slots = A::Kind(node) == NodeKind::Document ? kSlots : kLayers;
+  for (int slot = 0; slot < slots; ++slot) {
+    if (GeListNode* first = FirstIn(node, slot)) return first;
+  }
+  return nullptr;
+}
+
+GeListNode* Following(const GeListNode& node) {
+  if (node.GetNext()) return node.GetNext();
+  const GeListNode* owner = OwnerOf(node);
+  const int slots = A::Kind(*owner) == NodeKind::Document ? kSlots : kLayers;
+  for (int slot = SlotOf(node) + 1; slot < slots; ++slot) {
+    if (GeListNode* first = FirstIn(*owner, slot)) return first;
+  }
+  return nullptr;
+}
+
+GeListNode* NextInside(const GeListNode& node, const GeListNode& root) {
+  if (GeListNode* first = FirstInside(node)) return first;
+  for (const GeListNode* at = &node; at != &root; at = OwnerOf(*at)) {
+    if (GeListNode* following = Following(*at)) return following;
+  }
+  return nullptr;
+}
+
+void PutIn(GeListNode& node, BaseList2D& owner, int slot, GeListNode* pred) {
+  const NodeKind kind = A::Kind(owner);
+  if (slot == kChildren && kind != NodeKind::NodeMaster) {
+    A::Up(node) = &owner;
+  } else if (!OwnsItsKin(A::Kind(node)) && kind != NodeKind::Document) {
+    A::Kin(node) = &owner;
+  }
+  if (kind == NodeKind::XPressoTag && slot == kAttached) {
+    A::Master(static_cast<host::XPressoTag&>(owner)) = static_cast<host::GvNodeMaster*>(&node);
+  } else {
+    Link(node, EndsOf(owner, slot), pred);
+  }
+  if (BaseDocument* doc = owner.GetDocument()) RegisterAll(node, *doc);
+  Touch(owner);
+}
+
+void TakeOut(GeListNode& node) {
+  BaseList2D* owner = OwnerOf(node);
+  if (!owner) return;
+  BaseDocument* doc = node.GetDocument();
+  const int slot = SlotOf(node);
+  if (slot == kSettings) KeepSettings(node, *doc);
+  if (A::Kind(*owner) == NodeKind::XPressoTag && slot == kAttached) {
+    A::Master(static_cast<host::XPressoTag&>(*owner)) = nullptr;
+  } else {
+    Unlink(node, EndsOf(*owner, slot));
+  }
+  if (!OwnsItsKin(A::Kind(node))) A::Kin(node) = nullptr;
+  if (!doc) return;
+  UnregisterAll(node, *doc);
+  if (A::Kind(node) == NodeKind::RenderSettings) KeepActiveSettings(*doc);
+}
+
+bool Place(BaseList2D* node, BaseList2D* owner, int slot, GeListNode* pred) {
+  if (!node || !owner || pred == node || HangsBelow(*owner, *node)) return false;
+  TakeOut(*node);
+  const bool fits = pred && OwnerOf(*pred) == owner && SlotOf(*pred) == slot;
+  PutIn(*node, *owner, slot, fits ? pred : nullptr);
+  return true;
+}
+
+void ApplyBits(BaseList2D& node, host::LONG bits) {
+  const bool selects = bits & ~A::Bits(node) & host::BIT_ACTIVE;
+  A::Bits(node) = bits;
+  if (!selects || !node.GetDocument()) return;
+  DocumentBody& body = BodyOf(*node.GetDocument());
+  if (A::Kind(node) == NodeKind::Object) body.selectedObjects.Add(A::Id(node), body.table);
+  if (AsTag(&node)) body.selectedTags.Add(A::Id(node), body.table);
+}
+
+}  // namespace engine

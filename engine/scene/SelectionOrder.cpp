@@ -1,0 +1,52 @@
+#include "engine/scene/SelectionOrder.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "engine/scene/Nodes.h"
+
+namespace engine {
+
+using host::BaseList2D;
+
+namespace {
+
+BaseList2D* Selected(NodeId id, const NodeTable& nodes) {
+  BaseList2D* node = nodes.Find(id);
+  return node && node->GetBit(host::BIT_ACTIVE) ? node : nullptr;
+}
+
+}  // namespace
+
+void SelectionOrder::Add(NodeId id, const NodeTable& nodes) {
+  if (ids_.size() >= tidyAt_) Tidy(nodes);
+  ids_.push_back(id);
+}
+
+BaseList2D* SelectionOrder::Last(const NodeTable& nodes) {
+  while (!ids_.empty()) {
+    if (BaseList2D* node = Selected(ids_.back(), nodes)) return node;
+    ids_.pop_back();
+  }
+  return nullptr;
+}
+
+std::vector<BaseList2D*> SelectionOrder::InOrder(const NodeTable& nodes) const {
+  std::vector<BaseList2D*> order;
+  std::unordered_set<NodeId> seen;
+  for (auto id = ids_.rbegin(); id != ids_.rend(); ++id) {
+    BaseList2D* node = Selected(*id, nodes);
+    if (node && seen.insert(*id).second) order.push_back(node);
+  }
+  std::reverse(order.begin(), order.end());
+  return order;
+}
+
+void SelectionOrder::Tidy(const NodeTable& nodes) {
+  const std::vector<BaseList2D*> order = InOrder(nodes);
+  ids_.clear();
+  for (const BaseList2D* node : order) ids_.push_back(IdOf(*node));
+  tidyAt_ = std::max<std::size_t>(64, 2 * ids_.size());
+}
+
+}  // namespace engine
