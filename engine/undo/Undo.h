@@ -1,0 +1,39 @@
+// Undo for the programs: asking what can be undone, naming steps, and a scope that opens and closes a group. The published
+// interface has the rest: BaseDocument::StartUndo, AddUndo, EndUndo, DoUndo, DoRedo. Main thread.
+#pragma once
+
+#include <string>
+
+#include "host/BaseDocument.h"
+
+namespace engine {
+
+bool CanUndo(const host::BaseDocument& doc);
+bool CanRedo(const host::BaseDocument& doc);
+
+// Name of the step that Undo or Redo would take, for menus; empty where there is none or it was never named.
+std::string UndoName(const host::BaseDocument& doc);
+std::string RedoName(const host::BaseDocument& doc);
+// Names the open group; the first name stays. Outside a group nothing happens.
+void NameUndo(host::BaseDocument& doc, const std::string& name);
+
+// Forgets all steps and destroys what they keep.
+void ClearUndo(host::BaseDocument& doc);
+
+// Opens a group, or goes on with the open one, for as long as the scope lives. The outermost scope closes the group.
+class UndoScope {
+ public:
+  UndoScope(host::BaseDocument& doc, const std::string& name);
+  UndoScope(const UndoScope&) = delete;
+  UndoScope& operator=(const UndoScope&) = delete;
+  ~UndoScope();
+
+  // Takes back everything registered since the scope began, without leaving a step to redo.
+  void Cancel();
+
+ private:
+  host::BaseDocument& doc_;
+  std::size_t begin_;
+};
+
+}  // namespace engine

@@ -1,0 +1,190 @@
+#include "engine/undo/UndoEntry.h"
+
+#include <algorithm>
+
+#include "engine/scene/NodeCopy.h"
+#include "engine/scene/NodeTree.h"
+#include "engine/scene/ObjectShape.h"
+
+namespace engine {
+
+using host::BaseDocument;
+using host::BaseList2D;
+using host::GeListNode;
+using A = NodeAccess;
+
+namespace {
+
+// Posts and passes that are in no settings now.
+struct KeptLists {
+  std::vector<BaseList2D*> posts;
+  std::vector<BaseList2D*> passes;
+
+  KeptLists() = default;
+  KeptLists(const KeptLists&) = delete;
+  KeptLists& operator=(const KeptLists&) = delete;
+  ~KeptLists() {
+    for (BaseList2D* node : posts) DestroyNode(node);
+    for (BaseList2D* node : passes) DestroyNode(node);
+  }
+};
+
+// A node in no place and the place it had; null while the node is in the scene.
+struct ParkedNode {
+  BaseList2D* node = nullptr;
+  NodeId owner = 0;
+  NodeId pred = 0;
+  NodeId next = 0;
+  int slot = 0;
+
+  ParkedNode() = default;
+  ParkedNode(const ParkedNode&) = delete;
+  ParkedNode& operator=(const ParkedNode&) = delete;
+  ~ParkedNode() { DestroyNode(node); }
+};
+
+std::vector<BaseList2D*> Copies(const BaseList2D& settings, int slot) {
+  std::vector<BaseList2D*> copies;
+  for (const GeListNode* node = FirstIn(settings, slot); node; node = node->GetNext()) {
+    copies.push_back(CopyTree(static_cast<const BaseList2D&>(*node), CopyRules{true, true, nullptr}));
+  }
+  return copies;
+}
+
+void ExchangeList(BaseList2D& settings, int slot, std::vector<BaseList2D*>& kept) {
+  std::vector<BaseList2D*> live;
+  while (GeListNode* node = FirstIn(settings, slot)) {
+    TakeOut(*node);
+    live.push_back(static_cast<BaseList2D*>(node));
+  }
+  for (BaseList2D* node : kept) PutIn(*node, settings, slot, LastIn(settings, slot));
+  kept = std::move(live);
+}
+
+std::shared_ptr<void> ListsOf(const BaseList2D& settings) {
+  auto lists = std::make_shared<KeptLists>();
+  lists->posts = Copies(settings, kAttached);
+  lists->passes = Copies(settings, kPasses);
+  return lists;
+}
+
+std::shared_ptr<void> RestOf(BaseList2D& node) {
+  switch (A::Kind(node)) {
+    case NodeKind::Object:
+      return std::const_pointer_cast<ObjectShape>(A::Shape(static_cast<host::BaseObject&>(node)));
+    case NodeKind::Layer:
+      return std::make_shared<host::LayerData>(A::Flags(static_cast<host::LayerObject&>(node)));
+    case NodeKind::RenderSettings:
+      return ListsOf(node);
+    default:
+      return nullptr;
+  }
+}
+
+void ExchangeShape(host::BaseObject& object, std::shared_ptr<void>& rest) {
+  std::shared_ptr<void> live = std::const_pointer_cast<ObjectShape>(A::Shape(object));
+  A::Shape(object) = std::static_pointer_cast<const ObjectShape>(rest);
+  rest = std::move(live);
+}
+
+void ExchangeLists(BaseList2D& settings, KeptLists& kept) {
+  ExchangeList(settings, kAttached, kept.posts);
+  ExchangeList(settings, kPasses, kept.passes);
+}
+
+void ExchangeRest(BaseList2D& node, std::shared_ptr<void>& rest) {
+  switch (A::Kind(node)) {
+    case NodeKind::Object:
+      return ExchangeShape(static_cast<host::BaseObject&>(node), rest);
+    case NodeKind::Layer:
+      return std::swap(A::Flags(static_cast<host::LayerObject&>(node)), *static_cast<host::LayerData*>(rest.get()));
+    case NodeKind::RenderSettings:
+      return ExchangeLists(node, *static_cast<KeptLists*>(rest.get()));
+    default:
+      return;
+  }
+}
+
+NodeId IdOrNone(const GeListNode* node) { return node ? A::Id(*node) : 0; }
+
+void Park(BaseList2D& node, ParkedNode& parked) {
+  parked.node = &node;
+  parked.owner = IdOrNone(OwnerOf(node));
+  parked.pred = IdOrNone(node.GetPred());
+  parked.next = IdOrNone(node.GetNext());
+  parked.slot = SlotOf(node);
+  TakeOut(node);
+}
+
+bool IsIn(const BaseList2D* node, const BaseList2D& owner, int slot) {
+  return node && OwnerOf(*node) == &owner && SlotOf(*node) == slot;
+}
+
+// A neighbour that has gone elsewhere meanwhile no longer tells the place: then the other one does, else the list's end.
+GeListNode* PredIn(BaseDocument& doc, BaseList2D& owner, const ParkedNode& parked) {
+  BaseList2D* pred = FindNode(&doc, parked.pred);
+  BaseList2D* next = FindNode(&doc, parked.next);
+  if (IsIn(pred, owner, parked.slot)) return pred;
+  if (IsIn(next, owner, parked.slot)) return next->GetPred();
+  return parked.pred == 0 ? nullptr : LastIn(owner, parked.slot);
+}
+
+}  // namespace
+
+UndoEntry UndoEntry::Change(BaseList2D& node) {
+  UndoEntry entry;
+  entry.node_ = A::Id(node);
+  entry.name_ = A::Name(node);
+  entry.data_ = A::Data(node);
+  entry.bits_ = A::Bits(node);
+  std::copy_n(A::Modes(node), 3, entry.modes_);
+  entry.layer_ = A::Layer(node);
+  if (const host::TextureTag* tag = AsTextureTag(&node)) entry.material_ = A::Material(*tag);
+  entry.rest_ = RestOf(node);
+  return entry;
+}
+
+UndoEntry UndoEntry::Made(const BaseList2D& node) {
+  UndoEntry entry;
+  entry.node_ = A::Id(node);
+  entry.place_ = true;
+  entry.rest_ = std::make_shared<ParkedNode>();
+  return entry;
+}
+
+UndoEntry UndoEntry::Parked(BaseList2D& node) {
+  UndoEntry entry = Made(node);
+  Park(node, *static_cast<ParkedNode*>(entry.rest_.get()));
+  return entry;
+}
+
+void UndoEntry::Exchange(BaseDocument& doc) {
+  if (place_) return ExchangePlace(doc);
+  if (BaseList2D* node = FindNode(&doc, node_)) ExchangeContents(*node);
+}
+
+void UndoEntry::ExchangeContents(BaseList2D& node) {
+  std::swap(A::Name(node), name_);
+  std::swap(A::Data(node), data_);
+  const host::LONG bits = std::exchange(bits_, A::Bits(node));
+  ApplyBits(node, bits);
+  std::swap_ranges(modes_, modes_ + 3, A::Modes(node));
+  std::swap(A::Layer(node), layer_);
+  if (host::TextureTag* tag = AsTextureTag(&node)) std::swap(A::Material(*tag), material_);
+  ExchangeRest(node, rest_);
+}
+
+void UndoEntry::ExchangePlace(BaseDocument& doc) {
+  auto& parked = *static_cast<ParkedNode*>(rest_.get());
+  if (!parked.node) {
+    BaseList2D* node = FindNode(&doc, node_);
+    if (node && OwnerOf(*node)) Park(*node, parked);
+    return;
+  }
+  BaseList2D* owner = FindNode(&doc, parked.owner);
+  if (!owner) return;
+  BaseList2D* node = std::exchange(parked.node, nullptr);
+  PutIn(*node, *owner, parked.slot, PredIn(doc, *owner, parked));
+}
+
+}  // namespace engine

@@ -1,0 +1,148 @@
+#include "engine/undo/UndoHistory.h"
+
+namespace engine {
+
+using host::BaseDocument;
+using host::BaseList2D;
+using A = NodeAccess;
+
+void EntryList::Shrink(std::size_t size) {
+  while (size_ > size) {
+    --size_;
+    (*this)[size_].~UndoEntry();
+    if (size_ % kChunk == 0) chunks_.pop_back();
+  }
+}
+
+UndoHistory& UndoHistory::Of(BaseDocument& doc) {
+  std::unique_ptr<UndoAttachment>& undo = BodyOf(doc).undo;
+  if (!undo) undo = std::make_unique<UndoHistory>(doc);
+  return static_cast<UndoHistory&>(*undo);
+}
+
+const UndoHistory* UndoHistory::Of(const BaseDocument& doc) { return static_cast<const UndoHistory*>(BodyOf(doc).undo.get()); }
+
+void UndoHistory::Start() {
+  if (open_) return;
+  open_ = std::make_unique<Step>();
+  open_->remembered = Present();
+}
+
+void UndoHistory::End() {
+  claims_.clear();
+  if (!HoldsChange()) return open_.reset();
+  undone_.clear();
+  entries_ += open_->entries.Size();
+  done_.push_back(std::move(open_));
+  DropOldest();
+}
+
+void UndoHistory::DropOldest() {
+  while (done_.size() > kMostSteps || (entries_ > kMostEntries && done_.size() > 1)) {
+    entries_ -= done_.front()->entries.Size();
+    done_.pop_front();
+  }
+}
+
+bool UndoHistory::Add(host::LONG type, BaseList2D& node) {
+  if (!open_ || running_) return false;
+  switch (type) {
+    case host::UNDO_CHANGE:
+      open_->entries.AddChange(node);
+      return true;
+    case host::UNDO_NEW:
+      open_->entries.Add(UndoEntry::Made(node));
+      return true;
+    case host::UNDO_DELETE:
+      claims_.insert(A::Id(node));
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool UndoHistory::Claim(BaseList2D& node) {
+  if (!open_ || running_ || claims_.erase(A::Id(node)) == 0) return false;
+  open_->entries.Add(UndoEntry::Parked(node));
+  return true;
+}
+
+void UndoHistory::Made(BaseList2D& node) { Add(host::UNDO_NEW, node); }
+
+UndoHistory::Remembered UndoHistory::Present() const { return {SceneCameraIdOf(doc_), ActiveRenderDataIdOf(doc_)}; }
+
+void UndoHistory::Return(const Remembered& to) {
+  SetSceneCameraId(doc_, to.camera);
+  doc_.SetActiveRenderData(AsRenderData(FindNode(&doc_, to.settings)));
+}
+
+void UndoHistory::Exchange(Step& step, bool backwards, std::size_t from) {
+  running_ = true;
+  const Remembered present = Present();
+  const std::size_t count = step.entries.Size();
+  for (std::size_t i = from; i < count; ++i) step.entries[backwards ? count - 1 - (i - from) : i].Exchange(doc_);
+  if (from == 0) Return(std::exchange(step.remembered, present));
+  running_ = false;
+  doc_.SetChanged();
+}
+
+bool UndoHistory::Undo() {
+  End();
+  if (done_.empty()) return false;
+  undone_.push_back(std::move(done_.back()));
+  done_.pop_back();
+  entries_ -= undone_.back()->entries.Size();
+  Exchange(*undone_.back(), true, 0);
+  return true;
+}
+
+bool UndoHistory::Redo() {
+  End();
+  if (undone_.empty()) return false;
+  done_.push_back(std::move(undone_.back()));
+  undone_.pop_back();
+  entries_ += done_.back()->entries.Size();
+  Exchange(*done_.back(), false, 0);
+  return true;
+}
+
+void UndoHistory::Clear() {
+  claims_.clear();
+  open_.reset();
+  undone_.clear();
+  done_.clear();
+  entries_ = 0;
+}
+
+bool UndoHistory::HoldsChange() const { return open_ && (open_->entries.Size() > 0 || !(open_->remembered == Present())); }
+
+std::string UndoHistory::DoneName() const {
+  if (HoldsChange()) return open_->name;
+  return done_.empty() ? std::string() : done_.back()->name;
+}
+
+std::string UndoHistory::UndoneName() const { return CanRedo() ? undone_.back()->name : std::string(); }
+
+void UndoHistory::Name(const std::string& name) {
+  if (open_ && open_->name.empty()) open_->name = name;
+}
+
+std::size_t UndoHistory::EnterScope() {
+  Start();
+  ++scopes_;
+  return open_->entries.Size();
+}
+
+void UndoHistory::LeaveScope() {
+  if (--scopes_ == 0) End();
+}
+
+void UndoHistory::TakeBack(std::size_t from) {
+  if (!open_) return;
+  const Remembered atOpening = open_->remembered;
+  Exchange(*open_, true, from);
+  open_->remembered = atOpening;
+  open_->entries.Shrink(from);
+}
+
+}  // namespace engine

@@ -1,0 +1,82 @@
+// UndoHistory: the undo steps of one document. A step is a list of entries; undo runs it backwards, redo forwards, both
+// exchanging what is kept with what is live. Steps own the nodes that are parked in them. Main thread.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "engine/scene/DocumentBody.h"
+#include "engine/undo/EntryList.h"
+
+namespace engine {
+
+class UndoHistory : public UndoAttachment {
+ public:
+  // Steps kept, and entries kept in all of them together (the newest step is kept whatever its size).
+  static constexpr std::size_t kMostSteps = 100;
+  static constexpr std::size_t kMostEntries = 4'000'000;
+
+  explicit UndoHistory(host::BaseDocument& doc) : doc_(doc) {}
+
+  // The document's history, made when it is first asked for; null from the const one before that.
+  static UndoHistory& Of(host::BaseDocument& doc);
+  static const UndoHistory* Of(const host::BaseDocument& doc);
+
+  bool IsOpen() const { return open_ != nullptr; }
+  void Start();
+  // Makes the open group a step, unless nothing was registered and neither scene camera nor active settings changed.
+  void End();
+  bool Add(host::LONG type, host::BaseList2D& node);
+  // Both close an open group first.
+  bool Undo();
+  bool Redo();
+  void Clear();
+
+  bool CanUndo() const { return !done_.empty() || HoldsChange(); }
+  bool CanRedo() const { return !undone_.empty() && !HoldsChange(); }
+  std::string DoneName() const;
+  std::string UndoneName() const;
+  void Name(const std::string& name);
+
+  // Scopes: entering one opens the group and answers how many entries it has; the outermost one closes it.
+  std::size_t EnterScope();
+  void LeaveScope();
+  // Takes back the open group's entries from there on.
+  void TakeBack(std::size_t from);
+
+  bool Claim(host::BaseList2D& node) override;
+  void Made(host::BaseList2D& node) override;
+
+ private:
+  // What a group remembers of its document when it opens, and gives back on undo.
+  struct Remembered {
+    NodeId camera = 0;
+    NodeId settings = 0;
+    bool operator==(const Remembered&) const = default;
+  };
+  struct Step {
+    EntryList entries;
+    std::string name;
+    Remembered remembered;
+  };
+
+  Remembered Present() const;
+  void Return(const Remembered& to);
+  void Exchange(Step& step, bool backwards, std::size_t from);
+  bool HoldsChange() const;
+  void DropOldest();
+
+  host::BaseDocument& doc_;
+  std::unique_ptr<Step> open_;
+  std::deque<std::unique_ptr<Step>> done_;
+  std::vector<std::unique_ptr<Step>> undone_;
+  std::unordered_set<NodeId> claims_;  // registered for deletion in the open group and not yet freed
+  std::size_t entries_ = 0;            // in done_
+  int scopes_ = 0;
+  bool running_ = false;
+};
+
+}  // namespace engine
