@@ -42,7 +42,9 @@ Result<host::BaseDocument*> Application::OpenDocument(const std::string& path, s
 Status Application::SaveDocumentAs(host::BaseDocument& doc, const std::string& path) {
   const host::Filename file = NameOfPath(path);
   host::DocumentInfoData info{host::MSG_DOCUMENTINFO_TYPE_SAVE_BEFORE, file};
-  body_->hooks.Send(doc, host::MSG_DOCUMENTINFO, &info);
+  const bool listed = body_->documents.Holds(&doc);
+  doc.Message(host::MSG_DOCUMENTINFO, &info);
+  if (listed && !body_->documents.Holds(&doc)) return Status::Failure("The document was closed before it could be saved.");
   Status saved = SaveSceneFile(doc, path);
   if (!saved) return saved;
   doc.SetDocumentPath(file.GetDirectory());

@@ -41,7 +41,9 @@ Status Preferences::Read() {
   read_ = true;
   Status status;
   const std::string path = File();
-  if (outside_.Kind(path) != FileKind::Missing) {
+  if (outside_.Kind(path) == FileKind::Missing) {
+    stored_.clear();
+  } else {
     const Result<std::string> text = outside_.ReadFile(path, kMostBytes);
     if (!text) return text.GetStatus();
     Result<ReadPreferencesAnswer> answer = ReadPreferences(text.Value());

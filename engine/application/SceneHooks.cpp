@@ -1,8 +1,23 @@
 #include "engine/application/SceneHooks.h"
 
 #include <algorithm>
+#include <memory>
+
+#include "engine/scene/Nodes.h"
 
 namespace engine {
+namespace {
+
+class HookListener : public DocumentListener {
+ public:
+  explicit HookListener(SceneHooks& hooks) : hooks_(hooks) {}
+  bool Message(host::BaseDocument& doc, host::LONG type, void* data) override { return hooks_.Send(doc, type, data); }
+
+ private:
+  SceneHooks& hooks_;
+};
+
+}  // namespace
 
 SceneHooks::~SceneHooks() {
   while (!instances_.empty()) Detach(*instances_.begin()->first);
@@ -27,23 +42,31 @@ void SceneHooks::Attach(host::BaseDocument& doc) {
   const auto [it, added] = instances_.try_emplace(&doc);
   if (!added) return;
   for (const RegisteredHook& hook : hooks_) Make(hook, doc, it->second);
+  SetListener(doc, std::make_unique<HookListener>(*this));
 }
 
 void SceneHooks::Detach(host::BaseDocument& doc) {
   const auto it = instances_.find(&doc);
   if (it == instances_.end()) return;
+  SetListener(doc, nullptr);
   const Instances instances = std::move(it->second);
   instances_.erase(it);
   for (const Instance& instance : instances) End(instance, doc);
+}
+
+bool SceneHooks::Lives(host::BaseDocument& doc, const host::SceneHookData* data) const {
+  const auto it = instances_.find(&doc);
+  return it != instances_.end() &&
+         std::any_of(it->second.begin(), it->second.end(), [&](const Instance& instance) { return instance.data == data; });
 }
 
 bool SceneHooks::Send(host::BaseDocument& doc, host::LONG type, void* data) {
   const auto it = instances_.find(&doc);
   if (it == instances_.end()) return false;
   bool taken = false;
-  // A copy: a hook may close documents.
+  // A hook may close the document and with it the others.
   const Instances instances = it->second;
-  for (const Instance& instance : instances) taken |= instance.data->Message(&doc, type, data);
+  for (const Instance& instance : instances) taken |= Lives(doc, instance.data) && instance.data->Message(&doc, type, data);
   return taken;
 }
 

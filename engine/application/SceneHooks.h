@@ -35,7 +35,8 @@ class SceneHooks {
   void Attach(host::BaseDocument& doc);
   // Calls Free of each and destroys it.
   void Detach(host::BaseDocument& doc);
-  // Hands a message to every instance of the document; true when one of them took it.
+  // Hands a message to every instance of the document; true when one of them took it. Messages sent to an attached
+  // document itself come here, too.
   bool Send(host::BaseDocument& doc, host::LONG type, void* data);
 
  private:
@@ -46,6 +47,7 @@ class SceneHooks {
   };
   using Instances = std::vector<Instance>;
 
+  bool Lives(host::BaseDocument& doc, const host::SceneHookData* data) const;
   static void Make(const RegisteredHook& hook, host::BaseDocument& doc, Instances& instances);
   static void End(const Instance& instance, host::BaseDocument& doc);
 

@@ -21,22 +21,30 @@ using tests::Names;
 using tests::ReadText;
 using tests::WriteText;
 
+// While it lives this process has no more than `most` of a resource.
+class Limit {
+ public:
+  Limit(__rlimit_resource resource, rlim_t most) : resource_(resource) {
+    getrlimit(resource_, &former_);
+    const rlimit small{most, former_.rlim_max};
+    setrlimit(resource_, &small);
+  }
+  ~Limit() { setrlimit(resource_, &former_); }
+
+ private:
+  __rlimit_resource resource_;
+  rlimit former_{};
+};
+
 // While it lives no file of this process grows beyond `bytes`: writing is cut short, as on a full disk.
 class FullDisk {
  public:
-  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &former_);
-    const rlimit small{bytes, former_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-  }
-  ~FullDisk() {
-    setrlimit(RLIMIT_FSIZE, &former_);
-    std::signal(SIGXFSZ, handler_);
-  }
+  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)), limit_(RLIMIT_FSIZE, bytes) {}
+  ~FullDisk() { std::signal(SIGXFSZ, handler_); }
 
  private:
-  rlimit former_{};
   void (*handler_)(int);
+  Limit limit_;
 };
 
 // While it lives the superuser has the rights of an ordinary user, who owns `folder` and what is in it.
@@ -227,17 +235,12 @@ TEST_F(RealFiles, RemoveFolderRefusesWhatIsNone) {
   EXPECT_EQ(Here(), "a link");
 }
 
-TEST_F(RealFiles, RemoveFolderOfAnyDepthAndBreadth) {
-  fs::create_directory(At("deep"));
-  int folder = open(At("deep").c_str(), O_RDONLY | O_DIRECTORY);
-  for (int depth = 0; depth < 3000; ++depth) {
-    mkdirat(folder, "next", 0700);
-    const int next = openat(folder, "next", O_RDONLY | O_DIRECTORY);
-    close(folder);
-    folder = next;
-  }
-  close(folder);
-  for (int i = 0; i < 300; ++i) fs::create_directories(At("deep/wide" + std::to_string(i) + "/sub"));
+TEST_F(RealFiles, RemoveFolderNeedsFewHandlesHoweverDeep) {
+  std::string path = At("deep");
+  for (int depth = 0; depth < 120; ++depth) path += "/next";
+  fs::create_directories(path);
+  for (int i = 0; i < 60; ++i) fs::create_directories(At("deep/next/wide" + std::to_string(i) + "/sub"));
+  const Limit handles(RLIMIT_NOFILE, 40);
   EXPECT_EQ(outside.RemoveFolder(At("deep")).Message(), "");
   EXPECT_EQ(Here(), "");
 }

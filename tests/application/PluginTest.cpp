@@ -1,0 +1,143 @@
+#include "engine/dialog/Dialogs.h"
+#include "host/Host.h"
+#include "tests/application/Stage.h"
+#include "tests/plugins/Ids.h"
+
+namespace {
+
+using engine::LoadOutcome;
+using engine::LoadReport;
+
+struct Plugins : tests::Stage {};
+
+struct Case {
+  const char* name;
+  LoadOutcome outcome;
+  std::string message;  // behind "... was not loaded "; "@" stands for the path
+};
+
+TEST_F(Plugins, EveryFailureHasItsNameAndTheHostGoesOn) {
+  LoadGood();
+  const Case cases[] = {
+      {"NoStart", LoadOutcome::NoEntryPoints, "(NoEntryPoints): it exports no PluginStart."},
+      {"NoMessage", LoadOutcome::NoEntryPoints, "(NoEntryPoints): it exports no PluginMessage."},
+      {"NoEnd", LoadOutcome::NoEntryPoints, "(NoEntryPoints): it exports no PluginEnd."},
+      {"ResourceRefused", LoadOutcome::ResourceRefused, "(ResourceRefused): its resources could not be initialised."},
+      {"StartRefused", LoadOutcome::StartRefused, "(StartRefused): it refused to start."},
+      {"Throwing", LoadOutcome::StartRefused, "(StartRefused): it refused to start."},
+      {"CommandIdTaken", LoadOutcome::IdTaken, "(IdTaken): the plug-in ID 1900001 is taken already."},
+      {"HookIdTaken", LoadOutcome::IdTaken, "(IdTaken): the plug-in ID 1900001 is taken already."},
+  };
+  for (const Case& one : cases) {
+    const std::string path = Place(one.name, false);
+    const LoadReport report = application->LoadPlugin(path);
+    EXPECT_EQ(report.outcome, one.outcome) << one.name;
+    EXPECT_EQ(report.message, "Plug-in \"" + std::string(one.name) + "\" was not loaded " + one.message);
+    EXPECT_EQ(report.path, path);
+    EXPECT_FALSE(IsOpen(path)) << one.name;
+    EXPECT_EQ(application->Commands().size(), 1U) << one.name;
+  }
+  EXPECT_EQ(Heard(), "refused command destroyed\nsecond command destroyed\nsecond command destroyed\n");
+  application->NewDocument();
+  EXPECT_EQ(Heard(), "hook init Untitled\n") << "no refused hook is made";
+  EXPECT_TRUE(application->ExecuteCommand(test_plugins::kGoodCommand));
+}
+
+TEST_F(Plugins, WhatIsNoLibraryIsNamed) {
+  std::filesystem::create_directories(At("plugins/Folder/Folder.so"));
+  std::filesystem::create_directories(At("plugins/Gone"));
+  std::filesystem::create_directories(At("plugins/Text"));
+  tests::WriteText(At("plugins/Text/Text.so"), "This is a text.\n");
+  tests::WriteText(At("plugins/readme.txt"), "no folder");
+  const std::vector<LoadReport> reports = application->LoadPlugins(At("plugins"));
+  ASSERT_EQ(reports.size(), 3U);
+  EXPECT_EQ(reports[0].outcome, LoadOutcome::NotALibrary);
+  EXPECT_EQ(reports[1].outcome, LoadOutcome::Missing);
+  EXPECT_EQ(reports[1].message,
+            "Plug-in \"Gone\" was not loaded (Missing): there is no file \"" + At("plugins/Gone/Gone.so") + "\".");
+  EXPECT_EQ(reports[2].outcome, LoadOutcome::NotALibrary);
+  const std::string start =
+      "Plug-in \"Text\" was not loaded (NotALibrary): the file \"" + At("plugins/Text/Text.so") + "\" is no loadable library (";
+  EXPECT_EQ(reports[2].message.substr(0, start.size()), start);
+  EXPECT_EQ(application->LoadPlugins(At("nowhere")).size(), 0U);
+}
+
+TEST_F(Plugins, ALibraryIsLoadedOnce) {
+  const std::string path = Place("Good");
+  EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded);
+  const LoadReport again = application->LoadPlugin(path);
+  EXPECT_EQ(again.message, "Plug-in \"Good\" was not loaded (IdTaken): it is loaded already.");
+  EXPECT_TRUE(IsOpen(path));
+  EXPECT_TRUE(application->ExecuteCommand(test_plugins::kGoodCommand));
+}
+
+TEST_F(Plugins, LiveFromResourceToEnd) {
+  host::BaseDocument* doc = application->NewDocument();
+  doc->SetDocumentName("a");
+  const std::string path = Place("Good");
+  host::BaseBitmap* icon = host::BaseBitmap::Alloc();
+  ASSERT_EQ(icon->Init(3, 2), host::IMAGERESULT_OK);
+  const std::string iconFile = At("plugins/Good/res/icon.png");
+  ASSERT_EQ(icon->Save(host::Filename(iconFile.c_str()), host::FILTER_PNG), host::IMAGERESULT_OK);
+  host::BaseBitmap::Free(icon);
+
+  EXPECT_EQ(application->LoadPlugin(path).message, "Plug-in \"Good\" was loaded (Loaded).");
+  EXPECT_EQ(Heard(), "message 1\nstart in " + At("plugins/Good") + "\nicon\nhook init a\n");
+  ASSERT_EQ(application->Commands().size(), 1U);
+  const engine::CommandPlugin& command = application->Commands()[0];
+  EXPECT_EQ(command.name.ToUtf8() + "/" + command.help.ToUtf8(), "Good/Does good");
+  EXPECT_EQ(command.icon->GetBw(), 3);
+
+  application->UnloadPlugins();
+  EXPECT_EQ(Heard(), "end\nhook free a\nhook destroyed\ncommand destroyed\n");
+  EXPECT_FALSE(IsOpen(path));
+  EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded) << "its IDs are free again";
+  application.reset();
+  EXPECT_EQ(Heard(), "message 1\nstart in " + At("plugins/Good") +
+                         "\nicon\nhook init a\nend\nhook free a\nhook destroyed\ncommand destroyed\n");
+}
+
+TEST_F(Plugins, RegistrationsCountInsidePluginStartOnly) {
+  struct Command : host::CommandData{}* command = new Command;
+  EXPECT_FALSE(host::RegisterCommandPlugin(77, "Late", 0, nullptr, "", command));
+  EXPECT_FALSE(host::RegisterSceneHookPlugin(
+      78, "Late", 0, [] { return new host::SceneHookData; }, 0, 0, nullptr));
+  delete command;
+  EXPECT_TRUE(application->Commands().empty());
+}
+
+TEST_F(Plugins, OutsideAPluginThePathIsTheProgramsFolder) {
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  EXPECT_EQ(host::GeGetPluginPath().GetString().ToUtf8(), program);
+  LoadGood();
+  EXPECT_EQ(host::GeGetPluginPath().GetString().ToUtf8(), program);
+}
+
+TEST_F(Plugins, EventsAreDeliveredOnceAndNotInsideACommand) {
+  LoadGood();
+  application->NewDocument();
+  application->DeliverEvents();
+  Heard();
+  EXPECT_TRUE(application->ExecuteCommand(test_plugins::kGoodCommand));
+  EXPECT_EQ(Heard(), "execute on Untitled\nexecute done\n");
+  EXPECT_TRUE(application->HasPendingEvents());
+  application->DeliverEvents();
+  application->DeliverEvents();
+  EXPECT_EQ(Heard(), "core message 604\n");
+  ASSERT_EQ(engine::OpenDialogs().size(), 1U);
+  EXPECT_TRUE(engine::PressButton(*engine::OpenDialogs()[0], test_plugins::kGoodButton));
+  EXPECT_EQ(Heard(), "button 1001\nbutton done\n");
+  application->DeliverEvents();
+  EXPECT_EQ(Heard(), "core message 604\n");
+  EXPECT_FALSE(application->ExecuteCommand(12345));
+}
+
+TEST_F(Plugins, LayoutsAreRestored) {
+  LoadGood();
+  EXPECT_TRUE(engine::OpenDialogs().empty());
+  application->RestoreLayouts();
+  EXPECT_EQ(Heard(), "restore layout\n");
+  EXPECT_EQ(engine::OpenDialogs().size(), 1U);
+}
+
+}  // namespace

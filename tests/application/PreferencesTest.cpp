@@ -1,0 +1,198 @@
+#include "engine/application/Preferences.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <limits>
+
+#include "engine/core/ContainerAccess.h"
+#include "engine/outside/FaultyOutside.h"
+#include "engine/outside/ScriptedOutside.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+using engine::Preferences;
+using host::BaseContainer;
+using host::GeData;
+using Reals = std::numeric_limits<host::Real>;
+
+constexpr host::LONG kId = 1026486;
+
+struct WorldData : testing::Test {
+  static BaseContainer Simple(host::LONG value) {
+    BaseContainer data(3);
+    data.SetLong(1, value);
+    return data;
+  }
+
+  host::LONG Stored(host::LONG id = kId) {
+    Preferences fresh(outside);
+    const BaseContainer* data = fresh.Get(id);
+    return data == nullptr ? -1 : data->GetLong(1);
+  }
+
+  tests::ScratchFolder scratch;
+  engine::ScriptedOutside real{scratch.Path()};
+  engine::FaultyOutside outside{real};
+  const std::string folder = scratch / "config";
+  const std::string file = folder + "/preferences";
+};
+
+BaseContainer EveryKind() {
+  BaseContainer data(99);
+  data.SetLong(5, std::numeric_limits<host::LONG>::min());
+  data.SetLong(4, std::numeric_limits<host::LONG>::max());
+  host::LONG key = 10;
+  for (const host::Real real : {0.713, -0.0, 1e-310, Reals::max(), Reals::infinity(), -Reals::infinity(), 0.1 + 0.2}) {
+    data.SetReal(key++, real);
+  }
+  for (const char* text : {"", " ", "end", "two\nlines\r\t", "100%", "\xc3\xa4\xff", " leading and trailing "}) {
+    data.SetString(key, text);
+    data.SetFilename(key + 100, text);
+    ++key;
+  }
+  data.SetString(key, host::String(std::string_view("nul\0byte", 8)));
+  data.SetVector(200, host::Vector(1, -2.5, 1e300));
+  data.SetTime(201, host::BaseTime(25, 0));
+  data.SetData(202, GeData());
+  data.SetData(203, engine::LinkValue(0));
+  data.SetData(204, engine::LinkValue(~0ULL));
+  BaseContainer inner(-7);
+  inner.SetContainer(1, BaseContainer(8));
+  inner.SetLong(-1, 2);
+  data.SetContainer(205, inner);
+  data.SetLong(-6, 6);
+  return data;
+}
+
+TEST_F(WorldData, KeepsEveryKindOfValueAndTheOrder) {
+  Preferences writer(outside);
+  ASSERT_TRUE(writer.Set(kId, EveryKind(), false));
+  ASSERT_TRUE(writer.Set(-5, Simple(1), false));
+  Preferences reader(outside);
+  ASSERT_NE(reader.Get(kId), nullptr);
+  EXPECT_TRUE(engine::Identical(*reader.Get(kId), EveryKind()));
+  EXPECT_EQ(reader.Get(-5)->GetLong(1), 1);
+  EXPECT_EQ(reader.Get(1), nullptr);
+}
+
+TEST_F(WorldData, MergesOrReplaces) {
+  Preferences preferences(outside);
+  BaseContainer second;
+  second.SetLong(2, 22);
+  ASSERT_TRUE(preferences.Set(kId, Simple(11), true));
+  ASSERT_TRUE(preferences.Set(kId, second, true));
+  EXPECT_EQ(preferences.Get(kId)->GetCount(), 2);
+  ASSERT_TRUE(preferences.Set(kId, second, false));
+  EXPECT_EQ(preferences.Get(kId)->GetCount(), 1);
+  ASSERT_TRUE(preferences.Set(kId, *preferences.Get(kId), true)) << "its own container is a fit argument";
+  EXPECT_EQ(preferences.Get(kId)->GetLong(2), 22);
+}
+
+TEST_F(WorldData, NothingStoredIsNothingAndTouchesNoFile) {
+  EXPECT_EQ(Stored(), -1);
+  EXPECT_EQ(tests::Names(scratch.Path()), "");
+  EXPECT_TRUE(outside.GetLedger().FailuresSince(0).empty());
+}
+
+TEST_F(WorldData, TwoProgramsKeepEachOthersSettings) {
+  Preferences one(outside);
+  Preferences other(outside);
+  EXPECT_EQ(one.Get(1), nullptr);
+  EXPECT_EQ(other.Get(1), nullptr);
+  ASSERT_TRUE(one.Set(1, Simple(10), false));
+  ASSERT_TRUE(other.Set(2, Simple(20), false));
+  EXPECT_EQ(Stored(1), 10);
+  EXPECT_EQ(Stored(2), 20);
+}
+
+TEST_F(WorldData, AFailedWriteHoldsForTheSessionAndTheOldFileStays) {
+  Preferences preferences(outside);
+  ASSERT_TRUE(preferences.Set(kId, Simple(1), false));
+  outside.Break(1, engine::Fault::Fail, engine::Operation::ReplaceFile);
+  EXPECT_FALSE(preferences.Set(kId, Simple(2), false));
+  EXPECT_EQ(preferences.Get(kId)->GetLong(1), 2);
+  EXPECT_EQ(Stored(), 1);
+  ASSERT_TRUE(preferences.Set(5, Simple(5), false));
+  EXPECT_EQ(Stored(), 2);
+  EXPECT_EQ(tests::Names(folder), "preferences");
+}
+
+TEST_F(WorldData, AnUnreadableFileIsNotOverwritten) {
+  Preferences first(outside);
+  ASSERT_TRUE(first.Set(kId, Simple(1), false));
+  Preferences second(outside);
+  outside.BreakFrom(1, engine::Operation::ReadFile);
+  EXPECT_EQ(second.Get(kId), nullptr);
+  EXPECT_FALSE(second.Set(5, Simple(5), false));
+  outside.Mend();
+  EXPECT_EQ(Stored(), 1);
+}
+
+TEST_F(WorldData, EveryDamageIsSeenAndKeptAside) {
+  Preferences writer(outside);
+  ASSERT_TRUE(writer.Set(kId, Simple(77), false));
+  const std::string whole = tests::ReadText(file);
+  std::vector<std::string> damaged;
+  for (std::size_t i = 0; i < whole.size(); ++i) {
+    damaged.push_back(i % 2 == 0 ? whole.substr(0, i) : whole);
+    if (i % 2 != 0) damaged.back()[i] = static_cast<char>(damaged.back()[i] ^ (1 << i % 8));
+  }
+  damaged.push_back(whole + "\n");
+  for (const std::string& text : damaged) {
+    tests::WriteText(file, text);
+    EXPECT_EQ(Stored(), -1) << text;
+    EXPECT_EQ(tests::ReadText(file + ".damaged"), text);
+    EXPECT_FALSE(std::filesystem::exists(file));
+  }
+}
+
+TEST_F(WorldData, DamageIsNotedAndTheNextSettingStartsAnew) {
+  ASSERT_TRUE(outside.MakeFolders(folder));
+  tests::WriteText(file, "stagemarks preferences 1\nlong 1 1\nchecksum 0000000000000000\n");
+  EXPECT_EQ(Stored(), -1);
+  const std::vector<std::string> notes = outside.GetLedger().NotesSince(0);
+  ASSERT_EQ(notes.size(), 1U);
+  EXPECT_EQ(notes[0], "The preferences were damaged (the checksum does not fit); the defaults apply, the old file is \"" + file +
+                          ".damaged\".");
+  Preferences preferences(outside);
+  ASSERT_TRUE(preferences.Set(kId, Simple(3), true));
+  EXPECT_EQ(Stored(), 3);
+  EXPECT_EQ(tests::Names(folder), "preferences preferences.damaged");
+}
+
+TEST_F(WorldData, ALaterVersionIsLeftAlone) {
+  ASSERT_TRUE(outside.MakeFolders(folder));
+  const std::string later = "stagemarks preferences 2\nsomething new\n";
+  tests::WriteText(file, later);
+  Preferences preferences(outside);
+  EXPECT_EQ(preferences.Get(kId), nullptr);
+  const engine::Status status = preferences.Set(kId, Simple(1), true);
+  EXPECT_EQ(status.Message(), "The preferences \"" + file + "\" are of a later version of this program; they stay as they are.");
+  EXPECT_EQ(preferences.Get(kId)->GetLong(1), 1) << "for this session";
+  EXPECT_EQ(tests::ReadText(file), later);
+}
+
+TEST_F(WorldData, WithoutAUserFolderNothingIsWritten) {
+  engine::ScriptedOutside nowhere;
+  Preferences preferences(nowhere);
+  EXPECT_EQ(preferences.Get(kId), nullptr);
+  EXPECT_FALSE(preferences.Set(kId, Simple(1), true));
+}
+
+TEST_F(WorldData, ContainersNestedTooDeepAreRefusedAndForgotten) {
+  BaseContainer deep;
+  for (int i = 0; i < 1200; ++i) {
+    BaseContainer outer;
+    outer.SetContainer(1, deep);
+    deep = outer;
+  }
+  Preferences preferences(outside);
+  EXPECT_FALSE(preferences.Set(kId, deep, false));
+  EXPECT_TRUE(preferences.Set(5, Simple(5), false));
+  EXPECT_EQ(Stored(5), 5);
+  EXPECT_EQ(Stored(), -1);
+}
+
+}  // namespace

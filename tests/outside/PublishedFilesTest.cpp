@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "engine/outside/ScriptedOutside.h"
+#include "host/Application.h"
+#include "host/Files.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using host::Filename;
+using host::String;
+
+struct PublishedFiles : testing::Test {
+  Filename At(const std::string& name) const { return Filename((scratch / name).c_str()); }
+
+  tests::ScratchFolder scratch;
+  engine::ScriptedOutside outside;
+  engine::OutsideInUse inUse{outside};
+};
+
+TEST_F(PublishedFiles, ExistTellsFilesFromFolders) {
+  tests::WriteText(scratch / "file", "x");
+  EXPECT_TRUE(host::GeFExist(At("file"), false));
+  EXPECT_FALSE(host::GeFExist(At("file"), true));
+  EXPECT_TRUE(host::GeFExist(At(""), true));
+  EXPECT_FALSE(host::GeFExist(At(""), false));
+  EXPECT_FALSE(host::GeFExist("file", false));
+  EXPECT_FALSE(host::GeFExist("", true));
+  EXPECT_FALSE(host::GeFExist("/dev/null", false));
+}
+
+TEST_F(PublishedFiles, CopyReplacesWithFlagOneOnly) {
+  tests::WriteText(scratch / "a", "a");
+  tests::WriteText(scratch / "b", "b");
+  EXPECT_FALSE(host::GeFCopyFile(At("a"), At("b"), 0));
+  EXPECT_TRUE(host::GeFCopyFile(At("a"), At("b"), 1));
+  EXPECT_TRUE(host::GeFCopyFile(At("a"), At("a"), 1));
+  EXPECT_EQ(tests::ReadText(scratch / "b"), "a");
+}
+
+TEST_F(PublishedFiles, KillTakesFilesOrWithFlagOneFolders) {
+  fs::create_directories(scratch / "folder/sub");
+  tests::WriteText(scratch / "file", "x");
+  EXPECT_FALSE(host::GeFKill(At("folder"), 0));
+  EXPECT_FALSE(host::GeFKill(At("file"), 1));
+  EXPECT_FALSE(host::GeFKill(At("missing"), 0));
+  EXPECT_FALSE(host::GeFKill(At("missing"), 1));
+  EXPECT_FALSE(host::GeFKill(At("folder/../file"), 0));
+  EXPECT_EQ(tests::Names(scratch.Path()), "file folder");
+  EXPECT_TRUE(host::GeFKill(At("folder"), 1));
+  EXPECT_TRUE(host::GeFKill(At("file"), 0));
+  EXPECT_EQ(tests::Names(scratch.Path()), "");
+}
+
+TEST_F(PublishedFiles, FoldersAndNames) {
+  EXPECT_TRUE(host::GeFCreateDir(At("a")));
+  EXPECT_TRUE(host::GeFCreateDir(At("a")));
+  EXPECT_FALSE(host::GeFCreateDir(At("b/c")));
+  EXPECT_FALSE(host::GeFRename(At("a"), At("a")));
+  EXPECT_TRUE(host::GeFRename(At("a"), At("z")));
+  EXPECT_EQ(tests::Names(scratch.Path()), "z");
+}
+
+TEST_F(PublishedFiles, BrowsingListsPlainFilesInNameOrder) {
+  for (const char* name : {"b.tif", "a.tif", "B.tif"}) tests::WriteText(scratch / name, "x");
+  fs::create_directory(scratch / "folder");
+  host::AutoAlloc<host::BrowseFiles> browser;
+  for (int turn = 0; turn < 2; ++turn) {
+    browser->Init(At(""), 0);
+    std::string names;
+    while (browser->GetNext()) names += browser->GetFilename().GetString().ToUtf8() + " ";
+    EXPECT_EQ(names, "B.tif a.tif b.tif ");
+    EXPECT_FALSE(browser->GetNext());
+    EXPECT_FALSE(browser->GetFilename().Content());
+  }
+  browser->Init("relative", 0);
+  EXPECT_FALSE(browser->GetNext());
+}
+
+TEST_F(PublishedFiles, ChoosingAFileKeepsTheNameWhenCancelled) {
+  Filename name("/proposal");
+  EXPECT_FALSE(host::FileSelect(name, host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose"));
+  EXPECT_EQ(name.GetString(), String("/proposal"));
+  outside.ChooseNext("/chosen");
+  EXPECT_TRUE(host::FileSelect(name, host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose"));
+  EXPECT_EQ(name.GetString(), String("/chosen"));
+}
+
+TEST_F(PublishedFiles, PromptsStatusViewerAndClockGoThroughTheDoor) {
+  outside.AnswerNext(true);
+  outside.SetNow({2011, 2, 3, 4, 5, 6});
+  host::MessageDialog("Told");
+  EXPECT_TRUE(host::QuestionDialog("Asked?"));
+  host::StatusSetText("Busy");
+  host::StatusClear();
+  EXPECT_FALSE(host::GeExecuteFile(At("manual.pdf")));
+  tests::WriteText(scratch / "manual.pdf", "x");
+  EXPECT_TRUE(host::GeExecuteFile(At("manual.pdf")));
+  EXPECT_EQ(outside.TakeTranscript(),
+            "tell: Told\nask: Asked? -> yes\nstatus: Busy\nstatus cleared\nview: " + (scratch / "manual.pdf") + "\n");
+  host::LocalFileTime time;
+  host::GeGetCurrentTime(time);
+  EXPECT_EQ(time.year * 10000 + time.month * 100 + time.day, 20110203);
+  EXPECT_EQ(time.hour * 10000 + time.minute * 100 + time.second, 40506);
+}
+
+}  // namespace
