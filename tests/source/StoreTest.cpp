@@ -175,21 +175,5 @@ TEST_F(StageTest, WithoutADocumentEveryEventIsRefused) {
     EXPECT_FALSE(Menu(entry)) << entry;
 }
 
-TEST_F(StageTest, ElementsAreSavedWithTheScene) {
-  BaseObject* cube = Object("Cube");
-  Record("A");
-  SetSwitches(cube, MODE_OFF, MODE_OFF, FALSE);
-  Record("B");
-  SaveAs("scene.c4d");
-  const std::string saved = StoreText(kRecordStore);
-  const engine::Result<BaseDocument*> opened = App().OpenDocument(Folder() + "/scene.c4d");
-  ASSERT_TRUE(opened.Ok()) << opened.Message();
-  Deliver();
-  EXPECT_EQ(StoreText(kRecordStore), saved);
-  EXPECT_EQ(Rows(), "[ ] A\n[ ] * B\n");
-  Load("A");
-  EXPECT_EQ(Switches(opened.Value()->GetFirstObject()), "2 2 1");
-}
-
 }  // namespace
 }  // namespace stagemarks
