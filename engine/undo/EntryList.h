@@ -26,7 +26,7 @@ class EntryList {
   }
   // The entry is built where it stays.
   void AddChange(host::BaseList2D& node) {
-    ::new (NextPlace()) UndoEntry(UndoEntry::Change(node));
+    ::new (NextPlace()) UndoEntry(node);
     ++size_;
   }
   // Ends the entries from `size` on, the last one first.

@@ -131,26 +131,21 @@ GeListNode* PredIn(BaseDocument& doc, BaseList2D& owner, const ParkedNode& parke
 
 }  // namespace
 
-UndoEntry UndoEntry::Change(BaseList2D& node) {
-  UndoEntry entry;
-  entry.node_ = A::Id(node);
-  entry.name_ = A::Name(node);
-  entry.data_ = A::Data(node);
-  entry.bits_ = A::Bits(node);
-  std::copy_n(A::Modes(node), 3, entry.modes_);
-  entry.layer_ = A::Layer(node);
-  if (const host::TextureTag* tag = AsTextureTag(&node)) entry.material_ = A::Material(*tag);
-  entry.rest_ = RestOf(node);
-  return entry;
+UndoEntry::UndoEntry(BaseList2D& node)
+    : node_(A::Id(node)),
+      name_(A::Name(node)),
+      data_(A::Data(node)),
+      bits_(A::Bits(node)),
+      place_(false),
+      layer_(A::Layer(node)),
+      rest_(RestOf(node)) {
+  std::copy_n(A::Modes(node), 3, modes_);
+  if (const host::TextureTag* tag = AsTextureTag(&node)) material_ = A::Material(*tag);
 }
 
-UndoEntry UndoEntry::Made(const BaseList2D& node) {
-  UndoEntry entry;
-  entry.node_ = A::Id(node);
-  entry.place_ = true;
-  entry.rest_ = std::make_shared<ParkedNode>();
-  return entry;
-}
+UndoEntry::UndoEntry(NodeId node) : node_(node), place_(true), rest_(std::make_shared<ParkedNode>()) {}
+
+UndoEntry UndoEntry::Made(const BaseList2D& node) { return UndoEntry(A::Id(node)); }
 
 UndoEntry UndoEntry::Parked(BaseList2D& node) {
   UndoEntry entry = Made(node);

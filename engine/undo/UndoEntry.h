@@ -11,7 +11,7 @@ namespace engine {
 class UndoEntry {
  public:
   // The state of `node` as it is now. Names, data, frames and meshes are shared, not copied.
-  static UndoEntry Change(host::BaseList2D& node);
+  explicit UndoEntry(host::BaseList2D& node);
   // `node` was put into its place: undo takes it out.
   static UndoEntry Made(const host::BaseList2D& node);
   // Takes `node` out of its place and keeps it: undo puts it back.
@@ -21,16 +21,17 @@ class UndoEntry {
   void Exchange(host::BaseDocument& doc);
 
  private:
-  UndoEntry() = default;
+  // A place that keeps nothing yet.
+  explicit UndoEntry(NodeId node);
   void ExchangeContents(host::BaseList2D& node);
   void ExchangePlace(host::BaseDocument& doc);
 
-  NodeId node_ = 0;
+  NodeId node_;
   host::String name_;
   host::BaseContainer data_;
   host::LONG bits_ = 0;
   host::UCHAR modes_[3] = {};
-  bool place_ = false;  // keeps a place, not contents
+  bool place_;  // keeps a place, not contents
   NodeId layer_ = 0;
   NodeId material_ = 0;
   // Of an object its shape, of a layer its flags, of render settings their lists, of a place the parked node.

@@ -69,11 +69,16 @@ bool UndoHistory::Claim(BaseList2D& node) {
 
 void UndoHistory::Made(BaseList2D& node) { Add(host::UNDO_NEW, node); }
 
-UndoHistory::Remembered UndoHistory::Present() const { return {SceneCameraIdOf(doc_), ActiveRenderDataIdOf(doc_)}; }
+UndoHistory::Remembered UndoHistory::Present() const {
+  const host::BaseObject* active = doc_.GetActiveObject();
+  return {SceneCameraIdOf(doc_), ActiveRenderDataIdOf(doc_), active ? A::Id(*active) : 0};
+}
 
 void UndoHistory::Return(const Remembered& to) {
   SetSceneCameraId(doc_, to.camera);
   doc_.SetActiveRenderData(AsRenderData(FindNode(&doc_, to.settings)));
+  DocumentBody& body = BodyOf(doc_);
+  body.selectedObjects.Add(to.activeObject, body.table);
 }
 
 void UndoHistory::Exchange(Step& step, bool backwards, std::size_t from) {
@@ -114,7 +119,12 @@ void UndoHistory::Clear() {
   entries_ = 0;
 }
 
-bool UndoHistory::HoldsChange() const { return open_ && (open_->entries.Size() > 0 || !(open_->remembered == Present())); }
+bool UndoHistory::HoldsChange() const {
+  if (!open_) return false;
+  const Remembered present = Present();
+  const Remembered& opening = open_->remembered;
+  return open_->entries.Size() > 0 || opening.camera != present.camera || opening.settings != present.settings;
+}
 
 std::string UndoHistory::DoneName() const {
   if (HoldsChange()) return open_->name;

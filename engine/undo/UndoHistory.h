@@ -55,7 +55,7 @@ class UndoHistory : public UndoAttachment {
   struct Remembered {
     NodeId camera = 0;
     NodeId settings = 0;
-    bool operator==(const Remembered&) const = default;
+    NodeId activeObject = 0;  // which selected one was the last; no change by itself
   };
   struct Step {
     EntryList entries;

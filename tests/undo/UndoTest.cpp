@@ -1,0 +1,397 @@
+// Undo and redo, seen through dumps of the whole scene.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "engine/scene/Nodes.h"
+#include "engine/scene/SceneDump.h"
+#include "engine/undo/Undo.h"
+#include "engine/undo/UndoEntry.h"
+#include "host/Parameters.h"
+#include "tests/support/SceneBuilder.h"
+
+namespace {
+
+using host::BaseContainer;
+using host::BaseDocument;
+using host::BaseObject;
+using host::RenderData;
+using support::SceneBuilder;
+
+const std::vector<std::string> kSame;
+
+struct Scene : SceneBuilder {
+  Scene() {
+    Camera("Room/Cam").Cube("Room/Box").Cube("Room/Ball").Object("Out").Material("Red").Material("Blue").Material("Green");
+    Layer("L").Settings("HD").Post("HD", 1, false).Post("HD", 2).Pass("HD", 3).Settings("Other").Post("Other", 9);
+    Texture("Room/Box", "Red").Tag("Room/Box", host::Tcompositing).Select("Out").Active("HD");
+  }
+  std::string Dump() const { return engine::DumpDocument(Doc()); }
+  host::TextureTag* Paint() const { return static_cast<host::TextureTag*>(GetTag("Room/Box", host::Ttexture)); }
+  bool Changing(void* element) const { return Doc().AddUndo(host::UNDO_CHANGE, element); }
+  bool Deleting(void* element) const { return Doc().AddUndo(host::UNDO_DELETE, element); }
+};
+
+// One group that changes something; undone it is as before, done again as after.
+void ExpectTakenBack(Scene& scene, const std::function<void(Scene&)>& change, const char* name) {
+  SCOPED_TRACE(name);
+  const std::string before = scene.Dump();
+  scene.Doc().StartUndo();
+  change(scene);
+  scene.Doc().EndUndo();
+  const std::string after = scene.Dump();
+  EXPECT_NE(after, before) << "the case changes nothing";
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_TRUE(scene.Doc().DoUndo());
+    EXPECT_EQ(engine::DumpDifference(before, scene.Dump()), kSame);
+    EXPECT_TRUE(scene.Doc().DoRedo());
+    EXPECT_EQ(engine::DumpDifference(after, scene.Dump()), kSame);
+  }
+  EXPECT_TRUE(scene.Doc().DoUndo());
+  EXPECT_EQ(engine::DumpDifference(before, scene.Dump()), kSame);
+}
+
+struct Case {
+  const char* name;
+  std::function<void(Scene&)> change;
+};
+
+void ChangeObject(Scene& s) {
+  s.Changing(s.GetObject("Room/Box"));
+  s.Modes("Room/Box", host::MODE_OFF, host::MODE_ON, false).At("Room/Box", 1, 2, 3).OnLayer("Room/Box", "L").Select("Room/Box");
+  s.GetObject("Room/Box")->GetDataInstance()->SetLong(1, 1);
+  s.GetObject("Room/Box")->SetName("Crate");
+}
+
+void ChangeTags(Scene& s) {
+  host::BaseTag* tag = s.GetTag("Room/Box", host::Tcompositing);
+  s.Changing(tag);
+  s.Changing(s.Paint());
+  tag->GetDataInstance()->FlushAll();
+  tag->GetDataInstance()->SetLink(40000, tag);
+  s.Paint()->SetMaterial(s.GetMaterial("Blue"));
+}
+
+void ChangeLayer(Scene& s) {
+  s.Changing(s.GetLayer("L"));
+  host::LayerData flags;
+  flags.solo = true;
+  s.GetLayer("L")->SetLayerData(&s.Doc(), flags);
+}
+
+void LoadSettings(Scene& s) {
+  RenderData* first = s.Doc().GetFirstRenderData();
+  const host::String name = first->GetName();
+  s.Changing(first);
+  s.GetSettings("Other")->CopyTo(first, 0, nullptr);
+  first->SetName(name);
+  s.Doc().SetActiveRenderData(first);
+}
+
+void DeleteMaterials(Scene& s) {
+  for (const char* name : {"Red", "Green"}) {
+    host::BaseMaterial* material = s.GetMaterial(name);
+    s.Deleting(material);
+    host::BaseMaterial::Free(material);
+  }
+}
+
+// Registered first and freed later, in another order, one inside the other.
+void DeleteNested(Scene& s) {
+  BaseObject* room = s.GetObject("Room");
+  BaseObject* box = s.GetObject("Room/Box");
+  s.Deleting(room);
+  s.Deleting(box);
+  BaseObject::Free(box);
+  BaseObject::Free(room);
+}
+
+void InsertSubtree(Scene& s) {
+  s.Object("New");
+  s.Doc().AddUndo(host::UNDO_NEW, s.GetObject("New"));
+  s.Cube("New/Inner").Tag("New/Inner", host::Tphong);
+}
+
+void ChangeThenDelete(Scene& s) {
+  BaseObject* box = s.GetObject("Room/Box");
+  s.Changing(box);
+  box->SetName("Doomed");
+  s.Deleting(box);
+  BaseObject::Free(box);
+}
+
+void DeleteAllSettings(Scene& s) {
+  while (s.Doc().GetFirstRenderData()->GetName() != "Render Settings" || s.Doc().GetFirstRenderData()->GetNext()) {
+    RenderData* settings = s.Doc().GetActiveRenderData();
+    settings->SetName("old");
+    s.Deleting(settings);
+    RenderData::Free(settings);
+  }
+}
+
+TEST(Undo, TakesBackAndDoesAgain) {
+  const Case cases[] = {
+      {"object", ChangeObject},
+      {"tags", ChangeTags},
+      {"layer", ChangeLayer},
+      {"render settings copied over", LoadSettings},
+      {"scene camera alone", [](Scene& s) { s.LookThrough("Room/Cam"); }},
+      {"active settings alone", [](Scene& s) { s.Active("Other"); }},
+      {"materials deleted", DeleteMaterials},
+      {"nested objects deleted", DeleteNested},
+      {"subtree inserted", InsertSubtree},
+      {"changed, then deleted", ChangeThenDelete},
+      {"everything at once",
+       [](Scene& s) {
+         ChangeObject(s);
+         s.GetObject("Room/Crate")->SetName("Box");
+         ChangeTags(s);
+         LoadSettings(s);
+         DeleteMaterials(s);
+         DeleteNested(s);
+       }},
+  };
+  Scene scene;
+  for (const Case& c : cases) ExpectTakenBack(scene, c.change, c.name);
+}
+
+TEST(Undo, SettingsThatStoodInForTheLastOnesGoAgain) {
+  Scene scene;
+  for (RenderData* s = scene.Doc().GetFirstRenderData(); s; s = s->GetNext()) s->SetName("old");
+  ExpectTakenBack(scene, DeleteAllSettings, "all settings");
+}
+
+TEST(Undo, SameElementTwiceInAGroup) {
+  Scene scene;
+  ExpectTakenBack(
+      scene,
+      [](Scene& s) {
+        BaseObject* box = s.GetObject("Room/Box");
+        for (host::LONG i = 1; i < 4; ++i) {
+          EXPECT_TRUE(s.Changing(box));
+          box->GetDataInstance()->SetLong(5, i);
+        }
+      },
+      "three entries");
+}
+
+TEST(Undo, BringsBackTheSameElementAndItsLinks) {
+  Scene scene;
+  BaseObject* box = scene.GetObject("Room/Box");
+  host::BaseTag* tag = box->GetFirstTag();
+  BaseContainer links;
+  links.SetLink(1, box);
+  links.SetLink(2, tag);
+  scene.LookThrough("Room/Cam");
+  scene.Doc().StartUndo();
+  for (const char* path : {"Room/Box", "Room/Cam"}) {
+    BaseObject* object = scene.GetObject(path);
+    scene.Deleting(object);
+    BaseObject::Free(object);
+    EXPECT_EQ(object, nullptr);
+  }
+  scene.Doc().EndUndo();
+  EXPECT_EQ(box->GetDocument(), nullptr) << "a parked element belongs to no document";
+  EXPECT_EQ(links.GetLink(1, &scene.Doc()), nullptr);
+  EXPECT_EQ(links.GetLink(2, &scene.Doc()), nullptr);
+  EXPECT_EQ(scene.Doc().GetRenderBaseDraw()->GetSceneCamera(&scene.Doc()), nullptr);
+  scene.Doc().DoUndo();
+  EXPECT_EQ(links.GetLink(1, &scene.Doc()), box);
+  EXPECT_EQ(links.GetLink(2, &scene.Doc()), tag);
+  EXPECT_EQ(scene.Doc().GetRenderBaseDraw()->GetSceneCamera(&scene.Doc()), scene.GetObject("Room/Cam"));
+}
+
+TEST(Undo, LinksToPostsSurviveTheCopyOver) {
+  Scene scene;
+  RenderData* first = scene.Doc().GetFirstRenderData();
+  scene.Post("Render Settings", 7, false);
+  BaseContainer links;
+  links.SetLink(1, first->GetFirstVideoPost());
+  scene.Doc().StartUndo();
+  LoadSettings(scene);
+  scene.Doc().EndUndo();
+  EXPECT_EQ(links.GetLink(1, &scene.Doc()), nullptr);
+  scene.Doc().DoUndo();
+  EXPECT_EQ(links.GetLink(1, &scene.Doc()), first->GetFirstVideoPost());
+}
+
+TEST(Undo, GroupsHoldTogetherAndEmptyOnesAreNone) {
+  Scene scene;
+  BaseDocument& doc = scene.Doc();
+  EXPECT_FALSE(scene.Changing(scene.GetObject("Out"))) << "outside a group";
+  EXPECT_FALSE(doc.EndUndo());
+  doc.StartUndo();
+  EXPECT_TRUE(doc.EndUndo());
+  EXPECT_FALSE(engine::CanUndo(doc));
+  EXPECT_FALSE(doc.DoUndo());
+
+  const std::string before = scene.Dump();
+  doc.StartUndo();
+  scene.Changing(scene.GetObject("Out"));
+  scene.Modes("Out", host::MODE_ON, host::MODE_ON);
+  doc.StartUndo();
+  scene.Changing(scene.GetObject("Room"));
+  scene.Modes("Room", host::MODE_ON, host::MODE_ON);
+  doc.EndUndo();
+  EXPECT_FALSE(doc.EndUndo()) << "opening an open group goes on with it";
+  EXPECT_TRUE(doc.DoUndo());
+  EXPECT_EQ(engine::DumpDifference(before, scene.Dump()), kSame);
+  EXPECT_FALSE(doc.DoUndo());
+}
+
+TEST(Undo, AGroupLeftOpenIsClosedByUndo) {
+  Scene scene;
+  scene.Doc().StartUndo();
+  scene.Changing(scene.GetObject("Out"));
+  scene.GetObject("Out")->SetName("In");
+  EXPECT_TRUE(engine::CanUndo(scene.Doc()));
+  EXPECT_TRUE(scene.Doc().DoUndo());
+  EXPECT_EQ(scene.GetObject("Out")->GetName(), "Out");
+  EXPECT_FALSE(scene.Changing(scene.GetObject("Out")));
+}
+
+TEST(Undo, RefusesWhatIsNotAnElementOfTheDocument) {
+  Scene scene, other;
+  BaseDocument& doc = scene.Doc();
+  BaseObject* loose = BaseObject::Alloc(host::Onull);
+  doc.StartUndo();
+  for (const host::LONG type : {host::UNDO_CHANGE, host::UNDO_NEW, host::UNDO_DELETE}) {
+    EXPECT_FALSE(doc.AddUndo(type, nullptr));
+    EXPECT_FALSE(doc.AddUndo(type, loose));
+    EXPECT_FALSE(doc.AddUndo(type, other.GetObject("Out")));
+    EXPECT_FALSE(doc.AddUndo(type, &doc)) << "document data is not undone";
+  }
+  EXPECT_FALSE(doc.AddUndo(4711, scene.GetObject("Out")));
+  doc.EndUndo();
+  EXPECT_FALSE(engine::CanUndo(doc));
+  BaseObject::Free(loose);
+}
+
+TEST(Undo, ANewChangeDropsWhatCouldBeDoneAgain) {
+  Scene scene;
+  const auto rename = [&](const char* name) {
+    engine::UndoScope scope(scene.Doc(), name);
+    scene.Changing(scene.Doc().GetFirstObject());
+    scene.Doc().GetFirstObject()->SetName(name);
+  };
+  rename("one");
+  rename("two");
+  scene.Doc().DoUndo();
+  EXPECT_EQ(engine::UndoName(scene.Doc()), "one");
+  EXPECT_EQ(engine::RedoName(scene.Doc()), "two");
+  rename("three");
+  EXPECT_FALSE(engine::CanRedo(scene.Doc()));
+  EXPECT_FALSE(scene.Doc().DoRedo());
+  EXPECT_EQ(scene.Doc().GetFirstObject()->GetName(), "three");
+}
+
+TEST(Undo, MarksTheDocumentChanged) {
+  Scene scene;
+  scene.Doc().StartUndo();
+  ChangeObject(scene);
+  scene.Doc().EndUndo();
+  for (const bool undo : {true, false}) {
+    engine::ClearChanged(scene.Doc());
+    EXPECT_TRUE(undo ? scene.Doc().DoUndo() : scene.Doc().DoRedo());
+    EXPECT_TRUE(scene.Doc().GetChanged());
+  }
+}
+
+TEST(Undo, SkipsWhatWasDestroyedWithoutIt) {
+  Scene scene;
+  scene.Doc().StartUndo();
+  scene.Changing(scene.GetObject("Room/Box"));
+  scene.Changing(scene.GetObject("Out"));
+  scene.GetObject("Out")->SetName("In");
+  BaseObject* ball = scene.GetObject("Room/Ball");
+  scene.Deleting(ball);
+  BaseObject::Free(ball);
+  scene.Doc().EndUndo();
+  BaseObject* room = scene.GetObject("Room");
+  BaseObject::Free(room);
+  EXPECT_TRUE(scene.Doc().DoUndo());
+  EXPECT_EQ(scene.GetObject("Out")->GetName(), "Out");
+  EXPECT_TRUE(scene.Doc().DoRedo());
+  EXPECT_EQ(scene.GetObject("In")->GetName(), "In");
+}
+
+TEST(Undo, FindsAPlaceAmongNeighboursThatMoved) {
+  SceneBuilder scene;
+  BaseDocument& doc = scene.Doc();
+  scene.Object("A").Object("B").Object("C").Object("D");
+  BaseObject* c = scene.GetObject("C");
+  doc.StartUndo();
+  doc.AddUndo(host::UNDO_DELETE, c);
+  BaseObject::Free(c);
+  doc.EndUndo();
+  BaseObject* b = scene.GetObject("B");
+  BaseObject::Free(b);
+  doc.DoUndo();
+  EXPECT_EQ(scene.GetObject("A")->GetNext(), scene.GetObject("C"));
+  EXPECT_EQ(scene.GetObject("C")->GetNext(), scene.GetObject("D"));
+}
+
+TEST(Undo, FreeingAfterTheGroupDestroys) {
+  Scene scene;
+  BaseObject* out = scene.GetObject("Out");
+  scene.Doc().StartUndo();
+  scene.Deleting(out);
+  scene.Doc().EndUndo();
+  BaseObject::Free(out);
+  EXPECT_FALSE(scene.Doc().DoUndo());
+}
+
+TEST(Undo, StepsAreLimited) {
+  Scene scene;
+  for (int i = 0; i < 150; ++i) {
+    engine::UndoScope scope(scene.Doc(), "step");
+    SceneBuilder(scene.Doc()).Object("Made " + std::to_string(i));
+    BaseObject* last = scene.GetObject("Made " + std::to_string(i));
+    scene.Doc().AddUndo(host::UNDO_NEW, last);
+    scene.Deleting(last);
+    BaseObject::Free(last);
+  }
+  int steps = 0;
+  while (scene.Doc().DoUndo()) ++steps;
+  EXPECT_EQ(steps, 100);
+  engine::ClearUndo(scene.Doc());
+  EXPECT_FALSE(engine::CanRedo(scene.Doc()));
+}
+
+TEST(Undo, ACancelledScopeLeavesNothing) {
+  Scene scene;
+  const std::string before = scene.Dump();
+  {
+    engine::UndoScope scope(scene.Doc(), "cancelled");
+    ChangeObject(scene);
+    DeleteMaterials(scene);
+    scene.LookThrough("Room/Cam");
+    scope.Cancel();
+  }
+  EXPECT_EQ(engine::DumpDifference(before, scene.Dump()), kSame);
+  EXPECT_FALSE(engine::CanUndo(scene.Doc()));
+  EXPECT_FALSE(engine::CanRedo(scene.Doc()));
+}
+
+TEST(Undo, AnInnerScopeCancelsItsOwnPart) {
+  Scene scene;
+  const std::string before = scene.Dump();
+  std::string outer;
+  {
+    engine::UndoScope scope(scene.Doc(), "outer");
+    DeleteMaterials(scene);
+    outer = scene.Dump();
+    engine::UndoScope inner(scene.Doc(), "inner");
+    ChangeObject(scene);
+    inner.Cancel();
+  }
+  EXPECT_EQ(engine::DumpDifference(outer, scene.Dump()), kSame);
+  EXPECT_EQ(engine::UndoName(scene.Doc()), "outer");
+  scene.Doc().DoUndo();
+  EXPECT_EQ(engine::DumpDifference(before, scene.Dump()), kSame);
+}
+
+// A load of a million objects makes as many entries.
+TEST(Undo, EntriesStaySmall) { EXPECT_LE(sizeof(engine::UndoEntry), 72u); }
+
+}  // namespace
