@@ -2,28 +2,10 @@
 
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/NodeFactory.h"
-#include "engine/scene/NodeTree.h"
 
 namespace host {
 
-using engine::NodeKind;
-
-namespace {
-
-BaseList2D* MakeExpression() {
-  BaseList2D* tag = engine::MakeNode(NodeKind::XPressoTag, Texpresso);
-  BaseList2D* master = engine::MakeBare(NodeKind::NodeMaster, GVbase);
-  engine::PutIn(*engine::MakeNode(NodeKind::Node, GVbase), *master, engine::kChildren, nullptr);
-  engine::PutIn(*master, *tag, engine::kAttached, nullptr);
-  return tag;
-}
-
-}  // namespace
-
-BaseTag* BaseTag::Alloc(LONG type) {
-  const NodeKind kind = engine::TagKind(type);
-  return engine::AsTag(kind == NodeKind::XPressoTag ? MakeExpression() : engine::MakeNode(kind, type));
-}
+BaseTag* BaseTag::Alloc(LONG type) { return engine::AsTag(engine::MakeNode(engine::TagKind(type), type)); }
 
 void BaseTag::Free(BaseTag*& tag) {
   engine::FreeNode(tag);

@@ -2,6 +2,18 @@
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/NodeTree.h"
 
+namespace engine {
+
+std::vector<host::BaseList2D*> SelectedInOrder(const host::BaseDocument& doc) {
+  const DocumentBody& body = BodyOf(doc);
+  std::vector<host::BaseList2D*> order = body.selectedObjects.InOrder(body.table);
+  const std::vector<host::BaseList2D*> tags = body.selectedTags.InOrder(body.table);
+  order.insert(order.end(), tags.begin(), tags.end());
+  return order;
+}
+
+}  // namespace engine
+
 namespace host {
 
 using engine::DocumentBody;

@@ -65,6 +65,12 @@ void End(GeListNode* node) {
   }
 }
 
+void AddMaster(BaseList2D& tag) {
+  BaseList2D* master = MakeBare(NodeKind::NodeMaster, host::GVbase);
+  PutIn(*MakeNode(NodeKind::Node, host::GVbase), *master, kChildren, nullptr);
+  PutIn(*master, tag, kAttached, nullptr);
+}
+
 GeListNode* Innermost(GeListNode* node) {
   while (GeListNode* inside = FirstInside(*node)) node = inside;
   return node;
@@ -121,6 +127,7 @@ BaseList2D* MakeNode(NodeKind kind, host::LONG type) {
   if (!node) return nullptr;
   if (IsKnownType(type)) A::Name(*node) = TypeName(type);
   A::Data(*node) = DefaultData(type);
+  if (kind == NodeKind::XPressoTag) AddMaster(*node);
   return node;
 }
 

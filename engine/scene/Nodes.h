@@ -50,8 +50,8 @@ bool SetId(host::GeListNode& node, NodeId id);
 // The element with that identity if it lives in `doc`, anywhere in its trees, else null. O(1).
 host::BaseList2D* FindNode(const host::BaseDocument* doc, NodeId id);
 
-// A new node of a class with the defaults of its type, in no place, owned by the caller; for readers of files. Null for a
-// document. The node of an expression tag's master that stands for its root is made by BaseTag::Alloc.
+// A new node of a class with the defaults of its type, in no place, owned by the caller. An expression tag has its master
+// and root already. Null for a document.
 host::BaseList2D* MakeNode(NodeKind kind, host::LONG type);
 // What owns an element: parent, object of a tag, settings of a post, element of a shader, document; null for one in no place.
 host::BaseList2D* OwnerOf(const host::GeListNode& node);
@@ -72,6 +72,8 @@ void SetMaterialId(host::TextureTag& tag, NodeId material);
 NodeId SceneCameraIdOf(const host::BaseDocument& doc);
 void SetSceneCameraId(host::BaseDocument& doc, NodeId camera);
 NodeId ActiveRenderDataIdOf(const host::BaseDocument& doc);
+// The selected objects, then the selected tags, each in the order of selecting.
+std::vector<host::BaseList2D*> SelectedInOrder(const host::BaseDocument& doc);
 host::ULLONG NBitsOf(const host::GeListNode& node);
 void SetNBits(host::GeListNode& node, host::ULLONG bits);
 const host::LayerData& OwnLayerData(const host::LayerObject& layer);

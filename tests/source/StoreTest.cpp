@@ -66,7 +66,7 @@ TEST_F(StageTest, OverwritingKeepsTheIdAndReplacesRecordAndEntry) {
             "ask: An element with that name already exists.  Do you want to overwrite it? -> yes\nst");
   EXPECT_EQ(Part(0, kObjects), "0 {30000 ->Cube, 30001 1, 30002 1, 30003 0}\n");
   EXPECT_EQ(Rows(), "[ ] * A\n[ ] B\n") << "the check mark goes with the deleted row";
-  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  A 1280\n  B 1280\n") << "the old copy of the render settings is freed";
+  EXPECT_EQ(SettingsText(), "*  1280\n  A 1280\n  B 1280\n") << "the old copy of the render settings is freed";
 }
 
 TEST_F(StageTest, DecliningToOverwriteChangesNothing) {
@@ -173,6 +173,22 @@ TEST_F(StageTest, WithoutADocumentEveryEventIsRefused) {
   for (const LONG button : {kLoad, kDelete, kRename, kRecord, kGenerateFiles}) EXPECT_FALSE(Press(button)) << button;
   for (const LONG entry : {kCheckAll, kUpdateChecked, kDeleteAll, kSaveDefaults, kHelp, kAbout})
     EXPECT_FALSE(Menu(entry)) << entry;
+}
+
+TEST_F(StageTest, ElementsAreSavedWithTheScene) {
+  BaseObject* cube = Object("Cube");
+  Record("A");
+  SetSwitches(cube, MODE_OFF, MODE_OFF, FALSE);
+  Record("B");
+  SaveAs("scene.c4d");
+  const std::string saved = StoreText(kRecordStore);
+  const engine::Result<BaseDocument*> opened = App().OpenDocument(Folder() + "/scene.c4d");
+  ASSERT_TRUE(opened.Ok()) << opened.Message();
+  Deliver();
+  EXPECT_EQ(StoreText(kRecordStore), saved);
+  EXPECT_EQ(Rows(), "[ ] A\n[ ] * B\n");
+  Load("A");
+  EXPECT_EQ(Switches(opened.Value()->GetFirstObject()), "2 2 1");
 }
 
 }  // namespace

@@ -8,8 +8,7 @@ namespace stagemarks {
 
 // The object's three switches.
 void WriteObjectSwitches(BaseContainer& record, const BaseObject& object);
-// The link to the object and its switches. Writing over the record of another object leaves nothing of that one.
-void WriteObjectRecord(BaseContainer& record, const BaseObject& object, LONG index);
+// The link to the object and its switches.
 BaseContainer ObjectRecord(const BaseObject& object, LONG index);
 
 // The nine flags of the layer's own data.

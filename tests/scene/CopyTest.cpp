@@ -1,0 +1,182 @@
+// Copies: whole documents, single elements, and contents written over another element.
+#include <gtest/gtest.h>
+
+#include "engine/scene/Mesh.h"
+#include "engine/scene/Nodes.h"
+#include "engine/scene/SceneDump.h"
+#include "host/Parameters.h"
+#include "tests/support/SceneBuilder.h"
+
+namespace {
+
+using host::BaseContainer;
+using host::BaseDocument;
+using host::BaseObject;
+using host::RenderData;
+using support::SceneBuilder;
+
+// Something of everything, with identities out of order.
+struct FullScene : SceneBuilder {
+  FullScene() {
+    host::LayerData dark;
+    dark.view = false;
+    dark.color = host::Vector(0.1, 0.2, 0.3);
+    Object("Late").Material("Red").Material("Blue").Layer("Set/Walls", dark).Settings("HD", 1920, 1080);
+    Post("HD", host::VPglobalillumination).Post("HD", 42, false).Pass("HD", host::Zmultipass, false).Active("HD");
+    Camera("Room/Cam").LookThrough("Room/Cam").Cube("Room/Box").Texture("Room/Box", "Blue").Texture("Room/Box", "");
+    Modes("Room/Box", host::MODE_OFF, host::MODE_ON, false).OnLayer("Room/Box", "Set/Walls").At("Room", 1, 2, 3);
+    Tag("Room", host::Tcompositing).Select("Room/Box").Select("Room");
+    auto mesh = std::make_shared<engine::Mesh>();
+    mesh->points = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    mesh->polygons = {{0, 1, 2, -1}};
+    Object("Room/Mesh", host::Opolygon);
+    engine::SetMesh(*Last(), mesh);
+    Bitmap(GetMaterial("Red"), "child.png", Bitmap(GetMaterial("Red"), "parent.png"));
+    host::GvNodeMaster* master = Expression("Room");
+    Bitmap(master->CreateNode(master->GetRoot(), 400001), "node.png");
+    BaseContainer empties(5);
+    empties.SetContainer(1, BaseContainer(9));
+    empties.SetLink(2, nullptr);
+    empties.SetData(3, host::GeData());
+    Doc().GetDataInstance()->SetContainer(1021477, empties);
+    Doc().ChangeNBit(32, host::NBIT_SET);
+    Doc().SetFps(25);
+    Doc().SetDocumentName("scene.c4d");
+    Doc().SetDocumentPath("/projects");
+  }
+};
+
+BaseDocument* CopyOf(BaseDocument& doc, host::LONG flags) { return static_cast<BaseDocument*>(doc.GetClone(flags, nullptr)); }
+
+TEST(Copy, DocumentKeepsEverythingButUndo) {
+  FullScene scene;
+  BaseDocument& doc = scene.Doc();
+  doc.StartUndo();
+  doc.AddUndo(host::UNDO_CHANGE, scene.GetObject("Room"));
+  doc.EndUndo();
+  BaseDocument* copy = CopyOf(doc, host::COPY_DOCUMENT);
+  EXPECT_EQ(engine::DumpDifference(engine::DumpDocument(doc), engine::DumpDocument(*copy)), std::vector<std::string>());
+  EXPECT_EQ(engine::DumpState(doc), engine::DumpState(*copy));
+  EXPECT_EQ(copy->GetDocumentName(), doc.GetDocumentName());
+  EXPECT_EQ(copy->GetDocumentPath(), doc.GetDocumentPath());
+  EXPECT_TRUE(engine::Identical(copy->GetData(), doc.GetData()));
+  EXPECT_EQ(copy->GetActiveObject()->GetName(), "Room");
+  EXPECT_EQ(engine::IdOf(*copy->GetFirstObject()), engine::IdOf(*doc.GetFirstObject()));
+  EXPECT_FALSE(copy->DoUndo());
+  EXPECT_TRUE(doc.DoUndo());
+  BaseDocument::Free(copy);
+}
+
+TEST(Copy, DocumentAndOriginalNeverChangeTogether) {
+  FullScene scene;
+  BaseDocument* copy = CopyOf(scene.Doc(), host::COPY_DOCUMENT);
+  const std::string before = engine::DumpDocument(scene.Doc());
+  SceneBuilder other(*copy);
+  other.Modes("Room", host::MODE_ON, host::MODE_OFF, false).At("Room", 9, 9, 9).OnLayer("Room", "Set");
+  other.GetObject("Room/Box")->GetDataInstance()->SetLong(1, 1);
+  copy->GetDataInstance()->GetContainerInstance(1021477)->SetLong(77, 7);
+  other.GetLayer("Set")->SetLayerData(copy, host::LayerData());
+  EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())), std::vector<std::string>());
+  BaseDocument::Free(copy);
+}
+
+TEST(Copy, DocumentWithNewIdentitiesFollowsItself) {
+  FullScene scene;
+  BaseDocument* copy = CopyOf(scene.Doc(), 0);
+  EXPECT_EQ(engine::DumpDocument(scene.Doc()), engine::DumpDocument(*copy));
+  EXPECT_EQ(engine::FindNode(copy, engine::IdOf(*scene.GetObject("Room"))), nullptr);
+  EXPECT_NE(copy->GetRenderBaseDraw()->GetSceneCamera(copy), nullptr);
+  BaseDocument::Free(copy);
+}
+
+TEST(Copy, ElementGetsIdentitiesOfItsOwnWithAllItOwns) {
+  FullScene scene;
+  BaseObject* room = scene.GetObject("Room");
+  auto* copy = static_cast<BaseObject*>(room->GetClone(0, nullptr));
+  EXPECT_EQ(copy->GetDocument(), nullptr);
+  EXPECT_NE(engine::IdOf(*copy), engine::IdOf(*room));
+  EXPECT_NE(engine::IdOf(*copy->GetFirstTag()), engine::IdOf(*room->GetFirstTag()));
+  EXPECT_EQ(copy->GetMl(), room->GetMl());
+  EXPECT_EQ(engine::MeshOf(*copy->GetDown()->GetNext()->GetNext()), engine::MeshOf(*scene.GetObject("Room/Mesh"))) << "shared";
+  scene.Doc().AppendObject(copy);
+  EXPECT_EQ(scene.Doc().GetAllTextures(nullptr).GetCount(), 4) << "the expression node's texture came along";
+}
+
+// Posts and passes as "type:bits data".
+std::string Effects(const RenderData& settings) {
+  std::string text;
+  for (const host::BaseVideoPost* post = settings.GetFirstVideoPost(); post; post = post->GetNext()) {
+    text += "post " + std::to_string(post->GetType()) + ":" + std::to_string(post->GetAllBits()) + " ";
+  }
+  for (const host::MultipassObject* pass = settings.GetFirstMultipass(); pass; pass = pass->GetNext()) {
+    text += "pass " + std::to_string(pass->GetType()) + ":" + std::to_string(pass->GetAllBits()) + " ";
+  }
+  return text;
+}
+
+struct CopyToCase {
+  const char* name;
+  host::LONG flags;
+  host::LONG bits;
+  const char* effects;
+};
+
+class CopyTo : public testing::TestWithParam<CopyToCase> {};
+
+TEST_P(CopyTo, ReplacesContentsAndKeepsIdentityAndPlace) {
+  SceneBuilder scene;
+  scene.Settings("Source", 640, 480).Post("Source", 1, false).Post("Source", 2).Pass("Source", 3, false);
+  scene.Settings("Target").Post("Target", 9).Pass("Target", 8, false);
+  RenderData* source = scene.GetSettings("Source");
+  RenderData* target = scene.GetSettings("Target");
+  source->SetBit(host::BIT_ACTIVE);
+  target->SetAllBits(32);
+  const engine::NodeId id = engine::IdOf(*target);
+  EXPECT_TRUE(source->CopyTo(target, GetParam().flags, nullptr));
+  EXPECT_EQ(target->GetName(), "Source");
+  EXPECT_EQ(target->GetData(), source->GetData());
+  EXPECT_EQ(target->GetAllBits(), GetParam().bits);
+  EXPECT_EQ(Effects(*target), GetParam().effects);
+  EXPECT_EQ(engine::IdOf(*target), id);
+  EXPECT_EQ(source->GetNext(), target);
+  EXPECT_EQ(target->GetFirstVideoPost()->GetDocument(), &scene.Doc());
+  EXPECT_NE(target->GetFirstVideoPost(), source->GetFirstVideoPost());
+}
+
+INSTANTIATE_TEST_SUITE_P(Flags, CopyTo,
+                         testing::Values(CopyToCase{"Everything", 0, 2, "post 1:4 post 2:0 pass 3:4 "},
+                                         CopyToCase{"NoBits", 16, 32, "post 1:0 post 2:0 pass 3:0 "}),
+                         [](const auto& one) { return one.param.name; });
+
+TEST(Copy, OntoItselfDoesNothingAndUnlikeKindsAreRefused) {
+  FullScene scene;
+  const std::string before = engine::DumpDocument(scene.Doc());
+  RenderData* settings = scene.GetSettings("HD");
+  EXPECT_TRUE(settings->CopyTo(settings, 0, nullptr));
+  EXPECT_FALSE(settings->CopyTo(scene.GetObject("Room"), 0, nullptr));
+  EXPECT_FALSE(settings->CopyTo(nullptr, 0, nullptr));
+  EXPECT_FALSE(scene.GetObject("Room")->CopyTo(scene.GetObject("Room/Box"), 0, nullptr));
+  EXPECT_EQ(engine::DumpDocument(scene.Doc()), before);
+}
+
+TEST(Copy, MaterialTakesItsShadersAndTheLinksToThem) {
+  SceneBuilder scene;
+  scene.Material("A").Material("B");
+  host::BaseMaterial* a = scene.GetMaterial("A");
+  host::BaseMaterial* b = scene.GetMaterial("B");
+  a->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, scene.Bitmap(a, "a.png"));
+  scene.Bitmap(b, "old.png");
+  EXPECT_TRUE(a->CopyTo(b, 0, nullptr));
+  EXPECT_EQ(b->GetDataInstance()->GetLink(host::MATERIAL_COLOR_SHADER, &scene.Doc()), b->GetFirstShader());
+  EXPECT_EQ(b->GetFirstShader()->GetNext(), nullptr);
+}
+
+TEST(Copy, WhatAReaderKeepsGoesWithTheCopy) {
+  SceneBuilder scene;
+  engine::KeepWith(scene.Doc(), std::make_shared<int>(5));
+  BaseDocument* copy = CopyOf(scene.Doc(), host::COPY_DOCUMENT);
+  EXPECT_EQ(engine::KeptWith(*copy), engine::KeptWith(scene.Doc()));
+  BaseDocument::Free(copy);
+}
+
+}  // namespace
