@@ -221,7 +221,7 @@ void PutIn(GeListNode& node, BaseList2D& owner, int slot, GeListNode* pred) {
   const NodeKind kind = A::Kind(owner);
   if (slot == kChildren && kind != NodeKind::NodeMaster) {
     A::Up(node) = &owner;
-  } else if (!OwnsItsKin(A::Kind(node)) && kind != NodeKind::Document) {
+  } else if (!OwnsItsKin(A::Kind(node))) {
     A::Kin(node) = &owner;
   }
   if (kind == NodeKind::XPressoTag && slot == kAttached) {

@@ -2,6 +2,7 @@
 // a damaged, cut or foreign file gives a message that names what is wrong and where, and no document. Main thread.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,8 +16,9 @@ namespace engine {
 // render settings, scene camera and unknown sections that were read are kept; undo steps are not saved.
 Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc);
 
-// A new document, owned by the caller (BaseDocument::Free), without path and name.
-Result<host::BaseDocument*> ReadScene(std::string_view bytes);
+// A new document, owned by the caller (BaseDocument::Free), without path and name. One that would need more than `memoryLimit`
+// bytes (0: the memory of the machine) is refused.
+Result<host::BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0);
 
 // The same through the Outside. Saving leaves the document's path, name and "changed" as they are; opening sets path and name.
 Status SaveSceneFile(const host::BaseDocument& doc, const std::string& path);

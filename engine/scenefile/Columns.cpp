@@ -1,0 +1,119 @@
+#include "engine/scenefile/Columns.h"
+
+#include <algorithm>
+
+namespace engine::scenefile {
+namespace {
+
+constexpr std::size_t kLongestLiteral = 128;
+constexpr std::size_t kRunCode = 126;  // a run of n is the byte kRunCode + n
+
+enum class Symbols { Varints, Words };
+
+void PutSymbol(std::string& out, Symbols kind, std::uint64_t symbol) {
+  kind == Symbols::Varints ? PutVarint(out, symbol) : PutFixed64(out, symbol);
+}
+
+std::uint64_t TakeSymbol(Cursor& in, Symbols kind) { return kind == Symbols::Varints ? in.Varint() : in.Fixed64(); }
+
+std::size_t RunAt(std::span<const std::uint64_t> symbols, std::size_t at) {
+  const std::size_t end = std::min(symbols.size(), at + kLongestRun);
+  std::size_t next = at + 1;
+  while (next < end && symbols[next] == symbols[at]) ++next;
+  return next - at;
+}
+
+void PutLiteral(std::string& out, Symbols kind, std::span<const std::uint64_t> symbols) {
+  while (!symbols.empty()) {
+    const std::size_t count = std::min(symbols.size(), kLongestLiteral);
+    out.push_back(static_cast<char>(count - 1));
+    for (const std::uint64_t symbol : symbols.first(count)) PutSymbol(out, kind, symbol);
+    symbols = symbols.subspan(count);
+  }
+}
+
+void PutRuns(std::string& out, Symbols kind, std::span<const std::uint64_t> symbols) {
+  std::size_t literal = 0;
+  for (std::size_t at = 0; at < symbols.size();) {
+    const std::size_t run = RunAt(symbols, at);
+    if (run > 1) {
+      PutLiteral(out, kind, symbols.subspan(literal, at - literal));
+      out.push_back(static_cast<char>(kRunCode + run));
+      PutSymbol(out, kind, symbols[at]);
+      literal = at + run;
+    }
+    at += run;
+  }
+  PutLiteral(out, kind, symbols.subspan(literal));
+}
+
+Column TakeRuns(Cursor& in, Symbols kind, std::size_t rows) {
+  in.CheckRows(rows);
+  in.Memory().Charge(rows, sizeof(std::uint64_t));
+  Column column(rows);
+  for (std::size_t at = 0; at < rows;) {
+    const std::size_t code = in.Byte();
+    const bool literal = code < kLongestLiteral;
+    const std::size_t count = literal ? code + 1 : code - kRunCode;
+    if (count > rows - at) in.Refuse("a run goes beyond its column");
+    if (literal)
+      for (std::size_t i = 0; i < count; ++i) column[at + i] = TakeSymbol(in, kind);
+    else
+      std::fill_n(column.begin() + static_cast<std::ptrdiff_t>(at), count, TakeSymbol(in, kind));
+    at += count;
+  }
+  return column;
+}
+
+}  // namespace
+
+void PutInts(std::string& out, std::span<const std::uint64_t> values) {
+  Column deltas(values.size());
+  std::uint64_t previous = 0;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    deltas[i] = ZigZag(values[i] - previous);
+    previous = values[i];
+  }
+  PutRuns(out, Symbols::Varints, deltas);
+}
+
+void PutWords(std::string& out, std::span<const std::uint64_t> values) { PutRuns(out, Symbols::Words, values); }
+
+void PutPlanes(std::string& out, std::span<const std::uint32_t> values) {
+  const std::size_t start = out.size();
+  out.resize(start + values.size() * 4);
+  char* plane = out.data() + start;
+  for (unsigned byte = 0; byte < 4; ++byte)
+    for (const std::uint32_t value : values) *plane++ = static_cast<char>(value >> (8 * byte));
+}
+
+Column TakeInts(Cursor& in, std::size_t rows) {
+  Column column = TakeRuns(in, Symbols::Varints, rows);
+  std::uint64_t sum = 0;
+  for (std::uint64_t& value : column) value = sum += UnZigZag(value);
+  return column;
+}
+
+Column TakeWords(Cursor& in, std::size_t rows) { return TakeRuns(in, Symbols::Words, rows); }
+
+std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows) {
+  const std::string_view bytes = in.Take(rows > in.Left() ? ~std::uint64_t{0} : rows * std::uint64_t{4});
+  in.Memory().Charge(bytes.size());
+  std::vector<std::uint32_t> values(rows);
+  const char* plane = bytes.data();
+  for (unsigned byte = 0; byte < 4; ++byte)
+    for (std::uint32_t& value : values) value |= static_cast<std::uint32_t>(static_cast<std::uint8_t>(*plane++)) << (8 * byte);
+  return values;
+}
+
+void CheckBelow(const Cursor& in, std::span<const std::uint64_t> values, std::uint64_t end, const char* what) {
+  for (const std::uint64_t value : values)
+    if (value >= end) in.Refuse(std::string(what) + " is out of range");
+}
+
+void CheckLongs(const Cursor& in, std::span<const std::uint64_t> values, const char* what) {
+  for (const std::uint64_t value : values)
+    if (value + 0x80000000u > 0xFFFFFFFFu) in.Refuse(std::string(what) + " is no 32-bit number");
+}
+
+}  // namespace engine::scenefile

@@ -1,0 +1,162 @@
+#include "engine/scenefile/ContainerReader.h"
+
+#include <algorithm>
+
+namespace engine::scenefile {
+namespace {
+
+using host::BaseContainer;
+using host::LONG;
+
+// About what a container and an entry take in memory.
+constexpr std::uint64_t kContainerBytes = 64;
+constexpr std::uint64_t kEntryBytes = 24;
+
+}  // namespace
+
+ContainerReader::ContainerReader(std::string_view contents, const std::vector<host::String>& texts, const Numbers& numbers,
+                                 Budget& budget)
+    : in_(contents, "VALUES", budget),
+      texts_(texts),
+      vectors_(numbers.vectors.begin(), numbers.vectors.end()),
+      times_(numbers.times.begin(), numbers.times.end()) {}
+
+std::vector<BaseContainer> ContainerReader::Read() {
+  expected_ = in_.Varint();
+  containers_.emplace_back();
+  while (containers_.size() <= expected_) {
+    const std::uint8_t kind = in_.Byte();
+    if (kind == static_cast<std::uint8_t>(BlockKind::Records))
+      ReadRecords();
+    else if (kind == static_cast<std::uint8_t>(BlockKind::List))
+      ReadList();
+    else if (kind == static_cast<std::uint8_t>(BlockKind::Patch))
+      ReadPatch();
+    else
+      in_.Refuse("no block begins there");
+  }
+  in_.End();
+  return std::move(containers_);
+}
+
+void ContainerReader::ReadRecords() {
+  const std::size_t rows = in_.Rows(kContainerBytes);
+  const std::size_t width = static_cast<std::size_t>(in_.Below(kWidestRecord + 1, "the number of keys"));
+  if (rows == 0 || rows > expected_ + 1 - containers_.size()) in_.Refuse("a block holds none or more containers than announced");
+  const Column keys = Keys(width);
+  const Column types = Types(width);
+  const Column ownIds = TakeInts(in_, rows);
+  CheckLongs(in_, ownIds, "an own ID");
+  std::vector<Column> columns;
+  for (const std::uint64_t type : types) columns.push_back(Words(static_cast<LONG>(type), rows));
+  in_.Memory().Charge(rows * width, kEntryBytes);
+  for (std::size_t row = 0; row < rows; ++row) {
+    BaseContainer container(static_cast<LONG>(ownIds[row]));
+    for (std::size_t i = 0; i < width; ++i) {
+      const auto type = static_cast<LONG>(types[i]);
+      ContainerAccess::Set(container, static_cast<LONG>(keys[i]), ValueOf(type, columns[i][row]));
+    }
+    Keep(std::move(container), width);
+  }
+}
+
+void ContainerReader::ReadList() {
+  const std::size_t size = in_.Rows(kEntryBytes);
+  BaseContainer container(in_.Long("an own ID"));
+  const Column keys = Keys(size);
+  Values values = TakeValues(size);
+  for (std::size_t i = 0; i < size; ++i) ContainerAccess::Set(container, static_cast<LONG>(keys[i]), NextOf(values, i));
+  Keep(std::move(container), size);
+}
+
+void ContainerReader::ReadPatch() {
+  BaseContainer container = containers_[in_.Below(containers_.size(), "the base of a patch")];
+  container.SetId(in_.Long("an own ID"));
+  const std::size_t changes = in_.Rows(kEntryBytes);
+  const std::size_t added = in_.Rows(kEntryBytes);
+  const auto size = static_cast<std::size_t>(container.GetCount());
+  const Column positions = TakeInts(in_, changes);
+  CheckBelow(in_, positions, size, "a position in a patch");
+  if (std::ranges::adjacent_find(positions, std::greater_equal<>()) != positions.end())
+    in_.Refuse("positions of a patch do not rise");
+  const Column keys = Keys(added);
+  Values values = TakeValues(changes + added);
+  for (std::size_t i = 0; i < changes; ++i)
+    ContainerAccess::Set(container, container.GetIndexId(static_cast<LONG>(positions[i])), NextOf(values, i));
+  for (std::size_t i = 0; i < added; ++i)
+    ContainerAccess::Set(container, static_cast<LONG>(keys[i]), NextOf(values, changes + i));
+  Keep(std::move(container), size + added);
+}
+
+Column ContainerReader::Keys(std::size_t rows) {
+  Column keys = TakeInts(in_, rows);
+  CheckLongs(in_, keys, "a key");
+  return keys;
+}
+
+Column ContainerReader::Types(std::size_t rows) {
+  Column types = TakeInts(in_, rows);
+  for (const std::uint64_t type : types)
+    if (type > static_cast<std::uint64_t>(host::DA_ALIASLINK) ||
+        std::ranges::find(kValueTypes, static_cast<LONG>(type)) == std::end(kValueTypes))
+      in_.Refuse("there is no type of value " + Grouped(type));
+  return types;
+}
+
+// A checked column. Containers are those read so far, so that none can hold itself.
+Column ContainerReader::Words(LONG type, std::size_t rows) {
+  if (type == host::DA_NIL) {
+    in_.Memory().Charge(rows, sizeof(std::uint64_t));
+    return Column(rows);
+  }
+  if (type == host::DA_REAL) return TakeWords(in_, rows);
+  Column words = TakeInts(in_, rows);
+  if (type == host::DA_LONG) CheckLongs(in_, words, "a number");
+  if (type == host::DA_TIME) CheckBelow(in_, words, times_.size(), "a time");
+  if (type == host::DA_VECTOR) CheckBelow(in_, words, vectors_.size(), "a vector");
+  if (type == host::DA_STRING || type == host::DA_FILENAME) CheckBelow(in_, words, texts_.size(), "a text");
+  if (type == host::DA_CONTAINER) CheckBelow(in_, words, containers_.size(), "a container");
+  return words;
+}
+
+ContainerReader::Values ContainerReader::TakeValues(std::size_t rows) {
+  Values values;
+  values.types = Types(rows);
+  for (const LONG type : kValueTypes) {
+    const auto count = static_cast<std::size_t>(std::ranges::count(values.types, static_cast<std::uint64_t>(type)));
+    if (count > 0) values.columns.emplace_back(type, Words(type, count));
+  }
+  values.taken.assign(values.columns.size(), 0);
+  return values;
+}
+
+Value ContainerReader::NextOf(Values& values, std::size_t position) {
+  const auto type = static_cast<LONG>(values.types[position]);
+  std::size_t at = 0;
+  while (values.columns[at].first != type) ++at;
+  return ValueOf(type, values.columns[at].second[values.taken[at]++]);
+}
+
+Value ContainerReader::ValueOf(LONG type, std::uint64_t word) const {
+  const auto row = static_cast<std::size_t>(word);
+  switch (type) {
+    case host::DA_TIME:
+      return ValueAccess::Of(times_[row]);
+    case host::DA_VECTOR:
+      return ValueAccess::Of(vectors_[row]);
+    case host::DA_STRING:
+    case host::DA_FILENAME:
+      return {type, engine::BitsOf(TextBlock::Of(texts_[row]))};
+    case host::DA_CONTAINER:
+      return {type, engine::BitsOf(ContainerAccess::Body(containers_[row]))};
+    default:
+      return {type, word};
+  }
+}
+
+void ContainerReader::Keep(BaseContainer container, std::size_t entries) {
+  if (static_cast<std::size_t>(container.GetCount()) != entries) in_.Refuse("a container has a key twice");
+  containers_.push_back(std::move(container));
+}
+
+}  // namespace engine::scenefile

@@ -1,0 +1,158 @@
+#include "engine/scenefile/ContainerWriter.h"
+
+#include <algorithm>
+
+namespace engine::scenefile {
+namespace {
+
+std::uint64_t HashOf(const void* address) {
+  const auto bits = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(address)) * 0x9E3779B97F4A7C15u;
+  return bits ^ (bits >> 32);
+}
+
+}  // namespace
+
+std::uint32_t ContainerWriter::AddBody(const ContainerBody* body) {
+  std::uint32_t result = Known(body);
+  if (result == kUnknown) Open(body);
+  while (!frames_.empty()) {
+    Frame& frame = frames_.back();
+    while (frame.next < entries_.size() && entries_[frame.next].type != kWaiting) ++frame.next;
+    if (frame.next == entries_.size()) {
+      const Frame done = frame;
+      frames_.pop_back();
+      result = Close(done);
+      continue;
+    }
+    Entry& waiting = entries_[frame.next];
+    const auto* inner = BlockOf<const ContainerBody>(waiting.word);
+    const std::uint32_t known = Known(inner);
+    if (known == kUnknown)
+      Open(inner);
+    else
+      waiting = {waiting.key, host::DA_CONTAINER, known};
+  }
+  return result;
+}
+
+std::uint32_t ContainerWriter::Known(const ContainerBody* body) {
+  if (!body) return 0;
+  if (body->size <= kWidestRecord) {
+    const std::uint32_t record = KnownRecord(body);
+    if (record != kUnknown) return record;
+  }
+  return Remembered(body);
+}
+
+std::uint32_t& ContainerWriter::Remembered(const ContainerBody* body) {
+  const auto next = static_cast<std::uint32_t>(bodies_.size());
+  const auto same = [&](std::uint32_t row) { return bodies_[row].first == body; };
+  const std::uint32_t at = bodyIndex_.FindOrAdd(HashOf(body), next, same);
+  if (at == next) bodies_.emplace_back(body, kUnknown);
+  return bodies_[at].second;
+}
+
+// A short container that holds no others is stored at once.
+std::uint32_t ContainerWriter::KnownRecord(const ContainerBody* body) {
+  record_.clear();
+  std::uint32_t next = 0;
+  for (auto stretch = NextEntries(body, next); !stretch.empty(); stretch = NextEntries(body, next)) {
+    for (const engine::Entry& entry : stretch) {
+      if (entry.type == host::DA_CONTAINER) return kUnknown;
+      record_.push_back({entry.key, entry.type, WordOf(entry)});
+    }
+  }
+  return Store(body->id, record_);
+}
+
+void ContainerWriter::Open(const ContainerBody* body) {
+  frames_.push_back({body, entries_.size(), entries_.size()});
+  std::uint32_t next = 0;
+  for (auto stretch = NextEntries(body, next); !stretch.empty(); stretch = NextEntries(body, next)) {
+    const Stretch* done = body->size > kWidestRecord ? FindStretch(stretch.data()) : nullptr;
+    if (!done) {
+      OpenStretch(stretch);
+      continue;
+    }
+    const auto same = std::span(lists_.Blocks()[done->list].entries).subspan(done->position, stretch.size());
+    entries_.insert(entries_.end(), same.begin(), same.end());
+  }
+}
+
+void ContainerWriter::OpenStretch(std::span<const engine::Entry> stretch) {
+  for (const engine::Entry& entry : stretch) {
+    if (entry.type != host::DA_CONTAINER) {
+      entries_.push_back({entry.key, entry.type, WordOf(entry)});
+      continue;
+    }
+    const std::uint32_t known = Known(BlockOf<const ContainerBody>(entry.bits));
+    entries_.push_back(known == kUnknown ? Entry{entry.key, kWaiting, entry.bits} : Entry{entry.key, host::DA_CONTAINER, known});
+  }
+}
+
+std::uint32_t ContainerWriter::Close(const Frame& frame) {
+  const auto entries = std::span<const Entry>(entries_).subspan(frame.begin);
+  const std::uint32_t container =
+      entries.size() > kWidestRecord ? StoreList(frame.body, entries) : Store(frame.body->id, entries);
+  entries_.resize(frame.begin);
+  Remembered(frame.body) = container;
+  if (frames_.empty()) return container;
+  Entry& waiting = entries_[frames_.back().next];
+  waiting = {waiting.key, host::DA_CONTAINER, container};
+  return container;
+}
+
+std::uint32_t ContainerWriter::Store(std::int32_t ownId, std::span<const Entry> entries) {
+  const auto candidate = static_cast<std::uint32_t>(heights_.size());
+  const std::uint32_t height = HeightOf(entries);
+  const std::uint32_t container = records_.FindOrAdd(candidate, height, ownId, entries);
+  if (container == candidate) heights_.push_back(height);
+  return container;
+}
+
+std::uint32_t ContainerWriter::StoreList(const ContainerBody* body, std::span<const Entry> entries) {
+  const auto candidate = static_cast<std::uint32_t>(heights_.size());
+  std::uint32_t height = HeightOf(entries);
+  const std::uint32_t container = lists_.FindOrAdd(candidate, height, body->id, entries);
+  if (container != candidate) return container;
+  heights_.push_back(height);
+  const auto list = static_cast<std::uint32_t>(lists_.Blocks().size() - 1);
+  std::size_t position = 0;
+  std::uint32_t next = 0;
+  for (auto stretch = NextEntries(body, next); !stretch.empty(); stretch = NextEntries(body, next)) {
+    const auto row = static_cast<std::uint32_t>(stretches_.size());
+    const auto same = [&](std::uint32_t at) { return stretches_[at].entries == stretch.data(); };
+    if (stretchIndex_.FindOrAdd(HashOf(stretch.data()), row, same) == row) stretches_.push_back({stretch.data(), list, position});
+    position += stretch.size();
+  }
+  return container;
+}
+
+const ContainerWriter::Stretch* ContainerWriter::FindStretch(const engine::Entry* entries) {
+  const std::uint32_t* row =
+      stretchIndex_.Find(HashOf(entries), [&](std::uint32_t at) { return stretches_[at].entries == entries; });
+  return row ? &stretches_[*row] : nullptr;
+}
+
+std::uint64_t ContainerWriter::WordOf(const engine::Entry& entry) {
+  switch (entry.type) {
+    case host::DA_TIME:
+      return tuples_.Row(TimeOf(entry.Get()));
+    case host::DA_VECTOR:
+      return tuples_.Row(VectorOf(entry.Get()));
+    case host::DA_STRING:
+    case host::DA_FILENAME:
+      return texts_.Row(TextBlock::View(BlockOf<const TextBlock>(entry.bits)));
+    default:
+      return entry.type == host::DA_NIL ? 0 : entry.bits;
+  }
+}
+
+std::uint32_t ContainerWriter::HeightOf(std::span<const Entry> entries) const {
+  std::uint32_t height = 0;
+  for (const Entry& entry : entries)
+    if (entry.type == host::DA_CONTAINER) height = std::max(height, heights_[entry.word] + 1);
+  return height;
+}
+
+}  // namespace engine::scenefile

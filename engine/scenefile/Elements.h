@@ -1,0 +1,89 @@
+// Elements: the sections that hold a scene's elements, a row each, as columns; see "Elements" in docs/SCENE_FILE.md. A table
+// here is plain numbers, not yet or no longer a scene. One thread.
+#pragma once
+
+#include <array>
+
+#include "engine/scenefile/Columns.h"
+
+namespace engine::scenefile {
+
+// The sections in the order of the file, which numbers the rows.
+enum ElementSection : std::size_t {
+  kLayers,
+  kMaterials,
+  kRender,
+  kPosts,
+  kPasses,
+  kObjects,
+  kTags,
+  kNodes,
+  kShaders,
+  kElementSections,
+};
+
+struct ElementRule {
+  const char* name;
+  std::size_t more;  // columns besides the common ones
+  bool tree;         // rows may hang below rows of the same section
+};
+
+inline constexpr std::array<ElementRule, kElementSections> kElementRules{{
+    {"LAYERS", 2, true},
+    {"MATERIAL", 0, false},
+    {"RENDER", 0, true},
+    {"POSTS", 0, false},
+    {"PASSES", 0, false},
+    {"OBJECTS", 5, true},
+    {"TAGS", 1, false},
+    {"NODES", 0, true},
+    {"SHADERS", 0, true},
+}};
+
+// Places of the columns that some sections have besides.
+inline constexpr std::size_t kLayerFlags = 0;
+inline constexpr std::size_t kLayerColor = 1;
+inline constexpr std::size_t kEditorMode = 0;
+inline constexpr std::size_t kRenderMode = 1;
+inline constexpr std::size_t kDeformMode = 2;
+inline constexpr std::size_t kMatrix = 3;
+inline constexpr std::size_t kMesh = 4;
+inline constexpr std::size_t kTagMaterial = 0;
+
+struct ElementTable {
+  std::uint64_t firstRow = 0;  // number of its first row in the whole file
+  Column owners;
+  Column depths;
+  Column types;
+  Column ids;
+  Column names;
+  Column bits;
+  Column nbits;
+  Column layers;
+  Column data;
+  std::array<Column, 5> more;
+
+  std::size_t Rows() const { return ids.size(); }
+  std::uint64_t EndRow() const { return firstRow + Rows(); }
+  // `data` holds what ContainerWriter::Add answered; `numbers` are the file's.
+  std::string Contents(const ElementRule& rule, std::span<const std::uint32_t> numbers) const;
+};
+
+// How many of each there are to refer to.
+struct ElementBounds {
+  std::size_t texts;
+  std::size_t containers;
+  std::size_t vectors;
+  std::size_t matrices;
+  std::size_t meshes;
+};
+
+using ElementTables = std::array<ElementTable, kElementSections>;
+
+// Reads the table of `section` behind the earlier ones in `tables` and checks every number in it. Throws Damage.
+void ReadElements(ElementTables& tables, ElementSection section, std::string_view contents, const ElementBounds& bounds,
+                  Budget& budget);
+// Refuses identities that are 0 or occur twice; `document` is one more. Throws Damage.
+void CheckIdentities(const ElementTables& tables, std::uint64_t document);
+
+}  // namespace engine::scenefile

@@ -1,0 +1,96 @@
+#include "engine/scenefile/SceneFile.h"
+
+#include <unistd.h>
+
+#include "engine/outside/Outside.h"
+#include "engine/scenefile/Guard.h"
+#include "engine/scenefile/KeptSections.h"
+#include "engine/scenefile/SceneBuilder.h"
+#include "engine/scenefile/SceneWriter.h"
+
+namespace engine {
+
+using namespace scenefile;
+using host::BaseDocument;
+
+namespace {
+
+DocumentRecord ReadDocumentRecord(std::string_view contents, const ElementBounds& bounds, Budget& budget) {
+  Cursor in(contents, "DOCUMENT", budget);
+  DocumentRecord record;
+  record.id = in.Fixed64();
+  record.bits = in.Long("a set of bits");
+  record.nbits = in.Fixed64();
+  record.layer = in.Fixed64();
+  record.data = static_cast<std::size_t>(in.Below(bounds.containers, "the data container"));
+  record.fps = in.Long("the frame rate");
+  if (record.fps < 1) in.Refuse("the frame rate is less than 1");
+  record.camera = in.Fixed64();
+  record.activeSettings = in.Fixed64();
+  record.selection = TakeInts(in, in.Rows(sizeof(std::uint64_t)));
+  in.End();
+  return record;
+}
+
+OwnedDocument ReadDocument(const std::vector<Section>& sections, Budget& budget) {
+  const auto contents = [&](const char* name) { return Expand(NeededSection(sections, name), budget); };
+  const ValueReader values(sections, budget);
+  SceneTables tables{values, ReadMeshes(contents("MESHES"), budget), {}, {}};
+  const ElementBounds bounds{values.texts.size(), values.containers.size(), values.numbers.vectors.size(),
+                             values.numbers.matrices.size(), tables.meshes.size()};
+  tables.document = ReadDocumentRecord(contents("DOCUMENT"), bounds, budget);
+  for (std::size_t section = 0; section < kElementSections; ++section)
+    ReadElements(tables.elements, static_cast<ElementSection>(section), contents(kElementRules[section].name), bounds, budget);
+  CheckIdentities(tables.elements, tables.document.id);
+  OwnedDocument doc = SceneBuilder(tables).Build();
+  KeepUnknownSections(*doc, sections, budget);
+  return doc;
+}
+
+// What this machine has: a file that needs more could not be used anyway.
+std::uint64_t MemoryOfMachine() {
+  const long pages = sysconf(_SC_PHYS_PAGES);
+  const long bytes = sysconf(_SC_PAGESIZE);
+  return pages > 0 && bytes > 0 ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(bytes) : std::uint64_t{4} << 30;
+}
+
+std::string At(const std::string& path) { return "\"" + path + "\": "; }
+
+}  // namespace
+
+Result<std::vector<std::string>> WriteScene(const BaseDocument& doc) {
+  return Guarded<std::vector<std::string>>([&] {
+    SectionWriter sections(FrameKind::Scene);
+    SceneWriter(doc).Write(sections);
+    AddKeptSections(doc, sections);
+    return sections.Finish();
+  });
+}
+
+Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit) {
+  return Guarded<BaseDocument*>([&] {
+    Budget budget(memoryLimit ? memoryLimit : MemoryOfMachine());
+    return ReadDocument(ReadSections(bytes, FrameKind::Scene), budget).release();
+  });
+}
+
+Status SaveSceneFile(const BaseDocument& doc, const std::string& path) {
+  const Result<std::vector<std::string>> pieces = WriteScene(doc);
+  if (!pieces) return Status::Failure(At(path) + pieces.Message());
+  const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
+  return Outside::Current().ReplaceFile(path, views);
+}
+
+Result<BaseDocument*> OpenSceneFile(const std::string& path) {
+  const Result<std::string> bytes = Outside::Current().ReadFile(path);
+  if (!bytes) return Result<BaseDocument*>(bytes.GetStatus());
+  Result<BaseDocument*> doc = ReadScene(bytes.Value());
+  if (!doc) return Result<BaseDocument*>::Failure(At(path) + doc.Message());
+  const host::Filename file{host::String(std::string_view(path))};
+  doc.Value()->SetDocumentPath(file.GetDirectory());
+  doc.Value()->SetDocumentName(file.GetFile());
+  ClearChanged(*doc.Value());
+  return doc;
+}
+
+}  // namespace engine

@@ -1,0 +1,130 @@
+#include "engine/scenefile/SceneWriter.h"
+
+#include <cstring>
+
+#include "engine/scenefile/LayerFlags.h"
+
+namespace engine::scenefile {
+
+using host::BaseList2D;
+using host::BaseObject;
+using host::GeListNode;
+
+void SceneWriter::Write(SectionWriter& sections) {
+  Collect();
+  values_.Finish(sections);
+  sections.Add("MESHES", meshes_.Contents());
+  sections.Add("DOCUMENT", DocumentContents());
+  for (std::size_t section = 0; section < kElementSections; ++section)
+    sections.Add(kElementRules[section].name, tables_[section].Contents(kElementRules[section], values_.containers.Numbers()));
+}
+
+void SceneWriter::Collect() {
+  documentData_ = values_.containers.Add(*doc_.GetDataInstance());
+  AddTree(kLayers, 0, doc_.GetLayerObjectRoot()->GetFirst());
+  AddTree(kMaterials, 0, doc_.GetFirstMaterial());
+  AddTree(kRender, 0, doc_.GetFirstRenderData());
+  AddOwned(kPosts, kRender,
+           [](const BaseList2D& node) { return static_cast<const host::RenderData&>(node).GetFirstVideoPost(); });
+  AddOwned(kPasses, kRender,
+           [](const BaseList2D& node) { return static_cast<const host::RenderData&>(node).GetFirstMultipass(); });
+  AddTree(kObjects, 0, doc_.GetFirstObject());
+  AddOwned(kTags, kObjects, [](const BaseList2D& node) { return static_cast<const BaseObject&>(node).GetFirstTag(); });
+  AddOwned(kNodes, kTags, [](const BaseList2D& node) -> const GeListNode* {
+    if (KindOf(node) != NodeKind::XPressoTag) return nullptr;
+    return static_cast<const host::XPressoTag&>(node).GetNodeMaster();
+  });
+  AddShaders();
+}
+
+void SceneWriter::AddTree(ElementSection section, std::uint64_t owner, const GeListNode* first) {
+  ElementTable& table = tables_[section];
+  if (table.Rows() == 0) BeginSection(section);
+  std::uint64_t depth = 0;
+  for (const GeListNode* node = first; node;) {
+    const auto& element = static_cast<const BaseList2D&>(*node);
+    AddRow(table, owner, depth, element);
+    AddMore(section, element);
+    rows_.push_back(&element);
+    if (node->GetDown() && kElementRules[section].tree) {
+      node = node->GetDown();
+      ++depth;
+      continue;
+    }
+    for (; !node->GetNext() && depth > 0; --depth) node = static_cast<const GeListNode*>(OwnerOf(*node));
+    node = node->GetNext();
+  }
+}
+
+template <class List>
+void SceneWriter::AddOwned(ElementSection section, ElementSection owners, const List& list) {
+  BeginSection(section);
+  for (std::uint64_t owner = tables_[owners].firstRow; owner < tables_[owners].EndRow(); ++owner)
+    if (const GeListNode* first = list(*rows_[owner])) AddTree(section, owner, first);
+}
+
+// Shaders have shaders: the rows grow while they are gone through.
+void SceneWriter::AddShaders() {
+  BeginSection(kShaders);
+  for (std::uint64_t owner = 0; owner < rows_.size(); ++owner)
+    if (const GeListNode* first = rows_[owner]->GetFirstShader()) AddTree(kShaders, owner, first);
+}
+
+void SceneWriter::AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t depth, const BaseList2D& node) {
+  table.owners.push_back(owner);
+  table.depths.push_back(depth);
+  table.types.push_back(Extended(node.GetType()));
+  table.ids.push_back(IdOf(node));
+  table.names.push_back(values_.texts.Row(node.GetName().View()));
+  table.bits.push_back(Extended(node.GetAllBits()));
+  table.nbits.push_back(NBitsOf(node));
+  table.layers.push_back(LayerIdOf(node));
+  table.data.push_back(values_.containers.Add(*node.GetDataInstance()));
+}
+
+void SceneWriter::AddMore(ElementSection section, const BaseList2D& node) {
+  ElementTable& table = tables_[section];
+  if (section == kObjects) AddObjectColumns(table, static_cast<const BaseObject&>(node));
+  if (section == kLayers) {
+    const host::LayerData& layer = OwnLayerData(static_cast<const host::LayerObject&>(node));
+    table.more[kLayerFlags].push_back(SwitchesOf(layer));
+    table.more[kLayerColor].push_back(values_.numbers.Row(layer.color));
+  }
+  if (section == kTags) {
+    const bool texture = KindOf(node) == NodeKind::TextureTag;
+    table.more[kTagMaterial].push_back(texture ? MaterialIdOf(static_cast<const host::TextureTag&>(node)) : 0);
+  }
+}
+
+void SceneWriter::AddObjectColumns(ElementTable& table, const BaseObject& object) {
+  table.more[kEditorMode].push_back(Extended(object.GetEditorMode()));
+  table.more[kRenderMode].push_back(Extended(object.GetRenderMode()));
+  table.more[kDeformMode].push_back(object.GetDeformMode() ? 1 : 0);
+  table.more[kMatrix].push_back(MatrixRow(object.GetMl()));
+  table.more[kMesh].push_back(meshes_.Row(MeshOf(object)));
+}
+
+// By the bits: a -0 in a frame is kept.
+std::uint64_t SceneWriter::MatrixRow(const host::Matrix& matrix) {
+  static const host::Matrix identity;
+  return std::memcmp(&matrix, &identity, sizeof matrix) == 0 ? 0 : values_.numbers.Row(matrix) + 1;
+}
+
+std::string SceneWriter::DocumentContents() const {
+  std::string out;
+  PutFixed64(out, IdOf(doc_));
+  PutVarint(out, ZigZag(Extended(doc_.GetAllBits())));
+  PutFixed64(out, NBitsOf(doc_));
+  PutFixed64(out, LayerIdOf(doc_));
+  PutVarint(out, values_.containers.Numbers()[documentData_]);
+  PutVarint(out, ZigZag(Extended(doc_.GetFps())));
+  PutFixed64(out, SceneCameraIdOf(doc_));
+  PutFixed64(out, ActiveRenderDataIdOf(doc_));
+  Column selection;
+  for (const BaseList2D* node : SelectedInOrder(doc_)) selection.push_back(IdOf(*node));
+  PutVarint(out, selection.size());
+  PutInts(out, selection);
+  return out;
+}
+
+}  // namespace engine::scenefile

@@ -1,0 +1,50 @@
+// Sections: the frame of a file: magic, version, named, compressed and checked sections, end; see "Frame" in
+// docs/SCENE_FILE.md. A Section points into the file's bytes, which must outlive it. Any thread.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/scenefile/Damage.h"
+
+namespace engine::scenefile {
+
+// The newest version, which is the one that is written.
+inline constexpr std::uint32_t kVersion = 1;
+
+// What the bytes are: a scene file or a coded container.
+enum class FrameKind { Scene, Container };
+
+// A section as it stands in the file, compressed or not.
+struct Section {
+  std::string name;
+  std::uint64_t rawLength = 0;
+  std::string_view payload;
+  std::uint64_t offset = 0;  // of its head in the file
+};
+
+// Collects sections, each as a piece of the file.
+class SectionWriter {
+ public:
+  explicit SectionWriter(FrameKind kind);
+  // Compresses where that makes it smaller.
+  void Add(const std::string& name, std::string_view contents);
+  // Takes a section as it was read.
+  void AddAsItIs(const std::string& name, std::uint64_t rawLength, std::string_view payload);
+  // The file with its end, to be written piece by piece.
+  std::vector<std::string> Finish();
+
+ private:
+  std::vector<std::string> pieces_;
+  std::string sums_;
+};
+
+// All sections but the end, checked as far as the frame goes. Throws Damage.
+std::vector<Section> ReadSections(std::string_view bytes, FrameKind kind);
+// The contents of a section; charges their memory. Throws Damage.
+std::string Expand(const Section& section, Budget& budget);
+// The section of that name, null where there is none.
+const Section* FindSection(const std::vector<Section>& sections, std::string_view name);
+
+}  // namespace engine::scenefile

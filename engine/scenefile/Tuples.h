@@ -1,0 +1,51 @@
+// Tuples: section VECTORS, every vector, time and matrix of a file once. A row number stands for one everywhere else. One thread.
+#pragma once
+
+#include <bit>
+#include <span>
+#include <vector>
+
+#include "engine/scenefile/Columns.h"
+#include "engine/scenefile/HashIndex.h"
+#include "host/Math.h"
+
+namespace engine::scenefile {
+
+// Rows of `width` numbers, each row once; equality is that of the bits.
+class TupleWriter {
+ public:
+  explicit TupleWriter(std::size_t width) : width_(width) {}
+  std::uint64_t Row(std::span<const std::uint64_t> words);
+  // Appends the number of rows and the columns.
+  void Put(std::string& out) const;
+
+ private:
+  std::size_t width_;
+  Column words_;  // row after row
+  HashIndex index_;
+};
+
+struct NumberWriter {
+  std::uint64_t Row(const host::Vector& vector);
+  std::uint64_t Row(const host::BaseTime& time);
+  std::uint64_t Row(const host::Matrix& matrix);
+  std::string Contents() const;
+
+  TupleWriter vectors{3};
+  TupleWriter times{2};
+  TupleWriter matrices{12};
+};
+
+struct Numbers {
+  std::vector<host::Vector> vectors;
+  std::vector<host::BaseTime> times;
+  std::vector<host::Matrix> matrices;
+};
+
+// Throws Damage.
+Numbers ReadNumbers(std::string_view contents, Budget& budget);
+
+inline std::uint64_t WordOf(host::Real value) { return std::bit_cast<std::uint64_t>(value); }
+inline host::Real NumberOf(std::uint64_t word) { return std::bit_cast<host::Real>(word); }
+
+}  // namespace engine::scenefile

@@ -1,0 +1,183 @@
+// Files that are cut, damaged, foreign, from the future or hostile: a message, no document, no crash.
+#include <gtest/gtest.h>
+
+#include "engine/scene/SceneDump.h"
+#include "engine/scenefile/Bytes.h"
+#include "engine/scenefile/Columns.h"
+#include "engine/scenefile/SceneFile.h"
+#include "engine/scenefile/Sections.h"
+#include "tests/scenefile/Scenes.h"
+
+namespace tests {
+namespace {
+
+using namespace engine::scenefile;
+using host::LONG;
+
+// The file with the contents of one section exchanged, its frame whole.
+std::string WithSection(const std::string& bytes, const std::string& name, const std::string& contents) {
+  SectionWriter out(FrameKind::Scene);
+  for (const Section& section : ReadSections(bytes, FrameKind::Scene)) {
+    if (section.name != name) out.AddAsItIs(section.name, section.rawLength, section.payload);
+  }
+  out.Add(name, contents);
+  std::string file;
+  for (const std::string& piece : out.Finish()) file += piece;
+  return file;
+}
+
+std::string ContentsOf(const std::string& bytes, const std::string& name) {
+  Budget budget(1 << 30);
+  const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+  return Expand(*FindSection(sections, name), budget);
+}
+
+TEST(SceneFileDamage, ACutFileIsRefusedAtEveryByte) {
+  const std::string bytes = Bytes(*EverythingScene());
+  for (std::size_t length = 1; length < bytes.size(); ++length) {
+    const std::string message = Refusal(bytes.substr(0, length));
+    ASSERT_EQ(message.rfind("The file is cut off", 0), 0u) << length << ": " << message;
+  }
+}
+
+TEST(SceneFileDamage, ACutFileSaysHowMuchIsMissing) {
+  const std::string bytes = Bytes(*EverythingScene());
+  const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+  const Section& objects = *FindSection(sections, "OBJECTS");
+  EXPECT_EQ(Refusal(bytes.substr(0, objects.offset + 32)),
+            "The file is cut off: section OBJECTS needs " + Grouped(objects.payload.size()) + " bytes more.");
+  EXPECT_EQ(Grouped(1204), "1,204");
+  EXPECT_EQ(Grouped(12), "12");
+  EXPECT_EQ(Grouped(1234567), "1,234,567");
+}
+
+TEST(SceneFileDamage, EveryChangedBitIsFound) {
+  std::string bytes = Bytes(*EverythingScene());
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
+    for (const char flip : {'\x01', '\x80', '\x24', '\xFF'}) {
+      bytes[at] = static_cast<char>(bytes[at] ^ flip);
+      ASSERT_NE(Refusal(bytes), "opened") << at;
+      bytes[at] = static_cast<char>(bytes[at] ^ flip);
+    }
+  }
+}
+
+// Behind a right checksum: whatever a section holds, the reader keeps to its rules.
+TEST(SceneFileDamage, ChangedContentsBehindARightChecksumDoNoHarm) {
+  const std::string bytes = Bytes(*EverythingScene());
+  for (const Section& section : ReadSections(bytes, FrameKind::Scene)) {
+    const std::string contents = ContentsOf(bytes, section.name);
+    for (std::size_t at = 0; at < contents.size(); ++at) {
+      std::string changed = contents;
+      changed[at] = static_cast<char>(changed[at] ^ (1 << (at % 8)));
+      const auto doc = engine::ReadScene(WithSection(bytes, section.name, changed), 1 << 28);
+      if (doc) engine::DumpDocument(*Document(doc.Value()));
+      EXPECT_FALSE(engine::ReadScene(WithSection(bytes, section.name, contents.substr(0, at))).Ok()) << section.name << at;
+    }
+  }
+}
+
+TEST(SceneFileDamage, ForeignFilesAreNamedAsSuch) {
+  for (const std::string& foreign :
+       {std::string(), std::string("solid cube\n facet normal 0 0 1\n"), std::string("\x89PNG\r\n\x1A\n...."),
+        std::string(5000, '\0'), std::string("\x8ASMS\n\x1A\n")})
+    EXPECT_EQ(Refusal(foreign), "This is no scene file.");
+}
+
+TEST(SceneFileDamage, AFileFromTheFutureSaysWhatToDo) {
+  std::string bytes = Bytes(*EmptyScene());
+  bytes[8] = 7;
+  EXPECT_EQ(Refusal(bytes), "The file is of version 7, and this program reads versions up to 1. Open it with a newer program.");
+}
+
+TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
+  const std::string bytes = Bytes(*EverythingScene());
+  const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+  for (const Section& left : sections) {
+    SectionWriter out(FrameKind::Scene);
+    for (const Section& section : sections)
+      if (section.name != left.name) out.AddAsItIs(section.name, section.rawLength, section.payload);
+    std::string file;
+    for (const std::string& piece : out.Finish()) file += piece;
+    EXPECT_EQ(Refusal(file), "The file is damaged: its section " + left.name + " is missing.");
+  }
+  SectionWriter twice(FrameKind::Scene);
+  twice.Add("TEXTS", "");
+  twice.Add("TEXTS", "");
+  std::string file;
+  for (const std::string& piece : twice.Finish()) file += piece;
+  EXPECT_EQ(Refusal(file), "The file is damaged in section TEXTS (from byte 44): it occurs twice.");
+}
+
+struct HostileContents {
+  const char* name;
+  const char* section;
+  std::string contents;
+  std::string message;
+};
+
+std::string Repeated(std::size_t count, char byte) { return std::string(count, byte); }
+
+TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
+  const std::string bytes = Bytes(*EmptyScene());
+  const std::string damaged = "The file is damaged in section ";
+  const HostileContents cases[] = {
+      {"a count beyond the bytes", "OBJECTS", "\xFF\xFF\xFF\xFF\x0F",
+       damaged + "OBJECTS at byte 5 of its contents: it names 4,294,967,295 rows, more than its bytes can hold."},
+      {"a number without end", "TEXTS", Repeated(20, '\xFF'),
+       damaged + "TEXTS at byte 10 of its contents: a number is longer than 64 bits."},
+      {"bytes left over", "TEXTS", Repeated(3, '\0'), damaged + "TEXTS at byte 1 of its contents: 2 bytes are left over."},
+      {"a container in itself", "VALUES", std::string("\x01\x01\x01\x01\x00\x02\x00\x88\x02\x00\x00\x00\x02", 13),
+       damaged + "VALUES at byte 13 of its contents: a container is out of range."},
+      {"a value of no type", "VALUES", std::string("\x01\x01\x01\x01\x00\x02\x00\x02", 8),
+       damaged + "VALUES at byte 8 of its contents: there is no type of value 1."},
+      {"a key twice", "VALUES", std::string("\x01\x01\x01\x02\x01\x02\x00\x80\x00\x00\x00", 11),
+       damaged + "VALUES at byte 11 of its contents: a container has a key twice."},
+  };
+  for (const HostileContents& hostile : cases)
+    EXPECT_EQ(Refusal(WithSection(bytes, hostile.section, hostile.contents)), hostile.message) << hostile.name;
+}
+
+// A frame that promises more than it holds costs no memory, and one that expands without end is stopped.
+TEST(SceneFileDamage, ExpansionIsBounded) {
+  const std::string bytes = Bytes(*EmptyScene());
+  const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+  SectionWriter liar(FrameKind::Scene);
+  SectionWriter bomb(FrameKind::Scene);
+  for (const Section& section : sections) {
+    const bool texts = section.name == "TEXTS";
+    liar.AddAsItIs(section.name, texts ? ~std::uint64_t{0} : section.rawLength, section.payload);
+    texts ? bomb.Add("TEXTS", Repeated(std::size_t{64} << 20, '\0'))
+          : bomb.AddAsItIs(section.name, section.rawLength, section.payload);
+  }
+  std::string file;
+  for (const std::string& piece : liar.Finish()) file += piece;
+  EXPECT_NE(Refusal(file).find("section TEXTS"), std::string::npos) << Refusal(file);
+  file.clear();
+  for (const std::string& piece : bomb.Finish()) file += piece;
+  EXPECT_LT(file.size(), 20000u);
+  EXPECT_EQ(engine::ReadScene(file, std::uint64_t{16} << 20).Message(),
+            "The file needs more memory than may be used for it (16 MB). Open it on a machine with more memory.");
+}
+
+TEST(SceneFileDamage, IdentitiesThatOccurTwiceAreRefused) {
+  const Document doc = EmptyScene();
+  doc->AppendObject(host::BaseObject::Alloc(host::Onull));
+  const Document other = Reopened(Bytes(*doc));
+  const std::string bytes = Bytes(*doc);
+  host::BaseObject* twin = host::BaseObject::Alloc(host::Onull);
+  engine::SetId(*twin, engine::IdOf(*doc->GetFirstRenderData()));
+  const Document strange = EmptyScene();
+  strange->AppendObject(twin);
+  EXPECT_EQ(Refusal(WithSection(bytes, "OBJECTS", ContentsOf(Bytes(*strange), "OBJECTS"))),
+            "The file is damaged: two elements have the same identity.");
+}
+
+TEST(SceneFileDamage, SectionsThatAreNotKnownAreWrittenBack) {
+  const std::string bytes = WithSection(Bytes(*EverythingScene()), "FUTURE1", "what a later program wrote");
+  const Document doc = Reopened(bytes);
+  EXPECT_EQ(ContentsOf(Bytes(*doc), "FUTURE1"), "what a later program wrote");
+}
+
+}  // namespace
+}  // namespace tests

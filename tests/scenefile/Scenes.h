@@ -1,0 +1,32 @@
+// Scenes and containers that hold one of everything a scene file can hold, and the ways tests write and read them.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "engine/scene/Nodes.h"
+
+namespace tests {
+
+struct DocumentFree {
+  void operator()(host::BaseDocument* doc) const { host::BaseDocument::Free(doc); }
+};
+using Document = std::unique_ptr<host::BaseDocument, DocumentFree>;
+
+// Every type of value, empty entries, negative and far keys, own IDs at three depths, equal sub-containers, a link to `target`.
+host::BaseContainer EveryValue(const host::BaseList2D* target);
+// `count` entries, each holding a container of a link, two changing numbers and a fixed one, as stores of states have them.
+host::BaseContainer Records(host::LONG count, host::LONG seed);
+
+// One of every kind of element with every field set to something that is not its default.
+Document EverythingScene();
+Document EmptyScene();
+
+// The whole file; "" and a test failure where writing fails.
+std::string Bytes(const host::BaseDocument& doc);
+// The document read; null and a test failure where reading fails.
+Document Reopened(const std::string& bytes);
+// The message that reading fails with; "opened" where it does not.
+std::string Refusal(const std::string& bytes);
+
+}  // namespace tests
