@@ -1,6 +1,7 @@
 #include "host/BaseDocument.h"
 
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/DocumentChain.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
 
@@ -22,6 +23,7 @@ BaseDocument::BaseDocument(std::unique_ptr<DocumentBody> body)
     : BaseList2D(Tbasedocument, static_cast<UCHAR>(engine::NodeKind::Document)), body_(std::move(body)) {}
 
 BaseDocument::~BaseDocument() {
+  engine::UnchainDocument(*this);
   body_->undo.reset();
   body_->listener.reset();
   for (const int slot : {engine::kShaders, engine::kLayers, engine::kSettings, engine::kMaterials, engine::kObjects}) {

@@ -35,9 +35,6 @@ void SetMode(BaseObject& object, int index, LONG value) {
   engine::Touch(object);
 }
 
-// A mode outside the three there are reads as undefined.
-LONG ValidMode(LONG mode) { return mode == MODE_ON || mode == MODE_OFF ? mode : MODE_UNDEF; }
-
 }  // namespace
 
 BaseObject* BaseObject::Alloc(LONG type) { return engine::AsObject(engine::MakeNode(engine::NodeKind::Object, type)); }
@@ -47,8 +44,8 @@ void BaseObject::Free(BaseObject*& op) {
   op = nullptr;
 }
 
-void BaseObject::SetEditorMode(LONG mode) { SetMode(*this, 0, ValidMode(mode)); }
-void BaseObject::SetRenderMode(LONG mode) { SetMode(*this, 1, ValidMode(mode)); }
+void BaseObject::SetEditorMode(LONG mode) { SetMode(*this, 0, engine::ValidMode(mode)); }
+void BaseObject::SetRenderMode(LONG mode) { SetMode(*this, 1, engine::ValidMode(mode)); }
 void BaseObject::SetDeformMode(Bool mode) { SetMode(*this, 2, mode ? 1 : 0); }
 
 Matrix BaseObject::GetMl() const { return shape_ ? shape_->frame : Matrix(); }

@@ -72,4 +72,7 @@ struct NodeAccess {
   static host::ULLONG Camera(const host::BaseDraw& view) { return view.camera_; }
 };
 
+// A mode outside the three there are counts as undefined.
+inline host::LONG ValidMode(host::LONG mode) { return mode == host::MODE_ON || mode == host::MODE_OFF ? mode : host::MODE_UNDEF; }
+
 }  // namespace engine

@@ -59,8 +59,8 @@ BaseList2D* FindNode(const BaseDocument* doc, NodeId id) { return doc && id ? Bo
 
 void SetModes(BaseObject& object, host::LONG editor, host::LONG render, bool deform) {
   host::UCHAR* modes = A::Modes(object);
-  modes[0] = static_cast<host::UCHAR>(editor);
-  modes[1] = static_cast<host::UCHAR>(render);
+  modes[0] = static_cast<host::UCHAR>(ValidMode(editor));
+  modes[1] = static_cast<host::UCHAR>(ValidMode(render));
   modes[2] = deform ? 1 : 0;
 }
 

@@ -14,7 +14,7 @@ Bool BaseDocument::StartUndo() {
 Bool BaseDocument::EndUndo() {
   UndoHistory& history = UndoHistory::Of(*this);
   const Bool wasOpen = history.IsOpen();
-  history.End();
+  history.EndUnlessScoped();
   return wasOpen;
 }
 

@@ -20,7 +20,8 @@ void NameUndo(host::BaseDocument& doc, const std::string& name);
 // Forgets all steps and destroys what they keep.
 void ClearUndo(host::BaseDocument& doc);
 
-// Opens a group, or goes on with the open one, for as long as the scope lives. The outermost scope closes the group.
+// Opens a group, or goes on with the open one, for as long as the scope lives. The outermost scope closes the group;
+// EndUndo inside it leaves the group open.
 class UndoScope {
  public:
   UndoScope(host::BaseDocument& doc, const std::string& name);

@@ -29,6 +29,10 @@ class UndoHistory : public UndoAttachment {
   void Start();
   // Makes the open group a step, unless nothing was registered and neither scene camera nor active settings changed.
   void End();
+  // The same for callers inside a scope, which leave the group to the scope.
+  void EndUnlessScoped() {
+    if (scopes_ == 0) End();
+  }
   bool Add(host::LONG type, host::BaseList2D& node);
   // Both close an open group first.
   bool Undo();

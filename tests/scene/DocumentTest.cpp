@@ -163,38 +163,39 @@ struct Change {
   std::function<void(SceneBuilder&)> make;
 };
 
-// Each of these is noticed; made a second time it changes nothing and is not noticed.
+const Change kChanges[] = {
+    {"editor mode", [](SceneBuilder& s) { s.GetObject("A")->SetEditorMode(host::MODE_OFF); }},
+    {"render mode", [](SceneBuilder& s) { s.GetObject("A")->SetRenderMode(host::MODE_ON); }},
+    {"deform mode", [](SceneBuilder& s) { s.GetObject("A")->SetDeformMode(false); }},
+    {"frame", [](SceneBuilder& s) { s.At("A", 1, 1, 1); }},
+    {"name",
+     [](SceneBuilder& s) {
+       s.GetMaterial("M")->SetName("N");
+       s.GetMaterial("N")->SetName("M2");
+       s.GetMaterial("M2")->SetName("M");
+     }},
+    {"bits", [](SceneBuilder& s) { s.GetObject("A")->SetBit(host::BIT_ACTIVE); }},
+    {"nbits", [](SceneBuilder& s) { s.GetObject("A")->ChangeNBit(3, host::NBIT_SET); }},
+    {"layer", [](SceneBuilder& s) { s.OnLayer("A", "L"); }},
+    {"layer data",
+     [](SceneBuilder& s) {
+       host::LayerData d;
+       d.solo = true;
+       s.GetLayer("L")->SetLayerData(&s.Doc(), d);
+     }},
+    {"material",
+     [](SceneBuilder& s) { static_cast<host::TextureTag*>(s.GetTag("A", host::Ttexture))->SetMaterial(s.GetMaterial("M")); }},
+    {"camera", [](SceneBuilder& s) { s.LookThrough("A"); }},
+    {"no camera", [](SceneBuilder& s) { s.LookThrough(""); }},
+    {"settings", [](SceneBuilder& s) { s.Active("R"); }},
+    {"fps", [](SceneBuilder& s) { s.Doc().SetFps(24); }},
+};
+
+// Each is noticed; made a second time it changes nothing and is not noticed.
 TEST(Changes, AreNoticedOnceEach) {
-  const Change changes[] = {
-      {"editor mode", [](SceneBuilder& s) { s.GetObject("A")->SetEditorMode(host::MODE_OFF); }},
-      {"render mode", [](SceneBuilder& s) { s.GetObject("A")->SetRenderMode(host::MODE_ON); }},
-      {"deform mode", [](SceneBuilder& s) { s.GetObject("A")->SetDeformMode(false); }},
-      {"frame", [](SceneBuilder& s) { s.At("A", 1, 1, 1); }},
-      {"name",
-       [](SceneBuilder& s) {
-         s.GetMaterial("M")->SetName("N");
-         s.GetMaterial("N")->SetName("M2");
-         s.GetMaterial("M2")->SetName("M");
-       }},
-      {"bits", [](SceneBuilder& s) { s.GetObject("A")->SetBit(host::BIT_ACTIVE); }},
-      {"nbits", [](SceneBuilder& s) { s.GetObject("A")->ChangeNBit(3, host::NBIT_SET); }},
-      {"layer", [](SceneBuilder& s) { s.OnLayer("A", "L"); }},
-      {"layer data",
-       [](SceneBuilder& s) {
-         host::LayerData d;
-         d.solo = true;
-         s.GetLayer("L")->SetLayerData(&s.Doc(), d);
-       }},
-      {"material",
-       [](SceneBuilder& s) { static_cast<host::TextureTag*>(s.GetTag("A", host::Ttexture))->SetMaterial(s.GetMaterial("M")); }},
-      {"camera", [](SceneBuilder& s) { s.LookThrough("A"); }},
-      {"no camera", [](SceneBuilder& s) { s.LookThrough(""); }},
-      {"settings", [](SceneBuilder& s) { s.Active("R"); }},
-      {"fps", [](SceneBuilder& s) { s.Doc().SetFps(24); }},
-  };
   SceneBuilder scene;
   scene.Object("A").Texture("A", "").Material("M").Layer("L").Settings("R");
-  for (const Change& change : changes) {
+  for (const Change& change : kChanges) {
     engine::ClearChanged(scene.Doc());
     const host::ULLONG before = engine::ChangeCount(scene.Doc());
     change.make(scene);

@@ -235,43 +235,60 @@ TEST(Tree, DeepShaderAndLayerChains) {
   BaseDocument::Free(copy);
 }
 
-// Moves at random, beside a plain model of parents and orders.
+// Objects and where they hang, as plain lists.
+class TreeModel {
+ public:
+  void Add(BaseObject* object) { below_[nullptr].push_back(object); }
+  const std::vector<BaseObject*>& Below(BaseObject* parent) { return below_[parent]; }
+
+  // What InsertObject should do.
+  void Move(BaseObject* moved, BaseObject* parent, BaseObject* pred) {
+    for (BaseObject* above = parent; above; above = parentOf_[above]) {
+      if (above == moved) return;
+    }
+    if (pred == moved) return;
+    auto& from = below_[parentOf_[moved]];
+    from.erase(std::find(from.begin(), from.end(), moved));
+    auto& to = below_[parent];
+    to.insert(pred ? std::find(to.begin(), to.end(), pred) + 1 : to.begin(), moved);
+    parentOf_[moved] = parent;
+  }
+
+  bool Agrees(const BaseDocument& doc) const {
+    return std::all_of(below_.begin(), below_.end(), [&](const auto& entry) {
+      const BaseObject* object = entry.first ? entry.first->GetDown() : doc.GetFirstObject();
+      for (const BaseObject* child : entry.second) {
+        if (object != child) return false;
+        object = object->GetNext();
+      }
+      return object == nullptr;
+    });
+  }
+
+ private:
+  std::map<BaseObject*, std::vector<BaseObject*>> below_;
+  std::map<BaseObject*, BaseObject*> parentOf_;
+};
+
 TEST(Tree, RandomMovesAgreeWithAModel) {
   SceneBuilder scene;
-  BaseDocument& doc = scene.Doc();
+  TreeModel model;
   std::vector<BaseObject*> objects;
-  std::map<BaseObject*, std::vector<BaseObject*>> below;
-  std::map<BaseObject*, BaseObject*> parentOf;
   for (int i = 0; i < 40; ++i) {
     objects.push_back(NewObject(std::to_string(i).c_str()));
-    doc.AppendObject(objects.back());
-    below[nullptr].push_back(objects.back());
+    scene.Doc().AppendObject(objects.back());
+    model.Add(objects.back());
   }
   unsigned seed = 7;
   const auto random = [&](std::size_t bound) { return (seed = seed * 1664525u + 1013904223u) / 65536u % bound; };
   for (int step = 0; step < 3000; ++step) {
     BaseObject* moved = objects[random(objects.size())];
     BaseObject* parent = random(4) == 0 ? nullptr : objects[random(objects.size())];
-    bool circle = false;
-    for (BaseObject* above = parent; above; above = parentOf[above]) circle = circle || above == moved;
-    const std::vector<BaseObject*> siblings = below[parent];
+    const std::vector<BaseObject*>& siblings = model.Below(parent);
     BaseObject* pred = siblings.empty() || random(3) == 0 ? nullptr : siblings[random(siblings.size())];
-    doc.InsertObject(moved, parent, pred);
-    if (!circle && pred != moved) {
-      auto& from = below[parentOf[moved]];
-      from.erase(std::find(from.begin(), from.end(), moved));
-      auto& to = below[parent];
-      to.insert(pred ? std::find(to.begin(), to.end(), pred) + 1 : to.begin(), moved);
-      parentOf[moved] = parent;
-    }
-    for (const auto& [owner, children] : below) {
-      BaseObject* object = owner ? owner->GetDown() : doc.GetFirstObject();
-      for (BaseObject* child : children) {
-        ASSERT_EQ(object, child) << step;
-        object = object->GetNext();
-      }
-      ASSERT_EQ(object, nullptr) << step;
-    }
+    scene.Doc().InsertObject(moved, parent, pred);
+    model.Move(moved, parent, pred);
+    ASSERT_TRUE(model.Agrees(scene.Doc())) << step;
   }
 }
 

@@ -373,6 +373,22 @@ TEST(Undo, ACancelledScopeLeavesNothing) {
   EXPECT_FALSE(engine::CanRedo(scene.Doc()));
 }
 
+// A command that opens and closes a group of its own inside the program's scope.
+TEST(Undo, AScopeHoldsGroupsInsideItTogether) {
+  Scene scene;
+  const std::string before = scene.Dump();
+  {
+    engine::UndoScope scope(scene.Doc(), "command");
+    scene.Doc().StartUndo();
+    DeleteMaterials(scene);
+    scene.Doc().EndUndo();
+    ChangeObject(scene);
+  }
+  EXPECT_TRUE(scene.Doc().DoUndo());
+  EXPECT_EQ(engine::DumpDifference(before, scene.Dump()), kSame);
+  EXPECT_FALSE(engine::CanUndo(scene.Doc()));
+}
+
 TEST(Undo, AnInnerScopeCancelsItsOwnPart) {
   Scene scene;
   const std::string before = scene.Dump();
