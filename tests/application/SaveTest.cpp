@@ -1,0 +1,64 @@
+#include "host/Host.h"
+#include "tests/application/Stage.h"
+
+namespace {
+
+using engine::Status;
+using host::BaseDocument;
+
+struct Saving : tests::Stage {
+  BaseDocument* New(const char* name) {
+    BaseDocument* doc = application->NewDocument();
+    doc->SetDocumentName(name);
+    return doc;
+  }
+
+  static std::string PathOf(const BaseDocument& doc) {
+    return (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
+  }
+};
+
+TEST_F(Saving, SavingTellsTheHookOfThatDocumentFirst) {
+  LoadGood();
+  BaseDocument* doc = New("shot");
+  New("other");
+  Heard();
+  EXPECT_EQ(application->SaveDocument(*doc).Message(), "The document was never saved; it needs a file name.");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, At("first.c4d")));
+  EXPECT_EQ(Heard(), "hook 1004: shot to " + At("first.c4d") + " (not there)\n");
+  EXPECT_EQ(PathOf(*doc), At("first.c4d"));
+  EXPECT_FALSE(doc->GetChanged());
+  doc->SetChanged();
+  ASSERT_TRUE(application->SaveDocument(*doc));
+  EXPECT_EQ(Heard(), "hook 1004: " + At("first.c4d") + " to " + At("first.c4d") + " (there)\n");
+  EXPECT_FALSE(doc->GetChanged());
+}
+
+TEST_F(Saving, AFailedSaveLeavesPathAndChangesAsTheyWere) {
+  BaseDocument* doc = New("shot");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, At("first.c4d")));
+  doc->SetChanged();
+  const Status failed = application->SaveDocumentAs(*doc, At("missing/second.c4d"));
+  EXPECT_NE(failed.Message().find(At("missing/second.c4d")), std::string::npos) << failed.Message();
+  EXPECT_EQ(PathOf(*doc), At("first.c4d"));
+  EXPECT_TRUE(doc->GetChanged());
+  EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 1U);
+}
+
+TEST_F(Saving, ThePluginsSaveTellsNobodyAndKeepsPathAndName) {
+  LoadGood();
+  BaseDocument* doc = New("shot");
+  doc->SetChanged();
+  Heard();
+  const host::Filename file(At("copy.c4d").c_str());
+  EXPECT_FALSE(host::SaveDocument(doc, file, 0, 1001025));
+  EXPECT_FALSE(host::SaveDocument(nullptr, file, 0, host::FORMAT_C4DEXPORT));
+  EXPECT_FALSE(host::SaveDocument(doc, "copy.c4d", 0, host::FORMAT_C4DEXPORT));
+  EXPECT_FALSE(host::SaveDocument(doc, host::Filename(scratch.Path().c_str()), 0, host::FORMAT_C4DEXPORT));
+  EXPECT_TRUE(host::SaveDocument(doc, file, 0, host::FORMAT_C4DEXPORT));
+  EXPECT_EQ(Heard(), "");
+  EXPECT_EQ(PathOf(*doc), "shot");
+  EXPECT_TRUE(doc->GetChanged());
+}
+
+}  // namespace
