@@ -8,21 +8,29 @@
 
 namespace engine {
 
+namespace {
+
+void ReplaceValue(Entry& entry, Value value) {
+  const Value before = entry.Get();
+  entry.type = value.type;
+  entry.bits = value.bits;
+  Release(before);
+}
+
+}  // namespace
+
 void ContainerAccess::Set(host::BaseContainer& container, host::LONG key, Value value) {
   const Entry* present = FindEntry(container.body_, key);
   if (present && SameValues(present->Get(), value, OwnIds::kCompared)) return;
   // The value may live in an instance that ends here, so it is shared first.
   Retain(value);
   PrepareWrite(container);
-  if (!present) {
+  if (present) {
+    DropInstance(container, key);
+    ReplaceValue(*WritableEntry(container.body_, key), value);
+  } else {
     Moved(container, AppendEntry(container.body_, key, value));
-    return;
   }
-  Entry& entry = *WritableEntry(container.body_, key);
-  const Value before = entry.Get();
-  entry = Entry{key, value.type, value.bits};
-  DropInstance(container, key);
-  Release(before);
 }
 
 }  // namespace engine

@@ -7,27 +7,55 @@
 #include <vector>
 
 #include "engine/core/LongBody.h"
+#include "engine/core/SmallBlocks.h"
 
 namespace engine {
 
 namespace {
 
 constexpr int kDeepestRecursion = 16;
+constexpr std::uint32_t kFetchedAhead = 8;
+
+// Records are read one after the other: the memory of one that follows is fetched while this one is read.
+void FetchRecord(const Entry& entry) {
+  if (entry.type != host::DA_CONTAINER) return;
+  constexpr std::uint64_t kCacheLine = 64;
+  __builtin_prefetch(BlockOf<const char>(entry.bits));
+  __builtin_prefetch(BlockOf<const char>(entry.bits + kCacheLine));
+}
 
 ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
-  auto* body = new (::operator new(sizeof(ContainerBody) + capacity * sizeof(Entry))) ContainerBody;
+  void* memory =
+      capacity == kFirstEntries ? SmallBlocks::Take() : ::operator new(sizeof(ContainerBody) + capacity * sizeof(Entry));
+  auto* body = new (memory) ContainerBody;
   body->id = id;
   body->capacity = capacity;
   return body;
 }
 
+void FreeShort(ContainerBody* body) {
+  const bool small = body->capacity == kFirstEntries;
+  body->~ContainerBody();
+  if (small) {
+    SmallBlocks::Give(body);
+  } else {
+    ::operator delete(body);
+  }
+}
+
 void FreeBodyMemory(ContainerBody* body) {
   if (body->IsLong()) {
     delete AsLong(body);
-    return;
+  } else {
+    FreeShort(body);
   }
-  body->~ContainerBody();
-  ::operator delete(body);
+}
+
+bool HoldsNumbersOnly(const ContainerBody& body) {
+  for (std::uint32_t i = 0; i < body.size; ++i) {
+    if (IsShared(body.Entries()[i].type)) return false;
+  }
+  return true;
 }
 
 // Ends bodies that have no owner left. Nested ones are ended right away, as they lie near in memory, but from
@@ -98,26 +126,15 @@ ContainerBody* Grow(ContainerBody* body) {
   } else {
     auto entries = std::make_unique<LongBody>();
     entries->id = body->id;
-    for (std::uint32_t i = 0; i < body->size; ++i) AppendLong(*entries, body->Entries()[i]);
+    for (std::uint32_t i = 0; i < body->size; ++i) AppendLong(*entries, body->Entries()[i].key, body->Entries()[i].Get());
     grown = entries.release();
   }
   FreeBodyMemory(body);
   return grown;
 }
 
-const Entry* FindShort(const ContainerBody& body, host::LONG key) {
-  const Entry* entries = body.Entries();
-  // Most short containers count their keys up from the first one.
-  const std::uint32_t guess = body.size > 0 ? static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key) : 0;
-  if (guess < body.size && entries[guess].key == key) return entries + guess;
-  for (const Entry* entry = entries; entry != entries + body.size; ++entry) {
-    if (entry->key == key) return entry;
-  }
-  return nullptr;
-}
-
 bool RemoveShort(ContainerBody& body, host::LONG key) {
-  const Entry* found = FindShort(body, key);
+  const Entry* found = FindShortEntry(body, key);
   if (!found) return false;
   const Value value = found->Get();
   Entry* hole = body.Entries() + (found - body.Entries());
@@ -129,15 +146,20 @@ bool RemoveShort(ContainerBody& body, host::LONG key) {
 
 }  // namespace
 
-void ReleaseBody(ContainerBody* body) {
-  if (body && body->owners.Release()) Destruction().Run(body);
+void EndBody(ContainerBody* body) {
+  if (!body->IsLong() && HoldsNumbersOnly(*body)) {
+    FreeShort(body);
+  } else {
+    Destruction().Run(body);
+  }
 }
 
-const Entry* FindEntry(const ContainerBody* body, host::LONG key) {
-  if (!body) return nullptr;
-  if (!body->IsLong()) return FindShort(*body, key);
-  const Spot spot = FindSpot(*AsLong(body), key);
-  return spot.Found() ? AsLong(body)->chunks[spot.chunk].chunk->Entries() + spot.offset : nullptr;
+const Entry* FindLongEntry(const ContainerBody& body, host::LONG key) {
+  const Spot spot = FindSpot(*AsLong(&body), key);
+  if (!spot.Found()) return nullptr;
+  const Chunk& chunk = *AsLong(&body)->chunks[spot.chunk].chunk;
+  if (spot.offset + kFetchedAhead < chunk.size) FetchRecord(chunk.Entries()[spot.offset + kFetchedAhead]);
+  return chunk.Entries() + spot.offset;
 }
 
 const Entry* EntryAt(const ContainerBody* body, std::uint32_t position) {
@@ -150,7 +172,7 @@ const Entry* EntryAt(const ContainerBody* body, std::uint32_t position) {
 host::LONG FindPosition(const ContainerBody* body, host::LONG key) {
   if (!body) return host::NOTOK;
   if (!body->IsLong()) {
-    const Entry* entry = FindShort(*body, key);
+    const Entry* entry = FindShortEntry(*body, key);
     return entry ? static_cast<host::LONG>(entry - body->Entries()) : host::NOTOK;
   }
   const Spot spot = FindSpot(*AsLong(body), key);
@@ -170,31 +192,21 @@ std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& nex
 
 ContainerBody* NewBody(host::LONG id) { return NewShort(id, kFirstEntries); }
 
-ContainerBody* MakeUnique(ContainerBody* body) {
-  if (!body) return NewBody(0);
-  if (body->owners.Unique()) return body;
+ContainerBody* SplitBody(ContainerBody* body) {
   ContainerBody* copy = body->IsLong() ? new LongBody(*AsLong(body)) : CopyShort(*body);
   ReleaseBody(body);
   return copy;
 }
 
-Entry* WritableEntry(ContainerBody* body, host::LONG key) {
-  if (!body->IsLong()) {
-    const Entry* entry = FindShort(*body, key);
-    return entry ? body->Entries() + (entry - body->Entries()) : nullptr;
-  }
-  const Spot spot = FindSpot(*AsLong(body), key);
-  return spot.Found() ? WritableChunk(*AsLong(body), spot.chunk).Entries() + spot.offset : nullptr;
+Entry* WritableLongEntry(ContainerBody& body, host::LONG key) {
+  const Spot spot = FindSpot(*AsLong(&body), key);
+  return spot.Found() ? WritableChunk(*AsLong(&body), spot.chunk).Entries() + spot.offset : nullptr;
 }
 
-ContainerBody* AppendEntry(ContainerBody* body, host::LONG key, Value value) {
-  if (!body->IsLong() && body->size == body->capacity) body = Grow(body);
-  const Entry entry{key, value.type, value.bits};
-  if (body->IsLong()) {
-    AppendLong(*AsLong(body), entry);
-  } else {
-    body->Entries()[body->size++] = entry;
-  }
+ContainerBody* AppendWithGrowth(ContainerBody* body, host::LONG key, Value value) {
+  if (!body->IsLong()) body = Grow(body);
+  if (!body->IsLong()) return AppendEntry(body, key, value);
+  AppendLong(*AsLong(body), key, value);
   return body;
 }
 

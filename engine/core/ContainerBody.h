@@ -53,37 +53,81 @@ static_assert(sizeof(ContainerBody) == 16);
 inline void RetainBody(ContainerBody* body) {
   if (body) body->owners.Retain();
 }
-// Any depth of nesting, without recursion to match.
-void ReleaseBody(ContainerBody* body);
+// Ends a body without owners. Any depth of nesting, without recursion to match.
+void EndBody(ContainerBody* body);
+inline void ReleaseBody(ContainerBody* body) {
+  if (body && body->owners.Release()) EndBody(body);
+}
 
 inline host::LONG IdOf(const ContainerBody* body) { return body ? body->id : 0; }
 inline std::uint32_t SizeOf(const ContainerBody* body) { return body ? body->size : 0; }
 
-// The entry with that key, or at that position (less than the size); null where there is none. Position of
-// the key, -1 where there is none.
-const Entry* FindEntry(const ContainerBody* body, host::LONG key);
+inline const Entry* FindShortEntry(const ContainerBody& body, host::LONG key) {
+  if (body.size == 0) return nullptr;
+  const Entry* entries = body.Entries();
+  // Most short containers count their keys up from the first one.
+  const std::uint32_t guess = static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
+  if (guess < body.size && entries[guess].key == key) return entries + guess;
+  for (const Entry* end = entries + body.size; entries != end; ++entries) {
+    if (entries->key == key) return entries;
+  }
+  return nullptr;
+}
+const Entry* FindLongEntry(const ContainerBody& body, host::LONG key);
+
+// The entry with that key, or at that position; null where there is none. Position of the key, -1 where there is none.
+inline const Entry* FindEntry(const ContainerBody* body, host::LONG key) {
+  if (!body) return nullptr;
+  return body->IsLong() ? FindLongEntry(*body, key) : FindShortEntry(*body, key);
+}
 const Entry* EntryAt(const ContainerBody* body, std::uint32_t position);
 host::LONG FindPosition(const ContainerBody* body, host::LONG key);
 
 // The stretches of entries that lie together, in order: `next` is 0 at first and counts up; empty at the end.
 std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& next);
 
-// A body of one owner, instead of one share of `body`; null gives a new one.
-[[nodiscard]] ContainerBody* MakeUnique(ContainerBody* body);
 [[nodiscard]] ContainerBody* NewBody(host::LONG id);
+// A copy with one owner, instead of one share of `body`.
+[[nodiscard]] ContainerBody* SplitBody(ContainerBody* body);
+// A body of one owner, instead of one share of `body`; null gives a new one.
+[[nodiscard]] inline ContainerBody* MakeUnique(ContainerBody* body) {
+  if (!body) return NewBody(0);
+  return body->owners.Unique() ? body : SplitBody(body);
+}
 
 // These change a body that has one owner. WritableEntry: null where there is no such key. AppendEntry: the key
 // is not there yet; takes the value's share and gives back the body, which may have moved. RemoveEntry: closes
 // the gap; false where there is no such key. ClearEntries: only the own ID stays.
-Entry* WritableEntry(ContainerBody* body, host::LONG key);
-[[nodiscard]] ContainerBody* AppendEntry(ContainerBody* body, host::LONG key, Value value);
+Entry* WritableLongEntry(ContainerBody& body, host::LONG key);
+inline Entry* WritableEntry(ContainerBody* body, host::LONG key) {
+  if (body->IsLong()) return WritableLongEntry(*body, key);
+  const Entry* entry = FindShortEntry(*body, key);
+  return entry ? body->Entries() + (entry - body->Entries()) : nullptr;
+}
+// The same where the short form has no room left, or in the long form.
+[[nodiscard]] ContainerBody* AppendWithGrowth(ContainerBody* body, host::LONG key, Value value);
+// Member by member: building an entry and copying it would make the copy wait for the stores.
+inline void FillEntry(Entry& entry, host::LONG key, Value value) {
+  entry.key = key;
+  entry.type = value.type;
+  entry.bits = value.bits;
+}
+[[nodiscard]] inline ContainerBody* AppendEntry(ContainerBody* body, host::LONG key, Value value) {
+  if (body->size >= body->capacity) return AppendWithGrowth(body, key, value);
+  FillEntry(body->Entries()[body->size++], key, value);
+  return body;
+}
 bool RemoveEntry(ContainerBody* body, host::LONG key);
 [[nodiscard]] ContainerBody* ClearEntries(ContainerBody* body);
 
 enum class OwnIds { kIgnored, kCompared };
 bool SameBodies(const ContainerBody* a, const ContainerBody* b, OwnIds ids);
 // Numbers compare by their bits, so that every value equals itself.
-bool SameValues(Value a, Value b, OwnIds ids);
+bool SameSharedValues(Value a, Value b, OwnIds ids);
+inline bool SameValues(Value a, Value b, OwnIds ids) {
+  if (a.type != b.type) return false;
+  return a.bits == b.bits || (IsShared(a.type) && SameSharedValues(a, b, ids));
+}
 
 // The way into BaseContainer.
 struct ContainerAccess {
@@ -97,20 +141,36 @@ struct ContainerAccess {
   // The entry's value set in place or appended, as BaseContainer::SetData does. Takes no share of `value`.
   static void Set(host::BaseContainer& container, host::LONG key, Value value);
   // Every body from the owner of all down to this container has one owner afterwards.
-  static void PrepareWrite(host::BaseContainer& container);
+  static void PrepareWrite(host::BaseContainer& container) {
+    if (container.anchor_) {
+      PrepareAnchored(container);
+    } else {
+      container.body_ = MakeUnique(container.body_);
+    }
+  }
   // `body`, of which the caller's share is taken, becomes the body of the container.
   static void Replace(host::BaseContainer& container, ContainerBody* body);
   // After PrepareWrite: the body has moved to `body`.
-  static void Moved(host::BaseContainer& container, ContainerBody* body);
+  static void Moved(host::BaseContainer& container, ContainerBody* body) {
+    if (container.anchor_ && body != container.body_) TellOwner(container, body);
+    container.body_ = body;
+  }
   static host::BaseContainer* Instance(host::BaseContainer& container, host::LONG key);
   static void DropInstances(host::BaseContainer& container);
-  static void DropInstance(host::BaseContainer& container, host::LONG key);
+  static void DropInstance(host::BaseContainer& container, host::LONG key) {
+    if (container.anchor_) DropAnchored(container, key);
+  }
   static void Destroy(host::BaseContainer& container);
   // Body and instances of `from`, which is empty afterwards; of an instance, a share of its body.
   static void Take(host::BaseContainer& container, host::BaseContainer& from);
   static bool IsInstance(host::BaseContainer& container);
   static ContainerBody*& BodySlot(host::BaseContainer& container) { return container.body_; }
   static ContainerAnchor*& Anchor(host::BaseContainer& container) { return container.anchor_; }
+
+ private:
+  static void PrepareAnchored(host::BaseContainer& container);
+  static void TellOwner(host::BaseContainer& container, ContainerBody* body);
+  static void DropAnchored(host::BaseContainer& container, host::LONG key);
 };
 
 }  // namespace engine

@@ -1,5 +1,6 @@
 #include "engine/core/ContainerInstances.h"
 
+#include <array>
 #include <utility>
 #include <vector>
 
@@ -56,24 +57,22 @@ ContainerInstance::~ContainerInstance() {
   ContainerAccess::Anchor(container) = nullptr;
 }
 
-void ContainerAccess::PrepareWrite(host::BaseContainer& container) {
-  ContainerBody*& body = container.body_;
-  if (!OwnerOf(container)) {
-    body = MakeUnique(body);
-    return;
-  }
-  std::vector<ContainerAnchor*> chain;
+void ContainerAccess::PrepareAnchored(host::BaseContainer& container) {
   ContainerAnchor* top = container.anchor_;
-  for (; top->owner; top = top->owner) chain.push_back(top);
+  std::size_t depth = 0;
+  for (; top->owner; top = top->owner) ++depth;
   BodySlot(*top->self) = MakeUnique(BodySlot(*top->self));
-  for (std::size_t i = chain.size(); i-- > 0;) MakeInstanceUnique(*chain[i]);
+  std::array<ContainerAnchor*, 8> few;
+  std::vector<ContainerAnchor*> many(depth > few.size() ? depth : 0);
+  ContainerAnchor** const chain = many.empty() ? few.data() : many.data();
+  std::size_t i = 0;
+  for (ContainerAnchor* anchor = container.anchor_; anchor->owner; anchor = anchor->owner) chain[i++] = anchor;
+  while (i > 0) MakeInstanceUnique(*chain[--i]);
 }
 
 bool ContainerAccess::IsInstance(host::BaseContainer& container) { return OwnerOf(container) != nullptr; }
 
-void ContainerAccess::Moved(host::BaseContainer& container, ContainerBody* body) {
-  if (container.body_ == body) return;
-  container.body_ = body;
+void ContainerAccess::TellOwner(host::BaseContainer& container, ContainerBody* body) {
   if (OwnerOf(container)) OwnersEntry(*container.anchor_).bits = BitsOf(body);
 }
 
@@ -109,8 +108,8 @@ void ContainerAccess::DropInstances(host::BaseContainer& container) {
   if (container.anchor_) EndTable(std::move(container.anchor_->instances));
 }
 
-void ContainerAccess::DropInstance(host::BaseContainer& container, host::LONG key) {
-  if (!container.anchor_ || !container.anchor_->instances) return;
+void ContainerAccess::DropAnchored(host::BaseContainer& container, host::LONG key) {
+  if (!container.anchor_->instances) return;
   const auto found = container.anchor_->instances->find(key);
   if (found == container.anchor_->instances->end()) return;
   EndTable(std::move(found->second.anchor.instances));

@@ -120,7 +120,7 @@ void Compact(LongBody& body) {
   for (const ChunkPlace& place : thin) {
     for (const Entry& entry : place.chunk->All()) {
       Retain(entry.Get());
-      AppendLong(body, entry);
+      AppendLong(body, entry.key, entry.Get());
     }
     ReleaseChunk(place.chunk);
   }
@@ -164,16 +164,15 @@ Chunk& WritableChunk(LongBody& body, std::uint32_t chunk) {
   return *place;
 }
 
-void AppendLong(LongBody& body, const Entry& entry) {
-  const KeyOrder order = OrderWith(body, entry.key);
+void AppendLong(LongBody& body, host::LONG key, Value value) {
+  const KeyOrder order = OrderWith(body, key);
   if (order == KeyOrder::kMixed && body.order != order) MakeMixed(body);
   body.order = order;
-  Chunk& chunk = ChunkForOneMore(body, entry.key);
-  chunk.Entries()[chunk.size++] = entry;
+  Chunk& chunk = ChunkForOneMore(body, key);
+  FillEntry(chunk.Entries()[chunk.size++], key, value);
   ++body.size;
-  body.greatestKey = entry.key;
-  if (order == KeyOrder::kMixed)
-    PutInIndex(body, entry.key, {static_cast<std::uint32_t>(body.chunks.size()) - 1, chunk.size - 1});
+  body.greatestKey = key;
+  if (order == KeyOrder::kMixed) PutInIndex(body, key, {static_cast<std::uint32_t>(body.chunks.size()) - 1, chunk.size - 1});
 }
 
 bool RemoveLong(LongBody& body, host::LONG key) {

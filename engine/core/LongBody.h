@@ -61,8 +61,8 @@ Spot FindSpot(const LongBody& body, host::LONG key);
 Spot SpotAt(const LongBody& body, std::uint32_t position);
 // The chunk, with one owner.
 Chunk& WritableChunk(LongBody& body, std::uint32_t chunk);
-// Takes the shares of the entries. The keys are not there yet.
-void AppendLong(LongBody& body, const Entry& entry);
+// Takes the value's share. The key is not there yet.
+void AppendLong(LongBody& body, host::LONG key, Value value);
 bool RemoveLong(LongBody& body, host::LONG key);
 void ReleaseChunkMemory(Chunk* chunk);
 
