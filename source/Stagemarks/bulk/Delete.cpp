@@ -19,11 +19,9 @@ void SMDialog::DeleteAllElements() {
   if (!doc) return;
   BaseContainer* data = doc->GetDataInstance();
   recordStore_ = data->GetContainer(kRecordStore);
-  const BaseContainer& records = recordStore_;
   BaseContainer names;
-  for (LONG i = 0; i < records.GetCount(); ++i) {
-    const BaseContainer* record = records.GetContainerInstance(records.GetIndexId(i));
-    if (record) names.SetString(i, record->GetString(kName));
+  for (LONG i = 0; i < recordStore_.GetCount(); ++i) {
+    names.SetString(i, recordStore_.GetContainer(recordStore_.GetIndexId(i)).GetString(kName));
   }
   DeleteElements(*doc, names);
   data->RemoveData(kRecordStore);
@@ -36,7 +34,6 @@ void SMDialog::DeleteAllElements() {
 // their IDs in an index, because their names are looked up in a store that changes under way.
 void SMDialog::DeleteElements(BaseDocument& doc, const BaseContainer& names) {
   if (names.GetCount() == 0) return;
-  listStore_ = doc.GetDataInstance()->GetContainer(kListStore);
   DeleteStagemark(names.GetIndexData(0).GetString());
   ElementNames index(listStore_);
   for (LONG i = 1; i < names.GetCount(); ++i) {

@@ -9,8 +9,8 @@ ElementNames::ElementNames(const BaseContainer& listStore) {
   const LONG count = ElementPositions(listStore);
   entries_.reserve(static_cast<std::size_t>(count));
   for (LONG key = 0; key < count; ++key) {
-    const BaseContainer* entry = listStore.GetContainerInstance(key);
-    entries_.push_back(entry ? Entry{entry->GetString(kName).ToUtf8(), entry->GetId()} : Entry{});
+    const BaseContainer entry = listStore.GetContainer(key);
+    entries_.push_back({entry.GetString(kName).ToUtf8(), entry.GetId()});
     keys_[entries_.back().name].insert(key);
   }
 }

@@ -25,7 +25,10 @@ Bool WriteLayers(BaseContainer& records, const std::vector<BaseList2D*>& layers,
     if (!layer) return FALSE;
     const LONG position = finder.Position(layer);
     if (position != NOTOK) {
-      WriteLayerFlags(*records.GetContainerInstance(records.GetIndexId(position)), *layer, doc);
+      const LONG key = records.GetIndexId(position);
+      BaseContainer record = records.GetContainer(key);
+      WriteLayerFlags(record, *layer, doc);
+      records.SetContainer(key, record);
     } else {
       const LONG key = keys.Next();
       records.SetContainer(key, LayerRecord(*layer, doc, key));

@@ -17,21 +17,24 @@ std::vector<BaseList2D*> Items(const AtomArray& selection) {
   return items;
 }
 
-// For each item either refresh(record, i) on its first record, or the record made by create(i, key) under `key`.
+// For each item either its first record changed by refresh(record, i), or the one made by create(i, key) under `key`.
 template <class Refresh, class Create>
 void WriteItems(BaseContainer& records, LONG linkKey, const BaseDocument* doc, const std::vector<BaseList2D*>& items,
                 Refresh refresh, Create create) {
   RecordFinder finder(records, linkKey, doc, items);
   for (std::size_t i = 0; i < items.size(); ++i) {
-    LONG position = finder.Position(items[i]);
-    if (position != NOTOK) {
-      refresh(*records.GetContainerInstance(records.GetIndexId(position)), i);
+    const LONG known = finder.Position(items[i]);
+    const LONG key = known != NOTOK ? records.GetIndexId(known) : records.GetCount();
+    const LONG replaced = known != NOTOK ? known : records.FindIndex(key);
+    const BaseList2D* before = replaced != NOTOK ? finder.Target(replaced) : nullptr;
+    if (known != NOTOK) {
+      BaseContainer record = records.GetContainer(key);
+      refresh(record, i);
+      records.SetContainer(key, record);
     } else {
-      const LONG key = records.GetCount();
       records.SetContainer(key, create(i, key));
-      position = records.FindIndex(key);
     }
-    finder.Written(position);
+    finder.Written(records.FindIndex(key), before);
   }
 }
 

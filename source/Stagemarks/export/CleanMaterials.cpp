@@ -1,7 +1,6 @@
 // "Clean Material Editor": deletes every material that no recorded texture tag uses. What the scene itself uses does
 // not count: the command is there to throw away all that no recorded state needs.
 #include <unordered_set>
-#include <utility>
 #include <vector>
 
 #include "source/Stagemarks/SMDialog.h"
@@ -18,10 +17,10 @@ using Materials = std::unordered_set<const BaseMaterial*>;
 void AddUsed(const BaseContainer& tags, const BaseDocument* doc, Materials& used) {
   const LONG count = tags.GetCount();
   for (LONG key = 0; key < count; ++key) {
-    const BaseContainer* record = tags.GetContainerInstance(key);
-    const BaseList2D* tag = record ? record->GetLink(kTagLink, doc) : nullptr;
+    const BaseContainer record = tags.GetContainer(key);
+    const BaseList2D* tag = record.GetLink(kTagLink, doc);
     if (!tag || tag->GetType() != Ttexture) continue;
-    if (const BaseMaterial* material = record->GetMaterialLink(kMaterialLink, doc)) used.insert(material);
+    if (const BaseMaterial* material = record.GetMaterialLink(kMaterialLink, doc)) used.insert(material);
   }
 }
 
@@ -29,10 +28,10 @@ void AddUsed(const BaseContainer& tags, const BaseDocument* doc, Materials& used
 Bool CollectUsed(const BaseContainer& store, const BaseDocument* doc, Materials& used) {
   Bool any = FALSE;
   for (LONG i = 0, id = 0; (id = store.GetIndexId(i)) != NOTOK; ++i) {
-    const BaseContainer* record = store.GetContainerInstance(id);
-    if (!record || record->GetCount() == 0) continue;
+    const BaseContainer record = store.GetContainer(id);
+    if (record.GetCount() == 0) continue;
     any = TRUE;
-    if (const BaseContainer* tags = record->GetContainerInstance(kTags)) AddUsed(*tags, doc, used);
+    AddUsed(record.GetContainer(kTags), doc, used);
   }
   return any;
 }
@@ -50,9 +49,9 @@ std::vector<BaseMaterial*> Unused(const BaseDocument& doc, const Materials& used
 Bool SMDialog::CleanMEdit() {
   BaseDocument* doc = GetActiveDocument();
   if (!doc) return FALSE;
-  const BaseContainer* store = std::as_const(*doc).GetDataInstance()->GetContainerInstance(kRecordStore);
   Materials used;
-  if (!store || !CollectUsed(*store, doc, used) || !doc->GetFirstMaterial()) return FALSE;
+  const Bool any = CollectUsed(doc->GetDataInstance()->GetContainer(kRecordStore), doc, used);
+  if (!any || !doc->GetFirstMaterial()) return FALSE;
   StopAllThreads();
   doc->StartUndo();
   for (BaseMaterial* material : Unused(*doc, used)) {

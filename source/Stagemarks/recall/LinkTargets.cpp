@@ -1,7 +1,8 @@
 #include "source/Stagemarks/recall/LinkTargets.h"
 
 #include <bit>
-#include <cstdint>
+
+#include "source/Stagemarks/recall/AddressHash.h"
 
 namespace stagemarks {
 
@@ -9,17 +10,14 @@ LinkTargets::LinkTargets(const BaseContainer* records, LONG linkKey, const BaseD
   const LONG count = records ? records->GetCount() : 0;
   slots_.resize(std::bit_ceil(2 * static_cast<std::size_t>(count) + 2));
   for (LONG i = 0; i < count; ++i) {
-    const BaseContainer* record = records->GetContainerInstance(records->GetIndexId(i));
-    const BaseList2D* target = record ? record->GetLink(linkKey, doc) : nullptr;
+    const BaseList2D* target = records->GetContainer(records->GetIndexId(i)).GetLink(linkKey, doc);
     if (target) slots_[Slot(target)] = target;
   }
 }
 
 std::size_t LinkTargets::Slot(const BaseList2D* item) const {
-  constexpr std::uint64_t kGoldenRatio = 0x9E3779B97F4A7C15;
   const std::size_t mask = slots_.size() - 1;
-  const std::uint64_t hash = reinterpret_cast<std::uintptr_t>(item) * kGoldenRatio;
-  std::size_t slot = static_cast<std::size_t>(hash >> 32) & mask;
+  std::size_t slot = HashAddress(item, slots_.size());
   while (slots_[slot] && slots_[slot] != item) slot = (slot + 1) & mask;
   return slot;
 }

@@ -18,8 +18,7 @@ Bool Holds(const BaseContainer* element, LONG part, LONG linkKey, const BaseList
   const BaseContainer* records = Part(element, part);
   if (!doc || !records || !item) return FALSE;
   for (LONG i = 0, id = 0; (id = records->GetIndexId(i)) != NOTOK; ++i) {
-    const BaseContainer* record = records->GetContainerInstance(id);
-    if (record && record->GetLink(linkKey, doc) == item) return TRUE;
+    if (records->GetContainer(id).GetLink(linkKey, doc) == item) return TRUE;
   }
   return FALSE;
 }
