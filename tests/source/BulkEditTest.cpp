@@ -193,7 +193,7 @@ INSTANTIATE_TEST_SUITE_P(Entries, NothingCheckedTest,
                          testing::Values(Nothing{"Update", kUpdateChecked, false}, Nothing{"Objects", kSetObjects, false},
                                          Nothing{"Tags", kSetTags, false}, Nothing{"Layers", kSetLayers, true},
                                          Nothing{"Camera", kSetCamera, false}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 struct Broken {
   const char* name;
@@ -218,7 +218,9 @@ TEST_P(BrokenElementTest, EndsTheCommandAndWhatWasWrittenBeforeStays) {
   EXPECT_NE(support::ContainerText(Element(0), &Doc()), before[0]);
   EXPECT_EQ(support::ContainerText(Element(1), &Doc()) != before[1], GetParam().reached != 0);
   EXPECT_EQ(support::ContainerText(Element(2), &Doc()), before[2]);
-  if (GetParam().reached != 0) EXPECT_NE(Part(1, GetParam().reached), "");
+  if (GetParam().reached != 0) {
+    EXPECT_NE(Part(1, GetParam().reached), "");
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Parts, BrokenElementTest,
@@ -228,7 +230,7 @@ INSTANTIATE_TEST_SUITE_P(Parts, BrokenElementTest,
                                          Broken{"SetObjects", kSetObjects, kObjects, 0}, Broken{"SetTags", kSetTags, kTags, 0},
                                          Broken{"SetLayers", kSetLayers, kLayers, 0},
                                          Broken{"SetCamera", kSetCamera, kCamera, 0}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 // Elements are found by position but named by ID: see GetStagemarkID.
 TEST_F(BulkEditTest, AnElementBeyondTheNumberOfElementsIsTakenForElementZero) {

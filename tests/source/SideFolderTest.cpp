@@ -95,7 +95,7 @@ INSTANTIATE_TEST_SUITE_P(Names, TwoNamesTest,
                                          Pair{"Case", "a", "A", "a.tif"}, Pair{"TrailingBlank", "a", "a ", "a.tif"},
                                          Pair{"Suffix", "a", "a.tif", "a.tif"}, Pair{"ParentFolder", "a", "x/../a", "a.tif"},
                                          Pair{"OutOfTheFolder", "a", "../shot_SM/a", "a.tif"}),
-                         [](const auto& info) { return std::string(info.param.label); });
+                         [](const auto& test) { return std::string(test.param.label); });
 
 class BadNameTest : public SideFolderTest, public testing::WithParamInterface<std::pair<const char*, std::string>> {};
 
@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair{"Dots", std::string("..")}, std::pair{"TrailingBlank", std::string("x  ")},
                     std::pair{"RightToLeft", std::string("\u05D0\u05D1\u202E")}, std::pair{"NotUtf8", std::string("\xFF\xFE")},
                     std::pair{"SubFolder", std::string("a/x")}),
-    [](const auto& info) { return std::string(info.param.first); });
+    [](const auto& test) { return std::string(test.param.first); });
 
 }  // namespace
 }  // namespace stagemarks
