@@ -45,6 +45,27 @@ TEST_F(Saving, AFailedSaveLeavesPathAndChangesAsTheyWere) {
   EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 1U);
 }
 
+TEST_F(Saving, WhicheverOperationFailsTheOldFileStaysWhole) {
+  BaseDocument* doc = New("shot");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, At("scene.c4d")));
+  const std::string old = tests::ReadText(At("scene.c4d"));
+  doc->InsertObject(host::BaseObject::Alloc(host::Ocube), nullptr, nullptr);
+  std::size_t failures = 0;
+  for (bool saved = false; !saved;) {
+    disk.BreakFrom(failures + 1);
+    saved = application->SaveDocument(*doc).Ok();
+    if (saved) break;
+    ++failures;
+    ASSERT_LT(failures, 100U);
+    EXPECT_EQ(tests::ReadText(At("scene.c4d")), old);
+    EXPECT_TRUE(doc->GetChanged());
+    EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), failures);
+  }
+  EXPECT_GE(failures, 1U);
+  EXPECT_NE(tests::ReadText(At("scene.c4d")), old);
+  EXPECT_EQ(tests::Names(scratch.Path()), "scene.c4d");
+}
+
 TEST_F(Saving, ThePluginsSaveTellsNobodyAndKeepsPathAndName) {
   LoadGood();
   BaseDocument* doc = New("shot");

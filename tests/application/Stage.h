@@ -1,4 +1,4 @@
-// Stage: an application with a scripted person, a scratch folder, and user folders in it.
+// Stage: an application with a scripted person, a scratch folder with the user folders in it, and a disk that can be broken.
 #pragma once
 
 #include <dlfcn.h>
@@ -7,6 +7,8 @@
 #include <filesystem>
 
 #include "engine/application/Application.h"
+#include "engine/outside/FaultyOutside.h"
+#include "engine/outside/RealOutside.h"
 #include "engine/outside/ScriptedOutside.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -46,7 +48,9 @@ struct Stage : testing::Test {
   }
 
   ScratchFolder scratch;
-  engine::ScriptedOutside outside{scratch / "user"};
+  engine::RealOutside files;
+  engine::FaultyOutside disk{files};
+  engine::ScriptedOutside outside{disk, scratch / "user"};
   std::unique_ptr<engine::Application> application =
       std::make_unique<engine::Application>(outside, engine::ApplicationSetup{"", {"/first", "/second"}});
 };
