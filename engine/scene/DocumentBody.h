@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "engine/scene/DocumentListener.h"
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/NodeAccess.h"
 #include "engine/scene/NodeTable.h"
 #include "engine/scene/SelectionOrder.h"
@@ -29,6 +30,7 @@ struct DocumentBody {
   SelectionOrder selectedTags;
 
   std::shared_ptr<const void> kept;  // see KeepWith
+  std::shared_ptr<const EmbeddedFiles> embedded;  // null: none
   std::unique_ptr<DocumentListener> listener;
   std::unique_ptr<UndoAttachment> undo;
 };

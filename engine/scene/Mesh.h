@@ -1,5 +1,6 @@
 // Mesh: the geometry of a polygon object, a plain value that never changes once an object holds it, so that
-// copies and instances share it. Indices are 0-based into `points`; -1 as the fourth marks a triangle. Any thread.
+// copies and instances share it. Indices are 0-based into `points`; -1 as the fourth marks a triangle. The cross
+// product of b - a and c - a points to a polygon's outer side. Any thread.
 #pragma once
 
 #include <array>

@@ -125,6 +125,7 @@ BaseDocument* CopyDocument(const BaseDocument& source, bool keepIds) {
   to.path = from.path;
   to.fps = from.fps;
   to.kept = from.kept;
+  to.embedded = from.embedded;
   to.changed = from.changed;
   A::Camera(to.view) = Mapped(A::Camera(from.view), ids);
   to.activeSettings = AsRenderData(to.table.Find(Mapped(A::Id(*from.activeSettings), ids)));
