@@ -1,5 +1,6 @@
 // Opening, saving and listing documents: the application's operations and the published functions.
 #include "engine/application/ApplicationBody.h"
+#include "engine/import/EmbeddedTextures.h"
 #include "engine/import/Import.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scenefile/SceneFile.h"
@@ -45,6 +46,7 @@ Status Application::SaveDocumentAs(host::BaseDocument& doc, const std::string& p
   const bool listed = body_->documents.Holds(&doc);
   doc.Message(host::MSG_DOCUMENTINFO, &info);
   if (listed && !body_->documents.Holds(&doc)) return Status::Failure("The document was closed before it could be saved.");
+  if (Status textures = WriteEmbeddedTextures(doc, file.GetDirectory().GetString().ToUtf8()); !textures) return textures;
   Status saved = SaveSceneFile(doc, path);
   if (!saved) return saved;
   doc.SetDocumentPath(file.GetDirectory());

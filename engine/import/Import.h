@@ -1,5 +1,8 @@
 // Import of scenes from other formats: glTF (.gltf, .glb), OBJ, FBX, COLLADA (.dae). The reading runs in a child process
-// with limits on memory, time and file access, so that a broken or hostile file costs a message and nothing else.
+// with limits on memory, time and file access, so that a broken or hostile file costs a message and nothing else. Main thread.
+//
+// What comes out: left-handed, Y up, 1 unit = 1 cm; glTF and COLLADA metres and FBX units are converted, an OBJ unit stays a
+// unit. Nodes become nulls, polygon objects, cameras and lights; a node of several parts becomes a null with one child a part.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +15,10 @@
 namespace engine {
 
 struct ImportLimits {
-  std::uint64_t memoryBytes = 4ull << 30;
-  std::uint64_t fileBytes = 2ull << 30;
-  unsigned seconds = 120;
+  std::uint64_t memoryBytes = 4ull << 30;  // address space of the child
+  std::uint64_t fileBytes = 2ull << 30;    // size of the file to import
+  std::uint64_t resultBytes = 4ull << 30;  // what the child may send back
+  unsigned seconds = 120;                  // processor time and time on the clock
 };
 
 struct Imported {
@@ -22,13 +26,16 @@ struct Imported {
   std::vector<std::string> notes;          // what was lost or mended, for a person
 };
 
+// The hidden verb: `worker --import-worker <path> <descriptor>` has to call RunImportWorker and exit with its result.
+inline constexpr const char* kImportWorkerVerb = "--import-worker";
+
 // True for a suffix that Import reads (letter case aside).
 bool IsImportable(const std::string& path);
 // Shows its progress through Outside::Progress, which can stop it. `worker`: the program to run as the child.
 Result<Imported> ImportScene(const std::string& path, const std::string& worker, const ImportLimits& limits = {});
 
-// The child's side: reads `path`, writes the scene in the native format and the notes to file descriptor `output`.
-// Returns the process's exit status.
-int RunImportWorker(const std::string& path, int output, const ImportLimits& limits);
+// The child's side: confines the process for good, reads `path` and writes the scene in the native format, embedded
+// textures and notes to file descriptor `output`. Returns the process's exit status.
+int RunImportWorker(const std::string& path, int output, const ImportLimits& limits = {});
 
 }  // namespace engine

@@ -1,0 +1,83 @@
+#include "engine/import/Axes.h"
+
+#include <cmath>
+
+namespace engine {
+namespace {
+
+using host::Matrix;
+using host::Vector;
+
+// Adding zero turns -0 into 0.
+Vector Mirrored(double x, double y, double z) { return Vector(x, y, 0.0 - z); }
+Vector Times(const Vector& v, double factor) { return Vector(v.x * factor + 0.0, v.y * factor + 0.0, v.z * factor + 0.0); }
+Vector Sum(const Vector& a, const Vector& b) { return Vector(a.x + b.x, a.y + b.y, a.z + b.z); }
+double Dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+double Length(const Vector& v) { return std::sqrt(Dot(v, v)); }
+Vector Cross(const Vector& a, const Vector& b) {
+  return Vector(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
+}
+Vector Unit(const Vector& v) {
+  const double length = Length(v);
+  return length > 0 ? Times(v, 1 / length) : v;
+}
+// Linear part of a frame applied to a direction.
+Vector Turned(const Matrix& frame, const Vector& v) {
+  return Sum(Sum(Times(frame.v1, v.x), Times(frame.v2, v.y)), Times(frame.v3, v.z));
+}
+bool IsFinite(const Vector& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
+
+}  // namespace
+
+Vector ConvertPlace(const aiVector3D& place, double scale) { return Times(Mirrored(place.x, place.y, place.z), scale); }
+
+Matrix ConvertFrame(const aiMatrix4x4& frame, double scale) {
+  Matrix result;
+  result.v1 = Mirrored(frame.a1, frame.b1, frame.c1);
+  result.v2 = Mirrored(frame.a2, frame.b2, frame.c2);
+  result.v3 = Times(Mirrored(frame.a3, frame.b3, frame.c3), -1);
+  result.off = Times(Mirrored(frame.a4, frame.b4, frame.c4), scale);
+  return result;
+}
+
+Matrix FrameLooking(const aiVector3D& look, const aiVector3D& up) {
+  const Vector forward = Unit(Mirrored(look.x, look.y, look.z));
+  if (!(Length(forward) > 0)) return {};
+  Vector right = Cross(Mirrored(up.x, up.y, up.z), forward);
+  if (Length(right) < 1e-6) right = Cross(std::abs(forward.y) < 0.9 ? Vector(0, 1, 0) : Vector(0, 0, 1), forward);
+  Matrix result;
+  result.v3 = forward;
+  result.v1 = Unit(right);
+  result.v2 = Cross(result.v3, result.v1);
+  return result;
+}
+
+Matrix Product(const Matrix& outer, const Matrix& inner) {
+  Matrix result;
+  result.v1 = Turned(outer, inner.v1);
+  result.v2 = Turned(outer, inner.v2);
+  result.v3 = Turned(outer, inner.v3);
+  result.off = Sum(outer.off, Turned(outer, inner.off));
+  return result;
+}
+
+Matrix WithoutScale(const Matrix& frame) {
+  Matrix result = frame;
+  result.v1 = Unit(frame.v1);
+  result.v2 = Unit(frame.v2);
+  result.v3 = Unit(frame.v3);
+  return result;
+}
+
+double UniformScale(const aiMatrix4x4& frame) {
+  const Matrix axes = ConvertFrame(frame, 1);
+  const double length = Length(axes.v1);
+  const bool same = std::abs(Length(axes.v2) - length) <= 1e-3 * length && std::abs(Length(axes.v3) - length) <= 1e-3 * length;
+  return same && std::isfinite(length) ? length : 0;
+}
+
+bool IsFinite(const Matrix& frame) {
+  return IsFinite(frame.off) && IsFinite(frame.v1) && IsFinite(frame.v2) && IsFinite(frame.v3);
+}
+
+}  // namespace engine

@@ -1,0 +1,81 @@
+// Parallel cameras of COLLADA files (COLLADA 1.4.1 specification, "orthographic"): the library reads their magnification
+// as an angle. The file's text is searched for them; cameras are instanced in the order in which the library lists them.
+#include <cmath>
+#include <cstdlib>
+#include <string_view>
+
+#include "engine/import/SceneFacts.h"
+
+namespace engine {
+namespace {
+
+// What stands between `open` and `close` from `position` on, which moves behind it; empty at the end.
+std::string_view NextBetween(std::string_view text, std::string_view open, std::string_view close, std::size_t& position) {
+  const std::size_t start = position < text.size() ? text.find(open, position) : std::string_view::npos;
+  const std::size_t end = start == std::string_view::npos ? start : text.find(close, start + open.size());
+  position = end == std::string_view::npos ? text.size() : end + close.size();
+  return end == std::string_view::npos ? std::string_view() : text.substr(start + open.size(), end - start - open.size());
+}
+
+std::string_view FirstBetween(std::string_view text, std::string_view open, std::string_view close) {
+  std::size_t position = 0;
+  return NextBetween(text, open, close, position);
+}
+
+// The number in the first element of that name, 0 where there is none.
+double ElementNumber(std::string_view text, const std::string& name) {
+  const std::string_view element = FirstBetween(text, "<" + name, "</" + name);
+  const std::size_t start = element.find('>');
+  if (start == std::string_view::npos) return 0;
+  const double number = std::strtod(std::string(element.substr(start + 1)).c_str(), nullptr);
+  return std::isfinite(number) ? number : 0;
+}
+
+// Whole width of the picture; the file gives half of the width or of the height.
+double WidthOf(std::string_view orthographic) {
+  const double half = ElementNumber(orthographic, "xmag");
+  const double aspect = ElementNumber(orthographic, "aspect_ratio");
+  return half > 0 ? 2 * half : 2 * ElementNumber(orthographic, "ymag") * (aspect > 0 ? aspect : 1);
+}
+
+std::unordered_map<std::string, double> ParallelWidths(std::string_view xml) {
+  std::unordered_map<std::string, double> widths;
+  std::size_t position = 0;
+  while (position < xml.size()) {
+    const std::string_view camera = NextBetween(xml, "<camera ", "</camera>", position);
+    const std::string_view lens = FirstBetween(camera, "<orthographic>", "</orthographic>");
+    if (!lens.empty()) widths[std::string(FirstBetween(camera, "id=\"", "\""))] = WidthOf(lens);
+  }
+  return widths;
+}
+
+std::vector<std::string> InstancedCameras(std::string_view xml) {
+  std::vector<std::string> ids;
+  std::size_t position = 0;
+  while (position < xml.size()) {
+    const std::string_view instance = NextBetween(xml, "<instance_camera", ">", position);
+    if (!instance.empty()) ids.emplace_back(FirstBetween(instance, "url=\"#", "\""));
+  }
+  return ids;
+}
+
+}  // namespace
+
+void MendColladaCameras(const std::string& xml, SceneFacts& facts, Notes& notes) {
+  const std::unordered_map<std::string, double> widths = ParallelWidths(xml);
+  const std::vector<std::string> ids = InstancedCameras(xml);
+  if (widths.empty()) return;
+  if (ids.size() != facts.cameras.size()) {
+    notes.Add("Parallel cameras may have become perspective ones.");
+    return;
+  }
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    const auto found = widths.find(ids[i]);
+    if (found == widths.end()) continue;
+    facts.cameras[i].parallel = true;
+    facts.cameras[i].width = found->second;
+    facts.cameras[i].horizontal = 0;
+  }
+}
+
+}  // namespace engine

@@ -1,0 +1,197 @@
+// Facts that the library's own scene holds: cameras and lights by the names of their nodes, and the nodes' metadata.
+#include <strings.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+
+#include "engine/import/Axes.h"
+#include "engine/import/SceneFacts.h"
+
+namespace engine {
+namespace {
+
+using NodesByName = std::unordered_map<std::string, std::vector<const aiNode*>>;
+
+NodesByName NodesOf(const aiScene& scene) {
+  NodesByName names;
+  std::vector<const aiNode*> pending{scene.mRootNode};
+  while (!pending.empty()) {
+    const aiNode* node = pending.back();
+    pending.pop_back();
+    names[node->mName.C_Str()].push_back(node);
+    for (unsigned i = node->mNumChildren; i > 0; --i) pending.push_back(node->mChildren[i - 1]);
+  }
+  // A camera or light sits on a node without a mesh first of all.
+  for (auto& [name, nodes] : names) {
+    std::stable_partition(nodes.begin(), nodes.end(), [](const aiNode* node) { return node->mNumMeshes == 0; });
+  }
+  return names;
+}
+
+// The nodes of a name take turns: the first camera of that name sits on the first of them, and so on.
+template <class Assign>
+void AssignByName(const NodesByName& names, std::unordered_map<std::string, std::size_t>& taken, const char* name,
+                  Assign assign) {
+  const auto found = names.find(name);
+  if (found != names.end()) assign(found->second[taken[name]++ % found->second.size()]);
+}
+
+SourceCamera CameraOf(const aiCamera& camera) {
+  SourceCamera result;
+  result.frame = FrameLooking(camera.mLookAt, camera.mUp);
+  result.frame.off = ConvertPlace(camera.mPosition, 1);
+  result.parallel = camera.mOrthographicWidth > 0;
+  result.width = 2 * static_cast<double>(camera.mOrthographicWidth);
+  result.horizontal = result.parallel ? 0 : static_cast<double>(camera.mHorizontalFOV);
+  result.nearPlane = camera.mClipPlaneNear;
+  result.farPlane = camera.mClipPlaneFar;
+  return result;
+}
+
+LightKind KindOf(aiLightSourceType type) {
+  switch (type) {
+    case aiLightSource_DIRECTIONAL:
+      return LightKind::Sun;
+    case aiLightSource_SPOT:
+      return LightKind::Spot;
+    case aiLightSource_AREA:
+      return LightKind::Area;
+    case aiLightSource_AMBIENT:
+      return LightKind::Ambient;
+    default:
+      return LightKind::Point;
+  }
+}
+
+bool IsDirected(LightKind kind) { return kind == LightKind::Sun || kind == LightKind::Spot || kind == LightKind::Area; }
+
+void SetAngles(const aiLight& light, SourceFormat format, SourceLight& result) {
+  // COLLADA gives one full angle and an exponent; what the library computes from that is wider than the cone.
+  const bool one = format == SourceFormat::Collada;
+  result.innerAngle = light.mAngleInnerCone;
+  result.outerAngle = one ? light.mAngleInnerCone : light.mAngleOuterCone;
+}
+
+SourceLight LightOf(const aiLight& light, SourceFormat format) {
+  SourceLight result;
+  result.kind = KindOf(light.mType);
+  const bool isDark = light.mColorDiffuse.IsBlack();
+  const aiColor3D& color = isDark ? light.mColorAmbient : light.mColorDiffuse;
+  result.color = host::Vector(color.r, color.g, color.b);
+  if (IsDirected(result.kind)) result.frame = FrameLooking(light.mDirection, light.mUp);
+  result.frame.off = ConvertPlace(light.mPosition, 1);
+  if (result.kind == LightKind::Spot) SetAngles(light, format, result);
+  return result;
+}
+
+// The text of a node's metadata under a key, letter case aside.
+std::string MetadataText(const aiNode& node, const char* key) {
+  const aiMetadata* data = node.mMetaData;
+  for (unsigned i = 0; data != nullptr && i < data->mNumProperties; ++i) {
+    const bool same = ::strcasecmp(data->mKeys[i].C_Str(), key) == 0;
+    if (same && data->mValues[i].mType == AI_AISTRING) return static_cast<aiString*>(data->mValues[i].mData)->C_Str();
+  }
+  return {};
+}
+
+double FbxUnit(const aiScene& scene) {
+  float unit = 1;
+  if (scene.mMetaData != nullptr) scene.mMetaData->Get("UnitScaleFactor", unit);
+  return std::isfinite(unit) && unit > 0 ? static_cast<double>(unit) : 1;
+}
+
+// Scene units are centimetres.
+double UnitsPerFileUnit(const aiScene& scene, SourceFormat format) {
+  switch (format) {
+    case SourceFormat::Fbx:
+      return FbxUnit(scene);
+    case SourceFormat::Obj:
+      return 1;
+    default:
+      return 100;
+  }
+}
+
+std::string ReadAll(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The JSON chunk of a binary glTF file (glTF 2.0 specification, section 4.4): after the file's head of 12 bytes a length
+// of four bytes and a type of four.
+std::string JsonChunk(const std::string& file) {
+  std::size_t length = 0;
+  for (std::size_t i = 0; i < 4 && file.size() >= 20; ++i) {
+    length |= static_cast<std::size_t>(static_cast<unsigned char>(file[12 + i])) << (8 * i);
+  }
+  return file.size() < 20 ? std::string() : file.substr(20, length);
+}
+
+double Largest(const std::vector<SourceLight>& lights, bool suns) {
+  double largest = 0;
+  for (const SourceLight& light : lights) {
+    if ((light.kind == LightKind::Sun) == suns) largest = std::max(largest, light.brightness);
+  }
+  return largest;
+}
+
+void SplitBrightness(SourceLight& light) {
+  const double most = std::max({light.color.x, light.color.y, light.color.z, 0.0});
+  if (!(most > 0) || !std::isfinite(most)) return;
+  light.color = host::Vector(light.color.x / most, light.color.y / most, light.color.z / most);
+  light.brightness *= most;
+}
+
+}  // namespace
+
+void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts) {
+  const NodesByName names = NodesOf(scene);
+  for (const auto& [name, nodes] : names) {
+    for (const aiNode* node : nodes) facts.nodes[node].layer = MetadataText(*node, "layer");
+  }
+  std::unordered_map<std::string, std::size_t> cameras;
+  std::unordered_map<std::string, std::size_t> lights;
+  for (unsigned i = 0; i < scene.mNumCameras; ++i) {
+    facts.cameras.push_back(CameraOf(*scene.mCameras[i]));
+    AssignByName(names, cameras, scene.mCameras[i]->mName.C_Str(),
+                 [&](const aiNode* node) { facts.nodes[node].cameras.push_back(i); });
+  }
+  for (unsigned i = 0; i < scene.mNumLights; ++i) {
+    facts.lights.push_back(LightOf(*scene.mLights[i], format));
+    AssignByName(names, lights, scene.mLights[i]->mName.C_Str(),
+                 [&](const aiNode* node) { facts.nodes[node].lights.push_back(i); });
+  }
+}
+
+// Candela and lux of a physical scene cannot be shown without an exposure: the brightest light of a kind becomes a plain
+// one and the others keep their proportion to it. Lights given in plain numbers stay as they are.
+void NormaliseLights(SourceFormat format, std::vector<SourceLight>& lights) {
+  constexpr double kPlain = 4;  // numbers above that are physical ones
+  for (SourceLight& light : lights) SplitBrightness(light);
+  for (const bool suns : {false, true}) {
+    const double largest = Largest(lights, suns);
+    const bool candela = !suns && (format == SourceFormat::Gltf || format == SourceFormat::Glb);
+    if (!(largest > 0) || !std::isfinite(largest) || (largest <= kPlain && !candela)) continue;
+    for (SourceLight& light : lights) {
+      if ((light.kind == LightKind::Sun) == suns) light.brightness /= largest;
+    }
+  }
+}
+
+SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path, Notes& notes) {
+  SceneFacts facts;
+  facts.unitsPerFileUnit = UnitsPerFileUnit(scene, format);
+  if (format == SourceFormat::Gltf || format == SourceFormat::Glb) {
+    const std::string file = ReadAll(path);
+    AddGltfFacts(scene, format == SourceFormat::Glb ? JsonChunk(file) : file, facts, notes);
+  } else {
+    AddCommonFacts(scene, format, facts);
+    if (format == SourceFormat::Collada && scene.mNumCameras > 0) MendColladaCameras(ReadAll(path), facts, notes);
+  }
+  NormaliseLights(format, facts.lights);
+  return facts;
+}
+
+}  // namespace engine

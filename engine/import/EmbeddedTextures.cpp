@@ -1,0 +1,62 @@
+#include "engine/import/EmbeddedTextures.h"
+
+#include "engine/import/ShaderWalk.h"
+#include "engine/outside/Outside.h"
+#include "engine/scene/EmbeddedFiles.h"
+
+namespace engine {
+namespace {
+
+constexpr unsigned kMostNames = 1000;
+
+enum class Place { Free, Same, Taken };
+
+Place Look(const std::string& path, const std::string& bytes) {
+  Outside& outside = Outside::Current();
+  const FileKind kind = outside.Kind(path);
+  if (kind == FileKind::Missing) return Place::Free;
+  if (kind != FileKind::File) return Place::Taken;
+  const Result<std::string> there = outside.ReadFile(path);
+  return there && there.Value() == bytes ? Place::Same : Place::Taken;
+}
+
+void RenameInShaders(host::BaseDocument& doc, const std::string& name, const std::string& to) {
+  ForEachBitmapShader(doc, [&](host::BaseShader& shader) {
+    if (BitmapFileOf(shader) == name) SetBitmapFile(shader, to);
+  });
+}
+
+// Writes one file under its name or the next free one, which is the result.
+Result<std::string> WriteOne(const host::BaseDocument& doc, const EmbeddedFile& file, const std::string& folder) {
+  std::string name = file.name;
+  for (unsigned number = 2; number < kMostNames; ++number) {
+    const bool isOthers = name != file.name && FindEmbeddedFile(doc, name) != nullptr;
+    const Place place = isOthers ? Place::Taken : Look(folder + "/" + name, *file.bytes);
+    if (place == Place::Same) return name;
+    if (place == Place::Free) {
+      const Status written = Outside::Current().ReplaceFile(folder + "/" + name, *file.bytes);
+      return written ? Result<std::string>(name) : Result<std::string>(written);
+    }
+    name = NumberedFileName(file.name, number);
+  }
+  return Result<std::string>::Failure("There is no free name for \"" + file.name + "\" in \"" + folder + "\".");
+}
+
+}  // namespace
+
+Status WriteEmbeddedTextures(host::BaseDocument& doc, const std::string& folder) {
+  const EmbeddedFiles files = EmbeddedFilesOf(doc);
+  if (files.empty()) return {};
+  const std::string target = folder + "/tex";
+  if (Status made = Outside::Current().MakeFolder(target); !made) return made;
+  for (const EmbeddedFile& file : files) {
+    const Result<std::string> name = WriteOne(doc, file, target);
+    if (!name) return name.GetStatus();
+    if (name.Value() == file.name) continue;
+    RenameEmbeddedFile(doc, file.name, name.Value());
+    RenameInShaders(doc, file.name, name.Value());
+  }
+  return {};
+}
+
+}  // namespace engine

@@ -1,0 +1,94 @@
+// The import child: confines itself, reads the file, sends what came out.
+#include <unistd.h>
+
+#include <exception>
+#include <new>
+
+#include "engine/import/Confinement.h"
+#include "engine/import/FolderFiles.h"
+#include "engine/import/Frames.h"
+#include "engine/import/Import.h"
+#include "engine/import/SceneReader.h"
+#include "engine/scene/EmbeddedFiles.h"
+#include "engine/scenefile/SceneFile.h"
+
+namespace engine {
+namespace {
+
+// A document that ends with its scope.
+class OwnDocument {
+ public:
+  OwnDocument() : doc_(host::BaseDocument::Alloc()) {
+    if (doc_ == nullptr) throw std::bad_alloc();
+  }
+  OwnDocument(const OwnDocument&) = delete;
+  OwnDocument& operator=(const OwnDocument&) = delete;
+  ~OwnDocument() { host::BaseDocument::Free(doc_); }
+  host::BaseDocument& Get() { return *doc_; }
+
+ private:
+  host::BaseDocument* doc_;
+};
+
+// Sends thousandths, each once; false when nobody listens any more.
+class ProgressSender {
+ public:
+  explicit ProgressSender(FrameWriter& output) : output_(output) {}
+  bool Tell(double fraction) {
+    const int thousandths = static_cast<int>(fraction * 1000);
+    if (thousandths <= last_) return true;
+    last_ = thousandths;
+    return output_.Write(FrameKind::Progress, std::to_string(thousandths));
+  }
+
+ private:
+  FrameWriter& output_;
+  int last_ = -1;
+};
+
+bool SendEmbedded(const host::BaseDocument& doc, FrameWriter& output) {
+  for (const EmbeddedFile& file : EmbeddedFilesOf(doc)) {
+    if (!output.Write(FrameKind::EmbeddedName, file.name) || !output.Write(FrameKind::EmbeddedBytes, *file.bytes)) return false;
+  }
+  return true;
+}
+
+Status SendScene(const host::BaseDocument& doc, FrameWriter& output) {
+  const Result<std::vector<std::string>> pieces = WriteScene(doc);
+  if (!pieces) return pieces.GetStatus();
+  for (const std::string& piece : pieces.Value()) output.Write(FrameKind::Scene, piece);
+  return {};
+}
+
+Status Work(const std::string& path, FrameWriter& output) {
+  OwnDocument doc;
+  AllowReadingOnly(FolderFiles::FoldersOf(path));
+  ProgressSender progress(output);
+  const auto notes = ReadForeignScene(path, doc.Get(), [&](double fraction) { return progress.Tell(fraction); });
+  if (!notes) return notes.GetStatus();
+  for (const std::string& note : notes.Value()) output.Write(FrameKind::Note, note);
+  SendEmbedded(doc.Get(), output);
+  return SendScene(doc.Get(), output);
+}
+
+Status WorkGuarded(const std::string& path, FrameWriter& output) {
+  try {
+    return Work(path, output);
+  } catch (const std::bad_alloc&) {
+    return Status::Failure("The scene needs more memory than an import may use.");
+  } catch (const std::exception& error) {
+    return Status::Failure(std::string("The file cannot be read: ") + error.what());
+  }
+}
+
+}  // namespace
+
+int RunImportWorker(const std::string& path, int output, const ImportLimits& limits) {
+  SetProcessLimits(limits);
+  FrameWriter writer(output);
+  const Status status = WorkGuarded(path, writer);
+  const bool sent = writer.Write(status ? FrameKind::Done : FrameKind::Failure, status.Message());
+  return status && sent ? 0 : 1;
+}
+
+}  // namespace engine

@@ -1,0 +1,206 @@
+#include "engine/import/MaterialConversion.h"
+
+#include <assimp/GltfMaterial.h>
+#include <assimp/material.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <optional>
+
+#include "host/Parameters.h"
+
+namespace engine {
+
+// A use of a texture that the scene knows: where the library keeps it (the first that is there counts) and the link.
+struct MaterialConversion::TextureSlot {
+  aiTextureType first;
+  aiTextureType second;
+  host::LONG link;
+};
+
+namespace {
+
+// What the library keeps for uses that the scene has no parameter for.
+struct LostTexture {
+  aiTextureType type;
+  const char* note;
+};
+
+constexpr LostTexture kLostTextures[] = {{aiTextureType_METALNESS, "Metallic and roughness textures are left out"},
+                                         {aiTextureType_LIGHTMAP, "Occlusion textures are left out"},
+                                         {aiTextureType_SPECULAR, "Specular textures are left out"},
+                                         {aiTextureType_HEIGHT, "Bump textures are left out"},
+                                         {aiTextureType_OPACITY, "Opacity textures are left out"},
+                                         {aiTextureType_TRANSMISSION, "Transmission textures are left out"}};
+
+std::optional<double> Number(const aiMaterial& material, const char* key, unsigned type, unsigned index) {
+  ai_real value = 0;
+  if (material.Get(key, type, index, value) != aiReturn_SUCCESS || !std::isfinite(value)) return std::nullopt;
+  return static_cast<double>(value);
+}
+
+std::optional<aiColor4D> Color(const aiMaterial& material, const char* key, unsigned type, unsigned index) {
+  aiColor4D value;
+  if (material.Get(key, type, index, value) != aiReturn_SUCCESS) return std::nullopt;
+  const bool finite = std::isfinite(value.r) && std::isfinite(value.g) && std::isfinite(value.b) && std::isfinite(value.a);
+  return finite ? std::optional(value) : std::nullopt;
+}
+
+host::Vector VectorOf(const aiColor4D& color, double factor = 1) {
+  return host::Vector(color.r * factor, color.g * factor, color.b * factor);
+}
+
+double Clamped(double value) { return std::clamp(value, 0.0, 1.0); }
+
+std::string TextureOf(const aiMaterial& material, aiTextureType type) {
+  aiString path;
+  return material.Get(AI_MATKEY_TEXTURE(type, 0), path) == aiReturn_SUCCESS ? path.C_Str() : std::string();
+}
+
+host::String TextOf(const aiString& text) { return host::String(std::string_view(text.data, text.length)); }
+
+// Phong's exponent as a roughness (Blinn's relation: exponent = 2 / roughness^2 - 2, roughness squared once).
+double RoughnessOf(double exponent) { return std::sqrt(2 / (std::max(exponent, 0.0) + 2)); }
+
+// The name that the file gives, with a suffix that tells what it is.
+std::string EmbeddedName(const aiTexture& texture) {
+  const std::string name = SafeFileName(texture.mFilename.length > 0 ? texture.mFilename.C_Str() : "texture");
+  const std::string kind(texture.achFormatHint, ::strnlen(texture.achFormatHint, HINTMAXTEXTURELEN));
+  return name.find('.') == std::string::npos && !kind.empty() ? name + "." + kind : name;
+}
+
+}  // namespace
+
+MaterialConversion::MaterialConversion(const aiScene& scene, SourceFormat format, const SceneFacts& facts,
+                                       host::BaseDocument& doc, Notes& notes)
+    : scene_(scene), format_(format), facts_(facts), doc_(doc), notes_(notes) {
+  for (unsigned i = 0; i < scene.mNumTextures; ++i) embeddedNames_.push_back(Embed(*scene.mTextures[i]));
+}
+
+std::string MaterialConversion::Embed(const aiTexture& texture) {
+  if (texture.mHeight != 0 || texture.pcData == nullptr) {
+    notes_.Count("Embedded textures of raw pixels are left out");
+    return {};
+  }
+  return AddEmbeddedFile(doc_, EmbeddedName(texture), std::string(reinterpret_cast<const char*>(texture.pcData), texture.mWidth));
+}
+
+void MaterialConversion::Convert() {
+  std::vector<bool> used(scene_.mNumMaterials, false);
+  for (unsigned i = 0; i < scene_.mNumMeshes; ++i) {
+    if (scene_.mMeshes[i]->mMaterialIndex < used.size()) used[scene_.mMeshes[i]->mMaterialIndex] = true;
+  }
+  for (unsigned i = 0; i < scene_.mNumMaterials; ++i) {
+    const std::string name = scene_.mMaterials[i]->GetName().C_Str();
+    const bool isDefault = name.empty() || name == AI_DEFAULT_MATERIAL_NAME;
+    materials_.push_back(used[i] || !isDefault ? Make(i) : nullptr);
+  }
+}
+
+host::BaseMaterial* MaterialConversion::Make(unsigned index) {
+  const aiMaterial& from = *scene_.mMaterials[index];
+  host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
+  if (material == nullptr) return nullptr;
+  material->SetName(from.GetName().length > 0 ? TextOf(from.GetName()) : host::String("Material"));
+  doc_.AppendMaterial(material);
+  SetColor(from, *material);
+  SetAlpha(from, *material);
+  SetSurface(from, *material);
+  SetEmission(from, index, *material);
+  AddShader(from, {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA, host::MATERIAL_NORMAL_SHADER}, *material);
+  NoteLosses(from);
+  return material;
+}
+
+void MaterialConversion::SetColor(const aiMaterial& from, host::BaseMaterial& to) {
+  const bool hasTexture = AddShader(from, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE, host::MATERIAL_COLOR_SHADER}, to);
+  const auto base = Color(from, AI_MATKEY_BASE_COLOR);
+  const auto diffuse = Color(from, AI_MATKEY_COLOR_DIFFUSE);
+  host::Vector color = base ? VectorOf(*base) : diffuse ? VectorOf(*diffuse) : host::Vector(0.8);
+  // Many programs write black below a texture, which would make it black as well.
+  if (!IsGltf() && hasTexture && color == host::Vector()) color = host::Vector(1);
+  to.GetDataInstance()->SetVector(host::MATERIAL_COLOR, color);
+}
+
+void MaterialConversion::SetAlpha(const aiMaterial& from, host::BaseMaterial& to) {
+  const auto base = Color(from, AI_MATKEY_BASE_COLOR);
+  double alpha = Clamped(IsGltf() && base ? static_cast<double>(base->a) : Number(from, AI_MATKEY_OPACITY).value_or(1));
+  if (!IsGltf() && alpha <= 0) {
+    notes_.Count("Materials that were wholly transparent were made opaque");
+    alpha = 1;
+  }
+  aiString mode;
+  const bool hasMode = from.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == aiReturn_SUCCESS;
+  host::LONG number = !hasMode && alpha < 1 ? 2 : 0;
+  if (hasMode && std::strcmp(mode.C_Str(), "MASK") == 0) number = 1;
+  if (hasMode && std::strcmp(mode.C_Str(), "BLEND") == 0) number = 2;
+  host::BaseContainer& data = *to.GetDataInstance();
+  data.SetReal(host::MATERIAL_ALPHA, alpha);
+  data.SetLong(host::MATERIAL_ALPHA_MODE, number);
+  if (number == 1) data.SetReal(host::MATERIAL_ALPHA_CUTOFF, Number(from, AI_MATKEY_GLTF_ALPHACUTOFF).value_or(0.5));
+  int twoSided = 0;
+  from.Get(AI_MATKEY_TWOSIDED, twoSided);
+  data.SetBool(host::MATERIAL_DOUBLE_SIDED, twoSided != 0);
+}
+
+void MaterialConversion::SetSurface(const aiMaterial& from, host::BaseMaterial& to) {
+  const auto specular = Color(from, AI_MATKEY_COLOR_SPECULAR);
+  const double most = specular ? static_cast<double>(std::max({specular->r, specular->g, specular->b})) : 0.0;
+  const double strength = Number(from, AI_MATKEY_SHININESS_STRENGTH).value_or(1);
+  const double exponent = Number(from, AI_MATKEY_SHININESS).value_or(0);
+  host::BaseContainer& data = *to.GetDataInstance();
+  // glTF's surfaces that are no metals reflect as specular 0.5 does.
+  data.SetReal(host::MATERIAL_SPECULAR, Clamped(IsGltf() ? 0.5 : most * strength));
+  data.SetReal(host::MATERIAL_ROUGHNESS, Clamped(Number(from, AI_MATKEY_ROUGHNESS_FACTOR).value_or(RoughnessOf(exponent))));
+  data.SetReal(host::MATERIAL_METALLIC, Clamped(Number(from, AI_MATKEY_METALLIC_FACTOR).value_or(0)));
+}
+
+void MaterialConversion::SetEmission(const aiMaterial& from, unsigned index, host::BaseMaterial& to) {
+  const double strength = index < facts_.materials.size() ? facts_.materials[index].emissiveStrength : 1;
+  const auto emissive = Color(from, AI_MATKEY_COLOR_EMISSIVE);
+  if (emissive) to.GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE, VectorOf(*emissive, strength));
+  AddShader(from, {aiTextureType_EMISSION_COLOR, aiTextureType_EMISSIVE, host::MATERIAL_LUMINANCE_SHADER}, to);
+}
+
+std::string MaterialConversion::FileNameOf(const std::string& texture) const {
+  const auto [embedded, index] = scene_.GetEmbeddedTextureAndIndex(texture.c_str());
+  const bool known = embedded != nullptr && index >= 0 && static_cast<std::size_t>(index) < embeddedNames_.size();
+  return known ? embeddedNames_[static_cast<std::size_t>(index)] : texture;
+}
+
+bool MaterialConversion::AddShader(const aiMaterial& from, const TextureSlot& slot, host::BaseMaterial& to) {
+  std::string texture = TextureOf(from, slot.first);
+  if (texture.empty()) texture = TextureOf(from, slot.second);
+  const std::string file = texture.empty() ? texture : FileNameOf(texture);
+  if (file.empty()) return false;
+  host::BaseShader* shader = host::BaseShader::Alloc(host::Xbitmap);
+  if (shader == nullptr) return false;
+  shader->SetName("Bitmap");
+  shader->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, host::Filename(host::String(std::string_view(file))));
+  to.InsertShader(shader);
+  to.GetDataInstance()->SetLink(slot.link, shader);
+  return true;
+}
+
+UvUse MaterialConversion::UvUseOf(unsigned index) const {
+  if (index < facts_.materials.size()) return facts_.materials[index].uvs;
+  UvUse use;
+  if (index >= scene_.mNumMaterials) return use;
+  const aiMaterial& material = *scene_.mMaterials[index];
+  int channel = 0;
+  material.Get(AI_MATKEY_UVWSRC(aiTextureType_DIFFUSE, 0), channel);
+  use.channel = channel > 0 ? static_cast<unsigned>(channel) : 0;
+  aiUVTransform transform;
+  if (material.Get(AI_MATKEY_UVTRANSFORM(aiTextureType_DIFFUSE, 0), transform) != aiReturn_SUCCESS) return use;
+  // The library's v grows upwards: a place 1 - v, scaled and moved, is turned over again.
+  use.scale = {transform.mScaling.x, transform.mScaling.y};
+  use.offset = {transform.mTranslation.x, 1 - use.scale[1] - static_cast<double>(transform.mTranslation.y)};
+  return use;
+}
+
+void MaterialConversion::NoteLosses(const aiMaterial& from) {
+  for (const LostTexture& lost : kLostTextures) notes_.Count(lost.note, !TextureOf(from, lost.type).empty());
+}
+
+}  // namespace engine

@@ -1,0 +1,44 @@
+// Notes: what an import lost or mended, each kind once with how often it happened, in the order of first mention.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace engine {
+
+class Notes {
+ public:
+  // A sentence of its own. The same one again counts nothing.
+  void Add(const std::string& sentence) {
+    if (Find(sentence) == entries_.end()) entries_.emplace_back(sentence, 0);
+  }
+  // `what` goes before the number of its occurrences: "Vertex colours are left out: 3".
+  void Count(const std::string& what, std::size_t times = 1) {
+    if (times == 0) return;
+    const auto found = Find(what);
+    if (found == entries_.end()) {
+      entries_.emplace_back(what, times);
+    } else {
+      found->second += times;
+    }
+  }
+  std::vector<std::string> Sentences() const {
+    std::vector<std::string> sentences;
+    for (const auto& [text, times] : entries_) {
+      sentences.push_back(times == 0 ? text : text + ": " + std::to_string(times) + ".");
+    }
+    return sentences;
+  }
+
+ private:
+  using Entry = std::pair<std::string, std::size_t>;
+  // The kinds are few.
+  std::vector<Entry>::iterator Find(const std::string& text) {
+    return std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.first == text; });
+  }
+  std::vector<Entry> entries_;
+};
+
+}  // namespace engine

@@ -1,0 +1,82 @@
+// SceneFacts: what the importing library loses or gets wrong, found out beside it: cameras, lights, and what a file says
+// about single nodes. Lengths are in units of the file, angles radians, frames in the scene's axes. Lives in the child.
+#pragma once
+
+#include <assimp/scene.h>
+
+#include <array>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/import/Notes.h"
+#include "engine/import/SourceCheck.h"
+#include "host/Math.h"
+
+namespace engine {
+
+struct SourceCamera {
+  bool parallel = false;
+  double horizontal = 0;  // angles; 0 where the file does not say
+  double vertical = 0;
+  double width = 0;  // whole width of a parallel camera's picture
+  double nearPlane = 0;
+  double farPlane = 0;  // 0: no end
+  host::Matrix frame;   // in its node
+};
+
+// Numbers as the scene's own (LIGHT_TYPE).
+enum class LightKind { Point = 0, Spot = 1, Sun = 2, Area = 3, Ambient = 4 };
+
+struct SourceLight {
+  LightKind kind = LightKind::Point;
+  host::Vector color{1, 1, 1};
+  double brightness = 1;
+  double innerAngle = 0;  // full angles
+  double outerAngle = 0;
+  double range = 0;    // 0: no end
+  host::Matrix frame;  // in its node
+};
+
+// How a material uses texture coordinates: the mesh's channel, then u and v (growing downwards) become
+// cos * scale[0] * u + sin * scale[1] * v + offset[0] and -sin * scale[0] * u + cos * scale[1] * v + offset[1].
+struct UvUse {
+  unsigned channel = 0;
+  std::array<double, 2> offset{0, 0};
+  std::array<double, 2> scale{1, 1};
+  double rotation = 0;
+};
+
+struct MaterialFacts {
+  double emissiveStrength = 1;
+  UvUse uvs;
+};
+
+struct NodeFacts {
+  std::vector<std::size_t> cameras;  // positions in SceneFacts
+  std::vector<std::size_t> lights;
+  bool isNamed = true;
+  bool isVisible = true;
+  std::string layer;  // empty: none
+};
+
+struct SceneFacts {
+  double unitsPerFileUnit = 1;
+  bool rootIsNode = false;  // else the root only holds the scene and is no object
+  std::vector<SourceCamera> cameras;
+  std::vector<SourceLight> lights;
+  std::unordered_map<const aiNode*, NodeFacts> nodes;
+  std::vector<MaterialFacts> materials;  // by position in the file, may be fewer
+};
+
+// `path` is read again where the format's own text says more than the library tells.
+SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path, Notes& notes);
+
+// The parts of it.
+void AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& facts, Notes& notes);
+void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts);
+void MendColladaCameras(const std::string& xml, SceneFacts& facts, Notes& notes);
+// Scales brightnesses so that lights given in physical units look as lights of brightness 0 to 1 do.
+void NormaliseLights(SourceFormat format, std::vector<SourceLight>& lights);
+
+}  // namespace engine

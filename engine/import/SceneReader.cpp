@@ -1,0 +1,109 @@
+#include "engine/import/SceneReader.h"
+
+#include <assimp/BaseImporter.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <assimp/ProgressHandler.hpp>
+#include <set>
+
+#include "engine/import/FolderFiles.h"
+#include "engine/import/SceneConversion.h"
+#include "host/Filename.h"
+
+namespace engine {
+namespace {
+
+// Reading takes the first part of the whole.
+constexpr double kReadingPart = 0.7;
+constexpr float kSmoothingDegrees = 40;
+
+class Progress : public Assimp::ProgressHandler {
+ public:
+  explicit Progress(const std::function<bool(double)>& tell) : tell_(tell) {}
+  bool Update(float fraction) override {
+    last_ = std::max(last_, static_cast<double>(std::clamp(fraction, 0.0f, 1.0f)));
+    return tell_(last_ * kReadingPart);
+  }
+
+ private:
+  const std::function<bool(double)>& tell_;
+  double last_ = 0;
+};
+
+bool IsGltf(SourceFormat format) { return format == SourceFormat::Gltf || format == SourceFormat::Glb; }
+
+// Other importers would be asked about a file that its own one refuses.
+void KeepLoadersOf(const std::string& suffix, Assimp::Importer& importer) {
+  std::vector<Assimp::BaseImporter*> others;
+  for (std::size_t i = 0; i < importer.GetImporterCount(); ++i) {
+    Assimp::BaseImporter* loader = importer.GetImporter(i);
+    std::set<std::string> suffixes;
+    loader->GetExtensionList(suffixes);
+    if (suffixes.count(suffix) == 0) others.push_back(loader);
+  }
+  for (Assimp::BaseImporter* loader : others) {
+    importer.UnregisterLoader(loader);
+    delete loader;
+  }
+}
+
+const char* SuffixOf(SourceFormat format) {
+  switch (format) {
+    case SourceFormat::Gltf:
+      return "gltf";
+    case SourceFormat::Glb:
+      return "glb";
+    case SourceFormat::Obj:
+      return "obj";
+    case SourceFormat::Fbx:
+      return "fbx";
+    default:
+      return "dae";
+  }
+}
+
+void Configure(Assimp::Importer& importer, const std::string& path, const std::function<bool(double)>& progress) {
+  KeepLoadersOf(SuffixOf(FormatOf(path)), importer);
+  importer.SetIOHandler(new FolderFiles(path));
+  importer.SetProgressHandler(new Progress(progress));
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
+  importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, kSmoothingDegrees);
+}
+
+// glTF asks for flat faces where it gives no normals (glTF 2.0 specification, section 3.7.2.1).
+unsigned StepsFor(SourceFormat format) {
+  const unsigned steps = aiProcess_Triangulate | aiProcess_SortByPType;
+  return IsGltf(format) ? steps : steps | aiProcess_GenSmoothNormals;
+}
+
+std::string ReasonOf(const Assimp::Importer& importer) {
+  const std::string reason = importer.GetErrorString();
+  return reason.empty() ? "The file cannot be read." : "The file cannot be read: " + reason;
+}
+
+}  // namespace
+
+Result<std::vector<std::string>> ReadForeignScene(const std::string& path, host::BaseDocument& doc,
+                                                  const std::function<bool(double)>& progress) {
+  using Answer = Result<std::vector<std::string>>;
+  const SourceFormat format = FormatOf(path);
+  if (format == SourceFormat::None) return Answer::Failure("The file's suffix is not one that is imported.");
+  Assimp::Importer importer;
+  Configure(importer, path, progress);
+  const aiScene* scene = importer.ReadFile(path, StepsFor(format));
+  if (scene == nullptr || scene->mRootNode == nullptr) return Answer::Failure(ReasonOf(importer));
+  Notes notes;
+  const SceneFacts facts = GatherFacts(*scene, format, path, notes);
+  const bool finished = SceneConversion(*scene, format, facts, doc, notes).Convert([&](double fraction) {
+    return progress(kReadingPart + (1 - kReadingPart) * fraction);
+  });
+  if (!finished) return Answer::Failure("The import was stopped.");
+  return notes.Sentences();
+}
+
+}  // namespace engine
