@@ -1,0 +1,95 @@
+// An import child that ends in every wrong way; the name of the file to import says which.
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "engine/import/Confinement.h"
+#include "engine/import/Frames.h"
+
+namespace {
+
+using engine::FrameKind;
+using engine::FrameWriter;
+
+void Spin() {
+  volatile unsigned long count = 0;
+  while (true) count = count + 1;
+}
+
+void Flood(FrameWriter& output) {
+  const std::string much(engine::kFrameLimit, 'x');
+  while (output.Write(FrameKind::Scene, much)) {
+  }
+}
+
+// What this process still holds of its parent: descriptors, working directory, the right to write a file.
+std::string Leaks() {
+  std::string found;
+  for (int descriptor = 4; descriptor < 256; ++descriptor) {
+    if (::lseek(descriptor, 0, SEEK_CUR) >= 0) found += "descriptor " + std::to_string(descriptor) + " ";
+  }
+  char folder[8] = {};
+  if (::getcwd(folder, sizeof(folder)) == nullptr || std::strcmp(folder, "/") != 0) found += "folder ";
+  rlimit limit{};
+  for (const auto what : {RLIMIT_CORE, RLIMIT_FSIZE, RLIMIT_NPROC}) {
+    ::getrlimit(what, &limit);
+    if (limit.rlim_max != 0) found += "limit " + std::to_string(static_cast<int>(what)) + " ";
+  }
+  return found.empty() ? "nothing" : found;
+}
+
+// What can still be opened after confinement to the folder of `path`.
+std::string Openable(const std::string& path) {
+  const std::string folder = path.substr(0, path.rfind('/'));
+  engine::AllowReadingOnly({folder});
+  std::string opened;
+  for (const auto& [name, flags] : {std::pair(path, O_RDONLY),
+                                    {path, O_WRONLY},
+                                    {folder + "/new", O_WRONLY | O_CREAT},
+                                    {std::string("/etc/passwd"), O_RDONLY}}) {
+    const int descriptor = ::open(name.c_str(), flags, 0600);
+    opened += descriptor >= 0 ? "yes " : "no ";
+    if (descriptor >= 0) ::close(descriptor);
+  }
+  return opened;
+}
+
+void Write(int output, const char* text) {
+  if (::write(output, text, std::strlen(text)) < 0) std::_Exit(9);
+}
+
+int Behave(const std::string& how, const std::string& path, int output) {
+  FrameWriter writer(output);
+  if (how == "crash") ::raise(SIGSEGV);
+  if (how == "abort") std::abort();
+  if (how == "killed") ::raise(SIGKILL);
+  if (how == "sleep") ::sleep(600);
+  if (how == "spin") Spin();
+  if (how == "status") return 3;
+  if (how == "noise") Write(output, "this is no frame at all");
+  if (how == "flood") Flood(writer);
+  if (how == "leaks") writer.Write(FrameKind::Failure, Leaks());
+  if (how == "confined") writer.Write(FrameKind::Failure, Openable(path));
+  if (how == "control") writer.Write(FrameKind::Failure, "line\nline\x1b[31m");
+  if (how == "garbage") writer.Write(FrameKind::Scene, "not a scene");
+  if (how == "garbage" || how == "silent") writer.Write(FrameKind::Done, "");
+  if (how == "chatter") {
+    for (int i = 0; writer.Write(FrameKind::Progress, std::to_string(i % 1000)); ++i) ::usleep(1000);
+  }
+  return how == "leaks" || how == "control" || how == "confined" ? 1 : 0;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count != 4) return 2;
+  const std::string path = arguments[2];
+  const std::size_t start = path.rfind('/') + 1;
+  return Behave(path.substr(start, path.rfind('.') - start), path, std::atoi(arguments[3]));
+}

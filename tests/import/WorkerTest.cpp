@@ -1,0 +1,186 @@
+// Every way in which an import can fail: the file, the limits, the child. Always a message that names the file, and
+// never more than a message.
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <fstream>
+
+#include "tests/import/ImportSession.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace tests {
+namespace {
+
+class Worker : public ImportSession {
+ protected:
+  std::string Write(const std::string& name, const std::string& text) {
+    WriteText(folder_ / name, text);
+    return folder_ / name;
+  }
+  // What is said about an import that the faulty child of that name carries out.
+  std::string Ended(const std::string& how, const engine::ImportLimits& limits = {}) {
+    return Refusal(Write(how + ".obj", "v 0 0 0\n"), limits, FAULTY_WORKER);
+  }
+  // No child is left, neither running nor unread.
+  void TearDown() override {
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+  }
+  ScratchFolder folder_;
+};
+
+void ExpectPart(const std::string& message, const std::string& part) {
+  EXPECT_NE(message.find(part), std::string::npos) << message << "\nlacks: " << part;
+}
+
+TEST_F(Worker, EveryEndOfTheChildHasItsMessage) {
+  const std::vector<std::pair<const char*, const char*>> ends = {
+      {"crash", "The importer stopped (signal 11). The file is damaged or not supported."},
+      {"abort", "The importer stopped (signal 6). The file is damaged or not supported."},
+      {"killed", "The importer was ended by the system, probably for lack of memory."},
+      {"status", "The importer stopped (status 3). The file is damaged or not supported."},
+      {"nothing", "The importer stopped (status 0). The file is damaged or not supported."},
+      {"noise", "The importer's answer is damaged."},
+      {"garbage", "The importer's answer is damaged: "},
+      {"silent", "The importer's answer is damaged: "},
+      {"control", "line line [31m"}};
+  for (const auto& [how, message] : ends) {
+    const std::string said = Ended(how);
+    ExpectPart(said, message);
+    ExpectPart(said, "\"" + (folder_ / how) + ".obj\" was not imported. ");
+  }
+}
+
+TEST_F(Worker, TheChildInheritsNothing) {
+  std::ifstream open(SceneFile("CMakeLists.txt"));
+  ASSERT_TRUE(open.good());
+  ExpectPart(Ended("leaks"), "was not imported. nothing");
+}
+
+TEST_F(Worker, TheChildCanOnlyReadBelowTheScene) {
+  const std::string said = Ended("confined");
+  if (said.find("yes yes") != std::string::npos) GTEST_SKIP() << "this kernel cannot confine file access (Landlock)";
+  ExpectPart(said, "was not imported. yes no no no");
+  EXPECT_EQ(ReadText(folder_ / "new"), "(missing)");
+}
+
+TEST_F(Worker, TimeIsLimited) {
+  engine::ImportLimits limits;
+  limits.seconds = 1;
+  for (const char* how : {"sleep", "spin"}) {
+    const auto start = std::chrono::steady_clock::now();
+    ExpectPart(Ended(how, limits), "The import took longer than 1 seconds and was stopped.");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+  }
+}
+
+TEST_F(Worker, WhatItSendsIsLimited) {
+  engine::ImportLimits limits;
+  limits.resultBytes = 3 << 20;
+  ExpectPart(Ended("flood", limits), "The scene is too large to import.");
+}
+
+TEST_F(Worker, ThePersonCanStopIt) {
+  person_.StopProgressAt(3);
+  for (const char* how : {"sleep", "chatter"}) ExpectPart(Ended(how), "The import was stopped.");
+}
+
+TEST_F(Worker, MemoryIsLimited) {
+  engine::ImportLimits limits;
+  for (const std::uint64_t megabytes : {1, 8, 64, 128}) {
+    limits.memoryBytes = megabytes << 20;
+    engine::Result<engine::Imported> imported =
+        engine::ImportScene(SceneFile("scenes/dungeon/dungeon.gltf"), IMPORT_WORKER, limits);
+    if (imported) {
+      host::BaseDocument::Free(imported.Value().document);
+    } else {
+      ExpectPart(imported.Message(), "was not imported. ");
+    }
+    EXPECT_TRUE(!imported || megabytes > 8) << megabytes;
+  }
+}
+
+TEST_F(Worker, AMissingProgramIsNamed) {
+  ExpectPart(Refusal(SceneFile("scenes/spider/spider.obj"), {}, "/nowhere/at/all"), "The importer could not be started");
+}
+
+TEST_F(Worker, FilesAreLookedAtFirst) {
+  const std::string text = "{\"asset\": {}}";
+  engine::ImportLimits small;
+  small.fileBytes = 4;
+  ExpectPart(Refusal(folder_ / "missing.gltf"), "missing.gltf\" does not exist.");
+  ExpectPart(Refusal("scene.gltf"), "is not a full path.");
+  ExpectPart(Refusal(folder_.Path()), "is a folder");
+  ExpectPart(Refusal(Write("empty.gltf", "")), "is empty.");
+  ExpectPart(Refusal(Write("scene.blend", text)), "has a suffix that is not imported");
+  ExpectPart(Refusal(Write("scene", text)), "has a suffix that is not imported");
+  ExpectPart(Refusal(Write("large.gltf", text), small), "is too large to import");
+  ASSERT_EQ(::mkfifo((folder_ / "pipe.obj").c_str(), 0600), 0);
+  ExpectPart(Refusal(folder_ / "pipe.obj"), "is not a plain file.");
+  ASSERT_EQ(::mkdir((folder_ / "folder.obj").c_str(), 0700), 0);
+  ExpectPart(Refusal(folder_ / "folder.obj"), "is a folder");
+  const std::string locked = Write("locked.gltf", text);
+  ASSERT_EQ(::chmod(locked.c_str(), 0), 0);
+  if (::geteuid() != 0) {
+    ExpectPart(Refusal(locked), "cannot be opened");
+  }
+}
+
+TEST_F(Worker, ABeginningThatBeliesTheSuffixIsRefused) {
+  for (const char* name : {"a.gltf", "a.GLB", "a.fbx", "a.dae", "a.obj"}) {
+    ExpectPart(Refusal(Write(name, std::string("\x7f\0ELF and so on, long enough for any head", 40))),
+               "is not what its suffix says, or it is damaged.");
+  }
+}
+
+TEST_F(Worker, SuffixesAreTakenInAnyCase) {
+  for (const char* name : {"a.gltf", "a.GLTF", "a.Glb", "a.OBJ", "a.fbx", "a.DAE"})
+    EXPECT_TRUE(engine::IsImportable(name)) << name;
+  for (const char* name : {"a.blend", "a.3ds", "gltf", "a.gltf.zip", ""}) EXPECT_FALSE(engine::IsImportable(name)) << name;
+  Open(Write("Three.OBJ", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"));
+  EXPECT_EQ(Counts().polygons, 1U);
+  EXPECT_EQ(Doc().GetDocumentName().GetString().ToUtf8(), "Three.c4d");
+}
+
+TEST_F(Worker, AFileCannotPullInWhatLiesElsewhere) {
+  // The buffer exists and is long enough, but it lies above the scene's folder.
+  ASSERT_EQ(::mkdir((folder_ / "inner").c_str(), 0700), 0);
+  Write("secret.bin", std::string(36, '\0'));
+  const auto scene = [&](const std::string& uri) {
+    return "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}],\"meshes\":[{"
+           "\"primitives\":[{\"attributes\":{\"POSITION\":0}}]}],\"buffers\":[{\"uri\":\"" +
+           uri +
+           "\",\"byteLength\":36}],\"bufferViews\":[{\"buffer\":0,\"byteLength\":36}],\"accessors\":[{\"bufferView\":0,"
+           "\"componentType\":5126,\"count\":3,\"type\":\"VEC3\",\"min\":[0,0,0],\"max\":[0,0,0]}]}";
+  };
+  Write("inner/near.bin", std::string(36, '\0'));
+  Open(Write("inner/fine.gltf", scene("near.bin")));
+  EXPECT_EQ(Counts().objects, 1U);
+  ExpectPart(Refusal(Write("inner/above.gltf", scene("../secret.bin"))), "The file cannot be read");
+  ASSERT_EQ(::symlink((folder_ / "secret.bin").c_str(), (folder_ / "inner/link.bin").c_str()), 0);
+  ExpectPart(Refusal(Write("inner/linked.gltf", scene("link.bin"))), "The file cannot be read");
+}
+
+TEST_F(Worker, AnImportShowsItsProgress) {
+  Open(SceneFile("scenes/dungeon/dungeon.gltf"));
+  EXPECT_GE(person_.ProgressCalls(), 3);
+}
+
+TEST_F(Worker, AChainOfNodesNeedsNoStack) {
+  // Below the depth at which the library itself gives up.
+  std::string text = "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[";
+  constexpr int kDepth = 4000;
+  for (int i = 1; i < kDepth; ++i) text += "{\"children\":[" + std::to_string(i) + "]},";
+  Open(Write("deep.gltf", text + "{}]}"));
+  EXPECT_EQ(Counts().objects, static_cast<std::size_t>(kDepth));
+  // Far beyond it: a message.
+  text = "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[";
+  for (int i = 1; i < 300000; ++i) text += "{\"children\":[" + std::to_string(i) + "]},";
+  ExpectPart(Refusal(Write("deeper.gltf", text + "{}]}")), "was not imported. ");
+}
+
+}  // namespace
+}  // namespace tests
