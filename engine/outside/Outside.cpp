@@ -63,6 +63,11 @@ FileKind Outside::Kind(const std::string& path) {
   return clean ? DoKind(clean.Value()) : FileKind::Missing;
 }
 
+FileStamp Outside::Stamp(const std::string& path) {
+  const Result<std::string> clean = PathForReading(path);
+  return clean ? DoStamp(clean.Value()) : FileStamp();
+}
+
 Result<std::string> Outside::ReadFile(const std::string& path, std::uint64_t limit) {
   return Read(Operation::ReadFile, path, [&](const std::string& clean) { return DoReadFile(clean, limit); });
 }

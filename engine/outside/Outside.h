@@ -18,6 +18,13 @@ namespace engine {
 
 enum class FileKind { Missing, File, Folder, Other };
 
+// What tells whether a file is still the one read before.
+struct FileStamp {
+  std::uint64_t size = 0;
+  std::int64_t changed = 0;  // nanoseconds since 1970
+  bool operator==(const FileStamp&) const = default;
+};
+
 // What a plug-in or a command asks a person to choose.
 struct FileQuestion {
   host::LONG type;
@@ -38,6 +45,8 @@ class Outside {
 
   // Links are followed. Never fails: a refused or unreadable path is Missing. Not in the ledger.
   FileKind Kind(const std::string& path);
+  // Size and date of what `path` leads to; zeros where it is Missing. Not in the ledger.
+  FileStamp Stamp(const std::string& path);
   // The whole file; one larger than `limit` bytes, a folder, pipe or device is refused without reading it.
   Result<std::string> ReadFile(const std::string& path, std::uint64_t limit = 16ull << 30);
   // Atomic and durable: a temporary file in the same folder, everything written, sync checked, rename, folder
@@ -89,6 +98,7 @@ class Outside {
  protected:
   // The real work behind the public functions; paths are checked already.
   virtual FileKind DoKind(const std::string& path) = 0;
+  virtual FileStamp DoStamp(const std::string& path) = 0;
   virtual Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) = 0;
   virtual Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) = 0;
   virtual Status DoMakeFolder(const std::string& path) = 0;

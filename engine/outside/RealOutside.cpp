@@ -102,6 +102,12 @@ Result<std::string> RealOutside::DoReadFile(const std::string& path, std::uint64
   return bytes;
 }
 
+FileStamp RealOutside::DoStamp(const std::string& path) {
+  struct stat info;
+  if (stat(path.c_str(), &info) != 0) return {};
+  return {static_cast<std::uint64_t>(info.st_size), std::int64_t{info.st_mtim.tv_sec} * 1000000000 + info.st_mtim.tv_nsec};
+}
+
 Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
   PendingFile file(path);
   Status status = file.Begin();

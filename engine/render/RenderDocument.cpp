@@ -1,13 +1,61 @@
-// The published render call while there is no renderer: it says so by its result and leaves the picture as it is.
 #include "engine/outside/Outside.h"
+#include "engine/render/Renderer.h"
 #include "host/Application.h"
+#include "host/RenderData.h"
 
 namespace host {
 
-LONG RenderDocument(BaseDocument*, const BaseContainer&, ProgressHook*, void*, BaseBitmap*, LONG, BaseThread*) {
-  engine::Outside::Current().GetLedger().Add(
-      {engine::Operation::Note, "", "", false, "The picture was not rendered: this build has no renderer yet."});
-  return RENDERRESULT_FAILED;
+namespace {
+
+// The size that the settings ask for, or that of the bitmap where they say nothing.
+engine::PictureSetup SetupOf(const BaseContainer& settings, const BaseBitmap& bitmap) {
+  const LONG width = settings.GetLong(RDATA_XRES, bitmap.GetBw());
+  const LONG height = settings.GetLong(RDATA_YRES, bitmap.GetBh());
+  engine::PictureSetup setup;
+  setup.width = static_cast<std::uint32_t>(std::max<LONG>(0, width));
+  setup.height = static_cast<std::uint32_t>(std::max<LONG>(0, height));
+  return setup;
+}
+
+Bool Show(const engine::Image& image, BaseBitmap& bitmap) {
+  const auto width = static_cast<LONG>(image.width);
+  const auto height = static_cast<LONG>(image.height);
+  const bool fits = bitmap.GetBw() == width && bitmap.GetBh() == height;
+  if (!fits && bitmap.Init(width, height) != IMAGERESULT_OK) return FALSE;
+  const std::uint8_t* pixel = image.bytes.data();
+  for (LONG y = 0; y < height; ++y) {
+    for (LONG x = 0; x < width; ++x, pixel += 4) bitmap.SetPixel(x, y, pixel[0], pixel[1], pixel[2]);
+  }
+  return TRUE;
+}
+
+void TellNotes(const BaseDocument& doc, const std::vector<std::string>& notes) {
+  engine::Ledger& ledger = engine::Outside::Current().GetLedger();
+  const std::string path = (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
+  for (const std::string& note : notes) ledger.AddNote(path, note);
+}
+
+}  // namespace
+
+LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHook* progress, void* context, BaseBitmap* bitmap,
+                    LONG, BaseThread* thread) {
+  if (!doc || !bitmap) return RENDERRESULT_FAILED;
+  const engine::PictureSetup setup = SetupOf(settings, *bitmap);
+  auto begun = engine::PictureInProgress::Begin(*doc, setup, engine::RenderCaches::Shared());
+  if (!begun) {
+    TellNotes(*doc, {"The picture was not rendered: " + begun.Message()});
+    return RENDERRESULT_FAILED;
+  }
+  engine::PictureInProgress& picture = *begun.Value();
+  TellNotes(*doc, picture.Notes());
+  const auto goOn = [&](double done) {
+    if (progress) progress(done, 0, context);
+    return !(thread && thread->TestBreak()) && engine::Outside::Current().Progress(done, "Rendering");
+  };
+  while (!picture.IsFinished()) {
+    if (!picture.Refine(goOn)) return RENDERRESULT_USERBREAK;
+  }
+  return Show(picture.Current(), *bitmap) ? RENDERRESULT_OK : RENDERRESULT_OUTOFMEMORY;
 }
 
 }  // namespace host

@@ -1,0 +1,39 @@
+// Geometry: a mesh made ready for rays: triangles that can be trusted, normals at their corners and the search structure over
+// them. Never changes once made, so that pictures share it. Making needs no lock; any thread may look.
+#pragma once
+
+#include <embree3/rtcore.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/render/Vec.h"
+#include "engine/scene/Mesh.h"
+
+namespace engine {
+
+struct Geometry {
+  using Corners = std::array<std::uint32_t, 3>;
+
+  std::vector<Vec> points;
+  std::vector<Corners> triangles;
+  std::vector<std::array<Vec, 3>> normals;               // unit, one per corner
+  std::vector<std::array<std::array<float, 2>, 3>> uvs;  // empty, or one per corner
+  Box bounds;
+  std::size_t dropped = 0;  // triangles left out because they have no area, no points or no finite ones
+  RTCScene scene = nullptr;
+
+  Geometry() = default;
+  Geometry(const Geometry&) = delete;
+  Geometry& operator=(const Geometry&) = delete;
+  ~Geometry();
+};
+
+// Splits, cleans and indexes a mesh; null when nothing of it can be seen. Corners without normals get smooth ones, averaged over
+// the faces around their point that turn away by less than 40 degrees.
+std::shared_ptr<const Geometry> MakeGeometry(RTCDevice device, const Mesh& mesh);
+
+}  // namespace engine

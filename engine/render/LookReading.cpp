@@ -1,0 +1,110 @@
+#include "engine/render/LookReading.h"
+
+#include <algorithm>
+
+#include "engine/scene/Nodes.h"
+#include "host/Application.h"
+#include "host/Parameters.h"
+
+namespace engine {
+
+namespace {
+
+constexpr host::LONG kGlobalTexturePaths = 10;
+
+float Share(const host::BaseContainer& data, host::LONG id, double preset) {
+  const double value = data.GetReal(id, preset);
+  return static_cast<float>(value >= 0 ? std::min(value, 1.0) : 0.0);
+}
+
+Vec ColorAt(const host::BaseContainer& data, host::LONG id, Vec preset) {
+  if (data.FindIndex(id) == host::NOTOK) return preset;
+  const Vec color = ToVec(data.GetVector(id));
+  return IsFinite(color) ? Vec{std::max(0.0F, color.x), std::max(0.0F, color.y), std::max(0.0F, color.z)} : preset;
+}
+
+// The first bitmap or colour shader at or below `shader`; layers and mixtures of shaders show their first picture.
+const host::BaseShader* FirstPlainShader(const host::BaseList2D* shader) {
+  if (!shader || KindOf(*shader) != NodeKind::Shader) return nullptr;
+  for (const host::GeListNode* node = shader; node; node = NextInTree(node, shader)) {
+    if (node->GetType() == host::Xbitmap || node->GetType() == host::Xcolor) return static_cast<const host::BaseShader*>(node);
+  }
+  return nullptr;
+}
+
+std::string BaseName(const std::string& path) { return path.substr(path.find_last_of('/') + 1); }
+
+}  // namespace
+
+std::vector<std::string> TexturePlaces(const std::string& name, const std::string& documentFolder) {
+  std::string given = name;
+  std::replace(given.begin(), given.end(), '\\', '/');
+  if (given.empty()) return {};
+  std::vector<std::string> places;
+  const auto add = [&](const std::string& folder, const std::string& file) {
+    if (!folder.empty() && folder.front() == '/') places.push_back(folder + "/" + file);
+  };
+  if (given.front() == '/') places.push_back(given);
+  for (const std::string& folder : {documentFolder, documentFolder.empty() ? documentFolder : documentFolder + "/tex"}) {
+    if (given.front() != '/') add(folder, given);
+    add(folder, BaseName(given));
+  }
+  for (host::LONG i = 0; i < kGlobalTexturePaths; ++i) {
+    const std::string folder = host::GetGlobalTexturePath(i).GetString().ToUtf8();
+    if (given.front() != '/') add(folder, given);
+    add(folder, BaseName(given));
+  }
+  return places;
+}
+
+LookReading::LookReading(const host::BaseDocument& doc, RenderCaches& caches, ScenePicture& picture)
+    : doc_(doc), caches_(caches), picture_(picture) {
+  picture_.looks.emplace_back();
+}
+
+std::uint32_t LookReading::LookOf(const host::BaseMaterial& material) {
+  const auto [it, isNew] = looks_.try_emplace(&material, static_cast<std::uint32_t>(picture_.looks.size()));
+  if (isNew) picture_.looks.push_back(Read(*material.GetDataInstance()));
+  return it->second;
+}
+
+SurfaceLook LookReading::Read(const host::BaseContainer& data) {
+  SurfaceLook look;
+  look.color = ColorAt(data, host::MATERIAL_COLOR, look.color);
+  look.luminance = ColorAt(data, host::MATERIAL_LUMINANCE, {});
+  look.alpha = Share(data, host::MATERIAL_ALPHA, 1);
+  look.cutoff = Share(data, host::MATERIAL_ALPHA_CUTOFF, 0.5);
+  look.alphaMode = static_cast<SurfaceLook::AlphaMode>(std::clamp<host::LONG>(data.GetLong(host::MATERIAL_ALPHA_MODE), 0, 2));
+  look.specular = Share(data, host::MATERIAL_SPECULAR, 0.5);
+  look.roughness = Share(data, host::MATERIAL_ROUGHNESS, 0.5);
+  look.metallic = Share(data, host::MATERIAL_METALLIC, 0);
+  look.colorTexture = ReadShader(data, host::MATERIAL_COLOR_SHADER, &look.color);
+  look.luminanceTexture = ReadShader(data, host::MATERIAL_LUMINANCE_SHADER, &look.luminance);
+  look.normalTexture = ReadShader(data, host::MATERIAL_NORMAL_SHADER, nullptr);
+  return look;
+}
+
+std::shared_ptr<const Texture> LookReading::ReadShader(const host::BaseContainer& data, host::LONG link, Vec* color) {
+  const host::BaseShader* shader = FirstPlainShader(data.GetLink(link, &doc_));
+  if (!shader) return nullptr;
+  const host::BaseContainer& own = *shader->GetDataInstance();
+  if (shader->GetType() == host::Xbitmap) {
+    return FindTexture(own.GetFilename(host::BITMAPSHADER_FILENAME).GetString().ToUtf8());
+  }
+  if (color) *color = ColorAt(own, host::COLORSHADER_COLOR, *color);
+  return nullptr;
+}
+
+std::shared_ptr<const Texture> LookReading::FindTexture(const std::string& name) {
+  if (name.empty()) return nullptr;
+  std::string problem = "The texture \"" + name + "\" was not found.";
+  for (const std::string& path : TexturePlaces(name, doc_.GetDocumentPath().GetString().ToUtf8())) {
+    if (Outside::Current().Kind(path) != FileKind::File) continue;
+    if (std::shared_ptr<const Texture> texture = caches_.TextureAt(path, &problem)) return texture;
+    break;
+  }
+  if (noted_.insert(name).second) picture_.notes.push_back(problem);
+  return nullptr;
+}
+
+}  // namespace engine

@@ -1,0 +1,190 @@
+#include "engine/render/RayScene.h"
+
+#include "engine/render/Frames.h"
+
+namespace engine {
+
+namespace {
+
+unsigned MaskOf(const Instance& instance, const SurfaceLook& look) {
+  unsigned mask = instance.seenByCamera ? kSeenByCamera : 0;
+  if (instance.castsShadows) mask |= look.CanBeSeenThrough() ? kSeeThroughCaster : kOpaqueCaster;
+  return mask;
+}
+
+void Fill(RTCRay& to, const Ray& ray, unsigned mask) {
+  to.org_x = ray.origin.x;
+  to.org_y = ray.origin.y;
+  to.org_z = ray.origin.z;
+  to.dir_x = ray.direction.x;
+  to.dir_y = ray.direction.y;
+  to.dir_z = ray.direction.z;
+  to.tnear = ray.near;
+  to.tfar = ray.far;
+  to.time = 0;
+  to.mask = mask;
+  to.id = 0;
+  to.flags = 0;
+}
+
+RTCRayHit Shoot(RTCScene scene, const Ray& ray, unsigned mask) {
+  RTCRayHit hit;
+  Fill(hit.ray, ray, mask);
+  hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+  hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+  RTCIntersectContext context;
+  rtcInitIntersectContext(&context);
+  rtcIntersect1(scene, &context, &hit);
+  return hit;
+}
+
+Vec Turned(const host::Matrix& m, Vec v) { return ToVec(m.v1) * v.x + ToVec(m.v2) * v.y + ToVec(m.v3) * v.z; }
+
+}  // namespace
+
+// The triangle that was hit, in the world.
+struct RayScene::Triangle {
+  Vec edge1, edge2;
+  std::array<float, 3> weights;
+  const std::array<std::array<float, 2>, 3>* uvs = nullptr;
+  std::array<float, 2> uv{0, 0};
+  std::array<float, 2> uvEdge1{0, 0}, uvEdge2{0, 0};
+
+  // Side in u and v of a square with side 1 in the world.
+  float UvPerLength() const {
+    const float area = Length(Cross(edge1, edge2));
+    const float uvArea = std::abs(uvEdge1[0] * uvEdge2[1] - uvEdge1[1] * uvEdge2[0]);
+    return area > 0 ? std::sqrt(uvArea / area) : 0;
+  }
+};
+
+RayScene::RayScene(const ScenePicture& picture, RTCDevice device) : picture_(picture), scene_(rtcNewScene(device)) {
+  normals_.reserve(picture.instances.size());
+  for (const Instance& instance : picture.instances) Add(instance, device);
+  rtcCommitScene(scene_);
+  if (!picture.bounds.IsEmpty()) size_ = Length(picture.bounds.high - picture.bounds.low);
+}
+
+void RayScene::Add(const Instance& instance, RTCDevice device) {
+  const host::Matrix& m = instance.frame;
+  const Vec columns[4] = {ToVec(m.v1), ToVec(m.v2), ToVec(m.v3), ToVec(m.off)};
+  RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_INSTANCE);
+  rtcSetGeometryInstancedScene(geometry, instance.geometry->scene);
+  rtcSetGeometryTransform(geometry, 0, RTC_FORMAT_FLOAT3X4_COLUMN_MAJOR, columns);
+  const unsigned mask = MaskOf(instance, picture_.looks[instance.look]);
+  hasSeeThroughCasters_ = hasSeeThroughCasters_ || (mask & kSeeThroughCaster);
+  rtcSetGeometryMask(geometry, mask);
+  rtcCommitGeometry(geometry);
+  rtcAttachGeometryByID(scene_, geometry, static_cast<unsigned>(normals_.size()));
+  rtcReleaseGeometry(geometry);
+  const host::Vector x = CrossOf(m.v2, m.v3);
+  const host::Vector y = CrossOf(m.v3, m.v1);
+  const host::Vector z = CrossOf(m.v1, m.v2);
+  const double scale = 1 / std::sqrt(std::max({DotOf(x, x), DotOf(y, y), DotOf(z, z)}));
+  normals_.push_back({ToVec(Scaled(x, scale)), ToVec(Scaled(y, scale)), ToVec(Scaled(z, scale))});
+}
+
+bool RayScene::Find(const Ray& ray, unsigned mask, const RayCamera& camera, Finding* finding) const {
+  const RTCRayHit hit = Shoot(scene_, ray, mask);
+  if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
+  Describe(hit, ray, camera, finding);
+  return true;
+}
+
+const Instance* RayScene::FindInstance(const Ray& ray, unsigned mask) const {
+  const RTCRayHit hit = Shoot(scene_, ray, mask);
+  return hit.hit.geomID == RTC_INVALID_GEOMETRY_ID ? nullptr : &picture_.instances[hit.hit.instID[0]];
+}
+
+bool RayScene::IsBlocked(const Ray& ray) const {
+  RTCRay shadow;
+  Fill(shadow, ray, kOpaqueCaster);
+  RTCIntersectContext context;
+  rtcInitIntersectContext(&context);
+  rtcOccluded1(scene_, &context, &shadow);
+  return shadow.tfar < 0;
+}
+
+float RayScene::Gap(const Finding& finding) const {
+  const Vec p = finding.position;
+  const float farthest = std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z), finding.distance});
+  return 1e-5F * farthest + 1e-6F * size_;
+}
+
+void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera, Finding* finding) const {
+  const std::size_t index = hit.hit.instID[0];
+  const Instance& instance = picture_.instances[index];
+  const Geometry& geometry = *instance.geometry;
+  const Geometry::Corners& corners = geometry.triangles[hit.hit.primID];
+  Triangle triangle;
+  triangle.edge1 = Turned(instance.frame, geometry.points[corners[1]] - geometry.points[corners[0]]);
+  triangle.edge2 = Turned(instance.frame, geometry.points[corners[2]] - geometry.points[corners[0]]);
+  triangle.weights = {1 - hit.hit.u - hit.hit.v, hit.hit.u, hit.hit.v};
+  if (!geometry.uvs.empty()) triangle.uvs = &geometry.uvs[hit.hit.primID];
+
+  finding->instance = &instance;
+  finding->look = &picture_.looks[instance.look];
+  finding->distance = hit.ray.tfar;
+  finding->position = ray.origin + ray.direction * hit.ray.tfar;
+  finding->faceNormal = Normalized(Cross(triangle.edge1, triangle.edge2));
+  const auto& n = geometry.normals[hit.hit.primID];
+  const Vec inside = n[0] * triangle.weights[0] + n[1] * triangle.weights[1] + n[2] * triangle.weights[2];
+  const Normals& turn = normals_[index];
+  finding->normal = Normalized(turn.x * inside.x + turn.y * inside.y + turn.z * inside.z);
+  if (Dot(finding->faceNormal, ray.direction) > 0) finding->faceNormal = -finding->faceNormal;
+  if (Dot(finding->normal, finding->faceNormal) < 0) finding->normal = -finding->normal;
+  const float slant = std::max(0.15F, std::abs(Dot(finding->faceNormal, ray.direction)));
+  Colour(triangle, camera.PixelSize(finding->distance) / std::sqrt(slant), finding);
+}
+
+namespace {
+
+// The normal that a normal map asks for; its green channel points against v.
+Vec Bent(Vec normal, Vec alongU, Vec alongV, Vec map) {
+  const Vec u = Normalized(alongU - normal * Dot(normal, alongU));
+  const Vec v = Normalized(alongV - normal * Dot(normal, alongV));
+  const Vec bent = u * (map.x * 2 - 1) - v * (map.y * 2 - 1) + normal * std::max(0.05F, map.z * 2 - 1);
+  const Vec unit = Normalized(bent);
+  return IsFinite(unit) && Dot(unit, unit) > 0.5F ? unit : normal;
+}
+
+float AlphaOf(const SurfaceLook& look, float alpha) {
+  if (look.alphaMode == SurfaceLook::AlphaMode::Opaque) return 1;
+  if (look.alphaMode == SurfaceLook::AlphaMode::Blend) return alpha;
+  return alpha < look.cutoff ? 0.0F : 1.0F;
+}
+
+}  // namespace
+
+void RayScene::Colour(const Triangle& hit, float detail, Finding* finding) const {
+  const SurfaceLook& look = *finding->look;
+  const Instance& instance = *finding->instance;
+  finding->color = look.color;
+  finding->luminance = look.luminance;
+  finding->alpha = AlphaOf(look, look.alpha);
+  if (!hit.uvs) return;
+  Triangle triangle = hit;
+  for (std::size_t k = 0; k < 2; ++k) {
+    const auto at = [&](std::size_t c) { return (*hit.uvs)[c][k] * instance.uvTiles[k]; };
+    triangle.uv[k] = at(0) * hit.weights[0] + at(1) * hit.weights[1] + at(2) * hit.weights[2] + instance.uvOffset[k];
+    triangle.uvEdge1[k] = at(1) - at(0);
+    triangle.uvEdge2[k] = at(2) - at(0);
+  }
+  const float uvDetail = detail * triangle.UvPerLength();
+  if (look.colorTexture) {
+    const Texel texel = look.colorTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail);
+    finding->color = look.color * texel.color;
+    finding->alpha = AlphaOf(look, look.alpha * texel.alpha);
+  }
+  if (look.luminanceTexture) {
+    finding->luminance = look.luminance * look.luminanceTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail).color;
+  }
+  const float turn = triangle.uvEdge1[0] * triangle.uvEdge2[1] - triangle.uvEdge1[1] * triangle.uvEdge2[0];
+  if (!look.normalTexture || std::abs(turn) < 1e-20F) return;
+  const Vec alongU = (triangle.edge1 * triangle.uvEdge2[1] - triangle.edge2 * triangle.uvEdge1[1]) * (1 / turn);
+  const Vec alongV = (triangle.edge2 * triangle.uvEdge1[0] - triangle.edge1 * triangle.uvEdge2[0]) * (1 / turn);
+  const Vec map = look.normalTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail, false).color;
+  finding->normal = Bent(finding->normal, alongU, alongV, map);
+}
+
+}  // namespace engine

@@ -1,0 +1,64 @@
+// RayScene: the search structure over all instances of a picture, and what a ray finds there. It refers to the ScenePicture it
+// was made from, which must outlive it. Making it costs little: the geometry below is shared. Looking: any thread.
+#pragma once
+
+#include <embree3/rtcore.h>
+
+#include "engine/render/RayCamera.h"
+
+namespace engine {
+
+// Which instances a ray can hit.
+inline constexpr unsigned kSeenByCamera = 1;
+inline constexpr unsigned kOpaqueCaster = 2;
+inline constexpr unsigned kSeeThroughCaster = 4;
+
+// The surface that a ray found.
+struct Finding {
+  const Instance* instance = nullptr;
+  const SurfaceLook* look = nullptr;
+  float distance = 0;
+  Vec position;
+  Vec faceNormal;  // unit, toward the ray's origin
+  Vec normal;      // unit, smooth, with the normal map applied
+  Vec color;
+  Vec luminance;
+  float alpha = 1;  // what the surface covers, 0..1
+};
+
+class RayScene {
+ public:
+  RayScene(const ScenePicture& picture, RTCDevice device);
+  RayScene(const RayScene&) = delete;
+  RayScene& operator=(const RayScene&) = delete;
+  ~RayScene() { rtcReleaseScene(scene_); }
+
+  // The nearest surface; `pixelSize` is the side of the seen area per distance and at no distance, for the detail of textures.
+  bool Find(const Ray& ray, unsigned mask, const RayCamera& camera, Finding* finding) const;
+  // Which instance lies nearest, or null.
+  const Instance* FindInstance(const Ray& ray, unsigned mask) const;
+  // Whether something wholly opaque lies within the ray.
+  bool IsBlocked(const Ray& ray) const;
+  bool HasSeeThroughCasters() const { return hasSeeThroughCasters_; }
+  // Diagonal of everything, and what a ray's start must keep from the surface it leaves.
+  float Size() const { return size_; }
+  float Gap(const Finding& finding) const;
+
+ private:
+  struct Normals {
+    Vec x, y, z;  // columns of the matrix that turns normals
+  };
+  struct Triangle;
+
+  void Add(const Instance& instance, RTCDevice device);
+  void Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera, Finding* finding) const;
+  void Colour(const Triangle& triangle, float detail, Finding* finding) const;
+
+  const ScenePicture& picture_;
+  std::vector<Normals> normals_;  // one per instance
+  RTCScene scene_;
+  bool hasSeeThroughCasters_ = false;
+  float size_ = 1;
+};
+
+}  // namespace engine

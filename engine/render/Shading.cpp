@@ -1,0 +1,206 @@
+#include "engine/render/Shading.h"
+
+namespace engine {
+
+namespace {
+
+constexpr float kPi = 3.14159265358979F;
+constexpr int kMostLayers = 24;  // surfaces seen through one another
+constexpr int kDeepestReflection = 1;
+constexpr std::uint32_t kOpenTries = 4;  // directions tried per sample for what lies around a point
+constexpr float kOpenReach = 0.06F;      // how far, as a share of the scene
+constexpr float kWeakestReflection = 0.04F;
+constexpr float kSharpestRoughness = 0.06F;
+
+// A number without a pattern (the output permutation of PCG, by O'Neill).
+std::uint32_t Scrambled(std::uint32_t n) {
+  n = n * 747796405U + 2891336453U;
+  n = ((n >> ((n >> 28U) + 4U)) ^ n) * 277803737U;
+  return (n >> 22U) ^ n;
+}
+
+float ToShare(std::uint32_t n) { return static_cast<float>(n >> 8U) * (1.0F / 16777216.0F); }
+
+float Fraction(float x) { return x - std::floor(x); }
+
+// A direction around `normal`, more often near it (by the cosine), from two numbers of 0..1.
+Vec Around(Vec normal, float a, float b) {
+  const Vec helper = std::abs(normal.x) > 0.7F ? Vec{0, 1, 0} : Vec{1, 0, 0};
+  const Vec side = Normalized(Cross(helper, normal));
+  const Vec other = Cross(normal, side);
+  const float r = std::sqrt(a);
+  const float turn = 2 * kPi * b;
+  return Normalized(side * (r * std::cos(turn)) + other * (r * std::sin(turn)) + normal * std::sqrt(std::max(0.0F, 1 - a)));
+}
+
+float SmoothStep(float low, float high, float x) {
+  const float t = std::clamp((x - low) / std::max(1e-6F, high - low), 0.0F, 1.0F);
+  return t * t * (3 - 2 * t);
+}
+
+// Share of light that a surface mirrors at that cosine (Schlick's approximation).
+Vec Mirrored(Vec straight, float cosine) {
+  const float grazing = std::pow(std::clamp(1 - cosine, 0.0F, 1.0F), 5.0F);
+  return straight + (Vec{1, 1, 1} - straight) * grazing;
+}
+
+Vec StraightReflection(const Finding& finding) {
+  const float plain = 0.08F * finding.look->specular;
+  return Mix({plain, plain, plain}, finding.color, finding.look->metallic);
+}
+
+// The bright spot of a light on a rough surface: Trowbridge and Reitz's distribution with Smith's shadowing (Karis 2013), scaled
+// so that a white diffuse surface facing the light returns 1.
+float Gloss(const Finding& finding, Vec toLight, Vec toEye, float lightCosine) {
+  const Vec half = Normalized(toLight + toEye);
+  const float rough = std::max(kSharpestRoughness, finding.look->roughness);
+  const float a2 = rough * rough * rough * rough;
+  const float nh = std::max(0.0F, Dot(finding.normal, half));
+  const float nv = std::max(1e-3F, Dot(finding.normal, toEye));
+  const float d = nh * nh * (a2 - 1) + 1;
+  const float k = (rough + 1) * (rough + 1) / 8;
+  const float shadowing = 1 / ((nv * (1 - k) + k) * (lightCosine * (1 - k) + k) * 4);
+  return a2 / (d * d) * shadowing;
+}
+
+// What comes in when a scene has no light: one from behind the shoulder of whoever looks.
+LightSource ShoulderLight(const RayCamera& camera) {
+  LightSource light;
+  light.kind = LightSource::Kind::Sun;
+  light.color = {0.98F, 0.95F, 0.90F};
+  const Vec flat = Normalized(Vec{camera.Forward().x, 0, camera.Forward().z} + camera.Forward() * 0.05F);
+  light.direction = Normalized(flat * 0.75F + camera.Right() * 0.62F + Vec{0, -1, 0});
+  return light;
+}
+
+}  // namespace
+
+Vec BackdropColor(Vec direction) {
+  const Vec ground{0.105F, 0.108F, 0.115F};
+  const Vec horizon{0.46F, 0.50F, 0.55F};
+  const Vec zenith{0.085F, 0.125F, 0.195F};
+  const float up = direction.y;
+  if (up < 0) return Mix(horizon * 0.62F, ground, SmoothStep(0.0F, 0.55F, -up));
+  return Mix(Mix(horizon * 0.62F, horizon, SmoothStep(0.0F, 0.035F, up)), zenith, std::pow(up, 0.55F));
+}
+
+Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera) : scene_(scene), camera_(camera) {
+  Vec ambient;
+  for (const LightSource& light : picture.lights) {
+    if (light.kind == LightSource::Kind::Ambient) {
+      ambient += light.color;
+    } else if (Largest(light.color) > 0) {
+      lights_.push_back(light);
+    }
+  }
+  const bool dark = lights_.empty() && !(Largest(ambient) > 0);
+  if (dark) lights_.push_back(ShoulderLight(camera));
+  const float fill = dark ? 1.0F : 0.55F;
+  skyAmbient_ = Vec{0.30F, 0.335F, 0.385F} * fill + ambient;
+  groundAmbient_ = Vec{0.150F, 0.140F, 0.128F} * fill + ambient;
+}
+
+Vec Shading::LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample) const {
+  const Vec light = LightAlong(camera_.Through(x, y), BackdropColor(camera_.BackdropDirection(x, y)), {pixel, sample}, 0);
+  return IsFinite(light) ? light : Vec{};
+}
+
+Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth) const {
+  Ray ray = start;
+  Vec light;
+  float open = 1;
+  for (int layer = 0; layer < kMostLayers; ++layer) {
+    Finding finding;
+    if (!scene_.Find(ray, kSeenByCamera, camera_, &finding)) break;
+    if (finding.alpha > 0) light += LightFrom(finding, ray, tries, depth) * (open * finding.alpha);
+    open *= 1 - finding.alpha;
+    if (open < 0.004F) return light;
+    ray.near = finding.distance + scene_.Gap(finding);
+  }
+  return light + beyond * open;
+}
+
+Vec Shading::LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const {
+  const Vec toEye = -ray.direction;
+  const Vec straight = StraightReflection(finding);
+  const Vec diffuse = finding.color * (1 - finding.look->metallic);
+  const Vec ambient = AmbientOn(finding, tries);
+  Vec light = finding.luminance + diffuse * ambient;
+  for (const LightSource& source : lights_) light += LightOf(source, finding, toEye);
+
+  const float smooth = 1 - finding.look->roughness;
+  const Vec mirrored = Mirrored(straight, std::max(0.0F, Dot(finding.normal, toEye))) * (smooth * smooth);
+  const Vec blurred = straight * (1 - smooth * smooth);
+  const Vec direction = Normalized(ray.direction - finding.normal * (2 * Dot(finding.normal, ray.direction)));
+  const Vec around = BackdropColor(direction);
+  light += blurred * ambient;
+  if (depth >= kDeepestReflection || Largest(mirrored) < kWeakestReflection) return light + mirrored * around * ambient;
+  const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
+                      std::numeric_limits<float>::infinity()};
+  return light + mirrored * LightAlong(reflected, around, tries, depth + 1);
+}
+
+Vec Shading::LightOf(const LightSource& light, const Finding& finding, Vec toEye) const {
+  Vec toLight = -light.direction;
+  float distance = std::numeric_limits<float>::infinity();
+  float strength = 1;
+  if (light.kind != LightSource::Kind::Sun) {
+    const Vec way = light.position - finding.position;
+    distance = Length(way);
+    toLight = Normalized(way);
+    if (light.kind == LightSource::Kind::Spot) {
+      strength = SmoothStep(light.outerCosine, light.innerCosine, -Dot(toLight, light.direction));
+    }
+    if (light.range > 0) strength *= 1 - SmoothStep(0, light.range, distance);
+  }
+  const float cosine = Dot(finding.normal, toLight);
+  if (cosine <= 0 || strength <= 0) return {};
+  Vec passing{1, 1, 1};
+  if (light.castsShadows && finding.instance->receivesShadows) {
+    if (Dot(finding.faceNormal, toLight) <= 0) return {};
+    passing = Passing(finding, toLight, distance);
+  }
+  const Vec half = Normalized(toLight + toEye);
+  const Vec mirrored = Mirrored(StraightReflection(finding), std::max(0.0F, Dot(half, toEye)));
+  const Vec diffuse = finding.color * (1 - finding.look->metallic) * (Vec{1, 1, 1} - mirrored);
+  return light.color * passing * (diffuse + mirrored * Gloss(finding, toLight, toEye, cosine)) * (cosine * strength);
+}
+
+Vec Shading::Passing(const Finding& from, Vec direction, float distance) const {
+  const float gap = scene_.Gap(from);
+  Ray ray{from.position + from.faceNormal * gap, direction, 0, distance - 2 * gap};
+  if (!(ray.far > 0)) return {1, 1, 1};
+  if (scene_.IsBlocked(ray)) return {};
+  Vec passing{1, 1, 1};
+  if (!scene_.HasSeeThroughCasters()) return passing;
+  for (int layer = 0; layer < kMostLayers && ray.near < ray.far; ++layer) {
+    Finding finding;
+    if (!scene_.Find(ray, kSeeThroughCaster, camera_, &finding)) break;
+    passing = passing * (1 - finding.alpha);
+    if (Largest(passing) < 0.004F) return {};
+    ray.near = finding.distance + scene_.Gap(finding);
+  }
+  return passing;
+}
+
+Vec Shading::AmbientOn(const Finding& finding, Tries tries) const {
+  const Vec ambient = Mix(groundAmbient_, skyAmbient_, finding.normal.y * 0.5F + 0.5F);
+  return finding.instance->receivesShadows ? ambient * OpenShare(finding, tries) : ambient;
+}
+
+float Shading::OpenShare(const Finding& finding, Tries tries) const {
+  const Vec start = finding.position + finding.faceNormal * (scene_.Gap(finding) * 2);
+  const float turnA = ToShare(Scrambled(tries.pixel * 2 + 1));
+  const float turnB = ToShare(Scrambled(tries.pixel * 2 + 0x9e3779b9U));
+  float open = 0;
+  for (std::uint32_t i = 0; i < kOpenTries; ++i) {
+    // The plastic number's sequence spreads evenly however many are taken of it (Roberts 2018).
+    const auto n = static_cast<float>(tries.sample * kOpenTries + i);
+    const Vec direction = Around(finding.normal, Fraction(turnA + n * 0.7548776662F), Fraction(turnB + n * 0.5698402910F));
+    const bool below = Dot(direction, finding.faceNormal) <= 0;
+    if (below || !scene_.IsBlocked({start, direction, 0, scene_.Size() * kOpenReach})) open += 1;
+  }
+  return 0.25F + 0.75F * open / static_cast<float>(kOpenTries);
+}
+
+}  // namespace engine

@@ -1,0 +1,41 @@
+// Shading: how much light comes along a ray. It refers to the scene and the camera, which must outlive it. Pure: the same ray and
+// number give the same light, on any thread.
+#pragma once
+
+#include "engine/render/RayScene.h"
+
+namespace engine {
+
+// Colour of the sky and the ground below it in that direction, linear.
+Vec BackdropColor(Vec direction);
+
+class Shading {
+ public:
+  Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera);
+
+  // Light at a place of the picture, in pixels. `pixel` and `sample` choose the directions that are tried out.
+  Vec LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample) const;
+
+ private:
+  struct Tries {
+    std::uint32_t pixel;
+    std::uint32_t sample;
+  };
+
+  // Light that a surface sends against the ray. `depth` counts reflections on the way.
+  Vec LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const;
+  Vec LightAlong(const Ray& ray, Vec beyond, Tries tries, int depth) const;
+  Vec LightOf(const LightSource& light, const Finding& finding, Vec toEye) const;
+  Vec AmbientOn(const Finding& finding, Tries tries) const;
+  // Share of light that reaches a point from a direction, by colour.
+  Vec Passing(const Finding& from, Vec direction, float distance) const;
+  float OpenShare(const Finding& finding, Tries tries) const;
+
+  const RayScene& scene_;
+  const RayCamera& camera_;
+  std::vector<LightSource> lights_;  // those with a place or direction
+  Vec skyAmbient_;
+  Vec groundAmbient_;
+};
+
+}  // namespace engine
