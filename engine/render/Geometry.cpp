@@ -7,7 +7,7 @@ namespace {
 constexpr float kSmoothCosine = 0.766F;  // of 40 degrees
 // Around a point with more faces than this all of them count: looking at each pair would be quadratic.
 constexpr std::size_t kMostFacesCompared = 48;
-constexpr float kFarthest = 1e15F;
+constexpr float kFarthest = 1e9F;
 
 // What remains of a mesh: which polygon and corners each triangle came from.
 struct Source {

@@ -11,7 +11,10 @@ constexpr double kLargestAngle = 3.1;
 constexpr double kFramingAngle = 0.65;
 constexpr double kBackdropAngle = 0.9;
 
-double HalfTangent(double angle) { return std::tan(std::clamp(angle, kSmallestAngle, kLargestAngle) / 2); }
+// An angle that is no number counts as the smallest one.
+double HalfTangent(double angle) {
+  return std::tan((angle > kSmallestAngle ? std::min(angle, kLargestAngle) : kSmallestAngle) / 2);
+}
 
 }  // namespace
 

@@ -27,11 +27,19 @@ void Fill(RTCRay& to, const Ray& ray, unsigned mask) {
   to.flags = 0;
 }
 
+// The ray tracer ends the process over a ray that leads nowhere.
+bool IsSane(const Ray& ray) {
+  constexpr float kFarthestOrigin = 4e9F;
+  return Largest({std::abs(ray.origin.x), std::abs(ray.origin.y), std::abs(ray.origin.z)}) < kFarthestOrigin &&
+         IsFinite(ray.origin) && std::abs(Dot(ray.direction, ray.direction) - 1) < 0.01F && ray.near >= 0 && ray.far >= ray.near;
+}
+
 RTCRayHit Shoot(RTCScene scene, const Ray& ray, unsigned mask) {
   RTCRayHit hit;
   Fill(hit.ray, ray, mask);
   hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
   hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+  if (!IsSane(ray)) return hit;
   RTCIntersectContext context;
   rtcInitIntersectContext(&context);
   rtcIntersect1(scene, &context, &hit);
@@ -97,6 +105,7 @@ const Instance* RayScene::FindInstance(const Ray& ray, unsigned mask) const {
 }
 
 bool RayScene::IsBlocked(const Ray& ray) const {
+  if (!IsSane(ray)) return false;
   RTCRay shadow;
   Fill(shadow, ray, kOpaqueCaster);
   RTCIntersectContext context;

@@ -80,6 +80,7 @@ bool PictureInProgress::Refine(const GoOn& goOn) {
   const double before = kDoneBefore[pass_];
   const double whole = kDoneAfter[pass_] - before;
   const auto mayGoOn = [&] { return !goOn || goOn(before + whole * done.load() / tileCount_); };
+  if (!mayGoOn()) return false;
   const auto work = [&](bool isCaller) {
     while (!stopped.load()) {
       if (isCaller && !mayGoOn()) stopped.store(true);

@@ -73,12 +73,22 @@ bool IsSwitchedOn(const host::BaseTag* tag, host::LONG parameter) {
   return !tag || tag->GetDataInstance()->GetBool(parameter, host::TRUE);
 }
 
+// The ray tracer turns rays into the frames of objects and bears no numbers near the end of what a float holds there.
+constexpr double kFarthest = 1e9;
+constexpr double kLargestScale = 1e6;
+constexpr double kSmallestScale = 1e-8;
+
+double LargestOf(const host::Vector& v) { return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)}); }
+
 bool IsUsableFrame(const Matrix& m) {
-  for (const host::Vector* v : {&m.off, &m.v1, &m.v2, &m.v3}) {
-    if (!(std::abs(v->x) < 1e15 && std::abs(v->y) < 1e15 && std::abs(v->z) < 1e15)) return false;
+  if (!(LargestOf(m.off) < kFarthest)) return false;
+  for (const host::Vector* axis : {&m.v1, &m.v2, &m.v3}) {
+    if (!(LargestOf(*axis) < kLargestScale)) return false;
   }
-  const double volume = std::abs(Determinant(m));
-  return volume > 1e-18 && std::isfinite(volume);
+  // The rows of the inverse are these products over the volume.
+  const double largest =
+      std::max({LargestOf(CrossOf(m.v2, m.v3)), LargestOf(CrossOf(m.v3, m.v1)), LargestOf(CrossOf(m.v1, m.v2))});
+  return std::abs(Determinant(m)) > largest * kSmallestScale;
 }
 
 class Reader {
@@ -153,7 +163,8 @@ class Reader {
       emptyObjects_ += !mesh->polygons.empty();
       return;
     }
-    droppedTriangles_ += instance.geometry->dropped;
+    // The poles of generated forms are flat by nature.
+    if (!IsPrimitive(object.GetType())) droppedTriangles_ += instance.geometry->dropped;
     instance.frame = here.frame;
     instance.look = here.look;
     instance.object = IdOf(object);
@@ -193,7 +204,7 @@ class Reader {
 
   void ReadCamera() {
     const BaseObject* object = doc_.GetRenderBaseDraw()->GetSceneCamera(&doc_);
-    if (!object || !IsFinite(ToVec(object->GetMg().off))) return;
+    if (!object || !(LargestOf(object->GetMg().off) < kFarthest)) return;
     const host::BaseContainer& data = *object->GetDataInstance();
     PictureCamera& camera = picture_.camera;
     camera.frame = object->GetMg();

@@ -69,14 +69,14 @@ LightSource ShoulderLight(const RayCamera& camera) {
   light.kind = LightSource::Kind::Sun;
   light.color = {0.98F, 0.95F, 0.90F};
   const Vec flat = Normalized(Vec{camera.Forward().x, 0, camera.Forward().z} + camera.Forward() * 0.05F);
-  light.direction = Normalized(flat * 0.75F + camera.Right() * 0.62F + Vec{0, -1, 0});
+  light.direction = Normalized(flat * 0.42F + camera.Right() * 0.72F + Vec{0, -1, 0});
   return light;
 }
 
 }  // namespace
 
 Vec BackdropColor(Vec direction) {
-  const Vec ground{0.105F, 0.108F, 0.115F};
+  const Vec ground{0.185F, 0.190F, 0.200F};
   const Vec horizon{0.46F, 0.50F, 0.55F};
   const Vec zenith{0.085F, 0.125F, 0.195F};
   const float up = direction.y;

@@ -1,0 +1,471 @@
+// Pictures of documents: what each switch changes, and that a hostile scene costs a note only.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "engine/outside/ScriptedOutside.h"
+#include "engine/render/Renderer.h"
+#include "engine/scene/Nodes.h"
+#include "host/Host.h"
+#include "tests/support/SceneBuilder.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+using engine::PictureInProgress;
+using engine::PictureSetup;
+using host::Vector;
+using support::SceneBuilder;
+
+// A box on a floor before a camera, a second box on a layer beside it, and a light.
+class Stage {
+ public:
+  Stage() {
+    scene_.Material("Red", Vector(0.8, 0.05, 0.05)).Material("Green", Vector(0.05, 0.7, 0.1)).Layer("Layer");
+    scene_.Object("Floor", host::Oplane).At("Floor", 0, -100, 0);
+    Data("Floor").SetReal(host::PRIM_WIDTH, 1000);
+    Data("Floor").SetReal(host::PRIM_HEIGHT, 1000);
+    scene_.Object("Group").Cube("Group/Box").Texture("Group/Box", "Red");
+    scene_.Object("Other", host::Osphere).At("Other", 250, 0, 0).OnLayer("Other", "Layer");
+    scene_.Camera("Camera").At("Camera", 0, 100, -900).LookThrough("Camera");
+    scene_.Object("Light", host::Olight).At("Light", -300, 500, -300);
+    Data("Light").SetLong(host::LIGHT_SHADOW, 1);
+  }
+  SceneBuilder& Scene() { return scene_; }
+  host::BaseContainer& Data(const std::string& path) { return *scene_.GetObject(path)->GetDataInstance(); }
+  host::BaseContainer& Look(const std::string& name) { return *scene_.GetMaterial(name)->GetDataInstance(); }
+  host::BaseTag& MakeTag(const std::string& path, host::LONG type) { return *scene_.GetObject(path)->MakeTag(type); }
+  void SetLayer(host::LayerData flags) { scene_.GetLayer("Layer")->SetLayerData(&scene_.Doc(), flags); }
+
+ private:
+  SceneBuilder scene_;
+};
+
+constexpr PictureSetup kSmall{64, 48, {}, {}, 2};
+
+std::vector<std::uint8_t> Render(const host::BaseDocument& doc, PictureSetup setup = kSmall) {
+  engine::RenderCaches caches;
+  auto picture = PictureInProgress::Begin(doc, setup, caches);
+  if (!picture) return {};
+  while (!picture.Value()->IsFinished()) picture.Value()->Refine();
+  return picture.Value()->Current().bytes;
+}
+
+int CountDifferent(const std::vector<std::uint8_t>& a, const std::vector<std::uint8_t>& b) {
+  int count = 0;
+  for (std::size_t i = 0; i < a.size() && i < b.size(); i += 4) {
+    for (std::size_t c = 0; c < 3; ++c) {
+      if (std::abs(a[i + c] - b[i + c]) > 8) {
+        ++count;
+        break;
+      }
+    }
+  }
+  return a.size() == b.size() ? count : -1;
+}
+
+TEST(Render, EverySwitchCanBeSeen) {
+  struct Case {
+    const char* name;
+    void (*change)(Stage&);
+    int pixels;  // that differ at least
+  };
+  const Case cases[] = {
+      {"render mode off", [](Stage& s) { s.Scene().Modes("Group/Box", host::MODE_UNDEF, host::MODE_OFF); }, 100},
+      {"parent's render mode off", [](Stage& s) { s.Scene().Modes("Group", host::MODE_UNDEF, host::MODE_OFF); }, 100},
+      {"layer not rendered", [](Stage& s) { s.SetLayer({.render = false}); }, 100},
+      {"generators of the layer off", [](Stage& s) { s.SetLayer({.generators = false}); }, 100},
+      {"solo layer", [](Stage& s) { s.SetLayer({.solo = true}); }, 400},
+      {"deform mode off", [](Stage& s) { s.Scene().Modes("Group/Box", 2, 2, false); }, 100},
+      {"another material", [](Stage& s) { s.Scene().Texture("Group/Box", "Green"); }, 100},
+      {"casts no shadow", [](Stage& s) { s.MakeTag("Other", host::Tcompositing).GetDataInstance()->SetBool(1000, false); }, 15},
+      {"receives no shadow", [](Stage& s) { s.MakeTag("Floor", host::Tcompositing).GetDataInstance()->SetBool(1001, false); },
+       60},
+      {"not seen by the camera", [](Stage& s) { s.MakeTag("Group", host::Tcompositing).GetDataInstance()->SetBool(1002, false); },
+       90},
+      {"another camera", [](Stage& s) { s.Scene().Camera("New").At("New", 300, 0, -500).LookThrough("New"); }, 500},
+      {"no camera", [](Stage& s) { s.Scene().LookThrough(""); }, 500},
+      {"parallel camera", [](Stage& s) { s.Data("Camera").SetLong(host::CAMERA_PROJECTION, 1); }, 300},
+      {"camera's angle", [](Stage& s) { s.Data("Camera").SetReal(host::CAMERA_FOV, 0.4); }, 500},
+      {"camera's far end", [](Stage& s) { s.Data("Camera").SetReal(host::CAMERA_FAR, 700); }, 300},
+      {"light hidden", [](Stage& s) { s.Scene().Modes("Light", host::MODE_UNDEF, host::MODE_OFF); }, 300},
+      {"light without shadows", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_SHADOW, 0); }, 30},
+      {"light's colour", [](Stage& s) { s.Data("Light").SetVector(host::LIGHT_COLOR, Vector(0.2, 0.4, 1)); }, 500},
+      {"spot light", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 1); }, 500},
+      {"sun", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 2); }, 500},
+      {"ambient light", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 4); }, 500},
+      {"light's range", [](Stage& s) { s.Data("Light").SetReal(host::LIGHT_RANGE, 600); }, 500},
+      {"metal", [](Stage& s) { s.Look("Red").SetReal(host::MATERIAL_METALLIC, 1); }, 60},
+      {"luminance", [](Stage& s) { s.Look("Red").SetVector(host::MATERIAL_LUMINANCE, Vector(0.5)); }, 100},
+      {"see-through",
+       [](Stage& s) {
+         s.Look("Red").SetLong(host::MATERIAL_ALPHA_MODE, 2);
+         s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.3);
+       },
+       100},
+      {"cut away",
+       [](Stage& s) {
+         s.Look("Red").SetLong(host::MATERIAL_ALPHA_MODE, 1);
+         s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.3);
+       },
+       100},
+  };
+  const std::vector<std::uint8_t> plain = Render(Stage().Scene().Doc());
+  ASSERT_EQ(plain.size(), 64U * 48U * 4U);
+  for (const Case& c : cases) {
+    Stage stage;
+    c.change(stage);
+    EXPECT_GE(CountDifferent(plain, Render(stage.Scene().Doc())), c.pixels) << c.name;
+  }
+}
+
+TEST(Render, SwitchesWithoutAMeaningChangeNothing) {
+  struct Case {
+    const char* name;
+    void (*change)(Stage&);
+  };
+  const Case cases[] = {
+      {"editor mode off", [](Stage& s) { s.Scene().Modes("Group/Box", host::MODE_OFF, host::MODE_UNDEF); }},
+      {"on below off",
+       [](Stage& s) {
+         s.Scene().Modes("Group", host::MODE_UNDEF, host::MODE_OFF).Modes("Group/Box", host::MODE_UNDEF, host::MODE_ON);
+       }},
+      {"deform mode of the null above", [](Stage& s) { s.Scene().Modes("Group", 2, 2, false); }},
+      {"layer not viewed", [](Stage& s) { s.SetLayer({.view = false}); }},
+      {"compositing all on", [](Stage& s) { s.MakeTag("Group/Box", host::Tcompositing); }},
+      {"texture tag without a material", [](Stage& s) { s.MakeTag("Group/Box", host::Ttexture); }},
+      {"alpha of an opaque material", [](Stage& s) { s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.1); }},
+  };
+  const std::vector<std::uint8_t> plain = Render(Stage().Scene().Doc());
+  for (const Case& c : cases) {
+    Stage stage;
+    c.change(stage);
+    EXPECT_EQ(Render(stage.Scene().Doc()), plain) << c.name;
+  }
+}
+
+TEST(Render, TheEditorViewFollowsTheEditorSwitches) {
+  Stage stage;
+  PictureSetup setup = kSmall;
+  setup.reading.editorView = true;
+  const auto plain = Render(stage.Scene().Doc(), setup);
+  stage.Scene().Modes("Group/Box", host::MODE_UNDEF, host::MODE_OFF);
+  EXPECT_EQ(Render(stage.Scene().Doc(), setup), plain);
+  stage.SetLayer({.view = false});
+  EXPECT_GT(CountDifferent(Render(stage.Scene().Doc(), setup), plain), 100);
+}
+
+TEST(Render, IsTheSameForAnyNumberOfThreads) {
+  Stage stage;
+  PictureSetup setup = kSmall;
+  setup.threads = 1;
+  const auto one = Render(stage.Scene().Doc(), setup);
+  for (const unsigned threads : {2U, 3U, 7U}) {
+    setup.threads = threads;
+    EXPECT_EQ(Render(stage.Scene().Doc(), setup), one) << threads;
+  }
+}
+
+TEST(Render, StopsAndGoesOnWhereItStopped) {
+  Stage stage;
+  engine::RenderCaches caches;
+  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches).Take();
+  EXPECT_FALSE(picture->Refine([](double) { return false; }));
+  EXPECT_FALSE(picture->IsFinished());
+  EXPECT_TRUE(picture->Current().bytes.empty());
+  double last = -1;
+  const auto goOn = [&](double done) {
+    EXPECT_GE(done, last);
+    last = done;
+    return true;
+  };
+  while (!picture->IsFinished()) ASSERT_TRUE(picture->Refine(goOn));
+  EXPECT_GT(last, 0.5);
+  EXPECT_LE(last, 1.0);
+  EXPECT_EQ(picture->Current().bytes, Render(stage.Scene().Doc()));
+}
+
+TEST(Render, KeepsGeometryFromPictureToPicture) {
+  Stage stage;
+  engine::RenderCaches caches;
+  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches));
+  const std::size_t made = caches.WorkDone().geometries;
+  EXPECT_EQ(made, 3U);
+  stage.Scene().At("Other", 0, 200, 0).Modes("Group", 2, host::MODE_OFF).Cube("Another");
+  stage.Look("Red").SetVector(host::MATERIAL_COLOR, Vector(0));
+  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches));
+  EXPECT_EQ(caches.WorkDone().geometries, made);
+  stage.Data("Other").SetReal(host::PRIM_RADIUS, 55);
+  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches));
+  EXPECT_EQ(caches.WorkDone().geometries, made + 1);
+}
+
+TEST(Render, FindsTheObjectUnderAPixel) {
+  Stage stage;
+  engine::RenderCaches caches;
+  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches).Take();
+  EXPECT_EQ(picture->ObjectAt(32, 28), engine::IdOf(*stage.Scene().GetObject("Group/Box")));
+  EXPECT_EQ(picture->ObjectAt(0, 0), 0U);
+}
+
+TEST(Render, RefusesImpossibleSizes) {
+  Stage stage;
+  engine::RenderCaches caches;
+  for (const auto& [width, height] :
+       {std::pair{0U, 10U}, {10U, 0U}, {16385U, 1U}, {16384U, 16384U}, {4294967295U, 4294967295U}}) {
+    PictureSetup setup;
+    setup.width = width;
+    setup.height = height;
+    EXPECT_FALSE(PictureInProgress::Begin(stage.Scene().Doc(), setup, caches)) << width << "x" << height;
+  }
+}
+
+// --- Meshes that no sane program writes.
+
+std::shared_ptr<engine::Mesh> Quad() {
+  auto mesh = std::make_shared<engine::Mesh>();
+  mesh->points = {{-100, -100, 0}, {100, -100, 0}, {100, 100, 0}, {-100, 100, 0}};
+  mesh->polygons = {{0, 1, 2, 3}};
+  return mesh;
+}
+
+TEST(Render, HostileMeshesCostANote) {
+  constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  struct Case {
+    const char* name;
+    void (*spoil)(engine::Mesh&);
+    std::size_t notes;
+  };
+  const Case cases[] = {
+      {"whole", [](engine::Mesh&) {}, 0},
+      {"nothing at all", [](engine::Mesh& m) { m = {}; }, 0},
+      {"no points", [](engine::Mesh& m) { m.points.clear(); }, 1},
+      {"corner is no number", [](engine::Mesh& m) { m.points[2][1] = kNan; }, 1},
+      {"corner at infinity", [](engine::Mesh& m) { m.points[0][0] = kInfinity; }, 1},
+      {"index behind the end", [](engine::Mesh& m) { m.polygons[0][1] = 4; }, 1},
+      {"largest index",
+       [](engine::Mesh& m) {
+         m.polygons.push_back({0, 1, 2147483647, -1});
+       },
+       1},
+      {"negative index",
+       [](engine::Mesh& m) {
+         m.polygons.push_back({-2, 1, 2, -1});
+       },
+       1},
+      {"no area",
+       [](engine::Mesh& m) {
+         m.polygons.push_back({1, 1, 2, -1});
+       },
+       1},
+      {"normals are no numbers",
+       [](engine::Mesh& m) {
+         m.normals.assign(4, {kNan, 0, 0});
+       },
+       0},
+      {"normals of no length",
+       [](engine::Mesh& m) {
+         m.normals.assign(4, {0, 0, 0});
+       },
+       0},
+      {"too few normals",
+       [](engine::Mesh& m) {
+         m.normals.assign(1, {0, 0, -1});
+       },
+       0},
+      {"too few texture coordinates",
+       [](engine::Mesh& m) {
+         m.uvs.assign(3, {0, 0});
+       },
+       0},
+      {"texture coordinates at infinity",
+       [](engine::Mesh& m) {
+         m.uvs.assign(4, {kInfinity, kNan});
+       },
+       0},
+  };
+  for (const Case& c : cases) {
+    SceneBuilder scene;
+    auto mesh = Quad();
+    c.spoil(*mesh);
+    scene.Object("Mesh", host::Opolygon);
+    engine::SetMesh(*scene.Last(), mesh);
+    engine::RenderCaches caches;
+    auto picture = PictureInProgress::Begin(scene.Doc(), kSmall, caches);
+    ASSERT_TRUE(picture) << c.name;
+    while (!picture.Value()->IsFinished()) picture.Value()->Refine();
+    EXPECT_EQ(picture.Value()->Notes().size(), c.notes) << c.name;
+  }
+}
+
+TEST(Render, HostileFramesAndParametersDoNoHarm) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  Stage stage;
+  host::Matrix flat;
+  flat.v2 = Vector(0);
+  stage.Scene().GetObject("Other")->SetMl(flat);
+  stage.Scene().Cube("Far").At("Far", 1e30, nan, 0);
+  for (const double scale : {1e-300, 1e-30, 1e-12, 1e-7, 1e5, 1e12, 1e300}) {
+    host::Matrix frame;
+    frame.v1 = Vector(scale, 0, 0);
+    frame.v3 = Vector(1, scale, 1);
+    stage.Scene().Cube("Scaled").Last()->SetMl(frame);
+  }
+  stage.Data("Floor").SetReal(host::PRIM_WIDTH, nan);
+  stage.Data("Light").SetReal(host::LIGHT_BRIGHTNESS, nan);
+  stage.Data("Camera").SetReal(host::CAMERA_FOV, nan);
+  stage.Data("Camera").SetReal(host::CAMERA_WIDTH, -1);
+  stage.Look("Red").SetVector(host::MATERIAL_COLOR, Vector(nan));
+  stage.Look("Red").SetReal(host::MATERIAL_ROUGHNESS, -5);
+  EXPECT_EQ(Render(stage.Scene().Doc()).size(), 64U * 48U * 4U);
+}
+
+TEST(Render, ADeepChainOfObjectsIsWalkedFlat) {
+  SceneBuilder scene;
+  host::BaseObject* parent = nullptr;
+  for (int i = 0; i < 200000; ++i) {
+    host::BaseObject* op = host::BaseObject::Alloc(host::Onull);
+    scene.Doc().AppendObject(op, parent);
+    parent = op;
+  }
+  scene.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube), parent);
+  const auto picture = Render(scene.Doc());
+  EXPECT_GT(CountDifferent(picture, Render(SceneBuilder().Doc())), 300);
+}
+
+// --- Textures.
+
+class Textures : public testing::Test {
+ protected:
+  Textures() {
+    scene_.Material("Wall", Vector(1)).Object("Plane", host::Oplane).Texture("Plane", "Wall");
+    auto* data = scene_.Last()->GetDataInstance();
+    data->SetReal(host::PRIM_WIDTH, 100);
+    data->SetReal(host::PRIM_HEIGHT, 100);
+    shader_ = scene_.Bitmap(scene_.GetMaterial("Wall"), "left_green.png");
+    scene_.GetMaterial("Wall")->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, shader_);
+    scene_.Doc().SetDocumentPath(scratch_.Path().c_str());
+    scene_.Object("Light", host::Olight);
+    scene_.Last()->GetDataInstance()->SetLong(host::LIGHT_TYPE, 4);
+  }
+
+  // Green on the left half, blue on the right.
+  static std::string Picture() {
+    engine::Image image{8, 8, {}, {}};
+    for (int i = 0; i < 64; ++i) {
+      const bool left = i % 8 < 4;
+      for (const int c : {0, left ? 255 : 0, left ? 0 : 255, 255}) image.bytes.push_back(static_cast<std::uint8_t>(c));
+    }
+    return engine::EncodePng(image).Take();
+  }
+
+  // "g" or "b" for what dominates at two places left and right in the plane seen from above, "w" for neither.
+  std::string Colours(engine::RenderCaches& caches) {
+    PictureSetup setup = kSmall;
+    setup.camera = engine::PictureCamera();
+    setup.camera->frame.off = {0, 100, 0};
+    setup.camera->frame.v2 = {0, 0, 1};
+    setup.camera->frame.v3 = {0, -1, 0};
+    auto picture = PictureInProgress::Begin(scene_.Doc(), setup, caches).Take();
+    picture->Refine();
+    notes_ = picture->Notes();
+    std::string colours;
+    const engine::Image image = picture->Current();
+    for (const std::size_t x : {22U, 42U}) {
+      const std::uint8_t* p = &image.bytes[(24 * 64 + x) * 4];
+      colours += p[1] > p[2] + 50 ? 'g' : p[2] > p[1] + 50 ? 'b' : 'w';
+    }
+    return colours;
+  }
+  std::string Colours() {
+    engine::RenderCaches caches;
+    return Colours(caches);
+  }
+  host::BaseContainer& TagData() { return *scene_.GetTag("Plane", host::Ttexture)->GetDataInstance(); }
+  void Put(const std::string& name) {
+    (void)outside_.MakeFolder(scratch_ / "tex");
+    tests::WriteText(scratch_ / name, Picture());
+  }
+
+  tests::ScratchFolder scratch_;
+  engine::ScriptedOutside outside_;
+  engine::OutsideInUse inUse_{outside_};
+  SceneBuilder scene_;
+  host::BaseShader* shader_ = nullptr;
+  std::vector<std::string> notes_;
+};
+
+TEST_F(Textures, AreFoundWhereArtistsPutThem) {
+  EXPECT_EQ(Colours(), "ww");
+  EXPECT_EQ(notes_, std::vector<std::string>{"The texture \"left_green.png\" was not found."});
+  Put("tex/left_green.png");
+  EXPECT_EQ(Colours(), "gb");
+  EXPECT_TRUE(notes_.empty());
+  for (const char* name : {"C:\\art\\left_green.png", "/elsewhere/left_green.png", "./tex/left_green.png"}) {
+    shader_->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, name);
+    EXPECT_EQ(Colours(), "gb") << name;
+  }
+}
+
+TEST_F(Textures, FollowOffsetAndTiles) {
+  Put("left_green.png");
+  EXPECT_EQ(Colours(), "gb");
+  TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0.5, 0, 0));
+  EXPECT_EQ(Colours(), "bg");
+  TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0));
+  TagData().SetVector(host::TEXTURETAG_TILES, Vector(2, 2, 0));
+  EXPECT_EQ(Colours(), "bg") << "the left place lies in the second half of the first repetition";
+}
+
+TEST_F(Textures, AreReadAgainOnlyWhenTheirFileChanges) {
+  Put("left_green.png");
+  engine::RenderCaches caches;
+  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(caches.WorkDone().textures, 1U);
+  tests::WriteText(scratch_ / "left_green.png", "no picture any more");
+  EXPECT_EQ(Colours(caches), "ww");
+  EXPECT_EQ(Colours(caches), "ww");
+  EXPECT_EQ(caches.WorkDone().textures, 2U);
+  EXPECT_EQ(notes_.size(), 1U);
+}
+
+// --- The published function.
+
+TEST(RenderDocument, TakesItsSizeFromTheSettings) {
+  engine::ScriptedOutside outside;
+  const engine::OutsideInUse inUse(outside);
+  Stage stage;
+  host::BaseBitmap* bitmap = host::BaseBitmap::Alloc();
+  const auto render = [&](host::LONG width, host::LONG height) {
+    host::BaseContainer settings;
+    if (width != 0) settings.SetLong(host::RDATA_XRES, width);
+    if (height != 0) settings.SetLong(host::RDATA_YRES, height);
+    return host::RenderDocument(&stage.Scene().Doc(), settings, nullptr, nullptr, bitmap, 0, nullptr);
+  };
+  EXPECT_EQ(render(0, 0), host::RENDERRESULT_FAILED) << "neither the settings nor the bitmap have a size";
+  EXPECT_EQ(render(40, 30), host::RENDERRESULT_OK);
+  EXPECT_EQ(bitmap->GetBw(), 40);
+  bitmap->Init(20, 10);
+  EXPECT_EQ(render(0, 0), host::RENDERRESULT_OK);
+  EXPECT_EQ(bitmap->GetBw(), 20);
+  for (const host::LONG size : {-1, 16385, 2147483647}) EXPECT_EQ(render(size, size), host::RENDERRESULT_FAILED);
+  EXPECT_EQ(outside.GetLedger().NotesSince(0).size(), 4U);
+  EXPECT_EQ(host::RenderDocument(nullptr, {}, nullptr, nullptr, bitmap, 0, nullptr), host::RENDERRESULT_FAILED);
+  host::BaseBitmap::Free(bitmap);
+}
+
+TEST(RenderDocument, StopsWhenAskedTo) {
+  engine::ScriptedOutside outside;
+  const engine::OutsideInUse inUse(outside);
+  outside.StopProgressAt(2);
+  Stage stage;
+  host::BaseBitmap* bitmap = host::BaseBitmap::Alloc();
+  bitmap->Init(64, 48);
+  EXPECT_EQ(host::RenderDocument(&stage.Scene().Doc(), {}, nullptr, nullptr, bitmap, 0, nullptr), host::RENDERRESULT_USERBREAK);
+  host::BaseBitmap::Free(bitmap);
+}
+
+}  // namespace
