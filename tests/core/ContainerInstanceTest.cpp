@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <future>
 #include <map>
 #include <random>
 #include <sstream>
@@ -136,6 +137,28 @@ TEST(ContainerInstance, MovesWithTheContainerThatOwnsIt) {
   BaseContainer other;
   other = std::move(moved);
   EXPECT_EQ(Text(other), "0{1=1 2=0{1=0{1=0{1=9}}}}");
+}
+
+// A picture is computed from copies while the artist goes on.
+TEST(ContainerInstance, AnotherThreadReadsACopyMeanwhile) {
+  BaseContainer top;
+  for (LONG i = 0; i < 2000; ++i) top.SetContainer(i * 7919 % 2003, BaseContainer(i));
+  const auto sumOf = [](BaseContainer container) {
+    LONG sum = 0;
+    for (LONG i = 0; i < container.GetCount(); ++i) {
+      const BaseContainer record = container.GetContainer(container.GetIndexId(i));
+      sum += record.GetId() + record.GetLong(1);
+    }
+    return sum;
+  };
+  for (LONG round = 0; round < 20; ++round) {
+    const LONG expected = sumOf(top);
+    auto sum = std::async(std::launch::async, sumOf, top);
+    for (LONG i = 0; i < 2000; i += 3) top.GetContainerInstance(top.GetIndexId(i))->SetLong(1, round);
+    top.RemoveData(top.GetIndexId(round));
+    top.SetContainer(5000 + round, BaseContainer(round));
+    EXPECT_EQ(sum.get(), expected);
+  }
 }
 
 // A container as plain nested lists, copied deeply.
