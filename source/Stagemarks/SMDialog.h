@@ -200,6 +200,7 @@ class SMDialog : public GeDialog {
   BaseContainer objectsBc_;
   BaseContainer cameraBc_;
   BaseContainer tagsBc_;
+  std::array<BaseContainer, kCaptures> tagRecords_;  // by capture, written over for each tag
 
   LONG frameFrom_ = 0;
   LONG frameTo_ = 0;

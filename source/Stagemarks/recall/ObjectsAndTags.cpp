@@ -16,7 +16,7 @@ void ApplyGeneric(BaseTag& tag, const BaseContainer& record) {
 void ApplyCompositing(BaseTag& tag, const BaseContainer& record) {
   BaseContainer data = tag.GetData();
   for (const CompositingRow& row : kCompositing) data.SetParameter(DescID(row.parameter), record.GetData(row.key));
-  tag.SetData(data);
+  tag.SetData(data, FALSE);
 }
 
 void ApplyTag(BaseDocument& doc, BaseTag& tag, const BaseContainer& record, Capture capture) {

@@ -28,7 +28,8 @@ Bool SMDialog::RecordTags(BaseObject* op) {
   for (BaseTag* tag = op->GetFirstTag(); tag; tag = tag->GetNext()) {
     const TagTypeRow* type = FindTagType(tag->GetType());
     if (!type || !IsOn(type->option)) continue;
-    BaseContainer record = CaptureTag(tag, type->capture);
+    BaseContainer& record = tagRecords_[static_cast<std::size_t>(type->capture)];
+    WriteTagSettings(record, *tag, type->capture);
     record.SetId(tagCount_);
     record.SetLink(kTagLink, tag);
     tagsBc_.SetContainer(tagCount_, record);

@@ -1,8 +1,8 @@
-// The records of single objects and layers, written alike by recording and by the bulk edits; tags are captured by
-// SMDialog. A record's own ID is the key it is stored under. Main thread.
+// The records of single objects, tags and layers, written alike by recording and by the bulk edits. A record's own ID
+// is the key it is stored under. Main thread.
 #pragma once
 
-#include "source/Stagemarks/Host.h"
+#include "source/Stagemarks/keys/TagTypes.h"
 
 namespace stagemarks {
 
@@ -10,6 +10,9 @@ namespace stagemarks {
 void WriteObjectSwitches(BaseContainer& record, const BaseObject& object);
 // The link to the object and its switches.
 BaseContainer ObjectRecord(const BaseObject& object, LONG index);
+
+// What a capture takes of a tag. Writing over a record of the same capture leaves nothing of the other tag but its link.
+void WriteTagSettings(BaseContainer& settings, const BaseTag& tag, Capture capture);
 
 // The nine flags of the layer's own data.
 void WriteLayerFlags(BaseContainer& record, const BaseList2D& layer, const BaseDocument* doc);

@@ -1,52 +1,62 @@
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/keys/CompositingKeys.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
+#include "source/Stagemarks/recording/Records.h"
 
 namespace stagemarks {
 
-BaseContainer SMDialog::CaptureTag(BaseTag* tag, Capture capture) const {
-  switch (capture) {
-    case Capture::Texture:
-      return GetTtextureSettings(tag);
-    case Capture::Compositing:
-      return GetTcompositingSettings(tag);
-    case Capture::Generic:
-      break;
-  }
-  return GetTgenericSettings(tag);
-}
+namespace {
 
-BaseContainer SMDialog::GetTtextureSettings(BaseTag* tag) const {
-  BaseContainer settings;
-  settings.SetLink(kMaterialLink, static_cast<TextureTag*>(tag)->GetMaterial(FALSE));
-  return settings;
-}
-
-BaseContainer SMDialog::GetTgenericSettings(BaseTag* tag) const { return tag->GetData(); }
+void WriteTexture(BaseContainer& settings, const TextureTag& tag) { settings.SetLink(kMaterialLink, tag.GetMaterial(FALSE)); }
 
 // One value serves all reads through the parameter interface: a parameter that the tag lacks repeats the one before.
-BaseContainer SMDialog::GetTcompositingSettings(BaseTag* tag) const {
-  BaseContainer settings;
-  const BaseContainer data = tag->GetData();
+void WriteCompositing(BaseContainer& settings, const BaseTag& tag) {
+  const BaseContainer& data = *tag.GetDataInstance();
   GeData parameter;
   for (const CompositingRow& row : kCompositing) {
     switch (row.reading) {
       case Reading::Bool:
-        settings.SetData(row.key, GeData(LONG{data.GetBool(row.parameter)}));
+        settings.SetBool(row.key, data.GetBool(row.parameter));
         break;
       case Reading::Long:
-        settings.SetData(row.key, GeData(data.GetLong(row.parameter)));
+        settings.SetLong(row.key, data.GetLong(row.parameter));
         break;
       case Reading::Real:
-        settings.SetData(row.key, GeData(data.GetReal(row.parameter)));
+        settings.SetReal(row.key, data.GetReal(row.parameter));
         break;
       case Reading::Parameter:
-        tag->GetParameter(DescID(row.parameter), parameter, 0);
+        tag.GetParameter(DescID(row.parameter), parameter, 0);
         settings.SetParameter(DescID(row.key), parameter);
         break;
     }
   }
+}
+
+BaseContainer Captured(const BaseTag& tag, Capture capture) {
+  BaseContainer settings;
+  WriteTagSettings(settings, tag, capture);
   return settings;
 }
+
+}  // namespace
+
+void WriteTagSettings(BaseContainer& settings, const BaseTag& tag, Capture capture) {
+  switch (capture) {
+    case Capture::Texture:
+      WriteTexture(settings, static_cast<const TextureTag&>(tag));
+      break;
+    case Capture::Compositing:
+      WriteCompositing(settings, tag);
+      break;
+    case Capture::Generic:
+      settings = tag.GetData();
+      break;
+  }
+}
+
+BaseContainer SMDialog::CaptureTag(BaseTag* tag, Capture capture) const { return Captured(*tag, capture); }
+BaseContainer SMDialog::GetTtextureSettings(BaseTag* tag) const { return Captured(*tag, Capture::Texture); }
+BaseContainer SMDialog::GetTgenericSettings(BaseTag* tag) const { return Captured(*tag, Capture::Generic); }
+BaseContainer SMDialog::GetTcompositingSettings(BaseTag* tag) const { return Captured(*tag, Capture::Compositing); }
 
 }  // namespace stagemarks
