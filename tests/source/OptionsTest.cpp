@@ -106,6 +106,13 @@ TEST_F(OptionsTest, SavingDefaultsTakesTheNoteAsTheDialogHasIt) {
   EXPECT_EQ(Defaults().substr(0, 17), "{10061 0, 10019 1");
 }
 
+TEST_F(OptionsTest, FreezingCountsAsSavedAtOnce) {
+  engine::TypeText(Dialog(), kNameField, "A");
+  engine::PressButton(Dialog(), kRecord);
+  engine::ChooseMenu(Dialog(), kSaveDefaults);
+  EXPECT_EQ(Defaults().substr(0, 8), "{10061 1") << "before the host has told of the change";
+}
+
 TEST_F(OptionsTest, MarksStayWithoutADocument) {
   Menu(Id(Option::Layers));
   while (BaseDocument* doc = GetActiveDocument()) KillDocument(doc);

@@ -127,6 +127,17 @@ TEST_F(RecallTest, ExactlyOneEntryIsCurrentAfterALoad) {
   EXPECT_TRUE(Doc().GetChanged());
 }
 
+TEST_F(RecallTest, TheDocumentIsToldOfEachAppliedLayer) {
+  constexpr LONG kLayersChanged = 32;
+  Record("A");
+  Load("A");
+  EXPECT_TRUE(Doc().GetNBit(kLayersChanged));
+  Layer("Other");
+  Record("B");
+  Load("B");
+  EXPECT_TRUE(Doc().GetNBit(kLayersChanged)) << "two layers flip the bit twice";
+}
+
 TEST_F(RecallTest, NothingSelectedLoadsNothing) {
   Record("A");
   ChangeEverything();
