@@ -37,6 +37,11 @@ Status Preferences::Set(host::LONG id, const host::BaseContainer& data, bool mer
   return text.GetStatus();
 }
 
+std::string Preferences::File() const {
+  const std::string folder = outside_.ConfigFolder();
+  return folder.empty() ? "" : folder + "/preferences";
+}
+
 Status Preferences::Read() {
   read_ = true;
   Status status;

@@ -24,7 +24,8 @@ class Preferences {
  private:
   using Containers = std::map<host::LONG, host::BaseContainer>;
 
-  std::string File() const { return outside_.ConfigFolder() + "/preferences"; }
+  // Empty where the user has no configuration folder.
+  std::string File() const;
   // Reads the file anew, with what was set in this session on top. A damaged one is moved to "preferences.damaged", noted
   // in the ledger and counts as empty. Fails when it must not be overwritten: unreadable, or of a later version.
   Status Read();

@@ -57,11 +57,12 @@ class RunningThreads {
     return running_.count(const_cast<ThreadBody*>(&body)) > 0;
   }
 
-  // Waits until it has left; at once when called from inside it.
-  void Wait(ThreadBody& body) {
+  // Waits until it has left; false, at once, when called from inside it.
+  bool Wait(ThreadBody& body) {
     std::unique_lock lock(mutex_);
-    if (body.runsOn == std::this_thread::get_id()) return;
+    if (body.runsOn == std::this_thread::get_id()) return false;
     finished_.wait(lock, [&] { return running_.count(&body) == 0; });
+    return true;
   }
 
   // From inside a thread of ours it asks only: two that wait for each other would never end.
@@ -88,7 +89,7 @@ void Run(ThreadBody& body) {
 }
 
 void Join(ThreadBody& body) {
-  if (body.thread.joinable() && body.thread.get_id() != std::this_thread::get_id()) body.thread.join();
+  if (body.thread.joinable()) body.thread.join();
 }
 
 }  // namespace
@@ -123,8 +124,7 @@ void C4DThread::End(Bool wait) {
 }
 
 void C4DThread::Wait(Bool) {
-  RunningThreads::Get().Wait(*body_);
-  engine::Join(*body_);
+  if (RunningThreads::Get().Wait(*body_)) engine::Join(*body_);
 }
 
 Bool C4DThread::IsRunning() const { return RunningThreads::Get().Holds(*body_); }

@@ -192,7 +192,7 @@ TEST_F(DialogTest, RenamingChangesRecordEntryRenderCopyAndPreview) {
   EXPECT_TRUE(Rename("A", "Finale"));
   EXPECT_EQ(Rows(), "[ ] * B\n[ ] Finale\n");
   EXPECT_EQ(Element(0).GetString(kName), String("Finale"));
-  EXPECT_EQ(SettingsText(), "*  1280\n  B 1280\n  Finale 1280\n");
+  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  B 1280\n  Finale 1280\n");
   EXPECT_TRUE(GeFExist(Filename(String((folder + "/Finale.tif").c_str()))));
   EXPECT_FALSE(GeFExist(Filename(String((folder + "/A.tif").c_str()))));
   EXPECT_TRUE(Rename("B", "C")) << "without a preview";
@@ -225,8 +225,8 @@ TEST_F(DialogTest, DeletingAsksAndEmptiesRecordAndEntryInPlace) {
   EXPECT_TRUE(Delete("A"));
   EXPECT_EQ(Rows(), "[ ] * B\n");
   EXPECT_EQ(StoreText(kRecordStore).substr(0, 6), "0 {}\n1");
-  EXPECT_EQ(StoreText(kListStore).substr(0, 6), "0 {}\n1");
-  EXPECT_EQ(SettingsText(), "*  1280\n  B 1280\n");
+  EXPECT_EQ(StoreText(kListStore).substr(0, 16), "0 {}\n20003 1\n1 #");
+  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  B 1280\n");
   EXPECT_FALSE(GeFExist(Filename(String((Folder() + "/shot_SM/A.tif").c_str()))));
   EXPECT_FALSE(Undo()) << "a deletion is final";
 }
@@ -237,7 +237,7 @@ TEST_F(DialogTest, DeletingAnElementWithACarriedOverCopyFreesTheOtherElementsCop
   Record("B");
   Answer(true);
   Delete("B");
-  EXPECT_EQ(SettingsText(), "*  1280\n");
+  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n");
   EXPECT_EQ(Part(0, kRender), "25000 ->gone\n");
 }
 

@@ -63,9 +63,9 @@ TEST_F(RecallTest, LoadingBringsEveryCategoryBackAndOneUndoTakesItBack) {
   EXPECT_EQ(Switches(cube_) + " / " + Switches(child_), "2 2 1 / 2 2 1");
   EXPECT_EQ(texture_->GetMaterial(), wood_);
   EXPECT_EQ(compositing_->GetDataInstance()->GetLong(1000), 1);
-  EXPECT_EQ(support::ContainerText(*sketch_->GetDataInstance(), &Doc()), "#2{1 11, 40000 ->tag 1011012 of Child}");
+  EXPECT_EQ(support::ContainerText(*sketch_->GetDataInstance(), &Doc()), "{1 11, 40000 ->tag 1011012 of Child}");
   EXPECT_EQ(Doc().GetRenderBaseDraw()->GetSceneCamera(&Doc()), eye_);
-  EXPECT_EQ(SettingsText(), "*  1280\n  A 1280\n");
+  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  A 1280\n");
   LayerData flags;
   flags.color = Vector(1, 0, 0);
   EXPECT_EQ(layer_->GetLayerData(&Doc(), TRUE), flags) << "the colour is no part of the record";
@@ -175,7 +175,7 @@ TEST_F(RecallTest, LinksToDeletedThingsAreSkipped) {
   EXPECT_TRUE(Load("A"));
   EXPECT_EQ(Switches(cube_), "2 2 1");
   EXPECT_EQ(texture_->GetMaterial(), nullptr) << "a material that is gone is taken off";
-  EXPECT_EQ(SettingsText(), "*  4096\n");
+  EXPECT_EQ(SettingsText(), "* Render Settings 4096\n");
   EXPECT_EQ(Doc().GetRenderBaseDraw()->GetSceneCamera(&Doc()), nullptr);
   BaseObject::Free(cube_);
   EXPECT_TRUE(Load("A"));
@@ -263,7 +263,7 @@ TEST_F(RecallTest, WrongContentInTheStoresIsPassedOver) {
   record->GetContainerInstance(kTags)->GetContainerInstance(0)->SetLink(kTagLink, cube_);
   record->SetString(kLayers, "no container");
   EXPECT_TRUE(Load("A"));
-  EXPECT_EQ(SettingsText(), "*  1280\n  A 1280\n");
+  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  A 1280\n");
   EXPECT_EQ(Doc().GetRenderBaseDraw()->GetSceneCamera(&Doc()), nullptr);
   Answer(true);
   EXPECT_TRUE(Delete("A"));

@@ -25,7 +25,7 @@ TEST_F(RecordingTest, RenderSettingsAreCopiedBehindTheFirstOnes) {
   Doc().SetActiveRenderData(second);
   Record("A");
   Record("B");
-  EXPECT_EQ(SettingsText(), "   1280\n  B 4096\n  A 4096\n* Final 4096\n");
+  EXPECT_EQ(SettingsText(), "  Render Settings 1280\n  B 4096\n  A 4096\n* Final 4096\n");
 }
 
 TEST_F(RecordingTest, PostsAndPassesKeepTheirSwitchesAndNoOtherBits) {

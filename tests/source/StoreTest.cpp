@@ -66,7 +66,7 @@ TEST_F(StageTest, OverwritingKeepsTheIdAndReplacesRecordAndEntry) {
             "ask: An element with that name already exists.  Do you want to overwrite it? -> yes\nst");
   EXPECT_EQ(Part(0, kObjects), "0 {30000 ->Cube, 30001 1, 30002 1, 30003 0}\n");
   EXPECT_EQ(Rows(), "[ ] * A\n[ ] B\n") << "the check mark goes with the deleted row";
-  EXPECT_EQ(SettingsText(), "*  1280\n  A 1280\n  B 1280\n") << "the old copy of the render settings is freed";
+  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  A 1280\n  B 1280\n") << "the old copy of the render settings is freed";
 }
 
 TEST_F(StageTest, DecliningToOverwriteChangesNothing) {

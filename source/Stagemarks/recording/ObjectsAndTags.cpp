@@ -17,8 +17,12 @@ Bool SMDialog::RecordObjectAndTagSettings() {
 void SMDialog::LoopThroughOM(BaseDocument*, BaseObject* op) {
   const BaseObject* above = op ? op->GetUp() : nullptr;
   const Bool objects = IsOn(Option::Objects);
+  BaseContainer record;
   for (; op; op = NextInOrder(op, above)) {
-    if (objects) objectsBc_.SetContainer(objectCount_, ObjectRecord(*op, objectCount_));
+    if (objects) {
+      WriteObjectRecord(record, *op, objectCount_);
+      objectsBc_.SetContainer(objectCount_, record);
+    }
     if (op->GetFirstTag()) RecordTags(op);
     ++objectCount_;
   }

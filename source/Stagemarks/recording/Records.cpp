@@ -11,10 +11,15 @@ void WriteObjectSwitches(BaseContainer& record, const BaseObject& object) {
   record.SetLong(kDeformMode, object.GetDeformMode() ? 1 : 0);
 }
 
-BaseContainer ObjectRecord(const BaseObject& object, LONG index) {
-  BaseContainer record(index);
+void WriteObjectRecord(BaseContainer& record, const BaseObject& object, LONG index) {
+  record.SetId(index);
   record.SetLink(kObjectLink, &object);
   WriteObjectSwitches(record, object);
+}
+
+BaseContainer ObjectRecord(const BaseObject& object, LONG index) {
+  BaseContainer record;
+  WriteObjectRecord(record, object, index);
   return record;
 }
 

@@ -8,7 +8,8 @@ namespace stagemarks {
 
 // The object's three switches.
 void WriteObjectSwitches(BaseContainer& record, const BaseObject& object);
-// The link to the object and its switches.
+// The link to the object and its switches. Writing over the record of another object leaves nothing of that one.
+void WriteObjectRecord(BaseContainer& record, const BaseObject& object, LONG index);
 BaseContainer ObjectRecord(const BaseObject& object, LONG index);
 
 // What a capture takes of a tag. Writing over a record of the same capture leaves nothing of the other tag but its link.
