@@ -3,6 +3,7 @@
 
 namespace {
 
+using engine::Result;
 using engine::Status;
 using host::BaseDocument;
 
@@ -11,6 +12,12 @@ struct Saving : tests::Stage {
     BaseDocument* doc = application->NewDocument();
     doc->SetDocumentName(name);
     return doc;
+  }
+
+  bool TakeEvent() {
+    const bool pending = application->HasPendingEvents();
+    application->DeliverEvents();
+    return pending;
   }
 
   static std::string PathOf(const BaseDocument& doc) {
@@ -80,6 +87,27 @@ TEST_F(Saving, ThePluginsSaveTellsNobodyAndKeepsPathAndName) {
   EXPECT_EQ(Heard(), "");
   EXPECT_EQ(PathOf(*doc), "shot");
   EXPECT_TRUE(doc->GetChanged());
+}
+
+TEST_F(Saving, OpeningInsertsAndActivates) {
+  BaseDocument* doc = New("shot");
+  doc->InsertObject(host::BaseObject::Alloc(host::Ocube), nullptr, nullptr);
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, At("a b.c4d")));
+  TakeEvent();
+  Result<BaseDocument*> opened = application->OpenDocument(At("a b.c4d"));
+  ASSERT_TRUE(opened) << opened.Message();
+  EXPECT_TRUE(TakeEvent());
+  EXPECT_EQ(host::GetActiveDocument(), opened.Value());
+  EXPECT_EQ(PathOf(*opened.Value()), At("a b.c4d"));
+  EXPECT_NE(opened.Value()->GetFirstObject(), nullptr);
+  for (const char* name : {"missing.c4d", "broken.c4d", "picture.xyz"}) {
+    if (name[0] != 'm') tests::WriteText(At(name), "no scene");
+    const Result<BaseDocument*> failed = application->OpenDocument(At(name));
+    EXPECT_FALSE(failed) << name;
+    EXPECT_NE(failed.Message().find(name), std::string::npos) << failed.Message();
+  }
+  EXPECT_EQ(application->Documents().size(), 2U);
+  EXPECT_FALSE(TakeEvent());
 }
 
 }  // namespace
