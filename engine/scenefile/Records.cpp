@@ -40,10 +40,12 @@ void RecordBlock::Put(std::string& out, std::span<const std::uint32_t> numbers) 
 
 std::uint32_t RecordWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t height, std::int32_t ownId,
                                       std::span<const Entry> entries) {
+  if (expected_ < places_.size() && IsAt(static_cast<std::uint32_t>(expected_), ownId, entries))
+    return places_[expected_++].container;
   const std::uint64_t hash = XXH3_64bits_withSeed(entries.data(), entries.size_bytes(), Extended(ownId));
-  const auto same = [&](std::uint32_t at) { return blocks_[places_[at].block].HoldsAt(places_[at].row, ownId, entries); };
   const auto next = static_cast<std::uint32_t>(places_.size());
-  const std::uint32_t at = placeIndex_.FindOrAdd(hash, next, same);
+  const std::uint32_t at = placeIndex_.FindOrAdd(hash, next, [&](std::uint32_t place) { return IsAt(place, ownId, entries); });
+  expected_ = at + std::size_t{1};
   if (at != next) return places_[at].container;
   const std::uint32_t block = BlockFor(height, entries);
   places_.push_back({candidate, block, static_cast<std::uint32_t>(blocks_[block].first.size())});

@@ -34,6 +34,9 @@ class RecordWriter {
     std::uint32_t block;
     std::uint32_t row;
   };
+  bool IsAt(std::uint32_t place, std::int32_t ownId, std::span<const Entry> entries) const {
+    return blocks_[places_[place].block].HoldsAt(places_[place].row, ownId, entries);
+  }
   std::uint32_t BlockFor(std::uint32_t height, std::span<const Entry> entries);
 
   std::vector<RecordBlock> blocks_;
@@ -41,6 +44,7 @@ class RecordWriter {
   HashIndex blockIndex_;
   HashIndex placeIndex_;
   std::uint32_t lastBlock_ = 0;
+  std::size_t expected_ = 0;  // behind the place found last: states name the same containers in the same order
 };
 
 }  // namespace engine::scenefile
