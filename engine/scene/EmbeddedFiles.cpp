@@ -50,6 +50,10 @@ const std::string* FindEmbeddedFile(const host::BaseDocument& doc, std::string_v
   return found == files.end() ? nullptr : found->bytes.get();
 }
 
+void SetEmbeddedFiles(host::BaseDocument& doc, EmbeddedFiles files) {
+  BodyOf(doc).embedded = std::make_shared<const EmbeddedFiles>(std::move(files));
+}
+
 std::string AddEmbeddedFile(host::BaseDocument& doc, std::string_view wish, std::string bytes) {
   EmbeddedFiles& files = Own(doc);
   const std::string safe = SafeFileName(wish);

@@ -22,6 +22,8 @@ using EmbeddedFiles = std::vector<EmbeddedFile>;
 const EmbeddedFiles& EmbeddedFilesOf(const host::BaseDocument& doc);
 // Its bytes, or null. Linear in the number of embedded files.
 const std::string* FindEmbeddedFile(const host::BaseDocument& doc, std::string_view name);
+// All at once, in place of those there are: for readers. The names must be safe and unlike.
+void SetEmbeddedFiles(host::BaseDocument& doc, EmbeddedFiles files);
 // Adds a file under a name made from `wish` (SafeFileName, numbered where it is taken) and returns that name.
 std::string AddEmbeddedFile(host::BaseDocument& doc, std::string_view wish, std::string bytes);
 // False when there is no file `name`, or `to` is taken or not safe.

@@ -11,6 +11,11 @@ using host::LONG;
 // About what a container and an entry take in memory.
 constexpr std::uint64_t kContainerBytes = 64;
 constexpr std::uint64_t kEntryBytes = 24;
+// What a change of one entry of a long container may copy at most.
+constexpr std::uint64_t kChangeBytes = 8192;
+// Containers that hold an equal one twice, whose parts do so again, and so on, are short in a file and endless to compare: no
+// container may have more entries than this, counted down to the deepest and as often as they occur.
+constexpr std::uint64_t kMostEntries = std::uint64_t{1} << 33;
 
 }  // namespace
 
@@ -24,6 +29,7 @@ ContainerReader::ContainerReader(std::string_view contents, const std::vector<ho
 std::vector<BaseContainer> ContainerReader::Read() {
   expected_ = in_.Varint();
   containers_.emplace_back();
+  sizes_.push_back(0);
   while (containers_.size() <= expected_) {
     const std::uint8_t kind = in_.Byte();
     if (kind == static_cast<std::uint8_t>(BlockKind::Records))
@@ -52,11 +58,13 @@ void ContainerReader::ReadRecords() {
   in_.Memory().Charge(rows * width, kEntryBytes);
   for (std::size_t row = 0; row < rows; ++row) {
     BaseContainer container(static_cast<LONG>(ownIds[row]));
+    std::uint64_t size = 0;
     for (std::size_t i = 0; i < width; ++i) {
       const auto type = static_cast<LONG>(types[i]);
+      size = SizeWith(size, type, columns[i][row]);
       ContainerAccess::Set(container, static_cast<LONG>(keys[i]), ValueOf(type, columns[i][row]));
     }
-    Keep(std::move(container), width);
+    Keep(std::move(container), width, size);
   }
 }
 
@@ -65,27 +73,38 @@ void ContainerReader::ReadList() {
   BaseContainer container(in_.Long("an own ID"));
   const Column keys = Keys(size);
   Values values = TakeValues(size);
-  for (std::size_t i = 0; i < size; ++i) ContainerAccess::Set(container, static_cast<LONG>(keys[i]), NextOf(values, i));
-  Keep(std::move(container), size);
+  std::uint64_t total = 0;
+  for (std::size_t i = 0; i < size; ++i) ContainerAccess::Set(container, static_cast<LONG>(keys[i]), NextOf(values, i, total));
+  Keep(std::move(container), size, total);
 }
 
 void ContainerReader::ReadPatch() {
-  BaseContainer container = containers_[in_.Below(containers_.size(), "the base of a patch")];
+  const auto base = static_cast<std::size_t>(in_.Below(containers_.size(), "the base of a patch"));
+  BaseContainer container = containers_[base];
   container.SetId(in_.Long("an own ID"));
   const std::size_t changes = in_.Rows(kEntryBytes);
   const std::size_t added = in_.Rows(kEntryBytes);
   const auto size = static_cast<std::size_t>(container.GetCount());
+  ChargePatch(size, changes, added);
   const Column positions = TakeInts(in_, changes);
   CheckBelow(in_, positions, size, "a position in a patch");
   if (std::ranges::adjacent_find(positions, std::greater_equal<>()) != positions.end())
     in_.Refuse("positions of a patch do not rise");
   const Column keys = Keys(added);
   Values values = TakeValues(changes + added);
-  for (std::size_t i = 0; i < changes; ++i)
-    ContainerAccess::Set(container, container.GetIndexId(static_cast<LONG>(positions[i])), NextOf(values, i));
-  for (std::size_t i = 0; i < added; ++i)
-    ContainerAccess::Set(container, static_cast<LONG>(keys[i]), NextOf(values, changes + i));
-  Keep(std::move(container), size + added);
+  std::uint64_t total = sizes_[base];
+  for (std::size_t i = 0; i < changes + added; ++i) {
+    const LONG key = i < changes ? container.GetIndexId(static_cast<LONG>(positions[i])) : static_cast<LONG>(keys[i - changes]);
+    ContainerAccess::Set(container, key, NextOf(values, i, total));
+  }
+  in_.Memory().Charge(total - sizes_[base]);
+  Keep(std::move(container), size + added, total);
+}
+
+// A copy shares what is not changed; its table of parts and the changed parts are its own.
+void ContainerReader::ChargePatch(std::size_t size, std::size_t changes, std::size_t added) {
+  const std::uint64_t whole = size * kEntryBytes;
+  in_.Memory().Charge(size / 4 + std::min(whole, changes * kChangeBytes) + (added > 0 ? size * 4 : 0) + kContainerBytes);
 }
 
 Column ContainerReader::Keys(std::size_t rows) {
@@ -130,11 +149,18 @@ ContainerReader::Values ContainerReader::TakeValues(std::size_t rows) {
   return values;
 }
 
-Value ContainerReader::NextOf(Values& values, std::size_t position) {
+Value ContainerReader::NextOf(Values& values, std::size_t position, std::uint64_t& size) {
   const auto type = static_cast<LONG>(values.types[position]);
   std::size_t at = 0;
   while (values.columns[at].first != type) ++at;
-  return ValueOf(type, values.columns[at].second[values.taken[at]++]);
+  const std::uint64_t word = values.columns[at].second[values.taken[at]++];
+  size = SizeWith(size, type, word);
+  return ValueOf(type, word);
+}
+
+std::uint64_t ContainerReader::SizeWith(std::uint64_t size, LONG type, std::uint64_t word) const {
+  const std::uint64_t inner = type == host::DA_CONTAINER ? sizes_[static_cast<std::size_t>(word)] : 0;
+  return std::min(size + inner + 1, kMostEntries + 1);
 }
 
 Value ContainerReader::ValueOf(LONG type, std::uint64_t word) const {
@@ -154,9 +180,11 @@ Value ContainerReader::ValueOf(LONG type, std::uint64_t word) const {
   }
 }
 
-void ContainerReader::Keep(BaseContainer container, std::size_t entries) {
+void ContainerReader::Keep(BaseContainer container, std::size_t entries, std::uint64_t size) {
   if (static_cast<std::size_t>(container.GetCount()) != entries) in_.Refuse("a container has a key twice");
+  if (size > kMostEntries) in_.Refuse("containers in containers multiply beyond all measure");
   containers_.push_back(std::move(container));
+  sizes_.push_back(size);
 }
 
 }  // namespace engine::scenefile

@@ -34,10 +34,15 @@ class ContainerReader {
   Column Words(host::LONG type, std::size_t rows);
   Column Keys(std::size_t rows);
   Values TakeValues(std::size_t rows);
-  Value NextOf(Values& values, std::size_t position);
+  // The value at a position, to be asked for in order; adds to `size` as SizeWith does.
+  Value NextOf(Values& values, std::size_t position, std::uint64_t& size);
   // What the word stands for; lives in the tables.
   Value ValueOf(host::LONG type, std::uint64_t word) const;
-  void Keep(host::BaseContainer container, std::size_t entries);
+  // The container gets the next number; `size` is what SizeWith answered for its values.
+  void Keep(host::BaseContainer container, std::size_t entries, std::uint64_t size);
+  // `size` and what the value is all in all, containers in it counted as often as they occur.
+  std::uint64_t SizeWith(std::uint64_t size, host::LONG type, std::uint64_t word) const;
+  void ChargePatch(std::size_t size, std::size_t changes, std::size_t added);
 
   Cursor in_;
   const std::vector<host::String>& texts_;
@@ -45,6 +50,7 @@ class ContainerReader {
   std::vector<host::GeData> times_;
   std::uint64_t expected_ = 0;
   std::vector<host::BaseContainer> containers_;
+  std::vector<std::uint64_t> sizes_;  // of the containers: all entries down to the deepest
 };
 
 }  // namespace engine::scenefile

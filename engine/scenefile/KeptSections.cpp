@@ -18,7 +18,7 @@ struct Kept {
 using KeptList = std::vector<Kept>;
 
 bool IsKnown(std::string_view name) {
-  constexpr std::string_view kOthers[] = {"TEXTS", "VECTORS", "VALUES", "MESHES", "DOCUMENT"};
+  constexpr std::string_view kOthers[] = {"TEXTS", "VECTORS", "VALUES", "MESHES", "DOCUMENT", "FILES"};
   return std::ranges::find(kOthers, name) != std::end(kOthers) ||
          std::ranges::find(kElementRules, name, &ElementRule::name) != kElementRules.end();
 }

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "engine/outside/Outside.h"
+#include "engine/scenefile/FilesSection.h"
 #include "engine/scenefile/Guard.h"
 #include "engine/scenefile/KeptSections.h"
 #include "engine/scenefile/SceneBuilder.h"
@@ -43,6 +44,7 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, Budget& budget)
     ReadElements(tables.elements, static_cast<ElementSection>(section), contents(kElementRules[section].name), bounds, budget);
   CheckIdentities(tables.elements, tables.document.id);
   OwnedDocument doc = SceneBuilder(tables).Build();
+  if (FindSection(sections, "FILES")) SetEmbeddedFiles(*doc, ReadFiles(contents("FILES"), values.texts, budget));
   KeepUnknownSections(*doc, sections, budget);
   return doc;
 }

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "engine/scenefile/FilesSection.h"
 #include "engine/scenefile/LayerFlags.h"
 
 namespace engine::scenefile {
@@ -12,11 +13,13 @@ using host::GeListNode;
 
 void SceneWriter::Write(SectionWriter& sections) {
   Collect();
+  const std::string files = FilesContents(EmbeddedFilesOf(doc_), values_.texts);
   values_.Finish(sections);
   sections.Add("MESHES", meshes_.Contents());
   sections.Add("DOCUMENT", DocumentContents());
   for (std::size_t section = 0; section < kElementSections; ++section)
     sections.Add(kElementRules[section].name, tables_[section].Contents(kElementRules[section], values_.containers.Numbers()));
+  if (!EmbeddedFilesOf(doc_).empty()) sections.Add("FILES", files);
 }
 
 void SceneWriter::Collect() {

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "engine/scenefile/Columns.h"
+#include "engine/scenefile/ValueSections.h"
 #include "tests/scenefile/Scenes.h"
 
 namespace tests {
@@ -66,6 +67,23 @@ TEST(Columns, AreWrittenAsDocumented) {
   std::string bytes;
   PutInts(bytes, Column{100, 101, 102, 103, 7, 7});
   EXPECT_EQ(bytes, std::string("\x00\xC8\x01\x81\x02\x01\xBF\x01\x00", 9));
+}
+
+TEST(ContainerCode, IsWrittenAsDocumented) {
+  ValueWriter values;
+  values.texts.Row("another text");
+  BaseContainer inner(7);
+  inner.SetString(20000, "A");
+  inner.SetLong(1, -5);
+  BaseContainer outer;
+  outer.SetContainer(0, inner);
+  outer.SetContainer(1, inner);
+  values.containers.Add(outer);
+  values.containers.Number();
+  EXPECT_EQ(values.containers.Contents(),
+            std::string("\x02\x01\x01\x02\x01\xC0\xB8\x02\xBD\xB8\x02\x01\x84\x02\xE5\x01\x00\x0E\x00\x02\x00\x09"
+                        "\x01\x01\x02\x01\x00\x02\x01\x88\x02\x00\x00\x00\x00\x02\x00\x02",
+                        38));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // What is saved comes back: every kind of element, every field, sharing, order, identities.
 #include <gtest/gtest.h>
 
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/SceneFile.h"
@@ -91,6 +92,14 @@ TEST(SceneFileRoundTrip, StoresASharedMeshOnceAndSharesItAgain) {
   const BaseObject* object = opened->GetFirstObject()->GetDown();
   ASSERT_TRUE(engine::MeshOf(*object));
   EXPECT_EQ(engine::MeshOf(*object), engine::MeshOf(*object->GetDown()));
+}
+
+TEST(SceneFileRoundTrip, KeepsEmbeddedFiles) {
+  const Document opened = Reopened(Bytes(*EverythingScene()));
+  const engine::EmbeddedFiles& files = engine::EmbeddedFilesOf(*opened);
+  ASSERT_EQ(files.size(), 2u);
+  EXPECT_EQ(*engine::FindEmbeddedFile(*opened, "wood.png"), std::string("not\0really a picture", 20));
+  EXPECT_EQ(files[1].name, "empty.png");
 }
 
 TEST(SceneFileRoundTrip, ABrokenMeshIsNotWritten) {

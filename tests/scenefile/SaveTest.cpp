@@ -1,4 +1,4 @@
-// Saving and opening through the door to the disk.
+// Saving and opening through the door to the disk, and files of every released version.
 #include <gtest/gtest.h>
 
 #include "engine/outside/FaultyOutside.h"
@@ -44,6 +44,14 @@ TEST_F(SceneFileOnDisk, AFileThatIsReadByHalfIsRefusedWithItsPath) {
   faulty_.Break(1, engine::Fault::CutShort);
   const auto opened = engine::OpenSceneFile(folder_ / "scene.c4d");
   EXPECT_EQ(opened.Message().rfind("\"" + folder_ / "scene.c4d" + "\": The file is cut off", 0), 0u) << opened.Message();
+}
+
+// Never replace a golden scene: add one for each new version. The text beside it follows the dump.
+TEST_F(SceneFileOnDisk, FilesOfVersion1Open) {
+  const std::string golden = TEST_SOURCE_DIR "/tests/scenefile/golden/version1";
+  const auto opened = engine::OpenSceneFile(golden + ".c4d");
+  ASSERT_TRUE(opened) << opened.Message();
+  EXPECT_EQ(engine::DumpDocument(*Document(opened.Value())), ReadText(golden + ".txt"));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <limits>
 #include <numeric>
 
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scenefile/SceneFile.h"
 #include "host/Parameters.h"
@@ -184,6 +185,8 @@ Document EverythingScene() {
   doc->SetActiveObject(doc->GetFirstObject()->GetDown(), host::SELECTION_ADD);
   doc->SetActiveObject(doc->GetFirstObject(), host::SELECTION_ADD);
   doc->SetActiveTag(doc->GetFirstObject()->GetDown()->GetFirstTag(), host::SELECTION_ADD);
+  engine::AddEmbeddedFile(*doc, "wood.png", std::string("not\0really a picture", 20));
+  engine::AddEmbeddedFile(*doc, "empty.png", "");
   return doc;
 }
 
