@@ -114,11 +114,7 @@ String::String(const String& other) : text_(other.text_) { TextBlock::Retain(tex
 String::String(String&& other) noexcept : text_(std::exchange(other.text_, nullptr)) {}
 String::~String() { TextBlock::Release(text_); }
 
-String& String::operator=(const String& other) {
-  TextBlock::Retain(other.text_);
-  TextBlock::Release(std::exchange(text_, other.text_));
-  return *this;
-}
+String& String::operator=(const String& other) { return *this = String(other); }
 
 String& String::operator=(String&& other) noexcept {
   std::swap(text_, other.text_);
