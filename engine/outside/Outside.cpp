@@ -50,7 +50,7 @@ Status Outside::Change(Operation operation, const std::string& path, Work work) 
 
 template <class Work>
 Status Outside::ChangeTwo(Operation operation, const std::string& from, const std::string& to, Work work) {
-  const Result<std::string> source = PathForWriting(from);
+  const Result<std::string> source = operation == Operation::CopyFile ? PathForReading(from) : PathForWriting(from);
   const Result<std::string> target = PathForWriting(to);
   if (!source) return Enter({operation, from, to, false, ""}, source.GetStatus());
   if (!target) return Enter({operation, from, to, false, ""}, target.GetStatus());

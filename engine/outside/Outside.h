@@ -59,7 +59,8 @@ class Outside {
   // MakeFolder for each missing parent, too. For the program's own folders.
   Status MakeFolders(const std::string& path);
   // Regular files only, atomically as ReplaceFile; a file onto itself (same device and inode) is left alone. Without
-  // `replace` an existing target is refused.
+  // `replace` an existing target is refused. `from` is read only, so
+  // that a ".." component in it is no reason to refuse.
   Status CopyFile(const std::string& from, const std::string& to, bool replace);
   // A plain file or a symbolic link itself.
   Status RemoveFile(const std::string& path);
