@@ -30,13 +30,15 @@ void SMDialog::DeleteAllElements() {
   OfferToDeleteSideFolder();
 }
 
-// The first one goes the whole way, so that a list store from before there was one is built as ever; the others find
-// their IDs in an index, because their names are looked up in a store that changes under way.
+// IDs are found in an index, because names are looked up in a store that changes under way. Where the list store was
+// never built the first deletion goes the whole way, which builds it.
 void SMDialog::DeleteElements(BaseDocument& doc, const BaseContainer& names) {
   if (names.GetCount() == 0) return;
-  DeleteStagemark(names.GetIndexData(0).GetString());
+  listStore_ = doc.GetDataInstance()->GetContainer(kListStore);
+  const Bool built = listStore_.FindIndex(kListBuilt) != NOTOK;
+  if (!built) DeleteStagemark(names.GetIndexData(0).GetString());
   ElementNames index(listStore_);
-  for (LONG i = 1; i < names.GetCount(); ++i) {
+  for (LONG i = built ? 0 : 1; i < names.GetCount(); ++i) {
     const String name = names.GetIndexData(i).GetString();
     const LONG element = index.Find(name);
     EmptyElement(doc, element);

@@ -19,6 +19,7 @@ RecordFinder::RecordFinder(const BaseContainer& records, LONG linkKey, const Bas
 LONG RecordFinder::Position(const BaseList2D* item) const { return places_[PlaceOf(item)].first; }
 
 const BaseList2D* RecordFinder::Target(LONG position) const {
+  if (position == NOTOK) return nullptr;
   return records_.GetContainer(records_.GetIndexId(position)).GetLink(linkKey_, doc_);
 }
 

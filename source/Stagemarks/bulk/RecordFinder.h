@@ -16,7 +16,7 @@ class RecordFinder {
   RecordFinder(const BaseContainer& records, LONG linkKey, const BaseDocument* doc, const std::vector<BaseList2D*>& items);
   // Position of the first record that links to `item`, one of the items; -1 when there is none.
   LONG Position(const BaseList2D* item) const;
-  // What the record at `position` links to now; null outside and for a link that is gone.
+  // What the record at `position` links to now; null for position -1 and for a link that is gone.
   const BaseList2D* Target(LONG position) const;
   // The record at `position`, which linked to `before`, was written: takes note of what it links to now.
   void Written(LONG position, const BaseList2D* before);

@@ -25,8 +25,7 @@ void WriteItems(BaseContainer& records, LONG linkKey, const BaseDocument* doc, c
   for (std::size_t i = 0; i < items.size(); ++i) {
     const LONG known = finder.Position(items[i]);
     const LONG key = known != NOTOK ? records.GetIndexId(known) : records.GetCount();
-    const LONG replaced = known != NOTOK ? known : records.FindIndex(key);
-    const BaseList2D* before = replaced != NOTOK ? finder.Target(replaced) : nullptr;
+    const BaseList2D* before = known != NOTOK ? items[i] : finder.Target(records.FindIndex(key));
     if (known != NOTOK) {
       BaseContainer record = records.GetContainer(key);
       refresh(record, i);
