@@ -142,7 +142,11 @@ constexpr Row kRows[] = {
      [](LONG n) { return Many(n).RebuildPlainly(); }},
 };
 
-double Best(double (*run)(LONG), LONG size) { return std::min({run(size), run(size), run(size)}); }
+double Best(double (*run)(LONG), LONG size) {
+  double best = run(size);
+  for (int i = 0; i < 4; ++i) best = std::min(best, run(size));
+  return best;
+}
 
 void Print(const Row& row) {
   const double once = Best(row.run, row.size);
@@ -150,7 +154,7 @@ void Print(const Row& row) {
   std::printf("%-46s %8d %10.1f ms %8d %10.1f ms  x %4.2f", row.what, row.size, once, 2 * row.size, twice, twice / once);
   if (row.plain) {
     const double fast = Best(row.run, row.plainSize);
-    const double slow = Best(row.plain, row.plainSize);
+    const double slow = row.plain(row.plainSize);
     const double slower = row.plain(2 * row.plainSize);
     std::printf("   step by step %6d: %9.1f ms (x %4.2f when doubled), here %7.1f ms", row.plainSize, slow, slower / slow, fast);
   }

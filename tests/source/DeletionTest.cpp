@@ -80,6 +80,18 @@ TEST_F(DeletionTest, TwoElementsOfOneNameGoWithTwoRows) {
   EXPECT_EQ(Rows(), "[ ] B\n");
 }
 
+// Without a list store no name is found, and the first one means element 0; building the list comes after it.
+TEST_F(DeletionTest, TheFirstDeletionBuildsAListThatWasNeverBuilt) {
+  for (const CHAR* name : {"Z", "A", "M"}) Record(name);
+  Check("A");
+  Check("M");
+  Doc().GetDataInstance()->RemoveData(kListStore);
+  Menu(kDeleteChecked);
+  EXPECT_EQ(Rows(), "[x] A\n");
+  EXPECT_EQ(Element(0).GetCount(), 0);
+  EXPECT_EQ(Element(2).GetCount(), 0);
+}
+
 TEST_F(DeletionTest, DeletingAllLeavesNoStoreAndAsksAboutTheFolderOnly) {
   RecordThree();
   tests::WriteText(Folder() + "/shot_SM/Other.tif", "");
