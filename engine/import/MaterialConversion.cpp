@@ -139,7 +139,8 @@ void MaterialConversion::SetAlpha(const aiMaterial& from, host::BaseMaterial& to
   data.SetReal(host::MATERIAL_ALPHA, alpha);
   data.SetLong(host::MATERIAL_ALPHA_MODE, number);
   if (number == 1) data.SetReal(host::MATERIAL_ALPHA_CUTOFF, Number(from, AI_MATKEY_GLTF_ALPHACUTOFF).value_or(0.5));
-  int twoSided = 0;
+  // Only glTF says of each surface whether it has a back; elsewhere leaves and cloth are single sheets, too.
+  int twoSided = !IsGltf();
   from.Get(AI_MATKEY_TWOSIDED, twoSided);
   data.SetBool(host::MATERIAL_DOUBLE_SIDED, twoSided != 0);
 }

@@ -77,6 +77,7 @@ class Cleaning {
   }
 
   void CopyNormals() {
+    geometry_.hasFront = true;
     geometry_.normals.resize(sources_.size());
     for (std::size_t i = 0; i < sources_.size(); ++i) {
       for (std::size_t c = 0; c < 3; ++c) {

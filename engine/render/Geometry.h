@@ -22,6 +22,7 @@ struct Geometry {
   std::vector<Corners> triangles;
   std::vector<std::array<Vec, 3>> normals;               // unit, one per corner
   std::vector<std::array<std::array<float, 2>, 3>> uvs;  // empty, or one per corner
+  bool hasFront = false;                                 // the mesh came with normals, so its faces have a front and a back
   Box bounds;
   std::size_t dropped = 0;  // triangles left out because they have no area, no points or no finite ones
   RTCScene scene = nullptr;

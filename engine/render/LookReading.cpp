@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Nodes.h"
 #include "host/Application.h"
 #include "host/Parameters.h"
@@ -78,6 +79,7 @@ SurfaceLook LookReading::Read(const host::BaseContainer& data) {
   look.specular = Share(data, host::MATERIAL_SPECULAR, 0.5);
   look.roughness = Share(data, host::MATERIAL_ROUGHNESS, 0.5);
   look.metallic = Share(data, host::MATERIAL_METALLIC, 0);
+  look.isDoubleSided = data.GetBool(host::MATERIAL_DOUBLE_SIDED, host::TRUE);
   look.colorTexture = ReadShader(data, host::MATERIAL_COLOR_SHADER, &look.color);
   look.luminanceTexture = ReadShader(data, host::MATERIAL_LUMINANCE_SHADER, &look.luminance);
   look.normalTexture = ReadShader(data, host::MATERIAL_NORMAL_SHADER, nullptr);
@@ -97,13 +99,17 @@ std::shared_ptr<const Texture> LookReading::ReadShader(const host::BaseContainer
 
 std::shared_ptr<const Texture> LookReading::FindTexture(const std::string& name) {
   if (name.empty()) return nullptr;
-  std::string problem = "The texture \"" + name + "\" was not found.";
+  std::string problem = "it was not found.";
+  for (const EmbeddedFile& file : EmbeddedFilesOf(doc_)) {
+    if (file.name != name) continue;
+    if (std::shared_ptr<const Texture> texture = caches_.TextureIn(file.bytes, &problem)) return texture;
+  }
   for (const std::string& path : TexturePlaces(name, doc_.GetDocumentPath().GetString().ToUtf8())) {
     if (Outside::Current().Kind(path) != FileKind::File) continue;
     if (std::shared_ptr<const Texture> texture = caches_.TextureAt(path, &problem)) return texture;
     break;
   }
-  if (noted_.insert(name).second) picture_.notes.push_back(problem);
+  if (noted_.insert(name).second) picture_.notes.push_back("The texture \"" + name + "\" is not shown: " + problem);
   return nullptr;
 }
 

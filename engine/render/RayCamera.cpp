@@ -1,5 +1,7 @@
 #include "engine/render/RayCamera.h"
 
+#include <array>
+
 #include "engine/render/Frames.h"
 
 namespace engine {
@@ -9,6 +11,7 @@ namespace {
 constexpr double kSmallestAngle = 0.001;
 constexpr double kLargestAngle = 3.1;
 constexpr double kFramingAngle = 0.65;
+constexpr double kMargin = 1.1;
 constexpr double kBackdropAngle = 0.9;
 
 // An angle that is no number counts as the smallest one.
@@ -56,6 +59,42 @@ Vec RayCamera::BackdropDirection(float x, float y) const {
   return Normalized(forward_ + Toward(x, y, half, half * height_ / width_));
 }
 
+namespace {
+
+// Where the camera stands: sideways and up from the centre of what it shows, and how far back.
+struct Middle {
+  double x = 0;
+  double y = 0;
+  double distance = 1e-3;
+};
+
+// Goes back until all corners lie inside, then puts what is seen into the middle of the picture.
+Middle Improved(const Middle& from, const Box& box, const host::Matrix& frame, double halfX, double halfY) {
+  double left = 1e30, right = -1e30, low = 1e30, high = -1e30;
+  Middle to{0, 0, 1e-3};
+  std::array<host::Vector, 8> corners;
+  for (int i = 0; i < 8; ++i) {
+    const Vec corner = box.Corner(i) - box.Centre();
+    const host::Vector p{corner.x, corner.y, corner.z};
+    corners[static_cast<std::size_t>(i)] = {DotOf(p, frame.v1) - from.x, DotOf(p, frame.v2) - from.y, DotOf(p, frame.v3)};
+  }
+  for (const host::Vector& c : corners) {
+    to.distance = std::max(to.distance, std::max(std::abs(c.x) / halfX, std::abs(c.y) / halfY) - c.z);
+  }
+  for (const host::Vector& c : corners) {
+    const double depth = std::max(c.z + to.distance, 1e-6);
+    left = std::min(left, c.x / depth);
+    right = std::max(right, c.x / depth);
+    low = std::min(low, c.y / depth);
+    high = std::max(high, c.y / depth);
+  }
+  to.x = from.x + (left + right) / 2 * to.distance;
+  to.y = from.y + (low + high) / 2 * to.distance;
+  return to;
+}
+
+}  // namespace
+
 PictureCamera FramingCamera(const Box& bounds, double aspect) {
   Box box = bounds;
   if (box.IsEmpty()) {
@@ -67,18 +106,12 @@ PictureCamera FramingCamera(const Box& bounds, double aspect) {
   camera.frame.v3 = UnitOf({-0.62, -0.48, 0.82});
   camera.frame.v1 = UnitOf(CrossOf({0, 1, 0}, camera.frame.v3));
   camera.frame.v2 = CrossOf(camera.frame.v3, camera.frame.v1);
-  const double halfX = HalfTangent(kFramingAngle);
-  const double halfY = halfX / aspect;
+  const double halfX = HalfTangent(kFramingAngle) / kMargin;
   const Vec centre = box.Centre();
-  double distance = 1e-3;
-  for (int i = 0; i < 8; ++i) {
-    const Vec corner = box.Corner(i) - centre;
-    const host::Vector p{corner.x, corner.y, corner.z};
-    const double across = std::max(std::abs(DotOf(p, camera.frame.v1)) / halfX, std::abs(DotOf(p, camera.frame.v2)) / halfY);
-    distance = std::max(distance, across - DotOf(p, camera.frame.v3));
-  }
-  constexpr double kMargin = 1.06;
-  camera.frame.off = Sum({centre.x, centre.y, centre.z}, Scaled(camera.frame.v3, -distance * kMargin));
+  // What sticks out on one side more than on the other moves the middle, which changes the distance: it settles quickly.
+  Middle middle;
+  for (int round = 0; round < 8; ++round) middle = Improved(middle, box, camera.frame, halfX, halfX / aspect);
+  camera.frame.off = Sum(TurnedBy(camera.frame, {middle.x, middle.y, -middle.distance}), {centre.x, centre.y, centre.z});
   return camera;
 }
 

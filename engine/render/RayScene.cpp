@@ -89,6 +89,7 @@ void RayScene::Add(const Instance& instance, RTCDevice device) {
   const host::Vector y = CrossOf(m.v3, m.v1);
   const host::Vector z = CrossOf(m.v1, m.v2);
   const double scale = 1 / std::sqrt(std::max({DotOf(x, x), DotOf(y, y), DotOf(z, z)}));
+  handedness_.push_back(Determinant(m) < 0 ? -1.0F : 1.0F);
   normals_.push_back({ToVec(Scaled(x, scale)), ToVec(Scaled(y, scale)), ToVec(Scaled(z, scale))});
 }
 
@@ -99,9 +100,14 @@ bool RayScene::Find(const Ray& ray, unsigned mask, const RayCamera& camera, Find
   return true;
 }
 
-const Instance* RayScene::FindInstance(const Ray& ray, unsigned mask) const {
-  const RTCRayHit hit = Shoot(scene_, ray, mask);
-  return hit.hit.geomID == RTC_INVALID_GEOMETRY_ID ? nullptr : &picture_.instances[hit.hit.instID[0]];
+bool RayScene::FindVisible(const Ray& ray, const RayCamera& camera, Finding* finding) const {
+  Ray rest = ray;
+  for (int layer = 0; layer < kMostLayers; ++layer) {
+    if (!Find(rest, kSeenByCamera, camera, finding)) return false;
+    if (!finding->isBack && finding->alpha > 0) return true;
+    rest.near = finding->distance + Gap(*finding);
+  }
+  return false;
 }
 
 bool RayScene::IsBlocked(const Ray& ray) const {
@@ -140,6 +146,8 @@ void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& c
   const Vec inside = n[0] * triangle.weights[0] + n[1] * triangle.weights[1] + n[2] * triangle.weights[2];
   const Normals& turn = normals_[index];
   finding->normal = Normalized(turn.x * inside.x + turn.y * inside.y + turn.z * inside.z);
+  const bool hasBack = !finding->look->isDoubleSided && geometry.hasFront;
+  finding->isBack = hasBack && Dot(finding->normal, ray.direction) * handedness_[index] > 0;
   if (Dot(finding->faceNormal, ray.direction) > 0) finding->faceNormal = -finding->faceNormal;
   if (Dot(finding->normal, finding->faceNormal) < 0) finding->normal = -finding->normal;
   const float slant = std::max(0.15F, std::abs(Dot(finding->faceNormal, ray.direction)));

@@ -13,6 +13,9 @@ inline constexpr unsigned kSeenByCamera = 1;
 inline constexpr unsigned kOpaqueCaster = 2;
 inline constexpr unsigned kSeeThroughCaster = 4;
 
+// Surfaces that are seen through one after the other.
+inline constexpr int kMostLayers = 24;
+
 // The surface that a ray found.
 struct Finding {
   const Instance* instance = nullptr;
@@ -23,7 +26,8 @@ struct Finding {
   Vec normal;      // unit, smooth, with the normal map applied
   Vec color;
   Vec luminance;
-  float alpha = 1;  // what the surface covers, 0..1
+  float alpha = 1;      // what the surface covers, 0..1
+  bool isBack = false;  // the back of a surface that has only a front
 };
 
 class RayScene {
@@ -35,8 +39,8 @@ class RayScene {
 
   // The nearest surface; `pixelSize` is the side of the seen area per distance and at no distance, for the detail of textures.
   bool Find(const Ray& ray, unsigned mask, const RayCamera& camera, Finding* finding) const;
-  // Which instance lies nearest, or null.
-  const Instance* FindInstance(const Ray& ray, unsigned mask) const;
+  // The same as an eye sees it: through backs of surfaces that have only a front, and through what is wholly transparent.
+  bool FindVisible(const Ray& ray, const RayCamera& camera, Finding* finding) const;
   // Whether something wholly opaque lies within the ray.
   bool IsBlocked(const Ray& ray) const;
   bool HasSeeThroughCasters() const { return hasSeeThroughCasters_; }
@@ -55,7 +59,8 @@ class RayScene {
   void Colour(const Triangle& triangle, float detail, Finding* finding) const;
 
   const ScenePicture& picture_;
-  std::vector<Normals> normals_;  // one per instance
+  std::vector<Normals> normals_;   // one per instance
+  std::vector<float> handedness_;  // -1 where the frame of an instance mirrors
   RTCScene scene_;
   bool hasSeeThroughCasters_ = false;
   float size_ = 1;

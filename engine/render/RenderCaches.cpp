@@ -62,42 +62,56 @@ std::shared_ptr<const Mesh> RenderCaches::PrimitiveOf(host::LONG type, const hos
   return mesh;
 }
 
-RenderCaches::CachedTexture RenderCaches::Load(const std::string& path) {
-  CachedTexture loaded;
+RenderCaches::CachedTexture RenderCaches::Decode(std::string_view bytes) {
+  CachedTexture decoded;
   ++work_.textures;
-  const Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestImageBytes);
-  if (!bytes) {
-    loaded.problem = bytes.Message();
-    return loaded;
-  }
-  Result<Image> image = DecodeImage(bytes.Value());
+  Result<Image> image = DecodeImage(bytes);
   if (image) {
-    loaded.texture = std::make_shared<const Texture>(image.Take());
+    decoded.texture = std::make_shared<const Texture>(image.Take());
   } else {
-    loaded.problem = "\"" + path + "\": " + image.Message();
+    decoded.problem = image.Message();
   }
+  return decoded;
+}
+
+RenderCaches::CachedTexture RenderCaches::Load(const std::string& path) {
+  const Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestImageBytes);
+  CachedTexture loaded;
+  if (bytes) loaded = Decode(bytes.Value());
+  if (!bytes) loaded.problem = bytes.Message();
   return loaded;
 }
 
-std::shared_ptr<const Texture> RenderCaches::TextureAt(const std::string& path, std::string* problem) {
-  const FileStamp stamp = Outside::Current().Stamp(path);
-  const auto it = textures_.find(path);
-  const bool fresh = it != textures_.end() && it->second.stamp == stamp;
-  CachedTexture& cached = fresh ? it->second : (textures_[path] = Load(path));
-  cached.stamp = stamp;
+std::shared_ptr<const Texture> RenderCaches::Use(CachedTexture& cached, std::string* problem) {
   cached.usedAt = ++clock_;
   *problem = cached.problem;
   return cached.texture;
 }
 
+std::shared_ptr<const Texture> RenderCaches::TextureAt(const std::string& path, std::string* problem) {
+  const FileStamp stamp = Outside::Current().Stamp(path);
+  const auto [it, isNew] = textures_.try_emplace({path, nullptr});
+  if (isNew || !(it->second.stamp == stamp)) it->second = Load(path);
+  it->second.stamp = stamp;
+  return Use(it->second, problem);
+}
+
+std::shared_ptr<const Texture> RenderCaches::TextureIn(const std::shared_ptr<const std::string>& bytes, std::string* problem) {
+  const auto [it, isNew] = textures_.try_emplace({std::string(), bytes.get()});
+  // New bytes may lie at the address of others that are gone.
+  if (isNew || it->second.source.lock() != bytes) it->second = Decode(*bytes);
+  it->second.source = bytes;
+  return Use(it->second, problem);
+}
+
 void RenderCaches::Tidy() {
   std::erase_if(geometries_, [](const auto& entry) { return entry.second.mesh.expired(); });
-  std::map<std::uint64_t, std::string> byUse;
+  std::map<std::uint64_t, TextureKey> byUse;
   std::size_t bytes = 0;
-  for (const auto& [path, cached] : textures_) {
+  for (const auto& [key, cached] : textures_) {
     if (!cached.texture) continue;
     bytes += cached.texture->Bytes();
-    if (cached.texture.use_count() == 1) byUse[cached.usedAt] = path;
+    if (cached.texture.use_count() == 1) byUse[cached.usedAt] = key;
   }
   for (auto it = byUse.begin(); it != byUse.end() && bytes > kMostTextureBytes; ++it) {
     bytes -= textures_[it->second].texture->Bytes();

@@ -38,6 +38,8 @@ class RenderCaches {
   // The texture in a file, read again when size or date of the file have changed. Null, with the reason in `*problem`, when it
   // cannot be read; that is remembered, too.
   std::shared_ptr<const Texture> TextureAt(const std::string& path, std::string* problem);
+  // The same for a file held in memory, told by the bytes' identity.
+  std::shared_ptr<const Texture> TextureIn(const std::shared_ptr<const std::string>& bytes, std::string* problem);
 
   // Forgets meshes that are gone and the textures used longest ago beyond the bound. Called after each picture was prepared.
   void Tidy();
@@ -55,19 +57,25 @@ class RenderCaches {
     std::shared_ptr<const Geometry> geometry;
   };
   struct CachedTexture {
-    FileStamp stamp;
+    FileStamp stamp;                          // of a file
+    std::weak_ptr<const std::string> source;  // of bytes in memory
     std::shared_ptr<const Texture> texture;
     std::string problem;
     std::uint64_t usedAt = 0;
   };
   using PrimitiveKey = std::vector<double>;  // type and sizes
 
+  // By path, or by the address of bytes in memory.
+  using TextureKey = std::pair<std::string, const std::string*>;
+
   CachedTexture Load(const std::string& path);
+  CachedTexture Decode(std::string_view bytes);
+  std::shared_ptr<const Texture> Use(CachedTexture& cached, std::string* problem);
 
   RTCDevice device_;
   std::unordered_map<const Mesh*, CachedGeometry> geometries_;
   std::map<PrimitiveKey, std::shared_ptr<const Mesh>> primitives_;
-  std::unordered_map<std::string, CachedTexture> textures_;
+  std::map<TextureKey, CachedTexture> textures_;
   std::uint64_t clock_ = 0;
   Work work_;
 };

@@ -157,8 +157,8 @@ Image PictureInProgress::Current() const {
 
 NodeId PictureInProgress::ObjectAt(std::uint32_t x, std::uint32_t y) const {
   const Ray ray = camera_.Through(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F);
-  const Instance* instance = rays_.FindInstance(ray, kSeenByCamera);
-  return instance ? instance->object : 0;
+  Finding finding;
+  return rays_.FindVisible(ray, camera_, &finding) ? finding.instance->object : 0;
 }
 
 }  // namespace engine

@@ -25,6 +25,7 @@ struct SurfaceLook {
   float specular = 0.5F;
   float roughness = 0.5F;
   float metallic = 0;
+  bool isDoubleSided = true;
   std::shared_ptr<const Texture> colorTexture;
   std::shared_ptr<const Texture> luminanceTexture;
   std::shared_ptr<const Texture> normalTexture;

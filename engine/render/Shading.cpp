@@ -5,7 +5,6 @@ namespace engine {
 namespace {
 
 constexpr float kPi = 3.14159265358979F;
-constexpr int kMostLayers = 24;  // surfaces seen through one another
 constexpr int kDeepestReflection = 1;
 constexpr std::uint32_t kOpenTries = 4;  // directions tried per sample for what lies around a point
 constexpr float kOpenReach = 0.06F;      // how far, as a share of the scene
@@ -95,7 +94,7 @@ Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCa
   }
   const bool dark = lights_.empty() && !(Largest(ambient) > 0);
   if (dark) lights_.push_back(ShoulderLight(camera));
-  const float fill = dark ? 1.0F : 0.55F;
+  const float fill = dark ? 1.0F : 0.7F;
   skyAmbient_ = Vec{0.30F, 0.335F, 0.385F} * fill + ambient;
   groundAmbient_ = Vec{0.150F, 0.140F, 0.128F} * fill + ambient;
 }
@@ -111,8 +110,8 @@ Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth) co
   float open = 1;
   for (int layer = 0; layer < kMostLayers; ++layer) {
     Finding finding;
-    if (!scene_.Find(ray, kSeenByCamera, camera_, &finding)) break;
-    if (finding.alpha > 0) light += LightFrom(finding, ray, tries, depth) * (open * finding.alpha);
+    if (!scene_.FindVisible(ray, camera_, &finding)) break;
+    light += LightFrom(finding, ray, tries, depth) * (open * finding.alpha);
     open *= 1 - finding.alpha;
     if (open < 0.004F) return light;
     ray.near = finding.distance + scene_.Gap(finding);

@@ -6,6 +6,7 @@
 
 #include "engine/outside/ScriptedOutside.h"
 #include "engine/render/Renderer.h"
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Nodes.h"
 #include "host/Host.h"
 #include "tests/support/SceneBuilder.h"
@@ -300,6 +301,46 @@ TEST(Render, HostileMeshesCostANote) {
   }
 }
 
+TEST(Render, ASurfaceWithOnlyAFrontCannotBeSeenFromBehind) {
+  SceneBuilder scene;
+  scene.Material("Sheet", Vector(1, 0, 0)).Object("Mesh", host::Opolygon).Texture("Mesh", "Sheet");
+  scene.Camera("Camera").At("Camera", 0, 0, -500).LookThrough("Camera");
+  const auto empty = Render(SceneBuilder().Camera("C").At("C", 0, 0, -500).LookThrough("C").Doc());
+  const auto shown = [&](bool doubleSided, float normal, double mirror) {
+    auto mesh = Quad();
+    if (normal != 0) mesh->normals.assign(4, {0, 0, normal});
+    engine::SetMesh(*scene.GetObject("Mesh"), mesh);
+    host::Matrix frame;
+    frame.v1 = Vector(mirror, 0, 0);
+    scene.GetObject("Mesh")->SetMl(frame);
+    scene.GetMaterial("Sheet")->GetDataInstance()->SetBool(host::MATERIAL_DOUBLE_SIDED, doubleSided);
+    return CountDifferent(Render(scene.Doc()), empty) > 200;
+  };
+  EXPECT_TRUE(shown(true, 1, 1));
+  EXPECT_TRUE(shown(false, -1, 1));
+  EXPECT_FALSE(shown(false, 1, 1));
+  EXPECT_FALSE(shown(false, 1, -1)) << "mirroring turns no surface round";
+  EXPECT_TRUE(shown(false, 0, 1)) << "without normals there is no front";
+}
+
+TEST(Render, FramesWhatThereIs) {
+  SceneBuilder scene;
+  scene.Cube("A").At("A", -5000, 300, 40).Cube("B").At("B", 900, 0, -2000);
+  engine::RenderCaches caches;
+  auto picture = PictureInProgress::Begin(scene.Doc(), kSmall, caches).Take();
+  const engine::RayCamera eye(picture->Camera(), 64, 48);
+  // Every corner of all that there is lies inside the picture, and not lost in its middle.
+  float widest = 0;
+  for (int i = 0; i < 8; ++i) {
+    const engine::Vec toCorner = engine::Normalized(picture->Bounds().Corner(i) - engine::ToVec(picture->Camera().frame.off));
+    const float depth = engine::Dot(toCorner, eye.Forward());
+    const float across = std::abs(engine::Dot(toCorner, eye.Right())) / depth;
+    widest = std::max(widest, across / std::tan(static_cast<float>(picture->Camera().fov) / 2));
+    EXPECT_LE(across, std::tan(static_cast<float>(picture->Camera().fov) / 2)) << i;
+  }
+  EXPECT_GT(widest, 0.8F);
+}
+
 TEST(Render, HostileFramesAndParametersDoNoHarm) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   Stage stage;
@@ -399,7 +440,7 @@ class Textures : public testing::Test {
 
 TEST_F(Textures, AreFoundWhereArtistsPutThem) {
   EXPECT_EQ(Colours(), "ww");
-  EXPECT_EQ(notes_, std::vector<std::string>{"The texture \"left_green.png\" was not found."});
+  EXPECT_EQ(notes_, std::vector<std::string>{"The texture \"left_green.png\" is not shown: it was not found."});
   Put("tex/left_green.png");
   EXPECT_EQ(Colours(), "gb");
   EXPECT_TRUE(notes_.empty());
@@ -407,6 +448,14 @@ TEST_F(Textures, AreFoundWhereArtistsPutThem) {
     shader_->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, name);
     EXPECT_EQ(Colours(), "gb") << name;
   }
+}
+
+TEST_F(Textures, MayComeInsideTheDocument) {
+  engine::AddEmbeddedFile(scene_.Doc(), "left_green.png", Picture());
+  engine::RenderCaches caches;
+  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(caches.WorkDone().textures, 1U);
 }
 
 TEST_F(Textures, FollowOffsetAndTiles) {
