@@ -35,7 +35,7 @@ struct Entry {
 static_assert(sizeof(Entry) == 16);
 
 inline constexpr std::uint32_t kFirstEntries = 4;   // room of a new body
-inline constexpr std::uint32_t kShortEntries = 32;  // most entries of the short form
+inline constexpr std::uint32_t kShortEntries = 64;  // most entries of the short form; the largest records have 51
 
 struct ContainerBody {
   SharedCount owners;

@@ -182,6 +182,8 @@ class SMDialog : public GeDialog {
   void WriteStores(BaseDocument& doc) const;
   // Sets the current flag on one element and clears it on the others, in place.
   void MarkCurrent(BaseDocument& doc, LONG element);
+  // The record of the element with the current flag, from the copies; empty where there is none.
+  BaseContainer CurrentRecord() const;
 
   Real version_ = kVersion;
   SimpleListView list_;

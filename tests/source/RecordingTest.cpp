@@ -1,6 +1,7 @@
 // What a recording takes from the scene.
 #include "tests/source/StageTest.h"
 
+#include "engine/core/ContainerAccess.h"
 #include "host/Parameters.h"
 #include "source/Stagemarks/keys/CompositingKeys.h"
 #include "source/Stagemarks/keys/TagTypes.h"
@@ -97,6 +98,36 @@ TEST_F(RecordingTest, LoadingEmptiesTheWorkContainersAndClosingTheWindowDoesNot)
   Record("C");
   EXPECT_EQ(Element(1).GetContainer(kObjects).GetCount(), 2);
   EXPECT_EQ(Element(2).GetContainer(kObjects).GetCount(), 1);
+}
+
+TEST_F(RecordingTest, WhatIsRecordedAgainUnchangedIsSharedAlsoAfterALoad) {
+  for (int i = 0; i < 5; ++i) Texture(Object("o"), nullptr);
+  const auto parts = [this](LONG element) {
+    return std::make_pair(engine::BodyOf(Element(element).GetContainer(kObjects)),
+                          engine::BodyOf(Element(element).GetContainer(kTags)));
+  };
+  Record("A");
+  Record("B");
+  EXPECT_EQ(parts(1), parts(0));
+  Load("A");
+  Record("C");
+  EXPECT_EQ(parts(2), parts(0));
+}
+
+TEST_F(RecordingTest, AfterALoadNothingOfTheLoadedElementIsLeftInTheNextOne) {
+  std::vector<BaseObject*> objects;
+  for (int i = 0; i < 5; ++i) objects.push_back(Object("o"));
+  for (BaseObject* object : objects) Texture(object, nullptr);
+  Record("A");
+  Load("A");
+  for (int i = 2; i < 5; ++i) BaseObject::Free(objects[static_cast<std::size_t>(i)]);
+  Record("B");
+  EXPECT_EQ(Element(1).GetContainer(kObjects).GetCount(), 2);
+  EXPECT_EQ(Element(1).GetContainer(kTags).GetCount(), 2);
+  Load("B");
+  OnlyOptions({});
+  Record("C");
+  EXPECT_EQ(Part(2, kObjects) + Part(2, kTags), "");
 }
 
 TEST_F(RecordingTest, ObjectsAndLayersAreNumberedInPreOrder) {

@@ -31,4 +31,13 @@ void SMDialog::MarkCurrent(BaseDocument& doc, LONG element) {
   }
 }
 
+BaseContainer SMDialog::CurrentRecord() const {
+  const LONG count = listStore_.GetCount();
+  for (LONG i = 0; i < count; ++i) {
+    const LONG id = listStore_.GetIndexId(i);
+    if (listStore_.GetContainer(id).GetBool(kCurrent)) return recordStore_.GetContainer(id);
+  }
+  return BaseContainer();
+}
+
 }  // namespace stagemarks

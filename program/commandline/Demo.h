@@ -1,0 +1,47 @@
+// Demo: the product's main job on a real scene, step by step, each step checked: three states are made and recorded,
+// recalled and compared, one recall is undone, the scene is saved, opened and recalled again. Prints as it goes. Main thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+class Demo {
+ public:
+  // Works on `scene` and writes below `folder`, which is made.
+  Demo(Session& session, std::string scene, std::string folder);
+  // kDone when every step did what it should; a step that did not says what differed.
+  int Run();
+
+ private:
+  // One recorded state: its name, what a person sees, and its facts right after recording.
+  struct State {
+    std::string name;
+    std::string facts;
+  };
+
+  bool Import();
+  bool RecordStates();
+  bool RecallStates();
+  bool UndoRecall();
+  bool SaveAndReopen();
+  void ShowResult();
+
+  void MakeEverything();
+  void MakeEmptier();
+  void MakeClay();
+  bool Record(const std::string& name, const std::string& what);
+  bool Recall(const State& state);
+  bool Step(const std::string& text, bool worked, const std::vector<std::string>& why = {});
+
+  Session& session_;
+  std::string scene_;
+  std::string folder_;
+  std::string saved_;
+  std::vector<State> states_;
+};
+
+}  // namespace commandline

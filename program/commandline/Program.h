@@ -1,0 +1,51 @@
+// Program: one call of the command line: what every verb was given, the terminal, and the verb that was chosen. Each verb
+// registers itself with AddVerb functions and leaves a function that does the work and answers the exit status. Main thread.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "program/commandline/Terminal.h"
+
+namespace CLI {
+class App;
+}
+
+namespace commandline {
+
+// Exit statuses, as the manual lists them.
+inline constexpr int kDone = 0;
+inline constexpr int kFailed = 1;  // it did not work
+inline constexpr int kUsage = 2;   // wrong usage or an unknown name
+
+struct Program {
+  Terminal terminal;
+  std::function<int()> verb;
+
+  // Options that many verbs share.
+  std::string scene;
+  std::string output;
+  bool write = false;
+  bool json = false;
+  bool yes = false;
+  bool quiet = false;
+  bool verbose = false;
+};
+
+// Adds the positional SCENE; and the options of a verb that changes the scene (-o, --write).
+void AddScene(CLI::App& verb, Program& program);
+void AddKeeping(CLI::App& verb, Program& program);
+
+// One function per verb, in the order of the help.
+void AddNew(CLI::App& app, Program& program);
+void AddImport(CLI::App& app, Program& program);
+void AddInfo(CLI::App& app, Program& program);
+void AddList(CLI::App& app, Program& program);
+void AddRecord(CLI::App& app, Program& program);
+void AddLoad(CLI::App& app, Program& program);
+void AddSet(CLI::App& app, Program& program);
+void AddOptions(CLI::App& app, Program& program);
+void AddDemo(CLI::App& app, Program& program);
+
+}  // namespace commandline

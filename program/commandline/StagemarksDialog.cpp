@@ -1,0 +1,182 @@
+#include "program/commandline/StagemarksDialog.h"
+
+#include <algorithm>
+#include <functional>
+#include <numeric>
+
+namespace commandline {
+
+using engine::Gadget;
+using engine::GadgetKind;
+using engine::MenuEntry;
+using host::LONG;
+
+namespace {
+
+// The columns in display order: marker, check box, name, date.
+constexpr std::size_t kMarker = 0;
+constexpr std::size_t kChecked = 1;
+constexpr std::size_t kName = 2;
+constexpr std::size_t kDate = 3;
+constexpr std::size_t kColumns = 4;
+
+void Collect(const Gadget& gadget, GadgetKind kind, std::vector<const Gadget*>& found) {
+  if (gadget.kind == kind) found.push_back(&gadget);
+  for (const auto& child : gadget.children) Collect(*child, kind, found);
+}
+
+std::vector<const Gadget*> AllOf(const host::GeDialog& dialog, GadgetKind kind) {
+  std::vector<const Gadget*> found;
+  Collect(engine::DialogRoot(dialog), kind, found);
+  return found;
+}
+
+std::string Trimmed(const std::string& text) {
+  const auto first = text.find_first_not_of(' ');
+  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+const Gadget* Labelled(const host::GeDialog& dialog, GadgetKind kind, const std::string& label) {
+  for (const Gadget* gadget : AllOf(dialog, kind)) {
+    if (Trimmed(gadget->text.ToUtf8()) == label) return gadget;
+  }
+  return nullptr;
+}
+
+const MenuEntry* EntryLabelled(const std::vector<MenuEntry>& entries, const std::string& label) {
+  for (const MenuEntry& entry : entries) {
+    if (entry.id != 0 && entry.text.ToUtf8() == label) return &entry;
+    if (const MenuEntry* below = EntryLabelled(entry.children, label)) return below;
+  }
+  return nullptr;
+}
+
+// Number of single-character edits between two names (Wagner and Fischer, 1974), over bytes.
+std::size_t EditDistance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t change = diagonal + (std::tolower(a[i - 1]) != std::tolower(b[j - 1]) ? 1 : 0);
+      diagonal = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, change});
+    }
+  }
+  return row[b.size()];
+}
+
+}  // namespace
+
+const Gadget& StagemarksDialog::List() const {
+  static const Gadget none;
+  const auto lists = AllOf(*dialog_, GadgetKind::ListView);
+  return lists.empty() || lists.front()->listColumns.size() != kColumns ? none : *lists.front();
+}
+
+std::vector<Mark> StagemarksDialog::Marks() const {
+  std::vector<Mark> marks;
+  const Gadget& list = List();
+  for (const engine::Row& row : list.listRows) {
+    const auto text = [&](std::size_t column) { return row.values.GetString(list.listColumns[column].id).ToUtf8(); };
+    marks.push_back(
+        {text(kName), Trimmed(text(kDate)), row.values.GetBool(list.listColumns[kChecked].id), !Trimmed(text(kMarker)).empty()});
+  }
+  return marks;
+}
+
+bool StagemarksDialog::Has(const std::string& name) const {
+  const auto marks = Marks();
+  return std::any_of(marks.begin(), marks.end(), [&](const Mark& mark) { return mark.name == name; });
+}
+
+std::string StagemarksDialog::Current() const {
+  for (const Mark& mark : Marks()) {
+    if (mark.current) return mark.name;
+  }
+  return "";
+}
+
+std::vector<std::string> StagemarksDialog::NamesLike(const std::string& name) const {
+  std::vector<std::pair<std::size_t, std::string>> near;
+  for (const Mark& mark : Marks()) {
+    const std::size_t distance = EditDistance(name, mark.name);
+    const bool contained = !name.empty() && mark.name.find(name) != std::string::npos;
+    if (contained || distance <= std::max<std::size_t>(2, name.size() / 3)) near.emplace_back(distance, mark.name);
+  }
+  std::sort(near.begin(), near.end());
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < near.size() && i < 3; ++i) names.push_back(near[i].second);
+  return names;
+}
+
+bool StagemarksDialog::TypeName(const std::string& name) {
+  const auto fields = AllOf(*dialog_, GadgetKind::EditText);
+  return !fields.empty() && engine::TypeText(*dialog_, fields.front()->id, host::String(std::string_view(name)));
+}
+
+bool StagemarksDialog::Press(const std::string& button) {
+  const Gadget* gadget = Labelled(*dialog_, GadgetKind::Button, button);
+  return gadget && engine::PressButton(*dialog_, gadget->id);
+}
+
+bool StagemarksDialog::Choose(const std::string& menuEntry) {
+  const MenuEntry* entry = EntryLabelled(engine::DialogMenus(*dialog_), menuEntry);
+  return entry && engine::ChooseMenu(*dialog_, entry->id);
+}
+
+bool StagemarksDialog::Tick(const std::string& checkbox, bool on) {
+  const Gadget* gadget = Labelled(*dialog_, GadgetKind::Checkbox, checkbox);
+  return gadget && engine::SetCheckbox(*dialog_, gadget->id, on);
+}
+
+bool StagemarksDialog::ChooseLayout(const std::string& entry) {
+  for (const Gadget* combo : AllOf(*dialog_, GadgetKind::ComboBox)) {
+    for (const engine::Choice& choice : combo->choices) {
+      if (choice.text.ToUtf8() == entry) return engine::ChooseFromCombo(*dialog_, combo->id, choice.id);
+    }
+  }
+  return false;
+}
+
+bool StagemarksDialog::TypeFrames(int from, int to) {
+  const auto fields = AllOf(*dialog_, GadgetKind::NumberField);
+  return fields.size() == 2 && engine::TypeNumber(*dialog_, fields[0]->id, from) &&
+         engine::TypeNumber(*dialog_, fields[1]->id, to);
+}
+
+bool StagemarksDialog::Select(const std::string& name) {
+  const auto marks = Marks();
+  const auto it = std::find_if(marks.begin(), marks.end(), [&](const Mark& mark) { return mark.name == name; });
+  return it != marks.end() && engine::SelectLines(*dialog_, List().id, {static_cast<LONG>(it - marks.begin())});
+}
+
+bool StagemarksDialog::CheckOnly(const std::vector<std::string>& names) {
+  if (!Choose("Uncheck All Elements")) return false;
+  const auto marks = Marks();
+  std::size_t checked = 0;
+  for (std::size_t line = 0; line < marks.size(); ++line) {
+    if (std::find(names.begin(), names.end(), marks[line].name) == names.end()) continue;
+    if (!engine::ToggleLine(*dialog_, List().id, static_cast<LONG>(line), List().listColumns[kChecked].id)) return false;
+    ++checked;
+  }
+  return checked >= names.size();
+}
+
+std::vector<std::pair<std::string, bool>> StagemarksDialog::Options() const {
+  std::vector<std::pair<std::string, bool>> options;
+  for (const MenuEntry& menu : engine::DialogMenus(*dialog_)) {
+    if (menu.text.ToUtf8() != "Options") continue;
+    bool afterSeparator = false;  // the entry that saves the options stands alone above it
+    for (const MenuEntry& entry : menu.children) {
+      if (afterSeparator && !entry.separator) options.emplace_back(entry.text.ToUtf8(), entry.checked);
+      afterSeparator = afterSeparator || entry.separator;
+    }
+  }
+  return options;
+}
+
+std::string StagemarksDialog::ListText() const { return engine::ListAsText(*dialog_, List().id); }
+
+}  // namespace commandline

@@ -1,0 +1,57 @@
+// StagemarksDialog: the plug-in's dialog as a person uses it: fields, buttons, menu entries and rows are found by what
+// they show, then pressed through the dialog's own events. It owns nothing; the dialog lives with its plug-in. Main thread.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "engine/dialog/Dialogs.h"
+
+namespace commandline {
+
+// One row of the list.
+struct Mark {
+  std::string name;
+  std::string date;  // as shown
+  bool checked = false;
+  bool current = false;  // recorded or loaded last
+};
+
+class StagemarksDialog {
+ public:
+  explicit StagemarksDialog(host::GeDialog& dialog) : dialog_(&dialog) {}
+
+  host::GeDialog& Get() { return *dialog_; }
+
+  // Rows in the order shown.
+  std::vector<Mark> Marks() const;
+  bool Has(const std::string& name) const;
+  // Name of the row with the marker, empty where there is none.
+  std::string Current() const;
+  // Names close to `name`, the closest first, at most three: for "did you mean".
+  std::vector<std::string> NamesLike(const std::string& name) const;
+
+  // The actions answer false when the dialog has no such thing or refused the event.
+  bool TypeName(const std::string& name);
+  bool Press(const std::string& button);
+  bool Choose(const std::string& menuEntry);
+  bool Tick(const std::string& checkbox, bool on);
+  bool ChooseLayout(const std::string& entry);
+  bool TypeFrames(int from, int to);
+  bool Select(const std::string& name);
+  // Checks exactly the rows with these names.
+  bool CheckOnly(const std::vector<std::string>& names);
+
+  // Entries of the Options menu with their marks, in menu order, the one that saves them left out.
+  std::vector<std::pair<std::string, bool>> Options() const;
+  // The list as text.
+  std::string ListText() const;
+
+ private:
+  const engine::Gadget& List() const;
+
+  host::GeDialog* dialog_;
+};
+
+}  // namespace commandline

@@ -1,0 +1,98 @@
+#include "program/commandline/Terminal.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+namespace commandline {
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void OnInterrupt(int) {
+  if (interrupted) std::_Exit(128 + SIGINT);
+  interrupted = 1;
+}
+
+bool CanAsk() { return isatty(STDIN_FILENO) && isatty(STDERR_FILENO); }
+
+bool UsesColour() {
+  const char* off = std::getenv("NO_COLOR");
+  return isatty(STDOUT_FILENO) && !(off && *off);
+}
+
+}  // namespace
+
+void Terminal::CatchInterrupts() { std::signal(SIGINT, OnInterrupt); }
+bool Terminal::Interrupted() { return interrupted != 0; }
+
+void Terminal::Tell(const std::string& text) {
+  EndProgressLine();
+  told_.push_back(text);
+  if (!choices_.quiet) std::cerr << text << '\n';
+}
+
+bool Terminal::Ask(const std::string& text) {
+  EndProgressLine();
+  if (choices_.yes) {
+    Say(text + " yes (--yes)");
+    return true;
+  }
+  if (!CanAsk()) {
+    unanswered_ = true;
+    std::cerr << text << " no (nobody can be asked here; --yes answers yes)\n";
+    return false;
+  }
+  std::cerr << text << " [y/N] " << std::flush;
+  std::string answer;
+  return std::getline(std::cin, answer) && !answer.empty() && (answer[0] == 'y' || answer[0] == 'Y');
+}
+
+std::optional<std::string> Terminal::ChooseFile(const engine::FileQuestion&) {
+  auto chosen = std::move(nextFile_);
+  nextFile_.reset();
+  return chosen;
+}
+
+void Terminal::ShowStatus(const std::string& text) {
+  if (choices_.verbose) std::cerr << text << '\n';
+}
+
+void Terminal::ClearStatus() {}
+
+bool Terminal::Progress(double fraction, const std::string& what) {
+  const int percent = static_cast<int>(fraction * 100);
+  if (!choices_.quiet && isatty(STDERR_FILENO) && shownPercent_.exchange(percent) != percent) {
+    std::fprintf(stderr, "\r\033[K%s %d %%", what.c_str(), percent);
+    if (percent >= 100) EndProgressLine();
+  }
+  return !Interrupted();
+}
+
+void Terminal::EndProgressLine() {
+  if (shownPercent_.exchange(-1) >= 0) std::fputs("\r\033[K", stderr);
+}
+
+void Terminal::Say(const std::string& text) {
+  EndProgressLine();
+  if (!choices_.quiet) std::cerr << text << '\n';
+}
+
+void Terminal::Note(const std::string& text) { Say("note: " + text); }
+
+void Terminal::Error(const std::string& text) {
+  EndProgressLine();
+  std::cerr << "stagemarks: " << text << '\n';
+}
+
+std::string Coloured(Colour colour, const std::string& text) {
+  if (!UsesColour()) return text;
+  static const char* const kCodes[] = {"32", "31", "33", "1", "2"};
+  return std::string("\033[") + kCodes[static_cast<int>(colour)] + "m" + text + "\033[0m";
+}
+
+}  // namespace commandline

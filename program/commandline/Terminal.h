@@ -1,0 +1,61 @@
+// Terminal: the person before the command line: questions on the terminal (answered by --yes, else taken as no where
+// nobody can be asked), messages and progress on stderr. Owned by main. Main thread; Progress from any thread.
+#pragma once
+
+#include <atomic>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/outside/Person.h"
+
+namespace commandline {
+
+struct TerminalChoices {
+  bool yes = false;      // answer every question with yes
+  bool quiet = false;    // no messages but errors
+  bool verbose = false;  // status texts, too
+};
+
+class Terminal : public engine::Person {
+ public:
+  void Choose(const TerminalChoices& choices) { choices_ = choices; }
+
+  void Tell(const std::string& text) override;
+  bool Ask(const std::string& text) override;
+  std::optional<std::string> ChooseFile(const engine::FileQuestion& question) override;
+  void ShowStatus(const std::string& text) override;
+  void ClearStatus() override;
+  bool Progress(double fraction, const std::string& what) override;
+
+  // What ChooseFile answers next: the verbs know the folder before the dialog asks for it.
+  void ChooseNextFile(const std::string& path) { nextFile_ = path; }
+  // Whether the last question was answered with no because nobody could be asked.
+  bool QuestionUnanswered() const { return unanswered_; }
+  // What plug-ins told since the start, in order.
+  const std::vector<std::string>& Told() const { return told_; }
+
+  // Messages for a person, on stderr: plain, as a note or as an error.
+  void Say(const std::string& text);
+  void Note(const std::string& text);
+  void Error(const std::string& text);
+
+  // Ctrl-C asks running work to stop; a second one ends the program.
+  static void CatchInterrupts();
+  static bool Interrupted();
+
+ private:
+  void EndProgressLine();
+
+  TerminalChoices choices_;
+  std::optional<std::string> nextFile_;
+  std::vector<std::string> told_;
+  std::atomic<int> shownPercent_{-1};
+  bool unanswered_ = false;
+};
+
+// Text in a colour, plain where stdout is no terminal or NO_COLOR is set.
+enum class Colour { Green, Red, Yellow, Bold, Dim };
+std::string Coloured(Colour colour, const std::string& text);
+
+}  // namespace commandline

@@ -1,0 +1,20 @@
+#include <CLI/CLI.hpp>
+
+#include "program/commandline/Program.h"
+
+namespace commandline {
+
+void AddScene(CLI::App& verb, Program& program) {
+  verb.add_option("scene", program.scene,
+                  "The scene: a .c4d file, or a .gltf, .glb, .fbx, .obj or .dae that is imported on the fly")
+      ->required();
+  verb.add_flag("--json", program.json, "Print the result as JSON");
+}
+
+void AddKeeping(CLI::App& verb, Program& program) {
+  auto* output = verb.add_option("-o,--output", program.output, "Write the changed scene to this .c4d file");
+  verb.add_flag("--write", program.write, "Write the change into the scene file itself")->excludes(output);
+  verb.add_flag("-y,--yes", program.yes, "Answer every question with yes");
+}
+
+}  // namespace commandline

@@ -1,0 +1,43 @@
+#include <CLI/CLI.hpp>
+
+#include "engine/import/Import.h"
+#include "engine/scene/Nodes.h"
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+namespace {
+
+int RunImport(Program& program) {
+  if (!engine::IsImportable(program.scene)) {
+    program.terminal.Error("\"" + program.scene +
+                           "\" is of no format that can be imported. Those are .gltf, .glb, .fbx, .obj and .dae.");
+    return kUsage;
+  }
+  Session session(program);
+  if (const int status = session.Open(program.scene); status != kDone) return status;
+  Report report;
+  const engine::SceneCounts counts = engine::CountScene(session.Document());
+  report.Line("Imported " + Counted(counts.objects, "object") + ", " + Counted(counts.materials, "material") + ", " +
+              Counted(counts.cameras, "camera") + ", " + Counted(counts.lights, "light") + ", " +
+              Counted(counts.polygons, "polygon") + ".");
+  report.Json() = {{"objects", counts.objects},
+                   {"materials", counts.materials},
+                   {"cameras", counts.cameras},
+                   {"lights", counts.lights},
+                   {"polygons", counts.polygons}};
+  const int status = session.Keep(report);
+  if (status == kDone) report.Print(program.json);
+  return status;
+}
+
+}  // namespace
+
+void AddImport(CLI::App& app, Program& program) {
+  CLI::App* verb = app.add_subcommand("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
+  AddScene(*verb, program);
+  verb->add_option("out", program.output, "The .c4d file to write")->required();
+  verb->callback([&program] { program.verb = [&program] { return RunImport(program); }; });
+}
+
+}  // namespace commandline

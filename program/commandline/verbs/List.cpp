@@ -1,0 +1,34 @@
+#include <CLI/CLI.hpp>
+
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+namespace {
+
+int RunList(Program& program) {
+  Session session(program);
+  if (const int status = session.StartWithScene(); status != kDone) return status;
+  Report report;
+  auto& all = report.Json()["stagemarks"] = nlohmann::json::array();
+  for (const Mark& mark : session.Dialog().Marks()) {
+    all.push_back({{"name", ValidUtf8(mark.name)}, {"date", mark.date}, {"current", mark.current}});
+  }
+  if (all.empty()) {
+    report.Line("No Stagemarks yet. `stagemarks record SCENE NAME --write` records the first one.");
+  } else {
+    report.Line(session.Dialog().ListText());
+  }
+  report.Print(program.json);
+  return kDone;
+}
+
+}  // namespace
+
+void AddList(CLI::App& app, Program& program) {
+  CLI::App* verb = app.add_subcommand("list", "List the Stagemarks of a scene, as the dialog shows them");
+  AddScene(*verb, program);
+  verb->callback([&program] { program.verb = [&program] { return RunList(program); }; });
+}
+
+}  // namespace commandline

@@ -1,0 +1,43 @@
+#include <CLI/CLI.hpp>
+
+#include "engine/scene/SceneDump.h"
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+namespace {
+
+int RunLoad(Program& program, const std::string& name) {
+  Session session(program);
+  if (const int status = session.StartWithScene(); status != kDone) return status;
+  if (const int status = session.RequireMark(name); status != kDone) return status;
+  const std::string before = engine::DumpState(session.Document());
+  if (!session.Dialog().Select(name) || !session.Dialog().Press("Load")) {
+    program.terminal.Error("\"" + name + "\" was not loaded.");
+    return kFailed;
+  }
+  session.App().DeliverEvents();
+  const auto changes = engine::DumpDifference(before, engine::DumpState(session.Document()), 12);
+  Report report;
+  report.Json() = {{"loaded", ValidUtf8(name)}, {"changed", !changes.empty()}};
+  report.Line("Loaded \"" + name + "\"." + (changes.empty() ? " The scene was in that state already." : ""));
+  if (program.verbose) {
+    for (const std::string& change : changes) report.Line("  " + change);
+  }
+  const int status = session.Keep(report);
+  report.Print(program.json);
+  return status;
+}
+
+}  // namespace
+
+void AddLoad(CLI::App& app, Program& program) {
+  CLI::App* verb = app.add_subcommand("load", "Bring the scene back into a recorded state");
+  AddScene(*verb, program);
+  auto name = std::make_shared<std::string>();
+  verb->add_option("name", *name, "Name of the Stagemark")->required();
+  AddKeeping(*verb, program);
+  verb->callback([&program, name] { program.verb = [&program, name] { return RunLoad(program, *name); }; });
+}
+
+}  // namespace commandline

@@ -1,0 +1,32 @@
+#include <CLI/CLI.hpp>
+
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+namespace {
+
+int RunNew(Program& program) {
+  Session session(program);
+  if (session.Files().Kind(AbsolutePath(program.output)) != engine::FileKind::Missing && !program.write) {
+    program.terminal.Error("\"" + program.output + "\" exists already. Give another name, or --force to replace it.");
+    return kFailed;
+  }
+  session.App().NewDocument();
+  Report report;
+  const int status = session.Keep(report);
+  if (status == kDone) report.Print(program.json);
+  return status;
+}
+
+}  // namespace
+
+void AddNew(CLI::App& app, Program& program) {
+  CLI::App* verb = app.add_subcommand("new", "Make an empty scene");
+  verb->add_option("out", program.output, "The .c4d file to write")->required();
+  verb->add_flag("--force", program.write, "Replace a file that is there");
+  verb->add_flag("--json", program.json, "Print the result as JSON");
+  verb->callback([&program] { program.verb = [&program] { return RunNew(program); }; });
+}
+
+}  // namespace commandline

@@ -1,0 +1,269 @@
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cstdio>
+
+#include "program/commandline/Addressing.h"
+#include "program/commandline/SceneEdits.h"
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+namespace {
+
+struct Changes {
+  std::vector<std::string> objects;
+  std::string editor;
+  std::string render;
+  std::string deform;
+  std::string material;
+  std::string assignLayer;
+  std::vector<std::string> select;
+  std::string layer;
+  std::vector<std::string> layerFlags;
+  std::string camera;
+  std::string addCamera;
+  std::vector<double> at{0, 200, -600};
+  std::vector<double> lookAt{0, 0, 0};
+  std::string addLayer;
+  std::string addMaterial;
+  std::vector<double> colour{0.8, 0.8, 0.8};
+  std::string size;
+  std::string frames;
+};
+
+using Objects = std::vector<host::BaseObject*>;
+
+// Carries out one call of `set`: each step answers an exit status and counts what it changed.
+class SetVerb {
+ public:
+  SetVerb(Program& program, const Changes& changes) : program_(program), changes_(changes), session_(program) {}
+
+  int Run() {
+    if (const int status = session_.StartWithScene(); status != kDone) return status;
+    host::BaseDocument& doc = session_.Document();
+    doc.StartUndo();
+    int status = kDone;
+    for (const auto step : {&SetVerb::Make, &SetVerb::ChangeObjects, &SetVerb::Select, &SetVerb::ChangeLayer,
+                            &SetVerb::ChangeCamera, &SetVerb::ChangeRenderSettings}) {
+      if (status == kDone) status = (this->*step)();
+    }
+    doc.EndUndo();
+    if (status != kDone) return status;
+    if (done_.empty()) return Refuse("Nothing to change was given. `stagemarks set --help` lists what can be.");
+    doc.SetChanged();
+    host::EventAdd();
+    session_.App().DeliverEvents();
+    return Finish();
+  }
+
+ private:
+  int Refuse(const std::string& why) {
+    program_.terminal.Error(why);
+    return kUsage;
+  }
+
+  int Finish() {
+    Report report;
+    for (const std::string& what : done_) report.Line(what);
+    report.Json()["changed"] = done_;
+    const int status = session_.Keep(report);
+    report.Print(program_.json);
+    return status;
+  }
+
+  int Make() {
+    host::BaseDocument& doc = session_.Document();
+    if (!changes_.addCamera.empty()) {
+      host::BaseObject* camera = MakeCamera(doc, changes_.addCamera, {changes_.at[0], changes_.at[1], changes_.at[2]},
+                                            {changes_.lookAt[0], changes_.lookAt[1], changes_.lookAt[2]});
+      done_.push_back("Added the camera " + PathOf(*camera) + ".");
+    }
+    if (!changes_.addLayer.empty()) {
+      MakeLayer(doc, changes_.addLayer);
+      done_.push_back("Added the layer " + changes_.addLayer + ".");
+    }
+    if (!changes_.addMaterial.empty()) {
+      MakeMaterial(doc, changes_.addMaterial, {changes_.colour[0], changes_.colour[1], changes_.colour[2]});
+      done_.push_back("Added the material " + changes_.addMaterial + ".");
+    }
+    return kDone;
+  }
+
+  int FindAll(const std::vector<std::string>& patterns, Objects& found) {
+    for (const std::string& pattern : patterns) {
+      const auto some = FindObjects(session_.Document(), pattern);
+      if (!some) return Refuse(some.Message());
+      found.insert(found.end(), some.Value().begin(), some.Value().end());
+    }
+    return kDone;
+  }
+
+  bool ChangesObjects() const {
+    return !(changes_.editor.empty() && changes_.render.empty() && changes_.deform.empty() && changes_.material.empty() &&
+             changes_.assignLayer.empty());
+  }
+
+  int ChangeObjects() {
+    if (!ChangesObjects()) return kDone;
+    if (changes_.objects.empty()) return Refuse("Say which objects are meant with --object.");
+    Objects objects;
+    if (const int status = FindAll(changes_.objects, objects); status != kDone) return status;
+    if (const int status = ChangeModes(objects); status != kDone) return status;
+    if (const int status = ChangeMaterial(objects); status != kDone) return status;
+    if (const int status = ChangeAssignedLayer(objects); status != kDone) return status;
+    done_.push_back("Changed " + Counted(objects.size(), "object") + ".");
+    return kDone;
+  }
+
+  static host::LONG Mode(const std::string& word) {
+    return word == "on" ? host::MODE_ON : word == "off" ? host::MODE_OFF : host::MODE_UNDEF;
+  }
+
+  int ChangeModes(const Objects& objects) {
+    for (host::BaseObject* object : objects) {
+      session_.Document().AddUndo(host::UNDO_CHANGE, object);
+      if (!changes_.editor.empty()) object->SetEditorMode(Mode(changes_.editor));
+      if (!changes_.render.empty()) object->SetRenderMode(Mode(changes_.render));
+      if (!changes_.deform.empty()) object->SetDeformMode(changes_.deform == "on");
+    }
+    return kDone;
+  }
+
+  int ChangeMaterial(const Objects& objects) {
+    if (changes_.material.empty()) return kDone;
+    host::BaseMaterial* material = nullptr;
+    if (changes_.material != "none") {
+      const auto found = FindMaterial(session_.Document(), changes_.material);
+      if (!found) return Refuse(found.Message());
+      material = found.Value();
+    }
+    for (host::BaseObject* object : objects) AssignMaterial(session_.Document(), *object, material);
+    return kDone;
+  }
+
+  int ChangeAssignedLayer(const Objects& objects) {
+    if (changes_.assignLayer.empty()) return kDone;
+    host::LayerObject* layer = nullptr;
+    if (changes_.assignLayer != "none") {
+      const auto found = FindLayer(session_.Document(), changes_.assignLayer);
+      if (!found) return Refuse(found.Message());
+      layer = found.Value();
+    }
+    for (host::BaseObject* object : objects) AssignLayer(session_.Document(), *object, layer);
+    return kDone;
+  }
+
+  int Select() {
+    if (changes_.select.empty()) return kDone;
+    Objects objects;
+    if (const int status = FindAll(changes_.select, objects); status != kDone) return status;
+    session_.Document().SetActiveObject(nullptr);
+    for (host::BaseObject* object : objects) session_.Document().SetActiveObject(object, host::SELECTION_ADD);
+    done_.push_back("Selected " + Counted(objects.size(), "object") + ".");
+    return kDone;
+  }
+
+  int ChangeLayer() {
+    if (changes_.layerFlags.empty()) return kDone;
+    if (changes_.layer.empty()) return Refuse("Say which layer is meant with --layer.");
+    const auto layer = FindLayer(session_.Document(), changes_.layer);
+    if (!layer) return Refuse(layer.Message());
+    for (const std::string& flag : changes_.layerFlags) {
+      const auto equals = flag.find('=');
+      const std::string value = equals == std::string::npos ? "" : flag.substr(equals + 1);
+      if ((value != "on" && value != "off") ||
+          !SetLayerFlag(session_.Document(), *layer.Value(), flag.substr(0, equals), value == "on")) {
+        return Refuse("\"" + flag +
+                      "\" is no layer flag. Flags are solo, view, render, manager, locked, generators, deformers, "
+                      "expressions and animation, each =on or =off.");
+      }
+      done_.push_back("Layer " + changes_.layer + ": " + flag + ".");
+    }
+    return kDone;
+  }
+
+  int ChangeCamera() {
+    if (changes_.camera.empty()) return kDone;
+    host::BaseObject* camera = nullptr;
+    if (changes_.camera != "none") {
+      const auto found = FindObject(session_.Document(), changes_.camera);
+      if (!found) return Refuse(found.Message());
+      if (found.Value()->GetType() != host::Ocamera) return Refuse("\"" + changes_.camera + "\" is no camera.");
+      camera = found.Value();
+    }
+    session_.Document().GetRenderBaseDraw()->SetSceneCamera(camera, host::FALSE);
+    done_.push_back("The scene camera is now " + (camera ? PathOf(*camera) : "the editor camera") + ".");
+    return kDone;
+  }
+
+  int ChangeRenderSettings() {
+    std::array<int, 2> numbers{};
+    char rest = 0;
+    if (!changes_.size.empty()) {
+      if (std::sscanf(changes_.size.c_str(), "%dx%d%c", &numbers[0], &numbers[1], &rest) != 2 || numbers[0] < 1 ||
+          numbers[1] < 1 || numbers[0] > 16384 || numbers[1] > 16384) {
+        return Refuse("\"" + changes_.size + "\" is no picture size; 1920x1080 is one, up to 16384 a side.");
+      }
+      SetRenderSize(session_.Document(), numbers[0], numbers[1]);
+      done_.push_back("Picture size " + changes_.size + ".");
+    }
+    if (!changes_.frames.empty()) {
+      if (std::sscanf(changes_.frames.c_str(), "%d:%d%c", &numbers[0], &numbers[1], &rest) != 2 || numbers[0] > numbers[1]) {
+        return Refuse("\"" + changes_.frames + "\" is no frame range; 0:90 is one.");
+      }
+      SetRenderFrames(session_.Document(), numbers[0], numbers[1]);
+      done_.push_back("Frames " + changes_.frames + ".");
+    }
+    return kDone;
+  }
+
+  Program& program_;
+  const Changes& changes_;
+  Session session_;
+  std::vector<std::string> done_;
+};
+
+void AddObjectChanges(CLI::App& verb, Changes& changes) {
+  const CLI::IsMember modes({"on", "off", "default"});
+  verb.add_option("--object", changes.objects, "Objects to change: name, /path, #position, or a pattern with * for several");
+  verb.add_option("--editor", changes.editor, "Visible in the editor: on, off or default (as the parent)")->check(modes);
+  verb.add_option("--render", changes.render, "Visible in renders: on, off or default (as the parent)")->check(modes);
+  verb.add_option("--deform", changes.deform, "Generator on or off")->check(CLI::IsMember({"on", "off"}));
+  verb.add_option("--material", changes.material, "Material of the texture tag, or none");
+  verb.add_option("--assign-layer", changes.assignLayer, "Layer to put the objects on, or none");
+  verb.add_option("--select", changes.select, "Select exactly these objects");
+}
+
+void AddSceneChanges(CLI::App& verb, Changes& changes) {
+  verb.add_option("--layer", changes.layer, "Layer whose flags are changed");
+  verb.add_option("--flag", changes.layerFlags, "Layer flag, as view=off; may be given several times");
+  verb.add_option("--camera", changes.camera, "Camera to render through, or none");
+  verb.add_option("--size", changes.size, "Picture size of the active render settings, as 1920x1080");
+  verb.add_option("--frames", changes.frames, "Frame range of the active render settings, as 0:90");
+  verb.add_option("--add-camera", changes.addCamera, "Add a camera of this name; see --at and --look-at");
+  verb.add_option("--at", changes.at, "Where the new camera stands: X,Y,Z")->delimiter(',')->expected(3);
+  verb.add_option("--look-at", changes.lookAt, "What it looks at: X,Y,Z")->delimiter(',')->expected(3);
+  verb.add_option("--add-layer", changes.addLayer, "Add a layer of this name");
+  verb.add_option("--add-material", changes.addMaterial, "Add a material of this name; see --color");
+  verb.add_option("--color", changes.colour, "Its colour: R,G,B from 0 to 1")->delimiter(',')->expected(3);
+}
+
+}  // namespace
+
+void AddSet(CLI::App& app, Program& program) {
+  CLI::App* verb =
+      app.add_subcommand("set", "Change switches, materials, layers, camera or render settings, to make states from a shell");
+  AddScene(*verb, program);
+  auto changes = std::make_shared<Changes>();
+  AddObjectChanges(*verb, *changes);
+  AddSceneChanges(*verb, *changes);
+  AddKeeping(*verb, program);
+  verb->footer(
+      "Examples:\n"
+      "  stagemarks set room.c4d --object \"Lamp*\" --render off --write\n"
+      "  stagemarks set room.c4d --add-camera Front --at 0,150,-900 --look-at 0,100,0 --write\n"
+      "  stagemarks set room.c4d --layer Props --flag render=off --size 1920x1080 -o room2.c4d");
+  verb->callback([&program, changes] { program.verb = [&program, changes] { return SetVerb(program, *changes).Run(); }; });
+}
+
+}  // namespace commandline

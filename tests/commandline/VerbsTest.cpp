@@ -1,0 +1,207 @@
+// The program as a person calls it: verb, arguments, exit status, what it prints and what it writes.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "tests/support/ChildProgram.h"
+
+namespace {
+
+using nlohmann::json;
+using test_support::ChildResult;
+using test_support::TemporaryFolder;
+
+class CommandLine : public testing::Test {
+ protected:
+  ChildResult Call(const std::vector<std::string>& arguments) {
+    return test_support::RunChild(TEST_BINARY_DIR "/bin/stagemarks", arguments,
+                                  {{"XDG_CONFIG_HOME", folder_ / "config"}, {"XDG_STATE_HOME", folder_ / "state"}});
+  }
+  // Calls and expects success.
+  std::string Out(const std::vector<std::string>& arguments) {
+    const ChildResult result = Call(arguments);
+    EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments) << "\n" << result.out << result.err;
+    return result.out;
+  }
+  json Json(std::vector<std::string> arguments) {
+    arguments.push_back("--json");
+    return json::parse(Out(arguments), nullptr, false);
+  }
+  std::string Scene(const std::string& name) { return folder_ / name; }
+  // A scene imported from the spider: 19 meshes, a camera, a light.
+  std::string Spider() {
+    const std::string scene = Scene("spider.c4d");
+    Out({"import", TEST_SOURCE_DIR "/scenes/spider/spider.fbx", scene});
+    return scene;
+  }
+  std::string Bytes(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  // Names of the Stagemarks, the current one marked with a star.
+  std::string Marks(const std::string& scene) {
+    std::string names;
+    for (const json& mark : Json({"list", scene})["stagemarks"]) {
+      names += (mark["current"] ? "*" : "") + mark["name"].get<std::string>() + " ";
+    }
+    return names;
+  }
+
+  TemporaryFolder folder_;
+};
+
+TEST_F(CommandLine, UsageIsRefusedWithStatusTwo) {
+  const struct {
+    std::vector<std::string> arguments;
+    int status;
+    const char* says;
+  } kCalls[] = {
+      {{}, 2, "subcommand"},
+      {{"fly"}, 2, "fly"},
+      {{"list"}, 2, "scene is required"},
+      {{"record", "a.c4d"}, 2, "name is required"},
+      {{"record", "a.c4d", "A", "-o", "b.c4d", "--write"}, 2, "--write"},
+      {{"import", "scene.blend", "out.c4d"}, 2, "no format"},
+      {{"--help"}, 0, "record"},
+      {{"--version"}, 0, "stagemarks 0.713"},
+      {{"set", "--help"}, 0, "--look-at"},
+      {{"list", "missing.c4d"}, 1, "missing.c4d"},
+  };
+  for (const auto& call : kCalls) {
+    const ChildResult result = Call(call.arguments);
+    EXPECT_EQ(result.status, call.status) << testing::PrintToString(call.arguments) << result.err;
+    EXPECT_NE((result.out + result.err).find(call.says), std::string::npos) << result.out << result.err;
+  }
+}
+
+TEST_F(CommandLine, AnEmptySceneIsMadeOnceOnly) {
+  const std::string scene = Scene("empty.c4d");
+  Out({"new", scene});
+  EXPECT_EQ(Json({"info", scene})["counts"]["objects"], 0);
+  EXPECT_EQ(Call({"new", scene}).status, 1);
+  Out({"new", scene, "--force"});
+  EXPECT_NE(Out({"list", scene}).find("No Stagemarks yet"), std::string::npos);
+}
+
+TEST_F(CommandLine, RecordsAndRecallsAState) {
+  const std::string scene = Spider();
+  Out({"record", scene, "All", "--write"});
+  Out({"set", scene, "--object", "*", "--render", "off", "--size", "320x200", "--write"});
+  Out({"record", scene, "None", "--write"});
+  EXPECT_EQ(Marks(scene), "All *None ");
+
+  const auto renderModes = [&] {
+    std::set<int> modes;
+    for (const json& object : Json({"info", scene, "--tree"})["objects"]) modes.insert(object["render"].get<int>());
+    return modes;
+  };
+  EXPECT_EQ(renderModes(), std::set<int>{1});
+  Out({"load", scene, "All", "--write"});
+  EXPECT_EQ(renderModes(), std::set<int>{2});
+  EXPECT_EQ(Json({"info", scene})["renderSettings"][0]["width"], 1280);
+  Out({"load", scene, "None", "--write"});
+  EXPECT_EQ(renderModes(), std::set<int>{1});
+  EXPECT_EQ(Json({"info", scene})["renderSettings"][0]["width"], 320);
+  EXPECT_EQ(Marks(scene), "All *None ");
+}
+
+TEST_F(CommandLine, WritesNothingUnlessTold) {
+  const std::string scene = Spider();
+  const std::string before = Bytes(scene);
+  const ChildResult result = Call({"record", scene, "A"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_NE(result.err.find("nothing was written"), std::string::npos);
+  EXPECT_EQ(Bytes(scene), before);
+  Out({"record", scene, "A", "-o", Scene("copy.c4d")});
+  EXPECT_EQ(Bytes(scene), before);
+  EXPECT_EQ(Marks(Scene("copy.c4d")), "*A ");
+}
+
+TEST_F(CommandLine, OverwritingNeedsConsent) {
+  const std::string scene = Spider();
+  Out({"record", scene, "A", "--write"});
+  const std::string before = Bytes(scene);
+  const ChildResult refused = Call({"record", scene, "A", "--write"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_NE(refused.err.find("An element with that name already exists.  Do you want to overwrite it?"), std::string::npos);
+  EXPECT_EQ(Bytes(scene), before);
+  EXPECT_TRUE(Json({"record", scene, "A", "--write", "--yes"})["overwritten"]);
+  EXPECT_EQ(Marks(scene), "*A ");
+}
+
+TEST_F(CommandLine, UnknownNamesAreRefusedWithAHint) {
+  const std::string scene = Spider();
+  Out({"record", scene, "Evening", "--write"});
+  const std::string before = Bytes(scene);
+  const struct {
+    std::vector<std::string> arguments;
+    const char* says;
+  } kCalls[] = {
+      {{"load", scene, "Evenin", "--write"}, "Did you mean \"Evening\"?"},
+      {{"load", scene, "Zebra", "--write"}, "There is no Stagemark \"Zebra\""},
+      {{"record", scene, "", "--write"}, "You must enter a name for this element."},
+      {{"set", scene, "--object", "Nobody", "--render", "off", "--write"}, "There is no object \"Nobody\""},
+      {{"set", scene, "--object", "#9999", "--render", "off", "--write"}, "There is no object #9999"},
+      {{"set", scene, "--render", "off", "--write"}, "--object"},
+      {{"set", scene, "--size", "0x5", "--write"}, "no picture size"},
+      {{"set", scene, "--frames", "9:1", "--write"}, "no frame range"},
+      {{"set", scene, "--layer", "None", "--flag", "view=off", "--write"}, "There is no layer \"None\""},
+      {{"set", scene, "--camera", "*", "--write"}, "names"},
+      {{"set", scene, "--write"}, "Nothing to change"},
+      {{"options", scene, "--toggle", "Everything", "--write"}, "There is no option \"Everything\""},
+  };
+  for (const auto& call : kCalls) {
+    const ChildResult result = Call(call.arguments);
+    EXPECT_EQ(result.status, 2) << testing::PrintToString(call.arguments) << result.err;
+    EXPECT_NE(result.err.find(call.says), std::string::npos) << result.err;
+    EXPECT_EQ(Bytes(scene), before);
+  }
+}
+
+TEST_F(CommandLine, SetChangesWhatItNames) {
+  const std::string scene = Spider();
+  Out({"set", scene, "--add-camera", "Front", "--at", "0,10,-900", "--look-at", "0,0,0", "--add-layer", "Props", "--add-material",
+       "Red", "--color", "1,0,0", "--write"});
+  Out({"set", scene, "--camera", "/Front", "--layer", "Props", "--flag", "view=off", "--flag", "solo=on", "--frames", "5:25",
+       "--write"});
+  const json info = Json({"info", scene});
+  EXPECT_EQ(info["sceneCamera"], "/Front");
+  EXPECT_EQ(info["renderSettings"][0]["from"], 5);
+  EXPECT_EQ(info["renderSettings"][0]["to"], 25);
+  EXPECT_EQ(info["layers"], json::array({"Props"}));
+  EXPECT_NE(Out({"info", scene, "--dump"}).find("Red"), std::string::npos);
+}
+
+TEST_F(CommandLine, OptionsAreShownToggledAndSaved) {
+  const std::string scene = Spider();
+  EXPECT_TRUE(Json({"options", scene})["options"]["Layers"]);
+  EXPECT_EQ(Json({"options", scene})["options"].size(), 12U);
+  EXPECT_FALSE(Json({"options", scene, "--toggle", "Layers", "--save-default"})["options"]["Layers"]);
+  // The scene itself was not written, but the defaults hold for every scene without a choice of its own.
+  EXPECT_FALSE(Json({"options", scene})["options"]["Layers"]);
+  EXPECT_TRUE(Json({"options", scene})["options"]["Objects"]);
+}
+
+TEST_F(CommandLine, DamagedScenesAndPluginsGetAMessage) {
+  std::ofstream(Scene("foreign.c4d")) << "no scene";
+  const ChildResult foreign = Call({"list", Scene("foreign.c4d")});
+  EXPECT_EQ(foreign.status, 1);
+  EXPECT_NE(foreign.err.find("foreign.c4d"), std::string::npos) << foreign.err;
+
+  const ChildResult noPlugin = test_support::RunChild(TEST_BINARY_DIR "/bin/stagemarks", {"list", Scene("foreign.c4d")},
+                                                      {{"STAGEMARKS_PLUGINS", folder_ / "nowhere"}});
+  EXPECT_EQ(noPlugin.status, 1);
+  EXPECT_NE(noPlugin.err.find("Stagemarks.so"), std::string::npos) << noPlugin.err;
+}
+
+TEST_F(CommandLine, TheDemoChecksItself) {
+  const std::string out = Out({"demo", "--to", folder_ / "demo"});
+  EXPECT_EQ(out.find("\u2717"), std::string::npos) << out;
+  EXPECT_NE(out.find("Undid that recall"), std::string::npos) << out;
+  EXPECT_EQ(Marks(folder_ / "demo/dungeon.c4d"), "*Clay Emptier Overview ");
+}
+
+}  // namespace
