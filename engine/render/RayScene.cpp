@@ -73,6 +73,8 @@ RayScene::RayScene(const ScenePicture& picture, RTCDevice device) : picture_(pic
   if (!picture.bounds.IsEmpty()) size_ = Length(picture.bounds.high - picture.bounds.low);
 }
 
+RayScene::~RayScene() { rtcReleaseScene(scene_); }
+
 void RayScene::Add(const Instance& instance, RTCDevice device) {
   const host::Matrix& m = instance.frame;
   const Vec columns[4] = {ToVec(m.v1), ToVec(m.v2), ToVec(m.v3), ToVec(m.off)};

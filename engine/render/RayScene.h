@@ -35,7 +35,7 @@ class RayScene {
   RayScene(const ScenePicture& picture, RTCDevice device);
   RayScene(const RayScene&) = delete;
   RayScene& operator=(const RayScene&) = delete;
-  ~RayScene() { rtcReleaseScene(scene_); }
+  ~RayScene();
 
   // The nearest surface; `pixelSize` is the side of the seen area per distance and at no distance, for the detail of textures.
   bool Find(const Ray& ray, unsigned mask, const RayCamera& camera, Finding* finding) const;
