@@ -37,13 +37,10 @@ class TableCheck {
       const bool sameOwner = i > 0 && table_.owners[i] == table_.owners[i - 1];
       if (i > 0 && table_.owners[i] < table_.owners[i - 1]) in_.Refuse("owners do not rise");
       if (!IsOwner(table_.owners[i], table_.firstRow + i)) in_.Refuse("an owner is no element that can own one");
-      const std::uint64_t deepest =
-          kElementRules[section_].tree && (sameOwner || (i > 0 && HasNoOwner())) ? table_.depths[i - 1] + 1 : 0;
+      const std::uint64_t deepest = kElementRules[section_].tree && sameOwner ? table_.depths[i - 1] + 1 : 0;
       if (table_.depths[i] > deepest) in_.Refuse("an element hangs below none");
     }
   }
-
-  bool HasNoOwner() const { return section_ == kLayers || section_ == kMaterials || section_ == kRender || section_ == kObjects; }
 
   bool IsOwner(std::uint64_t owner, std::uint64_t row) const {
     const auto isIn = [&](ElementSection section) {
