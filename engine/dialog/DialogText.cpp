@@ -25,6 +25,9 @@ std::size_t Rounded(host::LONG pixels, host::LONG unit) {
                      : static_cast<std::size_t>(std::min<host::LONG>(pixels, 400) + unit / 2) / static_cast<std::size_t>(unit);
 }
 
+// One blank line sets groups apart; more would only make the dialog long.
+std::size_t BlankLines(host::LONG pixels) { return std::min<std::size_t>(1, Rounded(pixels, kLinePixels)); }
+
 // The width of a gadget in columns as its layout asks for, 0 where it does not.
 std::size_t AskedColumns(const Gadget& gadget) {
   const host::LONG columns = gadget.width >= host::SizeChr(1) ? gadget.width >> 16 : gadget.width / kColumnPixels;
@@ -132,11 +135,11 @@ TextArea GadgetBlock(const Gadget& gadget) {
   std::vector<TextArea> blocks;
   for (const auto& child : gadget.children) blocks.push_back(GadgetBlock(*child));
   const std::size_t columns = std::min(ColumnsOf(gadget), std::max<std::size_t>(1, blocks.size()));
-  TextArea block = InGrid(blocks, columns, std::max<std::size_t>(2, Rounded(gadget.spaceX, kColumnPixels)),
-                          Rounded(gadget.spaceY, kLinePixels));
+  TextArea block =
+      InGrid(blocks, columns, std::max<std::size_t>(2, Rounded(gadget.spaceX, kColumnPixels)), BlankLines(gadget.spaceY));
   if (gadget.text.Content()) block = Framed(block, TextOf(gadget.text));
-  return Surrounded(block, Rounded(gadget.borderLeft, kColumnPixels), Rounded(gadget.borderTop, kLinePixels),
-                    Rounded(gadget.borderRight, kColumnPixels), Rounded(gadget.borderBottom, kLinePixels));
+  return Surrounded(block, Rounded(gadget.borderLeft, kColumnPixels), BlankLines(gadget.borderTop),
+                    Rounded(gadget.borderRight, kColumnPixels), BlankLines(gadget.borderBottom));
 }
 
 // --- Menus.

@@ -66,7 +66,7 @@ float Gloss(const Finding& finding, Vec toLight, Vec toEye, float lightCosine) {
 LightSource ShoulderLight(const RayCamera& camera) {
   LightSource light;
   light.kind = LightSource::Kind::Sun;
-  light.color = {0.98F, 0.95F, 0.90F};
+  light.color = {0.92F, 0.89F, 0.84F};
   const Vec flat = Normalized(Vec{camera.Forward().x, 0, camera.Forward().z} + camera.Forward() * 0.05F);
   light.direction = Normalized(flat * 0.42F + camera.Right() * 0.72F + Vec{0, -1, 0});
   return light;
@@ -75,9 +75,9 @@ LightSource ShoulderLight(const RayCamera& camera) {
 }  // namespace
 
 Vec BackdropColor(Vec direction) {
-  const Vec ground{0.185F, 0.190F, 0.200F};
-  const Vec horizon{0.46F, 0.50F, 0.55F};
-  const Vec zenith{0.085F, 0.125F, 0.195F};
+  const Vec ground{0.066F, 0.075F, 0.090F};
+  const Vec horizon{0.34F, 0.38F, 0.43F};
+  const Vec zenith{0.055F, 0.085F, 0.140F};
   const float up = direction.y;
   if (up < 0) return Mix(horizon * 0.62F, ground, SmoothStep(0.0F, 0.55F, -up));
   return Mix(Mix(horizon * 0.62F, horizon, SmoothStep(0.0F, 0.035F, up)), zenith, std::pow(up, 0.55F));
