@@ -154,7 +154,10 @@ void MaterialConversion::SetSurface(const aiMaterial& from, host::BaseMaterial& 
   // glTF's surfaces that are no metals reflect as specular 0.5 does.
   data.SetReal(host::MATERIAL_SPECULAR, Clamped(IsGltf() ? 0.5 : most * strength));
   data.SetReal(host::MATERIAL_ROUGHNESS, Clamped(Number(from, AI_MATKEY_ROUGHNESS_FACTOR).value_or(RoughnessOf(exponent))));
-  data.SetReal(host::MATERIAL_METALLIC, Clamped(Number(from, AI_MATKEY_METALLIC_FACTOR).value_or(0)));
+  // A texture for it most often says "no metal" nearly everywhere, beside a factor of 1 that would make all of it metal.
+  const double metallic = Number(from, AI_MATKEY_METALLIC_FACTOR).value_or(0);
+  const bool isTextured = from.GetTextureCount(aiTextureType_METALNESS) > 0;
+  data.SetReal(host::MATERIAL_METALLIC, isTextured && metallic >= 1 ? 0 : Clamped(metallic));
 }
 
 void MaterialConversion::SetEmission(const aiMaterial& from, unsigned index, host::BaseMaterial& to) {

@@ -66,7 +66,7 @@ PictureInProgress::PictureInProgress(ScenePicture scene, const PictureSetup& set
       setup_(setup),
       camera_(scene_.camera, setup.width, setup.height),
       rays_(scene_, device),
-      shading_(scene_, rays_, camera_),
+      shading_(scene_, rays_, camera_, setup.draft ? ShadingDetail::Quick : ShadingDetail::Full),
       tilesAcross_((setup.width + kTileSide - 1) / kTileSide),
       tileCount_(tilesAcross_ * ((setup.height + kTileSide - 1) / kTileSide)),
       pixels_(static_cast<std::size_t>(setup.width) * setup.height),

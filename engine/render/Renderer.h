@@ -19,6 +19,8 @@ struct PictureSetup {
   // Looks through this instead of the scene camera. Without either, a camera that frames everything.
   std::optional<PictureCamera> camera;
   unsigned threads = 0;  // 0: one for each core
+  // One quick pass and no more: what a view shows while something moves.
+  bool draft = false;
 };
 
 class PictureInProgress {
@@ -35,7 +37,7 @@ class PictureInProgress {
   // Does the next pass: the first one looks once at each pixel, the second one four times, the last one sixteen times where
   // neighbours differ. False when it was stopped; the pass can be taken up again then.
   bool Refine(const GoOn& goOn = {});
-  bool IsFinished() const { return pass_ == kPasses; }
+  bool IsFinished() const { return pass_ == (setup_.draft ? 1 : kPasses); }
 
   // The picture as it stands: 8-bit sRGB, opaque. Empty before the first pass is through.
   Image Current() const;

@@ -7,7 +7,8 @@ namespace {
 constexpr float kPi = 3.14159265358979F;
 constexpr int kDeepestReflection = 1;
 constexpr std::uint32_t kOpenTries = 4;  // directions tried per sample for what lies around a point
-constexpr float kOpenReach = 0.06F;      // how far, as a share of the scene
+constexpr float kUsualOpenShare = 0.9F;
+constexpr float kOpenReach = 0.06F;  // how far, as a share of the scene
 constexpr float kWeakestReflection = 0.04F;
 constexpr float kSharpestRoughness = 0.06F;
 
@@ -83,7 +84,8 @@ Vec BackdropColor(Vec direction) {
   return Mix(Mix(horizon * 0.62F, horizon, SmoothStep(0.0F, 0.035F, up)), zenith, std::pow(up, 0.55F));
 }
 
-Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera) : scene_(scene), camera_(camera) {
+Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera, ShadingDetail detail)
+    : scene_(scene), camera_(camera), detail_(detail) {
   Vec ambient;
   for (const LightSource& light : picture.lights) {
     if (light.kind == LightSource::Kind::Ambient) {
@@ -133,7 +135,8 @@ Vec Shading::LightFrom(const Finding& finding, const Ray& ray, Tries tries, int 
   const Vec direction = Normalized(ray.direction - finding.normal * (2 * Dot(finding.normal, ray.direction)));
   const Vec around = BackdropColor(direction);
   light += blurred * ambient;
-  if (depth >= kDeepestReflection || Largest(mirrored) < kWeakestReflection) return light + mirrored * around * ambient;
+  const bool traced = detail_ == ShadingDetail::Full && depth < kDeepestReflection && Largest(mirrored) >= kWeakestReflection;
+  if (!traced) return light + mirrored * around * ambient;
   const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
                       std::numeric_limits<float>::infinity()};
   return light + mirrored * LightAlong(reflected, around, tries, depth + 1);
@@ -188,6 +191,7 @@ Vec Shading::AmbientOn(const Finding& finding, Tries tries) const {
 }
 
 float Shading::OpenShare(const Finding& finding, Tries tries) const {
+  if (detail_ == ShadingDetail::Quick) return kUsualOpenShare;
   const Vec start = finding.position + finding.faceNormal * (scene_.Gap(finding) * 2);
   const float turnA = ToShare(Scrambled(tries.pixel * 2 + 1));
   const float turnB = ToShare(Scrambled(tries.pixel * 2 + 0x9e3779b9U));

@@ -9,9 +9,13 @@ namespace engine {
 // Colour of the sky and the ground below it in that direction, linear.
 Vec BackdropColor(Vec direction);
 
+// How much is looked for: Quick leaves out what lies around a point and what is mirrored in it, at about a quarter of the cost.
+enum class ShadingDetail { Full, Quick };
+
 class Shading {
  public:
-  Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera);
+  Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera,
+          ShadingDetail detail = ShadingDetail::Full);
 
   // Light at a place of the picture, in pixels. `pixel` and `sample` choose the directions that are tried out.
   Vec LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample) const;
@@ -33,6 +37,7 @@ class Shading {
 
   const RayScene& scene_;
   const RayCamera& camera_;
+  ShadingDetail detail_;
   std::vector<LightSource> lights_;  // those with a place or direction
   Vec skyAmbient_;
   Vec groundAmbient_;

@@ -43,7 +43,7 @@ class Stage {
   SceneBuilder scene_;
 };
 
-constexpr PictureSetup kSmall{64, 48, {}, {}, 2};
+constexpr PictureSetup kSmall{64, 48, {}, {}, 2, false};
 
 std::vector<std::uint8_t> Render(const host::BaseDocument& doc, PictureSetup setup = kSmall) {
   engine::RenderCaches caches;
@@ -185,6 +185,22 @@ TEST(Render, StopsAndGoesOnWhereItStopped) {
   EXPECT_GT(last, 0.5);
   EXPECT_LE(last, 1.0);
   EXPECT_EQ(picture->Current().bytes, Render(stage.Scene().Doc()));
+}
+
+TEST(Render, ADraftIsReadyAfterOnePassAndComesNear) {
+  Stage stage;
+  PictureSetup setup = kSmall;
+  setup.draft = true;
+  engine::RenderCaches caches;
+  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), setup, caches).Take();
+  EXPECT_TRUE(picture->Refine());
+  EXPECT_TRUE(picture->IsFinished());
+  const auto draft = picture->Current().bytes;
+  const auto whole = Render(stage.Scene().Doc());
+  double sum = 0;
+  for (std::size_t i = 0; i < whole.size(); ++i) sum += std::abs(draft[i] - whole[i]);
+  EXPECT_LT(sum / static_cast<double>(whole.size()), 6);
+  EXPECT_NE(draft, whole);
 }
 
 TEST(Render, KeepsGeometryFromPictureToPicture) {
