@@ -6,37 +6,31 @@
 #include <unordered_map>
 #include <vector>
 
-#include "source/Stagemarks/Host.h"
+#include "source/Stagemarks/recall/ItemIndex.h"
 
 namespace stagemarks {
 
 class RecordFinder {
  public:
   // Each item once; null ones are found nowhere.
-  RecordFinder(const BaseContainer& records, LONG linkKey, const BaseDocument* doc, const std::vector<BaseList2D*>& items);
-  // Position of the first record that links to `item`, one of the items; -1 when there is none.
-  LONG Position(const BaseList2D* item) const;
+  RecordFinder(const BaseContainer& records, LONG linkKey, const BaseDocument* doc, const Items& items);
+  // Position of the first record that links to the item at place `item` of the list; -1 when there is none.
+  LONG Position(std::size_t item) const { return first_[item]; }
   // What the record at `position` links to now; null for position -1 and for a link that is gone.
   const BaseList2D* Target(LONG position) const;
   // The record at `position`, which linked to `before`, was written: takes note of what it links to now.
   void Written(LONG position, const BaseList2D* before);
 
  private:
-  struct Place {
-    const BaseList2D* item = nullptr;
-    LONG first = NOTOK;
-    Bool several = FALSE;
-  };
-  // Where `item` is, or the free place where it belongs.
-  std::size_t PlaceOf(const BaseList2D* item) const;
-  void Add(const BaseList2D* item, LONG position);
-  void Remove(const BaseList2D* item, LONG position);
+  void Add(std::size_t item, LONG position);
+  void Remove(std::size_t item, LONG position);
 
   const BaseContainer& records_;
   LONG linkKey_;
   const BaseDocument* doc_;
-  std::vector<Place> places_;                                  // open addressing, a power of two and at most half full
-  std::unordered_map<const BaseList2D*, std::set<LONG>> all_;  // of items with several records
+  ItemIndex index_;
+  std::vector<LONG> first_;                              // by item
+  std::unordered_map<std::size_t, std::set<LONG>> all_;  // of items that have had several records
 };
 
 }  // namespace stagemarks

@@ -11,19 +11,20 @@ namespace stagemarks {
 
 namespace {
 
-std::vector<BaseList2D*> ResolveAll(const BaseContainer& links, const BaseDocument* doc) {
-  std::vector<BaseList2D*> items;
+Items ResolveAll(const BaseContainer& links, const BaseDocument* doc) {
+  Items items;
   for (LONG i = 0, id = 0; (id = links.GetIndexId(i)) != NOTOK; ++i) items.push_back(links.GetLink(id, doc));
   return items;
 }
 
 // False at the first layer that is gone; those before it are written.
-Bool WriteLayers(BaseContainer& records, const std::vector<BaseList2D*>& layers, const BaseDocument* doc) {
+Bool WriteLayers(BaseContainer& records, const Items& layers, const BaseDocument* doc) {
   const RecordFinder finder(records, kLayerLink, doc, layers);
   FreeKeys keys(records);
-  for (const BaseList2D* layer : layers) {
+  for (std::size_t i = 0; i < layers.size(); ++i) {
+    const BaseList2D* layer = layers[i];
     if (!layer) return FALSE;
-    const LONG position = finder.Position(layer);
+    const LONG position = finder.Position(i);
     if (position != NOTOK) {
       const LONG key = records.GetIndexId(position);
       BaseContainer record = records.GetContainer(key);
@@ -45,7 +46,7 @@ Bool SMDialog::SetLayersOnCheckedElements() {
   BaseContainer* store = doc ? doc->GetDataInstance()->GetContainerInstance(kRecordStore) : nullptr;
   if (!store) return FALSE;
   listStore_ = doc->GetDataInstance()->GetContainer(kListStore);
-  const std::vector<BaseList2D*> selected = ResolveAll(GetSelectedLayers(), doc);
+  const Items selected = ResolveAll(GetSelectedLayers(), doc);
   const Bool done = CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
     BaseContainer* layers = element.GetContainerInstance(kLayers);
     return layers && WriteLayers(*layers, selected, doc);

@@ -11,19 +11,19 @@ namespace stagemarks {
 
 namespace {
 
-std::vector<BaseList2D*> Items(const AtomArray& selection) {
-  std::vector<BaseList2D*> items;
+Items ItemsOf(const AtomArray& selection) {
+  Items items;
   for (LONG i = 0; i < selection.GetCount(); ++i) items.push_back(static_cast<BaseList2D*>(selection.GetIndex(i)));
   return items;
 }
 
 // For each item either its first record changed by refresh(record, i), or the one made by create(i, key) under `key`.
 template <class Refresh, class Create>
-void WriteItems(BaseContainer& records, LONG linkKey, const BaseDocument* doc, const std::vector<BaseList2D*>& items,
-                Refresh refresh, Create create) {
+void WriteItems(BaseContainer& records, LONG linkKey, const BaseDocument* doc, const Items& items, Refresh refresh,
+                Create create) {
   RecordFinder finder(records, linkKey, doc, items);
   for (std::size_t i = 0; i < items.size(); ++i) {
-    const LONG known = finder.Position(items[i]);
+    const LONG known = finder.Position(i);
     const LONG key = known != NOTOK ? records.GetIndexId(known) : records.GetCount();
     const BaseList2D* before = known != NOTOK ? items[i] : finder.Target(records.FindIndex(key));
     if (known != NOTOK) {
@@ -39,7 +39,7 @@ void WriteItems(BaseContainer& records, LONG linkKey, const BaseDocument* doc, c
 
 // A tag and what is recorded of it, captured once for all elements.
 struct CapturedTags {
-  std::vector<BaseList2D*> tags;
+  Items tags;
   std::vector<BaseContainer> captures;
 
   void Refresh(BaseContainer& record, std::size_t i) const { record.MergeContainer(captures[i]); }
@@ -62,7 +62,7 @@ Bool SMDialog::SetObjectsOnCheckedElements() {
 
   const AutoAlloc<AtomArray> selection;
   doc->GetActiveObjects(*selection, GETACTIVEOBJECTFLAGS_CHILDREN);
-  const std::vector<BaseList2D*> items = Items(*selection);
+  const Items items = ItemsOf(*selection);
   const auto object = [&](std::size_t i) -> const BaseObject& { return *static_cast<BaseObject*>(items[i]); };
   const Bool done = CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
     BaseContainer* objects = element.GetContainerInstance(kObjects);
@@ -86,7 +86,7 @@ Bool SMDialog::SetTagsOnCheckedElements() {
   const AutoAlloc<AtomArray> selection;
   doc->GetActiveTags(*selection);
   CapturedTags captured;
-  for (BaseList2D* item : Items(*selection)) {
+  for (BaseList2D* item : ItemsOf(*selection)) {
     const TagTypeRow* row = FindTagType(item->GetType());
     if (!row) continue;
     captured.tags.push_back(item);

@@ -2,7 +2,7 @@
 // records' keys play no part.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
-#include "source/Stagemarks/recall/LinkTargets.h"
+#include "source/Stagemarks/recall/ItemIndex.h"
 #include "source/Stagemarks/recording/Walk.h"
 
 namespace stagemarks {
@@ -23,6 +23,22 @@ Bool Holds(const BaseContainer* element, LONG part, LONG linkKey, const BaseList
   return FALSE;
 }
 
+// Links to those of `items`, each there once, that no record links to, under 0, 1, 2 ... in their order.
+BaseContainer WithoutRecord(const Items& items, const BaseContainer* records, LONG linkKey, const BaseDocument* doc) {
+  std::vector<Bool> known(items.size());
+  ItemIndex index(items);
+  const LONG count = records ? records->GetCount() : 0;
+  for (LONG i = 0; i < count; ++i) {
+    const std::size_t item = index.Find(records->GetContainer(records->GetIndexId(i)).GetLink(linkKey, doc));
+    if (item != ItemIndex::kNone) known[item] = TRUE;
+  }
+  BaseContainer links;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (!known[i]) links.SetLink(links.GetCount(), items[i]);
+  }
+  return links;
+}
+
 }  // namespace
 
 Bool SMDialog::SearchElementForObject(BaseContainer* element, BaseObject* op) const {
@@ -36,42 +52,29 @@ Bool SMDialog::SearchElementForLayer(BaseContainer* element, LayerObject* layer)
 }
 
 BaseContainer SMDialog::GetNewObjects(BaseContainer* element) const {
-  BaseContainer found;
   const BaseDocument* doc = GetActiveDocument();
-  if (!doc || !doc->GetFirstObject()) return found;
-  const LinkTargets known(Part(element, kObjects), kObjectLink, doc);
-  LONG count = 0;
-  for (BaseObject* op = doc->GetFirstObject(); op; op = NextInOrder(op)) {
-    if (!known.Contains(op)) found.SetLink(count++, op);
-  }
-  return found;
+  Items objects;
+  for (BaseObject* op = doc ? doc->GetFirstObject() : nullptr; op; op = NextInOrder(op)) objects.push_back(op);
+  return WithoutRecord(objects, Part(element, kObjects), kObjectLink, doc);
 }
 
 BaseContainer SMDialog::GetNewTags(BaseContainer* element) const {
-  BaseContainer found;
   const BaseDocument* doc = GetActiveDocument();
-  if (!doc || !doc->GetFirstObject()) return found;
-  const LinkTargets known(Part(element, kTags), kTagLink, doc);
-  LONG count = 0;
-  for (BaseObject* op = doc->GetFirstObject(); op; op = NextInOrder(op)) {
-    for (BaseTag* tag = op->GetFirstTag(); tag; tag = tag->GetNext()) {
-      if (!known.Contains(tag)) found.SetLink(count++, tag);
-    }
+  Items tags;
+  for (BaseObject* op = doc ? doc->GetFirstObject() : nullptr; op; op = NextInOrder(op)) {
+    for (BaseTag* tag = op->GetFirstTag(); tag; tag = tag->GetNext()) tags.push_back(tag);
   }
-  return found;
+  return WithoutRecord(tags, Part(element, kTags), kTagLink, doc);
 }
 
 BaseContainer SMDialog::GetNewLayers(BaseContainer* element) const {
-  BaseContainer found;
   const BaseDocument* doc = GetActiveDocument();
   GeListHead* root = doc ? doc->GetLayerObjectRoot() : nullptr;
-  if (!root || !root->GetFirst()) return found;
-  const LinkTargets known(Part(element, kLayers), kLayerLink, doc);
-  LONG count = 0;
-  for (LayerObject* layer = static_cast<LayerObject*>(root->GetFirst()); layer; layer = NextInOrder(layer)) {
-    if (!known.Contains(layer)) found.SetLink(count++, layer);
+  Items layers;
+  for (LayerObject* layer = root ? static_cast<LayerObject*>(root->GetFirst()) : nullptr; layer; layer = NextInOrder(layer)) {
+    layers.push_back(layer);
   }
-  return found;
+  return WithoutRecord(layers, Part(element, kLayers), kLayerLink, doc);
 }
 
 }  // namespace stagemarks
