@@ -47,7 +47,7 @@ std::unique_ptr<engine::PictureInProgress> Begin(const host::BaseDocument& doc, 
 // The bare search.
 double SearchTime(const host::BaseDocument& doc, engine::RenderCaches& caches) {
   engine::ScenePicture scene = engine::ReadScene(doc, {}, caches);
-  scene.camera = engine::FramingCamera(scene.bounds, double{kWidth} / kHeight);
+  scene.camera = engine::FramingCamera(engine::OutlineOf(scene), double{kWidth} / kHeight);
   const engine::RayScene rays(scene, caches.Device());
   const engine::RayCamera camera(scene.camera, kWidth, kHeight);
   std::size_t hits = 0;

@@ -1,7 +1,5 @@
 #include "engine/render/RayCamera.h"
 
-#include <array>
-
 #include "engine/render/Frames.h"
 
 namespace engine {
@@ -68,49 +66,62 @@ struct Middle {
   double distance = 1e-3;
 };
 
-// Goes back until all corners lie inside, then puts what is seen into the middle of the picture.
-Middle Improved(const Middle& from, const Box& box, const host::Matrix& frame, double halfX, double halfY) {
+// Goes back until all points lie inside, then puts what is seen into the middle of the picture. The points are given in the
+// directions of the camera.
+Middle Improved(const Middle& from, const std::vector<Vec>& points, double halfX, double halfY) {
   double left = 1e30, right = -1e30, low = 1e30, high = -1e30;
   Middle to{0, 0, 1e-3};
-  std::array<host::Vector, 8> corners;
-  for (int i = 0; i < 8; ++i) {
-    const Vec corner = box.Corner(i) - box.Centre();
-    const host::Vector p{corner.x, corner.y, corner.z};
-    corners[static_cast<std::size_t>(i)] = {DotOf(p, frame.v1) - from.x, DotOf(p, frame.v2) - from.y, DotOf(p, frame.v3)};
+  for (const Vec& p : points) {
+    to.distance = std::max(to.distance, std::max(std::abs(p.x - from.x) / halfX, std::abs(p.y - from.y) / halfY) - p.z);
   }
-  for (const host::Vector& c : corners) {
-    to.distance = std::max(to.distance, std::max(std::abs(c.x) / halfX, std::abs(c.y) / halfY) - c.z);
-  }
-  for (const host::Vector& c : corners) {
-    const double depth = std::max(c.z + to.distance, 1e-6);
-    left = std::min(left, c.x / depth);
-    right = std::max(right, c.x / depth);
-    low = std::min(low, c.y / depth);
-    high = std::max(high, c.y / depth);
+  for (const Vec& p : points) {
+    const double depth = std::max(p.z + to.distance, 1e-6);
+    left = std::min(left, (p.x - from.x) / depth);
+    right = std::max(right, (p.x - from.x) / depth);
+    low = std::min(low, (p.y - from.y) / depth);
+    high = std::max(high, (p.y - from.y) / depth);
   }
   to.x = from.x + (left + right) / 2 * to.distance;
   to.y = from.y + (low + high) / 2 * to.distance;
   return to;
 }
 
+constexpr std::size_t kMostOutlinePoints = 60000;
+
 }  // namespace
 
-PictureCamera FramingCamera(const Box& bounds, double aspect) {
-  Box box = bounds;
-  if (box.IsEmpty()) {
-    box.Add({-100, -100, -100});
-    box.Add({100, 100, 100});
+std::vector<Vec> OutlineOf(const ScenePicture& picture) {
+  std::vector<Vec> points;
+  const std::size_t share = std::max<std::size_t>(8, kMostOutlinePoints / std::max<std::size_t>(1, picture.instances.size()));
+  for (const Instance& instance : picture.instances) {
+    const Geometry& geometry = *instance.geometry;
+    const std::size_t step = std::max<std::size_t>(1, geometry.triangles.size() * 3 / share);
+    for (std::size_t i = 0; i < geometry.triangles.size() * 3; i += step) {
+      const Vec p = geometry.points[geometry.triangles[i / 3][i % 3]];
+      points.push_back(ToVec(PlacedBy(instance.frame, {p.x, p.y, p.z})));
+    }
   }
+  return points;
+}
+
+PictureCamera FramingCamera(std::vector<Vec> points, double aspect) {
+  if (points.empty()) points = {{-100, -100, -100}, {100, 100, 100}};
+  Box box;
+  for (const Vec& p : points) box.Add(p);
   PictureCamera camera;
   camera.fov = kFramingAngle;
   camera.frame.v3 = UnitOf({-0.62, -0.48, 0.82});
   camera.frame.v1 = UnitOf(CrossOf({0, 1, 0}, camera.frame.v3));
   camera.frame.v2 = CrossOf(camera.frame.v3, camera.frame.v1);
-  const double halfX = HalfTangent(kFramingAngle) / kMargin;
   const Vec centre = box.Centre();
+  for (Vec& p : points) {
+    const Vec way = p - centre;
+    p = {Dot(way, ToVec(camera.frame.v1)), Dot(way, ToVec(camera.frame.v2)), Dot(way, ToVec(camera.frame.v3))};
+  }
+  const double halfX = HalfTangent(kFramingAngle) / kMargin;
   // What sticks out on one side more than on the other moves the middle, which changes the distance: it settles quickly.
   Middle middle;
-  for (int round = 0; round < 8; ++round) middle = Improved(middle, box, camera.frame, halfX, halfX / aspect);
+  for (int round = 0; round < 8; ++round) middle = Improved(middle, points, halfX, halfX / aspect);
   camera.frame.off = Sum(TurnedBy(camera.frame, {middle.x, middle.y, -middle.distance}), {centre.x, centre.y, centre.z});
   return camera;
 }

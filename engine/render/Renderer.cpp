@@ -53,7 +53,7 @@ Result<std::unique_ptr<PictureInProgress>> PictureInProgress::Begin(const host::
     if (setup.camera) {
       scene.camera = *setup.camera;
     } else if (!scene.hasSceneCamera) {
-      scene.camera = FramingCamera(scene.bounds, static_cast<double>(setup.width) / setup.height);
+      scene.camera = FramingCamera(OutlineOf(scene), static_cast<double>(setup.width) / setup.height);
     }
     return std::unique_ptr<PictureInProgress>(new PictureInProgress(std::move(scene), setup, caches.Device()));
   } catch (const std::bad_alloc&) {

@@ -88,7 +88,11 @@ struct SceneReading {
 // Reads what can be seen. Without a scene camera the camera is left at its defaults.
 ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches);
 
-// A camera that shows all of `bounds` in a three-quarter view from above, in a picture of that width over height.
-PictureCamera FramingCamera(const Box& bounds, double aspect);
+// Points of the world that show the outline of all instances: corners of triangles spread over each of them.
+std::vector<Vec> OutlineOf(const ScenePicture& picture);
+
+// A camera that shows all of the points in a three-quarter view from above, in a picture of that width over height. Without any
+// point it looks at the origin.
+PictureCamera FramingCamera(std::vector<Vec> points, double aspect);
 
 }  // namespace engine
