@@ -37,7 +37,7 @@ Result<std::string> WriteOne(const host::BaseDocument& doc, const EmbeddedFile& 
       const Status written = Outside::Current().ReplaceFile(folder + "/" + name, *file.bytes);
       return written ? Result<std::string>(name) : Result<std::string>(written);
     }
-    name = NumberedFileName(file.name, number);
+    name = NumberedFileName(SafeFileName(file.name), number);
   }
   return Result<std::string>::Failure("There is no free name for \"" + file.name + "\" in \"" + folder + "\".");
 }

@@ -12,13 +12,11 @@ namespace engine {
 inline constexpr std::size_t kFrameLimit = 1u << 20;
 
 enum class FrameKind : char {
-  Progress = 'P',       // thousandths as decimal text
-  Note = 'N',           // one sentence
-  Scene = 'S',          // the next bytes of the native scene
-  EmbeddedName = 'T',   // an embedded file begins
-  EmbeddedBytes = 'B',  // the next bytes of that file
-  Failure = 'F',        // why there is no scene
-  Done = 'D',           // everything was sent
+  Progress = 'P',  // thousandths as decimal text
+  Note = 'N',      // one sentence
+  Scene = 'S',     // the next bytes of the native scene
+  Failure = 'F',   // why there is no scene
+  Done = 'D',      // everything was sent
 };
 
 struct Frame {

@@ -34,8 +34,8 @@ bool IsImportable(const std::string& path);
 // Shows its progress through Outside::Progress, which can stop it. `worker`: the program to run as the child.
 Result<Imported> ImportScene(const std::string& path, const std::string& worker, const ImportLimits& limits = {});
 
-// The child's side: confines the process for good, reads `path` and writes the scene in the native format, embedded
-// textures and notes to file descriptor `output`. Returns the process's exit status.
+// The child's side: confines the process for good, reads `path` and writes the scene in the native format and the notes to
+// file descriptor `output`. Returns the process's exit status.
 int RunImportWorker(const std::string& path, int output, const ImportLimits& limits = {});
 
 }  // namespace engine

@@ -5,14 +5,12 @@
 #include <charconv>
 #include <utility>
 
-#include "engine/import/EmbeddedTextures.h"
 #include "engine/import/Frames.h"
 #include "engine/import/Import.h"
 #include "engine/import/SourceCheck.h"
 #include "engine/import/TextureFiles.h"
 #include "engine/import/WorkerProcess.h"
 #include "engine/outside/Outside.h"
-#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scenefile/SceneFile.h"
 
@@ -20,7 +18,6 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kMostNotes = 1000;
-constexpr std::size_t kMostFiles = 10000;
 constexpr int kCannotRun = 127;
 
 // What the child has sent so far. It is not trusted: sizes and numbers are bounded, texts are cleaned.
@@ -38,13 +35,12 @@ class Received {
     return !stopped_;
   }
 
-  bool TooMuch() const { return total_ > limit_ || files_.size() > kMostFiles; }
+  bool TooMuch() const { return total_ > limit_; }
   bool Damaged() const { return parser_.Damaged(); }
   bool Stopped() const { return stopped_; }
   bool Done() const { return done_; }
   const std::string& Failure() const { return failure_; }
   const std::string& Scene() const { return scene_; }
-  std::vector<std::pair<std::string, std::string>>& Files() { return files_; }
   std::vector<std::string>& NotesSent() { return notes_; }
 
  private:
@@ -57,12 +53,6 @@ class Received {
         return;
       case FrameKind::Scene:
         scene_ += frame.bytes;
-        return;
-      case FrameKind::EmbeddedName:
-        files_.emplace_back(frame.bytes, std::string());
-        return;
-      case FrameKind::EmbeddedBytes:
-        if (!files_.empty()) files_.back().second += frame.bytes;
         return;
       case FrameKind::Failure:
         failure_ = Clean(frame.bytes);
@@ -97,7 +87,6 @@ class Received {
   std::string failure_;
   std::string scene_;
   std::vector<std::string> notes_;
-  std::vector<std::pair<std::string, std::string>> files_;
 };
 
 std::string SlowMessage(const ImportLimits& limits) {
@@ -151,7 +140,6 @@ Result<Imported> ImportScene(const std::string& path, const std::string& worker,
   const Result<host::BaseDocument*> scene = ReadScene(received.Scene());
   if (!scene) return Failed(path, "The importer's answer is damaged: " + scene.Message());
   Imported imported{scene.Value(), std::move(received.NotesSent())};
-  for (auto& [name, bytes] : received.Files()) AddEmbeddedFile(*imported.document, name, std::move(bytes));
   SetOrigin(path, *imported.document);
   for (const std::string& note : ResolveTextures(*imported.document, path)) imported.notes.push_back(note);
   ClearChanged(*imported.document);

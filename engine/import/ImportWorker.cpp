@@ -9,7 +9,6 @@
 #include "engine/import/Frames.h"
 #include "engine/import/Import.h"
 #include "engine/import/SceneReader.h"
-#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scenefile/SceneFile.h"
 
 namespace engine {
@@ -46,13 +45,6 @@ class ProgressSender {
   int last_ = -1;
 };
 
-bool SendEmbedded(const host::BaseDocument& doc, FrameWriter& output) {
-  for (const EmbeddedFile& file : EmbeddedFilesOf(doc)) {
-    if (!output.Write(FrameKind::EmbeddedName, file.name) || !output.Write(FrameKind::EmbeddedBytes, *file.bytes)) return false;
-  }
-  return true;
-}
-
 Status SendScene(const host::BaseDocument& doc, FrameWriter& output) {
   const Result<std::vector<std::string>> pieces = WriteScene(doc);
   if (!pieces) return pieces.GetStatus();
@@ -67,7 +59,6 @@ Status Work(const std::string& path, FrameWriter& output) {
   const auto notes = ReadForeignScene(path, doc.Get(), [&](double fraction) { return progress.Tell(fraction); });
   if (!notes) return notes.GetStatus();
   for (const std::string& note : notes.Value()) output.Write(FrameKind::Note, note);
-  SendEmbedded(doc.Get(), output);
   return SendScene(doc.Get(), output);
 }
 
