@@ -183,13 +183,11 @@ void NormaliseLights(SourceFormat format, std::vector<SourceLight>& lights) {
 SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path, Notes& notes) {
   SceneFacts facts;
   facts.unitsPerFileUnit = UnitsPerFileUnit(scene, format);
-  if (format == SourceFormat::Gltf || format == SourceFormat::Glb) {
-    const std::string file = ReadAll(path);
-    AddGltfFacts(scene, format == SourceFormat::Glb ? JsonChunk(file) : file, facts, notes);
-  } else {
-    AddCommonFacts(scene, format, facts);
-    if (format == SourceFormat::Collada && scene.mNumCameras > 0) MendColladaCameras(ReadAll(path), facts, notes);
-  }
+  const std::string file = format == SourceFormat::Obj || format == SourceFormat::Fbx ? std::string() : ReadAll(path);
+  const bool isGltf = format == SourceFormat::Gltf || format == SourceFormat::Glb;
+  const bool known = isGltf && AddGltfFacts(scene, format == SourceFormat::Glb ? JsonChunk(file) : file, facts, notes);
+  if (!known) AddCommonFacts(scene, format, facts);
+  if (format == SourceFormat::Collada && scene.mNumCameras > 0) MendColladaCameras(file, facts, notes);
   NormaliseLights(format, facts.lights);
   return facts;
 }

@@ -192,8 +192,9 @@ void NoteLosses(const Json& file, Notes& notes) {
 
 }  // namespace
 
-void AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& facts, Notes& notes) {
+bool AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& facts, Notes& notes) {
   const Json file = Json::parse(json, nullptr, false);
+  if (Member(file, "nodes").is_object()) return false;
   ReadList(Member(file, "cameras"), facts.cameras, CameraOf);
   ReadList(Member(Member(Member(file, "extensions"), "KHR_lights_punctual"), "lights"), facts.lights, LightOf);
   ReadList(Member(file, "materials"), facts.materials, MaterialOf);
@@ -202,6 +203,7 @@ void AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& fac
   facts.rootIsNode = roots.is_array() && roots.size() == 1;
   NodeMatch(file, facts).AddRoots(scene.mRootNode, roots);
   NoteLosses(file, notes);
+  return true;
 }
 
 }  // namespace engine

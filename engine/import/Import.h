@@ -31,7 +31,8 @@ inline constexpr const char* kImportWorkerVerb = "--import-worker";
 
 // True for a suffix that Import reads (letter case aside).
 bool IsImportable(const std::string& path);
-// Shows its progress through Outside::Progress, which can stop it. `worker`: the program to run as the child.
+// Shows its progress through Outside::Progress, which can stop it. `worker`: full path of the program to run as the
+// child.
 Result<Imported> ImportScene(const std::string& path, const std::string& worker, const ImportLimits& limits = {});
 
 // The child's side: confines the process for good, reads `path` and writes the scene in the native format and the notes to

@@ -244,6 +244,9 @@ host::String SceneConversion::NameOf(const aiNode& node, const NodeFacts& facts,
   return facts.isNamed && node.mName.length > 0 ? TextOf(node.mName) : object.GetTypeName();
 }
 
-void SceneConversion::NoteLosses() { notes_.Count("Animations are left out, the scene is shown at rest", scene_.mNumAnimations); }
+void SceneConversion::NoteLosses() {
+  if (doc_.GetFirstObject() == nullptr) notes_.Add("The file holds no objects.");
+  notes_.Count("Animations are left out, the scene is shown at rest", scene_.mNumAnimations);
+}
 
 }  // namespace engine

@@ -73,7 +73,8 @@ struct SceneFacts {
 SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path, Notes& notes);
 
 // The parts of it.
-void AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& facts, Notes& notes);
+// False, adding nothing, for a file of version 1, whose lists are objects.
+bool AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& facts, Notes& notes);
 void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts);
 void MendColladaCameras(const std::string& xml, SceneFacts& facts, Notes& notes);
 // Scales brightnesses so that lights given in physical units look as lights of brightness 0 to 1 do.

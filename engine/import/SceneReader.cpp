@@ -83,6 +83,7 @@ unsigned StepsFor(SourceFormat format) {
 
 std::string ReasonOf(const Assimp::Importer& importer) {
   const std::string reason = importer.GetErrorString();
+  if (reason.rfind("No suitable reader", 0) == 0) return "The file is damaged, or of another kind than its suffix says.";
   return reason.empty() ? "The file cannot be read." : "The file cannot be read: " + reason;
 }
 

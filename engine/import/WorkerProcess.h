@@ -37,7 +37,8 @@ class WorkerProcess {
   WorkerProcess& operator=(const WorkerProcess&) = delete;
   ~WorkerProcess();
 
-  // Starts `program kImportWorkerVerb path <descriptor>`. Exit status 127 later means that it could not be run.
+  // Starts `program kImportWorkerVerb path <descriptor>`; both are full paths. Exit status 127 later means that it could not be
+  // run.
   Status Start(const std::string& program, const std::string& path, const ImportLimits& limits);
   // Blocks until the run is over; `receive` is called at least every twentieth of a second.
   WorkerOutcome Run(const Receiver& receive);
@@ -45,6 +46,7 @@ class WorkerProcess {
  private:
   bool Step(const Receiver& receive);
   void Kill();
+  bool HasEnded() const;
   WorkerOutcome Wait();
 
   pid_t child_ = -1;

@@ -66,10 +66,13 @@ void Write(int output, const char* text) {
 
 int Behave(const std::string& how, const std::string& path, int output) {
   FrameWriter writer(output);
+  if (how == "crash") ::signal(SIGSEGV, SIG_DFL);  // a sanitizer catches it otherwise
   if (how == "crash") ::raise(SIGSEGV);
   if (how == "abort") std::abort();
   if (how == "killed") ::raise(SIGKILL);
   if (how == "sleep") ::sleep(600);
+  if (how == "closed") ::close(output);
+  if (how == "closed") ::sleep(600);
   if (how == "spin") Spin();
   if (how == "status") return 3;
   if (how == "noise") Write(output, "this is no frame at all");

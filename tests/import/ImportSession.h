@@ -31,7 +31,7 @@ class ImportSession : public testing::Test {
   ImportSession() : inUse_(person_) {}
   ~ImportSession() override { Close(); }
 
-  // Imports and keeps the document; the former one is gone. A failure fails the test and leaves no document.
+  // Imports and keeps the document; the former one is gone. A failure fails the test and leaves an empty one.
   void Open(const std::string& path);
   // The message of an import that must fail.
   std::string Refusal(const std::string& path, const engine::ImportLimits& limits = {},

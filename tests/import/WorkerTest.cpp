@@ -70,7 +70,7 @@ TEST_F(Worker, TheChildCanOnlyReadBelowTheScene) {
 TEST_F(Worker, TimeIsLimited) {
   engine::ImportLimits limits;
   limits.seconds = 1;
-  for (const char* how : {"sleep", "spin"}) {
+  for (const char* how : {"sleep", "spin", "closed"}) {
     const auto start = std::chrono::steady_clock::now();
     ExpectPart(Ended(how, limits), "The import took longer than 1 seconds and was stopped.");
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
@@ -137,6 +137,12 @@ TEST_F(Worker, ABeginningThatBeliesTheSuffixIsRefused) {
     ExpectPart(Refusal(Write(name, std::string("\x7f\0ELF and so on, long enough for any head", 40))),
                "is not what its suffix says, or it is damaged.");
   }
+}
+
+TEST_F(Worker, AnEmptySceneIsNoted) {
+  Open(Write("nothing.gltf", R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{}]})"));
+  EXPECT_EQ(Counts().objects, 0U);
+  EXPECT_TRUE(HasNote("The file holds no objects."));
 }
 
 TEST_F(Worker, SuffixesAreTakenInAnyCase) {
