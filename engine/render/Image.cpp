@@ -24,13 +24,36 @@ constexpr std::array kKinds = {Kind{kTiffLittle, DecodeTiff},        Kind{kTiffB
                                Kind{"\x76\x2f\x31\x01", DecodeExr},  Kind{"BM", DecodeBmp}};
 
 double SrgbDecode(double value) { return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4); }
-double SrgbEncode(double value) { return value <= 0.0031308 ? value * 12.92 : 1.055 * std::pow(value, 1 / 2.4) - 0.055; }
 
 std::array<float, 256> MakeLinearTable() {
   std::array<float, 256> table;
   for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(SrgbDecode(static_cast<double>(i) / 255));
   return table;
 }
+
+// Turning a view's pixels into bytes must cost next to nothing: the byte is looked up where its neighbourhood begins and then
+// moved over the few borders up to the value.
+struct ByteTable {
+  static constexpr std::size_t kSteps = 4096;
+  std::array<float, 255> borders;               // linear value from which on the next byte is nearer
+  std::array<std::uint8_t, kSteps> beginnings;  // by linear value
+
+  ByteTable() {
+    for (std::size_t i = 0; i < borders.size(); ++i)
+      borders[i] = static_cast<float>(SrgbDecode((static_cast<double>(i) + 0.5) / 255));
+    std::size_t byte = 0;
+    for (std::size_t i = 0; i < kSteps; ++i) {
+      while (byte < borders.size() && static_cast<float>(i) / kSteps >= borders[byte]) ++byte;
+      beginnings[i] = static_cast<std::uint8_t>(byte);
+    }
+  }
+  // `linear` in 0..1, 1 excluded.
+  std::uint8_t At(float linear) const {
+    std::size_t byte = beginnings[static_cast<std::size_t>(linear * kSteps)];
+    while (byte < borders.size() && linear >= borders[byte]) ++byte;
+    return static_cast<std::uint8_t>(byte);
+  }
+};
 
 std::uint8_t ToByte(float value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F); }
 
@@ -70,7 +93,8 @@ Image ToBytes(const Image& image) {
 
 std::uint8_t LinearToSrgb(float linear) {
   if (!(linear > 0)) return 0;
-  return linear >= 1 ? 255 : ToByte(static_cast<float>(SrgbEncode(static_cast<double>(linear))));
+  static const ByteTable table;
+  return linear >= 1 ? 255 : table.At(linear);
 }
 
 float SrgbToLinear(std::uint8_t byte) {

@@ -145,12 +145,14 @@ void PictureInProgress::FindContrasts() {
 Image PictureInProgress::Current() const {
   if (pass_ == 0) return {};
   Image image{setup_.width, setup_.height, {}, {}};
-  image.bytes.reserve(pixels_.size() * 4);
+  image.bytes.resize(pixels_.size() * 4);
+  std::uint8_t* to = image.bytes.data();
   for (const Pixel& pixel : pixels_) {
     const Vec c = ColorOf(pixel);
-    for (const std::uint8_t byte : {LinearToSrgb(c.x), LinearToSrgb(c.y), LinearToSrgb(c.z), std::uint8_t{255}}) {
-      image.bytes.push_back(byte);
-    }
+    *to++ = LinearToSrgb(c.x);
+    *to++ = LinearToSrgb(c.y);
+    *to++ = LinearToSrgb(c.z);
+    *to++ = 255;
   }
   return image;
 }

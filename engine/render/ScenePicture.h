@@ -30,7 +30,7 @@ struct SurfaceLook {
   std::shared_ptr<const Texture> luminanceTexture;
   std::shared_ptr<const Texture> normalTexture;
 
-  bool CanBeSeenThrough() const { return alphaMode != AlphaMode::Opaque; }
+  bool CanBeSeenThrough() const { return alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture); }
 };
 
 // A light's place and direction in the world. The colour has the brightness multiplied in.

@@ -100,6 +100,22 @@ TEST_F(DialogEvents, MayCloseTheirDialog) {
   EXPECT_FALSE(engine::InsideDialogCall());
 }
 
+struct Vanishing : host::GeDialog {
+  host::Bool CreateLayout() override { return AddButton(1, 0, 0, 0, "Vanish"); }
+  host::Bool Command(host::LONG, const host::BaseContainer&) override {
+    delete this;
+    return host::TRUE;
+  }
+};
+
+TEST(DialogEnds, InsideItsOwnCommandWithoutHarm) {
+  auto* dialog = new Vanishing;
+  ASSERT_TRUE(dialog->Open(0, 0, 0, 0, 0, 0, 0));
+  EXPECT_TRUE(engine::PressButton(*dialog, 1));
+  EXPECT_TRUE(engine::OpenDialogs().empty());
+  EXPECT_FALSE(engine::InsideDialogCall());
+}
+
 TEST_F(DialogEvents, NestAndCountTheirDepth) {
   int depth = 0;
   dialog_.onCommand = [&] {

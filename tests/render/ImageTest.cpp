@@ -195,6 +195,12 @@ TEST(Colours, SrgbAndBackIsExact) {
     const auto byte = static_cast<std::uint8_t>(i);
     ASSERT_EQ(engine::LinearToSrgb(engine::SrgbToLinear(byte)), byte);
   }
+  // The formula of the standard, rounded to the nearest byte.
+  for (int i = 1; i < 100000; ++i) {
+    const double linear = i / 100000.0;
+    const double srgb = 255 * (linear <= 0.0031308 ? linear * 12.92 : 1.055 * std::pow(linear, 1 / 2.4) - 0.055);
+    ASSERT_NEAR(engine::LinearToSrgb(static_cast<float>(linear)), srgb, 0.501) << linear;
+  }
   EXPECT_NEAR(engine::SrgbToLinear(188), 0.5, 0.01);
   EXPECT_EQ(engine::LinearToSrgb(7.0F), 255);
   EXPECT_EQ(engine::LinearToSrgb(-1.0F), 0);
