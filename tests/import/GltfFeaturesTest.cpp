@@ -123,7 +123,6 @@ TEST_F(GltfFeatures, MaterialsKeepWhatTheSceneKnows) {
   EXPECT_EQ(clear.GetLong(host::MATERIAL_ALPHA_MODE), 2);
   EXPECT_NEAR(clear.GetReal(host::MATERIAL_ALPHA), 0.25, 1e-6);
   EXPECT_EQ(clear.GetReal(host::MATERIAL_METALLIC), 0) << "its texture is left out, and with it the factor 1";
-  EXPECT_NEAR(clear.GetReal(host::MATERIAL_ROUGHNESS), 0.6, 1e-6);
   EXPECT_EQ(Counts().materials, 2U) << "the library's own default is used by nobody";
   host::TextureTag* tag = engine::AsTextureTag(Only("Two (Clear)")->GetTag(host::Ttexture));
   ASSERT_NE(tag, nullptr);
