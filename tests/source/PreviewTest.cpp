@@ -21,7 +21,7 @@ class PreviewTest : public StageTest {
 };
 
 TEST_F(PreviewTest, SettingsKeepTheirValuesTheirOrderAndWhatTheyLack) {
-  Settings().RemoveData(RDATA_FRAMETO);
+  for (const LONG missing : {RDATA_FRAMETO, RDATA_FRAMESEQUENCE, 5202}) Settings().RemoveData(missing);
   Settings().SetLong(5300, 7);
   Settings().SetBool(5076, TRUE);
   const BaseContainer before = Settings();

@@ -103,7 +103,10 @@ TEST_F(TextureExportTest, OfSeveralFilesOfOneNameTheLastOneStays) {
   fs::create_directory(In("farther"));
   const std::string first = File("far/wood.png");
   const std::string second = File("farther/wood.png");
-  for (const std::string& file : {first, second, first}) AddTexture(file);
+  for (const std::string& file : {first, second}) AddTexture(file);
+  Generate(kAsSaveProjectOneFolder);
+  EXPECT_EQ(tests::ReadText(In("out/tex/wood.png")), "farther/wood.png");
+  AddTexture(first);
   Generate(kAsSaveProjectOneFolder);
   EXPECT_EQ(tests::ReadText(In("out/tex/wood.png")), "far/wood.png");
 }
@@ -149,6 +152,41 @@ TEST_F(TextureExportTest, ExportingToWhereTheTexturesLieLeavesThemWhole) {
   Press(kGenerateFiles);
   EXPECT_EQ(tests::ReadText(wood), "work/tex/wood.png");
   EXPECT_EQ(tests::Names(In("work")), "Scene A.c4d tex");
+}
+
+// The document's own folder first, then the global paths in their order.
+TEST(GlobalTexturePathTest, FillsInWhatTheDocumentsFolderLacks) {
+  const support::TemporaryFolder paths;
+  engine::ApplicationSetup setup;
+  for (const char* name : {"first", "second"}) {
+    fs::create_directory(paths.Path() + "/" + name);
+    setup.texturePaths.push_back(paths.Path() + "/" + name);
+  }
+  const auto write = [&](const std::string& file) { tests::WriteText(paths.Path() + "/" + file, file); };
+  write("first/b.png");
+  write("second/a.png");
+  write("second/b.png");
+  write("second/c.png");
+  support::PluginSession session(setup);
+  fs::create_directories(session.Folder() + "/tex");
+  tests::WriteText(session.Folder() + "/tex/c.png", "tex/c.png");
+  session.PretendSaved("Scene.c4d");
+  for (const char* texture : {"a.png", "b.png", "c.png"}) {
+    BaseShader* shader = BaseShader::Alloc(Xbitmap);
+    shader->GetDataInstance()->SetFilename(BITMAPSHADER_FILENAME, Filename(texture));
+    BaseMaterial* material = BaseMaterial::Alloc(Mmaterial);
+    material->InsertShader(shader);
+    session.Doc().AppendMaterial(material);
+  }
+  session.Record("A");
+  session.Menu(kCheckAll);
+  engine::ChooseFromCombo(session.Dialog(), kFileLayout, kAsSaveProject);
+  session.Person().ChooseNext(session.Folder());
+  session.Press(kGenerateFiles);
+  const std::string out = session.Folder() + "/Scene A/tex/";
+  EXPECT_EQ(tests::ReadText(out + "a.png"), "second/a.png");
+  EXPECT_EQ(tests::ReadText(out + "b.png"), "first/b.png");
+  EXPECT_EQ(tests::ReadText(out + "c.png"), "tex/c.png");
 }
 
 class ShaderPlacesTest : public TextureExportTest {

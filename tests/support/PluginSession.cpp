@@ -33,7 +33,8 @@ TemporaryFolder::~TemporaryFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
-PluginSession::PluginSession() : person_(folder_.Path() + "/user"), inUse_(person_), application_(person_, {}) {
+PluginSession::PluginSession(engine::ApplicationSetup setup)
+    : person_(folder_.Path() + "/user"), inUse_(person_), application_(person_, std::move(setup)) {
   person_.SetNow(kNow);
   const engine::LoadReport report = application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
   if (report.outcome != engine::LoadOutcome::Loaded) Fail(report.message);

@@ -27,7 +27,7 @@ class TemporaryFolder {
 
 class PluginSession {
  public:
-  PluginSession();
+  explicit PluginSession(engine::ApplicationSetup setup = {});
   ~PluginSession();
 
   const std::string& Folder() const { return folder_.Path(); }
