@@ -261,6 +261,42 @@ TEST_F(ExportFailureTest, AFolderInPlaceOfTheSceneFileStays) {
   EXPECT_EQ(Tree(), "Scene A.c4d/full\n");
 }
 
+// Whichever operation goes wrong: files are whole or not there, and the user's document is active and alone.
+TEST_F(ExportFailureTest, AnyFailingOperationLeavesWholeFilesAndTheUsersDocument) {
+  RecordTwo();
+  BaseShader* shader = BaseShader::Alloc(Xbitmap);
+  shader->GetDataInstance()->SetFilename(BITMAPSHADER_FILENAME, Filename(Work("wood.png").c_str()));
+  Doc().GetFirstMaterial()->InsertShader(shader);
+  tests::WriteText(Work("wood.png"), "wood");
+  BaseDocument* const original = &Doc();
+  const std::string before = engine::DumpDocument(Doc());
+  const std::vector<std::string> states = StatesByLoading({"A", "B"});
+  bool reached = true;
+  for (std::size_t number = 1; reached; ++number) {
+    fs::remove_all(Out());
+    fs::create_directory(Out());
+    engine::FaultyOutside faulty(Person());
+    engine::OutsideInUse use(faulty);
+    faulty.Break(number, engine::Fault::Fail);
+    Generate(kAsSaveProject);
+    reached = faulty.Count() >= number;
+    faulty.Mend();
+    ASSERT_EQ(&Doc(), original) << number;
+    ASSERT_EQ(App().Documents().size(), 1U) << number;
+    for (const auto& entry : fs::recursive_directory_iterator(Out())) {
+      const std::string path = entry.path().string();
+      if (path.ends_with(".png")) {
+        EXPECT_EQ(tests::ReadText(path), "wood") << number;
+      }
+      if (path.ends_with(".c4d")) {
+        EXPECT_EQ(StateIn(fs::relative(path, Out())), states[path.ends_with("A.c4d") ? 0 : 1]) << number;
+      }
+    }
+  }
+  EXPECT_EQ(Tree(), "Scene A/Scene A.c4d\nScene A/tex/wood.png\nScene B/Scene B.c4d\nScene B/tex/wood.png\n");
+  EXPECT_EQ(engine::DumpDocument(Doc()), before);
+}
+
 class BadExportNameTest : public ExportTest, public testing::WithParamInterface<std::pair<const char*, std::string>> {};
 
 TEST_P(BadExportNameTest, WritesNothingOutsideTheChosenFolder) {

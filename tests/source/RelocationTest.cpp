@@ -1,6 +1,7 @@
 // How the folder of previews follows a scene that is saved under another name.
 #include <filesystem>
 
+#include "engine/outside/FaultyOutside.h"
 #include "tests/source/StageTest.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -73,6 +74,16 @@ TEST_F(RelocationTest, AFolderThatCannotBeMadeIsToldAndDoesNotStopTheSave) {
   SaveAs("next.c4d");
   EXPECT_EQ(Transcript(), "tell: Error! New SM Directory could not be created!\n");
   EXPECT_EQ(tests::ReadText(Folder() + "/next_SM"), "a file");
+  EXPECT_TRUE(fs::exists(Folder() + "/next.c4d"));
+}
+
+TEST_F(RelocationTest, AFailedCopyEndsTheCopyingAndNotTheSave) {
+  engine::FaultyOutside faulty(Person());
+  engine::OutsideInUse use(faulty);
+  faulty.Break(1, engine::Fault::Fail, engine::Operation::CopyFile);
+  SaveAs("next.c4d");
+  EXPECT_EQ(Transcript(), "");
+  EXPECT_EQ(tests::Names(Folder() + "/next_SM"), "");
   EXPECT_TRUE(fs::exists(Folder() + "/next.c4d"));
 }
 

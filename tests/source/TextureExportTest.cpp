@@ -63,6 +63,8 @@ class TextureExportTest : public StageTest {
 TEST_F(TextureExportTest, AnExistingPathWinsOverTheTextureFolder) {
   AddTexture(File("far/wood.png"));
   File("work/tex/wood.png");
+  fs::create_directories(In("work/tex") + In("far"));
+  tests::WriteText(In("work/tex") + In("far/wood.png"), "the whole path below the folder");
   AddTexture("stone.png");
   File("work/tex/stone.png");
   AddTexture("missing.png");
