@@ -104,6 +104,12 @@ std::shared_ptr<const Texture> RenderCaches::TextureIn(const std::shared_ptr<con
   return Use(it->second, problem);
 }
 
+bool RenderCaches::TakeError() {
+  if (rtcGetDeviceError(device_) == RTC_ERROR_NONE) return false;
+  geometries_.clear();
+  return true;
+}
+
 void RenderCaches::Tidy() {
   std::erase_if(geometries_, [](const auto& entry) { return entry.second.mesh.expired(); });
   std::map<std::uint64_t, TextureKey> byUse;

@@ -41,6 +41,8 @@ class RenderCaches {
   // The same for a file held in memory, told by the bytes' identity.
   std::shared_ptr<const Texture> TextureIn(const std::shared_ptr<const std::string>& bytes, std::string* problem);
 
+  // Whether the ray tracer complained since the last call (it does when memory is short). All geometry is forgotten then.
+  bool TakeError();
   // Forgets meshes that are gone and the textures used longest ago beyond the bound. Called after each picture was prepared.
   void Tidy();
 

@@ -1,3 +1,5 @@
+#include <new>
+
 #include "engine/outside/Outside.h"
 #include "engine/render/Renderer.h"
 #include "host/Application.h"
@@ -52,10 +54,14 @@ LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHo
     if (progress) progress(done, 0, context);
     return !(thread && thread->TestBreak()) && engine::Outside::Current().Progress(done, "Rendering");
   };
-  while (!picture.IsFinished()) {
-    if (!picture.Refine(goOn)) return RENDERRESULT_USERBREAK;
+  try {
+    while (!picture.IsFinished()) {
+      if (!picture.Refine(goOn)) return RENDERRESULT_USERBREAK;
+    }
+    return Show(picture.Current(), *bitmap) ? RENDERRESULT_OK : RENDERRESULT_OUTOFMEMORY;
+  } catch (const std::bad_alloc&) {
+    return RENDERRESULT_OUTOFMEMORY;
   }
-  return Show(picture.Current(), *bitmap) ? RENDERRESULT_OK : RENDERRESULT_OUTOFMEMORY;
 }
 
 }  // namespace host

@@ -55,7 +55,9 @@ Result<std::unique_ptr<PictureInProgress>> PictureInProgress::Begin(const host::
     } else if (!scene.hasSceneCamera) {
       scene.camera = FramingCamera(OutlineOf(scene), static_cast<double>(setup.width) / setup.height);
     }
-    return std::unique_ptr<PictureInProgress>(new PictureInProgress(std::move(scene), setup, caches.Device()));
+    std::unique_ptr<PictureInProgress> picture(new PictureInProgress(std::move(scene), setup, caches.Device()));
+    if (caches.TakeError()) return Answer::Failure("There is not enough memory for the geometry of the scene.");
+    return picture;
   } catch (const std::bad_alloc&) {
     return Answer::Failure("There is not enough memory for the picture.");
   }
