@@ -1,0 +1,24 @@
+// Pictures of widgets, written for people to look at.
+#pragma once
+
+#include <QApplication>
+#include <QDir>
+#include <QPixmap>
+#include <QWidget>
+
+namespace pictures {
+
+// Lets all that is posted and due happen.
+inline void Settle() {
+  for (int i = 0; i < 5; ++i) QApplication::processEvents(QEventLoop::AllEvents, 20);
+}
+
+// Writes <build>/pictures/<name>-<scale>.png of the widget as shown; false when that failed.
+inline bool Write(QWidget& widget, const QString& name) {
+  Settle();
+  const QString folder = TEST_BINARY_DIR "/pictures";
+  const QPixmap picture = widget.grab();
+  return QDir().mkpath(folder) && picture.save(QString("%1/%2-%3.png").arg(folder, name).arg(picture.devicePixelRatio()));
+}
+
+}  // namespace pictures

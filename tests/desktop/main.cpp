@@ -1,0 +1,14 @@
+// Runs the tests inside an application with the program's own look.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+#include "program/desktop/Theme.h"
+
+int main(int count, char** words) {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(count, words);
+  desktop::ApplyTheme(application);
+  testing::InitGoogleTest(&count, words);
+  return RUN_ALL_TESTS();
+}
