@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 using test_support::ChildResult;
-using test_support::TemporaryFolder;
+using test_tests::ScratchFolder;
 
 class CommandLine : public testing::Test {
  protected:

@@ -123,7 +123,7 @@ TEST_F(OptionsTest, MarksStayWithoutADocument) {
 }
 
 TEST(DefaultOptions, AreReadAtTheNextStart) {
-  support::TemporaryFolder folder;
+  tests::ScratchFolder folder;
   const auto start = [&folder](bool save) {
     engine::ScriptedOutside person(folder.Path());
     const engine::OutsideInUse inUse(person);

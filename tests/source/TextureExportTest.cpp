@@ -158,7 +158,7 @@ TEST_F(TextureExportTest, ExportingToWhereTheTexturesLieLeavesThemWhole) {
 
 // The document's own folder first, then the global paths in their order.
 TEST(GlobalTexturePathTest, FillsInWhatTheDocumentsFolderLacks) {
-  const support::TemporaryFolder paths;
+  const tests::ScratchFolder paths;
   engine::ApplicationSetup setup;
   for (const char* name : {"first", "second"}) {
     fs::create_directory(paths.Path() + "/" + name);

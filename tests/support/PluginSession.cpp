@@ -1,7 +1,6 @@
 #include "tests/support/PluginSession.h"
 
 #include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 
 #include "source/Stagemarks/keys/ElementKeys.h"
@@ -21,17 +20,6 @@ host::String Text(const std::string& utf8) { return host::String(std::string_vie
 [[noreturn]] void Fail(const std::string& what) { throw std::runtime_error(what); }
 
 }  // namespace
-
-TemporaryFolder::TemporaryFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "stagemarks-XXXXXX").string();
-  if (!mkdtemp(pattern.data())) Fail("no temporary folder");
-  path_ = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
 
 PluginSession::PluginSession(engine::ApplicationSetup setup)
     : person_(folder_.Path() + "/user"), inUse_(person_), application_(person_, std::move(setup)) {

@@ -9,21 +9,9 @@
 #include "engine/application/Application.h"
 #include "engine/dialog/Dialogs.h"
 #include "engine/outside/ScriptedOutside.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace support {
-
-// A folder of its own below the system's temporary one, removed at the end.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder();
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 class PluginSession {
  public:
@@ -89,7 +77,7 @@ class PluginSession {
   host::LONG LineOf(const std::string& name) const;
   const engine::Gadget& List() const;
 
-  TemporaryFolder folder_;
+  tests::ScratchFolder folder_;
   engine::ScriptedOutside person_;
   engine::OutsideInUse inUse_;
   engine::Application application_;
