@@ -16,8 +16,9 @@ namespace commandline {
 
 // Exit statuses, as the manual lists them.
 inline constexpr int kDone = 0;
-inline constexpr int kFailed = 1;  // it did not work
-inline constexpr int kUsage = 2;   // wrong usage or an unknown name
+inline constexpr int kFailed = 1;         // it did not work
+inline constexpr int kUsage = 2;          // wrong usage or an unknown name
+inline constexpr int kInterrupted = 130;  // stopped by Ctrl-C
 
 struct Program {
   Terminal terminal;
@@ -46,6 +47,8 @@ void AddRecord(CLI::App& app, Program& program);
 void AddLoad(CLI::App& app, Program& program);
 void AddSet(CLI::App& app, Program& program);
 void AddOptions(CLI::App& app, Program& program);
+void AddRender(CLI::App& app, Program& program);
+void AddSheet(CLI::App& app, Program& program);
 void AddDemo(CLI::App& app, Program& program);
 
 }  // namespace commandline

@@ -14,7 +14,8 @@ namespace {
 bool IsImportWorker(int count, char** words) { return count == 4 && std::string_view(words[1]) == "--import-worker"; }
 
 void AddVerbs(CLI::App& app, Program& program) {
-  for (auto* add : {AddNew, AddImport, AddInfo, AddList, AddRecord, AddLoad, AddSet, AddOptions, AddDemo}) add(app, program);
+  for (auto* add : {AddNew, AddImport, AddInfo, AddList, AddRecord, AddLoad, AddSet, AddOptions, AddRender, AddSheet, AddDemo})
+    add(app, program);
 }
 
 void DescribeProgram(CLI::App& app, Program& program) {
@@ -25,7 +26,7 @@ void DescribeProgram(CLI::App& app, Program& program) {
   app.fallthrough();
   app.footer(
       "Nothing is written to your scene unless you say -o OUT or --write.\n"
-      "Exit status: 0 done, 1 it did not work, 2 wrong usage or an unknown name.\n\n"
+      "Exit status: 0 done, 1 it did not work, 2 wrong usage or an unknown name, 130 stopped by Ctrl-C.\n\n"
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"
       "  stagemarks set room.c4d --object \"Lamp*\" --render off --write\n"

@@ -1,0 +1,22 @@
+// PicturePage: a page for a browser that shows the pictures of all states with their names, to be searched, sorted and looked at
+// large. It needs nothing but the picture files beside it. Pure functions, any thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "program/commandline/StagemarksDialog.h"
+
+namespace commandline {
+
+struct PageEntry {
+  Mark state;
+  std::string file;  // name of the picture, in the folder of the page
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+};
+
+// The whole page, in UTF-8; names are shown as text whatever they hold.
+std::string MakePicturePage(const std::string& title, const std::string& subtitle, const std::vector<PageEntry>& entries);
+
+}  // namespace commandline

@@ -1,0 +1,123 @@
+#include "program/commandline/StatePictures.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+
+#include "engine/render/Renderer.h"
+#include "host/Host.h"
+
+namespace commandline {
+
+using engine::PictureInProgress;
+using engine::Result;
+using engine::Status;
+
+namespace {
+
+// What the renderer keeps for each pixel.
+constexpr std::uint64_t kBytesPerPixel = 16;
+
+const host::BaseContainer& ActiveSettings(const host::BaseDocument& doc) { return *doc.GetActiveRenderData()->GetDataInstance(); }
+
+std::uint32_t Side(host::LONG pixels) { return static_cast<std::uint32_t>(std::max<host::LONG>(0, pixels)); }
+
+std::uint32_t Scaled(std::uint32_t side, double scale) {
+  return static_cast<std::uint32_t>(std::max(1.0, std::round(static_cast<double>(side) * scale)));
+}
+
+}  // namespace
+
+Result<PictureSize> ParsePictureSize(const std::string& typed) {
+  long width = 0;
+  long height = 0;
+  char rest = 0;
+  if (std::sscanf(typed.c_str(), "%9ldx%9ld%c", &width, &height, &rest) != 2 || width < 1 || height < 1) {
+    return Result<PictureSize>::Failure("\"" + typed + "\" is no picture size; 1280x720 is one.");
+  }
+  const PictureSize size{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
+  if (Status fits = engine::CheckImageSize(size.width, size.height, kBytesPerPixel); !fits) return fits;
+  return size;
+}
+
+std::string SizeText(const PictureSize& size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
+
+PictureSize FittedInto(const PictureSize& size, const PictureSize& box) {
+  if (size.width == 0 || size.height == 0) return box;
+  const double scale = std::min(static_cast<double>(box.width) / size.width, static_cast<double>(box.height) / size.height);
+  return {std::min(box.width, Scaled(size.width, scale)), std::min(box.height, Scaled(size.height, scale))};
+}
+
+int StatePictures::Fail(const std::string& why) {
+  session_.GetProgram().terminal.Error(why);
+  return kFailed;
+}
+
+int StatePictures::Choose(const std::vector<std::string>& names) {
+  const std::vector<Mark> all = session_.Dialog().Marks();
+  for (const std::string& name : names) {
+    if (const int status = session_.RequireMark(name); status != kDone) return status;
+    states_.push_back(*std::find_if(all.begin(), all.end(), [&](const Mark& mark) { return mark.name == name; }));
+  }
+  if (names.empty()) states_ = all;
+  asItIs_ = states_.empty();
+  if (asItIs_) states_.emplace_back();
+  return kDone;
+}
+
+int StatePictures::Recall(const Mark& state) {
+  if (asItIs_) return kDone;
+  if (!session_.Dialog().Select(state.name) || !session_.Dialog().Press("Load")) {
+    return Fail("\"" + state.name + "\" was not loaded.");
+  }
+  session_.App().DeliverEvents();
+  return kDone;
+}
+
+PictureSize StatePictures::Size() const {
+  const host::BaseContainer& settings = ActiveSettings(session_.Document());
+  return {Side(settings.GetLong(host::RDATA_XRES)), Side(settings.GetLong(host::RDATA_YRES))};
+}
+
+PictureFacts StatePictures::Facts(const Mark& state) const {
+  host::BaseDocument& doc = session_.Document();
+  const host::BaseContainer& settings = ActiveSettings(doc);
+  const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
+  PictureFacts facts;
+  facts.scene = std::filesystem::path(doc.GetDocumentName().GetString().ToUtf8()).stem().string();
+  facts.state = asItIs_ ? "as it is" : state.name;
+  facts.camera = camera ? camera->GetName().ToUtf8() : "Editor camera";
+  facts.frame = settings.GetTime(host::RDATA_FRAMEFROM).GetFrame(settings.GetLong(host::RDATA_FRAMERATE, 30));
+  return facts;
+}
+
+int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, const std::string& name, engine::Image* picture) {
+  Terminal& terminal = session_.GetProgram().terminal;
+  engine::PictureSetup setup;
+  setup.width = size.width;
+  setup.height = size.height;
+  setup.threads = threads_;
+  auto begun = PictureInProgress::Begin(session_.Document(), setup, engine::RenderCaches::Shared());
+  if (!begun) return Fail("\"" + name + "\" was not rendered: " + begun.Message());
+  for (const std::string& note : begun.Value()->Notes()) {
+    if (noted_.insert(note).second) terminal.Note(note);
+  }
+  const auto count = static_cast<double>(turn.count);
+  const std::string what = "Rendering " + std::to_string(turn.number + 1) + " of " + std::to_string(turn.count) + ": " + name;
+  const auto goOn = [&](double done) { return terminal.Progress((static_cast<double>(turn.number) + done) / count, what); };
+  while (!begun.Value()->IsFinished()) {
+    if (!begun.Value()->Refine(goOn)) return kInterrupted;
+  }
+  *picture = begun.Value()->Current();
+  return kDone;
+}
+
+int StatePictures::Save(const engine::Image& picture, const std::string& path) {
+  const Result<std::string> bytes = IsTiffName(path) ? engine::EncodeTiff(picture) : engine::EncodePng(picture);
+  if (!bytes) return Fail("\"" + path + "\" was not written: " + bytes.Message());
+  const Status written = session_.Files().ReplaceFile(path, bytes.Value());
+  return written ? kDone : Fail(written.Message());
+}
+
+}  // namespace commandline

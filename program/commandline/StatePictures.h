@@ -1,0 +1,65 @@
+// StatePictures: pictures of the states of the open scene: which states are meant, bringing the scene into one through the
+// dialog, and rendering it as it then stands. Works on a session it does not own. What fails is said on the terminal and
+// answered as an exit status. Main thread.
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "engine/render/Image.h"
+#include "program/commandline/PictureNames.h"
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+struct PictureSize {
+  std::uint32_t width = 0;   // pixels
+  std::uint32_t height = 0;  // pixels
+};
+
+// "1280x720", both 1..16384 and together not more than can be rendered; a failure says what is wrong.
+engine::Result<PictureSize> ParsePictureSize(const std::string& typed);
+std::string SizeText(const PictureSize& size);
+// The largest size of the same shape that fits into `box`.
+PictureSize FittedInto(const PictureSize& size, const PictureSize& box);
+
+// How far the whole work is while one picture of it is rendered.
+struct PictureTurn {
+  std::size_t number = 0;  // 0-based
+  std::size_t count = 1;
+};
+
+class StatePictures {
+ public:
+  // `threads`: 0 one for each core.
+  StatePictures(Session& session, unsigned threads) : session_(session), threads_(threads) {}
+
+  // The states with these names, or all of them; a scene without any gives one without a name, which stands for the scene as
+  // it is. Unknown names answer kUsage.
+  int Choose(const std::vector<std::string>& names);
+  // In the order chosen; the current one as it was before anything was recalled.
+  const std::vector<Mark>& States() const { return states_; }
+  bool AsItIs() const { return asItIs_; }
+
+  // Brings the scene into the state.
+  int Recall(const Mark& state);
+  // Of the scene as it stands: size by the active render settings, names for files.
+  PictureSize Size() const;
+  PictureFacts Facts(const Mark& state) const;
+  // Renders the scene as it stands. kInterrupted after Ctrl-C.
+  int Render(const PictureSize& size, const PictureTurn& turn, const std::string& name, engine::Image* picture);
+  // Writes it whole or not at all; TIFF or PNG by the suffix.
+  int Save(const engine::Image& picture, const std::string& path);
+
+ private:
+  int Fail(const std::string& why);
+
+  Session& session_;
+  unsigned threads_;
+  bool asItIs_ = false;
+  std::vector<Mark> states_;
+  std::set<std::string> noted_;
+};
+
+}  // namespace commandline

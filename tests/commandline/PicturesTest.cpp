@@ -1,0 +1,251 @@
+// Pictures of states and contact sheets, as a person calls for them: names, refusals, what is written and what is left alone.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <regex>
+
+#include "engine/render/Image.h"
+#include "tests/support/ChildProgram.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using test_support::ChildResult;
+
+constexpr const char* kProgram = TEST_BINARY_DIR "/bin/stagemarks";
+
+class Pictures : public testing::Test {
+ protected:
+  ChildResult Call(const std::vector<std::string>& arguments, const std::string& program = kProgram) {
+    return test_support::RunChild(program, arguments,
+                                  {{"XDG_CONFIG_HOME", folder_ / "config"}, {"XDG_STATE_HOME", folder_ / "state"}});
+  }
+  std::string Out(const std::vector<std::string>& arguments) {
+    const ChildResult result = Call(arguments);
+    EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments) << "\n" << result.out << result.err;
+    return result.out;
+  }
+  // The spider with these states, every second one with all objects hidden; the first name is the current one.
+  std::string Scene(std::vector<std::string> states) {
+    const std::string scene = folder_ / "shot.c4d";
+    Out({"import", TEST_SOURCE_DIR "/scenes/spider/spider.fbx", scene});
+    Out({"set", scene, "--size", "64x40", "--write"});
+    std::reverse(states.begin(), states.end());
+    for (std::size_t i = 0; i < states.size(); ++i) {
+      Out({"set", scene, "--object", "*", "--render", i % 2 == 0 ? "off" : "default", "--write"});
+      Out({"record", scene, states[i], "--write"});
+    }
+    return scene;
+  }
+  std::string Place(const std::string& name) { return folder_ / ("out/" + name); }
+  std::string Written() {
+    std::string names;
+    if (!fs::exists(Place(""))) return names;
+    std::vector<std::string> all;
+    for (const auto& entry : fs::recursive_directory_iterator(Place(""))) {
+      if (!entry.is_directory()) all.push_back(fs::relative(entry.path(), Place("")));
+    }
+    std::sort(all.begin(), all.end());
+    for (const std::string& name : all) names += (names.empty() ? "" : " | ") + name;
+    return names;
+  }
+  engine::Image Picture(const std::string& path) {
+    auto image = engine::DecodeImage(tests::ReadText(path));
+    EXPECT_TRUE(image) << path << ": " << image.Message();
+    return image ? image.Take() : engine::Image();
+  }
+
+  test_support::TemporaryFolder folder_;
+};
+
+std::size_t CountPixels(const engine::Image& image, int red, int green, int blue) {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < image.PixelCount(); ++i) {
+    const std::uint8_t* p = &image.bytes[i * 4];
+    count += p[0] == red && p[1] == green && p[2] == blue;
+  }
+  return count;
+}
+
+TEST_F(Pictures, NamesFollowThePatternAndStayInTheFolder) {
+  const std::string scene = Scene({"Day", "../../up"});
+  const struct {
+    const char* pattern;
+    const char* written;
+  } kRows[] = {
+      {"{state}.png", "Day.png | _._.._up.png"},
+      {"{scene} {state}.tif", "shot Day.tif | shot _._.._up.tif"},
+      {"{state}/{frame}.PNG", "Day/0000.PNG | _._.._up/0000.PNG"},
+      {"{camera}-{state}{state}.tiff", "Camera-DayDay.tiff | Camera-_._.._up_._.._up.tiff"},
+      {"{state} }.png", "Day }.png | _._.._up }.png"},
+  };
+  for (const auto& row : kRows) {
+    Out({"render", scene, "-o", Place(row.pattern), "--size", "8x6"});
+    EXPECT_EQ(Written(), row.written);
+    fs::remove_all(Place(""));
+  }
+}
+
+TEST_F(Pictures, ShowTheStatesInTheSizeAskedFor) {
+  const std::string scene = Scene({"Bare", "Full"});
+  const std::string before = tests::ReadText(scene);
+  const std::string out = Out({"render", scene, "--all", "-o", Place("{state}.png"), "--jobs", "1"});
+  EXPECT_EQ(out.substr(0, 11), "2 pictures:");
+  EXPECT_NE(out.find(Place("Bare.png") + "  64 x 40"), std::string::npos) << out;
+  EXPECT_EQ(tests::ReadText(scene), before);
+  const engine::Image full = Picture(Place("Full.png"));
+  EXPECT_EQ(full.width, 64U);
+  EXPECT_EQ(full.height, 40U);
+  EXPECT_NE(full.bytes, Picture(Place("Bare.png")).bytes);
+
+  const json one = json::parse(Out({"render", scene, "--state", "Full", "--size", "64x40", "-o", Place("again.tif"), "--json"}));
+  EXPECT_EQ(one["pictures"].size(), 1U);
+  EXPECT_EQ(one["pictures"][0]["result"], "rendered");
+  EXPECT_EQ(Picture(Place("again.tif")).bytes, full.bytes) << "the same picture whatever the threads and the format";
+}
+
+TEST_F(Pictures, TwoOfOneNameAreRefusedBeforeAnyIsRendered) {
+  const std::string scene = Scene({"Night", "night", "n/t", "n:t", "\u00C4rger", "\u00E4rger"});
+  const struct {
+    std::vector<std::string> states;
+    const char* pattern;
+  } kRows[] = {
+      {{"Night", "night"}, "{state}.png"},
+      {{"n/t", "n:t"}, "{state}.png"},
+      {{"Night", "Night"}, "{state}.png"},
+      {{"Night", "n/t"}, "{scene}.png"},
+      {{"Night", "n/t"}, "same.tif"},
+      {{}, "{state}.png"},
+      {{"\u00C4rger", "\u00E4rger"}, "{state}.png"},
+  };
+  for (const auto& row : kRows) {
+    std::vector<std::string> call{"render", scene, "-o", Place(row.pattern)};
+    for (const std::string& state : row.states) call.insert(call.end(), {"--state", state});
+    const ChildResult result = Call(call);
+    EXPECT_EQ(result.status, 2) << row.pattern;
+    EXPECT_NE(result.err.find("would be written to one file"), std::string::npos) << result.err;
+    EXPECT_FALSE(fs::exists(Place("")));
+  }
+}
+
+TEST_F(Pictures, ResumeRendersWhatIsMissing) {
+  const std::string scene = Scene({"A", "B", "C", "D"});
+  const std::vector<std::string> call{"render", scene, "-o", Place("{state}.png"), "--json"};
+  Out(call);
+  const std::string a = tests::ReadText(Place("A.png"));
+  const std::string b = tests::ReadText(Place("B.png"));
+  fs::remove(Place("A.png"));
+  tests::WriteText(Place("B.png"), b.substr(0, b.size() / 2));
+  Out({"render", scene, "--state", "C", "-o", Place("C.png"), "--size", "20x20"});
+  tests::WriteText(Place("D.png"), a);  // whole, so kept whatever it shows
+  std::vector<std::string> again = call;
+  again.push_back("--resume");
+  std::string results;
+  const json answer = json::parse(Out(again));
+  for (const json& picture : answer["pictures"]) results += picture["result"].get<std::string>() + " ";
+  EXPECT_EQ(results, "rendered rendered rendered there ");
+  EXPECT_EQ(tests::ReadText(Place("A.png")), a);
+  EXPECT_EQ(tests::ReadText(Place("B.png")), b);
+  EXPECT_EQ(tests::ReadText(Place("D.png")), a);
+  Out(call);
+  EXPECT_EQ(tests::ReadText(Place("D.png")), b) << "without --resume every picture is made anew";
+}
+
+TEST_F(Pictures, ImpossibleCallsAreRefused) {
+  const std::string scene = Scene({"Evening"});
+  tests::WriteText(folder_ / "file", "a file");
+  fs::create_directories(folder_ / "taken.png");
+  const struct {
+    std::vector<std::string> arguments;
+    int status;
+    const char* says;
+  } kCalls[] = {
+      {{"--size", "0x10"}, 2, "no picture size"},
+      {{"--size", "10x-3"}, 2, "no picture size"},
+      {{"--size", "10"}, 2, "no picture size"},
+      {{"--size", "10x10x"}, 2, "no picture size"},
+      {{"--size", "100000x100000"}, 2, "too large"},
+      {{"--size", "16384x16384"}, 2, "too large"},
+      {{"--size", "99999999999999999999x1"}, 2, "no picture size"},
+      {{"--jobs", "-1"}, 2, "--jobs"},
+      {{"--state", "Evenin"}, 2, "Did you mean \"Evening\"?"},
+      {{"--state", "Evening", "--all"}, 2, "--all"},
+      {{"-o", "{mood}.png"}, 2, "{mood} is no placeholder"},
+      {{"-o", "{ {state}}.png"}, 2, "{ {state} is no placeholder"},
+      {{"-o", "{state}"}, 2, "must end in .png or .tif"},
+      {{"-o", folder_ / "x.jpg"}, 2, "must end in .png or .tif"},
+      {{"-o", folder_ / "file/{state}.png"}, 1, "file"},
+      {{"-o", folder_ / "taken.png"}, 1, "taken.png"},
+  };
+  for (const auto& call : kCalls) {
+    std::vector<std::string> arguments{"render", scene};
+    arguments.insert(arguments.end(), call.arguments.begin(), call.arguments.end());
+    const ChildResult result = Call(arguments);
+    EXPECT_EQ(result.status, call.status) << testing::PrintToString(call.arguments) << result.err;
+    EXPECT_NE(result.err.find(call.says), std::string::npos) << result.err;
+    EXPECT_EQ(tests::ReadText(folder_ / "file"), "a file");
+  }
+}
+
+TEST_F(Pictures, ASceneWithNothingInItHasAPicture) {
+  const std::string scene = folder_ / "empty.c4d";
+  Out({"new", scene});
+  Out({"render", scene, "-o", Place("{scene} {state} {camera}.png"), "--size", "12x9"});
+  EXPECT_EQ(Written(), "empty as it is Editor camera.png");
+  EXPECT_EQ(Picture(Place("empty as it is Editor camera.png")).width, 12U);
+}
+
+TEST_F(Pictures, AnInterruptionLeavesNothingHalfDone) {
+  const std::string scene = Scene({"A"});
+  const ChildResult result = Call({"--preserve-status", "-s", "INT", "3", kProgram, "render", scene, "--size", "16384x4000",
+                                   "--jobs", "1", "-o", Place("{state}.png")},
+                                  "/usr/bin/timeout");
+  EXPECT_EQ(result.status, 130) << result.err;
+  EXPECT_EQ(Written(), "");
+}
+
+TEST_F(Pictures, SheetsGrowWithTheNumberOfStates) {
+  const std::string longName(300, 'M');
+  const std::vector<std::string> names{longName, "\u05E2\u05E8\u05D1", "\u0634\u062A\u0627\u0621", "D", "E", "F", "G"};
+  std::uint64_t area = 0;
+  for (const std::size_t count : {0, 1, 7}) {
+    const std::string scene = Scene({names.begin(), names.begin() + static_cast<std::ptrdiff_t>(count)});
+    const json answer = json::parse(Out({"sheet", scene, "-o", Place("sheet.png"), "--json"}));
+    EXPECT_EQ(answer["states"], count);
+    const engine::Image sheet = Picture(Place("sheet.png"));
+    EXPECT_TRUE(count == 1 ? sheet.PixelCount() == area : sheet.PixelCount() > 3 * area) << count;
+    area = sheet.PixelCount();
+    EXPECT_EQ(CountPixels(sheet, 232, 170, 66) > 1000, count > 0) << "the current one is marked";
+    EXPECT_GT(CountPixels(sheet, 214, 214, 214), 50U) << "there are captions";
+  }
+  EXPECT_EQ(Written(), "sheet.png");
+}
+
+TEST_F(Pictures, ThePageNeedsNothingButWhatLiesBesideIt) {
+  const std::string scene = Scene({"<script>alert(1)</script> & \"x'", "a/b", "A:B", "50% #1?"});
+  Out({"sheet", scene, "--html", Place("")});
+  const std::string page = tests::ReadText(Place("index.html"));
+  EXPECT_EQ(page.find("alert(1)</script>"), std::string::npos);
+  EXPECT_NE(page.find("&lt;script&gt;alert(1)&lt;/script&gt; &amp; &quot;x&#39;"), std::string::npos);
+  EXPECT_EQ(page.find("http"), std::string::npos);
+  EXPECT_EQ(Written(), "50% #1_.png | A_B.png | _script_alert(1)__script_ & _x'.png | a_b (2).png | index.html");
+  const std::regex source("src=\"([^\"]*)\"");
+  std::size_t pictures = 0;
+  for (std::sregex_iterator it(page.begin(), page.end(), source), end; it != end; ++it, ++pictures) {
+    std::string file;
+    const std::string address = (*it)[1];
+    for (std::size_t i = 0; i < address.size(); ++i) {
+      if (address[i] == '%') file += static_cast<char>(std::stoi(address.substr(i + 1, 2), nullptr, 16));
+      if (address[i] != '%') file += address[i];
+      if (address[i] == '%') i += 2;
+    }
+    EXPECT_TRUE(fs::exists(Place(file))) << file;
+  }
+  EXPECT_EQ(pictures, 4U);
+}
+
+}  // namespace
