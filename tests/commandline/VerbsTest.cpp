@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 using test_support::ChildResult;
-using test_tests::ScratchFolder;
+using test_support::TemporaryFolder;
 
 class CommandLine : public testing::Test {
  protected:
@@ -44,7 +44,8 @@ class CommandLine : public testing::Test {
   // Names of the Stagemarks, the current one marked with a star.
   std::string Marks(const std::string& scene) {
     std::string names;
-    for (const json& mark : Json({"list", scene})["stagemarks"]) {
+    const json list = Json({"list", scene});
+    for (const json& mark : list["stagemarks"]) {
       names += (mark["current"] ? "*" : "") + mark["name"].get<std::string>() + " ";
     }
     return names;
@@ -95,7 +96,8 @@ TEST_F(CommandLine, RecordsAndRecallsAState) {
 
   const auto renderModes = [&] {
     std::set<int> modes;
-    for (const json& object : Json({"info", scene, "--tree"})["objects"]) modes.insert(object["render"].get<int>());
+    const json info = Json({"info", scene, "--tree"});
+    for (const json& object : info["objects"]) modes.insert(object["render"].get<int>());
     return modes;
   };
   EXPECT_EQ(renderModes(), std::set<int>{1});
