@@ -13,6 +13,7 @@ namespace {
 
 constexpr QSize kSmallest(160, 96);
 constexpr int kNarrowestColumn = 12;
+constexpr int kMarkerCharacters = 5;
 
 bool SameSelection(const host::BaseSelect& a, const host::BaseSelect& b) {
   if (a.GetSegments() != b.GetSegments()) return false;
@@ -117,17 +118,20 @@ void ListView::resizeEvent(QResizeEvent* event) {
   FitColumns();
 }
 
+int ListView::MarkerWidth() const { return fontMetrics().averageCharWidth() * kMarkerCharacters; }
+
 void ListView::FitColumns() {
   const int count = rows_->columnCount();
-  int widest = -1;
+  int filling = -1;
   int left = viewport()->width();
   for (int column = 0; column < count; ++column) {
     const int width = std::clamp(sizeHintForColumn(column), kNarrowestColumn, std::max(viewport()->width(), kNarrowestColumn));
     setColumnWidth(column, width);
     left -= width;
-    if (!rows_->IsCheckColumn(column) && (widest < 0 || width > columnWidth(widest))) widest = column;
+    const bool isText = !rows_->IsCheckColumn(column);
+    if (isText && (filling < 0 || columnWidth(filling) < MarkerWidth())) filling = column;
   }
-  if (widest >= 0) setColumnWidth(widest, std::max(columnWidth(widest) + left, kNarrowestColumn));
+  if (filling >= 0) setColumnWidth(filling, std::max(columnWidth(filling) + left, kNarrowestColumn));
 }
 
 }  // namespace desktop

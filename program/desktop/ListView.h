@@ -28,8 +28,9 @@ class ListView : public QTreeView {
   void ShowSelection(const host::BaseSelect& selection);
   // Flips the check boxes of the selected lines, as the blank key does.
   void ToggleSelected();
-  // Each column as wide as what it shows; the widest text takes the rest.
+  // Each column as wide as what it shows; the first text wider than a marker takes the rest.
   void FitColumns();
+  int MarkerWidth() const;
 
   SharedDialogLink link_;
   host::LONG id_;

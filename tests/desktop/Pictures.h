@@ -3,14 +3,18 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QPixmap>
+#include <QTimer>
 #include <QWidget>
 
 namespace pictures {
 
-// Lets all that is posted and due happen.
-inline void Settle() {
-  for (int i = 0; i < 5; ++i) QApplication::processEvents(QEventLoop::AllEvents, 20);
+// Lets all that is posted and due happen, in a loop that waits for more as the program's own does.
+inline void Settle(int milliseconds = 40) {
+  QEventLoop loop;
+  QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+  loop.exec();
 }
 
 // Writes <build>/pictures/<name>-<scale>.png of the widget as shown; false when that failed.

@@ -7,6 +7,7 @@
 
 int main(int count, char** words) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   QApplication application(count, words);
   desktop::ApplyTheme(application);
   testing::InitGoogleTest(&count, words);

@@ -1,0 +1,134 @@
+#include "program/desktop/DocumentCommands.h"
+
+#include <QFileInfo>
+#include <QMessageBox>
+
+#include "program/desktop/FileChooser.h"
+#include "program/desktop/Text.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr const char* kRecentFiles = "recentFiles";
+constexpr int kMostRecentFiles = 10;
+constexpr const char* kOwnSuffix = ".c4d";
+
+std::string PathOf(const host::BaseDocument& doc) {
+  return doc.GetDocumentPath().Content() ? (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8() : "";
+}
+
+bool IsOwnScene(const std::string& path) { return path.ends_with(kOwnSuffix); }
+
+// Beside the file that an imported document came from, else only a name.
+std::string ProposedPath(const host::BaseDocument& doc) {
+  const std::string path = PathOf(doc);
+  if (IsOwnScene(path)) return path;
+  const QFileInfo from(path.empty() ? DocumentTitle(doc) : ToQt(path));
+  return (from.path() + "/" + from.completeBaseName()).toStdString() + kOwnSuffix;
+}
+
+std::string JoinedNotes(const std::string& path, const std::vector<std::string>& notes) {
+  std::string text = "\"" + QFileInfo(ToQt(path)).fileName().toStdString() + "\" was opened. Not all of it came along:\n";
+  for (const std::string& note : notes) text += "\n\u2022 " + note;
+  return text;
+}
+
+}  // namespace
+
+QString DocumentTitle(const host::BaseDocument& doc) {
+  const QString name = ToQt(doc.GetDocumentName().GetString());
+  return name.isEmpty() ? QString("Untitled") : name;
+}
+
+DocumentCommands::DocumentCommands(engine::Application& application, DesktopPerson& person, QSettings& settings, QWidget* window)
+    : application_(application), person_(person), settings_(settings), window_(window) {}
+
+void DocumentCommands::New() {
+  host::BaseDocument* doc = application_.NewDocument();
+  if (doc) host::SetActiveDocument(doc);
+  host::EventAdd();
+}
+
+void DocumentCommands::AskAndOpen(const char* filter) {
+  const QString recent = RecentFiles().value(0);
+  const std::string folder = recent.isEmpty() ? "" : QFileInfo(recent).path().toStdString();
+  const auto path = ChooseFile(window_, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_LOAD, "Open a scene", folder}, filter);
+  if (path) Open(*path);
+}
+
+bool DocumentCommands::Open(const std::string& path) {
+  std::vector<std::string> notes;
+  const auto opened = application_.OpenDocument(path, &notes);
+  if (!opened) {
+    person_.Tell(opened.Message());
+    return false;
+  }
+  DropUntouched(opened.Value());
+  Remember(path);
+  host::EventAdd();
+  if (!notes.empty()) person_.Tell(JoinedNotes(path, notes));
+  return true;
+}
+
+void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
+  const auto documents = application_.Documents();
+  if (documents.size() != 2) return;
+  host::BaseDocument* other = documents[0] == opened ? documents[1] : documents[0];
+  if (PathOf(*other).empty() && !other->GetChanged() && !other->GetFirstObject()) host::KillDocument(other);
+}
+
+bool DocumentCommands::Save(host::BaseDocument& doc) {
+  if (!IsOwnScene(PathOf(doc))) return SaveAs(doc);
+  const engine::Status saved = application_.SaveDocument(doc);
+  if (!saved) person_.Tell(saved.Message());
+  return saved.Ok();
+}
+
+bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
+  const auto path = ChooseFile(
+      window_, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_SAVE, "Save the scene as", ProposedPath(doc)}, kOwnScenes);
+  if (!path) return false;
+  const engine::Status saved = application_.SaveDocumentAs(doc, *path);
+  if (!saved) person_.Tell(saved.Message());
+  if (saved) Remember(*path);
+  host::EventAdd();
+  return saved.Ok();
+}
+
+bool DocumentCommands::Close(host::BaseDocument& doc) {
+  if (!MayClose(doc)) return false;
+  host::KillDocument(&doc);
+  if (application_.Documents().empty()) New();
+  host::EventAdd();
+  return true;
+}
+
+bool DocumentCommands::MayCloseAll() {
+  for (host::BaseDocument* doc : application_.Documents()) {
+    if (!MayClose(*doc)) return false;
+  }
+  return true;
+}
+
+bool DocumentCommands::MayClose(host::BaseDocument& doc) {
+  if (!doc.GetChanged()) return true;
+  QMessageBox box(QMessageBox::Warning, "Unsaved changes", "Save the changes to \"" + DocumentTitle(doc) + "\"?",
+                  QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window_);
+  box.setTextFormat(Qt::PlainText);
+  box.setInformativeText("Without saving they are lost.");
+  box.setDefaultButton(QMessageBox::Save);
+  const int answer = box.exec();
+  return answer == QMessageBox::Discard || (answer == QMessageBox::Save && Save(doc));
+}
+
+QStringList DocumentCommands::RecentFiles() const { return settings_.value(kRecentFiles).toStringList(); }
+
+void DocumentCommands::Remember(const std::string& path) {
+  QStringList files = RecentFiles();
+  files.removeAll(ToQt(path));
+  files.prepend(ToQt(path));
+  settings_.setValue(kRecentFiles, files.mid(0, kMostRecentFiles));
+}
+
+}  // namespace desktop

@@ -1,0 +1,46 @@
+// DocumentCommands: what the File menu does with documents: new, open, save, close, each with its questions; failures are told in
+// a box and change nothing. It owns the list of recent files. Main thread.
+#pragma once
+
+#include <QSettings>
+#include <QWidget>
+
+#include "engine/application/Application.h"
+#include "program/desktop/DesktopPerson.h"
+
+namespace desktop {
+
+// "Name" or "Untitled" as a window shows it.
+QString DocumentTitle(const host::BaseDocument& doc);
+
+class DocumentCommands {
+ public:
+  DocumentCommands(engine::Application& application, DesktopPerson& person, QSettings& settings, QWidget* window);
+
+  void New();
+  // Asks for a scene; `filter` is one of the chooser's.
+  void AskAndOpen(const char* filter);
+  // False when it failed, which was told then.
+  bool Open(const std::string& path);
+  // Asks for a place where the document has none of our own yet. False when cancelled or failed.
+  bool Save(host::BaseDocument& doc);
+  bool SaveAs(host::BaseDocument& doc);
+  // Asks about unsaved changes; there is always one document left. False when the person wants it to stay.
+  bool Close(host::BaseDocument& doc);
+  // Asks about every changed document; true when all may go.
+  bool MayCloseAll();
+  QStringList RecentFiles() const;
+
+ private:
+  bool MayClose(host::BaseDocument& doc);
+  void Remember(const std::string& path);
+  // The empty document of the start makes room for the first one opened.
+  void DropUntouched(host::BaseDocument* opened);
+
+  engine::Application& application_;
+  DesktopPerson& person_;
+  QSettings& settings_;
+  QWidget* window_;
+};
+
+}  // namespace desktop

@@ -1,0 +1,87 @@
+// Desk: the desktop as a person finds it: the window with the built plug-in, real files in a folder of its own, and hands that
+// answer the boxes that come up.
+#pragma once
+
+#include <QApplication>
+#include <QDialog>
+#include <QMenuBar>
+#include <QTimer>
+#include <functional>
+#include <memory>
+
+#include "engine/outside/RealOutside.h"
+#include "program/desktop/MainWindow.h"
+#include "tests/desktop/Pictures.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace desk {
+
+// Does `act` to the next modal dialog that comes up. Fails to end a test that waits for a box which never comes: so does life.
+inline void AnswerNext(std::function<void(QDialog&)> act) {
+  auto* timer = new QTimer(QApplication::instance());
+  QObject::connect(timer, &QTimer::timeout, timer, [timer, act] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (!dialog) return;
+    timer->stop();
+    timer->deleteLater();
+    act(*dialog);
+  });
+  timer->start(5);
+}
+
+class Desk {
+ public:
+  Desk() { Begin(); }
+
+  // Ends the program and starts it again.
+  void Restart() {
+    window_.reset();
+    application_.reset();
+    Begin();
+  }
+  desktop::MainWindow& Window() { return *window_; }
+  engine::Application& App() { return *application_; }
+  const std::string& Folder() const { return folder_.Path(); }
+  // Lets the event loop come to rest.
+  static void Rest() { pictures::Settle(); }
+
+  // The plug-in's dialog; null when it is not open.
+  host::GeDialog* Dialog() const { return engine::OpenDialogs().empty() ? nullptr : engine::OpenDialogs().front(); }
+  template <class Widget>
+  Widget& Gadget(host::LONG id) {
+    return dynamic_cast<Widget&>(*window_->Docks().ViewOf(*Dialog())->WidgetOf(id));
+  }
+  // The entry of a menu whose text begins with `text`, wherever it stands.
+  QAction& Entry(const QString& menu, const QString& text) {
+    for (QAction* top : window_->menuBar()->actions()) {
+      if (top->text().remove('&') != menu) continue;
+      emit top->menu()->aboutToShow();
+      for (QAction* action : top->menu()->actions()) {
+        if (action->text().remove('&').startsWith(text)) return *action;
+      }
+    }
+    throw std::runtime_error("no menu entry " + text.toStdString());
+  }
+
+ private:
+  void Begin() {
+    engine::ApplicationSetup setup;
+    setup.importWorker = TEST_BINARY_DIR "/bin/stagemarks";
+    application_ = std::make_unique<engine::Application>(outside_, setup);
+    application_->NewDocument();
+    window_ = std::make_unique<desktop::MainWindow>(*application_, person_, QString::fromStdString(Folder() + "/desktop.ini"));
+    window_->show();
+    application_->LoadPlugins(TEST_PLUGIN_DIR);
+    window_->RestoreLayout();
+    Rest();
+  }
+
+  tests::ScratchFolder folder_;
+  desktop::DesktopPerson person_;
+  engine::RealOutside outside_{person_};
+  engine::OutsideInUse inUse_{outside_};
+  std::unique_ptr<engine::Application> application_;
+  std::unique_ptr<desktop::MainWindow> window_;
+};
+
+}  // namespace desk
