@@ -1,240 +1,95 @@
-// What does a preview cost beside the ray tracer alone? Every call into the ray tracing library passes through here, so that
-// the rays of a picture can be counted, kept and traced once more with nothing around them: that is the least a picture of these
-// rays can cost. One thread, time of the processor, pictures of 160 x 120.
-#include <dlfcn.h>
-#include <embree3/rtcore.h>
-
-#include <cmath>
+// What does a picture cost beside the bare search for what its rays hit? Spheres of a mesh of their own each, then the same
+// number of instances of one mesh; prepared for the first time, prepared again after a switch, and rendered on one thread. The
+// baseline is one ray a pixel that looks for the nearest surface and does nothing with it.
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
+#include <functional>
 #include <string>
-#include <vector>
 
-#include "engine/application/Application.h"
-#include "engine/outside/ScriptedOutside.h"
+#include "engine/render/Primitives.h"
 #include "engine/render/Renderer.h"
 #include "engine/scene/Nodes.h"
 #include "host/Host.h"
-#include "source/Stagemarks/keys/Gadgets.h"
-#include "tests/support/PluginSession.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
 
-double Now() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+constexpr std::uint32_t kWidth = 640;
+constexpr std::uint32_t kHeight = 480;
 
-template <class Work>
-double Seconds(const Work& work) {
-  const double begin = Now();
+// Of this process, all threads together, so that other programs on the machine count little.
+double Milliseconds(const std::function<void()>& work) {
+  const std::clock_t begin = std::clock();
   work();
-  return Now() - begin;
+  return 1000.0 * static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 }
 
-struct KeptRay {
-  RTCScene scene;
-  RTCRayHit ray;
-  bool isShadow;
-};
-
-// What passed through.
-struct Tracing {
-  bool keeps = false;
-  std::vector<KeptRay> rays;
-  double building = 0;  // seconds
-} tracing;
-
-template <class Function>
-Function* Real(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+std::shared_ptr<const engine::Mesh> Sphere(host::LONG segments) {
+  host::BaseContainer data;
+  data.SetReal(host::PRIM_RADIUS, 40);
+  data.SetLong(host::PRIM_SEGMENTS, segments);
+  return std::make_shared<const engine::Mesh>(engine::MakePrimitive(host::Osphere, data));
 }
 
-}  // namespace
-
-extern "C" {
-
-void rtcIntersect1(RTCScene scene, RTCIntersectContext* context, RTCRayHit* hit) {
-  static auto* const real = Real<void(RTCScene, RTCIntersectContext*, RTCRayHit*)>("rtcIntersect1");
-  if (tracing.keeps) tracing.rays.push_back({scene, *hit, false});
-  real(scene, context, hit);
+void Fill(support::SceneBuilder& scene, int side, host::LONG segments, bool shared) {
+  const std::shared_ptr<const engine::Mesh> one = Sphere(segments);
+  for (int i = 0; i < side * side * side; ++i) {
+    const std::string name = "S" + std::to_string(i);
+    scene.Object(name, host::Opolygon).At(name, i % side * 100, i / side % side * 100, i / side / side * 100);
+    engine::SetMesh(*scene.Last(), shared ? one : Sphere(segments));
+  }
 }
 
-void rtcOccluded1(RTCScene scene, RTCIntersectContext* context, RTCRay* ray) {
-  static auto* const real = Real<void(RTCScene, RTCIntersectContext*, RTCRay*)>("rtcOccluded1");
-  if (tracing.keeps) tracing.rays.push_back({scene, {*ray, {}}, true});
-  real(scene, context, ray);
+std::unique_ptr<engine::PictureInProgress> Begin(const host::BaseDocument& doc, engine::RenderCaches& caches) {
+  return engine::PictureInProgress::Begin(doc, {kWidth, kHeight, {}, {}, 1, false}, caches).Take();
 }
 
-void rtcCommitScene(RTCScene scene) {
-  static auto* const real = Real<void(RTCScene)>("rtcCommitScene");
-  tracing.building += Seconds([&] { real(scene); });
-}
-}
-
-namespace {
-
-using engine::PictureInProgress;
-using host::LONG;
-
-void Require(bool holds, const std::string& what) {
-  if (holds) return;
-  std::fprintf(stderr, "%s\n", what.c_str());
-  std::exit(1);
-}
-
-engine::PictureSetup Preview() {
-  engine::PictureSetup setup;
-  setup.width = 160;
-  setup.height = 120;
-  setup.threads = 1;
-  return setup;
-}
-
-struct Costs {
-  double preparing = 0;  // seconds: reading the document and building
-  double building = 0;   // seconds of that inside the ray tracer
-  double rendering = 0;  // seconds
-};
-
-Costs Render(const host::BaseDocument& doc, engine::RenderCaches& caches, std::unique_ptr<PictureInProgress>* kept = nullptr) {
-  Costs costs;
-  const double before = tracing.building;
-  std::unique_ptr<PictureInProgress> picture;
-  costs.preparing = Seconds([&] {
-    auto begun = PictureInProgress::Begin(doc, Preview(), caches);
-    Require(begun.Ok(), begun.Message());
-    picture = begun.Take();
+// The bare search.
+double SearchTime(const host::BaseDocument& doc, engine::RenderCaches& caches) {
+  engine::ScenePicture scene = engine::ReadScene(doc, {}, caches);
+  scene.camera = engine::FramingCamera(engine::OutlineOf(scene), double{kWidth} / kHeight);
+  const engine::RayScene rays(scene, caches.Device());
+  const engine::RayCamera camera(scene.camera, kWidth, kHeight);
+  std::size_t hits = 0;
+  const double time = Milliseconds([&] {
+    for (std::uint32_t y = 0; y < kHeight; ++y) {
+      for (std::uint32_t x = 0; x < kWidth; ++x)
+        hits += rays.IsBlocked(camera.Through(static_cast<float>(x), static_cast<float>(y)));
+    }
   });
-  costs.building = tracing.building - before;
-  costs.rendering = Seconds([&] {
+  std::printf("  %zu of %u rays hit something\n", hits, kWidth * kHeight);
+  return time;
+}
+
+void Measure(const char* name, int side, host::LONG segments, bool shared) {
+  support::SceneBuilder scene;
+  Fill(scene, side, segments, shared);
+  engine::RenderCaches caches;
+  std::unique_ptr<engine::PictureInProgress> picture;
+  std::printf("%s: %d objects, %zu polygons\n", name, side * side * side, engine::CountScene(scene.Doc()).polygons);
+  const double first = Milliseconds([&] { picture = Begin(scene.Doc(), caches); });
+  scene.Modes("S0", host::MODE_UNDEF, host::MODE_OFF);
+  const double again = Milliseconds([&] { picture = Begin(scene.Doc(), caches); });
+  const double search = SearchTime(scene.Doc(), caches);
+  const double draft = Milliseconds([&] { picture->Refine(); });
+  const double rest = Milliseconds([&] {
     while (!picture->IsFinished()) picture->Refine();
   });
-  if (kept) *kept = std::move(picture);
-  return costs;
-}
-
-// Traces what was kept once more and throws the answers away.
-double TraceAgain() {
-  static auto* const intersect = Real<void(RTCScene, RTCIntersectContext*, RTCRayHit*)>("rtcIntersect1");
-  static auto* const occluded = Real<void(RTCScene, RTCIntersectContext*, RTCRay*)>("rtcOccluded1");
-  RTCIntersectContext context;
-  rtcInitIntersectContext(&context);
-  return Seconds([&] {
-    for (KeptRay& kept : tracing.rays) {
-      if (kept.isShadow) {
-        occluded(kept.scene, &context, &kept.ray.ray);
-      } else {
-        intersect(kept.scene, &context, &kept.ray);
-      }
-    }
-  });
-}
-
-void Line(const char* what, const Costs& costs, double rays) {
-  std::printf("  %-36s %9.2f %9.2f %9.2f %9.2f\n", what, 1e3 * costs.preparing, 1e3 * costs.building, 1e3 * costs.rendering,
-              rays / costs.rendering / 1e6);
-}
-
-std::size_t Triangles(const host::BaseDocument& doc) { return engine::CountScene(doc).polygons; }
-
-// Changes every switch and material that moves no geometry.
-void ChangeLooks(host::BaseDocument& doc) {
-  for (auto* material = doc.GetFirstMaterial(); material; material = material->GetNext()) {
-    material->GetDataInstance()->SetVector(host::MATERIAL_COLOR, host::Vector(0.3, 0.5, 0.7));
-  }
-  LONG count = 0;
-  for (auto* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
-    if (++count % 3 == 0) object->SetRenderMode(host::MODE_OFF);
-  }
-}
-
-void Measure(const std::string& name, host::BaseDocument& doc) {
-  engine::RenderCaches caches;
-  std::printf("%s: %zu polygons\n  %-36s %9s %9s %9s %9s\n", name.c_str(), Triangles(doc), "", "prepare", "of it BVH", "render",
-              "Mrays/s");
-  tracing.rays.clear();
-  const Costs first = Render(doc, caches);
-  const std::size_t built = caches.WorkDone().geometries;
-  const Costs second = Render(doc, caches);
-  tracing.keeps = true;
-  std::unique_ptr<PictureInProgress> picture;
-  Render(doc, caches, &picture);
-  tracing.keeps = false;
-  const auto rays = static_cast<double>(tracing.rays.size());
-  const double plain = TraceAgain();
-  Line("first preview, ms", first, rays);
-  Line("second preview, ms", second, rays);
-  std::printf("  %-36s %9s %9.2f %9.2f %9.2f\n", "the ray tracer alone, ms", "", 1e3 * first.building, 1e3 * plain,
-              rays / plain / 1e6);
-  std::printf("  %-36s %9.0f rays, %.0f %% of the time is the rays'\n", "second preview", rays, 100 * plain / second.rendering);
-  ChangeLooks(doc);
-  const Costs changed = Render(doc, caches);
-  std::printf("  %-36s %9.2f %9.2f %9.2f   built anew: %zu\n\n", "other switches and materials, ms", 1e3 * changed.preparing,
-              1e3 * changed.building, 1e3 * changed.rendering, caches.WorkDone().geometries - built);
-}
-
-void MeasureSample(const std::string& file) {
-  engine::ScriptedOutside outside;
-  const engine::OutsideInUse inUse(outside);
-  engine::ApplicationSetup setup;
-  setup.importWorker = std::string(TEST_PLUGIN_DIR) + "/../../../bin/stagemarks";
-  engine::Application application(outside, setup);
-  const auto opened = application.OpenDocument(std::string(TEST_SOURCE_DIR) + "/scenes/" + file);
-  Require(opened.Ok(), opened.Message());
-  Measure(file, *opened.Value());
-}
-
-// Hills of about that many triangles.
-std::shared_ptr<const engine::Mesh> Hills(std::size_t triangles) {
-  auto mesh = std::make_shared<engine::Mesh>();
-  const auto side = static_cast<std::int32_t>(std::sqrt(static_cast<double>(triangles) / 2));
-  for (std::int32_t z = 0; z <= side; ++z) {
-    for (std::int32_t x = 0; x <= side; ++x) {
-      const auto fx = static_cast<float>(x);
-      const auto fz = static_cast<float>(z);
-      mesh->points.push_back({fx, 40 * std::sin(fx * 0.02F) * std::cos(fz * 0.03F) + 2 * std::sin(fx * 0.7F + fz), fz});
-    }
-  }
-  for (std::int32_t i = 0; i < side * side; ++i) {
-    const std::int32_t corner = i / side * (side + 1) + i % side;
-    mesh->polygons.push_back({corner, corner + 1, corner + side + 2, corner + side + 1});
-  }
-  return mesh;
-}
-
-void MeasureHills(std::size_t triangles) {
-  support::SceneBuilder scene;
-  scene.Material("Grass", host::Vector(0.2, 0.5, 0.1)).Object("Hills", host::Opolygon).Texture("Hills", "Grass");
-  engine::SetMesh(*scene.Last(), Hills(triangles));
-  Measure("hills of " + std::to_string(triangles) + " triangles", scene.Doc());
-}
-
-void MeasureRecording(std::size_t triangles) {
-  support::PluginSession session;
-  support::SceneBuilder scene(session.Doc());
-  scene.Object("Hills", host::Opolygon);
-  engine::SetMesh(*scene.Last(), Hills(triangles));
-  session.PretendSaved("shot.c4d");
-  std::printf("Recording ten Stagemarks of %zu triangles with previews\n", triangles);
-  for (const bool preview : {false, true}) {
-    session.Tick(stagemarks::kGeneratePreview, preview);
-    const std::size_t before = engine::RenderCaches::Shared().WorkDone().geometries;
-    const double building = tracing.building;
-    const double all = Seconds([&] {
-      for (int i = 0; i < 10; ++i) session.Record((preview ? "P" : "N") + std::to_string(i));
-    });
-    std::printf("  %-36s %9.1f ms, of it BVH %.1f ms, built %zu\n", preview ? "with previews" : "without", 1e3 * all,
-                1e3 * (tracing.building - building), engine::RenderCaches::Shared().WorkDone().geometries - before);
-  }
+  std::unique_ptr<engine::PictureInProgress> quick =
+      engine::PictureInProgress::Begin(scene.Doc(), {kWidth, kHeight, {}, {}, 1, true}, caches).Take();
+  const double moving = Milliseconds([&] { quick->Refine(); });
+  std::printf("  prepared first %10.1f ms\n  after a switch %10.1f ms\n", first, again);
+  std::printf("  search alone   %10.1f ms\n", search);
+  std::printf("  quick draft    %10.1f ms (%.1f times the search)\n", moving, moving / search);
+  std::printf("  first pass     %10.1f ms (%.1f times the search)\n", draft, draft / search);
+  std::printf("  whole picture  %10.1f ms (%.1f times the search)\n", draft + rest, (draft + rest) / search);
 }
 
 }  // namespace
 
-// With a number: the big mesh has so many triangles instead of a million.
-int main(int count, char** arguments) {
-  const std::size_t triangles = count > 1 ? static_cast<std::size_t>(std::atoll(arguments[1])) : 1000000;
-  MeasureSample("spider/spider.fbx");
-  MeasureSample("dungeon/dungeon.gltf");
-  MeasureHills(triangles);
-  MeasureRecording(triangles);
+int main() {
+  Measure("Meshes of their own", 8, 64, false);
+  Measure("One mesh, many instances", 8, 64, true);
+  Measure("Very many instances", 30, 16, true);
+  return 0;
 }
