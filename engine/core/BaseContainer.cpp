@@ -12,8 +12,7 @@ namespace {
 
 void ReplaceValue(Entry& entry, Value value) {
   const Value before = entry.Get();
-  entry.type = value.type;
-  entry.bits = value.bits;
+  FillEntry(entry, entry.key, value);
   Release(before);
 }
 
@@ -21,16 +20,41 @@ void ReplaceValue(Entry& entry, Value value) {
 
 void ContainerAccess::Set(host::BaseContainer& container, host::LONG key, Value value) {
   const Entry* present = FindEntry(container.body_, key);
-  if (present && SameValues(present->Get(), value, OwnIds::kCompared)) return;
-  // The value may live in an instance that ends here, so it is shared first.
+  if (!present) return Append(container, key, value);
+  if (!SameValues(present->Get(), value, OwnIds::kCompared)) ReplaceAt(container, key, value);
+}
+
+// The value may live in an instance that ends when it is replaced, so it is shared first.
+void ContainerAccess::ReplaceAt(host::BaseContainer& container, host::LONG key, Value value) {
   Retain(value);
   PrepareWrite(container);
-  if (present) {
-    DropInstance(container, key);
-    ReplaceValue(*WritableEntry(container.body_, key), value);
-  } else {
-    Moved(container, AppendEntry(container.body_, key, value));
-  }
+  DropInstance(container, key);
+  ReplaceValue(*WritableEntry(container.body_, key), value);
+}
+
+void ContainerAccess::Append(host::BaseContainer& container, host::LONG key, Value value) {
+  Retain(value);
+  PrepareWrite(container);
+  Moved(container, AppendEntry(container.body_, key, value));
+}
+
+// Calls nothing but at its ends, as does AppendNumber: each costs little more than its search.
+void ContainerAccess::SearchAndSetNumber(host::BaseContainer& container, host::LONG key, Value value) {
+  if (!HoldsOwnShort(container)) return Set(container, key, value);
+  Entry* entry = WritableEntry(container.body_, key);
+  if (!entry) return AppendNumber(container, key, value);
+  if (entry->type != value.type) return Set(container, key, value);
+  entry->bits = value.bits;
+}
+
+void ContainerAccess::SetIdOfShared(host::BaseContainer& container, host::LONG id) {
+  if (container.GetId() == id) return;
+  PrepareWrite(container);
+  container.body_->id = id;
+}
+
+void ContainerAccess::AppendNumber(host::BaseContainer& container, host::LONG key, Value value) {
+  container.body_ = AppendEntry(container.body_, key, value);
 }
 
 }  // namespace engine
@@ -82,11 +106,7 @@ BaseContainer& BaseContainer::operator=(BaseContainer&& other) noexcept {
   return *this = static_cast<const BaseContainer&>(other);
 }
 
-void BaseContainer::SetId(LONG id) {
-  if (GetId() == id) return;
-  ContainerAccess::PrepareWrite(*this);
-  body_->id = id;
-}
+void BaseContainer::SetId(LONG id) { ContainerAccess::SetId(*this, id); }
 
 LONG BaseContainer::GetId() const { return engine::IdOf(body_); }
 
@@ -107,7 +127,10 @@ GeData BaseContainer::GetIndexData(LONG index) const {
 
 GeData BaseContainer::GetData(LONG id) const { return ValueAccess::Share(ValueOf(engine::FindEntry(body_, id))); }
 
-void BaseContainer::SetData(LONG id, const GeData& value) { ContainerAccess::Set(*this, id, ValueAccess::Of(value)); }
+void BaseContainer::SetData(LONG id, const GeData& value) {
+  const Value data = ValueAccess::Of(value);
+  engine::IsShared(data.type) ? ContainerAccess::Set(*this, id, data) : ContainerAccess::SetNumber(*this, id, data);
+}
 
 Bool BaseContainer::SetParameter(const DescID& id, const GeData& value) {
   if (id.GetDepth() == 0) return FALSE;
@@ -140,8 +163,14 @@ void BaseContainer::FlushAll() {
 }
 
 void BaseContainer::MergeContainer(const BaseContainer& source) {
+  if (source.GetCount() == 0) return;
   // A copy, as the source may be this one, its owner or an instance of it.
   const BaseContainer entries = source;
+  if (GetCount() == 0) {
+    const LONG id = GetId();
+    *this = entries;
+    return SetId(id);
+  }
   ULONG next = 0;
   for (auto some = engine::NextEntries(entries.body_, next); !some.empty(); some = engine::NextEntries(entries.body_, next)) {
     for (const Entry& entry : some) ContainerAccess::Set(*this, entry.key, entry.Get());
@@ -178,8 +207,8 @@ BaseContainer BaseContainer::GetContainer(LONG id) const {
 }
 
 void BaseContainer::SetBool(LONG id, Bool value) { SetLong(id, value ? 1 : 0); }
-void BaseContainer::SetLong(LONG id, LONG value) { ContainerAccess::Set(*this, id, {DA_LONG, engine::BitsOf(value)}); }
-void BaseContainer::SetReal(LONG id, Real value) { ContainerAccess::Set(*this, id, {DA_REAL, engine::BitsOf(value)}); }
+void BaseContainer::SetLong(LONG id, LONG value) { ContainerAccess::SetNumber(*this, id, {DA_LONG, engine::BitsOf(value)}); }
+void BaseContainer::SetReal(LONG id, Real value) { ContainerAccess::SetNumber(*this, id, {DA_REAL, engine::BitsOf(value)}); }
 void BaseContainer::SetVector(LONG id, const Vector& value) { SetData(id, GeData(value)); }
 void BaseContainer::SetTime(LONG id, const BaseTime& value) { SetData(id, GeData(value)); }
 void BaseContainer::SetString(LONG id, const String& value) { SetData(id, GeData(value)); }

@@ -35,7 +35,7 @@ class Measurement {
 
   void Add(const ContainerBody& body) {
     if (!body.IsLong()) {
-      bytes_ += sizeof(body) + body.capacity * sizeof(Entry);
+      bytes_ += sizeof(body) + body.capacity * sizeof(Entry) + IndexBytes(body.capacity);
       AddEntries({body.Entries(), body.size});
       return;
     }
@@ -79,7 +79,7 @@ NodeId LinkOf(const host::BaseContainer& container, host::LONG id) {
 }
 
 void SetLinkId(host::BaseContainer& container, host::LONG id, NodeId target) {
-  ContainerAccess::Set(container, id, {host::DA_ALIASLINK, target});
+  ContainerAccess::SetNumber(container, id, {host::DA_ALIASLINK, target});
 }
 
 const void* BodyOf(const host::BaseContainer& container) {

@@ -16,6 +16,8 @@ namespace {
 constexpr int kDeepestRecursion = 16;
 constexpr std::uint32_t kFetchedAhead = 8;
 
+std::size_t ShortBytes(std::uint32_t capacity) { return sizeof(ContainerBody) + capacity * sizeof(Entry) + IndexBytes(capacity); }
+
 // Records are read one after the other: the memory of one that follows is fetched while this one is read.
 void FetchRecord(const Entry& entry) {
   if (entry.type != host::DA_CONTAINER) return;
@@ -25,11 +27,11 @@ void FetchRecord(const Entry& entry) {
 }
 
 ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
-  void* memory =
-      capacity == kFirstEntries ? SmallBlocks::Take() : ::operator new(sizeof(ContainerBody) + capacity * sizeof(Entry));
+  void* memory = capacity == kFirstEntries ? SmallBlocks::Take() : ::operator new(ShortBytes(capacity));
   auto* body = new (memory) ContainerBody;
   body->id = id;
   body->capacity = capacity;
+  body->Entries()->key = 0;  // the first key is looked at before the size is
   return body;
 }
 
@@ -110,7 +112,8 @@ class Destruction {
 
 ContainerBody* CopyShort(const ContainerBody& body) {
   ContainerBody* copy = NewShort(body.id, body.capacity);
-  std::copy_n(body.Entries(), body.size, copy->Entries());
+  const std::size_t indexed = ShortBytes(body.capacity) - sizeof(ContainerBody);
+  std::memcpy(copy->Entries(), body.Entries(), body.IsIndexed() ? indexed : body.size * sizeof(Entry));
   copy->size = body.size;
   for (std::uint32_t i = 0; i < copy->size; ++i) Retain(copy->Entries()[i].Get());
   return copy;
@@ -123,6 +126,7 @@ ContainerBody* Grow(ContainerBody* body) {
     grown = NewShort(body->id, 2 * body->capacity);
     std::copy_n(body->Entries(), body->size, grown->Entries());
     grown->size = body->size;
+    IndexAgain(grown->Entries(), grown->capacity, grown->size);
   } else {
     auto entries = std::make_unique<LongBody>();
     entries->id = body->id;
@@ -140,6 +144,7 @@ bool RemoveShort(ContainerBody& body, host::LONG key) {
   Entry* hole = body.Entries() + (found - body.Entries());
   std::copy(hole + 1, body.Entries() + body.size, hole);
   --body.size;
+  IndexAgain(body.Entries(), body.capacity, body.size);
   Release(value);
   return true;
 }
@@ -222,6 +227,7 @@ ContainerBody* ClearEntries(ContainerBody* body) {
   }
   const std::uint32_t size = body->size;
   body->size = 0;
+  IndexAgain(body->Entries(), body->capacity, 0);
   for (std::uint32_t i = 0; i < size; ++i) Release(body->Entries()[i].Get());
   return body;
 }

@@ -1,6 +1,7 @@
 // ContainerBody: the counted entries and own ID behind BaseContainer, in two forms. The short form keeps up to
-// kShortEntries entries right behind its header. The long form keeps a table of chunks, each counted on its
-// own, so that a write into a copy of a long container copies one chunk and the table, not everything.
+// kShortEntries entries right behind its header, and behind them, once there are more than a few, an index of
+// their keys (ShortIndex.h). The long form keeps a table of chunks, each counted on its own, so that a write
+// into a copy of a long container copies one chunk and the table, not everything.
 //
 // The law of sharing and of writing in place:
 //  1. A body or chunk with more than one owner is never changed. A writer makes every body on the way from the
@@ -21,18 +22,9 @@
 #include <cstdint>
 #include <span>
 
-#include "engine/core/Value.h"
+#include "engine/core/ShortIndex.h"
 
 namespace engine {
-
-struct Entry {
-  host::LONG key;
-  host::LONG type;
-  std::uint64_t bits;
-
-  Value Get() const { return {type, bits}; }
-};
-static_assert(sizeof(Entry) == 16);
 
 inline constexpr std::uint32_t kFirstEntries = 4;   // room of a new body
 inline constexpr std::uint32_t kShortEntries = 64;  // most entries of the short form; the largest records have 51
@@ -47,6 +39,8 @@ struct ContainerBody {
   // The entries of the short form.
   Entry* Entries() { return static_cast<Entry*>(static_cast<void*>(this + 1)); }
   const Entry* Entries() const { return static_cast<const Entry*>(static_cast<const void*>(this + 1)); }
+  // Of the short form.
+  bool IsIndexed() const { return capacity >= kIndexedEntries; }
 };
 static_assert(sizeof(ContainerBody) == 16);
 
@@ -63,11 +57,11 @@ inline host::LONG IdOf(const ContainerBody* body) { return body ? body->id : 0; 
 inline std::uint32_t SizeOf(const ContainerBody* body) { return body ? body->size : 0; }
 
 inline const Entry* FindShortEntry(const ContainerBody& body, host::LONG key) {
-  if (body.size == 0) return nullptr;
   const Entry* entries = body.Entries();
   // Most short containers count their keys up from the first one.
   const std::uint32_t guess = static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
   if (guess < body.size && entries[guess].key == key) return entries + guess;
+  if (body.IsIndexed()) return FindIndexed(entries, body.capacity, key);
   for (const Entry* end = entries + body.size; entries != end; ++entries) {
     if (entries->key == key) return entries;
   }
@@ -106,15 +100,11 @@ inline Entry* WritableEntry(ContainerBody* body, host::LONG key) {
 }
 // The same where the short form has no room left, or in the long form.
 [[nodiscard]] ContainerBody* AppendWithGrowth(ContainerBody* body, host::LONG key, Value value);
-// Member by member: building an entry and copying it would make the copy wait for the stores.
-inline void FillEntry(Entry& entry, host::LONG key, Value value) {
-  entry.key = key;
-  entry.type = value.type;
-  entry.bits = value.bits;
-}
 [[nodiscard]] inline ContainerBody* AppendEntry(ContainerBody* body, host::LONG key, Value value) {
   if (body->size >= body->capacity) return AppendWithGrowth(body, key, value);
-  FillEntry(body->Entries()[body->size++], key, value);
+  FillEntry(body->Entries()[body->size], key, value);
+  if (body->IsIndexed()) IndexEntry(body->Entries(), body->capacity, body->size);
+  ++body->size;
   return body;
 }
 bool RemoveEntry(ContainerBody* body, host::LONG key);
@@ -126,7 +116,9 @@ bool SameBodies(const ContainerBody* a, const ContainerBody* b, OwnIds ids);
 bool SameSharedValues(Value a, Value b, OwnIds ids);
 inline bool SameValues(Value a, Value b, OwnIds ids) {
   if (a.type != b.type) return false;
-  return a.bits == b.bits || (IsShared(a.type) && SameSharedValues(a, b, ids));
+  if (a.bits == b.bits || !IsShared(a.type)) return a.bits == b.bits;
+  return a.type == host::DA_CONTAINER ? SameBodies(BlockOf<ContainerBody>(a.bits), BlockOf<ContainerBody>(b.bits), ids)
+                                      : SameSharedValues(a, b, ids);
 }
 
 // The way into BaseContainer.
@@ -140,6 +132,24 @@ struct ContainerAccess {
   }
   // The entry's value set in place or appended, as BaseContainer::SetData does. Takes no share of `value`.
   static void Set(host::BaseContainer& container, host::LONG key, Value value);
+  // The same for a number, a link or nil. Most of them meet an entry of their type at the place where its key is
+  // looked for first, in a short body of one owner.
+  static void SetNumber(host::BaseContainer& container, host::LONG key, Value value) {
+    if (HoldsOwnShort(container)) {
+      ContainerBody& body = *container.body_;
+      Entry* entries = body.Entries();
+      const std::uint32_t guess = static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
+      if (guess < body.size && KeyAndType(entries[guess]) == KeyAndType(key, value.type)) {
+        entries[guess].bits = value.bits;
+        return;
+      }
+    }
+    SearchAndSetNumber(container, key, value);
+  }
+  static void SetId(host::BaseContainer& container, host::LONG id) {
+    if (!HoldsOwnShort(container)) return SetIdOfShared(container, id);
+    container.body_->id = id;
+  }
   // Every body from the owner of all down to this container has one owner afterwards.
   static void PrepareWrite(host::BaseContainer& container) {
     if (container.anchor_) {
@@ -168,6 +178,17 @@ struct ContainerAccess {
   static ContainerAnchor*& Anchor(host::BaseContainer& container) { return container.anchor_; }
 
  private:
+  // A short body that nobody shares, in a container without instances that is none itself.
+  static bool HoldsOwnShort(const host::BaseContainer& container) {
+    const ContainerBody* body = container.body_;
+    return body && !container.anchor_ && !body->IsLong() && body->owners.Unique();
+  }
+  // Not inlined, so that SetNumber stays lean.
+  [[gnu::noinline]] static void SearchAndSetNumber(host::BaseContainer& container, host::LONG key, Value value);
+  [[gnu::noinline]] static void AppendNumber(host::BaseContainer& container, host::LONG key, Value value);
+  [[gnu::noinline]] static void SetIdOfShared(host::BaseContainer& container, host::LONG id);
+  [[gnu::noinline]] static void Append(host::BaseContainer& container, host::LONG key, Value value);
+  [[gnu::noinline]] static void ReplaceAt(host::BaseContainer& container, host::LONG key, Value value);
   static void PrepareAnchored(host::BaseContainer& container);
   static void TellOwner(host::BaseContainer& container, ContainerBody* body);
   static void DropAnchored(host::BaseContainer& container, host::LONG key);

@@ -143,11 +143,8 @@ void ReleaseChunkMemory(Chunk* chunk) {
   ::operator delete(chunk);
 }
 
-Spot FindSpot(const LongBody& body, host::LONG key) {
-  if (body.order == KeyOrder::kMixed) return FindMixed(body, key);
-  if (body.order == KeyOrder::kAscending) return FindAscending(body, key);
-  const auto position = static_cast<std::uint32_t>(key);
-  return position < body.size ? Spot{position >> kChunkShift, position % kChunkEntries} : Spot{};
+Spot FindSparse(const LongBody& body, host::LONG key) {
+  return body.order == KeyOrder::kMixed ? FindMixed(body, key) : FindAscending(body, key);
 }
 
 Spot SpotAt(const LongBody& body, std::uint32_t position) {

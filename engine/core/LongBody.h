@@ -50,14 +50,19 @@ struct LongBody : ContainerBody {
 inline LongBody* AsLong(ContainerBody* body) { return static_cast<LongBody*>(body); }
 inline const LongBody* AsLong(const ContainerBody* body) { return static_cast<const LongBody*>(body); }
 
-// Where an entry lies: its chunk and its place there.
+// Where an entry lies: its chunk and its place there. FindSparse is for keys that are not their positions.
 struct Spot {
   std::uint32_t chunk = UINT32_MAX;
   std::uint32_t offset = 0;
   bool Found() const { return chunk != UINT32_MAX; }
 };
 
-Spot FindSpot(const LongBody& body, host::LONG key);
+Spot FindSparse(const LongBody& body, host::LONG key);
+inline Spot FindSpot(const LongBody& body, host::LONG key) {
+  if (body.order != KeyOrder::kDense) return FindSparse(body, key);
+  const auto position = static_cast<std::uint32_t>(key);
+  return position < body.size ? Spot{position >> kChunkShift, position % kChunkEntries} : Spot{};
+}
 Spot SpotAt(const LongBody& body, std::uint32_t position);
 // The chunk, with one owner.
 Chunk& WritableChunk(LongBody& body, std::uint32_t chunk);

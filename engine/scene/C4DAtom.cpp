@@ -86,8 +86,7 @@ Bool C4DAtom::CopyTo(C4DAtom* dst, LONG flags, AliasTrans*) {
 }
 
 Bool C4DAtom::GetParameter(const DescID& id, GeData& value, LONG) const {
-  const BaseContainer& data = *Element(*this).GetDataInstance();
-  return id.GetDepth() > 0 && data.FindIndex(id[0].id) >= 0 && data.GetParameter(id, value);
+  return Element(*this).GetDataInstance()->GetParameter(id, value);
 }
 
 Bool C4DAtom::SetParameter(const DescID& id, const GeData& value, LONG) {

@@ -9,7 +9,7 @@ GeData::GeData(const BaseList2D* target) : GeData(engine::LinkValue(target ? eng
 BaseList2D* GeData::GetLink(const BaseDocument* doc) const { return engine::FindNode(doc, engine::LinkOf(*this)); }
 
 void BaseContainer::SetLink(LONG id, const BaseList2D* target) {
-  engine::SetLinkId(*this, id, target ? engine::IdOf(*target) : 0);
+  engine::SetLinkId(*this, id, target ? engine::NodeAccess::Id(*target) : 0);
 }
 
 BaseList2D* BaseContainer::GetLink(LONG id, const BaseDocument* doc) const {

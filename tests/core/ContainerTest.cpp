@@ -101,6 +101,25 @@ TEST(Container, KeepsOrderAndPosition) {
   EXPECT_EQ(container.FindIndex(-1), 3);
 }
 
+// Short containers look keys up in an index from some size on, which has to follow growth, removal and copies.
+TEST(Container, FindsScatteredKeysAtEverySize) {
+  for (LONG size = 1; size <= 70; ++size) {
+    const auto key = [](LONG i) { return static_cast<LONG>(static_cast<host::ULONG>(i) * 0x01000193U + 7U * (i % 3)); };
+    BaseContainer container;
+    for (LONG i = 0; i < size; ++i) container.SetLong(key(i), i);
+    BaseContainer thinned = container;
+    for (LONG i = 0; i < size; i += 2) EXPECT_TRUE(thinned.RemoveData(key(i)));
+    for (LONG i = 0; i < 2 * size; ++i) {
+      ASSERT_EQ(container.FindIndex(key(i)), i < size ? i : host::NOTOK) << size << " " << i;
+      ASSERT_EQ(thinned.FindIndex(key(i)), i < size && i % 2 == 1 ? i / 2 : host::NOTOK) << size << " " << i;
+    }
+    thinned.FlushAll();
+    thinned.SetReal(key(1), 1.5);
+    ASSERT_EQ(thinned.FindIndex(key(0)), host::NOTOK);
+    ASSERT_EQ(thinned.FindIndex(key(1)), 0);
+  }
+}
+
 TEST(Container, EmptyValuesAreEntries) {
   BaseContainer container;
   container.SetContainer(1, BaseContainer());
@@ -158,6 +177,24 @@ TEST(Container, MergesInTheOrderOfTheSource) {
   EXPECT_EQ(target.GetId(), 1);
   target.MergeContainer(target);
   EXPECT_EQ(Keys(target), "1 2 3 ");
+}
+
+TEST(Container, MergesIntoAnEmptyOneWithoutTheOwnId) {
+  BaseContainer source(2);
+  source.SetLong(3, 3);
+  for (const LONG id : {0, 5}) {
+    BaseContainer owner;
+    owner.SetContainer(1, BaseContainer(id));
+    BaseContainer* target = owner.GetContainerInstance(1);
+    target->MergeContainer(BaseContainer(9));
+    EXPECT_EQ(target->GetId(), id);
+    target->MergeContainer(source);
+    target->SetLong(3, 4);
+    EXPECT_EQ(owner.GetContainer(1).GetId(), id);
+    EXPECT_EQ(owner.GetContainer(1).GetLong(3), 4);
+  }
+  EXPECT_EQ(source.GetId(), 2);
+  EXPECT_EQ(source.GetLong(3), 3);
 }
 
 TEST(Container, ReachesTheFirstLevelOfAParameterPath) {
