@@ -199,6 +199,21 @@ TEST_F(Pictures, ASceneWithNothingInItHasAPicture) {
   EXPECT_EQ(Picture(Place("empty as it is Editor camera.png")).width, 12U);
 }
 
+TEST_F(Pictures, APreviewThatCannotBeWrittenIsNamed) {
+  const std::string scene = Scene({"Bare", "Full"});
+  const std::string previews = folder_ / "shot_SM";
+  Out({"record", scene, "Full", "--preview", "--write", "--yes"});
+  EXPECT_EQ(Picture(previews + "/Full.tif").width, 160U);
+  EXPECT_EQ(Picture(previews + "/Full.tif").height, 120U);
+  fs::remove_all(previews);
+  tests::WriteText(previews, "a file");
+  const ChildResult result = Call({"record", scene, "Late", "--preview", "--write"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find("shot_SM"), std::string::npos) << result.err;
+  EXPECT_EQ(tests::ReadText(previews), "a file");
+  EXPECT_NE(Out({"list", scene}).find("Late"), std::string::npos) << "the state itself is recorded";
+}
+
 TEST_F(Pictures, AnInterruptionLeavesNothingHalfDone) {
   const std::string scene = Scene({"A"});
   const ChildResult result = Call({"--preserve-status", "-s", "INT", "3", kProgram, "render", scene, "--size", "16384x4000",
