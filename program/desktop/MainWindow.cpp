@@ -9,6 +9,7 @@
 #include <QMimeData>
 #include <QStatusBar>
 
+#include "engine/scene/Nodes.h"
 #include "engine/undo/Undo.h"
 #include "program/desktop/FileChooser.h"
 #include "program/desktop/Text.h"
@@ -33,16 +34,16 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
       settings_(settingsFile, QSettings::IniFormat),
       person_(person),
       commands_(application, person, settings_, this),
-      docks_(*this) {
+      docks_(*this),
+      view_(new Viewport(this)) {
   setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
   setAcceptDrops(true);
   resize(kFirstSize);
-  auto* middle = new QLabel("Open a scene: Ctrl+O, or drop a file here", this);
-  middle->setAlignment(Qt::AlignCenter);
-  middle->setEnabled(false);
-  setCentralWidget(middle);
+  setCentralWidget(view_);
+  view_->picked = [this](engine::NodeId object) { Choose(object); };
   BuildFileMenu();
   BuildEditMenu();
+  BuildViewMenu();
   BuildPluginMenu();
   BuildWindowMenu();
   BuildHelpMenu();
@@ -91,6 +92,18 @@ void MainWindow::BuildEditMenu() {
   QMenu& menu = *menuBar()->addMenu("&Edit");
   undo_ = Add(menu, "Undo", QKeySequence::Undo, [this] { application_.Undo(); });
   redo_ = Add(menu, "Redo", QKeySequence("Ctrl+Shift+Z"), [this] { application_.Redo(); });
+}
+
+void MainWindow::BuildViewMenu() {
+  QMenu& menu = *menuBar()->addMenu("&View");
+  Add(menu, "Frame &All", QKeySequence("Ctrl+F"), [this] { view_->FrameAll(); });
+  Add(menu, "Look Through &Scene Camera", QKeySequence("Ctrl+K"), [this] { view_->LookThroughSceneCamera(); });
+}
+
+void MainWindow::Choose(engine::NodeId object) {
+  host::BaseDocument* doc = host::GetActiveDocument();
+  doc->SetActiveObject(engine::AsObject(engine::FindNode(doc, object)));
+  host::EventAdd();
 }
 
 void MainWindow::BuildPluginMenu() {
@@ -143,6 +156,7 @@ void MainWindow::Beat() {
   if (engine::InsideDialogCall()) return;
   if (application_.HasPendingEvents()) application_.DeliverEvents();
   ShowState();
+  view_->Follow(host::GetActiveDocument());
 }
 
 void MainWindow::ShowState() {

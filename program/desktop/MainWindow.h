@@ -2,12 +2,12 @@
 // posted. A thin view over the application, which it does not own. Main thread.
 #pragma once
 
-#include <QLabel>
 #include <QMainWindow>
 #include <QSettings>
 
 #include "program/desktop/DialogDocks.h"
 #include "program/desktop/DocumentCommands.h"
+#include "program/desktop/Viewport.h"
 
 namespace desktop {
 
@@ -19,6 +19,7 @@ class MainWindow : public QMainWindow {
 
   DocumentCommands& Commands() { return commands_; }
   DialogDocks& Docks() { return docks_; }
+  Viewport& View() { return *view_; }
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
   void RestoreLayout();
   // Delivers posted events and brings title and actions in step; called by the event loop before it waits.
@@ -32,6 +33,7 @@ class MainWindow : public QMainWindow {
  private:
   void BuildFileMenu();
   void BuildEditMenu();
+  void BuildViewMenu();
   void BuildPluginMenu();
   void BuildWindowMenu();
   void BuildHelpMenu();
@@ -41,12 +43,14 @@ class MainWindow : public QMainWindow {
   void ShowState();
   void ResetLayout();
   void ShowAbout();
+  void Choose(engine::NodeId object);
 
   engine::Application& application_;
   QSettings settings_;
   DesktopPerson& person_;
   DocumentCommands commands_;
   DialogDocks docks_;
+  Viewport* view_;
   QAction* undo_ = nullptr;
   QAction* redo_ = nullptr;
   QByteArray firstLayout_;

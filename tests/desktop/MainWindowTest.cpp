@@ -159,6 +159,7 @@ TEST(MainWindowPicture, WithTheSampleScene) {
   ASSERT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/spider/spider.obj"));
   Desk::Rest();
   for (const char* name : {"All on", "Legs only", "Close"}) Record(desk, name);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return desk.Window().View().IsFinished(); }, 60000));
   EXPECT_TRUE(pictures::Write(desk.Window(), "main-window"));
 }
 

@@ -1,0 +1,33 @@
+// EditorCamera: the camera that a person moves in the viewport: it looks at a target from a distance under two angles, so that it
+// can go around it, slide and come nearer, always upright. A value; any thread.
+#pragma once
+
+#include "engine/render/ScenePicture.h"
+
+namespace desktop {
+
+class EditorCamera {
+ public:
+  EditorCamera() = default;
+  // Looks as `camera` does; `interest` is what it goes around, taken at its depth in the middle of the picture. A camera that
+  // leans to a side stands upright from now on.
+  EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest);
+
+  // By radians: around the target, and up and down as far as straight above and below.
+  void Orbit(double heading, double pitch);
+  // By shares of the picture's width: positive moves what is seen to the right and down.
+  void Slide(double right, double down);
+  // Below 1 comes nearer.
+  void Zoom(double factor);
+
+  engine::PictureCamera Camera() const;
+
+ private:
+  engine::PictureCamera lens_;
+  host::Vector target_;
+  double distance_ = 1000;
+  double heading_ = 0;
+  double pitch_ = 0;
+};
+
+}  // namespace desktop
