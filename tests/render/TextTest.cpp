@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <set>
 
+#include "engine/outside/ForwardingOutside.h"
 #include "engine/outside/ScriptedOutside.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -99,6 +100,23 @@ TEST_F(Text, KeepsWithinThePicture) {
     font_.Draw(line, x, y, {255, 255, 255}, image);
     EXPECT_EQ(image.bytes.size(), 64U * 20U * 4U);
   }
+}
+
+// A system without fonts.
+class Bare : public engine::ForwardingOutside {
+ public:
+  using ForwardingOutside::ForwardingOutside;
+
+ protected:
+  engine::FileKind DoKind(const std::string&) override { return engine::FileKind::Missing; }
+};
+
+TEST_F(Text, AMissingFontNamesItsPackage) {
+  Bare bare(outside_);
+  const engine::OutsideInUse inUse(bare);
+  const auto font = Font::Load(Font::Weight::Bold);
+  ASSERT_FALSE(font);
+  EXPECT_NE(font.Message().find("fonts-dejavu-core"), std::string::npos) << font.Message();
 }
 
 TEST_F(Text, WhatIsNoFontIsRefusedByName) {
