@@ -1,5 +1,8 @@
 #include "engine/scene/NodeCopy.h"
 
+#include <utility>
+#include <vector>
+
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
@@ -52,25 +55,68 @@ NodeId Mapped(NodeId id, const IdMap& ids) {
   return found == ids.end() ? id : found->second;
 }
 
-bool PointsInto(const host::BaseContainer& data, const IdMap& ids) {
-  bool points = false;
-  ForEachEntry(data, [&](host::LONG, const host::GeData& value) {
-    if (value.GetType() == host::DA_ALIASLINK) points = points || ids.count(LinkOf(value)) > 0;
-    if (value.GetType() == host::DA_CONTAINER) points = points || PointsInto(value.GetContainer(), ids);
-  });
-  return points;
-}
+// Rewrites the links of containers of any depth, level by level. What holds none of them stays shared with its source.
+class LinkFollowing {
+ public:
+  explicit LinkFollowing(const IdMap& ids) : ids_(ids) {}
 
-host::BaseContainer Followed(const host::BaseContainer& data, const IdMap& ids) {
-  host::BaseContainer result = data;
-  ForEachEntry(data, [&](host::LONG key, const host::GeData& value) {
-    if (value.GetType() == host::DA_ALIASLINK) SetLinkId(result, key, Mapped(LinkOf(value), ids));
-    if (value.GetType() != host::DA_CONTAINER) return;
-    const host::BaseContainer inner = value.GetContainer();
-    if (PointsInto(inner, ids)) result.SetContainer(key, Followed(inner, ids));
-  });
-  return result;
-}
+  host::BaseContainer Run(const host::BaseContainer& data) {
+    levels_.push_back({data, data});
+    while (true) {
+      while (Step()) {
+      }
+      Level done = std::move(levels_.back());
+      levels_.pop_back();
+      if (levels_.empty()) return done.result;
+      if (done.nests) done_.emplace(BodyOf(done.source), done.result);
+      Put(done.key, done.source, done.result);
+    }
+  }
+
+ private:
+  struct Level {
+    host::BaseContainer source;
+    host::BaseContainer result;
+    host::LONG key = 0;  // in the level above
+    host::LONG next = 0;
+    bool nests = false;
+  };
+
+  // One entry of the last level; false at its end.
+  bool Step() {
+    Level& level = levels_.back();
+    if (level.next == level.source.GetCount()) return false;
+    const host::LONG key = level.source.GetIndexId(level.next);
+    const host::GeData value = level.source.GetIndexData(level.next++);
+    if (value.GetType() == host::DA_ALIASLINK) SetLinkId(level.result, key, Mapped(LinkOf(value), ids_));
+    if (value.GetType() == host::DA_CONTAINER) {
+      level.nests = true;
+      Enter(key, value.GetContainer());
+    }
+    return true;
+  }
+
+  void Enter(host::LONG key, const host::BaseContainer& inner) {
+    const auto known = done_.find(BodyOf(inner));
+    if (known == done_.end()) {
+      levels_.push_back({inner, inner, key});
+    } else {
+      Put(key, inner, known->second);
+    }
+  }
+
+  void Put(host::LONG key, const host::BaseContainer& source, const host::BaseContainer& result) {
+    if (BodyOf(source) == BodyOf(result)) return;
+    // Without the old value, which would be compared with the new one down to its last level.
+    levels_.back().result.SetData(key, host::GeData());
+    levels_.back().result.SetContainer(key, result);
+  }
+
+  const IdMap& ids_;
+  std::vector<Level> levels_;
+  // Containers that hold others, by their bodies: one that is met along many ways is followed once.
+  std::unordered_map<const void*, host::BaseContainer> done_;
+};
 
 }  // namespace
 
@@ -140,7 +186,8 @@ void FollowLinks(BaseList2D& root, const IdMap& ids) {
     BaseList2D& element = static_cast<BaseList2D&>(*node);
     A::Layer(element) = Mapped(A::Layer(element), ids);
     if (host::TextureTag* tag = AsTextureTag(node)) A::Material(*tag) = Mapped(A::Material(*tag), ids);
-    if (PointsInto(A::Data(element), ids)) A::Data(element) = Followed(A::Data(element), ids);
+    const host::BaseContainer data = LinkFollowing(ids).Run(A::Data(element));
+    if (BodyOf(data) != BodyOf(A::Data(element))) A::Data(element) = data;
   }
 }
 

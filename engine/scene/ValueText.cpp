@@ -1,6 +1,7 @@
 #include "engine/scene/ValueText.h"
 
 #include <charconv>
+#include <vector>
 
 namespace engine {
 
@@ -60,18 +61,38 @@ std::string ValueText(const GeData& value, const LinkNames& links) {
 
 namespace {
 
-void AppendBelow(const host::BaseContainer& data, const std::string& path, const LinkNames& links, std::string& out) {
-  ForEachEntry(data, [&](host::LONG key, const GeData& value) {
-    const std::string here = path + std::to_string(key);
-    out += here + " = " + ValueText(value, links) + "\n";
-    if (value.GetType() == host::DA_CONTAINER) AppendBelow(value.GetContainer(), here + "/", links, out);
-  });
+// Levels whose keys are written out. Below them a line tells how many levels further down it is: written out, the paths of a
+// long chain would grow with its square.
+constexpr std::size_t kLevelsInPath = 32;
+
+struct Level {
+  host::BaseContainer data;
+  std::string path;
+  host::LONG next = 0;
+};
+
+// What stands before the keys of the level below the last one.
+std::string PathBelow(const std::vector<Level>& levels, const std::string& here) {
+  if (levels.size() < kLevelsInPath) return here + "/";
+  return levels[kLevelsInPath - 1].path + "+" + std::to_string(levels.size() - kLevelsInPath + 1) + "/";
 }
 
 }  // namespace
 
 void AppendContainer(const host::BaseContainer& data, const std::string& prefix, const LinkNames& links, std::string& out) {
-  AppendBelow(data, prefix + " ", links, out);
+  std::vector<Level> levels;
+  levels.push_back({data, prefix + " "});
+  while (!levels.empty()) {
+    Level& level = levels.back();
+    if (level.next == level.data.GetCount()) {
+      levels.pop_back();
+      continue;
+    }
+    const std::string here = level.path + std::to_string(level.data.GetIndexId(level.next));
+    const GeData value = level.data.GetIndexData(level.next++);
+    out += here + " = " + ValueText(value, links) + "\n";
+    if (value.GetType() == host::DA_CONTAINER) levels.push_back({value.GetContainer(), PathBelow(levels, here)});
+  }
 }
 
 }  // namespace engine

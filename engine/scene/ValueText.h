@@ -17,7 +17,8 @@ std::string RealText(host::Real value);
 std::string VectorText(const host::Vector& value);
 // One value; of a container only its own ID and its number of entries.
 std::string ValueText(const host::GeData& value, const LinkNames& links);
-// Appends one line per entry, those of sub-containers after the entry that holds them: "<prefix> 25003/0/80001 = 1".
+// Appends one line per entry, those of sub-containers after the entry that holds them: "<prefix> 25003/0/80001 = 1". Any
+// depth; below the thirty-second level the number of further levels stands for their keys: ".../+7/80001 = 1".
 void AppendContainer(const host::BaseContainer& data, const std::string& prefix, const LinkNames& links, std::string& out);
 
 }  // namespace engine

@@ -148,6 +148,58 @@ INSTANTIATE_TEST_SUITE_P(Flags, CopyTo,
                                          CopyToCase{"NoBits", 16, 32, "post 1:0 post 2:0 pass 3:0 "}),
                          [](const auto& one) { return one.param.name; });
 
+TEST(Copy, FollowsAndDumpsContainersNestedDeeperThanTheStack) {
+  constexpr int kDepth = 100000;
+  SceneBuilder scene;
+  scene.Object("Target");
+  BaseContainer nest;
+  nest.SetLink(7, scene.Last());
+  for (int i = 0; i < kDepth; ++i) {
+    BaseContainer around;
+    around.SetLong(1, i);
+    around.SetContainer(2, nest);
+    nest = around;
+  }
+  scene.Last()->GetDataInstance()->SetContainer(5, nest);
+
+  auto* copy = static_cast<BaseDocument*>(scene.Doc().GetClone(0, nullptr));
+  const std::string dump = engine::DumpDocument(*copy);
+  EXPECT_NE(dump.find("/+99970/7 = link #"), std::string::npos);
+  EXPECT_EQ(dump.find("link dead"), std::string::npos);
+  EXPECT_EQ(engine::DumpDocument(scene.Doc()), dump);
+
+  BaseContainer inner = copy->GetFirstObject()->GetDataInstance()->GetContainer(5);
+  for (int i = 0; i < kDepth; ++i) inner = inner.GetContainer(2);
+  EXPECT_EQ(inner.GetLink(7, copy), copy->GetFirstObject());
+  BaseDocument::Free(copy);
+}
+
+// Each level holds the one below it twice: along every way to the links there would be no end of visits.
+TEST(Copy, FollowsSharedLevelsOnceAndSharesWhatHoldsNoLinks) {
+  SceneBuilder scene;
+  scene.Object("Target");
+  BaseContainer shared;
+  shared.SetLink(7, scene.Last());
+  BaseContainer plain;
+  plain.SetLong(1, 1);
+  for (int i = 0; i < 60; ++i) {
+    BaseContainer around;
+    around.SetContainer(1, shared);
+    around.SetContainer(2, shared);
+    around.SetContainer(3, plain);
+    shared = around;
+  }
+  scene.Last()->GetDataInstance()->SetContainer(5, shared);
+  auto* copy = static_cast<BaseDocument*>(scene.Doc().GetClone(0, nullptr));
+  BaseContainer inner = copy->GetFirstObject()->GetDataInstance()->GetContainer(5);
+  for (int i = 0; i < 60; ++i) {
+    EXPECT_EQ(engine::BodyOf(inner.GetContainer(3)), engine::BodyOf(plain));
+    inner = inner.GetContainer(i % 2 + 1);
+  }
+  EXPECT_EQ(inner.GetLink(7, copy), copy->GetFirstObject());
+  BaseDocument::Free(copy);
+}
+
 TEST(Copy, OntoItselfDoesNothingAndUnlikeKindsAreRefused) {
   FullScene scene;
   const std::string before = engine::DumpDocument(scene.Doc());
