@@ -65,7 +65,7 @@ class BaseDocument : public BaseList2D {
   GeListHead* GetLayerObjectRoot() const;
 
   // Puts an element (owned by nobody) below `parent`, or at the top level where that is null, after `pred`,
-  // or first where that is null. The document owns it from then on. `checknames` makes the name unique.
+  // or first where that is null. The document owns it from then on. `checknames` makes the name unique: O(n).
   void InsertObject(BaseObject* op, BaseObject* parent, BaseObject* pred, Bool checknames = FALSE);
   void InsertMaterial(BaseMaterial* material, BaseMaterial* pred = nullptr, Bool checknames = FALSE);
   void InsertLayer(LayerObject* layer, LayerObject* parent = nullptr, LayerObject* pred = nullptr);

@@ -29,7 +29,7 @@ struct DocumentBody {
   SelectionOrder selectedObjects;
   SelectionOrder selectedTags;
 
-  std::shared_ptr<const void> kept;  // see KeepWith
+  std::shared_ptr<const void> kept;               // see KeepWith
   std::shared_ptr<const EmbeddedFiles> embedded;  // null: none
   std::unique_ptr<DocumentListener> listener;
   std::unique_ptr<UndoAttachment> undo;

@@ -46,6 +46,7 @@ struct NodeAccess {
   static Node*& Last(host::GeListHead& head) { return head.last_; }
 
   static host::String& Name(host::BaseList2D& node) { return node.name_; }
+  static const host::String& Name(const host::BaseList2D& node) { return node.name_; }
   static host::BaseContainer& Data(host::BaseList2D& node) { return node.data_; }
   static host::LONG& Bits(host::BaseList2D& node) { return node.bits_; }
   static host::ULLONG& Layer(host::BaseList2D& node) { return node.layer_; }

@@ -1,5 +1,6 @@
 #include "engine/scene/Nodes.h"
 
+#include <string_view>
 #include <unordered_set>
 
 #include "engine/scene/DocumentBody.h"
@@ -98,11 +99,13 @@ void SetListener(BaseDocument& doc, std::unique_ptr<DocumentListener> listener) 
 DocumentListener* ListenerOf(const BaseDocument& doc) { return BodyOf(doc).listener.get(); }
 
 void MakeNameUnique(BaseList2D& node, const BaseList2D* first) {
-  std::unordered_set<std::string> names;
-  for (const GeListNode* other = first; other; other = NextInTree(other)) {
-    if (other != &node) names.emplace(static_cast<const BaseList2D*>(other)->GetName().View());
-  }
   const std::string name = node.GetName().ToUtf8();
+  // Only these can stand in the way. They are looked at where they lie.
+  std::unordered_set<std::string_view> names;
+  for (const GeListNode* other = first; other; other = NextInTree(other)) {
+    const host::String& taken = A::Name(*static_cast<const BaseList2D*>(other));
+    if (other != &node && taken.View().substr(0, name.size()) == name) names.insert(taken.View());
+  }
   std::string candidate = name;
   for (int number = 1; names.count(candidate) > 0; ++number) candidate = name + "." + std::to_string(number);
   node.SetName(host::String(std::string_view(candidate)));
