@@ -2,6 +2,7 @@
 
 #include <fnmatch.h>
 
+#include <algorithm>
 #include <charconv>
 
 #include "engine/scene/Nodes.h"
@@ -19,22 +20,62 @@ constexpr std::size_t kCandidatesShown = 8;
 
 bool IsPattern(const std::string& typed) { return typed.find_first_of("*?") != std::string::npos; }
 
-bool Matches(const std::string& pattern, const std::string& text, int flags) {
-  return fnmatch(pattern.c_str(), text.c_str(), FNM_NOESCAPE | flags) == 0;
+// Only * and ? mean something: names of parts often hold brackets.
+std::string Escaped(const std::string& pattern) {
+  std::string escaped;
+  for (const char c : pattern) escaped += c == '[' ? std::string("[[]") : std::string(1, c);
+  return escaped;
+}
+
+// Something typed: a name or a path, plain or with * and ?.
+class Wanted {
+ public:
+  explicit Wanted(const std::string& typed) : typed_(typed), pattern_(IsPattern(typed) ? Escaped(typed) : "") {}
+
+  bool Matches(const std::string& text, int flags) const {
+    return pattern_.empty() ? text == typed_ : fnmatch(pattern_.c_str(), text.c_str(), FNM_NOESCAPE | flags) == 0;
+  }
+
+ private:
+  std::string typed_;
+  std::string pattern_;
+};
+
+bool IsPosition(const std::string& typed) {
+  return typed.size() > 1 && typed[0] == '#' && typed.find_first_not_of("0123456789", 1) == std::string::npos;
 }
 
 Result<std::vector<BaseObject*>> ByPosition(const BaseDocument& doc, const std::string& typed) {
   std::size_t wanted = 0;
-  const auto [end, error] = std::from_chars(typed.data() + 1, typed.data() + typed.size(), wanted);
-  if (error != std::errc() || end != typed.data() + typed.size()) {
-    return Result<std::vector<BaseObject*>>::Failure("\"" + typed + "\" is no position; #0 is the first object of the tree.");
-  }
+  const auto read = std::from_chars(typed.data() + 1, typed.data() + typed.size(), wanted);
   std::size_t position = 0;
   for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object), ++position) {
-    if (position == wanted) return std::vector<BaseObject*>{object};
+    if (position == wanted && read.ec == std::errc()) return std::vector<BaseObject*>{object};
   }
   return Result<std::vector<BaseObject*>>::Failure("There is no object " + typed + "; the scene has " + std::to_string(position) +
-                                                   ".");
+                                                   ", the first is #0.");
+}
+
+// A pattern is compared only where a path has as many slashes, so that a deep tree does not cost its depth at each step.
+std::vector<BaseObject*> ByPath(const BaseDocument& doc, const std::string& typed) {
+  const Wanted wanted(typed);
+  const auto slashes = static_cast<std::size_t>(std::count(typed.begin(), typed.end(), '/'));
+  std::vector<BaseObject*> found;
+  ObjectPaths paths;
+  for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
+    const std::string& path = paths.StepTo(*object);
+    if (paths.Slashes() == slashes && wanted.Matches(path, FNM_PATHNAME)) found.push_back(object);
+  }
+  return found;
+}
+
+std::vector<BaseObject*> ByName(const BaseDocument& doc, const std::string& typed) {
+  const Wanted wanted(typed);
+  std::vector<BaseObject*> found;
+  for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
+    if (wanted.Matches(object->GetName().ToUtf8(), 0)) found.push_back(object);
+  }
+  return found;
 }
 
 std::string Ambiguity(const std::string& typed, const std::vector<BaseObject*>& found, const BaseDocument& doc) {
@@ -78,14 +119,20 @@ std::string PathOf(const BaseObject& object) {
   return path;
 }
 
+const std::string& ObjectPaths::StepTo(const BaseObject& object) {
+  while (!levels_.empty() && levels_.back().object != object.GetUp()) levels_.pop_back();
+  path_.resize(levels_.empty() ? 0 : levels_.back().length);
+  const std::string name = object.GetName().ToUtf8();
+  const std::size_t slashes = Slashes() + 1 + static_cast<std::size_t>(std::count(name.begin(), name.end(), '/'));
+  path_ += "/" + name;
+  levels_.push_back({&object, path_.size(), slashes});
+  return path_;
+}
+
 Result<std::vector<BaseObject*>> FindObjects(const BaseDocument& doc, const std::string& typed) {
-  if (!typed.empty() && typed[0] == '#') return ByPosition(doc, typed);
-  const bool byPath = !typed.empty() && typed[0] == '/';
-  std::vector<BaseObject*> found;
-  for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
-    const bool matches = byPath ? Matches(typed, PathOf(*object), FNM_PATHNAME) : Matches(typed, object->GetName().ToUtf8(), 0);
-    if (matches) found.push_back(object);
-  }
+  if (IsPosition(typed)) return ByPosition(doc, typed);
+  const bool isPath = !typed.empty() && typed[0] == '/';
+  std::vector<BaseObject*> found = isPath ? ByPath(doc, typed) : ByName(doc, typed);
   if (found.empty()) {
     return Result<std::vector<BaseObject*>>::Failure("There is no object \"" + typed +
                                                      "\". `stagemarks info SCENE --tree` shows them.");
@@ -107,6 +154,20 @@ Result<host::BaseMaterial*> FindMaterial(const BaseDocument& doc, const std::str
 
 Result<host::LayerObject*> FindLayer(const BaseDocument& doc, const std::string& name) {
   return FindNamed(static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()), name, "layer");
+}
+
+Result<std::vector<host::LayerObject*>> FindLayers(const BaseDocument& doc, const std::string& typed) {
+  std::vector<host::LayerObject*> found;
+  const Wanted wanted(typed);
+  auto* first = static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst());
+  for (host::LayerObject* layer = first; layer; layer = NextInTree(layer)) {
+    if (wanted.Matches(layer->GetName().ToUtf8(), 0)) found.push_back(layer);
+  }
+  if (found.empty() || !IsPattern(typed)) {
+    const auto one = FindLayer(doc, typed);
+    if (!one) return one.GetStatus();
+  }
+  return found;
 }
 
 }  // namespace commandline

@@ -13,10 +13,32 @@ namespace commandline {
 // The path of an object: its names from the top, each after a slash.
 std::string PathOf(const host::BaseObject& object);
 
+// The paths of objects in a pre-order walk, O(length of the name) a step.
+class ObjectPaths {
+ public:
+  // The path of the next object of the walk; valid until the next step.
+  const std::string& StepTo(const host::BaseObject& object);
+  std::size_t Slashes() const { return levels_.empty() ? 0 : levels_.back().slashes; }
+  // 0 for an object at the top.
+  std::size_t Depth() const { return levels_.size() - 1; }
+
+ private:
+  struct Level {
+    const host::BaseObject* object;
+    std::size_t length;
+    std::size_t slashes;
+  };
+
+  std::string path_;
+  std::vector<Level> levels_;
+};
+
 // Every object that a pattern matches; without * or ? exactly one. A failure says what is missing or ambiguous.
 engine::Result<std::vector<host::BaseObject*>> FindObjects(const host::BaseDocument& doc, const std::string& typed);
 engine::Result<host::BaseObject*> FindObject(const host::BaseDocument& doc, const std::string& typed);
 engine::Result<host::BaseMaterial*> FindMaterial(const host::BaseDocument& doc, const std::string& name);
 engine::Result<host::LayerObject*> FindLayer(const host::BaseDocument& doc, const std::string& name);
+// Every layer that a name or a pattern matches, at least one.
+engine::Result<std::vector<host::LayerObject*>> FindLayers(const host::BaseDocument& doc, const std::string& typed);
 
 }  // namespace commandline

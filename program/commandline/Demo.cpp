@@ -1,27 +1,26 @@
 #include "program/commandline/Demo.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
-#include "program/commandline/Bounds.h"
-#include "program/commandline/SceneEdits.h"
 
 namespace commandline {
 
-using host::BaseObject;
-
 namespace {
 
-// Objects with geometry, in tree order.
-std::vector<BaseObject*> MeshObjects(const host::BaseDocument& doc) {
-  std::vector<BaseObject*> objects;
-  for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
-    if (engine::MeshOf(*object)) objects.push_back(object);
-  }
-  return objects;
+std::string FileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+// As a person in the present folder would type it.
+std::string Shortest(const std::string& path) {
+  std::error_code error;
+  const std::string relative = std::filesystem::proximate(path, error).string();
+  return error || relative.size() >= path.size() ? path : relative;
 }
+
+std::string Typed(const std::string& path) { return path.find(' ') == std::string::npos ? path : "\"" + path + "\""; }
 
 }  // namespace
 
@@ -30,7 +29,8 @@ Demo::Demo(Session& session, std::string scene, std::string folder)
 
 int Demo::Run() {
   std::cout << Coloured(Colour::Bold, "Stagemarks: three states of one scene") << "\n\n";
-  const bool worked = Import() && RecordStates() && RecallStates() && UndoRecall() && SaveAndReopen();
+  const bool worked =
+      Import() && RecordStates() && RecallStates() && UndoRecall() && SaveAndReopen() && RecallStates() && ExportStates();
   if (!worked) return kFailed;
   ShowResult();
   return session_.CheckLedger();
@@ -45,77 +45,33 @@ bool Demo::Step(const std::string& text, bool worked, const std::vector<std::str
 bool Demo::Import() {
   if (session_.Open(scene_) != kDone) return Step("Opening " + scene_, false);
   const engine::SceneCounts counts = engine::CountScene(session_.Document());
-  return Step("Opened " + std::filesystem::path(scene_).filename().string() + ": " + Counted(counts.objects, "object") + ", " +
+  return Step("Opened " + FileName(scene_) + ": " + Counted(counts.objects, "object") + ", " +
                   Counted(counts.materials, "material") + ", " + Counted(counts.lights, "light") + ", " +
                   Counted(counts.polygons, "polygon"),
               true);
 }
 
-void Demo::MakeEverything() {
-  host::BaseDocument& doc = session_.Document();
-  const Bounds bounds = BoundsOf(doc);
-  BaseObject* camera = MakeCamera(doc, "Overview", ViewPoint(bounds, 0.6), bounds.centre);
-  doc.GetRenderBaseDraw()->SetSceneCamera(camera, host::FALSE);
-  host::LayerObject* layer = MakeLayer(doc, "Props");
-  const auto meshes = MeshObjects(doc);
-  for (std::size_t i = 1; i < meshes.size(); i += 4) AssignLayer(doc, *meshes[i], layer);
-}
-
-void Demo::MakeEmptier() {
-  host::BaseDocument& doc = session_.Document();
-  const Bounds bounds = BoundsOf(doc);
-  BaseObject* camera = MakeCamera(doc, "From the side", ViewPoint(bounds, 2.2), bounds.centre);
-  doc.GetRenderBaseDraw()->SetSceneCamera(camera, host::FALSE);
-  const auto meshes = MeshObjects(doc);
-  for (std::size_t i = 0; i < meshes.size(); i += 3) {
-    doc.AddUndo(host::UNDO_CHANGE, meshes[i]);
-    meshes[i]->SetEditorMode(host::MODE_OFF);
-    meshes[i]->SetRenderMode(host::MODE_OFF);
-  }
-  SetRenderSize(doc, 1920, 1080);
-}
-
-void Demo::MakeClay() {
-  host::BaseDocument& doc = session_.Document();
-  host::BaseMaterial* clay = MakeMaterial(doc, "Clay", {0.62, 0.55, 0.48});
-  for (BaseObject* object : MeshObjects(doc)) {
-    AssignMaterial(doc, *object, clay);
-    doc.AddUndo(host::UNDO_CHANGE, object);
-    object->SetEditorMode(host::MODE_UNDEF);
-    object->SetRenderMode(host::MODE_UNDEF);
-  }
-  auto* layer = static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetLast());
-  SetLayerFlag(doc, *layer, "render", false);
-  SetRenderSize(doc, 1080, 1080);
-}
-
 bool Demo::RecordStates() {
-  using Make = void (Demo::*)();
-  const struct {
-    Make make;
-    const char* name;
-    const char* what;
-  } kStates[] = {
-      {&Demo::MakeEverything, "Overview", "everything, from above"},
-      {&Demo::MakeEmptier, "Emptier", "every third object hidden, another camera, a wider picture"},
-      {&Demo::MakeClay, "Clay", "one plain material, the layer \"Props\" left out, a square picture"},
-  };
-  for (const auto& state : kStates) {
-    session_.Document().StartUndo();
-    (this->*state.make)();
-    session_.Document().EndUndo();
-    session_.Document().SetChanged();
-    if (!Record(state.name, state.what)) return false;
+  host::BaseDocument& doc = session_.Document();
+  doc.StartUndo();
+  PrepareDemo(doc);
+  doc.EndUndo();
+  for (std::size_t i = 0; i < kDemoStates; ++i) {
+    doc.StartUndo();
+    GetDemoState(i).make(doc);
+    doc.EndUndo();
+    doc.SetChanged();
+    if (!Record(GetDemoState(i))) return false;
   }
   return true;
 }
 
-bool Demo::Record(const std::string& name, const std::string& what) {
+bool Demo::Record(const DemoState& state) {
   StagemarksDialog& dialog = session_.Dialog();
-  const bool recorded = dialog.TypeName(name) && dialog.Press("Record Element");
+  const bool recorded = dialog.TypeName(state.name) && dialog.Press("Record Element");
   session_.App().DeliverEvents();
-  states_.push_back({name, engine::DumpState(session_.Document())});
-  return Step("Recorded \"" + name + "\": " + what, recorded && dialog.Current() == name);
+  states_.push_back({state.name, engine::DumpState(session_.Document())});
+  return Step("Recorded \"" + states_.back().name + "\": " + state.what, recorded && dialog.Current() == state.name);
 }
 
 bool Demo::Recall(const State& state) {
@@ -126,10 +82,7 @@ bool Demo::Recall(const State& state) {
 }
 
 bool Demo::RecallStates() {
-  for (const State& state : states_) {
-    if (!Recall(state)) return false;
-  }
-  return true;
+  return std::all_of(states_.begin(), states_.end(), [this](const State& state) { return Recall(state); });
 }
 
 bool Demo::UndoRecall() {
@@ -146,20 +99,64 @@ bool Demo::SaveAndReopen() {
     return Step("Making " + folder_, false, {made.Message()});
   saved_ = folder_ + "/" + std::filesystem::path(scene_).stem().string() + ".c4d";
   const engine::Status saved = session_.App().SaveDocumentAs(session_.Document(), saved_);
-  if (!Step("Saved " + saved_, saved.Ok(), saved.Ok() ? std::vector<std::string>{} : std::vector{saved.Message()})) return false;
+  if (!saved) return Step("Saving " + saved_, false, {saved.Message()});
+  Step("Saved " + Shortest(saved_), true);
   host::KillDocument(&session_.Document());
   if (session_.Open(saved_) != kDone) return Step("Opening it again", false);
-  Step("Opened it again: " + Counted(session_.Dialog().Marks().size(), "Stagemark"),
-       session_.Dialog().Marks().size() == states_.size());
-  return RecallStates();
+  const std::size_t marks = session_.Dialog().Marks().size();
+  return Step("Opened it again: " + Counted(marks, "Stagemark"), marks == states_.size());
+}
+
+bool Demo::ExportStates() {
+  ExportOrder order;
+  order.layout = "project";
+  order.folder = folder_ + "/export";
+  const engine::Status made = session_.Files().MakeFolder(order.folder);
+  if (!made || session_.Check({}) != kDone) return Step("Exporting", false, {made.Message()});
+  const ExportResult result = Export(session_, order);
+  std::vector<std::string> why = result.failures;
+  for (const std::string& texture : result.missing) why.push_back("found nowhere: " + texture);
+  const std::string what = Counted(result.scenes.size(), "standalone scene file") + ", one per Stagemark, with textures";
+  return Step("Exported " + what, result.status == kDone, why) && CompareFiles(result);
+}
+
+bool Demo::CompareFiles(const ExportResult& result) {
+  host::BaseDocument* const original = &session_.Document();
+  for (const State& state : states_) {
+    const auto file = std::find_if(result.scenes.begin(), result.scenes.end(),
+                                   [&](const std::string& path) { return path.ends_with(" " + state.name + ".c4d"); });
+    if (file == result.scenes.end()) return Step("Exported \"" + state.name + "\"", false, {"there is no file of it"});
+    if (!CompareFile(*file, state)) return false;
+    host::SetActiveDocument(original);
+  }
+  session_.App().DeliverEvents();
+  ShowFiles(result);
+  return true;
+}
+
+bool Demo::CompareFile(const std::string& file, const State& state) {
+  if (session_.Open(file) != kDone) return Step("Opening " + file, false);
+  const auto difference = engine::DumpDifference(state.facts, engine::DumpState(session_.Document()));
+  host::KillDocument(&session_.Document());
+  return Step("Opened \"" + FileName(file) + "\": it holds the recorded state", difference.empty(), difference);
+}
+
+void Demo::ShowFiles(const ExportResult& result) {
+  std::vector<std::string> files = result.written;
+  files.push_back(saved_);
+  std::cout << "\nThe files:\n\n  " << Shortest(folder_) << "/\n";
+  for (const std::string& line : FileTreeLines(folder_, files)) std::cout << "    " << line << '\n';
 }
 
 void Demo::ShowResult() {
-  std::cout << "\nThe list, as the dialog shows it:\n\n" << session_.Dialog().ListText() << "\n\n";
-  std::cout << "What next:\n"
-            << "  stagemarks list \"" << saved_ << "\"\n"
-            << "  stagemarks load \"" << saved_ << "\" Overview -o overview.c4d\n"
-            << "  stagemarks --help\n";
+  const std::string scene = Typed(Shortest(saved_));
+  const std::string program = Typed(Shortest(ProgramFolder() + "/stagemarks"));
+  std::cout << "\nThe list, as the dialog shows it:\n\n" << session_.Dialog().ListText() << "\n\nWhat next:\n\n";
+  for (const char* rest : {" list %", " load % Overview -o overview.c4d", " export % --layout file --to out", " --help"}) {
+    std::string line = rest;
+    if (const auto place = line.find('%'); place != std::string::npos) line.replace(place, 1, scene);
+    std::cout << "  " << program << line << '\n';
+  }
 }
 
 }  // namespace commandline

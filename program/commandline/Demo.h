@@ -1,11 +1,13 @@
 // Demo: the product's main job on a real scene, step by step, each step checked: three states are made and recorded,
-// recalled and compared, one recall is undone, the scene is saved, opened and recalled again. Prints as it goes. Main thread.
+// recalled and compared, one recall is undone, the scene is saved, opened and recalled again, and every state is exported as
+// a scene file of its own, which is opened and compared. Prints as it goes. Main thread.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "program/commandline/Session.h"
+#include "program/commandline/DemoStates.h"
+#include "program/commandline/Exporting.h"
 
 namespace commandline {
 
@@ -17,7 +19,7 @@ class Demo {
   int Run();
 
  private:
-  // One recorded state: its name, what a person sees, and its facts right after recording.
+  // One recorded state: its name, and its facts right after recording.
   struct State {
     std::string name;
     std::string facts;
@@ -28,13 +30,14 @@ class Demo {
   bool RecallStates();
   bool UndoRecall();
   bool SaveAndReopen();
+  bool ExportStates();
+  bool CompareFiles(const ExportResult& result);
+  void ShowFiles(const ExportResult& result);
   void ShowResult();
 
-  void MakeEverything();
-  void MakeEmptier();
-  void MakeClay();
-  bool Record(const std::string& name, const std::string& what);
+  bool Record(const DemoState& state);
   bool Recall(const State& state);
+  bool CompareFile(const std::string& file, const State& state);
   bool Step(const std::string& text, bool worked, const std::vector<std::string>& why = {});
 
   Session& session_;

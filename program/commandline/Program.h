@@ -37,6 +37,8 @@ struct Program {
 // Adds the positional SCENE; and the options of a verb that changes the scene (-o, --write).
 void AddScene(CLI::App& verb, Program& program);
 void AddKeeping(CLI::App& verb, Program& program);
+// The option --only NAME... of a verb that works on checked rows.
+void AddOnly(CLI::App& verb, std::vector<std::string>& only);
 
 // One function per verb, in the order of the help.
 void AddNew(CLI::App& app, Program& program);
@@ -47,6 +49,17 @@ void AddRecord(CLI::App& app, Program& program);
 void AddLoad(CLI::App& app, Program& program);
 void AddSet(CLI::App& app, Program& program);
 void AddOptions(CLI::App& app, Program& program);
+void AddCheck(CLI::App& app, Program& program);
+void AddUpdate(CLI::App& app, Program& program);
+void AddSetObjects(CLI::App& app, Program& program);
+void AddSetTags(CLI::App& app, Program& program);
+void AddSetLayers(CLI::App& app, Program& program);
+void AddSetCamera(CLI::App& app, Program& program);
+void AddRename(CLI::App& app, Program& program);
+void AddDelete(CLI::App& app, Program& program);
+void AddDeleteAll(CLI::App& app, Program& program);
+void AddCleanMaterials(CLI::App& app, Program& program);
+void AddExport(CLI::App& app, Program& program);
 void AddRender(CLI::App& app, Program& program);
 void AddSheet(CLI::App& app, Program& program);
 void AddDemo(CLI::App& app, Program& program);

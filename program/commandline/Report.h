@@ -25,6 +25,10 @@ class Report {
 // Text as valid UTF-8: bytes that are none are replaced. For JSON.
 std::string ValidUtf8(const std::string& text);
 
+// Names in quotes for a sentence: "A", "B" and "C"; of many the first few and how many more.
+std::string Listed(const std::vector<std::string>& names);
+nlohmann::json JsonOf(const std::vector<std::string>& texts);
+
 // "1 object", "3 objects".
 std::string Counted(std::size_t count, const std::string& noun);
 

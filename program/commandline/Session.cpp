@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <unordered_set>
 
 namespace commandline {
 
@@ -15,6 +16,9 @@ std::string PluginFolder() {
   const char* chosen = std::getenv("STAGEMARKS_PLUGINS");
   return chosen && *chosen ? AbsolutePath(chosen) : ProgramFolder() + "/../lib/stagemarks/plugins";
 }
+
+// The path of a scene file without its suffix: what stands beside the scene begins like this.
+std::string Stem(const std::string& file) { return (fs::path(file).parent_path() / fs::path(file).stem()).string(); }
 
 }  // namespace
 
@@ -73,45 +77,95 @@ int Session::Open(const std::string& path) {
   return kDone;
 }
 
-int Session::RequireMark(const std::string& name) {
-  if (dialog_->Has(name)) return kDone;
+int Session::RequireMarks(const std::vector<std::string>& names) {
+  std::unordered_set<std::string> known;
+  for (Mark& mark : dialog_->Marks()) known.insert(std::move(mark.name));
+  for (const std::string& name : names) {
+    if (known.count(name) > 0) continue;
+    SayUnknown(name);
+    return kUsage;
+  }
+  return kDone;
+}
+
+void Session::SayUnknown(const std::string& name) {
   std::string text = "There is no Stagemark \"" + name + "\" in this scene.";
   const auto near = dialog_->NamesLike(name);
   for (std::size_t i = 0; i < near.size(); ++i) text += (i == 0 ? " Did you mean \"" : "\" or \"") + near[i];
-  if (!near.empty()) text += "\"?";
-  if (near.empty()) text += " `stagemarks list` shows those there are.";
+  text += near.empty() ? " `stagemarks list SCENE` shows those there are." : "\"?";
   program_.terminal.Error(text);
-  return kUsage;
+}
+
+int Session::Check(const std::vector<std::string>& names) {
+  if (const int status = RequireMarks(names); status != kDone) return status;
+  if (dialog_->Marks().empty()) {
+    program_.terminal.Error("There are no Stagemarks in this scene. `stagemarks record SCENE NAME --write` records one.");
+    return kFailed;
+  }
+  const bool checked = names.empty() ? dialog_->Choose("Check All Elements") : dialog_->CheckOnly(names);
+  if (!checked) program_.terminal.Error("The rows could not be checked.");
+  return checked ? kDone : kFailed;
+}
+
+void Session::HoldSideFiles() {
+  const host::BaseDocument& doc = Document();
+  outside_.HoldChangesAt(Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
+}
+
+std::string Session::Target() const {
+  if (!program_.output.empty()) return AbsolutePath(program_.output);
+  return program_.write ? AbsolutePath(program_.scene) : "";
 }
 
 int Session::Keep(Report& report) {
-  std::string target = program_.output.empty() ? "" : AbsolutePath(program_.output);
-  if (target.empty() && program_.write && imported_) {
+  outside_.StopHolding();
+  const std::string target = Target();
+  if (program_.write && program_.output.empty() && imported_) {
     program_.terminal.Error("--write would overwrite \"" + program_.scene +
                             "\", which is no scene of ours. Give -o OUT.c4d instead.");
     return kUsage;
   }
-  if (target.empty() && program_.write) target = AbsolutePath(program_.scene);
-  if (target.empty()) {
-    program_.terminal.Note("nothing was written; -o OUT.c4d keeps the result" +
-                           std::string(imported_ ? "." : ", --write in place."));
-    report.Json()["written"] = nullptr;
-    return CheckLedger();
-  }
-  const engine::Status saved = application_->SaveDocumentAs(Document(), target);
-  if (!saved) {
+  report.Json()["written"] = nullptr;
+  if (!target.empty()) return Write(target, report);
+  report.Print(program_.json);
+  program_.terminal.Note("nothing was written; -o OUT.c4d keeps the result" +
+                         std::string(imported_ ? "." : ", --write keeps it in place."));
+  return CheckLedger();
+}
+
+// Where the side folder is not taken along because somebody else's lies there, the held changes are not for that one.
+int Session::Write(const std::string& target, Report& report) {
+  const std::size_t refused = program_.terminal.Refused();
+  if (const engine::Status saved = application_->SaveDocumentAs(Document(), target); !saved) {
     program_.terminal.Error(saved.Message());
     return kFailed;
   }
   report.Json()["written"] = ValidUtf8(target);
   report.Line("Written: " + target);
+  report.Print(program_.json);
+  if (program_.terminal.Refused() > refused) {
+    program_.terminal.Error("The scene was written, but its preview images were not taken along.");
+    return kFailed;
+  }
+  outside_.CarryOut(Stem(target));
   return CheckLedger();
 }
 
+// A file that was to be removed or renamed and is not there does no harm: a Stagemark need not have a preview.
+bool Session::IsWorthTelling(const engine::LedgerEntry& failure) {
+  using engine::Operation;
+  const bool goes = failure.operation == Operation::RemoveFile || failure.operation == Operation::Rename;
+  return !goes || outside_.Kind(failure.path) != engine::FileKind::Missing;
+}
+
 int Session::CheckLedger() {
-  const auto failures = outside_.GetLedger().FailuresSince(0);
-  for (const engine::LedgerEntry& failure : failures) program_.terminal.Error(failure.message);
-  return failures.empty() ? kDone : kFailed;
+  int status = kDone;
+  for (const engine::LedgerEntry& failure : outside_.GetLedger().FailuresSince(0)) {
+    if (!IsWorthTelling(failure)) continue;
+    program_.terminal.Error(failure.message);
+    status = kFailed;
+  }
+  return status;
 }
 
 }  // namespace commandline

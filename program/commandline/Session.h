@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "engine/application/Application.h"
-#include "engine/outside/RealOutside.h"
 #include "program/commandline/Program.h"
 #include "program/commandline/Report.h"
 #include "program/commandline/StagemarksDialog.h"
+#include "program/commandline/VerbOutside.h"
 
 namespace commandline {
 
@@ -32,23 +32,33 @@ class Session {
   int Open(const std::string& path);
 
   engine::Application& App() { return *application_; }
-  engine::Outside& Files() { return outside_; }
+  VerbOutside& Files() { return outside_; }
   StagemarksDialog& Dialog() { return *dialog_; }
   host::BaseDocument& Document() { return *host::GetActiveDocument(); }
   Program& GetProgram() { return program_; }
 
   // An unknown Stagemark is refused here, with the names that come close: the dialog would take it for the first one.
-  int RequireMark(const std::string& name);
-  // Writes the scene where -o or --write say so, and puts the file into the report; else says how to keep the change.
+  int RequireMarks(const std::vector<std::string>& names);
+  // Checks exactly the rows of these names, all rows where there are none; a scene without Stagemarks is refused.
+  int Check(const std::vector<std::string>& names);
+  // From now on the plug-in's changes to files beside the scene wait until Keep writes the scene.
+  void HoldSideFiles();
+  // The end of a verb that changes a scene: writes it where -o or --write say so and prints the report with the file, or
+  // without one and says how to keep the change. Prints nothing when the scene could not be written.
   int Keep(Report& report);
   // Names every file operation that failed since the start; kFailed when there was one.
   int CheckLedger();
 
  private:
   int LoadPlugin();
+  void SayUnknown(const std::string& name);
+  // Where -o or --write say that the scene goes, absolute; empty for nowhere.
+  std::string Target() const;
+  int Write(const std::string& target, Report& report);
+  bool IsWorthTelling(const engine::LedgerEntry& failure);
 
   Program& program_;
-  engine::RealOutside outside_;
+  VerbOutside outside_;
   engine::OutsideInUse inUse_;
   std::unique_ptr<engine::Application> application_;
   std::unique_ptr<StagemarksDialog> dialog_;

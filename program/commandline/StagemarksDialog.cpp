@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <unordered_set>
 
 namespace commandline {
 
@@ -154,14 +155,21 @@ bool StagemarksDialog::Select(const std::string& name) {
 
 bool StagemarksDialog::CheckOnly(const std::vector<std::string>& names) {
   if (!Choose("Uncheck All Elements")) return false;
+  const std::unordered_set<std::string> wanted(names.begin(), names.end());
   const auto marks = Marks();
-  std::size_t checked = 0;
   for (std::size_t line = 0; line < marks.size(); ++line) {
-    if (std::find(names.begin(), names.end(), marks[line].name) == names.end()) continue;
+    if (wanted.count(marks[line].name) == 0) continue;
     if (!engine::ToggleLine(*dialog_, List().id, static_cast<LONG>(line), List().listColumns[kChecked].id)) return false;
-    ++checked;
   }
-  return checked >= names.size();
+  return true;
+}
+
+std::vector<std::string> StagemarksDialog::CheckedNames() const {
+  std::vector<std::string> names;
+  for (Mark& mark : Marks()) {
+    if (mark.checked) names.push_back(std::move(mark.name));
+  }
+  return names;
 }
 
 std::vector<std::pair<std::string, bool>> StagemarksDialog::Options() const {
@@ -177,6 +185,10 @@ std::vector<std::pair<std::string, bool>> StagemarksDialog::Options() const {
   return options;
 }
 
-std::string StagemarksDialog::ListText() const { return engine::ListAsText(*dialog_, List().id); }
+std::string StagemarksDialog::ListText() const {
+  std::string text = engine::ListAsText(*dialog_, List().id);
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
 
 }  // namespace commandline

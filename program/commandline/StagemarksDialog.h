@@ -40,12 +40,13 @@ class StagemarksDialog {
   bool ChooseLayout(const std::string& entry);
   bool TypeFrames(int from, int to);
   bool Select(const std::string& name);
-  // Checks exactly the rows with these names.
+  // Checks exactly the rows with these names. O(rows + names).
   bool CheckOnly(const std::vector<std::string>& names);
+  std::vector<std::string> CheckedNames() const;
 
   // Entries of the Options menu with their marks, in menu order, the one that saves them left out.
   std::vector<std::pair<std::string, bool>> Options() const;
-  // The list as text.
+  // The list as text, without a line end.
   std::string ListText() const;
 
  private:

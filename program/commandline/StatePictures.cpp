@@ -57,7 +57,7 @@ int StatePictures::Fail(const std::string& why) {
 int StatePictures::Choose(const std::vector<std::string>& names) {
   const std::vector<Mark> all = session_.Dialog().Marks();
   for (const std::string& name : names) {
-    if (const int status = session_.RequireMark(name); status != kDone) return status;
+    if (const int status = session_.RequireMarks({name}); status != kDone) return status;
     states_.push_back(*std::find_if(all.begin(), all.end(), [&](const Mark& mark) { return mark.name == name; }));
   }
   if (names.empty()) states_ = all;

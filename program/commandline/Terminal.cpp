@@ -18,6 +18,14 @@ void OnInterrupt(int) {
   interrupted = 1;
 }
 
+// Waiting for a word typed ends at Ctrl-C, all other waiting goes on.
+void CatchInterruptsWith(int flags) {
+  struct sigaction action {};
+  action.sa_handler = OnInterrupt;
+  action.sa_flags = flags;
+  sigaction(SIGINT, &action, nullptr);
+}
+
 bool CanAsk() { return isatty(STDIN_FILENO) && isatty(STDERR_FILENO); }
 
 bool UsesColour() {
@@ -27,7 +35,7 @@ bool UsesColour() {
 
 }  // namespace
 
-void Terminal::CatchInterrupts() { std::signal(SIGINT, OnInterrupt); }
+void Terminal::CatchInterrupts() { CatchInterruptsWith(SA_RESTART); }
 bool Terminal::Interrupted() { return interrupted != 0; }
 
 void Terminal::Tell(const std::string& text) {
@@ -42,14 +50,21 @@ bool Terminal::Ask(const std::string& text) {
     Say(text + " yes (--yes)");
     return true;
   }
-  if (!CanAsk()) {
-    unanswered_ = true;
-    std::cerr << text << " no (nobody can be asked here; --yes answers yes)\n";
-    return false;
-  }
+  const bool yes = CanAsk() && AskHere(text);
+  if (!CanAsk()) std::cerr << text << " no (nobody can be asked here; --yes answers yes)\n";
+  if (!yes) ++refused_;
+  return yes;
+}
+
+// Ctrl-C at a question is a no.
+bool Terminal::AskHere(const std::string& text) {
   std::cerr << text << " [y/N] " << std::flush;
+  CatchInterruptsWith(0);
   std::string answer;
-  return std::getline(std::cin, answer) && !answer.empty() && (answer[0] == 'y' || answer[0] == 'Y');
+  const bool answered = static_cast<bool>(std::getline(std::cin, answer));
+  CatchInterruptsWith(SA_RESTART);
+  if (!answered) std::cerr << '\n';
+  return answered && !answer.empty() && (answer[0] == 'y' || answer[0] == 'Y');
 }
 
 std::optional<std::string> Terminal::ChooseFile(const engine::FileQuestion&) {

@@ -30,8 +30,8 @@ class Terminal : public engine::Person {
 
   // What ChooseFile answers next: the verbs know the folder before the dialog asks for it.
   void ChooseNextFile(const std::string& path) { nextFile_ = path; }
-  // Whether the last question was answered with no because nobody could be asked.
-  bool QuestionUnanswered() const { return unanswered_; }
+  // How many questions were answered with no so far.
+  std::size_t Refused() const { return refused_; }
   // What plug-ins told since the start, in order.
   const std::vector<std::string>& Told() const { return told_; }
 
@@ -46,12 +46,13 @@ class Terminal : public engine::Person {
 
  private:
   void EndProgressLine();
+  bool AskHere(const std::string& text);
 
   TerminalChoices choices_;
   std::optional<std::string> nextFile_;
   std::vector<std::string> told_;
   std::atomic<int> shownPercent_{-1};
-  bool unanswered_ = false;
+  std::size_t refused_ = 0;
 };
 
 // Text in a colour, plain where stdout is no terminal or NO_COLOR is set.

@@ -14,8 +14,11 @@ namespace {
 bool IsImportWorker(int count, char** words) { return count == 4 && std::string_view(words[1]) == "--import-worker"; }
 
 void AddVerbs(CLI::App& app, Program& program) {
-  for (auto* add : {AddNew, AddImport, AddInfo, AddList, AddRecord, AddLoad, AddSet, AddOptions, AddRender, AddSheet, AddDemo})
+  for (auto* add : {AddNew,       AddImport,         AddInfo,      AddSet,    AddRecord, AddList,       AddLoad,    AddOptions,
+                    AddRename,    AddDelete,         AddDeleteAll, AddCheck,  AddUpdate, AddSetObjects, AddSetTags, AddSetLayers,
+                    AddSetCamera, AddCleanMaterials, AddExport,    AddRender, AddSheet,  AddDemo}) {
     add(app, program);
+  }
 }
 
 void DescribeProgram(CLI::App& app, Program& program) {

@@ -17,4 +17,8 @@ void AddKeeping(CLI::App& verb, Program& program) {
   verb.add_flag("-y,--yes", program.yes, "Answer every question with yes");
 }
 
+void AddOnly(CLI::App& verb, std::vector<std::string>& only) {
+  verb.add_option("--only", only, "The Stagemarks that are meant; all of them without it")->type_name("NAME ...");
+}
+
 }  // namespace commandline

@@ -6,11 +6,10 @@ namespace commandline {
 
 namespace {
 
-// Where the sample scene lies: beside an installed program, or in the source tree above the build folder.
+// Where the sample scene lies: beside an installed program, or in the source tree that the program was built from.
 std::string SampleScene(Session& session) {
-  const std::string above[] = {"/../share/stagemarks/scenes", "/../../../scenes", "/../../scenes", "/../scenes"};
-  for (const std::string& folder : above) {
-    const std::string path = AbsolutePath(ProgramFolder() + folder + "/dungeon/dungeon.gltf");
+  for (const std::string& folder : {ProgramFolder() + "/../share/stagemarks/scenes", std::string(STAGEMARKS_SCENES)}) {
+    const std::string path = AbsolutePath(folder + "/dungeon/dungeon.gltf");
     if (session.Files().Kind(path) == engine::FileKind::File) return path;
   }
   return "";

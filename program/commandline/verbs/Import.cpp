@@ -26,9 +26,7 @@ int RunImport(Program& program) {
                    {"cameras", counts.cameras},
                    {"lights", counts.lights},
                    {"polygons", counts.polygons}};
-  const int status = session.Keep(report);
-  if (status == kDone) report.Print(program.json);
-  return status;
+  return session.Keep(report);
 }
 
 }  // namespace

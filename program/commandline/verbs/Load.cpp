@@ -10,7 +10,7 @@ namespace {
 int RunLoad(Program& program, const std::string& name) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
-  if (const int status = session.RequireMark(name); status != kDone) return status;
+  if (const int status = session.RequireMarks({name}); status != kDone) return status;
   const std::string before = engine::DumpState(session.Document());
   if (!session.Dialog().Select(name) || !session.Dialog().Press("Load")) {
     program.terminal.Error("\"" + name + "\" was not loaded.");
@@ -24,9 +24,7 @@ int RunLoad(Program& program, const std::string& name) {
   if (program.verbose) {
     for (const std::string& change : changes) report.Line("  " + change);
   }
-  const int status = session.Keep(report);
-  report.Print(program.json);
-  return status;
+  return session.Keep(report);
 }
 
 }  // namespace

@@ -14,9 +14,7 @@ int RunNew(Program& program) {
   }
   session.App().NewDocument();
   Report report;
-  const int status = session.Keep(report);
-  if (status == kDone) report.Print(program.json);
-  return status;
+  return session.Keep(report);
 }
 
 }  // namespace

@@ -40,14 +40,9 @@ int RunOptions(Program& program, const OptionChoices& choices) {
     session.Dialog().Choose("Save As Default Preferences");
     report.Line("Saved as the defaults for scenes without a choice of their own.");
   }
-  int status = kDone;
-  if (choices.toggles.empty()) {
-    status = session.CheckLedger();
-  } else {
-    status = session.Keep(report);
-  }
+  if (!choices.toggles.empty()) return session.Keep(report);
   report.Print(program.json);
-  return status;
+  return session.CheckLedger();
 }
 
 }  // namespace

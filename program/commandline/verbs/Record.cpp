@@ -15,6 +15,7 @@ int RunRecord(Program& program, const RecordOptions& options) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
   StagemarksDialog& dialog = session.Dialog();
+  session.HoldSideFiles();
   const bool existed = dialog.Has(options.name);
   dialog.TypeName(options.name);
   dialog.Tick("Generate Preview Image", options.preview);
@@ -29,9 +30,7 @@ int RunRecord(Program& program, const RecordOptions& options) {
   Report report;
   report.Json() = {{"recorded", ValidUtf8(options.name)}, {"overwritten", existed}};
   report.Line(existed ? "Recorded \"" + options.name + "\" anew." : "Recorded \"" + options.name + "\".");
-  const int status = session.Keep(report);
-  report.Print(program.json);
-  return status;
+  return session.Keep(report);
 }
 
 }  // namespace

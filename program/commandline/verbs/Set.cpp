@@ -4,6 +4,7 @@
 
 #include "program/commandline/Addressing.h"
 #include "program/commandline/SceneEdits.h"
+#include "program/commandline/Selecting.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
@@ -66,9 +67,7 @@ class SetVerb {
     Report report;
     for (const std::string& what : done_) report.Line(what);
     report.Json()["changed"] = done_;
-    const int status = session_.Keep(report);
-    report.Print(program_.json);
-    return status;
+    return session_.Keep(report);
   }
 
   int Make() {
@@ -89,15 +88,6 @@ class SetVerb {
     return kDone;
   }
 
-  int FindAll(const std::vector<std::string>& patterns, Objects& found) {
-    for (const std::string& pattern : patterns) {
-      const auto some = FindObjects(session_.Document(), pattern);
-      if (!some) return Refuse(some.Message());
-      found.insert(found.end(), some.Value().begin(), some.Value().end());
-    }
-    return kDone;
-  }
-
   bool ChangesObjects() const {
     return !(changes_.editor.empty() && changes_.render.empty() && changes_.deform.empty() && changes_.material.empty() &&
              changes_.assignLayer.empty());
@@ -107,7 +97,7 @@ class SetVerb {
     if (!ChangesObjects()) return kDone;
     if (changes_.objects.empty()) return Refuse("Say which objects are meant with --object.");
     Objects objects;
-    if (const int status = FindAll(changes_.objects, objects); status != kDone) return status;
+    if (const int status = FindAllObjects(session_, changes_.objects, objects); status != kDone) return status;
     if (const int status = ChangeModes(objects); status != kDone) return status;
     if (const int status = ChangeMaterial(objects); status != kDone) return status;
     if (const int status = ChangeAssignedLayer(objects); status != kDone) return status;
@@ -155,11 +145,9 @@ class SetVerb {
 
   int Select() {
     if (changes_.select.empty()) return kDone;
-    Objects objects;
-    if (const int status = FindAll(changes_.select, objects); status != kDone) return status;
-    session_.Document().SetActiveObject(nullptr);
-    for (host::BaseObject* object : objects) session_.Document().SetActiveObject(object, host::SELECTION_ADD);
-    done_.push_back("Selected " + Counted(objects.size(), "object") + ".");
+    std::string selected;
+    if (const int status = SelectObjects(session_, changes_.select, selected); status != kDone) return status;
+    done_.push_back("Selected " + selected + ".");
     return kDone;
   }
 

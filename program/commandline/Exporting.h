@@ -1,0 +1,40 @@
+// Exporting: presses the dialog's export of the checked Stagemarks and gathers from the ledger what came of it, because the
+// dialog itself keeps silent about most failures. Main thread.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "program/commandline/FileTree.h"
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+using FrameRange = std::pair<int, int>;
+
+struct ExportOrder {
+  std::string layout = "folders";  // one of LayoutNames
+  std::string folder;              // absolute, an existing one
+  std::vector<std::string> only;
+  std::optional<FrameRange> frames;
+};
+
+struct ExportResult {
+  int status = kFailed;
+  std::vector<std::string> scenes;    // scene files written, in order
+  std::vector<std::string> written;   // all files and folders written
+  std::vector<std::string> missing;   // textures that were found nowhere
+  std::vector<std::string> failures;  // one sentence each
+};
+
+// Words for the layouts, in the order of the dialog.
+std::vector<std::string> LayoutNames();
+// "0:90"; from at most to, both in the dialog's range.
+engine::Result<FrameRange> ReadFrameRange(const std::string& text);
+
+// Exports the Stagemarks whose rows are checked. Shows progress. The scene stays as it is.
+ExportResult Export(Session& session, const ExportOrder& order);
+
+}  // namespace commandline

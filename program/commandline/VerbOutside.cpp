@@ -1,0 +1,91 @@
+#include "program/commandline/VerbOutside.h"
+
+#include "program/commandline/Terminal.h"
+
+namespace commandline {
+
+using engine::FileKind;
+using engine::Operation;
+using engine::RealOutside;
+using engine::Status;
+
+namespace {
+
+Status Stopped(const std::string& path) { return Status::Failure("Stopped before \"" + path + "\" was written."); }
+
+}  // namespace
+
+void VerbOutside::HoldChangesAt(const std::string& prefix) {
+  holding_ = true;
+  prefix_ = prefix;
+}
+
+void VerbOutside::CarryOut(const std::string& prefix) {
+  StopHolding();
+  const std::vector<Change> changes = std::move(held_);
+  held_.clear();
+  heldFolders_.clear();
+  for (const Change& change : changes) Do(change, prefix);
+}
+
+void VerbOutside::Do(const Change& change, const std::string& prefix) {
+  const auto moved = [&](const std::string& path) { return prefix + path.substr(prefix_.size()); };
+  const std::string path = moved(change.path);
+  if (change.operation == Operation::ReplaceFile) (void)ReplaceFile(path, change.bytes);
+  if (change.operation == Operation::MakeFolder) (void)MakeFolder(path);
+  if (change.operation == Operation::RemoveFile) (void)RemoveFile(path);
+  if (change.operation == Operation::RemoveFolder) (void)RemoveFolder(path);
+  if (change.operation == Operation::Rename) (void)Rename(path, moved(change.target));
+}
+
+Status VerbOutside::Hold(Change change) {
+  held_.push_back(std::move(change));
+  return {};
+}
+
+Status VerbOutside::Written(const std::string& path, Status status) {
+  if (status && written_) written_(path);
+  return status;
+}
+
+FileKind VerbOutside::DoKind(const std::string& path) {
+  return heldFolders_.count(path) > 0 ? FileKind::Folder : RealOutside::DoKind(path);
+}
+
+Status VerbOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
+  if (Terminal::Interrupted()) return Stopped(path);
+  if (!Holds(path)) return Written(path, RealOutside::DoReplaceFile(path, pieces));
+  std::string bytes;
+  for (const std::string_view piece : pieces) bytes += piece;
+  return Hold({Operation::ReplaceFile, path, "", std::move(bytes)});
+}
+
+Status VerbOutside::DoMakeFolder(const std::string& path) {
+  if (!Holds(path)) return RealOutside::DoMakeFolder(path);
+  heldFolders_.insert(path);
+  return Hold({Operation::MakeFolder, path});
+}
+
+Status VerbOutside::DoCopyFile(const std::string& from, const std::string& to, bool replace) {
+  if (Terminal::Interrupted()) return Stopped(to);
+  return Written(to, RealOutside::DoCopyFile(from, to, replace));
+}
+
+// What would fail now is asked at once, so that it fails with the system's own words.
+Status VerbOutside::DoRemoveFile(const std::string& path) {
+  if (!Holds(path) || DoKind(path) == FileKind::Missing) return RealOutside::DoRemoveFile(path);
+  return Hold({Operation::RemoveFile, path});
+}
+
+Status VerbOutside::DoRemoveFolder(const std::string& path) {
+  if (!Holds(path) || DoKind(path) == FileKind::Missing) return RealOutside::DoRemoveFolder(path);
+  return Hold({Operation::RemoveFolder, path});
+}
+
+Status VerbOutside::DoRename(const std::string& from, const std::string& to) {
+  const bool fails = DoKind(from) == FileKind::Missing || DoKind(to) != FileKind::Missing;
+  if (!Holds(from) || !Holds(to) || fails) return RealOutside::DoRename(from, to);
+  return Hold({Operation::Rename, from, to});
+}
+
+}  // namespace commandline

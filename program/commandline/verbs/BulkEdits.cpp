@@ -1,0 +1,153 @@
+// The verbs that edit all checked Stagemarks at once: update, set-objects, set-tags, set-layers, set-camera.
+#include <CLI/CLI.hpp>
+#include <functional>
+
+#include "program/commandline/Selecting.h"
+
+namespace commandline {
+
+namespace {
+
+struct BulkEdit {
+  const char* entry;    // of the menu "Edit"
+  const char* changed;  // what is said afterwards, % for what was selected and & for the names
+  const char* same;
+};
+
+struct BulkChoices {
+  std::vector<std::string> only;
+  std::vector<std::string> named;  // objects or layers, or one camera
+  std::vector<std::string> types;
+};
+
+// Makes what is edited the selection; the text is what a person reads about it.
+using Selection = std::function<int(Session&, const BulkChoices&, std::string&)>;
+
+std::string Filled(const std::string& sentence, const std::string& selected, const std::string& names) {
+  std::string text;
+  for (const char c : sentence) text += c == '%' ? selected : c == '&' ? names : std::string(1, c);
+  return text;
+}
+
+int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
+  const std::vector<std::string> names = session.Dialog().CheckedNames();
+  const host::BaseContainer before = *session.Document().GetDataInstance();
+  const std::size_t told = session.GetProgram().terminal.Told().size();
+  session.Dialog().Choose(edit.entry);
+  session.App().DeliverEvents();
+  if (session.GetProgram().terminal.Told().size() > told) return kFailed;
+  const bool changed = !(before == *session.Document().GetDataInstance());
+  Report report;
+  report.Json() = {{"stagemarks", JsonOf(names)}, {"changed", changed}};
+  if (!selected.empty()) report.Json()["selected"] = ValidUtf8(selected);
+  report.Line(Filled(changed ? edit.changed : edit.same, selected, Listed(names)));
+  return session.Keep(report);
+}
+
+int RunBulkEdit(Program& program, const BulkEdit& edit, const BulkChoices& choices, const Selection& select) {
+  Session session(program);
+  std::string selected;
+  if (const int status = session.StartWithScene(); status != kDone) return status;
+  if (const int status = session.Check(choices.only); status != kDone) return status;
+  if (const int status = select ? select(session, choices, selected) : kDone; status != kDone) return status;
+  return Carry(session, edit, selected);
+}
+
+struct BulkVerb {
+  CLI::App* verb;
+  std::shared_ptr<BulkChoices> choices;
+};
+
+BulkVerb AddBulkVerb(CLI::App& app, Program& program, const char* name, const char* help, const BulkEdit& edit,
+                     const Selection& select) {
+  CLI::App* verb = app.add_subcommand(name, help);
+  auto choices = std::make_shared<BulkChoices>();
+  AddScene(*verb, program);
+  verb->callback([&program, edit, select, choices] {
+    program.verb = [&program, edit, select, choices] { return RunBulkEdit(program, edit, *choices, select); };
+  });
+  return {verb, choices};
+}
+
+void Finish(const BulkVerb& bulk, Program& program, const char* footer) {
+  AddOnly(*bulk.verb, bulk.choices->only);
+  AddKeeping(*bulk.verb, program);
+  bulk.verb->footer(footer);
+}
+
+}  // namespace
+
+void AddUpdate(CLI::App& app, Program& program) {
+  const BulkVerb bulk =
+      AddBulkVerb(app, program, "update", "Add new objects, tags and layers of the scene to Stagemarks",
+                  {"Update Checked Elements", "Brought & up to date.", "Nothing in the scene was new to &."}, nullptr);
+  Finish(bulk, program,
+         "What a Stagemark holds already stays as it is.\n\n"
+         "Examples:\n"
+         "  stagemarks update room.c4d --write\n"
+         "  stagemarks update room.c4d --only Day Night -o room2.c4d");
+}
+
+void AddSetObjects(CLI::App& app, Program& program) {
+  const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
+    return SelectObjects(session, choices.named, selected);
+  };
+  const BulkVerb bulk = AddBulkVerb(app, program, "set-objects", "Put the present switches of some objects into Stagemarks",
+                                    {"Set Selected Objects on Checked Elements", "Wrote the switches of % into &.",
+                                     "Nothing changed: & had the switches of % already."},
+                                    select);
+  bulk.verb->add_option("objects", bulk.choices->named,
+                        "Names, /paths, #positions or patterns with *; without them the objects selected in the scene");
+  Finish(bulk, program,
+         "Examples:\n"
+         "  stagemarks set room.c4d --object \"Lamp*\" --render off --write\n"
+         "  stagemarks set-objects room.c4d \"Lamp*\" --only Day --write");
+}
+
+void AddSetTags(CLI::App& app, Program& program) {
+  const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
+    return SelectTags(session, choices.named, choices.types, selected);
+  };
+  const BulkVerb bulk = AddBulkVerb(app, program, "set-tags", "Put the present settings of some tags into Stagemarks",
+                                    {"Set Selected Tags on Checked Elements", "Wrote the settings of % into &.",
+                                     "Nothing changed in &: the same was there, or tags of such types are not recorded."},
+                                    select);
+  bulk.verb->add_option("objects", bulk.choices->named,
+                        "The objects that carry the tags; without them the tags selected in the scene");
+  bulk.verb->add_option("--type", bulk.choices->types, "Only tags of this type: a name or a number")->type_name("TYPE ...");
+  Finish(bulk, program,
+         "Examples:\n"
+         "  stagemarks set room.c4d --object Wall --material Brick --write\n"
+         "  stagemarks set-tags room.c4d Wall --type Texture --only Day --write");
+}
+
+void AddSetLayers(CLI::App& app, Program& program) {
+  const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
+    return SelectLayers(session, choices.named, selected);
+  };
+  const BulkVerb bulk = AddBulkVerb(app, program, "set-layers", "Put the present switches of some layers into Stagemarks",
+                                    {"Set Selected Layers on Checked Elements", "Wrote the switches of % into &.",
+                                     "Nothing changed: & had the switches of % already."},
+                                    select);
+  bulk.verb->add_option("layers", bulk.choices->named, "Names or patterns with *; without them the layers selected in the scene");
+  Finish(bulk, program,
+         "Examples:\n"
+         "  stagemarks set room.c4d --layer Props --flag render=off --write\n"
+         "  stagemarks set-layers room.c4d Props --only Day Night --write");
+}
+
+void AddSetCamera(CLI::App& app, Program& program) {
+  const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
+    return SelectCamera(session, choices.named.front(), selected);
+  };
+  const BulkVerb bulk = AddBulkVerb(app, program, "set-camera", "Give Stagemarks another render camera",
+                                    {"Set Render Camera on Checked Elements", "Made % the render camera of &.",
+                                     "Nothing changed: % was the render camera of & already."},
+                                    select);
+  bulk.verb->add_option("camera", bulk.choices->named, "Name, /path or #position of the camera")->required()->expected(1);
+  Finish(bulk, program,
+         "Example:\n"
+         "  stagemarks set-camera room.c4d /Front --only Day --write");
+}
+
+}  // namespace commandline

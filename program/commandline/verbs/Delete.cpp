@@ -1,0 +1,86 @@
+// The verbs delete and delete-all.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+// Several are asked about once and deleted at once, where the dialog itself asks nothing.
+bool PressDelete(Session& session, const Names& names) {
+  StagemarksDialog& dialog = session.Dialog();
+  if (names.size() == 1) return dialog.Select(names.front()) && dialog.Press("Delete");
+  if (!session.GetProgram().terminal.Ask("Are you sure you want to delete " + Listed(names) + "?  This cannot be undone."))
+    return false;
+  return dialog.CheckOnly(names) && dialog.Choose("Delete Checked Elements");
+}
+
+int RunDelete(Program& program, Names names) {
+  Session session(program);
+  std::sort(names.begin(), names.end());
+  names.erase(std::unique(names.begin(), names.end()), names.end());
+  if (const int status = session.StartWithScene(); status != kDone) return status;
+  if (const int status = session.RequireMarks(names); status != kDone) return status;
+  session.HoldSideFiles();
+  const std::size_t before = session.Dialog().Marks().size();
+  PressDelete(session, names);
+  session.App().DeliverEvents();
+  if (session.Dialog().Marks().size() == before) {
+    program.terminal.Error("Nothing was deleted.");
+    return kFailed;
+  }
+  Report report;
+  report.Json()["deleted"] = JsonOf(names);
+  report.Line("Deleted " + Listed(names) + ".");
+  return session.Keep(report);
+}
+
+// The dialog asks about the folder with the preview images only; with a no the folder stays and all else goes.
+int RunDeleteAll(Program& program) {
+  Session session(program);
+  if (const int status = session.StartWithScene(); status != kDone) return status;
+  Names names;
+  for (const Mark& mark : session.Dialog().Marks()) names.push_back(mark.name);
+  session.HoldSideFiles();
+  const std::size_t refused = program.terminal.Refused();
+  session.Dialog().Choose("Delete All Elements");
+  session.App().DeliverEvents();
+  Report report;
+  report.Json()["deleted"] = JsonOf(names);
+  report.Line("Deleted " + (names.empty() ? std::string("no Stagemarks: there are none") : Listed(names)) + ".");
+  if (program.terminal.Refused() > refused) report.Line("The folder with the preview images stays.");
+  return session.Keep(report);
+}
+
+}  // namespace
+
+void AddDelete(CLI::App& app, Program& program) {
+  CLI::App* verb = app.add_subcommand("delete", "Delete Stagemarks, with their preview images");
+  AddScene(*verb, program);
+  auto names = std::make_shared<Names>();
+  verb->add_option("names", *names, "The Stagemarks to delete")->required();
+  AddKeeping(*verb, program);
+  verb->footer(
+      "It asks before it deletes; where nobody can be asked nothing is deleted unless --yes is given.\n\n"
+      "Example:\n"
+      "  stagemarks delete room.c4d Day \"Night, rainy\" --yes --write");
+  verb->callback([&program, names] { program.verb = [&program, names] { return RunDelete(program, *names); }; });
+}
+
+void AddDeleteAll(CLI::App& app, Program& program) {
+  CLI::App* verb = app.add_subcommand("delete-all", "Delete every Stagemark of a scene");
+  AddScene(*verb, program);
+  AddKeeping(*verb, program);
+  verb->footer(
+      "It asks whether the folder with the preview images goes, too; where nobody can be asked it stays unless --yes is "
+      "given.\n\n"
+      "Example:\n"
+      "  stagemarks delete-all room.c4d -o clean.c4d");
+  verb->callback([&program] { program.verb = [&program] { return RunDeleteAll(program); }; });
+}
+
+}  // namespace commandline

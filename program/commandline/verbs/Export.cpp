@@ -1,0 +1,75 @@
+#include <CLI/CLI.hpp>
+
+#include "program/commandline/Exporting.h"
+
+namespace commandline {
+
+namespace {
+
+struct ExportChoices {
+  ExportOrder order;
+  std::string frames;
+};
+
+int ReadFrames(Program& program, ExportChoices& choices) {
+  if (choices.frames.empty()) return kDone;
+  const auto range = ReadFrameRange(choices.frames);
+  if (range) choices.order.frames = range.Value();
+  if (!range) program.terminal.Error(range.Message());
+  return range ? kDone : kUsage;
+}
+
+void AddResult(const ExportOrder& order, const ExportResult& result, bool all, Report& report) {
+  const std::string done = Counted(result.scenes.size(), "scene file") + " in " + order.folder;
+  report.Line((result.status == kDone ? "Exported " : "Not everything was exported: ") + done);
+  for (const std::string& line : FileTreeLines(order.folder, result.written, all)) report.Line("  " + line);
+  report.Json() = {{"exported", JsonOf(result.scenes)},
+                   {"written", JsonOf(result.written)},
+                   {"missingTextures", JsonOf(result.missing)},
+                   {"failures", JsonOf(result.failures)}};
+}
+
+int RunExport(Program& program, ExportChoices choices) {
+  if (const int status = ReadFrames(program, choices); status != kDone) return status;
+  choices.order.folder = AbsolutePath(choices.order.folder);
+  Session session(program);
+  if (const int status = session.StartWithScene(); status != kDone) return status;
+  if (const int status = session.Check(choices.order.only); status != kDone) return status;
+  if (const engine::Status made = session.Files().MakeFolder(choices.order.folder); !made) {
+    program.terminal.Error(made.Message());
+    return kFailed;
+  }
+  const ExportResult result = Export(session, choices.order);
+  for (const std::string& failure : result.failures) program.terminal.Error(failure);
+  for (const std::string& texture : result.missing) program.terminal.Error("The texture \"" + texture + "\" was found nowhere.");
+  Report report;
+  AddResult(choices.order, result, program.verbose, report);
+  report.Print(program.json);
+  return result.status;
+}
+
+}  // namespace
+
+void AddExport(CLI::App& app, Program& program) {
+  CLI::App* verb = app.add_subcommand("export", "Write one standalone scene file per Stagemark");
+  AddScene(*verb, program);
+  auto choices = std::make_shared<ExportChoices>();
+  verb->add_option("--to", choices->order.folder, "Folder for the files; made when it is missing")->required()->type_name("DIR");
+  verb->add_option("--layout", choices->order.layout,
+                   "file: scene files side by side. folders: each in a folder of its own. project: that, with the textures "
+                   "beside it. one-tex: side by side with one folder of textures.")
+      ->check(CLI::IsMember(LayoutNames()))
+      ->default_str("folders")
+      ->type_name("");
+  AddOnly(*verb, choices->order.only);
+  verb->add_option("--frames", choices->frames, "Give every file this frame range, as 0:90")->type_name("FROM:TO");
+  verb->footer(
+      "Files of the same names are replaced. The scene itself is left alone.\n"
+      "A texture that was not found and a file that could not be written are named and make the exit status 1.\n\n"
+      "Examples:\n"
+      "  stagemarks export room.c4d --layout project --to out\n"
+      "  stagemarks export room.c4d --layout file --to out --only Day Night --frames 0:90");
+  verb->callback([&program, choices] { program.verb = [&program, choices] { return RunExport(program, *choices); }; });
+}
+
+}  // namespace commandline

@@ -1,0 +1,49 @@
+#include <CLI/CLI.hpp>
+
+#include "program/commandline/Session.h"
+
+namespace commandline {
+
+namespace {
+
+int RunRename(Program& program, const std::string& from, const std::string& to) {
+  Session session(program);
+  if (const int status = session.StartWithScene(); status != kDone) return status;
+  if (const int status = session.RequireMarks({from}); status != kDone) return status;
+  StagemarksDialog& dialog = session.Dialog();
+  if (from != to && dialog.Has(to)) {
+    program.terminal.Error("There is a Stagemark \"" + to + "\" already. Delete or rename that one first.");
+    return kUsage;
+  }
+  session.HoldSideFiles();
+  dialog.Select(from);
+  dialog.TypeName(to);
+  dialog.Press("Rename");
+  session.App().DeliverEvents();
+  if (to.empty()) return kUsage;  // the dialog has said so
+  Report report;
+  report.Json() = {{"renamed", ValidUtf8(from)}, {"to", ValidUtf8(to)}};
+  report.Line("Renamed " + Listed({from}) + " to " + Listed({to}) + ".");
+  return session.Keep(report);
+}
+
+}  // namespace
+
+void AddRename(CLI::App& app, Program& program) {
+  CLI::App* verb = app.add_subcommand("rename", "Give a Stagemark another name; its preview image goes along");
+  AddScene(*verb, program);
+  struct Names {
+    std::string from;
+    std::string to;
+  };
+  auto names = std::make_shared<Names>();
+  verb->add_option("old", names->from, "Its name now")->required();
+  verb->add_option("new", names->to, "Its new name")->required();
+  AddKeeping(*verb, program);
+  verb->footer(
+      "Example:\n"
+      "  stagemarks rename room.c4d Day \"Day, rainy\" --write");
+  verb->callback([&program, names] { program.verb = [&program, names] { return RunRename(program, names->from, names->to); }; });
+}
+
+}  // namespace commandline
