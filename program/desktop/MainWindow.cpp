@@ -35,11 +35,16 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
       person_(person),
       commands_(application, person, settings_, this),
       docks_(*this),
-      view_(new Viewport(this)) {
+      view_(new Viewport(this)),
+      objects_(new ObjectTree(this)),
+      objectsDock_(new QDockWidget("Objects", this)) {
   setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
   setAcceptDrops(true);
   resize(kFirstSize);
   setCentralWidget(view_);
+  objectsDock_->setObjectName("objects");
+  objectsDock_->setWidget(objects_);
+  addDockWidget(Qt::LeftDockWidgetArea, objectsDock_);
   view_->picked = [this](engine::NodeId object) { Choose(object); };
   BuildFileMenu();
   BuildEditMenu();
@@ -125,6 +130,7 @@ void MainWindow::BuildWindowMenu() {
     menu->clear();
     FillDocumentList(*menu);
     menu->addSeparator();
+    menu->addAction(objectsDock_->toggleViewAction());
     Add(*menu, "&Reset Layout", {}, [this] { ResetLayout(); });
   });
 }
@@ -157,6 +163,7 @@ void MainWindow::Beat() {
   if (application_.HasPendingEvents()) application_.DeliverEvents();
   ShowState();
   view_->Follow(host::GetActiveDocument());
+  objects_->Follow(host::GetActiveDocument());
 }
 
 void MainWindow::ShowState() {

@@ -7,6 +7,7 @@
 
 #include "program/desktop/DialogDocks.h"
 #include "program/desktop/DocumentCommands.h"
+#include "program/desktop/ObjectTree.h"
 #include "program/desktop/Viewport.h"
 
 namespace desktop {
@@ -20,6 +21,7 @@ class MainWindow : public QMainWindow {
   DocumentCommands& Commands() { return commands_; }
   DialogDocks& Docks() { return docks_; }
   Viewport& View() { return *view_; }
+  ObjectTree& Objects() { return *objects_; }
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
   void RestoreLayout();
   // Delivers posted events and brings title and actions in step; called by the event loop before it waits.
@@ -51,6 +53,8 @@ class MainWindow : public QMainWindow {
   DocumentCommands commands_;
   DialogDocks docks_;
   Viewport* view_;
+  ObjectTree* objects_;
+  QDockWidget* objectsDock_;
   QAction* undo_ = nullptr;
   QAction* redo_ = nullptr;
   QByteArray firstLayout_;

@@ -39,19 +39,20 @@ Viewport::Viewport(QWidget* parent) : QWidget(parent), worker_([this](const QIma
 
 void Viewport::Follow(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
-  if (doc == doc_ && count == seen_) return;
-  if (doc != doc_) {
+  if (IdentityOf(doc) == doc_ && count == seen_) return;
+  if (IdentityOf(doc) != doc_) {
     editor_.reset();
     picture_ = QImage();
   }
-  doc_ = doc;
+  doc_ = IdentityOf(doc);
   seen_ = count;
   Refresh();
 }
 
 void Viewport::FrameAll() {
-  if (!doc_) return;
-  const engine::ScenePicture scene = engine::ReadScene(*doc_, {.editorView = true}, caches_);
+  const host::BaseDocument* doc = Shown();
+  if (!doc) return;
+  const engine::ScenePicture scene = engine::ReadScene(*doc, {.editorView = true}, caches_);
   const double aspect = static_cast<double>(std::max(width(), 1)) / std::max(height(), 1);
   editor_.emplace(engine::FramingCamera(engine::OutlineOf(scene), aspect), scene.bounds);
   Refresh();
@@ -60,6 +61,11 @@ void Viewport::FrameAll() {
 void Viewport::LookThroughSceneCamera() {
   editor_.reset();
   Refresh();
+}
+
+const host::BaseDocument* Viewport::Shown() const {
+  const host::BaseDocument* doc = FindOpenDocument(doc_);
+  return doc && doc->GetFirstObject() ? doc : nullptr;
 }
 
 EditorCamera& Viewport::Editor() {
@@ -76,7 +82,7 @@ void Viewport::Refresh() {
 }
 
 void Viewport::Begin(bool draft) {
-  if (!doc_ || !doc_->GetFirstObject() || size().isEmpty()) {
+  if (!Shown() || size().isEmpty()) {
     worker_.Stop();
     picture_ = QImage();
     finished_ = true;
@@ -95,7 +101,7 @@ std::unique_ptr<engine::PictureInProgress> Viewport::Make(QSize size, bool draft
   setup.reading.editorView = true;
   setup.draft = draft;
   if (editor_) setup.camera = editor_->Camera();
-  auto made = engine::PictureInProgress::Begin(*doc_, setup, caches_);
+  auto made = engine::PictureInProgress::Begin(*Shown(), setup, caches_);
   problem_ = made ? QString() : ToQt(made.Message());
   if (!made) return nullptr;
   lookedThrough_ = made.Value()->Camera();
@@ -111,7 +117,7 @@ void Viewport::Passed(const QImage& image, bool finished) {
 }
 
 void Viewport::Pick(QPointF place) {
-  if (!doc_ || !picked) return;
+  if (!Shown() || !picked) return;
   const auto picture = Make(size().expandedTo({1, 1}), true);
   if (!picture || !rect().contains(place.toPoint())) return;
   picked(picture->ObjectAt(static_cast<std::uint32_t>(place.x()), static_cast<std::uint32_t>(place.y())));
@@ -129,9 +135,8 @@ void Viewport::paintEvent(QPaintEvent*) {
 }
 
 void Viewport::PaintHint(QPainter& painter) {
-  const bool isEmpty = !doc_ || !doc_->GetFirstObject();
   const QString hint = !problem_.isEmpty() ? problem_
-                       : isEmpty           ? QString("Open a scene: Ctrl+O, or drop a file here")
+                       : !Shown()          ? QString("Open a scene: Ctrl+O, or drop a file here")
                                            : QString();
   painter.setPen(palette().color(QPalette::PlaceholderText));
   painter.drawText(rect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap, hint);
@@ -145,7 +150,7 @@ void Viewport::mousePressEvent(QMouseEvent* event) {
 }
 
 void Viewport::mouseMoveEvent(QMouseEvent* event) {
-  if (event->buttons() == Qt::NoButton || !doc_) return;
+  if (event->buttons() == Qt::NoButton || !Shown()) return;
   if ((event->position() - pressedAt_).manhattanLength() >= QApplication::startDragDistance()) dragging_ = true;
   if (!dragging_) return;
   const QPointF way = event->position() - draggedTo_;
@@ -164,7 +169,7 @@ void Viewport::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void Viewport::wheelEvent(QWheelEvent* event) {
-  if (!doc_) return;
+  if (!Shown()) return;
   Editor().Zoom(std::pow(kZoomPerNotch, static_cast<double>(event->angleDelta().y()) / kNotch));
   Refresh();
 }

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "program/desktop/EditorCamera.h"
+#include "program/desktop/OpenDocument.h"
 #include "program/desktop/PictureWorker.h"
 
 namespace desktop {
@@ -46,11 +47,13 @@ class Viewport : public QWidget {
   std::unique_ptr<engine::PictureInProgress> Make(QSize size, bool draft);
   void Passed(const QImage& image, bool finished);
   EditorCamera& Editor();
+  // Null when the document is closed or empty.
+  const host::BaseDocument* Shown() const;
   void Pick(QPointF place);
   void PaintHint(QPainter& painter);
 
   engine::RenderCaches caches_;
-  host::BaseDocument* doc_ = nullptr;
+  engine::NodeId doc_ = 0;
   host::ULLONG seen_ = 0;
   std::optional<EditorCamera> editor_;
   engine::PictureCamera lookedThrough_;

@@ -47,6 +47,10 @@ class Desk {
 
   // The plug-in's dialog; null when it is not open.
   host::GeDialog* Dialog() const { return engine::OpenDialogs().empty() ? nullptr : engine::OpenDialogs().front(); }
+  // The dock that it stands in.
+  QDockWidget* PluginDock() const {
+    return Dialog() ? dynamic_cast<QDockWidget*>(window_->Docks().ViewOf(*Dialog())->parentWidget()) : nullptr;
+  }
   template <class Widget>
   Widget& Gadget(host::LONG id) {
     return dynamic_cast<Widget&>(*window_->Docks().ViewOf(*Dialog())->WidgetOf(id));

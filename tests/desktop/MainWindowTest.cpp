@@ -138,7 +138,7 @@ TEST(MainWindow, WhatIsNoSceneIsSaidAndChangesNothing) {
 
 TEST(MainWindow, ClosedDocksComeBackFromTheMenuAndTheLayout) {
   Desk desk;
-  auto* dock = desk.Window().findChild<QDockWidget*>();
+  auto* dock = desk.PluginDock();
   ASSERT_NE(dock, nullptr);
   dock->close();
   Desk::Rest();
@@ -146,12 +146,12 @@ TEST(MainWindow, ClosedDocksComeBackFromTheMenuAndTheLayout) {
   desk.Entry("Plug-ins", "Stagemarks").trigger();
   Desk::Rest();
   ASSERT_NE(desk.Dialog(), nullptr);
-  desk.Window().addDockWidget(Qt::LeftDockWidgetArea, desk.Window().findChild<QDockWidget*>());
+  desk.Window().addDockWidget(Qt::LeftDockWidgetArea, desk.PluginDock());
   desk.Window().close();
   desk.Restart();
-  EXPECT_EQ(desk.Window().dockWidgetArea(desk.Window().findChild<QDockWidget*>()), Qt::LeftDockWidgetArea);
+  EXPECT_EQ(desk.Window().dockWidgetArea(desk.PluginDock()), Qt::LeftDockWidgetArea);
   desk.Entry("Window", "Reset Layout").trigger();
-  EXPECT_EQ(desk.Window().dockWidgetArea(desk.Window().findChild<QDockWidget*>()), Qt::RightDockWidgetArea);
+  EXPECT_EQ(desk.Window().dockWidgetArea(desk.PluginDock()), Qt::RightDockWidgetArea);
 }
 
 TEST(MainWindowPicture, WithTheSampleScene) {
