@@ -51,7 +51,7 @@ Bounds BoundsOf(const host::BaseDocument& doc) {
 }
 
 Vector ViewPoint(const Bounds& bounds, double turn) {
-  const double distance = std::max(bounds.radius, 1.0) * 1.4;
+  const double distance = std::max(bounds.radius, 1.0) * 1.75;
   return {bounds.centre.x + distance * std::sin(turn), bounds.centre.y + distance * 0.5,
           bounds.centre.z - distance * std::cos(turn)};
 }
