@@ -49,6 +49,10 @@ PictureSize FittedInto(const PictureSize& size, const PictureSize& box) {
   return {std::min(box.width, Scaled(size.width, scale)), std::min(box.height, Scaled(size.height, scale))};
 }
 
+std::string SceneName(const host::BaseDocument& doc) {
+  return std::filesystem::path(doc.GetDocumentName().GetString().ToUtf8()).stem().string();
+}
+
 int StatePictures::Fail(const std::string& why) {
   session_.GetProgram().terminal.Error(why);
   return kFailed;
@@ -85,7 +89,7 @@ PictureFacts StatePictures::Facts(const Mark& state) const {
   const host::BaseContainer& settings = ActiveSettings(doc);
   const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
   PictureFacts facts;
-  facts.scene = std::filesystem::path(doc.GetDocumentName().GetString().ToUtf8()).stem().string();
+  facts.scene = SceneName(doc);
   facts.state = asItIs_ ? "as it is" : state.name;
   facts.camera = camera ? camera->GetName().ToUtf8() : "Editor camera";
   facts.frame = settings.GetTime(host::RDATA_FRAMEFROM).GetFrame(settings.GetLong(host::RDATA_FRAMERATE, 30));

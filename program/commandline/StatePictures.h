@@ -24,6 +24,9 @@ std::string SizeText(const PictureSize& size);
 // The largest size of the same shape that fits into `box`.
 PictureSize FittedInto(const PictureSize& size, const PictureSize& box);
 
+// The name of the scene's file without its suffix.
+std::string SceneName(const host::BaseDocument& doc);
+
 // How far the whole work is while one picture of it is rendered.
 struct PictureTurn {
   std::size_t number = 0;  // 0-based

@@ -1,0 +1,113 @@
+#include "program/commandline/SheetMaking.h"
+
+#include <filesystem>
+
+namespace commandline {
+
+namespace {
+
+constexpr PictureSize kPageBox{960, 720};
+constexpr const char* kPageFile = "index.html";
+
+}  // namespace
+
+int SheetMaking::Run(Report& report) {
+  int status = kDone;
+  for (const auto step : {&SheetMaking::Choose, &SheetMaking::MakeFolders, &SheetMaking::LayOut, &SheetMaking::RenderAll}) {
+    if (status == kDone) status = (this->*step)();
+  }
+  if (status == kDone) status = Write(report);
+  if (status == kInterrupted) session_.GetProgram().terminal.Error("Interrupted; no sheet was written.");
+  return status;
+}
+
+int SheetMaking::Fail(const std::string& why) {
+  session_.GetProgram().terminal.Error(why);
+  return kFailed;
+}
+
+int SheetMaking::Choose() {
+  title_ = SceneName(session_.Document());
+  return pictures_.Choose(order_.states);
+}
+
+int SheetMaking::MakeFolders() {
+  for (const std::string& folder : {order_.folder, std::filesystem::path(order_.sheet).parent_path().string()}) {
+    if (folder.empty()) continue;
+    if (const auto made = session_.Files().MakeFolders(folder); !made) return Fail(made.Message());
+  }
+  return kDone;
+}
+
+int SheetMaking::LayOut() {
+  for (const Mark& state : pictures_.States()) {
+    if (Terminal::Interrupted()) return kInterrupted;
+    if (const int status = pictures_.Recall(state); status != kDone) return status;
+    sizes_.push_back(pictures_.Size());
+  }
+  subtitle_ = pictures_.AsItIs() ? "No Stagemarks yet: the scene as it is" : Counted(pictures_.States().size(), "Stagemark");
+  if (order_.sheet.empty()) return kDone;
+  const auto layout = LayOutSheet(sizes_.size(), CommonShape(sizes_));
+  if (!layout) return Fail(layout.Message());
+  box_ = layout.Value().box;
+  auto sheet = ContactSheet::Make(layout.Value(), title_, subtitle_);
+  if (!sheet) return Fail(sheet.Message());
+  sheet_ = std::make_unique<ContactSheet>(sheet.Take());
+  return kDone;
+}
+
+int SheetMaking::RenderAll() {
+  for (std::size_t i = 0; i < sizes_.size(); ++i) {
+    Mark state = pictures_.States()[i];
+    int status = pictures_.Recall(state);
+    if (pictures_.AsItIs()) state.name = "As it is";
+    if (status == kDone && sheet_) status = AddToSheet(i, state);
+    if (status == kDone && !order_.folder.empty()) status = AddToPage(i, state);
+    if (status != kDone) return status;
+  }
+  return kDone;
+}
+
+int SheetMaking::AddToSheet(std::size_t index, const Mark& state) {
+  engine::Image picture;
+  const int status = pictures_.Render(FittedInto(sizes_[index], box_), {index, sizes_.size()}, state.name, &picture);
+  if (status == kDone) sheet_->Place(index, picture, state);
+  return status;
+}
+
+int SheetMaking::AddToPage(std::size_t index, const Mark& state) {
+  const PictureSize size = FittedInto(sizes_[index], kPageBox);
+  engine::Image picture;
+  const int status = pictures_.Render(size, {index, sizes_.size()}, state.name, &picture);
+  if (status != kDone) return status;
+  entries_.push_back({state, FreeName(state.name), size.width, size.height});
+  return pictures_.Save(picture, order_.folder + "/" + entries_.back().file);
+}
+
+// Two names may become one once they are safe for files: the later ones get a number.
+std::string SheetMaking::FreeName(const std::string& name) {
+  const std::string safe = SafeFileName(name);
+  std::string free = safe;
+  for (std::size_t& number = numbers_[FoldedCase(safe)]; !files_.insert(FoldedCase(free)).second;) {
+    free = safe + " (" + std::to_string(++number + 1) + ")";
+  }
+  return free + ".png";
+}
+
+int SheetMaking::Write(Report& report) {
+  report.Json() = {{"states", pictures_.AsItIs() ? 0 : sizes_.size()}, {"sheet", nullptr}, {"page", nullptr}};
+  if (sheet_) {
+    if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet); status != kDone) return status;
+    report.Json()["sheet"] = ValidUtf8(order_.sheet);
+    report.Line("Written: " + order_.sheet);
+  }
+  if (order_.folder.empty()) return kDone;
+  const std::string page = order_.folder + "/" + kPageFile;
+  const auto written = session_.Files().ReplaceFile(page, MakePicturePage(title_, subtitle_, entries_));
+  if (!written) return Fail(written.Message());
+  report.Json()["page"] = ValidUtf8(page);
+  report.Line("Written: " + page);
+  return kDone;
+}
+
+}  // namespace commandline
