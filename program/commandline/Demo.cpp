@@ -29,8 +29,8 @@ Demo::Demo(Session& session, std::string scene, std::string folder)
 
 int Demo::Run() {
   std::cout << Coloured(Colour::Bold, "Stagemarks: three states of one scene") << "\n\n";
-  const bool worked =
-      Import() && RecordStates() && RecallStates() && UndoRecall() && SaveAndReopen() && RecallStates() && ExportStates();
+  const bool worked = Import() && Save() && RecordStates() && RecallStates() && UndoRecall() && SaveAndReopen() &&
+                      RecallStates() && MakeContactSheet() && ExportStates();
   if (!worked) return kFailed;
   ShowResult();
   return session_.CheckLedger();
@@ -68,10 +68,14 @@ bool Demo::RecordStates() {
 
 bool Demo::Record(const DemoState& state) {
   StagemarksDialog& dialog = session_.Dialog();
-  const bool recorded = dialog.TypeName(state.name) && dialog.Press("Record Element");
+  const bool recorded =
+      dialog.TypeName(state.name) && dialog.Tick("Generate Preview Image", true) && dialog.Press("Record Element");
   session_.App().DeliverEvents();
   states_.push_back({state.name, engine::DumpState(session_.Document())});
-  return Step("Recorded \"" + states_.back().name + "\": " + state.what, recorded && dialog.Current() == state.name);
+  previews_.push_back(std::filesystem::path(saved_).replace_extension().string() + "_SM/" + state.name + ".tif");
+  const bool hasPreview = session_.Files().Kind(previews_.back()) == engine::FileKind::File;
+  return Step("Recorded \"" + states_.back().name + "\" with a preview: " + state.what,
+              recorded && hasPreview && dialog.Current() == state.name);
 }
 
 bool Demo::Recall(const State& state) {
@@ -94,17 +98,29 @@ bool Demo::UndoRecall() {
   return Step("Undid that recall in one step: the scene is as it was before", undone && difference.empty(), difference);
 }
 
-bool Demo::SaveAndReopen() {
+// Previews need a saved scene: they lie beside it.
+bool Demo::Save() {
   if (const engine::Status made = session_.Files().MakeFolders(folder_); !made)
     return Step("Making " + folder_, false, {made.Message()});
   saved_ = folder_ + "/" + std::filesystem::path(scene_).stem().string() + ".c4d";
   const engine::Status saved = session_.App().SaveDocumentAs(session_.Document(), saved_);
   if (!saved) return Step("Saving " + saved_, false, {saved.Message()});
-  Step("Saved " + Shortest(saved_), true);
+  return Step("Saved " + Shortest(saved_), true);
+}
+
+bool Demo::SaveAndReopen() {
+  if (!Save()) return false;
   host::KillDocument(&session_.Document());
   if (session_.Open(saved_) != kDone) return Step("Opening it again", false);
   const std::size_t marks = session_.Dialog().Marks().size();
   return Step("Opened it again: " + Counted(marks, "Stagemark"), marks == states_.size());
+}
+
+bool Demo::MakeContactSheet() {
+  sheet_ = folder_ + "/sheet.png";
+  const SheetOrder order{{}, sheet_, "", 0};
+  Report report;
+  return Step("Rendered all states onto a contact sheet", SheetMaking(session_, order).Run(report) == kDone);
 }
 
 bool Demo::ExportStates() {
@@ -143,7 +159,8 @@ bool Demo::CompareFile(const std::string& file, const State& state) {
 
 void Demo::ShowFiles(const ExportResult& result) {
   std::vector<std::string> files = result.written;
-  files.push_back(saved_);
+  files.insert(files.end(), {saved_, sheet_});
+  files.insert(files.end(), previews_.begin(), previews_.end());
   std::cout << "\nThe files:\n\n  " << Shortest(folder_) << "/\n";
   for (const std::string& line : FileTreeLines(folder_, files)) std::cout << "    " << line << '\n';
 }
@@ -151,8 +168,10 @@ void Demo::ShowFiles(const ExportResult& result) {
 void Demo::ShowResult() {
   const std::string scene = Typed(Shortest(saved_));
   const std::string program = Typed(Shortest(ProgramFolder() + "/stagemarks"));
-  std::cout << "\nThe list, as the dialog shows it:\n\n" << session_.Dialog().ListText() << "\n\nWhat next:\n\n";
-  for (const char* rest : {" list %", " load % Overview -o overview.c4d", " export % --layout file --to out", " --help"}) {
+  std::cout << "\nThe list, as the dialog shows it:\n\n"
+            << session_.Dialog().ListText() << "\n\nEvery state in a picture:\n\n  " << Shortest(sheet_) << "\n\nWhat next:\n\n";
+  for (const char* rest : {" list %", " load % Overview -o overview.c4d", " sheet % --html pictures",
+                           " export % --layout file --to out", " --help"}) {
     std::string line = rest;
     if (const auto place = line.find('%'); place != std::string::npos) line.replace(place, 1, scene);
     std::cout << "  " << program << line << '\n';

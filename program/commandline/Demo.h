@@ -1,6 +1,7 @@
-// Demo: the product's main job on a real scene, step by step, each step checked: three states are made and recorded,
-// recalled and compared, one recall is undone, the scene is saved, opened and recalled again, and every state is exported as
-// a scene file of its own, which is opened and compared. Prints as it goes. Main thread.
+// Demo: the product's main job on a real scene, step by step, each step checked: three states are made and recorded
+// with previews, recalled and compared, one recall is undone, the scene is saved, opened and recalled again, all states are
+// rendered onto a contact sheet, and every state is exported as a scene file of its own, which is opened and compared. Prints as
+// it goes. Main thread.
 #pragma once
 
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "program/commandline/DemoStates.h"
 #include "program/commandline/Exporting.h"
+#include "program/commandline/SheetMaking.h"
 
 namespace commandline {
 
@@ -29,7 +31,9 @@ class Demo {
   bool RecordStates();
   bool RecallStates();
   bool UndoRecall();
+  bool Save();
   bool SaveAndReopen();
+  bool MakeContactSheet();
   bool ExportStates();
   bool CompareFiles(const ExportResult& result);
   void ShowFiles(const ExportResult& result);
@@ -44,6 +48,8 @@ class Demo {
   std::string scene_;
   std::string folder_;
   std::string saved_;
+  std::string sheet_;
+  std::vector<std::string> previews_;
   std::vector<State> states_;
 };
 

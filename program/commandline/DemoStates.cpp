@@ -80,7 +80,7 @@ void PrepareDemo(BaseDocument& doc) {
   const Bounds bounds = BoundsOf(doc);
   MakeCamera(doc, kFront, ViewPoint(bounds, 0.6), bounds.centre);
   MakeCamera(doc, kSide, ViewPoint(bounds, 2.2), bounds.centre);
-  MakeMaterial(doc, kClay, {0.62, 0.55, 0.48});
+  MakeMaterial(doc, kClay, {0.36, 0.32, 0.28});
   host::LayerObject* props = MakeLayer(doc, kLayer);
   const auto meshes = MeshObjects(doc);
   for (BaseObject* object : meshes) {
