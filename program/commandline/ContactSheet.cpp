@@ -66,7 +66,9 @@ void Copy(const Image& picture, int left, int top, Image& image) {
 }
 
 int Width(std::size_t columns, int box) { return 2 * kMargin + static_cast<int>(columns) * (box + kGap) - kGap; }
-int Height(std::size_t rows, int box) { return kHeading + static_cast<int>(rows) * (box + kCaption + kGap) - kGap + kMargin - 10; }
+int Height(std::size_t rows, int box) {
+  return kHeading + static_cast<int>(rows) * (box + kCaption + kGap) - kGap + kMargin - 10;
+}
 
 // How far from the shape of a screen, and how ragged the last row is; the smallest wins.
 double Fault(std::size_t count, std::size_t columns, int width, int height) {
