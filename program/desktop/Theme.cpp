@@ -52,6 +52,11 @@ class CalmStyle : public QProxyStyle {
     }
   }
 
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* more) const override {
+    // The icons that come with the toolkit are of another family.
+    return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 0 : QProxyStyle::styleHint(hint, option, widget, more);
+  }
+
  private:
   static void DrawCheckBox(const QStyleOption& option, QPainter& painter) {
     const bool enabled = option.state & State_Enabled;
