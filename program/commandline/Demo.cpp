@@ -30,7 +30,7 @@ Demo::Demo(Session& session, std::string scene, std::string folder)
 int Demo::Run() {
   std::cout << Coloured(Colour::Bold, "Stagemarks: three states of one scene") << "\n\n";
   const bool worked = Import() && Save() && RecordStates() && RecallStates() && UndoRecall() && SaveAndReopen() &&
-                      RecallStates() && MakeContactSheet() && ExportStates();
+                      MakeContactSheet() && RecallStates() && ExportStates();
   if (!worked) return kFailed;
   ShowResult();
   return session_.CheckLedger();
