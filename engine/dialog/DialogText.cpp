@@ -189,10 +189,10 @@ std::string DialogAsText(const host::GeDialog& dialog) {
   return Joined(Framed(content, TextOf(DialogTitle(dialog))));
 }
 
-std::string ListAsText(const host::GeDialog& dialog, host::LONG id) {
+std::string ListAsText(const host::GeDialog& dialog, host::LONG id, std::size_t widestCell) {
   const Gadget* list = FindGadget(dialog, id);
   if (!list || list->kind != GadgetKind::ListView) return "";
-  return Joined(ListBlock(*list, std::string::npos));
+  return Joined(ListBlock(*list, widestCell));
 }
 
 }  // namespace engine

@@ -127,7 +127,8 @@ bool InsideDialogCall();
 // The selected lines of a list begin with an arrow; a gadget that is switched off stands between dots instead of blanks.
 // Control characters and broken UTF-8 show as replacement characters, so that a text cannot disturb a terminal.
 std::string DialogAsText(const host::GeDialog& dialog);
-// Only list `id`: one line per row, check boxes as [x], columns lined up. Empty when there is no such list.
-std::string ListAsText(const host::GeDialog& dialog, host::LONG id);
+// Only list `id`: one line per row, check boxes as [x], columns lined up, cells cut at `widestCell` columns. Empty when there is
+// no such list.
+std::string ListAsText(const host::GeDialog& dialog, host::LONG id, std::size_t widestCell = std::string::npos);
 
 }  // namespace engine

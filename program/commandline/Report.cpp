@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "engine/dialog/TextArea.h"
+#include "program/commandline/Terminal.h"
 
 namespace commandline {
 
@@ -25,7 +25,7 @@ std::string Listed(const std::vector<std::string>& names) {
   const std::size_t shown = names.size() > kMost + 1 ? kMost : names.size();
   for (std::size_t i = 0; i < shown; ++i) {
     const bool last = i + 1 == names.size();
-    text += (i == 0 ? "\"" : last ? " and \"" : ", \"") + engine::Printable(names[i]) + "\"";
+    text += (i == 0 ? "\"" : last ? " and \"" : ", \"") + Shown(names[i]) + "\"";
   }
   return shown < names.size() ? text + " and " + std::to_string(names.size() - shown) + " more" : text;
 }

@@ -4,6 +4,9 @@
 #include <filesystem>
 #include <unordered_set>
 
+#include "engine/import/Import.h"
+#include "program/commandline/NamesLike.h"
+
 namespace commandline {
 
 namespace fs = std::filesystem;
@@ -59,6 +62,7 @@ int Session::LoadPlugin() {
 }
 
 int Session::StartWithScene() {
+  if (const int status = CheckTarget(); status != kDone) return status;
   const int status = Start();
   return status == kDone ? Open(program_.scene) : status;
 }
@@ -69,7 +73,7 @@ int Session::Open(const std::string& path) {
   const auto opened = application_->OpenDocument(absolute, &notes);
   if (!opened) {
     program_.terminal.Error(opened.Message());
-    return kFailed;
+    return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
   imported_ = fs::path(absolute).extension() != ".c4d";
   for (const std::string& note : notes) program_.terminal.Note(note);
@@ -89,11 +93,11 @@ int Session::RequireMarks(const std::vector<std::string>& names) {
 }
 
 void Session::SayUnknown(const std::string& name) {
-  std::string text = "There is no Stagemark \"" + name + "\" in this scene.";
-  const auto near = dialog_->NamesLike(name);
-  for (std::size_t i = 0; i < near.size(); ++i) text += (i == 0 ? " Did you mean \"" : "\" or \"") + near[i];
-  text += near.empty() ? " `stagemarks list SCENE` shows those there are." : "\"?";
-  program_.terminal.Error(text);
+  std::vector<std::string> known;
+  for (Mark& mark : dialog_->Marks()) known.push_back(std::move(mark.name));
+  const std::string near = DidYouMean(name, known);
+  program_.terminal.Error("There is no Stagemark \"" + name + "\" in this scene." +
+                          (near.empty() ? " `stagemarks list SCENE` shows those there are." : near));
 }
 
 int Session::Check(const std::vector<std::string>& names) {
@@ -112,6 +116,16 @@ void Session::HoldSideFiles() {
   outside_.HoldChangesAt(Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
 }
 
+// Asked before anything is done: what is written is a scene of ours and is not to replace a file of another format.
+int Session::CheckTarget() {
+  const bool inPlace = program_.write && program_.output.empty();
+  const std::string& target = inPlace ? program_.scene : program_.output;
+  if (target.empty() || !engine::IsImportable(target)) return kDone;
+  program_.terminal.Error((inPlace ? "--write would overwrite \"" : "The result would overwrite \"") + target +
+                          "\", which is no scene of ours. Give -o OUT.c4d instead.");
+  return kUsage;
+}
+
 std::string Session::Target() const {
   if (!program_.output.empty()) return AbsolutePath(program_.output);
   return program_.write ? AbsolutePath(program_.scene) : "";
@@ -120,11 +134,6 @@ std::string Session::Target() const {
 int Session::Keep(Report& report) {
   outside_.StopHolding();
   const std::string target = Target();
-  if (program_.write && program_.output.empty() && imported_) {
-    program_.terminal.Error("--write would overwrite \"" + program_.scene +
-                            "\", which is no scene of ours. Give -o OUT.c4d instead.");
-    return kUsage;
-  }
   report.Json()["written"] = nullptr;
   if (!target.empty()) return Write(target, report);
   report.Print(program_.json);
@@ -138,17 +147,16 @@ int Session::Write(const std::string& target, Report& report) {
   const std::size_t refused = program_.terminal.Refused();
   if (const engine::Status saved = application_->SaveDocumentAs(Document(), target); !saved) {
     program_.terminal.Error(saved.Message());
-    return kFailed;
+    return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
+  const bool whole = program_.terminal.Refused() == refused;
+  if (whole) outside_.CarryOut(Stem(target));
   report.Json()["written"] = ValidUtf8(target);
   report.Line("Written: " + target);
   report.Print(program_.json);
-  if (program_.terminal.Refused() > refused) {
-    program_.terminal.Error("The scene was written, but its preview images were not taken along.");
-    return kFailed;
-  }
-  outside_.CarryOut(Stem(target));
-  return CheckLedger();
+  if (!whole) program_.terminal.Error("The scene was written, but its preview images were not taken along.");
+  const int status = CheckLedger();
+  return whole ? status : kFailed;
 }
 
 // A file that was to be removed or renamed and is not there does no harm: a Stagemark need not have a preview.

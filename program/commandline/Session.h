@@ -28,6 +28,8 @@ class Session {
   int Start();
   // Start, then opens the scene that the verb was given; other formats are imported on the fly.
   int StartWithScene();
+  // kUsage when the result would replace a file of a format that can only be read.
+  int CheckTarget();
   // Opens or imports a file and makes it the active document.
   int Open(const std::string& path);
 

@@ -1,8 +1,6 @@
 #include "program/commandline/StagemarksDialog.h"
 
 #include <algorithm>
-#include <functional>
-#include <numeric>
 #include <unordered_set>
 
 namespace commandline {
@@ -20,6 +18,7 @@ constexpr std::size_t kChecked = 1;
 constexpr std::size_t kName = 2;
 constexpr std::size_t kDate = 3;
 constexpr std::size_t kColumns = 4;
+constexpr std::size_t kWidestName = 56;
 
 void Collect(const Gadget& gadget, GadgetKind kind, std::vector<const Gadget*>& found) {
   if (gadget.kind == kind) found.push_back(&gadget);
@@ -52,22 +51,6 @@ const MenuEntry* EntryLabelled(const std::vector<MenuEntry>& entries, const std:
   return nullptr;
 }
 
-// Number of single-character edits between two names (Wagner and Fischer, 1974), over bytes.
-std::size_t EditDistance(const std::string& a, const std::string& b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t change = diagonal + (std::tolower(a[i - 1]) != std::tolower(b[j - 1]) ? 1 : 0);
-      diagonal = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, change});
-    }
-  }
-  return row[b.size()];
-}
-
 }  // namespace
 
 const Gadget& StagemarksDialog::List() const {
@@ -97,19 +80,6 @@ std::string StagemarksDialog::Current() const {
     if (mark.current) return mark.name;
   }
   return "";
-}
-
-std::vector<std::string> StagemarksDialog::NamesLike(const std::string& name) const {
-  std::vector<std::pair<std::size_t, std::string>> near;
-  for (const Mark& mark : Marks()) {
-    const std::size_t distance = EditDistance(name, mark.name);
-    const bool contained = !name.empty() && mark.name.find(name) != std::string::npos;
-    if (contained || distance <= std::max<std::size_t>(2, name.size() / 3)) near.emplace_back(distance, mark.name);
-  }
-  std::sort(near.begin(), near.end());
-  std::vector<std::string> names;
-  for (std::size_t i = 0; i < near.size() && i < 3; ++i) names.push_back(near[i].second);
-  return names;
 }
 
 bool StagemarksDialog::TypeName(const std::string& name) {
@@ -186,7 +156,7 @@ std::vector<std::pair<std::string, bool>> StagemarksDialog::Options() const {
 }
 
 std::string StagemarksDialog::ListText() const {
-  std::string text = engine::ListAsText(*dialog_, List().id);
+  std::string text = engine::ListAsText(*dialog_, List().id, kWidestName);
   while (!text.empty() && text.back() == '\n') text.pop_back();
   return text;
 }

@@ -29,8 +29,6 @@ class StagemarksDialog {
   bool Has(const std::string& name) const;
   // Name of the row with the marker, empty where there is none.
   std::string Current() const;
-  // Names close to `name`, the closest first, at most three: for "did you mean".
-  std::vector<std::string> NamesLike(const std::string& name) const;
 
   // The actions answer false when the dialog has no such thing or refused the event.
   bool TypeName(const std::string& name);

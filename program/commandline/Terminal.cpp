@@ -1,15 +1,22 @@
 #include "program/commandline/Terminal.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 
+#include "engine/dialog/TextArea.h"
+
 namespace commandline {
 
 namespace {
+
+constexpr std::size_t kLongestName = 80;
+constexpr std::size_t kLongestWord = 400;
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -38,10 +45,16 @@ bool UsesColour() {
 void Terminal::CatchInterrupts() { CatchInterruptsWith(SA_RESTART); }
 bool Terminal::Interrupted() { return interrupted != 0; }
 
+std::size_t Terminal::Columns() {
+  winsize size{};
+  const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return known ? std::clamp<std::size_t>(size.ws_col, 60, 100) : 100;
+}
+
 void Terminal::Tell(const std::string& text) {
   EndProgressLine();
   told_.push_back(text);
-  if (!choices_.quiet) std::cerr << text << '\n';
+  if (!choices_.quiet) std::cerr << Readable(text) << '\n';
 }
 
 bool Terminal::Ask(const std::string& text) {
@@ -51,14 +64,14 @@ bool Terminal::Ask(const std::string& text) {
     return true;
   }
   const bool yes = CanAsk() && AskHere(text);
-  if (!CanAsk()) std::cerr << text << " no (nobody can be asked here; --yes answers yes)\n";
+  if (!CanAsk()) std::cerr << Readable(text) << " no (nobody can be asked here; --yes answers yes)\n";
   if (!yes) ++refused_;
   return yes;
 }
 
 // Ctrl-C at a question is a no.
 bool Terminal::AskHere(const std::string& text) {
-  std::cerr << text << " [y/N] " << std::flush;
+  std::cerr << Readable(text) << " [y/N] " << std::flush;
   CatchInterruptsWith(0);
   std::string answer;
   const bool answered = static_cast<bool>(std::getline(std::cin, answer));
@@ -94,14 +107,28 @@ void Terminal::EndProgressLine() {
 
 void Terminal::Say(const std::string& text) {
   EndProgressLine();
-  if (!choices_.quiet) std::cerr << text << '\n';
+  if (!choices_.quiet) std::cerr << Readable(text) << '\n';
 }
 
 void Terminal::Note(const std::string& text) { Say("note: " + text); }
 
 void Terminal::Error(const std::string& text) {
   EndProgressLine();
-  std::cerr << "stagemarks: " << text << '\n';
+  std::cerr << "stagemarks: " << Readable(text) << '\n';
+}
+
+std::string Shown(const std::string& name) { return engine::Shortened(engine::Printable(name), kLongestName); }
+
+std::string Readable(const std::string& message) {
+  std::string readable;
+  for (std::size_t start = 0; start <= message.size();) {
+    const std::size_t end = std::min(message.find_first_of(" \n", start), message.size());
+    const std::string word = engine::Printable(message.substr(start, end - start));
+    readable += engine::Shortened(word, kLongestWord);
+    if (end < message.size()) readable += message[end];
+    start = end + 1;
+  }
+  return readable;
 }
 
 std::string Coloured(Colour colour, const std::string& text) {

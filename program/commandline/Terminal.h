@@ -35,6 +35,9 @@ class Terminal : public engine::Person {
   // What plug-ins told since the start, in order.
   const std::vector<std::string>& Told() const { return told_; }
 
+  // Width to write for: that of the terminal, within what reads well; a usual one where there is none.
+  static std::size_t Columns();
+
   // Messages for a person, on stderr: plain, as a note or as an error.
   void Say(const std::string& text);
   void Note(const std::string& text);
@@ -54,6 +57,11 @@ class Terminal : public engine::Person {
   std::atomic<int> shownPercent_{-1};
   std::size_t refused_ = 0;
 };
+
+// A name as it may stand in a line: control characters replaced, of a very long one the beginning.
+std::string Shown(const std::string& name);
+// A message with what it quotes made fit for a terminal: control characters but line ends replaced, endless words cut.
+std::string Readable(const std::string& message);
 
 // Text in a colour, plain where stdout is no terminal or NO_COLOR is set.
 enum class Colour { Green, Red, Yellow, Bold, Dim };

@@ -49,7 +49,7 @@ Status VerbOutside::Written(const std::string& path, Status status) {
 }
 
 FileKind VerbOutside::DoKind(const std::string& path) {
-  return heldFolders_.count(path) > 0 ? FileKind::Folder : RealOutside::DoKind(path);
+  return holding_ && heldFolders_.count(path) > 0 ? FileKind::Folder : RealOutside::DoKind(path);
 }
 
 Status VerbOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {

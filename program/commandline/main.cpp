@@ -1,10 +1,11 @@
 // The command line `stagemarks`: reads its arguments, runs the verb, answers its exit status.
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdlib>
-#include <iostream>
 #include <string_view>
 
 #include "engine/import/Import.h"
+#include "program/commandline/HelpFormat.h"
+#include "program/commandline/NamesLike.h"
 #include "program/commandline/Program.h"
 
 namespace commandline {
@@ -13,15 +14,25 @@ namespace {
 // The child that an import runs in: `stagemarks --import-worker PATH FD`.
 bool IsImportWorker(int count, char** words) { return count == 4 && std::string_view(words[1]) == "--import-worker"; }
 
-void AddVerbs(CLI::App& app, Program& program) {
-  for (auto* add : {AddNew,       AddImport,         AddInfo,      AddSet,    AddRecord, AddList,       AddLoad,    AddOptions,
-                    AddRename,    AddDelete,         AddDeleteAll, AddCheck,  AddUpdate, AddSetObjects, AddSetTags, AddSetLayers,
-                    AddSetCamera, AddCleanMaterials, AddExport,    AddRender, AddSheet,  AddDemo}) {
+using AddVerb = void (*)(CLI::App&, Program&);
+
+void AddGroup(CLI::App& app, Program& program, const char* title, std::initializer_list<AddVerb> verbs) {
+  for (const AddVerb add : verbs) {
     add(app, program);
+    app.get_subcommands({}).back()->group(title);
   }
 }
 
+void AddVerbs(CLI::App& app, Program& program) {
+  AddGroup(app, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet});
+  AddGroup(app, program, "Stagemarks", {AddRecord, AddList, AddLoad, AddRename, AddDelete, AddDeleteAll, AddOptions});
+  AddGroup(app, program, "Many Stagemarks at once",
+           {AddCheck, AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
+  AddGroup(app, program, "Files and pictures", {AddExport, AddRender, AddSheet, AddDemo});
+}
+
 void DescribeProgram(CLI::App& app, Program& program) {
+  app.formatter(std::make_shared<HelpFormat>(Terminal::Columns()));
   app.set_version_flag("--version", "stagemarks " STAGEMARKS_VERSION);
   app.add_flag("-q,--quiet", program.quiet, "No messages but errors");
   app.add_flag("-v,--verbose", program.verbose, "Say what is being done");
@@ -37,16 +48,34 @@ void DescribeProgram(CLI::App& app, Program& program) {
       "  stagemarks list room.c4d");
 }
 
+// What is wrong with the arguments; a verb that does not exist is what a person wants to hear of first.
+std::string Complaint(const CLI::App& app, const CLI::ParseError& error, const std::vector<std::string>& words) {
+  const auto typed = std::find_if(words.begin(), words.end(), [](const std::string& word) { return word.front() != '-'; });
+  if (!app.get_subcommands().empty()) return error.what();
+  if (typed == words.end()) return "No verb was given.";
+  std::vector<std::string> known;
+  for (const CLI::App* verb : app.get_subcommands({})) known.push_back(verb->get_name());
+  return "There is no verb \"" + *typed + "\"." + DidYouMean(*typed, known);
+}
+
+int Refuse(const CLI::App& app, const CLI::ParseError& error, Program& program, const std::vector<std::string>& words) {
+  if (error.get_exit_code() == 0) return app.exit(error);
+  const auto verbs = app.get_subcommands();
+  program.terminal.Error(Complaint(app, error, words) + "\n`stagemarks" + (verbs.empty() ? "" : " " + verbs.front()->get_name()) +
+                         " --help` explains it.");
+  return kUsage;
+}
+
 int Run(int count, char** words) {
   if (IsImportWorker(count, words)) return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
   Program program;
-  CLI::App app("Records, recalls and exports the states of a 3D scene.", "stagemarks");
+  CLI::App app("Records, recalls and exports the states of a 3D scene", "stagemarks");
   DescribeProgram(app, program);
   AddVerbs(app, program);
   try {
     app.parse(count, words);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : kUsage;
+    return Refuse(app, error, program, std::vector<std::string>(words + 1, words + count));
   }
   Terminal::CatchInterrupts();
   program.terminal.Choose({program.yes, program.quiet, program.verbose});

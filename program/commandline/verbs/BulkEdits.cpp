@@ -114,7 +114,7 @@ void AddSetTags(CLI::App& app, Program& program) {
                                     select);
   bulk.verb->add_option("objects", bulk.choices->named,
                         "The objects that carry the tags; without them the tags selected in the scene");
-  bulk.verb->add_option("--type", bulk.choices->types, "Only tags of this type: a name or a number")->type_name("TYPE ...");
+  bulk.verb->add_option("--type", bulk.choices->types, "Only tags of this type: a name or a number")->type_name("TYPE...");
   Finish(bulk, program,
          "Examples:\n"
          "  stagemarks set room.c4d --object Wall --material Brick --write\n"

@@ -12,13 +12,13 @@ void AddScene(CLI::App& verb, Program& program) {
 }
 
 void AddKeeping(CLI::App& verb, Program& program) {
-  auto* output = verb.add_option("-o,--output", program.output, "Write the changed scene to this .c4d file");
+  auto* output = verb.add_option("-o,--output", program.output, "Write the changed scene to this .c4d file")->type_name("OUT");
   verb.add_flag("--write", program.write, "Write the change into the scene file itself")->excludes(output);
   verb.add_flag("-y,--yes", program.yes, "Answer every question with yes");
 }
 
 void AddOnly(CLI::App& verb, std::vector<std::string>& only) {
-  verb.add_option("--only", only, "The Stagemarks that are meant; all of them without it")->type_name("NAME ...");
+  verb.add_option("--only", only, "The Stagemarks that are meant; all of them without it")->type_name("NAME...");
 }
 
 }  // namespace commandline

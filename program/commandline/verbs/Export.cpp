@@ -45,7 +45,7 @@ int RunExport(Program& program, ExportChoices choices) {
   Report report;
   AddResult(choices.order, result, program.verbose, report);
   report.Print(program.json);
-  return result.status;
+  return result.status != kDone && Terminal::Interrupted() ? kInterrupted : result.status;
 }
 
 }  // namespace
@@ -55,12 +55,13 @@ void AddExport(CLI::App& app, Program& program) {
   AddScene(*verb, program);
   auto choices = std::make_shared<ExportChoices>();
   verb->add_option("--to", choices->order.folder, "Folder for the files; made when it is missing")->required()->type_name("DIR");
-  verb->add_option("--layout", choices->order.layout,
-                   "file: scene files side by side. folders: each in a folder of its own. project: that, with the textures "
-                   "beside it. one-tex: side by side with one folder of textures.")
+  verb->add_option(
+          "--layout", choices->order.layout,
+          "file: scene files side by side; folders: each in a folder of its own; project: the same with the textures beside "
+          "it; one-tex: side by side with one folder of textures")
       ->check(CLI::IsMember(LayoutNames()))
       ->default_str("folders")
-      ->type_name("");
+      ->type_name("LAYOUT");
   AddOnly(*verb, choices->order.only);
   verb->add_option("--frames", choices->frames, "Give every file this frame range, as 0:90")->type_name("FROM:TO");
   verb->footer(

@@ -15,6 +15,7 @@ int RunImport(Program& program) {
     return kUsage;
   }
   Session session(program);
+  if (const int status = session.CheckTarget(); status != kDone) return status;
   if (const int status = session.Open(program.scene); status != kDone) return status;
   Report report;
   const engine::SceneCounts counts = engine::CountScene(session.Document());
@@ -35,6 +36,10 @@ void AddImport(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
   AddScene(*verb, program);
   verb->add_option("out", program.output, "The .c4d file to write")->required();
+  verb->footer(
+      "Examples:\n"
+      "  stagemarks import room.gltf room.c4d\n"
+      "  stagemarks import models/spider.fbx spider.c4d --json");
   verb->callback([&program] { program.verb = [&program] { return RunImport(program); }; });
 }
 

@@ -1,10 +1,13 @@
 #include <CLI/CLI.hpp>
-#include <filesystem>
+#include <algorithm>
 
+#include "engine/dialog/TextArea.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
 #include "program/commandline/Addressing.h"
+#include "program/commandline/HelpFormat.h"
 #include "program/commandline/Session.h"
+#include "program/commandline/Textures.h"
 
 namespace commandline {
 
@@ -17,92 +20,118 @@ struct InfoOptions {
   bool dump = false;
 };
 
-std::string Indented(const std::string& text, std::size_t depth) { return std::string(2 * depth, ' ') + text; }
+constexpr std::size_t kLabel = 18;
+constexpr std::size_t kDeepest = 24;  // deeper objects are not moved further to the right
+constexpr std::size_t kLongestPath = 4096;
+
+// "  label      text", the text broken at blanks.
+void AddFact(Report& report, const std::string& label, const std::string& text) {
+  std::string head = "  " + label;
+  for (const std::string& line : Wrapped(Readable(text), Terminal::Columns() - kLabel)) {
+    report.Line(engine::PadRight(head, kLabel) + line);
+    head.clear();
+  }
+}
 
 void AddCounts(const host::BaseDocument& doc, Report& report) {
   const engine::SceneCounts counts = engine::CountScene(doc);
   report.Json()["counts"] = {{"objects", counts.objects}, {"tags", counts.tags},     {"materials", counts.materials},
                              {"shaders", counts.shaders}, {"layers", counts.layers}, {"renderSettings", counts.renderSettings},
                              {"cameras", counts.cameras}, {"lights", counts.lights}, {"polygons", counts.polygons}};
-  report.Line(Coloured(Colour::Bold, doc.GetDocumentName().GetString().ToUtf8()));
-  report.Line("  " + Counted(counts.objects, "object") + " (" + Counted(counts.cameras, "camera") + ", " +
-              Counted(counts.lights, "light") + "), " + Counted(counts.polygons, "polygon") + ", " + Counted(counts.tags, "tag"));
+  report.Line(Coloured(Colour::Bold, Shown(doc.GetDocumentName().GetString().ToUtf8())));
+  AddFact(report, "objects",
+          std::to_string(counts.objects) + " (" + Counted(counts.cameras, "camera") + ", " + Counted(counts.lights, "light") +
+              "), " + Counted(counts.polygons, "polygon") + ", " + Counted(counts.tags, "tag"));
 }
 
 template <class T>
-void AddNames(T* first, const std::string& title, const char* key, Report& report) {
-  json names = json::array();
-  std::string line;
-  for (T* item = first; item; item = engine::NextInTree(item)) {
-    names.push_back(ValidUtf8(item->GetName().ToUtf8()));
-    line += (line.empty() ? "" : ", ") + item->GetName().ToUtf8();
-  }
-  report.Line("  " + title + ": " + (line.empty() ? "none" : line));
-  report.Json()[key] = std::move(names);
+void AddNames(T* first, const char* key, Report& report) {
+  constexpr std::size_t kMost = 40;
+  std::vector<std::string> names;
+  for (T* item = first; item; item = engine::NextInTree(item)) names.push_back(item->GetName().ToUtf8());
+  std::string text = names.empty() ? "none" : std::to_string(names.size()) + ": ";
+  for (std::size_t i = 0; i < names.size() && i < kMost; ++i) text += (i == 0 ? "" : ", ") + Shown(names[i]);
+  if (names.size() > kMost) text += " and " + std::to_string(names.size() - kMost) + " more";
+  AddFact(report, key, text);
+  report.Json()[key] = JsonOf(names);
 }
 
 void AddRenderSettings(const host::BaseDocument& doc, Report& report) {
   json all = json::array();
+  std::string label = "render settings";
   for (host::RenderData* settings = doc.GetFirstRenderData(); settings; settings = engine::NextInTree(settings)) {
     const host::BaseContainer& data = *settings->GetDataInstance();
     const host::LONG rate = data.GetLong(host::RDATA_FRAMERATE, 30);
     const host::LONG from = data.GetTime(host::RDATA_FRAMEFROM).GetFrame(rate);
     const host::LONG to = data.GetTime(host::RDATA_FRAMETO).GetFrame(rate);
+    const host::LONG width = data.GetLong(host::RDATA_XRES);
+    const host::LONG height = data.GetLong(host::RDATA_YRES);
     const bool active = settings == doc.GetActiveRenderData();
-    all.push_back({{"name", ValidUtf8(settings->GetName().ToUtf8())},
-                   {"width", data.GetLong(host::RDATA_XRES)},
-                   {"height", data.GetLong(host::RDATA_YRES)},
-                   {"from", from},
-                   {"to", to},
-                   {"active", active}});
-    report.Line("  render settings: " + settings->GetName().ToUtf8() + ", " + std::to_string(data.GetLong(host::RDATA_XRES)) +
-                " x " + std::to_string(data.GetLong(host::RDATA_YRES)) + ", frames " + std::to_string(from) + " to " +
-                std::to_string(to) + (active ? " (active)" : ""));
+    const std::string name = settings->GetName().ToUtf8();
+    all.push_back(
+        {{"name", ValidUtf8(name)}, {"width", width}, {"height", height}, {"from", from}, {"to", to}, {"active", active}});
+    AddFact(report, label,
+            Shown(name) + ", " + std::to_string(width) + " x " + std::to_string(height) + ", frames " + std::to_string(from) +
+                " to " + std::to_string(to) + (active ? " (active)" : ""));
+    label.clear();
   }
   report.Json()["renderSettings"] = std::move(all);
 }
 
-void AddTextures(Session& session, Report& report) {
-  const host::BaseContainer textures = session.Document().GetAllTextures(nullptr);
+void AddTextures(const host::BaseDocument& doc, Report& report) {
   json all = json::array();
-  std::size_t missing = 0;
-  for (host::LONG i = 0; i < textures.GetCount(); ++i) {
-    const std::string path = textures.GetIndexData(i).GetFilename().GetString().ToUtf8();
-    const bool found = session.Files().Kind(path) == engine::FileKind::File;
-    all.push_back({{"file", ValidUtf8(path)}, {"found", found}});
-    if (found) continue;
-    ++missing;
-    report.Line(Coloured(Colour::Yellow, "  texture not found: ") + path);
+  std::vector<std::string> missing;
+  for (const std::string& texture : TexturesOf(doc)) {
+    const bool found = IsTextureFound(doc, texture);
+    all.push_back({{"file", ValidUtf8(texture)}, {"found", found}});
+    if (!found) missing.push_back(texture);
   }
-  report.Line("  textures: " + std::to_string(all.size()) + " references, " + std::to_string(missing) + " not found");
+  const std::string none = missing.empty() ? ", all found" : ", " + std::to_string(missing.size()) + " not found:";
+  AddFact(report, "textures", all.empty() ? "none" : std::to_string(all.size()) + none);
+  for (const std::string& texture : missing)
+    report.Line(std::string(kLabel + 2, ' ') + Coloured(Colour::Yellow, Readable(texture)));
   report.Json()["textures"] = std::move(all);
 }
 
 void AddCamera(const host::BaseDocument& doc, Report& report) {
   const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
-  report.Line("  scene camera: " + (camera ? PathOf(*camera) : "none (the editor camera)"));
+  AddFact(report, "scene camera", camera ? PathOf(*camera) : "none (the editor camera)");
   report.Json()["sceneCamera"] = camera ? json(ValidUtf8(PathOf(*camera))) : json();
 }
 
 const char* ModeMark(host::LONG mode) { return mode == host::MODE_ON ? "on " : mode == host::MODE_OFF ? "off" : " . "; }
 
+// A path that a chain of objects makes endless is left out.
 void AddTree(const host::BaseDocument& doc, Report& report) {
   json all = json::array();
-  report.Line("");
-  report.Line(Coloured(Colour::Dim, "editor render  object"));
+  report.Line("\n" + Coloured(Colour::Dim, "  position  editor  render  object"));
+  ObjectPaths paths;
   for (host::BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
-    std::size_t depth = 0;
-    for (const host::BaseObject* up = object->GetUp(); up; up = up->GetUp()) ++depth;
+    const std::string& path = paths.StepTo(*object);
     const std::string type = object->GetTypeName().ToUtf8();
-    all.push_back({{"path", ValidUtf8(PathOf(*object))},
+    const std::string position = "#" + std::to_string(all.size());
+    report.Line("  " + engine::PadRight(position, 10) + ModeMark(object->GetEditorMode()) + "     " +
+                ModeMark(object->GetRenderMode()) + "     " + std::string(2 * std::min(paths.Depth(), kDeepest), ' ') +
+                Shown(object->GetName().ToUtf8()) + Coloured(Colour::Dim, "  " + type));
+    all.push_back({{"path", path.size() <= kLongestPath ? json(ValidUtf8(path)) : json()},
+                   {"name", ValidUtf8(object->GetName().ToUtf8())},
                    {"type", type},
                    {"editor", object->GetEditorMode()},
                    {"render", object->GetRenderMode()},
                    {"deform", object->GetDeformMode()}});
-    report.Line(std::string("  ") + ModeMark(object->GetEditorMode()) + "    " + ModeMark(object->GetRenderMode()) + "   " +
-                Indented(object->GetName().ToUtf8(), depth) + Coloured(Colour::Dim, "  " + type));
   }
   report.Json()["objects"] = std::move(all);
+}
+
+void AddFacts(const host::BaseDocument& doc, std::size_t marks, Report& report) {
+  AddCounts(doc, report);
+  AddNames(doc.GetFirstMaterial(), "materials", report);
+  AddNames(static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()), "layers", report);
+  AddRenderSettings(doc, report);
+  AddCamera(doc, report);
+  AddTextures(doc, report);
+  AddFact(report, "Stagemarks", std::to_string(marks));
+  report.Json()["stagemarks"] = marks;
 }
 
 int RunInfo(Program& program, const InfoOptions& options) {
@@ -114,14 +143,7 @@ int RunInfo(Program& program, const InfoOptions& options) {
     report.Line(engine::DumpDocument(doc));
     report.Json()["dump"] = ValidUtf8(engine::DumpDocument(doc));
   } else {
-    AddCounts(doc, report);
-    AddNames(doc.GetFirstMaterial(), "materials", "materials", report);
-    AddNames(static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()), "layers", "layers", report);
-    AddRenderSettings(doc, report);
-    AddCamera(doc, report);
-    AddTextures(session, report);
-    report.Line("  Stagemarks: " + std::to_string(session.Dialog().Marks().size()));
-    report.Json()["stagemarks"] = session.Dialog().Marks().size();
+    AddFacts(doc, session.Dialog().Marks().size(), report);
     if (options.tree) AddTree(doc, report);
   }
   report.Print(program.json);
@@ -136,6 +158,10 @@ void AddInfo(CLI::App& app, Program& program) {
   auto options = std::make_shared<InfoOptions>();
   verb->add_flag("--tree", options->tree, "Show the object tree with its switches");
   verb->add_flag("--dump", options->dump, "Print everything the scene holds, one fact a line");
+  verb->footer(
+      "Examples:\n"
+      "  stagemarks info room.c4d --tree\n"
+      "  stagemarks info room.gltf --json");
   verb->callback([&program, options] { program.verb = [&program, options] { return RunInfo(program, *options); }; });
 }
 

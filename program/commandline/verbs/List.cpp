@@ -28,6 +28,11 @@ int RunList(Program& program) {
 void AddList(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("list", "List the Stagemarks of a scene, as the dialog shows them");
   AddScene(*verb, program);
+  verb->footer(
+      "The star marks the Stagemark recorded or loaded last.\n\n"
+      "Examples:\n"
+      "  stagemarks list room.c4d\n"
+      "  stagemarks list room.c4d --json");
   verb->callback([&program] { program.verb = [&program] { return RunList(program); }; });
 }
 

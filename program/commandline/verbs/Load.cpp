@@ -20,7 +20,7 @@ int RunLoad(Program& program, const std::string& name) {
   const auto changes = engine::DumpDifference(before, engine::DumpState(session.Document()), 12);
   Report report;
   report.Json() = {{"loaded", ValidUtf8(name)}, {"changed", !changes.empty()}};
-  report.Line("Loaded \"" + name + "\"." + (changes.empty() ? " The scene was in that state already." : ""));
+  report.Line("Loaded " + Listed({name}) + "." + (changes.empty() ? " The scene was in that state already." : ""));
   if (program.verbose) {
     for (const std::string& change : changes) report.Line("  " + change);
   }
@@ -35,6 +35,10 @@ void AddLoad(CLI::App& app, Program& program) {
   auto name = std::make_shared<std::string>();
   verb->add_option("name", *name, "Name of the Stagemark")->required();
   AddKeeping(*verb, program);
+  verb->footer(
+      "Examples:\n"
+      "  stagemarks load room.c4d Day --write\n"
+      "  stagemarks load room.c4d Day -o day.c4d");
   verb->callback([&program, name] { program.verb = [&program, name] { return RunLoad(program, *name); }; });
 }
 

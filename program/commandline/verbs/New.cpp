@@ -24,6 +24,9 @@ void AddNew(CLI::App& app, Program& program) {
   verb->add_option("out", program.output, "The .c4d file to write")->required();
   verb->add_flag("--force", program.write, "Replace a file that is there");
   verb->add_flag("--json", program.json, "Print the result as JSON");
+  verb->footer(
+      "Example:\n"
+      "  stagemarks new room.c4d");
   verb->callback([&program] { program.verb = [&program] { return RunNew(program); }; });
 }
 

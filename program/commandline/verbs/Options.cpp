@@ -54,6 +54,10 @@ void AddOptions(CLI::App& app, Program& program) {
   verb->add_option("--toggle", choices->toggles, "Turn an option on or off, by the name in the list; may be given several times");
   verb->add_flag("--save-default", choices->save, "Make these the defaults for scenes without a choice of their own");
   AddKeeping(*verb, program);
+  verb->footer(
+      "Examples:\n"
+      "  stagemarks options room.c4d\n"
+      "  stagemarks options room.c4d --toggle Layers --toggle Materials --write");
   verb->callback([&program, choices] { program.verb = [&program, choices] { return RunOptions(program, *choices); }; });
 }
 

@@ -29,7 +29,7 @@ int RunRecord(Program& program, const RecordOptions& options) {
   }
   Report report;
   report.Json() = {{"recorded", ValidUtf8(options.name)}, {"overwritten", existed}};
-  report.Line(existed ? "Recorded \"" + options.name + "\" anew." : "Recorded \"" + options.name + "\".");
+  report.Line(existed ? "Recorded " + Listed({options.name}) + " anew." : "Recorded " + Listed({options.name}) + ".");
   return session.Keep(report);
 }
 
@@ -42,6 +42,10 @@ void AddRecord(CLI::App& app, Program& program) {
   verb->add_option("name", options->name, "Name of the Stagemark; one that exists is overwritten after a question")->required();
   verb->add_flag("--preview", options->preview, "Generate a preview image into the side folder");
   AddKeeping(*verb, program);
+  verb->footer(
+      "Examples:\n"
+      "  stagemarks record room.c4d Day --write\n"
+      "  stagemarks record room.c4d Day --preview --yes --write");
   verb->callback([&program, options] { program.verb = [&program, options] { return RunRecord(program, *options); }; });
 }
 
