@@ -59,7 +59,7 @@ class Pictures : public testing::Test {
     return image ? image.Take() : engine::Image();
   }
 
-  test_support::TemporaryFolder folder_;
+  tests::ScratchFolder folder_;
 };
 
 std::size_t CountPixels(const engine::Image& image, int red, int green, int blue) {

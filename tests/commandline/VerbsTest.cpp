@@ -1,58 +1,16 @@
 // The program as a person calls it: verb, arguments, exit status, what it prints and what it writes.
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <set>
+#include <sstream>
 
-#include "tests/support/ChildProgram.h"
+#include "tests/commandline/CommandLine.h"
 
 namespace {
 
 using nlohmann::json;
 using test_support::ChildResult;
-using test_support::TemporaryFolder;
-
-class CommandLine : public testing::Test {
- protected:
-  ChildResult Call(const std::vector<std::string>& arguments) {
-    return test_support::RunChild(TEST_BINARY_DIR "/bin/stagemarks", arguments,
-                                  {{"XDG_CONFIG_HOME", folder_ / "config"}, {"XDG_STATE_HOME", folder_ / "state"}});
-  }
-  // Calls and expects success.
-  std::string Out(const std::vector<std::string>& arguments) {
-    const ChildResult result = Call(arguments);
-    EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments) << "\n" << result.out << result.err;
-    return result.out;
-  }
-  json Json(std::vector<std::string> arguments) {
-    arguments.push_back("--json");
-    return json::parse(Out(arguments), nullptr, false);
-  }
-  std::string Scene(const std::string& name) { return folder_ / name; }
-  // A scene imported from the spider: 19 meshes, a camera, a light.
-  std::string Spider() {
-    const std::string scene = Scene("spider.c4d");
-    Out({"import", TEST_SOURCE_DIR "/scenes/spider/spider.fbx", scene});
-    return scene;
-  }
-  std::string Bytes(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-  // Names of the Stagemarks, the current one marked with a star.
-  std::string Marks(const std::string& scene) {
-    std::string names;
-    const json list = Json({"list", scene});
-    for (const json& mark : list["stagemarks"]) {
-      names += (mark["current"] ? "*" : "") + mark["name"].get<std::string>() + " ";
-    }
-    return names;
-  }
-
-  TemporaryFolder folder_;
-};
+using tests::CommandLine;
+using tests::ReadText;
 
 TEST_F(CommandLine, UsageIsRefusedWithStatusTwo) {
   const struct {
@@ -60,8 +18,9 @@ TEST_F(CommandLine, UsageIsRefusedWithStatusTwo) {
     int status;
     const char* says;
   } kCalls[] = {
-      {{}, 2, "subcommand"},
-      {{"fly"}, 2, "subcommand"},
+      {{}, 2, "No verb was given"},
+      {{"fly"}, 2, "There is no verb \"fly\""},
+      {{"lisst", "a.c4d"}, 2, "Did you mean \"list\""},
       {{"list"}, 2, "scene is required"},
       {{"record", "a.c4d"}, 2, "name is required"},
       {{"record", "a.c4d", "A", "-o", "b.c4d", "--write"}, 2, "--write"},
@@ -69,6 +28,10 @@ TEST_F(CommandLine, UsageIsRefusedWithStatusTwo) {
       {{"--help"}, 0, "record"},
       {{"--version"}, 0, "stagemarks 0.713"},
       {{"set", "--help"}, 0, "--look-at"},
+      {{"export", "a.c4d", "--to", "x", "--layout", "heap"}, 2, "one-tex"},
+      {{"export", "a.c4d", "--to", "x", "--frames", "9:1"}, 2, "no frame range"},
+      {{"import", "a.gltf", "b.gltf"}, 2, "would overwrite \"b.gltf\""},
+      {{"record", "a.gltf", "A", "--write"}, 2, "--write would overwrite"},
       {{"list", "missing.c4d"}, 1, "missing.c4d"},
   };
   for (const auto& call : kCalls) {
@@ -112,24 +75,24 @@ TEST_F(CommandLine, RecordsAndRecallsAState) {
 
 TEST_F(CommandLine, WritesNothingUnlessTold) {
   const std::string scene = Spider();
-  const std::string before = Bytes(scene);
+  const std::string before = ReadText(scene);
   const ChildResult result = Call({"record", scene, "A"});
   EXPECT_EQ(result.status, 0);
   EXPECT_NE(result.err.find("nothing was written"), std::string::npos);
-  EXPECT_EQ(Bytes(scene), before);
+  EXPECT_EQ(ReadText(scene), before);
   Out({"record", scene, "A", "-o", Scene("copy.c4d")});
-  EXPECT_EQ(Bytes(scene), before);
+  EXPECT_EQ(ReadText(scene), before);
   EXPECT_EQ(Marks(Scene("copy.c4d")), "*A ");
 }
 
 TEST_F(CommandLine, OverwritingNeedsConsent) {
   const std::string scene = Spider();
   Out({"record", scene, "A", "--write"});
-  const std::string before = Bytes(scene);
+  const std::string before = ReadText(scene);
   const ChildResult refused = Call({"record", scene, "A", "--write"});
   EXPECT_EQ(refused.status, 1);
   EXPECT_NE(refused.err.find("An element with that name already exists.  Do you want to overwrite it?"), std::string::npos);
-  EXPECT_EQ(Bytes(scene), before);
+  EXPECT_EQ(ReadText(scene), before);
   EXPECT_TRUE(Json({"record", scene, "A", "--write", "--yes"})["overwritten"]);
   EXPECT_EQ(Marks(scene), "*A ");
 }
@@ -137,7 +100,7 @@ TEST_F(CommandLine, OverwritingNeedsConsent) {
 TEST_F(CommandLine, UnknownNamesAreRefusedWithAHint) {
   const std::string scene = Spider();
   Out({"record", scene, "Evening", "--write"});
-  const std::string before = Bytes(scene);
+  const std::string before = ReadText(scene);
   const struct {
     std::vector<std::string> arguments;
     const char* says;
@@ -159,7 +122,7 @@ TEST_F(CommandLine, UnknownNamesAreRefusedWithAHint) {
     const ChildResult result = Call(call.arguments);
     EXPECT_EQ(result.status, 2) << testing::PrintToString(call.arguments) << result.err;
     EXPECT_NE(result.err.find(call.says), std::string::npos) << result.err;
-    EXPECT_EQ(Bytes(scene), before);
+    EXPECT_EQ(ReadText(scene), before);
   }
 }
 
@@ -188,7 +151,7 @@ TEST_F(CommandLine, OptionsAreShownToggledAndSaved) {
 }
 
 TEST_F(CommandLine, DamagedScenesAndPluginsGetAMessage) {
-  std::ofstream(Scene("foreign.c4d")) << "no scene";
+  tests::WriteText(Scene("foreign.c4d"), "no scene");
   const ChildResult foreign = Call({"list", Scene("foreign.c4d")});
   EXPECT_EQ(foreign.status, 1);
   EXPECT_NE(foreign.err.find("foreign.c4d"), std::string::npos) << foreign.err;
@@ -199,11 +162,36 @@ TEST_F(CommandLine, DamagedScenesAndPluginsGetAMessage) {
   EXPECT_NE(noPlugin.err.find("Stagemarks.so"), std::string::npos) << noPlugin.err;
 }
 
+// Every command of the README, in its order, as a person would paste it.
+TEST_F(CommandLine, TheReadmeTellsTheTruth) {
+  std::filesystem::create_directory_symlink(TEST_SOURCE_DIR "/scenes", folder_ / "scenes");
+  std::istringstream readme(ReadText(TEST_SOURCE_DIR "/README.md"));
+  std::size_t commands = 0;
+  for (std::string line; std::getline(readme, line);) {
+    if (line.rfind("    stagemarks ", 0) != 0) continue;
+    ++commands;
+    const std::string command = "cd '" + folder_.Path() + "' && PATH='" TEST_BINARY_DIR "/bin':$PATH && " + line;
+    const ChildResult result = test_support::RunChild("/bin/sh", {"-c", command}, {{"XDG_CONFIG_HOME", folder_ / "config"}});
+    EXPECT_EQ(result.status, 0) << line << "\n" << result.out << result.err;
+  }
+  EXPECT_GT(commands, 15U);
+  EXPECT_EQ(Marks(folder_ / "spider.c4d"), "*All ");
+  EXPECT_EQ(Files("standalone"),
+            "spider All/spider All.c4d | spider All/tex/*4 | spider Head only/spider Head only.c4d | spider Head only/tex/*4");
+}
+
 TEST_F(CommandLine, TheDemoChecksItself) {
   const std::string out = Out({"demo", "--to", folder_ / "demo"});
   EXPECT_EQ(out.find("\u2717"), std::string::npos) << out;
   EXPECT_NE(out.find("Undid that recall"), std::string::npos) << out;
+  EXPECT_NE(out.find("Exported 3 standalone scene files"), std::string::npos) << out;
+  EXPECT_NE(out.find("      tex/  20 textures\n"), std::string::npos) << out;
   EXPECT_EQ(Marks(folder_ / "demo/dungeon.c4d"), "Clay Emptier *Overview ");
+  EXPECT_EQ(
+      Files("demo/export"),
+      "dungeon Clay/dungeon Clay.c4d | dungeon Clay/tex/*20 | dungeon Emptier/dungeon Emptier.c4d | dungeon Emptier/tex/*20 | "
+      "dungeon Overview/dungeon Overview.c4d | dungeon Overview/tex/*20");
+  Out({"demo", "--to", folder_ / "demo"});
 }
 
 }  // namespace

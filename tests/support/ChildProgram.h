@@ -1,5 +1,4 @@
-// Runs a program as a child and keeps what it printed, and a temporary folder: for tests of whole programs. Blocks until
-// the child ends.
+// Runs a program as a child and keeps what it printed: for tests of whole programs. Blocks until the child ends.
 #pragma once
 
 #include <map>
@@ -18,18 +17,14 @@ struct ChildResult {
 ChildResult RunChild(const std::string& program, const std::vector<std::string>& arguments,
                      const std::map<std::string, std::string>& environment = {});
 
-// A fresh folder below the system's temporary one, removed with all in it when this goes.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder();
-  const std::string& Path() const { return path_; }
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
+// What is typed once a text has appeared; "\x03" is Ctrl-C.
+struct Typing {
+  std::string after;
+  std::string keys;
 };
+
+// The same on a terminal of its own, where both outputs come together in `out`.
+ChildResult RunOnTerminal(const std::string& program, const std::vector<std::string>& arguments,
+                          const std::map<std::string, std::string>& environment, const std::vector<Typing>& typing);
 
 }  // namespace test_support
