@@ -28,17 +28,23 @@ Demo::Demo(Session& session, std::string scene, std::string folder)
     : session_(session), scene_(std::move(scene)), folder_(std::move(folder)) {}
 
 int Demo::Run() {
-  std::cout << Coloured(Colour::Bold, "Stagemarks: three states of one scene") << "\n\n";
+  Say(Coloured(Colour::Bold, "Stagemarks: three states of one scene") + "\n");
   const bool worked = Import() && Save() && RecordStates() && RecallStates() && UndoRecall() && SaveAndReopen() &&
                       MakeContactSheet() && RecallStates() && ExportStates();
-  if (!worked) return kFailed;
-  ShowResult();
-  return session_.CheckLedger();
+  if (worked) ShowResult();
+  if (session_.GetProgram().json) report_.Print(true);
+  return worked ? session_.CheckLedger() : kFailed;
+}
+
+// At once, so that a person sees how far it is; for a program everything comes at the end.
+void Demo::Say(const std::string& line) const {
+  if (!session_.GetProgram().json) std::cout << line << std::endl;
 }
 
 bool Demo::Step(const std::string& text, bool worked, const std::vector<std::string>& why) {
-  std::cout << "  " << (worked ? Coloured(Colour::Green, "\u2713") : Coloured(Colour::Red, "\u2717")) << " " << text << std::endl;
-  for (const std::string& line : why) std::cout << "      " << line << '\n';
+  report_.Json()["steps"].push_back({{"step", ValidUtf8(text)}, {"worked", worked}, {"why", JsonOf(why)}});
+  Say("  " + (worked ? Coloured(Colour::Green, "\u2713") : Coloured(Colour::Red, "\u2717")) + " " + text);
+  for (const std::string& line : why) Say("      " + line);
   return worked;
 }
 
@@ -161,20 +167,21 @@ void Demo::ShowFiles(const ExportResult& result) {
   std::vector<std::string> files = result.written;
   files.insert(files.end(), {saved_, sheet_});
   files.insert(files.end(), previews_.begin(), previews_.end());
-  std::cout << "\nThe files:\n\n  " << Shortest(folder_) << "/\n";
-  for (const std::string& line : FileTreeLines(folder_, files)) std::cout << "    " << line << '\n';
+  report_.Json()["files"] = JsonOf(files);
+  Say("\nThe files:\n\n  " + Shortest(folder_) + "/");
+  for (const std::string& line : FileTreeLines(folder_, files)) Say("    " + line);
 }
 
-void Demo::ShowResult() {
+void Demo::ShowResult() const {
   const std::string scene = Typed(Shortest(saved_));
   const std::string program = Typed(Shortest(ProgramFolder() + "/stagemarks"));
-  std::cout << "\nThe list, as the dialog shows it:\n\n"
-            << session_.Dialog().ListText() << "\n\nEvery state in a picture:\n\n  " << Shortest(sheet_) << "\n\nWhat next:\n\n";
+  Say("\nThe list, as the dialog shows it:\n\n" + session_.Dialog().ListText());
+  Say("\nEvery state in a picture:\n\n  " + Shortest(sheet_) + "\n\nWhat next:\n");
   for (const char* rest : {" list %", " load % Overview -o overview.c4d", " sheet % --html pictures",
                            " export % --layout file --to out", " --help"}) {
     std::string line = rest;
     if (const auto place = line.find('%'); place != std::string::npos) line.replace(place, 1, scene);
-    std::cout << "  " << program << line << '\n';
+    Say("  " + program + line);
   }
 }
 

@@ -37,14 +37,16 @@ class Demo {
   bool ExportStates();
   bool CompareFiles(const ExportResult& result);
   void ShowFiles(const ExportResult& result);
-  void ShowResult();
+  void ShowResult() const;
 
   bool Record(const DemoState& state);
   bool Recall(const State& state);
   bool CompareFile(const std::string& file, const State& state);
+  void Say(const std::string& line) const;
   bool Step(const std::string& text, bool worked, const std::vector<std::string>& why = {});
 
   Session& session_;
+  Report report_;
   std::string scene_;
   std::string folder_;
   std::string saved_;

@@ -191,7 +191,9 @@ TEST_F(CommandLine, TheDemoChecksItself) {
       Files("demo/export"),
       "dungeon Clay/dungeon Clay.c4d | dungeon Clay/tex/*20 | dungeon Emptier/dungeon Emptier.c4d | dungeon Emptier/tex/*20 | "
       "dungeon Overview/dungeon Overview.c4d | dungeon Overview/tex/*20");
-  Out({"demo", "--to", folder_ / "demo"});
+  const json again = Json({"demo", "--to", folder_ / "demo"});
+  for (const json& step : again["steps"]) EXPECT_TRUE(step["worked"]) << step;
+  EXPECT_EQ(again["files"].size(), 68U);
 }
 
 }  // namespace
