@@ -1,5 +1,6 @@
 #include "program/commandline/Terminal.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -70,11 +71,20 @@ bool Terminal::Ask(const std::string& text) {
 }
 
 // Ctrl-C at a question is a no.
+// An interruption may come between the question and the reading, so the wait looks for it again and again.
+bool Terminal::WaitForLine() {
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  while (!Interrupted()) {
+    if (poll(&input, 1, 50) > 0) return true;
+  }
+  return false;
+}
+
 bool Terminal::AskHere(const std::string& text) {
   std::cerr << Readable(text) << " [y/N] " << std::flush;
   CatchInterruptsWith(0);
   std::string answer;
-  const bool answered = static_cast<bool>(std::getline(std::cin, answer));
+  const bool answered = WaitForLine() && std::getline(std::cin, answer);
   CatchInterruptsWith(SA_RESTART);
   if (!answered) std::cerr << '\n';
   return answered && !answer.empty() && (answer[0] == 'y' || answer[0] == 'Y');

@@ -49,6 +49,8 @@ class Terminal : public engine::Person {
 
  private:
   void EndProgressLine();
+  // Until a line can be read; false when interrupted.
+  static bool WaitForLine();
   bool AskHere(const std::string& text);
 
   TerminalChoices choices_;
