@@ -1,5 +1,6 @@
-// MainWindow: menus, the docks of the plug-ins' dialogs, status line; and the beat of the event loop that delivers what was
-// posted. A thin view over the application, which it does not own. Main thread.
+// MainWindow: the frame that holds picture, panels, the docks of the plug-ins' dialogs, menus and status line; and the beat of
+// the event loop that delivers what was posted. Each menu is built in a file of its own. A thin view over the application, which
+// it does not own. Main thread.
 #pragma once
 
 #include <QMainWindow>
@@ -7,7 +8,9 @@
 
 #include "program/desktop/DialogDocks.h"
 #include "program/desktop/DocumentCommands.h"
+#include "program/desktop/EditMenu.h"
 #include "program/desktop/ObjectTree.h"
+#include "program/desktop/SidePanels.h"
 #include "program/desktop/Viewport.h"
 
 namespace desktop {
@@ -19,11 +22,15 @@ class MainWindow : public QMainWindow {
   ~MainWindow() override;
 
   DocumentCommands& Commands() { return commands_; }
+  engine::Application& App() { return application_; }
   DialogDocks& Docks() { return docks_; }
+  SidePanels& Panels() { return panels_; }
   Viewport& View() { return *view_; }
   ObjectTree& Objects() { return *objects_; }
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
   void RestoreLayout();
+  // Brings every panel and dialog back to where it stood when the program was new.
+  void ResetLayout();
   // Delivers posted events and brings title and actions in step; called by the event loop before it waits.
   void Beat();
 
@@ -33,18 +40,9 @@ class MainWindow : public QMainWindow {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  void BuildFileMenu();
-  void BuildEditMenu();
-  void BuildViewMenu();
-  void BuildPluginMenu();
-  void BuildWindowMenu();
-  void BuildHelpMenu();
-  void FillRecentMenu(QMenu& menu);
-  void FillDocumentList(QMenu& menu);
-  QAction* Add(QMenu& menu, const QString& text, const QKeySequence& keys, std::function<void()> work);
-  void ShowState();
-  void ResetLayout();
-  void ShowAbout();
+  void BuildPanels();
+  void BuildMenus();
+  void ShowTitle();
   void Choose(engine::NodeId object);
 
   engine::Application& application_;
@@ -52,11 +50,10 @@ class MainWindow : public QMainWindow {
   DesktopPerson& person_;
   DocumentCommands commands_;
   DialogDocks docks_;
+  SidePanels panels_;
   Viewport* view_;
   ObjectTree* objects_;
-  QDockWidget* objectsDock_;
-  QAction* undo_ = nullptr;
-  QAction* redo_ = nullptr;
+  EditMenu* editMenu_ = nullptr;
   QByteArray firstLayout_;
 };
 

@@ -4,16 +4,16 @@
 
 #include <QTreeView>
 
+#include "program/desktop/DocumentView.h"
 #include "program/desktop/ObjectRows.h"
 
 namespace desktop {
 
-class ObjectTree : public QTreeView {
+class ObjectTree : public QTreeView, public DocumentView {
  public:
   explicit ObjectTree(QWidget* parent);
 
-  // Shows `doc` (null: nothing) and takes up what changed in it since the last call.
-  void Follow(host::BaseDocument* doc);
+  void Follow(host::BaseDocument* doc) override;
   QSize sizeHint() const override { return {240, 400}; }
 
  protected:

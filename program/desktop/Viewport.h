@@ -7,18 +7,17 @@
 #include <QWidget>
 #include <optional>
 
+#include "program/desktop/DocumentView.h"
 #include "program/desktop/EditorCamera.h"
-#include "program/desktop/OpenDocument.h"
 #include "program/desktop/PictureWorker.h"
 
 namespace desktop {
 
-class Viewport : public QWidget {
+class Viewport : public QWidget, public DocumentView {
  public:
   explicit Viewport(QWidget* parent);
 
-  // Shows `doc` (null: nothing) and takes up what changed in it since the last call.
-  void Follow(host::BaseDocument* doc);
+  void Follow(host::BaseDocument* doc) override;
   void FrameAll();
   // Back to the scene camera, or the framing of everything where there is none.
   void LookThroughSceneCamera();
