@@ -8,8 +8,8 @@
 #include <QStatusBar>
 
 #include "engine/scene/Nodes.h"
-#include "program/desktop/Menus.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/menus/Menus.h"
 
 namespace desktop {
 

@@ -6,12 +6,12 @@
 #include <QMainWindow>
 #include <QSettings>
 
-#include "program/desktop/DialogDocks.h"
 #include "program/desktop/DocumentCommands.h"
-#include "program/desktop/EditMenu.h"
-#include "program/desktop/ObjectTree.h"
-#include "program/desktop/SidePanels.h"
-#include "program/desktop/Viewport.h"
+#include "program/desktop/dialog/DialogDocks.h"
+#include "program/desktop/menus/EditMenu.h"
+#include "program/desktop/panels/ObjectTree.h"
+#include "program/desktop/panels/SidePanels.h"
+#include "program/desktop/view/Viewport.h"
 
 namespace desktop {
 

@@ -1,5 +1,5 @@
 // Dialogs as widgets: drawn from the gadget tree, in step with it, and pressed like a person does.
-#include "program/desktop/DialogView.h"
+#include "program/desktop/dialog/DialogView.h"
 
 #include <gtest/gtest.h>
 
@@ -12,10 +12,10 @@
 #include <QPushButton>
 #include <QtTest/QTest>
 
-#include "program/desktop/ListView.h"
-#include "program/desktop/NumberField.h"
-#include "program/desktop/PictureButton.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/dialog/ListView.h"
+#include "program/desktop/dialog/NumberField.h"
+#include "program/desktop/dialog/PictureButton.h"
 #include "tests/desktop/Pictures.h"
 #include "tests/dialog/SampleDialog.h"
 #include "tests/support/PluginSession.h"

@@ -13,7 +13,7 @@
 #include <fstream>
 
 #include "host/BaseObject.h"
-#include "program/desktop/ListView.h"
+#include "program/desktop/dialog/ListView.h"
 #include "tests/desktop/Desk.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // The object tree: in step with the document both ways, its dots through undo, quick with many objects.
-#include "program/desktop/ObjectTree.h"
+#include "program/desktop/panels/ObjectTree.h"
 
 #include <gtest/gtest.h>
 

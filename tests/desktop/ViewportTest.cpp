@@ -1,5 +1,5 @@
 // The viewport: the picture comes, gets finer, follows changes and the mouse; and the camera behind it.
-#include "program/desktop/Viewport.h"
+#include "program/desktop/view/Viewport.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 
 #include "engine/scene/Nodes.h"
 #include "host/BaseObject.h"
-#include "program/desktop/EditorCamera.h"
+#include "program/desktop/view/EditorCamera.h"
 #include "tests/desktop/Desk.h"
 
 namespace {

@@ -1,0 +1,72 @@
+#include "program/desktop/dialog/DialogDocks.h"
+
+#include <QCloseEvent>
+
+#include "program/desktop/Text.h"
+
+namespace desktop {
+
+namespace {
+
+class DialogDock : public QDockWidget {
+ public:
+  using QDockWidget::QDockWidget;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    auto* view = static_cast<DialogView*>(widget());
+    const bool stays = view->Dialog() && !view->Dialog()->Close();
+    event->setAccepted(!stays);
+  }
+};
+
+}  // namespace
+
+DialogDocks::DialogDocks(QMainWindow& window) : window_(window) {
+  engine::AddDialogObserver(*this);
+  for (host::GeDialog* dialog : engine::OpenDialogs()) DialogOpened(*dialog);
+}
+
+DialogDocks::~DialogDocks() { engine::RemoveDialogObserver(*this); }
+
+DialogView* DialogDocks::ViewOf(const host::GeDialog& dialog) const {
+  const auto it = docks_.find(&dialog);
+  return it == docks_.end() ? nullptr : static_cast<DialogView*>(it->second->widget());
+}
+
+void DialogDocks::ResetPlaces() {
+  for (const auto& [dialog, dock] : docks_) {
+    dock->setFloating(false);
+    window_.addDockWidget(Qt::RightDockWidgetArea, dock);
+    dock->show();
+  }
+}
+
+void DialogDocks::DialogOpened(host::GeDialog& dialog) {
+  QDockWidget*& dock = docks_[&dialog];
+  if (!dock) dock = Make(dialog);
+  dock->show();
+  dock->raise();
+}
+
+QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
+  auto* dock = new DialogDock(&window_);
+  dock->setObjectName("dialog-" + QString::number(engine::DialogPluginId(dialog)));
+  auto* view = new DialogView(dialog, dock);
+  view->titled = [dock, &dialog] { dock->setWindowTitle(ToQt(engine::DialogTitle(dialog))); };
+  view->titled();
+  dock->setWidget(view);
+  // A place that a saved layout has for it comes first.
+  if (!window_.restoreDockWidget(dock)) window_.addDockWidget(Qt::RightDockWidgetArea, dock);
+  return dock;
+}
+
+void DialogDocks::DialogClosed(host::GeDialog& dialog) {
+  const auto it = docks_.find(&dialog);
+  if (it == docks_.end()) return;
+  it->second->hide();
+  it->second->deleteLater();
+  docks_.erase(it);
+}
+
+}  // namespace desktop

@@ -1,0 +1,33 @@
+// DialogDocks: every open dialog of the plug-ins in a dock of the main window. Opening a dialog opens its dock or brings it to
+// front, closing the dock closes the dialog where that allows it. The docks belong to the window. Main thread.
+#pragma once
+
+#include <QDockWidget>
+#include <QMainWindow>
+#include <unordered_map>
+
+#include "program/desktop/dialog/DialogView.h"
+
+namespace desktop {
+
+class DialogDocks : private engine::DialogObserver {
+ public:
+  explicit DialogDocks(QMainWindow& window);
+  ~DialogDocks() override;
+
+  // Null when the dialog is not open.
+  DialogView* ViewOf(const host::GeDialog& dialog) const;
+  // Brings all docks back to the side of the window that they first stood on.
+  void ResetPlaces();
+
+ private:
+  void DialogOpened(host::GeDialog& dialog) override;
+  void DialogClosed(host::GeDialog& dialog) override;
+  void DialogChanged(host::GeDialog&, const engine::Gadget*) override {}
+  QDockWidget* Make(host::GeDialog& dialog);
+
+  QMainWindow& window_;
+  std::unordered_map<const host::GeDialog*, QDockWidget*> docks_;
+};
+
+}  // namespace desktop

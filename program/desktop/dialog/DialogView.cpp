@@ -1,0 +1,131 @@
+#include "program/desktop/dialog/DialogView.h"
+
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QMenuBar>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QVBoxLayout>
+
+#include "program/desktop/Text.h"
+#include "program/desktop/dialog/DialogMenus.h"
+#include "program/desktop/dialog/DialogShape.h"
+#include "program/desktop/dialog/GadgetGrid.h"
+
+namespace desktop {
+
+namespace {
+
+// While plug-in code runs, for instance behind a question of its own, the dialog may be half filled.
+constexpr int kMillisecondsBetweenTries = 20;
+
+}  // namespace
+
+DialogView::DialogView(host::GeDialog& dialog, QWidget* parent)
+    : QWidget(parent),
+      link_(std::make_shared<DialogLink>(DialogLink{&dialog})),
+      menus_(new QMenuBar(this)),
+      area_(new QScrollArea(this)) {
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setMenuBar(menus_);
+  layout->addWidget(area_);
+  menus_->setNativeMenuBar(false);
+  area_->setWidgetResizable(true);
+  area_->setFrameShape(QFrame::NoFrame);
+  soon_.setSingleShot(true);
+  connect(&soon_, &QTimer::timeout, this,
+          [this] { engine::InsideDialogCall() ? soon_.start(kMillisecondsBetweenTries) : CatchUp(); });
+  engine::AddDialogObserver(*this);
+  Build();
+}
+
+DialogView::~DialogView() {
+  engine::RemoveDialogObserver(*this);
+  link_->dialog = nullptr;
+}
+
+QWidget* DialogView::WidgetOf(host::LONG id) const {
+  const auto it = widgets_.find(id);
+  return it == widgets_.end() ? nullptr : it->second.widget;
+}
+
+QSize DialogView::sizeHint() const {
+  const QSize content = area_->widget() ? area_->widget()->sizeHint() : QSize();
+  return {content.width(), content.height() + menus_->sizeHint().height()};
+}
+
+void DialogView::DialogClosed(host::GeDialog& dialog) {
+  if (&dialog != link_->dialog) return;
+  link_->dialog = nullptr;
+  soon_.stop();
+  setEnabled(false);
+  if (closed) closed();
+}
+
+void DialogView::DialogChanged(host::GeDialog& dialog, const engine::Gadget* gadget) {
+  if (&dialog != link_->dialog) return;
+  if (gadget && gadget->id != 0 && gadget->kind != engine::GadgetKind::Group) {
+    changed_.insert(gadget->id);
+  } else {
+    changedWholly_ = true;
+  }
+  if (!soon_.isActive()) soon_.start(0);
+}
+
+void DialogView::CatchUp() {
+  if (!link_->dialog) return;
+  const auto changed = std::exchange(changed_, {});
+  if (std::exchange(changedWholly_, false)) {
+    Build();
+    if (titled) titled();
+  }
+  for (const host::LONG id : changed) {
+    const engine::Gadget* gadget = link_->Find(id);
+    const auto it = widgets_.find(id);
+    if (gadget && it != widgets_.end()) it->second.show(*gadget);
+  }
+}
+
+// Marks in menus and titles change often; the widgets, with what is typed and scrolled in them, stay as long as the tree does.
+void DialogView::Build() {
+  const std::string menuShape = ShapeOfMenus(*link_->dialog);
+  if (menuShape != menuShape_) ShowMenus(*menus_, link_);
+  menuShape_ = menuShape;
+  const std::string shape = ShapeOf(*link_->dialog);
+  if (shape == shape_) return;
+  shape_ = shape;
+  widgets_.clear();
+  if (QWidget* former = area_->takeWidget()) former->deleteLater();
+  area_->setWidget(BuildGroup(engine::DialogRoot(*link_->dialog), area_));
+  updateGeometry();
+}
+
+QWidget* DialogView::BuildGroup(const engine::Gadget& group, QWidget* parent) {
+  QWidget* box = group.text.Content() ? new QGroupBox(ToQt(group.text), parent) : new QWidget(parent);
+  auto* grid = new QGridLayout(box);
+  grid->setContentsMargins(group.borderLeft, group.borderTop, group.borderRight, group.borderBottom);
+  grid->setHorizontalSpacing(group.spaceX);
+  grid->setVerticalSpacing(group.spaceY);
+  box->setEnabled(group.enabled);
+  int index = 0;
+  for (const auto& child : group.children) Place(*child, CellOf(group, index++), *grid, *box);
+  return box;
+}
+
+void DialogView::Place(const engine::Gadget& child, Cell cell, QGridLayout& grid, QWidget& group) {
+  const bool isSeparator = child.kind == engine::GadgetKind::Separator;
+  QWidget* widget = nullptr;
+  if (child.kind == engine::GadgetKind::Group) {
+    widget = BuildGroup(child, &group);
+  } else {
+    const GadgetWidget made = MakeGadgetWidget(link_, child, &group);
+    widget = made.widget;
+    if (child.id != 0) widgets_[child.id] = made;
+  }
+  grid.addWidget(widget, cell.row, cell.column, isSeparator ? Qt::AlignHCenter : AlignmentOf(child.flags));
+  if (FillsWidth(child.flags)) grid.setColumnStretch(cell.column, 1);
+  if (FillsHeight(child.flags) && !isSeparator) grid.setRowStretch(cell.row, 1);
+}
+
+}  // namespace desktop

@@ -1,0 +1,60 @@
+// DialogView: any dialog of a plug-in as a widget, drawn from its gadget tree: groups, gadgets and menu bar. It follows the
+// dialog, gathering changes until the event loop has time, and sends what a person does as the dialog's events. It does not own
+// the dialog; when that closes the view goes blank and says so. Main thread.
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "program/desktop/dialog/GadgetGrid.h"
+#include "program/desktop/dialog/GadgetWidgets.h"
+
+class QGridLayout;
+class QMenuBar;
+class QScrollArea;
+
+namespace desktop {
+
+class DialogView : public QWidget, private engine::DialogObserver {
+ public:
+  DialogView(host::GeDialog& dialog, QWidget* parent);
+  ~DialogView() override;
+
+  // Null once the dialog is closed.
+  host::GeDialog* Dialog() const { return link_->dialog; }
+  // The widget of a gadget; null when there is none of that ID.
+  QWidget* WidgetOf(host::LONG id) const;
+  QMenuBar& Menus() const { return *menus_; }
+  QSize sizeHint() const override;
+  // Shows what has changed up to now at once.
+  void CatchUp();
+
+  // Called when the dialog has closed. The view may be deleted later, not inside.
+  std::function<void()> closed;
+  // Called when the title may have changed.
+  std::function<void()> titled;
+
+ private:
+  void DialogOpened(host::GeDialog&) override {}
+  void DialogClosed(host::GeDialog& dialog) override;
+  void DialogChanged(host::GeDialog& dialog, const engine::Gadget* gadget) override;
+
+  void Build();
+  QWidget* BuildGroup(const engine::Gadget& group, QWidget* parent);
+  void Place(const engine::Gadget& child, Cell cell, QGridLayout& grid, QWidget& group);
+
+  SharedDialogLink link_;
+  QMenuBar* menus_;
+  QScrollArea* area_;
+  std::string shape_;  // of the gadget tree as drawn
+  std::string menuShape_;
+  std::unordered_map<host::LONG, GadgetWidget> widgets_;
+  std::unordered_set<host::LONG> changed_;
+  bool changedWholly_ = false;
+  QTimer soon_;
+};
+
+}  // namespace desktop

@@ -1,0 +1,150 @@
+#include "program/desktop/dialog/GadgetWidgets.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFrame>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <limits>
+
+#include "program/desktop/Text.h"
+#include "program/desktop/dialog/GadgetGrid.h"
+#include "program/desktop/dialog/ListView.h"
+#include "program/desktop/dialog/NumberField.h"
+#include "program/desktop/dialog/PictureButton.h"
+
+namespace desktop {
+
+namespace {
+
+using engine::Gadget;
+using engine::GadgetKind;
+
+GadgetWidget MakeButton(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  auto* button = new QPushButton(parent);
+  button->setMinimumSize(AskedSize(gadget, button->fontMetrics()));
+  QObject::connect(button, &QPushButton::clicked, button, [link, id = gadget.id] {
+    if (link->dialog) engine::PressButton(*link->dialog, id);
+  });
+  return {button, [button](const Gadget& now) { button->setText(Label(now.text)); }};
+}
+
+GadgetWidget MakeCheckbox(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  auto* box = new QCheckBox(parent);
+  box->setMinimumSize(AskedSize(gadget, box->fontMetrics()));
+  QObject::connect(box, &QCheckBox::clicked, box, [link, id = gadget.id](bool checked) {
+    if (link->dialog) engine::SetCheckbox(*link->dialog, id, checked);
+  });
+  return {box, [box](const Gadget& now) {
+            box->setText(Label(now.text));
+            box->setChecked(now.value.GetLong() != 0);
+          }};
+}
+
+GadgetWidget MakeStaticText(const SharedDialogLink&, const Gadget& gadget, QWidget* parent) {
+  auto* label = new QLabel(parent);
+  label->setTextFormat(Qt::PlainText);
+  label->setMinimumSize(AskedSize(gadget, label->fontMetrics()));
+  return {label, [label](const Gadget& now) { label->setText(ToQt(now.text)); }};
+}
+
+GadgetWidget MakeEditText(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  auto* field = new QLineEdit(parent);
+  field->setMaxLength(std::numeric_limits<int>::max());
+  field->setMinimumWidth(std::min(AskedSize(gadget, field->fontMetrics()).width(), 120));
+  QObject::connect(field, &QLineEdit::textEdited, field, [link, id = gadget.id](const QString& text) {
+    if (link->dialog) engine::TypeText(*link->dialog, id, ToHost(text));
+  });
+  return {field, [field](const Gadget& now) {
+            const QString text = ToQt(now.value.GetString());
+            if (field->text() != text) field->setText(text);
+          }};
+}
+
+GadgetWidget MakeNumberField(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  auto* field = new NumberField(parent);
+  field->setMinimumSize(AskedSize(gadget, field->fontMetrics()));
+  QObject::connect(field, &QDoubleSpinBox::valueChanged, field, [link, id = gadget.id](double value) {
+    if (link->dialog) engine::TypeNumber(*link->dialog, id, value);
+  });
+  return {field, [field](const Gadget& now) { field->Show(now); }};
+}
+
+void ShowChoices(QComboBox& combo, const Gadget& now) {
+  const QSignalBlocker quiet(combo);
+  combo.clear();
+  for (const engine::Choice& choice : now.choices) combo.addItem(ToQt(choice.text), choice.id);
+  combo.setCurrentIndex(combo.findData(now.value.GetLong()));
+}
+
+GadgetWidget MakeComboBox(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  auto* combo = new QComboBox(parent);
+  combo->setMinimumWidth(std::min(AskedSize(gadget, combo->fontMetrics()).width(), 120));
+  combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  QObject::connect(combo, &QComboBox::activated, combo, [link, combo, id = gadget.id](int index) {
+    if (link->dialog) engine::ChooseFromCombo(*link->dialog, id, combo->itemData(index).toInt());
+  });
+  return {combo, [combo](const Gadget& now) { ShowChoices(*combo, now); }};
+}
+
+GadgetWidget MakeSeparator(const SharedDialogLink&, const Gadget& gadget, QWidget* parent) {
+  auto* line = new QFrame(parent);
+  line->setFrameShape(QFrame::VLine);
+  line->setFrameShadow(QFrame::Plain);
+  line->setMinimumHeight(AskedSize(gadget, line->fontMetrics()).height());
+  return {line, [](const Gadget&) {}};
+}
+
+GadgetWidget MakeList(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  auto* list = new ListView(link, gadget, parent);
+  return {list, [list](const Gadget& now) { list->Show(now); }};
+}
+
+GadgetWidget MakePicture(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  auto* picture = new PictureButton(gadget, parent);
+  QObject::connect(picture, &QAbstractButton::clicked, picture, [link, id = gadget.id] {
+    if (link->dialog) engine::PressButton(*link->dialog, id);
+  });
+  return {picture, [picture](const Gadget& now) { picture->Show(now); }};
+}
+
+GadgetWidget Make(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  switch (gadget.kind) {
+    case GadgetKind::Button:
+      return MakeButton(link, gadget, parent);
+    case GadgetKind::Checkbox:
+      return MakeCheckbox(link, gadget, parent);
+    case GadgetKind::StaticText:
+      return MakeStaticText(link, gadget, parent);
+    case GadgetKind::EditText:
+      return MakeEditText(link, gadget, parent);
+    case GadgetKind::NumberField:
+      return MakeNumberField(link, gadget, parent);
+    case GadgetKind::ComboBox:
+      return MakeComboBox(link, gadget, parent);
+    case GadgetKind::ListView:
+      return MakeList(link, gadget, parent);
+    case GadgetKind::BitmapButton:
+      return MakePicture(link, gadget, parent);
+    case GadgetKind::Separator:
+    case GadgetKind::Group:
+      break;
+  }
+  return MakeSeparator(link, gadget, parent);
+}
+
+}  // namespace
+
+GadgetWidget MakeGadgetWidget(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
+  GadgetWidget made = Make(link, gadget, parent);
+  made.show = [widget = made.widget, show = made.show](const Gadget& now) {
+    widget->setEnabled(now.enabled);
+    show(now);
+  };
+  made.show(gadget);
+  return made;
+}
+
+}  // namespace desktop

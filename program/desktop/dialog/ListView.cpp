@@ -1,0 +1,137 @@
+#include "program/desktop/dialog/ListView.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <algorithm>
+
+#include "program/desktop/dialog/GadgetGrid.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr QSize kSmallest(160, 96);
+constexpr int kNarrowestColumn = 12;
+constexpr int kMarkerCharacters = 5;
+
+bool SameSelection(const host::BaseSelect& a, const host::BaseSelect& b) {
+  if (a.GetSegments() != b.GetSegments()) return false;
+  for (host::LONG segment = 0; segment < a.GetSegments(); ++segment) {
+    host::LONG first[2];
+    host::LONG last[2];
+    if (!a.GetRange(segment, &first[0], &last[0]) || !b.GetRange(segment, &first[1], &last[1])) return false;
+    if (first[0] != first[1] || last[0] != last[1]) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+ListView::ListView(SharedDialogLink link, const engine::Gadget& list, QWidget* parent)
+    : QTreeView(parent),
+      link_(std::move(link)),
+      id_(list.id),
+      asked_(AskedSize(list, fontMetrics())),
+      rows_(new ListRows(link_, list.id, this)) {
+  setModel(rows_);
+  setHeaderHidden(true);
+  header()->setStretchLastSection(false);
+  header()->setMinimumSectionSize(kNarrowestColumn);
+  setRootIsDecorated(false);
+  setUniformRowHeights(true);
+  setAlternatingRowColors(true);
+  setAllColumnsShowFocus(true);
+  setSelectionMode(ExtendedSelection);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setMinimumSize(kSmallest);
+}
+
+QSize ListView::sizeHint() const { return asked_.expandedTo(kSmallest); }
+
+void ListView::Show(const engine::Gadget& list) {
+  showing_ = true;
+  rows_->Update();
+  ShowSelection(list.selection);
+  showing_ = false;
+  setEnabled(list.enabled);
+  FitColumns();
+}
+
+host::BaseSelect ListView::SelectedLines() const {
+  host::BaseSelect lines;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) lines.SelectAll(range.top(), range.bottom());
+  return lines;
+}
+
+void ListView::ShowSelection(const host::BaseSelect& selection) {
+  if (SameSelection(selection, SelectedLines())) return;
+  QItemSelection wanted;
+  host::LONG first = 0;
+  host::LONG last = 0;
+  for (host::LONG segment = 0; selection.GetRange(segment, &first, &last); ++segment) {
+    wanted.append(QItemSelectionRange(rows_->index(first, 0), rows_->index(last, rows_->columnCount() - 1)));
+  }
+  selectionModel()->select(wanted, QItemSelectionModel::ClearAndSelect);
+}
+
+QItemSelectionModel::SelectionFlags ListView::selectionCommand(const QModelIndex& index, const QEvent* event) const {
+  const bool isMouse = event && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease ||
+                                 event->type() == QEvent::MouseMove);
+  if (isMouse && rows_->IsCheckColumn(index.column())) return QItemSelectionModel::NoUpdate;
+  return QTreeView::selectionCommand(index, event);
+}
+
+void ListView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  QTreeView::selectionChanged(selected, deselected);
+  if (showing_ || !link_->dialog) return;
+  std::vector<host::LONG> lines;
+  const host::BaseSelect chosen = SelectedLines();
+  host::LONG first = 0;
+  host::LONG last = 0;
+  for (host::LONG segment = 0; chosen.GetRange(segment, &first, &last); ++segment) {
+    for (host::LONG line = first; line <= last; ++line) lines.push_back(line);
+  }
+  engine::SelectLines(*link_->dialog, id_, lines);
+}
+
+void ListView::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) {
+    ToggleSelected();
+  } else {
+    QTreeView::keyPressEvent(event);
+  }
+}
+
+void ListView::ToggleSelected() {
+  int column = 0;
+  while (column < rows_->columnCount() && !rows_->IsCheckColumn(column)) ++column;
+  if (column == rows_->columnCount()) return;
+  const QModelIndexList lines = selectionModel()->selectedRows(column);
+  const bool all = std::all_of(lines.begin(), lines.end(),
+                               [](const QModelIndex& line) { return line.data(Qt::CheckStateRole) == Qt::Checked; });
+  for (const QModelIndex& line : lines) rows_->setData(line, all ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
+}
+
+void ListView::resizeEvent(QResizeEvent* event) {
+  QTreeView::resizeEvent(event);
+  FitColumns();
+}
+
+int ListView::MarkerWidth() const { return fontMetrics().averageCharWidth() * kMarkerCharacters; }
+
+void ListView::FitColumns() {
+  const int count = rows_->columnCount();
+  int filling = -1;
+  int left = viewport()->width();
+  for (int column = 0; column < count; ++column) {
+    const int width = std::clamp(sizeHintForColumn(column), kNarrowestColumn, std::max(viewport()->width(), kNarrowestColumn));
+    setColumnWidth(column, width);
+    left -= width;
+    const bool isText = !rows_->IsCheckColumn(column);
+    if (isText && (filling < 0 || columnWidth(filling) < MarkerWidth())) filling = column;
+  }
+  if (filling >= 0) setColumnWidth(filling, std::max(columnWidth(filling) + left, kNarrowestColumn));
+}
+
+}  // namespace desktop

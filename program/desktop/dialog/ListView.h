@@ -1,0 +1,42 @@
+// ListView: a list gadget as a widget: check boxes, columns, multi-selection. Clicks and keys become events of the dialog. It
+// owns its model. Main thread.
+#pragma once
+
+#include <QTreeView>
+
+#include "program/desktop/dialog/ListRows.h"
+
+namespace desktop {
+
+class ListView : public QTreeView {
+ public:
+  ListView(SharedDialogLink link, const engine::Gadget& list, QWidget* parent);
+
+  // Takes over rows, columns and selection of the gadget.
+  void Show(const engine::Gadget& list);
+  QSize sizeHint() const override;
+
+ protected:
+  // A click into a check box leaves the selection alone.
+  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  host::BaseSelect SelectedLines() const;
+  void ShowSelection(const host::BaseSelect& selection);
+  // Flips the check boxes of the selected lines, as the blank key does.
+  void ToggleSelected();
+  // Each column as wide as what it shows; the first text wider than a marker takes the rest.
+  void FitColumns();
+  int MarkerWidth() const;
+
+  SharedDialogLink link_;
+  host::LONG id_;
+  QSize asked_;
+  ListRows* rows_;
+  bool showing_ = true;  // what changes in here is no act of a person
+};
+
+}  // namespace desktop

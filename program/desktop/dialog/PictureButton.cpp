@@ -1,0 +1,71 @@
+#include "program/desktop/dialog/PictureButton.h"
+
+#include <QPainter>
+
+#include "engine/render/Image.h"
+#include "program/desktop/Text.h"
+#include "program/desktop/dialog/GadgetGrid.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr QSize kSmallest(96, 72);
+
+QImage ToPicture(const engine::Image& image) {
+  const engine::Image bytes = engine::ToBytes(image);
+  const QImage view(bytes.bytes.data(), static_cast<int>(bytes.width), static_cast<int>(bytes.height),
+                    static_cast<qsizetype>(bytes.width) * 4, QImage::Format_RGBA8888);
+  return view.copy();
+}
+
+}  // namespace
+
+PictureButton::PictureButton(const engine::Gadget& gadget, QWidget* parent)
+    : QAbstractButton(parent),
+      asked_(AskedSize(gadget, fontMetrics())),
+      border_(gadget.settings.GetBool(host::BITMAPBUTTON_BORDER)) {
+  setAccessibleName(ToQt(gadget.text));
+  setMinimumSize(kSmallest);
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+}
+
+QSize PictureButton::sizeHint() const { return asked_.expandedTo(kSmallest); }
+
+void PictureButton::Show(const engine::Gadget& gadget) {
+  setEnabled(gadget.enabled);
+  Load(gadget.image.GetString().ToUtf8());
+}
+
+void PictureButton::Load(const std::string& path) {
+  engine::Outside& files = engine::Outside::Current();
+  const engine::FileStamp stamp = path.empty() ? engine::FileStamp{} : files.Stamp(path);
+  if (path == path_ && stamp == stamp_) return;
+  path_ = path;
+  stamp_ = stamp;
+  picture_ = QImage();
+  update();
+  if (path.empty()) return;
+  const auto bytes = files.ReadFile(path, engine::kLargestImageBytes);
+  if (!bytes) return;
+  const auto image = engine::DecodeImage(bytes.Value());
+  if (image) picture_ = ToPicture(image.Value());
+}
+
+void PictureButton::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  const QRect inside = border_ ? rect().adjusted(1, 1, -1, -1) : rect();
+  painter.fillRect(rect(), border_ ? palette().color(QPalette::Mid) : palette().color(QPalette::Base));
+  painter.fillRect(inside, palette().color(QPalette::Base));
+  if (!picture_.isNull()) {
+    QRect place({0, 0}, picture_.size().scaled(inside.size(), Qt::KeepAspectRatio));
+    place.moveCenter(inside.center());
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(place, picture_);
+  }
+  if (!hasFocus()) return;
+  painter.setPen(palette().color(QPalette::Highlight));
+  painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+}  // namespace desktop

@@ -1,0 +1,42 @@
+// SidePanels: the docks around the picture, each with one view of the active document: objects, attributes and so on. A panel
+// that cannot be seen is not kept up to date; it follows as soon as it shows. The docks belong to the window. Main thread.
+#pragma once
+
+#include <QDockWidget>
+#include <QMainWindow>
+#include <vector>
+
+#include "program/desktop/panels/DocumentView.h"
+
+namespace desktop {
+
+class SidePanels {
+ public:
+  explicit SidePanels(QMainWindow& window);
+
+  // Puts a widget that is a DocumentView, too, into a dock of its own; docks of one side stand in the order of adding, those of
+  // the bottom as tabs. `name` marks the dock in the kept layout. The dock owns the widget.
+  template <class View>
+  View* Add(const char* name, const QString& title, Qt::DockWidgetArea side, View* view) {
+    Place(name, title, side, view, view);
+    return view;
+  }
+  // Brings the first of the tabs to the front; after the last Add.
+  void ShowFirstTabs();
+  void Follow(host::BaseDocument* doc);
+  // Their entries of the window menu, in the order of adding.
+  std::vector<QAction*> ToggleActions() const;
+
+ private:
+  struct Panel {
+    QDockWidget* dock;
+    Qt::DockWidgetArea side;
+    DocumentView* view;
+  };
+  void Place(const char* name, const QString& title, Qt::DockWidgetArea side, QWidget* widget, DocumentView* view);
+
+  QMainWindow& window_;
+  std::vector<Panel> panels_;
+};
+
+}  // namespace desktop
