@@ -80,7 +80,7 @@ std::string LibraryOf(const std::string& include) {
 
 std::vector<fs::path> CodeFiles() {
   std::vector<fs::path> files;
-  for (const char* top : {"host", "engine", "source", "program", "tests", "bench"}) {
+  for (const char* top : {"host", "engine", "source", "program", "tools", "tests", "bench"}) {
     const fs::path folder = fs::path(TEST_SOURCE_DIR) / top;
     if (!fs::exists(folder)) continue;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
