@@ -10,6 +10,7 @@
 #include "engine/scene/Nodes.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
+#include "program/desktop/panels/LayersPanel.h"
 
 namespace desktop {
 
@@ -50,6 +51,7 @@ MainWindow::~MainWindow() {
 
 void MainWindow::BuildPanels() {
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
+  panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.ShowFirstTabs();
 }
 

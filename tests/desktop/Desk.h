@@ -55,6 +55,16 @@ class Desk {
   Widget& Gadget(host::LONG id) {
     return dynamic_cast<Widget&>(*window_->Docks().ViewOf(*Dialog())->WidgetOf(id));
   }
+  // What stands in the dock of that name.
+  template <class Widget>
+  Widget& Panel(const char* name) {
+    return dynamic_cast<Widget&>(*window_->findChild<QDockWidget*>(name)->widget());
+  }
+  // Brings a dock that is one of several tabs to the front.
+  void Raise(const char* name) {
+    window_->findChild<QDockWidget*>(name)->raise();
+    Rest();
+  }
   // The entry of a menu whose text begins with `text`, wherever it stands.
   QAction& Entry(const QString& menu, const QString& text) {
     for (QAction* top : window_->menuBar()->actions()) {

@@ -1,0 +1,37 @@
+// FlatTree: the shape of a tree of nodes as one flat list in which the children of a node stand together, as an item model needs
+// it: parent, row and children of any place without a walk. It holds identities only. Main thread.
+#pragma once
+
+#include <unordered_map>
+#include <vector>
+
+#include "engine/scene/Nodes.h"
+
+namespace desktop {
+
+class FlatTree {
+ public:
+  struct Entry {
+    engine::NodeId id = 0;
+    int parent = 0;  // place in the list; 0 stands above the top level
+    int row = 0;
+    int firstChild = 0;
+    int childCount = 0;
+    bool operator==(const Entry&) const = default;
+  };
+
+  FlatTree() : entries_(1) {}
+  // The siblings from `first` on (null: none) with all below them.
+  explicit FlatTree(const host::GeListNode* first);
+
+  const Entry& At(int place) const { return entries_[static_cast<std::size_t>(place)]; }
+  // The place of a node, 0 where it is not in here.
+  int PlaceOf(engine::NodeId id) const;
+  bool operator==(const FlatTree& other) const { return entries_ == other.entries_; }
+
+ private:
+  std::vector<Entry> entries_;
+  std::unordered_map<engine::NodeId, int> places_;
+};
+
+}  // namespace desktop

@@ -1,0 +1,158 @@
+// The layers panel: in step with the document both ways, all it changes through undo, quick with many layers.
+#include <gtest/gtest.h>
+
+#include <QAbstractItemModelTester>
+#include <QColorDialog>
+#include <QLineEdit>
+#include <QtTest/QTest>
+
+#include "program/desktop/Dragging.h"
+#include "program/desktop/panels/LayerSwitches.h"
+#include "program/desktop/panels/LayersPanel.h"
+#include "tests/desktop/Desk.h"
+#include "tests/support/SceneBuilder.h"
+
+namespace {
+
+using desk::Desk;
+using desktop::kLayerSwitches;
+using desktop::LayerRows;
+using host::LayerObject;
+
+struct WithLayers : Desk {
+  support::SceneBuilder scene{*host::GetActiveDocument()};
+
+  WithLayers() {
+    scene.Layer("House").Layer("House/Lamps").Layer("Garden");
+    scene.Object("Lamp").Object("Tree").Object("Tree/Branch").OnLayer("Lamp", "House/Lamps").OnLayer("Tree/Branch", "Garden");
+    Raise("layers");
+  }
+  host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
+  desktop::LayerTree& Tree() { return Panel<desktop::LayersPanel>("layers").Tree(); }
+  LayerRows& Rows() { return Tree().Rows(); }
+  QModelIndex IndexOf(const char* layer, int column = 0) { return Rows().IndexOf(engine::IdOf(*scene.GetLayer(layer)), column); }
+  void Click(const char* layer, int column, Qt::KeyboardModifiers keys = {}) {
+    QTest::mouseClick(Tree().viewport(), Qt::LeftButton, keys, Tree().visualRect(IndexOf(layer, column)).center());
+    Rest();
+  }
+  bool IsOn(const char* layer, std::size_t number) {
+    return scene.GetLayer(layer)->GetLayerData(&Doc()).*(kLayerSwitches.at(number).flag);
+  }
+  QAction& Action(const QString& text) {
+    for (QAction* action : Tree().actions()) {
+      if (action->text() == text) return *action;
+    }
+    throw std::runtime_error("no action " + text.toStdString());
+  }
+};
+
+TEST(Layers, EachSwitchFlipsItsOwnFlagAndUndoBringsItBack) {
+  WithLayers desk;
+  for (std::size_t i = 0; i < kLayerSwitches.size(); ++i) {
+    const bool before = desk.IsOn("Garden", i);
+    const host::LayerData all = desk.scene.GetLayer("Garden")->GetLayerData(&desk.Doc());
+    desk.Click("Garden", LayerRows::kFirstSwitch + static_cast<int>(i));
+    EXPECT_EQ(desk.IsOn("Garden", i), !before) << kLayerSwitches[i].name;
+    host::LayerData put = desk.scene.GetLayer("Garden")->GetLayerData(&desk.Doc());
+    put.*(kLayerSwitches[i].flag) = before;
+    EXPECT_EQ(put, all) << kLayerSwitches[i].name << " changes more than itself";
+    desk.App().Undo();
+    EXPECT_EQ(desk.IsOn("Garden", i), before) << kLayerSwitches[i].name;
+  }
+}
+
+TEST(Layers, ASwitchOfAChosenLayerIsThatOfAllChosenInOneStep) {
+  WithLayers desk;
+  desk.Click("House", LayerRows::kName);
+  desk.Click("Garden", LayerRows::kName, Qt::ControlModifier);
+  EXPECT_TRUE(desk.scene.GetLayer("House")->GetBit(host::BIT_ACTIVE));
+  EXPECT_FALSE(desk.scene.GetLayer("House/Lamps")->GetBit(host::BIT_ACTIVE));
+  desk.Click("Garden", LayerRows::kFirstSwitch);
+  EXPECT_TRUE(desk.IsOn("House", 0) && desk.IsOn("Garden", 0) && !desk.IsOn("House/Lamps", 0));
+  EXPECT_EQ(desk.Tree().selectionModel()->selectedRows().size(), 2);
+  desk.App().Undo();
+  EXPECT_FALSE(desk.IsOn("House", 0) || desk.IsOn("Garden", 0));
+  desk.Click("House/Lamps", LayerRows::kFirstSwitch);
+  EXPECT_TRUE(desk.IsOn("House/Lamps", 0) && !desk.IsOn("House", 0)) << "one that is not chosen is meant alone";
+}
+
+TEST(Layers, AreMadeNamedColoredAndDeleted) {
+  WithLayers desk;
+  desk.Action("New Layer").trigger();
+  auto* editor = desk.Tree().findChild<QLineEdit*>();
+  ASSERT_NE(editor, nullptr) << "a new layer waits for its name";
+  editor->setText("Sky");
+  QTest::keyClick(editor, Qt::Key_Return);
+  Desk::Rest();
+  ASSERT_NE(desk.scene.GetLayer("Sky"), nullptr);
+  desk::AnswerNext([](QDialog& box) {
+    dynamic_cast<QColorDialog&>(box).setCurrentColor(QColor(255, 0, 51));
+    box.accept();
+  });
+  desk.Click("Sky", LayerRows::kColor);
+  EXPECT_EQ(desk.IndexOf("Sky", LayerRows::kColor).data(Qt::BackgroundRole).value<QColor>().rgb(), QColor(255, 0, 51).rgb());
+  desk.Click("House", LayerRows::kName);
+  desk.Click("House/Lamps", LayerRows::kName, Qt::ControlModifier);
+  EXPECT_TRUE(desk.Action("Delete Layer").isEnabled());
+  desk.Window().activateWindow();
+  desk.Tree().setFocus();
+  Desk::Rest();
+  QTest::keyClick(&desk.Tree(), Qt::Key_Delete);
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(), 2);
+  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), nullptr);
+  desk.App().Undo();
+  Desk::Rest();
+  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("House/Lamps"));
+  for (int i = 0; i < 3; ++i) desk.App().Undo();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(), 2) << "the new one went with its step";
+}
+
+TEST(Layers, TakeSelectedAndDroppedObjectsAndGiveThemBack) {
+  WithLayers desk;
+  desk.Click("Garden", LayerRows::kName);
+  desk.scene.Select("Lamp").Select("Tree");
+  desk.Action("Assign to Selection").trigger();
+  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("Garden"));
+  desk.Doc().SetActiveObject(nullptr);
+  desk.Action("Select Objects").trigger();
+  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()).size(), 3U);
+  const std::unique_ptr<QMimeData> dragged(
+      desktop::DraggedNodes(desktop::kObjectsMime, {engine::IdOf(*desk.scene.GetObject("Tree")), 999999}));
+  ASSERT_TRUE(desk.Rows().canDropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
+  desk.Rows().dropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House"));
+  EXPECT_EQ(desk.scene.GetObject("Tree")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("House"));
+  const std::unique_ptr<QMimeData> other(new QMimeData);
+  other->setText("1 2");
+  EXPECT_FALSE(desk.Rows().canDropMimeData(other.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
+  desk.App().Undo();
+  desk.App().Undo();
+  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("House/Lamps"));
+}
+
+TEST(Layers, ModelKeepsItsPromisesWithHundreds) {
+  WithLayers desk;
+  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  for (int i = 0; i < 700; ++i) desk.scene.Layer("Many/" + std::to_string(i));
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(desk.IndexOf("Many")), 700);
+  QTest::keyClick(&desk.Tree(), Qt::Key_A, Qt::ControlModifier);
+  EXPECT_TRUE(desk.scene.GetLayer("Many/699")->GetBit(host::BIT_ACTIVE));
+  const QModelIndex gone = desk.IndexOf("Garden");
+  LayerObject* garden = desk.scene.GetLayer("Garden");
+  LayerObject::Free(garden);
+  EXPECT_FALSE(gone.data().isValid());
+  desk.Entry("File", "New").trigger();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(), 0);
+}
+
+TEST(LayersPicture, Some) {
+  WithLayers desk;
+  desk.scene.Layer("Sky", {.view = false, .locked = true, .color = host::Vector(0.3, 0.5, 0.8)});
+  desk.Click("House/Lamps", LayerRows::kName);
+  EXPECT_TRUE(pictures::Write(desk.Window(), "layers"));
+}
+
+}  // namespace
