@@ -14,10 +14,20 @@ option(STAGEMARKS_DESKTOP "Build the desktop program" ON)
 option(STAGEMARKS_WERROR "Treat warnings as errors" OFF)
 set(STAGEMARKS_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
 
-# Everything of a build lies as it will lie when installed: bin, lib, lib/stagemarks/plugins/Stagemarks.
+# Everything of a build lies as it will lie when installed: bin, the engine's library in lib/stagemarks, plug-ins in
+# plugins/Stagemarks beside it, sample scenes in share/stagemarks. The programs find their parts from where they lie.
+if(CMAKE_LIBRARY_ARCHITECTURE)
+  set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Where libraries are installed")
+endif()
+set(CMAKE_INSTALL_DOCDIR share/doc/stagemarks CACHE PATH "Where documents are installed")
+include(GNUInstallDirs)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib/stagemarks)
 set(STAGEMARKS_PLUGIN_DIR ${CMAKE_BINARY_DIR}/lib/stagemarks/plugins)
+set(STAGEMARKS_INSTALL_LIBDIR ${CMAKE_INSTALL_LIBDIR}/stagemarks)
+set(STAGEMARKS_INSTALL_DATADIR ${CMAKE_INSTALL_DATADIR}/stagemarks)
+file(RELATIVE_PATH STAGEMARKS_SHARED_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/stagemarks)
+file(RELATIVE_PATH STAGEMARKS_LIBRARY_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/stagemarks)
 
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)

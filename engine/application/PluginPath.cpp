@@ -1,27 +1,16 @@
 // The published functions that depend on which plug-in calls: its folder, its resources, its pictures. They find out by
 // the address they return to, so they must stay functions of their own that a plug-in really calls.
-#include <unistd.h>
-
-#include <climits>
-
 #include "engine/application/ApplicationBody.h"
+#include "engine/application/ProgramPlaces.h"
 #include "host/BaseBitmap.h"
 
 namespace host {
 namespace {
 
-std::string ProgramFolder() {
-  char path[PATH_MAX];
-  const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-  if (length <= 0) return "";
-  const std::string program(path, static_cast<std::size_t>(length));
-  return program.substr(0, program.rfind('/'));
-}
-
 Filename FolderOfCaller(const void* address) {
   const engine::ApplicationBody* body = engine::ApplicationBody::Current();
   const std::optional<std::string> folder = body != nullptr ? body->plugins.FolderOf(address) : std::nullopt;
-  return Filename(String(std::string_view(folder ? *folder : ProgramFolder())));
+  return Filename(String(std::string_view(folder ? *folder : engine::ProgramFolder())));
 }
 
 Filename ResourceFolderOfCaller(const void* address) { return FolderOfCaller(address) + Filename("res"); }

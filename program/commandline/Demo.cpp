@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "engine/application/ProgramPlaces.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
 
@@ -174,7 +175,7 @@ void Demo::ShowFiles(const ExportResult& result) {
 
 void Demo::ShowResult() const {
   const std::string scene = Typed(Shortest(saved_));
-  const std::string program = Typed(Shortest(ProgramFolder() + "/stagemarks"));
+  const std::string program = Typed(Shortest(engine::ProgramFolder() + "/stagemarks"));
   Say("\nThe list, as the dialog shows it:\n\n" + session_.Dialog().ListText());
   Say("\nEvery state in a picture:\n\n  " + Shortest(sheet_) + "\n\nWhat next:\n");
   for (const char* rest : {" list %", " load % Overview -o overview.c4d", " sheet % --html pictures",

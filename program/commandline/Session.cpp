@@ -1,9 +1,9 @@
 #include "program/commandline/Session.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <unordered_set>
 
+#include "engine/application/ProgramPlaces.h"
 #include "engine/import/Import.h"
 #include "program/commandline/NamesLike.h"
 
@@ -15,20 +15,10 @@ namespace {
 
 constexpr const char* kPlugin = "Stagemarks";
 
-std::string PluginFolder() {
-  const char* chosen = std::getenv("STAGEMARKS_PLUGINS");
-  return chosen && *chosen ? AbsolutePath(chosen) : ProgramFolder() + "/../lib/stagemarks/plugins";
-}
-
 // The path of a scene file without its suffix: what stands beside the scene begins like this.
 std::string Stem(const std::string& file) { return (fs::path(file).parent_path() / fs::path(file).stem()).string(); }
 
 }  // namespace
-
-std::string ProgramFolder() {
-  std::error_code error;
-  return fs::read_symlink("/proc/self/exe", error).parent_path().string();
-}
 
 std::string AbsolutePath(const std::string& typed) {
   std::error_code error;
@@ -38,14 +28,14 @@ std::string AbsolutePath(const std::string& typed) {
 
 Session::Session(Program& program) : program_(program), outside_(program.terminal), inUse_(outside_) {
   engine::ApplicationSetup setup;
-  setup.importWorker = ProgramFolder() + "/stagemarks";
+  setup.importWorker = engine::ImportWorkerProgram();
   application_ = std::make_unique<engine::Application>(outside_, setup);
 }
 
 int Session::Start() { return LoadPlugin(); }
 
 int Session::LoadPlugin() {
-  const std::string path = PluginFolder() + "/" + kPlugin + "/" + kPlugin + ".so";
+  const std::string path = engine::PluginFolder() + "/" + kPlugin + "/" + kPlugin + ".so";
   const engine::LoadReport report = application_->LoadPlugin(path);
   if (report.outcome != engine::LoadOutcome::Loaded) {
     program_.terminal.Error(report.message);

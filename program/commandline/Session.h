@@ -15,8 +15,6 @@
 
 namespace commandline {
 
-// Folder of the running program, without a separator at its end.
-std::string ProgramFolder();
 // An absolute path for one as typed.
 std::string AbsolutePath(const std::string& typed);
 

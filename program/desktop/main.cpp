@@ -2,64 +2,96 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QIcon>
+#include <algorithm>
+#include <cstdio>
 
+#include "engine/application/ProgramPlaces.h"
 #include "engine/outside/RealOutside.h"
-#include "program/desktop/MainWindow.h"
+#include "program/desktop/Check.h"
+#include "program/desktop/Display.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/Theme.h"
 
 namespace desktop {
 namespace {
 
-QString PluginFolder() {
-  const QString chosen = qEnvironmentVariable("STAGEMARKS_PLUGINS");
-  return chosen.isEmpty() ? QApplication::applicationDirPath() + "/../lib/stagemarks/plugins"
-                          : QFileInfo(chosen).absoluteFilePath();
-}
+constexpr int kDone = 0;
+constexpr int kUsage = 2;
+const QCommandLineOption kCheck("check", "Start, open the scenes, print what was found, and quit.");
 
-QStringList ScenesToOpen() {
-  QCommandLineParser parser;
+void Describe(QCommandLineParser& parser) {
   parser.setApplicationDescription("Records, recalls and exports the states of a 3D scene.");
   parser.addPositionalArgument("scene", "Scenes to open; other formats are imported.", "[SCENE...]");
+  parser.addOption(kCheck);
   parser.addHelpOption();
   parser.addVersionOption();
-  parser.process(*QApplication::instance());
-  return parser.positionalArguments();
 }
 
 void LoadPlugins(engine::Application& application, DesktopPerson& person) {
-  const auto reports = application.LoadPlugins(QFileInfo(PluginFolder()).canonicalFilePath().toStdString());
+  const auto reports = application.LoadPlugins(engine::PluginFolder());
   for (const engine::LoadReport& report : reports) {
     if (report.outcome != engine::LoadOutcome::Loaded) person.Tell(report.message);
   }
-  if (reports.empty()) person.Tell("No plug-ins were found in \"" + PluginFolder().toStdString() + "\".");
+  if (reports.empty()) person.Tell("No plug-ins were found in \"" + engine::PluginFolder() + "\".");
 }
 
-int Run() {
-  const QStringList scenes = ScenesToOpen();
+int Run(const QCommandLineParser& parser) {
+  const QStringList scenes = parser.positionalArguments();
   DesktopPerson person;
-  engine::RealOutside outside(person);
+  CheckingPerson checking;
+  const bool check = parser.isSet(kCheck);
+  DesktopPerson& there = check ? checking : person;
+  engine::RealOutside outside(there);
   const engine::OutsideInUse inUse(outside);
   engine::ApplicationSetup setup;
-  setup.importWorker = (QApplication::applicationDirPath() + "/stagemarks").toStdString();
+  setup.importWorker = engine::ImportWorkerProgram();
   engine::Application application(outside, setup);
   application.NewDocument();
-  MainWindow window(application, person, ToQt(outside.ConfigFolder() + "/desktop.ini"));
+  MainWindow window(application, there, ToQt(outside.ConfigFolder() + "/desktop.ini"));
   window.show();
-  LoadPlugins(application, person);
+  LoadPlugins(application, there);
   window.RestoreLayout();
+  if (check) return RunCheck(application, checking, scenes);
   for (const QString& scene : scenes) window.Commands().Open(QFileInfo(scene).absoluteFilePath().toStdString());
   return QApplication::exec();
+}
+
+// Help and version need no display.
+bool NeedsNoWindow(int count, char** words) {
+  const QStringList asked{"-h", "--help", "--help-all", "-v", "--version"};
+  return std::any_of(words + 1, words + count, [&](const char* word) { return asked.contains(QString(word)); });
+}
+
+// Never comes back where help or version were asked for.
+int Read(QCommandLineParser& parser) {
+  if (parser.parse(QCoreApplication::arguments())) {
+    parser.process(QCoreApplication::arguments());
+    return kDone;
+  }
+  std::fprintf(stderr, "stagemarks-desktop: %s\n`stagemarks-desktop --help` explains it.\n", qPrintable(parser.errorText()));
+  return kUsage;
 }
 
 }  // namespace
 }  // namespace desktop
 
 int main(int count, char** words) {
+  QCoreApplication::setApplicationName("stagemarks-desktop");
+  QCoreApplication::setApplicationVersion(STAGEMARKS_VERSION);
+  QCommandLineParser parser;
+  desktop::Describe(parser);
+  if (desktop::NeedsNoWindow(count, words)) {
+    const QCoreApplication application(count, words);
+    return desktop::Read(parser);
+  }
+  desktop::ExplainMissingDisplay();
   QApplication application(count, words);
-  QApplication::setApplicationName("stagemarks-desktop");
+  desktop::StopExplaining();
   QApplication::setApplicationDisplayName("Stagemarks");
-  QApplication::setApplicationVersion(STAGEMARKS_VERSION);
+  QApplication::setDesktopFileName("stagemarks-desktop");
+  QApplication::setWindowIcon(QIcon(":/stagemarks.png"));
   desktop::ApplyTheme(application);
-  return desktop::Run();
+  const int status = desktop::Read(parser);
+  return status == desktop::kDone ? desktop::Run(parser) : status;
 }

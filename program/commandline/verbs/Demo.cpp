@@ -2,25 +2,19 @@
 
 #include <CLI/CLI.hpp>
 
+#include "engine/application/ProgramPlaces.h"
+
 namespace commandline {
 
 namespace {
 
-// Where the sample scene lies: beside an installed program, or in the source tree that the program was built from.
-std::string SampleScene(Session& session) {
-  for (const std::string& folder : {ProgramFolder() + "/../share/stagemarks/scenes", std::string(STAGEMARKS_SCENES)}) {
-    const std::string path = AbsolutePath(folder + "/dungeon/dungeon.gltf");
-    if (session.Files().Kind(path) == engine::FileKind::File) return path;
-  }
-  return "";
-}
-
 int RunDemo(Program& program) {
   Session session(program);
   if (const int status = session.Start(); status != kDone) return status;
-  const std::string scene = program.scene.empty() ? SampleScene(session) : AbsolutePath(program.scene);
-  if (scene.empty()) {
-    program.terminal.Error("The sample scene was not found beside the program. Give a scene: stagemarks demo SCENE.");
+  const bool isSample = program.scene.empty();
+  const std::string scene = isSample ? engine::SampleScene() : AbsolutePath(program.scene);
+  if (isSample && session.Files().Kind(scene) != engine::FileKind::File) {
+    program.terminal.Error("The sample scene is not at \"" + scene + "\". Give a scene: stagemarks demo SCENE.");
     return kFailed;
   }
   return Demo(session, scene, AbsolutePath(program.output)).Run();
