@@ -37,6 +37,7 @@ TEST_F(Installed, EveryPartLiesWhereOthersLookForIt) {
   }
   for (const std::string& file : files) EXPECT_TRUE(fs::is_regular_file(At(file))) << file;
   EXPECT_EQ(fs::exists(At("bin/stagemarks-desktop")), tests::kHasDesktop);
+  // Pictures, and the manual where the toolkit to set it is there.
   EXPECT_EQ(tests::Names(At(kParts + "/plugins/Stagemarks")), tests::Names(TEST_PLUGIN_DIR "/Stagemarks"));
 }
 
