@@ -12,6 +12,9 @@
 
 namespace engine {
 
+// Documents made up to now.
+inline host::ULLONG documentsMade = 0;
+
 struct DocumentBody {
   host::GeListHead layers;
   host::GeListHead renderSettings;
@@ -25,6 +28,7 @@ struct DocumentBody {
   host::LONG fps = 30;
   bool changed = false;
   host::ULLONG changes = 0;
+  const host::ULLONG number = ++documentsMade;
 
   SelectionOrder selectedObjects;
   SelectionOrder selectedTags;

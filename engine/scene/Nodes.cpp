@@ -112,6 +112,7 @@ void MakeNameUnique(BaseList2D& node, const BaseList2D* first) {
 }
 
 void ClearChanged(BaseDocument& doc) { BodyOf(doc).changed = false; }
+host::ULLONG NumberOf(const BaseDocument& doc) { return BodyOf(doc).number; }
 host::ULLONG ChangeCount(const BaseDocument& doc) { return BodyOf(doc).changes; }
 
 GeListNode* NextInTree(const GeListNode* node, const GeListNode* root) {

@@ -94,6 +94,8 @@ DocumentListener* ListenerOf(const host::BaseDocument& doc);
 // Gives `node` a name that none of the tree from `first` on has: "Cube" becomes "Cube.1", "Cube.2", ... O(n).
 void MakeNameUnique(host::BaseList2D& node, const host::BaseList2D* first);
 
+// A number that no other document of this process has, not even a copy of it or the same file opened again. Not 0.
+host::ULLONG NumberOf(const host::BaseDocument& doc);
 // Clears "has unsaved changes"; and a number that grows with every change of the document, for views and caches.
 void ClearChanged(host::BaseDocument& doc);
 host::ULLONG ChangeCount(const host::BaseDocument& doc);

@@ -1,4 +1,5 @@
-// Documents by identity: a view keeps the identity, since a document may be closed between two looks at it. Main thread.
+// Documents by identity: a view keeps the identity, since a document may be closed between two looks at it. It is one of this
+// run: a file opened twice makes two documents with the same nodes. Main thread.
 #pragma once
 
 #include "engine/scene/Nodes.h"
@@ -8,12 +9,12 @@
 namespace desktop {
 
 // 0 for none.
-inline engine::NodeId IdentityOf(const host::BaseDocument* doc) { return doc ? engine::IdOf(*doc) : 0; }
+inline host::ULLONG IdentityOf(const host::BaseDocument* doc) { return doc ? engine::NumberOf(*doc) : 0; }
 
 // The open document of that identity; null when it is closed.
-inline host::BaseDocument* FindOpenDocument(engine::NodeId id) {
+inline host::BaseDocument* FindOpenDocument(host::ULLONG id) {
   host::BaseDocument* doc = id != 0 ? host::GetFirstDocument() : nullptr;
-  while (doc && engine::IdOf(*doc) != id) doc = static_cast<host::BaseDocument*>(doc->GetNext());
+  while (doc && engine::NumberOf(*doc) != id) doc = static_cast<host::BaseDocument*>(doc->GetNext());
   return doc;
 }
 

@@ -117,6 +117,22 @@ TEST(MainWindow, SwitchingDocumentsKeepsTheDialogInStep) {
   EXPECT_EQ(Rows(desk), 1);
 }
 
+TEST(MainWindow, OneFileOpenedTwiceIsTwoDocuments) {
+  Desk desk;
+  const std::string path = desk.Folder() + "/room.c4d";
+  host::GetActiveDocument()->AppendObject(host::BaseObject::Alloc(host::Ocube));
+  ASSERT_TRUE(desk.App().SaveDocumentAs(*host::GetActiveDocument(), path));
+  ASSERT_TRUE(desk.Window().Commands().Open(path));
+  host::BaseDocument* second = host::GetActiveDocument();
+  second->AppendObject(host::BaseObject::Alloc(host::Onull));
+  Desk::Rest();
+  EXPECT_EQ(desk.Window().Objects().model()->rowCount(), 2);
+  host::SetActiveDocument(desk.App().Documents().front());
+  Desk::Rest();
+  EXPECT_EQ(desk.Window().Objects().model()->rowCount(), 1);
+  EXPECT_EQ(desktop::FindOpenDocument(desktop::IdentityOf(second)), second);
+}
+
 TEST(MainWindow, WhatIsNoSceneIsSaidAndChangesNothing) {
   Desk desk;
   Record(desk, "Morning");
