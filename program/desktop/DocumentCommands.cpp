@@ -41,7 +41,7 @@ QString DocumentTitle(const host::BaseDocument& doc) {
   return name.isEmpty() ? QString("Untitled") : name;
 }
 
-DocumentCommands::DocumentCommands(engine::Application& application, DesktopPerson& person, QSettings& settings, QWidget* window)
+DocumentCommands::DocumentCommands(engine::Application& application, DesktopPerson& person, Settings& settings, QWidget* window)
     : application_(application), person_(person), settings_(settings), window_(window) {}
 
 void DocumentCommands::New() {
@@ -122,13 +122,14 @@ bool DocumentCommands::MayClose(host::BaseDocument& doc) {
   return answer == QMessageBox::Discard || (answer == QMessageBox::Save && Save(doc));
 }
 
-QStringList DocumentCommands::RecentFiles() const { return settings_.value(kRecentFiles).toStringList(); }
+QStringList DocumentCommands::RecentFiles() const { return settings_.Texts(kRecentFiles); }
 
 void DocumentCommands::Remember(const std::string& path) {
   QStringList files = RecentFiles();
   files.removeAll(ToQt(path));
   files.prepend(ToQt(path));
-  settings_.setValue(kRecentFiles, files.mid(0, kMostRecentFiles));
+  const engine::Status kept = settings_.Set(kRecentFiles, files.mid(0, kMostRecentFiles));
+  if (!kept) person_.ShowStatus("The list of recent files was not kept. " + kept.Message());
 }
 
 }  // namespace desktop

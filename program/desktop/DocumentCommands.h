@@ -2,11 +2,11 @@
 // a box and change nothing. It owns the list of recent files. Main thread.
 #pragma once
 
-#include <QSettings>
 #include <QWidget>
 
 #include "engine/application/Application.h"
 #include "program/desktop/DesktopPerson.h"
+#include "program/desktop/Settings.h"
 
 namespace desktop {
 
@@ -15,7 +15,7 @@ QString DocumentTitle(const host::BaseDocument& doc);
 
 class DocumentCommands {
  public:
-  DocumentCommands(engine::Application& application, DesktopPerson& person, QSettings& settings, QWidget* window);
+  DocumentCommands(engine::Application& application, DesktopPerson& person, Settings& settings, QWidget* window);
 
   void New();
   // Asks for a scene; `filter` is one of the chooser's.
@@ -39,7 +39,7 @@ class DocumentCommands {
 
   engine::Application& application_;
   DesktopPerson& person_;
-  QSettings& settings_;
+  Settings& settings_;
   QWidget* window_;
 };
 

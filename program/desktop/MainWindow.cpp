@@ -22,9 +22,9 @@ constexpr QSize kFirstSize(1480, 860);
 
 }  // namespace
 
-MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, const QString& settingsFile)
+MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, const std::string& settingsFile)
     : application_(application),
-      settings_(settingsFile, QSettings::IniFormat),
+      settings_(engine::Outside::Current(), settingsFile),
       person_(person),
       commands_(application, person, settings_, this),
       docks_(*this),
@@ -91,8 +91,8 @@ void MainWindow::ShowTitle() {
 void MainWindow::RestoreLayout() {
   application_.RestoreLayouts();
   firstLayout_ = saveState();
-  restoreGeometry(settings_.value(kGeometry).toByteArray());
-  restoreState(settings_.value(kState).toByteArray());
+  restoreGeometry(settings_.Bytes(kGeometry));
+  restoreState(settings_.Bytes(kState));
 }
 
 void MainWindow::ResetLayout() {
@@ -106,8 +106,9 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
     return;
   }
-  settings_.setValue(kGeometry, saveGeometry());
-  settings_.setValue(kState, saveState());
+  // Nobody sees a message any more; what fails here is in the ledger.
+  (void)settings_.Set(kGeometry, saveGeometry());
+  (void)settings_.Set(kState, saveState());
   event->accept();
 }
 

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <QMainWindow>
-#include <QSettings>
 
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/dialog/DialogDocks.h"
@@ -17,8 +16,8 @@ namespace desktop {
 
 class MainWindow : public QMainWindow {
  public:
-  // `settingsFile`: where recent files and the layout are kept between runs.
-  MainWindow(engine::Application& application, DesktopPerson& person, const QString& settingsFile);
+  // `settingsFile`: where recent files and the layout are kept between runs; empty: nowhere.
+  MainWindow(engine::Application& application, DesktopPerson& person, const std::string& settingsFile);
   ~MainWindow() override;
 
   DocumentCommands& Commands() { return commands_; }
@@ -46,7 +45,7 @@ class MainWindow : public QMainWindow {
   void Choose(engine::NodeId object);
 
   engine::Application& application_;
-  QSettings settings_;
+  Settings settings_;
   DesktopPerson& person_;
   DocumentCommands commands_;
   DialogDocks docks_;

@@ -10,7 +10,7 @@
 #include "engine/outside/RealOutside.h"
 #include "program/desktop/Check.h"
 #include "program/desktop/Display.h"
-#include "program/desktop/Text.h"
+#include "program/desktop/MainWindow.h"
 #include "program/desktop/Theme.h"
 
 namespace desktop {
@@ -36,6 +36,11 @@ void LoadPlugins(engine::Application& application, DesktopPerson& person) {
   if (reports.empty()) person.Tell("No plug-ins were found in \"" + engine::PluginFolder() + "\".");
 }
 
+std::string SettingsFile(engine::Outside& outside) {
+  const std::string folder = outside.ConfigFolder();
+  return folder.empty() ? "" : folder + "/desktop.json";
+}
+
 int Run(const QCommandLineParser& parser) {
   const QStringList scenes = parser.positionalArguments();
   DesktopPerson person;
@@ -48,7 +53,7 @@ int Run(const QCommandLineParser& parser) {
   setup.importWorker = engine::ImportWorkerProgram();
   engine::Application application(outside, setup);
   application.NewDocument();
-  MainWindow window(application, there, ToQt(outside.ConfigFolder() + "/desktop.ini"));
+  MainWindow window(application, there, SettingsFile(outside));
   window.show();
   LoadPlugins(application, there);
   window.RestoreLayout();

@@ -31,7 +31,12 @@ inline void AnswerNext(std::function<void(QDialog&)> act) {
 
 class Desk {
  public:
-  Desk() { Begin(); }
+  Desk() {
+    for (const char* folder : {"CONFIG", "DATA", "CACHE", "STATE"}) {
+      qputenv((QByteArray("XDG_") + folder + "_HOME").constData(), QByteArray::fromStdString(Folder() + "/" + folder));
+    }
+    Begin();
+  }
 
   // Ends the program and starts it again.
   void Restart() {
@@ -83,7 +88,7 @@ class Desk {
     setup.importWorker = TEST_BINARY_DIR "/bin/stagemarks";
     application_ = std::make_unique<engine::Application>(outside_, setup);
     application_->NewDocument();
-    window_ = std::make_unique<desktop::MainWindow>(*application_, person_, QString::fromStdString(Folder() + "/desktop.ini"));
+    window_ = std::make_unique<desktop::MainWindow>(*application_, person_, outside_.ConfigFolder() + "/desktop.json");
     window_->show();
     application_->LoadPlugins(TEST_PLUGIN_DIR);
     window_->RestoreLayout();
