@@ -162,24 +162,6 @@ TEST_F(CommandLine, DamagedScenesAndPluginsGetAMessage) {
   EXPECT_NE(noPlugin.err.find("Stagemarks.so"), std::string::npos) << noPlugin.err;
 }
 
-// Every command of the README, in its order, as a person would paste it.
-TEST_F(CommandLine, TheReadmeTellsTheTruth) {
-  std::filesystem::create_directory_symlink(TEST_SOURCE_DIR "/scenes", folder_ / "scenes");
-  std::istringstream readme(ReadText(TEST_SOURCE_DIR "/README.md"));
-  std::size_t commands = 0;
-  for (std::string line; std::getline(readme, line);) {
-    if (line.rfind("    stagemarks ", 0) != 0) continue;
-    ++commands;
-    const std::string command = "cd '" + folder_.Path() + "' && PATH='" TEST_BINARY_DIR "/bin':$PATH && " + line;
-    const ChildResult result = test_support::RunChild("/bin/sh", {"-c", command}, {{"XDG_CONFIG_HOME", folder_ / "config"}});
-    EXPECT_EQ(result.status, 0) << line << "\n" << result.out << result.err;
-  }
-  EXPECT_GT(commands, 15U);
-  EXPECT_EQ(Marks(folder_ / "spider.c4d"), "*All ");
-  EXPECT_EQ(Files("standalone"),
-            "spider All/spider All.c4d | spider All/tex/*4 | spider Head only/spider Head only.c4d | spider Head only/tex/*4");
-}
-
 TEST_F(CommandLine, TheDemoChecksItself) {
   const std::string out = Out({"demo", "--to", folder_ / "demo"});
   EXPECT_EQ(out.find("\u2717"), std::string::npos) << out;

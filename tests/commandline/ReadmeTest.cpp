@@ -1,0 +1,117 @@
+// The README's commands are run, its table is complete, its links lead to files.
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "tests/commandline/CommandLine.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+using test_support::ChildResult;
+
+// The lines of the README that are commands of this kind, as a person would paste them.
+std::vector<std::string> Commands(const std::string& begin) {
+  std::vector<std::string> commands;
+  std::istringstream readme(ReadText(TEST_SOURCE_DIR "/README.md"));
+  for (std::string line; std::getline(readme, line);) {
+    if (line.rfind("    " + begin, 0) == 0) commands.push_back(line.substr(4));
+  }
+  return commands;
+}
+
+class Readme : public CommandLine {
+ protected:
+  // Runs a line in a shell where `path` is searched for programs first.
+  ChildResult Paste(const std::string& folder, const std::string& path, const std::string& line) const {
+    const std::string command = "cd '" + folder + "' && PATH='" + path + "':$PATH && " + line;
+    return test_support::RunChild(
+        "/bin/sh", {"-c", command},
+        {{"XDG_CONFIG_HOME", folder_ / "config"}, {"STAGEMARKS_BUILD", TEST_BINARY_DIR}, {"STAGEMARKS_SAID", folder_ / "said"}});
+  }
+  // Puts programs of these names into a folder that only note how they were called.
+  std::string Notetakers(const std::vector<std::string>& names) const {
+    const std::string folder = folder_ / "tools";
+    fs::create_directory(folder);
+    for (const std::string& name : names) {
+      const fs::path file = fs::path(folder) / name;
+      std::ofstream(file) << "#!/bin/sh\necho \"$(basename \"$0\") $*\" >>\"$STAGEMARKS_SAID\"\n";
+      fs::permissions(file, fs::perms::owner_all);
+    }
+    return folder;
+  }
+};
+
+TEST_F(Readme, CommandsDoWhatTheySay) {
+  fs::create_directory_symlink(TEST_SOURCE_DIR "/scenes", folder_ / "scenes");
+  const std::vector<std::string> commands = Commands("stagemarks ");
+  for (const std::string& line : commands) {
+    const ChildResult result = Paste(folder_.Path(), TEST_BINARY_DIR "/bin", line);
+    EXPECT_EQ(result.status, 0) << line << "\n" << result.out << result.err;
+  }
+  EXPECT_GT(commands.size(), 15U);
+  EXPECT_EQ(Marks(folder_ / "spider.c4d"), "*All ");
+  EXPECT_EQ(Files("standalone"),
+            "spider All/spider All.c4d | spider All/tex/*4 | spider Head only/spider Head only.c4d | spider Head only/tex/*4");
+}
+
+// The scripts are run in a folder of their own, with tools that only note what they are asked to do: the real ones take minutes.
+TEST_F(Readme, ScriptsRun) {
+  for (const char* name : {"run", "test"}) fs::copy(std::string(TEST_SOURCE_DIR "/") + name, folder_ / name);
+  fs::copy(TEST_SOURCE_DIR "/cmake", folder_ / "cmake");
+  const std::string tools = Notetakers({"cmake", "ninja", "ctest", "git", "clang-format", "clang-tidy", "dpkg-query"});
+  std::ofstream(fs::path(tools) / "dpkg-query") << "#!/bin/sh\necho install ok installed\n";
+  std::vector<std::string> commands = Commands("./");
+  EXPECT_EQ(commands.size(), 5U);
+  for (const std::string& line : commands) {
+    if (line.rfind("./run --desktop", 0) == 0) continue;  // opens a window; the tests of the desktop do that
+    const bool demo = line.rfind("./run", 0) == 0;
+    const std::string words = demo ? "./run --to '" + (folder_ / "demo") + "'" : line;
+    const ChildResult result = Paste(folder_.Path(), tools, words);
+    EXPECT_EQ(result.status, 0) << line << "\n" << result.out << result.err;
+    EXPECT_TRUE(fs::exists(folder_ / "demo/sheet.png")) << "./run comes first and does the main job";
+  }
+  const std::string said = ReadText(folder_ / "said");
+  for (const char* call : {"ninja -C " TEST_BINARY_DIR " stagemarks stagemarks Stagemarks\n", "ctest --test-dir " TEST_BINARY_DIR,
+                           "-DSTAGEMARKS_SANITIZE=address,undefined", "ctest --test-dir build/asan", "git ls-files"}) {
+    EXPECT_NE(said.find(call), std::string::npos) << call << "\n" << said;
+  }
+}
+
+TEST_F(Readme, PresetsExist) {
+  const nlohmann::json presets = nlohmann::json::parse(ReadText(TEST_SOURCE_DIR "/CMakePresets.json"));
+  std::set<std::string> known;
+  for (const auto& preset : presets["configurePresets"]) known.insert(preset["name"].get<std::string>());
+  for (const std::string& line : Commands("cmake --preset ")) {
+    std::istringstream words(line.substr(15));
+    std::string name;
+    words >> name;
+    EXPECT_TRUE(known.count(name)) << line;
+    EXPECT_NE(line.find("build/" + name), std::string::npos) << line;
+  }
+}
+
+// Every verb stands in the table of commands, and nothing else does.
+TEST_F(Readme, TableNamesEveryVerb) {
+  const std::regex name("`([a-z-]+)`");
+  std::set<std::string> named;
+  std::istringstream readme(ReadText(TEST_SOURCE_DIR "/README.md"));
+  for (std::string line; std::getline(readme, line);) {
+    if (line.rfind("| `", 0) != 0 || line.find('/') < line.find('|', 2)) continue;
+    const std::string cell = line.substr(0, line.find('|', 2));
+    for (std::sregex_iterator it(cell.begin(), cell.end(), name), end; it != end; ++it) named.insert((*it)[1]);
+  }
+  std::set<std::string> known;
+  const std::string help = Out({"--help"});
+  const std::string list = help.substr(help.find("Scenes:"));
+  const std::regex verb("\n  ([a-z][a-z-]+) +[A-Z]");
+  for (std::sregex_iterator it(list.begin(), list.end(), verb), end; it != end; ++it) known.insert((*it)[1]);
+  EXPECT_GT(known.size(), 15U);
+  EXPECT_EQ(named, known);
+}
+
+}  // namespace
+}  // namespace tests
