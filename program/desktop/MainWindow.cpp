@@ -11,6 +11,7 @@
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
 #include "program/desktop/panels/LayersPanel.h"
+#include "program/desktop/panels/MaterialsPanel.h"
 
 namespace desktop {
 
@@ -51,6 +52,7 @@ MainWindow::~MainWindow() {
 
 void MainWindow::BuildPanels() {
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
+  panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(engine::RenderCaches::Shared(), this));
   panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.ShowFirstTabs();
 }

@@ -51,7 +51,7 @@ class LayerRows : public QAbstractItemModel {
   }
   QVariant SwitchData(const host::LayerData& layer, std::size_t number, int role) const;
 
-  engine::NodeId doc_ = 0;
+  host::ULLONG doc_ = 0;
   FlatTree shape_;
 };
 

@@ -37,7 +37,7 @@ class LayerTree : public QTreeView, public DocumentView {
   void ShowSelection();
 
   LayerRows* rows_;
-  engine::NodeId doc_ = 0;
+  host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
   bool showing_ = true;  // what changes in here is no act of a person
 };

@@ -1,0 +1,102 @@
+#include "program/desktop/panels/MaterialThumbnails.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <QTimer>
+#include <algorithm>
+#include <memory>
+
+namespace desktop {
+
+namespace {
+
+// All are forgotten beyond this many; those that can be seen are made again.
+constexpr std::size_t kMostThumbnails = 3000;
+
+std::vector<host::BaseContainer> ParametersOf(const host::BaseMaterial& material) {
+  std::vector<host::BaseContainer> all;
+  for (const host::GeListNode* node = &material; node; node = engine::NextInside(*node, material)) {
+    all.push_back(*static_cast<const host::BaseList2D*>(node)->GetDataInstance());
+  }
+  return all;
+}
+
+bool AreSame(const std::vector<host::BaseContainer>& a, const std::vector<host::BaseContainer>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const host::BaseContainer& x, const host::BaseContainer& y) {
+    return engine::BodyOf(x) == engine::BodyOf(y);
+  });
+}
+
+// The ball without what is around it.
+QImage CutOut(const engine::Image& image) {
+  const int side = static_cast<int>(image.width);
+  const QImage all(image.bytes.data(), side, side, qsizetype{4} * side, QImage::Format_RGBX8888);
+  QImage ball(side, side, QImage::Format_ARGB32_Premultiplied);
+  ball.fill(Qt::transparent);
+  QPainter painter(&ball);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(QBrush(all));
+  painter.drawEllipse(QRectF(0.5, 0.5, side - 1, side - 1));
+  return ball;
+}
+
+}  // namespace
+
+MaterialThumbnails::MaterialThumbnails(int side, engine::RenderCaches& caches, std::function<void(engine::NodeId)> ready)
+    : side_(side), caches_(caches), ready_(std::move(ready)), background_([this](const QImage& image) { Take(image); }) {}
+
+QPixmap MaterialThumbnails::Of(host::BaseMaterial& material, double scale) {
+  if (thumbnails_.size() > kMostThumbnails) thumbnails_.clear();
+  const Key key(IdentityOf(material.GetDocument()), engine::IdOf(material));
+  Thumbnail& thumbnail = thumbnails_[key];
+  auto parameters = ParametersOf(material);
+  if (thumbnail.scale != scale || !AreSame(parameters, thumbnail.parameters)) {
+    thumbnail.scale = scale;
+    thumbnail.parameters = std::move(parameters);
+    wanted_.push_back(key);
+    QTimer::singleShot(0, &background_, [this] { MakeNext(); });
+  }
+  return thumbnail.picture;
+}
+
+void MaterialThumbnails::MakeNext() {
+  while (!background_.IsBusy() && !wanted_.empty()) {
+    const Key next = wanted_.back();
+    wanted_.pop_back();
+    const host::BaseDocument* doc = FindOpenDocument(next.first);
+    host::BaseMaterial* material = doc ? engine::AsMaterial(engine::FindNode(doc, next.second)) : nullptr;
+    if (material && thumbnails_.contains(next)) Begin(next, *doc, *material);
+  }
+}
+
+void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc, host::BaseMaterial& material) {
+  const auto pixels = static_cast<std::uint32_t>(side_ * thumbnails_[key].scale);
+  engine::PictureSetup setup;
+  setup.width = setup.height = pixels;
+  setup.camera = BallScene::Camera();
+  setup.threads = 1;
+  const BallScene scene(doc, material);
+  auto begun = engine::PictureInProgress::Begin(scene.Document(), setup, caches_);
+  if (!begun) return;
+  making_ = key;
+  background_.Do([picture = std::shared_ptr(begun.Take())](const std::atomic<bool>& stop) {
+    while (!picture->IsFinished()) {
+      if (!picture->Refine([&stop](double) { return !stop; })) return QImage();
+    }
+    return CutOut(picture->Current());
+  });
+}
+
+void MaterialThumbnails::Take(const QImage& image) {
+  const auto it = thumbnails_.find(making_);
+  if (it != thumbnails_.end() && !image.isNull()) {
+    it->second.picture = QPixmap::fromImage(image);
+    it->second.picture.setDevicePixelRatio(it->second.scale);
+    ++made_;
+    ready_(making_.second);
+  }
+  MakeNext();
+}
+
+}  // namespace desktop

@@ -1,0 +1,48 @@
+// MaterialThumbnails: a lit ball for each material that is looked at, made one after the other on a thread of its own and made
+// anew when the material or one of its shaders has changed. Main thread.
+#pragma once
+
+#include <QPixmap>
+#include <map>
+
+#include "program/desktop/OpenDocument.h"
+#include "program/desktop/panels/Background.h"
+#include "program/desktop/panels/BallScene.h"
+
+namespace desktop {
+
+class MaterialThumbnails {
+ public:
+  // `ready`: called when there is a new picture of that material. `side`: of the pictures, in pixels of scale 1.
+  MaterialThumbnails(int side, engine::RenderCaches& caches, std::function<void(engine::NodeId)> ready);
+
+  // What there is now, maybe of a former state, maybe null; a new one is made when it is needed. Cheap: called while painting.
+  QPixmap Of(host::BaseMaterial& material, double scale);
+  // How many pictures were made.
+  std::size_t Made() const { return made_; }
+
+ private:
+  struct Thumbnail {
+    QPixmap picture;
+    double scale = 0;
+    // Copies of the parameters that it was asked for with: a change gives the material another body.
+    std::vector<host::BaseContainer> parameters;
+  };
+  // Document and material: the same file opened twice has the same materials.
+  using Key = std::pair<host::ULLONG, engine::NodeId>;
+
+  void MakeNext();
+  void Begin(Key key, const host::BaseDocument& doc, host::BaseMaterial& material);
+  void Take(const QImage& image);
+
+  int side_;
+  engine::RenderCaches& caches_;
+  std::function<void(engine::NodeId)> ready_;
+  std::map<Key, Thumbnail> thumbnails_;
+  std::vector<Key> wanted_;  // the last one is the next
+  Key making_{0, 0};
+  std::size_t made_ = 0;
+  Background background_;  // last: it ends before what it tells of
+};
+
+}  // namespace desktop

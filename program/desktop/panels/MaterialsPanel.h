@@ -1,0 +1,32 @@
+// MaterialsPanel: the materials of the active document with what one does to them: buttons at the foot and a context menu. Main
+// thread.
+#pragma once
+
+#include <QWidget>
+
+#include "program/desktop/panels/MaterialGrid.h"
+
+namespace desktop {
+
+class MaterialsPanel : public QWidget, public DocumentView {
+ public:
+  // `caches` outlives the panel.
+  MaterialsPanel(engine::RenderCaches& caches, QWidget* parent);
+
+  void Follow(host::BaseDocument* doc) override;
+  MaterialGrid& Grid() { return *grid_; }
+
+ private:
+  void BuildActions();
+  void ShowMenu(const QPoint& place);
+  void Add();
+  // Does `act` to document and chosen materials; nothing when there is none chosen.
+  template <class Act>
+  void WithChosen(Act act);
+
+  MaterialGrid* grid_;
+  QAction* add_ = nullptr;
+  QList<QAction*> forChosen_;
+};
+
+}  // namespace desktop
