@@ -1,6 +1,12 @@
 // SMDialog: the plug-in's one dialog and everything that it does. It keeps copies of the active document's three
 // stores, taken anew at the start of each operation and written back whole, and work containers that a recording
-// fills; it owns nothing in the scene. Each section is implemented in the folder that it names. Main thread.
+// fills; it owns nothing in the scene. Main thread.
+//
+// How to read it: an event arrives in Command, which runs one of the operations below. They are ordered as an element lives:
+// recorded, recalled, edited, exported. Each section names the folder that implements it. The private part has the same
+// sections with their single steps, then the state. "Element" is the word for one Stagemark throughout, "checked" means the rows
+// with a check mark. An operation that answers a Bool answers false when it could not begin or stopped half-way; what it wrote
+// until then stays.
 #pragma once
 
 #include <array>
@@ -20,11 +26,13 @@ class SMDialog : public GeDialog {
   ~SMDialog() override;
 
   // --- Events of the host (dialog/).
+  // Builds gadgets and menus; sets their first values and fills the list.
   Bool CreateLayout() override;
   Bool InitValues() override;
+  // A change of the active document: default image, list and options anew. Always true.
   Bool CoreMessage(LONG id, const BaseContainer& msg) override;
-  // Takes the active document and the fields, then only dispatches. False without a document and for a recording
-  // that was refused.
+  // Every button, field, row and menu entry: reads the fields, then only dispatches. False without a document, and for a
+  // recording that was refused.
   Bool Command(LONG id, const BaseContainer& msg) override;
   LONG Message(const BaseContainer& msg, BaseContainer& result) override;
 
@@ -33,14 +41,18 @@ class SMDialog : public GeDialog {
   LONG GetFirstAvailableID() const;
   // The ID of the element with that name; 0, which may be another element's, when it is not found.
   LONG GetStagemarkID(const String& name) const;
+  // Whether an element has that name.
   Bool CheckForDupSMNames(const String& name) const;
 
-  // --- Recording (recording/): each fills its work container from the active document; false without one.
+  // --- Recording (recording/): each fills its work container from the active document; false without one. What the
+  // container held beyond that stays in it.
   // Puts a copy of the active render settings, named after the element, second into the document's list.
   Bool RecordRenderSettings();
+  // Every object's switches and the tags that the options ask for.
   Bool RecordObjectAndTagSettings();
   // Records `op`, its tags, its subtree and its following siblings in pre-order. Null records nothing.
   void LoopThroughOM(BaseDocument* doc, BaseObject* op);
+  // The tags of one object. Always true.
   Bool RecordTags(BaseObject* op);
   // What a tag record holds, without the link to the tag; own ID 0 or that of the tag's data.
   BaseContainer GetTtextureSettings(BaseTag* tag) const;
@@ -48,18 +60,21 @@ class SMDialog : public GeDialog {
   BaseContainer GetTcompositingSettings(BaseTag* tag) const;
   // The one of the three that a tag type asks for.
   BaseContainer CaptureTag(BaseTag* tag, Capture capture) const;
+  // Which camera the render view looks through; an empty link for none, and, with false, where the option is off.
   Bool RecordCameraSettings();
   Bool RecordLayerSettings();
   // Records `layer`, its following siblings and all below them in pre-order. Null records nothing.
   void LoopThroughLayers(BaseDocument* doc, GeListNode* layer);
+  // The moment, in local time. Always true.
   Bool RecordDateTime();
   // Links to the selected layers of the active document under keys 0, 1, 2 ... in pre-order.
   BaseContainer GetSelectedLayers() const;
 
-  // --- Recall (recall/): each applies its part of an element record to the active document and adds undo entries
-  // to the open group; false without a document.
-  // The whole element as one undo group, whatever part of it the options ask for.
+  // --- Recall (recall/): false without an active document.
+  // The element of that name, as far as the options ask for it, as one undo group.
   Bool LoadStagemark(const String& name);
+  // One part of an element record each; they add undo entries to the open group. What the record links to and is gone is
+  // passed over.
   Bool LoadRenderSettings(const BaseContainer& record);
   Bool LoadObjectAndTagSettings(const BaseContainer& record);
   Bool LoadCameraSettings(const BaseContainer& record);
@@ -74,25 +89,33 @@ class SMDialog : public GeDialog {
   BaseContainer GetNewTags(BaseContainer* element) const;
   BaseContainer GetNewLayers(BaseContainer* element) const;
 
-  // --- Bulk edits (bulk/): on the checked elements of the active document, in its stores in place.
+  // --- Bulk edits (bulk/): on the checked elements of the active document, in its stores in place. They stop at the first
+  // element that is not found or lacks the part in question. The options have no say, and nothing can be undone.
+  // Appends the scene's items that an element does not hold; changes none that it holds.
   Bool UpdateCheckedElements();
+  // Writes the present state of the selected items over what is recorded of them, or appends it.
   Bool SetObjectsOnCheckedElements();
   Bool SetTagsOnCheckedElements();
   Bool SetLayersOnCheckedElements();
+  // Makes the active object, which has to be a camera, the elements' camera.
   Bool SetCameraOnCheckedElements();
   // Removes one element with its render settings copy and its preview; false without a document.
   Bool DeleteStagemark(const String& name);
   void DeleteCheckedElements();
+  // Takes the stores out of the document, too, and offers to delete the folder with the previews.
   void DeleteAllElements();
 
   // --- Export (export/): one scene file per checked name, made from a copy of the active document.
   // The button: asks what it needs and calls the layout that the combo box names.
   void GenerateFiles();
+  // The four layouts. False when nothing could begin, or an element's folder could not be made; true also after a save that
+  // failed, of which the user was told.
   Bool GenerateSaveFile(const BaseContainer& checked, const Filename& folder);
   Bool GenerateSaveFileFolders(const BaseContainer& checked, const Filename& folder);
   Bool GenerateSaveProject(const BaseContainer& checked, const Filename& folder);
   Bool GenerateSaveProjectOneFolder(const BaseContainer& checked, const Filename& folder);
-  // Texture references cut down to bare file names.
+  // Texture references cut down to bare file names: of one shader, answering the name that is left; of a shader, a node or an
+  // object with all that follows and lies below it; of the whole document. False where there is nothing to walk through.
   String ExtractTexturePath(BaseShader* shader);
   void LoopThroughShader(BaseShader* shader);
   Bool LoopThroughXpresso(GvNode* node);
@@ -100,7 +123,7 @@ class SMDialog : public GeDialog {
   Bool StripObjects();
   Bool StripMaterials();
   Bool StripAllTexturePaths();
-  // Deletes the materials that no element refers to.
+  // Deletes the materials that no element's texture tag refers to, as one undo group. False when nothing was looked at.
   Bool CleanMEdit();
 
   // --- Previews (previews/).
@@ -122,6 +145,7 @@ class SMDialog : public GeDialog {
   BaseContainer GetCheckedElements() const;
 
   // --- Options (dialog/).
+  // Takes the flags and the menu's marks from the document's own choice, else from the user's defaults.
   void UpdateSMPreferences();
   Bool IsOn(Option option) const { return options_[IndexOf(option)] == 1; }
 
@@ -129,9 +153,11 @@ class SMDialog : public GeDialog {
   // How a menu entry changes the check marks of all rows.
   enum class Checks { All, None, Inverted };
 
-  // --- Events (dialog/): the prologue and what single gadgets and entries do.
+  // --- Events (dialog/): what every event begins with, and what single gadgets and entries do.
   void ReadFields();
   void ShowSelected();
+  // Runs what a button or menu entry stands for; nothing for an ID that stands for nothing.
+  void Run(LONG id);
   void LoadSelected();
   void DeleteSelected();
   void RenameSelected();
@@ -143,13 +169,15 @@ class SMDialog : public GeDialog {
   void WriteOptions(BaseContainer& target) const;
   void ShowHelp() const;
   void ShowAbout() const;
+
+  // --- Building (dialog/): the gadgets from top to bottom, the menus, and the list store of scenes that have none yet.
   void BuildElementGroups();
   void BuildRecordGroups();
   void BuildGenerateGroups();
   void BuildMenus();
   void BuildListEntries(BaseDocument& doc);
 
-  // --- The button "Record Element" (recording/).
+  // --- The button "Record Element" (recording/): the whole of it, and its steps in order.
   Bool RecordElement();
   void FreezeOptions(BaseDocument& doc);
   void RecordCategories();

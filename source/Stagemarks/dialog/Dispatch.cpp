@@ -1,86 +1,61 @@
-// The dialog's one event handler and the small branches of it.
+// The dialog's one event handler. It decides who does the work and does none itself.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "source/Stagemarks/keys/Messages.h"
 
 namespace stagemarks {
 
+// The host hears of one result only: that a recording was refused.
 Bool SMDialog::Command(LONG id, const BaseContainer& msg) {
   if (!GetActiveDocument()) return FALSE;
   ReadFields();
   if (msg.GetLong(BFM_ACTION_ID) == kList) ShowSelected();
   if (const OptionRow* option = FindOption(id)) return ToggleOption(*option);
-  switch (id) {
-    case kLoad:
-      LoadSelected();
-      break;
-    case kDelete:
-      DeleteSelected();
-      break;
-    case kRename:
-      RenameSelected();
-      break;
-    case kRecord:
-      return RecordElement();
-    case kGenerateFiles:
-      GenerateFiles();
-      break;
-    case kCheckAll:
-      ChangeChecks(Checks::All);
-      break;
-    case kUncheckAll:
-      ChangeChecks(Checks::None);
-      break;
-    case kInvertChecked:
-      ChangeChecks(Checks::Inverted);
-      break;
-    case kUpdateChecked:
-      UpdateCheckedElements();
-      break;
-    case kSetObjects:
-      SetObjectsOnCheckedElements();
-      break;
-    case kSetTags:
-      SetTagsAndForget();
-      break;
-    case kSetLayers:
-      SetLayersOnCheckedElements();
-      break;
-    case kSetCamera:
-      SetCameraOnCheckedElements();
-      break;
-    case kDeleteChecked:
-      DeleteCheckedElements();
-      break;
-    case kDeleteAll:
-      DeleteAllElements();
-      break;
-    case kCleanMaterials:
-      CleanMEdit();
-      break;
-    case kSaveDefaults:
-      SaveDefaultPreferences();
-      break;
-    case kHelp:
-      ShowHelp();
-      break;
-    case kAbout:
-      ShowAbout();
-      break;
-    default:
-      break;
-  }
+  if (id == kRecord) return RecordElement();
+  Run(id);
   return TRUE;
 }
 
+void SMDialog::Run(LONG id) {
+  struct Action {
+    LONG id;
+    void (*run)(SMDialog& dialog);
+  };
+  static constexpr Action kActions[] = {
+      {kLoad, [](SMDialog& dialog) { dialog.LoadSelected(); }},
+      {kDelete, [](SMDialog& dialog) { dialog.DeleteSelected(); }},
+      {kRename, [](SMDialog& dialog) { dialog.RenameSelected(); }},
+      {kGenerateFiles, [](SMDialog& dialog) { dialog.GenerateFiles(); }},
+      {kCheckAll, [](SMDialog& dialog) { dialog.ChangeChecks(Checks::All); }},
+      {kUncheckAll, [](SMDialog& dialog) { dialog.ChangeChecks(Checks::None); }},
+      {kInvertChecked, [](SMDialog& dialog) { dialog.ChangeChecks(Checks::Inverted); }},
+      {kUpdateChecked, [](SMDialog& dialog) { dialog.UpdateCheckedElements(); }},
+      {kSetObjects, [](SMDialog& dialog) { dialog.SetObjectsOnCheckedElements(); }},
+      {kSetTags, [](SMDialog& dialog) { dialog.SetTagsAndForget(); }},
+      {kSetLayers, [](SMDialog& dialog) { dialog.SetLayersOnCheckedElements(); }},
+      {kSetCamera, [](SMDialog& dialog) { dialog.SetCameraOnCheckedElements(); }},
+      {kDeleteChecked, [](SMDialog& dialog) { dialog.DeleteCheckedElements(); }},
+      {kDeleteAll, [](SMDialog& dialog) { dialog.DeleteAllElements(); }},
+      {kCleanMaterials, [](SMDialog& dialog) { dialog.CleanMEdit(); }},
+      {kSaveDefaults, [](SMDialog& dialog) { dialog.SaveDefaultPreferences(); }},
+      {kHelp, [](SMDialog& dialog) { dialog.ShowHelp(); }},
+      {kAbout, [](SMDialog& dialog) { dialog.ShowAbout(); }},
+  };
+  for (const Action& action : kActions) {
+    if (action.id == id) return action.run(*this);
+  }
+}
+
+// The fields as they stand: operations read them from here, never from the gadgets.
 void SMDialog::ReadFields() {
+  const auto isOn = [this](LONG box) {
+    Bool on = FALSE;
+    GetBool(box, on);
+    return on ? 1 : 0;
+  };
   selectedName_ = GetListSelection();
-  Bool on = FALSE;
-  GetBool(kGeneratePreview, on);
-  generatePreview_ = on ? 1 : 0;
-  on = FALSE;
-  GetBool(kChangeFrameRange, on);
-  changeFrameRange_ = on ? 1 : 0;
+  generatePreview_ = isOn(kGeneratePreview);
+  changeFrameRange_ = isOn(kChangeFrameRange);
   GetLong(kFrameFrom, frameFrom_);
   GetLong(kFrameTo, frameTo_);
 }
