@@ -1,4 +1,5 @@
-// The command line `stagemarks`: reads its arguments, runs the verb, answers its exit status.
+// The command line `stagemarks`. The verbs register themselves, the library reads the arguments and picks one, and that one runs
+// and answers the exit status. What cannot be read is refused here, with the name that was probably meant.
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
@@ -11,11 +12,12 @@
 namespace commandline {
 namespace {
 
-// The child that an import runs in: `stagemarks --import-worker PATH FD`.
-bool IsImportWorker(int count, char** words) { return count == 4 && std::string_view(words[1]) == "--import-worker"; }
+// An import runs in a child, which is this program called as `stagemarks --import-worker PATH DESCRIPTOR`.
+bool IsImportWorker(int count, char** words) { return count == 4 && std::string_view(words[1]) == engine::kImportWorkerVerb; }
 
 using AddVerb = void (*)(CLI::App&, Program&);
 
+// Each function adds one verb; the help shows them below `title`.
 void AddGroup(CLI::App& app, Program& program, const char* title, std::initializer_list<AddVerb> verbs) {
   for (const AddVerb add : verbs) {
     add(app, program);
@@ -58,6 +60,7 @@ std::string Complaint(const CLI::App& app, const CLI::ParseError& error, const s
   return "There is no verb \"" + *typed + "\"." + DidYouMean(*typed, known);
 }
 
+// `--help` and `--version` come this way, too: they end the reading, and are no fault.
 int Refuse(const CLI::App& app, const CLI::ParseError& error, Program& program, const std::vector<std::string>& words) {
   if (error.get_exit_code() == 0) return app.exit(error);
   const auto verbs = app.get_subcommands();
