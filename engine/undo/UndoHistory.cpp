@@ -71,12 +71,13 @@ void UndoHistory::Made(BaseList2D& node) { Add(host::UNDO_NEW, node); }
 
 UndoHistory::Remembered UndoHistory::Present() const {
   const host::BaseObject* active = doc_.GetActiveObject();
-  return {SceneCameraIdOf(doc_), ActiveRenderDataIdOf(doc_), active ? A::Id(*active) : 0};
+  return {SceneCameraIdOf(doc_), ActiveRenderDataIdOf(doc_), doc_.GetFps(), active ? A::Id(*active) : 0};
 }
 
 void UndoHistory::Return(const Remembered& to) {
   SetSceneCameraId(doc_, to.camera);
   doc_.SetActiveRenderData(AsRenderData(FindNode(&doc_, to.settings)));
+  doc_.SetFps(to.fps);
   DocumentBody& body = BodyOf(doc_);
   body.selectedObjects.Add(to.activeObject, body.table);
 }
@@ -123,7 +124,8 @@ bool UndoHistory::HoldsChange() const {
   if (!open_) return false;
   const Remembered present = Present();
   const Remembered& opening = open_->remembered;
-  return open_->entries.Size() > 0 || opening.camera != present.camera || opening.settings != present.settings;
+  return open_->entries.Size() > 0 || opening.camera != present.camera || opening.settings != present.settings ||
+         opening.fps != present.fps;
 }
 
 std::string UndoHistory::DoneName() const {

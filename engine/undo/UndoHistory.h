@@ -27,7 +27,7 @@ class UndoHistory : public UndoAttachment {
 
   bool IsOpen() const { return open_ != nullptr; }
   void Start();
-  // Makes the open group a step, unless nothing was registered and neither scene camera nor active settings changed.
+  // Makes the open group a step, unless nothing was registered and neither scene camera, active settings nor frame rate changed.
   void End();
   // The same for callers inside a scope, which leave the group to the scope.
   void EndUnlessScoped() {
@@ -59,6 +59,7 @@ class UndoHistory : public UndoAttachment {
   struct Remembered {
     NodeId camera = 0;
     NodeId settings = 0;
+    host::LONG fps = 0;
     NodeId activeObject = 0;  // which selected one was the last; no change by itself
   };
   struct Step {

@@ -201,6 +201,17 @@ TEST(Undo, BringsBackTheSameElementAndItsLinks) {
   EXPECT_EQ(scene.Doc().GetRenderBaseDraw()->GetSceneCamera(&scene.Doc()), scene.GetObject("Room/Cam"));
 }
 
+TEST(Undo, GroupsGiveBackTheFrameRate) {
+  Scene scene;
+  scene.Doc().StartUndo();
+  scene.Doc().SetFps(25);
+  scene.Doc().EndUndo();
+  ASSERT_TRUE(scene.Doc().DoUndo());
+  EXPECT_EQ(scene.Doc().GetFps(), 30);
+  ASSERT_TRUE(scene.Doc().DoRedo());
+  EXPECT_EQ(scene.Doc().GetFps(), 25);
+}
+
 TEST(Undo, LinksToPostsSurviveTheCopyOver) {
   Scene scene;
   RenderData* first = scene.Doc().GetFirstRenderData();
