@@ -10,6 +10,7 @@
 #include "engine/scene/Nodes.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
+#include "program/desktop/panels/AttributesPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 
@@ -52,6 +53,7 @@ MainWindow::~MainWindow() {
 
 void MainWindow::BuildPanels() {
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
+  panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea, new AttributesPanel(lookedAt_, this));
   panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(engine::RenderCaches::Shared(), this));
   panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.ShowFirstTabs();

@@ -6,6 +6,7 @@
 #include <QMainWindow>
 
 #include "program/desktop/DocumentCommands.h"
+#include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
 #include "program/desktop/menus/EditMenu.h"
 #include "program/desktop/panels/ObjectTree.h"
@@ -26,6 +27,8 @@ class MainWindow : public QMainWindow {
   SidePanels& Panels() { return panels_; }
   Viewport& View() { return *view_; }
   ObjectTree& Objects() { return *objects_; }
+  // What the attributes are of; a panel may put its own elements there.
+  LookedAt& Looking() { return lookedAt_; }
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
   void RestoreLayout();
   // Brings every panel and dialog back to where it stood when the program was new.
@@ -49,6 +52,7 @@ class MainWindow : public QMainWindow {
   DesktopPerson& person_;
   DocumentCommands commands_;
   DialogDocks docks_;
+  LookedAt lookedAt_;
   SidePanels panels_;
   Viewport* view_;
   ObjectTree* objects_;

@@ -1,0 +1,35 @@
+// AttributeLines: which fields are shown for the elements that are looked at, in groups with titles. A group applies to all of
+// the elements. Reads the document, owns no element. Main thread.
+#pragma once
+
+#include <QString>
+
+#include "program/desktop/attributes/Field.h"
+#include "program/desktop/attributes/LookedAt.h"
+
+namespace desktop {
+
+struct AttributeLine {
+  const Field* field;
+  QString label;
+  SharedIds elements;  // that the field is of
+
+  // Whether both look alike, whatever their elements.
+  bool LooksLike(const AttributeLine& other) const { return field == other.field && label == other.label; }
+};
+
+struct AttributeGroup {
+  QString title;
+  bool folded = false;  // at first
+  std::vector<AttributeLine> lines;
+
+  bool LooksLike(const AttributeGroup& other) const;
+};
+
+// The groups for elements of `doc`, one at least; for none of them those of the document itself.
+std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const SharedIds& elements);
+// What is looked at in a few words: a name, "3 objects", "Nothing is selected"; and what it is: "Cube", "Null, Cube".
+QString TitleOf(host::BaseDocument& doc, const Ids& elements);
+QString KindsOf(host::BaseDocument& doc, const Ids& elements);
+
+}  // namespace desktop

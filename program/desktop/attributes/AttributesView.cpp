@@ -1,0 +1,130 @@
+#include "program/desktop/attributes/AttributesView.h"
+
+#include <QScrollBar>
+#include <algorithm>
+
+#include "host/Application.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr int kLeastLabel = 84;
+constexpr int kMostLabel = 120;
+constexpr int kLabelAir = 4;
+constexpr qsizetype kLongestTitle = 80;
+
+bool LookAlike(const std::vector<AttributeGroup>& a, const std::vector<AttributeGroup>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) { return x.LooksLike(y); });
+}
+
+}  // namespace
+
+AttributesView::AttributesView(QWidget* parent) : QScrollArea(parent) {
+  auto* page = new QWidget(this);
+  column_ = new QVBoxLayout(page);
+  column_->setContentsMargins(6, 6, 6, 6);
+  column_->setSpacing(2);
+  title_ = new QLabel(page);
+  kinds_ = new QLabel(page);
+  for (QLabel* label : {title_, kinds_}) {
+    label->setTextFormat(Qt::PlainText);
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    column_->addWidget(label);
+  }
+  QFont bold = title_->font();
+  bold.setBold(true);
+  title_->setFont(bold);
+  kinds_->setForegroundRole(QPalette::PlaceholderText);
+  column_->addStretch();
+  setWidget(page);
+  setWidgetResizable(true);
+  setFrameShape(NoFrame);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+}
+
+void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) {
+  const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
+  const bool others = IdentityOf(doc) != doc_ || elements != elements_;
+  if (!others && count == seen_) return;
+  if (others) {
+    for (const Shown& shown : lines_) shown.field->FinishTyping();
+  }
+  doc_ = IdentityOf(doc);
+  elements_ = elements;
+  seen_ = doc ? engine::ChangeCount(*doc) : 0;
+  std::vector<AttributeGroup> groups = doc ? GroupsFor(*doc, elements) : std::vector<AttributeGroup>();
+  if (!content_ || !LookAlike(groups, groups_)) Build(groups);
+  groups_ = std::move(groups);
+  ShowHeading(doc);
+  if (doc) ShowValues(*doc);
+}
+
+void AttributesView::Build(const std::vector<AttributeGroup>& groups) {
+  for (const auto& [title, section] : sections_) folded_[title] = section->IsFolded();
+  lines_.clear();
+  sections_.clear();
+  if (content_) {
+    content_->hide();
+    content_->deleteLater();
+  }
+  content_ = new QWidget(widget());
+  auto* column = new QVBoxLayout(content_);
+  column->setContentsMargins(0, 6, 0, 0);
+  column->setSpacing(2);
+  int labelWidth = kLeastLabel;
+  for (const AttributeGroup& group : groups) {
+    for (const AttributeLine& line : group.lines)
+      labelWidth = std::max(labelWidth, fontMetrics().horizontalAdvance(line.label) + kLabelAir);
+  }
+  for (const AttributeGroup& group : groups) AddGroup(group, std::min(labelWidth, kMostLabel));
+  column_->insertWidget(column_->count() - 1, content_);
+  // Sideways there is nothing to scroll to; and a panel that shrinks and grows with every click would move the picture.
+  const int margins = 2 * column_->contentsMargins().left() + verticalScrollBar()->sizeHint().width();
+  setMinimumWidth(std::max(minimumWidth(), content_->minimumSizeHint().width() + margins));
+}
+
+void AttributesView::AddGroup(const AttributeGroup& group, int labelWidth) {
+  const auto kept = folded_.find(group.title);
+  auto* section = new FoldSection(group.title, kept == folded_.end() ? group.folded : kept->second, content_);
+  for (const AttributeLine& line : group.lines) {
+    LineField* field = LineField::Make(*line.field, section);
+    field->edited = [this, at = lines_.size()](const FieldEdit& edit) { Edit(at, edit); };
+    section->AddLine(line.label, line.field->tip, labelWidth, field);
+    lines_.push_back({line, field});
+  }
+  sections_[group.title] = section;
+  content_->layout()->addWidget(section);
+}
+
+void AttributesView::ShowValues(host::BaseDocument& doc) {
+  auto shown = lines_.begin();
+  SharedIds ids;
+  std::vector<host::BaseList2D*> elements;
+  for (const AttributeGroup& group : groups_) {
+    for (const AttributeLine& line : group.lines) {
+      if (line.elements != ids) elements = ElementsOf(doc, *line.elements);
+      ids = line.elements;
+      shown->line = line;
+      if (!elements.empty()) shown->field->Show(ReadCommon(elements, *line.field), doc);
+      ++shown;
+    }
+  }
+}
+
+void AttributesView::ShowHeading(host::BaseDocument* doc) {
+  const QString title = doc ? TitleOf(*doc, *elements_) : QString("No document is open");
+  title_->setText(title.left(kLongestTitle));
+  title_->setToolTip(title.size() > kLongestTitle ? title.left(10 * kLongestTitle) : QString());
+  kinds_->setText(doc ? KindsOf(*doc, *elements_) : QString());
+  kinds_->setVisible(!kinds_->text().isEmpty());
+}
+
+void AttributesView::Edit(std::size_t line, const FieldEdit& edit) {
+  host::BaseDocument* doc = FindOpenDocument(doc_);
+  if (!doc) return;
+  editing_.Set(*doc, lines_[line].line.elements, *lines_[line].line.field, edit);
+  host::EventAdd();
+}
+
+}  // namespace desktop

@@ -1,0 +1,52 @@
+// AttributesView: the fields of the elements that are looked at, under titles that fold, for reading and editing. It keeps
+// identities, owns no element. Widgets are made anew only when other fields are to be shown. Main thread.
+#pragma once
+
+#include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
+#include <map>
+
+#include "program/desktop/attributes/AttributeLines.h"
+#include "program/desktop/attributes/FieldEditing.h"
+#include "program/desktop/attributes/FoldSection.h"
+#include "program/desktop/attributes/LineField.h"
+
+namespace desktop {
+
+class AttributesView : public QScrollArea {
+ public:
+  explicit AttributesView(QWidget* parent);
+
+  // Shows elements of `doc` (none: the document's own fields; null: nothing) and takes up what changed. Cheap when nothing did.
+  // What was being typed for other elements is taken for them first.
+  void Follow(host::BaseDocument* doc, const SharedIds& elements);
+  QSize sizeHint() const override { return {320, 360}; }
+
+ private:
+  void Build(const std::vector<AttributeGroup>& groups);
+  void AddGroup(const AttributeGroup& group, int labelWidth);
+  void ShowValues(host::BaseDocument& doc);
+  void ShowHeading(host::BaseDocument* doc);
+  void Edit(std::size_t line, const FieldEdit& edit);
+
+  struct Shown {
+    AttributeLine line;
+    LineField* field;
+  };
+
+  engine::NodeId doc_ = 0;
+  host::ULLONG seen_ = 0;
+  SharedIds elements_;
+  std::vector<AttributeGroup> groups_;
+  std::vector<Shown> lines_;
+  std::map<QString, FoldSection*> sections_;
+  std::map<QString, bool> folded_;  // by title, as a person left them
+  FieldEditing editing_;
+  QLabel* title_;
+  QLabel* kinds_;
+  QVBoxLayout* column_;
+  QWidget* content_ = nullptr;
+};
+
+}  // namespace desktop

@@ -1,0 +1,26 @@
+// FieldEditing: edits one field of many elements in one undo step. Main thread.
+#pragma once
+
+#include "program/desktop/attributes/FieldValue.h"
+#include "program/desktop/attributes/LookedAt.h"
+
+namespace desktop {
+
+// The elements of those identities that still live in `doc`, itself included, in the order of the list.
+std::vector<host::BaseList2D*> ElementsOf(host::BaseDocument& doc, const Ids& ids);
+
+class FieldEditing {
+ public:
+  // Nothing happens where every element has that value already. The caller posts the change.
+  void Set(host::BaseDocument& doc, const SharedIds& elements, const Field& field, const FieldEdit& edit);
+
+ private:
+  // Takes back the step before when this edit goes on with it and nothing else happened since.
+  void TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements, const Field& field);
+
+  const Field* field_ = nullptr;
+  SharedIds elements_;
+  host::ULLONG after_ = 0;  // change count of the document right after the last edit that made a step
+};
+
+}  // namespace desktop

@@ -1,0 +1,180 @@
+#include "program/desktop/attributes/FieldValue.h"
+
+#include <algorithm>
+
+#include "engine/scene/NodeFactory.h"
+#include "engine/scene/Nodes.h"
+#include "host/Parameters.h"
+#include "program/desktop/attributes/ObjectFrame.h"
+#include "program/desktop/attributes/TextureFile.h"
+
+namespace desktop {
+
+namespace {
+
+using host::BaseDocument;
+using host::BaseList2D;
+using host::BaseObject;
+using host::GeData;
+using host::LONG;
+using host::Vector;
+
+constexpr int kLayerFlagCount = 9;
+
+// One of the properties that are no parameters. The element is of the kind that the table of fields shows it for.
+struct OwnProperty {
+  LONG id;
+  GeData (*read)(const BaseList2D& element);
+  void (*write)(BaseList2D& element, const GeData& value);
+};
+
+const BaseObject& Object(const BaseList2D& element) { return static_cast<const BaseObject&>(element); }
+BaseObject& Object(BaseList2D& element) { return static_cast<BaseObject&>(element); }
+const BaseDocument& Document(const BaseList2D& element) { return static_cast<const BaseDocument&>(element); }
+BaseDocument& Document(BaseList2D& element) { return static_cast<BaseDocument&>(element); }
+LONG Number(bool value) { return value ? 1 : 0; }
+GeData Link(const BaseList2D* target) { return GeData(target); }
+BaseList2D* Target(const BaseList2D& element, const GeData& value) { return value.GetLink(element.GetDocument()); }
+
+void WritePosition(BaseList2D& element, const GeData& value) {
+  host::Matrix frame = Object(element).GetMl();
+  frame.off = value.GetVector();
+  Object(element).SetMl(frame);
+}
+
+void WriteInUse(BaseList2D& element, const GeData& value) {
+  value.GetBool() ? element.DelBit(host::BIT_DISABLED) : element.SetBit(host::BIT_DISABLED);
+}
+
+void WriteLayerColor(BaseList2D& element, const GeData& value) {
+  host::LayerData data = element.GetLayerData(element.GetDocument(), true);
+  data.color = value.GetVector();
+  element.SetLayerData(element.GetDocument(), data);
+}
+
+constexpr OwnProperty kProperties[] = {
+    {kFieldName, [](const BaseList2D& e) { return GeData(e.GetName()); },
+     [](BaseList2D& e, const GeData& v) { e.SetName(v.GetString()); }},
+    {kFieldLayer, [](const BaseList2D& e) { return Link(e.GetLayerObject(e.GetDocument())); },
+     [](BaseList2D& e, const GeData& v) { e.SetLayerObject(engine::AsLayer(Target(e, v))); }},
+    {kFieldEditorMode, [](const BaseList2D& e) { return GeData(Object(e).GetEditorMode()); },
+     [](BaseList2D& e, const GeData& v) { Object(e).SetEditorMode(v.GetLong()); }},
+    {kFieldRenderMode, [](const BaseList2D& e) { return GeData(Object(e).GetRenderMode()); },
+     [](BaseList2D& e, const GeData& v) { Object(e).SetRenderMode(v.GetLong()); }},
+    {kFieldDeformMode, [](const BaseList2D& e) { return GeData(Number(Object(e).GetDeformMode())); },
+     [](BaseList2D& e, const GeData& v) { Object(e).SetDeformMode(v.GetBool()); }},
+    {kFieldPosition, [](const BaseList2D& e) { return GeData(Object(e).GetMl().off); }, WritePosition},
+    {kFieldRotation, [](const BaseList2D& e) { return GeData(AnglesOf(Object(e).GetMl())); },
+     [](BaseList2D& e, const GeData& v) { Object(e).SetMl(WithAngles(Object(e).GetMl(), v.GetVector())); }},
+    {kFieldScale, [](const BaseList2D& e) { return GeData(ScaleOf(Object(e).GetMl())); },
+     [](BaseList2D& e, const GeData& v) { Object(e).SetMl(WithScale(Object(e).GetMl(), v.GetVector())); }},
+    {kFieldTagMaterial, [](const BaseList2D& e) { return Link(static_cast<const host::TextureTag&>(e).GetMaterial()); },
+     [](BaseList2D& e, const GeData& v) { static_cast<host::TextureTag&>(e).SetMaterial(engine::AsMaterial(Target(e, v))); }},
+    {kFieldInUse, [](const BaseList2D& e) { return GeData(Number(!e.GetBit(host::BIT_DISABLED))); }, WriteInUse},
+    {kFieldSceneCamera, [](const BaseList2D& e) { return Link(Document(e).GetRenderBaseDraw()->GetSceneCamera(&Document(e))); },
+     [](BaseList2D& e, const GeData& v) {
+       Document(e).GetRenderBaseDraw()->SetSceneCamera(engine::AsObject(v.GetLink(&Document(e))), true);
+     }},
+    {kFieldActiveSettings, [](const BaseList2D& e) { return Link(Document(e).GetActiveRenderData()); },
+     [](BaseList2D& e, const GeData& v) { Document(e).SetActiveRenderData(engine::AsRenderData(v.GetLink(&Document(e)))); }},
+    {kFieldFps, [](const BaseList2D& e) { return GeData(Document(e).GetFps()); },
+     [](BaseList2D& e, const GeData& v) { Document(e).SetFps(v.GetLong()); }},
+    {kFieldLayerColor, [](const BaseList2D& e) { return GeData(e.GetLayerData(e.GetDocument(), true).color); }, WriteLayerColor},
+};
+
+const OwnProperty* PropertyOf(LONG id) {
+  const auto found = std::find_if(std::begin(kProperties), std::end(kProperties), [id](const auto& row) { return row.id == id; });
+  return found == std::end(kProperties) ? nullptr : found;
+}
+
+// The flag of a layer that a field number stands for.
+host::Bool& FlagOf(host::LayerData& data, LONG id) {
+  host::Bool* const flags[kLayerFlagCount] = {&data.solo,       &data.view,      &data.render,      &data.manager,  &data.locked,
+                                              &data.generators, &data.deformers, &data.expressions, &data.animation};
+  return *flags[std::clamp<LONG>(kFieldLayerFlags - id, 0, kLayerFlagCount - 1)];
+}
+
+// The numbers of one type's parameters at its beginning, looked up once a type.
+GeData Preset(LONG type, const Field& field) {
+  const host::BaseContainer data = engine::DefaultData(type);
+  if (data.FindIndex(field.id) != host::NOTOK) return data.GetData(field.id);
+  if (IsOfParts(field.kind)) return Vector();
+  switch (field.kind) {
+    case FieldKind::Real:
+    case FieldKind::Angle:
+    case FieldKind::Percent:
+      return host::Real(0);
+    case FieldKind::File:
+      return host::Filename();
+    case FieldKind::Frame:
+      return host::BaseTime();
+    default:
+      return LONG(0);
+  }
+}
+
+LONG FrameRateOf(const BaseList2D& settings) {
+  return std::max<LONG>(1, settings.GetDataInstance()->GetLong(host::RDATA_FRAMERATE, 30));
+}
+
+GeData ReadParameter(const BaseList2D& element, const Field& field) {
+  GeData value = element.GetDataInstance()->GetData(field.id);
+  if (value.GetType() == host::DA_NIL) value = Preset(element.GetType(), field);
+  return field.kind == FieldKind::Frame ? GeData(value.GetTime().GetFrame(FrameRateOf(element))) : value;
+}
+
+double Part(const Vector& v, int part) { return part == 0 ? v.x : part == 1 ? v.y : v.z; }
+
+// Marks the parts in which the values differ; true when all do.
+bool MarkDifferences(FieldValue& common, const GeData& other, FieldKind kind) {
+  if (!IsOfParts(kind)) return common.mixed[0] = common.mixed[0] || other != common.value;
+  const Vector first = common.value.GetVector();
+  const Vector now = other.GetVector();
+  const int parts = PartsOf(kind);
+  for (int part = 0; part < parts; ++part) {
+    if (Part(first, part) != Part(now, part)) common.mixed[static_cast<std::size_t>(part)] = true;
+  }
+  return std::count(common.mixed.begin(), common.mixed.end(), true) == parts;
+}
+
+}  // namespace
+
+GeData ReadField(const BaseList2D& element, const Field& field) {
+  if (field.kind == FieldKind::Texture) return GeData(TextureFileOf(element, field.id));
+  if (field.id >= 0) return ReadParameter(element, field);
+  if (const OwnProperty* property = PropertyOf(field.id)) return property->read(element);
+  host::LayerData data = element.GetLayerData(element.GetDocument(), true);
+  return Number(FlagOf(data, field.id));
+}
+
+FieldValue ReadCommon(const std::vector<BaseList2D*>& elements, const Field& field) {
+  FieldValue common{ReadField(*elements.front(), field)};
+  for (const BaseList2D* element : elements) {
+    if (MarkDifferences(common, ReadField(*element, field), field.kind)) break;
+  }
+  return common;
+}
+
+void WriteField(BaseList2D& element, const Field& field, const GeData& value) {
+  if (field.kind == FieldKind::Frame) {
+    const auto rate = static_cast<host::Real>(FrameRateOf(element));
+    element.SetParameter(field.id, host::BaseTime(value.GetLong(), rate), 0);
+  } else if (field.id >= 0) {
+    element.SetParameter(field.id, value, 0);
+  } else if (const OwnProperty* property = PropertyOf(field.id)) {
+    property->write(element, value);
+  } else {
+    host::LayerData data = element.GetLayerData(element.GetDocument(), true);
+    FlagOf(data, field.id) = value.GetBool();
+    element.SetLayerData(element.GetDocument(), data);
+  }
+}
+
+GeData Edited(const GeData& before, const FieldEdit& edit, FieldKind kind) {
+  if (!IsOfParts(kind)) return edit.value;
+  const Vector old = before.GetVector();
+  const Vector wanted = edit.value.GetVector();
+  return Vector(edit.parts[0] ? wanted.x : old.x, edit.parts[1] ? wanted.y : old.y, edit.parts[2] ? wanted.z : old.z);
+}
+
+}  // namespace desktop

@@ -1,0 +1,36 @@
+// Values of fields: read from one element or from many at once, and written to one. A value has the type that it is kept in, with
+// three numbers as a vector and a choice among elements as a link. Main thread.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "program/desktop/attributes/Field.h"
+
+namespace desktop {
+
+// What many elements have in common in one field.
+struct FieldValue {
+  host::GeData value;  // of the first element
+  // Whether the elements differ, for each of the parts of the value.
+  std::array<bool, 3> mixed{};
+};
+
+// What is to become of a field: a value, and which of its parts are meant.
+struct FieldEdit {
+  host::GeData value;
+  std::array<bool, 3> parts{true, true, true};
+  // The next step of an edit that goes on (a turning wheel): takes the place of the step before.
+  bool goesOn = false;
+};
+
+// A parameter that the element does not hold reads as what its type starts with.
+host::GeData ReadField(const host::BaseList2D& element, const Field& field);
+// Stops looking as soon as everything differs. `elements` must not be empty.
+FieldValue ReadCommon(const std::vector<host::BaseList2D*>& elements, const Field& field);
+// Writes without undo. Texture fields: see TextureFile.h.
+void WriteField(host::BaseList2D& element, const Field& field, const host::GeData& value);
+// `before` with the meant parts replaced.
+host::GeData Edited(const host::GeData& before, const FieldEdit& edit, FieldKind kind);
+
+}  // namespace desktop

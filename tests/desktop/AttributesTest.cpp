@@ -1,0 +1,309 @@
+// The attributes panel: shows and edits what is selected, one element or many, through undo; refuses what makes no sense.
+#include <QToolTip>
+
+#include "engine/scene/NodeFactory.h"
+#include "engine/undo/Undo.h"
+#include "host/BaseObject.h"
+#include "host/Parameters.h"
+#include "tests/desktop/Fields.h"
+
+namespace {
+
+using desk::Desk;
+using fields::BoxOf;
+using fields::EditOf;
+using fields::Enter;
+using fields::ListOf;
+using host::BaseObject;
+using host::Vector;
+
+host::BaseDocument& Scene() { return *host::GetActiveDocument(); }
+
+BaseObject* Add(host::LONG type, const char* name) {
+  BaseObject* object = BaseObject::Alloc(type);
+  object->SetName(name);
+  Scene().AppendObject(object);
+  return object;
+}
+
+void Select(std::initializer_list<BaseObject*> objects) {
+  Scene().SetActiveObject(nullptr);
+  for (BaseObject* object : objects) Scene().SetActiveObject(object, host::SELECTION_ADD);
+  host::EventAdd();
+  Desk::Rest();
+}
+
+struct WithThings : Desk {
+  BaseObject* first = Add(host::Ocube, "First");
+  BaseObject* second = Add(host::Ocube, "Second");
+  BaseObject* camera = Add(host::Ocamera, "Front");
+  BaseObject* light = Add(host::Olight, "Lamp");
+
+  WithThings() { Rest(); }
+  QWidget& Panel() { return *Window().findChild<QDockWidget*>("attributes")->widget(); }
+  bool Says(const QString& text) {
+    for (const QLabel* label : Panel().findChildren<QLabel*>()) {
+      if (label->text() == text && !label->isHidden()) return true;
+    }
+    return false;
+  }
+};
+
+TEST(Attributes, ShowWhatTheKindOfElementHas) {
+  WithThings desk;
+  EXPECT_TRUE(desk.Says("Nothing is selected"));
+  EXPECT_TRUE(fields::Has(desk.Panel(), "Render settings"));
+  const struct {
+    std::initializer_list<BaseObject*> selected;
+    const char* has;
+    const char* hasNot;
+  } cases[] = {{{desk.camera}, "Field of view", "Brightness"},
+               {{desk.light}, "Brightness", "Field of view"},
+               {{desk.first, desk.second}, "Size", "Radius"},
+               {{desk.first, desk.light}, "Position", "Size"}};
+  for (const auto& c : cases) {
+    Select(c.selected);
+    EXPECT_TRUE(fields::Has(desk.Panel(), c.has)) << c.has;
+    Desk::Rest();
+    EXPECT_FALSE(fields::Has(desk.Panel(), c.hasNot)) << c.hasNot;
+  }
+  EXPECT_TRUE(desk.Says("2 objects"));
+}
+
+TEST(Attributes, EveryKindOfFieldIsEditedAndUndone) {
+  WithThings desk;
+  host::LayerObject* layer = host::LayerObject::Alloc();
+  layer->SetName("Back");
+  Scene().AppendLayer(layer);
+  Select({desk.first});
+  Enter(EditOf(desk.Panel(), "Name"), "Crate");
+  EXPECT_TRUE(desk.first->GetName() == host::String("Crate"));
+  EXPECT_EQ(engine::UndoName(Scene()), "Rename");
+  fields::Pick(ListOf(desk.Panel(), "Editor mode"), "Off");
+  EXPECT_EQ(desk.first->GetEditorMode(), host::MODE_OFF);
+  fields::Pick(ListOf(desk.Panel(), "Deform mode"), "Off");
+  EXPECT_FALSE(desk.first->GetDeformMode());
+  ListOf(desk.Panel(), "Layer").setFocus();
+  EXPECT_EQ(fields::TextsOf(ListOf(desk.Panel(), "Layer")), QStringList({"None", "Back"}));
+  fields::Pick(ListOf(desk.Panel(), "Layer"), "Back");
+  EXPECT_EQ(desk.first->GetLayerObject(&Scene()), layer);
+  Enter(EditOf(desk.Panel(), "Position", 1), "12.5");
+  EXPECT_EQ(desk.first->GetMl().off, Vector(0, 12.5, 0));
+  Enter(EditOf(desk.Panel(), "Rotation", 1), "90");
+  EXPECT_NEAR(desk.first->GetMl().v3.x, 1, 1e-12);
+  EXPECT_EQ(EditOf(desk.Panel(), "Rotation", 1).text(), "90\u00b0");
+  Enter(EditOf(desk.Panel(), "Scale", 0), "-2");
+  EXPECT_NEAR(desk.first->GetMl().v1.z, 2, 1e-12);
+  Enter(EditOf(desk.Panel(), "Size", 2), "30");
+  EXPECT_EQ(desk.first->GetDataInstance()->GetVector(host::PRIM_SIZE), Vector(200, 200, 30));
+  for (int step = 0; step < 8; ++step) desk.App().Undo();
+  Desk::Rest();
+  EXPECT_TRUE(desk.first->GetName() == host::String("First"));
+  EXPECT_EQ(EditOf(desk.Panel(), "Name").text(), "First");
+  EXPECT_EQ(desk.first->GetMl(), host::Matrix());
+  EXPECT_EQ(ListOf(desk.Panel(), "Layer").currentText(), "None");
+  EXPECT_FALSE(engine::CanUndo(Scene()));
+}
+
+TEST(Attributes, OneEditSetsAllAndLeavesTheRest) {
+  WithThings desk;
+  host::Matrix frame;
+  frame.off = {1, 2, 3};
+  desk.second->SetMl(frame);
+  Select({desk.first, desk.second, desk.light});
+  EXPECT_EQ(EditOf(desk.Panel(), "Position", 0).text(), "");
+  EXPECT_EQ(EditOf(desk.Panel(), "Position", 0).placeholderText(), "\u2014");
+  EXPECT_EQ(EditOf(desk.Panel(), "Scale", 0).text(), "1");
+  QTest::keyClick(&EditOf(desk.Panel(), "Position", 0), Qt::Key_Up);
+  QTest::keyClick(&EditOf(desk.Panel(), "Position", 0), Qt::Key_Return);
+  EXPECT_FALSE(engine::CanUndo(Scene())) << "several numbers were stepped as one";
+  Enter(EditOf(desk.Panel(), "Position", 2), "7");
+  EXPECT_EQ(desk.first->GetMl().off, Vector(0, 0, 7));
+  EXPECT_EQ(desk.second->GetMl().off, Vector(1, 2, 7));
+  EXPECT_EQ(engine::UndoName(Scene()), "Position");
+  desk.App().Undo();
+  EXPECT_EQ(desk.second->GetMl().off, Vector(1, 2, 3));
+  EXPECT_FALSE(engine::CanUndo(Scene()));
+}
+
+TEST(Attributes, RefuseWhatIsNoNumber) {
+  WithThings desk;
+  Select({desk.camera});
+  const QString tenThousand(10000, '9');
+  const struct {
+    const char* label;
+    QString text;
+  } cases[] = {{"Position", "nan"},    {"Position", "inf"},       {"Position", "1e400"}, {"Position", "12 apples"},
+               {"Position", "1,5"},    {"Position", tenThousand}, {"Position", "--1"},   {"Position", "0x10"},
+               {"Field of view", "0"}, {"Field of view", "178"},  {"Near", "-1"},        {"Position", "\u0663"},
+               {"Position", "1e10"}};
+  for (const auto& c : cases) {
+    QLineEdit& edit = EditOf(desk.Panel(), c.label);
+    const QString before = edit.text();
+    edit.setFocus();
+    edit.selectAll();
+    edit.insert(c.text);
+    edit.setModified(true);
+    QTest::keyClick(&edit, Qt::Key_Return);
+    EXPECT_EQ(edit.text(), c.text) << "Enter forgot what was typed";
+    EXPECT_FALSE(QToolTip::text().isEmpty()) << c.text.left(20).toStdString();
+    EditOf(desk.Panel(), "Name").setFocus();
+    EXPECT_EQ(edit.text(), before);
+    EXPECT_FALSE(engine::CanUndo(Scene())) << c.text.left(20).toStdString();
+  }
+  EditOf(desk.Panel(), "Name").clear();
+  EditOf(desk.Panel(), "Name").setModified(true);
+  QTest::keyClick(&EditOf(desk.Panel(), "Name"), Qt::Key_Return);
+  EXPECT_TRUE(desk.camera->GetName() == host::String("Front"));
+}
+
+TEST(Attributes, KeysAndWheelStepAsOneEdit) {
+  WithThings desk;
+  Select({desk.first});
+  QLineEdit& x = EditOf(desk.Panel(), "Position", 0);
+  fields::Type(x, "40");
+  QTest::keyClick(&x, Qt::Key_Escape);
+  EXPECT_EQ(x.text(), "0");
+  for (const auto& [key, shift, expected] :
+       {std::tuple(Qt::Key_Up, false, 1.0), {Qt::Key_Up, true, 11.0}, {Qt::Key_PageDown, false, 1.0}, {Qt::Key_Up, false, 2.0}}) {
+    QTest::keyClick(&x, key, shift ? Qt::ShiftModifier : Qt::NoModifier);
+    EXPECT_EQ(desk.first->GetMl().off.x, expected);
+  }
+  const auto turn = [](QWidget& widget) {
+    QWheelEvent event(QPointF(5, 5), widget.mapToGlobal(QPointF(5, 5)), {}, QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&widget, &event);
+  };
+  turn(x);
+  EXPECT_EQ(desk.first->GetMl().off.x, 3);
+  turn(EditOf(desk.Panel(), "Position", 1));
+  turn(ListOf(desk.Panel(), "Editor mode"));
+  EXPECT_EQ(desk.first->GetMl().off.y, 0) << "the wheel changed a number that has not the focus";
+  EXPECT_EQ(desk.first->GetEditorMode(), host::MODE_UNDEF);
+  desk.App().Undo();
+  EXPECT_EQ(desk.first->GetMl().off.x, 0);
+  EXPECT_FALSE(engine::CanUndo(Scene()));
+  x.setFocus();
+  QTest::keyClick(&x, Qt::Key_Tab);
+  EXPECT_TRUE(EditOf(desk.Panel(), "Position", 1).hasFocus());
+}
+
+TEST(Attributes, TypedTextSurvivesChangesFromElsewhere) {
+  WithThings desk;
+  Select({desk.first});
+  QLineEdit& name = EditOf(desk.Panel(), "Name");
+  fields::Type(name, "Half a na");
+  desk.second->SetName("Other");
+  desk.first->SetEditorMode(host::MODE_ON);
+  host::EventAdd();
+  Desk::Rest();
+  EXPECT_EQ(name.text(), "Half a na");
+  EXPECT_EQ(ListOf(desk.Panel(), "Editor mode").currentText(), "On");
+  Select({desk.second});
+  EXPECT_TRUE(desk.first->GetName() == host::String("Half a na")) << "what was typed went to nobody";
+  EXPECT_TRUE(desk.second->GetName() == host::String("Other"));
+  EXPECT_EQ(name.text(), "Other");
+}
+
+TEST(Attributes, TakeLongAndRightToLeftNames) {
+  WithThings desk;
+  Select({desk.first});
+  const QString hebrew = QString::fromUtf8("\u05e9\u05dc\u05d5\u05dd ");
+  for (const QString& name : {hebrew.repeated(2000), QString(10000, 'x'), QString::fromUtf8("\U0001f3e0 & <b>house</b>")}) {
+    QLineEdit& edit = EditOf(desk.Panel(), "Name");
+    edit.setText(name);
+    edit.setModified(true);
+    QTest::keyClick(&edit, Qt::Key_Return);
+    Desk::Rest();
+    EXPECT_TRUE(desk.first->GetName() == host::String(name.toStdString()));
+    EXPECT_LT(desk.Panel().width(), 700);
+  }
+}
+
+TEST(Attributes, FollowTagsMaterialsAndPanelsThatAskForIt) {
+  WithThings desk;
+  host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
+  material->SetName("Wood");
+  Scene().AppendMaterial(material);
+  auto* tag = static_cast<host::TextureTag*>(desk.first->MakeTag(host::Ttexture));
+  host::BaseTag* compositing = desk.first->MakeTag(host::Tcompositing);
+  Select({desk.first});
+  Scene().SetActiveTag(tag);
+  Desk::Rest();
+  fields::Pick(ListOf(desk.Panel(), "Material"), "Wood");
+  EXPECT_EQ(tag->GetMaterial(), material);
+  Enter(EditOf(desk.Panel(), "Tiles", 1), "3");
+  EXPECT_EQ(tag->GetDataInstance()->GetVector(host::TEXTURETAG_TILES), Vector(1, 3, 0));
+  Scene().SetActiveTag(compositing);
+  Desk::Rest();
+  QTest::mouseClick(&BoxOf(desk.Panel(), "Cast shadows"), Qt::LeftButton, {}, QPoint(8, 8));
+  EXPECT_FALSE(compositing->GetDataInstance()->GetBool(host::COMPOSITINGTAG_CASTSHADOW));
+  desk.Window().Looking().Show(Scene(), {engine::IdOf(*material)});
+  Desk::Rest();
+  Enter(EditOf(desk.Panel(), "Roughness"), "25 %");
+  EXPECT_DOUBLE_EQ(material->GetDataInstance()->GetReal(host::MATERIAL_ROUGHNESS), 0.25);
+  Enter(EditOf(desk.Panel(), "Texture"), "oak.png");
+  ASSERT_NE(material->GetFirstShader(), nullptr);
+  EXPECT_TRUE(material->GetFirstShader()->GetDataInstance()->GetFilename(host::BITMAPSHADER_FILENAME).GetString() ==
+              host::String("oak.png"));
+  EXPECT_EQ(material->GetDataInstance()->GetLink(host::MATERIAL_COLOR_SHADER, &Scene()), material->GetFirstShader());
+  desk.App().Undo();
+  EXPECT_EQ(material->GetFirstShader(), nullptr);
+  Desk::Rest();
+  EXPECT_EQ(EditOf(desk.Panel(), "Texture").text(), "");
+  Select({desk.light});
+  EXPECT_TRUE(fields::Has(desk.Panel(), "Brightness")) << "a new selection comes before what a panel asked for";
+}
+
+TEST(Attributes, EditTheDocumentWhenNothingIsSelected) {
+  WithThings desk;
+  fields::Pick(ListOf(desk.Panel(), "Camera"), "Front");
+  EXPECT_EQ(Scene().GetRenderBaseDraw()->GetSceneCamera(&Scene()), desk.camera);
+  Enter(EditOf(desk.Panel(), "Frame rate"), "25");
+  EXPECT_EQ(Scene().GetFps(), 25);
+  desk.App().Undo();
+  EXPECT_EQ(Scene().GetFps(), 30);
+  desk.App().Undo();
+  EXPECT_EQ(Scene().GetRenderBaseDraw()->GetSceneCamera(&Scene()), nullptr);
+}
+
+// What the desktop shows for a parameter is what its element keeps: a field that writes another type would be recorded as such.
+TEST(Attributes, FieldsKeepTheTypesOfTheirParameters) {
+  for (const desktop::FieldSection& section : desktop::FieldSections()) {
+    const host::BaseContainer data = engine::DefaultData(section.type);
+    for (const desktop::Field& field : section.fields) {
+      if (field.id < 0 || data.FindIndex(field.id) == host::NOTOK || field.kind == desktop::FieldKind::Texture) continue;
+      const host::LONG type = data.GetType(field.id);
+      using Kind = desktop::FieldKind;
+      const bool real = field.kind == Kind::Real || field.kind == Kind::Angle || field.kind == Kind::Percent;
+      const host::LONG expected = desktop::IsOfParts(field.kind) ? host::DA_VECTOR
+                                  : real                         ? host::DA_REAL
+                                  : field.kind == Kind::Frame    ? host::DA_TIME
+                                                                 : host::DA_LONG;
+      EXPECT_EQ(type, expected) << section.title << ": " << field.label;
+    }
+  }
+}
+
+TEST(AttributesPicture, OfSeveralThings) {
+  WithThings desk;
+  desk.Window().resize(1480, 1100);
+  Desk::Rest();
+  auto& dock = *desk.Window().findChild<QDockWidget*>("attributes");
+  desk.Window().resizeDocks({&dock}, {700}, Qt::Vertical);
+  EXPECT_TRUE(pictures::Write(dock, "attributes-nothing"));
+  host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
+  material->SetName("Wood");
+  Scene().AppendMaterial(material);
+  for (const auto& [name, object] : {std::pair("cube", desk.first), {"light", desk.light}, {"camera", desk.camera}}) {
+    Select({object});
+    EXPECT_TRUE(pictures::Write(dock, QString("attributes-") + name));
+  }
+  Select({desk.first, desk.light, desk.camera});
+  EXPECT_TRUE(pictures::Write(dock, "attributes-several"));
+  desk.Window().Looking().Show(Scene(), {engine::IdOf(*material)});
+  EXPECT_TRUE(pictures::Write(dock, "attributes-material"));
+  EXPECT_TRUE(pictures::Write(desk.Window(), "attributes-window"));
+}
+
+}  // namespace

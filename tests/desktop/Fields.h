@@ -1,0 +1,65 @@
+// Finding and using the fields of an attributes view as a person does.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QtTest/QTest>
+
+#include "program/desktop/attributes/AttributesView.h"
+#include "tests/desktop/Desk.h"
+
+namespace fields {
+
+// What has that label. Fails by exception.
+inline QWidget& FieldOf(QWidget& view, const QString& label) {
+  for (QWidget* widget : view.findChildren<QWidget*>()) {
+    if (widget->accessibleName() == label && !widget->parentWidget()->isHidden()) return *widget;
+  }
+  throw std::runtime_error("no field " + label.toStdString());
+}
+
+inline bool Has(QWidget& view, const QString& label) {
+  for (QWidget* widget : view.findChildren<QWidget*>()) {
+    if (widget->accessibleName() == label) return true;
+  }
+  return false;
+}
+
+inline QLineEdit& EditOf(QWidget& view, const QString& label, int part = 0) {
+  return *FieldOf(view, label).findChildren<QLineEdit*>().at(part);
+}
+inline QComboBox& ListOf(QWidget& view, const QString& label) { return *FieldOf(view, label).findChild<QComboBox*>(); }
+inline QCheckBox& BoxOf(QWidget& view, const QString& label) { return *FieldOf(view, label).findChild<QCheckBox*>(); }
+
+// Types over what stands there, without confirming.
+inline void Type(QLineEdit& edit, const QString& text) {
+  edit.setFocus();
+  edit.selectAll();
+  QTest::keyClicks(&edit, text);
+}
+
+inline void Enter(QLineEdit& edit, const QString& text) {
+  Type(edit, text);
+  QTest::keyClick(&edit, Qt::Key_Return);
+  desk::Desk::Rest();
+}
+
+inline void Pick(QComboBox& list, const QString& text) {
+  list.setFocus();
+  const int row = list.findText(text);
+  ASSERT_GE(row, 0) << text.toStdString();
+  list.setCurrentIndex(row);
+  emit list.activated(row);
+  desk::Desk::Rest();
+}
+
+inline QStringList TextsOf(const QComboBox& list) {
+  QStringList texts;
+  for (int row = 0; row < list.count(); ++row) texts.push_back(list.itemText(row));
+  return texts;
+}
+
+}  // namespace fields
