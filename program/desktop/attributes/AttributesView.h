@@ -35,7 +35,7 @@ class AttributesView : public QScrollArea {
     LineField* field;
   };
 
-  engine::NodeId doc_ = 0;
+  host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
   SharedIds elements_;
   std::vector<AttributeGroup> groups_;

@@ -36,7 +36,7 @@ class ChoiceLine : public LineField {
   void Chosen(int row);
 
   Box* box_;
-  engine::NodeId doc_ = 0;
+  host::ULLONG doc_ = 0;
 };
 
 }  // namespace desktop

@@ -38,13 +38,15 @@ void FieldEditing::Set(host::BaseDocument& doc, const SharedIds& elements, const
     for (host::BaseList2D* element : ElementsOf(doc, *elements)) Apply(doc, *element, field, edit);
   }
   const bool changed = engine::ChangeCount(doc) != before;
+  doc_ = IdentityOf(&doc);
   field_ = changed ? &field : nullptr;
   elements_ = elements;
   after_ = engine::ChangeCount(doc);
 }
 
 void FieldEditing::TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements, const Field& field) {
-  if (field_ == &field && elements_ == elements && engine::ChangeCount(doc) == after_) doc.DoUndo();
+  const bool same = doc_ == IdentityOf(&doc) && field_ == &field && *elements_ == *elements;
+  if (same && engine::ChangeCount(doc) == after_) doc.DoUndo();
 }
 
 }  // namespace desktop

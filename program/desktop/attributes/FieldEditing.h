@@ -18,6 +18,7 @@ class FieldEditing {
   // Takes back the step before when this edit goes on with it and nothing else happened since.
   void TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements, const Field& field);
 
+  host::ULLONG doc_ = 0;
   const Field* field_ = nullptr;
   SharedIds elements_;
   host::ULLONG after_ = 0;  // change count of the document right after the last edit that made a step

@@ -28,7 +28,7 @@ class LookedAt {
   void ReadSelection(const host::BaseDocument* doc);
   void Choose(const host::BaseDocument* doc);
 
-  engine::NodeId doc_ = 0;
+  host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
   Ids objects_;
   Ids tags_;

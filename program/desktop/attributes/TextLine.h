@@ -18,7 +18,7 @@ class TextLine : public LineField {
   QString Take(const QString& text) const;
 
   TypingEdit* edit_;
-  engine::NodeId doc_ = 0;
+  host::ULLONG doc_ = 0;
 };
 
 }  // namespace desktop
