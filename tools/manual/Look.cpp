@@ -65,7 +65,7 @@ QTextBlockFormat BodyBlock() { return Block(0, 7.5, 122); }
 
 QTextBlockFormat HeadingBlock(int level) {
   if (level == 1) {
-    QTextBlockFormat chapter = Block(0, 16, 105);
+    QTextBlockFormat chapter = Block(11, 16, 105);
     chapter.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
     return chapter;
   }

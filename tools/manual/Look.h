@@ -24,7 +24,7 @@ inline const QColor kNote(0xee, 0xf4, 0xfa);
 inline const QMarginsF kPageMargins(Points(74), Points(78), Points(74), Points(72));  // left, top, right, bottom
 inline constexpr double kHeaderHeight = Points(48);
 inline constexpr double kFooterHeight = Points(44);
-inline constexpr double kTallestPicture = 0.42;       // of the page's height
+inline constexpr double kTallestPicture = 0.46;       // of the page's height
 inline constexpr double kLargestPictureScale = 0.75;  // of a picture's pixels: 128 to the inch at least
 
 // Fonts, sizes in points. They are of one family, which the system must have; `MissingFonts` names those it lacks.

@@ -4,6 +4,7 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextLayout>
+#include <QTextTable>
 #include <algorithm>
 
 namespace manual {
@@ -25,6 +26,20 @@ std::vector<int> PagesOf(const QTextDocument& document, const SetItem& item) {
   return pages;
 }
 
+// A table breaks between its rows and shows its head again, unless only these few, its head among them, would stand before.
+constexpr int kFewRows = 5;
+
+int RowsOnFirstPage(const QTextDocument& document, const SetItem& item) {
+  const auto& table = static_cast<const QTextTable&>(*item.frame);
+  const auto page = [&](int row) {
+    const QTextBlock block = table.cellAt(row, 0).firstCursorPosition().block();
+    return static_cast<int>((document.documentLayout()->blockBoundingRect(block).top() + 1) / document.pageSize().height());
+  };
+  int rows = 1;
+  while (rows < table.rows() && page(rows) == page(0)) ++rows;
+  return rows;
+}
+
 bool IsTorn(const QTextDocument& document, const std::vector<SetItem>& items, std::size_t index) {
   const std::vector<int> pages = PagesOf(document, items[index]);
   const bool split = pages.front() != pages.back();
@@ -36,7 +51,7 @@ bool IsTorn(const QTextDocument& document, const std::vector<SetItem>& items, st
     case Kind::Figure:
       return split;
     case Kind::Table:
-      return false;  // breaks between its rows and shows its head again
+      return split && RowsOnFirstPage(document, items[index]) <= kFewRows;
     default:
       return split && (pages[1] != pages[0] || pages[pages.size() - 2] != pages.back());
   }

@@ -55,7 +55,12 @@ void Setting::SetPiece(const Piece& piece) {
   }
 }
 
+// The space above a chapter counts only below another block, not below a table.
 void Setting::SetHeadingPiece(const Piece& piece) {
+  if (freshBlock_ && piece.level == 1) {
+    cursor_.setBlockFormat(HairBlock());
+    freshBlock_ = false;
+  }
   StartBlock(piece.kind, HeadingBlock(piece.level));
   const QString text = PlainText(piece.line);
   headings_.push_back({piece.level, text, AnchorOf(text), cursor_.position(), 0, 0});
@@ -99,7 +104,7 @@ void Setting::SetTable(const Piece& piece) {
   for (int row = 0; row < table->rows(); ++row) {
     for (int column = 0; column < table->columns(); ++column) {
       const QTextTableCell cell = table->cellAt(row, column);
-      FormatCell(cell, row == 0, column + 1 == table->columns());
+      FormatCell(*table, cell);
       QTextCursor inside = cell.firstCursorPosition();
       inside.setBlockFormat(CellBlock());
       InsertLine(inside, piece.cells[row][column], CellText(row == 0));

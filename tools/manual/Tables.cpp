@@ -2,10 +2,17 @@
 
 #include <QFontMetricsF>
 #include <algorithm>
+#include <numeric>
 
 #include "tools/manual/Look.h"
 
 namespace manual {
+
+namespace {
+
+constexpr double kColumnGap = Points(11);
+
+}  // namespace
 
 QTextTable* InsertPlainTable(QTextCursor& cursor, int rows, const std::vector<double>& widths) {
   QTextTableFormat format;
@@ -31,17 +38,19 @@ std::vector<double> ColumnWidths(const std::vector<std::vector<Line>>& cells, do
   std::vector<double> wanted(cells.front().size(), 0.0);
   for (const auto& row : cells) {
     for (std::size_t column = 0; column < row.size(); ++column) {
-      const double width = metrics.horizontalAdvance(PlainText(row[column])) + Points(14);
-      wanted[column] = std::min(std::max(wanted[column], width), total);
+      wanted[column] = std::max(wanted[column], metrics.horizontalAdvance(PlainText(row[column])) + kColumnGap);
     }
   }
-  if (wanted.size() == 1) return {total};
   const double first = std::min(wanted[0], total * 0.4);
-  double others = 0;
-  for (std::size_t column = 1; column < wanted.size(); ++column) others += wanted[column];
-  std::vector<double> widths{first};
-  for (std::size_t column = 1; column < wanted.size(); ++column) widths.push_back((total - first) * wanted[column] / others);
-  return widths;
+  const double sum = std::accumulate(wanted.begin(), wanted.end(), 0.0);
+  if (sum <= total || wanted.size() == 1) {
+    wanted.back() += total - sum;
+    return wanted;
+  }
+  const double others = sum - wanted[0];
+  for (double& width : wanted) width = (total - first) * width / others;
+  wanted[0] = first;
+  return wanted;
 }
 
 void Pad(QTextTableCell cell, double left, double top, double right, double bottom) {
@@ -53,13 +62,22 @@ void Pad(QTextTableCell cell, double left, double top, double right, double bott
   cell.setFormat(format);
 }
 
-void FormatCell(QTextTableCell cell, bool head, bool lastColumn) {
+// Rules stand above rows, because the toolkit draws one below the last row of a page at the end of the page.
+void FormatCell(const QTextTable& table, QTextTableCell cell) {
   QTextTableCellFormat format = cell.format().toTableCellFormat();
-  format.setBottomBorder(Points(head ? 0.9 : 0.4));
-  format.setBottomBorderStyle(QTextFrameFormat::BorderStyle_Solid);
-  format.setBottomBorderBrush(head ? kAccent : kRule);
+  const bool head = cell.row() == 0;
+  if (cell.row() > 1) {
+    format.setTopBorder(Points(0.4));
+    format.setTopBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+    format.setTopBorderBrush(kRule);
+  }
+  if (head || cell.row() + 1 == table.rows()) {
+    format.setBottomBorder(Points(head ? 0.9 : 0.4));
+    format.setBottomBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+    format.setBottomBorderBrush(head ? kAccent : kRule);
+  }
   cell.setFormat(format);
-  Pad(cell, 0, 3.4, lastColumn ? 0 : 10, 4);
+  Pad(cell, 0, 3.4, cell.column() + 1 == table.columns() ? 0 : 10, 4);
 }
 
 void FormatPanel(QTextTableCell cell, const QColor& background, const QColor& bar) {
