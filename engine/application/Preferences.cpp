@@ -1,5 +1,7 @@
 #include "engine/application/Preferences.h"
 
+#include <utility>
+
 #include "engine/application/PreferencesText.h"
 
 namespace engine {
@@ -18,14 +20,13 @@ const host::BaseContainer* Preferences::Get(host::LONG id) {
   return it == stored_.end() ? nullptr : &it->second;
 }
 
-Status Preferences::Set(host::LONG id, const host::BaseContainer& data, bool merge) {
-  const host::BaseContainer given = data;  // may be one of ours
+Status Preferences::Set(host::LONG id, host::BaseContainer data, bool merge) {
   Status status = Read();
   host::BaseContainer& stored = stored_[id];
   if (merge) {
-    stored.MergeContainer(given);
+    stored.MergeContainer(data);
   } else {
-    stored = given;
+    stored = std::move(data);
   }
   session_[id] = stored;
   if (status) status = outside_.MakeFolders(outside_.ConfigFolder());

@@ -18,8 +18,8 @@ class Preferences {
   // Null when there is nothing under `id`. Valid until the next Set.
   const host::BaseContainer* Get(host::LONG id);
   // Merges `data` into what is there, or replaces it, and writes the file. What other programs wrote under other IDs
-  // meanwhile is kept. On failure the value still holds for this session.
-  Status Set(host::LONG id, const host::BaseContainer& data, bool merge);
+  // meanwhile is kept. On failure the value still holds for this session. `data` is a copy, as it may be what Get answered.
+  Status Set(host::LONG id, host::BaseContainer data, bool merge);
 
  private:
   using Containers = std::map<host::LONG, host::BaseContainer>;

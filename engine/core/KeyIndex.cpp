@@ -11,7 +11,7 @@ namespace {
 // Mixes with an address that differs from run to run, so that no file can be made to collide everywhere.
 std::size_t Scatter(host::LONG key) {
   static const char salt = 0;
-  std::uint64_t mixed = static_cast<std::uint32_t>(key) ^ std::bit_cast<std::uint64_t>(&salt);
+  std::uint64_t mixed = static_cast<std::uint32_t>(key) ^ reinterpret_cast<std::uintptr_t>(&salt);
   mixed = (mixed ^ (mixed >> 32)) * 0x9E3779B97F4A7C15U;
   mixed = (mixed ^ (mixed >> 29)) * 0xBF58476D1CE4E5B9U;
   return mixed ^ (mixed >> 32);

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "engine/core/SharedCount.h"
 #include "engine/core/TextBlock.h"
@@ -31,9 +32,12 @@ std::uint64_t BitsOf(T* block) {
 inline std::uint64_t BitsOf(host::LONG number) { return std::bit_cast<std::uint64_t>(static_cast<std::int64_t>(number)); }
 inline std::uint64_t BitsOf(host::Real number) { return std::bit_cast<std::uint64_t>(number); }
 
+// Not by std::bit_cast, behind which the static analysis takes the whole block for uninitialised.
 template <class T>
 T* BlockOf(std::uint64_t bits) {
-  return std::bit_cast<T*>(bits);
+  T* block = nullptr;
+  std::memcpy(&block, &bits, sizeof(bits));
+  return block;
 }
 
 // True for the types whose bits are the address of a counted block: time, vector, texts, container.
