@@ -1,5 +1,4 @@
 // Rendering a preview: the render settings come back as they were, whatever becomes of the picture.
-#include <algorithm>
 #include <filesystem>
 
 #include "engine/outside/FaultyOutside.h"
@@ -73,45 +72,6 @@ TEST_F(PreviewTest, AFullDiskOrAStopKeepsQuietAndTheSettings) {
   EXPECT_EQ(App().Documents().size(), 1U);
 }
 
-TEST_F(PreviewTest, TellsStatesApart) {
-  BaseObject* group = Object("Group");
-  BaseObject* box = Object("Box", group, Ocube);
-  BaseObject* ball = Object("Ball", nullptr, Osphere);
-  Matrix beside;
-  beside.off = Vector(220, 0, 0);
-  ball->SetMl(beside);
-  LayerObject* layer = Layer("Layer");
-  ball->SetLayerObject(layer);
-  BaseMaterial* red = Material("Red");
-  red->GetDataInstance()->SetVector(MATERIAL_COLOR, Vector(1, 0, 0));
-  TextureTag* texture = Texture(ball, nullptr);
-  BaseTag* compositing = Tag(ball, Tcompositing);
-  Record("plain");
-  std::vector<std::string> pictures{tests::ReadText(File("plain"))};
-  const auto differs = [&](const char* name) {
-    Record(name);
-    const std::string picture = tests::ReadText(File(name));
-    EXPECT_TRUE(std::find(pictures.begin(), pictures.end(), picture) == pictures.end()) << name;
-    pictures.push_back(picture);
-  };
-  group->SetRenderMode(MODE_OFF);
-  differs("the parent hidden, which the child follows");
-  group->SetRenderMode(MODE_UNDEF);
-  texture->SetMaterial(red);
-  differs("another material");
-  box->SetDeformMode(FALSE);
-  ball->SetRenderMode(MODE_OFF);
-  differs("one generator off, the other one hidden");
-  ball->SetRenderMode(MODE_UNDEF);
-  compositing->GetDataInstance()->SetBool(COMPOSITINGTAG_RECEIVESHADOW, FALSE);
-  differs("one generator off, no shadows received");
-  LayerData flags;
-  flags.render = FALSE;
-  layer->SetLayerData(&Doc(), flags);
-  box->SetDeformMode(TRUE);
-  differs("the layer not rendered");
-}
-
 TEST_F(PreviewTest, AnUnsavedDocumentIsRecordedWithoutOne) {
   Doc().SetDocumentPath(Filename());
   Record("A");
@@ -123,6 +83,84 @@ TEST_F(PreviewTest, ANameThatLeadsElsewhereWritesNothing) {
   for (const char* name : {"../x", "/x", "./x", "sub/x"}) Record(name);
   EXPECT_EQ(tests::Names(Folder()), "shot_SM");
   EXPECT_EQ(tests::Names(Folder() + "/shot_SM"), "");
+}
+
+// A group with a box, a ball beside it on a layer with a tag of each kind, and a floor below both.
+class StatesTest : public PreviewTest {
+ protected:
+  void SetUp() override {
+    PreviewTest::SetUp();
+    group = Object("Group");
+    box = Object("Box", group, Ocube);
+    ball = Object("Ball", nullptr, Osphere);
+    Place(ball, 220, 0);
+    floor = Object("Floor", nullptr, Oplane);
+    Place(floor, 0, -100);
+    layer = Layer("Layer");
+    ball->SetLayerObject(layer);
+    red = Material("Red");
+    red->GetDataInstance()->SetVector(MATERIAL_COLOR, Vector(1, 0, 0));
+    texture = Texture(ball, nullptr);
+    ballTag = Tag(ball, Tcompositing);
+    floorTag = Tag(floor, Tcompositing);
+  }
+  static void Place(BaseObject* object, Real x, Real y) {
+    Matrix frame;
+    frame.off = Vector(x, y, 0);
+    object->SetMl(frame);
+  }
+  void SetLayer(Bool LayerData::*flag, Bool value) {
+    LayerData flags = layer->GetLayerData(&Doc(), TRUE);
+    flags.*flag = value;
+    layer->SetLayerData(&Doc(), flags);
+  }
+  std::string Shot(const std::string& name) {
+    Record(name);
+    return tests::ReadText(File(name));
+  }
+
+  BaseObject* group = nullptr;
+  BaseObject* box = nullptr;
+  BaseObject* ball = nullptr;
+  BaseObject* floor = nullptr;
+  LayerObject* layer = nullptr;
+  BaseMaterial* red = nullptr;
+  TextureTag* texture = nullptr;
+  BaseTag* ballTag = nullptr;
+  BaseTag* floorTag = nullptr;
+
+ public:
+  struct Case {
+    const char* name;
+    void (*change)(StatesTest&);
+  };
+  static constexpr Case kCases[] = {
+      {"render mode", [](StatesTest& s) { s.box->SetRenderMode(MODE_OFF); }},
+      {"undefined mode below a hidden parent", [](StatesTest& s) { s.group->SetRenderMode(MODE_OFF); }},
+      {"deform mode of a generator", [](StatesTest& s) { s.box->SetDeformMode(FALSE); }},
+      {"layer not rendered", [](StatesTest& s) { s.SetLayer(&LayerData::render, FALSE); }},
+      {"layer without generators", [](StatesTest& s) { s.SetLayer(&LayerData::generators, FALSE); }},
+      {"layer solo", [](StatesTest& s) { s.SetLayer(&LayerData::solo, TRUE); }},
+      {"material", [](StatesTest& s) { s.texture->SetMaterial(s.red); }},
+      {"casts no shadows", [](StatesTest& s) { s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_CASTSHADOW, FALSE); }},
+      {"receives no shadows", [](StatesTest& s) { s.floorTag->GetDataInstance()->SetBool(COMPOSITINGTAG_RECEIVESHADOW, FALSE); }},
+      {"not seen by the camera",
+       [](StatesTest& s) { s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_SEENBYCAMERA, FALSE); }},
+  };
+};
+
+TEST_F(StatesTest, EachSwitchHasItsOwnPictureAndRecallBringsItBack) {
+  const std::string plain = Shot("plain");
+  for (const Case& c : kCases) {
+    c.change(*this);
+    const std::string changed = Shot(c.name);
+    EXPECT_NE(changed, plain) << c.name;
+    Load("plain");
+    EXPECT_EQ(Shot(std::string("plain after ") + c.name), plain);
+    Load(c.name);
+    EXPECT_EQ(Shot(std::string("again ") + c.name), changed) << c.name;
+    Load("plain");
+  }
 }
 
 }  // namespace
