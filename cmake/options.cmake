@@ -43,6 +43,7 @@ if(STAGEMARKS_WERROR)
   target_compile_options(project_options INTERFACE -Werror)
 endif()
 if(STAGEMARKS_SANITIZE)
-  target_compile_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE} -fno-omit-frame-pointer -g)
+  # -O1: files with large templates compile in half the time, and the tests run nearly as fast.
+  target_compile_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE} -fno-omit-frame-pointer -g -O1)
   target_link_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE})
 endif()
