@@ -4,7 +4,6 @@
 
 #include <bit>
 #include <cstdint>
-#include <cstring>
 
 #include "engine/core/SharedCount.h"
 #include "engine/core/TextBlock.h"
@@ -35,9 +34,7 @@ inline std::uint64_t BitsOf(host::Real number) { return std::bit_cast<std::uint6
 // Not by std::bit_cast, behind which the static analysis takes the whole block for uninitialised.
 template <class T>
 T* BlockOf(std::uint64_t bits) {
-  T* block = nullptr;
-  std::memcpy(&block, &bits, sizeof(bits));
-  return block;
+  return reinterpret_cast<T*>(bits);
 }
 
 // True for the types whose bits are the address of a counted block: time, vector, texts, container.

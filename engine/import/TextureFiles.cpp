@@ -60,9 +60,9 @@ class TextureSearch {
  private:
   std::string Search(const std::string& written) {
     for (const std::string& text : {written, Decoded(written)}) {
-      const std::string direct = AsWritten(text);
+      std::string direct = AsWritten(text);
       if (!direct.empty()) return direct;
-      const std::string near = ByName(BareName(text));
+      std::string near = ByName(BareName(text));
       if (!near.empty()) return near;
     }
     return {};

@@ -35,6 +35,7 @@ class WrittenPaths {
     for (const auto& [path, order] : paths_) sorted.emplace_back(order, path);
     std::sort(sorted.begin(), sorted.end());
     std::vector<std::string> names;
+    names.reserve(sorted.size());
     for (auto& [order, path] : sorted) names.push_back(std::move(path));
     return names;
   }

@@ -34,7 +34,7 @@ std::string AbsoluteFromEnvironment(const char* variable) {
 }
 
 std::string Home() {
-  const std::string home = AbsoluteFromEnvironment("HOME");
+  std::string home = AbsoluteFromEnvironment("HOME");
   if (!home.empty()) return home;
   const passwd* user = getpwuid(getuid());
   return user != nullptr && user->pw_dir != nullptr && user->pw_dir[0] == '/' ? user->pw_dir : "";

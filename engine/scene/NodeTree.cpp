@@ -15,6 +15,7 @@ using A = NodeAccess;
 
 namespace {
 
+// Both null where the owner has no such list.
 struct Ends {
   GeListNode** first = nullptr;
   GeListNode** last = nullptr;
@@ -101,6 +102,7 @@ void KeepActiveSettings(BaseDocument& doc) {
 }
 
 void Unlink(GeListNode& node, const Ends& ends) {
+  if (!ends.first || !ends.last) return;
   GeListNode* next = node.GetNext();
   GeListNode* pred = node.GetPred();
   (pred ? A::Next(*pred) : *ends.first) = next;
@@ -109,6 +111,7 @@ void Unlink(GeListNode& node, const Ends& ends) {
 }
 
 void Link(GeListNode& node, const Ends& ends, GeListNode* pred) {
+  if (!ends.first || !ends.last) return;
   GeListNode* next = pred ? pred->GetNext() : *ends.first;
   A::Pred(node) = pred;
   A::Next(node) = next;

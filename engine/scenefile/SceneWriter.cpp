@@ -1,6 +1,7 @@
 #include "engine/scenefile/SceneWriter.h"
 
-#include <cstring>
+#include <array>
+#include <bit>
 
 #include "engine/scenefile/FilesSection.h"
 #include "engine/scenefile/LayerFlags.h"
@@ -109,8 +110,9 @@ void SceneWriter::AddObjectColumns(ElementTable& table, const BaseObject& object
 
 // By the bits: a -0 in a frame is kept.
 std::uint64_t SceneWriter::MatrixRow(const host::Matrix& matrix) {
-  static const host::Matrix identity;
-  return std::memcmp(&matrix, &identity, sizeof matrix) == 0 ? 0 : values_.numbers.Row(matrix) + 1;
+  using Words = std::array<std::uint64_t, sizeof(host::Matrix) / sizeof(std::uint64_t)>;
+  static const Words identity = std::bit_cast<Words>(host::Matrix());
+  return std::bit_cast<Words>(matrix) == identity ? 0 : values_.numbers.Row(matrix) + 1;
 }
 
 std::string SceneWriter::DocumentContents() const {

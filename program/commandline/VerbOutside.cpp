@@ -6,7 +6,6 @@ namespace commandline {
 
 using engine::FileKind;
 using engine::Operation;
-using engine::RealOutside;
 using engine::Status;
 
 namespace {

@@ -1,7 +1,9 @@
 // The command line `stagemarks`. The verbs register themselves, the library reads the arguments and picks one, and that one runs
 // and answers the exit status. What cannot be read is refused here, with the name that was probably meant.
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string_view>
 
 #include "engine/import/Import.h"
@@ -88,4 +90,14 @@ int Run(int count, char** words) {
 }  // namespace
 }  // namespace commandline
 
-int main(int count, char** words) { return commandline::Run(count, words); }
+// What nobody expected, such as no memory where it is needed, still gets a message.
+int main(int count, char** words) {
+  try {
+    return commandline::Run(count, words);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "stagemarks: it cannot go on (%s).\n", error.what());
+  } catch (...) {
+    std::fputs("stagemarks: it cannot go on.\n", stderr);
+  }
+  return commandline::kFailed;
+}
