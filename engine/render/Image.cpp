@@ -55,7 +55,8 @@ struct ByteTable {
   }
 };
 
-std::uint8_t ToByte(float value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F); }
+// What is no number counts as 0.
+std::uint8_t ToByte(float value) { return value > 0 ? static_cast<std::uint8_t>(std::lround(std::min(value, 1.0F) * 255)) : 0; }
 
 }  // namespace
 
@@ -100,6 +101,13 @@ std::uint8_t LinearToSrgb(float linear) {
 float SrgbToLinear(std::uint8_t byte) {
   static const std::array<float, 256> table = MakeLinearTable();
   return table[byte];
+}
+
+std::uint8_t LinearToSrgb(float linear, float threshold) {
+  const std::uint8_t nearest = LinearToSrgb(linear);
+  if (nearest == 0 || nearest == 255) return nearest;
+  const float step = (SrgbToLinear(nearest + 1) - SrgbToLinear(nearest - 1)) / 2;
+  return LinearToSrgb(linear + (0.5F - threshold) * step);
 }
 
 }  // namespace engine

@@ -44,5 +44,8 @@ Image ToBytes(const Image& image);
 // The transfer function of sRGB (IEC 61966-2-1) and its inverse; linear in 0..1, clipped.
 std::uint8_t LinearToSrgb(float linear);
 float SrgbToLinear(std::uint8_t byte);
+// Rounds up from that share between two bytes on, 0..1 instead of a half: with thresholds that change from pixel to pixel a
+// slow gradient shows no bands.
+std::uint8_t LinearToSrgb(float linear, float threshold);
 
 }  // namespace engine

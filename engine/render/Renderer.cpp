@@ -26,6 +26,12 @@ float Shoulder(float light) {
   return light <= kFrom ? light : kFrom + (1 - kFrom) * (1 - std::exp((kFrom - light) / (1 - kFrom)));
 }
 
+// Thresholds of 0..1 that differ from all around (interleaved gradient noise, Jimenez 2014).
+float Threshold(std::uint32_t x, std::uint32_t y) {
+  const auto fraction = [](float value) { return value - std::floor(value); };
+  return fraction(52.9829189F * fraction(0.06711056F * static_cast<float>(x) + 0.00583715F * static_cast<float>(y)));
+}
+
 unsigned CoreCount(unsigned asked) { return asked > 0 ? asked : std::max(1U, std::thread::hardware_concurrency()); }
 
 // Runs `work` on that many threads, the calling one among them; fewer when the system has no more.
@@ -149,12 +155,14 @@ Image PictureInProgress::Current() const {
   Image image{setup_.width, setup_.height, {}, {}};
   image.bytes.resize(pixels_.size() * 4);
   std::uint8_t* to = image.bytes.data();
-  for (const Pixel& pixel : pixels_) {
-    const Vec c = ColorOf(pixel);
-    *to++ = LinearToSrgb(c.x);
-    *to++ = LinearToSrgb(c.y);
-    *to++ = LinearToSrgb(c.z);
-    *to++ = 255;
+  const Pixel* pixel = pixels_.data();
+  for (std::uint32_t y = 0; y < setup_.height; ++y) {
+    for (std::uint32_t x = 0; x < setup_.width; ++x) {
+      const Vec c = ColorOf(*pixel++);
+      const float threshold = Threshold(x, y);
+      for (const float light : {c.x, c.y, c.z}) *to++ = LinearToSrgb(light, threshold);
+      *to++ = 255;
+    }
   }
   return image;
 }

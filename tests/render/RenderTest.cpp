@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <set>
 
 #include "engine/outside/ScriptedOutside.h"
 #include "engine/render/Renderer.h"
@@ -216,6 +217,20 @@ TEST(Render, KeepsGeometryFromPictureToPicture) {
   stage.Data("Other").SetReal(host::PRIM_RADIUS, 55);
   ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches));
   EXPECT_EQ(caches.WorkDone().geometries, made + 1);
+}
+
+TEST(Render, SlowGradientsShowNoBands) {
+  PictureSetup setup = kSmall;
+  setup.width = 16;
+  setup.height = 1024;
+  const auto bytes = Render(SceneBuilder().Doc(), setup);
+  int plain = 0;  // rows of one shade, which are the bands
+  for (std::size_t row = 0; row < 1024; ++row) {
+    std::set<int> shades;
+    for (std::size_t x = 0; x < 16; ++x) shades.insert(bytes[(row * 16 + x) * 4]);
+    plain += shades.size() == 1;
+  }
+  EXPECT_LT(plain, 350);
 }
 
 TEST(Render, FindsTheObjectUnderAPixel) {
