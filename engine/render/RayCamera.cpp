@@ -104,13 +104,13 @@ std::vector<Vec> OutlineOf(const ScenePicture& picture) {
   return points;
 }
 
-PictureCamera FramingCamera(std::vector<Vec> points, double aspect) {
+PictureCamera FramingCamera(std::vector<Vec> points, double aspect, double turn) {
   if (points.empty()) points = {{-100, -100, -100}, {100, 100, 100}};
   Box box;
   for (const Vec& p : points) box.Add(p);
   PictureCamera camera;
   camera.fov = kFramingAngle;
-  camera.frame.v3 = UnitOf({-0.62, -0.48, 0.82});
+  camera.frame.v3 = UnitOf({-std::sin(turn), -0.467, std::cos(turn)});
   camera.frame.v1 = UnitOf(CrossOf({0, 1, 0}, camera.frame.v3));
   camera.frame.v2 = CrossOf(camera.frame.v3, camera.frame.v1);
   const Vec centre = box.Centre();

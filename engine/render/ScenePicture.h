@@ -91,8 +91,8 @@ ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how, R
 // Points of the world that show the outline of all instances: corners of triangles spread over each of them.
 std::vector<Vec> OutlineOf(const ScenePicture& picture);
 
-// A camera that shows all of the points in a three-quarter view from above, in a picture of that width over height. Without any
-// point it looks at the origin.
-PictureCamera FramingCamera(std::vector<Vec> points, double aspect);
+// A camera that shows all of the points in a picture of that width over height: `turn` radians around the vertical axis, 0 from
+// the front, a little above; a three-quarter view unless told. Without any point it looks at the origin.
+PictureCamera FramingCamera(std::vector<Vec> points, double aspect, double turn = 0.65);
 
 }  // namespace engine

@@ -4,7 +4,6 @@
 
 #include "engine/scene/Nodes.h"
 #include "program/commandline/Addressing.h"
-#include "program/commandline/Bounds.h"
 #include "program/commandline/SceneEdits.h"
 
 namespace commandline {
@@ -77,9 +76,8 @@ constexpr DemoState kStates[kDemoStates] = {
 const DemoState& GetDemoState(std::size_t index) { return kStates[index]; }
 
 void PrepareDemo(BaseDocument& doc) {
-  const Bounds bounds = BoundsOf(doc);
-  MakeCamera(doc, kFront, ViewPoint(bounds, 0.6), bounds.centre);
-  MakeCamera(doc, kSide, ViewPoint(bounds, 2.2), bounds.centre);
+  MakeFramingCamera(doc, kFront);
+  MakeFramingCamera(doc, kSide, 2.2);
   MakeMaterial(doc, kClay, {0.36, 0.32, 0.28});
   host::LayerObject* props = MakeLayer(doc, kLayer);
   const auto meshes = MeshObjects(doc);

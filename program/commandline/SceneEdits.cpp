@@ -1,7 +1,14 @@
 #include "program/commandline/SceneEdits.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
+
+#include "engine/render/Frames.h"
+#include "engine/render/ScenePicture.h"
+#include "engine/scene/Mesh.h"
+#include "engine/scene/Nodes.h"
 
 namespace commandline {
 
@@ -22,13 +29,6 @@ constexpr std::pair<const char*, Bool LayerData::*> kLayerFlags[] = {
     {"animation", &LayerData::animation},
 };
 
-Vector Cross(const Vector& a, const Vector& b) { return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x}; }
-
-Vector Normalised(const Vector& v) {
-  const double length = std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
-  return length > 0 ? Vector(v.x / length, v.y / length, v.z / length) : Vector(0, 0, 1);
-}
-
 host::String Text(const std::string& text) { return host::String(std::string_view(text)); }
 
 host::TextureTag* LastTextureTag(BaseObject& object) {
@@ -39,24 +39,50 @@ host::TextureTag* LastTextureTag(BaseObject& object) {
   return last;
 }
 
+// All points of meshes in the world that are numbers.
+std::vector<engine::Vec> PointsOf(const BaseDocument& doc) {
+  std::vector<engine::Vec> points;
+  for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
+    const auto& mesh = engine::MeshOf(*object);
+    if (!mesh) continue;
+    const host::Matrix frame = object->GetMg();
+    for (const auto& p : mesh->points) {
+      const engine::Vec place = engine::ToVec(engine::PlacedBy(frame, {p[0], p[1], p[2]}));
+      if (engine::IsFinite(place)) points.push_back(place);
+    }
+  }
+  return points;
+}
+
 }  // namespace
 
 host::Matrix LookAt(const Vector& at, const Vector& target) {
   host::Matrix frame;
   frame.off = at;
-  frame.v3 = Normalised({target.x - at.x, target.y - at.y, target.z - at.z});
+  const Vector way = engine::UnitOf({target.x - at.x, target.y - at.y, target.z - at.z});
+  if (way != Vector()) frame.v3 = way;
   const bool upright = std::abs(frame.v3.y) < 0.9999;
-  frame.v1 = Normalised(Cross(upright ? Vector(0, 1, 0) : Vector(0, 0, 1), frame.v3));
-  frame.v2 = Cross(frame.v3, frame.v1);
+  frame.v1 = engine::UnitOf(engine::CrossOf(upright ? Vector(0, 1, 0) : Vector(0, 0, 1), frame.v3));
+  frame.v2 = engine::CrossOf(frame.v3, frame.v1);
   return frame;
 }
 
-BaseObject* MakeCamera(BaseDocument& doc, const std::string& name, const Vector& at, const Vector& target) {
+BaseObject* MakeCamera(BaseDocument& doc, const std::string& name, const host::Matrix& frame) {
   BaseObject* camera = BaseObject::Alloc(host::Ocamera);
   camera->SetName(Text(name));
-  camera->SetMl(LookAt(at, target));
+  camera->SetMl(frame);
   doc.AppendObject(camera);
   doc.AddUndo(host::UNDO_NEW, camera);
+  return camera;
+}
+
+BaseObject* MakeFramingCamera(BaseDocument& doc, const std::string& name, double turn) {
+  const host::BaseContainer& settings = *doc.GetActiveRenderData()->GetDataInstance();
+  const double width = std::max<LONG>(1, settings.GetLong(host::RDATA_XRES));
+  const double height = std::max<LONG>(1, settings.GetLong(host::RDATA_YRES));
+  const engine::PictureCamera view = engine::FramingCamera(PointsOf(doc), width / height, turn);
+  BaseObject* camera = MakeCamera(doc, name, view.frame);
+  camera->GetDataInstance()->SetReal(host::CAMERA_FOV, view.fov);
   return camera;
 }
 

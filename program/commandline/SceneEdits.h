@@ -11,9 +11,11 @@ namespace commandline {
 // The frame of a thing at `at` that looks along +z at `target`, upright. Lengths in scene units.
 host::Matrix LookAt(const host::Vector& at, const host::Vector& target);
 
-// A camera at the top level, at the end.
-host::BaseObject* MakeCamera(host::BaseDocument& doc, const std::string& name, const host::Vector& at,
-                             const host::Vector& target);
+// A camera at the top level, at the end; it looks along +z of the frame.
+host::BaseObject* MakeCamera(host::BaseDocument& doc, const std::string& name, const host::Matrix& frame);
+// The same, placed so that pictures in the size of the active render settings and narrower ones show all that has geometry:
+// `turn` radians around the vertical axis, 0 from the front, a little above. O(points).
+host::BaseObject* MakeFramingCamera(host::BaseDocument& doc, const std::string& name, double turn = 0.65);
 // A material with a plain colour (0..1 per channel).
 host::BaseMaterial* MakeMaterial(host::BaseDocument& doc, const std::string& name, const host::Vector& colour);
 host::LayerObject* MakeLayer(host::BaseDocument& doc, const std::string& name);

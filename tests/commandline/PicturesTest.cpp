@@ -223,6 +223,27 @@ TEST_F(Pictures, AnInterruptionLeavesNothingHalfDone) {
   EXPECT_EQ(Written(), "");
 }
 
+// Nothing of the spider touches the edges of the picture, and it fills more than a little of it.
+TEST_F(Pictures, ANewCameraShowsEverything) {
+  const std::string scene = Scene({});
+  Out({"set", scene, "--add-camera", "Front", "--camera", "Front", "--write"});
+  Out({"render", scene, "-o", Place("spider.png")});
+  Out({"set", scene, "--object", "*", "--render", "off", "--write"});
+  Out({"render", scene, "-o", Place("nothing.png")});
+  const engine::Image spider = Picture(Place("spider.png"));
+  const engine::Image nothing = Picture(Place("nothing.png"));
+  std::size_t edge = 0;
+  std::size_t inside = 0;
+  for (std::size_t i = 0; i < spider.PixelCount(); ++i) {
+    const std::size_t x = i % spider.width;
+    const std::size_t y = i / spider.width;
+    const bool atEdge = x == 0 || y == 0 || x + 1 == spider.width || y + 1 == spider.height;
+    (atEdge ? edge : inside) += spider.bytes[i * 4 + 2] != nothing.bytes[i * 4 + 2];
+  }
+  EXPECT_EQ(edge, 0U);
+  EXPECT_GT(inside, spider.PixelCount() / 10);
+}
+
 TEST_F(Pictures, SheetsGrowWithTheNumberOfStates) {
   const std::string longName(300, 'M');
   const std::vector<std::string> names{longName, "\u05E2\u05E8\u05D1", "\u0634\u062A\u0627\u0621", "D", "E", "F", "G"};

@@ -23,7 +23,7 @@ struct Changes {
   std::vector<std::string> layerFlags;
   std::string camera;
   std::string addCamera;
-  std::vector<double> at{0, 200, -600};
+  std::vector<double> at;  // empty: where everything can be seen
   std::vector<double> lookAt{0, 0, 0};
   std::string addLayer;
   std::string addMaterial;
@@ -73,8 +73,10 @@ class SetVerb {
   int Make() {
     host::BaseDocument& doc = session_.Document();
     if (!changes_.addCamera.empty()) {
-      host::BaseObject* camera = MakeCamera(doc, changes_.addCamera, {changes_.at[0], changes_.at[1], changes_.at[2]},
-                                            {changes_.lookAt[0], changes_.lookAt[1], changes_.lookAt[2]});
+      const auto& [at, lookAt] = std::tie(changes_.at, changes_.lookAt);
+      host::BaseObject* camera =
+          at.empty() ? MakeFramingCamera(doc, changes_.addCamera)
+                     : MakeCamera(doc, changes_.addCamera, LookAt({at[0], at[1], at[2]}, {lookAt[0], lookAt[1], lookAt[2]}));
       done_.push_back("Added the camera " + PathOf(*camera) + ".");
     }
     if (!changes_.addLayer.empty()) {
@@ -228,9 +230,9 @@ void AddSceneChanges(CLI::App& verb, Changes& changes) {
   verb.add_option("--camera", changes.camera, "Camera to render through, or none");
   verb.add_option("--size", changes.size, "Picture size of the active render settings, as 1920x1080");
   verb.add_option("--frames", changes.frames, "Frame range of the active render settings, as 0:90");
-  verb.add_option("--add-camera", changes.addCamera, "Add a camera of this name; see --at and --look-at");
-  verb.add_option("--at", changes.at, "Where the new camera stands: X,Y,Z")->delimiter(',')->expected(3);
-  verb.add_option("--look-at", changes.lookAt, "What it looks at: X,Y,Z")->delimiter(',')->expected(3);
+  verb.add_option("--add-camera", changes.addCamera, "Add a camera of this name that shows everything, or see --at");
+  CLI::Option* at = verb.add_option("--at", changes.at, "Where the new camera stands: X,Y,Z")->delimiter(',')->expected(3);
+  verb.add_option("--look-at", changes.lookAt, "What it looks at from there: X,Y,Z")->delimiter(',')->expected(3)->needs(at);
   verb.add_option("--add-layer", changes.addLayer, "Add a layer of this name");
   verb.add_option("--add-material", changes.addMaterial, "Add a material of this name; see --color");
   verb.add_option("--color", changes.colour, "Its colour: R,G,B from 0 to 1")->delimiter(',')->expected(3);
