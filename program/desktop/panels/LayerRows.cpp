@@ -94,6 +94,7 @@ QVariant LayerRows::SwitchData(const host::LayerData& layer, std::size_t number,
 QVariant LayerRows::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal) return {};
   if (section == kName && role == Qt::DisplayRole) return QString("Layer");
+  if (section == kName && role == Qt::TextAlignmentRole) return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
   if (section < kFirstSwitch || section >= kColumnCount) return {};
   const LayerSwitch& row = kLayerSwitches.at(SwitchNumber(section));
   if (role == Qt::DecorationRole) return Icon(row.icon);

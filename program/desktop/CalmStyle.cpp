@@ -1,0 +1,224 @@
+#include "program/desktop/CalmStyle.h"
+
+#include <QPainter>
+#include <QStyleOption>
+
+#include "program/desktop/Colors.h"
+#include "program/desktop/Icons.h"
+
+namespace desktop {
+
+namespace {
+
+using namespace colors;
+
+constexpr double kRound = 4;
+
+// Painter settings for shapes with soft edges, taken back at the end.
+class SoftPainter {
+ public:
+  explicit SoftPainter(QPainter& painter) : painter_(painter) {
+    painter_.save();
+    painter_.setRenderHint(QPainter::Antialiasing);
+  }
+  SoftPainter(const SoftPainter&) = delete;
+  SoftPainter& operator=(const SoftPainter&) = delete;
+  ~SoftPainter() { painter_.restore(); }
+  QPainter* operator->() { return &painter_; }
+
+ private:
+  QPainter& painter_;
+};
+
+bool Is(const QStyleOption& option, QStyle::State state) { return (option.state & state) == state; }
+
+// Where a point of a unit square lies in `rect`.
+QPointF At(const QRectF& rect, double x, double y) { return {rect.left() + x * rect.width(), rect.top() + y * rect.height()}; }
+
+void DrawBox(QPainter& painter, const QRect& rect, QRgb ground, QRgb edge, double round = kRound) {
+  SoftPainter soft(painter);
+  soft->setPen(QColor(edge));
+  soft->setBrush(QColor(ground));
+  soft->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), round, round);
+}
+
+QRgb EdgeOf(const QStyleOption& option) { return Is(option, QStyle::State_Enabled | QStyle::State_HasFocus) ? kAccent : kEdge; }
+
+// Of something one types into or chooses from.
+void DrawField(QPainter& painter, const QStyleOption& option, bool isButton) {
+  const bool enabled = Is(option, QStyle::State_Enabled);
+  const bool lit = enabled && Is(option, QStyle::State_MouseOver);
+  const QRgb button = !enabled ? kWindow : lit ? kLitButton : kButton;
+  DrawBox(painter, option.rect, isButton ? button : enabled ? kField : kWindow, EdgeOf(option));
+}
+
+void DrawChevron(QPainter& painter, const QRect& rect, int quarterTurns, bool enabled) {
+  constexpr double kHalfWidth = 3.2;
+  SoftPainter soft(painter);
+  soft->setPen(QPen(QColor(enabled ? 0xffb4b4b4 : 0xff5a5a5a), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  soft->translate(QRectF(rect).center());
+  soft->rotate(90.0 * quarterTurns);
+  soft->drawPolyline(QPolygonF({{-kHalfWidth, -kHalfWidth / 2}, {0, kHalfWidth / 2}, {kHalfWidth, -kHalfWidth / 2}}));
+}
+
+void DrawCheckBox(QPainter& painter, const QStyleOption& option) {
+  const bool enabled = Is(option, QStyle::State_Enabled);
+  const bool lit = enabled && (option.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
+  DrawBox(painter, option.rect, kField, lit ? kAccent : enabled ? kIdleBox : kEdge, 2.5);
+  SoftPainter soft(painter);
+  const QRectF box(option.rect);
+  soft->setPen(QPen(QColor(enabled ? kAccent : kFaint), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  if (Is(option, QStyle::State_On)) soft->drawPolyline(QPolygonF({At(box, 0.24, 0.52), At(box, 0.42, 0.72), At(box, 0.77, 0.3)}));
+  if (Is(option, QStyle::State_NoChange)) soft->drawLine(At(box, 0.3, 0.5), At(box, 0.7, 0.5));
+}
+
+void DrawToolButton(QPainter& painter, const QStyleOption& option) {
+  const bool pressed = option.state & (QStyle::State_Sunken | QStyle::State_On);
+  const bool lit = Is(option, QStyle::State_Enabled | QStyle::State_MouseOver);
+  const bool focus = Is(option, QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange);
+  if (!pressed && !lit && !focus) return;
+  const QRgb ground = pressed ? kSelected : lit ? kLitButton : kWindow;
+  DrawBox(painter, option.rect, ground, focus ? kAccent : ground);
+}
+
+void DrawSplitter(QPainter& painter, const QStyleOption& option) {
+  painter.fillRect(option.rect, QColor(Is(option, QStyle::State_MouseOver) ? kAccent : kField));
+}
+
+void DrawHeader(QPainter& painter, const QStyleOption& option) {
+  painter.fillRect(option.rect, QColor(kBar));
+  painter.setPen(QColor(kButton));
+  painter.drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
+}
+
+void DrawProgress(QPainter& painter, const QStyleOptionProgressBar& bar) {
+  DrawBox(painter, bar.rect, kField, kEdge);
+  const double whole = static_cast<double>(bar.maximum) - bar.minimum;
+  const double share = whole > 0 ? (bar.progress - bar.minimum) / whole : 0;
+  QRect done = bar.rect.adjusted(2, 2, -2, -2);
+  done.setWidth(static_cast<int>(done.width() * share));
+  if (done.width() > 1) DrawBox(painter, done, kAccent, kAccent, 2.5);
+}
+
+int ChevronTurns(QStyle::PrimitiveElement element) {
+  switch (element) {
+    case QStyle::PE_IndicatorArrowLeft:
+      return 1;
+    case QStyle::PE_IndicatorArrowUp:
+      return 2;
+    case QStyle::PE_IndicatorArrowRight:
+      return 3;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                              const QWidget* widget) const {
+  switch (element) {
+    case PE_IndicatorCheckBox:
+    case PE_IndicatorItemViewItemCheck:
+      return DrawCheckBox(*painter, *option);
+    case PE_IndicatorArrowDown:
+    case PE_IndicatorArrowUp:
+    case PE_IndicatorArrowLeft:
+    case PE_IndicatorArrowRight:
+      return DrawChevron(*painter, option->rect, ChevronTurns(element), Is(*option, State_Enabled));
+    case PE_IndicatorBranch:
+      if (Is(*option, State_Children)) DrawChevron(*painter, option->rect, Is(*option, State_Open) ? 0 : 3, true);
+      return;
+    case PE_PanelButtonTool:
+      return DrawToolButton(*painter, *option);
+    case PE_PanelLineEdit:
+      if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option); frame && frame->lineWidth > 0) {
+        return DrawField(*painter, *option, false);
+      }
+      break;
+    default:
+      break;
+  }
+  QProxyStyle::drawPrimitive(element, option, painter, widget);
+}
+
+void CalmStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const {
+  switch (element) {
+    case CE_HeaderSection:
+    case CE_HeaderEmptyArea:
+      return DrawHeader(*painter, *option);
+    case CE_Splitter:
+      return DrawSplitter(*painter, *option);
+    case CE_ProgressBarGroove:
+      return;
+    case CE_ProgressBarContents:
+      if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option); bar && bar->maximum > bar->minimum) {
+        return DrawProgress(*painter, *bar);
+      }
+      break;
+    default:
+      break;
+  }
+  QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+void CalmStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                                   const QWidget* widget) const {
+  if (const auto* combo = qstyleoption_cast<const QStyleOptionComboBox*>(option); combo && control == CC_ComboBox) {
+    DrawField(*painter, *option, !combo->editable);
+    DrawChevron(*painter, subControlRect(control, option, SC_ComboBoxArrow, widget), 0, Is(*option, State_Enabled));
+    return;
+  }
+  if (const auto* spin = qstyleoption_cast<const QStyleOptionSpinBox*>(option); spin && control == CC_SpinBox) {
+    if (spin->frame) DrawField(*painter, *option, false);
+    if (spin->buttonSymbols == QAbstractSpinBox::NoButtons) return;
+    const bool enabled = Is(*option, State_Enabled);
+    const QRect up = subControlRect(control, option, SC_SpinBoxUp, widget).translated(-2, 1);
+    const QRect down = subControlRect(control, option, SC_SpinBoxDown, widget).translated(-2, -1);
+    DrawChevron(*painter, up, 2, enabled && (spin->stepEnabled & QAbstractSpinBox::StepUpEnabled));
+    DrawChevron(*painter, down, 0, enabled && (spin->stepEnabled & QAbstractSpinBox::StepDownEnabled));
+    return;
+  }
+  QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+QSize CalmStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const {
+  constexpr int kAroundText = 12;
+  QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
+  if (type == CT_ComboBox || type == CT_SpinBox || type == CT_LineEdit) {
+    wanted.setHeight(std::max(wanted.height(), option->fontMetrics.height() + kAroundText));
+  }
+  return wanted;
+}
+
+int CalmStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* more) const {
+  switch (hint) {
+    case SH_DialogButtonBox_ButtonsHaveIcons:
+    case SH_ComboBox_Popup:
+      return 0;
+    default:
+      return QProxyStyle::styleHint(hint, option, widget, more);
+  }
+}
+
+QIcon CalmStyle::standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const {
+  switch (which) {
+    case SP_TitleBarCloseButton:
+    case SP_DockWidgetCloseButton:
+    case SP_LineEditClearButton:
+      return Icon("close");
+    case SP_TitleBarNormalButton:
+      return Icon("float");
+    case SP_MessageBoxInformation:
+      return Icon("about");
+    case SP_MessageBoxQuestion:
+      return Icon("question");
+    case SP_MessageBoxWarning:
+    case SP_MessageBoxCritical:
+      return Icon("warning");
+    default:
+      return QProxyStyle::standardIcon(which, option, widget);
+  }
+}
+
+}  // namespace desktop
