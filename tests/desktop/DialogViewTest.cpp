@@ -190,6 +190,30 @@ TEST(DialogView, HoldsNamesOfAnyKindAtAnySize) {
   }
 }
 
+TEST(DialogView, ListsWithoutRowsSayWhatToDo) {
+  Shown shown;
+  shown.Fill(0);
+  const QImage blank = shown.List().grab().toImage();
+  shown.view->SetEmptyListText("Nothing yet: press Go");
+  EXPECT_NE(shown.List().grab().toImage(), blank);
+  shown.dialog.AddButton(500, 0, 0, 0, "New");
+  Settle();
+  const QImage rebuilt = shown.List().grab().toImage();
+  shown.view->SetEmptyListText({});
+  EXPECT_NE(shown.List().grab().toImage(), rebuilt) << "the text outlives a change of the gadgets";
+}
+
+TEST(DialogView, AsksForRoomInTheShapeOfThePicture) {
+  support::PluginSession session;
+  DialogView view(session.Dialog(), nullptr);
+  view.resize(900, 900);
+  view.show();
+  Settle();
+  const auto& button = dynamic_cast<desktop::PictureButton&>(*view.WidgetOf(10006));
+  const double shape = static_cast<double>(button.Picture().width()) / button.Picture().height();
+  EXPECT_NEAR(button.width(), button.height() * shape, 2);
+}
+
 TEST(DialogViewPicture, SampleDialog) {
   Shown shown;
   shown.Fill(40);

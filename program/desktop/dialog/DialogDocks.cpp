@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 
+#include "program/desktop/EmptyListTexts.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {
@@ -55,6 +56,7 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   auto* view = new DialogView(dialog, dock);
   view->titled = [dock, &dialog] { dock->setWindowTitle(ToQt(engine::DialogTitle(dialog))); };
   view->titled();
+  view->SetEmptyListText(EmptyListText(engine::DialogPluginId(dialog)));
   dock->setWidget(view);
   // A place that a saved layout has for it comes first.
   if (!window_.restoreDockWidget(dock)) window_.addDockWidget(Qt::RightDockWidgetArea, dock);

@@ -11,6 +11,7 @@
 #include "program/desktop/dialog/DialogMenus.h"
 #include "program/desktop/dialog/DialogShape.h"
 #include "program/desktop/dialog/GadgetGrid.h"
+#include "program/desktop/dialog/ListView.h"
 
 namespace desktop {
 
@@ -53,6 +54,13 @@ QWidget* DialogView::WidgetOf(host::LONG id) const {
 QSize DialogView::sizeHint() const {
   const QSize content = area_->widget() ? area_->widget()->sizeHint() : QSize();
   return {content.width(), content.height() + menus_->sizeHint().height()};
+}
+
+void DialogView::SetEmptyListText(const QString& text) {
+  emptyListText_ = text;
+  for (const auto& [id, made] : widgets_) {
+    if (auto* list = dynamic_cast<ListView*>(made.widget)) list->SetEmptyText(text);
+  }
 }
 
 void DialogView::DialogClosed(host::GeDialog& dialog) {
@@ -98,6 +106,7 @@ void DialogView::Build() {
   widgets_.clear();
   if (QWidget* former = area_->takeWidget()) former->deleteLater();
   area_->setWidget(BuildGroup(engine::DialogRoot(*link_->dialog), area_));
+  SetEmptyListText(emptyListText_);
   updateGeometry();
 }
 

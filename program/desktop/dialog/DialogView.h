@@ -29,6 +29,8 @@ class DialogView : public QWidget, private engine::DialogObserver {
   QWidget* WidgetOf(host::LONG id) const;
   QMenuBar& Menus() const { return *menus_; }
   QSize sizeHint() const override;
+  // What the lists of the dialog show while they have no rows.
+  void SetEmptyListText(const QString& text);
   // Shows what has changed up to now at once.
   void CatchUp();
 
@@ -47,6 +49,7 @@ class DialogView : public QWidget, private engine::DialogObserver {
   void Place(const engine::Gadget& child, Cell cell, QGridLayout& grid, QWidget& group);
 
   SharedDialogLink link_;
+  QString emptyListText_;
   QMenuBar* menus_;
   QScrollArea* area_;
   std::string shape_;  // of the gadget tree as drawn

@@ -72,11 +72,20 @@ GadgetWidget MakeNumberField(const SharedDialogLink& link, const Gadget& gadget,
   return {field, [field](const Gadget& now) { field->Show(now); }};
 }
 
+// In characters, as far as a field in a dialog goes.
+int LongestText(const QComboBox& combo) {
+  constexpr int kMost = 32;
+  int longest = 0;
+  for (int i = 0; i < combo.count(); ++i) longest = std::max(longest, static_cast<int>(combo.itemText(i).size()));
+  return std::min(longest, kMost);
+}
+
 void ShowChoices(QComboBox& combo, const Gadget& now) {
   const QSignalBlocker quiet(combo);
   combo.clear();
   for (const engine::Choice& choice : now.choices) combo.addItem(ToQt(choice.text), choice.id);
   combo.setCurrentIndex(combo.findData(now.value.GetLong()));
+  if (now.width == 0) combo.setMinimumContentsLength(LongestText(combo));
 }
 
 GadgetWidget MakeComboBox(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "program/desktop/dialog/GadgetGrid.h"
+#include "program/desktop/panels/EmptyText.h"
 
 namespace desktop {
 
@@ -56,6 +57,16 @@ void ListView::Show(const engine::Gadget& list) {
   showing_ = false;
   setEnabled(list.enabled);
   FitColumns();
+}
+
+void ListView::SetEmptyText(const QString& text) {
+  emptyText_ = text;
+  viewport()->update();
+}
+
+void ListView::paintEvent(QPaintEvent* event) {
+  QTreeView::paintEvent(event);
+  if (rows_->rowCount() == 0) PaintEmptyText(*this, emptyText_);
 }
 
 host::BaseSelect ListView::SelectedLines() const {

@@ -14,6 +14,8 @@ class ListView : public QTreeView {
 
   // Takes over rows, columns and selection of the gadget.
   void Show(const engine::Gadget& list);
+  // Shown in place of rows while there are none.
+  void SetEmptyText(const QString& text);
   QSize sizeHint() const override;
 
  protected:
@@ -22,6 +24,7 @@ class ListView : public QTreeView {
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void keyPressEvent(QKeyEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
 
  private:
   host::BaseSelect SelectedLines() const;
@@ -36,6 +39,7 @@ class ListView : public QTreeView {
   host::LONG id_;
   QSize asked_;
   ListRows* rows_;
+  QString emptyText_;
   bool showing_ = true;  // what changes in here is no act of a person
 };
 

@@ -11,6 +11,8 @@ namespace desktop {
 namespace {
 
 constexpr QSize kSmallest(96, 72);
+// Of the frame where there is nothing to show.
+constexpr QSize kUsualShape(4, 3);
 
 QImage ToPicture(const engine::Image& image) {
   const engine::Image bytes = engine::ToBytes(image);
@@ -30,7 +32,11 @@ PictureButton::PictureButton(const engine::Gadget& gadget, QWidget* parent)
   setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
 }
 
-QSize PictureButton::sizeHint() const { return asked_.expandedTo(kSmallest); }
+QSize PictureButton::sizeHint() const { return Fitted(asked_).expandedTo(kSmallest); }
+
+QSize PictureButton::Fitted(QSize room) const {
+  return (picture_.isNull() ? kUsualShape : picture_.size()).scaled(room, Qt::KeepAspectRatio);
+}
 
 void PictureButton::Show(const engine::Gadget& gadget) {
   setEnabled(gadget.enabled);
@@ -45,6 +51,7 @@ void PictureButton::Load(const std::string& path) {
   stamp_ = stamp;
   picture_ = QImage();
   update();
+  updateGeometry();
   if (path.empty()) return;
   const auto bytes = files.ReadFile(path, engine::kLargestImageBytes);
   if (!bytes) return;
@@ -54,18 +61,16 @@ void PictureButton::Load(const std::string& path) {
 
 void PictureButton::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  const QRect inside = border_ ? rect().adjusted(1, 1, -1, -1) : rect();
-  painter.fillRect(rect(), border_ ? palette().color(QPalette::Mid) : palette().color(QPalette::Base));
+  QRect frame({0, 0}, Fitted(size()));
+  frame.moveCenter(rect().center());
+  const QRect inside = border_ ? frame.adjusted(1, 1, -1, -1) : frame;
+  if (border_) painter.fillRect(frame, palette().color(hasFocus() ? QPalette::Link : QPalette::Mid));
   painter.fillRect(inside, palette().color(QPalette::Base));
-  if (!picture_.isNull()) {
-    QRect place({0, 0}, picture_.size().scaled(inside.size(), Qt::KeepAspectRatio));
-    place.moveCenter(inside.center());
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(place, picture_);
-  }
-  if (!hasFocus()) return;
-  painter.setPen(palette().color(QPalette::Highlight));
-  painter.drawRect(rect().adjusted(0, 0, -1, -1));
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  if (!picture_.isNull()) painter.drawImage(inside, picture_);
+  if (!hasFocus() || border_) return;
+  painter.setPen(palette().color(QPalette::Link));
+  painter.drawRect(frame.adjusted(0, 0, -1, -1));
 }
 
 }  // namespace desktop

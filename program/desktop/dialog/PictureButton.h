@@ -1,5 +1,5 @@
-// PictureButton: a bitmap button gadget as a widget: shows an image file as large as it fits, in its proportions. Files are read
-// again only when they changed. Main thread.
+// PictureButton: a bitmap button gadget as a widget: shows an image file as large as it fits, in its proportions, and asks for no
+// more room than that. Files are read again only when they changed. Main thread.
 #pragma once
 
 #include <QAbstractButton>
@@ -23,6 +23,8 @@ class PictureButton : public QAbstractButton {
 
  private:
   void Load(const std::string& path);
+  // The largest size of the picture's proportions inside `room`.
+  QSize Fitted(QSize room) const;
 
   QSize asked_;
   bool border_;
