@@ -1,6 +1,6 @@
 #include "engine/render/RayCamera.h"
 
-#include "engine/render/Frames.h"
+#include "engine/scene/Frames.h"
 
 namespace engine {
 

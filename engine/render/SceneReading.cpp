@@ -2,7 +2,7 @@
 #include <cmath>
 #include <unordered_map>
 
-#include "engine/render/Frames.h"
+#include "engine/scene/Frames.h"
 #include "engine/render/LookReading.h"
 #include "engine/render/Primitives.h"
 #include "engine/render/ScenePicture.h"

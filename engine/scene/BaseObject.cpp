@@ -1,6 +1,7 @@
 #include "host/BaseObject.h"
 
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/Frames.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
 #include "engine/scene/ObjectShape.h"
@@ -10,22 +11,6 @@ namespace host {
 using A = engine::NodeAccess;
 
 namespace {
-
-Vector Turned(const Matrix& m, const Vector& v) {
-  return {m.v1.x * v.x + m.v2.x * v.y + m.v3.x * v.z, m.v1.y * v.x + m.v2.y * v.y + m.v3.y * v.z,
-          m.v1.z * v.x + m.v2.z * v.y + m.v3.z * v.z};
-}
-
-// The frame `inner`, given inside `outer`, seen from outside.
-Matrix Joined(const Matrix& outer, const Matrix& inner) {
-  Matrix result;
-  const Vector off = Turned(outer, inner.off);
-  result.off = Vector(outer.off.x + off.x, outer.off.y + off.y, outer.off.z + off.z);
-  result.v1 = Turned(outer, inner.v1);
-  result.v2 = Turned(outer, inner.v2);
-  result.v3 = Turned(outer, inner.v3);
-  return result;
-}
 
 // Mode `value` into switch `index`; nothing happens where it is set already.
 void SetMode(BaseObject& object, int index, LONG value) {
@@ -62,7 +47,7 @@ void BaseObject::SetMl(const Matrix& matrix) {
 Matrix BaseObject::GetMg() const {
   Matrix frame = GetMl();
   for (const BaseObject* parent = GetUp(); parent; parent = parent->GetUp()) {
-    if (parent->shape_) frame = Joined(parent->shape_->frame, frame);
+    if (parent->shape_) frame = engine::Combined(parent->shape_->frame, frame);
   }
   return frame;
 }

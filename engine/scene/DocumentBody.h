@@ -29,6 +29,7 @@ struct DocumentBody {
   bool changed = false;
   host::ULLONG changes = 0;
   const host::ULLONG number = ++documentsMade;
+  host::ULLONG treeChanges = 0;  // objects put in and taken out
 
   SelectionOrder selectedObjects;
   SelectionOrder selectedTags;

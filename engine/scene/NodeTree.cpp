@@ -73,11 +73,13 @@ void Register(GeListNode& node, BaseDocument& doc) {
 }
 
 void RegisterAll(GeListNode& root, BaseDocument& doc) {
+  if (A::Kind(root) == NodeKind::Object) ++BodyOf(doc).treeChanges;
   for (GeListNode* node = &root; node; node = NextInside(*node, root)) Register(*node, doc);
 }
 
 void UnregisterAll(GeListNode& root, BaseDocument& doc) {
   DocumentBody& body = BodyOf(doc);
+  if (A::Kind(root) == NodeKind::Object) ++body.treeChanges;
   for (GeListNode* node = &root; node; node = NextInside(*node, root)) {
     body.table.Remove(A::Id(*node));
     A::Document(*node) = nullptr;

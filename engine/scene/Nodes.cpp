@@ -114,6 +114,7 @@ void MakeNameUnique(BaseList2D& node, const BaseList2D* first) {
 void ClearChanged(BaseDocument& doc) { BodyOf(doc).changed = false; }
 host::ULLONG NumberOf(const BaseDocument& doc) { return BodyOf(doc).number; }
 host::ULLONG ChangeCount(const BaseDocument& doc) { return BodyOf(doc).changes; }
+host::ULLONG TreeChangeCount(const BaseDocument& doc) { return BodyOf(doc).treeChanges; }
 
 GeListNode* NextInTree(const GeListNode* node, const GeListNode* root) {
   if (node->GetDown()) return node->GetDown();

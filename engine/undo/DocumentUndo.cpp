@@ -39,6 +39,12 @@ std::string UndoName(const BaseDocument& doc) { return UndoHistory::Of(doc) ? Un
 std::string RedoName(const BaseDocument& doc) {
   return UndoHistory::Of(doc) ? UndoHistory::Of(doc)->UndoneName() : std::string();
 }
+std::vector<std::string> DoneNames(const BaseDocument& doc) {
+  return UndoHistory::Of(doc) ? UndoHistory::Of(doc)->DoneNames() : std::vector<std::string>();
+}
+std::vector<std::string> UndoneNames(const BaseDocument& doc) {
+  return UndoHistory::Of(doc) ? UndoHistory::Of(doc)->UndoneNames() : std::vector<std::string>();
+}
 void NameUndo(BaseDocument& doc, const std::string& name) { UndoHistory::Of(doc).Name(name); }
 void ClearUndo(BaseDocument& doc) { UndoHistory::Of(doc).Clear(); }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/BaseDocument.h"
 
@@ -14,6 +15,9 @@ bool CanRedo(const host::BaseDocument& doc);
 // Name of the step that Undo or Redo would take, for menus; empty where there is none or it was never named.
 std::string UndoName(const host::BaseDocument& doc);
 std::string RedoName(const host::BaseDocument& doc);
+// The same of all steps there are: those done, the oldest first, and those undone, the one that Redo takes first.
+std::vector<std::string> DoneNames(const host::BaseDocument& doc);
+std::vector<std::string> UndoneNames(const host::BaseDocument& doc);
 // Names the open group; the first name stays. Outside a group nothing happens.
 void NameUndo(host::BaseDocument& doc, const std::string& name);
 

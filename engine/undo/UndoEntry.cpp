@@ -29,13 +29,18 @@ struct KeptLists {
   }
 };
 
-// A node in no place and the place it had; null while the node is in the scene.
-struct ParkedNode {
-  BaseList2D* node = nullptr;
+struct NodePlace {
   NodeId owner = 0;
   NodeId pred = 0;
   NodeId next = 0;
   int slot = 0;
+};
+
+// A node in no place and the place it had; null while the node is in the scene.
+struct ParkedNode {
+  BaseList2D* node = nullptr;
+  NodePlace place;
+  bool moves = false;  // the node is always in the scene; what is kept is another place of it
 
   ParkedNode() = default;
   ParkedNode(const ParkedNode&) = delete;
@@ -107,12 +112,13 @@ void ExchangeRest(BaseList2D& node, std::shared_ptr<void>& rest) {
 
 NodeId IdOrNone(const GeListNode* node) { return node ? A::Id(*node) : 0; }
 
+NodePlace PlaceOf(const BaseList2D& node) {
+  return {IdOrNone(OwnerOf(node)), IdOrNone(node.GetPred()), IdOrNone(node.GetNext()), SlotOf(node)};
+}
+
 void Park(BaseList2D& node, ParkedNode& parked) {
   parked.node = &node;
-  parked.owner = IdOrNone(OwnerOf(node));
-  parked.pred = IdOrNone(node.GetPred());
-  parked.next = IdOrNone(node.GetNext());
-  parked.slot = SlotOf(node);
+  parked.place = PlaceOf(node);
   TakeOut(node);
 }
 
@@ -121,12 +127,12 @@ bool IsIn(const BaseList2D* node, const BaseList2D& owner, int slot) {
 }
 
 // A neighbour that has gone elsewhere meanwhile no longer tells the place: then the other one does, else the list's end.
-GeListNode* PredIn(BaseDocument& doc, BaseList2D& owner, const ParkedNode& parked) {
-  BaseList2D* pred = FindNode(&doc, parked.pred);
-  BaseList2D* next = FindNode(&doc, parked.next);
-  if (IsIn(pred, owner, parked.slot)) return pred;
-  if (IsIn(next, owner, parked.slot)) return next->GetPred();
-  return parked.pred == 0 ? nullptr : LastIn(owner, parked.slot);
+GeListNode* PredIn(BaseDocument& doc, BaseList2D& owner, const NodePlace& place) {
+  BaseList2D* pred = FindNode(&doc, place.pred);
+  BaseList2D* next = FindNode(&doc, place.next);
+  if (IsIn(pred, owner, place.slot)) return pred;
+  if (IsIn(next, owner, place.slot)) return next->GetPred();
+  return place.pred == 0 ? nullptr : LastIn(owner, place.slot);
 }
 
 }  // namespace
@@ -153,6 +159,14 @@ UndoEntry UndoEntry::Parked(BaseList2D& node) {
   return entry;
 }
 
+UndoEntry UndoEntry::Moved(const BaseList2D& node) {
+  UndoEntry entry = Made(node);
+  auto& kept = *static_cast<ParkedNode*>(entry.rest_.get());
+  kept.place = PlaceOf(node);
+  kept.moves = true;
+  return entry;
+}
+
 void UndoEntry::Exchange(BaseDocument& doc) {
   if (place_) return ExchangePlace(doc);
   if (BaseList2D* node = FindNode(&doc, node_)) ExchangeContents(*node);
@@ -171,15 +185,30 @@ void UndoEntry::ExchangeContents(BaseList2D& node) {
 
 void UndoEntry::ExchangePlace(BaseDocument& doc) {
   auto& parked = *static_cast<ParkedNode*>(rest_.get());
+  if (parked.moves) return ExchangePlaces(doc);
   if (!parked.node) {
     BaseList2D* node = FindNode(&doc, node_);
     if (node && OwnerOf(*node)) Park(*node, parked);
     return;
   }
-  BaseList2D* owner = FindNode(&doc, parked.owner);
+  BaseList2D* owner = FindNode(&doc, parked.place.owner);
   if (!owner) return;
   BaseList2D* node = std::exchange(parked.node, nullptr);
-  PutIn(*node, *owner, parked.slot, PredIn(doc, *owner, parked));
+  PutIn(*node, *owner, parked.place.slot, PredIn(doc, *owner, parked.place));
+}
+
+void UndoEntry::ExchangePlaces(BaseDocument& doc) {
+  NodePlace& kept = static_cast<ParkedNode*>(rest_.get())->place;
+  BaseList2D* node = FindNode(&doc, node_);
+  BaseList2D* present = node ? OwnerOf(*node) : nullptr;
+  if (!present) return;
+  const NodePlace live = PlaceOf(*node);
+  TakeOut(*node);
+  // An owner that went out with the node hangs below it by now: then it stays where it is.
+  BaseList2D* owner = FindNode(&doc, kept.owner);
+  if (!owner) return PutIn(*node, *present, live.slot, FindNode(&doc, live.pred));
+  PutIn(*node, *owner, kept.slot, PredIn(doc, *owner, kept));
+  kept = live;
 }
 
 }  // namespace engine

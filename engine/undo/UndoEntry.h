@@ -16,6 +16,8 @@ class UndoEntry {
   static UndoEntry Made(const host::BaseList2D& node);
   // Takes `node` out of its place and keeps it: undo puts it back.
   static UndoEntry Parked(host::BaseList2D& node);
+  // Remembers the place of `node`, which is about to get another one: undo puts it back there.
+  static UndoEntry Moved(const host::BaseList2D& node);
 
   // Exchanges the kept state with the live one; does nothing when the element is gone.
   void Exchange(host::BaseDocument& doc);
@@ -25,6 +27,7 @@ class UndoEntry {
   explicit UndoEntry(NodeId node);
   void ExchangeContents(host::BaseList2D& node);
   void ExchangePlace(host::BaseDocument& doc);
+  void ExchangePlaces(host::BaseDocument& doc);
 
   NodeId node_;
   host::String name_;

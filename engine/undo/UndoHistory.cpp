@@ -1,5 +1,7 @@
 #include "engine/undo/UndoHistory.h"
 
+#include "engine/scene/NodeTree.h"
+
 namespace engine {
 
 using host::BaseDocument;
@@ -59,6 +61,12 @@ bool UndoHistory::Add(host::LONG type, BaseList2D& node) {
     default:
       return false;
   }
+}
+
+void UndoHistory::Move(host::BaseObject& object, BaseList2D& owner, host::GeListNode* pred) {
+  if (open_ && !running_) open_->entries.Add(UndoEntry::Moved(object));
+  TakeOut(object);
+  PutIn(object, owner, A::Kind(owner) == NodeKind::Document ? kObjects : kChildren, pred);
 }
 
 bool UndoHistory::Claim(BaseList2D& node) {
@@ -134,6 +142,20 @@ std::string UndoHistory::DoneName() const {
 }
 
 std::string UndoHistory::UndoneName() const { return CanRedo() ? undone_.back()->name : std::string(); }
+
+std::vector<std::string> UndoHistory::DoneNames() const {
+  std::vector<std::string> names;
+  for (const auto& step : done_) names.push_back(step->name);
+  if (HoldsChange()) names.push_back(open_->name);
+  return names;
+}
+
+std::vector<std::string> UndoHistory::UndoneNames() const {
+  std::vector<std::string> names;
+  if (!CanRedo()) return names;
+  for (auto step = undone_.rbegin(); step != undone_.rend(); ++step) names.push_back((*step)->name);
+  return names;
+}
 
 void UndoHistory::Name(const std::string& name) {
   if (open_ && open_->name.empty()) open_->name = name;

@@ -34,6 +34,9 @@ class UndoHistory : public UndoAttachment {
     if (scopes_ == 0) End();
   }
   bool Add(host::LONG type, host::BaseList2D& node);
+  // Puts an object below `owner` (an object or the document) after `pred`, registered when a group is open. The caller
+  // has made sure that `owner` does not hang below it and `pred` stands there.
+  void Move(host::BaseObject& object, host::BaseList2D& owner, host::GeListNode* pred);
   // Both close an open group first.
   bool Undo();
   bool Redo();
@@ -43,6 +46,9 @@ class UndoHistory : public UndoAttachment {
   bool CanRedo() const { return !undone_.empty() && !HoldsChange(); }
   std::string DoneName() const;
   std::string UndoneName() const;
+  // All there are: of the steps done, the oldest first, and of those undone, the one that Redo takes first.
+  std::vector<std::string> DoneNames() const;
+  std::vector<std::string> UndoneNames() const;
   void Name(const std::string& name);
 
   // Scopes: entering one opens the group and answers how many entries it has; the outermost one closes it.

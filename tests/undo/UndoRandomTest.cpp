@@ -3,6 +3,7 @@
 
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/undo/MoveObjects.h"
 #include "engine/undo/Undo.h"
 #include "tests/support/SceneBuilder.h"
 
@@ -45,7 +46,7 @@ class RandomEdits {
   }
 
   void Operation() {
-    switch (Random(8)) {
+    switch (Random(9)) {
       case 0:
         return MakeObject();
       case 1:
@@ -58,6 +59,8 @@ class RandomEdits {
         return doc_.GetRenderBaseDraw()->SetSceneCamera(AnyObject(), false);
       case 5:
         return MakeRoot();
+      case 6:
+        return MoveSome();
       default:
         return Change(Any());
     }
@@ -70,6 +73,15 @@ class RandomEdits {
     BaseObject* parent = Random(2) ? AnyObject() : nullptr;
     doc_.InsertObject(object, parent, parent ? static_cast<BaseObject*>(parent->GetDownLast()) : nullptr);
     Made(object);
+  }
+
+  void MoveSome() {
+    std::vector<BaseObject*> some;
+    for (unsigned i = 0; i <= Random(3); ++i) {
+      if (BaseObject* object = AnyObject()) some.push_back(object);
+    }
+    BaseObject* parent = Random(3) ? AnyObject() : nullptr;
+    engine::MoveObjects(doc_, some, parent, parent ? parent->GetDown() : doc_.GetFirstObject());
   }
 
   void MakeTag() {

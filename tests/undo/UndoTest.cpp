@@ -5,6 +5,7 @@
 
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/undo/MoveObjects.h"
 #include "engine/undo/Undo.h"
 #include "engine/undo/UndoEntry.h"
 #include "host/Parameters.h"
@@ -129,6 +130,17 @@ void DeleteAllSettings(Scene& s) {
   }
 }
 
+// Among each other, below each other, and below what was moved itself.
+void MoveInAndOut(Scene& s) {
+  const engine::UndoScope scope(s.Doc(), "Moves");
+  BaseObject* box = s.GetObject("Room/Box");
+  BaseObject* ball = s.GetObject("Room/Ball");
+  BaseObject* out = s.GetObject("Out");
+  EXPECT_TRUE(engine::MoveObjects(s.Doc(), {ball, box}, nullptr, out));
+  EXPECT_TRUE(engine::MoveObjects(s.Doc(), {s.GetObject("Room"), out}, ball, nullptr));
+  EXPECT_TRUE(engine::MoveObjects(s.Doc(), {box}, s.GetObject("Ball/Room"), s.GetObject("Ball/Room/Cam")));
+}
+
 TEST(Undo, TakesBackAndDoesAgain) {
   const Case cases[] = {
       {"object", ChangeObject},
@@ -141,6 +153,7 @@ TEST(Undo, TakesBackAndDoesAgain) {
       {"nested objects deleted", DeleteNested},
       {"subtree inserted", InsertSubtree},
       {"changed, then deleted", ChangeThenDelete},
+      {"moved", MoveInAndOut},
       {"everything at once",
        [](Scene& s) {
          ChangeObject(s);
@@ -350,6 +363,28 @@ TEST(Undo, FreeingAfterTheGroupDestroys) {
   scene.Doc().EndUndo();
   BaseObject::Free(out);
   EXPECT_FALSE(scene.Doc().DoUndo());
+}
+
+std::string NamesOf(const std::vector<std::string>& names) {
+  std::string all;
+  for (const std::string& name : names) all += name + ";";
+  return all;
+}
+
+TEST(Undo, NamesAllSteps) {
+  Scene scene;
+  EXPECT_EQ(NamesOf(engine::DoneNames(scene.Doc())) + NamesOf(engine::UndoneNames(scene.Doc())), "");
+  for (const char* name : {"one", "two", "three"}) {
+    const engine::UndoScope scope(scene.Doc(), name);
+    scene.Changing(scene.GetObject("Out"));
+    scene.GetObject("Out")->SetName(name);
+    EXPECT_TRUE(NamesOf(engine::DoneNames(scene.Doc())).ends_with(std::string(name) + ";"));
+    scene.GetObject(name)->SetName("Out");
+  }
+  scene.Doc().DoUndo();
+  scene.Doc().DoUndo();
+  EXPECT_EQ(NamesOf(engine::DoneNames(scene.Doc())), "one;");
+  EXPECT_EQ(NamesOf(engine::UndoneNames(scene.Doc())), "two;three;");
 }
 
 TEST(Undo, StepsAreLimited) {

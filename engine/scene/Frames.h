@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <optional>
 
 #include "host/Math.h"
 
@@ -36,5 +37,21 @@ inline host::Matrix Combined(const host::Matrix& outer, const host::Matrix& inne
 
 // Volume of the unit cube in the frame, negative where it is mirrored.
 inline double Determinant(const host::Matrix& m) { return DotOf(CrossOf(m.v1, m.v2), m.v3); }
+
+// The frame that combined with `outer` is `world`; none where `outer` is flat in a direction.
+inline std::optional<host::Matrix> FrameInside(const host::Matrix& outer, const host::Matrix& world) {
+  const double volume = Determinant(outer);
+  if (!std::isnormal(volume)) return std::nullopt;
+  const host::Vector rows[3] = {CrossOf(outer.v2, outer.v3), CrossOf(outer.v3, outer.v1), CrossOf(outer.v1, outer.v2)};
+  const auto inside = [&](const host::Vector& v) {
+    return host::Vector(DotOf(rows[0], v) / volume, DotOf(rows[1], v) / volume, DotOf(rows[2], v) / volume);
+  };
+  host::Matrix result;
+  result.off = inside(Sum(world.off, Scaled(outer.off, -1)));
+  result.v1 = inside(world.v1);
+  result.v2 = inside(world.v2);
+  result.v3 = inside(world.v3);
+  return result;
+}
 
 }  // namespace engine
