@@ -12,6 +12,11 @@ std::vector<host::BaseList2D*> SelectedInOrder(const host::BaseDocument& doc) {
   return order;
 }
 
+host::BaseTag* ActiveTagOf(const host::BaseDocument& doc) {
+  DocumentBody& body = BodyOf(doc);
+  return static_cast<host::BaseTag*>(body.selectedTags.Last(body.table));
+}
+
 }  // namespace engine
 
 namespace host {

@@ -147,6 +147,14 @@ BaseList2D* CopyTree(const BaseList2D& root, const CopyRules& rules) {
   return copy;
 }
 
+std::vector<BaseList2D*> CopyTogether(const std::vector<BaseList2D*>& roots) {
+  IdMap ids;
+  std::vector<BaseList2D*> copies;
+  for (const BaseList2D* root : roots) copies.push_back(CopyTree(*root, CopyRules{false, true, &ids}));
+  for (BaseList2D* copy : copies) FollowLinks(*copy, ids);
+  return copies;
+}
+
 void CopyList(const BaseList2D& source, BaseList2D& target, int slot, const CopyRules& rules) {
   for (const GeListNode* node = FirstIn(source, slot); node; node = node->GetNext()) {
     BaseList2D* copy = CopyTree(static_cast<const BaseList2D&>(*node), rules);

@@ -123,10 +123,11 @@ void Link(GeListNode& node, const Ends& ends, GeListNode* pred) {
 
 bool OwnsItsKin(NodeKind kind) { return kind == NodeKind::Object; }
 
-// Nothing hangs below a leaf, which keeps building a deep chain from its top linear.
+// Nothing hangs below a leaf or below what is of another document or of none, which keeps building a deep chain from its top
+// and putting copies into it linear.
 bool HangsBelow(const GeListNode& owner, const GeListNode& node) {
   if (&owner == &node) return true;
-  if (!node.GetDown()) return false;
+  if (!node.GetDown() || node.GetDocument() != owner.GetDocument()) return false;
   for (const GeListNode* above = &owner; above; above = OwnerOf(*above)) {
     if (above == &node) return true;
   }

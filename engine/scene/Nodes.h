@@ -60,6 +60,9 @@ host::BaseList2D* OwnerOf(const host::GeListNode& node);
 //   for (const GeListNode* node = NextInside(doc, doc); node; node = NextInside(*node, doc)) ...
 host::GeListNode* NextInside(const host::GeListNode& node, const host::GeListNode& root);
 
+// Copies of several elements with all below each, in no place, owned by the caller. Links from one to another follow the copies.
+std::vector<host::BaseList2D*> CopyTogether(const std::vector<host::BaseList2D*>& roots);
+
 // Destroys a node that is in no place, whatever its class, with all below it. Iterative.
 void DestroyNode(host::BaseList2D* node);
 
@@ -74,6 +77,8 @@ void SetSceneCameraId(host::BaseDocument& doc, NodeId camera);
 NodeId ActiveRenderDataIdOf(const host::BaseDocument& doc);
 // The selected objects, then the selected tags, each in the order of selecting.
 std::vector<host::BaseList2D*> SelectedInOrder(const host::BaseDocument& doc);
+// The tag selected last that is still selected, or null, as GetActiveObject tells the object.
+host::BaseTag* ActiveTagOf(const host::BaseDocument& doc);
 host::ULLONG NBitsOf(const host::GeListNode& node);
 void SetNBits(host::GeListNode& node, host::ULLONG bits);
 const host::LayerData& OwnLayerData(const host::LayerObject& layer);

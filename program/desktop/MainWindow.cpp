@@ -11,6 +11,7 @@
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
 #include "program/desktop/panels/AttributesPanel.h"
+#include "program/desktop/panels/HistoryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 
@@ -56,6 +57,7 @@ void MainWindow::BuildPanels() {
   panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea, new AttributesPanel(lookedAt_, this));
   panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(engine::RenderCaches::Shared(), this));
   panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
+  panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
   panels_.ShowFirstTabs();
 }
 

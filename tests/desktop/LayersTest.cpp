@@ -7,6 +7,7 @@
 #include <QtTest/QTest>
 
 #include "program/desktop/Dragging.h"
+#include "program/desktop/SceneCommands.h"
 #include "program/desktop/panels/LayerSwitches.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "tests/desktop/Desk.h"
@@ -137,6 +138,7 @@ TEST(Layers, ModelKeepsItsPromisesWithHundreds) {
   for (int i = 0; i < 700; ++i) desk.scene.Layer("Many/" + std::to_string(i));
   Desk::Rest();
   EXPECT_EQ(desk.Rows().rowCount(desk.IndexOf("Many")), 700);
+  desk.Tree().setFocus();
   QTest::keyClick(&desk.Tree(), Qt::Key_A, Qt::ControlModifier);
   EXPECT_TRUE(desk.scene.GetLayer("Many/699")->GetBit(host::BIT_ACTIVE));
   const QModelIndex gone = desk.IndexOf("Garden");

@@ -7,6 +7,7 @@
 
 #include "host/Parameters.h"
 #include "program/desktop/Dragging.h"
+#include "program/desktop/SceneCommands.h"
 #include "program/desktop/panels/LayerActs.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "tests/desktop/Desk.h"

@@ -95,6 +95,7 @@ TEST(ObjectTree, TakesManyAndDeepObjects) {
   desk.Window().Beat();
   desk.Window().Objects().setFocus();
   QTest::keyClick(&desk.Window().Objects(), Qt::Key_A, Qt::ControlModifier);
+  Desk::Rest();
   EXPECT_GE(desk.Window().Objects().selectionModel()->selectedRows().size(), 20200);
   desk.Entry("File", "New").trigger();
   Desk::Rest();

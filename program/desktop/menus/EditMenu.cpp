@@ -2,6 +2,7 @@
 
 #include "engine/undo/Undo.h"
 #include "program/desktop/MainWindow.h"
+#include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
 
@@ -19,13 +20,34 @@ QString NamedStep(const QString& verb, const std::string& name) {
 EditMenu::EditMenu(QMenu& menu, MainWindow& window)
     : QObject(&menu),
       undo_(AddEntry(menu, "&Undo", QKeySequence::Undo, [&window] { window.App().Undo(); })),
-      redo_(AddEntry(menu, "&Redo", QKeySequence("Ctrl+Shift+Z"), [&window] { window.App().Redo(); })) {}
+      redo_(AddEntry(menu, "&Redo", QKeySequence("Ctrl+Shift+Z"), [&window] { window.App().Redo(); })) {
+  menu.addSeparator();
+  onScene_.push_back(AddCommand(menu, window, "Select &All", QKeySequence::SelectAll, SelectAll));
+  onSelection_.push_back(AddCommand(menu, window, "Select &None", QKeySequence("Ctrl+Shift+A"), SelectNone));
+  menu.addSeparator();
+  onSelection_.push_back(AddCommand(menu, window, "D&uplicate", QKeySequence("Ctrl+D"), DuplicateSelected));
+  onSelection_.push_back(AddCommand(menu, window, "&Delete", QKeySequence::Delete, DeleteSelected));
+}
+
+QAction* EditMenu::AddCommand(QMenu& menu, MainWindow& window, const QString& text, const QKeySequence& keys, Command command) {
+  QAction* action = AddEntry(menu, text, keys, [command] {
+    if (host::BaseDocument* doc = host::GetActiveDocument()) command(*doc);
+  });
+  action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+  for (QWidget* place : {static_cast<QWidget*>(&window.Objects()), static_cast<QWidget*>(&window.View())}) {
+    place->addAction(action);
+  }
+  return action;
+}
 
 void EditMenu::Follow(host::BaseDocument* doc) {
   undo_->setEnabled(doc && engine::CanUndo(*doc));
   redo_->setEnabled(doc && engine::CanRedo(*doc));
   undo_->setText(NamedStep("&Undo", doc ? engine::UndoName(*doc) : ""));
   redo_->setText(NamedStep("&Redo", doc ? engine::RedoName(*doc) : ""));
+  const bool selected = doc && (doc->GetActiveObject() || engine::ActiveTagOf(*doc));
+  for (QAction* action : onScene_) action->setEnabled(doc && doc->GetFirstObject());
+  for (QAction* action : onSelection_) action->setEnabled(selected);
 }
 
 }  // namespace desktop

@@ -1,8 +1,11 @@
-// EditMenu: undo and redo with the names of their steps, and what works on the selection. It belongs to its menu. Main thread.
+// EditMenu: undo and redo with the names of their steps, and what works on the selection. The latter is also the context menu of
+// the object tree; its keys work where objects are worked on, so that they never reach past a list or field that has the focus.
+// It belongs to its menu. Main thread.
 #pragma once
 
 #include <QMenu>
 #include <QObject>
+#include <vector>
 
 #include "program/desktop/panels/DocumentView.h"
 
@@ -17,8 +20,13 @@ class EditMenu : public QObject, public DocumentView {
   void Follow(host::BaseDocument* doc) override;
 
  private:
+  using Command = void (*)(host::BaseDocument&);
+  QAction* AddCommand(QMenu& menu, MainWindow& window, const QString& text, const QKeySequence& keys, Command command);
+
   QAction* undo_;
   QAction* redo_;
+  std::vector<QAction*> onScene_;      // need objects
+  std::vector<QAction*> onSelection_;  // need something selected
 };
 
 }  // namespace desktop

@@ -114,14 +114,6 @@ void AssignLayer(BaseDocument& doc, const std::vector<BaseObject*>& objects, Lay
   host::EventAdd();
 }
 
-std::vector<BaseObject*> SelectedObjects(const BaseDocument& doc) {
-  host::AtomArray chosen;
-  doc.GetActiveObjects(chosen, host::GETACTIVEOBJECTFLAGS_CHILDREN);
-  std::vector<BaseObject*> objects;
-  for (host::LONG i = 0; i < chosen.GetCount(); ++i) objects.push_back(engine::AsObject(chosen.GetIndex(i)));
-  return objects;
-}
-
 void SelectObjectsOn(BaseDocument& doc, const LayerList& layers) {
   std::unordered_set<engine::NodeId> wanted;
   for (const LayerObject* layer : layers) wanted.insert(engine::IdOf(*layer));

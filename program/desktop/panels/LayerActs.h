@@ -19,8 +19,6 @@ void SetLayerColor(host::BaseDocument& doc, const LayerList& layers, const host:
 void SetLayerSwitch(host::BaseDocument& doc, const LayerList& layers, std::size_t number, bool on);
 // Puts objects on a layer; null takes them off theirs.
 void AssignLayer(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, host::LayerObject* layer);
-// The selected objects, in the order of the tree.
-std::vector<host::BaseObject*> SelectedObjects(const host::BaseDocument& doc);
 // Selects the objects on these layers and no others. No undo step, as for any selection.
 void SelectObjectsOn(host::BaseDocument& doc, const LayerList& layers);
 // Makes these the selected layers.

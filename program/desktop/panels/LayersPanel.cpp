@@ -4,6 +4,7 @@
 #include <QVBoxLayout>
 
 #include "program/desktop/Icons.h"
+#include "program/desktop/SceneCommands.h"
 #include "program/desktop/panels/LayerSwitches.h"
 #include "program/desktop/panels/PanelBar.h"
 

@@ -1,0 +1,36 @@
+// SceneCommands: what a person does to a scene besides recording it: selecting, deleting, duplicating, switching, giving
+// materials. Tree, menus and viewport share them. Each is one undo step where it changes anything, and posts the change. They
+// know no toolkit and own nothing. Main thread.
+#pragma once
+
+#include <vector>
+
+#include "engine/scene/Nodes.h"
+
+namespace desktop {
+
+enum class Switch { kEditor, kRender, kGenerator };
+
+// The selected objects in the order of the tree; and those of them that are below no other selected one. O(objects).
+std::vector<host::BaseObject*> SelectedObjects(const host::BaseDocument& doc);
+std::vector<host::BaseObject*> TopmostSelected(const host::BaseDocument& doc);
+
+// Selects all objects, those in closed branches too; and no object and no tag.
+void SelectAll(host::BaseDocument& doc);
+void SelectNone(host::BaseDocument& doc);
+// Selects these objects and nothing else; the last one becomes the active one.
+void SelectOnly(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects);
+// Selects a tag; unless `add`, and nothing else.
+void SelectTag(host::BaseTag& tag, bool add);
+
+// Deletes the selected objects with all below them, and the selected tags.
+void DeleteSelected(host::BaseDocument& doc);
+// Puts a copy of each selected object, with tags and all below it, behind it, under a name of its own; selects the copies.
+void DuplicateSelected(host::BaseDocument& doc);
+// Links the first texture tag of each object to the material, or makes one. False where the document has no such material.
+bool AssignMaterial(host::BaseDocument& doc, engine::NodeId material, const std::vector<host::BaseObject*>& objects);
+// Sets one switch: a MODE_ number for the first two, 0 or 1 for the generator.
+void SetSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, Switch which, host::LONG value);
+host::LONG SwitchOf(const host::BaseObject& object, Switch which);
+
+}  // namespace desktop

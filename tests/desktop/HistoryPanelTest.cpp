@@ -1,0 +1,76 @@
+// The history: all steps by name, the present one marked, a click goes there and back.
+#include "program/desktop/panels/HistoryPanel.h"
+
+#include <gtest/gtest.h>
+
+#include <QDockWidget>
+#include <QtTest/QTest>
+
+#include "engine/undo/Undo.h"
+#include "host/BaseObject.h"
+#include "program/desktop/SceneCommands.h"
+#include "tests/desktop/Desk.h"
+
+namespace {
+
+using desk::Desk;
+
+struct WithHistory : Desk {
+  WithHistory() {
+    Window().findChild<QDockWidget*>("history")->raise();
+    for (const char* name : {"One", "Two", "Three"}) {
+      host::BaseDocument* doc = host::GetActiveDocument();
+      const engine::UndoScope scope(*doc, name);
+      host::BaseObject* object = host::BaseObject::Alloc(host::Onull);
+      doc->AppendObject(object);
+      doc->AddUndo(host::UNDO_NEW, object);
+    }
+    Rest();
+  }
+  desktop::HistoryPanel& Panel() {
+    return dynamic_cast<desktop::HistoryPanel&>(*Window().findChild<QDockWidget*>("history")->widget());
+  }
+  QString Rows() {
+    QString text;
+    for (int row = 0; row < Panel().count(); ++row) {
+      text += Panel().item(row)->text() + (row == Panel().currentRow() ? "* " : " ");
+    }
+    return text;
+  }
+  void Click(int row) {
+    QTest::mouseClick(Panel().viewport(), Qt::LeftButton, {}, Panel().visualItemRect(Panel().item(row)).center());
+    Rest();
+  }
+  static int Objects() {
+    int count = 0;
+    for (auto* object = host::GetActiveDocument()->GetFirstObject(); object; object = object->GetNext()) ++count;
+    return count;
+  }
+};
+
+TEST(HistoryPanel, AClickGoesBackAndForward) {
+  WithHistory desk;
+  EXPECT_EQ(desk.Rows(), "Start One Two Three* ");
+  desk.Click(1);
+  EXPECT_EQ(desk.Rows(), "Start One* Two Three ");
+  EXPECT_EQ(WithHistory::Objects(), 1);
+  desk.Click(0);
+  EXPECT_EQ(WithHistory::Objects(), 0);
+  desk.Click(3);
+  EXPECT_EQ(desk.Rows(), "Start One Two Three* ");
+  EXPECT_EQ(WithHistory::Objects(), 3);
+  desk.Click(2);
+  desk.Entry("Edit", "Undo Two").trigger();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows(), "Start One* Two Three ");
+  desktop::SelectAll(*host::GetActiveDocument());
+  Desk::Rest();
+  desk.Entry("Edit", "Delete").trigger();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows(), "Start One Delete* ");
+  desk.Entry("File", "New").trigger();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows(), "Start* ");
+}
+
+}  // namespace
