@@ -43,7 +43,7 @@ bool PdfFile::ReadObjects() {
   const QList<QByteArray> lines = bytes_.mid(start_, bytes_.indexOf("trailer", start_) - start_).split('\n');
   if (lines.size() < count_ + 2 || lines[0].trimmed() != "xref") return false;
   for (int number = 1; number < count_; ++number) {
-    const QByteArray line = lines[number + 2];
+    const QByteArray& line = lines[number + 2];
     if (line.contains(" n")) offsets_[number] = line.left(10).toLongLong();
   }
   return true;

@@ -3,6 +3,7 @@
 #include <QAbstractTextDocumentLayout>
 #include <QDir>
 #include <QImageReader>
+#include <QRegularExpression>
 #include <QTextBlock>
 #include <QTextTable>
 #include <algorithm>
@@ -11,6 +12,16 @@
 #include "tools/manual/Tables.h"
 
 namespace manual {
+
+namespace {
+
+// Typewriter's apostrophes as a printer sets them.
+QString Typeset(QString text) {
+  static const QRegularExpression apostrophe(QStringLiteral("(?<=\\w)'"));
+  return text.replace(apostrophe, QStringLiteral("\u2019"));
+}
+
+}  // namespace
 
 Setting::Setting(const std::vector<Piece>& pieces, const QString& folder, QPagedPaintDevice& device)
     : document_(std::make_unique<QTextDocument>()), cursor_(document_.get()), folder_(folder) {
@@ -55,9 +66,9 @@ void Setting::SetPiece(const Piece& piece) {
   }
 }
 
-// The space above a chapter counts only below another block, not below a table.
+// The space above a heading counts only below another block, not below a table.
 void Setting::SetHeadingPiece(const Piece& piece) {
-  if (freshBlock_ && piece.level == 1) {
+  if (freshBlock_) {
     cursor_.setBlockFormat(HairBlock());
     freshBlock_ = false;
   }
@@ -68,7 +79,10 @@ void Setting::SetHeadingPiece(const Piece& piece) {
 }
 
 void Setting::SetParagraph(const Piece& piece) {
-  StartBlock(piece.kind, BodyBlock());
+  const bool afterList = !items_.empty() && (items_.back().kind == Kind::Bullet || items_.back().kind == Kind::Step);
+  QTextBlockFormat block = BodyBlock();
+  if (afterList) block.setTopMargin(block.bottomMargin());
+  StartBlock(piece.kind, block);
   InsertLine(cursor_, piece.line, BodyText());
 }
 
@@ -169,7 +183,7 @@ void Setting::InsertLine(QTextCursor& cursor, const Line& line, const QTextCharF
       format.setForeground(kAccent);
       links_ << run.link;
     }
-    cursor.insertText(run.text, format);
+    cursor.insertText(run.code ? run.text : Typeset(run.text), format);
   }
 }
 
