@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "engine/render/Frames.h"
 #include "engine/render/ScenePicture.h"
+#include "engine/scene/Frames.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/Nodes.h"
 
