@@ -2,6 +2,8 @@
 
 #include <QPainter>
 #include <QStyleOption>
+#include <QTabBar>
+#include <QToolButton>
 
 #include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
@@ -61,24 +63,65 @@ void DrawChevron(QPainter& painter, const QRect& rect, int quarterTurns, bool en
   soft->drawPolyline(QPolygonF({{-kHalfWidth, -kHalfWidth / 2}, {0, kHalfWidth / 2}, {kHalfWidth, -kHalfWidth / 2}}));
 }
 
+void DrawTick(QPainter& painter, const QRectF& box, QRgb color) {
+  SoftPainter soft(painter);
+  soft->setPen(QPen(QColor(color), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  soft->drawPolyline(QPolygonF({At(box, 0.24, 0.52), At(box, 0.42, 0.72), At(box, 0.77, 0.3)}));
+}
+
 void DrawCheckBox(QPainter& painter, const QStyleOption& option) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && (option.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
   DrawBox(painter, option.rect, kField, lit ? kAccent : enabled ? kIdleBox : kEdge, 2.5);
-  SoftPainter soft(painter);
   const QRectF box(option.rect);
-  soft->setPen(QPen(QColor(enabled ? kAccent : kFaint), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-  if (Is(option, QStyle::State_On)) soft->drawPolyline(QPolygonF({At(box, 0.24, 0.52), At(box, 0.42, 0.72), At(box, 0.77, 0.3)}));
-  if (Is(option, QStyle::State_NoChange)) soft->drawLine(At(box, 0.3, 0.5), At(box, 0.7, 0.5));
+  const QRgb mark = enabled ? kAccent : kFaint;
+  if (Is(option, QStyle::State_On)) DrawTick(painter, box, mark);
+  if (!Is(option, QStyle::State_NoChange)) return;
+  SoftPainter soft(painter);
+  soft->setPen(QPen(QColor(mark), 2, Qt::SolidLine, Qt::RoundCap));
+  soft->drawLine(At(box, 0.3, 0.5), At(box, 0.7, 0.5));
+}
+
+void DrawRadioButton(QPainter& painter, const QStyleOption& option) {
+  const bool enabled = Is(option, QStyle::State_Enabled);
+  const bool lit = enabled && (option.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
+  const int side = std::min(option.rect.width(), option.rect.height());
+  DrawBox(painter, option.rect, kField, lit ? kAccent : enabled ? kIdleBox : kEdge, side / 2.0);
+  if (!Is(option, QStyle::State_On)) return;
+  SoftPainter soft(painter);
+  soft->setPen(Qt::NoPen);
+  soft->setBrush(QColor(enabled ? kAccent : kFaint));
+  soft->drawEllipse(QRectF(option.rect).center(), side * 0.24, side * 0.24);
+}
+
+void DrawRing(QPainter& painter, const QRect& rect) {
+  SoftPainter soft(painter);
+  soft->setPen(QColor(kAccent));
+  soft->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), kRound, kRound);
+}
+
+void DrawSlider(QPainter& painter, const QStyleOptionSlider& slider, const QRect& groove, const QRect& handle) {
+  constexpr int kLine = 4;
+  constexpr double kKnob = 6;
+  const bool enabled = Is(slider, QStyle::State_Enabled);
+  const bool lit = enabled && (slider.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
+  const QPoint middle = groove.center();
+  const bool flat = slider.orientation == Qt::Horizontal;
+  const QRect line = flat ? QRect(groove.left(), middle.y() - kLine / 2 + 1, groove.width(), kLine)
+                          : QRect(middle.x() - kLine / 2 + 1, groove.top(), kLine, groove.height());
+  DrawBox(painter, line, kField, kEdge, kLine / 2.0);
+  SoftPainter soft(painter);
+  soft->setPen(QPen(QColor(lit ? kAccent : kEdge), 1.4));
+  soft->setBrush(QColor(enabled ? 0xffb4b4b4 : kEdge));
+  soft->drawEllipse(QRectF(handle).center(), kKnob, kKnob);
 }
 
 void DrawToolButton(QPainter& painter, const QStyleOption& option) {
   const bool pressed = option.state & (QStyle::State_Sunken | QStyle::State_On);
   const bool lit = Is(option, QStyle::State_Enabled | QStyle::State_MouseOver);
-  const bool focus = Is(option, QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange);
-  if (!pressed && !lit && !focus) return;
-  const QRgb ground = pressed ? kSelected : lit ? kLitButton : kWindow;
-  DrawBox(painter, option.rect, ground, focus ? kAccent : ground);
+  if (!pressed && !lit) return;
+  const QRgb ground = pressed ? kSelected : kLitButton;
+  DrawBox(painter, option.rect, ground, ground);
 }
 
 void DrawSplitter(QPainter& painter, const QStyleOption& option) {
@@ -97,7 +140,8 @@ void DrawProgress(QPainter& painter, const QStyleOptionProgressBar& bar) {
   const double share = whole > 0 ? (bar.progress - bar.minimum) / whole : 0;
   QRect done = bar.rect.adjusted(2, 2, -2, -2);
   done.setWidth(static_cast<int>(done.width() * share));
-  if (done.width() > 1) DrawBox(painter, done, kAccent, kAccent, 2.5);
+  const QRgb color = Is(bar, QStyle::State_Enabled) ? kAccent : kEdge;
+  if (done.width() > 1) DrawBox(painter, done, color, color, 2.5);
 }
 
 int ChevronTurns(QStyle::PrimitiveElement element) {
@@ -121,6 +165,14 @@ void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
     case PE_IndicatorCheckBox:
     case PE_IndicatorItemViewItemCheck:
       return DrawCheckBox(*painter, *option);
+    case PE_IndicatorMenuCheckMark:
+      return DrawTick(*painter, option->rect, Is(*option, State_Enabled) ? kAccent : kFaint);
+    case PE_IndicatorRadioButton:
+      return DrawRadioButton(*painter, *option);
+    case PE_FrameFocusRect:
+      // Everything else shows it in its own edge.
+      if (qobject_cast<const QToolButton*>(widget) || qobject_cast<const QTabBar*>(widget)) DrawRing(*painter, option->rect);
+      return;
     case PE_IndicatorArrowDown:
     case PE_IndicatorArrowUp:
     case PE_IndicatorArrowLeft:
@@ -179,16 +231,28 @@ void CalmStyle::drawComplexControl(ComplexControl control, const QStyleOptionCom
     DrawChevron(*painter, down, 0, enabled && (spin->stepEnabled & QAbstractSpinBox::StepDownEnabled));
     return;
   }
+  if (const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option); slider && control == CC_Slider) {
+    return DrawSlider(*painter, *slider, subControlRect(control, option, SC_SliderGroove, widget),
+                      subControlRect(control, option, SC_SliderHandle, widget));
+  }
   QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
 
 QSize CalmStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const {
-  constexpr int kAroundText = 12;
+  constexpr int kAroundText = 10;
   QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
   if (type == CT_ComboBox || type == CT_SpinBox || type == CT_LineEdit) {
     wanted.setHeight(std::max(wanted.height(), option->fontMetrics.height() + kAroundText));
   }
   return wanted;
+}
+
+QRect CalmStyle::subElementRect(SubElement element, const QStyleOption* option, const QWidget* widget) const {
+  constexpr int kBesideText = 4;
+  const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+  const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+  const bool isField = element == SE_LineEditContents && frame && frame->lineWidth > 0;
+  return isField ? rect.adjusted(kBesideText, 0, -kBesideText, 0) : rect;
 }
 
 int CalmStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* more) const {

@@ -19,6 +19,7 @@ QPalette DarkPalette() {
     palette.setColor(QPalette::Disabled, role, QColor(kFaint));
   }
   palette.setColor(QPalette::Base, QColor(kField));
+  palette.setColor(QPalette::Disabled, QPalette::Base, QColor(kWindow));
   palette.setColor(QPalette::AlternateBase, QColor(kOtherLine));
   palette.setColor(QPalette::ToolTipBase, QColor(kButton));
   palette.setColor(QPalette::PlaceholderText, QColor(kFaint));
@@ -69,8 +70,12 @@ const char* const kStyleSheet = R"(
   QTabBar::tab { background: #242424; color: #a0a0a0; padding: 5px 14px; border: none; }
   QTabBar::tab:hover { color: #dcdcdc; background: #303030; }
   QTabBar::tab:selected { color: #dcdcdc; background: #2b2b2b; }
+  QTabBar::tab:top { border-bottom: 2px solid transparent; }
+  QTabBar::tab:bottom { border-top: 2px solid transparent; }
   QTabBar::tab:top:selected { border-bottom: 2px solid #c98a3d; }
   QTabBar::tab:bottom:selected { border-top: 2px solid #c98a3d; }
+  QTabWidget::pane { border: none; }
+  QMessageBox QLabel#qt_msgbox_label { min-width: 280px; }
   QToolBar { background: #2b2b2b; border: none; padding: 2px 4px; spacing: 2px; }
   QFrame[frameShape="5"] { color: #454545; }
   QStatusBar { background: #242424; color: #b4b4b4; }
