@@ -17,6 +17,9 @@ namespace {
 constexpr const char* kPackage = "fonts-dejavu-core";
 constexpr const char* kFolders[] = {"/usr/share/fonts/truetype/dejavu", "/usr/share/fonts/dejavu-sans-fonts",
                                     "/usr/share/fonts/TTF", "/usr/share/fonts/dejavu"};
+// Han and kana, which the first font lacks; without the file they show as boxes.
+constexpr const char* kMoreLetters[] = {"/usr/share/fonts/truetype/droid/DroidSansFallbackFull.ttf",
+                                        "/usr/share/fonts/google-droid-sans-fonts/DroidSansFallbackFull.ttf"};
 constexpr std::uint64_t kLargestFont = 64ull << 20;
 constexpr char32_t kEllipsis = 0x2026;
 constexpr char32_t kReplacement = 0xFFFD;
@@ -80,33 +83,58 @@ void Blend(const FT_Bitmap& glyph, int left, int top, Font::Color color, Image& 
 
 }  // namespace
 
-// The face reads the file's bytes while it lives.
+// The faces read their files' bytes while they live.
 struct Font::Body {
   std::string bytes;
+  std::string moreBytes;
   FT_Library library = nullptr;
   FT_Face face = nullptr;
+  FT_Face more = nullptr;  // for the letters that the first one lacks; may be null
 
   ~Body() {
+    if (more) FT_Done_Face(more);
     if (face) FT_Done_Face(face);
     if (library) FT_Done_FreeType(library);
   }
 
-  void SetSize(int pixels) const { FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(std::max(1, pixels))); }
+  // Null when the bytes are no font that can be used.
+  FT_Face Open(const std::string& of) const {
+    FT_Face opened = nullptr;
+    const auto* data = reinterpret_cast<const FT_Byte*>(of.data());
+    if (FT_New_Memory_Face(library, data, static_cast<FT_Long>(of.size()), 0, &opened) != 0) return nullptr;
+    if (FT_IS_SCALABLE(opened)) return opened;
+    FT_Done_Face(opened);
+    return nullptr;
+  }
+
+  void SetSize(int pixels) const {
+    for (const FT_Face each : {face, more}) {
+      if (each) FT_Set_Pixel_Sizes(each, 0, static_cast<FT_UInt>(std::max(1, pixels)));
+    }
+  }
+
+  FT_Face FaceWith(char32_t character) const {
+    const bool isElsewhere = more && !FT_Get_Char_Index(face, character) && FT_Get_Char_Index(more, character);
+    return isElsewhere ? more : face;
+  }
 
   // Goes along the characters and tells for each glyph the pen's place in 64ths of a pixel; answers where it ends.
   template <class At>
   long Walk(const std::vector<char32_t>& characters, FT_Int32 how, const At& at) const {
     long pen = 0;
     FT_UInt before = 0;
+    FT_Face faceBefore = nullptr;
     for (const char32_t character : characters) {
-      const FT_UInt glyph = FT_Get_Char_Index(face, character);
+      const FT_Face of = FaceWith(character);
+      const FT_UInt glyph = FT_Get_Char_Index(of, character);
       FT_Vector kerning{0, 0};
-      if (before && glyph) FT_Get_Kerning(face, before, glyph, FT_KERNING_DEFAULT, &kerning);
+      if (of == faceBefore && before && glyph) FT_Get_Kerning(of, before, glyph, FT_KERNING_DEFAULT, &kerning);
       pen += kerning.x;
       before = glyph;
-      if (FT_Load_Glyph(face, glyph, how | FT_LOAD_TARGET_LIGHT) != 0) continue;
-      at(pen);
-      pen += face->glyph->advance.x;
+      faceBefore = of;
+      if (FT_Load_Glyph(of, glyph, how | FT_LOAD_TARGET_LIGHT) != 0) continue;
+      at(pen, *of->glyph);
+      pen += of->glyph->advance.x;
     }
     return pen;
   }
@@ -120,7 +148,10 @@ Font::~Font() = default;
 Result<Font> Font::Load(Weight weight) {
   const std::string file = weight == Weight::Bold ? "/DejaVuSans-Bold.ttf" : "/DejaVuSans.ttf";
   for (const char* folder : kFolders) {
-    if (Outside::Current().Kind(folder + file) == FileKind::File) return LoadFile(folder + file);
+    if (Outside::Current().Kind(folder + file) != FileKind::File) continue;
+    Result<Font> font = LoadFile(folder + file);
+    if (font) font.Value().AddMoreLetters();
+    return font;
   }
   return Result<Font>::Failure("The font DejaVu Sans was not found for the labels. Installing the package " +
                                std::string(kPackage) + " brings it.");
@@ -131,16 +162,24 @@ Result<Font> Font::LoadFile(const std::string& path) {
   if (!bytes) return bytes.GetStatus();
   auto body = std::make_unique<Body>();
   body->bytes = bytes.Take();
-  const auto* data = reinterpret_cast<const FT_Byte*>(body->bytes.data());
-  const bool works = FT_Init_FreeType(&body->library) == 0 &&
-                     FT_New_Memory_Face(body->library, data, static_cast<FT_Long>(body->bytes.size()), 0, &body->face) == 0 &&
-                     FT_IS_SCALABLE(body->face);
-  if (!works) return Result<Font>::Failure("\"" + path + "\" is no font that can be used.");
+  if (FT_Init_FreeType(&body->library) == 0) body->face = body->Open(body->bytes);
+  if (!body->face) return Result<Font>::Failure("\"" + path + "\" is no font that can be used.");
   return Font(std::move(body));
 }
 
+void Font::AddMoreLetters() {
+  for (const char* path : kMoreLetters) {
+    if (Outside::Current().Kind(path) != FileKind::File) continue;
+    Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestFont);
+    if (!bytes) continue;
+    body_->moreBytes = bytes.Take();
+    body_->more = body_->Open(body_->moreBytes);
+    return;
+  }
+}
+
 int Font::WidthOf(const std::vector<char32_t>& characters) const {
-  const long end = body_->Walk(characters, FT_LOAD_DEFAULT, [](long) {});
+  const long end = body_->Walk(characters, FT_LOAD_DEFAULT, [](long, const FT_GlyphSlotRec&) {});
   return static_cast<int>((end + 63) / 64);
 }
 
@@ -169,10 +208,9 @@ TextLine Font::Set(std::string_view text, int pixels, int mostWidth) const {
 
 void Font::Draw(const TextLine& line, int x, int y, Color color, Image& image) const {
   body_->SetSize(line.pixels);
-  body_->Walk(line.characters, FT_LOAD_RENDER, [&](long pen) {
-    const FT_GlyphSlot slot = body_->face->glyph;
-    const int left = x + static_cast<int>((pen + 32) / 64) + slot->bitmap_left;
-    if (slot->bitmap.pixel_mode == FT_PIXEL_MODE_GRAY) Blend(slot->bitmap, left, y - slot->bitmap_top, color, image);
+  body_->Walk(line.characters, FT_LOAD_RENDER, [&](long pen, const FT_GlyphSlotRec& slot) {
+    const int left = x + static_cast<int>((pen + 32) / 64) + slot.bitmap_left;
+    if (slot.bitmap.pixel_mode == FT_PIXEL_MODE_GRAY) Blend(slot.bitmap, left, y - slot.bitmap_top, color, image);
   });
 }
 

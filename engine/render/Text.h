@@ -1,6 +1,6 @@
-// Text: labels in pictures. A Font is one face of the system's DejaVu Sans, which it owns; it turns a line of UTF-8 text into a
-// TextLine and draws that with smooth edges. Right-to-left scripts come in their reading order, Arabic letters joined. One
-// thread at a time.
+// Text: labels in pictures. A Font is one face of the system's DejaVu Sans, which it owns, with Han and kana from another font
+// where the system has it; it turns a line of UTF-8 text into a TextLine and draws that with smooth edges.
+// Right-to-left scripts come in their reading order, Arabic letters joined. One thread at a time.
 #pragma once
 
 #include <array>
@@ -41,6 +41,7 @@ class Font {
  private:
   struct Body;
   explicit Font(std::unique_ptr<Body> body);
+  void AddMoreLetters();
   int WidthOf(const std::vector<char32_t>& characters) const;
 
   std::unique_ptr<Body> body_;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <set>
+#include <string>
 
 #include "engine/outside/ForwardingOutside.h"
 #include "engine/outside/ScriptedOutside.h"
@@ -91,6 +92,23 @@ TEST_F(Text, IsDrawnWhereItIsMeant) {
   std::set<int> shades;
   for (std::size_t i = 0; i < image.PixelCount(); ++i) shades.insert(image.bytes[i * 4]);
   EXPECT_GT(shades.size(), 4U) << "edges are smooth";
+}
+
+TEST_F(Text, ShowsHanAndKana) {
+  std::set<std::string> pictures;
+  for (const char* letter : {"\u6F22", "\u5B57", "\u304B", "\u30D5", "\U0001F9FF"}) {
+    Image image = Black(40, 40);
+    font_.Draw(font_.Set(letter, 30, kWide), 4, 32, {255, 255, 255}, image);
+    pictures.emplace(image.bytes.begin(), image.bytes.end());
+  }
+  EXPECT_EQ(pictures.size(), 5U) << "each has a glyph of its own, none is the box for what is missing";
+  const int latin = font_.Set("ab", 30, kWide).width;
+  EXPECT_GT(font_
+                .Set("a\u6F22"
+                     "b",
+                     30, kWide)
+                .width,
+            latin + 20);
 }
 
 TEST_F(Text, KeepsWithinThePicture) {
