@@ -43,7 +43,11 @@ bool UsesColour() {
 
 }  // namespace
 
-void Terminal::CatchInterrupts() { CatchInterruptsWith(SA_RESTART); }
+// A file that grows beyond what the system allows fails to be written, as on a full disk, and ends nothing.
+void Terminal::CatchInterrupts() {
+  CatchInterruptsWith(SA_RESTART);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
 bool Terminal::Interrupted() { return interrupted != 0; }
 
 std::size_t Terminal::Columns() {

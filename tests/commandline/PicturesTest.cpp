@@ -214,6 +214,24 @@ TEST_F(Pictures, APreviewThatCannotBeWrittenIsNamed) {
   EXPECT_NE(Out({"list", scene}).find("Late"), std::string::npos) << "the state itself is recorded";
 }
 
+// A limit on the size of files stands for a disk that is full.
+TEST_F(Pictures, AFullDiskLeavesWhatWasThere) {
+  const std::string scene = Scene({"Bare", "Full"});
+  Out({"render", scene, "--state", "Bare", "-o", Place("Bare.png"), "--size", "8x6"});
+  const std::string before = tests::ReadText(Place("Bare.png"));
+  for (const char* call : {"render '{scene}' -o '{out}/{state}.png' --size 640x480", "sheet '{scene}' -o '{out}/sheet.png'",
+                           "sheet '{scene}' --html '{out}'"}) {
+    std::string line = std::string("ulimit -f 1; exec \"$0\" ") + call;
+    line =
+        std::regex_replace(std::regex_replace(line, std::regex("\\{scene\\}"), scene), std::regex("\\{out\\}"), folder_ / "out");
+    const ChildResult result = Call({"-c", line, kProgram}, "/bin/sh");
+    EXPECT_EQ(result.status, 1) << call << result.err;
+    EXPECT_NE(result.err.find("Cannot write"), std::string::npos) << result.err;
+    EXPECT_EQ(Written(), "Bare.png");
+    EXPECT_EQ(tests::ReadText(Place("Bare.png")), before);
+  }
+}
+
 TEST_F(Pictures, AnInterruptionLeavesNothingHalfDone) {
   const std::string scene = Scene({"A"});
   const ChildResult result = Call({"--preserve-status", "-s", "INT", "3", kProgram, "render", scene, "--size", "16384x4000",

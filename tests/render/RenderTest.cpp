@@ -245,7 +245,7 @@ TEST(Render, RefusesImpossibleSizes) {
   Stage stage;
   engine::RenderCaches caches;
   for (const auto& [width, height] :
-       {std::pair{0U, 10U}, {10U, 0U}, {16385U, 1U}, {16384U, 16384U}, {4294967295U, 4294967295U}}) {
+       {std::pair{0U, 10U}, {10U, 0U}, {16385U, 1U}, {100000U, 100000U}, {16384U, 16384U}, {4294967295U, 4294967295U}}) {
     PictureSetup setup;
     setup.width = width;
     setup.height = height;
@@ -274,6 +274,7 @@ TEST(Render, HostileMeshesCostANote) {
       {"whole", [](engine::Mesh&) {}, 0},
       {"nothing at all", [](engine::Mesh& m) { m = {}; }, 0},
       {"no points", [](engine::Mesh& m) { m.points.clear(); }, 1},
+      {"no polygons", [](engine::Mesh& m) { m.polygons.clear(); }, 0},
       {"corner is no number", [](engine::Mesh& m) { m.points[2][1] = kNan; }, 1},
       {"corner at infinity", [](engine::Mesh& m) { m.points[0][0] = kInfinity; }, 1},
       {"index behind the end", [](engine::Mesh& m) { m.polygons[0][1] = 4; }, 1},
@@ -399,6 +400,29 @@ TEST(Render, HostileFramesAndParametersDoNoHarm) {
   EXPECT_EQ(Render(stage.Scene().Doc()).size(), 64U * 48U * 4U);
 }
 
+TEST(Render, HasAPictureFromInsideAnObjectAndOfNothing) {
+  struct Case {
+    const char* name;
+    void (*make)(SceneBuilder&);
+  };
+  const Case cases[] = {
+      {"nothing at all", [](SceneBuilder&) {}},
+      {"a camera alone", [](SceneBuilder& s) { s.Camera("Camera").LookThrough("Camera"); }},
+      {"a light alone", [](SceneBuilder& s) { s.Object("Light", host::Olight); }},
+      {"a camera inside a ball", [](SceneBuilder& s) { s.Object("Ball", host::Osphere).Camera("Camera").LookThrough("Camera"); }},
+      {"a camera on a surface", [](SceneBuilder& s) { s.Object("Floor", host::Oplane).Camera("Camera").LookThrough("Camera"); }},
+      {"a light and a camera inside a box",
+       [](SceneBuilder& s) { s.Cube("Box").Object("Light", host::Olight).Camera("Camera").LookThrough("Camera"); }},
+  };
+  for (const Case& c : cases) {
+    SceneBuilder scene;
+    c.make(scene);
+    const auto bytes = Render(scene.Doc());
+    ASSERT_EQ(bytes.size(), 64U * 48U * 4U) << c.name;
+    EXPECT_GT(*std::max_element(bytes.begin(), bytes.end() - 4), 20) << c.name << " is not black";
+  }
+}
+
 TEST(Render, ADeepChainOfObjectsIsWalkedFlat) {
   SceneBuilder scene;
   host::BaseObject* parent = nullptr;
@@ -486,6 +510,33 @@ TEST_F(Textures, AreFoundWhereArtistsPutThem) {
   }
 }
 
+// A surface whose texture cannot be shown keeps its colour, and the reason is told.
+TEST_F(Textures, ThatCannotBeShownCostANote) {
+  std::string enormous = engine::EncodePng(engine::Image{1, 1, {1, 2, 3, 255}, {}}).Take();
+  enormous.replace(16, 8, std::string("\x7F\xFF\xFF\xFF\x7F\xFF\xFF\xFF", 8));  // width and height
+  struct Case {
+    std::string bytes;
+    const char* note;
+  };
+  const Case cases[] = {
+      {"", "This is no picture"},
+      {"no picture", "This is no picture"},
+      {Picture().substr(0, 50), ""},
+      {enormous, ""},
+  };
+  for (const Case& c : cases) {
+    tests::WriteText(scratch_ / "left_green.png", c.bytes);
+    EXPECT_EQ(Colours(), "ww") << c.bytes.size();
+    ASSERT_EQ(notes_.size(), 1U) << c.bytes.size();
+    EXPECT_NE(notes_[0].find("The texture \"left_green.png\" is not shown: "), std::string::npos) << notes_[0];
+    EXPECT_NE(notes_[0].find(c.note), std::string::npos) << notes_[0];
+  }
+  ASSERT_TRUE(outside_.RemoveFile(scratch_ / "left_green.png"));
+  ASSERT_TRUE(outside_.MakeFolder(scratch_ / "left_green.png"));
+  EXPECT_EQ(Colours(), "ww") << "a folder";
+  EXPECT_EQ(notes_.size(), 1U);
+}
+
 TEST_F(Textures, MayComeInsideTheDocument) {
   engine::AddEmbeddedFile(scene_.Doc(), "left_green.png", Picture());
   engine::RenderCaches caches;
@@ -536,7 +587,7 @@ TEST(RenderDocument, TakesItsSizeFromTheSettings) {
   bitmap->Init(20, 10);
   EXPECT_EQ(render(0, 0), host::RENDERRESULT_OK);
   EXPECT_EQ(bitmap->GetBw(), 20);
-  for (const host::LONG size : {-1, 16385, 2147483647}) EXPECT_EQ(render(size, size), host::RENDERRESULT_FAILED);
+  for (const host::LONG size : {-1, 100000, 2147483647}) EXPECT_EQ(render(size, size), host::RENDERRESULT_FAILED);
   EXPECT_EQ(outside.GetLedger().NotesSince(0).size(), 4U);
   EXPECT_EQ(host::RenderDocument(nullptr, {}, nullptr, nullptr, bitmap, 0, nullptr), host::RENDERRESULT_FAILED);
   host::BaseBitmap::Free(bitmap);
