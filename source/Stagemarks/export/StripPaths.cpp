@@ -16,7 +16,7 @@ String SMDialog::ExtractTexturePath(BaseShader* shader) {
   BaseContainer data = shader->GetData();
   for (LONG i = 0, id = 0; (id = data.GetIndexId(i)) != NOTOK; ++i) {
     if (data.GetType(id) != DA_FILENAME) continue;
-    const String file = data.GetFilename(id).GetFileString();
+    String file = data.GetFilename(id).GetFileString();
     data.SetFilename(id, Filename(file));
     shader->SetData(data, TRUE);
     return file;

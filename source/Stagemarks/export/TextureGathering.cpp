@@ -40,7 +40,7 @@ void TextureGathering::CopyInto(const Filename& folder) const {
 Filename TextureGathering::Locate(const Filename& texture) const {
   if (GeFExist(texture, FALSE)) return texture;
   for (const Filename& place : places_) {
-    const Filename candidate = place + texture;
+    Filename candidate = place + texture;
     if (GeFExist(candidate, FALSE)) return candidate;
   }
   return Filename();
