@@ -7,11 +7,9 @@
 
 #include "engine/outside/ScriptedOutside.h"
 #include "engine/render/Renderer.h"
-#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Nodes.h"
 #include "host/Host.h"
 #include "tests/support/SceneBuilder.h"
-#include "tests/support/ScratchFolder.h"
 
 namespace {
 
@@ -67,55 +65,56 @@ int CountDifferent(const std::vector<std::uint8_t>& a, const std::vector<std::ui
   return a.size() == b.size() ? count : -1;
 }
 
+struct SwitchCase {
+  const char* name;
+  void (*change)(Stage&);
+  int pixels;  // that differ at least
+};
+
+constexpr SwitchCase kSwitches[] = {
+    {"render mode off", [](Stage& s) { s.Scene().Modes("Group/Box", host::MODE_UNDEF, host::MODE_OFF); }, 100},
+    {"parent's render mode off", [](Stage& s) { s.Scene().Modes("Group", host::MODE_UNDEF, host::MODE_OFF); }, 100},
+    {"layer not rendered", [](Stage& s) { s.SetLayer({.render = false}); }, 100},
+    {"generators of the layer off", [](Stage& s) { s.SetLayer({.generators = false}); }, 100},
+    {"solo layer", [](Stage& s) { s.SetLayer({.solo = true}); }, 400},
+    {"deform mode off", [](Stage& s) { s.Scene().Modes("Group/Box", 2, 2, false); }, 100},
+    {"another material", [](Stage& s) { s.Scene().Texture("Group/Box", "Green"); }, 100},
+    {"casts no shadow", [](Stage& s) { s.MakeTag("Other", host::Tcompositing).GetDataInstance()->SetBool(1000, false); }, 15},
+    {"receives no shadow", [](Stage& s) { s.MakeTag("Floor", host::Tcompositing).GetDataInstance()->SetBool(1001, false); }, 60},
+    {"not seen by the camera", [](Stage& s) { s.MakeTag("Group", host::Tcompositing).GetDataInstance()->SetBool(1002, false); },
+     90},
+    {"another camera", [](Stage& s) { s.Scene().Camera("New").At("New", 300, 0, -500).LookThrough("New"); }, 500},
+    {"no camera", [](Stage& s) { s.Scene().LookThrough(""); }, 500},
+    {"parallel camera", [](Stage& s) { s.Data("Camera").SetLong(host::CAMERA_PROJECTION, 1); }, 300},
+    {"camera's angle", [](Stage& s) { s.Data("Camera").SetReal(host::CAMERA_FOV, 0.4); }, 500},
+    {"camera's far end", [](Stage& s) { s.Data("Camera").SetReal(host::CAMERA_FAR, 700); }, 300},
+    {"light hidden", [](Stage& s) { s.Scene().Modes("Light", host::MODE_UNDEF, host::MODE_OFF); }, 300},
+    {"light without shadows", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_SHADOW, 0); }, 30},
+    {"light's colour", [](Stage& s) { s.Data("Light").SetVector(host::LIGHT_COLOR, Vector(0.2, 0.4, 1)); }, 500},
+    {"spot light", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 1); }, 500},
+    {"sun", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 2); }, 500},
+    {"ambient light", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 4); }, 500},
+    {"light's range", [](Stage& s) { s.Data("Light").SetReal(host::LIGHT_RANGE, 600); }, 500},
+    {"metal", [](Stage& s) { s.Look("Red").SetReal(host::MATERIAL_METALLIC, 1); }, 60},
+    {"luminance", [](Stage& s) { s.Look("Red").SetVector(host::MATERIAL_LUMINANCE, Vector(0.5)); }, 100},
+    {"see-through",
+     [](Stage& s) {
+       s.Look("Red").SetLong(host::MATERIAL_ALPHA_MODE, 2);
+       s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.3);
+     },
+     100},
+    {"cut away",
+     [](Stage& s) {
+       s.Look("Red").SetLong(host::MATERIAL_ALPHA_MODE, 1);
+       s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.3);
+     },
+     100},
+};
+
 TEST(Render, EverySwitchCanBeSeen) {
-  struct Case {
-    const char* name;
-    void (*change)(Stage&);
-    int pixels;  // that differ at least
-  };
-  const Case cases[] = {
-      {"render mode off", [](Stage& s) { s.Scene().Modes("Group/Box", host::MODE_UNDEF, host::MODE_OFF); }, 100},
-      {"parent's render mode off", [](Stage& s) { s.Scene().Modes("Group", host::MODE_UNDEF, host::MODE_OFF); }, 100},
-      {"layer not rendered", [](Stage& s) { s.SetLayer({.render = false}); }, 100},
-      {"generators of the layer off", [](Stage& s) { s.SetLayer({.generators = false}); }, 100},
-      {"solo layer", [](Stage& s) { s.SetLayer({.solo = true}); }, 400},
-      {"deform mode off", [](Stage& s) { s.Scene().Modes("Group/Box", 2, 2, false); }, 100},
-      {"another material", [](Stage& s) { s.Scene().Texture("Group/Box", "Green"); }, 100},
-      {"casts no shadow", [](Stage& s) { s.MakeTag("Other", host::Tcompositing).GetDataInstance()->SetBool(1000, false); }, 15},
-      {"receives no shadow", [](Stage& s) { s.MakeTag("Floor", host::Tcompositing).GetDataInstance()->SetBool(1001, false); },
-       60},
-      {"not seen by the camera", [](Stage& s) { s.MakeTag("Group", host::Tcompositing).GetDataInstance()->SetBool(1002, false); },
-       90},
-      {"another camera", [](Stage& s) { s.Scene().Camera("New").At("New", 300, 0, -500).LookThrough("New"); }, 500},
-      {"no camera", [](Stage& s) { s.Scene().LookThrough(""); }, 500},
-      {"parallel camera", [](Stage& s) { s.Data("Camera").SetLong(host::CAMERA_PROJECTION, 1); }, 300},
-      {"camera's angle", [](Stage& s) { s.Data("Camera").SetReal(host::CAMERA_FOV, 0.4); }, 500},
-      {"camera's far end", [](Stage& s) { s.Data("Camera").SetReal(host::CAMERA_FAR, 700); }, 300},
-      {"light hidden", [](Stage& s) { s.Scene().Modes("Light", host::MODE_UNDEF, host::MODE_OFF); }, 300},
-      {"light without shadows", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_SHADOW, 0); }, 30},
-      {"light's colour", [](Stage& s) { s.Data("Light").SetVector(host::LIGHT_COLOR, Vector(0.2, 0.4, 1)); }, 500},
-      {"spot light", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 1); }, 500},
-      {"sun", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 2); }, 500},
-      {"ambient light", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 4); }, 500},
-      {"light's range", [](Stage& s) { s.Data("Light").SetReal(host::LIGHT_RANGE, 600); }, 500},
-      {"metal", [](Stage& s) { s.Look("Red").SetReal(host::MATERIAL_METALLIC, 1); }, 60},
-      {"luminance", [](Stage& s) { s.Look("Red").SetVector(host::MATERIAL_LUMINANCE, Vector(0.5)); }, 100},
-      {"see-through",
-       [](Stage& s) {
-         s.Look("Red").SetLong(host::MATERIAL_ALPHA_MODE, 2);
-         s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.3);
-       },
-       100},
-      {"cut away",
-       [](Stage& s) {
-         s.Look("Red").SetLong(host::MATERIAL_ALPHA_MODE, 1);
-         s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.3);
-       },
-       100},
-  };
   const std::vector<std::uint8_t> plain = Render(Stage().Scene().Doc());
   ASSERT_EQ(plain.size(), 64U * 48U * 4U);
-  for (const Case& c : cases) {
+  for (const SwitchCase& c : kSwitches) {
     Stage stage;
     c.change(stage);
     EXPECT_GE(CountDifferent(plain, Render(stage.Scene().Doc())), c.pixels) << c.name;
@@ -262,64 +261,67 @@ std::shared_ptr<engine::Mesh> Quad() {
   return mesh;
 }
 
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+struct MeshCase {
+  const char* name;
+  void (*spoil)(engine::Mesh&);
+  std::size_t notes;
+};
+
+constexpr MeshCase kHostileMeshes[] = {
+    {"whole", [](engine::Mesh&) {}, 0},
+    {"nothing at all", [](engine::Mesh& m) { m = {}; }, 0},
+    {"no points", [](engine::Mesh& m) { m.points.clear(); }, 1},
+    {"no polygons", [](engine::Mesh& m) { m.polygons.clear(); }, 0},
+    {"corner is no number", [](engine::Mesh& m) { m.points[2][1] = kNan; }, 1},
+    {"corner at infinity", [](engine::Mesh& m) { m.points[0][0] = kInfinity; }, 1},
+    {"index behind the end", [](engine::Mesh& m) { m.polygons[0][1] = 4; }, 1},
+    {"largest index",
+     [](engine::Mesh& m) {
+       m.polygons.push_back({0, 1, 2147483647, -1});
+     },
+     1},
+    {"negative index",
+     [](engine::Mesh& m) {
+       m.polygons.push_back({-2, 1, 2, -1});
+     },
+     1},
+    {"no area",
+     [](engine::Mesh& m) {
+       m.polygons.push_back({1, 1, 2, -1});
+     },
+     1},
+    {"normals are no numbers",
+     [](engine::Mesh& m) {
+       m.normals.assign(4, {kNan, 0, 0});
+     },
+     0},
+    {"normals of no length",
+     [](engine::Mesh& m) {
+       m.normals.assign(4, {0, 0, 0});
+     },
+     0},
+    {"too few normals",
+     [](engine::Mesh& m) {
+       m.normals.assign(1, {0, 0, -1});
+     },
+     0},
+    {"too few texture coordinates",
+     [](engine::Mesh& m) {
+       m.uvs.assign(3, {0, 0});
+     },
+     0},
+    {"texture coordinates at infinity",
+     [](engine::Mesh& m) {
+       m.uvs.assign(4, {kInfinity, kNan});
+     },
+     0},
+};
+
 TEST(Render, HostileMeshesCostANote) {
-  constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
-  struct Case {
-    const char* name;
-    void (*spoil)(engine::Mesh&);
-    std::size_t notes;
-  };
-  const Case cases[] = {
-      {"whole", [](engine::Mesh&) {}, 0},
-      {"nothing at all", [](engine::Mesh& m) { m = {}; }, 0},
-      {"no points", [](engine::Mesh& m) { m.points.clear(); }, 1},
-      {"no polygons", [](engine::Mesh& m) { m.polygons.clear(); }, 0},
-      {"corner is no number", [](engine::Mesh& m) { m.points[2][1] = kNan; }, 1},
-      {"corner at infinity", [](engine::Mesh& m) { m.points[0][0] = kInfinity; }, 1},
-      {"index behind the end", [](engine::Mesh& m) { m.polygons[0][1] = 4; }, 1},
-      {"largest index",
-       [](engine::Mesh& m) {
-         m.polygons.push_back({0, 1, 2147483647, -1});
-       },
-       1},
-      {"negative index",
-       [](engine::Mesh& m) {
-         m.polygons.push_back({-2, 1, 2, -1});
-       },
-       1},
-      {"no area",
-       [](engine::Mesh& m) {
-         m.polygons.push_back({1, 1, 2, -1});
-       },
-       1},
-      {"normals are no numbers",
-       [](engine::Mesh& m) {
-         m.normals.assign(4, {kNan, 0, 0});
-       },
-       0},
-      {"normals of no length",
-       [](engine::Mesh& m) {
-         m.normals.assign(4, {0, 0, 0});
-       },
-       0},
-      {"too few normals",
-       [](engine::Mesh& m) {
-         m.normals.assign(1, {0, 0, -1});
-       },
-       0},
-      {"too few texture coordinates",
-       [](engine::Mesh& m) {
-         m.uvs.assign(3, {0, 0});
-       },
-       0},
-      {"texture coordinates at infinity",
-       [](engine::Mesh& m) {
-         m.uvs.assign(4, {kInfinity, kNan});
-       },
-       0},
-  };
-  for (const Case& c : cases) {
+  for (const MeshCase& c : kHostileMeshes) {
     SceneBuilder scene;
     auto mesh = Quad();
     c.spoil(*mesh);
@@ -434,138 +436,6 @@ TEST(Render, ADeepChainOfObjectsIsWalkedFlat) {
   scene.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube), parent);
   const auto picture = Render(scene.Doc());
   EXPECT_GT(CountDifferent(picture, Render(SceneBuilder().Doc())), 300);
-}
-
-// --- Textures.
-
-class Textures : public testing::Test {
- protected:
-  Textures() {
-    scene_.Material("Wall", Vector(1)).Object("Plane", host::Oplane).Texture("Plane", "Wall");
-    auto* data = scene_.Last()->GetDataInstance();
-    data->SetReal(host::PRIM_WIDTH, 100);
-    data->SetReal(host::PRIM_HEIGHT, 100);
-    shader_ = scene_.Bitmap(scene_.GetMaterial("Wall"), "left_green.png");
-    scene_.GetMaterial("Wall")->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, shader_);
-    scene_.Doc().SetDocumentPath(scratch_.Path().c_str());
-    scene_.Object("Light", host::Olight);
-    scene_.Last()->GetDataInstance()->SetLong(host::LIGHT_TYPE, 4);
-  }
-
-  // Green on the left half, blue on the right.
-  static std::string Picture() {
-    engine::Image image{8, 8, {}, {}};
-    for (int i = 0; i < 64; ++i) {
-      const bool left = i % 8 < 4;
-      for (const int c : {0, left ? 255 : 0, left ? 0 : 255, 255}) image.bytes.push_back(static_cast<std::uint8_t>(c));
-    }
-    return engine::EncodePng(image).Take();
-  }
-
-  // "g" or "b" for what dominates at two places left and right in the plane seen from above, "w" for neither.
-  std::string Colours(engine::RenderCaches& caches) {
-    PictureSetup setup = kSmall;
-    setup.camera = engine::PictureCamera();
-    setup.camera->frame.off = {0, 100, 0};
-    setup.camera->frame.v2 = {0, 0, 1};
-    setup.camera->frame.v3 = {0, -1, 0};
-    auto picture = PictureInProgress::Begin(scene_.Doc(), setup, caches).Take();
-    picture->Refine();
-    notes_ = picture->Notes();
-    std::string colours;
-    const engine::Image image = picture->Current();
-    for (const std::size_t x : {22U, 42U}) {
-      const std::uint8_t* p = &image.bytes[(24 * 64 + x) * 4];
-      colours += p[1] > p[2] + 50 ? 'g' : p[2] > p[1] + 50 ? 'b' : 'w';
-    }
-    return colours;
-  }
-  std::string Colours() {
-    engine::RenderCaches caches;
-    return Colours(caches);
-  }
-  host::BaseContainer& TagData() { return *scene_.GetTag("Plane", host::Ttexture)->GetDataInstance(); }
-  void Put(const std::string& name) {
-    (void)outside_.MakeFolder(scratch_ / "tex");
-    tests::WriteText(scratch_ / name, Picture());
-  }
-
-  tests::ScratchFolder scratch_;
-  engine::ScriptedOutside outside_;
-  engine::OutsideInUse inUse_{outside_};
-  SceneBuilder scene_;
-  host::BaseShader* shader_ = nullptr;
-  std::vector<std::string> notes_;
-};
-
-TEST_F(Textures, AreFoundWhereArtistsPutThem) {
-  EXPECT_EQ(Colours(), "ww");
-  EXPECT_EQ(notes_, std::vector<std::string>{"The texture \"left_green.png\" is not shown: it was not found."});
-  Put("tex/left_green.png");
-  EXPECT_EQ(Colours(), "gb");
-  EXPECT_TRUE(notes_.empty());
-  for (const char* name : {"C:\\art\\left_green.png", "/elsewhere/left_green.png", "./tex/left_green.png"}) {
-    shader_->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, name);
-    EXPECT_EQ(Colours(), "gb") << name;
-  }
-}
-
-// A surface whose texture cannot be shown keeps its colour, and the reason is told.
-TEST_F(Textures, ThatCannotBeShownCostANote) {
-  std::string enormous = engine::EncodePng(engine::Image{1, 1, {1, 2, 3, 255}, {}}).Take();
-  enormous.replace(16, 8, std::string("\x7F\xFF\xFF\xFF\x7F\xFF\xFF\xFF", 8));  // width and height
-  struct Case {
-    std::string bytes;
-    const char* note;
-  };
-  const Case cases[] = {
-      {"", "This is no picture"},
-      {"no picture", "This is no picture"},
-      {Picture().substr(0, 50), ""},
-      {enormous, ""},
-  };
-  for (const Case& c : cases) {
-    tests::WriteText(scratch_ / "left_green.png", c.bytes);
-    EXPECT_EQ(Colours(), "ww") << c.bytes.size();
-    ASSERT_EQ(notes_.size(), 1U) << c.bytes.size();
-    EXPECT_NE(notes_[0].find("The texture \"left_green.png\" is not shown: "), std::string::npos) << notes_[0];
-    EXPECT_NE(notes_[0].find(c.note), std::string::npos) << notes_[0];
-  }
-  ASSERT_TRUE(outside_.RemoveFile(scratch_ / "left_green.png"));
-  ASSERT_TRUE(outside_.MakeFolder(scratch_ / "left_green.png"));
-  EXPECT_EQ(Colours(), "ww") << "a folder";
-  EXPECT_EQ(notes_.size(), 1U);
-}
-
-TEST_F(Textures, MayComeInsideTheDocument) {
-  engine::AddEmbeddedFile(scene_.Doc(), "left_green.png", Picture());
-  engine::RenderCaches caches;
-  EXPECT_EQ(Colours(caches), "gb");
-  EXPECT_EQ(Colours(caches), "gb");
-  EXPECT_EQ(caches.WorkDone().textures, 1U);
-}
-
-TEST_F(Textures, FollowOffsetAndTiles) {
-  Put("left_green.png");
-  EXPECT_EQ(Colours(), "gb");
-  TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0.5, 0, 0));
-  EXPECT_EQ(Colours(), "bg");
-  TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0));
-  TagData().SetVector(host::TEXTURETAG_TILES, Vector(2, 2, 0));
-  EXPECT_EQ(Colours(), "bg") << "the left place lies in the second half of the first repetition";
-}
-
-TEST_F(Textures, AreReadAgainOnlyWhenTheirFileChanges) {
-  Put("left_green.png");
-  engine::RenderCaches caches;
-  EXPECT_EQ(Colours(caches), "gb");
-  EXPECT_EQ(Colours(caches), "gb");
-  EXPECT_EQ(caches.WorkDone().textures, 1U);
-  tests::WriteText(scratch_ / "left_green.png", "no picture any more");
-  EXPECT_EQ(Colours(caches), "ww");
-  EXPECT_EQ(Colours(caches), "ww");
-  EXPECT_EQ(caches.WorkDone().textures, 2U);
-  EXPECT_EQ(notes_.size(), 1U);
 }
 
 // --- The published function.

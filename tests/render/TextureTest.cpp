@@ -1,0 +1,148 @@
+// Textures in pictures: where they are found, how they lie on a surface, when they are read, and what a bad one costs.
+#include <gtest/gtest.h>
+
+#include "engine/outside/ScriptedOutside.h"
+#include "engine/render/Renderer.h"
+#include "engine/scene/EmbeddedFiles.h"
+#include "host/Host.h"
+#include "tests/support/SceneBuilder.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+using engine::PictureInProgress;
+using engine::PictureSetup;
+using host::Vector;
+using support::SceneBuilder;
+
+class Textures : public testing::Test {
+ protected:
+  Textures() {
+    scene_.Material("Wall", Vector(1)).Object("Plane", host::Oplane).Texture("Plane", "Wall");
+    auto* data = scene_.Last()->GetDataInstance();
+    data->SetReal(host::PRIM_WIDTH, 100);
+    data->SetReal(host::PRIM_HEIGHT, 100);
+    shader_ = scene_.Bitmap(scene_.GetMaterial("Wall"), "left_green.png");
+    scene_.GetMaterial("Wall")->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, shader_);
+    scene_.Doc().SetDocumentPath(scratch_.Path().c_str());
+    scene_.Object("Light", host::Olight);
+    scene_.Last()->GetDataInstance()->SetLong(host::LIGHT_TYPE, 4);
+  }
+
+  // Green on the left half, blue on the right.
+  static std::string Picture() {
+    engine::Image image{8, 8, {}, {}};
+    for (int i = 0; i < 64; ++i) {
+      const bool left = i % 8 < 4;
+      for (const int c : {0, left ? 255 : 0, left ? 0 : 255, 255}) image.bytes.push_back(static_cast<std::uint8_t>(c));
+    }
+    return engine::EncodePng(image).Take();
+  }
+
+  // "g" or "b" for what dominates at two places left and right in the plane seen from above, "w" for neither.
+  std::string Colours(engine::RenderCaches& caches) {
+    PictureSetup setup{64, 48, {}, {}, 2, false};
+    setup.camera = engine::PictureCamera();
+    setup.camera->frame.off = {0, 100, 0};
+    setup.camera->frame.v2 = {0, 0, 1};
+    setup.camera->frame.v3 = {0, -1, 0};
+    auto picture = PictureInProgress::Begin(scene_.Doc(), setup, caches).Take();
+    picture->Refine();
+    notes_ = picture->Notes();
+    std::string colours;
+    const engine::Image image = picture->Current();
+    for (const std::size_t x : {22U, 42U}) {
+      const std::uint8_t* p = &image.bytes[(24 * 64 + x) * 4];
+      colours += p[1] > p[2] + 50 ? 'g' : p[2] > p[1] + 50 ? 'b' : 'w';
+    }
+    return colours;
+  }
+  std::string Colours() {
+    engine::RenderCaches caches;
+    return Colours(caches);
+  }
+  host::BaseContainer& TagData() { return *scene_.GetTag("Plane", host::Ttexture)->GetDataInstance(); }
+  void Put(const std::string& name) {
+    (void)outside_.MakeFolder(scratch_ / "tex");
+    tests::WriteText(scratch_ / name, Picture());
+  }
+
+  tests::ScratchFolder scratch_;
+  engine::ScriptedOutside outside_;
+  engine::OutsideInUse inUse_{outside_};
+  SceneBuilder scene_;
+  host::BaseShader* shader_ = nullptr;
+  std::vector<std::string> notes_;
+};
+
+TEST_F(Textures, AreFoundWhereArtistsPutThem) {
+  EXPECT_EQ(Colours(), "ww");
+  EXPECT_EQ(notes_, std::vector<std::string>{"The texture \"left_green.png\" is not shown: it was not found."});
+  Put("tex/left_green.png");
+  EXPECT_EQ(Colours(), "gb");
+  EXPECT_TRUE(notes_.empty());
+  for (const char* name : {"C:\\art\\left_green.png", "/elsewhere/left_green.png", "./tex/left_green.png"}) {
+    shader_->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, name);
+    EXPECT_EQ(Colours(), "gb") << name;
+  }
+}
+
+// A surface whose texture cannot be shown keeps its colour, and the reason is told.
+TEST_F(Textures, ThatCannotBeShownCostANote) {
+  std::string enormous = engine::EncodePng(engine::Image{1, 1, {1, 2, 3, 255}, {}}).Take();
+  enormous.replace(16, 8, std::string("\x7F\xFF\xFF\xFF\x7F\xFF\xFF\xFF", 8));  // width and height
+  struct Case {
+    std::string bytes;
+    const char* note;
+  };
+  const Case cases[] = {
+      {"", "This is no picture"},
+      {"no picture", "This is no picture"},
+      {Picture().substr(0, 50), ""},
+      {enormous, ""},
+  };
+  for (const Case& c : cases) {
+    tests::WriteText(scratch_ / "left_green.png", c.bytes);
+    EXPECT_EQ(Colours(), "ww") << c.bytes.size();
+    ASSERT_EQ(notes_.size(), 1U) << c.bytes.size();
+    EXPECT_NE(notes_[0].find("The texture \"left_green.png\" is not shown: "), std::string::npos) << notes_[0];
+    EXPECT_NE(notes_[0].find(c.note), std::string::npos) << notes_[0];
+  }
+  ASSERT_TRUE(outside_.RemoveFile(scratch_ / "left_green.png"));
+  ASSERT_TRUE(outside_.MakeFolder(scratch_ / "left_green.png"));
+  EXPECT_EQ(Colours(), "ww") << "a folder";
+  EXPECT_EQ(notes_.size(), 1U);
+}
+
+TEST_F(Textures, MayComeInsideTheDocument) {
+  engine::AddEmbeddedFile(scene_.Doc(), "left_green.png", Picture());
+  engine::RenderCaches caches;
+  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(caches.WorkDone().textures, 1U);
+}
+
+TEST_F(Textures, FollowOffsetAndTiles) {
+  Put("left_green.png");
+  EXPECT_EQ(Colours(), "gb");
+  TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0.5, 0, 0));
+  EXPECT_EQ(Colours(), "bg");
+  TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0));
+  TagData().SetVector(host::TEXTURETAG_TILES, Vector(2, 2, 0));
+  EXPECT_EQ(Colours(), "bg") << "the left place lies in the second half of the first repetition";
+}
+
+TEST_F(Textures, AreReadAgainOnlyWhenTheirFileChanges) {
+  Put("left_green.png");
+  engine::RenderCaches caches;
+  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(caches.WorkDone().textures, 1U);
+  tests::WriteText(scratch_ / "left_green.png", "no picture any more");
+  EXPECT_EQ(Colours(caches), "ww");
+  EXPECT_EQ(Colours(caches), "ww");
+  EXPECT_EQ(caches.WorkDone().textures, 2U);
+  EXPECT_EQ(notes_.size(), 1U);
+}
+
+}  // namespace
