@@ -13,7 +13,8 @@
 namespace engine {
 
 // The whole file as pieces to be written in order. Identities, own IDs, empty entries, order, bits, selection, active
-// render settings, scene camera and unknown sections that were read are kept; undo steps are not saved.
+// render settings, scene camera and unknown sections that were read are kept; undo steps are not saved. Any thread, for a
+// document that no other thread reads or changes.
 Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc);
 
 // A new document, owned by the caller (BaseDocument::Free), without path and name. One that would need more than `memoryLimit`

@@ -4,6 +4,7 @@
 #include <QMessageBox>
 
 #include "program/desktop/FileChooser.h"
+#include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {
@@ -71,6 +72,20 @@ bool DocumentCommands::Open(const std::string& path) {
   return true;
 }
 
+engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::string& kept, const std::string& path) {
+  const auto opened = application_.OpenDocument(kept);
+  if (!opened) return opened;
+  host::BaseDocument& doc = *opened.Value();
+  const host::Filename place{ToHost(ToQt(path))};
+  doc.SetDocumentPath(place.GetDirectory());
+  doc.SetDocumentName(place.GetFile());
+  doc.SetChanged();
+  recovered_.insert(IdentityOf(&doc));
+  DropUntouched(&doc);
+  host::EventAdd();
+  return opened;
+}
+
 void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
   const auto documents = application_.Documents();
   if (documents.size() != 2) return;
@@ -79,7 +94,7 @@ void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
 }
 
 bool DocumentCommands::Save(host::BaseDocument& doc) {
-  if (!IsOwnScene(PathOf(doc))) return SaveAs(doc);
+  if (!IsOwnScene(PathOf(doc)) || recovered_.contains(IdentityOf(&doc))) return SaveAs(doc);
   const engine::Status saved = application_.SaveDocument(doc);
   if (!saved) person_.Tell(saved.Message());
   return saved.Ok();
@@ -91,7 +106,10 @@ bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
   if (!path) return false;
   const engine::Status saved = application_.SaveDocumentAs(doc, *path);
   if (!saved) person_.Tell(saved.Message());
-  if (saved) Remember(*path);
+  if (saved) {
+    recovered_.erase(IdentityOf(&doc));
+    Remember(*path);
+  }
   host::EventAdd();
   return saved.Ok();
 }

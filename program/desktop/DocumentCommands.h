@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QWidget>
+#include <unordered_set>
 
 #include "engine/application/Application.h"
 #include "program/desktop/DesktopPerson.h"
@@ -22,6 +23,9 @@ class DocumentCommands {
   void AskAndOpen(const char* filter);
   // False when it failed, which was told then.
   bool Open(const std::string& path);
+  // Opens work that was kept when a desktop crashed, as a changed document that stood at `path` (empty: nowhere). Its first
+  // saving asks for the place.
+  engine::Result<host::BaseDocument*> OpenRecovered(const std::string& kept, const std::string& path);
   // Asks for a place where the document has none of our own yet. False when cancelled or failed.
   bool Save(host::BaseDocument& doc);
   bool SaveAs(host::BaseDocument& doc);
@@ -30,6 +34,7 @@ class DocumentCommands {
   // Asks about every changed document; true when all may go.
   bool MayCloseAll();
   QStringList RecentFiles() const;
+  DesktopPerson& Person() { return person_; }
 
  private:
   bool MayClose(host::BaseDocument& doc);
@@ -41,6 +46,7 @@ class DocumentCommands {
   DesktopPerson& person_;
   Settings& settings_;
   QWidget* window_;
+  std::unordered_set<host::ULLONG> recovered_;  // documents that were never saved since
 };
 
 }  // namespace desktop

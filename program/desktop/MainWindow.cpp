@@ -14,6 +14,7 @@
 #include "program/desktop/panels/HistoryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
+#include "program/desktop/recovery/RecoveryQuestion.h"
 
 namespace desktop {
 
@@ -30,6 +31,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
       settings_(engine::Outside::Current(), settingsFile),
       person_(person),
       commands_(application, person, settings_, this),
+      autosave_(application, engine::Outside::Current()),
       docks_(*this),
       panels_(*this),
       view_(new Viewport(this)),
@@ -44,6 +46,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
   person_.SitAt(this);
   person_.status = [this](const QString& text) { statusBar()->showMessage(text); };
   statusBar();
+  autosave_.failed = [this](const std::string& message) { person_.ShowStatus(message); };
   connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this, [this] { Beat(); });
 }
 
@@ -80,6 +83,7 @@ void MainWindow::Beat() {
   if (engine::InsideDialogCall()) return;
   if (application_.HasPendingEvents()) application_.DeliverEvents();
   host::BaseDocument* doc = host::GetActiveDocument();
+  autosave_.Follow();
   ShowTitle();
   editMenu_->Follow(doc);
   view_->Follow(doc);
@@ -93,6 +97,8 @@ void MainWindow::ShowTitle() {
   const bool changed = doc && doc->GetChanged();
   if (isWindowModified() != changed) setWindowModified(changed);
 }
+
+void MainWindow::OfferLostWork() { desktop::OfferLostWork(engine::Outside::Current(), commands_, autosave_, this); }
 
 void MainWindow::RestoreLayout() {
   application_.RestoreLayouts();
@@ -115,6 +121,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   // Nobody sees a message any more; what fails here is in the ledger.
   (void)settings_.Set(kGeometry, saveGeometry());
   (void)settings_.Set(kState, saveState());
+  autosave_.End();
   event->accept();
 }
 

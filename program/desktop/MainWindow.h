@@ -11,6 +11,7 @@
 #include "program/desktop/menus/EditMenu.h"
 #include "program/desktop/panels/ObjectTree.h"
 #include "program/desktop/panels/SidePanels.h"
+#include "program/desktop/recovery/Autosave.h"
 #include "program/desktop/view/Viewport.h"
 
 namespace desktop {
@@ -23,12 +24,15 @@ class MainWindow : public QMainWindow {
 
   DocumentCommands& Commands() { return commands_; }
   engine::Application& App() { return application_; }
+  Autosave& Safety() { return autosave_; }
   DialogDocks& Docks() { return docks_; }
   SidePanels& Panels() { return panels_; }
   Viewport& View() { return *view_; }
   ObjectTree& Objects() { return *objects_; }
   // What the attributes are of; a panel may put its own elements there.
   LookedAt& Looking() { return lookedAt_; }
+  // Offers what a desktop that crashed has left.
+  void OfferLostWork();
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
   void RestoreLayout();
   // Brings every panel and dialog back to where it stood when the program was new.
@@ -51,6 +55,7 @@ class MainWindow : public QMainWindow {
   Settings settings_;
   DesktopPerson& person_;
   DocumentCommands commands_;
+  Autosave autosave_;
   DialogDocks docks_;
   LookedAt lookedAt_;
   SidePanels panels_;

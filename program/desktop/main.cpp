@@ -58,6 +58,7 @@ int Run(const QCommandLineParser& parser) {
   LoadPlugins(application, there);
   window.RestoreLayout();
   if (check) return RunCheck(application, checking, scenes);
+  window.OfferLostWork();
   for (const QString& scene : scenes) window.Commands().Open(QFileInfo(scene).absoluteFilePath().toStdString());
   return QApplication::exec();
 }

@@ -46,6 +46,7 @@ class Desk {
   }
   desktop::MainWindow& Window() { return *window_; }
   engine::Application& App() { return *application_; }
+  engine::Outside& Outside() { return outside_; }
   const std::string& Folder() const { return folder_.Path(); }
   // Lets the event loop come to rest.
   static void Rest() { pictures::Settle(); }

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "engine/outside/HeldFile.h"
 #include "engine/outside/RealOutside.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -280,6 +281,18 @@ TEST_F(RealFiles, ListsPlainFilesInByteOrder) {
   const std::vector<std::string> names = {".hidden", "B", "a10", "a2", "b", "link", "\xc3\xa4"};
   EXPECT_EQ(outside.ListFiles(scratch.Path()).Value(), names);
   EXPECT_FALSE(outside.ListFiles(At("b")));
+}
+
+TEST_F(RealFiles, AHeldFileIsHeldOnceUntilItIsLetGo) {
+  EXPECT_FALSE(engine::HoldFile(At("missing")));
+  WriteText(At("held"), "");
+  {
+    const auto first = engine::HoldFile(At("held"));
+    EXPECT_TRUE(first);
+    EXPECT_FALSE(engine::HoldFile(At("held")));
+  }
+  EXPECT_TRUE(engine::HoldFile(At("held")));
+  EXPECT_EQ(Here(), "held");
 }
 
 }  // namespace

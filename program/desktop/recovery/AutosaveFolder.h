@@ -1,0 +1,47 @@
+// AutosaveFolder: where one running desktop keeps its unsaved work: "<state>/autosave/<start>-<process>", with a scene and a note
+// per document. A file in it is held as long as the desktop runs, so that others know whose work is lost and whose is live.
+// Made when first needed. Main thread.
+#pragma once
+
+#include <string>
+
+#include "engine/outside/HeldFile.h"
+#include "engine/outside/Outside.h"
+
+namespace desktop {
+
+// "" where the user has no state folder.
+std::string AutosaveRoot(engine::Outside& outside);
+// The file in such a folder that its desktop holds.
+inline constexpr const char* kHeldFile = "/running";
+
+// The files of one document: the scene, and where it stood and how it was called as JSON.
+struct AutosaveFiles {
+  std::string scene;
+  std::string note;
+};
+AutosaveFiles AutosaveFilesIn(const std::string& folder, const std::string& name);
+
+class AutosaveFolder {
+ public:
+  explicit AutosaveFolder(engine::Outside& outside) : outside_(outside) {}
+
+  // Makes the folder and holds it, unless that is done already.
+  engine::Status Prepare();
+  // Of a document by its number; after Prepare.
+  AutosaveFiles FilesOf(host::ULLONG document) const;
+  // Takes over files that another desktop left.
+  engine::Status Adopt(const AutosaveFiles& files, host::ULLONG document);
+  void Remove(host::ULLONG document);
+  // The folder with all in it.
+  void RemoveAll();
+
+ private:
+  std::string NewPlace(const std::string& root) const;
+
+  engine::Outside& outside_;
+  std::string folder_;  // empty: not made yet
+  engine::FileHandle held_;
+};
+
+}  // namespace desktop

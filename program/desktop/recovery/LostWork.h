@@ -1,0 +1,49 @@
+// LostWork: the unsaved work that desktops kept which did not end well. Its folders are held as long as this lives, so that two
+// desktops that start together do not both offer it. What is neither recovered nor discarded is found again next time. Main
+// thread.
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <vector>
+
+#include "program/desktop/recovery/AutosaveFolder.h"
+
+namespace desktop {
+
+struct LostDocument {
+  AutosaveFiles files;
+  std::string path;  // where the document stood, empty where it was never saved
+  QString title;
+  QDateTime kept;
+};
+
+class LostWork {
+ public:
+  // Looks for it; folders in which nothing is left are removed.
+  explicit LostWork(engine::Outside& outside);
+
+  // The latest first.
+  const std::vector<LostDocument>& Documents() const { return documents_; }
+  // Removes all of it.
+  void Discard();
+  // Keeps a document that cannot be opened under another name, so that it is not offered again. Gives the new path.
+  std::string KeepAside(const LostDocument& document);
+  // Removes the folders in which nothing is left.
+  void Tidy();
+
+ private:
+  struct Folder {
+    std::string path;
+    engine::FileHandle held;
+  };
+  void Find(const std::string& path);
+  LostDocument Describe(const AutosaveFiles& files) const;
+  bool IsEmpty(const std::string& folder) const;
+
+  engine::Outside& outside_;
+  std::vector<Folder> folders_;
+  std::vector<LostDocument> documents_;
+};
+
+}  // namespace desktop

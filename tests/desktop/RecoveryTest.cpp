@@ -1,0 +1,236 @@
+// Unsaved work outlives a crash: it is kept beside, offered at the next start, and never touches the file it came from. A
+// window that goes without being closed is the crash.
+#include <gtest/gtest.h>
+
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QtTest/QTest>
+#include <filesystem>
+#include <fstream>
+
+#include "engine/scene/SceneDump.h"
+#include "engine/scenefile/SceneFile.h"
+#include "program/desktop/recovery/LostWork.h"
+#include "tests/desktop/Desk.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using desk::AnswerNext;
+using desk::Desk;
+
+void AddObject(const char* name) {
+  host::BaseObject* object = host::BaseObject::Alloc(host::Ocube);
+  object->SetName(name);
+  host::GetActiveDocument()->AppendObject(object);
+}
+
+std::string BytesOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct Recovery : testing::Test {
+  Desk desk;
+  std::string path = desk.Folder() + "/room.c4d";
+  std::string root = desktop::AutosaveRoot(desk.Outside());
+
+  // A saved scene, with a change that is not saved but kept.
+  void KeepAChange() {
+    AddObject("Lamp");
+    ASSERT_TRUE(desk.App().SaveDocumentAs(*host::GetActiveDocument(), path));
+    AddObject("Unsaved");
+    desk.Window().Safety().KeepNow();
+  }
+  // Names of the scenes kept now.
+  std::vector<std::string> Kept() const {
+    std::vector<std::string> names;
+    if (!fs::exists(root)) return names;
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+      if (entry.path().extension() == ".c4d") names.push_back(entry.path().string());
+    }
+    return names;
+  }
+  // Starts again after a crash and presses a button of the question; the text that was asked.
+  std::string RestartAndPress(const char* button) {
+    desk.Restart();
+    std::string asked;
+    AnswerNext([&](QDialog& dialog) {
+      auto& box = dynamic_cast<QMessageBox&>(dialog);
+      asked = (box.text() + "\n" + box.informativeText()).toStdString();
+      EXPECT_TRUE(pictures::Write(box, "question-recovery"));
+      for (QAbstractButton* each : box.buttons()) {
+        if (each->text().remove('&') == button) return each->click();
+      }
+      box.reject();
+    });
+    desk.Window().OfferLostWork();
+    Desk::Rest();
+    return asked;
+  }
+};
+
+TEST_F(Recovery, KeepingLeavesDocumentAndFileAlone) {
+  KeepAChange();
+  const std::string before = BytesOf(path);
+  host::BaseDocument& doc = *host::GetActiveDocument();
+  ASSERT_EQ(Kept().size(), 1U);
+  EXPECT_TRUE(doc.GetChanged());
+  EXPECT_EQ((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8(), path);
+  EXPECT_EQ(BytesOf(path), before);
+  auto kept = engine::OpenSceneFile(Kept()[0]);
+  ASSERT_TRUE(kept) << kept.Message();
+  kept.Value()->SetDocumentPath(doc.GetDocumentPath());
+  kept.Value()->SetDocumentName(doc.GetDocumentName());
+  EXPECT_EQ(engine::DumpDocument(*kept.Value()), engine::DumpDocument(doc));
+  host::BaseDocument::Free(kept.Value());
+  EXPECT_EQ(desk.Outside().GetLedger().WrittenSince(0).back(), Kept()[0]);
+}
+
+TEST_F(Recovery, RecoveredWorkIsChangedAndItsFirstSavingAsksWhereTo) {
+  KeepAChange();
+  const std::string before = BytesOf(path);
+  const std::string scene = engine::DumpDocument(*host::GetActiveDocument());
+  EXPECT_NE(RestartAndPress("Recover").find("room.c4d"), std::string::npos);
+  ASSERT_EQ(desk.App().Documents().size(), 1U);
+  host::BaseDocument& doc = *host::GetActiveDocument();
+  EXPECT_EQ(engine::DumpDocument(doc), scene);
+  EXPECT_TRUE(doc.GetChanged());
+  ASSERT_EQ(Kept().size(), 1U) << "a second crash must not lose it";
+  QString proposed;
+  AnswerNext([&](QDialog& dialog) {
+    proposed = dynamic_cast<QFileDialog&>(dialog).selectedFiles().value(0);
+    dialog.reject();
+  });
+  EXPECT_FALSE(desk.Window().Commands().Save(doc));
+  EXPECT_EQ(proposed.toStdString(), path);
+  EXPECT_EQ(BytesOf(path), before);
+  AnswerNext([&](QDialog& dialog) {
+    pictures::Settle(200);  // until it has selected what it proposes
+    dialog.findChild<QLineEdit*>()->setText(QString::fromStdString(desk.Folder() + "/other.c4d"));
+    QMetaObject::invokeMethod(&dialog, "accept");
+  });
+  EXPECT_TRUE(desk.Window().Commands().Save(doc));
+  Desk::Rest();
+  EXPECT_EQ(BytesOf(path), before);
+  EXPECT_TRUE(Kept().empty());
+  AddObject("More");
+  EXPECT_TRUE(desk.Window().Commands().Save(doc)) << "later savings do not ask";
+}
+
+TEST_F(Recovery, EveryWorkOfSeveralCrashesIsRecovered) {
+  KeepAChange();
+  desk.Restart();
+  AddObject("Of a document without a file");
+  desk.Window().Safety().KeepNow();
+  const std::string asked = RestartAndPress("Recover");
+  EXPECT_NE(asked.find("room.c4d"), std::string::npos);
+  EXPECT_NE(asked.find("Untitled"), std::string::npos);
+  EXPECT_EQ(desk.App().Documents().size(), 2U);
+  EXPECT_EQ(Kept().size(), 2U);
+  EXPECT_EQ(std::distance(fs::directory_iterator(root), {}), 1) << "the folders of the crashed ones are gone";
+}
+
+TEST_F(Recovery, LaterOffersAgainAndDiscardDoesNot) {
+  KeepAChange();
+  EXPECT_NE(RestartAndPress("Later"), "");
+  EXPECT_EQ(Kept().size(), 1U);
+  EXPECT_FALSE(host::GetActiveDocument()->GetFirstObject());
+  EXPECT_NE(RestartAndPress("Discard"), "");
+  EXPECT_TRUE(Kept().empty());
+  EXPECT_TRUE(fs::exists(path));
+  desk.Window().OfferLostWork();  // a box would never be answered
+}
+
+TEST_F(Recovery, LiveWorkIsNotOffered) {
+  KeepAChange();
+  EXPECT_TRUE(desktop::LostWork(desk.Outside()).Documents().empty());
+  desk.Restart();
+  const desktop::LostWork first(desk.Outside());
+  EXPECT_EQ(first.Documents().size(), 1U);
+  EXPECT_TRUE(desktop::LostWork(desk.Outside()).Documents().empty()) << "another desktop offers it at this moment";
+}
+
+TEST_F(Recovery, SavingClosingUndoneAndEndingWellLeaveNothing) {
+  KeepAChange();
+  ASSERT_TRUE(desk.Window().Commands().Save(*host::GetActiveDocument()));
+  Desk::Rest();
+  EXPECT_TRUE(Kept().empty());
+  AddObject("Again");
+  desk.Window().Safety().KeepNow();
+  EXPECT_EQ(Kept().size(), 1U);
+  AnswerNext([](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::Discard)->click(); });
+  EXPECT_TRUE(desk.Window().Commands().Close(*host::GetActiveDocument()));
+  Desk::Rest();
+  EXPECT_TRUE(Kept().empty());
+  AddObject("In the next one");
+  desk.Window().Safety().KeepNow();
+  AnswerNext([](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::Discard)->click(); });
+  EXPECT_TRUE(desk.Window().close());
+  EXPECT_TRUE(fs::is_empty(root));
+}
+
+TEST_F(Recovery, ChangesAreKeptByThemselves) {
+  struct Case {
+    desktop::AutosaveRules rules;
+    int acts;
+    bool isKept;
+  };
+  using std::chrono::milliseconds;
+  for (const Case& each :
+       {Case{{3, milliseconds(1), milliseconds(1000000)}, 2, false}, Case{{3, milliseconds(1), milliseconds(1000000)}, 3, true},
+        Case{{1000, milliseconds(1), milliseconds(20)}, 1, true}, Case{{1, milliseconds(1000000), milliseconds(1)}, 1, true}}) {
+    desktop::Autosave autosave(desk.App(), desk.Outside(), each.rules);
+    for (int i = 0; i < each.acts; ++i) {
+      AddObject("Act");
+      autosave.Follow();
+    }
+    EXPECT_EQ(QTest::qWaitFor([&] { return !Kept().empty(); }, each.isKept ? 20000 : 100), each.isKept);
+    autosave.End();
+    EXPECT_TRUE(Kept().empty());
+  }
+}
+
+TEST_F(Recovery, APlaceThatCannotBeWrittenIsToldOnceInTheStatusLine) {
+  fs::create_directories(fs::path(root).parent_path());
+  std::ofstream(root) << "no folder";
+  AddObject("Lamp");
+  desk.Window().Safety().KeepNow();
+  const auto status = [&] { return desk.Window().statusBar()->currentMessage(); };
+  EXPECT_TRUE(status().startsWith("Unsaved work cannot be kept")) << status().toStdString();
+  desk.Window().statusBar()->clearMessage();
+  AddObject("Chair");
+  desk.Window().Safety().KeepNow();
+  EXPECT_EQ(status(), "");
+  fs::remove(root);
+  AddObject("Table");
+  desk.Window().Safety().KeepNow();
+  EXPECT_EQ(Kept().size(), 1U) << "tried again, and it works";
+  desk.Window().OfferLostWork();
+}
+
+TEST_F(Recovery, WhatIsDamagedIsToldAndStays) {
+  KeepAChange();
+  const std::string scene = Kept().at(0);
+  std::ofstream(scene) << "damaged";
+  std::ofstream(fs::path(scene).replace_extension("json")) << "{";
+  std::string told;
+  desk.Restart();
+  AnswerNext([&](QDialog& box) {
+    EXPECT_NE(dynamic_cast<QMessageBox&>(box).informativeText().indexOf("Untitled"), -1);
+    dynamic_cast<QMessageBox&>(box).defaultButton()->click();
+    AnswerNext([&](QDialog& next) {
+      told = dynamic_cast<QMessageBox&>(next).text().toStdString();
+      next.accept();
+    });
+  });
+  desk.Window().OfferLostWork();
+  EXPECT_NE(told.find(scene + ".damaged"), std::string::npos) << told;
+  EXPECT_EQ(BytesOf(scene + ".damaged"), "damaged");
+  desk.Window().OfferLostWork();  // it is not offered again
+}
+
+}  // namespace
