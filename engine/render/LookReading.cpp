@@ -65,11 +65,11 @@ LookReading::LookReading(const host::BaseDocument& doc, RenderCaches& caches, Sc
 
 std::uint32_t LookReading::LookOf(const host::BaseMaterial& material) {
   const auto [it, isNew] = looks_.try_emplace(&material, static_cast<std::uint32_t>(picture_.looks.size()));
-  if (isNew) picture_.looks.push_back(Read(*material.GetDataInstance()));
+  if (isNew) picture_.looks.push_back(Read(it->second, *material.GetDataInstance()));
   return it->second;
 }
 
-SurfaceLook LookReading::Read(const host::BaseContainer& data) {
+SurfaceLook LookReading::Read(std::uint32_t index, const host::BaseContainer& data) {
   SurfaceLook look;
   look.color = ColorAt(data, host::MATERIAL_COLOR, look.color);
   look.luminance = ColorAt(data, host::MATERIAL_LUMINANCE, {});
@@ -80,37 +80,35 @@ SurfaceLook LookReading::Read(const host::BaseContainer& data) {
   look.roughness = Share(data, host::MATERIAL_ROUGHNESS, 0.5);
   look.metallic = Share(data, host::MATERIAL_METALLIC, 0);
   look.isDoubleSided = data.GetBool(host::MATERIAL_DOUBLE_SIDED, host::TRUE);
-  look.colorTexture = ReadShader(data, host::MATERIAL_COLOR_SHADER, &look.color);
-  look.luminanceTexture = ReadShader(data, host::MATERIAL_LUMINANCE_SHADER, &look.luminance);
-  look.normalTexture = ReadShader(data, host::MATERIAL_NORMAL_SHADER, nullptr);
+  ReadShader({index, &SurfaceLook::colorTexture}, data, host::MATERIAL_COLOR_SHADER, &look.color);
+  ReadShader({index, &SurfaceLook::luminanceTexture}, data, host::MATERIAL_LUMINANCE_SHADER, &look.luminance);
+  ReadShader({index, &SurfaceLook::normalTexture}, data, host::MATERIAL_NORMAL_SHADER, nullptr);
   return look;
 }
 
-std::shared_ptr<const Texture> LookReading::ReadShader(const host::BaseContainer& data, host::LONG link, Vec* color) {
+void LookReading::ReadShader(TextureWish wish, const host::BaseContainer& data, host::LONG link, Vec* color) {
   const host::BaseShader* shader = FirstPlainShader(data.GetLink(link, &doc_));
-  if (!shader) return nullptr;
+  if (!shader) return;
   const host::BaseContainer& own = *shader->GetDataInstance();
-  if (shader->GetType() == host::Xbitmap) {
-    return FindTexture(own.GetFilename(host::BITMAPSHADER_FILENAME).GetString().ToUtf8());
+  if (shader->GetType() == host::Xcolor) {
+    if (color) *color = ColorAt(own, host::COLORSHADER_COLOR, *color);
+    return;
   }
-  if (color) *color = ColorAt(own, host::COLORSHADER_COLOR, *color);
-  return nullptr;
+  wish.name = own.GetFilename(host::BITMAPSHADER_FILENAME).GetString().ToUtf8();
+  if (wish.name.empty()) return;
+  FindFiles(wish);
+  picture_.textures.push_back(std::move(wish));
 }
 
-std::shared_ptr<const Texture> LookReading::FindTexture(const std::string& name) {
-  if (name.empty()) return nullptr;
-  std::string problem = "it was not found.";
+void LookReading::FindFiles(TextureWish& wish) {
   for (const EmbeddedFile& file : EmbeddedFilesOf(doc_)) {
-    if (file.name != name) continue;
-    if (std::shared_ptr<const Texture> texture = caches_.TextureIn(file.bytes, &problem)) return texture;
+    if (file.name == wish.name) wish.files.push_back(caches_.FileIn(file.bytes));
   }
-  for (const std::string& path : TexturePlaces(name, doc_.GetDocumentPath().GetString().ToUtf8())) {
+  for (const std::string& path : TexturePlaces(wish.name, doc_.GetDocumentPath().GetString().ToUtf8())) {
     if (Outside::Current().Kind(path) != FileKind::File) continue;
-    if (std::shared_ptr<const Texture> texture = caches_.TextureAt(path, &problem)) return texture;
+    wish.files.push_back(caches_.FileAt(path));
     break;
   }
-  if (noted_.insert(name).second) picture_.notes.push_back("The texture \"" + name + "\" is not shown: " + problem);
-  return nullptr;
 }
 
 }  // namespace engine

@@ -90,10 +90,15 @@ constexpr std::size_t kMostOutlinePoints = 60000;
 
 }  // namespace
 
-std::vector<Vec> OutlineOf(const ScenePicture& picture) {
+std::vector<Vec> OutlineOf(const ScenePicture& picture, const std::vector<std::uint8_t>* chosen) {
   std::vector<Vec> points;
-  const std::size_t share = std::max<std::size_t>(8, kMostOutlinePoints / std::max<std::size_t>(1, picture.instances.size()));
-  for (const Instance& instance : picture.instances) {
+  const auto isMeant = [&](std::size_t i) { return picture.instances[i].geometry && (!chosen || (*chosen)[i]); };
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < picture.instances.size(); ++i) count += isMeant(i);
+  const std::size_t share = std::max<std::size_t>(8, kMostOutlinePoints / std::max<std::size_t>(1, count));
+  for (std::size_t k = 0; k < picture.instances.size(); ++k) {
+    if (!isMeant(k)) continue;
+    const Instance& instance = picture.instances[k];
     const Geometry& geometry = *instance.geometry;
     const std::size_t step = std::max<std::size_t>(1, geometry.triangles.size() * 3 / share);
     for (std::size_t i = 0; i < geometry.triangles.size() * 3; i += step) {
@@ -104,25 +109,57 @@ std::vector<Vec> OutlineOf(const ScenePicture& picture) {
   return points;
 }
 
-PictureCamera FramingCamera(std::vector<Vec> points, double aspect, double turn) {
-  if (points.empty()) points = {{-100, -100, -100}, {100, 100, 100}};
-  Box box;
-  for (const Vec& p : points) box.Add(p);
+namespace {
+
+PictureCamera CameraFrom(double turn) {
   PictureCamera camera;
   camera.fov = kFramingAngle;
   camera.frame.v3 = UnitOf({-std::sin(turn), -0.467, std::cos(turn)});
   camera.frame.v1 = UnitOf(CrossOf({0, 1, 0}, camera.frame.v3));
   camera.frame.v2 = CrossOf(camera.frame.v3, camera.frame.v1);
+  return camera;
+}
+
+double HalfWidth(const PictureCamera& camera, double aspect) {
+  return camera.fovVertical > 0 ? HalfTangent(camera.fovVertical) * aspect : HalfTangent(camera.fov);
+}
+
+// A parallel camera stands before all of the points, given in its directions, and is as wide as they need.
+host::Vector StandBefore(const std::vector<Vec>& points, double aspect, double* width) {
+  Box box;
+  for (const Vec& p : points) box.Add(p);
+  const Vec size = box.high - box.low;
+  *width = std::max(1e-3, std::max<double>(size.x, size.y * aspect) * kMargin);
+  const Vec centre = box.Centre();
+  return {centre.x, centre.y, box.low.z - static_cast<double>(size.z) - *width};
+}
+
+}  // namespace
+
+PictureCamera FramingCamera(std::vector<Vec> points, double aspect, double turn) {
+  return FramingCameraLike(CameraFrom(turn), std::move(points), aspect);
+}
+
+PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, double aspect) {
+  if (points.empty()) points = {{-100, -100, -100}, {100, 100, 100}};
+  Box box;
+  for (const Vec& p : points) box.Add(p);
   const Vec centre = box.Centre();
   for (Vec& p : points) {
     const Vec way = p - centre;
     p = {Dot(way, ToVec(camera.frame.v1)), Dot(way, ToVec(camera.frame.v2)), Dot(way, ToVec(camera.frame.v3))};
   }
-  const double halfX = HalfTangent(kFramingAngle) / kMargin;
-  // What sticks out on one side more than on the other moves the middle, which changes the distance: it settles quickly.
-  Middle middle;
-  for (int round = 0; round < 8; ++round) middle = Improved(middle, points, halfX, halfX / aspect);
-  camera.frame.off = Sum(TurnedBy(camera.frame, {middle.x, middle.y, -middle.distance}), {centre.x, centre.y, centre.z});
+  host::Vector place;
+  if (camera.isParallel) {
+    place = StandBefore(points, aspect, &camera.width);
+  } else {
+    const double halfX = HalfWidth(camera, aspect) / kMargin;
+    // What sticks out on one side more than on the other moves the middle, which changes the distance: it settles quickly.
+    Middle middle;
+    for (int round = 0; round < 8; ++round) middle = Improved(middle, points, halfX, halfX / aspect);
+    place = {middle.x, middle.y, -middle.distance};
+  }
+  camera.frame.off = Sum(TurnedBy(camera.frame, place), {centre.x, centre.y, centre.z});
   return camera;
 }
 

@@ -68,14 +68,17 @@ struct RayScene::Triangle {
 
 RayScene::RayScene(const ScenePicture& picture, RTCDevice device) : picture_(picture), scene_(rtcNewScene(device)) {
   normals_.reserve(picture.instances.size());
-  for (const Instance& instance : picture.instances) Add(instance, device);
+  for (std::size_t i = 0; i < picture.instances.size(); ++i) {
+    if (picture.instances[i].geometry) Attach(picture.instances[i], static_cast<unsigned>(i), device);
+    AddNormals(picture.instances[i].frame);
+  }
   rtcCommitScene(scene_);
   if (!picture.bounds.IsEmpty()) size_ = Length(picture.bounds.high - picture.bounds.low);
 }
 
 RayScene::~RayScene() { rtcReleaseScene(scene_); }
 
-void RayScene::Add(const Instance& instance, RTCDevice device) {
+void RayScene::Attach(const Instance& instance, unsigned index, RTCDevice device) {
   const host::Matrix& m = instance.frame;
   const Vec columns[4] = {ToVec(m.v1), ToVec(m.v2), ToVec(m.v3), ToVec(m.off)};
   RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_INSTANCE);
@@ -85,8 +88,11 @@ void RayScene::Add(const Instance& instance, RTCDevice device) {
   hasSeeThroughCasters_ = hasSeeThroughCasters_ || (mask & kSeeThroughCaster);
   rtcSetGeometryMask(geometry, mask);
   rtcCommitGeometry(geometry);
-  rtcAttachGeometryByID(scene_, geometry, static_cast<unsigned>(normals_.size()));
+  rtcAttachGeometryByID(scene_, geometry, index);
   rtcReleaseGeometry(geometry);
+}
+
+void RayScene::AddNormals(const host::Matrix& m) {
   const host::Vector x = CrossOf(m.v2, m.v3);
   const host::Vector y = CrossOf(m.v3, m.v1);
   const host::Vector z = CrossOf(m.v1, m.v2);

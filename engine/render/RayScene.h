@@ -43,6 +43,10 @@ class RayScene {
   bool FindVisible(const Ray& ray, const RayCamera& camera, Finding* finding) const;
   // Whether something wholly opaque lies within the ray.
   bool IsBlocked(const Ray& ray) const;
+  // Place of an instance that was found, among those of the picture.
+  std::uint32_t IndexOf(const Instance& instance) const {
+    return static_cast<std::uint32_t>(&instance - picture_.instances.data());
+  }
   bool HasSeeThroughCasters() const { return hasSeeThroughCasters_; }
   // Diagonal of everything, and what a ray's start must keep from the surface it leaves.
   float Size() const { return size_; }
@@ -54,7 +58,8 @@ class RayScene {
   };
   struct Triangle;
 
-  void Add(const Instance& instance, RTCDevice device);
+  void Attach(const Instance& instance, unsigned index, RTCDevice device);
+  void AddNormals(const host::Matrix& frame);
   void Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera, Finding* finding) const;
   void Colour(const Triangle& triangle, float detail, Finding* finding) const;
 

@@ -42,15 +42,27 @@ RenderCaches& RenderCaches::Shared() {
   return caches;
 }
 
+std::shared_ptr<RenderCaches::CachedGeometry> RenderCaches::SlotOf(const std::shared_ptr<const Mesh>& mesh) {
+  const std::lock_guard lock(geometriesLock_);
+  std::shared_ptr<CachedGeometry>& slot = geometries_[mesh.get()];
+  // A new mesh may live at the address of one that is gone.
+  if (!slot || slot->mesh.lock() != mesh) {
+    slot = std::make_shared<CachedGeometry>();
+    slot->mesh = mesh;
+  }
+  return slot;
+}
+
 std::shared_ptr<const Geometry> RenderCaches::GeometryOf(const std::shared_ptr<const Mesh>& mesh) {
   if (!mesh || !device_) return nullptr;
-  CachedGeometry& cached = geometries_[mesh.get()];
-  // A new mesh may live at the address of one that is gone.
-  if (cached.mesh.lock() != mesh) {
-    cached = {mesh, MakeGeometry(device_, *mesh)};
-    ++work_.geometries;
+  const std::shared_ptr<CachedGeometry> slot = SlotOf(mesh);
+  const std::lock_guard lock(slot->making);
+  if (!slot->isMade) {
+    slot->geometry = MakeGeometry(device_, *mesh);
+    slot->isMade = true;
+    ++geometriesMade_;
   }
-  return cached.geometry;
+  return slot->geometry;
 }
 
 std::shared_ptr<const Mesh> RenderCaches::PrimitiveOf(host::LONG type, const host::BaseContainer& data) {
@@ -62,66 +74,57 @@ std::shared_ptr<const Mesh> RenderCaches::PrimitiveOf(host::LONG type, const hos
   return mesh;
 }
 
-RenderCaches::CachedTexture RenderCaches::Decode(std::string_view bytes) {
-  CachedTexture decoded;
-  ++work_.textures;
-  Result<Image> image = DecodeImage(bytes);
-  if (image) {
-    decoded.texture = std::make_shared<const Texture>(image.Take());
-  } else {
-    decoded.problem = image.Message();
-  }
-  return decoded;
-}
-
-RenderCaches::CachedTexture RenderCaches::Load(const std::string& path) {
-  const Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestImageBytes);
-  CachedTexture loaded;
-  if (bytes) loaded = Decode(bytes.Value());
-  if (!bytes) loaded.problem = bytes.Message();
-  return loaded;
-}
-
-std::shared_ptr<const Texture> RenderCaches::Use(CachedTexture& cached, std::string* problem) {
-  cached.usedAt = ++clock_;
-  *problem = cached.problem;
-  return cached.texture;
-}
-
-std::shared_ptr<const Texture> RenderCaches::TextureAt(const std::string& path, std::string* problem) {
+std::shared_ptr<TextureFile> RenderCaches::FileAt(const std::string& path) {
   const FileStamp stamp = Outside::Current().Stamp(path);
-  const auto [it, isNew] = textures_.try_emplace({path, nullptr});
-  if (isNew || !(it->second.stamp == stamp)) it->second = Load(path);
-  it->second.stamp = stamp;
-  return Use(it->second, problem);
+  CachedFile& cached = files_[{path, nullptr}];
+  if (!cached.file || !(cached.stamp == stamp)) {
+    Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestImageBytes);
+    cached.file = bytes ? std::make_shared<TextureFile>(std::make_shared<const std::string>(bytes.Take()))
+                        : std::make_shared<TextureFile>(bytes.GetStatus());
+  }
+  cached.stamp = stamp;
+  cached.usedAt = ++clock_;
+  return cached.file;
 }
 
-std::shared_ptr<const Texture> RenderCaches::TextureIn(const std::shared_ptr<const std::string>& bytes, std::string* problem) {
-  const auto [it, isNew] = textures_.try_emplace({std::string(), bytes.get()});
+std::shared_ptr<TextureFile> RenderCaches::FileIn(const std::shared_ptr<const std::string>& bytes) {
+  CachedFile& cached = files_[{std::string(), bytes.get()}];
   // New bytes may lie at the address of others that are gone.
-  if (isNew || it->second.source.lock() != bytes) it->second = Decode(*bytes);
-  it->second.source = bytes;
-  return Use(it->second, problem);
+  if (!cached.file || cached.source.lock() != bytes) cached.file = std::make_shared<TextureFile>(bytes);
+  cached.source = bytes;
+  cached.usedAt = ++clock_;
+  return cached.file;
+}
+
+std::shared_ptr<const Texture> RenderCaches::TextureOf(TextureFile& file, std::string* problem) {
+  bool decoded = false;
+  std::shared_ptr<const Texture> texture = file.Get(problem, &decoded);
+  texturesMade_ += decoded;
+  return texture;
 }
 
 bool RenderCaches::TakeError() {
   if (rtcGetDeviceError(device_) == RTC_ERROR_NONE) return false;
+  const std::lock_guard lock(geometriesLock_);
   geometries_.clear();
   return true;
 }
 
-void RenderCaches::Tidy() {
-  std::erase_if(geometries_, [](const auto& entry) { return entry.second.mesh.expired(); });
-  std::map<std::uint64_t, TextureKey> byUse;
+void RenderCaches::TidyGeometry() {
+  const std::lock_guard lock(geometriesLock_);
+  std::erase_if(geometries_, [](const auto& entry) { return entry.second->mesh.expired(); });
+}
+
+void RenderCaches::TidyTextures() {
+  std::map<std::uint64_t, FileKey> byUse;
   std::size_t bytes = 0;
-  for (const auto& [key, cached] : textures_) {
-    if (!cached.texture) continue;
-    bytes += cached.texture->Bytes();
-    if (cached.texture.use_count() == 1) byUse[cached.usedAt] = key;
+  for (const auto& [key, cached] : files_) {
+    bytes += cached.file->Bytes();
+    if (cached.file->IsIdle()) byUse[cached.usedAt] = key;
   }
   for (auto it = byUse.begin(); it != byUse.end() && bytes > kMostTextureBytes; ++it) {
-    bytes -= textures_[it->second].texture->Bytes();
-    textures_.erase(it->second);
+    bytes -= files_[it->second].file->Bytes();
+    files_.erase(it->second);
   }
 }
 

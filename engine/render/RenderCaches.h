@@ -1,17 +1,20 @@
 // RenderCaches: what is expensive to make and stays useful from picture to picture: search structures of meshes, generated
 // primitives and decoded textures. The programs keep one while they run; the pictures made with it share what it holds, also
-// after it is gone. One thread at a time.
+// after it is gone. What a scene is read with (PrimitiveOf, FileAt, FileIn) belongs to the thread that owns the documents;
+// what is made of it (GeometryOf, TextureOf) any thread may ask for, several at a time.
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "engine/outside/Outside.h"
 #include "engine/render/Geometry.h"
-#include "engine/render/Texture.h"
+#include "engine/render/TextureFile.h"
 #include "host/BaseContainer.h"
 
 namespace engine {
@@ -30,56 +33,63 @@ class RenderCaches {
 
   RTCDevice Device() const { return device_; }
 
+  // The mesh of a primitive: the same one for the same type and sizes while any picture or this cache holds it.
+  std::shared_ptr<const Mesh> PrimitiveOf(host::LONG type, const host::BaseContainer& data);
+  // The image file at a path, read again when its size or date have changed.
+  std::shared_ptr<TextureFile> FileAt(const std::string& path);
+  // The same for a file held in memory, told by the bytes' identity.
+  std::shared_ptr<TextureFile> FileIn(const std::shared_ptr<const std::string>& bytes);
+  // Forgets the textures used longest ago beyond the bound. Called after each scene was read.
+  void TidyTextures();
+
   // The geometry of a mesh, made when it is asked for the first time and kept while the mesh lives; null when nothing of it can
   // be seen.
   std::shared_ptr<const Geometry> GeometryOf(const std::shared_ptr<const Mesh>& mesh);
-  // The mesh of a primitive: the same one for the same type and sizes while any picture or this cache holds it.
-  std::shared_ptr<const Mesh> PrimitiveOf(host::LONG type, const host::BaseContainer& data);
-  // The texture in a file, read again when size or date of the file have changed. Null, with the reason in `*problem`, when it
-  // cannot be read; that is remembered, too.
-  std::shared_ptr<const Texture> TextureAt(const std::string& path, std::string* problem);
-  // The same for a file held in memory, told by the bytes' identity.
-  std::shared_ptr<const Texture> TextureIn(const std::shared_ptr<const std::string>& bytes, std::string* problem);
-
-  // Whether the ray tracer complained since the last call (it does when memory is short). All geometry is forgotten then.
+  // The texture in a file, decoded when it is asked for the first time. Null, with the reason in `*problem`, when it cannot be
+  // read; that is remembered, too.
+  std::shared_ptr<const Texture> TextureOf(TextureFile& file, std::string* problem);
+  // Whether the ray tracer complained to this thread since the last call (it does when memory is short). All geometry is
+  // forgotten then.
   bool TakeError();
-  // Forgets meshes that are gone and the textures used longest ago beyond the bound. Called after each picture was prepared.
-  void Tidy();
+  // Forgets geometry whose mesh is gone. Called after each scene was prepared.
+  void TidyGeometry();
 
   // How often something was made: for tests and for the curious.
   struct Work {
     std::size_t geometries = 0;
     std::size_t textures = 0;
   };
-  const Work& WorkDone() const { return work_; }
+  Work WorkDone() const { return {geometriesMade_, texturesMade_}; }
 
  private:
+  // One mesh's geometry; who comes while it is being made waits for it.
   struct CachedGeometry {
+    std::mutex making;
+    bool isMade = false;
     std::weak_ptr<const Mesh> mesh;
     std::shared_ptr<const Geometry> geometry;
   };
-  struct CachedTexture {
+  struct CachedFile {
     FileStamp stamp;                          // of a file
     std::weak_ptr<const std::string> source;  // of bytes in memory
-    std::shared_ptr<const Texture> texture;
-    std::string problem;
+    std::shared_ptr<TextureFile> file;
     std::uint64_t usedAt = 0;
   };
   using PrimitiveKey = std::vector<double>;  // type and sizes
 
   // By path, or by the address of bytes in memory.
-  using TextureKey = std::pair<std::string, const std::string*>;
+  using FileKey = std::pair<std::string, const std::string*>;
 
-  CachedTexture Load(const std::string& path);
-  CachedTexture Decode(std::string_view bytes);
-  std::shared_ptr<const Texture> Use(CachedTexture& cached, std::string* problem);
+  std::shared_ptr<CachedGeometry> SlotOf(const std::shared_ptr<const Mesh>& mesh);
 
   RTCDevice device_;
-  std::unordered_map<const Mesh*, CachedGeometry> geometries_;
+  std::mutex geometriesLock_;
+  std::unordered_map<const Mesh*, std::shared_ptr<CachedGeometry>> geometries_;
   std::map<PrimitiveKey, std::shared_ptr<const Mesh>> primitives_;
-  std::map<TextureKey, CachedTexture> textures_;
+  std::map<FileKey, CachedFile> files_;
   std::uint64_t clock_ = 0;
-  Work work_;
+  std::atomic<std::size_t> geometriesMade_{0};
+  std::atomic<std::size_t> texturesMade_{0};
 };
 
 }  // namespace engine

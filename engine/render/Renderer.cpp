@@ -1,8 +1,9 @@
 #include "engine/render/Renderer.h"
 
-#include <atomic>
 #include <new>
-#include <thread>
+
+#include "engine/render/SceneScan.h"
+#include "engine/render/Workers.h"
 
 namespace engine {
 
@@ -32,53 +33,45 @@ float Threshold(std::uint32_t x, std::uint32_t y) {
   return fraction(52.9829189F * fraction(0.06711056F * static_cast<float>(x) + 0.00583715F * static_cast<float>(y)));
 }
 
-unsigned CoreCount(unsigned asked) { return asked > 0 ? asked : std::max(1U, std::thread::hardware_concurrency()); }
-
-// Runs `work` on that many threads, the calling one among them; fewer when the system has no more.
-template <class Work>
-void OnThreads(unsigned count, const Work& work) {
-  std::vector<std::thread> others;
-  try {
-    for (unsigned i = 1; i < count; ++i) others.emplace_back([&work] { work(false); });
-  } catch (const std::system_error&) {
-    // The others take the whole work over.
-  }
-  work(true);
-  for (std::thread& other : others) other.join();
-}
-
 }  // namespace
 
-Result<std::unique_ptr<PictureInProgress>> PictureInProgress::Begin(const host::BaseDocument& doc, const PictureSetup& setup,
-                                                                    RenderCaches& caches) {
-  using Answer = Result<std::unique_ptr<PictureInProgress>>;
+PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc, const PictureSetup& setup,
+                                                  RenderCaches& caches) {
   if (Status size = CheckImageSize(setup.width, setup.height, kBytesPerPixel); !size) return size;
-  if (!caches.Device()) return Answer::Failure("The ray tracer could not be started.");
   try {
-    ScenePicture scene = ReadScene(doc, setup.reading, caches);
-    if (setup.camera) {
-      scene.camera = *setup.camera;
-    } else if (!scene.hasSceneCamera) {
-      scene.camera = FramingCamera(OutlineOf(scene), static_cast<double>(setup.width) / setup.height);
-    }
-    std::unique_ptr<PictureInProgress> picture(new PictureInProgress(std::move(scene), setup, caches.Device()));
-    if (caches.TakeError()) return Answer::Failure("There is not enough memory for the geometry of the scene.");
-    return picture;
+    SceneScan scan(doc, setup.reading, caches);
+    scan.Advance(std::numeric_limits<std::size_t>::max());
+    auto scene = PreparedScene::Make(scan.Take(), caches);
+    return scene ? Begin(scene.Take(), setup) : Begun(scene.GetStatus());
   } catch (const std::bad_alloc&) {
-    return Answer::Failure("There is not enough memory for the picture.");
+    return Begun::Failure("There is not enough memory for the picture.");
   }
 }
 
-PictureInProgress::PictureInProgress(ScenePicture scene, const PictureSetup& setup, RTCDevice device)
+PictureInProgress::Begun PictureInProgress::Begin(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup) {
+  if (Status size = CheckImageSize(setup.width, setup.height, kBytesPerPixel); !size) return size;
+  try {
+    return std::unique_ptr<PictureInProgress>(new PictureInProgress(std::move(scene), setup));
+  } catch (const std::bad_alloc&) {
+    return Begun::Failure("There is not enough memory for the picture.");
+  }
+}
+
+PictureInProgress::PictureInProgress(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup)
     : scene_(std::move(scene)),
       setup_(setup),
-      camera_(scene_.camera, setup.width, setup.height),
-      rays_(scene_, device),
-      shading_(scene_, rays_, camera_, setup.draft ? ShadingDetail::Quick : ShadingDetail::Full),
+      look_(setup.camera ? *setup.camera : scene_->UsualCamera(static_cast<double>(setup.width) / setup.height)),
+      camera_(look_, setup.width, setup.height),
+      shading_(scene_->Scene(), scene_->Rays(), camera_, setup.draft ? ShadingDetail::Quick : ShadingDetail::Full),
       tilesAcross_((setup.width + kTileSide - 1) / kTileSide),
       tileCount_(tilesAcross_ * ((setup.height + kTileSide - 1) / kTileSide)),
       pixels_(static_cast<std::size_t>(setup.width) * setup.height),
-      tilesDone_(tileCount_, 0) {}
+      tilesDone_(tileCount_, 0),
+      hits_{setup.width, setup.height, look_, {}, {}, scene_->Objects()} {
+  if (!setup.takesHits) return;
+  hits_.instances.resize(pixels_.size());
+  hits_.distances.resize(pixels_.size());
+}
 
 bool PictureInProgress::Refine(const GoOn& goOn) {
   if (IsFinished()) return true;
@@ -94,8 +87,11 @@ bool PictureInProgress::Refine(const GoOn& goOn) {
       if (isCaller && !mayGoOn()) stopped.store(true);
       const std::uint32_t tile = next.fetch_add(1);
       if (stopped.load() || tile >= tileCount_) return;
-      if (!tilesDone_[tile]) RenderTile(tile, kSamples[pass_]);
-      tilesDone_[tile] = 1;
+      // A tile that an interrupted pass has finished already.
+      if (!tilesDone_[tile]) {
+        RenderTile(tile, kSamples[pass_]);
+        std::atomic_ref(tilesDone_[tile]).store(1, std::memory_order_release);
+      }
       ++done;
     }
   };
@@ -122,7 +118,12 @@ void PictureInProgress::RenderPixel(std::uint32_t x, std::uint32_t y, std::uint3
   for (; pixel.samples < samples; ++pixel.samples) {
     const float px = static_cast<float>(x) + SampleX(pixel.samples);
     const float py = static_cast<float>(y) + SampleY(pixel.samples);
-    const Vec light = shading_.LightAt(px, py, static_cast<std::uint32_t>(index), pixel.samples);
+    FirstHit first;
+    const Vec light = shading_.LightAt(px, py, static_cast<std::uint32_t>(index), pixel.samples, &first);
+    if (pixel.samples == 0 && setup_.takesHits && first.instance) {
+      hits_.instances[index] = 1 + scene_->Rays().IndexOf(*first.instance);
+      hits_.distances[index] = first.distance;
+    }
     // Each sample counts as what a screen can show, or one bright spot would leave stairs around it.
     pixel.sum += Vec{Shoulder(light.x), Shoulder(light.y), Shoulder(light.z)};
   }
@@ -150,27 +151,51 @@ void PictureInProgress::FindContrasts() {
   }
 }
 
+namespace {
+
+void PutPixel(Vec color, float threshold, std::uint8_t* to) {
+  for (const float light : {color.x, color.y, color.z}) *to++ = LinearToSrgb(light, threshold);
+  *to = 255;
+}
+
+}  // namespace
+
 Image PictureInProgress::Current() const {
   if (pass_ == 0) return {};
   Image image{setup_.width, setup_.height, {}, {}};
   image.bytes.resize(pixels_.size() * 4);
-  std::uint8_t* to = image.bytes.data();
-  const Pixel* pixel = pixels_.data();
-  for (std::uint32_t y = 0; y < setup_.height; ++y) {
-    for (std::uint32_t x = 0; x < setup_.width; ++x) {
-      const Vec c = ColorOf(*pixel++);
-      const float threshold = Threshold(x, y);
-      for (const float light : {c.x, c.y, c.z}) *to++ = LinearToSrgb(light, threshold);
-      *to++ = 255;
+  for (std::uint32_t tile = 0; tile < tileCount_; ++tile) CopyTile(tile, image);
+  return image;
+}
+
+void PictureInProgress::ShowTiles(Image* image) {
+  if (image->bytes.empty()) {
+    *image = {setup_.width, setup_.height, {}, {}};
+    image->bytes.resize(pixels_.size() * 4);
+  }
+  for (std::uint32_t tile = 0; tile < tileCount_; ++tile) {
+    std::atomic_ref done(tilesDone_[tile]);
+    if (done.load(std::memory_order_acquire) != 1) continue;
+    CopyTile(tile, *image);
+    done.store(2, std::memory_order_relaxed);
+  }
+}
+
+void PictureInProgress::CopyTile(std::uint32_t tile, Image& image) const {
+  const std::uint32_t left = tile % tilesAcross_ * kTileSide;
+  const std::uint32_t top = tile / tilesAcross_ * kTileSide;
+  for (std::uint32_t y = top; y < std::min(top + kTileSide, setup_.height); ++y) {
+    for (std::uint32_t x = left; x < std::min(left + kTileSide, setup_.width); ++x) {
+      const std::size_t index = static_cast<std::size_t>(y) * setup_.width + x;
+      PutPixel(ColorOf(pixels_[index]), Threshold(x, y), &image.bytes[index * 4]);
     }
   }
-  return image;
 }
 
 NodeId PictureInProgress::ObjectAt(std::uint32_t x, std::uint32_t y) const {
   const Ray ray = camera_.Through(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F);
   Finding finding;
-  return rays_.FindVisible(ray, camera_, &finding) ? finding.instance->object : 0;
+  return scene_->Rays().FindVisible(ray, camera_, &finding) ? finding.instance->object : 0;
 }
 
 }  // namespace engine

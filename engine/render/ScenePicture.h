@@ -1,9 +1,10 @@
-// ScenePicture: what of a document can be seen in a picture, taken out of it and ready for rays: instances of geometry, surfaces,
-// lights and the camera. It holds nothing of the document, so that rays run on any thread while the document goes on changing.
-// Owned by whoever made it; making it needs the thread that owns the document.
+// ScenePicture: what of a document can be seen in a picture, taken out of it: instances of meshes, surfaces, lights and the
+// camera. It holds nothing of the document, so that it is made ready for rays (PreparedScene.h) and rendered on any thread while
+// the document goes on changing. Owned by whoever made it; making it needs the thread that owns the document.
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,7 +50,8 @@ struct LightSource {
 
 // One object in the picture.
 struct Instance {
-  std::shared_ptr<const Geometry> geometry;
+  std::shared_ptr<const Mesh> mesh;
+  std::shared_ptr<const Geometry> geometry;  // null until prepared, and where nothing of the mesh can be seen
   host::Matrix frame;
   std::uint32_t look = 0;  // into the looks of the picture
   NodeId object = 0;
@@ -58,6 +60,15 @@ struct Instance {
   bool seenByCamera = true;
   std::array<float, 2> uvOffset{0, 0};
   std::array<float, 2> uvTiles{1, 1};
+  bool isGenerated = false;  // a primitive
+};
+
+// A texture that a look wants: the files it may be in, in the order of trying.
+struct TextureWish {
+  std::uint32_t look = 0;
+  std::shared_ptr<const Texture> SurfaceLook::*place = nullptr;
+  std::string name = {};
+  std::vector<std::shared_ptr<TextureFile>> files = {};
 };
 
 struct PictureCamera {
@@ -72,11 +83,15 @@ struct PictureCamera {
 
 struct ScenePicture {
   std::vector<Instance> instances;
-  std::vector<SurfaceLook> looks;  // the first one is that of objects without a material
+  std::vector<std::uint8_t> selected;  // by instance: 1 where it or something above it is selected
+  std::vector<SurfaceLook> looks;      // the first one is that of objects without a material
+  std::vector<TextureWish> textures;   // none once prepared
   std::vector<LightSource> lights;
   PictureCamera camera;
   bool hasSceneCamera = false;
-  Box bounds;                      // of all instances, in the world
+  // Equal for scenes that look alike, whatever is selected and whatever the camera is. Good while either of them lives.
+  std::uint64_t fingerprint = 0;
+  Box bounds;                      // of all instances, in the world; empty until prepared
   std::vector<std::string> notes;  // what was left out and why, each once
 };
 
@@ -85,14 +100,19 @@ struct SceneReading {
   bool editorView = false;
 };
 
-// Reads what can be seen. Without a scene camera the camera is left at its defaults.
+// Reads what can be seen and prepares it. Without a scene camera the camera is left at its defaults.
 ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches);
+// The camera that an object is; nothing when it stands beyond all bounds.
+std::optional<PictureCamera> CameraOf(const host::BaseObject& object);
 
-// Points of the world that show the outline of all instances: corners of triangles spread over each of them.
-std::vector<Vec> OutlineOf(const ScenePicture& picture);
+// Points of the world that show the outline of the instances of a prepared scene: corners of triangles spread over each of them.
+// Of all, or of those that `chosen` has a 1 for.
+std::vector<Vec> OutlineOf(const ScenePicture& picture, const std::vector<std::uint8_t>* chosen = nullptr);
 
 // A camera that shows all of the points in a picture of that width over height: `turn` radians around the vertical axis, 0 from
 // the front, a little above; a three-quarter view unless told. Without any point it looks at the origin.
 PictureCamera FramingCamera(std::vector<Vec> points, double aspect, double turn = 0.65);
+// The same with the direction and lens of a camera.
+PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, double aspect);
 
 }  // namespace engine

@@ -2,10 +2,12 @@
 #include <cmath>
 #include <unordered_map>
 
-#include "engine/scene/Frames.h"
+#include "engine/render/Fingerprint.h"
 #include "engine/render/LookReading.h"
+#include "engine/render/PreparedScene.h"
 #include "engine/render/Primitives.h"
-#include "engine/render/ScenePicture.h"
+#include "engine/render/SceneScan.h"
+#include "engine/scene/Frames.h"
 #include "engine/scene/Nodes.h"
 #include "host/Parameters.h"
 
@@ -24,6 +26,7 @@ struct Inherited {
   std::array<float, 2> uvOffset{0, 0};
   std::array<float, 2> uvTiles{1, 1};
   const host::BaseTag* compositing = nullptr;
+  bool selected = false;
 };
 
 // What the layers let through, each layer looked at once.
@@ -91,28 +94,40 @@ bool IsUsableFrame(const Matrix& m) {
   return std::abs(Determinant(m)) > largest * kSmallestScale;
 }
 
-class Reader {
+}  // namespace
+
+class SceneScan::Reader {
  public:
   Reader(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches)
-      : doc_(doc), how_(how), caches_(caches), layers_(doc, how.editorView), looks_(doc, caches, picture_) {}
+      : doc_(doc),
+        editorView_(how.editorView),
+        caches_(caches),
+        layers_(doc, how.editorView),
+        looks_(doc, caches, picture_),
+        next_(doc.GetFirstObject()) {}
 
-  ScenePicture Run() {
-    std::vector<Inherited> above(1);
-    for (const BaseObject* object = doc_.GetFirstObject(); object;) {
-      const Inherited here = Visit(*object, above.back());
-      if (object->GetDown()) {
-        above.push_back(here);
-        object = object->GetDown();
+  bool Advance(std::size_t objects) {
+    for (; next_ && objects > 0; --objects) {
+      const Inherited here = Visit(*next_, above_.back());
+      if (next_->GetDown()) {
+        above_.push_back(here);
+        next_ = next_->GetDown();
         continue;
       }
-      while (object && !object->GetNext()) {
-        object = object->GetUp();
-        if (object) above.pop_back();
+      while (next_ && !next_->GetNext()) {
+        next_ = next_->GetUp();
+        if (next_) above_.pop_back();
       }
-      if (object) object = object->GetNext();
+      if (next_) next_ = next_->GetNext();
     }
+    return !next_;
+  }
+
+  ScenePicture Take() {
     ReadCamera();
     AddNotes();
+    Mark();
+    caches_.TidyTextures();
     return std::move(picture_);
   }
 
@@ -120,7 +135,8 @@ class Reader {
   Inherited Visit(const BaseObject& object, const Inherited& above) {
     Inherited here = above;
     here.frame = Combined(above.frame, object.GetMl());
-    const host::LONG mode = how_.editorView ? object.GetEditorMode() : object.GetRenderMode();
+    here.selected = here.selected || object.GetBit(host::BIT_ACTIVE);
+    const host::LONG mode = editorView_ ? object.GetEditorMode() : object.GetRenderMode();
     if (mode != host::MODE_UNDEF) here.shown = mode == host::MODE_ON;
     ReadTags(object, here);
     const LayerSwitches::Effect layer = layers_.EffectOn(object);
@@ -158,13 +174,8 @@ class Reader {
       return;
     }
     Instance instance;
-    instance.geometry = caches_.GeometryOf(mesh);
-    if (!instance.geometry) {
-      emptyObjects_ += !mesh->polygons.empty();
-      return;
-    }
-    // The poles of generated forms are flat by nature.
-    if (!IsPrimitive(object.GetType())) droppedTriangles_ += instance.geometry->dropped;
+    instance.mesh = mesh;
+    instance.isGenerated = IsPrimitive(object.GetType());
     instance.frame = here.frame;
     instance.look = here.look;
     instance.object = IdOf(object);
@@ -173,15 +184,8 @@ class Reader {
     instance.seenByCamera = IsSwitchedOn(here.compositing, host::COMPOSITINGTAG_SEENBYCAMERA);
     instance.uvOffset = here.uvOffset;
     instance.uvTiles = here.uvTiles;
-    AddToBounds(instance);
+    picture_.selected.push_back(here.selected);
     picture_.instances.push_back(std::move(instance));
-  }
-
-  void AddToBounds(const Instance& instance) {
-    for (int i = 0; i < 8; ++i) {
-      const Vec corner = instance.geometry->bounds.Corner(i);
-      picture_.bounds.Add(ToVec(PlacedBy(instance.frame, {corner.x, corner.y, corner.z})));
-    }
   }
 
   void AddLight(const BaseObject& object, const Matrix& frame) {
@@ -204,44 +208,65 @@ class Reader {
 
   void ReadCamera() {
     const BaseObject* object = doc_.GetRenderBaseDraw()->GetSceneCamera(&doc_);
-    if (!object || !(LargestOf(object->GetMg().off) < kFarthest)) return;
-    const host::BaseContainer& data = *object->GetDataInstance();
-    PictureCamera& camera = picture_.camera;
-    camera.frame = object->GetMg();
-    camera.isParallel = data.GetLong(host::CAMERA_PROJECTION) == 1;
-    camera.fov = data.GetReal(host::CAMERA_FOV, camera.fov);
-    camera.fovVertical = data.GetReal(host::CAMERA_FOV_VERTICAL);
-    camera.width = data.GetReal(host::CAMERA_WIDTH, camera.width);
-    camera.near = std::max(0.0, data.GetReal(host::CAMERA_NEAR));
-    camera.far = std::max(0.0, data.GetReal(host::CAMERA_FAR));
-    picture_.hasSceneCamera = true;
+    const std::optional<PictureCamera> camera = object ? CameraOf(*object) : std::nullopt;
+    if (camera) picture_.camera = *camera;
+    picture_.hasSceneCamera = camera.has_value();
   }
 
   void AddNotes() {
-    const auto note = [&](std::size_t count, const char* text) {
-      if (count > 0) picture_.notes.push_back(std::to_string(count) + text);
-    };
-    note(droppedTriangles_, " triangles without an area or with impossible corners were left out.");
-    note(emptyObjects_, " objects had no usable polygon and were left out.");
-    note(flatObjects_, " objects are scaled to nothing or placed beyond all bounds and were left out.");
+    if (flatObjects_ == 0) return;
+    picture_.notes.push_back(std::to_string(flatObjects_) +
+                             " objects are scaled to nothing or placed beyond all bounds and were left out.");
+  }
+
+  void Mark() {
+    Fingerprint print;
+    for (const Instance& instance : picture_.instances) print.Add(instance);
+    for (const SurfaceLook& look : picture_.looks) print.Add(look);
+    for (const TextureWish& wish : picture_.textures) print.Add(wish);
+    for (const LightSource& light : picture_.lights) print.Add(light);
+    picture_.fingerprint = print.Value();
   }
 
   const host::BaseDocument& doc_;
-  const SceneReading& how_;
+  bool editorView_;
   RenderCaches& caches_;
   ScenePicture picture_;
   LayerSwitches layers_;
   LookReading looks_;
-  std::size_t droppedTriangles_ = 0;
-  std::size_t emptyObjects_ = 0;
   std::size_t flatObjects_ = 0;
+  std::vector<Inherited> above_{1};
+  const BaseObject* next_;
 };
 
-}  // namespace
+SceneScan::SceneScan(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches)
+    : reader_(std::make_unique<Reader>(doc, how, caches)) {}
+
+SceneScan::~SceneScan() = default;
+
+bool SceneScan::Advance(std::size_t objects) { return reader_->Advance(objects); }
+
+ScenePicture SceneScan::Take() { return reader_->Take(); }
+
+std::optional<PictureCamera> CameraOf(const BaseObject& object) {
+  if (!(LargestOf(object.GetMg().off) < kFarthest)) return std::nullopt;
+  const host::BaseContainer& data = *object.GetDataInstance();
+  PictureCamera camera;
+  camera.frame = object.GetMg();
+  camera.isParallel = data.GetLong(host::CAMERA_PROJECTION) == 1;
+  camera.fov = data.GetReal(host::CAMERA_FOV, camera.fov);
+  camera.fovVertical = data.GetReal(host::CAMERA_FOV_VERTICAL);
+  camera.width = data.GetReal(host::CAMERA_WIDTH, camera.width);
+  camera.near = std::max(0.0, data.GetReal(host::CAMERA_NEAR));
+  camera.far = std::max(0.0, data.GetReal(host::CAMERA_FAR));
+  return camera;
+}
 
 ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches) {
-  ScenePicture picture = Reader(doc, how, caches).Run();
-  caches.Tidy();
+  SceneScan scan(doc, how, caches);
+  scan.Advance(std::numeric_limits<std::size_t>::max());
+  ScenePicture picture = scan.Take();
+  Prepare(picture, caches);
   return picture;
 }
 

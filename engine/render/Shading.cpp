@@ -101,18 +101,19 @@ Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCa
   groundAmbient_ = Vec{0.150F, 0.140F, 0.128F} * fill + ambient;
 }
 
-Vec Shading::LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample) const {
-  const Vec light = LightAlong(camera_.Through(x, y), BackdropColor(camera_.BackdropDirection(x, y)), {pixel, sample}, 0);
+Vec Shading::LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample, FirstHit* first) const {
+  const Vec light = LightAlong(camera_.Through(x, y), BackdropColor(camera_.BackdropDirection(x, y)), {pixel, sample}, 0, first);
   return IsFinite(light) ? light : Vec{};
 }
 
-Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth) const {
+Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth, FirstHit* first) const {
   Ray ray = start;
   Vec light;
   float open = 1;
   for (int layer = 0; layer < kMostLayers; ++layer) {
     Finding finding;
     if (!scene_.FindVisible(ray, camera_, &finding)) break;
+    if (first && layer == 0) *first = {finding.instance, finding.distance};
     light += LightFrom(finding, ray, tries, depth) * (open * finding.alpha);
     open *= 1 - finding.alpha;
     if (open < 0.004F) return light;

@@ -12,13 +12,19 @@ Vec BackdropColor(Vec direction);
 // How much is looked for: Quick leaves out what lies around a point and what is mirrored in it, at about a quarter of the cost.
 enum class ShadingDetail { Full, Quick };
 
+struct FirstHit {
+  const Instance* instance = nullptr;
+  float distance = 0;  // along the ray from the eye
+};
+
 class Shading {
  public:
   Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera,
           ShadingDetail detail = ShadingDetail::Full);
 
-  // Light at a place of the picture, in pixels. `pixel` and `sample` choose the directions that are tried out.
-  Vec LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample) const;
+  // Light at a place of the picture, in pixels. `pixel` and `sample` choose the directions that are tried out. `first`, unless
+  // null, takes the nearest surface that the eye sees there; it stays as it is where there is none.
+  Vec LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample, FirstHit* first = nullptr) const;
 
  private:
   struct Tries {
@@ -28,7 +34,7 @@ class Shading {
 
   // Light that a surface sends against the ray. `depth` counts reflections on the way.
   Vec LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const;
-  Vec LightAlong(const Ray& ray, Vec beyond, Tries tries, int depth) const;
+  Vec LightAlong(const Ray& ray, Vec beyond, Tries tries, int depth, FirstHit* first = nullptr) const;
   Vec LightOf(const LightSource& light, const Finding& finding, Vec toEye) const;
   Vec AmbientOn(const Finding& finding, Tries tries) const;
   // Share of light that reaches a point from a direction, by colour.

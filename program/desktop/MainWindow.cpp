@@ -40,7 +40,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
   setAcceptDrops(true);
   resize(kFirstSize);
   setCentralWidget(view_);
-  view_->picked = [this](engine::NodeId object) { Choose(object); };
+  view_->picked = [this](engine::NodeId object, Viewport::Picking how) { Choose(object, how); };
   BuildPanels();
   BuildMenus();
   person_.SitAt(this);
@@ -73,9 +73,13 @@ void MainWindow::BuildMenus() {
   BuildHelpMenu(*menuBar()->addMenu("&Help"), *this);
 }
 
-void MainWindow::Choose(engine::NodeId object) {
+void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {
   host::BaseDocument* doc = host::GetActiveDocument();
-  doc->SetActiveObject(engine::AsObject(engine::FindNode(doc, object)));
+  host::BaseObject* chosen = engine::AsObject(engine::FindNode(doc, object));
+  if (!chosen && how != Viewport::Picking::Replace) return;
+  const bool takesOff = how == Viewport::Picking::Toggle && chosen->GetBit(host::BIT_ACTIVE);
+  const bool adds = how != Viewport::Picking::Replace;
+  doc->SetActiveObject(chosen, takesOff ? host::SELECTION_SUB : adds ? host::SELECTION_ADD : host::SELECTION_NEW);
   host::EventAdd();
 }
 

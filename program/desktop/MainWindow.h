@@ -49,7 +49,7 @@ class MainWindow : public QMainWindow {
   void BuildPanels();
   void BuildMenus();
   void ShowTitle();
-  void Choose(engine::NodeId object);
+  void Choose(engine::NodeId object, Viewport::Picking how);
 
   engine::Application& application_;
   Settings settings_;

@@ -6,6 +6,7 @@
 #include <QWheelEvent>
 #include <QtTest/QTest>
 #include <cmath>
+#include <map>
 
 #include "engine/scene/Nodes.h"
 #include "host/BaseObject.h"
@@ -52,6 +53,28 @@ TEST(EditorCamera, SlidesByWhatTheHandMoves) {
   EXPECT_GT(camera.Camera().frame.off.y, 0);
 }
 
+// Where a point is seen, in the directions of the camera, for one distance.
+host::Vector SeenAt(const EditorCamera& camera, const host::Vector& point) {
+  const host::Matrix m = camera.Camera().frame;
+  const host::Vector way{point.x - m.off.x, point.y - m.off.y, point.z - m.off.z};
+  const auto along = [&way](const host::Vector& v) { return way.x * v.x + way.y * v.y + way.z * v.z; };
+  return {along(m.v1) / along(m.v3), along(m.v2) / along(m.v3), along(m.v3)};
+}
+
+TEST(EditorCamera, WhatIsGoneAroundAndComeNearToKeepsItsPlaceInThePicture) {
+  engine::PictureCamera start;
+  start.frame.off = {0, 0, -500};
+  const host::Vector point{120, -40, 80};
+  EditorCamera camera(start, UnitBox());
+  const host::Vector before = SeenAt(camera, point);
+  camera.Orbit(0.8, 0.3, point);
+  EXPECT_NEAR(Distance(SeenAt(camera, point), before), 0, 1e-6);
+  camera.Zoom(0.25, point);
+  EXPECT_NEAR(SeenAt(camera, point).x, before.x, 1e-6);
+  EXPECT_NEAR(SeenAt(camera, point).y, before.y, 1e-6);
+  EXPECT_NEAR(SeenAt(camera, point).z, before.z / 4, 1e-6);
+}
+
 struct WithCube : Desk {
   host::BaseObject* cube = host::BaseObject::Alloc(host::Ocube);
 
@@ -82,6 +105,20 @@ TEST(Viewport, ShowsWhatIsThereAndWhatChanges) {
   desk.cube->SetEditorMode(host::MODE_ON);
   ASSERT_TRUE(desk.WaitForPicture());
   EXPECT_EQ(desk.Middle(), lit);
+  host::LayerObject* layer = host::LayerObject::Alloc();
+  host::BaseDocument& doc = *host::GetActiveDocument();
+  doc.AppendLayer(layer);
+  desk.cube->SetLayerObject(layer);
+  host::LayerData flags = layer->GetLayerData(&doc);
+  flags.view = false;
+  layer->SetLayerData(&doc, flags);
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_NE(desk.Middle(), lit);
+  flags.view = true;
+  flags.render = false;
+  layer->SetLayerData(&doc, flags);
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_EQ(desk.Middle(), lit);
 }
 
 TEST(Viewport, ClicksChooseAndDragsGoAround) {
@@ -103,6 +140,109 @@ TEST(Viewport, ClicksChooseAndDragsGoAround) {
   EXPECT_EQ(desk.View().Picture(), before);
 }
 
+int AmberPixels(const QImage& outline) {
+  int count = 0;
+  for (int y = 0; y < outline.height(); ++y) {
+    for (int x = 0; x < outline.width(); ++x) count += outline.pixel(x, y) == 0xffc98a3d;
+  }
+  return count;
+}
+
+TEST(Viewport, OutlinesWhatIsSelectedWithoutRenderingAgain) {
+  WithCube desk;
+  EXPECT_TRUE(desk.View().Outline().isNull());
+  host::GetActiveDocument()->SetActiveObject(desk.cube);
+  desk.Window().Beat();
+  EXPECT_TRUE(desk.View().IsFinished()) << "a selection is no reason for another picture";
+  const int around = AmberPixels(desk.View().Outline());
+  EXPECT_GT(around, 200);
+  // What hangs below something selected is selected with it.
+  host::BaseObject* parent = host::BaseObject::Alloc(host::Onull);
+  host::GetActiveDocument()->SetActiveObject(nullptr);
+  host::GetActiveDocument()->AppendObject(parent);
+  desk.cube->Remove();
+  host::GetActiveDocument()->AppendObject(desk.cube, parent);
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_TRUE(desk.View().Outline().isNull());
+  host::GetActiveDocument()->SetActiveObject(parent);
+  desk.Window().Beat();
+  EXPECT_NEAR(AmberPixels(desk.View().Outline()), around, around / 10);
+}
+
+TEST(Viewport, KeysChooseMoreAndTakeOff) {
+  WithCube desk;
+  host::BaseObject* other = host::BaseObject::Alloc(host::Ocube);
+  other->SetMl([] {
+    host::Matrix frame;
+    frame.off = {400, 0, 0};
+    return frame;
+  }());
+  host::GetActiveDocument()->AppendObject(other);
+  desk.View().FrameAll();
+  ASSERT_TRUE(desk.WaitForPicture());
+  std::map<engine::NodeId, QPoint> places;
+  for (int y = 0; y < desk.View().height(); y += 8) {
+    for (int x = 0; x < desk.View().width(); x += 8) places[desk.View().ObjectAt({x, y})] = {x, y};
+  }
+  const engine::NodeId ids[] = {engine::IdOf(*desk.cube), engine::IdOf(*other)};
+  const auto selected = [&] { return std::pair(desk.cube->GetBit(host::BIT_ACTIVE), other->GetBit(host::BIT_ACTIVE)); };
+  const auto click = [&](engine::NodeId id, Qt::KeyboardModifiers keys) {
+    QTest::mouseClick(&desk.View(), Qt::LeftButton, keys, places.at(id));
+    return selected();
+  };
+  EXPECT_EQ(click(ids[0], {}), std::pair(true, false));
+  EXPECT_EQ(click(ids[1], Qt::ShiftModifier), std::pair(true, true));
+  EXPECT_EQ(click(ids[0], Qt::ControlModifier), std::pair(false, true));
+  EXPECT_EQ(click(0, Qt::ShiftModifier), std::pair(false, true));
+  EXPECT_EQ(click(0, {}), std::pair(false, false));
+}
+
+TEST(Viewport, FramesTheSelectionAndSaysThroughWhatItLooks) {
+  WithCube desk;
+  host::BaseObject* camera = host::BaseObject::Alloc(host::Ocamera);
+  camera->SetName("Far");
+  host::Matrix frame;
+  frame.off = {0, 0, -5000};
+  camera->SetMl(frame);
+  host::BaseDocument& doc = *host::GetActiveDocument();
+  doc.AppendObject(camera);
+  EXPECT_EQ(desk.View().EyeName(), "Editor camera");
+  engine::SetSceneCameraId(doc, engine::IdOf(*camera));
+  doc.SetChanged();
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_EQ(desk.View().EyeName(), "Scene camera: Far");
+  doc.SetActiveObject(desk.cube);
+  desk.Window().Beat();
+  const int small = AmberPixels(desk.View().Outline());
+  desk.View().setFocus();
+  QTest::keyClick(&desk.View(), Qt::Key_S);
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_GT(AmberPixels(desk.View().Outline()), 4 * small);
+  EXPECT_EQ(desk.View().EyeName(), "Editor camera");
+  EXPECT_EQ(desk.View().Camera().frame.v3, frame.v3) << "it stays turned as it was";
+  desk.View().LookThrough(engine::IdOf(*camera));
+  EXPECT_EQ(desk.View().EyeName(), "Camera: Far");
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_EQ(desk.View().Camera().frame.off, frame.off);
+  frame.off.z = -3000;
+  camera->SetMl(frame);
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_EQ(desk.View().Camera().frame.off, frame.off) << "it goes along with the camera";
+}
+
+TEST(Viewport, GoesAroundAndNearerByKeys) {
+  WithCube desk;
+  const host::Vector from = desk.View().Camera().frame.off;
+  const double far = Distance(from, {});
+  QTest::keyClick(&desk.View(), Qt::Key_Plus);
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_LT(Distance(desk.View().Camera().frame.off, {}), far);
+  QTest::keyClick(&desk.View(), Qt::Key_Minus);
+  QTest::keyClick(&desk.View(), Qt::Key_Left);
+  ASSERT_TRUE(desk.WaitForPicture());
+  EXPECT_GT(Distance(desk.View().Camera().frame.off, from), far / 20);
+}
+
 TEST(Viewport, LivesThroughOddSizesAndClosingAtWork) {
   WithCube desk;
   for (const QSize size : {QSize(300, 200), QSize(2400, 90), QSize(700, 600)}) desk.Window().resize(size);
@@ -113,6 +253,33 @@ TEST(Viewport, LivesThroughOddSizesAndClosingAtWork) {
   host::GetActiveDocument()->AppendObject(host::BaseObject::Alloc(host::Ocube));
   desk.Window().Beat();
   desk.Restart();
+}
+
+// Written for people to look at; at work the picture shows what is selected in the tree, too.
+TEST(ViewportPicture, WithSelections) {
+  for (const auto& [name, scene, wanted] : {std::tuple("selection-spider", "spider/spider.obj", "Kopf"),
+                                            std::tuple("selection-dungeon", "dungeon/dungeon.gltf", "")}) {
+    Desk desk;
+    // What of the scene did not come along.
+    desk::AnswerNext([](QDialog& box) { box.accept(); });
+    ASSERT_TRUE(desk.Window().Commands().Open(std::string(TEST_SOURCE_DIR "/scenes/") + scene));
+    host::BaseDocument& doc = *host::GetActiveDocument();
+    host::BaseObject* chosen = nullptr;
+    for (host::BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
+      const auto& mesh = engine::MeshOf(*object);
+      const bool fits = *wanted ? object->GetName().ToUtf8() == wanted : mesh && mesh->polygons.size() > 30;
+      if (fits) chosen = object;
+    }
+    ASSERT_NE(chosen, nullptr);
+    doc.SetActiveObject(chosen);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+          desk.Window().Beat();
+          return desk.Window().View().IsFinished();
+        },
+        90000));
+    EXPECT_TRUE(pictures::Write(desk.Window(), name));
+  }
 }
 
 }  // namespace

@@ -1,12 +1,56 @@
+#include <QActionGroup>
+
+#include "engine/scene/Nodes.h"
 #include "program/desktop/MainWindow.h"
+#include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
 
 namespace desktop {
 
+namespace {
+
+// Scenes with more cameras than a menu can show are there.
+constexpr int kMostCameras = 40;
+
+// A key that works while the picture has the focus, so that it can be typed elsewhere.
+QAction* AddPictureEntry(QMenu& menu, const QString& text, const QList<QKeySequence>& keys, Viewport& view,
+                         std::function<void()> work) {
+  QAction* action = AddEntry(menu, text, {}, std::move(work));
+  action->setShortcuts(keys);
+  action->setShortcutContext(Qt::WidgetShortcut);
+  view.addAction(action);
+  return action;
+}
+
+void FillCameraMenu(QMenu& menu, Viewport& view) {
+  menu.clear();
+  const host::BaseDocument* doc = host::GetActiveDocument();
+  int count = 0;
+  for (host::BaseObject* object = doc ? doc->GetFirstObject() : nullptr; object && count < kMostCameras;
+       object = engine::NextInTree(object)) {
+    if (object->GetType() != host::Ocamera) continue;
+    ++count;
+    AddEntry(menu, Label(object->GetName()), {}, [&view, camera = engine::IdOf(*object)] { view.LookThrough(camera); });
+  }
+  if (count == 0) menu.addAction("No cameras in this scene")->setEnabled(false);
+}
+
+void AddEntries(QMenu& menu, Viewport& view) {
+  AddPictureEntry(menu, "Frame &Selection", {QKeySequence("S"), QKeySequence("F")}, view, [&view] { view.FrameSelection(); });
+  AddPictureEntry(menu, "Frame &All", {QKeySequence("A"), QKeySequence("Home")}, view, [&view] { view.FrameAll(); });
+  menu.addSeparator();
+  AddEntry(menu, "Look Through S&cene Camera", QKeySequence("Ctrl+K"), [&view] { view.LookThroughSceneCamera(); });
+  AddEntry(menu, "Look Through &Editor Camera", QKeySequence("Ctrl+Shift+K"), [&view] { view.LookThroughEditorCamera(); });
+  QMenu* cameras = menu.addMenu("&Look Through");
+  QObject::connect(cameras, &QMenu::aboutToShow, cameras, [cameras, &view] { FillCameraMenu(*cameras, view); });
+}
+
+}  // namespace
+
 void BuildViewMenu(QMenu& menu, MainWindow& window) {
   Viewport& view = window.View();
-  AddEntry(menu, "Frame &All", QKeySequence("Ctrl+F"), [&view] { view.FrameAll(); });
-  AddEntry(menu, "Look Through &Scene Camera", QKeySequence("Ctrl+K"), [&view] { view.LookThroughSceneCamera(); });
+  AddEntries(menu, view);
+  view.fillMenu = [&menu](QMenu& context) { context.addActions(menu.actions()); };
 }
 
 }  // namespace desktop

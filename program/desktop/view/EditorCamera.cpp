@@ -42,20 +42,37 @@ EditorCamera::EditorCamera(const engine::PictureCamera& camera, const engine::Bo
   target_ = Along(camera.frame.off, Turned(heading_, pitch_).v3, distance_);
 }
 
-void EditorCamera::Orbit(double heading, double pitch) {
+double EditorCamera::SeenWidth() const { return lens_.isParallel ? lens_.width : 2 * distance_ * std::tan(lens_.fov / 2); }
+
+void EditorCamera::Orbit(double heading, double pitch, const std::optional<Vector>& around) {
+  const Vector centre = around.value_or(target_);
+  const Vector way = Along(target_, centre, -1);
+  const host::Matrix from = Turned(heading_, pitch_);
   heading_ = std::remainder(heading_ + heading, 2 * std::numbers::pi);
   pitch_ = std::clamp(pitch_ + pitch, -kSteepest, kSteepest);
+  const host::Matrix to = Turned(heading_, pitch_);
+  // Seen from the camera the target keeps its place beside the centre.
+  target_ = Along(Along(Along(centre, to.v1, DotOf(way, from.v1)), to.v2, DotOf(way, from.v2)), to.v3, DotOf(way, from.v3));
 }
 
 void EditorCamera::Slide(double right, double down) {
   const host::Matrix frame = Turned(heading_, pitch_);
-  const double width = lens_.isParallel ? lens_.width : 2 * distance_ * std::tan(lens_.fov / 2);
+  const double width = SeenWidth();
   target_ = Along(Along(target_, frame.v1, -right * width), frame.v2, down * width);
 }
 
-void EditorCamera::Zoom(double factor) {
-  distance_ = std::clamp(distance_ * factor, kNearest, kFarthest);
-  lens_.width = std::clamp(lens_.width * factor, kNearest, kFarthest);
+void EditorCamera::Zoom(double factor, const std::optional<Vector>& toward) {
+  const double distance = std::clamp(distance_ * factor, kNearest, kFarthest);
+  const double scale = distance / distance_;
+  distance_ = distance;
+  lens_.width = std::clamp(lens_.width * scale, kNearest, kFarthest);
+  if (toward) target_ = Along(*toward, Along(target_, *toward, -1), scale);
+}
+
+Vector EditorCamera::PointAt(double right, double down, double aspect) const {
+  const host::Matrix frame = Turned(heading_, pitch_);
+  const double width = SeenWidth();
+  return Along(Along(target_, frame.v1, right * width), frame.v2, -down * width / aspect);
 }
 
 engine::PictureCamera EditorCamera::Camera() const {

@@ -2,6 +2,8 @@
 // can go around it, slide and come nearer, always upright. A value; any thread.
 #pragma once
 
+#include <optional>
+
 #include "engine/render/ScenePicture.h"
 
 namespace desktop {
@@ -13,16 +15,21 @@ class EditorCamera {
   // leans to a side stands upright from now on.
   EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest);
 
-  // By radians: around the target, and up and down as far as straight above and below.
-  void Orbit(double heading, double pitch);
+  // By radians: around a point, the target where none is given, and up and down as far as straight above and below.
+  void Orbit(double heading, double pitch, const std::optional<host::Vector>& around = {});
   // By shares of the picture's width: positive moves what is seen to the right and down.
   void Slide(double right, double down);
-  // Below 1 comes nearer.
-  void Zoom(double factor);
+  // Below 1 comes nearer, to the point where one is given: what is seen there stays where it is in the picture.
+  void Zoom(double factor, const std::optional<host::Vector>& toward = {});
+  // The point at the target's depth that is seen at a place of the picture, given by shares of its width and height from the
+  // middle, right and down.
+  host::Vector PointAt(double right, double down, double aspect) const;
 
   engine::PictureCamera Camera() const;
 
  private:
+  double SeenWidth() const;
+
   engine::PictureCamera lens_;
   host::Vector target_;
   double distance_ = 1000;

@@ -1,5 +1,6 @@
-// PictureWorker: refines one picture after the other on a thread of its own and hands each pass to the main thread. It owns the
-// picture it works on; a new one takes the place of the old. Called from the main thread.
+// PictureWorker: prepares scenes and renders pictures of them on a thread of its own and hands each pass to the main thread. It
+// owns the scene it works on, also its end: freeing a large one takes time, too. A new order takes the place of the old one.
+// Called from the main thread.
 #pragma once
 
 #include <QImage>
@@ -15,31 +16,67 @@
 
 namespace desktop {
 
+// By instance of a scene: 1 where it is selected.
+using Marks = std::vector<std::uint8_t>;
+
+enum class Framing { None, All, Selection };
+
+struct PictureOrder {
+  std::unique_ptr<engine::ScenePicture> scene;  // null: the scene of the order before
+  QSize size;                                   // in pixels; empty: the scene is not needed any more
+  QSize hits;                                   // size of the map of what is hit
+  double scale = 1;                             // pixels of the screen for a plain one, for the width of lines
+  std::optional<engine::PictureCamera> camera;  // none: one that frames everything
+  Framing framing = Framing::None;              // moves the camera so that it shows all of this
+  bool draft = false;
+  std::shared_ptr<const Marks> marks;  // of the scene; their outline is exact in the map also of a draft
+};
+
+struct PicturePass {
+  QImage image;  // null when it failed
+  QString problem;
+  std::shared_ptr<const engine::HitMap> hits;
+  std::shared_ptr<const Marks> marks;
+  QImage outline;  // of the marks
+  engine::PictureCamera camera;
+  engine::Box bounds;  // of what was framed, or of everything
+  Framing framing = Framing::None;
+  bool isDraft = false;
+  bool isLast = false;
+};
+
 class PictureWorker : public QObject {
  public:
-  // `passed`: called on the main thread with the picture after each pass and whether that was the last one. Never with a pass of
-  // a picture that was replaced.
-  explicit PictureWorker(std::function<void(const QImage&, bool)> passed);
+  // `passed`: called on the main thread after each pass; never with a pass of an order that was replaced.
+  PictureWorker(engine::RenderCaches& caches, std::function<void(const PicturePass&)> passed);
   ~PictureWorker() override;
 
-  // Gives up what is being worked on and begins with this one.
-  void Work(std::unique_ptr<engine::PictureInProgress> picture);
-  // Gives up what is being worked on.
-  void Stop();
+  void Work(PictureOrder order);
   bool IsBusy() const { return busy_; }
 
  private:
   void Run();
-  void Refine(engine::PictureInProgress& picture, std::uint64_t number);
-  void Deliver(const QImage& image, bool finished, std::uint64_t number);
+  void Do(PictureOrder& order, std::uint64_t number);
+  // False when a newer scene is wanted.
+  bool Prepare(engine::ScenePicture scene, std::uint64_t number);
+  void Render(const PictureOrder& order, std::uint64_t number);
+  engine::PictureSetup SetupOf(const PictureOrder& order, PicturePass& pass) const;
+  std::shared_ptr<const engine::HitMap> HitsOf(const engine::PictureInProgress& picture, const PictureOrder& order) const;
+  void Fail(const std::string& problem, std::uint64_t number);
+  void Send(PicturePass pass, std::uint64_t number);
+  void Deliver(const PicturePass& pass, std::uint64_t number);
 
-  std::function<void(const QImage&, bool)> passed_;
+  engine::RenderCaches& caches_;
+  std::function<void(const PicturePass&)> passed_;
+  std::shared_ptr<const engine::PreparedScene> scene_;  // the thread's
+  std::string problem_;                                 // the thread's: why there is no scene
   std::mutex mutex_;
   std::condition_variable news_;
-  std::unique_ptr<engine::PictureInProgress> next_;
+  std::unique_ptr<PictureOrder> next_;
   bool ends_ = false;
-  std::atomic<std::uint64_t> number_{0};  // of the picture that is wanted
-  bool busy_ = false;                     // main thread only
+  std::atomic<std::uint64_t> number_{0};       // of the order that is wanted
+  std::atomic<std::uint64_t> sceneNumber_{0};  // of the newest order with a scene
+  bool busy_ = false;                          // main thread only
   std::thread thread_;
 };
 

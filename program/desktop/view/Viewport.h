@@ -1,8 +1,10 @@
-// Viewport: the ray-traced picture of the active document: a rough one while something moves, then finer and finer ones. One
-// drags to go around, with Shift or the middle button to slide, turns the wheel to come nearer, clicks to choose an object. It
-// looks through the scene camera until one moves, then through the editor camera. It owns nothing of the document. Main thread.
+// Viewport: the ray-traced picture of the active document, what is selected outlined: a rough one while something moves, then
+// finer and finer ones. One drags to go around, with Shift or the middle button to slide, turns the wheel to come nearer, clicks
+// to choose an object. It looks through the scene camera until one moves, then through the editor camera, or through any camera
+// of the scene. Clicks are answered from the picture that is shown. It owns nothing of the document. Main thread.
 #pragma once
 
+#include <QMenu>
 #include <QTimer>
 #include <QWidget>
 #include <optional>
@@ -10,6 +12,7 @@
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/view/EditorCamera.h"
 #include "program/desktop/view/PictureWorker.h"
+#include "program/desktop/view/SceneFeed.h"
 
 namespace desktop {
 
@@ -18,16 +21,35 @@ class Viewport : public QWidget, public DocumentView {
   explicit Viewport(QWidget* parent);
 
   void Follow(host::BaseDocument* doc) override;
+  // Move the editor camera, as it is turned, so that it shows this; without a selection FrameSelection shows all.
   void FrameAll();
-  // Back to the scene camera, or the framing of everything where there is none.
+  void FrameSelection();
+  // Back to the scene camera, or to a view of everything where there is none.
   void LookThroughSceneCamera();
-  bool LooksThroughEditorCamera() const { return editor_.has_value(); }
-  // Told of the object that was clicked on, 0 for none.
-  std::function<void(engine::NodeId)> picked;
+  // From where the picture is seen now.
+  void LookThroughEditorCamera();
+  // A camera object of the document.
+  void LookThrough(engine::NodeId camera);
+  bool LooksThroughEditorCamera() const { return eye_ == Eye::Editor; }
+  // "Scene camera: NAME", "Camera: NAME" or "Editor camera".
+  QString EyeName() const;
 
+  // How a click changes the selection.
+  enum class Picking { Replace, Add, Toggle };
+  // Told of the object that was clicked on, 0 for none.
+  std::function<void(engine::NodeId, Picking)> picked;
+  // Adds to the menu of the right button.
+  std::function<void(QMenu&)> fillMenu;
+
+  // The object that is shown at a place of the widget, 0 for none.
+  engine::NodeId ObjectAt(QPoint place) const;
   const QImage& Picture() const { return picture_; }
+  // The line around what is selected; null where nothing of it is seen.
+  const QImage& Outline() const { return outline_; }
+  // The camera of the picture that is shown.
+  const engine::PictureCamera& Camera() const { return lookedThrough_; }
   // Whether the finest picture of the present state is shown.
-  bool IsFinished() const { return finished_; }
+  bool IsFinished() const { return finished_ && !feed_.IsReading(); }
   QSize sizeHint() const override { return {640, 480}; }
   QSize minimumSizeHint() const override { return {120, 90}; }
 
@@ -38,32 +60,60 @@ class Viewport : public QWidget, public DocumentView {
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
+  enum class Eye { Scene, Editor, Object };
+
+  void TakeScene(engine::ScenePicture scene);
+  void TakeMarks(std::vector<std::uint8_t> selected);
   // A rough picture now or when the one being made is done, then the fine one when nothing moves any more.
   void Refresh();
   void Begin(bool draft);
-  std::unique_ptr<engine::PictureInProgress> Make(QSize size, bool draft);
-  void Passed(const QImage& image, bool finished);
+  void DropPicture();
+  void Passed(const PicturePass& pass);
+  void Frame(Framing framing);
+  // Nothing: a camera that frames everything is made.
+  std::optional<engine::PictureCamera> EyeCamera() const;
   EditorCamera& Editor();
   // Null when the document is closed or empty.
   const host::BaseDocument* Shown() const;
-  void Pick(QPointF place);
+  bool IsSelectedAt(QPoint place) const;
+  QPoint PixelAt(QPointF place) const;
+  // What to go around when the hand is at that place: what is seen there, else the selection, else what was looked at before.
+  std::optional<host::Vector> PointToGoAround(QPointF place) const;
+  std::optional<host::Vector> MiddleOfSelection() const;
+  void ZoomAt(QPointF place, double factor);
+  void DragBy(QPointF way, bool slides);
+  void Pick(QPointF place, Qt::KeyboardModifiers keys);
   void PaintHint(QPainter& painter);
+  void PaintEyeName(QPainter& painter);
 
-  engine::RenderCaches caches_;
+  engine::RenderCaches& caches_ = engine::RenderCaches::Shared();
+  SceneFeed feed_;
   engine::NodeId doc_ = 0;
-  host::ULLONG seen_ = 0;
+  std::unique_ptr<engine::ScenePicture> unsent_;  // not given to the worker yet
+  std::uint64_t fingerprint_ = 0;                 // of the scene read last
+  std::shared_ptr<const Marks> marks_;
+  std::optional<engine::PictureCamera> sceneCamera_;
+  std::optional<engine::PictureCamera> sentCamera_;  // of the last order
+  Eye eye_ = Eye::Scene;
+  engine::NodeId eyeObject_ = 0;
   std::optional<EditorCamera> editor_;
+  Framing framing_ = Framing::None;  // wanted
   engine::PictureCamera lookedThrough_;
   engine::Box bounds_;
   QImage picture_;
+  QImage outline_;
+  std::shared_ptr<const engine::HitMap> hits_;
   QString problem_;
   bool draftWanted_ = false;
   bool isDraft_ = false;
   bool finished_ = false;
   QPointF pressedAt_;
   QPointF draggedTo_;
+  std::optional<host::Vector> around_;
   bool dragging_ = false;
   QTimer calm_;
   PictureWorker worker_;  // last: it ends before what it tells of

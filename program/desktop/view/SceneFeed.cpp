@@ -1,0 +1,52 @@
+#include "program/desktop/view/SceneFeed.h"
+
+#include <QElapsedTimer>
+
+#include "engine/scene/Nodes.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr std::size_t kObjectsBetweenLooks = 500;
+constexpr int kMillisecondsOfSlice = 25;
+
+}  // namespace
+
+SceneFeed::SceneFeed(engine::RenderCaches& caches, std::function<void(engine::ScenePicture)> read)
+    : caches_(caches), read_(std::move(read)) {
+  next_.setSingleShot(true);
+  QObject::connect(&next_, &QTimer::timeout, &next_, [this] { Slice(); });
+}
+
+void SceneFeed::Follow(const host::BaseDocument* doc) {
+  if (IdentityOf(doc) == doc_ && (!doc || engine::ChangeCount(*doc) == count_)) return;
+  doc_ = IdentityOf(doc);
+  scan_.reset();
+  if (doc) Start(*doc);
+}
+
+void SceneFeed::Start(const host::BaseDocument& doc) {
+  count_ = engine::ChangeCount(doc);
+  scan_.emplace(doc, engine::SceneReading{.editorView = true}, caches_);
+  Slice();
+}
+
+void SceneFeed::Slice() {
+  next_.stop();
+  const host::BaseDocument* doc = FindOpenDocument(doc_);
+  if (!scan_ || !doc) return scan_.reset();
+  if (engine::ChangeCount(*doc) != count_) return Start(*doc);
+  QElapsedTimer time;
+  time.start();
+  while (!scan_->Advance(kObjectsBetweenLooks)) {
+    if (time.elapsed() < kMillisecondsOfSlice) continue;
+    next_.start(0);
+    return;
+  }
+  engine::ScenePicture scene = scan_->Take();
+  scan_.reset();
+  read_(std::move(scene));
+}
+
+}  // namespace desktop

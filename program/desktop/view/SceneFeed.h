@@ -1,0 +1,35 @@
+// SceneFeed: reads what can be seen of a document whenever that changes, in slices between which the window lives on. It keeps
+// the document's identity, never its address. Main thread.
+#pragma once
+
+#include <QTimer>
+#include <functional>
+#include <optional>
+
+#include "engine/render/SceneScan.h"
+#include "program/desktop/OpenDocument.h"
+
+namespace desktop {
+
+class SceneFeed {
+ public:
+  // `read`: takes each scene that was read to its end.
+  SceneFeed(engine::RenderCaches& caches, std::function<void(engine::ScenePicture)> read);
+
+  // Begins to read where the document is another one or has changed since; null reads nothing.
+  void Follow(const host::BaseDocument* doc);
+  bool IsReading() const { return scan_.has_value(); }
+
+ private:
+  void Start(const host::BaseDocument& doc);
+  void Slice();
+
+  engine::RenderCaches& caches_;
+  std::function<void(engine::ScenePicture)> read_;
+  engine::NodeId doc_ = 0;
+  host::ULLONG count_ = 0;
+  std::optional<engine::SceneScan> scan_;
+  QTimer next_;
+};
+
+}  // namespace desktop

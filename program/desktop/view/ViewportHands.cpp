@@ -1,0 +1,149 @@
+// The viewport's mouse, wheel and keys.
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMouseEvent>
+#include <cmath>
+
+#include "program/desktop/view/Viewport.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr double kRadiansPerPixel = 0.007;
+constexpr double kRadiansPerKey = 0.0873;
+constexpr double kSlidePerKey = 0.05;
+constexpr double kZoomPerNotch = 0.88;
+constexpr int kNotch = 120;
+// Pixels that are looked at along each side when the middle of the selection is sought.
+constexpr std::uint32_t kProbes = 160;
+
+host::Vector ToHostVector(const engine::Vec& v) { return {v.x, v.y, v.z}; }
+
+}  // namespace
+
+std::optional<host::Vector> Viewport::MiddleOfSelection() const {
+  if (!hits_ || !marks_ || hits_->objects->size() != marks_->size()) return std::nullopt;
+  engine::Box box;
+  const std::uint32_t stepX = std::max(1U, hits_->width / kProbes);
+  const std::uint32_t stepY = std::max(1U, hits_->height / kProbes);
+  for (std::uint32_t y = 0; y < hits_->height; y += stepY) {
+    for (std::uint32_t x = 0; x < hits_->width; x += stepX) {
+      const std::uint32_t instance = hits_->instances[std::size_t{y} * hits_->width + x];
+      if (instance > 0 && (*marks_)[instance - 1]) box.Add(*hits_->PointAt(x, y));
+    }
+  }
+  return box.IsEmpty() ? std::nullopt : std::optional(ToHostVector(box.Centre()));
+}
+
+std::optional<host::Vector> Viewport::PointToGoAround(QPointF place) const {
+  const QPoint pixel = PixelAt(place);
+  if (pixel.x() >= 0) {
+    const auto point = hits_->PointAt(static_cast<std::uint32_t>(pixel.x()), static_cast<std::uint32_t>(pixel.y()));
+    if (point) return ToHostVector(*point);
+  }
+  return MiddleOfSelection();
+}
+
+void Viewport::mousePressEvent(QMouseEvent* event) {
+  pressedAt_ = draggedTo_ = event->position();
+  dragging_ = false;
+  around_ = PointToGoAround(pressedAt_);
+}
+
+void Viewport::mouseMoveEvent(QMouseEvent* event) {
+  if (event->buttons() == Qt::NoButton || !Shown()) return;
+  if ((event->position() - pressedAt_).manhattanLength() >= QApplication::startDragDistance()) dragging_ = true;
+  if (!dragging_) return;
+  const QPointF way = event->position() - draggedTo_;
+  draggedTo_ = event->position();
+  DragBy(way, event->buttons() & Qt::MiddleButton || event->modifiers() & Qt::ShiftModifier);
+}
+
+void Viewport::DragBy(QPointF way, bool slides) {
+  if (slides) {
+    Editor().Slide(way.x() / width(), way.y() / width());
+  } else {
+    Editor().Orbit(way.x() * kRadiansPerPixel, -way.y() * kRadiansPerPixel, around_);
+  }
+  Refresh();
+}
+
+void Viewport::mouseReleaseEvent(QMouseEvent* event) {
+  if (!dragging_ && event->button() == Qt::LeftButton) Pick(event->position(), event->modifiers());
+  dragging_ = false;
+}
+
+void Viewport::Pick(QPointF place, Qt::KeyboardModifiers keys) {
+  if (!Shown() || !picked || !rect().contains(place.toPoint())) return;
+  const Picking how = keys & Qt::ControlModifier ? Picking::Toggle : keys & Qt::ShiftModifier ? Picking::Add : Picking::Replace;
+  picked(ObjectAt(place.toPoint()), how);
+}
+
+void Viewport::wheelEvent(QWheelEvent* event) {
+  if (!Shown()) return;
+  ZoomAt(event->position(), std::pow(kZoomPerNotch, static_cast<double>(event->angleDelta().y()) / kNotch));
+}
+
+void Viewport::ZoomAt(QPointF place, double factor) {
+  const QPoint pixel = PixelAt(place);
+  EditorCamera& camera = Editor();
+  host::Vector toward = camera.PointAt(place.x() / width() - 0.5, place.y() / height() - 0.5,
+                                       static_cast<double>(std::max(width(), 1)) / std::max(height(), 1));
+  if (pixel.x() >= 0) {
+    const auto point = hits_->PointAt(static_cast<std::uint32_t>(pixel.x()), static_cast<std::uint32_t>(pixel.y()));
+    if (point) toward = ToHostVector(*point);
+  }
+  camera.Zoom(factor, toward);
+  Refresh();
+}
+
+void Viewport::keyPressEvent(QKeyEvent* event) {
+  const bool slides = event->modifiers() & Qt::ShiftModifier;
+  const auto go = [&](double right, double down) {
+    if (slides) {
+      Editor().Slide(right * kSlidePerKey, down * kSlidePerKey);
+    } else {
+      Editor().Orbit(right * kRadiansPerKey, -down * kRadiansPerKey, MiddleOfSelection());
+    }
+    Refresh();
+  };
+  if (!Shown()) return QWidget::keyPressEvent(event);
+  switch (event->key()) {
+    case Qt::Key_Left:
+      return go(-1, 0);
+    case Qt::Key_Right:
+      return go(1, 0);
+    case Qt::Key_Up:
+      return go(0, -1);
+    case Qt::Key_Down:
+      return go(0, 1);
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+      return ZoomAt(rect().center(), kZoomPerNotch);
+    case Qt::Key_Minus:
+      return ZoomAt(rect().center(), 1 / kZoomPerNotch);
+    default:
+      return QWidget::keyPressEvent(event);
+  }
+}
+
+bool Viewport::IsSelectedAt(QPoint place) const {
+  const QPoint pixel = PixelAt(place);
+  if (pixel.x() < 0 || !marks_ || hits_->objects->size() != marks_->size()) return false;
+  const std::uint32_t instance =
+      hits_->instances[static_cast<std::size_t>(pixel.y()) * hits_->width + static_cast<std::size_t>(pixel.x())];
+  return instance > 0 && (*marks_)[instance - 1];
+}
+
+// What the menu is for is selected first.
+void Viewport::contextMenuEvent(QContextMenuEvent* event) {
+  if (dragging_ || !Shown() || !fillMenu) return;
+  const engine::NodeId object = event->reason() == QContextMenuEvent::Mouse ? ObjectAt(event->pos()) : 0;
+  if (object != 0 && picked && !IsSelectedAt(event->pos())) picked(object, Picking::Replace);
+  QMenu menu(this);
+  fillMenu(menu);
+  if (!menu.isEmpty()) menu.exec(event->globalPos());
+}
+
+}  // namespace desktop

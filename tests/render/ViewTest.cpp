@@ -1,0 +1,237 @@
+// What a view needs of the renderer: reading in steps, knowing whether anything looks different, what is hit at a pixel, tiles
+// while a pass runs, and cameras that frame what is asked for.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <set>
+
+#include "engine/render/Renderer.h"
+#include "engine/render/SceneScan.h"
+#include "engine/scene/Nodes.h"
+#include "host/Host.h"
+#include "tests/support/SceneBuilder.h"
+
+namespace {
+
+using engine::PictureInProgress;
+using engine::PictureSetup;
+using engine::ScenePicture;
+using host::Vector;
+using support::SceneBuilder;
+
+// A row of boxes, the third one with a sphere below it, a light and a camera.
+struct Row : SceneBuilder {
+  Row() {
+    Material("Red", Vector(0.8, 0.1, 0.1)).Layer("Layer");
+    for (int i = 0; i < 4; ++i) {
+      const std::string name = "Box" + std::to_string(i);
+      Cube(name).At(name, i * 300.0 - 450, 0, 0);
+    }
+    Object("Box2/Ball", host::Osphere).At("Box2/Ball", 0, 180, 0);
+    Object("Light", host::Olight).At("Light", -300, 900, -900);
+    Camera("Camera").At("Camera", 0, 0, -1500).LookThrough("Camera");
+  }
+  void Delete(const std::string& path) {
+    host::BaseObject* object = GetObject(path);
+    object->Remove();
+    engine::DestroyNode(object);
+  }
+};
+
+ScenePicture Read(const host::BaseDocument& doc, engine::RenderCaches& caches, std::size_t step = 1000000) {
+  engine::SceneScan scan(doc, {}, caches);
+  while (!scan.Advance(step)) {
+  }
+  return scan.Take();
+}
+
+TEST(SceneScan, ReadsTheSameInStepsOfAnySize) {
+  Row scene;
+  engine::RenderCaches caches;
+  const ScenePicture whole = Read(scene.Doc(), caches);
+  ASSERT_EQ(whole.instances.size(), 5U);
+  for (const std::size_t step : {1U, 2U, 3U}) {
+    const ScenePicture other = Read(scene.Doc(), caches, step);
+    EXPECT_EQ(other.fingerprint, whole.fingerprint);
+    EXPECT_EQ(other.instances.size(), whole.instances.size());
+    EXPECT_TRUE(other.hasSceneCamera);
+  }
+}
+
+TEST(SceneScan, WhatIsBelowASelectedObjectCountsAsSelected) {
+  Row scene;
+  scene.Select("Box2");
+  engine::RenderCaches caches;
+  const ScenePicture picture = Read(scene.Doc(), caches);
+  std::set<engine::NodeId> selected;
+  for (std::size_t i = 0; i < picture.instances.size(); ++i) {
+    if (picture.selected[i]) selected.insert(picture.instances[i].object);
+  }
+  EXPECT_EQ(selected,
+            (std::set<engine::NodeId>{engine::IdOf(*scene.GetObject("Box2")), engine::IdOf(*scene.GetObject("Box2/Ball"))}));
+}
+
+TEST(SceneScan, TheFingerprintTellsWhatLooksDifferent) {
+  struct Case {
+    const char* what;
+    bool differs;
+    std::function<void(Row&)> change;
+  };
+  const std::vector<Case> cases = {
+      {"selection", false, [](Row& row) { row.Select("Box1"); }},
+      {"a name", false, [](Row& row) { row.GetObject("Box1")->SetName("Other"); }},
+      {"the camera", false, [](Row& row) { row.At("Camera", 10, 0, -1500); }},
+      {"an editor mode", false, [](Row& row) { row.Modes("Box1", host::MODE_OFF, host::MODE_UNDEF); }},
+      {"a render mode", true, [](Row& row) { row.Modes("Box1", host::MODE_UNDEF, host::MODE_OFF); }},
+      {"a place", true, [](Row& row) { row.At("Box1", 0, 0, 1); }},
+      {"a size", true, [](Row& row) { row.GetObject("Box1")->GetDataInstance()->SetVector(host::PRIM_SIZE, Vector(9)); }},
+      {"a material", true, [](Row& row) { row.Texture("Box1", "Red"); }},
+      {"an unused material", false,
+       [](Row& row) { row.GetMaterial("Red")->GetDataInstance()->SetVector(host::MATERIAL_COLOR, Vector(0)); }},
+      {"a light", true, [](Row& row) { row.At("Light", 0, 0, 0); }},
+      {"one object less", true, [](Row& row) { row.Delete("Box0"); }},
+  };
+  for (const Case& test : cases) {
+    Row scene;
+    engine::RenderCaches caches;
+    const ScenePicture before = Read(scene.Doc(), caches);
+    test.change(scene);
+    EXPECT_EQ(Read(scene.Doc(), caches).fingerprint != before.fingerprint, test.differs) << test.what;
+  }
+}
+
+std::shared_ptr<const engine::PreparedScene> Prepared(const host::BaseDocument& doc, engine::RenderCaches& caches) {
+  return engine::PreparedScene::Make(Read(doc, caches), caches).Take();
+}
+
+std::unique_ptr<PictureInProgress> Drawn(const std::shared_ptr<const engine::PreparedScene>& scene, std::uint32_t width,
+                                         std::uint32_t height, bool draft = false) {
+  PictureSetup setup;
+  setup.width = width;
+  setup.height = height;
+  setup.takesHits = true;
+  setup.draft = draft;
+  auto picture = PictureInProgress::Begin(scene, setup).Take();
+  while (!picture->IsFinished()) picture->Refine();
+  return picture;
+}
+
+TEST(HitMap, NamesWhatIsSeenAndWhere) {
+  Row scene;
+  engine::RenderCaches caches;
+  const auto picture = Drawn(Prepared(scene.Doc(), caches), 120, 60);
+  const engine::HitMap& hits = picture->Hits();
+  int same = 0;
+  for (std::uint32_t y = 0; y < 60; ++y) {
+    for (std::uint32_t x = 0; x < 120; ++x) same += hits.ObjectAt(x, y) == picture->ObjectAt(x, y);
+  }
+  // A sample need not lie in the middle of its pixel.
+  EXPECT_GT(same, 120 * 60 * 95 / 100);
+  EXPECT_EQ(hits.ObjectAt(120, 3), 0U);
+  EXPECT_FALSE(hits.PointAt(0, 0).has_value());
+  int fronts = 0;
+  for (std::uint32_t x = 0; x < 120; ++x) {
+    const auto point = hits.PointAt(x, 30);
+    if (!point) continue;
+    EXPECT_LE(std::abs(point->z), 103) << x;
+    fronts += std::abs(point->z + 100) < 1;
+  }
+  EXPECT_GT(fronts, 20);
+}
+
+TEST(HitMap, IsExactAroundWhatIsMarkedInADraft) {
+  Row scene;
+  scene.Select("Box1");
+  engine::RenderCaches caches;
+  const auto prepared = Prepared(scene.Doc(), caches);
+  const std::vector<std::uint8_t>& marked = prepared->Scene().selected;
+  const auto draft = Drawn(prepared, 100, 50, true);
+  const engine::HitMap large = engine::Enlarged(draft->Hits(), 400, 200, marked, prepared->Rays());
+  const auto whole = Drawn(prepared, 400, 200);
+  const engine::NodeId box = engine::IdOf(*scene.GetObject("Box1"));
+  int wrong = 0;
+  int seen = 0;
+  for (std::uint32_t y = 0; y < 200; ++y) {
+    for (std::uint32_t x = 0; x < 400; ++x) {
+      const bool isBox = whole->ObjectAt(x, y) == box;
+      seen += isBox;
+      wrong += (large.ObjectAt(x, y) == box) != isBox;
+    }
+  }
+  EXPECT_GT(seen, 1000);
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST(PictureInProgress, ShowsTilesWhileAPassRuns) {
+  Row scene;
+  engine::RenderCaches caches;
+  PictureSetup setup;
+  setup.width = 200;
+  setup.height = 150;
+  setup.threads = 1;
+  auto picture = PictureInProgress::Begin(Prepared(scene.Doc(), caches), setup).Take();
+  engine::Image image;
+  std::size_t shown = 0;
+  bool stopped = false;
+  const auto goOn = [&](double) {
+    picture->ShowTiles(&image);
+    std::size_t now = 0;
+    for (std::size_t i = 3; i < image.bytes.size(); i += 4) now += image.bytes[i] == 255;
+    EXPECT_GE(now, shown);
+    shown = now;
+    if (stopped || now < 200 * 150 / 2) return true;
+    stopped = true;
+    return false;
+  };
+  EXPECT_FALSE(picture->Refine(goOn));
+  EXPECT_TRUE(picture->Current().bytes.empty());
+  EXPECT_TRUE(picture->Refine(goOn));
+  const engine::Image pass = picture->Current();
+  for (std::size_t i = 0; i < pass.bytes.size(); i += 4) {
+    const bool isShown = image.bytes[i + 3] == 255;
+    ASSERT_EQ(isShown ? image.bytes[i] : pass.bytes[i], pass.bytes[i]) << i;
+  }
+}
+
+TEST(Framing, ShowsWhatIsAskedForAsTheCameraIsTurned) {
+  Row scene;
+  scene.Select("Box3");
+  engine::RenderCaches caches;
+  const auto prepared = Prepared(scene.Doc(), caches);
+  for (const bool parallel : {false, true}) {
+    engine::PictureCamera like = prepared->Scene().camera;
+    like.isParallel = parallel;
+    const auto points = engine::OutlineOf(prepared->Scene(), &prepared->Scene().selected);
+    const engine::PictureCamera camera = engine::FramingCameraLike(like, points, 1.5);
+    EXPECT_EQ(camera.frame.v3, like.frame.v3);
+    PictureSetup setup;
+    setup.width = 150;
+    setup.height = 100;
+    setup.camera = camera;
+    setup.draft = true;
+    setup.takesHits = true;
+    auto picture = PictureInProgress::Begin(prepared, setup).Take();
+    picture->Refine();
+    const engine::NodeId box = engine::IdOf(*scene.GetObject("Box3"));
+    EXPECT_EQ(picture->ObjectAt(75, 50), box);
+    int high = 0;
+    for (std::uint32_t y = 0; y < 100; ++y) high += picture->ObjectAt(75, y) == box;
+    EXPECT_GT(high, 75);
+    EXPECT_NE(picture->ObjectAt(75, 0), box);
+    EXPECT_NE(picture->ObjectAt(75, 99), box);
+  }
+}
+
+TEST(PreparedScene, CanBeStoppedAndSharedByCameras) {
+  Row scene;
+  engine::RenderCaches caches;
+  EXPECT_FALSE(engine::PreparedScene::Make(Read(scene.Doc(), caches), caches, [](double) { return false; }));
+  const auto prepared = Prepared(scene.Doc(), caches);
+  scene.Delete("Box0");
+  const auto front = Drawn(prepared, 60, 40)->Current().bytes;
+  const auto again = Drawn(prepared, 60, 40)->Current().bytes;
+  EXPECT_EQ(front, again);
+}
+
+}  // namespace
