@@ -9,6 +9,7 @@
 
 #include "engine/scene/Nodes.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/menus/MenuIcons.h"
 #include "program/desktop/menus/Menus.h"
 #include "program/desktop/panels/AttributesPanel.h"
 #include "program/desktop/panels/HistoryPanel.h"
@@ -58,7 +59,8 @@ MainWindow::~MainWindow() {
 void MainWindow::BuildPanels() {
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
   panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea, new AttributesPanel(lookedAt_, this));
-  panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(engine::RenderCaches::Shared(), this));
+  panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(engine::RenderCaches::Shared(), this))
+      ->opened = [this] { panels_.Raise("attributes"); };
   panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
   panels_.ShowFirstTabs();
@@ -71,6 +73,7 @@ void MainWindow::BuildMenus() {
   BuildPluginMenu(*menuBar()->addMenu("&Plug-ins"), *this);
   BuildWindowMenu(*menuBar()->addMenu("&Window"), *this);
   BuildHelpMenu(*menuBar()->addMenu("&Help"), *this);
+  PutIcons(*menuBar());
 }
 
 void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {

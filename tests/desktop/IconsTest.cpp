@@ -11,7 +11,8 @@
 #include <QRegularExpression>
 #include <set>
 
-#include "tests/desktop/Pictures.h"
+#include "program/desktop/menus/MenuIcons.h"
+#include "tests/desktop/Desk.h"
 
 namespace {
 
@@ -72,6 +73,15 @@ TEST(Icons, EveryFileCanBeDrawnAndIsFaintWhenSwitchedOff) {
 TEST(Icons, EveryNameInTheCodeHasAFile) {
   const QStringList there = desktop::IconNames();
   for (const QString& name : NamesInCode()) EXPECT_TRUE(there.contains(name)) << name.toStdString();
+}
+
+TEST(Icons, EveryMenuEntryThatHasOneIsThere) {
+  desk::Desk desk;
+  const QStringList there = desktop::IconNames();
+  for (const desktop::MenuIcon& row : desktop::MenuIcons()) {
+    EXPECT_TRUE(there.contains(row.icon)) << row.icon;
+    EXPECT_FALSE(desk.Entry(row.menu, row.entry).icon().isNull()) << row.entry;
+  }
 }
 
 TEST(Icons, AMissingOneCannotBeOverlooked) {

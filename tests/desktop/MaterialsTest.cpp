@@ -125,6 +125,12 @@ TEST(Materials, SelectTheirObjectsAndAreDraggedByIdentity) {
   desk.Click("Blue");
   desk.Action("Select Objects with This Material").trigger();
   EXPECT_EQ(desktop::SelectedObjects(desk.Doc()), std::vector<host::BaseObject*>{desk.scene.GetObject("Box/Lid")});
+  desk.Doc().SetActiveObject(desk.scene.GetObject("Ball"));
+  desk.Click("Green");
+  desk.Action("Assign to Selection").trigger();
+  const auto* tag = static_cast<host::TextureTag*>(desk.scene.GetTag("Ball", host::Ttexture));
+  ASSERT_NE(tag, nullptr);
+  EXPECT_EQ(tag->GetMaterial(), desk.scene.GetMaterial("Green"));
   const std::unique_ptr<QMimeData> dragged(desk.Rows().mimeData({desk.IndexOf("Blue")}));
   EXPECT_EQ(dragged->data(desktop::kMaterialMime).toULongLong(), engine::IdOf(*desk.scene.GetMaterial("Blue")));
   EXPECT_EQ(desktop::DroppedNodes(dragged.get(), desktop::kObjectsMime), std::vector<engine::NodeId>());

@@ -34,9 +34,9 @@ void LayersPanel::BuildActions() {
     forChosen_.append(bar->Add(*tree_, icon, text, keys, [this, act] { WithChosen(act); }));
   };
   add_ = bar->Add(*tree_, "add", "New Layer", {}, [this] { Add(); });
-  add("object-instance", "Assign to Selection", {},
+  add("assign", "Assign to Selection", {},
       [](host::BaseDocument& doc, const LayerList& layers) { AssignLayer(doc, SelectedObjects(doc), layers.front()); });
-  add("tag-selection", "Select Objects", {}, &SelectObjectsOn);
+  add("select", "Select Objects", {}, &SelectObjectsOn);
   bar->AddSpace();
   add("delete", "Delete Layer", QKeySequence::Delete, &DeleteLayers);
 }

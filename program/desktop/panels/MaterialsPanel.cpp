@@ -3,9 +3,19 @@
 #include <QMenu>
 #include <QVBoxLayout>
 
+#include "program/desktop/SceneCommands.h"
 #include "program/desktop/panels/PanelBar.h"
 
 namespace desktop {
+
+namespace {
+
+// Of several the first one counts: an object shows one material.
+void AssignToSelection(host::BaseDocument& doc, const MaterialList& materials) {
+  AssignMaterial(doc, engine::IdOf(*materials.front()), SelectedObjects(doc));
+}
+
+}  // namespace
 
 MaterialsPanel::MaterialsPanel(engine::RenderCaches& caches, QWidget* parent)
     : QWidget(parent), grid_(new MaterialGrid(caches, this)) {
@@ -14,6 +24,9 @@ MaterialsPanel::MaterialsPanel(engine::RenderCaches& caches, QWidget* parent)
   layout->setSpacing(0);
   layout->addWidget(grid_);
   BuildActions();
+  connect(grid_, &QAbstractItemView::doubleClicked, this, [this] {
+    if (opened) opened();
+  });
   grid_->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(grid_, &QWidget::customContextMenuRequested, this, [this](const QPoint& place) { ShowMenu(place); });
 }
@@ -33,7 +46,8 @@ void MaterialsPanel::BuildActions() {
   };
   add_ = bar->Add(*grid_, "add", "New Material", {}, [this] { Add(); });
   add("duplicate", "Duplicate Material", {}, &DuplicateMaterials);
-  add("tag-selection", "Select Objects with This Material", {}, &SelectObjectsWith);
+  add("assign", "Assign to Selection", {}, &AssignToSelection);
+  add("select", "Select Objects with This Material", {}, &SelectObjectsWith);
   bar->AddSpace();
   add("delete", "Delete Material", QKeySequence::Delete, &DeleteMaterials);
 }

@@ -15,6 +15,8 @@ class MaterialsPanel : public QWidget, public DocumentView {
 
   void Follow(host::BaseDocument* doc) override;
   MaterialGrid& Grid() { return *grid_; }
+  // Told when somebody wants to see what a material is made of.
+  std::function<void()> opened;
 
  private:
   void BuildActions();

@@ -31,6 +31,14 @@ void SidePanels::ShowFirstTabs() {
   }
 }
 
+void SidePanels::Raise(const char* name) {
+  for (const Panel& panel : panels_) {
+    if (panel.dock->objectName() != name) continue;
+    panel.dock->show();
+    panel.dock->raise();
+  }
+}
+
 void SidePanels::Follow(host::BaseDocument* doc) {
   for (const Panel& panel : panels_) {
     if (!panel.dock->visibleRegion().isEmpty()) panel.view->Follow(doc);

@@ -23,6 +23,8 @@ class SidePanels {
   }
   // Brings the first of the tabs to the front; after the last Add.
   void ShowFirstTabs();
+  // Shows the panel of that name and brings it to the front.
+  void Raise(const char* name);
   void Follow(host::BaseDocument* doc);
   // Their entries of the window menu, in the order of adding.
   std::vector<QAction*> ToggleActions() const;
