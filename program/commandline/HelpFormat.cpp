@@ -23,18 +23,30 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
 HelpFormat::HelpFormat(std::size_t width) : width_(width) {
   column_width(kColumn);
   label("SUBCOMMAND", "VERB");
+  label("Positionals", "Given in this order");
 }
 
-// The word for a value without the checks behind it; the description says what is allowed.
+std::string ValueWord(const CLI::Option& option) {
+  if (option.get_type_size() == 0) return "";
+  const std::string type = option.get_type_name();
+  return type.substr(0, std::min(type.find(":{"), type.find(":UINT")));
+}
+
 std::string HelpFormat::make_option_opts(const CLI::Option* option) const {
-  if (option->get_type_size() == 0 || option->get_positional()) return "";
-  const std::string type = option->get_type_name();
-  return " " + type.substr(0, type.find(":{"));
+  const std::string word = option->get_positional() ? "" : ValueWord(*option);
+  return word.empty() ? "" : " " + word;
 }
 
 std::string HelpFormat::make_option_desc(const CLI::Option* option) const {
   const std::string usual = option->get_default_str();
   return Described(option->get_description() + (usual.empty() ? "" : " (default: " + usual + ")"));
+}
+
+// One empty line between groups, not two: the first one, of the options of every verb, has it already.
+std::string HelpFormat::make_group(std::string group, bool positional, std::vector<const CLI::Option*> options) const {
+  const bool isFirst = positional || group == "Options";
+  const std::string text = CLI::Formatter::make_group(std::move(group), positional, std::move(options));
+  return isFirst ? text : text.substr(1);
 }
 
 std::string HelpFormat::make_description(const CLI::App* app) const { return app->get_description() + ".\n\n"; }

@@ -34,8 +34,10 @@ struct Program {
   bool verbose = false;
 };
 
-// Adds the positional SCENE; and the options of a verb that changes the scene (-o, --write).
-void AddScene(CLI::App& verb, Program& program);
+// Adds the positional SCENE and --json; and the options of a verb that changes the scene (-o, --write).
+inline constexpr const char* kAnyScene =
+    "The scene: a .c4d file, or a .gltf, .glb, .fbx, .obj or .dae that is imported on the fly";
+void AddScene(CLI::App& verb, Program& program, const char* help = kAnyScene);
 void AddKeeping(CLI::App& verb, Program& program);
 // The option --only NAME... of a verb that works on checked rows.
 void AddOnly(CLI::App& verb, std::vector<std::string>& only);

@@ -112,7 +112,8 @@ int Session::CheckTarget() {
   const std::string& target = inPlace ? program_.scene : program_.output;
   if (target.empty() || !engine::IsImportable(target)) return kDone;
   program_.terminal.Error((inPlace ? "--write would overwrite \"" : "The result would overwrite \"") + target +
-                          "\", which is no scene of ours. Give -o OUT.c4d instead.");
+                          "\", which is no scene of ours. Give " + (inPlace ? "-o OUT.c4d" : "a name that ends in .c4d") +
+                          " instead.");
   return kUsage;
 }
 

@@ -67,7 +67,7 @@ TEST_F(BulkVerbs, EachSaysWhatItDid) {
       {{"set-layers", scene}, 2, "No layer is selected"},
       {{"set-camera", scene, "Front"}, 0, "Made the camera /Front the render camera of \"Day\" and \"Night\"."},
       {{"set-camera", scene, "Kopf"}, 2, "is no camera"},
-      {{"set-camera", scene}, 2, "camera is required"},
+      {{"set-camera", scene}, 2, "CAMERA is required"},
       {{"rename", scene, "Day", "Dawn"}, 0, "Renamed \"Day\" to \"Dawn\"."},
       {{"rename", scene, "Day", "Night"}, 2, "There is a Stagemark \"Night\" already."},
       {{"rename", scene, "Day", ""}, 2, "You must enter a name for this element."},

@@ -96,7 +96,7 @@ void AddSetObjects(CLI::App& app, Program& program) {
                                     {"Set Selected Objects on Checked Elements", "Wrote the switches of % into &.",
                                      "Nothing changed: & had the switches of % already."},
                                     select);
-  bulk.verb->add_option("objects", bulk.choices->named,
+  bulk.verb->add_option("OBJECTS", bulk.choices->named,
                         "Names, /paths, #positions or patterns with *; without them the objects selected in the scene");
   Finish(bulk, program,
          "Examples:\n"
@@ -112,7 +112,7 @@ void AddSetTags(CLI::App& app, Program& program) {
                                     {"Set Selected Tags on Checked Elements", "Wrote the settings of % into &.",
                                      "Nothing changed in &: the same was there, or tags of such types are not recorded."},
                                     select);
-  bulk.verb->add_option("objects", bulk.choices->named,
+  bulk.verb->add_option("OBJECTS", bulk.choices->named,
                         "The objects that carry the tags; without them the tags selected in the scene");
   bulk.verb->add_option("--type", bulk.choices->types, "Only tags of this type: a name or a number")->type_name("TYPE...");
   Finish(bulk, program,
@@ -129,7 +129,7 @@ void AddSetLayers(CLI::App& app, Program& program) {
                                     {"Set Selected Layers on Checked Elements", "Wrote the switches of % into &.",
                                      "Nothing changed: & had the switches of % already."},
                                     select);
-  bulk.verb->add_option("layers", bulk.choices->named, "Names or patterns with *; without them the layers selected in the scene");
+  bulk.verb->add_option("LAYERS", bulk.choices->named, "Names or patterns with *; without them the layers selected in the scene");
   Finish(bulk, program,
          "Examples:\n"
          "  stagemarks set room.c4d --layer Props --flag render=off --write\n"
@@ -144,7 +144,7 @@ void AddSetCamera(CLI::App& app, Program& program) {
                                     {"Set Render Camera on Checked Elements", "Made % the render camera of &.",
                                      "Nothing changed: % was the render camera of & already."},
                                     select);
-  bulk.verb->add_option("camera", bulk.choices->named, "Name, /path or #position of the camera")->required()->expected(1);
+  bulk.verb->add_option("CAMERA", bulk.choices->named, "Name, /path or #position of the camera")->required()->expected(1);
   Finish(bulk, program,
          "Example:\n"
          "  stagemarks set-camera room.c4d /Front --only Day --write");

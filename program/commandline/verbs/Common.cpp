@@ -4,10 +4,8 @@
 
 namespace commandline {
 
-void AddScene(CLI::App& verb, Program& program) {
-  verb.add_option("scene", program.scene,
-                  "The scene: a .c4d file, or a .gltf, .glb, .fbx, .obj or .dae that is imported on the fly")
-      ->required();
+void AddScene(CLI::App& verb, Program& program, const char* help) {
+  verb.add_option("SCENE", program.scene, help)->required();
   verb.add_flag("--json", program.json, "Print the result as JSON");
 }
 
@@ -18,7 +16,7 @@ void AddKeeping(CLI::App& verb, Program& program) {
 }
 
 void AddOnly(CLI::App& verb, std::vector<std::string>& only) {
-  verb.add_option("--only", only, "The Stagemarks that are meant; all of them without it")->type_name("NAME...");
+  verb.add_option("--only", only, "The Stagemarks that are meant; all of them without it")->type_name("STAGEMARK...");
 }
 
 }  // namespace commandline

@@ -62,7 +62,7 @@ void AddDelete(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("delete", "Delete Stagemarks, with their preview images");
   AddScene(*verb, program);
   auto names = std::make_shared<Names>();
-  verb->add_option("names", *names, "The Stagemarks to delete")->required();
+  verb->add_option("STAGEMARKS", *names, "Names of those to delete")->required();
   AddKeeping(*verb, program);
   verb->footer(
       "It asks before it deletes; where nobody can be asked nothing is deleted unless --yes is given.\n\n"

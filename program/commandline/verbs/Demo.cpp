@@ -24,8 +24,8 @@ int RunDemo(Program& program) {
 
 void AddDemo(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("demo", "Show the main job on a sample scene: record three states, recall and check them");
-  verb->add_option("scene", program.scene, "The scene to use instead of the sample");
-  verb->add_option("--to", program.output, "Folder for what it writes")->default_str("stagemarks-demo");
+  verb->add_option("SCENE", program.scene, "The scene to use instead of the sample");
+  verb->add_option("--to", program.output, "Folder for what it writes")->type_name("DIR")->default_str("stagemarks-demo");
   verb->add_flag("--json", program.json, "Print the steps as JSON when all is done");
   verb->footer(
       "Examples:\n"

@@ -34,8 +34,8 @@ int RunImport(Program& program) {
 
 void AddImport(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
-  AddScene(*verb, program);
-  verb->add_option("out", program.output, "The .c4d file to write")->required();
+  AddScene(*verb, program, "The file to import: .gltf, .glb, .fbx, .obj or .dae");
+  verb->add_option("OUT", program.output, "The .c4d file to write")->required();
   verb->footer(
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"

@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <iostream>
 
 #include "program/commandline/Session.h"
 
@@ -6,9 +7,18 @@ namespace commandline {
 
 namespace {
 
-int RunList(Program& program) {
+// For the shell: nothing but names, of a scene without any nothing at all.
+void PrintNames(Session& session) {
+  for (const Mark& mark : session.Dialog().Marks()) std::cout << Shown(mark.name) << '\n';
+}
+
+int RunList(Program& program, bool namesOnly) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
+  if (namesOnly) {
+    PrintNames(session);
+    return kDone;
+  }
   Report report;
   auto& all = report.Json()["stagemarks"] = nlohmann::json::array();
   for (const Mark& mark : session.Dialog().Marks()) {
@@ -28,12 +38,14 @@ int RunList(Program& program) {
 void AddList(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("list", "List the Stagemarks of a scene, as the dialog shows them");
   AddScene(*verb, program);
+  auto namesOnly = std::make_shared<bool>(false);
+  verb->add_flag("--names", *namesOnly, "Print the names only, one a line")->excludes("--json");
   verb->footer(
       "The star marks the Stagemark recorded or loaded last.\n\n"
       "Examples:\n"
       "  stagemarks list room.c4d\n"
       "  stagemarks list room.c4d --json");
-  verb->callback([&program] { program.verb = [&program] { return RunList(program); }; });
+  verb->callback([&program, namesOnly] { program.verb = [&program, namesOnly] { return RunList(program, *namesOnly); }; });
 }
 
 }  // namespace commandline

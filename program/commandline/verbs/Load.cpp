@@ -33,7 +33,7 @@ void AddLoad(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("load", "Bring the scene back into a recorded state");
   AddScene(*verb, program);
   auto name = std::make_shared<std::string>();
-  verb->add_option("name", *name, "Name of the Stagemark")->required();
+  verb->add_option("STAGEMARK", *name, "Its name")->required();
   AddKeeping(*verb, program);
   verb->footer(
       "Examples:\n"

@@ -51,7 +51,8 @@ void AddOptions(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("options", "Show or change what a recording takes in and a recall applies");
   AddScene(*verb, program);
   auto choices = std::make_shared<OptionChoices>();
-  verb->add_option("--toggle", choices->toggles, "Turn an option on or off, by the name in the list; may be given several times");
+  verb->add_option("--toggle", choices->toggles, "Turn an option on or off, by the name in the list; may be given several times")
+      ->type_name("OPTION");
   verb->add_flag("--save-default", choices->save, "Make these the defaults for scenes without a choice of their own");
   AddKeeping(*verb, program);
   verb->footer(

@@ -39,7 +39,7 @@ void AddRecord(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("record", "Record the scene's state as a Stagemark");
   AddScene(*verb, program);
   auto options = std::make_shared<RecordOptions>();
-  verb->add_option("name", options->name, "Name of the Stagemark; one that exists is overwritten after a question")->required();
+  verb->add_option("NAME", options->name, "Name of the Stagemark; one that exists is overwritten after a question")->required();
   verb->add_flag("--preview", options->preview, "Generate a preview image into the side folder");
   AddKeeping(*verb, program);
   verb->footer(

@@ -37,8 +37,8 @@ void AddRename(CLI::App& app, Program& program) {
     std::string to;
   };
   auto names = std::make_shared<Names>();
-  verb->add_option("old", names->from, "Its name now")->required();
-  verb->add_option("new", names->to, "Its new name")->required();
+  verb->add_option("OLD", names->from, "Its name now")->required();
+  verb->add_option("NEW", names->to, "Its new name")->required();
   AddKeeping(*verb, program);
   verb->footer(
       "Example:\n"

@@ -181,16 +181,21 @@ void AddRender(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("render", "Render a picture of each state");
   AddScene(*verb, program);
   auto options = std::make_shared<RenderOptions>();
-  auto* states = verb->add_option("--state", options->states, "Name of a Stagemark to render; may be given several times");
+  auto* states = verb->add_option("--state", options->states, "Name of a Stagemark to render; may be given several times")
+                     ->type_name("STAGEMARK");
   verb->add_flag("--all", options->all, "Render every Stagemark, as without --state")->excludes(states);
-  verb->add_option(
-      "-o,--output", program.output,
-      std::string("File names, ending in .png or .tif, with {scene}, {state}, {camera} and {frame} (") + kPattern + ")");
-  verb->add_option("--size", options->size, "Picture size, as 1920x1080, instead of that of each state's render settings");
-  verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")->check(CLI::Range(0U, 1024U));
+  verb->add_option("-o,--output", program.output,
+                   "File names, ending in .png or .tif, with {scene}, {state}, {camera} and {frame}")
+      ->type_name("FILES")
+      ->default_str(kPattern);
+  verb->add_option("--size", options->size, "Picture size, as 1920x1080, instead of that of each state's render settings")
+      ->type_name("WIDTHxHEIGHT");
+  verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")
+      ->type_name("N")
+      ->check(CLI::Range(0U, 1024U));
   verb->add_flag("--resume", options->resume, "Keep whole pictures that are there and render what is missing");
   verb->footer(
-      "A scene without Stagemarks is rendered as it is. Existing pictures are replaced.\n"
+      "A scene without Stagemarks is rendered as it is. Existing pictures are replaced.\n\n"
       "Examples:\n"
       "  stagemarks render room.c4d\n"
       "  stagemarks render room.c4d --state Evening -o \"pictures/{scene} {camera} {frame}.tif\" --size 640x360");

@@ -214,28 +214,45 @@ class SetVerb {
 };
 
 void AddObjectChanges(CLI::App& verb, Changes& changes) {
+  verb.option_defaults()->group("Objects");
   const CLI::IsMember modes({"on", "off", "default"});
-  verb.add_option("--object", changes.objects, "Objects to change: name, /path, #position, or a pattern with * for several");
-  verb.add_option("--editor", changes.editor, "Visible in the editor: on, off or default (as the parent)")->check(modes);
-  verb.add_option("--render", changes.render, "Visible in renders: on, off or default (as the parent)")->check(modes);
-  verb.add_option("--deform", changes.deform, "Generator on or off")->check(CLI::IsMember({"on", "off"}));
-  verb.add_option("--material", changes.material, "Material of the texture tag, or none");
-  verb.add_option("--assign-layer", changes.assignLayer, "Layer to put the objects on, or none");
-  verb.add_option("--select", changes.select, "Select exactly these objects");
+  verb.add_option("--object", changes.objects, "Objects to change: name, /path, #position, or a pattern with * for several")
+      ->type_name("OBJECT");
+  verb.add_option("--editor", changes.editor, "Visible in the editor: on, off or default (as the parent)")
+      ->type_name("MODE")
+      ->check(modes);
+  verb.add_option("--render", changes.render, "Visible in renders: on, off or default (as the parent)")
+      ->type_name("MODE")
+      ->check(modes);
+  verb.add_option("--deform", changes.deform, "Generator on or off")->type_name("MODE")->check(CLI::IsMember({"on", "off"}));
+  verb.add_option("--material", changes.material, "Material of the texture tag, or none")->type_name("NAME");
+  verb.add_option("--assign-layer", changes.assignLayer, "Layer to put the objects on, or none")->type_name("NAME");
+  verb.add_option("--select", changes.select, "Select exactly these objects")->type_name("OBJECT");
 }
 
 void AddSceneChanges(CLI::App& verb, Changes& changes) {
-  verb.add_option("--layer", changes.layer, "Layer whose flags are changed");
-  verb.add_option("--flag", changes.layerFlags, "Layer flag, as view=off; may be given several times");
-  verb.add_option("--camera", changes.camera, "Camera to render through, or none");
-  verb.add_option("--size", changes.size, "Picture size of the active render settings, as 1920x1080");
-  verb.add_option("--frames", changes.frames, "Frame range of the active render settings, as 0:90");
-  verb.add_option("--add-camera", changes.addCamera, "Add a camera of this name that shows everything, or see --at");
-  CLI::Option* at = verb.add_option("--at", changes.at, "Where the new camera stands: X,Y,Z")->delimiter(',')->expected(3);
-  verb.add_option("--look-at", changes.lookAt, "What it looks at from there: X,Y,Z")->delimiter(',')->expected(3)->needs(at);
-  verb.add_option("--add-layer", changes.addLayer, "Add a layer of this name");
-  verb.add_option("--add-material", changes.addMaterial, "Add a material of this name; see --color");
-  verb.add_option("--color", changes.colour, "Its colour: R,G,B from 0 to 1")->delimiter(',')->expected(3);
+  verb.option_defaults()->group("Layers and picture");
+  verb.add_option("--layer", changes.layer, "Layer whose flags --flag changes")->type_name("NAME");
+  verb.add_option("--flag", changes.layerFlags,
+                  "A flag of that layer: solo, view, render, manager, locked, generators, deformers, expressions or animation; "
+                  "may be given several times")
+      ->type_name("FLAG=on|off");
+  verb.add_option("--camera", changes.camera, "Camera to render through, or none")->type_name("NAME");
+  verb.add_option("--size", changes.size, "Picture size of the active render settings, as 1920x1080")->type_name("WIDTHxHEIGHT");
+  verb.add_option("--frames", changes.frames, "Frame range of the active render settings, as 0:90")->type_name("FROM:TO");
+  verb.option_defaults()->group("What is new");
+  verb.add_option("--add-camera", changes.addCamera, "Add a camera of this name that shows everything, or see --at")
+      ->type_name("NAME");
+  CLI::Option* at =
+      verb.add_option("--at", changes.at, "Where the new camera stands")->type_name("X,Y,Z")->delimiter(',')->expected(3);
+  verb.add_option("--look-at", changes.lookAt, "What it looks at from there")
+      ->type_name("X,Y,Z")
+      ->delimiter(',')
+      ->expected(3)
+      ->needs(at);
+  verb.add_option("--add-layer", changes.addLayer, "Add a layer of this name")->type_name("NAME");
+  verb.add_option("--add-material", changes.addMaterial, "Add a material of this name; see --color")->type_name("NAME");
+  verb.add_option("--color", changes.colour, "Its colour, from 0 to 1")->type_name("R,G,B")->delimiter(',')->expected(3);
 }
 
 }  // namespace
@@ -247,6 +264,7 @@ void AddSet(CLI::App& app, Program& program) {
   auto changes = std::make_shared<Changes>();
   AddObjectChanges(*verb, *changes);
   AddSceneChanges(*verb, *changes);
+  verb->option_defaults()->group("Options");
   AddKeeping(*verb, program);
   verb->footer(
       "Examples:\n"

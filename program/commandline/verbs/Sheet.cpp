@@ -49,12 +49,17 @@ void AddSheet(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("sheet", "Make a contact sheet of all states, or a page for a browser");
   AddScene(*verb, program);
   auto options = std::make_shared<SheetOptions>();
-  verb->add_option("-o,--output", program.output, "The sheet, ending in .png or .tif (\"{scene} sheet.png\")");
-  verb->add_option("--state", options->states, "Only this Stagemark; may be given several times");
+  verb->add_option("-o,--output", program.output, "The sheet, ending in .png or .tif")
+      ->type_name("FILE")
+      ->default_str("{scene} sheet.png");
+  verb->add_option("--state", options->states, "Only this Stagemark; may be given several times")->type_name("STAGEMARK");
   auto* html =
-      verb->add_option("--html", options->folder, "Write a page with search into this folder, the sheet's name by default");
+      verb->add_option("--html", options->folder, "Write a page with search into this folder, the sheet's name by default")
+          ->type_name("DIR");
   html->expected(0, 1);
-  verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")->check(CLI::Range(0U, 1024U));
+  verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")
+      ->type_name("N")
+      ->check(CLI::Range(0U, 1024U));
   verb->footer(
       "Examples:\n"
       "  stagemarks sheet room.c4d -o sheet.png\n"
