@@ -4,15 +4,20 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <iostream>
 #include <string_view>
 
 #include "engine/import/Import.h"
+#include "program/commandline/Description.h"
 #include "program/commandline/HelpFormat.h"
 #include "program/commandline/NamesLike.h"
 #include "program/commandline/Program.h"
 
 namespace commandline {
 namespace {
+
+// For the build, which makes the manual page and the completion of it: `stagemarks --describe man|bash`.
+bool IsDescription(int count, char** words) { return count == 3 && std::string_view(words[1]) == "--describe"; }
 
 // An import runs in a child, which is this program called as `stagemarks --import-worker PATH DESCRIPTOR`.
 bool IsImportWorker(int count, char** words) { return count == 4 && std::string_view(words[1]) == engine::kImportWorkerVerb; }
@@ -77,6 +82,10 @@ int Run(int count, char** words) {
   CLI::App app("Records, recalls and exports the states of a 3D scene", "stagemarks");
   DescribeProgram(app, program);
   AddVerbs(app, program);
+  if (IsDescription(count, words)) {
+    std::cout << (std::string_view(words[2]) == "bash" ? TablesForBash(app) : TextForManualPage(app));
+    return std::cout.flush() ? kDone : kFailed;
+  }
   try {
     app.parse(count, words);
   } catch (const CLI::ParseError& error) {

@@ -27,13 +27,15 @@ TEST_F(Installed, EveryPartLiesWhereOthersLookForIt) {
       "share/mime/packages/stagemarks.xml",
       "share/icons/hicolor/scalable/apps/stagemarks.svg",
       "share/icons/hicolor/48x48/mimetypes/application-x-stagemarks-scene.png",
+      "share/man/man1/stagemarks.1.gz",
+      "share/bash-completion/completions/stagemarks",
       "share/doc/stagemarks/README.md",
       "share/doc/stagemarks/copyright",
       "share/doc/stagemarks/docs/SCENE_FILE.md",
   };
   if (tests::kHasDesktop) {
     files.insert(files.end(), {"bin/stagemarks-desktop", "share/applications/stagemarks-desktop.desktop",
-                               "share/metainfo/stagemarks-desktop.metainfo.xml"});
+                               "share/man/man1/stagemarks-desktop.1.gz", "share/metainfo/stagemarks-desktop.metainfo.xml"});
   }
   for (const std::string& file : files) EXPECT_TRUE(fs::is_regular_file(At(file))) << file;
   EXPECT_EQ(fs::exists(At("bin/stagemarks-desktop")), tests::kHasDesktop);

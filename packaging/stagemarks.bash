@@ -1,0 +1,86 @@
+# Completion of `stagemarks` for bash: verbs, options, their values, scenes, and the names of a scene's Stagemarks.
+declare -A _stagemarks_options _stagemarks_places _stagemarks_value _stagemarks_allowed
+@VERBS@
+
+# Adds those of the lines read that begin with what was typed so far.
+_stagemarks_offer() {
+  local word typed="${cur#[\"\']}"
+  while IFS= read -r word; do
+    [[ $word == "$typed"* ]] || continue
+    # Inside a quote the shell wants the name as it is.
+    if [[ $cur == [\"\']* ]]; then COMPREPLY+=("$word"); else COMPREPLY+=("$(printf %q "$word")"); fi
+  done
+}
+
+_stagemarks_offer_words() {
+  local word
+  for word in $1; do
+    [[ $word == "$cur"* ]] && COMPREPLY+=("$word")
+  done
+}
+
+# Folders, and files with one of the suffixes.
+_stagemarks_offer_files() {
+  local path
+  compopt -o filenames 2>/dev/null
+  while IFS= read -r path; do
+    if [[ -d $path || ${path,,} =~ \.($1)$ ]]; then COMPREPLY+=("$path"); fi
+  done < <(compgen -f -- "${cur#[\"\']}")
+}
+
+# The names in the scene of this command line. Only our own scenes: an import takes too long for a key.
+_stagemarks_offer_names() {
+  local scene="${given[0]}"
+  scene="${scene//[\"\'\\]/}"
+  scene="${scene/#\~/$HOME}"
+  [[ $scene == *.c4d && -f $scene ]] || return
+  _stagemarks_offer < <(timeout 3 "${COMP_WORDS[0]}" list "$scene" --names 2>/dev/null)
+}
+
+# What fits in for the word that stands for a value or a place, as the help shows it.
+_stagemarks_offer_for() {
+  case "$1" in
+    SCENE) _stagemarks_offer_files 'c4d|gltf|glb|fbx|obj|dae' ;;
+    OUT) _stagemarks_offer_files 'c4d' ;;
+    FILE|FILES) _stagemarks_offer_files 'png|tif' ;;
+    DIR) _stagemarks_offer_files '/' ;;
+    STAGEMARK*|OLD) _stagemarks_offer_names ;;
+  esac
+}
+
+_stagemarks() {
+  local cur="${COMP_WORDS[COMP_CWORD]}" verb="" open="" word i
+  local -a given=()
+  COMPREPLY=()
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    word="${COMP_WORDS[i]}"
+    if [[ $word == -* ]]; then
+      open="$word"
+    elif [[ -z $verb ]]; then
+      verb="$word"
+    elif [[ -n $open && -n ${_stagemarks_value["$verb $open"]} ]]; then
+      # One value is taken, or as many as come.
+      [[ ${_stagemarks_value["$verb $open"]} == *... ]] || open=""
+    else
+      given+=("$word")
+      open=""
+    fi
+  done
+  local value="${_stagemarks_value["$verb $open"]}" allowed="${_stagemarks_allowed["$verb $open"]}"
+  local -a places
+  read -ra places <<<"${_stagemarks_places["${verb:-?}"]}"
+  if [[ $cur == -* ]]; then
+    _stagemarks_offer_words "${_stagemarks_options["${verb:--}"]}"
+  elif [[ -z $verb ]]; then
+    _stagemarks_offer_words "$_stagemarks_verbs"
+  elif [[ -n $allowed ]]; then
+    _stagemarks_offer_words "$allowed"
+  elif [[ -n $open && -n $value ]]; then
+    _stagemarks_offer_for "$value"
+  elif ((${#given[@]} < ${#places[@]})); then
+    _stagemarks_offer_for "${places[${#given[@]}]}"
+  elif ((${#places[@]} > 0)) && [[ ${places[-1]} == *... ]]; then
+    _stagemarks_offer_for "${places[-1]}"
+  fi
+}
+complete -F _stagemarks stagemarks

@@ -1,0 +1,106 @@
+// The pages for people and the completion, as installed: that they name everything that the programs take.
+#include <filesystem>
+#include <regex>
+#include <set>
+
+#include "tests/package/Installed.h"
+
+namespace {
+
+using test_support::ChildResult;
+using tests::Installed;
+
+std::string ManualPage(const std::string& path) {
+  const ChildResult page = test_support::RunChild("/bin/gzip", {"-dc", path});
+  EXPECT_EQ(page.status, 0) << path << page.err;
+  return page.out;
+}
+
+// What stands first on the indented lines of a help text: verbs, or options where `options`.
+std::set<std::string> FirstWords(const std::string& help, bool options) {
+  std::set<std::string> words;
+  const std::regex line(options ? "\n  (?:-\\w, ?)?(--[a-z-]+)" : "\n  ([a-z][a-z-]+) {2,}");
+  for (std::sregex_iterator match(help.begin(), help.end(), line), end; match != end; ++match) words.insert((*match)[1]);
+  return words;
+}
+
+// As it is written in a manual page, where a hyphen to be typed is escaped.
+std::string Typed(const std::string& name) { return std::regex_replace(name, std::regex("-"), "\\-"); }
+
+TEST_F(Installed, TheManualPageNamesEveryVerbAndOption) {
+  const std::string page = ManualPage(At("share/man/man1/stagemarks.1.gz"));
+  const std::string help = Run("stagemarks", {"--help"}).out;
+  for (const std::string& option : FirstWords(help, true)) {
+    EXPECT_NE(page.find("\\fB" + Typed(option) + "\\fR"), std::string::npos) << option;
+  }
+  const std::set<std::string> verbs = FirstWords(help, false);
+  EXPECT_GT(verbs.size(), 20U) << help;
+  for (const std::string& verb : verbs) {
+    const std::size_t start = page.find("\n.SS stagemarks " + Typed(verb));
+    ASSERT_NE(start, std::string::npos) << verb;
+    const std::string section = page.substr(start, page.find("\n.S", start + 1) - start);
+    const std::set<std::string> options = FirstWords(Run("stagemarks", {verb, "--help"}).out, true);
+    EXPECT_TRUE(options.count("--help")) << verb;
+    for (const std::string& option : options) {
+      EXPECT_NE(section.find("\\fB" + Typed(option) + "\\fR"), std::string::npos) << verb << " " << option;
+    }
+  }
+  for (const char* status : {"\n.B 0\n", "\n.B 1\n", "\n.B 2\n", "\n.B 130\n"}) EXPECT_NE(page.find(status), std::string::npos);
+}
+
+TEST_F(Installed, TheDesktopsManualPageNamesEveryOption) {
+  if (!tests::kHasDesktop) GTEST_SKIP() << "built without the desktop";
+  const std::string page = ManualPage(At("share/man/man1/stagemarks-desktop.1.gz"));
+  for (const std::string& option : FirstWords(Run("stagemarks-desktop", {"--help"}).out, true)) {
+    EXPECT_NE(page.find(Typed(option)), std::string::npos) << option;
+  }
+}
+
+TEST_F(Installed, ManualPagesAreWellFormed) {
+  if (!tests::CanRun("man")) GTEST_SKIP() << "man is not installed";
+  for (const char* name : {"stagemarks.1.gz", "stagemarks-desktop.1.gz"}) {
+    const std::string path = At("share/man/man1/") + name;
+    if (!std::filesystem::exists(path)) continue;
+    const ChildResult page =
+        test_support::RunChild("/usr/bin/man", {"--warnings", "-l", path}, {{"LC_ALL", "C.UTF-8"}, {"MANWIDTH", "100"}});
+    EXPECT_EQ(page.status, 0);
+    EXPECT_EQ(page.err, "") << path;
+    EXPECT_NE(page.out.find("EXIT STATUS"), std::string::npos) << page.out;
+  }
+}
+
+TEST_F(Installed, TheShellCompletes) {
+  for (const std::vector<std::string>& call :
+       std::vector<std::vector<std::string>>{{"import", At("share/stagemarks/scenes/spider/spider.fbx"), Home() + "/shell.c4d"},
+                                             {"record", Home() + "/shell.c4d", "Day", "--write"},
+                                             {"record", Home() + "/shell.c4d", "Night, rainy", "--write"}}) {
+    ASSERT_EQ(Run("stagemarks", call).status, 0);
+  }
+  // The line up to the cursor, its last word still open, and what the shell offers for that.
+  const std::pair<std::string, std::string> kLines[] = {
+      {"stagemarks rec", "record"},
+      {"stagemarks set-", "set-objects set-tags set-layers set-camera"},
+      {"stagemarks --ver", "--version --verbose"},
+      {"stagemarks record --p", "--preview"},
+      {"stagemarks set shell.c4d --render ''", "on off default"},
+      {"stagemarks export shell.c4d --layout f", "file folders"},
+      {"stagemarks load sh", "shell.c4d"},
+      {"stagemarks load shell.c4d ''", "Day Night\\,\\ rainy"},
+      {"stagemarks -q load --write shell.c4d N", "Night\\,\\ rainy"},
+      {"stagemarks load shell.c4d Day ''", ""},
+      {"stagemarks delete shell.c4d Day N", "Night\\,\\ rainy"},
+      {"stagemarks update shell.c4d --only Day ''", "Day Night\\,\\ rainy"},
+      {"stagemarks load missing.c4d ''", ""},
+  };
+  const std::string script = "source '" + At("share/bash-completion/completions/stagemarks") + "'\ncd '" + Home() + "'\nPATH='" +
+                             At("bin") +
+                             "':$PATH\nCOMP_WORDS=(\"$@\")\nCOMP_CWORD=$(($# - 1))\n_stagemarks\necho \"${COMPREPLY[*]}\"";
+  for (const auto& [line, offered] : kLines) {
+    const ChildResult result = tests::RunBare("/bin/bash", {"-c", "set -- " + line + "\n" + script}, Home());
+    std::string out = result.out;
+    EXPECT_EQ(out.substr(0, out.find_last_not_of('\n') + 1), offered) << line;
+    EXPECT_EQ(result.err, "") << line;
+  }
+}
+
+}  // namespace
