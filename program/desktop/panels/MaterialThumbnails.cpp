@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "engine/render/SceneScan.h"
+
 namespace desktop {
 
 namespace {
@@ -25,6 +27,24 @@ bool AreSame(const std::vector<host::BaseContainer>& a, const std::vector<host::
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const host::BaseContainer& x, const host::BaseContainer& y) {
     return engine::BodyOf(x) == engine::BodyOf(y);
   });
+}
+
+using Picture = std::unique_ptr<engine::PictureInProgress>;
+
+// Null when it was stopped or memory is short.
+Picture Render(engine::ScenePicture scene, std::uint32_t side, engine::RenderCaches& caches, const engine::GoOn& goOn) {
+  auto prepared = engine::PreparedScene::Make(std::move(scene), caches, goOn);
+  if (!prepared) return nullptr;
+  engine::PictureSetup setup;
+  setup.width = setup.height = side;
+  setup.camera = BallScene::Camera();
+  setup.threads = 1;
+  auto begun = engine::PictureInProgress::Begin(prepared.Take(), setup);
+  if (!begun) return nullptr;
+  while (!begun.Value()->IsFinished()) {
+    if (!begun.Value()->Refine(goOn)) return nullptr;
+  }
+  return begun.Take();
 }
 
 // The ball without what is around it.
@@ -70,21 +90,17 @@ void MaterialThumbnails::MakeNext() {
   }
 }
 
+// What is cheap is taken out of the document here; textures are read on the other thread.
 void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc, host::BaseMaterial& material) {
-  const auto pixels = static_cast<std::uint32_t>(side_ * thumbnails_[key].scale);
-  engine::PictureSetup setup;
-  setup.width = setup.height = pixels;
-  setup.camera = BallScene::Camera();
-  setup.threads = 1;
-  const BallScene scene(doc, material);
-  auto begun = engine::PictureInProgress::Begin(scene.Document(), setup, caches_);
-  if (!begun) return;
+  const BallScene ball(doc, material);
+  engine::SceneScan scan(ball.Document(), {}, caches_);
+  while (!scan.Advance(1)) {
+  }
   making_ = key;
-  background_.Do([picture = std::shared_ptr(begun.Take())](const std::atomic<bool>& stop) {
-    while (!picture->IsFinished()) {
-      if (!picture->Refine([&stop](double) { return !stop; })) return QImage();
-    }
-    return CutOut(picture->Current());
+  background_.Do([this, scene = std::make_shared<engine::ScenePicture>(scan.Take()),
+                  side = static_cast<std::uint32_t>(side_ * thumbnails_[key].scale)](const std::atomic<bool>& stop) {
+    const Picture picture = Render(std::move(*scene), side, caches_, [&stop](double) { return !stop; });
+    return picture ? CutOut(picture->Current()) : QImage();
   });
 }
 
