@@ -16,6 +16,7 @@
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "program/desktop/recovery/RecoveryQuestion.h"
+#include "program/desktop/view/MaterialDrop.h"
 
 namespace desktop {
 
@@ -42,6 +43,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
   resize(kFirstSize);
   setCentralWidget(view_);
   view_->picked = [this](engine::NodeId object, Viewport::Picking how) { Choose(object, how); };
+  new MaterialDrop(*view_);
   BuildPanels();
   BuildMenus();
   person_.SitAt(this);

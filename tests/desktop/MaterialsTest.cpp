@@ -136,6 +136,39 @@ TEST(Materials, SelectTheirObjectsAndAreDraggedByIdentity) {
   EXPECT_EQ(desktop::DroppedNodes(dragged.get(), desktop::kObjectsMime), std::vector<engine::NodeId>());
 }
 
+// Sends what a drag sends to the viewport; true when it took it.
+template <class Event>
+bool Send(desktop::Viewport& view, QPoint place, const QMimeData& data) {
+  Event event(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+  event.ignore();
+  QApplication::sendEvent(&view, &event);
+  return event.isAccepted();
+}
+
+TEST(Materials, AreDroppedOntoWhatTheViewportShows) {
+  WithMaterials desk;
+  desktop::Viewport& view = desk.Window().View();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return view.IsFinished(); }, 60000));
+  const std::unique_ptr<QMimeData> green(desk.Rows().mimeData({desk.IndexOf("Green")}));
+  const QPoint middle = view.rect().center();
+  const QPoint corner(2, view.height() - 3);
+  host::BaseObject* object = engine::AsObject(engine::FindNode(&desk.Doc(), view.ObjectAt(middle)));
+  ASSERT_NE(object, nullptr);
+  EXPECT_TRUE(Send<QDragEnterEvent>(view, corner, *green));
+  EXPECT_FALSE(Send<QDragMoveEvent>(view, corner, *green)) << "there is nothing";
+  EXPECT_TRUE(Send<QDragMoveEvent>(view, middle, *green));
+  EXPECT_FALSE(Send<QDropEvent>(view, corner, *green));
+  EXPECT_FALSE(desk.Entry("Edit", "Undo").isEnabled());
+  EXPECT_TRUE(Send<QDragEnterEvent>(view, corner, *green));
+  EXPECT_TRUE(Send<QDropEvent>(view, middle, *green));
+  const host::TextureTag* tag = engine::AsTextureTag(object->GetTag(host::Ttexture));
+  ASSERT_NE(tag, nullptr);
+  EXPECT_EQ(tag->GetMaterial(), desk.scene.GetMaterial("Green"));
+  QMimeData other;
+  other.setText("5");
+  EXPECT_FALSE(Send<QDragEnterEvent>(view, middle, other));
+}
+
 TEST(Materials, ModelKeepsItsPromisesWithHundreds) {
   WithMaterials desk;
   const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
