@@ -60,6 +60,23 @@ TEST_F(Readme, CommandsDoWhatTheySay) {
             "spider All/spider All.c4d | spider All/tex/*4 | spider Head only/spider Head only.c4d | spider Head only/tex/*4");
 }
 
+// The manual's commands, with a scene that is there in the place of the one it speaks of.
+TEST_F(Readme, CommandsOfTheManualDoWhatTheySay) {
+  fs::create_directory_symlink(TEST_SOURCE_DIR "/scenes", folder_ / "scenes");
+  std::istringstream manual(ReadText(TEST_SOURCE_DIR "/help/manual.md"));
+  std::size_t commands = 0;
+  for (std::string line; std::getline(manual, line);) {
+    if (line.rfind("stagemarks ", 0) != 0) continue;
+    ++commands;
+    const std::string there = std::regex_replace(line, std::regex("shop\\.gltf"), "scenes/spider/spider.fbx");
+    const ChildResult result = Paste(folder_.Path(), TEST_BINARY_DIR "/bin", there);
+    EXPECT_EQ(result.status, 0) << there << "\n" << result.out << result.err;
+  }
+  EXPECT_GE(commands, 7U);
+  EXPECT_EQ(Marks(folder_ / "dark.c4d"), "*Lights out ");
+  EXPECT_EQ(Files("out"), "shop Lights out/shop Lights out.c4d | shop Lights out/tex/*4");
+}
+
 // The scripts are run in a folder of their own, with tools that only note what they are asked to do: the real ones take
 // minutes.
 TEST_F(Readme, ScriptsRun) {
