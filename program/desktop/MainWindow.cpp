@@ -15,6 +15,7 @@
 #include "program/desktop/panels/HistoryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
+#include "program/desktop/panels/RenderSettingsPanel.h"
 #include "program/desktop/recovery/RecoveryQuestion.h"
 #include "program/desktop/view/MaterialDrop.h"
 
@@ -64,6 +65,7 @@ void MainWindow::BuildPanels() {
   panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(engine::RenderCaches::Shared(), this))
       ->opened = [this] { panels_.Raise("attributes"); };
   panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
+  panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea, new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
   panels_.ShowFirstTabs();
 }

@@ -238,7 +238,7 @@ TEST(Attributes, FollowTagsMaterialsAndPanelsThatAskForIt) {
   Desk::Rest();
   QTest::mouseClick(&BoxOf(desk.Panel(), "Cast shadows"), Qt::LeftButton, {}, QPoint(8, 8));
   EXPECT_FALSE(compositing->GetDataInstance()->GetBool(host::COMPOSITINGTAG_CASTSHADOW));
-  desk.Window().Looking().Show(Scene(), {engine::IdOf(*material)});
+  material->SetBit(host::BIT_ACTIVE);
   Desk::Rest();
   Enter(EditOf(desk.Panel(), "Roughness"), "25 %");
   EXPECT_DOUBLE_EQ(material->GetDataInstance()->GetReal(host::MATERIAL_ROUGHNESS), 0.25);
@@ -251,8 +251,31 @@ TEST(Attributes, FollowTagsMaterialsAndPanelsThatAskForIt) {
   EXPECT_EQ(material->GetFirstShader(), nullptr);
   Desk::Rest();
   EXPECT_EQ(EditOf(desk.Panel(), "Texture").text(), "");
+  host::LayerObject* layer = host::LayerObject::Alloc();
+  Scene().AppendLayer(layer);
+  layer->SetBit(host::BIT_ACTIVE);
+  Desk::Rest();
+  BoxOf(desk.Panel(), "Locked").click();
+  EXPECT_TRUE(layer->GetLayerData(&Scene()).locked);
+  desk.Window().Looking().Show(Scene(), {engine::IdOf(*Scene().GetFirstRenderData())});
+  Desk::Rest();
+  EXPECT_TRUE(fields::Has(desk.Panel(), "Width"));
   Select({desk.light});
   EXPECT_TRUE(fields::Has(desk.Panel(), "Brightness")) << "a new selection comes before what a panel asked for";
+}
+
+TEST(Attributes, TakeManyAtOnce) {
+  WithThings desk;
+  Scene().SetActiveObject(nullptr);
+  for (int i = 0; i < 20000; ++i)
+    Scene().SetActiveObject(Add(i % 2 ? host::Onull : host::Ocube, "one of many"), host::SELECTION_ADD);
+  Desk::Rest();
+  EXPECT_TRUE(desk.Says("20,000 objects"));
+  EXPECT_EQ(EditOf(desk.Panel(), "Name").text(), "one of many");
+  Enter(EditOf(desk.Panel(), "Position", 0), "5");
+  EXPECT_EQ(Scene().GetActiveObject()->GetMl().off, Vector(5, 0, 0));
+  desk.App().Undo();
+  EXPECT_EQ(Scene().GetActiveObject()->GetMl().off, Vector(0));
 }
 
 TEST(Attributes, EditTheDocumentWhenNothingIsSelected) {

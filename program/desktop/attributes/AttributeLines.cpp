@@ -116,7 +116,7 @@ QString TitleOf(host::BaseDocument& doc, const Ids& ids) {
   const BaseList2D* first = engine::FindNode(&doc, ids.front());
   if (!first) return {};
   if (ids.size() == 1) return ToQt(first->GetName()).simplified();
-  return QLocale::c().toString(static_cast<qulonglong>(ids.size())) + " " + Plural(engine::KindOf(*first));
+  return QLocale(QLocale::English).toString(static_cast<qulonglong>(ids.size())) + " " + Plural(engine::KindOf(*first));
 }
 
 QString KindsOf(host::BaseDocument& doc, const Ids& ids) {

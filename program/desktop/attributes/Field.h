@@ -21,6 +21,7 @@ enum class FieldKind {
   Angles,  // three angles
   Pair,    // a vector whose third part means nothing
   Color,
+  ScreenColor,  // kept as the screen shows it; other colors are kept linear
   File,
   Texture,  // the picture behind a material's link to a shader
   Layer,
@@ -83,6 +84,7 @@ const Field& SceneCameraField();
 
 // Whether a value consists of three numbers, each edited by itself; how many of them are shown; what a shown number has to be
 // divided by to give the kept one.
+bool IsColor(FieldKind kind);
 bool IsOfParts(FieldKind kind);
 int PartsOf(FieldKind kind);
 double ShownPerKept(FieldKind kind);

@@ -145,7 +145,7 @@ constexpr Field kMaterialOpacity[] = {
 };
 
 constexpr Field kLayerFlags[] = {
-    {kFieldLayerColor, "Color", Kind::Color, 0, 1, 0.05},
+    {kFieldLayerColor, "Color", Kind::ScreenColor, 0, 1, 0.05},
     Switch(kFieldLayerFlags, "Solo", "While any layer is solo, only objects on solo layers are shown."),
     Switch(kFieldLayerFlags - 1, "View"),
     Switch(kFieldLayerFlags - 2, "Render"),
@@ -217,9 +217,9 @@ std::span<const FieldSection> FieldSections() { return kSections; }
 const Field& InUseField() { return kInUse; }
 const Field& SceneCameraField() { return kDocument[0]; }
 
-bool IsOfParts(FieldKind kind) {
-  return kind == Kind::Vector || kind == Kind::Angles || kind == Kind::Pair || kind == Kind::Color;
-}
+bool IsColor(FieldKind kind) { return kind == Kind::Color || kind == Kind::ScreenColor; }
+
+bool IsOfParts(FieldKind kind) { return kind == Kind::Vector || kind == Kind::Angles || kind == Kind::Pair || IsColor(kind); }
 
 int PartsOf(FieldKind kind) { return !IsOfParts(kind) ? 1 : kind == Kind::Pair ? 2 : 3; }
 

@@ -7,6 +7,7 @@
 #include "host/Parameters.h"
 #include "program/desktop/attributes/ObjectFrame.h"
 #include "program/desktop/attributes/TextureFile.h"
+#include "program/desktop/panels/LayerSwitches.h"
 
 namespace desktop {
 
@@ -18,8 +19,6 @@ using host::BaseObject;
 using host::GeData;
 using host::LONG;
 using host::Vector;
-
-constexpr int kLayerFlagCount = 9;
 
 // One of the properties that are no parameters. The element is of the kind that the table of fields shows it for.
 struct OwnProperty {
@@ -87,14 +86,12 @@ const OwnProperty* PropertyOf(LONG id) {
   return found == std::end(kProperties) ? nullptr : found;
 }
 
-// The flag of a layer that a field number stands for.
-host::Bool& FlagOf(host::LayerData& data, LONG id) {
-  host::Bool* const flags[kLayerFlagCount] = {&data.solo,       &data.view,      &data.render,      &data.manager,  &data.locked,
-                                              &data.generators, &data.deformers, &data.expressions, &data.animation};
-  return *flags[std::clamp<LONG>(kFieldLayerFlags - id, 0, kLayerFlagCount - 1)];
+// The switch of a layer that a field number stands for.
+host::Bool& SwitchOf(host::LayerData& data, LONG id) {
+  return data.*(kLayerSwitches.at(static_cast<std::size_t>(kFieldLayerFlags - id)).flag);
 }
 
-// The numbers of one type's parameters at its beginning, looked up once a type.
+// What an element of that type starts with.
 GeData Preset(LONG type, const Field& field) {
   const host::BaseContainer data = engine::DefaultData(type);
   if (data.FindIndex(field.id) != host::NOTOK) return data.GetData(field.id);
@@ -144,7 +141,7 @@ GeData ReadField(const BaseList2D& element, const Field& field) {
   if (field.id >= 0) return ReadParameter(element, field);
   if (const OwnProperty* property = PropertyOf(field.id)) return property->read(element);
   host::LayerData data = element.GetLayerData(element.GetDocument(), true);
-  return Number(FlagOf(data, field.id));
+  return Number(SwitchOf(data, field.id));
 }
 
 FieldValue ReadCommon(const std::vector<BaseList2D*>& elements, const Field& field) {
@@ -165,7 +162,7 @@ void WriteField(BaseList2D& element, const Field& field, const GeData& value) {
     property->write(element, value);
   } else {
     host::LayerData data = element.GetLayerData(element.GetDocument(), true);
-    FlagOf(data, field.id) = value.GetBool();
+    SwitchOf(data, field.id) = value.GetBool();
     element.SetLayerData(element.GetDocument(), data);
   }
 }

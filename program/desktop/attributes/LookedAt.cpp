@@ -2,13 +2,24 @@
 
 namespace desktop {
 
+namespace {
+
+void AddChosen(Ids& ids, const host::GeListNode* first) {
+  for (const host::GeListNode* node = first; node; node = engine::NextInTree(node)) {
+    if (static_cast<const host::BaseList2D*>(node)->GetBit(host::BIT_ACTIVE)) ids.push_back(engine::IdOf(*node));
+  }
+}
+
+}  // namespace
+
 void LookedAt::Follow(const host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
   if (IdentityOf(doc) == doc_ && count == seen_) return;
-  if (IdentityOf(doc) != doc_) *this = LookedAt();
+  const bool isNew = IdentityOf(doc) != doc_;
+  if (isNew) *this = LookedAt();
   doc_ = IdentityOf(doc);
   seen_ = count;
-  ReadSelection(doc);
+  if (doc) TakeOver(ReadSelection(*doc), isNew);
   Choose(doc);
 }
 
@@ -18,27 +29,39 @@ void LookedAt::Show(const host::BaseDocument& doc, Ids elements) {
   Choose(&doc);
 }
 
-void LookedAt::ReadSelection(const host::BaseDocument* doc) {
-  Ids objects, tags;
-  if (doc) {
-    for (host::BaseList2D* element : engine::SelectedInOrder(*doc)) {
-      (engine::AsObject(element) ? objects : tags).push_back(engine::IdOf(*element));
-    }
+LookedAt::Selection LookedAt::ReadSelection(const host::BaseDocument& doc) {
+  Selection selection;
+  for (host::BaseList2D* element : engine::SelectedInOrder(doc)) {
+    selection[engine::AsObject(element) ? kObjects : kTags].push_back(engine::IdOf(*element));
   }
-  const bool objectsChanged = objects != objects_;
-  const bool tagsChanged = tags != tags_;
-  if (!objectsChanged && !tagsChanged) return;
+  AddChosen(selection[kMaterials], doc.GetFirstMaterial());
+  AddChosen(selection[kLayers], doc.GetLayerObjectRoot()->GetFirst());
+  return selection;
+}
+
+// Of several that changed at once the tags count, which are selected together with their objects. A document that is looked at
+// for the first time begins with its objects.
+void LookedAt::TakeOver(Selection selection, bool isNew) {
+  if (selection == selection_) return;
   shown_.clear();
-  tagsCameLast_ = tagsChanged && !tags.empty();
-  objects_ = std::move(objects);
-  tags_ = std::move(tags);
+  for (int kind = kObjects; kind >= kTags; --kind) {
+    const Ids& now = selection[static_cast<std::size_t>(kind)];
+    if (now != selection_[static_cast<std::size_t>(kind)] && !now.empty()) last_ = static_cast<Kind>(kind);
+  }
+  if (isNew && !selection[kObjects].empty()) last_ = kObjects;
+  selection_ = std::move(selection);
+}
+
+// Without a selection of the last kind one looks at the objects again, or at the tags.
+const Ids& LookedAt::Wanted() const {
+  if (!shown_.empty()) return shown_;
+  if (!selection_[last_].empty()) return selection_[last_];
+  return selection_[selection_[kObjects].empty() ? kTags : kObjects];
 }
 
 void LookedAt::Choose(const host::BaseDocument* doc) {
   std::erase_if(shown_, [doc](engine::NodeId id) { return !engine::FindNode(doc, id); });
-  const bool tagsCount = objects_.empty() || (tagsCameLast_ && !tags_.empty());
-  const Ids& wanted = !shown_.empty() ? shown_ : tagsCount ? tags_ : objects_;
-  if (*elements_ != wanted) elements_ = std::make_shared<Ids>(wanted);
+  if (*elements_ != Wanted()) elements_ = std::make_shared<Ids>(Wanted());
 }
 
 }  // namespace desktop

@@ -1,8 +1,8 @@
-// LookedAt: which elements the attributes are of. These are the selected objects or the selected tags, whichever were selected
-// last; another panel may put its own there (a material, a layer), until objects or tags are selected anew. It keeps identities
-// and owns no element. Main thread.
+// LookedAt: which elements the attributes are of: the selected objects, tags, materials or layers, whichever were selected last.
+// A panel may put others there until something is selected anew. It keeps identities and owns no element. Main thread.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -19,21 +19,25 @@ class LookedAt {
   // Takes up what was selected, deselected or deleted since the last call. Linear in the selection, and cheap when nothing
   // changed.
   void Follow(const host::BaseDocument* doc);
-  // Looks at these elements of `doc` until other objects or tags are selected there or all of them are deleted.
+  // Looks at these elements of `doc` until others are selected there or all of them are deleted.
   void Show(const host::BaseDocument& doc, Ids elements);
   // Never null; empty when nothing is selected.
   const SharedIds& Elements() const { return elements_; }
 
  private:
-  void ReadSelection(const host::BaseDocument* doc);
+  enum Kind { kTags, kMaterials, kLayers, kObjects, kKinds };
+  using Selection = std::array<Ids, kKinds>;
+
+  static Selection ReadSelection(const host::BaseDocument& doc);
+  void TakeOver(Selection selection, bool isNew);
+  const Ids& Wanted() const;
   void Choose(const host::BaseDocument* doc);
 
   host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
-  Ids objects_;
-  Ids tags_;
+  Selection selection_;
+  Kind last_ = kObjects;
   Ids shown_;  // put here by a panel; empty: the selection counts
-  bool tagsCameLast_ = false;
   SharedIds elements_ = std::make_shared<Ids>();
 };
 

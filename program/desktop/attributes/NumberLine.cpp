@@ -22,23 +22,29 @@ double PartOf(const host::GeData& value, std::size_t part, FieldKind kind) {
 
 char MarkOf(FieldKind kind, std::size_t part) {
   if (!IsOfParts(kind)) return 0;
-  return (kind == FieldKind::Color ? "RGB" : kind == FieldKind::Pair ? "UV" : "XYZ")[part];
+  return (IsColor(kind) ? "RGB" : kind == FieldKind::Pair ? "UV" : "XYZ")[part];
 }
 
-QColor ToScreen(const host::Vector& linear) {
-  const auto byte = [](double share) { return engine::LinearToSrgb(static_cast<float>(share)); };
-  return QColor(byte(linear.x), byte(linear.y), byte(linear.z));
+// What a color looks like, and the color that looks like it.
+QColor ToScreen(const host::Vector& color, FieldKind kind) {
+  const auto byte = [kind](double share) {
+    if (kind == FieldKind::Color) return static_cast<int>(engine::LinearToSrgb(static_cast<float>(share)));
+    return share > 0 ? static_cast<int>(std::lround(std::min(share, 1.0) * 255)) : 0;
+  };
+  return QColor(byte(color.x), byte(color.y), byte(color.z));
 }
 
-host::Vector FromScreen(const QColor& color) {
-  const auto share = [](int byte) { return static_cast<double>(engine::SrgbToLinear(static_cast<std::uint8_t>(byte))); };
+host::Vector FromScreen(const QColor& color, FieldKind kind) {
+  const auto share = [kind](int byte) {
+    return kind == FieldKind::Color ? static_cast<double>(engine::SrgbToLinear(static_cast<std::uint8_t>(byte))) : byte / 255.0;
+  };
   return {share(color.red()), share(color.green()), share(color.blue())};
 }
 
 }  // namespace
 
 NumberLine::NumberLine(const Field& field, QWidget* parent) : LineField(field, parent) {
-  if (field.kind == FieldKind::Color) AddPatch();
+  if (IsColor(field.kind)) AddPatch();
   const auto parts = static_cast<std::size_t>(PartsOf(field.kind));
   for (std::size_t part = 0; part < parts; ++part) {
     auto* number = new NumberEdit(field, MarkOf(field.kind, part), this);
@@ -74,14 +80,14 @@ void NumberLine::ShowPatch() {
   QPixmap picture(kPatch * devicePixelRatioF());
   picture.setDevicePixelRatio(devicePixelRatioF());
   const bool mixed = std::count(value_.mixed.begin(), value_.mixed.end(), true) > 0;
-  picture.fill(mixed ? palette().color(QPalette::Mid) : ToScreen(value_.value.GetVector()));
+  picture.fill(mixed ? palette().color(QPalette::Mid) : ToScreen(value_.value.GetVector(), Shown().kind));
   patch_->setIcon(picture);
 }
 
 void NumberLine::ChooseColor() {
   const QPointer<NumberLine> alive(this);
-  const QColor chosen = QColorDialog::getColor(ToScreen(value_.value.GetVector()), this, "Choose a color");
-  if (chosen.isValid() && alive) Tell({FromScreen(chosen)});
+  const QColor chosen = QColorDialog::getColor(ToScreen(value_.value.GetVector(), Shown().kind), this, "Choose a color");
+  if (chosen.isValid() && alive) Tell({FromScreen(chosen, Shown().kind)});
 }
 
 void NumberLine::Entered(std::size_t part, double number, bool goesOn) {

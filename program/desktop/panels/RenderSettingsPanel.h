@@ -1,0 +1,34 @@
+// RenderSettingsPanel: the render settings of the active document with what one does to them, and beside them the values of the
+// chosen ones. Main thread.
+#pragma once
+
+#include <QWidget>
+
+#include "program/desktop/attributes/AttributesView.h"
+#include "program/desktop/panels/RenderSettingsList.h"
+
+namespace desktop {
+
+class RenderSettingsPanel : public QWidget, public DocumentView {
+ public:
+  explicit RenderSettingsPanel(QWidget* parent);
+
+  void Follow(host::BaseDocument* doc) override;
+  RenderSettingsList& List() { return *list_; }
+  AttributesView& Values() { return *values_; }
+
+ private:
+  void BuildActions(QWidget& side);
+  void ShowMenu(const QPoint& place);
+  void Add();
+  // Does `act` to document and chosen settings; nothing when there are none chosen.
+  template <class Act>
+  void WithChosen(Act act);
+
+  RenderSettingsList* list_;
+  AttributesView* values_;
+  QAction* add_ = nullptr;
+  QList<QAction*> forChosen_;
+};
+
+}  // namespace desktop

@@ -1,0 +1,194 @@
+// The render settings panel: list and values in step with the document, all of it through undo, and what is edited is what the
+// plug-in records and recalls.
+#include <QAbstractItemModelTester>
+#include <QPushButton>
+
+#include "engine/undo/Undo.h"
+#include "host/Parameters.h"
+#include "program/desktop/dialog/ListView.h"
+#include "program/desktop/panels/RenderSettingsPanel.h"
+#include "tests/desktop/Fields.h"
+
+namespace {
+
+using desk::Desk;
+using desktop::RenderSettingsRows;
+using fields::BoxOf;
+using fields::EditOf;
+using fields::Enter;
+using host::RenderData;
+
+host::BaseDocument& Scene() { return *host::GetActiveDocument(); }
+
+struct WithSettings : Desk {
+  RenderData* first = Scene().GetFirstRenderData();
+
+  WithSettings() { Raise("render-settings"); }
+  desktop::RenderSettingsPanel& Panel() { return Desk::Panel<desktop::RenderSettingsPanel>("render-settings"); }
+  RenderSettingsRows& Rows() { return Panel().List().Rows(); }
+  QModelIndex IndexOf(const RenderData* settings, int column = 0) { return Rows().IndexOf(engine::IdOf(*settings), column); }
+  QPoint PlaceOf(const RenderData* settings, int column) { return Panel().List().visualRect(IndexOf(settings, column)).center(); }
+  void Click(const RenderData* settings, int column, Qt::KeyboardModifiers keys = {}) {
+    QTest::mouseClick(Panel().List().viewport(), Qt::LeftButton, keys, PlaceOf(settings, column));
+    Rest();
+  }
+  void Do(const QString& text) {
+    for (QAction* action : Panel().List().actions()) {
+      if (action->text() == text) action->trigger();
+    }
+    Rest();
+    // A new name is being edited: leave it as it is.
+    if (auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget())) QTest::keyClick(editor, Qt::Key_Escape);
+    Rest();
+  }
+};
+
+TEST(RenderSettings, AreAddedCopiedActivatedAndDeletedThroughUndo) {
+  WithSettings desk;
+  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  desk.Do("New Render Settings");
+  RenderData* second = desk.first->GetNext();
+  ASSERT_NE(second, nullptr);
+  EXPECT_FALSE(second->GetName() == desk.first->GetName());
+  desk.Click(desk.first, RenderSettingsRows::kName);
+  desk.first->SetParameter(host::RDATA_XRES, host::LONG(321), 0);
+  desk.Do("Duplicate");
+  RenderData* copy = desk.first->GetNext();
+  EXPECT_EQ(copy->GetNext(), second);
+  EXPECT_EQ(desk.IndexOf(copy, RenderSettingsRows::kSize).data().toString(), "321 \u00d7 720");
+  desk.Click(copy, RenderSettingsRows::kActive);
+  EXPECT_EQ(Scene().GetActiveRenderData(), copy);
+  QTest::mouseDClick(desk.Panel().List().viewport(), Qt::LeftButton, {}, desk.PlaceOf(second, RenderSettingsRows::kName));
+  Desk::Rest();
+  EXPECT_EQ(Scene().GetActiveRenderData(), second);
+  desk.App().Undo();
+  EXPECT_EQ(Scene().GetActiveRenderData(), copy);
+  Desk::Rest();
+  EXPECT_TRUE(desk.IndexOf(copy).data(RenderSettingsRows::kIsActive).toBool());
+  EXPECT_TRUE(desk.Rows().setData(desk.IndexOf(copy), "Large", Qt::EditRole));
+  EXPECT_FALSE(desk.Rows().setData(desk.IndexOf(copy), "", Qt::EditRole));
+  EXPECT_TRUE(copy->GetName() == host::String("Large"));
+  desk.Panel().List().selectAll();
+  desk.Do("Delete Render Settings");
+  EXPECT_EQ(desk.Rows().rowCount(), 1);
+  EXPECT_EQ(Scene().GetActiveRenderData(), Scene().GetFirstRenderData());
+  desk.App().Undo();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(), 3);
+  EXPECT_EQ(Scene().GetActiveRenderData(), copy);
+  for (int step = 0; step < 4; ++step) desk.App().Undo();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(), 1);
+  EXPECT_EQ(Scene().GetActiveRenderData(), desk.first);
+}
+
+TEST(RenderSettings, ValuesAreThoseOfTheChosenOnes) {
+  WithSettings desk;
+  RenderData* other = RenderData::Alloc();
+  other->SetName("Small");
+  Scene().InsertRenderData(other, nullptr, desk.first);
+  Desk::Rest();
+  QWidget& values = desk.Panel().Values();
+  EXPECT_EQ(EditOf(values, "Width").text(), "1280 px") << "those of the active ones, where none are chosen";
+  desk.Click(other, RenderSettingsRows::kName);
+  Enter(EditOf(values, "Width"), "320");
+  EXPECT_EQ(other->GetDataInstance()->GetLong(host::RDATA_XRES), 320);
+  EXPECT_EQ(desk.first->GetDataInstance()->GetLong(host::RDATA_XRES), 1280);
+  EXPECT_EQ(desk.IndexOf(other, RenderSettingsRows::kSize).data().toString(), "320 \u00d7 720");
+  desk.Click(desk.first, RenderSettingsRows::kName, Qt::ControlModifier);
+  EXPECT_EQ(EditOf(values, "Width").placeholderText(), "\u2014");
+  Enter(EditOf(values, "To"), "120");
+  for (const RenderData* each : {desk.first, other}) {
+    EXPECT_EQ(each->GetDataInstance()->GetTime(host::RDATA_FRAMETO), host::BaseTime(120, 30));
+  }
+  fields::Pick(fields::ListOf(values, "Frames"), "From - to");
+  EXPECT_EQ(desk.IndexOf(other, RenderSettingsRows::kFrames).data().toString(), "0 \u2013 120");
+  desk.App().Undo();
+  desk.App().Undo();
+  EXPECT_EQ(other->GetDataInstance()->GetTime(host::RDATA_FRAMETO), host::BaseTime(90, 30));
+  const QString before = EditOf(values, "Height").text();
+  for (const char* text : {"0", "12.5", "99999", "x"}) {
+    Enter(EditOf(values, "Height"), text);
+    values.setFocus();
+    EditOf(values, "Width").setFocus();
+    EXPECT_EQ(EditOf(values, "Height").text(), before) << text;
+  }
+}
+
+TEST(RenderSettings, PostEffectsAndPassesAreSwitched) {
+  WithSettings desk;
+  host::BaseVideoPost* glow = host::BaseVideoPost::Alloc(host::VPglobalillumination);
+  glow->SetName("Glow");
+  host::MultipassObject* pass = host::MultipassObject::Alloc(host::Zmultipass);
+  pass->SetName("Depth");
+  desk.first->InsertVideoPost(glow);
+  desk.first->InsertMultipass(pass);
+  Desk::Rest();
+  QWidget& values = desk.Panel().Values();
+  for (host::BaseList2D* node : std::initializer_list<host::BaseList2D*>{glow, pass}) {
+    const QString name = QString::fromStdString(node->GetName().ToUtf8());
+    BoxOf(values, name).click();
+    EXPECT_TRUE(node->GetBit(host::BIT_DISABLED)) << name.toStdString();
+    desk.App().Undo();
+    EXPECT_FALSE(node->GetBit(host::BIT_DISABLED));
+  }
+  Enter(EditOf(values, "Cache file"), "/gi/cache.bin");
+  EXPECT_TRUE(glow->GetDataInstance()->GetFilename(host::GI_CACHE_FILENAME).GetString() == host::String("/gi/cache.bin"));
+}
+
+TEST(RenderSettings, WhatIsEditedIsRecordedAndRecalled) {
+  constexpr host::LONG kList = 10005, kLoad = 10008, kNameField = 10013, kRecord = 10023;
+  WithSettings desk;
+  QWidget& values = desk.Panel().Values();
+  Enter(EditOf(values, "Width"), "640");
+  QTest::keyClicks(&desk.Gadget<QLineEdit>(kNameField), "Small");
+  QTest::mouseClick(&desk.Gadget<QPushButton>(kRecord), Qt::LeftButton);
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(), 2);
+  Enter(EditOf(values, "Width"), "1920");
+  auto& list = desk.Gadget<desktop::ListView>(kList);
+  QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(list.model()->index(0, 2)).center());
+  QTest::mouseClick(&desk.Gadget<QPushButton>(kLoad), Qt::LeftButton);
+  Desk::Rest();
+  EXPECT_EQ(Scene().GetActiveRenderData()->GetDataInstance()->GetLong(host::RDATA_XRES), 640);
+  EXPECT_EQ(EditOf(values, "Width").text(), "640 px");
+}
+
+TEST(RenderSettings, TakeThousands) {
+  WithSettings desk;
+  for (int i = 0; i < 5000; ++i) {
+    RenderData* settings = RenderData::Alloc();
+    settings->SetName(host::String("State " + std::to_string(i)));
+    Scene().InsertRenderData(settings, nullptr, desk.first);
+  }
+  Desk::Rest();
+  desk.Panel().List().selectAll();
+  Desk::Rest();
+  Enter(EditOf(desk.Panel().Values(), "Height"), "99");
+  EXPECT_EQ(desk.first->GetNext()->GetDataInstance()->GetLong(host::RDATA_YRES), 99);
+  desk.Do("Delete Render Settings");
+  EXPECT_EQ(desk.Rows().rowCount(), 1);
+  desk.App().Undo();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(), 5001);
+}
+
+TEST(RenderSettingsPicture, OfThePanel) {
+  WithSettings desk;
+  int width = 640;
+  for (const char* name : {"Preview", "Film", "Poster"}) {
+    RenderData* settings = RenderData::Alloc();
+    settings->SetName(name);
+    settings->SetParameter(host::RDATA_XRES, host::LONG(width *= 2), 0);
+    settings->SetParameter(host::RDATA_FRAMESEQUENCE, host::LONG(width % 3), 0);
+    Scene().InsertRenderData(settings, nullptr, desk.first);
+  }
+  Desk::Rest();
+  auto& dock = *desk.Window().findChild<QDockWidget*>("render-settings");
+  desk.Window().resizeDocks({&dock}, {320}, Qt::Vertical);
+  desk.Click(desk.first->GetNext(), RenderSettingsRows::kName);
+  EXPECT_TRUE(pictures::Write(dock, "render-settings"));
+  EXPECT_TRUE(pictures::Write(desk.Window(), "render-settings-window"));
+}
+
+}  // namespace
