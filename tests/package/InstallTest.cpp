@@ -69,7 +69,9 @@ TEST_F(Installed, TheCommandLineWorksWhereItWasMoved) {
 
 TEST_F(Installed, TheDesktopFindsItsPartsWhereItWasMoved) {
   if (!tests::kHasDesktop) GTEST_SKIP() << "built without the desktop";
+  const std::string before = tests::Names(Home());
   const ChildResult result = Run("stagemarks-desktop", {"--check", At(kSample)}, {{"QT_QPA_PLATFORM", "offscreen"}});
+  EXPECT_EQ(tests::Names(Home()), before) << "a check writes nothing";
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.out.find("not there"), std::string::npos) << result.out;
   // The folder is found beside the engine's library, so this is also where that was loaded from.
