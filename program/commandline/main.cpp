@@ -59,7 +59,7 @@ void DescribeProgram(CLI::App& app, Program& program) {
 
 // What is wrong with the arguments; a verb that does not exist is what a person wants to hear of first.
 std::string Complaint(const CLI::App& app, const CLI::ParseError& error, const std::vector<std::string>& words) {
-  const auto typed = std::find_if(words.begin(), words.end(), [](const std::string& word) { return word.front() != '-'; });
+  const auto typed = std::find_if(words.begin(), words.end(), [](const std::string& word) { return word.rfind('-', 0) != 0; });
   if (!app.get_subcommands().empty()) return error.what();
   if (typed == words.end()) return "No verb was given.";
   std::vector<std::string> known;
