@@ -35,9 +35,8 @@ class Readme : public CommandLine {
                                    {"CI", "true"}});
   }
   // Puts programs of these names into a folder that only note how they were called.
-  std::string Notetakers(const std::vector<std::string>& names) const {
-    const std::string folder = folder_ / "tools";
-    fs::create_directory(folder);
+  std::string Notetakers(const std::string& folder, const std::vector<std::string>& names) const {
+    fs::create_directories(folder);
     for (const std::string& name : names) {
       const fs::path file = fs::path(folder) / name;
       std::ofstream(file) << "#!/bin/sh\necho \"$(basename \"$0\") $*\" >>\"$STAGEMARKS_SAID\"\n";
@@ -82,19 +81,22 @@ TEST_F(Readme, CommandsOfTheManualDoWhatTheySay) {
 TEST_F(Readme, ScriptsRun) {
   for (const char* name : {"run", "test"}) fs::copy(std::string(TEST_SOURCE_DIR "/") + name, folder_ / name);
   fs::copy(TEST_SOURCE_DIR "/cmake", folder_ / "cmake");
-  const std::string tools = Notetakers({"cmake", "ninja", "ctest", "git", "clang-format", "clang-tidy", "dpkg-query"});
+  const std::string tools =
+      Notetakers(folder_ / "tools", {"cmake", "ninja", "ctest", "git", "clang-format", "clang-tidy", "dpkg-query"});
   std::ofstream(fs::path(tools) / "dpkg-query") << "#!/bin/sh\necho install ok installed\n";
+  Notetakers(folder_ / "desktop/bin", {"stagemarks-desktop"});
   std::vector<std::string> commands = Commands("./");
   EXPECT_EQ(commands.size(), 5U);
   for (const std::string& line : commands) {
-    if (line.rfind("./run --desktop", 0) == 0) continue;  // opens a window; the tests of the desktop do that
-    const ChildResult result = Paste(folder_.Path(), tools, line);
+    const bool opensWindow = line.rfind("./run --desktop", 0) == 0;
+    const ChildResult result = Paste(folder_.Path(), tools, (opensWindow ? "STAGEMARKS_BUILD=desktop " : "") + line);
     EXPECT_EQ(result.status, 0) << line << "\n" << result.out << result.err;
     EXPECT_TRUE(fs::exists(folder_ / "stagemarks-demo/sheet.png")) << "./run comes first and does the main job";
   }
   const std::string said = ReadText(folder_ / "said");
-  for (const char* call : {"ninja -C " TEST_BINARY_DIR " ", "ctest --test-dir " TEST_BINARY_DIR,
-                           "-DSTAGEMARKS_SANITIZE=address,undefined", "ctest --test-dir build/asan", "git ls-files"}) {
+  for (const char* call :
+       {"ninja -C " TEST_BINARY_DIR " ", "ctest --test-dir " TEST_BINARY_DIR, "-DSTAGEMARKS_SANITIZE=address,undefined",
+        "ctest --test-dir build/asan", "git ls-files", "stagemarks-desktop scenes/dungeon/dungeon.gltf\n"}) {
     EXPECT_NE(said.find(call), std::string::npos) << call << "\n" << said;
   }
 }
