@@ -7,7 +7,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using test_support::ChildResult;
+using tests::ChildResult;
 using tests::CommandLine;
 using tests::ReadText;
 
@@ -39,53 +39,57 @@ class BulkVerbs : public CommandLine {
   }
 };
 
+// The arguments lack the scene, which follows the verb.
+const struct {
+  std::vector<std::string> arguments;
+  int status;
+  const char* says;
+} kCalls[] = {
+    {{"check"}, 0, "2 Stagemarks checked."},
+    {{"check", "--only", "Night"}, 0, "1 Stagemark checked."},
+    {{"check", "--only", "Nigth"}, 2, "Did you mean \"Night\"?"},
+    {{"update"}, 0, "Brought \"Day\" and \"Night\" up to date."},
+    {{"update", "--only", "Night"}, 0, "Nothing in the scene was new to \"Night\"."},
+    {{"update", "--only", "Day", "Dusk"}, 2, "There is no Stagemark \"Dusk\""},
+    {{"set-objects", "*", "--only", "Day"}, 0, "Wrote the switches of 22 objects into \"Day\"."},
+    {{"set-objects", "/Kopf", "#3"}, 0, "Wrote the switches of 2 objects into \"Day\" and \"Night\"."},
+    {{"set-objects", "Kopf", "--only", "Night"}, 0, "Nothing changed"},
+    {{"set-objects", "Nobody"}, 2, "There is no object \"Nobody\""},
+    {{"set-objects"}, 2, "No object is selected"},
+    {{"set-tags", "Kopf", "--type", "texture"}, 0, "Nothing changed"},
+    {{"set-tags", "Kopf", "--type", "5616"}, 0, "Nothing changed"},
+    {{"set-tags", "Kopf", "--type", "Lens"}, 2, "Tags there are: Phong (5612), Texture (5616)."},
+    {{"set-tags", "Lamp"}, 2, "These objects have no tags."},
+    {{"set-tags"}, 2, "No tag is selected"},
+    {{"set-layers", "Pr*", "--only", "Day"}, 0, "Wrote the switches of 1 layer into \"Day\"."},
+    {{"set-layers", "Walls"}, 2, "There are: Props."},
+    {{"set-layers"}, 2, "No layer is selected"},
+    {{"set-camera", "Front"}, 0, "Made the camera /Front the render camera of \"Day\" and \"Night\"."},
+    {{"set-camera", "Kopf"}, 2, "is no camera"},
+    {{"set-camera"}, 2, "CAMERA is required"},
+    {{"rename", "Day", "Dawn"}, 0, "Renamed \"Day\" to \"Dawn\"."},
+    {{"rename", "Day", "Night"}, 2, "There is a Stagemark \"Night\" already."},
+    {{"rename", "Day", ""}, 2, "You must enter a name for this element."},
+    {{"rename", "Dusk", "Dawn"}, 2, "There is no Stagemark \"Dusk\""},
+    {{"delete", "Day"}, 1, "Are you sure you want to delete this element?  This cannot be undone. no"},
+    {{"delete", "Day", "Night"}, 1, "Nothing was deleted."},
+    {{"delete", "Day", "Night", "--yes"}, 0, "Deleted \"Day\" and \"Night\"."},
+    {{"delete", "Day", "Dusk", "--yes"}, 2, "There is no Stagemark \"Dusk\""},
+    {{"delete-all"}, 0, "Deleted \"Day\" and \"Night\"."},
+    {{"clean-materials"}, 0, "Every material is used by a Stagemark."},
+};
+
 TEST_F(BulkVerbs, EachSaysWhatItDid) {
   const std::string scene = Staged();
-  const struct {
-    std::vector<std::string> arguments;
-    int status;
-    const char* says;
-  } kCalls[] = {
-      {{"check", scene}, 0, "2 Stagemarks checked."},
-      {{"check", scene, "--only", "Night"}, 0, "1 Stagemark checked."},
-      {{"check", scene, "--only", "Nigth"}, 2, "Did you mean \"Night\"?"},
-      {{"update", scene}, 0, "Brought \"Day\" and \"Night\" up to date."},
-      {{"update", scene, "--only", "Night"}, 0, "Nothing in the scene was new to \"Night\"."},
-      {{"update", scene, "--only", "Day", "Dusk"}, 2, "There is no Stagemark \"Dusk\""},
-      {{"set-objects", scene, "*", "--only", "Day"}, 0, "Wrote the switches of 22 objects into \"Day\"."},
-      {{"set-objects", scene, "/Kopf", "#3"}, 0, "Wrote the switches of 2 objects into \"Day\" and \"Night\"."},
-      {{"set-objects", scene, "Kopf", "--only", "Night"}, 0, "Nothing changed"},
-      {{"set-objects", scene, "Nobody"}, 2, "There is no object \"Nobody\""},
-      {{"set-objects", scene}, 2, "No object is selected"},
-      {{"set-tags", scene, "Kopf", "--type", "texture"}, 0, "Nothing changed"},
-      {{"set-tags", scene, "Kopf", "--type", "5616"}, 0, "Nothing changed"},
-      {{"set-tags", scene, "Kopf", "--type", "Lens"}, 2, "Tags there are: Phong (5612), Texture (5616)."},
-      {{"set-tags", scene, "Lamp"}, 2, "These objects have no tags."},
-      {{"set-tags", scene}, 2, "No tag is selected"},
-      {{"set-layers", scene, "Pr*", "--only", "Day"}, 0, "Wrote the switches of 1 layer into \"Day\"."},
-      {{"set-layers", scene, "Walls"}, 2, "There are: Props."},
-      {{"set-layers", scene}, 2, "No layer is selected"},
-      {{"set-camera", scene, "Front"}, 0, "Made the camera /Front the render camera of \"Day\" and \"Night\"."},
-      {{"set-camera", scene, "Kopf"}, 2, "is no camera"},
-      {{"set-camera", scene}, 2, "CAMERA is required"},
-      {{"rename", scene, "Day", "Dawn"}, 0, "Renamed \"Day\" to \"Dawn\"."},
-      {{"rename", scene, "Day", "Night"}, 2, "There is a Stagemark \"Night\" already."},
-      {{"rename", scene, "Day", ""}, 2, "You must enter a name for this element."},
-      {{"rename", scene, "Dusk", "Dawn"}, 2, "There is no Stagemark \"Dusk\""},
-      {{"delete", scene, "Day"}, 1, "Are you sure you want to delete this element?  This cannot be undone. no"},
-      {{"delete", scene, "Day", "Night"}, 1, "Nothing was deleted."},
-      {{"delete", scene, "Day", "Night", "--yes"}, 0, "Deleted \"Day\" and \"Night\"."},
-      {{"delete", scene, "Day", "Dusk", "--yes"}, 2, "There is no Stagemark \"Dusk\""},
-      {{"delete-all", scene}, 0, "Deleted \"Day\" and \"Night\"."},
-      {{"clean-materials", scene}, 0, "Every material is used by a Stagemark."},
-  };
   const std::string before = ReadText(scene);
   for (const auto& call : kCalls) {
-    const ChildResult result = Call(call.arguments);
-    EXPECT_EQ(result.status, call.status) << testing::PrintToString(call.arguments) << result.out << result.err;
+    std::vector<std::string> arguments = call.arguments;
+    arguments.insert(arguments.begin() + 1, scene);
+    const ChildResult result = Call(arguments);
+    EXPECT_EQ(result.status, call.status) << testing::PrintToString(arguments) << result.out << result.err;
     EXPECT_NE((result.out + result.err).find(call.says), std::string::npos) << call.says << "\n" << result.out << result.err;
-    EXPECT_EQ(ReadText(scene), before) << testing::PrintToString(call.arguments);
-    EXPECT_EQ(JsonAnyway(call.arguments).is_object(), call.status == 0) << testing::PrintToString(call.arguments);
+    EXPECT_EQ(ReadText(scene), before) << testing::PrintToString(arguments);
+    EXPECT_EQ(JsonAnyway(arguments).is_object(), call.status == 0) << testing::PrintToString(arguments);
   }
 }
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-using test_support::ChildResult;
+using tests::ChildResult;
 using tests::CommandLine;
 using tests::ReadText;
 
@@ -47,7 +47,7 @@ TEST_F(CommandLine, EveryCallOfTheTable) {
     if (line.empty() || line.front() == '#') continue;
     const CallLine call = Split(line);
     const std::string command = "cd '" + here + "' && '" TEST_BINARY_DIR "/bin/stagemarks' " + call.arguments;
-    const ChildResult result = test_support::RunChild("/bin/sh", {"-c", command}, {{"XDG_CONFIG_HOME", here + "/config"}});
+    const ChildResult result = tests::RunChild("/bin/sh", {"-c", command}, {{"XDG_CONFIG_HOME", here + "/config"}});
     EXPECT_EQ(std::to_string(result.status), call.status) << line;
     EXPECT_EQ(result.out, whole(call.out)) << line;
     EXPECT_EQ(result.err, whole(call.err)) << line;

@@ -7,7 +7,7 @@ namespace tests {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using test_support::ChildResult;
+using tests::ChildResult;
 
 namespace {
 
@@ -25,12 +25,12 @@ std::map<std::string, std::string> CommandLine::Environment() const {
 }
 
 ChildResult CommandLine::Call(const std::vector<std::string>& arguments) const {
-  return test_support::RunChild(kProgram, arguments, Environment());
+  return tests::RunChild(kProgram, arguments, Environment());
 }
 
 ChildResult CommandLine::CallOnTerminal(const std::vector<std::string>& arguments,
-                                        const std::vector<test_support::Typing>& typing) const {
-  return test_support::RunOnTerminal(kProgram, arguments, Environment(), typing);
+                                        const std::vector<tests::Typing>& typing) const {
+  return tests::RunOnTerminal(kProgram, arguments, Environment(), typing);
 }
 
 std::string CommandLine::Out(const std::vector<std::string>& arguments) const {

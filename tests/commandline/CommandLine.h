@@ -14,10 +14,9 @@ namespace tests {
 
 class CommandLine : public testing::Test {
  protected:
-  test_support::ChildResult Call(const std::vector<std::string>& arguments) const;
+  tests::ChildResult Call(const std::vector<std::string>& arguments) const;
   // The same on a terminal.
-  test_support::ChildResult CallOnTerminal(const std::vector<std::string>& arguments,
-                                           const std::vector<test_support::Typing>& typing) const;
+  tests::ChildResult CallOnTerminal(const std::vector<std::string>& arguments, const std::vector<tests::Typing>& typing) const;
   // Calls and expects success.
   std::string Out(const std::vector<std::string>& arguments) const;
   nlohmann::json Json(std::vector<std::string> arguments) const;

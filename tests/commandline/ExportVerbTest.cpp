@@ -7,7 +7,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using test_support::ChildResult;
+using tests::ChildResult;
 using tests::CommandLine;
 
 class ExportVerb : public CommandLine {

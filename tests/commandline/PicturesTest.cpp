@@ -14,15 +14,14 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using test_support::ChildResult;
+using tests::ChildResult;
 
 constexpr const char* kProgram = TEST_BINARY_DIR "/bin/stagemarks";
 
 class Pictures : public testing::Test {
  protected:
   ChildResult Call(const std::vector<std::string>& arguments, const std::string& program = kProgram) {
-    return test_support::RunChild(program, arguments,
-                                  {{"XDG_CONFIG_HOME", folder_ / "config"}, {"XDG_STATE_HOME", folder_ / "state"}});
+    return tests::RunChild(program, arguments, {{"XDG_CONFIG_HOME", folder_ / "config"}, {"XDG_STATE_HOME", folder_ / "state"}});
   }
   std::string Out(const std::vector<std::string>& arguments) {
     const ChildResult result = Call(arguments);

@@ -8,7 +8,7 @@
 namespace {
 
 using nlohmann::json;
-using test_support::ChildResult;
+using tests::ChildResult;
 using tests::CommandLine;
 using tests::ReadText;
 
@@ -156,8 +156,8 @@ TEST_F(CommandLine, DamagedScenesAndPluginsGetAMessage) {
   EXPECT_EQ(foreign.status, 1);
   EXPECT_NE(foreign.err.find("foreign.c4d"), std::string::npos) << foreign.err;
 
-  const ChildResult noPlugin = test_support::RunChild(TEST_BINARY_DIR "/bin/stagemarks", {"list", Scene("foreign.c4d")},
-                                                      {{"STAGEMARKS_PLUGINS", folder_ / "nowhere"}});
+  const ChildResult noPlugin = tests::RunChild(TEST_BINARY_DIR "/bin/stagemarks", {"list", Scene("foreign.c4d")},
+                                               {{"STAGEMARKS_PLUGINS", folder_ / "nowhere"}});
   EXPECT_EQ(noPlugin.status, 1);
   EXPECT_NE(noPlugin.err.find("Stagemarks.so"), std::string::npos) << noPlugin.err;
 }

@@ -8,18 +8,7 @@ namespace {
 
 using sample::SampleDialog;
 
-TEST(DialogText, ShowsWhatAPersonWouldSee) {
-  SampleDialog dialog;
-  ASSERT_TRUE(dialog.OpenIt());
-  dialog.SetBool(sample::kCheckbox, host::TRUE);
-  dialog.SetString(sample::kField, "a name");
-  dialog.SetReal(sample::kNumber, 24, 0, 100, 1, host::FORMAT_LONG);
-  dialog.Enable(sample::kButton, host::FALSE);
-  dialog.MenuInitString(sample::kMarkedEntry, host::TRUE, host::TRUE);
-  dialog.list.SetItem(0, SampleDialog::NamedRow("Day", true));
-  dialog.list.SetItem(1, SampleDialog::NamedRow("Night", false));
-  engine::SelectLines(dialog, sample::kList, {1});
-  EXPECT_EQ(engine::DialogAsText(dialog), R"(┌─ Sample ───────────────────────────┐
+constexpr const char* kSampleText = R"(┌─ Sample ───────────────────────────┐
 │ [·Go·]                             │
 │ [x] Fast                           │
 │ Speed                              │
@@ -47,7 +36,20 @@ TEST(DialogText, ShowsWhatAPersonWouldSee) {
 │     More                           │
 │     ✓ Marked                       │
 └────────────────────────────────────┘
-)");
+)";
+
+TEST(DialogText, ShowsWhatAPersonWouldSee) {
+  SampleDialog dialog;
+  ASSERT_TRUE(dialog.OpenIt());
+  dialog.SetBool(sample::kCheckbox, host::TRUE);
+  dialog.SetString(sample::kField, "a name");
+  dialog.SetReal(sample::kNumber, 24, 0, 100, 1, host::FORMAT_LONG);
+  dialog.Enable(sample::kButton, host::FALSE);
+  dialog.MenuInitString(sample::kMarkedEntry, host::TRUE, host::TRUE);
+  dialog.list.SetItem(0, SampleDialog::NamedRow("Day", true));
+  dialog.list.SetItem(1, SampleDialog::NamedRow("Night", false));
+  engine::SelectLines(dialog, sample::kList, {1});
+  EXPECT_EQ(engine::DialogAsText(dialog), kSampleText);
 }
 
 struct Columns : host::GeDialog {

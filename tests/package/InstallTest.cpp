@@ -9,7 +9,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using test_support::ChildResult;
+using tests::ChildResult;
 using tests::Installed;
 using tests::ReadText;
 
@@ -49,7 +49,7 @@ TEST_F(Installed, NothingRefersToTheBuild) {
     if (!entry.is_regular_file()) continue;
     const std::string path = entry.path().string();
     if (entry.path().extension() != ".so" && path.find("/bin/") == std::string::npos) continue;
-    const ChildResult dynamic = test_support::RunChild("/usr/bin/readelf", {"-d", path});
+    const ChildResult dynamic = tests::RunChild("/usr/bin/readelf", {"-d", path});
     ASSERT_EQ(dynamic.status, 0) << path;
     EXPECT_EQ(dynamic.out.find(TEST_BINARY_DIR), std::string::npos) << dynamic.out;
     EXPECT_NE(dynamic.out.find("$ORIGIN/..") == std::string::npos, path.find("engine") == std::string::npos) << dynamic.out;
@@ -130,7 +130,7 @@ TEST_F(Installed, WhatOthersReadIsValid) {
     if (!tests::CanRun(check.program) || !fs::exists(At(check.arguments.back()))) continue;
     std::string call = "cd '" + At("") + "' && " + check.program;
     for (const std::string& argument : check.arguments) call += " " + argument;
-    const ChildResult result = test_support::RunChild("/bin/sh", {"-c", call});
+    const ChildResult result = tests::RunChild("/bin/sh", {"-c", call});
     EXPECT_EQ(result.status, 0) << call << "\n" << result.out << result.err;
   }
 }

@@ -7,11 +7,11 @@
 
 namespace {
 
-using test_support::ChildResult;
+using tests::ChildResult;
 using tests::Installed;
 
 std::string ManualPage(const std::string& path) {
-  const ChildResult page = test_support::RunChild("/bin/gzip", {"-dc", path});
+  const ChildResult page = tests::RunChild("/bin/gzip", {"-dc", path});
   EXPECT_EQ(page.status, 0) << path << page.err;
   return page.out;
 }
@@ -62,7 +62,7 @@ TEST_F(Installed, ManualPagesAreWellFormed) {
     const std::string path = At("share/man/man1/") + name;
     if (!std::filesystem::exists(path)) continue;
     const ChildResult page =
-        test_support::RunChild("/usr/bin/man", {"--warnings", "-l", path}, {{"LC_ALL", "C.UTF-8"}, {"MANWIDTH", "100"}});
+        tests::RunChild("/usr/bin/man", {"--warnings", "-l", path}, {{"LC_ALL", "C.UTF-8"}, {"MANWIDTH", "100"}});
     EXPECT_EQ(page.status, 0);
     EXPECT_EQ(page.err, "") << path;
     EXPECT_NE(page.out.find("EXIT STATUS"), std::string::npos) << page.out;

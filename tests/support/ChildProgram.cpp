@@ -9,7 +9,7 @@
 
 #include "tests/support/ScratchFolder.h"
 
-namespace test_support {
+namespace tests {
 
 namespace {
 
@@ -78,4 +78,4 @@ ChildResult RunOnTerminal(const std::string& program, const std::vector<std::str
   return {WaitFor(child), seen, ""};
 }
 
-}  // namespace test_support
+}  // namespace tests

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace test_support {
+namespace tests {
 
 struct ChildResult {
   int status = -1;  // exit status, 128 + n when killed by signal n
@@ -27,4 +27,4 @@ struct Typing {
 ChildResult RunOnTerminal(const std::string& program, const std::vector<std::string>& arguments,
                           const std::map<std::string, std::string>& environment, const std::vector<Typing>& typing);
 
-}  // namespace test_support
+}  // namespace tests
