@@ -6,7 +6,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using test_support::ChildResult;
+using tests::ChildResult;
 
 class DebianPackage : public testing::Test {
  protected:
@@ -14,8 +14,8 @@ class DebianPackage : public testing::Test {
   static void SetUpTestSuite() {
     scratch_ = std::make_unique<tests::ScratchFolder>();
     if (!CanBeMade()) return;
-    const ChildResult made = test_support::RunChild(
-        TEST_CPACK, {"-G", "DEB", "--config", TEST_BINARY_DIR "/CPackConfig.cmake", "-B", scratch_->Path()});
+    const ChildResult made =
+        tests::RunChild(TEST_CPACK, {"-G", "DEB", "--config", TEST_BINARY_DIR "/CPackConfig.cmake", "-B", scratch_->Path()});
     EXPECT_EQ(made.status, 0) << made.out << made.err;
     for (const auto& entry : fs::directory_iterator(scratch_->Path())) {
       if (entry.path().extension() == ".deb") file_ = entry.path().string();
@@ -32,9 +32,7 @@ class DebianPackage : public testing::Test {
 
   static bool CanBeMade() { return tests::CanRun("dpkg-shlibdeps"); }
   static std::string At(const std::string& path) { return *scratch_ / path; }
-  static std::string Field(const std::string& name) {
-    return test_support::RunChild("/usr/bin/dpkg-deb", {"-f", file_, name}).out;
-  }
+  static std::string Field(const std::string& name) { return tests::RunChild("/usr/bin/dpkg-deb", {"-f", file_, name}).out; }
 
   static std::unique_ptr<tests::ScratchFolder> scratch_;
   static std::string file_;
@@ -58,7 +56,7 @@ TEST_F(DebianPackage, SaysWhatItIsAndNeeds) {
 }
 
 TEST_F(DebianPackage, WorksWhereItIsUnpacked) {
-  ASSERT_EQ(test_support::RunChild("/usr/bin/dpkg-deb", {"-x", file_, At("root")}).status, 0);
+  ASSERT_EQ(tests::RunChild("/usr/bin/dpkg-deb", {"-x", file_, At("root")}).status, 0);
   const std::string sample = At("root/usr/share/stagemarks/scenes/dungeon/dungeon.gltf");
   const std::string scene = At("home/dungeon.c4d");
   for (const std::vector<std::string>& call : std::vector<std::vector<std::string>>{
@@ -79,7 +77,7 @@ TEST_F(DebianPackage, WorksWhereItIsUnpacked) {
 
 TEST_F(DebianPackage, IsCleanToThePackageChecker) {
   if (!tests::CanRun("lintian")) GTEST_SKIP() << "lintian is not installed";
-  const ChildResult result = test_support::RunChild("/bin/sh", {"-c", "lintian --fail-on error '" + file_ + "'"});
+  const ChildResult result = tests::RunChild("/bin/sh", {"-c", "lintian --fail-on error '" + file_ + "'"});
   EXPECT_EQ(result.status, 0) << result.out << result.err;
 }
 
