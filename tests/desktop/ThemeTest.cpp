@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -22,7 +23,7 @@
 #include <cmath>
 
 #include "program/desktop/Icons.h"
-#include "tests/desktop/Pictures.h"
+#include "tests/desktop/Desk.h"
 
 namespace {
 
@@ -131,6 +132,22 @@ TEST(ThemePicture, AllControls) {
   page.resize(900, 420);
   page.show();
   EXPECT_TRUE(pictures::Write(page, "controls"));
+}
+
+TEST(ThemePicture, WindowWithNothingInIt) {
+  desk::Desk desk;
+  desk.Raise("layers");
+  EXPECT_TRUE(pictures::Write(desk.Window(), "empty-window"));
+}
+
+TEST(ThemePicture, OpenComboBox) {
+  QComboBox combo;
+  combo.addItems({"As Save File", "As Save File (Into Folders)", "As Save Project", "As Save Project (One Tex Folder)"});
+  combo.setCurrentIndex(1);
+  combo.show();
+  combo.showPopup();
+  EXPECT_TRUE(pictures::Write(*combo.view()->window(), "combo"));
+  combo.hidePopup();
 }
 
 TEST(ThemePicture, MenuAndQuestion) {
