@@ -13,6 +13,8 @@ namespace {
 
 constexpr const char* kRecentFiles = "recentFiles";
 constexpr int kMostRecentFiles = 10;
+constexpr int kLongestTitle = 60;
+constexpr std::size_t kMostToldAtOnce = 5;
 constexpr const char* kOwnSuffix = ".c4d";
 
 std::string PathOf(const host::BaseDocument& doc) {
@@ -42,6 +44,11 @@ QString DocumentTitle(const host::BaseDocument& doc) {
   return name.isEmpty() ? QString("Untitled") : name;
 }
 
+QString ShortTitle(const host::BaseDocument& doc) {
+  const QString title = DocumentTitle(doc).simplified();
+  return title.size() > kLongestTitle ? title.left(kLongestTitle - 1) + QChar(0x2026) : title;
+}
+
 DocumentCommands::DocumentCommands(engine::Application& application, DesktopPerson& person, Settings& settings, QWidget* window)
     : application_(application), person_(person), settings_(settings), window_(window) {}
 
@@ -59,17 +66,31 @@ void DocumentCommands::AskAndOpen(const char* filter) {
 }
 
 bool DocumentCommands::Open(const std::string& path) {
+  const engine::Status opened = TryToOpen(path);
+  if (!opened) person_.Tell(opened.Message());
+  return opened.Ok();
+}
+
+void DocumentCommands::OpenAll(const std::vector<std::string>& paths) {
+  std::size_t failed = 0;
+  std::string messages;
+  for (const std::string& path : paths) {
+    const engine::Status opened = TryToOpen(path);
+    if (!opened && ++failed <= kMostToldAtOnce) messages += (failed > 1 ? "\n\n" : "") + opened.Message();
+  }
+  if (failed > kMostToldAtOnce) messages += "\n\nand " + std::to_string(failed - kMostToldAtOnce) + " more.";
+  if (failed > 0) person_.Tell(messages);
+}
+
+engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   std::vector<std::string> notes;
   const auto opened = application_.OpenDocument(path, &notes);
-  if (!opened) {
-    person_.Tell(opened.Message());
-    return false;
-  }
+  if (!opened) return opened.GetStatus();
   DropUntouched(opened.Value());
   Remember(path);
   host::EventAdd();
   if (!notes.empty()) person_.Tell(JoinedNotes(path, notes));
-  return true;
+  return {};
 }
 
 engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::string& kept, const std::string& path) {
@@ -131,7 +152,7 @@ bool DocumentCommands::MayCloseAll() {
 
 bool DocumentCommands::MayClose(host::BaseDocument& doc) {
   if (!doc.GetChanged()) return true;
-  QMessageBox box(QMessageBox::Warning, "Unsaved changes", "Save the changes to \"" + DocumentTitle(doc) + "\"?",
+  QMessageBox box(QMessageBox::Warning, "Unsaved changes", "Save the changes to \"" + ShortTitle(doc) + "\"?",
                   QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window_);
   box.setTextFormat(Qt::PlainText);
   box.setInformativeText("Without saving they are lost.");

@@ -13,6 +13,8 @@ namespace desktop {
 
 // "Name" or "Untitled" as a window shows it.
 QString DocumentTitle(const host::BaseDocument& doc);
+// The same on one line and cut where it is very long.
+QString ShortTitle(const host::BaseDocument& doc);
 
 class DocumentCommands {
  public:
@@ -23,6 +25,8 @@ class DocumentCommands {
   void AskAndOpen(const char* filter);
   // False when it failed, which was told then.
   bool Open(const std::string& path);
+  // Opens each; what cannot be opened is told at the end in one box.
+  void OpenAll(const std::vector<std::string>& paths);
   // Opens work that was kept when a desktop crashed, as a changed document that stood at `path` (empty: nowhere). Its first
   // saving asks for the place.
   engine::Result<host::BaseDocument*> OpenRecovered(const std::string& kept, const std::string& path);
@@ -37,6 +41,7 @@ class DocumentCommands {
   DesktopPerson& Person() { return person_; }
 
  private:
+  engine::Status TryToOpen(const std::string& path);
   bool MayClose(host::BaseDocument& doc);
   void Remember(const std::string& path);
   // The empty document of the start makes room for the first one opened.

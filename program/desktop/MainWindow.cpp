@@ -6,6 +6,8 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QStatusBar>
+#include <QVBoxLayout>
+#include <algorithm>
 
 #include "engine/scene/Nodes.h"
 #include "program/desktop/Text.h"
@@ -37,12 +39,13 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
       autosave_(application, engine::Outside::Current()),
       docks_(*this),
       panels_(*this),
+      tabs_(new DocumentTabs(application, commands_, this)),
       view_(new Viewport(this)),
       objects_(new ObjectTree(this)) {
   setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
   setAcceptDrops(true);
   resize(kFirstSize);
-  setCentralWidget(view_);
+  BuildCenter();
   view_->picked = [this](engine::NodeId object, Viewport::Picking how) { Choose(object, how); };
   new MaterialDrop(*view_);
   BuildPanels();
@@ -57,6 +60,16 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
 MainWindow::~MainWindow() {
   person_.status = {};
   disconnect(QAbstractEventDispatcher::instance(), nullptr, this, nullptr);
+}
+
+void MainWindow::BuildCenter() {
+  auto* center = new QWidget(this);
+  auto* layout = new QVBoxLayout(center);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(tabs_);
+  layout->addWidget(view_, 1);
+  setCentralWidget(center);
 }
 
 void MainWindow::BuildPanels() {
@@ -97,13 +110,14 @@ void MainWindow::Beat() {
   autosave_.Follow();
   ShowTitle();
   editMenu_->Follow(doc);
+  tabs_->Follow(doc);
   view_->Follow(doc);
   panels_.Follow(doc);
 }
 
 void MainWindow::ShowTitle() {
   const host::BaseDocument* doc = host::GetActiveDocument();
-  const QString title = doc ? DocumentTitle(*doc) + "[*]" : QString();
+  const QString title = doc ? ShortTitle(*doc) + "[*]" : QString();
   if (windowTitle() != title) setWindowTitle(title);
   const bool changed = doc && doc->GetChanged();
   if (isWindowModified() != changed) setWindowModified(changed);
@@ -125,7 +139,8 @@ void MainWindow::ResetLayout() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-  if (!commands_.MayCloseAll()) {
+  // A plug-in that asks or works would come back to a window that is gone.
+  if (engine::InsideDialogCall() || !commands_.MayCloseAll()) {
     event->ignore();
     return;
   }
@@ -137,11 +152,16 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+  const QList<QUrl> urls = event->mimeData()->urls();
+  if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); })) event->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
-  for (const QUrl& url : event->mimeData()->urls()) commands_.Open(url.toLocalFile().toStdString());
+  std::vector<std::string> paths;
+  for (const QUrl& url : event->mimeData()->urls()) {
+    if (url.isLocalFile()) paths.push_back(url.toLocalFile().toStdString());
+  }
+  commands_.OpenAll(paths);
 }
 
 }  // namespace desktop

@@ -6,6 +6,7 @@
 #include <QMainWindow>
 
 #include "program/desktop/DocumentCommands.h"
+#include "program/desktop/DocumentTabs.h"
 #include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
 #include "program/desktop/menus/EditMenu.h"
@@ -26,6 +27,7 @@ class MainWindow : public QMainWindow {
   engine::Application& App() { return application_; }
   Autosave& Safety() { return autosave_; }
   DialogDocks& Docks() { return docks_; }
+  DocumentTabs& Tabs() { return *tabs_; }
   SidePanels& Panels() { return panels_; }
   Viewport& View() { return *view_; }
   ObjectTree& Objects() { return *objects_; }
@@ -46,6 +48,7 @@ class MainWindow : public QMainWindow {
   void dropEvent(QDropEvent* event) override;
 
  private:
+  void BuildCenter();
   void BuildPanels();
   void BuildMenus();
   void ShowTitle();
@@ -59,6 +62,7 @@ class MainWindow : public QMainWindow {
   DialogDocks docks_;
   LookedAt lookedAt_;
   SidePanels panels_;
+  DocumentTabs* tabs_;
   Viewport* view_;
   ObjectTree* objects_;
   EditMenu* editMenu_ = nullptr;

@@ -59,7 +59,9 @@ int Run(const QCommandLineParser& parser) {
   window.RestoreLayout();
   if (check) return RunCheck(application, checking, scenes);
   window.OfferLostWork();
-  for (const QString& scene : scenes) window.Commands().Open(QFileInfo(scene).absoluteFilePath().toStdString());
+  std::vector<std::string> paths;
+  for (const QString& scene : scenes) paths.push_back(QFileInfo(scene).absoluteFilePath().toStdString());
+  window.Commands().OpenAll(paths);
   return QApplication::exec();
 }
 

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QMenuBar>
+#include <QPointer>
 #include <QTimer>
 #include <functional>
 #include <memory>
@@ -16,12 +17,14 @@
 
 namespace desk {
 
-// Does `act` to the next modal dialog that comes up. Fails to end a test that waits for a box which never comes: so does life.
+// Does `act` to the next modal dialog that comes up; one that is up already is not meant. Fails to end a test that waits for a
+// box which never comes: so does life.
 inline void AnswerNext(std::function<void(QDialog&)> act) {
+  const QPointer<QWidget> present = QApplication::activeModalWidget();
   auto* timer = new QTimer(QApplication::instance());
-  QObject::connect(timer, &QTimer::timeout, timer, [timer, act] {
+  QObject::connect(timer, &QTimer::timeout, timer, [timer, act, present] {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (!dialog) return;
+    if (!dialog || dialog == present) return;
     timer->stop();
     timer->deleteLater();
     act(*dialog);
@@ -35,15 +38,17 @@ class Desk {
     for (const char* folder : {"CONFIG", "DATA", "CACHE", "STATE"}) {
       qputenv((QByteArray("XDG_") + folder + "_HOME").constData(), QByteArray::fromStdString(Folder() + "/" + folder));
     }
-    Begin();
+    Begin(TEST_PLUGIN_DIR);
   }
 
-  // Ends the program and starts it again.
-  void Restart() {
+  // Ends the program and starts it again, with the plug-ins of a folder.
+  void Restart(const std::string& plugins = TEST_PLUGIN_DIR) {
     window_.reset();
     application_.reset();
-    Begin();
+    Begin(plugins);
   }
+  // How loading each plug-in went.
+  const std::vector<engine::LoadReport>& Reports() const { return reports_; }
   desktop::MainWindow& Window() { return *window_; }
   engine::Application& App() { return *application_; }
   engine::Outside& Outside() { return outside_; }
@@ -84,14 +89,14 @@ class Desk {
   }
 
  private:
-  void Begin() {
+  void Begin(const std::string& plugins) {
     engine::ApplicationSetup setup;
     setup.importWorker = TEST_BINARY_DIR "/bin/stagemarks";
     application_ = std::make_unique<engine::Application>(outside_, setup);
     application_->NewDocument();
     window_ = std::make_unique<desktop::MainWindow>(*application_, person_, outside_.ConfigFolder() + "/desktop.json");
     window_->show();
-    application_->LoadPlugins(TEST_PLUGIN_DIR);
+    reports_ = application_->LoadPlugins(plugins);
     window_->RestoreLayout();
     Rest();
   }
@@ -101,6 +106,7 @@ class Desk {
   engine::RealOutside outside_{person_};
   engine::OutsideInUse inUse_{outside_};
   std::unique_ptr<engine::Application> application_;
+  std::vector<engine::LoadReport> reports_;
   std::unique_ptr<desktop::MainWindow> window_;
 };
 

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QtTest/QTest>
 #include <filesystem>
@@ -117,6 +119,40 @@ TEST(MainWindow, SwitchingDocumentsKeepsTheDialogInStep) {
   EXPECT_EQ(Rows(desk), 1);
 }
 
+TEST(MainWindow, TabsAndKeysTurnFromSceneToScene) {
+  Desk desk;
+  desktop::DocumentTabs& tabs = desk.Window().Tabs();
+  EXPECT_FALSE(tabs.isVisible());
+  Record(desk, "Morning");
+  for (const std::string& name : {std::string(10000, 'W'), std::string("\xd7\xa9\xd7\x9c\n& more")}) {
+    desk.Entry("File", "New").trigger();
+    host::GetActiveDocument()->SetDocumentName(host::Filename(host::String(name)));
+    Desk::Rest();
+  }
+  ASSERT_EQ(tabs.count(), 3);
+  EXPECT_EQ(tabs.currentIndex(), 2);
+  EXPECT_TRUE(tabs.tabText(0).endsWith('*'));
+  EXPECT_LT(tabs.sizeHint().width(), 2000);
+  EXPECT_TRUE(pictures::Write(desk.Window(), "scene-tabs"));
+  QTest::keyClick(&desk.Window(), Qt::Key_Tab, Qt::ControlModifier);
+  Desk::Rest();
+  EXPECT_EQ(tabs.currentIndex(), 0);
+  EXPECT_EQ(Rows(desk), 1);
+  QTest::mouseClick(&tabs, Qt::LeftButton, {}, tabs.tabRect(1).center());
+  Desk::Rest();
+  EXPECT_EQ(host::GetActiveDocument(), desk.App().Documents()[1]);
+  EXPECT_EQ(Rows(desk), 0);
+  for (const auto answer : {QMessageBox::Cancel, QMessageBox::Discard}) {
+    AnswerNext([answer](QDialog& box) {
+      EXPECT_LT(box.width(), 1000);
+      dynamic_cast<QMessageBox&>(box).button(answer)->click();
+    });
+    emit tabs.tabCloseRequested(1);
+    Desk::Rest();
+    EXPECT_EQ(tabs.count(), answer == QMessageBox::Cancel ? 3 : 2);
+  }
+}
+
 TEST(MainWindow, OneFileOpenedTwiceIsTwoDocuments) {
   Desk desk;
   const std::string path = desk.Folder() + "/room.c4d";
@@ -150,6 +186,64 @@ TEST(MainWindow, WhatIsNoSceneIsSaidAndChangesNothing) {
     EXPECT_EQ(Rows(desk), 1);
   }
   EXPECT_TRUE(desk.Window().Commands().RecentFiles().isEmpty());
+}
+
+TEST(MainWindow, DroppedFilesThatAreNoScenesAreToldInOneBox) {
+  Desk desk;
+  QMimeData dropped;
+  QList<QUrl> urls = {QUrl("http://somewhere/room.c4d")};
+  QDragEnterEvent foreign({}, Qt::CopyAction, &dropped, Qt::LeftButton, {});
+  dropped.setUrls(urls);
+  static_cast<QObject&>(desk.Window()).event(&foreign);
+  EXPECT_FALSE(foreign.isAccepted()) << "nothing of this machine";
+  const std::string path = desk.Folder() + "/room.c4d";
+  ASSERT_TRUE(desk.App().SaveDocumentAs(*host::GetActiveDocument(), path));
+  for (int i = 0; i < 20; ++i) {
+    const std::string text = desk.Folder() + "/note " + std::to_string(i) + ".txt";
+    std::ofstream(text) << "no scene";
+    urls.append(QUrl::fromLocalFile(QString::fromStdString(text)));
+  }
+  urls.append(QUrl::fromLocalFile(QString::fromStdString(desk.Folder())));
+  urls.append(QUrl::fromLocalFile(QString::fromStdString(path)));
+  dropped.setUrls(urls);
+  std::string told;
+  AnswerNext([&told](QDialog& box) {
+    told = dynamic_cast<QMessageBox&>(box).text().toStdString();
+    box.accept();
+  });
+  QDropEvent drop({}, Qt::CopyAction, &dropped, Qt::LeftButton, {});
+  static_cast<QObject&>(desk.Window()).event(&drop);
+  EXPECT_NE(told.find("note 0.txt"), std::string::npos) << told;
+  EXPECT_NE(told.find("and 16 more"), std::string::npos) << told;
+  EXPECT_EQ(desk.App().Documents().size(), 2U) << "what is a scene is opened all the same";
+}
+
+TEST(MainWindow, ClosingWhilePicturesAreMadeEndsThem) {
+  Desk desk;
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/spider/spider.obj"));
+    while (desk.Window().View().Picture().isNull()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    EXPECT_FALSE(desk.Window().View().IsFinished());
+    EXPECT_TRUE(desk.Window().close());
+    desk.Restart();
+  }
+}
+
+TEST(MainWindow, WorksWithoutAPlugin) {
+  Desk desk;
+  desk.Window().close();
+  const std::string folder = desk.Folder() + "/plugins/Stagemarks";
+  std::filesystem::create_directories(folder);
+  std::filesystem::copy_file(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so", folder + "/Stagemarks.so");
+  desk.Restart(desk.Folder() + "/plugins");
+  ASSERT_EQ(desk.Reports().size(), 1U);
+  EXPECT_EQ(desk.Reports()[0].outcome, engine::LoadOutcome::ResourceRefused) << "its folder res is missing";
+  EXPECT_NE(desk.Reports()[0].message, "");
+  EXPECT_FALSE(desk.Entry("Plug-ins", "No plug-ins loaded").isEnabled());
+  EXPECT_EQ(desk.Dialog(), nullptr);
+  EXPECT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/spider/spider.obj"));
+  Desk::Rest();
+  EXPECT_TRUE(desk.Window().close());
 }
 
 TEST(MainWindow, ClosedDocksComeBackFromTheMenuAndTheLayout) {

@@ -17,8 +17,10 @@ void ListDocuments(QMenu& menu, const engine::Application& application) {
   }
 }
 
-void FillWindowMenu(QMenu& menu, MainWindow& window) {
+void FillWindowMenu(QMenu& menu, MainWindow& window, const QList<QAction*>& turns) {
   menu.clear();
+  menu.addActions(turns);
+  menu.addSeparator();
   ListDocuments(menu, window.App());
   menu.addSeparator();
   for (QAction* action : window.Panels().ToggleActions()) menu.addAction(action);
@@ -28,8 +30,14 @@ void FillWindowMenu(QMenu& menu, MainWindow& window) {
 
 }  // namespace
 
+// The keys work without the menu ever being opened.
 void BuildWindowMenu(QMenu& menu, MainWindow& window) {
-  QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, &window] { FillWindowMenu(menu, window); });
+  DocumentTabs& tabs = window.Tabs();
+  const QList<QAction*> turns = {AddEntry(menu, "&Next Scene", QKeySequence("Ctrl+Tab"), [&tabs] { tabs.Turn(1); }),
+                                 AddEntry(menu, "&Previous Scene", QKeySequence("Ctrl+Shift+Tab"), [&tabs] { tabs.Turn(-1); })};
+  for (QAction* turn : turns) turn->setParent(&window);
+  window.addActions(turns);
+  QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, &window, turns] { FillWindowMenu(menu, window, turns); });
 }
 
 }  // namespace desktop
