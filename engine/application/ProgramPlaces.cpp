@@ -36,7 +36,12 @@ std::string PluginFolder() {
   return chosen != nullptr && *chosen != '\0' ? Clean(chosen) : EngineFolder() + "/plugins";
 }
 
-std::string SharedFolder() { return Clean(ProgramFolder() + "/" STAGEMARKS_SHARED_FROM_PROGRAMS); }
+// A build folder has the usual names, whatever was chosen for the installed tree.
+std::string SharedFolder() {
+  const std::string installed = Clean(ProgramFolder() + "/" STAGEMARKS_SHARED_FROM_PROGRAMS);
+  std::error_code error;
+  return fs::exists(installed, error) ? installed : Clean(ProgramFolder() + "/../share/stagemarks");
+}
 
 std::string ImportWorkerProgram() { return ProgramFolder() + "/stagemarks"; }
 

@@ -23,7 +23,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The engine's library is found beside the programs, not by the system.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-dejavu-core")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "evince | pdf-viewer, xdg-utils, bash-completion")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-droid-fallback, evince | pdf-viewer, xdg-utils, bash-completion")
 if(STAGEMARKS_DESKTOP)
   set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
 endif()
