@@ -1,11 +1,8 @@
 #include "program/desktop/SceneCommands.h"
 
-#include <string_view>
-#include <unordered_map>
-#include <unordered_set>
-
 #include "engine/undo/Undo.h"
 #include "host/Application.h"
+#include "program/desktop/FreeNames.h"
 
 namespace desktop {
 
@@ -32,27 +29,6 @@ void Deselect(BaseList2D& root) {
     static_cast<BaseList2D*>(node)->DelBit(host::BIT_ACTIVE);
   }
 }
-
-// Names that no object has yet, found for many in one look at the scene: "Cube.1", "Cube.2", ...
-class FreeNames {
- public:
-  explicit FreeNames(const BaseDocument& doc) {
-    for (const BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
-      taken_.insert(object->GetName().ToUtf8());
-    }
-  }
-  void Give(BaseObject& object) {
-    const std::string name = object.GetName().ToUtf8();
-    int& number = numbers_[name];
-    std::string candidate = name;
-    while (!taken_.insert(candidate).second) candidate = name + "." + std::to_string(++number);
-    object.SetName(host::String(std::string_view(candidate)));
-  }
-
- private:
-  std::unordered_set<std::string> taken_;
-  std::unordered_map<std::string, int> numbers_;  // the last one tried
-};
 
 void Assign(BaseDocument& doc, BaseObject& object, host::BaseMaterial& material) {
   auto* tag = engine::AsTextureTag(object.GetTag(host::Ttexture));
@@ -148,7 +124,7 @@ void DuplicateSelected(BaseDocument& doc) {
   if (originals.empty()) return;
   const std::vector<BaseList2D*> copies = engine::CopyTogether({originals.begin(), originals.end()});
   const engine::UndoScope scope(doc, "Duplicate");
-  FreeNames names(doc);
+  FreeNames names(doc.GetFirstObject());
   std::vector<BaseObject*> made;
   for (std::size_t i = 0; i < copies.size(); ++i) {
     BaseObject* copy = made.emplace_back(engine::AsObject(copies[i]));

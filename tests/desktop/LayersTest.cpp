@@ -4,6 +4,7 @@
 #include <QAbstractItemModelTester>
 #include <QColorDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QtTest/QTest>
 
 #include "program/desktop/Dragging.h"
@@ -130,6 +131,35 @@ TEST(Layers, TakeSelectedAndDroppedObjectsAndGiveThemBack) {
   desk.App().Undo();
   desk.App().Undo();
   EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("House/Lamps"));
+}
+
+// Opens the context menu and chooses the entry with that text.
+void ChooseFromMenu(WithLayers& desk, const QString& text) {
+  QTimer::singleShot(20, [&text] {
+    auto* menu = dynamic_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    for (QAction* action : menu->actions()) {
+      if (action->text() == text) action->trigger();
+    }
+    menu->close();
+  });
+  emit desk.Tree().customContextMenuRequested(QPoint(5, 5));
+  Desk::Rest();
+}
+
+TEST(Layers, MenuReachesWhatTheKeyboardCannotClick) {
+  WithLayers desk;
+  desk.Click("House", LayerRows::kName);
+  desk.Click("Garden", LayerRows::kName, Qt::ControlModifier);
+  for (std::size_t i = 0; i < kLayerSwitches.size(); ++i) {
+    const bool before = desk.IsOn("House", i);
+    ChooseFromMenu(desk, kLayerSwitches[i].name);
+    EXPECT_EQ(desk.IsOn("House", i), !before) << kLayerSwitches[i].name;
+    EXPECT_EQ(desk.IsOn("Garden", i), !before) << kLayerSwitches[i].name;
+  }
+  desk.scene.Select("Lamp");
+  ChooseFromMenu(desk, "Take Selection Off Its Layer");
+  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), nullptr);
 }
 
 TEST(Layers, ModelKeepsItsPromisesWithHundreds) {

@@ -4,6 +4,7 @@
 #include <QAbstractItemModelTester>
 #include <QLineEdit>
 #include <QtTest/QTest>
+#include <set>
 
 #include "host/Parameters.h"
 #include "program/desktop/Dragging.h"
@@ -167,6 +168,17 @@ TEST(Materials, AreDroppedOntoWhatTheViewportShows) {
   QMimeData other;
   other.setText("5");
   EXPECT_FALSE(Send<QDragEnterEvent>(view, middle, other));
+}
+
+TEST(Materials, CopiesOfManyGetNamesOfTheirOwn) {
+  support::SceneBuilder scene;
+  for (int i = 0; i < 3000; ++i) scene.Material("Same");
+  desktop::MaterialList all;
+  for (BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext()) all.push_back(m);
+  desktop::DuplicateMaterials(scene.Doc(), all);
+  std::set<std::string> names;
+  for (BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext()) names.insert(m->GetName().ToUtf8());
+  EXPECT_EQ(names.size(), 3001U) << "the old ones share one name, each copy has its own";
 }
 
 TEST(Materials, ModelKeepsItsPromisesWithHundreds) {

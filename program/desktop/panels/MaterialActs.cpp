@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "engine/undo/Undo.h"
+#include "program/desktop/FreeNames.h"
 
 namespace desktop {
 
@@ -36,12 +37,13 @@ BaseMaterial* AddMaterial(BaseDocument& doc) {
 
 void DuplicateMaterials(BaseDocument& doc, const MaterialList& materials) {
   MaterialList copies;
+  FreeNames names(doc.GetFirstMaterial());
   {
     const engine::UndoScope scope(doc, materials.size() == 1 ? "Duplicate Material" : "Duplicate Materials");
     for (BaseMaterial* material : materials) {
       BaseMaterial* copy = engine::AsMaterial(material->GetClone(0, nullptr));
       if (!copy) continue;
-      engine::MakeNameUnique(*copy, doc.GetFirstMaterial());
+      names.Give(*copy);
       doc.InsertMaterial(copy, material);
       doc.AddUndo(host::UNDO_NEW, copy);
       copies.push_back(copy);

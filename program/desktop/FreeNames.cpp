@@ -1,0 +1,19 @@
+#include "program/desktop/FreeNames.h"
+
+namespace desktop {
+
+FreeNames::FreeNames(const host::BaseList2D* first) {
+  for (const host::GeListNode* node = first; node; node = engine::NextInTree(node)) {
+    taken_.insert(static_cast<const host::BaseList2D*>(node)->GetName().ToUtf8());
+  }
+}
+
+void FreeNames::Give(host::BaseList2D& element) {
+  const std::string name = element.GetName().ToUtf8();
+  int& number = numbers_[name];
+  std::string candidate = name;
+  while (!taken_.insert(candidate).second) candidate = name + "." + std::to_string(++number);
+  element.SetName(host::String(std::string_view(candidate)));
+}
+
+}  // namespace desktop
