@@ -39,7 +39,9 @@ TEST_F(Installed, TheManualPageNamesEveryVerbAndOption) {
     const std::size_t start = page.find("\n.SS stagemarks " + Typed(verb));
     ASSERT_NE(start, std::string::npos) << verb;
     const std::string section = page.substr(start, page.find("\n.S", start + 1) - start);
-    const std::set<std::string> options = FirstWords(Run("stagemarks", {verb, "--help"}).out, true);
+    const std::string verbHelp = Run("stagemarks", {verb, "--help"}).out;
+    EXPECT_NE(verbHelp.find("\n  stagemarks " + verb), std::string::npos) << verb << " has no example";
+    const std::set<std::string> options = FirstWords(verbHelp, true);
     EXPECT_TRUE(options.count("--help")) << verb;
     for (const std::string& option : options) {
       EXPECT_NE(section.find("\\fB" + Typed(option) + "\\fR"), std::string::npos) << verb << " " << option;
