@@ -1,6 +1,7 @@
 #include "program/desktop/DesktopPerson.h"
 
 #include <QApplication>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QThread>
 
@@ -14,10 +15,15 @@ namespace {
 constexpr int kMillisecondsBeforeProgressShows = 300;
 constexpr int kMillisecondsOfSilence = 400;
 constexpr int kProgressSteps = 1000;
+constexpr int kNarrowestBox = 340;
 
 int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text, QMessageBox::StandardButtons buttons) {
   QMessageBox box(icon, QApplication::applicationDisplayName(), ToQt(text), buttons, window);
   box.setTextFormat(Qt::PlainText);
+  // A width for the text itself would take the place of what the text needs.
+  if (auto* grid = qobject_cast<QGridLayout*>(box.layout())) {
+    grid->addItem(new QSpacerItem(kNarrowestBox, 0), grid->rowCount(), 0, 1, grid->columnCount());
+  }
   return box.exec();
 }
 

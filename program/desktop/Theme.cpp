@@ -75,7 +75,6 @@ const char* const kStyleSheet = R"(
   QTabBar::tab:top:selected { border-bottom: 2px solid #c98a3d; }
   QTabBar::tab:bottom:selected { border-top: 2px solid #c98a3d; }
   QTabWidget::pane { border: none; }
-  QMessageBox QLabel#qt_msgbox_label { min-width: 280px; }
   QToolBar { background: #2b2b2b; border: none; padding: 2px 4px; spacing: 2px; }
   QFrame[frameShape="5"] { color: #454545; }
   QStatusBar { background: #242424; color: #b4b4b4; }

@@ -22,6 +22,7 @@
 #include <QToolButton>
 #include <cmath>
 
+#include "program/desktop/DesktopPerson.h"
 #include "program/desktop/Icons.h"
 #include "tests/desktop/Desk.h"
 
@@ -168,6 +169,26 @@ TEST(ThemePicture, MenuAndQuestion) {
                        QMessageBox::Yes | QMessageBox::No);
   question.show();
   EXPECT_TRUE(pictures::Write(question, "question"));
+}
+
+// What is told is shown whole, however long its lines are.
+TEST(Boxes, ShowAllOfTheirText) {
+  const std::string line =
+      "\"a scene with a long name.gltf\" was opened. Not all of it came along, and that is said here in full:";
+  for (const std::string& text :
+       {std::string("Saved."), line + "\n\n\u2022 Animations are left out.", line + line + line + line}) {
+    QTimer::singleShot(50, [&] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_TRUE(box);
+      const auto* label = box->findChild<QLabel*>("qt_msgbox_label");
+      const int flags = Qt::TextExpandTabs | (label->wordWrap() ? Qt::TextWordWrap : 0);
+      const QRect needed = label->fontMetrics().boundingRect(label->contentsRect(), flags, label->text());
+      EXPECT_LE(needed.width(), label->contentsRect().width() + 1) << text;
+      EXPECT_LE(needed.height(), label->contentsRect().height() + 1) << text;
+      box->accept();
+    });
+    desktop::DesktopPerson().Tell(text);
+  }
 }
 
 }  // namespace
