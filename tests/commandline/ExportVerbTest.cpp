@@ -15,7 +15,8 @@ class ExportVerb : public CommandLine {
   // Opens an exported scene and counts its textures that are not found.
   int MissingTextures(const std::string& scene) {
     int missing = 0;
-    for (const json& texture : Json({"info", scene})["textures"]) missing += texture["found"] ? 0 : 1;
+    const json info = Json({"info", scene});
+    for (const json& texture : info["textures"]) missing += texture["found"] ? 0 : 1;
     return missing;
   }
 };
