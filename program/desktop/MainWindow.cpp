@@ -41,7 +41,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
       panels_(*this),
       tabs_(new DocumentTabs(application, commands_, this)),
       view_(new Viewport(this)),
-      objects_(new ObjectTree(this)) {
+      objects_(new ObjectPanel(this)) {
   setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
   setAcceptDrops(true);
   resize(kFirstSize);

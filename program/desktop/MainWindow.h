@@ -10,7 +10,7 @@
 #include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
 #include "program/desktop/menus/EditMenu.h"
-#include "program/desktop/panels/ObjectTree.h"
+#include "program/desktop/panels/ObjectPanel.h"
 #include "program/desktop/panels/SidePanels.h"
 #include "program/desktop/recovery/Autosave.h"
 #include "program/desktop/view/Viewport.h"
@@ -30,7 +30,7 @@ class MainWindow : public QMainWindow {
   DocumentTabs& Tabs() { return *tabs_; }
   SidePanels& Panels() { return panels_; }
   Viewport& View() { return *view_; }
-  ObjectTree& Objects() { return *objects_; }
+  ObjectTree& Objects() { return objects_->Tree(); }
   // What the attributes are of; a panel may put its own elements there.
   LookedAt& Looking() { return lookedAt_; }
   // Offers what a desktop that crashed has left.
@@ -64,7 +64,7 @@ class MainWindow : public QMainWindow {
   SidePanels panels_;
   DocumentTabs* tabs_;
   Viewport* view_;
-  ObjectTree* objects_;
+  ObjectPanel* objects_;
   EditMenu* editMenu_ = nullptr;
   QByteArray firstLayout_;
 };

@@ -78,6 +78,21 @@ std::vector<BaseObject*> TopmostSelected(const BaseDocument& doc) {
   return topmost;
 }
 
+std::vector<BaseObject*> Topmost(const std::vector<BaseObject*>& objects) {
+  const std::unordered_set<const BaseObject*> given(objects.begin(), objects.end());
+  std::unordered_map<const BaseObject*, bool> known;  // of some others: whether they are below one that is given
+  std::vector<BaseObject*> topmost;
+  for (BaseObject* object : objects) {
+    std::vector<const BaseObject*> way;
+    const BaseObject* above = object->GetUp();
+    for (; above && given.count(above) == 0 && known.count(above) == 0; above = above->GetUp()) way.push_back(above);
+    const bool isBelow = above && (given.count(above) == 1 || known.at(above));
+    for (const BaseObject* passed : way) known.emplace(passed, isBelow);
+    if (!isBelow) topmost.push_back(object);
+  }
+  return topmost;
+}
+
 void SelectAll(BaseDocument& doc) {
   for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
     if (!IsSelected(*object)) doc.SetActiveObject(object, host::SELECTION_ADD);
@@ -156,13 +171,19 @@ LONG SwitchOf(const BaseObject& object, Switch which) {
   }
 }
 
-void SetSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which, LONG value) {
-  const engine::UndoScope scope(doc, which == Switch::kGenerator ? "Generator" : "Visibility");
+std::string SwitchStep(Switch which) { return which == Switch::kGenerator ? "Generator" : "Visibility"; }
+
+void ChangeSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which, LONG value) {
   for (BaseObject* object : objects) {
     if (SwitchOf(*object, which) == value) continue;
     doc.AddUndo(host::UNDO_CHANGE, object);
     Set(*object, which, value);
   }
+}
+
+void SetSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which, LONG value) {
+  const engine::UndoScope scope(doc, SwitchStep(which));
+  ChangeSwitch(doc, objects, which, value);
   host::EventAdd();
 }
 

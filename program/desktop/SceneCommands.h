@@ -3,6 +3,7 @@
 // know no toolkit and own nothing. Main thread.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "engine/scene/Nodes.h"
@@ -14,6 +15,8 @@ enum class Switch { kEditor, kRender, kGenerator };
 // The selected objects in the order of the tree; and those of them that are below no other selected one. O(objects).
 std::vector<host::BaseObject*> SelectedObjects(const host::BaseDocument& doc);
 std::vector<host::BaseObject*> TopmostSelected(const host::BaseDocument& doc);
+// Those of `objects` that are below no other of them, in the order given. Linear.
+std::vector<host::BaseObject*> Topmost(const std::vector<host::BaseObject*>& objects);
 
 // Selects all objects, those in closed branches too; and no object and no tag.
 void SelectAll(host::BaseDocument& doc);
@@ -31,6 +34,9 @@ void DuplicateSelected(host::BaseDocument& doc);
 bool AssignMaterial(host::BaseDocument& doc, engine::NodeId material, const std::vector<host::BaseObject*>& objects);
 // Sets one switch: a MODE_ number for the first two, 0 or 1 for the generator.
 void SetSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, Switch which, host::LONG value);
+// The same as a part of the open undo group, for steps that go on for a while; nothing is posted. The name such a step has.
+void ChangeSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, Switch which, host::LONG value);
+std::string SwitchStep(Switch which);
 host::LONG SwitchOf(const host::BaseObject& object, Switch which);
 
 }  // namespace desktop

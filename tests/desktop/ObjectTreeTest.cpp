@@ -1,13 +1,21 @@
-// The object tree: in step with the document both ways, its dots through undo, quick with many objects.
+// The object tree: in step with the document both ways, all it changes through undo, quick with many objects.
 #include "program/desktop/panels/ObjectTree.h"
 
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QScrollBar>
 #include <QtTest/QTest>
 
+#include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
+#include "program/desktop/Dragging.h"
+#include "program/desktop/panels/ObjectPanel.h"
+#include "program/desktop/panels/TagStrip.h"
 #include "tests/desktop/Desk.h"
+#include "tests/support/SceneBuilder.h"
 
 namespace {
 
@@ -15,30 +23,59 @@ using desk::Desk;
 using desktop::ObjectRows;
 using host::BaseObject;
 
-BaseObject* Add(const char* name, BaseObject* parent = nullptr) {
-  BaseObject* object = BaseObject::Alloc(host::Onull);
-  object->SetName(name);
-  host::GetActiveDocument()->AppendObject(object, parent);
-  return object;
-}
-
+// Lamps (Ceiling, Table) and Room.
 struct WithFamily : Desk {
+  support::SceneBuilder scene{*host::GetActiveDocument()};
   BaseObject* lamps = Add("Lamps");
-  BaseObject* ceiling = Add("Ceiling", lamps);
-  BaseObject* table = Add("Table", lamps);
+  BaseObject* ceiling = Add("Lamps/Ceiling");
+  BaseObject* table = Add("Lamps/Table", host::Ocube);
   BaseObject* room = Add("Room");
 
-  WithFamily() { Window().Beat(); }
+  WithFamily() { Rest(); }
+  BaseObject* Add(const std::string& path, host::LONG type = host::Onull) { return scene.Object(path, type).GetObject(path); }
+  host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
   desktop::ObjectTree& Tree() { return Window().Objects(); }
-  ObjectRows& Rows() { return dynamic_cast<ObjectRows&>(*Tree().model()); }
+  QLineEdit& Search() { return *Window().findChild<desktop::ObjectPanel*>()->findChild<QLineEdit*>(); }
+  ObjectRows& Rows() { return Tree().Rows(); }
   QModelIndex IndexOf(const BaseObject* object, int column = 0) { return Rows().IndexOf(engine::IdOf(*object), column); }
+  QPoint PlaceOf(const BaseObject* object, int column) { return Tree().visualRect(IndexOf(object, column)).center(); }
   void Click(const BaseObject* object, int column, Qt::KeyboardModifiers keys = {}) {
-    QTest::mouseClick(Tree().viewport(), Qt::LeftButton, keys, Tree().visualRect(IndexOf(object, column)).center());
+    QTest::mouseClick(Tree().viewport(), Qt::LeftButton, keys, PlaceOf(object, column));
     Rest();
+  }
+  void Press(Qt::Key key, Qt::KeyboardModifiers keys = {}) {
+    Tree().setFocus();
+    QTest::keyClick(&Tree(), key, keys);
+    Rest();
+  }
+  // Of the rows that can be seen, those of selected objects with a star.
+  std::string Shown() {
+    std::string text;
+    for (QModelIndex index = Rows().index(0, 0); index.isValid(); index = Tree().indexBelow(index)) {
+      text += index.data().toString().toStdString() + (Tree().IsSelected(index) ? "* " : " ");
+    }
+    return text;
+  }
+  // As the toolkit does when something dragged comes to a place in the tree and is let go of there. Whether it was taken.
+  bool Drop(QMimeData* data, const QPoint& place) {
+    const std::unique_ptr<QMimeData> owned(data);
+    QDragEnterEvent enter(place, Qt::MoveAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(Tree().viewport(), &enter);
+    QDragMoveEvent move(place, Qt::MoveAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(Tree().viewport(), &move);
+    QDropEvent drop(place, Qt::MoveAction, data, Qt::LeftButton, Qt::NoModifier);
+    if (move.isAccepted()) QApplication::sendEvent(Tree().viewport(), &drop);
+    Rest();
+    return move.isAccepted() && drop.isAccepted();
+  }
+  QMimeData* Dragged(std::initializer_list<const BaseObject*> objects) {
+    std::vector<engine::NodeId> ids;
+    for (const BaseObject* object : objects) ids.push_back(engine::IdOf(*object));
+    return desktop::DraggedNodes(desktop::kObjectsMime, ids);
   }
 };
 
-TEST(ObjectTree, DotsGoRoundThroughUndo) {
+TEST(ObjectTree, SwitchesGoRoundThroughUndo) {
   WithFamily desk;
   for (const host::LONG mode : {host::MODE_ON, host::MODE_OFF, host::MODE_UNDEF, host::MODE_ON, host::MODE_OFF}) {
     desk.Click(desk.lamps, ObjectRows::kEditor);
@@ -50,56 +87,254 @@ TEST(ObjectTree, DotsGoRoundThroughUndo) {
   EXPECT_EQ(desk.Entry("Edit", "Undo").text(), "&Undo Visibility");
   desk.App().Undo();
   EXPECT_EQ(desk.lamps->GetEditorMode(), host::MODE_ON);
+  desk.Click(desk.lamps, ObjectRows::kGenerator);
+  EXPECT_TRUE(desk.lamps->GetDeformMode()) << "a null makes no shape";
+  desk.Click(desk.table, ObjectRows::kGenerator);
+  EXPECT_FALSE(desk.table->GetDeformMode());
+  EXPECT_EQ(engine::UndoName(desk.Doc()), "Generator");
 }
 
-TEST(ObjectTree, ADotOfAChosenObjectIsThatOfAllChosen) {
+TEST(ObjectTree, ASwitchOfASelectedObjectIsThatOfAllSelected) {
   WithFamily desk;
   desk.Click(desk.ceiling, ObjectRows::kName);
-  EXPECT_EQ(host::GetActiveDocument()->GetActiveObject(), desk.ceiling);
+  EXPECT_EQ(desk.Doc().GetActiveObject(), desk.ceiling);
   desk.Click(desk.room, ObjectRows::kName, Qt::ControlModifier);
-  EXPECT_EQ(host::GetActiveDocument()->GetActiveObject(), desk.room);
+  EXPECT_EQ(desk.Doc().GetActiveObject(), desk.room);
   desk.Click(desk.room, ObjectRows::kRender);
   EXPECT_EQ(desk.ceiling->GetRenderMode(), host::MODE_ON);
   EXPECT_EQ(desk.room->GetRenderMode(), host::MODE_ON);
   EXPECT_EQ(desk.table->GetRenderMode(), host::MODE_UNDEF);
-  EXPECT_EQ(desk.Tree().selectionModel()->selectedRows().size(), 2);
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling* Table Room* ");
+  desk.Press(Qt::Key_Space);
+  EXPECT_EQ(desk.ceiling->GetEditorMode(), host::MODE_ON);
+  desk.Press(Qt::Key_Space, Qt::ShiftModifier);
+  EXPECT_EQ(desk.ceiling->GetRenderMode(), host::MODE_OFF);
+}
+
+TEST(ObjectTree, ASweepSetsTheRowsItPassesInOneStep) {
+  WithFamily desk;
+  desk.ceiling->SetEditorMode(host::MODE_OFF);
+  QWidget* viewport = desk.Tree().viewport();
+  QTest::mousePress(viewport, Qt::LeftButton, {}, desk.PlaceOf(desk.lamps, ObjectRows::kEditor));
+  QTest::mouseMove(viewport, desk.PlaceOf(desk.table, ObjectRows::kRender));
+  EXPECT_EQ(desk.table->GetEditorMode(), host::MODE_ON);
+  QTest::mouseMove(viewport, QPoint(3, -500));
+  QTest::mouseRelease(viewport, Qt::LeftButton, {}, QPoint(3, -500));
+  Desk::Rest();
+  EXPECT_EQ(desk.ceiling->GetEditorMode(), host::MODE_ON);
+  EXPECT_EQ(desk.room->GetEditorMode(), host::MODE_UNDEF);
+  EXPECT_EQ(engine::DoneNames(desk.Doc()), std::vector<std::string>{"Visibility"});
+  desk.App().Undo();
+  EXPECT_EQ(desk.ceiling->GetEditorMode(), host::MODE_OFF);
+  EXPECT_EQ(desk.lamps->GetEditorMode(), host::MODE_UNDEF);
+}
+
+TEST(ObjectTree, SelectsWithMouseAndKeys) {
+  WithFamily desk;
+  desk.Click(desk.lamps, 0);
+  desk.Click(desk.table, 0, Qt::ShiftModifier);
+  EXPECT_EQ(desk.Shown(), "Lamps* Ceiling* Table* Room ");
+  desk.Click(desk.ceiling, 0, Qt::ControlModifier);
+  EXPECT_EQ(desk.Shown(), "Lamps* Ceiling Table* Room ");
+  desk.Click(desk.table, 0);
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table* Room ");
+  desk.Press(Qt::Key_Down);
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table Room* ");
+  desk.Press(Qt::Key_Up, Qt::ShiftModifier);
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table* Room* ");
+  desk.Press(Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(desk.Shown(), "Lamps* Ceiling* Table* Room* ");
+  QTest::mouseClick(desk.Tree().viewport(), Qt::LeftButton, {}, {40, desk.Tree().viewport()->height() - 4});
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table Room ");
 }
 
 TEST(ObjectTree, FollowsSelectionNamesAndNewObjects) {
   WithFamily desk;
   const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
-  host::GetActiveDocument()->SetActiveObject(desk.table);
-  desk.Window().Beat();
-  EXPECT_EQ(desk.Tree().selectionModel()->selectedRows(), QModelIndexList{desk.IndexOf(desk.table)});
   desk.Tree().collapse(desk.IndexOf(desk.lamps));
-  Add("Door", desk.room);
-  desk.Window().Beat();
-  EXPECT_EQ(desk.Rows().rowCount(desk.IndexOf(desk.room)), 1);
-  EXPECT_FALSE(desk.Tree().isExpanded(desk.IndexOf(desk.lamps)));
-  EXPECT_TRUE(desk.Rows().setData(desk.IndexOf(desk.room), "Hall", Qt::EditRole));
-  EXPECT_TRUE(desk.room->GetName() == host::String("Hall"));
+  desk.Add("Room/Door");
+  Desk::Rest();
+  EXPECT_EQ(desk.Shown(), "Lamps Room Door ");
+  desk.Doc().SetActiveObject(desk.table);
+  Desk::Rest();
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table* Room Door ") << "the active object is brought into view";
+  EXPECT_EQ(desk.Tree().currentIndex(), desk.IndexOf(desk.table));
+  desk.Press(Qt::Key_F2);
+  QTest::keyClicks(desk.Tree().findChild<QLineEdit*>(), "Desk Lamp");
+  QTest::keyClick(desk.Tree().findChild<QLineEdit*>(), Qt::Key_Return);
+  Desk::Rest();
+  EXPECT_TRUE(desk.table->GetName() == host::String("Desk Lamp"));
+  EXPECT_EQ(engine::UndoName(desk.Doc()), "Rename");
   desk.App().Undo();
-  EXPECT_EQ(desk.IndexOf(desk.room).data().toString(), "Room");
+  EXPECT_EQ(desk.IndexOf(desk.table).data().toString(), "Table");
   const QModelIndex gone = desk.IndexOf(desk.lamps);
   BaseObject::Free(desk.lamps);
   EXPECT_FALSE(gone.data().isValid());
-  desk.Window().Beat();
-  EXPECT_EQ(desk.Rows().rowCount(), 1);
+  Desk::Rest();
+  EXPECT_EQ(desk.Shown(), "Room Door ");
+}
+
+TEST(ObjectTree, EditsWithKeysWhereItHasTheFocusOnly) {
+  WithFamily desk;
+  desk.Click(desk.ceiling, 0);
+  desk.Press(Qt::Key_D, Qt::ControlModifier);
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Ceiling.1* Table Room ");
+  desk.Press(Qt::Key_Delete);
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table Room ");
+  desk.Click(desk.room, 0);
+  desk.Search().setFocus();
+  QTest::keyClick(&desk.Search(), Qt::Key_Delete);
+  QTest::keyClick(&desk.Search(), Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table Room* ");
+}
+
+TEST(ObjectTree, FindsByName) {
+  WithFamily desk;
+  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  desk.Tree().collapse(desk.IndexOf(desk.lamps));
+  desk.Tree().setFocus();
+  QTest::keyClick(&desk.Tree(), Qt::Key_Slash);
+  EXPECT_TRUE(desk.Search().hasFocus());
+  QTest::keyClicks(&desk.Search(), "taBL");
+  EXPECT_EQ(desk.Shown(), "Lamps Table ");
+  desk.Add("Room/Table 2");
+  Desk::Rest();
+  EXPECT_EQ(desk.Shown(), "Lamps Table Room Table 2 ");
+  QTest::keyClicks(&desk.Search(), "x");
+  EXPECT_EQ(desk.Shown(), "");
+  EXPECT_TRUE(pictures::Write(desk.Tree(), "object-search-empty"));
+  QTest::keyClick(&desk.Search(), Qt::Key_Escape);
+  EXPECT_EQ(desk.Shown(), "Lamps Room Table 2 ") << "folded as before";
+  EXPECT_TRUE(desk.Tree().hasFocus());
+  QTest::keyClick(&desk.Tree(), Qt::Key_L, Qt::ControlModifier);
+  EXPECT_TRUE(desk.Search().hasFocus());
+}
+
+TEST(ObjectTree, MovesWhatIsDropped) {
+  WithFamily desk;
+  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const std::unique_ptr<QMimeData> two(desk.Dragged({desk.lamps, desk.ceiling, desk.room}));
+  EXPECT_FALSE(desk.Rows().dropMimeData(two.get(), Qt::MoveAction, 0, 0, desk.IndexOf(desk.table))) << "below itself";
+  const std::unique_ptr<QMimeData> room(desk.Rows().mimeData({desk.IndexOf(desk.room), desk.IndexOf(desk.room, 1)}));
+  EXPECT_TRUE(desk.Rows().dropMimeData(room.get(), Qt::MoveAction, 1, 0, desk.IndexOf(desk.lamps)));
+  Desk::Rest();
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Room Table ");
+  EXPECT_EQ(engine::UndoName(desk.Doc()), "Move");
+  desk.App().Undo();
+  Desk::Rest();
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table Room ");
+  // With real events: onto a row, then between rows.
+  EXPECT_TRUE(desk.Drop(desk.Dragged({desk.ceiling, desk.table}), desk.PlaceOf(desk.room, 0)));
+  EXPECT_EQ(desk.room->GetDown(), desk.ceiling);
+  EXPECT_EQ(desk.ceiling->GetNext(), desk.table);
+  EXPECT_EQ(desk.lamps->GetDown(), nullptr);
+  desk.Click(desk.room, 0);
+  EXPECT_FALSE(desk.Drop(desk.Dragged({desk.room}), desk.PlaceOf(desk.room, 0)));
+  const QRect lamps = desk.Tree().visualRect(desk.IndexOf(desk.lamps));
+  EXPECT_TRUE(desk.Drop(desk.Dragged({desk.room}), {lamps.center().x(), lamps.top()}));
+  EXPECT_EQ(desk.Doc().GetFirstObject(), desk.room);
+  auto* other = new QMimeData;
+  other->setText("12");
+  EXPECT_FALSE(desk.Drop(other, desk.PlaceOf(desk.room, 0)));
+}
+
+TEST(ObjectTree, GivesMaterialsThatAreDropped) {
+  WithFamily desk;
+  desk.scene.Material("Red");
+  const engine::NodeId red = engine::IdOf(*desk.scene.GetMaterial("Red"));
+  EXPECT_TRUE(desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}), desk.PlaceOf(desk.room, 0)));
+  EXPECT_NE(desk.room->GetTag(host::Ttexture), nullptr);
+  EXPECT_EQ(desk.lamps->GetTag(host::Ttexture), nullptr);
+  desk.Press(Qt::Key_A, Qt::ControlModifier);
+  const QRect row = desk.Tree().visualRect(desk.IndexOf(desk.lamps));
+  EXPECT_TRUE(desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}), row.topLeft() + QPoint(4, 1)));
+  EXPECT_NE(desk.table->GetTag(host::Ttexture), nullptr);
+  EXPECT_EQ(engine::UndoName(desk.Doc()), "Assign Material");
+  EXPECT_FALSE(desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}), {40, desk.Tree().viewport()->height() - 4}));
+}
+
+TEST(ObjectTree, ShowsTagsAndSelectsThem) {
+  WithFamily desk;
+  const host::LONG types[] = {host::Ttexture, host::Tcompositing, host::Tphong, 1021738, host::Texpresso, 5671, 5673};
+  std::vector<host::BaseTag*> tags;
+  for (const host::LONG type : types) {
+    desk.scene.Tag("Room", type);
+    tags.push_back(desk.room->GetTag(type));
+  }
+  Desk::Rest();
+  const QRect cell = desk.Tree().visualRect(desk.IndexOf(desk.room, ObjectRows::kTags));
+  const desktop::TagsShown shown = desktop::TagsFitting(*desk.room, cell.width());
+  ASSERT_GE(shown.tags.size(), 2u);
+  EXPECT_EQ(shown.tags.size() + static_cast<std::size_t>(shown.more), std::size(types));
+  EXPECT_TRUE(desktop::TagAt(cell, cell.center() + QPoint(cell.width() / 2 - 4, 0), *desk.room).more);
+  const auto click = [&](int x, Qt::KeyboardModifiers keys) {
+    QTest::mouseClick(desk.Tree().viewport(), Qt::LeftButton, keys, {cell.left() + x, cell.center().y()});
+    Desk::Rest();
+  };
+  const host::BaseTag* first = shown.tags[0];
+  const host::BaseTag* second = shown.tags[1];
+  desk.Click(desk.lamps, 0);
+  click(6, {});
+  EXPECT_TRUE(first->GetBit(host::BIT_ACTIVE));
+  EXPECT_FALSE(desk.lamps->GetBit(host::BIT_ACTIVE)) << "what is clicked on is selected and nothing else";
+  click(26, Qt::ControlModifier);
+  EXPECT_TRUE(first->GetBit(host::BIT_ACTIVE) && second->GetBit(host::BIT_ACTIVE));
+  EXPECT_TRUE(pictures::Write(desk.Tree(), "object-tags"));
+  desk.Press(Qt::Key_Delete);
+  EXPECT_EQ(desktop::TagsFrom(*desk.room, 0, 100).size(), std::size(types) - 2);
+  desk.Click(desk.room, 0);
+  EXPECT_EQ(engine::ActiveTagOf(desk.Doc()), nullptr);
+  EXPECT_EQ(desktop::TagsFitting(*desk.room, 5).tags.size(), 0u);
 }
 
 TEST(ObjectTree, TakesManyAndDeepObjects) {
   Desk desk;
+  host::BaseDocument& doc = *host::GetActiveDocument();
   BaseObject* parent = nullptr;
-  for (int i = 0; i < 20000; ++i) parent = Add("deep", i % 100 == 0 ? nullptr : parent);
-  for (int i = 0; i < 20000; ++i) Add("flat");
-  desk.Window().Beat();
-  desk.Window().Objects().setFocus();
-  QTest::keyClick(&desk.Window().Objects(), Qt::Key_A, Qt::ControlModifier);
+  for (int i = 0; i < 30000; ++i) {
+    BaseObject* object = BaseObject::Alloc(host::Onull);
+    doc.AppendObject(object, i % 15000 == 0 ? nullptr : parent);
+    parent = object;
+  }
+  for (int i = 0; i < 20000; ++i) doc.AppendObject(BaseObject::Alloc(host::Onull));
   Desk::Rest();
-  EXPECT_GE(desk.Window().Objects().selectionModel()->selectedRows().size(), 20200);
+  desktop::ObjectTree& tree = desk.Window().Objects();
+  tree.setFocus();
+  QTest::keyClick(&tree, Qt::Key_A, Qt::ControlModifier);
+  Desk::Rest();
+  EXPECT_EQ(desktop::SelectedObjects(doc).size(), 50000u);
+  tree.UnfoldAll();
+  Desk::Rest();
+  tree.SetFilter("null");
+  Desk::Rest();
+  tree.SetFilter("");
+  doc.SetActiveObject(parent);
+  tree.ShowActive();
+  QTest::keyClick(&tree, Qt::Key_Asterisk);
+  Desk::Rest();
+  QTest::keyClick(&tree, Qt::Key_Home);
+  QTest::keyClick(&tree, Qt::Key_End, Qt::ShiftModifier);
+  EXPECT_GE(desktop::SelectedObjects(doc).size(), 20400u);
   desk.Entry("File", "New").trigger();
   Desk::Rest();
-  EXPECT_EQ(desk.Window().Objects().model()->rowCount(), 0);
+  EXPECT_EQ(tree.model()->rowCount(), 0);
+}
+
+TEST(ObjectTreePicture, SampleScenes) {
+  for (const char* name : {"dungeon/dungeon.gltf", "spider/spider.obj"}) {
+    Desk desk;
+    // The dungeon tells of what did not come along.
+    if (QString(name).startsWith("dungeon")) desk::AnswerNext([](QDialog& box) { box.accept(); });
+    ASSERT_TRUE(desk.Window().Commands().Open(std::string(TEST_SOURCE_DIR "/scenes/") + name));
+    Desk::Rest();
+    host::BaseObject* first = host::GetActiveDocument()->GetFirstObject();
+    first->SetRenderMode(host::MODE_OFF);
+    if (first->GetDown()) first->GetDown()->SetEditorMode(host::MODE_ON);
+    host::GetActiveDocument()->SetActiveObject(first->GetDown() ? first->GetDown() : first);
+    Desk::Rest();
+    QWidget& panel = *desk.Window().findChild<desktop::ObjectPanel*>();
+    EXPECT_TRUE(pictures::Write(panel, QString("objects-") + QString(name).section('/', 0, 0)));
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // it: parent, row and children of any place without a walk. It holds identities only. Main thread.
 #pragma once
 
+#include <functional>
 #include <unordered_map>
 #include <vector>
 
@@ -24,6 +25,11 @@ class FlatTree {
   // The siblings from `first` on (null: none) with all below them.
   explicit FlatTree(const host::GeListNode* first);
 
+  // The nodes for which `keep` says so, with all that is above them. Linear.
+  FlatTree Kept(const std::function<bool(engine::NodeId)>& keep) const;
+
+  // How many nodes there are: their places are 1 to that, what is above a node before it.
+  int Count() const { return static_cast<int>(entries_.size()) - 1; }
   const Entry& At(int place) const { return entries_[static_cast<std::size_t>(place)]; }
   // The place of a node, 0 where it is not in here.
   int PlaceOf(engine::NodeId id) const;

@@ -1,7 +1,13 @@
 #include "program/desktop/panels/ObjectRows.h"
 
+#include <QColor>
+
+#include "engine/render/Primitives.h"
+#include "engine/undo/MoveObjects.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
+#include "program/desktop/Dragging.h"
+#include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {
@@ -13,59 +19,103 @@ namespace {
 
 constexpr int kLongestName = 500;
 
-LONG ModeOf(const BaseObject& object, int column) {
-  return column == ObjectRows::kEditor ? object.GetEditorMode() : object.GetRenderMode();
-}
+struct Heading {
+  const char* icon;
+  const char* help;
+};
+
+constexpr Heading kHeadings[ObjectRows::kColumnCount] = {
+    {"", ""},
+    {"layer", "Layer: click to put the object on another one"},
+    {"eye", "Visible in the editor: click to switch, drag over others to switch them alike (Space)"},
+    {"render", "Visible in renders: click to switch, drag over others to switch them alike (Shift+Space)"},
+    {"generator-on", "Generator: whether the object makes its shape"},
+    {"tag-other", "Tags: click to select one"},
+};
+
+bool HasGenerator(const BaseObject& object) { return engine::IsPrimitive(object.GetType()) || !object.GetDeformMode(); }
 
 // What an undefined mode comes to.
-bool IsHidden(const BaseObject& object, int column) {
+bool IsHidden(const BaseObject& object, Switch which) {
   const BaseObject* decides = &object;
-  while (decides && ModeOf(*decides, column) == host::MODE_UNDEF) decides = decides->GetUp();
-  return decides && ModeOf(*decides, column) == host::MODE_OFF;
+  while (decides && SwitchOf(*decides, which) == host::MODE_UNDEF) decides = decides->GetUp();
+  return decides && SwitchOf(*decides, which) == host::MODE_OFF;
 }
 
-QString Explanation(const BaseObject& object, int column) {
-  const QString where = column == ObjectRows::kEditor ? "Editor" : "Render";
-  const bool hidden = IsHidden(object, column);
-  switch (ModeOf(object, column)) {
+QString Explanation(const BaseObject& object, Switch which) {
+  if (which == Switch::kGenerator) return object.GetDeformMode() ? "Generator: on" : "Generator: off";
+  const QString where = which == Switch::kEditor ? "Editor" : "Render";
+  switch (SwitchOf(object, which)) {
     case host::MODE_ON:
       return where + ": on";
     case host::MODE_OFF:
       return where + ": off";
     default:
-      return where + ": follows its parent, " + (hidden ? "hidden" : "visible");
+      return where + ": follows its parent, " + (IsHidden(object, which) ? "hidden" : "visible");
   }
+}
+
+QVariant SwitchData(const BaseObject& object, Switch which, int role) {
+  if (which == Switch::kGenerator && !HasGenerator(object)) return {};
+  if (role == ObjectRows::kMode) return SwitchOf(object, which);
+  if (role == ObjectRows::kHidden) return which != Switch::kGenerator && IsHidden(object, which);
+  if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) return Explanation(object, which);
+  return {};
+}
+
+QVariant LayerData(const BaseObject& object, int role) {
+  const host::LayerObject* layer = object.GetLayerObject(object.GetDocument());
+  if (role == Qt::ToolTipRole) return layer ? "Layer: " + ToQt(layer->GetName()).left(kLongestName) : QString("On no layer");
+  if (role != Qt::BackgroundRole || !layer) return {};
+  const host::Vector color = engine::OwnLayerData(*layer).color;
+  const auto level = [](double value) { return static_cast<float>(qBound(0.0, value, 1.0)); };
+  return QColor::fromRgbF(level(color.x), level(color.y), level(color.z));
 }
 
 }  // namespace
 
-std::vector<ObjectRows::Entry> ObjectRows::Read(const host::BaseDocument* doc) {
-  std::vector<Entry> entries = {Entry()};
-  std::vector<const BaseObject*> objects = {nullptr};
-  for (std::size_t place = 0; place < objects.size(); ++place) {
-    const BaseObject* child = place > 0 ? objects[place]->GetDown() : doc ? doc->GetFirstObject() : nullptr;
-    entries[place].firstChild = static_cast<int>(entries.size());
-    for (; child; child = child->GetNext()) {
-      entries.push_back({engine::IdOf(*child), static_cast<int>(place), entries[place].childCount++});
-      objects.push_back(child);
-    }
+QString ObjectIcon(LONG type) {
+  switch (type) {
+    case host::Onull:
+      return "object-null";
+    case host::Opolygon:
+      return "object-polygon";
+    case host::Ocamera:
+      return "object-camera";
+    case host::Olight:
+      return "object-light";
+    default:
+      return engine::IsPrimitive(type) ? "object-primitive" : "object-other";
   }
-  return entries;
+}
+
+std::vector<BaseObject*> MeantBy(BaseObject& object) {
+  const host::BaseDocument* doc = object.GetDocument();
+  if (!doc || !object.GetBit(host::BIT_ACTIVE)) return {&object};
+  return SelectedObjects(*doc);
 }
 
 bool ObjectRows::Update(host::BaseDocument* doc) {
-  std::vector<Entry> entries = Read(doc);
-  if (doc_ == IdentityOf(doc) && entries == entries_) {
-    if (rowCount() > 0) emit dataChanged(index(0, 0), index(rowCount() - 1, kColumnCount - 1));
-    return false;
-  }
+  const host::ULLONG count = doc ? engine::TreeChangeCount(*doc) : 0;
+  if (IdentityOf(doc) == doc_ && count == seen_ && !filterChanged_) return false;
   beginResetModel();
   doc_ = IdentityOf(doc);
-  entries_ = std::move(entries);
-  places_.clear();
-  for (std::size_t place = 1; place < entries_.size(); ++place) places_[entries_[place].id] = static_cast<int>(place);
+  seen_ = count;
+  filterChanged_ = false;
+  shape_ = FlatTree(doc ? doc->GetFirstObject() : nullptr);
+  if (IsFiltered()) {
+    shape_ = shape_.Kept([&](engine::NodeId id) {
+      const host::BaseList2D* object = engine::FindNode(doc, id);
+      return object && ToQt(object->GetName()).contains(filter_, Qt::CaseInsensitive);
+    });
+  }
   endResetModel();
   return true;
+}
+
+void ObjectRows::SetFilter(const QString& text) {
+  filterChanged_ = filterChanged_ || text != filter_;
+  filter_ = text;
 }
 
 BaseObject* ObjectRows::ObjectAt(const QModelIndex& index) const {
@@ -73,24 +123,21 @@ BaseObject* ObjectRows::ObjectAt(const QModelIndex& index) const {
   return doc ? engine::AsObject(engine::FindNode(doc, EntryOf(index).id)) : nullptr;
 }
 
-engine::NodeId ObjectRows::IdAt(const QModelIndex& index) const { return EntryOf(index).id; }
+QModelIndex ObjectRows::IndexOf(engine::NodeId object, int column) const { return IndexAt(shape_.PlaceOf(object), column); }
 
-QModelIndex ObjectRows::IndexOf(engine::NodeId object, int column) const {
-  const auto it = places_.find(object);
-  if (it == places_.end()) return {};
-  return createIndex(entries_[static_cast<std::size_t>(it->second)].row, column, static_cast<quintptr>(it->second));
+QModelIndex ObjectRows::IndexAt(int place, int column) const {
+  return place == 0 ? QModelIndex() : createIndex(shape_.At(place).row, column, static_cast<quintptr>(place));
 }
 
 QModelIndex ObjectRows::index(int row, int column, const QModelIndex& parent) const {
   if (parent.isValid() && parent.column() != 0) return {};
-  const Entry& above = EntryOf(parent);
+  const FlatTree::Entry& above = EntryOf(parent);
   if (row < 0 || row >= above.childCount || column < 0 || column >= kColumnCount) return {};
   return createIndex(row, column, static_cast<quintptr>(above.firstChild + row));
 }
 
 QModelIndex ObjectRows::parent(const QModelIndex& index) const {
-  const int above = index.isValid() ? EntryOf(index).parent : 0;
-  return above == 0 ? QModelIndex() : createIndex(entries_[static_cast<std::size_t>(above)].row, 0, static_cast<quintptr>(above));
+  return index.isValid() ? IndexAt(EntryOf(index).parent) : QModelIndex();
 }
 
 int ObjectRows::rowCount(const QModelIndex& parent) const { return parent.column() > 0 ? 0 : EntryOf(parent).childCount; }
@@ -98,17 +145,31 @@ int ObjectRows::rowCount(const QModelIndex& parent) const { return parent.column
 QVariant ObjectRows::data(const QModelIndex& index, int role) const {
   const BaseObject* object = ObjectAt(index);
   if (!object) return {};
-  if (index.column() != kName) return ModeData(*object, index.column(), role);
-  if (role == Qt::EditRole) return ToQt(object->GetName());
-  if (role == Qt::DisplayRole) return ToQt(object->GetName()).left(kLongestName).replace('\n', ' ');
-  if (role == Qt::ToolTipRole) return ToQt(engine::TypeName(object->GetType()));
-  return {};
+  if (index.column() == kName) return NameData(*object, role);
+  if (index.column() == kLayer) return LayerData(*object, role);
+  return IsSwitch(index) ? SwitchData(*object, SwitchIn(index.column()), role) : QVariant();
 }
 
-QVariant ObjectRows::ModeData(const BaseObject& object, int column, int role) const {
-  if (role == kMode) return ModeOf(object, column);
-  if (role == kHidden) return IsHidden(object, column);
-  if (role == Qt::ToolTipRole) return Explanation(object, column);
+QVariant ObjectRows::NameData(const BaseObject& object, int role) const {
+  switch (role) {
+    case Qt::EditRole:
+      return ToQt(object.GetName());
+    case Qt::DisplayRole:
+      return ToQt(object.GetName()).left(kLongestName).replace('\n', ' ');
+    case Qt::ToolTipRole:
+      return ToQt(engine::TypeName(object.GetType()));
+    case Qt::DecorationRole:
+      return Icon(ObjectIcon(object.GetType()));
+    default:
+      return {};
+  }
+}
+
+QVariant ObjectRows::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal || section < 0 || section >= kColumnCount) return {};
+  if (section == kName) return role == Qt::DisplayRole ? QVariant("Name") : QVariant();
+  if (role == Qt::DecorationRole) return Icon(kHeadings[section].icon);
+  if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) return QString(kHeadings[section].help);
   return {};
 }
 
@@ -126,26 +187,53 @@ bool ObjectRows::setData(const QModelIndex& index, const QVariant& value, int ro
   return true;
 }
 
-void ObjectRows::SetMode(const QModelIndexList& rows, int column, LONG mode) {
-  host::BaseDocument* doc = Document();
-  if (!doc || rows.isEmpty()) return;
-  {
-    const engine::UndoScope scope(*doc, "Visibility");
-    for (const QModelIndex& row : rows) {
-      BaseObject* object = ObjectAt(row);
-      if (!object || ModeOf(*object, column) == mode) continue;
-      doc->AddUndo(host::UNDO_CHANGE, object);
-      column == kEditor ? object->SetEditorMode(mode) : object->SetRenderMode(mode);
-    }
-  }
-  doc->SetChanged();
-  host::EventAdd();
+Qt::ItemFlags ObjectRows::flags(const QModelIndex& index) const {
+  if (!index.isValid()) return Qt::ItemIsDropEnabled;
+  const Qt::ItemFlags plain = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled;
+  return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
 }
 
-Qt::ItemFlags ObjectRows::flags(const QModelIndex& index) const {
-  if (!index.isValid()) return Qt::NoItemFlags;
-  const Qt::ItemFlags plain = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-  return index.column() == kName ? plain | Qt::ItemIsEditable : plain;
+QStringList ObjectRows::mimeTypes() const { return {kObjectsMime, kMaterialMime}; }
+
+QMimeData* ObjectRows::mimeData(const QModelIndexList& indexes) const {
+  std::vector<engine::NodeId> ids;
+  for (const QModelIndex& index : indexes) {
+    if (index.column() == kName) ids.push_back(IdAt(index));
+  }
+  return DraggedNodes(kObjectsMime, ids);
+}
+
+bool ObjectRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) const {
+  if (!data || !Document()) return false;
+  if (data->hasFormat(kMaterialMime)) return row < 0 && parent.isValid();
+  if (!data->hasFormat(kObjectsMime)) return false;
+  // What is dragged is selected: nothing goes below itself.
+  const BaseObject* above = ObjectAt(parent);
+  while (above && !above->GetBit(host::BIT_ACTIVE)) above = above->GetUp();
+  return !above;
+}
+
+bool ObjectRows::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) {
+  host::BaseDocument* doc = Document();
+  if (!doc) return false;
+  BaseObject* on = ObjectAt(parent);
+  const std::vector<engine::NodeId> materials = DroppedNodes(data, kMaterialMime);
+  if (!materials.empty()) return on && AssignMaterial(*doc, materials.front(), MeantBy(*on));
+  return DropObjects(DroppedNodes(data, kObjectsMime), row, parent.siblingAtColumn(kName));
+}
+
+bool ObjectRows::DropObjects(const std::vector<engine::NodeId>& ids, int row, const QModelIndex& parent) {
+  host::BaseDocument* doc = Document();
+  std::vector<BaseObject*> objects;
+  for (const engine::NodeId id : ids) {
+    if (BaseObject* object = engine::AsObject(engine::FindNode(doc, id))) objects.push_back(object);
+  }
+  BaseObject* above = ObjectAt(parent);
+  if (row < 0 || row > rowCount(parent)) row = rowCount(parent);
+  BaseObject* pred = ObjectAt(index(row - 1, kName, parent));
+  const bool moved = engine::MoveObjects(*doc, Topmost(objects), above, pred);
+  if (moved) host::EventAdd();
+  return moved;
 }
 
 }  // namespace desktop

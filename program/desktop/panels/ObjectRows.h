@@ -1,63 +1,79 @@
-// ObjectRows: the objects of a document as an item model: name and the two visibility modes. It keeps the shape of the tree, in
-// one flat list where the children of an object stand together, and reads everything else from the document when it is shown.
-// Changes go through undo. Main thread.
+// ObjectRows: the objects of a document as an item model: name, layer, switches and tags. It keeps the shape of the tree, of all
+// objects or of those that a search finds, and reads everything else from the document when it is shown. Changes go through
+// undo. Main thread.
 #pragma once
 
 #include <QAbstractItemModel>
-#include <unordered_map>
-#include <vector>
 
 #include "program/desktop/OpenDocument.h"
+#include "program/desktop/SceneCommands.h"
+#include "program/desktop/panels/FlatTree.h"
 
 namespace desktop {
 
 class ObjectRows : public QAbstractItemModel {
  public:
-  enum Column { kName, kEditor, kRender, kColumnCount };
+  enum Column { kName, kLayer, kEditor, kRender, kGenerator, kTags, kColumnCount };
   enum Role {
-    kMode = Qt::UserRole,  // MODE_ number of a visibility cell
-    kHidden                // of a visibility cell: whether the object is hidden, by itself or by what is above it
+    kMode = Qt::UserRole,  // of a switch: MODE_ number, or 0 and 1 for a generator; invalid where the object has no such switch
+    kHidden                // of a visibility: whether the object is hidden, by itself or by what is above it
   };
 
   using QAbstractItemModel::QAbstractItemModel;
 
-  // Takes over the shape of the tree. True when it differed, which resets the model.
+  // Takes over the shape of the tree, looking at the objects only when some came or went. True when that reset the model.
   bool Update(host::BaseDocument* doc);
+  // From the next update on only objects with this text in their names are rows, and what is above them; empty: all objects.
+  void SetFilter(const QString& text);
+  bool IsFiltered() const { return !filter_.isEmpty(); }
+  const QString& Filter() const { return filter_; }
   host::BaseDocument* Document() const { return FindOpenDocument(doc_); }
 
   // Null where there is none any more.
   host::BaseObject* ObjectAt(const QModelIndex& index) const;
-  engine::NodeId IdAt(const QModelIndex& index) const;
+  engine::NodeId IdAt(const QModelIndex& index) const { return EntryOf(index).id; }
   QModelIndex IndexOf(engine::NodeId object, int column = kName) const;
-  // Sets one mode of many objects in one undo step.
-  void SetMode(const QModelIndexList& rows, int column, host::LONG mode);
+  const FlatTree& Shape() const { return shape_; }
+  QModelIndex IndexAt(int place, int column = kName) const;
+  static bool IsSwitch(const QModelIndex& index) { return index.column() >= kEditor && index.column() <= kGenerator; }
+  // Which one a switch column shows.
+  static Switch SwitchIn(int column) { return static_cast<Switch>(column - kEditor); }
 
   QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
   QModelIndex parent(const QModelIndex& index) const override;
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& = {}) const override { return kColumnCount; }
   QVariant data(const QModelIndex& index, int role) const override;
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
   // Only names are set here.
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
 
+  // Objects are dragged by identity, and moved to where they are dropped; a material dropped on an object is given to it, to all
+  // selected ones when it is one of them.
+  QStringList mimeTypes() const override;
+  QMimeData* mimeData(const QModelIndexList& indexes) const override;
+  Qt::DropActions supportedDropActions() const override { return Qt::MoveAction | Qt::CopyAction; }
+  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) const override;
+  bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) override;
+
  private:
-  struct Entry {
-    engine::NodeId id = 0;
-    int parent = 0;  // place in the list
-    int row = 0;
-    int firstChild = 0;
-    int childCount = 0;
-    bool operator==(const Entry&) const = default;
-  };
+  const FlatTree::Entry& EntryOf(const QModelIndex& index) const {
+    return shape_.At(index.isValid() ? static_cast<int>(index.internalId()) : 0);
+  }
+  QVariant NameData(const host::BaseObject& object, int role) const;
+  bool DropObjects(const std::vector<engine::NodeId>& ids, int row, const QModelIndex& parent);
 
-  static std::vector<Entry> Read(const host::BaseDocument* doc);
-  const Entry& EntryOf(const QModelIndex& index) const { return entries_[index.isValid() ? index.internalId() : 0]; }
-  QVariant ModeData(const host::BaseObject& object, int column, int role) const;
-
-  engine::NodeId doc_ = 0;
-  std::vector<Entry> entries_ = {Entry()};  // the first one stands above the top level
-  std::unordered_map<engine::NodeId, int> places_;
+  host::ULLONG doc_ = 0;
+  host::ULLONG seen_ = 0;
+  QString filter_;
+  bool filterChanged_ = false;
+  FlatTree shape_;
 };
+
+// The selected objects when `object` is one of them, else it alone.
+std::vector<host::BaseObject*> MeantBy(host::BaseObject& object);
+// Name of the icon for a type of object.
+QString ObjectIcon(host::LONG type);
 
 }  // namespace desktop

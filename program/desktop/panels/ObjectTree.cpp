@@ -1,164 +1,236 @@
 #include "program/desktop/panels/ObjectTree.h"
 
+#include <QDrag>
+#include <QDragEnterEvent>
 #include <QHeaderView>
-#include <QMouseEvent>
+#include <QMimeData>
 #include <QPainter>
-#include <QStyledItemDelegate>
+#include <QScrollBar>
 
-#include "host/AtomArray.h"
+#include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
+#include "program/desktop/Dragging.h"
+#include "program/desktop/panels/EmptyText.h"
+#include "program/desktop/panels/ObjectCells.h"
 
 namespace desktop {
 
+using host::BaseObject;
+
 namespace {
 
-constexpr int kDotColumn = 22;
-constexpr double kDotRadius = 4.2;
-constexpr QRgb kOn = 0xff8fb26b;
-constexpr QRgb kOff = 0xffc7604f;
-constexpr QRgb kUndefined = 0xff6a6a6a;
+constexpr int kSwitchColumn = 21;
+constexpr int kTagsColumn = 68;
+constexpr int kIndentation = 14;
+constexpr int kUnfoldDelay = 600;  // milliseconds that something dragged rests on a row
+// Rows are unfolded by themselves down to here: the toolkit goes through them by recursion.
+constexpr int kDeepest = 400;
 
-// A full dot for a mode of the object's own; an empty one follows the parent, in the colour of what comes of it.
-class DotDelegate : public QStyledItemDelegate {
- public:
-  using QStyledItemDelegate::QStyledItemDelegate;
-
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    QStyledItemDelegate::paint(painter, option, index);
-    const int mode = index.data(ObjectRows::kMode).toInt();
-    const bool hidden = index.data(ObjectRows::kHidden).toBool();
-    const QColor color(mode == host::MODE_ON ? kOn : hidden ? kOff : kUndefined);
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(QPen(color, 1.4));
-    painter->setBrush(mode == host::MODE_UNDEF ? QBrush(Qt::NoBrush) : QBrush(color));
-    painter->drawEllipse(QRectF(option.rect).center(), kDotRadius, kDotRadius);
-    painter->restore();
-  }
-};
-
-host::LONG NextMode(int mode) {
-  switch (mode) {
-    case host::MODE_UNDEF:
-      return host::MODE_ON;
-    case host::MODE_ON:
-      return host::MODE_OFF;
-    default:
-      return host::MODE_UNDEF;
-  }
+int DepthOf(const BaseObject& object) {
+  int depth = 0;
+  for (const BaseObject* above = object.GetUp(); above && depth <= kDeepest; above = above->GetUp()) ++depth;
+  return depth;
 }
 
 }  // namespace
 
-ObjectTree::ObjectTree(QWidget* parent) : QTreeView(parent), rows_(new ObjectRows(this)) {
+ObjectTree::ObjectTree(QWidget* parent)
+    : QTreeView(parent), rows_(new ObjectRows(this)), selection_(new ObjectSelection(*rows_, this)) {
   setModel(rows_);
-  setHeaderHidden(true);
+  setSelectionModel(selection_);
   setUniformRowHeights(true);
   setSelectionMode(ExtendedSelection);
-  setEditTriggers(EditKeyPressed | DoubleClicked);
+  setEditTriggers(DoubleClicked);
   setAlternatingRowColors(true);
+  setIndentation(kIndentation);
+  setTextElideMode(Qt::ElideMiddle);
+  setDragEnabled(true);
+  setAcceptDrops(true);
+  setDragDropMode(DragDrop);
+  setDefaultDropAction(Qt::MoveAction);
+  setDropIndicatorShown(true);
+  setAutoExpandDelay(kUnfoldDelay);
+  setAccessibleName("Objects");
   header()->setStretchLastSection(false);
-  header()->setMinimumSectionSize(kDotColumn);
+  header()->setMinimumSectionSize(kSwitchColumn);
+  header()->setSectionsMovable(false);
+  header()->setSectionResizeMode(QHeaderView::Fixed);
   header()->setSectionResizeMode(ObjectRows::kName, QHeaderView::Stretch);
-  for (const int column : {ObjectRows::kEditor, ObjectRows::kRender}) {
-    header()->setSectionResizeMode(column, QHeaderView::Fixed);
-    setColumnWidth(column, kDotColumn);
-    setItemDelegateForColumn(column, new DotDelegate(this));
-  }
-  showing_ = false;
+  for (int column = ObjectRows::kLayer; column <= ObjectRows::kGenerator; ++column) setColumnWidth(column, kSwitchColumn);
+  setColumnWidth(ObjectRows::kTags, kTagsColumn);
+  InstallObjectCells(*this);
+  AddActions();
+  connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) { RememberUnfolded(index, true); });
+  connect(this, &QTreeView::collapsed, this, [this](const QModelIndex& index) { RememberUnfolded(index, false); });
+}
+
+// The toolkit lets go of the model in its own destructor, and asks for rows until then.
+ObjectTree::~ObjectTree() { EndSweep(); }
+
+void ObjectTree::AddActions() {
+  const auto add = [this](const QString& text, const QKeySequence& keys, void (ObjectTree::*act)()) {
+    auto* action = new QAction(text, this);
+    action->setShortcut(keys);
+    action->setShortcutContext(Qt::WidgetShortcut);
+    connect(action, &QAction::triggered, this, act);
+    addAction(action);
+  };
+  setContextMenuPolicy(Qt::ActionsContextMenu);
+  add("&Rename", QKeySequence(Qt::Key_F2), &ObjectTree::RenameCurrent);
+  add("Show Acti&ve Object", QKeySequence(Qt::Key_S), &ObjectTree::ShowActive);
+  add("Unfold All", QKeySequence(Qt::Key_Asterisk), &ObjectTree::UnfoldAll);
+  add("Fold All", QKeySequence(Qt::Key_Slash | Qt::ControlModifier), &ObjectTree::FoldAll);
+  auto* separator = new QAction(this);
+  separator->setSeparator(true);
+  addAction(separator);
 }
 
 void ObjectTree::Follow(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
   if (IdentityOf(doc) == doc_ && count == seen_) return;
-  const bool isNew = IdentityOf(doc) != doc_ || rows_->rowCount() == 0;
+  const int scrolledTo = IdentityOf(doc) == doc_ ? verticalScrollBar()->value() : 0;
+  // What comes into an empty scene is unfolded as in a scene just opened.
+  if (IdentityOf(doc) == doc_ && rows_->Shape().Count() == 0 && !rows_->IsFiltered()) unfolded_.erase(doc_);
   doc_ = IdentityOf(doc);
   seen_ = count;
-  showing_ = true;
-  const auto expanded = isNew ? std::vector<engine::NodeId>() : Expanded();
-  if (rows_->Update(doc)) isNew ? expandToDepth(0) : Expand(expanded);
-  ShowSelection();
-  showing_ = false;
+  if (rows_->Update(doc)) {
+    Unfold();
+    executeDelayedItemsLayout();
+    verticalScrollBar()->setValue(scrolledTo);
+  }
+  FollowActive();
   viewport()->update();
 }
 
-// Only what can be seen open is walked: children of closed objects are not looked at.
-std::vector<engine::NodeId> ObjectTree::Expanded() const {
-  std::vector<engine::NodeId> found;
-  std::vector<QModelIndex> open = {QModelIndex()};
-  while (!open.empty()) {
-    const QModelIndex above = open.back();
-    open.pop_back();
-    for (int row = 0; row < rows_->rowCount(above); ++row) {
-      const QModelIndex index = rows_->index(row, 0, above);
-      if (!isExpanded(index)) continue;
-      found.push_back(rows_->IdAt(index));
-      open.push_back(index);
-    }
+void ObjectTree::SetFilter(const QString& text) {
+  rows_->SetFilter(text);
+  if (rows_->Update(rows_->Document())) Unfold();
+  ShowActive();
+  viewport()->update();
+}
+
+// Becomes the current row without a change of what is selected. It is brought into view once, so that one may scroll away.
+void ObjectTree::FollowActive() {
+  const host::BaseDocument* doc = rows_->Document();
+  const BaseObject* object = doc ? doc->GetActiveObject() : nullptr;
+  const engine::NodeId active = object ? engine::IdOf(*object) : 0;
+  const bool isNew = active != active_;
+  active_ = active;
+  const QModelIndex index = rows_->IndexOf(active);
+  if (!index.isValid() || index == currentIndex()) return;
+  const bool follows = isNew && DepthOf(*object) < kDeepest;
+  setAutoScroll(follows);
+  selection_->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  setAutoScroll(true);
+}
+
+void ObjectTree::ShowActive() {
+  const host::BaseDocument* doc = rows_->Document();
+  const BaseObject* object = doc ? doc->GetActiveObject() : nullptr;
+  if (object && DepthOf(*object) < kDeepest) scrollTo(rows_->IndexOf(engine::IdOf(*object)));
+}
+
+void ObjectTree::RenameCurrent() {
+  if (currentIndex().isValid()) edit(currentIndex().siblingAtColumn(ObjectRows::kName));
+}
+
+ObjectTree::Unfolded& ObjectTree::UnfoldedHere() {
+  const auto [it, isNew] = unfolded_.try_emplace(doc_);
+  const FlatTree& shape = rows_->Shape();
+  for (int place = 1; isNew && place <= shape.At(0).childCount; ++place) it->second.insert(shape.At(place).id);
+  return it->second;
+}
+
+void ObjectTree::RememberUnfolded(const QModelIndex& index, bool unfolded) {
+  if (unfolding_ || rows_->IsFiltered()) return;
+  if (unfolded) UnfoldedHere().insert(rows_->IdAt(index));
+  if (!unfolded) UnfoldedHere().erase(rows_->IdAt(index));
+}
+
+// While the layout is pending, unfolding a row costs nothing but remembering it.
+void ObjectTree::Unfold() {
+  const Unfolded& unfolded = UnfoldedHere();
+  const FlatTree& shape = rows_->Shape();
+  std::vector<int> depths(static_cast<std::size_t>(shape.Count()) + 1, -1);
+  unfolding_ = true;
+  scheduleDelayedItemsLayout();
+  for (int place = 1; place <= shape.Count(); ++place) {
+    const FlatTree::Entry& entry = shape.At(place);
+    const int depth = depths[static_cast<std::size_t>(place)] = depths[static_cast<std::size_t>(entry.parent)] + 1;
+    const bool wanted = depth < kDeepest && (rows_->IsFiltered() || unfolded.count(entry.id) == 1);
+    if (entry.childCount > 0) setExpanded(rows_->IndexAt(place), wanted);
   }
-  return found;
+  unfolding_ = false;
 }
 
-void ObjectTree::Expand(const std::vector<engine::NodeId>& objects) {
-  for (const engine::NodeId object : objects) expand(rows_->IndexOf(object));
-}
-
-void ObjectTree::ShowSelection() {
-  QItemSelection wanted;
-  if (const host::BaseDocument* doc = rows_->Document()) {
-    host::AtomArray chosen;
-    doc->GetActiveObjects(chosen, host::GETACTIVEOBJECTFLAGS_CHILDREN);
-    for (host::LONG i = 0; i < chosen.GetCount(); ++i) {
-      const QModelIndex index = rows_->IndexOf(engine::IdOf(*engine::AsObject(chosen.GetIndex(i))));
-      const bool goesOn =
-          !wanted.isEmpty() && wanted.last().parent() == index.parent() && wanted.last().bottom() + 1 == index.row();
-      const QModelIndex from = goesOn ? QModelIndex(wanted.takeLast().topLeft()) : index;
-      wanted.append(QItemSelectionRange(from, index.siblingAtColumn(ObjectRows::kRender)));
-    }
+void ObjectTree::UnfoldAll() {
+  const FlatTree& shape = rows_->Shape();
+  for (int place = 1; place <= shape.Count(); ++place) {
+    if (shape.At(place).childCount > 0) UnfoldedHere().insert(shape.At(place).id);
   }
-  selectionModel()->select(wanted, QItemSelectionModel::ClearAndSelect);
+  Unfold();
 }
 
+void ObjectTree::FoldAll() {
+  UnfoldedHere().clear();
+  Unfold();
+}
+
+// Written out, since the toolkit would look at ranges that it does not have here.
 QItemSelectionModel::SelectionFlags ObjectTree::selectionCommand(const QModelIndex& index, const QEvent* event) const {
-  const bool isMouse = event && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease);
-  if (isMouse && index.column() > ObjectRows::kName) return QItemSelectionModel::NoUpdate;
-  return QTreeView::selectionCommand(index, event);
+  using Model = QItemSelectionModel;
+  const auto* input = dynamic_cast<const QInputEvent*>(event);
+  const Qt::KeyboardModifiers keys = input ? input->modifiers() : Qt::NoModifier;
+  const auto* mouse = dynamic_cast<const QMouseEvent*>(event);
+  const bool isRelease = event && event->type() == QEvent::MouseButtonRelease;
+  const bool isMove = event && event->type() == QEvent::MouseMove;
+  const bool control = keys & Qt::ControlModifier;
+  if (keys & Qt::ShiftModifier)
+    return isRelease ? Model::NoUpdate : (control ? Model::Select : Model::ClearAndSelect) | Model::Current | Model::Rows;
+  if (isMove)
+    return control ? Model::Select | Model::Current | Model::Rows : Model::ClearAndSelect | Model::Current | Model::Rows;
+  if (!mouse) return control && event ? Model::NoUpdate : Model::ClearAndSelect | Model::Rows;
+  if (!index.isValid()) return control || state() == DragSelectingState ? Model::NoUpdate : Model::Clear;
+  if (isRelease) return control || mouse->button() != Qt::LeftButton ? Model::NoUpdate : Model::ClearAndSelect | Model::Rows;
+  if (control && mouse->button() == Qt::LeftButton) return (IsSelected(index) ? Model::Deselect : Model::Select) | Model::Rows;
+  return IsSelected(index) ? Model::NoUpdate : Model::ClearAndSelect | Model::Rows;
 }
 
-void ObjectTree::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
-  QTreeView::selectionChanged(selected, deselected);
-  host::BaseDocument* doc = showing_ ? nullptr : rows_->Document();
-  if (!doc) return;
-  doc->SetActiveObject(nullptr);
-  for (const QModelIndex& row : selectionModel()->selectedRows()) doc->SetActiveObject(rows_->ObjectAt(row), host::SELECTION_ADD);
-  host::EventAdd();
+void ObjectTree::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Space)
+    return SwitchSelected(event->modifiers() & Qt::ShiftModifier ? ObjectRows::kRender : ObjectRows::kEditor);
+  QTreeView::keyPressEvent(event);
 }
 
-void ObjectTree::mousePressEvent(QMouseEvent* event) {
-  if (!ClickedDot(*event)) QTreeView::mousePressEvent(event);
+// All that is selected goes, whatever can be seen of it.
+void ObjectTree::startDrag(Qt::DropActions) {
+  const host::BaseDocument* doc = rows_->Document();
+  const std::vector<BaseObject*> objects = doc ? SelectedObjects(*doc) : std::vector<BaseObject*>();
+  if (objects.empty()) return;
+  std::vector<engine::NodeId> ids;
+  for (const BaseObject* object : objects) ids.push_back(engine::IdOf(*object));
+  auto* drag = new QDrag(this);
+  drag->setMimeData(DraggedNodes(kObjectsMime, ids));
+  drag->exec(rows_->supportedDropActions(), Qt::MoveAction);
 }
 
-void ObjectTree::mouseDoubleClickEvent(QMouseEvent* event) {
-  if (!ClickedDot(*event)) QTreeView::mouseDoubleClickEvent(event);
+void ObjectTree::dragEnterEvent(QDragEnterEvent* event) {
+  // A material goes onto rows, never between them.
+  setDragDropOverwriteMode(event->mimeData()->hasFormat(kMaterialMime));
+  QTreeView::dragEnterEvent(event);
 }
 
-bool ObjectTree::ClickedDot(const QMouseEvent& event) {
-  const QModelIndex index = indexAt(event.position().toPoint());
-  if (!index.isValid() || index.column() == ObjectRows::kName || event.button() != Qt::LeftButton) return false;
-  const QModelIndexList chosen = selectionModel()->selectedRows();
-  const QModelIndex row = index.siblingAtColumn(0);
-  rows_->SetMode(chosen.contains(row) ? chosen : QModelIndexList{row}, index.column(),
-                 NextMode(index.data(ObjectRows::kMode).toInt()));
-  viewport()->update();
-  return true;
+void ObjectTree::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+  QStyleOptionViewItem row = option;
+  if (IsSelected(index)) row.state |= QStyle::State_Selected;
+  QTreeView::drawRow(painter, row, index);
 }
 
 void ObjectTree::paintEvent(QPaintEvent* event) {
   QTreeView::paintEvent(event);
   if (rows_->rowCount() > 0) return;
-  QPainter painter(viewport());
-  painter.setPen(palette().color(QPalette::PlaceholderText));
-  painter.drawText(viewport()->rect().adjusted(12, 12, -12, -12), Qt::AlignCenter | Qt::TextWordWrap, "No objects in this scene");
+  PaintEmptyText(*this, rows_->IsFiltered() ? "No object has \"" + rows_->Filter().left(60) + "\" in its name"
+                                            : QString("No objects in this scene: open or import one from the File menu"));
 }
 
 }  // namespace desktop

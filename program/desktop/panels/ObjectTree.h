@@ -1,39 +1,82 @@
-// ObjectTree: the objects of the active document as a tree with the visibility of each in the editor and in renders. A click on a
-// dot goes from undefined to on to off, for all chosen objects when the clicked one is among them. Main thread.
+// ObjectTree: the objects of the active document as a tree with layer, switches and tags of each. A click on a switch changes it,
+// for all selected objects when the clicked one is among them; dragged on, it sets those of the rows it passes alike, as one
+// step. Rows are dragged to other places, materials onto rows. What is selected stands in the document, what is unfolded in here,
+// by identity. Main thread.
 #pragma once
 
 #include <QTreeView>
+#include <functional>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "program/desktop/panels/DocumentView.h"
-#include "program/desktop/panels/ObjectRows.h"
+#include "program/desktop/panels/ObjectSelection.h"
 
 namespace desktop {
 
 class ObjectTree : public QTreeView, public DocumentView {
  public:
   explicit ObjectTree(QWidget* parent);
+  ~ObjectTree() override;
 
   void Follow(host::BaseDocument* doc) override;
-  QSize sizeHint() const override { return {240, 400}; }
+  // Shows only the objects with this text in their names and what is above them; empty: all.
+  void SetFilter(const QString& text);
+  ObjectRows& Rows() { return *rows_; }
+  bool IsSelected(const QModelIndex& index) const { return selection_->Has(index); }
+  void RenameCurrent();
+  void UnfoldAll();
+  void FoldAll();
+  // Unfolds what is above the active object and brings it into view.
+  void ShowActive();
+  QSize sizeHint() const override { return {340, 400}; }
 
  protected:
-  // A click on a dot leaves the selection alone.
   QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
-  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void startDrag(Qt::DropActions actions) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  bool ClickedDot(const QMouseEvent& event);
-  void ShowSelection();
-  std::vector<engine::NodeId> Expanded() const;
-  void Expand(const std::vector<engine::NodeId>& objects);
+  // One sweep of the mouse over switches.
+  struct Sweep {
+    host::ULLONG doc;
+    int column;
+    host::LONG value;
+    int y;
+  };
+  using Unfolded = std::unordered_set<engine::NodeId>;
+
+  void AddActions();
+  bool PressedCell(const QMouseEvent& event);
+  void PressTag(host::BaseObject& object, const QModelIndex& index, const QMouseEvent& event);
+  void AskLayer(host::BaseObject& object, const QPoint& place);
+  void BeginSweep(host::BaseObject& object, const QModelIndex& index, int y);
+  void SweepTo(int y);
+  void EndSweep();
+  void SwitchSelected(int column);
+  // Remembers what is unfolded anew in the rows as they are.
+  void RememberUnfolded(const QModelIndex& index, bool unfolded);
+  void Unfold();
+  void FollowActive();
+  Unfolded& UnfoldedHere();
 
   ObjectRows* rows_;
-  engine::NodeId doc_ = 0;
+  ObjectSelection* selection_;
+  host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
-  bool showing_ = true;  // what changes in here is no act of a person
+  engine::NodeId active_ = 0;                            // the active object when it was last looked at
+  std::unordered_map<host::ULLONG, Unfolded> unfolded_;  // by document
+  bool unfolding_ = false;
+  bool cellPressed_ = false;
+  std::optional<Sweep> sweep_;
 };
 
 }  // namespace desktop

@@ -1,0 +1,127 @@
+#include "program/desktop/panels/TagStrip.h"
+
+#include <cmath>
+
+#include "engine/scene/Nodes.h"
+#include "host/Parameters.h"
+#include "program/desktop/Icons.h"
+#include "program/desktop/Text.h"
+
+namespace desktop {
+
+using host::BaseObject;
+using host::BaseTag;
+
+namespace {
+
+constexpr int kSide = 16;
+constexpr int kPitch = 19;
+constexpr int kMoreWidth = 28;
+constexpr int kLongestName = 100;
+
+// A linear level as the screen shows it.
+float Shown(double level) { return static_cast<float>(std::pow(qBound(0.0, level, 1.0), 1 / 2.2)); }
+
+QRect PlaceOf(const QRect& cell, int number) {
+  return {cell.left() + 1 + number * kPitch, cell.top() + (cell.height() - kSide) / 2, kSide, kSide};
+}
+
+const host::BaseMaterial* MaterialOf(BaseTag& tag) {
+  const host::TextureTag* texture = engine::AsTextureTag(&tag);
+  return texture ? texture->GetMaterial() : nullptr;
+}
+
+// A texture tag is a ball in the color of its material.
+void PaintBall(QPainter& painter, const QRect& place, const host::BaseMaterial& material) {
+  const host::Vector color = material.GetDataInstance()->GetVector(host::MATERIAL_COLOR);
+  const QColor shown = QColor::fromRgbF(Shown(color.x), Shown(color.y), Shown(color.z));
+  QRadialGradient light(place.center() - QPointF(kSide * 0.18, kSide * 0.22), kSide * 0.75);
+  light.setColorAt(0, shown.lighter(135));
+  light.setColorAt(0.5, shown);
+  light.setColorAt(1, shown.darker(220));
+  painter.setPen(QPen(QColor(0, 0, 0, 120), 1));
+  painter.setBrush(light);
+  painter.drawEllipse(QRectF(place).adjusted(2, 2, -2, -2));
+}
+
+void PaintTag(QPainter& painter, const QRect& place, BaseTag& tag, const QPalette& palette) {
+  if (tag.GetBit(host::BIT_ACTIVE)) {
+    painter.setPen(QPen(palette.color(QPalette::Link), 1.2));
+    painter.setBrush(palette.color(QPalette::Highlight));
+    painter.drawRoundedRect(QRectF(place).adjusted(-0.5, -0.5, 0.5, 0.5), 3, 3);
+  }
+  if (const host::BaseMaterial* material = MaterialOf(tag)) return PaintBall(painter, place, *material);
+  Icon(TagIcon(tag.GetType())).paint(&painter, place);
+}
+
+}  // namespace
+
+TagsShown TagsFitting(const BaseObject& object, int width) {
+  TagsShown shown;
+  int count = 0;
+  for (const BaseTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext()) ++count;
+  const bool allFit = count * kPitch <= width;
+  const int fitting = allFit ? count : std::max(0, (width - kMoreWidth) / kPitch);
+  shown.tags = TagsFrom(object, 0, static_cast<std::size_t>(fitting));
+  shown.more = count - fitting;
+  return shown;
+}
+
+std::vector<BaseTag*> TagsFrom(const BaseObject& object, std::size_t first, std::size_t most) {
+  std::vector<BaseTag*> tags;
+  for (BaseTag* tag = object.GetFirstTag(); tag && tags.size() < most; tag = tag->GetNext()) {
+    if (first > 0) {
+      --first;
+    } else {
+      tags.push_back(tag);
+    }
+  }
+  return tags;
+}
+
+void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object, const QPalette& palette) {
+  const TagsShown shown = TagsFitting(object, cell.width());
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  int number = 0;
+  for (BaseTag* tag : shown.tags) PaintTag(painter, PlaceOf(cell, number++), *tag, palette);
+  if (shown.more > 0) {
+    painter.setPen(palette.color(QPalette::PlaceholderText));
+    const QRect rest(cell.left() + 1 + number * kPitch, cell.top(), cell.width() - 1 - number * kPitch, cell.height());
+    painter.drawText(rest, Qt::AlignVCenter | Qt::AlignLeft, "+" + QString::number(shown.more));
+  }
+  painter.restore();
+}
+
+TagHit TagAt(const QRect& cell, const QPoint& place, const BaseObject& object) {
+  const TagsShown shown = TagsFitting(object, cell.width());
+  const int number = place.x() < cell.left() ? -1 : (place.x() - cell.left()) / kPitch;
+  if (number < 0) return {};
+  if (number < static_cast<int>(shown.tags.size())) return {shown.tags[static_cast<std::size_t>(number)], false};
+  return {nullptr, shown.more > 0};
+}
+
+QString TagIcon(host::LONG type) {
+  switch (type) {
+    case host::Ttexture:
+      return "tag-texture";
+    case host::Tcompositing:
+      return "tag-compositing";
+    case host::Tphong:
+      return "tag-phong";
+    case host::Texpresso:
+      return "tag-xpresso";
+    default:
+      return "tag-other";
+  }
+}
+
+QString TagText(const BaseTag& tag) {
+  const QString type = ToQt(engine::TypeName(tag.GetType()));
+  QString text = ToQt(tag.GetName()).left(kLongestName);
+  text = text.isEmpty() || text == type ? type : text + " (" + type + ")";
+  const host::BaseMaterial* material = MaterialOf(const_cast<BaseTag&>(tag));
+  return material ? text + ": " + ToQt(material->GetName()).left(kLongestName) : text;
+}
+
+}  // namespace desktop
