@@ -4,6 +4,13 @@
 
 namespace desktop {
 
+namespace {
+
+// The picture matters most.
+constexpr int kBottomHeight = 250;
+
+}  // namespace
+
 SidePanels::SidePanels(QMainWindow& window) : window_(window) {
   // The columns at the sides are as high as the window; what is at the bottom stands under the picture.
   window_.setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
@@ -27,6 +34,7 @@ void SidePanels::ShowFirstTabs() {
   for (const Panel& panel : panels_) {
     if (panel.side != Qt::BottomDockWidgetArea) continue;
     panel.dock->raise();
+    window_.resizeDocks({panel.dock}, {kBottomHeight}, Qt::Vertical);
     return;
   }
 }

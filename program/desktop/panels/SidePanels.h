@@ -21,7 +21,7 @@ class SidePanels {
     Place(name, title, side, view, view);
     return view;
   }
-  // Brings the first of the tabs to the front; after the last Add.
+  // Brings the first of the tabs to the front and leaves the room above to the picture; after the last Add.
   void ShowFirstTabs();
   // Shows the panel of that name and brings it to the front.
   void Raise(const char* name);
