@@ -77,7 +77,7 @@ void ObjectTree::AddActions() {
   };
   setContextMenuPolicy(Qt::ActionsContextMenu);
   add("&Rename", QKeySequence(Qt::Key_F2), &ObjectTree::RenameCurrent);
-  add("Show Acti&ve Object", QKeySequence(Qt::Key_S), &ObjectTree::ShowActive);
+  add("Show Acti&ve Object", QKeySequence("Ctrl+J"), &ObjectTree::ShowActive);
   add("Unfold All", QKeySequence(Qt::Key_Asterisk), &ObjectTree::UnfoldAll);
   add("Fold All", QKeySequence(Qt::Key_Slash | Qt::ControlModifier), &ObjectTree::FoldAll);
   auto* separator = new QAction(this);
