@@ -6,7 +6,6 @@
 #include <map>
 
 #include "program/desktop/Text.h"
-#include "program/desktop/attributes/FieldEditing.h"
 
 namespace desktop {
 
@@ -20,7 +19,7 @@ constexpr int kLongestLabel = 60;
 constexpr qsizetype kMostKinds = 3;
 
 // One element of each type: fields depend on nothing else.
-std::map<host::LONG, const BaseList2D*> OneOfEachType(const std::vector<BaseList2D*>& elements) {
+std::map<host::LONG, const BaseList2D*> OneOfEachType(const ElementList& elements) {
   std::map<host::LONG, const BaseList2D*> types;
   const BaseList2D* last = nullptr;
   for (const BaseList2D* element : elements) {
@@ -36,7 +35,7 @@ AttributeGroup GroupOf(const FieldSection& section, const SharedIds& elements) {
   return group;
 }
 
-void AddSections(std::vector<AttributeGroup>& groups, const std::vector<BaseList2D*>& elements, const SharedIds& ids) {
+void AddSections(std::vector<AttributeGroup>& groups, const ElementList& elements, const SharedIds& ids) {
   const auto types = OneOfEachType(elements);
   for (const FieldSection& section : FieldSections()) {
     const bool applies =
@@ -97,9 +96,8 @@ bool AttributeGroup::LooksLike(const AttributeGroup& other) const {
                                             [](const auto& a, const auto& b) { return a.LooksLike(b); });
 }
 
-std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const SharedIds& ids) {
+std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements, const SharedIds& ids) {
   std::vector<AttributeGroup> groups;
-  const std::vector<BaseList2D*> elements = ElementsOf(doc, *ids);
   if (elements.empty()) {
     AddSections(groups, {&doc}, Only(doc));
     return groups;
@@ -111,17 +109,16 @@ std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const SharedIds& 
   return groups;
 }
 
-QString TitleOf(host::BaseDocument& doc, const Ids& ids) {
-  if (ids.empty()) return "Nothing is selected";
-  const BaseList2D* first = engine::FindNode(&doc, ids.front());
-  if (!first) return {};
-  if (ids.size() == 1) return ToQt(first->GetName()).simplified();
-  return QLocale(QLocale::English).toString(static_cast<qulonglong>(ids.size())) + " " + Plural(engine::KindOf(*first));
+QString TitleOf(const ElementList& elements) {
+  if (elements.empty()) return "Nothing is selected";
+  const BaseList2D& first = *elements.front();
+  if (elements.size() == 1) return ToQt(first.GetName()).simplified();
+  return QLocale(QLocale::English).toString(static_cast<qulonglong>(elements.size())) + " " + Plural(engine::KindOf(first));
 }
 
-QString KindsOf(host::BaseDocument& doc, const Ids& ids) {
+QString KindsOf(const ElementList& elements) {
   QStringList names;
-  for (const auto& type : OneOfEachType(ElementsOf(doc, ids))) names.push_back(ToQt(type.second->GetTypeName()));
+  for (const auto& type : OneOfEachType(elements)) names.push_back(ToQt(type.second->GetTypeName()));
   if (names.size() <= kMostKinds) return names.join(", ");
   return names.mid(0, kMostKinds).join(", ") + " ...";
 }

@@ -26,10 +26,12 @@ struct AttributeGroup {
   bool LooksLike(const AttributeGroup& other) const;
 };
 
-// The groups for elements of `doc`, one at least; for none of them those of the document itself.
-std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const SharedIds& elements);
+using ElementList = std::vector<host::BaseList2D*>;
+
+// The groups for elements of `doc` with those identities; for none of them those of the document itself. At least one.
+std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements, const SharedIds& ids);
 // What is looked at in a few words: a name, "3 objects", "Nothing is selected"; and what it is: "Cube", "Null, Cube".
-QString TitleOf(host::BaseDocument& doc, const Ids& elements);
-QString KindsOf(host::BaseDocument& doc, const Ids& elements);
+QString TitleOf(const ElementList& elements);
+QString KindsOf(const ElementList& elements);
 
 }  // namespace desktop

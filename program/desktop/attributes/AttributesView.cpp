@@ -53,11 +53,12 @@ void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) 
   doc_ = IdentityOf(doc);
   elements_ = elements;
   seen_ = doc ? engine::ChangeCount(*doc) : 0;
-  std::vector<AttributeGroup> groups = doc ? GroupsFor(*doc, elements) : std::vector<AttributeGroup>();
+  const ElementList living = doc ? ElementsOf(*doc, *elements) : ElementList();
+  std::vector<AttributeGroup> groups = doc ? GroupsFor(*doc, living, elements) : std::vector<AttributeGroup>();
   if (!content_ || !LookAlike(groups, groups_)) Build(groups);
   groups_ = std::move(groups);
-  ShowHeading(doc);
-  if (doc) ShowValues(*doc);
+  ShowHeading(doc, living);
+  if (doc) ShowValues(*doc, living);
 }
 
 void AttributesView::Build(const std::vector<AttributeGroup>& groups) {
@@ -97,27 +98,25 @@ void AttributesView::AddGroup(const AttributeGroup& group, int labelWidth) {
   content_->layout()->addWidget(section);
 }
 
-void AttributesView::ShowValues(host::BaseDocument& doc) {
+void AttributesView::ShowValues(host::BaseDocument& doc, const ElementList& elements) {
   auto shown = lines_.begin();
-  SharedIds ids;
-  std::vector<host::BaseList2D*> elements;
   for (const AttributeGroup& group : groups_) {
     for (const AttributeLine& line : group.lines) {
-      if (line.elements != ids) elements = ElementsOf(doc, *line.elements);
-      ids = line.elements;
       shown->line = line;
-      if (!elements.empty()) shown->field->Show(ReadCommon(elements, *line.field), doc);
+      const ElementList own = line.elements == elements_ ? ElementList() : ElementsOf(doc, *line.elements);
+      const ElementList& meant = line.elements == elements_ ? elements : own;
+      if (!meant.empty()) shown->field->Show(ReadCommon(meant, *line.field), doc);
       ++shown;
     }
   }
 }
 
-void AttributesView::ShowHeading(host::BaseDocument* doc) {
-  const QString title = doc ? TitleOf(*doc, *elements_) : QString("No document is open");
+void AttributesView::ShowHeading(const host::BaseDocument* doc, const ElementList& elements) {
+  const QString title = doc ? TitleOf(elements) : QString("No document is open");
   title_->setText(title.left(kLongestTitle));
   title_->setToolTip(title.size() > kLongestTitle ? title.left(10 * kLongestTitle) : QString());
-  kinds_->setText(doc ? KindsOf(*doc, *elements_) : QString());
-  kinds_->setVisible(!kinds_->text().isEmpty());
+  kinds_->setText(KindsOf(elements));
+  kinds_->setVisible(!elements.empty());
 }
 
 void AttributesView::Edit(std::size_t line, const FieldEdit& edit) {

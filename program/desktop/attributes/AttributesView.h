@@ -26,8 +26,8 @@ class AttributesView : public QScrollArea {
  private:
   void Build(const std::vector<AttributeGroup>& groups);
   void AddGroup(const AttributeGroup& group, int labelWidth);
-  void ShowValues(host::BaseDocument& doc);
-  void ShowHeading(host::BaseDocument* doc);
+  void ShowValues(host::BaseDocument& doc, const ElementList& elements);
+  void ShowHeading(const host::BaseDocument* doc, const ElementList& elements);
   void Edit(std::size_t line, const FieldEdit& edit);
 
   struct Shown {

@@ -59,6 +59,7 @@ ChoiceLine::ChoiceLine(const Field& field, QWidget* parent) : LineField(field, p
   box_->setPlaceholderText(kMixed);
   box_->setFocusPolicy(Qt::StrongFocus);
   box_->setToolTip(field.tip);
+  box_->setAccessibleName(field.label);
   for (const FieldChoice& choice : field.choices) box_->addItem(choice.label, choice.value);
   layout()->addWidget(box_);
   setFocusProxy(box_);

@@ -25,6 +25,8 @@ struct OwnProperty {
   LONG id;
   GeData (*read)(const BaseList2D& element);
   void (*write)(BaseList2D& element, const GeData& value);
+  // Whether both surely have the same value: saves reading it, of very many elements. Null: not known.
+  bool (*alike)(const BaseList2D& a, const BaseList2D& b) = nullptr;
 };
 
 const BaseObject& Object(const BaseList2D& element) { return static_cast<const BaseObject&>(element); }
@@ -34,6 +36,12 @@ BaseDocument& Document(BaseList2D& element) { return static_cast<BaseDocument&>(
 LONG Number(bool value) { return value ? 1 : 0; }
 GeData Link(const BaseList2D* target) { return GeData(target); }
 BaseList2D* Target(const BaseList2D& element, const GeData& value) { return value.GetLink(element.GetDocument()); }
+
+bool SameAxes(const BaseList2D& a, const BaseList2D& b) {
+  const host::Matrix first = Object(a).GetMl();
+  const host::Matrix second = Object(b).GetMl();
+  return first.v1 == second.v1 && first.v2 == second.v2 && first.v3 == second.v3;
+}
 
 void WritePosition(BaseList2D& element, const GeData& value) {
   host::Matrix frame = Object(element).GetMl();
@@ -53,9 +61,11 @@ void WriteLayerColor(BaseList2D& element, const GeData& value) {
 
 constexpr OwnProperty kProperties[] = {
     {kFieldName, [](const BaseList2D& e) { return GeData(e.GetName()); },
-     [](BaseList2D& e, const GeData& v) { e.SetName(v.GetString()); }},
+     [](BaseList2D& e, const GeData& v) { e.SetName(v.GetString()); },
+     [](const BaseList2D& a, const BaseList2D& b) { return a.GetName() == b.GetName(); }},
     {kFieldLayer, [](const BaseList2D& e) { return Link(e.GetLayerObject(e.GetDocument())); },
-     [](BaseList2D& e, const GeData& v) { e.SetLayerObject(engine::AsLayer(Target(e, v))); }},
+     [](BaseList2D& e, const GeData& v) { e.SetLayerObject(engine::AsLayer(Target(e, v))); },
+     [](const BaseList2D& a, const BaseList2D& b) { return engine::LayerIdOf(a) == engine::LayerIdOf(b); }},
     {kFieldEditorMode, [](const BaseList2D& e) { return GeData(Object(e).GetEditorMode()); },
      [](BaseList2D& e, const GeData& v) { Object(e).SetEditorMode(v.GetLong()); }},
     {kFieldRenderMode, [](const BaseList2D& e) { return GeData(Object(e).GetRenderMode()); },
@@ -64,9 +74,9 @@ constexpr OwnProperty kProperties[] = {
      [](BaseList2D& e, const GeData& v) { Object(e).SetDeformMode(v.GetBool()); }},
     {kFieldPosition, [](const BaseList2D& e) { return GeData(Object(e).GetMl().off); }, WritePosition},
     {kFieldRotation, [](const BaseList2D& e) { return GeData(AnglesOf(Object(e).GetMl())); },
-     [](BaseList2D& e, const GeData& v) { Object(e).SetMl(WithAngles(Object(e).GetMl(), v.GetVector())); }},
+     [](BaseList2D& e, const GeData& v) { Object(e).SetMl(WithAngles(Object(e).GetMl(), v.GetVector())); }, SameAxes},
     {kFieldScale, [](const BaseList2D& e) { return GeData(ScaleOf(Object(e).GetMl())); },
-     [](BaseList2D& e, const GeData& v) { Object(e).SetMl(WithScale(Object(e).GetMl(), v.GetVector())); }},
+     [](BaseList2D& e, const GeData& v) { Object(e).SetMl(WithScale(Object(e).GetMl(), v.GetVector())); }, SameAxes},
     {kFieldTagMaterial, [](const BaseList2D& e) { return Link(static_cast<const host::TextureTag&>(e).GetMaterial()); },
      [](BaseList2D& e, const GeData& v) { static_cast<host::TextureTag&>(e).SetMaterial(engine::AsMaterial(Target(e, v))); }},
     {kFieldInUse, [](const BaseList2D& e) { return GeData(Number(!e.GetBit(host::BIT_DISABLED))); }, WriteInUse},
@@ -146,7 +156,10 @@ GeData ReadField(const BaseList2D& element, const Field& field) {
 
 FieldValue ReadCommon(const std::vector<BaseList2D*>& elements, const Field& field) {
   FieldValue common{ReadField(*elements.front(), field)};
+  const OwnProperty* property = field.id < 0 ? PropertyOf(field.id) : nullptr;
+  const auto alike = property ? property->alike : nullptr;
   for (const BaseList2D* element : elements) {
+    if (alike && alike(*element, *elements.front())) continue;
     if (MarkDifferences(common, ReadField(*element, field), field.kind)) break;
   }
   return common;

@@ -49,6 +49,7 @@ NumberLine::NumberLine(const Field& field, QWidget* parent) : LineField(field, p
   for (std::size_t part = 0; part < parts; ++part) {
     auto* number = new NumberEdit(field, MarkOf(field.kind, part), this);
     number->entered = [this, part](double value, bool goesOn) { Entered(part, value, goesOn); };
+    number->setAccessibleName(parts > 1 ? QString("%1 %2").arg(field.label, QChar(MarkOf(field.kind, part))) : field.label);
     layout()->addWidget(number);
     numbers_.push_back(number);
     Watch(number);

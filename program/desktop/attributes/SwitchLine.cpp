@@ -6,6 +6,7 @@ namespace desktop {
 
 SwitchLine::SwitchLine(const Field& field, QWidget* parent) : LineField(field, parent), box_(new QCheckBox(this)) {
   box_->setToolTip(field.tip);
+  box_->setAccessibleName(field.label);
   layout()->addWidget(box_);
   static_cast<QHBoxLayout*>(layout())->addStretch();
   setFocusProxy(box_);

@@ -19,6 +19,7 @@ constexpr const char* kPictures = "Pictures (*.png *.jpg *.jpeg *.tif *.tiff *.e
 TextLine::TextLine(const Field& field, QWidget* parent) : LineField(field, parent), edit_(new TypingEdit(this)) {
   edit_->take = [this](const QString& text) { return Take(text); };
   edit_->setToolTip(field.tip);
+  edit_->setAccessibleName(field.label);
   layout()->addWidget(edit_);
   Watch(edit_);
   setFocusProxy(edit_);
