@@ -2,14 +2,10 @@
 // made, so that pictures with any cameras share it. Making and looking: any thread.
 #pragma once
 
-#include <functional>
-
+#include "engine/core/GoOn.h"
 #include "engine/render/RayScene.h"
 
 namespace engine {
-
-// Asked now and then with the share of the whole work that is done, 0..1; false stops.
-using GoOn = std::function<bool(double)>;
 
 // Gives the instances their geometry, the looks their textures, and the scene its bounds and the notes about what of these
 // failed. False when stopped.

@@ -138,6 +138,7 @@ SceneBuilder::OwnedNode SceneBuilder::Make(ElementSection section, std::size_t a
 }
 
 void SceneBuilder::Fill(BaseList2D& node, const ElementTable& table, std::size_t at) const {
+  pace_.Step();
   SetId(node, table.ids[at]);
   node.SetName(tables_.values.texts[table.names[at]]);
   *node.GetDataInstance() = tables_.values.containers[table.data[at]];

@@ -6,6 +6,7 @@
 
 #include "engine/scene/Nodes.h"
 #include "engine/scenefile/Elements.h"
+#include "engine/scenefile/Pace.h"
 #include "engine/scenefile/ValueSections.h"
 
 namespace engine::scenefile {
@@ -37,8 +38,8 @@ using OwnedDocument = std::unique_ptr<host::BaseDocument, DocumentFree>;
 
 class SceneBuilder {
  public:
-  // `tables` must outlive the builder.
-  explicit SceneBuilder(const SceneTables& tables) : tables_(tables) {}
+  // `tables` and `pace` must outlive the builder.
+  SceneBuilder(const SceneTables& tables, Pace& pace) : tables_(tables), pace_(pace) {}
   // The document, unchanged as far as "has unsaved changes" goes. Throws Damage.
   OwnedDocument Build();
 
@@ -63,6 +64,7 @@ class SceneBuilder {
   host::BaseList2D* Step(std::uint64_t depth, host::BaseList2D& node, host::BaseList2D** pred);
 
   const SceneTables& tables_;
+  Pace& pace_;
   OwnedDocument doc_;
   std::vector<host::BaseList2D*> rows_;
   std::vector<host::BaseList2D*> path_;

@@ -6,6 +6,7 @@
 #include "engine/scenefile/FilesSection.h"
 #include "engine/scenefile/Guard.h"
 #include "engine/scenefile/KeptSections.h"
+#include "engine/scenefile/Pace.h"
 #include "engine/scenefile/SceneBuilder.h"
 #include "engine/scenefile/SceneWriter.h"
 
@@ -33,17 +34,31 @@ DocumentRecord ReadDocumentRecord(std::string_view contents, const ElementBounds
   return record;
 }
 
-OwnedDocument ReadDocument(const std::vector<Section>& sections, Budget& budget) {
+// Of the reading of a scene: the tables; the rest is building the document.
+constexpr double kTables = 0.4;
+
+void ReadTables(const std::vector<Section>& sections, const ElementBounds& bounds, Budget& budget, Pace& pace,
+                ElementTables& tables) {
+  std::uint64_t rows = 0;
+  for (std::size_t section = 0; section < kElementSections; ++section) {
+    const std::string contents = Expand(NeededSection(sections, kElementRules[section].name), budget);
+    ReadElements(tables, static_cast<ElementSection>(section), contents, bounds, budget);
+    rows += tables[section].Rows();
+    if (rows >= Pace::kStride) pace.Ask(kTables * static_cast<double>(section + 1) / static_cast<double>(kElementSections));
+  }
+  pace.Expect(rows, kTables);
+}
+
+OwnedDocument ReadDocument(const std::vector<Section>& sections, Budget& budget, Pace& pace) {
   const auto contents = [&](const char* name) { return Expand(NeededSection(sections, name), budget); };
   const ValueReader values(sections, budget);
   SceneTables tables{values, ReadMeshes(contents("MESHES"), budget), {}, {}};
   const ElementBounds bounds{values.texts.size(), values.containers.size(), values.numbers.vectors.size(),
                              values.numbers.matrices.size(), tables.meshes.size()};
   tables.document = ReadDocumentRecord(contents("DOCUMENT"), bounds, budget);
-  for (std::size_t section = 0; section < kElementSections; ++section)
-    ReadElements(tables.elements, static_cast<ElementSection>(section), contents(kElementRules[section].name), bounds, budget);
+  ReadTables(sections, bounds, budget, pace, tables.elements);
   CheckIdentities(tables.elements, tables.document.id);
-  OwnedDocument doc = SceneBuilder(tables).Build();
+  OwnedDocument doc = SceneBuilder(tables, pace).Build();
   if (FindSection(sections, "FILES")) SetEmbeddedFiles(*doc, ReadFiles(contents("FILES"), values.texts, budget));
   KeepUnknownSections(*doc, sections, budget);
   return doc;
@@ -56,28 +71,35 @@ std::uint64_t MemoryOfMachine() {
   return pages > 0 && bytes > 0 ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(bytes) : std::uint64_t{4} << 30;
 }
 
+GoOn Telling(const char* doing, const std::string& path) {
+  const std::string what = doing + path.substr(path.rfind('/') + 1);
+  return [what](double done) { return Outside::Current().Progress(done, what); };
+}
+
 std::string At(const std::string& path) { return "\"" + path + "\": "; }
 
 }  // namespace
 
-Result<std::vector<std::string>> WriteScene(const BaseDocument& doc) {
+Result<std::vector<std::string>> WriteScene(const BaseDocument& doc, const GoOn& goOn) {
   return Guarded<std::vector<std::string>>([&] {
     SectionWriter sections(FrameKind::Scene);
-    SceneWriter(doc).Write(sections);
+    Pace pace(goOn);
+    SceneWriter(doc, pace).Write(sections);
     AddKeptSections(doc, sections);
     return sections.Finish();
   });
 }
 
-Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit) {
+Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit, const GoOn& goOn) {
   return Guarded<BaseDocument*>([&] {
     Budget budget(memoryLimit ? memoryLimit : MemoryOfMachine());
-    return ReadDocument(ReadSections(bytes, FrameKind::Scene), budget).release();
+    Pace pace(goOn);
+    return ReadDocument(ReadSections(bytes, FrameKind::Scene), budget, pace).release();
   });
 }
 
 Status SaveSceneFile(const BaseDocument& doc, const std::string& path) {
-  const Result<std::vector<std::string>> pieces = WriteScene(doc);
+  const Result<std::vector<std::string>> pieces = WriteScene(doc, Telling("Saving ", path));
   if (!pieces) return Status::Failure(At(path) + pieces.Message());
   const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
   return Outside::Current().ReplaceFile(path, views);
@@ -86,7 +108,7 @@ Status SaveSceneFile(const BaseDocument& doc, const std::string& path) {
 Result<BaseDocument*> OpenSceneFile(const std::string& path) {
   const Result<std::string> bytes = Outside::Current().ReadFile(path);
   if (!bytes) return Result<BaseDocument*>(bytes.GetStatus());
-  Result<BaseDocument*> doc = ReadScene(bytes.Value());
+  Result<BaseDocument*> doc = ReadScene(bytes.Value(), 0, Telling("Opening ", path));
   if (!doc) return Result<BaseDocument*>::Failure(At(path) + doc.Message());
   const host::Filename file{host::String(std::string_view(path))};
   doc.Value()->SetDocumentPath(file.GetDirectory());

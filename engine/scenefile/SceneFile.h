@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/core/GoOn.h"
 #include "engine/core/Result.h"
 #include "host/BaseDocument.h"
 
@@ -15,13 +16,15 @@ namespace engine {
 // The whole file as pieces to be written in order. Identities, own IDs, empty entries, order, bits, selection, active
 // render settings, scene camera and unknown sections that were read are kept; undo steps are not saved. Any thread, for a
 // document that no other thread reads or changes.
-Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc);
+Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc, const GoOn& goOn = {});
 
 // A new document, owned by the caller (BaseDocument::Free), without path and name. One that would need more than `memoryLimit`
 // bytes (0: the memory of the machine) is refused.
-Result<host::BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0);
+Result<host::BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0, const GoOn& goOn = {});
 
-// The same through the Outside. Saving leaves the document's path, name and "changed" as they are; opening sets path and name.
+// The same through the Outside, which hears of the progress of scenes with many elements and may stop it: then nothing is
+// opened, and a file that is there stays as it is. Saving leaves the document's path, name and "changed" as they are; opening
+// sets path and name.
 Status SaveSceneFile(const host::BaseDocument& doc, const std::string& path);
 Result<host::BaseDocument*> OpenSceneFile(const std::string& path);
 

@@ -12,14 +12,26 @@ using host::BaseList2D;
 using host::BaseObject;
 using host::GeListNode;
 
+namespace {
+
+std::uint64_t ElementsOf(const host::BaseDocument& doc) {
+  const SceneCounts counts = CountScene(doc);
+  return counts.objects + counts.tags + counts.materials + counts.shaders + counts.layers;
+}
+
+}  // namespace
+
 void SceneWriter::Write(SectionWriter& sections) {
+  pace_.Expect(ElementsOf(doc_) * 2);
   Collect();
   const std::string files = FilesContents(EmbeddedFilesOf(doc_), values_.texts);
   values_.Finish(sections);
   sections.Add("MESHES", meshes_.Contents());
   sections.Add("DOCUMENT", DocumentContents());
-  for (std::size_t section = 0; section < kElementSections; ++section)
+  for (std::size_t section = 0; section < kElementSections; ++section) {
+    pace_.Step(tables_[section].Rows());
     sections.Add(kElementRules[section].name, tables_[section].Contents(kElementRules[section], values_.containers.Numbers()));
+  }
   if (!EmbeddedFilesOf(doc_).empty()) sections.Add("FILES", files);
 }
 
@@ -75,6 +87,7 @@ void SceneWriter::AddShaders() {
 }
 
 void SceneWriter::AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t depth, const BaseList2D& node) {
+  pace_.Step();
   table.owners.push_back(owner);
   table.depths.push_back(depth);
   table.types.push_back(Extended(node.GetType()));

@@ -6,14 +6,15 @@
 #include "engine/scene/Nodes.h"
 #include "engine/scenefile/Elements.h"
 #include "engine/scenefile/Meshes.h"
+#include "engine/scenefile/Pace.h"
 #include "engine/scenefile/ValueSections.h"
 
 namespace engine::scenefile {
 
 class SceneWriter {
  public:
-  // The document must not change while the writer lives.
-  explicit SceneWriter(const host::BaseDocument& doc) : doc_(doc), rows_{&doc} {}
+  // The document must not change while the writer lives; the pace is that of the whole writing.
+  SceneWriter(const host::BaseDocument& doc, Pace& pace) : doc_(doc), pace_(pace), rows_{&doc} {}
 
   // Everything but the sections that were kept. Throws Damage for a scene that no reader would take.
   void Write(SectionWriter& sections);
@@ -34,6 +35,7 @@ class SceneWriter {
   std::string DocumentContents() const;
 
   const host::BaseDocument& doc_;
+  Pace& pace_;
   std::vector<const host::BaseList2D*> rows_;
   ElementTables tables_;
   ValueWriter values_;

@@ -12,7 +12,8 @@ namespace desktop {
 
 namespace {
 
-constexpr int kMillisecondsBeforeProgressShows = 300;
+constexpr int kMillisecondsBeforeProgressShows = 150;
+constexpr int kMillisecondsBetweenShows = 40;
 constexpr int kMillisecondsOfSilence = 400;
 constexpr int kProgressSteps = 1000;
 constexpr int kNarrowestBox = 340;
@@ -68,6 +69,9 @@ bool DesktopPerson::ShowProgress(double fraction, const std::string& what) {
     progress_->setRange(0, kProgressSteps);
   }
   idle_.start(kMillisecondsOfSilence);
+  // Work that tells often is not held up by drawing.
+  if (shown_.isValid() && shown_.elapsed() < kMillisecondsBetweenShows && fraction < 1) return !progress_->wasCanceled();
+  shown_.start();
   progress_->setLabelText(ToQt(what));
   progress_->setValue(static_cast<int>(fraction * kProgressSteps));
   const bool goOn = progress_ && !progress_->wasCanceled();
@@ -77,6 +81,7 @@ bool DesktopPerson::ShowProgress(double fraction, const std::string& what) {
 
 void DesktopPerson::EndProgress() {
   idle_.stop();
+  shown_.invalidate();
   if (!progress_) return;
   progress_->hide();
   progress_->deleteLater();

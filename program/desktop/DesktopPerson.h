@@ -3,6 +3,7 @@
 // Main thread, except Progress.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QProgressDialog>
 #include <QTimer>
@@ -34,7 +35,8 @@ class DesktopPerson : public engine::Person {
 
   QPointer<QWidget> window_;
   QPointer<QProgressDialog> progress_;
-  QTimer idle_;  // work that ends early says nothing: after a while without news its box goes
+  QElapsedTimer shown_;  // since it was drawn last
+  QTimer idle_;          // work that ends early says nothing: after a while without news its box goes
 };
 
 }  // namespace desktop

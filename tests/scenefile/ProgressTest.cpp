@@ -1,0 +1,79 @@
+// Large scenes tell how far their reading and writing is and can be stopped; nothing is lost by that.
+#include <gtest/gtest.h>
+
+#include "engine/outside/ScriptedOutside.h"
+#include "engine/scene/Nodes.h"
+#include "engine/scenefile/SceneFile.h"
+#include "host/Host.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+struct FreeDocument {
+  void operator()(host::BaseDocument* doc) const { host::BaseDocument::Free(doc); }
+};
+using Document = std::unique_ptr<host::BaseDocument, FreeDocument>;
+
+Document SceneOf(int objects) {
+  Document doc(host::BaseDocument::Alloc());
+  for (int i = 0; i < objects; ++i) doc->AppendObject(host::BaseObject::Alloc(host::Onull));
+  return doc;
+}
+
+TEST(SceneProgress, GoesFromNothingToAllInBothDirections) {
+  const Document doc = SceneOf(40000);
+  std::vector<double> shares;
+  const engine::GoOn note = [&](double share) {
+    shares.push_back(share);
+    return true;
+  };
+  const auto check = [&](const char* what) {
+    EXPECT_GE(shares.size(), 5U) << what;
+    EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end())) << what;
+    EXPECT_LT(shares.front(), 0.4) << what;
+    EXPECT_GT(shares.back(), 0.6) << what;
+    EXPECT_LE(shares.back(), 1) << what;
+    shares.clear();
+  };
+  const auto pieces = engine::WriteScene(*doc, note);
+  ASSERT_TRUE(pieces);
+  check("writing");
+  std::string bytes;
+  for (const std::string& piece : pieces.Value()) bytes += piece;
+  const auto read = engine::ReadScene(bytes, 0, note);
+  ASSERT_TRUE(read);
+  const Document again(read.Value());
+  check("reading");
+}
+
+TEST(SceneProgress, StoppingASaveLeavesTheOldFileAndStoppingAnOpenSaysSo) {
+  tests::ScratchFolder folder;
+  engine::ScriptedOutside outside;
+  const engine::OutsideInUse inUse(outside);
+  const std::string path = folder / "large.c4d";
+  const Document small = SceneOf(10);
+  ASSERT_TRUE(engine::SaveSceneFile(*small, path));
+  EXPECT_EQ(outside.ProgressCalls(), 0) << "nobody would see anything of it";
+  const std::string before = outside.ReadFile(path).Value();
+  const Document large = SceneOf(40000);
+  outside.StopProgressAt(2);
+  const engine::Status saved = engine::SaveSceneFile(*large, path);
+  EXPECT_FALSE(saved);
+  EXPECT_NE(saved.Message().find("stopped"), std::string::npos) << saved.Message();
+  EXPECT_EQ(outside.ReadFile(path).Value(), before);
+  EXPECT_EQ(outside.ListFiles(folder.Path()).Value().size(), 1U);
+
+  outside.StopProgressAt(0);
+  ASSERT_TRUE(engine::SaveSceneFile(*large, path));
+  outside.StopProgressAt(2);
+  const auto opened = engine::OpenSceneFile(path);
+  EXPECT_FALSE(opened);
+  EXPECT_NE(opened.Message().find("stopped"), std::string::npos) << opened.Message();
+  outside.StopProgressAt(0);
+  const auto whole = engine::OpenSceneFile(path);
+  ASSERT_TRUE(whole);
+  const Document again(whole.Value());
+  EXPECT_EQ(engine::CountScene(*again).objects, 40000U);
+}
+
+}  // namespace
