@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "program/commandline/StagemarksDialog.h"
+#include "program/pictures/StagemarksDialog.h"
 
 namespace commandline {
+
+using pictures::Mark;
 
 struct PageEntry {
   Mark state;

@@ -10,10 +10,13 @@
 #include "engine/application/Application.h"
 #include "program/commandline/Program.h"
 #include "program/commandline/Report.h"
-#include "program/commandline/StagemarksDialog.h"
 #include "program/commandline/VerbOutside.h"
+#include "program/pictures/StagemarksDialog.h"
 
 namespace commandline {
+
+using pictures::Mark;
+using pictures::StagemarksDialog;
 
 // An absolute path for one as typed.
 std::string AbsolutePath(const std::string& typed);

@@ -45,14 +45,11 @@ int SheetMaking::LayOut() {
     if (const int status = pictures_.Recall(state); status != kDone) return status;
     sizes_.push_back(pictures_.Size());
   }
-  subtitle_ = pictures_.AsItIs() ? "No Stagemarks yet: the scene as it is" : Counted(pictures_.States().size(), "Stagemark");
+  subtitle_ = pictures::SheetSubtitle(pictures_.AsItIs() ? 0 : pictures_.States().size());
   if (order_.sheet.empty()) return kDone;
-  const auto layout = LayOutSheet(sizes_.size(), CommonShape(sizes_));
-  if (!layout) return Fail(layout.Message());
-  box_ = layout.Value().box;
-  auto sheet = ContactSheet::Make(layout.Value(), title_, subtitle_);
+  auto sheet = pictures::ContactSheet::Make(sizes_, title_, subtitle_);
   if (!sheet) return Fail(sheet.Message());
-  sheet_ = std::make_unique<ContactSheet>(sheet.Take());
+  sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
   return kDone;
 }
 
@@ -60,7 +57,7 @@ int SheetMaking::RenderAll() {
   for (std::size_t i = 0; i < sizes_.size(); ++i) {
     Mark state = pictures_.States()[i];
     int status = pictures_.Recall(state);
-    if (pictures_.AsItIs()) state.name = "As it is";
+    if (pictures_.AsItIs()) state.name = pictures::kAsItIs;
     if (status == kDone && sheet_) status = AddToSheet(i, state);
     if (status == kDone && !order_.folder.empty()) status = AddToPage(i, state);
     if (status != kDone) return status;
@@ -70,7 +67,7 @@ int SheetMaking::RenderAll() {
 
 int SheetMaking::AddToSheet(std::size_t index, const Mark& state) {
   engine::Image picture;
-  const int status = pictures_.Render(FittedInto(sizes_[index], box_), {index, sizes_.size()}, state.name, &picture);
+  const int status = pictures_.Render(FittedInto(sizes_[index], sheet_->Box()), {index, sizes_.size()}, state.name, &picture);
   if (status == kDone) sheet_->Place(index, picture, state);
   return status;
 }

@@ -8,8 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "program/commandline/ContactSheet.h"
 #include "program/commandline/PicturePage.h"
+#include "program/commandline/StatePictures.h"
+#include "program/pictures/ContactSheet.h"
 
 namespace commandline {
 
@@ -44,8 +45,7 @@ class SheetMaking {
   std::string title_;
   std::string subtitle_;
   std::vector<PictureSize> sizes_;
-  PictureSize box_;
-  std::unique_ptr<ContactSheet> sheet_;
+  std::unique_ptr<pictures::ContactSheet> sheet_;
   std::vector<PageEntry> entries_;
   std::set<std::string> files_;                 // names given, letter case folded
   std::map<std::string, std::size_t> numbers_;  // by name: the last number tried

@@ -1,9 +1,7 @@
 #include "program/commandline/StatePictures.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
-#include <filesystem>
 
 #include "engine/render/Renderer.h"
 #include "host/Host.h"
@@ -21,12 +19,6 @@ constexpr std::uint64_t kBytesPerPixel = 16;
 
 const host::BaseContainer& ActiveSettings(const host::BaseDocument& doc) { return *doc.GetActiveRenderData()->GetDataInstance(); }
 
-std::uint32_t Side(host::LONG pixels) { return static_cast<std::uint32_t>(std::max<host::LONG>(0, pixels)); }
-
-std::uint32_t Scaled(std::uint32_t side, double scale) {
-  return static_cast<std::uint32_t>(std::max(1.0, std::round(static_cast<double>(side) * scale)));
-}
-
 }  // namespace
 
 Result<PictureSize> ParsePictureSize(const std::string& typed) {
@@ -42,16 +34,6 @@ Result<PictureSize> ParsePictureSize(const std::string& typed) {
 }
 
 std::string SizeText(const PictureSize& size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
-
-PictureSize FittedInto(const PictureSize& size, const PictureSize& box) {
-  if (size.width == 0 || size.height == 0) return box;
-  const double scale = std::min(static_cast<double>(box.width) / size.width, static_cast<double>(box.height) / size.height);
-  return {std::min(box.width, Scaled(size.width, scale)), std::min(box.height, Scaled(size.height, scale))};
-}
-
-std::string SceneName(const host::BaseDocument& doc) {
-  return std::filesystem::path(doc.GetDocumentName().GetString().ToUtf8()).stem().string();
-}
 
 int StatePictures::Fail(const std::string& why) {
   session_.GetProgram().terminal.Error(why);
@@ -79,10 +61,7 @@ int StatePictures::Recall(const Mark& state) {
   return kDone;
 }
 
-PictureSize StatePictures::Size() const {
-  const host::BaseContainer& settings = ActiveSettings(session_.Document());
-  return {Side(settings.GetLong(host::RDATA_XRES)), Side(settings.GetLong(host::RDATA_YRES))};
-}
+PictureSize StatePictures::Size() const { return pictures::SizeOf(session_.Document()); }
 
 PictureFacts StatePictures::Facts(const Mark& state) const {
   host::BaseDocument& doc = session_.Document();
@@ -118,7 +97,7 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
 }
 
 int StatePictures::Save(const engine::Image& picture, const std::string& path) {
-  const Result<std::string> bytes = IsTiffName(path) ? engine::EncodeTiff(picture) : engine::EncodePng(picture);
+  const Result<std::string> bytes = pictures::EncodePicture(picture, path);
   if (!bytes) return Fail("\"" + path + "\" was not written: " + bytes.Message());
   const Status written = session_.Files().ReplaceFile(path, bytes.Value());
   return written ? kDone : Fail(written.Message());

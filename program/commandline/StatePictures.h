@@ -8,25 +8,26 @@
 #include <vector>
 
 #include "engine/render/Image.h"
-#include "program/commandline/PictureNames.h"
 #include "program/commandline/Session.h"
+#include "program/pictures/PictureNames.h"
+#include "program/pictures/PictureSize.h"
 
 namespace commandline {
 
-struct PictureSize {
-  std::uint32_t width = 0;   // pixels
-  std::uint32_t height = 0;  // pixels
-};
+using pictures::CheckPattern;
+using pictures::FillPattern;
+using pictures::FindClash;
+using pictures::FittedInto;
+using pictures::FoldedCase;
+using pictures::IsTiffName;
+using pictures::PictureFacts;
+using pictures::PictureSize;
+using pictures::SafeFileName;
+using pictures::SceneName;
 
 // "1280x720", both 1..16384 and together not more than can be rendered; a failure says what is wrong.
 engine::Result<PictureSize> ParsePictureSize(const std::string& typed);
 std::string SizeText(const PictureSize& size);
-// The largest size of the same shape that fits into `box`.
-PictureSize FittedInto(const PictureSize& size, const PictureSize& box);
-
-// The name of the scene's file without its suffix.
-std::string SceneName(const host::BaseDocument& doc);
-
 // How far the whole work is while one picture of it is rendered.
 struct PictureTurn {
   std::size_t number = 0;  // 0-based

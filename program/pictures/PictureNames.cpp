@@ -1,4 +1,4 @@
-#include "program/commandline/PictureNames.h"
+#include "program/pictures/PictureNames.h"
 
 #include <clocale>
 #include <cwchar>
@@ -8,7 +8,7 @@
 
 #include "engine/core/Utf8.h"
 
-namespace commandline {
+namespace pictures {
 
 using engine::Status;
 
@@ -89,6 +89,10 @@ std::string SafeFileName(const std::string& text) {
 
 bool IsTiffName(const std::string& path) { return LowerSuffix(path) != ".png"; }
 
+engine::Result<std::string> EncodePicture(const engine::Image& picture, const std::string& path) {
+  return IsTiffName(path) ? engine::EncodeTiff(picture) : engine::EncodePng(picture);
+}
+
 // Letters as small ones wherever the system's tables of Unicode know them; bytes that are no text stay as they are.
 std::string FoldedCase(const std::string& text) {
   static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
@@ -119,4 +123,4 @@ std::optional<std::pair<std::size_t, std::size_t>> FindClash(const std::vector<s
   return std::nullopt;
 }
 
-}  // namespace commandline
+}  // namespace pictures

@@ -1,9 +1,9 @@
-#include "program/commandline/ContactSheet.h"
+#include "program/pictures/ContactSheet.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace commandline {
+namespace pictures {
 
 using engine::Font;
 using engine::Image;
@@ -78,8 +78,7 @@ double Fault(std::size_t count, std::size_t columns, int width, int height) {
   return std::abs(std::log(shape / kScreen)) + 0.8 * empty / static_cast<double>(columns);
 }
 
-}  // namespace
-
+// The shape that suits all of these sizes: their own where they share one.
 double CommonShape(const std::vector<PictureSize>& sizes) {
   double shape = 0;
   for (const PictureSize& size : sizes) {
@@ -90,6 +89,7 @@ double CommonShape(const std::vector<PictureSize>& sizes) {
   return std::clamp(shape, 0.6, 2.4);
 }
 
+// The layout for so many cells, closest to the shape of a screen, for pictures that are `shape` wide when 1 high.
 Result<SheetLayout> LayOutSheet(std::size_t count, double shape) {
   count = std::max<std::size_t>(1, count);
   const auto& [most, width] =
@@ -103,18 +103,28 @@ Result<SheetLayout> LayOutSheet(std::size_t count, double shape) {
   SheetLayout layout{columns, rows, {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)}, {}};
   layout.sheet = {static_cast<std::uint32_t>(Width(columns, width)), static_cast<std::uint32_t>(Height(rows, height))};
   if (!engine::CheckImageSize(layout.sheet.width, layout.sheet.height, 4)) {
-    return Result<SheetLayout>::Failure(std::to_string(count) +
-                                        " states are too many for one sheet. Choose some with --state, or use --html.");
+    return Result<SheetLayout>::Failure(
+        std::to_string(count) + " states are too many for one sheet. Choose some of them, or make a page for a browser instead.");
   }
   return layout;
 }
 
-Result<ContactSheet> ContactSheet::Make(const SheetLayout& layout, const std::string& title, const std::string& subtitle) {
+}  // namespace
+
+std::string SheetSubtitle(std::size_t states) {
+  if (states == 0) return "No Stagemarks yet: the scene as it is";
+  return std::to_string(states) + (states == 1 ? " Stagemark" : " Stagemarks");
+}
+
+Result<ContactSheet> ContactSheet::Make(const std::vector<PictureSize>& sizes, const std::string& title,
+                                        const std::string& subtitle) {
+  const auto layout = LayOutSheet(sizes.size(), CommonShape(sizes));
+  if (!layout) return layout.GetStatus();
   auto regular = Font::Load(Font::Weight::Regular);
   if (!regular) return regular.GetStatus();
   auto bold = Font::Load(Font::Weight::Bold);
   if (!bold) return bold.GetStatus();
-  ContactSheet sheet(layout, regular.Take(), bold.Take());
+  ContactSheet sheet(layout.Value(), regular.Take(), bold.Take());
   sheet.DrawHeading(title, subtitle);
   return sheet;
 }
@@ -159,4 +169,4 @@ void ContactSheet::DrawCaption(int left, int top, const Mark& caption) {
   regular_.Draw(regular_.Set(caption.date, kDatePixels, width), left, top + 48, kDim, sheet_);
 }
 
-}  // namespace commandline
+}  // namespace pictures

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "engine/core/Result.h"
+#include "engine/render/Image.h"
 
-namespace commandline {
+namespace pictures {
 
 // What the placeholders {scene}, {state}, {camera} and {frame} stand for.
 struct PictureFacts {
@@ -28,9 +28,11 @@ std::string FillPattern(const std::string& pattern, const PictureFacts& facts);
 std::string SafeFileName(const std::string& text);
 // Whether the file is to be a TIFF.
 bool IsTiffName(const std::string& path);
+// The bytes of the file with that name: a TIFF or PNG by its suffix.
+engine::Result<std::string> EncodePicture(const engine::Image& picture, const std::string& path);
 // The text with small letters only: texts that some file systems would take for one become equal.
 std::string FoldedCase(const std::string& text);
 // Two of the paths that some file systems would take for one: equal up to letter case.
 std::optional<std::pair<std::size_t, std::size_t>> FindClash(const std::vector<std::string>& paths);
 
-}  // namespace commandline
+}  // namespace pictures

@@ -1,9 +1,9 @@
-#include "program/commandline/StagemarksDialog.h"
+#include "program/pictures/StagemarksDialog.h"
 
 #include <algorithm>
 #include <unordered_set>
 
-namespace commandline {
+namespace pictures {
 
 using engine::Gadget;
 using engine::GadgetKind;
@@ -57,6 +57,10 @@ const Gadget& StagemarksDialog::List() const {
   static const Gadget none;
   const auto lists = AllOf(*dialog_, GadgetKind::ListView);
   return lists.empty() || lists.front()->listColumns.size() != kColumns ? none : *lists.front();
+}
+
+bool StagemarksDialog::Fits() const {
+  return List().listColumns.size() == kColumns && Labelled(*dialog_, GadgetKind::Button, "Load");
 }
 
 std::vector<Mark> StagemarksDialog::Marks() const {
@@ -123,6 +127,26 @@ bool StagemarksDialog::Select(const std::string& name) {
   return it != marks.end() && engine::SelectLines(*dialog_, List().id, {static_cast<LONG>(it - marks.begin())});
 }
 
+std::vector<std::string> StagemarksDialog::SelectedNames() const {
+  std::vector<std::string> names;
+  const Gadget& list = List();
+  for (std::size_t line = 0; line < list.listRows.size(); ++line) {
+    if (!list.selection.IsSelected(static_cast<LONG>(line))) continue;
+    names.push_back(list.listRows[line].values.GetString(list.listColumns[kName].id).ToUtf8());
+  }
+  return names;
+}
+
+bool StagemarksDialog::SelectNames(const std::vector<std::string>& names) {
+  const std::unordered_set<std::string> wanted(names.begin(), names.end());
+  const auto marks = Marks();
+  std::vector<LONG> lines;
+  for (std::size_t line = 0; line < marks.size(); ++line) {
+    if (wanted.count(marks[line].name) > 0) lines.push_back(static_cast<LONG>(line));
+  }
+  return engine::SelectLines(*dialog_, List().id, lines);
+}
+
 bool StagemarksDialog::CheckOnly(const std::vector<std::string>& names) {
   if (!Choose("Uncheck All Elements")) return false;
   const std::unordered_set<std::string> wanted(names.begin(), names.end());
@@ -161,4 +185,4 @@ std::string StagemarksDialog::ListText() const {
   return text;
 }
 
-}  // namespace commandline
+}  // namespace pictures

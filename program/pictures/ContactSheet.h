@@ -4,11 +4,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "engine/render/Text.h"
-#include "program/commandline/StatePictures.h"
+#include "program/pictures/PictureSize.h"
+#include "program/pictures/StagemarksDialog.h"
 
-namespace commandline {
+namespace pictures {
 
 // Where everything lies, in pixels.
 struct SheetLayout {
@@ -18,16 +20,19 @@ struct SheetLayout {
   PictureSize sheet;  // the whole
 };
 
-// The layout for so many cells, closest to the shape of a screen, for pictures that are `shape` wide when 1 high. A failure when
-// the sheet would be larger than an image may be.
-engine::Result<SheetLayout> LayOutSheet(std::size_t count, double shape);
-// The shape that suits all of these sizes: their own where they share one.
-double CommonShape(const std::vector<PictureSize>& sizes);
+// What the line below the title says of so many states; without any the sheet shows the scene as it is, under this name.
+std::string SheetSubtitle(std::size_t states);
+inline constexpr const char* kAsItIs = "As it is";
 
 class ContactSheet {
  public:
-  // With the heading drawn. Fails when there is no font.
-  static engine::Result<ContactSheet> Make(const SheetLayout& layout, const std::string& title, const std::string& subtitle);
+  // A sheet with the heading drawn and a cell for each picture, these being the sizes that the pictures have by themselves. Its
+  // shape is close to that of a screen. Fails when it would be larger than an image may be, and when there is no font.
+  static engine::Result<ContactSheet> Make(const std::vector<PictureSize>& sizes, const std::string& title,
+                                           const std::string& subtitle);
+
+  // What each cell's picture fits into.
+  const PictureSize& Box() const { return layout_.box; }
 
   // Puts a picture no larger than the box into the cell `index`, counted from 0 along the rows, with its caption.
   void Place(std::size_t index, const engine::Image& picture, const Mark& caption);
@@ -44,4 +49,4 @@ class ContactSheet {
   engine::Image sheet_;
 };
 
-}  // namespace commandline
+}  // namespace pictures

@@ -8,7 +8,7 @@
 
 #include "engine/dialog/Dialogs.h"
 
-namespace commandline {
+namespace pictures {
 
 // One row of the list.
 struct Mark {
@@ -23,6 +23,8 @@ class StagemarksDialog {
   explicit StagemarksDialog(host::GeDialog& dialog) : dialog_(&dialog) {}
 
   host::GeDialog& Get() { return *dialog_; }
+  // Whether the dialog is what this is for: it has the list and can load.
+  bool Fits() const;
 
   // Rows in the order shown.
   std::vector<Mark> Marks() const;
@@ -38,6 +40,9 @@ class StagemarksDialog {
   bool ChooseLayout(const std::string& entry);
   bool TypeFrames(int from, int to);
   bool Select(const std::string& name);
+  // Names of the selected rows; and selecting those of them that there are.
+  std::vector<std::string> SelectedNames() const;
+  bool SelectNames(const std::vector<std::string>& names);
   // Checks exactly the rows with these names. O(rows + names).
   bool CheckOnly(const std::vector<std::string>& names);
   std::vector<std::string> CheckedNames() const;
@@ -53,4 +58,4 @@ class StagemarksDialog {
   host::GeDialog* dialog_;
 };
 
-}  // namespace commandline
+}  // namespace pictures

@@ -1,0 +1,23 @@
+// PictureSize: how large pictures of a scene are. Pure functions; those of a document on its thread, the others on any.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/BaseDocument.h"
+
+namespace pictures {
+
+struct PictureSize {
+  std::uint32_t width = 0;   // pixels
+  std::uint32_t height = 0;  // pixels
+};
+
+// The largest size of the same shape that fits into `box`.
+PictureSize FittedInto(const PictureSize& size, const PictureSize& box);
+// What the active render settings ask for, 0 for what is no size.
+PictureSize SizeOf(const host::BaseDocument& doc);
+// The name of the scene's file without its suffix.
+std::string SceneName(const host::BaseDocument& doc);
+
+}  // namespace pictures
