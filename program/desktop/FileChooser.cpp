@@ -25,6 +25,7 @@ std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestio
   dialog.setFileMode(isFolder ? QFileDialog::Directory : isSave ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
   dialog.setNameFilters({filter, kAnything});
   if (filter == kOwnScenes) dialog.setDefaultSuffix("c4d");
+  if (filter == kPictureFiles && isSave) dialog.setDefaultSuffix("png");
   ShowProposal(dialog, question.proposal);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
   return dialog.selectedFiles().first().toStdString();

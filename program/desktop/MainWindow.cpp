@@ -51,7 +51,11 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
   BuildPanels();
   BuildMenus();
   person_.SitAt(this);
-  person_.status = [this](const QString& text) { statusBar()->showMessage(text); };
+  person_.status = [this](const QString& text) {
+    statusBar()->showMessage(text);
+    // A plug-in that works for long lets no event loop run.
+    statusBar()->repaint();
+  };
   statusBar();
   autosave_.failed = [this](const std::string& message) { person_.ShowStatus(message); };
   connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this, [this] { Beat(); });
@@ -87,6 +91,7 @@ void MainWindow::BuildMenus() {
   BuildFileMenu(*menuBar()->addMenu("&File"), *this);
   editMenu_ = new EditMenu(*menuBar()->addMenu("&Edit"), *this);
   BuildViewMenu(*menuBar()->addMenu("&View"), *this);
+  BuildRenderMenu(*menuBar()->addMenu("&Render"), *this);
   BuildPluginMenu(*menuBar()->addMenu("&Plug-ins"), *this);
   BuildWindowMenu(*menuBar()->addMenu("&Window"), *this);
   BuildHelpMenu(*menuBar()->addMenu("&Help"), *this);

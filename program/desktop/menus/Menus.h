@@ -15,6 +15,7 @@ QAction* AddEntry(QMenu& menu, const QString& text, const QKeySequence& keys, st
 
 void BuildFileMenu(QMenu& menu, MainWindow& window);
 void BuildViewMenu(QMenu& menu, MainWindow& window);
+void BuildRenderMenu(QMenu& menu, MainWindow& window);
 void BuildPluginMenu(QMenu& menu, MainWindow& window);
 void BuildWindowMenu(QMenu& menu, MainWindow& window);
 void BuildHelpMenu(QMenu& menu, MainWindow& window);

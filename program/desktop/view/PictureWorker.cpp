@@ -1,17 +1,12 @@
 #include "program/desktop/view/PictureWorker.h"
 
 #include "program/desktop/Text.h"
+#include "program/desktop/render/RenderJob.h"
 #include "program/desktop/view/Outline.h"
 
 namespace desktop {
 
 namespace {
-
-QImage ToQImage(const engine::Image& image) {
-  const QImage view(image.bytes.data(), static_cast<int>(image.width), static_cast<int>(image.height),
-                    static_cast<qsizetype>(image.width) * 4, QImage::Format_RGBX8888);
-  return view.convertToFormat(QImage::Format_RGB32);
-}
 
 engine::Box BoxOf(const std::vector<engine::Vec>& points) {
   engine::Box box;

@@ -13,8 +13,9 @@ constexpr int kMillisecondsOfSlice = 25;
 
 }  // namespace
 
-SceneFeed::SceneFeed(engine::RenderCaches& caches, std::function<void(engine::ScenePicture)> read)
-    : caches_(caches), read_(std::move(read)) {
+SceneFeed::SceneFeed(engine::RenderCaches& caches, const engine::SceneReading& how,
+                     std::function<void(engine::ScenePicture)> read)
+    : caches_(caches), how_(how), read_(std::move(read)) {
   next_.setSingleShot(true);
   QObject::connect(&next_, &QTimer::timeout, &next_, [this] { Slice(); });
 }
@@ -28,14 +29,19 @@ void SceneFeed::Follow(const host::BaseDocument* doc) {
 
 void SceneFeed::Start(const host::BaseDocument& doc) {
   count_ = engine::ChangeCount(doc);
-  scan_.emplace(doc, engine::SceneReading{.editorView = true}, caches_);
+  scan_.emplace(doc, how_, caches_);
   Slice();
 }
 
 void SceneFeed::Slice() {
   next_.stop();
   const host::BaseDocument* doc = FindOpenDocument(doc_);
-  if (!scan_ || !doc) return scan_.reset();
+  if (!scan_) return;
+  if (!doc) {
+    scan_.reset();
+    if (lost) lost();
+    return;
+  }
   if (engine::ChangeCount(*doc) != count_) return Start(*doc);
   QElapsedTimer time;
   time.start();

@@ -1,4 +1,4 @@
-// SceneFeed: reads what can be seen of a document whenever that changes, in slices between which the window lives on. It keeps
+// SceneFeed: reads what can be seen of a document when that has changed, in slices between which the window lives on. It keeps
 // the document's identity, never its address. Main thread.
 #pragma once
 
@@ -14,7 +14,9 @@ namespace desktop {
 class SceneFeed {
  public:
   // `read`: takes each scene that was read to its end.
-  SceneFeed(engine::RenderCaches& caches, std::function<void(engine::ScenePicture)> read);
+  SceneFeed(engine::RenderCaches& caches, const engine::SceneReading& how, std::function<void(engine::ScenePicture)> read);
+  // Told when a document was closed before it was read to its end.
+  std::function<void()> lost;
 
   // Begins to read where the document is another one or has changed since; null reads nothing.
   void Follow(const host::BaseDocument* doc);
@@ -25,6 +27,7 @@ class SceneFeed {
   void Slice();
 
   engine::RenderCaches& caches_;
+  engine::SceneReading how_;
   std::function<void(engine::ScenePicture)> read_;
   engine::NodeId doc_ = 0;
   host::ULLONG count_ = 0;

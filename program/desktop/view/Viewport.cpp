@@ -37,7 +37,7 @@ const char* const kHelp =
 
 Viewport::Viewport(QWidget* parent)
     : QWidget(parent),
-      feed_(caches_, [this](engine::ScenePicture scene) { TakeScene(std::move(scene)); }),
+      feed_(caches_, {.editorView = true}, [this](engine::ScenePicture scene) { TakeScene(std::move(scene)); }),
       worker_(caches_, [this](const PicturePass& pass) { Passed(pass); }) {
   setFocusPolicy(Qt::StrongFocus);
   setAttribute(Qt::WA_OpaquePaintEvent);

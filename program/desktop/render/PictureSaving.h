@@ -1,0 +1,21 @@
+// PictureSaving: writes a picture as a TIFF or PNG file, told by the suffix. The bytes are made on a thread of their own, since
+// that takes seconds for a large one; the file is written whole or not at all. Main thread.
+#pragma once
+
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "engine/render/Image.h"
+
+namespace desktop {
+
+// Asks where to; nothing when cancelled. `proposal`: a path or a name.
+std::optional<std::string> AskForPicture(QWidget* parent, const std::string& title, const std::string& proposal);
+
+// Calls `written` on the main thread with the path, unless `owner` is gone by then. What went wrong stands in the status.
+void SavePicture(QObject* owner, std::shared_ptr<const engine::Image> picture, const std::string& path,
+                 std::function<void(const engine::Status&)> written);
+
+}  // namespace desktop

@@ -1,0 +1,109 @@
+#include "program/desktop/render/PictureWindow.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include "program/desktop/Text.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr int kMargin = 8;
+constexpr int kMostNotes = 6;
+
+}  // namespace
+
+PictureWindow::PictureWindow(QWidget* window, const QString& title)
+    : QWidget(window, Qt::Window),
+      view_(new PictureView(this)),
+      zoom_(new QLabel(this)),
+      notes_(new QLabel(this)),
+      progress_(new QProgressBar(this)),
+      text_(new QLabel(this)) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setWindowTitle(title);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(MakeButtons());
+  column->addWidget(view_, 1);
+  notes_->setContentsMargins(kMargin, kMargin / 2, kMargin, kMargin / 2);
+  notes_->setWordWrap(true);
+  notes_->setTextFormat(Qt::PlainText);
+  notes_->hide();
+  column->addWidget(notes_);
+  column->addWidget(MakeBottom());
+  view_->zoomed = [this] { ShowZoom(); };
+  view_->setFocus();
+  resize(960, 720);
+  ShowZoom();
+}
+
+QWidget* PictureWindow::MakeButtons() {
+  auto* row = new QWidget(this);
+  buttons_ = new QHBoxLayout(row);
+  buttons_->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  fit_ = new QPushButton("Fit", row);
+  fit_->setToolTip("Show the whole picture (0)");
+  connect(fit_, &QPushButton::clicked, this, [this] { view_->Fit(); });
+  auto* whole = new QPushButton("100 %", row);
+  whole->setToolTip("One pixel of the picture is one of the screen (1). The wheel zooms, dragging moves the picture.");
+  connect(whole, &QPushButton::clicked, this, [this] { view_->SetZoom(1); });
+  buttons_->addWidget(fit_);
+  buttons_->addWidget(whole);
+  buttons_->addWidget(zoom_);
+  buttons_->addStretch(1);
+  return row;
+}
+
+QWidget* PictureWindow::MakeBottom() {
+  auto* row = new QWidget(this);
+  auto* layout = new QHBoxLayout(row);
+  layout->setContentsMargins(kMargin, kMargin / 2, kMargin, kMargin / 2);
+  progress_->setRange(0, 1000);
+  progress_->setTextVisible(false);
+  progress_->setFixedWidth(180);
+  progress_->setAccessibleName("Progress");
+  text_->setTextFormat(Qt::PlainText);
+  layout->addWidget(progress_);
+  layout->addWidget(text_, 1);
+  return row;
+}
+
+QPushButton* PictureWindow::AddButton(const QString& text, const QString& tip, std::function<void()> work) {
+  auto* button = new QPushButton(text, this);
+  button->setToolTip(tip);
+  connect(button, &QPushButton::clicked, this, [work = std::move(work)] { work(); });
+  buttons_->addWidget(button);
+  return button;
+}
+
+void PictureWindow::Say(const QString& text) { text_->setText(text); }
+
+void PictureWindow::SayNotes(const std::vector<std::string>& notes) {
+  QStringList lines;
+  for (const std::string& note : notes) {
+    if (lines.size() < kMostNotes) lines.append(ToQt(note));
+  }
+  const auto left = static_cast<qsizetype>(notes.size()) - lines.size();
+  if (left > 0) lines.append(QString("And %1 more.").arg(left));
+  notes_->setText(lines.join('\n'));
+  notes_->setVisible(!lines.isEmpty());
+}
+
+void PictureWindow::ShowZoom() {
+  zoom_->setText(view_->Picture().isNull() ? QString() : QString("  %1 %").arg(view_->Zoom() * 100, 0, 'f', 0));
+}
+
+void PictureWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) {
+    close();
+  } else {
+    QWidget::keyPressEvent(event);
+  }
+}
+
+}  // namespace desktop

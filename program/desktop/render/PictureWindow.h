@@ -1,0 +1,47 @@
+// PictureWindow: a window with one picture, the buttons that every such window has (fit, 100 %, zoom) and room for more, and a
+// line at the bottom with progress and text. It goes when it is closed. Main thread.
+#pragma once
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QWidget>
+
+#include "program/desktop/render/PictureView.h"
+
+namespace desktop {
+
+class PictureWindow : public QWidget {
+ public:
+  // Stands in front of `window`, which owns it.
+  PictureWindow(QWidget* window, const QString& title);
+
+  PictureView& View() { return *view_; }
+  QProgressBar& Progress() { return *progress_; }
+  // What the line at the bottom says.
+  void Say(const QString& text);
+  QString Said() const { return text_->text(); }
+  // A line below the picture for what was left out, one note a line; hidden while there are none.
+  void SayNotes(const std::vector<std::string>& notes);
+
+ protected:
+  // A button at the right end of the row.
+  QPushButton* AddButton(const QString& text, const QString& tip, std::function<void()> work);
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  QWidget* MakeButtons();
+  QWidget* MakeBottom();
+  void ShowZoom();
+
+  PictureView* view_;
+  QHBoxLayout* buttons_ = nullptr;
+  QPushButton* fit_ = nullptr;
+  QLabel* zoom_;
+  QLabel* notes_;
+  QProgressBar* progress_;
+  QLabel* text_;
+};
+
+}  // namespace desktop

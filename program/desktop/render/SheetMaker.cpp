@@ -1,0 +1,193 @@
+#include "program/desktop/render/SheetMaker.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "engine/render/SceneScan.h"
+#include "program/desktop/Text.h"
+
+namespace desktop {
+
+namespace {
+
+using pictures::Mark;
+using pictures::StagemarksDialog;
+
+// Of the whole work: finding out the sizes.
+constexpr double kMeasuring = 0.1;
+constexpr host::LONG kWholeDocument = 1024;
+
+std::optional<StagemarksDialog> FindDialog() {
+  for (host::GeDialog* open : engine::OpenDialogs()) {
+    StagemarksDialog dialog(*open);
+    if (dialog.Fits()) return dialog;
+  }
+  return std::nullopt;
+}
+
+// Opens it where a command of that name does.
+std::optional<StagemarksDialog> OpenDialog(engine::Application& application) {
+  auto dialog = FindDialog();
+  for (const engine::CommandPlugin& command : application.Commands()) {
+    if (!dialog && command.name.ToUtf8() == "Stagemarks" && application.ExecuteCommand(command.id)) dialog = FindDialog();
+  }
+  return dialog;
+}
+
+// A copy of a document, the active one while it lives.
+class ActiveCopy {
+ public:
+  explicit ActiveCopy(host::BaseDocument& doc)
+      : original_(doc), copy_(static_cast<host::BaseDocument*>(doc.GetClone(kWholeDocument, nullptr))) {
+    if (!copy_) return;
+    host::InsertBaseDocument(copy_);
+    host::SetActiveDocument(copy_);
+  }
+  ActiveCopy(const ActiveCopy&) = delete;
+  ActiveCopy& operator=(const ActiveCopy&) = delete;
+  ~ActiveCopy() {
+    if (!copy_) return;
+    host::SetActiveDocument(&original_);
+    host::KillDocument(copy_);
+  }
+  host::BaseDocument* Get() const { return copy_; }
+
+ private:
+  host::BaseDocument& original_;
+  host::BaseDocument* copy_;
+};
+
+}  // namespace
+
+SheetMaker::SheetMaker(engine::Application& application, const host::BaseDocument& doc,
+                       std::function<void(const SheetNews&)> news)
+    : application_(application), doc_(IdentityOf(&doc)), news_(std::move(news)), title_(pictures::SceneName(doc)) {
+  next_.setSingleShot(true);
+  connect(&next_, &QTimer::timeout, this, [this] { (this->*step_)(); });
+  Next(&SheetMaker::Begin);
+}
+
+void SheetMaker::Stop() {
+  next_.stop();
+  job_.reset();
+}
+
+void SheetMaker::Next(void (SheetMaker::*step)()) {
+  step_ = step;
+  next_.start(0);
+}
+
+void SheetMaker::Fail(const std::string& problem) {
+  Stop();
+  SheetNews news;
+  news.ended = true;
+  news.problem = problem;
+  news_(news);
+}
+
+std::string SheetMaker::NameOf(std::size_t state) const { return asItIs_ ? pictures::kAsItIs : states_[state].name; }
+
+void SheetMaker::Begin() {
+  const auto dialog = OpenDialog(application_);
+  if (!dialog) return Fail("The plug-in's dialog could not be opened, so its states cannot be loaded.");
+  application_.DeliverEvents();
+  states_ = dialog->Marks();
+  asItIs_ = states_.empty();
+  if (asItIs_) states_.emplace_back();
+  Next(&SheetMaker::Measure);
+}
+
+template <class Look>
+bool SheetMaker::Visit(std::size_t state, const Look& look) {
+  host::BaseDocument* doc = FindOpenDocument(doc_);
+  auto dialog = FindDialog();
+  if (!doc || !dialog) {
+    Fail(doc ? "The plug-in's dialog was closed before the sheet was finished."
+             : "The document was closed before the sheet was finished.");
+    return false;
+  }
+  host::BaseDocument* active = host::GetActiveDocument();
+  const std::vector<std::string> selected = dialog->SelectedNames();
+  bool loaded = false;
+  {
+    const ActiveCopy copy(*doc);
+    loaded = copy.Get() && (asItIs_ || (dialog->Select(states_[state].name) && dialog->Press("Load")));
+    if (loaded) look(*copy.Get());
+  }
+  host::SetActiveDocument(active);
+  host::EventAdd();
+  application_.DeliverEvents();
+  if (!selected.empty()) dialog->SelectNames(selected);
+  if (!loaded) Fail("\"" + NameOf(state) + "\" was not loaded.");
+  return loaded;
+}
+
+void SheetMaker::Measure() {
+  const auto look = [this](const host::BaseDocument& doc) { sizes_.push_back(pictures::SizeOf(doc)); };
+  if (!Visit(sizes_.size(), look)) return;
+  Tell(kMeasuring * static_cast<double>(sizes_.size()) / static_cast<double>(states_.size()), false);
+  Next(sizes_.size() < states_.size() ? &SheetMaker::Measure : &SheetMaker::LayOut);
+}
+
+void SheetMaker::LayOut() {
+  auto sheet = pictures::ContactSheet::Make(sizes_, title_, pictures::SheetSubtitle(asItIs_ ? 0 : states_.size()));
+  if (!sheet) return Fail(sheet.Message());
+  sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
+  Next(&SheetMaker::Render);
+}
+
+void SheetMaker::Render() {
+  std::optional<engine::ScenePicture> scene;
+  const auto look = [&](const host::BaseDocument& doc) {
+    engine::SceneScan scan(doc, {}, engine::RenderCaches::Shared());
+    scan.Advance(std::numeric_limits<std::size_t>::max());
+    scene = scan.Take();
+  };
+  if (!Visit(placed_, look)) return;
+  const pictures::PictureSize size = pictures::FittedInto(sizes_[placed_], sheet_->Box());
+  engine::PictureSetup setup;
+  setup.width = size.width;
+  setup.height = size.height;
+  Tell(0, placed_ == 0);
+  job_ = std::make_unique<RenderJob>(std::move(*scene), setup, engine::RenderCaches::Shared(), false,
+                                     [this](const RenderNews& news) { Take(news); });
+}
+
+void SheetMaker::Take(const RenderNews& news) {
+  for (const std::string& note : news.notes) {
+    if (std::find(notes_.begin(), notes_.end(), note) == notes_.end()) notes_.push_back(note);
+  }
+  if (!news.ended) return Tell(news.done, false);
+  if (!news.picture) return Fail("\"" + NameOf(placed_) + "\" was not rendered: " + news.problem);
+  Mark caption = states_[placed_];
+  caption.name = NameOf(placed_);
+  sheet_->Place(placed_, *news.picture, caption);
+  ++placed_;
+  Tell(0, true);
+  Next(placed_ < states_.size() ? &SheetMaker::Render : &SheetMaker::End);
+}
+
+void SheetMaker::End() {
+  job_.reset();
+  SheetNews news;
+  news.done = 1;
+  news.ended = true;
+  news.notes = notes_;
+  news.picture = std::make_shared<const engine::Image>(sheet_->Picture());
+  news_(news);
+}
+
+// `done`: of the picture that is being rendered.
+void SheetMaker::Tell(double done, bool showsSheet) {
+  SheetNews news;
+  const auto count = static_cast<double>(states_.size());
+  news.done = sheet_ ? kMeasuring + (1 - kMeasuring) * (static_cast<double>(placed_) + done) / count : done;
+  const std::size_t state = std::min(sheet_ ? placed_ : sizes_.size(), states_.size() - 1);
+  news.doing =
+      QString(sheet_ ? "Rendering %1 of %2: " : "Reading %1 of %2: ").arg(state + 1).arg(states_.size()) + ToQt(NameOf(state));
+  news.notes = notes_;
+  if (showsSheet) news.sheet = ToQImage(sheet_->Picture());
+  news_(news);
+}
+
+}  // namespace desktop

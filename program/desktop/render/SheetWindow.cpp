@@ -1,0 +1,70 @@
+#include "program/desktop/render/SheetWindow.h"
+
+#include <QFileInfo>
+#include <QMessageBox>
+
+#include "engine/outside/Outside.h"
+#include "program/desktop/DocumentCommands.h"
+#include "program/desktop/Text.h"
+#include "program/desktop/render/PictureSaving.h"
+#include "program/pictures/PictureNames.h"
+
+namespace desktop {
+
+SheetWindow::SheetWindow(QWidget* window, engine::Application& application, const host::BaseDocument& doc, std::string file)
+    : PictureWindow(window, "Contact Sheet - " + DocumentTitle(doc)),
+      file_(std::move(file)),
+      stop_(AddButton("Stop", "End the work; no sheet is written", [this] { Stop(); })),
+      folder_(AddButton("Open Folder", "Show the folder of the sheet",
+                        [this] {
+                          const std::string path = QFileInfo(ToQt(file_)).path().toStdString();
+                          const engine::Status opened = engine::Outside::Current().OpenWithViewer(path);
+                          if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
+                        })),
+      maker_(application, doc, [this](const SheetNews& news) { Take(news); }) {
+  folder_->setEnabled(false);
+  Say("Reading the states");
+}
+
+void SheetWindow::Stop() {
+  maker_.Stop();
+  End("Stopped; no sheet was written");
+}
+
+void SheetWindow::Take(const SheetNews& news) {
+  if (!news.sheet.isNull()) View().Show(news.sheet);
+  SayNotes(news.notes);
+  Progress().setValue(static_cast<int>(news.done * Progress().maximum()));
+  if (!news.ended) return Say(news.doing);
+  if (!news.picture) return End("No sheet was made: " + ToQt(news.problem));
+  Write(news);
+}
+
+void SheetWindow::Write(const SheetNews& news) {
+  View().Show(ToQImage(*news.picture));
+  stop_->setEnabled(false);
+  Say("Writing " + ToQt(file_));
+  SavePicture(this, news.picture, file_, [this](const engine::Status& written) {
+    End(written ? "Written: " + ToQt(file_) : "Not written: " + ToQt(written.Message()));
+    folder_->setEnabled(written.Ok());
+  });
+}
+
+void SheetWindow::End(const QString& text) {
+  ended_ = true;
+  stop_->setEnabled(false);
+  Progress().hide();
+  Say(text);
+}
+
+void AskForSheet(QWidget& window, engine::Application& application) {
+  host::BaseDocument* doc = host::GetActiveDocument();
+  if (!doc) return;
+  const std::string folder = doc->GetDocumentPath().GetString().ToUtf8();
+  const std::string scene = pictures::SceneName(*doc);
+  const std::string name = pictures::SafeFileName((scene.empty() ? "Scene" : scene) + " sheet") + ".png";
+  const auto file = AskForPicture(&window, "Write the contact sheet as", (folder.empty() ? "" : folder + "/") + name);
+  if (file) (new SheetWindow(&window, application, *doc, *file))->show();
+}
+
+}  // namespace desktop

@@ -1,0 +1,183 @@
+// The windows with pictures: the render and the contact sheet of all states.
+#include <gtest/gtest.h>
+
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QtTest/QTest>
+#include <filesystem>
+
+#include "engine/render/Image.h"
+#include "engine/scene/SceneDump.h"
+#include "host/BaseObject.h"
+#include "host/RenderData.h"
+#include "program/desktop/dialog/ListView.h"
+#include "program/desktop/render/RenderWindow.h"
+#include "program/desktop/render/SheetWindow.h"
+#include "tests/desktop/Desk.h"
+
+namespace {
+
+using desk::Desk;
+using desktop::RenderWindow;
+using desktop::SheetWindow;
+
+constexpr host::LONG kNameField = 10013;
+constexpr host::LONG kRecord = 10023;
+constexpr host::LONG kList = 10005;
+
+struct WithStates : Desk {
+  host::BaseObject* cube = host::BaseObject::Alloc(host::Ocube);
+
+  WithStates() {
+    Doc().AppendObject(cube);
+    SetSize(160, 90);
+  }
+  host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
+  void SetSize(host::LONG width, host::LONG height) {
+    host::BaseContainer& settings = *Doc().GetActiveRenderData()->GetDataInstance();
+    settings.SetLong(host::RDATA_XRES, width);
+    settings.SetLong(host::RDATA_YRES, height);
+  }
+  void Record(const char* name) {
+    auto& field = Gadget<QLineEdit>(kNameField);
+    field.clear();
+    QTest::keyClicks(&field, name);
+    QTest::mouseClick(&Gadget<QPushButton>(kRecord), Qt::LeftButton);
+    Rest();
+  }
+  template <class Shown>
+  Shown* Find() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      auto* found = dynamic_cast<Shown*>(widget);
+      if (found && found->isVisible()) return found;
+    }
+    return nullptr;
+  }
+  std::string ReadSettled(const std::string& path) { return engine::Outside::Current().ReadFile(path).Value(); }
+};
+
+void ChooseInNextBox(const std::string& path) {
+  desk::AnswerNext([path](QDialog& box) {
+    auto& chooser = dynamic_cast<QFileDialog&>(box);
+    chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(path));
+    QMetaObject::invokeMethod(&chooser, "accept");
+  });
+}
+
+TEST(RenderWindow, RendersWhatWasThereAndSavesIt) {
+  WithStates desk;
+  desk.Entry("Render", "Render to Window").trigger();
+  auto* window = desk.Find<RenderWindow>();
+  ASSERT_NE(window, nullptr);
+  // It was read already: what happens to the document now does not matter.
+  desk.cube->SetRenderMode(host::MODE_OFF);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return window->IsFinished(); }, 60000));
+  EXPECT_TRUE(window->Said().startsWith("Finished"));
+  EXPECT_EQ(window->View().Picture().size(), QSize(160, 90));
+  EXPECT_NE(window->View().Picture().pixel(80, 45), window->View().Picture().pixel(2, 2));
+  for (const char* name : {"/picture.png", "/picture.tif"}) {
+    ChooseInNextBox(desk.Folder() + name);
+    window->SaveAs();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->Said().startsWith("Written"); }, 20000));
+    const auto image = engine::DecodeImage(desk.ReadSettled(desk.Folder() + name));
+    ASSERT_TRUE(image) << name;
+    EXPECT_EQ(image.Value().width, 160U);
+    window->Say("");
+  }
+  EXPECT_TRUE(pictures::Write(*window, "render-window-small"));
+}
+
+TEST(RenderWindow, CanBeStoppedAndClosedAtWork) {
+  WithStates desk;
+  desk.SetSize(4000, 3000);
+  for (int i = 0; i < 2; ++i) {
+    desk.Entry("Render", "Render to Window").trigger();
+    auto* window = desk.Find<RenderWindow>();
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window->View().Picture().isNull(); }, 60000));
+    if (i == 0) {
+      window->Stop();
+      EXPECT_TRUE(QTest::qWaitFor([&] { return window->IsFinished(); }, 20000));
+      EXPECT_TRUE(window->Said().startsWith("Stopped"));
+    }
+    window->close();
+    Desk::Rest();
+  }
+  desk.SetSize(0, 100);
+  desk.Entry("Render", "Render to Window").trigger();
+  auto* window = desk.Find<RenderWindow>();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return window->IsFinished(); }, 20000));
+  EXPECT_TRUE(window->Said().startsWith("Not rendered: ")) << window->Said().toStdString();
+  desk.Restart();
+}
+
+TEST(SheetWindow, ShowsEveryStateAndLeavesTheDocumentAlone) {
+  WithStates desk;
+  desk.Record("Shown");
+  desk.cube->SetRenderMode(host::MODE_OFF);
+  desk.Record("Hidden");
+  auto& list = desk.Gadget<desktop::ListView>(kList);
+  QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(list.model()->index(0, 2)).center());
+  Desk::Rest();
+  const std::string before = engine::DumpState(desk.Doc());
+  const bool undo = desk.Entry("Edit", "Undo").isEnabled();
+  const std::string file = desk.Folder() + "/sheet.png";
+  ChooseInNextBox(file);
+  desk.Entry("Render", "Contact Sheet").trigger();
+  auto* window = desk.Find<SheetWindow>();
+  ASSERT_NE(window, nullptr);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return window->IsFinished(); }, 60000));
+  EXPECT_TRUE(window->Said().startsWith("Written")) << window->Said().toStdString();
+  EXPECT_EQ(engine::DumpState(desk.Doc()), before);
+  EXPECT_EQ(desk.Entry("Edit", "Undo").isEnabled(), undo);
+  EXPECT_EQ(desk.App().Documents().size(), 1U);
+  EXPECT_EQ(list.selectionModel()->selectedRows().size(), 1);
+  const auto sheet = engine::DecodeImage(desk.ReadSettled(file));
+  ASSERT_TRUE(sheet);
+  EXPECT_EQ(QSize(static_cast<int>(sheet.Value().width), static_cast<int>(sheet.Value().height)),
+            window->View().Picture().size());
+  EXPECT_TRUE(pictures::Write(*window, "sheet-window-small"));
+}
+
+TEST(SheetWindow, StopsAndFailsWithoutAFile) {
+  WithStates desk;
+  desk.Record("One");
+  const std::string file = desk.Folder() + "/sheet.png";
+  SheetWindow stopped(&desk.Window(), desk.App(), desk.Doc(), file);
+  stopped.setAttribute(Qt::WA_DeleteOnClose, false);
+  stopped.Stop();
+  EXPECT_TRUE(stopped.IsFinished());
+  SheetWindow orphan(&desk.Window(), desk.App(), desk.Doc(), file);
+  orphan.setAttribute(Qt::WA_DeleteOnClose, false);
+  host::KillDocument(&desk.Doc());
+  desk.App().NewDocument();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return orphan.IsFinished(); }, 20000));
+  EXPECT_TRUE(orphan.Said().startsWith("No sheet was made")) << orphan.Said().toStdString();
+  EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+// Written for people to look at.
+TEST(RenderWindowsPicture, OfTheSampleScene) {
+  WithStates desk;
+  desk::AnswerNext([](QDialog& box) { box.accept(); });
+  ASSERT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/dungeon/dungeon.gltf"));
+  desk.SetSize(960, 540);
+  Desk::Rest();
+  desk.Record("Whole");
+  for (host::BaseObject* object = desk.Doc().GetFirstObject(); object; object = object->GetNext()) {
+    if (object->GetName().ToUtf8().starts_with("ground")) object->SetRenderMode(host::MODE_OFF);
+  }
+  desk.Record("Walls only");
+  desk.Entry("Render", "Render to Window").trigger();
+  auto* render = desk.Find<RenderWindow>();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return render->IsFinished(); }, 120000));
+  EXPECT_TRUE(pictures::Write(*render, "render-window"));
+  ChooseInNextBox(desk.Folder() + "/sheet.png");
+  desk.Entry("Render", "Contact Sheet").trigger();
+  auto* sheet = desk.Find<SheetWindow>();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return sheet->IsFinished(); }, 120000));
+  EXPECT_TRUE(pictures::Write(*sheet, "sheet-window"));
+}
+
+}  // namespace
