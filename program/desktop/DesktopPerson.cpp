@@ -83,6 +83,7 @@ void DesktopPerson::EndProgress() {
   idle_.stop();
   shown_.invalidate();
   if (!progress_) return;
+  progress_->reset();  // else it shows itself when its time to appear comes, over whatever is there then
   progress_->hide();
   progress_->deleteLater();
   progress_.clear();

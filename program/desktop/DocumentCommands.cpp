@@ -86,6 +86,8 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   std::vector<std::string> notes;
   const auto opened = application_.OpenDocument(path, &notes);
   if (!opened) return opened.GetStatus();
+  // An imported one has the name that it would get, where another file of the person's may stand.
+  if (!IsOwnScene(path)) unplaced_.insert(IdentityOf(opened.Value()));
   DropUntouched(opened.Value());
   Remember(path);
   host::EventAdd();
@@ -101,7 +103,7 @@ engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::s
   doc.SetDocumentPath(place.GetDirectory());
   doc.SetDocumentName(place.GetFile());
   doc.SetChanged();
-  recovered_.insert(IdentityOf(&doc));
+  unplaced_.insert(IdentityOf(&doc));
   DropUntouched(&doc);
   host::EventAdd();
   return opened;
@@ -115,7 +117,7 @@ void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
 }
 
 bool DocumentCommands::Save(host::BaseDocument& doc) {
-  if (!IsOwnScene(PathOf(doc)) || recovered_.contains(IdentityOf(&doc))) return SaveAs(doc);
+  if (!IsOwnScene(PathOf(doc)) || unplaced_.contains(IdentityOf(&doc))) return SaveAs(doc);
   const engine::Status saved = application_.SaveDocument(doc);
   if (!saved) person_.Tell(saved.Message());
   return saved.Ok();
@@ -128,7 +130,7 @@ bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
   const engine::Status saved = application_.SaveDocumentAs(doc, *path);
   if (!saved) person_.Tell(saved.Message());
   if (saved) {
-    recovered_.erase(IdentityOf(&doc));
+    unplaced_.erase(IdentityOf(&doc));
     Remember(*path);
   }
   host::EventAdd();

@@ -51,7 +51,7 @@ class DocumentCommands {
   DesktopPerson& person_;
   Settings& settings_;
   QWidget* window_;
-  std::unordered_set<host::ULLONG> recovered_;  // documents that were never saved since
+  std::unordered_set<host::ULLONG> unplaced_;  // imported or recovered: the first saving asks where to
 };
 
 }  // namespace desktop

@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <functional>
 #include <memory>
+#include <type_traits>
 
 #include "engine/outside/RealOutside.h"
 #include "program/desktop/MainWindow.h"
@@ -17,13 +18,14 @@
 
 namespace desk {
 
-// Does `act` to the next modal dialog that comes up; one that is up already is not meant. Fails to end a test that waits for a
-// box which never comes: so does life.
-inline void AnswerNext(std::function<void(QDialog&)> act) {
+// Does `act` to the next modal dialog of a kind that comes up; one that is up already is not meant. Fails to end a test that
+// waits for a box which never comes: so does life.
+template <class Dialog = QDialog>
+void AnswerNext(std::function<void(std::type_identity_t<Dialog>&)> act) {
   const QPointer<QWidget> present = QApplication::activeModalWidget();
   auto* timer = new QTimer(QApplication::instance());
   QObject::connect(timer, &QTimer::timeout, timer, [timer, act, present] {
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
     if (!dialog || dialog == present) return;
     timer->stop();
     timer->deleteLater();

@@ -218,6 +218,36 @@ TEST(MainWindow, DroppedFilesThatAreNoScenesAreToldInOneBox) {
   EXPECT_EQ(desk.App().Documents().size(), 2U) << "what is a scene is opened all the same";
 }
 
+TEST(MainWindow, ImportedScenesAskWhereToBeSaved) {
+  Desk desk;
+  std::filesystem::copy_file(TEST_SOURCE_DIR "/scenes/spider/spider.obj", desk.Folder() + "/spider.obj");
+  std::ofstream(desk.Folder() + "/spider.c4d") << "work of somebody";
+  ASSERT_TRUE(desk.Window().Commands().Open(desk.Folder() + "/spider.obj"));
+  QString proposed;
+  AnswerNext<QFileDialog>([&](QFileDialog& chooser) {
+    pictures::Settle(200);
+    proposed = chooser.selectedFiles().value(0);
+    chooser.reject();
+  });
+  EXPECT_FALSE(desk.Window().Commands().Save(*host::GetActiveDocument()));
+  EXPECT_EQ(proposed.toStdString(), desk.Folder() + "/spider.c4d");
+  EXPECT_EQ(std::filesystem::file_size(desk.Folder() + "/spider.c4d"), std::string("work of somebody").size());
+}
+
+TEST(MainWindow, ProgressThatIsOverDoesNotComeBack) {
+  Desk desk;
+  bool isThere = true;
+  AnswerNext<QMessageBox>([&](QMessageBox& box) {
+    pictures::Settle(600);
+    isThere = QApplication::activeModalWidget() != &box;
+    box.accept();
+  });
+  EXPECT_TRUE(desk.Outside().Progress(0.5, "Importing"));
+  EXPECT_TRUE(desk.Outside().Progress(1, "Importing"));
+  desk.Outside().Tell("Not all of it came along.");
+  EXPECT_FALSE(isThere);
+}
+
 TEST(MainWindow, ClosingWhilePicturesAreMadeEndsThem) {
   Desk desk;
   for (int i = 0; i < 3; ++i) {
