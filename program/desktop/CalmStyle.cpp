@@ -165,6 +165,9 @@ void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
     case PE_IndicatorCheckBox:
     case PE_IndicatorItemViewItemCheck:
       return DrawCheckBox(*painter, *option);
+    case PE_IndicatorTabClose:
+      if (Is(*option, State_MouseOver)) DrawBox(*painter, option->rect, kLitButton, kLitButton);
+      return Icon("close").paint(painter, option->rect.adjusted(2, 2, -2, -2));
     case PE_IndicatorMenuCheckMark:
       return DrawTick(*painter, option->rect, Is(*option, State_Enabled) ? kAccent : kFaint);
     case PE_IndicatorRadioButton:
