@@ -3,7 +3,7 @@
 build_packages="g++ cmake ninja-build pkg-config libembree-dev libassimp-dev libtiff-dev libpng-dev libjpeg-dev
   libopenexr-dev libcli11-dev nlohmann-json3-dev libzstd-dev libxxhash-dev
   qt6-base-dev qt6-svg-dev libfreetype-dev libfribidi-dev fonts-dejavu-core fonts-droid-fallback"
-test_packages="libgtest-dev librapidcheck-dev dpkg-dev desktop-file-utils appstream shared-mime-info"
+test_packages="libgtest-dev librapidcheck-dev xvfb xauth openbox xdotool dpkg-dev desktop-file-utils appstream shared-mime-info"
 lint_packages="clang-format clang-tidy git"
 
 install_missing() {
