@@ -9,6 +9,9 @@ namespace desktop {
 
 namespace {
 
+// Leaves the most of the window to the picture. A dialog that needs more takes it.
+constexpr int kFirstWidth = 590;
+
 class DialogDock : public QDockWidget {
  public:
   using QDockWidget::QDockWidget;
@@ -59,7 +62,10 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   view->SetEmptyListText(EmptyListText(engine::DialogPluginId(dialog)));
   dock->setWidget(view);
   // A place that a saved layout has for it comes first.
-  if (!window_.restoreDockWidget(dock)) window_.addDockWidget(Qt::RightDockWidgetArea, dock);
+  if (!window_.restoreDockWidget(dock)) {
+    window_.addDockWidget(Qt::RightDockWidgetArea, dock);
+    window_.resizeDocks({dock}, {kFirstWidth}, Qt::Horizontal);
+  }
   return dock;
 }
 
