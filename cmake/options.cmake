@@ -44,8 +44,11 @@ target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-r
 if(STAGEMARKS_WERROR)
   target_compile_options(project_options INTERFACE -Werror)
 endif()
+# For what waits for a person or for the engine: its files compile in about two thirds of the time.
+set(STAGEMARKS_QUICK_TO_COMPILE $<$<CONFIG:Release>:-O1>)
 if(STAGEMARKS_SANITIZE)
-  # -O1: files with large templates compile in half the time, and the tests run nearly as fast.
-  target_compile_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE} -fno-omit-frame-pointer -g -O1)
+  # -O1: files with large templates compile in half the time, and the tests run nearly as fast. With it the compiler warns of a
+  # variable inside the standard library beside a setjmp.
+  target_compile_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE} -fno-omit-frame-pointer -g -O1 -Wno-clobbered)
   target_link_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE})
 endif()
