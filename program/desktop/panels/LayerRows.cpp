@@ -13,8 +13,6 @@ using host::LayerObject;
 
 namespace {
 
-constexpr int kLongestName = 500;
-
 std::size_t SwitchNumber(int column) { return static_cast<std::size_t>(column - LayerRows::kFirstSwitch); }
 
 QColor ToColor(const host::Vector& color) {
@@ -25,19 +23,10 @@ QColor ToColor(const host::Vector& color) {
 }  // namespace
 
 bool LayerRows::Update(host::BaseDocument* doc) {
-  FlatTree shape(doc ? doc->GetLayerObjectRoot()->GetFirst() : nullptr);
-  if (doc_ == IdentityOf(doc) && shape == shape_) return false;
-  beginResetModel();
-  doc_ = IdentityOf(doc);
-  shape_ = std::move(shape);
-  endResetModel();
-  return true;
+  return TakeWhatDiffers(doc, FlatTree(doc ? doc->GetLayerObjectRoot()->GetFirst() : nullptr));
 }
 
-LayerObject* LayerRows::LayerAt(const QModelIndex& index) const {
-  const host::BaseDocument* doc = index.isValid() ? Document() : nullptr;
-  return doc ? engine::AsLayer(engine::FindNode(doc, EntryOf(index).id)) : nullptr;
-}
+LayerObject* LayerRows::LayerAt(const QModelIndex& index) const { return engine::AsLayer(NodeAt(index)); }
 
 LayerList LayerRows::LayersAt(const QModelIndexList& rows) const {
   LayerList layers;
@@ -46,25 +35,6 @@ LayerList LayerRows::LayersAt(const QModelIndexList& rows) const {
   }
   return layers;
 }
-
-QModelIndex LayerRows::IndexOf(engine::NodeId layer, int column) const {
-  const int place = shape_.PlaceOf(layer);
-  return place == 0 ? QModelIndex() : createIndex(shape_.At(place).row, column, static_cast<quintptr>(place));
-}
-
-QModelIndex LayerRows::index(int row, int column, const QModelIndex& parent) const {
-  if (parent.isValid() && parent.column() != 0) return {};
-  const FlatTree::Entry& above = EntryOf(parent);
-  if (row < 0 || row >= above.childCount || column < 0 || column >= kColumnCount) return {};
-  return createIndex(row, column, static_cast<quintptr>(above.firstChild + row));
-}
-
-QModelIndex LayerRows::parent(const QModelIndex& index) const {
-  const int above = index.isValid() ? EntryOf(index).parent : 0;
-  return above == 0 ? QModelIndex() : createIndex(shape_.At(above).row, 0, static_cast<quintptr>(above));
-}
-
-int LayerRows::rowCount(const QModelIndex& parent) const { return parent.column() > 0 ? 0 : EntryOf(parent).childCount; }
 
 QVariant LayerRows::data(const QModelIndex& index, int role) const {
   const LayerObject* layer = LayerAt(index);
@@ -76,7 +46,7 @@ QVariant LayerRows::data(const QModelIndex& index, int role) const {
     return role == Qt::ToolTipRole ? QVariant("Color: click to change it") : QVariant();
   }
   if (role == Qt::EditRole) return ToQt(layer->GetName());
-  if (role == Qt::DisplayRole) return ToQt(layer->GetName()).left(kLongestName).replace('\n', ' ');
+  if (role == Qt::DisplayRole) return NameInRow(layer->GetName());
   return {};
 }
 

@@ -2,14 +2,12 @@
 // everything else from the document when it is shown. Changes go through undo. Main thread.
 #pragma once
 
-#include <QAbstractItemModel>
-
-#include "program/desktop/panels/FlatTree.h"
 #include "program/desktop/panels/LayerActs.h"
+#include "program/desktop/panels/TreeRows.h"
 
 namespace desktop {
 
-class LayerRows : public QAbstractItemModel {
+class LayerRows : public TreeRows {
  public:
   // The switches follow, one column each.
   enum Column { kName, kColor, kFirstSwitch, kColumnCount = kFirstSwitch + 9 };
@@ -17,22 +15,17 @@ class LayerRows : public QAbstractItemModel {
     kIsOn = Qt::UserRole  // of a switch
   };
 
-  using QAbstractItemModel::QAbstractItemModel;
+  using TreeRows::TreeRows;
 
   // Takes over the shape of the tree. True when it differed, which resets the model.
   bool Update(host::BaseDocument* doc);
-  host::BaseDocument* Document() const { return FindOpenDocument(doc_); }
 
   // Null where there is none any more.
   host::LayerObject* LayerAt(const QModelIndex& index) const;
   // Those of the rows that still are.
   LayerList LayersAt(const QModelIndexList& rows) const;
-  QModelIndex IndexOf(engine::NodeId layer, int column = kName) const;
   static bool IsSwitch(const QModelIndex& index) { return index.isValid() && index.column() >= kFirstSwitch; }
 
-  QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
-  QModelIndex parent(const QModelIndex& index) const override;
-  int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& = {}) const override { return kColumnCount; }
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
@@ -46,13 +39,7 @@ class LayerRows : public QAbstractItemModel {
   bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) override;
 
  private:
-  const FlatTree::Entry& EntryOf(const QModelIndex& index) const {
-    return shape_.At(index.isValid() ? static_cast<int>(index.internalId()) : 0);
-  }
   QVariant SwitchData(const host::LayerData& layer, std::size_t number, int role) const;
-
-  host::ULLONG doc_ = 0;
-  FlatTree shape_;
 };
 
 }  // namespace desktop

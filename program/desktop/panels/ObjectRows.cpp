@@ -97,19 +97,17 @@ std::vector<BaseObject*> MeantBy(BaseObject& object) {
 
 bool ObjectRows::Update(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::TreeChangeCount(*doc) : 0;
-  if (IdentityOf(doc) == doc_ && count == seen_ && !filterChanged_) return false;
-  beginResetModel();
-  doc_ = IdentityOf(doc);
+  if (IsOf(doc) && count == seen_ && !filterChanged_) return false;
   seen_ = count;
   filterChanged_ = false;
-  shape_ = FlatTree(doc ? doc->GetFirstObject() : nullptr);
+  FlatTree shape(doc ? doc->GetFirstObject() : nullptr);
   if (IsFiltered()) {
-    shape_ = shape_.Kept([&](engine::NodeId id) {
+    shape = shape.Kept([&](engine::NodeId id) {
       const host::BaseList2D* object = engine::FindNode(doc, id);
       return object && ToQt(object->GetName()).contains(filter_, Qt::CaseInsensitive);
     });
   }
-  endResetModel();
+  Take(doc, std::move(shape));
   return true;
 }
 
@@ -118,29 +116,7 @@ void ObjectRows::SetFilter(const QString& text) {
   filter_ = text;
 }
 
-BaseObject* ObjectRows::ObjectAt(const QModelIndex& index) const {
-  const host::BaseDocument* doc = index.isValid() ? Document() : nullptr;
-  return doc ? engine::AsObject(engine::FindNode(doc, EntryOf(index).id)) : nullptr;
-}
-
-QModelIndex ObjectRows::IndexOf(engine::NodeId object, int column) const { return IndexAt(shape_.PlaceOf(object), column); }
-
-QModelIndex ObjectRows::IndexAt(int place, int column) const {
-  return place == 0 ? QModelIndex() : createIndex(shape_.At(place).row, column, static_cast<quintptr>(place));
-}
-
-QModelIndex ObjectRows::index(int row, int column, const QModelIndex& parent) const {
-  if (parent.isValid() && parent.column() != 0) return {};
-  const FlatTree::Entry& above = EntryOf(parent);
-  if (row < 0 || row >= above.childCount || column < 0 || column >= kColumnCount) return {};
-  return createIndex(row, column, static_cast<quintptr>(above.firstChild + row));
-}
-
-QModelIndex ObjectRows::parent(const QModelIndex& index) const {
-  return index.isValid() ? IndexAt(EntryOf(index).parent) : QModelIndex();
-}
-
-int ObjectRows::rowCount(const QModelIndex& parent) const { return parent.column() > 0 ? 0 : EntryOf(parent).childCount; }
+BaseObject* ObjectRows::ObjectAt(const QModelIndex& index) const { return engine::AsObject(NodeAt(index)); }
 
 QVariant ObjectRows::data(const QModelIndex& index, int role) const {
   const BaseObject* object = ObjectAt(index);
@@ -155,7 +131,7 @@ QVariant ObjectRows::NameData(const BaseObject& object, int role) const {
     case Qt::EditRole:
       return ToQt(object.GetName());
     case Qt::DisplayRole:
-      return ToQt(object.GetName()).left(kLongestName).replace('\n', ' ');
+      return NameInRow(object.GetName());
     case Qt::ToolTipRole:
       return ToQt(engine::TypeName(object.GetType()));
     case Qt::DecorationRole:

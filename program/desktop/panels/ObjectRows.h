@@ -3,15 +3,12 @@
 // undo. Main thread.
 #pragma once
 
-#include <QAbstractItemModel>
-
-#include "program/desktop/OpenDocument.h"
 #include "program/desktop/SceneCommands.h"
-#include "program/desktop/panels/FlatTree.h"
+#include "program/desktop/panels/TreeRows.h"
 
 namespace desktop {
 
-class ObjectRows : public QAbstractItemModel {
+class ObjectRows : public TreeRows {
  public:
   enum Column { kName, kLayer, kEditor, kRender, kGenerator, kTags, kColumnCount };
   enum Role {
@@ -19,7 +16,7 @@ class ObjectRows : public QAbstractItemModel {
     kHidden                // of a visibility: whether the object is hidden, by itself or by what is above it
   };
 
-  using QAbstractItemModel::QAbstractItemModel;
+  using TreeRows::TreeRows;
 
   // Takes over the shape of the tree, looking at the objects only when some came or went. True when that reset the model.
   bool Update(host::BaseDocument* doc);
@@ -27,21 +24,13 @@ class ObjectRows : public QAbstractItemModel {
   void SetFilter(const QString& text);
   bool IsFiltered() const { return !filter_.isEmpty(); }
   const QString& Filter() const { return filter_; }
-  host::BaseDocument* Document() const { return FindOpenDocument(doc_); }
 
   // Null where there is none any more.
   host::BaseObject* ObjectAt(const QModelIndex& index) const;
-  engine::NodeId IdAt(const QModelIndex& index) const { return EntryOf(index).id; }
-  QModelIndex IndexOf(engine::NodeId object, int column = kName) const;
-  const FlatTree& Shape() const { return shape_; }
-  QModelIndex IndexAt(int place, int column = kName) const;
   static bool IsSwitch(const QModelIndex& index) { return index.column() >= kEditor && index.column() <= kGenerator; }
   // Which one a switch column shows.
   static Switch SwitchIn(int column) { return static_cast<Switch>(column - kEditor); }
 
-  QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
-  QModelIndex parent(const QModelIndex& index) const override;
-  int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& = {}) const override { return kColumnCount; }
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
@@ -58,17 +47,12 @@ class ObjectRows : public QAbstractItemModel {
   bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) override;
 
  private:
-  const FlatTree::Entry& EntryOf(const QModelIndex& index) const {
-    return shape_.At(index.isValid() ? static_cast<int>(index.internalId()) : 0);
-  }
   QVariant NameData(const host::BaseObject& object, int role) const;
   bool DropObjects(const std::vector<engine::NodeId>& ids, int row, const QModelIndex& parent);
 
-  host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
   QString filter_;
   bool filterChanged_ = false;
-  FlatTree shape_;
 };
 
 // The selected objects when `object` is one of them, else it alone.

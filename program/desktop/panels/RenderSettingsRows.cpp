@@ -10,7 +10,6 @@ using host::RenderData;
 
 namespace {
 
-constexpr int kLongestName = 500;
 constexpr LONG kCurrentFrame = 1;
 constexpr LONG kAllFrames = 2;
 
@@ -30,7 +29,7 @@ QString FramesText(const BaseContainer& data) {
 QString CellText(const RenderData& settings, int column) {
   switch (column) {
     case RenderSettingsRows::kName:
-      return ToQt(settings.GetName()).left(kLongestName).replace('\n', ' ');
+      return NameInRow(settings.GetName());
     case RenderSettingsRows::kSize:
       return SizeText(*settings.GetDataInstance());
     case RenderSettingsRows::kFrames:
@@ -43,19 +42,10 @@ QString CellText(const RenderData& settings, int column) {
 }  // namespace
 
 bool RenderSettingsRows::Update(host::BaseDocument* doc) {
-  FlatTree shape(doc ? doc->GetFirstRenderData() : nullptr);
-  if (doc_ == IdentityOf(doc) && shape == shape_) return false;
-  beginResetModel();
-  doc_ = IdentityOf(doc);
-  shape_ = std::move(shape);
-  endResetModel();
-  return true;
+  return TakeWhatDiffers(doc, FlatTree(doc ? doc->GetFirstRenderData() : nullptr));
 }
 
-RenderData* RenderSettingsRows::SettingsAt(const QModelIndex& index) const {
-  const host::BaseDocument* doc = index.isValid() ? Document() : nullptr;
-  return doc ? engine::AsRenderData(engine::FindNode(doc, EntryOf(index).id)) : nullptr;
-}
+RenderData* RenderSettingsRows::SettingsAt(const QModelIndex& index) const { return engine::AsRenderData(NodeAt(index)); }
 
 SettingsList RenderSettingsRows::SettingsAt(const QModelIndexList& rows) const {
   SettingsList settings;
@@ -64,25 +54,6 @@ SettingsList RenderSettingsRows::SettingsAt(const QModelIndexList& rows) const {
   }
   return settings;
 }
-
-QModelIndex RenderSettingsRows::IndexOf(engine::NodeId settings, int column) const {
-  const int place = shape_.PlaceOf(settings);
-  return place == 0 ? QModelIndex() : createIndex(shape_.At(place).row, column, static_cast<quintptr>(place));
-}
-
-QModelIndex RenderSettingsRows::index(int row, int column, const QModelIndex& parent) const {
-  if (parent.isValid() && parent.column() != 0) return {};
-  const FlatTree::Entry& above = EntryOf(parent);
-  if (row < 0 || row >= above.childCount || column < 0 || column >= kColumnCount) return {};
-  return createIndex(row, column, static_cast<quintptr>(above.firstChild + row));
-}
-
-QModelIndex RenderSettingsRows::parent(const QModelIndex& index) const {
-  const int above = index.isValid() ? EntryOf(index).parent : 0;
-  return above == 0 ? QModelIndex() : createIndex(shape_.At(above).row, 0, static_cast<quintptr>(above));
-}
-
-int RenderSettingsRows::rowCount(const QModelIndex& parent) const { return parent.column() > 0 ? 0 : EntryOf(parent).childCount; }
 
 QVariant RenderSettingsRows::data(const QModelIndex& index, int role) const {
   const RenderData* settings = SettingsAt(index);
