@@ -1,4 +1,4 @@
-// Parallel cameras of COLLADA files (COLLADA 1.4.1 specification, "orthographic"): the library reads their magnification
+// Parallel cameras of COLLADA files (COLLADA 1.4.1, "orthographic"): the library reads their magnification
 // as an angle. The file's text is searched for them; cameras are instanced in the order in which the library lists them.
 #include <cmath>
 #include <cstdlib>

@@ -119,7 +119,7 @@ std::string ReadAll(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The JSON chunk of a binary glTF file (glTF 2.0 specification, section 4.4): after the file's head of 12 bytes a length
+// The JSON chunk of a binary glTF file (glTF 2.0, section 4.4): after the file's head of 12 bytes a length
 // of four bytes and a type of four.
 std::string JsonChunk(const std::string& file) {
   std::size_t length = 0;

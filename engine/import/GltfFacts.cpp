@@ -1,4 +1,4 @@
-// What a glTF file says itself (glTF 2.0 specification, sections 3.5 and 3.10, and the extensions KHR_lights_punctual,
+// What a glTF file says itself (glTF 2.0, sections 3.5 and 3.10, and the extensions KHR_lights_punctual,
 // KHR_node_visibility, KHR_materials_emissive_strength): the library knows one user of each camera and light only, gives
 // wrong angles, and drops scenes, visibility and emissive strength.
 #include <algorithm>

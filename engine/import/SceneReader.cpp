@@ -75,7 +75,7 @@ void Configure(Assimp::Importer& importer, const std::string& path, const std::f
   importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, kSmoothingDegrees);
 }
 
-// glTF asks for flat faces where it gives no normals (glTF 2.0 specification, section 3.7.2.1).
+// glTF asks for flat faces where it gives no normals (glTF 2.0, section 3.7.2.1).
 unsigned StepsFor(SourceFormat format) {
   const unsigned steps = aiProcess_Triangulate | aiProcess_SortByPType;
   return IsGltf(format) ? steps : steps | aiProcess_GenSmoothNormals;

@@ -13,7 +13,7 @@ struct Place {
   const char* belowHome;
 };
 
-// XDG Base Directory Specification 0.8.
+// Folders and variables as in the XDG Base Directory conventions, version 0.8.
 Place PlaceOf(UserFolder folder) {
   switch (folder) {
     case UserFolder::Config:

@@ -20,12 +20,12 @@ class ExportTest : public StageTest {
  protected:
   void SetUp() override {
     fs::create_directories(Out());
-    fs::create_directories(Folder() + "/work");
-    Doc().SetDocumentPath(Filename((Folder() + "/work").c_str()));
+    fs::create_directories(Folder() + "/scenes");
+    Doc().SetDocumentPath(Filename((Folder() + "/scenes").c_str()));
     Doc().SetDocumentName("Scene.c4d");
   }
   std::string Out(const std::string& file = "") const { return Folder() + "/out" + (file.empty() ? "" : "/" + file); }
-  std::string Work(const std::string& file) const { return Folder() + "/work/" + file; }
+  std::string Work(const std::string& file) const { return Folder() + "/scenes/" + file; }
 
   void Generate(LONG layout) {
     engine::ChooseFromCombo(Dialog(), kFileLayout, layout);
@@ -313,9 +313,9 @@ TEST_P(BadExportNameTest, WritesNothingOutsideTheChosenFolder) {
     KillDocument(left);
     Deliver();
   }
-  EXPECT_EQ(tests::Names(Folder()), "out work x.c4d");
+  EXPECT_EQ(tests::Names(Folder()), "out scenes x.c4d");
   EXPECT_EQ(tests::ReadText(Folder() + "/x.c4d"), "kept");
-  EXPECT_EQ(tests::Names(Folder() + "/work"), "");
+  EXPECT_EQ(tests::Names(Folder() + "/scenes"), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, BadExportNameTest,
