@@ -1,7 +1,11 @@
-// The colours of the program's own widgets: greys without a cast and one warm accent. Any thread.
+// The colours of the program's own widgets, greys without a cast and one warm accent, and scene colors as the screen shows
+// them. Any thread.
 #pragma once
 
 #include <QColor>
+#include <algorithm>
+
+#include "host/Math.h"
 
 namespace desktop::colors {
 
@@ -18,5 +22,11 @@ inline constexpr QRgb kText = 0xffdcdcdc;
 inline constexpr QRgb kFaint = 0xff858585;
 inline constexpr QRgb kAccent = 0xffc98a3d;
 inline constexpr QRgb kSelected = 0xff5d4a30;
+
+// A color of the scene: each channel held between 0 and 1, and 0 where it is no number.
+inline QColor Shown(const host::Vector& color) {
+  const auto channel = [](double value) { return static_cast<float>(value >= 0 ? std::min(value, 1.0) : 0.0); };
+  return QColor::fromRgbF(channel(color.x), channel(color.y), channel(color.z));
+}
 
 }  // namespace desktop::colors

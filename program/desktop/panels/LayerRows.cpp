@@ -1,7 +1,6 @@
 #include "program/desktop/panels/LayerRows.h"
 
-#include <QColor>
-
+#include "program/desktop/Colors.h"
 #include "program/desktop/Dragging.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
@@ -14,11 +13,6 @@ using host::LayerObject;
 namespace {
 
 std::size_t SwitchNumber(int column) { return static_cast<std::size_t>(column - LayerRows::kFirstSwitch); }
-
-QColor ToColor(const host::Vector& color) {
-  const auto channel = [](double value) { return static_cast<float>(value >= 0 ? std::min(value, 1.0) : 0.0); };
-  return QColor::fromRgbF(channel(color.x), channel(color.y), channel(color.z));
-}
 
 }  // namespace
 
@@ -42,7 +36,7 @@ QVariant LayerRows::data(const QModelIndex& index, int role) const {
   const host::LayerData own = layer->GetLayerData(Document());
   if (IsSwitch(index)) return SwitchData(own, SwitchNumber(index.column()), role);
   if (index.column() == kColor) {
-    if (role == Qt::BackgroundRole) return ToColor(own.color);
+    if (role == Qt::BackgroundRole) return colors::Shown(own.color);
     return role == Qt::ToolTipRole ? QVariant("Color: click to change it") : QVariant();
   }
   if (role == Qt::EditRole) return ToQt(layer->GetName());

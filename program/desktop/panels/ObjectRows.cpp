@@ -1,11 +1,10 @@
 #include "program/desktop/panels/ObjectRows.h"
 
-#include <QColor>
-
 #include "engine/render/Primitives.h"
 #include "engine/undo/MoveObjects.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
+#include "program/desktop/Colors.h"
 #include "program/desktop/Dragging.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
@@ -67,9 +66,7 @@ QVariant LayerData(const BaseObject& object, int role) {
   const host::LayerObject* layer = object.GetLayerObject(object.GetDocument());
   if (role == Qt::ToolTipRole) return layer ? "Layer: " + ToQt(layer->GetName()).left(kLongestName) : QString("On no layer");
   if (role != Qt::BackgroundRole || !layer) return {};
-  const host::Vector color = engine::OwnLayerData(*layer).color;
-  const auto level = [](double value) { return static_cast<float>(qBound(0.0, value, 1.0)); };
-  return QColor::fromRgbF(level(color.x), level(color.y), level(color.z));
+  return colors::Shown(engine::OwnLayerData(*layer).color);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
+#include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/panels/LayerActs.h"
@@ -37,8 +38,7 @@ QString MenuText(const host::String& name) { return ToQt(name).left(kLongestName
 
 QIcon Swatch(const host::Vector& color) {
   QPixmap picture(kSwatchSide, kSwatchSide);
-  const auto level = [](double value) { return static_cast<float>(qBound(0.0, value, 1.0)); };
-  picture.fill(QColor::fromRgbF(level(color.x), level(color.y), level(color.z)));
+  picture.fill(colors::Shown(color));
   return picture;
 }
 
