@@ -9,7 +9,7 @@
 namespace engine {
 namespace {
 
-constexpr host::LONG kInitialiseResource = 1;  // PluginMessage
+constexpr host::LONG kInitializeResource = 1;  // PluginMessage
 
 std::string FolderOfPath(const std::string& path) { return path.substr(0, path.rfind('/')); }
 
@@ -53,6 +53,11 @@ bool Succeeds(Call call) {
   }
 }
 
+std::string WhyResourcesWereRefused(const std::string& folder, Outside& outside) {
+  if (outside.Kind(folder) == FileKind::Folder) return "its resources could not be initialized";
+  return "its folder \"" + folder + "\" is missing; install the plug-in again";
+}
+
 }  // namespace
 
 const char* NameOf(LoadOutcome outcome) {
@@ -80,7 +85,7 @@ LoadReport PluginLibraries::Load(const std::string& path, Outside& outside, Scen
   Library& library = *libraries_.back();
   library.path = path;
   LoadReport report = Open(library, outside);
-  if (report.outcome == LoadOutcome::Loaded) report = Start(library);
+  if (report.outcome == LoadOutcome::Loaded) report = Start(library, outside);
   if (report.outcome == LoadOutcome::Loaded) {
     for (const RegisteredHook& hook : library.hooks) hooks.Add(hook);
     return report;
@@ -113,11 +118,11 @@ LoadReport PluginLibraries::Open(Library& library, Outside& outside) {
   return Report(LoadOutcome::Loaded, path, "");
 }
 
-LoadReport PluginLibraries::Start(Library& library) {
+LoadReport PluginLibraries::Start(Library& library, Outside& outside) {
   const Meanwhile running(running_, &library);
   const std::string& path = library.path;
-  if (!Succeeds([&] { return library.entries.message(kInitialiseResource, nullptr); })) {
-    return Report(LoadOutcome::ResourceRefused, path, "its resources could not be initialised");
+  if (!Succeeds([&] { return library.entries.message(kInitializeResource, nullptr); })) {
+    return Report(LoadOutcome::ResourceRefused, path, WhyResourcesWereRefused(FolderOfPath(path) + "/res", outside));
   }
   const Meanwhile starting(starting_, &library);
   const bool started = Succeeds([&] { return library.entries.start(); });

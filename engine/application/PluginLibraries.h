@@ -53,7 +53,7 @@ class PluginLibraries {
   };
 
   LoadReport Open(Library& library, Outside& outside);
-  LoadReport Start(Library& library);
+  LoadReport Start(Library& library, Outside& outside);
   bool IsTaken(host::LONG id) const;
   bool ClaimId(host::LONG id);
   void TakeBack(const Library& library);

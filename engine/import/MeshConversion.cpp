@@ -109,7 +109,7 @@ std::vector<std::int32_t> AddPoints(const aiMesh& source, double scale, Mesh& me
 }
 
 void NoteLosses(const aiMesh& source, Notes& notes) {
-  notes.Count("Vertex colours are left out, meshes", source.GetNumColorChannels() > 0);
+  notes.Count("Vertex colors are left out, meshes", source.GetNumColorChannels() > 0);
   notes.Count("Skinned meshes are shown at rest", source.mNumBones > 0);
   notes.Count("Morph targets are left out", source.mNumAnimMeshes);
 }

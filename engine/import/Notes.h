@@ -14,7 +14,7 @@ class Notes {
   void Add(const std::string& sentence) {
     if (Find(sentence) == entries_.end()) entries_.emplace_back(sentence, 0);
   }
-  // `what` goes before the number of its occurrences: "Vertex colours are left out: 3".
+  // `what` goes before the number of its occurrences: "Vertex colors are left out: 3".
   void Count(const std::string& what, std::size_t times = 1) {
     if (times == 0) return;
     const auto found = Find(what);

@@ -70,7 +70,7 @@ class TableCheck {
 
   void CheckLayers() const {
     CheckBelow(in_, table_.more[kLayerFlags], kFlagsEnd, "a set of layer flags");
-    CheckBelow(in_, table_.more[kLayerColor], bounds_.vectors, "a colour");
+    CheckBelow(in_, table_.more[kLayerColor], bounds_.vectors, "a color");
   }
 
   void CheckObjects() const {

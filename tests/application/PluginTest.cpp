@@ -13,7 +13,7 @@ struct Plugins : tests::Stage {};
 struct Case {
   const char* name;
   LoadOutcome outcome;
-  std::string message;  // behind "... was not loaded "; "@" stands for the path
+  std::string message;  // behind "... was not loaded "
 };
 
 TEST_F(Plugins, EveryFailureHasItsNameAndTheHostGoesOn) {
@@ -22,7 +22,8 @@ TEST_F(Plugins, EveryFailureHasItsNameAndTheHostGoesOn) {
       {"NoStart", LoadOutcome::NoEntryPoints, "(NoEntryPoints): it exports no PluginStart."},
       {"NoMessage", LoadOutcome::NoEntryPoints, "(NoEntryPoints): it exports no PluginMessage."},
       {"NoEnd", LoadOutcome::NoEntryPoints, "(NoEntryPoints): it exports no PluginEnd."},
-      {"ResourceRefused", LoadOutcome::ResourceRefused, "(ResourceRefused): its resources could not be initialised."},
+      {"ResourceRefused", LoadOutcome::ResourceRefused,
+       "(ResourceRefused): its folder \"" + At("plugins/ResourceRefused/res") + "\" is missing; install the plug-in again."},
       {"StartRefused", LoadOutcome::StartRefused, "(StartRefused): it refused to start."},
       {"Throwing", LoadOutcome::StartRefused, "(StartRefused): it refused to start."},
       {"CommandIdTaken", LoadOutcome::IdTaken, "(IdTaken): the plug-in ID 1900001 is taken already."},

@@ -252,7 +252,7 @@ void AddSceneChanges(CLI::App& verb, Changes& changes) {
       ->needs(at);
   verb.add_option("--add-layer", changes.addLayer, "Add a layer of this name")->type_name("NAME");
   verb.add_option("--add-material", changes.addMaterial, "Add a material of this name; see --color")->type_name("NAME");
-  verb.add_option("--color", changes.colour, "Its colour, from 0 to 1")->type_name("R,G,B")->delimiter(',')->expected(3);
+  verb.add_option("--color", changes.colour, "Its color, from 0 to 1")->type_name("R,G,B")->delimiter(',')->expected(3);
 }
 
 }  // namespace
