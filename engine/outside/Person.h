@@ -21,6 +21,8 @@ class Person {
   virtual void ClearStatus() = 0;
   // Any thread; false asks the work to stop.
   virtual bool Progress(double fraction, const std::string& what) = 0;
+  // A file is about to be written or copied to `path`. Any thread; false asks the work to stop, and the file stays as it is.
+  virtual bool Writing(const std::string&) { return true; }
 };
 
 // Nobody there to answer: texts go to the standard error stream, questions are answered no, choices are cancelled.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <functional>
 
 #include "engine/outside/FileTree.h"
 #include "engine/outside/PendingFile.h"
@@ -48,7 +49,10 @@ Status TooLarge(const std::string& path, std::uint64_t limit) {
   return FileFailure(kCannotRead, path, "it is larger than " + std::to_string(limit) + " bytes");
 }
 
-Status CopyBytes(int from, const std::string& path, PendingFile& to) {
+Status Stopped(const std::string& path) { return FileFailure("Did not write", path, "the work was stopped"); }
+
+// `goOn`: asked now and then.
+Status CopyBytes(int from, const std::string& path, PendingFile& to, const std::function<bool()>& goOn) {
   std::string buffer(std::size_t{1} << 18, '\0');
   for (;;) {
     const ssize_t count = ReadSome(from, buffer.data(), buffer.size());
@@ -56,6 +60,7 @@ Status CopyBytes(int from, const std::string& path, PendingFile& to) {
     if (count == 0) return {};
     Status written = to.Write(std::string_view(buffer).substr(0, static_cast<std::size_t>(count)));
     if (!written) return written;
+    if (!goOn()) return Stopped(path);
   }
 }
 
@@ -109,6 +114,7 @@ FileStamp RealOutside::DoStamp(const std::string& path) {
 }
 
 Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
+  if (!person_->Writing(path)) return Stopped(path);
   PendingFile file(path);
   Status status = file.Begin();
   for (std::size_t i = 0; status && i < pieces.size(); ++i) status = file.Write(pieces[i]);
@@ -130,9 +136,11 @@ Status RealOutside::DoCopyFile(const std::string& from, const std::string& to, b
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) return {};
     if (!replace) return FileFailure("Cannot write", to, "it exists already");
   }
+  const auto goOn = [&] { return person_->Writing(to); };
+  if (!goOn()) return Stopped(to);
   PendingFile copy(to);
   Status status = copy.Begin();
-  if (status) status = CopyBytes(file.Value().Get(), from, copy);
+  if (status) status = CopyBytes(file.Value().Get(), from, copy, goOn);
   return status ? copy.Commit(replace) : status;
 }
 

@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QStyleOption>
 #include <QTabBar>
+#include <QTime>
 #include <QToolButton>
 
 #include "program/desktop/Colors.h"
@@ -15,6 +16,8 @@ namespace {
 using namespace colors;
 
 constexpr double kRound = 4;
+// Of a progress bar that runs to and fro.
+constexpr double kRunnerShare = 0.3;
 
 // Painter settings for shapes with soft edges, taken back at the end.
 class SoftPainter {
@@ -134,12 +137,21 @@ void DrawHeader(QPainter& painter, const QStyleOption& option) {
   painter.drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
 }
 
+// Where nobody knows how much there is to do, a short piece runs to and fro whenever the bar is drawn: 0..1.
+double RunnerPlace() {
+  constexpr int kWay = 1200;  // milliseconds
+  const int now = QTime::currentTime().msecsSinceStartOfDay() % (2 * kWay);
+  return (now < kWay ? now : 2 * kWay - now) / static_cast<double>(kWay);
+}
+
 void DrawProgress(QPainter& painter, const QStyleOptionProgressBar& bar) {
   DrawBox(painter, bar.rect, kField, kEdge);
   const double whole = static_cast<double>(bar.maximum) - bar.minimum;
-  const double share = whole > 0 ? (bar.progress - bar.minimum) / whole : 0;
+  const double share = whole > 0 ? (bar.progress - bar.minimum) / whole : kRunnerShare;
   QRect done = bar.rect.adjusted(2, 2, -2, -2);
-  done.setWidth(static_cast<int>(done.width() * share));
+  const int room = done.width();
+  done.setWidth(static_cast<int>(room * share));
+  if (whole <= 0) done.translate(static_cast<int>((room - done.width()) * RunnerPlace()), 0);
   const QRgb color = Is(bar, QStyle::State_Enabled) ? kAccent : kEdge;
   if (done.width() > 1) DrawBox(painter, done, color, color, 2.5);
 }

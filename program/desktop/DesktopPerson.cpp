@@ -4,18 +4,20 @@
 #include <QGridLayout>
 #include <QMessageBox>
 #include <QThread>
+#include <limits>
 
 #include "program/desktop/FileChooser.h"
+#include "program/desktop/HeldBack.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {
 
 namespace {
 
-constexpr int kMillisecondsBeforeProgressShows = 150;
 constexpr int kMillisecondsBetweenShows = 40;
-constexpr int kMillisecondsOfSilence = 400;
 constexpr int kProgressSteps = 1000;
+constexpr int kLongestDoing = 70;
+constexpr double kUnknownShare = -1;
 constexpr int kNarrowestBox = 340;
 
 int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text, QMessageBox::StandardButtons buttons) {
@@ -31,17 +33,23 @@ int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text, QM
 }  // namespace
 
 DesktopPerson::DesktopPerson() {
-  idle_.setSingleShot(true);
-  QObject::connect(&idle_, &QTimer::timeout, &idle_, [this] { EndProgress(); });
+  over_.setSingleShot(true);
+  over_.setInterval(0);
+  QObject::connect(&over_, &QTimer::timeout, &over_, [this] { EndProgress(); });
 }
 
-void DesktopPerson::Tell(const std::string& text) { ShowBox(window_, QMessageBox::Information, text, QMessageBox::Ok); }
+void DesktopPerson::Tell(const std::string& text) {
+  EndProgress();
+  ShowBox(window_, QMessageBox::Information, text, QMessageBox::Ok);
+}
 
 bool DesktopPerson::Ask(const std::string& text) {
+  EndProgress();
   return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
 }
 
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {
+  EndProgress();
   return desktop::ChooseFile(window_, question, kAnything);
 }
 
@@ -58,32 +66,53 @@ bool DesktopPerson::Progress(double fraction, const std::string& what) {
   return QThread::currentThread() != QApplication::instance()->thread() || ShowProgress(fraction, what);
 }
 
+bool DesktopPerson::Writing(const std::string& path) {
+  return Progress(kUnknownShare, "Writing " + path.substr(path.rfind('/') + 1));
+}
+
 bool DesktopPerson::ShowProgress(double fraction, const std::string& what) {
-  if (!progress_) {
-    progress_ = new QProgressDialog(window_);
-    progress_->setWindowModality(Qt::ApplicationModal);
-    progress_->setMinimumDuration(kMillisecondsBeforeProgressShows);
-    progress_->setCancelButtonText("Stop");
-    progress_->setAutoReset(false);
-    progress_->setAutoClose(false);
-    progress_->setRange(0, kProgressSteps);
+  if (living_) return true;
+  if (!begun_.isValid()) {
+    begun_.start();
+    over_.start();
   }
-  idle_.start(kMillisecondsOfSilence);
+  if (begun_.elapsed() < patience.count()) return true;
+  if (!progress_) MakeBox();
   // Work that tells often is not held up by drawing.
-  if (shown_.isValid() && shown_.elapsed() < kMillisecondsBetweenShows && fraction < 1) return !progress_->wasCanceled();
+  if (shown_.isValid() && shown_.elapsed() < kMillisecondsBetweenShows) return !progress_->wasCanceled();
+  progress_->setLabelText(progress_->fontMetrics().elidedText(ToQt(what), Qt::ElideMiddle,
+                                                              kLongestDoing * progress_->fontMetrics().averageCharWidth()));
+  if (fraction >= 0) progress_->setMaximum(kProgressSteps);
+  if (fraction >= 0) progress_->setValue(static_cast<int>(fraction * kProgressSteps));
+  LetLive();
   shown_.start();
-  progress_->setLabelText(ToQt(what));
-  progress_->setValue(static_cast<int>(fraction * kProgressSteps));
-  const bool goOn = progress_ && !progress_->wasCanceled();
-  if (!goOn || fraction >= 1) EndProgress();
-  return goOn;
+  return !progress_->wasCanceled();
+}
+
+// When it comes up is decided here: the toolkit would begin its waiting anew with each part of the work.
+void DesktopPerson::MakeBox() {
+  progress_ = new QProgressDialog(window_);
+  progress_->setWindowModality(Qt::ApplicationModal);
+  progress_->setMinimumDuration(std::numeric_limits<int>::max());
+  progress_->setCancelButtonText("Stop");
+  progress_->setAutoReset(false);
+  progress_->setAutoClose(false);
+  progress_->setRange(0, 0);
+}
+
+void DesktopPerson::LetLive() {
+  const HeldBack others(*progress_);
+  living_ = true;
+  progress_->show();
+  QCoreApplication::processEvents();
+  living_ = false;
 }
 
 void DesktopPerson::EndProgress() {
-  idle_.stop();
+  over_.stop();
+  begun_.invalidate();
   shown_.invalidate();
   if (!progress_) return;
-  progress_->reset();  // else it shows itself when its time to appear comes, over whatever is there then
   progress_->hide();
   progress_->deleteLater();
   progress_.clear();

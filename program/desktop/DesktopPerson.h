@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QProgressDialog>
 #include <QTimer>
+#include <chrono>
 #include <functional>
 
 #include "engine/outside/Person.h"
@@ -21,6 +22,8 @@ class DesktopPerson : public engine::Person {
   void SitAt(QWidget* window) { window_ = window; }
   // Where the status line shows; an empty text clears it.
   std::function<void(const QString&)> status;
+  // How long work goes on before its progress shows.
+  std::chrono::milliseconds patience{60};
 
   void Tell(const std::string& text) override;
   bool Ask(const std::string& text) override;
@@ -28,15 +31,20 @@ class DesktopPerson : public engine::Person {
   void ShowStatus(const std::string& text) override;
   void ClearStatus() override;
   bool Progress(double fraction, const std::string& what) override;
+  bool Writing(const std::string& path) override;
 
  private:
   bool ShowProgress(double fraction, const std::string& what);
+  void MakeBox();
+  void LetLive();
   void EndProgress();
 
   QPointer<QWidget> window_;
   QPointer<QProgressDialog> progress_;
+  QElapsedTimer begun_;  // valid while something works
   QElapsedTimer shown_;  // since it was drawn last
-  QTimer idle_;          // work that ends early says nothing: after a while without news its box goes
+  bool living_ = false;  // events are being handled in the middle of the work
+  QTimer over_;          // fires when the work has come back to the event loop, since much work says nothing at its end
 };
 
 }  // namespace desktop

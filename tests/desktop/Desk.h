@@ -52,6 +52,7 @@ class Desk {
   // How loading each plug-in went.
   const std::vector<engine::LoadReport>& Reports() const { return reports_; }
   desktop::MainWindow& Window() { return *window_; }
+  desktop::DesktopPerson& Person() { return person_; }
   engine::Application& App() { return *application_; }
   engine::Outside& Outside() { return outside_; }
   const std::string& Folder() const { return folder_.Path(); }

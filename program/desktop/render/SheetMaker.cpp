@@ -15,6 +15,7 @@ using pictures::StagemarksDialog;
 
 // Of the whole work: finding out the sizes.
 constexpr double kMeasuring = 0.1;
+constexpr int kPause = 50;  // milliseconds
 constexpr host::LONG kWholeDocument = 1024;
 
 std::optional<StagemarksDialog> FindDialog() {
@@ -63,7 +64,8 @@ SheetMaker::SheetMaker(engine::Application& application, const host::BaseDocumen
                        std::function<void(const SheetNews&)> news)
     : application_(application), doc_(IdentityOf(&doc)), news_(std::move(news)), title_(pictures::SceneName(doc)) {
   next_.setSingleShot(true);
-  connect(&next_, &QTimer::timeout, this, [this] { (this->*step_)(); });
+  // A dialog that waits for an answer in the middle of its work is not entered a second time.
+  connect(&next_, &QTimer::timeout, this, [this] { engine::InsideDialogCall() ? next_.start(kPause) : (this->*step_)(); });
   Next(&SheetMaker::Begin);
 }
 

@@ -1,0 +1,194 @@
+// Long work on the main thread: its box, the button in it, and that nothing else happens meanwhile.
+#include <gtest/gtest.h>
+
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QtTest/QTest>
+#include <filesystem>
+
+#include "engine/scene/SceneDump.h"
+#include "engine/scenefile/SceneFile.h"
+#include "host/BaseObject.h"
+#include "program/desktop/render/SheetWindow.h"
+#include "tests/desktop/Desk.h"
+
+namespace {
+
+using desk::AnswerNext;
+using desk::Desk;
+
+constexpr host::LONG kNameField = 10013;
+constexpr host::LONG kRecord = 10023;
+constexpr host::LONG kGenerate = 10025;
+constexpr host::LONG kPreview = 10045;
+constexpr host::LONG kCheckAll = 10035;
+
+// Sees the boxes of progress that come up, and acts on each. Timers wait meanwhile.
+class BoxWatch : public QObject {
+ public:
+  explicit BoxWatch(std::function<void(QProgressDialog&)> act = {}) : act_(std::move(act)) { qApp->installEventFilter(this); }
+  int Shown() const { return shown_; }
+
+ protected:
+  bool eventFilter(QObject* receiver, QEvent* event) override {
+    auto* box = event->type() == QEvent::Show ? qobject_cast<QProgressDialog*>(receiver) : nullptr;
+    if (!box) return false;
+    ++shown_;
+    if (act_)
+      QMetaObject::invokeMethod(
+          box, [this, box] { act_(*box); }, Qt::QueuedConnection);
+    return false;
+  }
+
+ private:
+  std::function<void(QProgressDialog&)> act_;
+  int shown_ = 0;
+};
+
+void PressStop(QProgressDialog& box) { QTest::mouseClick(box.findChild<QPushButton*>(), Qt::LeftButton); }
+
+struct AtWork : Desk {
+  AtWork() { Person().patience = std::chrono::milliseconds(0); }
+  host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
+  void Record(const std::string& name) {
+    engine::TypeText(*Dialog(), kNameField, host::String(std::string_view(name)));
+    engine::PressButton(*Dialog(), kRecord);
+  }
+  static QProgressDialog* Box() { return qobject_cast<QProgressDialog*>(QApplication::activeModalWidget()); }
+};
+
+TEST(Progress, ComesUpTellsAndGoesWhenTheWorkIsOver) {
+  AtWork desk;
+  desk.Person().patience = std::chrono::milliseconds(30);
+  EXPECT_TRUE(desk.Outside().Progress(0, "Saving spider.c4d"));
+  EXPECT_EQ(AtWork::Box(), nullptr) << "short work shows nothing";
+  QTest::qSleep(40);
+  // Every part of the work begins with nothing done.
+  EXPECT_TRUE(desk.Outside().Progress(0, "Saving spider.c4d"));
+  ASSERT_NE(AtWork::Box(), nullptr);
+  QTest::qSleep(50);
+  EXPECT_TRUE(desk.Outside().Progress(0.5, "Saving " + std::string(300, 'x') + ".c4d"));
+  EXPECT_EQ(AtWork::Box()->value(), AtWork::Box()->maximum() / 2);
+  EXPECT_LT(AtWork::Box()->width(), 1000);
+  std::filesystem::create_directories(TEST_BINARY_DIR "/pictures");
+  EXPECT_TRUE(AtWork::Box()->grab().save(TEST_BINARY_DIR "/pictures/progress.png"));
+  QApplication::processEvents();
+  EXPECT_EQ(AtWork::Box(), nullptr) << "it is over without a last word";
+}
+
+TEST(Progress, LetsNothingElseHappenButTheButton) {
+  AtWork desk;
+  int turns = 0;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, &timer, [&] { ++turns; });
+  timer.start(0);
+  int finished = 0;
+  auto* field = new QLineEdit(desk.Window().centralWidget());
+  QObject::connect(field, &QLineEdit::editingFinished, field, [&] { ++finished; });
+  field->show();
+  desk.Window().activateWindow();
+  field->setFocus();
+  Desk::Rest();
+  const std::size_t documents = desk.App().Documents().size();
+  turns = finished = 0;
+  BoxWatch watch([&](QProgressDialog&) {
+    QMimeData dropped;
+    dropped.setUrls({QUrl::fromLocalFile(TEST_SOURCE_DIR "/scenes/spider/spider.obj")});
+    QDropEvent drop({9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&desk.Window(), &drop);
+    desk.Window().close();
+  });
+  EXPECT_TRUE(desk.Outside().Progress(0.1, "Working"));
+  EXPECT_EQ(watch.Shown(), 1);
+  EXPECT_EQ(turns, 0) << "a timer fired in the middle of the work";
+  EXPECT_EQ(finished, 0) << "typing ended in the middle of the work";
+  EXPECT_EQ(desk.App().Documents().size(), documents) << "a drop opened something in the middle of the work";
+  EXPECT_TRUE(desk.Window().isVisible());
+  PressStop(*AtWork::Box());
+  EXPECT_FALSE(desk.Outside().Progress(0.2, "Working"));
+  EXPECT_FALSE(desk.Outside().Progress(0.3, "Working")) << "it stays stopped";
+  Desk::Rest();
+  EXPECT_GT(turns, 0);
+  EXPECT_EQ(watch.Shown(), 1);
+  EXPECT_TRUE(desk.Outside().Progress(0.1, "Other work")) << "which nobody stopped";
+}
+
+TEST(Progress, OfAnExportIsOneAndStoppingItLeavesWholeFiles) {
+  AtWork desk;
+  desk.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
+  for (int i = 0; i < 30; ++i) desk.Record("State " + std::to_string(i));
+  engine::ChooseMenu(*desk.Dialog(), kCheckAll);
+  const std::string before = engine::DumpState(desk.Doc());
+  for (const bool stops : {false, true}) {
+    const std::string folder = desk.Folder() + (stops ? "/stopped" : "/whole");
+    std::filesystem::create_directory(folder);
+    AnswerNext<QMessageBox>([&](QMessageBox& overwritten) {
+      AnswerNext<QFileDialog>([&](QFileDialog& chooser) {
+        if (stops) AnswerNext<QMessageBox>([](QMessageBox& told) { told.accept(); });
+        chooser.setDirectory(QString::fromStdString(folder));
+        chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(folder));
+        QMetaObject::invokeMethod(&chooser, "accept");
+      });
+      overwritten.accept();
+    });
+    BoxWatch watch([&](QProgressDialog& box) {
+      if (stops) PressStop(box);
+    });
+    engine::PressButton(*desk.Dialog(), kGenerate);
+    Desk::Rest();
+    EXPECT_EQ(watch.Shown(), 1);
+    int scenes = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+      if (!entry.is_regular_file()) continue;
+      const auto scene = engine::OpenSceneFile(entry.path());
+      ASSERT_TRUE(scene) << entry.path();
+      host::BaseDocument* doc = scene.Value();
+      host::BaseDocument::Free(doc);
+      ++scenes;
+    }
+    EXPECT_EQ(scenes, stops ? 0 : 30);
+    EXPECT_EQ(desk.App().Documents().size(), 1U);
+    EXPECT_EQ(engine::DumpState(desk.Doc()), before);
+  }
+}
+
+TEST(Progress, OfAPreviewIsGoneRightAfterIt) {
+  AtWork desk;
+  desk.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
+  ASSERT_TRUE(desk.App().SaveDocumentAs(desk.Doc(), desk.Folder() + "/scene.c4d").Ok());
+  QApplication::processEvents();
+  engine::SetCheckbox(*desk.Dialog(), kPreview, true);
+  const BoxWatch watch;
+  desk.Record("Seen");
+  EXPECT_EQ(watch.Shown(), 1);
+  EXPECT_TRUE(std::filesystem::exists(desk.Folder() + "/scene_SM/Seen.tif"));
+  QApplication::processEvents();
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+// The contact sheet works through the plug-in's dialog, which may be in the middle of something.
+TEST(Progress, TheSheetWaitsForADialogThatAsks) {
+  AtWork desk;
+  desk.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
+  desk.Record("One");
+  desktop::SheetWindow sheet(&desk.Window(), desk.App(), desk.Doc(), desk.Folder() + "/sheet.png");
+  sheet.setAttribute(Qt::WA_DeleteOnClose, false);
+  QString said;
+  AnswerNext<QMessageBox>([&](QMessageBox& overwrite) {
+    pictures::Settle(200);
+    said = sheet.Said();
+    overwrite.button(QMessageBox::Yes)->click();
+  });
+  desk.Record("One");
+  EXPECT_EQ(said, "Reading the states");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.IsFinished(); }, 60000));
+  EXPECT_TRUE(sheet.Said().startsWith("Written")) << sheet.Said().toStdString();
+}
+
+}  // namespace
