@@ -77,10 +77,13 @@ void MainWindow::BuildCenter() {
 }
 
 void MainWindow::BuildPanels() {
+  auto thumbnails = std::make_shared<MaterialThumbnails>(engine::RenderCaches::Shared());
+  objects_->Tree().ShowMaterialsAs(thumbnails);
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
   panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea, new AttributesPanel(lookedAt_, this));
-  panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(engine::RenderCaches::Shared(), this))
-      ->opened = [this] { panels_.Raise("attributes"); };
+  panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(thumbnails, this))->opened = [this] {
+    panels_.Raise("attributes");
+  };
   panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea, new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));

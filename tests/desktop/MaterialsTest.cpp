@@ -72,6 +72,22 @@ TEST(Materials, ThumbnailsShowEachMaterialAndFollowItsChanges) {
   EXPECT_EQ(desk.Rows().Thumbnails().Made(), 4U) << "what has nothing to do with materials makes no picture";
 }
 
+TEST(Materials, TagsInTheTreeLookLikeThemWithTheirPanelAway) {
+  WithMaterials desk;
+  desk.Raise("layers");
+  desk.scene.Material("Glowing", Vector(0, 0, 0)).Texture("Ball", "Glowing");
+  desk.scene.GetMaterial("Glowing")->GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE, Vector(0, 0.8, 0));
+  desk.Doc().SetChanged();
+  Desk::Rest();
+  auto& tree = desk.Panel<desktop::ObjectPanel>("objects").Tree();
+  const auto green = [&] {
+    const auto ball = engine::IdOf(*desk.scene.GetObject("Ball"));
+    const QRect tags = tree.visualRect(tree.Rows().IndexOf(ball, desktop::ObjectRows::kTags));
+    return tree.viewport()->grab(QRect(tags.topLeft() + QPoint(9, tags.height() / 2), QSize(1, 1))).toImage().pixelColor(0, 0);
+  };
+  EXPECT_TRUE(QTest::qWaitFor([&] { return green().green() > 100 && green().red() < 60; }, 20000)) << "its color alone is black";
+}
+
 TEST(Materials, OfOneFileOpenedTwiceAreToldApart) {
   WithMaterials desk;
   const std::string file = desk.Folder() + "/twice.c4d";

@@ -11,7 +11,7 @@ namespace desktop {
 
 namespace {
 
-constexpr int kSide = MaterialRows::kThumbnailSide;
+constexpr int kSide = MaterialThumbnails::kSide;
 constexpr int kMargin = 6;
 constexpr int kCellWidth = kSide + 4 * kMargin;
 constexpr int kSpacing = 2;
@@ -81,10 +81,10 @@ class MaterialDelegate : public QStyledItemDelegate {
 
 }  // namespace
 
-MaterialGrid::MaterialGrid(engine::RenderCaches& caches, QWidget* parent)
+MaterialGrid::MaterialGrid(std::shared_ptr<MaterialThumbnails> thumbnails, QWidget* parent)
     : QListView(parent),
       rows_(new MaterialRows(
-          caches, [this] { return devicePixelRatioF(); }, this)) {
+          std::move(thumbnails), [this] { return devicePixelRatioF(); }, this)) {
   setModel(rows_);
   setItemDelegate(new MaterialDelegate(this));
   setViewMode(IconMode);

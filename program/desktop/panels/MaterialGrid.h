@@ -11,7 +11,7 @@ namespace desktop {
 
 class MaterialGrid : public QListView, public DocumentView {
  public:
-  MaterialGrid(engine::RenderCaches& caches, QWidget* parent);
+  MaterialGrid(std::shared_ptr<MaterialThumbnails> thumbnails, QWidget* parent);
 
   void Follow(host::BaseDocument* doc) override;
   MaterialRows& Rows() { return *rows_; }

@@ -13,11 +13,13 @@ constexpr int kLongestName = 200;
 
 }  // namespace
 
-MaterialRows::MaterialRows(engine::RenderCaches& caches, std::function<double()> scale, QObject* parent)
-    : QAbstractListModel(parent), scale_(std::move(scale)), thumbnails_(kThumbnailSide, caches, [this](engine::NodeId material) {
-        const QModelIndex index = IndexOf(material);
-        if (index.isValid()) emit dataChanged(index, index, {Qt::DecorationRole});
-      }) {}
+MaterialRows::MaterialRows(std::shared_ptr<MaterialThumbnails> thumbnails, std::function<double()> scale, QObject* parent)
+    : QAbstractListModel(parent), scale_(std::move(scale)), thumbnails_(std::move(thumbnails)) {
+  thumbnails_->Listen(this, [this](engine::NodeId material) {
+    const QModelIndex index = IndexOf(material);
+    if (index.isValid()) emit dataChanged(index, index, {Qt::DecorationRole});
+  });
+}
 
 bool MaterialRows::Update(host::BaseDocument* doc) {
   std::vector<engine::NodeId> ids;
@@ -62,7 +64,7 @@ QVariant MaterialRows::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
       return ToQt(material->GetName()).left(kLongestName).replace('\n', ' ');
     case Qt::DecorationRole:
-      return thumbnails_.Of(*material, scale_());
+      return thumbnails_->Of(*material, scale_());
     default:
       return {};
   }

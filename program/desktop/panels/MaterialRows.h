@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QAbstractListModel>
+#include <memory>
 #include <unordered_map>
 
 #include "program/desktop/panels/MaterialActs.h"
@@ -12,10 +13,8 @@ namespace desktop {
 
 class MaterialRows : public QAbstractListModel {
  public:
-  static constexpr int kThumbnailSide = 64;
-
   // `scale`: of the screen that the thumbnails are shown on.
-  MaterialRows(engine::RenderCaches& caches, std::function<double()> scale, QObject* parent);
+  MaterialRows(std::shared_ptr<MaterialThumbnails> thumbnails, std::function<double()> scale, QObject* parent);
 
   // Takes over which materials there are. True when that differed, which resets the model.
   bool Update(host::BaseDocument* doc);
@@ -24,7 +23,7 @@ class MaterialRows : public QAbstractListModel {
   host::BaseMaterial* MaterialAt(const QModelIndex& index) const;
   MaterialList MaterialsAt(const QModelIndexList& rows) const;
   QModelIndex IndexOf(engine::NodeId material) const;
-  const MaterialThumbnails& Thumbnails() const { return thumbnails_; }
+  const MaterialThumbnails& Thumbnails() const { return *thumbnails_; }
 
   int rowCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : static_cast<int>(ids_.size()); }
   QVariant data(const QModelIndex& index, int role) const override;
@@ -40,7 +39,7 @@ class MaterialRows : public QAbstractListModel {
   std::vector<engine::NodeId> ids_;
   std::unordered_map<engine::NodeId, int> rows_;
   std::function<double()> scale_;
-  mutable MaterialThumbnails thumbnails_;
+  std::shared_ptr<MaterialThumbnails> thumbnails_;
 };
 
 }  // namespace desktop

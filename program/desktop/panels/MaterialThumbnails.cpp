@@ -63,8 +63,12 @@ QImage CutOut(const engine::Image& image) {
 
 }  // namespace
 
-MaterialThumbnails::MaterialThumbnails(int side, engine::RenderCaches& caches, std::function<void(engine::NodeId)> ready)
-    : side_(side), caches_(caches), ready_(std::move(ready)), background_([this](const QImage& image) { Take(image); }) {}
+MaterialThumbnails::MaterialThumbnails(engine::RenderCaches& caches)
+    : caches_(caches), background_([this](const QImage& image) { Take(image); }) {}
+
+void MaterialThumbnails::Listen(QObject* listener, std::function<void(engine::NodeId)> ready) {
+  listeners_.emplace_back(listener, std::move(ready));
+}
 
 QPixmap MaterialThumbnails::Of(host::BaseMaterial& material, double scale) {
   if (thumbnails_.size() > kMostThumbnails) thumbnails_.clear();
@@ -98,7 +102,7 @@ void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc, host::Bas
   }
   making_ = key;
   background_.Do([this, scene = std::make_shared<engine::ScenePicture>(scan.Take()),
-                  side = static_cast<std::uint32_t>(side_ * thumbnails_[key].scale)](const std::atomic<bool>& stop) {
+                  side = static_cast<std::uint32_t>(kSide * thumbnails_[key].scale)](const std::atomic<bool>& stop) {
     const Picture picture = Render(std::move(*scene), side, caches_, [&stop](double) { return !stop; });
     return picture ? CutOut(picture->Current()) : QImage();
   });
@@ -110,7 +114,9 @@ void MaterialThumbnails::Take(const QImage& image) {
     it->second.picture = QPixmap::fromImage(image);
     it->second.picture.setDevicePixelRatio(it->second.scale);
     ++made_;
-    ready_(making_.second);
+    for (const auto& [listener, ready] : listeners_) {
+      if (listener) ready(making_.second);
+    }
   }
   MakeNext();
 }

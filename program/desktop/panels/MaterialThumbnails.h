@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QPixmap>
+#include <QPointer>
 #include <map>
 
 #include "program/desktop/OpenDocument.h"
@@ -13,11 +14,15 @@ namespace desktop {
 
 class MaterialThumbnails {
  public:
-  // `ready`: called when there is a new picture of that material. `side`: of the pictures, in pixels of scale 1.
-  MaterialThumbnails(int side, engine::RenderCaches& caches, std::function<void(engine::NodeId)> ready);
+  static constexpr int kSide = 64;  // of the pictures, in pixels of scale 1
+
+  // `caches` outlive them.
+  explicit MaterialThumbnails(engine::RenderCaches& caches);
 
   // What there is now, maybe of a former state, maybe null; a new one is made when it is needed. Cheap: called while painting.
   QPixmap Of(host::BaseMaterial& material, double scale);
+  // `ready` is called when there is a new picture of that material, as long as `listener` lives.
+  void Listen(QObject* listener, std::function<void(engine::NodeId)> ready);
   // How many pictures were made.
   std::size_t Made() const { return made_; }
 
@@ -35,9 +40,8 @@ class MaterialThumbnails {
   void Begin(Key key, const host::BaseDocument& doc, host::BaseMaterial& material);
   void Take(const QImage& image);
 
-  int side_;
   engine::RenderCaches& caches_;
-  std::function<void(engine::NodeId)> ready_;
+  std::vector<std::pair<QPointer<QObject>, std::function<void(engine::NodeId)>>> listeners_;
   std::map<Key, Thumbnail> thumbnails_;
   std::vector<Key> wanted_;  // the last one is the next
   Key making_{0, 0};

@@ -17,8 +17,8 @@ void AssignToSelection(host::BaseDocument& doc, const MaterialList& materials) {
 
 }  // namespace
 
-MaterialsPanel::MaterialsPanel(engine::RenderCaches& caches, QWidget* parent)
-    : QWidget(parent), grid_(new MaterialGrid(caches, this)) {
+MaterialsPanel::MaterialsPanel(std::shared_ptr<MaterialThumbnails> thumbnails, QWidget* parent)
+    : QWidget(parent), grid_(new MaterialGrid(std::move(thumbnails), this)) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);

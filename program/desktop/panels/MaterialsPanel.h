@@ -10,8 +10,7 @@ namespace desktop {
 
 class MaterialsPanel : public QWidget, public DocumentView {
  public:
-  // `caches` outlives the panel.
-  MaterialsPanel(engine::RenderCaches& caches, QWidget* parent);
+  MaterialsPanel(std::shared_ptr<MaterialThumbnails> thumbnails, QWidget* parent);
 
   void Follow(host::BaseDocument* doc) override;
   MaterialGrid& Grid() { return *grid_; }

@@ -7,7 +7,6 @@
 
 #include "program/desktop/Icons.h"
 #include "program/desktop/panels/ObjectRows.h"
-#include "program/desktop/panels/TagStrip.h"
 
 namespace desktop {
 
@@ -90,7 +89,7 @@ class LayerCell : public Cell {
 
 class TagsCell : public Cell {
  public:
-  using Cell::Cell;
+  TagsCell(MaterialBall ball, QObject* parent) : Cell(parent), ball_(std::move(ball)) {}
 
   bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                  const QModelIndex& index) override {
@@ -103,19 +102,22 @@ class TagsCell : public Cell {
 
  protected:
   void Mark(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    if (const host::BaseObject* object = ObjectOf(index)) PaintTags(painter, option.rect, *object, option.palette);
+    if (const host::BaseObject* object = ObjectOf(index)) PaintTags(painter, option.rect, *object, option.palette, ball_);
   }
+
+ private:
+  MaterialBall ball_;
 };
 
 }  // namespace
 
-void InstallObjectCells(QTreeView& tree) {
+void InstallObjectCells(QTreeView& tree, MaterialBall ball) {
   tree.setItemDelegateForColumn(ObjectRows::kLayer, new LayerCell(&tree));
   auto* dots = new DotCell(&tree);
   tree.setItemDelegateForColumn(ObjectRows::kEditor, dots);
   tree.setItemDelegateForColumn(ObjectRows::kRender, dots);
   tree.setItemDelegateForColumn(ObjectRows::kGenerator, new GeneratorCell(&tree));
-  tree.setItemDelegateForColumn(ObjectRows::kTags, new TagsCell(&tree));
+  tree.setItemDelegateForColumn(ObjectRows::kTags, new TagsCell(std::move(ball), &tree));
 }
 
 }  // namespace desktop

@@ -4,9 +4,12 @@
 
 #include <QTreeView>
 
+#include "program/desktop/panels/TagStrip.h"
+
 namespace desktop {
 
-// Gives `tree`, whose model is an ObjectRows, a delegate for each column but the name. The tree owns them.
-void InstallObjectCells(QTreeView& tree);
+// Gives `tree`, whose model is an ObjectRows, a delegate for each column but the name. The tree owns them. Texture tags look like
+// `ball` says.
+void InstallObjectCells(QTreeView& tree, MaterialBall ball);
 
 }  // namespace desktop

@@ -58,7 +58,9 @@ ObjectTree::ObjectTree(QWidget* parent)
   header()->setSectionResizeMode(ObjectRows::kName, QHeaderView::Stretch);
   for (int column = ObjectRows::kLayer; column <= ObjectRows::kGenerator; ++column) setColumnWidth(column, kSwitchColumn);
   setColumnWidth(ObjectRows::kTags, kTagsColumn);
-  InstallObjectCells(*this);
+  InstallObjectCells(*this, [this](host::BaseMaterial& material) {
+    return thumbnails_ ? thumbnails_->Of(material, devicePixelRatioF()) : QPixmap();
+  });
   AddActions();
   connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) { RememberUnfolded(index, true); });
   connect(this, &QTreeView::collapsed, this, [this](const QModelIndex& index) { RememberUnfolded(index, false); });
@@ -66,6 +68,11 @@ ObjectTree::ObjectTree(QWidget* parent)
 
 // The toolkit lets go of the model in its own destructor, and asks for rows until then.
 ObjectTree::~ObjectTree() { EndSweep(); }
+
+void ObjectTree::ShowMaterialsAs(std::shared_ptr<MaterialThumbnails> thumbnails) {
+  thumbnails_ = std::move(thumbnails);
+  thumbnails_->Listen(this, [this](engine::NodeId) { viewport()->update(); });
+}
 
 void ObjectTree::AddActions() {
   const auto add = [this](const QString& text, const QKeySequence& keys, void (ObjectTree::*act)()) {

@@ -6,11 +6,13 @@
 
 #include <QTreeView>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "program/desktop/panels/DocumentView.h"
+#include "program/desktop/panels/MaterialThumbnails.h"
 #include "program/desktop/panels/ObjectSelection.h"
 
 namespace desktop {
@@ -30,6 +32,8 @@ class ObjectTree : public QTreeView, public DocumentView {
   void FoldAll();
   // Unfolds what is above the active object and brings it into view.
   void ShowActive();
+  // Texture tags look like the thumbnails of their materials.
+  void ShowMaterialsAs(std::shared_ptr<MaterialThumbnails> thumbnails);
   QSize sizeHint() const override { return {340, 400}; }
 
  protected:
@@ -68,6 +72,7 @@ class ObjectTree : public QTreeView, public DocumentView {
   void FollowActive();
   Unfolded& UnfoldedHere();
 
+  std::shared_ptr<MaterialThumbnails> thumbnails_;  // maybe null
   ObjectRows* rows_;
   ObjectSelection* selection_;
   host::ULLONG doc_ = 0;

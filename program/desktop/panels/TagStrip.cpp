@@ -1,5 +1,6 @@
 #include "program/desktop/panels/TagStrip.h"
 
+#include <QPixmapCache>
 #include <cmath>
 
 #include "engine/scene/Nodes.h"
@@ -15,6 +16,7 @@ using host::BaseTag;
 namespace {
 
 constexpr int kSide = 16;
+constexpr int kBallSide = 14;
 constexpr int kPitch = 19;
 constexpr int kMoreWidth = 28;
 constexpr int kLongestName = 100;
@@ -26,12 +28,24 @@ QRect PlaceOf(const QRect& cell, int number) {
   return {cell.left() + 1 + number * kPitch, cell.top() + (cell.height() - kSide) / 2, kSide, kSide};
 }
 
-const host::BaseMaterial* MaterialOf(BaseTag& tag) {
+host::BaseMaterial* MaterialOf(BaseTag& tag) {
   const host::TextureTag* texture = engine::AsTextureTag(&tag);
   return texture ? texture->GetMaterial() : nullptr;
 }
 
-// A texture tag is a ball in the color of its material.
+// The picture of a material in the size of a tag: made once, as averaging all its pixels takes its time.
+QPixmap Shrunk(const QPixmap& picture) {
+  const QString key = QString("material-tag-%1").arg(picture.cacheKey());
+  QPixmap small;
+  if (QPixmapCache::find(key, &small)) return small;
+  const double scale = picture.devicePixelRatio();
+  small = picture.scaled(QSize(kBallSide, kBallSide) * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  small.setDevicePixelRatio(scale);
+  QPixmapCache::insert(key, small);
+  return small;
+}
+
+// Until its picture is made, a material is a ball in its color.
 void PaintBall(QPainter& painter, const QRect& place, const host::BaseMaterial& material) {
   const host::Vector color = material.GetDataInstance()->GetVector(host::MATERIAL_COLOR);
   const QColor shown = QColor::fromRgbF(Shown(color.x), Shown(color.y), Shown(color.z));
@@ -44,13 +58,19 @@ void PaintBall(QPainter& painter, const QRect& place, const host::BaseMaterial& 
   painter.drawEllipse(QRectF(place).adjusted(2, 2, -2, -2));
 }
 
-void PaintTag(QPainter& painter, const QRect& place, BaseTag& tag, const QPalette& palette) {
+void PaintMaterial(QPainter& painter, const QRect& place, host::BaseMaterial& material, const MaterialBall& ball) {
+  const QPixmap picture = ball(material);
+  if (picture.isNull()) return PaintBall(painter, place, material);
+  painter.drawPixmap(place.topLeft() + QPoint((kSide - kBallSide) / 2, (kSide - kBallSide) / 2), Shrunk(picture));
+}
+
+void PaintTag(QPainter& painter, const QRect& place, BaseTag& tag, const QPalette& palette, const MaterialBall& ball) {
   if (tag.GetBit(host::BIT_ACTIVE)) {
     painter.setPen(QPen(palette.color(QPalette::Link), 1.2));
     painter.setBrush(palette.color(QPalette::Highlight));
     painter.drawRoundedRect(QRectF(place).adjusted(-0.5, -0.5, 0.5, 0.5), 3, 3);
   }
-  if (const host::BaseMaterial* material = MaterialOf(tag)) return PaintBall(painter, place, *material);
+  if (host::BaseMaterial* material = MaterialOf(tag)) return PaintMaterial(painter, place, *material, ball);
   Icon(TagIcon(tag.GetType())).paint(&painter, place);
 }
 
@@ -79,12 +99,13 @@ std::vector<BaseTag*> TagsFrom(const BaseObject& object, std::size_t first, std:
   return tags;
 }
 
-void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object, const QPalette& palette) {
+void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object, const QPalette& palette,
+               const MaterialBall& ball) {
   const TagsShown shown = TagsFitting(object, cell.width());
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
   int number = 0;
-  for (BaseTag* tag : shown.tags) PaintTag(painter, PlaceOf(cell, number++), *tag, palette);
+  for (BaseTag* tag : shown.tags) PaintTag(painter, PlaceOf(cell, number++), *tag, palette, ball);
   if (shown.more > 0) {
     painter.setPen(palette.color(QPalette::PlaceholderText));
     const QRect rest(cell.left() + 1 + number * kPitch, cell.top(), cell.width() - 1 - number * kPitch, cell.height());

@@ -3,6 +3,8 @@
 
 #include <QPainter>
 #include <QPalette>
+#include <QPixmap>
+#include <functional>
 #include <vector>
 
 #include "host/BaseObject.h"
@@ -16,7 +18,10 @@ struct TagsShown {
 };
 TagsShown TagsFitting(const host::BaseObject& object, int width);
 
-void PaintTags(QPainter& painter, const QRect& cell, const host::BaseObject& object, const QPalette& palette);
+// What a material looks like; null where that is not known yet.
+using MaterialBall = std::function<QPixmap(host::BaseMaterial&)>;
+void PaintTags(QPainter& painter, const QRect& cell, const host::BaseObject& object, const QPalette& palette,
+               const MaterialBall& ball);
 
 // What a place in the strip hits: a tag, or the count of those not shown, or nothing.
 struct TagHit {
