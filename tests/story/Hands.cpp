@@ -1,7 +1,9 @@
 #include "tests/story/Hands.h"
 
+#include <QApplication>
 #include <QEventLoop>
 #include <QProcess>
+#include <functional>
 #include <stdexcept>
 
 #include "tests/desktop/Pictures.h"
@@ -11,27 +13,71 @@ namespace hands {
 namespace {
 
 constexpr int kMillisecondsToRest = 120;
+constexpr int kMillisecondsToArrive = 20000;
+constexpr int kMillisecondsToLook = 10;
+
+// Counts what the window system brings. A click goes through the window manager first, which takes its time.
+class Arrivals : public QObject {
+ public:
+  Arrivals() { qApp->installEventFilter(this); }
+  int Of(QEvent::Type type) const { return counts_.value(type); }
+
+ protected:
+  bool eventFilter(QObject* receiver, QEvent* event) override {
+    if (receiver->isWindowType()) ++counts_[event->type()];
+    return false;
+  }
+
+ private:
+  QHash<QEvent::Type, int> counts_;
+};
 
 QStringList At(const QWidget& widget, QPoint place) {
   const QPoint global = widget.mapToGlobal(place);
   return {"mousemove", QString::number(global.x()), QString::number(global.y())};
 }
 
-void Do(const QStringList& arguments) {
-  QProcess program;
+// Calls `then` when the acts are done; at once the event loop goes on.
+void Begin(const QStringList& acts, std::function<void()> then) {
+  auto* program = new QProcess;
+  QObject::connect(program, &QProcess::finished, program, [program, then = std::move(then)] {
+    program->deleteLater();
+    then();
+  });
+  program->setProcessChannelMode(QProcess::ForwardedChannels);
+  program->start("xdotool", acts);
+  if (!program->waitForStarted()) throw std::runtime_error("cannot start xdotool");
+}
+
+void Do(const QStringList& acts) {
   QEventLoop loop;
-  QObject::connect(&program, &QProcess::finished, &loop, &QEventLoop::quit);
-  program.setProcessChannelMode(QProcess::ForwardedChannels);
-  program.start("xdotool", arguments);
-  if (!program.waitForStarted()) throw std::runtime_error("cannot start xdotool");
+  Begin(acts, [&loop] { loop.quit(); });
   loop.exec();
-  pictures::Settle(kMillisecondsToRest);
+}
+
+void WaitFor(const std::function<bool()>& arrived, const char* what) {
+  for (int waited = 0; !arrived(); waited += kMillisecondsToLook) {
+    if (waited > kMillisecondsToArrive) throw std::runtime_error(std::string(what) + " does not arrive");
+    pictures::Settle(kMillisecondsToLook);
+  }
+}
+
+// Where to let go: in the middle, or just inside the edge, which the toolkit takes for the place between two rows.
+QPoint PlaceIn(const Cell& cell) {
+  const QRect place = cell.view.visualRect(cell.index);
+  const int x = place.left() + std::min(place.width() / 2, 60);
+  return {x, cell.where == Cell::Where::On      ? place.center().y()
+             : cell.where == Cell::Where::Above ? place.top() + 1
+                                                : place.bottom() - 1};
 }
 
 }  // namespace
 
 void Click(const QWidget& widget, QPoint place, int times) {
+  const Arrivals arrivals;
   Do(At(widget, place) + QStringList{"sleep", "0.05", "click", "--repeat", QString::number(times), "--delay", "60", "1"});
+  WaitFor([&] { return arrivals.Of(QEvent::MouseButtonRelease) >= times; }, "a click");
+  pictures::Settle(kMillisecondsToRest);
 }
 
 void Click(const QWidget& widget) { Click(widget, widget.rect().center()); }
@@ -42,23 +88,37 @@ void Click(QAbstractItemView& view, const QModelIndex& cell) {
   Click(*view.viewport(), view.visualRect(cell).center());
 }
 
-void Drag(const QWidget& from, QPoint fromPlace, const QWidget& to, QPoint toPlace) {
-  QStringList acts = At(from, fromPlace) + QStringList{"sleep", "0.1", "mousedown", "1"};
-  const QPoint near = fromPlace + QPoint(12, 12);
-  for (const QStringList& step :
-       {At(from, near), At(from, near + QPoint(8, 8)), At(to, toPlace - QPoint(0, 3)), At(to, toPlace)}) {
-    acts += QStringList{"sleep", "0.2"} + step;
-  }
-  Do(acts + QStringList{"sleep", "0.4", "mouseup", "1", "sleep", "0.2"});
+// While something is dragged the toolkit stays in a loop of its own, within the first loop here: so each step begins the next.
+void Drag(const Cell& from, const Cell& to) {
+  pictures::Settle(QApplication::doubleClickInterval());
+  const QWidget& start = *from.view.viewport();
+  const QPoint hold = from.view.visualRect(from.index).center();
+  const Arrivals arrivals;
+  QEventLoop loop;
+  const auto letGo = [&] { Begin({"sleep", "0.5", "mouseup", "1"}, [&loop] { loop.quit(); }); };
+  const auto carry = [&] {
+    const QWidget& end = *to.view.viewport();
+    Begin(At(end, PlaceIn(to) - QPoint(6, 0)) + QStringList{"sleep", "0.1"} + At(end, PlaceIn(to)), letGo);
+  };
+  Begin(At(start, hold) + QStringList{"sleep", "0.1", "mousedown", "1", "sleep", "0.1"} + At(start, hold + QPoint(12, 4)) +
+            QStringList{"sleep", "0.1"} + At(start, hold + QPoint(16, 5)) + QStringList{"sleep", "0.2"},
+        carry);
+  loop.exec();
+  WaitFor([&] { return arrivals.Of(QEvent::Drop) > 0 || arrivals.Of(QEvent::DragLeave) > 0; }, "what is dragged");
+  pictures::Settle(kMillisecondsToRest);
 }
 
 void Type(const QWidget& field, const QString& text) {
   Click(field);
   Press("ctrl+a");
   Do({"type", "--delay", "12", text});
+  pictures::Settle(kMillisecondsToRest);
 }
 
-void Press(const QString& keys) { Do({"key", keys}); }
+void Press(const QString& keys) {
+  Do({"key", keys});
+  pictures::Settle(kMillisecondsToRest);
+}
 
 void Choose(QMenuBar& bar, const QString& menu, const QString& entry) {
   for (QAction* top : bar.actions()) {

@@ -1,6 +1,10 @@
 #include "tests/story/Screen.h"
 
+#include <sys/prctl.h>
+#include <unistd.h>
+
 #include <QThread>
+#include <csignal>
 #include <stdexcept>
 
 namespace story {
@@ -10,8 +14,15 @@ namespace {
 constexpr int kMillisecondsToStart = 30000;
 constexpr int kMostTries = 100;
 
+// However this program ends, what it started ends with it.
+void EndWithParent(pid_t parent) {
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (getppid() != parent) _exit(1);
+}
+
 void Start(QProcess& program, const QString& name, const QStringList& arguments) {
   program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  program.setChildProcessModifier([parent = getpid()] { EndWithParent(parent); });
   program.start(name, arguments);
   if (!program.waitForStarted(kMillisecondsToStart)) throw std::runtime_error("cannot start " + name.toStdString());
 }

@@ -1,5 +1,6 @@
-// One whole story, with mouse and keys only, on the sample scene: import, hide, record, change materials, record again, recall,
-// undo, export, delete, save under another name, close and start again. Each chapter looks at what came of it.
+// One whole story, with mouse and keys only, on the sample scene: import, move objects, hide, record, change materials, record
+// again, recall, undo, export, contact sheet, delete, save under another name, close and start again. Each chapter looks at what
+// came of it.
 #include <gtest/gtest.h>
 
 #include <QFileDialog>
@@ -12,8 +13,10 @@
 
 #include "engine/scene/SceneDump.h"
 #include "host/BaseMaterial.h"
+#include "host/BaseObject.h"
 #include "program/desktop/dialog/ListView.h"
 #include "program/desktop/panels/MaterialsPanel.h"
+#include "program/desktop/render/SheetWindow.h"
 #include "tests/desktop/Desk.h"
 #include "tests/story/Hands.h"
 
@@ -52,16 +55,20 @@ class Story : public testing::Test {
   }
   void Record(const QString& name) {
     hands::Type(desk_.Gadget<QLineEdit>(kNameField), name);
+    const int rows = List().model()->rowCount();
     hands::Click(desk_.Gadget<QPushButton>(kRecord));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return List().model()->rowCount() > rows; }, 30000)) << name.toStdString();
     pictures::Settle(800);  // until the progress of the preview has gone
   }
   void Press(host::LONG button) { hands::Click(desk_.Gadget<QPushButton>(button)); }
-  // The object and its row whose name begins so.
+  desktop::ObjectTree& Tree() { return Window().Objects(); }
+  // The row of the object whose name begins so.
   QModelIndex RowOf(const QString& name, int column = 0) {
-    const auto found = Window().Objects().model()->match(Window().Objects().model()->index(0, 0), Qt::DisplayRole, name, 1,
-                                                         Qt::MatchStartsWith | Qt::MatchRecursive);
+    const auto found =
+        Tree().model()->match(Tree().model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchStartsWith | Qt::MatchRecursive);
     return found.isEmpty() ? QModelIndex() : found.first().siblingAtColumn(column);
   }
+  void Undo() { hands::Press("ctrl+z"); }
 
   // --- What is done to the next box, and to the one after it.
   static void TypeIntoChooser(QFileDialog& chooser, const std::string& path) {
@@ -91,10 +98,12 @@ class Story : public testing::Test {
 
   // --- Chapters.
   void OpenTheSample();
+  void MoveObjects();
   void HideTwoAndRecord();
   void ChangeAMaterialAndRecord();
   void RecallAndUndo();
   void Export();
+  void MakeASheet();
   void DeleteOne();
   void SaveAsOther();
   void CloseAndComeBack();
@@ -114,13 +123,41 @@ void Story::OpenTheSample() {
   EXPECT_FALSE(Doc().GetChanged());
 }
 
+// Onto rows, those at the edges of a tree that could scroll too, and between two.
+void Story::MoveObjects() {
+  Tree().scrollTo(RowOf("edge-column-3"));
+  Desk::Rest();
+  std::vector<engine::NodeId> shown;
+  for (QModelIndex row = Tree().indexAt({4, 2}); row.isValid(); row = Tree().indexBelow(row)) {
+    if (Tree().visualRect(row).bottom() < Tree().viewport()->height()) shown.push_back(Tree().Rows().IdAt(row));
+  }
+  ASSERT_GE(shown.size(), 8U);
+  const auto row = [this](engine::NodeId id) { return Tree().Rows().IndexOf(id); };
+  const auto object = [&](engine::NodeId id) { return Tree().Rows().ObjectAt(row(id)); };
+  using enum hands::Cell::Where;
+  const engine::NodeId carried = shown[4];
+  hands::Click(Tree(), row(carried));
+  const std::string before = engine::DumpDocument(Doc());
+  for (const auto& [target, where] : {std::pair{shown.front(), On}, {shown.back(), On}, {shown[2], Above}, {shown[1], Below}}) {
+    hands::Drag({Tree(), row(carried)}, {Tree(), row(target), where});
+    const host::BaseObject* moved = object(carried);
+    EXPECT_EQ(where == On      ? moved->GetUp()
+              : where == Above ? moved->GetNext()
+                               : moved->GetPred(),
+              object(target))
+        << object(target)->GetName().ToUtf8();
+    Undo();
+    EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(Doc())), Nothing());
+  }
+}
+
 void Story::HideTwoAndRecord() {
   const QStringList names = {"edge-column-3.001", "switch.001"};
   for (const QString& name : names) {
     for (const int column : {desktop::ObjectRows::kEditor, desktop::ObjectRows::kRender}) {
       ASSERT_TRUE(RowOf(name).isValid());
       while (RowOf(name, column).data(desktop::ObjectRows::kMode).toInt() != host::MODE_OFF) {
-        hands::Click(Window().Objects(), RowOf(name, column));
+        hands::Click(Tree(), RowOf(name, column));
         if (HasFailure()) return;
       }
     }
@@ -141,11 +178,13 @@ void Story::ChangeAMaterialAndRecord() {
   const QModelIndex torch = grid->model()->match(grid->model()->index(0, 0), Qt::DisplayRole, "torch").value(0);
   ASSERT_TRUE(torch.isValid());
   const QModelIndex object = RowOf("ground-tile.008");
-  Window().Objects().scrollTo(object);
+  Tree().scrollTo(object);
   Desk::Rest();
-  hands::Drag(*grid->viewport(), grid->visualRect(torch).center(), *Window().Objects().viewport(),
-              Window().Objects().visualRect(object).center());
-  EXPECT_EQ(engine::DumpDifference(before, State()).size(), 2U) << "one line as it was and as it is";
+  hands::Drag({*grid, torch}, {Tree(), object});
+  const auto changed = engine::DumpDifference(before, State());
+  ASSERT_EQ(changed.size(), 2U) << "one line as it was and as it is";
+  EXPECT_NE(changed.back().find("\"ground-tile.008"), std::string::npos) << changed.back();
+  EXPECT_NE(changed.back().find("material \"torch\""), std::string::npos) << changed.back();
   Record("Other ground");
   EXPECT_EQ(Rows(), "[ ] Other ground\n[ ] Two hidden\n");
 }
@@ -157,11 +196,11 @@ void Story::RecallAndUndo() {
   Press(kLoad);
   const std::string recalled = State();
   EXPECT_FALSE(engine::DumpDifference(changed, recalled).empty());
-  hands::Press("ctrl+z");
+  Undo();
   EXPECT_EQ(engine::DumpDifference(changed, State()), Nothing());
   hands::Press("ctrl+shift+z");
   EXPECT_EQ(engine::DumpDifference(recalled, State()), Nothing());
-  hands::Press("ctrl+z");
+  Undo();
 }
 
 void Story::Export() {
@@ -176,6 +215,21 @@ void Story::Export() {
     EXPECT_TRUE(fs::exists(to + "/" + name + "/" + name + ".c4d")) << name;
   }
   EXPECT_EQ(desk_.App().Documents().size(), 1U);
+}
+
+void Story::MakeASheet() {
+  const std::string file = desk_.Folder() + "/sheet.png";
+  ChooseNext(file);
+  hands::Choose(*Window().menuBar(), "Render", "Contact Sheet");
+  QPointer<desktop::SheetWindow> sheet = dynamic_cast<desktop::SheetWindow*>(QApplication::activeWindow());
+  ASSERT_NE(sheet, nullptr);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return sheet->IsFinished(); }, 120000));
+  EXPECT_TRUE(sheet->Said().startsWith("Written")) << sheet->Said().toStdString();
+  EXPECT_TRUE(fs::exists(file));
+  EXPECT_TRUE(pictures::Write(*sheet, "contact-sheet-story"));
+  hands::Press("Escape");
+  EXPECT_EQ(sheet, nullptr);
+  EXPECT_EQ(Rows(), "[x] Other ground\n[x] Two hidden\n");
 }
 
 void Story::DeleteOne() {
@@ -217,24 +271,20 @@ void Story::CloseAndComeBack() {
 
 TEST_F(Story, FromTheSampleToTheNextStart) {
   ASSERT_TRUE(QTest::qWaitForWindowActive(&Window(), 20000));
-  for (auto chapter :
-       {&Story::OpenTheSample, &Story::HideTwoAndRecord, &Story::ChangeAMaterialAndRecord, &Story::RecallAndUndo}) {
-    (this->*chapter)();
-    if (HasFailure()) {
-      pictures::Write(Window(), "story-stopped");
-      return;
+  const auto live = [this](std::initializer_list<void (Story::*)()> chapters) {
+    for (const auto chapter : chapters) {
+      if (!HasFailure()) (this->*chapter)();
     }
-  }
+    if (HasFailure()) pictures::Write(Window(), "story-stopped");
+    return !HasFailure();
+  };
+  if (!live({&Story::OpenTheSample, &Story::MoveObjects, &Story::HideTwoAndRecord, &Story::ChangeAMaterialAndRecord,
+             &Story::RecallAndUndo}))
+    return;
   EXPECT_TRUE(QTest::qWaitFor([this] { return Window().View().IsFinished(); }, 60000));
   EXPECT_TRUE(pictures::Write(Window(), "main-window-story"));
   EXPECT_TRUE(pictures::Write(*desk_.PluginDock(), "dialog-story"));
-  for (auto chapter : {&Story::Export, &Story::DeleteOne, &Story::SaveAsOther, &Story::CloseAndComeBack}) {
-    (this->*chapter)();
-    if (HasFailure()) {
-      pictures::Write(Window(), "story-stopped");
-      return;
-    }
-  }
+  live({&Story::Export, &Story::MakeASheet, &Story::DeleteOne, &Story::SaveAsOther, &Story::CloseAndComeBack});
 }
 
 }  // namespace

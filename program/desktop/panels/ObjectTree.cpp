@@ -22,6 +22,7 @@ namespace {
 constexpr int kSwitchColumn = 21;
 constexpr int kTagsColumn = 68;
 constexpr int kIndentation = 14;
+constexpr int kScrollEdge = 5;  // pixels inside the edges where a drag scrolls: less than half a row, so that one can aim at any
 constexpr int kUnfoldDelay = 600;  // milliseconds that something dragged rests on a row
 // Rows are unfolded by themselves down to here: the toolkit goes through them by recursion.
 constexpr int kDeepest = 400;
@@ -49,6 +50,7 @@ ObjectTree::ObjectTree(QWidget* parent)
   setDragDropMode(DragDrop);
   setDefaultDropAction(Qt::MoveAction);
   setDropIndicatorShown(true);
+  setAutoScrollMargin(kScrollEdge);
   setAutoExpandDelay(kUnfoldDelay);
   setAccessibleName("Objects");
   header()->setStretchLastSection(false);

@@ -81,6 +81,7 @@ class ObjectTree : public QTreeView, public DocumentView {
   std::unordered_map<host::ULLONG, Unfolded> unfolded_;  // by document
   bool unfolding_ = false;
   bool cellPressed_ = false;
+  bool rowHeld_ = false;  // the last press took hold of a row, to drag it
   std::optional<Sweep> sweep_;
 };
 

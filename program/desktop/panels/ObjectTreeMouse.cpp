@@ -45,8 +45,11 @@ QIcon Swatch(const host::Vector& color) {
 }  // namespace
 
 void ObjectTree::mousePressEvent(QMouseEvent* event) {
+  const QPoint place = event->position().toPoint();
   cellPressed_ = PressedCell(*event);
   if (!cellPressed_) QTreeView::mousePressEvent(event);
+  const bool plain = event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier;
+  rowHeld_ = plain && !cellPressed_ && visualRect(indexAt(place)).contains(place);
 }
 
 void ObjectTree::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -56,6 +59,8 @@ void ObjectTree::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void ObjectTree::mouseMoveEvent(QMouseEvent* event) {
   if (sweep_) SweepTo(event->position().toPoint().y());
+  // The toolkit would drag rows that its own model knows to be selected, and select what the mouse passes from any other.
+  if (rowHeld_ && event->buttons() == Qt::LeftButton && state() == NoState) setState(DraggingState);
   if (!cellPressed_) QTreeView::mouseMoveEvent(event);
 }
 
