@@ -97,18 +97,22 @@ TEST(Progress, LetsNothingElseHappenButTheButton) {
   Desk::Rest();
   const std::size_t documents = desk.App().Documents().size();
   turns = finished = 0;
+  bool droppable = true;
   BoxWatch watch([&](QProgressDialog&) {
     QMimeData dropped;
     dropped.setUrls({QUrl::fromLocalFile(TEST_SOURCE_DIR "/scenes/spider/spider.obj")});
-    QDropEvent drop({9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&desk.Window(), &drop);
+    // The toolkit drops only what was taken when it came in.
+    QDragEnterEvent enter({9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&desk.Window(), &enter);
+    droppable = enter.isAccepted();
     desk.Window().close();
   });
   EXPECT_TRUE(desk.Outside().Progress(0.1, "Working"));
   EXPECT_EQ(watch.Shown(), 1);
   EXPECT_EQ(turns, 0) << "a timer fired in the middle of the work";
   EXPECT_EQ(finished, 0) << "typing ended in the middle of the work";
-  EXPECT_EQ(desk.App().Documents().size(), documents) << "a drop opened something in the middle of the work";
+  EXPECT_FALSE(droppable) << "a drop would open something in the middle of the work";
+  EXPECT_EQ(desk.App().Documents().size(), documents);
   EXPECT_TRUE(desk.Window().isVisible());
   PressStop(*AtWork::Box());
   EXPECT_FALSE(desk.Outside().Progress(0.2, "Working"));
