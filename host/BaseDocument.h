@@ -92,7 +92,7 @@ class BaseDocument : public BaseList2D {
   LONG GetFps() const;
   void SetFps(LONG fps);
 
-  // "Has unsaved changes".
+  // "Has unsaved changes". What is selected is none.
   void SetChanged();
   Bool GetChanged() const;
 

@@ -26,9 +26,11 @@ void BaseList2D::SetData(const BaseContainer& data, Bool add) {
 }
 
 void BaseList2D::SetAllBits(LONG bits) {
-  if (bits_ == bits) return;
+  const LONG differing = bits_ ^ bits;
+  if (differing == 0) return;
   engine::ApplyBits(*this, bits);
-  engine::Touch(*this);
+  // Files keep the selection, but nobody wants to be asked to save after a mere look at something.
+  differing == BIT_ACTIVE ? engine::TouchView(*this) : engine::Touch(*this);
 }
 
 void BaseList2D::SetBit(LONG mask) { SetAllBits(bits_ | mask); }

@@ -42,13 +42,15 @@ struct DocumentBody {
 
 inline DocumentBody& BodyOf(const host::BaseDocument& doc) { return NodeAccess::Body(doc); }
 
-// Marks the document of a node, if it has one, as changed.
+// Tells views and caches that the document of a node, if it has one, is not what it was.
+inline void TouchView(host::GeListNode& node) {
+  if (const host::BaseDocument* doc = node.GetDocument()) ++BodyOf(*doc).changes;
+}
+
+// Marks it as having unsaved changes, too.
 inline void Touch(host::GeListNode& node) {
-  const host::BaseDocument* doc = node.GetDocument();
-  if (!doc) return;
-  DocumentBody& body = BodyOf(*doc);
-  body.changed = true;
-  ++body.changes;
+  TouchView(node);
+  if (const host::BaseDocument* doc = node.GetDocument()) BodyOf(*doc).changed = true;
 }
 
 }  // namespace engine
