@@ -5,6 +5,7 @@
 #include <QStyledItemDelegate>
 #include <QToolTip>
 
+#include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/panels/ObjectRows.h"
 
@@ -18,7 +19,6 @@ constexpr int kIconSide = 14;
 constexpr QRgb kOn = 0xff8fb26b;
 constexpr QRgb kOff = 0xffc7604f;
 constexpr QRgb kUndefined = 0xff7a7a7a;
-constexpr QRgb kNoLayer = 0xff4a4a4a;
 
 QRectF Centered(const QRect& cell, double side) {
   const QPointF middle = QRectF(cell).center();
@@ -81,7 +81,7 @@ class LayerCell : public Cell {
  protected:
   void Mark(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
     const QVariant color = index.data(Qt::BackgroundRole);
-    painter.setPen(color.isValid() ? Qt::NoPen : QPen(QColor(kNoLayer)));
+    painter.setPen(color.isValid() ? Qt::NoPen : QPen(QColor(colors::kIdleBox)));
     painter.setBrush(color.isValid() ? QBrush(color.value<QColor>()) : QBrush(Qt::NoBrush));
     painter.drawRoundedRect(Centered(option.rect, kSwatchSide), 2.5, 2.5);
   }
