@@ -29,7 +29,8 @@ struct DocumentBody {
   bool changed = false;
   host::ULLONG changes = 0;
   const host::ULLONG number = ++documentsMade;
-  host::ULLONG treeChanges = 0;  // objects put in and taken out
+  host::ULLONG treeChanges = 0;       // objects put in and taken out
+  host::ULLONG selectionChanges = 0;  // elements selected and deselected, put in and taken out with that
 
   SelectionOrder selectedObjects;
   SelectionOrder selectedTags;

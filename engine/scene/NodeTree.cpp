@@ -82,6 +82,7 @@ void UnregisterAll(GeListNode& root, BaseDocument& doc) {
   if (A::Kind(root) == NodeKind::Object) ++body.treeChanges;
   for (GeListNode* node = &root; node; node = NextInside(*node, root)) {
     body.table.Remove(A::Id(*node));
+    if (A::Bits(static_cast<BaseList2D&>(*node)) & host::BIT_ACTIVE) ++body.selectionChanges;
     A::Document(*node) = nullptr;
   }
   ++body.changes;
@@ -265,10 +266,12 @@ bool Place(BaseList2D* node, BaseList2D* owner, int slot, GeListNode* pred) {
 }
 
 void ApplyBits(BaseList2D& node, host::LONG bits) {
-  const bool selects = bits & ~A::Bits(node) & host::BIT_ACTIVE;
+  const bool changes = (bits ^ A::Bits(node)) & host::BIT_ACTIVE;
   A::Bits(node) = bits;
-  if (!selects || !node.GetDocument()) return;
+  if (!changes || !node.GetDocument()) return;
   DocumentBody& body = BodyOf(*node.GetDocument());
+  ++body.selectionChanges;
+  if (!(bits & host::BIT_ACTIVE)) return;
   if (A::Kind(node) == NodeKind::Object) body.selectedObjects.Add(A::Id(node), body.table);
   if (AsTag(&node)) body.selectedTags.Add(A::Id(node), body.table);
 }

@@ -106,6 +106,8 @@ void ClearChanged(host::BaseDocument& doc);
 host::ULLONG ChangeCount(const host::BaseDocument& doc);
 // A number that grows with every object put in or taken out, for views of the tree.
 host::ULLONG TreeChangeCount(const host::BaseDocument& doc);
+// A number that grows whenever it changes which elements are selected.
+host::ULLONG SelectionChangeCount(const host::BaseDocument& doc);
 
 // The next node of a depth-first pre-order walk that stays below `root` (null: walks on through the siblings of
 // the start and of its parents); null at the end. No recursion.

@@ -1,6 +1,7 @@
 #include "engine/scene/SelectionOrder.h"
 
 #include <algorithm>
+#include <functional>
 #include <unordered_set>
 
 #include "engine/scene/Nodes.h"
@@ -33,10 +34,13 @@ BaseList2D* SelectionOrder::Last(const NodeTable& nodes) {
 
 std::vector<BaseList2D*> SelectionOrder::InOrder(const NodeTable& nodes) const {
   std::vector<BaseList2D*> order;
+  order.reserve(ids_.size());
+  // Elements selected in the order of their making, as all of a scene are at once, need no look at what was there before.
+  const bool ascends = std::adjacent_find(ids_.begin(), ids_.end(), std::greater_equal<>()) == ids_.end();
   std::unordered_set<NodeId> seen;
   for (auto id = ids_.rbegin(); id != ids_.rend(); ++id) {
     BaseList2D* node = Selected(*id, nodes);
-    if (node && seen.insert(*id).second) order.push_back(node);
+    if (node && (ascends || seen.insert(*id).second)) order.push_back(node);
   }
   std::reverse(order.begin(), order.end());
   return order;

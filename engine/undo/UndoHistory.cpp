@@ -87,7 +87,9 @@ void UndoHistory::Return(const Remembered& to) {
   doc_.SetActiveRenderData(AsRenderData(FindNode(&doc_, to.settings)));
   doc_.SetFps(to.fps);
   DocumentBody& body = BodyOf(doc_);
+  if (to.activeObject == Present().activeObject) return;
   body.selectedObjects.Add(to.activeObject, body.table);
+  ++body.selectionChanges;
 }
 
 void UndoHistory::Exchange(Step& step, bool backwards, std::size_t from) {

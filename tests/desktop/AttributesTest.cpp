@@ -278,6 +278,50 @@ TEST(Attributes, TakeManyAtOnce) {
   EXPECT_EQ(Scene().GetActiveObject()->GetMl().off, Vector(0));
 }
 
+TEST(Attributes, OfVeryManyAreReadInSlicesThatBeginAnewAfterAChange) {
+  WithThings desk;
+  auto& view = dynamic_cast<desktop::AttributesView&>(desk.Panel());
+  view.slice = std::chrono::milliseconds(0);
+  Scene().SetActiveObject(nullptr);
+  std::vector<BaseObject*> many;
+  for (int i = 0; i < 6000; ++i) {
+    many.push_back(Add(host::Onull, i == 5999 ? "another" : "one of many"));
+    Scene().SetActiveObject(many.back(), host::SELECTION_ADD);
+  }
+  desk.Window().Beat();
+  ASSERT_TRUE(view.IsReading());
+  EXPECT_TRUE(desk.Says("6,000 elements"));
+  EXPECT_TRUE(desk.Says("Reading what they have in common"));
+  Desk::Rest();
+  EXPECT_FALSE(view.IsReading());
+  EXPECT_TRUE(desk.Says("6,000 objects"));
+  EXPECT_EQ(EditOf(view, "Name").text(), "") << "the last one differs";
+  EXPECT_EQ(EditOf(view, "Position", 0).text(), "0");
+
+  // In the middle of reading anew, half of them go.
+  many[0]->SetName("not this one");
+  desk.Window().Beat();
+  ASSERT_TRUE(view.IsReading());
+  EXPECT_TRUE(EditOf(view, "Name").isEnabled()) << "the same elements stay in hand";
+  for (std::size_t i = 3000; i < many.size(); ++i) BaseObject::Free(many[i]);
+  many[0]->SetName("one of many");
+  Desk::Rest();
+  EXPECT_FALSE(view.IsReading());
+  EXPECT_TRUE(desk.Says("3,000 objects"));
+  EXPECT_EQ(EditOf(view, "Name").text(), "one of many");
+
+  // What one types is meant for those that were read.
+  Enter(EditOf(view, "Position", 1), "7");
+  EXPECT_EQ(many[2999]->GetMl().off, Vector(0, 7, 0));
+  many[0]->SetName("x");
+  desk.Window().Beat();
+  ASSERT_TRUE(view.IsReading());
+  host::KillDocument(&Scene());
+  desk.App().NewDocument();
+  Desk::Rest();
+  EXPECT_FALSE(view.IsReading());
+}
+
 TEST(Attributes, EditTheDocumentWhenNothingIsSelected) {
   WithThings desk;
   fields::Pick(ListOf(desk.Panel(), "Camera"), "Front");

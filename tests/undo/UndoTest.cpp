@@ -456,4 +456,34 @@ TEST(Undo, AnInnerScopeCancelsItsOwnPart) {
 // A load of a million objects makes as many entries.
 TEST(Undo, EntriesStaySmall) { EXPECT_LE(sizeof(engine::UndoEntry), 72u); }
 
+// Views read the selection anew only when this number has grown.
+TEST(Undo, WhoCountsChangesOfTheSelectionMissesNone) {
+  SceneBuilder scene;
+  BaseDocument& doc = scene.Doc();
+  scene.Object("First").Object("Second").Material("Red");
+  BaseObject* first = scene.GetObject("First");
+  BaseObject* second = scene.GetObject("Second");
+  const auto grows = [&](const std::function<void()>& act) {
+    const host::ULLONG before = engine::SelectionChangeCount(doc);
+    act();
+    return engine::SelectionChangeCount(doc) != before;
+  };
+  EXPECT_TRUE(grows([&] { doc.SetActiveObject(first); }));
+  EXPECT_TRUE(grows([&] { doc.SetActiveObject(second, host::SELECTION_ADD); }));
+  EXPECT_FALSE(grows([&] {
+    doc.SetActiveObject(second, host::SELECTION_ADD);
+    first->SetName("Other");
+    first->SetEditorMode(host::MODE_OFF);
+    doc.SetActiveObject(nullptr, host::SELECTION_ADD);
+  }));
+  EXPECT_TRUE(grows([&] { doc.SetActiveObject(first, host::SELECTION_SUB); }));
+  EXPECT_TRUE(grows([&] {
+    const engine::UndoScope scope(doc, "Delete");
+    doc.AddUndo(host::UNDO_DELETE, second);
+    BaseObject::Free(second);
+  })) << "it was selected";
+  EXPECT_TRUE(grows([&] { doc.DoUndo(); })) << "it is again";
+  EXPECT_TRUE(grows([&] { doc.GetFirstMaterial()->SetBit(host::BIT_ACTIVE); }));
+}
+
 }  // namespace

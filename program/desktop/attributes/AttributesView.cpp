@@ -1,5 +1,7 @@
 #include "program/desktop/attributes/AttributesView.h"
 
+#include <QElapsedTimer>
+#include <QLocale>
 #include <QScrollBar>
 #include <algorithm>
 
@@ -13,6 +15,7 @@ constexpr int kLeastLabel = 84;
 constexpr int kMostLabel = 120;
 constexpr int kLabelAir = 4;
 constexpr qsizetype kLongestTitle = 80;
+constexpr std::size_t kElementsBetweenLooks = 500;
 
 bool LookAlike(const std::vector<AttributeGroup>& a, const std::vector<AttributeGroup>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) { return x.LooksLike(y); });
@@ -41,6 +44,9 @@ AttributesView::AttributesView(QWidget* parent) : QScrollArea(parent) {
   setWidgetResizable(true);
   setFrameShape(NoFrame);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  next_.setSingleShot(true);
+  next_.setInterval(0);
+  connect(&next_, &QTimer::timeout, this, [this] { Slice(); });
 }
 
 void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) {
@@ -53,12 +59,57 @@ void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) 
   doc_ = IdentityOf(doc);
   elements_ = elements;
   seen_ = doc ? engine::ChangeCount(*doc) : 0;
-  const ElementList living = doc ? ElementsOf(*doc, *elements) : ElementList();
-  std::vector<AttributeGroup> groups = doc ? GroupsFor(*doc, living, elements) : std::vector<AttributeGroup>();
+  reading_.reset();
+  next_.stop();
+  if (!doc) {
+    ShowGroups({});
+    return ShowHeading(nullptr, {});
+  }
+  reading_.emplace(*doc, elements);
+  Slice();
+  // What is shown is still of other elements.
+  if (reading_ && others) ShowWaiting();
+}
+
+void AttributesView::Slice() {
+  host::BaseDocument* doc = FindOpenDocument(doc_);
+  if (!reading_) return;
+  if (!doc || engine::ChangeCount(*doc) != seen_) return reading_.reset();  // which is followed before the loop waits
+  QElapsedTimer time;
+  time.start();
+  while (!reading_->Advance(kElementsBetweenLooks)) {
+    if (time.elapsed() < slice.count()) continue;
+    return next_.start();
+  }
+  ShowRead(*doc);
+  reading_.reset();
+}
+
+void AttributesView::ShowWaiting() {
+  if (content_) content_->setEnabled(false);
+  title_->setText(QLocale(QLocale::English).toString(static_cast<qulonglong>(elements_->size())) + " elements");
+  kinds_->setText("Reading what they have in common");
+  kinds_->show();
+}
+
+void AttributesView::ShowRead(host::BaseDocument& doc) {
+  ShowHeading(&doc, reading_->Elements());
+  ShowGroups(reading_->TakeGroups());
+  auto value = reading_->Values().begin();
+  for (const Shown& shown : lines_) {
+    if (*value) shown.field->Show(**value, doc);
+    ++value;
+  }
+}
+
+void AttributesView::ShowGroups(std::vector<AttributeGroup> groups) {
   if (!content_ || !LookAlike(groups, groups_)) Build(groups);
+  content_->setEnabled(true);
   groups_ = std::move(groups);
-  ShowHeading(doc, living);
-  if (doc) ShowValues(*doc, living);
+  auto shown = lines_.begin();
+  for (const AttributeGroup& group : groups_) {
+    for (const AttributeLine& line : group.lines) (shown++)->line = line;
+  }
 }
 
 void AttributesView::Build(const std::vector<AttributeGroup>& groups) {
@@ -96,19 +147,6 @@ void AttributesView::AddGroup(const AttributeGroup& group, int labelWidth) {
   }
   sections_[group.title] = section;
   content_->layout()->addWidget(section);
-}
-
-void AttributesView::ShowValues(host::BaseDocument& doc, const ElementList& elements) {
-  auto shown = lines_.begin();
-  for (const AttributeGroup& group : groups_) {
-    for (const AttributeLine& line : group.lines) {
-      shown->line = line;
-      const ElementList own = line.elements == elements_ ? ElementList() : ElementsOf(doc, *line.elements);
-      const ElementList& meant = line.elements == elements_ ? elements : own;
-      if (!meant.empty()) shown->field->Show(ReadCommon(meant, *line.field), doc);
-      ++shown;
-    }
-  }
 }
 
 void AttributesView::ShowHeading(const host::BaseDocument* doc, const ElementList& elements) {

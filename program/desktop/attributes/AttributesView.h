@@ -1,13 +1,17 @@
-// AttributesView: the fields of the elements that are looked at, under titles that fold, for reading and editing. It keeps
-// identities, owns no element. Widgets are made anew only when other fields are to be shown. Main thread.
+// AttributesView: the fields of the elements that are looked at, under titles that fold, for reading and editing. Very many
+// elements are read in slices between which the window lives on. It keeps identities, owns no element. Widgets are made anew only
+// when other fields are to be shown. Main thread.
 #pragma once
 
 #include <QLabel>
 #include <QScrollArea>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <chrono>
 #include <map>
+#include <optional>
 
-#include "program/desktop/attributes/AttributeLines.h"
+#include "program/desktop/attributes/AttributeReading.h"
 #include "program/desktop/attributes/FieldEditing.h"
 #include "program/desktop/attributes/FoldSection.h"
 #include "program/desktop/attributes/LineField.h"
@@ -21,12 +25,19 @@ class AttributesView : public QScrollArea {
   // Shows elements of `doc` (none: the document's own fields; null: nothing) and takes up what changed. Cheap when nothing did.
   // What was being typed for other elements is taken for them first.
   void Follow(host::BaseDocument* doc, const SharedIds& elements);
+  // How long one slice may take.
+  std::chrono::milliseconds slice{20};
+  // Until all of the elements are read and shown.
+  bool IsReading() const { return reading_.has_value(); }
   QSize sizeHint() const override { return {320, 360}; }
 
  private:
   void Build(const std::vector<AttributeGroup>& groups);
   void AddGroup(const AttributeGroup& group, int labelWidth);
-  void ShowValues(host::BaseDocument& doc, const ElementList& elements);
+  void Slice();
+  void ShowWaiting();
+  void ShowRead(host::BaseDocument& doc);
+  void ShowGroups(std::vector<AttributeGroup> groups);
   void ShowHeading(const host::BaseDocument* doc, const ElementList& elements);
   void Edit(std::size_t line, const FieldEdit& edit);
 
@@ -43,6 +54,8 @@ class AttributesView : public QScrollArea {
   std::map<QString, FoldSection*> sections_;
   std::map<QString, bool> folded_;  // by title, as a person left them
   FieldEditing editing_;
+  std::optional<AttributeReading> reading_;
+  QTimer next_;
   QLabel* title_;
   QLabel* kinds_;
   QVBoxLayout* column_;

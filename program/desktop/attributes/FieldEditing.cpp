@@ -20,12 +20,15 @@ void Apply(host::BaseDocument& doc, host::BaseList2D& element, const Field& fiel
 
 }  // namespace
 
+host::BaseList2D* FindElement(host::BaseDocument& doc, engine::NodeId id) {
+  return id == engine::IdOf(doc) ? &doc : engine::FindNode(&doc, id);
+}
+
 std::vector<host::BaseList2D*> ElementsOf(host::BaseDocument& doc, const Ids& ids) {
   std::vector<host::BaseList2D*> elements;
   elements.reserve(ids.size());
   for (const engine::NodeId id : ids) {
-    host::BaseList2D* element = id == engine::IdOf(doc) ? &doc : engine::FindNode(&doc, id);
-    if (element) elements.push_back(element);
+    if (host::BaseList2D* element = FindElement(doc, id)) elements.push_back(element);
   }
   return elements;
 }

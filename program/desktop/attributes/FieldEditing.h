@@ -6,7 +6,8 @@
 
 namespace desktop {
 
-// The elements of those identities that still live in `doc`, itself included, in the order of the list.
+// The element of that identity that still lives in `doc`, itself included, or null; those of many in the order of the list.
+host::BaseList2D* FindElement(host::BaseDocument& doc, engine::NodeId id);
 std::vector<host::BaseList2D*> ElementsOf(host::BaseDocument& doc, const Ids& ids);
 
 class FieldEditing {

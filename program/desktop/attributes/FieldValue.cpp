@@ -154,15 +154,16 @@ GeData ReadField(const BaseList2D& element, const Field& field) {
   return Number(SwitchOf(data, field.id));
 }
 
-FieldValue ReadCommon(const std::vector<BaseList2D*>& elements, const Field& field) {
-  FieldValue common{ReadField(*elements.front(), field)};
+CommonValue::CommonValue(const Field& field, const BaseList2D& first)
+    : field_(field), first_(first), common_{ReadField(first, field)} {
   const OwnProperty* property = field.id < 0 ? PropertyOf(field.id) : nullptr;
-  const auto alike = property ? property->alike : nullptr;
-  for (const BaseList2D* element : elements) {
-    if (alike && alike(*element, *elements.front())) continue;
-    if (MarkDifferences(common, ReadField(*element, field), field.kind)) break;
-  }
-  return common;
+  if (property) alike_ = property->alike;
+}
+
+bool CommonValue::LookAt(const BaseList2D& element) {
+  if (!agree_ || (alike_ && alike_(element, first_))) return agree_;
+  agree_ = !MarkDifferences(common_, ReadField(element, field_), field_.kind);
+  return agree_;
 }
 
 void WriteField(BaseList2D& element, const Field& field, const GeData& value) {

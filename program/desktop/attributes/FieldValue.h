@@ -26,8 +26,23 @@ struct FieldEdit {
 
 // A parameter that the element does not hold reads as what its type starts with.
 host::GeData ReadField(const host::BaseList2D& element, const Field& field);
-// Stops looking as soon as everything differs. `elements` must not be empty.
-FieldValue ReadCommon(const std::vector<host::BaseList2D*>& elements, const Field& field);
+// What elements have in common in one field, found by looking at one after the other. They outlive it.
+class CommonValue {
+ public:
+  CommonValue(const Field& field, const host::BaseList2D& first);
+
+  // True as long as the elements looked at agree in anything: else no more need be looked at.
+  bool LookAt(const host::BaseList2D& element);
+  const FieldValue& Value() const { return common_; }
+  const Field& GetField() const { return field_; }
+
+ private:
+  const Field& field_;
+  const host::BaseList2D& first_;
+  bool (*alike_)(const host::BaseList2D& a, const host::BaseList2D& b) = nullptr;
+  FieldValue common_;
+  bool agree_ = true;
+};
 // Writes without undo. Texture fields: see TextureFile.h.
 void WriteField(host::BaseList2D& element, const Field& field, const host::GeData& value);
 // `before` with the meant parts replaced.

@@ -13,8 +13,11 @@ void AddChosen(Ids& ids, const host::GeListNode* first) {
 }  // namespace
 
 void LookedAt::Follow(const host::BaseDocument* doc) {
-  const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
-  if (IdentityOf(doc) == doc_ && count == seen_) return;
+  const host::ULLONG count = doc ? engine::SelectionChangeCount(*doc) : 0;
+  if (IdentityOf(doc) == doc_ && count == seen_) {
+    if (!shown_.empty()) Choose(doc);
+    return;
+  }
   const bool isNew = IdentityOf(doc) != doc_;
   if (isNew) *this = LookedAt();
   doc_ = IdentityOf(doc);

@@ -16,8 +16,8 @@ using SharedIds = std::shared_ptr<const Ids>;
 
 class LookedAt {
  public:
-  // Takes up what was selected, deselected or deleted since the last call. Linear in the selection, and cheap when nothing
-  // changed.
+  // Takes up what was selected, deselected or deleted since the last call. Linear in the selection where that changed, else
+  // cheap.
   void Follow(const host::BaseDocument* doc);
   // Looks at these elements of `doc` until others are selected there or all of them are deleted.
   void Show(const host::BaseDocument& doc, Ids elements);
