@@ -63,10 +63,10 @@ bool UndoHistory::Add(host::LONG type, BaseList2D& node) {
   }
 }
 
-void UndoHistory::Move(host::BaseObject& object, BaseList2D& owner, host::GeListNode* pred) {
-  if (open_ && !running_) open_->entries.Add(UndoEntry::Moved(object));
-  TakeOut(object);
-  PutIn(object, owner, A::Kind(owner) == NodeKind::Document ? kObjects : kChildren, pred);
+void UndoHistory::Move(BaseList2D& node, BaseList2D& owner, host::GeListNode* pred) {
+  if (open_ && !running_) open_->entries.Add(UndoEntry::Moved(node));
+  TakeOut(node);
+  PutIn(node, owner, A::Kind(owner) == NodeKind::Document ? SlotOf(node) : kChildren, pred);
 }
 
 bool UndoHistory::Claim(BaseList2D& node) {

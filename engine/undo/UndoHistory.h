@@ -34,9 +34,9 @@ class UndoHistory : public UndoAttachment {
     if (scopes_ == 0) End();
   }
   bool Add(host::LONG type, host::BaseList2D& node);
-  // Puts an object below `owner` (an object or the document) after `pred`, registered when a group is open. The caller
-  // has made sure that `owner` does not hang below it and `pred` stands there.
-  void Move(host::BaseObject& object, host::BaseList2D& owner, host::GeListNode* pred);
+  // Puts an object, a layer or render settings below `owner` (one of its kind or the document) after `pred`, registered when a
+  // group is open. The caller has made sure that `owner` does not hang below it and `pred` stands there.
+  void Move(host::BaseList2D& node, host::BaseList2D& owner, host::GeListNode* pred);
   // Both close an open group first.
   bool Undo();
   bool Redo();

@@ -103,6 +103,21 @@ void DrawRing(QPainter& painter, const QRect& rect) {
   soft->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), kRound, kRound);
 }
 
+// Where something dragged would go: a line between two rows, with a ring where it begins, or a frame around a row.
+void DrawDropPlace(QPainter& painter, const QRect& rect) {
+  constexpr double kRing = 3;
+  if (rect.isNull()) return;
+  SoftPainter soft(painter);
+  soft->setPen(QPen(QColor(kAccent), 2));
+  if (rect.height() > 0) {
+    soft->drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), kRound, kRound);
+    return;
+  }
+  const double y = std::max<double>(rect.top(), kRing + 1);
+  soft->drawEllipse(QPointF(rect.left() + kRing + 1, y), kRing, kRing);
+  soft->drawLine(QPointF(rect.left() + 2 * kRing + 1, y), QPointF(rect.right(), y));
+}
+
 void DrawSlider(QPainter& painter, const QStyleOptionSlider& slider, const QRect& groove, const QRect& handle) {
   constexpr int kLine = 4;
   constexpr double kKnob = 6;
@@ -196,6 +211,8 @@ void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
     case PE_IndicatorBranch:
       if (Is(*option, State_Children)) DrawChevron(*painter, option->rect, Is(*option, State_Open) ? 0 : 3, true);
       return;
+    case PE_IndicatorItemViewItemDrop:
+      return DrawDropPlace(*painter, option->rect);
     case PE_PanelButtonTool:
       return DrawToolButton(*painter, *option);
     case PE_PanelLineEdit:

@@ -12,6 +12,9 @@ namespace desktop {
 inline constexpr const char* kMaterialMime = "application/x-stagemarks-material";
 // Objects of the active document.
 inline constexpr const char* kObjectsMime = "application/x-stagemarks-objects";
+// Its layers, its render settings.
+inline constexpr const char* kLayersMime = "application/x-stagemarks-layers";
+inline constexpr const char* kRenderSettingsMime = "application/x-stagemarks-render-settings";
 
 // Owned by the caller.
 QMimeData* DraggedNodes(const char* mime, const std::vector<engine::NodeId>& nodes);

@@ -78,17 +78,17 @@ std::vector<BaseObject*> TopmostSelected(const BaseDocument& doc) {
   return topmost;
 }
 
-std::vector<BaseObject*> Topmost(const std::vector<BaseObject*>& objects) {
-  const std::unordered_set<const BaseObject*> given(objects.begin(), objects.end());
-  std::unordered_map<const BaseObject*, bool> known;  // of some others: whether they are below one that is given
-  std::vector<BaseObject*> topmost;
-  for (BaseObject* object : objects) {
-    std::vector<const BaseObject*> way;
-    const BaseObject* above = object->GetUp();
-    for (; above && given.count(above) == 0 && known.count(above) == 0; above = above->GetUp()) way.push_back(above);
-    const bool isBelow = above && (given.count(above) == 1 || known.at(above));
-    for (const BaseObject* passed : way) known.emplace(passed, isBelow);
-    if (!isBelow) topmost.push_back(object);
+std::vector<BaseList2D*> Topmost(const std::vector<BaseList2D*>& nodes) {
+  const std::unordered_set<const host::GeListNode*> given(nodes.begin(), nodes.end());
+  std::unordered_map<const host::GeListNode*, bool> known;  // of some others: whether they are below one that is given
+  std::vector<BaseList2D*> topmost;
+  for (BaseList2D* node : nodes) {
+    std::vector<const host::GeListNode*> way;
+    const host::GeListNode* above = node->GetUp();
+    for (; above && !given.contains(above) && !known.contains(above); above = above->GetUp()) way.push_back(above);
+    const bool isBelow = above && (given.contains(above) || known.at(above));
+    for (const host::GeListNode* passed : way) known.emplace(passed, isBelow);
+    if (!isBelow) topmost.push_back(node);
   }
   return topmost;
 }

@@ -15,8 +15,8 @@ enum class Switch { kEditor, kRender, kGenerator };
 // The selected objects in the order of the tree; and those of them that are below no other selected one. O(objects).
 std::vector<host::BaseObject*> SelectedObjects(const host::BaseDocument& doc);
 std::vector<host::BaseObject*> TopmostSelected(const host::BaseDocument& doc);
-// Those of `objects` that are below no other of them, in the order given. Linear.
-std::vector<host::BaseObject*> Topmost(const std::vector<host::BaseObject*>& objects);
+// Those of `nodes`, none of them null, that are below no other of them, in the order given. Linear.
+std::vector<host::BaseList2D*> Topmost(const std::vector<host::BaseList2D*>& nodes);
 
 // Selects all objects, those in closed branches too; and no object and no tag.
 void SelectAll(host::BaseDocument& doc);

@@ -7,11 +7,13 @@
 #include <QMenu>
 #include <QtTest/QTest>
 
+#include "engine/undo/Undo.h"
 #include "program/desktop/Dragging.h"
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/panels/LayerSwitches.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "tests/desktop/Desk.h"
+#include "tests/desktop/Drops.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
@@ -131,6 +133,36 @@ TEST(Layers, TakeSelectedAndDroppedObjectsAndGiveThemBack) {
   desk.App().Undo();
   desk.App().Undo();
   EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("House/Lamps"));
+}
+
+TEST(Layers, AreMovedToWhereTheyAreDropped) {
+  WithLayers desk;
+  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const auto drop = [&](const QModelIndexList& dragged, const char* on, bool before = false) {
+    return drops::Drop(desk.Tree(), desk.Rows().mimeData(dragged), desk.IndexOf(on), before);
+  };
+  const auto shown = [&] {
+    std::string text;
+    for (QModelIndex row = desk.Rows().index(0, 0); row.isValid(); row = desk.Tree().indexBelow(row)) {
+      text += (row.parent().isValid() ? ">" : "") + row.data().toString().toStdString() + " ";
+    }
+    return text;
+  };
+  desk.Click("Garden", LayerRows::kName);
+  EXPECT_FALSE(drop({desk.IndexOf("House")}, "House/Lamps")) << "below itself";
+  EXPECT_TRUE(drop({desk.IndexOf("Garden"), desk.IndexOf("Garden", LayerRows::kColor)}, "House", true));
+  EXPECT_EQ(shown(), "Garden House >Lamps ");
+  EXPECT_TRUE(drop({desk.IndexOf("House/Lamps"), desk.IndexOf("House")}, "Garden"));
+  EXPECT_EQ(desk.scene.GetLayer("Garden")->GetDown()->GetDown()->GetName().ToUtf8(), "Lamps") << "with what is below it";
+  EXPECT_EQ(desk.Tree().Chosen(), desktop::LayerList{desk.scene.GetLayer("Garden")});
+  EXPECT_EQ(engine::DoneNames(desk.Doc()), (std::vector<std::string>{"Move", "Move"}));
+  desk.App().Undo();
+  desk.App().Undo();
+  Desk::Rest();
+  EXPECT_EQ(shown(), "House >Lamps Garden ");
+  const engine::NodeId tree = engine::IdOf(*desk.scene.GetObject("Tree"));
+  EXPECT_TRUE(drops::Drop(desk.Tree(), desktop::DraggedNodes(desktop::kObjectsMime, {tree}), desk.IndexOf("Garden"), true));
+  EXPECT_EQ(desk.scene.GetObject("Tree")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("Garden")) << "never between rows";
 }
 
 // Opens the context menu and chooses the entry with that text.

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
-#include <QDropEvent>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QtTest/QTest>
@@ -15,6 +14,7 @@
 #include "program/desktop/panels/ObjectPanel.h"
 #include "program/desktop/panels/TagStrip.h"
 #include "tests/desktop/Desk.h"
+#include "tests/desktop/Drops.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
@@ -56,18 +56,7 @@ struct WithFamily : Desk {
     }
     return text;
   }
-  // As the toolkit does when something dragged comes to a place in the tree and is let go of there. Whether it was taken.
-  bool Drop(QMimeData* data, const QPoint& place) {
-    const std::unique_ptr<QMimeData> owned(data);
-    QDragEnterEvent enter(place, Qt::MoveAction, data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(Tree().viewport(), &enter);
-    QDragMoveEvent move(place, Qt::MoveAction, data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(Tree().viewport(), &move);
-    QDropEvent drop(place, Qt::MoveAction, data, Qt::LeftButton, Qt::NoModifier);
-    if (move.isAccepted()) QApplication::sendEvent(Tree().viewport(), &drop);
-    Rest();
-    return move.isAccepted() && drop.isAccepted();
-  }
+  bool Drop(QMimeData* data, const QPoint& place) { return drops::Drop(Tree(), data, place); }
   QMimeData* Dragged(std::initializer_list<const BaseObject*> objects) {
     std::vector<engine::NodeId> ids;
     for (const BaseObject* object : objects) ids.push_back(engine::IdOf(*object));

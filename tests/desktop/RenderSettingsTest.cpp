@@ -7,6 +7,7 @@
 #include "host/Parameters.h"
 #include "program/desktop/dialog/ListView.h"
 #include "program/desktop/panels/RenderSettingsPanel.h"
+#include "tests/desktop/Drops.h"
 #include "tests/desktop/Fields.h"
 
 namespace {
@@ -80,6 +81,34 @@ TEST(RenderSettings, AreAddedCopiedActivatedAndDeletedThroughUndo) {
   Desk::Rest();
   EXPECT_EQ(desk.Rows().rowCount(), 1);
   EXPECT_EQ(Scene().GetActiveRenderData(), desk.first);
+}
+
+TEST(RenderSettings, AreMovedToWhereTheyAreDropped) {
+  WithSettings desk;
+  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  desk.Do("New Render Settings");
+  desk.Do("New Render Settings");
+  RenderData* second = desk.first->GetNext();
+  RenderData* third = second->GetNext();
+  Scene().SetActiveRenderData(third);
+  Desk::Rest();
+  const auto drop = [&](const RenderData* dragged, const RenderData* on, bool before = false) {
+    return drops::Drop(desk.Panel().List(), desk.Rows().mimeData({desk.IndexOf(dragged)}), desk.IndexOf(on), before);
+  };
+  desk.Click(second, RenderSettingsRows::kName);
+  EXPECT_TRUE(drop(third, desk.first, true));
+  EXPECT_EQ(Scene().GetFirstRenderData(), third);
+  EXPECT_TRUE(drop(second, third));
+  EXPECT_EQ(second->GetUp(), third);
+  EXPECT_FALSE(drop(third, second)) << "below itself";
+  EXPECT_EQ(desk.Panel().List().Chosen(), desktop::SettingsList{second});
+  EXPECT_EQ(Scene().GetActiveRenderData(), third);
+  EXPECT_EQ(engine::UndoName(Scene()), "Move");
+  desk.App().Undo();
+  desk.App().Undo();
+  EXPECT_EQ(desk.first->GetNext(), second);
+  EXPECT_EQ(second->GetNext(), third);
+  EXPECT_EQ(Scene().GetActiveRenderData(), third);
 }
 
 TEST(RenderSettings, ValuesAreThoseOfTheChosenOnes) {

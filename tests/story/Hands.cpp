@@ -90,6 +90,7 @@ void Click(QAbstractItemView& view, const QModelIndex& cell) {
 
 // While something is dragged the toolkit stays in a loop of its own, within the first loop here: so each step begins the next.
 void Drag(const Cell& from, const Cell& to) {
+  if (!from.index.isValid() || !to.index.isValid()) throw std::runtime_error("there is no such row");
   pictures::Settle(QApplication::doubleClickInterval());
   const QWidget& start = *from.view.viewport();
   const QPoint hold = from.view.visualRect(from.index).center();

@@ -1,12 +1,13 @@
-// One whole story, with mouse and keys only, on the sample scene: import, move objects, hide, record, change materials, record
-// again, recall, undo, export, contact sheet, delete, save under another name, close and start again. Each chapter looks at what
-// came of it.
+// One whole story, with mouse and keys only, on the sample scene: import, move objects and layers, hide, record, change
+// materials, record again, recall, undo, export, contact sheet, delete, save under another name, close and start again. Each
+// chapter looks at what came of it.
 #include <gtest/gtest.h>
 
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QToolBar>
 #include <QtTest/QTest>
 #include <filesystem>
 #include <fstream>
@@ -15,6 +16,7 @@
 #include "host/BaseMaterial.h"
 #include "host/BaseObject.h"
 #include "program/desktop/dialog/ListView.h"
+#include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "program/desktop/render/SheetWindow.h"
 #include "tests/desktop/Desk.h"
@@ -99,6 +101,7 @@ class Story : public testing::Test {
   // --- Chapters.
   void OpenTheSample();
   void MoveObjects();
+  void SortLayers();
   void HideTwoAndRecord();
   void ChangeAMaterialAndRecord();
   void RecallAndUndo();
@@ -149,6 +152,32 @@ void Story::MoveObjects() {
     Undo();
     EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(Doc())), Nothing());
   }
+}
+
+void Story::SortLayers() {
+  desk_.Raise("layers");
+  auto& panel = desk_.Panel<desktop::LayersPanel>("layers");
+  desktop::LayerTree& layers = panel.Tree();
+  const auto& bar = *panel.findChild<QToolBar*>();
+  for (int i = 0; i < 2; ++i) {
+    hands::Click(*bar.widgetForAction(bar.actions().front()));
+    hands::Press("Return");
+  }
+  const auto row = [&](const char* name) {
+    return layers.model()->match(layers.model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchRecursive).value(0);
+  };
+  hands::Drag({layers, row("Layer.1")}, {layers, row("Layer"), hands::Cell::Where::Above});
+  EXPECT_EQ(layers.model()->index(0, 0).data(), "Layer.1");
+  hands::Drag({layers, row("Layer")}, {layers, row("Layer.1")});
+  EXPECT_EQ(row("Layer").parent(), row("Layer.1"));
+  hands::Drag({Tree(), RowOf("edge-column-3")}, {layers, row("Layer")});
+  EXPECT_EQ(Tree().Rows().ObjectAt(RowOf("edge-column-3"))->GetLayerObject(&Doc()), layers.Rows().LayerAt(row("Layer")));
+  EXPECT_TRUE(pictures::Write(Window(), "layers-story"));
+  for (int i = 0; i < 3; ++i) Undo();
+  EXPECT_EQ(row("Layer").row(), 0);
+  EXPECT_FALSE(row("Layer.1").parent().isValid());
+  for (int i = 0; i < 2; ++i) Undo();
+  desk_.Raise("materials");
 }
 
 void Story::HideTwoAndRecord() {
@@ -278,8 +307,8 @@ TEST_F(Story, FromTheSampleToTheNextStart) {
     if (HasFailure()) pictures::Write(Window(), "story-stopped");
     return !HasFailure();
   };
-  if (!live({&Story::OpenTheSample, &Story::MoveObjects, &Story::HideTwoAndRecord, &Story::ChangeAMaterialAndRecord,
-             &Story::RecallAndUndo}))
+  if (!live({&Story::OpenTheSample, &Story::MoveObjects, &Story::SortLayers, &Story::HideTwoAndRecord,
+             &Story::ChangeAMaterialAndRecord, &Story::RecallAndUndo}))
     return;
   EXPECT_TRUE(QTest::qWaitFor([this] { return Window().View().IsFinished(); }, 60000));
   EXPECT_TRUE(pictures::Write(Window(), "main-window-story"));

@@ -3,7 +3,7 @@
 
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
-#include "engine/undo/MoveObjects.h"
+#include "engine/undo/MoveNodes.h"
 #include "engine/undo/Undo.h"
 #include "tests/support/SceneBuilder.h"
 
@@ -76,12 +76,12 @@ class RandomEdits {
   }
 
   void MoveSome() {
-    std::vector<BaseObject*> some;
+    std::vector<BaseList2D*> some;
     for (unsigned i = 0; i <= Random(3); ++i) {
       if (BaseObject* object = AnyObject()) some.push_back(object);
     }
     BaseObject* parent = Random(3) ? AnyObject() : nullptr;
-    engine::MoveObjects(doc_, some, parent, parent ? parent->GetDown() : doc_.GetFirstObject());
+    engine::MoveNodes(doc_, some, parent, parent ? parent->GetDown() : doc_.GetFirstObject());
   }
 
   void MakeTag() {

@@ -5,7 +5,7 @@
 
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
-#include "engine/undo/MoveObjects.h"
+#include "engine/undo/MoveNodes.h"
 #include "engine/undo/Undo.h"
 #include "engine/undo/UndoEntry.h"
 #include "host/Parameters.h"
@@ -136,9 +136,9 @@ void MoveInAndOut(Scene& s) {
   BaseObject* box = s.GetObject("Room/Box");
   BaseObject* ball = s.GetObject("Room/Ball");
   BaseObject* out = s.GetObject("Out");
-  EXPECT_TRUE(engine::MoveObjects(s.Doc(), {ball, box}, nullptr, out));
-  EXPECT_TRUE(engine::MoveObjects(s.Doc(), {s.GetObject("Room"), out}, ball, nullptr));
-  EXPECT_TRUE(engine::MoveObjects(s.Doc(), {box}, s.GetObject("Ball/Room"), s.GetObject("Ball/Room/Cam")));
+  EXPECT_TRUE(engine::MoveNodes(s.Doc(), {ball, box}, nullptr, out));
+  EXPECT_TRUE(engine::MoveNodes(s.Doc(), {s.GetObject("Room"), out}, ball, nullptr));
+  EXPECT_TRUE(engine::MoveNodes(s.Doc(), {box}, s.GetObject("Ball/Room"), s.GetObject("Ball/Room/Cam")));
 }
 
 TEST(Undo, TakesBackAndDoesAgain) {

@@ -1,7 +1,6 @@
 #include "program/desktop/panels/LayerRows.h"
 
 #include "program/desktop/Colors.h"
-#include "program/desktop/Dragging.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/panels/LayerSwitches.h"
@@ -77,16 +76,17 @@ bool LayerRows::setData(const QModelIndex& index, const QVariant& value, int rol
 Qt::ItemFlags LayerRows::flags(const QModelIndex& index) const {
   if (!index.isValid()) return Qt::ItemIsDropEnabled;
   const Qt::ItemFlags plain = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled;
-  return index.column() == kName ? plain | Qt::ItemIsEditable : plain;
+  return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
 }
 
-QStringList LayerRows::mimeTypes() const { return {kObjectsMime}; }
-
-bool LayerRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex&) const {
-  return Document() && !DroppedNodes(data, kObjectsMime).empty();
+bool LayerRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex& parent) const {
+  if (!data || !Document()) return false;
+  return data->hasFormat(kObjectsMime) || CanMoveTo(DroppedNodes(data, kLayersMime), parent);
 }
 
-bool LayerRows::dropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex& parent) {
+bool LayerRows::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) {
+  const std::vector<engine::NodeId> layers = DroppedNodes(data, kLayersMime);
+  if (!layers.empty()) return MoveTo(layers, row, parent);
   host::BaseDocument* doc = Document();
   std::vector<host::BaseObject*> objects;
   for (const engine::NodeId id : DroppedNodes(data, kObjectsMime)) {

@@ -2,6 +2,7 @@
 // everything else from the document when it is shown. Changes go through undo. Main thread.
 #pragma once
 
+#include "program/desktop/Dragging.h"
 #include "program/desktop/panels/LayerActs.h"
 #include "program/desktop/panels/TreeRows.h"
 
@@ -32,10 +33,10 @@ class LayerRows : public TreeRows {
   // Only names are set here.
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
-  // Dropped objects come onto the layer of the row; those dropped beside all rows are taken off theirs.
-  QStringList mimeTypes() const override;
-  Qt::DropActions supportedDropActions() const override { return Qt::CopyAction | Qt::MoveAction; }
-  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex&) const override;
+  // Layers are moved to where they are dropped. Objects come onto the layer of the row; those dropped beside all rows are taken
+  // off theirs.
+  QStringList mimeTypes() const override { return {kLayersMime, kObjectsMime}; }
+  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex& parent) const override;
   bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) override;
 
  private:

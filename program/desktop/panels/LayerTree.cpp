@@ -1,6 +1,7 @@
 #include "program/desktop/panels/LayerTree.h"
 
 #include <QColorDialog>
+#include <QDragEnterEvent>
 #include <QHeaderView>
 #include <QMouseEvent>
 #include <QPainter>
@@ -10,6 +11,7 @@
 #include "program/desktop/Icons.h"
 #include "program/desktop/panels/EmptyText.h"
 #include "program/desktop/panels/LayerSwitches.h"
+#include "program/desktop/panels/RowDragging.h"
 
 namespace desktop {
 
@@ -64,9 +66,7 @@ LayerTree::LayerTree(QWidget* parent) : QTreeView(parent), rows_(new LayerRows(t
   setSelectionMode(ExtendedSelection);
   setEditTriggers(EditKeyPressed | DoubleClicked);
   setAlternatingRowColors(true);
-  setAcceptDrops(true);
-  setDragDropMode(DropOnly);
-  setDropIndicatorShown(true);
+  LetRowsBeDragged(*this);
   setAccessibleName("Layers");
   header()->setStretchLastSection(false);
   header()->setMinimumSectionSize(kSwitchColumn);
@@ -149,6 +149,17 @@ bool LayerTree::ClickedCell(const QMouseEvent& event) {
   }
   viewport()->update();
   return true;
+}
+
+void LayerTree::startDrag(Qt::DropActions) {
+  const QModelIndexList rows = selectionModel()->selectedRows();
+  if (!rows.isEmpty()) DragRows(*this, rows_->mimeData(rows), static_cast<int>(rows.size()), rows.front().data().toString());
+}
+
+void LayerTree::dragEnterEvent(QDragEnterEvent* event) {
+  // Objects go onto layers, never between them.
+  setDragDropOverwriteMode(event->mimeData()->hasFormat(kObjectsMime));
+  QTreeView::dragEnterEvent(event);
 }
 
 LayerList LayerTree::MeantBy(const QModelIndex& index) const {

@@ -1,5 +1,6 @@
 // LayerTree: the layers of the active document with colour and switches. A click on a switch flips it, for all chosen layers when
-// the clicked one is among them; a click on the colour asks for another one. It owns its model. Main thread.
+// the clicked one is among them; a click on the colour asks for another one. Layers are dragged to other places, objects onto
+// them. It owns its model. Main thread.
 #pragma once
 
 #include <QTreeView>
@@ -28,6 +29,8 @@ class LayerTree : public QTreeView, public DocumentView {
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void startDrag(Qt::DropActions actions) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
  private:

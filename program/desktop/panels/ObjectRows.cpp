@@ -1,11 +1,9 @@
 #include "program/desktop/panels/ObjectRows.h"
 
 #include "engine/render/Primitives.h"
-#include "engine/undo/MoveObjects.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
 #include "program/desktop/Colors.h"
-#include "program/desktop/Dragging.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
 
@@ -166,16 +164,6 @@ Qt::ItemFlags ObjectRows::flags(const QModelIndex& index) const {
   return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
 }
 
-QStringList ObjectRows::mimeTypes() const { return {kObjectsMime, kMaterialMime}; }
-
-QMimeData* ObjectRows::mimeData(const QModelIndexList& indexes) const {
-  std::vector<engine::NodeId> ids;
-  for (const QModelIndex& index : indexes) {
-    if (index.column() == kName) ids.push_back(IdAt(index));
-  }
-  return DraggedNodes(kObjectsMime, ids);
-}
-
 bool ObjectRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) const {
   if (!data || !Document()) return false;
   if (data->hasFormat(kMaterialMime)) return row < 0 && parent.isValid();
@@ -192,21 +180,7 @@ bool ObjectRows::dropMimeData(const QMimeData* data, Qt::DropAction, int row, in
   BaseObject* on = ObjectAt(parent);
   const std::vector<engine::NodeId> materials = DroppedNodes(data, kMaterialMime);
   if (!materials.empty()) return on && AssignMaterial(*doc, materials.front(), MeantBy(*on));
-  return DropObjects(DroppedNodes(data, kObjectsMime), row, parent.siblingAtColumn(kName));
-}
-
-bool ObjectRows::DropObjects(const std::vector<engine::NodeId>& ids, int row, const QModelIndex& parent) {
-  host::BaseDocument* doc = Document();
-  std::vector<BaseObject*> objects;
-  for (const engine::NodeId id : ids) {
-    if (BaseObject* object = engine::AsObject(engine::FindNode(doc, id))) objects.push_back(object);
-  }
-  BaseObject* above = ObjectAt(parent);
-  if (row < 0 || row > rowCount(parent)) row = rowCount(parent);
-  BaseObject* pred = ObjectAt(index(row - 1, kName, parent));
-  const bool moved = engine::MoveObjects(*doc, Topmost(objects), above, pred);
-  if (moved) host::EventAdd();
-  return moved;
+  return MoveTo(DroppedNodes(data, kObjectsMime), row, parent);
 }
 
 }  // namespace desktop

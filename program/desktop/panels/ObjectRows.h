@@ -3,6 +3,7 @@
 // undo. Main thread.
 #pragma once
 
+#include "program/desktop/Dragging.h"
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/panels/TreeRows.h"
 
@@ -40,15 +41,12 @@ class ObjectRows : public TreeRows {
 
   // Objects are dragged by identity, and moved to where they are dropped; a material dropped on an object is given to it, to all
   // selected ones when it is one of them.
-  QStringList mimeTypes() const override;
-  QMimeData* mimeData(const QModelIndexList& indexes) const override;
-  Qt::DropActions supportedDropActions() const override { return Qt::MoveAction | Qt::CopyAction; }
+  QStringList mimeTypes() const override { return {kObjectsMime, kMaterialMime}; }
   bool canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) const override;
   bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) override;
 
  private:
   QVariant NameData(const host::BaseObject& object, int role) const;
-  bool DropObjects(const std::vector<engine::NodeId>& ids, int row, const QModelIndex& parent);
 
   host::ULLONG seen_ = 0;
   QString filter_;

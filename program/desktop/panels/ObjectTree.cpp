@@ -1,6 +1,5 @@
 #include "program/desktop/panels/ObjectTree.h"
 
-#include <QDrag>
 #include <QDragEnterEvent>
 #include <QHeaderView>
 #include <QMimeData>
@@ -12,6 +11,7 @@
 #include "program/desktop/Dragging.h"
 #include "program/desktop/panels/EmptyText.h"
 #include "program/desktop/panels/ObjectCells.h"
+#include "program/desktop/panels/RowDragging.h"
 
 namespace desktop {
 
@@ -22,8 +22,6 @@ namespace {
 constexpr int kSwitchColumn = 21;
 constexpr int kTagsColumn = 68;
 constexpr int kIndentation = 14;
-constexpr int kScrollEdge = 5;  // pixels inside the edges where a drag scrolls: less than half a row, so that one can aim at any
-constexpr int kUnfoldDelay = 600;  // milliseconds that something dragged rests on a row
 // Rows are unfolded by themselves down to here: the toolkit goes through them by recursion.
 constexpr int kDeepest = 400;
 
@@ -45,13 +43,7 @@ ObjectTree::ObjectTree(QWidget* parent)
   setAlternatingRowColors(true);
   setIndentation(kIndentation);
   setTextElideMode(Qt::ElideMiddle);
-  setDragEnabled(true);
-  setAcceptDrops(true);
-  setDragDropMode(DragDrop);
-  setDefaultDropAction(Qt::MoveAction);
-  setDropIndicatorShown(true);
-  setAutoScrollMargin(kScrollEdge);
-  setAutoExpandDelay(kUnfoldDelay);
+  LetRowsBeDragged(*this);
   setAccessibleName("Objects");
   header()->setStretchLastSection(false);
   header()->setMinimumSectionSize(kSwitchColumn);
@@ -218,9 +210,7 @@ void ObjectTree::startDrag(Qt::DropActions) {
   if (objects.empty()) return;
   std::vector<engine::NodeId> ids;
   for (const BaseObject* object : objects) ids.push_back(engine::IdOf(*object));
-  auto* drag = new QDrag(this);
-  drag->setMimeData(DraggedNodes(kObjectsMime, ids));
-  drag->exec(rows_->supportedDropActions(), Qt::MoveAction);
+  DragRows(*this, DraggedNodes(kObjectsMime, ids), static_cast<int>(ids.size()), NameInRow(objects.front()->GetName()));
 }
 
 void ObjectTree::dragEnterEvent(QDragEnterEvent* event) {

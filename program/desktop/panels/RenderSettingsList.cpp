@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <QStyledItemDelegate>
 
+#include "program/desktop/panels/RowDragging.h"
+
 namespace desktop {
 
 namespace {
@@ -49,6 +51,7 @@ RenderSettingsList::RenderSettingsList(QWidget* parent) : QTreeView(parent), row
   setExpandsOnDoubleClick(false);
   setAlternatingRowColors(true);
   setRootIsDecorated(false);
+  LetRowsBeDragged(*this);
   setAccessibleName("Render settings");
   header()->setStretchLastSection(false);
   header()->setMinimumSectionSize(kDotColumn);
@@ -117,6 +120,11 @@ void RenderSettingsList::Activate(const QModelIndex& index) {
   host::RenderData* settings = rows_->SettingsAt(index);
   if (settings) ActivateRenderSettings(*Document(), *settings);
   viewport()->update();
+}
+
+void RenderSettingsList::startDrag(Qt::DropActions) {
+  const QModelIndexList rows = selectionModel()->selectedRows();
+  if (!rows.isEmpty()) DragRows(*this, rows_->mimeData(rows), static_cast<int>(rows.size()), rows.front().data().toString());
 }
 
 void RenderSettingsList::resizeEvent(QResizeEvent* event) {

@@ -91,9 +91,9 @@ bool RenderSettingsRows::setData(const QModelIndex& index, const QVariant& value
 }
 
 Qt::ItemFlags RenderSettingsRows::flags(const QModelIndex& index) const {
-  if (!index.isValid()) return Qt::NoItemFlags;
-  const Qt::ItemFlags plain = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-  return index.column() == kName ? plain | Qt::ItemIsEditable : plain;
+  if (!index.isValid()) return Qt::ItemIsDropEnabled;
+  const Qt::ItemFlags plain = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled;
+  return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
 }
 
 }  // namespace desktop

@@ -2,6 +2,7 @@
 // shape of the tree and reads everything else from the document when it is shown. Changes go through undo. Main thread.
 #pragma once
 
+#include "program/desktop/Dragging.h"
 #include "program/desktop/panels/RenderSettingsActs.h"
 #include "program/desktop/panels/TreeRows.h"
 
@@ -29,6 +30,14 @@ class RenderSettingsRows : public TreeRows {
   // Only names are set here.
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
+  // Settings are moved to where they are dropped.
+  QStringList mimeTypes() const override { return {kRenderSettingsMime}; }
+  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex& parent) const override {
+    return CanMoveTo(DroppedNodes(data, kRenderSettingsMime), parent);
+  }
+  bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) override {
+    return MoveTo(DroppedNodes(data, kRenderSettingsMime), row, parent);
+  }
 };
 
 }  // namespace desktop

@@ -1,6 +1,6 @@
-// TreeRows: what the item models of a document's trees have in common: the shape of one tree, and the way between rows and
-// elements. It keeps identities only; a model of objects, layers or render settings reads everything else from the document when
-// it is shown. Main thread.
+// TreeRows: what the item models of a document's trees have in common: the shape of one tree, the way between rows and
+// elements, and rows that are dragged to another place. It keeps identities only; a model of objects, layers or render settings
+// reads everything else from the document when it is shown. Main thread.
 #pragma once
 
 #include <QAbstractItemModel>
@@ -27,6 +27,10 @@ class TreeRows : public QAbstractItemModel {
   QModelIndex parent(const QModelIndex& index) const override;
   int rowCount(const QModelIndex& parent = {}) const override;
 
+  // Rows are dragged by their first column, as the identities of what they show, under the first name of the model's kinds.
+  QMimeData* mimeData(const QModelIndexList& indexes) const override;
+  Qt::DropActions supportedDropActions() const override { return Qt::MoveAction | Qt::CopyAction; }
+
  protected:
   bool IsOf(const host::BaseDocument* doc) const { return doc_ == IdentityOf(doc); }
   // Takes over the shape of a tree of `doc` (null: no document), which resets the model.
@@ -35,6 +39,10 @@ class TreeRows : public QAbstractItemModel {
   bool TakeWhatDiffers(const host::BaseDocument* doc, FlatTree shape);
   // Null where there is none any more.
   host::BaseList2D* NodeAt(const QModelIndex& index) const;
+  // Whether `parent` is none of these elements and below none of them, so that they can go there.
+  bool CanMoveTo(const std::vector<engine::NodeId>& ids, const QModelIndex& parent) const;
+  // Moves elements of this tree before the row, or behind all where that is negative, as one undo step. False when it cannot be.
+  bool MoveTo(const std::vector<engine::NodeId>& ids, int row, const QModelIndex& parent);
 
  private:
   const FlatTree::Entry& EntryOf(const QModelIndex& index) const {

@@ -1,0 +1,62 @@
+#include "program/desktop/panels/RowDragging.h"
+
+#include <QDrag>
+#include <QPainter>
+
+#include "program/desktop/Colors.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr int kUnfoldDelay = 600;  // milliseconds that something dragged rests on a row
+// Pixels inside the edges where a drag scrolls: less than half a row, so that one can aim at any.
+constexpr int kScrollEdge = 5;
+constexpr int kWidestLabel = 220;
+constexpr int kAround = 8;
+constexpr QPoint kBesideTheHand = {-14, -8};
+
+QString LabelText(int count, const QString& name, const QFontMetrics& metrics) {
+  const QString more = count > 1 ? QString(" and %1 more").arg(count - 1) : QString();
+  return metrics.elidedText(name, Qt::ElideMiddle, kWidestLabel - metrics.horizontalAdvance(more)) + more;
+}
+
+// What is carried, written on a small plate.
+QPixmap Label(const QTreeView& tree, const QString& text) {
+  const QFontMetrics metrics = tree.fontMetrics();
+  const QSize size(metrics.horizontalAdvance(text) + 2 * kAround, metrics.height() + kAround);
+  QPixmap plate(size * tree.devicePixelRatioF());
+  plate.setDevicePixelRatio(tree.devicePixelRatioF());
+  plate.fill(Qt::transparent);
+  QPainter painter(&plate);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setFont(tree.font());
+  painter.setPen(QColor(colors::kAccent));
+  painter.setBrush(QColor(colors::kButton));
+  painter.drawRoundedRect(QRectF(QPointF(), size).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+  painter.setPen(QColor(colors::kText));
+  painter.drawText(QRect(QPoint(), size), Qt::AlignCenter, text);
+  return plate;
+}
+
+}  // namespace
+
+void LetRowsBeDragged(QTreeView& tree) {
+  tree.setDragEnabled(true);
+  tree.setAcceptDrops(true);
+  tree.setDragDropMode(QAbstractItemView::DragDrop);
+  tree.setDefaultDropAction(Qt::MoveAction);
+  tree.setDropIndicatorShown(true);
+  tree.setAutoScrollMargin(kScrollEdge);
+  tree.setAutoExpandDelay(kUnfoldDelay);
+}
+
+void DragRows(QTreeView& tree, QMimeData* data, int count, const QString& name) {
+  auto* drag = new QDrag(&tree);
+  drag->setMimeData(data);
+  drag->setPixmap(Label(tree, LabelText(count, name, tree.fontMetrics())));
+  drag->setHotSpot(kBesideTheHand);
+  drag->exec(Qt::MoveAction | Qt::CopyAction, Qt::MoveAction);
+}
+
+}  // namespace desktop
