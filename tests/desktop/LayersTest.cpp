@@ -212,6 +212,21 @@ TEST(Layers, ModelKeepsItsPromisesWithHundreds) {
   EXPECT_EQ(desk.Rows().rowCount(), 0);
 }
 
+// The first row is measured for the height of all.
+TEST(Layers, ColorSquaresInTheTreeAndNotItsColumn) {
+  WithLayers desk;
+  auto& tree = desk.Panel<desktop::ObjectPanel>("objects").Tree();
+  const auto column = desktop::ObjectRows::kLayer;
+  tree.sizeHintForIndex(tree.Rows().index(0, column));
+  const QImage shown = tree.viewport()->grab().toImage();
+  const auto in = [&](const char* object, bool middle) {
+    const QRect cell = tree.visualRect(tree.Rows().IndexOf(engine::IdOf(*desk.scene.GetObject(object)), column));
+    return shown.pixelColor(middle ? cell.center() : cell.topLeft() + QPoint(2, 2)).red();
+  };
+  EXPECT_NEAR(in("Lamp", true), 128, 2);
+  for (const char* object : {"Lamp", "Tree"}) EXPECT_LT(in(object, false), 64) << object;
+}
+
 TEST(LayersPicture, Some) {
   WithLayers desk;
   desk.scene.Layer("Sky", {.view = false, .locked = true, .color = host::Vector(0.3, 0.5, 0.8)});

@@ -35,7 +35,8 @@ class Cell : public QStyledItemDelegate {
   using QStyledItemDelegate::QStyledItemDelegate;
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const final {
-    QStyledItemDelegate::paint(painter, option, QModelIndex());
+    // Not by the base class: its colors are those of the cell that was measured last.
+    option.widget->style()->drawControl(QStyle::CE_ItemViewItem, &option, painter, option.widget);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     Mark(*painter, option, index);
