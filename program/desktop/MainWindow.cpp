@@ -81,13 +81,21 @@ void MainWindow::BuildPanels() {
   objects_->Tree().ShowMaterialsAs(thumbnails);
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
   panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea, new AttributesPanel(lookedAt_, this));
-  panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(thumbnails, this))->opened = [this] {
-    panels_.Raise("attributes");
-  };
-  panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
+  auto* materials = panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(thumbnails, this));
+  materials->opened = [this] { panels_.Raise("attributes"); };
+  auto* layers = panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea, new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
   panels_.ShowFirstTabs();
+  LookAtWhatIsPressed(objects_->Tree(), LookedAt::kObjects);
+  LookAtWhatIsPressed(materials->Grid(), LookedAt::kMaterials);
+  LookAtWhatIsPressed(layers->Tree(), LookedAt::kLayers);
+}
+
+void MainWindow::LookAtWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind) {
+  connect(&view, &QAbstractItemView::pressed, this, [this, kind] {
+    if (const host::BaseDocument* doc = host::GetActiveDocument()) lookedAt_.Return(*doc, kind);
+  });
 }
 
 void MainWindow::BuildMenus() {
@@ -108,6 +116,7 @@ void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {
   const bool takesOff = how == Viewport::Picking::Toggle && chosen->GetBit(host::BIT_ACTIVE);
   const bool adds = how != Viewport::Picking::Replace;
   doc->SetActiveObject(chosen, takesOff ? host::SELECTION_SUB : adds ? host::SELECTION_ADD : host::SELECTION_NEW);
+  lookedAt_.Return(*doc, LookedAt::kObjects);
   host::EventAdd();
 }
 

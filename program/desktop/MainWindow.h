@@ -50,6 +50,8 @@ class MainWindow : public QMainWindow {
  private:
   void BuildCenter();
   void BuildPanels();
+  // A press in `view` brings its selection back into the attributes, though nothing else got selected.
+  void LookAtWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind);
   void BuildMenus();
   void ShowTitle();
   void Choose(engine::NodeId object, Viewport::Picking how);

@@ -126,6 +126,22 @@ TEST(Attributes, OneEditSetsAllAndLeavesTheRest) {
   EXPECT_FALSE(engine::CanUndo(Scene()));
 }
 
+TEST(Attributes, ComeBackToWhatIsSelectedWhenItIsClickedAgain) {
+  WithThings desk;
+  auto& tree = desk.Desk::Panel<desktop::ObjectPanel>("objects").Tree();
+  Select({desk.first});
+  host::LayerObject* layer = host::LayerObject::Alloc();
+  layer->SetName("Garden");
+  Scene().AppendLayer(layer);
+  layer->SetBit(host::BIT_ACTIVE);
+  Desk::Rest();
+  EXPECT_EQ(EditOf(desk.Panel(), "Name").text(), "Garden");
+  QTest::mouseClick(tree.viewport(), Qt::LeftButton, {},
+                    tree.visualRect(tree.Rows().IndexOf(engine::IdOf(*desk.first))).center());
+  Desk::Rest();
+  EXPECT_EQ(EditOf(desk.Panel(), "Name").text(), "First");
+}
+
 TEST(Attributes, RefuseWhatIsNoNumber) {
   WithThings desk;
   Select({desk.camera});

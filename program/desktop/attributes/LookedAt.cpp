@@ -32,6 +32,14 @@ void LookedAt::Show(const host::BaseDocument& doc, Ids elements) {
   Choose(&doc);
 }
 
+void LookedAt::Return(const host::BaseDocument& doc, Kind kind) {
+  Follow(&doc);
+  if (selection_[kind].empty()) return;
+  shown_.clear();
+  last_ = kind;
+  Choose(&doc);
+}
+
 LookedAt::Selection LookedAt::ReadSelection(const host::BaseDocument& doc) {
   Selection selection;
   for (host::BaseList2D* element : engine::SelectedInOrder(doc)) {

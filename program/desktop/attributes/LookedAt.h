@@ -16,16 +16,19 @@ using SharedIds = std::shared_ptr<const Ids>;
 
 class LookedAt {
  public:
+  enum Kind { kTags, kMaterials, kLayers, kObjects, kKinds };
+
   // Takes up what was selected, deselected or deleted since the last call. Linear in the selection where that changed, else
   // cheap.
   void Follow(const host::BaseDocument* doc);
   // Looks at these elements of `doc` until others are selected there or all of them are deleted.
   void Show(const host::BaseDocument& doc, Ids elements);
+  // Looks at the selected ones of that kind again, as somebody touched them. Nothing where none is selected.
+  void Return(const host::BaseDocument& doc, Kind kind);
   // Never null; empty when nothing is selected.
   const SharedIds& Elements() const { return elements_; }
 
  private:
-  enum Kind { kTags, kMaterials, kLayers, kObjects, kKinds };
   using Selection = std::array<Ids, kKinds>;
 
   static Selection ReadSelection(const host::BaseDocument& doc);
