@@ -17,7 +17,7 @@ namespace {
 constexpr const char* kCannotWrite = "Cannot write";
 
 std::string HiddenName() {
-  static std::mt19937_64 random{std::random_device{}()};
+  thread_local std::mt19937_64 random{std::random_device{}()};
   return ".stagemarks-" + std::to_string(getpid()) + "-" + std::to_string(random()) + ".tmp";
 }
 

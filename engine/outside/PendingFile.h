@@ -1,5 +1,5 @@
 // PendingFile: a file that is being written under a hidden name beside its place and takes that place in one step, or
-// leaves no trace. Main thread.
+// leaves no trace. Any thread, one at a time for each file.
 #pragma once
 
 #include <string>

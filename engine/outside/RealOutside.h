@@ -1,5 +1,5 @@
 // RealOutside: the door to the real files, clock, viewer and user folders of a POSIX system. The person's part goes to
-// a Person, which must outlive it. Main thread, except Progress.
+// a Person, which must outlive it. Main thread, except Progress; one without a person on any one thread.
 #pragma once
 
 #include <memory>
