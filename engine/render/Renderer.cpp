@@ -88,9 +88,10 @@ bool PictureInProgress::Refine(const GoOn& goOn) {
       const std::uint32_t tile = next.fetch_add(1);
       if (stopped.load() || tile >= tileCount_) return;
       // A tile that an interrupted pass has finished already.
-      if (!tilesDone_[tile]) {
+      std::atomic_ref isDone(tilesDone_[tile]);
+      if (isDone.load(std::memory_order_relaxed) == 0) {
         RenderTile(tile, kSamples[pass_]);
-        std::atomic_ref(tilesDone_[tile]).store(1, std::memory_order_release);
+        isDone.store(1, std::memory_order_release);
       }
       ++done;
     }

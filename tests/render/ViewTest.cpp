@@ -194,6 +194,22 @@ TEST(PictureInProgress, ShowsTilesWhileAPassRuns) {
   }
 }
 
+TEST(PictureInProgress, TellsItsCallerWhatIsThrownWhileAPassRuns) {
+  Row scene;
+  engine::RenderCaches caches;
+  PictureSetup setup;
+  setup.width = 200;
+  setup.height = 150;
+  setup.threads = 3;
+  auto picture = PictureInProgress::Begin(Prepared(scene.Doc(), caches), setup).Take();
+  const auto throws = [](double done) -> bool {
+    if (done > 0) throw std::bad_alloc();
+    return true;
+  };
+  EXPECT_THROW(picture->Refine(throws), std::bad_alloc);
+  EXPECT_TRUE(picture->Refine({}));
+}
+
 TEST(Framing, ShowsWhatIsAskedForAsTheCameraIsTurned) {
   Row scene;
   scene.Select("Box3");
