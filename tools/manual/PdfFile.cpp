@@ -100,20 +100,21 @@ bool PdfFile::LinkTo(const std::vector<Destination>& places) {
   return true;
 }
 
-void PdfFile::AddOutline(const std::vector<Destination>& places) {
-  const int top = count_++;
-  std::vector<int> numbers;
-  for (std::size_t i = 0; i < places.size(); ++i) numbers.push_back(count_++);
-  struct Entry {
-    int parent = -1, previous = -1, next = -1, first = -1, last = -1, children = 0;
-  };
-  std::vector<Entry> entries(places.size());
-  Entry root;
+namespace {
+
+// An entry of the outline; the others by their places, -1 where there is none.
+struct Entry {
+  int parent = -1, previous = -1, next = -1, first = -1, last = -1, children = 0;
+};
+
+// One for each place by its level, and a last one, which holds those of the highest level.
+std::vector<Entry> TreeOf(const std::vector<Destination>& places) {
+  std::vector<Entry> entries(places.size() + 1);
   std::vector<int> open;  // the entry of each level that further ones may belong to
   for (int i = 0; i < static_cast<int>(places.size()); ++i) {
     while (!open.empty() && places[open.back()].level >= places[i].level) open.pop_back();
-    Entry& parent = open.empty() ? root : entries[open.back()];
-    entries[i].parent = open.empty() ? -1 : open.back();
+    entries[i].parent = open.empty() ? static_cast<int>(places.size()) : open.back();
+    Entry& parent = entries[entries[i].parent];
     entries[i].previous = parent.last;
     if (parent.last >= 0) entries[parent.last].next = i;
     if (parent.first < 0) parent.first = i;
@@ -121,23 +122,32 @@ void PdfFile::AddOutline(const std::vector<Destination>& places) {
     ++parent.children;
     open.push_back(i);
   }
+  return entries;
+}
+
+}  // namespace
+
+void PdfFile::AddOutline(const std::vector<Destination>& places) {
+  const std::vector<Entry> entries = TreeOf(places);
+  const int top = count_ + static_cast<int>(places.size());
   const auto add = [&](QByteArray& text, const char* key, int entry) {
-    if (entry >= 0) text += QByteArray("\n/") + key + " " + Reference(numbers[entry]);
+    if (entry >= 0) text += QByteArray("\n/") + key + " " + Reference(count_ + entry);
   };
   for (std::size_t i = 0; i < places.size(); ++i) {
     QByteArray text = "\n<<\n/Title " + TextString(places[i].title) + "\n/Dest " + PlaceOf(places[i]);
-    text += "\n/Parent " + Reference(entries[i].parent < 0 ? top : numbers[entries[i].parent]);
+    add(text, "Parent", entries[i].parent);
     add(text, "Prev", entries[i].previous);
     add(text, "Next", entries[i].next);
     add(text, "First", entries[i].first);
     add(text, "Last", entries[i].last);
     if (entries[i].children > 0) text += "\n/Count -" + QByteArray::number(entries[i].children);
-    replaced_[numbers[i]] = text + "\n>>\n";
+    replaced_[count_ + static_cast<int>(i)] = text + "\n>>\n";
   }
-  QByteArray text = "\n<<\n/Type /Outlines\n/Count " + QByteArray::number(root.children);
-  add(text, "First", root.first);
-  add(text, "Last", root.last);
+  QByteArray text = "\n<<\n/Type /Outlines\n/Count " + QByteArray::number(entries.back().children);
+  add(text, "First", entries.back().first);
+  add(text, "Last", entries.back().last);
   replaced_[top] = text + "\n>>\n";
+  count_ = top + 1;
   QByteArray catalog = Object(root_);
   catalog.insert(catalog.lastIndexOf(">>"), "/Outlines " + Reference(top) + "\n/PageMode /UseOutlines\n");
   replaced_[root_] = catalog;
