@@ -148,6 +148,29 @@ void Line(const char* what, double nanoseconds, double baseline, double bytes = 
   std::printf("\n");
 }
 
+// What recording, recalling and undoing cost per object, beside the plain copy and its way back.
+void MeasureStates(Stage& stage, LONG objects, double copy, double back) {
+  const auto measure = [&](const char* what, double baseline, const std::function<void()>& work) {
+    const double before = MemoryInUse();
+    const double time = 1e9 / objects * Seconds(work);
+    Line(what, time, baseline, (MemoryInUse() - before) / objects);
+  };
+  measure("first recording", copy, [&] { stage.Record("A"); });
+  stage.Deliver();
+  measure("again, unchanged", copy, [&] { stage.Record("B"); });
+  stage.Deliver();
+  stage.SetAllModes(host::MODE_OFF);
+  measure("recall with undo entries", back, [&] { stage.LoadLine(0); });
+  Require(stage.Doc().GetFirstObject()->GetEditorMode() == host::MODE_UNDEF, "not recalled");
+  stage.Deliver();
+  measure("undo", back, [&] { stage.Doc().DoUndo(); });
+  Require(stage.Doc().GetFirstObject()->GetEditorMode() == host::MODE_OFF, "not undone");
+  stage.Deliver();
+  stage.LoadLine(0);
+  stage.Deliver();
+  measure("again after a load", copy, [&] { stage.Record("C"); });
+}
+
 void MeasureScene(const char* title, LONG objects, const std::vector<LONG>& tags) {
   Stage stage;
   stage.Build(objects, tags);
@@ -160,30 +183,7 @@ void MeasureScene(const char* title, LONG objects, const std::vector<LONG>& tags
   std::printf("%d objects%s\n  %-28s %9s %9s %12s\n", objects, title, "", "ns/object", "x plain", "bytes/object");
   Line("plain copy", copy, 0);
   Line("plain write-back", back, 0);
-  double before = MemoryInUse();
-  const double first = perObject * Seconds([&] { stage.Record("A"); });
-  Line("first recording", first, copy, (MemoryInUse() - before) / objects);
-  stage.Deliver();
-  before = MemoryInUse();
-  const double again = perObject * Seconds([&] { stage.Record("B"); });
-  Line("again, unchanged", again, copy, (MemoryInUse() - before) / objects);
-  stage.Deliver();
-  stage.SetAllModes(host::MODE_OFF);
-  before = MemoryInUse();
-  const double recall = perObject * Seconds([&] { stage.LoadLine(0); });
-  Line("recall with undo entries", recall, back, (MemoryInUse() - before) / objects);
-  Require(stage.Doc().GetFirstObject()->GetEditorMode() == host::MODE_UNDEF, "not recalled");
-  stage.Deliver();
-  before = MemoryInUse();
-  const double undo = perObject * Seconds([&] { stage.Doc().DoUndo(); });
-  Line("undo", undo, back, (MemoryInUse() - before) / objects);
-  Require(stage.Doc().GetFirstObject()->GetEditorMode() == host::MODE_OFF, "not undone");
-  stage.Deliver();
-  stage.LoadLine(0);
-  stage.Deliver();
-  before = MemoryInUse();
-  const double fresh = perObject * Seconds([&] { stage.Record("C"); });
-  Line("again after a load", fresh, copy, (MemoryInUse() - before) / objects);
+  MeasureStates(stage, objects, copy, back);
   std::printf("\n");
 }
 
