@@ -19,8 +19,8 @@
 namespace {
 
 using namespace host;
-using support::PluginSession;
-namespace plain = support::plain;
+using tests::PluginSession;
+namespace plain = tests::plain;
 namespace sm = stagemarks;
 
 // Of this process's work, so that other programs on the machine count little.

@@ -203,15 +203,15 @@ std::shared_ptr<const engine::Mesh> Hills(std::size_t triangles) {
 }
 
 void MeasureHills(std::size_t triangles) {
-  support::SceneBuilder scene;
+  tests::SceneBuilder scene;
   scene.Material("Grass", host::Vector(0.2, 0.5, 0.1)).Object("Hills", host::Opolygon).Texture("Hills", "Grass");
   engine::SetMesh(*scene.Last(), Hills(triangles));
   Measure("hills of " + std::to_string(triangles) + " triangles", scene.Doc());
 }
 
 void MeasureRecording(std::size_t triangles) {
-  support::PluginSession session;
-  support::SceneBuilder scene(session.Doc());
+  tests::PluginSession session;
+  tests::SceneBuilder scene(session.Doc());
   scene.Object("Hills", host::Opolygon);
   engine::SetMesh(*scene.Last(), Hills(triangles));
   session.PretendSaved("shot.c4d");

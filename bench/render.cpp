@@ -31,7 +31,7 @@ std::shared_ptr<const engine::Mesh> Sphere(host::LONG segments) {
   return std::make_shared<const engine::Mesh>(engine::MakePrimitive(host::Osphere, data));
 }
 
-void Fill(support::SceneBuilder& scene, int side, host::LONG segments, bool shared) {
+void Fill(tests::SceneBuilder& scene, int side, host::LONG segments, bool shared) {
   const std::shared_ptr<const engine::Mesh> one = Sphere(segments);
   for (int i = 0; i < side * side * side; ++i) {
     const std::string name = "S" + std::to_string(i);
@@ -62,7 +62,7 @@ double SearchTime(const host::BaseDocument& doc, engine::RenderCaches& caches) {
 }
 
 void Measure(const char* name, int side, host::LONG segments, bool shared) {
-  support::SceneBuilder scene;
+  tests::SceneBuilder scene;
   Fill(scene, side, segments, shared);
   engine::RenderCaches caches;
   std::unique_ptr<engine::PictureInProgress> picture;

@@ -7,7 +7,6 @@ namespace tests {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using tests::ChildResult;
 
 namespace {
 
@@ -25,12 +24,11 @@ std::map<std::string, std::string> CommandLine::Environment() const {
 }
 
 ChildResult CommandLine::Call(const std::vector<std::string>& arguments) const {
-  return tests::RunChild(kProgram, arguments, Environment());
+  return RunChild(kProgram, arguments, Environment());
 }
 
-ChildResult CommandLine::CallOnTerminal(const std::vector<std::string>& arguments,
-                                        const std::vector<tests::Typing>& typing) const {
-  return tests::RunOnTerminal(kProgram, arguments, Environment(), typing);
+ChildResult CommandLine::CallOnTerminal(const std::vector<std::string>& arguments, const std::vector<Typing>& typing) const {
+  return RunOnTerminal(kProgram, arguments, Environment(), typing);
 }
 
 std::string CommandLine::Out(const std::vector<std::string>& arguments) const {

@@ -14,9 +14,9 @@ namespace tests {
 
 class CommandLine : public testing::Test {
  protected:
-  tests::ChildResult Call(const std::vector<std::string>& arguments) const;
+  ChildResult Call(const std::vector<std::string>& arguments) const;
   // The same on a terminal.
-  tests::ChildResult CallOnTerminal(const std::vector<std::string>& arguments, const std::vector<tests::Typing>& typing) const;
+  ChildResult CallOnTerminal(const std::vector<std::string>& arguments, const std::vector<Typing>& typing) const;
   // Calls and expects success.
   std::string Out(const std::vector<std::string>& arguments) const;
   nlohmann::json Json(std::vector<std::string> arguments) const;
@@ -34,7 +34,7 @@ class CommandLine : public testing::Test {
   // All files below a folder of the scratch folder, sorted, joined by " | "; the files of folders "tex" only counted.
   std::string Files(const std::string& name) const;
 
-  tests::ScratchFolder folder_;
+  ScratchFolder folder_;
 
  private:
   std::map<std::string, std::string> Environment() const;

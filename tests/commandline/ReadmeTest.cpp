@@ -11,7 +11,6 @@ namespace tests {
 namespace {
 
 namespace fs = std::filesystem;
-using tests::ChildResult;
 
 // The lines of the README that are commands of this kind, as a person would paste them.
 std::vector<std::string> Commands(const std::string& begin) {
@@ -28,11 +27,11 @@ class Readme : public CommandLine {
   // Runs a line in a shell where `path` is searched for programs first, and where nobody looks at a window.
   ChildResult Paste(const std::string& folder, const std::string& path, const std::string& line) const {
     const std::string command = "cd '" + folder + "' && PATH='" + path + "':$PATH && " + line;
-    return tests::RunChild("/bin/sh", {"-c", command},
-                           {{"XDG_CONFIG_HOME", folder_ / "config"},
-                            {"STAGEMARKS_BUILD", TEST_BINARY_DIR},
-                            {"STAGEMARKS_SAID", folder_ / "said"},
-                            {"CI", "true"}});
+    return RunChild("/bin/sh", {"-c", command},
+                    {{"XDG_CONFIG_HOME", folder_ / "config"},
+                     {"STAGEMARKS_BUILD", TEST_BINARY_DIR},
+                     {"STAGEMARKS_SAID", folder_ / "said"},
+                     {"CI", "true"}});
   }
   // Puts programs of these names into a folder that only note how they were called.
   std::string Notetakers(const std::string& folder, const std::vector<std::string>& names) const {

@@ -204,7 +204,7 @@ TEST(DialogView, ListsWithoutRowsSayWhatToDo) {
 }
 
 TEST(DialogView, AsksForRoomInTheShapeOfThePicture) {
-  support::PluginSession session;
+  tests::PluginSession session;
   DialogView view(session.Dialog(), nullptr);
   view.resize(900, 900);
   view.show();
@@ -221,7 +221,7 @@ TEST(DialogViewPicture, SampleDialog) {
 }
 
 TEST(DialogViewPicture, PluginDialog) {
-  support::PluginSession session;
+  tests::PluginSession session;
   for (const char* name : {"Morning", "Noon, shutters closed", "Evening", "Night with lamps"}) session.Record(name);
   session.Check("Evening");
   DialogView view(session.Dialog(), nullptr);

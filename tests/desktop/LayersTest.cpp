@@ -24,7 +24,7 @@ using desktop::LayerRows;
 using host::LayerObject;
 
 struct WithLayers : Desk {
-  support::SceneBuilder scene{*host::GetActiveDocument()};
+  tests::SceneBuilder scene{*host::GetActiveDocument()};
 
   WithLayers() {
     scene.Layer("House").Layer("House/Lamps").Layer("Garden");

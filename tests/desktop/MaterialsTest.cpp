@@ -22,7 +22,7 @@ using host::BaseMaterial;
 using host::Vector;
 
 struct WithMaterials : Desk {
-  support::SceneBuilder scene{*host::GetActiveDocument()};
+  tests::SceneBuilder scene{*host::GetActiveDocument()};
 
   WithMaterials() {
     scene.Material("Red", Vector(0.8, 0.05, 0.05))
@@ -187,7 +187,7 @@ TEST(Materials, AreDroppedOntoWhatTheViewportShows) {
 }
 
 TEST(Materials, CopiesOfManyGetNamesOfTheirOwn) {
-  support::SceneBuilder scene;
+  tests::SceneBuilder scene;
   for (int i = 0; i < 3000; ++i) scene.Material("Same");
   desktop::MaterialList all;
   for (BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext()) all.push_back(m);
@@ -218,7 +218,7 @@ TEST(Materials, ModelKeepsItsPromisesWithHundreds) {
 TEST(MaterialsPicture, OfTheSampleAndAFewOthers) {
   WithMaterials desk;
   ASSERT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/spider/spider.obj"));
-  support::SceneBuilder more(*host::GetActiveDocument());
+  tests::SceneBuilder more(*host::GetActiveDocument());
   more.Material("Brass", Vector(0.8, 0.55, 0.2))
       .Material("Glass", Vector(0.5, 0.7, 0.8))
       .Material("Lamp")

@@ -25,7 +25,7 @@ using host::BaseObject;
 
 // Lamps (Ceiling, Table) and Room.
 struct WithFamily : Desk {
-  support::SceneBuilder scene{*host::GetActiveDocument()};
+  tests::SceneBuilder scene{*host::GetActiveDocument()};
   BaseObject* lamps = Add("Lamps");
   BaseObject* ceiling = Add("Lamps/Ceiling");
   BaseObject* table = Add("Lamps/Table", host::Ocube);

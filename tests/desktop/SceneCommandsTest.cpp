@@ -11,7 +11,7 @@ namespace {
 
 using desktop::Switch;
 using host::BaseObject;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 struct Scene : SceneBuilder {
   Scene() {

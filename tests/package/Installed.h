@@ -20,8 +20,8 @@ constexpr bool kHasDesktop = TEST_DESKTOP;
 bool CanRun(const std::string& program);
 
 // Runs a program of `root` with nothing of this process's environment but a home of its own and what is given.
-tests::ChildResult RunBare(const std::string& program, const std::vector<std::string>& arguments, const std::string& home,
-                           const std::map<std::string, std::string>& environment = {});
+ChildResult RunBare(const std::string& program, const std::vector<std::string>& arguments, const std::string& home,
+                    const std::map<std::string, std::string>& environment = {});
 
 class Installed : public testing::Test {
  protected:
@@ -31,8 +31,8 @@ class Installed : public testing::Test {
   // A path below the moved tree's prefix.
   static std::string At(const std::string& path) { return *scratch_ / ("moved/" + path); }
   static std::string Home() { return *scratch_ / "home"; }
-  static tests::ChildResult Run(const std::string& program, const std::vector<std::string>& arguments,
-                                const std::map<std::string, std::string>& environment = {}) {
+  static ChildResult Run(const std::string& program, const std::vector<std::string>& arguments,
+                         const std::map<std::string, std::string>& environment = {}) {
     return RunBare(At("bin/" + program), arguments, Home(), environment);
   }
 

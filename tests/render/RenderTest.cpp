@@ -16,7 +16,7 @@ namespace {
 using engine::PictureInProgress;
 using engine::PictureSetup;
 using host::Vector;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 // A box on a floor before a camera, a second box on a layer beside it, and a light.
 class Stage {

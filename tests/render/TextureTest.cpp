@@ -13,7 +13,7 @@ namespace {
 using engine::PictureInProgress;
 using engine::PictureSetup;
 using host::Vector;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 class Textures : public testing::Test {
  protected:

@@ -18,7 +18,7 @@ using engine::PictureInProgress;
 using engine::PictureSetup;
 using engine::ScenePicture;
 using host::Vector;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 // A row of boxes, the third one with a sphere below it, a light and a camera.
 struct Row : SceneBuilder {

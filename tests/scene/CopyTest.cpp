@@ -13,7 +13,7 @@ using host::BaseContainer;
 using host::BaseDocument;
 using host::BaseObject;
 using host::RenderData;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 // Something of everything, with identities out of order.
 struct FullScene : SceneBuilder {

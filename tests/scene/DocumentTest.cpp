@@ -12,7 +12,7 @@ using host::AtomArray;
 using host::BaseDocument;
 using host::BaseObject;
 using host::RenderData;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 std::string Names(const AtomArray& atoms) {
   std::string names;

@@ -12,7 +12,7 @@ using engine::NodeKind;
 using host::BaseContainer;
 using host::BaseObject;
 using host::GeData;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 struct TypeCase {
   NodeKind kind;

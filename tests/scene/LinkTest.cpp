@@ -10,7 +10,7 @@ using host::BaseContainer;
 using host::BaseDocument;
 using host::BaseList2D;
 using host::BaseObject;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 // A scene with one element of every class that can be linked, found again in any copy by identity.
 struct LinkScene : SceneBuilder {

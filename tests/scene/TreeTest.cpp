@@ -14,7 +14,7 @@ namespace {
 
 using host::BaseDocument;
 using host::BaseObject;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 constexpr int kDeep = 200'000;
 

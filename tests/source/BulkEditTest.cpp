@@ -33,13 +33,13 @@ TEST_F(BulkEditTest, UpdatingAppendsWhatTheSceneGainedWhateverTheOptionsSay) {
   Tag(old, Tphong);
   Tag(old, kVRayTag)->GetDataInstance()->SetLong(7, 8);
   Layer("L");
-  const std::string other = support::ContainerText(Element(1), &Doc());
+  const std::string other = tests::ContainerText(Element(1), &Doc());
   Check("A");
   EXPECT_FALSE(Changes(kUpdateChecked));
   EXPECT_EQ(Part(0, kObjects), "0 {30000 ->Old, 30001 2, 30002 2, 30003 1}\n1 #1{30000 ->Child, 30001 1, 30002 0, 30003 0}\n");
   EXPECT_EQ(Part(0, kTags), "0 {50000 ->Red, 40000 ->tag 5616 of Old}\n1 #1{7 8, 40000 ->tag 1021738 of Old}\n");
   EXPECT_EQ(Part(0, kLayers), "0 {80000 ->L, 80001 0, 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, 80008 1, 80009 1}\n");
-  EXPECT_EQ(support::ContainerText(Element(1), &Doc()), other);
+  EXPECT_EQ(tests::ContainerText(Element(1), &Doc()), other);
   const std::string once = StoreText(kRecordStore);
   Menu(kUpdateChecked);
   EXPECT_EQ(StoreText(kRecordStore), once);
@@ -212,12 +212,12 @@ TEST_P(BrokenElementTest, EndsTheCommandAndWhatWasWrittenBeforeStays) {
   Layer("L")->SetBit(BIT_ACTIVE);
   LiveElement(1).RemoveData(GetParam().part);
   std::vector<std::string> before;
-  for (const LONG id : {0, 1, 2}) before.push_back(support::ContainerText(Element(id), &Doc()));
+  for (const LONG id : {0, 1, 2}) before.push_back(tests::ContainerText(Element(id), &Doc()));
   Menu(kCheckAll);
   EXPECT_FALSE(Changes(GetParam().entry));
-  EXPECT_NE(support::ContainerText(Element(0), &Doc()), before[0]);
-  EXPECT_EQ(support::ContainerText(Element(1), &Doc()) != before[1], GetParam().reached != 0);
-  EXPECT_EQ(support::ContainerText(Element(2), &Doc()), before[2]);
+  EXPECT_NE(tests::ContainerText(Element(0), &Doc()), before[0]);
+  EXPECT_EQ(tests::ContainerText(Element(1), &Doc()) != before[1], GetParam().reached != 0);
+  EXPECT_EQ(tests::ContainerText(Element(2), &Doc()), before[2]);
   if (GetParam().reached != 0) {
     EXPECT_NE(Part(1, GetParam().reached), "");
   }
@@ -249,11 +249,11 @@ TEST_F(BulkEditTest, EditsWriteIntoTheDocumentAndNotIntoCopiesOfIt) {
   Object("O");
   Record("A");
   const BaseContainer kept = Store(kRecordStore);
-  const std::string before = support::ContainerLines(kept, &Doc());
+  const std::string before = tests::ContainerLines(kept, &Doc());
   Object("New");
   Check("A");
   Menu(kUpdateChecked);
-  EXPECT_EQ(support::ContainerLines(kept, &Doc()), before);
+  EXPECT_EQ(tests::ContainerLines(kept, &Doc()), before);
   EXPECT_NE(StoreText(kRecordStore), before);
 }
 

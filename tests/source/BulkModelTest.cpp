@@ -8,7 +8,7 @@
 namespace stagemarks {
 namespace {
 
-namespace plain = support::plain;
+namespace plain = tests::plain;
 
 constexpr LONG kVRayTag = 1021738;
 
@@ -106,8 +106,8 @@ class BulkModelTest : public StageTest, public testing::WithParamInterface<unsig
 
   std::string Text(BaseDocument& doc) const {
     const BaseContainer& data = *doc.GetDataInstance();
-    std::string text = support::ContainerLines(data.GetContainer(kRecordStore), &doc) +
-                       support::ContainerLines(data.GetContainer(kListStore), &doc);
+    std::string text =
+        tests::ContainerLines(data.GetContainer(kRecordStore), &doc) + tests::ContainerLines(data.GetContainer(kListStore), &doc);
     for (const RenderData* one = doc.GetFirstRenderData(); one; one = one->GetNext()) text += one->GetName().ToUtf8() + "\n";
     return text;
   }

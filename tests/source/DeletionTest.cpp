@@ -31,8 +31,8 @@ TEST_F(DeletionTest, EmptiesRecordAndEntryInPlaceAndFreesTheSettings) {
   Answer(true);
   Delete("B");
   EXPECT_EQ(Transcript(), "ask: Are you sure you want to delete this element?  This cannot be undone. -> yes\n");
-  EXPECT_EQ(support::ContainerText(Element(1), &Doc()), "#1{}");
-  EXPECT_EQ(support::ContainerText(Store(kListStore).GetContainer(1), &Doc()), "#1{}");
+  EXPECT_EQ(tests::ContainerText(Element(1), &Doc()), "#1{}");
+  EXPECT_EQ(tests::ContainerText(Store(kListStore).GetContainer(1), &Doc()), "#1{}");
   EXPECT_EQ(Rows(), "[ ] A\n[ ] * C\n");
   EXPECT_EQ(Previews(), "A.tif C.tif");
   EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  C 1280\n  A 1280\n");

@@ -16,7 +16,7 @@ class OptionsTest : public StageTest {
   // The world defaults as text; empty where there are none.
   static std::string Defaults() {
     const BaseContainer* kept = GetWorldPluginData(kPreferences);
-    return kept ? support::ContainerText(*kept, nullptr) : "";
+    return kept ? tests::ContainerText(*kept, nullptr) : "";
   }
 
   void NewActiveDocument() {

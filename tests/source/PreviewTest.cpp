@@ -27,7 +27,7 @@ TEST_F(PreviewTest, SettingsKeepTheirValuesTheirOrderAndWhatTheyLack) {
   Settings().SetBool(5076, TRUE);
   const BaseContainer before = Settings();
   Record("A");
-  EXPECT_EQ(support::ContainerLines(Settings(), &Doc()), support::ContainerLines(before, &Doc()));
+  EXPECT_EQ(tests::ContainerLines(Settings(), &Doc()), tests::ContainerLines(before, &Doc()));
 }
 
 TEST_F(PreviewTest, ThePictureHasItsSizeAndReplacesAnEarlierOne) {

@@ -63,7 +63,7 @@ TEST_F(RecallTest, LoadingBringsEveryCategoryBackAndOneUndoTakesItBack) {
   EXPECT_EQ(Switches(cube_) + " / " + Switches(child_), "2 2 1 / 2 2 1");
   EXPECT_EQ(texture_->GetMaterial(), wood_);
   EXPECT_EQ(compositing_->GetDataInstance()->GetLong(1000), 1);
-  EXPECT_EQ(support::ContainerText(*sketch_->GetDataInstance(), &Doc()), "{1 11, 40000 ->tag 1011012 of Child}");
+  EXPECT_EQ(tests::ContainerText(*sketch_->GetDataInstance(), &Doc()), "{1 11, 40000 ->tag 1011012 of Child}");
   EXPECT_EQ(Doc().GetRenderBaseDraw()->GetSceneCamera(&Doc()), eye_);
   EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  A 1280\n");
   LayerData flags;

@@ -61,7 +61,7 @@ TEST_F(RecordingTest, SwitchedOffCategoriesOfAFreshDialogAreEmpty) {
   Object("Eye", nullptr, Ocamera);
   OnlyOptions({});
   Record("A");
-  EXPECT_EQ(support::ContainerText(Element(0), &Doc()),
+  EXPECT_EQ(tests::ContainerText(Element(0), &Doc()),
             "{20000 \"A\", 25000 {}, 25003 {}, 25004 {}, 25005 {}, 25006 {}, "
             "20002 {25008 2011, 25009 3, 25010 5, 25011 14, 25012 7, 25013 59}}");
 }
@@ -225,7 +225,7 @@ TEST_F(RecordingTest, ACompositingTagGivesFiftyKeysAndItsLink) {
   const auto text = [&record](LONG key) {
     BaseContainer one;
     one.SetData(key, record.GetData(key));
-    return support::ContainerText(one, nullptr);
+    return tests::ContainerText(one, nullptr);
   };
   EXPECT_EQ(text(60000), "{60000 1}") << "a switch becomes 0 or 1";
   EXPECT_EQ(text(60001), "{60001 0}") << "a missing one is off";

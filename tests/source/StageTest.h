@@ -17,7 +17,7 @@
 
 namespace stagemarks {
 
-class StageTest : public testing::Test, protected support::PluginSession {
+class StageTest : public testing::Test, protected tests::PluginSession {
  protected:
   BaseObject* Object(const CHAR* name, BaseObject* parent = nullptr, LONG type = Onull) {
     BaseObject* object = BaseObject::Alloc(type);

@@ -144,7 +144,7 @@ TEST_F(StageTest, TheCurrentFlagLeavesEmptiedEntriesEmpty) {
   Answer(true);
   Delete("A");
   Load("B");
-  EXPECT_EQ(support::ContainerText(Store(kListStore).GetContainer(0), &Doc()), "{}");
+  EXPECT_EQ(tests::ContainerText(Store(kListStore).GetContainer(0), &Doc()), "{}");
   Record("C");
   EXPECT_EQ(Element(0).GetString(kName), String("C")) << "the emptied ID is free";
 }

@@ -169,7 +169,7 @@ TEST(GlobalTexturePathTest, FillsInWhatTheDocumentsFolderLacks) {
   write("second/a.png");
   write("second/b.png");
   write("second/c.png");
-  support::PluginSession session(setup);
+  tests::PluginSession session(setup);
   fs::create_directories(session.Folder() + "/tex");
   tests::WriteText(session.Folder() + "/tex/c.png", "tex/c.png");
   session.PretendSaved("Scene.c4d");

@@ -58,14 +58,14 @@ std::string Converse(int terminal, const std::vector<Typing>& typing) {
 
 ChildResult RunChild(const std::string& program, const std::vector<std::string>& arguments,
                      const std::map<std::string, std::string>& environment) {
-  const tests::ScratchFolder folder;
+  const ScratchFolder folder;
   const pid_t child = fork();
   if (child == 0) {
     Redirect(folder / "out", folder / "err");
     Become(program, arguments, environment);
   }
   const int status = WaitFor(child);
-  return {status, tests::ReadText(folder / "out"), tests::ReadText(folder / "err")};
+  return {status, ReadText(folder / "out"), ReadText(folder / "err")};
 }
 
 ChildResult RunOnTerminal(const std::string& program, const std::vector<std::string>& arguments,

@@ -3,7 +3,7 @@
 #include "engine/core/ContainerAccess.h"
 #include "engine/scene/Nodes.h"
 
-namespace support {
+namespace tests {
 
 namespace {
 
@@ -57,4 +57,4 @@ std::string ContainerLines(const host::BaseContainer& container, const host::Bas
   return text;
 }
 
-}  // namespace support
+}  // namespace tests

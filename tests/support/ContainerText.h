@@ -6,7 +6,7 @@
 
 #include "host/BaseContainer.h"
 
-namespace support {
+namespace tests {
 
 // "#2{20000 "A", 25004 {70000 ->Camera}}". A link resolves against `doc`: "->nothing" for a null link, "->gone" for one
 // whose target does not live there.
@@ -15,4 +15,4 @@ std::string ContainerText(const host::BaseContainer& container, const host::Base
 // One line per entry of the outer container, "key value".
 std::string ContainerLines(const host::BaseContainer& container, const host::BaseDocument* doc);
 
-}  // namespace support
+}  // namespace tests

@@ -10,7 +10,7 @@
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "source/Stagemarks/keys/TagTypes.h"
 
-namespace support::plain {
+namespace tests::plain {
 
 using namespace host;
 namespace sm = stagemarks;
@@ -306,4 +306,4 @@ Names SortedNames(const BaseContainer& listStore) {
   return names;
 }
 
-}  // namespace support::plain
+}  // namespace tests::plain

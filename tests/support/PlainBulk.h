@@ -8,7 +8,7 @@
 
 #include "host/BaseDocument.h"
 
-namespace support::plain {
+namespace tests::plain {
 
 using Names = std::vector<host::String>;
 
@@ -28,4 +28,4 @@ Names UnusedMaterials(const host::BaseDocument& doc);
 // The names of the list's rows, sorted by swaps of neighbours.
 Names SortedNames(const host::BaseContainer& listStore);
 
-}  // namespace support::plain
+}  // namespace tests::plain

@@ -8,7 +8,7 @@
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "tests/support/ContainerText.h"
 
-namespace support {
+namespace tests {
 
 namespace {
 
@@ -185,4 +185,4 @@ const engine::Gadget& PluginSession::List() const {
   return *list;
 }
 
-}  // namespace support
+}  // namespace tests

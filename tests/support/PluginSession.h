@@ -11,7 +11,7 @@
 #include "engine/outside/ScriptedOutside.h"
 #include "tests/support/ScratchFolder.h"
 
-namespace support {
+namespace tests {
 
 class PluginSession {
  public:
@@ -77,11 +77,11 @@ class PluginSession {
   host::LONG LineOf(const std::string& name) const;
   const engine::Gadget& List() const;
 
-  tests::ScratchFolder folder_;
+  ScratchFolder folder_;
   engine::ScriptedOutside person_;
   engine::OutsideInUse inUse_;
   engine::Application application_;
   host::GeDialog* dialog_ = nullptr;
 };
 
-}  // namespace support
+}  // namespace tests

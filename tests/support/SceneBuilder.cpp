@@ -4,7 +4,7 @@
 
 #include "host/Parameters.h"
 
-namespace support {
+namespace tests {
 
 using host::BaseList2D;
 using host::String;
@@ -193,4 +193,4 @@ host::RenderData* SceneBuilder::GetSettings(const std::string& name) const {
   return Existing(Named(doc_->GetFirstRenderData(), name), name);
 }
 
-}  // namespace support
+}  // namespace tests

@@ -6,7 +6,7 @@
 
 #include "host/Host.h"
 
-namespace support {
+namespace tests {
 
 class SceneBuilder {
  public:
@@ -68,4 +68,4 @@ class SceneBuilder {
   host::BaseObject* last_ = nullptr;
 };
 
-}  // namespace support
+}  // namespace tests

@@ -10,7 +10,7 @@
 namespace {
 
 using host::BaseObject;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 std::string Shape(const host::GeListNode* first) {
   std::string text;

@@ -144,7 +144,7 @@ class RandomEdits {
 class UndoRandom : public testing::TestWithParam<unsigned> {};
 
 TEST_P(UndoRandom, GoesBackToTheStartAndForwardToTheEnd) {
-  support::SceneBuilder scene;
+  tests::SceneBuilder scene;
   scene.Object("A/B").Object("A/C").Object("D").Material("M").Layer("L/K").Settings("S").Post("S", 5).Pass("S", 6, false);
   scene.Texture("A/B", "M").Expression("D");
   BaseDocument& doc = scene.Doc();

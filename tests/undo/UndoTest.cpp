@@ -17,7 +17,7 @@ using host::BaseContainer;
 using host::BaseDocument;
 using host::BaseObject;
 using host::RenderData;
-using support::SceneBuilder;
+using tests::SceneBuilder;
 
 const std::vector<std::string> kSame;
 
