@@ -1,4 +1,4 @@
-// Finding and using the fields of an attributes view as a person does.
+// Finding and using the fields of an attributes view as a person does: by their labels. Nothing is owned. Main thread.
 #pragma once
 
 #include <gtest/gtest.h>

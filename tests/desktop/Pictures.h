@@ -1,4 +1,4 @@
-// Pictures of widgets, written for people to look at.
+// Pictures of widgets, written into the build folder for people to look at. Main thread.
 #pragma once
 
 #include <QApplication>

@@ -1,4 +1,4 @@
-// A dialog with one gadget of every kind, which writes down what it hears.
+// A dialog with one gadget of every kind, which writes down what it hears. The test owns it.
 #pragma once
 
 #include <functional>

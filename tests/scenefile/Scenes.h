@@ -1,4 +1,4 @@
-// Scenes and containers that hold one of everything a scene file can hold, and the ways tests write and read them.
+// Scenes and containers with one of everything that a scene file can hold, and how tests write and read them. Callers own them.
 #pragma once
 
 #include <memory>

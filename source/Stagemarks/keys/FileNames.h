@@ -1,4 +1,4 @@
-// Names of the files and folders that the plug-in ships, reads and writes.
+// Names of the files and folders that the plug-in ships, reads and writes. Existing scenes lie beside folders of these names.
 #pragma once
 
 #include "source/Stagemarks/Host.h"

@@ -1,4 +1,4 @@
-// Where an element's preview lies below a side folder.
+// Where an element's preview lies below a side folder. Names only: the disk is not touched. Any thread.
 #pragma once
 
 #include "source/Stagemarks/Host.h"
