@@ -3,22 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <regex>
 #include <set>
 #include <sstream>
 
+#include "tests/support/ScratchFolder.h"
+
 namespace {
 
 namespace fs = std::filesystem;
+using tests::ReadText;
 
 const fs::path kRoot = TEST_SOURCE_DIR;
-
-std::string ReadText(const fs::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // Code without its comments, and without the contents of its texts unless they are wanted.
 std::string WithoutComments(const std::string& code, bool keepTexts) {

@@ -2,21 +2,18 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <set>
 #include <sstream>
 
+#include "tests/support/ScratchFolder.h"
+
 namespace {
 
 namespace fs = std::filesystem;
+using tests::ReadText;
 
 const fs::path kRoot = TEST_SOURCE_DIR;
-
-std::string ReadText(const fs::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 std::vector<std::string> Matches(const std::string& text, const std::string& pattern) {
   std::vector<std::string> found;

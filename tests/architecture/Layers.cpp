@@ -9,9 +9,12 @@
 #include <set>
 #include <sstream>
 
+#include "tests/support/ScratchFolder.h"
+
 namespace {
 
 namespace fs = std::filesystem;
+using tests::ReadText;
 
 struct Rule {
   std::set<std::string> folders;
@@ -89,11 +92,6 @@ std::vector<fs::path> CodeFiles() {
     }
   }
   return files;
-}
-
-std::string ReadText(const fs::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::string Breach(const Law& law, const std::string& path, bool angle, const std::string& include) {

@@ -21,16 +21,12 @@ namespace {
 namespace fs = std::filesystem;
 using desk::AnswerNext;
 using desk::Desk;
+using tests::ReadText;
 
 void AddObject(const char* name) {
   host::BaseObject* object = host::BaseObject::Alloc(host::Ocube);
   object->SetName(name);
   host::GetActiveDocument()->AppendObject(object);
-}
-
-std::string BytesOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 struct Recovery : testing::Test {
@@ -75,12 +71,12 @@ struct Recovery : testing::Test {
 
 TEST_F(Recovery, KeepingLeavesDocumentAndFileAlone) {
   KeepAChange();
-  const std::string before = BytesOf(path);
+  const std::string before = ReadText(path);
   host::BaseDocument& doc = *host::GetActiveDocument();
   ASSERT_EQ(Kept().size(), 1U);
   EXPECT_TRUE(doc.GetChanged());
   EXPECT_EQ((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8(), path);
-  EXPECT_EQ(BytesOf(path), before);
+  EXPECT_EQ(ReadText(path), before);
   auto kept = engine::OpenSceneFile(Kept()[0]);
   ASSERT_TRUE(kept) << kept.Message();
   kept.Value()->SetDocumentPath(doc.GetDocumentPath());
@@ -92,7 +88,7 @@ TEST_F(Recovery, KeepingLeavesDocumentAndFileAlone) {
 
 TEST_F(Recovery, RecoveredWorkIsChangedAndItsFirstSavingAsksWhereTo) {
   KeepAChange();
-  const std::string before = BytesOf(path);
+  const std::string before = ReadText(path);
   const std::string scene = engine::DumpDocument(*host::GetActiveDocument());
   EXPECT_NE(RestartAndPress("Recover").find("room.c4d"), std::string::npos);
   ASSERT_EQ(desk.App().Documents().size(), 1U);
@@ -107,7 +103,7 @@ TEST_F(Recovery, RecoveredWorkIsChangedAndItsFirstSavingAsksWhereTo) {
   });
   EXPECT_FALSE(desk.Window().Commands().Save(doc));
   EXPECT_EQ(proposed.toStdString(), path);
-  EXPECT_EQ(BytesOf(path), before);
+  EXPECT_EQ(ReadText(path), before);
   AnswerNext([&](QDialog& dialog) {
     pictures::Settle(200);  // until it has selected what it proposes
     dialog.findChild<QLineEdit*>()->setText(QString::fromStdString(desk.Folder() + "/other.c4d"));
@@ -115,7 +111,7 @@ TEST_F(Recovery, RecoveredWorkIsChangedAndItsFirstSavingAsksWhereTo) {
   });
   EXPECT_TRUE(desk.Window().Commands().Save(doc));
   Desk::Rest();
-  EXPECT_EQ(BytesOf(path), before);
+  EXPECT_EQ(ReadText(path), before);
   EXPECT_TRUE(Kept().empty());
   AddObject("More");
   EXPECT_TRUE(desk.Window().Commands().Save(doc)) << "later savings do not ask";
@@ -229,7 +225,7 @@ TEST_F(Recovery, WhatIsDamagedIsToldAndStays) {
   });
   desk.Window().OfferLostWork();
   EXPECT_NE(told.find(scene + ".damaged"), std::string::npos) << told;
-  EXPECT_EQ(BytesOf(scene + ".damaged"), "damaged");
+  EXPECT_EQ(ReadText(scene + ".damaged"), "damaged");
   desk.Window().OfferLostWork();  // it is not offered again
 }
 
