@@ -236,7 +236,7 @@ TEST(Attributes, TakeLongAndRightToLeftNames) {
   }
 }
 
-TEST(Attributes, FollowTagsMaterialsAndPanelsThatAskForIt) {
+TEST(Attributes, FollowTags) {
   WithThings desk;
   host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
   material->SetName("Wood");
@@ -254,6 +254,12 @@ TEST(Attributes, FollowTagsMaterialsAndPanelsThatAskForIt) {
   Desk::Rest();
   QTest::mouseClick(&BoxOf(desk.Panel(), "Cast shadows"), Qt::LeftButton, {}, QPoint(8, 8));
   EXPECT_FALSE(compositing->GetDataInstance()->GetBool(host::COMPOSITINGTAG_CASTSHADOW));
+}
+
+TEST(Attributes, FollowMaterialsAndPanelsThatAskForIt) {
+  WithThings desk;
+  host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
+  Scene().AppendMaterial(material);
   material->SetBit(host::BIT_ACTIVE);
   Desk::Rest();
   Enter(EditOf(desk.Panel(), "Roughness"), "25 %");

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <QDragEnterEvent>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
@@ -15,39 +13,18 @@
 #include <fstream>
 
 #include "host/BaseObject.h"
-#include "program/desktop/dialog/ListView.h"
-#include "tests/desktop/Desk.h"
+#include "tests/desktop/States.h"
 
 namespace {
 
 using desk::AnswerNext;
+using desk::ChooseInNextBox;
+using desk::CountStates;
 using desk::Desk;
-
-constexpr host::LONG kNameField = 10013;
-constexpr host::LONG kLoad = 10008;
-constexpr host::LONG kRecord = 10023;
-constexpr host::LONG kList = 10005;
-
-void Record(Desk& desk, const char* name) {
-  auto& field = desk.Gadget<QLineEdit>(kNameField);
-  field.clear();
-  QTest::keyClicks(&field, name);
-  QTest::mouseClick(&desk.Gadget<QPushButton>(kRecord), Qt::LeftButton);
-  Desk::Rest();
-}
-
-int Rows(Desk& desk) { return desk.Gadget<desktop::ListView>(kList).model()->rowCount(); }
+using desk::RecordState;
 
 void PressInNextBox(QMessageBox::StandardButton button) {
   AnswerNext([button](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(button)->click(); });
-}
-
-void ChooseInNextBox(const std::string& path) {
-  AnswerNext([path](QDialog& box) {
-    auto& chooser = dynamic_cast<QFileDialog&>(box);
-    chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(path));
-    QMetaObject::invokeMethod(&chooser, "accept");
-  });
 }
 
 TEST(MainWindow, RecordsAndLoadsByClicksAndTakesItBack) {
@@ -55,14 +32,11 @@ TEST(MainWindow, RecordsAndLoadsByClicksAndTakesItBack) {
   host::BaseObject* object = host::BaseObject::Alloc(host::Onull);
   host::GetActiveDocument()->AppendObject(object);
   EXPECT_FALSE(desk.Entry("Edit", "Undo").isEnabled());
-  Record(desk, "Morning");
-  ASSERT_EQ(Rows(desk), 1);
+  RecordState(desk, "Morning");
+  ASSERT_EQ(CountStates(desk), 1);
   EXPECT_TRUE(desk.Window().isWindowModified());
   object->SetEditorMode(host::MODE_OFF);
-  auto& list = desk.Gadget<desktop::ListView>(kList);
-  QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(list.model()->index(0, 2)).center());
-  QTest::mouseClick(&desk.Gadget<QPushButton>(kLoad), Qt::LeftButton);
-  Desk::Rest();
+  desk::LoadState(desk, 0);
   EXPECT_EQ(object->GetEditorMode(), host::MODE_UNDEF);
   desk.Entry("Edit", "Undo").trigger();
   EXPECT_EQ(object->GetEditorMode(), host::MODE_OFF);
@@ -73,23 +47,23 @@ TEST(MainWindow, RecordsAndLoadsByClicksAndTakesItBack) {
 
 TEST(MainWindow, ChangedDocumentsAskBeforeTheyGo) {
   Desk desk;
-  Record(desk, "Morning");
+  RecordState(desk, "Morning");
   PressInNextBox(QMessageBox::Cancel);
   EXPECT_FALSE(desk.Window().close());
   PressInNextBox(QMessageBox::Cancel);
   desk.Entry("File", "Close").trigger();
   Desk::Rest();
-  EXPECT_EQ(Rows(desk), 1);
+  EXPECT_EQ(CountStates(desk), 1);
   PressInNextBox(QMessageBox::Discard);
   desk.Entry("File", "Close").trigger();
   Desk::Rest();
-  EXPECT_EQ(Rows(desk), 0);
+  EXPECT_EQ(CountStates(desk), 0);
   EXPECT_TRUE(desk.Window().close());
 }
 
 TEST(MainWindow, SavesAsReopensAndRemembers) {
   Desk desk;
-  Record(desk, "Morning");
+  RecordState(desk, "Morning");
   const std::string path = desk.Folder() + "/room.c4d";
   ChooseInNextBox(desk.Folder() + "/room");
   desk.Entry("File", "Save").trigger();
@@ -98,32 +72,32 @@ TEST(MainWindow, SavesAsReopensAndRemembers) {
   EXPECT_FALSE(desk.Window().isWindowModified());
   EXPECT_EQ(desk.Window().windowTitle(), "room.c4d[*]");
   desk.Restart();
-  EXPECT_EQ(Rows(desk), 0);
+  EXPECT_EQ(CountStates(desk), 0);
   EXPECT_EQ(desk.Window().Commands().RecentFiles(), QStringList{QString::fromStdString(path)});
   ASSERT_TRUE(desk.Window().Commands().Open(path));
   Desk::Rest();
-  EXPECT_EQ(Rows(desk), 1);
+  EXPECT_EQ(CountStates(desk), 1);
   EXPECT_EQ(desk.App().Documents().size(), 1U) << "the empty document of the start stays";
 }
 
 TEST(MainWindow, SwitchingDocumentsKeepsTheDialogInStep) {
   Desk desk;
-  Record(desk, "Morning");
+  RecordState(desk, "Morning");
   desk.Entry("File", "New").trigger();
   Desk::Rest();
-  EXPECT_EQ(Rows(desk), 0);
+  EXPECT_EQ(CountStates(desk), 0);
   EXPECT_TRUE(desk.Entry("Window", "Untitled").isCheckable());
   host::SetActiveDocument(desk.App().Documents().front());
   host::EventAdd();
   Desk::Rest();
-  EXPECT_EQ(Rows(desk), 1);
+  EXPECT_EQ(CountStates(desk), 1);
 }
 
 TEST(MainWindow, TabsAndKeysTurnFromSceneToScene) {
   Desk desk;
   desktop::DocumentTabs& tabs = desk.Window().Tabs();
   EXPECT_FALSE(tabs.isVisible());
-  Record(desk, "Morning");
+  RecordState(desk, "Morning");
   for (const std::string& name : {std::string(10000, 'W'), std::string("\xd7\xa9\xd7\x9c\n& more")}) {
     desk.Entry("File", "New").trigger();
     host::GetActiveDocument()->SetDocumentName(host::Filename(host::String(name)));
@@ -137,11 +111,11 @@ TEST(MainWindow, TabsAndKeysTurnFromSceneToScene) {
   QTest::keyClick(&desk.Window(), Qt::Key_Tab, Qt::ControlModifier);
   Desk::Rest();
   EXPECT_EQ(tabs.currentIndex(), 0);
-  EXPECT_EQ(Rows(desk), 1);
+  EXPECT_EQ(CountStates(desk), 1);
   QTest::mouseClick(&tabs, Qt::LeftButton, {}, tabs.tabRect(1).center());
   Desk::Rest();
   EXPECT_EQ(host::GetActiveDocument(), desk.App().Documents()[1]);
-  EXPECT_EQ(Rows(desk), 0);
+  EXPECT_EQ(CountStates(desk), 0);
   for (const auto answer : {QMessageBox::Cancel, QMessageBox::Discard}) {
     AnswerNext([answer](QDialog& box) {
       EXPECT_LT(box.width(), 1000);
@@ -171,7 +145,7 @@ TEST(MainWindow, OneFileOpenedTwiceIsTwoDocuments) {
 
 TEST(MainWindow, WhatIsNoSceneIsSaidAndChangesNothing) {
   Desk desk;
-  Record(desk, "Morning");
+  RecordState(desk, "Morning");
   for (const char* name : {"/text.c4d", "/text.gltf", "/picture.png", "/missing.c4d"}) {
     const std::string path = desk.Folder() + name;
     if (path.find("missing") == std::string::npos) std::ofstream(path) << "no scene";
@@ -183,7 +157,7 @@ TEST(MainWindow, WhatIsNoSceneIsSaidAndChangesNothing) {
     EXPECT_FALSE(desk.Window().Commands().Open(path));
     EXPECT_NE(said, "") << name;
     Desk::Rest();
-    EXPECT_EQ(Rows(desk), 1);
+    EXPECT_EQ(CountStates(desk), 1);
   }
   EXPECT_TRUE(desk.Window().Commands().RecentFiles().isEmpty());
 }
@@ -298,7 +272,7 @@ TEST(MainWindowPicture, WithTheSampleScene) {
   Desk desk;
   ASSERT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/spider/spider.obj"));
   Desk::Rest();
-  for (const char* name : {"All on", "Legs only", "Close"}) Record(desk, name);
+  for (const char* name : {"All on", "Legs only", "Close"}) RecordState(desk, name);
   EXPECT_TRUE(QTest::qWaitFor([&] { return desk.Window().View().IsFinished(); }, 60000));
   EXPECT_TRUE(pictures::Write(desk.Window(), "main-window"));
 }

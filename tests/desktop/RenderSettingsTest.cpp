@@ -1,14 +1,13 @@
 // The render settings panel: list and values in step with the document, all of it through undo, and what is edited is what the
 // plug-in records and recalls.
 #include <QAbstractItemModelTester>
-#include <QPushButton>
 
 #include "engine/undo/Undo.h"
 #include "host/Parameters.h"
-#include "program/desktop/dialog/ListView.h"
 #include "program/desktop/panels/RenderSettingsPanel.h"
 #include "tests/desktop/Drops.h"
 #include "tests/desktop/Fields.h"
+#include "tests/desktop/States.h"
 
 namespace {
 
@@ -44,7 +43,7 @@ struct WithSettings : Desk {
   }
 };
 
-TEST(RenderSettings, AreAddedCopiedActivatedAndDeletedThroughUndo) {
+TEST(RenderSettings, AreAddedCopiedAndActivatedThroughUndo) {
   WithSettings desk;
   const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Do("New Render Settings");
@@ -69,6 +68,20 @@ TEST(RenderSettings, AreAddedCopiedActivatedAndDeletedThroughUndo) {
   EXPECT_TRUE(desk.Rows().setData(desk.IndexOf(copy), "Large", Qt::EditRole));
   EXPECT_FALSE(desk.Rows().setData(desk.IndexOf(copy), "", Qt::EditRole));
   EXPECT_TRUE(copy->GetName() == host::String("Large"));
+  for (int step = 0; step < 4; ++step) desk.App().Undo();
+  Desk::Rest();
+  EXPECT_EQ(desk.Rows().rowCount(), 1);
+  EXPECT_EQ(Scene().GetActiveRenderData(), desk.first);
+}
+
+TEST(RenderSettings, AreDeletedThroughUndo) {
+  WithSettings desk;
+  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  desk.Do("New Render Settings");
+  desk.Do("Duplicate");
+  desk.Do("Render with These");
+  RenderData* active = Scene().GetActiveRenderData();
+  EXPECT_NE(active, desk.first);
   desk.Panel().List().selectAll();
   desk.Do("Delete Render Settings");
   EXPECT_EQ(desk.Rows().rowCount(), 1);
@@ -76,11 +89,7 @@ TEST(RenderSettings, AreAddedCopiedActivatedAndDeletedThroughUndo) {
   desk.App().Undo();
   Desk::Rest();
   EXPECT_EQ(desk.Rows().rowCount(), 3);
-  EXPECT_EQ(Scene().GetActiveRenderData(), copy);
-  for (int step = 0; step < 4; ++step) desk.App().Undo();
-  Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 1);
-  EXPECT_EQ(Scene().GetActiveRenderData(), desk.first);
+  EXPECT_EQ(Scene().GetActiveRenderData(), active);
 }
 
 TEST(RenderSettings, AreMovedToWhereTheyAreDropped) {
@@ -166,19 +175,13 @@ TEST(RenderSettings, PostEffectsAndPassesAreSwitched) {
 }
 
 TEST(RenderSettings, WhatIsEditedIsRecordedAndRecalled) {
-  constexpr host::LONG kList = 10005, kLoad = 10008, kNameField = 10013, kRecord = 10023;
   WithSettings desk;
   QWidget& values = desk.Panel().Values();
   Enter(EditOf(values, "Width"), "640");
-  QTest::keyClicks(&desk.Gadget<QLineEdit>(kNameField), "Small");
-  QTest::mouseClick(&desk.Gadget<QPushButton>(kRecord), Qt::LeftButton);
-  Desk::Rest();
+  desk::RecordState(desk, "Small");
   EXPECT_EQ(desk.Rows().rowCount(), 2);
   Enter(EditOf(values, "Width"), "1920");
-  auto& list = desk.Gadget<desktop::ListView>(kList);
-  QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(list.model()->index(0, 2)).center());
-  QTest::mouseClick(&desk.Gadget<QPushButton>(kLoad), Qt::LeftButton);
-  Desk::Rest();
+  desk::LoadState(desk, 0);
   EXPECT_EQ(Scene().GetActiveRenderData()->GetDataInstance()->GetLong(host::RDATA_XRES), 640);
   EXPECT_EQ(EditOf(values, "Width").text(), "640 px");
 }

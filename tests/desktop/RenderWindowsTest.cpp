@@ -1,8 +1,6 @@
 // The windows with pictures: the render and the contact sheet of all states.
 #include <gtest/gtest.h>
 
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QtTest/QTest>
 #include <filesystem>
@@ -11,20 +9,16 @@
 #include "engine/scene/SceneDump.h"
 #include "host/BaseObject.h"
 #include "host/RenderData.h"
-#include "program/desktop/dialog/ListView.h"
 #include "program/desktop/render/RenderWindow.h"
 #include "program/desktop/render/SheetWindow.h"
-#include "tests/desktop/Desk.h"
+#include "tests/desktop/States.h"
 
 namespace {
 
+using desk::ChooseInNextBox;
 using desk::Desk;
 using desktop::RenderWindow;
 using desktop::SheetWindow;
-
-constexpr host::LONG kNameField = 10013;
-constexpr host::LONG kRecord = 10023;
-constexpr host::LONG kList = 10005;
 
 struct WithStates : Desk {
   host::BaseObject* cube = host::BaseObject::Alloc(host::Ocube);
@@ -39,13 +33,7 @@ struct WithStates : Desk {
     settings.SetLong(host::RDATA_XRES, width);
     settings.SetLong(host::RDATA_YRES, height);
   }
-  void Record(const char* name) {
-    auto& field = Gadget<QLineEdit>(kNameField);
-    field.clear();
-    QTest::keyClicks(&field, name);
-    QTest::mouseClick(&Gadget<QPushButton>(kRecord), Qt::LeftButton);
-    Rest();
-  }
+  void Record(const char* name) { desk::RecordState(*this, name); }
   template <class Shown>
   Shown* Find() {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -56,14 +44,6 @@ struct WithStates : Desk {
   }
   std::string ReadSettled(const std::string& path) { return engine::Outside::Current().ReadFile(path).Value(); }
 };
-
-void ChooseInNextBox(const std::string& path) {
-  desk::AnswerNext([path](QDialog& box) {
-    auto& chooser = dynamic_cast<QFileDialog&>(box);
-    chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(path));
-    QMetaObject::invokeMethod(&chooser, "accept");
-  });
-}
 
 TEST(RenderWindow, RendersWhatWasThereAndSavesIt) {
   WithStates desk;
@@ -117,8 +97,7 @@ TEST(SheetWindow, ShowsEveryStateAndLeavesTheDocumentAlone) {
   desk.Record("Shown");
   desk.cube->SetRenderMode(host::MODE_OFF);
   desk.Record("Hidden");
-  auto& list = desk.Gadget<desktop::ListView>(kList);
-  QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(list.model()->index(0, 2)).center());
+  desk::ChooseState(desk, 0);
   Desk::Rest();
   const std::string before = engine::DumpState(desk.Doc());
   const bool undo = desk.Entry("Edit", "Undo").isEnabled();
@@ -132,7 +111,7 @@ TEST(SheetWindow, ShowsEveryStateAndLeavesTheDocumentAlone) {
   EXPECT_EQ(engine::DumpState(desk.Doc()), before);
   EXPECT_EQ(desk.Entry("Edit", "Undo").isEnabled(), undo);
   EXPECT_EQ(desk.App().Documents().size(), 1U);
-  EXPECT_EQ(list.selectionModel()->selectedRows().size(), 1);
+  EXPECT_EQ(desk::StateList(desk).selectionModel()->selectedRows().size(), 1);
   const auto sheet = engine::DecodeImage(desk.ReadSettled(file));
   ASSERT_TRUE(sheet);
   EXPECT_EQ(QSize(static_cast<int>(sheet.Value().width), static_cast<int>(sheet.Value().height)),
