@@ -1,6 +1,20 @@
 #include "program/desktop/panels/FlatTree.h"
 
+#include <bit>
+#include <random>
+
 namespace desktop {
+
+namespace {
+
+// Where to look first in a table of so many slots, a power of 2. Different in every process: a file cannot choose identities that
+// fall onto one slot.
+std::size_t FirstSlot(engine::NodeId id, std::size_t slots) {
+  static const engine::NodeId factor = (engine::NodeId{std::random_device()()} << 32 | std::random_device()()) | 1;
+  return static_cast<std::size_t>((id * factor) >> (64 - std::bit_width(slots - 1)));
+}
+
+}  // namespace
 
 FlatTree::FlatTree(const host::GeListNode* first) : entries_(1) {
   std::vector<const host::GeListNode*> nodes = {nullptr};
@@ -8,7 +22,6 @@ FlatTree::FlatTree(const host::GeListNode* first) : entries_(1) {
     const host::GeListNode* child = place > 0 ? nodes[place]->GetDown() : first;
     entries_[place].firstChild = static_cast<int>(entries_.size());
     for (; child; child = child->GetNext()) {
-      places_[engine::IdOf(*child)] = static_cast<int>(entries_.size());
       entries_.push_back({engine::IdOf(*child), static_cast<int>(place), entries_[place].childCount++});
       nodes.push_back(child);
     }
@@ -30,7 +43,6 @@ FlatTree FlatTree::Kept(const std::function<bool(engine::NodeId)>& keep) const {
     newPlaces[place] = static_cast<int>(kept.entries_.size());
     Entry& above = kept.entries_[static_cast<std::size_t>(parent)];
     if (above.childCount == 0) above.firstChild = newPlaces[place];
-    kept.places_[entries_[place].id] = newPlaces[place];
     const int row = above.childCount++;
     kept.entries_.push_back({entries_[place].id, parent, row});
   }
@@ -38,8 +50,19 @@ FlatTree FlatTree::Kept(const std::function<bool(engine::NodeId)>& keep) const {
 }
 
 int FlatTree::PlaceOf(engine::NodeId id) const {
-  const auto it = places_.find(id);
-  return it == places_.end() ? 0 : it->second;
+  if (id == 0 || entries_.size() == 1) return 0;
+  if (!places_) {
+    std::vector<int> places(std::bit_ceil(2 * entries_.size()), 0);
+    for (std::size_t place = 1; place < entries_.size(); ++place) {
+      std::size_t slot = FirstSlot(entries_[place].id, places.size());
+      while (places[slot] != 0) slot = (slot + 1) % places.size();
+      places[slot] = static_cast<int>(place);
+    }
+    places_ = std::make_shared<const std::vector<int>>(std::move(places));
+  }
+  std::size_t slot = FirstSlot(id, places_->size());
+  while ((*places_)[slot] != 0 && At((*places_)[slot]).id != id) slot = (slot + 1) % places_->size();
+  return (*places_)[slot];
 }
 
 }  // namespace desktop

@@ -92,18 +92,20 @@ std::vector<BaseObject*> MeantBy(BaseObject& object) {
 
 bool ObjectRows::Update(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::TreeChangeCount(*doc) : 0;
-  if (IsOf(doc) && count == seen_ && !filterChanged_) return false;
+  const bool isNew = !IsOf(doc) || count != seen_;
+  if (!isNew && !filterChanged_) return false;
   seen_ = count;
   filterChanged_ = false;
-  FlatTree shape(doc ? doc->GetFirstObject() : nullptr);
-  if (IsFiltered()) {
-    shape = shape.Kept([&](engine::NodeId id) {
-      const host::BaseList2D* object = engine::FindNode(doc, id);
-      return object && ToQt(object->GetName()).contains(filter_, Qt::CaseInsensitive);
-    });
-  }
-  Take(doc, std::move(shape));
+  if (isNew) whole_ = FlatTree(doc ? doc->GetFirstObject() : nullptr);
+  Take(doc, IsFiltered() ? Found(doc) : whole_);
   return true;
+}
+
+FlatTree ObjectRows::Found(const host::BaseDocument* doc) const {
+  return whole_.Kept([&](engine::NodeId id) {
+    const host::BaseList2D* object = engine::FindNode(doc, id);
+    return object && ToQt(object->GetName()).contains(filter_, Qt::CaseInsensitive);
+  });
 }
 
 void ObjectRows::SetFilter(const QString& text) {

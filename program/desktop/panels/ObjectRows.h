@@ -47,10 +47,13 @@ class ObjectRows : public TreeRows {
 
  private:
   QVariant NameData(const host::BaseObject& object, int role) const;
+  // Of the whole tree what the search finds.
+  FlatTree Found(const host::BaseDocument* doc) const;
 
   host::ULLONG seen_ = 0;
   QString filter_;
   bool filterChanged_ = false;
+  FlatTree whole_;  // of all objects
 };
 
 // The selected objects when `object` is one of them, else it alone.

@@ -27,8 +27,10 @@ void ObjectSelection::select(const QItemSelection& selection, SelectionFlags com
     doc->SetActiveTag(nullptr);
   }
   for (const QItemSelectionRange& range : selection) {
+    const int above = static_cast<int>(range.parent().isValid() ? range.parent().internalId() : 0);
+    const int first = rows_.Shape().At(above).firstChild;
     for (int row = range.top(); row <= range.bottom(); ++row) {
-      host::BaseObject* object = rows_.ObjectAt(rows_.index(row, ObjectRows::kName, range.parent()));
+      host::BaseObject* object = engine::AsObject(engine::FindNode(doc, rows_.Shape().At(first + row).id));
       if (object) doc->SetActiveObject(object, ModeFor(*object, command));
     }
   }
