@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QProgressDialog>
 #include <QStandardItemModel>
 #include <QTimer>
 #include <QTreeView>
@@ -217,35 +218,52 @@ QAction* Entry(desktop::MainWindow& window, const QString& menu, const QString& 
   return nullptr;
 }
 
-InWindow Watch(const std::function<void()>& act) {
-  InWindow taken;
-  const double begin = MainThreadSeconds();
-  double last = begin;
-  const auto turn = [&] {
+// Measures from turn to turn of the event loop, for as long as it lives. While work shows its progress each look at that counts.
+class Turns : public QObject {
+ public:
+  Turns() {
+    startTimer(1);
+    QApplication::instance()->installEventFilter(this);
+  }
+  InWindow Taken() {
+    Turn();
+    return {last_ - begin_, longest_};
+  }
+
+ protected:
+  void timerEvent(QTimerEvent*) override { Turn(); }
+  bool eventFilter(QObject* receiver, QEvent* event) override {
+    if (event->type() == QEvent::Paint && qobject_cast<QProgressDialog*>(receiver)) Turn();
+    return false;
+  }
+
+ private:
+  void Turn() {
     const double now = MainThreadSeconds();
-    taken.longest = std::max(taken.longest, now - last);
-    last = now;
-  };
-  QTimer turns;
-  QObject::connect(&turns, &QTimer::timeout, &turns, turn);
-  turns.start(1);
+    longest_ = std::max(longest_, now - last_);
+    last_ = now;
+  }
+
+  const double begin_ = MainThreadSeconds();
+  double last_ = begin_;
+  double longest_ = 0;
+};
+
+InWindow Watch(const std::function<void()>& act) {
+  Turns turns;
   act();
   Rest();
-  turn();
-  taken.all = MainThreadSeconds() - begin;
-  return taken;
+  return turns.Taken();
 }
 
 InWindow Open(desktop::MainWindow& window, const std::string& path) {
-  InWindow taken;
-  taken.all = Measure(&PassedSeconds, [&] {
-    const double begin = MainThreadSeconds();
+  Turns turns;
+  const double passed = Measure(&PassedSeconds, [&] {
     Require(window.Commands().Open(path), "not opened");
-    taken.longest = MainThreadSeconds() - begin;
     while (window.View().Picture().isNull()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   });
   Rest();
-  return taken;
+  return {passed, turns.Taken().longest};
 }
 
 void MeasureSelecting(desktop::MainWindow& window, const Seconds& plain, LONG objects) {

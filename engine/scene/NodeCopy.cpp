@@ -147,12 +147,24 @@ BaseList2D* CopyTree(const BaseList2D& root, const CopyRules& rules) {
   return copy;
 }
 
-std::vector<BaseList2D*> CopyTogether(const std::vector<BaseList2D*>& roots) {
+std::vector<BaseList2D*> CopyTogether(const std::vector<BaseList2D*>& roots, const GoOn& goOn) {
   IdMap ids;
   std::vector<BaseList2D*> copies;
-  for (const BaseList2D* root : roots) copies.push_back(CopyTree(*root, CopyRules{false, true, &ids}));
-  for (BaseList2D* copy : copies) FollowLinks(*copy, ids);
-  return copies;
+  const auto whole = 2 * static_cast<double>(roots.size());
+  double done = 0;
+  const auto stops = [&] { return goOn && !goOn(done++ / whole); };
+  bool stopped = false;
+  for (const BaseList2D* root : roots) {
+    if ((stopped = stops())) break;
+    copies.push_back(CopyTree(*root, CopyRules{false, true, &ids}));
+  }
+  for (BaseList2D* copy : copies) {
+    if (stopped || (stopped = stops())) break;
+    FollowLinks(*copy, ids);
+  }
+  if (!stopped) return copies;
+  for (BaseList2D* copy : copies) DestroyNode(copy);
+  return {};
 }
 
 void CopyList(const BaseList2D& source, BaseList2D& target, int slot, const CopyRules& rules) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/core/ContainerAccess.h"
+#include "engine/core/GoOn.h"
 #include "engine/scene/DocumentListener.h"
 #include "host/BaseDocument.h"
 #include "host/BaseMaterial.h"
@@ -61,7 +62,8 @@ host::BaseList2D* OwnerOf(const host::GeListNode& node);
 host::GeListNode* NextInside(const host::GeListNode& node, const host::GeListNode& root);
 
 // Copies of several elements with all below each, in no place, owned by the caller. Links from one to another follow the copies.
-std::vector<host::BaseList2D*> CopyTogether(const std::vector<host::BaseList2D*>& roots);
+// None when it was stopped.
+std::vector<host::BaseList2D*> CopyTogether(const std::vector<host::BaseList2D*>& roots, const GoOn& goOn = {});
 
 // Destroys a node that is in no place, whatever its class, with all below it. Iterative.
 void DestroyNode(host::BaseList2D* node);

@@ -1,8 +1,8 @@
 #include "program/desktop/SceneCommands.h"
 
-#include "engine/undo/Undo.h"
 #include "host/Application.h"
 #include "program/desktop/FreeNames.h"
+#include "program/desktop/LongEdit.h"
 
 namespace desktop {
 
@@ -122,12 +122,14 @@ void SelectTag(BaseTag& tag, bool add) {
 void DeleteSelected(BaseDocument& doc) {
   const std::vector<BaseTag*> tags = SelectedTags(doc);
   const std::vector<BaseObject*> objects = TopmostSelected(doc);
-  const engine::UndoScope scope(doc, "Delete");
+  LongEdit edit(doc, "Delete", tags.size() + objects.size());
   for (BaseTag* tag : tags) {
+    if (!edit.Step()) return;
     doc.AddUndo(host::UNDO_DELETE, tag);
     BaseTag::Free(tag);
   }
   for (BaseObject* object : objects) {
+    if (!edit.Step()) return;
     doc.AddUndo(host::UNDO_DELETE, object);
     BaseObject::Free(object);
   }
@@ -137,11 +139,17 @@ void DeleteSelected(BaseDocument& doc) {
 void DuplicateSelected(BaseDocument& doc) {
   const std::vector<BaseObject*> originals = TopmostSelected(doc);
   if (originals.empty()) return;
-  const std::vector<BaseList2D*> copies = engine::CopyTogether({originals.begin(), originals.end()});
-  const engine::UndoScope scope(doc, "Duplicate");
+  LongEdit edit(doc, "Duplicate", 2 * originals.size());
+  const auto goOn = [&](double done) { return edit.Reach(done, originals.size()); };
+  std::vector<BaseList2D*> copies = engine::CopyTogether({originals.begin(), originals.end()}, goOn);
+  if (copies.empty()) return;
   FreeNames names(doc.GetFirstObject());
   std::vector<BaseObject*> made;
   for (std::size_t i = 0; i < copies.size(); ++i) {
+    if (!edit.Step()) {
+      for (; i < copies.size(); ++i) engine::DestroyNode(copies[i]);
+      return;
+    }
     BaseObject* copy = made.emplace_back(engine::AsObject(copies[i]));
     Deselect(*copy);
     names.Give(*copy);
@@ -154,8 +162,11 @@ void DuplicateSelected(BaseDocument& doc) {
 bool AssignMaterial(BaseDocument& doc, engine::NodeId material, const std::vector<BaseObject*>& objects) {
   host::BaseMaterial* found = engine::AsMaterial(engine::FindNode(&doc, material));
   if (!found) return false;
-  const engine::UndoScope scope(doc, "Assign Material");
-  for (BaseObject* object : objects) Assign(doc, *object, *found);
+  LongEdit edit(doc, "Assign Material", objects.size());
+  for (BaseObject* object : objects) {
+    if (!edit.Step()) return false;
+    Assign(doc, *object, *found);
+  }
   host::EventAdd();
   return true;
 }
@@ -182,8 +193,11 @@ void ChangeSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Sw
 }
 
 void SetSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which, LONG value) {
-  const engine::UndoScope scope(doc, SwitchStep(which));
-  ChangeSwitch(doc, objects, which, value);
+  LongEdit edit(doc, SwitchStep(which), objects.size());
+  for (BaseObject* object : objects) {
+    if (!edit.Step()) return;
+    ChangeSwitch(doc, {object}, which, value);
+  }
   host::EventAdd();
 }
 

@@ -3,8 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
+#include "engine/outside/ScriptedOutside.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/Undo.h"
+#include "program/desktop/attributes/FieldEditing.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
@@ -109,6 +113,77 @@ TEST(SceneCommands, ThousandsOfOneNameGetNumbers) {
   desktop::DuplicateSelected(scene.Doc());
   EXPECT_EQ(desktop::SelectedObjects(scene.Doc()).size(), 20000u);
   EXPECT_EQ(scene.Doc().GetActiveObject()->GetName().ToUtf8(), name + ".20000");
+}
+
+TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
+  SceneBuilder scene;
+  scene.Material("Red");
+  for (int i = 0; i < 600; ++i) scene.Doc().AppendObject(BaseObject::Alloc(i % 2 ? host::Onull : host::Ocube));
+  scene.Doc().GetFirstObject()->MakeTag(host::Tphong);
+  const auto selectAll = [&] {
+    desktop::SelectNone(scene.Doc());
+    desktop::SelectAll(scene.Doc());
+    scene.Doc().SetActiveTag(scene.Doc().GetFirstObject()->GetFirstTag());
+  };
+  selectAll();
+  struct Case {
+    const char* name;
+    std::function<void()> act;
+    std::vector<int> stopsAt;  // reports of progress
+  };
+  const auto all = [&] { return desktop::SelectedObjects(scene.Doc()); };
+  const engine::NodeId red = engine::IdOf(*scene.Doc().GetFirstMaterial());
+  const Case cases[] = {
+      {"Duplicate", [&] { desktop::DuplicateSelected(scene.Doc()); }, {1, 400, 601, 1000, 1201, 1202}},
+      {"Delete", [&] { desktop::DeleteSelected(scene.Doc()); }, {1, 2}},
+      {"Assign Material", [&] { desktop::AssignMaterial(scene.Doc(), red, all()); }, {1, 2}},
+      {"Visibility", [&] { desktop::SetSwitch(scene.Doc(), all(), Switch::kRender, host::MODE_OFF); }, {1, 2}},
+  };
+  engine::ScriptedOutside outside;
+  const engine::OutsideInUse inUse(outside);
+  const std::string before = engine::DumpDocument(scene.Doc());
+  for (const Case& one : cases) {
+    for (const int stop : one.stopsAt) {
+      outside.StopProgressAt(stop);
+      one.act();
+      EXPECT_EQ(engine::DumpDocument(scene.Doc()), before) << one.name << " stopped at " << stop;
+      EXPECT_FALSE(engine::CanUndo(scene.Doc()) || engine::CanRedo(scene.Doc())) << one.name << " stopped at " << stop;
+    }
+    outside.StopProgressAt(0);
+    one.act();
+    EXPECT_EQ(engine::UndoName(scene.Doc()), one.name);
+    EXPECT_NE(engine::DumpDocument(scene.Doc()), before) << one.name;
+    EXPECT_TRUE(scene.Doc().DoUndo());
+    engine::ClearUndo(scene.Doc());
+    selectAll();
+    EXPECT_EQ(engine::DumpDocument(scene.Doc()), before) << one.name;
+  }
+}
+
+// The next turn of the wheel takes the place of the one before only where that made a step.
+TEST(SceneCommands, AFieldEditThatWasStoppedIsNotGoneOnWith) {
+  SceneBuilder scene;
+  for (int i = 0; i < 600; ++i) scene.Doc().AppendObject(BaseObject::Alloc(host::Ocube));
+  auto all = std::make_shared<desktop::Ids>();
+  for (BaseObject* object = scene.Doc().GetFirstObject(); object; object = object->GetNext())
+    all->push_back(engine::IdOf(*object));
+  const desktop::Field position{desktop::kFieldPosition, "Position", desktop::FieldKind::Vector};
+  engine::ScriptedOutside outside;
+  const engine::OutsideInUse inUse(outside);
+  desktop::FieldEditing editing;
+  const auto set = [&](double x) { editing.Set(scene.Doc(), all, position, {host::Vector(x, 0, 0), {true, true, true}, true}); };
+  BaseObject* last = engine::AsObject(engine::FindNode(&scene.Doc(), all->back()));
+  set(1);
+  outside.StopProgressAt(1);
+  set(2);
+  outside.StopProgressAt(0);
+  EXPECT_EQ(scene.Doc().GetFirstObject()->GetMl().off, host::Vector(1, 0, 0));
+  EXPECT_EQ(last->GetMl().off, host::Vector(1, 0, 0));
+  set(3);
+  EXPECT_EQ(last->GetMl().off, host::Vector(3, 0, 0));
+  EXPECT_EQ(engine::DoneNames(scene.Doc()).size(), 2U);
+  EXPECT_TRUE(scene.Doc().DoUndo());
+  EXPECT_EQ(last->GetMl().off, host::Vector(1, 0, 0));
 }
 
 TEST(SceneCommands, GivesMaterialsByTheFirstTextureTag) {

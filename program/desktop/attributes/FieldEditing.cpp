@@ -1,6 +1,6 @@
 #include "program/desktop/attributes/FieldEditing.h"
 
-#include "engine/undo/Undo.h"
+#include "program/desktop/LongEdit.h"
 #include "program/desktop/attributes/TextureFile.h"
 
 namespace desktop {
@@ -16,6 +16,16 @@ void Apply(host::BaseDocument& doc, host::BaseList2D& element, const Field& fiel
   if (field.kind == FieldKind::Texture) return SetTextureFile(element, field.id, after.GetFilename());
   doc.AddUndo(host::UNDO_CHANGE, &element);
   WriteField(element, field, after);
+}
+
+// False when it was stopped; everything is as before then.
+bool SetAll(host::BaseDocument& doc, const std::vector<host::BaseList2D*>& elements, const Field& field, const FieldEdit& edit) {
+  LongEdit step(doc, StepName(field), elements.size());
+  for (host::BaseList2D* element : elements) {
+    if (!step.Step()) return false;
+    Apply(doc, *element, field, edit);
+  }
+  return true;
 }
 
 }  // namespace
@@ -34,22 +44,20 @@ std::vector<host::BaseList2D*> ElementsOf(host::BaseDocument& doc, const Ids& id
 }
 
 void FieldEditing::Set(host::BaseDocument& doc, const SharedIds& elements, const Field& field, const FieldEdit& edit) {
-  if (edit.goesOn) TakeBackBefore(doc, elements, field);
+  const bool replaces = edit.goesOn && TakeBackBefore(doc, elements, field);
   const host::ULLONG before = engine::ChangeCount(doc);
-  {
-    const engine::UndoScope scope(doc, StepName(field));
-    for (host::BaseList2D* element : ElementsOf(doc, *elements)) Apply(doc, *element, field, edit);
-  }
-  const bool changed = engine::ChangeCount(doc) != before;
+  const bool whole = SetAll(doc, ElementsOf(doc, *elements), field, edit);
+  if (!whole && replaces) doc.DoRedo();
+  const bool changed = whole && engine::ChangeCount(doc) != before;
   doc_ = IdentityOf(&doc);
   field_ = changed ? &field : nullptr;
   elements_ = elements;
   after_ = engine::ChangeCount(doc);
 }
 
-void FieldEditing::TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements, const Field& field) {
+bool FieldEditing::TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements, const Field& field) {
   const bool same = doc_ == IdentityOf(&doc) && field_ == &field && *elements_ == *elements;
-  if (same && engine::ChangeCount(doc) == after_) doc.DoUndo();
+  return same && engine::ChangeCount(doc) == after_ && doc.DoUndo();
 }
 
 }  // namespace desktop

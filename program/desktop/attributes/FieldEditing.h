@@ -17,7 +17,7 @@ class FieldEditing {
 
  private:
   // Takes back the step before when this edit goes on with it and nothing else happened since.
-  void TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements, const Field& field);
+  bool TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements, const Field& field);
 
   host::ULLONG doc_ = 0;
   const Field* field_ = nullptr;

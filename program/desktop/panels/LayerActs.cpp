@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "engine/undo/Undo.h"
+#include "program/desktop/LongEdit.h"
 #include "program/desktop/panels/LayerSwitches.h"
 
 namespace desktop {
@@ -104,8 +105,9 @@ void SetLayerSwitch(BaseDocument& doc, const LayerList& layers, std::size_t numb
 void AssignLayer(BaseDocument& doc, const std::vector<BaseObject*>& objects, LayerObject* layer) {
   if (objects.empty() || (layer && !IsOf(doc, layer))) return;
   {
-    const engine::UndoScope scope(doc, layer ? "Assign Layer" : "Take Off Layer");
+    LongEdit edit(doc, layer ? "Assign Layer" : "Take Off Layer", objects.size());
     for (BaseObject* object : objects) {
+      if (!edit.Step()) return;
       if (object->GetLayerObject(&doc) == layer) continue;
       doc.AddUndo(host::UNDO_CHANGE, object);
       object->SetLayerObject(layer);
