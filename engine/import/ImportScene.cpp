@@ -41,6 +41,7 @@ class Received {
   bool Done() const { return done_; }
   const std::string& Failure() const { return failure_; }
   const std::string& Scene() const { return scene_; }
+  const std::string& What() const { return what_; }
   std::vector<std::string>& NotesSent() { return notes_; }
 
  private:
@@ -137,13 +138,16 @@ Result<Imported> ImportScene(const std::string& path, const std::string& worker,
   const WorkerOutcome outcome = process.Run([&](std::string_view bytes) { return received.Take(bytes); });
   const std::string why = WhyNot(outcome, received, limits);
   if (!why.empty()) return Failed(path, why);
-  const Result<host::BaseDocument*> scene = ReadScene(received.Scene());
+  bool stopped = false;
+  const auto goOn = [&](double) { return !(stopped = !Outside::Current().Progress(1, received.What())); };
+  const Result<host::BaseDocument*> scene = ReadScene(received.Scene(), 0, goOn);
+  if (stopped) return Failed(path, "The import was stopped.");
   if (!scene) return Failed(path, "The importer's answer is damaged: " + scene.Message());
   Imported imported{scene.Value(), std::move(received.NotesSent())};
   SetOrigin(path, *imported.document);
   for (const std::string& note : ResolveTextures(*imported.document, path)) imported.notes.push_back(note);
   ClearChanged(*imported.document);
-  Outside::Current().Progress(1, "Importing " + path.substr(path.rfind('/') + 1));
+  Outside::Current().Progress(1, received.What());
   return imported;
 }
 

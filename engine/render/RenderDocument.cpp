@@ -43,17 +43,20 @@ LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHo
                     LONG, BaseThread* thread) {
   if (!doc || !bitmap) return RENDERRESULT_FAILED;
   const engine::PictureSetup setup = SetupOf(settings, *bitmap);
-  auto begun = engine::PictureInProgress::Begin(*doc, setup, engine::RenderCaches::Shared());
+  bool goes = true;
+  const auto goOn = [&](double done) {
+    if (progress) progress(done, 0, context);
+    goes = !(thread && thread->TestBreak()) && engine::Outside::Current().Progress(done, "Rendering");
+    return goes;
+  };
+  auto begun = engine::PictureInProgress::Begin(*doc, setup, engine::RenderCaches::Shared(), goOn);
   if (!begun) {
+    if (!goes) return RENDERRESULT_USERBREAK;
     TellNotes(*doc, {"The picture was not rendered: " + begun.Message()});
     return RENDERRESULT_FAILED;
   }
   engine::PictureInProgress& picture = *begun.Value();
   TellNotes(*doc, picture.Notes());
-  const auto goOn = [&](double done) {
-    if (progress) progress(done, 0, context);
-    return !(thread && thread->TestBreak()) && engine::Outside::Current().Progress(done, "Rendering");
-  };
   try {
     while (!picture.IsFinished()) {
       if (!picture.Refine(goOn)) return RENDERRESULT_USERBREAK;

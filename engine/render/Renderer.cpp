@@ -16,6 +16,7 @@ constexpr double kDoneAfter[] = {0.12, 0.5, 1};
 // Difference of sRGB bytes between neighbours from which on a pixel is looked at more closely.
 constexpr float kContrast = 6.0F / 255;
 constexpr std::uint64_t kBytesPerPixel = 16;
+constexpr std::size_t kObjectsBetweenAsking = 4096;
 
 // Place of a sample in its pixel on a grid of 4 x 4, so ordered that the first four lie in the four quarters.
 float SampleX(std::uint32_t i) { return (static_cast<float>((i & 1U) * 2 + (i >> 2U & 1U)) + 0.5F) / 4; }
@@ -35,13 +36,15 @@ float Threshold(std::uint32_t x, std::uint32_t y) {
 
 }  // namespace
 
-PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc, const PictureSetup& setup,
-                                                  RenderCaches& caches) {
+PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc, const PictureSetup& setup, RenderCaches& caches,
+                                                  const GoOn& goOn) {
   if (Status size = CheckImageSize(setup.width, setup.height, kBytesPerPixel); !size) return size;
   try {
     SceneScan scan(doc, setup.reading, caches);
-    scan.Advance(std::numeric_limits<std::size_t>::max());
-    auto scene = PreparedScene::Make(scan.Take(), caches);
+    while (!scan.Advance(kObjectsBetweenAsking)) {
+      if (goOn && !goOn(0)) return Begun::Failure("It was stopped.");
+    }
+    auto scene = PreparedScene::Make(scan.Take(), caches, goOn ? GoOn([&](double) { return goOn(0); }) : GoOn());
     return scene ? Begin(scene.Take(), setup) : Begun(scene.GetStatus());
   } catch (const std::bad_alloc&) {
     return Begun::Failure("There is not enough memory for the picture.");

@@ -30,8 +30,9 @@ struct PictureSetup {
 class PictureInProgress {
  public:
   using Begun = Result<std::unique_ptr<PictureInProgress>>;
-  // Fails with a message for sizes outside 1..16384 a side or beyond 64 million pixels, and when memory is short.
-  static Begun Begin(const host::BaseDocument& doc, const PictureSetup& setup, RenderCaches& caches);
+  // Fails with a message for sizes outside 1..16384 a side or beyond 64 million pixels, when memory is short, and when `goOn`,
+  // which is asked now and then while a large scene is read and prepared, says no.
+  static Begun Begin(const host::BaseDocument& doc, const PictureSetup& setup, RenderCaches& caches, const GoOn& goOn = {});
   // The same of a scene that was read and prepared before; any thread.
   static Begun Begin(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup);
   PictureInProgress(const PictureInProgress&) = delete;

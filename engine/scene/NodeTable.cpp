@@ -52,6 +52,7 @@ bool NodeTable::Add(NodeId id, BaseList2D* node) {
   if (Find(id)) return false;
   Page& page = pages_[id >> kPageBits];
   ++page.count;
+  ++count_;
   if (!page.slots && page.few.size() == Page::kFew) MakeDense(page);
   if (page.slots) {
     page.slots[id & kPageMask] = node;
@@ -65,6 +66,7 @@ void NodeTable::Remove(NodeId id) {
   const auto found = pages_.find(id >> kPageBits);
   if (found == pages_.end()) return;
   Page& page = found->second;
+  --count_;
   if (page.slots) {
     page.slots[id & kPageMask] = nullptr;
   } else {

@@ -24,6 +24,7 @@ class NodeTable {
   // False, changing nothing, when the identity is taken.
   bool Add(NodeId id, host::BaseList2D* node);
   void Remove(NodeId id);
+  std::size_t Count() const { return count_; }
 
  private:
   static constexpr unsigned kPageBits = 12;
@@ -45,6 +46,7 @@ class NodeTable {
 
   mutable std::array<Near, kNear> near_;
   std::unordered_map<NodeId, Page, PageHash> pages_;
+  std::size_t count_ = 0;
 };
 
 }  // namespace engine

@@ -115,6 +115,7 @@ void ClearChanged(BaseDocument& doc) { BodyOf(doc).changed = false; }
 host::ULLONG NumberOf(const BaseDocument& doc) { return BodyOf(doc).number; }
 host::ULLONG ChangeCount(const BaseDocument& doc) { return BodyOf(doc).changes; }
 host::ULLONG TreeChangeCount(const BaseDocument& doc) { return BodyOf(doc).treeChanges; }
+std::size_t NodeCount(const BaseDocument& doc) { return BodyOf(doc).table.Count(); }
 host::ULLONG SelectionChangeCount(const BaseDocument& doc) { return BodyOf(doc).selectionChanges; }
 
 GeListNode* NextInTree(const GeListNode* node, const GeListNode* root) {

@@ -119,6 +119,8 @@ T* NextInTree(T* node, const host::GeListNode* root = nullptr) {
   return static_cast<T*>(NextInTree(static_cast<const host::GeListNode*>(node), root));
 }
 
+// How many elements of all kinds live in a document, itself included. O(1).
+std::size_t NodeCount(const host::BaseDocument& doc);
 // How many of each a document holds.
 struct SceneCounts {
   std::size_t objects = 0;

@@ -9,6 +9,7 @@
 #include "program/desktop/FileChooser.h"
 #include "program/desktop/HeldBack.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/dialog/Busy.h"
 
 namespace desktop {
 
@@ -40,16 +41,19 @@ DesktopPerson::DesktopPerson() {
 
 void DesktopPerson::Tell(const std::string& text) {
   EndProgress();
+  const FreePointer pointer;
   ShowBox(window_, QMessageBox::Information, text, QMessageBox::Ok);
 }
 
 bool DesktopPerson::Ask(const std::string& text) {
   EndProgress();
+  const FreePointer pointer;
   return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
 }
 
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {
   EndProgress();
+  const FreePointer pointer;
   return desktop::ChooseFile(window_, question, kAnything);
 }
 
@@ -102,6 +106,7 @@ void DesktopPerson::MakeBox() {
 
 void DesktopPerson::LetLive() {
   const HeldBack others(*progress_);
+  const FreePointer pointer;
   living_ = true;
   progress_->show();
   QCoreApplication::processEvents();

@@ -9,6 +9,7 @@
 #include <QMimeData>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QtTest/QTest>
 #include <filesystem>
 
@@ -24,6 +25,9 @@ using desk::AnswerNext;
 using desk::Desk;
 
 constexpr host::LONG kNameField = 10013;
+constexpr host::LONG kList = 10005;
+constexpr host::LONG kLoad = 10008;
+constexpr host::LONG kDelete = 10009;
 constexpr host::LONG kRecord = 10023;
 constexpr host::LONG kGenerate = 10025;
 constexpr host::LONG kPreview = 10045;
@@ -193,6 +197,48 @@ TEST(Progress, TheSheetWaitsForADialogThatAsks) {
   EXPECT_EQ(said, "Reading the states");
   ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.IsFinished(); }, 60000));
   EXPECT_TRUE(sheet.Said().startsWith("Written")) << sheet.Said().toStdString();
+}
+
+// What the plug-in does without a word is announced before it begins, where it may take a while.
+TEST(Progress, OfActsThatSayNothingIsTheirNameAndAWaitingPointer) {
+  AtWork desk;
+  QStringList said;
+  QObject::connect(desk.Window().statusBar(), &QStatusBar::messageChanged, [&](const QString& text) {
+    const QCursor* pointer = QGuiApplication::overrideCursor();
+    said += text + (pointer && pointer->shape() == Qt::WaitCursor ? " (waits)" : "");
+  });
+  const auto actAndHear = [&](const std::function<void()>& act) {
+    said.clear();
+    act();
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(desk.Window().statusBar()->currentMessage(), "");
+    return said;
+  };
+  const auto load = [&] { desk.Gadget<QPushButton>(kLoad).click(); };
+  const auto update = [&] {
+    for (QAction* menu : desk.Window().Docks().ViewOf(*desk.Dialog())->Menus().actions()) {
+      for (QAction* entry : menu->menu()->actions()) {
+        if (entry->text() == "Update Checked Elements") entry->trigger();
+      }
+    }
+  };
+  desk.Record("One");
+  engine::SelectLines(*desk.Dialog(), kList, {0});
+  Desk::Rest();
+  EXPECT_EQ(actAndHear(load), QStringList()) << "over before anybody could read it";
+  for (int i = 0; i < 100000; ++i) desk.Doc().AppendObject(host::BaseObject::Alloc(host::Onull));
+  EXPECT_EQ(actAndHear(load), QStringList({"Load\u2026 (waits)", ""}));
+  EXPECT_EQ(actAndHear(update), QStringList({"Update Checked Elements\u2026 (waits)", ""}));
+
+  // Whoever is asked something has a pointer to answer with.
+  engine::SelectLines(*desk.Dialog(), kList, {0});
+  bool waits = true;
+  AnswerNext<QMessageBox>([&](QMessageBox& question) {
+    waits = QGuiApplication::overrideCursor()->shape() == Qt::WaitCursor;
+    question.button(QMessageBox::No)->click();
+  });
+  actAndHear([&] { desk.Gadget<QPushButton>(kDelete).click(); });
+  EXPECT_FALSE(waits);
 }
 
 }  // namespace

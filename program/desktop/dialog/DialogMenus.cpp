@@ -3,6 +3,7 @@
 #include <QMenuBar>
 
 #include "program/desktop/Text.h"
+#include "program/desktop/dialog/Busy.h"
 
 namespace desktop {
 
@@ -25,8 +26,8 @@ void AddEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLin
     QAction* action = menu.addAction(Label(entry.text));
     action->setData(entry.id);
     ShowState(*action, entry);
-    QObject::connect(action, &QAction::triggered, action, [link, id = entry.id] {
-      if (link->dialog) engine::ChooseMenu(*link->dialog, id);
+    QObject::connect(action, &QAction::triggered, action, [link, action, id = entry.id, label = entry.text] {
+      Act(link, *action, label, [id](host::GeDialog& dialog) { engine::ChooseMenu(dialog, id); });
     });
   }
 }

@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "program/desktop/Text.h"
+#include "program/desktop/dialog/Busy.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/dialog/ListView.h"
 #include "program/desktop/dialog/NumberField.h"
@@ -25,8 +26,9 @@ using engine::GadgetKind;
 GadgetWidget MakeButton(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
   auto* button = new QPushButton(parent);
   button->setMinimumSize(AskedSize(gadget, button->fontMetrics()));
-  QObject::connect(button, &QPushButton::clicked, button, [link, id = gadget.id] {
-    if (link->dialog) engine::PressButton(*link->dialog, id);
+  QObject::connect(button, &QPushButton::clicked, button, [link, button, id = gadget.id] {
+    const engine::Gadget* now = link->Find(id);
+    if (now) Act(link, *button, now->text, [id](host::GeDialog& dialog) { engine::PressButton(dialog, id); });
   });
   return {button, [button](const Gadget& now) { button->setText(Label(now.text)); }};
 }

@@ -1,0 +1,62 @@
+#include "program/desktop/dialog/Busy.h"
+
+#include <QGuiApplication>
+#include <QMainWindow>
+#include <algorithm>
+#include <optional>
+
+#include "engine/scene/Nodes.h"
+#include "host/Application.h"
+#include "program/desktop/Text.h"
+
+namespace desktop {
+
+namespace {
+
+// Elements of the scene times rows of the dialog's longest list: an act may go through all of them.
+constexpr std::size_t kNoticed = 200'000;
+
+std::size_t LongestList(const engine::Gadget& group) {
+  std::size_t longest = group.listRows.size();
+  for (const auto& child : group.children) longest = std::max(longest, LongestList(*child));
+  return longest;
+}
+
+bool WouldBeNoticed(const host::GeDialog& dialog) {
+  const host::BaseDocument* doc = host::GetActiveDocument();
+  return doc && engine::NodeCount(*doc) * (1 + LongestList(engine::DialogRoot(dialog))) >= kNoticed;
+}
+
+QStatusBar* StatusLineOf(const QObject& from) {
+  for (const QObject* above = &from; above; above = above->parent()) {
+    if (const auto* window = qobject_cast<const QMainWindow*>(above)) return const_cast<QMainWindow*>(window)->statusBar();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+Busy::Busy(const QObject& from, const QString& doing) : line_(StatusLineOf(from)), doing_(doing) {
+  QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  if (!line_) return;
+  line_->showMessage(doing);
+  line_->repaint();
+}
+
+Busy::~Busy() {
+  QGuiApplication::restoreOverrideCursor();
+  if (line_ && line_->currentMessage() == doing_) line_->clearMessage();
+}
+
+FreePointer::FreePointer() { QGuiApplication::changeOverrideCursor(Qt::ArrowCursor); }
+FreePointer::~FreePointer() { QGuiApplication::changeOverrideCursor(Qt::WaitCursor); }
+
+void Act(const SharedDialogLink& link, const QObject& from, const host::String& label,
+         const std::function<void(host::GeDialog&)>& act) {
+  if (!link->dialog) return;
+  std::optional<Busy> busy;
+  if (WouldBeNoticed(*link->dialog)) busy.emplace(from, ToQt(label).simplified() + QChar(0x2026));
+  act(*link->dialog);
+}
+
+}  // namespace desktop
