@@ -29,6 +29,7 @@
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/Theme.h"
+#include "program/desktop/render/SheetMaker.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "tests/support/ScratchFolder.h"
@@ -304,6 +305,20 @@ void MeasureEdits(desktop::MainWindow& window, const Seconds& plain) {
   Print("undo that", Watch(entry("Undo")), plain.at("undo delete"), "the scene alone");
 }
 
+// Its first states, for some seconds.
+void MeasureSheet(desktop::MainWindow& window, const Seconds& plain) {
+  constexpr double kSeconds = 3;
+  int states = 0;
+  Turns turns;
+  desktop::SheetMaker maker(window.App(), *host::GetActiveDocument(), [&](const desktop::SheetNews&) { ++states; });
+  const double begin = PassedSeconds();
+  while (PassedSeconds() - begin < kSeconds) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  maker.Stop();
+  InWindow taken = turns.Taken();
+  taken.all /= std::max(1, states);
+  Print("contact sheet, a state", taken, plain.at("recall"), "recalling it without a window");
+}
+
 void MeasureWindow(desktop::MainWindow& window, const std::string& path, const Seconds& plain, LONG objects) {
   std::printf("  %-22s %11s %11s %11s\n", "", "longest", "window", "without");
   Print("open, first picture", Open(window, path), plain.at("open"), "reading the file, and a picture");
@@ -312,12 +327,14 @@ void MeasureWindow(desktop::MainWindow& window, const std::string& path, const S
   Print("check all", Watch([] { engine::ChooseMenu(Dialog(), kCheckAll); }), plain.at("check"), "the dialog without a window");
   Print("record", Watch([] { Record("At the window"); }), plain.at("record"), "the dialog without a window");
   Print("recall", Watch([] { Recall(0); }), plain.at("recall"), "the dialog without a window");
+  MeasureSheet(window, plain);
   BaseDocument* copy = nullptr;
+  desktop::SlowEnd slow;
   const double cloning =
       Measure(&MainThreadSeconds, [&] { copy = static_cast<BaseDocument*>(host::GetActiveDocument()->GetClone(1024, nullptr)); });
   const double writing = Measure(&MainThreadSeconds, [&] { Require(engine::WriteScene(*copy).Ok(), "not written"); });
-  const double freeing = Measure(&MainThreadSeconds, [&] { BaseDocument::Free(copy); });
-  Print("autosave", {cloning + freeing, std::max(cloning, freeing)}, writing, "writing it on the main thread");
+  const InWindow freeing = Watch([&] { slow.Take(desktop::OwnedDocument(copy)); });
+  Print("autosave", {cloning + freeing.all, std::max(cloning, freeing.longest)}, writing, "writing it on the main thread");
   Print("save", Watch([&] { Require(window.Commands().Save(*host::GetActiveDocument()), "not saved"); }), plain.at("save"),
         "saving without a window");
 }

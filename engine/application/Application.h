@@ -80,6 +80,8 @@ class Application {
   // Same with the document's own path; fails for one never saved.
   Status SaveDocument(host::BaseDocument& doc);
   std::vector<host::BaseDocument*> Documents() const;
+  // As closing it, but hands the document to the caller, who frees it. False when it is none of the application's.
+  bool ReleaseDocument(host::BaseDocument* doc);
 
   // --- Events. Undo and redo of the active document post a change as EventAdd does.
   bool Undo();

@@ -27,6 +27,12 @@ bool DocumentList::Activate(host::BaseDocument* doc) {
 }
 
 bool DocumentList::Kill(host::BaseDocument* doc) {
+  if (!Release(doc)) return false;
+  host::BaseDocument::Free(doc);
+  return true;
+}
+
+bool DocumentList::Release(host::BaseDocument* doc) {
   const auto it = std::find(documents_.begin(), documents_.end(), doc);
   if (doc == nullptr || it == documents_.end()) return false;
   hooks_.Detach(*doc);
@@ -34,7 +40,6 @@ bool DocumentList::Kill(host::BaseDocument* doc) {
   documents_.erase(it);
   if (active_ == doc) active_ = documents_.empty() ? nullptr : documents_[std::min(place, documents_.size() - 1)];
   UnchainDocument(*doc);
-  host::BaseDocument::Free(doc);
   return true;
 }
 

@@ -63,6 +63,12 @@ Status Application::SaveDocument(host::BaseDocument& doc) {
 
 std::vector<host::BaseDocument*> Application::Documents() const { return body_->documents.All(); }
 
+bool Application::ReleaseDocument(host::BaseDocument* doc) {
+  const bool released = body_->documents.Release(doc);
+  if (released) host::EventAdd();
+  return released;
+}
+
 }  // namespace engine
 
 namespace host {

@@ -37,6 +37,8 @@ class ContactSheet {
   // Puts a picture no larger than the box into the cell `index`, counted from 0 along the rows, with its caption.
   void Place(std::size_t index, const engine::Image& picture, const Mark& caption);
   const engine::Image& Picture() const { return sheet_; }
+  // The last thing that is asked of it.
+  engine::Image TakePicture() { return std::move(sheet_); }
 
  private:
   ContactSheet(const SheetLayout& layout, engine::Font regular, engine::Font bold);

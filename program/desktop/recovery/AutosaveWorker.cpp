@@ -22,6 +22,7 @@ void AutosaveWorker::Start(AutosaveJob job, std::function<void(const engine::Sta
 void AutosaveWorker::Finish() {
   if (!thread_.joinable()) return;
   thread_.join();
+  ended_.Take(std::move(job_.copy));
   job_ = {};
   for (engine::LedgerEntry& entry : entries_) engine::Outside::Current().GetLedger().Add(std::move(entry));
   entries_.clear();

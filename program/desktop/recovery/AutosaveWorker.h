@@ -7,16 +7,13 @@
 #include <memory>
 #include <thread>
 
-#include "host/BaseDocument.h"
+#include "program/desktop/SlowEnd.h"
 #include "program/desktop/recovery/AutosaveFolder.h"
 
 namespace desktop {
 
 struct AutosaveJob {
-  struct Free {
-    void operator()(host::BaseDocument* doc) const { host::BaseDocument::Free(doc); }
-  };
-  std::unique_ptr<host::BaseDocument, Free> copy;
+  OwnedDocument copy;
   AutosaveFiles files;
   std::string note;
 };
@@ -39,6 +36,7 @@ class AutosaveWorker : public QObject {
   std::function<void(const engine::Status&)> done_;
   engine::Status status_;
   std::vector<engine::LedgerEntry> entries_;
+  SlowEnd ended_;
   std::thread thread_;
 };
 

@@ -15,6 +15,19 @@ QImage ToQImage(const engine::Image& image) {
   return view.convertToFormat(QImage::Format_RGB32);
 }
 
+QImage Viewed(std::shared_ptr<const engine::Image> image) {
+  const engine::Image& seen = *image;
+  auto* owner = new std::shared_ptr<const engine::Image>(std::move(image));
+  const auto end = [](void* kept) { delete static_cast<std::shared_ptr<const engine::Image>*>(kept); };
+  return {seen.bytes.data(),
+          static_cast<int>(seen.width),
+          static_cast<int>(seen.height),
+          static_cast<qsizetype>(seen.width) * 4,
+          QImage::Format_RGBX8888,
+          end,
+          owner};
+}
+
 RenderJob::RenderJob(engine::ScenePicture scene, const engine::PictureSetup& setup, engine::RenderCaches& caches, bool shows,
                      std::function<void(const RenderNews&)> news)
     : setup_(setup), caches_(caches), shows_(shows), news_(std::move(news)) {

@@ -54,5 +54,7 @@ class RenderJob : public QObject {
 
 // The image for a widget, with pixels of its own.
 QImage ToQImage(const engine::Image& image);
+// The same without a copy; the image lives as long as it.
+QImage Viewed(std::shared_ptr<const engine::Image> image);
 
 }  // namespace desktop

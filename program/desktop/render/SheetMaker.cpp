@@ -1,9 +1,9 @@
 #include "program/desktop/render/SheetMaker.h"
 
+#include <QElapsedTimer>
 #include <algorithm>
-#include <limits>
+#include <cmath>
 
-#include "engine/render/SceneScan.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {
@@ -15,7 +15,9 @@ using pictures::StagemarksDialog;
 
 // Of the whole work: finding out the sizes.
 constexpr double kMeasuring = 0.1;
-constexpr int kPause = 50;  // milliseconds
+constexpr int kPause = 5;  // milliseconds
+constexpr std::size_t kObjectsBetweenLooks = 500;
+constexpr int kMillisecondsOfSlice = 20;
 constexpr host::LONG kWholeDocument = 1024;
 
 std::optional<StagemarksDialog> FindDialog() {
@@ -35,28 +37,20 @@ std::optional<StagemarksDialog> OpenDialog(engine::Application& application) {
   return dialog;
 }
 
-// A copy of a document, the active one while it lives.
-class ActiveCopy {
- public:
-  explicit ActiveCopy(host::BaseDocument& doc)
-      : original_(doc), copy_(static_cast<host::BaseDocument*>(doc.GetClone(kWholeDocument, nullptr))) {
-    if (!copy_) return;
-    host::InsertBaseDocument(copy_);
-    host::SetActiveDocument(copy_);
+// A large sheet is shown by every so manyth pixel until it is finished.
+QImage Sampled(const engine::Image& image) {
+  constexpr double kMostPixels = 1.5e6;
+  const double pixels = static_cast<double>(image.width) * image.height;
+  if (pixels <= kMostPixels) return ToQImage(image);
+  const auto step = static_cast<std::size_t>(std::ceil(std::sqrt(pixels / kMostPixels)));
+  QImage shown(static_cast<int>(image.width / step), static_cast<int>(image.height / step), QImage::Format_RGB32);
+  for (int y = 0; y < shown.height(); ++y) {
+    const std::uint8_t* from = image.bytes.data() + static_cast<std::size_t>(y) * step * image.width * 4;
+    auto* to = reinterpret_cast<QRgb*>(shown.scanLine(y));
+    for (int x = 0; x < shown.width(); ++x, from += step * 4) to[x] = qRgb(from[0], from[1], from[2]);
   }
-  ActiveCopy(const ActiveCopy&) = delete;
-  ActiveCopy& operator=(const ActiveCopy&) = delete;
-  ~ActiveCopy() {
-    if (!copy_) return;
-    host::SetActiveDocument(&original_);
-    host::KillDocument(copy_);
-  }
-  host::BaseDocument* Get() const { return copy_; }
-
- private:
-  host::BaseDocument& original_;
-  host::BaseDocument* copy_;
-};
+  return shown;
+}
 
 }  // namespace
 
@@ -64,13 +58,17 @@ SheetMaker::SheetMaker(engine::Application& application, const host::BaseDocumen
                        std::function<void(const SheetNews&)> news)
     : application_(application), doc_(IdentityOf(&doc)), news_(std::move(news)), title_(pictures::SceneName(doc)) {
   next_.setSingleShot(true);
-  // A dialog that waits for an answer in the middle of its work is not entered a second time.
-  connect(&next_, &QTimer::timeout, this, [this] { engine::InsideDialogCall() ? next_.start(kPause) : (this->*step_)(); });
+  // A dialog that waits for an answer in the middle of its work is not entered a second time; a copy ends before the next is
+  // made.
+  connect(&next_, &QTimer::timeout, this,
+          [this] { engine::InsideDialogCall() || !ended_.IsEmpty() ? next_.start(kPause) : (this->*step_)(); });
   Next(&SheetMaker::Begin);
 }
 
 void SheetMaker::Stop() {
   next_.stop();
+  scan_.reset();
+  ended_.Take(std::move(copy_));
   job_.reset();
 }
 
@@ -99,34 +97,34 @@ void SheetMaker::Begin() {
   Next(&SheetMaker::Measure);
 }
 
-template <class Look>
-bool SheetMaker::Visit(std::size_t state, const Look& look) {
+OwnedDocument SheetMaker::Visit(std::size_t state) {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   auto dialog = FindDialog();
   if (!doc || !dialog) {
     Fail(doc ? "The plug-in's dialog was closed before the sheet was finished."
              : "The document was closed before the sheet was finished.");
-    return false;
+    return nullptr;
   }
   host::BaseDocument* active = host::GetActiveDocument();
   const std::vector<std::string> selected = dialog->SelectedNames();
-  bool loaded = false;
-  {
-    const ActiveCopy copy(*doc);
-    loaded = copy.Get() && (asItIs_ || (dialog->Select(states_[state].name) && dialog->Press("Load")));
-    if (loaded) look(*copy.Get());
-  }
+  OwnedDocument copy(static_cast<host::BaseDocument*>(doc->GetClone(kWholeDocument, nullptr)));
+  host::InsertBaseDocument(copy.get());
+  host::SetActiveDocument(copy.get());
+  const bool loaded = copy && (asItIs_ || (dialog->Select(states_[state].name) && dialog->Press("Load")));
   host::SetActiveDocument(active);
-  host::EventAdd();
+  application_.ReleaseDocument(copy.get());
   application_.DeliverEvents();
   if (!selected.empty()) dialog->SelectNames(selected);
-  if (!loaded) Fail("\"" + NameOf(state) + "\" was not loaded.");
-  return loaded;
+  if (loaded) return copy;
+  Fail("\"" + NameOf(state) + "\" was not loaded.");
+  return nullptr;
 }
 
 void SheetMaker::Measure() {
-  const auto look = [this](const host::BaseDocument& doc) { sizes_.push_back(pictures::SizeOf(doc)); };
-  if (!Visit(sizes_.size(), look)) return;
+  OwnedDocument copy = Visit(sizes_.size());
+  if (!copy) return;
+  sizes_.push_back(pictures::SizeOf(*copy));
+  ended_.Take(std::move(copy));
   Tell(kMeasuring * static_cast<double>(sizes_.size()) / static_cast<double>(states_.size()), false);
   Next(sizes_.size() < states_.size() ? &SheetMaker::Measure : &SheetMaker::LayOut);
 }
@@ -139,19 +137,27 @@ void SheetMaker::LayOut() {
 }
 
 void SheetMaker::Render() {
-  std::optional<engine::ScenePicture> scene;
-  const auto look = [&](const host::BaseDocument& doc) {
-    engine::SceneScan scan(doc, {}, engine::RenderCaches::Shared());
-    scan.Advance(std::numeric_limits<std::size_t>::max());
-    scene = scan.Take();
-  };
-  if (!Visit(placed_, look)) return;
+  copy_ = Visit(placed_);
+  if (!copy_) return;
+  scan_.emplace(*copy_, engine::SceneReading(), engine::RenderCaches::Shared());
+  Next(&SheetMaker::Scan);
+}
+
+void SheetMaker::Scan() {
+  QElapsedTimer time;
+  time.start();
+  while (!scan_->Advance(kObjectsBetweenLooks)) {
+    if (time.elapsed() >= kMillisecondsOfSlice) return Next(&SheetMaker::Scan);
+  }
+  engine::ScenePicture scene = scan_->Take();
+  scan_.reset();
+  ended_.Take(std::move(copy_));
   const pictures::PictureSize size = pictures::FittedInto(sizes_[placed_], sheet_->Box());
   engine::PictureSetup setup;
   setup.width = size.width;
   setup.height = size.height;
   Tell(0, placed_ == 0);
-  job_ = std::make_unique<RenderJob>(std::move(*scene), setup, engine::RenderCaches::Shared(), false,
+  job_ = std::make_unique<RenderJob>(std::move(scene), setup, engine::RenderCaches::Shared(), false,
                                      [this](const RenderNews& news) { Take(news); });
 }
 
@@ -175,7 +181,7 @@ void SheetMaker::End() {
   news.done = 1;
   news.ended = true;
   news.notes = notes_;
-  news.picture = std::make_shared<const engine::Image>(sheet_->Picture());
+  news.picture = std::make_shared<const engine::Image>(sheet_->TakePicture());
   news_(news);
 }
 
@@ -188,7 +194,7 @@ void SheetMaker::Tell(double done, bool showsSheet) {
   news.doing =
       QString(sheet_ ? "Rendering %1 of %2: " : "Reading %1 of %2: ").arg(state + 1).arg(states_.size()) + ToQt(NameOf(state));
   news.notes = notes_;
-  if (showsSheet) news.sheet = ToQImage(sheet_->Picture());
+  if (showsSheet) news.sheet = Sampled(sheet_->Picture());
   news_(news);
 }
 

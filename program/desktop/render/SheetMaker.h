@@ -1,14 +1,17 @@
 // SheetMaker: renders every Stagemark of a document onto a contact sheet. Each state is loaded through the plug-in's dialog onto
 // a copy of the document that lives for that one step, so that the document itself, its undo steps and what is checked stay as
-// they are; between the steps the window lives on, and the pictures are rendered on another thread. It keeps the document's
-// identity, never its address. Main thread.
+// they are. Between the steps the window lives on: the copy is read and freed in slices, the picture is rendered on another
+// thread. It keeps the document's identity, never its address. Main thread.
 #pragma once
 
 #include <QTimer>
 #include <memory>
+#include <optional>
 
 #include "engine/application/Application.h"
+#include "engine/render/SceneScan.h"
 #include "program/desktop/OpenDocument.h"
+#include "program/desktop/SlowEnd.h"
 #include "program/desktop/render/RenderJob.h"
 #include "program/pictures/ContactSheet.h"
 
@@ -32,13 +35,13 @@ class SheetMaker : public QObject {
   void Stop();
 
  private:
-  // A step of the main thread: brings the state onto a copy and looks at that.
-  template <class Look>
-  bool Visit(std::size_t state, const Look& look);
+  // A step of the main thread: a copy of the document, in no list, in that state. Null when that failed, which was told.
+  OwnedDocument Visit(std::size_t state);
   void Begin();
   void Measure();
   void LayOut();
   void Render();
+  void Scan();
   void Take(const RenderNews& news);
   void End();
   void Fail(const std::string& problem);
@@ -58,6 +61,9 @@ class SheetMaker : public QObject {
   std::vector<std::string> notes_;
   void (SheetMaker::*step_)() = nullptr;
   QTimer next_;
+  OwnedDocument copy_;                     // that is being read
+  std::optional<engine::SceneScan> scan_;  // of the copy
+  SlowEnd ended_;
   std::unique_ptr<RenderJob> job_;  // last: it ends before what it tells of
 };
 

@@ -41,7 +41,7 @@ void SheetWindow::Take(const SheetNews& news) {
 }
 
 void SheetWindow::Write(const SheetNews& news) {
-  View().Show(ToQImage(*news.picture));
+  View().Show(Viewed(news.picture));
   stop_->setEnabled(false);
   Say("Writing " + ToQt(file_));
   SavePicture(this, news.picture, file_, [this](const engine::Status& written) {
