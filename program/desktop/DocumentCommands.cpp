@@ -25,7 +25,7 @@ bool IsOwnScene(const std::string& path) { return path.ends_with(kOwnSuffix); }
 
 // Beside the file that an imported document came from, else only a name.
 std::string ProposedPath(const host::BaseDocument& doc) {
-  const std::string path = PathOf(doc);
+  std::string path = PathOf(doc);
   if (IsOwnScene(path)) return path;
   const QFileInfo from(path.empty() ? DocumentTitle(doc) : ToQt(path));
   return (from.path() + "/" + from.completeBaseName()).toStdString() + kOwnSuffix;
@@ -96,7 +96,7 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
 }
 
 engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::string& kept, const std::string& path) {
-  const auto opened = application_.OpenDocument(kept);
+  auto opened = application_.OpenDocument(kept);
   if (!opened) return opened;
   host::BaseDocument& doc = *opened.Value();
   const host::Filename place{ToHost(ToQt(path))};

@@ -35,7 +35,7 @@ QString TypingEdit::Take() {
     Revert();
     return {};
   }
-  const QString problem = take ? take(typed) : QString();
+  QString problem = take ? take(typed) : QString();
   if (problem.isEmpty() && isModified()) ShowText(typed);
   return problem;
 }
