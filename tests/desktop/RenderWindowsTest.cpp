@@ -66,6 +66,11 @@ TEST(RenderWindow, RendersWhatWasThereAndSavesIt) {
     window->Say("");
   }
   EXPECT_TRUE(pictures::Write(*window, "render-window-small"));
+  const std::string last = desk.Folder() + "/last.png";
+  ChooseInNextBox(last);
+  window->SaveAs();
+  window->close();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return std::filesystem::exists(last); }, 20000)) << "a window that is closed loses no file";
 }
 
 TEST(RenderWindow, CanBeStoppedAndClosedAtWork) {

@@ -1,5 +1,6 @@
 #include "program/desktop/render/PictureSaving.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 #include <QThread>
 
@@ -18,11 +19,19 @@ void SavePicture(QObject* owner, std::shared_ptr<const engine::Image> picture, c
   auto bytes = std::make_shared<engine::Result<std::string>>(std::string());
   QThread* thread =
       QThread::create([picture = std::move(picture), path, bytes] { *bytes = pictures::EncodePicture(*picture, path); });
-  QObject::connect(thread, &QThread::finished, thread, &QObject::deleteLater);
-  QObject::connect(thread, &QThread::finished, owner, [path, bytes, written = std::move(written)] {
-    written(*bytes ? engine::Outside::Current().ReplaceFile(path, bytes->Value())
-                   : engine::Status::Failure("\"" + path + "\" was not written: " + bytes->Message()));
-  });
+  // Once: when the thread has ended, or when the program ends before.
+  const auto finish = [thread, path, bytes, isDone = std::make_shared<bool>(false), owner = QPointer<QObject>(owner),
+                       written = std::move(written)] {
+    if (std::exchange(*isDone, true)) return;
+    thread->wait();
+    thread->deleteLater();
+    const engine::Status status = *bytes ? engine::Outside::Current().ReplaceFile(path, bytes->Value())
+                                         : engine::Status::Failure("\"" + path + "\" was not written: " + bytes->Message());
+    if (owner) return written(status);
+    if (!status) engine::Outside::Current().Tell(status.Message());
+  };
+  QObject::connect(thread, &QThread::finished, QCoreApplication::instance(), finish);
+  QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, thread, finish);
   thread->start();
 }
 

@@ -14,7 +14,8 @@ namespace desktop {
 // Asks where to; nothing when cancelled. `proposal`: a path or a name.
 std::optional<std::string> AskForPicture(QWidget* parent, const std::string& title, const std::string& proposal);
 
-// Calls `written` on the main thread with the path, unless `owner` is gone by then. What went wrong stands in the status.
+// Calls `written` on the main thread; what went wrong stands in the status. The file is written also when `owner` is gone by then
+// or the program ends; then the person is told what went wrong.
 void SavePicture(QObject* owner, std::shared_ptr<const engine::Image> picture, const std::string& path,
                  std::function<void(const engine::Status&)> written);
 
