@@ -62,4 +62,9 @@ inline QStringList TextsOf(const QComboBox& list) {
   return texts;
 }
 
+// Waits until what is selected was read, however long the machine takes for it.
+inline bool IsReadSoon(const desktop::AttributesView& view) {
+  return QTest::qWaitFor([&] { return !view.IsReading(); }, 20000);
+}
+
 }  // namespace fields

@@ -35,7 +35,7 @@ struct WithFamily : Desk {
   BaseObject* Add(const std::string& path, host::LONG type = host::Onull) { return scene.Object(path, type).GetObject(path); }
   host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
   desktop::ObjectTree& Tree() { return Window().Objects(); }
-  QLineEdit& Search() { return *Window().findChild<desktop::ObjectPanel*>()->findChild<QLineEdit*>(); }
+  QLineEdit& Search() { return *Panel<QWidget>("objects").findChild<QLineEdit*>(); }
   ObjectRows& Rows() { return Tree().Rows(); }
   QModelIndex IndexOf(const BaseObject* object, int column = 0) { return Rows().IndexOf(engine::IdOf(*object), column); }
   QPoint PlaceOf(const BaseObject* object, int column) { return Tree().visualRect(IndexOf(object, column)).center(); }
@@ -321,7 +321,7 @@ TEST(ObjectTreePicture, SampleScenes) {
     if (first->GetDown()) first->GetDown()->SetEditorMode(host::MODE_ON);
     host::GetActiveDocument()->SetActiveObject(first->GetDown() ? first->GetDown() : first);
     Desk::Rest();
-    QWidget& panel = *desk.Window().findChild<desktop::ObjectPanel*>();
+    QWidget& panel = desk.Panel<QWidget>("objects");
     EXPECT_TRUE(pictures::Write(panel, QString("objects-") + QString(name).section('/', 0, 0)));
   }
 }

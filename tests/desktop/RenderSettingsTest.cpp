@@ -196,6 +196,7 @@ TEST(RenderSettings, TakeThousands) {
   Desk::Rest();
   desk.Panel().List().selectAll();
   Desk::Rest();
+  ASSERT_TRUE(fields::IsReadSoon(desk.Panel().Values()));
   Enter(EditOf(desk.Panel().Values(), "Height"), "99");
   EXPECT_EQ(desk.first->GetNext()->GetDataInstance()->GetLong(host::RDATA_YRES), 99);
   desk.Do("Delete Render Settings");
