@@ -16,6 +16,7 @@ constexpr int kMostLabel = 120;
 constexpr int kLabelAir = 4;
 constexpr qsizetype kLongestTitle = 80;
 constexpr std::size_t kElementsBetweenLooks = 500;
+constexpr std::size_t kMostAtOnce = 5000;
 
 bool LookAlike(const std::vector<AttributeGroup>& a, const std::vector<AttributeGroup>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) { return x.LooksLike(y); });
@@ -66,7 +67,8 @@ void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) 
     return ShowHeading(nullptr, {});
   }
   reading_.emplace(*doc, elements);
-  Slice();
+  // Of very many nothing is to be had at once, and others want their turn.
+  elements->size() > kMostAtOnce ? next_.start() : Slice();
   // What is shown is still of other elements.
   if (reading_ && others) ShowWaiting();
 }

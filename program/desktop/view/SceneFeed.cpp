@@ -9,6 +9,7 @@ namespace desktop {
 namespace {
 
 constexpr std::size_t kObjectsBetweenLooks = 500;
+constexpr std::size_t kMostAtOnce = 5000;
 constexpr int kMillisecondsOfSlice = 25;
 
 }  // namespace
@@ -30,7 +31,8 @@ void SceneFeed::Follow(const host::BaseDocument* doc) {
 void SceneFeed::Start(const host::BaseDocument& doc) {
   count_ = engine::ChangeCount(doc);
   scan_.emplace(doc, how_, caches_);
-  Slice();
+  // Of a large scene nothing is to be had at once, and others want their turn.
+  engine::NodeCount(doc) > kMostAtOnce ? next_.start(0) : Slice();
 }
 
 void SceneFeed::Slice() {
