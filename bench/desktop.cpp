@@ -219,7 +219,8 @@ QAction* Entry(desktop::MainWindow& window, const QString& menu, const QString& 
   return nullptr;
 }
 
-// Measures from turn to turn of the event loop, for as long as it lives. While work shows its progress each look at that counts.
+// Measures from turn to turn of the event loop, for as long as it lives. While work shows its progress each drawing of that
+// counts.
 class Turns : public QObject {
  public:
   Turns() {
@@ -234,7 +235,7 @@ class Turns : public QObject {
  protected:
   void timerEvent(QTimerEvent*) override { Turn(); }
   bool eventFilter(QObject* receiver, QEvent* event) override {
-    if (event->type() == QEvent::Paint && qobject_cast<QProgressDialog*>(receiver)) Turn();
+    if (event->type() == QEvent::Paint && qobject_cast<QProgressDialog*>(receiver->parent())) Turn();
     return false;
   }
 
