@@ -26,13 +26,9 @@ using engine::SelectionOrder;
 
 namespace {
 
-void Deselect(const SelectionOrder& order, const engine::NodeTable& nodes) {
-  for (BaseList2D* node : order.InOrder(nodes)) node->DelBit(BIT_ACTIVE);
-}
-
 // Selects, adds or takes off one element; null with SELECTION_NEW selects nothing.
 void Select(DocumentBody& body, SelectionOrder& order, BaseList2D* node, LONG mode) {
-  if (mode == SELECTION_NEW) Deselect(order, body.table);
+  if (mode == SELECTION_NEW) order.DeselectAll(body.table);
   if (!node) return;
   if (mode == SELECTION_SUB) return node->DelBit(BIT_ACTIVE);
   node->SetBit(BIT_ACTIVE);

@@ -24,6 +24,14 @@ void SelectionOrder::Add(NodeId id, const NodeTable& nodes) {
   ids_.push_back(id);
 }
 
+void SelectionOrder::DeselectAll(const NodeTable& nodes) {
+  for (const NodeId id : ids_) {
+    if (BaseList2D* node = Selected(id, nodes)) node->DelBit(host::BIT_ACTIVE);
+  }
+  ids_.clear();
+  tidyAt_ = kFirstTidy;
+}
+
 BaseList2D* SelectionOrder::Last(const NodeTable& nodes) {
   while (!ids_.empty()) {
     if (BaseList2D* node = Selected(ids_.back(), nodes)) return node;
@@ -50,7 +58,7 @@ void SelectionOrder::Tidy(const NodeTable& nodes) {
   const std::vector<BaseList2D*> order = InOrder(nodes);
   ids_.clear();
   for (const BaseList2D* node : order) ids_.push_back(IdOf(*node));
-  tidyAt_ = std::max<std::size_t>(64, 2 * ids_.size());
+  tidyAt_ = std::max(kFirstTidy, 2 * ids_.size());
 }
 
 }  // namespace engine

@@ -12,6 +12,8 @@ class SelectionOrder {
  public:
   // The element was selected just now. Amortized O(1).
   void Add(NodeId id, const NodeTable& nodes);
+  // Deselects all; there is no order any more. O(n).
+  void DeselectAll(const NodeTable& nodes);
   // The one selected last of those that still are, or null.
   host::BaseList2D* Last(const NodeTable& nodes);
   // All selected ones, each once, the one selected last at the end. O(n).
@@ -20,8 +22,10 @@ class SelectionOrder {
  private:
   void Tidy(const NodeTable& nodes);
 
+  static constexpr std::size_t kFirstTidy = 64;
+
   std::vector<NodeId> ids_;
-  std::size_t tidyAt_ = 64;
+  std::size_t tidyAt_ = kFirstTidy;
 };
 
 }  // namespace engine

@@ -3,6 +3,7 @@
 namespace desktop {
 
 FreeNames::FreeNames(const host::BaseList2D* first) {
+  if (first && first->GetDocument()) taken_.reserve(engine::NodeCount(*first->GetDocument()));
   for (const host::GeListNode* node = first; node; node = engine::NextInTree(node)) {
     taken_.insert(static_cast<const host::BaseList2D*>(node)->GetName().ToUtf8());
   }
