@@ -105,7 +105,10 @@ void LookReading::FindFiles(TextureWish& wish) {
     if (file.name == wish.name) wish.files.push_back(caches_.FileIn(file.bytes));
   }
   for (const std::string& path : TexturePlaces(wish.name, doc_.GetDocumentPath().GetString().ToUtf8())) {
-    if (Outside::Current().Kind(path) != FileKind::File) continue;
+    if (Outside::Current().Kind(path) != FileKind::File) {
+      caches_.Missed(path);
+      continue;
+    }
     wish.files.push_back(caches_.FileAt(path));
     break;
   }

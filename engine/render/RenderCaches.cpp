@@ -9,6 +9,7 @@ namespace {
 
 // Generated meshes are small and many may be tried out while sizes are dragged.
 constexpr std::size_t kMostPrimitives = 4096;
+constexpr std::size_t kMostMissed = 10000;
 
 std::vector<double> KeyOf(host::LONG type, const host::BaseContainer& data) {
   const host::Vector size = data.GetVector(host::PRIM_SIZE);
@@ -85,6 +86,20 @@ std::shared_ptr<TextureFile> RenderCaches::FileAt(const std::string& path) {
   cached.stamp = stamp;
   cached.usedAt = ++clock_;
   return cached.file;
+}
+
+void RenderCaches::Missed(const std::string& path) {
+  if (missed_.size() >= kMostMissed) missed_.clear();
+  missed_.insert(path);
+}
+
+bool RenderCaches::ForgetChangedFiles() {
+  Outside& outside = Outside::Current();
+  const auto changed = std::erase_if(files_, [&](const auto& entry) {
+    const std::string& path = entry.first.first;
+    return !path.empty() && !(outside.Stamp(path) == entry.second.stamp);
+  });
+  return changed + std::erase_if(missed_, [&](const std::string& path) { return outside.Kind(path) == FileKind::File; }) > 0;
 }
 
 std::shared_ptr<TextureFile> RenderCaches::FileIn(const std::shared_ptr<const std::string>& bytes) {

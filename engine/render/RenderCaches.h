@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -37,7 +38,12 @@ class RenderCaches {
   std::shared_ptr<const Mesh> PrimitiveOf(host::LONG type, const host::BaseContainer& data);
   // The image file at a path, read again when its size or date have changed.
   std::shared_ptr<TextureFile> FileAt(const std::string& path);
-  // The same for a file held in memory, told by the bytes' identity.
+  // That there is no file where one was looked for.
+  void Missed(const std::string& path);
+  // Forgets the files whose size or date have changed since they were read, and those missed that are there now. Whether there
+  // were any: then scenes are worth reading again. It looks at each file once.
+  bool ForgetChangedFiles();
+  // As FileAt for a file held in memory, told by the bytes' identity.
   std::shared_ptr<TextureFile> FileIn(const std::shared_ptr<const std::string>& bytes);
   // Forgets the textures used longest ago beyond the bound. Called after each scene was read.
   void TidyTextures();
@@ -87,6 +93,7 @@ class RenderCaches {
   std::unordered_map<const Mesh*, std::shared_ptr<CachedGeometry>> geometries_;
   std::map<PrimitiveKey, std::shared_ptr<const Mesh>> primitives_;
   std::map<FileKey, CachedFile> files_;
+  std::set<std::string> missed_;
   std::uint64_t clock_ = 0;
   std::atomic<std::size_t> geometriesMade_{0};
   std::atomic<std::size_t> texturesMade_{0};

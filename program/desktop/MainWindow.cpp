@@ -39,6 +39,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
       autosave_(application, engine::Outside::Current()),
       docks_(*this),
       panels_(*this),
+      thumbnails_(std::make_shared<MaterialThumbnails>(engine::RenderCaches::Shared())),
       tabs_(new DocumentTabs(application, commands_, this)),
       view_(new Viewport(this)),
       objects_(new ObjectPanel(this)) {
@@ -77,11 +78,10 @@ void MainWindow::BuildCenter() {
 }
 
 void MainWindow::BuildPanels() {
-  auto thumbnails = std::make_shared<MaterialThumbnails>(engine::RenderCaches::Shared());
-  objects_->Tree().ShowMaterialsAs(thumbnails);
+  objects_->Tree().ShowMaterialsAs(thumbnails_);
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
   panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea, new AttributesPanel(lookedAt_, this));
-  auto* materials = panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(thumbnails, this));
+  auto* materials = panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(thumbnails_, this));
   materials->opened = [this] { panels_.Raise("attributes"); };
   auto* layers = panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea, new RenderSettingsPanel(this));
@@ -166,6 +166,15 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   (void)settings_.Set(kState, saveState());
   autosave_.End();
   event->accept();
+}
+
+// Whoever comes back may have painted a texture meanwhile.
+void MainWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+  if (!engine::RenderCaches::Shared().ForgetChangedFiles()) return;
+  view_->ReadAgain();
+  thumbnails_->MakeAgain();
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {

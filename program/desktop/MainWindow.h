@@ -10,6 +10,7 @@
 #include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
 #include "program/desktop/menus/EditMenu.h"
+#include "program/desktop/panels/MaterialThumbnails.h"
 #include "program/desktop/panels/ObjectPanel.h"
 #include "program/desktop/panels/SidePanels.h"
 #include "program/desktop/recovery/Autosave.h"
@@ -33,6 +34,7 @@ class MainWindow : public QMainWindow {
   ObjectTree& Objects() { return objects_->Tree(); }
   // What the attributes are of; a panel may put its own elements there.
   LookedAt& Looking() { return lookedAt_; }
+  EditMenu& Edit() { return *editMenu_; }
   // Offers what a desktop that crashed has left.
   void OfferLostWork();
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
@@ -44,6 +46,7 @@ class MainWindow : public QMainWindow {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void changeEvent(QEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
 
@@ -64,6 +67,7 @@ class MainWindow : public QMainWindow {
   DialogDocks docks_;
   LookedAt lookedAt_;
   SidePanels panels_;
+  std::shared_ptr<MaterialThumbnails> thumbnails_;
   DocumentTabs* tabs_;
   Viewport* view_;
   ObjectPanel* objects_;

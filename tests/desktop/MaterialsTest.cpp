@@ -9,6 +9,7 @@
 #include "host/Parameters.h"
 #include "program/desktop/Dragging.h"
 #include "program/desktop/SceneCommands.h"
+#include "program/desktop/attributes/TextureFile.h"
 #include "program/desktop/panels/LayerActs.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "tests/desktop/Desk.h"
@@ -70,6 +71,41 @@ TEST(Materials, ThumbnailsShowEachMaterialAndFollowItsChanges) {
   desk.Click("Green");
   Desk::Rest();
   EXPECT_EQ(desk.Rows().Thumbnails().Made(), 4U) << "what has nothing to do with materials makes no picture";
+}
+
+TEST(Materials, FollowTextureFilesThatOthersChange) {
+  WithMaterials desk;
+  const auto paint = [&](const char* name, int side, Qt::GlobalColor color) {
+    QImage picture(side, side, QImage::Format_RGB32);
+    picture.fill(color);
+    EXPECT_TRUE(picture.save(QString::fromStdString(desk.Folder() + name)));
+  };
+  const auto comeBack = [&] {
+    QEvent event(QEvent::ActivationChange);
+    desk.Window().activateWindow();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return desk.Window().isActiveWindow(); }, 5000));
+    QApplication::sendEvent(&desk.Window(), &event);
+    Desk::Rest();
+  };
+  paint("/there.png", 4, Qt::red);
+  for (const auto& [material, file] : {std::pair{"Red", "/there.png"}, {"Blue", "/later.png"}}) {
+    desktop::SetTextureFile(*desk.scene.GetMaterial(material), host::MATERIAL_COLOR_SHADER,
+                            host::Filename(host::String(desk.Folder() + file)));
+  }
+  desk.Doc().SetChanged();
+  Desk::Rest();
+  const auto isRed = [](const QColor& color) { return color.red() > 2 * std::max(color.green(), color.blue()); };
+  const auto isGreen = [](const QColor& color) { return color.green() > color.red() && color.green() > color.blue(); };
+  const auto finished = [&] { return desk.Window().View().IsFinished(); };
+  ASSERT_TRUE(QTest::qWaitFor([&] { return isRed(desk.Middle("Red")) && finished(); }, 20000));
+  const QImage before = desk.Window().View().Picture();
+  comeBack();
+  EXPECT_TRUE(finished()) << "nothing to do while no file has changed";
+  paint("/there.png", 8, Qt::green);
+  paint("/later.png", 8, Qt::green);
+  comeBack();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return isGreen(desk.Middle("Red")) && isGreen(desk.Middle("Blue")); }, 20000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return finished() && desk.Window().View().Picture() != before; }, 20000));
 }
 
 TEST(Materials, TagsInTheTreeLookLikeThemWithTheirPanelAway) {

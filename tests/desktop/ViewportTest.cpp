@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QContextMenuEvent>
 #include <QWheelEvent>
 #include <QtTest/QTest>
 #include <cmath>
@@ -11,6 +12,7 @@
 #include "engine/scene/Nodes.h"
 #include "host/BaseObject.h"
 #include "program/desktop/view/EditorCamera.h"
+#include "program/desktop/view/Outline.h"
 #include "tests/desktop/Desk.h"
 
 namespace {
@@ -167,6 +169,63 @@ TEST(Viewport, OutlinesWhatIsSelectedWithoutRenderingAgain) {
   host::GetActiveDocument()->SetActiveObject(parent);
   desk.Window().Beat();
   EXPECT_NEAR(AmberPixels(desk.View().Outline()), around, around / 10);
+}
+
+// A square of hits of the first of two objects at one place, speckled with those of the second.
+TEST(Viewport, OutlinesCoincidentObjectsWithoutSpeckles) {
+  constexpr std::uint32_t kSide = 40;
+  engine::HitMap hits;
+  hits.width = hits.height = kSide;
+  hits.objects = std::make_shared<const std::vector<engine::NodeId>>(std::vector<engine::NodeId>{7, 8});
+  for (std::uint32_t i = 0; i < kSide * kSide; ++i) {
+    const std::uint32_t x = i % kSide;
+    const std::uint32_t y = i / kSide;
+    const bool inside = x >= 10 && x < 30 && y >= 10 && y < 30;
+    hits.instances.push_back(!inside ? 0 : (x * 7 + y * 3) % 5 < 2 ? 2 : 1);
+  }
+  const QImage outline = desktop::OutlineImage(hits, {1, 0}, 1);
+  for (int y = 13; y < 27; ++y) {
+    for (int x = 13; x < 27; ++x) ASSERT_EQ(qAlpha(outline.pixel(x, y)), 0) << x << " " << y;
+  }
+  EXPECT_GT(AmberPixels(outline), 60);
+}
+
+TEST(Viewport, MenuFitsTheSelection) {
+  WithCube desk;
+  const auto choose = [&](QPoint place, const QString& text) {
+    bool found = false;
+    QTimer::singleShot(20, [&] {
+      auto* menu = dynamic_cast<QMenu*>(QApplication::activePopupWidget());
+      ASSERT_NE(menu, nullptr);
+      if (text.isEmpty()) {
+        EXPECT_TRUE(pictures::Write(*menu, "viewport-menu"));
+      }
+      QList<QAction*> all = menu->actions();
+      for (qsizetype i = 0; i < all.size(); ++i) {
+        if (QMenu* below = all[i]->menu(); below && below->title().startsWith("Visible")) all.append(below->actions());
+        if (all[i]->text().remove('&') != text || !all[i]->isEnabled() || found) continue;
+        found = true;
+        all[i]->trigger();
+      }
+      menu->close();
+    });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, desk.View().mapToGlobal(place));
+    QApplication::sendEvent(&desk.View(), &event);
+    Desk::Rest();
+    return found;
+  };
+  const QPoint middle = desk.View().rect().center();
+  EXPECT_FALSE(choose({2, 2}, "Duplicate")) << "nothing is selected";
+  EXPECT_FALSE(choose({2, 2}, "Off"));
+  EXPECT_TRUE(choose(middle, "Duplicate"));
+  EXPECT_EQ(engine::CountScene(*host::GetActiveDocument()).objects, 2U);
+  (void)choose({2, 2}, QString());  // for the picture
+  EXPECT_TRUE(choose({2, 2}, "Off"));
+  EXPECT_EQ(host::GetActiveDocument()->GetActiveObject()->GetEditorMode(), host::MODE_OFF);
+  EXPECT_TRUE(choose({2, 2}, "Delete"));
+  EXPECT_EQ(engine::CountScene(*host::GetActiveDocument()).objects, 1U);
+  EXPECT_TRUE(choose({2, 2}, "Select All"));
+  EXPECT_EQ(host::GetActiveDocument()->GetActiveObject(), desk.cube);
 }
 
 TEST(Viewport, KeysChooseMoreAndTakeOff) {

@@ -37,6 +37,7 @@ QAction* EditMenu::AddCommand(QMenu& menu, MainWindow& window, const QString& te
   for (QWidget* place : {static_cast<QWidget*>(&window.Objects()), static_cast<QWidget*>(&window.View())}) {
     place->addAction(action);
   }
+  forObjects_.append(action);
   return action;
 }
 

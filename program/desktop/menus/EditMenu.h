@@ -1,6 +1,6 @@
-// EditMenu: undo and redo with the names of their steps, and what works on the selection. The latter is also the context menu of
-// the object tree; its keys work where objects are worked on, so that they never reach past a list or field that has the focus.
-// It belongs to its menu. Main thread.
+// EditMenu: undo and redo with the names of their steps, and what works on the selection. The latter is also in the context menus
+// of the object tree and the viewport; its keys work where objects are worked on, so that they never reach past a list or field
+// that has the focus. It belongs to its menu. Main thread.
 #pragma once
 
 #include <QMenu>
@@ -18,6 +18,8 @@ class EditMenu : public QObject, public DocumentView {
   EditMenu(QMenu& menu, MainWindow& window);
 
   void Follow(host::BaseDocument* doc) override;
+  // The entries that work on objects, in the order of the menu.
+  const QList<QAction*>& ForObjects() const { return forObjects_; }
 
  private:
   using Command = void (*)(host::BaseDocument&);
@@ -25,6 +27,7 @@ class EditMenu : public QObject, public DocumentView {
 
   QAction* undo_;
   QAction* redo_;
+  QList<QAction*> forObjects_;
   std::vector<QAction*> onScene_;      // need objects
   std::vector<QAction*> onSelection_;  // need something selected
 };

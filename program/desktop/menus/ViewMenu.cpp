@@ -1,7 +1,9 @@
 #include <QActionGroup>
 
 #include "engine/scene/Nodes.h"
+#include "host/BaseObject.h"
 #include "program/desktop/MainWindow.h"
+#include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
 
@@ -45,12 +47,37 @@ void AddEntries(QMenu& menu, Viewport& view) {
   QObject::connect(cameras, &QMenu::aboutToShow, cameras, [cameras, &view] { FillCameraMenu(*cameras, view); });
 }
 
+void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, Switch which) {
+  constexpr std::pair<const char*, host::LONG> kModes[] = {
+      {"On", host::MODE_ON}, {"Off", host::MODE_OFF}, {"Undefined", host::MODE_UNDEF}};
+  QMenu* modes = menu.addMenu(text);
+  for (const auto& [name, mode] : kModes) {
+    QAction* action = AddEntry(*modes, name, {}, [which, mode = mode] {
+      if (host::BaseDocument* active = host::GetActiveDocument()) SetSwitch(*active, SelectedObjects(*active), which, mode);
+    });
+    action->setCheckable(true);
+    action->setChecked(SwitchOf(*doc.GetActiveObject(), which) == mode);
+  }
+}
+
+void FillContextMenu(QMenu& menu, const QMenu& view, const EditMenu& edit) {
+  menu.addActions(view.actions());
+  menu.addSeparator();
+  host::BaseDocument* doc = host::GetActiveDocument();
+  if (doc && doc->GetActiveObject()) {
+    AddSwitch(menu, *doc, "Visible in &Editor", Switch::kEditor);
+    AddSwitch(menu, *doc, "Visible in &Renders", Switch::kRender);
+    menu.addSeparator();
+  }
+  menu.addActions(edit.ForObjects());
+}
+
 }  // namespace
 
 void BuildViewMenu(QMenu& menu, MainWindow& window) {
   Viewport& view = window.View();
   AddEntries(menu, view);
-  view.fillMenu = [&menu](QMenu& context) { context.addActions(menu.actions()); };
+  view.fillMenu = [&menu, &window](QMenu& context) { FillContextMenu(context, menu, window.Edit()); };
 }
 
 }  // namespace desktop

@@ -84,6 +84,19 @@ QPixmap MaterialThumbnails::Of(host::BaseMaterial& material, double scale) {
   return thumbnail.picture;
 }
 
+void MaterialThumbnails::MakeAgain() {
+  for (auto& [key, thumbnail] : thumbnails_) {
+    thumbnail.parameters.clear();
+    Tell(key.second);
+  }
+}
+
+void MaterialThumbnails::Tell(engine::NodeId material) const {
+  for (const auto& [listener, ready] : listeners_) {
+    if (listener) ready(material);
+  }
+}
+
 void MaterialThumbnails::MakeNext() {
   while (!background_.IsBusy() && !wanted_.empty()) {
     const Key next = wanted_.back();
@@ -114,9 +127,7 @@ void MaterialThumbnails::Take(const QImage& image) {
     it->second.picture = QPixmap::fromImage(image);
     it->second.picture.setDevicePixelRatio(it->second.scale);
     ++made_;
-    for (const auto& [listener, ready] : listeners_) {
-      if (listener) ready(making_.second);
-    }
+    Tell(making_.second);
   }
   MakeNext();
 }

@@ -1,5 +1,5 @@
 // MaterialThumbnails: a lit ball for each material that is looked at, made one after the other on a thread of its own and made
-// anew when the material or one of its shaders has changed. Main thread.
+// anew when the material, one of its shaders or, as it is told, a file has changed. Main thread.
 #pragma once
 
 #include <QPixmap>
@@ -21,7 +21,9 @@ class MaterialThumbnails {
 
   // What there is now, maybe of a former state, maybe null; a new one is made when it is needed. Cheap: called while painting.
   QPixmap Of(host::BaseMaterial& material, double scale);
-  // `ready` is called when there is a new picture of that material, as long as `listener` lives.
+  // Makes those that are looked at anew, since files that they use have changed.
+  void MakeAgain();
+  // `ready` is called when there is or should be a new picture of that material, as long as `listener` lives.
   void Listen(QObject* listener, std::function<void(engine::NodeId)> ready);
   // How many pictures were made.
   std::size_t Made() const { return made_; }
@@ -39,6 +41,7 @@ class MaterialThumbnails {
   void MakeNext();
   void Begin(Key key, const host::BaseDocument& doc, host::BaseMaterial& material);
   void Take(const QImage& image);
+  void Tell(engine::NodeId material) const;
 
   engine::RenderCaches& caches_;
   std::vector<std::pair<QPointer<QObject>, std::function<void(engine::NodeId)>>> listeners_;

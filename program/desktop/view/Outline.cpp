@@ -44,11 +44,37 @@ std::vector<std::uint8_t> MarkedPixels(const engine::HitMap& hits, const std::ve
   return marked;
 }
 
+using Pixels = std::vector<std::uint8_t>;
+
+// Each pixel as `wanted` when it or one of the two beside it is, of the `count` in its line that are `step` apart.
+Pixels Spread(const Pixels& pixels, std::size_t step, std::size_t count, std::uint8_t wanted) {
+  Pixels spread = pixels;
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    if (pixels[i] != wanted) continue;
+    const std::size_t place = i / step % count;
+    if (place > 0) spread[i - step] = wanted;
+    if (place + 1 < count) spread[i + step] = wanted;
+  }
+  return spread;
+}
+
+// Where surfaces coincide, now the one and now the other is hit: holes of a pixel or two in what is marked are closed, unless
+// nothing at all is seen there.
+Pixels WithoutSpeckles(const Pixels& marked, const engine::HitMap& hits) {
+  const std::size_t width = hits.width;
+  const std::size_t height = hits.height;
+  Pixels closed = Spread(Spread(marked, 1, width, 1), width, height, 1);
+  closed = Spread(Spread(closed, 1, width, 0), width, height, 0);
+  for (std::size_t i = 0; i < closed.size(); ++i) closed[i] = marked[i] || (closed[i] && hits.instances[i] > 0);
+  return closed;
+}
+
 }  // namespace
 
 QImage OutlineImage(const engine::HitMap& hits, const std::vector<std::uint8_t>& marks, double scale) {
-  const std::vector<std::uint8_t> marked = MarkedPixels(hits, marks);
-  if (marked.empty()) return {};
+  const Pixels seen = MarkedPixels(hits, marks);
+  if (seen.empty()) return {};
+  const Pixels marked = WithoutSpeckles(seen, hits);
   const int width = static_cast<int>(hits.width);
   const int height = static_cast<int>(hits.height);
   QImage image(width, height, QImage::Format_ARGB32_Premultiplied);

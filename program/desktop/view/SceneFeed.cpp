@@ -28,6 +28,12 @@ void SceneFeed::Follow(const host::BaseDocument* doc) {
   if (doc) Start(*doc);
 }
 
+void SceneFeed::Forget() {
+  doc_ = 0;
+  scan_.reset();
+  next_.stop();
+}
+
 void SceneFeed::Start(const host::BaseDocument& doc) {
   count_ = engine::ChangeCount(doc);
   scan_.emplace(doc, how_, caches_);

@@ -61,6 +61,12 @@ void Viewport::Follow(host::BaseDocument* doc) {
   feed_.Follow(doc);
 }
 
+void Viewport::ReadAgain() {
+  // A file read anew may lie where the former one lay: then the scene would look the same.
+  if (fingerprint_ != 0) fingerprint_ = ~fingerprint_;
+  feed_.Forget();
+}
+
 void Viewport::DropPicture() {
   worker_.Work({});
   calm_.stop();

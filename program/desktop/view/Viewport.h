@@ -21,6 +21,8 @@ class Viewport : public QWidget, public DocumentView {
   explicit Viewport(QWidget* parent);
 
   void Follow(host::BaseDocument* doc) override;
+  // Reads the scene again although it has not changed, since files that it uses have.
+  void ReadAgain();
   // Move the editor camera, as it is turned, so that it shows this; without a selection FrameSelection shows all.
   void FrameAll();
   void FrameSelection();
