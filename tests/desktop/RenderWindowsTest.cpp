@@ -1,6 +1,7 @@
 // The windows with pictures: the render and the contact sheet of all states.
 #include <gtest/gtest.h>
 
+#include <QMessageBox>
 #include <QPushButton>
 #include <QtTest/QTest>
 #include <filesystem>
@@ -139,6 +140,29 @@ TEST(SheetWindow, StopsAndFailsWithoutAFile) {
   ASSERT_TRUE(QTest::qWaitFor([&] { return orphan.IsFinished(); }, 20000));
   EXPECT_TRUE(orphan.Said().startsWith("No sheet was made")) << orphan.Said().toStdString();
   EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST(SheetWindow, WritesElsewhereWhatCouldNotBeWritten) {
+  WithStates desk;
+  desk.Record("One");
+  const std::string blocked = desk.Folder() + "/no folder/sheet.png";
+  SheetWindow sheet(&desk.Window(), desk.App(), desk.Doc(), blocked);
+  sheet.setAttribute(Qt::WA_DeleteOnClose, false);
+  sheet.show();
+  QString told;
+  desk::AnswerNext<QMessageBox>([&](QMessageBox& box) {
+    told = box.text();
+    box.accept();
+  });
+  ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.IsFinished() && !told.isEmpty(); }, 20000));
+  EXPECT_TRUE(told.contains("no folder") && told.contains("Save As")) << told.toStdString();
+  EXPECT_TRUE(sheet.Said().startsWith("Not written")) << sheet.Said().toStdString();
+  EXPECT_TRUE(pictures::Write(sheet, "sheet-window-not-written"));
+  const std::string file = desk.Folder() + "/sheet.tif";
+  ChooseInNextBox(file);
+  sheet.SaveAs();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.Said().startsWith("Written"); }, 20000));
+  EXPECT_TRUE(engine::DecodeImage(desk.ReadSettled(file)));
 }
 
 // Written for people to look at.

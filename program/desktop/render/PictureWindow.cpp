@@ -2,10 +2,12 @@
 
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QMessageBox>
 #include <QScreen>
 #include <QVBoxLayout>
 
 #include "program/desktop/Text.h"
+#include "program/desktop/render/PictureSaving.h"
 
 namespace desktop {
 
@@ -36,6 +38,8 @@ PictureWindow::PictureWindow(QWidget* window, const QString& title)
   notes_->hide();
   column->addWidget(notes_);
   column->addWidget(MakeBottom());
+  save_ = AddButton("Save As...", "Write the picture as a PNG or TIFF file", [this] { SaveAs(); });
+  save_->setEnabled(false);
   view_->zoomed = [this] { ShowZoom(); };
   view_->setFocus();
   resize(960, 720);
@@ -77,11 +81,33 @@ QPushButton* PictureWindow::AddButton(const QString& text, const QString& tip, s
   auto* button = new QPushButton(text, this);
   button->setToolTip(tip);
   connect(button, &QPushButton::clicked, this, [work = std::move(work)] { work(); });
-  buttons_->addWidget(button);
+  // Saving stays the last one.
+  buttons_->insertWidget(buttons_->count() - (save_ ? 1 : 0), button);
   return button;
 }
 
 void PictureWindow::Say(const QString& text) { text_->setText(text); }
+
+void PictureWindow::Keep(std::shared_ptr<const engine::Image> picture) {
+  picture_ = std::move(picture);
+  save_->setEnabled(picture_ != nullptr);
+}
+
+void PictureWindow::SaveAs() {
+  if (!picture_) return;
+  if (const auto file = AskForPicture(this, "Save the picture as", file_)) Write(*file);
+}
+
+void PictureWindow::Write(const std::string& file, std::function<void(bool)> done) {
+  save_->setEnabled(false);
+  Say("Writing " + ToQt(file));
+  SavePicture(this, picture_, file, [this, file, done = std::move(done)](const engine::Status& written) {
+    save_->setEnabled(true);
+    Say(written ? "Written: " + ToQt(file) : "Not written: " + ToQt(written.Message()));
+    if (done) done(written.Ok());
+    if (!written) QMessageBox::warning(this, windowTitle(), ToQt(written.Message()) + "\n\nSave As writes it to another place.");
+  });
+}
 
 void PictureWindow::SayNotes(const std::vector<std::string>& notes) {
   QStringList lines;

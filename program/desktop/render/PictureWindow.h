@@ -1,5 +1,5 @@
-// PictureWindow: a window with one picture, the buttons that every such window has (fit, 100 %, zoom) and room for more, and a
-// line at the bottom with progress and text. It goes when it is closed. Main thread.
+// PictureWindow: a window with one picture, the buttons that every such window has (fit, 100 %, zoom, save as) and room for more,
+// and a line at the bottom with progress and text. It goes when it is closed. Main thread.
 #pragma once
 
 #include <QHBoxLayout>
@@ -7,7 +7,9 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QWidget>
+#include <memory>
 
+#include "engine/render/Image.h"
 #include "program/desktop/render/PictureView.h"
 
 namespace desktop {
@@ -21,11 +23,20 @@ class PictureWindow : public QWidget {
   QProgressBar& Progress() { return *progress_; }
   // What the line at the bottom says.
   void Say(const QString& text);
+  // Asks where to and writes the picture; nothing before there is one to keep.
+  void SaveAs();
   QString Said() const { return text_->text(); }
   // A line below the picture for what was left out, one note a line; hidden while there are none.
   void SayNotes(const std::vector<std::string>& notes);
 
  protected:
+  // The picture that can be saved from now on, null for none.
+  void Keep(std::shared_ptr<const engine::Image> picture);
+  // Writes it, says how that went, and calls `done`.
+  void Write(const std::string& file, std::function<void(bool written)> done = {});
+  // The file that saving as proposes, a path or a name.
+  void Propose(std::string file) { file_ = std::move(file); }
+  const std::string& File() const { return file_; }
   // A button at the right end of the row.
   QPushButton* AddButton(const QString& text, const QString& tip, std::function<void()> work);
   void keyPressEvent(QKeyEvent* event) override;
@@ -38,10 +49,13 @@ class PictureWindow : public QWidget {
   PictureView* view_;
   QHBoxLayout* buttons_ = nullptr;
   QPushButton* fit_ = nullptr;
+  QPushButton* save_ = nullptr;
   QLabel* zoom_;
   QLabel* notes_;
   QProgressBar* progress_;
   QLabel* text_;
+  std::string file_;
+  std::shared_ptr<const engine::Image> picture_;
 };
 
 }  // namespace desktop

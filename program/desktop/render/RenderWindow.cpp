@@ -1,11 +1,8 @@
 #include "program/desktop/render/RenderWindow.h"
 
-#include <QMessageBox>
-
 #include "host/RenderData.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/Text.h"
-#include "program/desktop/render/PictureSaving.h"
 #include "program/pictures/PictureNames.h"
 #include "program/pictures/PictureSize.h"
 
@@ -29,15 +26,13 @@ std::string ProposedPicture(const host::BaseDocument& doc) {
 
 RenderWindow::RenderWindow(QWidget* window, const host::BaseDocument& doc)
     : PictureWindow(window, "Render - " + DocumentTitle(doc)),
-      name_(ProposedPicture(doc)),
       feed_(engine::RenderCaches::Shared(), {}, [this](engine::ScenePicture scene) { Start(std::move(scene)); }),
-      stop_(AddButton("Stop", "End the render and keep what is there", [this] { Stop(); })),
-      save_(AddButton("Save As...", "Write the picture as a PNG or TIFF file", [this] { SaveAs(); })) {
+      stop_(AddButton("Stop", "End the render and keep what is there", [this] { Stop(); })) {
+  Propose(ProposedPicture(doc));
   const pictures::PictureSize size = pictures::SizeOf(doc);
   setup_.width = size.width;
   setup_.height = size.height;
   subject_ = QString::fromUtf8("%1 \u00d7 %2 pixels").arg(size.width).arg(size.height);
-  save_->setEnabled(false);
   connect(&clock_, &QTimer::timeout, this, [this] { ShowTime(); });
   clock_.start(250);
   time_.start();
@@ -76,30 +71,16 @@ void RenderWindow::Take(const RenderNews& news) {
 void RenderWindow::End(const RenderNews& news) {
   ended_ = true;
   clock_.stop();
-  picture_ = news.picture;
+  Keep(news.picture);
   stop_->setEnabled(false);
-  save_->setEnabled(picture_ != nullptr);
   Progress().hide();
   doing_ = !news.problem.empty() ? "Not rendered: " + ToQt(news.problem)
            : !news.stopped       ? QString("Finished")
-           : picture_            ? QString("Stopped; coarser than a finished picture")
+           : news.picture        ? QString("Stopped; coarser than a finished picture")
                                  : QString("Stopped before the picture was whole");
   ShowTime();
 }
 
 void RenderWindow::ShowTime() { Say(QString::fromUtf8("%1 \u00b7 %2 \u00b7 %3").arg(doing_, Clock(time_.elapsed()), subject_)); }
-
-void RenderWindow::SaveAs() {
-  if (!picture_) return;
-  const auto path = AskForPicture(this, "Save the picture as", name_);
-  if (!path) return;
-  save_->setEnabled(false);
-  Say("Writing " + ToQt(*path));
-  SavePicture(this, picture_, *path, [this, path = *path](const engine::Status& written) {
-    save_->setEnabled(true);
-    Say(written ? "Written: " + ToQt(path) : "Not written");
-    if (!written) QMessageBox::warning(this, windowTitle(), ToQt(written.Message()));
-  });
-}
 
 }  // namespace desktop

@@ -17,8 +17,6 @@ class RenderWindow : public PictureWindow {
 
   void Stop();
   bool IsFinished() const { return ended_; }
-  // Asks where to and writes the picture as it is.
-  void SaveAs();
 
  private:
   void Start(engine::ScenePicture scene);
@@ -26,7 +24,6 @@ class RenderWindow : public PictureWindow {
   void End(const RenderNews& news);
   void ShowTime();
 
-  std::string name_;  // proposed for the file
   engine::PictureSetup setup_;
   SceneFeed feed_;
   QString doing_ = "Reading the scene";
@@ -34,8 +31,6 @@ class RenderWindow : public PictureWindow {
   QElapsedTimer time_;
   QTimer clock_;
   QPushButton* stop_;
-  QPushButton* save_;
-  std::shared_ptr<const engine::Image> picture_;
   bool ended_ = false;
   std::unique_ptr<RenderJob> job_;  // last: it ends before what it tells of
 };

@@ -13,15 +13,15 @@ namespace desktop {
 
 SheetWindow::SheetWindow(QWidget* window, engine::Application& application, const host::BaseDocument& doc, std::string file)
     : PictureWindow(window, "Contact Sheet - " + DocumentTitle(doc)),
-      file_(std::move(file)),
       stop_(AddButton("Stop", "End the work; no sheet is written", [this] { Stop(); })),
       folder_(AddButton("Open Folder", "Show the folder of the sheet",
                         [this] {
-                          const std::string path = QFileInfo(ToQt(file_)).path().toStdString();
+                          const std::string path = QFileInfo(ToQt(File())).path().toStdString();
                           const engine::Status opened = engine::Outside::Current().OpenWithViewer(path);
                           if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
                         })),
       maker_(application, doc, [this](const SheetNews& news) { Take(news); }) {
+  Propose(std::move(file));
   folder_->setEnabled(false);
   Say("Reading the states");
 }
@@ -37,16 +37,17 @@ void SheetWindow::Take(const SheetNews& news) {
   Progress().setValue(static_cast<int>(news.done * Progress().maximum()));
   if (!news.ended) return Say(news.doing);
   if (!news.picture) return End("No sheet was made: " + ToQt(news.problem));
-  Write(news);
+  WriteSheet(news);
 }
 
-void SheetWindow::Write(const SheetNews& news) {
+void SheetWindow::WriteSheet(const SheetNews& news) {
   View().Show(Viewed(news.picture));
   stop_->setEnabled(false);
-  Say("Writing " + ToQt(file_));
-  SavePicture(this, news.picture, file_, [this](const engine::Status& written) {
-    End(written ? "Written: " + ToQt(file_) : "Not written: " + ToQt(written.Message()));
-    folder_->setEnabled(written.Ok());
+  Keep(news.picture);
+  Write(File(), [this](bool written) {
+    ended_ = true;
+    Progress().hide();
+    folder_->setEnabled(written);
   });
 }
 

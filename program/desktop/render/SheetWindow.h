@@ -1,5 +1,5 @@
-// SheetWindow: the contact sheet of all Stagemarks, as it grows and when it is written. Closing it before that ends the work and
-// writes nothing. Main thread.
+// SheetWindow: the contact sheet of all Stagemarks, as it grows and when it is written; it can be saved elsewhere, too. Closing
+// it before that ends the work and writes nothing. Main thread.
 #pragma once
 
 #include "program/desktop/render/PictureWindow.h"
@@ -18,10 +18,9 @@ class SheetWindow : public PictureWindow {
 
  private:
   void Take(const SheetNews& news);
-  void Write(const SheetNews& news);
+  void WriteSheet(const SheetNews& news);
   void End(const QString& text);
 
-  std::string file_;
   bool ended_ = false;
   QPushButton* stop_;
   QPushButton* folder_;
