@@ -34,6 +34,7 @@ namespace engine {
 using host::BaseDocument;
 
 bool CanUndo(const BaseDocument& doc) { return UndoHistory::Of(doc) && UndoHistory::Of(doc)->CanUndo(); }
+void ForgetUndone(BaseDocument& doc) { UndoHistory::Of(doc).ForgetUndone(); }
 bool CanRedo(const BaseDocument& doc) { return UndoHistory::Of(doc) && UndoHistory::Of(doc)->CanRedo(); }
 std::string UndoName(const BaseDocument& doc) { return UndoHistory::Of(doc) ? UndoHistory::Of(doc)->DoneName() : std::string(); }
 std::string RedoName(const BaseDocument& doc) {

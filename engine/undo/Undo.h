@@ -21,6 +21,9 @@ std::vector<std::string> UndoneNames(const host::BaseDocument& doc);
 // Names the open group; the first name stays. Outside a group nothing happens.
 void NameUndo(host::BaseDocument& doc, const std::string& name);
 
+// Forgets what Redo would do and destroys what that keeps.
+void ForgetUndone(host::BaseDocument& doc);
+
 // Forgets all steps and destroys what they keep.
 void ClearUndo(host::BaseDocument& doc);
 

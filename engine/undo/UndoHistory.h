@@ -40,6 +40,7 @@ class UndoHistory : public UndoAttachment {
   // Both close an open group first.
   bool Undo();
   bool Redo();
+  void ForgetUndone() { undone_.clear(); }
   void Clear();
 
   bool CanUndo() const { return !done_.empty() || HoldsChange(); }

@@ -181,6 +181,10 @@ TEST(Attributes, KeysAndWheelStepAsOneEdit) {
   fields::Type(x, "40");
   QTest::keyClick(&x, Qt::Key_Escape);
   EXPECT_EQ(x.text(), "0");
+  QTest::keyClick(&x, Qt::Key_Up);
+  QTest::keyClick(&x, Qt::Key_Down);
+  EXPECT_EQ(desk.first->GetMl().off.x, 0);
+  EXPECT_FALSE(engine::CanUndo(Scene()) || engine::CanRedo(Scene())) << "there and back again is no step";
   for (const auto& [key, shift, expected] :
        {std::tuple(Qt::Key_Up, false, 1.0), {Qt::Key_Up, true, 11.0}, {Qt::Key_PageDown, false, 1.0}, {Qt::Key_Up, false, 2.0}}) {
     QTest::keyClick(&x, key, shift ? Qt::ShiftModifier : Qt::NoModifier);

@@ -49,6 +49,8 @@ void FieldEditing::Set(host::BaseDocument& doc, const SharedIds& elements, const
   const bool whole = SetAll(doc, ElementsOf(doc, *elements), field, edit);
   if (!whole && replaces) doc.DoRedo();
   const bool changed = whole && engine::ChangeCount(doc) != before;
+  // There and back again.
+  if (whole && replaces && !changed) engine::ForgetUndone(doc);
   doc_ = IdentityOf(&doc);
   field_ = changed ? &field : nullptr;
   elements_ = elements;
