@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QtTest/QTest>
 
 #include "program/desktop/Text.h"
@@ -187,6 +188,20 @@ TEST(DialogView, HoldsNamesOfAnyKindAtAnySize) {
   for (const QSize size : {QSize(0, 0), QSize(3000, 2000), QSize(40, 900)}) {
     shown.view->resize(size);
     Settle();
+  }
+}
+
+TEST(DialogView, NamesInNarrowListsStayReadable) {
+  Shown shown;
+  shown.dialog.list.SetItem(0, sample::SampleDialog::NamedRow("A name that is longer than any narrow list is wide", false));
+  shown.dialog.list.DataChanged();
+  const int readable = shown.List().fontMetrics().horizontalAdvance("A name that");
+  for (const auto& [width, scrolls] : {std::pair{90, true}, {700, false}}) {
+    shown.List().setMinimumWidth(0);
+    shown.List().setFixedWidth(width);
+    Settle();
+    EXPECT_GT(shown.List().columnWidth(1), readable) << width;
+    EXPECT_EQ(shown.List().horizontalScrollBar()->maximum() > 0, scrolls) << width;
   }
 }
 

@@ -93,6 +93,26 @@ TEST(MainWindow, SwitchingDocumentsKeepsTheDialogInStep) {
   EXPECT_EQ(CountStates(desk), 1);
 }
 
+TEST(MainWindow, KeysReachEveryPanelThatCanBeSeen) {
+  Desk desk;
+  desk.Raise("layers");
+  desk.Window().View().setFocus();
+  const auto reached = [&](Qt::KeyboardModifiers keys) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 5; ++i) {
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_F6, keys);
+      Desk::Rest();
+      const QWidget* at = QApplication::focusWidget();
+      while (at && !dynamic_cast<const QDockWidget*>(at)) at = at->parentWidget();
+      names.push_back(at ? at->windowTitle().toStdString() : "the picture");
+    }
+    return names;
+  };
+  EXPECT_EQ(reached({}), (std::vector<std::string>{"Objects", "Attributes", "Layers", "Stagemarks", "the picture"}));
+  EXPECT_EQ(reached(Qt::ShiftModifier),
+            (std::vector<std::string>{"Stagemarks", "Layers", "Attributes", "Objects", "the picture"}));
+}
+
 TEST(MainWindow, TabsAndKeysTurnFromSceneToScene) {
   Desk desk;
   desktop::DocumentTabs& tabs = desk.Window().Tabs();

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
+#include <QAccessible>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QtTest/QTest>
@@ -161,6 +162,23 @@ TEST(ObjectTree, FollowsSelectionNamesAndNewObjects) {
   EXPECT_FALSE(gone.data().isValid());
   Desk::Rest();
   EXPECT_EQ(desk.Shown(), "Room Door ");
+}
+
+TEST(ObjectTree, SaysToScreenReadersWhatIsSelected) {
+  WithFamily desk;
+  desk.Click(desk.room, 0);
+  desk.Click(desk.ceiling, 0, Qt::ControlModifier);
+  const QAccessibleInterface* tree = QAccessible::queryAccessibleInterface(&desk.Tree());
+  ASSERT_NE(tree, nullptr);
+  EXPECT_EQ(tree->text(QAccessible::Name), "Objects");
+  std::string read;
+  for (int cell = 0; cell < tree->childCount(); ++cell) {
+    const QAccessibleInterface* child = tree->child(cell);
+    if (child && child->role() == QAccessible::TreeItem) read += child->text(QAccessible::Name).toStdString() + "; ";
+  }
+  for (const char* text : {"Lamps; ", "Ceiling, selected; ", "Room, selected; ", "On no layer; ", "Editor: follows its parent"}) {
+    EXPECT_NE(read.find(text), std::string::npos) << text << " in " << read;
+  }
 }
 
 TEST(ObjectTree, EditsWithKeysWhereItHasTheFocusOnly) {

@@ -15,6 +15,7 @@ namespace {
 constexpr QSize kSmallest(160, 96);
 constexpr int kNarrowestColumn = 12;
 constexpr int kMarkerCharacters = 5;
+constexpr int kReadableCharacters = 18;  // of a text that takes the rest: below that the list is scrolled
 
 bool SameSelection(const host::BaseSelect& a, const host::BaseSelect& b) {
   if (a.GetSegments() != b.GetSegments()) return false;
@@ -44,7 +45,7 @@ ListView::ListView(SharedDialogLink link, const engine::Gadget& list, QWidget* p
   setAlternatingRowColors(true);
   setAllColumnsShowFocus(true);
   setSelectionMode(ExtendedSelection);
-  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setHorizontalScrollMode(ScrollPerPixel);
   setMinimumSize(kSmallest);
 }
 
@@ -134,15 +135,20 @@ int ListView::MarkerWidth() const { return fontMetrics().averageCharWidth() * kM
 void ListView::FitColumns() {
   const int count = rows_->columnCount();
   int filling = -1;
+  int wanted = 0;  // by what fills
   int left = viewport()->width();
   for (int column = 0; column < count; ++column) {
     const int width = std::clamp(sizeHintForColumn(column), kNarrowestColumn, std::max(viewport()->width(), kNarrowestColumn));
     setColumnWidth(column, width);
     left -= width;
     const bool isText = !rows_->IsCheckColumn(column);
-    if (isText && (filling < 0 || columnWidth(filling) < MarkerWidth())) filling = column;
+    if (isText && (filling < 0 || columnWidth(filling) < MarkerWidth())) {
+      filling = column;
+      wanted = width;
+    }
   }
-  if (filling >= 0) setColumnWidth(filling, std::max(columnWidth(filling) + left, kNarrowestColumn));
+  const int readable = std::min(wanted, fontMetrics().averageCharWidth() * kReadableCharacters);
+  if (filling >= 0) setColumnWidth(filling, std::max(columnWidth(filling) + left, std::max(readable, kNarrowestColumn)));
 }
 
 }  // namespace desktop

@@ -31,7 +31,7 @@ class ListView : public QTreeView {
   void ShowSelection(const host::BaseSelect& selection);
   // Flips the check boxes of the selected lines, as the blank key does.
   void ToggleSelected();
-  // Each column as wide as what it shows; the first text wider than a marker takes the rest.
+  // Each column as wide as what it shows; the first text wider than a marker takes the rest, but stays readable.
   void FitColumns();
   int MarkerWidth() const;
 

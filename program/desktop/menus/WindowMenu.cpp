@@ -1,6 +1,7 @@
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
+#include "program/desktop/panels/FocusTurn.h"
 
 namespace desktop {
 
@@ -33,8 +34,11 @@ void FillWindowMenu(QMenu& menu, MainWindow& window, const QList<QAction*>& turn
 // The keys work without the menu ever being opened.
 void BuildWindowMenu(QMenu& menu, MainWindow& window) {
   DocumentTabs& tabs = window.Tabs();
-  const QList<QAction*> turns = {AddEntry(menu, "&Next Scene", QKeySequence("Ctrl+Tab"), [&tabs] { tabs.Turn(1); }),
-                                 AddEntry(menu, "&Previous Scene", QKeySequence("Ctrl+Shift+Tab"), [&tabs] { tabs.Turn(-1); })};
+  const QList<QAction*> turns = {
+      AddEntry(menu, "&Next Scene", QKeySequence("Ctrl+Tab"), [&tabs] { tabs.Turn(1); }),
+      AddEntry(menu, "&Previous Scene", QKeySequence("Ctrl+Shift+Tab"), [&tabs] { tabs.Turn(-1); }),
+      AddEntry(menu, "Next Pa&nel", QKeySequence("F6"), [&window] { TurnFocus(window, 1); }),
+      AddEntry(menu, "Previous Pane&l", QKeySequence("Shift+F6"), [&window] { TurnFocus(window, -1); })};
   for (QAction* turn : turns) turn->setParent(&window);
   window.addActions(turns);
   QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, &window, turns] { FillWindowMenu(menu, window, turns); });

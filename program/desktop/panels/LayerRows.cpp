@@ -36,7 +36,8 @@ QVariant LayerRows::data(const QModelIndex& index, int role) const {
   if (IsSwitch(index)) return SwitchData(own, SwitchNumber(index.column()), role);
   if (index.column() == kColor) {
     if (role == Qt::BackgroundRole) return colors::Shown(own.color);
-    return role == Qt::ToolTipRole ? QVariant("Color: click to change it") : QVariant();
+    const bool isText = role == Qt::ToolTipRole || role == Qt::AccessibleTextRole;
+    return isText ? QVariant("Color: click to change it") : QVariant();
   }
   if (role == Qt::EditRole) return ToQt(layer->GetName());
   if (role == Qt::DisplayRole) return NameInRow(layer->GetName());

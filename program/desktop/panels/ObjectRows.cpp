@@ -62,7 +62,8 @@ QVariant SwitchData(const BaseObject& object, Switch which, int role) {
 
 QVariant LayerData(const BaseObject& object, int role) {
   const host::LayerObject* layer = object.GetLayerObject(object.GetDocument());
-  if (role == Qt::ToolTipRole) return layer ? "Layer: " + ToQt(layer->GetName()).left(kLongestName) : QString("On no layer");
+  if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole)
+    return layer ? "Layer: " + ToQt(layer->GetName()).left(kLongestName) : QString("On no layer");
   if (role != Qt::BackgroundRole || !layer) return {};
   return colors::Shown(engine::OwnLayerData(*layer).color);
 }
@@ -129,7 +130,10 @@ QVariant ObjectRows::NameData(const BaseObject& object, int role) const {
       return ToQt(object.GetName());
     case Qt::DisplayRole:
       return NameInRow(object.GetName());
+    case Qt::AccessibleTextRole:
+      return NameInRow(object.GetName()) + (object.GetBit(host::BIT_ACTIVE) ? ", selected" : "");
     case Qt::ToolTipRole:
+    case Qt::AccessibleDescriptionRole:
       return ToQt(engine::TypeName(object.GetType()));
     case Qt::DecorationRole:
       return Icon(ObjectIcon(object.GetType()));

@@ -1,5 +1,6 @@
 #include "program/desktop/panels/ObjectTree.h"
 
+#include <QAccessible>
 #include <QDragEnterEvent>
 #include <QHeaderView>
 #include <QMimeData>
@@ -101,6 +102,14 @@ void ObjectTree::Follow(host::BaseDocument* doc) {
   }
   FollowActive();
   viewport()->update();
+  TellSelection();
+}
+
+// The toolkit tells screen readers of what its own model selects; here that is nothing.
+void ObjectTree::TellSelection() {
+  if (!QAccessible::isActive()) return;
+  QAccessibleEvent event(this, QAccessible::SelectionWithin);
+  QAccessible::updateAccessibility(&event);
 }
 
 void ObjectTree::SetFilter(const QString& text) {

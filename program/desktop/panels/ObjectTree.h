@@ -70,6 +70,7 @@ class ObjectTree : public QTreeView, public DocumentView {
   void RememberUnfolded(const QModelIndex& index, bool unfolded);
   void Unfold();
   void FollowActive();
+  void TellSelection();
   Unfolded& UnfoldedHere();
 
   std::shared_ptr<MaterialThumbnails> thumbnails_;  // maybe null
