@@ -3,6 +3,7 @@
 
 #include <QWidget>
 
+#include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/LayerTree.h"
 
 namespace desktop {
@@ -16,15 +17,11 @@ class LayersPanel : public QWidget, public DocumentView {
 
  private:
   void BuildActions();
-  void ShowMenu(const QPoint& place);
-  void Add();
-  // Does `act` to document and chosen layers; nothing when there is none chosen.
-  template <class Act>
-  void WithChosen(Act act);
+  void AddToMenu(QMenu& menu);
+  void Add(host::BaseDocument& doc);
 
   LayerTree* tree_;
-  QAction* add_ = nullptr;
-  QList<QAction*> forChosen_;
+  ChosenActs<LayerTree> acts_;
 };
 
 }  // namespace desktop

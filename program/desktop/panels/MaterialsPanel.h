@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/MaterialGrid.h"
 
 namespace desktop {
@@ -19,15 +20,10 @@ class MaterialsPanel : public QWidget, public DocumentView {
 
  private:
   void BuildActions();
-  void ShowMenu(const QPoint& place);
-  void Add();
-  // Does `act` to document and chosen materials; nothing when there is none chosen.
-  template <class Act>
-  void WithChosen(Act act);
+  void Add(host::BaseDocument& doc);
 
   MaterialGrid* grid_;
-  QAction* add_ = nullptr;
-  QList<QAction*> forChosen_;
+  ChosenActs<MaterialGrid> acts_;
 };
 
 }  // namespace desktop

@@ -1,15 +1,15 @@
 #include "program/desktop/panels/RenderSettingsPanel.h"
 
-#include <QMenu>
 #include <QSplitter>
 #include <QVBoxLayout>
-
-#include "program/desktop/panels/PanelBar.h"
 
 namespace desktop {
 
 RenderSettingsPanel::RenderSettingsPanel(QWidget* parent)
-    : QWidget(parent), list_(new RenderSettingsList(this)), values_(new AttributesView(this)) {
+    : QWidget(parent), list_(new RenderSettingsList(this)), values_(new AttributesView(this)), acts_(*list_, [this](QMenu& menu) {
+        menu.addSeparator();
+        menu.addAction("Rename", this, [this] { list_->EditName(); })->setEnabled(list_->currentIndex().isValid());
+      }) {
   auto* side = new QWidget(this);
   auto* column = new QVBoxLayout(side);
   column->setContentsMargins(0, 0, 0, 0);
@@ -25,60 +25,35 @@ RenderSettingsPanel::RenderSettingsPanel(QWidget* parent)
   auto* row = new QVBoxLayout(this);
   row->setContentsMargins(0, 0, 0, 0);
   row->addWidget(halves);
-  list_->setContextMenuPolicy(Qt::CustomContextMenu);
-  connect(list_, &QWidget::customContextMenuRequested, this, [this](const QPoint& place) { ShowMenu(place); });
-}
-
-template <class Act>
-void RenderSettingsPanel::WithChosen(Act act) {
-  host::BaseDocument* doc = list_->Document();
-  const SettingsList chosen = list_->Chosen();
-  if (doc && !chosen.empty()) act(*doc, chosen);
 }
 
 void RenderSettingsPanel::BuildActions(QWidget& side) {
-  auto* bar = new PanelBar(&side);
-  side.layout()->addWidget(bar);
-  const auto add = [&](const char* icon, const char* text, const QKeySequence& keys, auto act) {
-    forChosen_.append(bar->Add(*list_, icon, text, keys, [this, act] { WithChosen(act); }));
-  };
-  add_ = bar->Add(*list_, "add", "New Render Settings", {}, [this] { Add(); });
-  add("duplicate", "Duplicate", {}, [this](host::BaseDocument& doc, const SettingsList& settings) {
+  acts_.PutBelow(side);
+  acts_.AddMaker("New Render Settings", [this](host::BaseDocument& doc) { Add(doc); });
+  acts_.Add("duplicate", "Duplicate", {}, [this](host::BaseDocument& doc, const SettingsList& settings) {
     const SettingsList copies = DuplicateRenderSettings(doc, settings);
     Follow(&doc);
     list_->Choose(copies);
   });
-  add("render-settings", "Render with These", {},
-      [](host::BaseDocument& doc, const SettingsList& settings) { ActivateRenderSettings(doc, *settings.front()); });
-  bar->AddSpace();
-  add("delete", "Delete Render Settings", QKeySequence::Delete, &DeleteRenderSettings);
+  acts_.Add("render-settings", "Render with These", {},
+            [](host::BaseDocument& doc, const SettingsList& settings) { ActivateRenderSettings(doc, *settings.front()); });
+  acts_.AddSpace();
+  delete_ = acts_.Add("delete", "Delete Render Settings", QKeySequence::Delete, &DeleteRenderSettings);
 }
 
 void RenderSettingsPanel::Follow(host::BaseDocument* doc) {
   list_->Follow(doc);
   values_->Follow(doc, list_->ChosenIds());
-  const bool any = list_->selectionModel()->hasSelection();
+  acts_.Follow(doc);
   const bool several = doc && (doc->GetFirstRenderData()->GetNext() || doc->GetFirstRenderData()->GetDown());
-  add_->setEnabled(doc != nullptr);
-  for (QAction* action : forChosen_) action->setEnabled(any && (action != forChosen_.back() || several));
+  delete_->setEnabled(delete_->isEnabled() && several);
 }
 
-void RenderSettingsPanel::Add() {
-  host::BaseDocument* doc = list_->Document();
-  if (!doc) return;
-  host::RenderData* settings = AddRenderSettings(*doc);
-  Follow(doc);
+void RenderSettingsPanel::Add(host::BaseDocument& doc) {
+  host::RenderData* settings = AddRenderSettings(doc);
+  Follow(&doc);
   list_->Choose({settings});
   list_->EditName();
-}
-
-void RenderSettingsPanel::ShowMenu(const QPoint& place) {
-  QMenu menu(this);
-  menu.addAction(add_);
-  for (QAction* action : forChosen_) menu.addAction(action);
-  menu.addSeparator();
-  menu.addAction("Rename", this, [this] { list_->EditName(); })->setEnabled(list_->currentIndex().isValid());
-  menu.exec(list_->viewport()->mapToGlobal(place));
 }
 
 }  // namespace desktop

@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include "program/desktop/attributes/AttributesView.h"
+#include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/RenderSettingsList.h"
 
 namespace desktop {
@@ -19,16 +20,12 @@ class RenderSettingsPanel : public QWidget, public DocumentView {
 
  private:
   void BuildActions(QWidget& side);
-  void ShowMenu(const QPoint& place);
-  void Add();
-  // Does `act` to document and chosen settings; nothing when there are none chosen.
-  template <class Act>
-  void WithChosen(Act act);
+  void Add(host::BaseDocument& doc);
 
   RenderSettingsList* list_;
   AttributesView* values_;
-  QAction* add_ = nullptr;
-  QList<QAction*> forChosen_;
+  ChosenActs<RenderSettingsList> acts_;
+  QAction* delete_ = nullptr;
 };
 
 }  // namespace desktop
