@@ -1,5 +1,7 @@
 #include "program/desktop/panels/Background.h"
 
+#include <new>
+
 namespace desktop {
 
 Background::Background(std::function<void(const QImage&)> done) : done_(std::move(done)), thread_([this] { Run(); }) {}
@@ -22,6 +24,14 @@ void Background::Do(Job job) {
   news_.notify_one();
 }
 
+QImage Background::Made(const Job& job) {
+  try {
+    return job(stop_);
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
 void Background::Run() {
   std::unique_lock lock(mutex_);
   for (;;) {
@@ -29,8 +39,7 @@ void Background::Run() {
     if (stop_) return;
     const Job job = std::exchange(next_, {});
     lock.unlock();
-    const QImage made = job(stop_);
-    const auto tell = [this, made] {
+    const auto tell = [this, made = Made(job)] {
       busy_ = false;
       done_(made);
     };

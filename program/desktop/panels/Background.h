@@ -17,7 +17,7 @@ class Background : public QObject {
   // Makes a picture on the thread; asked now and then it stops early and returns a null picture.
   using Job = std::function<QImage(const std::atomic<bool>& stop)>;
 
-  // `done`: called on the main thread with what the job has made.
+  // `done`: called on the main thread with what the job has made; null, too, when memory was short.
   explicit Background(std::function<void(const QImage&)> done);
   ~Background() override;
 
@@ -28,6 +28,7 @@ class Background : public QObject {
 
  private:
   void Run();
+  QImage Made(const Job& job);
 
   std::function<void(const QImage&)> done_;
   std::mutex mutex_;

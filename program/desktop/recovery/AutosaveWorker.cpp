@@ -1,5 +1,7 @@
 #include "program/desktop/recovery/AutosaveWorker.h"
 
+#include <new>
+
 #include "engine/outside/RealOutside.h"
 #include "engine/scenefile/SceneFile.h"
 
@@ -13,7 +15,11 @@ void AutosaveWorker::Start(AutosaveJob job, std::function<void(const engine::Sta
   job_ = std::move(job);
   done_ = std::move(done);
   thread_ = std::thread([this] {
-    Write();
+    try {
+      Write();
+    } catch (const std::bad_alloc&) {
+      status_ = engine::Status::Failure("There was not enough memory for keeping a copy of unsaved work.");
+    }
     QMetaObject::invokeMethod(
         this, [this] { Finish(); }, Qt::QueuedConnection);
   });
