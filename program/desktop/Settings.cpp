@@ -21,7 +21,7 @@ QByteArray Settings::Bytes(const QString& key) const { return QByteArray::fromBa
 QStringList Settings::Texts(const QString& key) const {
   QStringList texts;
   const QJsonArray values = values_.value(key).toArray();
-  for (const QJsonValue& value : values) {
+  for (const auto& value : values) {
     if (value.isString()) texts.append(value.toString());
   }
   return texts;

@@ -10,7 +10,7 @@
 
 namespace desktop {
 
-class DialogDocks : private engine::DialogObserver {
+class DialogDocks final : private engine::DialogObserver {
  public:
   explicit DialogDocks(QMainWindow& window);
   ~DialogDocks() override;
