@@ -17,21 +17,21 @@
 #include "engine/scenefile/SceneFile.h"
 #include "host/BaseObject.h"
 #include "program/desktop/render/SheetWindow.h"
+#include "source/Stagemarks/keys/Gadgets.h"
 #include "tests/desktop/Desk.h"
 
 namespace {
 
 using desk::AnswerNext;
 using desk::Desk;
-
-constexpr host::LONG kNameField = 10013;
-constexpr host::LONG kList = 10005;
-constexpr host::LONG kLoad = 10008;
-constexpr host::LONG kDelete = 10009;
-constexpr host::LONG kRecord = 10023;
-constexpr host::LONG kGenerate = 10025;
-constexpr host::LONG kPreview = 10045;
-constexpr host::LONG kCheckAll = 10035;
+using stagemarks::kCheckAll;
+using stagemarks::kDelete;
+using stagemarks::kGenerateFiles;
+using stagemarks::kGeneratePreview;
+using stagemarks::kList;
+using stagemarks::kLoad;
+using stagemarks::kNameField;
+using stagemarks::kRecord;
 
 // Sees the boxes of progress that come up, and acts on each. Timers wait meanwhile.
 class BoxWatch : public QObject {
@@ -148,7 +148,7 @@ TEST(Progress, OfAnExportIsOneAndStoppingItLeavesWholeFiles) {
     BoxWatch watch([&](QProgressDialog& box) {
       if (stops) PressStop(box);
     });
-    engine::PressButton(*desk.Dialog(), kGenerate);
+    engine::PressButton(*desk.Dialog(), kGenerateFiles);
     Desk::Rest();
     EXPECT_EQ(watch.Shown(), 1);
     int scenes = 0;
@@ -171,7 +171,7 @@ TEST(Progress, OfAPreviewIsGoneRightAfterIt) {
   desk.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
   ASSERT_TRUE(desk.App().SaveDocumentAs(desk.Doc(), desk.Folder() + "/scene.c4d").Ok());
   QApplication::processEvents();
-  engine::SetCheckbox(*desk.Dialog(), kPreview, true);
+  engine::SetCheckbox(*desk.Dialog(), kGeneratePreview, true);
   const BoxWatch watch;
   desk.Record("Seen");
   EXPECT_EQ(watch.Shown(), 1);

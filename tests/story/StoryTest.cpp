@@ -19,6 +19,7 @@
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "program/desktop/render/SheetWindow.h"
+#include "source/Stagemarks/keys/Gadgets.h"
 #include "tests/desktop/Desk.h"
 #include "tests/story/Hands.h"
 
@@ -27,14 +28,14 @@ namespace {
 namespace fs = std::filesystem;
 using desk::AnswerNext;
 using desk::Desk;
+using stagemarks::kDelete;
+using stagemarks::kGenerateFiles;
+using stagemarks::kGeneratePreview;
+using stagemarks::kList;
+using stagemarks::kLoad;
+using stagemarks::kNameField;
+using stagemarks::kRecord;
 
-constexpr host::LONG kList = 10005;
-constexpr host::LONG kLoad = 10008;
-constexpr host::LONG kDelete = 10009;
-constexpr host::LONG kNameField = 10013;
-constexpr host::LONG kRecord = 10023;
-constexpr host::LONG kPreview = 10045;
-constexpr host::LONG kExport = 10025;
 constexpr int kChecked = 1;
 constexpr int kName = 2;
 
@@ -191,7 +192,7 @@ void Story::HideTwoAndRecord() {
       }
     }
   }
-  hands::Click(desk_.Gadget<QWidget>(kPreview), QPoint(8, desk_.Gadget<QWidget>(kPreview).height() / 2));
+  hands::Click(desk_.Gadget<QWidget>(kGeneratePreview), QPoint(8, desk_.Gadget<QWidget>(kGeneratePreview).height() / 2));
   Record("Two hidden");
   EXPECT_EQ(Rows(), "[ ] Two hidden\n");
   EXPECT_TRUE(fs::exists(desk_.Folder() + "/dungeon_SM/Two hidden.tif"));
@@ -238,7 +239,7 @@ void Story::Export() {
   const std::string to = desk_.Folder() + "/export";
   fs::create_directory(to);
   ClickNext(QMessageBox::Ok, nullptr, [this, to] { ChooseNext(to); });
-  Press(kExport);
+  Press(kGenerateFiles);
   EXPECT_NE(TakeTold().find("overwrite"), std::string::npos);
   for (const char* name : {"dungeon Other ground", "dungeon Two hidden"}) {
     EXPECT_TRUE(fs::exists(to + "/" + name + "/" + name + ".c4d")) << name;
