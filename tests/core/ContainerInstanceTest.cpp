@@ -218,11 +218,9 @@ class Workshop {
     const Path path = at < kTops ? Path{at, {}} : handles_[at - kTops].path;
     BaseContainer& container = at < kTops ? tops_[at] : *handles_[at - kTops].instance;
     const auto key = static_cast<LONG>(Pick(static_cast<std::size_t>(keys_)));
-    switch (Pick(12)) {
-      case 0:
-      case 1:
-        SetLong(container, path, key, static_cast<LONG>(Pick(3)));
-        break;
+    const std::size_t act = Pick(12);
+    if (act < 2) return SetLong(container, path, key, static_cast<LONG>(Pick(3)));
+    switch (act) {
       case 2:
         SetCopy(container, path, key);
         break;

@@ -86,6 +86,15 @@ TEST(Progress, ComesUpTellsAndGoesWhenTheWorkIsOver) {
   EXPECT_EQ(AtWork::Box(), nullptr) << "it is over without a last word";
 }
 
+// The toolkit drops only what was taken when it came in.
+bool TakesDrops(QWidget& window) {
+  QMimeData dropped;
+  dropped.setUrls({QUrl::fromLocalFile(TEST_SOURCE_DIR "/scenes/spider/spider.obj")});
+  QDragEnterEvent enter({9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(&window, &enter);
+  return enter.isAccepted();
+}
+
 TEST(Progress, LetsNothingElseHappenButTheButton) {
   AtWork desk;
   int turns = 0;
@@ -103,12 +112,7 @@ TEST(Progress, LetsNothingElseHappenButTheButton) {
   turns = finished = 0;
   bool droppable = true;
   BoxWatch watch([&](QProgressDialog&) {
-    QMimeData dropped;
-    dropped.setUrls({QUrl::fromLocalFile(TEST_SOURCE_DIR "/scenes/spider/spider.obj")});
-    // The toolkit drops only what was taken when it came in.
-    QDragEnterEvent enter({9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&desk.Window(), &enter);
-    droppable = enter.isAccepted();
+    droppable = TakesDrops(desk.Window());
     desk.Window().close();
   });
   EXPECT_TRUE(desk.Outside().Progress(0.1, "Working"));
@@ -127,6 +131,34 @@ TEST(Progress, LetsNothingElseHappenButTheButton) {
   EXPECT_TRUE(desk.Outside().Progress(0.1, "Other work")) << "which nobody stopped";
 }
 
+// Answers what an export asks, and what it says at its end when it `isTold` of a stop.
+void AnswerExport(const std::string& folder, bool isTold) {
+  AnswerNext<QMessageBox>([folder, isTold](QMessageBox& overwritten) {
+    AnswerNext<QFileDialog>([folder, isTold](QFileDialog& chooser) {
+      if (isTold) AnswerNext<QMessageBox>([](QMessageBox& told) { told.accept(); });
+      chooser.setDirectory(QString::fromStdString(folder));
+      chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(folder));
+      QMetaObject::invokeMethod(&chooser, "accept");
+    });
+    overwritten.accept();
+  });
+}
+
+// How many files there are below a folder; each is a scene that can be opened.
+int CountScenes(const std::string& folder) {
+  int scenes = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    if (!entry.is_regular_file()) continue;
+    const auto scene = engine::OpenSceneFile(entry.path());
+    EXPECT_TRUE(scene) << entry.path();
+    if (!scene) continue;
+    host::BaseDocument* doc = scene.Value();
+    host::BaseDocument::Free(doc);
+    ++scenes;
+  }
+  return scenes;
+}
+
 TEST(Progress, OfAnExportIsOneAndStoppingItLeavesWholeFiles) {
   AtWork desk;
   desk.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
@@ -136,31 +168,14 @@ TEST(Progress, OfAnExportIsOneAndStoppingItLeavesWholeFiles) {
   for (const bool stops : {false, true}) {
     const std::string folder = desk.Folder() + (stops ? "/stopped" : "/whole");
     std::filesystem::create_directory(folder);
-    AnswerNext<QMessageBox>([&](QMessageBox& overwritten) {
-      AnswerNext<QFileDialog>([&](QFileDialog& chooser) {
-        if (stops) AnswerNext<QMessageBox>([](QMessageBox& told) { told.accept(); });
-        chooser.setDirectory(QString::fromStdString(folder));
-        chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(folder));
-        QMetaObject::invokeMethod(&chooser, "accept");
-      });
-      overwritten.accept();
-    });
+    AnswerExport(folder, stops);
     BoxWatch watch([&](QProgressDialog& box) {
       if (stops) PressStop(box);
     });
     engine::PressButton(*desk.Dialog(), kGenerateFiles);
     Desk::Rest();
     EXPECT_EQ(watch.Shown(), 1);
-    int scenes = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-      if (!entry.is_regular_file()) continue;
-      const auto scene = engine::OpenSceneFile(entry.path());
-      ASSERT_TRUE(scene) << entry.path();
-      host::BaseDocument* doc = scene.Value();
-      host::BaseDocument::Free(doc);
-      ++scenes;
-    }
-    EXPECT_EQ(scenes, stops ? 0 : 30);
+    EXPECT_EQ(CountScenes(folder), stops ? 0 : 30);
     EXPECT_EQ(desk.App().Documents().size(), 1U);
     EXPECT_EQ(engine::DumpState(desk.Doc()), before);
   }
@@ -205,6 +220,14 @@ TEST(Progress, TheSheetWaitsForADialogThatAsks) {
   EXPECT_TRUE(sheet.Said().startsWith("Written")) << sheet.Said().toStdString();
 }
 
+void ChooseInDialogMenu(Desk& desk, const QString& text) {
+  for (QAction* menu : desk.Window().Docks().ViewOf(*desk.Dialog())->Menus().actions()) {
+    for (QAction* entry : menu->menu()->actions()) {
+      if (entry->text() == text) entry->trigger();
+    }
+  }
+}
+
 // What the plug-in does without a word is announced before it begins, where it may take a while.
 TEST(Progress, OfActsThatSayNothingIsTheirNameAndAWaitingPointer) {
   AtWork desk;
@@ -221,13 +244,7 @@ TEST(Progress, OfActsThatSayNothingIsTheirNameAndAWaitingPointer) {
     return said;
   };
   const auto load = [&] { desk.Gadget<QPushButton>(kLoad).click(); };
-  const auto update = [&] {
-    for (QAction* menu : desk.Window().Docks().ViewOf(*desk.Dialog())->Menus().actions()) {
-      for (QAction* entry : menu->menu()->actions()) {
-        if (entry->text() == "Update Checked Elements") entry->trigger();
-      }
-    }
-  };
+  const auto update = [&] { ChooseInDialogMenu(desk, "Update Checked Elements"); };
   desk.Record("One");
   engine::SelectLines(*desk.Dialog(), kList, {0});
   Desk::Rest();

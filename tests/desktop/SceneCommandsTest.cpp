@@ -115,6 +115,23 @@ TEST(SceneCommands, ThousandsOfOneNameGetNumbers) {
   EXPECT_EQ(scene.Doc().GetActiveObject()->GetName().ToUtf8(), name + ".20000");
 }
 
+struct LongAct {
+  const char* name;
+  std::function<void()> act;
+  std::vector<int> stopsAt;  // reports of progress
+};
+
+void ExpectNothingOfStopped(const LongAct& one, engine::ScriptedOutside& outside, const host::BaseDocument& doc,
+                            const std::string& before) {
+  for (const int stop : one.stopsAt) {
+    outside.StopProgressAt(stop);
+    one.act();
+    EXPECT_EQ(engine::DumpDocument(doc), before) << one.name << " stopped at " << stop;
+    EXPECT_FALSE(engine::CanUndo(doc) || engine::CanRedo(doc)) << one.name << " stopped at " << stop;
+  }
+  outside.StopProgressAt(0);
+}
+
 TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
   SceneBuilder scene;
   scene.Material("Red");
@@ -126,14 +143,9 @@ TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
     scene.Doc().SetActiveTag(scene.Doc().GetFirstObject()->GetFirstTag());
   };
   selectAll();
-  struct Case {
-    const char* name;
-    std::function<void()> act;
-    std::vector<int> stopsAt;  // reports of progress
-  };
   const auto all = [&] { return desktop::SelectedObjects(scene.Doc()); };
   const engine::NodeId red = engine::IdOf(*scene.Doc().GetFirstMaterial());
-  const Case cases[] = {
+  const LongAct acts[] = {
       {"Duplicate", [&] { desktop::DuplicateSelected(scene.Doc()); }, {1, 400, 601, 1000, 1201, 1202}},
       {"Delete", [&] { desktop::DeleteSelected(scene.Doc()); }, {1, 2}},
       {"Assign Material", [&] { desktop::AssignMaterial(scene.Doc(), red, all()); }, {1, 2}},
@@ -142,14 +154,8 @@ TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
   engine::ScriptedOutside outside;
   const engine::OutsideInUse inUse(outside);
   const std::string before = engine::DumpDocument(scene.Doc());
-  for (const Case& one : cases) {
-    for (const int stop : one.stopsAt) {
-      outside.StopProgressAt(stop);
-      one.act();
-      EXPECT_EQ(engine::DumpDocument(scene.Doc()), before) << one.name << " stopped at " << stop;
-      EXPECT_FALSE(engine::CanUndo(scene.Doc()) || engine::CanRedo(scene.Doc())) << one.name << " stopped at " << stop;
-    }
-    outside.StopProgressAt(0);
+  for (const LongAct& one : acts) {
+    ExpectNothingOfStopped(one, outside, scene.Doc(), before);
     one.act();
     EXPECT_EQ(engine::UndoName(scene.Doc()), one.name);
     EXPECT_NE(engine::DumpDocument(scene.Doc()), before) << one.name;

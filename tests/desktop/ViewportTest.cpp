@@ -190,30 +190,34 @@ TEST(Viewport, OutlinesCoincidentObjectsWithoutSpeckles) {
   EXPECT_GT(AmberPixels(outline), 60);
 }
 
+// Asks for the menu at a place of the view and triggers an entry that is not faint; false when there is none. Without a text a
+// picture is written of it.
+bool ChooseInMenu(desktop::Viewport& view, QPoint place, const QString& text) {
+  bool found = false;
+  QTimer::singleShot(20, [&] {
+    auto* menu = dynamic_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    if (text.isEmpty()) {
+      EXPECT_TRUE(pictures::Write(*menu, "viewport-menu"));
+    }
+    QList<QAction*> all = menu->actions();
+    for (qsizetype i = 0; i < all.size(); ++i) {
+      if (QMenu* below = all[i]->menu(); below && below->title().startsWith("Visible")) all.append(below->actions());
+      if (all[i]->text().remove('&') != text || !all[i]->isEnabled() || found) continue;
+      found = true;
+      all[i]->trigger();
+    }
+    menu->close();
+  });
+  QContextMenuEvent event(QContextMenuEvent::Mouse, place, view.mapToGlobal(place));
+  QApplication::sendEvent(&view, &event);
+  Desk::Rest();
+  return found;
+}
+
 TEST(Viewport, MenuFitsTheSelection) {
   WithCube desk;
-  const auto choose = [&](QPoint place, const QString& text) {
-    bool found = false;
-    QTimer::singleShot(20, [&] {
-      auto* menu = dynamic_cast<QMenu*>(QApplication::activePopupWidget());
-      ASSERT_NE(menu, nullptr);
-      if (text.isEmpty()) {
-        EXPECT_TRUE(pictures::Write(*menu, "viewport-menu"));
-      }
-      QList<QAction*> all = menu->actions();
-      for (qsizetype i = 0; i < all.size(); ++i) {
-        if (QMenu* below = all[i]->menu(); below && below->title().startsWith("Visible")) all.append(below->actions());
-        if (all[i]->text().remove('&') != text || !all[i]->isEnabled() || found) continue;
-        found = true;
-        all[i]->trigger();
-      }
-      menu->close();
-    });
-    QContextMenuEvent event(QContextMenuEvent::Mouse, place, desk.View().mapToGlobal(place));
-    QApplication::sendEvent(&desk.View(), &event);
-    Desk::Rest();
-    return found;
-  };
+  const auto choose = [&](QPoint place, const QString& text) { return ChooseInMenu(desk.View(), place, text); };
   const QPoint middle = desk.View().rect().center();
   EXPECT_FALSE(choose({2, 2}, "Duplicate")) << "nothing is selected";
   EXPECT_FALSE(choose({2, 2}, "Off"));
