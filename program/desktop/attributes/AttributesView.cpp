@@ -80,8 +80,7 @@ void AttributesView::Slice() {
   QElapsedTimer time;
   time.start();
   while (!reading_->Advance(kElementsBetweenLooks)) {
-    if (time.elapsed() < slice.count()) continue;
-    return next_.start();
+    if (time.elapsed() >= slice.count()) return next_.start();
   }
   ShowRead(*doc);
   reading_.reset();

@@ -34,7 +34,6 @@ class CommonValue {
   // True as long as the elements looked at agree in anything: else no more need be looked at.
   bool LookAt(const host::BaseList2D& element);
   const FieldValue& Value() const { return common_; }
-  const Field& GetField() const { return field_; }
 
  private:
   const Field& field_;
