@@ -24,6 +24,7 @@ void SMDialog::DeleteAllElements() {
     names.SetString(i, recordStore_.GetContainer(recordStore_.GetIndexId(i)).GetString(kName));
   }
   DeleteElements(*doc, names);
+  WriteStores(*doc);  // whole, as every operation leaves them, before they go
   data->RemoveData(kRecordStore);
   data->RemoveData(kListStore);
   RefreshAfterDeletion(*doc);

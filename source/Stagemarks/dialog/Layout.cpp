@@ -138,7 +138,12 @@ void SMDialog::BuildMenus() {
   MenuFinished();
 }
 
+// Options that have a value beside their mark in the menu are on at first; the tags of outside renderers have none.
 Bool SMDialog::InitValues() {
+  for (const Option option : {Option::RenderSettings, Option::Layers, Option::ActiveCamera, Option::Objects, Option::Materials,
+                              Option::CompositingTags}) {
+    SetBool(kOptions[IndexOf(option)].id, TRUE);
+  }
   SetBool(kGeneratePreview, FALSE);
   SetLong(kFileLayout, kAsSaveFileFolders);
   SetBool(kChangeFrameRange, FALSE);

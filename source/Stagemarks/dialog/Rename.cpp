@@ -22,6 +22,7 @@ void SMDialog::RenameSelected() {
   EventAdd();
 }
 
+// The other way round than a recording: the list first.
 void SMDialog::RenameElement(BaseDocument& doc, LONG element, const String& name) {
   BaseContainer record = recordStore_.GetContainer(element);
   BaseContainer entry = listStore_.GetContainer(element);
@@ -30,7 +31,10 @@ void SMDialog::RenameElement(BaseDocument& doc, LONG element, const String& name
   entry.SetString(kName, name);
   recordStore_.SetContainer(element, record);
   listStore_.SetContainer(element, entry);
-  WriteStores(doc);
+  BaseContainer& data = *doc.GetDataInstance();
+  data.SetContainer(kListStore, listStore_);
+  data.SetContainer(kRecordStore, recordStore_);
+  doc.SetChanged();
 }
 
 }  // namespace stagemarks

@@ -17,8 +17,8 @@ constexpr LONG kPreviewOnly1 = 5300;
 constexpr LONG kPreviewOff1 = 5076;
 constexpr LONG kPreviewOff2 = 5202;
 
-// Puts render settings into the state for a preview while it lives; then they hold exactly what they held before,
-// however the preview ends.
+// Puts render settings into the state for a preview; restored, at the latest when it goes, they hold exactly what they
+// held before.
 class PreviewSettings {
  public:
   explicit PreviewSettings(BaseContainer& settings) : settings_(settings) {
@@ -35,7 +35,10 @@ class PreviewSettings {
   }
   PreviewSettings(const PreviewSettings&) = delete;
   PreviewSettings& operator=(const PreviewSettings&) = delete;
-  ~PreviewSettings() {
+  ~PreviewSettings() { Restore(); }
+  void Restore() {
+    if (restored_) return;
+    restored_ = TRUE;
     for (std::size_t i = 0; i < kKept.size(); ++i) {
       if (there_[i]) {
         settings_.SetData(kKept[i], values_[i]);
@@ -51,6 +54,7 @@ class PreviewSettings {
   BaseContainer& settings_;
   std::array<GeData, kKept.size()> values_;
   std::array<Bool, kKept.size()> there_{};
+  Bool restored_ = FALSE;
 };
 
 // Owns a document that is in no list.
@@ -59,7 +63,10 @@ class DocumentCopy {
   explicit DocumentCopy(BaseDocument& doc) : doc_(static_cast<BaseDocument*>(doc.GetClone(COPY_DOCUMENT, nullptr))) {}
   DocumentCopy(const DocumentCopy&) = delete;
   DocumentCopy& operator=(const DocumentCopy&) = delete;
-  ~DocumentCopy() { BaseDocument::Free(doc_); }
+  ~DocumentCopy() { Free(); }
+  void Free() {
+    if (doc_) BaseDocument::Free(doc_);
+  }
   BaseDocument* Get() const { return doc_; }
 
  private:
@@ -69,19 +76,22 @@ class DocumentCopy {
 }  // namespace
 
 // A render that fails leaves the picture as far as it came, and a save that fails is not reported: the element is
-// recorded either way.
+// recorded either way. Everything is given back in the order in which it could be missed: the copy takes the most memory,
+// the values are the artist's own, and only then the finished thread and the picture go.
 Bool SMDialog::GenerateBitmapPreview(const Filename& folder) {
   BaseDocument* doc = GetActiveDocument();
   if (!doc) return FALSE;
   BaseContainer* settings = doc->GetActiveRenderData()->GetDataInstance();
-  const PreviewSettings preview(*settings);
+  PreviewSettings preview(*settings);
   const AutoAlloc<BaseBitmap> bitmap;
-  const DocumentCopy copy(*doc);
+  DocumentCopy copy(*doc);
   if (!bitmap || !copy.Get()) return FALSE;
   if (bitmap->Init(settings->GetLong(RDATA_XRES), settings->GetLong(RDATA_YRES), 24) != IMAGERESULT_OK) return FALSE;
   SMThread thread(copy.Get(), *settings, bitmap);
   thread.Start(0, 0);
   bitmap->Save(PreviewFile(folder, elementName_), FILTER_TIF);
+  copy.Free();
+  preview.Restore();
   thread.End();
   thread.Wait(FALSE);
   return TRUE;

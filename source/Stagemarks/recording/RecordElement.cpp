@@ -6,6 +6,7 @@
 
 namespace stagemarks {
 
+// Without the memory for a preview the element is there all the same, and so is its row.
 Bool SMDialog::RecordElement() {
   GetString(kNameField, elementName_);
   if (!elementName_.Content()) {
@@ -23,12 +24,12 @@ Bool SMDialog::RecordElement() {
   AssembleElement();
   if (overwrite) DeleteStagemark(elementName_);
   StoreElement(*doc);
-  if (generatePreview_ && !RecordPreview(*doc)) return FALSE;
+  const Bool whole = !generatePreview_ || RecordPreview(*doc);
   StatusClear();
   UpdateSMList();
   doc->Message(MSG_UPDATE);
   EventAdd();
-  return TRUE;
+  return whole;
 }
 
 // From its first recording on, a document keeps the options that were in force then.
