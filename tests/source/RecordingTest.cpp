@@ -130,6 +130,23 @@ TEST_F(RecordingTest, AfterALoadNothingOfTheLoadedElementIsLeftInTheNextOne) {
   EXPECT_EQ(Part(2, kObjects) + Part(2, kTags), "");
 }
 
+// As the manual tells it: the object behind the deleted one is recorded twice, and the old record is applied last.
+TEST_F(RecordingTest, AfterADeletionOldRecordsHaveTheLastWordUnlessLoadWasPressedBefore) {
+  BaseObject* first = Object("First");
+  BaseObject* last = Object("Last");
+  Record("Before");
+  BaseObject::Free(first);
+  last->SetRenderMode(MODE_OFF);
+  Record("Without a load");
+  Load("Without a load");
+  EXPECT_EQ(last->GetRenderMode(), MODE_UNDEF) << "as it was before the deletion";
+  last->SetRenderMode(MODE_OFF);
+  Record("After a load");
+  last->SetRenderMode(MODE_ON);
+  Load("After a load");
+  EXPECT_EQ(last->GetRenderMode(), MODE_OFF);
+}
+
 TEST_F(RecordingTest, ObjectsAndLayersAreNumberedInPreOrder) {
   BaseObject* a = Object("A");
   BaseObject* a1 = Object("A1", a);
