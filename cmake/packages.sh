@@ -4,6 +4,7 @@ build_packages="g++ cmake ninja-build pkg-config libembree-dev libassimp-dev lib
   libopenexr-dev libcli11-dev nlohmann-json3-dev libzstd-dev libxxhash-dev
   qt6-base-dev qt6-svg-dev libfreetype-dev libfribidi-dev fonts-dejavu-core fonts-droid-fallback"
 test_packages="libgtest-dev librapidcheck-dev xvfb xauth openbox xdotool dpkg-dev desktop-file-utils appstream shared-mime-info"
+bench_packages="libbenchmark-dev"
 lint_packages="clang-format clang-tidy git"
 
 install_missing() {

@@ -34,9 +34,6 @@ constexpr LostTexture kLostTextures[] = {{aiTextureType_METALNESS, "Metallic and
                                          {aiTextureType_OPACITY, "Opacity textures are left out"},
                                          {aiTextureType_TRANSMISSION, "Transmission textures are left out"}};
 
-// What roughness textures come to on the whole.
-constexpr double kTexturedRoughness = 0.6;
-
 std::optional<double> Number(const aiMaterial& material, const char* key, unsigned type, unsigned index) {
   ai_real value = 0;
   if (material.Get(key, type, index, value) != aiReturn_SUCCESS || !std::isfinite(value)) return std::nullopt;

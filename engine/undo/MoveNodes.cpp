@@ -34,7 +34,7 @@ class WorldFrames {
   }
 
  private:
-  const Matrix identity_;
+  const Matrix identity_{};
   std::unordered_map<const BaseObject*, Matrix> frames_;
 };
 

@@ -1,4 +1,4 @@
-// The README's commands are run, its table is complete, its links lead to files.
+// The commands of the README and of CONTRIBUTING are run or stand for something there is; the README's table is complete.
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -12,12 +12,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The lines of the README that are commands of this kind, as a person would paste them.
+// The lines of both that are commands of this kind, as a person would paste them.
 std::vector<std::string> Commands(const std::string& begin) {
   std::vector<std::string> commands;
-  std::istringstream readme(ReadText(TEST_SOURCE_DIR "/README.md"));
-  for (std::string line; std::getline(readme, line);) {
-    if (line.rfind("    " + begin, 0) == 0) commands.push_back(line.substr(4));
+  for (const char* document : {"/README.md", "/CONTRIBUTING.md"}) {
+    std::istringstream lines(ReadText(TEST_SOURCE_DIR + std::string(document)));
+    for (std::string line; std::getline(lines, line);) {
+      if (line.rfind("    " + begin, 0) == 0) commands.push_back(line.substr(4));
+    }
   }
   return commands;
 }
@@ -85,7 +87,7 @@ TEST_F(Readme, ScriptsRun) {
   std::ofstream(fs::path(tools) / "dpkg-query") << "#!/bin/sh\necho install ok installed\n";
   Notetakers(folder_ / "desktop/bin", {"stagemarks-desktop"});
   std::vector<std::string> commands = Commands("./");
-  EXPECT_EQ(commands.size(), 5U);
+  EXPECT_EQ(commands.size(), 8U);
   for (const std::string& line : commands) {
     const bool opensWindow = line.rfind("./run --desktop", 0) == 0;
     const ChildResult result = Paste(folder_.Path(), tools, (opensWindow ? "STAGEMARKS_BUILD=desktop " : "") + line);

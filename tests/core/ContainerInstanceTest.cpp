@@ -167,8 +167,12 @@ struct Plain {
     LONG number = 0;
     std::vector<Plain> nested;  // one or none
   };
+  struct Place {
+    LONG key;
+    Cell cell;
+  };
   LONG id = 0;
-  std::vector<std::pair<LONG, Cell>> cells;
+  std::vector<Place> cells;
 
   Cell* Find(LONG key) {
     for (auto& [present, cell] : cells) {
@@ -180,11 +184,11 @@ struct Plain {
     if (Cell* present = Find(key)) {
       *present = Cell(cell);
     } else {
-      cells.emplace_back(key, cell);
+      cells.push_back({key, cell});
     }
   }
   bool Remove(LONG key) {
-    return std::erase_if(cells, [&](const auto& cell) { return cell.first == key; }) > 0;
+    return std::erase_if(cells, [&](const Place& place) { return place.key == key; }) > 0;
   }
   std::size_t Size() const {
     std::size_t size = 1;
@@ -197,7 +201,7 @@ std::string Text(const Plain& plain) {
   std::ostringstream out;
   out << plain.id << "{";
   for (const auto& [key, cell] : plain.cells) {
-    out << (&cell == &plain.cells[0].second ? "" : " ") << key << "=";
+    out << (&cell == &plain.cells[0].cell ? "" : " ") << key << "=";
     if (cell.nested.empty()) {
       out << cell.number;
     } else {
