@@ -217,6 +217,35 @@ TEST(ObjectTree, FindsByName) {
   EXPECT_TRUE(desk.Search().hasFocus());
 }
 
+TEST(ObjectTree, NothingThatASearchHidesIsSelected) {
+  WithFamily desk;
+  BaseObject* tables = desk.Add("Tables");
+  desk.Add("Tables/Chair");
+  BaseObject* small = desk.Add("Tables/Small table");
+  desk.Click(desk.room, 0);
+  QTest::keyClicks(&desk.Search(), "table");
+  for (const bool byKey : {true, false}) {
+    byKey ? desk.Press(Qt::Key_A, Qt::ControlModifier) : desk.Entry("Edit", "Select All Found").trigger();
+    Desk::Rest();
+    EXPECT_EQ(desk.Shown(), "Lamps Table* Tables* Small table* ") << "Lamps is only there for what is below it";
+    EXPECT_EQ(desktop::SelectedObjects(desk.Doc()), (std::vector<BaseObject*>{desk.table, tables, small}));
+  }
+  desk.Tree().collapse(desk.IndexOf(tables));
+  desk.Press(Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()), (std::vector<BaseObject*>{desk.table, tables}));
+  desk.Tree().expand(desk.IndexOf(tables));
+  desk.Click(desk.table, 0);
+  desk.Click(small, 0, Qt::ShiftModifier);
+  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()), (std::vector<BaseObject*>{desk.table, tables, small}));
+  desk.Press(Qt::Key_Delete);
+  QTest::keyClick(&desk.Search(), Qt::Key_Escape);
+  Desk::Rest();
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Room ");
+  EXPECT_EQ(desk.Entry("Edit", "Select").text(), "Select &All");
+  desk.Press(Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(desk.Shown(), "Lamps* Ceiling* Room* ");
+}
+
 TEST(ObjectTree, MovesWhatIsDropped) {
   WithFamily desk;
   const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);

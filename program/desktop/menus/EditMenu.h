@@ -5,6 +5,7 @@
 
 #include <QMenu>
 #include <QObject>
+#include <functional>
 #include <vector>
 
 #include "program/desktop/panels/DocumentView.h"
@@ -22,9 +23,10 @@ class EditMenu : public QObject, public DocumentView {
   const QList<QAction*>& ForObjects() const { return forObjects_; }
 
  private:
-  using Command = void (*)(host::BaseDocument&);
-  QAction* AddCommand(QMenu& menu, MainWindow& window, const QString& text, const QKeySequence& keys, Command command);
+  using Command = std::function<void(host::BaseDocument&)>;
+  QAction* AddCommand(QMenu& menu, const QString& text, const QKeySequence& keys, Command command);
 
+  MainWindow& window_;
   QAction* undo_;
   QAction* redo_;
   QList<QAction*> forObjects_;

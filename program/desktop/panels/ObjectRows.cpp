@@ -104,10 +104,12 @@ bool ObjectRows::Update(host::BaseDocument* doc) {
 
 FlatTree ObjectRows::Found(const host::BaseDocument* doc) const {
   return whole_.Kept([&](engine::NodeId id) {
-    const host::BaseList2D* object = engine::FindNode(doc, id);
-    return object && ToQt(object->GetName()).contains(filter_, Qt::CaseInsensitive);
+    const BaseObject* object = engine::AsObject(engine::FindNode(doc, id));
+    return object && IsFound(*object);
   });
 }
+
+bool ObjectRows::IsFound(const BaseObject& object) const { return ToQt(object.GetName()).contains(filter_, Qt::CaseInsensitive); }
 
 void ObjectRows::SetFilter(const QString& text) {
   filterChanged_ = filterChanged_ || text != filter_;

@@ -25,6 +25,8 @@ class ObjectRows : public TreeRows {
   void SetFilter(const QString& text);
   bool IsFiltered() const { return !filter_.isEmpty(); }
   const QString& Filter() const { return filter_; }
+  // Whether the search finds this object by its name; all without a search. What is only above a found one is not found.
+  bool IsFound(const host::BaseObject& object) const;
 
   // Null where there is none any more.
   host::BaseObject* ObjectAt(const QModelIndex& index) const;

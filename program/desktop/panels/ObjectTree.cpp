@@ -144,6 +144,23 @@ void ObjectTree::RenameCurrent() {
   if (currentIndex().isValid()) edit(currentIndex().siblingAtColumn(ObjectRows::kName));
 }
 
+void ObjectTree::selectAll() {
+  host::BaseDocument* doc = rows_->Document();
+  if (!doc) return;
+  if (!rows_->IsFiltered()) return SelectAll(*doc);
+  const FlatTree& shape = rows_->Shape();
+  std::vector<char> canBeSeen(static_cast<std::size_t>(shape.Count()) + 1, 1);
+  std::vector<BaseObject*> found;
+  for (int place = 1; place <= shape.Count(); ++place) {
+    const int above = shape.At(place).parent;
+    const bool shown = canBeSeen[static_cast<std::size_t>(above)] && (above == 0 || isExpanded(rows_->IndexAt(above)));
+    canBeSeen[static_cast<std::size_t>(place)] = shown;
+    BaseObject* object = shown ? rows_->ObjectAt(rows_->IndexAt(place)) : nullptr;
+    if (object && rows_->IsFound(*object)) found.push_back(object);
+  }
+  SelectOnly(*doc, found);
+}
+
 ObjectTree::Unfolded& ObjectTree::UnfoldedHere() {
   const auto [it, isNew] = unfolded_.try_emplace(doc_);
   const FlatTree& shape = rows_->Shape();

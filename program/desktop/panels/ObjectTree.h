@@ -28,6 +28,8 @@ class ObjectTree : public QTreeView, public DocumentView {
   ObjectRows& Rows() { return *rows_; }
   bool IsSelected(const QModelIndex& index) const { return selection_->Has(index); }
   void RenameCurrent();
+  // All objects; while a search is on those that it found and that can be seen, so that nothing is done to what is not shown.
+  void selectAll() override;
   void UnfoldAll();
   void FoldAll();
   // Unfolds what is above the active object and brings it into view.
