@@ -4,7 +4,9 @@
 #include "engine/scene/NodeFactory.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
+#include "host/LayerObject.h"
 #include "host/Parameters.h"
+#include "host/RenderData.h"
 #include "tests/desktop/Fields.h"
 
 namespace {
@@ -104,6 +106,32 @@ TEST(Attributes, EveryKindOfFieldIsEditedAndUndone) {
   EXPECT_EQ(desk.first->GetMl(), host::Matrix());
   EXPECT_EQ(ListOf(desk.Panel(), "Layer").currentText(), "None");
   EXPECT_FALSE(engine::CanUndo(Scene()));
+}
+
+// Whose entries come from the scene: they are read when a person comes to the list, but not under the hands.
+TEST(Attributes, AnOpenListGivesWhatWasChosenInIt) {
+  WithThings desk;
+  host::LayerObject* layer = host::LayerObject::Alloc();
+  layer->SetName("Back");
+  Scene().AppendLayer(layer);
+  host::RenderData* draft = host::RenderData::Alloc();
+  draft->SetName("Draft");
+  Scene().InsertRenderData(draft, nullptr, Scene().GetFirstRenderData());
+  Desk::Rest();
+  fields::PickFromOpen(ListOf(desk.Panel(), "Camera"), "Front");
+  EXPECT_EQ(Scene().GetRenderBaseDraw()->GetSceneCamera(&Scene()), desk.camera);
+  fields::PickFromOpen(ListOf(desk.Panel(), "Render settings"), "Draft");
+  EXPECT_EQ(Scene().GetActiveRenderData(), draft);
+  Select({desk.first});
+  const auto change = [&] {
+    desk.first->SetName("Renamed by somebody else");
+    host::EventAdd();
+  };
+  fields::PickFromOpen(ListOf(desk.Panel(), "Layer"), "Back", change);
+  EXPECT_EQ(desk.first->GetLayerObject(&Scene()), layer);
+  fields::PickFromOpen(ListOf(desk.Panel(), "Layer"), "None");
+  EXPECT_EQ(desk.first->GetLayerObject(&Scene()), nullptr);
+  EXPECT_EQ(engine::DoneNames(Scene()).size(), 4U);
 }
 
 TEST(Attributes, OneEditSetsAllAndLeavesTheRest) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -88,6 +89,17 @@ TEST(DialogView, FollowsWhatTheDialogSets) {
   EXPECT_EQ(shown.Get<desktop::NumberField>(sample::kNumber).text(), "8");
   EXPECT_FALSE(shown.Get<QPushButton>(sample::kButton).isEnabled());
   EXPECT_EQ(shown.dialog.Heard(), "") << "showing is no event";
+}
+
+TEST(DialogView, AListOfChoicesStaysWhileAPersonChooses) {
+  Shown shown;
+  auto& combo = shown.Get<QComboBox>(sample::kCombo);
+  combo.showPopup();
+  combo.view()->setCurrentIndex(combo.model()->index(1, 0));
+  shown.dialog.Enable(sample::kCombo, host::TRUE);
+  Settle();
+  QTest::keyClick(combo.view(), Qt::Key_Return);
+  EXPECT_EQ(engine::FindGadget(shown.dialog, sample::kCombo)->value.GetLong(), sample::kSecondChoice);
 }
 
 TEST(DialogView, MarksInMenusKeepTheWidgetsAndNewGadgetsDoNot) {

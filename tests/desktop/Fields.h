@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QtTest/QTest>
+#include <functional>
 
 #include "program/desktop/attributes/AttributesView.h"
 #include "tests/desktop/Desk.h"
@@ -53,6 +55,19 @@ inline void Pick(QComboBox& list, const QString& text) {
   ASSERT_GE(row, 0) << text.toStdString();
   list.setCurrentIndex(row);
   emit list.activated(row);
+  desk::Desk::Rest();
+}
+
+// Opens the list and takes a row of it with Enter. `meanwhile` happens while it is open.
+inline void PickFromOpen(QComboBox& list, const QString& text, const std::function<void()>& meanwhile = {}) {
+  QTest::mouseClick(&list, Qt::LeftButton);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return list.view()->isVisible(); }));
+  const QModelIndex row = list.model()->index(list.findText(text), 0);
+  ASSERT_TRUE(row.isValid()) << text.toStdString();
+  list.view()->setCurrentIndex(row);
+  if (meanwhile) meanwhile();
+  desk::Desk::Rest();
+  QTest::keyClick(list.view(), Qt::Key_Return);
   desk::Desk::Rest();
 }
 

@@ -13,14 +13,19 @@
 #include <fstream>
 
 #include "engine/scene/SceneDump.h"
+#include "engine/undo/Undo.h"
 #include "host/BaseMaterial.h"
 #include "host/BaseObject.h"
+#include "host/LayerObject.h"
+#include "host/RenderData.h"
+#include "program/desktop/SceneCommands.h"
 #include "program/desktop/dialog/ListView.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "program/desktop/render/SheetWindow.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "tests/desktop/Desk.h"
+#include "tests/desktop/Fields.h"
 #include "tests/story/Hands.h"
 
 namespace {
@@ -99,10 +104,21 @@ class Story : public testing::Test {
   }
   std::string TakeTold() { return std::exchange(told_, {}); }
 
+  // Opens a list of the attributes and clicks a row of it, after a person's while.
+  void ChooseInAttributes(const char* label, const QString& text) {
+    QComboBox& list = fields::ListOf(desk_.Panel<QWidget>("attributes"), label);
+    hands::Click(list);
+    ASSERT_TRUE(list.view()->isVisible()) << label;
+    pictures::Settle(QApplication::doubleClickInterval());
+    hands::Click(*list.view(), list.model()->index(list.findText(text), 0));
+    EXPECT_EQ(list.currentText(), text) << label;
+  }
+
   // --- Chapters.
   void OpenTheSample();
   void MoveObjects();
   void SortLayers();
+  void ChooseFromLists();
   void HideTwoAndRecord();
   void ChangeAMaterialAndRecord();
   void RecallAndUndo();
@@ -179,6 +195,44 @@ void Story::SortLayers() {
   EXPECT_FALSE(row("Layer.1").parent().isValid());
   for (int i = 0; i < 2; ++i) Undo();
   desk_.Raise("materials");
+}
+
+// Whose entries come from the scene: a layer, a material, the scene's camera and render settings.
+void Story::ChooseFromLists() {
+  host::BaseObject* camera = host::BaseObject::Alloc(host::Ocamera);
+  camera->SetName("Front");
+  Doc().InsertObject(camera, nullptr, nullptr);
+  host::LayerObject* layer = host::LayerObject::Alloc();
+  layer->SetName("Back");
+  Doc().AppendLayer(layer);
+  host::RenderData* draft = host::RenderData::Alloc();
+  draft->SetName("Draft");
+  Doc().InsertRenderData(draft, nullptr, Doc().GetFirstRenderData());
+  hands::Press("ctrl+shift+a");
+  host::RenderData* settings = Doc().GetActiveRenderData();
+  ChooseInAttributes("Camera", "Front");
+  EXPECT_EQ(Doc().GetRenderBaseDraw()->GetSceneCamera(&Doc()), camera);
+  ChooseInAttributes("Render settings", "Draft");
+  EXPECT_EQ(Doc().GetActiveRenderData(), draft);
+  hands::Click(Tree(), RowOf("edge-column-3"));
+  host::BaseObject* column = Tree().Rows().ObjectAt(RowOf("edge-column-3"));
+  ChooseInAttributes("Layer", "Back");
+  EXPECT_EQ(column->GetLayerObject(&Doc()), layer);
+  host::BaseObject* painted = Doc().GetFirstObject();
+  while (!painted->GetTag(host::Ttexture)) painted = engine::NextInTree(painted);
+  desktop::SelectTag(*painted->GetTag(host::Ttexture), false);
+  Desk::Rest();
+  ChooseInAttributes("Material", "torch");
+  EXPECT_EQ(engine::AsTextureTag(painted->GetTag(host::Ttexture))->GetMaterial()->GetName(), host::String("torch"));
+  for (int i = 0; i < 4; ++i) Undo();
+  EXPECT_EQ(Doc().GetActiveRenderData(), settings);
+  EXPECT_EQ(column->GetLayerObject(&Doc()), nullptr);
+  host::BaseObject::Free(camera);
+  host::LayerObject::Free(layer);
+  host::RenderData::Free(draft);
+  engine::ClearUndo(Doc());
+  host::EventAdd();
+  Desk::Rest();
 }
 
 void Story::HideTwoAndRecord() {
@@ -308,7 +362,7 @@ TEST_F(Story, FromTheSampleToTheNextStart) {
     if (HasFailure()) pictures::Write(Window(), "story-stopped");
     return !HasFailure();
   };
-  if (!live({&Story::OpenTheSample, &Story::MoveObjects, &Story::SortLayers, &Story::HideTwoAndRecord,
+  if (!live({&Story::OpenTheSample, &Story::MoveObjects, &Story::SortLayers, &Story::ChooseFromLists, &Story::HideTwoAndRecord,
              &Story::ChangeAMaterialAndRecord, &Story::RecallAndUndo}))
     return;
   EXPECT_TRUE(QTest::qWaitFor([this] { return Window().View().IsFinished(); }, 60000));

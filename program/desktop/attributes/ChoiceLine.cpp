@@ -46,8 +46,17 @@ void ChoiceLine::Box::showPopup() {
   QComboBox::showPopup();
 }
 
+// The toolkit gives the focus back before it tells which row was chosen.
+void ChoiceLine::Box::hidePopup() {
+  closing_ = true;
+  QComboBox::hidePopup();
+  closing_ = false;
+}
+
+bool ChoiceLine::Box::IsChosenFrom() const { return closing_ || view()->isVisible(); }
+
 void ChoiceLine::Box::focusInEvent(QFocusEvent* event) {
-  line_.ReadList();
+  if (!IsChosenFrom()) line_.ReadList();
   QComboBox::focusInEvent(event);
 }
 
@@ -78,13 +87,12 @@ void ChoiceLine::Show(const FieldValue& value, const BaseDocument& doc) {
 
 // A list that was read stays as long as it is being used; else there is but the one that is shown.
 void ChoiceLine::ShowLink(const FieldValue& value, const BaseDocument& doc) {
+  if (box_->IsChosenFrom()) return;
   const BaseList2D* target = value.value.GetLink(&doc);
   const qulonglong id = target ? engine::IdOf(*target) : 0;
   if (!box_->hasFocus()) {
     box_->clear();
     if (!value.mixed[0]) box_->addItem(target ? NameOf(*target) : NoneText(Shown().kind), id);
-  } else if (box_->view()->isVisible()) {
-    return;
   } else {
     ReadList();
   }

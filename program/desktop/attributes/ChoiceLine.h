@@ -21,6 +21,9 @@ class ChoiceLine : public LineField {
    public:
     explicit Box(ChoiceLine& line) : QComboBox(&line), line_(line) {}
     void showPopup() override;
+    void hidePopup() override;
+    // From when the popup opens until what is chosen in it was told.
+    bool IsChosenFrom() const;
 
    protected:
     void focusInEvent(QFocusEvent* event) override;
@@ -28,6 +31,7 @@ class ChoiceLine : public LineField {
 
    private:
     ChoiceLine& line_;
+    bool closing_ = false;
   };
 
   bool IsLink() const { return Shown().kind != FieldKind::Choice; }

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <algorithm>
 #include <limits>
 
 #include "program/desktop/Text.h"
@@ -82,10 +83,22 @@ int LongestText(const QComboBox& combo) {
   return std::min(longest, kMost);
 }
 
+bool HasChoices(const QComboBox& combo, const std::vector<engine::Choice>& choices) {
+  int row = 0;
+  return combo.count() == static_cast<int>(choices.size()) &&
+         std::all_of(choices.begin(), choices.end(), [&](const engine::Choice& choice) {
+           const int at = row++;
+           return combo.itemText(at) == ToQt(choice.text) && combo.itemData(at).toInt() == choice.id;
+         });
+}
+
 void ShowChoices(QComboBox& combo, const Gadget& now) {
   const QSignalBlocker quiet(combo);
-  combo.clear();
-  for (const engine::Choice& choice : now.choices) combo.addItem(ToQt(choice.text), choice.id);
+  // A list that a person is choosing from stays as long as it is right.
+  if (!HasChoices(combo, now.choices)) {
+    combo.clear();
+    for (const engine::Choice& choice : now.choices) combo.addItem(ToQt(choice.text), choice.id);
+  }
   combo.setCurrentIndex(combo.findData(now.value.GetLong()));
   if (now.width == 0) combo.setMinimumContentsLength(LongestText(combo));
 }
