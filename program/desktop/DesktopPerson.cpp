@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QGridLayout>
 #include <QMessageBox>
+#include <QRegularExpression>
 #include <QThread>
 #include <limits>
 
@@ -21,8 +22,15 @@ constexpr int kLongestDoing = 70;
 constexpr double kUnknownShare = -1;
 constexpr int kNarrowestBox = 340;
 
-int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text, QMessageBox::StandardButtons buttons) {
+bool SaysItWarns(const std::string& text) {
+  static const QRegularExpression kFirstWords("^\\s*(\\w+\\s+)?(warning|error)\\b", QRegularExpression::CaseInsensitiveOption);
+  return kFirstWords.match(ToQt(text)).hasMatch();
+}
+
+int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text, QMessageBox::StandardButtons buttons,
+            QMessageBox::StandardButton proposed) {
   QMessageBox box(icon, QApplication::applicationDisplayName(), ToQt(text), buttons, window);
+  box.setDefaultButton(proposed);
   box.setTextFormat(Qt::PlainText);
   // A width for the text itself would take the place of what the text needs.
   if (auto* grid = qobject_cast<QGridLayout*>(box.layout())) {
@@ -42,13 +50,19 @@ DesktopPerson::DesktopPerson() {
 void DesktopPerson::Tell(const std::string& text) {
   EndProgress();
   const FreePointer pointer;
-  ShowBox(window_, QMessageBox::Information, text, QMessageBox::Ok);
+  ShowBox(window_, SaysItWarns(text) ? QMessageBox::Warning : QMessageBox::Information, text, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+void DesktopPerson::Warn(const std::string& text) {
+  EndProgress();
+  const FreePointer pointer;
+  ShowBox(window_, QMessageBox::Warning, text, QMessageBox::Ok, QMessageBox::Ok);
 }
 
 bool DesktopPerson::Ask(const std::string& text) {
   EndProgress();
   const FreePointer pointer;
-  return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+  return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }
 
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {

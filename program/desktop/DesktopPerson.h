@@ -25,7 +25,11 @@ class DesktopPerson : public engine::Person {
   // How long work goes on before its progress shows.
   std::chrono::milliseconds patience{60};
 
+  // What says of itself in its first words that it warns or that it is an error looks so.
   void Tell(const std::string& text) override;
+  // Something did not work: shown as a warning.
+  void Warn(const std::string& text);
+  // The answer that Enter gives is no: what plug-ins ask about is deleting and overwriting, which no undo brings back.
   bool Ask(const std::string& text) override;
   std::optional<std::string> ChooseFile(const engine::FileQuestion& question) override;
   void ShowStatus(const std::string& text) override;

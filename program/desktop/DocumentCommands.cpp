@@ -67,7 +67,7 @@ void DocumentCommands::AskAndOpen(const char* filter) {
 
 bool DocumentCommands::Open(const std::string& path) {
   const engine::Status opened = TryToOpen(path);
-  if (!opened) person_.Tell(opened.Message());
+  if (!opened) person_.Warn(opened.Message());
   return opened.Ok();
 }
 
@@ -79,7 +79,7 @@ void DocumentCommands::OpenAll(const std::vector<std::string>& paths) {
     if (!opened && ++failed <= kMostToldAtOnce) messages += (failed > 1 ? "\n\n" : "") + opened.Message();
   }
   if (failed > kMostToldAtOnce) messages += "\n\nand " + std::to_string(failed - kMostToldAtOnce) + " more.";
-  if (failed > 0) person_.Tell(messages);
+  if (failed > 0) person_.Warn(messages);
 }
 
 engine::Status DocumentCommands::TryToOpen(const std::string& path) {
@@ -91,7 +91,7 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   DropUntouched(opened.Value());
   Remember(path);
   host::EventAdd();
-  if (!notes.empty()) person_.Tell(JoinedNotes(path, notes));
+  if (!notes.empty()) person_.Warn(JoinedNotes(path, notes));
   return {};
 }
 
@@ -119,7 +119,7 @@ void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
 bool DocumentCommands::Save(host::BaseDocument& doc) {
   if (!IsOwnScene(PathOf(doc)) || unplaced_.contains(IdentityOf(&doc))) return SaveAs(doc);
   const engine::Status saved = application_.SaveDocument(doc);
-  if (!saved) person_.Tell(saved.Message());
+  if (!saved) person_.Warn(saved.Message());
   return saved.Ok();
 }
 
@@ -128,7 +128,7 @@ bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
       window_, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_SAVE, "Save the scene as", ProposedPath(doc)}, kOwnScenes);
   if (!path) return false;
   const engine::Status saved = application_.SaveDocumentAs(doc, *path);
-  if (!saved) person_.Tell(saved.Message());
+  if (!saved) person_.Warn(saved.Message());
   if (saved) {
     unplaced_.erase(IdentityOf(&doc));
     Remember(*path);

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "engine/scene/SceneDump.h"
 #include "host/BaseObject.h"
 #include "tests/desktop/States.h"
 
@@ -43,6 +44,50 @@ TEST(MainWindow, RecordsAndLoadsByClicksAndTakesItBack) {
   Desk::Rest();
   desk.Entry("Edit", "Redo").trigger();
   EXPECT_EQ(object->GetEditorMode(), host::MODE_UNDEF);
+}
+
+TEST(MainWindow, EnterAnswersNoWhereNothingBringsBack) {
+  Desk desk;
+  RecordState(desk, "Morning");
+  desk::ChooseState(desk, 0);
+  host::GetActiveDocument()->AppendObject(host::BaseObject::Alloc(host::Onull));
+  const std::string before = engine::DumpDocument(*host::GetActiveDocument());
+  for (const host::LONG button : {stagemarks::kDelete, stagemarks::kRecord}) {
+    QString asked;
+    AnswerNext<QMessageBox>([&](QMessageBox& box) {
+      asked = box.text();
+      EXPECT_EQ(box.icon(), QMessageBox::Question);
+      QTest::keyClick(&box, Qt::Key_Return);
+    });
+    if (button == stagemarks::kRecord) desk.Gadget<QLineEdit>(stagemarks::kNameField).setText("Morning");
+    QTest::mouseClick(&desk.Gadget<QPushButton>(button), Qt::LeftButton);
+    Desk::Rest();
+    EXPECT_NE(asked, "");
+    EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(*host::GetActiveDocument())), std::vector<std::string>());
+  }
+}
+
+TEST(MainWindow, WarningsLookLikeWarnings) {
+  Desk desk;
+  const auto iconOf = [](const std::function<void()>& tell) {
+    auto icon = QMessageBox::NoIcon;
+    AnswerNext<QMessageBox>([&](QMessageBox& box) {
+      icon = box.icon();
+      box.accept();
+    });
+    tell();
+    return icon;
+  };
+  const std::pair<const char*, QMessageBox::Icon> cases[] = {
+      {"Warning! This will overwrite files.", QMessageBox::Warning},
+      {"An error has occurred.", QMessageBox::Warning},
+      {"Error! Nothing was made.", QMessageBox::Warning},
+      {"You must enter a name.", QMessageBox::Information},
+      {"Everything without an error or warning.", QMessageBox::Information}};
+  for (const auto& [text, icon] : cases) {
+    EXPECT_EQ(iconOf([&, told = std::string(text)] { desk.Person().Tell(told); }), icon) << text;
+  }
+  EXPECT_EQ(iconOf([&] { desk.Window().Commands().Open(desk.Folder() + "/none.c4d"); }), QMessageBox::Warning);
 }
 
 TEST(MainWindow, ChangedDocumentsAskBeforeTheyGo) {

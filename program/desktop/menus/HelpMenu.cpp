@@ -15,7 +15,7 @@ namespace {
 void OpenManual(MainWindow& window) {
   const std::string manual = engine::PluginFolder() + "/Stagemarks/help/SM_Manual.pdf";
   const engine::Status opened = engine::Outside::Current().OpenWithViewer(manual);
-  if (!opened) window.Commands().Person().Tell("The manual cannot be shown. " + opened.Message());
+  if (!opened) window.Commands().Person().Warn("The manual cannot be shown. " + opened.Message());
 }
 
 QString PluginNames(const engine::Application& application) {

@@ -53,7 +53,7 @@ void Recover(LostWork& lost, DocumentCommands& commands, Autosave& autosave) {
     if (opened) {
       autosave.Adopt(document, *opened.Value());
     } else {
-      commands.Person().Tell("\"" + document.title.toStdString() + "\" could not be recovered. " + opened.Message() +
+      commands.Person().Warn("\"" + document.title.toStdString() + "\" could not be recovered. " + opened.Message() +
                              "\n\nThe file stays at \"" + lost.KeepAside(document) + "\".");
     }
   }
