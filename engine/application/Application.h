@@ -2,12 +2,15 @@
 // Outside to use, loads plug-ins and runs its event loop; the published free functions act on it. Main thread.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "engine/core/Result.h"
+#include "engine/outside/FileLock.h"
 #include "engine/outside/Outside.h"
+#include "engine/scenefile/FileAsRead.h"
 #include "host/Application.h"
 #include "host/BaseDocument.h"
 #include "host/Plugins.h"
@@ -45,6 +48,17 @@ struct ApplicationSetup {
   std::vector<std::string> texturePaths;  // global texture paths, at most 10
 };
 
+// How a document is saved.
+struct SaveChoices {
+  // On the file, where the caller has it already; else it is taken for the time of the saving.
+  const FileLock* lock = nullptr;
+  std::chrono::milliseconds longestWait{10000};  // for another program that has the lock
+  // Replace also a file that somebody has changed since the document was read from it.
+  bool replaceChanged = false;
+  // Asked last, when all is written and before it takes the file's place.
+  BeforePlacing ready = {};
+};
+
 struct ApplicationBody;
 
 class Application {
@@ -74,11 +88,18 @@ class Application {
   // Opens a native scene file or imports another format, inserts the document and makes it active. Notes of the import go
   // to `notes` where given.
   Result<host::BaseDocument*> OpenDocument(const std::string& path, std::vector<std::string>* notes = nullptr);
-  // The host's Save and Save As: sends the document message to the document's scene hooks while path and name are still the
-  // old ones, writes (embedded textures beside it, too), then sets path and name and clears "changed".
-  Status SaveDocumentAs(host::BaseDocument& doc, const std::string& path);
+  // The host's Save and Save As: writes a new file (embedded textures beside it, too), sends the document message to the
+  // document's scene hooks while path and name are still the old ones, brings the file to its place, then sets path and name and
+  // clears "changed". A place where no file can be is refused before hooks hear of it. So is the document's own file when
+  // somebody has changed it since it was read.
+  Status SaveDocumentAs(host::BaseDocument& doc, const std::string& path, const SaveChoices& choices = {});
   // Same with the document's own path; fails for one never saved.
-  Status SaveDocument(host::BaseDocument& doc);
+  Status SaveDocument(host::BaseDocument& doc, const SaveChoices& choices = {});
+  // What has become of the file since the document was read from it or last saved to it; AsRead for a document that is of no
+  // scene file. Cheap: see LookAtFile.
+  FileNow LookAtFileOf(const host::BaseDocument& doc);
+  // From now on the file as it is now is the one that saving replaces, whoever changed it.
+  void AcceptFileOf(const host::BaseDocument& doc);
   std::vector<host::BaseDocument*> Documents() const;
   // As closing it, but hands the document to the caller, who frees it. False when it is none of the application's.
   bool ReleaseDocument(host::BaseDocument* doc);

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <atomic>
+#include <map>
+#include <string>
 
 #include "engine/application/Application.h"
 #include "engine/application/DocumentList.h"
@@ -10,6 +12,12 @@
 #include "engine/application/SceneHooks.h"
 
 namespace engine {
+
+// The scene file that a document was read from or last saved to.
+struct KnownFile {
+  std::string path;
+  FileAsRead file;
+};
 
 struct ApplicationBody {
   ApplicationBody(Outside& givenOutside, ApplicationSetup givenSetup)
@@ -29,6 +37,7 @@ struct ApplicationBody {
   SceneHooks hooks;
   PluginLibraries plugins;
   DocumentList documents{hooks};
+  std::map<host::ULLONG, KnownFile> files;  // by the number of the document
   std::atomic<bool> eventPosted{false};
   int commandDepth = 0;  // commands running now, one inside the other
 };

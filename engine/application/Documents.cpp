@@ -1,4 +1,6 @@
 // Opening, saving and listing documents: the application's operations and the published functions.
+#include <utility>
+
 #include "engine/application/ApplicationBody.h"
 #include "engine/import/EmbeddedTextures.h"
 #include "engine/import/Import.h"
@@ -22,6 +24,100 @@ Result<host::BaseDocument*> Import(const std::string& path, const std::string& w
   return imported.Value().document;
 }
 
+// Remembers the file of a document and forgets those of documents that are no more.
+void Know(ApplicationBody& body, const host::BaseDocument& doc, const std::string& path, const FileAsRead& file) {
+  std::map<host::ULLONG, KnownFile> files;
+  for (const host::BaseDocument* open : body.documents.All()) {
+    if (auto known = body.files.extract(NumberOf(*open)); !known.empty()) files.insert(std::move(known));
+  }
+  files.insert_or_assign(NumberOf(doc), KnownFile{path, file});
+  body.files = std::move(files);
+}
+
+KnownFile* FileKnownOf(ApplicationBody& body, const host::BaseDocument& doc) {
+  const auto known = body.files.find(NumberOf(doc));
+  return known == body.files.end() ? nullptr : &known->second;
+}
+
+bool IsSameFile(const std::string& one, const std::string& other) {
+  const FileStamp first = Outside::Current().Stamp(one);
+  const FileStamp second = Outside::Current().Stamp(other);
+  return one == other || (first.number != 0 && first.device == second.device && first.number == second.number);
+}
+
+// One saving of a document, from taking the lock to the new path and name.
+class Saving {
+ public:
+  Saving(ApplicationBody& body, host::BaseDocument& doc, const std::string& path, const SaveChoices& choices)
+      : body_(body), doc_(doc), path_(path), file_(NameOfPath(path)), choices_(choices), listed_(body.documents.Holds(&doc)) {}
+
+  Status Run() {
+    Status status = TakeLock();
+    if (status) status = CheckFile();
+    if (status) status = WriteEmbeddedTextures(doc_, file_.GetDirectory().GetString().ToUtf8());
+    if (status) status = Write();
+    if (!status) return status;
+    doc_.SetDocumentPath(file_.GetDirectory());
+    doc_.SetDocumentName(file_.GetFile());
+    ClearChanged(doc_);
+    return status;
+  }
+
+ private:
+  Status TakeLock() {
+    if (choices_.lock != nullptr) return {};
+    const std::string what = "Waiting for another program that changes " + path_.substr(path_.rfind('/') + 1);
+    Result<FileLock> lock =
+        FileLock::Take(path_, choices_.longestWait, [&](double share) { return Outside::Current().Progress(share, what); });
+    if (lock) lock_ = lock.Take();
+    return lock.GetStatus();
+  }
+
+  // Before anything is written or copied, what cannot be replaced is left alone.
+  Status CheckFile() {
+    const FileKind kind = Outside::Current().Kind(path_);
+    if (kind == FileKind::Folder) return FileFailure("Cannot write", path_, "a folder is in its place");
+    if (kind == FileKind::Other) return FileFailure("Cannot write", path_, "something that is no plain file is in its place");
+    KnownFile* known = FileKnownOf(body_, doc_);
+    if (choices_.replaceChanged || known == nullptr || !IsSameFile(known->path, path_)) return {};
+    if (LookAtFile(known->file, path_) != FileNow::Changed) return {};
+    return FileFailure("Did not write", path_, "it was changed by somebody else after it had been opened");
+  }
+
+  // Hooks hear of it once; where one of them changes the document, that is written, too.
+  Status Write() {
+    Status saved;
+    do {
+      written_ = ChangeCount(doc_);
+      FileAsRead now;
+      saved = SaveSceneFile(
+          doc_, path_, [this] { return BeforePlacingIt(); }, &now);
+      if (saved) Know(body_, doc_, path_, now);
+    } while (saved && ChangeCount(doc_) != written_);
+    return saved;
+  }
+
+  Status BeforePlacingIt() {
+    if (Status unchanged = CheckFile(); !unchanged) return unchanged;
+    if (!std::exchange(told_, true)) {
+      host::DocumentInfoData info{host::MSG_DOCUMENTINFO_TYPE_SAVE_BEFORE, file_};
+      doc_.Message(host::MSG_DOCUMENTINFO, &info);
+      if (listed_ && !body_.documents.Holds(&doc_)) return Status::Failure("The document was closed before it could be saved.");
+    }
+    return choices_.ready ? choices_.ready() : Status();
+  }
+
+  ApplicationBody& body_;
+  host::BaseDocument& doc_;
+  const std::string path_;
+  const host::Filename file_;
+  const SaveChoices& choices_;
+  const bool listed_;
+  FileLock lock_;
+  host::ULLONG written_ = 0;  // change count of what was written
+  bool told_ = false;
+};
+
 }  // namespace
 
 host::BaseDocument* Application::NewDocument() {
@@ -32,33 +128,40 @@ host::BaseDocument* Application::NewDocument() {
 }
 
 Result<host::BaseDocument*> Application::OpenDocument(const std::string& path, std::vector<std::string>* notes) {
-  Result<host::BaseDocument*> doc = IsImportable(path) ? Import(path, body_->setup.importWorker, notes) : OpenSceneFile(path);
+  FileAsRead file;
+  const bool imports = IsImportable(path);
+  Result<host::BaseDocument*> doc = imports ? Import(path, body_->setup.importWorker, notes) : OpenSceneFile(path, &file);
   if (!doc) return doc;
   body_->documents.Insert(doc.Value());
+  if (!imports) Know(*body_, *doc.Value(), path, file);
   body_->documents.Activate(doc.Value());
   host::EventAdd();
   return doc;
 }
 
-Status Application::SaveDocumentAs(host::BaseDocument& doc, const std::string& path) {
-  const host::Filename file = NameOfPath(path);
-  host::DocumentInfoData info{host::MSG_DOCUMENTINFO_TYPE_SAVE_BEFORE, file};
-  const bool listed = body_->documents.Holds(&doc);
-  doc.Message(host::MSG_DOCUMENTINFO, &info);
-  if (listed && !body_->documents.Holds(&doc)) return Status::Failure("The document was closed before it could be saved.");
-  if (Status textures = WriteEmbeddedTextures(doc, file.GetDirectory().GetString().ToUtf8()); !textures) return textures;
-  Status saved = SaveSceneFile(doc, path);
-  if (!saved) return saved;
-  doc.SetDocumentPath(file.GetDirectory());
-  doc.SetDocumentName(file.GetFile());
-  ClearChanged(doc);
-  return saved;
+Status Application::SaveDocumentAs(host::BaseDocument& doc, const std::string& path, const SaveChoices& choices) {
+  return Saving(*body_, doc, path, choices).Run();
 }
 
-Status Application::SaveDocument(host::BaseDocument& doc) {
+Status Application::SaveDocument(host::BaseDocument& doc, const SaveChoices& choices) {
   const std::string path = SavedPath(doc);
   if (path.empty()) return Status::Failure("The document was never saved; it needs a file name.");
-  return SaveDocumentAs(doc, path);
+  return SaveDocumentAs(doc, path, choices);
+}
+
+FileNow Application::LookAtFileOf(const host::BaseDocument& doc) {
+  KnownFile* known = FileKnownOf(*body_, doc);
+  return known == nullptr ? FileNow::AsRead : LookAtFile(known->file, known->path);
+}
+
+void Application::AcceptFileOf(const host::BaseDocument& doc) {
+  KnownFile* known = FileKnownOf(*body_, doc);
+  if (known == nullptr) return;
+  const FileStamp stamp = body_->outside.Stamp(known->path);
+  const Result<std::string> bytes = body_->outside.ReadFile(known->path);
+  if (!bytes) return;
+  const std::string_view whole = bytes.Value();
+  known->file = {stamp, HashOfContent({&whole, 1})};
 }
 
 std::vector<host::BaseDocument*> Application::Documents() const { return body_->documents.All(); }

@@ -57,8 +57,9 @@ Result<std::vector<std::string>> FaultyOutside::DoListFolders(const std::string&
   return fault == Fault::Fail ? InputOutputError(folder) : Shortened(fault, ForwardingOutside::DoListFolders(folder));
 }
 
-Status FaultyOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
-  return Next(Operation::ReplaceFile) ? InputOutputError(path) : ForwardingOutside::DoReplaceFile(path, pieces);
+Status FaultyOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                                    const BeforePlacing& ready) {
+  return Next(Operation::ReplaceFile) ? InputOutputError(path) : ForwardingOutside::DoReplaceFile(path, pieces, ready);
 }
 
 Status FaultyOutside::DoMakeFolder(const std::string& path) {

@@ -28,7 +28,7 @@ class FaultyOutside : public ForwardingOutside {
 
  protected:
   Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override;
-  Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) override;
+  Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) override;
   Status DoMakeFolder(const std::string& path) override;
   Status DoCopyFile(const std::string& from, const std::string& to, bool replace) override;
   Status DoRemoveFile(const std::string& path) override;

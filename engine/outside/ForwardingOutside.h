@@ -26,8 +26,8 @@ class ForwardingOutside : public Outside {
   FileKind DoKind(const std::string& path) override { return inner_.Kind(path); }
   FileStamp DoStamp(const std::string& path) override { return inner_.Stamp(path); }
   Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override { return inner_.ReadFile(path, limit); }
-  Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) override {
-    return inner_.ReplaceFile(path, pieces);
+  Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) override {
+    return inner_.ReplaceFile(path, pieces, ready);
   }
   Status DoMakeFolder(const std::string& path) override { return inner_.MakeFolder(path); }
   Status DoCopyFile(const std::string& from, const std::string& to, bool replace) override {

@@ -72,8 +72,8 @@ Result<std::string> Outside::ReadFile(const std::string& path, std::uint64_t lim
   return Read(Operation::ReadFile, path, [&](const std::string& clean) { return DoReadFile(clean, limit); });
 }
 
-Status Outside::ReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
-  return Change(Operation::ReplaceFile, path, [&](const std::string& clean) { return DoReplaceFile(clean, pieces); });
+Status Outside::ReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) {
+  return Change(Operation::ReplaceFile, path, [&](const std::string& clean) { return DoReplaceFile(clean, pieces, ready); });
 }
 
 Status Outside::MakeFolder(const std::string& path) {

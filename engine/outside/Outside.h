@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -18,10 +19,14 @@ namespace engine {
 
 enum class FileKind { Missing, File, Folder, Other };
 
-// What tells whether a file is still the one read before.
+// What tells whether a file is still the one read before. Differing stamps need not mean differing bytes: a copied file and one
+// whose rights changed have new ones.
 struct FileStamp {
   std::uint64_t size = 0;
   std::int64_t changed = 0;  // nanoseconds since 1970
+  std::int64_t touched = 0;  // the same of the system's own date, which nobody can set
+  std::uint64_t device = 0;
+  std::uint64_t number = 0;  // of the file on its device
   bool operator==(const FileStamp&) const = default;
 };
 
@@ -32,6 +37,9 @@ struct FileQuestion {
   std::string title;
   std::string proposal;  // path shown first, may be empty
 };
+
+// Asked when a file is written completely, before it takes its place; a failure leaves everything as it was.
+using BeforePlacing = std::function<Status()>;
 
 class Outside {
  public:
@@ -45,14 +53,14 @@ class Outside {
 
   // Links are followed. Never fails: a refused or unreadable path is Missing. Not in the ledger.
   FileKind Kind(const std::string& path);
-  // Size and date of what `path` leads to; zeros where it is Missing. Not in the ledger.
+  // What `path` leads to; zeros where it is Missing. Not in the ledger.
   FileStamp Stamp(const std::string& path);
   // The whole file; one larger than `limit` bytes, a folder, pipe or device is refused without reading it.
   Result<std::string> ReadFile(const std::string& path, std::uint64_t limit = 16ull << 30);
   // Atomic and durable: a temporary file in the same folder, everything written, sync checked, rename, folder
   // sync checked. On failure the old file is whole and the temporary one is gone. `pieces` are written in order. A
   // link to a file stays a link and the file it points to is replaced; a write-protected file is refused.
-  Status ReplaceFile(const std::string& path, std::span<const std::string_view> pieces);
+  Status ReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready = {});
   Status ReplaceFile(const std::string& path, std::string_view bytes) { return ReplaceFile(path, std::span(&bytes, 1)); }
   // No parents; success when the folder is there afterwards.
   Status MakeFolder(const std::string& path);
@@ -101,7 +109,7 @@ class Outside {
   virtual FileKind DoKind(const std::string& path) = 0;
   virtual FileStamp DoStamp(const std::string& path) = 0;
   virtual Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) = 0;
-  virtual Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) = 0;
+  virtual Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) = 0;
   virtual Status DoMakeFolder(const std::string& path) = 0;
   virtual Status DoCopyFile(const std::string& from, const std::string& to, bool replace) = 0;
   virtual Status DoRemoveFile(const std::string& path) = 0;

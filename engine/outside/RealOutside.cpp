@@ -24,6 +24,8 @@ FileKind KindOfMode(mode_t mode) {
   return S_ISDIR(mode) ? FileKind::Folder : FileKind::Other;
 }
 
+std::int64_t Nanoseconds(const timespec& time) { return std::int64_t{time.tv_sec} * 1000000000 + time.tv_nsec; }
+
 // An open plain file. Pipes and devices are refused before they are opened, since opening alone can wait or act; the
 // second look is for what was put in place in between.
 Result<FileHandle> OpenPlainFile(const std::string& path, struct stat& info) {
@@ -110,14 +112,16 @@ Result<std::string> RealOutside::DoReadFile(const std::string& path, std::uint64
 FileStamp RealOutside::DoStamp(const std::string& path) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) return {};
-  return {static_cast<std::uint64_t>(info.st_size), std::int64_t{info.st_mtim.tv_sec} * 1000000000 + info.st_mtim.tv_nsec};
+  return {static_cast<std::uint64_t>(info.st_size), Nanoseconds(info.st_mtim), Nanoseconds(info.st_ctim), info.st_dev,
+          info.st_ino};
 }
 
-Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
+Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) {
   if (!person_->Writing(path)) return Stopped(path);
   PendingFile file(path);
   Status status = file.Begin();
   for (std::size_t i = 0; status && i < pieces.size(); ++i) status = file.Write(pieces[i]);
+  if (status && ready) status = ready();
   return status ? file.Commit(true) : status;
 }
 

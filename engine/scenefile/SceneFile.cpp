@@ -98,18 +98,23 @@ Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimi
   });
 }
 
-Status SaveSceneFile(const BaseDocument& doc, const std::string& path) {
+Status SaveSceneFile(const BaseDocument& doc, const std::string& path, const BeforePlacing& ready, FileAsRead* now) {
   const Result<std::vector<std::string>> pieces = WriteScene(doc, Telling("Saving ", path));
   if (!pieces) return Status::Failure(At(path) + pieces.Message());
   const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
-  return Outside::Current().ReplaceFile(path, views);
+  Status saved = Outside::Current().ReplaceFile(path, views, ready);
+  if (saved && now != nullptr) *now = {Outside::Current().Stamp(path), HashOfContent(views)};
+  return saved;
 }
 
-Result<BaseDocument*> OpenSceneFile(const std::string& path) {
+Result<BaseDocument*> OpenSceneFile(const std::string& path, FileAsRead* now) {
+  const FileStamp stamp = Outside::Current().Stamp(path);
   const Result<std::string> bytes = Outside::Current().ReadFile(path);
   if (!bytes) return Result<BaseDocument*>(bytes.GetStatus());
   Result<BaseDocument*> doc = ReadScene(bytes.Value(), 0, Telling("Opening ", path));
   if (!doc) return Result<BaseDocument*>::Failure(At(path) + doc.Message());
+  const std::string_view whole = bytes.Value();
+  if (now != nullptr) *now = {stamp, HashOfContent({&whole, 1})};
   const host::Filename file{host::String(std::string_view(path))};
   doc.Value()->SetDocumentPath(file.GetDirectory());
   doc.Value()->SetDocumentName(file.GetFile());

@@ -51,9 +51,10 @@ FileKind VerbOutside::DoKind(const std::string& path) {
   return holding_ && heldFolders_.count(path) > 0 ? FileKind::Folder : RealOutside::DoKind(path);
 }
 
-Status VerbOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
+Status VerbOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                                  const engine::BeforePlacing& ready) {
   if (Terminal::Interrupted()) return Stopped(path);
-  if (!Holds(path)) return Written(path, RealOutside::DoReplaceFile(path, pieces));
+  if (!Holds(path)) return Written(path, RealOutside::DoReplaceFile(path, pieces, ready));
   std::string bytes;
   for (const std::string_view piece : pieces) bytes += piece;
   return Hold({Operation::ReplaceFile, path, "", std::move(bytes)});

@@ -28,7 +28,8 @@ class VerbOutside : public engine::RealOutside {
 
  protected:
   engine::FileKind DoKind(const std::string& path) override;
-  engine::Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces) override;
+  engine::Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                               const engine::BeforePlacing& ready) override;
   engine::Status DoMakeFolder(const std::string& path) override;
   engine::Status DoCopyFile(const std::string& from, const std::string& to, bool replace) override;
   engine::Status DoRemoveFile(const std::string& path) override;

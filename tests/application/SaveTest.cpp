@@ -3,6 +3,8 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+using engine::FileNow;
 using engine::Result;
 using engine::Status;
 using host::BaseDocument;
@@ -71,6 +73,86 @@ TEST_F(Saving, WhicheverOperationFailsTheOldFileStaysWhole) {
   EXPECT_GE(failures, 1U);
   EXPECT_NE(tests::ReadText(At("scene.c4d")), old);
   EXPECT_EQ(tests::Names(scratch.Path()), "scene.c4d");
+}
+
+TEST_F(Saving, AFileChangedBySomebodyElseIsNotReplacedWithoutAWord) {
+  const std::string path = At("scene.c4d");
+  BaseDocument* doc = New("shot");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, path));
+  const std::string own = tests::ReadText(path);
+  const std::string other = "x" + own.substr(1);
+  EXPECT_EQ(application->LookAtFileOf(*doc), FileNow::AsRead);
+  const struct {
+    std::function<void()> happens;
+    FileNow now;
+    bool saves;
+  } kRows[] = {
+      {[] {}, FileNow::AsRead, true},
+      {[&] { tests::WriteText(path, own); }, FileNow::AsRead, true},
+      {[&] { fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write); }, FileNow::AsRead, true},
+      {[&] { tests::WriteText(path, own + "more"); }, FileNow::Changed, false},
+      {[&] { tests::WriteText(path, other); }, FileNow::Changed, false},
+      {[&] { fs::remove(path); }, FileNow::Gone, true},
+  };
+  for (const auto& row : kRows) {
+    row.happens();
+    const std::string before = tests::ReadText(path);
+    EXPECT_EQ(application->LookAtFileOf(*doc), row.now) << &row - kRows;
+    doc->SetChanged();
+    const Status saved = application->SaveDocument(*doc);
+    EXPECT_EQ(saved.Ok(), row.saves) << &row - kRows << saved.Message();
+    EXPECT_EQ(tests::ReadText(path), row.saves ? own : before) << &row - kRows;
+    EXPECT_EQ(saved.Message().find("somebody else") != std::string::npos, !row.saves) << saved.Message();
+    EXPECT_NE(doc->GetChanged(), row.saves);
+  }
+}
+
+TEST_F(Saving, AChangedFileIsReplacedByWhoAcceptsItOrSaysSo) {
+  const std::string path = At("scene.c4d");
+  BaseDocument* doc = New("shot");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, path));
+  fs::create_symlink(path, At("link.c4d"));
+  tests::WriteText(path, "somebody's");
+  EXPECT_FALSE(application->SaveDocumentAs(*doc, At("link.c4d")).Ok()) << "another name of the same file";
+  ASSERT_TRUE(application->SaveDocument(*doc, {.replaceChanged = true}));
+  EXPECT_EQ(application->LookAtFileOf(*doc), FileNow::AsRead);
+  tests::WriteText(path, "somebody's again");
+  application->AcceptFileOf(*doc);
+  EXPECT_EQ(application->LookAtFileOf(*doc), FileNow::AsRead);
+  EXPECT_TRUE(application->SaveDocument(*doc));
+  const Result<BaseDocument*> opened = application->OpenDocument(path);
+  tests::WriteText(path, "somebody's once more");
+  EXPECT_EQ(application->LookAtFileOf(*opened.Value()), FileNow::Changed);
+  EXPECT_EQ(application->LookAtFileOf(*New("never saved")), FileNow::AsRead);
+}
+
+TEST_F(Saving, AFileThatIsBeingChangedIsWaitedFor) {
+  BaseDocument* doc = New("shot");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, At("scene.c4d")));
+  auto lock = engine::FileLock::Try(At("scene.c4d"));
+  ASSERT_TRUE(lock && lock.Value());
+  const Status busy = application->SaveDocument(*doc, {.longestWait = std::chrono::milliseconds(0)});
+  EXPECT_NE(busy.Message().find("another program is changing it"), std::string::npos) << busy.Message();
+  outside.StopProgressAt(1);
+  EXPECT_NE(application->SaveDocument(*doc).Message().find("stopped"), std::string::npos) << "and a person may stop waiting";
+  outside.StopProgressAt(0);
+  EXPECT_TRUE(application->SaveDocument(*doc, {.lock = &*lock.Value()})) << "by who has the lock";
+  EXPECT_TRUE(application->SaveDocument(*doc)) << "the lock is on a file that is no longer there";
+}
+
+TEST_F(Saving, HooksHearNothingOfASaveThatCannotBe) {
+  LoadGood();
+  BaseDocument* doc = New("shot");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, At("first.c4d")));
+  fs::create_directory(At("folder"));
+  Heard();
+  EXPECT_FALSE(application->SaveDocumentAs(*doc, "/dev/full").Ok());
+  EXPECT_FALSE(application->SaveDocumentAs(*doc, At("folder")).Ok());
+  EXPECT_FALSE(application->SaveDocumentAs(*doc, At("missing/scene.c4d")).Ok());
+  EXPECT_EQ(Heard(), "");
+  const auto refuse = [] { return Status::Failure("No."); };
+  EXPECT_EQ(application->SaveDocumentAs(*doc, At("second.c4d"), {.ready = refuse}).Message(), "No.");
+  EXPECT_EQ(tests::Names(scratch.Path()), "first.c4d folder plugins");
 }
 
 TEST_F(Saving, ThePluginsSaveTellsNobodyAndKeepsPathAndName) {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "engine/outside/FileLock.h"
 #include "engine/outside/HeldFile.h"
 #include "engine/outside/RealOutside.h"
 #include "tests/support/ScratchFolder.h"
@@ -293,6 +294,33 @@ TEST_F(RealFiles, AHeldFileIsHeldOnceUntilItIsLetGo) {
   }
   EXPECT_TRUE(engine::HoldFile(At("held")));
   EXPECT_EQ(Here(), "held");
+}
+
+TEST_F(RealFiles, ALockIsOnTheFileThatThePathLeadsTo) {
+  using engine::FileLock;
+  WriteText(At("a"), "a");
+  fs::create_symlink(At("a"), At("link"));
+  const auto mayBeTaken = [&](const char* name) { return FileLock::Try(At(name)).Value().has_value(); };
+  {
+    const auto lock = FileLock::Try(At("link"));
+    EXPECT_TRUE(lock.Value()->Covers(At("a")));
+    EXPECT_FALSE(mayBeTaken("a"));
+    EXPECT_FALSE(FileLock::Take(At("a"), std::chrono::milliseconds(0)));
+    EXPECT_EQ(FileLock::Take(At("a"), std::chrono::hours(1), [](double) { return false; }).Message(),
+              "Did not change \"" + At("a") + "\": the waiting was stopped.");
+    ASSERT_TRUE(outside.ReplaceFile(At("a"), "b"));
+    EXPECT_FALSE(lock.Value()->Covers(At("a")));
+    EXPECT_TRUE(mayBeTaken("link")) << "the new file is nobody's";
+  }
+  fs::create_directory(At("closed"));
+  WriteText(At("closed/a"), "a");
+  fs::permissions(At("closed/a"), fs::perms::owner_read);
+  fs::permissions(At("closed"), fs::perms::owner_read | fs::perms::owner_exec);
+  EXPECT_TRUE(mayBeTaken("closed/a"));
+  mkfifo(At("pipe").c_str(), 0600);
+  for (const char* nothing : {"missing", "pipe", "closed"}) EXPECT_TRUE(mayBeTaken(nothing)) << "there is nothing to lock";
+  fs::permissions(At("closed"), fs::perms::owner_all);
+  EXPECT_EQ(Here() + ", " + Names(At("closed")), "a closed link pipe, a");
 }
 
 }  // namespace

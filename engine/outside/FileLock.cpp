@@ -1,0 +1,84 @@
+#include "engine/outside/FileLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <thread>
+
+namespace engine {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenTries{20};
+
+FileHandle OpenForLocking(const std::string& path, int access) {
+  return FileHandle(open(path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+}
+
+bool IsPlainFile(const std::string& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+// 0, or the system's error.
+int LockNow(const FileHandle& file) {
+  while (flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EINTR) return errno;
+  }
+  return 0;
+}
+
+// File systems over a network lock only what is open for writing.
+int LockNow(FileHandle& file, const std::string& path) {
+  const int error = LockNow(file);
+  if (error != EBADF) return error;
+  file = OpenForLocking(path, O_RDWR);
+  return file ? LockNow(file) : errno;
+}
+
+bool KnowsNoLocks(int error) { return error == ENOLCK || error == EOPNOTSUPP || error == ENOSYS || error == EINVAL; }
+
+}  // namespace
+
+bool FileLock::Covers(const std::string& path) const {
+  struct stat held;
+  struct stat now;
+  return file_ && fstat(file_.Get(), &held) == 0 && stat(path.c_str(), &now) == 0 && held.st_dev == now.st_dev &&
+         held.st_ino == now.st_ino;
+}
+
+Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
+  // The file may be replaced between opening and locking, and the new one is the one to hold then.
+  while (IsPlainFile(path)) {
+    FileHandle file = OpenForLocking(path, O_RDONLY);
+    if (!file) file = OpenForLocking(path, O_WRONLY);
+    if (!file && errno == ENOENT) continue;
+    if (!file) return SystemFailure("Cannot lock", path);
+    const int error = LockNow(file, path);
+    if (error == EWOULDBLOCK) return std::optional<FileLock>();
+    if (KnowsNoLocks(error)) break;
+    errno = error;
+    if (error != 0) return SystemFailure("Cannot lock", path);
+    FileLock lock(std::move(file));
+    if (lock.Covers(path)) return std::optional(std::move(lock));
+  }
+  return std::optional(FileLock());
+}
+
+Result<FileLock> FileLock::Take(const std::string& path, std::chrono::milliseconds longest, const GoOn& goOn) {
+  const auto begin = std::chrono::steady_clock::now();
+  for (;;) {
+    Result<std::optional<FileLock>> lock = Try(path);
+    if (!lock) return lock.GetStatus();
+    if (lock.Value()) return std::move(*lock.Value());
+    const auto waited = std::chrono::steady_clock::now() - begin;
+    if (waited >= longest) return FileFailure("Cannot change", path, "another program is changing it");
+    const double share = std::chrono::duration<double>(waited) / std::chrono::duration<double>(longest);
+    if (goOn && !goOn(std::min(share, 1.0))) return FileFailure("Did not change", path, "the waiting was stopped");
+    std::this_thread::sleep_for(kBetweenTries);
+  }
+}
+
+}  // namespace engine
