@@ -79,14 +79,16 @@ std::string MeshText(const Mesh& mesh) {
 // Writes everything, naming elements by running numbers in the order of the walk.
 class DocumentDump {
  public:
-  explicit DocumentDump(const BaseDocument& doc) : doc_(doc) {
+  DocumentDump(const BaseDocument& doc, const TextSink& sink) : doc_(doc), out_(sink) {
     for (const GeListNode* node = &doc; node; node = NextInside(*node, doc)) numbers_.emplace(IdOf(*node), numbers_.size());
   }
 
-  std::string Text() {
-    for (const GeListNode* node = &doc_; node; node = NextInside(*node, doc_)) Element(static_cast<const BaseList2D&>(*node));
-    AppendActive();
-    return std::move(out_);
+  bool Write() {
+    for (const GeListNode* node = &doc_; node && !out_.Stopped(); node = NextInside(*node, doc_)) {
+      Element(static_cast<const BaseList2D&>(*node));
+    }
+    WriteActive();
+    return out_.Flush();
   }
 
  private:
@@ -96,7 +98,7 @@ class DocumentDump {
     return found == numbers_.end() ? "dead" : "#" + std::to_string(found->second);
   }
 
-  void Line(const std::string& text) { out_ += prefix_ + " " + text + "\n"; }
+  void Line(const std::string& text) { out_.Line(prefix_ + " " + text); }
 
   void Element(const BaseList2D& node) {
     prefix_ = Number(IdOf(node));
@@ -106,7 +108,7 @@ class DocumentDump {
     Special(node);
     const host::BaseContainer& data = *node.GetDataInstance();
     if (data.GetId() != 0) Line("data id " + std::to_string(data.GetId()));
-    AppendContainer(
+    WriteContainer(
         data, prefix_ + " data", [this](NodeId id) { return Number(id); }, out_);
   }
 
@@ -144,7 +146,7 @@ class DocumentDump {
 
   void Flags(const host::LayerData& data) { Line("flags " + FlagsText(data) + " colour " + VectorText(data.color)); }
 
-  void AppendActive() {
+  void WriteActive() {
     prefix_ = "active";
     Line("render settings " + Number(ActiveRenderDataIdOf(doc_)));
     Line("scene camera " + Number(SceneCameraIdOf(doc_)));
@@ -155,7 +157,7 @@ class DocumentDump {
   const BaseDocument& doc_;
   std::unordered_map<NodeId, std::size_t> numbers_;
   std::string prefix_;
-  std::string out_;
+  LineWriter out_;
 };
 
 // Tag types whose data can be part of a recorded state.
@@ -164,21 +166,20 @@ constexpr host::LONG kStateTags[] = {host::Ttexture, host::Tcompositing, 1021738
 // Writes what a recording can hold, naming elements by position and name.
 class StateDump {
  public:
-  explicit StateDump(const BaseDocument& doc) : doc_(doc) {}
+  StateDump(const BaseDocument& doc, const TextSink& sink) : doc_(doc), out_(sink) {}
 
-  std::string Text() {
+  bool Write() {
     Settings();
     const host::BaseObject* camera = doc_.GetRenderBaseDraw()->GetSceneCamera(&doc_);
-    out_ += "scene camera " + (camera ? Quoted(camera->GetName()) : "none") + "\n";
+    out_.Line("scene camera " + (camera ? Quoted(camera->GetName()) : "none"));
     std::size_t index = 0;
     for (const host::BaseObject* object = doc_.GetFirstObject(); object; object = NextInTree(object)) Object(*object, index++);
     index = 0;
     for (const GeListNode* node = doc_.GetLayerObjectRoot()->GetFirst(); node; node = NextInTree(node)) {
       const auto& layer = static_cast<const host::LayerObject&>(*node);
-      out_ +=
-          "layer " + std::to_string(index++) + " " + Quoted(layer.GetName()) + " flags " + FlagsText(OwnLayerData(layer)) + "\n";
+      out_.Line("layer " + std::to_string(index++) + " " + Quoted(layer.GetName()) + " flags " + FlagsText(OwnLayerData(layer)));
     }
-    return std::move(out_);
+    return out_.Flush();
   }
 
  private:
@@ -188,40 +189,47 @@ class StateDump {
   }
 
   void Data(const std::string& prefix, const BaseList2D& node) {
-    AppendContainer(
+    WriteContainer(
         *node.GetDataInstance(), prefix, [this](NodeId id) { return Target(id); }, out_);
   }
 
   void Settings() {
     const host::RenderData& settings = *doc_.GetActiveRenderData();
-    out_ += "render settings " + Quoted(settings.GetName()) + "\n";
+    out_.Line("render settings " + Quoted(settings.GetName()));
     Data("render settings data", settings);
     for (const GeListNode* node = NextInside(settings, settings); node; node = NextInside(*node, settings)) {
       if (KindOf(*node) != NodeKind::VideoPost && KindOf(*node) != NodeKind::Multipass) continue;
       const auto& effect = static_cast<const BaseList2D&>(*node);
       const std::string prefix = std::string(KindName(KindOf(effect))) + " " + std::to_string(effect.GetType());
-      out_ += prefix + (effect.GetBit(host::BIT_DISABLED) ? " off\n" : " on\n");
+      out_.Line(prefix + (effect.GetBit(host::BIT_DISABLED) ? " off" : " on"));
       Data(prefix, effect);
     }
   }
 
   void Object(const host::BaseObject& object, std::size_t index) {
     const std::string prefix = "object " + std::to_string(index) + " " + Quoted(object.GetName());
-    out_ += prefix + " modes " + std::to_string(object.GetEditorMode()) + " " + std::to_string(object.GetRenderMode()) + " " +
-            std::to_string(object.GetDeformMode()) + "\n";
+    out_.Line(prefix + " modes " + std::to_string(object.GetEditorMode()) + " " + std::to_string(object.GetRenderMode()) + " " +
+              std::to_string(object.GetDeformMode()));
     std::size_t position = 0;
     for (host::BaseTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext(), ++position) {
       if (std::count(std::begin(kStateTags), std::end(kStateTags), tag->GetType()) == 0) continue;
       const std::string line = prefix + " tag " + std::to_string(position) + " type " + std::to_string(tag->GetType());
       const host::TextureTag* texture = AsTextureTag(tag);
-      out_ += line + (texture ? " material " + Target(MaterialIdOf(*texture)) : "") + "\n";
+      out_.Line(line + (texture ? " material " + Target(MaterialIdOf(*texture)) : ""));
       Data(line, *tag);
     }
   }
 
   const BaseDocument& doc_;
-  std::string out_;
+  LineWriter out_;
 };
+
+TextSink AppendTo(std::string& text) {
+  return [&text](std::string_view piece) {
+    text += piece;
+    return true;
+  };
+}
 
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
@@ -243,8 +251,19 @@ void AppendMissing(const std::vector<std::string>& all, const std::vector<std::s
 
 }  // namespace
 
-std::string DumpDocument(const BaseDocument& doc) { return DocumentDump(doc).Text(); }
-std::string DumpState(const BaseDocument& doc) { return StateDump(doc).Text(); }
+bool DumpDocument(const BaseDocument& doc, const TextSink& sink) { return DocumentDump(doc, sink).Write(); }
+
+std::string DumpDocument(const BaseDocument& doc) {
+  std::string text;
+  DumpDocument(doc, AppendTo(text));
+  return text;
+}
+
+std::string DumpState(const BaseDocument& doc) {
+  std::string text;
+  StateDump(doc, AppendTo(text)).Write();
+  return text;
+}
 
 std::vector<std::string> DumpDifference(const std::string& a, const std::string& b, std::size_t most) {
   if (a == b) return {};

@@ -79,10 +79,10 @@ std::string PathBelow(const std::vector<Level>& levels, const std::string& here)
 
 }  // namespace
 
-void AppendContainer(const host::BaseContainer& data, const std::string& prefix, const LinkNames& links, std::string& out) {
+void WriteContainer(const host::BaseContainer& data, const std::string& prefix, const LinkNames& links, LineWriter& out) {
   std::vector<Level> levels;
   levels.push_back({data, prefix + " "});
-  while (!levels.empty()) {
+  while (!levels.empty() && !out.Stopped()) {
     Level& level = levels.back();
     if (level.next == level.data.GetCount()) {
       levels.pop_back();
@@ -90,7 +90,7 @@ void AppendContainer(const host::BaseContainer& data, const std::string& prefix,
     }
     const std::string here = level.path + std::to_string(level.data.GetIndexId(level.next));
     const GeData value = level.data.GetIndexData(level.next++);
-    out += here + " = " + ValueText(value, links) + "\n";
+    out.Line(here + " = " + ValueText(value, links));
     if (value.GetType() == host::DA_CONTAINER) levels.push_back({value.GetContainer(), PathBelow(levels, here)});
   }
 }

@@ -55,6 +55,10 @@ UndoScope::UndoScope(BaseDocument& doc, const std::string& name) : doc_(doc), be
 
 UndoScope::~UndoScope() { UndoHistory::Of(doc_).LeaveScope(); }
 
+std::optional<StepDifference> UndoScope::Difference(std::size_t most, const GoOn& goOn) const {
+  return UndoHistory::Of(doc_).Difference(begin_, most, goOn);
+}
+
 void UndoScope::Cancel() { UndoHistory::Of(doc_).TakeBack(begin_); }
 
 }  // namespace engine

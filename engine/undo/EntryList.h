@@ -20,6 +20,7 @@ class EntryList {
 
   std::size_t Size() const { return size_; }
   UndoEntry& operator[](std::size_t index) { return chunks_[index / kChunk]->At(index % kChunk); }
+  const UndoEntry& operator[](std::size_t index) const { return chunks_[index / kChunk]->At(index % kChunk); }
   void Add(UndoEntry&& entry) {
     ::new (NextPlace()) UndoEntry(std::move(entry));
     ++size_;

@@ -2,9 +2,12 @@
 // interface has the rest: BaseDocument::StartUndo, AddUndo, EndUndo, DoUndo, DoRedo. Main thread.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "engine/core/GoOn.h"
+#include "engine/undo/StepDifference.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
@@ -38,6 +41,10 @@ class UndoScope {
 
   // Takes back everything registered since the scope began, without leaving a step to redo.
   void Cancel();
+
+  // What is not as it was when the scope began (of scene camera and active render settings: when the outermost one did), with
+  // lines of the first `most` elements. Nothing when it was stopped.
+  std::optional<StepDifference> Difference(std::size_t most, const GoOn& goOn = {}) const;
 
  private:
   host::BaseDocument& doc_;

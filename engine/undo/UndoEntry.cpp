@@ -5,6 +5,7 @@
 #include "engine/scene/NodeCopy.h"
 #include "engine/scene/NodeTree.h"
 #include "engine/scene/ObjectShape.h"
+#include "engine/undo/KeptLists.h"
 
 namespace engine {
 
@@ -14,20 +15,6 @@ using host::GeListNode;
 using A = NodeAccess;
 
 namespace {
-
-// Posts and passes that are in no settings now.
-struct KeptLists {
-  std::vector<BaseList2D*> posts;
-  std::vector<BaseList2D*> passes;
-
-  KeptLists() = default;
-  KeptLists(const KeptLists&) = delete;
-  KeptLists& operator=(const KeptLists&) = delete;
-  ~KeptLists() {
-    for (BaseList2D* node : posts) DestroyNode(node);
-    for (BaseList2D* node : passes) DestroyNode(node);
-  }
-};
 
 struct NodePlace {
   NodeId owner = 0;

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "engine/scene/NodeAccess.h"
 
@@ -21,6 +23,13 @@ class UndoEntry {
 
   // Exchanges the kept state with the live one; does nothing when the element is gone.
   void Exchange(host::BaseDocument& doc);
+
+  NodeId Node() const { return node_; }
+  bool KeepsPlace() const { return place_; }
+  // Of an entry that keeps contents: whether those of `node`, its element, are others. Selection does not count.
+  bool Differs(const host::BaseList2D& node) const;
+  // What differs as lines for a person, "object "Cube" render off -> on".
+  void AppendDifference(const host::BaseDocument& doc, const host::BaseList2D& node, std::vector<std::string>& lines) const;
 
  private:
   // A place that keeps nothing yet.

@@ -4,12 +4,14 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
 #include "engine/scene/DocumentBody.h"
 #include "engine/undo/EntryList.h"
+#include "engine/undo/StepDifference.h"
 
 namespace engine {
 
@@ -57,6 +59,9 @@ class UndoHistory : public UndoAttachment {
   void LeaveScope();
   // Takes back the open group's entries from there on.
   void TakeBack(std::size_t from);
+  // What the open group's entries from there on have come to; camera and active settings compare with the group's beginning.
+  // Lines of the first `most` elements that differ. Nothing when it was stopped.
+  std::optional<StepDifference> Difference(std::size_t from, std::size_t most, const GoOn& goOn) const;
 
   bool Claim(host::BaseList2D& node) override;
   void Made(host::BaseList2D& node) override;
@@ -80,6 +85,8 @@ class UndoHistory : public UndoAttachment {
   void Exchange(Step& step, bool backwards, std::size_t from);
   bool HoldsChange() const;
   void DropOldest();
+  // Positions of the entries from there on, the first of each element, in order.
+  std::vector<std::size_t> FirstEntries(std::size_t from) const;
 
   host::BaseDocument& doc_;
   std::unique_ptr<Step> open_;

@@ -11,6 +11,8 @@ using nlohmann::json;
 using tests::ChildResult;
 using tests::CommandLine;
 using tests::ReadText;
+using tests::RunChild;
+using tests::WriteText;
 
 TEST_F(CommandLine, UsageIsRefusedWithStatusTwo) {
   const struct {
@@ -71,6 +73,52 @@ TEST_F(CommandLine, RecordsAndRecallsAState) {
   EXPECT_EQ(renderModes(), std::set<int>{1});
   EXPECT_EQ(Json({"info", scene})["renderSettings"][0]["width"], 320);
   EXPECT_EQ(Marks(scene), "All *None ");
+}
+
+TEST_F(CommandLine, LoadTellsWhatItChanged) {
+  const std::string scene = Staged();
+  const json changes = Json({"load", scene, "Day"});
+  EXPECT_TRUE(changes["changed"]);
+  EXPECT_EQ(changes["changes"],
+            json({{"objects", 21}, {"tags", 0}, {"layers", 0}, {"renderSettings", false}, {"sceneCamera", false}}));
+  EXPECT_FALSE(Json({"load", scene, "Night"})["changed"]);
+  const std::string told = Out({"load", scene, "Day", "-v"});
+  EXPECT_NE(told.find("It changed 21 objects.\n"), std::string::npos) << told;
+  EXPECT_NE(told.find("  object \"Kopf2\" render off -> default\n"), std::string::npos) << told;
+}
+
+// Empty objects enough for a dump that fits into no pipe.
+std::string ManyObjects(const std::string& file) {
+  json nodes = json::array();
+  json roots = json::array();
+  for (int i = 0; i < 5000; ++i) {
+    nodes.push_back({{"name", "Lamp " + std::to_string(i)}});
+    roots.push_back(i);
+  }
+  const json scene = {{"asset", {{"version", "2.0"}}}, {"scene", 0}, {"scenes", {{{"nodes", roots}}}}, {"nodes", nodes}};
+  WriteText(file, scene.dump());
+  return file;
+}
+
+TEST_F(CommandLine, DumpIsWrittenPieceByPiece) {
+  const std::string scene = ManyObjects(Scene("many.gltf"));
+  const std::string text = Out({"info", scene, "--dump"});
+  EXPECT_GT(text.size(), 300000U);
+  EXPECT_NE(text.find("\"Lamp 4999\""), std::string::npos);
+  EXPECT_EQ(Json({"info", scene, "--dump"})["dump"], text);
+
+  // Nobody reads on until Ctrl-C has come, so that the program stands before a full pipe.
+  WriteText(Scene("stop.sh"),
+            "mkfifo pipe\n\"$1\" info many.gltf --dump >pipe & child=$!\nexec 3<pipe\nread first <&3\n"
+            "kill -INT $child\ncat <&3 >rest\nwait $child\n");
+  const std::string stop = "cd '" + folder_.Path() + "' && sh stop.sh " TEST_BINARY_DIR "/bin/stagemarks";
+  EXPECT_EQ(RunChild("/bin/sh", {"-c", stop}).status, 130);
+  EXPECT_LT(ReadText(Scene("rest")).size(), text.size() / 2);
+
+  const std::string full = "'" TEST_BINARY_DIR "/bin/stagemarks' info '" + scene + "' --dump >/dev/full";
+  const ChildResult failed = RunChild("/bin/sh", {"-c", full});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_NE(failed.err.find("could not be written"), std::string::npos) << failed.err;
 }
 
 TEST_F(CommandLine, WritesNothingUnlessTold) {

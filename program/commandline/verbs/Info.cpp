@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iostream>
 
 #include "engine/dialog/TextArea.h"
 #include "engine/scene/Nodes.h"
@@ -134,18 +135,34 @@ void AddFacts(const host::BaseDocument& doc, std::size_t marks, Report& report) 
   report.Json()["stagemarks"] = marks;
 }
 
+// Writes what the scene holds as it goes, as lines or as the text of one JSON object.
+int PrintDump(const host::BaseDocument& doc, Program& program) {
+  if (program.json) std::cout << "{\n  \"dump\": \"";
+  const bool whole = engine::DumpDocument(doc, [&program](std::string_view piece) {
+    if (program.json) {
+      const std::string quoted = json(piece).dump(-1, ' ', false, json::error_handler_t::replace);
+      std::cout << std::string_view(quoted).substr(1, quoted.size() - 2);
+    } else {
+      std::cout << piece;
+    }
+    return std::cout.good() && !Terminal::Interrupted();
+  });
+  if (program.json && whole) std::cout << "\"\n}\n";
+  std::cout.flush();
+  if (Terminal::Interrupted()) return kInterrupted;
+  if (std::cout.good()) return kDone;
+  program.terminal.Error("The dump could not be written to standard output.");
+  return kFailed;
+}
+
 int RunInfo(Program& program, const InfoOptions& options) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
   host::BaseDocument& doc = session.Document();
+  if (options.dump) return PrintDump(doc, program);
   Report report;
-  if (options.dump) {
-    report.Line(engine::DumpDocument(doc));
-    report.Json()["dump"] = ValidUtf8(engine::DumpDocument(doc));
-  } else {
-    AddFacts(doc, session.Dialog().Marks().size(), report);
-    if (options.tree) AddTree(doc, report);
-  }
+  AddFacts(doc, session.Dialog().Marks().size(), report);
+  if (options.tree) AddTree(doc, report);
   report.Print(program.json);
   return kDone;
 }

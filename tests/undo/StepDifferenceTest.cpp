@@ -1,0 +1,136 @@
+// What a scope says it has changed.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "engine/undo/Undo.h"
+#include "host/Parameters.h"
+#include "tests/support/SceneBuilder.h"
+
+namespace {
+
+using host::BaseContainer;
+using host::BaseTag;
+using tests::SceneBuilder;
+
+constexpr host::LONG kStyle = 1011012;
+
+struct Scene : SceneBuilder {
+  Scene() {
+    Camera("Cam").Cube("Box").Cube("Ball").Material("Red").Material("Blue").Layer("L");
+    Settings("HD").Post("HD", 1).Settings("Other").Texture("Box", "Red").Tag("Box", kStyle).Active("HD");
+    GetTag("Box", kStyle)->SetName(host::String("Style"));
+  }
+  void Changing(void* element) const { Doc().AddUndo(host::UNDO_CHANGE, element); }
+  BaseContainer& Style() const { return *GetTag("Box", kStyle)->GetDataInstance(); }
+  host::TextureTag& Paint() const { return *static_cast<host::TextureTag*>(GetTag("Box", host::Ttexture)); }
+};
+
+std::string Joined(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  return text;
+}
+
+// Counts of objects, tags, layers, settings and others, "A" for other active settings, "C" for another camera.
+std::string Summary(const engine::StepDifference& d) {
+  std::string text;
+  for (const std::size_t count : {d.objects, d.tags, d.layers, d.renderSettings, d.others}) text += std::to_string(count);
+  return text + (d.activeSettings ? "A" : "") + (d.sceneCamera ? "C" : "");
+}
+
+struct Case {
+  const char* name;
+  std::function<void(Scene&)> change;
+  const char* summary;
+  const char* lines;
+};
+
+const Case kCases[] = {
+    {"nothing", [](Scene&) {}, "00000", ""},
+    {"registered and left alone",
+     [](Scene& s) {
+       for (void* element : std::initializer_list<void*>{s.GetObject("Box"), &s.Paint(), s.GetLayer("L"), s.GetSettings("HD")})
+         s.Changing(element);
+     },
+     "00000", ""},
+    {"written as it was",
+     [](Scene& s) {
+       s.Changing(s.GetTag("Box", kStyle));
+       s.Style().SetLong(5, 1);
+       s.Style().RemoveData(5);
+     },
+     "00000", ""},
+    {"changed and changed back, registered twice",
+     [](Scene& s) {
+       s.Changing(s.GetObject("Box"));
+       s.Modes("Box", host::MODE_OFF, host::MODE_OFF);
+       s.Changing(s.GetObject("Box"));
+       s.Modes("Box", host::MODE_UNDEF, host::MODE_UNDEF);
+     },
+     "00000", ""},
+    {"switches",
+     [](Scene& s) {
+       s.Changing(s.GetObject("Ball"));
+       s.Changing(s.GetObject("Box"));
+       s.Modes("Ball", host::MODE_OFF, host::MODE_ON, false).Modes("Box", host::MODE_UNDEF, host::MODE_OFF);
+     },
+     "20000",
+     "object \"Ball\" editor default -> off\nobject \"Ball\" render default -> on\nobject \"Ball\" deform on -> off\n"
+     "object \"Box\" render default -> off\n"},
+    {"tags",
+     [](Scene& s) {
+       s.Changing(&s.Paint());
+       s.Paint().SetMaterial(s.GetMaterial("Blue"));
+       s.Changing(s.GetTag("Box", kStyle));
+       s.Style().SetReal(7, 0.5);
+       s.Style().SetLink(8, s.GetObject("Ball"));
+     },
+     "02000",
+     "tag \"Texture\" of \"Box\" material \"Red\" -> \"Blue\"\ntag \"Style\" of \"Box\" 7 nothing -> real 0.5\n"
+     "tag \"Style\" of \"Box\" 8 nothing -> link \"Ball\"\n"},
+    {"a layer",
+     [](Scene& s) {
+       s.Changing(s.GetLayer("L"));
+       host::LayerData flags;
+       flags.view = false;
+       s.GetLayer("L")->SetLayerData(&s.Doc(), flags);
+     },
+     "00100", "layer \"L\" view on -> off\n"},
+    {"an effect of render settings",
+     [](Scene& s) {
+       s.Changing(s.GetSettings("HD"));
+       s.GetSettings("HD")->GetFirstVideoPost()->SetBit(host::BIT_DISABLED);
+       s.Doc().SetActiveRenderData(s.GetSettings("Other"));
+     },
+     "00010A", "render settings \"HD\" effects and passes as they were -> others\nactive render settings \"HD\" -> \"Other\"\n"},
+    {"the camera", [](Scene& s) { s.LookThrough("Cam"); }, "00000C", "scene camera none -> \"Cam\"\n"},
+};
+
+TEST(StepDifference, SaysWhatIsNotAsItWas) {
+  for (const Case& one : kCases) {
+    SCOPED_TRACE(one.name);
+    Scene scene;
+    const engine::UndoScope scope(scene.Doc(), "Case");
+    one.change(scene);
+    const auto difference = scope.Difference(10);
+    ASSERT_TRUE(difference);
+    EXPECT_EQ(Summary(*difference), one.summary);
+    EXPECT_EQ(Joined(difference->lines), one.lines);
+    EXPECT_EQ(difference->IsEmpty(), std::string(one.lines).empty());
+  }
+}
+
+TEST(StepDifference, CountsAllDescribesSomeAndStops) {
+  Scene scene;
+  const engine::UndoScope scope(scene.Doc(), "Case");
+  for (const char* name : {"Cam", "Box", "Ball"}) {
+    scene.Changing(scene.GetObject(name));
+    scene.Modes(name, host::MODE_UNDEF, host::MODE_OFF);
+  }
+  EXPECT_EQ(Joined(scope.Difference(1)->lines), "object \"Cam\" render default -> off\n");
+  EXPECT_EQ(scope.Difference(1)->objects, 3U);
+  EXPECT_FALSE(scope.Difference(1, [](double) { return false; }));
+}
+
+}  // namespace
