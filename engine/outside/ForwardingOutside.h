@@ -25,6 +25,7 @@ class ForwardingOutside : public Outside {
  protected:
   FileKind DoKind(const std::string& path) override { return inner_.Kind(path); }
   FileStamp DoStamp(const std::string& path) override { return inner_.Stamp(path); }
+  std::optional<DiskSpace> DoSpace(const std::string& path) override { return inner_.Space(path); }
   Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override { return inner_.ReadFile(path, limit); }
   Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) override {
     return inner_.ReplaceFile(path, pieces, ready);

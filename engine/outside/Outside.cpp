@@ -1,5 +1,6 @@
 #include "engine/outside/Outside.h"
 
+#include <algorithm>
 #include <atomic>
 
 #include "engine/outside/PathRules.h"
@@ -66,6 +67,17 @@ FileKind Outside::Kind(const std::string& path) {
 FileStamp Outside::Stamp(const std::string& path) {
   const Result<std::string> clean = PathForReading(path);
   return clean ? DoStamp(clean.Value()) : FileStamp();
+}
+
+std::optional<DiskSpace> Outside::Space(const std::string& path) {
+  const Result<std::string> clean = PathForReading(path);
+  if (!clean) return std::nullopt;
+  std::string there = clean.Value();
+  while (there.size() > 1 && DoKind(there) == FileKind::Missing) {
+    const std::size_t end = there.rfind('/');
+    there.resize(std::max<std::size_t>(end, 1));
+  }
+  return DoSpace(there);
 }
 
 Result<std::string> Outside::ReadFile(const std::string& path, std::uint64_t limit) {

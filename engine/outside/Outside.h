@@ -30,6 +30,12 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 
+// The disk that a path is on: what may still be written there, and the size in steps of which files take room.
+struct DiskSpace {
+  std::uint64_t free = 0;   // bytes
+  std::uint64_t block = 1;  // bytes
+};
+
 // What a plug-in or a command asks a person to choose.
 struct FileQuestion {
   host::LONG type;
@@ -55,6 +61,9 @@ class Outside {
   FileKind Kind(const std::string& path);
   // What `path` leads to; zeros where it is Missing. Not in the ledger.
   FileStamp Stamp(const std::string& path);
+  // Of the disk that `path`, or the nearest folder above it that is there, is on; nothing where the system does not
+  // tell. Not in the ledger.
+  std::optional<DiskSpace> Space(const std::string& path);
   // The whole file; one larger than `limit` bytes, a folder, pipe or device is refused without reading it.
   Result<std::string> ReadFile(const std::string& path, std::uint64_t limit = 16ull << 30);
   // Atomic and durable: a temporary file in the same folder, everything written, sync checked, rename, folder
@@ -108,6 +117,8 @@ class Outside {
   // The real work behind the public functions; paths are checked already.
   virtual FileKind DoKind(const std::string& path) = 0;
   virtual FileStamp DoStamp(const std::string& path) = 0;
+  // `path` is there.
+  virtual std::optional<DiskSpace> DoSpace(const std::string& path) = 0;
   virtual Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) = 0;
   virtual Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) = 0;
   virtual Status DoMakeFolder(const std::string& path) = 0;

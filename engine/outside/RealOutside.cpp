@@ -2,8 +2,10 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
@@ -114,6 +116,14 @@ FileStamp RealOutside::DoStamp(const std::string& path) {
   if (stat(path.c_str(), &info) != 0) return {};
   return {static_cast<std::uint64_t>(info.st_size), Nanoseconds(info.st_mtim), Nanoseconds(info.st_ctim), info.st_dev,
           info.st_ino};
+}
+
+// The system's own file trees have no size, so that nothing can be said of them.
+std::optional<DiskSpace> RealOutside::DoSpace(const std::string& path) {
+  struct statvfs disk;
+  if (statvfs(path.c_str(), &disk) != 0 || disk.f_blocks == 0) return std::nullopt;
+  const std::uint64_t block = std::max<std::uint64_t>(1, disk.f_frsize);
+  return DiskSpace{disk.f_bavail * block, block};
 }
 
 Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) {

@@ -32,6 +32,7 @@ class RealOutside : public Outside {
  protected:
   FileKind DoKind(const std::string& path) override;
   FileStamp DoStamp(const std::string& path) override;
+  std::optional<DiskSpace> DoSpace(const std::string& path) override;
   Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override;
   Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) override;
   Status DoMakeFolder(const std::string& path) override;

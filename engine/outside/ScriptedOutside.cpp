@@ -60,6 +60,10 @@ bool ScriptedOutside::Progress(double, const std::string&) {
   return stopAt_ == 0 || call < stopAt_;
 }
 
+std::optional<DiskSpace> ScriptedOutside::DoSpace(const std::string& path) {
+  return space_ ? DiskSpace{*space_, 4096} : ForwardingOutside::DoSpace(path);
+}
+
 Status ScriptedOutside::DoOpenWithViewer(const std::string& path) {
   if (Kind(path) == FileKind::Missing) return FileFailure("Cannot open", path, "it is not there");
   transcript_.push_back("view: " + path);

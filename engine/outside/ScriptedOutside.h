@@ -28,6 +28,8 @@ class ScriptedOutside : public ForwardingOutside {
   bool AllAnswersUsed() const { return answers_.empty() && choices_.empty(); }
   // The clock stands still at `time`; starts at 2000-01-01 12:00:00.
   void SetNow(const host::LocalFileTime& time) { now_ = time; }
+  // Every disk has this much room, in blocks of 4096 bytes; nothing: what the files' own door says.
+  void SetSpace(std::optional<std::uint64_t> free) { space_ = free; }
   // Work is asked to stop from its `call`-th report of progress on (1 is the next); 0: never.
   void StopProgressAt(int call);
   int ProgressCalls() const { return progressCalls_; }
@@ -51,6 +53,7 @@ class ScriptedOutside : public ForwardingOutside {
   std::string StateFolder() override { return UserFolderNamed("state"); }
 
  protected:
+  std::optional<DiskSpace> DoSpace(const std::string& path) override;
   Status DoOpenWithViewer(const std::string& path) override;
 
  private:
@@ -62,6 +65,7 @@ class ScriptedOutside : public ForwardingOutside {
   std::deque<bool> answers_;
   std::deque<std::optional<std::string>> choices_;
   bool otherAnswer_ = false;
+  std::optional<std::uint64_t> space_;
   host::LocalFileTime now_{2000, 1, 1, 12, 0, 0};
   std::atomic<int> progressCalls_{0};
   std::atomic<int> stopAt_{0};

@@ -2,16 +2,14 @@
 
 #include <algorithm>
 
+#include "engine/render/TextureSearch.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Nodes.h"
-#include "host/Application.h"
 #include "host/Parameters.h"
 
 namespace engine {
 
 namespace {
-
-constexpr host::LONG kGlobalTexturePaths = 10;
 
 float Share(const host::BaseContainer& data, host::LONG id, double preset) {
   const double value = data.GetReal(id, preset);
@@ -33,30 +31,7 @@ const host::BaseShader* FirstPlainShader(const host::BaseList2D* shader) {
   return nullptr;
 }
 
-std::string BaseName(const std::string& path) { return path.substr(path.find_last_of('/') + 1); }
-
 }  // namespace
-
-std::vector<std::string> TexturePlaces(const std::string& name, const std::string& documentFolder) {
-  std::string given = name;
-  std::replace(given.begin(), given.end(), '\\', '/');
-  if (given.empty()) return {};
-  std::vector<std::string> places;
-  const auto add = [&](const std::string& folder, const std::string& file) {
-    if (!folder.empty() && folder.front() == '/') places.push_back(folder + "/" + file);
-  };
-  if (given.front() == '/') places.push_back(given);
-  for (const std::string& folder : {documentFolder, documentFolder.empty() ? documentFolder : documentFolder + "/tex"}) {
-    if (given.front() != '/') add(folder, given);
-    add(folder, BaseName(given));
-  }
-  for (host::LONG i = 0; i < kGlobalTexturePaths; ++i) {
-    const std::string folder = host::GetGlobalTexturePath(i).GetString().ToUtf8();
-    if (given.front() != '/') add(folder, given);
-    add(folder, BaseName(given));
-  }
-  return places;
-}
 
 LookReading::LookReading(const host::BaseDocument& doc, RenderCaches& caches, ScenePicture& picture)
     : doc_(doc), caches_(caches), picture_(picture) {

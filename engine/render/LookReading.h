@@ -28,8 +28,4 @@ class LookReading {
   std::unordered_map<const host::BaseMaterial*, std::uint32_t> looks_;
 };
 
-// Where the file of a texture may lie, in the order of looking: as given, beside the document, in its folder "tex", by its bare
-// name in these, then in the global texture paths. Absolute paths only.
-std::vector<std::string> TexturePlaces(const std::string& name, const std::string& documentFolder);
-
 }  // namespace engine

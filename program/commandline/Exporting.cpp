@@ -2,35 +2,27 @@
 
 #include <cstdio>
 
-#include "program/commandline/Textures.h"
-
 namespace commandline {
 
 namespace {
 
-struct Layout {
-  const char* word;
-  const char* entry;  // as the dialog calls it
-  bool textures;      // gathered beside the scenes
-};
+using exporting::Layout;
 
-constexpr Layout kLayouts[] = {{"file", "As Save File", false},
-                               {"folders", "As Save File (Into Folders)", false},
-                               {"project", "As Save Project", true},
-                               {"one-tex", "As Save Project (One Tex Folder)", true}};
+constexpr std::pair<const char*, Layout> kLayouts[] = {
+    {"file", Layout::Files}, {"folders", Layout::Folders}, {"project", Layout::Project}, {"one-tex", Layout::OneTextureFolder}};
 
-const Layout& LayoutOf(const std::string& word) {
-  for (const Layout& layout : kLayouts) {
-    if (word == layout.word) return layout;
+Layout LayoutOf(const std::string& word) {
+  for (const auto& [name, layout] : kLayouts) {
+    if (word == name) return layout;
   }
-  return kLayouts[1];
+  return Layout::Folders;
 }
 
 bool IsSceneFile(const std::string& path) { return path.size() > 4 && path.compare(path.size() - 4, 4, ".c4d") == 0; }
 
 void Press(Session& session, const ExportOrder& order) {
   StagemarksDialog& dialog = session.Dialog();
-  dialog.ChooseLayout(LayoutOf(order.layout).entry);
+  dialog.ChooseLayout(exporting::EntryOf(LayoutOf(order.layout)));
   dialog.Tick("Change Frame Range", order.frames.has_value());
   if (order.frames) dialog.TypeFrames(order.frames->first, order.frames->second);
   session.GetProgram().terminal.ChooseNextFile(order.folder);
@@ -46,6 +38,26 @@ void ShowProgress(Session& session, std::size_t scenes) {
   });
 }
 
+// Where there is too little room, a person may know better: what a disk compresses or shares takes less.
+bool HasRoom(Session& session, const ExportOrder& order, const exporting::ExportPlan& plan) {
+  Terminal& terminal = session.GetProgram().terminal;
+  if (exporting::Fits(plan)) return true;
+  return terminal.Ask("The export is " + exporting::Summary(plan) + ", and only " + exporting::BytesText(*plan.free) +
+                      " are free where \"" + order.folder + "\" is. Export anyway?");
+}
+
+// Whether the export may begin; all that speaks against it goes into the result.
+bool MayBegin(Session& session, const ExportOrder& order, ExportResult& result) {
+  result.missing = result.plan.missing;
+  result.failures = result.plan.obstacles;
+  if (!result.failures.empty()) return false;
+  if (session.GetProgram().verbose) session.GetProgram().terminal.Say("Exporting " + exporting::Summary(result.plan) + ".");
+  if (!HasRoom(session, order, result.plan)) return false;
+  const engine::Status made = session.Files().MakeFolder(order.folder);
+  if (!made) result.failures.push_back(made.Message());
+  return made.Ok();
+}
+
 void ReadLedger(const engine::Ledger& ledger, std::size_t mark, ExportResult& result) {
   for (const engine::LedgerEntry& failure : ledger.FailuresSince(mark)) result.failures.push_back(failure.message);
   result.written = ledger.WrittenSince(mark);
@@ -59,7 +71,7 @@ void ReadLedger(const engine::Ledger& ledger, std::size_t mark, ExportResult& re
 
 std::vector<std::string> LayoutNames() {
   std::vector<std::string> words;
-  for (const Layout& layout : kLayouts) words.emplace_back(layout.word);
+  for (const auto& [word, layout] : kLayouts) words.emplace_back(word);
   return words;
 }
 
@@ -76,19 +88,17 @@ engine::Result<FrameRange> ReadFrameRange(const std::string& text) {
 
 ExportResult Export(Session& session, const ExportOrder& order) {
   ExportResult result;
-  const std::size_t wanted = session.Dialog().CheckedNames().size();
+  const std::vector<std::string> names = session.Dialog().CheckedNames();
+  result.plan = exporting::PlanExport(session.Document(), {LayoutOf(order.layout), order.folder, names});
+  if (!MayBegin(session, order, result)) return result;
   const engine::Ledger& ledger = session.Files().GetLedger();
   const std::size_t mark = ledger.Mark();
-  if (LayoutOf(order.layout).textures) {
-    for (const std::string& texture : TexturesOf(session.Document())) {
-      if (!IsTextureGathered(session.Document(), texture)) result.missing.push_back(texture);
-    }
-  }
-  ShowProgress(session, wanted);
+  result.begun = true;
+  ShowProgress(session, names.size());
   Press(session, order);
   session.Files().OnWritten(nullptr);
   ReadLedger(ledger, mark, result);
-  const bool whole = result.scenes.size() == wanted && result.missing.empty() && result.failures.empty();
+  const bool whole = result.scenes.size() == names.size() && result.missing.empty() && result.failures.empty();
   result.status = whole ? kDone : kFailed;
   return result;
 }

@@ -9,6 +9,7 @@
 
 #include "program/commandline/FileTree.h"
 #include "program/commandline/Session.h"
+#include "program/export/ExportPlan.h"
 
 namespace commandline {
 
@@ -16,13 +17,15 @@ using FrameRange = std::pair<int, int>;
 
 struct ExportOrder {
   std::string layout = "folders";  // one of LayoutNames
-  std::string folder;              // absolute, an existing one
+  std::string folder;              // absolute; made where it is missing, but not its parents
   std::vector<std::string> only;
   std::optional<FrameRange> frames;
 };
 
 struct ExportResult {
   int status = kFailed;
+  bool begun = false;  // false: it was refused before anything was written
+  exporting::ExportPlan plan;
   std::vector<std::string> scenes;    // scene files written, in order
   std::vector<std::string> written;   // all files and folders written
   std::vector<std::string> missing;   // textures that were found nowhere
@@ -34,7 +37,8 @@ std::vector<std::string> LayoutNames();
 // "0:90"; from at most to, both in the dialog's range.
 engine::Result<FrameRange> ReadFrameRange(const std::string& text);
 
-// Exports the Stagemarks whose rows are checked. Shows progress. The scene stays as it is.
+// Exports the Stagemarks whose rows are checked, all or, where one of them cannot be written or the disk has too little room and
+// nobody says yes, none. Shows progress. The scene stays as it is.
 ExportResult Export(Session& session, const ExportOrder& order);
 
 }  // namespace commandline

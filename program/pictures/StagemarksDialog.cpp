@@ -115,6 +115,15 @@ bool StagemarksDialog::ChooseLayout(const std::string& entry) {
   return false;
 }
 
+std::string StagemarksDialog::ChosenLayout() const {
+  for (const Gadget* combo : AllOf(*dialog_, GadgetKind::ComboBox)) {
+    for (const engine::Choice& choice : combo->choices) {
+      if (choice.id == combo->value.GetLong()) return choice.text.ToUtf8();
+    }
+  }
+  return "";
+}
+
 bool StagemarksDialog::TypeFrames(int from, int to) {
   const auto fields = AllOf(*dialog_, GadgetKind::NumberField);
   return fields.size() == 2 && engine::TypeNumber(*dialog_, fields[0]->id, from) &&

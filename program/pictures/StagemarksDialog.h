@@ -38,6 +38,8 @@ class StagemarksDialog {
   bool Choose(const std::string& menuEntry);
   bool Tick(const std::string& checkbox, bool on);
   bool ChooseLayout(const std::string& entry);
+  // The entry of the list of layouts that is chosen; empty where none is.
+  std::string ChosenLayout() const;
   bool TypeFrames(int from, int to);
   bool Select(const std::string& name);
   // Names of the selected rows; and selecting those of them that there are.

@@ -19,6 +19,20 @@ class ExportVerb : public CommandLine {
     for (const json& texture : info["textures"]) missing += texture["found"] ? 0 : 1;
     return missing;
   }
+
+  // What was reckoned beforehand is what was written, but for the rounding to blocks.
+  void ExpectReckoned(const json& result, const std::string& folder) {
+    std::size_t textures = 0;
+    std::uint64_t bytes = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      if (!entry.is_regular_file()) continue;
+      textures += entry.path().parent_path().filename() == "tex";
+      bytes += entry.file_size();
+    }
+    EXPECT_EQ(result["reckoned"]["scenes"], result["exported"].size());
+    EXPECT_EQ(result["reckoned"]["textures"], textures);
+    EXPECT_NEAR(result["reckoned"]["bytes"].get<double>(), static_cast<double>(bytes), 30000) << folder;
+  }
 };
 
 TEST_F(ExportVerb, EachLayoutWritesItsFiles) {
@@ -37,6 +51,7 @@ TEST_F(ExportVerb, EachLayoutWritesItsFiles) {
     const json result = Json({"export", scene, "--layout", row.layout, "--to", folder_ / row.layout});
     EXPECT_EQ(Files(row.layout), row.files);
     EXPECT_EQ(result["exported"].size(), 2U);
+    ExpectReckoned(result, folder_ / row.layout);
     EXPECT_EQ(MissingTextures(result["exported"][0]), 0) << row.layout;
     EXPECT_EQ(Json({"info", result["exported"][0], "--tree"})["objects"][0]["render"], 2) << row.layout;
     EXPECT_EQ(Json({"info", result["exported"][1], "--tree"})["objects"][0]["render"], 1) << row.layout;
@@ -72,6 +87,40 @@ TEST_F(ExportVerb, ATextureFoundNowhereIsNamed) {
   EXPECT_EQ(Call({"export", scene, "--layout", "file", "--to", folder_ / "flat"}).status, 0);
 }
 
+// A texture larger than the disk has room for stands for a small disk; only its size is there.
+TEST_F(ExportVerb, ADiskTooSmallIsToldBeforeAnythingIsWritten) {
+  fs::copy(TEST_SOURCE_DIR "/scenes/spider", folder_ / "spider");
+  const std::string scene = folder_ / "spider.c4d";
+  Out({"import", folder_ / "spider/spider.obj", scene});
+  Out({"record", scene, "Day", "--write"});
+  fs::resize_file(folder_ / "spider/drkwood2.jpg", fs::space(folder_.Path()).available + (1U << 30));
+  const std::vector<std::string> call{"export", scene, "--layout", "project", "--to", folder_ / "out"};
+  const ChildResult result = Call(call);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find("The export is 1 scene file and 5 textures, about "), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("Export anyway? no (nobody can be asked here; --yes answers yes)"), std::string::npos) << result.err;
+  EXPECT_EQ(result.out, "Nothing was exported.\n");
+  EXPECT_FALSE(fs::exists(folder_ / "out"));
+  EXPECT_EQ(CallOnTerminal(call, {{"[y/N]", "n\n"}}).status, 1);
+  EXPECT_FALSE(fs::exists(folder_ / "out"));
+  const json told = JsonAnyway(call);
+  EXPECT_GT(told["reckoned"]["bytes"], told["reckoned"]["free"]);
+  Out({"export", scene, "--layout", "file", "--to", folder_ / "flat"});
+}
+
+TEST_F(ExportVerb, OneNameThatIsNoFileNameStopsAllBeforeTheFirst) {
+  const std::string scene = Staged();
+  Out({"record", scene, "Late/Night", "--write"});
+  for (const char* layout : {"file", "folders", "project", "one-tex"}) {
+    const ChildResult result = Call({"export", scene, "--layout", layout, "--to", folder_ / "out"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("The name \"Late/Night\" cannot be that of a file: it holds a slash."), std::string::npos)
+        << result.err;
+    EXPECT_FALSE(fs::exists(folder_ / "out")) << layout;
+  }
+  Out({"export", scene, "--to", folder_ / "out", "--only", "Day", "Night"});
+}
+
 TEST_F(ExportVerb, WhatCannotBeWrittenIsNamedAndLosesNothing) {
   const std::string scene = Staged();
   tests::WriteText(folder_ / "file", "a file");
@@ -89,7 +138,7 @@ TEST_F(ExportVerb, WhatCannotBeWrittenIsNamedAndLosesNothing) {
       {"file", "/proc/self", "Cannot write \"/proc/self/spider Day.c4d\""},
       {"project", "/proc/self", "Cannot make the folder \"/proc/self/spider Day\""},
       {"one-tex", folder_ / "taken", "a folder is in its place"},
-      {"folders", folder_ / "clash", "Could not create directory to save Stagemark Day in!"},
+      {"folders", folder_ / "clash", "Cannot make the folder"},
       {"project", folder_ / "clash", "Cannot make the folder"},
       {"one-tex", folder_ / "clash", "clash/tex\""},
   };

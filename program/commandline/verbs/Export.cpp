@@ -6,6 +6,8 @@ namespace commandline {
 
 namespace {
 
+using nlohmann::json;
+
 struct ExportChoices {
   ExportOrder order;
   std::string frames;
@@ -19,14 +21,25 @@ int ReadFrames(Program& program, ExportChoices& choices) {
   return range ? kDone : kUsage;
 }
 
+json ReckonedIn(const exporting::ExportPlan& plan) {
+  return {{"scenes", plan.scenes},
+          {"textures", plan.textures},
+          {"caches", plan.caches},
+          {"bytes", plan.bytes},
+          {"free", plan.free ? json(*plan.free) : json()}};
+}
+
 void AddResult(const ExportOrder& order, const ExportResult& result, bool all, Report& report) {
   const std::string done = Counted(result.scenes.size(), "scene file") + " in " + order.folder;
-  report.Line((result.status == kDone ? "Exported " : "Not everything was exported: ") + done);
+  report.Line(!result.begun            ? "Nothing was exported."
+              : result.status == kDone ? "Exported " + done
+                                       : "Not everything was exported: " + done);
   for (const std::string& line : FileTreeLines(order.folder, result.written, all)) report.Line("  " + line);
   report.Json() = {{"exported", JsonOf(result.scenes)},
                    {"written", JsonOf(result.written)},
                    {"missingTextures", JsonOf(result.missing)},
-                   {"failures", JsonOf(result.failures)}};
+                   {"failures", JsonOf(result.failures)},
+                   {"reckoned", ReckonedIn(result.plan)}};
 }
 
 int RunExport(Program& program, ExportChoices choices) {
@@ -35,10 +48,6 @@ int RunExport(Program& program, ExportChoices choices) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
   if (const int status = session.Check(choices.order.only); status != kDone) return status;
-  if (const engine::Status made = session.Files().MakeFolder(choices.order.folder); !made) {
-    program.terminal.Error(made.Message());
-    return kFailed;
-  }
   const ExportResult result = Export(session, choices.order);
   for (const std::string& failure : result.failures) program.terminal.Error(failure);
   for (const std::string& texture : result.missing) program.terminal.Error("The texture \"" + texture + "\" was found nowhere.");
@@ -64,8 +73,12 @@ void AddExport(CLI::App& app, Program& program) {
       ->type_name("LAYOUT");
   AddOnly(*verb, choices->order.only);
   verb->add_option("--frames", choices->frames, "Give every file this frame range, as 0:90")->type_name("FROM:TO");
+  verb->add_flag("-y,--yes", program.yes, "Answer every question with yes");
   verb->footer(
       "Files of the same names are replaced. The scene itself is left alone.\n"
+      "Before anything is written, the files are reckoned up: names that cannot be those of files are refused, and where the "
+      "disk "
+      "has too little room you are asked.\n"
       "A texture that was not found and a file that could not be written are named and make the exit status 1.\n\n"
       "Examples:\n"
       "  stagemarks export room.c4d --layout project --to out\n"

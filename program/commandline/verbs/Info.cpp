@@ -3,12 +3,12 @@
 #include <iostream>
 
 #include "engine/dialog/TextArea.h"
+#include "engine/render/TextureSearch.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
 #include "program/commandline/Addressing.h"
 #include "program/commandline/HelpFormat.h"
 #include "program/commandline/Session.h"
-#include "program/commandline/Textures.h"
 
 namespace commandline {
 
@@ -82,8 +82,8 @@ void AddRenderSettings(const host::BaseDocument& doc, Report& report) {
 void AddTextures(const host::BaseDocument& doc, Report& report) {
   json all = json::array();
   std::vector<std::string> missing;
-  for (const std::string& texture : TexturesOf(doc)) {
-    const bool found = IsTextureFound(doc, texture);
+  for (const std::string& texture : engine::TextureNames(doc)) {
+    const bool found = engine::IsTextureThere(doc, texture);
     all.push_back({{"file", ValidUtf8(texture)}, {"found", found}});
     if (!found) missing.push_back(texture);
   }

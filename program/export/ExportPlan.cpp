@@ -1,0 +1,255 @@
+#include "program/export/ExportPlan.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <set>
+
+#include "engine/dialog/TextArea.h"
+#include "engine/outside/Outside.h"
+#include "engine/render/TextureSearch.h"
+#include "engine/scenefile/SceneFile.h"
+#include "host/Host.h"
+
+namespace exporting {
+
+using engine::FileKind;
+using engine::Outside;
+using host::Filename;
+
+namespace {
+
+struct LayoutRow {
+  Layout layout;
+  const char* entry;
+  bool elementFolders;
+  bool textures;
+};
+
+constexpr LayoutRow kLayouts[] = {{Layout::Files, "As Save File", false, false},
+                                  {Layout::Folders, "As Save File (Into Folders)", true, false},
+                                  {Layout::Project, "As Save Project", true, true},
+                                  {Layout::OneTextureFolder, "As Save Project (One Tex Folder)", false, true}};
+
+constexpr host::LONG kGlobalTexturePaths = 10;
+constexpr std::size_t kLongestName = 255;  // bytes of a file's name, and of a path, on the systems we know
+constexpr std::size_t kLongestPath = 4095;
+constexpr std::size_t kShownName = 80;
+constexpr const char* kSceneSuffix = ".c4d";
+constexpr const char* kCacheSuffix = ".gi";
+
+const LayoutRow& RowOf(Layout layout) {
+  return *std::find_if(std::begin(kLayouts), std::end(kLayouts), [&](const LayoutRow& row) { return row.layout == layout; });
+}
+
+Filename NameOf(const std::string& text) { return Filename(host::String(std::string_view(text))); }
+std::string TextOf(const Filename& name) { return name.GetString().ToUtf8(); }
+std::string Quoted(const std::string& text) { return "\"" + engine::Shortened(engine::Printable(text), kShownName) + "\""; }
+FileKind KindOf(const std::string& path) { return Outside::Current().Kind(path); }
+
+// The file that an export gathers for a texture: under the name that the scene gives it, else below the folder "tex" beside the
+// scene, else below the global texture paths.
+std::string GatheredFrom(const host::BaseDocument& doc, const std::string& texture) {
+  std::vector<Filename> places = {NameOf(texture), doc.GetDocumentPath() + Filename("tex") + NameOf(texture)};
+  for (host::LONG i = 0; i < kGlobalTexturePaths; ++i) places.push_back(host::GetGlobalTexturePath(i) + NameOf(texture));
+  for (const Filename& place : places) {
+    if (host::GeFExist(place)) return TextOf(place);
+  }
+  return "";
+}
+
+// The cache files that every exported scene gets one of.
+std::vector<std::string> CachesOf(const host::BaseDocument& doc, const std::string& document) {
+  std::vector<std::string> caches;
+  host::BaseVideoPost* post = doc.GetActiveRenderData()->GetFirstVideoPost();
+  for (; post; post = post->GetNext()) {
+    const host::BaseContainer data = post->GetData();
+    if (post->GetType() != host::VPglobalillumination || data.GetLong(host::GI_USE_CACHE_FILE) != 1) continue;
+    const bool isOwn = data.GetLong(host::GI_OWN_CACHE_FILE) == 1;
+    const Filename beside = doc.GetDocumentPath() + Filename("illum") + NameOf(document + kCacheSuffix);
+    const std::string file = TextOf(isOwn ? data.GetFilename(host::GI_CACHE_FILENAME) : beside);
+    if (!file.empty() && KindOf(file) == FileKind::File) caches.push_back(file);
+  }
+  return caches;
+}
+
+// Adds up what files take. A file is written whole before it takes the place of another one.
+class RoomReckoning {
+ public:
+  explicit RoomReckoning(std::uint64_t block) : block_(std::max<std::uint64_t>(1, block)) {}
+
+  void Write(const std::string& path, std::uint64_t bytes) {
+    const auto [known, isNew] = sizes_.try_emplace(path, 0);
+    if (isNew && KindOf(path) == FileKind::File) known->second = Rounded(Outside::Current().Stamp(path).size);
+    most_ = std::max(most_, taken_ + static_cast<std::int64_t>(Rounded(bytes)));
+    taken_ += static_cast<std::int64_t>(Rounded(bytes)) - static_cast<std::int64_t>(known->second);
+    known->second = Rounded(bytes);
+  }
+  std::uint64_t Most() const { return static_cast<std::uint64_t>(most_); }
+
+ private:
+  std::uint64_t Rounded(std::uint64_t bytes) const { return (bytes + block_ - 1) / block_ * block_; }
+
+  std::uint64_t block_;
+  std::map<std::string, std::uint64_t> sizes_;
+  std::int64_t taken_ = 0;
+  std::int64_t most_ = 0;
+};
+
+std::uint64_t SizeOf(const host::BaseDocument& doc) {
+  const auto pieces = engine::WriteScene(doc);
+  std::uint64_t bytes = 0;
+  if (!pieces) return bytes;
+  for (const std::string& piece : pieces.Value()) bytes += piece.size();
+  return bytes;
+}
+
+class Planning {
+ public:
+  Planning(const host::BaseDocument& doc, const ExportRequest& request)
+      : doc_(doc), request_(request), row_(RowOf(request.layout)), room_(BlockAt(request.folder)) {
+    Filename name = doc.GetDocumentName();
+    name.ClearSuffix();
+    document_ = TextOf(name);
+    caches_ = CachesOf(doc, document_);
+  }
+
+  ExportPlan Make() {
+    if (row_.textures) PlanTextures();
+    const std::uint64_t size = SizeOf(doc_);
+    for (const std::string& name : request_.names) PlanElement(name, size);
+    plan_.bytes = room_.Most();
+    if (const auto space = Outside::Current().Space(request_.folder)) plan_.free = space->free;
+    return std::move(plan_);
+  }
+
+ private:
+  static std::uint64_t BlockAt(const std::string& folder) {
+    const auto space = Outside::Current().Space(folder);
+    return space ? space->block : 1;
+  }
+
+  std::string BaseName(const std::string& element) const { return document_ + " " + element; }
+  std::string FolderOf(const std::string& element) const {
+    return row_.elementFolders ? request_.folder + "/" + BaseName(element) : request_.folder;
+  }
+
+  void PlanTextures() {
+    std::vector<std::string> sources;
+    for (const std::string& texture : engine::TextureNames(doc_)) {
+      std::string source = GatheredFrom(doc_, texture);
+      if (source.empty()) {
+        plan_.missing.push_back(texture);
+      } else {
+        sources.push_back(std::move(source));
+      }
+    }
+    if (!row_.elementFolders) PlanTextureFolder(request_.folder, sources);
+    for (const std::string& name : request_.names) {
+      if (row_.elementFolders && CanBeFile(name)) PlanTextureFolder(FolderOf(name), sources);
+    }
+  }
+
+  void PlanTextureFolder(const std::string& folder, const std::vector<std::string>& sources) {
+    const std::string target = folder + "/tex";
+    CheckFolder(target);
+    std::set<std::string> files;
+    for (const std::string& source : sources) {
+      const std::string file = target + "/" + TextOf(NameOf(source).GetFile());
+      plan_.textures += files.insert(file).second;
+      room_.Write(file, Outside::Current().Stamp(source).size);
+      CheckFile(file);
+    }
+  }
+
+  void PlanElement(const std::string& name, std::uint64_t size) {
+    if (!CanBeFile(name)) return Refuse(name);
+    const std::string folder = FolderOf(name);
+    const std::string file = folder + "/" + BaseName(name) + kSceneSuffix;
+    if (row_.elementFolders) CheckFolder(folder);
+    CheckFile(file);
+    for (const std::string& cache : caches_) {
+      room_.Write(folder + "/Illum/" + BaseName(name) + kCacheSuffix, Outside::Current().Stamp(cache).size);
+      ++plan_.caches;
+    }
+    room_.Write(file, size);
+    ++plan_.scenes;
+  }
+
+  bool IsTooLong(const std::string& name) const {
+    const std::string file = BaseName(name) + kSceneSuffix;
+    return file.size() > kLongestName || (FolderOf(name) + "/" + file).size() > kLongestPath;
+  }
+  bool CanBeFile(const std::string& name) const {
+    return name.find('/') == std::string::npos && name.find('\0') == std::string::npos && !IsTooLong(name);
+  }
+
+  void Refuse(const std::string& name) {
+    const char* why = IsTooLong(name)                       ? "it is too long"
+                      : name.find('/') != std::string::npos ? "it holds a slash"
+                                                            : "it holds a NUL byte";
+    plan_.obstacles.push_back("The name " + Quoted(name) + " cannot be that of a file: " + why + ".");
+  }
+
+  void CheckFolder(const std::string& path) {
+    const FileKind kind = KindOf(path);
+    if (kind == FileKind::Missing || kind == FileKind::Folder || !checked_.insert(path).second) return;
+    plan_.obstacles.push_back("Cannot make the folder \"" + path + "\": a file is in its place.");
+  }
+  void CheckFile(const std::string& path) {
+    if (KindOf(path) != FileKind::Folder || !checked_.insert(path).second) return;
+    plan_.obstacles.push_back("Cannot write \"" + path + "\": a folder is in its place.");
+  }
+
+  const host::BaseDocument& doc_;
+  const ExportRequest& request_;
+  const LayoutRow& row_;
+  RoomReckoning room_;
+  std::string document_;  // its name without suffix
+  std::vector<std::string> caches_;
+  std::set<std::string> checked_;
+  ExportPlan plan_;
+};
+
+std::string Counted(std::size_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+}  // namespace
+
+std::optional<Layout> LayoutOfEntry(const std::string& entry) {
+  for (const LayoutRow& row : kLayouts) {
+    if (entry == row.entry) return row.layout;
+  }
+  return std::nullopt;
+}
+
+const char* EntryOf(Layout layout) { return RowOf(layout).entry; }
+
+bool GathersTextures(Layout layout) { return RowOf(layout).textures; }
+
+ExportPlan PlanExport(const host::BaseDocument& doc, const ExportRequest& request) { return Planning(doc, request).Make(); }
+
+bool Fits(const ExportPlan& plan) { return !plan.free || plan.bytes <= *plan.free; }
+
+std::string Summary(const ExportPlan& plan) {
+  std::vector<std::string> parts = {Counted(plan.scenes, "scene file")};
+  if (plan.textures > 0) parts.push_back(Counted(plan.textures, "texture"));
+  if (plan.caches > 0) parts.push_back(Counted(plan.caches, "cache"));
+  std::string text;
+  for (std::size_t i = 0; i < parts.size(); ++i) text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
+  return text + ", about " + BytesText(plan.bytes);
+}
+
+std::string BytesText(std::uint64_t bytes) {
+  static constexpr const char* kUnits[] = {"kB", "MB", "GB", "TB", "PB", "EB"};
+  if (bytes < 1000) return std::to_string(bytes) + " bytes";
+  double value = static_cast<double>(bytes) / 1000;
+  std::size_t unit = 0;
+  for (; value >= 999.95 && unit + 1 < std::size(kUnits); ++unit) value /= 1000;
+  char text[32];
+  std::snprintf(text, sizeof text, value < 9.95 ? "%.1f %s" : "%.0f %s", value, kUnits[unit]);
+  return text;
+}
+
+}  // namespace exporting
