@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "engine/scene/Nodes.h"
+#include "program/desktop/ScreenFit.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/MenuIcons.h"
 #include "program/desktop/menus/Menus.h"
@@ -45,7 +46,8 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
       objects_(new ObjectPanel(this)) {
   setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
   setAcceptDrops(true);
-  resize(kFirstSize);
+  resize(FittingSize(*this, kFirstSize));
+  if (size() != kFirstSize) setWindowState(Qt::WindowMaximized);
   BuildCenter();
   view_->picked = [this](engine::NodeId object, Viewport::Picking how) { Choose(object, how); };
   new MaterialDrop(*view_);
@@ -86,7 +88,7 @@ void MainWindow::BuildPanels() {
   auto* layers = panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea, new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
-  panels_.ShowFirstTabs();
+  panels_.ShowFirst();
   LookAtWhatIsPressed(objects_->Tree(), LookedAt::kObjects);
   LookAtWhatIsPressed(materials->Grid(), LookedAt::kMaterials);
   LookAtWhatIsPressed(layers->Tree(), LookedAt::kLayers);
@@ -146,6 +148,7 @@ void MainWindow::RestoreLayout() {
   application_.RestoreLayouts();
   firstLayout_ = saveState();
   restoreGeometry(settings_.Bytes(kGeometry));
+  FitToScreen(*this);
   restoreState(settings_.Bytes(kState));
 }
 

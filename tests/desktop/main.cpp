@@ -1,4 +1,4 @@
-// Runs the tests inside an application with the program's own look.
+// Runs the tests inside an application with the program's own look, on a screen of a common size.
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -6,7 +6,9 @@
 #include "program/desktop/Theme.h"
 
 int main(int count, char** words) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" TEST_SOURCE_DIR "/tests/desktop/screens/large.json");
+  }
   QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   QApplication application(count, words);
   desktop::ApplyTheme(application);

@@ -1,6 +1,7 @@
 #include "program/desktop/dialog/DialogDocks.h"
 
 #include <QCloseEvent>
+#include <algorithm>
 
 #include "program/desktop/EmptyListTexts.h"
 #include "program/desktop/Text.h"
@@ -9,8 +10,9 @@ namespace desktop {
 
 namespace {
 
-// Leaves the most of the window to the picture. A dialog that needs more takes it.
+// Leaves the most of the window to the picture.
 constexpr int kFirstWidth = 590;
+constexpr double kMostOfWindow = 0.4;
 
 class DialogDock : public QDockWidget {
  public:
@@ -64,7 +66,7 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   // A place that a saved layout has for it comes first.
   if (!window_.restoreDockWidget(dock)) {
     window_.addDockWidget(Qt::RightDockWidgetArea, dock);
-    window_.resizeDocks({dock}, {kFirstWidth}, Qt::Horizontal);
+    window_.resizeDocks({dock}, {std::min(kFirstWidth, static_cast<int>(window_.width() * kMostOfWindow))}, Qt::Horizontal);
   }
   return dock;
 }

@@ -6,12 +6,14 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "program/desktop/Text.h"
 #include "program/desktop/dialog/DialogMenus.h"
 #include "program/desktop/dialog/DialogShape.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/dialog/ListView.h"
+#include "program/desktop/dialog/PictureButton.h"
 
 namespace desktop {
 
@@ -19,6 +21,7 @@ namespace {
 
 // While plug-in code runs, for instance behind a question of its own, the dialog may be half filled.
 constexpr int kMillisecondsBetweenTries = 20;
+constexpr int kNarrowBorder = 3;
 
 }  // namespace
 
@@ -93,6 +96,54 @@ void DialogView::CatchUp() {
     const auto it = widgets_.find(id);
     if (gadget && it != widgets_.end()) it->second.show(*gadget);
   }
+  if (!changed.empty()) GiveWay();
+}
+
+void DialogView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  GiveWay();
+}
+
+void DialogView::GiveWay() {
+  if (!area_->widget()) return;
+  std::vector<QWidget*> pictures;
+  for (const auto& [id, made] : widgets_) {
+    if (auto* picture = dynamic_cast<PictureButton*>(made.widget)) pictures.push_back(picture);
+  }
+  for (QWidget* picture : pictures) picture->setMaximumWidth(QWIDGETSIZE_MAX);
+  SetAir(true);
+  const int missing = MissingWidth();
+  for (QWidget* picture : pictures) {
+    const int width = picture->sizeHint().width() - missing;
+    if (missing > 0) picture->setMaximumWidth(std::max(width, picture->minimumWidth()));
+  }
+  MeasureAnew();
+  const QSize least = area_->widget()->minimumSizeHint();
+  if (MissingWidth() > 0 || least.width() > area_->width() || least.height() > area_->height()) SetAir(false);
+}
+
+// A list is content with less than it asks for as long as it shows its columns.
+int DialogView::MissingWidth() const {
+  int wanted = area_->widget()->sizeHint().width();
+  for (const auto& [id, made] : widgets_) {
+    if (const auto* list = dynamic_cast<const ListView*>(made.widget)) {
+      wanted -= std::max(0, list->sizeHint().width() - list->ReadableWidth());
+    }
+  }
+  return wanted - area_->width();
+}
+
+void DialogView::SetAir(bool wide) {
+  const auto narrowed = [wide](int border) { return wide ? border : std::min(border, kNarrowBorder); };
+  for (const auto& [grid, asked] : groups_) {
+    grid->setContentsMargins(narrowed(asked.left()), narrowed(asked.top()), narrowed(asked.right()), narrowed(asked.bottom()));
+  }
+  MeasureAnew();
+}
+
+// From the innermost group outwards: the toolkit would do so only when the event loop comes round.
+void DialogView::MeasureAnew() {
+  std::for_each(groups_.rbegin(), groups_.rend(), [](const auto& group) { group.first->parentWidget()->updateGeometry(); });
 }
 
 // Marks in menus and titles change often; the widgets, with what is typed and scrolled in them, stay as long as the tree does.
@@ -104,16 +155,19 @@ void DialogView::Build() {
   if (shape == shape_) return;
   shape_ = shape;
   widgets_.clear();
+  groups_.clear();
   if (QWidget* former = area_->takeWidget()) former->deleteLater();
   area_->setWidget(BuildGroup(engine::DialogRoot(*link_->dialog), area_));
   SetEmptyListText(emptyListText_);
+  GiveWay();
   updateGeometry();
 }
 
 QWidget* DialogView::BuildGroup(const engine::Gadget& group, QWidget* parent) {
   QWidget* box = group.text.Content() ? new QGroupBox(ToQt(group.text), parent) : new QWidget(parent);
   auto* grid = new QGridLayout(box);
-  grid->setContentsMargins(group.borderLeft, group.borderTop, group.borderRight, group.borderBottom);
+  groups_.emplace_back(grid, QMargins(group.borderLeft, group.borderTop, group.borderRight, group.borderBottom));
+  grid->setContentsMargins(groups_.back().second);
   grid->setHorizontalSpacing(group.spaceX);
   grid->setVerticalSpacing(group.spaceY);
   box->setEnabled(group.enabled);

@@ -39,6 +39,9 @@ class DialogView : public QWidget, private engine::DialogObserver {
   // Called when the title may have changed.
   std::function<void()> titled;
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
  private:
   void DialogOpened(host::GeDialog&) override {}
   void DialogClosed(host::GeDialog& dialog) override;
@@ -47,12 +50,19 @@ class DialogView : public QWidget, private engine::DialogObserver {
   void Build();
   QWidget* BuildGroup(const engine::Gadget& group, QWidget* parent);
   void Place(const engine::Gadget& child, Cell cell, QGridLayout& grid, QWidget& group);
+  // What is too little room for all of it takes it from the pictures first, then from the air around the groups; only then the
+  // dialog scrolls.
+  void GiveWay();
+  int MissingWidth() const;
+  void SetAir(bool wide);
+  void MeasureAnew();
 
   SharedDialogLink link_;
   QString emptyListText_;
   QMenuBar* menus_;
   QScrollArea* area_;
-  std::string shape_;  // of the gadget tree as drawn
+  std::vector<std::pair<QGridLayout*, QMargins>> groups_;  // with the borders that the plug-in asks for
+  std::string shape_;                                      // of the gadget tree as drawn
   std::string menuShape_;
   std::unordered_map<host::LONG, GadgetWidget> widgets_;
   std::unordered_set<host::LONG> changed_;

@@ -130,25 +130,40 @@ void ListView::resizeEvent(QResizeEvent* event) {
   FitColumns();
 }
 
-int ListView::MarkerWidth() const { return fontMetrics().averageCharWidth() * kMarkerCharacters; }
+ListView::Widths ListView::Measure() const {
+  const int marker = fontMetrics().averageCharWidth() * kMarkerCharacters;
+  const int most = std::max(viewport()->width(), kNarrowestColumn);
+  Widths widths;
+  for (int column = 0; column < rows_->columnCount(); ++column) {
+    widths.columns.push_back(std::clamp(sizeHintForColumn(column), kNarrowestColumn, most));
+    const bool isFirst = widths.filling < 0 || widths.columns[static_cast<std::size_t>(widths.filling)] < marker;
+    if (!rows_->IsCheckColumn(column) && isFirst) widths.filling = column;
+  }
+  const int wanted = widths.filling < 0 ? 0 : widths.columns[static_cast<std::size_t>(widths.filling)];
+  widths.readable = std::max(std::min(wanted, fontMetrics().averageCharWidth() * kReadableCharacters), kNarrowestColumn);
+  return widths;
+}
+
+int ListView::ReadableWidth() const {
+  const Widths widths = Measure();
+  int width = 2 * frameWidth() + verticalScrollBar()->sizeHint().width() + widths.readable;
+  for (int column = 0; column < rows_->columnCount(); ++column) {
+    if (column != widths.filling) width += widths.columns[static_cast<std::size_t>(column)];
+  }
+  return std::clamp(width, kSmallest.width(), sizeHint().width());
+}
 
 void ListView::FitColumns() {
-  const int count = rows_->columnCount();
-  int filling = -1;
-  int wanted = 0;  // by what fills
+  const Widths widths = Measure();
   int left = viewport()->width();
-  for (int column = 0; column < count; ++column) {
-    const int width = std::clamp(sizeHintForColumn(column), kNarrowestColumn, std::max(viewport()->width(), kNarrowestColumn));
+  for (int column = 0; column < rows_->columnCount(); ++column) {
+    const int width = widths.columns[static_cast<std::size_t>(column)];
     setColumnWidth(column, width);
     left -= width;
-    const bool isText = !rows_->IsCheckColumn(column);
-    if (isText && (filling < 0 || columnWidth(filling) < MarkerWidth())) {
-      filling = column;
-      wanted = width;
-    }
   }
-  const int readable = std::min(wanted, fontMetrics().averageCharWidth() * kReadableCharacters);
-  if (filling >= 0) setColumnWidth(filling, std::max(columnWidth(filling) + left, std::max(readable, kNarrowestColumn)));
+  if (widths.filling < 0) return;
+  const int filled = widths.columns[static_cast<std::size_t>(widths.filling)] + left;
+  setColumnWidth(widths.filling, std::max(filled, widths.readable));
 }
 
 }  // namespace desktop

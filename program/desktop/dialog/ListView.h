@@ -17,6 +17,8 @@ class ListView : public QTreeView {
   // Shown in place of rows while there are none.
   void SetEmptyText(const QString& text);
   QSize sizeHint() const override;
+  // Wide enough for all columns with the text that takes the rest readable, if not whole; at most what the plug-in asks for.
+  int ReadableWidth() const;
 
  protected:
   // A click into a check box leaves the selection alone.
@@ -31,9 +33,13 @@ class ListView : public QTreeView {
   void ShowSelection(const host::BaseSelect& selection);
   // Flips the check boxes of the selected lines, as the blank key does.
   void ToggleSelected();
-  // Each column as wide as what it shows; the first text wider than a marker takes the rest, but stays readable.
+  struct Widths {
+    std::vector<int> columns;  // each as wide as what it shows
+    int filling = -1;          // the first text wider than a marker takes the rest, but stays readable
+    int readable = 0;
+  };
+  Widths Measure() const;
   void FitColumns();
-  int MarkerWidth() const;
 
   SharedDialogLink link_;
   host::LONG id_;

@@ -8,11 +8,14 @@ namespace {
 
 constexpr int kRealDecimals = 3;
 constexpr int kShownDigits = 9;
+constexpr int kFewestDigits = 5;
+constexpr int kDigitsOfArrows = 4;
 
 }  // namespace
 
 NumberField::NumberField(QWidget* parent) : QDoubleSpinBox(parent) {
   setKeyboardTracking(false);
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
   setLocale(QLocale::c());
 }
 
@@ -26,7 +29,11 @@ void NumberField::Show(const engine::Gadget& gadget) {
 
 QSize NumberField::sizeHint() const {
   const int digit = fontMetrics().horizontalAdvance('0');
-  return {digit * (kShownDigits + 4), QDoubleSpinBox::sizeHint().height()};
+  return {digit * (kShownDigits + kDigitsOfArrows), QDoubleSpinBox::sizeHint().height()};
+}
+
+QSize NumberField::minimumSizeHint() const {
+  return {fontMetrics().horizontalAdvance('0') * (kFewestDigits + kDigitsOfArrows), sizeHint().height()};
 }
 
 }  // namespace desktop

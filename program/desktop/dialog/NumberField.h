@@ -16,7 +16,7 @@ class NumberField : public QDoubleSpinBox {
   void Show(const engine::Gadget& gadget);
   // A range as wide as numbers go would ask for a field as wide as the screen.
   QSize sizeHint() const override;
-  QSize minimumSizeHint() const override { return sizeHint(); }
+  QSize minimumSizeHint() const override;
 };
 
 }  // namespace desktop

@@ -10,7 +10,7 @@ namespace desktop {
 
 namespace {
 
-constexpr QSize kSmallest(96, 72);
+constexpr QSize kSmallest(64, 48);
 // Of the frame where there is nothing to show.
 constexpr QSize kUsualShape(4, 3);
 

@@ -8,6 +8,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "program/desktop/ScreenFit.h"
+
 namespace desktop {
 
 namespace {
@@ -29,7 +31,7 @@ void AddKeys(QTreeWidget& list, const QString& menuName, const QMenu& menu) {
 void ShowShortcuts(QMainWindow& window) {
   QDialog page(&window);
   page.setWindowTitle("Keyboard Shortcuts");
-  page.resize(kSize);
+  page.resize(FittingSize(page, kSize));
   auto* list = new QTreeWidget(&page);
   list->setHeaderLabels({"Entry", "Keys"});
   list->header()->setSectionResizeMode(0, QHeaderView::Stretch);

@@ -1,13 +1,18 @@
 #include "program/desktop/panels/SidePanels.h"
 
 #include <QAction>
+#include <algorithm>
 
 namespace desktop {
 
 namespace {
 
-// The picture matters most.
+// The picture matters most, also in a small window.
 constexpr int kBottomHeight = 250;
+constexpr int kLeftWidth = 340;
+constexpr int kLeastLeftWidth = 280;  // for names to be read
+constexpr double kMostHeight = 0.3;
+constexpr double kMostWidth = 0.24;
 
 }  // namespace
 
@@ -30,12 +35,18 @@ void SidePanels::Place(const char* name, const QString& title, Qt::DockWidgetAre
   panels_.push_back({dock, side, view});
 }
 
-void SidePanels::ShowFirstTabs() {
-  for (const Panel& panel : panels_) {
-    if (panel.side != Qt::BottomDockWidgetArea) continue;
-    panel.dock->raise();
-    window_.resizeDocks({panel.dock}, {kBottomHeight}, Qt::Vertical);
-    return;
+void SidePanels::ShowFirst() {
+  const int height = std::min(kBottomHeight, static_cast<int>(window_.height() * kMostHeight));
+  const int width = std::clamp(static_cast<int>(window_.width() * kMostWidth), kLeastLeftWidth, kLeftWidth);
+  const auto first = [this](Qt::DockWidgetArea side) {
+    return std::find_if(panels_.begin(), panels_.end(), [side](const Panel& panel) { return panel.side == side; });
+  };
+  if (const auto left = first(Qt::LeftDockWidgetArea); left != panels_.end()) {
+    window_.resizeDocks({left->dock}, {width}, Qt::Horizontal);
+  }
+  if (const auto bottom = first(Qt::BottomDockWidgetArea); bottom != panels_.end()) {
+    bottom->dock->raise();
+    window_.resizeDocks({bottom->dock}, {height}, Qt::Vertical);
   }
 }
 

@@ -21,8 +21,8 @@ class SidePanels {
     Place(name, title, side, view, view);
     return view;
   }
-  // Brings the first of the tabs to the front and leaves the room above to the picture; after the last Add.
-  void ShowFirstTabs();
+  // Brings the first of the tabs to the front and leaves the most of the window to the picture; after the last Add.
+  void ShowFirst();
   // Shows the panel of that name and brings it to the front.
   void Raise(const char* name);
   void Follow(host::BaseDocument* doc);

@@ -6,6 +6,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include "program/desktop/ScreenFit.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/render/PictureSaving.h"
 
@@ -42,7 +43,7 @@ PictureWindow::PictureWindow(QWidget* window, const QString& title)
   save_->setEnabled(false);
   view_->zoomed = [this] { ShowZoom(); };
   view_->setFocus();
-  resize(960, 720);
+  resize(FittingSize(*this, {960, 720}));
   ShowZoom();
 }
 

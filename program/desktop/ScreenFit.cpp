@@ -1,0 +1,36 @@
+#include "program/desktop/ScreenFit.h"
+
+#include <QScreen>
+#include <QWidget>
+#include <QWindow>
+#include <algorithm>
+
+namespace desktop {
+
+namespace {
+
+// Of a window that has none yet: what title bars and edges usually take.
+constexpr QMargins kUsualFrame(4, 32, 4, 4);
+
+QMargins FrameOf(const QWidget& window) {
+  const QMargins known = window.windowHandle() ? window.windowHandle()->frameMargins() : QMargins();
+  return known.isNull() ? kUsualFrame : known;
+}
+
+}  // namespace
+
+QSize FittingSize(const QWidget& window, QSize wanted) {
+  return wanted.boundedTo(window.screen()->availableGeometry().marginsRemoved(kUsualFrame).size());
+}
+
+void FitToScreen(QWidget& window) {
+  if (window.isMaximized() || window.isFullScreen()) return;
+  const QRect room = window.screen()->availableGeometry().marginsRemoved(FrameOf(window));
+  QRect place = window.geometry();
+  place.setSize(place.size().boundedTo(room.size()));
+  place.moveLeft(std::clamp(place.left(), room.left(), room.right() - place.width() + 1));
+  place.moveTop(std::clamp(place.top(), room.top(), room.bottom() - place.height() + 1));
+  if (place != window.geometry()) window.setGeometry(place);
+}
+
+}  // namespace desktop
