@@ -31,9 +31,11 @@ set(STAGEMARKS_INSTALL_DATADIR ${CMAKE_INSTALL_DATADIR}/stagemarks)
 file(RELATIVE_PATH STAGEMARKS_SHARED_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/stagemarks)
 file(RELATIVE_PATH STAGEMARKS_LIBRARY_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/stagemarks)
 
+# With precompiled headers a cache has to be told that a header's time says nothing about what is in it.
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+      ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${CCACHE})
 endif()
 
 add_library(project_options INTERFACE)
@@ -53,3 +55,14 @@ if(STAGEMARKS_SANITIZE)
                                                    $<$<CXX_COMPILER_ID:GNU>:-Wno-clobbered;-Wno-maybe-uninitialized>)
   target_link_options(project_options INTERFACE -fsanitize=${STAGEMARKS_SANITIZE})
 endif()
+
+# Large headers of libraries are read once for all files of a target (cmake/precompiled). Each file still includes what it uses:
+# a build with CMAKE_DISABLE_PRECOMPILE_HEADERS=ON, as ./test --sanitize is one, finds what is missing.
+# With a third argument the target takes over what that other target, which is compiled alike, has precompiled.
+function(precompile target header)
+  if(ARGC GREATER 2 AND NOT target STREQUAL ARGV2)
+    target_precompile_headers(${target} REUSE_FROM ${ARGV2})
+  else()
+    target_precompile_headers(${target} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/precompiled/${header}.h)
+  endif()
+endfunction()

@@ -9,9 +9,9 @@ namespace {
 
 // Where to look first in a table of so many slots, a power of 2. Different in every process: a file cannot choose identities that
 // fall onto one slot.
-std::size_t FirstSlot(engine::NodeId id, std::size_t slots) {
+std::size_t FirstSlot(engine::NodeId id, std::size_t slotCount) {
   static const engine::NodeId factor = (engine::NodeId{std::random_device()()} << 32 | std::random_device()()) | 1;
-  return static_cast<std::size_t>((id * factor) >> (64 - std::bit_width(slots - 1)));
+  return static_cast<std::size_t>((id * factor) >> (64 - std::bit_width(slotCount - 1)));
 }
 
 }  // namespace
