@@ -49,6 +49,8 @@ void Require(bool holds, const char* what) {
 
 constexpr LONG kStyleTag = 1011012;
 
+constexpr LONG kCompositingOfItsOwn = -host::Tcompositing;  // stands for a compositing tag that is like no other
+
 void FillStyle(host::BaseContainer& data, LONG number) {
   for (LONG key = 1000; key < 1010; ++key) data.SetLong(key, key + number);
 }
@@ -73,8 +75,9 @@ class Stage {
       Doc().AppendObject(object);
       host::BaseTag* last = nullptr;
       for (const LONG type : tags) {
-        last = object->MakeTag(type, last);
+        last = object->MakeTag(std::abs(type), last);
         if (type == kStyleTag) FillStyle(*last->GetDataInstance(), i);
+        if (type == kCompositingOfItsOwn) last->GetDataInstance()->SetLong(1006, i);
       }
     }
   }
@@ -217,5 +220,6 @@ int main(int count, char** arguments) {
   MeasureScene(" with two texture tags each", objects / 10, {host::Ttexture, host::Ttexture});
   MeasureScene(" with a texture and a style tag each", objects / 10, {host::Ttexture, kStyleTag});
   MeasureScene(" with a texture and a compositing tag each", objects / 10, {host::Ttexture, host::Tcompositing});
+  MeasureScene(" with a texture and a compositing tag of its own each", objects / 10, {host::Ttexture, kCompositingOfItsOwn});
   MeasureGrowth(objects / 10);
 }

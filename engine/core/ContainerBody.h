@@ -133,7 +133,7 @@ struct ContainerAccess {
   // The entry's value set in place or appended, as BaseContainer::SetData does. Takes no share of `value`.
   static void Set(host::BaseContainer& container, host::LONG key, Value value);
   // The same for a number, a link or nil. Most of them meet an entry of their type at the place where its key is
-  // looked for first, in a short body of one owner.
+  // looked for first, or at the end, in a short body of one owner.
   static void SetNumber(host::BaseContainer& container, host::LONG key, Value value) {
     if (HoldsOwnShort(container)) {
       ContainerBody& body = *container.body_;
@@ -141,6 +141,10 @@ struct ContainerAccess {
       const std::uint32_t guess = static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
       if (guess < body.size && KeyAndType(entries[guess]) == KeyAndType(key, value.type)) {
         entries[guess].bits = value.bits;
+        return;
+      }
+      if (body.size > 0 && KeyAndType(entries[body.size - 1]) == KeyAndType(key, value.type)) {
+        entries[body.size - 1].bits = value.bits;
         return;
       }
     }

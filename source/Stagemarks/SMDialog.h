@@ -15,6 +15,7 @@
 #include "source/Stagemarks/keys/Options.h"
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "source/Stagemarks/keys/TagTypes.h"
+#include "source/Stagemarks/recording/RecordedCompositing.h"
 
 namespace stagemarks {
 
@@ -231,6 +232,7 @@ class SMDialog : public GeDialog {
   BaseContainer cameraBc_;
   BaseContainer tagsBc_;
   std::array<BaseContainer, kCaptures> tagRecords_;  // by capture, written over for each tag
+  RecordedCompositing recordedCompositing_;
 
   LONG frameFrom_ = 0;
   LONG frameTo_ = 0;

@@ -50,7 +50,9 @@ Bool SMDialog::RecordObjectAndTagSettings() {
   const BaseContainer current = CurrentRecord();
   BorrowedRecords objects(objectsBc_, current.GetContainer(kObjects));
   BorrowedRecords tags(tagsBc_, current.GetContainer(kTags));
+  recordedCompositing_.Begin();
   LoopThroughOM(doc, doc->GetFirstObject());
+  recordedCompositing_.End();
   objects.GiveBackFrom(IsOn(Option::Objects) ? objectCount_ : 0);
   tags.GiveBackFrom(tagCount_);
   return TRUE;
@@ -74,11 +76,15 @@ Bool SMDialog::RecordTags(BaseObject* op) {
   for (BaseTag* tag = op->GetFirstTag(); tag; tag = tag->GetNext()) {
     const TagTypeRow* type = FindTagType(tag->GetType());
     if (!type || !IsOn(type->option)) continue;
-    BaseContainer& record = tagRecords_[static_cast<std::size_t>(type->capture)];
-    WriteTagSettings(record, *tag, type->capture);
-    record.SetId(tagCount_);
-    record.SetLink(kTagLink, tag);
-    tagsBc_.SetContainer(tagCount_, record);
+    if (type->capture == Capture::Compositing) {
+      tagsBc_.SetContainer(tagCount_, recordedCompositing_.RecordOf(*tag, tagCount_));
+    } else {
+      BaseContainer& record = tagRecords_[static_cast<std::size_t>(type->capture)];
+      WriteTagSettings(record, *tag, type->capture);
+      record.SetId(tagCount_);
+      record.SetLink(kTagLink, tag);
+      tagsBc_.SetContainer(tagCount_, record);
+    }
     ++tagCount_;
   }
   return TRUE;

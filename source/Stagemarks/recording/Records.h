@@ -15,6 +15,9 @@ BaseContainer ObjectRecord(const BaseObject& object, LONG index);
 // What a capture takes of a tag. Writing over a record of the same capture leaves nothing of the other tag but its link.
 void WriteTagSettings(BaseContainer& settings, const BaseTag& tag, Capture capture);
 
+// The fifty parameters of a compositing tag, likewise. False when one of them is a container.
+Bool WriteCompositing(BaseContainer& settings, const BaseTag& tag);
+
 // The nine flags of the layer's own data.
 void WriteLayerFlags(BaseContainer& record, const BaseList2D& layer, const BaseDocument* doc);
 // The link to the layer and its flags.

@@ -9,10 +9,19 @@ namespace {
 
 void WriteTexture(BaseContainer& settings, const TextureTag& tag) { settings.SetLink(kMaterialLink, tag.GetMaterial(FALSE)); }
 
+BaseContainer Captured(const BaseTag& tag, Capture capture) {
+  BaseContainer settings;
+  WriteTagSettings(settings, tag, capture);
+  return settings;
+}
+
+}  // namespace
+
 // One value serves all reads through the parameter interface: a parameter that the tag lacks repeats the one before.
-void WriteCompositing(BaseContainer& settings, const BaseTag& tag) {
+Bool WriteCompositing(BaseContainer& settings, const BaseTag& tag) {
   const BaseContainer& data = *tag.GetDataInstance();
   GeData parameter;
+  Bool isFlat = TRUE;
   for (const CompositingRow& row : kCompositing) {
     switch (row.reading) {
       case Reading::Bool:
@@ -27,18 +36,12 @@ void WriteCompositing(BaseContainer& settings, const BaseTag& tag) {
       case Reading::Parameter:
         tag.GetParameter(DescID(row.parameter), parameter, 0);
         settings.SetParameter(DescID(row.key), parameter);
+        isFlat = isFlat && parameter.GetType() != DA_CONTAINER;
         break;
     }
   }
+  return isFlat;
 }
-
-BaseContainer Captured(const BaseTag& tag, Capture capture) {
-  BaseContainer settings;
-  WriteTagSettings(settings, tag, capture);
-  return settings;
-}
-
-}  // namespace
 
 void WriteTagSettings(BaseContainer& settings, const BaseTag& tag, Capture capture) {
   switch (capture) {
