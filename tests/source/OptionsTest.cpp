@@ -128,7 +128,7 @@ TEST(DefaultOptions, AreReadAtTheNextStart) {
     engine::ScriptedOutside person(folder.Path());
     const engine::OutsideInUse inUse(person);
     engine::Application application(person, {});
-    application.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
+    application.LoadPlugin(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so");
     SetActiveDocument(application.NewDocument());
     application.ExecuteCommand(kPluginId);
     GeDialog& dialog = *engine::OpenDialogs().front();
