@@ -45,6 +45,7 @@ void ContainerAccess::SearchAndSetNumber(host::BaseContainer& container, host::L
   if (!entry) return AppendNumber(container, key, value);
   if (entry->type != value.type) return Set(container, key, value);
   entry->bits = value.bits;
+  if (!container.body_->IsLong()) container.body_->behind = static_cast<std::uint16_t>(entry - container.body_->Entries() + 1);
 }
 
 void ContainerAccess::SetIdOfShared(host::BaseContainer& container, host::LONG id) {

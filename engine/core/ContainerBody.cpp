@@ -30,7 +30,7 @@ ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
   void* memory = capacity == kFirstEntries ? SmallBlocks::Take() : ::operator new(ShortBytes(capacity));
   auto* body = new (memory) ContainerBody;
   body->id = id;
-  body->capacity = capacity;
+  body->capacity = static_cast<std::uint16_t>(capacity);
   body->Entries()->key = 0;  // the first key is looked at before the size is
   return body;
 }

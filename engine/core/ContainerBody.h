@@ -33,7 +33,8 @@ struct ContainerBody {
   SharedCount owners;
   host::LONG id = 0;
   std::uint32_t size = 0;
-  std::uint32_t capacity = 0;  // room of the short form; 0 marks the long form
+  std::uint16_t capacity = 0;  // room of the short form; 0 marks the long form
+  std::uint16_t behind = 0;    // the position behind the one that a number was written to last, where the next one mostly goes
 
   bool IsLong() const { return capacity == 0; }
   // The entries of the short form.
@@ -132,19 +133,20 @@ struct ContainerAccess {
   }
   // The entry's value set in place or appended, as BaseContainer::SetData does. Takes no share of `value`.
   static void Set(host::BaseContainer& container, host::LONG key, Value value);
-  // The same for a number, a link or nil. Most of them meet an entry of their type at the place where its key is
-  // looked for first, or at the end, in a short body of one owner.
+  // The same for a number, a link or nil. Most of them meet an entry of their type behind the one written last or where
+  // its key is looked for first, in a short body of one owner.
   static void SetNumber(host::BaseContainer& container, host::LONG key, Value value) {
     if (HoldsOwnShort(container)) {
       ContainerBody& body = *container.body_;
       Entry* entries = body.Entries();
+      if (body.behind < body.size && KeyAndType(entries[body.behind]) == KeyAndType(key, value.type)) {
+        entries[body.behind++].bits = value.bits;
+        return;
+      }
       const std::uint32_t guess = static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
       if (guess < body.size && KeyAndType(entries[guess]) == KeyAndType(key, value.type)) {
         entries[guess].bits = value.bits;
-        return;
-      }
-      if (body.size > 0 && KeyAndType(entries[body.size - 1]) == KeyAndType(key, value.type)) {
-        entries[body.size - 1].bits = value.bits;
+        body.behind = static_cast<std::uint16_t>(guess + 1);
         return;
       }
     }

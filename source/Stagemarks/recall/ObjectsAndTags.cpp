@@ -47,7 +47,7 @@ class CompositingRecall {
     result_ = data_ = tag.GetData();
     record_ = record;
     isChecked_ = FALSE;
-    for (const CompositingRow& row : kCompositing) result_.SetParameter(DescID(row.parameter), record.GetData(row.key));
+    for (const CompositingRow& row : kCompositing) result_.SetData(row.parameter, record.GetData(row.key));
   }
 
   BaseContainer data_;    // of the tag written last, before and

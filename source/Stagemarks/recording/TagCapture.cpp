@@ -35,7 +35,7 @@ Bool WriteCompositing(BaseContainer& settings, const BaseTag& tag) {
         break;
       case Reading::Parameter:
         tag.GetParameter(DescID(row.parameter), parameter, 0);
-        settings.SetParameter(DescID(row.key), parameter);
+        settings.SetData(row.key, parameter);
         isFlat = isFlat && parameter.GetType() != DA_CONTAINER;
         break;
     }
