@@ -1,14 +1,18 @@
 #include "engine/outside/PendingFile.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <mutex>
 #include <random>
+#include <set>
 #include <tuple>
 
 namespace engine {
@@ -16,9 +20,49 @@ namespace {
 
 constexpr const char* kCannotWrite = "Cannot write";
 
+constexpr std::string_view kHiddenBegin = ".stagemarks-";
+constexpr std::string_view kHiddenEnd = ".tmp";
+
 std::string HiddenName() {
   thread_local std::mt19937_64 random{std::random_device{}()};
-  return ".stagemarks-" + std::to_string(getpid()) + "-" + std::to_string(random()) + ".tmp";
+  return std::string(kHiddenBegin) + std::to_string(getpid()) + "-" + std::to_string(random()) + std::string(kHiddenEnd);
+}
+
+// The way to a file without a name, for giving it one.
+std::string PathOfHandle(const FileHandle& file) { return "/proc/self/fd/" + std::to_string(file.Get()); }
+
+// Whoever writes a file with a hidden name has it locked; false where the system knows no locks or somebody has it.
+bool LockHidden(const FileHandle& file) { return flock(file.Get(), LOCK_EX | LOCK_NB) == 0; }
+
+bool HasName(const FileHandle& file) {
+  struct stat info;
+  return fstat(file.Get(), &info) == 0 && info.st_nlink > 0;
+}
+
+// A hidden file that nobody has locked belongs to a program that is no more.
+void RemoveWhenDead(int folder, const char* name) {
+  const FileHandle file(openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat info;
+  if (file && fstat(file.Get(), &info) == 0 && S_ISREG(info.st_mode) && LockHidden(file)) unlinkat(folder, name, 0);
+}
+
+// Once for each folder and program: folders with many files are not read again for each of them.
+void RemoveDeadFiles(int folder, const std::string& path) {
+  static std::mutex guard;
+  static std::set<std::string> seen;
+  {
+    const std::lock_guard<std::mutex> lock(guard);
+    if (!seen.insert(path).second) return;
+  }
+  FileHandle listing(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  DIR* entries = listing ? fdopendir(listing.Get()) : nullptr;
+  if (entries == nullptr) return;
+  (void)listing.Release();
+  while (const dirent* entry = readdir(entries)) {
+    const std::string_view name = entry->d_name;
+    if (name.starts_with(kHiddenBegin) && name.ends_with(kHiddenEnd)) RemoveWhenDead(folder, entry->d_name);
+  }
+  closedir(entries);
 }
 
 // Some file systems cannot sync a folder and say so with these; nothing more can be done there.
@@ -56,7 +100,8 @@ PendingFile::~PendingFile() {
 Status PendingFile::Begin() {
   Status status = FollowLink();
   if (status) status = CheckPlace();
-  if (status) status = OpenHidden();
+  if (status) status = Open();
+  if (status) status = TakeOverRights();
   return status;
 }
 
@@ -75,6 +120,7 @@ Status PendingFile::CheckPlace() {
   std::tie(folder, name_) = FolderAndName(path_);
   folder_ = OpenFolder(folder);
   if (!folder_) return SystemFailure(kCannotWrite, path_);
+  RemoveDeadFiles(folder_.Get(), folder);
   struct stat info;
   if (fstatat(folder_.Get(), name_.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return {};
   if (S_ISDIR(info.st_mode)) return FileFailure(kCannotWrite, path_, "a folder is in its place");
@@ -83,11 +129,35 @@ Status PendingFile::CheckPlace() {
   return {};
 }
 
-Status PendingFile::OpenHidden() {
-  const std::string hidden = HiddenName();
-  file_ = FileHandle(openat(folder_.Get(), hidden.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-  if (!file_) return SystemFailure(kCannotWrite, path_);
-  hidden_ = hidden;
+Status PendingFile::Open() { return OpenUnnamed() || OpenHidden() ? Status() : SystemFailure(kCannotWrite, path_); }
+
+// Without the folder of handles the file could not be given a name later.
+bool PendingFile::OpenUnnamed() {
+  file_ = FileHandle(openat(folder_.Get(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666));
+  if (!file_ || access(PathOfHandle(file_).c_str(), F_OK) != 0) return false;
+  (void)LockHidden(file_);
+  return true;
+}
+
+// Somebody who takes it for a dead one may be faster than the lock; then it is made again.
+bool PendingFile::OpenHidden() {
+  do {
+    hidden_ = HiddenName();
+    file_ = FileHandle(openat(folder_.Get(), hidden_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!file_) hidden_.clear();
+    if (!file_) return false;
+  } while (!LockHidden(file_) && !HasName(file_));
+  return true;
+}
+
+bool PendingFile::NameIt() {
+  const std::string name = HiddenName();
+  if (linkat(AT_FDCWD, PathOfHandle(file_).c_str(), folder_.Get(), name.c_str(), AT_SYMLINK_FOLLOW) != 0) return false;
+  hidden_ = name;
+  return true;
+}
+
+Status PendingFile::TakeOverRights() {
   struct stat old;
   if (fstatat(folder_.Get(), name_.c_str(), &old, AT_SYMLINK_NOFOLLOW) != 0) return {};
   // The new file takes over owner and rights where the system lets it; the bytes matter more.
@@ -108,14 +178,24 @@ Status PendingFile::Write(std::string_view bytes) {
   return {};
 }
 
-Status PendingFile::Commit(bool replace) {
-  if (fsync(file_.Get()) != 0 || !file_.Close()) return SystemFailure(kCannotWrite, path_);
+// A name cannot be given to a file in place of another one, so that the file has a hidden one for a moment.
+bool PendingFile::Place(bool replace) {
   const int folder = folder_.Get();
+  if (!replace && hidden_.empty()) {
+    return linkat(AT_FDCWD, PathOfHandle(file_).c_str(), folder, name_.c_str(), AT_SYMLINK_FOLLOW) == 0;
+  }
+  if (hidden_.empty() && !NameIt()) return false;
   const bool placed = replace ? renameat(folder, hidden_.c_str(), folder, name_.c_str()) == 0
                               : RenameWithoutReplacing(folder, hidden_, folder, name_);
-  if (!placed) return SystemFailure(kCannotWrite, path_);
-  hidden_.clear();
-  if (!SyncFolder(folder)) return SystemFailure("Cannot make sure that the disk holds", path_);
+  if (placed) hidden_.clear();
+  return placed;
+}
+
+// It stays locked until it is in its place.
+Status PendingFile::Commit(bool replace) {
+  if (fsync(file_.Get()) != 0 || !Place(replace)) return SystemFailure(kCannotWrite, path_);
+  (void)file_.Close();
+  if (!SyncFolder(folder_.Get())) return SystemFailure("Cannot make sure that the disk holds", path_);
   return {};
 }
 

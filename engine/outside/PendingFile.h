@@ -1,5 +1,7 @@
-// PendingFile: a file that is being written under a hidden name beside its place and takes that place in one step, or
-// leaves no trace. Any thread, one at a time for each file.
+// PendingFile: a file that is being written where nobody sees it and takes its place in one step, or leaves no trace. Where the
+// file system has files without a name it has none until it is complete, so that not even a killed program leaves anything;
+// elsewhere it has a hidden name beside its place, and what killed programs left there goes with the next file
+// written in the folder. Any thread, one at a time for each file.
 #pragma once
 
 #include <string>
@@ -16,10 +18,10 @@ class PendingFile {
   explicit PendingFile(std::string path) : path_(std::move(path)) {}
   PendingFile(const PendingFile&) = delete;
   PendingFile& operator=(const PendingFile&) = delete;
-  // Removes the hidden file unless Commit took it to its place.
+  // Removes the file unless Commit took it to its place.
   ~PendingFile();
 
-  // Opens the hidden file. Follows a link at the place to the file it points to; refuses anything there but a plain file
+  // Opens the file. Follows a link at the place to the file it points to; refuses anything there but a plain file
   // that may be written.
   Status Begin();
   Status Write(std::string_view bytes);
@@ -29,11 +31,16 @@ class PendingFile {
  private:
   Status FollowLink();
   Status CheckPlace();
-  Status OpenHidden();
+  Status Open();
+  Status TakeOverRights();
+  bool OpenUnnamed();
+  bool OpenHidden();
+  bool NameIt();
+  bool Place(bool replace);
 
   std::string path_;
   std::string name_;
-  std::string hidden_;  // empty: there is none
+  std::string hidden_;  // empty: it has no name
   FileHandle folder_;
   FileHandle file_;
 };

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <span>
 
 #include "engine/outside/FileLock.h"
 #include "engine/outside/HeldFile.h"
@@ -294,6 +295,33 @@ TEST_F(RealFiles, AHeldFileIsHeldOnceUntilItIsLetGo) {
   }
   EXPECT_TRUE(engine::HoldFile(At("held")));
   EXPECT_EQ(Here(), "held");
+}
+
+TEST_F(RealFiles, AFileIsNotSeenBeforeItIsComplete) {
+  const engine::FileHandle unnamed(open(scratch.Path().c_str(), O_WRONLY | O_TMPFILE, 0600));
+  WriteText(At("a"), "old");
+  std::string seen;
+  const std::string_view bytes = "new";
+  const auto look = [&] {
+    seen = Here() + ": " + ReadText(At("a"));
+    return Status();
+  };
+  ASSERT_TRUE(outside.ReplaceFile(At("a"), std::span(&bytes, 1), look));
+  if (unnamed) {
+    EXPECT_EQ(seen, "a: old");
+  }
+  EXPECT_EQ(Here() + ": " + ReadText(At("a")), "a: new");
+  const auto refuse = [] { return Status::Failure("No."); };
+  EXPECT_EQ(outside.ReplaceFile(At("b"), std::span(&bytes, 1), refuse).Message(), "No.");
+  EXPECT_EQ(Here(), "a");
+}
+
+TEST_F(RealFiles, WhatKilledProgramsLeftIsRemovedAndWhatOthersWriteIsNot) {
+  for (const char* name : {".stagemarks-1-2.tmp", ".stagemarks-3-4.tmp", ".stagemarks-notes", ".other.tmp"})
+    WriteText(At(name), "x");
+  const auto writing = engine::HoldFile(At(".stagemarks-3-4.tmp"));
+  ASSERT_TRUE(outside.ReplaceFile(At("a"), "a"));
+  EXPECT_EQ(Here(), ".other.tmp .stagemarks-3-4.tmp .stagemarks-notes a");
 }
 
 TEST_F(RealFiles, ALockIsOnTheFileThatThePathLeadsTo) {
