@@ -1,5 +1,8 @@
 // The undo part of the published document, and the programs' view of it.
 #include "engine/undo/Undo.h"
+
+#include <utility>
+
 #include "engine/undo/UndoHistory.h"
 
 namespace host {
@@ -60,5 +63,9 @@ std::optional<StepDifference> UndoScope::Difference(std::size_t most, const GoOn
 }
 
 void UndoScope::Cancel() { UndoHistory::Of(doc_).TakeBack(begin_); }
+
+ActName::ActName(std::string name) : former_(std::exchange(UndoHistory::actName, std::move(name))) {}
+
+ActName::~ActName() { UndoHistory::actName = std::move(former_); }
 
 }  // namespace engine

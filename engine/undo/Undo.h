@@ -51,4 +51,17 @@ class UndoScope {
   std::size_t begin_;
 };
 
+// While it lives, a group that ends without a name of its own gets this one: so a program names the steps of a plug-in, which
+// names none, after what a person pressed. The innermost counts.
+class ActName {
+ public:
+  explicit ActName(std::string name);
+  ActName(const ActName&) = delete;
+  ActName& operator=(const ActName&) = delete;
+  ~ActName();
+
+ private:
+  std::string former_;
+};
+
 }  // namespace engine

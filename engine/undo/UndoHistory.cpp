@@ -34,6 +34,7 @@ void UndoHistory::End() {
   claims_.clear();
   if (!HoldsChange()) return open_.reset();
   undone_.clear();
+  Name(actName);
   entries_ += open_->entries.Size();
   done_.push_back(std::move(open_));
   DropOldest();

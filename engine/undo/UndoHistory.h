@@ -21,6 +21,9 @@ class UndoHistory : public UndoAttachment {
   static constexpr std::size_t kMostSteps = 100;
   static constexpr std::size_t kMostEntries = 4'000'000;
 
+  // What a person is doing now, for groups that end without a name; empty for nothing known.
+  inline static std::string actName;
+
   explicit UndoHistory(host::BaseDocument& doc) : doc_(doc) {}
 
   // The document's history, made when it is first asked for; null from the const one before that.

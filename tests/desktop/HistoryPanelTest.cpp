@@ -7,9 +7,10 @@
 #include <QtTest/QTest>
 
 #include "engine/undo/Undo.h"
+#include "host/BaseMaterial.h"
 #include "host/BaseObject.h"
 #include "program/desktop/SceneCommands.h"
-#include "tests/desktop/Desk.h"
+#include "tests/desktop/States.h"
 
 namespace {
 
@@ -47,6 +48,29 @@ struct WithHistory : Desk {
     return count;
   }
 };
+
+TEST(HistoryPanel, StepsOfAPlugInAreCalledAfterWhatWasPressed) {
+  Desk desk;
+  host::BaseDocument* doc = host::GetActiveDocument();
+  doc->AppendObject(host::BaseObject::Alloc(host::Onull));
+  doc->AppendMaterial(host::BaseMaterial::Alloc(host::Mmaterial));
+  desk::RecordState(desk, "Overview & more");
+  doc->GetFirstObject()->SetEditorMode(host::MODE_OFF);
+  desk::LoadState(desk, 0);
+  EXPECT_EQ(engine::UndoName(*doc), "Load Overview & more");
+  EXPECT_EQ(desk.Entry("Edit", "Undo").text(), "&Undo Load Overview && more");
+  QMenuBar& menus = desk.Window().Docks().ViewOf(*desk.Dialog())->Menus();
+  for (const QAction* top : menus.actions()) {
+    for (QAction* entry : top->menu()->actions()) {
+      if (entry->text() == "Clean Material Editor") entry->trigger();
+    }
+  }
+  Desk::Rest();
+  EXPECT_EQ(engine::DoneNames(*doc), (std::vector<std::string>{"Load Overview & more", "Clean Material Editor"}));
+  desktop::SelectAll(*doc);
+  desktop::DeleteSelected(*doc);
+  EXPECT_EQ(engine::UndoName(*doc), "Delete") << "a name of its own stays";
+}
 
 TEST(HistoryPanel, AClickGoesBackAndForward) {
   WithHistory desk;

@@ -6,8 +6,10 @@
 #include <optional>
 
 #include "engine/scene/Nodes.h"
+#include "engine/undo/Undo.h"
 #include "host/Application.h"
 #include "program/desktop/Text.h"
+#include "program/pictures/StagemarksDialog.h"
 
 namespace desktop {
 
@@ -25,6 +27,15 @@ std::size_t LongestList(const engine::Gadget& group) {
 bool WouldBeNoticed(const host::GeDialog& dialog) {
   const host::BaseDocument* doc = host::GetActiveDocument();
   return doc && engine::NodeCount(*doc) * (1 + LongestList(engine::DialogRoot(dialog))) >= kNoticed;
+}
+
+std::string StepName(host::GeDialog& dialog, const host::String& label, About about) {
+  constexpr qsizetype kLongest = 60;
+  QString name = ToQt(label).simplified();
+  const pictures::StagemarksDialog states(dialog);
+  const auto chosen = about == About::kChosenRow && states.Fits() ? states.SelectedNames() : std::vector<std::string>();
+  if (chosen.size() == 1) name += " " + QString::fromStdString(chosen.front()).simplified();
+  return (name.size() > kLongest ? name.left(kLongest - 1) + QChar(0x2026) : name).toStdString();
 }
 
 QStatusBar* StatusLineOf(const QObject& from) {
@@ -51,9 +62,10 @@ Busy::~Busy() {
 FreePointer::FreePointer() { QGuiApplication::changeOverrideCursor(Qt::ArrowCursor); }
 FreePointer::~FreePointer() { QGuiApplication::changeOverrideCursor(Qt::WaitCursor); }
 
-void Act(const SharedDialogLink& link, const QObject& from, const host::String& label,
+void Act(const SharedDialogLink& link, const QObject& from, const host::String& label, About about,
          const std::function<void(host::GeDialog&)>& act) {
   if (!link->dialog) return;
+  const engine::ActName named(StepName(*link->dialog, label, about));
   std::optional<Busy> busy;
   if (WouldBeNoticed(*link->dialog)) busy.emplace(from, ToQt(label).simplified() + QChar(0x2026));
   act(*link->dialog);

@@ -33,8 +33,11 @@ class FreePointer {
   ~FreePointer();
 };
 
-// Sends an act of a person to the dialog of the link, unless that is closed. `label`: of the gadget, as the dialog has it.
-void Act(const SharedDialogLink& link, const QObject& from, const host::String& label,
+// What of a dialog an act is about: the row that is chosen in its list, or nothing more than its label says.
+enum class About { kChosenRow, kNothingMore };
+// Sends an act of a person to the dialog of the link, unless that is closed. `label`: of the gadget, as the dialog has it. Undo
+// steps that the plug-in makes get that name, with the chosen row's where the act is about it.
+void Act(const SharedDialogLink& link, const QObject& from, const host::String& label, About about,
          const std::function<void(host::GeDialog&)>& act);
 
 }  // namespace desktop
