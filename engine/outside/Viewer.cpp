@@ -5,11 +5,41 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <mutex>
 #include <thread>
+#include <utility>
 
 #include "engine/outside/FileHandle.h"
 
 namespace engine {
+
+namespace {
+
+struct Listener {
+  std::mutex mutex;
+  std::function<void(const std::string&)> failed;
+};
+
+// Never destroyed: a viewer may end after the program's own ending has begun.
+Listener& TheListener() {
+  static auto* const listener = new Listener;
+  return *listener;
+}
+
+void WaitFor(pid_t child, const std::string& path) {
+  int status = 0;
+  const bool ended = waitpid(child, &status, 0) == child && WIFEXITED(status);
+  if (!ended || WEXITSTATUS(status) == 0) return;
+  const std::lock_guard lock(TheListener().mutex);
+  if (TheListener().failed) TheListener().failed(path);
+}
+
+}  // namespace
+
+void ListenForFailedViewers(std::function<void(const std::string& path)> failed) {
+  const std::lock_guard lock(TheListener().mutex);
+  TheListener().failed = std::move(failed);
+}
 
 Status StartViewer(const std::string& path) {
   char program[] = "xdg-open";
@@ -26,7 +56,7 @@ Status StartViewer(const std::string& path) {
     errno = result;
     return SystemFailure("Cannot start xdg-open for", path);
   }
-  std::thread([child] { waitpid(child, nullptr, 0); }).detach();
+  std::thread([child, path] { WaitFor(child, path); }).detach();
   return {};
 }
 

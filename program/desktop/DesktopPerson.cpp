@@ -7,6 +7,7 @@
 #include <QThread>
 #include <limits>
 
+#include "engine/outside/Viewer.h"
 #include "program/desktop/FileChooser.h"
 #include "program/desktop/HeldBack.h"
 #include "program/desktop/Text.h"
@@ -45,7 +46,14 @@ DesktopPerson::DesktopPerson() {
   over_.setSingleShot(true);
   over_.setInterval(0);
   QObject::connect(&over_, &QTimer::timeout, &over_, [this] { EndProgress(); });
+  engine::ListenForFailedViewers([this](const std::string& path) {
+    const std::string text = "\"" + path + "\" cannot be shown: the system has no program for it, or that failed.";
+    QMetaObject::invokeMethod(
+        &over_, [this, text] { Warn(text); }, Qt::QueuedConnection);
+  });
 }
+
+DesktopPerson::~DesktopPerson() { engine::ListenForFailedViewers({}); }
 
 void DesktopPerson::Tell(const std::string& text) {
   EndProgress();

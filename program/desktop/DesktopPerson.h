@@ -17,6 +17,7 @@ namespace desktop {
 class DesktopPerson : public engine::Person {
  public:
   DesktopPerson();
+  ~DesktopPerson() override;
 
   // The window that boxes stand in front of; may be gone or never come.
   void SitAt(QWidget* window) { window_ = window; }

@@ -29,7 +29,7 @@ void ShowAbout(MainWindow& window) {
                   QApplication::applicationDisplayName() + " " + QApplication::applicationVersion(), QMessageBox::Ok, &window);
   box.setIconPixmap(QApplication::windowIcon().pixmap(64));
   box.setTextFormat(Qt::PlainText);
-  box.setInformativeText("Records the states of a 3D scene under names, recalls, compares and exports them.\n\nPlug-ins: " +
+  box.setInformativeText("Records the states of a 3D scene under names, recalls, edits and exports them.\n\nPlug-ins: " +
                          PluginNames(window.App()) + "\nFrom: " + ToQt(engine::PluginFolder()) + "\nToolkit: Qt " + qVersion() +
                          "\nPictures are computed on the processor; no graphics card is needed.");
   box.exec();

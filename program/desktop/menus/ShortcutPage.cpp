@@ -2,9 +2,11 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDockWidget>
 #include <QHeaderView>
 #include <QMenu>
 #include <QMenuBar>
+#include <QShortcut>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -16,14 +18,92 @@ namespace {
 
 constexpr QSize kSize(460, 560);
 
-void AddKeys(QTreeWidget& list, const QString& menuName, const QMenu& menu) {
-  QTreeWidgetItem* group = nullptr;
-  for (const QAction* action : menu.actions()) {
-    if (action->shortcut().isEmpty()) continue;
-    if (!group) group = new QTreeWidgetItem(&list, {menuName});
-    new QTreeWidgetItem(group, {action->text().remove('&'), action->shortcut().toString(QKeySequence::NativeText)});
+// What a key press does that no menu entry stands for.
+struct OtherKeys {
+  const char* where;
+  const char* what;
+  const char* keys;
+};
+constexpr OtherKeys kOthers[] = {
+    {"The picture", "Go around what is selected", "Arrows"},
+    {"The picture", "Slide", "Shift+Arrows"},
+    {"The picture", "Come nearer, go away", "+, -"},
+    {"Objects", "Show or hide in the editor", "Space"},
+    {"Objects", "Show or hide in renders", "Shift+Space"},
+    {"Attributes", "A step up or down", "Up, Down"},
+    {"Attributes", "Ten steps up or down", "Shift+Up, Shift+Down, Page Up, Page Down"},
+    {"Stagemarks", "Check or uncheck the selected rows", "Space"},
+    {"Render and contact sheet", "Nearer, farther", "+, -"},
+    {"Render and contact sheet", "Each pixel as it is, the whole picture", "1, 0 or F"},
+    {"Render and contact sheet", "Close the window", "Esc"},
+};
+
+class Page {
+ public:
+  explicit Page(QTreeWidget& list) : list_(list) {}
+
+  void AddMenu(const QString& name, const QMenu& menu) {
+    for (const QAction* action : menu.actions()) {
+      if (action->menu()) {
+        AddMenu(name, *action->menu());
+      } else {
+        AddAction(name, *action);
+      }
+    }
   }
-  if (group) group->setExpanded(true);
+  // What panels know by themselves; entries that stand in a menu, too, were seen there.
+  void AddPanel(const QWidget& panel, const QString& title) {
+    QList<const QWidget*> widgets = {&panel};
+    for (const QWidget* widget : panel.findChildren<QWidget*>()) widgets.append(widget);
+    for (const QWidget* widget : widgets) {
+      for (const QAction* action : widget->actions()) AddAction(title, *action);
+      for (const QShortcut* keys : widget->findChildren<QShortcut*>(Qt::FindDirectChildrenOnly)) {
+        Add(title, keys->whatsThis(), {keys->key()});
+      }
+    }
+  }
+  void Add(const QString& group, const QString& what, const QString& keys) {
+    QTreeWidgetItem*& item = groups_[group];
+    if (!item) item = new QTreeWidgetItem(&list_, {group});
+    item->setExpanded(true);
+    for (int row = 0; row < item->childCount(); ++row) {
+      if (item->child(row)->text(0) != what) continue;
+      if (item->child(row)->text(1) != keys) item->child(row)->setText(1, item->child(row)->text(1) + ", " + keys);
+      return;
+    }
+    new QTreeWidgetItem(item, {what, keys});
+  }
+
+ private:
+  void AddAction(const QString& group, const QAction& action) {
+    if (seen_.contains(&action)) return;
+    seen_.insert(&action);
+    Add(group, action.text().remove('&'), action.shortcuts());
+  }
+  void Add(const QString& group, const QString& what, const QList<QKeySequence>& keys) {
+    QStringList texts;
+    for (const QKeySequence& one : keys) texts.append(one.toString(QKeySequence::NativeText));
+    texts.removeAll("");
+    if (!texts.isEmpty()) Add(group, what, texts.join(", "));
+  }
+
+  QTreeWidget& list_;
+  QHash<QString, QTreeWidgetItem*> groups_;
+  QSet<const QAction*> seen_;
+};
+
+void Fill(QTreeWidget& list, const QMainWindow& window) {
+  Page page(list);
+  for (const QAction* top : window.menuBar()->actions()) {
+    if (top->menu()) page.AddMenu(top->text().remove('&'), *top->menu());
+  }
+  // Entries that are only there while their menu is open.
+  for (const QAction* action : window.actions()) {
+    if (!action->shortcut().isEmpty()) page.Add("Window", action->text().remove('&'), action->shortcut().toString());
+  }
+  page.AddPanel(*window.centralWidget(), "The picture");
+  for (const QDockWidget* dock : window.findChildren<QDockWidget*>()) page.AddPanel(*dock, dock->windowTitle());
+  for (const OtherKeys& other : kOthers) page.Add(other.where, other.what, other.keys);
 }
 
 }  // namespace
@@ -38,9 +118,7 @@ void ShowShortcuts(QMainWindow& window) {
   list->header()->setStretchLastSection(false);
   list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
   list->setSelectionMode(QAbstractItemView::NoSelection);
-  for (const QAction* top : window.menuBar()->actions()) {
-    if (top->menu()) AddKeys(*list, top->text().remove('&'), *top->menu());
-  }
+  Fill(*list, window);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &page);
   QObject::connect(buttons, &QDialogButtonBox::rejected, &page, &QDialog::reject);
   auto* layout = new QVBoxLayout(&page);

@@ -1,4 +1,5 @@
-// ShortcutPage: the keys of all menu entries at a glance, read from the menus themselves. Main thread.
+// ShortcutPage: all keys at a glance: of the menu entries and panels, read from these themselves, and the few that no entry
+// stands for. Main thread.
 #pragma once
 
 #include <QMainWindow>

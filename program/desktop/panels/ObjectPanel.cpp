@@ -25,10 +25,14 @@ ObjectPanel::ObjectPanel(QWidget* parent) : QWidget(parent), search_(new QLineEd
     search_->setFocus(Qt::ShortcutFocusReason);
     search_->selectAll();
   };
-  connect(new QShortcut(QKeySequence("Ctrl+L"), this), &QShortcut::activated, this, find);
-  connect(new QShortcut(QKeySequence("/"), tree_, nullptr, nullptr, Qt::WidgetShortcut), &QShortcut::activated, this, find);
-  connect(new QShortcut(QKeySequence(Qt::Key_Escape), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut),
-          &QShortcut::activated, this, [this] { LeaveSearch(); });
+  const auto add = [](QWidget* place, const QKeySequence& keys, Qt::ShortcutContext where, const char* what, auto act) {
+    auto* shortcut = new QShortcut(keys, place, nullptr, nullptr, where);
+    shortcut->setWhatsThis(what);
+    connect(shortcut, &QShortcut::activated, place, act);
+  };
+  add(this, QKeySequence("Ctrl+L"), Qt::WindowShortcut, "Search objects", find);
+  add(tree_, QKeySequence("/"), Qt::WidgetShortcut, "Search objects", find);
+  add(this, QKeySequence(Qt::Key_Escape), Qt::WidgetWithChildrenShortcut, "End the search", [this] { LeaveSearch(); });
 }
 
 void ObjectPanel::LeaveSearch() {
