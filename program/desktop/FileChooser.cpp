@@ -1,6 +1,8 @@
 #include "program/desktop/FileChooser.h"
 
 #include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
 
 #include "program/desktop/Text.h"
 
@@ -15,14 +17,40 @@ void ShowProposal(QFileDialog& dialog, const std::string& proposal) {
   if (!proposed.isDir()) dialog.selectFile(proposed.fileName());
 }
 
+// Takes also the name of a folder that is not there yet, and makes it.
+class Chooser : public QFileDialog {
+ public:
+  using QFileDialog::QFileDialog;
+
+ protected:
+  void accept() override {
+    if (fileMode() == Directory && !MakeTyped()) return;
+    QFileDialog::accept();
+  }
+
+ private:
+  bool MakeTyped() {
+    const auto* field = findChild<QLineEdit*>("fileNameEdit");
+    const QString typed = field ? field->text() : QString();
+    const QFileInfo folder(directory(), typed);
+    if (typed.isEmpty() || folder.exists() || !QFileInfo(folder.path()).isDir()) return true;
+    const engine::Status made = engine::Outside::Current().MakeFolder(folder.absoluteFilePath().toStdString());
+    if (!made) QMessageBox::warning(this, windowTitle(), ToQt(made.Message()));
+    return made.Ok();
+  }
+};
+
 }  // namespace
 
 std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestion& question, const QString& filter) {
-  QFileDialog dialog(parent, ToQt(question.title));
+  Chooser dialog(parent, ToQt(question.title));
   const bool isFolder = question.flags & host::FILESELECT_DIRECTORY;
   const bool isSave = question.flags & host::FILESELECT_SAVE;
   dialog.setAcceptMode(isSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   dialog.setFileMode(isFolder ? QFileDialog::Directory : isSave ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  // The system's own chooser cannot be taught new names.
+  if (isFolder) dialog.setOption(QFileDialog::DontUseNativeDialog);
+  if (isFolder) dialog.setOption(QFileDialog::ShowDirsOnly);
   dialog.setNameFilters({filter, kAnything});
   if (filter == kOwnScenes) dialog.setDefaultSuffix("c4d");
   if (filter == kPictureFiles && isSave) dialog.setDefaultSuffix("png");

@@ -18,7 +18,7 @@ inline constexpr const char* kPictureFiles = "Pictures (*.png *.tif *.tiff)";
 inline constexpr const char* kAnything = "All files (*)";
 
 // The absolute path chosen; nothing when cancelled. Saving asks before a file is replaced and adds ".c4d" where the filter is
-// our own scenes and the name has no suffix, ".png" where it is pictures.
+// our own scenes and the name has no suffix, ".png" where it is pictures. A new folder is made where its name is typed.
 std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestion& question, const QString& filter);
 
 }  // namespace desktop

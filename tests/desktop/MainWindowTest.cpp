@@ -8,6 +8,8 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QShortcut>
+#include <QTreeWidget>
 #include <QtTest/QTest>
 #include <filesystem>
 #include <fstream>
@@ -88,6 +90,80 @@ TEST(MainWindow, WarningsLookLikeWarnings) {
     EXPECT_EQ(iconOf([&, told = std::string(text)] { desk.Person().Tell(told); }), icon) << text;
   }
   EXPECT_EQ(iconOf([&] { desk.Window().Commands().Open(desk.Folder() + "/none.c4d"); }), QMessageBox::Warning);
+}
+
+TEST(MainWindow, WhatNoViewerOpensIsTold) {
+  Desk desk;
+  const std::string program = desk.Folder() + "/xdg-open";
+  std::ofstream(program) << "#!/bin/sh\nexit 3\n";
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  const QByteArray path = qgetenv("PATH");
+  qputenv("PATH", QByteArray::fromStdString(desk.Folder() + ":") + path);
+  for (const bool byPlugin : {false, true}) {
+    QString told;
+    AnswerNext<QMessageBox>([&](QMessageBox& box) {
+      told = box.text();
+      box.accept();
+    });
+    if (byPlugin) {
+      engine::ChooseMenu(*desk.Dialog(), stagemarks::kHelp);
+    } else {
+      desk.Entry("Help", "Manual").trigger();
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return told.contains("SM_Manual.pdf") && told.contains("no program"); }, 20000))
+        << told.toStdString();
+  }
+  qputenv("PATH", path);
+}
+
+TEST(MainWindow, TheShortcutPageListsEveryKeyOfTheWindow) {
+  Desk desk;
+  QStringList listed;
+  AnswerNext([&](QDialog& page) {
+    const auto* list = page.findChild<QTreeWidget*>();
+    for (int group = 0; group < list->topLevelItemCount(); ++group) {
+      for (int row = 0; row < list->topLevelItem(group)->childCount(); ++row) {
+        EXPECT_NE(list->topLevelItem(group)->child(row)->text(0), "");
+        listed += list->topLevelItem(group)->child(row)->text(1).split(", ");
+      }
+    }
+    EXPECT_TRUE(pictures::Write(page, "shortcuts"));
+    page.reject();
+  });
+  desk.Entry("Help", "Keyboard Shortcuts").trigger();
+  for (const QAction* action : desk.Window().findChildren<QAction*>()) {
+    for (const QKeySequence& keys : action->shortcuts()) {
+      EXPECT_TRUE(listed.contains(keys.toString(QKeySequence::NativeText))) << action->text().toStdString();
+    }
+  }
+  for (const QShortcut* shortcut : desk.Window().findChildren<QShortcut*>()) {
+    EXPECT_TRUE(listed.contains(shortcut->key().toString())) << shortcut->key().toString().toStdString();
+  }
+  EXPECT_TRUE(listed.contains("F2") && listed.contains("Ctrl+L") && listed.contains("F9") && listed.contains("Space"));
+}
+
+TEST(MainWindow, TheWindowMenuListsDialogsOfPlugIns) {
+  Desk desk;
+  ASSERT_NE(desk.Dialog(), nullptr);
+  for (const bool open : {true, false, true}) {
+    EXPECT_EQ(desk.Dialog() != nullptr, open);
+    QAction& entry = desk.Entry("Window", "Stagemarks");
+    EXPECT_TRUE(entry.isCheckable());
+    EXPECT_EQ(entry.isChecked(), open);
+    entry.trigger();
+    Desk::Rest();
+  }
+}
+
+TEST(MainWindow, TheFolderChooserMakesWhatIsNew) {
+  Desk desk;
+  const engine::FileQuestion question{host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose a folder",
+                                      desk.Folder()};
+  for (const char* name : {"new", "new"}) {
+    ChooseInNextBox(name);
+    EXPECT_EQ(desk.Person().ChooseFile(question), desk.Folder() + "/new");
+    EXPECT_TRUE(std::filesystem::is_directory(desk.Folder() + "/new"));
+  }
 }
 
 TEST(MainWindow, ChangedDocumentsAskBeforeTheyGo) {

@@ -53,6 +53,19 @@ void DialogDocks::DialogOpened(host::GeDialog& dialog) {
   if (!dock) dock = Make(dialog);
   dock->show();
   dock->raise();
+  Remember(dialog);
+}
+
+void DialogDocks::Remember(host::GeDialog& dialog) {
+  const host::LONG plugin = engine::DialogPluginId(dialog);
+  const QString title = ToQt(engine::DialogTitle(dialog)).simplified();
+  const auto it = std::find_if(known_.begin(), known_.end(),
+                               [&](const Known& one) { return one.plugin == plugin && (!one.dialog || one.dialog == &dialog); });
+  if (it == known_.end()) {
+    known_.push_back({plugin, title, &dialog});
+  } else {
+    *it = {plugin, title, &dialog};
+  }
 }
 
 QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
@@ -72,6 +85,9 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
 }
 
 void DialogDocks::DialogClosed(host::GeDialog& dialog) {
+  for (Known& one : known_) {
+    if (one.dialog == &dialog) one.dialog = nullptr;
+  }
   const auto it = docks_.find(&dialog);
   if (it == docks_.end()) return;
   it->second->hide();

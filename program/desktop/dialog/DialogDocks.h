@@ -17,6 +17,13 @@ class DialogDocks final : private engine::DialogObserver {
 
   // Null when the dialog is not open.
   DialogView* ViewOf(const host::GeDialog& dialog) const;
+  // Of each dialog that was open since the start: what opened it, its title, and whether it is open. In the order of opening.
+  struct Known {
+    host::LONG plugin;
+    QString title;
+    host::GeDialog* dialog;  // null while it is closed
+  };
+  const std::vector<Known>& AllKnown() const { return known_; }
   // Brings all docks back to the side of the window that they first stood on.
   void ResetPlaces();
 
@@ -26,7 +33,10 @@ class DialogDocks final : private engine::DialogObserver {
   void DialogChanged(host::GeDialog&, const engine::Gadget*) override {}
   QDockWidget* Make(host::GeDialog& dialog);
 
+  void Remember(host::GeDialog& dialog);
+
   QMainWindow& window_;
+  std::vector<Known> known_;
   std::unordered_map<const host::GeDialog*, QDockWidget*> docks_;
 };
 

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
@@ -18,6 +20,20 @@ void ListDocuments(QMenu& menu, const engine::Application& application) {
   }
 }
 
+// Closed ones are opened by the command that opened them before.
+void ListDialogs(QMenu& menu, MainWindow& window) {
+  for (const DialogDocks::Known& known : window.Docks().AllKnown()) {
+    if (known.title.isEmpty()) continue;
+    QAction* action = AddEntry(menu, Label(ToHost(known.title)), {}, [&window, plugin = known.plugin, dialog = known.dialog] {
+      const auto open = engine::OpenDialogs();
+      const bool isOpen = std::find(open.begin(), open.end(), dialog) != open.end();
+      isOpen ? void(dialog->Close()) : void(window.App().ExecuteCommand(plugin));
+    });
+    action->setCheckable(true);
+    action->setChecked(known.dialog != nullptr);
+  }
+}
+
 void FillWindowMenu(QMenu& menu, MainWindow& window, const QList<QAction*>& turns) {
   menu.clear();
   menu.addActions(turns);
@@ -25,6 +41,7 @@ void FillWindowMenu(QMenu& menu, MainWindow& window, const QList<QAction*>& turn
   ListDocuments(menu, window.App());
   menu.addSeparator();
   for (QAction* action : window.Panels().ToggleActions()) menu.addAction(action);
+  ListDialogs(menu, window);
   menu.addSeparator();
   AddEntry(menu, "&Reset Layout", {}, [&window] { window.ResetLayout(); });
 }
