@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QMessageBox>
 
+#include "program/desktop/ChangedFile.h"
 #include "program/desktop/FileChooser.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"
@@ -118,23 +119,76 @@ void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
 
 bool DocumentCommands::Save(host::BaseDocument& doc) {
   if (!IsOwnScene(PathOf(doc)) || unplaced_.contains(IdentityOf(&doc))) return SaveAs(doc);
-  const engine::Status saved = application_.SaveDocument(doc);
-  if (!saved) person_.Warn(saved.Message());
-  return saved.Ok();
+  return Write(doc, PathOf(doc));
+}
+
+// The file may change also while a question stands there, or while this waits for another program that writes it.
+bool DocumentCommands::Write(host::BaseDocument& doc, const std::string& path) {
+  const host::ULLONG id = IdentityOf(&doc);
+  for (;;) {
+    const engine::Status saved = application_.SaveDocumentAs(doc, path);
+    if (saved) told_.erase(id);
+    if (saved) return true;
+    if (application_.LookAtFileOf(doc) != engine::FileNow::Changed) {
+      person_.Warn(saved.Message());
+      return false;
+    }
+    const engine::FileStamp stamp = engine::Outside::Current().Stamp(path);
+    const ChangedFileAnswer answer = AskAboutChangedFile(window_, doc, true);
+    if (FindOpenDocument(id) != &doc || answer == ChangedFileAnswer::Later) return false;
+    if (answer == ChangedFileAnswer::SaveAs) return SaveAs(doc);
+    if (answer == ChangedFileAnswer::Reload) Reload(doc);
+    if (answer == ChangedFileAnswer::Reload) return false;
+    if (engine::Outside::Current().Stamp(path) == stamp) application_.AcceptFileOf(doc);
+  }
+}
+
+void DocumentCommands::Reload(host::BaseDocument& doc) {
+  const auto opened = application_.OpenDocument(PathOf(doc));
+  if (!opened) return person_.Warn(opened.Message());
+  told_.erase(IdentityOf(&doc));
+  host::KillDocument(&doc);
+  host::EventAdd();
+}
+
+void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
+  const host::ULLONG id = IdentityOf(&doc);
+  // What is still to get a place was not read from there.
+  const engine::FileNow now = unplaced_.contains(id) ? engine::FileNow::AsRead : application_.LookAtFileOf(doc);
+  if (now == engine::FileNow::AsRead) {
+    told_.erase(id);
+    return;
+  }
+  const engine::FileStamp stamp = engine::Outside::Current().Stamp(PathOf(doc));
+  if (const auto before = told_.find(id); before != told_.end() && before->second == stamp) return;
+  told_[id] = stamp;
+  if (now == engine::FileNow::Gone) {
+    // So that closing it asks.
+    doc.SetChanged();
+    return person_.ShowStatus("The file of \"" + ShortTitle(doc).toStdString() +
+                              "\" is not there any more. Save writes it again.");
+  }
+  const ChangedFileAnswer answer = AskAboutChangedFile(window_, doc, false);
+  if (FindOpenDocument(id) != &doc) return;
+  if (answer == ChangedFileAnswer::Reload) Reload(doc);
+  if (answer == ChangedFileAnswer::SaveAs) SaveAs(doc);
+  if (answer != ChangedFileAnswer::KeepMine || engine::Outside::Current().Stamp(PathOf(doc)) != stamp) return;
+  application_.AcceptFileOf(doc);
+  // What is here is in no file any more.
+  doc.SetChanged();
 }
 
 bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
   const auto path = ChooseFile(
       window_, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_SAVE, "Save the scene as", ProposedPath(doc)}, kOwnScenes);
   if (!path) return false;
-  const engine::Status saved = application_.SaveDocumentAs(doc, *path);
-  if (!saved) person_.Warn(saved.Message());
-  if (saved) {
+  const bool saved = Write(doc, *path);
+  if (saved && PathOf(doc) == *path) {
     unplaced_.erase(IdentityOf(&doc));
     Remember(*path);
   }
   host::EventAdd();
-  return saved.Ok();
+  return saved;
 }
 
 bool DocumentCommands::Close(host::BaseDocument& doc) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QWidget>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "engine/application/Application.h"
@@ -30,9 +31,13 @@ class DocumentCommands {
   // Opens work that was kept when a desktop crashed, as a changed document that stood at `path` (empty: nowhere). Its first
   // saving asks for the place.
   engine::Result<host::BaseDocument*> OpenRecovered(const std::string& kept, const std::string& path);
-  // Asks for a place where the document has none of our own yet. False when cancelled or failed.
+  // Asks for a place where the document has none of our own yet, and what to do where another program has changed the file. False
+  // when cancelled, failed, or when the document was given up for the changed file.
   bool Save(host::BaseDocument& doc);
   bool SaveAs(host::BaseDocument& doc);
+  // Asks what to do when another program has changed the file of the document, once for each change; says so in the status line
+  // when the file is gone. For when a person comes back to the window or to the document.
+  void LookAtFile(host::BaseDocument& doc);
   // Asks about unsaved changes; there is always one document left. False when the person wants it to stay.
   bool Close(host::BaseDocument& doc);
   // Asks about every changed document; true when all may go.
@@ -43,6 +48,9 @@ class DocumentCommands {
  private:
   engine::Status TryToOpen(const std::string& path);
   bool MayClose(host::BaseDocument& doc);
+  bool Write(host::BaseDocument& doc, const std::string& path);
+  // Opens the file of the document anew in its place.
+  void Reload(host::BaseDocument& doc);
   void Remember(const std::string& path);
   // The empty document of the start makes room for the first one opened.
   void DropUntouched(host::BaseDocument* opened);
@@ -51,7 +59,8 @@ class DocumentCommands {
   DesktopPerson& person_;
   Settings& settings_;
   QWidget* window_;
-  std::unordered_set<host::ULLONG> unplaced_;  // imported or recovered: the first saving asks where to
+  std::unordered_set<host::ULLONG> unplaced_;                 // imported or recovered: the first saving asks where to
+  std::unordered_map<host::ULLONG, engine::FileStamp> told_;  // the file of a document when its change was told of last
 };
 
 }  // namespace desktop

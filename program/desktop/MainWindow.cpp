@@ -1,6 +1,7 @@
 #include "program/desktop/MainWindow.h"
 
 #include <QAbstractEventDispatcher>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QMenuBar>
@@ -60,6 +61,11 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
     statusBar()->repaint();
   };
   statusBar();
+  look_.setSingleShot(true);
+  connect(&look_, &QTimer::timeout, this, [this] {
+    host::BaseDocument* doc = FindOpenDocument(lookedAtFile_);
+    if (doc && doc == host::GetActiveDocument() && !engine::InsideDialogCall()) commands_.LookAtFile(*doc);
+  });
   autosave_.failed = [this](const std::string& message) { person_.ShowStatus(message); };
   connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this, [this] { Beat(); });
 }
@@ -129,9 +135,18 @@ void MainWindow::Beat() {
   autosave_.Follow();
   ShowTitle();
   editMenu_->Follow(doc);
+  LookAtFileSoon(doc);
   tabs_->Follow(doc);
   view_->Follow(doc);
   panels_.Follow(doc);
+}
+
+void MainWindow::LookAtFileSoon(const host::BaseDocument* doc) {
+  if (IdentityOf(doc) == lookedAtFile_ || look_.isActive() || QApplication::activeModalWidget() ||
+      QApplication::activePopupWidget())
+    return;
+  lookedAtFile_ = IdentityOf(doc);
+  if (doc) look_.start(0);
 }
 
 void MainWindow::ShowTitle() {
@@ -171,10 +186,11 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
 }
 
-// Whoever comes back may have painted a texture meanwhile.
+// Whoever comes back may have painted a texture meanwhile, or changed the scene with another program.
 void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+  lookedAtFile_ = 0;
   if (!engine::RenderCaches::Shared().ForgetChangedFiles()) return;
   view_->ReadAgain();
   thumbnails_->MakeAgain();

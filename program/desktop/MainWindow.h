@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QTimer>
 
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/DocumentTabs.h"
@@ -57,6 +58,8 @@ class MainWindow : public QMainWindow {
   void LookAtWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind);
   void BuildMenus();
   void ShowTitle();
+  // Whether the file of the active document is still the one it was read from, asked in the next turn of the loop.
+  void LookAtFileSoon(const host::BaseDocument* doc);
   void Choose(engine::NodeId object, Viewport::Picking how);
 
   engine::Application& application_;
@@ -72,6 +75,8 @@ class MainWindow : public QMainWindow {
   Viewport* view_;
   ObjectPanel* objects_;
   EditMenu* editMenu_ = nullptr;
+  host::ULLONG lookedAtFile_ = 0;  // the document whose file was looked at since a person came back to it
+  QTimer look_;
   QByteArray firstLayout_;
 };
 

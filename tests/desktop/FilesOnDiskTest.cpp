@@ -1,0 +1,188 @@
+// What another program does to the files of open documents: noticed on coming back, on turning to the document and before saving.
+#include <gtest/gtest.h>
+
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QtTest/QTest>
+#include <filesystem>
+#include <fstream>
+
+#include "engine/scenefile/SceneFile.h"
+#include "host/BaseObject.h"
+#include "tests/desktop/States.h"
+
+namespace {
+
+using desk::AnswerNext;
+using desk::Desk;
+
+struct OnDisk : Desk {
+  std::string file = Folder() + "/room.c4d";
+  int asked = 0;
+
+  OnDisk() {
+    Add("Mine");
+    EXPECT_TRUE(App().SaveDocumentAs(Doc(), file));
+    Rest();
+  }
+  host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
+  void Add(const char* name) {
+    host::BaseObject* object = host::BaseObject::Alloc(host::Onull);
+    object->SetName(name);
+    Doc().AppendObject(object);
+    Doc().SetChanged();
+    host::EventAdd();
+  }
+  // Another program writes its own scene there.
+  void ChangeFile(const char* name = "Theirs") {
+    host::BaseDocument* theirs = host::BaseDocument::Alloc();
+    host::BaseObject* object = host::BaseObject::Alloc(host::Onull);
+    object->SetName(name);
+    theirs->AppendObject(object);
+    EXPECT_TRUE(engine::SaveSceneFile(*theirs, file));
+    host::BaseDocument::Free(theirs);
+  }
+  std::string InFile(const std::string& path) {
+    auto doc = engine::OpenSceneFile(path);
+    if (!doc) return doc.Message();
+    const std::string name = doc.Value()->GetFirstObject()->GetName().ToUtf8();
+    host::BaseDocument* read = doc.Value();
+    host::BaseDocument::Free(read);
+    return name;
+  }
+  std::string Shown() { return Doc().GetFirstObject()->GetName().ToUtf8(); }
+  // A person goes to another program and comes back.
+  void ComeBack() {
+    QEvent event(QEvent::ActivationChange);
+    QApplication::sendEvent(&Window(), &event);
+    Rest();
+    EXPECT_TRUE(QTest::qWaitFor([] { return !QApplication::activeModalWidget(); }, 20000));
+    Rest();
+  }
+  // Presses the button whose text begins so in the next question; empty: Enter.
+  void Answer(const QString& button, std::function<void()> meanwhile = {}) {
+    AnswerNext<QMessageBox>([this, button, meanwhile](QMessageBox& box) {
+      ++asked;
+      EXPECT_TRUE(box.text().contains("room.c4d")) << box.text().toStdString();
+      EXPECT_EQ(box.icon(), QMessageBox::Warning);
+      EXPECT_TRUE(pictures::Write(box, "question-changed-on-disk"));
+      if (meanwhile) meanwhile();
+      if (button.isEmpty()) return QTest::keyClick(&box, Qt::Key_Return);
+      for (QAbstractButton* one : box.buttons()) {
+        if (one->text().remove('&').startsWith(button)) return one->click();
+      }
+      ADD_FAILURE() << button.toStdString();
+      box.reject();
+    });
+  }
+};
+
+TEST(FilesOnDisk, ReloadShowsWhatAnotherProgramWrote) {
+  OnDisk desk;
+  desk.ChangeFile();
+  desk.Answer("");
+  desk.ComeBack();
+  EXPECT_EQ(desk.asked, 1);
+  EXPECT_EQ(desk.Shown(), "Theirs");
+  EXPECT_EQ(desk.App().Documents().size(), 1U);
+  EXPECT_FALSE(desk.Doc().GetChanged());
+  desk.ComeBack();
+  EXPECT_TRUE(desk.Window().Commands().Save(desk.Doc()));
+  EXPECT_EQ(desk.asked, 1);
+}
+
+TEST(FilesOnDisk, KeepMineWritesOverItWithTheNextSaving) {
+  OnDisk desk;
+  desk.Add("More of mine");
+  desk.ChangeFile();
+  desk.Answer("Keep Mine");
+  desk.ComeBack();
+  EXPECT_EQ(desk.InFile(desk.file), "Theirs");
+  EXPECT_TRUE(desk.Doc().GetChanged());
+  EXPECT_TRUE(desk.Window().Commands().Save(desk.Doc()));
+  EXPECT_EQ(desk.InFile(desk.file), "Mine");
+  EXPECT_EQ(desk.asked, 1);
+}
+
+TEST(FilesOnDisk, LaterAsksAgainBeforeSavingAndEnterLosesNothing) {
+  OnDisk desk;
+  desk.Add("More of mine");
+  desk.ChangeFile();
+  desk.Answer("Later");
+  desk.ComeBack();
+  desk.ComeBack();
+  EXPECT_EQ(desk.asked, 1) << "once for each change";
+  desk.Answer("Cancel");
+  EXPECT_FALSE(desk.Window().Commands().Save(desk.Doc()));
+  EXPECT_EQ(desk.InFile(desk.file), "Theirs");
+  bool choosing = false;
+  desk.Answer("", [&] {
+    AnswerNext<QFileDialog>([&](QFileDialog& chooser) {
+      choosing = chooser.acceptMode() == QFileDialog::AcceptSave;
+      chooser.reject();
+    });
+  });
+  EXPECT_FALSE(desk.Window().Commands().Save(desk.Doc()));
+  EXPECT_TRUE(choosing) << "Enter means Save As";
+  EXPECT_EQ(desk.asked, 3);
+  EXPECT_EQ(desk.InFile(desk.file), "Theirs");
+  EXPECT_TRUE(desk.Doc().GetChanged());
+}
+
+TEST(FilesOnDisk, WhatChangesWhileOneIsAskedIsAskedAboutAgain) {
+  OnDisk desk;
+  desk.ChangeFile();
+  desk.Answer("Keep Mine", [&] {
+    desk.ChangeFile("Theirs, second");
+    desk.Answer("Cancel");
+  });
+  EXPECT_FALSE(desk.Window().Commands().Save(desk.Doc()));
+  EXPECT_EQ(desk.asked, 2);
+  EXPECT_EQ(desk.InFile(desk.file), "Theirs, second");
+}
+
+TEST(FilesOnDisk, AFileThatIsGoneIsSaidAndWrittenAgain) {
+  OnDisk desk;
+  std::filesystem::remove(desk.file);
+  desk.ComeBack();
+  EXPECT_TRUE(desk.Window().statusBar()->currentMessage().contains("not there any more"));
+  EXPECT_TRUE(desk.Doc().GetChanged()) << "closing asks";
+  EXPECT_TRUE(desk.Window().Commands().Save(desk.Doc()));
+  EXPECT_EQ(desk.InFile(desk.file), "Mine");
+}
+
+TEST(FilesOnDisk, EachDocumentIsAskedAboutWhenOneTurnsToIt) {
+  OnDisk desk;
+  host::BaseDocument& room = desk.Doc();
+  desk.Entry("File", "New").trigger();
+  Desk::Rest();
+  desk.ChangeFile();
+  desk.ComeBack();
+  EXPECT_EQ(desk.asked, 0);
+  desk.Answer("Reload");
+  host::SetActiveDocument(&room);
+  host::EventAdd();
+  Desk::Rest();
+  Desk::Rest();
+  EXPECT_EQ(desk.asked, 1);
+  EXPECT_EQ(desk.Shown(), "Theirs");
+}
+
+TEST(FilesOnDisk, ADamagedFileDoesNotReplaceWhatIsOpen) {
+  OnDisk desk;
+  std::ofstream(desk.file) << "no scene";
+  QString told;
+  desk.Answer("Reload", [&] {
+    AnswerNext<QMessageBox>([&](QMessageBox& box) {
+      told = box.text();
+      box.accept();
+    });
+  });
+  desk.ComeBack();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !told.isEmpty(); }, 20000));
+  EXPECT_EQ(desk.Shown(), "Mine");
+  EXPECT_EQ(desk.App().Documents().size(), 1U);
+}
+
+}  // namespace
