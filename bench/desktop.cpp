@@ -307,11 +307,11 @@ void MeasureEdits(desktop::MainWindow& window, const Seconds& plain) {
 }
 
 // Its first states, for some seconds.
-void MeasureSheet(desktop::MainWindow& window, const Seconds& plain) {
+void MeasureSheet(const Seconds& plain) {
   constexpr double kSeconds = 3;
   int states = 0;
   Turns turns;
-  desktop::SheetMaker maker(window.App(), *host::GetActiveDocument(), [&](const desktop::SheetNews&) { ++states; });
+  desktop::SheetMaker maker(*host::GetActiveDocument(), [&](const desktop::SheetNews&) { ++states; });
   const double begin = PassedSeconds();
   while (PassedSeconds() - begin < kSeconds) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   maker.Stop();
@@ -328,7 +328,7 @@ void MeasureWindow(desktop::MainWindow& window, const std::string& path, const S
   Print("check all", Watch([] { engine::ChooseMenu(Dialog(), kCheckAll); }), plain.at("check"), "the dialog without a window");
   Print("record", Watch([] { Record("At the window"); }), plain.at("record"), "the dialog without a window");
   Print("recall", Watch([] { Recall(0); }), plain.at("recall"), "the dialog without a window");
-  MeasureSheet(window, plain);
+  MeasureSheet(plain);
   BaseDocument* copy = nullptr;
   desktop::SlowEnd slow;
   const double cloning =

@@ -9,7 +9,7 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kHeadBytes = 5;
-constexpr std::string_view kKinds = "PNSFD";
+constexpr std::string_view kKinds = "PNSFDTB";
 
 std::string Head(FrameKind kind, std::size_t length) {
   std::string head(1, static_cast<char>(kind));
@@ -24,6 +24,16 @@ std::size_t LengthAt(std::string_view head) {
 }
 
 }  // namespace
+
+std::string AsFrames(FrameKind kind, std::string_view bytes) {
+  std::string frames;
+  do {
+    const std::string_view piece = bytes.substr(0, kFrameLimit);
+    frames.append(Head(kind, piece.size())).append(piece);
+    bytes.remove_prefix(piece.size());
+  } while (!bytes.empty());
+  return frames;
+}
 
 bool FrameWriter::WriteAll(std::string_view bytes) {
   while (!bytes.empty() && !broken_) {

@@ -1,5 +1,6 @@
-// Frames: how the import child talks to its parent through a pipe. A frame is a kind (one byte), a length (four bytes,
-// little end first) and that many bytes, at most kFrameLimit. Long contents are sent in several frames. Any thread.
+// Frames: how a child of a program talks to its parent through a pipe: the one that imports and the one that shows states. A
+// frame is a kind (one byte), a length (four bytes, little end first) and that many bytes, at most kFrameLimit. Long contents are
+// sent in several frames. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -17,12 +18,17 @@ enum class FrameKind : char {
   Scene = 'S',     // the next bytes of the native scene
   Failure = 'F',   // why there is no scene
   Done = 'D',      // everything was sent
+  State = 'T',     // one stored state
+  Picture = 'B',   // the next bytes of its picture
 };
 
 struct Frame {
   FrameKind kind;
   std::string bytes;
 };
+
+// The same as Write of a FrameWriter sends it.
+std::string AsFrames(FrameKind kind, std::string_view bytes);
 
 // Writes frames to a descriptor, which it does not own.
 class FrameWriter {

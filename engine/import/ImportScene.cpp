@@ -61,6 +61,9 @@ class Received {
       case FrameKind::Done:
         done_ = true;
         return;
+      case FrameKind::State:
+      case FrameKind::Picture:
+        return;
     }
   }
 

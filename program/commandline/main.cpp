@@ -12,6 +12,7 @@
 #include "program/commandline/HelpFormat.h"
 #include "program/commandline/NamesLike.h"
 #include "program/commandline/Program.h"
+#include "program/pictures/StateWorker.h"
 
 namespace commandline {
 namespace {
@@ -21,6 +22,9 @@ bool IsDescription(int count, char** words) { return count == 3 && std::string_v
 
 // An import runs in a child, which is this program called as `stagemarks --import-worker PATH DESCRIPTOR`.
 bool IsImportWorker(int count, char** words) { return count == 4 && std::string_view(words[1]) == engine::kImportWorkerVerb; }
+
+// The desktop shows states with the pictures of a child, which is this program called as `stagemarks --state-worker`.
+bool IsStateWorker(int count, char** words) { return count == 2 && std::string_view(words[1]) == pictures::kStateWorkerVerb; }
 
 using AddVerb = void (*)(CLI::App&, Program&);
 
@@ -78,6 +82,7 @@ int Refuse(const CLI::App& app, const CLI::ParseError& error, Program& program, 
 
 int Run(int count, char** words) {
   if (IsImportWorker(count, words)) return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
+  if (IsStateWorker(count, words)) return pictures::RunStateWorker();
   Program program;
   CLI::App app("Records, recalls and exports the states of a 3D scene", "stagemarks");
   DescribeProgram(app, program);

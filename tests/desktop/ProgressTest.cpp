@@ -195,12 +195,12 @@ TEST(Progress, OfAPreviewIsGoneRightAfterIt) {
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
-// The contact sheet works through the plug-in's dialog, which may be in the middle of something.
+// The contact sheet copies the scene, which a plug-in may be in the middle of changing.
 TEST(Progress, TheSheetWaitsForADialogThatAsks) {
   AtWork desk;
   desk.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
   desk.Record("One");
-  desktop::SheetWindow sheet(&desk.Window(), desk.App(), desk.Doc(), desk.Folder() + "/sheet.png");
+  desktop::SheetWindow sheet(&desk.Window(), desk.Doc(), desk.Folder() + "/sheet.png");
   sheet.setAttribute(Qt::WA_DeleteOnClose, false);
   QString said;
   AnswerNext<QMessageBox>([&](QMessageBox& overwrite) {

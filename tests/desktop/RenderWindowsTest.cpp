@@ -7,7 +7,9 @@
 #include <filesystem>
 
 #include "engine/render/Image.h"
+#include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
 #include "host/RenderData.h"
 #include "program/desktop/render/RenderWindow.h"
@@ -125,15 +127,71 @@ TEST(SheetWindow, ShowsEveryStateAndLeavesTheDocumentAlone) {
   EXPECT_TRUE(pictures::Write(*window, "sheet-window-small"));
 }
 
+// A person goes on with the scene, the dialog and other documents while the sheet is made.
+TEST(SheetWindow, DisturbsNobodyWhileItIsMade) {
+  WithStates desk;
+  for (const char* name : {"One", "Two", "Three", "Four"}) desk.Record(name);
+  desk.cube->SetRenderMode(host::MODE_OFF);
+  host::BaseDocument& scene = desk.Doc();
+  Desk::Rest();
+  auto& field = desk.Gadget<QLineEdit>(stagemarks::kNameField);
+  std::size_t strangers = 0;
+  std::string overwritten;
+  SheetWindow sheet(&desk.Window(), scene, desk.Folder() + "/sheet.png");
+  sheet.setAttribute(Qt::WA_DeleteOnClose, false);
+  sheet.show();
+  desk::ChooseState(desk, 1);
+  field.clear();
+  QTest::keyClicks(&field, "Five");
+  engine::ClearChanged(scene);
+  const std::string before = engine::DumpDocument(scene);
+  QTimer watch;
+  QObject::connect(&watch, &QTimer::timeout, [&] {
+    if (host::GetActiveDocument() != &scene || desk.App().Documents().size() != 1) ++strangers;
+    if (field.text() != "Five") overwritten = field.text().toStdString();
+  });
+  watch.start(0);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.IsFinished(); }, 120000));
+  EXPECT_TRUE(sheet.Said().startsWith("Written")) << sheet.Said().toStdString();
+  EXPECT_EQ(strangers, 0U);
+  EXPECT_EQ(overwritten, "");
+  EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene)), std::vector<std::string>());
+  EXPECT_FALSE(scene.GetChanged());
+  EXPECT_EQ(engine::DoneNames(scene).size(), 0U);
+  EXPECT_EQ(engine::FindGadget(*desk.Dialog(), stagemarks::kNameField)->value.GetString(), "Five");
+  EXPECT_TRUE(desk::StateList(desk).selectionModel()->isRowSelected(1));
+  QTest::mouseClick(&desk.Gadget<QPushButton>(stagemarks::kRecord), Qt::LeftButton);
+  Desk::Rest();
+  EXPECT_EQ(desk::CountStates(desk), 5) << "a new one, and no question about another";
+}
+
+// Options that only the dialog knows go for the sheet, too: where objects are not loaded, the cube stays hidden.
+TEST(SheetWindow, LoadsAsTheDialogStands) {
+  WithStates desk;
+  desk.Record("Shown");
+  desk.cube->SetRenderMode(host::MODE_OFF);
+  const auto sheetWith = [&](const char* name) {
+    SheetWindow sheet(&desk.Window(), desk.Doc(), desk.Folder() + name);
+    sheet.setAttribute(Qt::WA_DeleteOnClose, false);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sheet.IsFinished(); }, 120000));
+    EXPECT_TRUE(sheet.Said().startsWith("Written")) << sheet.Said().toStdString();
+    return sheet.View().Picture();
+  };
+  const QImage loaded = sheetWith("/one.png");
+  EXPECT_EQ(loaded, sheetWith("/again.png"));
+  pictures::StagemarksDialog(*desk.Dialog()).Choose("Objects");
+  EXPECT_NE(loaded, sheetWith("/two.png"));
+}
+
 TEST(SheetWindow, StopsAndFailsWithoutAFile) {
   WithStates desk;
   desk.Record("One");
   const std::string file = desk.Folder() + "/sheet.png";
-  SheetWindow stopped(&desk.Window(), desk.App(), desk.Doc(), file);
+  SheetWindow stopped(&desk.Window(), desk.Doc(), file);
   stopped.setAttribute(Qt::WA_DeleteOnClose, false);
   stopped.Stop();
   EXPECT_TRUE(stopped.IsFinished());
-  SheetWindow orphan(&desk.Window(), desk.App(), desk.Doc(), file);
+  SheetWindow orphan(&desk.Window(), desk.Doc(), file);
   orphan.setAttribute(Qt::WA_DeleteOnClose, false);
   host::KillDocument(&desk.Doc());
   desk.App().NewDocument();
@@ -146,7 +204,7 @@ TEST(SheetWindow, WritesElsewhereWhatCouldNotBeWritten) {
   WithStates desk;
   desk.Record("One");
   const std::string blocked = desk.Folder() + "/no folder/sheet.png";
-  SheetWindow sheet(&desk.Window(), desk.App(), desk.Doc(), blocked);
+  SheetWindow sheet(&desk.Window(), desk.Doc(), blocked);
   sheet.setAttribute(Qt::WA_DeleteOnClose, false);
   sheet.show();
   QString told;

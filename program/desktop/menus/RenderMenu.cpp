@@ -12,7 +12,7 @@ void BuildRenderMenu(QMenu& menu, MainWindow& window) {
   });
   render->setShortcuts({QKeySequence("Ctrl+R"), QKeySequence("F9")});
   render->setIcon(Icon("render"));
-  QAction* sheet = AddEntry(menu, "&Contact Sheet of All Stagemarks...", {}, [&window] { AskForSheet(window, window.App()); });
+  QAction* sheet = AddEntry(menu, "&Contact Sheet of All Stagemarks...", {}, [&window] { AskForSheet(window); });
   sheet->setIcon(Icon("sheet"));
 }
 

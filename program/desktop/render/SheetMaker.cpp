@@ -1,40 +1,37 @@
 #include "program/desktop/render/SheetMaker.h"
 
-#include <QElapsedTimer>
 #include <algorithm>
 #include <cmath>
+#include <new>
 
+#include "engine/application/ProgramPlaces.h"
+#include "engine/scenefile/SceneFile.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/render/RenderJob.h"
 
 namespace desktop {
 
 namespace {
 
+using engine::FrameKind;
 using pictures::Mark;
 using pictures::StagemarksDialog;
 
 // Of the whole work: finding out the sizes.
 constexpr double kMeasuring = 0.1;
 constexpr int kPause = 5;  // milliseconds
-constexpr std::size_t kObjectsBetweenLooks = 500;
-constexpr int kMillisecondsOfSlice = 20;
 constexpr host::LONG kWholeDocument = 1024;
 
-std::optional<StagemarksDialog> FindDialog() {
+// The options as they stand in the dialog: not all of them are kept in the scene.
+std::vector<std::string> OptionsOfDialog() {
+  std::vector<std::string> options;
   for (host::GeDialog* open : engine::OpenDialogs()) {
     StagemarksDialog dialog(*open);
-    if (dialog.Fits()) return dialog;
+    if (!dialog.Fits()) continue;
+    for (const auto& [label, on] : dialog.Options()) options.push_back((on ? "1" : "0") + label);
+    return options;
   }
-  return std::nullopt;
-}
-
-// Opens it where a command of that name does.
-std::optional<StagemarksDialog> OpenDialog(engine::Application& application) {
-  auto dialog = FindDialog();
-  for (const engine::CommandPlugin& command : application.Commands()) {
-    if (!dialog && command.name.ToUtf8() == "Stagemarks" && application.ExecuteCommand(command.id)) dialog = FindDialog();
-  }
-  return dialog;
+  return options;
 }
 
 // A large sheet is shown by every so manyth pixel until it is finished.
@@ -54,27 +51,32 @@ QImage Sampled(const engine::Image& image) {
 
 }  // namespace
 
-SheetMaker::SheetMaker(engine::Application& application, const host::BaseDocument& doc,
-                       std::function<void(const SheetNews&)> news)
-    : application_(application), doc_(IdentityOf(&doc)), news_(std::move(news)), title_(pictures::SceneName(doc)) {
+SheetMaker::SheetMaker(const host::BaseDocument& doc, std::function<void(const SheetNews&)> news)
+    : doc_(IdentityOf(&doc)), news_(std::move(news)), title_(pictures::SceneName(doc)) {
   next_.setSingleShot(true);
-  // A dialog that waits for an answer in the middle of its work is not entered a second time; a copy ends before the next is
-  // made.
-  connect(&next_, &QTimer::timeout, this,
-          [this] { engine::InsideDialogCall() || !ended_.IsEmpty() ? next_.start(kPause) : (this->*step_)(); });
-  Next(&SheetMaker::Begin);
+  connect(&next_, &QTimer::timeout, this, [this] { Begin(); });
+  child_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  connect(&child_, &QProcess::readyReadStandardOutput, this, [this] { Read(); });
+  connect(&child_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) Fail("\"" + child_.program().toStdString() + "\" cannot be run.");
+  });
+  connect(&child_, &QProcess::finished, this, [this] {
+    Read();
+    if (!stops_) Fail("The program that renders the states ended too early.");
+  });
+  next_.start(0);
 }
+
+SheetMaker::~SheetMaker() { Stop(); }
 
 void SheetMaker::Stop() {
   next_.stop();
-  scan_.reset();
+  stops_ = true;
+  if (writing_.joinable()) writing_.join();
   ended_.Take(std::move(copy_));
-  job_.reset();
-}
-
-void SheetMaker::Next(void (SheetMaker::*step)()) {
-  step_ = step;
-  next_.start(0);
+  child_.disconnect(this);
+  child_.kill();
+  child_.waitForFinished();
 }
 
 void SheetMaker::Fail(const std::string& problem) {
@@ -85,98 +87,117 @@ void SheetMaker::Fail(const std::string& problem) {
   news_(news);
 }
 
-std::string SheetMaker::NameOf(std::size_t state) const { return asItIs_ ? pictures::kAsItIs : states_[state].name; }
+std::string SheetMaker::NameOf(std::size_t state) const {
+  return states_[state].mark.name.empty() ? pictures::kAsItIs : states_[state].mark.name;
+}
 
+// In the middle of what a plug-in does the document is nothing whole.
 void SheetMaker::Begin() {
-  const auto dialog = OpenDialog(application_);
-  if (!dialog) return Fail("The plug-in's dialog could not be opened, so its states cannot be loaded.");
-  application_.DeliverEvents();
-  states_ = dialog->Marks();
-  asItIs_ = states_.empty();
-  if (asItIs_) states_.emplace_back();
-  Next(&SheetMaker::Measure);
-}
-
-OwnedDocument SheetMaker::Visit(std::size_t state) {
+  if (engine::InsideDialogCall()) return next_.start(kPause);
   host::BaseDocument* doc = FindOpenDocument(doc_);
-  auto dialog = FindDialog();
-  if (!doc || !dialog) {
-    Fail(doc ? "The plug-in's dialog was closed before the sheet was finished."
-             : "The document was closed before the sheet was finished.");
-    return nullptr;
-  }
-  host::BaseDocument* active = host::GetActiveDocument();
-  const std::vector<std::string> selected = dialog->SelectedNames();
-  OwnedDocument copy(static_cast<host::BaseDocument*>(doc->GetClone(kWholeDocument, nullptr)));
-  host::InsertBaseDocument(copy.get());
-  host::SetActiveDocument(copy.get());
-  const bool loaded = copy && (asItIs_ || (dialog->Select(states_[state].name) && dialog->Press("Load")));
-  host::SetActiveDocument(active);
-  application_.ReleaseDocument(copy.get());
-  application_.DeliverEvents();
-  if (!selected.empty()) dialog->SelectNames(selected);
-  if (loaded) return copy;
-  Fail("\"" + NameOf(state) + "\" was not loaded.");
-  return nullptr;
+  if (!doc) return Fail("The document was closed before the sheet was begun.");
+  const host::Filename path =
+      doc->GetDocumentPath().Content() ? doc->GetDocumentPath() + doc->GetDocumentName() : doc->GetDocumentName();
+  order_ = OptionsOfDialog();
+  order_.insert(order_.begin(), path.GetString().ToUtf8());
+  copy_.reset(static_cast<host::BaseDocument*>(doc->GetClone(kWholeDocument, nullptr)));
+  if (!copy_) return Fail("There was not enough memory for a copy of the scene.");
+  writing_ = std::thread([this] {
+    try {
+      scene_ = engine::WriteScene(*copy_, [this](double) { return !stops_; });
+    } catch (const std::bad_alloc&) {
+      scene_ = engine::Status::Failure("There was not enough memory for a copy of the scene.");
+    }
+    QMetaObject::invokeMethod(
+        this, [this] { StartChild(); }, Qt::QueuedConnection);
+  });
 }
 
-void SheetMaker::Measure() {
-  OwnedDocument copy = Visit(sizes_.size());
-  if (!copy) return;
-  sizes_.push_back(pictures::SizeOf(*copy));
-  ended_.Take(std::move(copy));
-  Tell(kMeasuring * static_cast<double>(sizes_.size()) / static_cast<double>(states_.size()), false);
-  Next(sizes_.size() < states_.size() ? &SheetMaker::Measure : &SheetMaker::LayOut);
+void SheetMaker::StartChild() {
+  if (stops_) return;
+  writing_.join();
+  ended_.Take(std::move(copy_));
+  if (!scene_) return Fail(scene_.Message());
+  child_.start(QString::fromStdString(engine::ImportWorkerProgram()), {pictures::kStateWorkerVerb});
+  for (const std::string& note : order_) Send(FrameKind::Note, note);
+  for (const std::string& piece : scene_.Value()) Send(FrameKind::Scene, piece);
+  Send(FrameKind::Done, "");
+  scene_ = std::vector<std::string>();
+}
+
+void SheetMaker::Send(FrameKind kind, std::string_view bytes) {
+  const std::string frames = engine::AsFrames(kind, bytes);
+  child_.write(frames.data(), static_cast<qint64>(frames.size()));
+}
+
+void SheetMaker::Read() {
+  const QByteArray bytes = child_.readAllStandardOutput();
+  parser_.Feed({bytes.data(), static_cast<std::size_t>(bytes.size())});
+  while (!stops_) {
+    const auto frame = parser_.Next();
+    if (!frame) break;
+    Take(*frame);
+  }
+  if (!stops_ && parser_.Damaged()) Fail("The program that renders the states sent what cannot be read.");
+}
+
+void SheetMaker::Take(const engine::Frame& frame) {
+  switch (frame.kind) {
+    case FrameKind::State:
+      return TakeState(frame.bytes);
+    case FrameKind::Progress:
+      return Tell(std::atoi(frame.bytes.c_str()) / 1000.0, false);
+    case FrameKind::Note:
+      if (std::find(notes_.begin(), notes_.end(), frame.bytes) == notes_.end()) notes_.push_back(frame.bytes);
+      return;
+    case FrameKind::Picture:
+      picture_.bytes.insert(picture_.bytes.end(), frame.bytes.begin(), frame.bytes.end());
+      return;
+    case FrameKind::Failure:
+      return Fail(frame.bytes);
+    case FrameKind::Done:
+      return sheet_ ? Place() : LayOut();
+    case FrameKind::Scene:
+      return;
+  }
+}
+
+void SheetMaker::TakeState(const std::string& text) {
+  auto state = pictures::StateFromText(text);
+  if (!state) return Fail("The program that renders the states sent what cannot be read.");
+  states_.push_back(std::move(*state));
+  Tell(0, false);
 }
 
 void SheetMaker::LayOut() {
-  auto sheet = pictures::ContactSheet::Make(sizes_, title_, pictures::SheetSubtitle(asItIs_ ? 0 : states_.size()));
+  if (states_.empty()) return Fail("The program that renders the states sent what cannot be read.");
+  std::vector<pictures::PictureSize> sizes;
+  for (const pictures::StateFacts& state : states_) sizes.push_back(state.size);
+  const std::size_t named = states_.front().mark.name.empty() ? 0 : states_.size();
+  auto sheet = pictures::ContactSheet::Make(sizes, title_, pictures::SheetSubtitle(named));
   if (!sheet) return Fail(sheet.Message());
   sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
-  Next(&SheetMaker::Render);
-}
-
-void SheetMaker::Render() {
-  copy_ = Visit(placed_);
-  if (!copy_) return;
-  scan_.emplace(*copy_, engine::SceneReading(), engine::RenderCaches::Shared());
-  Next(&SheetMaker::Scan);
-}
-
-void SheetMaker::Scan() {
-  QElapsedTimer time;
-  time.start();
-  while (!scan_->Advance(kObjectsBetweenLooks)) {
-    if (time.elapsed() >= kMillisecondsOfSlice) return Next(&SheetMaker::Scan);
-  }
-  engine::ScenePicture scene = scan_->Take();
-  scan_.reset();
-  ended_.Take(std::move(copy_));
-  const pictures::PictureSize size = pictures::FittedInto(sizes_[placed_], sheet_->Box());
-  engine::PictureSetup setup;
-  setup.width = size.width;
-  setup.height = size.height;
-  Tell(0, placed_ == 0);
-  job_ = std::make_unique<RenderJob>(std::move(scene), setup, engine::RenderCaches::Shared(), false,
-                                     [this](const RenderNews& news) { Take(news); });
-}
-
-void SheetMaker::Take(const RenderNews& news) {
-  for (const std::string& note : news.notes) {
-    if (std::find(notes_.begin(), notes_.end(), note) == notes_.end()) notes_.push_back(note);
-  }
-  if (!news.ended) return Tell(news.done, false);
-  if (!news.picture) return Fail("\"" + NameOf(placed_) + "\" was not rendered: " + news.problem);
-  Mark caption = states_[placed_];
-  caption.name = NameOf(placed_);
-  sheet_->Place(placed_, *news.picture, caption);
-  ++placed_;
+  Send(FrameKind::Note, std::to_string(sheet_->Box().width) + " " + std::to_string(sheet_->Box().height));
   Tell(0, true);
-  Next(placed_ < states_.size() ? &SheetMaker::Render : &SheetMaker::End);
+}
+
+void SheetMaker::Place() {
+  const pictures::PictureSize size = pictures::FittedInto(states_[placed_].size, sheet_->Box());
+  picture_.width = size.width;
+  picture_.height = size.height;
+  if (picture_.bytes.size() != picture_.PixelCount() * 4)
+    return Fail("The program that renders the states sent what cannot be read.");
+  Mark caption = states_[placed_].mark;
+  caption.name = NameOf(placed_);
+  sheet_->Place(placed_, picture_, caption);
+  picture_ = {};
+  ++placed_;
+  if (placed_ == states_.size()) return End();
+  Tell(0, true);
 }
 
 void SheetMaker::End() {
-  job_.reset();
+  Stop();
   SheetNews news;
   news.done = 1;
   news.ended = true;
@@ -189,10 +210,9 @@ void SheetMaker::End() {
 void SheetMaker::Tell(double done, bool showsSheet) {
   SheetNews news;
   const auto count = static_cast<double>(states_.size());
-  news.done = sheet_ ? kMeasuring + (1 - kMeasuring) * (static_cast<double>(placed_) + done) / count : done;
-  const std::size_t state = std::min(sheet_ ? placed_ : sizes_.size(), states_.size() - 1);
-  news.doing =
-      QString(sheet_ ? "Rendering %1 of %2: " : "Reading %1 of %2: ").arg(state + 1).arg(states_.size()) + ToQt(NameOf(state));
+  news.done = sheet_ ? kMeasuring + (1 - kMeasuring) * (static_cast<double>(placed_) + done) / count : 0;
+  news.doing = sheet_ ? QString("Rendering %1 of %2: ").arg(placed_ + 1).arg(states_.size()) + ToQt(NameOf(placed_))
+                      : QString("Reading the states: ") + ToQt(NameOf(states_.size() - 1));
   news.notes = notes_;
   if (showsSheet) news.sheet = Sampled(sheet_->Picture());
   news_(news);

@@ -1,19 +1,21 @@
-// SheetMaker: renders every Stagemark of a document onto a contact sheet. Each state is loaded through the plug-in's dialog onto
-// a copy of the document that lives for that one step, so that the document itself, its undo steps and what is checked stay as
-// they are. Between the steps the window lives on: the copy is read and freed in slices, the picture is rendered on another
-// thread. It keeps the document's identity, never its address. Main thread.
+// SheetMaker: renders every Stagemark of a document onto a contact sheet. A child loads the states and renders them, from a copy
+// of the scene as it was when the work began: the document, its undo steps, the active document and the plug-in's dialog are not
+// touched, and a person goes on with them. Here the copy is taken and written in the child's order, on a thread, and the pictures
+// are put onto the sheet. Main thread.
 #pragma once
 
+#include <QImage>
+#include <QProcess>
 #include <QTimer>
+#include <atomic>
 #include <memory>
-#include <optional>
+#include <thread>
 
-#include "engine/application/Application.h"
-#include "engine/render/SceneScan.h"
+#include "engine/import/Frames.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/SlowEnd.h"
-#include "program/desktop/render/RenderJob.h"
 #include "program/pictures/ContactSheet.h"
+#include "program/pictures/StateWorker.h"
 
 namespace desktop {
 
@@ -29,42 +31,44 @@ struct SheetNews {
 
 class SheetMaker : public QObject {
  public:
-  SheetMaker(engine::Application& application, const host::BaseDocument& doc, std::function<void(const SheetNews&)> news);
+  SheetMaker(const host::BaseDocument& doc, std::function<void(const SheetNews&)> news);
+  ~SheetMaker() override;
 
   // Ends it; no sheet is made and nothing further is told.
   void Stop();
 
  private:
-  // A step of the main thread: a copy of the document, in no list, in that state. Null when that failed, which was told.
-  OwnedDocument Visit(std::size_t state);
   void Begin();
-  void Measure();
+  void StartChild();
+  void Send(engine::FrameKind kind, std::string_view bytes);
+  void Read();
+  void Take(const engine::Frame& frame);
+  void TakeState(const std::string& text);
+  void TakeDone();
   void LayOut();
-  void Render();
-  void Scan();
-  void Take(const RenderNews& news);
+  void Place();
   void End();
   void Fail(const std::string& problem);
-  void Next(void (SheetMaker::*step)());
   void Tell(double done, bool showsSheet);
   std::string NameOf(std::size_t state) const;
 
-  engine::Application& application_;
-  engine::NodeId doc_;
+  host::ULLONG doc_;
   std::function<void(const SheetNews&)> news_;
   std::string title_;
-  std::vector<pictures::Mark> states_;  // one without a name: the scene as it is
-  bool asItIs_ = false;
-  std::vector<pictures::PictureSize> sizes_;
+  std::vector<std::string> order_;  // notes of it
+  std::vector<pictures::StateFacts> states_;
   std::unique_ptr<pictures::ContactSheet> sheet_;
   std::size_t placed_ = 0;
+  engine::Image picture_;  // that is arriving
   std::vector<std::string> notes_;
-  void (SheetMaker::*step_)() = nullptr;
   QTimer next_;
-  OwnedDocument copy_;                     // that is being read
-  std::optional<engine::SceneScan> scan_;  // of the copy
+  OwnedDocument copy_;                                                          // the thread's while it writes
+  engine::Result<std::vector<std::string>> scene_{std::vector<std::string>()};  // as written by the thread
+  std::atomic<bool> stops_{false};
+  std::thread writing_;
   SlowEnd ended_;
-  std::unique_ptr<RenderJob> job_;  // last: it ends before what it tells of
+  engine::FrameParser parser_;
+  QProcess child_;
 };
 
 }  // namespace desktop

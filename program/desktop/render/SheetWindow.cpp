@@ -7,11 +7,12 @@
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/render/PictureSaving.h"
+#include "program/desktop/render/RenderJob.h"
 #include "program/pictures/PictureNames.h"
 
 namespace desktop {
 
-SheetWindow::SheetWindow(QWidget* window, engine::Application& application, const host::BaseDocument& doc, std::string file)
+SheetWindow::SheetWindow(QWidget* window, const host::BaseDocument& doc, std::string file)
     : PictureWindow(window, "Contact Sheet - " + DocumentTitle(doc)),
       stop_(AddButton("Stop", "End the work; no sheet is written", [this] { Stop(); })),
       folder_(AddButton("Open Folder", "Show the folder of the sheet",
@@ -20,7 +21,7 @@ SheetWindow::SheetWindow(QWidget* window, engine::Application& application, cons
                           const engine::Status opened = engine::Outside::Current().OpenWithViewer(path);
                           if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
                         })),
-      maker_(application, doc, [this](const SheetNews& news) { Take(news); }) {
+      maker_(doc, [this](const SheetNews& news) { Take(news); }) {
   Propose(std::move(file));
   folder_->setEnabled(false);
   Say("Reading the states");
@@ -58,14 +59,14 @@ void SheetWindow::End(const QString& text) {
   Say(text);
 }
 
-void AskForSheet(QWidget& window, engine::Application& application) {
+void AskForSheet(QWidget& window) {
   host::BaseDocument* doc = host::GetActiveDocument();
   if (!doc) return;
   const std::string folder = doc->GetDocumentPath().GetString().ToUtf8();
   const std::string scene = pictures::SceneName(*doc);
   const std::string name = pictures::SafeFileName((scene.empty() ? "Scene" : scene) + " sheet") + ".png";
   const auto file = AskForPicture(&window, "Write the contact sheet as", (folder.empty() ? "" : folder + "/") + name);
-  if (file) (new SheetWindow(&window, application, *doc, *file))->show();
+  if (file) (new SheetWindow(&window, *doc, *file))->show();
 }
 
 }  // namespace desktop

@@ -10,7 +10,7 @@ namespace desktop {
 class SheetWindow : public PictureWindow {
  public:
   // `file`: absolute; where the sheet goes, a PNG or TIFF file by its suffix.
-  SheetWindow(QWidget* window, engine::Application& application, const host::BaseDocument& doc, std::string file);
+  SheetWindow(QWidget* window, const host::BaseDocument& doc, std::string file);
 
   void Stop();
   // Written, stopped or failed.
@@ -28,6 +28,6 @@ class SheetWindow : public PictureWindow {
 };
 
 // Asks for the file, then opens the window; does nothing when cancelled.
-void AskForSheet(QWidget& window, engine::Application& application);
+void AskForSheet(QWidget& window);
 
 }  // namespace desktop

@@ -1,0 +1,210 @@
+#include "program/pictures/StateWorker.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <unordered_map>
+
+#include "engine/application/Application.h"
+#include "engine/application/ProgramPlaces.h"
+#include "engine/import/Frames.h"
+#include "engine/outside/RealOutside.h"
+#include "engine/render/Renderer.h"
+#include "engine/scenefile/SceneFile.h"
+
+namespace pictures {
+
+namespace {
+
+using engine::Frame;
+using engine::FrameKind;
+using engine::Status;
+
+constexpr const char* kPlugin = "Stagemarks";
+
+// What the child was asked for.
+struct Order {
+  std::string path;
+  std::unordered_map<std::string, bool> options;
+  std::string scene;
+};
+
+class StateWorker {
+ public:
+  Status Run() {
+    Order order;
+    Status status = ReadOrder(order);
+    if (status) status = Open(order);
+    if (status) status = TellStates();
+    if (status) status = ReadBox();
+    for (std::size_t state = 0; status && state < states_.size(); ++state) status = SendPicture(state);
+    return status;
+  }
+  engine::FrameWriter& Output() { return output_; }
+
+ private:
+  std::optional<Frame> Read() {
+    for (;;) {
+      if (auto frame = parser_.Next()) return frame;
+      char bytes[1 << 16];
+      const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
+      if (count <= 0 || parser_.Damaged()) return std::nullopt;
+      parser_.Feed({bytes, static_cast<std::size_t>(count)});
+    }
+  }
+
+  Status ReadOrder(Order& order) {
+    bool hasPath = false;
+    for (auto frame = Read(); frame; frame = Read()) {
+      if (frame->kind == FrameKind::Done) return {};
+      if (frame->kind == FrameKind::Scene) order.scene += frame->bytes;
+      if (frame->kind != FrameKind::Note) continue;
+      if (!std::exchange(hasPath, true)) {
+        order.path = frame->bytes;
+      } else if (!frame->bytes.empty()) {
+        order.options[frame->bytes.substr(1)] = frame->bytes[0] == '1';
+      }
+    }
+    return Status::Failure("The scene did not arrive.");
+  }
+
+  Status Open(const Order& order) {
+    auto doc = engine::ReadScene(order.scene);
+    if (!doc) return doc.GetStatus();
+    const host::Filename file{host::String(std::string_view(order.path))};
+    if (!order.path.empty()) doc.Value()->SetDocumentPath(file.GetDirectory());
+    doc.Value()->SetDocumentName(file.GetFile());
+    host::InsertBaseDocument(doc.Value());
+    host::SetActiveDocument(doc.Value());
+    return OpenDialog(order);
+  }
+
+  Status OpenDialog(const Order& order) {
+    const auto report = application_.LoadPlugin(engine::PluginFolder() + "/" + kPlugin + "/" + kPlugin + ".so");
+    if (report.outcome != engine::LoadOutcome::Loaded) return Status::Failure(report.message);
+    for (const engine::CommandPlugin& command : application_.Commands()) {
+      if (command.name.ToUtf8() == kPlugin) application_.ExecuteCommand(command.id);
+    }
+    if (engine::OpenDialogs().empty()) return Status::Failure("The plug-in's dialog could not be opened.");
+    dialog_.emplace(*engine::OpenDialogs().back());
+    application_.DeliverEvents();
+    options_ = order.options;
+    return {};
+  }
+
+  // Before each load: the dialog takes what the scene keeps of its options anew with every change.
+  void SetOptions() {
+    for (const auto& [label, on] : dialog_->Options()) {
+      const auto wanted = options_.find(label);
+      if (wanted != options_.end() && wanted->second != on) dialog_->Choose(label);
+    }
+  }
+
+  Status TellStates() {
+    for (Mark& mark : dialog_->Marks()) states_.push_back({{}, std::move(mark)});
+    if (states_.empty()) states_.emplace_back();
+    for (StateFacts& state : states_) {
+      if (Status status = Recall(state.mark); !status) return status;
+      state.size = SizeOf(Document());
+      TakeBack();
+      if (!output_.Write(FrameKind::State, StateAsText(state))) return Status::Failure("Nobody listens.");
+    }
+    output_.Write(FrameKind::Done, "");
+    return {};
+  }
+
+  Status ReadBox() {
+    const auto frame = Read();
+    const bool isBox = frame && std::sscanf(frame->bytes.c_str(), "%u %u", &box_.width, &box_.height) == 2;
+    return isBox ? Status() : Status::Failure("The size of the pictures did not arrive.");
+  }
+
+  Status SendPicture(std::size_t index) {
+    const StateFacts& state = states_[index];
+    if (Status status = Recall(state.mark); !status) return status;
+    const PictureSize size = FittedInto(state.size, box_);
+    engine::PictureSetup setup;
+    setup.width = size.width;
+    setup.height = size.height;
+    auto begun = engine::PictureInProgress::Begin(Document(), setup, engine::RenderCaches::Shared());
+    TakeBack();
+    if (!begun) return Status::Failure("\"" + state.mark.name + "\" was not rendered: " + begun.Message());
+    for (const std::string& note : begun.Value()->Notes()) output_.Write(FrameKind::Note, note);
+    const auto tell = [&](double done) {
+      return output_.Write(FrameKind::Progress, std::to_string(static_cast<int>(done * 1000)));
+    };
+    while (!begun.Value()->IsFinished()) {
+      if (!begun.Value()->Refine(tell)) return Status::Failure("Nobody listens.");
+    }
+    const engine::Image picture = begun.Value()->Current();
+    output_.Write(FrameKind::Picture, {reinterpret_cast<const char*>(picture.bytes.data()), picture.bytes.size()});
+    output_.Write(FrameKind::Done, "");
+    return {};
+  }
+
+  Status Recall(const Mark& mark) {
+    if (mark.name.empty()) return {};
+    SetOptions();
+    if (!dialog_->Select(mark.name) || !dialog_->Press("Load")) return Status::Failure("\"" + mark.name + "\" was not loaded.");
+    application_.DeliverEvents();
+    return {};
+  }
+
+  // Each state is loaded onto the scene as it was, not onto the state before.
+  void TakeBack() {
+    if (Document().DoUndo()) host::EventAdd();
+    application_.DeliverEvents();
+  }
+
+  host::BaseDocument& Document() { return *host::GetActiveDocument(); }
+
+  engine::RealOutside outside_;
+  engine::OutsideInUse inUse_{outside_};
+  engine::Application application_{outside_, {}};
+  engine::FrameParser parser_;
+  engine::FrameWriter output_{STDOUT_FILENO};
+  std::optional<StagemarksDialog> dialog_;
+  std::unordered_map<std::string, bool> options_;
+  std::vector<StateFacts> states_;
+  PictureSize box_;
+};
+
+}  // namespace
+
+std::string StateAsText(const StateFacts& state) {
+  const Mark& mark = state.mark;
+  return std::to_string(state.size.width) + " " + std::to_string(state.size.height) + " " + (mark.current ? "1" : "0") + " " +
+         std::to_string(mark.date.size()) + "\n" + mark.date + mark.name;
+}
+
+std::optional<StateFacts> StateFromText(const std::string& text) {
+  StateFacts state;
+  int current = 0;
+  std::size_t date = 0;
+  const std::size_t head = text.find('\n');
+  const bool isWhole = head != std::string::npos &&
+                       std::sscanf(text.c_str(), "%u %u %d %zu", &state.size.width, &state.size.height, &current, &date) == 4;
+  if (!isWhole || date > text.size() - head - 1) return std::nullopt;
+  state.mark.current = current != 0;
+  state.mark.date = text.substr(head + 1, date);
+  state.mark.name = text.substr(head + 1 + date);
+  return state;
+}
+
+int RunStateWorker() {
+  // A desktop that is gone ends the writing, not the child in the middle of it.
+  std::signal(SIGPIPE, SIG_IGN);
+  StateWorker worker;
+  Status status;
+  try {
+    status = worker.Run();
+  } catch (const std::exception& error) {
+    status = Status::Failure(std::string("The states cannot be shown: ") + error.what());
+  }
+  if (!status) worker.Output().Write(FrameKind::Failure, status.Message());
+  return status ? 0 : 1;
+}
+
+}  // namespace pictures
