@@ -95,7 +95,8 @@ PreparedScene::PreparedScene(ScenePicture scene, RTCDevice device)
       objects_(std::make_shared<const std::vector<NodeId>>(ObjectsOf(scene_))) {}
 
 PictureCamera PreparedScene::UsualCamera(double aspect) const {
-  return scene_.hasSceneCamera ? scene_.camera : FramingCamera(OutlineOf(scene_), aspect);
+  if (scene_.hasSceneCamera) return scene_.camera;
+  return scene_.editorView ? ShowingAllOf(*scene_.editorView, aspect) : FramingCamera(OutlineOf(scene_), aspect);
 }
 
 }  // namespace engine

@@ -145,9 +145,11 @@ PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, d
   Box box;
   for (const Vec& p : points) box.Add(p);
   const Vec centre = box.Centre();
+  // A camera may be scaled; what it sees is not.
+  const host::Matrix axes{{}, UnitOf(camera.frame.v1), UnitOf(camera.frame.v2), UnitOf(camera.frame.v3)};
   for (Vec& p : points) {
     const Vec way = p - centre;
-    p = {Dot(way, ToVec(camera.frame.v1)), Dot(way, ToVec(camera.frame.v2)), Dot(way, ToVec(camera.frame.v3))};
+    p = {Dot(way, ToVec(axes.v1)), Dot(way, ToVec(axes.v2)), Dot(way, ToVec(axes.v3))};
   }
   host::Vector place;
   if (camera.isParallel) {
@@ -159,7 +161,21 @@ PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, d
     for (int round = 0; round < 8; ++round) middle = Improved(middle, points, halfX, halfX / aspect);
     place = {middle.x, middle.y, -middle.distance};
   }
-  camera.frame.off = Sum(TurnedBy(camera.frame, place), {centre.x, centre.y, centre.z});
+  camera.frame.off = Sum(TurnedBy(axes, place), {centre.x, centre.y, centre.z});
+  return camera;
+}
+
+PictureCamera ShowingAllOf(const EditorView& view, double aspect) {
+  PictureCamera camera = view.camera;
+  const double wider = aspect / view.aspect;
+  if (camera.isParallel) {
+    camera.width *= std::max(1.0, wider);
+  } else if (camera.fovVertical <= 0 && wider > 1) {
+    camera.fovVertical = 2 * std::atan(HalfTangent(camera.fov) / view.aspect);
+  } else if (camera.fovVertical > 0 && wider < 1) {
+    camera.fov = 2 * std::atan(HalfTangent(camera.fovVertical) * view.aspect);
+    camera.fovVertical = 0;
+  }
   return camera;
 }
 

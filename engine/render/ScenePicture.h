@@ -10,6 +10,7 @@
 
 #include "engine/core/ContainerAccess.h"
 #include "engine/render/RenderCaches.h"
+#include "engine/scene/EditorView.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
@@ -71,16 +72,6 @@ struct TextureWish {
   std::vector<std::shared_ptr<TextureFile>> files = {};
 };
 
-struct PictureCamera {
-  host::Matrix frame;  // looks along +z
-  bool isParallel = false;
-  double fov = 0.9273;     // horizontal, radians
-  double fovVertical = 0;  // 0: follows the horizontal one and the picture
-  double width = 1000;     // of a parallel camera
-  double near = 0;
-  double far = 0;  // 0: no limit
-};
-
 struct ScenePicture {
   std::vector<Instance> instances;
   std::vector<std::uint8_t> selected;  // by instance: 1 where it or something above it is selected
@@ -89,6 +80,7 @@ struct ScenePicture {
   std::vector<LightSource> lights;
   PictureCamera camera;
   bool hasSceneCamera = false;
+  std::optional<EditorView> editorView;  // of the document
   // Equal for scenes that look alike, whatever is selected and whatever the camera is. Good while either of them lives.
   std::uint64_t fingerprint = 0;
   Box bounds;                      // of all instances, in the world; empty until prepared
@@ -114,5 +106,7 @@ std::vector<Vec> OutlineOf(const ScenePicture& picture, const std::vector<std::u
 PictureCamera FramingCamera(std::vector<Vec> points, double aspect, double turn = 0.65);
 // The same with the direction and lens of a camera.
 PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, double aspect);
+// A camera that shows all that is seen in a view in a picture of that width over height, and no more than it must.
+PictureCamera ShowingAllOf(const EditorView& view, double aspect);
 
 }  // namespace engine

@@ -211,6 +211,7 @@ class SceneScan::Reader {
     const std::optional<PictureCamera> camera = object ? CameraOf(*object) : std::nullopt;
     if (camera) picture_.camera = *camera;
     picture_.hasSceneCamera = camera.has_value();
+    picture_.editorView = EditorViewOf(doc_);
   }
 
   void AddNotes() {

@@ -114,6 +114,7 @@ BaseObject* BaseDraw::GetSceneCamera(const BaseDocument* doc) const { return eng
 
 void BaseDraw::SetSceneCamera(BaseObject* camera, Bool) {
   const ULLONG id = camera ? engine::IdOf(*camera) : 0;
+  if (document_) ++engine::BodyOf(*document_).cameraSets;
   if (camera_ == id) return;
   camera_ = id;
   if (document_) engine::Touch(*document_);

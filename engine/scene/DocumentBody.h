@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "engine/scene/DocumentListener.h"
+#include "engine/scene/EditorView.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/NodeAccess.h"
 #include "engine/scene/NodeTable.h"
@@ -24,6 +25,8 @@ struct DocumentBody {
   NodeTable table;
   host::RenderData* activeSettings = nullptr;
   host::BaseDraw view;
+  host::ULLONG cameraSets = 0;           // see SceneCameraSetCount
+  std::optional<EditorView> editorView;  // none: nobody looks at it
   host::Filename path;
   host::LONG fps = 30;
   bool changed = false;

@@ -194,6 +194,7 @@ BaseDocument* CopyDocument(const BaseDocument& source, bool keepIds) {
   to.embedded = from.embedded;
   to.changed = from.changed;
   A::Camera(to.view) = Mapped(A::Camera(from.view), ids);
+  to.editorView = from.editorView;
   to.activeSettings = AsRenderData(to.table.Find(Mapped(A::Id(*from.activeSettings), ids)));
   for (const BaseList2D* node : from.selectedObjects.InOrder(from.table))
     to.selectedObjects.Add(Mapped(A::Id(*node), ids), to.table);

@@ -71,6 +71,9 @@ NodeId MaterialIdOf(const host::TextureTag& tag) { return A::Material(tag); }
 void SetMaterialId(host::TextureTag& tag, NodeId material) { A::Material(tag) = material; }
 NodeId SceneCameraIdOf(const BaseDocument& doc) { return A::Camera(BodyOf(doc).view); }
 void SetSceneCameraId(BaseDocument& doc, NodeId camera) { A::Camera(BodyOf(doc).view) = camera; }
+host::ULLONG SceneCameraSetCount(const BaseDocument& doc) { return BodyOf(doc).cameraSets; }
+void SetEditorView(BaseDocument& doc, const std::optional<EditorView>& view) { BodyOf(doc).editorView = view; }
+const std::optional<EditorView>& EditorViewOf(const BaseDocument& doc) { return BodyOf(doc).editorView; }
 NodeId ActiveRenderDataIdOf(const BaseDocument& doc) { return A::Id(*BodyOf(doc).activeSettings); }
 host::ULLONG NBitsOf(const GeListNode& node) { return A::NBits(node); }
 void SetNBits(GeListNode& node, host::ULLONG bits) { A::NBits(node) = bits; }

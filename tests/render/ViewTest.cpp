@@ -239,6 +239,51 @@ TEST(Framing, ShowsWhatIsAskedForAsTheCameraIsTurned) {
   }
 }
 
+TEST(Framing, APictureShowsAllOfAViewAndNoMore) {
+  engine::EditorView view;
+  view.aspect = 0.8;
+  const auto halves = [](const engine::PictureCamera& camera, double aspect) {
+    if (camera.isParallel) return std::pair(camera.width / 2, camera.width / 2 / aspect);
+    const double vertical = std::tan(camera.fovVertical / 2);
+    const double horizontal = camera.fovVertical > 0 ? vertical * aspect : std::tan(camera.fov / 2);
+    return std::pair(horizontal, horizontal / aspect);
+  };
+  for (const bool parallel : {false, true}) {
+    for (const double vertical : {0.0, 0.7}) {
+      view.camera.isParallel = parallel;
+      view.camera.fovVertical = vertical;
+      const auto [wide, high] = halves(view.camera, view.aspect);
+      for (const double aspect : {0.3, 0.8, 1.3333, 3.0}) {
+        const auto [w, h] = halves(engine::ShowingAllOf(view, aspect), aspect);
+        EXPECT_NEAR(std::min(w / wide, h / high), 1, 1e-9) << parallel << " " << vertical << " " << aspect;
+      }
+    }
+  }
+}
+
+// A preview is rendered from a copy.
+TEST(EditorView, IsRenderedFromACopyUnlessThereIsASceneCamera) {
+  Row scene;
+  engine::EditorView view;
+  view.camera.frame.off = {12, 34, -2000};
+  engine::SetEditorView(scene.Doc(), view);
+  PictureSetup setup;
+  setup.width = setup.height = 16;
+  engine::RenderCaches caches;
+  const auto seenFrom = [&] {
+    auto* copy = static_cast<host::BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr));
+    const auto begun = PictureInProgress::Begin(*copy, setup, caches);
+    const Vector place = begun.Value()->Camera().frame.off;
+    host::BaseDocument::Free(copy);
+    return place;
+  };
+  EXPECT_EQ(seenFrom(), Vector(0, 0, -1500));
+  scene.LookThrough("");
+  EXPECT_EQ(seenFrom(), view.camera.frame.off);
+  engine::SetEditorView(scene.Doc(), std::nullopt);
+  EXPECT_NE(seenFrom(), view.camera.frame.off);
+}
+
 TEST(PreparedScene, CanBeStoppedAndSharedByCameras) {
   Row scene;
   engine::RenderCaches caches;
