@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "engine/application/ApplicationBody.h"
+#include "engine/application/TexturesOnMove.h"
 #include "engine/import/EmbeddedTextures.h"
 #include "engine/import/Import.h"
 #include "engine/scene/Nodes.h"
@@ -55,7 +56,10 @@ class Saving {
     Status status = TakeLock();
     if (status) status = CheckFile();
     if (status) status = WriteEmbeddedTextures(doc_, file_.GetDirectory().GetString().ToUtf8());
-    if (status) status = Write();
+    if (!status) return status;
+    TexturesOnMove textures(doc_, file_.GetDirectory().GetString().ToUtf8());
+    status = Write();
+    if (!status && (!listed_ || body_.documents.Holds(&doc_))) textures.TakeBack();
     if (!status) return status;
     doc_.SetDocumentPath(file_.GetDirectory());
     doc_.SetDocumentName(file_.GetFile());

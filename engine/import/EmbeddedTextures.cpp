@@ -1,8 +1,8 @@
 #include "engine/import/EmbeddedTextures.h"
 
-#include "engine/import/ShaderWalk.h"
 #include "engine/outside/Outside.h"
 #include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/ShaderWalk.h"
 
 namespace engine {
 namespace {

@@ -3,18 +3,16 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <unordered_map>
 
-#include "engine/import/ShaderWalk.h"
 #include "engine/outside/Outside.h"
 #include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/ShaderWalk.h"
+#include "engine/scene/TextureFolders.h"
 
 namespace engine {
 namespace {
-
-constexpr std::array<const char*, 5> kFolders = {"", "tex", "textures", "images", "maps"};
 
 int HexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -76,11 +74,16 @@ class TextureSearch {
 
   std::string ByName(const std::string& name) {
     if (name.empty()) return {};
-    for (const char* below : kFolders) {
-      const std::string folder = folder_ + below + (*below == '\0' ? "" : "/");
-      for (const std::string& file : FilesOf(folder)) {
-        if (::strcasecmp(file.c_str(), name.c_str()) == 0) return folder + file;
-      }
+    std::string found = ByNameIn(folder_, name);
+    for (std::size_t i = 0; i < kTextureFolders.size() && found.empty(); ++i) {
+      found = ByNameIn(folder_ + kTextureFolders[i] + "/", name);
+    }
+    return found;
+  }
+
+  std::string ByNameIn(const std::string& folder, const std::string& name) {
+    for (const std::string& file : FilesOf(folder)) {
+      if (::strcasecmp(file.c_str(), name.c_str()) == 0) return folder + file;
     }
     return {};
   }

@@ -142,6 +142,7 @@ void SceneBuilder::Fill(BaseList2D& node, const ElementTable& table, std::size_t
   SetId(node, table.ids[at]);
   node.SetName(tables_.values.texts[table.names[at]]);
   *node.GetDataInstance() = tables_.values.containers[table.data[at]];
+  paths_.Resolve(node);
   node.SetAllBits(static_cast<LONG>(table.bits[at]));
   SetNBits(node, table.nbits[at]);
   SetLayerId(node, table.layers[at]);

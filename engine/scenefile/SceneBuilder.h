@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "engine/scene/Nodes.h"
+#include "engine/scenefile/CarriedPaths.h"
 #include "engine/scenefile/Elements.h"
 #include "engine/scenefile/Pace.h"
 #include "engine/scenefile/ValueSections.h"
@@ -38,8 +39,8 @@ using OwnedDocument = std::unique_ptr<host::BaseDocument, DocumentFree>;
 
 class SceneBuilder {
  public:
-  // `tables` and `pace` must outlive the builder.
-  SceneBuilder(const SceneTables& tables, Pace& pace) : tables_(tables), pace_(pace) {}
+  // `tables` and `pace` must outlive the builder. `folder`: that of the file.
+  SceneBuilder(const SceneTables& tables, Pace& pace, const std::string& folder) : tables_(tables), pace_(pace), paths_(folder) {}
   // The document, unchanged as far as "has unsaved changes" goes. Throws Damage.
   OwnedDocument Build();
 
@@ -65,6 +66,7 @@ class SceneBuilder {
 
   const SceneTables& tables_;
   Pace& pace_;
+  CarriedPaths paths_;
   OwnedDocument doc_;
   std::vector<host::BaseList2D*> rows_;
   std::vector<host::BaseList2D*> path_;

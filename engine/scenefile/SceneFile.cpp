@@ -49,7 +49,7 @@ void ReadTables(const std::vector<Section>& sections, const ElementBounds& bound
   pace.Expect(rows, kTables);
 }
 
-OwnedDocument ReadDocument(const std::vector<Section>& sections, Budget& budget, Pace& pace) {
+OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::string& folder, Budget& budget, Pace& pace) {
   const auto contents = [&](const char* name) { return Expand(NeededSection(sections, name), budget); };
   const ValueReader values(sections, budget);
   SceneTables tables{values, ReadMeshes(contents("MESHES"), budget), {}, {}};
@@ -58,7 +58,7 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, Budget& budget,
   tables.document = ReadDocumentRecord(contents("DOCUMENT"), bounds, budget);
   ReadTables(sections, bounds, budget, pace, tables.elements);
   CheckIdentities(tables.elements, tables.document.id);
-  OwnedDocument doc = SceneBuilder(tables, pace).Build();
+  OwnedDocument doc = SceneBuilder(tables, pace, folder).Build();
   if (FindSection(sections, "FILES")) SetEmbeddedFiles(*doc, ReadFiles(contents("FILES"), values.texts, budget));
   KeepUnknownSections(*doc, sections, budget);
   return doc;
@@ -76,30 +76,32 @@ GoOn Telling(const char* doing, const std::string& path) {
   return [what](double done) { return Outside::Current().Progress(done, what); };
 }
 
+std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
 std::string At(const std::string& path) { return "\"" + path + "\": "; }
 
 }  // namespace
 
-Result<std::vector<std::string>> WriteScene(const BaseDocument& doc, const GoOn& goOn) {
+Result<std::vector<std::string>> WriteScene(const BaseDocument& doc, const GoOn& goOn, const std::string& folder) {
   return Guarded<std::vector<std::string>>([&] {
     SectionWriter sections(FrameKind::Scene);
     Pace pace(goOn);
-    SceneWriter(doc, pace).Write(sections);
+    SceneWriter(doc, pace, folder).Write(sections);
     AddKeptSections(doc, sections);
     return sections.Finish();
   });
 }
 
-Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit, const GoOn& goOn) {
+Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit, const GoOn& goOn, const std::string& folder) {
   return Guarded<BaseDocument*>([&] {
     Budget budget(memoryLimit ? memoryLimit : MemoryOfMachine());
     Pace pace(goOn);
-    return ReadDocument(ReadSections(bytes, FrameKind::Scene), budget, pace).release();
+    return ReadDocument(ReadSections(bytes, FrameKind::Scene), folder, budget, pace).release();
   });
 }
 
 Status SaveSceneFile(const BaseDocument& doc, const std::string& path, const BeforePlacing& ready, FileAsRead* now) {
-  const Result<std::vector<std::string>> pieces = WriteScene(doc, Telling("Saving ", path));
+  const Result<std::vector<std::string>> pieces = WriteScene(doc, Telling("Saving ", path), FolderOf(path));
   if (!pieces) return Status::Failure(At(path) + pieces.Message());
   const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
   Status saved = Outside::Current().ReplaceFile(path, views, ready);
@@ -111,7 +113,7 @@ Result<BaseDocument*> OpenSceneFile(const std::string& path, FileAsRead* now) {
   const FileStamp stamp = Outside::Current().Stamp(path);
   const Result<std::string> bytes = Outside::Current().ReadFile(path);
   if (!bytes) return Result<BaseDocument*>(bytes.GetStatus());
-  Result<BaseDocument*> doc = ReadScene(bytes.Value(), 0, Telling("Opening ", path));
+  Result<BaseDocument*> doc = ReadScene(bytes.Value(), 0, Telling("Opening ", path), FolderOf(path));
   if (!doc) return Result<BaseDocument*>::Failure(At(path) + doc.Message());
   const std::string_view whole = bytes.Value();
   if (now != nullptr) *now = {stamp, HashOfContent({&whole, 1})};

@@ -96,7 +96,7 @@ void SceneWriter::AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t
   table.bits.push_back(Extended(node.GetAllBits()));
   table.nbits.push_back(NBitsOf(node));
   table.layers.push_back(LayerIdOf(node));
-  table.data.push_back(values_.containers.Add(*node.GetDataInstance()));
+  table.data.push_back(values_.containers.Add(paths_.DataToWrite(node)));
 }
 
 void SceneWriter::AddMore(ElementSection section, const BaseList2D& node) {

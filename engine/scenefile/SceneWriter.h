@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "engine/scene/Nodes.h"
+#include "engine/scenefile/CarriedPaths.h"
 #include "engine/scenefile/Elements.h"
 #include "engine/scenefile/Meshes.h"
 #include "engine/scenefile/Pace.h"
@@ -13,8 +14,10 @@ namespace engine::scenefile {
 
 class SceneWriter {
  public:
-  // The document must not change while the writer lives; the pace is that of the whole writing.
-  SceneWriter(const host::BaseDocument& doc, Pace& pace) : doc_(doc), pace_(pace), rows_{&doc} {}
+  // The document must not change while the writer lives; the pace is that of the whole writing. `folder`: that of the
+  // file, for the names that are relative to it.
+  SceneWriter(const host::BaseDocument& doc, Pace& pace, const std::string& folder)
+      : doc_(doc), pace_(pace), rows_{&doc}, paths_(folder) {}
 
   // Everything but the sections that were kept. Throws Damage for a scene that no reader would take.
   void Write(SectionWriter& sections);
@@ -38,6 +41,7 @@ class SceneWriter {
   Pace& pace_;
   std::vector<const host::BaseList2D*> rows_;
   ElementTables tables_;
+  CarriedPaths paths_;
   ValueWriter values_;
   MeshWriter meshes_;
   std::uint32_t documentData_ = 0;

@@ -43,6 +43,35 @@ TEST_F(Saving, SavingTellsTheHookOfThatDocumentFirst) {
   EXPECT_FALSE(doc->GetChanged());
 }
 
+// A name that leads to a file from the old folder only becomes the path of that file, unless the save fails.
+TEST_F(Saving, ElsewhereKeepsItsTextures) {
+  BaseDocument* doc = New("shot");
+  for (const char* folder : {"old", "old/tex", "new", "new/tex"}) fs::create_directory(At(folder));
+  for (const char* file : {"old/tex/a.png", "old/b.png", "new/tex/b.png"}) tests::WriteText(At(file), file);
+  host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
+  doc->AppendMaterial(material);
+  const auto texture = [&](const char* name) {
+    host::BaseShader* shader = host::BaseShader::Alloc(host::Xbitmap);
+    shader->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, host::Filename(name));
+    material->InsertShader(shader);
+    return shader;
+  };
+  host::BaseShader* const shaders[] = {texture("a.png"), texture("b.png"), texture("nowhere.png")};
+  const auto names = [&] {
+    std::string text;
+    for (const host::BaseShader* shader : shaders) {
+      text += shader->GetDataInstance()->GetFilename(host::BITMAPSHADER_FILENAME).GetString().ToUtf8() + " ";
+    }
+    return text;
+  };
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, At("old/shot.c4d")));
+  EXPECT_EQ(names(), "a.png b.png nowhere.png ");
+  EXPECT_FALSE(application->SaveDocumentAs(*doc, At("missing/shot.c4d")));
+  EXPECT_EQ(names(), "a.png b.png nowhere.png ");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, At("new/shot.c4d")));
+  EXPECT_EQ(names(), At("old/tex/a.png") + " " + At("old/b.png") + " nowhere.png ");
+}
+
 TEST_F(Saving, AFailedSaveLeavesPathAndChangesAsTheyWere) {
   BaseDocument* doc = New("shot");
   ASSERT_TRUE(application->SaveDocumentAs(*doc, At("first.c4d")));

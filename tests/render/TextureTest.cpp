@@ -87,6 +87,21 @@ TEST_F(Textures, AreFoundWhereArtistsPutThem) {
   }
 }
 
+TEST_F(Textures, AreFoundInTheUsualFoldersAndAfterAMove) {
+  const std::pair<const char*, const char*> kRows[] = {{"textures/left_green.png", "left_green.png"},
+                                                       {"images/left_green.png", "C:\\art\\left_green.png"},
+                                                       {"maps/left_green.png", "/old/shot/left_green.png"},
+                                                       {"walls/left_green.png", "/old/shot/walls/left_green.png"}};
+  for (const auto& [file, name] : kRows) {
+    shader_->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, name);
+    EXPECT_EQ(Colours(), "ww") << file;
+    (void)outside_.MakeFolders(scratch_ / std::string(file).substr(0, std::string(file).find('/')));
+    Put(file);
+    EXPECT_EQ(Colours(), "gb") << file;
+    ASSERT_TRUE(outside_.RemoveFile(scratch_ / file));
+  }
+}
+
 // A surface whose texture cannot be shown keeps its colour, and the reason is told.
 TEST_F(Textures, ThatCannotBeShownCostANote) {
   std::string enormous = engine::EncodePng(engine::Image{1, 1, {1, 2, 3, 255}, {}}).Take();

@@ -6,6 +6,7 @@
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/SceneFile.h"
 #include "tests/scenefile/Scenes.h"
+#include "tests/support/SceneBuilder.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace tests {
@@ -29,6 +30,36 @@ TEST_F(SceneFileOnDisk, OpeningSetsPathAndName) {
   EXPECT_EQ(owned->GetDocumentName().GetString().ToUtf8(), "scene.c4d");
   EXPECT_EQ(owned->GetDocumentPath().GetString().ToUtf8(), folder_.Path());
   EXPECT_FALSE(owned->GetChanged());
+}
+
+// What lies beside or below the scene moves with it; the document that was saved keeps its names.
+TEST_F(SceneFileOnDisk, FilesBesideTheSceneMoveWithIt) {
+  SceneBuilder scene;
+  scene.Material("M").Object("O").Settings("R").Post("R", host::VPglobalillumination);
+  const std::string names[] = {folder_ / "a/wood.png", folder_ / "a/tex/deep/wood.png", folder_ / "ab/wood.png", "wood.png",
+                               "tex/wood.png",         folder_ / "a/../wood.png",       folder_ / "a",           "C:\\wood.png"};
+  for (const std::string& name : names) scene.Bitmap(scene.GetMaterial("M"), name);
+  host::BaseShader* parent = scene.Bitmap(scene.GetObject("O"), "");
+  scene.Bitmap(scene.GetObject("O"), folder_ / "a/below.png", parent);
+  host::BaseVideoPost& post = *scene.GetSettings("R")->GetFirstVideoPost();
+  post.GetDataInstance()->SetFilename(host::GI_CACHE_FILENAME, host::Filename((folder_ / "a/illum/own.gi").c_str()));
+  const std::string before = engine::DumpDocument(scene.Doc());
+  for (const char* folder : {"a", "ab"}) ASSERT_TRUE(faulty_.MakeFolder(folder_ / folder));
+  ASSERT_TRUE(engine::SaveSceneFile(scene.Doc(), folder_ / "a/scene.c4d"));
+  EXPECT_EQ(engine::DumpDocument(scene.Doc()), before);
+  EXPECT_EQ(engine::DumpDocument(*Document(engine::OpenSceneFile(folder_ / "a/scene.c4d").Value())), before);
+  ASSERT_TRUE(faulty_.Rename(folder_ / "a", folder_ / "b"));
+  const Document moved(engine::OpenSceneFile(folder_ / "b/scene.c4d").Value());
+  EXPECT_FALSE(moved->GetChanged());
+  std::vector<std::string> found;
+  const host::BaseContainer all = moved->GetAllTextures(nullptr);
+  for (host::LONG i = 0; i < all.GetCount(); ++i) found.push_back(all.GetIndexData(i).GetFilename().GetString().ToUtf8());
+  EXPECT_EQ(found, (std::vector<std::string>{folder_ / "b/wood.png", folder_ / "b/tex/deep/wood.png", names[2], names[3],
+                                             names[4], names[5], names[6], names[7], folder_ / "b/below.png"}));
+  const host::RenderData* settings = moved->GetFirstRenderData();
+  while (!settings->GetFirstVideoPost()) settings = settings->GetNext();
+  EXPECT_EQ(settings->GetFirstVideoPost()->GetData().GetFilename(host::GI_CACHE_FILENAME).GetString().ToUtf8(),
+            folder_ / "b/illum/own.gi");
 }
 
 TEST_F(SceneFileOnDisk, AFailedSaveLeavesTheOldFileWhole) {
