@@ -37,6 +37,16 @@ _stagemarks_offer_names() {
   _stagemarks_offer < <(timeout 3 "${COMP_WORDS[0]}" list "$scene" --names 2>/dev/null)
 }
 
+# One of several with commas between them: what stands before the last comma stays.
+_stagemarks_offer_parts() {
+  local word head=""
+  [[ $cur == *,* ]] && head="${cur%,*},"
+  compopt -o nospace 2>/dev/null
+  for word in $1; do
+    [[ $head$word == "$cur"* ]] && COMPREPLY+=("$head$word")
+  done
+}
+
 # What fits in for the word that stands for a value or a place, as the help shows it.
 _stagemarks_offer_for() {
   case "$1" in
@@ -73,6 +83,8 @@ _stagemarks() {
     _stagemarks_offer_words "${_stagemarks_options["${verb:--}"]}"
   elif [[ -z $verb ]]; then
     _stagemarks_offer_words "$_stagemarks_verbs"
+  elif [[ $value == PARTS ]]; then
+    _stagemarks_offer_parts "$allowed"
   elif [[ -n $allowed ]]; then
     _stagemarks_offer_words "$allowed"
   elif [[ -n $open && -n $value ]]; then

@@ -30,8 +30,8 @@ Demo::Demo(Session& session, std::string scene, std::string folder)
 
 int Demo::Run() {
   Say(Coloured(Colour::Bold, "Stagemarks: three states of one scene") + "\n");
-  const bool worked = Import() && Save() && RecordStates() && RecallStates() && UndoRecall() && SaveAndReopen() &&
-                      MakeContactSheet() && RecallStates() && ExportStates();
+  const bool worked = Import() && Save() && RecordStates() && RecallStates() && UndoRecall() && Recall(states_.back()) &&
+                      SaveAndReopen() && MakeContactSheet() && RecallStates() && ExportStates();
   if (worked) ShowResult();
   if (session_.GetProgram().json) report_.Print(true);
   return worked ? session_.CheckLedger() : kFailed;

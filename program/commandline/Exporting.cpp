@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "engine/render/TextureSearch.h"
+
 namespace commandline {
 
 namespace {
@@ -48,8 +50,12 @@ bool HasRoom(Session& session, const ExportOrder& order, const exporting::Export
 
 // Whether the export may begin; all that speaks against it goes into the result.
 bool MayBegin(Session& session, const ExportOrder& order, ExportResult& result) {
-  result.missing = result.plan.missing;
+  const bool strict = session.GetProgram().strict;
+  const bool gathers = exporting::GathersTextures(LayoutOf(order.layout));
+  result.missing = gathers ? result.plan.missing : engine::MissingTextures(session.Document());
   result.failures = result.plan.obstacles;
+  TellMissing(session.GetProgram().terminal, result.missing, gathers || strict);
+  if (strict && !result.missing.empty()) result.failures.emplace_back(kStrictRefusal);
   if (!result.failures.empty()) return false;
   if (session.GetProgram().verbose) session.GetProgram().terminal.Say("Exporting " + exporting::Summary(result.plan) + ".");
   if (!HasRoom(session, order, result.plan)) return false;
@@ -98,7 +104,7 @@ ExportResult Export(Session& session, const ExportOrder& order) {
   Press(session, order);
   session.Files().OnWritten(nullptr);
   ReadLedger(ledger, mark, result);
-  const bool whole = result.scenes.size() == names.size() && result.missing.empty() && result.failures.empty();
+  const bool whole = result.scenes.size() == names.size() && result.plan.missing.empty() && result.failures.empty();
   result.status = whole ? kDone : kFailed;
   return result;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <tuple>
 
 #include "program/commandline/Terminal.h"
 
@@ -40,13 +41,15 @@ std::size_t Distance(const std::string& name, const std::string& known) {
 }  // namespace
 
 std::vector<std::string> NamesLike(const std::string& name, const std::vector<std::string>& known) {
-  std::vector<std::pair<std::size_t, std::string>> near;
+  std::vector<std::tuple<bool, std::size_t, std::string>> near;  // the beginning of a name counts most
   for (const std::string& other : known) {
-    if (const std::size_t distance = Distance(name, other); distance < kLongest) near.emplace_back(distance, other);
+    if (const std::size_t distance = Distance(name, other); distance < kLongest) {
+      near.emplace_back(!other.starts_with(name), distance, other);
+    }
   }
   std::sort(near.begin(), near.end());
   std::vector<std::string> names;
-  for (std::size_t i = 0; i < near.size() && i < kMost; ++i) names.push_back(near[i].second);
+  for (std::size_t i = 0; i < near.size() && i < kMost; ++i) names.push_back(std::get<2>(near[i]));
   return names;
 }
 

@@ -32,6 +32,7 @@ struct Program {
   bool yes = false;
   bool quiet = false;
   bool verbose = false;
+  bool strict = false;
 };
 
 // Adds the positional SCENE and --json; and the options of a verb that changes the scene (-o, --write).
@@ -39,6 +40,8 @@ inline constexpr const char* kAnyScene =
     "The scene: a .c4d file, or a .gltf, .glb, .fbx, .obj or .dae that is imported on the fly";
 void AddScene(CLI::App& verb, Program& program, const char* help = kAnyScene);
 void AddKeeping(CLI::App& verb, Program& program);
+// The option --strict of a verb for which a missing texture may be a fault.
+void AddStrict(CLI::App& verb, Program& program);
 // The option --only NAME... of a verb that works on checked rows.
 void AddOnly(CLI::App& verb, std::vector<std::string>& only);
 

@@ -5,6 +5,7 @@
 
 #include "engine/application/ProgramPlaces.h"
 #include "engine/import/Import.h"
+#include "engine/render/TextureSearch.h"
 #include "program/commandline/NamesLike.h"
 
 namespace commandline {
@@ -19,6 +20,13 @@ constexpr const char* kPlugin = "Stagemarks";
 std::string Stem(const std::string& file) { return (fs::path(file).parent_path() / fs::path(file).stem()).string(); }
 
 }  // namespace
+
+void TellMissing(Terminal& terminal, const std::vector<std::string>& textures, bool isFault) {
+  for (const std::string& texture : textures) {
+    const std::string text = "The texture \"" + texture + "\" was not found.";
+    isFault ? terminal.Error(text) : terminal.Note(text);
+  }
+}
 
 std::string AbsolutePath(const std::string& typed) {
   std::error_code error;
@@ -101,6 +109,17 @@ int Session::Check(const std::vector<std::string>& names) {
   return checked ? kDone : kFailed;
 }
 
+int Session::CheckTextures(Report& report) {
+  const std::vector<std::string> missing = engine::MissingTextures(Document());
+  texturesChecked_ = true;
+  report.Json()["missingTextures"] = JsonOf(missing);
+  TellMissing(program_.terminal, missing, program_.strict);
+  if (!program_.strict || missing.empty()) return kDone;
+  program_.terminal.Error(kStrictRefusal);
+  if (program_.json) report.Print(true);
+  return kFailed;
+}
+
 void Session::HoldSideFiles() {
   const host::BaseDocument& doc = Document();
   outside_.HoldChangesAt(Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
@@ -161,7 +180,8 @@ int Session::CheckLedger() {
   int status = kDone;
   for (const engine::LedgerEntry& failure : outside_.GetLedger().FailuresSince(0)) {
     if (!IsWorthTelling(failure)) continue;
-    program_.terminal.Error(failure.message);
+    program_.terminal.Error(failure.path.empty() ? "A file was not written: what it is named after cannot be the name of a file."
+                                                 : failure.message);
     status = kFailed;
   }
   return status;

@@ -18,6 +18,10 @@ namespace commandline {
 using pictures::Mark;
 using pictures::StagemarksDialog;
 
+inline constexpr const char* kStrictRefusal = "Nothing was written, because a texture is missing (--strict).";
+// One line for each, all verbs alike.
+void TellMissing(Terminal& terminal, const std::vector<std::string>& textures, bool isFault);
+
 // An absolute path for one as typed.
 std::string AbsolutePath(const std::string& typed);
 
@@ -44,6 +48,10 @@ class Session {
   int RequireMarks(const std::vector<std::string>& names);
   // Checks exactly the rows of these names, all rows where there are none; a scene without Stagemarks is refused.
   int Check(const std::vector<std::string>& names);
+  // Names the textures that pictures of the scene lack, on the terminal and as "missingTextures" in the report. With --strict
+  // one of them is enough for kFailed; then a program has got the report.
+  int CheckTextures(Report& report);
+  bool TexturesChecked() const { return texturesChecked_; }
   // From now on the plug-in's changes to files beside the scene wait until Keep writes the scene.
   void HoldSideFiles();
   // The end of a verb that changes a scene: writes it where -o or --write say so and prints the report with the file, or
@@ -66,6 +74,7 @@ class Session {
   std::unique_ptr<engine::Application> application_;
   std::unique_ptr<StagemarksDialog> dialog_;
   bool imported_ = false;
+  bool texturesChecked_ = false;
 };
 
 }  // namespace commandline

@@ -92,7 +92,7 @@ std::string SheetMaking::FreeName(const std::string& name) {
 }
 
 int SheetMaking::Write(Report& report) {
-  report.Json() = {{"states", pictures_.AsItIs() ? 0 : sizes_.size()}, {"sheet", nullptr}, {"page", nullptr}};
+  report.Json().update({{"states", pictures_.AsItIs() ? 0 : sizes_.size()}, {"sheet", nullptr}, {"page", nullptr}});
   if (sheet_) {
     if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet); status != kDone) return status;
     report.Json()["sheet"] = ValidUtf8(order_.sheet);

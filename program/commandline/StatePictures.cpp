@@ -43,6 +43,10 @@ int StatePictures::Fail(const std::string& why) {
 int StatePictures::Choose(const std::vector<std::string>& names) {
   const std::vector<Mark> all = session_.Dialog().Marks();
   for (const std::string& name : names) {
+    if (std::count(names.begin(), names.end(), name) > 1) {
+      session_.GetProgram().terminal.Error("The Stagemark " + Listed({name}) + " is named more than once.");
+      return kUsage;
+    }
     if (const int status = session_.RequireMarks({name}); status != kDone) return status;
     states_.push_back(*std::find_if(all.begin(), all.end(), [&](const Mark& mark) { return mark.name == name; }));
   }
@@ -84,7 +88,8 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   auto begun = PictureInProgress::Begin(session_.Document(), setup, engine::RenderCaches::Shared());
   if (!begun) return Fail("\"" + name + "\" was not rendered: " + begun.Message());
   for (const std::string& note : begun.Value()->Notes()) {
-    if (noted_.insert(note).second) terminal.Note(note);
+    // Those were named before.
+    if (!session_.TexturesChecked() || !note.ends_with(" is not shown: it was not found.")) terminal.Note(note);
   }
   const auto count = static_cast<double>(turn.count);
   const std::string what = "Rendering " + std::to_string(turn.number + 1) + " of " + std::to_string(turn.count) + ": " + name;

@@ -3,7 +3,6 @@
 // answered as an exit status. Main thread.
 #pragma once
 
-#include <set>
 #include <string>
 #include <vector>
 
@@ -63,7 +62,6 @@ class StatePictures {
   unsigned threads_;
   bool asItIs_ = false;
   std::vector<Mark> states_;
-  std::set<std::string> noted_;
 };
 
 }  // namespace commandline

@@ -124,7 +124,9 @@ void Terminal::Say(const std::string& text) {
   if (!choices_.quiet) std::cerr << Readable(text) << '\n';
 }
 
-void Terminal::Note(const std::string& text) { Say("note: " + text); }
+void Terminal::Note(const std::string& text) {
+  if (noted_.insert(text).second) Say("note: " + text);
+}
 
 void Terminal::Error(const std::string& text) {
   EndProgressLine();

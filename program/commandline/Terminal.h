@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,7 +39,7 @@ class Terminal : public engine::Person {
   // Width to write for: that of the terminal, within what reads well; a usual one where there is none.
   static std::size_t Columns();
 
-  // Messages for a person, on stderr: plain, as a note or as an error.
+  // Messages for a person, on stderr: plain, as a note (each once only) or as an error.
   void Say(const std::string& text);
   void Note(const std::string& text);
   void Error(const std::string& text);
@@ -56,6 +57,7 @@ class Terminal : public engine::Person {
   TerminalChoices choices_;
   std::optional<std::string> nextFile_;
   std::vector<std::string> told_;
+  std::set<std::string> noted_;
   std::atomic<int> shownPercent_{-1};
   std::size_t refused_ = 0;
 };

@@ -35,6 +35,7 @@ constexpr host::LONG kGlobalTexturePaths = 10;
 constexpr std::size_t kLongestName = 255;  // bytes of a file's name, and of a path, on the systems we know
 constexpr std::size_t kLongestPath = 4095;
 constexpr std::size_t kShownName = 80;
+constexpr const char* kTooLong = "it is too long";
 constexpr const char* kSceneSuffix = ".c4d";
 constexpr const char* kCacheSuffix = ".gi";
 
@@ -176,19 +177,15 @@ class Planning {
     ++plan_.scenes;
   }
 
-  bool IsTooLong(const std::string& name) const {
+  std::string WhyNot(const std::string& name) const {
     const std::string file = BaseName(name) + kSceneSuffix;
-    return file.size() > kLongestName || (FolderOf(name) + "/" + file).size() > kLongestPath;
+    if ((FolderOf(name) + "/" + file).size() > kLongestPath) return kTooLong;
+    return WhyNoFileName(file);
   }
-  bool CanBeFile(const std::string& name) const {
-    return name.find('/') == std::string::npos && name.find('\0') == std::string::npos && !IsTooLong(name);
-  }
+  bool CanBeFile(const std::string& name) const { return WhyNot(name).empty(); }
 
   void Refuse(const std::string& name) {
-    const char* why = IsTooLong(name)                       ? "it is too long"
-                      : name.find('/') != std::string::npos ? "it holds a slash"
-                                                            : "it holds a NUL byte";
-    plan_.obstacles.push_back("The name " + Quoted(name) + " cannot be that of a file: " + why + ".");
+    plan_.obstacles.push_back("The name " + Quoted(name) + " cannot be that of a file: " + WhyNot(name) + ".");
   }
 
   void CheckFolder(const std::string& path) {
@@ -229,6 +226,12 @@ const char* EntryOf(Layout layout) { return RowOf(layout).entry; }
 bool GathersTextures(Layout layout) { return RowOf(layout).textures; }
 
 ExportPlan PlanExport(const host::BaseDocument& doc, const ExportRequest& request) { return Planning(doc, request).Make(); }
+
+std::string WhyNoFileName(const std::string& name) {
+  if (name.size() > kLongestName) return kTooLong;
+  if (name.find('/') != std::string::npos) return "it holds a slash";
+  return name.find('\0') != std::string::npos ? "it holds a NUL byte" : "";
+}
 
 bool Fits(const ExportPlan& plan) { return !plan.free || plan.bytes <= *plan.free; }
 

@@ -44,6 +44,9 @@ struct ExportPlan {
 // Writes the scene into memory once to learn its size: O(scene), and O(files) questions to the disk.
 ExportPlan PlanExport(const host::BaseDocument& doc, const ExportRequest& request);
 
+// Why a file cannot have this name, "it holds a slash"; empty where it can.
+std::string WhyNoFileName(const std::string& name);
+
 // Whether the disk has room, as far as that is known.
 bool Fits(const ExportPlan& plan);
 // "38 scene files, 228 textures and 2 caches, about 1.2 GB"; what there is none of is left out.

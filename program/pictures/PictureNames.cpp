@@ -53,6 +53,10 @@ Status CheckPattern(const std::string& pattern) {
         const bool known = name == "scene" || name == "state" || name == "camera" || name == "frame";
         if (!known) unknown = "{" + name + "}";
       });
+  const std::size_t open = pattern.rfind('{');
+  if (open != std::string::npos && pattern.find('}', open) == std::string::npos) {
+    return Status::Failure("\"" + pattern.substr(open) + "\" has a { without its }. There are " + kPlaceholders + ".");
+  }
   if (!unknown.empty()) return Status::Failure(unknown + " is no placeholder. There are " + kPlaceholders + ".");
   const std::string suffix = LowerSuffix(pattern);
   if (suffix == ".png" || suffix == ".tif" || suffix == ".tiff") return {};

@@ -81,7 +81,7 @@ TEST_F(ExportVerb, ATextureFoundNowhereIsNamed) {
   fs::create_directory(folder_ / "spider/drkwood2.jpg");
   const ChildResult result = Call({"export", scene, "--layout", "one-tex", "--to", folder_ / "out"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_NE(result.err.find("drkwood2.jpg\" was found nowhere."), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("drkwood2.jpg\" was not found."), std::string::npos) << result.err;
   EXPECT_EQ(Files("out").substr(0, 16), "spider Day.c4d |");
   EXPECT_EQ(JsonAnyway({"export", scene, "--layout", "one-tex", "--to", folder_ / "out"})["missingTextures"].size(), 1U);
   EXPECT_EQ(Call({"export", scene, "--layout", "file", "--to", folder_ / "flat"}).status, 0);

@@ -112,21 +112,22 @@ TEST_F(Pictures, TwoOfOneNameAreRefusedBeforeAnyIsRendered) {
   const struct {
     std::vector<std::string> states;
     const char* pattern;
+    const char* says;
   } kRows[] = {
-      {{"Night", "night"}, "{state}.png"},
-      {{"n/t", "n:t"}, "{state}.png"},
-      {{"Night", "Night"}, "{state}.png"},
-      {{"Night", "n/t"}, "{scene}.png"},
-      {{"Night", "n/t"}, "same.tif"},
-      {{}, "{state}.png"},
-      {{"\u00C4rger", "\u00E4rger"}, "{state}.png"},
+      {{"Night", "night"}, "{state}.png", "differ in upper and lower case only"},
+      {{"n/t", "n:t"}, "{state}.png", "because what a file's name cannot hold is replaced in it"},
+      {{"Night", "Night"}, "{state}.png", "The Stagemark \"Night\" is named more than once."},
+      {{"Night", "n/t"}, "{scene}.png", "Put {state} into the pattern"},
+      {{"Night", "n/t"}, "same.tif", "Put {state} into the pattern"},
+      {{}, "{state}.png", "is replaced in it"},
+      {{"\u00C4rger", "\u00E4rger"}, "{state}.png", "differ in upper and lower case only"},
   };
   for (const auto& row : kRows) {
     std::vector<std::string> call{"render", scene, "-o", Place(row.pattern)};
     for (const std::string& state : row.states) call.insert(call.end(), {"--state", state});
     const ChildResult result = Call(call);
     EXPECT_EQ(result.status, 2) << row.pattern;
-    EXPECT_NE(result.err.find("would be written to one file"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find(row.says), std::string::npos) << result.err;
     EXPECT_FALSE(fs::exists(Place("")));
   }
 }
@@ -175,6 +176,8 @@ TEST_F(Pictures, ImpossibleCallsAreRefused) {
       {{"--state", "Evening", "--all"}, 2, "--all"},
       {{"-o", "{mood}.png"}, 2, "{mood} is no placeholder"},
       {{"-o", "{ {state}}.png"}, 2, "{ {state} is no placeholder"},
+      {{"-o", "{state.png"}, 2, "has a { without its }"},
+      {{"-o", "{scene} {state.png"}, 2, "\"{state.png\" has a { without its }"},
       {{"-o", "{state}"}, 2, "must end in .png or .tif"},
       {{"-o", folder_ / "x.jpg"}, 2, "must end in .png or .tif"},
       {{"-o", folder_ / "file/{state}.png"}, 1, "file"},

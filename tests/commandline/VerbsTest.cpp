@@ -23,6 +23,7 @@ TEST_F(CommandLine, UsageIsRefusedWithStatusTwo) {
       {{}, 2, "No verb was given"},
       {{"fly"}, 2, "There is no verb \"fly\""},
       {{"lisst", "a.c4d"}, 2, "Did you mean \"list\""},
+      {{"rec", "a.c4d"}, 2, "Did you mean \"record\""},
       {{"list"}, 2, "SCENE is required"},
       {{"record", "a.c4d"}, 2, "NAME is required"},
       {{"record", "a.c4d", "A", "-o", "b.c4d", "--write"}, 2, "--write"},
@@ -198,6 +199,23 @@ TEST_F(CommandLine, OptionsAreShownToggledAndSaved) {
   EXPECT_TRUE(Json({"options", scene})["options"]["Objects"]);
 }
 
+// A program gets names as they are and can give them back; a terminal is spared what would garble it.
+TEST_F(CommandLine, NamesGoThroughAPipeUnchanged) {
+  const std::string scene = Spider();
+  const std::string name = "\x1b[31m red " + std::string(200, 'x');
+  Out({"record", scene, name, "--write"});
+  EXPECT_EQ(Out({"list", scene, "--names"}), name + "\n");
+  EXPECT_EQ(CallOnTerminal({"list", scene, "--names"}, {}).out.find('\x1b'), std::string::npos);
+}
+
+TEST_F(CommandLine, APreviewOfANameThatIsNoFileNameIsRefusedWithTheReason) {
+  const std::string scene = Spider();
+  const ChildResult result = Call({"record", scene, "/abs", "--preview", "--write"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err, "stagemarks: There is no preview: the name \"/abs\" cannot be that of a file, it holds a slash.\n");
+  EXPECT_EQ(Marks(scene), "*/abs ");
+}
+
 TEST_F(CommandLine, DamagedScenesAndPluginsGetAMessage) {
   tests::WriteText(Scene("foreign.c4d"), "no scene");
   const ChildResult foreign = Call({"list", Scene("foreign.c4d")});
@@ -216,7 +234,7 @@ TEST_F(CommandLine, TheDemoChecksItself) {
   EXPECT_NE(out.find("Undid that recall"), std::string::npos) << out;
   EXPECT_NE(out.find("Exported 3 standalone scene files"), std::string::npos) << out;
   EXPECT_NE(out.find("      tex/  20 textures\n"), std::string::npos) << out;
-  EXPECT_EQ(Marks(folder_ / "demo/dungeon.c4d"), "Clay Emptier *Overview ");
+  EXPECT_EQ(Marks(folder_ / "demo/dungeon.c4d"), "*Clay Emptier Overview ");
   EXPECT_EQ(
       Files("demo/export"),
       "dungeon Clay/dungeon Clay.c4d | dungeon Clay/tex/*20 | dungeon Emptier/dungeon Emptier.c4d | dungeon Emptier/tex/*20 | "

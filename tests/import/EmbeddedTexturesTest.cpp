@@ -3,9 +3,9 @@
 
 #include <filesystem>
 
-#include "engine/import/ShaderWalk.h"
 #include "engine/outside/FaultyOutside.h"
 #include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/ShaderWalk.h"
 #include "tests/import/ImportSession.h"
 #include "tests/support/ScratchFolder.h"
 

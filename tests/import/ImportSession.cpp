@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <set>
 
-#include "engine/import/ShaderWalk.h"
 #include "engine/scene/Mesh.h"
+#include "engine/scene/ShaderWalk.h"
 
 namespace tests {
 

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <filesystem>
 
-#include "engine/import/ShaderWalk.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
+#include "engine/scene/ShaderWalk.h"
 #include "tests/import/ImportSession.h"
 
 namespace tests {

@@ -15,6 +15,10 @@ void AddKeeping(CLI::App& verb, Program& program) {
   verb.add_flag("-y,--yes", program.yes, "Answer every question with yes");
 }
 
+void AddStrict(CLI::App& verb, Program& program) {
+  verb.add_flag("--strict", program.strict, "Fail, before anything is written, when a texture of the scene is missing");
+}
+
 void AddOnly(CLI::App& verb, std::vector<std::string>& only) {
   verb.add_option("--only", only, "The Stagemarks that are meant; all of them without it")->type_name("STAGEMARK...");
 }

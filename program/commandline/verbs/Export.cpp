@@ -50,7 +50,6 @@ int RunExport(Program& program, ExportChoices choices) {
   if (const int status = session.Check(choices.order.only); status != kDone) return status;
   const ExportResult result = Export(session, choices.order);
   for (const std::string& failure : result.failures) program.terminal.Error(failure);
-  for (const std::string& texture : result.missing) program.terminal.Error("The texture \"" + texture + "\" was found nowhere.");
   Report report;
   AddResult(choices.order, result, program.verbose, report);
   report.Print(program.json);
@@ -72,6 +71,7 @@ void AddExport(CLI::App& app, Program& program) {
       ->default_str("folders")
       ->type_name("LAYOUT");
   AddOnly(*verb, choices->order.only);
+  AddStrict(*verb, program);
   verb->add_option("--frames", choices->frames, "Give every file this frame range, as 0:90")->type_name("FROM:TO");
   verb->add_flag("-y,--yes", program.yes, "Answer every question with yes");
   verb->footer(

@@ -18,15 +18,16 @@ int RunImport(Program& program) {
   if (const int status = session.CheckTarget(); status != kDone) return status;
   if (const int status = session.Open(program.scene); status != kDone) return status;
   Report report;
+  if (const int status = session.CheckTextures(report); status != kDone) return status;
   const engine::SceneCounts counts = engine::CountScene(session.Document());
   report.Line("Imported " + Counted(counts.objects, "object") + ", " + Counted(counts.materials, "material") + ", " +
               Counted(counts.cameras, "camera") + ", " + Counted(counts.lights, "light") + ", " +
               Counted(counts.polygons, "polygon") + ".");
-  report.Json() = {{"objects", counts.objects},
-                   {"materials", counts.materials},
-                   {"cameras", counts.cameras},
-                   {"lights", counts.lights},
-                   {"polygons", counts.polygons}};
+  report.Json().update({{"objects", counts.objects},
+                        {"materials", counts.materials},
+                        {"cameras", counts.cameras},
+                        {"lights", counts.lights},
+                        {"polygons", counts.polygons}});
   return session.Keep(report);
 }
 
@@ -36,6 +37,7 @@ void AddImport(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
   AddScene(*verb, program, "The file to import: .gltf, .glb, .fbx, .obj or .dae");
   verb->add_option("OUT", program.output, "The .c4d file to write")->required();
+  AddStrict(*verb, program);
   verb->footer(
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"

@@ -92,6 +92,7 @@ void AddTextures(const host::BaseDocument& doc, Report& report) {
   for (const std::string& texture : missing)
     report.Line(std::string(kLabel + 2, ' ') + Coloured(Colour::Yellow, Readable(texture)));
   report.Json()["textures"] = std::move(all);
+  report.Json()["missingTextures"] = JsonOf(missing);
 }
 
 void AddCamera(const host::BaseDocument& doc, Report& report) {
@@ -164,7 +165,9 @@ int RunInfo(Program& program, const InfoOptions& options) {
   AddFacts(doc, session.Dialog().Marks().size(), report);
   if (options.tree) AddTree(doc, report);
   report.Print(program.json);
-  return kDone;
+  const auto missing = program.strict ? engine::MissingTextures(doc) : std::vector<std::string>();
+  TellMissing(program.terminal, missing, true);
+  return missing.empty() ? kDone : kFailed;
 }
 
 }  // namespace
@@ -174,6 +177,7 @@ void AddInfo(CLI::App& app, Program& program) {
   AddScene(*verb, program);
   auto options = std::make_shared<InfoOptions>();
   verb->add_flag("--tree", options->tree, "Show the object tree with its switches");
+  AddStrict(*verb, program);
   verb->add_flag("--dump", options->dump, "Print everything the scene holds, one fact a line");
   verb->footer(
       "Examples:\n"

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <iostream>
 
@@ -7,9 +9,10 @@ namespace commandline {
 
 namespace {
 
-// For the shell: nothing but names, of a scene without any nothing at all.
+// For the shell: nothing but names, of a scene without any nothing at all. A program gets them byte by byte, to give them back.
 void PrintNames(Session& session) {
-  for (const Mark& mark : session.Dialog().Marks()) std::cout << Shown(mark.name) << '\n';
+  const bool forPerson = isatty(STDOUT_FILENO) != 0;
+  for (const Mark& mark : session.Dialog().Marks()) std::cout << (forPerson ? Shown(mark.name) : mark.name) << '\n';
 }
 
 int RunList(Program& program, bool namesOnly) {

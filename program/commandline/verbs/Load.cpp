@@ -1,13 +1,27 @@
 #include <CLI/CLI.hpp>
 
 #include "engine/undo/Undo.h"
-#include "program/commandline/Session.h"
+#include "program/commandline/LoadParts.h"
 
 namespace commandline {
 
 namespace {
 
 constexpr std::size_t kMostTold = 24;  // elements of which --verbose tells what changed
+
+struct LoadOptions {
+  std::string name;
+  PartChoice parts;
+};
+
+// " (camera, layers only)" where a choice was made for this load.
+std::string PartsText(const PartChoice& choice, const std::vector<std::string>& applied) {
+  const bool only = !choice.parts.empty();
+  std::string text;
+  for (const std::string& part : only ? applied : choice.without) text += (text.empty() ? "" : ", ") + part;
+  if (text.empty()) return "";
+  return only ? " (" + text + " only)" : " (without " + text + ")";
+}
 
 // "19 objects, 2 tags and the scene camera".
 std::string ChangesText(const engine::StepDifference& changes) {
@@ -40,12 +54,17 @@ void Describe(const engine::StepDifference& changes, bool verbose, Report& repor
 }
 
 // kDone, with what it changed; it says why not.
-int LoadMark(Session& session, const std::string& name, engine::StepDifference& changes) {
+int LoadMark(Session& session, const LoadOptions& options, engine::StepDifference& changes, std::vector<std::string>& applied) {
   Terminal& terminal = session.GetProgram().terminal;
+  const std::string& name = options.name;
   const engine::UndoScope step(session.Document(), "Load " + name);
-  if (!session.Dialog().Select(name) || !session.Dialog().Press("Load")) {
-    terminal.Error("\"" + name + "\" was not loaded.");
-    return kFailed;
+  {
+    const PartsInUse parts(session, options.parts);
+    applied = parts.Applied();
+    if (!session.Dialog().Select(name) || !session.Dialog().Press("Load")) {
+      terminal.Error("\"" + name + "\" was not loaded.");
+      return kFailed;
+    }
   }
   session.App().DeliverEvents();
   auto found = step.Difference(kMostTold, [](double) { return !Terminal::Interrupted(); });
@@ -57,15 +76,18 @@ int LoadMark(Session& session, const std::string& name, engine::StepDifference& 
   return kDone;
 }
 
-int RunLoad(Program& program, const std::string& name) {
+int RunLoad(Program& program, const LoadOptions& options) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
-  if (const int status = session.RequireMarks({name}); status != kDone) return status;
-  engine::StepDifference changes;
-  if (const int status = LoadMark(session, name, changes); status != kDone) return status;
+  if (const int status = session.RequireMarks({options.name}); status != kDone) return status;
   Report report;
-  report.Json()["loaded"] = ValidUtf8(name);
-  report.Line("Loaded " + Listed({name}) + ". " +
+  if (const int status = session.CheckTextures(report); status != kDone) return status;
+  engine::StepDifference changes;
+  std::vector<std::string> applied;
+  if (const int status = LoadMark(session, options, changes, applied); status != kDone) return status;
+  report.Json()["loaded"] = ValidUtf8(options.name);
+  report.Json()["parts"] = JsonOf(applied);
+  report.Line("Loaded " + Listed({options.name}) + PartsText(options.parts, applied) + ". " +
               (changes.IsEmpty() ? "The scene was in that state already." : "It changed " + ChangesText(changes) + "."));
   Describe(changes, program.verbose, report);
   return session.Keep(report);
@@ -76,14 +98,18 @@ int RunLoad(Program& program, const std::string& name) {
 void AddLoad(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("load", "Bring the scene back into a recorded state");
   AddScene(*verb, program);
-  auto name = std::make_shared<std::string>();
-  verb->add_option("STAGEMARK", *name, "Its name")->required();
+  auto options = std::make_shared<LoadOptions>();
+  verb->add_option("STAGEMARK", options->name, "Its name")->required();
+  AddParts(*verb, options->parts);
+  AddStrict(*verb, program);
   AddKeeping(*verb, program);
   verb->footer(
+      "--parts and --without are for this load only: neither the scene nor your preferences keep them.\n\n"
       "Examples:\n"
       "  stagemarks load room.c4d Day --write\n"
+      "  stagemarks load room.c4d Day --parts camera,layers --write\n"
       "  stagemarks load room.c4d Day -o day.c4d");
-  verb->callback([&program, name] { program.verb = [&program, name] { return RunLoad(program, *name); }; });
+  verb->callback([&program, options] { program.verb = [&program, options] { return RunLoad(program, *options); }; });
 }
 
 }  // namespace commandline

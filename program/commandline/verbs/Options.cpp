@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
-#include "program/commandline/Session.h"
+#include "program/commandline/LoadParts.h"
 
 namespace commandline {
 
@@ -27,12 +27,57 @@ int ToggleAll(Session& session, const std::vector<std::string>& names) {
   return kDone;
 }
 
+using States = std::vector<std::pair<std::string, bool>>;
+
+// What the dialog says once it has read the scene anew, of a scene with this data.
+States ReadAnew(Session& session) {
+  host::EventAdd();
+  session.App().DeliverEvents();
+  return session.Dialog().Options();
+}
+
+bool IsOn(const States& states, const std::string& option) {
+  return std::any_of(states.begin(), states.end(), [&](const auto& state) { return state.first == option && state.second; });
+}
+
+// Those of the options that were turned and that the scene will not have so when it is opened again. Objects is never kept in a
+// scene, and one without a choice of its own keeps nothing.
+std::vector<std::string> NotKept(Session& session, const States& before, const States& wanted, const host::BaseContainer& old) {
+  host::BaseContainer& data = *session.Document().GetDataInstance();
+  const host::BaseContainer turned = data;
+  const States now = ReadAnew(session);
+  const std::vector<host::LONG> keys = KeysThatDiffer(turned, old);
+  PutBack(keys, old, data);
+  const States without = ReadAnew(session);
+  PutBack(keys, turned, data);
+  ReadAnew(session);
+  std::vector<std::string> lost;
+  for (const auto& [option, isOn] : wanted) {
+    if (isOn == IsOn(before, option)) continue;
+    const bool isOfScene = IsOn(now, option) == isOn && IsOn(without, option) != isOn;
+    if (!isOfScene) lost.push_back(option);
+  }
+  return lost;
+}
+
+// The scene's own choice comes with its first Stagemark.
+void SayNotKept(Session& session, const std::vector<std::string>& lost) {
+  const bool hasMarks = !session.Dialog().Marks().empty();
+  session.GetProgram().terminal.Error(
+      Listed(lost) + (lost.size() == 1 ? " is" : " are") + " not kept in the scene. " +
+      (hasMarks ? "`stagemarks load SCENE STAGEMARK --parts PARTS` or `--without PARTS` chooses for one load."
+                : "A scene has options of its own from its first Stagemark on; --save-default makes them your own."));
+}
+
 int RunOptions(Program& program, const OptionChoices& choices) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
+  const States before = session.Dialog().Options();
+  const host::BaseContainer old = *session.Document().GetDataInstance();
   if (const int status = ToggleAll(session, choices.toggles); status != kDone) return status;
+  const States wanted = session.Dialog().Options();
   Report report;
-  for (const auto& [name, on] : session.Dialog().Options()) {
+  for (const auto& [name, on] : wanted) {
     report.Json()["options"][name] = on;
     report.Line(std::string(on ? "[x] " : "[ ] ") + name);
   }
@@ -40,7 +85,15 @@ int RunOptions(Program& program, const OptionChoices& choices) {
     session.Dialog().Choose("Save As Default Preferences");
     report.Line("Saved as the defaults for scenes without a choice of their own.");
   }
-  if (!choices.toggles.empty()) return session.Keep(report);
+  const auto lost = choices.toggles.empty() ? std::vector<std::string>() : NotKept(session, before, wanted, old);
+  report.Json()["notKept"] = JsonOf(lost);
+  const bool keeps = program.write || !program.output.empty();
+  if (!choices.toggles.empty()) {
+    const int status = session.Keep(report);
+    if (status != kDone || lost.empty() || !keeps) return status;
+    SayNotKept(session, lost);
+    return choices.save ? kDone : kFailed;
+  }
   report.Print(program.json);
   return session.CheckLedger();
 }
@@ -56,6 +109,7 @@ void AddOptions(CLI::App& app, Program& program) {
   verb->add_flag("--save-default", choices->save, "Make these the defaults for scenes without a choice of their own");
   AddKeeping(*verb, program);
   verb->footer(
+      "A scene keeps its options from its first Stagemark on, all but Objects; `load` has --parts and --without for one load.\n\n"
       "Examples:\n"
       "  stagemarks options room.c4d\n"
       "  stagemarks options room.c4d --toggle Layers --toggle Materials --write");

@@ -65,8 +65,9 @@ class RenderVerb {
   }
 
   int Open() {
-    const int status = session_.StartWithScene();
-    return status == kDone ? pictures_.Choose(options_.states) : status;
+    int status = session_.StartWithScene();
+    if (status == kDone) status = pictures_.Choose(options_.states);
+    return status == kDone ? session_.CheckTextures(result_) : status;
   }
 
   // Names and sizes may differ from state to state, so each is recalled before any is rendered.
@@ -91,11 +92,22 @@ class RenderVerb {
     std::vector<std::string> paths;
     for (const PlannedPicture& picture : plan_) paths.push_back(picture.path);
     if (const auto clash = FindClash(paths)) {
-      return Refuse("\"" + plan_[clash->first].name + "\" and \"" + plan_[clash->second].name +
-                    "\" would be written to one file, " + paths[clash->second] +
-                    ". Nothing was rendered. Put {state} into the pattern, or render them apart.");
+      return Refuse("\"" + plan_[clash->first].name + "\" and \"" + plan_[clash->second].name + "\" would be written to " +
+                    WhyOneFile(paths[clash->first], paths[clash->second]) + " Nothing was rendered.");
     }
     return kDone;
+  }
+
+  std::string WhyOneFile(const std::string& one, const std::string& other) const {
+    const bool hasState = program_.output.empty() || program_.output.find("{state}") != std::string::npos;
+    if (one != other) {
+      return "\"" + one + "\" and \"" + other +
+             "\", which differ in upper and lower case only and are one file on some disks. Rename one of them, or render them "
+             "apart.";
+    }
+    if (!hasState) return "one file, " + other + ". Put {state} into the pattern, or render them apart.";
+    return "one file, " + other +
+           ", because what a file's name cannot hold is replaced in it. Rename one of them, or render them apart.";
   }
 
   int MakeFolders() {
@@ -144,7 +156,7 @@ class RenderVerb {
   }
 
   void PrintResult(int status) {
-    Report report;
+    Report& report = result_;
     std::size_t rendered = 0;
     std::size_t there = 0;
     json& all = report.Json()["pictures"] = json::array();
@@ -171,6 +183,7 @@ class RenderVerb {
   const RenderOptions& options_;
   Session session_;
   StatePictures pictures_;
+  Report result_;
   PictureSize size_;
   std::vector<PlannedPicture> plan_;
 };
@@ -190,6 +203,7 @@ void AddRender(CLI::App& app, Program& program) {
       ->default_str(kPattern);
   verb->add_option("--size", options->size, "Picture size, as 1920x1080, instead of that of each state's render settings")
       ->type_name("WIDTHxHEIGHT");
+  AddStrict(*verb, program);
   verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")
       ->type_name("N")
       ->check(CLI::Range(0U, 1024U));

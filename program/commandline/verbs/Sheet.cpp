@@ -37,6 +37,7 @@ int RunSheet(Program& program, const SheetOptions& options) {
   if (const int status = session.StartWithScene(); status != kDone) return status;
   const SheetOrder order = OrderOf(program, options, SceneName(session.Document()));
   Report report;
+  if (const int status = session.CheckTextures(report); status != kDone) return status;
   const int status = SheetMaking(session, order).Run(report);
   if (status != kDone) return status;
   report.Print(program.json);
@@ -57,6 +58,7 @@ void AddSheet(CLI::App& app, Program& program) {
       verb->add_option("--html", options->folder, "Write a page with search into this folder, the sheet's name by default")
           ->type_name("DIR");
   html->expected(0, 1);
+  AddStrict(*verb, program);
   verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")
       ->type_name("N")
       ->check(CLI::Range(0U, 1024U));
