@@ -41,6 +41,7 @@ std::vector<MenuEntry>& DialogBody::MenuBeingBuilt() {
 void DialogBody::ClearLayout() {
   gadgets.clear();
   bitmapButtons.clear();
+  namesToSelect.clear();
   openGroups.clear();
   root = Gadget();
   menus.clear();

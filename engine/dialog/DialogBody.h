@@ -13,6 +13,7 @@ struct DialogBody {
   std::vector<Gadget*> openGroups;  // innermost last; the root is not among them
   std::unordered_map<host::LONG, Gadget*> gadgets;
   std::unordered_map<host::LONG, std::unique_ptr<host::BitmapButtonCustomGui>> bitmapButtons;
+  std::unordered_map<host::LONG, std::vector<host::String>> namesToSelect;  // of the rows that were removed, by list
   std::vector<MenuEntry> menus;
   std::vector<std::size_t> menuPath;  // of the sub-menu being built: index at each level
   host::String title;

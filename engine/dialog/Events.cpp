@@ -74,6 +74,7 @@ bool ChooseFromCombo(host::GeDialog& dialog, host::LONG id, host::LONG choice) {
 bool SelectLines(host::GeDialog& dialog, host::LONG list, const std::vector<host::LONG>& lines) {
   Gadget* gadget = Usable(dialog, list, GadgetKind::ListView);
   if (!gadget || !std::all_of(lines.begin(), lines.end(), [&](host::LONG line) { return IsLine(*gadget, line); })) return false;
+  DialogBody::Of(dialog).namesToSelect.erase(list);
   gadget->selection.DeselectAll();
   for (const host::LONG line : lines) gadget->selection.Select(line);
   TellChanged(dialog, gadget);

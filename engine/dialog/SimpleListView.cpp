@@ -1,4 +1,6 @@
 // The rows of a list gadget.
+#include <map>
+
 #include "engine/dialog/DialogBody.h"
 
 namespace host {
@@ -15,6 +17,47 @@ Gadget* ListOf(GeDialog* dialog, LONG id) {
   engine::DialogBody* body = dialog ? engine::BodyIfAlive(dialog) : nullptr;
   Gadget* gadget = body ? body->Find(id) : nullptr;
   return gadget && gadget->kind == GadgetKind::ListView ? gadget : nullptr;
+}
+
+// What a row is called: the text beside its check box, else its first text. Marks before the box say something about the row.
+String NameOf(const Gadget& list, const Row& row) {
+  const Column* name = nullptr;
+  bool afterBox = false;
+  for (const Column& column : list.listColumns) {
+    const bool isText = column.kind == LV_COLUMN_TEXT;
+    if (isText && (!name || afterBox)) name = &column;
+    if (isText && afterBox) break;
+    afterBox = column.kind == LV_COLUMN_CHECKBOX;
+  }
+  return name ? row.values.GetString(name->id) : String();
+}
+
+// Remembers the selected rows by name, except one that goes for good (its line, or -1), and deselects them.
+void RememberSelected(engine::DialogBody& body, Gadget& list, LONG goes) {
+  LONG first = 0;
+  LONG last = 0;
+  std::vector<String>& names = body.namesToSelect[list.id];
+  for (LONG segment = 0; list.selection.GetRange(segment, &first, &last); ++segment) {
+    for (LONG line = first; line <= last; ++line) {
+      if (line != goes) names.push_back(NameOf(list, list.listRows[static_cast<std::size_t>(line)]));
+    }
+  }
+  list.selection.DeselectAll();
+}
+
+// O(rows) where something was selected before rows were removed, else nothing.
+void SelectRemembered(engine::DialogBody& body, Gadget& list) {
+  const auto remembered = body.namesToSelect.find(list.id);
+  if (remembered == body.namesToSelect.end()) return;
+  std::map<String, int> wanted;
+  for (const String& name : remembered->second) ++wanted[name];
+  body.namesToSelect.erase(remembered);
+  for (std::size_t line = 0; line < list.listRows.size() && !wanted.empty(); ++line) {
+    const auto it = wanted.find(NameOf(list, list.listRows[line]));
+    if (it == wanted.end()) continue;
+    list.selection.Select(static_cast<LONG>(line));
+    if (--it->second == 0) wanted.erase(it);
+  }
 }
 
 Bool IsColumnKind(LONG kind) { return kind == LV_COLUMN_CHECKBOX || kind == LV_COLUMN_TEXT; }
@@ -86,19 +129,19 @@ Bool SimpleListView::RemoveItem(LONG id) {
   const auto it = list->lineOfRow.find(id);
   if (it == list->lineOfRow.end()) return FALSE;
   const std::size_t line = it->second;
+  RememberSelected(engine::DialogBody::Of(*dialog_), *list, static_cast<LONG>(line));
   list->lineOfRow.erase(it);
   list->listRows.erase(list->listRows.begin() + static_cast<std::ptrdiff_t>(line));
   RenumberFrom(*list, line);
-  list->selection.DeselectAll();
   return TRUE;
 }
 
 void SimpleListView::RemoveAll() {
   Gadget* list = ListOf(dialog_, id_);
   if (!list) return;
+  RememberSelected(engine::DialogBody::Of(*dialog_), *list, NOTOK);
   list->listRows.clear();
   list->lineOfRow.clear();
-  list->selection.DeselectAll();
 }
 
 Bool SimpleListView::GetSelection(BaseSelect* selection) const {
@@ -118,13 +161,17 @@ Bool SimpleListView::SetSelection(const BaseSelect& selection) {
   for (LONG segment = 0; selection.GetRange(segment, &first, &last); ++segment) {
     existing.SelectAll(first < 0 ? 0 : first, last < GetItemCount() ? last : GetItemCount() - 1);
   }
+  engine::DialogBody::Of(*dialog_).namesToSelect.erase(id_);
   list->selection = existing;
   engine::TellChanged(*dialog_, list);
   return TRUE;
 }
 
 void SimpleListView::DataChanged() {
-  if (const Gadget* list = ListOf(dialog_, id_)) engine::TellChanged(*dialog_, list);
+  Gadget* list = ListOf(dialog_, id_);
+  if (!list) return;
+  SelectRemembered(engine::DialogBody::Of(*dialog_), *list);
+  engine::TellChanged(*dialog_, list);
 }
 
 }  // namespace host

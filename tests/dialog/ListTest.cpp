@@ -72,6 +72,58 @@ TEST_F(List, RemovingRowsClearsTheSelection) {
   EXPECT_EQ(list_.GetItemCount(), 0);
 }
 
+// A rebuilt list does not forget where a person was, but nobody hears of it.
+TEST_F(List, ARebuiltListSelectsTheRowsOfTheSameNamesAgain) {
+  struct Case {
+    const char* what;
+    std::vector<host::LONG> selected;
+    std::vector<const char*> rebuilt;
+    const char* text;
+  };
+  for (const Case& each : {Case{"moved", {1}, {"a", "b2", "b"}, "  [ ] a\n  [ ] b2\n▸ [ ] b\n"},
+                           {"gone", {1}, {"a", "c"}, "  [ ] a\n  [ ] c\n"},
+                           {"several", {0, 2}, {"c", "b", "a"}, "▸ [ ] c\n  [ ] b\n▸ [ ] a\n"},
+                           {"of one name", {1}, {"b", "b"}, "▸ [ ] b\n  [ ] b\n"},
+                           {"none", {}, {"a", "b"}, "  [ ] a\n  [ ] b\n"}}) {
+    list_.RemoveAll();
+    host::LONG id = 0;
+    for (const char* name : {"a", "b", "c"}) Add(id++, name);
+    engine::SelectLines(dialog_, sample::kList, each.selected);
+    dialog_.Heard();
+    list_.RemoveAll();
+    EXPECT_EQ(Selected(), 0) << each.what;
+    id = 0;
+    for (const char* name : each.rebuilt) Add(id++, name);
+    list_.DataChanged();
+    EXPECT_EQ(Text(), each.text) << each.what;
+    EXPECT_EQ(dialog_.Heard(), "") << each.what;
+    list_.DataChanged();
+    EXPECT_EQ(Text(), each.text) << each.what << ", told again";
+  }
+}
+
+TEST_F(List, WhatIsSelectedMeanwhileComesFirst) {
+  for (const bool byThePlugin : {true, false}) {
+    list_.RemoveAll();
+    Add(0, "a");
+    Add(1, "b");
+    engine::SelectLines(dialog_, sample::kList, {0});
+    list_.RemoveAll();
+    Add(0, "a");
+    Add(1, "b");
+    host::BaseSelect second;
+    second.Select(1);
+    if (byThePlugin) list_.SetSelection(second);
+    if (!byThePlugin) engine::SelectLines(dialog_, sample::kList, {1});
+    list_.DataChanged();
+    EXPECT_EQ(Text(), "  [ ] a\n▸ [ ] b\n");
+  }
+  EXPECT_TRUE(list_.RemoveItem(1));
+  Add(2, "b");
+  list_.DataChanged();
+  EXPECT_EQ(Text(), "  [ ] a\n  [ ] b\n") << "a row that is gone is not selected again";
+}
+
 TEST_F(List, OnlyExistingLinesCanBeSelected) {
   Add(0, "row");
   Add(1, "row");
