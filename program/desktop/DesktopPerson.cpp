@@ -22,6 +22,7 @@ constexpr int kProgressSteps = 1000;
 constexpr int kLongestDoing = 70;
 constexpr double kUnknownShare = -1;
 constexpr int kNarrowestBox = 340;
+constexpr int kLongestAbout = 200;
 
 bool SaysItWarns(const std::string& text) {
   static const QRegularExpression kFirstWords("^\\s*(\\w+\\s+)?(warning|error)\\b", QRegularExpression::CaseInsensitiveOption);
@@ -29,10 +30,11 @@ bool SaysItWarns(const std::string& text) {
 }
 
 int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text, QMessageBox::StandardButtons buttons,
-            QMessageBox::StandardButton proposed) {
+            QMessageBox::StandardButton proposed, const QString& about = {}) {
   QMessageBox box(icon, QApplication::applicationDisplayName(), ToQt(text), buttons, window);
   box.setDefaultButton(proposed);
   box.setTextFormat(Qt::PlainText);
+  box.setInformativeText(about.size() > kLongestAbout ? about.left(kLongestAbout) + QChar(0x2026) : about);
   // A width for the text itself would take the place of what the text needs.
   if (auto* grid = qobject_cast<QGridLayout*>(box.layout())) {
     grid->addItem(new QSpacerItem(kNarrowestBox, 0), grid->rowCount(), 0, 1, grid->columnCount());
@@ -70,7 +72,8 @@ void DesktopPerson::Warn(const std::string& text) {
 bool DesktopPerson::Ask(const std::string& text) {
   EndProgress();
   const FreePointer pointer;
-  return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+  return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No, Concern::Present()) ==
+         QMessageBox::Yes;
 }
 
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {

@@ -38,7 +38,7 @@ std::string Trimmed(const std::string& text) {
 
 const Gadget* Labelled(const host::GeDialog& dialog, GadgetKind kind, const std::string& label) {
   for (const Gadget* gadget : AllOf(dialog, kind)) {
-    if (Trimmed(gadget->text.ToUtf8()) == label) return gadget;
+    if (label.empty() || Trimmed(gadget->text.ToUtf8()) == label) return gadget;
   }
   return nullptr;
 }
@@ -62,6 +62,8 @@ const Gadget& StagemarksDialog::List() const {
 bool StagemarksDialog::Fits() const {
   return List().listColumns.size() == kColumns && Labelled(*dialog_, GadgetKind::Button, "Load");
 }
+
+const Gadget* StagemarksDialog::Find(GadgetKind kind, const std::string& label) const { return Labelled(*dialog_, kind, label); }
 
 std::vector<Mark> StagemarksDialog::Marks() const {
   std::vector<Mark> marks;

@@ -25,6 +25,8 @@ class StagemarksDialog {
   host::GeDialog& Get() { return *dialog_; }
   // Whether the dialog is what this is for: it has the list and can load.
   bool Fits() const;
+  // The gadget of that kind and label, the first of its kind without one; null where there is none.
+  const engine::Gadget* Find(engine::GadgetKind kind, const std::string& label = "") const;
 
   // Rows in the order shown.
   std::vector<Mark> Marks() const;

@@ -62,12 +62,23 @@ Busy::~Busy() {
 FreePointer::FreePointer() { QGuiApplication::changeOverrideCursor(Qt::ArrowCursor); }
 FreePointer::~FreePointer() { QGuiApplication::changeOverrideCursor(Qt::WaitCursor); }
 
+namespace {
+
+const Concern* innermost = nullptr;
+
+}  // namespace
+
+Concern::Concern(const QString& text) : text_(text), around_(std::exchange(innermost, this)) {}
+Concern::~Concern() { innermost = around_; }
+QString Concern::Present() { return innermost ? innermost->text_ : QString(); }
+
 void Act(const SharedDialogLink& link, const QObject& from, const host::String& label, About about,
          const std::function<void(host::GeDialog&)>& act) {
   if (!link->dialog) return;
   const engine::ActName named(StepName(*link->dialog, label, about));
   std::optional<Busy> busy;
   if (WouldBeNoticed(*link->dialog)) busy.emplace(from, ToQt(label).simplified() + QChar(0x2026));
+  const Concern concern(link->concerns ? link->concerns(label) : QString());
   act(*link->dialog);
 }
 

@@ -33,6 +33,21 @@ class FreePointer {
   ~FreePointer();
 };
 
+// What the act that goes on is about, as long as this lives. Acts may begin within acts. Main thread.
+class Concern {
+ public:
+  explicit Concern(const QString& text);
+  Concern(const Concern&) = delete;
+  Concern& operator=(const Concern&) = delete;
+  ~Concern();
+  // Of the innermost act; empty where there is none.
+  static QString Present();
+
+ private:
+  QString text_;
+  const Concern* around_;
+};
+
 // What of a dialog an act is about: the row that is chosen in its list, or nothing more than its label says.
 enum class About { kChosenRow, kNothingMore };
 // Sends an act of a person to the dialog of the link, unless that is closed. `label`: of the gadget, as the dialog has it. Undo

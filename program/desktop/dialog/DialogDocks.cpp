@@ -5,6 +5,7 @@
 
 #include "program/desktop/EmptyListTexts.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/dialog/StagemarksUse.h"
 
 namespace desktop {
 
@@ -75,6 +76,7 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   view->titled = [dock, &dialog] { dock->setWindowTitle(ToQt(engine::DialogTitle(dialog))); };
   view->titled();
   view->SetEmptyListText(EmptyListText(engine::DialogPluginId(dialog)));
+  if (pictures::StagemarksDialog(dialog).Fits()) new StagemarksUse(*view);
   dock->setWidget(view);
   // A place that a saved layout has for it comes first.
   if (!window_.restoreDockWidget(dock)) {

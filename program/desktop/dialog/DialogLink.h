@@ -2,6 +2,8 @@
 // widgets is gone. The DialogView cuts it then. Shared by the widgets; main thread.
 #pragma once
 
+#include <QString>
+#include <functional>
 #include <memory>
 
 #include "engine/dialog/Dialogs.h"
@@ -10,6 +12,8 @@ namespace desktop {
 
 struct DialogLink {
   host::GeDialog* dialog = nullptr;  // null once closed
+  // What the act of that label is about, for questions that do not say so themselves; may be missing.
+  std::function<QString(const host::String& label)> concerns = {};
 
   // Null when the dialog is closed or has no such gadget any more.
   const engine::Gadget* Find(host::LONG id) const { return dialog ? engine::FindGadget(*dialog, id) : nullptr; }

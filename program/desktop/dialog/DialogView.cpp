@@ -86,6 +86,7 @@ void DialogView::DialogChanged(host::GeDialog& dialog, const engine::Gadget* gad
 
 void DialogView::CatchUp() {
   if (!link_->dialog) return;
+  if (changing) changing();
   const auto changed = std::exchange(changed_, {});
   if (std::exchange(changedWholly_, false)) {
     Build();
@@ -161,6 +162,7 @@ void DialogView::Build() {
   SetEmptyListText(emptyListText_);
   GiveWay();
   updateGeometry();
+  if (built) built();
 }
 
 QWidget* DialogView::BuildGroup(const engine::Gadget& group, QWidget* parent) {

@@ -31,11 +31,17 @@ class DialogView : public QWidget, private engine::DialogObserver {
   QSize sizeHint() const override;
   // What the lists of the dialog show while they have no rows.
   void SetEmptyListText(const QString& text);
+  // What an act of that label is about; told with questions that come up in it.
+  void SetConcerns(std::function<QString(const host::String& label)> concerns) { link_->concerns = std::move(concerns); }
   // Shows what has changed up to now at once.
   void CatchUp();
 
   // Called when the dialog has closed. The view may be deleted later, not inside.
   std::function<void()> closed;
+  // Called when the widgets have been built anew.
+  std::function<void()> built;
+  // Called before changes of the dialog are shown, while it works on nothing.
+  std::function<void()> changing;
   // Called when the title may have changed.
   std::function<void()> titled;
 

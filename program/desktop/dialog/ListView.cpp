@@ -1,8 +1,10 @@
 #include "program/desktop/dialog/ListView.h"
 
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QScrollBar>
+#include <QToolTip>
 #include <algorithm>
 
 #include "program/desktop/dialog/GadgetGrid.h"
@@ -90,7 +92,9 @@ void ListView::ShowSelection(const host::BaseSelect& selection) {
 QItemSelectionModel::SelectionFlags ListView::selectionCommand(const QModelIndex& index, const QEvent* event) const {
   const bool isMouse = event && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease ||
                                  event->type() == QEvent::MouseMove);
-  if (isMouse && rows_->IsCheckColumn(index.column())) return QItemSelectionModel::NoUpdate;
+  // What a context menu is asked for is chosen wherever one points.
+  const bool isRight = isMouse && static_cast<const QMouseEvent*>(event)->buttons() & Qt::RightButton;
+  if (isMouse && !isRight && rows_->IsCheckColumn(index.column())) return QItemSelectionModel::NoUpdate;
   return QTreeView::selectionCommand(index, event);
 }
 
@@ -110,19 +114,50 @@ void ListView::selectionChanged(const QItemSelection& selected, const QItemSelec
 void ListView::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) {
     ToggleSelected();
+  } else if (opened && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+    opened();
   } else {
     QTreeView::keyPressEvent(event);
   }
 }
 
+void ListView::mouseDoubleClickEvent(QMouseEvent* event) {
+  const QModelIndex index = indexAt(event->position().toPoint());
+  QTreeView::mouseDoubleClickEvent(event);
+  const bool isRow = index.isValid() && !rows_->IsCheckColumn(index.column());
+  if (opened && isRow && event->button() == Qt::LeftButton) opened();
+}
+
+bool ListView::viewportEvent(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return QTreeView::viewportEvent(event);
+  const auto* help = static_cast<QHelpEvent*>(event);
+  const QModelIndex index = indexAt(help->pos());
+  const QRect cell = visualRect(index);
+  const bool isWhole = viewport()->rect().contains(cell) && sizeHintForIndex(index).width() <= cell.width();
+  const QString text = index.data().toString().toHtmlEscaped();
+  QToolTip::showText(help->globalPos(), isWhole || text.isEmpty() ? toolTip() : "<qt>" + text + "</qt>", viewport());
+  return true;
+}
+
+int ListView::CheckColumn() const {
+  for (int column = 0; column < rows_->columnCount(); ++column) {
+    if (rows_->IsCheckColumn(column)) return column;
+  }
+  return -1;
+}
+
+bool ListView::AllChecked() const {
+  const QModelIndexList lines = selectionModel()->selectedRows(std::max(0, CheckColumn()));
+  return std::all_of(lines.begin(), lines.end(),
+                     [](const QModelIndex& line) { return line.data(Qt::CheckStateRole) == Qt::Checked; });
+}
+
 void ListView::ToggleSelected() {
-  int column = 0;
-  while (column < rows_->columnCount() && !rows_->IsCheckColumn(column)) ++column;
-  if (column == rows_->columnCount()) return;
-  const QModelIndexList lines = selectionModel()->selectedRows(column);
-  const bool all = std::all_of(lines.begin(), lines.end(),
-                               [](const QModelIndex& line) { return line.data(Qt::CheckStateRole) == Qt::Checked; });
-  for (const QModelIndex& line : lines) rows_->setData(line, all ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
+  if (CheckColumn() < 0) return;
+  const Qt::CheckState wanted = AllChecked() ? Qt::Unchecked : Qt::Checked;
+  for (const QModelIndex& line : selectionModel()->selectedRows(CheckColumn())) {
+    rows_->setData(line, wanted, Qt::CheckStateRole);
+  }
 }
 
 void ListView::resizeEvent(QResizeEvent* event) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QTreeView>
+#include <functional>
 
 #include "program/desktop/dialog/ListRows.h"
 
@@ -14,6 +15,11 @@ class ListView : public QTreeView {
 
   // Takes over rows, columns and selection of the gadget.
   void Show(const engine::Gadget& list);
+  // Called when a row is opened by Enter or a double click.
+  std::function<void()> opened;
+  // Whether all selected lines are checked; and flipping their check boxes, as the blank key does.
+  bool AllChecked() const;
+  void ToggleSelected();
   // Shown in place of rows while there are none.
   void SetEmptyText(const QString& text);
   QSize sizeHint() const override;
@@ -25,14 +31,17 @@ class ListView : public QTreeView {
   QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  // A text that is cut off shows whole in a tooltip.
+  bool viewportEvent(QEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
   host::BaseSelect SelectedLines() const;
   void ShowSelection(const host::BaseSelect& selection);
-  // Flips the check boxes of the selected lines, as the blank key does.
-  void ToggleSelected();
+  // The first column of check boxes, -1 without one.
+  int CheckColumn() const;
   struct Widths {
     std::vector<int> columns;  // each as wide as what it shows
     int filling = -1;          // the first text wider than a marker takes the rest, but stays readable

@@ -1,0 +1,160 @@
+#include "program/desktop/dialog/StagemarksUse.h"
+
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "program/desktop/Text.h"
+#include "program/desktop/dialog/ListView.h"
+
+namespace desktop {
+
+using engine::GadgetKind;
+using pictures::StagemarksDialog;
+
+namespace {
+
+constexpr const char* kLoad = "Load";
+constexpr const char* kDelete = "Delete";
+constexpr const char* kRename = "Rename";
+constexpr const char* kRecord = "Record Element";
+
+struct Explained {
+  GadgetKind kind;
+  const char* label;  // empty: the first one of its kind
+  const char* tip;
+};
+
+constexpr Explained kExplained[] = {
+    {GadgetKind::Button, kLoad, "Bring the scene into the state of the selected row (double click, Enter)"},
+    {GadgetKind::Button, kDelete, "Delete the selected Stagemark for good, after a question"},
+    {GadgetKind::Button, kRename, "Give the selected Stagemark the name in the field"},
+    {GadgetKind::EditText, "", "Name for the next recording, or for Rename (Enter records)"},
+    {GadgetKind::Button, kRecord, "Record the scene as it is now under the name in the field"},
+    {GadgetKind::Checkbox, "Generate Preview Image", "Recording also renders a small picture, for scenes that have been saved"},
+    {GadgetKind::Button, "Generate .C4D Files", "Write a scene file for each checked row, in the layout beside"},
+    {GadgetKind::ComboBox, "", "How the files are laid out, and whether textures come along"},
+    {GadgetKind::Checkbox, "Change Frame Range", "Give every written file these frames instead of its own"},
+    {GadgetKind::BitmapButton, "", "Preview of the selected Stagemark"},
+};
+
+}  // namespace
+
+StagemarksUse::StagemarksUse(DialogView& view) : QObject(&view), view_(view) {
+  view.built = [this] { Equip(); };
+  view.changing = [this] { KeepPicture(); };
+  view.SetConcerns([this](const host::String& label) { return ConcernOf(label); });
+  Equip();
+}
+
+void StagemarksUse::Equip() {
+  ExplainGadgets();
+  StagemarksDialog dialog(*view_.Dialog());
+  if (const engine::Gadget* gadget = dialog.Find(GadgetKind::EditText)) {
+    if (auto* field = dynamic_cast<QLineEdit*>(view_.WidgetOf(gadget->id))) {
+      connect(field, &QLineEdit::returnPressed, this, [this] { Press(kRecord); });
+    }
+  }
+  for (const char* label : {kRecord, kRename}) {
+    // After what the button itself does.
+    if (QAbstractButton* button = Button(label)) connect(button, &QAbstractButton::clicked, this, [this] { ChooseTyped(); });
+  }
+  ListView* list = List();
+  if (!list) return;
+  list->opened = [this] { Press(kLoad); };
+  list->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(list, &QWidget::customContextMenuRequested, this, [this](const QPoint& place) { ShowMenu(place); });
+}
+
+void StagemarksUse::ExplainGadgets() {
+  for (const Explained& row : kExplained) {
+    const engine::Gadget* gadget = StagemarksDialog(*view_.Dialog()).Find(row.kind, row.label);
+    if (QWidget* widget = gadget ? view_.WidgetOf(gadget->id) : nullptr) widget->setToolTip(row.tip);
+  }
+}
+
+QAbstractButton* StagemarksUse::Button(const char* label) const {
+  const engine::Gadget* gadget = view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::Button, label) : nullptr;
+  return gadget ? dynamic_cast<QAbstractButton*>(view_.WidgetOf(gadget->id)) : nullptr;
+}
+
+ListView* StagemarksUse::List() const {
+  const engine::Gadget* gadget = view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::ListView) : nullptr;
+  return gadget ? dynamic_cast<ListView*>(view_.WidgetOf(gadget->id)) : nullptr;
+}
+
+void StagemarksUse::Press(const char* button) {
+  if (QAbstractButton* found = Button(button)) found->click();
+}
+
+void StagemarksUse::ShowMenu(const QPoint& place) {
+  ListView* list = List();
+  if (!list || !list->indexAt(place).isValid()) return;
+  const bool one = !Chosen().empty();
+  QMenu menu(list);
+  const auto add = [&](const QString& text, bool enabled, std::function<void()> act) {
+    QAction* action = menu.addAction(text, this, std::move(act));
+    action->setEnabled(enabled);
+    return action;
+  };
+  menu.setDefaultAction(add(kLoad, one, [this] { Press(kLoad); }));
+  add(QString(kRename) + QChar(0x2026), one, [this] { Rename(); });
+  add(kDelete, one, [this] { Press(kDelete); });
+  menu.addSeparator();
+  add(list->AllChecked() ? "Uncheck" : "Check", true, [list] { list->ToggleSelected(); });
+  menu.exec(list->viewport()->mapToGlobal(place));
+}
+
+void StagemarksUse::Rename() {
+  const std::string former = Chosen();
+  bool meant = false;
+  const QString name = QInputDialog::getText(&view_, kRename, "New name:", QLineEdit::Normal, ToQt(former), &meant);
+  if (!meant || !view_.Dialog() || Chosen() != former || name == ToQt(former)) return;
+  StagemarksDialog dialog(*view_.Dialog());
+  if (dialog.Has(name.toStdString())) {
+    QMessageBox::information(&view_, kRename, "There is a Stagemark of that name already. Choose another name.");
+    return;
+  }
+  if (dialog.TypeName(name.toStdString())) Press(kRename);
+}
+
+std::string StagemarksUse::Chosen() const {
+  if (!view_.Dialog()) return {};
+  const engine::Gadget* list = StagemarksDialog(*view_.Dialog()).Find(GadgetKind::ListView);
+  if (!list || list->selection.GetCount() != 1) return {};
+  const auto names = StagemarksDialog(*view_.Dialog()).SelectedNames();
+  return names.empty() ? std::string() : names.front();
+}
+
+std::string StagemarksUse::TypedName() const {
+  const engine::Gadget* field = view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::EditText) : nullptr;
+  return field ? field->value.GetString().ToUtf8() : std::string();
+}
+
+void StagemarksUse::KeepPicture() {
+  const engine::Gadget* picture = StagemarksDialog(*view_.Dialog()).Find(GadgetKind::BitmapButton);
+  const std::string name = Chosen();
+  if (!picture || name.empty() || TypedName() != name) return;
+  const auto shown = [picture] { return picture->image.GetString().ToUtf8(); };
+  if (name == chosen_ && shown() != itsPicture_) StagemarksDialog(*view_.Dialog()).Select(name);
+  chosen_ = name;
+  itsPicture_ = shown();
+}
+
+void StagemarksUse::ChooseTyped() {
+  if (!view_.Dialog()) return;
+  StagemarksDialog dialog(*view_.Dialog());
+  const std::string name = TypedName();
+  if (dialog.Current() == name || Chosen().empty()) dialog.Select(name);
+}
+
+// Which Stagemark a question of the dialog is about, that does not say so itself.
+QString StagemarksUse::ConcernOf(const host::String& label) const {
+  const std::string text = label.ToUtf8();
+  const std::string name = text == kDelete ? Chosen() : text == kRecord ? TypedName() : std::string();
+  return name.empty() ? QString() : "Stagemark: " + ToQt(name);
+}
+
+}  // namespace desktop

@@ -1,0 +1,47 @@
+// StagemarksUse: what the desktop adds to the use of the Stagemarks dialog: Enter and double click, a context menu for rows,
+// tooltips, and a row and picture that stay when the scene changes. All of it goes through the dialog's own buttons, fields and
+// events, which are found by what they show. It belongs to its view. Main thread.
+#pragma once
+
+#include <QObject>
+
+#include "program/desktop/dialog/DialogView.h"
+#include "program/pictures/StagemarksDialog.h"
+
+class QAbstractButton;
+
+namespace desktop {
+
+class ListView;
+
+class StagemarksUse : public QObject {
+ public:
+  // Of a dialog for which StagemarksDialog::Fits.
+  explicit StagemarksUse(DialogView& view);
+
+ private:
+  // Once the widgets are there, and whenever they have been built anew.
+  void Equip();
+  void ExplainGadgets();
+  // Presses a button as a person does.
+  void Press(const char* button);
+  QAbstractButton* Button(const char* label) const;
+  ListView* List() const;
+  void ShowMenu(const QPoint& place);
+  void Rename();
+  // The name that is chosen; empty where not exactly one is.
+  std::string Chosen() const;
+  std::string TypedName() const;
+  // The dialog goes back to its default picture with every change of the scene. Chooses the row again, as a person would, as
+  // long as nothing else has been typed into the field, which choosing fills.
+  void KeepPicture();
+  // What was recorded or renamed is the chosen row.
+  void ChooseTyped();
+  QString ConcernOf(const host::String& label) const;
+
+  DialogView& view_;
+  std::string chosen_;      // what was chosen last
+  std::string itsPicture_;  // and what the dialog showed for it
+};
+
+}  // namespace desktop
