@@ -1,6 +1,7 @@
 // The render settings panel: list and values in step with the document, all of it through undo, and what is edited is what the
 // plug-in records and recalls.
 #include <QAbstractItemModelTester>
+#include <QMessageBox>
 
 #include "engine/undo/Undo.h"
 #include "host/Parameters.h"
@@ -42,6 +43,42 @@ struct WithSettings : Desk {
     Rest();
   }
 };
+
+// A recording's own copy is marked as such and goes only after a question; what hangs above it takes it along.
+TEST(RenderSettings, OfStagemarksAreMarkedAndAskBeforeTheyGo) {
+  WithSettings desk;
+  desk::RecordState(desk, "Noon <b>");
+  RenderData* kept = desk.first->GetNext();
+  ASSERT_NE(kept, nullptr);
+  EXPECT_FALSE(desk.IndexOf(kept).data(Qt::DecorationRole).isNull());
+  EXPECT_TRUE(desk.IndexOf(kept).data(Qt::ToolTipRole).toString().contains("Noon &lt;b&gt;"));
+  EXPECT_TRUE(desk.IndexOf(desk.first).data(Qt::DecorationRole).isNull());
+  EXPECT_TRUE(desk.IndexOf(desk.first).data(Qt::ToolTipRole).isNull());
+  desk.Do("New Render Settings");
+  RenderData* above = kept->GetNext();
+  kept->Remove();
+  Scene().InsertRenderData(kept, above, nullptr);
+  host::EventAdd();
+  Desk::Rest();
+  for (const auto& [chosen, answer, stays] :
+       {std::tuple{kept, QMessageBox::No, true}, {above, QMessageBox::No, true}, {above, QMessageBox::Yes, false}}) {
+    desk.Panel().List().expandAll();
+    desk.Click(chosen, RenderSettingsRows::kName);
+    QString told;
+    desk::AnswerNext<QMessageBox>([&, answer = answer](QMessageBox& box) {
+      EXPECT_EQ(box.defaultButton(), box.button(QMessageBox::No));
+      told = box.informativeText();
+      box.button(answer)->click();
+    });
+    desk.Do("Delete Render Settings");
+    EXPECT_EQ(told.toStdString(), "Stagemarks: \u201cNoon <b>\u201d");
+    EXPECT_EQ(desk.first->GetNext() == above, stays);
+  }
+  desk.Do("New Render Settings");
+  desk.Click(desk.first->GetNext(), RenderSettingsRows::kName);
+  desk.Do("Delete Render Settings");
+  EXPECT_EQ(desk.first->GetNext(), nullptr) << "those of nobody go at once";
+}
 
 TEST(RenderSettings, AreAddedCopiedAndActivatedThroughUndo) {
   WithSettings desk;

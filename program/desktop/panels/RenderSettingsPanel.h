@@ -21,6 +21,8 @@ class RenderSettingsPanel : public QWidget, public DocumentView {
  private:
   void BuildActions(QWidget& side);
   void Add(host::BaseDocument& doc);
+  // Asks where what goes belongs to Stagemarks.
+  bool MayDelete(const host::BaseDocument& doc, const SettingsList& settings);
 
   RenderSettingsList* list_;
   AttributesView* values_;

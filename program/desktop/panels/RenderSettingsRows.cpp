@@ -1,5 +1,6 @@
 #include "program/desktop/panels/RenderSettingsRows.h"
 
+#include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {
@@ -42,10 +43,16 @@ QString CellText(const RenderData& settings, int column) {
 }  // namespace
 
 bool RenderSettingsRows::Update(host::BaseDocument* doc) {
+  stagemarks_ = FindStagemarkSettings(doc);
   return TakeWhatDiffers(doc, FlatTree(doc ? doc->GetFirstRenderData() : nullptr));
 }
 
 RenderData* RenderSettingsRows::SettingsAt(const QModelIndex& index) const { return engine::AsRenderData(NodeAt(index)); }
+
+QString RenderSettingsRows::StagemarkOf(const RenderData& settings) const {
+  const auto it = stagemarks_.find(engine::IdOf(settings));
+  return it == stagemarks_.end() ? QString() : it->second;
+}
 
 SettingsList RenderSettingsRows::SettingsAt(const QModelIndexList& rows) const {
   SettingsList settings;
@@ -65,15 +72,26 @@ QVariant RenderSettingsRows::data(const QModelIndex& index, int role) const {
       return isActive;
     case Qt::DisplayRole:
       return isDot ? QVariant() : CellText(*settings, index.column());
+    case Qt::DecorationRole:
+      return index.column() == kName && !StagemarkOf(*settings).isNull() ? QVariant(Icon("stagemark")) : QVariant();
     case Qt::EditRole:
       return index.column() == kName ? QVariant(ToQt(settings->GetName())) : QVariant();
     case Qt::ToolTipRole:
     case Qt::AccessibleTextRole:
       if (isDot) return isActive ? "Active: pictures are rendered with these" : "Click to render with these";
-      return {};
+      return BelongsText(index, role);
     default:
       return {};
   }
+}
+
+QVariant RenderSettingsRows::BelongsText(const QModelIndex& index, int role) const {
+  const RenderData* settings = index.column() == kName ? SettingsAt(index) : nullptr;
+  const QString stagemark = settings ? StagemarkOf(*settings) : QString();
+  if (stagemark.isNull()) return {};
+  const QString whole = "Belongs to the Stagemark \u201c" + NameInRow(ToHost(stagemark)) + "\u201d";
+  return role == Qt::ToolTipRole ? "<qt>" + whole.toHtmlEscaped() + "</qt>"
+                                 : NameInRow(settings->GetName()) + ", belongs to a Stagemark";
 }
 
 QVariant RenderSettingsRows::headerData(int section, Qt::Orientation orientation, int role) const {

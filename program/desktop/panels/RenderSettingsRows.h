@@ -4,6 +4,7 @@
 
 #include "program/desktop/Dragging.h"
 #include "program/desktop/panels/RenderSettingsActs.h"
+#include "program/desktop/panels/StagemarkSettings.h"
 #include "program/desktop/panels/TreeRows.h"
 
 namespace desktop {
@@ -22,6 +23,8 @@ class RenderSettingsRows : public TreeRows {
 
   // Null where there are none any more.
   host::RenderData* SettingsAt(const QModelIndex& index) const;
+  // Name of the Stagemark that they belong to, as it was at the last Update; empty for none.
+  QString StagemarkOf(const host::RenderData& settings) const;
   SettingsList SettingsAt(const QModelIndexList& rows) const;
 
   int columnCount(const QModelIndex& = {}) const override { return kColumnCount; }
@@ -38,6 +41,11 @@ class RenderSettingsRows : public TreeRows {
   bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) override {
     return MoveTo(DroppedNodes(data, kRenderSettingsMime), row, parent);
   }
+
+ private:
+  QVariant BelongsText(const QModelIndex& index, int role) const;
+
+  StagemarkSettings stagemarks_;
 };
 
 }  // namespace desktop
