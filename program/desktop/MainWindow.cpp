@@ -109,7 +109,10 @@ void MainWindow::LookAtWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kin
 void MainWindow::BuildMenus() {
   BuildFileMenu(*menuBar()->addMenu("&File"), *this);
   editMenu_ = new EditMenu(*menuBar()->addMenu("&Edit"), *this);
-  BuildViewMenu(*menuBar()->addMenu("&View"), *this);
+  cameraActs_ = new CameraActs(*this);
+  QMenu& create = *menuBar()->addMenu("&Create");
+  BuildCreateMenu(create, *this);
+  BuildViewMenu(*menuBar()->addMenu("&View"), create, *this);
   BuildRenderMenu(*menuBar()->addMenu("&Render"), *this);
   BuildPluginMenu(*menuBar()->addMenu("&Plug-ins"), *this);
   BuildWindowMenu(*menuBar()->addMenu("&Window"), *this);
@@ -138,6 +141,7 @@ void MainWindow::Beat() {
   LookAtFileSoon(doc);
   tabs_->Follow(doc);
   view_->Follow(doc);
+  cameraActs_->Follow(doc);
   panels_.Follow(doc);
 }
 

@@ -10,6 +10,7 @@
 #include "program/desktop/DocumentTabs.h"
 #include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
+#include "program/desktop/menus/CameraActs.h"
 #include "program/desktop/menus/EditMenu.h"
 #include "program/desktop/panels/MaterialThumbnails.h"
 #include "program/desktop/panels/ObjectPanel.h"
@@ -36,6 +37,7 @@ class MainWindow : public QMainWindow {
   // What the attributes are of; a panel may put its own elements there.
   LookedAt& Looking() { return lookedAt_; }
   EditMenu& Edit() { return *editMenu_; }
+  CameraActs& Cameras() { return *cameraActs_; }
   // Offers what a desktop that crashed has left.
   void OfferLostWork();
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
@@ -75,6 +77,7 @@ class MainWindow : public QMainWindow {
   Viewport* view_;
   ObjectPanel* objects_;
   EditMenu* editMenu_ = nullptr;
+  CameraActs* cameraActs_ = nullptr;
   host::ULLONG lookedAtFile_ = 0;  // the document whose file was looked at since a person came back to it
   QTimer look_;
   QByteArray firstLayout_;

@@ -13,11 +13,12 @@
 #include "host/BaseObject.h"
 #include "program/desktop/view/EditorCamera.h"
 #include "program/desktop/view/Outline.h"
-#include "tests/desktop/Desk.h"
+#include "tests/desktop/WithCube.h"
 
 namespace {
 
 using desk::Desk;
+using desk::WithCube;
 using desktop::EditorCamera;
 
 double Distance(const host::Vector& a, const host::Vector& b) { return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z); }
@@ -76,26 +77,6 @@ TEST(EditorCamera, WhatIsGoneAroundAndComeNearToKeepsItsPlaceInThePicture) {
   EXPECT_NEAR(SeenAt(camera, point).y, before.y, 1e-6);
   EXPECT_NEAR(SeenAt(camera, point).z, before.z / 4, 1e-6);
 }
-
-struct WithCube : Desk {
-  host::BaseObject* cube = host::BaseObject::Alloc(host::Ocube);
-
-  WithCube() {
-    host::GetActiveDocument()->AppendObject(cube);
-    Window().Beat();
-    WaitForPicture();
-  }
-  desktop::Viewport& View() { return Window().View(); }
-  bool WaitForPicture() {
-    return QTest::qWaitFor(
-        [this] {
-          Window().Beat();
-          return View().IsFinished();
-        },
-        20000);
-  }
-  QRgb Middle() { return View().Picture().pixel(View().Picture().rect().center()); }
-};
 
 TEST(Viewport, ShowsWhatIsThereAndWhatChanges) {
   WithCube desk;
@@ -284,7 +265,7 @@ TEST(Viewport, FramesTheSelectionAndSaysThroughWhatItLooks) {
   EXPECT_EQ(desk.View().EyeName(), "Editor camera");
   EXPECT_EQ(desk.View().Camera().frame.v3, frame.v3) << "it stays turned as it was";
   desk.View().LookThrough(engine::IdOf(*camera));
-  EXPECT_EQ(desk.View().EyeName(), "Camera: Far");
+  EXPECT_EQ(desk.View().EyeName(), "Scene camera: Far");
   ASSERT_TRUE(desk.WaitForPicture());
   EXPECT_EQ(desk.View().Camera().frame.off, frame.off);
   frame.off.z = -3000;

@@ -1,6 +1,6 @@
 // One whole story, with mouse and keys only, on the sample scene: import, move objects and layers, hide, record, change
-// materials, record again, recall, undo, export, contact sheet, delete, save under another name, close and start again. Each
-// chapter looks at what came of it.
+// materials, record again, recall, undo, make a camera and fly it, export, contact sheet, delete, save under another name, close
+// and start again. Each chapter looks at what came of it.
 #include <gtest/gtest.h>
 
 #include <QFileDialog>
@@ -122,6 +122,7 @@ class Story : public testing::Test {
   void HideTwoAndRecord();
   void ChangeAMaterialAndRecord();
   void RecallAndUndo();
+  void RecordACamera();
   void Export();
   void MakeASheet();
   void DeleteOne();
@@ -287,6 +288,50 @@ void Story::RecallAndUndo() {
   Undo();
 }
 
+// From a view to a camera that a state holds: what one looks at meanwhile is nothing to it.
+void Story::RecordACamera() {
+  desktop::Viewport& view = Window().View();
+  const auto finished = [&view] { return QTest::qWaitFor([&view] { return view.IsFinished(); }, 60000); };
+  const auto turn = [&] {
+    hands::Click(view, {5, view.height() - 5});
+    for (int i = 0; i < 6; ++i) hands::Press("Right");
+    ASSERT_TRUE(finished());
+  };
+  turn();
+  const host::Matrix wanted = view.Camera().frame;
+  hands::Choose(*Window().menuBar(), "Create", "New Camera from View");
+  EXPECT_EQ(view.Plate().Shown().recorded, "no camera");
+  EXPECT_TRUE(pictures::Write(view, "viewport-new-camera"));
+  hands::Click(view.Plate().MakeSceneCamera());
+  EXPECT_EQ(view.EyeName(), "Scene camera: Camera");
+  EXPECT_EQ(view.Plate().Shown().recorded, "");
+  Record("From aside");
+  turn();
+  EXPECT_EQ(view.Plate().Shown().recorded, "Camera");
+  EXPECT_NE(view.Camera().frame, wanted);
+  const QModelIndex row =
+      List().model()->match(List().model()->index(0, kName), Qt::DisplayRole, "From aside", 1, Qt::MatchExactly).value(0);
+  hands::Click(List(), row);
+  Press(kLoad);
+  ASSERT_TRUE(finished());
+  EXPECT_EQ(view.EyeName(), "Scene camera: Camera");
+  EXPECT_EQ(view.Camera().frame, wanted);
+  // Who flies it moves the camera, and takes it back.
+  hands::Click(view.Plate().Fly());
+  hands::Press("Right");
+  ASSERT_TRUE(finished());
+  EXPECT_EQ(view.EyeName(), "Scene camera: Camera");
+  EXPECT_NE(view.Camera().frame, wanted);
+  hands::Press("ctrl+z");
+  ASSERT_TRUE(finished());
+  EXPECT_EQ(view.Camera().frame, wanted);
+  hands::Click(List(), row);
+  ClickNext(QMessageBox::Yes);
+  Press(kDelete);
+  (void)TakeTold();
+  EXPECT_EQ(Rows(), "[ ] Other ground\n[ ] Two hidden\n");
+}
+
 void Story::Export() {
   hands::Choose(Window().Docks().ViewOf(*desk_.Dialog())->Menus(), "Edit", "Check All Elements");
   EXPECT_EQ(Rows(), "[x] Other ground\n[x] Two hidden\n");
@@ -368,7 +413,8 @@ TEST_F(Story, FromTheSampleToTheNextStart) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return Window().View().IsFinished(); }, 60000));
   EXPECT_TRUE(pictures::Write(Window(), "main-window-story"));
   EXPECT_TRUE(pictures::Write(*desk_.PluginDock(), "dialog-story"));
-  live({&Story::Export, &Story::MakeASheet, &Story::DeleteOne, &Story::SaveAsOther, &Story::CloseAndComeBack});
+  live({&Story::RecordACamera, &Story::Export, &Story::MakeASheet, &Story::DeleteOne, &Story::SaveAsOther,
+        &Story::CloseAndComeBack});
 }
 
 }  // namespace

@@ -14,7 +14,9 @@ class MainWindow;
 QAction* AddEntry(QMenu& menu, const QString& text, const QKeySequence& keys, std::function<void()> work);
 
 void BuildFileMenu(QMenu& menu, MainWindow& window);
-void BuildViewMenu(QMenu& menu, MainWindow& window);
+void BuildCreateMenu(QMenu& menu, MainWindow& window);
+// `create`: the menu of what one creates, which stands in the context menu of the picture, too.
+void BuildViewMenu(QMenu& menu, QMenu& create, MainWindow& window);
 void BuildRenderMenu(QMenu& menu, MainWindow& window);
 void BuildPluginMenu(QMenu& menu, MainWindow& window);
 void BuildWindowMenu(QMenu& menu, MainWindow& window);

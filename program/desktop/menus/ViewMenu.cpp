@@ -37,7 +37,7 @@ void FillCameraMenu(QMenu& menu, Viewport& view) {
   if (count == 0) menu.addAction("No cameras in this scene")->setEnabled(false);
 }
 
-void AddEntries(QMenu& menu, Viewport& view) {
+void AddEntries(QMenu& menu, Viewport& view, const CameraActs& acts) {
   AddPictureEntry(menu, "Frame &Selection", {QKeySequence("S"), QKeySequence("F")}, view, [&view] { view.FrameSelection(); });
   AddPictureEntry(menu, "Frame &All", {QKeySequence("A"), QKeySequence("Home")}, view, [&view] { view.FrameAll(); });
   menu.addSeparator();
@@ -45,6 +45,8 @@ void AddEntries(QMenu& menu, Viewport& view) {
   AddEntry(menu, "Look Through &Editor Camera", QKeySequence("Ctrl+Shift+K"), [&view] { view.LookThroughEditorCamera(); });
   QMenu* cameras = menu.addMenu("&Look Through");
   QObject::connect(cameras, &QMenu::aboutToShow, cameras, [cameras, &view] { FillCameraMenu(*cameras, view); });
+  menu.addSeparator();
+  menu.addActions(acts.ForCameras());
 }
 
 void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, Switch which) {
@@ -60,8 +62,10 @@ void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, Switch
   }
 }
 
-void FillContextMenu(QMenu& menu, const QMenu& view, const EditMenu& edit) {
+void FillContextMenu(QMenu& menu, const QMenu& view, QMenu& create, const EditMenu& edit) {
   menu.addActions(view.actions());
+  menu.addSeparator();
+  menu.addMenu(&create);
   menu.addSeparator();
   host::BaseDocument* doc = host::GetActiveDocument();
   if (doc && doc->GetActiveObject()) {
@@ -74,10 +78,10 @@ void FillContextMenu(QMenu& menu, const QMenu& view, const EditMenu& edit) {
 
 }  // namespace
 
-void BuildViewMenu(QMenu& menu, MainWindow& window) {
+void BuildViewMenu(QMenu& menu, QMenu& create, MainWindow& window) {
   Viewport& view = window.View();
-  AddEntries(menu, view);
-  view.fillMenu = [&menu, &window](QMenu& context) { FillContextMenu(context, menu, window.Edit()); };
+  AddEntries(menu, view, window.Cameras());
+  view.fillMenu = [&menu, &create, &window](QMenu& context) { FillContextMenu(context, menu, create, window.Edit()); };
 }
 
 }  // namespace desktop

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "engine/scene/Frames.h"
+
 namespace desktop {
 
 namespace {
@@ -14,7 +16,7 @@ constexpr double kSteepest = 0.4999 * std::numbers::pi;
 constexpr double kNearest = 1e-3;
 constexpr double kFarthest = 1e9;
 
-double DotOf(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+using engine::DotOf;
 
 Vector Along(const Vector& from, const Vector& way, double length) {
   return {from.x + way.x * length, from.y + way.y * length, from.z + way.z * length};
@@ -30,7 +32,7 @@ host::Matrix Turned(double heading, double pitch) {
 
 }  // namespace
 
-EditorCamera::EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest) : lens_(camera) {
+EditorCamera::EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest, Lean lean) : lens_(camera) {
   const Vector& forward = camera.frame.v3;
   heading_ = std::atan2(forward.x, forward.z);
   pitch_ = std::clamp(std::asin(std::clamp(forward.y / std::sqrt(DotOf(forward, forward)), -1.0, 1.0)), -kSteepest, kSteepest);
@@ -39,8 +41,12 @@ EditorCamera::EditorCamera(const engine::PictureCamera& camera, const engine::Bo
     const double depth = DotOf(Along({middle.x, middle.y, middle.z}, camera.frame.off, -1), Turned(heading_, pitch_).v3);
     if (std::isfinite(depth) && depth > kNearest) distance_ = depth;
   }
+  if (lean == Lean::Keep) lean_ = engine::FrameInside(Turned(heading_, pitch_), camera.frame).value_or(host::Matrix());
+  lean_.off = {};
   target_ = Along(camera.frame.off, Turned(heading_, pitch_).v3, distance_);
 }
+
+host::Matrix EditorCamera::Frame() const { return engine::Combined(Turned(heading_, pitch_), lean_); }
 
 double EditorCamera::SeenWidth() const { return lens_.isParallel ? lens_.width : 2 * distance_ * std::tan(lens_.fov / 2); }
 
@@ -48,6 +54,9 @@ void EditorCamera::Orbit(double heading, double pitch, const std::optional<Vecto
   const Vector centre = around.value_or(target_);
   const Vector way = Along(target_, centre, -1);
   const host::Matrix from = Turned(heading_, pitch_);
+  // What is seen follows the hand in a picture that is mirrored or upside down, too.
+  if (lean_.v1.x < 0) heading = -heading;
+  if (lean_.v2.y < 0) pitch = -pitch;
   heading_ = std::remainder(heading_ + heading, 2 * std::numbers::pi);
   pitch_ = std::clamp(pitch_ + pitch, -kSteepest, kSteepest);
   const host::Matrix to = Turned(heading_, pitch_);
@@ -56,9 +65,9 @@ void EditorCamera::Orbit(double heading, double pitch, const std::optional<Vecto
 }
 
 void EditorCamera::Slide(double right, double down) {
-  const host::Matrix frame = Turned(heading_, pitch_);
+  const host::Matrix frame = Frame();
   const double width = SeenWidth();
-  target_ = Along(Along(target_, frame.v1, -right * width), frame.v2, down * width);
+  target_ = Along(Along(target_, engine::UnitOf(frame.v1), -right * width), engine::UnitOf(frame.v2), down * width);
 }
 
 void EditorCamera::Zoom(double factor, const std::optional<Vector>& toward) {
@@ -70,15 +79,15 @@ void EditorCamera::Zoom(double factor, const std::optional<Vector>& toward) {
 }
 
 Vector EditorCamera::PointAt(double right, double down, double aspect) const {
-  const host::Matrix frame = Turned(heading_, pitch_);
+  const host::Matrix frame = Frame();
   const double width = SeenWidth();
-  return Along(Along(target_, frame.v1, right * width), frame.v2, -down * width / aspect);
+  return Along(Along(target_, engine::UnitOf(frame.v1), right * width), engine::UnitOf(frame.v2), -down * width / aspect);
 }
 
 engine::PictureCamera EditorCamera::Camera() const {
   engine::PictureCamera camera = lens_;
-  camera.frame = Turned(heading_, pitch_);
-  camera.frame.off = Along(target_, camera.frame.v3, -distance_);
+  camera.frame = Frame();
+  camera.frame.off = Along(target_, Turned(heading_, pitch_).v3, -distance_);
   return camera;
 }
 

@@ -1,5 +1,5 @@
 // EditorCamera: the camera that a person moves in the viewport: it looks at a target from a distance under two angles, so that it
-// can go around it, slide and come nearer, always upright. A value; any thread.
+// can go around it, slide and come nearer. A value; any thread.
 #pragma once
 
 #include <optional>
@@ -10,10 +10,12 @@ namespace desktop {
 
 class EditorCamera {
  public:
+  // What becomes of a camera that leans to a side, is scaled or mirrored: it stands upright from now on, or stays so.
+  enum class Lean { Straighten, Keep };
+
   EditorCamera() = default;
-  // Looks as `camera` does; `interest` is what it goes around, taken at its depth in the middle of the picture. A camera that
-  // leans to a side stands upright from now on.
-  EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest);
+  // Looks as `camera` does; `interest` is what it goes around, taken at its depth in the middle of the picture.
+  EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest, Lean lean = Lean::Straighten);
 
   // By radians: around a point, the target where none is given, and up and down as far as straight above and below.
   void Orbit(double heading, double pitch, const std::optional<host::Vector>& around = {});
@@ -29,8 +31,10 @@ class EditorCamera {
 
  private:
   double SeenWidth() const;
+  host::Matrix Frame() const;
 
   engine::PictureCamera lens_;
+  host::Matrix lean_;  // the frame within the upright one
   host::Vector target_;
   double distance_ = 1000;
   double heading_ = 0;

@@ -28,6 +28,10 @@ void SceneFeed::Follow(const host::BaseDocument* doc) {
   if (doc) Start(*doc);
 }
 
+void SceneFeed::TakeAsRead(const host::BaseDocument& doc, host::ULLONG since) {
+  if (!scan_ && doc_ == IdentityOf(&doc) && count_ == since) count_ = engine::ChangeCount(doc);
+}
+
 void SceneFeed::Forget() {
   doc_ = 0;
   scan_.reset();

@@ -20,6 +20,8 @@ class SceneFeed {
 
   // Begins to read where the document is another one or has changed since; null reads nothing.
   void Follow(const host::BaseDocument* doc);
+  // Nothing that is read has changed since the document had that change count.
+  void TakeAsRead(const host::BaseDocument& doc, host::ULLONG since);
   // Forgets what was read: the next Follow reads again.
   void Forget();
   bool IsReading() const { return scan_.has_value(); }

@@ -38,6 +38,7 @@ const char* const kHelp =
 Viewport::Viewport(QWidget* parent)
     : QWidget(parent),
       feed_(caches_, {.editorView = true}, [this](engine::ScenePicture scene) { TakeScene(std::move(scene)); }),
+      plate_(new EyePlate(this)),
       worker_(caches_, [this](const PicturePass& pass) { Passed(pass); }) {
   setFocusPolicy(Qt::StrongFocus);
   setAttribute(Qt::WA_OpaquePaintEvent);
@@ -46,7 +47,10 @@ Viewport::Viewport(QWidget* parent)
   setToolTipDuration(6000);
   calm_.setSingleShot(true);
   calm_.setInterval(kMillisecondsOfCalm);
-  connect(&calm_, &QTimer::timeout, this, [this] { Begin(false); });
+  connect(&calm_, &QTimer::timeout, this, [this] {
+    if (!dragging_) Land();
+    Begin(false);
+  });
 }
 
 void Viewport::Follow(host::BaseDocument* doc) {
@@ -57,8 +61,31 @@ void Viewport::Follow(host::BaseDocument* doc) {
     framing_ = Framing::None;
     DropPicture();
     finished_ = false;
+    cameraSets_ = doc ? engine::SceneCameraSetCount(*doc) : 0;
+    recordedCamera_ = doc ? engine::SceneCameraIdOf(*doc) : 0;
+  }
+  if (doc && (engine::SceneCameraSetCount(*doc) != cameraSets_ || engine::SceneCameraIdOf(*doc) != recordedCamera_)) {
+    ShowSceneCamera();
   }
   feed_.Follow(doc);
+  ShowPlate();
+}
+
+// A camera that was set is seen at once; with none set one looks with the editor camera, from where it was left.
+void Viewport::ShowSceneCamera() {
+  const host::BaseDocument& doc = *FindOpenDocument(doc_);
+  cameraSets_ = engine::SceneCameraSetCount(doc);
+  recordedCamera_ = engine::SceneCameraIdOf(doc);
+  const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
+  sceneCamera_ = camera ? engine::CameraOf(*camera) : std::nullopt;
+  if (!sceneCamera_ && !editor_) StayWithoutCamera();
+  eye_ = Eye::Scene;
+  framing_ = Framing::None;
+  Refresh();
+}
+
+void Viewport::StayWithoutCamera() {
+  if (!picture_.isNull()) editor_.emplace(lookedThrough_, bounds_);
 }
 
 void Viewport::ReadAgain() {
@@ -81,7 +108,9 @@ void Viewport::DropPicture() {
 void Viewport::TakeScene(engine::ScenePicture scene) {
   const bool isFirst = fingerprint_ == 0;
   const bool looksNew = isFirst || scene.fingerprint != fingerprint_;
+  const bool hadCamera = eye_ == Eye::Scene ? sceneCamera_.has_value() : eye_ == Eye::Object;
   sceneCamera_ = scene.hasSceneCamera ? std::optional(scene.camera) : std::nullopt;
+  if (hadCamera && !CameraObject()) StayWithoutCamera();
   const bool moved = !IsSameCamera(EyeCamera(), sentCamera_);
   TakeMarks(scene.selected);
   if (looksNew) {
@@ -123,6 +152,26 @@ void Viewport::LookThroughEditorCamera() {
   Refresh();
 }
 
+host::BaseObject* Viewport::CameraObject() const {
+  host::BaseDocument* doc = FindOpenDocument(doc_);
+  if (!doc || eye_ == Eye::Editor) return nullptr;
+  host::BaseObject* camera =
+      eye_ == Eye::Scene ? doc->GetRenderBaseDraw()->GetSceneCamera(doc) : engine::AsObject(engine::FindNode(doc, eyeObject_));
+  return camera && engine::CameraOf(*camera) ? camera : nullptr;
+}
+
+void Viewport::LetFly(bool flies) {
+  Land();
+  const host::BaseObject* camera = CameraObject();
+  mayFly_ = flies && camera && WhyFixed(*camera).empty() ? engine::IdOf(*camera) : 0;
+  ShowPlate();
+}
+
+bool Viewport::Flies() const {
+  const host::BaseObject* camera = mayFly_ != 0 ? CameraObject() : nullptr;
+  return camera && engine::IdOf(*camera) == mayFly_ && WhyFixed(*camera).empty();
+}
+
 void Viewport::LookThrough(engine::NodeId camera) {
   eye_ = Eye::Object;
   eyeObject_ = camera;
@@ -131,13 +180,31 @@ void Viewport::LookThrough(engine::NodeId camera) {
 }
 
 QString Viewport::EyeName() const {
-  const host::BaseDocument* doc = Shown();
-  if (doc && eye_ == Eye::Scene && sceneCamera_) {
-    const host::BaseObject* camera = doc->GetRenderBaseDraw()->GetSceneCamera(doc);
-    return "Scene camera: " + (camera ? ToQt(camera->GetName()) : QString());
+  const host::BaseObject* camera = Shown() ? CameraObject() : nullptr;
+  if (!camera) return "Editor camera";
+  const host::BaseDocument& doc = *camera->GetDocument();
+  const bool isScenes = doc.GetRenderBaseDraw()->GetSceneCamera(&doc) == camera;
+  return (isScenes ? "Scene camera: " : "Camera: ") + ToQt(camera->GetName());
+}
+
+void Viewport::ShowPlate() {
+  const host::BaseDocument* doc = picture_.isNull() ? nullptr : Shown();
+  const host::BaseObject* camera = doc ? CameraObject() : nullptr;
+  if (!camera || engine::IdOf(*camera) != mayFly_) mayFly_ = 0;
+  EyePlate::State state;
+  if (doc) {
+    const host::BaseObject* recorded = doc->GetRenderBaseDraw()->GetSceneCamera(doc);
+    state.seen = EyeName();
+    if (!camera || camera != recorded) state.recorded = recorded ? ToQt(recorded->GetName()) : QString("no camera");
+    state.throughCamera = camera != nullptr;
   }
-  const host::BaseList2D* camera = eye_ == Eye::Object ? engine::FindNode(doc, eyeObject_) : nullptr;
-  return camera ? "Camera: " + ToQt(camera->GetName()) : QString("Editor camera");
+  plate_->Show(state);
+}
+
+void Viewport::LeaveViewWithDocument() {
+  host::BaseDocument* doc = FindOpenDocument(doc_);
+  if (!doc || size().isEmpty() || picture_.isNull()) return;
+  engine::SetEditorView(*doc, engine::EditorView{EyeCamera().value_or(lookedThrough_), static_cast<double>(width()) / height()});
 }
 
 const host::BaseDocument* Viewport::Shown() const {
@@ -163,6 +230,33 @@ EditorCamera& Viewport::Editor() {
   return *editor_;
 }
 
+EditorCamera& Viewport::Moving() {
+  if (!Flies()) return Editor();
+  const host::BaseObject& camera = *CameraObject();
+  // Somebody else may have moved it since.
+  if (flying_ && !flight_.GoesOn(*camera.GetDocument(), camera)) flying_.reset();
+  if (!flying_) flying_.emplace(*engine::CameraOf(camera), bounds_, EditorCamera::Lean::Keep);
+  return *flying_;
+}
+
+void Viewport::Moved() {
+  if (host::BaseObject* camera = flying_ && Flies() ? CameraObject() : nullptr) PutFlying(*camera, flying_->Camera());
+  Refresh();
+}
+
+void Viewport::PutFlying(host::BaseObject& camera, const engine::PictureCamera& view) {
+  host::BaseDocument& doc = *camera.GetDocument();
+  const host::ULLONG before = engine::ChangeCount(doc);
+  flight_.Move(doc, camera, view);
+  if (!camera.GetDown()) feed_.TakeAsRead(doc, before);
+  if (eye_ == Eye::Scene) sceneCamera_ = engine::CameraOf(camera);
+}
+
+void Viewport::Land() {
+  flying_.reset();
+  flight_.Land();
+}
+
 void Viewport::Refresh() {
   finished_ = false;
   calm_.start();
@@ -186,6 +280,7 @@ void Viewport::Begin(bool draft) {
   order.scale = devicePixelRatioF();
   order.framing = framing_;
   order.camera = sentCamera_ = EyeCamera();
+  LeaveViewWithDocument();
   if (framing_ != Framing::None && !picture_.isNull()) order.camera = lookedThrough_;
   order.draft = draft;
   order.marks = marks_;
@@ -200,19 +295,33 @@ void Viewport::Passed(const PicturePass& pass) {
   if (hits_ && marks_ != pass.marks) outline_ = OutlineImage(*hits_, *marks_, devicePixelRatioF());
   lookedThrough_ = pass.camera;
   bounds_ = pass.bounds;
+  if (!pass.image.isNull()) StandWhereItWasSeenFrom(pass);
+  finished_ = pass.isLast && !pass.isDraft && !draftWanted_ && !calm_.isActive();
+  if (pass.isLast && draftWanted_) Begin(true);
+  LeaveViewWithDocument();
+  ShowPlate();
+  update();
+}
+
+void Viewport::StandWhereItWasSeenFrom(const PicturePass& pass) {
   if (pass.framing != Framing::None) {
-    eye_ = Eye::Editor;
-    editor_.emplace(pass.camera, pass.bounds);
+    // Once, not for each pass.
+    if (framing_ == Framing::None) return;
     framing_ = Framing::None;
+    if (Flies()) {
+      Land();
+      PutFlying(*CameraObject(), pass.camera);
+      Land();
+    } else {
+      eye_ = Eye::Editor;
+      editor_.emplace(pass.camera, pass.bounds);
+    }
     sentCamera_ = EyeCamera();
   } else if (!EyeCamera() && !pass.bounds.IsEmpty()) {
     // From now on it stays where it is, whatever is shown and hidden.
     editor_.emplace(pass.camera, pass.bounds);
     sentCamera_ = EyeCamera();
   }
-  finished_ = pass.isLast && !pass.isDraft && !draftWanted_ && !calm_.isActive();
-  if (pass.isLast && draftWanted_) Begin(true);
-  update();
 }
 
 QPoint Viewport::PixelAt(QPointF place) const {
@@ -236,7 +345,6 @@ void Viewport::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
   painter.drawImage(rect(), picture_);
   if (!outline_.isNull()) painter.drawImage(rect(), outline_);
-  PaintEyeName(painter);
 }
 
 void Viewport::PaintHint(QPainter& painter) {
@@ -245,19 +353,9 @@ void Viewport::PaintHint(QPainter& painter) {
   painter.drawText(rect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap, hint);
 }
 
-void Viewport::PaintEyeName(QPainter& painter) {
-  constexpr int kMargin = 10;
-  const QString name = fontMetrics().elidedText(EyeName(), Qt::ElideRight, width() - 5 * kMargin);
-  const QRect text = fontMetrics().boundingRect(name);
-  const QRect plate(kMargin, kMargin, text.width() + 2 * kMargin, fontMetrics().height() + kMargin);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(QColor(24, 24, 24, 150));
-  painter.drawRoundedRect(plate, 4, 4);
-  painter.setPen(QColor(0xdc, 0xdc, 0xdc));
-  painter.drawText(plate, Qt::AlignCenter, name);
+void Viewport::resizeEvent(QResizeEvent*) {
+  plate_->FitInto(size());
+  Refresh();
 }
-
-void Viewport::resizeEvent(QResizeEvent*) { Refresh(); }
 
 }  // namespace desktop

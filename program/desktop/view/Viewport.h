@@ -1,7 +1,9 @@
 // Viewport: the ray-traced picture of the active document, what is selected outlined: a rough one while something moves, then
 // finer and finer ones. One drags to go around, with Shift or the middle button to slide, turns the wheel to come nearer, clicks
 // to choose an object. It looks through the scene camera until one moves, then through the editor camera, or through any camera
-// of the scene. Clicks are answered from the picture that is shown. It owns nothing of the document. Main thread.
+// of the scene; whoever sets the scene camera makes it look through that again. A camera that is let fly is moved itself. Clicks
+// are answered from the picture that is shown. It owns nothing of the document; it leaves with it how it is looked at, for
+// pictures without a scene camera. Main thread.
 #pragma once
 
 #include <QMenu>
@@ -10,7 +12,9 @@
 #include <optional>
 
 #include "program/desktop/panels/DocumentView.h"
+#include "program/desktop/view/CameraFlight.h"
 #include "program/desktop/view/EditorCamera.h"
+#include "program/desktop/view/EyePlate.h"
 #include "program/desktop/view/PictureWorker.h"
 #include "program/desktop/view/SceneFeed.h"
 
@@ -33,6 +37,13 @@ class Viewport : public QWidget, public DocumentView {
   // A camera object of the document.
   void LookThrough(engine::NodeId camera);
   bool LooksThroughEditorCamera() const { return eye_ == Eye::Editor; }
+  // The camera of the scene that is looked through; null for the editor camera.
+  host::BaseObject* CameraObject() const;
+  // Lets mouse and keys move the camera that is looked through, each gesture as one undo step, until one looks elsewhere.
+  void LetFly(bool flies);
+  bool Flies() const;
+  // Says in the picture which camera is looked through and which one is recorded.
+  EyePlate& Plate() { return *plate_; }
   // "Scene camera: NAME", "Camera: NAME" or "Editor camera".
   QString EyeName() const;
 
@@ -75,10 +86,22 @@ class Viewport : public QWidget, public DocumentView {
   void Begin(bool draft);
   void DropPicture();
   void Passed(const PicturePass& pass);
+  // After framing, and where there is no camera yet.
+  void StandWhereItWasSeenFrom(const PicturePass& pass);
   void Frame(Framing framing);
   // Nothing: a camera that frames everything is made.
   std::optional<engine::PictureCamera> EyeCamera() const;
   EditorCamera& Editor();
+  // What a gesture moves, the editor camera or one that flies; Moved takes it from there.
+  EditorCamera& Moving();
+  void Moved();
+  void Land();
+  void PutFlying(host::BaseObject& camera, const engine::PictureCamera& view);
+  void ShowSceneCamera();
+  // Stays where it is when the camera that was looked through is gone.
+  void StayWithoutCamera();
+  void LeaveViewWithDocument();
+  void ShowPlate();
   // Null when the document is closed or empty.
   const host::BaseDocument* Shown() const;
   bool IsSelectedAt(QPoint place) const;
@@ -90,7 +113,6 @@ class Viewport : public QWidget, public DocumentView {
   void DragBy(QPointF way, bool slides);
   void Pick(QPointF place, Qt::KeyboardModifiers keys);
   void PaintHint(QPainter& painter);
-  void PaintEyeName(QPainter& painter);
 
   engine::RenderCaches& caches_ = engine::RenderCaches::Shared();
   SceneFeed feed_;
@@ -103,6 +125,12 @@ class Viewport : public QWidget, public DocumentView {
   Eye eye_ = Eye::Scene;
   engine::NodeId eyeObject_ = 0;
   std::optional<EditorCamera> editor_;
+  host::ULLONG cameraSets_ = 0;         // of the document, when it was last looked at
+  engine::NodeId recordedCamera_ = 0;   // its scene camera then
+  engine::NodeId mayFly_ = 0;           // the camera that one lets fly
+  std::optional<EditorCamera> flying_;  // during a gesture
+  CameraFlight flight_;
+  EyePlate* plate_;
   Framing framing_ = Framing::None;  // wanted
   engine::PictureCamera lookedThrough_;
   engine::Box bounds_;

@@ -48,6 +48,7 @@ std::optional<host::Vector> Viewport::PointToGoAround(QPointF place) const {
 void Viewport::mousePressEvent(QMouseEvent* event) {
   pressedAt_ = draggedTo_ = event->position();
   dragging_ = false;
+  Land();
   around_ = PointToGoAround(pressedAt_);
 }
 
@@ -62,16 +63,17 @@ void Viewport::mouseMoveEvent(QMouseEvent* event) {
 
 void Viewport::DragBy(QPointF way, bool slides) {
   if (slides) {
-    Editor().Slide(way.x() / width(), way.y() / width());
+    Moving().Slide(way.x() / width(), way.y() / width());
   } else {
-    Editor().Orbit(way.x() * kRadiansPerPixel, -way.y() * kRadiansPerPixel, around_);
+    Moving().Orbit(way.x() * kRadiansPerPixel, -way.y() * kRadiansPerPixel, around_);
   }
-  Refresh();
+  Moved();
 }
 
 void Viewport::mouseReleaseEvent(QMouseEvent* event) {
   if (!dragging_ && event->button() == Qt::LeftButton) Pick(event->position(), event->modifiers());
   dragging_ = false;
+  Land();
 }
 
 void Viewport::Pick(QPointF place, Qt::KeyboardModifiers keys) {
@@ -87,7 +89,7 @@ void Viewport::wheelEvent(QWheelEvent* event) {
 
 void Viewport::ZoomAt(QPointF place, double factor) {
   const QPoint pixel = PixelAt(place);
-  EditorCamera& camera = Editor();
+  EditorCamera& camera = Moving();
   host::Vector toward = camera.PointAt(place.x() / width() - 0.5, place.y() / height() - 0.5,
                                        static_cast<double>(std::max(width(), 1)) / std::max(height(), 1));
   if (pixel.x() >= 0) {
@@ -95,18 +97,18 @@ void Viewport::ZoomAt(QPointF place, double factor) {
     if (point) toward = ToHostVector(*point);
   }
   camera.Zoom(factor, toward);
-  Refresh();
+  Moved();
 }
 
 void Viewport::keyPressEvent(QKeyEvent* event) {
   const bool slides = event->modifiers() & Qt::ShiftModifier;
   const auto go = [&](double right, double down) {
     if (slides) {
-      Editor().Slide(right * kSlidePerKey, down * kSlidePerKey);
+      Moving().Slide(right * kSlidePerKey, down * kSlidePerKey);
     } else {
-      Editor().Orbit(right * kRadiansPerKey, -down * kRadiansPerKey, MiddleOfSelection());
+      Moving().Orbit(right * kRadiansPerKey, -down * kRadiansPerKey, MiddleOfSelection());
     }
-    Refresh();
+    Moved();
   };
   if (!Shown()) return QWidget::keyPressEvent(event);
   switch (event->key()) {

@@ -1,0 +1,43 @@
+// CameraActs: what one does with cameras: a new one from what is seen, making one the scene camera, looking through it, letting
+// it fly. The same stands in menus, in the context menus of picture and tree, and on the plate in the picture. Main thread.
+#pragma once
+
+#include <QAction>
+#include <QObject>
+
+#include "host/BaseObject.h"
+#include "program/desktop/panels/DocumentView.h"
+
+namespace desktop {
+
+class MainWindow;
+
+class CameraActs : public QObject, public DocumentView {
+ public:
+  // Belongs to the window.
+  explicit CameraActs(MainWindow& window);
+
+  void Follow(host::BaseDocument* doc) override;
+  QAction& NewCamera() { return *newCamera_; }
+  // What works on a camera that is there, in the order of a menu.
+  QList<QAction*> ForCameras() const { return {lookThrough_, makeSceneCamera_, fly_}; }
+
+ private:
+  template <class Act>
+  QAction* Add(const QString& text, const QString& tip, const char* keys, Act act);
+  void AddNew(host::BaseDocument& doc);
+  // Null: nothing happens.
+  void LookThrough(host::BaseObject* camera);
+  void MakeScenes(host::BaseDocument& doc, host::BaseObject* camera);
+
+  MainWindow& window_;
+  QAction* newCamera_;
+  QAction* lookThrough_;      // the selected one
+  QAction* makeSceneCamera_;  // the selected one, else the one that is looked through
+  QAction* fly_;
+  QAction* makeSeen_;  // on the plate: the one that is looked through
+  QAction* rowLookThrough_;
+  QAction* rowMakeSceneCamera_;
+};
+
+}  // namespace desktop

@@ -1,0 +1,50 @@
+// EyePlate: the small plate in the corner of the picture: through which camera one looks, and which one recordings hold where
+// that is another, with buttons for what one wants then. It belongs to the widget that it lies on. Main thread.
+#pragma once
+
+#include <QAction>
+#include <QLabel>
+#include <QToolButton>
+
+namespace desktop {
+
+class EyePlate : public QWidget {
+ public:
+  struct State {
+    QString seen;      // empty: nothing is shown
+    QString recorded;  // empty: what is seen
+    bool throughCamera = false;
+
+    bool operator==(const State&) const = default;
+  };
+
+  explicit EyePlate(QWidget* parent);
+
+  // What its buttons do; the actions live on.
+  void Offer(QAction& fly, QAction& makeSceneCamera, QAction& newCamera);
+  void Show(const State& state);
+  // Keeps to the top left corner of a picture of that size.
+  void FitInto(QSize size);
+  // The two lines as they are shown, the second one empty where there is none.
+  const State& Shown() const { return state_; }
+  QToolButton& Fly() { return *fly_; }
+  QToolButton& MakeSceneCamera() { return *makeSceneCamera_; }
+  QToolButton& NewCamera() { return *newCamera_; }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  QToolButton* AddButton();
+  void Arrange();
+
+  State state_;
+  QSize room_;
+  QLabel* seen_;
+  QLabel* recorded_;
+  QToolButton* fly_;
+  QToolButton* makeSceneCamera_;
+  QToolButton* newCamera_;
+};
+
+}  // namespace desktop

@@ -1,0 +1,31 @@
+// WithCube: a desk with a scene that holds one cube, its picture finished.
+#pragma once
+
+#include <QtTest/QTest>
+
+#include "host/BaseObject.h"
+#include "tests/desktop/Desk.h"
+
+namespace desk {
+
+struct WithCube : Desk {
+  host::BaseObject* cube = host::BaseObject::Alloc(host::Ocube);
+
+  WithCube() {
+    host::GetActiveDocument()->AppendObject(cube);
+    Window().Beat();
+    WaitForPicture();
+  }
+  desktop::Viewport& View() { return Window().View(); }
+  bool WaitForPicture() {
+    return QTest::qWaitFor(
+        [this] {
+          Window().Beat();
+          return View().IsFinished();
+        },
+        20000);
+  }
+  QRgb Middle() { return View().Picture().pixel(View().Picture().rect().center()); }
+};
+
+}  // namespace desk
