@@ -13,7 +13,7 @@ namespace {
 using engine::Image;
 
 std::string Picture(const std::string& name) {
-  return tests::ReadText(std::string(TEST_SOURCE_DIR) + "/tests/render/pictures/" + name);
+  return tests::ReadText(TEST_SOURCE_DIR "/tests/render/pictures/" + name);
 }
 
 const std::vector<std::string>& PictureNames() {
