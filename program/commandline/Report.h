@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "program/outcome/Words.h"
+
 namespace commandline {
 
 class Report {
@@ -25,11 +27,9 @@ class Report {
 // Text as valid UTF-8: bytes that are none are replaced. For JSON.
 std::string ValidUtf8(const std::string& text);
 
-// Names in quotes for a sentence: "A", "B" and "C"; of many the first few and how many more.
-std::string Listed(const std::vector<std::string>& names);
 nlohmann::json JsonOf(const std::vector<std::string>& texts);
 
-// "1 object", "3 objects".
-std::string Counted(std::size_t count, const std::string& noun);
+using outcome::Counted;
+using outcome::Listed;
 
 }  // namespace commandline

@@ -7,6 +7,7 @@
 #include "engine/import/Import.h"
 #include "engine/render/TextureSearch.h"
 #include "program/commandline/NamesLike.h"
+#include "program/outcome/Outcome.h"
 
 namespace commandline {
 
@@ -169,22 +170,10 @@ int Session::Write(const std::string& target, Report& report) {
   return whole ? status : kFailed;
 }
 
-// A file that was to be removed or renamed and is not there does no harm: a Stagemark need not have a preview.
-bool Session::IsWorthTelling(const engine::LedgerEntry& failure) {
-  using engine::Operation;
-  const bool goes = failure.operation == Operation::RemoveFile || failure.operation == Operation::Rename;
-  return !goes || outside_.Kind(failure.path) != engine::FileKind::Missing;
-}
-
 int Session::CheckLedger() {
-  int status = kDone;
-  for (const engine::LedgerEntry& failure : outside_.GetLedger().FailuresSince(0)) {
-    if (!IsWorthTelling(failure)) continue;
-    program_.terminal.Error(failure.path.empty() ? "A file was not written: what it is named after cannot be the name of a file."
-                                                 : failure.message);
-    status = kFailed;
-  }
-  return status;
+  const std::vector<std::string> failures = outcome::Sentences(outcome::FailuresThatMatter(outside_, 0));
+  for (const std::string& failure : failures) program_.terminal.Error(failure);
+  return failures.empty() ? kDone : kFailed;
 }
 
 }  // namespace commandline

@@ -66,7 +66,6 @@ class Session {
   // Where -o or --write say that the scene goes, absolute; empty for nowhere.
   std::string Target() const;
   int Write(const std::string& target, Report& report);
-  bool IsWorthTelling(const engine::LedgerEntry& failure);
 
   Program& program_;
   VerbOutside outside_;

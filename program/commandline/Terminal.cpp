@@ -16,7 +16,6 @@ namespace commandline {
 
 namespace {
 
-constexpr std::size_t kLongestName = 80;
 constexpr std::size_t kLongestWord = 400;
 
 volatile std::sig_atomic_t interrupted = 0;
@@ -132,8 +131,6 @@ void Terminal::Error(const std::string& text) {
   EndProgressLine();
   std::cerr << "stagemarks: " << Readable(text) << '\n';
 }
-
-std::string Shown(const std::string& name) { return engine::Shortened(engine::Printable(name), kLongestName); }
 
 std::string Readable(const std::string& message) {
   std::string readable;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/outside/Person.h"
+#include "program/outcome/Words.h"
 
 namespace commandline {
 
@@ -62,8 +63,7 @@ class Terminal : public engine::Person {
   std::size_t refused_ = 0;
 };
 
-// A name as it may stand in a line: control characters replaced, of a very long one the beginning.
-std::string Shown(const std::string& name);
+using outcome::Shown;
 // A message with what it quotes made fit for a terminal: control characters but line ends replaced, endless words cut.
 std::string Readable(const std::string& message);
 

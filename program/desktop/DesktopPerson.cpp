@@ -79,7 +79,9 @@ bool DesktopPerson::Ask(const std::string& text) {
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {
   EndProgress();
   const FreePointer pointer;
-  return desktop::ChooseFile(window_, question, kAnything);
+  auto chosen = desktop::ChooseFile(window_, question, kAnything);
+  if (chosen && choosing && !choosing(question, *chosen)) chosen.reset();
+  return chosen;
 }
 
 void DesktopPerson::ShowStatus(const std::string& text) {

@@ -23,6 +23,8 @@ class DesktopPerson : public engine::Person {
   void SitAt(QWidget* window) { window_ = window; }
   // Where the status line shows; an empty text clears it.
   std::function<void(const QString&)> status;
+  // Hears of a file or folder that a plug-in asked for and the person chose; with false it is not taken, as if it was called off.
+  std::function<bool(const engine::FileQuestion& question, const std::string& path)> choosing;
   // How long work goes on before its progress shows.
   std::chrono::milliseconds patience{60};
 

@@ -4,9 +4,11 @@
 #include <QMessageBox>
 
 #include "program/desktop/ChangedFile.h"
+#include "engine/render/TextureSearch.h"
 #include "program/desktop/FileChooser.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"
+#include "program/outcome/Words.h"
 
 namespace desktop {
 
@@ -36,6 +38,15 @@ std::string JoinedNotes(const std::string& path, const std::vector<std::string>&
   std::string text = "\"" + QFileInfo(ToQt(path)).fileName().toStdString() + "\" was opened. Not all of it came along:\n";
   for (const std::string& note : notes) text += "\n\u2022 " + note;
   return text;
+}
+
+std::string Opened(const std::string& path, const host::BaseDocument& doc) {
+  const std::string name = outcome::Listed({QFileInfo(ToQt(path)).fileName().toStdString()});
+  const std::vector<std::string> missing = engine::MissingTextures(doc);
+  if (missing.empty()) return "Opened " + name + ".";
+  const std::string count = outcome::Counted(missing.size(), "texture");
+  return "Opened " + name + "; " + count + (missing.size() == 1 ? " was" : " were") +
+         " found nowhere: " + outcome::Listed(missing) + ".";
 }
 
 }  // namespace
@@ -92,6 +103,7 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   DropUntouched(opened.Value());
   Remember(path);
   host::EventAdd();
+  if (told) told({Opened(path, *opened.Value()), {}, {}, ""});
   if (!notes.empty()) person_.Warn(JoinedNotes(path, notes));
   return {};
 }
@@ -126,7 +138,7 @@ bool DocumentCommands::Save(host::BaseDocument& doc) {
 bool DocumentCommands::Write(host::BaseDocument& doc, const std::string& path) {
   const host::ULLONG id = IdentityOf(&doc);
   for (;;) {
-    const engine::Status saved = application_.SaveDocumentAs(doc, path);
+    const engine::Status saved = WriteOnce(doc, path);
     if (saved) told_.erase(id);
     if (saved) return true;
     if (application_.LookAtFileOf(doc) != engine::FileNow::Changed) {
@@ -141,6 +153,15 @@ bool DocumentCommands::Write(host::BaseDocument& doc, const std::string& path) {
     if (answer == ChangedFileAnswer::Reload) return false;
     if (engine::Outside::Current().Stamp(path) == stamp) application_.AcceptFileOf(doc);
   }
+}
+
+engine::Status DocumentCommands::WriteOnce(host::BaseDocument& doc, const std::string& path) {
+  engine::Outside& outside = engine::Outside::Current();
+  const std::size_t mark = outside.GetLedger().Mark();
+  const std::string former = PathOf(doc);
+  const engine::Status saved = application_.SaveDocumentAs(doc, path);
+  if (saved && told) told(outcome::OfSaving(outside, mark, former, path));
+  return saved;
 }
 
 void DocumentCommands::Reload(host::BaseDocument& doc) {

@@ -9,6 +9,7 @@
 #include "engine/application/Application.h"
 #include "program/desktop/DesktopPerson.h"
 #include "program/desktop/Settings.h"
+#include "program/outcome/Outcome.h"
 
 namespace desktop {
 
@@ -43,12 +44,17 @@ class DocumentCommands {
   // Asks about every changed document; true when all may go.
   bool MayCloseAll();
   QStringList RecentFiles() const;
+  // Hears what came of opening and saving.
+  std::function<void(const outcome::Outcome&)> told;
   DesktopPerson& Person() { return person_; }
 
  private:
   engine::Status TryToOpen(const std::string& path);
+  // Runs `save` and tells what came of it, in a box where it failed.
   bool MayClose(host::BaseDocument& doc);
   bool Write(host::BaseDocument& doc, const std::string& path);
+  // Without questions; tells what came of it where it went well.
+  engine::Status WriteOnce(host::BaseDocument& doc, const std::string& path);
   // Opens the file of the document anew in its place.
   void Reload(host::BaseDocument& doc);
   void Remember(const std::string& path);

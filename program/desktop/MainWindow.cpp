@@ -39,6 +39,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
       person_(person),
       commands_(application, person, settings_, this),
       autosave_(application, engine::Outside::Current()),
+      reports_(person, this),
       docks_(*this),
       panels_(*this),
       thumbnails_(std::make_shared<MaterialThumbnails>(engine::RenderCaches::Shared())),
@@ -66,6 +67,10 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
     host::BaseDocument* doc = FindOpenDocument(lookedAtFile_);
     if (doc && doc == host::GetActiveDocument() && !engine::InsideDialogCall()) commands_.LookAtFile(*doc);
   });
+  docks_.around = [this](host::GeDialog& dialog, const std::string& label, const std::function<bool()>& act) {
+    reports_.Run(dialog, label, act);
+  };
+  commands_.told = [this](const outcome::Outcome& outcome) { reports_.Show(outcome); };
   autosave_.failed = [this](const std::string& message) { person_.ShowStatus(message); };
   connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this, [this] { Beat(); });
 }

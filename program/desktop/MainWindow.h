@@ -8,6 +8,7 @@
 
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/DocumentTabs.h"
+#include "program/desktop/Reports.h"
 #include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
 #include "program/desktop/menus/CameraActs.h"
@@ -30,6 +31,7 @@ class MainWindow : public QMainWindow {
   engine::Application& App() { return application_; }
   Autosave& Safety() { return autosave_; }
   DialogDocks& Docks() { return docks_; }
+  Reports& Telling() { return reports_; }
   DocumentTabs& Tabs() { return *tabs_; }
   SidePanels& Panels() { return panels_; }
   Viewport& View() { return *view_; }
@@ -69,6 +71,7 @@ class MainWindow : public QMainWindow {
   DesktopPerson& person_;
   DocumentCommands commands_;
   Autosave autosave_;
+  Reports reports_;
   DialogDocks docks_;
   LookedAt lookedAt_;
   SidePanels panels_;

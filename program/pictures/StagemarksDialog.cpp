@@ -88,6 +88,16 @@ std::string StagemarksDialog::Current() const {
   return "";
 }
 
+std::string StagemarksDialog::TypedName() const {
+  const auto fields = AllOf(*dialog_, GadgetKind::EditText);
+  return fields.empty() ? "" : fields.front()->value.GetString().ToUtf8();
+}
+
+bool StagemarksDialog::IsTicked(const std::string& checkbox) const {
+  const Gadget* gadget = Labelled(*dialog_, GadgetKind::Checkbox, checkbox);
+  return gadget && gadget->value.GetLong() != 0;
+}
+
 bool StagemarksDialog::TypeName(const std::string& name) {
   const auto fields = AllOf(*dialog_, GadgetKind::EditText);
   return !fields.empty() && engine::TypeText(*dialog_, fields.front()->id, host::String(std::string_view(name)));

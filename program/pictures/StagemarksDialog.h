@@ -34,6 +34,10 @@ class StagemarksDialog {
   // Name of the row with the marker, empty where there is none.
   std::string Current() const;
 
+  // What stands in the name field, and whether a check box of that label is ticked.
+  std::string TypedName() const;
+  bool IsTicked(const std::string& checkbox) const;
+
   // The actions answer false when the dialog has no such thing or refused the event.
   bool TypeName(const std::string& name);
   bool Press(const std::string& button);

@@ -240,8 +240,8 @@ TEST(Progress, OfActsThatSayNothingIsTheirNameAndAWaitingPointer) {
     said.clear();
     act();
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
-    EXPECT_EQ(desk.Window().statusBar()->currentMessage(), "");
-    return said;
+    EXPECT_FALSE(desk.Window().statusBar()->currentMessage().contains(QChar(0x2026))) << "what came of it stands there now";
+    return said.filter(QChar(0x2026));
   };
   const auto load = [&] { desk.Gadget<QPushButton>(kLoad).click(); };
   const auto update = [&] { ChooseInDialogMenu(desk, "Update Checked Elements"); };
@@ -250,8 +250,8 @@ TEST(Progress, OfActsThatSayNothingIsTheirNameAndAWaitingPointer) {
   Desk::Rest();
   EXPECT_EQ(actAndHear(load), QStringList()) << "over before anybody could read it";
   for (int i = 0; i < 100000; ++i) desk.Doc().AppendObject(host::BaseObject::Alloc(host::Onull));
-  EXPECT_EQ(actAndHear(load), QStringList({"Load\u2026 (waits)", ""}));
-  EXPECT_EQ(actAndHear(update), QStringList({"Update Checked Elements\u2026 (waits)", ""}));
+  EXPECT_EQ(actAndHear(load), QStringList({"Load\u2026 (waits)"}));
+  EXPECT_EQ(actAndHear(update), QStringList({"Update Checked Elements\u2026 (waits)"}));
 
   // Whoever is asked something has a pointer to answer with.
   engine::SelectLines(*desk.Dialog(), kList, {0});

@@ -3,16 +3,13 @@
 #include <functional>
 
 #include "program/commandline/Selecting.h"
+#include "program/outcome/BulkEdits.h"
 
 namespace commandline {
 
 namespace {
 
-struct BulkEdit {
-  const char* entry;    // of the menu "Edit"
-  const char* changed;  // what is said afterwards, % for what was selected and & for the names
-  const char* same;
-};
+using outcome::BulkEdit;
 
 struct BulkChoices {
   std::vector<std::string> only;
@@ -22,12 +19,6 @@ struct BulkChoices {
 
 // Makes what is edited the selection; the text is what a person reads about it.
 using Selection = std::function<int(Session&, const BulkChoices&, std::string&)>;
-
-std::string Filled(const std::string& sentence, const std::string& selected, const std::string& names) {
-  std::string text;
-  for (const char c : sentence) text += c == '%' ? selected : c == '&' ? names : std::string(1, c);
-  return text;
-}
 
 int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   const std::vector<std::string> names = session.Dialog().CheckedNames();
@@ -40,7 +31,7 @@ int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   Report report;
   report.Json() = {{"stagemarks", JsonOf(names)}, {"changed", changed}};
   if (!selected.empty()) report.Json()["selected"] = ValidUtf8(selected);
-  report.Line(Filled(changed ? edit.changed : edit.same, selected, Listed(names)));
+  report.Line(outcome::Sentence(edit, changed, selected, names));
   return session.Keep(report);
 }
 
@@ -58,13 +49,15 @@ struct BulkVerb {
   std::shared_ptr<BulkChoices> choices;
 };
 
-BulkVerb AddBulkVerb(CLI::App& app, Program& program, const char* name, const char* help, const BulkEdit& edit,
+BulkVerb AddBulkVerb(CLI::App& app, Program& program, const char* name, const char* help, const char* entry,
                      const Selection& select) {
   CLI::App* verb = app.add_subcommand(name, help);
   auto choices = std::make_shared<BulkChoices>();
   AddScene(*verb, program);
-  verb->callback([&program, edit, select, choices] {
-    program.verb = [&program, edit, select, choices] { return RunBulkEdit(program, edit, *choices, select); };
+  verb->callback([&program, entry, select, choices] {
+    program.verb = [&program, entry, select, choices] {
+      return RunBulkEdit(program, *outcome::FindBulkEdit(entry), *choices, select);
+    };
   });
   return {verb, choices};
 }
@@ -78,9 +71,8 @@ void Finish(const BulkVerb& bulk, Program& program, const char* footer) {
 }  // namespace
 
 void AddUpdate(CLI::App& app, Program& program) {
-  const BulkVerb bulk =
-      AddBulkVerb(app, program, "update", "Add new objects, tags and layers of the scene to Stagemarks",
-                  {"Update Checked Elements", "Brought & up to date.", "Nothing in the scene was new to &."}, nullptr);
+  const BulkVerb bulk = AddBulkVerb(app, program, "update", "Add new objects, tags and layers of the scene to Stagemarks",
+                                    "Update Checked Elements", nullptr);
   Finish(bulk, program,
          "What a Stagemark holds already stays as it is.\n\n"
          "Examples:\n"
@@ -93,9 +85,7 @@ void AddSetObjects(CLI::App& app, Program& program) {
     return SelectObjects(session, choices.named, selected);
   };
   const BulkVerb bulk = AddBulkVerb(app, program, "set-objects", "Put the present switches of some objects into Stagemarks",
-                                    {"Set Selected Objects on Checked Elements", "Wrote the switches of % into &.",
-                                     "Nothing changed: & had the switches of % already."},
-                                    select);
+                                    "Set Selected Objects on Checked Elements", select);
   bulk.verb->add_option("OBJECTS", bulk.choices->named,
                         "Names, /paths, #positions or patterns with *; without them the objects selected in the scene");
   Finish(bulk, program,
@@ -109,9 +99,7 @@ void AddSetTags(CLI::App& app, Program& program) {
     return SelectTags(session, choices.named, choices.types, selected);
   };
   const BulkVerb bulk = AddBulkVerb(app, program, "set-tags", "Put the present settings of some tags into Stagemarks",
-                                    {"Set Selected Tags on Checked Elements", "Wrote the settings of % into &.",
-                                     "Nothing changed in &: the same was there, or tags of such types are not recorded."},
-                                    select);
+                                    "Set Selected Tags on Checked Elements", select);
   bulk.verb->add_option("OBJECTS", bulk.choices->named,
                         "The objects that carry the tags; without them the tags selected in the scene");
   bulk.verb->add_option("--type", bulk.choices->types, "Only tags of this type: a name or a number")->type_name("TYPE...");
@@ -126,9 +114,7 @@ void AddSetLayers(CLI::App& app, Program& program) {
     return SelectLayers(session, choices.named, selected);
   };
   const BulkVerb bulk = AddBulkVerb(app, program, "set-layers", "Put the present switches of some layers into Stagemarks",
-                                    {"Set Selected Layers on Checked Elements", "Wrote the switches of % into &.",
-                                     "Nothing changed: & had the switches of % already."},
-                                    select);
+                                    "Set Selected Layers on Checked Elements", select);
   bulk.verb->add_option("LAYERS", bulk.choices->named, "Names or patterns with *; without them the layers selected in the scene");
   Finish(bulk, program,
          "Examples:\n"
@@ -141,9 +127,7 @@ void AddSetCamera(CLI::App& app, Program& program) {
     return SelectCamera(session, choices.named.front(), selected);
   };
   const BulkVerb bulk = AddBulkVerb(app, program, "set-camera", "Give Stagemarks another render camera",
-                                    {"Set Render Camera on Checked Elements", "Made % the render camera of &.",
-                                     "Nothing changed: % was the render camera of & already."},
-                                    select);
+                                    "Set Render Camera on Checked Elements", select);
   bulk.verb->add_option("CAMERA", bulk.choices->named, "Name, /path or #position of the camera")->required()->expected(1);
   Finish(bulk, program,
          "Example:\n"

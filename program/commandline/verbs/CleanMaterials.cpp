@@ -1,8 +1,8 @@
 #include <CLI/CLI.hpp>
-#include <unordered_map>
 
 #include "host/Host.h"
 #include "program/commandline/Session.h"
+#include "program/outcome/CommandWatch.h"
 
 namespace commandline {
 
@@ -14,33 +14,21 @@ std::vector<std::string> Materials(const host::BaseDocument& doc) {
   return names;
 }
 
-// Names of `before` that `after` does not have as often.
-std::vector<std::string> Gone(const std::vector<std::string>& before, const std::vector<std::string>& after) {
-  std::unordered_map<std::string, int> left;
-  for (const std::string& name : after) ++left[name];
-  std::vector<std::string> gone;
-  for (const std::string& name : before) {
-    if (--left[name] < 0) gone.push_back(name);
-  }
-  return gone;
-}
-
 int RunCleanMaterials(Program& program) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
   if (session.Dialog().Marks().empty()) {
-    program.terminal.Error("There are no Stagemarks in this scene that could say which materials are used. Nothing was deleted.");
+    program.terminal.Error(outcome::kNoMarksForMaterials);
     return kFailed;
   }
   const auto before = Materials(session.Document());
   session.Dialog().Choose("Clean Material Editor");
   session.App().DeliverEvents();
   const auto after = Materials(session.Document());
-  const auto gone = Gone(before, after);
+  const auto gone = outcome::NamesGone(before, after);
   Report report;
   report.Json() = {{"deleted", JsonOf(gone)}, {"kept", JsonOf(after)}};
-  report.Line(gone.empty() ? "Every material is used by a Stagemark."
-                           : "Deleted " + Counted(gone.size(), "material") + ": " + Listed(gone) + ".");
+  report.Line(outcome::CleanedSentence(gone));
   report.Line("Kept " + Counted(after.size(), "material") + (after.empty() ? "." : ": " + Listed(after) + "."));
   return session.Keep(report);
 }

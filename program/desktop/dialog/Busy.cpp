@@ -73,13 +73,21 @@ Concern::~Concern() { innermost = around_; }
 QString Concern::Present() { return innermost ? innermost->text_ : QString(); }
 
 void Act(const SharedDialogLink& link, const QObject& from, const host::String& label, About about,
-         const std::function<void(host::GeDialog&)>& act) {
-  if (!link->dialog) return;
-  const engine::ActName named(StepName(*link->dialog, label, about));
-  std::optional<Busy> busy;
-  if (WouldBeNoticed(*link->dialog)) busy.emplace(from, ToQt(label).simplified() + QChar(0x2026));
-  const Concern concern(link->concerns ? link->concerns(label) : QString());
-  act(*link->dialog);
+         const std::function<bool(host::GeDialog&)>& act) {
+  host::GeDialog* const dialog = link->dialog;
+  if (!dialog) return;
+  const auto run = [&] {
+    const engine::ActName named(StepName(*dialog, label, about));
+    std::optional<Busy> busy;
+    if (WouldBeNoticed(*dialog)) busy.emplace(from, ToQt(label).simplified() + QChar(0x2026));
+    const Concern concern(link->concerns ? link->concerns(label) : QString());
+    return act(*dialog);
+  };
+  if (link->around) {
+    link->around(*dialog, label.ToUtf8(), run);
+  } else {
+    run();
+  }
 }
 
 }  // namespace desktop

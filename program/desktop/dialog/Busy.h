@@ -53,6 +53,6 @@ enum class About { kChosenRow, kNothingMore };
 // Sends an act of a person to the dialog of the link, unless that is closed. `label`: of the gadget, as the dialog has it. Undo
 // steps that the plug-in makes get that name, with the chosen row's where the act is about it.
 void Act(const SharedDialogLink& link, const QObject& from, const host::String& label, About about,
-         const std::function<void(host::GeDialog&)>& act);
+         const std::function<bool(host::GeDialog&)>& act);
 
 }  // namespace desktop

@@ -77,6 +77,10 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   view->titled();
   view->SetEmptyListText(EmptyListText(engine::DialogPluginId(dialog)));
   if (pictures::StagemarksDialog(dialog).Fits()) new StagemarksUse(*view);
+  view->SetAround([this](host::GeDialog& acted, const std::string& label, const std::function<bool()>& act) {
+    if (!around) return static_cast<void>(act());
+    around(acted, label, act);
+  });
   dock->setWidget(view);
   // A place that a saved layout has for it comes first.
   if (!window_.restoreDockWidget(dock)) {

@@ -24,6 +24,8 @@ class DialogDocks final : private engine::DialogObserver {
     host::GeDialog* dialog;  // null while it is closed
   };
   const std::vector<Known>& AllKnown() const { return known_; }
+  // What is done around each act of a person on any of the dialogs; empty: nothing.
+  AroundAct around;
   // Brings all docks back to the side of the window that they first stood on.
   void ResetPlaces();
 

@@ -5,15 +5,20 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "engine/dialog/Dialogs.h"
 
 namespace desktop {
 
+// Runs an act of a person on a dialog, which answers it, with whatever is to be done around it. `label`: of the button or entry.
+using AroundAct = std::function<void(host::GeDialog& dialog, const std::string& label, const std::function<bool()>& act)>;
+
 struct DialogLink {
   host::GeDialog* dialog = nullptr;  // null once closed
   // What the act of that label is about, for questions that do not say so themselves; may be missing.
   std::function<QString(const host::String& label)> concerns = {};
+  AroundAct around{};                // empty: the act is just run
 
   // Null when the dialog is closed or has no such gadget any more.
   const engine::Gadget* Find(host::LONG id) const { return dialog ? engine::FindGadget(*dialog, id) : nullptr; }

@@ -27,7 +27,7 @@ void AddEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLin
     action->setData(entry.id);
     ShowState(*action, entry);
     QObject::connect(action, &QAction::triggered, action, [link, action, id = entry.id, label = entry.text] {
-      Act(link, *action, label, About::kNothingMore, [id](host::GeDialog& dialog) { engine::ChooseMenu(dialog, id); });
+      Act(link, *action, label, About::kNothingMore, [id](host::GeDialog& dialog) { return engine::ChooseMenu(dialog, id); });
     });
   }
 }

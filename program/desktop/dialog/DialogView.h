@@ -33,6 +33,8 @@ class DialogView : public QWidget, private engine::DialogObserver {
   void SetEmptyListText(const QString& text);
   // What an act of that label is about; told with questions that come up in it.
   void SetConcerns(std::function<QString(const host::String& label)> concerns) { link_->concerns = std::move(concerns); }
+  // What is done around each act of a person.
+  void SetAround(AroundAct around) { link_->around = std::move(around); }
   // Shows what has changed up to now at once.
   void CatchUp();
 

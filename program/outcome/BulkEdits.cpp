@@ -1,0 +1,38 @@
+#include "program/outcome/BulkEdits.h"
+
+#include "program/outcome/Words.h"
+
+namespace outcome {
+
+namespace {
+
+constexpr BulkEdit kBulkEdits[] = {
+    {"Update Checked Elements", "Brought & up to date.", "Nothing in the scene was new to &.", ""},
+    {"Set Selected Objects on Checked Elements", "Wrote the switches of % into &.",
+     "Nothing changed: & had the switches of % already.", "object"},
+    {"Set Selected Tags on Checked Elements", "Wrote the settings of % into &.",
+     "Nothing changed in &: the same was there, or tags of such types are not recorded.", "tag"},
+    {"Set Selected Layers on Checked Elements", "Wrote the switches of % into &.",
+     "Nothing changed: & had the switches of % already.", "layer"},
+    {"Set Render Camera on Checked Elements", "Made % the render camera of &.",
+     "Nothing changed: % was the render camera of & already.", ""},
+};
+
+}  // namespace
+
+const BulkEdit* FindBulkEdit(const std::string& entry) {
+  for (const BulkEdit& edit : kBulkEdits) {
+    if (entry == edit.entry) return &edit;
+  }
+  return nullptr;
+}
+
+std::string Sentence(const BulkEdit& edit, bool changed, const std::string& selected, const std::vector<std::string>& names) {
+  std::string text;
+  for (const char c : std::string(changed ? edit.changed : edit.same)) {
+    text += c == '%' ? selected : c == '&' ? Listed(names) : std::string(1, c);
+  }
+  return text;
+}
+
+}  // namespace outcome

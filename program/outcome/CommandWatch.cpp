@@ -1,0 +1,234 @@
+#include "program/outcome/CommandWatch.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "engine/scene/Nodes.h"
+#include "host/Host.h"
+#include "program/outcome/BulkEdits.h"
+#include "program/outcome/Words.h"
+
+namespace outcome {
+
+using engine::Operation;
+
+namespace {
+
+constexpr const char* kPreviewEnding = ".tif";
+constexpr const char* kSceneEnding = ".c4d";
+constexpr const char* kOneRowNeeded = "Nothing was done: select exactly one Stagemark in the list.";
+constexpr const char* kCheckNeeded = "Nothing was done: check the Stagemarks that are meant.";
+
+std::vector<std::string> NamesOf(const std::vector<pictures::Mark>& marks) {
+  std::vector<std::string> names;
+  names.reserve(marks.size());
+  for (const pictures::Mark& mark : marks) names.push_back(mark.name);
+  return names;
+}
+
+std::vector<std::string> MaterialsOf(const host::BaseDocument& doc) {
+  std::vector<std::string> names;
+  for (const host::BaseMaterial* at = doc.GetFirstMaterial(); at; at = at->GetNext()) names.push_back(at->GetName().ToUtf8());
+  return names;
+}
+
+std::vector<std::string> NamesOf(const host::AtomArray& items) {
+  std::vector<std::string> names;
+  for (host::LONG i = 0; i < items.GetCount(); ++i) {
+    names.push_back(static_cast<const host::BaseList2D*>(items.GetIndex(i))->GetName().ToUtf8());
+  }
+  return names;
+}
+
+std::vector<std::string> ActiveCamera(const host::BaseDocument& doc) {
+  const host::BaseObject* active = doc.GetActiveObject();
+  return active && active->GetType() == host::Ocamera ? std::vector<std::string>{active->GetName().ToUtf8()}
+                                                      : std::vector<std::string>{};
+}
+
+// Layers stand before everything else that a document owns.
+std::vector<std::string> SelectedLayers(const host::BaseDocument& doc) {
+  std::vector<std::string> names;
+  for (const host::GeListNode* node = engine::NextInside(doc, doc); node; node = engine::NextInside(*node, doc)) {
+    if (engine::KindOf(*node) != engine::NodeKind::Layer) break;
+    const auto& layer = *static_cast<const host::LayerObject*>(node);
+    if (layer.GetAllBits() & host::BIT_ACTIVE) names.push_back(layer.GetName().ToUtf8());
+  }
+  return names;
+}
+
+}  // namespace
+
+std::vector<std::string> NamesGone(const std::vector<std::string>& before, const std::vector<std::string>& after) {
+  std::unordered_map<std::string, int> left;
+  for (const std::string& name : after) ++left[name];
+  std::vector<std::string> gone;
+  for (const std::string& name : before) {
+    if (--left[name] < 0) gone.push_back(name);
+  }
+  return gone;
+}
+
+std::string CleanedSentence(const std::vector<std::string>& gone) {
+  return gone.empty() ? "Every material is used by a Stagemark."
+                      : "Deleted " + Counted(gone.size(), "material") + ": " + Listed(gone) + ".";
+}
+
+// What is said after each command. Those of the list and of the options are not here: they show by themselves.
+struct CommandWatch::Command {
+  const char* label;
+  void (CommandWatch::*say)(bool answered, Outcome& outcome);
+};
+
+const CommandWatch::Command* CommandWatch::Find(const std::string& label) {
+  static constexpr Command kBulkEdit{"", &CommandWatch::SayBulkEdit};
+  static constexpr Command kCommands[] = {
+      {"Record Element", &CommandWatch::SayRecorded},
+      {"Load", &CommandWatch::SayLoaded},
+      {"Delete", &CommandWatch::SayDeleted},
+      {"Delete Checked Elements", &CommandWatch::SayDeleted},
+      {"Delete All Elements", &CommandWatch::SayDeleted},
+      {"Rename", &CommandWatch::SayRenamed},
+      {"Clean Material Editor", &CommandWatch::SayCleaned},
+      {"Generate .C4D Files", &CommandWatch::SayExported},
+      {"Save As Default Preferences", &CommandWatch::SaySavedDefaults},
+  };
+  if (FindBulkEdit(label)) return &kBulkEdit;
+  const auto* found =
+      std::find_if(std::begin(kCommands), std::end(kCommands), [&](const Command& c) { return label == c.label; });
+  return found == std::end(kCommands) ? nullptr : found;
+}
+
+CommandWatch::CommandWatch(host::GeDialog& dialog, std::string label)
+    : dialog_(dialog),
+      label_(std::move(label)),
+      command_(dialog_.Fits() ? Find(label_) : nullptr),
+      mark_(engine::Outside::Current().GetLedger().Mark()),
+      doc_(host::GetActiveDocument()) {
+  if (!command_ || !doc_) return;
+  data_ = *doc_->GetDataInstance();
+  names_ = NamesOf(dialog_.Marks());
+  selected_ = dialog_.SelectedNames();
+  checked_ = dialog_.CheckedNames();
+  materials_ = MaterialsOf(*doc_);
+  inScene_ = SelectedInScene();
+  typed_ = dialog_.TypedName();
+  preview_ = dialog_.IsTicked("Generate Preview Image");
+}
+
+Outcome CommandWatch::Finish(bool answered) {
+  Outcome outcome;
+  if (command_ && doc_) (this->*command_->say)(answered, outcome);
+  for (std::string& failure : Sentences(FailuresThatMatter(engine::Outside::Current(), mark_))) {
+    outcome.problems.push_back(std::move(failure));
+  }
+  return outcome;
+}
+
+std::vector<std::string> CommandWatch::SelectedInScene() const {
+  const BulkEdit* edit = FindBulkEdit(label_);
+  const std::string kind = edit ? edit->selected : "";
+  const host::AutoAlloc<host::AtomArray> items;
+  if (kind == "layer") return SelectedLayers(*doc_);
+  if (kind == "object") doc_->GetActiveObjects(*items, host::GETACTIVEOBJECTFLAGS_CHILDREN);
+  if (kind == "tag") doc_->GetActiveTags(*items);
+  return NamesOf(*items);
+}
+
+bool CommandWatch::SceneDataChanged() const { return !(data_ == *doc_->GetDataInstance()); }
+
+bool CommandWatch::Has(Operation operation, const char* ending, bool succeeded) const {
+  const std::vector<engine::LedgerEntry>& entries = engine::Outside::Current().GetLedger().Entries();
+  return std::any_of(entries.begin() + static_cast<std::ptrdiff_t>(mark_), entries.end(), [&](const engine::LedgerEntry& entry) {
+    return entry.operation == operation && entry.succeeded == succeeded && entry.path.ends_with(ending);
+  });
+}
+
+// A dialog that answers no was not to record over a Stagemark, or had recorded and then no memory for the preview.
+void CommandWatch::SayRecorded(bool answered, Outcome& outcome) {
+  if (typed_.empty() || (!answered && !SceneDataChanged())) return;
+  const bool anew = std::find(names_.begin(), names_.end(), typed_) != names_.end();
+  outcome.summary = "Recorded " + Listed({typed_}) + (anew ? " anew" : "");
+  if (Has(Operation::ReplaceFile, kPreviewEnding, true)) outcome.summary += ", with preview";
+  if (!preview_ && Has(Operation::RemoveFile, kPreviewEnding, true)) outcome.summary += "; its old preview is gone";
+  outcome.summary += ".";
+  if (Has(Operation::ReplaceFile, "", false))
+    outcome.problems.push_back("The preview of " + Listed({typed_}) + " was not written.");
+  if (!answered) outcome.problems.push_back("There was not enough memory for the preview of " + Listed({typed_}) + ".");
+}
+
+void CommandWatch::SayLoaded(bool answered, Outcome& outcome) {
+  if (selected_.size() == 1) outcome.summary = answered ? "Loaded " + Listed(selected_) + "." : "";
+  if (selected_.size() != 1) outcome.summary = kOneRowNeeded;
+}
+
+void CommandWatch::SayDeleted(bool, Outcome& outcome) {
+  const std::vector<std::string> gone = NamesGone(names_, NamesOf(dialog_.Marks()));
+  if (!gone.empty()) {
+    outcome.summary = "Deleted " + (gone.size() > 1 ? Counted(gone.size(), "Stagemark") + ": " : "") + Listed(gone) + ".";
+  } else if (label_ == "Delete" && selected_.size() != 1) {
+    outcome.summary = kOneRowNeeded;
+  } else if (label_ != "Delete") {
+    outcome.summary = names_.empty() ? "There are no Stagemarks in this scene." : kCheckNeeded;
+  }
+}
+
+void CommandWatch::SayRenamed(bool, Outcome& outcome) {
+  if (selected_.size() != 1) {
+    outcome.summary = kOneRowNeeded;
+  } else if (!typed_.empty()) {
+    outcome.summary = typed_ == selected_.front() ? "The name in the field is the one it has: type another one."
+                                                  : "Renamed " + Listed(selected_) + " to " + Listed({typed_}) + ".";
+  }
+}
+
+void CommandWatch::SayCleaned(bool, Outcome& outcome) {
+  outcome.summary = names_.empty() ? kNoMarksForMaterials : CleanedSentence(NamesGone(materials_, MaterialsOf(*doc_)));
+}
+
+void CommandWatch::SaySavedDefaults(bool, Outcome& outcome) {
+  if (!Has(Operation::ReplaceFile, "", false)) outcome.summary = "Kept these options as your defaults.";
+}
+
+// What the camera needs the dialog says itself.
+void CommandWatch::SayBulkEdit(bool, Outcome& outcome) {
+  const BulkEdit& edit = *FindBulkEdit(label_);
+  const bool isCamera = label_ == "Set Render Camera on Checked Elements";
+  const bool needs = *edit.selected != 0 && inScene_.empty();
+  const bool changed = SceneDataChanged();
+  const std::vector<std::string> selected = isCamera ? ActiveCamera(*doc_) : inScene_;
+  if (isCamera && selected.empty()) return;
+  if (checked_.empty()) {
+    outcome.summary = kCheckNeeded;
+  } else if (needs) {
+    outcome.summary =
+        std::string("Nothing was changed: select ") + (edit.selected[0] == 'o' ? "an " : "a ") + edit.selected + " first.";
+  } else {
+    const bool tags = std::string(edit.selected) == "tag";
+    outcome.summary = Sentence(edit, changed, tags ? Counted(selected.size(), "tag") : Listed(selected), checked_);
+  }
+}
+
+void CommandWatch::SayExported(bool, Outcome& outcome) {
+  if (folder_.empty()) return;
+  const engine::Ledger& ledger = engine::Outside::Current().GetLedger();
+  std::size_t scenes = 0;
+  for (std::size_t i = mark_; i < ledger.Entries().size(); ++i) {
+    const engine::LedgerEntry& entry = ledger.Entries()[i];
+    const bool copied = entry.operation == Operation::CopyFile;
+    if (!entry.succeeded || (!copied && entry.operation != Operation::ReplaceFile)) continue;
+    scenes += !copied && entry.path.ends_with(kSceneEnding) ? 1 : 0;
+    outcome.files.push_back(copied ? entry.target : entry.path);
+  }
+  outcome.folder = folder_;
+  const bool whole =
+      scenes == checked_.size() && missing_.empty() && FailuresThatMatter(engine::Outside::Current(), mark_).empty();
+  const std::string done = Counted(scenes, "scene file");
+  outcome.summary =
+      whole ? "Exported " + done + " into \"" + folder_ + "\"."
+            : "Not everything was exported: " + done + " of " + std::to_string(checked_.size()) + " in \"" + folder_ + "\".";
+  for (const std::string& texture : missing_) outcome.problems.push_back("The texture \"" + texture + "\" was found nowhere.");
+  if (host::GetActiveDocument() != doc_) outcome.problems.push_back("The copy of the scene that was being exported stays open.");
+}
+
+}  // namespace outcome
