@@ -138,7 +138,8 @@ void StagemarksUse::KeepPicture() {
   const std::string name = Chosen();
   if (!picture || name.empty() || TypedName() != name) return;
   const auto shown = [picture] { return picture->image.GetString().ToUtf8(); };
-  if (name == chosen_ && shown() != itsPicture_) StagemarksDialog(*view_.Dialog()).Select(name);
+  // Also when it has just been chosen: the scene may have changed since.
+  if (name != chosen_ || shown() != itsPicture_) StagemarksDialog(*view_.Dialog()).Select(name);
   chosen_ = name;
   itsPicture_ = shown();
 }

@@ -6,6 +6,8 @@
 #include <QVBoxLayout>
 #include <set>
 
+#include "program/desktop/Text.h"
+
 namespace desktop {
 
 namespace {
