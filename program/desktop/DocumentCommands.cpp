@@ -3,8 +3,8 @@
 #include <QFileInfo>
 #include <QMessageBox>
 
-#include "program/desktop/ChangedFile.h"
 #include "engine/render/TextureSearch.h"
+#include "program/desktop/ChangedFile.h"
 #include "program/desktop/FileChooser.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"

@@ -18,7 +18,7 @@ struct DialogLink {
   host::GeDialog* dialog = nullptr;  // null once closed
   // What the act of that label is about, for questions that do not say so themselves; may be missing.
   std::function<QString(const host::String& label)> concerns = {};
-  AroundAct around{};                // empty: the act is just run
+  AroundAct around{};  // empty: the act is just run
 
   // Null when the dialog is closed or has no such gadget any more.
   const engine::Gadget* Find(host::LONG id) const { return dialog ? engine::FindGadget(*dialog, id) : nullptr; }

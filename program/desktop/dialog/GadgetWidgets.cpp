@@ -29,7 +29,8 @@ GadgetWidget MakeButton(const SharedDialogLink& link, const Gadget& gadget, QWid
   button->setMinimumSize(AskedSize(gadget, button->fontMetrics()));
   QObject::connect(button, &QPushButton::clicked, button, [link, button, id = gadget.id] {
     const engine::Gadget* now = link->Find(id);
-    if (now) Act(link, *button, now->text, About::kChosenRow, [id](host::GeDialog& dialog) { return engine::PressButton(dialog, id); });
+    if (now)
+      Act(link, *button, now->text, About::kChosenRow, [id](host::GeDialog& dialog) { return engine::PressButton(dialog, id); });
   });
   return {button, [button](const Gadget& now) { button->setText(Label(now.text)); }};
 }
