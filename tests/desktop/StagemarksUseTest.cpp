@@ -83,9 +83,6 @@ TEST(StagemarksUse, EnterRecordsAndOpensRows) {
   Desk::Rest();
   EXPECT_EQ(desk.object->GetEditorMode(), host::MODE_ON);
   QTest::mouseDClick(StateList(desk).viewport(), Qt::LeftButton, {}, desk.PlaceOf(2));
-  EXPECT_EQ(desk.object->GetEditorMode(), host::MODE_ON) << "that row is not chosen";
-  QTest::mouseClick(StateList(desk).viewport(), Qt::LeftButton, {}, desk.PlaceOf(2));
-  QTest::mouseDClick(StateList(desk).viewport(), Qt::LeftButton, {}, desk.PlaceOf(2));
   Desk::Rest();
   EXPECT_EQ(desk.object->GetEditorMode(), host::MODE_OFF);
 }
