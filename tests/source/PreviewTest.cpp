@@ -87,7 +87,7 @@ TEST_F(PreviewTest, ANameThatLeadsElsewhereWritesNothing) {
 
 // A group with a box, a ball beside it on a layer with a tag of each kind, and a floor below both.
 class StatesTest : public PreviewTest {
- protected:
+ public:
   void SetUp() override {
     PreviewTest::SetUp();
     group = Object("Group");
@@ -128,30 +128,29 @@ class StatesTest : public PreviewTest {
   TextureTag* texture = nullptr;
   BaseTag* ballTag = nullptr;
   BaseTag* floorTag = nullptr;
+};
 
- public:
-  struct Case {
-    const char* name;
-    void (*change)(StatesTest&);
-  };
-  static constexpr Case kCases[] = {
-      {"render mode", [](StatesTest& s) { s.box->SetRenderMode(MODE_OFF); }},
-      {"undefined mode below a hidden parent", [](StatesTest& s) { s.group->SetRenderMode(MODE_OFF); }},
-      {"deform mode of a generator", [](StatesTest& s) { s.box->SetDeformMode(FALSE); }},
-      {"layer not rendered", [](StatesTest& s) { s.SetLayer(&LayerData::render, FALSE); }},
-      {"layer without generators", [](StatesTest& s) { s.SetLayer(&LayerData::generators, FALSE); }},
-      {"layer solo", [](StatesTest& s) { s.SetLayer(&LayerData::solo, TRUE); }},
-      {"material", [](StatesTest& s) { s.texture->SetMaterial(s.red); }},
-      {"casts no shadows", [](StatesTest& s) { s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_CASTSHADOW, FALSE); }},
-      {"receives no shadows", [](StatesTest& s) { s.floorTag->GetDataInstance()->SetBool(COMPOSITINGTAG_RECEIVESHADOW, FALSE); }},
-      {"not seen by the camera",
-       [](StatesTest& s) { s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_SEENBYCAMERA, FALSE); }},
-  };
+struct Switch {
+  const char* name;
+  void (*change)(StatesTest&);
+};
+
+constexpr Switch kSwitches[] = {
+    {"render mode", [](StatesTest& s) { s.box->SetRenderMode(MODE_OFF); }},
+    {"undefined mode below a hidden parent", [](StatesTest& s) { s.group->SetRenderMode(MODE_OFF); }},
+    {"deform mode of a generator", [](StatesTest& s) { s.box->SetDeformMode(FALSE); }},
+    {"layer not rendered", [](StatesTest& s) { s.SetLayer(&LayerData::render, FALSE); }},
+    {"layer without generators", [](StatesTest& s) { s.SetLayer(&LayerData::generators, FALSE); }},
+    {"layer solo", [](StatesTest& s) { s.SetLayer(&LayerData::solo, TRUE); }},
+    {"material", [](StatesTest& s) { s.texture->SetMaterial(s.red); }},
+    {"casts no shadows", [](StatesTest& s) { s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_CASTSHADOW, FALSE); }},
+    {"receives no shadows", [](StatesTest& s) { s.floorTag->GetDataInstance()->SetBool(COMPOSITINGTAG_RECEIVESHADOW, FALSE); }},
+    {"not seen by the camera", [](StatesTest& s) { s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_SEENBYCAMERA, FALSE); }},
 };
 
 TEST_F(StatesTest, EachSwitchHasItsOwnPictureAndRecallBringsItBack) {
   const std::string plain = Shot("plain");
-  for (const Case& c : kCases) {
+  for (const Switch& c : kSwitches) {
     c.change(*this);
     const std::string changed = Shot(c.name);
     EXPECT_NE(changed, plain) << c.name;
