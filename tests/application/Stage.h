@@ -22,7 +22,7 @@ struct Stage : testing::Test {
     const std::string folder = At("plugins/" + name);
     std::filesystem::create_directories(folder);
     const std::string library = "/" + name + ".so";
-    std::filesystem::copy_file(std::string(TEST_PLUGINS) + "/" + name + library, folder + library);
+    std::filesystem::copy_file(std::filesystem::path(TEST_PLUGINS) / name / (name + ".so"), folder + library);
     if (withResources) std::filesystem::create_directory(folder + "/res");
     return folder + library;
   }
