@@ -34,7 +34,9 @@ std::string PathOfHandle(const FileHandle& file) { return "/proc/self/fd/" + std
 // Whoever writes a file with a hidden name has it locked; false where the system knows no locks or somebody has it.
 bool LockHidden(const FileHandle& file) { return flock(file.Get(), LOCK_EX | LOCK_NB) == 0; }
 
-bool HasName(const FileHandle& file) {
+// Whether a new hidden file is ours: somebody who takes it for a dead one may be faster than the lock.
+bool IsOurs(const FileHandle& file) {
+  if (!LockHidden(file) && errno == EWOULDBLOCK) return false;
   struct stat info;
   return fstat(file.Get(), &info) == 0 && info.st_nlink > 0;
 }
@@ -139,14 +141,13 @@ bool PendingFile::OpenUnnamed() {
   return true;
 }
 
-// Somebody who takes it for a dead one may be faster than the lock; then it is made again.
 bool PendingFile::OpenHidden() {
   do {
     hidden_ = HiddenName();
     file_ = FileHandle(openat(folder_.Get(), hidden_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
     if (!file_) hidden_.clear();
     if (!file_) return false;
-  } while (!LockHidden(file_) && !HasName(file_));
+  } while (!IsOurs(file_));
   return true;
 }
 

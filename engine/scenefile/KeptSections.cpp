@@ -4,7 +4,10 @@
 #include <memory>
 
 #include "engine/scene/Nodes.h"
+#include "engine/scenefile/Bytes.h"
 #include "engine/scenefile/Elements.h"
+#include "engine/scenefile/Guard.h"
+#include "engine/scenefile/SceneOrigin.h"
 
 namespace engine::scenefile {
 namespace {
@@ -15,10 +18,15 @@ struct Kept {
   std::uint64_t rawLength;
   std::string payload;
 };
-using KeptList = std::vector<Kept>;
+struct KeptList {
+  std::vector<Kept> sections;
+  std::string origin;  // see SceneOrigin.h
+};
+
+constexpr const char* kOrigin = "ORIGIN";
 
 bool IsKnown(std::string_view name) {
-  constexpr std::string_view kOthers[] = {"TEXTS", "VECTORS", "VALUES", "MESHES", "DOCUMENT", "FILES"};
+  constexpr std::string_view kOthers[] = {"TEXTS", "VECTORS", "VALUES", "MESHES", "DOCUMENT", "FILES", kOrigin};
   return std::ranges::find(kOthers, name) != std::end(kOthers) ||
          std::ranges::find(kElementRules, name, &ElementRule::name) != kElementRules.end();
 }
@@ -30,15 +38,45 @@ void KeepUnknownSections(host::BaseDocument& doc, const std::vector<Section>& se
   for (const Section& section : sections) {
     if (IsKnown(section.name)) continue;
     budget.Charge(section.payload.size());
-    list->push_back({section.name, section.rawLength, std::string(section.payload)});
+    list->sections.push_back({section.name, section.rawLength, std::string(section.payload)});
   }
-  if (!list->empty()) KeepWith(doc, std::move(list));
+  if (!list->sections.empty()) KeepWith(doc, std::move(list));
 }
 
 void AddKeptSections(const host::BaseDocument& doc, SectionWriter& out) {
   const auto* list = static_cast<const KeptList*>(KeptWith(doc).get());
   if (!list) return;
-  for (const Kept& section : *list) out.AddAsItIs(section.name, section.rawLength, section.payload);
+  for (const Kept& section : list->sections) out.AddAsItIs(section.name, section.rawLength, section.payload);
+  if (list->origin.empty()) return;
+  std::string origin;
+  PutFixed64(origin, out.Sum());
+  origin += list->origin;
+  out.AddAsItIs(kOrigin, origin.size(), origin);
 }
 
 }  // namespace engine::scenefile
+
+namespace engine {
+
+using namespace scenefile;
+
+void SetSceneOrigin(host::BaseDocument& doc, const std::string& origin) {
+  const auto* former = static_cast<const KeptList*>(KeptWith(doc).get());
+  auto list = former ? std::make_shared<KeptList>(*former) : std::make_shared<KeptList>();
+  list->origin = origin;
+  KeepWith(doc, std::move(list));
+}
+
+std::string SceneOriginOf(std::string_view bytes) {
+  const Result<std::string> origin = Guarded<std::string>([&] {
+    const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+    const Section* section = FindSection(sections, kOrigin);
+    if (section == nullptr || section != &sections.back()) return std::string();
+    std::string sum;
+    PutFixed64(sum, SumBefore(bytes, sections, *section));
+    return section->payload.starts_with(sum) ? std::string(section->payload.substr(sum.size())) : std::string();
+  });
+  return origin ? origin.Value() : "";
+}
+
+}  // namespace engine

@@ -191,16 +191,26 @@ void SectionWriter::AddAsItIs(const std::string& name, std::uint64_t rawLength, 
   pieces_.push_back(std::move(head));
 }
 
+std::uint64_t SectionWriter::Sum() const { return XXH3_64bits(sums_.data(), sums_.size()); }
+
 std::vector<std::string> SectionWriter::Finish() {
   std::string end;
   PutVarint(end, sums_.size() / 8);
-  PutFixed64(end, XXH3_64bits(sums_.data(), sums_.size()));
+  PutFixed64(end, Sum());
   std::string piece = HeadOf(std::string(kEnd), end.size(), end);
   pieces_.push_back(piece + end);
   return std::move(pieces_);
 }
 
 std::vector<Section> ReadSections(std::string_view bytes, FrameKind kind) { return FrameReader(bytes, kind).Read(); }
+
+std::uint64_t SumBefore(std::string_view bytes, const std::vector<Section>& sections, const Section& section) {
+  std::string sums;
+  for (const Section& each : sections) {
+    if (each.offset < section.offset) sums += bytes.substr(each.offset + kSumAt, kHeadLength - kSumAt);
+  }
+  return XXH3_64bits(sums.data(), sums.size());
+}
 
 std::string Expand(const Section& section, Budget& budget) {
   if (section.rawLength == section.payload.size()) {

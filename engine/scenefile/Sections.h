@@ -32,6 +32,8 @@ class SectionWriter {
   void Add(const std::string& name, std::string_view contents);
   // Takes a section as it was read.
   void AddAsItIs(const std::string& name, std::uint64_t rawLength, std::string_view payload);
+  // One number for what was added so far: that of SumBefore.
+  std::uint64_t Sum() const;
   // The file with its end, to be written piece by piece.
   std::vector<std::string> Finish();
 
@@ -44,6 +46,8 @@ class SectionWriter {
 std::vector<Section> ReadSections(std::string_view bytes, FrameKind kind);
 // The contents of a section; charges their memory. Throws Damage.
 std::string Expand(const Section& section, Budget& budget);
+// One number for all sections that stand before `section` in the file, contents included.
+std::uint64_t SumBefore(std::string_view bytes, const std::vector<Section>& sections, const Section& section);
 // The section of that name, null where there is none.
 const Section* FindSection(const std::vector<Section>& sections, std::string_view name);
 

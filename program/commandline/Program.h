@@ -18,16 +18,19 @@ namespace commandline {
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;         // it did not work
 inline constexpr int kUsage = 2;          // wrong usage or an unknown name
-inline constexpr int kInterrupted = 130;  // stopped by Ctrl-C
+inline constexpr int kInterrupted = 130;  // stopped by Ctrl-C; other signals that ask to stop give 128 + their number
 
 struct Program {
   Terminal terminal;
   std::function<int()> verb;
+  std::string verbName;
 
   // Options that many verbs share.
   std::string scene;
   std::string output;
   bool write = false;
+  bool force = false;
+  unsigned longestWait = 60;  // seconds, for another program that changes the scene
   bool json = false;
   bool yes = false;
   bool quiet = false;
@@ -42,6 +45,8 @@ void AddScene(CLI::App& verb, Program& program, const char* help = kAnyScene);
 void AddKeeping(CLI::App& verb, Program& program);
 // The option --strict of a verb for which a missing texture may be a fault.
 void AddStrict(CLI::App& verb, Program& program);
+// The option --force of a verb that writes files.
+void AddForce(CLI::App& verb, Program& program);
 // The option --only NAME... of a verb that works on checked rows.
 void AddOnly(CLI::App& verb, std::vector<std::string>& only);
 

@@ -6,6 +6,8 @@
 #include "engine/application/ProgramPlaces.h"
 #include "engine/import/Import.h"
 #include "engine/render/TextureSearch.h"
+#include "engine/scenefile/SceneOrigin.h"
+#include "program/commandline/Maker.h"
 #include "program/commandline/NamesLike.h"
 #include "program/outcome/Outcome.h"
 
@@ -62,8 +64,36 @@ int Session::LoadPlugin() {
 
 int Session::StartWithScene() {
   if (const int status = CheckTarget(); status != kDone) return status;
-  const int status = Start();
+  int status = Start();
+  if (status == kDone) status = LockScene();
   return status == kDone ? Open(program_.scene) : status;
+}
+
+// From reading to writing: what somebody else writes in between would be lost. Without --write only where -o names the scene.
+int Session::LockScene() {
+  const std::string scene = AbsolutePath(program_.scene);
+  std::error_code error;
+  if (!program_.write && (program_.output.empty() || !fs::equivalent(scene, Target(), error))) return kDone;
+  Terminal& terminal = program_.terminal;
+  const std::string busy = "Another program is changing \"" + program_.scene + "\"";
+  const std::string seconds = Counted(program_.longestWait, "second");
+  auto atOnce = engine::FileLock::Try(scene);
+  if (!atOnce) terminal.Error(atOnce.Message());
+  if (!atOnce) return kFailed;
+  if (atOnce.Value()) {
+    lock_ = std::move(*atOnce.Value());
+    return kDone;
+  }
+  if (program_.longestWait > 0) terminal.Say(busy + "; waiting at most " + seconds + " for it (--wait).");
+  const auto goOn = [&](double share) { return terminal.Progress(share, "Waiting"); };
+  auto lock = engine::FileLock::Take(scene, std::chrono::seconds(program_.longestWait), goOn);
+  if (lock) {
+    lock_ = lock.Take();
+    return kDone;
+  }
+  if (Terminal::Interrupted()) return kInterrupted;
+  terminal.Error(busy + ", still after " + seconds + ". Nothing was done. --wait SECONDS waits longer.");
+  return kFailed;
 }
 
 int Session::Open(const std::string& path) {
@@ -71,7 +101,9 @@ int Session::Open(const std::string& path) {
   const std::string absolute = AbsolutePath(path);
   const auto opened = application_->OpenDocument(absolute, &notes);
   if (!opened) {
-    program_.terminal.Error(opened.Message());
+    // The importer hears of Ctrl-C, too, and may end first.
+    const bool stopped = Terminal::Interrupted() && engine::IsImportable(absolute);
+    program_.terminal.Error(stopped ? "The import was stopped." : opened.Message());
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
   imported_ = fs::path(absolute).extension() != ".c4d";
@@ -126,15 +158,34 @@ void Session::HoldSideFiles() {
   outside_.HoldChangesAt(Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
 }
 
-// Asked before anything is done: what is written is a scene of ours and is not to replace a file of another format.
+// Asked before anything is done.
 int Session::CheckTarget() {
   const bool inPlace = program_.write && program_.output.empty();
   const std::string& target = inPlace ? program_.scene : program_.output;
-  if (target.empty() || !engine::IsImportable(target)) return kDone;
-  program_.terminal.Error((inPlace ? "--write would overwrite \"" : "The result would overwrite \"") + target +
-                          "\", which is no scene of ours. Give " + (inPlace ? "-o OUT.c4d" : "a name that ends in .c4d") +
-                          " instead.");
-  return kUsage;
+  if (target == "-") {
+    program_.terminal.Error("A scene cannot be written to standard output. Give a file name; ./- is the file of that name.");
+    return kUsage;
+  }
+  if (!target.empty() && engine::IsImportable(target)) {
+    program_.terminal.Error("\"" + target +
+                            "\" has the name of another format, which this program reads and does not write. Give " +
+                            (inPlace ? "-o OUT.c4d" : "a name that ends in .c4d") + " instead.");
+    return kUsage;
+  }
+  return program_.output.empty() ? kDone : CheckReplacing({Target()}, program_.verbName);
+}
+
+int Session::CheckReplacing(const std::vector<std::string>& paths, const std::string& maker) {
+  if (program_.force) return kDone;
+  std::vector<std::string> others;
+  for (const std::string& path : paths) {
+    if (!MayReplace(path, maker)) others.push_back(path);
+  }
+  if (others.empty()) return kDone;
+  const bool one = others.size() == 1;
+  program_.terminal.Error(Listed(others) + (one ? " exists" : " exist") + " already and " + (one ? "was" : "were") +
+                          " not made by this command. Give another name, or --force to replace " + (one ? "it." : "them."));
+  return kFailed;
 }
 
 std::string Session::Target() const {
@@ -153,21 +204,35 @@ int Session::Keep(Report& report) {
   return CheckLedger();
 }
 
-// Where the side folder is not taken along because somebody else's lies there, the held changes are not for that one.
+// Just before the file takes its place: what was not there, or was refused to the hooks meanwhile, may be different now.
+engine::Status Session::CheckAgain(const std::string& target, std::size_t refused) {
+  if (program_.terminal.Refused() != refused) {
+    return engine::Status::Failure(
+        "The preview images were not taken along, because there is a folder of that name. Nothing was "
+        "written. Give another name, or --force to replace what is there.");
+  }
+  const bool allowed = program_.output.empty() || program_.force || MayReplace(target, program_.verbName);
+  return allowed ? engine::Status() : engine::Status::Failure("\"" + target + "\" was made by somebody else meanwhile.");
+}
+
 int Session::Write(const std::string& target, Report& report) {
   const std::size_t refused = program_.terminal.Refused();
-  if (const engine::Status saved = application_->SaveDocumentAs(Document(), target); !saved) {
+  if (program_.force) program_.terminal.Choose({true, program_.quiet, program_.verbose});
+  const bool hasMarks = dialog_ && !dialog_->Marks().empty();
+  if (!program_.output.empty() && !hasMarks) engine::SetSceneOrigin(Document(), program_.verbName);
+  engine::SaveChoices choices;
+  choices.longestWait = std::chrono::seconds(program_.longestWait);
+  if (lock_.Covers(target)) choices.lock = &lock_;
+  choices.ready = [&] { return CheckAgain(target, refused); };
+  if (const engine::Status saved = application_->SaveDocumentAs(Document(), target, choices); !saved) {
     program_.terminal.Error(saved.Message());
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
-  const bool whole = program_.terminal.Refused() == refused;
-  if (whole) outside_.CarryOut(Stem(target));
+  outside_.CarryOut(Stem(target));
   report.Json()["written"] = ValidUtf8(target);
   report.Line("Written: " + target);
   report.Print(program_.json);
-  if (!whole) program_.terminal.Error("The scene was written, but its preview images were not taken along.");
-  const int status = CheckLedger();
-  return whole ? status : kFailed;
+  return CheckLedger();
 }
 
 int Session::CheckLedger() {

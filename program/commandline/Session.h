@@ -31,10 +31,14 @@ class Session {
 
   // Loads the plug-in and opens its dialog.
   int Start();
-  // Start, then opens the scene that the verb was given; other formats are imported on the fly.
+  // Start, then opens the scene that the verb was given; other formats are imported on the fly. A scene that will be replaced
+  // is locked before it is read, until the session ends.
   int StartWithScene();
-  // kUsage when the result would replace a file of a format that can only be read.
+  // Refuses a result that cannot be where it was wanted: on standard output, under the name of another format, or in place of a
+  // file that this verb may not replace.
   int CheckTarget();
+  // Refuses paths where there are files that were not made as `maker` (see Maker.h), unless --force was given.
+  int CheckReplacing(const std::vector<std::string>& paths, const std::string& maker);
   // Opens or imports a file and makes it the active document.
   int Open(const std::string& path);
 
@@ -62,6 +66,8 @@ class Session {
 
  private:
   int LoadPlugin();
+  int LockScene();
+  engine::Status CheckAgain(const std::string& target, std::size_t refused);
   void SayUnknown(const std::string& name);
   // Where -o or --write say that the scene goes, absolute; empty for nowhere.
   std::string Target() const;
@@ -72,6 +78,7 @@ class Session {
   engine::OutsideInUse inUse_;
   std::unique_ptr<engine::Application> application_;
   std::unique_ptr<StagemarksDialog> dialog_;
+  engine::FileLock lock_;
   bool imported_ = false;
   bool texturesChecked_ = false;
 };

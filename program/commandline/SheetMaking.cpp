@@ -2,18 +2,31 @@
 
 #include <filesystem>
 
+#include "program/commandline/Maker.h"
+
 namespace commandline {
 
 namespace {
 
 constexpr PictureSize kPageBox{960, 720};
 constexpr const char* kPageFile = "index.html";
+// Makers: a sheet does not replace a picture of a page.
+constexpr const char* kSheet = "sheet";
+constexpr const char* kPage = "page";
+
+namespace fs = std::filesystem;
+
+bool IsSameFolder(const fs::path& one, const fs::path& other) {
+  std::error_code error;
+  return fs::weakly_canonical(one / "", error) == fs::weakly_canonical(other / "", error);
+}
 
 }  // namespace
 
 int SheetMaking::Run(Report& report) {
   int status = kDone;
-  for (const auto step : {&SheetMaking::Choose, &SheetMaking::MakeFolders, &SheetMaking::LayOut, &SheetMaking::RenderAll}) {
+  for (const auto step : {&SheetMaking::Choose, &SheetMaking::NamePictures, &SheetMaking::CheckPlaces, &SheetMaking::MakeFolders,
+                          &SheetMaking::LayOut, &SheetMaking::RenderAll}) {
     if (status == kDone) status = (this->*step)();
   }
   if (status == kDone) status = Write(report);
@@ -29,6 +42,27 @@ int SheetMaking::Fail(const std::string& why) {
 int SheetMaking::Choose() {
   title_ = SceneName(session_.Document());
   return pictures_.Choose(order_.states);
+}
+
+// A sheet in the folder of the page has its name first.
+int SheetMaking::NamePictures() {
+  if (order_.folder.empty()) return kDone;
+  const fs::path sheet = order_.sheet;
+  if (!order_.sheet.empty() && IsSameFolder(sheet.parent_path(), order_.folder)) files_.insert(FoldedCase(sheet.filename()));
+  for (const Mark& state : pictures_.States()) {
+    entries_.push_back({state, FreeName(pictures_.AsItIs() ? pictures::kAsItIs : state.name), 0, 0});
+  }
+  return kDone;
+}
+
+int SheetMaking::CheckPlaces() {
+  if (!order_.sheet.empty()) {
+    if (const int status = session_.CheckReplacing({order_.sheet}, kSheet); status != kDone) return status;
+  }
+  if (order_.folder.empty()) return kDone;
+  std::vector<std::string> paths{order_.folder + "/" + kPageFile};
+  for (const PageEntry& entry : entries_) paths.push_back(order_.folder + "/" + entry.file);
+  return session_.CheckReplacing(paths, kPage);
 }
 
 int SheetMaking::MakeFolders() {
@@ -77,30 +111,31 @@ int SheetMaking::AddToPage(std::size_t index, const Mark& state) {
   engine::Image picture;
   const int status = pictures_.Render(size, {index, sizes_.size()}, state.name, &picture);
   if (status != kDone) return status;
-  entries_.push_back({state, FreeName(state.name), size.width, size.height});
-  return pictures_.Save(picture, order_.folder + "/" + entries_.back().file);
+  PageEntry& entry = entries_[index];
+  entry = {state, entry.file, size.width, size.height};
+  return pictures_.Save(picture, order_.folder + "/" + entry.file, kPage);
 }
 
 // Two names may become one once they are safe for files: the later ones get a number.
 std::string SheetMaking::FreeName(const std::string& name) {
   const std::string safe = SafeFileName(name);
-  std::string free = safe;
+  std::string free = safe + ".png";
   for (std::size_t& number = numbers_[FoldedCase(safe)]; !files_.insert(FoldedCase(free)).second;) {
-    free = safe + " (" + std::to_string(++number + 1) + ")";
+    free = safe + " (" + std::to_string(++number + 1) + ").png";
   }
-  return free + ".png";
+  return free;
 }
 
 int SheetMaking::Write(Report& report) {
   report.Json().update({{"states", pictures_.AsItIs() ? 0 : sizes_.size()}, {"sheet", nullptr}, {"page", nullptr}});
   if (sheet_) {
-    if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet); status != kDone) return status;
+    if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet, kSheet); status != kDone) return status;
     report.Json()["sheet"] = ValidUtf8(order_.sheet);
     report.Line("Written: " + order_.sheet);
   }
   if (order_.folder.empty()) return kDone;
   const std::string page = order_.folder + "/" + kPageFile;
-  const auto written = session_.Files().ReplaceFile(page, MakePicturePage(title_, subtitle_, entries_));
+  const auto written = session_.Files().ReplaceFile(page, WithMaker(MakePicturePage(title_, subtitle_, entries_), kPage));
   if (!written) return Fail(written.Message());
   report.Json()["page"] = ValidUtf8(page);
   report.Line("Written: " + page);

@@ -31,6 +31,8 @@ class SheetMaking {
  private:
   int Fail(const std::string& why);
   int Choose();
+  int NamePictures();
+  int CheckPlaces();
   int MakeFolders();
   int LayOut();
   int RenderAll();
@@ -46,7 +48,7 @@ class SheetMaking {
   std::string subtitle_;
   std::vector<PictureSize> sizes_;
   std::unique_ptr<pictures::ContactSheet> sheet_;
-  std::vector<PageEntry> entries_;
+  std::vector<PageEntry> entries_;              // of the page, in order
   std::set<std::string> files_;                 // names given, letter case folded
   std::map<std::string, std::size_t> numbers_;  // by name: the last number tried
 };

@@ -5,6 +5,7 @@
 
 #include "engine/render/Renderer.h"
 #include "host/Host.h"
+#include "program/commandline/Maker.h"
 
 namespace commandline {
 
@@ -101,10 +102,10 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   return kDone;
 }
 
-int StatePictures::Save(const engine::Image& picture, const std::string& path) {
+int StatePictures::Save(const engine::Image& picture, const std::string& path, const std::string& maker) {
   const Result<std::string> bytes = pictures::EncodePicture(picture, path);
   if (!bytes) return Fail("\"" + path + "\" was not written: " + bytes.Message());
-  const Status written = session_.Files().ReplaceFile(path, bytes.Value());
+  const Status written = session_.Files().ReplaceFile(path, WithMaker(bytes.Value(), maker));
   return written ? kDone : Fail(written.Message());
 }
 

@@ -52,8 +52,8 @@ class StatePictures {
   PictureFacts Facts(const Mark& state) const;
   // Renders the scene as it stands. kInterrupted after Ctrl-C.
   int Render(const PictureSize& size, const PictureTurn& turn, const std::string& name, engine::Image* picture);
-  // Writes it whole or not at all; TIFF or PNG by the suffix.
-  int Save(const engine::Image& picture, const std::string& path);
+  // Writes it whole or not at all; TIFF or PNG by the suffix. It tells that `maker` made it.
+  int Save(const engine::Image& picture, const std::string& path, const std::string& maker);
 
  private:
   int Fail(const std::string& why);

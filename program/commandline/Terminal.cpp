@@ -18,19 +18,22 @@ namespace {
 
 constexpr std::size_t kLongestWord = 400;
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t stopSignal = 0;
 
-void OnInterrupt(int) {
-  if (interrupted) std::_Exit(128 + SIGINT);
-  interrupted = 1;
+void OnStop(int signal) {
+  if (stopSignal) std::_Exit(128 + signal);
+  stopSignal = signal;
 }
 
 // Waiting for a word typed ends at Ctrl-C, all other waiting goes on.
 void CatchInterruptsWith(int flags) {
   struct sigaction action {};
-  action.sa_handler = OnInterrupt;
+  action.sa_handler = OnStop;
   action.sa_flags = flags;
-  sigaction(SIGINT, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction former {};
+    if (sigaction(signal, nullptr, &former) == 0 && former.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+  }
 }
 
 bool CanAsk() { return isatty(STDIN_FILENO) && isatty(STDERR_FILENO); }
@@ -47,7 +50,8 @@ void Terminal::CatchInterrupts() {
   CatchInterruptsWith(SA_RESTART);
   std::signal(SIGXFSZ, SIG_IGN);
 }
-bool Terminal::Interrupted() { return interrupted != 0; }
+
+int Terminal::StopSignal() { return stopSignal; }
 
 std::size_t Terminal::Columns() {
   winsize size{};

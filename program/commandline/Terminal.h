@@ -45,9 +45,12 @@ class Terminal : public engine::Person {
   void Note(const std::string& text);
   void Error(const std::string& text);
 
-  // Ctrl-C asks running work to stop; a second one ends the program.
+  // Ctrl-C, and the signals of a closed terminal and of programs that end others, ask running work to stop; a second one ends
+  // the program. What was to be ignored when the program was started still is.
   static void CatchInterrupts();
-  static bool Interrupted();
+  static bool Interrupted() { return StopSignal() != 0; }
+  // The signal that asked to stop; 0 when there was none.
+  static int StopSignal();
 
  private:
   void EndProgressLine();

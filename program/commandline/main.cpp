@@ -1,17 +1,21 @@
 // The command line `stagemarks`. The verbs register themselves, the library reads the arguments and picks one, and that one runs
 // and answers the exit status. What cannot be read is refused here, with the name that was probably meant.
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <string_view>
+#include <system_error>
 
 #include "engine/import/Import.h"
 #include "program/commandline/Description.h"
 #include "program/commandline/HelpFormat.h"
 #include "program/commandline/NamesLike.h"
 #include "program/commandline/Program.h"
+#include "program/commandline/StandardOutput.h"
 #include "program/pictures/StateWorker.h"
 
 namespace commandline {
@@ -81,15 +85,13 @@ int Refuse(const CLI::App& app, const CLI::ParseError& error, Program& program, 
 }
 
 int Run(int count, char** words) {
-  if (IsImportWorker(count, words)) return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
-  if (IsStateWorker(count, words)) return pictures::RunStateWorker();
   Program program;
   CLI::App app("Records, recalls and exports the states of a 3D scene", "stagemarks");
   DescribeProgram(app, program);
   AddVerbs(app, program);
   if (IsDescription(count, words)) {
     std::cout << (std::string_view(words[2]) == "bash" ? TablesForBash(app) : TextForManualPage(app));
-    return std::cout.flush() ? kDone : kFailed;
+    return kDone;
   }
   try {
     app.parse(count, words);
@@ -98,7 +100,29 @@ int Run(int count, char** words) {
   }
   Terminal::CatchInterrupts();
   program.terminal.Choose({program.yes, program.quiet, program.verbose});
-  return program.verb();
+  program.verbName = app.get_subcommands().front()->get_name();
+  const int status = program.verb();
+  return status != kDone && Terminal::Interrupted() ? 128 + Terminal::StopSignal() : status;
+}
+
+// A reader that has had enough, as `head`, ends this program as it ends others: without a word.
+int EndOutput(StandardOutput& output, int status) {
+  const int error = output.Finish();
+  if (error == 0) return status;
+  if (error != EPIPE) {
+    std::fprintf(stderr, "stagemarks: Not all results could be printed: %s.\n", std::generic_category().message(error).c_str());
+  } else if (status == kDone) {
+    std::signal(SIGPIPE, SIG_DFL);
+    (void)std::raise(SIGPIPE);
+  }
+  return status == kDone ? kFailed : status;
+}
+
+int RunAndPrint(int count, char** words) {
+  if (IsImportWorker(count, words)) return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
+  if (IsStateWorker(count, words)) return pictures::RunStateWorker();
+  StandardOutput output;
+  return EndOutput(output, Run(count, words));
 }
 
 }  // namespace
@@ -107,7 +131,7 @@ int Run(int count, char** words) {
 // What nobody expected, such as no memory where it is needed, still gets a message.
 int main(int count, char** words) {
   try {
-    return commandline::Run(count, words);
+    return commandline::RunAndPrint(count, words);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "stagemarks: it cannot go on (%s).\n", error.what());
   } catch (...) {

@@ -56,24 +56,14 @@ std::string FolderOf(const Law& law, const std::string& path) {
 
 // The library that an include in angle brackets belongs to; empty for the standard library and the system.
 std::string LibraryOf(const std::string& include) {
-  static const std::vector<std::pair<std::string, std::string>> prefixes = {{"assimp/", "assimp"},
-                                                                            {"zstd", "zstd"},
-                                                                            {"xxhash", "xxhash"},
-                                                                            {"tiff", "tiff"},
-                                                                            {"png", "png"},
-                                                                            {"jpeg", "jpeg"},
-                                                                            {"jerror", "jpeg"},
-                                                                            {"OpenEXR/", "openexr"},
-                                                                            {"Imf", "openexr"},
-                                                                            {"embree3/", "embree"},
-                                                                            {"CLI/", "cli11"},
-                                                                            {"nlohmann/", "json"},
-                                                                            {"ft2build", "freetype"},
-                                                                            {"fribidi", "fribidi"},
-                                                                            {"gtest/", "gtest"},
-                                                                            {"gmock/", "gtest"},
-                                                                            {"rapidcheck", "rapidcheck"},
-                                                                            {"benchmark/", "benchmark"}};
+  static const std::vector<std::pair<std::string, std::string>> prefixes = {
+      {"assimp/", "assimp"},      {"zstd", "zstd"},         {"xxhash", "xxhash"},
+      {"zlib", "zlib"},           {"tiff", "tiff"},         {"png", "png"},
+      {"jpeg", "jpeg"},           {"jerror", "jpeg"},       {"OpenEXR/", "openexr"},
+      {"Imf", "openexr"},         {"embree3/", "embree"},   {"CLI/", "cli11"},
+      {"nlohmann/", "json"},      {"ft2build", "freetype"}, {"fribidi", "fribidi"},
+      {"gtest/", "gtest"},        {"gmock/", "gtest"},      {"rapidcheck", "rapidcheck"},
+      {"benchmark/", "benchmark"}};
   for (const auto& [prefix, library] : prefixes) {
     if (include.rfind(prefix, 0) == 0) return library;
   }

@@ -1,6 +1,7 @@
 #include "tests/commandline/CommandLine.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 
 namespace tests {
@@ -29,6 +30,12 @@ ChildResult CommandLine::Call(const std::vector<std::string>& arguments) const {
 
 ChildResult CommandLine::CallOnTerminal(const std::vector<std::string>& arguments, const std::vector<Typing>& typing) const {
   return RunOnTerminal(kProgram, arguments, Environment(), typing);
+}
+
+ChildResult CommandLine::Shell(const std::string& script) const {
+  auto environment = Environment();
+  environment["PATH"] = std::string(TEST_BINARY_DIR "/bin:") + std::getenv("PATH");
+  return RunChild("/bin/sh", {"-c", "cd '" + folder_.Path() + "' && { " + script + "\n}"}, environment);
 }
 
 std::string CommandLine::Out(const std::vector<std::string>& arguments) const {

@@ -17,6 +17,8 @@ class CommandLine : public testing::Test {
   ChildResult Call(const std::vector<std::string>& arguments) const;
   // The same on a terminal.
   ChildResult CallOnTerminal(const std::vector<std::string>& arguments, const std::vector<Typing>& typing) const;
+  // A script of the shell in the scratch folder, where `stagemarks` is the program.
+  ChildResult Shell(const std::string& script) const;
   // Calls and expects success.
   std::string Out(const std::vector<std::string>& arguments) const;
   nlohmann::json Json(std::vector<std::string> arguments) const;

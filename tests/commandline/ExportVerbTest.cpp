@@ -83,7 +83,8 @@ TEST_F(ExportVerb, ATextureFoundNowhereIsNamed) {
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.err.find("drkwood2.jpg\" was not found."), std::string::npos) << result.err;
   EXPECT_EQ(Files("out").substr(0, 16), "spider Day.c4d |");
-  EXPECT_EQ(JsonAnyway({"export", scene, "--layout", "one-tex", "--to", folder_ / "out"})["missingTextures"].size(), 1U);
+  EXPECT_EQ(JsonAnyway({"export", scene, "--layout", "one-tex", "--to", folder_ / "out", "--force"})["missingTextures"].size(),
+            1U);
   EXPECT_EQ(Call({"export", scene, "--layout", "file", "--to", folder_ / "flat"}).status, 0);
 }
 
@@ -159,7 +160,9 @@ TEST_F(ExportVerb, FilesOfTheSameNamesAreReplacedWhole) {
   tests::WriteText(folder_ / "out/spider Day.c4d", "old");
   tests::WriteText(folder_ / "out/tex/SpiderTex.jpg", "old");
   tests::WriteText(folder_ / "out/tex/mine.txt", "mine");
-  for (int i = 0; i < 2; ++i) Out({"export", scene, "--layout", "one-tex", "--to", folder_ / "out"});
+  EXPECT_EQ(Call({"export", scene, "--layout", "one-tex", "--to", folder_ / "out"}).status, 1);
+  EXPECT_EQ(tests::ReadText(folder_ / "out/tex/SpiderTex.jpg"), "old") << "nothing is written where a scene is in the way";
+  for (int i = 0; i < 2; ++i) Out({"export", scene, "--layout", "one-tex", "--to", folder_ / "out", "--force"});
   EXPECT_EQ(Files("out"), "spider Day.c4d | spider Night.c4d | tex/*5");
   EXPECT_EQ(tests::ReadText(folder_ / "out/tex/SpiderTex.jpg"), tests::ReadText(TEST_SOURCE_DIR "/scenes/spider/SpiderTex.jpg"));
   EXPECT_EQ(Marks(folder_ / "out/spider Day.c4d"), "*Day Night ");

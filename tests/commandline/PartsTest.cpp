@@ -11,7 +11,7 @@ class Parts : public CommandLine {
  protected:
   // Render mode of the first object, the scene camera, and whether the layer is shown in renders, after a load of "Night".
   std::string After(const std::vector<std::string>& choice) {
-    std::vector<std::string> call{"load", scene_, "Night", "-o", Scene("after.c4d")};
+    std::vector<std::string> call{"load", scene_, "Night", "--force", "-o", Scene("after.c4d")};
     call.insert(call.end(), choice.begin(), choice.end());
     Out(call);
     const json info = Json({"info", Scene("after.c4d"), "--tree"});

@@ -61,7 +61,7 @@ TEST_F(SceneTextures, EveryVerbTellsThoseThatAreMissing) {
       {"sheet", scene, "-o", folder_ / "s.png"},
       {"load", scene, "Day"},
       {"record", scene, "Night", "--preview"},
-      {"export", scene, "--layout", "file", "--to", folder_ / "flat"},
+      {"export", scene, "--layout", "file", "--force", "--to", folder_ / "flat"},
       {"info", scene},
       {"import", folder_ / "shot/spider.obj", folder_ / "again.c4d"},
   };

@@ -1,12 +1,35 @@
 #include "program/commandline/Demo.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 
 #include "engine/application/ProgramPlaces.h"
 
 namespace commandline {
 
 namespace {
+
+constexpr const char* kFolder = "stagemarks-demo";
+
+// A demo that was worked on is not replaced by the next one.
+std::string FreeFolder(Session& session) {
+  std::string folder = kFolder;
+  for (int number = 2; session.Files().Kind(AbsolutePath(folder)) != engine::FileKind::Missing; ++number) {
+    folder = kFolder + ("-" + std::to_string(number));
+  }
+  return AbsolutePath(folder);
+}
+
+int CheckFolder(Session& session, const std::string& folder, const std::string& scene) {
+  const std::string saved = folder + "/" + std::filesystem::path(scene).stem().string() + ".c4d";
+  for (const std::string& path : {saved, folder + "/export"}) {
+    if (session.GetProgram().force || session.Files().Kind(path) == engine::FileKind::Missing) continue;
+    session.GetProgram().terminal.Error("\"" + path +
+                                        "\" exists already. Name another folder with --to, or --force to replace it.");
+    return kFailed;
+  }
+  return kDone;
+}
 
 int RunDemo(Program& program) {
   Session session(program);
@@ -17,7 +40,9 @@ int RunDemo(Program& program) {
     program.terminal.Error("The sample scene is not at \"" + scene + "\". Give a scene: stagemarks demo SCENE.");
     return kFailed;
   }
-  return Demo(session, scene, AbsolutePath(program.output)).Run();
+  const std::string folder = program.output.empty() ? FreeFolder(session) : AbsolutePath(program.output);
+  if (const int status = CheckFolder(session, folder, scene); status != kDone) return status;
+  return Demo(session, scene, folder).Run();
 }
 
 }  // namespace
@@ -25,16 +50,16 @@ int RunDemo(Program& program) {
 void AddDemo(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("demo", "Show the main job on a sample scene: record three states, recall and check them");
   verb->add_option("SCENE", program.scene, "The scene to use instead of the sample");
-  verb->add_option("--to", program.output, "Folder for what it writes")->type_name("DIR")->default_str("stagemarks-demo");
+  verb->add_option("--to", program.output, "Folder for what it writes; one that is not there yet by default")
+      ->type_name("DIR")
+      ->default_str(kFolder);
+  AddForce(*verb, program);
   verb->add_flag("--json", program.json, "Print the steps as JSON when all is done");
   verb->footer(
       "Examples:\n"
       "  stagemarks demo\n"
       "  stagemarks demo my.gltf --to tryout");
-  verb->callback([&program] {
-    if (program.output.empty()) program.output = "stagemarks-demo";
-    program.verb = [&program] { return RunDemo(program); };
-  });
+  verb->callback([&program] { program.verb = [&program] { return RunDemo(program); }; });
 }
 
 }  // namespace commandline

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "program/commandline/Exporting.h"
+#include "program/pictures/PictureSize.h"
 
 namespace commandline {
 
@@ -42,12 +43,25 @@ void AddResult(const ExportOrder& order, const ExportResult& result, bool all, R
                    {"reckoned", ReckonedIn(result.plan)}};
 }
 
+// The scene files of the checked Stagemarks, as the plug-in names them.
+std::vector<std::string> PlannedScenes(Session& session, const ExportOrder& order) {
+  const bool sideBySide = order.layout == "file" || order.layout == "one-tex";
+  std::vector<std::string> paths;
+  for (const std::string& name : session.Dialog().CheckedNames()) {
+    const std::string base = pictures::SceneName(session.Document()) + " " + name;
+    paths.push_back(order.folder + "/" + (sideBySide ? "" : base + "/") + base + ".c4d");
+  }
+  return paths;
+}
+
 int RunExport(Program& program, ExportChoices choices) {
   if (const int status = ReadFrames(program, choices); status != kDone) return status;
   choices.order.folder = AbsolutePath(choices.order.folder);
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
   if (const int status = session.Check(choices.order.only); status != kDone) return status;
+  const auto scenes = PlannedScenes(session, choices.order);
+  if (const int status = session.CheckReplacing(scenes, program.verbName); status != kDone) return status;
   const ExportResult result = Export(session, choices.order);
   for (const std::string& failure : result.failures) program.terminal.Error(failure);
   Report report;
@@ -72,10 +86,11 @@ void AddExport(CLI::App& app, Program& program) {
       ->type_name("LAYOUT");
   AddOnly(*verb, choices->order.only);
   AddStrict(*verb, program);
+  AddForce(*verb, program);
   verb->add_option("--frames", choices->frames, "Give every file this frame range, as 0:90")->type_name("FROM:TO");
   verb->add_flag("-y,--yes", program.yes, "Answer every question with yes");
   verb->footer(
-      "Files of the same names are replaced. The scene itself is left alone.\n"
+      "Scene files of the same names are replaced with --force only, their textures always. The scene itself is left alone.\n"
       "Before anything is written, the files are reckoned up: names that cannot be those of files are refused, and where the "
       "disk "
       "has too little room you are asked.\n"

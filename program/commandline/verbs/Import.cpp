@@ -38,6 +38,7 @@ void AddImport(CLI::App& app, Program& program) {
   AddScene(*verb, program, "The file to import: .gltf, .glb, .fbx, .obj or .dae");
   verb->add_option("OUT", program.output, "The .c4d file to write")->required();
   AddStrict(*verb, program);
+  AddForce(*verb, program);
   verb->footer(
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"

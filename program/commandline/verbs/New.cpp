@@ -9,10 +9,6 @@ namespace {
 int RunNew(Program& program) {
   Session session(program);
   if (const int status = session.CheckTarget(); status != kDone) return status;
-  if (session.Files().Kind(AbsolutePath(program.output)) != engine::FileKind::Missing && !program.write) {
-    program.terminal.Error("\"" + program.output + "\" exists already. Give another name, or --force to replace it.");
-    return kFailed;
-  }
   session.App().NewDocument();
   Report report;
   return session.Keep(report);
@@ -23,7 +19,7 @@ int RunNew(Program& program) {
 void AddNew(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("new", "Make an empty scene");
   verb->add_option("OUT", program.output, "The .c4d file to write")->required();
-  verb->add_flag("--force", program.write, "Replace a file that is there");
+  AddForce(*verb, program);
   verb->add_flag("--json", program.json, "Print the result as JSON");
   verb->footer(
       "Example:\n"

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <iostream>
 
 #include "program/commandline/StatePictures.h"
 
@@ -37,7 +38,8 @@ class RenderVerb {
 
   int Run() {
     int status = CheckOptions();
-    for (const auto step : {&RenderVerb::Open, &RenderVerb::Plan, &RenderVerb::CheckNames, &RenderVerb::MakeFolders}) {
+    for (const auto step :
+         {&RenderVerb::Open, &RenderVerb::Plan, &RenderVerb::CheckNames, &RenderVerb::CheckPlaces, &RenderVerb::MakeFolders}) {
       if (status == kDone) status = (this->*step)();
     }
     if (status != kDone) return status;
@@ -110,14 +112,22 @@ class RenderVerb {
            ", because what a file's name cannot hold is replaced in it. Rename one of them, or render them apart.";
   }
 
-  int MakeFolders() {
+  int CheckPlaces() {
+    std::vector<std::string> paths;
     for (PlannedPicture& picture : plan_) {
+      picture.isThere = options_.resume && IsWhole(picture);
+      if (!picture.isThere) paths.push_back(picture.path);
+    }
+    return session_.CheckReplacing(paths, program_.verbName);
+  }
+
+  int MakeFolders() {
+    for (const PlannedPicture& picture : plan_) {
       const auto folder = std::filesystem::path(picture.path).parent_path().string();
       if (const auto made = session_.Files().MakeFolders(folder); !made) {
         program_.terminal.Error(made.Message());
         return kFailed;
       }
-      picture.isThere = options_.resume && IsWhole(picture);
     }
     return kDone;
   }
@@ -139,6 +149,7 @@ class RenderVerb {
       report.Line("  " + picture.path + "  " + SizeText(picture.size) + (picture.isThere ? "  is there" : ""));
     }
     report.Print(false);
+    std::cout.flush();
   }
 
   int RenderAll() {
@@ -148,7 +159,7 @@ class RenderVerb {
       int status = pictures_.Recall(picture.state);
       engine::Image image;
       if (status == kDone) status = pictures_.Render(picture.size, {i, plan_.size()}, picture.name, &image);
-      if (status == kDone) status = pictures_.Save(image, picture.path);
+      if (status == kDone) status = pictures_.Save(image, picture.path, program_.verbName);
       if (status != kDone) return status;
       picture.isRendered = true;
     }
@@ -208,8 +219,9 @@ void AddRender(CLI::App& app, Program& program) {
       ->type_name("N")
       ->check(CLI::Range(0U, 1024U));
   verb->add_flag("--resume", options->resume, "Keep whole pictures that are there and render what is missing");
+  AddForce(*verb, program);
   verb->footer(
-      "A scene without Stagemarks is rendered as it is. Existing pictures are replaced.\n\n"
+      "A scene without Stagemarks is rendered as it is. Pictures of an earlier `render` are replaced, other files are not.\n\n"
       "Examples:\n"
       "  stagemarks render room.c4d\n"
       "  stagemarks render room.c4d --state Evening -o \"pictures/{scene} {camera} {frame}.tif\" --size 640x360");

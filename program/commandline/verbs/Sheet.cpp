@@ -62,7 +62,9 @@ void AddSheet(CLI::App& app, Program& program) {
   verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")
       ->type_name("N")
       ->check(CLI::Range(0U, 1024U));
+  AddForce(*verb, program);
   verb->footer(
+      "Sheets and pages of an earlier `sheet` are replaced, other files are not.\n\n"
       "Examples:\n"
       "  stagemarks sheet room.c4d -o sheet.png\n"
       "  stagemarks sheet room.c4d --html pictures");

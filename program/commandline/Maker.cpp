@@ -1,0 +1,83 @@
+#include "program/commandline/Maker.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+
+#include "engine/outside/Outside.h"
+#include "engine/scenefile/FileAsRead.h"
+#include "engine/scenefile/SceneOrigin.h"
+
+namespace commandline {
+
+namespace {
+
+constexpr std::string_view kMark = "Made by stagemarks ";
+constexpr std::size_t kLongestMark = 100;
+constexpr std::string_view kPngBegin = "\x89PNG\r\n\x1a\n";
+constexpr std::string_view kPageBegin = "<!DOCTYPE html>";
+constexpr std::size_t kPngEnd = 12;  // bytes of its last chunk
+constexpr std::string_view kChunk = "tEXtSoftware";
+
+std::string MarkText(std::string_view bytes, const std::string& maker) {
+  char hash[17];
+  std::snprintf(hash, sizeof hash, "%016llx", static_cast<unsigned long long>(engine::HashOfContent({&bytes, 1})));
+  return std::string(kMark) + maker + " " + hash;
+}
+
+std::string BigEndian(std::uint32_t number) {
+  std::string bytes;
+  for (const unsigned shift : {24U, 16U, 8U, 0U}) bytes += static_cast<char>(number >> shift);
+  return bytes;
+}
+
+// Text in a chunk of its own, which programs that show pictures skip or tell.
+std::string PngChunk(const std::string& text) {
+  const std::string body = std::string(kChunk) + '\0' + text;
+  const auto sum = crc32(0, reinterpret_cast<const Bytef*>(body.data()), static_cast<uInt>(body.size()));
+  return BigEndian(static_cast<std::uint32_t>(body.size() - 4)) + body + BigEndian(static_cast<std::uint32_t>(sum));
+}
+
+bool IsPng(std::string_view bytes) { return bytes.starts_with(kPngBegin) && bytes.size() > kPngBegin.size() + kPngEnd; }
+
+// The bytes without their mark, which begins at `mark`; what stands around it depends on the kind of file.
+std::string WithoutMark(std::string_view bytes, std::size_t mark) {
+  if (IsPng(bytes)) {
+    const std::size_t before = 4 + kChunk.size() + 1;
+    return std::string(bytes.substr(0, mark - std::min(mark, before))) + std::string(bytes.substr(bytes.size() - kPngEnd));
+  }
+  const std::size_t before = bytes.starts_with(kPageBegin) ? std::string_view("<!-- ").size() : 0;
+  return std::string(bytes.substr(0, mark - std::min(mark, before)));
+}
+
+}  // namespace
+
+std::string WithMaker(const std::string& bytes, const std::string& maker) {
+  const std::string mark = MarkText(bytes, maker);
+  if (bytes.starts_with(kPageBegin)) return bytes + "<!-- " + mark + " -->\n";
+  if (!IsPng(bytes)) return bytes + mark + "\n";
+  return bytes.substr(0, bytes.size() - kPngEnd) + PngChunk(mark) + bytes.substr(bytes.size() - kPngEnd);
+}
+
+// A mark is good when marking the rest again gives the same bytes.
+std::string MakerOf(std::string_view bytes) {
+  const std::string scene = engine::SceneOriginOf(bytes);
+  if (!scene.empty()) return scene;
+  const std::size_t tail = bytes.size() - std::min(bytes.size(), kLongestMark);
+  const std::size_t mark = bytes.substr(tail).find(kMark);
+  if (mark == std::string_view::npos) return "";
+  const std::string_view rest = bytes.substr(tail + mark + kMark.size());
+  const std::string maker(rest.substr(0, std::min(rest.find(' '), rest.size())));
+  return WithMaker(WithoutMark(bytes, tail + mark), maker) == bytes ? maker : "";
+}
+
+bool MayReplace(const std::string& path, const std::string& maker) {
+  engine::Outside& outside = engine::Outside::Current();
+  if (outside.Kind(path) != engine::FileKind::File) return true;
+  const auto bytes = outside.ReadFile(path);
+  return bytes && MakerOf(bytes.Value()) == maker;
+}
+
+}  // namespace commandline
