@@ -6,14 +6,12 @@
 #include <QTime>
 #include <QToolButton>
 
-#include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
+#include "program/desktop/Look.h"
 
 namespace desktop {
 
 namespace {
-
-using namespace colors;
 
 constexpr double kRound = 4;
 // Of a progress bar that runs to and fro.
@@ -47,20 +45,23 @@ void DrawBox(QPainter& painter, const QRect& rect, QRgb ground, QRgb edge, doubl
   soft->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), round, round);
 }
 
-QRgb EdgeOf(const QStyleOption& option) { return Is(option, QStyle::State_Enabled | QStyle::State_HasFocus) ? kAccent : kEdge; }
+QRgb EdgeOf(const QStyleOption& option) {
+  return Is(option, QStyle::State_Enabled | QStyle::State_HasFocus) ? PresentLook().accent : PresentLook().edge;
+}
 
 // Of something one types into or chooses from.
 void DrawField(QPainter& painter, const QStyleOption& option, bool isButton) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && Is(option, QStyle::State_MouseOver);
-  const QRgb button = !enabled ? kWindow : lit ? kLitButton : kButton;
-  DrawBox(painter, option.rect, isButton ? button : enabled ? kField : kWindow, EdgeOf(option));
+  const QRgb button = !enabled ? PresentLook().window : lit ? PresentLook().litButton : PresentLook().button;
+  DrawBox(painter, option.rect, isButton ? button : enabled ? PresentLook().field : PresentLook().window, EdgeOf(option));
 }
 
 void DrawChevron(QPainter& painter, const QRect& rect, int quarterTurns, bool enabled) {
   constexpr double kHalfWidth = 3.2;
   SoftPainter soft(painter);
-  soft->setPen(QPen(QColor(enabled ? 0xffb4b4b4 : 0xff5a5a5a), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  soft->setPen(
+      QPen(QColor(enabled ? PresentLook().quiet : PresentLook().faintMark), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   soft->translate(QRectF(rect).center());
   soft->rotate(90.0 * quarterTurns);
   soft->drawPolyline(QPolygonF({{-kHalfWidth, -kHalfWidth / 2}, {0, kHalfWidth / 2}, {kHalfWidth, -kHalfWidth / 2}}));
@@ -75,9 +76,13 @@ void DrawTick(QPainter& painter, const QRectF& box, QRgb color) {
 void DrawCheckBox(QPainter& painter, const QStyleOption& option) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && (option.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
-  DrawBox(painter, option.rect, kField, lit ? kAccent : enabled ? kIdleBox : kEdge, 2.5);
+  DrawBox(painter, option.rect, PresentLook().field,
+          lit       ? PresentLook().accent
+          : enabled ? PresentLook().idleBox
+                    : PresentLook().edge,
+          2.5);
   const QRectF box(option.rect);
-  const QRgb mark = enabled ? kAccent : kFaint;
+  const QRgb mark = enabled ? PresentLook().accent : PresentLook().faint;
   if (Is(option, QStyle::State_On)) DrawTick(painter, box, mark);
   if (!Is(option, QStyle::State_NoChange)) return;
   SoftPainter soft(painter);
@@ -89,17 +94,21 @@ void DrawRadioButton(QPainter& painter, const QStyleOption& option) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && (option.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
   const int side = std::min(option.rect.width(), option.rect.height());
-  DrawBox(painter, option.rect, kField, lit ? kAccent : enabled ? kIdleBox : kEdge, side / 2.0);
+  DrawBox(painter, option.rect, PresentLook().field,
+          lit       ? PresentLook().accent
+          : enabled ? PresentLook().idleBox
+                    : PresentLook().edge,
+          side / 2.0);
   if (!Is(option, QStyle::State_On)) return;
   SoftPainter soft(painter);
   soft->setPen(Qt::NoPen);
-  soft->setBrush(QColor(enabled ? kAccent : kFaint));
+  soft->setBrush(QColor(enabled ? PresentLook().accent : PresentLook().faint));
   soft->drawEllipse(QRectF(option.rect).center(), side * 0.24, side * 0.24);
 }
 
 void DrawRing(QPainter& painter, const QRect& rect) {
   SoftPainter soft(painter);
-  soft->setPen(QColor(kAccent));
+  soft->setPen(QColor(PresentLook().accent));
   soft->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), kRound, kRound);
 }
 
@@ -108,7 +117,7 @@ void DrawDropPlace(QPainter& painter, const QRect& rect) {
   constexpr double kRing = 3;
   if (rect.isNull()) return;
   SoftPainter soft(painter);
-  soft->setPen(QPen(QColor(kAccent), 2));
+  soft->setPen(QPen(QColor(PresentLook().accent), 2));
   if (rect.height() > 0) {
     soft->drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), kRound, kRound);
     return;
@@ -127,10 +136,10 @@ void DrawSlider(QPainter& painter, const QStyleOptionSlider& slider, const QRect
   const bool flat = slider.orientation == Qt::Horizontal;
   const QRect line = flat ? QRect(groove.left(), middle.y() - kLine / 2 + 1, groove.width(), kLine)
                           : QRect(middle.x() - kLine / 2 + 1, groove.top(), kLine, groove.height());
-  DrawBox(painter, line, kField, kEdge, kLine / 2.0);
+  DrawBox(painter, line, PresentLook().field, PresentLook().edge, kLine / 2.0);
   SoftPainter soft(painter);
-  soft->setPen(QPen(QColor(lit ? kAccent : kEdge), 1.4));
-  soft->setBrush(QColor(enabled ? 0xffb4b4b4 : kEdge));
+  soft->setPen(QPen(QColor(lit ? PresentLook().accent : PresentLook().edge), 1.4));
+  soft->setBrush(QColor(enabled ? PresentLook().quiet : PresentLook().edge));
   soft->drawEllipse(QRectF(handle).center(), kKnob, kKnob);
 }
 
@@ -138,17 +147,17 @@ void DrawToolButton(QPainter& painter, const QStyleOption& option) {
   const bool pressed = option.state & (QStyle::State_Sunken | QStyle::State_On);
   const bool lit = Is(option, QStyle::State_Enabled | QStyle::State_MouseOver);
   if (!pressed && !lit) return;
-  const QRgb ground = pressed ? kSelected : kLitButton;
+  const QRgb ground = pressed ? PresentLook().selected : PresentLook().litButton;
   DrawBox(painter, option.rect, ground, ground);
 }
 
 void DrawSplitter(QPainter& painter, const QStyleOption& option) {
-  painter.fillRect(option.rect, QColor(Is(option, QStyle::State_MouseOver) ? kAccent : kField));
+  painter.fillRect(option.rect, QColor(Is(option, QStyle::State_MouseOver) ? PresentLook().accent : PresentLook().field));
 }
 
 void DrawHeader(QPainter& painter, const QStyleOption& option) {
-  painter.fillRect(option.rect, QColor(kBar));
-  painter.setPen(QColor(kButton));
+  painter.fillRect(option.rect, QColor(PresentLook().bar));
+  painter.setPen(QColor(PresentLook().button));
   painter.drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
 }
 
@@ -160,14 +169,14 @@ double RunnerPlace() {
 }
 
 void DrawProgress(QPainter& painter, const QStyleOptionProgressBar& bar) {
-  DrawBox(painter, bar.rect, kField, kEdge);
+  DrawBox(painter, bar.rect, PresentLook().field, PresentLook().edge);
   const double whole = static_cast<double>(bar.maximum) - bar.minimum;
   const double share = whole > 0 ? (bar.progress - bar.minimum) / whole : kRunnerShare;
   QRect done = bar.rect.adjusted(2, 2, -2, -2);
   const int room = done.width();
   done.setWidth(static_cast<int>(room * share));
   if (whole <= 0) done.translate(static_cast<int>((room - done.width()) * RunnerPlace()), 0);
-  const QRgb color = Is(bar, QStyle::State_Enabled) ? kAccent : kEdge;
+  const QRgb color = Is(bar, QStyle::State_Enabled) ? PresentLook().accent : PresentLook().edge;
   if (done.width() > 1) DrawBox(painter, done, color, color, 2.5);
 }
 
@@ -193,10 +202,10 @@ void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
     case PE_IndicatorItemViewItemCheck:
       return DrawCheckBox(*painter, *option);
     case PE_IndicatorTabClose:
-      if (Is(*option, State_MouseOver)) DrawBox(*painter, option->rect, kLitButton, kLitButton);
+      if (Is(*option, State_MouseOver)) DrawBox(*painter, option->rect, PresentLook().litButton, PresentLook().litButton);
       return Icon("close").paint(painter, option->rect.adjusted(2, 2, -2, -2));
     case PE_IndicatorMenuCheckMark:
-      return DrawTick(*painter, option->rect, Is(*option, State_Enabled) ? kAccent : kFaint);
+      return DrawTick(*painter, option->rect, Is(*option, State_Enabled) ? PresentLook().accent : PresentLook().faint);
     case PE_IndicatorRadioButton:
       return DrawRadioButton(*painter, *option);
     case PE_FrameFocusRect:

@@ -1,11 +1,14 @@
 #include "program/desktop/Icons.h"
 
 #include <QDir>
+#include <QFile>
 #include <QHash>
 #include <QIconEngine>
 #include <QPainter>
 #include <QSvgRenderer>
 #include <memory>
+
+#include "program/desktop/Look.h"
 
 namespace desktop {
 
@@ -15,14 +18,30 @@ constexpr const char* kFolder = ":/icons/";
 constexpr const char* kSuffix = ".svg";
 constexpr double kFaint = 0.35;
 constexpr QRgb kMissing = 0xffff00ff;
+// As the files have them: the look's own take their place.
+constexpr const char* kLine = "#c8c8c8";
+constexpr const char* kAccent = "#c98a3d";
+
+// One for each look, so that icons that are in use follow it.
+struct Drawing {
+  QSvgRenderer dark;
+  QSvgRenderer light;
+
+  explicit Drawing(const QByteArray& file) : dark(file), light(Colored(file, LightLook())) {}
+  static QByteArray Colored(QByteArray file, const Look& look) {
+    file.replace(kLine, QColor(look.iconLine).name().toLatin1());
+    return file.replace(kAccent, QColor(look.accent).name().toLatin1());
+  }
+  QSvgRenderer& Present() { return PresentLook().isLight ? light : dark; }
+};
 
 // Draws the file anew for each size, so that no picture of it is ever scaled.
 class DrawnIcon : public QIconEngine {
  public:
-  explicit DrawnIcon(std::shared_ptr<QSvgRenderer> drawing) : drawing_(std::move(drawing)) {}
+  explicit DrawnIcon(std::shared_ptr<Drawing> drawing) : drawing_(std::move(drawing)) {}
 
   void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
-    if (!drawing_->isValid()) {
+    if (!drawing_->Present().isValid()) {
       painter->fillRect(rect, QColor(kMissing));
       return;
     }
@@ -33,7 +52,7 @@ class DrawnIcon : public QIconEngine {
     const int side = std::min(rect.width(), rect.height());
     QRectF square(0, 0, side, side);
     square.moveCenter(QRectF(rect).center());
-    drawing_->render(painter, square);
+    drawing_->Present().render(painter, square);
   }
 
   QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
@@ -57,12 +76,13 @@ class DrawnIcon : public QIconEngine {
     painter.restore();
   }
 
-  std::shared_ptr<QSvgRenderer> drawing_;
+  std::shared_ptr<Drawing> drawing_;
 };
 
 QIcon Load(const QString& name) {
-  auto drawing = std::make_shared<QSvgRenderer>(kFolder + name + kSuffix);
-  if (!drawing->isValid()) qWarning("There is no icon \"%s\".", qPrintable(name));
+  QFile file(kFolder + name + kSuffix);
+  auto drawing = std::make_shared<Drawing>(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
+  if (!drawing->dark.isValid()) qWarning("There is no icon \"%s\".", qPrintable(name));
   return QIcon(new DrawnIcon(std::move(drawing)));
 }
 

@@ -1,5 +1,5 @@
-// Icons: the one family of icons, drawn on a grid of 16 units, light grey with one warm accent, for a dark ground. The files lie
-// in program/desktop/icons and are part of the program. Main thread.
+// Icons: the one family of icons, drawn on a grid of 16 units, lines with one warm accent, in the colours of the look. The files
+// lie in program/desktop/icons and are part of the program. Main thread.
 #pragma once
 
 #include <QIcon>

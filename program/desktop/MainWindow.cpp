@@ -117,7 +117,10 @@ void MainWindow::BuildMenus() {
   cameraActs_ = new CameraActs(*this);
   QMenu& create = *menuBar()->addMenu("&Create");
   BuildCreateMenu(create, *this);
-  BuildViewMenu(*menuBar()->addMenu("&View"), create, *this);
+  QMenu* view = menuBar()->addMenu("&View");
+  BuildViewMenu(*view, create, *this);
+  view->addSeparator();
+  lookChoice_ = new LookChoice(*view, settings_, this);
   BuildRenderMenu(*menuBar()->addMenu("&Render"), *this);
   BuildPluginMenu(*menuBar()->addMenu("&Plug-ins"), *this);
   BuildWindowMenu(*menuBar()->addMenu("&Window"), *this);

@@ -8,6 +8,7 @@
 
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/DocumentTabs.h"
+#include "program/desktop/LookChoice.h"
 #include "program/desktop/Reports.h"
 #include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
@@ -40,6 +41,7 @@ class MainWindow : public QMainWindow {
   LookedAt& Looking() { return lookedAt_; }
   EditMenu& Edit() { return *editMenu_; }
   CameraActs& Cameras() { return *cameraActs_; }
+  LookChoice& Appearance() { return *lookChoice_; }
   // Offers what a desktop that crashed has left.
   void OfferLostWork();
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
@@ -83,6 +85,7 @@ class MainWindow : public QMainWindow {
   CameraActs* cameraActs_ = nullptr;
   host::ULLONG lookedAtFile_ = 0;  // the document whose file was looked at since a person came back to it
   QTimer look_;
+  LookChoice* lookChoice_ = nullptr;
   QByteArray firstLayout_;
 };
 

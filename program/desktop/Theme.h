@@ -1,12 +1,15 @@
-// The look of the desktop: a calm dark grey without a colour cast, so that pictures are judged by themselves, and one warm
-// accent. Main thread.
+// Style, palette and style sheet of the desktop, in the colours of a Look. Main thread.
 #pragma once
+
+#include "program/desktop/Look.h"
 
 class QApplication;
 
 namespace desktop {
 
-// Style, palette and style sheet for the whole program.
+// For the whole program; dark at first.
 void ApplyTheme(QApplication& application);
+// Brings another look onto the screen; windows that are open follow.
+void ShowLook(const Look& look);
 
 }  // namespace desktop

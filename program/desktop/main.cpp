@@ -11,6 +11,7 @@
 #include "program/desktop/Check.h"
 #include "program/desktop/Display.h"
 #include "program/desktop/MainWindow.h"
+#include "program/desktop/SystemLook.h"
 #include "program/desktop/Theme.h"
 
 namespace desktop {
@@ -55,6 +56,7 @@ int Run(const QCommandLineParser& parser) {
   application.NewDocument();
   MainWindow window(application, there, SettingsFile(outside));
   window.show();
+  const SystemLook system([&window](bool light) { window.Appearance().SystemPrefers(light); });
   LoadPlugins(application, there);
   window.RestoreLayout();
   if (check) return RunCheck(application, checking, scenes);

@@ -57,7 +57,15 @@ std::vector<QWidget*> Controls(QWidget* parent) {
   return {new QPushButton("Button", parent), new QLineEdit("Text", parent), combo, number, box, radio, tool, slider};
 }
 
-TEST(Theme, TextsStandOutFromTheirGround) {
+class Theme : public testing::TestWithParam<const desktop::Look*> {
+ protected:
+  void SetUp() override { desktop::ShowLook(*GetParam()); }
+  void TearDown() override { desktop::ShowLook(desktop::DarkLook()); }
+};
+INSTANTIATE_TEST_SUITE_P(Looks, Theme, testing::Values(&desktop::DarkLook(), &desktop::LightLook()),
+                         [](const auto& look) { return look.param->isLight ? "Light" : "Dark"; });
+
+TEST_P(Theme, TextsStandOutFromTheirGround) {
   const QPalette palette = QApplication::palette();
   struct Row {
     QPalette::ColorRole text;
@@ -76,7 +84,7 @@ TEST(Theme, TextsStandOutFromTheirGround) {
   EXPECT_GE(Contrast(palette.color(QPalette::PlaceholderText), palette.color(QPalette::Base)), 3);
 }
 
-TEST(Theme, KeyboardAndSwitchingOffCanBeSeen) {
+TEST_P(Theme, KeyboardAndSwitchingOffCanBeSeen) {
   QWidget page;
   auto* column = new QVBoxLayout(&page);
   auto* other = new QPushButton("Other", &page);

@@ -13,9 +13,7 @@ FoldSection::FoldSection(const QString& title, bool folded, QWidget* parent)
   title_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   title_->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
   title_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-  title_->setStyleSheet(
-      "QToolButton { background: #353535; border: none; border-radius: 3px; padding: 3px 4px; font-weight: bold; }"
-      "QToolButton:hover, QToolButton:focus { background: #404040; }");
+  title_->setObjectName("fold");  // the style sheet knows it by this name
   lines_->setContentsMargins(8, 4, 4, 8);
   lines_->setHorizontalSpacing(8);
   lines_->setVerticalSpacing(4);

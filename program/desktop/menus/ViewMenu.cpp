@@ -63,7 +63,11 @@ void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, Switch
 }
 
 void FillContextMenu(QMenu& menu, const QMenu& view, QMenu& create, const EditMenu& edit) {
-  menu.addActions(view.actions());
+  for (QAction* action : view.actions()) {
+    // How the program looks is nothing of the picture.
+    const bool isLook = action->menu() && action->text().remove('&') == "Appearance";
+    if (!isLook) menu.addAction(action);
+  }
   menu.addSeparator();
   menu.addMenu(&create);
   menu.addSeparator();

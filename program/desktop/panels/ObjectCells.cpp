@@ -5,8 +5,8 @@
 #include <QStyledItemDelegate>
 #include <QToolTip>
 
-#include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
+#include "program/desktop/Look.h"
 #include "program/desktop/panels/ObjectRows.h"
 
 namespace desktop {
@@ -82,7 +82,7 @@ class LayerCell : public Cell {
  protected:
   void Mark(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
     const QVariant color = index.data(Qt::BackgroundRole);
-    painter.setPen(color.isValid() ? Qt::NoPen : QPen(QColor(colors::kIdleBox)));
+    painter.setPen(color.isValid() ? Qt::NoPen : QPen(QColor(PresentLook().idleBox)));
     painter.setBrush(color.isValid() ? QBrush(color.value<QColor>()) : QBrush(Qt::NoBrush));
     painter.drawRoundedRect(Centered(option.rect, kSwatchSide), 2.5, 2.5);
   }

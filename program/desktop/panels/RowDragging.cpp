@@ -3,7 +3,7 @@
 #include <QDrag>
 #include <QPainter>
 
-#include "program/desktop/Colors.h"
+#include "program/desktop/Look.h"
 
 namespace desktop {
 
@@ -31,10 +31,10 @@ QPixmap Label(const QTreeView& tree, const QString& text) {
   QPainter painter(&plate);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setFont(tree.font());
-  painter.setPen(QColor(colors::kAccent));
-  painter.setBrush(QColor(colors::kButton));
+  painter.setPen(QColor(PresentLook().accent));
+  painter.setBrush(QColor(PresentLook().button));
   painter.drawRoundedRect(QRectF(QPointF(), size).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
-  painter.setPen(QColor(colors::kText));
+  painter.setPen(QColor(PresentLook().text));
   painter.drawText(QRect(QPoint(), size), Qt::AlignCenter, text);
   return plate;
 }
