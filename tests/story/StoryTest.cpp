@@ -286,6 +286,15 @@ void Story::RecallAndUndo() {
   hands::Press("ctrl+shift+z");
   EXPECT_EQ(engine::DumpDifference(recalled, State()), Nothing());
   Undo();
+  // The row is chosen still, and a double click or Enter opens it as well.
+  EXPECT_TRUE(List().selectionModel()->isRowSelected(1));
+  const QPoint place = List().visualRect(List().model()->index(1, kName)).center();
+  for (const bool byKey : {false, true}) {
+    byKey ? hands::Press("Return") : hands::Click(*List().viewport(), place, 2);
+    EXPECT_EQ(engine::DumpDifference(recalled, State()), Nothing()) << (byKey ? "Enter" : "double click");
+    Undo();
+    EXPECT_EQ(engine::DumpDifference(changed, State()), Nothing());
+  }
 }
 
 // From a view to a camera that a state holds: what one looks at meanwhile is nothing to it.
