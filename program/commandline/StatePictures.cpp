@@ -89,8 +89,8 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   auto begun = PictureInProgress::Begin(session_.Document(), setup, engine::RenderCaches::Shared());
   if (!begun) return Fail("\"" + name + "\" was not rendered: " + begun.Message());
   for (const std::string& note : begun.Value()->Notes()) {
-    // Those were named before.
-    if (!session_.TexturesChecked() || !note.ends_with(" is not shown: it was not found.")) terminal.Note(note);
+    const bool wasNamed = session_.TexturesChecked() && note.ends_with(" is not shown: it was not found.");
+    if (!wasNamed && said_.IsNew(note)) terminal.Note(note);
   }
   const auto count = static_cast<double>(turn.count);
   const std::string what = "Rendering " + std::to_string(turn.number + 1) + " of " + std::to_string(turn.count) + ": " + name;

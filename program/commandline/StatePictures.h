@@ -10,6 +10,7 @@
 #include "program/commandline/Session.h"
 #include "program/pictures/PictureNames.h"
 #include "program/pictures/PictureSize.h"
+#include "program/pictures/SaidNotes.h"
 
 namespace commandline {
 
@@ -50,7 +51,7 @@ class StatePictures {
   // Of the scene as it stands: size by the active render settings, names for files.
   PictureSize Size() const;
   PictureFacts Facts(const Mark& state) const;
-  // Renders the scene as it stands. kInterrupted after Ctrl-C.
+  // Renders the scene as it stands, and says what is left out of it where that was not said before. kInterrupted after Ctrl-C.
   int Render(const PictureSize& size, const PictureTurn& turn, const std::string& name, engine::Image* picture);
   // Writes it whole or not at all; TIFF or PNG by the suffix. It tells that `maker` made it.
   int Save(const engine::Image& picture, const std::string& path, const std::string& maker);
@@ -60,6 +61,7 @@ class StatePictures {
 
   Session& session_;
   unsigned threads_;
+  pictures::SaidNotes said_;
   bool asItIs_ = false;
   std::vector<Mark> states_;
 };

@@ -107,6 +107,22 @@ TEST_F(Pictures, ShowTheStatesInTheSizeAskedFor) {
   EXPECT_EQ(Picture(Place("again.tif")).bytes, full.bytes) << "the same picture whatever the threads and the format";
 }
 
+// Another state shows a part of the same flat triangles.
+TEST_F(Pictures, WhatIsWrongWithTheObjectsIsSaidOnce) {
+  const std::string scene = Scene({"All", "Nothing"});
+  Out({"set", scene, "--object", "Zahn", "--render", "off", "--write"});
+  Out({"record", scene, "Less", "--write"});
+  const std::string kNote = " triangles without an area";
+  for (const std::vector<std::string>& verb :
+       {std::vector<std::string>{"render", scene, "-o", Place("{state}.png")}, {"sheet", scene, "-o", Place("sheet.png")}}) {
+    const ChildResult result = Call(verb);
+    EXPECT_EQ(result.status, 0) << result.err;
+    const std::size_t first = result.err.find(kNote);
+    ASSERT_NE(first, std::string::npos) << verb[0] << "\n" << result.err;
+    EXPECT_EQ(result.err.find(kNote, first + 1), std::string::npos) << verb[0] << "\n" << result.err;
+  }
+}
+
 TEST_F(Pictures, TwoOfOneNameAreRefusedBeforeAnyIsRendered) {
   const std::string scene = Scene({"Night", "night", "n/t", "n:t", "\u00C4rger", "\u00E4rger"});
   const struct {

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "engine/render/Image.h"
+#include "engine/scene/Mesh.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/Undo.h"
@@ -98,6 +99,41 @@ TEST(RenderWindow, CanBeStoppedAndClosedAtWork) {
   ASSERT_TRUE(QTest::qWaitFor([&] { return window->IsFinished(); }, 20000));
   EXPECT_TRUE(window->Said().startsWith("Not rendered: ")) << window->Said().toStdString();
   desk.Restart();
+}
+
+TEST(PictureWindow, SaysWhatIsWrongWithTheObjectsOnceForEachDocument) {
+  WithStates desk;
+  const auto said = [&](std::vector<std::string> notes) {
+    desktop::PictureWindow window(&desk.Window(), "Render", desk.Doc());
+    // At the beginning and at the end of the work.
+    for (int i = 0; i < 2; ++i) window.SayNotes(notes);
+    return window.SaidNotes();
+  };
+  EXPECT_EQ(said({"921 flat triangles", "No texture A"}), "921 flat triangles\nNo texture A");
+  EXPECT_EQ(said({"921 flat triangles", "No texture A"}), "No texture A") << "it may be there the next time, or not";
+  EXPECT_EQ(said({"12 flat triangles", "3 empty objects"}), "3 empty objects");
+  desk.Entry("File", "New").trigger();
+  Desk::Rest();
+  EXPECT_EQ(said({"921 flat triangles"}), "921 flat triangles");
+}
+
+TEST(RenderWindow, SaysFlatTrianglesOfTheSceneOnce) {
+  WithStates desk;
+  auto mesh = std::make_shared<engine::Mesh>();
+  mesh->points = {{0, 0, 0}, {100, 0, 0}, {0, 100, 0}};
+  mesh->polygons = {{0, 1, 2, -1}, {0, 1, 1, -1}};
+  host::BaseObject* object = host::BaseObject::Alloc(host::Opolygon);
+  desk.Doc().AppendObject(object);
+  engine::SetMesh(*object, mesh);
+  for (const bool isFirst : {true, false}) {
+    desk.Entry("Render", "Render to Window").trigger();
+    auto* window = desk.Find<RenderWindow>();
+    ASSERT_NE(window, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->IsFinished(); }, 60000));
+    EXPECT_EQ(window->SaidNotes().contains("1 triangles without an area"), isFirst) << window->SaidNotes().toStdString();
+    window->close();
+    Desk::Rest();
+  }
 }
 
 TEST(SheetWindow, ShowsEveryStateAndLeavesTheDocumentAlone) {

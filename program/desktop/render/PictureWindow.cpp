@@ -5,10 +5,13 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <map>
 
+#include "program/desktop/DocumentCommands.h"
 #include "program/desktop/ScreenFit.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/render/PictureSaving.h"
+#include "program/pictures/SaidNotes.h"
 
 namespace desktop {
 
@@ -19,15 +22,16 @@ constexpr int kMostNotes = 6;
 
 }  // namespace
 
-PictureWindow::PictureWindow(QWidget* window, const QString& title)
+PictureWindow::PictureWindow(QWidget* window, const QString& kind, const host::BaseDocument& doc)
     : QWidget(window, Qt::Window),
       view_(new PictureView(this)),
       zoom_(new QLabel(this)),
       notes_(new QLabel(this)),
+      doc_(IdentityOf(&doc)),
       progress_(new QProgressBar(this)),
       text_(new QLabel(this)) {
   setAttribute(Qt::WA_DeleteOnClose);
-  setWindowTitle(title);
+  setWindowTitle(kind + " - " + DocumentTitle(doc));
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
@@ -110,13 +114,17 @@ void PictureWindow::Write(const std::string& file, std::function<void(bool)> don
   });
 }
 
+bool PictureWindow::IsToBeSaid(const std::string& note) {
+  static std::map<host::ULLONG, pictures::SaidNotes> saidOf;  // by document
+  return heard_.insert(note).second && (!pictures::IsCount(note) || saidOf[doc_].IsNew(note));
+}
+
 void PictureWindow::SayNotes(const std::vector<std::string>& notes) {
-  QStringList lines;
   for (const std::string& note : notes) {
-    if (lines.size() < kMostNotes) lines.append(ToQt(note));
+    if (IsToBeSaid(note)) told_.append(ToQt(note));
   }
-  const auto left = static_cast<qsizetype>(notes.size()) - lines.size();
-  if (left > 0) lines.append(QString("And %1 more.").arg(left));
+  QStringList lines = told_.mid(0, kMostNotes);
+  if (told_.size() > kMostNotes) lines.append(QString("And %1 more.").arg(told_.size() - kMostNotes));
   notes_->setText(lines.join('\n'));
   notes_->setVisible(!lines.isEmpty());
 }

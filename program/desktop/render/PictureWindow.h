@@ -8,16 +8,19 @@
 #include <QPushButton>
 #include <QWidget>
 #include <memory>
+#include <set>
 
 #include "engine/render/Image.h"
+#include "program/desktop/OpenDocument.h"
 #include "program/desktop/render/PictureView.h"
 
 namespace desktop {
 
 class PictureWindow : public QWidget {
  public:
-  // Stands in front of `window`, which owns it.
-  PictureWindow(QWidget* window, const QString& title);
+  // Of a document, which may be closed meanwhile. Stands in front of `window`, which owns it; the title is `kind` and the
+  // document.
+  PictureWindow(QWidget* window, const QString& kind, const host::BaseDocument& doc);
 
   PictureView& View() { return *view_; }
   QProgressBar& Progress() { return *progress_; }
@@ -26,8 +29,10 @@ class PictureWindow : public QWidget {
   // Asks where to and writes the picture; nothing before there is one to keep.
   void SaveAs();
   QString Said() const { return text_->text(); }
-  // A line below the picture for what was left out, one note a line; hidden while there are none.
+  // Lines below the picture for what was left out, one a note. What is wrong with objects is said by the first window of the
+  // document only, what else is missing by each.
   void SayNotes(const std::vector<std::string>& notes);
+  QString SaidNotes() const { return notes_->text(); }
 
  protected:
   // The picture that can be saved from now on, null for none.
@@ -45,6 +50,7 @@ class PictureWindow : public QWidget {
   QWidget* MakeButtons();
   QWidget* MakeBottom();
   void ShowZoom();
+  bool IsToBeSaid(const std::string& note);
 
   PictureView* view_;
   QHBoxLayout* buttons_ = nullptr;
@@ -52,6 +58,9 @@ class PictureWindow : public QWidget {
   QPushButton* save_ = nullptr;
   QLabel* zoom_;
   QLabel* notes_;
+  host::ULLONG doc_;
+  std::set<std::string> heard_;  // of the notes
+  QStringList told_;
   QProgressBar* progress_;
   QLabel* text_;
   std::string file_;

@@ -25,7 +25,7 @@ std::string ProposedPicture(const host::BaseDocument& doc) {
 }  // namespace
 
 RenderWindow::RenderWindow(QWidget* window, const host::BaseDocument& doc)
-    : PictureWindow(window, "Render - " + DocumentTitle(doc)),
+    : PictureWindow(window, "Render", doc),
       feed_(engine::RenderCaches::Shared(), {}, [this](engine::ScenePicture scene) { Start(std::move(scene)); }),
       stop_(AddButton("Stop", "End the render and keep what is there", [this] { Stop(); })) {
   Propose(ProposedPicture(doc));

@@ -13,7 +13,7 @@
 namespace desktop {
 
 SheetWindow::SheetWindow(QWidget* window, const host::BaseDocument& doc, std::string file)
-    : PictureWindow(window, "Contact Sheet - " + DocumentTitle(doc)),
+    : PictureWindow(window, "Contact Sheet", doc),
       stop_(AddButton("Stop", "End the work; no sheet is written", [this] { Stop(); })),
       folder_(AddButton("Open Folder", "Show the folder of the sheet",
                         [this] {
