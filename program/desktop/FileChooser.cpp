@@ -1,6 +1,8 @@
 #include "program/desktop/FileChooser.h"
 
+#include <QAbstractItemView>
 #include <QFileDialog>
+#include <QItemSelectionModel>
 #include <QLineEdit>
 #include <QMessageBox>
 
@@ -21,6 +23,14 @@ void ShowProposal(QFileDialog& dialog, const std::string& proposal) {
 class Chooser : public QFileDialog {
  public:
   using QFileDialog::QFileDialog;
+
+  // The toolkit keeps the row of the proposed file chosen while another name is typed, unless the field has the focus: it would
+  // answer with a file that nobody named.
+  void ChooseWhatIsTyped() {
+    const auto* field = findChild<QLineEdit*>("fileNameEdit");
+    auto* list = findChild<QAbstractItemView*>("listView");
+    if (field && list) connect(field, &QLineEdit::textEdited, list->selectionModel(), [list] { list->clearSelection(); });
+  }
 
  protected:
   void accept() override {
@@ -55,6 +65,7 @@ std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestio
   if (filter == kOwnScenes) dialog.setDefaultSuffix("c4d");
   if (filter == kPictureFiles && isSave) dialog.setDefaultSuffix("png");
   ShowProposal(dialog, question.proposal);
+  dialog.ChooseWhatIsTyped();
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
   return dialog.selectedFiles().first().toStdString();
 }

@@ -1,6 +1,8 @@
 // What another program does to the files of open documents: noticed on coming back, on turning to the document and before saving.
 #include <gtest/gtest.h>
 
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStatusBar>
@@ -128,6 +130,34 @@ TEST(FilesOnDisk, LaterAsksAgainBeforeSavingAndEnterLosesNothing) {
   EXPECT_EQ(desk.asked, 3);
   EXPECT_EQ(desk.InFile(desk.file), "Theirs");
   EXPECT_TRUE(desk.Doc().GetChanged());
+}
+
+TEST(FilesOnDisk, SaveAsLeavesTheFileToTheOtherAndWritesASecond) {
+  for (const bool saves : {true, false}) {
+    OnDisk desk;
+    desk.Add("More of mine");
+    desk.ChangeFile();
+    desk.Answer("Save As", [&] {
+      AnswerNext<QFileDialog>([&](QFileDialog& chooser) {
+        EXPECT_EQ(chooser.acceptMode(), QFileDialog::AcceptSave);
+        auto* field = chooser.findChild<QLineEdit*>("fileNameEdit");
+        field->selectAll();
+        QTest::keyClicks(field, "mine");
+        QTest::keyClick(field, Qt::Key_Return);
+        if (QWidget* box = QApplication::activeModalWidget(); box != &chooser && box) {
+          auto* question = qobject_cast<QMessageBox*>(box);
+          ADD_FAILURE() << (question ? question->text().toStdString() : box->metaObject()->className());
+        }
+      });
+    });
+    if (saves) desk.Window().Commands().Save(desk.Doc());
+    if (!saves) desk.ComeBack();
+    const std::string second = desk.Folder() + "/mine.c4d";
+    EXPECT_EQ(desk.InFile(second), "Mine");
+    EXPECT_EQ(desk.InFile(desk.file), "Theirs");
+    EXPECT_FALSE(desk.Doc().GetChanged());
+    EXPECT_EQ(desk.asked, 1);
+  }
 }
 
 TEST(FilesOnDisk, WhatChangesWhileOneIsAskedIsAskedAboutAgain) {
