@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 
 #include "engine/render/ScenePicture.h"
 #include "engine/scene/Frames.h"
@@ -281,6 +282,33 @@ TEST(Cameras, DocumentKnowsHowItIsLookedAt) {
   const host::ULLONG count = engine::ChangeCount(desk.Doc());
   desk.Drag();
   EXPECT_EQ(engine::ChangeCount(desk.Doc()), count) << "looking around changes nothing";
+}
+
+TEST(Cameras, EachDocumentIsLookedAtAsItWasLeft) {
+  Cameras desk;
+  host::BaseDocument& scene = desk.Doc();
+  host::BaseObject* front = desk.AddCamera("Front", At(-900));
+  host::BaseObject* side = desk.AddCamera("Side", At(-700));
+  desk.SetSceneCamera(front);
+  desk.Drag();
+  ASSERT_TRUE(desk.WaitForPicture());
+  const host::Matrix left = desk.View().Camera().frame;
+  const auto goAndComeBack = [&](const std::function<void()>& meanwhile) {
+    desk.Entry("File", "New").trigger();
+    desk.Window().Beat();
+    EXPECT_EQ(desk.View().EyeName(), "Editor camera");
+    meanwhile();
+    host::SetActiveDocument(&scene);
+    return desk.WaitForPicture();
+  };
+  ASSERT_TRUE(goAndComeBack([] {}));
+  EXPECT_EQ(desk.Plate(), Lines("Editor camera", "Front"));
+  EXPECT_EQ(desk.View().Camera().frame, left);
+  desk.View().LookThrough(engine::IdOf(*side));
+  ASSERT_TRUE(goAndComeBack([] {}));
+  EXPECT_EQ(desk.Plate(), Lines("Camera: Side", "Front"));
+  ASSERT_TRUE(goAndComeBack([&] { scene.GetRenderBaseDraw()->SetSceneCamera(front, host::FALSE); }));
+  EXPECT_EQ(desk.Plate(), Lines("Scene camera: Front", "")) << "somebody has set it meanwhile";
 }
 
 TEST(CreateMenu, MakesEachInOneStepUnderANameOfItsOwn) {

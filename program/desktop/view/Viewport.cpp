@@ -53,17 +53,26 @@ Viewport::Viewport(QWidget* parent)
   });
 }
 
+void Viewport::TurnTo(const host::BaseDocument* doc) {
+  Land();
+  left_[doc_] = {eye_, eyeObject_, editor_, cameraSets_, recordedCamera_};
+  std::erase_if(left_, [](const auto& one) { return !FindOpenDocument(one.first); });
+  doc_ = IdentityOf(doc);
+  cameraSets_ = doc ? engine::SceneCameraSetCount(*doc) : 0;
+  recordedCamera_ = doc ? engine::SceneCameraIdOf(*doc) : 0;
+  const auto found = left_.find(doc_);
+  const Look look = found != left_.end() ? found->second : Look{};
+  editor_ = look.editor;
+  eyeObject_ = look.eyeObject;
+  eye_ = look.cameraSets == cameraSets_ && look.recordedCamera == recordedCamera_ ? look.eye : Eye::Scene;
+  mayFly_ = 0;
+  framing_ = Framing::None;
+  DropPicture();
+  finished_ = false;
+}
+
 void Viewport::Follow(host::BaseDocument* doc) {
-  if (IdentityOf(doc) != doc_) {
-    doc_ = IdentityOf(doc);
-    editor_.reset();
-    eye_ = Eye::Scene;
-    framing_ = Framing::None;
-    DropPicture();
-    finished_ = false;
-    cameraSets_ = doc ? engine::SceneCameraSetCount(*doc) : 0;
-    recordedCamera_ = doc ? engine::SceneCameraIdOf(*doc) : 0;
-  }
+  if (IdentityOf(doc) != doc_) TurnTo(doc);
   if (doc && (engine::SceneCameraSetCount(*doc) != cameraSets_ || engine::SceneCameraIdOf(*doc) != recordedCamera_)) {
     ShowSceneCamera();
   }

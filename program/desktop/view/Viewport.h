@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QTimer>
 #include <QWidget>
+#include <map>
 #include <optional>
 
 #include "program/desktop/panels/DocumentView.h"
@@ -78,7 +79,17 @@ class Viewport : public QWidget, public DocumentView {
 
  private:
   enum class Eye { Scene, Editor, Object };
+  // How a document is looked at.
+  struct Look {
+    Eye eye = Eye::Scene;
+    engine::NodeId eyeObject = 0;
+    std::optional<EditorCamera> editor;
+    host::ULLONG cameraSets = 0;
+    engine::NodeId recordedCamera = 0;
+  };
 
+  // Comes back to how it was looked at, unless somebody has set its scene camera since.
+  void TurnTo(const host::BaseDocument* doc);
   void TakeScene(engine::ScenePicture scene);
   void TakeMarks(std::vector<std::uint8_t> selected);
   // A rough picture now or when the one being made is done, then the fine one when nothing moves any more.
@@ -122,6 +133,7 @@ class Viewport : public QWidget, public DocumentView {
   std::shared_ptr<const Marks> marks_;
   std::optional<engine::PictureCamera> sceneCamera_;
   std::optional<engine::PictureCamera> sentCamera_;  // of the last order
+  std::map<host::ULLONG, Look> left_;                // open documents that were shown before
   Eye eye_ = Eye::Scene;
   engine::NodeId eyeObject_ = 0;
   std::optional<EditorCamera> editor_;
