@@ -1,4 +1,5 @@
 // The attributes panel: shows and edits what is selected, one element or many, through undo; refuses what makes no sense.
+#include <QHelpEvent>
 #include <QToolTip>
 
 #include "engine/scene/NodeFactory.h"
@@ -106,6 +107,21 @@ TEST(Attributes, EveryKindOfFieldIsEditedAndUndone) {
   EXPECT_EQ(desk.first->GetMl(), host::Matrix());
   EXPECT_EQ(ListOf(desk.Panel(), "Layer").currentText(), "None");
   EXPECT_FALSE(engine::CanUndo(Scene()));
+}
+
+TEST(Attributes, WhatIsCutIsWholeInItsTip) {
+  WithThings desk;
+  Select({desk.first});
+  QLineEdit& edit = EditOf(desk.Panel(), "Position");
+  Enter(edit, "-11071.5432");
+  const auto tip = [&edit](int width) {
+    edit.resize(width, edit.height());
+    QHelpEvent help(QEvent::ToolTip, {4, 4}, edit.mapToGlobal(QPoint(4, 4)));
+    QApplication::sendEvent(&edit, &help);
+    return QToolTip::text();
+  };
+  EXPECT_FALSE(tip(300).contains("-11071"));
+  EXPECT_TRUE(tip(50).startsWith("-11071.5432")) << QToolTip::text().toStdString();
 }
 
 // Whose entries come from the scene: they are read when a person comes to the list, but not under the hands.

@@ -22,6 +22,8 @@ class TypingEdit : public QLineEdit {
 
  protected:
   bool event(QEvent* event) override;
+  // Shows that it goes on where there is no room for all of the text; the tip then begins with the text.
+  void paintEvent(QPaintEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
   // Goes back to what there was.
@@ -29,6 +31,8 @@ class TypingEdit : public QLineEdit {
   void Tell(const QString& text);
 
  private:
+  QRect TextPlace() const;
+  bool IsCut() const;
   // Empty when it was taken or nothing was typed.
   QString Take();
   void Mark(bool refused);
