@@ -12,9 +12,7 @@ namespace {
 
 using engine::Image;
 
-std::string Picture(const std::string& name) {
-  return tests::ReadText(TEST_SOURCE_DIR "/tests/render/pictures/" + name);
-}
+std::string Picture(const std::string& name) { return tests::ReadText(TEST_SOURCE_DIR "/tests/render/pictures/" + name); }
 
 const std::vector<std::string>& PictureNames() {
   static const std::vector<std::string> names = {"alpha.tif", "grey16.tif", "tiles.tif",   "baseline.jpg", "progressive.jpg",
