@@ -34,7 +34,11 @@ void VerbOutside::Do(const Change& change, const std::string& prefix) {
   if (change.operation == Operation::MakeFolder) (void)MakeFolder(path);
   if (change.operation == Operation::RemoveFile) (void)RemoveFile(path);
   if (change.operation == Operation::RemoveFolder) (void)RemoveFolder(path);
-  if (change.operation == Operation::Rename) (void)Rename(path, moved(change.target));
+  if (change.operation != Operation::Rename) return;
+  const std::string target = moved(change.target);
+  // Nothing was in the way where the plug-in looked. Here it is of an earlier scene, which was given up for this one.
+  if (prefix != prefix_ && DoKind(target) == FileKind::File) (void)RemoveFile(target);
+  (void)Rename(path, target);
 }
 
 Status VerbOutside::Hold(Change change) {

@@ -107,6 +107,8 @@ TEST_F(Saving, ARefusedSaveLeavesNothing) {
   EXPECT_FALSE(fs::exists(Scene("out.c4d"))) << "the previews of another scene are in the way";
   Out({"rename", scene, "Day", "Noon", "-o", Scene("out.c4d"), "--force"});
   EXPECT_EQ(tests::Names(Scene("out_SM")), "Dawn.tif Noon.tif");
+  Out({"rename", scene, "Day", "Noon", "-o", Scene("out.c4d"), "--force"});
+  EXPECT_EQ(tests::Names(Scene("out_SM")), "Dawn.tif Noon.tif") << "the picture of the first time gives way";
 
   for (const char* place : {"/dev/full", "-", "a.gltf"}) {
     const ChildResult refused = Call({"record", scene, "New", "-o", place});
