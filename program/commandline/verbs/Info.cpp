@@ -136,7 +136,8 @@ void AddFacts(const host::BaseDocument& doc, std::size_t marks, Report& report) 
   report.Json()["stagemarks"] = marks;
 }
 
-// Writes what the scene holds as it goes, as lines or as the text of one JSON object.
+// Writes what the scene holds as it goes, as lines or as the text of one JSON object. What cannot be written ends it; why is
+// said when the program ends, as of all results.
 int PrintDump(const host::BaseDocument& doc, Program& program) {
   if (program.json) std::cout << "{\n  \"dump\": \"";
   const bool whole = engine::DumpDocument(doc, [&program](std::string_view piece) {
@@ -149,11 +150,7 @@ int PrintDump(const host::BaseDocument& doc, Program& program) {
     return std::cout.good() && !Terminal::Interrupted();
   });
   if (program.json && whole) std::cout << "\"\n}\n";
-  std::cout.flush();
-  if (Terminal::Interrupted()) return kInterrupted;
-  if (std::cout.good()) return kDone;
-  program.terminal.Error("The dump could not be written to standard output.");
-  return kFailed;
+  return Terminal::Interrupted() ? kInterrupted : kDone;
 }
 
 int RunInfo(Program& program, const InfoOptions& options) {
