@@ -84,6 +84,15 @@ TEST(ObjectTree, SwitchesGoRoundThroughUndo) {
   EXPECT_EQ(engine::UndoName(desk.Doc()), "Generator");
 }
 
+TEST(ObjectTree, TellsInATipTheNameThatItCuts) {
+  WithFamily desk;
+  desk.room->SetName("A <b>room</b> with a name that no tree is wide enough to show as a whole");
+  desk.Rest();
+  const QString tip = desk.IndexOf(desk.room).data(Qt::ToolTipRole).toString();
+  EXPECT_TRUE(tip.contains("A &lt;b&gt;room&lt;/b&gt; with a name that no tree is wide enough to show as a whole"))
+      << tip.toStdString();
+}
+
 TEST(ObjectTree, ASwitchOfASelectedObjectIsThatOfAllSelected) {
   WithFamily desk;
   desk.Click(desk.ceiling, ObjectRows::kName);

@@ -41,6 +41,7 @@ QVariant LayerRows::data(const QModelIndex& index, int role) const {
   }
   if (role == Qt::EditRole) return ToQt(layer->GetName());
   if (role == Qt::DisplayRole) return NameInRow(layer->GetName());
+  if (role == Qt::ToolTipRole) return NameInTip(layer->GetName(), "Layer");
   return {};
 }
 

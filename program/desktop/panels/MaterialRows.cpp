@@ -2,6 +2,7 @@
 
 #include "program/desktop/Dragging.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/panels/TreeRows.h"
 
 namespace desktop {
 
@@ -59,8 +60,9 @@ QVariant MaterialRows::data(const QModelIndex& index, int role) const {
   if (!material) return {};
   switch (role) {
     case Qt::EditRole:
+      return ToQt(material->GetName());
     case Qt::ToolTipRole:
-      return ToQt(material->GetName()).left(role == Qt::EditRole ? -1 : kLongestName);
+      return NameInTip(material->GetName(), "Material");
     case Qt::DisplayRole:
       return ToQt(material->GetName()).left(kLongestName).replace('\n', ' ');
     case Qt::DecorationRole:

@@ -135,6 +135,7 @@ QVariant ObjectRows::NameData(const BaseObject& object, int role) const {
     case Qt::AccessibleTextRole:
       return NameInRow(object.GetName()) + (object.GetBit(host::BIT_ACTIVE) ? ", selected" : "");
     case Qt::ToolTipRole:
+      return NameInTip(object.GetName(), ToQt(engine::TypeName(object.GetType())));
     case Qt::AccessibleDescriptionRole:
       return ToQt(engine::TypeName(object.GetType()));
     case Qt::DecorationRole:

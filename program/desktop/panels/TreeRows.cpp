@@ -31,6 +31,10 @@ std::vector<engine::NodeId> InOrder(const FlatTree& shape, const std::unordered_
 
 QString NameInRow(const host::String& name) { return ToQt(name).left(kLongestName).replace('\n', ' '); }
 
+QString NameInTip(const host::String& name, const QString& about) {
+  return "<qt>" + NameInRow(name).toHtmlEscaped() + "<br>" + about.toHtmlEscaped() + "</qt>";
+}
+
 void TreeRows::Take(const host::BaseDocument* doc, FlatTree shape) {
   beginResetModel();
   doc_ = IdentityOf(doc);

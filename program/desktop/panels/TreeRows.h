@@ -55,5 +55,7 @@ class TreeRows : public QAbstractItemModel {
 
 // A name as a row shows it: on one line, and not endless.
 QString NameInRow(const host::String& name);
+// The same for a tip, whole where the row cuts it, with a line about the element below. Nothing in a name is taken for a format.
+QString NameInTip(const host::String& name, const QString& about);
 
 }  // namespace desktop
