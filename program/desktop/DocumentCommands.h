@@ -50,8 +50,8 @@ class DocumentCommands {
 
  private:
   engine::Status TryToOpen(const std::string& path);
-  // Runs `save` and tells what came of it, in a box where it failed.
   bool MayClose(host::BaseDocument& doc);
+  // Asks what to do where another program has changed the file; false when nothing was written, which was told then.
   bool Write(host::BaseDocument& doc, const std::string& path);
   // Without questions; tells what came of it where it went well.
   engine::Status WriteOnce(host::BaseDocument& doc, const std::string& path);

@@ -4,6 +4,7 @@
 #include <QMainWindow>
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "engine/scene/Nodes.h"
 #include "engine/undo/Undo.h"
@@ -14,6 +15,8 @@
 namespace desktop {
 
 namespace {
+
+const Concern* innermost = nullptr;
 
 // Elements of the scene times rows of the dialog's longest list: an act may go through all of them.
 constexpr std::size_t kNoticed = 200'000;
@@ -61,12 +64,6 @@ Busy::~Busy() {
 
 FreePointer::FreePointer() { QGuiApplication::changeOverrideCursor(Qt::ArrowCursor); }
 FreePointer::~FreePointer() { QGuiApplication::changeOverrideCursor(Qt::WaitCursor); }
-
-namespace {
-
-const Concern* innermost = nullptr;
-
-}  // namespace
 
 Concern::Concern(const QString& text) : text_(text), around_(std::exchange(innermost, this)) {}
 Concern::~Concern() { innermost = around_; }
