@@ -3,6 +3,7 @@
 // after a hash look-up of each object.
 #include <malloc.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -151,6 +152,23 @@ void Line(const char* what, double nanoseconds, double baseline, double bytes = 
   std::printf("\n");
 }
 
+// Recording what has not changed, and the plain copy, in turn; the least of each. Where another program computes on the same
+// core, one that computes takes up to 1.7 times as long and one that waits for memory does not: a single run may tell more
+// about that program than about ours.
+void MeasureAgain(Stage& stage, LONG objects) {
+  constexpr int kRuns = 15;
+  const double before = MemoryInUse();
+  double again = 1e9;
+  double copy = 1e9;
+  for (int run = 0; run < kRuns; ++run) {
+    again = std::min(again, Seconds([&] { stage.Record("B" + std::to_string(run)); }));
+    stage.Deliver();
+    Plain plain;
+    copy = std::min(copy, Seconds([&] { plain = CopyPlain(stage.Doc()); }));
+  }
+  Line("again, unchanged", 1e9 / objects * again, 1e9 / objects * copy, (MemoryInUse() - before) / objects / kRuns);
+}
+
 // What recording, recalling and undoing cost per object, beside the plain copy and its way back.
 void MeasureStates(Stage& stage, LONG objects, double copy, double back) {
   const auto measure = [&](const char* what, double baseline, const std::function<void()>& work) {
@@ -160,8 +178,7 @@ void MeasureStates(Stage& stage, LONG objects, double copy, double back) {
   };
   measure("first recording", copy, [&] { stage.Record("A"); });
   stage.Deliver();
-  measure("again, unchanged", copy, [&] { stage.Record("B"); });
-  stage.Deliver();
+  MeasureAgain(stage, objects);
   stage.SetAllModes(host::MODE_OFF);
   measure("recall with undo entries", back, [&] { stage.LoadLine(0); });
   Require(stage.Doc().GetFirstObject()->GetEditorMode() == host::MODE_UNDEF, "not recalled");

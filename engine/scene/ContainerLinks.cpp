@@ -1,5 +1,6 @@
 // The link accessors of values and containers: core holds links as identities, the scene makes and resolves them.
 #include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerBody.h"
 #include "engine/scene/DocumentBody.h"
 
 namespace host {
@@ -9,7 +10,7 @@ GeData::GeData(const BaseList2D* target) : GeData(engine::LinkValue(target ? eng
 BaseList2D* GeData::GetLink(const BaseDocument* doc) const { return engine::FindNode(doc, engine::LinkOf(*this)); }
 
 void BaseContainer::SetLink(LONG id, const BaseList2D* target) {
-  engine::SetLinkId(*this, id, target ? engine::NodeAccess::Id(*target) : 0);
+  engine::ContainerAccess::SetNumber(*this, id, {DA_ALIASLINK, target ? engine::NodeAccess::Id(*target) : 0});
 }
 
 BaseList2D* BaseContainer::GetLink(LONG id, const BaseDocument* doc) const {
