@@ -1,6 +1,7 @@
-// Do the operations on many elements grow in step with their work? Each is timed through the loaded plug-in at a size
-// and at twice that size; beside it stands the described algorithm taken step by step, every search a walk over
-// everything, at a size where that still ends. Exporting is compared with plainly saving the same document.
+// Do the operations on many elements grow in step with their work? Each is timed through the loaded
+// plug-in at a size and at twice that size; beside it stands the described algorithm taken step by
+// step, every search a walk over everything, at a size where that still ends. Exporting is compared
+// with plainly saving the same document.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -33,14 +34,17 @@ double WorkMilliseconds(const std::function<void()>& work) {
 double Milliseconds(const std::function<void()>& work) {
   const auto begin = std::chrono::steady_clock::now();
   work();
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin)
+      .count();
 }
 
 void AddObjects(PluginSession& session, LONG count) {
   for (LONG i = 0; i < count; ++i) session.Doc().AppendObject(BaseObject::Alloc(Onull));
 }
 
-plain::Names CheckedNames(const PluginSession& session) { return plain::SortedNames(session.Store(sm::kListStore)); }
+plain::Names CheckedNames(const PluginSession& session) {
+  return plain::SortedNames(session.Store(sm::kListStore));
+}
 
 // Ten elements of a scene that has grown by a twentieth since.
 class Grown {
@@ -58,11 +62,13 @@ class Grown {
     return WorkMilliseconds([&] { plain::Update(session_.Doc(), CheckedNames(session_)); });
   }
   double SetSelected() {
-    for (BaseObject* op = session_.Doc().GetFirstObject(); op; op = op->GetNext()) op->SetBit(BIT_ACTIVE);
+    for (BaseObject* op = session_.Doc().GetFirstObject(); op; op = op->GetNext())
+      op->SetBit(BIT_ACTIVE);
     return WorkMilliseconds([&] { session_.Menu(sm::kSetObjects); });
   }
   double SetSelectedPlainly() {
-    for (BaseObject* op = session_.Doc().GetFirstObject(); op; op = op->GetNext()) op->SetBit(BIT_ACTIVE);
+    for (BaseObject* op = session_.Doc().GetFirstObject(); op; op = op->GetNext())
+      op->SetBit(BIT_ACTIVE);
     return WorkMilliseconds([&] { plain::SetObjects(session_.Doc(), CheckedNames(session_)); });
   }
 
@@ -70,7 +76,8 @@ class Grown {
   PluginSession session_;
 };
 
-// Elements that recorded nothing but render settings, in a random order of names; every tenth one is checked.
+// Elements that recorded nothing but render settings, in a random order of names; every tenth one
+// is checked.
 class Many {
  public:
   explicit Many(LONG elements) {
@@ -131,13 +138,16 @@ struct Row {
 };
 
 constexpr Row kRows[] = {
-    {"update 10 elements, objects (a twentieth new)", 200000, 4000, [](LONG n) { return Grown(n).Update(); },
-     [](LONG n) { return Grown(n).UpdatePlainly(); }},
-    {"set all objects on 10 elements, objects", 100000, 2000, [](LONG n) { return Grown(n).SetSelected(); },
+    {"update 10 elements, objects (a twentieth new)", 200000, 4000,
+     [](LONG n) { return Grown(n).Update(); }, [](LONG n) { return Grown(n).UpdatePlainly(); }},
+    {"set all objects on 10 elements, objects", 100000, 2000,
+     [](LONG n) { return Grown(n).SetSelected(); },
      [](LONG n) { return Grown(n).SetSelectedPlainly(); }},
-    {"delete a tenth of the elements, elements", 10000, 1000, [](LONG n) { return Many(n).DeleteChecked(); },
+    {"delete a tenth of the elements, elements", 10000, 1000,
+     [](LONG n) { return Many(n).DeleteChecked(); },
      [](LONG n) { return Many(n).DeletePlainly(); }},
-    {"delete all elements, elements", 10000, 0, [](LONG n) { return Many(n).DeleteAll(); }, nullptr},
+    {"delete all elements, elements", 10000, 0, [](LONG n) { return Many(n).DeleteAll(); },
+     nullptr},
     {"rebuild the list, rows", 10000, 2000, [](LONG n) { return Many(n).Rebuild(); },
      [](LONG n) { return Many(n).RebuildPlainly(); }},
 };
@@ -151,18 +161,21 @@ double Best(double (*run)(LONG), LONG size) {
 void Print(const Row& row) {
   const double once = Best(row.run, row.size);
   const double twice = Best(row.run, 2 * row.size);
-  std::printf("%-46s %8d %10.1f ms %8d %10.1f ms  x %4.2f", row.what, row.size, once, 2 * row.size, twice, twice / once);
+  std::printf("%-46s %8d %10.1f ms %8d %10.1f ms  x %4.2f", row.what, row.size, once, 2 * row.size,
+              twice, twice / once);
   if (row.plain) {
     const double fast = Best(row.run, row.plainSize);
     const double slow = row.plain(row.plainSize);
     const double slower = row.plain(2 * row.plainSize);
-    std::printf("   step by step %6d: %9.1f ms (x %4.2f when doubled), here %7.1f ms", row.plainSize, slow, slower / slow, fast);
+    std::printf("   step by step %6d: %9.1f ms (x %4.2f when doubled), here %7.1f ms",
+                row.plainSize, slow, slower / slow, fast);
   }
   std::printf("\n");
   std::fflush(stdout);
 }
 
-// Exports `elements` files of a scene; the time per file, and that of saving the scene plainly as often.
+// Exports `elements` files of a scene; the time per file, and that of saving the scene plainly as
+// often.
 void PrintExport(LONG elements, LONG objects) {
   PluginSession session;
   session.PretendSaved("scene.c4d");
@@ -174,15 +187,17 @@ void PrintExport(LONG elements, LONG objects) {
   session.Person().ChooseNext(folder);
   const double exported = Milliseconds([&] { session.Press(sm::kGenerateFiles); }) / elements;
   const LONG saves = 10;
-  const double saved = Milliseconds([&] {
-                         for (LONG i = 0; i < saves; ++i) {
-                           const std::string file = folder + "/plain" + std::to_string(i) + ".c4d";
-                           SaveDocument(&session.Doc(), Filename(file.c_str()), 0, FORMAT_C4DEXPORT);
-                         }
-                       }) /
-                       saves;
-  std::printf("export %4d elements of %7d objects: %8.2f ms a file, saving plainly %8.2f ms, x %4.2f\n", elements, objects,
-              exported, saved, exported / saved);
+  const double saved =
+      Milliseconds([&] {
+        for (LONG i = 0; i < saves; ++i) {
+          const std::string file = folder + "/plain" + std::to_string(i) + ".c4d";
+          SaveDocument(&session.Doc(), Filename(file.c_str()), 0, FORMAT_C4DEXPORT);
+        }
+      }) /
+      saves;
+  std::printf(
+      "export %4d elements of %7d objects: %8.2f ms a file, saving plainly %8.2f ms, x %4.2f\n",
+      elements, objects, exported, saved, exported / saved);
   std::fflush(stdout);
 }
 

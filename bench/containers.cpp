@@ -1,4 +1,5 @@
-// What containers cost per entry at a million records, beside plain vectors of structures and shared pointers.
+// What containers cost per entry at a million records, beside plain vectors of structures and
+// shared pointers.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -43,11 +44,14 @@ struct PlainRecord {
 std::shared_ptr<PlainRecord> MakePlain(LONG i) {
   auto record = std::make_shared<PlainRecord>();
   record->id = i;
-  record->entries = {{kLink, 133, 1000 + i}, {30001, 15, i & 1}, {30002, 15, i & 3}, {30003, 15, 1}};
+  record->entries = {
+      {kLink, 133, 1000 + i}, {30001, 15, i & 1}, {30002, 15, i & 3}, {30003, 15, 1}};
   return record;
 }
 
-void CountRecords(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * kRecords); }
+void CountRecords(benchmark::State& state) {
+  state.SetItemsProcessed(state.iterations() * kRecords);
+}
 
 void BaselineBuild(benchmark::State& state) {
   for (auto _ : state) {

@@ -1,8 +1,9 @@
-// How long does a person wait at the desktop with a big scene: 200,000 objects, 2,000 Stagemarks? Each act goes through the
-// window, until it has come to rest; beside it stands the same act without a window, on the dialog and the scene alone, or a
-// plain list of the toolkit with as many rows. Times are those of the main thread, which is what freezes a window; of the first
-// picture it is the time that passes. The longest stretch is the most that passes on the main thread between two turns of the
-// event loop: what a person feels.
+// How long does a person wait at the desktop with a big scene: 200,000 objects, 2,000 Stagemarks?
+// Each act goes through the window, until it has come to rest; beside it stands the same act
+// without a window, on the dialog and the scene alone, or a plain list of the toolkit with as many
+// rows. Times are those of the main thread, which is what freezes a window; of the first picture it
+// is the time that passes. The longest stretch is the most that passes on the main thread between
+// two turns of the event loop: what a person feels.
 #include <QApplication>
 #include <QEventLoop>
 #include <QKeyEvent>
@@ -50,7 +51,9 @@ double MainThreadSeconds() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-double PassedSeconds() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
+double PassedSeconds() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
 
 double Measure(double (*clock)(), const std::function<void()>& work) {
   const double begin = clock();
@@ -71,8 +74,8 @@ struct InWindow {
 };
 
 void Print(const char* what, const InWindow& window, double plain, const char* besides) {
-  std::printf("  %-22s %8.1f ms %8.1f ms %8.1f ms %6.1f x   %s\n", what, window.longest * 1e3, window.all * 1e3, plain * 1e3,
-              window.all / plain, besides);
+  std::printf("  %-22s %8.1f ms %8.1f ms %8.1f ms %6.1f x   %s\n", what, window.longest * 1e3,
+              window.all * 1e3, plain * 1e3, window.all / plain, besides);
 }
 
 // Lets everything happen that is posted, due or a consequence of it.
@@ -152,7 +155,8 @@ std::size_t ReadSelected(const BaseDocument& doc) {
 
 std::size_t CountNames(const BaseDocument& doc, const QString& part) {
   std::size_t found = 0;
-  for (const BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
+  for (const BaseObject* object = doc.GetFirstObject(); object;
+       object = engine::NextInTree(object)) {
     found += desktop::ToQt(object->GetName()).contains(part, Qt::CaseInsensitive) ? 1 : 0;
   }
   return found;
@@ -188,7 +192,8 @@ void MeasureEdits(BaseDocument& doc, Seconds& plain) {
   doc.SetActiveObject(nullptr);
 }
 
-Seconds MakeAndMeasure(engine::Application& application, const std::string& path, LONG objects, int stagemarks) {
+Seconds MakeAndMeasure(engine::Application& application, const std::string& path, LONG objects,
+                       int stagemarks) {
   BaseDocument& doc = *application.NewDocument();
   Build(doc, objects);
   Require(application.ExecuteCommand(stagemarks::kPluginId), "the dialog did not open");
@@ -204,7 +209,8 @@ Seconds MakeAndMeasure(engine::Application& application, const std::string& path
   });
   plain["check"] = Measure(&MainThreadSeconds, [&] { engine::ChooseMenu(Dialog(), kCheckAll); });
   MeasureEdits(doc, plain);
-  plain["save"] = Measure(&PassedSeconds, [&] { Require(application.SaveDocumentAs(doc, path).Ok(), "not saved"); });
+  plain["save"] = Measure(
+      &PassedSeconds, [&] { Require(application.SaveDocumentAs(doc, path).Ok(), "not saved"); });
   plain["open"] = Measure(&PassedSeconds, [&] { OpenPlainly(path); });
   return plain;
 }
@@ -219,8 +225,8 @@ QAction* Entry(desktop::MainWindow& window, const QString& menu, const QString& 
   return nullptr;
 }
 
-// Measures from turn to turn of the event loop, for as long as it lives. While work shows its progress each drawing of that
-// counts.
+// Measures from turn to turn of the event loop, for as long as it lives. While work shows its
+// progress each drawing of that counts.
 class Turns : public QObject {
  public:
   Turns() {
@@ -235,7 +241,8 @@ class Turns : public QObject {
  protected:
   void timerEvent(QTimerEvent*) override { Turn(); }
   bool eventFilter(QObject* receiver, QEvent* event) override {
-    if (event->type() == QEvent::Paint && qobject_cast<QProgressDialog*>(receiver->parent())) Turn();
+    if (event->type() == QEvent::Paint && qobject_cast<QProgressDialog*>(receiver->parent()))
+      Turn();
     return false;
   }
 
@@ -262,7 +269,8 @@ InWindow Open(desktop::MainWindow& window, const std::string& path) {
   Turns turns;
   const double passed = Measure(&PassedSeconds, [&] {
     Require(window.Commands().Open(path), "not opened");
-    while (window.View().Picture().isNull()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    while (window.View().Picture().isNull())
+      QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   });
   Rest();
   return {passed, turns.Taken().longest};
@@ -277,25 +285,31 @@ void MeasureSelecting(desktop::MainWindow& window, const Seconds& plain, LONG ob
     host::GetActiveDocument()->SetChanged();
     host::EventAdd();
   };
-  Print("attributes of all", Watch(change), plain.at("attributes"), "names and places of the objects");
+  Print("attributes of all", Watch(change), plain.at("attributes"),
+        "names and places of the objects");
   host::GetActiveDocument()->SetActiveObject(nullptr);
   host::EventAdd();
   Rest();
   desktop::ObjectTree& tree = window.Objects();
-  Print("unfold all", Watch([&] { tree.UnfoldAll(); }), plain.at("select"), "the selection in the scene");
+  Print("unfold all", Watch([&] { tree.UnfoldAll(); }), plain.at("select"),
+        "the selection in the scene");
   tree.setCurrentIndex(tree.model()->index(0, 0));
   tree.setFocus();
   Rest();
   const auto selectToEnd = [&] { Press(tree, Qt::Key_End, Qt::ShiftModifier); };
   Print("shift+end", Watch(selectToEnd), plain.at("select"), "the selection in the scene");
   QLineEdit& search = *tree.parentWidget()->findChild<QLineEdit*>();
-  Print("search: first key", Watch([&] { search.setText("7"); }), plain.at("filter"), "a look at all names");
-  Print("search: next key", Watch([&] { search.setText("77"); }), plain.at("filter"), "a look at all names");
+  Print("search: first key", Watch([&] { search.setText("7"); }), plain.at("filter"),
+        "a look at all names");
+  Print("search: next key", Watch([&] { search.setText("77"); }), plain.at("filter"),
+        "a look at all names");
   Print("search: end", Watch([&] { search.clear(); }), plain.at("filter"), "a look at all names");
 }
 
 void MeasureEdits(desktop::MainWindow& window, const Seconds& plain) {
-  const auto entry = [&](const char* text) { return [&window, text] { Entry(window, "Edit", text)->trigger(); }; };
+  const auto entry = [&](const char* text) {
+    return [&window, text] { Entry(window, "Edit", text)->trigger(); };
+  };
   entry("Select All")();
   Rest();
   Print("duplicate all", Watch(entry("Duplicate")), plain.at("duplicate"), "the scene alone");
@@ -311,33 +325,43 @@ void MeasureSheet(const Seconds& plain) {
   constexpr double kSeconds = 3;
   int states = 0;
   Turns turns;
-  desktop::SheetMaker maker(*host::GetActiveDocument(), [&](const desktop::SheetNews&) { ++states; });
+  desktop::SheetMaker maker(*host::GetActiveDocument(),
+                            [&](const desktop::SheetNews&) { ++states; });
   const double begin = PassedSeconds();
-  while (PassedSeconds() - begin < kSeconds) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  while (PassedSeconds() - begin < kSeconds)
+    QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   maker.Stop();
   InWindow taken = turns.Taken();
   taken.all /= std::max(1, states);
   Print("contact sheet, a state", taken, plain.at("recall"), "recalling it without a window");
 }
 
-void MeasureWindow(desktop::MainWindow& window, const std::string& path, const Seconds& plain, LONG objects) {
+void MeasureWindow(desktop::MainWindow& window, const std::string& path, const Seconds& plain,
+                   LONG objects) {
   std::printf("  %-22s %11s %11s %11s\n", "", "longest", "window", "without");
-  Print("open, first picture", Open(window, path), plain.at("open"), "reading the file, and a picture");
+  Print("open, first picture", Open(window, path), plain.at("open"),
+        "reading the file, and a picture");
   MeasureSelecting(window, plain, objects);
   MeasureEdits(window, plain);
-  Print("check all", Watch([] { engine::ChooseMenu(Dialog(), kCheckAll); }), plain.at("check"), "the dialog without a window");
-  Print("record", Watch([] { Record("At the window"); }), plain.at("record"), "the dialog without a window");
+  Print("check all", Watch([] { engine::ChooseMenu(Dialog(), kCheckAll); }), plain.at("check"),
+        "the dialog without a window");
+  Print("record", Watch([] { Record("At the window"); }), plain.at("record"),
+        "the dialog without a window");
   Print("recall", Watch([] { Recall(0); }), plain.at("recall"), "the dialog without a window");
   MeasureSheet(plain);
   BaseDocument* copy = nullptr;
   desktop::SlowEnd slow;
-  const double cloning =
-      Measure(&MainThreadSeconds, [&] { copy = static_cast<BaseDocument*>(host::GetActiveDocument()->GetClone(1024, nullptr)); });
-  const double writing = Measure(&MainThreadSeconds, [&] { Require(engine::WriteScene(*copy).Ok(), "not written"); });
+  const double cloning = Measure(&MainThreadSeconds, [&] {
+    copy = static_cast<BaseDocument*>(host::GetActiveDocument()->GetClone(1024, nullptr));
+  });
+  const double writing =
+      Measure(&MainThreadSeconds, [&] { Require(engine::WriteScene(*copy).Ok(), "not written"); });
   const InWindow freeing = Watch([&] { slow.Take(desktop::OwnedDocument(copy)); });
-  Print("autosave", {cloning + freeing.all, std::max(cloning, freeing.longest)}, writing, "writing it on the main thread");
-  Print("save", Watch([&] { Require(window.Commands().Save(*host::GetActiveDocument()), "not saved"); }), plain.at("save"),
-        "saving without a window");
+  Print("autosave", {cloning + freeing.all, std::max(cloning, freeing.longest)}, writing,
+        "writing it on the main thread");
+  Print("save",
+        Watch([&] { Require(window.Commands().Save(*host::GetActiveDocument()), "not saved"); }),
+        plain.at("save"), "saving without a window");
 }
 
 int Run(LONG objects, int stagemarks) {
@@ -348,10 +372,12 @@ int Run(LONG objects, int stagemarks) {
   const engine::OutsideInUse inUse(outside);
   engine::Application application(outside, {});
   Require(
-      application.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so").outcome == engine::LoadOutcome::Loaded,
+      application.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so").outcome ==
+          engine::LoadOutcome::Loaded,
       "the plug-in is not there");
   std::printf("%d objects, %d Stagemarks\n", objects, stagemarks);
-  const Seconds plain = MakeAndMeasure(application, folder.Path() + "/big.c4d", objects, stagemarks);
+  const Seconds plain =
+      MakeAndMeasure(application, folder.Path() + "/big.c4d", objects, stagemarks);
   Dialog().Close();
   host::KillDocument(host::GetActiveDocument());
   application.NewDocument();

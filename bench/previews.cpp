@@ -1,6 +1,7 @@
-// What does a preview cost beside the ray tracer alone? Every call into the ray tracing library passes through here, so that
-// the rays of a picture can be counted, kept and traced once more with nothing around them: that is the least a picture of these
-// rays can cost. One thread, time of the processor, pictures of 160 x 120.
+// What does a preview cost beside the ray tracer alone? Every call into the ray tracing library
+// passes through here, so that the rays of a picture can be counted, kept and traced once more with
+// nothing around them: that is the least a picture of these rays can cost. One thread, time of the
+// processor, pictures of 160 x 120.
 #include <dlfcn.h>
 #include <embree3/rtcore.h>
 
@@ -96,7 +97,8 @@ struct Costs {
   double rendering = 0;  // seconds
 };
 
-Costs Render(const host::BaseDocument& doc, engine::RenderCaches& caches, std::unique_ptr<PictureInProgress>* kept = nullptr) {
+Costs Render(const host::BaseDocument& doc, engine::RenderCaches& caches,
+             std::unique_ptr<PictureInProgress>* kept = nullptr) {
   Costs costs;
   const double before = tracing.building;
   std::unique_ptr<PictureInProgress> picture;
@@ -115,7 +117,8 @@ Costs Render(const host::BaseDocument& doc, engine::RenderCaches& caches, std::u
 
 // Traces what was kept once more and throws the answers away.
 double TraceAgain() {
-  static auto* const intersect = Real<void(RTCScene, RTCIntersectContext*, RTCRayHit*)>("rtcIntersect1");
+  static auto* const intersect =
+      Real<void(RTCScene, RTCIntersectContext*, RTCRayHit*)>("rtcIntersect1");
   static auto* const occluded = Real<void(RTCScene, RTCIntersectContext*, RTCRay*)>("rtcOccluded1");
   RTCIntersectContext context;
   rtcInitIntersectContext(&context);
@@ -131,8 +134,8 @@ double TraceAgain() {
 }
 
 void Line(const char* what, const Costs& costs, double rays) {
-  std::printf("  %-36s %9.2f %9.2f %9.2f %9.2f\n", what, 1e3 * costs.preparing, 1e3 * costs.building, 1e3 * costs.rendering,
-              rays / costs.rendering / 1e6);
+  std::printf("  %-36s %9.2f %9.2f %9.2f %9.2f\n", what, 1e3 * costs.preparing,
+              1e3 * costs.building, 1e3 * costs.rendering, rays / costs.rendering / 1e6);
 }
 
 std::size_t Triangles(const host::BaseDocument& doc) { return engine::CountScene(doc).polygons; }
@@ -150,8 +153,8 @@ void ChangeLooks(host::BaseDocument& doc) {
 
 void Measure(const std::string& name, host::BaseDocument& doc) {
   engine::RenderCaches caches;
-  std::printf("%s: %zu polygons\n  %-36s %9s %9s %9s %9s\n", name.c_str(), Triangles(doc), "", "prepare", "of it BVH", "render",
-              "Mrays/s");
+  std::printf("%s: %zu polygons\n  %-36s %9s %9s %9s %9s\n", name.c_str(), Triangles(doc), "",
+              "prepare", "of it BVH", "render", "Mrays/s");
   tracing.rays.clear();
   const Costs first = Render(doc, caches);
   const std::size_t built = caches.WorkDone().geometries;
@@ -164,13 +167,15 @@ void Measure(const std::string& name, host::BaseDocument& doc) {
   const double plain = TraceAgain();
   Line("first preview, ms", first, rays);
   Line("second preview, ms", second, rays);
-  std::printf("  %-36s %9s %9.2f %9.2f %9.2f\n", "the ray tracer alone, ms", "", 1e3 * first.building, 1e3 * plain,
-              rays / plain / 1e6);
-  std::printf("  %-36s %9.0f rays, %.0f %% of the time is the rays'\n", "second preview", rays, 100 * plain / second.rendering);
+  std::printf("  %-36s %9s %9.2f %9.2f %9.2f\n", "the ray tracer alone, ms", "",
+              1e3 * first.building, 1e3 * plain, rays / plain / 1e6);
+  std::printf("  %-36s %9.0f rays, %.0f %% of the time is the rays'\n", "second preview", rays,
+              100 * plain / second.rendering);
   ChangeLooks(doc);
   const Costs changed = Render(doc, caches);
-  std::printf("  %-36s %9.2f %9.2f %9.2f   built anew: %zu\n\n", "other switches and materials, ms", 1e3 * changed.preparing,
-              1e3 * changed.building, 1e3 * changed.rendering, caches.WorkDone().geometries - built);
+  std::printf("  %-36s %9.2f %9.2f %9.2f   built anew: %zu\n\n", "other switches and materials, ms",
+              1e3 * changed.preparing, 1e3 * changed.building, 1e3 * changed.rendering,
+              caches.WorkDone().geometries - built);
 }
 
 void MeasureSample(const std::string& file) {
@@ -192,7 +197,9 @@ std::shared_ptr<const engine::Mesh> Hills(std::size_t triangles) {
     for (std::int32_t x = 0; x <= side; ++x) {
       const auto fx = static_cast<float>(x);
       const auto fz = static_cast<float>(z);
-      mesh->points.push_back({fx, 40 * std::sin(fx * 0.02F) * std::cos(fz * 0.03F) + 2 * std::sin(fx * 0.7F + fz), fz});
+      mesh->points.push_back(
+          {fx, 40 * std::sin(fx * 0.02F) * std::cos(fz * 0.03F) + 2 * std::sin(fx * 0.7F + fz),
+           fz});
     }
   }
   for (std::int32_t i = 0; i < side * side; ++i) {
@@ -204,7 +211,9 @@ std::shared_ptr<const engine::Mesh> Hills(std::size_t triangles) {
 
 void MeasureHills(std::size_t triangles) {
   tests::SceneBuilder scene;
-  scene.Material("Grass", host::Vector(0.2, 0.5, 0.1)).Object("Hills", host::Opolygon).Texture("Hills", "Grass");
+  scene.Material("Grass", host::Vector(0.2, 0.5, 0.1))
+      .Object("Hills", host::Opolygon)
+      .Texture("Hills", "Grass");
   engine::SetMesh(*scene.Last(), Hills(triangles));
   Measure("hills of " + std::to_string(triangles) + " triangles", scene.Doc());
 }
@@ -223,8 +232,10 @@ void MeasureRecording(std::size_t triangles) {
     const double all = Seconds([&] {
       for (int i = 0; i < 10; ++i) session.Record((preview ? "P" : "N") + std::to_string(i));
     });
-    std::printf("  %-36s %9.1f ms, of it BVH %.1f ms, built %zu\n", preview ? "with previews" : "without", 1e3 * all,
-                1e3 * (tracing.building - building), engine::RenderCaches::Shared().WorkDone().geometries - before);
+    std::printf("  %-36s %9.1f ms, of it BVH %.1f ms, built %zu\n",
+                preview ? "with previews" : "without", 1e3 * all,
+                1e3 * (tracing.building - building),
+                engine::RenderCaches::Shared().WorkDone().geometries - before);
   }
 }
 
@@ -232,7 +243,8 @@ void MeasureRecording(std::size_t triangles) {
 
 // With a number: the big mesh has so many triangles instead of a million.
 int main(int count, char** arguments) {
-  const std::size_t triangles = count > 1 ? static_cast<std::size_t>(std::atoll(arguments[1])) : 1000000;
+  const std::size_t triangles =
+      count > 1 ? static_cast<std::size_t>(std::atoll(arguments[1])) : 1000000;
   MeasureSample("spider/spider.fbx");
   MeasureSample("dungeon/dungeon.gltf");
   MeasureHills(triangles);

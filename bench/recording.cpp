@@ -1,6 +1,6 @@
-// What does it cost to record and to recall a big scene, through the loaded plug-in as the dialog drives it? Beside it
-// stands what the same work costs at least: the switches of every object copied into plain arrays, and written back
-// after a hash look-up of each object.
+// What does it cost to record and to recall a big scene, through the loaded plug-in as the dialog
+// drives it? Beside it stands what the same work costs at least: the switches of every object
+// copied into plain arrays, and written back after a hash look-up of each object.
 #include <malloc.h>
 
 #include <algorithm>
@@ -50,7 +50,8 @@ void Require(bool holds, const char* what) {
 
 constexpr LONG kStyleTag = 1011012;
 
-constexpr LONG kCompositingOfItsOwn = -host::Tcompositing;  // stands for a compositing tag that is like no other
+// Stands for a compositing tag that is like no other
+constexpr LONG kCompositingOfItsOwn = -host::Tcompositing;
 
 void FillStyle(host::BaseContainer& data, LONG number) {
   for (LONG key = 1000; key < 1010; ++key) data.SetLong(key, key + number);
@@ -60,7 +61,8 @@ void FillStyle(host::BaseContainer& data, LONG number) {
 class Stage {
  public:
   Stage() : inUse_(person_), application_(person_, {}) {
-    const engine::LoadReport report = application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
+    const engine::LoadReport report =
+        application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
     Require(report.outcome == engine::LoadOutcome::Loaded, report.message.c_str());
     host::SetActiveDocument(application_.NewDocument());
     Require(application_.ExecuteCommand(stagemarks::kPluginId), "the dialog did not open");
@@ -118,7 +120,8 @@ struct Plain {
 
 Plain CopyPlain(const BaseDocument& doc) {
   Plain plain;
-  for (const BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(const_cast<BaseObject*>(object))) {
+  for (const BaseObject* object = doc.GetFirstObject(); object;
+       object = engine::NextInTree(const_cast<BaseObject*>(object))) {
     plain.ids.push_back(engine::IdOf(*object));
     plain.editor.push_back(object->GetEditorMode());
     plain.render.push_back(object->GetRenderMode());
@@ -152,9 +155,9 @@ void Line(const char* what, double nanoseconds, double baseline, double bytes = 
   std::printf("\n");
 }
 
-// Recording what has not changed, and the plain copy, in turn; the least of each. Where another program computes on the same
-// core, one that computes takes up to 1.7 times as long and one that waits for memory does not: a single run may tell more
-// about that program than about ours.
+// Recording what has not changed, and the plain copy, in turn; the least of each. Where another
+// program computes on the same core, one that computes takes up to 1.7 times as long and one that
+// waits for memory does not: a single run may tell more about that program than about ours.
 void MeasureAgain(Stage& stage, LONG objects) {
   constexpr int kRuns = 15;
   const double before = MemoryInUse();
@@ -166,7 +169,8 @@ void MeasureAgain(Stage& stage, LONG objects) {
     Plain plain;
     copy = std::min(copy, Seconds([&] { plain = CopyPlain(stage.Doc()); }));
   }
-  Line("again, unchanged", 1e9 / objects * again, 1e9 / objects * copy, (MemoryInUse() - before) / objects / kRuns);
+  Line("again, unchanged", 1e9 / objects * again, 1e9 / objects * copy,
+       (MemoryInUse() - before) / objects / kRuns);
 }
 
 // What recording, recalling and undoing cost per object, beside the plain copy and its way back.
@@ -200,7 +204,8 @@ void MeasureScene(const char* title, LONG objects, const std::vector<LONG>& tags
   const ById index = Index(stage.Doc());
   const double back = perObject * Seconds([&] { WritePlainBack(plain, index); });
 
-  std::printf("%d objects%s\n  %-28s %9s %9s %12s\n", objects, title, "", "ns/object", "x plain", "bytes/object");
+  std::printf("%d objects%s\n  %-28s %9s %9s %12s\n", objects, title, "", "ns/object", "x plain",
+              "bytes/object");
   Line("plain copy", copy, 0);
   Line("plain write-back", back, 0);
   MeasureStates(stage, objects, copy, back);
@@ -211,8 +216,8 @@ void MeasureGrowth(LONG objects) {
   Stage stage;
   stage.Build(objects, {});
   const double perObject = 1e9 / objects;
-  std::printf("%d objects, by the number of elements already stored\n  %8s %12s %12s %14s\n", objects, "stored", "record", "load",
-              "list, us/row");
+  std::printf("%d objects, by the number of elements already stored\n  %8s %12s %12s %14s\n",
+              objects, "stored", "record", "load", "list, us/row");
   LONG stored = 0;
   for (const LONG wanted : {1, 10, 1000}) {
     for (; stored < wanted; ++stored) stage.Record("E" + std::to_string(stored));
@@ -236,7 +241,9 @@ int main(int count, char** arguments) {
   MeasureScene("", objects, {});
   MeasureScene(" with two texture tags each", objects / 10, {host::Ttexture, host::Ttexture});
   MeasureScene(" with a texture and a style tag each", objects / 10, {host::Ttexture, kStyleTag});
-  MeasureScene(" with a texture and a compositing tag each", objects / 10, {host::Ttexture, host::Tcompositing});
-  MeasureScene(" with a texture and a compositing tag of its own each", objects / 10, {host::Ttexture, kCompositingOfItsOwn});
+  MeasureScene(" with a texture and a compositing tag each", objects / 10,
+               {host::Ttexture, host::Tcompositing});
+  MeasureScene(" with a texture and a compositing tag of its own each", objects / 10,
+               {host::Ttexture, kCompositingOfItsOwn});
   MeasureGrowth(objects / 10);
 }

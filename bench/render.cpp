@@ -1,6 +1,7 @@
-// What does a picture cost beside the bare search for what its rays hit? Spheres of a mesh of their own each, then the same
-// number of instances of one mesh; prepared for the first time, prepared again after a switch, and rendered on one thread. The
-// baseline is one ray a pixel that looks for the nearest surface and does nothing with it.
+// What does a picture cost beside the bare search for what its rays hit? Spheres of a mesh of their
+// own each, then the same number of instances of one mesh; prepared for the first time, prepared
+// again after a switch, and rendered on one thread. The baseline is one ray a pixel that looks for
+// the nearest surface and does nothing with it.
 #include <cstdio>
 #include <ctime>
 #include <functional>
@@ -35,12 +36,14 @@ void Fill(tests::SceneBuilder& scene, int side, host::LONG segments, bool shared
   const std::shared_ptr<const engine::Mesh> one = Sphere(segments);
   for (int i = 0; i < side * side * side; ++i) {
     const std::string name = "S" + std::to_string(i);
-    scene.Object(name, host::Opolygon).At(name, i % side * 100, i / side % side * 100, i / side / side * 100);
+    scene.Object(name, host::Opolygon)
+        .At(name, i % side * 100, i / side % side * 100, i / side / side * 100);
     engine::SetMesh(*scene.Last(), shared ? one : Sphere(segments));
   }
 }
 
-std::unique_ptr<engine::PictureInProgress> Begin(const host::BaseDocument& doc, engine::RenderCaches& caches) {
+std::unique_ptr<engine::PictureInProgress> Begin(const host::BaseDocument& doc,
+                                                 engine::RenderCaches& caches) {
   return engine::PictureInProgress::Begin(doc, {kWidth, kHeight, {}, {}, 1, false}, caches).Take();
 }
 
@@ -66,7 +69,8 @@ void Measure(const char* name, int side, host::LONG segments, bool shared) {
   Fill(scene, side, segments, shared);
   engine::RenderCaches caches;
   std::unique_ptr<engine::PictureInProgress> picture;
-  std::printf("%s: %d objects, %zu polygons\n", name, side * side * side, engine::CountScene(scene.Doc()).polygons);
+  std::printf("%s: %d objects, %zu polygons\n", name, side * side * side,
+              engine::CountScene(scene.Doc()).polygons);
   const double first = Milliseconds([&] { picture = Begin(scene.Doc(), caches); });
   scene.Modes("S0", host::MODE_UNDEF, host::MODE_OFF);
   const double again = Milliseconds([&] { picture = Begin(scene.Doc(), caches); });
@@ -76,13 +80,15 @@ void Measure(const char* name, int side, host::LONG segments, bool shared) {
     while (!picture->IsFinished()) picture->Refine();
   });
   std::unique_ptr<engine::PictureInProgress> quick =
-      engine::PictureInProgress::Begin(scene.Doc(), {kWidth, kHeight, {}, {}, 1, true}, caches).Take();
+      engine::PictureInProgress::Begin(scene.Doc(), {kWidth, kHeight, {}, {}, 1, true}, caches)
+          .Take();
   const double moving = Milliseconds([&] { quick->Refine(); });
   std::printf("  prepared first %10.1f ms\n  after a switch %10.1f ms\n", first, again);
   std::printf("  search alone   %10.1f ms\n", search);
   std::printf("  quick draft    %10.1f ms (%.1f times the search)\n", moving, moving / search);
   std::printf("  first pass     %10.1f ms (%.1f times the search)\n", draft, draft / search);
-  std::printf("  whole picture  %10.1f ms (%.1f times the search)\n", draft + rest, (draft + rest) / search);
+  std::printf("  whole picture  %10.1f ms (%.1f times the search)\n", draft + rest,
+              (draft + rest) / search);
 }
 
 }  // namespace

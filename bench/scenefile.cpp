@@ -1,6 +1,7 @@
-// What does it cost to save and to open a big scene, and how long is the file? A million null objects and ten states of a
-// record per object, equal or not, shared or not. Beside it stands the least that would do: the same numbers as plain structs,
-// copied and written to a file, read and copied back.
+// What does it cost to save and to open a big scene, and how long is the file? A million null
+// objects and ten states of a record per object, equal or not, shared or not. Beside it stands the
+// least that would do: the same numbers as plain structs, copied and written to a file, read and
+// copied back.
 #include <malloc.h>
 
 #include <cstdio>
@@ -75,7 +76,8 @@ BaseDocument* Scene(LONG objects, States states) {
 }
 
 void Print(const char* what, double seconds, double objects, const std::string& more) {
-  std::printf("  %-34s %7.3f s  %8.1f ns/object  %s\n", what, seconds, seconds * 1e9 / objects, more.c_str());
+  std::printf("  %-34s %7.3f s  %8.1f ns/object  %s\n", what, seconds, seconds * 1e9 / objects,
+              more.c_str());
 }
 
 std::string PerObject(double bytes, double objects) {
@@ -91,7 +93,8 @@ void WriteTo(std::FILE* file, const void* bytes, std::size_t size) {
 
 // What the scene is at least: 48 bytes an object, 24 a record.
 void Plain(LONG objects, States states) {
-  const std::size_t size = static_cast<std::size_t>(objects) * (48 + (states == States::None ? 0 : 24 * kStates));
+  const std::size_t size =
+      static_cast<std::size_t>(objects) * (48 + (states == States::None ? 0 : 24 * kStates));
   const std::vector<char> scene(size, 'x');
   std::vector<char> copy(size);
   std::FILE* file = std::tmpfile();

@@ -1,5 +1,5 @@
-// AtomArray: a list of elements, none of them owned. AutoAlloc: owns one host object and gives it back by
-// its class's Free. Main thread.
+// AtomArray: a list of elements, none of them owned. AutoAlloc: owns one host object and gives it
+// back by its class's Free. Main thread.
 #pragma once
 
 #include <vector>

@@ -1,5 +1,6 @@
-// BaseBitmap: a picture of 24-bit RGB pixels, row by row from the top left. AutoBitmap: one loaded from
-// the plug-in's resource folder. The caller owns what Alloc returns. A bitmap belongs to one thread at a time.
+// BaseBitmap: a picture of 24-bit RGB pixels, row by row from the top left. AutoBitmap: one loaded
+// from the plug-in's resource folder. The caller owns what Alloc returns. A bitmap belongs to one
+// thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +26,8 @@ class BaseBitmap {
   static BaseBitmap* Alloc();
   static void Free(BaseBitmap*& bitmap);
 
-  // A black picture of `width` x `height` pixels; 24 bits only. Refuses sizes outside 1..16384 per side.
+  // A black picture of `width` x `height` pixels; 24 bits only. Refuses sizes outside 1..16384 per
+  // side.
   LONG Init(LONG width, LONG height, LONG depth = 24);
   // Reads a TIFF, PNG, JPEG or OpenEXR file. On failure the picture is empty.
   LONG Init(const Filename& file);

@@ -1,7 +1,8 @@
-// BaseContainer: an ordered list of (key, value) entries with an ID of its own. It is a value: copies
-// are cheap, share structure and split on write, so that a copy never changes with its original.
-// GetContainerInstance hands out a stored sub-container in place; the container that handed it out owns
-// it. One container object belongs to one thread at a time; copies may go to other threads.
+// BaseContainer: an ordered list of (key, value) entries with an ID of its own. It is a value:
+// copies are cheap, share structure and split on write, so that a copy never changes with its
+// original. GetContainerInstance hands out a stored sub-container in place; the container that
+// handed it out owns it. One container object belongs to one thread at a time; copies may go to
+// other threads.
 #pragma once
 
 #include "host/GeData.h"
@@ -47,8 +48,8 @@ class BaseContainer {
 
   // Value under `id`; nil when there is none.
   GeData GetData(LONG id) const;
-  // Sets an existing key in place, keeping its position, or appends. Writing the value that is already
-  // there changes nothing and splits nothing.
+  // Sets an existing key in place, keeping its position, or appends. Writing the value that is
+  // already there changes nothing and splits nothing.
   void SetData(LONG id, const GeData& value);
   // The first level of `id` as a key: the same as SetData and GetData. False for an empty path.
   Bool SetParameter(const DescID& id, const GeData& value);
@@ -60,8 +61,8 @@ class BaseContainer {
   // Sets every entry of `source`, in its order; other entries and the own ID stay.
   void MergeContainer(const BaseContainer& source);
 
-  // Typed access. A getter answers `preset` when the key is absent, and the default of its type when the
-  // stored type does not fit. A Bool is stored as LONG 0 or 1.
+  // Typed access. A getter answers `preset` when the key is absent, and the default of its type
+  // when the stored type does not fit. A Bool is stored as LONG 0 or 1.
   Bool GetBool(LONG id, Bool preset = FALSE) const;
   LONG GetLong(LONG id, LONG preset = 0) const;
   Real GetReal(LONG id, Real preset = 0) const;
@@ -80,15 +81,16 @@ class BaseContainer {
   void SetFilename(LONG id, const Filename& value);
   void SetContainer(LONG id, const BaseContainer& value);
 
-  // The stored sub-container in place, or null when the key is absent or holds something else; never
-  // creates. It is owned by this container and valid until that very entry is replaced or removed (or
-  // this container is assigned, flushed or destroyed), also while siblings are added. A write through it
-  // never reaches a copy taken before or after.
+  // The stored sub-container in place, or null when the key is absent or holds something else;
+  // never creates. It is owned by this container and valid until that very entry is replaced or
+  // removed (or this container is assigned, flushed or destroyed), also while siblings are added. A
+  // write through it never reaches a copy taken before or after.
   BaseContainer* GetContainerInstance(LONG id);
   const BaseContainer* GetContainerInstance(LONG id) const;
 
   // Links are held as identities. A link resolves to its target if that is alive and now belongs to
-  // `doc`, anywhere in its trees; otherwise, and without a document, to null. The target is not owned.
+  // `doc`, anywhere in its trees; otherwise, and without a document, to null. The target is not
+  // owned.
   void SetLink(LONG id, const BaseList2D* target);
   BaseList2D* GetLink(LONG id, const BaseDocument* doc) const;
   // The same, and null unless the target is an object or a material.
@@ -101,8 +103,10 @@ class BaseContainer {
 
  private:
   friend struct engine::ContainerAccess;
-  engine::ContainerBody* body_ = nullptr;      // entries and own ID, shared with copies; null: no entries, ID 0
-  engine::ContainerAnchor* anchor_ = nullptr;  // instances handed out, and the owner if this is one itself
+  // Entries and own ID, shared with copies; null: no entries, ID 0
+  engine::ContainerBody* body_ = nullptr;
+  // Instances handed out, and the owner if this is one itself
+  engine::ContainerAnchor* anchor_ = nullptr;
 };
 
 }  // namespace host

@@ -1,6 +1,6 @@
-// BaseDocument: a scene. It owns objects, materials, layers, render settings, its parameter container and
-// its undo steps, and it is what links resolve against. BaseDraw: its view. Main thread; a copy made for
-// rendering may be read by the render thread.
+// BaseDocument: a scene. It owns objects, materials, layers, render settings, its parameter
+// container and its undo steps, and it is what links resolve against. BaseDraw: its view. Main
+// thread; a copy made for rendering may be read by the render thread.
 #pragma once
 
 #include <memory>
@@ -22,7 +22,8 @@ class RenderData;
 
 inline constexpr LONG Tbasedocument = 110059;
 
-// Undo types. CHANGE: the element's state before a change. DELETE: before it is freed. NEW: after it was inserted.
+// Undo types. CHANGE: the element's state before a change. DELETE: before it is freed. NEW: after
+// it was inserted.
 inline constexpr LONG UNDO_CHANGE = 40;
 inline constexpr LONG UNDO_NEW = 44;
 inline constexpr LONG UNDO_DELETE = 45;
@@ -51,8 +52,8 @@ class BaseDraw {
 
 class BaseDocument : public BaseList2D {
  public:
-  // An empty document with one render settings, no path and the name "Untitled"; owned by the caller until
-  // inserted into the host's list. Null when out of memory.
+  // An empty document with one render settings, no path and the name "Untitled"; owned by the
+  // caller until inserted into the host's list. Null when out of memory.
   static BaseDocument* Alloc();
   // Destroys a document that is in no list; null is allowed.
   static void Free(BaseDocument*& doc);
@@ -64,10 +65,12 @@ class BaseDocument : public BaseList2D {
   // The invisible parent of the layers; never null.
   GeListHead* GetLayerObjectRoot() const;
 
-  // Puts an element (owned by nobody) below `parent`, or at the top level where that is null, after `pred`,
-  // or first where that is null. The document owns it from then on. `checknames` makes the name unique: O(n).
+  // Puts an element (owned by nobody) below `parent`, or at the top level where that is null, after
+  // `pred`, or first where that is null. The document owns it from then on. `checknames` makes the
+  // name unique: O(n).
   void InsertObject(BaseObject* op, BaseObject* parent, BaseObject* pred, Bool checknames = FALSE);
-  void InsertMaterial(BaseMaterial* material, BaseMaterial* pred = nullptr, Bool checknames = FALSE);
+  void InsertMaterial(BaseMaterial* material, BaseMaterial* pred = nullptr,
+                      Bool checknames = FALSE);
   void InsertLayer(LayerObject* layer, LayerObject* parent = nullptr, LayerObject* pred = nullptr);
   // Changes nothing about which settings are active.
   void InsertRenderData(RenderData* settings, RenderData* parent, RenderData* pred);
@@ -96,25 +99,27 @@ class BaseDocument : public BaseList2D {
   void SetChanged();
   Bool GetChanged() const;
 
-  // Opens and closes an undo group; opening while one is open goes on with it. One Undo takes back one group.
+  // Opens and closes an undo group; opening while one is open goes on with it. One Undo takes back
+  // one group.
   Bool StartUndo();
   Bool EndUndo();
-  // Registers a change of `element` (a node) in the open group. False, doing nothing, outside a group.
+  // Registers a change of `element` (a node) in the open group. False, doing nothing, outside a
+  // group.
   Bool AddUndo(LONG type, void* element);
   // Take back or do again one group; false when there is none.
   Bool DoUndo();
   Bool DoRedo();
 
-  // The selected object that was selected last, or null. The selected ones in pre-order, children of selected
-  // parents included. The selected tags in pre-order of objects, in tag order.
+  // The selected object that was selected last, or null. The selected ones in pre-order, children
+  // of selected parents included. The selected tags in pre-order of objects, in tag order.
   BaseObject* GetActiveObject() const;
   void GetActiveObjects(AtomArray& selection, LONG flags) const;
   void GetActiveTags(AtomArray& selection) const;
   void SetActiveObject(BaseObject* op, LONG mode = SELECTION_NEW);
   void SetActiveTag(BaseTag* tag, LONG mode = SELECTION_NEW);
 
-  // One entry (type 131) per texture reference under keys 0, 1, 2 ..., in scene order: materials, objects,
-  // expression nodes; missing files too. `objects`: null for the whole document.
+  // One entry (type 131) per texture reference under keys 0, 1, 2 ..., in scene order: materials,
+  // objects, expression nodes; missing files too. `objects`: null for the whole document.
   BaseContainer GetAllTextures(const AtomArray* objects) const;
 
  private:

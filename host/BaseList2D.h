@@ -1,5 +1,5 @@
-// BaseList2D: a named element with a parameter container, bits, an assigned layer and attached shaders.
-// It owns its data, its shaders and what hangs below it. Main thread.
+// BaseList2D: a named element with a parameter container, bits, an assigned layer and attached
+// shaders. It owns its data, its shaders and what hangs below it. Main thread.
 #pragma once
 
 #include "host/BaseContainer.h"
@@ -19,11 +19,12 @@ class BaseList2D : public GeListNode {
  public:
   String GetName() const { return name_; }
   void SetName(const String& name);
-  // What the host calls this kind of element: "Bitmap", "Camera", ...; for a type the host does not know, "Unknown".
+  // What the host calls this kind of element: "Bitmap", "Camera", ...; for a type the host does not
+  // know, "Unknown".
   String GetTypeName() const;
 
-  // A copy of the parameters; the live ones in place (owned by this element); replacing or, with `add`,
-  // merging into them.
+  // A copy of the parameters; the live ones in place (owned by this element); replacing or, with
+  // `add`, merging into them.
   BaseContainer GetData() const { return data_; }
   BaseContainer* GetDataInstance() { return &data_; }
   const BaseContainer* GetDataInstance() const { return &data_; }
@@ -35,8 +36,8 @@ class BaseList2D : public GeListNode {
   void SetBit(LONG mask);
   void DelBit(LONG mask);
 
-  // Of a layer: its own flags and colour. Of any other element: those of its layer, all on when it has none.
-  // Null-safe: without a layer SetLayerData answers false and changes nothing.
+  // Of a layer: its own flags and color. Of any other element: those of its layer, all on when it
+  // has none. Null-safe: without a layer SetLayerData answers false and changes nothing.
   LayerData GetLayerData(const BaseDocument* doc, Bool rawdata = FALSE) const;
   Bool SetLayerData(BaseDocument* doc, const LayerData& data);
   // The layer this element is assigned to in `doc`, or null; assigning null takes it off its layer.

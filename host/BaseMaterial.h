@@ -1,4 +1,4 @@
-// BaseMaterial and BaseShader: surfaces and what colours them. The document owns its materials, an
+// BaseMaterial and BaseShader: surfaces and what colors them. The document owns its materials, an
 // element the shaders attached to it, a shader its child shaders. Main thread.
 #pragma once
 

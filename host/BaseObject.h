@@ -1,5 +1,5 @@
-// BaseObject: a thing placed in the scene: null, polygon mesh, primitive, camera, light. It owns its tags
-// and its children. Main thread.
+// BaseObject: a thing placed in the scene: null, polygon mesh, primitive, camera, light. It owns
+// its tags and its children. Main thread.
 #pragma once
 
 #include <memory>
@@ -34,11 +34,11 @@ inline constexpr LONG MODE_UNDEF = 2;
 
 class BaseObject : public BaseList2D {
  public:
-  // A new object of `type`, owned by the caller until inserted. Types the host does not know are allowed and
-  // carry data only. Modes start undefined, undefined and on.
+  // A new object of `type`, owned by the caller until inserted. Types the host does not know are
+  // allowed and carry data only. Modes start undefined, undefined and on.
   static BaseObject* Alloc(LONG type);
-  // Takes the object out of its place and destroys it with all below it; null is allowed. One registered
-  // for undo (type 45) is parked in its undo step instead. `op` is null afterwards.
+  // Takes the object out of its place and destroys it with all below it; null is allowed. One
+  // registered for undo (type 45) is parked in its undo step instead. `op` is null afterwards.
   static void Free(BaseObject*& op);
 
   BaseObject* GetNext() const { return static_cast<BaseObject*>(GeListNode::GetNext()); }
@@ -67,10 +67,11 @@ class BaseObject : public BaseList2D {
   // Takes ownership of `tag`.
   void InsertTag(BaseTag* tag, BaseTag* pred = nullptr);
 
-  // Puts this object (owned by nobody) as first or last child below `parent`, or beside `neighbour`.
+  // Puts this object (owned by nobody) as first or last child below `parent`, or beside
+  // `neighbor`.
   void InsertUnder(BaseObject* parent);
   void InsertUnderLast(BaseObject* parent);
-  void InsertAfter(BaseObject* neighbour);
+  void InsertAfter(BaseObject* neighbor);
 
  protected:
   using BaseList2D::BaseList2D;
@@ -79,7 +80,8 @@ class BaseObject : public BaseList2D {
  private:
   friend struct engine::NodeAccess;
   GeListNode* lastTag_ = nullptr;
-  std::shared_ptr<const engine::ObjectShape> shape_;  // frame and geometry, shared by copies; null: the identity, none
+  // Frame and geometry, shared by copies; null: the identity, none
+  std::shared_ptr<const engine::ObjectShape> shape_;
 };
 
 }  // namespace host

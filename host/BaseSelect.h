@@ -18,7 +18,8 @@ class BaseSelect {
   Bool IsSelected(LONG number) const;
   // How many numbers are selected.
   LONG GetCount() const;
-  // How many ranges there are, and range `segment` (0-based) with both ends included; false outside.
+  // How many ranges there are, and range `segment` (0-based) with both ends included; false
+  // outside.
   LONG GetSegments() const;
   Bool GetRange(LONG segment, LONG* first, LONG* last) const;
 

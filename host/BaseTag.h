@@ -1,5 +1,5 @@
-// BaseTag, TextureTag, XPressoTag: properties attached to an object, which owns them. Tags of types the
-// host does not know are kept as data. Main thread.
+// BaseTag, TextureTag, XPressoTag: properties attached to an object, which owns them. Tags of types
+// the host does not know are kept as data. Main thread.
 #pragma once
 
 #include "host/BaseList2D.h"
@@ -40,8 +40,8 @@ class BaseTag : public BaseList2D {
 // Assigns a material to its object.
 class TextureTag : public BaseTag {
  public:
-  // The material if it lives in the tag's document, else null. `ignoreDocument` is there for the host's
-  // signature and changes nothing.
+  // The material if it lives in the tag's document, else null. `ignoreDocument` is there for the
+  // host's signature and changes nothing.
   BaseMaterial* GetMaterial(Bool ignoreDocument = FALSE) const;
   // Null takes the material off.
   void SetMaterial(BaseMaterial* material);

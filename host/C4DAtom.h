@@ -1,6 +1,7 @@
 // C4DAtom and C4DAtomGoal: the root of everything that lives in a scene. Elements are made by their
-// class's Alloc and given back by its Free; they are never copied as C++ objects. Main thread, except
-// that a document nobody else knows (a copy made for rendering) may be read by one other thread.
+// class's Alloc and given back by its Free; they are never copied as C++ objects. Main thread,
+// except that a document nobody else knows (a copy made for rendering) may be read by one other
+// thread.
 #pragma once
 
 #include "host/DescID.h"
@@ -15,8 +16,10 @@ namespace host {
 class AliasTrans;
 
 // Copy flags. 0: everything. The stand-in knows these two besides.
-inline constexpr LONG COPY_NO_BITS = 16;     // leave out bits; copied video posts and passes start with bits 0
-inline constexpr LONG COPY_DOCUMENT = 1024;  // a whole document: identities are kept, links inside follow the copy
+// Leave out bits; copied video posts and passes start with bits 0
+inline constexpr LONG COPY_NO_BITS = 16;
+// A whole document: identities are kept, links inside follow the copy
+inline constexpr LONG COPY_DOCUMENT = 1024;
 
 class C4DAtom {
  public:
@@ -28,11 +31,13 @@ class C4DAtom {
   // True for the own type and for the base types it is derived from (Obase, Tbase, ...).
   Bool IsInstanceOf(LONG type) const;
 
-  // A copy that belongs to no document, owned by the caller; null when it cannot be made. A copied element
-  // gets an identity of its own, a copied document (COPY_DOCUMENT) keeps those of all its elements.
+  // A copy that belongs to no document, owned by the caller; null when it cannot be made. A copied
+  // element gets an identity of its own, a copied document (COPY_DOCUMENT) keeps those of all its
+  // elements.
   C4DAtom* GetClone(LONG flags, AliasTrans* trans);
-  // Writes name, data, bits, video posts and multi-passes of this element (and what else its kind holds)
-  // over `dst`; never identity and place. Onto itself: nothing happens. False for unlike kinds.
+  // Writes name, data, bits, video posts and multi-passes of this element (and what else its kind
+  // holds) over `dst`; never identity and place. Onto itself: nothing happens. False for unlike
+  // kinds.
   Bool CopyTo(C4DAtom* dst, LONG flags, AliasTrans* trans);
 
   // Reads a parameter. False, with `value` as it was, when there is none.
@@ -51,8 +56,9 @@ class C4DAtom {
 
  protected:
   LONG type_;
-  UCHAR kind_;                  // which class this is; engine/scene knows the numbers
-  UCHAR modes_[3] = {2, 2, 1};  // objects only: editor, render, deform; here to share a cache line with the type
+  UCHAR kind_;  // which class this is; engine/scene knows the numbers
+  // Objects only: editor, render, deform; here to share a cache line with the type
+  UCHAR modes_[3] = {2, 2, 1};
 };
 
 // What a link can point to.

@@ -1,5 +1,5 @@
-// C4DThread: a piece of work with a name that can be asked to stop. The caller owns it. Mode 0 runs Main
-// inside Start; other modes run it on a thread of its own.
+// C4DThread: a piece of work with a name that can be asked to stop. The caller owns it. Mode 0 runs
+// Main inside Start; other modes run it on a thread of its own.
 #pragma once
 
 #include <memory>
@@ -30,7 +30,8 @@ class C4DThread {
   C4DThread();
   C4DThread(const C4DThread&) = delete;
   C4DThread& operator=(const C4DThread&) = delete;
-  // Ends the thread and waits for it. A derived class must have called End(true) before its members go.
+  // Ends the thread and waits for it. A derived class must have called End(true) before its members
+  // go.
   virtual ~C4DThread();
   virtual void Main() = 0;
   virtual Bool TestDBreak();

@@ -16,7 +16,8 @@ struct DescLevel {
 
   DescLevel() = default;
   DescLevel(LONG level_id) : id(level_id) {}
-  DescLevel(LONG level_id, LONG datatype, LONG owner) : id(level_id), dtype(datatype), creator(owner) {}
+  DescLevel(LONG level_id, LONG datatype, LONG owner)
+      : id(level_id), dtype(datatype), creator(owner) {}
   Bool operator==(const DescLevel& other) const = default;
 };
 
@@ -29,7 +30,9 @@ class DescID {
 
   LONG GetDepth() const { return depth_; }
   // Level `pos` (0-based); one with id 0 outside the path.
-  DescLevel operator[](LONG pos) const { return pos >= 0 && pos < depth_ ? levels_[static_cast<std::size_t>(pos)] : DescLevel(); }
+  DescLevel operator[](LONG pos) const {
+    return pos >= 0 && pos < depth_ ? levels_[static_cast<std::size_t>(pos)] : DescLevel();
+  }
   // Equal paths, level by level.
   Bool operator==(const DescID& other) const = default;
 

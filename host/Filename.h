@@ -1,5 +1,6 @@
-// Filename: the text of a path with operations on its parts; it never touches the disk. The file part
-// follows the last '/' or '\'; the suffix follows the last dot of the file part. A value, cheap to copy.
+// Filename: the text of a path with operations on its parts; it never touches the disk. The file
+// part follows the last '/' or '\'; the suffix follows the last dot of the file part. A value,
+// cheap to copy.
 #pragma once
 
 #include "host/String.h"
@@ -18,7 +19,8 @@ class Filename {
   String GetString() const { return path_; }
   void SetString(const String& path) { path_ = path; }
 
-  // What follows the last separator, as a file name or as text; all of it where there is no separator.
+  // What follows the last separator, as a file name or as text; all of it where there is no
+  // separator.
   Filename GetFile() const;
   String GetFileString() const;
   void SetFile(const Filename& file);

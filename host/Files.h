@@ -1,5 +1,6 @@
-// Files, folders and the clock. All functions refuse a relative path; those that create, replace, rename or
-// delete refuse a ".." component and a NUL byte besides. Every operation is written to the ledger. Main thread.
+// Files, folders and the clock. All functions refuse a relative path; those that create, replace,
+// rename or delete refuse a ".." component and a NUL byte besides. Every operation is written to
+// the ledger. Main thread.
 #pragma once
 
 #include "host/AtomArray.h"
@@ -13,8 +14,8 @@ Bool GeFExist(const Filename& name, Bool isDirectory = FALSE);
 Bool GeFCreateDir(const Filename& folder);
 // Copies a regular file; flag 1 replaces an existing one. A file onto itself is left alone: true.
 Bool GeFCopyFile(const Filename& from, const Filename& to, LONG flags);
-// Deletes a plain file (flag 0), or with flag 1 a folder and all in it; of a symbolic link only the link.
-// False when it is missing or something else.
+// Deletes a plain file (flag 0), or with flag 1 a folder and all in it; of a symbolic link only the
+// link. False when it is missing or something else.
 Bool GeFKill(const Filename& name, LONG flags);
 // False, without change, when the source is missing or the target exists.
 Bool GeFRename(const Filename& from, const Filename& to);
@@ -26,7 +27,8 @@ inline constexpr LONG FILESELECTTYPE_ANYTHING = 0;
 inline constexpr LONG FILESELECT_LOAD = 0;
 inline constexpr LONG FILESELECT_SAVE = 1;
 inline constexpr LONG FILESELECT_DIRECTORY = 2;
-// Asks the user for a file or folder and puts it into `name`. True when confirmed, else `name` stays.
+// Asks the user for a file or folder and puts it into `name`. True when confirmed, else `name`
+// stays.
 Bool FileSelect(Filename& name, LONG type, LONG flags, const String& title);
 
 // Lists the plain files of one folder in name order.

@@ -1,5 +1,5 @@
-// GeData: one value of one of the container types. It owns a share of what it holds (texts, containers)
-// and is cheap to copy. A link is held as the identity of its target and owns nothing.
+// GeData: one value of one of the container types. It owns a share of what it holds (texts,
+// containers) and is cheap to copy. A link is held as the identity of its target and owns nothing.
 #pragma once
 
 #include "host/Filename.h"
@@ -69,7 +69,8 @@ class GeData {
 
  private:
   friend struct engine::ValueAccess;
-  ULLONG bits_ = 0;  // the number, the link, or the address of a counted block: text, path, container, vector, time
+  // The number, the link, or the address of a counted block: text, path, container, vector, time
+  ULLONG bits_ = 0;
   LONG type_ = DA_NIL;
 };
 

@@ -1,6 +1,6 @@
-// GeDialog: a dialog as a plug-in sees it: it builds a tree of gadgets and menus, sets and reads their
-// values and hears events. The plug-in owns the dialog object; the gadgets belong to it and live, with their
-// values, until the object is destroyed or the layout is built anew. Main thread.
+// GeDialog: a dialog as a plug-in sees it: it builds a tree of gadgets and menus, sets and reads
+// their values and hears events. The plug-in owns the dialog object; the gadgets belong to it and
+// live, with their values, until the object is destroyed or the layout is built anew. Main thread.
 #pragma once
 
 #include <memory>
@@ -37,7 +37,8 @@ inline constexpr LONG DLG_TYPE_ASYNC = 20;
 inline constexpr LONG FORMAT_REAL = 1718773089;
 inline constexpr LONG FORMAT_LONG = 1718382183;
 
-// Sizes of gadgets are in characters when shifted left by 16 bits, else in pixels; SizeChr encodes the former.
+// Sizes of gadgets are in characters when shifted left by 16 bits, else in pixels; SizeChr encodes
+// the former.
 constexpr LONG SizeChr(LONG characters) { return characters << 16; }
 
 class GeDialog {
@@ -62,19 +63,22 @@ class GeDialog {
   virtual LONG Message(const BaseContainer& msg, BaseContainer& result);
   virtual void DestroyWindow();
 
-  // Runs CreateLayout (first time) and InitValues and shows the dialog; false when either fails. An open one
-  // is brought to front: true. Position -1 lets the host choose, size 0 is the natural one.
+  // Runs CreateLayout (first time) and InitValues and shows the dialog; false when either fails. An
+  // open one is brought to front: true. Position -1 lets the host choose, size 0 is the natural
+  // one.
   Bool Open(LONG type, LONG pluginid, LONG x, LONG y, LONG width, LONG height, LONG subid);
   // Opens the dialog in its place of the window layout.
   Bool RestoreLayout(LONG pluginid, LONG subid, void* secret);
-  // Hides the dialog; its gadgets and members stay. False when AskClose keeps it open or it is not open.
+  // Hides the dialog; its gadgets and members stay. False when AskClose keeps it open or it is not
+  // open.
   Bool Close();
   Bool IsOpen() const;
 
   void SetTitle(const String& title);
 
   // Groups. Children are added until the matching GroupEnd. 0 columns or rows: as many as needed.
-  Bool GroupBegin(LONG id, LONG flags, LONG columns, LONG rows, const String& title, LONG groupflags);
+  Bool GroupBegin(LONG id, LONG flags, LONG columns, LONG rows, const String& title,
+                  LONG groupflags);
   Bool GroupEnd();
   // Of the open group: space between children, and border left, top, right, bottom, in pixels.
   Bool GroupSpace(LONG x, LONG y);
@@ -91,9 +95,10 @@ class GeDialog {
   Bool AddChild(LONG id, LONG child, const String& text);
   Bool AddSeparatorV(LONG height, LONG flags = 0);
   Bool AddListView(LONG id, LONG flags, LONG width, LONG height);
-  // A custom gadget; null when the host has none of that type or the ID is taken. Owned by the dialog.
-  BaseCustomGui* AddCustomGui(LONG id, LONG type, const String& name, LONG flags, LONG width, LONG height,
-                              const BaseContainer& settings);
+  // A custom gadget; null when the host has none of that type or the ID is taken. Owned by the
+  // dialog.
+  BaseCustomGui* AddCustomGui(LONG id, LONG type, const String& name, LONG flags, LONG width,
+                              LONG height, const BaseContainer& settings);
   BaseCustomGui* FindCustomGui(LONG id, LONG type);
 
   // The menu bar: flushed, built with sub-menus and entries, finished.
@@ -106,7 +111,8 @@ class GeDialog {
   // Whether entry `id` can be chosen and shows a check mark. False for an unknown entry.
   Bool MenuInitString(LONG id, Bool enabled, Bool checked);
 
-  // Values of gadgets. For an unknown ID: false, nothing happens. Integer reads of a number field truncate.
+  // Values of gadgets. For an unknown ID: false, nothing happens. Integer reads of a number field
+  // truncate.
   Bool SetBool(LONG id, Bool value);
   Bool SetLong(LONG id, LONG value);
   Bool SetReal(LONG id, Real value, Real min, Real max, Real step, LONG format);
@@ -143,8 +149,9 @@ class BitmapButtonCustomGui : public BaseCustomGui {
   friend struct engine::DialogBody;
 };
 
-// The rows of a list gadget. The plug-in owns this object and attaches it to a gadget; rows belong to the
-// gadget. Rows are values: a change needs SetItem. Row numbers are the plug-in's own, 0 or greater.
+// The rows of a list gadget. The plug-in owns this object and attaches it to a gadget; rows belong
+// to the gadget. Rows are values: a change needs SetItem. Row numbers are the plug-in's own, 0 or
+// greater.
 class SimpleListView {
  public:
   // Connects to list gadget `id`; false when there is none.

@@ -1,5 +1,5 @@
-// GeListNode and GeListHead: places in a tree. A node hangs below at most one parent or head and belongs
-// to at most one document; heads and parents own what hangs below them. Main thread.
+// GeListNode and GeListHead: places in a tree. A node hangs below at most one parent or head and
+// belongs to at most one document; heads and parents own what hangs below them. Main thread.
 #pragma once
 
 #include "host/C4DAtom.h"
@@ -13,7 +13,7 @@ inline constexpr LONG NBIT_TOGGLE = 2;
 
 class GeListNode : public C4DAtomGoal {
  public:
-  // Neighbours in the tree, null where there is none. GetUp of a top-level node is null.
+  // Neighbors in the tree, null where there is none. GetUp of a top-level node is null.
   GeListNode* GetNext() const { return next_; }
   GeListNode* GetPred() const { return pred_; }
   GeListNode* GetUp() const { return up_; }
@@ -43,7 +43,8 @@ class GeListNode : public C4DAtomGoal {
   ULLONG id_ = 0;  // identity: no other node ever gets it
 
  protected:
-  // Of an object: its first tag. Of tags, shaders, video posts, passes, node masters and roots: what owns them.
+  // Of an object: its first tag. Of tags, shaders, video posts, passes, node masters and roots:
+  // what owns them.
   GeListNode* kin_ = nullptr;
 
  private:

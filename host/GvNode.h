@@ -1,5 +1,5 @@
-// GvNode and GvNodeMaster: the node tree of an expression tag. The master owns the root, the root its
-// children. Main thread.
+// GvNode and GvNodeMaster: the node tree of an expression tag. The master owns the root, the root
+// its children. Main thread.
 #pragma once
 
 #include "host/BaseList2D.h"

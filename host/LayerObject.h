@@ -1,5 +1,5 @@
-// LayerObject: a node of the document's layer tree, and LayerData, its flags. Layers are owned by their
-// document. Main thread.
+// LayerObject: a node of the document's layer tree, and LayerData, its flags. Layers are owned by
+// their document. Main thread.
 #pragma once
 
 #include "host/BaseList2D.h"
@@ -8,7 +8,7 @@ namespace host {
 
 inline constexpr LONG Olayer = 100004801;
 
-// Nine flags in the host's order, then the colour (0..1 per channel).
+// Nine flags in the host's order, then the color (0..1 per channel).
 struct LayerData {
   Bool solo = FALSE;
   Bool view = TRUE;

@@ -1,5 +1,5 @@
-// Vector, Matrix and BaseTime: plain numbers. Lengths are scene units, angles radians, the coordinate
-// system is left-handed with Y up. Any thread.
+// Vector, Matrix and BaseTime: plain numbers. Lengths are scene units, angles radians, the
+// coordinate system is left-handed with Y up. Any thread.
 #pragma once
 
 #include "host/Types.h"
@@ -25,7 +25,9 @@ struct Matrix {
   Vector v2{0, 1, 0};
   Vector v3{0, 0, 1};
 
-  Bool operator==(const Matrix& o) const { return off == o.off && v1 == o.v1 && v2 == o.v2 && v3 == o.v3; }
+  Bool operator==(const Matrix& o) const {
+    return off == o.off && v1 == o.v1 && v2 == o.v2 && v3 == o.v3;
+  }
   Bool operator!=(const Matrix& o) const { return !(*this == o); }
 };
 
@@ -44,7 +46,9 @@ class BaseTime {
   LONG GetFrame(Real rate) const;
 
   // Equal pairs, not equal seconds.
-  Bool operator==(const BaseTime& o) const { return numerator_ == o.numerator_ && denominator_ == o.denominator_; }
+  Bool operator==(const BaseTime& o) const {
+    return numerator_ == o.numerator_ && denominator_ == o.denominator_;
+  }
   Bool operator!=(const BaseTime& o) const { return !(*this == o); }
 
  private:

@@ -1,5 +1,5 @@
-// What a plug-in derives from and registers, and the entry points that its library exports. The host owns
-// registered command objects and hooks. Main thread.
+// What a plug-in derives from and registers, and the entry points that its library exports. The
+// host owns registered command objects and hooks. Main thread.
 #pragma once
 
 #include "host/BaseBitmap.h"
@@ -49,11 +49,13 @@ struct DocumentInfoData {
 // The message "update" of elements and documents.
 inline constexpr LONG MSG_UPDATE = 5;
 
-// Registrations, valid inside PluginStart. False when the ID is taken, the name is empty or (hooks) the
-// allocator is null; what was handed over is then not taken. The icon is copied and may be null.
-Bool RegisterCommandPlugin(LONG id, const String& name, LONG info, BaseBitmap* icon, const String& help, CommandData* data);
-Bool RegisterSceneHookPlugin(LONG id, const String& name, LONG info, DataAllocator* allocator, LONG priority, LONG disklevel,
-                             void* emulation);
+// Registrations, valid inside PluginStart. False when the ID is taken, the name is empty or (hooks)
+// the allocator is null; what was handed over is then not taken. The icon is copied and may be
+// null.
+Bool RegisterCommandPlugin(LONG id, const String& name, LONG info, BaseBitmap* icon,
+                           const String& help, CommandData* data);
+Bool RegisterSceneHookPlugin(LONG id, const String& name, LONG info, DataAllocator* allocator,
+                             LONG priority, LONG disklevel, void* emulation);
 
 // The strings and descriptions in a plug-in's resource folder.
 class GeResource {
@@ -71,7 +73,8 @@ Filename GeGetPluginPath();
 
 }  // namespace host
 
-// Entry points of a plug-in library. Start-up: PluginMessage(1), then PluginStart; at the end PluginEnd.
+// Entry points of a plug-in library. Start-up: PluginMessage(1), then PluginStart; at the end
+// PluginEnd.
 #if defined(__GNUC__)
 #define HOST_PLUGIN_ENTRY extern "C" __attribute__((visibility("default")))
 #else

@@ -1,5 +1,5 @@
-// RenderData, BaseVideoPost, MultipassObject: render settings with their post effects and passes. The
-// document owns the settings, the settings own posts and passes. Main thread.
+// RenderData, BaseVideoPost, MultipassObject: render settings with their post effects and passes.
+// The document owns the settings, the settings own posts and passes. Main thread.
 #pragma once
 
 #include "host/BaseList2D.h"
@@ -50,10 +50,12 @@ class MultipassObject : public BaseList2D {
 
 class RenderData : public BaseList2D {
  public:
-  // New settings with the host's defaults (1280 x 720, frames 0 to 90 at 30), owned by the caller until inserted.
+  // New settings with the host's defaults (1280 x 720, frames 0 to 90 at 30), owned by the caller
+  // until inserted.
   static RenderData* Alloc();
-  // As BaseObject::Free. Freeing the active ones makes the first remaining ones active; the last remaining
-  // ones of a document are replaced by fresh ones, because a document always has render settings.
+  // As BaseObject::Free. Freeing the active ones makes the first remaining ones active; the last
+  // remaining ones of a document are replaced by fresh ones, because a document always has render
+  // settings.
   static void Free(RenderData*& settings);
 
   RenderData* GetNext() const { return static_cast<RenderData*>(GeListNode::GetNext()); }

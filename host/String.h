@@ -1,6 +1,6 @@
-// String: an immutable-until-written text value, cheap to copy. Text is UTF-8 outside and counted by
-// characters (code points) inside; a byte that is not valid UTF-8 counts as one character and is kept
-// as it is. Copies share their text and split on write. Any thread may hold its own copy.
+// String: an immutable-until-written text value, cheap to copy. Text is UTF-8 outside and counted
+// by characters (code points) inside; a byte that is not valid UTF-8 counts as one character and is
+// kept as it is. Copies share their text and split on write. Any thread may hold its own copy.
 #pragma once
 
 #include <string>
@@ -36,13 +36,15 @@ class String {
   // 0 only for equal texts, else negative or positive; case-sensitive, by code point.
   LONG Compare(const String& other) const;
 
-  // The text inserted before character `pos`; a position outside [0, length] is moved to the nearer end.
+  // The text inserted before character `pos`; a position outside [0, length] is moved to the nearer
+  // end.
   void Insert(LONG pos, const String& text);
   // Removes `count` characters from `pos` on (0-based), as far as they exist.
   void Delete(LONG pos, LONG count);
   // `count` characters from `start` on (0-based); what lies outside is left out.
   String SubStr(LONG start, LONG count) const;
-  // Position (in characters, 0-based) of the first or last occurrence into `*pos`; false leaves it as it was.
+  // Position (in characters, 0-based) of the first or last occurrence into `*pos`; false leaves it
+  // as it was.
   Bool FindFirst(const String& text, LONG* pos, LONG start = 0) const;
   Bool FindLast(const String& text, LONG* pos) const;
 
@@ -69,9 +71,11 @@ class String {
 // Decimal text of a whole number.
 String LongToString(LONG value);
 
-// Decimal text of a real number with '.' as separator, never the locale's comma. `digits` before and
-// `places` after the point: -1 takes as many as are needed, and the default counts give the shortest
-// text that reads back as the same number (0.713 gives "0.713"). `fill` pads missing leading digits.
-String RealToString(Real value, LONG digits = -1, LONG places = -1, Bool exponent = FALSE, CHAR fill = '0');
+// Decimal text of a real number with '.' as separator, never the locale's comma. `digits` before
+// and `places` after the point: -1 takes as many as are needed, and the default counts give the
+// shortest text that reads back as the same number (0.713 gives "0.713"). `fill` pads missing
+// leading digits.
+String RealToString(Real value, LONG digits = -1, LONG places = -1, Bool exponent = FALSE,
+                    CHAR fill = '0');
 
 }  // namespace host

@@ -1,5 +1,6 @@
-// The host's basic value types, under the host's own names. They live in the namespace `host` because
-// names such as Bool and String clash with other libraries. Nothing here owns memory; any thread.
+// The host's basic value types, under the host's own names. They live in the namespace `host`
+// because names such as Bool and String clash with other libraries. Nothing here owns memory; any
+// thread.
 #pragma once
 
 #include <cstdint>

@@ -27,13 +27,16 @@ Application::~Application() {
 
 Application* Application::Current() { return current; }
 
-LoadReport Application::LoadPlugin(const std::string& path) { return body_->plugins.Load(path, body_->outside, body_->hooks); }
+LoadReport Application::LoadPlugin(const std::string& path) {
+  return body_->plugins.Load(path, body_->outside, body_->hooks);
+}
 
 std::vector<LoadReport> Application::LoadPlugins(const std::string& folder) {
   std::vector<LoadReport> reports;
   const Result<std::vector<std::string>> names = body_->outside.ListFolders(folder);
   if (!names) return reports;
-  for (const std::string& name : names.Value()) reports.push_back(LoadPlugin(folder + "/" + name + "/" + name + ".so"));
+  for (const std::string& name : names.Value())
+    reports.push_back(LoadPlugin(folder + "/" + name + "/" + name + ".so"));
   return reports;
 }
 
@@ -42,7 +45,9 @@ void Application::UnloadPlugins() {
   body_->plugins.UnloadAll(body_->hooks);
 }
 
-const std::vector<CommandPlugin>& Application::Commands() const { return body_->plugins.Commands(); }
+const std::vector<CommandPlugin>& Application::Commands() const {
+  return body_->plugins.Commands();
+}
 
 bool Application::ExecuteCommand(host::LONG id) {
   constexpr host::LONG kEnabled = 1;
@@ -79,7 +84,8 @@ bool Application::Redo() {
 void Application::DeliverEvents() {
   if (body_->commandDepth > 0 || InsideDialogCall()) return;
   // What is posted while the dialogs hear of this waits for the next round.
-  if (body_->eventPosted.exchange(false)) SendCoreMessage(host::EVMSG_CHANGE, host::BaseContainer());
+  if (body_->eventPosted.exchange(false))
+    SendCoreMessage(host::EVMSG_CHANGE, host::BaseContainer());
 }
 
 bool Application::HasPendingEvents() const { return body_->eventPosted; }

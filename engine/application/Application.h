@@ -1,5 +1,6 @@
-// Application: the running stand-in: documents, plug-ins, events, preferences. A program makes one, gives it the
-// Outside to use, loads plug-ins and runs its event loop; the published free functions act on it. Main thread.
+// Application: the running stand-in: documents, plug-ins, events, preferences. A program makes one,
+// gives it the Outside to use, loads plug-ins and runs its event loop; the published free functions
+// act on it. Main thread.
 #pragma once
 
 #include <chrono>
@@ -67,7 +68,8 @@ class Application {
   Application(Outside& outside, ApplicationSetup setup);
   Application(const Application&) = delete;
   Application& operator=(const Application&) = delete;
-  // Unloads plug-ins (PluginEnd, then their commands and hooks go, then the libraries) and destroys all documents.
+  // Unloads plug-ins (PluginEnd, then their commands and hooks go, then the libraries) and destroys
+  // all documents.
   ~Application();
   // The one that lives, or null.
   static Application* Current();
@@ -78,36 +80,42 @@ class Application {
   std::vector<LoadReport> LoadPlugins(const std::string& folder);
   void UnloadPlugins();
   const std::vector<CommandPlugin>& Commands() const;
-  // Runs a registered command as its menu entry does; false when there is none or it answered false.
+  // Runs a registered command as its menu entry does; false when there is none or it answered
+  // false.
   bool ExecuteCommand(host::LONG id);
   // Tells every command to restore its dialog, as when a window layout is restored.
   void RestoreLayouts();
 
   // --- Documents. The application owns them; each has one instance of every registered scene hook.
   host::BaseDocument* NewDocument();
-  // Opens a native scene file or imports another format, inserts the document and makes it active. Notes of the import go
-  // to `notes` where given.
-  Result<host::BaseDocument*> OpenDocument(const std::string& path, std::vector<std::string>* notes = nullptr);
-  // The host's Save and Save As: writes a new file (embedded textures beside it, too), sends the document message to the
-  // document's scene hooks while path and name are still the old ones, brings the file to its place, then sets path and name and
-  // clears "changed". A place where no file can be is refused before hooks hear of it. So is the document's own file when
-  // somebody has changed it since it was read.
-  Status SaveDocumentAs(host::BaseDocument& doc, const std::string& path, const SaveChoices& choices = {});
+  // Opens a native scene file or imports another format, inserts the document and makes it active.
+  // Notes of the import go to `notes` where given.
+  Result<host::BaseDocument*> OpenDocument(const std::string& path,
+                                           std::vector<std::string>* notes = nullptr);
+  // The host's Save and Save As: writes a new file (embedded textures beside it, too), sends the
+  // document message to the document's scene hooks while path and name are still the old ones,
+  // brings the file to its place, then sets path and name and clears "changed". A place where no
+  // file can be is refused before hooks hear of it. So is the document's own file when somebody has
+  // changed it since it was read.
+  Status SaveDocumentAs(host::BaseDocument& doc, const std::string& path,
+                        const SaveChoices& choices = {});
   // Same with the document's own path; fails for one never saved.
   Status SaveDocument(host::BaseDocument& doc, const SaveChoices& choices = {});
-  // What has become of the file since the document was read from it or last saved to it; AsRead for a document that is of no
-  // scene file. Cheap: see LookAtFile.
+  // What has become of the file since the document was read from it or last saved to it; AsRead for
+  // a document that is of no scene file. Cheap: see LookAtFile.
   FileNow LookAtFileOf(const host::BaseDocument& doc);
   // From now on the file as it is now is the one that saving replaces, whoever changed it.
   void AcceptFileOf(const host::BaseDocument& doc);
   std::vector<host::BaseDocument*> Documents() const;
-  // As closing it, but hands the document to the caller, who frees it. False when it is none of the application's.
+  // As closing it, but hands the document to the caller, who frees it. False when it is none of the
+  // application's.
   bool ReleaseDocument(host::BaseDocument* doc);
 
   // --- Events. Undo and redo of the active document post a change as EventAdd does.
   bool Undo();
   bool Redo();
-  // Delivers what is posted: at most one core message 604 to every open dialog. Does nothing inside a running command.
+  // Delivers what is posted: at most one core message 604 to every open dialog. Does nothing inside
+  // a running command.
   void DeliverEvents();
   bool HasPendingEvents() const;
 

@@ -1,4 +1,5 @@
-// ApplicationBody: what an Application holds inside, part by part, and the way from the published functions to it. Main thread.
+// ApplicationBody: what an Application holds inside, part by part, and the way from the published
+// functions to it. Main thread.
 #pragma once
 
 #include <atomic>
@@ -21,7 +22,10 @@ struct KnownFile {
 
 struct ApplicationBody {
   ApplicationBody(Outside& givenOutside, ApplicationSetup givenSetup)
-      : outside(givenOutside), inUse(givenOutside), setup(std::move(givenSetup)), preferences(givenOutside) {}
+      : outside(givenOutside),
+        inUse(givenOutside),
+        setup(std::move(givenSetup)),
+        preferences(givenOutside) {}
 
   // That of the application that lives, or null.
   static ApplicationBody* Current() {

@@ -38,7 +38,8 @@ bool DocumentList::Release(host::BaseDocument* doc) {
   hooks_.Detach(*doc);
   const std::size_t place = static_cast<std::size_t>(it - documents_.begin());
   documents_.erase(it);
-  if (active_ == doc) active_ = documents_.empty() ? nullptr : documents_[std::min(place, documents_.size() - 1)];
+  if (active_ == doc)
+    active_ = documents_.empty() ? nullptr : documents_[std::min(place, documents_.size() - 1)];
   UnchainDocument(*doc);
   return true;
 }

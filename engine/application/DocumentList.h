@@ -1,5 +1,5 @@
-// DocumentList: the documents of the application in the order of insertion, and which one is active. Owns them. Main
-// thread.
+// DocumentList: the documents of the application in the order of insertion, and which one is
+// active. Owns them. Main thread.
 #pragma once
 
 #include <vector>
@@ -23,8 +23,8 @@ class DocumentList {
   bool Insert(host::BaseDocument* doc);
   // False for one that is not in the list or is active already.
   bool Activate(host::BaseDocument* doc);
-  // Ends the scene hooks of a document and destroys it; the next one (else the one before, else none) becomes active when
-  // it was. False, changing nothing, for one that is not in the list.
+  // Ends the scene hooks of a document and destroys it; the next one (else the one before, else
+  // none) becomes active when it was. False, changing nothing, for one that is not in the list.
   bool Kill(host::BaseDocument* doc);
   // The same without destroying it: the caller owns it then.
   bool Release(host::BaseDocument* doc);

@@ -11,14 +11,17 @@
 namespace engine {
 namespace {
 
-host::Filename NameOfPath(const std::string& path) { return host::Filename(host::String(std::string_view(path))); }
+host::Filename NameOfPath(const std::string& path) {
+  return host::Filename(host::String(std::string_view(path)));
+}
 
 std::string SavedPath(const host::BaseDocument& doc) {
   if (!doc.GetDocumentPath().Content()) return "";
   return (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
 }
 
-Result<host::BaseDocument*> Import(const std::string& path, const std::string& worker, std::vector<std::string>* notes) {
+Result<host::BaseDocument*> Import(const std::string& path, const std::string& worker,
+                                   std::vector<std::string>* notes) {
   Result<Imported> imported = ImportScene(path, worker);
   if (!imported) return imported.GetStatus();
   if (notes != nullptr) *notes = std::move(imported.Value().notes);
@@ -26,10 +29,12 @@ Result<host::BaseDocument*> Import(const std::string& path, const std::string& w
 }
 
 // Remembers the file of a document and forgets those of documents that are no more.
-void Know(ApplicationBody& body, const host::BaseDocument& doc, const std::string& path, const FileAsRead& file) {
+void Know(ApplicationBody& body, const host::BaseDocument& doc, const std::string& path,
+          const FileAsRead& file) {
   std::map<host::ULLONG, KnownFile> files;
   for (const host::BaseDocument* open : body.documents.All()) {
-    if (auto known = body.files.extract(NumberOf(*open)); !known.empty()) files.insert(std::move(known));
+    if (auto known = body.files.extract(NumberOf(*open)); !known.empty())
+      files.insert(std::move(known));
   }
   files.insert_or_assign(NumberOf(doc), KnownFile{path, file});
   body.files = std::move(files);
@@ -43,14 +48,21 @@ KnownFile* FileKnownOf(ApplicationBody& body, const host::BaseDocument& doc) {
 bool IsSameFile(const std::string& one, const std::string& other) {
   const FileStamp first = Outside::Current().Stamp(one);
   const FileStamp second = Outside::Current().Stamp(other);
-  return one == other || (first.number != 0 && first.device == second.device && first.number == second.number);
+  return one == other ||
+         (first.number != 0 && first.device == second.device && first.number == second.number);
 }
 
 // One saving of a document, from taking the lock to the new path and name.
 class Saving {
  public:
-  Saving(ApplicationBody& body, host::BaseDocument& doc, const std::string& path, const SaveChoices& choices)
-      : body_(body), doc_(doc), path_(path), file_(NameOfPath(path)), choices_(choices), listed_(body.documents.Holds(&doc)) {}
+  Saving(ApplicationBody& body, host::BaseDocument& doc, const std::string& path,
+         const SaveChoices& choices)
+      : body_(body),
+        doc_(doc),
+        path_(path),
+        file_(NameOfPath(path)),
+        choices_(choices),
+        listed_(body.documents.Holds(&doc)) {}
 
   Status Run() {
     Status status = TakeLock();
@@ -70,9 +82,11 @@ class Saving {
  private:
   Status TakeLock() {
     if (choices_.lock != nullptr) return {};
-    const std::string what = "Waiting for another program that changes " + path_.substr(path_.rfind('/') + 1);
-    Result<FileLock> lock =
-        FileLock::Take(path_, choices_.longestWait, [&](double share) { return Outside::Current().Progress(share, what); });
+    const std::string what =
+        "Waiting for another program that changes " + path_.substr(path_.rfind('/') + 1);
+    Result<FileLock> lock = FileLock::Take(path_, choices_.longestWait, [&](double share) {
+      return Outside::Current().Progress(share, what);
+    });
     if (lock) lock_ = lock.Take();
     return lock.GetStatus();
   }
@@ -80,12 +94,15 @@ class Saving {
   // Before anything is written or copied, what cannot be replaced is left alone.
   Status CheckFile() {
     const FileKind kind = Outside::Current().Kind(path_);
-    if (kind == FileKind::Folder) return FileFailure("Cannot write", path_, "a folder is in its place");
-    if (kind == FileKind::Other) return FileFailure("Cannot write", path_, "something that is no plain file is in its place");
+    if (kind == FileKind::Folder)
+      return FileFailure("Cannot write", path_, "a folder is in its place");
+    if (kind == FileKind::Other)
+      return FileFailure("Cannot write", path_, "something that is no plain file is in its place");
     KnownFile* known = FileKnownOf(body_, doc_);
     if (choices_.replaceChanged || known == nullptr || !IsSameFile(known->path, path_)) return {};
     if (LookAtFile(known->file, path_) != FileNow::Changed) return {};
-    return FileFailure("Did not write", path_, "it was changed by somebody else after it had been opened");
+    return FileFailure("Did not write", path_,
+                       "it was changed by somebody else after it had been opened");
   }
 
   // Hooks hear of it once; where one of them changes the document, that is written, too.
@@ -106,7 +123,8 @@ class Saving {
     if (!std::exchange(told_, true)) {
       host::DocumentInfoData info{host::MSG_DOCUMENTINFO_TYPE_SAVE_BEFORE, file_};
       doc_.Message(host::MSG_DOCUMENTINFO, &info);
-      if (listed_ && !body_.documents.Holds(&doc_)) return Status::Failure("The document was closed before it could be saved.");
+      if (listed_ && !body_.documents.Holds(&doc_))
+        return Status::Failure("The document was closed before it could be saved.");
     }
     return choices_.ready ? choices_.ready() : Status();
   }
@@ -131,10 +149,12 @@ host::BaseDocument* Application::NewDocument() {
   return doc;
 }
 
-Result<host::BaseDocument*> Application::OpenDocument(const std::string& path, std::vector<std::string>* notes) {
+Result<host::BaseDocument*> Application::OpenDocument(const std::string& path,
+                                                      std::vector<std::string>* notes) {
   FileAsRead file;
   const bool imports = IsImportable(path);
-  Result<host::BaseDocument*> doc = imports ? Import(path, body_->setup.importWorker, notes) : OpenSceneFile(path, &file);
+  Result<host::BaseDocument*> doc =
+      imports ? Import(path, body_->setup.importWorker, notes) : OpenSceneFile(path, &file);
   if (!doc) return doc;
   body_->documents.Insert(doc.Value());
   if (!imports) Know(*body_, *doc.Value(), path, file);
@@ -143,7 +163,8 @@ Result<host::BaseDocument*> Application::OpenDocument(const std::string& path, s
   return doc;
 }
 
-Status Application::SaveDocumentAs(host::BaseDocument& doc, const std::string& path, const SaveChoices& choices) {
+Status Application::SaveDocumentAs(host::BaseDocument& doc, const std::string& path,
+                                   const SaveChoices& choices) {
   return Saving(*body_, doc, path, choices).Run();
 }
 
@@ -213,8 +234,11 @@ Bool SaveDocument(BaseDocument* doc, const Filename& file, LONG, LONG format) {
 
 Filename GetGlobalTexturePath(LONG index) {
   const ApplicationBody* body = ApplicationBody::Current();
-  if (body == nullptr || index < 0 || static_cast<std::size_t>(index) >= body->setup.texturePaths.size()) return Filename();
-  return Filename(String(std::string_view(body->setup.texturePaths[static_cast<std::size_t>(index)])));
+  if (body == nullptr || index < 0 ||
+      static_cast<std::size_t>(index) >= body->setup.texturePaths.size())
+    return Filename();
+  return Filename(
+      String(std::string_view(body->setup.texturePaths[static_cast<std::size_t>(index)])));
 }
 
 const BaseContainer* GetWorldPluginData(LONG id) {

@@ -99,21 +99,28 @@ LoadReport PluginLibraries::Load(const std::string& path, Outside& outside, Scen
 LoadReport PluginLibraries::Open(Library& library, Outside& outside) {
   const std::string& path = library.path;
   const FileKind kind = outside.Kind(path);
-  if (kind == FileKind::Missing) return Report(LoadOutcome::Missing, path, "there is no file \"" + path + "\"");
+  if (kind == FileKind::Missing)
+    return Report(LoadOutcome::Missing, path, "there is no file \"" + path + "\"");
   const std::string noLibrary = "the file \"" + path + "\" is no loadable library";
   if (kind != FileKind::File) return Report(LoadOutcome::NotALibrary, path, noLibrary);
   library.handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library.handle == nullptr) return Report(LoadOutcome::NotALibrary, path, noLibrary + " (" + dlerror() + ")");
-  const auto same = [&](const auto& other) { return other.get() != &library && other->handle == library.handle; };
-  if (std::any_of(libraries_.begin(), libraries_.end(), same)) return Report(LoadOutcome::IdTaken, path, "it is loaded already");
+  if (library.handle == nullptr)
+    return Report(LoadOutcome::NotALibrary, path, noLibrary + " (" + dlerror() + ")");
+  const auto same = [&](const auto& other) {
+    return other.get() != &library && other->handle == library.handle;
+  };
+  if (std::any_of(libraries_.begin(), libraries_.end(), same))
+    return Report(LoadOutcome::IdTaken, path, "it is loaded already");
   const auto find = [&](const char* name, auto& entry) {
     entry = reinterpret_cast<std::decay_t<decltype(entry)>>(dlsym(library.handle, name));
     return entry != nullptr;
   };
-  for (const char* missing : {find("PluginStart", library.entries.start) ? nullptr : "PluginStart",
-                              find("PluginMessage", library.entries.message) ? nullptr : "PluginMessage",
-                              find("PluginEnd", library.entries.end) ? nullptr : "PluginEnd"}) {
-    if (missing) return Report(LoadOutcome::NoEntryPoints, path, std::string("it exports no ") + missing);
+  for (const char* missing :
+       {find("PluginStart", library.entries.start) ? nullptr : "PluginStart",
+        find("PluginMessage", library.entries.message) ? nullptr : "PluginMessage",
+        find("PluginEnd", library.entries.end) ? nullptr : "PluginEnd"}) {
+    if (missing)
+      return Report(LoadOutcome::NoEntryPoints, path, std::string("it exports no ") + missing);
   }
   return Report(LoadOutcome::Loaded, path, "");
 }
@@ -122,12 +129,14 @@ LoadReport PluginLibraries::Start(Library& library, Outside& outside) {
   const Meanwhile running(running_, &library);
   const std::string& path = library.path;
   if (!Succeeds([&] { return library.entries.message(kInitializeResource, nullptr); })) {
-    return Report(LoadOutcome::ResourceRefused, path, WhyResourcesWereRefused(FolderOfPath(path) + "/res", outside));
+    return Report(LoadOutcome::ResourceRefused, path,
+                  WhyResourcesWereRefused(FolderOfPath(path) + "/res", outside));
   }
   const Meanwhile starting(starting_, &library);
   const bool started = Succeeds([&] { return library.entries.start(); });
   if (library.idTaken) {
-    return Report(LoadOutcome::IdTaken, path, "the plug-in ID " + std::to_string(library.takenId) + " is taken already");
+    return Report(LoadOutcome::IdTaken, path,
+                  "the plug-in ID " + std::to_string(library.takenId) + " is taken already");
   }
   if (!started) return Report(LoadOutcome::StartRefused, path, "it refused to start");
   return Report(LoadOutcome::Loaded, path, "");
@@ -152,7 +161,8 @@ void PluginLibraries::TakeBack(const Library& library) {
   const auto its = [&](const CommandPlugin& command) {
     return std::find(library.ids.begin(), library.ids.end(), command.id) != library.ids.end();
   };
-  const auto end = std::stable_partition(commands_.begin(), commands_.end(), [&](const auto& c) { return !its(c); });
+  const auto end = std::stable_partition(commands_.begin(), commands_.end(),
+                                         [&](const auto& c) { return !its(c); });
   std::vector<CommandPlugin> gone(end, commands_.end());
   commands_.erase(end, commands_.end());
   for (CommandPlugin& command : gone) DestroyCommand(command);
@@ -193,11 +203,13 @@ std::optional<std::string> PluginLibraries::FolderOf(const void* address) const 
   if (dladdr1(address, &info, &map, RTLD_DL_LINKMAP) != 0) {
     for (const auto& library : libraries_) {
       void* own = nullptr;
-      const bool known = library->handle != nullptr && dlinfo(library->handle, RTLD_DI_LINKMAP, &own) == 0;
+      const bool known =
+          library->handle != nullptr && dlinfo(library->handle, RTLD_DI_LINKMAP, &own) == 0;
       if (known && own == map) return FolderOfPath(library->path);
     }
   }
-  // A plug-in that hands our result on as its own was left by a jump, so that the address is that of its caller: us.
+  // A plug-in that hands our result on as its own was left by a jump, so that the address is that
+  // of its caller: us.
   if (running_ != nullptr) return FolderOfPath(running_->path);
   return std::nullopt;
 }

@@ -1,5 +1,5 @@
-// PluginLibraries: the loaded plug-ins and the commands they registered; from the path of a library to a started
-// plug-in and back. Owns libraries, command objects and icons. Main thread.
+// PluginLibraries: the loaded plug-ins and the commands they registered; from the path of a library
+// to a started plug-in and back. Owns libraries, command objects and icons. Main thread.
 #pragma once
 
 #include <memory>
@@ -22,7 +22,8 @@ class PluginLibraries {
   PluginLibraries& operator=(const PluginLibraries&) = delete;
 
   LoadReport Load(const std::string& path, Outside& outside, SceneHooks& hooks);
-  // PluginEnd of each, the last loaded first; then hook instances and commands go, then the libraries.
+  // PluginEnd of each, the last loaded first; then hook instances and commands go, then the
+  // libraries.
   void UnloadAll(SceneHooks& hooks);
   const std::vector<CommandPlugin>& Commands() const { return commands_; }
 
@@ -32,8 +33,8 @@ class PluginLibraries {
   // Whether a plug-in is inside its PluginStart.
   bool Starting() const { return starting_ != nullptr; }
 
-  // Folder of the plug-in whose code holds `address`, or else of the one whose entry point is running; nothing when it is
-  // neither.
+  // Folder of the plug-in whose code holds `address`, or else of the one whose entry point is
+  // running; nothing when it is neither.
   std::optional<std::string> FolderOf(const void* address) const;
 
  private:

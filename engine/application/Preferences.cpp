@@ -57,7 +57,8 @@ Status Preferences::Read() {
     if (!answer) {
       status = KeepAside(answer.Message());
     } else if (answer.Value().laterVersion) {
-      status = Status::Failure("The preferences \"" + path + "\" are of a later version of this program; they stay as they are.");
+      status = Status::Failure("The preferences \"" + path +
+                               "\" are of a later version of this program; they stay as they are.");
     } else {
       stored_ = std::move(answer.Value().containers);
     }
@@ -71,8 +72,9 @@ Status Preferences::KeepAside(const std::string& reason) {
   Status kept = outside_.CopyFile(File(), aside, true);
   if (kept) kept = outside_.RemoveFile(File());
   if (!kept) return kept;
-  outside_.GetLedger().AddNote(
-      File(), "The preferences were damaged (" + reason + "); the defaults apply, the old file is \"" + aside + "\".");
+  outside_.GetLedger().AddNote(File(), "The preferences were damaged (" + reason +
+                                           "); the defaults apply, the old file is \"" + aside +
+                                           "\".");
   return kept;
 }
 

@@ -27,7 +27,8 @@ std::string Number(T value) {
 
 std::string Hexadecimal(std::uint64_t value, std::size_t width) {
   std::string text(width, '0');
-  for (auto digit = text.rbegin(); digit != text.rend(); ++digit, value >>= 4) *digit = "0123456789abcdef"[value & 15];
+  for (auto digit = text.rbegin(); digit != text.rend(); ++digit, value >>= 4)
+    *digit = "0123456789abcdef"[value & 15];
   return text;
 }
 
@@ -81,16 +82,18 @@ std::string LineOf(LONG key, const GeData& value) {
     case host::DA_CONTAINER:
       return Line("container", key, Number(value.GetContainer().GetId()));
     case host::DA_TIME:
-      return Line("time", key, Reals({value.GetTime().GetNumerator(), value.GetTime().GetDenominator()}));
+      return Line("time", key,
+                  Reals({value.GetTime().GetNumerator(), value.GetTime().GetDenominator()}));
     case host::DA_VECTOR:
-      return Line("vector", key, Reals({value.GetVector().x, value.GetVector().y, value.GetVector().z}));
+      return Line("vector", key,
+                  Reals({value.GetVector().x, value.GetVector().y, value.GetVector().z}));
     default:
       return Line("nil", key, "");
   }
 }
 
-// Containers inside containers are kept on a stack of our own: how deep they go is the plug-in's choice.
-// False when they go deeper than they may be read.
+// Containers inside containers are kept on a stack of our own: how deep they go is the plug-in's
+// choice. False when they go deeper than they may be read.
 bool WriteContainer(LONG key, const BaseContainer& top, std::string& text) {
   struct Level {
     BaseContainer container;
@@ -122,14 +125,16 @@ class Reader {
   Result<ReadPreferencesAnswer> Read() {
     ReadPreferencesAnswer answer;
     int version = 0;
-    if (!TakePrefix(kTitle) || !TakeNumber(version) || !TakeLineEnd()) return Status::Failure("the first line is not ours");
+    if (!TakePrefix(kTitle) || !TakeNumber(version) || !TakeLineEnd())
+      return Status::Failure("the first line is not ours");
     if (version > kVersion) {
       answer.laterVersion = true;
       return answer;
     }
     if (version != kVersion || !CheckSum()) return Status::Failure("the checksum does not fit");
     while (!text_.empty()) {
-      if (!ReadEntry(answer)) return Status::Failure("line " + Number(line_) + " cannot be understood");
+      if (!ReadEntry(answer))
+        return Status::Failure("line " + Number(line_) + " cannot be understood");
     }
     if (!levels_.empty()) return Status::Failure("a container has no end");
     return answer;
@@ -189,7 +194,8 @@ class Reader {
   bool TakeEscape(char& byte) {
     unsigned code = 0;
     const std::string_view digits = text_.substr(0, 2);
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, 16);
+    const auto [end, error] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), code, 16);
     if (error != std::errc() || end != digits.data() + 2) return false;
     byte = static_cast<char>(code);
     text_.remove_prefix(2);
@@ -202,7 +208,9 @@ class Reader {
     LONG key = 0;
     const std::string_view kind = text_.substr(0, text_.find(' '));
     GeData value;
-    if (levels_.empty() || !TakePrefix(kind) || !TakeField(key) || !ReadValue(kind, value) || !TakeLineEnd()) return false;
+    if (levels_.empty() || !TakePrefix(kind) || !TakeField(key) || !ReadValue(kind, value) ||
+        !TakeLineEnd())
+      return false;
     levels_.back().container.SetData(key, value);
     return true;
   }

@@ -1,5 +1,6 @@
-// The text of the preferences file. A line "stagemarks preferences 1", then entries, then "checksum" with the 64-bit
-// FNV-1a sum, in 16 hexadecimal digits, of all bytes before that line. An entry is a line: kind, key, value.
+// The text of the preferences file. A line "stagemarks preferences 1", then entries, then
+// "checksum" with the 64-bit FNV-1a sum, in 16 hexadecimal digits, of all bytes before that line.
+// An entry is a line: kind, key, value.
 //
 //   container 1026486 7     a container with its own ID; its entries follow, then "end"
 //   long 10061 1

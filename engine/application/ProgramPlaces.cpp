@@ -17,10 +17,13 @@ std::string Clean(const fs::path& path) {
   return (error ? path : clean).string();
 }
 
-// The library is found by a function in it: its path is what the loader was told, which may be relative.
+// The library is found by a function in it: its path is what the loader was told, which may be
+// relative.
 std::string EngineFolder() {
   Dl_info info{};
-  if (dladdr(reinterpret_cast<const void*>(&ProgramFolder), &info) == 0 || info.dli_fname == nullptr) return "";
+  if (dladdr(reinterpret_cast<const void*>(&ProgramFolder), &info) == 0 ||
+      info.dli_fname == nullptr)
+    return "";
   return fs::path(Clean(info.dli_fname)).parent_path().string();
 }
 

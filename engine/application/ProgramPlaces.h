@@ -1,16 +1,20 @@
-// ProgramPlaces: where the parts of the running program lie. Every place is found from the running files themselves, so that a
-// build folder, an installed tree and a tree that was moved as a whole all work. Nothing is made or opened here. Any thread.
+// ProgramPlaces: where the parts of the running program lie. Every place is found from the running
+// files themselves, so that a build folder, an installed tree and a tree that was moved as a whole
+// all work. Nothing is made or opened here. Any thread.
 #pragma once
 
 #include <string>
 
 namespace engine {
 
-// Folder of the running program, absolute, without a separator at its end; empty where the system does not tell.
+// Folder of the running program, absolute, without a separator at its end; empty where the system
+// does not tell.
 std::string ProgramFolder();
-// Folder of the plug-ins: the one that the environment names in STAGEMARKS_PLUGINS, else "plugins" beside the engine's library.
+// Folder of the plug-ins: the one that the environment names in STAGEMARKS_PLUGINS, else "plugins"
+// beside the engine's library.
 std::string PluginFolder();
-// Folder of what is shared by all machines, sample scenes among it: "share/stagemarks" beside the program's folder.
+// Folder of what is shared by all machines, sample scenes among it: "share/stagemarks" beside the
+// program's folder.
 std::string SharedFolder();
 // The program `stagemarks` beside the running one, which is also the child that an import runs in.
 std::string ImportWorkerProgram();

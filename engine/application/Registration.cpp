@@ -21,7 +21,8 @@ Bool SceneHookData::Init(GeListNode*) { return TRUE; }
 void SceneHookData::Free(GeListNode*) {}
 Bool SceneHookData::Message(GeListNode*, LONG, void*) { return FALSE; }
 
-Bool RegisterCommandPlugin(LONG id, const String& name, LONG, BaseBitmap* icon, const String& help, CommandData* data) {
+Bool RegisterCommandPlugin(LONG id, const String& name, LONG, BaseBitmap* icon, const String& help,
+                           CommandData* data) {
   engine::ApplicationBody* body = engine::ApplicationBody::Current();
   if (body == nullptr || !name.Content() || data == nullptr) return FALSE;
   BaseBitmap* copy = icon != nullptr ? BaseBitmap::Alloc() : nullptr;
@@ -31,7 +32,8 @@ Bool RegisterCommandPlugin(LONG id, const String& name, LONG, BaseBitmap* icon, 
   return registered;
 }
 
-Bool RegisterSceneHookPlugin(LONG id, const String& name, LONG info, DataAllocator* allocator, LONG priority, LONG, void*) {
+Bool RegisterSceneHookPlugin(LONG id, const String& name, LONG info, DataAllocator* allocator,
+                             LONG priority, LONG, void*) {
   engine::ApplicationBody* body = engine::ApplicationBody::Current();
   if (body == nullptr || !name.Content() || allocator == nullptr) return FALSE;
   return body->plugins.Register(engine::RegisteredHook{id, name, info, allocator, priority});

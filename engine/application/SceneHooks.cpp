@@ -11,7 +11,9 @@ namespace {
 class HookListener : public DocumentListener {
  public:
   explicit HookListener(SceneHooks& hooks) : hooks_(hooks) {}
-  bool Message(host::BaseDocument& doc, host::LONG type, void* data) override { return hooks_.Send(doc, type, data); }
+  bool Message(host::BaseDocument& doc, host::LONG type, void* data) override {
+    return hooks_.Send(doc, type, data);
+  }
 
  private:
   SceneHooks& hooks_;
@@ -24,14 +26,17 @@ SceneHooks::~SceneHooks() {
 }
 
 void SceneHooks::Add(const RegisteredHook& hook) {
-  const auto later = [](host::LONG priority, const RegisteredHook& other) { return priority < other.priority; };
+  const auto later = [](host::LONG priority, const RegisteredHook& other) {
+    return priority < other.priority;
+  };
   hooks_.insert(std::upper_bound(hooks_.begin(), hooks_.end(), hook.priority, later), hook);
   for (auto& [doc, instances] : instances_) Make(hook, *doc, instances);
 }
 
 void SceneHooks::Remove(host::LONG id) {
   for (auto& [doc, instances] : instances_) {
-    const auto end = std::stable_partition(instances.begin(), instances.end(), [&](const Instance& i) { return i.id != id; });
+    const auto end = std::stable_partition(instances.begin(), instances.end(),
+                                           [&](const Instance& i) { return i.id != id; });
     for (auto it = end; it != instances.end(); ++it) End(*it, *doc);
     instances.erase(end, instances.end());
   }
@@ -57,7 +62,8 @@ void SceneHooks::Detach(host::BaseDocument& doc) {
 bool SceneHooks::Lives(host::BaseDocument& doc, const host::SceneHookData* data) const {
   const auto it = instances_.find(&doc);
   return it != instances_.end() &&
-         std::any_of(it->second.begin(), it->second.end(), [&](const Instance& instance) { return instance.data == data; });
+         std::any_of(it->second.begin(), it->second.end(),
+                     [&](const Instance& instance) { return instance.data == data; });
 }
 
 bool SceneHooks::Send(host::BaseDocument& doc, host::LONG type, void* data) {
@@ -66,7 +72,8 @@ bool SceneHooks::Send(host::BaseDocument& doc, host::LONG type, void* data) {
   bool taken = false;
   // A hook may close the document and with it the others.
   const Instances instances = it->second;
-  for (const Instance& instance : instances) taken |= Lives(doc, instance.data) && instance.data->Message(&doc, type, data);
+  for (const Instance& instance : instances)
+    taken |= Lives(doc, instance.data) && instance.data->Message(&doc, type, data);
   return taken;
 }
 
@@ -77,8 +84,11 @@ void SceneHooks::Make(const RegisteredHook& hook, host::BaseDocument& doc, Insta
     delete data;
     return;
   }
-  const auto later = [](host::LONG priority, const Instance& other) { return priority < other.priority; };
-  instances.insert(std::upper_bound(instances.begin(), instances.end(), hook.priority, later), {hook.id, hook.priority, data});
+  const auto later = [](host::LONG priority, const Instance& other) {
+    return priority < other.priority;
+  };
+  instances.insert(std::upper_bound(instances.begin(), instances.end(), hook.priority, later),
+                   {hook.id, hook.priority, data});
 }
 
 void SceneHooks::End(const Instance& instance, host::BaseDocument& doc) {

@@ -1,5 +1,5 @@
-// SceneHooks: the registered scene hooks and their instances, one for each inserted document and hook. Owns the
-// instances. Main thread.
+// SceneHooks: the registered scene hooks and their instances, one for each inserted document and
+// hook. Owns the instances. Main thread.
 #pragma once
 
 #include <map>
@@ -25,18 +25,19 @@ class SceneHooks {
   SceneHooks& operator=(const SceneHooks&) = delete;
   ~SceneHooks();
 
-  // Every known document gets an instance. Hooks hear messages by priority, the smallest first, then by registration.
+  // Every known document gets an instance. Hooks hear messages by priority, the smallest first,
+  // then by registration.
   void Add(const RegisteredHook& hook);
   // Ends the instances of that hook everywhere.
   void Remove(host::LONG id);
 
-  // Makes the instances of a document; one whose Init refuses is ended again and left out. `doc` stands for the hook's
-  // node in all calls.
+  // Makes the instances of a document; one whose Init refuses is ended again and left out. `doc`
+  // stands for the hook's node in all calls.
   void Attach(host::BaseDocument& doc);
   // Calls Free of each and destroys it.
   void Detach(host::BaseDocument& doc);
-  // Hands a message to every instance of the document; true when one of them took it. Messages sent to an attached
-  // document itself come here, too.
+  // Hands a message to every instance of the document; true when one of them took it. Messages sent
+  // to an attached document itself come here, too.
   bool Send(host::BaseDocument& doc, host::LONG type, void* data);
 
  private:

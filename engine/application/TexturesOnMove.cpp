@@ -21,7 +21,8 @@ TexturesOnMove::TexturesOnMove(host::BaseDocument& doc, const std::string& folde
 
 void TexturesOnMove::TakeBack() {
   for (const auto& [id, name] : former_) {
-    if (host::BaseList2D* shader = FindNode(&doc_, id)) SetBitmapFile(static_cast<host::BaseShader&>(*shader), name);
+    if (host::BaseList2D* shader = FindNode(&doc_, id))
+      SetBitmapFile(static_cast<host::BaseShader&>(*shader), name);
   }
 }
 

@@ -1,5 +1,6 @@
-// TexturesOnMove: a scene that is saved into another folder goes on using its textures: those that were found from the old folder
-// by a name that leads elsewhere, or nowhere, from the new one get the full path of their file. Main thread.
+// TexturesOnMove: a scene that is saved into another folder goes on using its textures: those that
+// were found from the old folder by a name that leads elsewhere, or nowhere, from the new one get
+// the full path of their file. Main thread.
 #pragma once
 
 #include <string>
@@ -12,7 +13,8 @@ namespace engine {
 
 class TexturesOnMove {
  public:
-  // Changes the document's bitmap shaders, without undo. Embedded files and names that lead nowhere already stay as they are.
+  // Changes the document's bitmap shaders, without undo. Embedded files and names that lead nowhere
+  // already stay as they are.
   TexturesOnMove(host::BaseDocument& doc, const std::string& folder);
   // The names as they were, for a document that could not be saved. It must be there still.
   void TakeBack();

@@ -1,4 +1,5 @@
-// C4DThread: running a piece of work here or on a thread of its own, asking it to stop and waiting for it.
+// C4DThread: running a piece of work here or on a thread of its own, asking it to stop and waiting
+// for it.
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -68,7 +69,9 @@ class RunningThreads {
   // From inside a thread of ours it asks only: two that wait for each other would never end.
   void StopAll() {
     std::unique_lock lock(mutex_);
-    const auto mine = [](const ThreadBody* body) { return body->runsOn == std::this_thread::get_id(); };
+    const auto mine = [](const ThreadBody* body) {
+      return body->runsOn == std::this_thread::get_id();
+    };
     const bool waits = std::none_of(running_.begin(), running_.end(), mine);
     finished_.wait(lock, [&] {
       for (ThreadBody* body : running_) body->stop = true;

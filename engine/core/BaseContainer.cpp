@@ -39,13 +39,15 @@ void ContainerAccess::Append(host::BaseContainer& container, host::LONG key, Val
 }
 
 // Calls nothing but at its ends, as does AppendNumber: each costs little more than its search.
-void ContainerAccess::SearchAndSetNumber(host::BaseContainer& container, host::LONG key, Value value) {
+void ContainerAccess::SearchAndSetNumber(host::BaseContainer& container, host::LONG key,
+                                         Value value) {
   if (!HoldsOwnShort(container)) return Set(container, key, value);
   Entry* entry = WritableEntry(container.body_, key);
   if (!entry) return AppendNumber(container, key, value);
   if (entry->type != value.type) return Set(container, key, value);
   entry->bits = value.bits;
-  if (!container.body_->IsLong()) container.body_->behind = static_cast<std::uint16_t>(entry - container.body_->Entries() + 1);
+  if (!container.body_->IsLong())
+    container.body_->behind = static_cast<std::uint16_t>(entry - container.body_->Entries() + 1);
 }
 
 void ContainerAccess::SetIdOfShared(host::BaseContainer& container, host::LONG id) {
@@ -76,9 +78,13 @@ Value ValueOf(const Entry* entry) { return entry ? entry->Get() : Value(); }
 
 BaseContainer::BaseContainer(LONG id) : body_(id == 0 ? nullptr : engine::NewBody(id)) {}
 
-BaseContainer::BaseContainer(const BaseContainer& other) : body_(other.body_) { engine::RetainBody(body_); }
+BaseContainer::BaseContainer(const BaseContainer& other) : body_(other.body_) {
+  engine::RetainBody(body_);
+}
 
-BaseContainer::BaseContainer(BaseContainer&& other) noexcept { ContainerAccess::Take(*this, other); }
+BaseContainer::BaseContainer(BaseContainer&& other) noexcept {
+  ContainerAccess::Take(*this, other);
+}
 
 BaseContainer::~BaseContainer() {
   if (body_ || anchor_) ContainerAccess::Destroy(*this);
@@ -90,7 +96,8 @@ BaseContainer& BaseContainer::operator=(const BaseContainer& other) {
   ContainerBody* body = other.body_;
   engine::RetainBody(body);
   ContainerAccess::DropInstances(*this);
-  if (ContainerAccess::IsInstance(*this) && engine::SameBodies(body_, body, engine::OwnIds::kCompared)) {
+  if (ContainerAccess::IsInstance(*this) &&
+      engine::SameBodies(body_, body, engine::OwnIds::kCompared)) {
     engine::ReleaseBody(body);
   } else {
     ContainerAccess::Replace(*this, body);
@@ -126,11 +133,14 @@ GeData BaseContainer::GetIndexData(LONG index) const {
   return ValueAccess::Share(ValueOf(engine::EntryAt(body_, static_cast<ULONG>(index))));
 }
 
-GeData BaseContainer::GetData(LONG id) const { return ValueAccess::Share(ValueOf(engine::FindEntry(body_, id))); }
+GeData BaseContainer::GetData(LONG id) const {
+  return ValueAccess::Share(ValueOf(engine::FindEntry(body_, id)));
+}
 
 void BaseContainer::SetData(LONG id, const GeData& value) {
   const Value data = ValueAccess::Of(value);
-  engine::IsShared(data.type) ? ContainerAccess::Set(*this, id, data) : ContainerAccess::SetNumber(*this, id, data);
+  engine::IsShared(data.type) ? ContainerAccess::Set(*this, id, data)
+                              : ContainerAccess::SetNumber(*this, id, data);
 }
 
 Bool BaseContainer::SetParameter(const DescID& id, const GeData& value) {
@@ -173,7 +183,8 @@ void BaseContainer::MergeContainer(const BaseContainer& source) {
     return SetId(id);
   }
   ULONG next = 0;
-  for (auto some = engine::NextEntries(entries.body_, next); !some.empty(); some = engine::NextEntries(entries.body_, next)) {
+  for (auto some = engine::NextEntries(entries.body_, next); !some.empty();
+       some = engine::NextEntries(entries.body_, next)) {
     for (const Entry& entry : some) ContainerAccess::Set(*this, entry.key, entry.Get());
   }
 }
@@ -197,19 +208,33 @@ Real BaseContainer::GetReal(LONG id, Real preset) const {
   return entry ? engine::RealOf(entry->Get()) : preset;
 }
 
-Vector BaseContainer::GetVector(LONG id) const { return engine::VectorOf(ValueOf(engine::FindEntry(body_, id))); }
-BaseTime BaseContainer::GetTime(LONG id) const { return engine::TimeOf(ValueOf(engine::FindEntry(body_, id))); }
-String BaseContainer::GetString(LONG id) const { return engine::StringOf(ValueOf(engine::FindEntry(body_, id))); }
-Filename BaseContainer::GetFilename(LONG id) const { return engine::FilenameOf(ValueOf(engine::FindEntry(body_, id))); }
+Vector BaseContainer::GetVector(LONG id) const {
+  return engine::VectorOf(ValueOf(engine::FindEntry(body_, id)));
+}
+BaseTime BaseContainer::GetTime(LONG id) const {
+  return engine::TimeOf(ValueOf(engine::FindEntry(body_, id)));
+}
+String BaseContainer::GetString(LONG id) const {
+  return engine::StringOf(ValueOf(engine::FindEntry(body_, id)));
+}
+Filename BaseContainer::GetFilename(LONG id) const {
+  return engine::FilenameOf(ValueOf(engine::FindEntry(body_, id)));
+}
 
 BaseContainer BaseContainer::GetContainer(LONG id) const {
   const Value value = ValueOf(engine::FindEntry(body_, id));
-  return value.type == DA_CONTAINER ? ContainerAccess::Share(engine::BlockOf<ContainerBody>(value.bits)) : BaseContainer();
+  return value.type == DA_CONTAINER
+             ? ContainerAccess::Share(engine::BlockOf<ContainerBody>(value.bits))
+             : BaseContainer();
 }
 
 void BaseContainer::SetBool(LONG id, Bool value) { SetLong(id, value ? 1 : 0); }
-void BaseContainer::SetLong(LONG id, LONG value) { ContainerAccess::SetNumber(*this, id, {DA_LONG, engine::BitsOf(value)}); }
-void BaseContainer::SetReal(LONG id, Real value) { ContainerAccess::SetNumber(*this, id, {DA_REAL, engine::BitsOf(value)}); }
+void BaseContainer::SetLong(LONG id, LONG value) {
+  ContainerAccess::SetNumber(*this, id, {DA_LONG, engine::BitsOf(value)});
+}
+void BaseContainer::SetReal(LONG id, Real value) {
+  ContainerAccess::SetNumber(*this, id, {DA_REAL, engine::BitsOf(value)});
+}
 void BaseContainer::SetVector(LONG id, const Vector& value) { SetData(id, GeData(value)); }
 void BaseContainer::SetTime(LONG id, const BaseTime& value) { SetData(id, GeData(value)); }
 void BaseContainer::SetString(LONG id, const String& value) { SetData(id, GeData(value)); }
@@ -218,7 +243,9 @@ void BaseContainer::SetContainer(LONG id, const BaseContainer& value) {
   ContainerAccess::Set(*this, id, {DA_CONTAINER, engine::BitsOf(value.body_)});
 }
 
-BaseContainer* BaseContainer::GetContainerInstance(LONG id) { return ContainerAccess::Instance(*this, id); }
+BaseContainer* BaseContainer::GetContainerInstance(LONG id) {
+  return ContainerAccess::Instance(*this, id);
+}
 
 // Handing out changes what the container object knows, never what it holds.
 const BaseContainer* BaseContainer::GetContainerInstance(LONG id) const {

@@ -9,7 +9,9 @@ void BaseSelect::Select(LONG number) { SelectAll(number, number); }
 void BaseSelect::SelectAll(LONG first, LONG last) {
   if (first > last) return;
   // 64-bit ends: touching ranges are joined without overflow at the ends of LONG.
-  const auto touchesAfter = [&](const Range& range) { return static_cast<LLONG>(range.last) + 1 < first; };
+  const auto touchesAfter = [&](const Range& range) {
+    return static_cast<LLONG>(range.last) + 1 < first;
+  };
   auto from = std::partition_point(ranges_.begin(), ranges_.end(), touchesAfter);
   auto to = from;
   while (to != ranges_.end() && static_cast<LLONG>(to->first) - 1 <= last) {
@@ -21,7 +23,8 @@ void BaseSelect::SelectAll(LONG first, LONG last) {
 }
 
 void BaseSelect::Deselect(LONG number) {
-  auto it = std::find_if(ranges_.begin(), ranges_.end(), [&](const Range& r) { return r.first <= number && number <= r.last; });
+  auto it = std::find_if(ranges_.begin(), ranges_.end(),
+                         [&](const Range& r) { return r.first <= number && number <= r.last; });
   if (it == ranges_.end()) return;
   const Range range = *it;
   it = ranges_.erase(it);
@@ -32,7 +35,8 @@ void BaseSelect::Deselect(LONG number) {
 void BaseSelect::DeselectAll() { ranges_.clear(); }
 
 Bool BaseSelect::IsSelected(LONG number) const {
-  const auto it = std::partition_point(ranges_.begin(), ranges_.end(), [&](const Range& r) { return r.last < number; });
+  const auto it = std::partition_point(ranges_.begin(), ranges_.end(),
+                                       [&](const Range& r) { return r.last < number; });
   return it != ranges_.end() && it->first <= number;
 }
 

@@ -87,7 +87,8 @@ const void* BodyOf(const host::BaseContainer& container) {
   return SizeOf(body) == 0 && IdOf(body) == 0 ? nullptr : body;
 }
 
-void ForEachEntry(const host::BaseContainer& container, const std::function<void(host::LONG, const host::GeData&)>& visit) {
+void ForEachEntry(const host::BaseContainer& container,
+                  const std::function<void(host::LONG, const host::GeData&)>& visit) {
   // A share of its own, so that the visitor may change the container.
   const host::BaseContainer kept = ContainerAccess::Share(ContainerAccess::Body(container));
   std::uint32_t next = 0;
@@ -97,7 +98,9 @@ void ForEachEntry(const host::BaseContainer& container, const std::function<void
   }
 }
 
-std::size_t MemoryOf(const host::BaseContainer& container) { return Measurement().Run(ContainerAccess::Body(container)); }
+std::size_t MemoryOf(const host::BaseContainer& container) {
+  return Measurement().Run(ContainerAccess::Body(container));
+}
 
 bool Identical(const host::BaseContainer& a, const host::BaseContainer& b) {
   return SameBodies(ContainerAccess::Body(a), ContainerAccess::Body(b), OwnIds::kCompared);

@@ -1,5 +1,6 @@
-// What the engine, not the plug-in, may see of values and containers: link identities, walking entries
-// without copying them, and whether two containers share one body. Any thread that owns the container.
+// What the engine, not the plug-in, may see of values and containers: link identities, walking
+// entries without copying them, and whether two containers share one body. Any thread that owns the
+// container.
 #pragma once
 
 #include <functional>
@@ -11,7 +12,8 @@ namespace engine {
 // Identity of an element; 0 is none. No other element ever gets the same one.
 using NodeId = host::ULLONG;
 
-// The link in a value, 0 where it is no link or a null link; and a value holding a link to that identity.
+// The link in a value, 0 where it is no link or a null link; and a value holding a link to that
+// identity.
 NodeId LinkOf(const host::GeData& value);
 host::GeData LinkValue(NodeId target);
 
@@ -19,12 +21,13 @@ host::GeData LinkValue(NodeId target);
 NodeId LinkOf(const host::BaseContainer& container, host::LONG id);
 void SetLinkId(host::BaseContainer& container, host::LONG id, NodeId target);
 
-// Address of the shared entries: equal for copies that split from nothing yet, null for a container without
-// entries and ID. Valid as an identity while the container lives unchanged.
+// Address of the shared entries: equal for copies that split from nothing yet, null for a container
+// without entries and ID. Valid as an identity while the container lives unchanged.
 const void* BodyOf(const host::BaseContainer& container);
 
 // Calls `visit(key, value)` for every entry in order. O(n); sub-containers are shared, not copied.
-void ForEachEntry(const host::BaseContainer& container, const std::function<void(host::LONG, const host::GeData&)>& visit);
+void ForEachEntry(const host::BaseContainer& container,
+                  const std::function<void(host::LONG, const host::GeData&)>& visit);
 
 // Bytes of memory held by the container and all it reaches; what is shared inside it counts once.
 std::size_t MemoryOf(const host::BaseContainer& container);

@@ -16,9 +16,12 @@ namespace {
 constexpr int kDeepestRecursion = 16;
 constexpr std::uint32_t kFetchedAhead = 8;
 
-std::size_t ShortBytes(std::uint32_t capacity) { return sizeof(ContainerBody) + capacity * sizeof(Entry) + IndexBytes(capacity); }
+std::size_t ShortBytes(std::uint32_t capacity) {
+  return sizeof(ContainerBody) + capacity * sizeof(Entry) + IndexBytes(capacity);
+}
 
-// Records are read one after the other: the memory of one that follows is fetched while this one is read.
+// Records are read one after the other: the memory of one that follows is fetched while this one is
+// read.
 void FetchRecord(const Entry& entry) {
   if (entry.type != host::DA_CONTAINER) return;
   constexpr std::uint64_t kCacheLine = 64;
@@ -27,7 +30,8 @@ void FetchRecord(const Entry& entry) {
 }
 
 ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
-  void* memory = capacity == kFirstEntries ? SmallBlocks::Take() : ::operator new(ShortBytes(capacity));
+  void* memory =
+      capacity == kFirstEntries ? SmallBlocks::Take() : ::operator new(ShortBytes(capacity));
   auto* body = new (memory) ContainerBody;
   body->id = id;
   body->capacity = static_cast<std::uint16_t>(capacity);
@@ -60,8 +64,8 @@ bool HoldsNumbersOnly(const ContainerBody& body) {
   return true;
 }
 
-// Ends bodies that have no owner left. Nested ones are ended right away, as they lie near in memory, but from
-// a certain depth on they wait in a list.
+// Ends bodies that have no owner left. Nested ones are ended right away, as they lie near in
+// memory, but from a certain depth on they wait in a list.
 class Destruction {
  public:
   void Run(ContainerBody* body) {
@@ -113,7 +117,8 @@ class Destruction {
 ContainerBody* CopyShort(const ContainerBody& body) {
   ContainerBody* copy = NewShort(body.id, body.capacity);
   const std::size_t indexed = ShortBytes(body.capacity) - sizeof(ContainerBody);
-  std::memcpy(copy->Entries(), body.Entries(), body.IsIndexed() ? indexed : body.size * sizeof(Entry));
+  std::memcpy(copy->Entries(), body.Entries(),
+              body.IsIndexed() ? indexed : body.size * sizeof(Entry));
   copy->size = body.size;
   for (std::uint32_t i = 0; i < copy->size; ++i) Retain(copy->Entries()[i].Get());
   return copy;
@@ -130,7 +135,8 @@ ContainerBody* Grow(ContainerBody* body) {
   } else {
     auto entries = std::make_unique<LongBody>();
     entries->id = body->id;
-    for (std::uint32_t i = 0; i < body->size; ++i) AppendLong(*entries, body->Entries()[i].key, body->Entries()[i].Get());
+    for (std::uint32_t i = 0; i < body->size; ++i)
+      AppendLong(*entries, body->Entries()[i].key, body->Entries()[i].Get());
     grown = entries.release();
   }
   FreeBodyMemory(body);
@@ -163,7 +169,8 @@ const Entry* FindLongEntry(const ContainerBody& body, host::LONG key) {
   const Spot spot = FindSpot(*AsLong(&body), key);
   if (!spot.Found()) return nullptr;
   const Chunk& chunk = *AsLong(&body)->chunks[spot.chunk].chunk;
-  if (spot.offset + kFetchedAhead < chunk.size) FetchRecord(chunk.Entries()[spot.offset + kFetchedAhead]);
+  if (spot.offset + kFetchedAhead < chunk.size)
+    FetchRecord(chunk.Entries()[spot.offset + kFetchedAhead]);
   return chunk.Entries() + spot.offset;
 }
 
@@ -181,12 +188,16 @@ host::LONG FindPosition(const ContainerBody* body, host::LONG key) {
     return entry ? static_cast<host::LONG>(entry - body->Entries()) : host::NOTOK;
   }
   const Spot spot = FindSpot(*AsLong(body), key);
-  return spot.Found() ? static_cast<host::LONG>(AsLong(body)->chunks[spot.chunk].start + spot.offset) : host::NOTOK;
+  return spot.Found()
+             ? static_cast<host::LONG>(AsLong(body)->chunks[spot.chunk].start + spot.offset)
+             : host::NOTOK;
 }
 
 std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& next) {
   if (!body) return {};
-  if (!body->IsLong()) return next++ == 0 ? std::span<const Entry>(body->Entries(), body->size) : std::span<const Entry>();
+  if (!body->IsLong())
+    return next++ == 0 ? std::span<const Entry>(body->Entries(), body->size)
+                       : std::span<const Entry>();
   const auto& chunks = AsLong(body)->chunks;
   while (next < chunks.size()) {
     const Chunk& chunk = *chunks[next++].chunk;

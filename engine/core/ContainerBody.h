@@ -1,20 +1,23 @@
-// ContainerBody: the counted entries and own ID behind BaseContainer, in two forms. The short form keeps up to
-// kShortEntries entries right behind its header, and behind them, once there are more than a few, an index of
-// their keys (ShortIndex.h). The long form keeps a table of chunks, each counted on its own, so that a write
-// into a copy of a long container copies one chunk and the table, not everything.
+// ContainerBody: the counted entries and own ID behind BaseContainer, in two forms. The short form
+// keeps up to kShortEntries entries right behind its header, and behind them, once there are more
+// than a few, an index of their keys (ShortIndex.h). The long form keeps a table of chunks, each
+// counted on its own, so that a write into a copy of a long container copies one chunk and the
+// table, not everything.
 //
 // The law of sharing and of writing in place:
-//  1. A body or chunk with more than one owner is never changed. A writer makes every body on the way from the
-//     owning container object down to the entry its own first, from the top: a body with one owner is still
-//     shared when a body above it is.
-//  2. An instance (a sub-container handed out in place) belongs to the container object that handed it out, not
-//     to the body. It borrows its body from its owner's entry and holds no share. Only container objects know
-//     their instances, so a copy, which shares bodies only, never meets an instance of its original.
-//  3. A write through an instance starts at the top of its chain of owners (law 1) and leaves in each owner's
-//     entry, and in each instance on the way, the body that is now theirs.
-//  4. An instance ends when its entry is replaced by another value or removed, and when its owner is assigned,
-//     flushed or destroyed; its own instances end with it. A container constructed by a move takes the
-//     instances along; a move from an instance, and an assignment by a move where there are instances, copies.
+//  1. A body or chunk with more than one owner is never changed. A writer makes every body on the
+//     way from the owning container object down to the entry its own first, from the top: a body
+//     with one owner is still shared when a body above it is.
+//  2. An instance (a sub-container handed out in place) belongs to the container object that handed
+//     it out, not to the body. It borrows its body from its owner's entry and holds no share. Only
+//     container objects know their instances, so a copy, which shares bodies only, never meets an
+//     instance of its original.
+//  3. A write through an instance starts at the top of its chain of owners (law 1) and leaves in
+//     each owner's entry, and in each instance on the way, the body that is now theirs.
+//  4. An instance ends when its entry is replaced by another value or removed, and when its owner
+//     is assigned, flushed or destroyed; its own instances end with it. A container constructed by
+//     a move takes the instances along; a move from an instance, and an assignment by a move where
+//     there are instances, copies.
 //  5. Null is the body of a container without entries and with own ID 0.
 // Threads: any number may read and copy one body; the counts are atomic.
 #pragma once
@@ -26,20 +29,24 @@
 
 namespace engine {
 
-inline constexpr std::uint32_t kFirstEntries = 4;   // room of a new body
-inline constexpr std::uint32_t kShortEntries = 64;  // most entries of the short form; the largest records have 51
+inline constexpr std::uint32_t kFirstEntries = 4;  // room of a new body
+// Most entries of the short form; the largest records have 51
+inline constexpr std::uint32_t kShortEntries = 64;
 
 struct ContainerBody {
   SharedCount owners;
   host::LONG id = 0;
   std::uint32_t size = 0;
   std::uint16_t capacity = 0;  // room of the short form; 0 marks the long form
-  std::uint16_t behind = 0;    // the position behind the one that a number was written to last, where the next one mostly goes
+  // The position behind the one that a number was written to last, where the next one mostly goes
+  std::uint16_t behind = 0;
 
   bool IsLong() const { return capacity == 0; }
   // The entries of the short form.
   Entry* Entries() { return static_cast<Entry*>(static_cast<void*>(this + 1)); }
-  const Entry* Entries() const { return static_cast<const Entry*>(static_cast<const void*>(this + 1)); }
+  const Entry* Entries() const {
+    return static_cast<const Entry*>(static_cast<const void*>(this + 1));
+  }
   // Of the short form.
   bool IsIndexed() const { return capacity >= kIndexedEntries; }
 };
@@ -60,7 +67,8 @@ inline std::uint32_t SizeOf(const ContainerBody* body) { return body ? body->siz
 inline const Entry* FindShortEntry(const ContainerBody& body, host::LONG key) {
   const Entry* entries = body.Entries();
   // Most short containers count their keys up from the first one.
-  const std::uint32_t guess = static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
+  const std::uint32_t guess =
+      static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
   if (guess < body.size && entries[guess].key == key) return entries + guess;
   if (body.IsIndexed()) return FindIndexed(entries, body.capacity, key);
   for (const Entry* end = entries + body.size; entries != end; ++entries) {
@@ -70,7 +78,8 @@ inline const Entry* FindShortEntry(const ContainerBody& body, host::LONG key) {
 }
 const Entry* FindLongEntry(const ContainerBody& body, host::LONG key);
 
-// The entry with that key, or at that position; null where there is none. Position of the key, -1 where there is none.
+// The entry with that key, or at that position; null where there is none. Position of the key, -1
+// where there is none.
 inline const Entry* FindEntry(const ContainerBody* body, host::LONG key) {
   if (!body) return nullptr;
   return body->IsLong() ? FindLongEntry(*body, key) : FindShortEntry(*body, key);
@@ -78,7 +87,8 @@ inline const Entry* FindEntry(const ContainerBody* body, host::LONG key) {
 const Entry* EntryAt(const ContainerBody* body, std::uint32_t position);
 host::LONG FindPosition(const ContainerBody* body, host::LONG key);
 
-// The stretches of entries that lie together, in order: `next` is 0 at first and counts up; empty at the end.
+// The stretches of entries that lie together, in order: `next` is 0 at first and counts up; empty
+// at the end.
 std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& next);
 
 [[nodiscard]] ContainerBody* NewBody(host::LONG id);
@@ -90,9 +100,10 @@ std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& nex
   return body->owners.Unique() ? body : SplitBody(body);
 }
 
-// These change a body that has one owner. WritableEntry: null where there is no such key. AppendEntry: the key
-// is not there yet; takes the value's share and gives back the body, which may have moved. RemoveEntry: closes
-// the gap; false where there is no such key. ClearEntries: only the own ID stays.
+// These change a body that has one owner. WritableEntry: null where there is no such key.
+// AppendEntry: the key is not there yet; takes the value's share and gives back the body, which may
+// have moved. RemoveEntry: closes the gap; false where there is no such key. ClearEntries: only the
+// own ID stays.
 Entry* WritableLongEntry(ContainerBody& body, host::LONG key);
 inline Entry* WritableEntry(ContainerBody* body, host::LONG key) {
   if (body->IsLong()) return WritableLongEntry(*body, key);
@@ -118,8 +129,9 @@ bool SameSharedValues(Value a, Value b, OwnIds ids);
 inline bool SameValues(Value a, Value b, OwnIds ids) {
   if (a.type != b.type) return false;
   if (a.bits == b.bits || !IsShared(a.type)) return a.bits == b.bits;
-  return a.type == host::DA_CONTAINER ? SameBodies(BlockOf<ContainerBody>(a.bits), BlockOf<ContainerBody>(b.bits), ids)
-                                      : SameSharedValues(a, b, ids);
+  return a.type == host::DA_CONTAINER
+             ? SameBodies(BlockOf<ContainerBody>(a.bits), BlockOf<ContainerBody>(b.bits), ids)
+             : SameSharedValues(a, b, ids);
 }
 
 // The way into BaseContainer.
@@ -131,19 +143,22 @@ struct ContainerAccess {
     container.body_ = body;
     return container;
   }
-  // The entry's value set in place or appended, as BaseContainer::SetData does. Takes no share of `value`.
+  // The entry's value set in place or appended, as BaseContainer::SetData does. Takes no share of
+  // `value`.
   static void Set(host::BaseContainer& container, host::LONG key, Value value);
-  // The same for a number, a link or nil. Most of them meet an entry of their type behind the one written last or where
-  // its key is looked for first, in a short body of one owner.
+  // The same for a number, a link or nil. Most of them meet an entry of their type behind the one
+  // written last or where its key is looked for first, in a short body of one owner.
   static void SetNumber(host::BaseContainer& container, host::LONG key, Value value) {
     if (HoldsOwnShort(container)) {
       ContainerBody& body = *container.body_;
       Entry* entries = body.Entries();
-      if (body.behind < body.size && KeyAndType(entries[body.behind]) == KeyAndType(key, value.type)) {
+      if (body.behind < body.size &&
+          KeyAndType(entries[body.behind]) == KeyAndType(key, value.type)) {
         entries[body.behind++].bits = value.bits;
         return;
       }
-      const std::uint32_t guess = static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
+      const std::uint32_t guess =
+          static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
       if (guess < body.size && KeyAndType(entries[guess]) == KeyAndType(key, value.type)) {
         entries[guess].bits = value.bits;
         body.behind = static_cast<std::uint16_t>(guess + 1);
@@ -190,11 +205,14 @@ struct ContainerAccess {
     return body && !container.anchor_ && !body->IsLong() && body->owners.Unique();
   }
   // Not inlined, so that SetNumber stays lean.
-  [[gnu::noinline]] static void SearchAndSetNumber(host::BaseContainer& container, host::LONG key, Value value);
-  [[gnu::noinline]] static void AppendNumber(host::BaseContainer& container, host::LONG key, Value value);
+  [[gnu::noinline]] static void SearchAndSetNumber(host::BaseContainer& container, host::LONG key,
+                                                   Value value);
+  [[gnu::noinline]] static void AppendNumber(host::BaseContainer& container, host::LONG key,
+                                             Value value);
   [[gnu::noinline]] static void SetIdOfShared(host::BaseContainer& container, host::LONG id);
   [[gnu::noinline]] static void Append(host::BaseContainer& container, host::LONG key, Value value);
-  [[gnu::noinline]] static void ReplaceAt(host::BaseContainer& container, host::LONG key, Value value);
+  [[gnu::noinline]] static void ReplaceAt(host::BaseContainer& container, host::LONG key,
+                                          Value value);
   static void PrepareAnchored(host::BaseContainer& container);
   static void TellOwner(host::BaseContainer& container, ContainerBody* body);
   static void DropAnchored(host::BaseContainer& container, host::LONG key);

@@ -60,7 +60,8 @@ class Comparison {
     while (left.Fill() && right.Fill()) {
       const std::size_t count = std::min(left.current.size(), right.current.size());
       // Copies share their chunks.
-      if (left.current.data() != right.current.data() && !Entries(left.current.data(), right.current.data(), count, depth))
+      if (left.current.data() != right.current.data() &&
+          !Entries(left.current.data(), right.current.data(), count, depth))
         return false;
       left.current = left.current.subspan(count);
       right.current = right.current.subspan(count);
@@ -77,12 +78,14 @@ class Comparison {
   }
 
   bool Shared(Value a, Value b, int depth) {
-    if (a.type == host::DA_CONTAINER) return Nested(BlockOf<ContainerBody>(a.bits), BlockOf<ContainerBody>(b.bits), depth);
+    if (a.type == host::DA_CONTAINER)
+      return Nested(BlockOf<ContainerBody>(a.bits), BlockOf<ContainerBody>(b.bits), depth);
     return a.type != host::DA_CONTAINER && SameValues(a, b, ids_);
   }
 
   bool Nested(const ContainerBody* a, const ContainerBody* b, int depth) {
-    if (a && b && !a->owners.Unique() && !b->owners.Unique() && !met_.emplace(a, b).second) return true;
+    if (a && b && !a->owners.Unique() && !b->owners.Unique() && !met_.emplace(a, b).second)
+      return true;
     if (depth < kDeepestRecursion) return Bodies(a, b, depth + 1);
     waiting_.emplace_back(a, b);
     return true;
@@ -90,8 +93,8 @@ class Comparison {
 
   OwnIds ids_;
   std::vector<std::pair<const ContainerBody*, const ContainerBody*>> waiting_;
-  // Pairs already compared or waiting. Without them, bodies that are shared at every level would be compared
-  // along every way to them.
+  // Pairs already compared or waiting. Without them, bodies that are shared at every level would be
+  // compared along every way to them.
   std::set<std::pair<const ContainerBody*, const ContainerBody*>> met_;
 };
 
@@ -106,7 +109,9 @@ bool AlikeShort(const ContainerBody& a, const ContainerBody& b) {
   return true;
 }
 
-[[gnu::noinline]] bool Compare(const ContainerBody* a, const ContainerBody* b, OwnIds ids) { return Comparison(ids).Run(a, b); }
+[[gnu::noinline]] bool Compare(const ContainerBody* a, const ContainerBody* b, OwnIds ids) {
+  return Comparison(ids).Run(a, b);
+}
 
 }  // namespace
 

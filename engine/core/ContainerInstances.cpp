@@ -27,7 +27,9 @@ void EndTable(std::unique_ptr<InstanceTable> first) {
   }
 }
 
-ContainerAnchor* AnchorOf(host::BaseContainer& container) { return ContainerAccess::Anchor(container); }
+ContainerAnchor* AnchorOf(host::BaseContainer& container) {
+  return ContainerAccess::Anchor(container);
+}
 
 ContainerAnchor* OwnerOf(host::BaseContainer& container) {
   const ContainerAnchor* anchor = AnchorOf(container);
@@ -66,11 +68,14 @@ void ContainerAccess::PrepareAnchored(host::BaseContainer& container) {
   std::vector<ContainerAnchor*> many(depth > few.size() ? depth : 0);
   ContainerAnchor** const chain = many.empty() ? few.data() : many.data();
   std::size_t i = 0;
-  for (ContainerAnchor* anchor = container.anchor_; anchor->owner; anchor = anchor->owner) chain[i++] = anchor;
+  for (ContainerAnchor* anchor = container.anchor_; anchor->owner; anchor = anchor->owner)
+    chain[i++] = anchor;
   while (i > 0) MakeInstanceUnique(*chain[--i]);
 }
 
-bool ContainerAccess::IsInstance(host::BaseContainer& container) { return OwnerOf(container) != nullptr; }
+bool ContainerAccess::IsInstance(host::BaseContainer& container) {
+  return OwnerOf(container) != nullptr;
+}
 
 void ContainerAccess::TellOwner(host::BaseContainer& container, ContainerBody* body) {
   if (OwnerOf(container)) OwnersEntry(*container.anchor_).bits = BitsOf(body);

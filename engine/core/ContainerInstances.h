@@ -1,5 +1,5 @@
-// ContainerAnchor: what a container object knows about instances: those it handed out, and, if it is one itself,
-// whose and under which key. Laws 2 to 4 of ContainerBody.h. One thread at a time.
+// ContainerAnchor: what a container object knows about instances: those it handed out, and, if it
+// is one itself, whose and under which key. Laws 2 to 4 of ContainerBody.h. One thread at a time.
 #pragma once
 
 #include <memory>

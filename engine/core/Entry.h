@@ -1,5 +1,5 @@
-// Entry: one key of a container and its value, as bodies hold them in arrays. Whoever holds the array owns the
-// value's share.
+// Entry: one key of a container and its value, as bodies hold them in arrays. Whoever holds the
+// array owns the value's share.
 #pragma once
 
 #include <cstdint>
@@ -18,10 +18,11 @@ struct Entry {
 };
 static_assert(sizeof(Entry) == 16);
 
-// Key and type in one word. They are stored and compared as one: a wide read of two narrow stores that have just
-// happened would wait for them.
+// Key and type in one word. They are stored and compared as one: a wide read of two narrow stores
+// that have just happened would wait for them.
 inline std::uint64_t KeyAndType(host::LONG key, host::LONG type) {
-  return std::uint64_t{static_cast<std::uint32_t>(key)} | std::uint64_t{static_cast<std::uint32_t>(type)} << 32;
+  return std::uint64_t{static_cast<std::uint32_t>(key)} |
+         std::uint64_t{static_cast<std::uint32_t>(type)} << 32;
 }
 inline std::uint64_t KeyAndType(const Entry& entry) {
   std::uint64_t word = 0;

@@ -34,8 +34,11 @@ std::string Join(std::string_view folder, std::string_view rest) {
 }
 
 Bool SameIgnoringCase(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return lower(x) == lower(y); });
+  const auto lower = [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](char x, char y) { return lower(x) == lower(y); });
 }
 
 // Offset of the next character behind `at`, where the separators of a run count as its first one.
@@ -53,7 +56,9 @@ Filename FromText(std::string_view text) { return Filename(String(text)); }
 
 Filename Filename::GetFile() const { return Filename(GetFileString()); }
 
-String Filename::GetFileString() const { return String(path_.View().substr(FileOffset(path_.View()))); }
+String Filename::GetFileString() const {
+  return String(path_.View().substr(FileOffset(path_.View())));
+}
 
 void Filename::SetFile(const Filename& file) { *this = GetDirectory() + file; }
 
@@ -78,9 +83,13 @@ void Filename::SetSuffix(const String& suffix) {
 
 void Filename::ClearSuffix() { path_ = String(path_.View().substr(0, SuffixOffset(path_.View()))); }
 
-Bool Filename::CheckSuffix(const String& suffix) const { return SameIgnoringCase(GetSuffix().View(), suffix.View()); }
+Bool Filename::CheckSuffix(const String& suffix) const {
+  return SameIgnoringCase(GetSuffix().View(), suffix.View());
+}
 
-Filename operator+(const Filename& a, const Filename& b) { return FromText(Join(a.path_.View(), b.path_.View())); }
+Filename operator+(const Filename& a, const Filename& b) {
+  return FromText(Join(a.path_.View(), b.path_.View()));
+}
 
 Filename& Filename::operator+=(const Filename& other) { return *this = *this + other; }
 

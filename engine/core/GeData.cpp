@@ -44,7 +44,9 @@ void ReleaseShared(Value value) {
   }
 }
 
-bool BoolOf(Value value) { return value.type == host::DA_REAL ? RealOf(value) != 0 : LongOf(value) != 0; }
+bool BoolOf(Value value) {
+  return value.type == host::DA_REAL ? RealOf(value) != 0 : LongOf(value) != 0;
+}
 
 host::LONG LongOf(Value value) {
   if (value.type == host::DA_LONG) return static_cast<host::LONG>(value.bits);
@@ -69,7 +71,8 @@ host::BaseTime TimeOf(Value value) {
 }
 
 host::String StringOf(Value value) {
-  return value.type == host::DA_STRING ? TextBlock::Share(BlockOf<TextBlock>(value.bits)) : host::String();
+  return value.type == host::DA_STRING ? TextBlock::Share(BlockOf<TextBlock>(value.bits))
+                                       : host::String();
 }
 
 host::Filename FilenameOf(Value value) {
@@ -93,19 +96,25 @@ using engine::ValueAccess;
 
 GeData::GeData(LONG value) : bits_(engine::BitsOf(value)), type_(DA_LONG) {}
 GeData::GeData(Real value) : bits_(engine::BitsOf(value)), type_(DA_REAL) {}
-GeData::GeData(const Vector& value) : bits_(engine::MakeNumbers(value.x, value.y, value.z)), type_(DA_VECTOR) {}
+GeData::GeData(const Vector& value)
+    : bits_(engine::MakeNumbers(value.x, value.y, value.z)), type_(DA_VECTOR) {}
 GeData::GeData(const BaseTime& value)
     : bits_(engine::MakeNumbers(value.GetNumerator(), value.GetDenominator(), 0)), type_(DA_TIME) {}
-GeData::GeData(const String& value) : bits_(engine::BitsOf(engine::TextBlock::Of(value))), type_(DA_STRING) {
+GeData::GeData(const String& value)
+    : bits_(engine::BitsOf(engine::TextBlock::Of(value))), type_(DA_STRING) {
   engine::Retain(ValueAccess::Of(*this));
 }
 GeData::GeData(const CHAR* value) : GeData(String(value)) {}
 GeData::GeData(const Filename& value) : GeData(value.GetString()) { type_ = DA_FILENAME; }
-GeData::GeData(const BaseContainer& value) : bits_(engine::BitsOf(engine::ContainerAccess::Body(value))), type_(DA_CONTAINER) {
+GeData::GeData(const BaseContainer& value)
+    : bits_(engine::BitsOf(engine::ContainerAccess::Body(value))), type_(DA_CONTAINER) {
   engine::Retain(ValueAccess::Of(*this));
 }
-GeData::GeData(const GeData& other) : bits_(other.bits_), type_(other.type_) { engine::Retain(ValueAccess::Of(*this)); }
-GeData::GeData(GeData&& other) noexcept : bits_(std::exchange(other.bits_, 0)), type_(std::exchange(other.type_, DA_NIL)) {}
+GeData::GeData(const GeData& other) : bits_(other.bits_), type_(other.type_) {
+  engine::Retain(ValueAccess::Of(*this));
+}
+GeData::GeData(GeData&& other) noexcept
+    : bits_(std::exchange(other.bits_, 0)), type_(std::exchange(other.type_, DA_NIL)) {}
 GeData::~GeData() { engine::Release(ValueAccess::Of(*this)); }
 
 GeData& GeData::operator=(const GeData& other) { return *this = GeData(other); }
@@ -126,12 +135,14 @@ Filename GeData::GetFilename() const { return engine::FilenameOf(ValueAccess::Of
 
 BaseContainer GeData::GetContainer() const {
   const Value value = ValueAccess::Of(*this);
-  return value.type == DA_CONTAINER ? engine::ContainerAccess::Share(engine::BlockOf<engine::ContainerBody>(value.bits))
-                                    : BaseContainer();
+  return value.type == DA_CONTAINER
+             ? engine::ContainerAccess::Share(engine::BlockOf<engine::ContainerBody>(value.bits))
+             : BaseContainer();
 }
 
 Bool GeData::operator==(const GeData& other) const {
-  return engine::SameValues(ValueAccess::Of(*this), ValueAccess::Of(other), engine::OwnIds::kIgnored);
+  return engine::SameValues(ValueAccess::Of(*this), ValueAccess::Of(other),
+                            engine::OwnIds::kIgnored);
 }
 
 }  // namespace host

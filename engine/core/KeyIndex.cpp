@@ -8,7 +8,8 @@ namespace engine {
 
 namespace {
 
-// Mixes with an address that differs from run to run, so that no file can be made to collide everywhere.
+// Mixes with an address that differs from run to run, so that no file can be made to collide
+// everywhere.
 std::size_t Scatter(host::LONG key) {
   static const char salt = 0;
   std::uint64_t mixed = static_cast<std::uint32_t>(key) ^ reinterpret_cast<std::uintptr_t>(&salt);
@@ -27,7 +28,9 @@ std::size_t KeyIndex::PlaceOf(host::LONG key) const {
   return at;
 }
 
-std::uint32_t KeyIndex::Find(host::LONG key) const { return places_.empty() ? kNone : places_[PlaceOf(key)].slot; }
+std::uint32_t KeyIndex::Find(host::LONG key) const {
+  return places_.empty() ? kNone : places_[PlaceOf(key)].slot;
+}
 
 void KeyIndex::Put(host::LONG key, std::uint32_t slot) {
   Reserve(used_ + 1);

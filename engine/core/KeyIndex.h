@@ -1,6 +1,6 @@
-// KeyIndex: finds keys in no order, by open addressing. It answers the slot under which a key was last put; keys
-// that left their container are not taken out, so the container checks what it is told. Counted, and changed
-// only by a single owner.
+// KeyIndex: finds keys in no order, by open addressing. It answers the slot under which a key was
+// last put; keys that left their container are not taken out, so the container checks what it is
+// told. Counted, and changed only by a single owner.
 #pragma once
 
 #include <cstdint>

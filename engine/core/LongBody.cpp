@@ -23,7 +23,8 @@ void ReleaseChunk(Chunk* chunk) {
   ReleaseChunkMemory(chunk);
 }
 
-// A chunk of one owner with the same entries and at least that room, instead of one share of `chunk`.
+// A chunk of one owner with the same entries and at least that room, instead of one share of
+// `chunk`.
 Chunk* ReplaceChunk(Chunk* chunk, std::uint32_t capacity) {
   Chunk* copy = NewChunk(capacity);
   copy->size = chunk->size;
@@ -49,7 +50,8 @@ void IndexKeys(LongBody& body) {
   body.index->Reserve(body.size);
   for (std::uint32_t c = 0; c < body.chunks.size(); ++c) {
     const Chunk& chunk = *body.chunks[c].chunk;
-    for (std::uint32_t i = 0; i < chunk.size; ++i) body.index->Put(chunk.Entries()[i].key, SlotOf({c, i}));
+    for (std::uint32_t i = 0; i < chunk.size; ++i)
+      body.index->Put(chunk.Entries()[i].key, SlotOf({c, i}));
   }
 }
 
@@ -64,14 +66,17 @@ void PutInIndex(LongBody& body, host::LONG key, Spot spot) {
     ReleaseIndex(std::exchange(body.index, copy));
   }
   body.index->Put(key, SlotOf(spot));
-  // Keys that left are still in the index; a container that keeps its size would collect them for ever.
+  // Keys that left are still in the index; a container that keeps its size would collect them for
+  // ever.
   if (body.index->Used() > 2 * (std::size_t{body.size} + kChunkEntries)) IndexKeys(body);
 }
 
 // The order of the keys once `key` comes behind them. The mixed order needs an index first.
 KeyOrder OrderWith(const LongBody& body, host::LONG key) {
-  if (body.order == KeyOrder::kDense && key >= 0 && static_cast<std::uint32_t>(key) == body.size) return KeyOrder::kDense;
-  if (body.order != KeyOrder::kMixed && (body.size == 0 || key > body.greatestKey)) return KeyOrder::kAscending;
+  if (body.order == KeyOrder::kDense && key >= 0 && static_cast<std::uint32_t>(key) == body.size)
+    return KeyOrder::kDense;
+  if (body.order != KeyOrder::kMixed && (body.size == 0 || key > body.greatestKey))
+    return KeyOrder::kAscending;
   return KeyOrder::kMixed;
 }
 
@@ -79,7 +84,8 @@ KeyOrder OrderWith(const LongBody& body, host::LONG key) {
 Chunk& ChunkForOneMore(LongBody& body, host::LONG key) {
   if (body.chunks.empty() || body.chunks.back().chunk->size == kChunkEntries) {
     body.chunks.push_back({nullptr, body.size, key});
-    body.chunks.back().chunk = NewChunk(body.chunks.size() == 1 ? kFirstChunkEntries : kChunkEntries);
+    body.chunks.back().chunk =
+        NewChunk(body.chunks.size() == 1 ? kFirstChunkEntries : kChunkEntries);
     return *body.chunks.back().chunk;
   }
   Chunk*& last = body.chunks.back().chunk;
@@ -95,10 +101,12 @@ Spot FindAscending(const LongBody& body, host::LONG key) {
   const auto all = chunk.All();
   const auto found = std::ranges::lower_bound(all, key, {}, &Entry::key);
   if (found == all.end() || found->key != key) return {};
-  return {static_cast<std::uint32_t>(after - chunks.begin() - 1), static_cast<std::uint32_t>(found - all.begin())};
+  return {static_cast<std::uint32_t>(after - chunks.begin() - 1),
+          static_cast<std::uint32_t>(found - all.begin())};
 }
 
-// Removing moves entries towards the front of their chunk, so an entry lies where it was put or before.
+// Removing moves entries towards the front of their chunk, so an entry lies where it was put or
+// before.
 Spot FindMixed(const LongBody& body, host::LONG key) {
   const std::uint32_t slot = body.index->Find(key);
   if (slot == KeyIndex::kNone) return {};
@@ -109,8 +117,8 @@ Spot FindMixed(const LongBody& body, host::LONG key) {
   return {};
 }
 
-// Chunks that removing has thinned out are filled up again. Each entry pays for this once for every time that
-// half of the entries go.
+// Chunks that removing has thinned out are filled up again. Each entry pays for this once for every
+// time that half of the entries go.
 void Compact(LongBody& body) {
   std::vector<ChunkPlace> thin;
   thin.swap(body.chunks);
@@ -152,7 +160,8 @@ Spot SpotAt(const LongBody& body, std::uint32_t position) {
   const Spot full{position >> kChunkShift, position % kChunkEntries};
   if (body.order == KeyOrder::kDense) return full;
   const auto after = std::ranges::upper_bound(chunks, position, {}, &ChunkPlace::start);
-  return {static_cast<std::uint32_t>(after - chunks.begin() - 1), position - std::prev(after)->start};
+  return {static_cast<std::uint32_t>(after - chunks.begin() - 1),
+          position - std::prev(after)->start};
 }
 
 Chunk& WritableChunk(LongBody& body, std::uint32_t chunk) {
@@ -169,7 +178,8 @@ void AppendLong(LongBody& body, host::LONG key, Value value) {
   FillEntry(chunk.Entries()[chunk.size++], key, value);
   ++body.size;
   body.greatestKey = key;
-  if (order == KeyOrder::kMixed) PutInIndex(body, key, {static_cast<std::uint32_t>(body.chunks.size()) - 1, chunk.size - 1});
+  if (order == KeyOrder::kMixed)
+    PutInIndex(body, key, {static_cast<std::uint32_t>(body.chunks.size()) - 1, chunk.size - 1});
 }
 
 bool RemoveLong(LongBody& body, host::LONG key) {
@@ -183,7 +193,8 @@ bool RemoveLong(LongBody& body, host::LONG key) {
   --chunk.size;
   --body.size;
   for (std::size_t c = spot.chunk + 1; c < body.chunks.size(); ++c) --body.chunks[c].start;
-  if (body.size == 0 || body.chunks.size() > 2 * (body.size >> kChunkShift) + kSpareChunks) Compact(body);
+  if (body.size == 0 || body.chunks.size() > 2 * (body.size >> kChunkShift) + kSpareChunks)
+    Compact(body);
   Release(value);
   return true;
 }

@@ -1,6 +1,7 @@
-// LongBody: the long form of a container's entries. A table of chunks in order; a chunk may hold fewer entries than
-// it has room for once entries were removed, so the table knows the position at which each chunk starts. Keys are
-// found by position while key and position are the same, by binary search while they ascend, else by KeyIndex.
+// LongBody: the long form of a container's entries. A table of chunks in order; a chunk may hold
+// fewer entries than it has room for once entries were removed, so the table knows the position at
+// which each chunk starts. Keys are found by position while key and position are the same, by
+// binary search while they ascend, else by KeyIndex.
 #pragma once
 
 #include <vector>
@@ -20,10 +21,14 @@ struct Chunk {
   std::uint32_t unused = 0;  // keeps the entries aligned
 
   Entry* Entries() { return static_cast<Entry*>(static_cast<void*>(this + 1)); }
-  const Entry* Entries() const { return static_cast<const Entry*>(static_cast<const void*>(this + 1)); }
+  const Entry* Entries() const {
+    return static_cast<const Entry*>(static_cast<const void*>(this + 1));
+  }
   std::span<const Entry> All() const { return {Entries(), size}; }
   // Bytes of a chunk with that room.
-  static std::size_t Bytes(std::uint32_t capacity) { return sizeof(Chunk) + capacity * sizeof(Entry); }
+  static std::size_t Bytes(std::uint32_t capacity) {
+    return sizeof(Chunk) + capacity * sizeof(Entry);
+  }
 };
 static_assert(sizeof(Chunk) == 16);
 
@@ -48,9 +53,12 @@ struct LongBody : ContainerBody {
 };
 
 inline LongBody* AsLong(ContainerBody* body) { return static_cast<LongBody*>(body); }
-inline const LongBody* AsLong(const ContainerBody* body) { return static_cast<const LongBody*>(body); }
+inline const LongBody* AsLong(const ContainerBody* body) {
+  return static_cast<const LongBody*>(body);
+}
 
-// Where an entry lies: its chunk and its place there. FindSparse is for keys that are not their positions.
+// Where an entry lies: its chunk and its place there. FindSparse is for keys that are not their
+// positions.
 struct Spot {
   std::uint32_t chunk = UINT32_MAX;
   std::uint32_t offset = 0;

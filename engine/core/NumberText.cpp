@@ -16,7 +16,8 @@ constexpr int kMostPlaces = 340;
 
 Bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-// The text from its leading number on: without white space and a plus sign. Empty where no number starts.
+// The text from its leading number on: without white space and a plus sign. Empty where no number
+// starts.
 std::string_view NumberPart(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
   if (text.starts_with('+')) text.remove_prefix(text.starts_with("+-") ? text.size() : 1);
@@ -25,7 +26,8 @@ std::string_view NumberPart(std::string_view text) {
   return text.size() > digits && (IsDigit(text[digits]) || point) ? text : std::string_view();
 }
 
-// A number that a Real cannot hold: too near to 0 or too far away. Decided by the place of its first digit.
+// A number that a Real cannot hold: too near to 0 or too far away. Decided by the place of its
+// first digit.
 Real OutOfRange(std::string_view number) {
   const bool negative = number.starts_with('-');
   if (negative) number.remove_prefix(1);
@@ -34,11 +36,13 @@ Real OutOfRange(std::string_view number) {
   if (end + 1 < number.size()) {
     const char* first = number.data() + end + 1 + (number[end + 1] == '+' ? 1 : 0);
     const auto read = std::from_chars(first, number.data() + number.size(), place);
-    if (read.ec == std::errc::result_out_of_range) return *first == '-' ? 0 : std::copysign(HUGE_VAL, negative ? -1 : 1);
+    if (read.ec == std::errc::result_out_of_range)
+      return *first == '-' ? 0 : std::copysign(HUGE_VAL, negative ? -1 : 1);
   }
   const std::string_view mantissa = number.substr(0, end);
   const auto point = static_cast<LLONG>(std::min(mantissa.find('.'), mantissa.size()));
-  const auto digit = static_cast<LLONG>(std::min(mantissa.find_first_not_of("0."), mantissa.size()));
+  const auto digit =
+      static_cast<LLONG>(std::min(mantissa.find_first_not_of("0."), mantissa.size()));
   if (place + point - digit < 0) return 0;
   return std::copysign(HUGE_VAL, negative ? -1 : 1);
 }
@@ -50,15 +54,18 @@ std::string Digits(Real value, LONG places, Bool exponent) {
   const bool readable = value == 0 || (size >= 1e-7 && size < 1e21);
   const bool plain = !exponent && (places >= 0 || readable || !std::isfinite(value));
   const auto format = plain ? std::chars_format::fixed : std::chars_format::scientific;
-  const auto written = places < 0 ? std::to_chars(buffer.data(), end, value, format)
-                                  : std::to_chars(buffer.data(), end, value, format, std::min(places, kMostPlaces));
+  const auto written =
+      places < 0 ? std::to_chars(buffer.data(), end, value, format)
+                 : std::to_chars(buffer.data(), end, value, format, std::min(places, kMostPlaces));
   return std::string(buffer.data(), written.ptr);
 }
 
-// Missing leading digits, behind the sign where they are zeros and before it where they are anything else.
+// Missing leading digits, behind the sign where they are zeros and before it where they are
+// anything else.
 void Pad(std::string& text, LONG digits, CHAR fill) {
   const std::size_t sign = text.starts_with('-') ? 1 : 0;
-  const std::size_t whole = std::min(text.find_first_not_of("0123456789", sign), text.size()) - sign;
+  const std::size_t whole =
+      std::min(text.find_first_not_of("0123456789", sign), text.size()) - sign;
   const auto wanted = static_cast<std::size_t>(std::clamp(digits, 0, kMostPlaces));
   if (fill != '\0' && whole < wanted) text.insert(fill == '0' ? sign : 0, wanted - whole, fill);
 }
@@ -78,14 +85,17 @@ LONG String::ToLong() const {
   LONG value = 0;
   const auto read = std::from_chars(number.data(), number.data() + number.size(), value);
   if (read.ec != std::errc::result_out_of_range) return value;
-  return number.starts_with('-') ? std::numeric_limits<LONG>::min() : std::numeric_limits<LONG>::max();
+  return number.starts_with('-') ? std::numeric_limits<LONG>::min()
+                                 : std::numeric_limits<LONG>::max();
 }
 
 Real String::ToReal() const {
   const std::string_view number = NumberPart(View());
   Real value = 0;
   const auto read = std::from_chars(number.data(), number.data() + number.size(), value);
-  return read.ec == std::errc::result_out_of_range ? OutOfRange(number.substr(0, read.ptr - number.data())) : value;
+  return read.ec == std::errc::result_out_of_range
+             ? OutOfRange(number.substr(0, read.ptr - number.data()))
+             : value;
 }
 
 }  // namespace host

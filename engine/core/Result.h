@@ -1,5 +1,6 @@
-// Status and Result: how engine functions report failure. A Status is empty on success or carries a message
-// for a person, saying what is wrong and what to do. A Result is a value or such a message. Any thread.
+// Status and Result: how engine functions report failure. A Status is empty on success or carries a
+// message for a person, saying what is wrong and what to do. A Result is a value or such a message.
+// Any thread.
 #pragma once
 
 #include <optional>

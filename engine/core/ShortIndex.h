@@ -1,6 +1,6 @@
-// ShortIndex: finds keys in an array of entries that has an index behind it, two bytes for each entry there is room for.
-// Open addressing; a place holds a position counted from 1, or 0 where it is free. Part of the body that holds the
-// array, under its laws.
+// ShortIndex: finds keys in an array of entries that has an index behind it, two bytes for each
+// entry there is room for. Open addressing; a place holds a position counted from 1, or 0 where it
+// is free. Part of the body that holds the array, under its laws.
 #pragma once
 
 #include <bit>
@@ -13,13 +13,16 @@ namespace engine {
 // Room, a power of two, from which on there is an index; and of most entries that it can find.
 inline constexpr std::uint32_t kIndexedEntries = 16;
 
-inline std::size_t IndexBytes(std::uint32_t capacity) { return capacity < kIndexedEntries ? 0 : 2 * std::size_t{capacity}; }
+inline std::size_t IndexBytes(std::uint32_t capacity) {
+  return capacity < kIndexedEntries ? 0 : 2 * std::size_t{capacity};
+}
 
 inline const std::uint8_t* IndexOf(const Entry* entries, std::uint32_t capacity) {
   return static_cast<const std::uint8_t*>(static_cast<const void*>(entries + capacity));
 }
 
-// Where the search for a key begins, by Fibonacci hashing: the upper bits of the product, as many as count the places.
+// Where the search for a key begins, by Fibonacci hashing: the upper bits of the product, as many
+// as count the places.
 inline std::uint32_t FirstPlace(std::uint32_t capacity, host::LONG key) {
   constexpr std::uint32_t kGoldenRatio = 0x9E3779B1;
   return (static_cast<std::uint32_t>(key) * kGoldenRatio) >> std::countl_zero(capacity);

@@ -1,6 +1,6 @@
-// SmallBlocks: the memory of container bodies of the smallest size, kept for the next one. A recording builds and
-// drops one such body for every object of a scene. Each thread keeps a few of its own, without locks; a block
-// may be given back on another thread than it was taken on.
+// SmallBlocks: the memory of container bodies of the smallest size, kept for the next one. A
+// recording builds and drops one such body for every object of a scene. Each thread keeps a few of
+// its own, without locks; a block may be given back on another thread than it was taken on.
 #pragma once
 
 #include <cstddef>

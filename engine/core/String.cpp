@@ -45,7 +45,9 @@ TextBlock* TextBlock::Append(TextBlock* block, std::string_view bytes) {
   const std::size_t size = before.size() + bytes.size();
   TextBlock* target = block;
   if (!block || !block->owners.Unique() || block->capacity < size) {
-    target = WithCapacity(before.empty() ? size : std::min<std::size_t>(std::max(size, 2 * before.size()), INT32_MAX));
+    target = WithCapacity(
+        before.empty() ? size
+                       : std::min<std::size_t>(std::max(size, 2 * before.size()), INT32_MAX));
     std::copy(before.begin(), before.end(), target->Bytes());
   }
   // The appended bytes may be those of `block` itself, so it goes only afterwards.
@@ -71,7 +73,9 @@ std::size_t OffsetOf(const TextBlock* block, std::int64_t index) {
   if (!block || index <= 0) return 0;
   if (index >= block->CountCharacters()) return block->size;
   const auto at = static_cast<std::size_t>(index);
-  return block->CountCharacters() == static_cast<std::int64_t>(block->size) ? at : ByteOffset(TextBlock::View(block), at);
+  return block->CountCharacters() == static_cast<std::int64_t>(block->size)
+             ? at
+             : ByteOffset(TextBlock::View(block), at);
 }
 
 // Walks a text by characters and knows the index of the character it stands at.
@@ -89,9 +93,11 @@ struct CharacterWalk {
     at += CharacterBytes(text, at);
     ++index;
   }
-  // Goes to the next place, from here on, where whole characters spell `wanted`; false when there is none.
+  // Goes to the next place, from here on, where whole characters spell `wanted`; false when there
+  // is none.
   bool Find(std::string_view wanted) {
-    for (std::size_t hit = text.find(wanted, at); hit != std::string_view::npos; hit = text.find(wanted, at)) {
+    for (std::size_t hit = text.find(wanted, at); hit != std::string_view::npos;
+         hit = text.find(wanted, at)) {
       if (!Reach(hit)) continue;
       CharacterWalk end = *this;
       if (end.Reach(hit + wanted.size())) return true;
@@ -134,7 +140,9 @@ LONG String::Compare(const String& other) const {
   return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
-Bool String::operator==(const String& other) const { return text_ == other.text_ || View() == other.View(); }
+Bool String::operator==(const String& other) const {
+  return text_ == other.text_ || View() == other.View();
+}
 
 void String::Insert(LONG pos, const String& text) {
   if (!text.Content()) return;

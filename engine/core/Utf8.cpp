@@ -4,7 +4,9 @@ namespace engine {
 
 namespace {
 
-bool IsBetween(unsigned char byte, unsigned low, unsigned high) { return byte >= low && byte <= high; }
+bool IsBetween(unsigned char byte, unsigned low, unsigned high) {
+  return byte >= low && byte <= high;
+}
 
 struct Sequence {
   std::size_t bytes;

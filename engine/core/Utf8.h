@@ -1,5 +1,6 @@
 // Stepping through UTF-8 by characters (RFC 3629). A byte that starts no well-formed sequence is a
-// character by itself, so that every text has a length and keeps its bytes. Pure functions, any thread.
+// character by itself, so that every text has a length and keeps its bytes. Pure functions, any
+// thread.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +14,8 @@ std::size_t CharacterBytes(std::string_view text, std::size_t at);
 // Number of characters.
 std::size_t CountCharacters(std::string_view text);
 
-// Byte offset at which character `index` (0-based) starts; the size of the text where there are fewer.
+// Byte offset at which character `index` (0-based) starts; the size of the text where there are
+// fewer.
 std::size_t ByteOffset(std::string_view text, std::size_t index);
 
 }  // namespace engine

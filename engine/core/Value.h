@@ -1,5 +1,6 @@
-// Values as containers store them: a type number and 64 bits, which hold a number, a link, or the address of
-// a counted block. A value here owns nothing by itself: whoever stores the bits retains and releases them.
+// Values as containers store them: a type number and 64 bits, which hold a number, a link, or the
+// address of a counted block. A value here owns nothing by itself: whoever stores the bits retains
+// and releases them.
 #pragma once
 
 #include <bit>
@@ -28,17 +29,21 @@ template <class T>
 std::uint64_t BitsOf(T* block) {
   return std::bit_cast<std::uint64_t>(block);
 }
-inline std::uint64_t BitsOf(host::LONG number) { return std::bit_cast<std::uint64_t>(static_cast<std::int64_t>(number)); }
+inline std::uint64_t BitsOf(host::LONG number) {
+  return std::bit_cast<std::uint64_t>(static_cast<std::int64_t>(number));
+}
 inline std::uint64_t BitsOf(host::Real number) { return std::bit_cast<std::uint64_t>(number); }
 
-// Not by std::bit_cast, behind which the static analysis takes the whole block for uninitialised.
+// Not by std::bit_cast, behind which the static analysis takes the whole block for uninitialized.
 template <class T>
 T* BlockOf(std::uint64_t bits) {
   return reinterpret_cast<T*>(bits);
 }
 
 // True for the types whose bits are the address of a counted block: time, vector, texts, container.
-inline bool IsShared(host::LONG type) { return type >= host::DA_TIME && type <= host::DA_CONTAINER; }
+inline bool IsShared(host::LONG type) {
+  return type >= host::DA_TIME && type <= host::DA_CONTAINER;
+}
 
 void RetainShared(Value value);
 void ReleaseShared(Value value);

@@ -9,8 +9,8 @@ Gadget* DialogBody::Find(host::LONG id) const {
   return it == gadgets.end() ? nullptr : it->second;
 }
 
-Gadget* DialogBody::Add(GadgetKind kind, host::LONG id, host::LONG flags, host::LONG width, host::LONG height,
-                        const host::String& text) {
+Gadget* DialogBody::Add(GadgetKind kind, host::LONG id, host::LONG flags, host::LONG width,
+                        host::LONG height, const host::String& text) {
   if (id != 0 && gadgets.count(id)) return nullptr;
   Gadget& group = openGroups.empty() ? root : *openGroups.back();
   group.children.push_back(std::make_unique<Gadget>());
@@ -85,7 +85,9 @@ void TellChanged(host::GeDialog& dialog, const Gadget* gadget) {
   ForEachObserver([&](DialogObserver& observer) { observer.DialogChanged(dialog, gadget); });
 }
 
-void AddDialogObserver(DialogObserver& observer) { DialogWorld::Get().observers.push_back(&observer); }
+void AddDialogObserver(DialogObserver& observer) {
+  DialogWorld::Get().observers.push_back(&observer);
+}
 
 void RemoveDialogObserver(DialogObserver& observer) {
   auto& observers = DialogWorld::Get().observers;
@@ -96,8 +98,12 @@ std::vector<host::GeDialog*> OpenDialogs() { return DialogWorld::Get().open; }
 host::LONG DialogPluginId(const host::GeDialog& dialog) { return DialogBody::Of(dialog).pluginId; }
 host::String DialogTitle(const host::GeDialog& dialog) { return DialogBody::Of(dialog).title; }
 const Gadget& DialogRoot(const host::GeDialog& dialog) { return DialogBody::Of(dialog).root; }
-const std::vector<MenuEntry>& DialogMenus(const host::GeDialog& dialog) { return DialogBody::Of(dialog).menus; }
-const Gadget* FindGadget(const host::GeDialog& dialog, host::LONG id) { return DialogBody::Of(dialog).Find(id); }
+const std::vector<MenuEntry>& DialogMenus(const host::GeDialog& dialog) {
+  return DialogBody::Of(dialog).menus;
+}
+const Gadget* FindGadget(const host::GeDialog& dialog, host::LONG id) {
+  return DialogBody::Of(dialog).Find(id);
+}
 
 const MenuEntry* FindMenuEntry(const host::GeDialog& dialog, host::LONG id) {
   return FindEntry(DialogBody::Of(dialog).menus, id);

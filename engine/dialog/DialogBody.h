@@ -1,5 +1,5 @@
-// DialogBody: what a GeDialog holds inside, and DialogWorld: what all dialogs of the process share (which are alive, which are
-// open, who watches). Each GeDialog owns its body. Main thread.
+// DialogBody: what a GeDialog holds inside, and DialogWorld: what all dialogs of the process share
+// (which are alive, which are open, who watches). Each GeDialog owns its body. Main thread.
 #pragma once
 
 #include <unordered_set>
@@ -13,7 +13,8 @@ struct DialogBody {
   std::vector<Gadget*> openGroups;  // innermost last; the root is not among them
   std::unordered_map<host::LONG, Gadget*> gadgets;
   std::unordered_map<host::LONG, std::unique_ptr<host::BitmapButtonCustomGui>> bitmapButtons;
-  std::unordered_map<host::LONG, std::vector<host::String>> namesToSelect;  // of the rows that were removed, by list
+  // Of the rows that were removed, by list
+  std::unordered_map<host::LONG, std::vector<host::String>> namesToSelect;
   std::vector<MenuEntry> menus;
   std::vector<std::size_t> menuPath;  // of the sub-menu being built: index at each level
   host::String title;
@@ -31,7 +32,8 @@ struct DialogBody {
 
   Gadget* Find(host::LONG id) const;
   // Appends a gadget to the open group. Null when `id` is taken; ID 0 is no ID and never taken.
-  Gadget* Add(GadgetKind kind, host::LONG id, host::LONG flags, host::LONG width, host::LONG height, const host::String& text);
+  Gadget* Add(GadgetKind kind, host::LONG id, host::LONG flags, host::LONG width, host::LONG height,
+              const host::String& text);
   // A bitmap button gadget with the object that the plug-in works on.
   host::BitmapButtonCustomGui* AddBitmapButton(host::GeDialog& dialog, Gadget& gadget);
   // The entries of the sub-menu being built, or of the menu bar.
@@ -52,7 +54,8 @@ struct DialogWorld {
 
 // The body of a dialog that may be gone already: then null.
 DialogBody* BodyIfAlive(host::GeDialog* dialog);
-// The entry with that ID among `entries` and below, or null. `Entries` is a vector of menu entries, const or not.
+// The entry with that ID among `entries` and below, or null. `Entries` is a vector of menu entries,
+// const or not.
 template <class Entries>
 auto FindEntry(Entries& entries, host::LONG id) -> decltype(entries.data()) {
   for (auto& entry : entries) {

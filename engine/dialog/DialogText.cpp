@@ -22,22 +22,28 @@ std::string TextOf(const host::String& text) { return Printable(text.View()); }
 
 std::size_t Rounded(host::LONG pixels, host::LONG unit) {
   return pixels <= 0 ? 0
-                     : static_cast<std::size_t>(std::min<host::LONG>(pixels, 400) + unit / 2) / static_cast<std::size_t>(unit);
+                     : static_cast<std::size_t>(std::min<host::LONG>(pixels, 400) + unit / 2) /
+                           static_cast<std::size_t>(unit);
 }
 
 // One blank line sets groups apart; more would only make the dialog long.
-std::size_t BlankLines(host::LONG pixels) { return std::min<std::size_t>(1, Rounded(pixels, kLinePixels)); }
+std::size_t BlankLines(host::LONG pixels) {
+  return std::min<std::size_t>(1, Rounded(pixels, kLinePixels));
+}
 
 // The width of a gadget in columns as its layout asks for, 0 where it does not.
 std::size_t AskedColumns(const Gadget& gadget) {
-  const host::LONG columns = gadget.width >= host::SizeChr(1) ? gadget.width >> 16 : gadget.width / kColumnPixels;
+  const host::LONG columns =
+      gadget.width >= host::SizeChr(1) ? gadget.width >> 16 : gadget.width / kColumnPixels;
   return columns <= 0 ? 0 : static_cast<std::size_t>(columns);
 }
 
 std::string NumberText(const Gadget& field) {
   const host::Real value = field.value.GetReal();
-  const bool whole = field.format == host::FORMAT_LONG && value > -2147483648.0 && value < 2147483648.0;
-  return TextOf(whole ? host::LongToString(static_cast<host::LONG>(value)) : host::RealToString(value));
+  const bool whole =
+      field.format == host::FORMAT_LONG && value > -2147483648.0 && value < 2147483648.0;
+  return TextOf(whole ? host::LongToString(static_cast<host::LONG>(value))
+                      : host::RealToString(value));
 }
 
 std::string ChoiceText(const Gadget& combo) {
@@ -66,7 +72,8 @@ std::string CellText(const Row& row, const Column& column) {
 TextArea ListBlock(const Gadget& list, std::size_t widestCell) {
   std::vector<TextArea> cells;
   for (std::size_t line = 0; line < list.listRows.size(); ++line) {
-    cells.push_back(TextArea::Of(list.selection.IsSelected(static_cast<host::LONG>(line)) ? "▸" : " "));
+    cells.push_back(
+        TextArea::Of(list.selection.IsSelected(static_cast<host::LONG>(line)) ? "▸" : " "));
     for (const Column& column : list.listColumns) {
       cells.push_back(TextArea::Of(Shortened(CellText(list.listRows[line], column), widestCell)));
     }
@@ -84,7 +91,8 @@ TextArea ListGadgetBlock(const Gadget& list) {
 
 TextArea ImageBlock(const Gadget& button) {
   const std::size_t width = std::clamp<std::size_t>(AskedColumns(button) / 2, 12, 24);
-  const std::string name = button.image.Content() ? TextOf(button.image.GetFileString()) : "(no picture)";
+  const std::string name =
+      button.image.Content() ? TextOf(button.image.GetFileString()) : "(no picture)";
   const std::string label = Shortened(name, width);
   TextArea picture;
   picture.lines.assign(kLowestList, std::string());
@@ -109,7 +117,9 @@ TextArea LeafBlock(const Gadget& gadget) {
     case GadgetKind::NumberField:
       return TextArea::Of("[" + blank + PadRight(NumberText(gadget), 6) + "↕]");
     case GadgetKind::ComboBox:
-      return TextArea::Of("[" + blank + PadRight(ChoiceText(gadget), std::min(AskedColumns(gadget), kWidestField)) + " ▾]");
+      return TextArea::Of(
+          "[" + blank + PadRight(ChoiceText(gadget), std::min(AskedColumns(gadget), kWidestField)) +
+          " ▾]");
     case GadgetKind::Separator:
       return TextArea::Of("│");
     case GadgetKind::ListView:
@@ -125,8 +135,10 @@ TextArea LeafBlock(const Gadget& gadget) {
 // 0 columns: as many as its rows need.
 std::size_t ColumnsOf(const Gadget& group) {
   if (group.columns > 0) return static_cast<std::size_t>(group.columns);
-  const std::size_t rows = group.rows > 0 ? static_cast<std::size_t>(group.rows) : group.children.size();
-  return std::max<std::size_t>(1, (group.children.size() + rows - 1) / std::max<std::size_t>(1, rows));
+  const std::size_t rows =
+      group.rows > 0 ? static_cast<std::size_t>(group.rows) : group.children.size();
+  return std::max<std::size_t>(1,
+                               (group.children.size() + rows - 1) / std::max<std::size_t>(1, rows));
 }
 
 // Groups lie as deep as a plug-in nests its calls, so this may call itself.
@@ -136,7 +148,8 @@ TextArea GadgetBlock(const Gadget& gadget) {
   for (const auto& child : gadget.children) blocks.push_back(GadgetBlock(*child));
   const std::size_t columns = std::min(ColumnsOf(gadget), std::max<std::size_t>(1, blocks.size()));
   TextArea block =
-      InGrid(blocks, columns, std::max<std::size_t>(2, Rounded(gadget.spaceX, kColumnPixels)), BlankLines(gadget.spaceY));
+      InGrid(blocks, columns, std::max<std::size_t>(2, Rounded(gadget.spaceX, kColumnPixels)),
+             BlankLines(gadget.spaceY));
   if (gadget.text.Content()) block = Framed(block, TextOf(gadget.text));
   return Surrounded(block, Rounded(gadget.borderLeft, kColumnPixels), BlankLines(gadget.borderTop),
                     Rounded(gadget.borderRight, kColumnPixels), BlankLines(gadget.borderBottom));
@@ -145,7 +158,8 @@ TextArea GadgetBlock(const Gadget& gadget) {
 // --- Menus.
 
 std::string EntryText(const MenuEntry& entry) {
-  const std::string text = (entry.enabled ? "" : "·") + TextOf(entry.text) + (entry.enabled ? "" : "·");
+  const std::string text =
+      (entry.enabled ? "" : "·") + TextOf(entry.text) + (entry.enabled ? "" : "·");
   return (entry.checked ? "✓ " : "  ") + text;
 }
 

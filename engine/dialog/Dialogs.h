@@ -1,6 +1,6 @@
-// Dialogs as data: the gadget tree, list rows and menus behind a GeDialog, and the events that a click, a key or a
-// command-line verb turns into. No toolkit here: the desktop draws this tree, the command line presses it. The tree is
-// owned by its GeDialog. Main thread.
+// Dialogs as data: the gadget tree, list rows and menus behind a GeDialog, and the events that a
+// click, a key or a command-line verb turns into. No toolkit here: the desktop draws this tree, the
+// command line presses it. The tree is owned by its GeDialog. Main thread.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,18 @@
 
 namespace engine {
 
-enum class GadgetKind { Group, Button, Checkbox, StaticText, EditText, NumberField, ComboBox, Separator, ListView, BitmapButton };
+enum class GadgetKind {
+  Group,
+  Button,
+  Checkbox,
+  StaticText,
+  EditText,
+  NumberField,
+  ComboBox,
+  Separator,
+  ListView,
+  BitmapButton
+};
 
 // One entry of a combo box.
 struct Choice {
@@ -80,8 +91,9 @@ struct MenuEntry {
   std::vector<MenuEntry> children;
 };
 
-// Hears what changes in dialogs; the desktop's view is one. `gadget` is null when the title, the menus or the whole layout
-// changed; a list tells once per DataChanged. Nothing is told while a dialog builds or fills itself for opening.
+// Hears what changes in dialogs; the desktop's view is one. `gadget` is null when the title, the
+// menus or the whole layout changed; a list tells once per DataChanged. Nothing is told while a
+// dialog builds or fills itself for opening.
 class DialogObserver {
  public:
   virtual ~DialogObserver() = default;
@@ -105,9 +117,10 @@ const std::vector<MenuEntry>& DialogMenus(const host::GeDialog& dialog);
 const Gadget* FindGadget(const host::GeDialog& dialog, host::LONG id);
 const MenuEntry* FindMenuEntry(const host::GeDialog& dialog, host::LONG id);
 
-// --- Events: each changes the gadget's own value first, as a real toolkit does, then sends one Command whose message
-// holds the gadget's ID under BFM_ACTION_ID. They answer what Command answered; false, sending nothing, for an unknown,
-// disabled or unfitting gadget or a closed dialog.
+// --- Events: each changes the gadget's own value first, as a real toolkit does, then sends one
+// Command whose message holds the gadget's ID under BFM_ACTION_ID. They answer what Command
+// answered; false, sending nothing, for an unknown, disabled or unfitting gadget or a closed
+// dialog.
 bool PressButton(host::GeDialog& dialog, host::LONG id);
 bool ChooseMenu(host::GeDialog& dialog, host::LONG id);
 bool SetCheckbox(host::GeDialog& dialog, host::LONG id, bool checked);
@@ -116,19 +129,22 @@ bool TypeNumber(host::GeDialog& dialog, host::LONG id, host::Real number);
 bool ChooseFromCombo(host::GeDialog& dialog, host::LONG id, host::LONG choice);
 // Rows by line number (0-based, display order). Selecting replaces the selection.
 bool SelectLines(host::GeDialog& dialog, host::LONG list, const std::vector<host::LONG>& lines);
-// Flips the check box in column `column` of one row; the row's value changes, then the event is sent.
+// Flips the check box in column `column` of one row; the row's value changes, then the event is
+// sent.
 bool ToggleLine(host::GeDialog& dialog, host::LONG list, host::LONG line, host::LONG column);
 // Sends a core message to every open dialog.
 void SendCoreMessage(host::LONG id, const host::BaseContainer& message);
 // True while a Command, CoreMessage or other plug-in call of any dialog is running.
 bool InsideDialogCall();
 
-// The dialog as text, as a person would see it: groups, fields with their values, the list with columns lined up, the menus.
-// The selected lines of a list begin with an arrow; a gadget that is switched off stands between dots instead of blanks.
-// Control characters and broken UTF-8 show as replacement characters, so that a text cannot disturb a terminal.
+// The dialog as text, as a person would see it: groups, fields with their values, the list with
+// columns lined up, the menus. The selected lines of a list begin with an arrow; a gadget that is
+// switched off stands between dots instead of blanks. Control characters and broken UTF-8 show as
+// replacement characters, so that a text cannot disturb a terminal.
 std::string DialogAsText(const host::GeDialog& dialog);
-// Only list `id`: one line per row, check boxes as [x], columns lined up, cells cut at `widestCell` columns. Empty when there is
-// no such list.
-std::string ListAsText(const host::GeDialog& dialog, host::LONG id, std::size_t widestCell = std::string::npos);
+// Only list `id`: one line per row, check boxes as [x], columns lined up, cells cut at `widestCell`
+// columns. Empty when there is no such list.
+std::string ListAsText(const host::GeDialog& dialog, host::LONG id,
+                       std::size_t widestCell = std::string::npos);
 
 }  // namespace engine

@@ -30,16 +30,20 @@ bool ChangeAndSend(host::GeDialog& dialog, Gadget& gadget, const host::GeData& v
 }
 
 bool IsCheckboxColumn(const Gadget& list, host::LONG column) {
-  return std::any_of(list.listColumns.begin(), list.listColumns.end(),
-                     [&](const Column& c) { return c.id == column && c.kind == host::LV_COLUMN_CHECKBOX; });
+  return std::any_of(list.listColumns.begin(), list.listColumns.end(), [&](const Column& c) {
+    return c.id == column && c.kind == host::LV_COLUMN_CHECKBOX;
+  });
 }
 
-bool IsLine(const Gadget& list, host::LONG line) { return line >= 0 && static_cast<std::size_t>(line) < list.listRows.size(); }
+bool IsLine(const Gadget& list, host::LONG line) {
+  return line >= 0 && static_cast<std::size_t>(line) < list.listRows.size();
+}
 
 }  // namespace
 
 bool PressButton(host::GeDialog& dialog, host::LONG id) {
-  const bool usable = Usable(dialog, id, GadgetKind::Button) || Usable(dialog, id, GadgetKind::BitmapButton);
+  const bool usable =
+      Usable(dialog, id, GadgetKind::Button) || Usable(dialog, id, GadgetKind::BitmapButton);
   return usable && SendCommand(dialog, id);
 }
 
@@ -60,20 +64,23 @@ bool TypeText(host::GeDialog& dialog, host::LONG id, const host::String& text) {
 
 bool TypeNumber(host::GeDialog& dialog, host::LONG id, host::Real number) {
   Gadget* field = Usable(dialog, id, GadgetKind::NumberField);
-  return field && !std::isnan(number) && ChangeAndSend(dialog, *field, host::GeData(ClampToRange(*field, number)));
+  return field && !std::isnan(number) &&
+         ChangeAndSend(dialog, *field, host::GeData(ClampToRange(*field, number)));
 }
 
 bool ChooseFromCombo(host::GeDialog& dialog, host::LONG id, host::LONG choice) {
   Gadget* combo = Usable(dialog, id, GadgetKind::ComboBox);
   if (!combo) return false;
-  const bool known =
-      std::any_of(combo->choices.begin(), combo->choices.end(), [choice](const Choice& c) { return c.id == choice; });
+  const bool known = std::any_of(combo->choices.begin(), combo->choices.end(),
+                                 [choice](const Choice& c) { return c.id == choice; });
   return known && ChangeAndSend(dialog, *combo, host::GeData(choice));
 }
 
 bool SelectLines(host::GeDialog& dialog, host::LONG list, const std::vector<host::LONG>& lines) {
   Gadget* gadget = Usable(dialog, list, GadgetKind::ListView);
-  if (!gadget || !std::all_of(lines.begin(), lines.end(), [&](host::LONG line) { return IsLine(*gadget, line); })) return false;
+  if (!gadget || !std::all_of(lines.begin(), lines.end(),
+                              [&](host::LONG line) { return IsLine(*gadget, line); }))
+    return false;
   DialogBody::Of(dialog).namesToSelect.erase(list);
   gadget->selection.DeselectAll();
   for (const host::LONG line : lines) gadget->selection.Select(line);

@@ -38,7 +38,9 @@ Bool BuildAndFill(GeDialog& dialog) {
 
 }  // namespace
 
-GeDialog::GeDialog() : body_(std::make_unique<DialogBody>()) { DialogWorld::Get().alive.insert(this); }
+GeDialog::GeDialog() : body_(std::make_unique<DialogBody>()) {
+  DialogWorld::Get().alive.insert(this);
+}
 
 GeDialog::~GeDialog() {
   if (body_->open) TakeOffScreen(*this);
@@ -72,7 +74,9 @@ Bool GeDialog::Open(LONG type, LONG pluginid, LONG, LONG, LONG, LONG, LONG subid
   return TRUE;
 }
 
-Bool GeDialog::RestoreLayout(LONG pluginid, LONG subid, void*) { return Open(DLG_TYPE_ASYNC, pluginid, -1, -1, 0, 0, subid); }
+Bool GeDialog::RestoreLayout(LONG pluginid, LONG subid, void*) {
+  return Open(DLG_TYPE_ASYNC, pluginid, -1, -1, 0, 0, subid);
+}
 
 Bool GeDialog::Close() {
   if (!body_->open) return FALSE;

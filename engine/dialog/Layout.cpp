@@ -11,13 +11,16 @@ using engine::GadgetKind;
 
 namespace {
 
-Gadget* AddGadget(GeDialog& dialog, GadgetKind kind, LONG id, LONG flags, LONG width, LONG height, const String& text) {
+Gadget* AddGadget(GeDialog& dialog, GadgetKind kind, LONG id, LONG flags, LONG width, LONG height,
+                  const String& text) {
   Gadget* gadget = DialogBody::Of(dialog).Add(kind, id, flags, width, height, text);
   if (gadget) engine::TellChanged(dialog, nullptr);
   return gadget;
 }
 
-Gadget* InnermostGroup(DialogBody& body) { return body.openGroups.empty() ? nullptr : body.openGroups.back(); }
+Gadget* InnermostGroup(DialogBody& body) {
+  return body.openGroups.empty() ? nullptr : body.openGroups.back();
+}
 
 }  // namespace
 
@@ -64,7 +67,8 @@ Bool GeDialog::AddCheckbox(LONG id, LONG flags, LONG width, LONG height, const S
   return box != nullptr;
 }
 
-Bool GeDialog::AddStaticText(LONG id, LONG flags, LONG width, LONG height, const String& text, LONG) {
+Bool GeDialog::AddStaticText(LONG id, LONG flags, LONG width, LONG height, const String& text,
+                             LONG) {
   return AddGadget(*this, GadgetKind::StaticText, id, flags, width, height, text) != nullptr;
 }
 
@@ -110,8 +114,8 @@ Bool GeDialog::AddListView(LONG id, LONG flags, LONG width, LONG height) {
   return AddGadget(*this, GadgetKind::ListView, id, flags, width, height, String()) != nullptr;
 }
 
-BaseCustomGui* GeDialog::AddCustomGui(LONG id, LONG type, const String& name, LONG flags, LONG width, LONG height,
-                                      const BaseContainer& settings) {
+BaseCustomGui* GeDialog::AddCustomGui(LONG id, LONG type, const String& name, LONG flags,
+                                      LONG width, LONG height, const BaseContainer& settings) {
   if (type != CUSTOMGUI_BITMAPBUTTON || id == 0) return nullptr;
   Gadget* gadget = AddGadget(*this, GadgetKind::BitmapButton, id, flags, width, height, name);
   if (!gadget) return nullptr;
@@ -121,7 +125,8 @@ BaseCustomGui* GeDialog::AddCustomGui(LONG id, LONG type, const String& name, LO
 
 BaseCustomGui* GeDialog::FindCustomGui(LONG id, LONG type) {
   const auto it = body_->bitmapButtons.find(id);
-  return type == CUSTOMGUI_BITMAPBUTTON && it != body_->bitmapButtons.end() ? it->second.get() : nullptr;
+  return type == CUSTOMGUI_BITMAPBUTTON && it != body_->bitmapButtons.end() ? it->second.get()
+                                                                            : nullptr;
 }
 
 LONG BaseCustomGui::GetId() const { return gadget_->id; }

@@ -19,7 +19,8 @@ Gadget* ListOf(GeDialog* dialog, LONG id) {
   return gadget && gadget->kind == GadgetKind::ListView ? gadget : nullptr;
 }
 
-// What a row is called: the text beside its check box, else its first text. Marks before the box say something about the row.
+// What a row is called: the text beside its check box, else its first text. Marks before the box
+// say something about the row.
 String NameOf(const Gadget& list, const Row& row) {
   const Column* name = nullptr;
   bool afterBox = false;
@@ -32,14 +33,16 @@ String NameOf(const Gadget& list, const Row& row) {
   return name ? row.values.GetString(name->id) : String();
 }
 
-// Remembers the selected rows by name, except one that goes for good (its line, or -1), and deselects them.
+// Remembers the selected rows by name, except one that goes for good (its line, or -1), and
+// deselects them.
 void RememberSelected(engine::DialogBody& body, Gadget& list, LONG goes) {
   LONG first = 0;
   LONG last = 0;
   std::vector<String>& names = body.namesToSelect[list.id];
   for (LONG segment = 0; list.selection.GetRange(segment, &first, &last); ++segment) {
     for (LONG line = first; line <= last; ++line) {
-      if (line != goes) names.push_back(NameOf(list, list.listRows[static_cast<std::size_t>(line)]));
+      if (line != goes)
+        names.push_back(NameOf(list, list.listRows[static_cast<std::size_t>(line)]));
     }
   }
   list.selection.DeselectAll();

@@ -1,5 +1,6 @@
-// TextArea: a rectangle of text for a terminal, and ways to put such rectangles together. Widths are counted in terminal
-// columns: a Chinese letter takes two, a combining mark none. Values; any thread.
+// TextArea: a rectangle of text for a terminal, and ways to put such rectangles together. Widths
+// are counted in terminal columns: a Chinese letter takes two, a combining mark none. Values; any
+// thread.
 #pragma once
 
 #include <string>
@@ -30,11 +31,14 @@ struct TextArea {
 };
 
 // Blanks around a block.
-TextArea Surrounded(const TextArea& block, std::size_t left, std::size_t top, std::size_t right, std::size_t bottom);
+TextArea Surrounded(const TextArea& block, std::size_t left, std::size_t top, std::size_t right,
+                    std::size_t bottom);
 // A thin frame with one blank left and right and, where it is not empty, a title in the upper line.
 TextArea Framed(const TextArea& block, const std::string& title);
-// Blocks row by row in `columns` columns, lined up, with `gapX` columns and `gapY` lines between them.
-TextArea InGrid(const std::vector<TextArea>& blocks, std::size_t columns, std::size_t gapX, std::size_t gapY);
+// Blocks row by row in `columns` columns, lined up, with `gapX` columns and `gapY` lines between
+// them.
+TextArea InGrid(const std::vector<TextArea>& blocks, std::size_t columns, std::size_t gapX,
+                std::size_t gapY);
 
 // The lines joined, each with a newline, blanks at line ends left out.
 std::string Joined(const TextArea& block);

@@ -26,7 +26,8 @@ Bool HoldsNumber(const Gadget* gadget) {
 }
 
 Bool HasChoice(const Gadget& combo, LONG id) {
-  return std::any_of(combo.choices.begin(), combo.choices.end(), [id](const Choice& choice) { return choice.id == id; });
+  return std::any_of(combo.choices.begin(), combo.choices.end(),
+                     [id](const Choice& choice) { return choice.id == id; });
 }
 
 String CurrentChoice(const Gadget& combo) {
@@ -56,7 +57,9 @@ Bool TakeNumber(Gadget& gadget, Real value) {
 }
 
 // The whole part of a number, within what a LONG can hold.
-LONG Truncated(Real value) { return static_cast<LONG>(std::clamp(value, -2147483648.0, 2147483647.0)); }
+LONG Truncated(Real value) {
+  return static_cast<LONG>(std::clamp(value, -2147483648.0, 2147483647.0));
+}
 
 }  // namespace
 

@@ -10,7 +10,9 @@ using host::Vector;
 
 // Adding zero turns -0 into 0.
 Vector Mirrored(double x, double y, double z) { return Vector(x, y, 0.0 - z); }
-Vector Times(const Vector& v, double factor) { return Vector(v.x * factor + 0.0, v.y * factor + 0.0, v.z * factor + 0.0); }
+Vector Times(const Vector& v, double factor) {
+  return Vector(v.x * factor + 0.0, v.y * factor + 0.0, v.z * factor + 0.0);
+}
 Vector Sum(const Vector& a, const Vector& b) { return Vector(a.x + b.x, a.y + b.y, a.z + b.z); }
 double Dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 double Length(const Vector& v) { return std::sqrt(Dot(v, v)); }
@@ -25,11 +27,15 @@ Vector Unit(const Vector& v) {
 Vector Turned(const Matrix& frame, const Vector& v) {
   return Sum(Sum(Times(frame.v1, v.x), Times(frame.v2, v.y)), Times(frame.v3, v.z));
 }
-bool IsFinite(const Vector& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
+bool IsFinite(const Vector& v) {
+  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
 
 }  // namespace
 
-Vector ConvertPlace(const aiVector3D& place, double scale) { return Times(Mirrored(place.x, place.y, place.z), scale); }
+Vector ConvertPlace(const aiVector3D& place, double scale) {
+  return Times(Mirrored(place.x, place.y, place.z), scale);
+}
 
 Matrix ConvertFrame(const aiMatrix4x4& frame, double scale) {
   Matrix result;
@@ -44,7 +50,8 @@ Matrix FrameLooking(const aiVector3D& look, const aiVector3D& up) {
   const Vector forward = Unit(Mirrored(look.x, look.y, look.z));
   if (!(Length(forward) > 0)) return {};
   Vector right = Cross(Mirrored(up.x, up.y, up.z), forward);
-  if (Length(right) < 1e-6) right = Cross(std::abs(forward.y) < 0.9 ? Vector(0, 1, 0) : Vector(0, 0, 1), forward);
+  if (Length(right) < 1e-6)
+    right = Cross(std::abs(forward.y) < 0.9 ? Vector(0, 1, 0) : Vector(0, 0, 1), forward);
   Matrix result;
   result.v3 = forward;
   result.v1 = Unit(right);
@@ -72,7 +79,8 @@ Matrix WithoutScale(const Matrix& frame) {
 double UniformScale(const aiMatrix4x4& frame) {
   const Matrix axes = ConvertFrame(frame, 1);
   const double length = Length(axes.v1);
-  const bool same = std::abs(Length(axes.v2) - length) <= 1e-3 * length && std::abs(Length(axes.v3) - length) <= 1e-3 * length;
+  const bool same = std::abs(Length(axes.v2) - length) <= 1e-3 * length &&
+                    std::abs(Length(axes.v3) - length) <= 1e-3 * length;
   return same && std::isfinite(length) ? length : 0;
 }
 

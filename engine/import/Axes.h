@@ -1,5 +1,6 @@
-// Axes: from the importers' right-handed frames (Y up, looking along -z) to the scene's left-handed ones. z is mirrored
-// and lengths are scaled: a frame M becomes S M S with S = diag(1, 1, -1), so that whole hierarchies keep their sense.
+// Axes: from the importers' right-handed frames (Y up, looking along -z) to the scene's left-handed
+// ones. z is mirrored and lengths are scaled: a frame M becomes S M S with S = diag(1, 1, -1), so
+// that whole hierarchies keep their sense.
 #pragma once
 
 #include <assimp/matrix4x4.h>
@@ -12,7 +13,8 @@ namespace engine {
 // A length or place in the file times `scale` (scene units per unit of the file).
 host::Vector ConvertPlace(const aiVector3D& place, double scale);
 host::Matrix ConvertFrame(const aiMatrix4x4& frame, double scale);
-// The frame whose z axis looks along `look` and whose y axis is as near to `up` as it can be; both in the file's axes.
+// The frame whose z axis looks along `look` and whose y axis is as near to `up` as it can be; both
+// in the file's axes.
 host::Matrix FrameLooking(const aiVector3D& look, const aiVector3D& up);
 
 // `outer` after `inner`: a place in inner's frame goes to outer's parent.

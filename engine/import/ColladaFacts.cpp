@@ -1,5 +1,6 @@
-// Parallel cameras of COLLADA files (COLLADA 1.4.1, "orthographic"): the library reads their magnification
-// as an angle. The file's text is searched for them; cameras are instanced in the order in which the library lists them.
+// Parallel cameras of COLLADA files (COLLADA 1.4.1, "orthographic"): the library reads their
+// magnification as an angle. The file's text is searched for them; cameras are instanced in the
+// order in which the library lists them.
 #include <cmath>
 #include <cstdlib>
 #include <string_view>
@@ -9,15 +10,22 @@
 namespace engine {
 namespace {
 
-// What stands between `open` and `close` from `position` on, which moves behind it; empty at the end.
-std::string_view NextBetween(std::string_view text, std::string_view open, std::string_view close, std::size_t& position) {
-  const std::size_t start = position < text.size() ? text.find(open, position) : std::string_view::npos;
-  const std::size_t end = start == std::string_view::npos ? start : text.find(close, start + open.size());
+// What stands between `open` and `close` from `position` on, which moves behind it; empty at the
+// end.
+std::string_view NextBetween(std::string_view text, std::string_view open, std::string_view close,
+                             std::size_t& position) {
+  const std::size_t start =
+      position < text.size() ? text.find(open, position) : std::string_view::npos;
+  const std::size_t end =
+      start == std::string_view::npos ? start : text.find(close, start + open.size());
   position = end == std::string_view::npos ? text.size() : end + close.size();
-  return end == std::string_view::npos ? std::string_view() : text.substr(start + open.size(), end - start - open.size());
+  return end == std::string_view::npos
+             ? std::string_view()
+             : text.substr(start + open.size(), end - start - open.size());
 }
 
-std::string_view FirstBetween(std::string_view text, std::string_view open, std::string_view close) {
+std::string_view FirstBetween(std::string_view text, std::string_view open,
+                              std::string_view close) {
   std::size_t position = 0;
   return NextBetween(text, open, close, position);
 }

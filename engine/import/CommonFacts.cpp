@@ -1,4 +1,5 @@
-// Facts that the library's own scene holds: cameras and lights by the names of their nodes, and the nodes' metadata.
+// Facts that the library's own scene holds: cameras and lights by the names of their nodes, and the
+// nodes' metadata.
 #include <strings.h>
 
 #include <algorithm>
@@ -25,15 +26,17 @@ NodesByName NodesOf(const aiScene& scene) {
   }
   // A camera or light sits on a node without a mesh first of all.
   for (auto& [name, nodes] : names) {
-    std::stable_partition(nodes.begin(), nodes.end(), [](const aiNode* node) { return node->mNumMeshes == 0; });
+    std::stable_partition(nodes.begin(), nodes.end(),
+                          [](const aiNode* node) { return node->mNumMeshes == 0; });
   }
   return names;
 }
 
-// The nodes of a name take turns: the first camera of that name sits on the first of them, and so on.
+// The nodes of a name take turns: the first camera of that name sits on the first of them, and so
+// on.
 template <class Assign>
-void AssignByName(const NodesByName& names, std::unordered_map<std::string, std::size_t>& taken, const char* name,
-                  Assign assign) {
+void AssignByName(const NodesByName& names, std::unordered_map<std::string, std::size_t>& taken,
+                  const char* name, Assign assign) {
   const auto found = names.find(name);
   if (found != names.end()) assign(found->second[taken[name]++ % found->second.size()]);
 }
@@ -65,10 +68,13 @@ LightKind KindOf(aiLightSourceType type) {
   }
 }
 
-bool IsDirected(LightKind kind) { return kind == LightKind::Sun || kind == LightKind::Spot || kind == LightKind::Area; }
+bool IsDirected(LightKind kind) {
+  return kind == LightKind::Sun || kind == LightKind::Spot || kind == LightKind::Area;
+}
 
 void SetAngles(const aiLight& light, SourceFormat format, SourceLight& result) {
-  // COLLADA gives one full angle and an exponent; what the library computes from that is wider than the cone.
+  // COLLADA gives one full angle and an exponent; what the library computes from that is wider than
+  // the cone.
   const bool one = format == SourceFormat::Collada;
   result.innerAngle = light.mAngleInnerCone;
   result.outerAngle = one ? light.mAngleInnerCone : light.mAngleOuterCone;
@@ -91,7 +97,8 @@ std::string MetadataText(const aiNode& node, const char* key) {
   const aiMetadata* data = node.mMetaData;
   for (unsigned i = 0; data != nullptr && i < data->mNumProperties; ++i) {
     const bool same = ::strcasecmp(data->mKeys[i].C_Str(), key) == 0;
-    if (same && data->mValues[i].mType == AI_AISTRING) return static_cast<aiString*>(data->mValues[i].mData)->C_Str();
+    if (same && data->mValues[i].mType == AI_AISTRING)
+      return static_cast<aiString*>(data->mValues[i].mData)->C_Str();
   }
   return {};
 }
@@ -119,8 +126,8 @@ std::string ReadAll(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The JSON chunk of a binary glTF file (glTF 2.0, section 4.4): after the file's head of 12 bytes a length
-// of four bytes and a type of four.
+// The JSON chunk of a binary glTF file (glTF 2.0, section 4.4): after the file's head of 12 bytes a
+// length of four bytes and a type of four.
 std::string JsonChunk(const std::string& file) {
   std::size_t length = 0;
   for (std::size_t i = 0; i < 4 && file.size() >= 20; ++i) {
@@ -165,9 +172,10 @@ void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts
   }
 }
 
-// Candela and lux of a physical scene cannot be shown without an exposure: the brightest light of a kind becomes a plain
-// one and the others keep their proportion to it. Lights given in plain numbers stay as they are.
-void NormaliseLights(SourceFormat format, std::vector<SourceLight>& lights) {
+// Candela and lux of a physical scene cannot be shown without an exposure: the brightest light of a
+// kind becomes a plain one and the others keep their proportion to it. Lights given in plain
+// numbers stay as they are.
+void NormalizeLights(SourceFormat format, std::vector<SourceLight>& lights) {
   constexpr double kPlain = 4;  // numbers above that are physical ones
   for (SourceLight& light : lights) SplitBrightness(light);
   for (const bool suns : {false, true}) {
@@ -180,15 +188,20 @@ void NormaliseLights(SourceFormat format, std::vector<SourceLight>& lights) {
   }
 }
 
-SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path, Notes& notes) {
+SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path,
+                       Notes& notes) {
   SceneFacts facts;
   facts.unitsPerFileUnit = UnitsPerFileUnit(scene, format);
-  const std::string file = format == SourceFormat::Obj || format == SourceFormat::Fbx ? std::string() : ReadAll(path);
+  const std::string file =
+      format == SourceFormat::Obj || format == SourceFormat::Fbx ? std::string() : ReadAll(path);
   const bool isGltf = format == SourceFormat::Gltf || format == SourceFormat::Glb;
-  const bool known = isGltf && AddGltfFacts(scene, format == SourceFormat::Glb ? JsonChunk(file) : file, facts, notes);
+  const bool known =
+      isGltf &&
+      AddGltfFacts(scene, format == SourceFormat::Glb ? JsonChunk(file) : file, facts, notes);
   if (!known) AddCommonFacts(scene, format, facts);
-  if (format == SourceFormat::Collada && scene.mNumCameras > 0) MendColladaCameras(file, facts, notes);
-  NormaliseLights(format, facts.lights);
+  if (format == SourceFormat::Collada && scene.mNumCameras > 0)
+    MendColladaCameras(file, facts, notes);
+  NormalizeLights(format, facts.lights);
   return facts;
 }
 

@@ -37,7 +37,8 @@ void Lower(__rlimit_resource_t what, rlim_t soft, rlim_t hard) {
 
 void SetProcessLimits(const ImportLimits& limits) {
   if (kLimitsAddressSpace) Lower(RLIMIT_AS, limits.memoryBytes, limits.memoryBytes);
-  // The soft limit's signal can be told from others; the hard one kills a second later whatever happens.
+  // The soft limit's signal can be told from others; the hard one kills a second later whatever
+  // happens.
   Lower(RLIMIT_CPU, limits.seconds, limits.seconds + 1);
   Lower(RLIMIT_CORE, 0, 0);
   Lower(RLIMIT_NOFILE, kDescriptors, kDescriptors);
@@ -68,7 +69,8 @@ void Allow(int rules, const std::string& folder) {
 void AllowReadingOnly(const std::vector<std::string>& folders) {
   landlock_ruleset_attr attributes{};
   attributes.handled_access_fs = kAllAccess;
-  const long rules = ::syscall(SYS_landlock_create_ruleset, &attributes, sizeof(attributes.handled_access_fs), 0);
+  const long rules =
+      ::syscall(SYS_landlock_create_ruleset, &attributes, sizeof(attributes.handled_access_fs), 0);
   if (rules < 0) return;
   for (const std::string& folder : folders) Allow(static_cast<int>(rules), folder);
   ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);

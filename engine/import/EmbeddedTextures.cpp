@@ -27,7 +27,8 @@ void RenameInShaders(host::BaseDocument& doc, const std::string& name, const std
 }
 
 // Writes one file under its name or the next free one, which is the result.
-Result<std::string> WriteOne(const host::BaseDocument& doc, const EmbeddedFile& file, const std::string& folder) {
+Result<std::string> WriteOne(const host::BaseDocument& doc, const EmbeddedFile& file,
+                             const std::string& folder) {
   std::string name = file.name;
   for (unsigned number = 2; number < kMostNames; ++number) {
     const bool isOthers = name != file.name && FindEmbeddedFile(doc, name) != nullptr;
@@ -39,7 +40,8 @@ Result<std::string> WriteOne(const host::BaseDocument& doc, const EmbeddedFile& 
     }
     name = NumberedFileName(SafeFileName(file.name), number);
   }
-  return Result<std::string>::Failure("There is no free name for \"" + file.name + "\" in \"" + folder + "\".");
+  return Result<std::string>::Failure("There is no free name for \"" + file.name + "\" in \"" +
+                                      folder + "\".");
 }
 
 }  // namespace

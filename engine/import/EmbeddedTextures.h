@@ -1,4 +1,5 @@
-// EmbeddedTextures: puts the files that came inside an imported scene on the disk when the scene is saved. Main thread.
+// EmbeddedTextures: puts the files that came inside an imported scene on the disk when the scene is
+// saved. Main thread.
 #pragma once
 
 #include <string>
@@ -8,10 +9,11 @@
 
 namespace engine {
 
-// Writes the document's embedded files into the folder "tex" below `folder` (an existing one), where bare texture names are
-// looked for. A file that is there already with the same contents is left alone, one with other contents is never
-// replaced: the embedded file gets another name then, and the shaders that named it follow. Nothing happens for a document
-// without embedded files. On failure some files may have been written; the message names the one that failed.
+// Writes the document's embedded files into the folder "tex" below `folder` (an existing one),
+// where bare texture names are looked for. A file that is there already with the same contents is
+// left alone, one with other contents is never replaced: the embedded file gets another name then,
+// and the shaders that named it follow. Nothing happens for a document without embedded files. On
+// failure some files may have been written; the message names the one that failed.
 Status WriteEmbeddedTextures(host::BaseDocument& doc, const std::string& folder);
 
 }  // namespace engine

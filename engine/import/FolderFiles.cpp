@@ -13,7 +13,8 @@ namespace fs = std::filesystem;
 
 std::vector<std::string> FolderFiles::FoldersOf(const std::string& scene) {
   std::error_code error;
-  std::vector<std::string> folders{fs::weakly_canonical(fs::path(scene).parent_path(), error).string()};
+  std::vector<std::string> folders{
+      fs::weakly_canonical(fs::path(scene).parent_path(), error).string()};
   const std::string target = fs::weakly_canonical(scene, error).parent_path().string();
   if (target != folders.front()) folders.push_back(target);
   return folders;
@@ -29,7 +30,9 @@ bool FolderFiles::IsInside(const std::string& file) const {
   });
 }
 
-bool FolderFiles::Exists(const char* file) const { return IsInside(file) && Assimp::DefaultIOSystem::Exists(file); }
+bool FolderFiles::Exists(const char* file) const {
+  return IsInside(file) && Assimp::DefaultIOSystem::Exists(file);
+}
 
 Assimp::IOStream* FolderFiles::Open(const char* file, const char* mode) {
   const bool writes = std::strpbrk(mode, "wa+") != nullptr;

@@ -1,5 +1,6 @@
-// FolderFiles: the importer's view of the disk: it reads files below the scene's own folder (and, where the scene is a link,
-// below the folder of its target) and nothing else, so that a file cannot pull in what lies elsewhere.
+// FolderFiles: the importer's view of the disk: it reads files below the scene's own folder (and,
+// where the scene is a link, below the folder of its target) and nothing else, so that a file
+// cannot pull in what lies elsewhere.
 #pragma once
 
 #include <assimp/DefaultIOSystem.h>

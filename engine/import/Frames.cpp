@@ -13,13 +13,15 @@ constexpr std::string_view kKinds = "PNSFDTB";
 
 std::string Head(FrameKind kind, std::size_t length) {
   std::string head(1, static_cast<char>(kind));
-  for (int shift = 0; shift < 32; shift += 8) head.push_back(static_cast<char>((length >> shift) & 0xff));
+  for (int shift = 0; shift < 32; shift += 8)
+    head.push_back(static_cast<char>((length >> shift) & 0xff));
   return head;
 }
 
 std::size_t LengthAt(std::string_view head) {
   std::size_t length = 0;
-  for (std::size_t i = 0; i < 4; ++i) length |= static_cast<std::size_t>(static_cast<unsigned char>(head[1 + i])) << (8 * i);
+  for (std::size_t i = 0; i < 4; ++i)
+    length |= static_cast<std::size_t>(static_cast<unsigned char>(head[1 + i])) << (8 * i);
   return length;
 }
 

@@ -1,6 +1,6 @@
-// Frames: how a child of a program talks to its parent through a pipe: the one that imports and the one that shows states. A
-// frame is a kind (one byte), a length (four bytes, little end first) and that many bytes, at most kFrameLimit. Long contents are
-// sent in several frames. Any thread.
+// Frames: how a child of a program talks to its parent through a pipe: the one that imports and the
+// one that shows states. A frame is a kind (one byte), a length (four bytes, little end first) and
+// that many bytes, at most kFrameLimit. Long contents are sent in several frames. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -34,8 +34,8 @@ std::string AsFrames(FrameKind kind, std::string_view bytes);
 class FrameWriter {
  public:
   explicit FrameWriter(int descriptor) : descriptor_(descriptor) {}
-  // Contents longer than a frame go out as several of the same kind; empty ones as one empty frame. False, from then on
-  // too, when the other side is gone.
+  // Contents longer than a frame go out as several of the same kind; empty ones as one empty frame.
+  // False, from then on too, when the other side is gone.
   bool Write(FrameKind kind, std::string_view bytes);
 
  private:

@@ -1,6 +1,7 @@
-// What a glTF file says itself (glTF 2.0, sections 3.5 and 3.10, and the extensions KHR_lights_punctual,
-// KHR_node_visibility, KHR_materials_emissive_strength): the library knows one user of each camera and light only, gives
-// wrong angles, and drops scenes, visibility and emissive strength.
+// What a glTF file says itself (glTF 2.0, sections 3.5 and 3.10, and the extensions
+// KHR_lights_punctual, KHR_node_visibility, KHR_materials_emissive_strength): the library knows one
+// user of each camera and light only, gives wrong angles, and drops scenes, visibility and emissive
+// strength.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -69,7 +70,9 @@ SourceLight LightOf(const Json& light) {
   result.brightness = Number(light, "intensity", 1);
   result.range = Number(light, "range", 0);
   const Json& color = Member(light, "color");
-  const auto channel = [&](std::size_t i) { return At(color, i).is_number() ? At(color, i).get<double>() : 1.0; };
+  const auto channel = [&](std::size_t i) {
+    return At(color, i).is_number() ? At(color, i).get<double>() : 1.0;
+  };
   result.color = host::Vector(channel(0), channel(1), channel(2));
   // The file has half angles.
   const Json& spot = Member(light, "spot");
@@ -92,7 +95,9 @@ std::array<double, 2> Pair(const Json& value, const char* key, std::array<double
   return preset;
 }
 
-unsigned ChannelOf(double number) { return number > 0 && number < 64 ? static_cast<unsigned>(number) : 0; }
+unsigned ChannelOf(double number) {
+  return number > 0 && number < 64 ? static_cast<unsigned>(number) : 0;
+}
 
 // KHR_texture_transform: scaled, then turned anticlockwise, then moved.
 UvUse UvUseOf(const Json& texture) {
@@ -116,7 +121,8 @@ UvUse UvUseOfMaterial(const Json& material) {
 MaterialFacts MaterialOf(const Json& material) {
   MaterialFacts facts;
   const Json& extensions = Member(material, "extensions");
-  facts.emissiveStrength = Number(Member(extensions, "KHR_materials_emissive_strength"), "emissiveStrength", 1);
+  facts.emissiveStrength =
+      Number(Member(extensions, "KHR_materials_emissive_strength"), "emissiveStrength", 1);
   facts.uvs = UvUseOfMaterial(material);
   return facts;
 }
@@ -160,7 +166,8 @@ class NodeMatch {
     const Json* json;
   };
   void Add(const aiNode* node, const Json& index) {
-    if (index.is_number_unsigned()) pending_.push_back({node, &At(nodes_, index.get<std::size_t>())});
+    if (index.is_number_unsigned())
+      pending_.push_back({node, &At(nodes_, index.get<std::size_t>())});
   }
   void AddChildren(const aiNode* node, const Json& list) {
     for (unsigned i = 0; i < node->mNumChildren; ++i) Add(node->mChildren[i], At(list, i));
@@ -181,7 +188,8 @@ bool IsKnown(const std::string& extension) {
 
 void NoteLosses(const Json& file, Notes& notes) {
   const Json& scenes = Member(file, "scenes");
-  if (scenes.is_array() && scenes.size() > 1) notes.Count("Other scenes of the file are left out", scenes.size() - 1);
+  if (scenes.is_array() && scenes.size() > 1)
+    notes.Count("Other scenes of the file are left out", scenes.size() - 1);
   const Json& used = Member(file, "extensionsUsed");
   if (!used.is_array()) return;
   for (const Json& extension : used) {
@@ -196,7 +204,8 @@ bool AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& fac
   const Json file = Json::parse(json, nullptr, false);
   if (Member(file, "nodes").is_object()) return false;
   ReadList(Member(file, "cameras"), facts.cameras, CameraOf);
-  ReadList(Member(Member(Member(file, "extensions"), "KHR_lights_punctual"), "lights"), facts.lights, LightOf);
+  ReadList(Member(Member(Member(file, "extensions"), "KHR_lights_punctual"), "lights"),
+           facts.lights, LightOf);
   ReadList(Member(file, "materials"), facts.materials, MaterialOf);
   const std::size_t chosen = IndexOf(file, "scene");
   const Json& roots = Member(At(Member(file, "scenes"), chosen == kNowhere ? 0 : chosen), "nodes");

@@ -1,8 +1,10 @@
-// Import of scenes from other formats: glTF (.gltf, .glb), OBJ, FBX, COLLADA (.dae). The reading runs in a child process
-// with limits on memory, time and file access, so that a broken or hostile file costs a message and nothing else. Main thread.
+// Import of scenes from other formats: glTF (.gltf, .glb), OBJ, FBX, COLLADA (.dae). The reading
+// runs in a child process with limits on memory, time and file access, so that a broken or hostile
+// file costs a message and nothing else. Main thread.
 //
-// What comes out: left-handed, Y up, 1 unit = 1 cm; glTF and COLLADA metres and FBX units are converted, an OBJ unit stays a
-// unit. Nodes become nulls, polygon objects, cameras and lights; a node of several parts becomes a null with one child a part.
+// What comes out: left-handed, Y up, 1 unit = 1 cm; glTF and COLLADA metres and FBX units are
+// converted, an OBJ unit stays a unit. Nodes become nulls, polygon objects, cameras and lights; a
+// node of several parts becomes a null with one child a part.
 #pragma once
 
 #include <cstdint>
@@ -22,21 +24,24 @@ struct ImportLimits {
 };
 
 struct Imported {
-  host::BaseDocument* document = nullptr;  // owned by the caller; path and name as if saved beside the source, suffix c4d
-  std::vector<std::string> notes;          // what was lost or mended, for a person
+  // Owned by the caller; path and name as if saved beside the source, suffix c4d
+  host::BaseDocument* document = nullptr;
+  std::vector<std::string> notes;  // what was lost or mended, for a person
 };
 
-// The hidden verb: `worker --import-worker <path> <descriptor>` has to call RunImportWorker and exit with its result.
+// The hidden verb: `worker --import-worker <path> <descriptor>` has to call RunImportWorker and
+// exit with its result.
 inline constexpr const char* kImportWorkerVerb = "--import-worker";
 
 // True for a suffix that Import reads (letter case aside).
 bool IsImportable(const std::string& path);
-// Shows its progress through Outside::Progress, which can stop it. `worker`: full path of the program to run as the
-// child.
-Result<Imported> ImportScene(const std::string& path, const std::string& worker, const ImportLimits& limits = {});
+// Shows its progress through Outside::Progress, which can stop it. `worker`: full path of the
+// program to run as the child.
+Result<Imported> ImportScene(const std::string& path, const std::string& worker,
+                             const ImportLimits& limits = {});
 
-// The child's side: confines the process for good, reads `path` and writes the scene in the native format and the notes to
-// file descriptor `output`. Returns the process's exit status.
+// The child's side: confines the process for good, reads `path` and writes the scene in the native
+// format and the notes to file descriptor `output`. Returns the process's exit status.
 int RunImportWorker(const std::string& path, int output, const ImportLimits& limits = {});
 
 }  // namespace engine

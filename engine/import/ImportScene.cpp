@@ -1,4 +1,5 @@
-// The parent's side of an import: starts the child, gathers what it sends, turns every way it can end into a message.
+// The parent's side of an import: starts the child, gathers what it sends, turns every way it can
+// end into a message.
 #include <signal.h>
 
 #include <algorithm>
@@ -20,7 +21,8 @@ namespace {
 constexpr std::size_t kMostNotes = 1000;
 constexpr int kCannotRun = 127;
 
-// What the child has sent so far. It is not trusted: sizes and numbers are bounded, texts are cleaned.
+// What the child has sent so far. It is not trusted: sizes and numbers are bounded, texts are
+// cleaned.
 class Received {
  public:
   Received(std::string what, std::uint64_t limit) : what_(std::move(what)), limit_(limit) {}
@@ -94,22 +96,28 @@ class Received {
 };
 
 std::string SlowMessage(const ImportLimits& limits) {
-  return "The import took longer than " + std::to_string(limits.seconds) + " seconds and was stopped.";
+  return "The import took longer than " + std::to_string(limits.seconds) +
+         " seconds and was stopped.";
 }
 
 std::string SignalMessage(int signal, const ImportLimits& limits) {
   if (signal == SIGXCPU) return SlowMessage(limits);
-  if (signal == SIGKILL) return "The importer was ended by the system, probably for lack of memory.";
-  return "The importer stopped (signal " + std::to_string(signal) + "). The file is damaged or not supported.";
+  if (signal == SIGKILL)
+    return "The importer was ended by the system, probably for lack of memory.";
+  return "The importer stopped (signal " + std::to_string(signal) +
+         "). The file is damaged or not supported.";
 }
 
 std::string StatusMessage(int status) {
-  if (status == kCannotRun) return "The importer could not be started: its program is missing or got too little memory.";
-  return "The importer stopped (status " + std::to_string(status) + "). The file is damaged or not supported.";
+  if (status == kCannotRun)
+    return "The importer could not be started: its program is missing or got too little memory.";
+  return "The importer stopped (status " + std::to_string(status) +
+         "). The file is damaged or not supported.";
 }
 
 // Why there is no scene; empty when there is one.
-std::string WhyNot(const WorkerOutcome& outcome, const Received& received, const ImportLimits& limits) {
+std::string WhyNot(const WorkerOutcome& outcome, const Received& received,
+                   const ImportLimits& limits) {
   if (received.Stopped()) return "The import was stopped.";
   if (received.TooMuch()) return "The scene is too large to import.";
   if (received.Damaged()) return "The importer's answer is damaged.";
@@ -133,22 +141,28 @@ Status Failed(const std::string& path, const std::string& why) {
 
 }  // namespace
 
-Result<Imported> ImportScene(const std::string& path, const std::string& worker, const ImportLimits& limits) {
+Result<Imported> ImportScene(const std::string& path, const std::string& worker,
+                             const ImportLimits& limits) {
   if (Status source = CheckSource(path, limits); !source) return source;
   WorkerProcess process;
-  if (Status started = process.Start(worker, path, limits); !started) return Failed(path, started.Message());
+  if (Status started = process.Start(worker, path, limits); !started)
+    return Failed(path, started.Message());
   Received received("Importing " + path.substr(path.rfind('/') + 1), limits.resultBytes);
-  const WorkerOutcome outcome = process.Run([&](std::string_view bytes) { return received.Take(bytes); });
+  const WorkerOutcome outcome =
+      process.Run([&](std::string_view bytes) { return received.Take(bytes); });
   const std::string why = WhyNot(outcome, received, limits);
   if (!why.empty()) return Failed(path, why);
   bool stopped = false;
-  const auto goOn = [&](double) { return !(stopped = !Outside::Current().Progress(1, received.What())); };
+  const auto goOn = [&](double) {
+    return !(stopped = !Outside::Current().Progress(1, received.What()));
+  };
   const Result<host::BaseDocument*> scene = ReadScene(received.Scene(), 0, goOn);
   if (stopped) return Failed(path, "The import was stopped.");
   if (!scene) return Failed(path, "The importer's answer is damaged: " + scene.Message());
   Imported imported{scene.Value(), std::move(received.NotesSent())};
   SetOrigin(path, *imported.document);
-  for (const std::string& note : ResolveTextures(*imported.document, path)) imported.notes.push_back(note);
+  for (const std::string& note : ResolveTextures(*imported.document, path))
+    imported.notes.push_back(note);
   ClearChanged(*imported.document);
   Outside::Current().Progress(1, received.What());
   return imported;

@@ -56,7 +56,8 @@ Status Work(const std::string& path, FrameWriter& output) {
   OwnDocument doc;
   AllowReadingOnly(FolderFiles::FoldersOf(path));
   ProgressSender progress(output);
-  const auto notes = ReadForeignScene(path, doc.Get(), [&](double fraction) { return progress.Tell(fraction); });
+  const auto notes =
+      ReadForeignScene(path, doc.Get(), [&](double fraction) { return progress.Tell(fraction); });
   if (!notes) return notes.GetStatus();
   for (const std::string& note : notes.Value()) output.Write(FrameKind::Note, note);
   return SendScene(doc.Get(), output);

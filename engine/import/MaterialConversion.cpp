@@ -12,7 +12,8 @@
 
 namespace engine {
 
-// A use of a texture that the scene knows: where the library keeps it (the first that is there counts) and the link.
+// A use of a texture that the scene knows: where the library keeps it (the first that is there
+// counts) and the link.
 struct MaterialConversion::TextureSlot {
   aiTextureType first;
   aiTextureType second;
@@ -27,23 +28,28 @@ struct LostTexture {
   const char* note;
 };
 
-constexpr LostTexture kLostTextures[] = {{aiTextureType_METALNESS, "Metallic and roughness textures are left out"},
-                                         {aiTextureType_LIGHTMAP, "Occlusion textures are left out"},
-                                         {aiTextureType_SPECULAR, "Specular textures are left out"},
-                                         {aiTextureType_HEIGHT, "Bump textures are left out"},
-                                         {aiTextureType_OPACITY, "Opacity textures are left out"},
-                                         {aiTextureType_TRANSMISSION, "Transmission textures are left out"}};
+constexpr LostTexture kLostTextures[] = {
+    {aiTextureType_METALNESS, "Metallic and roughness textures are left out"},
+    {aiTextureType_LIGHTMAP, "Occlusion textures are left out"},
+    {aiTextureType_SPECULAR, "Specular textures are left out"},
+    {aiTextureType_HEIGHT, "Bump textures are left out"},
+    {aiTextureType_OPACITY, "Opacity textures are left out"},
+    {aiTextureType_TRANSMISSION, "Transmission textures are left out"}};
 
-std::optional<double> Number(const aiMaterial& material, const char* key, unsigned type, unsigned index) {
+std::optional<double> Number(const aiMaterial& material, const char* key, unsigned type,
+                             unsigned index) {
   ai_real value = 0;
-  if (material.Get(key, type, index, value) != aiReturn_SUCCESS || !std::isfinite(value)) return std::nullopt;
+  if (material.Get(key, type, index, value) != aiReturn_SUCCESS || !std::isfinite(value))
+    return std::nullopt;
   return static_cast<double>(value);
 }
 
-std::optional<aiColor4D> Color(const aiMaterial& material, const char* key, unsigned type, unsigned index) {
+std::optional<aiColor4D> Color(const aiMaterial& material, const char* key, unsigned type,
+                               unsigned index) {
   aiColor4D value;
   if (material.Get(key, type, index, value) != aiReturn_SUCCESS) return std::nullopt;
-  const bool finite = std::isfinite(value.r) && std::isfinite(value.g) && std::isfinite(value.b) && std::isfinite(value.a);
+  const bool finite = std::isfinite(value.r) && std::isfinite(value.g) && std::isfinite(value.b) &&
+                      std::isfinite(value.a);
   return finite ? std::optional(value) : std::nullopt;
 }
 
@@ -55,27 +61,35 @@ double Clamped(double value) { return std::clamp(value, 0.0, 1.0); }
 
 std::string TextureOf(const aiMaterial& material, aiTextureType type) {
   aiString path;
-  return material.Get(AI_MATKEY_TEXTURE(type, 0), path) == aiReturn_SUCCESS ? path.C_Str() : std::string();
+  return material.Get(AI_MATKEY_TEXTURE(type, 0), path) == aiReturn_SUCCESS ? path.C_Str()
+                                                                            : std::string();
 }
 
-host::String TextOf(const aiString& text) { return host::String(std::string_view(text.data, text.length)); }
+host::String TextOf(const aiString& text) {
+  return host::String(std::string_view(text.data, text.length));
+}
 
-// Phong's exponent as a roughness (Blinn's relation: exponent = 2 / roughness^2 - 2, roughness squared once).
+// Phong's exponent as a roughness (Blinn's relation: exponent = 2 / roughness^2 - 2, roughness
+// squared once).
 double RoughnessOf(double exponent) { return std::sqrt(2 / (std::max(exponent, 0.0) + 2)); }
 
 // The name that the file gives, with a suffix that tells what it is.
 std::string EmbeddedName(const aiTexture& texture) {
-  const std::string name = SafeFileName(texture.mFilename.length > 0 ? texture.mFilename.C_Str() : "texture");
-  const std::string kind(texture.achFormatHint, ::strnlen(texture.achFormatHint, HINTMAXTEXTURELEN));
+  const std::string name =
+      SafeFileName(texture.mFilename.length > 0 ? texture.mFilename.C_Str() : "texture");
+  const std::string kind(texture.achFormatHint,
+                         ::strnlen(texture.achFormatHint, HINTMAXTEXTURELEN));
   return name.find('.') == std::string::npos && !kind.empty() ? name + "." + kind : name;
 }
 
 }  // namespace
 
-MaterialConversion::MaterialConversion(const aiScene& scene, SourceFormat format, const SceneFacts& facts,
-                                       host::BaseDocument& doc, Notes& notes)
+MaterialConversion::MaterialConversion(const aiScene& scene, SourceFormat format,
+                                       const SceneFacts& facts, host::BaseDocument& doc,
+                                       Notes& notes)
     : scene_(scene), format_(format), facts_(facts), doc_(doc), notes_(notes) {
-  for (unsigned i = 0; i < scene.mNumTextures; ++i) embeddedNames_.push_back(Embed(*scene.mTextures[i]));
+  for (unsigned i = 0; i < scene.mNumTextures; ++i)
+    embeddedNames_.push_back(Embed(*scene.mTextures[i]));
 }
 
 std::string MaterialConversion::Embed(const aiTexture& texture) {
@@ -83,13 +97,16 @@ std::string MaterialConversion::Embed(const aiTexture& texture) {
     notes_.Count("Embedded textures of raw pixels are left out");
     return {};
   }
-  return AddEmbeddedFile(doc_, EmbeddedName(texture), std::string(reinterpret_cast<const char*>(texture.pcData), texture.mWidth));
+  return AddEmbeddedFile(
+      doc_, EmbeddedName(texture),
+      std::string(reinterpret_cast<const char*>(texture.pcData), texture.mWidth));
 }
 
 void MaterialConversion::Convert() {
   std::vector<bool> used(scene_.mNumMaterials, false);
   for (unsigned i = 0; i < scene_.mNumMeshes; ++i) {
-    if (scene_.mMeshes[i]->mMaterialIndex < used.size()) used[scene_.mMeshes[i]->mMaterialIndex] = true;
+    if (scene_.mMeshes[i]->mMaterialIndex < used.size())
+      used[scene_.mMeshes[i]->mMaterialIndex] = true;
   }
   for (unsigned i = 0; i < scene_.mNumMaterials; ++i) {
     const std::string name = scene_.mMaterials[i]->GetName().C_Str();
@@ -108,13 +125,16 @@ host::BaseMaterial* MaterialConversion::Make(unsigned index) {
   SetAlpha(from, *material);
   SetSurface(from, *material);
   SetEmission(from, index, *material);
-  AddShader(from, {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA, host::MATERIAL_NORMAL_SHADER}, *material);
+  AddShader(from,
+            {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA, host::MATERIAL_NORMAL_SHADER},
+            *material);
   NoteLosses(from);
   return material;
 }
 
 void MaterialConversion::SetColor(const aiMaterial& from, host::BaseMaterial& to) {
-  const bool hasTexture = AddShader(from, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE, host::MATERIAL_COLOR_SHADER}, to);
+  const bool hasTexture = AddShader(
+      from, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE, host::MATERIAL_COLOR_SHADER}, to);
   const auto base = Color(from, AI_MATKEY_BASE_COLOR);
   const auto diffuse = Color(from, AI_MATKEY_COLOR_DIFFUSE);
   host::Vector color = base ? VectorOf(*base) : diffuse ? VectorOf(*diffuse) : host::Vector(0.8);
@@ -125,7 +145,8 @@ void MaterialConversion::SetColor(const aiMaterial& from, host::BaseMaterial& to
 
 void MaterialConversion::SetAlpha(const aiMaterial& from, host::BaseMaterial& to) {
   const auto base = Color(from, AI_MATKEY_BASE_COLOR);
-  double alpha = Clamped(IsGltf() && base ? static_cast<double>(base->a) : Number(from, AI_MATKEY_OPACITY).value_or(1));
+  double alpha = Clamped(IsGltf() && base ? static_cast<double>(base->a)
+                                          : Number(from, AI_MATKEY_OPACITY).value_or(1));
   if (!IsGltf() && alpha <= 0) {
     notes_.Count("Materials that were wholly transparent were made opaque");
     alpha = 1;
@@ -138,8 +159,11 @@ void MaterialConversion::SetAlpha(const aiMaterial& from, host::BaseMaterial& to
   host::BaseContainer& data = *to.GetDataInstance();
   data.SetReal(host::MATERIAL_ALPHA, alpha);
   data.SetLong(host::MATERIAL_ALPHA_MODE, number);
-  if (number == 1) data.SetReal(host::MATERIAL_ALPHA_CUTOFF, Number(from, AI_MATKEY_GLTF_ALPHACUTOFF).value_or(0.5));
-  // Only glTF says of each surface whether it has a back; elsewhere leaves and cloth are single sheets, too.
+  if (number == 1)
+    data.SetReal(host::MATERIAL_ALPHA_CUTOFF,
+                 Number(from, AI_MATKEY_GLTF_ALPHACUTOFF).value_or(0.5));
+  // Only glTF says of each surface whether it has a back; elsewhere leaves and cloth are single
+  // sheets, too.
   int twoSided = !IsGltf();
   from.Get(AI_MATKEY_TWOSIDED, twoSided);
   data.SetBool(host::MATERIAL_DOUBLE_SIDED, twoSided != 0);
@@ -147,33 +171,43 @@ void MaterialConversion::SetAlpha(const aiMaterial& from, host::BaseMaterial& to
 
 void MaterialConversion::SetSurface(const aiMaterial& from, host::BaseMaterial& to) {
   const auto specular = Color(from, AI_MATKEY_COLOR_SPECULAR);
-  const double most = specular ? static_cast<double>(std::max({specular->r, specular->g, specular->b})) : 0.0;
+  const double most =
+      specular ? static_cast<double>(std::max({specular->r, specular->g, specular->b})) : 0.0;
   const double strength = Number(from, AI_MATKEY_SHININESS_STRENGTH).value_or(1);
   const double exponent = Number(from, AI_MATKEY_SHININESS).value_or(0);
   host::BaseContainer& data = *to.GetDataInstance();
   // glTF's surfaces that are no metals reflect as specular 0.5 does.
   data.SetReal(host::MATERIAL_SPECULAR, Clamped(IsGltf() ? 0.5 : most * strength));
-  data.SetReal(host::MATERIAL_ROUGHNESS, Clamped(Number(from, AI_MATKEY_ROUGHNESS_FACTOR).value_or(RoughnessOf(exponent))));
-  // A texture for it most often says "no metal" nearly everywhere, beside a factor of 1 that would make all of it metal.
+  data.SetReal(host::MATERIAL_ROUGHNESS,
+               Clamped(Number(from, AI_MATKEY_ROUGHNESS_FACTOR).value_or(RoughnessOf(exponent))));
+  // A texture for it most often says "no metal" nearly everywhere, beside a factor of 1 that would
+  // make all of it metal.
   const double metallic = Number(from, AI_MATKEY_METALLIC_FACTOR).value_or(0);
   const bool isTextured = from.GetTextureCount(aiTextureType_METALNESS) > 0;
   data.SetReal(host::MATERIAL_METALLIC, isTextured && metallic >= 1 ? 0 : Clamped(metallic));
 }
 
-void MaterialConversion::SetEmission(const aiMaterial& from, unsigned index, host::BaseMaterial& to) {
-  const double strength = index < facts_.materials.size() ? facts_.materials[index].emissiveStrength : 1;
+void MaterialConversion::SetEmission(const aiMaterial& from, unsigned index,
+                                     host::BaseMaterial& to) {
+  const double strength =
+      index < facts_.materials.size() ? facts_.materials[index].emissiveStrength : 1;
   const auto emissive = Color(from, AI_MATKEY_COLOR_EMISSIVE);
-  if (emissive) to.GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE, VectorOf(*emissive, strength));
-  AddShader(from, {aiTextureType_EMISSION_COLOR, aiTextureType_EMISSIVE, host::MATERIAL_LUMINANCE_SHADER}, to);
+  if (emissive)
+    to.GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE, VectorOf(*emissive, strength));
+  AddShader(from,
+            {aiTextureType_EMISSION_COLOR, aiTextureType_EMISSIVE, host::MATERIAL_LUMINANCE_SHADER},
+            to);
 }
 
 std::string MaterialConversion::FileNameOf(const std::string& texture) const {
   const auto [embedded, index] = scene_.GetEmbeddedTextureAndIndex(texture.c_str());
-  const bool known = embedded != nullptr && index >= 0 && static_cast<std::size_t>(index) < embeddedNames_.size();
+  const bool known =
+      embedded != nullptr && index >= 0 && static_cast<std::size_t>(index) < embeddedNames_.size();
   return known ? embeddedNames_[static_cast<std::size_t>(index)] : texture;
 }
 
-bool MaterialConversion::AddShader(const aiMaterial& from, const TextureSlot& slot, host::BaseMaterial& to) {
+bool MaterialConversion::AddShader(const aiMaterial& from, const TextureSlot& slot,
+                                   host::BaseMaterial& to) {
   std::string texture = TextureOf(from, slot.first);
   if (texture.empty()) texture = TextureOf(from, slot.second);
   const std::string file = texture.empty() ? texture : FileNameOf(texture);
@@ -181,7 +215,8 @@ bool MaterialConversion::AddShader(const aiMaterial& from, const TextureSlot& sl
   host::BaseShader* shader = host::BaseShader::Alloc(host::Xbitmap);
   if (shader == nullptr) return false;
   shader->SetName("Bitmap");
-  shader->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, host::Filename(host::String(std::string_view(file))));
+  shader->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME,
+                                         host::Filename(host::String(std::string_view(file))));
   to.InsertShader(shader);
   to.GetDataInstance()->SetLink(slot.link, shader);
   return true;
@@ -196,15 +231,18 @@ UvUse MaterialConversion::UvUseOf(unsigned index) const {
   material.Get(AI_MATKEY_UVWSRC(aiTextureType_DIFFUSE, 0), channel);
   use.channel = channel > 0 ? static_cast<unsigned>(channel) : 0;
   aiUVTransform transform;
-  if (material.Get(AI_MATKEY_UVTRANSFORM(aiTextureType_DIFFUSE, 0), transform) != aiReturn_SUCCESS) return use;
+  if (material.Get(AI_MATKEY_UVTRANSFORM(aiTextureType_DIFFUSE, 0), transform) != aiReturn_SUCCESS)
+    return use;
   // The library's v grows upwards: a place 1 - v, scaled and moved, is turned over again.
   use.scale = {transform.mScaling.x, transform.mScaling.y};
-  use.offset = {transform.mTranslation.x, 1 - use.scale[1] - static_cast<double>(transform.mTranslation.y)};
+  use.offset = {transform.mTranslation.x,
+                1 - use.scale[1] - static_cast<double>(transform.mTranslation.y)};
   return use;
 }
 
 void MaterialConversion::NoteLosses(const aiMaterial& from) {
-  for (const LostTexture& lost : kLostTextures) notes_.Count(lost.note, !TextureOf(from, lost.type).empty());
+  for (const LostTexture& lost : kLostTextures)
+    notes_.Count(lost.note, !TextureOf(from, lost.type).empty());
 }
 
 }  // namespace engine

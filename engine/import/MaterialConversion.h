@@ -1,6 +1,6 @@
-// MaterialConversion: materials of the importing library to the scene's, with a bitmap shader for each texture that the
-// scene knows: base colour, normal, emission. File names stay as written; embedded ones get the embedded file's name.
-// Lives in the child.
+// MaterialConversion: materials of the importing library to the scene's, with a bitmap shader for
+// each texture that the scene knows: base color, normal, emission. File names stay as written;
+// embedded ones get the embedded file's name. Lives in the child.
 #pragma once
 
 #include <assimp/scene.h>
@@ -17,12 +17,15 @@ namespace engine {
 
 class MaterialConversion {
  public:
-  MaterialConversion(const aiScene& scene, SourceFormat format, const SceneFacts& facts, host::BaseDocument& doc, Notes& notes);
+  MaterialConversion(const aiScene& scene, SourceFormat format, const SceneFacts& facts,
+                     host::BaseDocument& doc, Notes& notes);
 
   // Makes the file's materials, in its order; the library's own default only where a mesh uses it.
   void Convert();
   // The material made for a position in the file's list, or null.
-  host::BaseMaterial* At(unsigned index) const { return index < materials_.size() ? materials_[index] : nullptr; }
+  host::BaseMaterial* At(unsigned index) const {
+    return index < materials_.size() ? materials_[index] : nullptr;
+  }
   // The texture coordinates that its textures use.
   UvUse UvUseOf(unsigned index) const;
 

@@ -23,7 +23,8 @@ class PointTable {
   std::int32_t Add(const Point& point) {
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = Hash(point) & mask;
-    while (slots_[at] >= 0 && points_[static_cast<std::size_t>(slots_[at])] != point) at = (at + 1) & mask;
+    while (slots_[at] >= 0 && points_[static_cast<std::size_t>(slots_[at])] != point)
+      at = (at + 1) & mask;
     if (slots_[at] < 0) {
       slots_[at] = static_cast<std::int32_t>(points_.size());
       points_.push_back(point);
@@ -58,22 +59,28 @@ Point Converted(const aiVector3D& place, double scale, bool& broken) {
 }
 
 bool IsTriangle(const aiFace& face, unsigned points) {
-  return face.mNumIndices == 3 && face.mIndices[0] < points && face.mIndices[1] < points && face.mIndices[2] < points;
+  return face.mNumIndices == 3 && face.mIndices[0] < points && face.mIndices[1] < points &&
+         face.mIndices[2] < points;
 }
 
-// Mirroring turns corners round; the last two change places to face outwards again. A triangle's fourth corner repeats.
+// Mirroring turns corners round; the last two change places to face outwards again. A triangle's
+// fourth corner repeats.
 constexpr std::array<int, 4> kCornerOrder = {0, 2, 1, 1};
 
 void AddNormals(const aiMesh& source, const aiFace& face, Mesh& mesh) {
   bool ignored = false;
-  for (const int corner : kCornerOrder) mesh.normals.push_back(Converted(source.mNormals[face.mIndices[corner]], 1, ignored));
+  for (const int corner : kCornerOrder)
+    mesh.normals.push_back(Converted(source.mNormals[face.mIndices[corner]], 1, ignored));
 }
 
 // Texture coordinates of the scene: v grows downwards and the material's transform is part of them.
 class UvConversion {
  public:
   explicit UvConversion(const UvUse& use)
-      : cosine_(std::cos(use.rotation)), sine_(std::sin(use.rotation)), scale_(use.scale), offset_(use.offset) {}
+      : cosine_(std::cos(use.rotation)),
+        sine_(std::sin(use.rotation)),
+        scale_(use.scale),
+        offset_(use.offset) {}
 
   std::array<float, 2> operator()(const aiVector3D& uv) const {
     const double u = scale_[0] * uv.x;
@@ -81,7 +88,8 @@ class UvConversion {
     const double x = cosine_ * u + sine_ * v + offset_[0];
     const double y = cosine_ * v - sine_ * u + offset_[1];
     const bool usable = std::abs(x) < kLargest && std::abs(y) < kLargest;
-    return usable ? std::array<float, 2>{static_cast<float>(x), static_cast<float>(y)} : std::array<float, 2>{0, 0};
+    return usable ? std::array<float, 2>{static_cast<float>(x), static_cast<float>(y)}
+                  : std::array<float, 2>{0, 0};
   }
 
  private:
@@ -117,26 +125,33 @@ void NoteLosses(const aiMesh& source, Notes& notes) {
 }  // namespace
 
 bool HasPolygons(const aiMesh& mesh) {
-  return mesh.mNumFaces > 0 && (mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE) != 0 && mesh.mVertices != nullptr;
+  return mesh.mNumFaces > 0 && (mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE) != 0 &&
+         mesh.mVertices != nullptr;
 }
 
 Mesh ConvertMesh(const aiMesh& source, double scale, const UvUse& use, Notes& notes) {
   Mesh mesh;
   const std::vector<std::int32_t> places = AddPoints(source, scale, mesh, notes);
-  const unsigned channel = use.channel < AI_MAX_NUMBER_OF_TEXTURECOORDS && source.HasTextureCoords(use.channel) ? use.channel : 0;
+  const unsigned channel =
+      use.channel < AI_MAX_NUMBER_OF_TEXTURECOORDS && source.HasTextureCoords(use.channel)
+          ? use.channel
+          : 0;
   const UvConversion convert(use);
-  const aiVector3D* uvs = source.HasTextureCoords(channel) ? source.mTextureCoords[channel] : nullptr;
+  const aiVector3D* uvs =
+      source.HasTextureCoords(channel) ? source.mTextureCoords[channel] : nullptr;
   mesh.polygons.reserve(source.mNumFaces);
   if (source.HasNormals()) mesh.normals.reserve(std::size_t{4} * source.mNumFaces);
   if (uvs != nullptr) mesh.uvs.reserve(std::size_t{4} * source.mNumFaces);
   for (unsigned i = 0; i < source.mNumFaces; ++i) {
     const aiFace& face = source.mFaces[i];
     if (!IsTriangle(face, source.mNumVertices)) continue;
-    mesh.polygons.push_back({places[face.mIndices[0]], places[face.mIndices[2]], places[face.mIndices[1]], -1});
+    mesh.polygons.push_back(
+        {places[face.mIndices[0]], places[face.mIndices[2]], places[face.mIndices[1]], -1});
     if (source.HasNormals()) AddNormals(source, face, mesh);
     if (uvs != nullptr) AddUvs(uvs, convert, face, mesh);
   }
-  notes.Count("Faces without an area or with missing points are left out", source.mNumFaces - mesh.polygons.size());
+  notes.Count("Faces without an area or with missing points are left out",
+              source.mNumFaces - mesh.polygons.size());
   NoteLosses(source, notes);
   return mesh;
 }

@@ -1,4 +1,5 @@
-// Notes: what an import lost or mended, each kind once with how often it happened, in the order of first mention.
+// Notes: what an import lost or mended, each kind once with how often it happened, in the order of
+// first mention.
 #pragma once
 
 #include <algorithm>
@@ -36,7 +37,8 @@ class Notes {
   using Entry = std::pair<std::string, std::size_t>;
   // The kinds are few.
   std::vector<Entry>::iterator Find(const std::string& text) {
-    return std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.first == text; });
+    return std::find_if(entries_.begin(), entries_.end(),
+                        [&](const Entry& entry) { return entry.first == text; });
   }
   std::vector<Entry> entries_;
 };

@@ -18,7 +18,9 @@ using host::BaseObject;
 constexpr std::size_t kNodesPerProgress = 256;
 constexpr const char* kRenderSettings = "My Render Setting";
 
-host::String TextOf(const aiString& text) { return host::String(std::string_view(text.data, text.length)); }
+host::String TextOf(const aiString& text) {
+  return host::String(std::string_view(text.data, text.length));
+}
 
 const NodeFacts& FactsOf(const SceneFacts& facts, const aiNode& node) {
   static const NodeFacts plain;
@@ -54,8 +56,8 @@ std::size_t NodeCount(const aiNode* root) {
 
 }  // namespace
 
-SceneConversion::SceneConversion(const aiScene& scene, SourceFormat format, const SceneFacts& facts, host::BaseDocument& doc,
-                                 Notes& notes)
+SceneConversion::SceneConversion(const aiScene& scene, SourceFormat format, const SceneFacts& facts,
+                                 host::BaseDocument& doc, Notes& notes)
     : scene_(scene),
       facts_(facts),
       doc_(doc),
@@ -64,7 +66,8 @@ SceneConversion::SceneConversion(const aiScene& scene, SourceFormat format, cons
       scale_(facts.unitsPerFileUnit),
       meshes_(scene.mNumMeshes) {
   if (facts.rootIsNode) return;
-  // The root holds the file's unit and axes: its scale goes into the lengths, its turn into the objects below it.
+  // The root holds the file's unit and axes: its scale goes into the lengths, its turn into the
+  // objects below it.
   const double unit = UniformScale(scene.mRootNode->mTransformation);
   rootFrame_ = ConvertFrame(scene.mRootNode->mTransformation, scale_);
   if (unit > 0) {
@@ -79,7 +82,8 @@ bool SceneConversion::Convert(const std::function<bool(double)>& progress) {
   materials_.Convert();
   const double total = static_cast<double>(NodeCount(scene_.mRootNode));
   const NodeFacts& root = FactsOf(facts_, *scene_.mRootNode);
-  if (facts_.rootIsNode || scene_.mRootNode->mNumMeshes > 0 || !root.cameras.empty() || !root.lights.empty()) {
+  if (facts_.rootIsNode || scene_.mRootNode->mNumMeshes > 0 || !root.cameras.empty() ||
+      !root.lights.empty()) {
     pending_.push_back({scene_.mRootNode, nullptr, false});
   } else {
     PushChildren(*scene_.mRootNode, nullptr, true);
@@ -98,7 +102,8 @@ bool SceneConversion::Convert(const std::function<bool(double)>& progress) {
 
 // The last one pushed is placed first, so they go in from the end.
 void SceneConversion::PushChildren(const aiNode& node, BaseObject* parent, bool isTop) {
-  for (unsigned i = node.mNumChildren; i > 0; --i) pending_.push_back({node.mChildren[i - 1], parent, isTop});
+  for (unsigned i = node.mNumChildren; i > 0; --i)
+    pending_.push_back({node.mChildren[i - 1], parent, isTop});
 }
 
 SceneConversion::Parts SceneConversion::PartsOf(const aiNode& node) {
@@ -136,14 +141,15 @@ BaseObject* SceneConversion::Place(const Pending& pending) {
   return object;
 }
 
-// The object of a node that is one thing. Null where it is none or several, or where its children would have to follow a
-// turn that is the camera's or light's alone.
-BaseObject* SceneConversion::MakeSingle(const aiNode& node, const Parts& parts, host::Matrix& frame) {
+// The object of a node that is one thing. Null where it is none or several, or where its children
+// would have to follow a turn that is the camera's or light's alone.
+BaseObject* SceneConversion::MakeSingle(const aiNode& node, const Parts& parts,
+                                        host::Matrix& frame) {
   if (parts.Count() != 1) return nullptr;
   if (!parts.meshes.empty()) return MakePolygons(parts.meshes.front());
   const bool isCamera = !parts.facts->cameras.empty();
-  const host::Matrix own =
-      isCamera ? facts_.cameras[parts.facts->cameras.front()].frame : facts_.lights[parts.facts->lights.front()].frame;
+  const host::Matrix own = isCamera ? facts_.cameras[parts.facts->cameras.front()].frame
+                                    : facts_.lights[parts.facts->lights.front()].frame;
   const bool turns = own != host::Matrix();
   if (turns && node.mNumChildren > 0) return nullptr;
   frame = Product(frame, Scaled(own, scale_));
@@ -163,7 +169,8 @@ void SceneConversion::AddParts(const Parts& parts, BaseObject& under) {
   for (const unsigned mesh : parts.meshes) {
     const host::BaseMaterial* material = materials_.At(scene_.mMeshes[mesh]->mMaterialIndex);
     const host::String own = material ? material->GetName() : TextOf(scene_.mMeshes[mesh]->mName);
-    add(MakePolygons(mesh), parts.meshes.size() == 1 ? name : name + " (" + own + ")", host::Matrix());
+    add(MakePolygons(mesh), parts.meshes.size() == 1 ? name : name + " (" + own + ")",
+        host::Matrix());
   }
   for (const std::size_t i : parts.facts->cameras) {
     add(MakeCamera(facts_.cameras[i]), name, Scaled(facts_.cameras[i].frame, scale_));
@@ -190,7 +197,8 @@ void SceneConversion::SetTags(BaseObject& object, unsigned mesh) {
   if (!meshes_[mesh]->normals.empty()) object.MakeTag(host::Tphong);
   host::BaseMaterial* material = materials_.At(scene_.mMeshes[mesh]->mMaterialIndex);
   if (material == nullptr) return;
-  if (host::TextureTag* tag = AsTextureTag(object.MakeTag(host::Ttexture))) tag->SetMaterial(material);
+  if (host::TextureTag* tag = AsTextureTag(object.MakeTag(host::Ttexture)))
+    tag->SetMaterial(material);
 }
 
 BaseObject* SceneConversion::MakeCamera(const SourceCamera& camera) {
@@ -198,7 +206,8 @@ BaseObject* SceneConversion::MakeCamera(const SourceCamera& camera) {
   if (object == nullptr) return nullptr;
   host::BaseContainer& data = *object->GetDataInstance();
   data.SetLong(host::CAMERA_PROJECTION, camera.parallel);
-  const double horizontal = camera.horizontal > 0 ? camera.horizontal : HorizontalAngle(camera.vertical, doc_);
+  const double horizontal =
+      camera.horizontal > 0 ? camera.horizontal : HorizontalAngle(camera.vertical, doc_);
   if (horizontal > 0) data.SetReal(host::CAMERA_FOV, horizontal);
   data.SetReal(host::CAMERA_FOV_VERTICAL, camera.vertical);
   if (camera.width > 0) data.SetReal(host::CAMERA_WIDTH, camera.width * scale_);
@@ -240,7 +249,8 @@ host::LayerObject* SceneConversion::LayerNamed(const std::string& name) {
   return layer;
 }
 
-host::String SceneConversion::NameOf(const aiNode& node, const NodeFacts& facts, const BaseObject& object) const {
+host::String SceneConversion::NameOf(const aiNode& node, const NodeFacts& facts,
+                                     const BaseObject& object) const {
   return facts.isNamed && node.mName.length > 0 ? TextOf(node.mName) : object.GetTypeName();
 }
 

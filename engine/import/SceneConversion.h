@@ -1,5 +1,6 @@
-// SceneConversion: the importing library's scene to a document: nodes to objects with their frames, shared meshes, texture
-// tags, cameras, lights and layers. Walks with a list, whatever the depth. Lives in the child.
+// SceneConversion: the importing library's scene to a document: nodes to objects with their frames,
+// shared meshes, texture tags, cameras, lights and layers. Walks with a list, whatever the depth.
+// Lives in the child.
 #pragma once
 
 #include <assimp/scene.h>
@@ -20,10 +21,11 @@ namespace engine {
 
 class SceneConversion {
  public:
-  SceneConversion(const aiScene& scene, SourceFormat format, const SceneFacts& facts, host::BaseDocument& doc, Notes& notes);
+  SceneConversion(const aiScene& scene, SourceFormat format, const SceneFacts& facts,
+                  host::BaseDocument& doc, Notes& notes);
 
-  // Fills the document, which is empty. `progress` hears 0..1 and stops the work by answering false; the document is then
-  // incomplete and the answer false, too.
+  // Fills the document, which is empty. `progress` hears 0..1 and stops the work by answering
+  // false; the document is then incomplete and the answer false, too.
   bool Convert(const std::function<bool(double)>& progress);
 
  private:
@@ -36,7 +38,9 @@ class SceneConversion {
   struct Parts {
     std::vector<unsigned> meshes;
     const NodeFacts* facts;
-    std::size_t Count() const { return meshes.size() + facts->cameras.size() + facts->lights.size(); }
+    std::size_t Count() const {
+      return meshes.size() + facts->cameras.size() + facts->lights.size();
+    }
   };
 
   Parts PartsOf(const aiNode& node);
@@ -50,7 +54,8 @@ class SceneConversion {
   host::BaseObject* MakeLight(const SourceLight& light);
   void ApplyFacts(const NodeFacts& facts, host::BaseObject& object);
   host::LayerObject* LayerNamed(const std::string& name);
-  host::String NameOf(const aiNode& node, const NodeFacts& facts, const host::BaseObject& object) const;
+  host::String NameOf(const aiNode& node, const NodeFacts& facts,
+                      const host::BaseObject& object) const;
   void PushChildren(const aiNode& node, host::BaseObject* parent, bool isTop);
   void NoteLosses();
 

@@ -1,5 +1,6 @@
-// SceneFacts: what the importing library loses or gets wrong, found out beside it: cameras, lights, and what a file says
-// about single nodes. Lengths are in units of the file, angles radians, frames in the scene's axes. Lives in the child.
+// SceneFacts: what the importing library loses or gets wrong, found out beside it: cameras, lights,
+// and what a file says about single nodes. Lengths are in units of the file, angles radians, frames
+// in the scene's axes. Lives in the child.
 #pragma once
 
 #include <assimp/scene.h>
@@ -38,8 +39,9 @@ struct SourceLight {
   host::Matrix frame;  // in its node
 };
 
-// How a material uses texture coordinates: the mesh's channel, then u and v (growing downwards) become
-// cos * scale[0] * u + sin * scale[1] * v + offset[0] and -sin * scale[0] * u + cos * scale[1] * v + offset[1].
+// How a material uses texture coordinates: the mesh's channel, then u and v (growing downwards)
+// become cos * scale[0] * u + sin * scale[1] * v + offset[0] and -sin * scale[0] * u + cos *
+// scale[1] * v + offset[1].
 struct UvUse {
   unsigned channel = 0;
   std::array<double, 2> offset{0, 0};
@@ -70,14 +72,16 @@ struct SceneFacts {
 };
 
 // `path` is read again where the format's own text says more than the library tells.
-SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path, Notes& notes);
+SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path,
+                       Notes& notes);
 
 // The parts of it.
 // False, adding nothing, for a file of version 1, whose lists are objects.
 bool AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& facts, Notes& notes);
 void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts);
 void MendColladaCameras(const std::string& xml, SceneFacts& facts, Notes& notes);
-// Scales brightnesses so that lights given in physical units look as lights of brightness 0 to 1 do.
-void NormaliseLights(SourceFormat format, std::vector<SourceLight>& lights);
+// Scales brightnesses so that lights given in physical units look as lights of brightness 0 to 1
+// do.
+void NormalizeLights(SourceFormat format, std::vector<SourceLight>& lights);
 
 }  // namespace engine

@@ -33,7 +33,9 @@ class Progress : public Assimp::ProgressHandler {
   double last_ = 0;
 };
 
-bool IsGltf(SourceFormat format) { return format == SourceFormat::Gltf || format == SourceFormat::Glb; }
+bool IsGltf(SourceFormat format) {
+  return format == SourceFormat::Gltf || format == SourceFormat::Glb;
+}
 
 // Other importers would be asked about a file that its own one refuses.
 void KeepLoadersOf(const std::string& suffix, Assimp::Importer& importer) {
@@ -65,7 +67,8 @@ const char* SuffixOf(SourceFormat format) {
   }
 }
 
-void Configure(Assimp::Importer& importer, const std::string& path, const std::function<bool(double)>& progress) {
+void Configure(Assimp::Importer& importer, const std::string& path,
+               const std::function<bool(double)>& progress) {
   KeepLoadersOf(SuffixOf(FormatOf(path)), importer);
   importer.SetIOHandler(new FolderFiles(path));
   importer.SetProgressHandler(new Progress(progress));
@@ -83,7 +86,8 @@ unsigned StepsFor(SourceFormat format) {
 
 std::string ReasonOf(const Assimp::Importer& importer) {
   const std::string reason = importer.GetErrorString();
-  if (reason.rfind("No suitable reader", 0) == 0) return "The file is damaged, or of another kind than its suffix says.";
+  if (reason.rfind("No suitable reader", 0) == 0)
+    return "The file is damaged, or of another kind than its suffix says.";
   return reason.empty() ? "The file cannot be read." : "The file cannot be read: " + reason;
 }
 
@@ -93,16 +97,18 @@ Result<std::vector<std::string>> ReadForeignScene(const std::string& path, host:
                                                   const std::function<bool(double)>& progress) {
   using Answer = Result<std::vector<std::string>>;
   const SourceFormat format = FormatOf(path);
-  if (format == SourceFormat::None) return Answer::Failure("The file's suffix is not one that is imported.");
+  if (format == SourceFormat::None)
+    return Answer::Failure("The file's suffix is not one that is imported.");
   Assimp::Importer importer;
   Configure(importer, path, progress);
   const aiScene* scene = importer.ReadFile(path, StepsFor(format));
   if (scene == nullptr || scene->mRootNode == nullptr) return Answer::Failure(ReasonOf(importer));
   Notes notes;
   const SceneFacts facts = GatherFacts(*scene, format, path, notes);
-  const bool finished = SceneConversion(*scene, format, facts, doc, notes).Convert([&](double fraction) {
-    return progress(kReadingPart + (1 - kReadingPart) * fraction);
-  });
+  const bool finished =
+      SceneConversion(*scene, format, facts, doc, notes).Convert([&](double fraction) {
+        return progress(kReadingPart + (1 - kReadingPart) * fraction);
+      });
   if (!finished) return Answer::Failure("The import was stopped.");
   return notes.Sentences();
 }

@@ -36,7 +36,8 @@ std::string_view SkipBlanks(std::string_view text) {
 bool IsText(std::string_view head) { return head.find('\0') == std::string_view::npos; }
 
 bool IsFbx(std::string_view head) {
-  return head.substr(0, 18) == "Kaydara FBX Binary" || (IsText(head) && head.find("FBX") != std::string_view::npos);
+  return head.substr(0, 18) == "Kaydara FBX Binary" ||
+         (IsText(head) && head.find("FBX") != std::string_view::npos);
 }
 
 bool BeginsAs(SourceFormat format, std::string_view head) {
@@ -60,7 +61,8 @@ bool BeginsAs(SourceFormat format, std::string_view head) {
 // A descriptor that is closed with its scope.
 class OpenFile {
  public:
-  explicit OpenFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+  explicit OpenFile(const std::string& path)
+      : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile() {
@@ -72,22 +74,25 @@ class OpenFile {
   int descriptor_;
 };
 
-Status Refusal(const std::string& path, const std::string& why) { return Status::Failure("\"" + path + "\" " + why); }
+Status Refusal(const std::string& path, const std::string& why) {
+  return Status::Failure("\"" + path + "\" " + why);
+}
 
 Status CheckKind(const std::string& path, const struct stat& about, std::uint64_t limit) {
   if (S_ISDIR(about.st_mode)) return Refusal(path, "is a folder, not a scene.");
   if (!S_ISREG(about.st_mode)) return Refusal(path, "is not a plain file.");
   if (about.st_size == 0) return Refusal(path, "is empty.");
   if (static_cast<std::uint64_t>(about.st_size) <= limit) return {};
-  return Refusal(path,
-                 "is too large to import: " + std::to_string(about.st_size) + " bytes, at most " + std::to_string(limit) + ".");
+  return Refusal(path, "is too large to import: " + std::to_string(about.st_size) +
+                           " bytes, at most " + std::to_string(limit) + ".");
 }
 
 Status CheckHead(const std::string& path, int descriptor) {
   std::array<char, kHeadBytes> head;
   const ssize_t count = ::pread(descriptor, head.data(), head.size(), 0);
   if (count < 0) return Refusal(path, std::string("cannot be read: ") + std::strerror(errno) + ".");
-  if (BeginsAs(FormatOf(path), std::string_view(head.data(), static_cast<std::size_t>(count)))) return {};
+  if (BeginsAs(FormatOf(path), std::string_view(head.data(), static_cast<std::size_t>(count))))
+    return {};
   return Refusal(path, "is not what its suffix says, or it is damaged.");
 }
 
@@ -110,10 +115,13 @@ Status CheckSource(const std::string& path, const ImportLimits& limits) {
   const OpenFile file(path);
   struct stat about;
   if (file.Get() < 0 || ::fstat(file.Get(), &about) != 0) {
-    return Refusal(path, errno == ENOENT ? "does not exist." : std::string("cannot be opened: ") + std::strerror(errno) + ".");
+    return Refusal(path, errno == ENOENT
+                             ? "does not exist."
+                             : std::string("cannot be opened: ") + std::strerror(errno) + ".");
   }
   if (Status kind = CheckKind(path, about, limits.fileBytes); !kind) return kind;
-  if (!IsImportable(path)) return Refusal(path, "has a suffix that is not imported. These are: gltf, glb, obj, fbx, dae.");
+  if (!IsImportable(path))
+    return Refusal(path, "has a suffix that is not imported. These are: gltf, glb, obj, fbx, dae.");
   return CheckHead(path, file.Get());
 }
 

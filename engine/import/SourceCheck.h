@@ -1,5 +1,5 @@
-// SourceCheck: what can be said about a file before any importer sees it: is it there, plain, of a sensible size, and
-// does it begin as its suffix promises. Any thread.
+// SourceCheck: what can be said about a file before any importer sees it: is it there, plain, of a
+// sensible size, and does it begin as its suffix promises. Any thread.
 #pragma once
 
 #include <string>

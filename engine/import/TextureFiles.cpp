@@ -46,7 +46,8 @@ std::string BareName(const std::string& path) { return path.substr(path.rfind('/
 // Looks for texture files of one scene; every folder is listed once.
 class TextureSearch {
  public:
-  explicit TextureSearch(const std::string& scene) : folder_(scene.substr(0, scene.rfind('/') + 1)) {}
+  explicit TextureSearch(const std::string& scene)
+      : folder_(scene.substr(0, scene.rfind('/') + 1)) {}
 
   // The full path, or empty.
   const std::string& Find(const std::string& written) {
@@ -68,7 +69,9 @@ class TextureSearch {
 
   std::string AsWritten(const std::string& text) const {
     if (text.empty() || text.find('\0') != std::string::npos) return {};
-    const std::string path = std::filesystem::path(text.front() == '/' ? text : folder_ + text).lexically_normal().string();
+    const std::string path = std::filesystem::path(text.front() == '/' ? text : folder_ + text)
+                                 .lexically_normal()
+                                 .string();
     return Outside::Current().Kind(path) == FileKind::File ? path : std::string();
   }
 

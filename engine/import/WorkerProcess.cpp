@@ -21,8 +21,9 @@ extern char** environ;
 namespace engine {
 namespace {
 
-constexpr int kOutput = 3;           // the child's descriptor for its result
-constexpr int kFirstFree = 10;       // the parent's copies lie above all that the child wants to fill
+constexpr int kOutput = 3;  // the child's descriptor for its result
+// The parent's copies lie above all that the child wants to fill
+constexpr int kFirstFree = 10;
 constexpr int kLooksPerSecond = 20;  // how often the receiver hears of a silent child
 constexpr int kCannotRun = 127;
 
@@ -53,7 +54,8 @@ void ResetSignals() {
   sigset_t none;
   sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
-  for (const int number : {SIGPIPE, SIGINT, SIGTERM, SIGHUP, SIGXCPU, SIGCHLD}) ::signal(number, SIG_DFL);
+  for (const int number : {SIGPIPE, SIGINT, SIGTERM, SIGHUP, SIGXCPU, SIGCHLD})
+    ::signal(number, SIG_DFL);
 }
 
 // Between fork and exec: only calls that are safe there although other threads may hold locks.
@@ -68,21 +70,24 @@ void ResetSignals() {
   if (::chdir("/") != 0) ::_exit(kCannotRun);
   SetProcessLimits(*launch.limits);
   char descriptor[] = {static_cast<char>('0' + kOutput), '\0'};
-  char* const arguments[] = {const_cast<char*>(launch.program), const_cast<char*>(kImportWorkerVerb),
-                             const_cast<char*>(launch.path), descriptor, nullptr};
+  char* const arguments[] = {const_cast<char*>(launch.program),
+                             const_cast<char*>(kImportWorkerVerb), const_cast<char*>(launch.path),
+                             descriptor, nullptr};
   ::execve(launch.program, arguments, launch.environment);
   ::_exit(kCannotRun);
 }
 
-// The child's environment, ended by null: this process's own. A search for leaks at the child's end would need files and
-// processes that it may not have.
+// The child's environment, ended by null: this process's own. A search for leaks at the child's end
+// would need files and processes that it may not have.
 std::vector<char*> ChildEnvironment(std::string& noLeakSearch) {
   const std::string name = "ASAN_OPTIONS=";
   const char* options = std::getenv("ASAN_OPTIONS");
-  noLeakSearch = name + (options != nullptr ? std::string(options) + ":" : std::string()) + "detect_leaks=0";
+  noLeakSearch =
+      name + (options != nullptr ? std::string(options) + ":" : std::string()) + "detect_leaks=0";
   std::vector<char*> variables;
   for (char** variable = environ; *variable != nullptr; ++variable) {
-    if (!kSearchesLeaks || std::strncmp(*variable, name.c_str(), name.size()) != 0) variables.push_back(*variable);
+    if (!kSearchesLeaks || std::strncmp(*variable, name.c_str(), name.size()) != 0)
+      variables.push_back(*variable);
   }
   if (kSearchesLeaks) variables.push_back(noLeakSearch.data());
   variables.push_back(nullptr);
@@ -98,7 +103,8 @@ int MoveUp(int descriptor) {
 }
 
 Status SystemFailure(const char* what) {
-  return Status::Failure(std::string("The importer could not be started: ") + what + ": " + std::strerror(errno) + ".");
+  return Status::Failure(std::string("The importer could not be started: ") + what + ": " +
+                         std::strerror(errno) + ".");
 }
 
 }  // namespace
@@ -111,7 +117,8 @@ WorkerProcess::~WorkerProcess() {
   if (input_ >= 0) ::close(input_);
 }
 
-Status WorkerProcess::Start(const std::string& program, const std::string& path, const ImportLimits& limits) {
+Status WorkerProcess::Start(const std::string& program, const std::string& path,
+                            const ImportLimits& limits) {
   std::array<int, 2> ends{-1, -1};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) return SystemFailure("pipe");
   input_ = ends[0];
@@ -119,7 +126,8 @@ Status WorkerProcess::Start(const std::string& program, const std::string& path,
   const int nothing = MoveUp(::open("/dev/null", O_RDWR | O_CLOEXEC));
   std::string noLeakSearch;
   const std::vector<char*> environment = ChildEnvironment(noLeakSearch);
-  const Launch launch{program.c_str(), path.c_str(), environment.data(), output, nothing, ::getpid(), &limits};
+  const Launch launch{program.c_str(), path.c_str(), environment.data(), output, nothing,
+                      ::getpid(),      &limits};
   child_ = output >= 0 && nothing >= 0 ? ::fork() : -1;
   if (child_ == 0) BecomeWorker(launch);
   Status result = child_ > 0 ? Status() : SystemFailure("fork");
@@ -134,7 +142,8 @@ void WorkerProcess::Kill() { ::kill(child_, SIGKILL); }
 
 bool WorkerProcess::HasEnded() const {
   siginfo_t about{};
-  const int answer = ::waitid(P_PID, static_cast<id_t>(child_), &about, WEXITED | WNOHANG | WNOWAIT);
+  const int answer =
+      ::waitid(P_PID, static_cast<id_t>(child_), &about, WEXITED | WNOHANG | WNOWAIT);
   return answer != 0 || about.si_pid != 0;
 }
 
@@ -162,7 +171,8 @@ bool WorkerProcess::Step(const Receiver& receive) {
   std::array<char, 1 << 16> bytes;
   const ssize_t count = ::read(input_, bytes.data(), bytes.size());
   if (count < 0) return errno == EINTR || errno == EAGAIN;
-  if (count > 0) stopped_ = !receive(std::string_view(bytes.data(), static_cast<std::size_t>(count)));
+  if (count > 0)
+    stopped_ = !receive(std::string_view(bytes.data(), static_cast<std::size_t>(count)));
   return count > 0;
 }
 

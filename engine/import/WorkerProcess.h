@@ -1,5 +1,6 @@
-// WorkerProcess: one run of the import child: starts it with its limits, takes what it sends until it ends, is too slow,
-// sends too much or the work is stopped. The child never outlives this object. Main thread.
+// WorkerProcess: one run of the import child: starts it with its limits, takes what it sends until
+// it ends, is too slow, sends too much or the work is stopped. The child never outlives this
+// object. Main thread.
 #pragma once
 
 #include <sys/types.h>
@@ -37,8 +38,8 @@ class WorkerProcess {
   WorkerProcess& operator=(const WorkerProcess&) = delete;
   ~WorkerProcess();
 
-  // Starts `program kImportWorkerVerb path <descriptor>`; both are full paths. Exit status 127 later means that it could not be
-  // run.
+  // Starts `program kImportWorkerVerb path <descriptor>`; both are full paths. Exit status 127
+  // later means that it could not be run.
   Status Start(const std::string& program, const std::string& path, const ImportLimits& limits);
   // Blocks until the run is over; `receive` is called at least every twentieth of a second.
   WorkerOutcome Run(const Receiver& receive);

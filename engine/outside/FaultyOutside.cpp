@@ -44,38 +44,47 @@ std::optional<Fault> FaultyOutside::Next(Operation operation) {
 
 Result<std::string> FaultyOutside::DoReadFile(const std::string& path, std::uint64_t limit) {
   const std::optional<Fault> fault = Next(Operation::ReadFile);
-  return fault == Fault::Fail ? InputOutputError(path) : Shortened(fault, ForwardingOutside::DoReadFile(path, limit));
+  return fault == Fault::Fail ? InputOutputError(path)
+                              : Shortened(fault, ForwardingOutside::DoReadFile(path, limit));
 }
 
 Result<std::vector<std::string>> FaultyOutside::DoListFiles(const std::string& folder) {
   const std::optional<Fault> fault = Next(Operation::ListFolder);
-  return fault == Fault::Fail ? InputOutputError(folder) : Shortened(fault, ForwardingOutside::DoListFiles(folder));
+  return fault == Fault::Fail ? InputOutputError(folder)
+                              : Shortened(fault, ForwardingOutside::DoListFiles(folder));
 }
 
 Result<std::vector<std::string>> FaultyOutside::DoListFolders(const std::string& folder) {
   const std::optional<Fault> fault = Next(Operation::ListFolder);
-  return fault == Fault::Fail ? InputOutputError(folder) : Shortened(fault, ForwardingOutside::DoListFolders(folder));
+  return fault == Fault::Fail ? InputOutputError(folder)
+                              : Shortened(fault, ForwardingOutside::DoListFolders(folder));
 }
 
-Status FaultyOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+Status FaultyOutside::DoReplaceFile(const std::string& path,
+                                    std::span<const std::string_view> pieces,
                                     const BeforePlacing& ready) {
-  return Next(Operation::ReplaceFile) ? InputOutputError(path) : ForwardingOutside::DoReplaceFile(path, pieces, ready);
+  return Next(Operation::ReplaceFile) ? InputOutputError(path)
+                                      : ForwardingOutside::DoReplaceFile(path, pieces, ready);
 }
 
 Status FaultyOutside::DoMakeFolder(const std::string& path) {
-  return Next(Operation::MakeFolder) ? InputOutputError(path) : ForwardingOutside::DoMakeFolder(path);
+  return Next(Operation::MakeFolder) ? InputOutputError(path)
+                                     : ForwardingOutside::DoMakeFolder(path);
 }
 
 Status FaultyOutside::DoCopyFile(const std::string& from, const std::string& to, bool replace) {
-  return Next(Operation::CopyFile) ? InputOutputError(to) : ForwardingOutside::DoCopyFile(from, to, replace);
+  return Next(Operation::CopyFile) ? InputOutputError(to)
+                                   : ForwardingOutside::DoCopyFile(from, to, replace);
 }
 
 Status FaultyOutside::DoRemoveFile(const std::string& path) {
-  return Next(Operation::RemoveFile) ? InputOutputError(path) : ForwardingOutside::DoRemoveFile(path);
+  return Next(Operation::RemoveFile) ? InputOutputError(path)
+                                     : ForwardingOutside::DoRemoveFile(path);
 }
 
 Status FaultyOutside::DoRemoveFolder(const std::string& path) {
-  return Next(Operation::RemoveFolder) ? InputOutputError(path) : ForwardingOutside::DoRemoveFolder(path);
+  return Next(Operation::RemoveFolder) ? InputOutputError(path)
+                                       : ForwardingOutside::DoRemoveFolder(path);
 }
 
 Status FaultyOutside::DoRename(const std::string& from, const std::string& to) {

@@ -1,5 +1,5 @@
-// FaultyOutside: a door whose n-th file operation goes wrong, to see what becomes of the files and whether somebody
-// hears of it. Everything else is handed to the door behind it. Main thread.
+// FaultyOutside: a door whose n-th file operation goes wrong, to see what becomes of the files and
+// whether somebody hears of it. Everything else is handed to the door behind it. Main thread.
 #pragma once
 
 #include <optional>
@@ -17,8 +17,8 @@ class FaultyOutside : public ForwardingOutside {
  public:
   using ForwardingOutside::ForwardingOutside;
 
-  // Makes the `number`-th operation from now on (1 is the next one) go wrong; with `only` operations of that kind are
-  // counted only. Asking what a path is counts as none.
+  // Makes the `number`-th operation from now on (1 is the next one) go wrong; with `only`
+  // operations of that kind are counted only. Asking what a path is counts as none.
   void Break(std::size_t number, Fault fault, std::optional<Operation> only = std::nullopt);
   // As Break, and every counted operation after it fails, too: a disk that is full or gone.
   void BreakFrom(std::size_t number, std::optional<Operation> only = std::nullopt);
@@ -28,7 +28,8 @@ class FaultyOutside : public ForwardingOutside {
 
  protected:
   Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override;
-  Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) override;
+  Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                       const BeforePlacing& ready) override;
   Status DoMakeFolder(const std::string& path) override;
   Status DoCopyFile(const std::string& from, const std::string& to, bool replace) override;
   Status DoRemoveFile(const std::string& path) override;

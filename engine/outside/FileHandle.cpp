@@ -26,6 +26,8 @@ std::pair<std::string, std::string> FolderAndName(const std::string& path) {
   return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
 }
 
-FileHandle OpenFolder(const std::string& path) { return FileHandle(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)); }
+FileHandle OpenFolder(const std::string& path) {
+  return FileHandle(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
 
 }  // namespace engine

@@ -1,4 +1,5 @@
-// FileHandle: an open file descriptor that closes itself; and words for a failed system call. Any thread.
+// FileHandle: an open file descriptor that closes itself; and words for a failed system call. Any
+// thread.
 #pragma once
 
 #include <string>
@@ -35,7 +36,8 @@ Status SystemFailure(const std::string& what, const std::string& path);
 // The same with a reason of our own.
 Status FileFailure(const std::string& what, const std::string& path, const std::string& reason);
 
-// The part before the last '/' ("/" for a name in the root folder) and the part after it, of a cleaned absolute path.
+// The part before the last '/' ("/" for a name in the root folder) and the part after it, of a
+// cleaned absolute path.
 std::pair<std::string, std::string> FolderAndName(const std::string& path);
 FileHandle OpenFolder(const std::string& path);
 

@@ -38,15 +38,17 @@ int LockNow(FileHandle& file, const std::string& path) {
   return file ? LockNow(file) : errno;
 }
 
-bool KnowsNoLocks(int error) { return error == ENOLCK || error == EOPNOTSUPP || error == ENOSYS || error == EINVAL; }
+bool KnowsNoLocks(int error) {
+  return error == ENOLCK || error == EOPNOTSUPP || error == ENOSYS || error == EINVAL;
+}
 
 }  // namespace
 
 bool FileLock::Covers(const std::string& path) const {
   struct stat held;
   struct stat now;
-  return file_ && fstat(file_.Get(), &held) == 0 && stat(path.c_str(), &now) == 0 && held.st_dev == now.st_dev &&
-         held.st_ino == now.st_ino;
+  return file_ && fstat(file_.Get(), &held) == 0 && stat(path.c_str(), &now) == 0 &&
+         held.st_dev == now.st_dev && held.st_ino == now.st_ino;
 }
 
 Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
@@ -67,16 +69,20 @@ Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
   return std::optional(FileLock());
 }
 
-Result<FileLock> FileLock::Take(const std::string& path, std::chrono::milliseconds longest, const GoOn& goOn) {
+Result<FileLock> FileLock::Take(const std::string& path, std::chrono::milliseconds longest,
+                                const GoOn& goOn) {
   const auto begin = std::chrono::steady_clock::now();
   for (;;) {
     Result<std::optional<FileLock>> lock = Try(path);
     if (!lock) return lock.GetStatus();
     if (lock.Value()) return std::move(*lock.Value());
     const auto waited = std::chrono::steady_clock::now() - begin;
-    if (waited >= longest) return FileFailure("Cannot change", path, "another program is changing it");
-    const double share = std::chrono::duration<double>(waited) / std::chrono::duration<double>(longest);
-    if (goOn && !goOn(std::min(share, 1.0))) return FileFailure("Did not change", path, "the waiting was stopped");
+    if (waited >= longest)
+      return FileFailure("Cannot change", path, "another program is changing it");
+    const double share =
+        std::chrono::duration<double>(waited) / std::chrono::duration<double>(longest);
+    if (goOn && !goOn(std::min(share, 1.0)))
+      return FileFailure("Did not change", path, "the waiting was stopped");
     std::this_thread::sleep_for(kBetweenTries);
   }
 }

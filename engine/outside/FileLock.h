@@ -1,7 +1,8 @@
-// FileLock: the right to replace a file, for programs that ask for it before they read what they are going to replace. It is the
-// system's lock on the file itself: nothing lies beside the file, a folder that cannot be written is no hindrance, and the lock
-// ends with its program however that ends. A file is replaced by another one, so the lock counts for the file that the path leads
-// to at the time. Owned by who took it. Any thread.
+// FileLock: the right to replace a file, for programs that ask for it before they read what they
+// are going to replace. It is the system's lock on the file itself: nothing lies beside the file, a
+// folder that cannot be written is no hindrance, and the lock ends with its program however that
+// ends. A file is replaced by another one, so the lock counts for the file that the path leads to
+// at the time. Owned by who took it. Any thread.
 #pragma once
 
 #include <chrono>
@@ -16,14 +17,17 @@ namespace engine {
 
 class FileLock {
  public:
-  // Of nothing, which is also what Try and Take give where there is no plain file at `path` or its file system knows no locks.
+  // Of nothing, which is also what Try and Take give where there is no plain file at `path` or its
+  // file system knows no locks.
   FileLock() = default;
 
-  // At once; nothing where somebody else has the lock. Links are followed. Fails where the file cannot be opened.
+  // At once; nothing where somebody else has the lock. Links are followed. Fails where the file
+  // cannot be opened.
   static Result<std::optional<FileLock>> Try(const std::string& path);
-  // Waits for it at most that long; `goOn` is asked meanwhile with the share of the time that has passed. Fails when the time is
-  // over or `goOn` answers false.
-  static Result<FileLock> Take(const std::string& path, std::chrono::milliseconds longest, const GoOn& goOn = {});
+  // Waits for it at most that long; `goOn` is asked meanwhile with the share of the time that has
+  // passed. Fails when the time is over or `goOn` answers false.
+  static Result<FileLock> Take(const std::string& path, std::chrono::milliseconds longest,
+                               const GoOn& goOn = {});
 
   // Whether it is on the file that `path` leads to now.
   bool Covers(const std::string& path) const;

@@ -32,7 +32,8 @@ bool ReadEntries(int folder, std::vector<Entry>& entries) {
     const std::string name = entry->d_name;
     struct stat info;
     if (name == "." || name == "..") continue;
-    if (fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0) entries.push_back({name, info.st_mode});
+    if (fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0)
+      entries.push_back({name, info.st_mode});
     errno = 0;
   }
   return errno == 0;
@@ -73,10 +74,12 @@ class TreeRemoval {
   Status Failure() const { return SystemFailure(kCannotRemove, path_); }
 
   Status Enter(const std::string& name) {
-    FileHandle folder(openat(current_.Get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    FileHandle folder(
+        openat(current_.Get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat info;
     if (!folder || fstat(folder.Get(), &info) != 0) return Failure();
-    if (info.st_dev != levels_.front().device) return FileFailure(kCannotRemove, path_, "another file system is mounted in it");
+    if (info.st_dev != levels_.front().device)
+      return FileFailure(kCannotRemove, path_, "another file system is mounted in it");
     current_ = std::move(folder);
     levels_.push_back({name, info.st_dev, info.st_ino, {}});
     return RemoveFiles();
@@ -95,7 +98,8 @@ class TreeRemoval {
     return {};
   }
 
-  // Goes up by ".." and makes sure that this is where the walk came from: somebody may have moved the folder meanwhile.
+  // Goes up by ".." and makes sure that this is where the walk came from: somebody may have moved
+  // the folder meanwhile.
   Status Leave() {
     const std::string name = levels_.back().name;
     levels_.pop_back();
@@ -123,8 +127,10 @@ Result<std::vector<std::string>> ListKind(const std::string& path, mode_t kind) 
   std::vector<std::string> names;
   for (Entry& entry : entries) {
     struct stat info;
-    const bool link = S_ISLNK(entry.mode) && fstatat(folder.Get(), entry.name.c_str(), &info, 0) == 0;
-    if (((link ? info.st_mode : entry.mode) & S_IFMT) == kind) names.push_back(std::move(entry.name));
+    const bool link =
+        S_ISLNK(entry.mode) && fstatat(folder.Get(), entry.name.c_str(), &info, 0) == 0;
+    if (((link ? info.st_mode : entry.mode) & S_IFMT) == kind)
+      names.push_back(std::move(entry.name));
   }
   std::sort(names.begin(), names.end());
   return names;
@@ -135,15 +141,21 @@ Result<std::vector<std::string>> ListKind(const std::string& path, mode_t kind) 
 Status RemoveFolderTree(const std::string& path) {
   struct stat itself;
   struct stat target;
-  if (lstat(path.c_str(), &itself) != 0 || stat(path.c_str(), &target) != 0) return SystemFailure(kCannotRemove, path);
+  if (lstat(path.c_str(), &itself) != 0 || stat(path.c_str(), &target) != 0)
+    return SystemFailure(kCannotRemove, path);
   if (!S_ISDIR(target.st_mode)) return FileFailure(kCannotRemove, path, "it is no folder");
-  if (S_ISLNK(itself.st_mode)) return unlink(path.c_str()) == 0 ? Status() : SystemFailure(kCannotRemove, path);
+  if (S_ISLNK(itself.st_mode))
+    return unlink(path.c_str()) == 0 ? Status() : SystemFailure(kCannotRemove, path);
   const auto [folder, name] = FolderAndName(path);
   return TreeRemoval(path).Run(folder, name);
 }
 
-Result<std::vector<std::string>> ListPlainFiles(const std::string& folder) { return ListKind(folder, S_IFREG); }
+Result<std::vector<std::string>> ListPlainFiles(const std::string& folder) {
+  return ListKind(folder, S_IFREG);
+}
 
-Result<std::vector<std::string>> ListFoldersIn(const std::string& folder) { return ListKind(folder, S_IFDIR); }
+Result<std::vector<std::string>> ListFoldersIn(const std::string& folder) {
+  return ListKind(folder, S_IFDIR);
+}
 
 }  // namespace engine

@@ -1,5 +1,5 @@
-// Removing a folder with all in it, and listing one. Works on directory handles, never follows a link, needs two handles
-// however deep the tree is. Main thread.
+// Removing a folder with all in it, and listing one. Works on directory handles, never follows a
+// link, needs two handles however deep the tree is. Main thread.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@
 
 namespace engine {
 
-// Of a link to a folder only the link. Stops at the first thing that cannot be removed, and at the edge of another
-// file system.
+// Of a link to a folder only the link. Stops at the first thing that cannot be removed, and at the
+// edge of another file system.
 Status RemoveFolderTree(const std::string& path);
 
 // Names of the plain files in a folder (links followed), in byte order.

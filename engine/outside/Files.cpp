@@ -19,7 +19,9 @@ Bool GeFExist(const Filename& name, Bool isDirectory) {
   return Outside::Current().Kind(PathOf(name)) == (isDirectory ? FileKind::Folder : FileKind::File);
 }
 
-Bool GeFCreateDir(const Filename& folder) { return Outside::Current().MakeFolder(PathOf(folder)).Ok(); }
+Bool GeFCreateDir(const Filename& folder) {
+  return Outside::Current().MakeFolder(PathOf(folder)).Ok();
+}
 
 Bool GeFCopyFile(const Filename& from, const Filename& to, LONG flags) {
   return Outside::Current().CopyFile(PathOf(from), PathOf(to), (flags & 1) != 0).Ok();
@@ -31,12 +33,17 @@ Bool GeFKill(const Filename& name, LONG flags) {
   return ((flags & 1) != 0 ? outside.RemoveFolder(path) : outside.RemoveFile(path)).Ok();
 }
 
-Bool GeFRename(const Filename& from, const Filename& to) { return Outside::Current().Rename(PathOf(from), PathOf(to)).Ok(); }
+Bool GeFRename(const Filename& from, const Filename& to) {
+  return Outside::Current().Rename(PathOf(from), PathOf(to)).Ok();
+}
 
-Bool GeExecuteFile(const Filename& file) { return Outside::Current().OpenWithViewer(PathOf(file)).Ok(); }
+Bool GeExecuteFile(const Filename& file) {
+  return Outside::Current().OpenWithViewer(PathOf(file)).Ok();
+}
 
 Bool FileSelect(Filename& name, LONG type, LONG flags, const String& title) {
-  const std::optional<std::string> chosen = Outside::Current().ChooseFile({type, flags, title.ToUtf8(), PathOf(name)});
+  const std::optional<std::string> chosen =
+      Outside::Current().ChooseFile({type, flags, title.ToUtf8(), PathOf(name)});
   if (!chosen) return FALSE;
   name = Filename(String(std::string_view(*chosen)));
   return TRUE;
@@ -52,7 +59,8 @@ void BrowseFiles::Free(BrowseFiles*& browser) {
 void BrowseFiles::Init(const Filename& folder, LONG) {
   names_.clear();
   next_ = 0;
-  const engine::Result<std::vector<std::string>> names = Outside::Current().ListFiles(PathOf(folder));
+  const engine::Result<std::vector<std::string>> names =
+      Outside::Current().ListFiles(PathOf(folder));
   if (!names) return;
   for (const std::string& name : names.Value()) names_.emplace_back(String(std::string_view(name)));
 }
@@ -62,7 +70,9 @@ Bool BrowseFiles::GetNext() {
   return next_ <= names_.size();
 }
 
-Filename BrowseFiles::GetFilename() const { return next_ == 0 || next_ > names_.size() ? Filename() : names_[next_ - 1]; }
+Filename BrowseFiles::GetFilename() const {
+  return next_ == 0 || next_ > names_.size() ? Filename() : names_[next_ - 1];
+}
 
 void GeGetCurrentTime(LocalFileTime& time) { time = Outside::Current().Now(); }
 

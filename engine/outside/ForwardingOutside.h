@@ -1,5 +1,5 @@
-// ForwardingOutside: a door in front of another one, which must outlive it. It has a ledger of its own. Main thread,
-// except Progress.
+// ForwardingOutside: a door in front of another one, which must outlive it. It has a ledger of its
+// own. Main thread, except Progress.
 #pragma once
 
 #include "engine/outside/Outside.h"
@@ -13,10 +13,14 @@ class ForwardingOutside : public Outside {
   host::LocalFileTime Now() override { return inner_.Now(); }
   void Tell(const std::string& text) override { inner_.Tell(text); }
   bool Ask(const std::string& text) override { return inner_.Ask(text); }
-  std::optional<std::string> ChooseFile(const FileQuestion& question) override { return inner_.ChooseFile(question); }
+  std::optional<std::string> ChooseFile(const FileQuestion& question) override {
+    return inner_.ChooseFile(question);
+  }
   void ShowStatus(const std::string& text) override { inner_.ShowStatus(text); }
   void ClearStatus() override { inner_.ClearStatus(); }
-  bool Progress(double fraction, const std::string& what) override { return inner_.Progress(fraction, what); }
+  bool Progress(double fraction, const std::string& what) override {
+    return inner_.Progress(fraction, what);
+  }
   std::string ConfigFolder() override { return inner_.ConfigFolder(); }
   std::string DataFolder() override { return inner_.DataFolder(); }
   std::string CacheFolder() override { return inner_.CacheFolder(); }
@@ -26,8 +30,11 @@ class ForwardingOutside : public Outside {
   FileKind DoKind(const std::string& path) override { return inner_.Kind(path); }
   FileStamp DoStamp(const std::string& path) override { return inner_.Stamp(path); }
   std::optional<DiskSpace> DoSpace(const std::string& path) override { return inner_.Space(path); }
-  Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override { return inner_.ReadFile(path, limit); }
-  Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) override {
+  Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override {
+    return inner_.ReadFile(path, limit);
+  }
+  Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                       const BeforePlacing& ready) override {
     return inner_.ReplaceFile(path, pieces, ready);
   }
   Status DoMakeFolder(const std::string& path) override { return inner_.MakeFolder(path); }
@@ -36,9 +43,15 @@ class ForwardingOutside : public Outside {
   }
   Status DoRemoveFile(const std::string& path) override { return inner_.RemoveFile(path); }
   Status DoRemoveFolder(const std::string& path) override { return inner_.RemoveFolder(path); }
-  Status DoRename(const std::string& from, const std::string& to) override { return inner_.Rename(from, to); }
-  Result<std::vector<std::string>> DoListFiles(const std::string& folder) override { return inner_.ListFiles(folder); }
-  Result<std::vector<std::string>> DoListFolders(const std::string& folder) override { return inner_.ListFolders(folder); }
+  Status DoRename(const std::string& from, const std::string& to) override {
+    return inner_.Rename(from, to);
+  }
+  Result<std::vector<std::string>> DoListFiles(const std::string& folder) override {
+    return inner_.ListFiles(folder);
+  }
+  Result<std::vector<std::string>> DoListFolders(const std::string& folder) override {
+    return inner_.ListFolders(folder);
+  }
   Status DoOpenWithViewer(const std::string& path) override { return inner_.OpenWithViewer(path); }
 
  private:

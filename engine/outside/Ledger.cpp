@@ -46,7 +46,8 @@ class WrittenPaths {
   void Forget(const std::string& path) {
     forgotten_ += paths_.erase(path);
     const std::string inside = path + "/";
-    for (auto it = paths_.lower_bound(inside); it != paths_.end() && it->first.compare(0, inside.size(), inside) == 0;) {
+    for (auto it = paths_.lower_bound(inside);
+         it != paths_.end() && it->first.compare(0, inside.size(), inside) == 0;) {
       it = paths_.erase(it);
       ++forgotten_;
     }
@@ -55,7 +56,8 @@ class WrittenPaths {
   void Move(const std::string& from, const std::string& to) {
     const std::string inside = from + "/";
     std::vector<std::string> moved;
-    for (auto it = paths_.lower_bound(inside); it != paths_.end() && it->first.compare(0, inside.size(), inside) == 0; ++it) {
+    for (auto it = paths_.lower_bound(inside);
+         it != paths_.end() && it->first.compare(0, inside.size(), inside) == 0; ++it) {
       moved.push_back(to + it->first.substr(from.size()));
     }
     Forget(from);

@@ -1,6 +1,6 @@
-// Ledger: the list of what was done to the outside, in order: the operation, the path, the result. The
-// command line takes its exit status and its list of written files from here, because plug-ins keep silent
-// about many failures. Owned by the Outside; main thread.
+// Ledger: the list of what was done to the outside, in order: the operation, the path, the result.
+// The command line takes its exit status and its list of written files from here, because plug-ins
+// keep silent about many failures. Owned by the Outside; main thread.
 #pragma once
 
 #include <cstddef>
@@ -43,8 +43,8 @@ class Ledger {
   std::vector<LedgerEntry> FailuresSince(std::size_t mark) const;
   // Texts of the notes from `mark` on.
   std::vector<std::string> NotesSince(std::size_t mark) const;
-  // Paths written (replaced, copied to, renamed to, made) with success from `mark` on and not removed or renamed
-  // again, in order, each once.
+  // Paths written (replaced, copied to, renamed to, made) with success from `mark` on and not
+  // removed or renamed again, in order, each once.
   std::vector<std::string> WrittenSince(std::size_t mark) const;
 
  private:

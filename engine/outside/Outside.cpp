@@ -50,13 +50,16 @@ Status Outside::Change(Operation operation, const std::string& path, Work work) 
 }
 
 template <class Work>
-Status Outside::ChangeTwo(Operation operation, const std::string& from, const std::string& to, Work work) {
-  const Result<std::string> source = operation == Operation::CopyFile ? PathForReading(from) : PathForWriting(from);
+Status Outside::ChangeTwo(Operation operation, const std::string& from, const std::string& to,
+                          Work work) {
+  const Result<std::string> source =
+      operation == Operation::CopyFile ? PathForReading(from) : PathForWriting(from);
   const Result<std::string> target = PathForWriting(to);
   if (!source) return Enter({operation, from, to, false, ""}, source.GetStatus());
   if (!target) return Enter({operation, from, to, false, ""}, target.GetStatus());
   const bool absent = operation == Operation::Rename && DoKind(source.Value()) == FileKind::Missing;
-  return Enter({operation, source.Value(), target.Value(), false, "", absent}, work(source.Value(), target.Value()));
+  return Enter({operation, source.Value(), target.Value(), false, "", absent},
+               work(source.Value(), target.Value()));
 }
 
 FileKind Outside::Kind(const std::string& path) {
@@ -81,23 +84,28 @@ std::optional<DiskSpace> Outside::Space(const std::string& path) {
 }
 
 Result<std::string> Outside::ReadFile(const std::string& path, std::uint64_t limit) {
-  return Read(Operation::ReadFile, path, [&](const std::string& clean) { return DoReadFile(clean, limit); });
+  return Read(Operation::ReadFile, path,
+              [&](const std::string& clean) { return DoReadFile(clean, limit); });
 }
 
-Status Outside::ReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) {
-  return Change(Operation::ReplaceFile, path, [&](const std::string& clean) { return DoReplaceFile(clean, pieces, ready); });
+Status Outside::ReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                            const BeforePlacing& ready) {
+  return Change(Operation::ReplaceFile, path,
+                [&](const std::string& clean) { return DoReplaceFile(clean, pieces, ready); });
 }
 
 Status Outside::MakeFolder(const std::string& path) {
   const Result<std::string> existing = PathForWriting(path);
   if (existing && DoKind(existing.Value()) == FileKind::Folder) return {};
-  return Change(Operation::MakeFolder, path, [&](const std::string& clean) { return DoMakeFolder(clean); });
+  return Change(Operation::MakeFolder, path,
+                [&](const std::string& clean) { return DoMakeFolder(clean); });
 }
 
 Status Outside::MakeFolders(const std::string& path) {
   const Result<std::string> clean = PathForWriting(path);
   if (!clean) return MakeFolder(path);
-  for (std::size_t end = clean.Value().find('/', 1); end != std::string::npos; end = clean.Value().find('/', end + 1)) {
+  for (std::size_t end = clean.Value().find('/', 1); end != std::string::npos;
+       end = clean.Value().find('/', end + 1)) {
     Status made = MakeFolder(clean.Value().substr(0, end));
     if (!made) return made;
   }
@@ -106,34 +114,43 @@ Status Outside::MakeFolders(const std::string& path) {
 
 Status Outside::CopyFile(const std::string& from, const std::string& to, bool replace) {
   return ChangeTwo(Operation::CopyFile, from, to,
-                   [&](const std::string& source, const std::string& target) { return DoCopyFile(source, target, replace); });
+                   [&](const std::string& source, const std::string& target) {
+                     return DoCopyFile(source, target, replace);
+                   });
 }
 
 Status Outside::RemoveFile(const std::string& path) {
-  return Change(Operation::RemoveFile, path, [&](const std::string& clean) { return DoRemoveFile(clean); });
+  return Change(Operation::RemoveFile, path,
+                [&](const std::string& clean) { return DoRemoveFile(clean); });
 }
 
 Status Outside::RemoveFolder(const std::string& path) {
-  return Change(Operation::RemoveFolder, path, [&](const std::string& clean) { return DoRemoveFolder(clean); });
+  return Change(Operation::RemoveFolder, path,
+                [&](const std::string& clean) { return DoRemoveFolder(clean); });
 }
 
 Status Outside::Rename(const std::string& from, const std::string& to) {
   return ChangeTwo(Operation::Rename, from, to,
-                   [&](const std::string& source, const std::string& target) { return DoRename(source, target); });
+                   [&](const std::string& source, const std::string& target) {
+                     return DoRename(source, target);
+                   });
 }
 
 Result<std::vector<std::string>> Outside::ListFiles(const std::string& folder) {
-  return Read(Operation::ListFolder, folder, [&](const std::string& clean) { return DoListFiles(clean); });
+  return Read(Operation::ListFolder, folder,
+              [&](const std::string& clean) { return DoListFiles(clean); });
 }
 
 Result<std::vector<std::string>> Outside::ListFolders(const std::string& folder) {
-  return Read(Operation::ListFolder, folder, [&](const std::string& clean) { return DoListFolders(clean); });
+  return Read(Operation::ListFolder, folder,
+              [&](const std::string& clean) { return DoListFolders(clean); });
 }
 
 Status Outside::OpenWithViewer(const std::string& path) {
   const Result<std::string> clean = PathForReading(path);
   if (!clean) return Enter({Operation::OpenViewer, path, "", false, ""}, clean.GetStatus());
-  return Enter({Operation::OpenViewer, clean.Value(), "", false, ""}, DoOpenWithViewer(clean.Value()));
+  return Enter({Operation::OpenViewer, clean.Value(), "", false, ""},
+               DoOpenWithViewer(clean.Value()));
 }
 
 }  // namespace engine

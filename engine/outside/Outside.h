@@ -1,6 +1,7 @@
-// Outside: the one door to files, the clock, the user's prompts, the status line, the system's viewer and the
-// folders of the user. Public functions check the path rules, call the virtual part and write the ledger; the
-// real, the scripted and the faulty door differ in the virtual part only. Main thread, except Progress.
+// Outside: the one door to files, the clock, the user's prompts, the status line, the system's
+// viewer and the folders of the user. Public functions check the path rules, call the virtual part
+// and write the ledger; the real, the scripted and the faulty door differ in the virtual part only.
+// Main thread, except Progress.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +20,8 @@ namespace engine {
 
 enum class FileKind { Missing, File, Folder, Other };
 
-// What tells whether a file is still the one read before. Differing stamps need not mean differing bytes: a copied file and one
-// whose rights changed have new ones.
+// What tells whether a file is still the one read before. Differing stamps need not mean differing
+// bytes: a copied file and one whose rights changed have new ones.
 struct FileStamp {
   std::uint64_t size = 0;
   std::int64_t changed = 0;  // nanoseconds since 1970
@@ -30,7 +31,8 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 
-// The disk that a path is on: what may still be written there, and the size in steps of which files take room.
+// The disk that a path is on: what may still be written there, and the size in steps of which files
+// take room.
 struct DiskSpace {
   std::uint64_t free = 0;   // bytes
   std::uint64_t block = 1;  // bytes
@@ -44,7 +46,8 @@ struct FileQuestion {
   std::string proposal;  // path shown first, may be empty
 };
 
-// Asked when a file is written completely, before it takes its place; a failure leaves everything as it was.
+// Asked when a file is written completely, before it takes its place; a failure leaves everything
+// as it was.
 using BeforePlacing = std::function<Status()>;
 
 class Outside {
@@ -54,34 +57,40 @@ class Outside {
   // The door in use: the one of the innermost OutsideInUse, else a real one without a person.
   static Outside& Current();
 
-  // --- Files. Paths are absolute UTF-8 texts. Reading operations refuse relative paths; the others refuse
-  // relative paths, ".." components and NUL bytes. Failure messages name the path.
+  // --- Files. Paths are absolute UTF-8 texts. Reading operations refuse relative paths; the others
+  // refuse relative paths, ".." components and NUL bytes. Failure messages name the path.
 
   // Links are followed. Never fails: a refused or unreadable path is Missing. Not in the ledger.
   FileKind Kind(const std::string& path);
   // What `path` leads to; zeros where it is Missing. Not in the ledger.
   FileStamp Stamp(const std::string& path);
-  // Of the disk that `path`, or the nearest folder above it that is there, is on; nothing where the system does not
-  // tell. Not in the ledger.
+  // Of the disk that `path`, or the nearest folder above it that is there, is on; nothing where the
+  // system does not tell. Not in the ledger.
   std::optional<DiskSpace> Space(const std::string& path);
-  // The whole file; one larger than `limit` bytes, a folder, pipe or device is refused without reading it.
+  // The whole file; one larger than `limit` bytes, a folder, pipe or device is refused without
+  // reading it.
   Result<std::string> ReadFile(const std::string& path, std::uint64_t limit = 16ull << 30);
-  // Atomic and durable: a temporary file in the same folder, everything written, sync checked, rename, folder
-  // sync checked. On failure the old file is whole and the temporary one is gone. `pieces` are written in order. A
-  // link to a file stays a link and the file it points to is replaced; a write-protected file is refused.
-  Status ReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready = {});
-  Status ReplaceFile(const std::string& path, std::string_view bytes) { return ReplaceFile(path, std::span(&bytes, 1)); }
+  // Atomic and durable: a temporary file in the same folder, everything written, sync checked,
+  // rename, folder sync checked. On failure the old file is whole and the temporary one is gone.
+  // `pieces` are written in order. A link to a file stays a link and the file it points to is
+  // replaced; a write-protected file is refused.
+  Status ReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                     const BeforePlacing& ready = {});
+  Status ReplaceFile(const std::string& path, std::string_view bytes) {
+    return ReplaceFile(path, std::span(&bytes, 1));
+  }
   // No parents; success when the folder is there afterwards.
   Status MakeFolder(const std::string& path);
   // MakeFolder for each missing parent, too. For the program's own folders.
   Status MakeFolders(const std::string& path);
-  // Regular files only, atomically as ReplaceFile; a file onto itself (same device and inode) is left alone. Without
-  // `replace` an existing target is refused. `from` is read only, so
+  // Regular files only, atomically as ReplaceFile; a file onto itself (same device and inode) is
+  // left alone. Without `replace` an existing target is refused. `from` is read only, so
   // that a ".." component in it is no reason to refuse.
   Status CopyFile(const std::string& from, const std::string& to, bool replace);
   // A plain file or a symbolic link itself.
   Status RemoveFile(const std::string& path);
-  // The folder and all in it, by directory handles, never following a link; of a link to a folder the link only.
+  // The folder and all in it, by directory handles, never following a link; of a link to a folder
+  // the link only.
   Status RemoveFolder(const std::string& path);
   // Refuses when the target exists.
   Status Rename(const std::string& from, const std::string& to);
@@ -97,7 +106,7 @@ class Outside {
   virtual void Tell(const std::string& text) = 0;
   // True for yes.
   virtual bool Ask(const std::string& text) = 0;
-  // Nothing when cancelled.
+  // Nothing when canceled.
   virtual std::optional<std::string> ChooseFile(const FileQuestion& question) = 0;
   virtual void ShowStatus(const std::string& text) = 0;
   virtual void ClearStatus() = 0;
@@ -105,7 +114,8 @@ class Outside {
   virtual bool Progress(double fraction, const std::string& what) = 0;
   Status OpenWithViewer(const std::string& path);
 
-  // --- The user's folders (XDG): config, data, cache, state, each "<base>/stagemarks". Not made here.
+  // --- The user's folders (XDG): config, data, cache, state, each "<base>/stagemarks". Not made
+  // here.
   virtual std::string ConfigFolder() = 0;
   virtual std::string DataFolder() = 0;
   virtual std::string CacheFolder() = 0;
@@ -120,7 +130,8 @@ class Outside {
   // `path` is there.
   virtual std::optional<DiskSpace> DoSpace(const std::string& path) = 0;
   virtual Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) = 0;
-  virtual Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) = 0;
+  virtual Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                               const BeforePlacing& ready) = 0;
   virtual Status DoMakeFolder(const std::string& path) = 0;
   virtual Status DoCopyFile(const std::string& from, const std::string& to, bool replace) = 0;
   virtual Status DoRemoveFile(const std::string& path) = 0;
@@ -143,7 +154,8 @@ class Outside {
   Ledger ledger_;
 };
 
-// Makes `outside` the door in use while this lives, then gives the former one back. Does not own it.
+// Makes `outside` the door in use while this lives, then gives the former one back. Does not own
+// it.
 class OutsideInUse {
  public:
   explicit OutsideInUse(Outside& outside);

@@ -32,15 +32,18 @@ bool ClimbsUp(const std::string& path) {
 
 Result<std::string> PathForReading(const std::string& path) {
   if (path.empty()) return Status::Failure("The path is empty.");
-  if (path.find('\0') != std::string::npos) return Status::Failure("The path " + Quoted(path.c_str()) + "... holds a NUL byte.");
-  if (path.front() != '/') return Status::Failure("The path " + Quoted(path) + " is relative; an absolute one is needed.");
+  if (path.find('\0') != std::string::npos)
+    return Status::Failure("The path " + Quoted(path.c_str()) + "... holds a NUL byte.");
+  if (path.front() != '/')
+    return Status::Failure("The path " + Quoted(path) + " is relative; an absolute one is needed.");
   return Cleaned(path);
 }
 
 Result<std::string> PathForWriting(const std::string& path) {
   Result<std::string> clean = PathForReading(path);
   if (!clean) return clean;
-  if (ClimbsUp(path)) return Status::Failure("The path " + Quoted(path) + " holds a \"..\" component.");
+  if (ClimbsUp(path))
+    return Status::Failure("The path " + Quoted(path) + " holds a \"..\" component.");
   if (clean.Value() == "/") return Status::Failure("The root folder cannot be changed.");
   return clean;
 }

@@ -1,4 +1,5 @@
-// The rules that every path meets before anything is done with it. Texts only, the disk is not touched. Any thread.
+// The rules that every path meets before anything is done with it. Texts only, the disk is not
+// touched. Any thread.
 #pragma once
 
 #include <string>
@@ -7,10 +8,11 @@
 
 namespace engine {
 
-// The path with doubled separators, "." components and trailing separators taken away; fails for one that is empty,
-// relative or holds a NUL byte.
+// The path with doubled separators, "." components and trailing separators taken away; fails for
+// one that is empty, relative or holds a NUL byte.
 Result<std::string> PathForReading(const std::string& path);
-// The same; fails for a ".." component besides, counting '\' as a separator, too, and for the root folder.
+// The same; fails for a ".." component besides, counting '\' as a separator, too, and for the root
+// folder.
 Result<std::string> PathForWriting(const std::string& path);
 
 }  // namespace engine

@@ -25,16 +25,21 @@ constexpr std::string_view kHiddenEnd = ".tmp";
 
 std::string HiddenName() {
   thread_local std::mt19937_64 random{std::random_device{}()};
-  return std::string(kHiddenBegin) + std::to_string(getpid()) + "-" + std::to_string(random()) + std::string(kHiddenEnd);
+  return std::string(kHiddenBegin) + std::to_string(getpid()) + "-" + std::to_string(random()) +
+         std::string(kHiddenEnd);
 }
 
 // The way to a file without a name, for giving it one.
-std::string PathOfHandle(const FileHandle& file) { return "/proc/self/fd/" + std::to_string(file.Get()); }
+std::string PathOfHandle(const FileHandle& file) {
+  return "/proc/self/fd/" + std::to_string(file.Get());
+}
 
-// Whoever writes a file with a hidden name has it locked; false where the system knows no locks or somebody has it.
+// Whoever writes a file with a hidden name has it locked; false where the system knows no locks or
+// somebody has it.
 bool LockHidden(const FileHandle& file) { return flock(file.Get(), LOCK_EX | LOCK_NB) == 0; }
 
-// Whether a new hidden file is ours: somebody who takes it for a dead one may be faster than the lock.
+// Whether a new hidden file is ours: somebody who takes it for a dead one may be faster than the
+// lock.
 bool IsOurs(const FileHandle& file) {
   if (!LockHidden(file) && errno == EWOULDBLOCK) return false;
   struct stat info;
@@ -43,9 +48,11 @@ bool IsOurs(const FileHandle& file) {
 
 // A hidden file that nobody has locked belongs to a program that is no more.
 void RemoveWhenDead(int folder, const char* name) {
-  const FileHandle file(openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const FileHandle file(
+      openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat info;
-  if (file && fstat(file.Get(), &info) == 0 && S_ISREG(info.st_mode) && LockHidden(file)) unlinkat(folder, name, 0);
+  if (file && fstat(file.Get(), &info) == 0 && S_ISREG(info.st_mode) && LockHidden(file))
+    unlinkat(folder, name, 0);
 }
 
 // Once for each folder and program: folders with many files are not read again for each of them.
@@ -62,7 +69,8 @@ void RemoveDeadFiles(int folder, const std::string& path) {
   (void)listing.Release();
   while (const dirent* entry = readdir(entries)) {
     const std::string_view name = entry->d_name;
-    if (name.starts_with(kHiddenBegin) && name.ends_with(kHiddenEnd)) RemoveWhenDead(folder, entry->d_name);
+    if (name.starts_with(kHiddenBegin) && name.ends_with(kHiddenEnd))
+      RemoveWhenDead(folder, entry->d_name);
   }
   closedir(entries);
 }
@@ -75,10 +83,11 @@ bool Exists(int folder, const std::string& name) {
   return fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-// For file systems without the flag: a second link fails on an existing target. Folders have none and leave a gap
-// between looking and renaming.
+// For file systems without the flag: a second link fails on an existing target. Folders have none
+// and leave a gap between looking and renaming.
 bool RenameByLink(int fromFolder, const std::string& from, int toFolder, const std::string& to) {
-  if (linkat(fromFolder, from.c_str(), toFolder, to.c_str(), 0) == 0) return unlinkat(fromFolder, from.c_str(), 0) == 0;
+  if (linkat(fromFolder, from.c_str(), toFolder, to.c_str(), 0) == 0)
+    return unlinkat(fromFolder, from.c_str(), 0) == 0;
   if (errno == EEXIST || errno == ENOENT) return false;
   if (Exists(toFolder, to)) {
     errno = EEXIST;
@@ -89,7 +98,8 @@ bool RenameByLink(int fromFolder, const std::string& from, int toFolder, const s
 
 }  // namespace
 
-bool RenameWithoutReplacing(int fromFolder, const std::string& from, int toFolder, const std::string& to) {
+bool RenameWithoutReplacing(int fromFolder, const std::string& from, int toFolder,
+                            const std::string& to) {
   if (renameat2(fromFolder, from.c_str(), toFolder, to.c_str(), RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   return RenameByLink(fromFolder, from, toFolder, to);
@@ -126,12 +136,16 @@ Status PendingFile::CheckPlace() {
   struct stat info;
   if (fstatat(folder_.Get(), name_.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return {};
   if (S_ISDIR(info.st_mode)) return FileFailure(kCannotWrite, path_, "a folder is in its place");
-  if (!S_ISREG(info.st_mode)) return FileFailure(kCannotWrite, path_, "something that is no plain file is in its place");
-  if (faccessat(folder_.Get(), name_.c_str(), W_OK, AT_EACCESS) != 0) return SystemFailure(kCannotWrite, path_);
+  if (!S_ISREG(info.st_mode))
+    return FileFailure(kCannotWrite, path_, "something that is no plain file is in its place");
+  if (faccessat(folder_.Get(), name_.c_str(), W_OK, AT_EACCESS) != 0)
+    return SystemFailure(kCannotWrite, path_);
   return {};
 }
 
-Status PendingFile::Open() { return OpenUnnamed() || OpenHidden() ? Status() : SystemFailure(kCannotWrite, path_); }
+Status PendingFile::Open() {
+  return OpenUnnamed() || OpenHidden() ? Status() : SystemFailure(kCannotWrite, path_);
+}
 
 // Without the folder of handles the file could not be given a name later.
 bool PendingFile::OpenUnnamed() {
@@ -144,7 +158,8 @@ bool PendingFile::OpenUnnamed() {
 bool PendingFile::OpenHidden() {
   do {
     hidden_ = HiddenName();
-    file_ = FileHandle(openat(folder_.Get(), hidden_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    file_ = FileHandle(openat(folder_.Get(), hidden_.c_str(),
+                              O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
     if (!file_) hidden_.clear();
     if (!file_) return false;
   } while (!IsOurs(file_));
@@ -153,7 +168,9 @@ bool PendingFile::OpenHidden() {
 
 bool PendingFile::NameIt() {
   const std::string name = HiddenName();
-  if (linkat(AT_FDCWD, PathOfHandle(file_).c_str(), folder_.Get(), name.c_str(), AT_SYMLINK_FOLLOW) != 0) return false;
+  if (linkat(AT_FDCWD, PathOfHandle(file_).c_str(), folder_.Get(), name.c_str(),
+             AT_SYMLINK_FOLLOW) != 0)
+    return false;
   hidden_ = name;
   return true;
 }
@@ -179,11 +196,13 @@ Status PendingFile::Write(std::string_view bytes) {
   return {};
 }
 
-// A name cannot be given to a file in place of another one, so that the file has a hidden one for a moment.
+// A name cannot be given to a file in place of another one, so that the file has a hidden one for a
+// moment.
 bool PendingFile::Place(bool replace) {
   const int folder = folder_.Get();
   if (!replace && hidden_.empty()) {
-    return linkat(AT_FDCWD, PathOfHandle(file_).c_str(), folder, name_.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    return linkat(AT_FDCWD, PathOfHandle(file_).c_str(), folder, name_.c_str(),
+                  AT_SYMLINK_FOLLOW) == 0;
   }
   if (hidden_.empty() && !NameIt()) return false;
   const bool placed = replace ? renameat(folder, hidden_.c_str(), folder, name_.c_str()) == 0
@@ -196,7 +215,8 @@ bool PendingFile::Place(bool replace) {
 Status PendingFile::Commit(bool replace) {
   if (fsync(file_.Get()) != 0 || !Place(replace)) return SystemFailure(kCannotWrite, path_);
   (void)file_.Close();
-  if (!SyncFolder(folder_.Get())) return SystemFailure("Cannot make sure that the disk holds", path_);
+  if (!SyncFolder(folder_.Get()))
+    return SystemFailure("Cannot make sure that the disk holds", path_);
   return {};
 }
 

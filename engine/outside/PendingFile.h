@@ -1,7 +1,8 @@
-// PendingFile: a file that is being written where nobody sees it and takes its place in one step, or leaves no trace. Where the
-// file system has files without a name it has none until it is complete, so that not even a killed program leaves anything;
-// elsewhere it has a hidden name beside its place, and what killed programs left there goes with the next file
-// written in the folder. Any thread, one at a time for each file.
+// PendingFile: a file that is being written where nobody sees it and takes its place in one step,
+// or leaves no trace. Where the file system has files without a name it has none until it is
+// complete, so that not even a killed program leaves anything; elsewhere it has a hidden name
+// beside its place, and what killed programs left there goes with the next file written in the
+// folder. Any thread, one at a time for each file.
 #pragma once
 
 #include <string>
@@ -21,11 +22,12 @@ class PendingFile {
   // Removes the file unless Commit took it to its place.
   ~PendingFile();
 
-  // Opens the file. Follows a link at the place to the file it points to; refuses anything there but a plain file
-  // that may be written.
+  // Opens the file. Follows a link at the place to the file it points to; refuses anything there
+  // but a plain file that may be written.
   Status Begin();
   Status Write(std::string_view bytes);
-  // Brings the bytes to the disk and the file to its place. Without `replace` it fails when something is there.
+  // Brings the bytes to the disk and the file to its place. Without `replace` it fails when
+  // something is there.
   Status Commit(bool replace);
 
  private:
@@ -45,7 +47,9 @@ class PendingFile {
   FileHandle file_;
 };
 
-// Renames without ever replacing: fails with EEXIST when something is at the target. The paths lie below the folders.
-bool RenameWithoutReplacing(int fromFolder, const std::string& from, int toFolder, const std::string& to);
+// Renames without ever replacing: fails with EEXIST when something is at the target. The paths lie
+// below the folders.
+bool RenameWithoutReplacing(int fromFolder, const std::string& from, int toFolder,
+                            const std::string& to);
 
 }  // namespace engine

@@ -17,7 +17,7 @@ bool AbsentPerson::Ask(const std::string& text) {
 }
 
 std::optional<std::string> AbsentPerson::ChooseFile(const FileQuestion& question) {
-  Print(question.title + " (cancelled)");
+  Print(question.title + " (canceled)");
   return std::nullopt;
 }
 

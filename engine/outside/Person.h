@@ -1,5 +1,6 @@
-// Person: who sits in front of the program: hears what is told, answers what is asked, sees status and progress. The
-// real Outside hands these to one; the command line and the desktop have their own. Main thread, except Progress.
+// Person: who sits in front of the program: hears what is told, answers what is asked, sees status
+// and progress. The real Outside hands these to one; the command line and the desktop have their
+// own. Main thread, except Progress.
 #pragma once
 
 #include <optional>
@@ -15,17 +16,19 @@ class Person {
   virtual void Tell(const std::string& text) = 0;
   // True for yes.
   virtual bool Ask(const std::string& text) = 0;
-  // An absolute path; nothing when cancelled.
+  // An absolute path; nothing when canceled.
   virtual std::optional<std::string> ChooseFile(const FileQuestion& question) = 0;
   virtual void ShowStatus(const std::string& text) = 0;
   virtual void ClearStatus() = 0;
   // Any thread; false asks the work to stop.
   virtual bool Progress(double fraction, const std::string& what) = 0;
-  // A file is about to be written or copied to `path`. Any thread; false asks the work to stop, and the file stays as it is.
+  // A file is about to be written or copied to `path`. Any thread; false asks the work to stop, and
+  // the file stays as it is.
   virtual bool Writing(const std::string&) { return true; }
 };
 
-// Nobody there to answer: texts go to the standard error stream, questions are answered no, choices are cancelled.
+// Nobody there to answer: texts go to the standard error stream, questions are answered no, choices
+// are canceled.
 class AbsentPerson : public Person {
  public:
   void Tell(const std::string& text) override;

@@ -26,10 +26,12 @@ FileKind KindOfMode(mode_t mode) {
   return S_ISDIR(mode) ? FileKind::Folder : FileKind::Other;
 }
 
-std::int64_t Nanoseconds(const timespec& time) { return std::int64_t{time.tv_sec} * 1000000000 + time.tv_nsec; }
+std::int64_t Nanoseconds(const timespec& time) {
+  return std::int64_t{time.tv_sec} * 1000000000 + time.tv_nsec;
+}
 
-// An open plain file. Pipes and devices are refused before they are opened, since opening alone can wait or act; the
-// second look is for what was put in place in between.
+// An open plain file. Pipes and devices are refused before they are opened, since opening alone can
+// wait or act; the second look is for what was put in place in between.
 Result<FileHandle> OpenPlainFile(const std::string& path, struct stat& info) {
   if (stat(path.c_str(), &info) != 0) return SystemFailure(kCannotRead, path);
   if (S_ISDIR(info.st_mode)) return FileFailure(kCannotRead, path, "it is a folder");
@@ -53,10 +55,13 @@ Status TooLarge(const std::string& path, std::uint64_t limit) {
   return FileFailure(kCannotRead, path, "it is larger than " + std::to_string(limit) + " bytes");
 }
 
-Status Stopped(const std::string& path) { return FileFailure("Did not write", path, "the work was stopped"); }
+Status Stopped(const std::string& path) {
+  return FileFailure("Did not write", path, "the work was stopped");
+}
 
 // `goOn`: asked now and then.
-Status CopyBytes(int from, const std::string& path, PendingFile& to, const std::function<bool()>& goOn) {
+Status CopyBytes(int from, const std::string& path, PendingFile& to,
+                 const std::function<bool()>& goOn) {
   std::string buffer(std::size_t{1} << 18, '\0');
   for (;;) {
     const ssize_t count = ReadSome(from, buffer.data(), buffer.size());
@@ -78,7 +83,8 @@ host::LocalFileTime RealOutside::Now() {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
   localtime_r(&now, &local);
-  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
+  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+          local.tm_hour,        local.tm_min,     local.tm_sec};
 }
 
 std::string RealOutside::ConfigFolder() { return FindUserFolder(UserFolder::Config); }
@@ -100,7 +106,8 @@ Result<std::string> RealOutside::DoReadFile(const std::string& path, std::uint64
   std::string bytes(static_cast<std::size_t>(info.st_size) + 1, '\0');
   std::size_t filled = 0;
   for (;;) {
-    const ssize_t count = ReadSome(file.Value().Get(), bytes.data() + filled, bytes.size() - filled);
+    const ssize_t count =
+        ReadSome(file.Value().Get(), bytes.data() + filled, bytes.size() - filled);
     if (count < 0) return SystemFailure(kCannotRead, path);
     if (count == 0) break;
     filled += static_cast<std::size_t>(count);
@@ -114,8 +121,8 @@ Result<std::string> RealOutside::DoReadFile(const std::string& path, std::uint64
 FileStamp RealOutside::DoStamp(const std::string& path) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) return {};
-  return {static_cast<std::uint64_t>(info.st_size), Nanoseconds(info.st_mtim), Nanoseconds(info.st_ctim), info.st_dev,
-          info.st_ino};
+  return {static_cast<std::uint64_t>(info.st_size), Nanoseconds(info.st_mtim),
+          Nanoseconds(info.st_ctim), info.st_dev, info.st_ino};
 }
 
 // The system's own file trees have no size, so that nothing can be said of them.
@@ -126,7 +133,8 @@ std::optional<DiskSpace> RealOutside::DoSpace(const std::string& path) {
   return DiskSpace{disk.f_bavail * block, block};
 }
 
-Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces, const BeforePlacing& ready) {
+Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                                  const BeforePlacing& ready) {
   if (!person_->Writing(path)) return Stopped(path);
   PendingFile file(path);
   Status status = file.Begin();
@@ -161,7 +169,8 @@ Status RealOutside::DoCopyFile(const std::string& from, const std::string& to, b
 Status RealOutside::DoRemoveFile(const std::string& path) {
   struct stat info;
   if (lstat(path.c_str(), &info) != 0) return SystemFailure("Cannot remove", path);
-  if (!S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode)) return FileFailure("Cannot remove", path, "it is no plain file");
+  if (!S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode))
+    return FileFailure("Cannot remove", path, "it is no plain file");
   return unlink(path.c_str()) == 0 ? Status() : SystemFailure("Cannot remove", path);
 }
 
@@ -172,9 +181,13 @@ Status RealOutside::DoRename(const std::string& from, const std::string& to) {
   return SystemFailure("Cannot rename \"" + from + "\" to", to);
 }
 
-Result<std::vector<std::string>> RealOutside::DoListFiles(const std::string& folder) { return ListPlainFiles(folder); }
+Result<std::vector<std::string>> RealOutside::DoListFiles(const std::string& folder) {
+  return ListPlainFiles(folder);
+}
 
-Result<std::vector<std::string>> RealOutside::DoListFolders(const std::string& folder) { return ListFoldersIn(folder); }
+Result<std::vector<std::string>> RealOutside::DoListFolders(const std::string& folder) {
+  return ListFoldersIn(folder);
+}
 
 Status RealOutside::DoOpenWithViewer(const std::string& path) {
   if (DoKind(path) == FileKind::Missing) return FileFailure("Cannot open", path, "it is not there");

@@ -47,11 +47,13 @@ bool ScriptedOutside::Ask(const std::string& text) {
 
 std::optional<std::string> ScriptedOutside::ChooseFile(const FileQuestion& question) {
   std::optional<std::string> path = TakeFirst(choices_, std::optional<std::string>());
-  transcript_.push_back("choose: " + question.title + " -> " + path.value_or("(cancelled)"));
+  transcript_.push_back("choose: " + question.title + " -> " + path.value_or("(canceled)"));
   return path;
 }
 
-void ScriptedOutside::ShowStatus(const std::string& text) { transcript_.push_back("status: " + text); }
+void ScriptedOutside::ShowStatus(const std::string& text) {
+  transcript_.push_back("status: " + text);
+}
 
 void ScriptedOutside::ClearStatus() { transcript_.push_back("status cleared"); }
 

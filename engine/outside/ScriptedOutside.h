@@ -1,6 +1,7 @@
-// ScriptedOutside: a door with real files (or those of another door), whose person is a script: answers given beforehand
-// in order, a clock that can be set, user folders of its own, and a transcript of all that was told, asked and shown. For
-// tests and for runs without a person. Main thread, except Progress.
+// ScriptedOutside: a door with real files (or those of another door), whose person is a script:
+// answers given beforehand in order, a clock that can be set, user folders of its own, and a
+// transcript of all that was told, asked and shown. For tests and for runs without a person. Main
+// thread, except Progress.
 #pragma once
 
 #include <atomic>
@@ -13,14 +14,15 @@ namespace engine {
 
 class ScriptedOutside : public ForwardingOutside {
  public:
-  // Real files. `userFolder`: absolute; the folders config, data, cache and state lie in it. Empty: there are none, so
-  // that nothing of the user's is ever touched.
+  // Real files. `userFolder`: absolute; the folders config, data, cache and state lie in it. Empty:
+  // there are none, so that nothing of the user's is ever touched.
   explicit ScriptedOutside(std::string userFolder = "");
   // Files of `inner`, which must outlive this.
   ScriptedOutside(Outside& inner, std::string userFolder);
   ~ScriptedOutside() override;
 
-  // Answers in the order of asking; when none is left a question is answered no and a choice cancelled.
+  // Answers in the order of asking; when none is left a question is answered no and a choice
+  // canceled.
   void AnswerNext(bool yes) { answers_.push_back(yes); }
   void ChooseNext(std::optional<std::string> path) { choices_.push_back(std::move(path)); }
   // What an unscripted question gets.
@@ -34,8 +36,8 @@ class ScriptedOutside : public ForwardingOutside {
   void StopProgressAt(int call);
   int ProgressCalls() const { return progressCalls_; }
 
-  // One line an event: "tell: text", "ask: text -> yes", "choose: title -> path", "status: text", "status cleared",
-  // "view: path".
+  // One line an event: "tell: text", "ask: text -> yes", "choose: title -> path", "status: text",
+  // "status cleared", "view: path".
   const std::vector<std::string>& Transcript() const { return transcript_; }
   // Takes the transcript away, as one text with a line end after each line.
   std::string TakeTranscript();
@@ -58,7 +60,9 @@ class ScriptedOutside : public ForwardingOutside {
 
  private:
   ScriptedOutside(std::unique_ptr<Outside> owned, std::string userFolder);
-  std::string UserFolderNamed(const char* name) const { return userFolder_.empty() ? "" : userFolder_ + "/" + name; }
+  std::string UserFolderNamed(const char* name) const {
+    return userFolder_.empty() ? "" : userFolder_ + "/" + name;
+  }
 
   std::unique_ptr<Outside> owned_;
   std::string userFolder_;

@@ -1,5 +1,5 @@
-// The codecs of single formats behind DecodeImage. Each gets the whole file in memory, checks sizes before it takes memory and
-// answers a message for whatever it cannot read. Any thread.
+// The codecs of single formats behind DecodeImage. Each gets the whole file in memory, checks sizes
+// before it takes memory and answers a message for whatever it cannot read. Any thread.
 #pragma once
 
 #include "engine/render/Image.h"

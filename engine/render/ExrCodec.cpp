@@ -15,7 +15,8 @@ class MemoryStream : public Imf::IStream {
  public:
   explicit MemoryStream(std::string_view bytes) : IStream("picture"), bytes_(bytes) {}
   bool read(char buffer[], int count) override {
-    if (count < 0 || static_cast<std::size_t>(count) > bytes_.size() - position_) throw std::runtime_error("it ends too early");
+    if (count < 0 || static_cast<std::size_t>(count) > bytes_.size() - position_)
+      throw std::runtime_error("it ends too early");
     std::memcpy(buffer, bytes_.data() + position_, static_cast<std::size_t>(count));
     position_ += static_cast<std::size_t>(count);
     return position_ < bytes_.size();
@@ -36,7 +37,7 @@ float Finite(float value) { return std::isfinite(value) ? value : 0.0F; }
 
 void Unpack(const Imf::Rgba& pixel, float* channels) {
   const float alpha = std::clamp(Finite(pixel.a), 0.0F, 1.0F);
-  // Files hold colours multiplied by alpha; a colour without any alpha is light alone and kept.
+  // Files hold colors multiplied by alpha; a color without any alpha is light alone and kept.
   const float factor = alpha > 0 ? 1 / alpha : 1;
   channels[0] = Finite(Finite(pixel.r) * factor);
   channels[1] = Finite(Finite(pixel.g) * factor);
@@ -51,7 +52,8 @@ Result<Image> Read(std::string_view bytes) {
   const std::int64_t width = std::int64_t{window.max.x} - window.min.x + 1;
   const std::int64_t height = std::int64_t{window.max.y} - window.min.y + 1;
   if (width <= 0 || height <= 0) return Result<Image>::Failure("The OpenEXR picture is empty.");
-  const Status size = CheckImageSize(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height), 4 * sizeof(float));
+  const Status size = CheckImageSize(static_cast<std::uint64_t>(width),
+                                     static_cast<std::uint64_t>(height), 4 * sizeof(float));
   if (!size) return size;
   Image image{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), {}, {}};
   image.floats.resize(image.PixelCount() * 4);
@@ -61,7 +63,8 @@ Result<Image> Read(std::string_view bytes) {
     const int line = window.min.y + static_cast<int>(y);
     file.setFrameBuffer(row.data() - window.min.x, 1, 0);
     file.readPixels(line);
-    for (std::size_t x = 0; x < row.size(); ++x) Unpack(row[x], &image.floats[(y * row.size() + x) * 4]);
+    for (std::size_t x = 0; x < row.size(); ++x)
+      Unpack(row[x], &image.floats[(y * row.size() + x) * 4]);
   }
   return image;
 }
@@ -70,14 +73,17 @@ Result<Image> Read(std::string_view bytes) {
 
 Result<Image> DecodeExr(std::string_view bytes) {
   static const bool limited = [] {
-    Imf::Header::setMaxImageSize(static_cast<int>(kLargestImageSide), static_cast<int>(kLargestImageSide));
-    Imf::Header::setMaxTileSize(static_cast<int>(kLargestImageSide), static_cast<int>(kLargestImageSide));
+    Imf::Header::setMaxImageSize(static_cast<int>(kLargestImageSide),
+                                 static_cast<int>(kLargestImageSide));
+    Imf::Header::setMaxTileSize(static_cast<int>(kLargestImageSide),
+                                static_cast<int>(kLargestImageSide));
     return true;
   }();
   try {
     if (limited) return Read(bytes);
   } catch (const std::exception& error) {
-    return Result<Image>::Failure("The OpenEXR picture is damaged (" + std::string(error.what()) + ").");
+    return Result<Image>::Failure("The OpenEXR picture is damaged (" + std::string(error.what()) +
+                                  ").");
   }
   return Result<Image>::Failure("The OpenEXR picture cannot be read.");
 }

@@ -1,5 +1,5 @@
-// Fingerprint: a number that tells whether two scenes look alike. What is shared is told by its address, so that it holds while
-// one of the scenes lives. A value; any thread.
+// Fingerprint: a number that tells whether two scenes look alike. What is shared is told by its
+// address, so that it holds while one of the scenes lives. A value; any thread.
 #pragma once
 
 #include <bit>

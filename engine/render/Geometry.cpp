@@ -5,7 +5,8 @@ namespace engine {
 namespace {
 
 constexpr float kSmoothCosine = 0.766F;  // of 40 degrees
-// Around a point with more faces than this all of them count: looking at each pair would be quadratic.
+// Around a point with more faces than this all of them count: looking at each pair would be
+// quadratic.
 constexpr std::size_t kMostFacesCompared = 48;
 constexpr float kFarthest = 1e9F;
 
@@ -16,7 +17,8 @@ struct Source {
 };
 
 bool IsUsable(const Vec& p) {
-  return IsFinite(p) && std::abs(p.x) < kFarthest && std::abs(p.y) < kFarthest && std::abs(p.z) < kFarthest;
+  return IsFinite(p) && std::abs(p.x) < kFarthest && std::abs(p.y) < kFarthest &&
+         std::abs(p.z) < kFarthest;
 }
 
 class Cleaning {
@@ -108,7 +110,8 @@ class Cleaning {
     std::vector<Vec> sums(geometry_.points.size());
     for (std::size_t p = 0; p < sums.size(); ++p) {
       if (firstFace_[p + 1] - firstFace_[p] <= kMostFacesCompared) continue;
-      for (std::size_t k = firstFace_[p]; k < firstFace_[p + 1]; ++k) sums[p] += faceNormals_[faces_[k]];
+      for (std::size_t k = firstFace_[p]; k < firstFace_[p + 1]; ++k)
+        sums[p] += faceNormals_[faces_[k]];
     }
     return sums;
   }
@@ -149,12 +152,13 @@ class Cleaning {
 void Index(RTCDevice device, Geometry& geometry) {
   geometry.scene = rtcNewScene(device);
   RTCGeometry triangles = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
-  rtcSetSharedGeometryBuffer(triangles, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, geometry.triangles.data(), 0,
-                             sizeof(Geometry::Corners), geometry.triangles.size());
+  rtcSetSharedGeometryBuffer(triangles, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
+                             geometry.triangles.data(), 0, sizeof(Geometry::Corners),
+                             geometry.triangles.size());
   // The library reads points 16 bytes at a time and may look past the last one.
   geometry.points.reserve(geometry.points.size() + 2);
-  rtcSetSharedGeometryBuffer(triangles, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, geometry.points.data(), 0, sizeof(Vec),
-                             geometry.points.size());
+  rtcSetSharedGeometryBuffer(triangles, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
+                             geometry.points.data(), 0, sizeof(Vec), geometry.points.size());
   rtcCommitGeometry(triangles);
   rtcAttachGeometry(geometry.scene, triangles);
   rtcReleaseGeometry(triangles);

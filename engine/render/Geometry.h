@@ -1,5 +1,6 @@
-// Geometry: a mesh made ready for rays: triangles that can be trusted, normals at their corners and the search structure over
-// them. Never changes once made, so that pictures share it. Making needs no lock; any thread may look.
+// Geometry: a mesh made ready for rays: triangles that can be trusted, normals at their corners and
+// the search structure over them. Never changes once made, so that pictures share it. Making needs
+// no lock; any thread may look.
 #pragma once
 
 #include <embree3/rtcore.h>
@@ -22,9 +23,11 @@ struct Geometry {
   std::vector<Corners> triangles;
   std::vector<std::array<Vec, 3>> normals;               // unit, one per corner
   std::vector<std::array<std::array<float, 2>, 3>> uvs;  // empty, or one per corner
-  bool hasFront = false;                                 // the mesh came with normals, so its faces have a front and a back
+  // The mesh came with normals, so its faces have a front and a back
+  bool hasFront = false;
   Box bounds;
-  std::size_t dropped = 0;  // triangles left out because they have no area, no points or no finite ones
+  // Triangles left out because they have no area, no points or no finite ones
+  std::size_t dropped = 0;
   RTCScene scene = nullptr;
 
   Geometry() = default;
@@ -33,8 +36,9 @@ struct Geometry {
   ~Geometry();
 };
 
-// Splits, cleans and indexes a mesh; null when nothing of it can be seen. Corners without normals get smooth ones, averaged over
-// the faces around their point that turn away by less than 40 degrees.
+// Splits, cleans and indexes a mesh; null when nothing of it can be seen. Corners without normals
+// get smooth ones, averaged over the faces around their point that turn away by less than 40
+// degrees.
 std::shared_ptr<const Geometry> MakeGeometry(RTCDevice device, const Mesh& mesh);
 
 }  // namespace engine

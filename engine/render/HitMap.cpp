@@ -7,7 +7,8 @@ namespace engine {
 
 namespace {
 
-// Pixels of the smaller map that have a marked and an unmarked one among themselves and their neighbours.
+// Pixels of the smaller map that have a marked and an unmarked one among themselves and their
+// neighbors.
 std::vector<std::uint8_t> EdgesIn(const HitMap& hits, const std::vector<std::uint8_t>& marked) {
   const auto isMarked = [&](std::uint32_t x, std::uint32_t y) {
     const std::uint32_t instance = hits.instances[std::size_t{y} * hits.width + x];
@@ -44,12 +45,13 @@ NodeId HitMap::ObjectAt(std::uint32_t x, std::uint32_t y) const {
 
 std::optional<Vec> HitMap::PointAt(std::uint32_t x, std::uint32_t y) const {
   if (ObjectAt(x, y) == 0) return std::nullopt;
-  const Ray ray = RayCamera(camera, width, height).Through(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F);
+  const Ray ray = RayCamera(camera, width, height)
+                      .Through(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F);
   return ray.origin + ray.direction * distances[std::size_t{y} * width + x];
 }
 
-HitMap Enlarged(const HitMap& hits, std::uint32_t width, std::uint32_t height, const std::vector<std::uint8_t>& marked,
-                const RayScene& rays) {
+HitMap Enlarged(const HitMap& hits, std::uint32_t width, std::uint32_t height,
+                const std::vector<std::uint8_t>& marked, const RayScene& rays) {
   const std::vector<std::uint8_t> edges = EdgesIn(hits, marked);
   HitMap map{width, height, hits.camera, {}, {}, hits.objects};
   map.instances.resize(std::size_t{width} * height);
@@ -64,7 +66,9 @@ HitMap Enlarged(const HitMap& hits, std::uint32_t width, std::uint32_t height, c
       if (!edges[near]) {
         map.instances[here] = hits.instances[near];
         map.distances[here] = hits.distances[near];
-      } else if (rays.FindVisible(camera.Through(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F), camera, &finding)) {
+      } else if (rays.FindVisible(
+                     camera.Through(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F),
+                     camera, &finding)) {
         map.instances[here] = 1 + rays.IndexOf(*finding.instance);
         map.distances[here] = finding.distance;
       }

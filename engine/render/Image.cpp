@@ -19,23 +19,28 @@ struct Kind {
 
 constexpr std::string_view kTiffLittle("II*\0", 4);
 constexpr std::string_view kTiffBig("MM\0*", 4);
-constexpr std::array kKinds = {Kind{kTiffLittle, DecodeTiff},        Kind{kTiffBig, DecodeTiff},
-                               Kind{"\x89PNG\r\n\x1a\n", DecodePng}, Kind{"\xff\xd8\xff", DecodeJpeg},
-                               Kind{"\x76\x2f\x31\x01", DecodeExr},  Kind{"BM", DecodeBmp}};
+constexpr std::array kKinds = {
+    Kind{kTiffLittle, DecodeTiff},        Kind{kTiffBig, DecodeTiff},
+    Kind{"\x89PNG\r\n\x1a\n", DecodePng}, Kind{"\xff\xd8\xff", DecodeJpeg},
+    Kind{"\x76\x2f\x31\x01", DecodeExr},  Kind{"BM", DecodeBmp}};
 
-double SrgbDecode(double value) { return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4); }
+double SrgbDecode(double value) {
+  return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
 
 std::array<float, 256> MakeLinearTable() {
   std::array<float, 256> table;
-  for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(SrgbDecode(static_cast<double>(i) / 255));
+  for (std::size_t i = 0; i < table.size(); ++i)
+    table[i] = static_cast<float>(SrgbDecode(static_cast<double>(i) / 255));
   return table;
 }
 
-// Turning a view's pixels into bytes must cost next to nothing: the byte is looked up where its neighbourhood begins and then
-// moved over the few borders up to the value.
+// Turning a view's pixels into bytes must cost next to nothing: the byte is looked up where its
+// neighborhood begins and then moved over the few borders up to the value.
 struct ByteTable {
   static constexpr std::size_t kSteps = 4096;
-  std::array<float, 255> borders;               // linear value from which on the next byte is nearer
+  // Linear value from which on the next byte is nearer
+  std::array<float, 255> borders;
   std::array<std::uint8_t, kSteps> beginnings;  // by linear value
 
   ByteTable() {
@@ -56,16 +61,20 @@ struct ByteTable {
 };
 
 // What is no number counts as 0.
-std::uint8_t ToByte(float value) { return value > 0 ? static_cast<std::uint8_t>(std::lround(std::min(value, 1.0F) * 255)) : 0; }
+std::uint8_t ToByte(float value) {
+  return value > 0 ? static_cast<std::uint8_t>(std::lround(std::min(value, 1.0F) * 255)) : 0;
+}
 
 }  // namespace
 
 Status CheckImageSize(std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel) {
   const std::string size = std::to_string(width) + " x " + std::to_string(height);
-  if (width == 0 || height == 0) return Status::Failure("The picture is empty (" + size + " pixels).");
+  if (width == 0 || height == 0)
+    return Status::Failure("The picture is empty (" + size + " pixels).");
   const std::string most = std::to_string(kLargestImageSide);
   if (width > kLargestImageSide || height > kLargestImageSide) {
-    return Status::Failure("The picture is too large: " + size + " pixels, at most " + most + " a side are read.");
+    return Status::Failure("The picture is too large: " + size + " pixels, at most " + most +
+                           " a side are read.");
   }
   if (width * height > kLargestImageBytes / bytesPerPixel) {
     return Status::Failure("The picture is too large: " + size + " pixels need more than 1 GiB.");
@@ -78,7 +87,8 @@ Result<Image> DecodeImage(std::string_view bytes) {
     if (bytes.substr(0, kind.magic.size()) == kind.magic) return kind.decode(bytes);
   }
   if (LooksLikeTga(bytes)) return DecodeTga(bytes);
-  return Result<Image>::Failure("This is no picture that can be read (TIFF, PNG, JPEG, OpenEXR, BMP, TGA).");
+  return Result<Image>::Failure(
+      "This is no picture that can be read (TIFF, PNG, JPEG, OpenEXR, BMP, TGA).");
 }
 
 Image ToBytes(const Image& image) {

@@ -15,7 +15,8 @@ namespace {
 // A hostile progressive file can make the library work for hours on scans that add nothing.
 constexpr int kMostScans = 200;
 
-// The library reports an error by calling a function that must not come back; it jumps to where reading began.
+// The library reports an error by calling a function that must not come back; it jumps to where
+// reading began.
 struct JpegErrors {
   jpeg_error_mgr base;
   std::jmp_buf back;
@@ -39,7 +40,8 @@ void JumpBack(j_common_ptr common) {
   std::longjmp(reading->errors.back, 1);
 }
 
-// Damage that the library would paint over is an error here; bytes between two markers are common and do no harm.
+// Damage that the library would paint over is an error here; bytes between two markers are common
+// and do no harm.
 void StopAtDamage(j_common_ptr common, int level) {
   if (level < 0 && common->err->msg_code != JWRN_EXTRANEOUS_DATA) JumpBack(common);
 }
@@ -59,7 +61,8 @@ void Begin(JpegReading& reading, std::string_view bytes) {
   reading.control.mem->max_memory_to_use = static_cast<long>(kLargestImageBytes);
   reading.progress.progress_monitor = StopAtManyScans;
   reading.control.progress = &reading.progress;
-  jpeg_mem_src(&reading.control, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  jpeg_mem_src(&reading.control, reinterpret_cast<const unsigned char*>(bytes.data()),
+               bytes.size());
 }
 
 bool HasInk(const jpeg_decompress_struct& control) {
@@ -68,13 +71,15 @@ bool HasInk(const jpeg_decompress_struct& control) {
 
 void ReadRows(JpegReading& reading, Image& image) {
   while (reading.control.output_scanline < reading.control.output_height) {
-    JSAMPROW row = &image.bytes[static_cast<std::size_t>(reading.control.output_scanline) * image.width * 4];
+    JSAMPROW row =
+        &image.bytes[static_cast<std::size_t>(reading.control.output_scanline) * image.width * 4];
     jpeg_read_scanlines(&reading.control, &row, 1);
   }
   jpeg_finish_decompress(&reading.control);
 }
 
-// No object with a destructor lives in here, because an error jumps out of it; the arguments belong to the caller.
+// No object with a destructor lives in here, because an error jumps out of it; the arguments belong
+// to the caller.
 bool Read(JpegReading& reading, std::string_view bytes, Image& image) {
   if (setjmp(reading.errors.back)) return false;
   Begin(reading, bytes);
@@ -91,10 +96,11 @@ bool Read(JpegReading& reading, std::string_view bytes, Image& image) {
 }
 
 // Inks as the common programs write them: 255 is no ink.
-void InksToColours(Image& image) {
+void InksToColors(Image& image) {
   for (std::size_t i = 0; i < image.bytes.size(); i += 4) {
     const int key = image.bytes[i + 3];
-    for (std::size_t c = 0; c < 3; ++c) image.bytes[i + c] = static_cast<std::uint8_t>(image.bytes[i + c] * key / 255);
+    for (std::size_t c = 0; c < 3; ++c)
+      image.bytes[i + c] = static_cast<std::uint8_t>(image.bytes[i + c] * key / 255);
     image.bytes[i + 3] = 255;
   }
 }
@@ -106,9 +112,10 @@ Result<Image> DecodeJpeg(std::string_view bytes) {
   Image image;
   if (!Read(reading, bytes, image)) {
     if (!reading.size) return reading.size;
-    return Result<Image>::Failure("The JPEG picture is damaged (" + std::string(reading.message) + ").");
+    return Result<Image>::Failure("The JPEG picture is damaged (" + std::string(reading.message) +
+                                  ").");
   }
-  if (HasInk(reading.control)) InksToColours(image);
+  if (HasInk(reading.control)) InksToColors(image);
   return image;
 }
 

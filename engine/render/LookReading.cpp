@@ -19,14 +19,18 @@ float Share(const host::BaseContainer& data, host::LONG id, double preset) {
 Vec ColorAt(const host::BaseContainer& data, host::LONG id, Vec preset) {
   if (data.FindIndex(id) == host::NOTOK) return preset;
   const Vec color = ToVec(data.GetVector(id));
-  return IsFinite(color) ? Vec{std::max(0.0F, color.x), std::max(0.0F, color.y), std::max(0.0F, color.z)} : preset;
+  return IsFinite(color)
+             ? Vec{std::max(0.0F, color.x), std::max(0.0F, color.y), std::max(0.0F, color.z)}
+             : preset;
 }
 
-// The first bitmap or colour shader at or below `shader`; layers and mixtures of shaders show their first picture.
+// The first bitmap or color shader at or below `shader`; layers and mixtures of shaders show their
+// first picture.
 const host::BaseShader* FirstPlainShader(const host::BaseList2D* shader) {
   if (!shader || KindOf(*shader) != NodeKind::Shader) return nullptr;
   for (const host::GeListNode* node = shader; node; node = NextInTree(node, shader)) {
-    if (node->GetType() == host::Xbitmap || node->GetType() == host::Xcolor) return static_cast<const host::BaseShader*>(node);
+    if (node->GetType() == host::Xbitmap || node->GetType() == host::Xcolor)
+      return static_cast<const host::BaseShader*>(node);
   }
   return nullptr;
 }
@@ -39,7 +43,8 @@ LookReading::LookReading(const host::BaseDocument& doc, RenderCaches& caches, Sc
 }
 
 std::uint32_t LookReading::LookOf(const host::BaseMaterial& material) {
-  const auto [it, isNew] = looks_.try_emplace(&material, static_cast<std::uint32_t>(picture_.looks.size()));
+  const auto [it, isNew] =
+      looks_.try_emplace(&material, static_cast<std::uint32_t>(picture_.looks.size()));
   if (isNew) picture_.looks.push_back(Read(it->second, *material.GetDataInstance()));
   return it->second;
 }
@@ -50,18 +55,21 @@ SurfaceLook LookReading::Read(std::uint32_t index, const host::BaseContainer& da
   look.luminance = ColorAt(data, host::MATERIAL_LUMINANCE, {});
   look.alpha = Share(data, host::MATERIAL_ALPHA, 1);
   look.cutoff = Share(data, host::MATERIAL_ALPHA_CUTOFF, 0.5);
-  look.alphaMode = static_cast<SurfaceLook::AlphaMode>(std::clamp<host::LONG>(data.GetLong(host::MATERIAL_ALPHA_MODE), 0, 2));
+  look.alphaMode = static_cast<SurfaceLook::AlphaMode>(
+      std::clamp<host::LONG>(data.GetLong(host::MATERIAL_ALPHA_MODE), 0, 2));
   look.specular = Share(data, host::MATERIAL_SPECULAR, 0.5);
   look.roughness = Share(data, host::MATERIAL_ROUGHNESS, 0.5);
   look.metallic = Share(data, host::MATERIAL_METALLIC, 0);
   look.isDoubleSided = data.GetBool(host::MATERIAL_DOUBLE_SIDED, host::TRUE);
   ReadShader({index, &SurfaceLook::colorTexture}, data, host::MATERIAL_COLOR_SHADER, &look.color);
-  ReadShader({index, &SurfaceLook::luminanceTexture}, data, host::MATERIAL_LUMINANCE_SHADER, &look.luminance);
+  ReadShader({index, &SurfaceLook::luminanceTexture}, data, host::MATERIAL_LUMINANCE_SHADER,
+             &look.luminance);
   ReadShader({index, &SurfaceLook::normalTexture}, data, host::MATERIAL_NORMAL_SHADER, nullptr);
   return look;
 }
 
-void LookReading::ReadShader(TextureWish wish, const host::BaseContainer& data, host::LONG link, Vec* color) {
+void LookReading::ReadShader(TextureWish wish, const host::BaseContainer& data, host::LONG link,
+                             Vec* color) {
   const host::BaseShader* shader = FirstPlainShader(data.GetLink(link, &doc_));
   if (!shader) return;
   const host::BaseContainer& own = *shader->GetDataInstance();
@@ -79,7 +87,8 @@ void LookReading::FindFiles(TextureWish& wish) {
   for (const EmbeddedFile& file : EmbeddedFilesOf(doc_)) {
     if (file.name == wish.name) wish.files.push_back(caches_.FileIn(file.bytes));
   }
-  for (const std::string& path : TexturePlaces(wish.name, doc_.GetDocumentPath().GetString().ToUtf8())) {
+  for (const std::string& path :
+       TexturePlaces(wish.name, doc_.GetDocumentPath().GetString().ToUtf8())) {
     if (Outside::Current().Kind(path) != FileKind::File) {
       caches_.Missed(path);
       continue;

@@ -1,4 +1,5 @@
-// LookReading: materials as the picture needs them, each read once. Works for one SceneScan and refers to what it was given.
+// LookReading: materials as the picture needs them, each read once. Works for one SceneScan and
+// refers to what it was given.
 #pragma once
 
 #include <unordered_map>
@@ -10,7 +11,8 @@ namespace engine {
 
 class LookReading {
  public:
-  // Puts the look of objects without a material into `picture` and, later, further ones and the textures they want.
+  // Puts the look of objects without a material into `picture` and, later, further ones and the
+  // textures they want.
   LookReading(const host::BaseDocument& doc, RenderCaches& caches, ScenePicture& picture);
 
   // Index of the material's look.
@@ -18,7 +20,8 @@ class LookReading {
 
  private:
   SurfaceLook Read(std::uint32_t index, const host::BaseContainer& data);
-  // Wants the bitmap behind a link to a shader for the wish's place; a plain colour shader goes into `*color` instead.
+  // Wants the bitmap behind a link to a shader for the wish's place; a plain color shader goes
+  // into `*color` instead.
   void ReadShader(TextureWish wish, const host::BaseContainer& data, host::LONG link, Vec* color);
   void FindFiles(TextureWish& wish);
 

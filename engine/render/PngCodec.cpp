@@ -15,7 +15,9 @@ struct PngControl {
   PngControl(const PngControl&) = delete;
   PngControl& operator=(const PngControl&) = delete;
   ~PngControl() { png_image_free(&image); }
-  Status Failure(const std::string& what) const { return Status::Failure(what + " (" + image.message + ")."); }
+  Status Failure(const std::string& what) const {
+    return Status::Failure(what + " (" + image.message + ").");
+  }
 };
 
 bool IsOpaque(const Image& image) {
@@ -28,7 +30,8 @@ bool IsOpaque(const Image& image) {
 std::vector<std::uint8_t> WithoutAlpha(const Image& image) {
   std::vector<std::uint8_t> pixels;
   pixels.reserve(image.PixelCount() * 3);
-  for (std::size_t i = 0; i < image.bytes.size(); i += 4) pixels.insert(pixels.end(), &image.bytes[i], &image.bytes[i] + 3);
+  for (std::size_t i = 0; i < image.bytes.size(); i += 4)
+    pixels.insert(pixels.end(), &image.bytes[i], &image.bytes[i] + 3);
   return pixels;
 }
 
@@ -39,7 +42,8 @@ Result<Image> DecodePng(std::string_view bytes) {
   if (!png_image_begin_read_from_memory(&control.image, bytes.data(), bytes.size())) {
     return control.Failure("The PNG picture cannot be read");
   }
-  if (Status size = CheckImageSize(control.image.width, control.image.height, 4); !size) return size;
+  if (Status size = CheckImageSize(control.image.width, control.image.height, 4); !size)
+    return size;
   control.image.format = PNG_FORMAT_RGBA;
   Image image{control.image.width, control.image.height, {}, {}};
   image.bytes.resize(image.PixelCount() * 4);
@@ -51,7 +55,8 @@ Result<Image> DecodePng(std::string_view bytes) {
 
 Result<std::string> EncodePng(const Image& image) {
   if (Status size = CheckImageSize(image.width, image.height, 4); !size) return size;
-  if (image.bytes.size() != image.PixelCount() * 4) return Result<std::string>::Failure("Only pictures of bytes can be written.");
+  if (image.bytes.size() != image.PixelCount() * 4)
+    return Result<std::string>::Failure("Only pictures of bytes can be written.");
   const bool opaque = IsOpaque(image);
   const std::vector<std::uint8_t> pixels = opaque ? WithoutAlpha(image) : image.bytes;
   PngControl control;
@@ -60,7 +65,8 @@ Result<std::string> EncodePng(const Image& image) {
   control.image.format = opaque ? PNG_FORMAT_RGB : PNG_FORMAT_RGBA;
   png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(control.image);
   std::string file(size, '\0');
-  if (!png_image_write_to_memory(&control.image, file.data(), &size, 0, pixels.data(), 0, nullptr)) {
+  if (!png_image_write_to_memory(&control.image, file.data(), &size, 0, pixels.data(), 0,
+                                 nullptr)) {
     return control.Failure("The PNG picture cannot be written");
   }
   file.resize(size);

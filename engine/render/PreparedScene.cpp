@@ -75,13 +75,16 @@ bool Prepare(ScenePicture& scene, RenderCaches& caches, const GoOn& goOn) {
   return whole;
 }
 
-Result<std::shared_ptr<const PreparedScene>> PreparedScene::Make(ScenePicture scene, RenderCaches& caches, const GoOn& goOn) {
+Result<std::shared_ptr<const PreparedScene>> PreparedScene::Make(ScenePicture scene,
+                                                                 RenderCaches& caches,
+                                                                 const GoOn& goOn) {
   using Answer = Result<std::shared_ptr<const PreparedScene>>;
   if (!caches.Device()) return Answer::Failure("The ray tracer could not be started.");
   try {
     if (!Prepare(scene, caches, goOn)) return Answer::Failure("The picture was stopped.");
     std::shared_ptr<const PreparedScene> made(new PreparedScene(std::move(scene), caches.Device()));
-    if (caches.TakeError()) return Answer::Failure("There is not enough memory for the geometry of the scene.");
+    if (caches.TakeError())
+      return Answer::Failure("There is not enough memory for the geometry of the scene.");
     return made;
   } catch (const std::bad_alloc&) {
     return Answer::Failure("There is not enough memory for the picture.");
@@ -96,7 +99,8 @@ PreparedScene::PreparedScene(ScenePicture scene, RTCDevice device)
 
 PictureCamera PreparedScene::UsualCamera(double aspect) const {
   if (scene_.hasSceneCamera) return scene_.camera;
-  return scene_.editorView ? ShowingAllOf(*scene_.editorView, aspect) : FramingCamera(OutlineOf(scene_), aspect);
+  return scene_.editorView ? ShowingAllOf(*scene_.editorView, aspect)
+                           : FramingCamera(OutlineOf(scene_), aspect);
 }
 
 }  // namespace engine

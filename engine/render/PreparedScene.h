@@ -1,5 +1,6 @@
-// PreparedScene: a scene made ready for rays: geometry, textures and the search structure over all instances. Never changes once
-// made, so that pictures with any cameras share it. Making and looking: any thread.
+// PreparedScene: a scene made ready for rays: geometry, textures and the search structure over all
+// instances. Never changes once made, so that pictures with any cameras share it. Making and
+// looking: any thread.
 #pragma once
 
 #include "engine/core/GoOn.h"
@@ -7,14 +8,16 @@
 
 namespace engine {
 
-// Gives the instances their geometry, the looks their textures, and the scene its bounds and the notes about what of these
-// failed. False when stopped.
+// Gives the instances their geometry, the looks their textures, and the scene its bounds and the
+// notes about what of these failed. False when stopped.
 bool Prepare(ScenePicture& scene, RenderCaches& caches, const GoOn& goOn = {});
 
 class PreparedScene {
  public:
-  // Prepares a scene that was read. Fails when it was stopped and, with a message, when memory is short.
-  static Result<std::shared_ptr<const PreparedScene>> Make(ScenePicture scene, RenderCaches& caches, const GoOn& goOn = {});
+  // Prepares a scene that was read. Fails when it was stopped and, with a message, when memory is
+  // short.
+  static Result<std::shared_ptr<const PreparedScene>> Make(ScenePicture scene, RenderCaches& caches,
+                                                           const GoOn& goOn = {});
   PreparedScene(const PreparedScene&) = delete;
   PreparedScene& operator=(const PreparedScene&) = delete;
 

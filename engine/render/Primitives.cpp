@@ -35,8 +35,10 @@ void AddGrid(Mesh& mesh, int columns, int rows, const At& at) {
   for (int j = 0; j < rows; ++j) {
     for (int i = 0; i < columns; ++i) {
       const int corner = j * (columns + 1) + i;
-      const std::array<int, 4> corners = {corner, corner + 1, corner + columns + 2, corner + columns + 1};
-      mesh.polygons.push_back({first + corners[0], first + corners[1], first + corners[2], first + corners[3]});
+      const std::array<int, 4> corners = {corner, corner + 1, corner + columns + 2,
+                                          corner + columns + 1};
+      mesh.polygons.push_back(
+          {first + corners[0], first + corners[1], first + corners[2], first + corners[3]});
       for (const int c : corners) {
         const Vec n = normals[static_cast<std::size_t>(c)];
         mesh.normals.push_back({n.x, n.y, n.z});
@@ -46,7 +48,9 @@ void AddGrid(Mesh& mesh, int columns, int rows, const At& at) {
   }
 }
 
-Vec OnCircle(float u, float radius, float y) { return {radius * std::cos(2 * kPi * u), y, radius * std::sin(2 * kPi * u)}; }
+Vec OnCircle(float u, float radius, float y) {
+  return {radius * std::cos(2 * kPi * u), y, radius * std::sin(2 * kPi * u)};
+}
 
 void AddSphere(Mesh& mesh, float radius, int segments) {
   AddGrid(mesh, segments, std::max(2, segments / 2), [&](float u, float v) {
@@ -58,12 +62,15 @@ void AddSphere(Mesh& mesh, float radius, int segments) {
 void AddTorus(Mesh& mesh, float ring, float tube, int segments) {
   AddGrid(mesh, segments, std::max(3, segments / 2), [&](float u, float v) {
     const Vec normal = OnCircle(u, std::cos(2 * kPi * v), std::sin(2 * kPi * v));
-    return Surface{OnCircle(u, ring + tube * std::cos(2 * kPi * v), tube * std::sin(2 * kPi * v)), normal};
+    return Surface{OnCircle(u, ring + tube * std::cos(2 * kPi * v), tube * std::sin(2 * kPi * v)),
+                   normal};
   });
 }
 
 void AddDisc(Mesh& mesh, float radius, float y, float up, int segments) {
-  AddGrid(mesh, segments, 1, [&](float u, float v) { return Surface{OnCircle(u, radius * v, y), {0, up, 0}}; });
+  AddGrid(mesh, segments, 1, [&](float u, float v) {
+    return Surface{OnCircle(u, radius * v, y), {0, up, 0}};
+  });
 }
 
 // The side of a cone or cylinder from the top radius down to the bottom one.
@@ -75,9 +82,11 @@ void AddSide(Mesh& mesh, float top, float bottom, float height, int segments) {
   });
 }
 
-void AddRectangle(Mesh& mesh, Vec centre, Vec right, Vec down) {
+void AddRectangle(Mesh& mesh, Vec center, Vec right, Vec down) {
   const Vec normal = Normalized(Cross(right, down));
-  AddGrid(mesh, 1, 1, [&](float u, float v) { return Surface{centre + right * (2 * u - 1) + down * (2 * v - 1), normal}; });
+  AddGrid(mesh, 1, 1, [&](float u, float v) {
+    return Surface{center + right * (2 * u - 1) + down * (2 * v - 1), normal};
+  });
 }
 
 void AddCube(Mesh& mesh, Vec half) {
@@ -104,14 +113,16 @@ bool HasSize(std::initializer_list<float> lengths) {
 
 Vec HalfSize(const host::BaseContainer& data) {
   const Vec size = ToVec(data.GetVector(host::PRIM_SIZE));
-  return IsFinite(size) ? Vec{std::abs(size.x) / 2, std::abs(size.y) / 2, std::abs(size.z) / 2} : Vec{};
+  return IsFinite(size) ? Vec{std::abs(size.x) / 2, std::abs(size.y) / 2, std::abs(size.z) / 2}
+                        : Vec{};
 }
 
 }  // namespace
 
 bool IsPrimitive(host::LONG type) {
-  return type == host::Ocube || type == host::Osphere || type == host::Ocone || type == host::Otorus || type == host::Odisc ||
-         type == host::Oplane || type == host::Ocylinder;
+  return type == host::Ocube || type == host::Osphere || type == host::Ocone ||
+         type == host::Otorus || type == host::Odisc || type == host::Oplane ||
+         type == host::Ocylinder;
 }
 
 Mesh MakePrimitive(host::LONG type, const host::BaseContainer& data) {
@@ -120,13 +131,15 @@ Mesh MakePrimitive(host::LONG type, const host::BaseContainer& data) {
   const float tube = LengthAt(data, host::PRIM_RADIUS2);
   const float height = LengthAt(data, host::PRIM_HEIGHT);
   const float width = LengthAt(data, host::PRIM_WIDTH);
-  const int segments = std::clamp<host::LONG>(data.GetLong(host::PRIM_SEGMENTS, 36), 3, kMostSegments);
+  const int segments =
+      std::clamp<host::LONG>(data.GetLong(host::PRIM_SEGMENTS, 36), 3, kMostSegments);
   const Vec half = HalfSize(data);
   if (type == host::Ocube && HasSize({half.x, half.y, half.z})) AddCube(mesh, half);
   if (type == host::Osphere && HasSize({radius})) AddSphere(mesh, radius, segments);
   if (type == host::Otorus && HasSize({radius, tube})) AddTorus(mesh, radius, tube, segments);
   if (type == host::Odisc && HasSize({radius})) AddDisc(mesh, radius, 0, 1, segments);
-  if (type == host::Oplane && HasSize({width, height})) AddRectangle(mesh, {}, {width / 2, 0, 0}, {0, 0, -height / 2});
+  if (type == host::Oplane && HasSize({width, height}))
+    AddRectangle(mesh, {}, {width / 2, 0, 0}, {0, 0, -height / 2});
   if (type == host::Ocone && HasSize({radius, height})) {
     AddSide(mesh, 0, radius, height, segments);
     AddDisc(mesh, radius, -height / 2, -1, segments);

@@ -11,8 +11,9 @@ namespace engine {
 // True for the object types that generate geometry.
 bool IsPrimitive(host::LONG type);
 
-// The surface of a primitive, with smooth normals where the form is round and with texture coordinates. Sizes that make no
-// sense count as 0 and give an empty mesh. Pure; any thread that owns `data`.
+// The surface of a primitive, with smooth normals where the form is round and with texture
+// coordinates. Sizes that make no sense count as 0 and give an empty mesh. Pure; any thread that
+// owns `data`.
 Mesh MakePrimitive(host::LONG type, const host::BaseContainer& data);
 
 }  // namespace engine

@@ -28,7 +28,8 @@ RayCamera::RayCamera(const PictureCamera& camera, std::uint32_t width, std::uint
       width_(static_cast<float>(width)),
       height_(static_cast<float>(height)),
       near_(static_cast<float>(camera.near)),
-      far_(camera.far > camera.near ? static_cast<float>(camera.far) : std::numeric_limits<float>::infinity()) {
+      far_(camera.far > camera.near ? static_cast<float>(camera.far)
+                                    : std::numeric_limits<float>::infinity()) {
   const double aspect = static_cast<double>(width) / static_cast<double>(height);
   double half = HalfTangent(camera.fov);
   if (camera.fovVertical > 0) half = HalfTangent(camera.fovVertical) * aspect;
@@ -59,20 +60,22 @@ Vec RayCamera::BackdropDirection(float x, float y) const {
 
 namespace {
 
-// Where the camera stands: sideways and up from the centre of what it shows, and how far back.
+// Where the camera stands: sideways and up from the center of what it shows, and how far back.
 struct Middle {
   double x = 0;
   double y = 0;
   double distance = 1e-3;
 };
 
-// Goes back until all points lie inside, then puts what is seen into the middle of the picture. The points are given in the
-// directions of the camera.
+// Goes back until all points lie inside, then puts what is seen into the middle of the picture. The
+// points are given in the directions of the camera.
 Middle Improved(const Middle& from, const std::vector<Vec>& points, double halfX, double halfY) {
   double left = 1e30, right = -1e30, low = 1e30, high = -1e30;
   Middle to{0, 0, 1e-3};
   for (const Vec& p : points) {
-    to.distance = std::max(to.distance, std::max(std::abs(p.x - from.x) / halfX, std::abs(p.y - from.y) / halfY) - p.z);
+    to.distance =
+        std::max(to.distance,
+                 std::max(std::abs(p.x - from.x) / halfX, std::abs(p.y - from.y) / halfY) - p.z);
   }
   for (const Vec& p : points) {
     const double depth = std::max(p.z + to.distance, 1e-6);
@@ -92,10 +95,13 @@ constexpr std::size_t kMostOutlinePoints = 60000;
 
 std::vector<Vec> OutlineOf(const ScenePicture& picture, const std::vector<std::uint8_t>* chosen) {
   std::vector<Vec> points;
-  const auto isMeant = [&](std::size_t i) { return picture.instances[i].geometry && (!chosen || (*chosen)[i]); };
+  const auto isMeant = [&](std::size_t i) {
+    return picture.instances[i].geometry && (!chosen || (*chosen)[i]);
+  };
   std::size_t count = 0;
   for (std::size_t i = 0; i < picture.instances.size(); ++i) count += isMeant(i);
-  const std::size_t share = std::max<std::size_t>(8, kMostOutlinePoints / std::max<std::size_t>(1, count));
+  const std::size_t share =
+      std::max<std::size_t>(8, kMostOutlinePoints / std::max<std::size_t>(1, count));
   for (std::size_t k = 0; k < picture.instances.size(); ++k) {
     if (!isMeant(k)) continue;
     const Instance& instance = picture.instances[k];
@@ -121,17 +127,19 @@ PictureCamera CameraFrom(double turn) {
 }
 
 double HalfWidth(const PictureCamera& camera, double aspect) {
-  return camera.fovVertical > 0 ? HalfTangent(camera.fovVertical) * aspect : HalfTangent(camera.fov);
+  return camera.fovVertical > 0 ? HalfTangent(camera.fovVertical) * aspect
+                                : HalfTangent(camera.fov);
 }
 
-// A parallel camera stands before all of the points, given in its directions, and is as wide as they need.
+// A parallel camera stands before all of the points, given in its directions, and is as wide as
+// they need.
 host::Vector StandBefore(const std::vector<Vec>& points, double aspect, double* width) {
   Box box;
   for (const Vec& p : points) box.Add(p);
   const Vec size = box.high - box.low;
   *width = std::max(1e-3, std::max<double>(size.x, size.y * aspect) * kMargin);
-  const Vec centre = box.Centre();
-  return {centre.x, centre.y, box.low.z - static_cast<double>(size.z) - *width};
+  const Vec center = box.Center();
+  return {center.x, center.y, box.low.z - static_cast<double>(size.z) - *width};
 }
 
 }  // namespace
@@ -144,11 +152,12 @@ PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, d
   if (points.empty()) points = {{-100, -100, -100}, {100, 100, 100}};
   Box box;
   for (const Vec& p : points) box.Add(p);
-  const Vec centre = box.Centre();
+  const Vec center = box.Center();
   // A camera may be scaled; what it sees is not.
-  const host::Matrix axes{{}, UnitOf(camera.frame.v1), UnitOf(camera.frame.v2), UnitOf(camera.frame.v3)};
+  const host::Matrix axes{
+      {}, UnitOf(camera.frame.v1), UnitOf(camera.frame.v2), UnitOf(camera.frame.v3)};
   for (Vec& p : points) {
-    const Vec way = p - centre;
+    const Vec way = p - center;
     p = {Dot(way, ToVec(axes.v1)), Dot(way, ToVec(axes.v2)), Dot(way, ToVec(axes.v3))};
   }
   host::Vector place;
@@ -156,12 +165,14 @@ PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, d
     place = StandBefore(points, aspect, &camera.width);
   } else {
     const double halfX = HalfWidth(camera, aspect) / kMargin;
-    // What sticks out on one side more than on the other moves the middle, which changes the distance: it settles quickly.
+    // What sticks out on one side more than on the other moves the middle, which changes the
+    // distance: it settles quickly.
     Middle middle;
-    for (int round = 0; round < 8; ++round) middle = Improved(middle, points, halfX, halfX / aspect);
+    for (int round = 0; round < 8; ++round)
+      middle = Improved(middle, points, halfX, halfX / aspect);
     place = {middle.x, middle.y, -middle.distance};
   }
-  camera.frame.off = Sum(TurnedBy(axes, place), {centre.x, centre.y, centre.z});
+  camera.frame.off = Sum(TurnedBy(axes, place), {center.x, center.y, center.z});
   return camera;
 }
 

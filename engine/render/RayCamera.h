@@ -18,7 +18,8 @@ class RayCamera {
 
   // The ray through a place in pixels from the top left corner.
   Ray Through(float x, float y) const;
-  // Where the eye looks there, also for a parallel camera, whose rays all point the same way: for the backdrop.
+  // Where the eye looks there, also for a parallel camera, whose rays all point the same way: for
+  // the backdrop.
   Vec BackdropDirection(float x, float y) const;
   // Side of what one pixel covers at that distance.
   float PixelSize(float distance) const { return pixelAtNothing_ + pixelPerDistance_ * distance; }

@@ -30,8 +30,10 @@ void Fill(RTCRay& to, const Ray& ray, unsigned mask) {
 // The ray tracer ends the process over a ray that leads nowhere.
 bool IsSane(const Ray& ray) {
   constexpr float kFarthestOrigin = 4e9F;
-  return Largest({std::abs(ray.origin.x), std::abs(ray.origin.y), std::abs(ray.origin.z)}) < kFarthestOrigin &&
-         IsFinite(ray.origin) && std::abs(Dot(ray.direction, ray.direction) - 1) < 0.01F && ray.near >= 0 && ray.far >= ray.near;
+  return Largest({std::abs(ray.origin.x), std::abs(ray.origin.y), std::abs(ray.origin.z)}) <
+             kFarthestOrigin &&
+         IsFinite(ray.origin) && std::abs(Dot(ray.direction, ray.direction) - 1) < 0.01F &&
+         ray.near >= 0 && ray.far >= ray.near;
 }
 
 RTCRayHit Shoot(RTCScene scene, const Ray& ray, unsigned mask) {
@@ -46,7 +48,9 @@ RTCRayHit Shoot(RTCScene scene, const Ray& ray, unsigned mask) {
   return hit;
 }
 
-Vec Turned(const host::Matrix& m, Vec v) { return ToVec(m.v1) * v.x + ToVec(m.v2) * v.y + ToVec(m.v3) * v.z; }
+Vec Turned(const host::Matrix& m, Vec v) {
+  return ToVec(m.v1) * v.x + ToVec(m.v2) * v.y + ToVec(m.v3) * v.z;
+}
 
 }  // namespace
 
@@ -66,10 +70,12 @@ struct RayScene::Triangle {
   }
 };
 
-RayScene::RayScene(const ScenePicture& picture, RTCDevice device) : picture_(picture), scene_(rtcNewScene(device)) {
+RayScene::RayScene(const ScenePicture& picture, RTCDevice device)
+    : picture_(picture), scene_(rtcNewScene(device)) {
   normals_.reserve(picture.instances.size());
   for (std::size_t i = 0; i < picture.instances.size(); ++i) {
-    if (picture.instances[i].geometry) Attach(picture.instances[i], static_cast<unsigned>(i), device);
+    if (picture.instances[i].geometry)
+      Attach(picture.instances[i], static_cast<unsigned>(i), device);
     AddNormals(picture.instances[i].frame);
   }
   rtcCommitScene(scene_);
@@ -101,7 +107,8 @@ void RayScene::AddNormals(const host::Matrix& m) {
   normals_.push_back({ToVec(Scaled(x, scale)), ToVec(Scaled(y, scale)), ToVec(Scaled(z, scale))});
 }
 
-bool RayScene::Find(const Ray& ray, unsigned mask, const RayCamera& camera, Finding* finding) const {
+bool RayScene::Find(const Ray& ray, unsigned mask, const RayCamera& camera,
+                    Finding* finding) const {
   const RTCRayHit hit = Shoot(scene_, ray, mask);
   if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
   Describe(hit, ray, camera, finding);
@@ -134,14 +141,17 @@ float RayScene::Gap(const Finding& finding) const {
   return 1e-5F * farthest + 1e-6F * size_;
 }
 
-void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera, Finding* finding) const {
+void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
+                        Finding* finding) const {
   const std::size_t index = hit.hit.instID[0];
   const Instance& instance = picture_.instances[index];
   const Geometry& geometry = *instance.geometry;
   const Geometry::Corners& corners = geometry.triangles[hit.hit.primID];
   Triangle triangle;
-  triangle.edge1 = Turned(instance.frame, geometry.points[corners[1]] - geometry.points[corners[0]]);
-  triangle.edge2 = Turned(instance.frame, geometry.points[corners[2]] - geometry.points[corners[0]]);
+  triangle.edge1 =
+      Turned(instance.frame, geometry.points[corners[1]] - geometry.points[corners[0]]);
+  triangle.edge2 =
+      Turned(instance.frame, geometry.points[corners[2]] - geometry.points[corners[0]]);
   triangle.weights = {1 - hit.hit.u - hit.hit.v, hit.hit.u, hit.hit.v};
   if (!geometry.uvs.empty()) triangle.uvs = &geometry.uvs[hit.hit.primID];
 
@@ -151,7 +161,8 @@ void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& c
   finding->position = ray.origin + ray.direction * hit.ray.tfar;
   finding->faceNormal = Normalized(Cross(triangle.edge1, triangle.edge2));
   const auto& n = geometry.normals[hit.hit.primID];
-  const Vec inside = n[0] * triangle.weights[0] + n[1] * triangle.weights[1] + n[2] * triangle.weights[2];
+  const Vec inside =
+      n[0] * triangle.weights[0] + n[1] * triangle.weights[1] + n[2] * triangle.weights[2];
   const Normals& turn = normals_[index];
   finding->normal = Normalized(turn.x * inside.x + turn.y * inside.y + turn.z * inside.z);
   const bool hasBack = !finding->look->isDoubleSided && geometry.hasFront;
@@ -159,7 +170,7 @@ void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& c
   if (Dot(finding->faceNormal, ray.direction) > 0) finding->faceNormal = -finding->faceNormal;
   if (Dot(finding->normal, finding->faceNormal) < 0) finding->normal = -finding->normal;
   const float slant = std::max(0.15F, std::abs(Dot(finding->faceNormal, ray.direction)));
-  Colour(triangle, camera.PixelSize(finding->distance) / std::sqrt(slant), finding);
+  Color(triangle, camera.PixelSize(finding->distance) / std::sqrt(slant), finding);
 }
 
 namespace {
@@ -168,7 +179,8 @@ namespace {
 Vec Bent(Vec normal, Vec alongU, Vec alongV, Vec map) {
   const Vec u = Normalized(alongU - normal * Dot(normal, alongU));
   const Vec v = Normalized(alongV - normal * Dot(normal, alongV));
-  const Vec bent = u * (map.x * 2 - 1) - v * (map.y * 2 - 1) + normal * std::max(0.05F, map.z * 2 - 1);
+  const Vec bent =
+      u * (map.x * 2 - 1) - v * (map.y * 2 - 1) + normal * std::max(0.05F, map.z * 2 - 1);
   const Vec unit = Normalized(bent);
   return IsFinite(unit) && Dot(unit, unit) > 0.5F ? unit : normal;
 }
@@ -181,7 +193,7 @@ float AlphaOf(const SurfaceLook& look, float alpha) {
 
 }  // namespace
 
-void RayScene::Colour(const Triangle& hit, float detail, Finding* finding) const {
+void RayScene::Color(const Triangle& hit, float detail, Finding* finding) const {
   const SurfaceLook& look = *finding->look;
   const Instance& instance = *finding->instance;
   finding->color = look.color;
@@ -191,7 +203,8 @@ void RayScene::Colour(const Triangle& hit, float detail, Finding* finding) const
   Triangle triangle = hit;
   for (std::size_t k = 0; k < 2; ++k) {
     const auto at = [&](std::size_t c) { return (*hit.uvs)[c][k] * instance.uvTiles[k]; };
-    triangle.uv[k] = at(0) * hit.weights[0] + at(1) * hit.weights[1] + at(2) * hit.weights[2] + instance.uvOffset[k];
+    triangle.uv[k] = at(0) * hit.weights[0] + at(1) * hit.weights[1] + at(2) * hit.weights[2] +
+                     instance.uvOffset[k];
     triangle.uvEdge1[k] = at(1) - at(0);
     triangle.uvEdge2[k] = at(2) - at(0);
   }
@@ -202,12 +215,17 @@ void RayScene::Colour(const Triangle& hit, float detail, Finding* finding) const
     finding->alpha = AlphaOf(look, look.alpha * texel.alpha);
   }
   if (look.luminanceTexture) {
-    finding->luminance = look.luminance * look.luminanceTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail).color;
+    finding->luminance =
+        look.luminance *
+        look.luminanceTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail).color;
   }
-  const float turn = triangle.uvEdge1[0] * triangle.uvEdge2[1] - triangle.uvEdge1[1] * triangle.uvEdge2[0];
+  const float turn =
+      triangle.uvEdge1[0] * triangle.uvEdge2[1] - triangle.uvEdge1[1] * triangle.uvEdge2[0];
   if (!look.normalTexture || std::abs(turn) < 1e-20F) return;
-  const Vec alongU = (triangle.edge1 * triangle.uvEdge2[1] - triangle.edge2 * triangle.uvEdge1[1]) * (1 / turn);
-  const Vec alongV = (triangle.edge2 * triangle.uvEdge1[0] - triangle.edge1 * triangle.uvEdge2[0]) * (1 / turn);
+  const Vec alongU =
+      (triangle.edge1 * triangle.uvEdge2[1] - triangle.edge2 * triangle.uvEdge1[1]) * (1 / turn);
+  const Vec alongV =
+      (triangle.edge2 * triangle.uvEdge1[0] - triangle.edge1 * triangle.uvEdge2[0]) * (1 / turn);
   const Vec map = look.normalTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail, false).color;
   finding->normal = Bent(finding->normal, alongU, alongV, map);
 }

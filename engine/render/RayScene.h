@@ -1,5 +1,6 @@
-// RayScene: the search structure over all instances of a picture, and what a ray finds there. It refers to the ScenePicture it
-// was made from, which must outlive it. Making it costs little: the geometry below is shared. Looking: any thread.
+// RayScene: the search structure over all instances of a picture, and what a ray finds there. It
+// refers to the ScenePicture it was made from, which must outlive it. Making it costs little: the
+// geometry below is shared. Looking: any thread.
 #pragma once
 
 #include <embree3/rtcore.h>
@@ -37,9 +38,11 @@ class RayScene {
   RayScene& operator=(const RayScene&) = delete;
   ~RayScene();
 
-  // The nearest surface; `pixelSize` is the side of the seen area per distance and at no distance, for the detail of textures.
+  // The nearest surface; `pixelSize` is the side of the seen area per distance and at no distance,
+  // for the detail of textures.
   bool Find(const Ray& ray, unsigned mask, const RayCamera& camera, Finding* finding) const;
-  // The same as an eye sees it: through backs of surfaces that have only a front, and through what is wholly transparent.
+  // The same as an eye sees it: through backs of surfaces that have only a front, and through what
+  // is wholly transparent.
   bool FindVisible(const Ray& ray, const RayCamera& camera, Finding* finding) const;
   // Whether something wholly opaque lies within the ray.
   bool IsBlocked(const Ray& ray) const;
@@ -60,8 +63,9 @@ class RayScene {
 
   void Attach(const Instance& instance, unsigned index, RTCDevice device);
   void AddNormals(const host::Matrix& frame);
-  void Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera, Finding* finding) const;
-  void Colour(const Triangle& triangle, float detail, Finding* finding) const;
+  void Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
+                Finding* finding) const;
+  void Color(const Triangle& triangle, float detail, Finding* finding) const;
 
   const ScenePicture& picture_;
   std::vector<Normals> normals_;   // one per instance

@@ -43,7 +43,8 @@ RenderCaches& RenderCaches::Shared() {
   return caches;
 }
 
-std::shared_ptr<RenderCaches::CachedGeometry> RenderCaches::SlotOf(const std::shared_ptr<const Mesh>& mesh) {
+std::shared_ptr<RenderCaches::CachedGeometry> RenderCaches::SlotOf(
+    const std::shared_ptr<const Mesh>& mesh) {
   const std::lock_guard lock(geometriesLock_);
   std::shared_ptr<CachedGeometry>& slot = geometries_[mesh.get()];
   // A new mesh may live at the address of one that is gone.
@@ -66,7 +67,8 @@ std::shared_ptr<const Geometry> RenderCaches::GeometryOf(const std::shared_ptr<c
   return slot->geometry;
 }
 
-std::shared_ptr<const Mesh> RenderCaches::PrimitiveOf(host::LONG type, const host::BaseContainer& data) {
+std::shared_ptr<const Mesh> RenderCaches::PrimitiveOf(host::LONG type,
+                                                      const host::BaseContainer& data) {
   std::vector<double> key = KeyOf(type, data);
   if (!IsOrdered(key)) return nullptr;
   if (primitives_.size() > kMostPrimitives) primitives_.clear();
@@ -80,8 +82,9 @@ std::shared_ptr<TextureFile> RenderCaches::FileAt(const std::string& path) {
   CachedFile& cached = files_[{path, nullptr}];
   if (!cached.file || !(cached.stamp == stamp)) {
     Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestImageBytes);
-    cached.file = bytes ? std::make_shared<TextureFile>(std::make_shared<const std::string>(bytes.Take()))
-                        : std::make_shared<TextureFile>(bytes.GetStatus());
+    cached.file =
+        bytes ? std::make_shared<TextureFile>(std::make_shared<const std::string>(bytes.Take()))
+              : std::make_shared<TextureFile>(bytes.GetStatus());
   }
   cached.stamp = stamp;
   cached.usedAt = ++clock_;
@@ -99,13 +102,18 @@ bool RenderCaches::ForgetChangedFiles() {
     const std::string& path = entry.first.first;
     return !path.empty() && !(outside.Stamp(path) == entry.second.stamp);
   });
-  return changed + std::erase_if(missed_, [&](const std::string& path) { return outside.Kind(path) == FileKind::File; }) > 0;
+  return changed + std::erase_if(missed_,
+                                 [&](const std::string& path) {
+                                   return outside.Kind(path) == FileKind::File;
+                                 }) >
+         0;
 }
 
 std::shared_ptr<TextureFile> RenderCaches::FileIn(const std::shared_ptr<const std::string>& bytes) {
   CachedFile& cached = files_[{std::string(), bytes.get()}];
   // New bytes may lie at the address of others that are gone.
-  if (!cached.file || cached.source.lock() != bytes) cached.file = std::make_shared<TextureFile>(bytes);
+  if (!cached.file || cached.source.lock() != bytes)
+    cached.file = std::make_shared<TextureFile>(bytes);
   cached.source = bytes;
   cached.usedAt = ++clock_;
   return cached.file;

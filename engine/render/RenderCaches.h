@@ -1,7 +1,8 @@
-// RenderCaches: what is expensive to make and stays useful from picture to picture: search structures of meshes, generated
-// primitives and decoded textures. The programs keep one while they run; the pictures made with it share what it holds, also
-// after it is gone. What a scene is read with (PrimitiveOf, FileAt, FileIn) belongs to the thread that owns the documents;
-// what is made of it (GeometryOf, TextureOf) any thread may ask for, several at a time.
+// RenderCaches: what is expensive to make and stays useful from picture to picture: search
+// structures of meshes, generated primitives and decoded textures. The programs keep one while they
+// run; the pictures made with it share what it holds, also after it is gone. What a scene is read
+// with (PrimitiveOf, FileAt, FileIn) belongs to the thread that owns the documents; what is made of
+// it (GeometryOf, TextureOf) any thread may ask for, several at a time.
 #pragma once
 
 #include <atomic>
@@ -34,28 +35,30 @@ class RenderCaches {
 
   RTCDevice Device() const { return device_; }
 
-  // The mesh of a primitive: the same one for the same type and sizes while any picture or this cache holds it.
+  // The mesh of a primitive: the same one for the same type and sizes while any picture or this
+  // cache holds it.
   std::shared_ptr<const Mesh> PrimitiveOf(host::LONG type, const host::BaseContainer& data);
   // The image file at a path, read again when its size or date have changed.
   std::shared_ptr<TextureFile> FileAt(const std::string& path);
   // That there is no file where one was looked for.
   void Missed(const std::string& path);
-  // Forgets the files whose size or date have changed since they were read, and those missed that are there now. Whether there
-  // were any: then scenes are worth reading again. It looks at each file once.
+  // Forgets the files whose size or date have changed since they were read, and those missed that
+  // are there now. Whether there were any: then scenes are worth reading again. It looks at each
+  // file once.
   bool ForgetChangedFiles();
   // As FileAt for a file held in memory, told by the bytes' identity.
   std::shared_ptr<TextureFile> FileIn(const std::shared_ptr<const std::string>& bytes);
   // Forgets the textures used longest ago beyond the bound. Called after each scene was read.
   void TidyTextures();
 
-  // The geometry of a mesh, made when it is asked for the first time and kept while the mesh lives; null when nothing of it can
-  // be seen.
+  // The geometry of a mesh, made when it is asked for the first time and kept while the mesh lives;
+  // null when nothing of it can be seen.
   std::shared_ptr<const Geometry> GeometryOf(const std::shared_ptr<const Mesh>& mesh);
-  // The texture in a file, decoded when it is asked for the first time. Null, with the reason in `*problem`, when it cannot be
-  // read; that is remembered, too.
+  // The texture in a file, decoded when it is asked for the first time. Null, with the reason in
+  // `*problem`, when it cannot be read; that is remembered, too.
   std::shared_ptr<const Texture> TextureOf(TextureFile& file, std::string* problem);
-  // Whether the ray tracer complained to this thread since the last call (it does when memory is short). All geometry is
-  // forgotten then.
+  // Whether the ray tracer complained to this thread since the last call (it does when memory is
+  // short). All geometry is forgotten then.
   bool TakeError();
   // Forgets geometry whose mesh is gone. Called after each scene was prepared.
   void TidyGeometry();

@@ -26,7 +26,8 @@ Bool Show(const engine::Image& image, BaseBitmap& bitmap) {
   if (!fits && bitmap.Init(width, height) != IMAGERESULT_OK) return FALSE;
   const std::uint8_t* pixel = image.bytes.data();
   for (LONG y = 0; y < height; ++y) {
-    for (LONG x = 0; x < width; ++x, pixel += 4) bitmap.SetPixel(x, y, pixel[0], pixel[1], pixel[2]);
+    for (LONG x = 0; x < width; ++x, pixel += 4)
+      bitmap.SetPixel(x, y, pixel[0], pixel[1], pixel[2]);
   }
   return TRUE;
 }
@@ -39,14 +40,15 @@ void TellNotes(const BaseDocument& doc, const std::vector<std::string>& notes) {
 
 }  // namespace
 
-LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHook* progress, void* context, BaseBitmap* bitmap,
-                    LONG, BaseThread* thread) {
+LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHook* progress,
+                    void* context, BaseBitmap* bitmap, LONG, BaseThread* thread) {
   if (!doc || !bitmap) return RENDERRESULT_FAILED;
   const engine::PictureSetup setup = SetupOf(settings, *bitmap);
   bool goes = true;
   const auto goOn = [&](double done) {
     if (progress) progress(done, 0, context);
-    goes = !(thread && thread->TestBreak()) && engine::Outside::Current().Progress(done, "Rendering");
+    goes =
+        !(thread && thread->TestBreak()) && engine::Outside::Current().Progress(done, "Rendering");
     return goes;
   };
   auto begun = engine::PictureInProgress::Begin(*doc, setup, engine::RenderCaches::Shared(), goOn);

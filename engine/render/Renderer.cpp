@@ -13,30 +13,38 @@ constexpr std::uint32_t kSamples[] = {1, 4, 16};
 // Share of the work that is done after each pass, about.
 constexpr double kDoneBefore[] = {0, 0.12, 0.5};
 constexpr double kDoneAfter[] = {0.12, 0.5, 1};
-// Difference of sRGB bytes between neighbours from which on a pixel is looked at more closely.
+// Difference of sRGB bytes between neighbors from which on a pixel is looked at more closely.
 constexpr float kContrast = 6.0F / 255;
 constexpr std::uint64_t kBytesPerPixel = 16;
 constexpr std::size_t kObjectsBetweenAsking = 4096;
 
-// Place of a sample in its pixel on a grid of 4 x 4, so ordered that the first four lie in the four quarters.
-float SampleX(std::uint32_t i) { return (static_cast<float>((i & 1U) * 2 + (i >> 2U & 1U)) + 0.5F) / 4; }
-float SampleY(std::uint32_t i) { return (static_cast<float>(((i ^ i >> 1U) & 1U) * 2 + ((i >> 2U ^ i >> 3U) & 1U)) + 0.5F) / 4; }
+// Place of a sample in its pixel on a grid of 4 x 4, so ordered that the first four lie in the four
+// quarters.
+float SampleX(std::uint32_t i) {
+  return (static_cast<float>((i & 1U) * 2 + (i >> 2U & 1U)) + 0.5F) / 4;
+}
+float SampleY(std::uint32_t i) {
+  return (static_cast<float>(((i ^ i >> 1U) & 1U) * 2 + ((i >> 2U ^ i >> 3U) & 1U)) + 0.5F) / 4;
+}
 
 // Bends the brightest light toward white instead of cutting it off, and leaves all below alone.
 float Shoulder(float light) {
   constexpr float kFrom = 0.8F;
-  return light <= kFrom ? light : kFrom + (1 - kFrom) * (1 - std::exp((kFrom - light) / (1 - kFrom)));
+  return light <= kFrom ? light
+                        : kFrom + (1 - kFrom) * (1 - std::exp((kFrom - light) / (1 - kFrom)));
 }
 
 // Thresholds of 0..1 that differ from all around (interleaved gradient noise, Jimenez 2014).
 float Threshold(std::uint32_t x, std::uint32_t y) {
   const auto fraction = [](float value) { return value - std::floor(value); };
-  return fraction(52.9829189F * fraction(0.06711056F * static_cast<float>(x) + 0.00583715F * static_cast<float>(y)));
+  return fraction(52.9829189F * fraction(0.06711056F * static_cast<float>(x) +
+                                         0.00583715F * static_cast<float>(y)));
 }
 
 }  // namespace
 
-PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc, const PictureSetup& setup, RenderCaches& caches,
+PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc,
+                                                  const PictureSetup& setup, RenderCaches& caches,
                                                   const GoOn& goOn) {
   if (Status size = CheckImageSize(setup.width, setup.height, kBytesPerPixel); !size) return size;
   try {
@@ -44,14 +52,16 @@ PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc,
     while (!scan.Advance(kObjectsBetweenAsking)) {
       if (goOn && !goOn(0)) return Begun::Failure("It was stopped.");
     }
-    auto scene = PreparedScene::Make(scan.Take(), caches, goOn ? GoOn([&](double) { return goOn(0); }) : GoOn());
+    auto scene = PreparedScene::Make(scan.Take(), caches,
+                                     goOn ? GoOn([&](double) { return goOn(0); }) : GoOn());
     return scene ? Begin(scene.Take(), setup) : Begun(scene.GetStatus());
   } catch (const std::bad_alloc&) {
     return Begun::Failure("There is not enough memory for the picture.");
   }
 }
 
-PictureInProgress::Begun PictureInProgress::Begin(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup) {
+PictureInProgress::Begun PictureInProgress::Begin(std::shared_ptr<const PreparedScene> scene,
+                                                  const PictureSetup& setup) {
   if (Status size = CheckImageSize(setup.width, setup.height, kBytesPerPixel); !size) return size;
   try {
     return std::unique_ptr<PictureInProgress>(new PictureInProgress(std::move(scene), setup));
@@ -60,12 +70,15 @@ PictureInProgress::Begun PictureInProgress::Begin(std::shared_ptr<const Prepared
   }
 }
 
-PictureInProgress::PictureInProgress(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup)
+PictureInProgress::PictureInProgress(std::shared_ptr<const PreparedScene> scene,
+                                     const PictureSetup& setup)
     : scene_(std::move(scene)),
       setup_(setup),
-      look_(setup.camera ? *setup.camera : scene_->UsualCamera(static_cast<double>(setup.width) / setup.height)),
+      look_(setup.camera ? *setup.camera
+                         : scene_->UsualCamera(static_cast<double>(setup.width) / setup.height)),
       camera_(look_, setup.width, setup.height),
-      shading_(scene_->Scene(), scene_->Rays(), camera_, setup.draft ? ShadingDetail::Quick : ShadingDetail::Full),
+      shading_(scene_->Scene(), scene_->Rays(), camera_,
+               setup.draft ? ShadingDetail::Quick : ShadingDetail::Full),
       tilesAcross_((setup.width + kTileSide - 1) / kTileSide),
       tileCount_(tilesAcross_ * ((setup.height + kTileSide - 1) / kTileSide)),
       pixels_(static_cast<std::size_t>(setup.width) * setup.height),
@@ -111,7 +124,8 @@ void PictureInProgress::RenderTile(std::uint32_t tile, std::uint32_t samples) {
   const std::uint32_t left = tile % tilesAcross_ * kTileSide;
   const std::uint32_t top = tile / tilesAcross_ * kTileSide;
   for (std::uint32_t y = top; y < std::min(top + kTileSide, setup_.height); ++y) {
-    for (std::uint32_t x = left; x < std::min(left + kTileSide, setup_.width); ++x) RenderPixel(x, y, samples);
+    for (std::uint32_t x = left; x < std::min(left + kTileSide, setup_.width); ++x)
+      RenderPixel(x, y, samples);
   }
 }
 
@@ -123,28 +137,34 @@ void PictureInProgress::RenderPixel(std::uint32_t x, std::uint32_t y, std::uint3
     const float px = static_cast<float>(x) + SampleX(pixel.samples);
     const float py = static_cast<float>(y) + SampleY(pixel.samples);
     FirstHit first;
-    const Vec light = shading_.LightAt(px, py, static_cast<std::uint32_t>(index), pixel.samples, &first);
+    const Vec light =
+        shading_.LightAt(px, py, static_cast<std::uint32_t>(index), pixel.samples, &first);
     if (pixel.samples == 0 && setup_.takesHits && first.instance) {
       hits_.instances[index] = 1 + scene_->Rays().IndexOf(*first.instance);
       hits_.distances[index] = first.distance;
     }
-    // Each sample counts as what a screen can show, or one bright spot would leave stairs around it.
+    // Each sample counts as what a screen can show, or one bright spot would leave stairs around
+    // it.
     pixel.sum += Vec{Shoulder(light.x), Shoulder(light.y), Shoulder(light.z)};
   }
 }
 
-Vec PictureInProgress::ColorOf(const Pixel& pixel) const { return pixel.sum * (1.0F / static_cast<float>(pixel.samples)); }
+Vec PictureInProgress::ColorOf(const Pixel& pixel) const {
+  return pixel.sum * (1.0F / static_cast<float>(pixel.samples));
+}
 
 void PictureInProgress::FindContrasts() {
   const std::size_t width = setup_.width;
   const auto shade = [&](std::size_t index) {
     const Vec c = ColorOf(pixels_[index]);
-    return Vec{std::sqrt(std::max(0.0F, c.x)), std::sqrt(std::max(0.0F, c.y)), std::sqrt(std::max(0.0F, c.z))};
+    return Vec{std::sqrt(std::max(0.0F, c.x)), std::sqrt(std::max(0.0F, c.y)),
+               std::sqrt(std::max(0.0F, c.z))};
   };
   refined_.assign(pixels_.size(), 0);
   const auto compare = [&](std::size_t a, std::size_t b) {
     const Vec d = shade(a) - shade(b);
-    if (std::max({std::abs(d.x), std::abs(d.y), std::abs(d.z)}) > kContrast) refined_[a] = refined_[b] = 1;
+    if (std::max({std::abs(d.x), std::abs(d.y), std::abs(d.z)}) > kContrast)
+      refined_[a] = refined_[b] = 1;
   };
   for (std::size_t y = 0; y < setup_.height; ++y) {
     for (std::size_t x = 0; x < width; ++x) {

@@ -1,8 +1,9 @@
-// Renderer: one picture of a document, made in passes that refine it, so that a view can show something at once and a file gets
-// the finished one. Begin with a document reads it and needs the thread that owns it; a view that stays alive meanwhile reads
-// with a SceneScan, prepares that on another thread and begins there. Afterwards the picture stands on its own. One thread at a
-// time calls it; it spreads the work over all cores itself. The same document and setup give the same picture bit for bit,
-// whatever the number of threads.
+// Renderer: one picture of a document, made in passes that refine it, so that a view can show
+// something at once and a file gets the finished one. Begin with a document reads it and needs the
+// thread that owns it; a view that stays alive meanwhile reads with a SceneScan, prepares that on
+// another thread and begins there. Afterwards the picture stands on its own. One thread at a time
+// calls it; it spreads the work over all cores itself. The same document and setup give the same
+// picture bit for bit, whatever the number of threads.
 #pragma once
 
 #include <memory>
@@ -18,7 +19,8 @@ struct PictureSetup {
   std::uint32_t width = 0;
   std::uint32_t height = 0;
   SceneReading reading;
-  // Looks through this instead of the scene camera. Without either, a camera that frames everything.
+  // Looks through this instead of the scene camera. Without either, a camera that frames
+  // everything.
   std::optional<PictureCamera> camera;
   unsigned threads = 0;  // 0: one for each core
   // One quick pass and no more: what a view shows while something moves.
@@ -30,23 +32,26 @@ struct PictureSetup {
 class PictureInProgress {
  public:
   using Begun = Result<std::unique_ptr<PictureInProgress>>;
-  // Fails with a message for sizes outside 1..16384 a side or beyond 64 million pixels, when memory is short, and when `goOn`,
-  // which is asked now and then while a large scene is read and prepared, says no.
-  static Begun Begin(const host::BaseDocument& doc, const PictureSetup& setup, RenderCaches& caches, const GoOn& goOn = {});
+  // Fails with a message for sizes outside 1..16384 a side or beyond 64 million pixels, when memory
+  // is short, and when `goOn`, which is asked now and then while a large scene is read and
+  // prepared, says no.
+  static Begun Begin(const host::BaseDocument& doc, const PictureSetup& setup, RenderCaches& caches,
+                     const GoOn& goOn = {});
   // The same of a scene that was read and prepared before; any thread.
   static Begun Begin(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup);
   PictureInProgress(const PictureInProgress&) = delete;
   PictureInProgress& operator=(const PictureInProgress&) = delete;
 
-  // Does the next pass: the first one looks once at each pixel, the second one four times, the last one sixteen times where
-  // neighbours differ. `goOn` is asked from the calling thread. False when it was stopped; the pass can be taken up again then.
+  // Does the next pass: the first one looks once at each pixel, the second one four times, the last
+  // one sixteen times where neighbors differ. `goOn` is asked from the calling thread. False when
+  // it was stopped; the pass can be taken up again then.
   bool Refine(const GoOn& goOn = {});
   bool IsFinished() const { return pass_ == (setup_.draft ? 1 : kPasses); }
 
   // The picture as it stands: 8-bit sRGB, opaque. Empty before the first pass is through.
   Image Current() const;
-  // Brings `image`, kept from call to call and empty before the first, up to date with the tiles that were finished since; what
-  // is not rendered yet is black. Also from inside `goOn`.
+  // Brings `image`, kept from call to call and empty before the first, up to date with the tiles
+  // that were finished since; what is not rendered yet is black. Also from inside `goOn`.
   void ShowTiles(Image* image);
   // After the first pass of a setup that takes them: at the size of the picture.
   const HitMap& Hits() const { return hits_; }
@@ -82,8 +87,9 @@ class PictureInProgress {
   std::uint32_t tilesAcross_;
   std::uint32_t tileCount_;
   std::vector<Pixel> pixels_;
-  std::vector<std::uint8_t> refined_;    // by pixel: whether the last pass looks at it
-  std::vector<std::uint8_t> tilesDone_;  // of the current pass: 1, and 2 when it was shown; atomic while a pass runs
+  std::vector<std::uint8_t> refined_;  // by pixel: whether the last pass looks at it
+  // Of the current pass: 1, and 2 when it was shown; atomic while a pass runs
+  std::vector<std::uint8_t> tilesDone_;
   HitMap hits_;
   int pass_ = 0;
 };

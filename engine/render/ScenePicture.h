@@ -1,6 +1,7 @@
-// ScenePicture: what of a document can be seen in a picture, taken out of it: instances of meshes, surfaces, lights and the
-// camera. It holds nothing of the document, so that it is made ready for rays (PreparedScene.h) and rendered on any thread while
-// the document goes on changing. Owned by whoever made it; making it needs the thread that owns the document.
+// ScenePicture: what of a document can be seen in a picture, taken out of it: instances of meshes,
+// surfaces, lights and the camera. It holds nothing of the document, so that it is made ready for
+// rays (PreparedScene.h) and rendered on any thread while the document goes on changing. Owned by
+// whoever made it; making it needs the thread that owns the document.
 #pragma once
 
 #include <memory>
@@ -32,10 +33,12 @@ struct SurfaceLook {
   std::shared_ptr<const Texture> luminanceTexture;
   std::shared_ptr<const Texture> normalTexture;
 
-  bool CanBeSeenThrough() const { return alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture); }
+  bool CanBeSeenThrough() const {
+    return alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture);
+  }
 };
 
-// A light's place and direction in the world. The colour has the brightness multiplied in.
+// A light's place and direction in the world. The color has the brightness multiplied in.
 struct LightSource {
   enum class Kind { Point, Spot, Sun, Area, Ambient };
 
@@ -52,7 +55,8 @@ struct LightSource {
 // One object in the picture.
 struct Instance {
   std::shared_ptr<const Mesh> mesh;
-  std::shared_ptr<const Geometry> geometry;  // null until prepared, and where nothing of the mesh can be seen
+  // Null until prepared, and where nothing of the mesh can be seen
+  std::shared_ptr<const Geometry> geometry;
   host::Matrix frame;
   std::uint32_t look = 0;  // into the looks of the picture
   NodeId object = 0;
@@ -81,32 +85,39 @@ struct ScenePicture {
   PictureCamera camera;
   bool hasSceneCamera = false;
   std::optional<EditorView> editorView;  // of the document
-  // Equal for scenes that look alike, whatever is selected and whatever the camera is. Good while either of them lives.
+  // Equal for scenes that look alike, whatever is selected and whatever the camera is. Good while
+  // either of them lives.
   std::uint64_t fingerprint = 0;
   Box bounds;                      // of all instances, in the world; empty until prepared
   std::vector<std::string> notes;  // what was left out and why, each once
 };
 
 struct SceneReading {
-  // Follow the editor modes and the layers' view flags instead of the render modes and flags: for a viewport.
+  // Follow the editor modes and the layers' view flags instead of the render modes and flags: for a
+  // viewport.
   bool editorView = false;
 };
 
-// Reads what can be seen and prepares it. Without a scene camera the camera is left at its defaults.
-ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches);
+// Reads what can be seen and prepares it. Without a scene camera the camera is left at its
+// defaults.
+ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how,
+                       RenderCaches& caches);
 // The camera that an object is; nothing when it stands beyond all bounds.
 std::optional<PictureCamera> CameraOf(const host::BaseObject& object);
 
-// Points of the world that show the outline of the instances of a prepared scene: corners of triangles spread over each of them.
-// Of all, or of those that `chosen` has a 1 for.
-std::vector<Vec> OutlineOf(const ScenePicture& picture, const std::vector<std::uint8_t>* chosen = nullptr);
+// Points of the world that show the outline of the instances of a prepared scene: corners of
+// triangles spread over each of them. Of all, or of those that `chosen` has a 1 for.
+std::vector<Vec> OutlineOf(const ScenePicture& picture,
+                           const std::vector<std::uint8_t>* chosen = nullptr);
 
-// A camera that shows all of the points in a picture of that width over height: `turn` radians around the vertical axis, 0 from
-// the front, a little above; a three-quarter view unless told. Without any point it looks at the origin.
+// A camera that shows all of the points in a picture of that width over height: `turn` radians
+// around the vertical axis, 0 from the front, a little above; a three-quarter view unless told.
+// Without any point it looks at the origin.
 PictureCamera FramingCamera(std::vector<Vec> points, double aspect, double turn = 0.65);
 // The same with the direction and lens of a camera.
 PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, double aspect);
-// A camera that shows all that is seen in a view in a picture of that width over height, and no more than it must.
+// A camera that shows all that is seen in a view in a picture of that width over height, and no
+// more than it must.
 PictureCamera ShowingAllOf(const EditorView& view, double aspect);
 
 }  // namespace engine

@@ -33,7 +33,8 @@ struct Inherited {
 class LayerSwitches {
  public:
   LayerSwitches(const host::BaseDocument& doc, bool editorView) : editorView_(editorView) {
-    for (host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node; node = NextInTree(node)) {
+    for (host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node;
+         node = NextInTree(node)) {
       if (const host::LayerObject* layer = AsLayer(node)) Read(*layer);
     }
   }
@@ -61,7 +62,8 @@ class LayerSwitches {
     Effect effect{editorView_ ? flags.view : flags.render, flags.generators, flags.solo};
     if (const host::LayerObject* above = layer.GetUp()) {
       const Effect& outer = effects_[IdOf(*above)];
-      effect = {effect.shown && outer.shown, effect.generators && outer.generators, effect.solo || outer.solo};
+      effect = {effect.shown && outer.shown, effect.generators && outer.generators,
+                effect.solo || outer.solo};
     }
     effects_[IdOf(layer)] = effect;
     anySolo_ = anySolo_ || effect.solo;
@@ -76,12 +78,15 @@ bool IsSwitchedOn(const host::BaseTag* tag, host::LONG parameter) {
   return !tag || tag->GetDataInstance()->GetBool(parameter, host::TRUE);
 }
 
-// The ray tracer turns rays into the frames of objects and bears no numbers near the end of what a float holds there.
+// The ray tracer turns rays into the frames of objects and bears no numbers near the end of what a
+// float holds there.
 constexpr double kFarthest = 1e9;
 constexpr double kLargestScale = 1e6;
 constexpr double kSmallestScale = 1e-8;
 
-double LargestOf(const host::Vector& v) { return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)}); }
+double LargestOf(const host::Vector& v) {
+  return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)});
+}
 
 bool IsUsableFrame(const Matrix& m) {
   if (!(LargestOf(m.off) < kFarthest)) return false;
@@ -89,8 +94,8 @@ bool IsUsableFrame(const Matrix& m) {
     if (!(LargestOf(*axis) < kLargestScale)) return false;
   }
   // The rows of the inverse are these products over the volume.
-  const double largest =
-      std::max({LargestOf(CrossOf(m.v2, m.v3)), LargestOf(CrossOf(m.v3, m.v1)), LargestOf(CrossOf(m.v1, m.v2))});
+  const double largest = std::max({LargestOf(CrossOf(m.v2, m.v3)), LargestOf(CrossOf(m.v3, m.v1)),
+                                   LargestOf(CrossOf(m.v1, m.v2))});
   return std::abs(Determinant(m)) > largest * kSmallestScale;
 }
 
@@ -155,7 +160,8 @@ class SceneScan::Reader {
       const host::Vector offset = data.GetVector(host::TEXTURETAG_OFFSET);
       const host::Vector tiles = data.GetVector(host::TEXTURETAG_TILES);
       here.uvOffset = {static_cast<float>(offset.x), static_cast<float>(offset.y)};
-      here.uvTiles = {static_cast<float>(tiles.x == 0 ? 1 : tiles.x), static_cast<float>(tiles.y == 0 ? 1 : tiles.y)};
+      here.uvTiles = {static_cast<float>(tiles.x == 0 ? 1 : tiles.x),
+                      static_cast<float>(tiles.y == 0 ? 1 : tiles.y)};
     }
   }
 
@@ -164,11 +170,13 @@ class SceneScan::Reader {
     if (type == host::Olight) return AddLight(object, here.frame);
     const bool primitive = IsPrimitive(type);
     if (primitive && !(object.GetDeformMode() && generators)) return;
-    const std::shared_ptr<const Mesh> mesh = primitive ? caches_.PrimitiveOf(type, *object.GetDataInstance()) : MeshOf(object);
+    const std::shared_ptr<const Mesh> mesh =
+        primitive ? caches_.PrimitiveOf(type, *object.GetDataInstance()) : MeshOf(object);
     if (mesh) AddInstance(object, mesh, here);
   }
 
-  void AddInstance(const BaseObject& object, const std::shared_ptr<const Mesh>& mesh, const Inherited& here) {
+  void AddInstance(const BaseObject& object, const std::shared_ptr<const Mesh>& mesh,
+                   const Inherited& here) {
     if (!IsUsableFrame(here.frame)) {
       ++flatObjects_;
       return;
@@ -191,7 +199,8 @@ class SceneScan::Reader {
   void AddLight(const BaseObject& object, const Matrix& frame) {
     const host::BaseContainer& data = *object.GetDataInstance();
     LightSource light;
-    light.kind = static_cast<LightSource::Kind>(std::clamp<host::LONG>(data.GetLong(host::LIGHT_TYPE), 0, 4));
+    light.kind = static_cast<LightSource::Kind>(
+        std::clamp<host::LONG>(data.GetLong(host::LIGHT_TYPE), 0, 4));
     const bool colored = data.FindIndex(host::LIGHT_COLOR) != host::NOTOK;
     const Vec color = colored ? ToVec(data.GetVector(host::LIGHT_COLOR)) : Vec{1, 1, 1};
     light.color = color * static_cast<float>(data.GetReal(host::LIGHT_BRIGHTNESS, 1));
@@ -203,7 +212,8 @@ class SceneScan::Reader {
     light.outerCosine = static_cast<float>(std::cos(outer / 2));
     light.innerCosine = static_cast<float>(std::cos(inner / 2));
     light.range = static_cast<float>(std::max(0.0, data.GetReal(host::LIGHT_RANGE)));
-    if (IsFinite(light.color) && IsFinite(light.position) && IsFinite(light.direction)) picture_.lights.push_back(light);
+    if (IsFinite(light.color) && IsFinite(light.position) && IsFinite(light.direction))
+      picture_.lights.push_back(light);
   }
 
   void ReadCamera() {
@@ -216,8 +226,9 @@ class SceneScan::Reader {
 
   void AddNotes() {
     if (flatObjects_ == 0) return;
-    picture_.notes.push_back(std::to_string(flatObjects_) +
-                             " objects are scaled to nothing or placed beyond all bounds and were left out.");
+    picture_.notes.push_back(
+        std::to_string(flatObjects_) +
+        " objects are scaled to nothing or placed beyond all bounds and were left out.");
   }
 
   void Mark() {
@@ -263,7 +274,8 @@ std::optional<PictureCamera> CameraOf(const BaseObject& object) {
   return camera;
 }
 
-ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches) {
+ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how,
+                       RenderCaches& caches) {
   SceneScan scan(doc, how, caches);
   scan.Advance(std::numeric_limits<std::size_t>::max());
   ScenePicture picture = scan.Take();

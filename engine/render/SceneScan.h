@@ -1,6 +1,6 @@
-// SceneScan: taking what can be seen out of a document, in steps as large as one likes, so that a window stays alive while a huge
-// scene is read. It refers to the document, which must neither change nor go between its steps. The thread that owns the
-// document.
+// SceneScan: taking what can be seen out of a document, in steps as large as one likes, so that a
+// window stays alive while a huge scene is read. It refers to the document, which must neither
+// change nor go between its steps. The thread that owns the document.
 #pragma once
 
 #include "engine/render/ScenePicture.h"

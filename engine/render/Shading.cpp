@@ -30,7 +30,8 @@ Vec Around(Vec normal, float a, float b) {
   const Vec other = Cross(normal, side);
   const float r = std::sqrt(a);
   const float turn = 2 * kPi * b;
-  return Normalized(side * (r * std::cos(turn)) + other * (r * std::sin(turn)) + normal * std::sqrt(std::max(0.0F, 1 - a)));
+  return Normalized(side * (r * std::cos(turn)) + other * (r * std::sin(turn)) +
+                    normal * std::sqrt(std::max(0.0F, 1 - a)));
 }
 
 float SmoothStep(float low, float high, float x) {
@@ -49,8 +50,8 @@ Vec StraightReflection(const Finding& finding) {
   return Mix({plain, plain, plain}, finding.color, finding.look->metallic);
 }
 
-// The bright spot of a light on a rough surface: Trowbridge and Reitz's distribution with Smith's shadowing (Karis 2013), scaled
-// so that a white diffuse surface facing the light returns 1.
+// The bright spot of a light on a rough surface: Trowbridge and Reitz's distribution with Smith's
+// shadowing (Karis 2013), scaled so that a white diffuse surface facing the light returns 1.
 float Gloss(const Finding& finding, Vec toLight, Vec toEye, float lightCosine) {
   const Vec half = Normalized(toLight + toEye);
   const float rough = std::max(kSharpestRoughness, finding.look->roughness);
@@ -68,7 +69,8 @@ LightSource ShoulderLight(const RayCamera& camera) {
   LightSource light;
   light.kind = LightSource::Kind::Sun;
   light.color = {0.92F, 0.89F, 0.84F};
-  const Vec flat = Normalized(Vec{camera.Forward().x, 0, camera.Forward().z} + camera.Forward() * 0.05F);
+  const Vec flat =
+      Normalized(Vec{camera.Forward().x, 0, camera.Forward().z} + camera.Forward() * 0.05F);
   light.direction = Normalized(flat * 0.42F + camera.Right() * 0.72F + Vec{0, -1, 0});
   return light;
 }
@@ -81,10 +83,12 @@ Vec BackdropColor(Vec direction) {
   const Vec zenith{0.055F, 0.085F, 0.140F};
   const float up = direction.y;
   if (up < 0) return Mix(horizon * 0.62F, ground, SmoothStep(0.0F, 0.55F, -up));
-  return Mix(Mix(horizon * 0.62F, horizon, SmoothStep(0.0F, 0.035F, up)), zenith, std::pow(up, 0.55F));
+  return Mix(Mix(horizon * 0.62F, horizon, SmoothStep(0.0F, 0.035F, up)), zenith,
+             std::pow(up, 0.55F));
 }
 
-Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera, ShadingDetail detail)
+Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera,
+                 ShadingDetail detail)
     : scene_(scene), camera_(camera), detail_(detail) {
   Vec ambient;
   for (const LightSource& light : picture.lights) {
@@ -101,12 +105,16 @@ Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCa
   groundAmbient_ = Vec{0.150F, 0.140F, 0.128F} * fill + ambient;
 }
 
-Vec Shading::LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample, FirstHit* first) const {
-  const Vec light = LightAlong(camera_.Through(x, y), BackdropColor(camera_.BackdropDirection(x, y)), {pixel, sample}, 0, first);
+Vec Shading::LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample,
+                     FirstHit* first) const {
+  const Vec light =
+      LightAlong(camera_.Through(x, y), BackdropColor(camera_.BackdropDirection(x, y)),
+                 {pixel, sample}, 0, first);
   return IsFinite(light) ? light : Vec{};
 }
 
-Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth, FirstHit* first) const {
+Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth,
+                        FirstHit* first) const {
   Ray ray = start;
   Vec light;
   float open = 1;
@@ -131,12 +139,15 @@ Vec Shading::LightFrom(const Finding& finding, const Ray& ray, Tries tries, int 
   for (const LightSource& source : lights_) light += LightOf(source, finding, toEye);
 
   const float smooth = 1 - finding.look->roughness;
-  const Vec mirrored = Mirrored(straight, std::max(0.0F, Dot(finding.normal, toEye))) * (smooth * smooth);
+  const Vec mirrored =
+      Mirrored(straight, std::max(0.0F, Dot(finding.normal, toEye))) * (smooth * smooth);
   const Vec blurred = straight * (1 - smooth * smooth);
-  const Vec direction = Normalized(ray.direction - finding.normal * (2 * Dot(finding.normal, ray.direction)));
+  const Vec direction =
+      Normalized(ray.direction - finding.normal * (2 * Dot(finding.normal, ray.direction)));
   const Vec around = BackdropColor(direction);
   light += blurred * ambient;
-  const bool traced = detail_ == ShadingDetail::Full && depth < kDeepestReflection && Largest(mirrored) >= kWeakestReflection;
+  const bool traced = detail_ == ShadingDetail::Full && depth < kDeepestReflection &&
+                      Largest(mirrored) >= kWeakestReflection;
   if (!traced) return light + mirrored * around * ambient;
   const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
                       std::numeric_limits<float>::infinity()};
@@ -166,7 +177,8 @@ Vec Shading::LightOf(const LightSource& light, const Finding& finding, Vec toEye
   const Vec half = Normalized(toLight + toEye);
   const Vec mirrored = Mirrored(StraightReflection(finding), std::max(0.0F, Dot(half, toEye)));
   const Vec diffuse = finding.color * (1 - finding.look->metallic) * (Vec{1, 1, 1} - mirrored);
-  return light.color * passing * (diffuse + mirrored * Gloss(finding, toLight, toEye, cosine)) * (cosine * strength);
+  return light.color * passing * (diffuse + mirrored * Gloss(finding, toLight, toEye, cosine)) *
+         (cosine * strength);
 }
 
 Vec Shading::Passing(const Finding& from, Vec direction, float distance) const {
@@ -200,7 +212,8 @@ float Shading::OpenShare(const Finding& finding, Tries tries) const {
   for (std::uint32_t i = 0; i < kOpenTries; ++i) {
     // The plastic number's sequence spreads evenly however many are taken of it (Roberts 2018).
     const auto n = static_cast<float>(tries.sample * kOpenTries + i);
-    const Vec direction = Around(finding.normal, Fraction(turnA + n * 0.7548776662F), Fraction(turnB + n * 0.5698402910F));
+    const Vec direction = Around(finding.normal, Fraction(turnA + n * 0.7548776662F),
+                                 Fraction(turnB + n * 0.5698402910F));
     const bool below = Dot(direction, finding.faceNormal) <= 0;
     if (below || !scene_.IsBlocked({start, direction, 0, scene_.Size() * kOpenReach})) open += 1;
   }

@@ -15,11 +15,13 @@ namespace engine {
 namespace {
 
 constexpr const char* kPackage = "fonts-dejavu-core";
-constexpr const char* kFolders[] = {"/usr/share/fonts/truetype/dejavu", "/usr/share/fonts/dejavu-sans-fonts",
-                                    "/usr/share/fonts/TTF", "/usr/share/fonts/dejavu"};
+constexpr const char* kFolders[] = {"/usr/share/fonts/truetype/dejavu",
+                                    "/usr/share/fonts/dejavu-sans-fonts", "/usr/share/fonts/TTF",
+                                    "/usr/share/fonts/dejavu"};
 // Han and kana, which the first font lacks; without the file they show as boxes.
-constexpr const char* kMoreLetters[] = {"/usr/share/fonts/truetype/droid/DroidSansFallbackFull.ttf",
-                                        "/usr/share/fonts/google-droid-sans-fonts/DroidSansFallbackFull.ttf"};
+constexpr const char* kMoreLetters[] = {
+    "/usr/share/fonts/truetype/droid/DroidSansFallbackFull.ttf",
+    "/usr/share/fonts/google-droid-sans-fonts/DroidSansFallbackFull.ttf"};
 constexpr std::uint64_t kLargestFont = 64ull << 20;
 constexpr char32_t kEllipsis = 0x2026;
 constexpr char32_t kReplacement = 0xFFFD;
@@ -51,16 +53,20 @@ std::vector<char32_t> Characters(std::string_view text) {
   return characters;
 }
 
-// From the order in which the characters are read to that in which they stand (Unicode Standard Annex 9).
+// From the order in which the characters are read to that in which they stand (Unicode Standard
+// Annex 9).
 std::vector<char32_t> InVisualOrder(const std::vector<char32_t>& logical) {
   std::vector<FriBidiChar> in(logical.begin(), logical.end());
   std::vector<FriBidiChar> out(in.size() + 1);
   FriBidiParType direction = FRIBIDI_PAR_ON;
   const auto count = static_cast<FriBidiStrIndex>(in.size());
-  if (in.empty() || !fribidi_log2vis(in.data(), count, &direction, out.data(), nullptr, nullptr, nullptr)) return logical;
+  if (in.empty() ||
+      !fribidi_log2vis(in.data(), count, &direction, out.data(), nullptr, nullptr, nullptr))
+    return logical;
   std::vector<char32_t> visual;
   for (std::size_t i = 0; i < in.size(); ++i) {
-    const bool isSeen = out[i] != FRIBIDI_CHAR_FILL && !FRIBIDI_IS_EXPLICIT_OR_BN(fribidi_get_bidi_type(out[i]));
+    const bool isSeen =
+        out[i] != FRIBIDI_CHAR_FILL && !FRIBIDI_IS_EXPLICIT_OR_BN(fribidi_get_bidi_type(out[i]));
     if (isSeen) visual.push_back(out[i]);
   }
   return visual;
@@ -71,9 +77,13 @@ void Blend(const FT_Bitmap& glyph, int left, int top, Font::Color color, Image& 
     for (int column = 0; column < static_cast<int>(glyph.width); ++column) {
       const int x = left + column;
       const int y = top + row;
-      if (x < 0 || y < 0 || x >= static_cast<int>(image.width) || y >= static_cast<int>(image.height)) continue;
+      if (x < 0 || y < 0 || x >= static_cast<int>(image.width) ||
+          y >= static_cast<int>(image.height))
+        continue;
       const int cover = glyph.buffer[row * glyph.pitch + column];
-      std::uint8_t* pixel = &image.bytes[(static_cast<std::size_t>(y) * image.width + static_cast<std::size_t>(x)) * 4];
+      std::uint8_t* pixel =
+          &image.bytes[(static_cast<std::size_t>(y) * image.width + static_cast<std::size_t>(x)) *
+                       4];
       for (std::size_t c = 0; c < 3; ++c) {
         pixel[c] = static_cast<std::uint8_t>(pixel[c] + (color[c] - pixel[c]) * cover / 255);
       }
@@ -101,7 +111,8 @@ struct Font::Body {
   FT_Face Open(const std::string& of) const {
     FT_Face opened = nullptr;
     const auto* data = reinterpret_cast<const FT_Byte*>(of.data());
-    if (FT_New_Memory_Face(library, data, static_cast<FT_Long>(of.size()), 0, &opened) != 0) return nullptr;
+    if (FT_New_Memory_Face(library, data, static_cast<FT_Long>(of.size()), 0, &opened) != 0)
+      return nullptr;
     if (FT_IS_SCALABLE(opened)) return opened;
     FT_Done_Face(opened);
     return nullptr;
@@ -114,11 +125,13 @@ struct Font::Body {
   }
 
   FT_Face FaceWith(char32_t character) const {
-    const bool isElsewhere = more && !FT_Get_Char_Index(face, character) && FT_Get_Char_Index(more, character);
+    const bool isElsewhere =
+        more && !FT_Get_Char_Index(face, character) && FT_Get_Char_Index(more, character);
     return isElsewhere ? more : face;
   }
 
-  // Goes along the characters and tells for each glyph the pen's place in 64ths of a pixel; answers where it ends.
+  // Goes along the characters and tells for each glyph the pen's place in 64ths of a pixel; answers
+  // where it ends.
   template <class At>
   long Walk(const std::vector<char32_t>& characters, FT_Int32 how, const At& at) const {
     long pen = 0;
@@ -128,7 +141,8 @@ struct Font::Body {
       const FT_Face of = FaceWith(character);
       const FT_UInt glyph = FT_Get_Char_Index(of, character);
       FT_Vector kerning{0, 0};
-      if (of == faceBefore && before && glyph) FT_Get_Kerning(of, before, glyph, FT_KERNING_DEFAULT, &kerning);
+      if (of == faceBefore && before && glyph)
+        FT_Get_Kerning(of, before, glyph, FT_KERNING_DEFAULT, &kerning);
       pen += kerning.x;
       before = glyph;
       faceBefore = of;
@@ -153,8 +167,9 @@ Result<Font> Font::Load(Weight weight) {
     if (font) font.Value().AddMoreLetters();
     return font;
   }
-  return Result<Font>::Failure("The font DejaVu Sans was not found for the labels. Installing the package " +
-                               std::string(kPackage) + " brings it.");
+  return Result<Font>::Failure(
+      "The font DejaVu Sans was not found for the labels. Installing the package " +
+      std::string(kPackage) + " brings it.");
 }
 
 Result<Font> Font::LoadFile(const std::string& path) {
@@ -190,7 +205,8 @@ TextLine Font::Set(std::string_view text, int pixels, int mostWidth) const {
   line.width = WidthOf(line.characters);
   if (line.width <= mostWidth) return line;
   const auto cut = [&](std::size_t count) {
-    std::vector<char32_t> shorter(logical.begin(), logical.begin() + static_cast<std::ptrdiff_t>(count));
+    std::vector<char32_t> shorter(logical.begin(),
+                                  logical.begin() + static_cast<std::ptrdiff_t>(count));
     while (!shorter.empty() && shorter.back() == U' ') shorter.pop_back();
     shorter.push_back(kEllipsis);
     line.characters = InVisualOrder(shorter);
@@ -210,7 +226,8 @@ void Font::Draw(const TextLine& line, int x, int y, Color color, Image& image) c
   body_->SetSize(line.pixels);
   body_->Walk(line.characters, FT_LOAD_RENDER, [&](long pen, const FT_GlyphSlotRec& slot) {
     const int left = x + static_cast<int>((pen + 32) / 64) + slot.bitmap_left;
-    if (slot.bitmap.pixel_mode == FT_PIXEL_MODE_GRAY) Blend(slot.bitmap, left, y - slot.bitmap_top, color, image);
+    if (slot.bitmap.pixel_mode == FT_PIXEL_MODE_GRAY)
+      Blend(slot.bitmap, left, y - slot.bitmap_top, color, image);
   });
 }
 

@@ -5,7 +5,8 @@ namespace engine {
 namespace {
 
 template <class Number>
-void HalveInto(const std::vector<Number>& from, const Image& size, Image& half, std::vector<Number>& to) {
+void HalveInto(const std::vector<Number>& from, const Image& size, Image& half,
+               std::vector<Number>& to) {
   to.resize(half.PixelCount() * 4);
   for (std::size_t y = 0; y < half.height; ++y) {
     const std::size_t y0 = std::min<std::size_t>(y * 2, size.height - 1);
@@ -14,7 +15,9 @@ void HalveInto(const std::vector<Number>& from, const Image& size, Image& half, 
       const std::size_t x0 = std::min<std::size_t>(x * 2, size.width - 1);
       const std::size_t x1 = std::min<std::size_t>(x * 2 + 1, size.width - 1);
       for (std::size_t c = 0; c < 4; ++c) {
-        const auto at = [&](std::size_t px, std::size_t py) { return static_cast<float>(from[(py * size.width + px) * 4 + c]); };
+        const auto at = [&](std::size_t px, std::size_t py) {
+          return static_cast<float>(from[(py * size.width + px) * 4 + c]);
+        };
         const float sum = at(x0, y0) + at(x1, y0) + at(x0, y1) + at(x1, y1);
         to[(y * half.width + x) * 4 + c] = static_cast<Number>(sum * 0.25F);
       }
@@ -41,7 +44,9 @@ Texel PixelAt(const Image& image, std::size_t x, std::size_t y, bool isColor) {
   const std::uint8_t* p = &image.bytes[at];
   const float alpha = static_cast<float>(p[3]) / 255;
   if (isColor) return {{SrgbToLinear(p[0]), SrgbToLinear(p[1]), SrgbToLinear(p[2])}, alpha};
-  return {Vec{static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2])} * (1.0F / 255), alpha};
+  return {Vec{static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2])} *
+              (1.0F / 255),
+          alpha};
 }
 
 // The pixel column or row of a coordinate, the next one after it, and how far between them it lies.
@@ -59,14 +64,17 @@ Place PlaceOf(float coordinate, std::uint32_t size) {
   return {std::min<std::size_t>(first, size - 1), (first + 1) % size, pixel - below};
 }
 
-Texel MixTexels(const Texel& a, const Texel& b, float t) { return {Mix(a.color, b.color, t), a.alpha + (b.alpha - a.alpha) * t}; }
+Texel MixTexels(const Texel& a, const Texel& b, float t) {
+  return {Mix(a.color, b.color, t), a.alpha + (b.alpha - a.alpha) * t};
+}
 
 }  // namespace
 
 Texture::Texture(Image image) {
   while (std::max(image.width, image.height) > kLargestSide) image = Halved(image);
   levels_.push_back(std::move(image));
-  while (std::max(levels_.back().width, levels_.back().height) > 1) levels_.push_back(Halved(levels_.back()));
+  while (std::max(levels_.back().width, levels_.back().height) > 1)
+    levels_.push_back(Halved(levels_.back()));
 }
 
 Texel Texture::Sample(float u, float v, float detail, bool isColor) const {
@@ -84,14 +92,17 @@ Texel Texture::Sample(float u, float v, float detail, bool isColor) const {
 Texel Texture::SampleLevel(const Image& level, float u, float v, bool isColor) const {
   const Place x = PlaceOf(u, level.width);
   const Place y = PlaceOf(v, level.height);
-  const Texel top = MixTexels(PixelAt(level, x.first, y.first, isColor), PixelAt(level, x.second, y.first, isColor), x.share);
-  const Texel low = MixTexels(PixelAt(level, x.first, y.second, isColor), PixelAt(level, x.second, y.second, isColor), x.share);
+  const Texel top = MixTexels(PixelAt(level, x.first, y.first, isColor),
+                              PixelAt(level, x.second, y.first, isColor), x.share);
+  const Texel low = MixTexels(PixelAt(level, x.first, y.second, isColor),
+                              PixelAt(level, x.second, y.second, isColor), x.share);
   return MixTexels(top, low, y.share);
 }
 
 std::size_t Texture::Bytes() const {
   std::size_t bytes = 0;
-  for (const Image& level : levels_) bytes += level.bytes.size() + level.floats.size() * sizeof(float);
+  for (const Image& level : levels_)
+    bytes += level.bytes.size() + level.floats.size() * sizeof(float);
   return bytes;
 }
 

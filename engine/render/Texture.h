@@ -1,5 +1,5 @@
-// Texture: a picture made ready to colour surfaces: a pyramid of ever smaller copies, so that far surfaces do not flicker.
-// Never changes once made; any thread.
+// Texture: a picture made ready to color surfaces: a pyramid of ever smaller copies, so that far
+// surfaces do not flicker. Never changes once made; any thread.
 #pragma once
 
 #include <array>
@@ -24,8 +24,9 @@ class Texture {
   // Takes the picture; one of no pixels is not allowed.
   explicit Texture(Image image);
 
-  // The colour at u, v; v grows downwards; the picture repeats in both directions. `detail` is the side of the seen area in
-  // units of u and v: 0 shows every pixel. `isColor` false takes the bytes as plain numbers (normal maps).
+  // The color at u, v; v grows downwards; the picture repeats in both directions. `detail` is the
+  // side of the seen area in units of u and v: 0 shows every pixel. `isColor` false takes the bytes
+  // as plain numbers (normal maps).
   Texel Sample(float u, float v, float detail, bool isColor = true) const;
 
   std::size_t Bytes() const;

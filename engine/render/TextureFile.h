@@ -1,5 +1,5 @@
-// TextureFile: an image file as it was read and, from the first use on, the texture in it. Whoever read it shares it with the
-// pictures that show it. Any thread, several at a time.
+// TextureFile: an image file as it was read and, from the first use on, the texture in it. Whoever
+// read it shares it with the pictures that show it. Any thread, several at a time.
 #pragma once
 
 #include <memory>
@@ -16,7 +16,8 @@ class TextureFile {
   // A file that could not be read.
   explicit TextureFile(const Status& problem) : problem_(problem.Message()) {}
 
-  // Null, with the reason in `*problem`, when there is no texture. `*decoded` tells whether it was made by this very call.
+  // Null, with the reason in `*problem`, when there is no texture. `*decoded` tells whether it was
+  // made by this very call.
   std::shared_ptr<const Texture> Get(std::string* problem, bool* decoded);
   // Memory of the texture, 0 before it is made.
   std::size_t Bytes() const;

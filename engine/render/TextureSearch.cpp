@@ -24,7 +24,8 @@ class Places {
     Add((folder == "/" ? "" : folder) + "/" + file);
   }
   void Add(std::string path) {
-    if (std::find(paths_.begin(), paths_.end(), path) == paths_.end()) paths_.push_back(std::move(path));
+    if (std::find(paths_.begin(), paths_.end(), path) == paths_.end())
+      paths_.push_back(std::move(path));
   }
   // By the name where it is relative, and by its last part.
   void AddEither(const std::string& folder, const std::string& name) {
@@ -52,7 +53,8 @@ std::vector<std::string> TexturePlaces(const std::string& name, const std::strin
   Places places;
   if (given.front() == '/') places.Add(given);
   places.AddEither(documentFolder, given);
-  if (!documentFolder.empty()) places.AddEither(documentFolder + "/" + kTextureFolders.front(), given);
+  if (!documentFolder.empty())
+    places.AddEither(documentFolder + "/" + kTextureFolders.front(), given);
   for (host::LONG i = 0; i < kGlobalTexturePaths; ++i) {
     places.AddEither(host::GetGlobalTexturePath(i).GetString().ToUtf8(), given);
   }
@@ -81,7 +83,8 @@ std::vector<std::string> TextureNames(const host::BaseDocument& doc) {
 }
 
 bool IsTextureThere(const host::BaseDocument& doc, const std::string& name) {
-  return FindEmbeddedFile(doc, name) != nullptr || !FindTexture(name, doc.GetDocumentPath().GetString().ToUtf8()).empty();
+  return FindEmbeddedFile(doc, name) != nullptr ||
+         !FindTexture(name, doc.GetDocumentPath().GetString().ToUtf8()).empty();
 }
 
 std::vector<std::string> MissingTextures(const host::BaseDocument& doc) {

@@ -12,8 +12,8 @@ namespace engine {
 
 namespace {
 
-// A TIFF file in memory as the library wants to see it, and its first complaint. `text` is what is written to; reading looks at
-// `view` only.
+// A TIFF file in memory as the library wants to see it, and its first complaint. `text` is what is
+// written to; reading looks at `view` only.
 struct MemoryFile {
   std::string_view view;
   std::string* text = nullptr;
@@ -47,7 +47,9 @@ tmsize_t WriteProc(thandle_t handle, void* buffer, tmsize_t size) {
 
 toff_t SeekProc(thandle_t handle, toff_t offset, int whence) {
   MemoryFile& file = FileOf(handle);
-  const std::size_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? file.position : file.Size();
+  const std::size_t base = whence == SEEK_SET   ? 0
+                           : whence == SEEK_CUR ? file.position
+                                                : file.Size();
   return file.position = base + static_cast<std::size_t>(offset);
 }
 
@@ -72,22 +74,24 @@ struct CloseTiff {
 using TiffFile = std::unique_ptr<TIFF, CloseTiff>;
 
 TiffFile Open(MemoryFile& file, const char* mode) {
-  const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(), TIFFOpenOptionsFree);
+  const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
+                                                                             TIFFOpenOptionsFree);
   if (!options) return nullptr;
   TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(kLargestImageBytes));
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), KeepComplaint, &file);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), DropWarning, nullptr);
-  return TiffFile(TIFFClientOpenExt("picture", mode, &file, ReadProc, WriteProc, SeekProc, CloseProc, SizeProc, MapProc,
-                                    UnmapProc, options.get()));
+  return TiffFile(TIFFClientOpenExt("picture", mode, &file, ReadProc, WriteProc, SeekProc,
+                                    CloseProc, SizeProc, MapProc, UnmapProc, options.get()));
 }
 
 Status Problem(const MemoryFile& file, const std::string& what) {
   return Status::Failure(what + (file.complaint.empty() ? "." : " (" + file.complaint + ")."));
 }
 
-// The library multiplies colours by alpha; this takes it back.
+// The library multiplies colors by alpha; this takes it back.
 std::uint8_t Unmultiplied(std::uint32_t channel, std::uint32_t alpha) {
-  return static_cast<std::uint8_t>(alpha == 0 ? 0 : std::min<std::uint32_t>(255, (channel * 255 + alpha / 2) / alpha));
+  return static_cast<std::uint8_t>(
+      alpha == 0 ? 0 : std::min<std::uint32_t>(255, (channel * 255 + alpha / 2) / alpha));
 }
 
 void Unpack(const std::vector<std::uint32_t>& raster, Image& image) {
@@ -135,7 +139,8 @@ Result<Image> DecodeTiff(std::string_view bytes) {
   TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &image.height);
   if (Status size = CheckImageSize(image.width, image.height, 4); !size) return size;
   std::vector<std::uint32_t> raster(image.PixelCount());
-  if (TIFFReadRGBAImageOriented(tiff.get(), image.width, image.height, raster.data(), ORIENTATION_TOPLEFT, 1) != 1) {
+  if (TIFFReadRGBAImageOriented(tiff.get(), image.width, image.height, raster.data(),
+                                ORIENTATION_TOPLEFT, 1) != 1) {
     return Problem(file, "The TIFF picture is damaged or of an unusual kind");
   }
   Unpack(raster, image);
@@ -144,7 +149,8 @@ Result<Image> DecodeTiff(std::string_view bytes) {
 
 Result<std::string> EncodeTiff(const Image& image) {
   if (Status size = CheckImageSize(image.width, image.height, 4); !size) return size;
-  if (image.bytes.size() != image.PixelCount() * 4) return Result<std::string>::Failure("Only pictures of bytes can be written.");
+  if (image.bytes.size() != image.PixelCount() * 4)
+    return Result<std::string>::Failure("Only pictures of bytes can be written.");
   std::string text;
   MemoryFile file{{}, &text, 0, {}};
   TiffFile tiff = Open(file, "wl");

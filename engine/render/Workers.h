@@ -10,10 +10,12 @@
 namespace engine {
 
 // 0 asks for one for each core.
-inline unsigned CoreCount(unsigned asked) { return asked > 0 ? asked : std::max(1U, std::thread::hardware_concurrency()); }
+inline unsigned CoreCount(unsigned asked) {
+  return asked > 0 ? asked : std::max(1U, std::thread::hardware_concurrency());
+}
 
-// Runs `work(isCaller)` on that many threads, the calling one among them; fewer when the system has no more. What the caller's
-// own share throws comes out when the others have ended.
+// Runs `work(isCaller)` on that many threads, the calling one among them; fewer when the system has
+// no more. What the caller's own share throws comes out when the others have ended.
 template <class Work>
 void OnThreads(unsigned count, const Work& work) {
   std::vector<std::jthread> others;

@@ -20,13 +20,15 @@ using engine::DocumentBody;
 using A = engine::NodeAccess;
 
 BaseDocument::BaseDocument(std::unique_ptr<DocumentBody> body)
-    : BaseList2D(Tbasedocument, static_cast<UCHAR>(engine::NodeKind::Document)), body_(std::move(body)) {}
+    : BaseList2D(Tbasedocument, static_cast<UCHAR>(engine::NodeKind::Document)),
+      body_(std::move(body)) {}
 
 BaseDocument::~BaseDocument() {
   engine::UnchainDocument(*this);
   body_->undo.reset();
   body_->listener.reset();
-  for (const int slot : {engine::kShaders, engine::kLayers, engine::kSettings, engine::kMaterials, engine::kObjects}) {
+  for (const int slot : {engine::kShaders, engine::kLayers, engine::kSettings, engine::kMaterials,
+                         engine::kObjects}) {
     engine::DestroyList(engine::FirstIn(*this, slot));
   }
 }
@@ -46,9 +48,15 @@ void BaseDocument::Free(BaseDocument*& doc) {
   doc = nullptr;
 }
 
-BaseObject* BaseDocument::GetFirstObject() const { return static_cast<BaseObject*>(body_->objects.GetFirst()); }
-BaseMaterial* BaseDocument::GetFirstMaterial() const { return static_cast<BaseMaterial*>(body_->materials.GetFirst()); }
-RenderData* BaseDocument::GetFirstRenderData() const { return static_cast<RenderData*>(body_->renderSettings.GetFirst()); }
+BaseObject* BaseDocument::GetFirstObject() const {
+  return static_cast<BaseObject*>(body_->objects.GetFirst());
+}
+BaseMaterial* BaseDocument::GetFirstMaterial() const {
+  return static_cast<BaseMaterial*>(body_->materials.GetFirst());
+}
+RenderData* BaseDocument::GetFirstRenderData() const {
+  return static_cast<RenderData*>(body_->renderSettings.GetFirst());
+}
 GeListHead* BaseDocument::GetLayerObjectRoot() const { return &body_->layers; }
 
 namespace {
@@ -64,19 +72,22 @@ Spot SpotBelow(BaseDocument& doc, BaseList2D* parent, int topSlot) {
   return {parent->GetDocument() == &doc ? parent : nullptr, engine::kChildren};
 }
 
-void Insert(BaseDocument& doc, BaseList2D* node, BaseList2D* parent, int topSlot, GeListNode* pred) {
+void Insert(BaseDocument& doc, BaseList2D* node, BaseList2D* parent, int topSlot,
+            GeListNode* pred) {
   const Spot spot = SpotBelow(doc, parent, topSlot);
   engine::Place(node, spot.owner, spot.slot, pred);
 }
 
 void Append(BaseDocument& doc, BaseList2D* node, BaseList2D* parent, int topSlot) {
   const Spot spot = SpotBelow(doc, parent, topSlot);
-  if (spot.owner) engine::Place(node, spot.owner, spot.slot, engine::LastIn(*spot.owner, spot.slot));
+  if (spot.owner)
+    engine::Place(node, spot.owner, spot.slot, engine::LastIn(*spot.owner, spot.slot));
 }
 
 }  // namespace
 
-void BaseDocument::InsertObject(BaseObject* op, BaseObject* parent, BaseObject* pred, Bool checknames) {
+void BaseDocument::InsertObject(BaseObject* op, BaseObject* parent, BaseObject* pred,
+                                Bool checknames) {
   if (op && checknames) engine::MakeNameUnique(*op, GetFirstObject());
   Insert(*this, op, parent, engine::kObjects, pred);
 }
@@ -96,9 +107,15 @@ void BaseDocument::InsertRenderData(RenderData* settings, RenderData* parent, Re
   SetActiveRenderData(active);
 }
 
-void BaseDocument::AppendObject(BaseObject* op, BaseObject* parent) { Append(*this, op, parent, engine::kObjects); }
-void BaseDocument::AppendMaterial(BaseMaterial* material) { Append(*this, material, nullptr, engine::kMaterials); }
-void BaseDocument::AppendLayer(LayerObject* layer, LayerObject* parent) { Append(*this, layer, parent, engine::kLayers); }
+void BaseDocument::AppendObject(BaseObject* op, BaseObject* parent) {
+  Append(*this, op, parent, engine::kObjects);
+}
+void BaseDocument::AppendMaterial(BaseMaterial* material) {
+  Append(*this, material, nullptr, engine::kMaterials);
+}
+void BaseDocument::AppendLayer(LayerObject* layer, LayerObject* parent) {
+  Append(*this, layer, parent, engine::kLayers);
+}
 
 RenderData* BaseDocument::GetActiveRenderData() const { return body_->activeSettings; }
 
@@ -110,7 +127,9 @@ void BaseDocument::SetActiveRenderData(RenderData* settings) {
 
 BaseDraw* BaseDocument::GetRenderBaseDraw() const { return &body_->view; }
 
-BaseObject* BaseDraw::GetSceneCamera(const BaseDocument* doc) const { return engine::AsObject(engine::FindNode(doc, camera_)); }
+BaseObject* BaseDraw::GetSceneCamera(const BaseDocument* doc) const {
+  return engine::AsObject(engine::FindNode(doc, camera_));
+}
 
 void BaseDraw::SetSceneCamera(BaseObject* camera, Bool) {
   const ULLONG id = camera ? engine::IdOf(*camera) : 0;

@@ -37,13 +37,15 @@ void BaseList2D::SetBit(LONG mask) { SetAllBits(bits_ | mask); }
 void BaseList2D::DelBit(LONG mask) { SetAllBits(bits_ & ~mask); }
 
 LayerData BaseList2D::GetLayerData(const BaseDocument* doc, Bool) const {
-  if (A::Kind(*this) == engine::NodeKind::Layer) return A::Flags(static_cast<const LayerObject&>(*this));
+  if (A::Kind(*this) == engine::NodeKind::Layer)
+    return A::Flags(static_cast<const LayerObject&>(*this));
   const LayerObject* layer = GetLayerObject(doc);
   return layer ? A::Flags(*layer) : LayerData();
 }
 
 Bool BaseList2D::SetLayerData(BaseDocument* doc, const LayerData& data) {
-  LayerObject* layer = A::Kind(*this) == engine::NodeKind::Layer ? static_cast<LayerObject*>(this) : GetLayerObject(doc);
+  LayerObject* layer = A::Kind(*this) == engine::NodeKind::Layer ? static_cast<LayerObject*>(this)
+                                                                 : GetLayerObject(doc);
   if (!layer) return FALSE;
   if (A::Flags(*layer) == data) return TRUE;
   A::Flags(*layer) = data;
@@ -51,7 +53,9 @@ Bool BaseList2D::SetLayerData(BaseDocument* doc, const LayerData& data) {
   return TRUE;
 }
 
-LayerObject* BaseList2D::GetLayerObject(const BaseDocument* doc) const { return engine::AsLayer(engine::FindNode(doc, layer_)); }
+LayerObject* BaseList2D::GetLayerObject(const BaseDocument* doc) const {
+  return engine::AsLayer(engine::FindNode(doc, layer_));
+}
 
 Bool BaseList2D::SetLayerObject(LayerObject* layer) {
   if (layer && GetDocument() && layer->GetDocument() != GetDocument()) return FALSE;
@@ -62,7 +66,9 @@ Bool BaseList2D::SetLayerObject(LayerObject* layer) {
   return TRUE;
 }
 
-BaseShader* BaseList2D::GetFirstShader() const { return static_cast<BaseShader*>(shaders_.GetFirst()); }
+BaseShader* BaseList2D::GetFirstShader() const {
+  return static_cast<BaseShader*>(shaders_.GetFirst());
+}
 
 void BaseList2D::InsertShader(BaseShader* shader, BaseShader* pred) {
   engine::Place(shader, this, engine::kShaders, pred ? pred : shaders_.GetLast());

@@ -7,14 +7,18 @@ namespace host {
 
 using engine::NodeKind;
 
-BaseMaterial* BaseMaterial::Alloc(LONG type) { return engine::AsMaterial(engine::MakeNode(NodeKind::Material, type)); }
+BaseMaterial* BaseMaterial::Alloc(LONG type) {
+  return engine::AsMaterial(engine::MakeNode(NodeKind::Material, type));
+}
 
 void BaseMaterial::Free(BaseMaterial*& material) {
   engine::FreeNode(material);
   material = nullptr;
 }
 
-BaseShader* BaseShader::Alloc(LONG type) { return static_cast<BaseShader*>(engine::MakeNode(NodeKind::Shader, type)); }
+BaseShader* BaseShader::Alloc(LONG type) {
+  return static_cast<BaseShader*>(engine::MakeNode(NodeKind::Shader, type));
+}
 
 void BaseShader::Free(BaseShader*& shader) {
   engine::FreeNode(shader);

@@ -22,7 +22,9 @@ void SetMode(BaseObject& object, int index, LONG value) {
 
 }  // namespace
 
-BaseObject* BaseObject::Alloc(LONG type) { return engine::AsObject(engine::MakeNode(engine::NodeKind::Object, type)); }
+BaseObject* BaseObject::Alloc(LONG type) {
+  return engine::AsObject(engine::MakeNode(engine::NodeKind::Object, type));
+}
 
 void BaseObject::Free(BaseObject*& op) {
   engine::FreeNode(op);
@@ -64,17 +66,21 @@ BaseTag* BaseObject::MakeTag(LONG type, BaseTag* pred) {
   return tag;
 }
 
-void BaseObject::InsertTag(BaseTag* tag, BaseTag* pred) { engine::Place(tag, this, engine::kAttached, pred ? pred : lastTag_); }
+void BaseObject::InsertTag(BaseTag* tag, BaseTag* pred) {
+  engine::Place(tag, this, engine::kAttached, pred ? pred : lastTag_);
+}
 
-void BaseObject::InsertUnder(BaseObject* parent) { engine::Place(this, parent, engine::kChildren, nullptr); }
+void BaseObject::InsertUnder(BaseObject* parent) {
+  engine::Place(this, parent, engine::kChildren, nullptr);
+}
 
 void BaseObject::InsertUnderLast(BaseObject* parent) {
   if (parent) engine::Place(this, parent, engine::kChildren, parent->GetDownLast());
 }
 
-void BaseObject::InsertAfter(BaseObject* neighbour) {
-  BaseList2D* owner = neighbour ? engine::OwnerOf(*neighbour) : nullptr;
-  if (owner) engine::Place(this, owner, engine::SlotOf(*neighbour), neighbour);
+void BaseObject::InsertAfter(BaseObject* neighbor) {
+  BaseList2D* owner = neighbor ? engine::OwnerOf(*neighbor) : nullptr;
+  if (owner) engine::Place(this, owner, engine::SlotOf(*neighbor), neighbor);
 }
 
 }  // namespace host

@@ -7,7 +7,9 @@
 
 namespace host {
 
-BaseTag* BaseTag::Alloc(LONG type) { return engine::AsTag(engine::MakeNode(engine::TagKind(type), type)); }
+BaseTag* BaseTag::Alloc(LONG type) {
+  return engine::AsTag(engine::MakeNode(engine::TagKind(type), type));
+}
 
 void BaseTag::Free(BaseTag*& tag) {
   engine::FreeNode(tag);
@@ -16,13 +18,16 @@ void BaseTag::Free(BaseTag*& tag) {
 
 namespace {
 
-// Tags made one after the other lie in a row and are mostly asked in it: the memory of one that follows, where a walk looks
-// and where `member` is, is fetched while this one is asked.
+// Tags made one after the other lie in a row and are mostly asked in it: the memory of one that
+// follows, where a walk looks and where `member` is, is fetched while this one is asked.
 void FetchTagAhead(const TextureTag& tag, const ULLONG* member) {
   constexpr std::uintptr_t kCacheLine = 64;
-  constexpr std::uintptr_t kAhead = 8 * ((sizeof(TextureTag) + kCacheLine - 1) / kCacheLine * kCacheLine);
-  __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(&tag) + kAhead));
-  __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(member) + kAhead));
+  constexpr std::uintptr_t kAhead =
+      8 * ((sizeof(TextureTag) + kCacheLine - 1) / kCacheLine * kCacheLine);
+  __builtin_prefetch(
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(&tag) + kAhead));
+  __builtin_prefetch(
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(member) + kAhead));
 }
 
 }  // namespace

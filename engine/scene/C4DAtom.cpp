@@ -46,7 +46,8 @@ LONG BaseTypeOf(NodeKind kind) {
 BaseList2D& Element(C4DAtom& atom) { return static_cast<BaseList2D&>(atom); }
 const BaseList2D& Element(const C4DAtom& atom) { return static_cast<const BaseList2D&>(atom); }
 
-// What CopyTo replaces besides the contents: shaders, and all that render settings and expressions consist of.
+// What CopyTo replaces besides the contents: shaders, and all that render settings and expressions
+// consist of.
 void CopyOwned(const BaseList2D& source, BaseList2D& target, bool withBits) {
   const NodeKind kind = A::Kind(source);
   const bool whole = kind == NodeKind::RenderSettings || kind == NodeKind::XPressoTag;
@@ -63,14 +64,18 @@ void CopyOwned(const BaseList2D& source, BaseList2D& target, bool withBits) {
 
 }  // namespace
 
-Bool C4DAtom::IsInstanceOf(LONG type) const { return type == type_ || type == BaseTypeOf(A::Kind(*this)); }
+Bool C4DAtom::IsInstanceOf(LONG type) const {
+  return type == type_ || type == BaseTypeOf(A::Kind(*this));
+}
 
 C4DAtom* C4DAtom::GetClone(LONG flags, AliasTrans*) {
   if (A::Kind(*this) == NodeKind::Document) {
-    return engine::CopyDocument(static_cast<const BaseDocument&>(*this), (flags & COPY_DOCUMENT) != 0);
+    return engine::CopyDocument(static_cast<const BaseDocument&>(*this),
+                                (flags & COPY_DOCUMENT) != 0);
   }
   engine::IdMap ids;
-  BaseList2D* copy = engine::CopyTree(Element(*this), engine::CopyRules{false, (flags & COPY_NO_BITS) == 0, &ids});
+  BaseList2D* copy =
+      engine::CopyTree(Element(*this), engine::CopyRules{false, (flags & COPY_NO_BITS) == 0, &ids});
   engine::FollowLinks(*copy, ids);
   return copy;
 }

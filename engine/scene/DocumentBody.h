@@ -1,5 +1,5 @@
-// DocumentBody: what a document holds besides what every element holds. Known to engine/scene and engine/undo only;
-// the lists own their nodes. Main thread.
+// DocumentBody: what a document holds besides what every element holds. Known to engine/scene and
+// engine/undo only; the lists own their nodes. Main thread.
 #pragma once
 
 #include <memory>
@@ -32,8 +32,9 @@ struct DocumentBody {
   bool changed = false;
   host::ULLONG changes = 0;
   const host::ULLONG number = ++documentsMade;
-  host::ULLONG treeChanges = 0;       // objects put in and taken out
-  host::ULLONG selectionChanges = 0;  // elements selected and deselected, put in and taken out with that
+  host::ULLONG treeChanges = 0;  // objects put in and taken out
+  // Elements selected and deselected, put in and taken out with that
+  host::ULLONG selectionChanges = 0;
 
   SelectionOrder selectedObjects;
   SelectionOrder selectedTags;

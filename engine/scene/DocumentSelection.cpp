@@ -37,7 +37,9 @@ void Select(DocumentBody& body, SelectionOrder& order, BaseList2D* node, LONG mo
 
 }  // namespace
 
-BaseObject* BaseDocument::GetActiveObject() const { return static_cast<BaseObject*>(body_->selectedObjects.Last(body_->table)); }
+BaseObject* BaseDocument::GetActiveObject() const {
+  return static_cast<BaseObject*>(body_->selectedObjects.Last(body_->table));
+}
 
 void BaseDocument::GetActiveObjects(AtomArray& selection, LONG) const {
   selection.Flush();

@@ -8,9 +8,11 @@ namespace host {
 
 namespace {
 
-// Files of the bitmap shaders attached to an element, children of shaders included, at the end of `files`.
+// Files of the bitmap shaders attached to an element, children of shaders included, at the end of
+// `files`.
 void GatherShaders(const BaseList2D& owner, BaseContainer& files) {
-  for (const BaseShader* shader = owner.GetFirstShader(); shader; shader = engine::NextInTree(shader)) {
+  for (const BaseShader* shader = owner.GetFirstShader(); shader;
+       shader = engine::NextInTree(shader)) {
     if (shader->GetType() != Xbitmap) continue;
     const Filename file = shader->GetDataInstance()->GetFilename(BITMAPSHADER_FILENAME);
     if (file.Content()) files.SetFilename(files.GetCount(), file);
@@ -21,7 +23,8 @@ void GatherExpressions(const BaseObject& object, BaseContainer& files) {
   for (const BaseTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext()) {
     if (engine::KindOf(*tag) != engine::NodeKind::XPressoTag) continue;
     const GvNode* root = static_cast<const XPressoTag*>(tag)->GetNodeMaster()->GetRoot();
-    for (const GvNode* node = root; node; node = engine::NextInTree(node, root)) GatherShaders(*node, files);
+    for (const GvNode* node = root; node; node = engine::NextInTree(node, root))
+      GatherShaders(*node, files);
   }
 }
 
@@ -29,7 +32,8 @@ void GatherExpressions(const BaseObject& object, BaseContainer& files) {
 std::vector<BaseObject*> ObjectsOf(const BaseDocument& doc, const AtomArray* chosen) {
   std::vector<BaseObject*> objects;
   if (!chosen) {
-    for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) objects.push_back(object);
+    for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object))
+      objects.push_back(object);
     return objects;
   }
   for (LONG i = 0; i < chosen->GetCount(); ++i) {
@@ -42,7 +46,8 @@ std::unordered_set<const BaseMaterial*> MaterialsOn(const std::vector<BaseObject
   std::unordered_set<const BaseMaterial*> materials;
   for (const BaseObject* object : objects) {
     for (BaseTag* tag = object->GetFirstTag(); tag; tag = tag->GetNext()) {
-      if (const TextureTag* texture = engine::AsTextureTag(tag)) materials.insert(texture->GetMaterial());
+      if (const TextureTag* texture = engine::AsTextureTag(tag))
+        materials.insert(texture->GetMaterial());
     }
   }
   return materials;
@@ -54,7 +59,8 @@ BaseContainer BaseDocument::GetAllTextures(const AtomArray* chosen) const {
   BaseContainer files;
   const std::vector<BaseObject*> objects = ObjectsOf(*this, chosen);
   const auto used = chosen ? MaterialsOn(objects) : std::unordered_set<const BaseMaterial*>();
-  for (const BaseMaterial* material = GetFirstMaterial(); material; material = material->GetNext()) {
+  for (const BaseMaterial* material = GetFirstMaterial(); material;
+       material = material->GetNext()) {
     if (!chosen || used.count(material) > 0) GatherShaders(*material, files);
   }
   for (const BaseObject* object : objects) GatherShaders(*object, files);

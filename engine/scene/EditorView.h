@@ -1,6 +1,7 @@
-// EditorView: how a person looks at a document that is open in a window: a host keeps it with the document for as long as that
-// is open. A copy of the document takes it along, so that what is rendered from the copy without a scene camera shows what stands
-// on the screen; files do not hold it. Main thread; a copy made for rendering may be read by the render thread.
+// EditorView: how a person looks at a document that is open in a window: a host keeps it with the
+// document for as long as that is open. A copy of the document takes it along, so that what is
+// rendered from the copy without a scene camera shows what stands on the screen; files do not hold
+// it. Main thread; a copy made for rendering may be read by the render thread.
 #pragma once
 
 #include <optional>
@@ -29,7 +30,8 @@ struct EditorView {
 void SetEditorView(host::BaseDocument& doc, const std::optional<EditorView>& view);
 const std::optional<EditorView>& EditorViewOf(const host::BaseDocument& doc);
 
-// A number that grows with every call that sets the scene camera, be it to the same one: for views that show it then.
+// A number that grows with every call that sets the scene camera, be it to the same one: for views
+// that show it then.
 host::ULLONG SceneCameraSetCount(const host::BaseDocument& doc);
 
 }  // namespace engine

@@ -10,7 +10,10 @@ namespace {
 constexpr std::size_t kNameBytes = 120;
 constexpr std::string_view kReserved = ":*?\"<>|";
 
-bool IsPlain(char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 0x7f && kReserved.find(c) == std::string_view::npos; }
+bool IsPlain(char c) {
+  return static_cast<unsigned char>(c) >= 0x20 && c != 0x7f &&
+         kReserved.find(c) == std::string_view::npos;
+}
 
 // Cuts a stem so that no character of several bytes is cut apart.
 void CutTo(std::string& text, std::size_t bytes) {
@@ -22,11 +25,14 @@ void CutTo(std::string& text, std::size_t bytes) {
 // Position of the suffix's dot, or the end.
 std::size_t SuffixAt(const std::string& name) {
   const std::size_t dot = name.rfind('.');
-  return dot == std::string::npos || dot == 0 || dot + 1 == name.size() || name.size() - dot > 10 ? name.size() : dot;
+  return dot == std::string::npos || dot == 0 || dot + 1 == name.size() || name.size() - dot > 10
+             ? name.size()
+             : dot;
 }
 
 EmbeddedFiles::const_iterator Find(const EmbeddedFiles& files, std::string_view name) {
-  return std::find_if(files.begin(), files.end(), [&](const EmbeddedFile& file) { return file.name == name; });
+  return std::find_if(files.begin(), files.end(),
+                      [&](const EmbeddedFile& file) { return file.name == name; });
 }
 
 // The document's own list, split from those of its copies.
@@ -58,7 +64,8 @@ std::string AddEmbeddedFile(host::BaseDocument& doc, std::string_view wish, std:
   EmbeddedFiles& files = Own(doc);
   const std::string safe = SafeFileName(wish);
   std::string name = safe;
-  for (unsigned number = 2; Find(files, name) != files.end(); ++number) name = NumberedFileName(safe, number);
+  for (unsigned number = 2; Find(files, name) != files.end(); ++number)
+    name = NumberedFileName(safe, number);
   files.push_back({name, std::make_shared<const std::string>(std::move(bytes))});
   return name;
 }

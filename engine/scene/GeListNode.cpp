@@ -34,6 +34,8 @@ Bool GeListNode::ChangeNBit(LONG bit, LONG control) {
   return TRUE;
 }
 
-Bool GeListNode::GetNBit(LONG bit) const { return bit >= 0 && bit <= 63 && ((nbits_ >> bit) & 1) != 0; }
+Bool GeListNode::GetNBit(LONG bit) const {
+  return bit >= 0 && bit <= 63 && ((nbits_ >> bit) & 1) != 0;
+}
 
 }  // namespace host

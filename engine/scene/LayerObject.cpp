@@ -4,7 +4,9 @@
 
 namespace host {
 
-LayerObject* LayerObject::Alloc() { return engine::AsLayer(engine::MakeNode(engine::NodeKind::Layer, Olayer)); }
+LayerObject* LayerObject::Alloc() {
+  return engine::AsLayer(engine::MakeNode(engine::NodeKind::Layer, Olayer));
+}
 
 void LayerObject::Free(LayerObject*& layer) {
   engine::FreeNode(layer);

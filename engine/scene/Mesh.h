@@ -1,6 +1,6 @@
-// Mesh: the geometry of a polygon object, a plain value that never changes once an object holds it, so that
-// copies and instances share it. Indices are 0-based into `points`; -1 as the fourth marks a triangle. The cross
-// product of b - a and c - a points to a polygon's outer side. Any thread.
+// Mesh: the geometry of a polygon object, a plain value that never changes once an object holds it,
+// so that copies and instances share it. Indices are 0-based into `points`; -1 as the fourth marks
+// a triangle. The cross product of b - a and c - a points to a polygon's outer side. Any thread.
 #pragma once
 
 #include <array>
@@ -14,8 +14,9 @@ struct Mesh {
 
   std::vector<std::array<float, 3>> points;  // in the object's frame, scene units
   std::vector<Polygon> polygons;
-  std::vector<std::array<float, 3>> normals;  // empty, or one per corner in polygon order: 4 per polygon
-  std::vector<std::array<float, 2>> uvs;      // empty, or 4 per polygon; v grows downwards
+  // Empty, or one per corner in polygon order: 4 per polygon
+  std::vector<std::array<float, 3>> normals;
+  std::vector<std::array<float, 2>> uvs;  // empty, or 4 per polygon; v grows downwards
 
   bool operator==(const Mesh&) const = default;
 };

@@ -1,5 +1,5 @@
-// NodeAccess: the one way into the private members of scene elements. Used in engine/scene and engine/undo only;
-// what others need is a function of Nodes.h. It checks nothing. Main thread.
+// NodeAccess: the one way into the private members of scene elements. Used in engine/scene and
+// engine/undo only; what others need is a function of Nodes.h. It checks nothing. Main thread.
 #pragma once
 
 #include <memory>
@@ -15,7 +15,8 @@ struct DocumentBody;
 struct NodeAccess {
   using Node = host::GeListNode;
 
-  // Makes and ends an element in memory that the caller provides; what hangs below it is the caller's.
+  // Makes and ends an element in memory that the caller provides; what hangs below it is the
+  // caller's.
   template <class T>
   static T* Construct(void* memory, NodeKind kind, host::LONG type) {
     return ::new (memory) T(type, static_cast<host::UCHAR>(kind));
@@ -55,8 +56,12 @@ struct NodeAccess {
   static const host::GeListHead& Shaders(const host::BaseList2D& node) { return node.shaders_; }
 
   static Node*& LastTag(host::BaseObject& object) { return object.lastTag_; }
-  static std::shared_ptr<const ObjectShape>& Shape(host::BaseObject& object) { return object.shape_; }
-  static const std::shared_ptr<const ObjectShape>& Shape(const host::BaseObject& object) { return object.shape_; }
+  static std::shared_ptr<const ObjectShape>& Shape(host::BaseObject& object) {
+    return object.shape_;
+  }
+  static const std::shared_ptr<const ObjectShape>& Shape(const host::BaseObject& object) {
+    return object.shape_;
+  }
   static host::ULLONG& Material(host::TextureTag& tag) { return tag.material_; }
   static host::ULLONG Material(const host::TextureTag& tag) { return tag.material_; }
   static host::GvNodeMaster*& Master(host::XPressoTag& tag) { return tag.master_; }
@@ -65,7 +70,9 @@ struct NodeAccess {
   static host::GeListHead& Posts(host::RenderData& settings) { return settings.posts_; }
   static const host::GeListHead& Posts(const host::RenderData& settings) { return settings.posts_; }
   static host::GeListHead& Passes(host::RenderData& settings) { return settings.passes_; }
-  static const host::GeListHead& Passes(const host::RenderData& settings) { return settings.passes_; }
+  static const host::GeListHead& Passes(const host::RenderData& settings) {
+    return settings.passes_;
+  }
 
   static DocumentBody& Body(const host::BaseDocument& doc) { return *doc.body_; }
   static host::ULLONG& Camera(host::BaseDraw& view) { return view.camera_; }
@@ -74,6 +81,8 @@ struct NodeAccess {
 };
 
 // A mode outside the three there are counts as undefined.
-inline host::LONG ValidMode(host::LONG mode) { return mode == host::MODE_ON || mode == host::MODE_OFF ? mode : host::MODE_UNDEF; }
+inline host::LONG ValidMode(host::LONG mode) {
+  return mode == host::MODE_ON || mode == host::MODE_OFF ? mode : host::MODE_UNDEF;
+}
 
 }  // namespace engine

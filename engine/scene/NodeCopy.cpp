@@ -25,7 +25,8 @@ BaseList2D* CopyOne(const BaseList2D& source, const CopyRules& rules) {
   return copy;
 }
 
-// Walks the source and its copy side by side; `root` and `copy` are counterparts and the copy has nothing below it yet.
+// Walks the source and its copy side by side; `root` and `copy` are counterparts and the copy has
+// nothing below it yet.
 void CopyBelow(const BaseList2D& root, BaseList2D& copy, const CopyRules& rules) {
   const GeListNode* from = &root;
   BaseList2D* to = &copy;
@@ -55,7 +56,8 @@ NodeId Mapped(NodeId id, const IdMap& ids) {
   return found == ids.end() ? id : found->second;
 }
 
-// Rewrites the links of containers of any depth, level by level. What holds none of them stays shared with its source.
+// Rewrites the links of containers of any depth, level by level. What holds none of them stays
+// shared with its source.
 class LinkFollowing {
  public:
   explicit LinkFollowing(const IdMap& ids) : ids_(ids) {}
@@ -88,7 +90,8 @@ class LinkFollowing {
     if (level.next == level.source.GetCount()) return false;
     const host::LONG key = level.source.GetIndexId(level.next);
     const host::GeData value = level.source.GetIndexData(level.next++);
-    if (value.GetType() == host::DA_ALIASLINK) SetLinkId(level.result, key, Mapped(LinkOf(value), ids_));
+    if (value.GetType() == host::DA_ALIASLINK)
+      SetLinkId(level.result, key, Mapped(LinkOf(value), ids_));
     if (value.GetType() == host::DA_CONTAINER) {
       level.nests = true;
       Enter(key, value.GetContainer());
@@ -128,13 +131,16 @@ void CopyContents(const BaseList2D& source, BaseList2D& target, bool withBits) {
   for (int i = 0; i < 3; ++i) A::Modes(target)[i] = A::Modes(source)[i];
   switch (A::Kind(source)) {
     case NodeKind::Object:
-      A::Shape(static_cast<host::BaseObject&>(target)) = A::Shape(static_cast<const host::BaseObject&>(source));
+      A::Shape(static_cast<host::BaseObject&>(target)) =
+          A::Shape(static_cast<const host::BaseObject&>(source));
       break;
     case NodeKind::TextureTag:
-      A::Material(static_cast<host::TextureTag&>(target)) = A::Material(static_cast<const host::TextureTag&>(source));
+      A::Material(static_cast<host::TextureTag&>(target)) =
+          A::Material(static_cast<const host::TextureTag&>(source));
       break;
     case NodeKind::Layer:
-      A::Flags(static_cast<host::LayerObject&>(target)) = A::Flags(static_cast<const host::LayerObject&>(source));
+      A::Flags(static_cast<host::LayerObject&>(target)) =
+          A::Flags(static_cast<const host::LayerObject&>(source));
       break;
     default:
       break;
@@ -198,7 +204,8 @@ BaseDocument* CopyDocument(const BaseDocument& source, bool keepIds) {
   to.activeSettings = AsRenderData(to.table.Find(Mapped(A::Id(*from.activeSettings), ids)));
   for (const BaseList2D* node : from.selectedObjects.InOrder(from.table))
     to.selectedObjects.Add(Mapped(A::Id(*node), ids), to.table);
-  for (const BaseList2D* node : from.selectedTags.InOrder(from.table)) to.selectedTags.Add(Mapped(A::Id(*node), ids), to.table);
+  for (const BaseList2D* node : from.selectedTags.InOrder(from.table))
+    to.selectedTags.Add(Mapped(A::Id(*node), ids), to.table);
   return copy;
 }
 
@@ -206,7 +213,8 @@ void FollowLinks(BaseList2D& root, const IdMap& ids) {
   for (GeListNode* node = &root; node; node = NextInside(*node, root)) {
     BaseList2D& element = static_cast<BaseList2D&>(*node);
     A::Layer(element) = Mapped(A::Layer(element), ids);
-    if (host::TextureTag* tag = AsTextureTag(node)) A::Material(*tag) = Mapped(A::Material(*tag), ids);
+    if (host::TextureTag* tag = AsTextureTag(node))
+      A::Material(*tag) = Mapped(A::Material(*tag), ids);
     const host::BaseContainer data = LinkFollowing(ids).Run(A::Data(element));
     if (BodyOf(data) != BodyOf(A::Data(element))) A::Data(element) = data;
   }

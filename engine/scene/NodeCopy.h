@@ -1,5 +1,5 @@
-// Copying nodes: contents, what an element owns, whole trees. Data, names, frames and meshes are shared with the source.
-// Nothing here recurses over nodes. Main thread.
+// Copying nodes: contents, what an element owns, whole trees. Data, names, frames and meshes are
+// shared with the source. Nothing here recurses over nodes. Main thread.
 #pragma once
 
 #include <unordered_map>
@@ -22,11 +22,12 @@ void CopyContents(const host::BaseList2D& source, host::BaseList2D& target, bool
 // A copy with all below it, in no place, owned by the caller. Not for documents.
 host::BaseList2D* CopyTree(const host::BaseList2D& root, const CopyRules& rules);
 // Copies of one list of `source` at the end of the same list of `target`.
-void CopyList(const host::BaseList2D& source, host::BaseList2D& target, int slot, const CopyRules& rules);
+void CopyList(const host::BaseList2D& source, host::BaseList2D& target, int slot,
+              const CopyRules& rules);
 host::BaseDocument* CopyDocument(const host::BaseDocument& source, bool keepIds);
 
-// Turns links that point to a key of `ids` towards its value: layers, materials and links in the data of `root` and of all
-// below it.
+// Turns links that point to a key of `ids` towards its value: layers, materials and links in the
+// data of `root` and of all below it.
 void FollowLinks(host::BaseList2D& root, const IdMap& ids);
 
 }  // namespace engine

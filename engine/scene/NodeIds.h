@@ -1,6 +1,6 @@
-// Identities of nodes: one counter for the whole process. It counts inside ranges of 2^24 whose beginnings are drawn at
-// random, so that identities kept in files of other sessions lie elsewhere; a range seen in a file is never used for
-// new nodes. Main thread.
+// Identities of nodes: one counter for the whole process. It counts inside ranges of 2^24 whose
+// beginnings are drawn at random, so that identities kept in files of other sessions lie elsewhere;
+// a range seen in a file is never used for new nodes. Main thread.
 #pragma once
 
 #include <unordered_set>

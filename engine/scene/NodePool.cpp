@@ -10,7 +10,8 @@ namespace {
 constexpr std::size_t kCacheLine = 64;
 // A slab is found from a block by clearing the low bits of its address.
 constexpr std::size_t kSlabAlignment = 64 * 1024;
-// A little less than the alignment: the allocator's own header fits between two slabs, so that they lie side by side.
+// A little less than the alignment: the allocator's own header fits between two slabs, so that they
+// lie side by side.
 constexpr std::size_t kSlabBytes = kSlabAlignment - kCacheLine;
 
 }  // namespace
@@ -51,7 +52,8 @@ void* NodePool::Take() {
 }
 
 void NodePool::Give(void* block) {
-  Slab* slab = reinterpret_cast<Slab*>(reinterpret_cast<std::uintptr_t>(block) & ~(kSlabAlignment - 1));
+  Slab* slab =
+      reinterpret_cast<Slab*>(reinterpret_cast<std::uintptr_t>(block) & ~(kSlabAlignment - 1));
   *static_cast<void**>(block) = slab->freed;
   slab->freed = block;
   if (slab->live-- == perSlab_) Link(slab);

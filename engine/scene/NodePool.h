@@ -1,5 +1,6 @@
-// NodePool: memory for nodes of one class. Nodes taken in sequence lie in sequence, each beginning on a cache line, so
-// that walking a tree in the order of its making reads memory forwards. Slabs that empty are given back. Main thread.
+// NodePool: memory for nodes of one class. Nodes taken in sequence lie in sequence, each beginning
+// on a cache line, so that walking a tree in the order of its making reads memory forwards. Slabs
+// that empty are given back. Main thread.
 #pragma once
 
 #include <cstddef>
@@ -27,8 +28,9 @@ class NodePool {
 
   std::size_t stride_;
   std::uint32_t perSlab_;
-  Slab* open_ = nullptr;   // slabs with room; the first one is filled
-  Slab* spare_ = nullptr;  // one empty slab is kept, so that making and freeing one node costs no system memory
+  Slab* open_ = nullptr;  // slabs with room; the first one is filled
+  // One empty slab is kept, so that making and freeing one node costs no system memory
+  Slab* spare_ = nullptr;
 };
 
 }  // namespace engine

@@ -15,7 +15,8 @@ struct NodeTable::Page {
   std::size_t count = 0;
 
   auto FindFew(NodeId id) const {
-    return std::find_if(few.begin(), few.end(), [&](const auto& entry) { return entry.first == id; });
+    return std::find_if(few.begin(), few.end(),
+                        [&](const auto& entry) { return entry.first == id; });
   }
 };
 

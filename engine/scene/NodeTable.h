@@ -1,5 +1,6 @@
-// NodeTable: the nodes of one document by identity. A page holds 4096 consecutive identities as an array; pages with few
-// nodes keep a short list, so that scattered identities of a strange file cost little. Owns no node. Main thread.
+// NodeTable: the nodes of one document by identity. A page holds 4096 consecutive identities as an
+// array; pages with few nodes keep a short list, so that scattered identities of a strange file
+// cost little. Owns no node. Main thread.
 #pragma once
 
 #include <array>

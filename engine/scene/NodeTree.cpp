@@ -43,7 +43,9 @@ Ends EndsOf(BaseList2D& owner, int slot) {
     case kAttached:
       return AttachedEnds(owner);
     case kPasses:
-      return kind == NodeKind::RenderSettings ? EndsOf(A::Passes(static_cast<host::RenderData&>(owner))) : Ends{};
+      return kind == NodeKind::RenderSettings
+                 ? EndsOf(A::Passes(static_cast<host::RenderData&>(owner)))
+                 : Ends{};
     case kChildren:
       return {&A::Down(owner), &A::DownLast(owner)};
     default:
@@ -55,7 +57,9 @@ Ends EndsOf(BaseList2D& owner, int slot) {
   return EndsOf(*heads[slot - kLayers]);
 }
 
-GeListNode* MasterOf(const GeListNode& node) { return static_cast<const host::XPressoTag&>(node).GetNodeMaster(); }
+GeListNode* MasterOf(const GeListNode& node) {
+  return static_cast<const host::XPressoTag&>(node).GetNodeMaster();
+}
 
 void Register(GeListNode& node, BaseDocument& doc) {
   DocumentBody& body = BodyOf(doc);
@@ -124,8 +128,8 @@ void Link(GeListNode& node, const Ends& ends, GeListNode* pred) {
 
 bool OwnsItsKin(NodeKind kind) { return kind == NodeKind::Object; }
 
-// Nothing hangs below a leaf or below what is of another document or of none, which keeps building a deep chain from its top
-// and putting copies into it linear.
+// Nothing hangs below a leaf or below what is of another document or of none, which keeps building
+// a deep chain from its top and putting copies into it linear.
 bool HangsBelow(const GeListNode& owner, const GeListNode& node) {
   if (&owner == &node) return true;
   if (!node.GetDown() || node.GetDocument() != owner.GetDocument()) return false;
@@ -145,14 +149,20 @@ GeListNode* FirstIn(const GeListNode& owner, int slot) {
     case kAttached:
       if (kind == NodeKind::Object) return A::Kin(owner);
       if (kind == NodeKind::XPressoTag) return MasterOf(owner);
-      return kind == NodeKind::RenderSettings ? A::Posts(static_cast<const host::RenderData&>(owner)).GetFirst() : nullptr;
+      return kind == NodeKind::RenderSettings
+                 ? A::Posts(static_cast<const host::RenderData&>(owner)).GetFirst()
+                 : nullptr;
     case kPasses:
-      return kind == NodeKind::RenderSettings ? A::Passes(static_cast<const host::RenderData&>(owner)).GetFirst() : nullptr;
+      return kind == NodeKind::RenderSettings
+                 ? A::Passes(static_cast<const host::RenderData&>(owner)).GetFirst()
+                 : nullptr;
     case kChildren:
       return owner.GetDown();
     default:
-      return kind == NodeKind::Document ? *EndsOf(const_cast<BaseList2D&>(static_cast<const BaseList2D&>(owner)), slot).first
-                                        : nullptr;
+      return kind == NodeKind::Document
+                 ? *EndsOf(const_cast<BaseList2D&>(static_cast<const BaseList2D&>(owner)), slot)
+                        .first
+                 : nullptr;
   }
 }
 

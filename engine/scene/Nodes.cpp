@@ -29,15 +29,22 @@ T* As(C4DAtom* atom, NodeKind kind) {
 NodeKind KindOf(const C4DAtom& atom) { return A::Kind(atom); }
 
 BaseObject* AsObject(C4DAtom* atom) { return As<BaseObject>(atom, NodeKind::Object); }
-host::TextureTag* AsTextureTag(C4DAtom* atom) { return As<host::TextureTag>(atom, NodeKind::TextureTag); }
-host::BaseMaterial* AsMaterial(C4DAtom* atom) { return As<host::BaseMaterial>(atom, NodeKind::Material); }
+host::TextureTag* AsTextureTag(C4DAtom* atom) {
+  return As<host::TextureTag>(atom, NodeKind::TextureTag);
+}
+host::BaseMaterial* AsMaterial(C4DAtom* atom) {
+  return As<host::BaseMaterial>(atom, NodeKind::Material);
+}
 host::LayerObject* AsLayer(C4DAtom* atom) { return As<host::LayerObject>(atom, NodeKind::Layer); }
-host::RenderData* AsRenderData(C4DAtom* atom) { return As<host::RenderData>(atom, NodeKind::RenderSettings); }
+host::RenderData* AsRenderData(C4DAtom* atom) {
+  return As<host::RenderData>(atom, NodeKind::RenderSettings);
+}
 
 host::BaseTag* AsTag(C4DAtom* atom) {
   if (!atom) return nullptr;
   const NodeKind kind = A::Kind(*atom);
-  const bool tag = kind == NodeKind::Tag || kind == NodeKind::TextureTag || kind == NodeKind::XPressoTag;
+  const bool tag =
+      kind == NodeKind::Tag || kind == NodeKind::TextureTag || kind == NodeKind::XPressoTag;
   return tag ? static_cast<host::BaseTag*>(atom) : nullptr;
 }
 
@@ -56,7 +63,9 @@ bool SetId(GeListNode& node, NodeId id) {
   return true;
 }
 
-BaseList2D* FindNode(const BaseDocument* doc, NodeId id) { return doc && id ? BodyOf(*doc).table.Find(id) : nullptr; }
+BaseList2D* FindNode(const BaseDocument* doc, NodeId id) {
+  return doc && id ? BodyOf(*doc).table.Find(id) : nullptr;
+}
 
 void SetModes(BaseObject& object, host::LONG editor, host::LONG render, bool deform) {
   host::UCHAR* modes = A::Modes(object);
@@ -72,13 +81,19 @@ void SetMaterialId(host::TextureTag& tag, NodeId material) { A::Material(tag) = 
 NodeId SceneCameraIdOf(const BaseDocument& doc) { return A::Camera(BodyOf(doc).view); }
 void SetSceneCameraId(BaseDocument& doc, NodeId camera) { A::Camera(BodyOf(doc).view) = camera; }
 host::ULLONG SceneCameraSetCount(const BaseDocument& doc) { return BodyOf(doc).cameraSets; }
-void SetEditorView(BaseDocument& doc, const std::optional<EditorView>& view) { BodyOf(doc).editorView = view; }
-const std::optional<EditorView>& EditorViewOf(const BaseDocument& doc) { return BodyOf(doc).editorView; }
+void SetEditorView(BaseDocument& doc, const std::optional<EditorView>& view) {
+  BodyOf(doc).editorView = view;
+}
+const std::optional<EditorView>& EditorViewOf(const BaseDocument& doc) {
+  return BodyOf(doc).editorView;
+}
 NodeId ActiveRenderDataIdOf(const BaseDocument& doc) { return A::Id(*BodyOf(doc).activeSettings); }
 host::ULLONG NBitsOf(const GeListNode& node) { return A::NBits(node); }
 void SetNBits(GeListNode& node, host::ULLONG bits) { A::NBits(node) = bits; }
 const host::LayerData& OwnLayerData(const host::LayerObject& layer) { return A::Flags(layer); }
-void SetOwnLayerData(host::LayerObject& layer, const host::LayerData& data) { A::Flags(layer) = data; }
+void SetOwnLayerData(host::LayerObject& layer, const host::LayerData& data) {
+  A::Flags(layer) = data;
+}
 
 const std::shared_ptr<const Mesh>& MeshOf(const BaseObject& object) {
   static const std::shared_ptr<const Mesh> none;
@@ -95,10 +110,14 @@ void SetMesh(BaseObject& object, std::shared_ptr<const Mesh> mesh) {
   Touch(object);
 }
 
-void KeepWith(BaseDocument& doc, std::shared_ptr<const void> kept) { BodyOf(doc).kept = std::move(kept); }
+void KeepWith(BaseDocument& doc, std::shared_ptr<const void> kept) {
+  BodyOf(doc).kept = std::move(kept);
+}
 const std::shared_ptr<const void>& KeptWith(const BaseDocument& doc) { return BodyOf(doc).kept; }
 
-void SetListener(BaseDocument& doc, std::unique_ptr<DocumentListener> listener) { BodyOf(doc).listener = std::move(listener); }
+void SetListener(BaseDocument& doc, std::unique_ptr<DocumentListener> listener) {
+  BodyOf(doc).listener = std::move(listener);
+}
 DocumentListener* ListenerOf(const BaseDocument& doc) { return BodyOf(doc).listener.get(); }
 
 void MakeNameUnique(BaseList2D& node, const BaseList2D* first) {
@@ -110,7 +129,8 @@ void MakeNameUnique(BaseList2D& node, const BaseList2D* first) {
     if (other != &node && taken.View().substr(0, name.size()) == name) names.insert(taken.View());
   }
   std::string candidate = name;
-  for (int number = 1; names.count(candidate) > 0; ++number) candidate = name + "." + std::to_string(number);
+  for (int number = 1; names.count(candidate) > 0; ++number)
+    candidate = name + "." + std::to_string(number);
   node.SetName(host::String(std::string_view(candidate)));
 }
 

@@ -1,5 +1,6 @@
-// ObjectShape: where an object is and what it is made of, in one shared block that is never changed once an object
-// holds it: setting a frame makes a new one. Copies and undo entries share it. Any thread.
+// ObjectShape: where an object is and what it is made of, in one shared block that is never changed
+// once an object holds it: setting a frame makes a new one. Copies and undo entries share it. Any
+// thread.
 #pragma once
 
 #include <memory>

@@ -25,15 +25,21 @@ void MultipassObject::Free(MultipassObject*& pass) {
   pass = nullptr;
 }
 
-RenderData* RenderData::Alloc() { return engine::AsRenderData(engine::MakeNode(NodeKind::RenderSettings, Rbase)); }
+RenderData* RenderData::Alloc() {
+  return engine::AsRenderData(engine::MakeNode(NodeKind::RenderSettings, Rbase));
+}
 
 void RenderData::Free(RenderData*& settings) {
   engine::FreeNode(settings);
   settings = nullptr;
 }
 
-BaseVideoPost* RenderData::GetFirstVideoPost() const { return static_cast<BaseVideoPost*>(posts_.GetFirst()); }
-MultipassObject* RenderData::GetFirstMultipass() const { return static_cast<MultipassObject*>(passes_.GetFirst()); }
+BaseVideoPost* RenderData::GetFirstVideoPost() const {
+  return static_cast<BaseVideoPost*>(posts_.GetFirst());
+}
+MultipassObject* RenderData::GetFirstMultipass() const {
+  return static_cast<MultipassObject*>(passes_.GetFirst());
+}
 
 void RenderData::InsertVideoPost(BaseVideoPost* post, BaseVideoPost* pred) {
   engine::Place(post, this, engine::kAttached, pred ? pred : posts_.GetLast());

@@ -48,22 +48,24 @@ const char* KindName(NodeKind kind) {
 
 std::string FlagsText(const host::LayerData& data) {
   std::string text;
-  for (const bool flag : {data.solo, data.view, data.render, data.manager, data.locked, data.generators, data.deformers,
-                          data.expressions, data.animation}) {
+  for (const bool flag : {data.solo, data.view, data.render, data.manager, data.locked,
+                          data.generators, data.deformers, data.expressions, data.animation}) {
     text += flag ? '1' : '0';
   }
   return text;
 }
 
 std::string MatrixText(const host::Matrix& m) {
-  return VectorText(m.off) + " " + VectorText(m.v1) + " " + VectorText(m.v2) + " " + VectorText(m.v3);
+  return VectorText(m.off) + " " + VectorText(m.v1) + " " + VectorText(m.v2) + " " +
+         VectorText(m.v3);
 }
 
 // FNV-1a over the numbers: enough to see in a dump that two meshes differ.
 template <class T>
 std::uint64_t Digest(std::uint64_t seed, const std::vector<T>& values) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(values.data());
-  for (std::size_t i = 0; i < values.size() * sizeof(T); ++i) seed = (seed ^ bytes[i]) * 1099511628211u;
+  for (std::size_t i = 0; i < values.size() * sizeof(T); ++i)
+    seed = (seed ^ bytes[i]) * 1099511628211u;
   return seed;
 }
 
@@ -71,16 +73,17 @@ std::string MeshText(const Mesh& mesh) {
   std::uint64_t digest = 14695981039346656037u;
   digest = Digest(Digest(digest, mesh.points), mesh.polygons);
   digest = Digest(Digest(digest, mesh.normals), mesh.uvs);
-  return std::to_string(mesh.points.size()) + " points " + std::to_string(mesh.polygons.size()) + " polygons " +
-         std::to_string(mesh.normals.size()) + " normals " + std::to_string(mesh.uvs.size()) + " uvs digest " +
-         std::to_string(digest);
+  return std::to_string(mesh.points.size()) + " points " + std::to_string(mesh.polygons.size()) +
+         " polygons " + std::to_string(mesh.normals.size()) + " normals " +
+         std::to_string(mesh.uvs.size()) + " uvs digest " + std::to_string(digest);
 }
 
 // Writes everything, naming elements by running numbers in the order of the walk.
 class DocumentDump {
  public:
   DocumentDump(const BaseDocument& doc, const TextSink& sink) : doc_(doc), out_(sink) {
-    for (const GeListNode* node = &doc; node; node = NextInside(*node, doc)) numbers_.emplace(IdOf(*node), numbers_.size());
+    for (const GeListNode* node = &doc; node; node = NextInside(*node, doc))
+      numbers_.emplace(IdOf(*node), numbers_.size());
   }
 
   bool Write() {
@@ -138,13 +141,15 @@ class DocumentDump {
   }
 
   void Object(const host::BaseObject& object) {
-    Line("modes " + std::to_string(object.GetEditorMode()) + " " + std::to_string(object.GetRenderMode()) + " " +
-         std::to_string(object.GetDeformMode()));
+    Line("modes " + std::to_string(object.GetEditorMode()) + " " +
+         std::to_string(object.GetRenderMode()) + " " + std::to_string(object.GetDeformMode()));
     if (object.GetMl() != host::Matrix()) Line("frame " + MatrixText(object.GetMl()));
     if (MeshOf(object)) Line("mesh " + MeshText(*MeshOf(object)));
   }
 
-  void Flags(const host::LayerData& data) { Line("flags " + FlagsText(data) + " colour " + VectorText(data.color)); }
+  void Flags(const host::LayerData& data) {
+    Line("flags " + FlagsText(data) + " color " + VectorText(data.color));
+  }
 
   void WriteActive() {
     prefix_ = "active";
@@ -161,7 +166,8 @@ class DocumentDump {
 };
 
 // Tag types whose data can be part of a recorded state.
-constexpr host::LONG kStateTags[] = {host::Ttexture, host::Tcompositing, 1021738, 1020898, 1021891, 1025604, 1011012, 1011961};
+constexpr host::LONG kStateTags[] = {
+    host::Ttexture, host::Tcompositing, 1021738, 1020898, 1021891, 1025604, 1011012, 1011961};
 
 // Writes what a recording can hold, naming elements by position and name.
 class StateDump {
@@ -173,11 +179,15 @@ class StateDump {
     const host::BaseObject* camera = doc_.GetRenderBaseDraw()->GetSceneCamera(&doc_);
     out_.Line("scene camera " + (camera ? Quoted(camera->GetName()) : "none"));
     std::size_t index = 0;
-    for (const host::BaseObject* object = doc_.GetFirstObject(); object; object = NextInTree(object)) Object(*object, index++);
+    for (const host::BaseObject* object = doc_.GetFirstObject(); object;
+         object = NextInTree(object))
+      Object(*object, index++);
     index = 0;
-    for (const GeListNode* node = doc_.GetLayerObjectRoot()->GetFirst(); node; node = NextInTree(node)) {
+    for (const GeListNode* node = doc_.GetLayerObjectRoot()->GetFirst(); node;
+         node = NextInTree(node)) {
       const auto& layer = static_cast<const host::LayerObject&>(*node);
-      out_.Line("layer " + std::to_string(index++) + " " + Quoted(layer.GetName()) + " flags " + FlagsText(OwnLayerData(layer)));
+      out_.Line("layer " + std::to_string(index++) + " " + Quoted(layer.GetName()) + " flags " +
+                FlagsText(OwnLayerData(layer)));
     }
     return out_.Flush();
   }
@@ -197,10 +207,12 @@ class StateDump {
     const host::RenderData& settings = *doc_.GetActiveRenderData();
     out_.Line("render settings " + Quoted(settings.GetName()));
     Data("render settings data", settings);
-    for (const GeListNode* node = NextInside(settings, settings); node; node = NextInside(*node, settings)) {
+    for (const GeListNode* node = NextInside(settings, settings); node;
+         node = NextInside(*node, settings)) {
       if (KindOf(*node) != NodeKind::VideoPost && KindOf(*node) != NodeKind::Multipass) continue;
       const auto& effect = static_cast<const BaseList2D&>(*node);
-      const std::string prefix = std::string(KindName(KindOf(effect))) + " " + std::to_string(effect.GetType());
+      const std::string prefix =
+          std::string(KindName(KindOf(effect))) + " " + std::to_string(effect.GetType());
       out_.Line(prefix + (effect.GetBit(host::BIT_DISABLED) ? " off" : " on"));
       Data(prefix, effect);
     }
@@ -208,12 +220,14 @@ class StateDump {
 
   void Object(const host::BaseObject& object, std::size_t index) {
     const std::string prefix = "object " + std::to_string(index) + " " + Quoted(object.GetName());
-    out_.Line(prefix + " modes " + std::to_string(object.GetEditorMode()) + " " + std::to_string(object.GetRenderMode()) + " " +
+    out_.Line(prefix + " modes " + std::to_string(object.GetEditorMode()) + " " +
+              std::to_string(object.GetRenderMode()) + " " +
               std::to_string(object.GetDeformMode()));
     std::size_t position = 0;
     for (host::BaseTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext(), ++position) {
       if (std::count(std::begin(kStateTags), std::end(kStateTags), tag->GetType()) == 0) continue;
-      const std::string line = prefix + " tag " + std::to_string(position) + " type " + std::to_string(tag->GetType());
+      const std::string line =
+          prefix + " tag " + std::to_string(position) + " type " + std::to_string(tag->GetType());
       const host::TextureTag* texture = AsTextureTag(tag);
       out_.Line(line + (texture ? " material " + Target(MaterialIdOf(*texture)) : ""));
       Data(line, *tag);
@@ -239,8 +253,8 @@ std::vector<std::string> Lines(const std::string& text) {
 }
 
 // Lines of `all` that `other` does not have as often, with `mark` in front.
-void AppendMissing(const std::vector<std::string>& all, const std::vector<std::string>& other, const char* mark, std::size_t most,
-                   std::vector<std::string>& out) {
+void AppendMissing(const std::vector<std::string>& all, const std::vector<std::string>& other,
+                   const char* mark, std::size_t most, std::vector<std::string>& out) {
   std::unordered_map<std::string, std::ptrdiff_t> have;
   for (const std::string& line : other) ++have[line];
   std::size_t found = 0;
@@ -251,7 +265,9 @@ void AppendMissing(const std::vector<std::string>& all, const std::vector<std::s
 
 }  // namespace
 
-bool DumpDocument(const BaseDocument& doc, const TextSink& sink) { return DocumentDump(doc, sink).Write(); }
+bool DumpDocument(const BaseDocument& doc, const TextSink& sink) {
+  return DocumentDump(doc, sink).Write();
+}
 
 std::string DumpDocument(const BaseDocument& doc) {
   std::string text;
@@ -265,7 +281,8 @@ std::string DumpState(const BaseDocument& doc) {
   return text;
 }
 
-std::vector<std::string> DumpDifference(const std::string& a, const std::string& b, std::size_t most) {
+std::vector<std::string> DumpDifference(const std::string& a, const std::string& b,
+                                        std::size_t most) {
   if (a == b) return {};
   const std::vector<std::string> was = Lines(a);
   const std::vector<std::string> is = Lines(b);

@@ -43,8 +43,10 @@ BaseList2D* SelectionOrder::Last(const NodeTable& nodes) {
 std::vector<BaseList2D*> SelectionOrder::InOrder(const NodeTable& nodes) const {
   std::vector<BaseList2D*> order;
   order.reserve(ids_.size());
-  // Elements selected in the order of their making, as all of a scene are at once, need no look at what was there before.
-  const bool ascends = std::adjacent_find(ids_.begin(), ids_.end(), std::greater_equal<>()) == ids_.end();
+  // Elements selected in the order of their making, as all of a scene are at once, need no look at
+  // what was there before.
+  const bool ascends =
+      std::adjacent_find(ids_.begin(), ids_.end(), std::greater_equal<>()) == ids_.end();
   std::unordered_set<NodeId> seen;
   for (auto id = ids_.rbegin(); id != ids_.rend(); ++id) {
     BaseList2D* node = Selected(*id, nodes);

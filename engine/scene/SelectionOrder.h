@@ -1,5 +1,6 @@
-// SelectionOrder: in which order the elements of one document and one kind were selected. It names every selected one; it
-// may also name some that are not selected any more, or one twice, of which the last counts. Main thread.
+// SelectionOrder: in which order the elements of one document and one kind were selected. It names
+// every selected one; it may also name some that are not selected any more, or one twice, of which
+// the last counts. Main thread.
 #pragma once
 
 #include <vector>

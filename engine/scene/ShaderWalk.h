@@ -9,10 +9,12 @@
 
 namespace engine {
 
-// Calls `visit(shader)` for the bitmap shaders attached to an element, children of shaders included.
+// Calls `visit(shader)` for the bitmap shaders attached to an element, children of shaders
+// included.
 template <class Visit>
 void ForEachBitmapShaderOf(const host::BaseList2D& owner, Visit& visit) {
-  for (host::BaseShader* shader = owner.GetFirstShader(); shader != nullptr; shader = NextInTree(shader)) {
+  for (host::BaseShader* shader = owner.GetFirstShader(); shader != nullptr;
+       shader = NextInTree(shader)) {
     if (shader->GetType() == host::Xbitmap) visit(*shader);
   }
 }
@@ -22,19 +24,23 @@ template <class Visit>
 void ForEachBitmapShaderInExpressions(const host::BaseObject& object, Visit& visit) {
   for (const host::BaseTag* tag = object.GetFirstTag(); tag != nullptr; tag = tag->GetNext()) {
     if (KindOf(*tag) != NodeKind::XPressoTag) continue;
-    const host::GvNode* root = static_cast<const host::XPressoTag*>(tag)->GetNodeMaster()->GetRoot();
-    for (const host::GvNode* node = root; node != nullptr; node = NextInTree(node, root)) ForEachBitmapShaderOf(*node, visit);
+    const host::GvNode* root =
+        static_cast<const host::XPressoTag*>(tag)->GetNodeMaster()->GetRoot();
+    for (const host::GvNode* node = root; node != nullptr; node = NextInTree(node, root))
+      ForEachBitmapShaderOf(*node, visit);
   }
 }
 
-// The same for all materials, objects and expressions of the document, in scene order: those whose files are the scene's
-// textures.
+// The same for all materials, objects and expressions of the document, in scene order: those whose
+// files are the scene's textures.
 template <class Visit>
 void ForEachBitmapShader(const host::BaseDocument& doc, Visit visit) {
-  for (const host::BaseMaterial* material = doc.GetFirstMaterial(); material != nullptr; material = material->GetNext()) {
+  for (const host::BaseMaterial* material = doc.GetFirstMaterial(); material != nullptr;
+       material = material->GetNext()) {
     ForEachBitmapShaderOf(*material, visit);
   }
-  for (const host::BaseObject* object = doc.GetFirstObject(); object != nullptr; object = NextInTree(object)) {
+  for (const host::BaseObject* object = doc.GetFirstObject(); object != nullptr;
+       object = NextInTree(object)) {
     ForEachBitmapShaderOf(*object, visit);
     ForEachBitmapShaderInExpressions(*object, visit);
   }

@@ -1,5 +1,5 @@
-// The folders beside a scene in which its textures usually lie, in the order of looking. The first one is the one that is
-// written.
+// The folders beside a scene in which its textures usually lie, in the order of looking. The first
+// one is the one that is written.
 #pragma once
 
 #include <array>

@@ -43,7 +43,8 @@ std::string ValueText(const GeData& value, const LinkNames& links) {
     case host::DA_VECTOR:
       return VectorText(value.GetVector());
     case host::DA_TIME:
-      return "time " + RealText(value.GetTime().GetNumerator()) + "/" + RealText(value.GetTime().GetDenominator());
+      return "time " + RealText(value.GetTime().GetNumerator()) + "/" +
+             RealText(value.GetTime().GetDenominator());
     case host::DA_STRING:
       return Quoted(value.GetString());
     case host::DA_FILENAME:
@@ -52,7 +53,8 @@ std::string ValueText(const GeData& value, const LinkNames& links) {
       return "link " + links(LinkOf(value));
     case host::DA_CONTAINER: {
       const host::BaseContainer container = value.GetContainer();
-      return "container " + std::to_string(container.GetId()) + " of " + std::to_string(container.GetCount());
+      return "container " + std::to_string(container.GetId()) + " of " +
+             std::to_string(container.GetCount());
     }
     default:
       return "type " + std::to_string(value.GetType());
@@ -61,8 +63,8 @@ std::string ValueText(const GeData& value, const LinkNames& links) {
 
 namespace {
 
-// Levels whose keys are written out. Below them a line tells how many levels further down it is: written out, the paths of a
-// long chain would grow with its square.
+// Levels whose keys are written out. Below them a line tells how many levels further down it is:
+// written out, the paths of a long chain would grow with its square.
 constexpr std::size_t kLevelsInPath = 32;
 
 struct Level {
@@ -74,12 +76,14 @@ struct Level {
 // What stands before the keys of the level below the last one.
 std::string PathBelow(const std::vector<Level>& levels, const std::string& here) {
   if (levels.size() < kLevelsInPath) return here + "/";
-  return levels[kLevelsInPath - 1].path + "+" + std::to_string(levels.size() - kLevelsInPath + 1) + "/";
+  return levels[kLevelsInPath - 1].path + "+" + std::to_string(levels.size() - kLevelsInPath + 1) +
+         "/";
 }
 
 }  // namespace
 
-void WriteContainer(const host::BaseContainer& data, const std::string& prefix, const LinkNames& links, LineWriter& out) {
+void WriteContainer(const host::BaseContainer& data, const std::string& prefix,
+                    const LinkNames& links, LineWriter& out) {
   std::vector<Level> levels;
   levels.push_back({data, prefix + " "});
   while (!levels.empty() && !out.Stopped()) {
@@ -91,7 +95,8 @@ void WriteContainer(const host::BaseContainer& data, const std::string& prefix, 
     const std::string here = level.path + std::to_string(level.data.GetIndexId(level.next));
     const GeData value = level.data.GetIndexData(level.next++);
     out.Line(here + " = " + ValueText(value, links));
-    if (value.GetType() == host::DA_CONTAINER) levels.push_back({value.GetContainer(), PathBelow(levels, here)});
+    if (value.GetType() == host::DA_CONTAINER)
+      levels.push_back({value.GetContainer(), PathBelow(levels, here)});
   }
 }
 

@@ -21,7 +21,8 @@ std::string ValueText(const host::GeData& value, const LinkNames& links);
 // Takes text in pieces that end with a line; false stops what writes it.
 using TextSink = std::function<bool(std::string_view)>;
 
-// Lines on their way to a sink, handed on some at a time. Once the sink has said no, nothing more is written.
+// Lines on their way to a sink, handed on some at a time. Once the sink has said no, nothing more
+// is written.
 class LineWriter {
  public:
   explicit LineWriter(TextSink sink) : sink_(std::move(sink)) {}
@@ -46,8 +47,10 @@ class LineWriter {
   bool stopped_ = false;
 };
 
-// Writes one line per entry, those of sub-containers after the entry that holds them: "<prefix> 25003/0/80001 = 1". Any
-// depth; below the thirty-second level the number of further levels stands for their keys: ".../+7/80001 = 1".
-void WriteContainer(const host::BaseContainer& data, const std::string& prefix, const LinkNames& links, LineWriter& out);
+// Writes one line per entry, those of sub-containers after the entry that holds them: "<prefix>
+// 25003/0/80001 = 1". Any depth; below the thirty-second level the number of further levels stands
+// for their keys: ".../+7/80001 = 1".
+void WriteContainer(const host::BaseContainer& data, const std::string& prefix,
+                    const LinkNames& links, LineWriter& out);
 
 }  // namespace engine

@@ -36,7 +36,8 @@ std::uint64_t Cursor::LongVarint(std::uint8_t first) {
 std::uint64_t Cursor::Fixed64() {
   const std::string_view bytes = Take(8);
   std::uint64_t value = 0;
-  for (unsigned i = 0; i < 8; ++i) value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(bytes[i])) << (8 * i);
+  for (unsigned i = 0; i < 8; ++i)
+    value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(bytes[i])) << (8 * i);
   return value;
 }
 
@@ -54,7 +55,8 @@ std::uint64_t Cursor::Below(std::uint64_t end, const char* what) {
 }
 
 void Cursor::CheckRows(std::uint64_t rows) const {
-  if (rows / kRowsPerByte > Left()) Refuse("it names " + Grouped(rows) + " rows, more than its bytes can hold");
+  if (rows / kRowsPerByte > Left())
+    Refuse("it names " + Grouped(rows) + " rows, more than its bytes can hold");
 }
 
 std::size_t Cursor::Rows(std::uint64_t each) {
@@ -75,9 +77,12 @@ void Cursor::End() const {
 }
 
 void Cursor::Refuse(const std::string& what) const {
-  throw Damage{"The file is damaged in section " + section_ + " at byte " + Grouped(at_) + " of its contents: " + what + "."};
+  throw Damage{"The file is damaged in section " + section_ + " at byte " + Grouped(at_) +
+               " of its contents: " + what + "."};
 }
 
-void Cursor::RefuseEnd(std::uint64_t wanted) const { Refuse(Grouped(wanted - Left()) + " bytes more are needed"); }
+void Cursor::RefuseEnd(std::uint64_t wanted) const {
+  Refuse(Grouped(wanted - Left()) + " bytes more are needed");
+}
 
 }  // namespace engine::scenefile

@@ -1,5 +1,6 @@
-// Bytes: numbers to bytes and back, as docs/SCENE_FILE.md describes them. A Cursor reads the contents of one section; it never
-// reads past the end and throws Damage, naming section and place, for what it cannot accept. Any thread.
+// Bytes: numbers to bytes and back, as docs/SCENE_FILE.md describes them. A Cursor reads the
+// contents of one section; it never reads past the end and throws Damage, naming section and place,
+// for what it cannot accept. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +41,8 @@ class Cursor {
   std::string_view Take(std::uint64_t count);
   // A varint that must lie below `end`; `what` names it in the refusal.
   std::uint64_t Below(std::uint64_t end, const char* what);
-  // Number of rows that follow in columns; refuses one that the bytes left cannot hold, and charges `each` bytes a row.
+  // Number of rows that follow in columns; refuses one that the bytes left cannot hold, and charges
+  // `each` bytes a row.
   std::size_t Rows(std::uint64_t each);
   void CheckRows(std::uint64_t rows) const;
   // A number that must fit 32 bits.

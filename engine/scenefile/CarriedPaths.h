@@ -1,6 +1,6 @@
-// CarriedPaths: names of files that lie beside or below the scene file, textures and caches, stand in it relative to it, as
-// "./tex/wood.png", so that a folder with a scene and its textures can be moved as a whole. In a document they are absolute.
-// Other names are kept as they are. One thread.
+// CarriedPaths: names of files that lie beside or below the scene file, textures and caches, stand
+// in it relative to it, as "./tex/wood.png", so that a folder with a scene and its textures can be
+// moved as a whole. In a document they are absolute. Other names are kept as they are. One thread.
 #pragma once
 
 #include <deque>

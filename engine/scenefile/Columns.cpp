@@ -14,7 +14,9 @@ void PutSymbol(std::string& out, Symbols kind, std::uint64_t symbol) {
   kind == Symbols::Varints ? PutVarint(out, symbol) : PutFixed64(out, symbol);
 }
 
-std::uint64_t TakeSymbol(Cursor& in, Symbols kind) { return kind == Symbols::Varints ? in.Varint() : in.Fixed64(); }
+std::uint64_t TakeSymbol(Cursor& in, Symbols kind) {
+  return kind == Symbols::Varints ? in.Varint() : in.Fixed64();
+}
 
 std::size_t RunAt(std::span<const std::uint64_t> symbols, std::size_t at) {
   const std::size_t end = std::min(symbols.size(), at + kLongestRun);
@@ -77,7 +79,9 @@ void PutInts(std::string& out, std::span<const std::uint64_t> values) {
   PutRuns(out, Symbols::Varints, deltas);
 }
 
-void PutWords(std::string& out, std::span<const std::uint64_t> values) { PutRuns(out, Symbols::Words, values); }
+void PutWords(std::string& out, std::span<const std::uint64_t> values) {
+  PutRuns(out, Symbols::Words, values);
+}
 
 void PutPlanes(std::string& out, std::span<const std::uint32_t> values) {
   const std::size_t start = out.size();
@@ -97,16 +101,19 @@ Column TakeInts(Cursor& in, std::size_t rows) {
 Column TakeWords(Cursor& in, std::size_t rows) { return TakeRuns(in, Symbols::Words, rows); }
 
 std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows) {
-  const std::string_view bytes = in.Take(rows > in.Left() ? ~std::uint64_t{0} : rows * std::uint64_t{4});
+  const std::string_view bytes =
+      in.Take(rows > in.Left() ? ~std::uint64_t{0} : rows * std::uint64_t{4});
   in.Memory().Charge(bytes.size());
   std::vector<std::uint32_t> values(rows);
   const char* plane = bytes.data();
   for (unsigned byte = 0; byte < 4; ++byte)
-    for (std::uint32_t& value : values) value |= static_cast<std::uint32_t>(static_cast<std::uint8_t>(*plane++)) << (8 * byte);
+    for (std::uint32_t& value : values)
+      value |= static_cast<std::uint32_t>(static_cast<std::uint8_t>(*plane++)) << (8 * byte);
   return values;
 }
 
-void CheckBelow(const Cursor& in, std::span<const std::uint64_t> values, std::uint64_t end, const char* what) {
+void CheckBelow(const Cursor& in, std::span<const std::uint64_t> values, std::uint64_t end,
+                const char* what) {
   for (const std::uint64_t value : values)
     if (value >= end) in.Refuse(std::string(what) + " is out of range");
 }

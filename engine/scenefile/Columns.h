@@ -1,5 +1,5 @@
-// Columns: the values of one field of many rows, stored as runs of alike ones; see "Columns" in docs/SCENE_FILE.md. The number
-// of rows is not part of a column. Any thread.
+// Columns: the values of one field of many rows, stored as runs of alike ones; see "Columns" in
+// docs/SCENE_FILE.md. The number of rows is not part of a column. Any thread.
 #pragma once
 
 #include <span>
@@ -11,15 +11,17 @@ namespace engine::scenefile {
 
 using Column = std::vector<std::uint64_t>;
 
-// The longest run, and how many rows a column can have for each of its bytes (a run takes two bytes at least).
+// The longest run, and how many rows a column can have for each of its bytes (a run takes two bytes
+// at least).
 inline constexpr std::size_t kLongestRun = 129;
 inline constexpr std::uint64_t kRowsPerByte = (kLongestRun + 1) / 2;
 
-// Whole numbers of either sign, near their neighbours; identities and row numbers.
+// Whole numbers of either sign, near their neighbors; identities and row numbers.
 void PutInts(std::string& out, std::span<const std::uint64_t> values);
-// Any 64 bits, equal to their neighbours or not at all: numbers with a fraction.
+// Any 64 bits, equal to their neighbors or not at all: numbers with a fraction.
 void PutWords(std::string& out, std::span<const std::uint64_t> values);
-// 4-byte values, their first bytes together, then their second ones and so on: what zstd likes of coordinates.
+// 4-byte values, their first bytes together, then their second ones and so on: what zstd likes of
+// coordinates.
 void PutPlanes(std::string& out, std::span<const std::uint32_t> values);
 
 // The same back; they refuse `rows` that the bytes left cannot hold and charge the column's memory.
@@ -28,7 +30,8 @@ Column TakeWords(Cursor& in, std::size_t rows);
 std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows);
 
 // Every value must lie in [0, end).
-void CheckBelow(const Cursor& in, std::span<const std::uint64_t> values, std::uint64_t end, const char* what);
+void CheckBelow(const Cursor& in, std::span<const std::uint64_t> values, std::uint64_t end,
+                const char* what);
 // Every value must be a 32-bit number with sign.
 void CheckLongs(const Cursor& in, std::span<const std::uint64_t> values, const char* what);
 

@@ -14,11 +14,14 @@ struct BlockInOrder {
   const ListBlock* list;
 };
 
-// What a container holds comes before it: by depth of nesting, then by first use (a patch comes after its base).
+// What a container holds comes before it: by depth of nesting, then by first use (a patch comes
+// after its base).
 std::vector<BlockInOrder> Ordered(const RecordWriter& records, const ListWriter& lists) {
   std::vector<BlockInOrder> blocks;
-  for (const RecordBlock& block : records.Blocks()) blocks.push_back({block.height, block.first.front(), &block, nullptr});
-  for (const ListBlock& block : lists.Blocks()) blocks.push_back({block.height, block.container, nullptr, &block});
+  for (const RecordBlock& block : records.Blocks())
+    blocks.push_back({block.height, block.first.front(), &block, nullptr});
+  for (const ListBlock& block : lists.Blocks())
+    blocks.push_back({block.height, block.container, nullptr, &block});
   std::ranges::sort(blocks, [](const BlockInOrder& a, const BlockInOrder& b) {
     return a.height != b.height ? a.height < b.height : a.first < b.first;
   });

@@ -13,14 +13,15 @@ constexpr std::uint64_t kContainerBytes = 64;
 constexpr std::uint64_t kEntryBytes = 24;
 // What a change of one entry of a long container may copy at most.
 constexpr std::uint64_t kChangeBytes = 8192;
-// Containers that hold an equal one twice, whose parts do so again, and so on, are short in a file and endless to compare: no
-// container may have more entries than this, counted down to the deepest and as often as they occur.
+// Containers that hold an equal one twice, whose parts do so again, and so on, are short in a file
+// and endless to compare: no container may have more entries than this, counted down to the deepest
+// and as often as they occur.
 constexpr std::uint64_t kMostEntries = std::uint64_t{1} << 33;
 
 }  // namespace
 
-ContainerReader::ContainerReader(std::string_view contents, const std::vector<host::String>& texts, const Numbers& numbers,
-                                 Budget& budget)
+ContainerReader::ContainerReader(std::string_view contents, const std::vector<host::String>& texts,
+                                 const Numbers& numbers, Budget& budget)
     : in_(contents, "VALUES", budget),
       texts_(texts),
       vectors_(numbers.vectors.begin(), numbers.vectors.end()),
@@ -47,8 +48,10 @@ std::vector<BaseContainer> ContainerReader::Read() {
 
 void ContainerReader::ReadRecords() {
   const std::size_t rows = in_.Rows(kContainerBytes);
-  const std::size_t width = static_cast<std::size_t>(in_.Below(kWidestRecord + 1, "the number of keys"));
-  if (rows == 0 || rows > expected_ + 1 - containers_.size()) in_.Refuse("a block holds none or more containers than announced");
+  const std::size_t width =
+      static_cast<std::size_t>(in_.Below(kWidestRecord + 1, "the number of keys"));
+  if (rows == 0 || rows > expected_ + 1 - containers_.size())
+    in_.Refuse("a block holds none or more containers than announced");
   const Column keys = Keys(width);
   const Column types = Types(width);
   const Column ownIds = TakeInts(in_, rows);
@@ -74,7 +77,8 @@ void ContainerReader::ReadList() {
   const Column keys = Keys(size);
   Values values = TakeValues(size);
   std::uint64_t total = 0;
-  for (std::size_t i = 0; i < size; ++i) ContainerAccess::Set(container, static_cast<LONG>(keys[i]), NextOf(values, i, total));
+  for (std::size_t i = 0; i < size; ++i)
+    ContainerAccess::Set(container, static_cast<LONG>(keys[i]), NextOf(values, i, total));
   Keep(std::move(container), size, total);
 }
 
@@ -94,7 +98,8 @@ void ContainerReader::ReadPatch() {
   Values values = TakeValues(changes + added);
   std::uint64_t total = sizes_[base];
   for (std::size_t i = 0; i < changes + added; ++i) {
-    const LONG key = i < changes ? container.GetIndexId(static_cast<LONG>(positions[i])) : static_cast<LONG>(keys[i - changes]);
+    const LONG key = i < changes ? container.GetIndexId(static_cast<LONG>(positions[i]))
+                                 : static_cast<LONG>(keys[i - changes]);
     ContainerAccess::Set(container, key, NextOf(values, i, total));
   }
   in_.Memory().Charge(total - sizes_[base]);
@@ -104,7 +109,8 @@ void ContainerReader::ReadPatch() {
 // A copy shares what is not changed; its table of parts and the changed parts are its own.
 void ContainerReader::ChargePatch(std::size_t size, std::size_t changes, std::size_t added) {
   const std::uint64_t whole = size * kEntryBytes;
-  in_.Memory().Charge(size / 4 + std::min(whole, changes * kChangeBytes) + (added > 0 ? size * 4 : 0) + kContainerBytes);
+  in_.Memory().Charge(size / 4 + std::min(whole, changes * kChangeBytes) +
+                      (added > 0 ? size * 4 : 0) + kContainerBytes);
 }
 
 Column ContainerReader::Keys(std::size_t rows) {
@@ -133,7 +139,8 @@ Column ContainerReader::Words(LONG type, std::size_t rows) {
   if (type == host::DA_LONG) CheckLongs(in_, words, "a number");
   if (type == host::DA_TIME) CheckBelow(in_, words, times_.size(), "a time");
   if (type == host::DA_VECTOR) CheckBelow(in_, words, vectors_.size(), "a vector");
-  if (type == host::DA_STRING || type == host::DA_FILENAME) CheckBelow(in_, words, texts_.size(), "a text");
+  if (type == host::DA_STRING || type == host::DA_FILENAME)
+    CheckBelow(in_, words, texts_.size(), "a text");
   if (type == host::DA_CONTAINER) CheckBelow(in_, words, containers_.size(), "a container");
   return words;
 }
@@ -142,7 +149,8 @@ ContainerReader::Values ContainerReader::TakeValues(std::size_t rows) {
   Values values;
   values.types = Types(rows);
   for (const LONG type : kValueTypes) {
-    const auto count = static_cast<std::size_t>(std::ranges::count(values.types, static_cast<std::uint64_t>(type)));
+    const auto count = static_cast<std::size_t>(
+        std::ranges::count(values.types, static_cast<std::uint64_t>(type)));
     if (count > 0) values.columns.emplace_back(type, Words(type, count));
   }
   values.taken.assign(values.columns.size(), 0);
@@ -159,7 +167,8 @@ Value ContainerReader::NextOf(Values& values, std::size_t position, std::uint64_
 }
 
 std::uint64_t ContainerReader::SizeWith(std::uint64_t size, LONG type, std::uint64_t word) const {
-  const std::uint64_t inner = type == host::DA_CONTAINER ? sizes_[static_cast<std::size_t>(word)] : 0;
+  const std::uint64_t inner =
+      type == host::DA_CONTAINER ? sizes_[static_cast<std::size_t>(word)] : 0;
   return std::min(size + inner + 1, kMostEntries + 1);
 }
 
@@ -181,7 +190,8 @@ Value ContainerReader::ValueOf(LONG type, std::uint64_t word) const {
 }
 
 void ContainerReader::Keep(BaseContainer container, std::size_t entries, std::uint64_t size) {
-  if (static_cast<std::size_t>(container.GetCount()) != entries) in_.Refuse("a container has a key twice");
+  if (static_cast<std::size_t>(container.GetCount()) != entries)
+    in_.Refuse("a container has a key twice");
   if (size > kMostEntries) in_.Refuse("containers in containers multiply beyond all measure");
   containers_.push_back(std::move(container));
   sizes_.push_back(size);

@@ -1,5 +1,5 @@
-// ContainerReader: section VALUES back to containers; equal ones share their memory again. Nothing that the bytes say is
-// believed; see "What a reader checks" in docs/SCENE_FILE.md. One thread.
+// ContainerReader: section VALUES back to containers; equal ones share their memory again. Nothing
+// that the bytes say is believed; see "What a reader checks" in docs/SCENE_FILE.md. One thread.
 #pragma once
 
 #include <string_view>
@@ -14,7 +14,8 @@ namespace engine::scenefile {
 class ContainerReader {
  public:
   // `texts` and `numbers` must outlive the reader.
-  ContainerReader(std::string_view contents, const std::vector<host::String>& texts, const Numbers& numbers, Budget& budget);
+  ContainerReader(std::string_view contents, const std::vector<host::String>& texts,
+                  const Numbers& numbers, Budget& budget);
 
   // All containers of the section by number; number 0 is the empty one. Throws Damage.
   std::vector<host::BaseContainer> Read();

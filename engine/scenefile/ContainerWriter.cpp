@@ -6,7 +6,8 @@ namespace engine::scenefile {
 namespace {
 
 std::uint64_t HashOf(const void* address) {
-  const auto bits = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(address)) * 0x9E3779B97F4A7C15u;
+  const auto bits =
+      static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(address)) * 0x9E3779B97F4A7C15u;
   return bits ^ (bits >> 32);
 }
 
@@ -56,7 +57,8 @@ std::uint32_t& ContainerWriter::Remembered(const ContainerBody* body) {
 std::uint32_t ContainerWriter::KnownRecord(const ContainerBody* body) {
   record_.clear();
   std::uint32_t next = 0;
-  for (auto stretch = NextEntries(body, next); !stretch.empty(); stretch = NextEntries(body, next)) {
+  for (auto stretch = NextEntries(body, next); !stretch.empty();
+       stretch = NextEntries(body, next)) {
     for (const engine::Entry& entry : stretch) {
       if (entry.type == host::DA_CONTAINER) return kUnknown;
       record_.push_back({entry.key, entry.type, WordOf(entry)});
@@ -68,13 +70,15 @@ std::uint32_t ContainerWriter::KnownRecord(const ContainerBody* body) {
 void ContainerWriter::Open(const ContainerBody* body) {
   frames_.push_back({body, entries_.size(), entries_.size()});
   std::uint32_t next = 0;
-  for (auto stretch = NextEntries(body, next); !stretch.empty(); stretch = NextEntries(body, next)) {
+  for (auto stretch = NextEntries(body, next); !stretch.empty();
+       stretch = NextEntries(body, next)) {
     const Stretch* done = body->size > kWidestRecord ? FindStretch(stretch.data()) : nullptr;
     if (!done) {
       OpenStretch(stretch);
       continue;
     }
-    const auto same = std::span(lists_.Blocks()[done->list].entries).subspan(done->position, stretch.size());
+    const auto same =
+        std::span(lists_.Blocks()[done->list].entries).subspan(done->position, stretch.size());
     entries_.insert(entries_.end(), same.begin(), same.end());
   }
 }
@@ -86,14 +90,15 @@ void ContainerWriter::OpenStretch(std::span<const engine::Entry> stretch) {
       continue;
     }
     const std::uint32_t known = Known(BlockOf<const ContainerBody>(entry.bits));
-    entries_.push_back(known == kUnknown ? Entry{entry.key, kWaiting, entry.bits} : Entry{entry.key, host::DA_CONTAINER, known});
+    entries_.push_back(known == kUnknown ? Entry{entry.key, kWaiting, entry.bits}
+                                         : Entry{entry.key, host::DA_CONTAINER, known});
   }
 }
 
 std::uint32_t ContainerWriter::Close(const Frame& frame) {
   const auto entries = std::span<const Entry>(entries_).subspan(frame.begin);
-  const std::uint32_t container =
-      entries.size() > kWidestRecord ? StoreList(frame.body, entries) : Store(frame.body->id, entries);
+  const std::uint32_t container = entries.size() > kWidestRecord ? StoreList(frame.body, entries)
+                                                                 : Store(frame.body->id, entries);
   entries_.resize(frame.begin);
   Remembered(frame.body) = container;
   if (frames_.empty()) return container;
@@ -110,7 +115,8 @@ std::uint32_t ContainerWriter::Store(std::int32_t ownId, std::span<const Entry> 
   return container;
 }
 
-std::uint32_t ContainerWriter::StoreList(const ContainerBody* body, std::span<const Entry> entries) {
+std::uint32_t ContainerWriter::StoreList(const ContainerBody* body,
+                                         std::span<const Entry> entries) {
   const auto candidate = static_cast<std::uint32_t>(heights_.size());
   std::uint32_t height = HeightOf(entries);
   const std::uint32_t container = lists_.FindOrAdd(candidate, height, body->id, entries);
@@ -119,18 +125,20 @@ std::uint32_t ContainerWriter::StoreList(const ContainerBody* body, std::span<co
   const auto list = static_cast<std::uint32_t>(lists_.Blocks().size() - 1);
   std::size_t position = 0;
   std::uint32_t next = 0;
-  for (auto stretch = NextEntries(body, next); !stretch.empty(); stretch = NextEntries(body, next)) {
+  for (auto stretch = NextEntries(body, next); !stretch.empty();
+       stretch = NextEntries(body, next)) {
     const auto row = static_cast<std::uint32_t>(stretches_.size());
     const auto same = [&](std::uint32_t at) { return stretches_[at].entries == stretch.data(); };
-    if (stretchIndex_.FindOrAdd(HashOf(stretch.data()), row, same) == row) stretches_.push_back({stretch.data(), list, position});
+    if (stretchIndex_.FindOrAdd(HashOf(stretch.data()), row, same) == row)
+      stretches_.push_back({stretch.data(), list, position});
     position += stretch.size();
   }
   return container;
 }
 
 const ContainerWriter::Stretch* ContainerWriter::FindStretch(const engine::Entry* entries) {
-  const std::uint32_t* row =
-      stretchIndex_.Find(HashOf(entries), [&](std::uint32_t at) { return stretches_[at].entries == entries; });
+  const std::uint32_t* row = stretchIndex_.Find(
+      HashOf(entries), [&](std::uint32_t at) { return stretches_[at].entries == entries; });
   return row ? &stretches_[*row] : nullptr;
 }
 

@@ -1,5 +1,6 @@
-// ContainerWriter: section VALUES, every container of a file once; see "Containers" in docs/SCENE_FILE.md. Containers are added
-// one after the other, then numbered, then written. Deep nesting costs memory, never stack. One thread.
+// ContainerWriter: section VALUES, every container of a file once; see "Containers" in
+// docs/SCENE_FILE.md. Containers are added one after the other, then numbered, then written. Deep
+// nesting costs memory, never stack. One thread.
 #pragma once
 
 #include "engine/core/ContainerBody.h"
@@ -15,9 +16,11 @@ class ContainerWriter {
   // Texts, vectors and times go to the tables, which must outlive the writer.
   ContainerWriter(TextWriter& texts, NumberWriter& numbers) : texts_(texts), tuples_(numbers) {}
 
-  // What stands for the container until Number; equal for equal ones (own IDs included). The containers added must live
-  // unchanged until the last one is.
-  std::uint32_t Add(const host::BaseContainer& container) { return AddBody(ContainerAccess::Body(container)); }
+  // What stands for the container until Number; equal for equal ones (own IDs included). The
+  // containers added must live unchanged until the last one is.
+  std::uint32_t Add(const host::BaseContainer& container) {
+    return AddBody(ContainerAccess::Body(container));
+  }
   // After the last Add: gives all containers their numbers in the file.
   void Number();
   // The file's numbers, by what Add answered.
@@ -26,9 +29,11 @@ class ContainerWriter {
 
  private:
   static constexpr std::uint32_t kUnknown = 0xFFFFFFFF;
-  static constexpr std::int32_t kWaiting = -1;  // type of an entry whose container is not added yet: its word is the body
+  // Type of an entry whose container is not added yet: its word is the body
+  static constexpr std::int32_t kWaiting = -1;
 
-  // A container being added: its entries are the end of entries_ from `begin` on; those before `next` are done.
+  // A container being added: its entries are the end of entries_ from `begin` on; those before
+  // `next` are done.
   struct Frame {
     const ContainerBody* body;
     std::size_t begin;

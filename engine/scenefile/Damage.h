@@ -1,5 +1,6 @@
-// Damage: what is wrong with bytes that are being read, as a sentence for a person. Thrown inside engine/scenefile only and
-// turned into a Status where a public function begins. Budget: how much memory a file may take when opened. Any thread.
+// Damage: what is wrong with bytes that are being read, as a sentence for a person. Thrown inside
+// engine/scenefile only and turned into a Status where a public function begins. Budget: how much
+// memory a file may take when opened. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +18,8 @@ std::string Grouped(std::uint64_t number);
 class Budget {
  public:
   explicit Budget(std::uint64_t bytes) : limit_(bytes), left_(bytes) {}
-  // Takes `count * each` bytes off before they are allocated; throws Damage where they are not left.
+  // Takes `count * each` bytes off before they are allocated; throws Damage where they are not
+  // left.
   void Charge(std::uint64_t count, std::uint64_t each = 1);
 
  private:

@@ -16,7 +16,8 @@ constexpr std::uint64_t kFlagsEnd = 1u << 9;
 // Checks of one table.
 class TableCheck {
  public:
-  TableCheck(const ElementTables& tables, ElementSection section, const ElementBounds& bounds, const Cursor& in)
+  TableCheck(const ElementTables& tables, ElementSection section, const ElementBounds& bounds,
+             const Cursor& in)
       : tables_(tables), table_(tables[section]), section_(section), bounds_(bounds), in_(in) {}
 
   void Run() const {
@@ -36,8 +37,10 @@ class TableCheck {
     for (std::size_t i = 0; i < table_.Rows(); ++i) {
       const bool sameOwner = i > 0 && table_.owners[i] == table_.owners[i - 1];
       if (i > 0 && table_.owners[i] < table_.owners[i - 1]) in_.Refuse("owners do not rise");
-      if (!IsOwner(table_.owners[i], table_.firstRow + i)) in_.Refuse("an owner is no element that can own one");
-      const std::uint64_t deepest = kElementRules[section_].tree && sameOwner ? table_.depths[i - 1] + 1 : 0;
+      if (!IsOwner(table_.owners[i], table_.firstRow + i))
+        in_.Refuse("an owner is no element that can own one");
+      const std::uint64_t deepest =
+          kElementRules[section_].tree && sameOwner ? table_.depths[i - 1] + 1 : 0;
       if (table_.depths[i] > deepest) in_.Refuse("an element hangs below none");
     }
   }
@@ -53,7 +56,8 @@ class TableCheck {
       case kTags:
         return isIn(kObjects);
       case kNodes:
-        return isIn(kTags) && tables_[kTags].types[owner - tables_[kTags].firstRow] == host::Texpresso;
+        return isIn(kTags) &&
+               tables_[kTags].types[owner - tables_[kTags].firstRow] == host::Texpresso;
       case kShaders:
         return owner < row;
       default:
@@ -62,10 +66,13 @@ class TableCheck {
   }
 
   void CheckTypes() const {
-    const host::LONG only = section_ == kLayers ? host::Olayer : section_ == kRender ? host::Rbase : 0;
+    const host::LONG only = section_ == kLayers   ? host::Olayer
+                            : section_ == kRender ? host::Rbase
+                                                  : 0;
     if (only == 0) return;
     for (const std::uint64_t type : table_.types)
-      if (type != static_cast<std::uint64_t>(only)) in_.Refuse("an element has a type that there is not");
+      if (type != static_cast<std::uint64_t>(only))
+        in_.Refuse("an element has a type that there is not");
   }
 
   void CheckLayers() const {
@@ -87,8 +94,10 @@ class TableCheck {
       const bool master = i == 0 || table_.owners[i] != table_.owners[i - 1];
       const bool root = !master && table_.depths[i - 1] == 0;
       const std::uint64_t depth = table_.depths[i];
-      if (master ? depth != 0 : root ? depth != 1 : depth < 2) in_.Refuse("an expression has two masters or roots");
-      if ((master || root) && table_.types[i] != host::GVbase) in_.Refuse("a node master or root has a strange type");
+      if (master ? depth != 0 : root ? depth != 1 : depth < 2)
+        in_.Refuse("an expression has two masters or roots");
+      if ((master || root) && table_.types[i] != host::GVbase)
+        in_.Refuse("a node master or root has a strange type");
     }
   }
 
@@ -101,26 +110,29 @@ class TableCheck {
 
 }  // namespace
 
-std::string ElementTable::Contents(const ElementRule& rule, std::span<const std::uint32_t> numbers) const {
+std::string ElementTable::Contents(const ElementRule& rule,
+                                   std::span<const std::uint32_t> numbers) const {
   std::string out;
   PutVarint(out, Rows());
-  for (const Column* column : {&owners, &depths, &types, &ids, &names, &bits, &nbits, &layers}) PutInts(out, *column);
+  for (const Column* column : {&owners, &depths, &types, &ids, &names, &bits, &nbits, &layers})
+    PutInts(out, *column);
   Column numbered(Rows());
-  std::ranges::transform(data, numbered.begin(), [&](std::uint64_t container) { return numbers[container]; });
+  std::ranges::transform(data, numbered.begin(),
+                         [&](std::uint64_t container) { return numbers[container]; });
   PutInts(out, numbered);
   for (std::size_t i = 0; i < rule.more; ++i) PutInts(out, more[i]);
   return out;
 }
 
-void ReadElements(ElementTables& tables, ElementSection section, std::string_view contents, const ElementBounds& bounds,
-                  Budget& budget) {
+void ReadElements(ElementTables& tables, ElementSection section, std::string_view contents,
+                  const ElementBounds& bounds, Budget& budget) {
   const ElementRule& rule = kElementRules[section];
   ElementTable& table = tables[section];
   table.firstRow = section == 0 ? 1 : tables[section - 1].EndRow();
   Cursor in(contents, rule.name, budget);
   const std::size_t rows = in.Rows(kRowBytes);
-  for (Column* column : {&table.owners, &table.depths, &table.types, &table.ids, &table.names, &table.bits, &table.nbits,
-                         &table.layers, &table.data})
+  for (Column* column : {&table.owners, &table.depths, &table.types, &table.ids, &table.names,
+                         &table.bits, &table.nbits, &table.layers, &table.data})
     *column = TakeInts(in, rows);
   for (std::size_t i = 0; i < rule.more; ++i) table.more[i] = TakeInts(in, rows);
   in.End();
@@ -129,10 +141,12 @@ void ReadElements(ElementTables& tables, ElementSection section, std::string_vie
 
 void CheckIdentities(const ElementTables& tables, std::uint64_t document) {
   Column ids{document};
-  for (const ElementTable& table : tables) ids.insert(ids.end(), table.ids.begin(), table.ids.end());
+  for (const ElementTable& table : tables)
+    ids.insert(ids.end(), table.ids.begin(), table.ids.end());
   if (!std::ranges::is_sorted(ids)) std::ranges::sort(ids);
   if (ids.front() == 0) throw Damage{"The file is damaged: an element has no identity."};
-  if (std::ranges::adjacent_find(ids) != ids.end()) throw Damage{"The file is damaged: two elements have the same identity."};
+  if (std::ranges::adjacent_find(ids) != ids.end())
+    throw Damage{"The file is damaged: two elements have the same identity."};
 }
 
 }  // namespace engine::scenefile

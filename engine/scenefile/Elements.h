@@ -1,5 +1,5 @@
-// Elements: the sections that hold a scene's elements, a row each, as columns; see "Elements" in docs/SCENE_FILE.md. A table
-// here is plain numbers, not yet or no longer a scene. One thread.
+// Elements: the sections that hold a scene's elements, a row each, as columns; see "Elements" in
+// docs/SCENE_FILE.md. A table here is plain numbers, not yet or no longer a scene. One thread.
 #pragma once
 
 #include <array>
@@ -80,9 +80,10 @@ struct ElementBounds {
 
 using ElementTables = std::array<ElementTable, kElementSections>;
 
-// Reads the table of `section` behind the earlier ones in `tables` and checks every number in it. Throws Damage.
-void ReadElements(ElementTables& tables, ElementSection section, std::string_view contents, const ElementBounds& bounds,
-                  Budget& budget);
+// Reads the table of `section` behind the earlier ones in `tables` and checks every number in it.
+// Throws Damage.
+void ReadElements(ElementTables& tables, ElementSection section, std::string_view contents,
+                  const ElementBounds& bounds, Budget& budget);
 // Refuses identities that are 0 or occur twice; `document` is one more. Throws Damage.
 void CheckIdentities(const ElementTables& tables, std::uint64_t document);
 

@@ -2,7 +2,8 @@
 
 namespace engine::scenefile {
 
-void PutTyped(std::string& out, host::LONG type, std::span<const std::uint64_t> words, std::span<const std::uint32_t> numbers) {
+void PutTyped(std::string& out, host::LONG type, std::span<const std::uint64_t> words,
+              std::span<const std::uint32_t> numbers) {
   if (type == host::DA_NIL) return;
   if (type == host::DA_REAL) return PutWords(out, words);
   if (type != host::DA_CONTAINER) return PutInts(out, words);
@@ -11,7 +12,8 @@ void PutTyped(std::string& out, host::LONG type, std::span<const std::uint64_t> 
   PutInts(out, numbered);
 }
 
-void PutEntryValues(std::string& out, std::span<const Entry> entries, std::span<const std::uint32_t> numbers) {
+void PutEntryValues(std::string& out, std::span<const Entry> entries,
+                    std::span<const std::uint32_t> numbers) {
   Column column;
   for (const Entry& entry : entries) column.push_back(Extended(entry.type));
   PutInts(out, column);

@@ -8,10 +8,12 @@
 namespace engine {
 
 std::uint64_t HashOfContent(std::span<const std::string_view> pieces) {
-  const std::unique_ptr<XXH3_state_t, decltype(&XXH3_freeState)> state(XXH3_createState(), &XXH3_freeState);
+  const std::unique_ptr<XXH3_state_t, decltype(&XXH3_freeState)> state(XXH3_createState(),
+                                                                       &XXH3_freeState);
   if (!state) throw std::bad_alloc();
   XXH3_64bits_reset(state.get());
-  for (const std::string_view piece : pieces) XXH3_64bits_update(state.get(), piece.data(), piece.size());
+  for (const std::string_view piece : pieces)
+    XXH3_64bits_update(state.get(), piece.data(), piece.size());
   return XXH3_64bits_digest(state.get());
 }
 

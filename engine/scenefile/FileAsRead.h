@@ -1,5 +1,5 @@
-// FileAsRead: a file as it was when a document was read from it or written to it, to find out later whether somebody has changed
-// it since. A value. Any thread.
+// FileAsRead: a file as it was when a document was read from it or written to it, to find out later
+// whether somebody has changed it since. A value. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -20,8 +20,8 @@ struct FileAsRead {
 
 std::uint64_t HashOfContent(std::span<const std::string_view> pieces);
 
-// One look at the folder; the file is read only where it has the old size and another stamp, which is then taken over if the
-// bytes are the same.
+// One look at the folder; the file is read only where it has the old size and another stamp, which
+// is then taken over if the bytes are the same.
 FileNow LookAtFile(FileAsRead& file, const std::string& path);
 
 }  // namespace engine

@@ -8,10 +8,13 @@ namespace {
 
 constexpr std::size_t kLongestName = 255;
 
-// Saving puts the file under this name into a folder: the name must not lead out of it, nor hide the file.
+// Saving puts the file under this name into a folder: the name must not lead out of it, nor hide
+// the file.
 bool IsBareName(std::string_view name) {
   return !name.empty() && name.size() <= kLongestName && name.front() != '.' &&
-         std::ranges::none_of(name, [](char c) { return c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20; });
+         std::ranges::none_of(name, [](char c) {
+           return c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20;
+         });
 }
 
 }  // namespace
@@ -32,7 +35,8 @@ std::string FilesContents(const EmbeddedFiles& files, TextWriter& texts) {
   return out += bytes;
 }
 
-EmbeddedFiles ReadFiles(std::string_view contents, const std::vector<host::String>& texts, Budget& budget) {
+EmbeddedFiles ReadFiles(std::string_view contents, const std::vector<host::String>& texts,
+                        Budget& budget) {
   Cursor in(contents, "FILES", budget);
   const std::size_t rows = in.Rows(sizeof(EmbeddedFile) + sizeof(std::string));
   const Column names = TakeInts(in, rows);

@@ -1,4 +1,5 @@
-// FilesSection: section FILES, the named files that travel with a scene until it is saved beside them. One thread.
+// FilesSection: section FILES, the named files that travel with a scene until it is saved beside
+// them. One thread.
 #pragma once
 
 #include <string_view>
@@ -12,6 +13,7 @@ namespace engine::scenefile {
 // The section's contents; the names go to `texts`.
 std::string FilesContents(const EmbeddedFiles& files, TextWriter& texts);
 // Throws Damage, also for names that are no bare file names or occur twice.
-EmbeddedFiles ReadFiles(std::string_view contents, const std::vector<host::String>& texts, Budget& budget);
+EmbeddedFiles ReadFiles(std::string_view contents, const std::vector<host::String>& texts,
+                        Budget& budget);
 
 }  // namespace engine::scenefile

@@ -1,4 +1,5 @@
-// Guarded: the border of engine/scenefile: what is thrown inside becomes a Status with its message. Any thread.
+// Guarded: the border of engine/scenefile: what is thrown inside becomes a Status with its message.
+// Any thread.
 #pragma once
 
 #include <exception>
@@ -16,7 +17,8 @@ Result<T> Guarded(const Work& work) {
   } catch (const Damage& damage) {
     return Result<T>::Failure(damage.message);
   } catch (const std::bad_alloc&) {
-    return Result<T>::Failure("There is not enough memory for this scene. Close other documents and try again.");
+    return Result<T>::Failure(
+        "There is not enough memory for this scene. Close other documents and try again.");
   } catch (const std::exception& error) {
     return Result<T>::Failure(std::string("The scene cannot be handled: ") + error.what() + ".");
   }

@@ -1,5 +1,5 @@
-// HashIndex: finds the row that already holds some contents. It keeps row numbers and hashes only; the contents stay with
-// its user, who compares them. One thread.
+// HashIndex: finds the row that already holds some contents. It keeps row numbers and hashes only;
+// the contents stay with its user, who compares them. One thread.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,8 @@ namespace engine::scenefile {
 
 class HashIndex {
  public:
-  // The row with these contents: an earlier one for which `same(row)` is true, or `candidate`, which is kept from then on.
+  // The row with these contents: an earlier one for which `same(row)` is true, or `candidate`,
+  // which is kept from then on.
   template <class Same>
   std::uint32_t FindOrAdd(std::uint64_t hash, std::uint32_t candidate, const Same& same) {
     if (used_ * 2 >= slots_.size()) Grow();
@@ -33,14 +34,17 @@ class HashIndex {
     std::uint32_t row = 0;
   };
 
-  static std::uint32_t Mark(std::uint64_t hash) { return static_cast<std::uint32_t>(hash ^ (hash >> 32)) | 0x80000000u; }
+  static std::uint32_t Mark(std::uint64_t hash) {
+    return static_cast<std::uint32_t>(hash ^ (hash >> 32)) | 0x80000000u;
+  }
   std::size_t Mask() const { return slots_.size() - 1; }
   // The slot of the row, or the free one where it would go.
   template <class Same>
   std::size_t Place(std::uint64_t hash, const Same& same) const {
     const std::uint32_t mark = Mark(hash);
     std::size_t at = mark & Mask();
-    while (slots_[at].mark != 0 && !(slots_[at].mark == mark && same(slots_[at].row))) at = (at + 1) & Mask();
+    while (slots_[at].mark != 0 && !(slots_[at].mark == mark && same(slots_[at].row)))
+      at = (at + 1) & Mask();
     return at;
   }
   void Grow() {

@@ -26,14 +26,16 @@ struct KeptList {
 constexpr const char* kOrigin = "ORIGIN";
 
 bool IsKnown(std::string_view name) {
-  constexpr std::string_view kOthers[] = {"TEXTS", "VECTORS", "VALUES", "MESHES", "DOCUMENT", "FILES", kOrigin};
+  constexpr std::string_view kOthers[] = {"TEXTS",    "VECTORS", "VALUES", "MESHES",
+                                          "DOCUMENT", "FILES",   kOrigin};
   return std::ranges::find(kOthers, name) != std::end(kOthers) ||
          std::ranges::find(kElementRules, name, &ElementRule::name) != kElementRules.end();
 }
 
 }  // namespace
 
-void KeepUnknownSections(host::BaseDocument& doc, const std::vector<Section>& sections, Budget& budget) {
+void KeepUnknownSections(host::BaseDocument& doc, const std::vector<Section>& sections,
+                         Budget& budget) {
   auto list = std::make_shared<KeptList>();
   for (const Section& section : sections) {
     if (IsKnown(section.name)) continue;
@@ -46,7 +48,8 @@ void KeepUnknownSections(host::BaseDocument& doc, const std::vector<Section>& se
 void AddKeptSections(const host::BaseDocument& doc, SectionWriter& out) {
   const auto* list = static_cast<const KeptList*>(KeptWith(doc).get());
   if (!list) return;
-  for (const Kept& section : list->sections) out.AddAsItIs(section.name, section.rawLength, section.payload);
+  for (const Kept& section : list->sections)
+    out.AddAsItIs(section.name, section.rawLength, section.payload);
   if (list->origin.empty()) return;
   std::string origin;
   PutFixed64(origin, out.Sum());
@@ -74,7 +77,8 @@ std::string SceneOriginOf(std::string_view bytes) {
     if (section == nullptr || section != &sections.back()) return std::string();
     std::string sum;
     PutFixed64(sum, SumBefore(bytes, sections, *section));
-    return section->payload.starts_with(sum) ? std::string(section->payload.substr(sum.size())) : std::string();
+    return section->payload.starts_with(sum) ? std::string(section->payload.substr(sum.size()))
+                                             : std::string();
   });
   return origin ? origin.Value() : "";
 }

@@ -21,7 +21,8 @@ inline std::uint64_t SwitchesOf(const host::LayerData& layer) {
 
 inline host::LayerData LayerWith(std::uint64_t switches, const host::Vector& color) {
   host::LayerData layer;
-  for (unsigned i = 0; i < std::size(kLayerSwitches); ++i) layer.*kLayerSwitches[i] = (switches >> i & 1) != 0;
+  for (unsigned i = 0; i < std::size(kLayerSwitches); ++i)
+    layer.*kLayerSwitches[i] = (switches >> i & 1) != 0;
   layer.color = color;
   return layer;
 }

@@ -7,7 +7,8 @@
 namespace engine::scenefile {
 namespace {
 
-// How many earlier lists are tried as a base, and at which part of changed entries a list is no patch any more.
+// How many earlier lists are tried as a base, and at which part of changed entries a list is no
+// patch any more.
 constexpr std::size_t kBasesTried = 8;
 constexpr std::size_t kPatchShare = 8;
 
@@ -24,9 +25,10 @@ bool IsPatchOf(std::span<const Entry> base, std::span<const Entry> entries) {
 
 }  // namespace
 
-std::uint32_t ListWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t& height, std::int32_t ownId,
-                                    std::span<const Entry> entries) {
-  const std::uint64_t hash = XXH3_64bits_withSeed(entries.data(), entries.size_bytes(), Extended(ownId));
+std::uint32_t ListWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t& height,
+                                    std::int32_t ownId, std::span<const Entry> entries) {
+  const std::uint64_t hash =
+      XXH3_64bits_withSeed(entries.data(), entries.size_bytes(), Extended(ownId));
   const auto next = static_cast<std::uint32_t>(blocks_.size());
   const std::uint32_t at = index_.FindOrAdd(hash, next, [&](std::uint32_t row) {
     return blocks_[row].ownId == ownId && std::ranges::equal(blocks_[row].entries, entries);
@@ -45,7 +47,8 @@ std::optional<std::uint32_t> ListWriter::BaseFor(std::span<const Entry> entries)
   return std::nullopt;
 }
 
-void ListWriter::Put(std::string& out, const ListBlock& block, std::span<const std::uint32_t> numbers) const {
+void ListWriter::Put(std::string& out, const ListBlock& block,
+                     std::span<const std::uint32_t> numbers) const {
   if (block.base) return PutPatch(out, block, numbers);
   out.push_back(static_cast<char>(BlockKind::List));
   PutVarint(out, block.entries.size());
@@ -56,7 +59,8 @@ void ListWriter::Put(std::string& out, const ListBlock& block, std::span<const s
   PutEntryValues(out, block.entries, numbers);
 }
 
-void ListWriter::PutPatch(std::string& out, const ListBlock& block, std::span<const std::uint32_t> numbers) const {
+void ListWriter::PutPatch(std::string& out, const ListBlock& block,
+                          std::span<const std::uint32_t> numbers) const {
   const ListBlock& base = blocks_[*block.base];
   std::vector<Entry> changed;
   Column positions;

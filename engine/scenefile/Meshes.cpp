@@ -18,8 +18,10 @@ const char* FaultOf(const Mesh& mesh) {
       if (polygon[corner] < (corner == 3 ? -1 : 0) || polygon[corner] >= points)
         return "a polygon names a point that there is not";
   const std::size_t corners = mesh.polygons.size() * kCorners;
-  if (!mesh.normals.empty() && mesh.normals.size() != corners) return "there is not one normal per corner";
-  if (!mesh.uvs.empty() && mesh.uvs.size() != corners) return "there is not one texture coordinate per corner";
+  if (!mesh.normals.empty() && mesh.normals.size() != corners)
+    return "there is not one normal per corner";
+  if (!mesh.uvs.empty() && mesh.uvs.size() != corners)
+    return "there is not one texture coordinate per corner";
   return nullptr;
 }
 
@@ -27,19 +29,22 @@ template <std::size_t N>
 void PutFloats(std::string& out, const std::vector<std::array<float, N>>& rows) {
   std::vector<std::uint32_t> plane(rows.size());
   for (std::size_t i = 0; i < N; ++i) {
-    std::ranges::transform(rows, plane.begin(), [&](const auto& row) { return std::bit_cast<std::uint32_t>(row[i]); });
+    std::ranges::transform(rows, plane.begin(),
+                           [&](const auto& row) { return std::bit_cast<std::uint32_t>(row[i]); });
     PutPlanes(out, plane);
   }
 }
 
 template <std::size_t N>
 std::vector<std::array<float, N>> TakeFloats(Cursor& in, std::uint64_t rows) {
-  if (rows > in.Left() / (N * sizeof(float))) in.Refuse("it names " + Grouped(rows) + " rows, more than its bytes can hold");
+  if (rows > in.Left() / (N * sizeof(float)))
+    in.Refuse("it names " + Grouped(rows) + " rows, more than its bytes can hold");
   in.Memory().Charge(rows, N * sizeof(float));
   std::vector<std::array<float, N>> result(static_cast<std::size_t>(rows));
   for (std::size_t i = 0; i < N; ++i) {
     const std::vector<std::uint32_t> plane = TakePlanes(in, result.size());
-    for (std::size_t row = 0; row < result.size(); ++row) result[row][i] = std::bit_cast<float>(plane[row]);
+    for (std::size_t row = 0; row < result.size(); ++row)
+      result[row][i] = std::bit_cast<float>(plane[row]);
   }
   return result;
 }
@@ -68,7 +73,8 @@ void TakePolygons(Cursor& in, Mesh& mesh, std::size_t rows) {
   for (std::size_t corner = 0; corner < kCorners; ++corner) {
     const Column column = TakeInts(in, rows);
     CheckLongs(in, column, "a corner");
-    for (std::size_t row = 0; row < rows; ++row) mesh.polygons[row][corner] = static_cast<std::int32_t>(column[row]);
+    for (std::size_t row = 0; row < rows; ++row)
+      mesh.polygons[row][corner] = static_cast<std::int32_t>(column[row]);
   }
 }
 
@@ -92,7 +98,8 @@ std::uint64_t MeshWriter::Row(const std::shared_ptr<const Mesh>& mesh) {
   if (!mesh) return 0;
   const auto [row, isNew] = rows_.try_emplace(mesh.get(), meshes_.size() + 1);
   if (!isNew) return row->second;
-  if (const char* fault = FaultOf(*mesh)) throw Damage{std::string("The scene holds a broken mesh: ") + fault + "."};
+  if (const char* fault = FaultOf(*mesh))
+    throw Damage{std::string("The scene holds a broken mesh: ") + fault + "."};
   meshes_.push_back(mesh);
   return row->second;
 }

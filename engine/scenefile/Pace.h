@@ -1,5 +1,5 @@
-// Pace: how far the reading or writing of a scene is, in elements, and whether it is to go on. Small scenes never ask: who would
-// answer sees nothing of them anyway. One thread.
+// Pace: how far the reading or writing of a scene is, in elements, and whether it is to go on.
+// Small scenes never ask: who would answer sees nothing of them anyway. One thread.
 #pragma once
 
 #include <algorithm>
@@ -20,7 +20,8 @@ class Pace {
 
   explicit Pace(const GoOn& goOn) : goOn_(goOn) {}
 
-  // From now on so many elements are gone through, which is the rest of the work from that share on.
+  // From now on so many elements are gone through, which is the rest of the work from that share
+  // on.
   void Expect(std::uint64_t elements, double from = 0) {
     whole_ = std::max<std::uint64_t>(1, elements);
     from_ = from;
@@ -32,7 +33,8 @@ class Pace {
     done_ += elements;
     if (done_ < next_) return;
     next_ = done_ + kStride;
-    Ask(from_ + (1 - from_) * std::min(1.0, static_cast<double>(done_) / static_cast<double>(whole_)));
+    Ask(from_ +
+        (1 - from_) * std::min(1.0, static_cast<double>(done_) / static_cast<double>(whole_)));
   }
   void Ask(double share) const {
     if (goOn_ && !goOn_(share)) throw Damage{kStopped};

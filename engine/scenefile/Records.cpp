@@ -11,14 +11,16 @@ bool RecordBlock::HasShape(std::uint32_t nesting, std::span<const Entry> entries
   return true;
 }
 
-bool RecordBlock::HoldsAt(std::size_t row, std::int32_t ownId, std::span<const Entry> entries) const {
+bool RecordBlock::HoldsAt(std::size_t row, std::int32_t ownId,
+                          std::span<const Entry> entries) const {
   if (ownIds[row] != Extended(ownId) || !HasShape(height, entries)) return false;
   for (std::size_t i = 0; i < entries.size(); ++i)
     if (columns[i][row] != entries[i].word) return false;
   return true;
 }
 
-void RecordBlock::Append(std::uint32_t container, std::int32_t ownId, std::span<const Entry> entries) {
+void RecordBlock::Append(std::uint32_t container, std::int32_t ownId,
+                         std::span<const Entry> entries) {
   first.push_back(container);
   ownIds.push_back(Extended(ownId));
   for (std::size_t i = 0; i < entries.size(); ++i) columns[i].push_back(entries[i].word);
@@ -38,13 +40,15 @@ void RecordBlock::Put(std::string& out, std::span<const std::uint32_t> numbers) 
   for (std::size_t i = 0; i < columns.size(); ++i) PutTyped(out, types[i], columns[i], numbers);
 }
 
-std::uint32_t RecordWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t height, std::int32_t ownId,
-                                      std::span<const Entry> entries) {
+std::uint32_t RecordWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t height,
+                                      std::int32_t ownId, std::span<const Entry> entries) {
   if (expected_ < places_.size() && IsAt(static_cast<std::uint32_t>(expected_), ownId, entries))
     return places_[expected_++].container;
-  const std::uint64_t hash = XXH3_64bits_withSeed(entries.data(), entries.size_bytes(), Extended(ownId));
+  const std::uint64_t hash =
+      XXH3_64bits_withSeed(entries.data(), entries.size_bytes(), Extended(ownId));
   const auto next = static_cast<std::uint32_t>(places_.size());
-  const std::uint32_t at = placeIndex_.FindOrAdd(hash, next, [&](std::uint32_t place) { return IsAt(place, ownId, entries); });
+  const std::uint32_t at = placeIndex_.FindOrAdd(
+      hash, next, [&](std::uint32_t place) { return IsAt(place, ownId, entries); });
   expected_ = at + std::size_t{1};
   if (at != next) return places_[at].container;
   const std::uint32_t block = BlockFor(height, entries);
@@ -54,14 +58,16 @@ std::uint32_t RecordWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t hei
 }
 
 std::uint32_t RecordWriter::BlockFor(std::uint32_t height, std::span<const Entry> entries) {
-  if (lastBlock_ < blocks_.size() && blocks_[lastBlock_].HasShape(height, entries)) return lastBlock_;
+  if (lastBlock_ < blocks_.size() && blocks_[lastBlock_].HasShape(height, entries))
+    return lastBlock_;
   std::uint64_t hash = height;
   for (const Entry& entry : entries) {
     const std::int32_t shape[] = {entry.key, entry.type};
     hash = XXH3_64bits_withSeed(shape, sizeof shape, hash);
   }
   const auto next = static_cast<std::uint32_t>(blocks_.size());
-  lastBlock_ = blockIndex_.FindOrAdd(hash, next, [&](std::uint32_t at) { return blocks_[at].HasShape(height, entries); });
+  lastBlock_ = blockIndex_.FindOrAdd(
+      hash, next, [&](std::uint32_t at) { return blocks_[at].HasShape(height, entries); });
   if (lastBlock_ != next) return lastBlock_;
   RecordBlock& block = blocks_.emplace_back();
   block.height = height;

@@ -1,5 +1,6 @@
-// RecordWriter: short containers, those with the same keys and types gathered in one block with a column for each key; every
-// container once. Containers are known by the number in which they were first met until the file's numbers are given. One thread.
+// RecordWriter: short containers, those with the same keys and types gathered in one block with a
+// column for each key; every container once. Containers are known by the number in which they were
+// first met until the file's numbers are given. One thread.
 #pragma once
 
 #include "engine/scenefile/Entry.h"
@@ -25,7 +26,8 @@ struct RecordBlock {
 class RecordWriter {
  public:
   // The equal container met before, or `candidate`, which is stored.
-  std::uint32_t FindOrAdd(std::uint32_t candidate, std::uint32_t height, std::int32_t ownId, std::span<const Entry> entries);
+  std::uint32_t FindOrAdd(std::uint32_t candidate, std::uint32_t height, std::int32_t ownId,
+                          std::span<const Entry> entries);
   const std::vector<RecordBlock>& Blocks() const { return blocks_; }
 
  private:
@@ -44,7 +46,8 @@ class RecordWriter {
   HashIndex blockIndex_;
   HashIndex placeIndex_;
   std::uint32_t lastBlock_ = 0;
-  std::size_t expected_ = 0;  // behind the place found last: states name the same containers in the same order
+  // Behind the place found last: states name the same containers in the same order
+  std::size_t expected_ = 0;
 };
 
 }  // namespace engine::scenefile

@@ -61,7 +61,8 @@ void SceneBuilder::BuildTop(ElementSection section) {
     BaseList2D* pred = nullptr;
     BaseList2D* parent = Step(table.depths[at], *node, &pred);
     Insert(section, *node, parent, pred);
-    if (node->GetDocument() != doc_.get()) throw Damage{"The file is damaged: an element has no place."};
+    if (node->GetDocument() != doc_.get())
+      throw Damage{"The file is damaged: an element has no place."};
     rows_[static_cast<std::size_t>(table.firstRow) + at] = node.release();
   }
 }
@@ -71,7 +72,8 @@ void SceneBuilder::BuildAttached(ElementSection section) {
   for (std::size_t at = 0; at < table.Rows(); ++at) {
     OwnedNode node = Make(section, at);
     Attach(section, *node, at);
-    if (node->GetDocument() != doc_.get()) throw Damage{"The file is damaged: an element has no place."};
+    if (node->GetDocument() != doc_.get())
+      throw Damage{"The file is damaged: an element has no place."};
     rows_[static_cast<std::size_t>(table.firstRow) + at] = node.release();
   }
 }
@@ -83,7 +85,8 @@ void SceneBuilder::BuildTags() {
     Fill(*node, table, at);
     FillMore(*node, kTags, at);
     const std::uint64_t row = table.firstRow + at;
-    if (KindOf(*node) == NodeKind::XPressoTag) BuildExpression(static_cast<host::XPressoTag&>(*node), row);
+    if (KindOf(*node) == NodeKind::XPressoTag)
+      BuildExpression(static_cast<host::XPressoTag&>(*node), row);
     static_cast<BaseObject*>(rows_[table.owners[at]])->InsertTag(AsTag(node.get()));
     rows_[row] = node.release();
   }
@@ -98,7 +101,8 @@ void SceneBuilder::BuildExpression(host::XPressoTag& tag, std::uint64_t row) {
     BaseList2D* node = master;
     if (depth == 1) node = master->GetRoot();
     if (depth > 1)
-      node = master->CreateNode(static_cast<host::GvNode*>(path_[depth - 1]), static_cast<LONG>(table.types[nextNode_]));
+      node = master->CreateNode(static_cast<host::GvNode*>(path_[depth - 1]),
+                                static_cast<LONG>(table.types[nextNode_]));
     Step(depth, *node, nullptr);
     Fill(*node, table, nextNode_);
     rows_[static_cast<std::size_t>(table.firstRow) + nextNode_] = node;
@@ -109,7 +113,9 @@ void SceneBuilder::FinishDocument() {
   const DocumentRecord& record = tables_.document;
   BaseDocument& doc = *doc_;
   RenderData* active = AsRenderData(FindNode(&doc, record.activeSettings));
-  if (!active) throw Damage{"The file is damaged in section DOCUMENT: the active render settings are missing."};
+  if (!active)
+    throw Damage{
+        "The file is damaged in section DOCUMENT: the active render settings are missing."};
   doc.SetActiveRenderData(active);
   SetId(doc, record.id);
   *doc.GetDataInstance() = tables_.values.containers[record.data];
@@ -152,17 +158,20 @@ void SceneBuilder::FillMore(BaseList2D& node, ElementSection section, std::size_
   const auto& more = tables_.elements[section].more;
   const Numbers& numbers = tables_.values.numbers;
   if (section == kLayers)
-    SetOwnLayerData(static_cast<LayerObject&>(node), LayerWith(more[kLayerFlags][at], numbers.vectors[more[kLayerColor][at]]));
-  if (KindOf(node) == NodeKind::TextureTag) SetMaterialId(static_cast<host::TextureTag&>(node), more[kTagMaterial][at]);
+    SetOwnLayerData(static_cast<LayerObject&>(node),
+                    LayerWith(more[kLayerFlags][at], numbers.vectors[more[kLayerColor][at]]));
+  if (KindOf(node) == NodeKind::TextureTag)
+    SetMaterialId(static_cast<host::TextureTag&>(node), more[kTagMaterial][at]);
   if (section != kObjects) return;
   auto& object = static_cast<BaseObject&>(node);
-  SetModes(object, static_cast<LONG>(more[kEditorMode][at]), static_cast<LONG>(more[kRenderMode][at]),
-           more[kDeformMode][at] != 0);
+  SetModes(object, static_cast<LONG>(more[kEditorMode][at]),
+           static_cast<LONG>(more[kRenderMode][at]), more[kDeformMode][at] != 0);
   if (const std::uint64_t matrix = more[kMatrix][at]) object.SetMl(numbers.matrices[matrix - 1]);
   if (const std::uint64_t mesh = more[kMesh][at]) SetMesh(object, tables_.meshes[mesh - 1]);
 }
 
-void SceneBuilder::Insert(ElementSection section, BaseList2D& node, BaseList2D* parent, BaseList2D* pred) {
+void SceneBuilder::Insert(ElementSection section, BaseList2D& node, BaseList2D* parent,
+                          BaseList2D* pred) {
   switch (section) {
     case kLayers:
       return doc_->AppendLayer(AsLayer(&node), AsLayer(parent));
@@ -178,8 +187,12 @@ void SceneBuilder::Insert(ElementSection section, BaseList2D& node, BaseList2D* 
 void SceneBuilder::Attach(ElementSection section, BaseList2D& node, std::size_t at) {
   const ElementTable& table = tables_.elements[section];
   BaseList2D* owner = rows_[table.owners[at]];
-  if (section == kPosts) return static_cast<RenderData*>(owner)->InsertVideoPost(static_cast<host::BaseVideoPost*>(&node));
-  if (section == kPasses) return static_cast<RenderData*>(owner)->InsertMultipass(static_cast<host::MultipassObject*>(&node));
+  if (section == kPosts)
+    return static_cast<RenderData*>(owner)->InsertVideoPost(
+        static_cast<host::BaseVideoPost*>(&node));
+  if (section == kPasses)
+    return static_cast<RenderData*>(owner)->InsertMultipass(
+        static_cast<host::MultipassObject*>(&node));
   auto& shader = static_cast<BaseShader&>(node);
   BaseList2D* parent = Step(table.depths[at], node, nullptr);
   if (parent)

@@ -1,5 +1,5 @@
-// SceneBuilder: the tables of a scene file to a document. The tables are checked already, so that little can fail here; what
-// does leaves nothing behind. Main thread.
+// SceneBuilder: the tables of a scene file to a document. The tables are checked already, so that
+// little can fail here; what does leaves nothing behind. Main thread.
 #pragma once
 
 #include <memory>
@@ -40,7 +40,8 @@ using OwnedDocument = std::unique_ptr<host::BaseDocument, DocumentFree>;
 class SceneBuilder {
  public:
   // `tables` and `pace` must outlive the builder. `folder`: that of the file.
-  SceneBuilder(const SceneTables& tables, Pace& pace, const std::string& folder) : tables_(tables), pace_(pace), paths_(folder) {}
+  SceneBuilder(const SceneTables& tables, Pace& pace, const std::string& folder)
+      : tables_(tables), pace_(pace), paths_(folder) {}
   // The document, unchanged as far as "has unsaved changes" goes. Throws Damage.
   OwnedDocument Build();
 
@@ -59,7 +60,8 @@ class SceneBuilder {
   OwnedNode Make(ElementSection section, std::size_t at);
   void Fill(host::BaseList2D& node, const ElementTable& table, std::size_t at) const;
   void FillMore(host::BaseList2D& node, ElementSection section, std::size_t at) const;
-  void Insert(ElementSection section, host::BaseList2D& node, host::BaseList2D* parent, host::BaseList2D* pred);
+  void Insert(ElementSection section, host::BaseList2D& node, host::BaseList2D* parent,
+              host::BaseList2D* pred);
   void Attach(ElementSection section, host::BaseList2D& node, std::size_t at);
   // The element that row `at` hangs below, null at the top; makes `node` the last one at its depth.
   host::BaseList2D* Step(std::uint64_t depth, host::BaseList2D& node, host::BaseList2D** pred);

@@ -17,7 +17,8 @@ using host::BaseDocument;
 
 namespace {
 
-DocumentRecord ReadDocumentRecord(std::string_view contents, const ElementBounds& bounds, Budget& budget) {
+DocumentRecord ReadDocumentRecord(std::string_view contents, const ElementBounds& bounds,
+                                  Budget& budget) {
   Cursor in(contents, "DOCUMENT", budget);
   DocumentRecord record;
   record.id = in.Fixed64();
@@ -37,29 +38,36 @@ DocumentRecord ReadDocumentRecord(std::string_view contents, const ElementBounds
 // Of the reading of a scene: the tables; the rest is building the document.
 constexpr double kTables = 0.4;
 
-void ReadTables(const std::vector<Section>& sections, const ElementBounds& bounds, Budget& budget, Pace& pace,
-                ElementTables& tables) {
+void ReadTables(const std::vector<Section>& sections, const ElementBounds& bounds, Budget& budget,
+                Pace& pace, ElementTables& tables) {
   std::uint64_t rows = 0;
   for (std::size_t section = 0; section < kElementSections; ++section) {
-    const std::string contents = Expand(NeededSection(sections, kElementRules[section].name), budget);
+    const std::string contents =
+        Expand(NeededSection(sections, kElementRules[section].name), budget);
     ReadElements(tables, static_cast<ElementSection>(section), contents, bounds, budget);
     rows += tables[section].Rows();
-    if (rows >= Pace::kStride) pace.Ask(kTables * static_cast<double>(section + 1) / static_cast<double>(kElementSections));
+    if (rows >= Pace::kStride)
+      pace.Ask(kTables * static_cast<double>(section + 1) / static_cast<double>(kElementSections));
   }
   pace.Expect(rows, kTables);
 }
 
-OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::string& folder, Budget& budget, Pace& pace) {
-  const auto contents = [&](const char* name) { return Expand(NeededSection(sections, name), budget); };
+OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::string& folder,
+                           Budget& budget, Pace& pace) {
+  const auto contents = [&](const char* name) {
+    return Expand(NeededSection(sections, name), budget);
+  };
   const ValueReader values(sections, budget);
   SceneTables tables{values, ReadMeshes(contents("MESHES"), budget), {}, {}};
-  const ElementBounds bounds{values.texts.size(), values.containers.size(), values.numbers.vectors.size(),
-                             values.numbers.matrices.size(), tables.meshes.size()};
+  const ElementBounds bounds{values.texts.size(), values.containers.size(),
+                             values.numbers.vectors.size(), values.numbers.matrices.size(),
+                             tables.meshes.size()};
   tables.document = ReadDocumentRecord(contents("DOCUMENT"), bounds, budget);
   ReadTables(sections, bounds, budget, pace, tables.elements);
   CheckIdentities(tables.elements, tables.document.id);
   OwnedDocument doc = SceneBuilder(tables, pace, folder).Build();
-  if (FindSection(sections, "FILES")) SetEmbeddedFiles(*doc, ReadFiles(contents("FILES"), values.texts, budget));
+  if (FindSection(sections, "FILES"))
+    SetEmbeddedFiles(*doc, ReadFiles(contents("FILES"), values.texts, budget));
   KeepUnknownSections(*doc, sections, budget);
   return doc;
 }
@@ -68,7 +76,9 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::stri
 std::uint64_t MemoryOfMachine() {
   const long pages = sysconf(_SC_PHYS_PAGES);
   const long bytes = sysconf(_SC_PAGESIZE);
-  return pages > 0 && bytes > 0 ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(bytes) : std::uint64_t{4} << 30;
+  return pages > 0 && bytes > 0
+             ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(bytes)
+             : std::uint64_t{4} << 30;
 }
 
 GoOn Telling(const char* doing, const std::string& path) {
@@ -82,7 +92,8 @@ std::string At(const std::string& path) { return "\"" + path + "\": "; }
 
 }  // namespace
 
-Result<std::vector<std::string>> WriteScene(const BaseDocument& doc, const GoOn& goOn, const std::string& folder) {
+Result<std::vector<std::string>> WriteScene(const BaseDocument& doc, const GoOn& goOn,
+                                            const std::string& folder) {
   return Guarded<std::vector<std::string>>([&] {
     SectionWriter sections(FrameKind::Scene);
     Pace pace(goOn);
@@ -92,7 +103,8 @@ Result<std::vector<std::string>> WriteScene(const BaseDocument& doc, const GoOn&
   });
 }
 
-Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit, const GoOn& goOn, const std::string& folder) {
+Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit, const GoOn& goOn,
+                                const std::string& folder) {
   return Guarded<BaseDocument*>([&] {
     Budget budget(memoryLimit ? memoryLimit : MemoryOfMachine());
     Pace pace(goOn);
@@ -100,8 +112,10 @@ Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimi
   });
 }
 
-Status SaveSceneFile(const BaseDocument& doc, const std::string& path, const BeforePlacing& ready, FileAsRead* now) {
-  const Result<std::vector<std::string>> pieces = WriteScene(doc, Telling("Saving ", path), FolderOf(path));
+Status SaveSceneFile(const BaseDocument& doc, const std::string& path, const BeforePlacing& ready,
+                     FileAsRead* now) {
+  const Result<std::vector<std::string>> pieces =
+      WriteScene(doc, Telling("Saving ", path), FolderOf(path));
   if (!pieces) return Status::Failure(At(path) + pieces.Message());
   const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
   Status saved = Outside::Current().ReplaceFile(path, views, ready);
@@ -113,7 +127,8 @@ Result<BaseDocument*> OpenSceneFile(const std::string& path, FileAsRead* now) {
   const FileStamp stamp = Outside::Current().Stamp(path);
   const Result<std::string> bytes = Outside::Current().ReadFile(path);
   if (!bytes) return Result<BaseDocument*>(bytes.GetStatus());
-  Result<BaseDocument*> doc = ReadScene(bytes.Value(), 0, Telling("Opening ", path), FolderOf(path));
+  Result<BaseDocument*> doc =
+      ReadScene(bytes.Value(), 0, Telling("Opening ", path), FolderOf(path));
   if (!doc) return Result<BaseDocument*>::Failure(At(path) + doc.Message());
   const std::string_view whole = bytes.Value();
   if (now != nullptr) *now = {stamp, HashOfContent({&whole, 1})};

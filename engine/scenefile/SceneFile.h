@@ -1,5 +1,6 @@
-// The native scene file (suffix c4d): a document to bytes and back; see docs/SCENE_FILE.md. Reading trusts nothing:
-// a damaged, cut or foreign file gives a message that names what is wrong and where, and no document. Main thread.
+// The native scene file (suffix c4d): a document to bytes and back; see docs/SCENE_FILE.md. Reading
+// trusts nothing: a damaged, cut or foreign file gives a message that names what is wrong and
+// where, and no document. Main thread.
 #pragma once
 
 #include <cstdint>
@@ -14,22 +15,25 @@
 
 namespace engine {
 
-// The whole file as pieces to be written in order. Identities, own IDs, empty entries, order, bits, selection, active
-// render settings, scene camera and unknown sections that were read are kept; undo steps are not saved. Any thread, for a
-// document that no other thread reads or changes. Textures and caches in `folder` or below, where one is given, are named
-// relative to it.
-Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc, const GoOn& goOn = {}, const std::string& folder = "");
+// The whole file as pieces to be written in order. Identities, own IDs, empty entries, order, bits,
+// selection, active render settings, scene camera and unknown sections that were read are kept;
+// undo steps are not saved. Any thread, for a document that no other thread reads or changes.
+// Textures and caches in `folder` or below, where one is given, are named relative to it.
+Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc, const GoOn& goOn = {},
+                                            const std::string& folder = "");
 
-// A new document, owned by the caller (BaseDocument::Free), without path and name. One that would need more than `memoryLimit`
-// bytes (0: the memory of the machine) is refused. Names relative to the file become absolute where its `folder` is given.
-Result<host::BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0, const GoOn& goOn = {},
-                                      const std::string& folder = "");
+// A new document, owned by the caller (BaseDocument::Free), without path and name. One that would
+// need more than `memoryLimit` bytes (0: the memory of the machine) is refused. Names relative to
+// the file become absolute where its `folder` is given.
+Result<host::BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0,
+                                      const GoOn& goOn = {}, const std::string& folder = "");
 
-// The same through the Outside, which hears of the progress of scenes with many elements and may stop it: then nothing is
-// opened, and a file that is there stays as it is. Saving leaves the document's path, name and "changed" as they are; opening
-// sets path and name. `ready` is asked when all is written, before the file takes its place. `now` learns what the file then is.
-Status SaveSceneFile(const host::BaseDocument& doc, const std::string& path, const BeforePlacing& ready = {},
-                     FileAsRead* now = nullptr);
+// The same through the Outside, which hears of the progress of scenes with many elements and may
+// stop it: then nothing is opened, and a file that is there stays as it is. Saving leaves the
+// document's path, name and "changed" as they are; opening sets path and name. `ready` is asked
+// when all is written, before the file takes its place. `now` learns what the file then is.
+Status SaveSceneFile(const host::BaseDocument& doc, const std::string& path,
+                     const BeforePlacing& ready = {}, FileAsRead* now = nullptr);
 Result<host::BaseDocument*> OpenSceneFile(const std::string& path, FileAsRead* now = nullptr);
 
 }  // namespace engine

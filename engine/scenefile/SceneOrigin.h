@@ -1,5 +1,5 @@
-// SceneOrigin: the command that wrote a scene file nobody has changed since, kept in the file's section ORIGIN; see
-// docs/SCENE_FILE.md. Any thread, for a document that no other thread uses.
+// SceneOrigin: the command that wrote a scene file nobody has changed since, kept in the file's
+// section ORIGIN; see docs/SCENE_FILE.md. Any thread, for a document that no other thread uses.
 #pragma once
 
 #include <string>
@@ -11,10 +11,12 @@ class BaseDocument;
 
 namespace engine {
 
-// From now on the files that this document is saved to tell `origin`, a word; empty: nothing. Opening a file forgets it.
+// From now on the files that this document is saved to tell `origin`, a word; empty: nothing.
+// Opening a file forgets it.
 void SetSceneOrigin(host::BaseDocument& doc, const std::string& origin);
 
-// What a scene file with these bytes tells; empty where it tells nothing, is no scene file or was changed since.
+// What a scene file with these bytes tells; empty where it tells nothing, is no scene file or was
+// changed since.
 std::string SceneOriginOf(std::string_view bytes);
 
 }  // namespace engine

@@ -30,7 +30,8 @@ void SceneWriter::Write(SectionWriter& sections) {
   sections.Add("DOCUMENT", DocumentContents());
   for (std::size_t section = 0; section < kElementSections; ++section) {
     pace_.Step(tables_[section].Rows());
-    sections.Add(kElementRules[section].name, tables_[section].Contents(kElementRules[section], values_.containers.Numbers()));
+    sections.Add(kElementRules[section].name,
+                 tables_[section].Contents(kElementRules[section], values_.containers.Numbers()));
   }
   if (!EmbeddedFilesOf(doc_).empty()) sections.Add("FILES", files);
 }
@@ -40,12 +41,16 @@ void SceneWriter::Collect() {
   AddTree(kLayers, 0, doc_.GetLayerObjectRoot()->GetFirst());
   AddTree(kMaterials, 0, doc_.GetFirstMaterial());
   AddTree(kRender, 0, doc_.GetFirstRenderData());
-  AddOwned(kPosts, kRender,
-           [](const BaseList2D& node) { return static_cast<const host::RenderData&>(node).GetFirstVideoPost(); });
-  AddOwned(kPasses, kRender,
-           [](const BaseList2D& node) { return static_cast<const host::RenderData&>(node).GetFirstMultipass(); });
+  AddOwned(kPosts, kRender, [](const BaseList2D& node) {
+    return static_cast<const host::RenderData&>(node).GetFirstVideoPost();
+  });
+  AddOwned(kPasses, kRender, [](const BaseList2D& node) {
+    return static_cast<const host::RenderData&>(node).GetFirstMultipass();
+  });
   AddTree(kObjects, 0, doc_.GetFirstObject());
-  AddOwned(kTags, kObjects, [](const BaseList2D& node) { return static_cast<const BaseObject&>(node).GetFirstTag(); });
+  AddOwned(kTags, kObjects, [](const BaseList2D& node) {
+    return static_cast<const BaseObject&>(node).GetFirstTag();
+  });
   AddOwned(kNodes, kTags, [](const BaseList2D& node) -> const GeListNode* {
     if (KindOf(node) != NodeKind::XPressoTag) return nullptr;
     return static_cast<const host::XPressoTag&>(node).GetNodeMaster();
@@ -67,7 +72,8 @@ void SceneWriter::AddTree(ElementSection section, std::uint64_t owner, const GeL
       ++depth;
       continue;
     }
-    for (; !node->GetNext() && depth > 0; --depth) node = static_cast<const GeListNode*>(OwnerOf(*node));
+    for (; !node->GetNext() && depth > 0; --depth)
+      node = static_cast<const GeListNode*>(OwnerOf(*node));
     node = node->GetNext();
   }
 }
@@ -86,7 +92,8 @@ void SceneWriter::AddShaders() {
     if (const GeListNode* first = rows_[owner]->GetFirstShader()) AddTree(kShaders, owner, first);
 }
 
-void SceneWriter::AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t depth, const BaseList2D& node) {
+void SceneWriter::AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t depth,
+                         const BaseList2D& node) {
   pace_.Step();
   table.owners.push_back(owner);
   table.depths.push_back(depth);
@@ -109,7 +116,8 @@ void SceneWriter::AddMore(ElementSection section, const BaseList2D& node) {
   }
   if (section == kTags) {
     const bool texture = KindOf(node) == NodeKind::TextureTag;
-    table.more[kTagMaterial].push_back(texture ? MaterialIdOf(static_cast<const host::TextureTag&>(node)) : 0);
+    table.more[kTagMaterial].push_back(
+        texture ? MaterialIdOf(static_cast<const host::TextureTag&>(node)) : 0);
   }
 }
 

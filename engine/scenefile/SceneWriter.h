@@ -1,4 +1,5 @@
-// SceneWriter: a document to the sections of a scene file; the one that gives every element its row. Main thread.
+// SceneWriter: a document to the sections of a scene file; the one that gives every element its
+// row. Main thread.
 #pragma once
 
 #include <unordered_map>
@@ -14,23 +15,25 @@ namespace engine::scenefile {
 
 class SceneWriter {
  public:
-  // The document must not change while the writer lives; the pace is that of the whole writing. `folder`: that of the
-  // file, for the names that are relative to it.
+  // The document must not change while the writer lives; the pace is that of the whole writing.
+  // `folder`: that of the file, for the names that are relative to it.
   SceneWriter(const host::BaseDocument& doc, Pace& pace, const std::string& folder)
       : doc_(doc), pace_(pace), rows_{&doc}, paths_(folder) {}
 
-  // Everything but the sections that were kept. Throws Damage for a scene that no reader would take.
+  // Everything but the sections that were kept. Throws Damage for a scene that no reader would
+  // take.
   void Write(SectionWriter& sections);
 
  private:
   void Collect();
-  // Adds the tree of `first` and its neighbours, owned by the element of row `owner`.
+  // Adds the tree of `first` and its neighbors, owned by the element of row `owner`.
   void AddTree(ElementSection section, std::uint64_t owner, const host::GeListNode* first);
   // Adds what `list` gives for the elements of another section.
   template <class List>
   void AddOwned(ElementSection section, ElementSection owners, const List& list);
   void AddShaders();
-  void AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t depth, const host::BaseList2D& node);
+  void AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t depth,
+              const host::BaseList2D& node);
   void AddMore(ElementSection section, const host::BaseList2D& node);
   void AddObjectColumns(ElementTable& table, const host::BaseObject& object);
   std::uint64_t MatrixRow(const host::Matrix& matrix);

@@ -1,5 +1,6 @@
-// Sections: the frame of a file: magic, version, named, compressed and checked sections, end; see "Frame" in
-// docs/SCENE_FILE.md. A Section points into the file's bytes, which must outlive it. Any thread.
+// Sections: the frame of a file: magic, version, named, compressed and checked sections, end; see
+// "Frame" in docs/SCENE_FILE.md. A Section points into the file's bytes, which must outlive it. Any
+// thread.
 #pragma once
 
 #include <string>
@@ -47,7 +48,8 @@ std::vector<Section> ReadSections(std::string_view bytes, FrameKind kind);
 // The contents of a section; charges their memory. Throws Damage.
 std::string Expand(const Section& section, Budget& budget);
 // One number for all sections that stand before `section` in the file, contents included.
-std::uint64_t SumBefore(std::string_view bytes, const std::vector<Section>& sections, const Section& section);
+std::uint64_t SumBefore(std::string_view bytes, const std::vector<Section>& sections,
+                        const Section& section);
 // The section of that name, null where there is none.
 const Section* FindSection(const std::vector<Section>& sections, std::string_view name);
 

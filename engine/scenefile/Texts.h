@@ -1,4 +1,5 @@
-// Texts: section TEXTS, every text of a file once. A row number stands for a text everywhere else. One thread.
+// Texts: section TEXTS, every text of a file once. A row number stands for a text everywhere else.
+// One thread.
 #pragma once
 
 #include <span>
@@ -18,7 +19,9 @@ class TextWriter {
   std::string Contents() const;
 
  private:
-  std::string_view At(std::size_t row) const { return std::string_view(bytes_).substr(starts_[row], lengths_[row]); }
+  std::string_view At(std::size_t row) const {
+    return std::string_view(bytes_).substr(starts_[row], lengths_[row]);
+  }
 
   std::string bytes_;
   std::vector<std::size_t> starts_;

@@ -34,7 +34,9 @@ host::Matrix MatrixAt(std::span<const Column> columns, std::size_t row) {
 std::uint64_t TupleWriter::Row(std::span<const std::uint64_t> words) {
   const auto candidate = static_cast<std::uint32_t>(words_.size() / width_);
   const std::uint64_t hash = XXH3_64bits(words.data(), words.size_bytes());
-  const auto same = [&](std::uint32_t row) { return std::equal(words.begin(), words.end(), words_.begin() + row * width_); };
+  const auto same = [&](std::uint32_t row) {
+    return std::equal(words.begin(), words.end(), words_.begin() + row * width_);
+  };
   const std::uint32_t row = index_.FindOrAdd(hash, candidate, same);
   if (row == candidate) words_.insert(words_.end(), words.begin(), words.end());
   return row;
@@ -78,12 +80,14 @@ Numbers ReadNumbers(std::string_view contents, Budget& budget) {
   Cursor in(contents, "VECTORS", budget);
   Numbers numbers;
   const std::vector<Column> vectors = TakeTable(in, 3, sizeof(host::Vector));
-  for (std::size_t row = 0; row < vectors[0].size(); ++row) numbers.vectors.push_back(VectorAt(vectors, row));
+  for (std::size_t row = 0; row < vectors[0].size(); ++row)
+    numbers.vectors.push_back(VectorAt(vectors, row));
   const std::vector<Column> times = TakeTable(in, 2, sizeof(host::BaseTime));
   for (std::size_t row = 0; row < times[0].size(); ++row)
     numbers.times.emplace_back(NumberOf(times[0][row]), NumberOf(times[1][row]));
   const std::vector<Column> matrices = TakeTable(in, 12, sizeof(host::Matrix));
-  for (std::size_t row = 0; row < matrices[0].size(); ++row) numbers.matrices.push_back(MatrixAt(matrices, row));
+  for (std::size_t row = 0; row < matrices[0].size(); ++row)
+    numbers.matrices.push_back(MatrixAt(matrices, row));
   in.End();
   return numbers;
 }

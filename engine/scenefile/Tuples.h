@@ -1,4 +1,5 @@
-// Tuples: section VECTORS, every vector, time and matrix of a file once. A row number stands for one everywhere else. One thread.
+// Tuples: section VECTORS, every vector, time and matrix of a file once. A row number stands for
+// one everywhere else. One thread.
 #pragma once
 
 #include <bit>

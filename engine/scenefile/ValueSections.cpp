@@ -12,7 +12,9 @@ void ValueWriter::Finish(SectionWriter& sections) {
 ValueReader::ValueReader(const std::vector<Section>& sections, Budget& budget)
     : texts(ReadTexts(Expand(NeededSection(sections, "TEXTS"), budget), budget)),
       numbers(ReadNumbers(Expand(NeededSection(sections, "VECTORS"), budget), budget)),
-      containers(ContainerReader(Expand(NeededSection(sections, "VALUES"), budget), texts, numbers, budget).Read()) {}
+      containers(
+          ContainerReader(Expand(NeededSection(sections, "VALUES"), budget), texts, numbers, budget)
+              .Read()) {}
 
 const Section& NeededSection(const std::vector<Section>& sections, const std::string& name) {
   const Section* section = FindSection(sections, name);

@@ -1,4 +1,5 @@
-// The three sections that hold values (TEXTS, VECTORS, VALUES), written and read together. One thread.
+// The three sections that hold values (TEXTS, VECTORS, VALUES), written and read together. One
+// thread.
 #pragma once
 
 #include "engine/scenefile/ContainerReader.h"

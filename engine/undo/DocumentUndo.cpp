@@ -36,10 +36,16 @@ namespace engine {
 
 using host::BaseDocument;
 
-bool CanUndo(const BaseDocument& doc) { return UndoHistory::Of(doc) && UndoHistory::Of(doc)->CanUndo(); }
+bool CanUndo(const BaseDocument& doc) {
+  return UndoHistory::Of(doc) && UndoHistory::Of(doc)->CanUndo();
+}
 void ForgetUndone(BaseDocument& doc) { UndoHistory::Of(doc).ForgetUndone(); }
-bool CanRedo(const BaseDocument& doc) { return UndoHistory::Of(doc) && UndoHistory::Of(doc)->CanRedo(); }
-std::string UndoName(const BaseDocument& doc) { return UndoHistory::Of(doc) ? UndoHistory::Of(doc)->DoneName() : std::string(); }
+bool CanRedo(const BaseDocument& doc) {
+  return UndoHistory::Of(doc) && UndoHistory::Of(doc)->CanRedo();
+}
+std::string UndoName(const BaseDocument& doc) {
+  return UndoHistory::Of(doc) ? UndoHistory::Of(doc)->DoneName() : std::string();
+}
 std::string RedoName(const BaseDocument& doc) {
   return UndoHistory::Of(doc) ? UndoHistory::Of(doc)->UndoneName() : std::string();
 }
@@ -52,7 +58,8 @@ std::vector<std::string> UndoneNames(const BaseDocument& doc) {
 void NameUndo(BaseDocument& doc, const std::string& name) { UndoHistory::Of(doc).Name(name); }
 void ClearUndo(BaseDocument& doc) { UndoHistory::Of(doc).Clear(); }
 
-UndoScope::UndoScope(BaseDocument& doc, const std::string& name) : doc_(doc), begin_(UndoHistory::Of(doc).EnterScope()) {
+UndoScope::UndoScope(BaseDocument& doc, const std::string& name)
+    : doc_(doc), begin_(UndoHistory::Of(doc).EnterScope()) {
   NameUndo(doc, name);
 }
 
@@ -64,7 +71,8 @@ std::optional<StepDifference> UndoScope::Difference(std::size_t most, const GoOn
 
 void UndoScope::Cancel() { UndoHistory::Of(doc_).TakeBack(begin_); }
 
-ActName::ActName(std::string name) : former_(std::exchange(UndoHistory::actName, std::move(name))) {}
+ActName::ActName(std::string name)
+    : former_(std::exchange(UndoHistory::actName, std::move(name))) {}
 
 ActName::~ActName() { UndoHistory::actName = std::move(former_); }
 

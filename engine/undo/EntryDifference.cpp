@@ -19,14 +19,16 @@ namespace {
 
 bool SameEffect(const BaseList2D& a, const BaseList2D& b) {
   return a.GetType() == b.GetType() && a.GetName() == b.GetName() &&
-         a.GetBit(host::BIT_DISABLED) == b.GetBit(host::BIT_DISABLED) && Identical(*a.GetDataInstance(), *b.GetDataInstance());
+         a.GetBit(host::BIT_DISABLED) == b.GetBit(host::BIT_DISABLED) &&
+         Identical(*a.GetDataInstance(), *b.GetDataInstance());
 }
 
 bool SameTree(const BaseList2D& a, const BaseList2D& b) {
   const GeListNode* left = &a;
   const GeListNode* right = &b;
   for (; left && right; left = NextInside(*left, a), right = NextInside(*right, b)) {
-    if (!SameEffect(static_cast<const BaseList2D&>(*left), static_cast<const BaseList2D&>(*right))) return false;
+    if (!SameEffect(static_cast<const BaseList2D&>(*left), static_cast<const BaseList2D&>(*right)))
+      return false;
   }
   return !left && !right;
 }
@@ -45,7 +47,8 @@ bool SameRest(const std::shared_ptr<void>& rest, const BaseList2D& node) {
     case NodeKind::Object:
       return rest.get() == A::Shape(static_cast<const host::BaseObject&>(node)).get();
     case NodeKind::Layer:
-      return *static_cast<const host::LayerData*>(rest.get()) == A::Flags(static_cast<const host::LayerObject&>(node));
+      return *static_cast<const host::LayerData*>(rest.get()) ==
+             A::Flags(static_cast<const host::LayerObject&>(node));
     case NodeKind::RenderSettings: {
       const auto& lists = *static_cast<const KeptLists*>(rest.get());
       return SameList(lists.posts, node, kAttached) && SameList(lists.passes, node, kPasses);
@@ -55,10 +58,14 @@ bool SameRest(const std::shared_ptr<void>& rest, const BaseList2D& node) {
   }
 }
 
-const char* ModeText(host::LONG mode) { return mode == host::MODE_ON ? "on" : mode == host::MODE_OFF ? "off" : "default"; }
+const char* ModeText(host::LONG mode) {
+  return mode == host::MODE_ON ? "on" : mode == host::MODE_OFF ? "off" : "default";
+}
 const char* SwitchText(bool on) { return on ? "on" : "off"; }
 
-std::string NameOrType(const BaseList2D& node) { return Quoted(node.GetName().Content() ? node.GetName() : node.GetTypeName()); }
+std::string NameOrType(const BaseList2D& node) {
+  return Quoted(node.GetName().Content() ? node.GetName() : node.GetTypeName());
+}
 
 std::string ElementText(const BaseList2D& node) {
   switch (KindOf(node)) {
@@ -71,7 +78,8 @@ std::string ElementText(const BaseList2D& node) {
     case NodeKind::Tag:
     case NodeKind::TextureTag:
     case NodeKind::XPressoTag:
-      return "tag " + NameOrType(node) + " of " + (OwnerOf(node) ? NameOrType(*OwnerOf(node)) : "nothing");
+      return "tag " + NameOrType(node) + " of " +
+             (OwnerOf(node) ? NameOrType(*OwnerOf(node)) : "nothing");
     default:
       return NameOrType(node);
   }
@@ -93,7 +101,8 @@ class DifferenceText {
 
   // Parameters in their order, first those there were.
   void Data(const BaseContainer& was, const BaseContainer& is) {
-    ForEachEntry(was, [&](host::LONG key, const host::GeData& value) { Parameter(key, &value, is); });
+    ForEachEntry(was,
+                 [&](host::LONG key, const host::GeData& value) { Parameter(key, &value, is); });
     ForEachEntry(is, [&](host::LONG key, const host::GeData& value) {
       if (was.FindIndex(key) == host::NOTOK) Fact(std::to_string(key), "nothing", Text(value));
     });
@@ -120,7 +129,8 @@ class DifferenceText {
     if (data.FindIndex(key) == host::NOTOK) return Fact(name, Text(*was), "nothing");
     const host::GeData is = data.GetData(key);
     const bool inside = was->GetType() == host::DA_CONTAINER && is.GetType() == host::DA_CONTAINER;
-    if (inside && !Identical(was->GetContainer(), is.GetContainer())) return Fact(name, Text(*was), "another " + Text(is));
+    if (inside && !Identical(was->GetContainer(), is.GetContainer()))
+      return Fact(name, Text(*was), "another " + Text(is));
     Fact(name, Text(*was), Text(is));
   }
 
@@ -133,11 +143,13 @@ class DifferenceText {
 
 bool UndoEntry::Differs(const BaseList2D& node) const {
   const host::TextureTag* tag = AsTextureTag(const_cast<BaseList2D*>(&node));
-  return !std::equal(modes_, modes_ + 3, A::Modes(node)) || !(name_ == A::Name(node)) || layer_ != A::Layer(node) ||
-         (tag && material_ != A::Material(*tag)) || !Identical(data_, *node.GetDataInstance()) || !SameRest(rest_, node);
+  return !std::equal(modes_, modes_ + 3, A::Modes(node)) || !(name_ == A::Name(node)) ||
+         layer_ != A::Layer(node) || (tag && material_ != A::Material(*tag)) ||
+         !Identical(data_, *node.GetDataInstance()) || !SameRest(rest_, node);
 }
 
-void UndoEntry::AppendDifference(const BaseDocument& doc, const BaseList2D& node, std::vector<std::string>& lines) const {
+void UndoEntry::AppendDifference(const BaseDocument& doc, const BaseList2D& node,
+                                 std::vector<std::string>& lines) const {
   DifferenceText text(doc, node, lines);
   const host::UCHAR* modes = A::Modes(node);
   text.Fact("name", Quoted(name_), Quoted(node.GetName()));
@@ -150,9 +162,11 @@ void UndoEntry::AppendDifference(const BaseDocument& doc, const BaseList2D& node
   }
   text.Data(data_, *node.GetDataInstance());
   if (A::Kind(node) == NodeKind::Layer) {
-    text.Flags(*static_cast<const host::LayerData*>(rest_.get()), A::Flags(static_cast<const host::LayerObject&>(node)));
+    text.Flags(*static_cast<const host::LayerData*>(rest_.get()),
+               A::Flags(static_cast<const host::LayerObject&>(node)));
   } else if (!SameRest(rest_, node)) {
-    text.Fact(A::Kind(node) == NodeKind::RenderSettings ? "effects and passes" : "shape", "as they were", "others");
+    text.Fact(A::Kind(node) == NodeKind::RenderSettings ? "effects and passes" : "shape",
+              "as they were", "others");
   }
 }
 

@@ -1,5 +1,5 @@
-// EntryList: the entries of one undo step in chunks: adding never moves one, and memory is touched only when used.
-// Main thread.
+// EntryList: the entries of one undo step in chunks: adding never moves one, and memory is touched
+// only when used. Main thread.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,9 @@ class EntryList {
 
   std::size_t Size() const { return size_; }
   UndoEntry& operator[](std::size_t index) { return chunks_[index / kChunk]->At(index % kChunk); }
-  const UndoEntry& operator[](std::size_t index) const { return chunks_[index / kChunk]->At(index % kChunk); }
+  const UndoEntry& operator[](std::size_t index) const {
+    return chunks_[index / kChunk]->At(index % kChunk);
+  }
   void Add(UndoEntry&& entry) {
     ::new (NextPlace()) UndoEntry(std::move(entry));
     ++size_;

@@ -1,5 +1,5 @@
-// KeptLists: posts and passes of render settings that are in no settings now: what an undo entry keeps of their lists. It owns
-// them. Main thread.
+// KeptLists: posts and passes of render settings that are in no settings now: what an undo entry
+// keeps of their lists. It owns them. Main thread.
 #pragma once
 
 #include <vector>

@@ -38,13 +38,20 @@ class WorldFrames {
   std::unordered_map<const BaseObject*, Matrix> frames_;
 };
 
-bool IsMovable(NodeKind kind) { return kind == NodeKind::Object || kind == NodeKind::Layer || kind == NodeKind::RenderSettings; }
+bool IsMovable(NodeKind kind) {
+  return kind == NodeKind::Object || kind == NodeKind::Layer || kind == NodeKind::RenderSettings;
+}
 
-bool MayMove(const BaseDocument& doc, const std::vector<BaseList2D*>& nodes, const Moved& moved, const BaseList2D* parent) {
+bool MayMove(const BaseDocument& doc, const std::vector<BaseList2D*>& nodes, const Moved& moved,
+             const BaseList2D* parent) {
   if (nodes.empty() || moved.size() != nodes.size() || moved.contains(nullptr)) return false;
   const NodeKind kind = KindOf(*nodes.front());
-  const auto fits = [&](const BaseList2D* node) { return node->GetDocument() == &doc && KindOf(*node) == kind; };
-  if (!IsMovable(kind) || (parent && !fits(parent)) || !std::all_of(nodes.begin(), nodes.end(), fits)) return false;
+  const auto fits = [&](const BaseList2D* node) {
+    return node->GetDocument() == &doc && KindOf(*node) == kind;
+  };
+  if (!IsMovable(kind) || (parent && !fits(parent)) ||
+      !std::all_of(nodes.begin(), nodes.end(), fits))
+    return false;
   const GeListNode* above = parent;
   while (above && !moved.contains(above)) above = above->GetUp();
   return !above;
@@ -56,13 +63,16 @@ GeListNode* StayingPred(const Moved& moved, const BaseList2D* parent, GeListNode
   return pred;
 }
 
-// Those that are there already stay, so that a document is never without render settings in between.
-void Put(BaseDocument& doc, const std::vector<BaseList2D*>& nodes, BaseList2D* parent, GeListNode* pred) {
+// Those that are there already stay, so that a document is never without render settings in
+// between.
+void Put(BaseDocument& doc, const std::vector<BaseList2D*>& nodes, BaseList2D* parent,
+         GeListNode* pred) {
   UndoHistory& history = UndoHistory::Of(doc);
   BaseObject* const active = doc.GetActiveObject();
   host::RenderData* const settings = doc.GetActiveRenderData();
   for (BaseList2D* node : nodes) {
-    if (node->GetUp() != parent || node->GetPred() != pred) history.Move(*node, parent ? *parent : doc, pred);
+    if (node->GetUp() != parent || node->GetPred() != pred)
+      history.Move(*node, parent ? *parent : doc, pred);
     pred = node;
   }
   if (active) doc.SetActiveObject(active, host::SELECTION_ADD);
@@ -72,7 +82,8 @@ void Put(BaseDocument& doc, const std::vector<BaseList2D*>& nodes, BaseList2D* p
 // Objects and where they stand in the world, so that they can be given that place again.
 class InTheWorld {
  public:
-  InTheWorld(const std::vector<BaseList2D*>& nodes, BaseList2D* parent) : parent_(AsObject(parent)) {
+  InTheWorld(const std::vector<BaseList2D*>& nodes, BaseList2D* parent)
+      : parent_(AsObject(parent)) {
     for (BaseList2D* node : nodes) {
       BaseObject* object = AsObject(node);
       if (object && object->GetUp() != parent) came_.emplace_back(object, frames_.Of(object));
@@ -97,7 +108,8 @@ class InTheWorld {
 
 }  // namespace
 
-bool MoveNodes(BaseDocument& doc, const std::vector<BaseList2D*>& nodes, BaseList2D* parent, BaseList2D* pred) {
+bool MoveNodes(BaseDocument& doc, const std::vector<BaseList2D*>& nodes, BaseList2D* parent,
+               BaseList2D* pred) {
   const Moved moved(nodes.begin(), nodes.end());
   if (!MayMove(doc, nodes, moved, parent)) return false;
   InTheWorld objects(nodes, parent);

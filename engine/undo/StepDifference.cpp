@@ -42,7 +42,8 @@ std::string NameText(const host::BaseDocument& doc, NodeId id) {
 // A later entry of an element keeps a state in between.
 std::vector<std::size_t> UndoHistory::FirstEntries(std::size_t from) const {
   std::vector<std::pair<NodeId, std::size_t>> entries;
-  for (std::size_t i = from; i < open_->entries.Size(); ++i) entries.emplace_back(std::as_const(open_->entries)[i].Node(), i);
+  for (std::size_t i = from; i < open_->entries.Size(); ++i)
+    entries.emplace_back(std::as_const(open_->entries)[i].Node(), i);
   std::sort(entries.begin(), entries.end());
   const auto sameNode = [](const auto& a, const auto& b) { return a.first == b.first; };
   entries.erase(std::unique(entries.begin(), entries.end(), sameNode), entries.end());
@@ -52,14 +53,17 @@ std::vector<std::size_t> UndoHistory::FirstEntries(std::size_t from) const {
   return positions;
 }
 
-std::optional<StepDifference> UndoHistory::Difference(std::size_t from, std::size_t most, const GoOn& goOn) const {
+std::optional<StepDifference> UndoHistory::Difference(std::size_t from, std::size_t most,
+                                                      const GoOn& goOn) const {
   constexpr std::size_t kAskEvery = 4096;
   StepDifference difference;
   if (!open_) return difference;
   const std::vector<std::size_t> positions = FirstEntries(from);
   std::size_t described = 0;
   for (std::size_t i = 0; i < positions.size(); ++i) {
-    if (i % kAskEvery == 0 && goOn && !goOn(static_cast<double>(i) / static_cast<double>(positions.size()))) return std::nullopt;
+    if (i % kAskEvery == 0 && goOn &&
+        !goOn(static_cast<double>(i) / static_cast<double>(positions.size())))
+      return std::nullopt;
     const UndoEntry& entry = std::as_const(open_->entries)[positions[i]];
     const BaseList2D* node = FindNode(&doc_, entry.Node());
     if (entry.KeepsPlace()) ++difference.others;
@@ -72,7 +76,8 @@ std::optional<StepDifference> UndoHistory::Difference(std::size_t from, std::siz
   difference.sceneCamera = opening.camera != present.camera;
   difference.activeSettings = opening.settings != present.settings;
   const auto fact = [&](const char* what, NodeId was, NodeId is) {
-    if (was != is) difference.lines.push_back(what + NameText(doc_, was) + " -> " + NameText(doc_, is));
+    if (was != is)
+      difference.lines.push_back(what + NameText(doc_, was) + " -> " + NameText(doc_, is));
   };
   fact("active render settings ", opening.settings, present.settings);
   fact("scene camera ", opening.camera, present.camera);

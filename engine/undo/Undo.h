@@ -1,5 +1,6 @@
-// Undo for the programs: asking what can be undone, naming steps, and a scope that opens and closes a group. The published
-// interface has the rest: BaseDocument::StartUndo, AddUndo, EndUndo, DoUndo, DoRedo. Main thread.
+// Undo for the programs: asking what can be undone, naming steps, and a scope that opens and closes
+// a group. The published interface has the rest: BaseDocument::StartUndo, AddUndo, EndUndo, DoUndo,
+// DoRedo. Main thread.
 #pragma once
 
 #include <optional>
@@ -15,10 +16,12 @@ namespace engine {
 bool CanUndo(const host::BaseDocument& doc);
 bool CanRedo(const host::BaseDocument& doc);
 
-// Name of the step that Undo or Redo would take, for menus; empty where there is none or it was never named.
+// Name of the step that Undo or Redo would take, for menus; empty where there is none or it was
+// never named.
 std::string UndoName(const host::BaseDocument& doc);
 std::string RedoName(const host::BaseDocument& doc);
-// The same of all steps there are: those done, the oldest first, and those undone, the one that Redo takes first.
+// The same of all steps there are: those done, the oldest first, and those undone, the one that
+// Redo takes first.
 std::vector<std::string> DoneNames(const host::BaseDocument& doc);
 std::vector<std::string> UndoneNames(const host::BaseDocument& doc);
 // Names the open group; the first name stays. Outside a group nothing happens.
@@ -30,8 +33,8 @@ void ForgetUndone(host::BaseDocument& doc);
 // Forgets all steps and destroys what they keep.
 void ClearUndo(host::BaseDocument& doc);
 
-// Opens a group, or goes on with the open one, for as long as the scope lives. The outermost scope closes the group;
-// EndUndo inside it leaves the group open.
+// Opens a group, or goes on with the open one, for as long as the scope lives. The outermost scope
+// closes the group; EndUndo inside it leaves the group open.
 class UndoScope {
  public:
   UndoScope(host::BaseDocument& doc, const std::string& name);
@@ -42,8 +45,8 @@ class UndoScope {
   // Takes back everything registered since the scope began, without leaving a step to redo.
   void Cancel();
 
-  // What is not as it was when the scope began (of scene camera and active render settings: when the outermost one did), with
-  // lines of the first `most` elements. Nothing when it was stopped.
+  // What is not as it was when the scope began (of scene camera and active render settings: when
+  // the outermost one did), with lines of the first `most` elements. Nothing when it was stopped.
   std::optional<StepDifference> Difference(std::size_t most, const GoOn& goOn = {}) const;
 
  private:
@@ -51,8 +54,8 @@ class UndoScope {
   std::size_t begin_;
 };
 
-// While it lives, a group that ends without a name of its own gets this one: so a program names the steps of a plug-in, which
-// names none, after what a person pressed. The innermost counts.
+// While it lives, a group that ends without a name of its own gets this one: so a program names the
+// steps of a plug-in, which names none, after what a person pressed. The innermost counts.
 class ActName {
  public:
   explicit ActName(std::string name);

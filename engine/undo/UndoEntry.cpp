@@ -38,7 +38,8 @@ struct ParkedNode {
 std::vector<BaseList2D*> Copies(const BaseList2D& settings, int slot) {
   std::vector<BaseList2D*> copies;
   for (const GeListNode* node = FirstIn(settings, slot); node; node = node->GetNext()) {
-    copies.push_back(CopyTree(static_cast<const BaseList2D&>(*node), CopyRules{true, true, nullptr}));
+    copies.push_back(
+        CopyTree(static_cast<const BaseList2D&>(*node), CopyRules{true, true, nullptr}));
   }
   return copies;
 }
@@ -89,7 +90,8 @@ void ExchangeRest(BaseList2D& node, std::shared_ptr<void>& rest) {
     case NodeKind::Object:
       return ExchangeShape(static_cast<host::BaseObject&>(node), rest);
     case NodeKind::Layer:
-      return std::swap(A::Flags(static_cast<host::LayerObject&>(node)), *static_cast<host::LayerData*>(rest.get()));
+      return std::swap(A::Flags(static_cast<host::LayerObject&>(node)),
+                       *static_cast<host::LayerData*>(rest.get()));
     case NodeKind::RenderSettings:
       return ExchangeLists(node, *static_cast<KeptLists*>(rest.get()));
     default:
@@ -100,7 +102,8 @@ void ExchangeRest(BaseList2D& node, std::shared_ptr<void>& rest) {
 NodeId IdOrNone(const GeListNode* node) { return node ? A::Id(*node) : 0; }
 
 NodePlace PlaceOf(const BaseList2D& node) {
-  return {IdOrNone(OwnerOf(node)), IdOrNone(node.GetPred()), IdOrNone(node.GetNext()), SlotOf(node)};
+  return {IdOrNone(OwnerOf(node)), IdOrNone(node.GetPred()), IdOrNone(node.GetNext()),
+          SlotOf(node)};
 }
 
 void Park(BaseList2D& node, ParkedNode& parked) {
@@ -113,7 +116,8 @@ bool IsIn(const BaseList2D* node, const BaseList2D& owner, int slot) {
   return node && OwnerOf(*node) == &owner && SlotOf(*node) == slot;
 }
 
-// A neighbour that has gone elsewhere meanwhile no longer tells the place: then the other one does, else the list's end.
+// A neighbor that has gone elsewhere meanwhile no longer tells the place: then the other one does,
+// else the list's end.
 GeListNode* PredIn(BaseDocument& doc, BaseList2D& owner, const NodePlace& place) {
   BaseList2D* pred = FindNode(&doc, place.pred);
   BaseList2D* next = FindNode(&doc, place.next);
@@ -136,7 +140,8 @@ UndoEntry::UndoEntry(BaseList2D& node)
   if (const host::TextureTag* tag = AsTextureTag(&node)) material_ = A::Material(*tag);
 }
 
-UndoEntry::UndoEntry(NodeId node) : node_(node), place_(true), rest_(std::make_shared<ParkedNode>()) {}
+UndoEntry::UndoEntry(NodeId node)
+    : node_(node), place_(true), rest_(std::make_shared<ParkedNode>()) {}
 
 UndoEntry UndoEntry::Made(const BaseList2D& node) { return UndoEntry(A::Id(node)); }
 

@@ -1,5 +1,6 @@
-// UndoEntry: one registered change: an element and the contents it is to be given. Undo and redo are the same exchange.
-// Elements are named by identity, so that one destroyed without undo is skipped. Main thread.
+// UndoEntry: one registered change: an element and the contents it is to be given. Undo and redo
+// are the same exchange. Elements are named by identity, so that one destroyed without undo is
+// skipped. Main thread.
 #pragma once
 
 #include <memory>
@@ -26,10 +27,12 @@ class UndoEntry {
 
   NodeId Node() const { return node_; }
   bool KeepsPlace() const { return place_; }
-  // Of an entry that keeps contents: whether those of `node`, its element, are others. Selection does not count.
+  // Of an entry that keeps contents: whether those of `node`, its element, are others. Selection
+  // does not count.
   bool Differs(const host::BaseList2D& node) const;
   // What differs as lines for a person, "object "Cube" render off -> on".
-  void AppendDifference(const host::BaseDocument& doc, const host::BaseList2D& node, std::vector<std::string>& lines) const;
+  void AppendDifference(const host::BaseDocument& doc, const host::BaseList2D& node,
+                        std::vector<std::string>& lines) const;
 
  private:
   // A place that keeps nothing yet.
@@ -46,7 +49,8 @@ class UndoEntry {
   bool place_;  // keeps a place, not contents
   NodeId layer_ = 0;
   NodeId material_ = 0;
-  // Of an object its shape, of a layer its flags, of render settings their lists, of a place the parked node.
+  // Of an object its shape, of a layer its flags, of render settings their lists, of a place the
+  // parked node.
   std::shared_ptr<void> rest_;
 };
 

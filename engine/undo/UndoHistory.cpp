@@ -22,7 +22,9 @@ UndoHistory& UndoHistory::Of(BaseDocument& doc) {
   return static_cast<UndoHistory&>(*undo);
 }
 
-const UndoHistory* UndoHistory::Of(const BaseDocument& doc) { return static_cast<const UndoHistory*>(BodyOf(doc).undo.get()); }
+const UndoHistory* UndoHistory::Of(const BaseDocument& doc) {
+  return static_cast<const UndoHistory*>(BodyOf(doc).undo.get());
+}
 
 void UndoHistory::Start() {
   if (open_) return;
@@ -80,7 +82,8 @@ void UndoHistory::Made(BaseList2D& node) { Add(host::UNDO_NEW, node); }
 
 UndoHistory::Remembered UndoHistory::Present() const {
   const host::BaseObject* active = doc_.GetActiveObject();
-  return {SceneCameraIdOf(doc_), ActiveRenderDataIdOf(doc_), doc_.GetFps(), active ? A::Id(*active) : 0};
+  return {SceneCameraIdOf(doc_), ActiveRenderDataIdOf(doc_), doc_.GetFps(),
+          active ? A::Id(*active) : 0};
 }
 
 void UndoHistory::Return(const Remembered& to) {
@@ -97,7 +100,8 @@ void UndoHistory::Exchange(Step& step, bool backwards, std::size_t from) {
   running_ = true;
   const Remembered present = Present();
   const std::size_t count = step.entries.Size();
-  for (std::size_t i = from; i < count; ++i) step.entries[backwards ? count - 1 - (i - from) : i].Exchange(doc_);
+  for (std::size_t i = from; i < count; ++i)
+    step.entries[backwards ? count - 1 - (i - from) : i].Exchange(doc_);
   if (from == 0) Return(std::exchange(step.remembered, present));
   running_ = false;
   doc_.SetChanged();
@@ -135,8 +139,8 @@ bool UndoHistory::HoldsChange() const {
   if (!open_) return false;
   const Remembered present = Present();
   const Remembered& opening = open_->remembered;
-  return open_->entries.Size() > 0 || opening.camera != present.camera || opening.settings != present.settings ||
-         opening.fps != present.fps;
+  return open_->entries.Size() > 0 || opening.camera != present.camera ||
+         opening.settings != present.settings || opening.fps != present.fps;
 }
 
 std::string UndoHistory::DoneName() const {
@@ -144,7 +148,9 @@ std::string UndoHistory::DoneName() const {
   return done_.empty() ? std::string() : done_.back()->name;
 }
 
-std::string UndoHistory::UndoneName() const { return CanRedo() ? undone_.back()->name : std::string(); }
+std::string UndoHistory::UndoneName() const {
+  return CanRedo() ? undone_.back()->name : std::string();
+}
 
 std::vector<std::string> UndoHistory::DoneNames() const {
   std::vector<std::string> names;

@@ -1,5 +1,6 @@
-// UndoHistory: the undo steps of one document. A step is a list of entries; undo runs it backwards, redo forwards, both
-// exchanging what is kept with what is live. Steps own the nodes that are parked in them. Main thread.
+// UndoHistory: the undo steps of one document. A step is a list of entries; undo runs it backwards,
+// redo forwards, both exchanging what is kept with what is live. Steps own the nodes that are
+// parked in them. Main thread.
 #pragma once
 
 #include <deque>
@@ -17,7 +18,8 @@ namespace engine {
 
 class UndoHistory : public UndoAttachment {
  public:
-  // Steps kept, and entries kept in all of them together (the newest step is kept whatever its size).
+  // Steps kept, and entries kept in all of them together (the newest step is kept whatever its
+  // size).
   static constexpr std::size_t kMostSteps = 100;
   static constexpr std::size_t kMostEntries = 4'000'000;
 
@@ -32,15 +34,17 @@ class UndoHistory : public UndoAttachment {
 
   bool IsOpen() const { return open_ != nullptr; }
   void Start();
-  // Makes the open group a step, unless nothing was registered and neither scene camera, active settings nor frame rate changed.
+  // Makes the open group a step, unless nothing was registered and neither scene camera, active
+  // settings nor frame rate changed.
   void End();
   // The same for callers inside a scope, which leave the group to the scope.
   void EndUnlessScoped() {
     if (scopes_ == 0) End();
   }
   bool Add(host::LONG type, host::BaseList2D& node);
-  // Puts an object, a layer or render settings below `owner` (one of its kind or the document) after `pred`, registered when a
-  // group is open. The caller has made sure that `owner` does not hang below it and `pred` stands there.
+  // Puts an object, a layer or render settings below `owner` (one of its kind or the document)
+  // after `pred`, registered when a group is open. The caller has made sure that `owner` does not
+  // hang below it and `pred` stands there.
   void Move(host::BaseList2D& node, host::BaseList2D& owner, host::GeListNode* pred);
   // Both close an open group first.
   bool Undo();
@@ -52,19 +56,23 @@ class UndoHistory : public UndoAttachment {
   bool CanRedo() const { return !undone_.empty() && !HoldsChange(); }
   std::string DoneName() const;
   std::string UndoneName() const;
-  // All there are: of the steps done, the oldest first, and of those undone, the one that Redo takes first.
+  // All there are: of the steps done, the oldest first, and of those undone, the one that Redo
+  // takes first.
   std::vector<std::string> DoneNames() const;
   std::vector<std::string> UndoneNames() const;
   void Name(const std::string& name);
 
-  // Scopes: entering one opens the group and answers how many entries it has; the outermost one closes it.
+  // Scopes: entering one opens the group and answers how many entries it has; the outermost one
+  // closes it.
   std::size_t EnterScope();
   void LeaveScope();
   // Takes back the open group's entries from there on.
   void TakeBack(std::size_t from);
-  // What the open group's entries from there on have come to; camera and active settings compare with the group's beginning.
-  // Lines of the first `most` elements that differ. Nothing when it was stopped.
-  std::optional<StepDifference> Difference(std::size_t from, std::size_t most, const GoOn& goOn) const;
+  // What the open group's entries from there on have come to; camera and active settings compare
+  // with the group's beginning. Lines of the first `most` elements that differ. Nothing when it was
+  // stopped.
+  std::optional<StepDifference> Difference(std::size_t from, std::size_t most,
+                                           const GoOn& goOn) const;
 
   bool Claim(host::BaseList2D& node) override;
   void Made(host::BaseList2D& node) override;
@@ -95,8 +103,9 @@ class UndoHistory : public UndoAttachment {
   std::unique_ptr<Step> open_;
   std::deque<std::unique_ptr<Step>> done_;
   std::vector<std::unique_ptr<Step>> undone_;
-  std::unordered_set<NodeId> claims_;  // registered for deletion in the open group and not yet freed
-  std::size_t entries_ = 0;            // in done_
+  // Registered for deletion in the open group and not yet freed
+  std::unordered_set<NodeId> claims_;
+  std::size_t entries_ = 0;  // in done_
   int scopes_ = 0;
   bool running_ = false;
 };

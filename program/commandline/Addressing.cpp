@@ -30,10 +30,12 @@ std::string Escaped(const std::string& pattern) {
 // Something typed: a name or a path, plain or with * and ?.
 class Wanted {
  public:
-  explicit Wanted(const std::string& typed) : typed_(typed), pattern_(IsPattern(typed) ? Escaped(typed) : "") {}
+  explicit Wanted(const std::string& typed)
+      : typed_(typed), pattern_(IsPattern(typed) ? Escaped(typed) : "") {}
 
   bool Matches(const std::string& text, int flags) const {
-    return pattern_.empty() ? text == typed_ : fnmatch(pattern_.c_str(), text.c_str(), FNM_NOESCAPE | flags) == 0;
+    return pattern_.empty() ? text == typed_
+                            : fnmatch(pattern_.c_str(), text.c_str(), FNM_NOESCAPE | flags) == 0;
   }
 
  private:
@@ -42,7 +44,8 @@ class Wanted {
 };
 
 bool IsPosition(const std::string& typed) {
-  return typed.size() > 1 && typed[0] == '#' && typed.find_first_not_of("0123456789", 1) == std::string::npos;
+  return typed.size() > 1 && typed[0] == '#' &&
+         typed.find_first_not_of("0123456789", 1) == std::string::npos;
 }
 
 Result<std::vector<BaseObject*>> ByPosition(const BaseDocument& doc, const std::string& typed) {
@@ -52,11 +55,13 @@ Result<std::vector<BaseObject*>> ByPosition(const BaseDocument& doc, const std::
   for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object), ++position) {
     if (position == wanted && read.ec == std::errc()) return std::vector<BaseObject*>{object};
   }
-  return Result<std::vector<BaseObject*>>::Failure("There is no object " + typed + "; the scene has " + std::to_string(position) +
+  return Result<std::vector<BaseObject*>>::Failure("There is no object " + typed +
+                                                   "; the scene has " + std::to_string(position) +
                                                    ", the first is #0.");
 }
 
-// A pattern is compared only where a path has as many slashes, so that a deep tree does not cost its depth at each step.
+// A pattern is compared only where a path has as many slashes, so that a deep tree does not cost
+// its depth at each step.
 std::vector<BaseObject*> ByPath(const BaseDocument& doc, const std::string& typed) {
   const Wanted wanted(typed);
   const auto slashes = static_cast<std::size_t>(std::count(typed.begin(), typed.end(), '/'));
@@ -78,12 +83,13 @@ std::vector<BaseObject*> ByName(const BaseDocument& doc, const std::string& type
   return found;
 }
 
-std::string Ambiguity(const std::string& typed, const std::vector<BaseObject*>& found, const BaseDocument& doc) {
+std::string Ambiguity(const std::string& typed, const std::vector<BaseObject*>& found,
+                      const BaseDocument& doc) {
   std::string text = "\"" + typed + "\" names " + std::to_string(found.size()) + " objects:";
   std::size_t position = 0;
   std::size_t shown = 0;
-  for (BaseObject* object = doc.GetFirstObject(); object && shown < std::min(found.size(), kCandidatesShown);
-       object = NextInTree(object)) {
+  for (BaseObject* object = doc.GetFirstObject();
+       object && shown < std::min(found.size(), kCandidatesShown); object = NextInTree(object)) {
     if (object == found[shown]) {
       text += "\n  #" + std::to_string(position) + "  " + PathOf(*object);
       ++shown;
@@ -100,20 +106,24 @@ Result<T*> FindNamed(T* first, const std::string& name, const std::string& kind)
   std::string known;
   for (T* item = first; item; item = NextInTree(item)) {
     if (item->GetName().View() == name) {
-      if (found) return Result<T*>::Failure("There are several " + kind + "s \"" + name + "\". Rename one first.");
+      if (found)
+        return Result<T*>::Failure("There are several " + kind + "s \"" + name +
+                                   "\". Rename one first.");
       found = item;
     }
     if (known.size() < 400) known += (known.empty() ? "" : ", ") + item->GetName().ToUtf8();
   }
   if (found) return found;
-  return Result<T*>::Failure("There is no " + kind + " \"" + name + "\"." + (known.empty() ? "" : " There are: " + known + "."));
+  return Result<T*>::Failure("There is no " + kind + " \"" + name + "\"." +
+                             (known.empty() ? "" : " There are: " + known + "."));
 }
 
 }  // namespace
 
 std::string PathOf(const BaseObject& object) {
   std::vector<std::string> names;
-  for (const BaseObject* at = &object; at; at = at->GetUp()) names.push_back(at->GetName().ToUtf8());
+  for (const BaseObject* at = &object; at; at = at->GetUp())
+    names.push_back(at->GetName().ToUtf8());
   std::string path;
   for (auto name = names.rbegin(); name != names.rend(); ++name) path += "/" + *name;
   return path;
@@ -123,7 +133,8 @@ const std::string& ObjectPaths::StepTo(const BaseObject& object) {
   while (!levels_.empty() && levels_.back().object != object.GetUp()) levels_.pop_back();
   path_.resize(levels_.empty() ? 0 : levels_.back().length);
   const std::string name = object.GetName().ToUtf8();
-  const std::size_t slashes = Slashes() + 1 + static_cast<std::size_t>(std::count(name.begin(), name.end(), '/'));
+  const std::size_t slashes =
+      Slashes() + 1 + static_cast<std::size_t>(std::count(name.begin(), name.end(), '/'));
   path_ += "/" + name;
   levels_.push_back({&object, path_.size(), slashes});
   return path_;
@@ -134,17 +145,19 @@ Result<std::vector<BaseObject*>> FindObjects(const BaseDocument& doc, const std:
   const bool isPath = !typed.empty() && typed[0] == '/';
   std::vector<BaseObject*> found = isPath ? ByPath(doc, typed) : ByName(doc, typed);
   if (found.empty()) {
-    return Result<std::vector<BaseObject*>>::Failure("There is no object \"" + typed +
-                                                     "\". `stagemarks info SCENE --tree` shows them.");
+    return Result<std::vector<BaseObject*>>::Failure(
+        "There is no object \"" + typed + "\". `stagemarks info SCENE --tree` shows them.");
   }
-  if (found.size() > 1 && !IsPattern(typed)) return Result<std::vector<BaseObject*>>::Failure(Ambiguity(typed, found, doc));
+  if (found.size() > 1 && !IsPattern(typed))
+    return Result<std::vector<BaseObject*>>::Failure(Ambiguity(typed, found, doc));
   return found;
 }
 
 Result<BaseObject*> FindObject(const BaseDocument& doc, const std::string& typed) {
   auto found = FindObjects(doc, typed);
   if (!found) return found.GetStatus();
-  if (found.Value().size() != 1) return Result<BaseObject*>::Failure(Ambiguity(typed, found.Value(), doc));
+  if (found.Value().size() != 1)
+    return Result<BaseObject*>::Failure(Ambiguity(typed, found.Value(), doc));
   return found.Value().front();
 }
 
@@ -153,10 +166,12 @@ Result<host::BaseMaterial*> FindMaterial(const BaseDocument& doc, const std::str
 }
 
 Result<host::LayerObject*> FindLayer(const BaseDocument& doc, const std::string& name) {
-  return FindNamed(static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()), name, "layer");
+  return FindNamed(static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()), name,
+                   "layer");
 }
 
-Result<std::vector<host::LayerObject*>> FindLayers(const BaseDocument& doc, const std::string& typed) {
+Result<std::vector<host::LayerObject*>> FindLayers(const BaseDocument& doc,
+                                                   const std::string& typed) {
   std::vector<host::LayerObject*> found;
   const Wanted wanted(typed);
   auto* first = static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst());

@@ -1,5 +1,7 @@
-// Addressing: finds things of a scene by what a person types: a name, a path from the top ("/Room/Lamp"), a pattern with
-// * and ?, or "#12" for the object at position 12 (0-based) of the tree. Nothing is owned. Main thread.
+// Addressing: finds things of a scene by what a person types: a name, a path from the top
+// ("/Room/Lamp"), a pattern with
+// * and ?, or "#12" for the object at position 12 (0-based) of the tree. Nothing is owned. Main
+//   thread.
 #pragma once
 
 #include <string>
@@ -33,12 +35,18 @@ class ObjectPaths {
   std::vector<Level> levels_;
 };
 
-// Every object that a pattern matches; without * or ? exactly one. A failure says what is missing or ambiguous.
-engine::Result<std::vector<host::BaseObject*>> FindObjects(const host::BaseDocument& doc, const std::string& typed);
-engine::Result<host::BaseObject*> FindObject(const host::BaseDocument& doc, const std::string& typed);
-engine::Result<host::BaseMaterial*> FindMaterial(const host::BaseDocument& doc, const std::string& name);
-engine::Result<host::LayerObject*> FindLayer(const host::BaseDocument& doc, const std::string& name);
+// Every object that a pattern matches; without * or ? exactly one. A failure says what is missing
+// or ambiguous.
+engine::Result<std::vector<host::BaseObject*>> FindObjects(const host::BaseDocument& doc,
+                                                           const std::string& typed);
+engine::Result<host::BaseObject*> FindObject(const host::BaseDocument& doc,
+                                             const std::string& typed);
+engine::Result<host::BaseMaterial*> FindMaterial(const host::BaseDocument& doc,
+                                                 const std::string& name);
+engine::Result<host::LayerObject*> FindLayer(const host::BaseDocument& doc,
+                                             const std::string& name);
 // Every layer that a name or a pattern matches, at least one.
-engine::Result<std::vector<host::LayerObject*>> FindLayers(const host::BaseDocument& doc, const std::string& typed);
+engine::Result<std::vector<host::LayerObject*>> FindLayers(const host::BaseDocument& doc,
+                                                           const std::string& typed);
 
 }  // namespace commandline

@@ -21,7 +21,9 @@ std::string Shortest(const std::string& path) {
   return error || relative.size() >= path.size() ? path : relative;
 }
 
-std::string Typed(const std::string& path) { return path.find(' ') == std::string::npos ? path : "\"" + path + "\""; }
+std::string Typed(const std::string& path) {
+  return path.find(' ') == std::string::npos ? path : "\"" + path + "\"";
+}
 
 }  // namespace
 
@@ -29,9 +31,10 @@ Demo::Demo(Session& session, std::string scene, std::string folder)
     : session_(session), scene_(std::move(scene)), folder_(std::move(folder)) {}
 
 int Demo::Run() {
-  Say(Coloured(Colour::Bold, "Stagemarks: three states of one scene") + "\n");
-  const bool worked = Import() && Save() && RecordStates() && RecallStates() && UndoRecall() && Recall(states_.back()) &&
-                      SaveAndReopen() && MakeContactSheet() && RecallStates() && ExportStates();
+  Say(Colored(Color::Bold, "Stagemarks: three states of one scene") + "\n");
+  const bool worked = Import() && Save() && RecordStates() && RecallStates() && UndoRecall() &&
+                      Recall(states_.back()) && SaveAndReopen() && MakeContactSheet() &&
+                      RecallStates() && ExportStates();
   if (worked) ShowResult();
   if (session_.GetProgram().json) report_.Print(true);
   return worked ? session_.CheckLedger() : kFailed;
@@ -43,8 +46,10 @@ void Demo::Say(const std::string& line) const {
 }
 
 bool Demo::Step(const std::string& text, bool worked, const std::vector<std::string>& why) {
-  report_.Json()["steps"].push_back({{"step", ValidUtf8(text)}, {"worked", worked}, {"why", JsonOf(why)}});
-  Say("  " + (worked ? Coloured(Colour::Green, "\u2713") : Coloured(Colour::Red, "\u2717")) + " " + text);
+  report_.Json()["steps"].push_back(
+      {{"step", ValidUtf8(text)}, {"worked", worked}, {"why", JsonOf(why)}});
+  Say("  " + (worked ? Colored(Color::Green, "\u2713") : Colored(Color::Red, "\u2717")) + " " +
+      text);
   for (const std::string& line : why) Say("      " + line);
   return worked;
 }
@@ -53,8 +58,8 @@ bool Demo::Import() {
   if (session_.Open(scene_) != kDone) return Step("Opening " + scene_, false);
   const engine::SceneCounts counts = engine::CountScene(session_.Document());
   return Step("Opened " + FileName(scene_) + ": " + Counted(counts.objects, "object") + ", " +
-                  Counted(counts.materials, "material") + ", " + Counted(counts.lights, "light") + ", " +
-                  Counted(counts.polygons, "polygon"),
+                  Counted(counts.materials, "material") + ", " + Counted(counts.lights, "light") +
+                  ", " + Counted(counts.polygons, "polygon"),
               true);
 }
 
@@ -75,11 +80,13 @@ bool Demo::RecordStates() {
 
 bool Demo::Record(const DemoState& state) {
   StagemarksDialog& dialog = session_.Dialog();
-  const bool recorded =
-      dialog.TypeName(state.name) && dialog.Tick("Generate Preview Image", true) && dialog.Press("Record Element");
+  const bool recorded = dialog.TypeName(state.name) &&
+                        dialog.Tick("Generate Preview Image", true) &&
+                        dialog.Press("Record Element");
   session_.App().DeliverEvents();
   states_.push_back({state.name, engine::DumpState(session_.Document())});
-  previews_.push_back(std::filesystem::path(saved_).replace_extension().string() + "_SM/" + state.name + ".tif");
+  previews_.push_back(std::filesystem::path(saved_).replace_extension().string() + "_SM/" +
+                      state.name + ".tif");
   const bool hasPreview = session_.Files().Kind(previews_.back()) == engine::FileKind::File;
   return Step("Recorded \"" + states_.back().name + "\" with a preview: " + state.what,
               recorded && hasPreview && dialog.Current() == state.name);
@@ -88,12 +95,15 @@ bool Demo::Record(const DemoState& state) {
 bool Demo::Recall(const State& state) {
   const bool loaded = session_.Dialog().Select(state.name) && session_.Dialog().Press("Load");
   session_.App().DeliverEvents();
-  const auto difference = engine::DumpDifference(state.facts, engine::DumpState(session_.Document()));
-  return Step("Recalled \"" + state.name + "\": the scene equals the recorded state", loaded && difference.empty(), difference);
+  const auto difference =
+      engine::DumpDifference(state.facts, engine::DumpState(session_.Document()));
+  return Step("Recalled \"" + state.name + "\": the scene equals the recorded state",
+              loaded && difference.empty(), difference);
 }
 
 bool Demo::RecallStates() {
-  return std::all_of(states_.begin(), states_.end(), [this](const State& state) { return Recall(state); });
+  return std::all_of(states_.begin(), states_.end(),
+                     [this](const State& state) { return Recall(state); });
 }
 
 bool Demo::UndoRecall() {
@@ -102,7 +112,8 @@ bool Demo::UndoRecall() {
   const bool undone = session_.App().Undo();
   session_.App().DeliverEvents();
   const auto difference = engine::DumpDifference(before, engine::DumpState(session_.Document()));
-  return Step("Undid that recall in one step: the scene is as it was before", undone && difference.empty(), difference);
+  return Step("Undid that recall in one step: the scene is as it was before",
+              undone && difference.empty(), difference);
 }
 
 // Previews need a saved scene: they lie beside it.
@@ -127,7 +138,8 @@ bool Demo::MakeContactSheet() {
   sheet_ = folder_ + "/sheet.png";
   const SheetOrder order{{}, sheet_, "", 0};
   Report report;
-  return Step("Rendered all states onto a contact sheet", SheetMaking(session_, order).Run(report) == kDone);
+  return Step("Rendered all states onto a contact sheet",
+              SheetMaking(session_, order).Run(report) == kDone);
 }
 
 bool Demo::ExportStates() {
@@ -139,16 +151,19 @@ bool Demo::ExportStates() {
   const ExportResult result = Export(session_, order);
   std::vector<std::string> why = result.failures;
   for (const std::string& texture : result.missing) why.push_back("found nowhere: " + texture);
-  const std::string what = Counted(result.scenes.size(), "standalone scene file") + ", one per Stagemark, with textures";
+  const std::string what =
+      Counted(result.scenes.size(), "standalone scene file") + ", one per Stagemark, with textures";
   return Step("Exported " + what, result.status == kDone, why) && CompareFiles(result);
 }
 
 bool Demo::CompareFiles(const ExportResult& result) {
   host::BaseDocument* const original = &session_.Document();
   for (const State& state : states_) {
-    const auto file = std::find_if(result.scenes.begin(), result.scenes.end(),
-                                   [&](const std::string& path) { return path.ends_with(" " + state.name + ".c4d"); });
-    if (file == result.scenes.end()) return Step("Exported \"" + state.name + "\"", false, {"there is no file of it"});
+    const auto file = std::find_if(
+        result.scenes.begin(), result.scenes.end(),
+        [&](const std::string& path) { return path.ends_with(" " + state.name + ".c4d"); });
+    if (file == result.scenes.end())
+      return Step("Exported \"" + state.name + "\"", false, {"there is no file of it"});
     if (!CompareFile(*file, state)) return false;
     host::SetActiveDocument(original);
   }
@@ -159,9 +174,11 @@ bool Demo::CompareFiles(const ExportResult& result) {
 
 bool Demo::CompareFile(const std::string& file, const State& state) {
   if (session_.Open(file) != kDone) return Step("Opening " + file, false);
-  const auto difference = engine::DumpDifference(state.facts, engine::DumpState(session_.Document()));
+  const auto difference =
+      engine::DumpDifference(state.facts, engine::DumpState(session_.Document()));
   host::KillDocument(&session_.Document());
-  return Step("Opened \"" + FileName(file) + "\": it holds the recorded state", difference.empty(), difference);
+  return Step("Opened \"" + FileName(file) + "\": it holds the recorded state", difference.empty(),
+              difference);
 }
 
 void Demo::ShowFiles(const ExportResult& result) {
@@ -178,10 +195,12 @@ void Demo::ShowResult() const {
   const std::string program = Typed(Shortest(engine::ProgramFolder() + "/stagemarks"));
   Say("\nThe list, as the dialog shows it:\n\n" + session_.Dialog().ListText());
   Say("\nEvery state in a picture:\n\n  " + Shortest(sheet_) + "\n\nWhat next:\n");
-  for (const char* rest : {" list %", " load % Overview -o overview.c4d", " sheet % --html pictures",
-                           " export % --layout file --to out", " --help"}) {
+  for (const char* rest :
+       {" list %", " load % Overview -o overview.c4d", " sheet % --html pictures",
+        " export % --layout file --to out", " --help"}) {
     std::string line = rest;
-    if (const auto place = line.find('%'); place != std::string::npos) line.replace(place, 1, scene);
+    if (const auto place = line.find('%'); place != std::string::npos)
+      line.replace(place, 1, scene);
     Say("  " + program + line);
   }
 }

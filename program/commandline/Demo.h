@@ -1,7 +1,8 @@
-// Demo: the product's main job on a real scene, step by step, each step checked: three states are made and recorded
-// with previews, recalled and compared, one recall is undone, the scene is saved, opened and recalled again, all states are
-// rendered onto a contact sheet, and every state is exported as a scene file of its own, which is opened and compared. Prints as
-// it goes. Main thread.
+// Demo: the product's main job on a real scene, step by step, each step checked: three states are
+// made and recorded with previews, recalled and compared, one recall is undone, the scene is saved,
+// opened and recalled again, all states are rendered onto a contact sheet, and every state is
+// exported as a scene file of its own, which is opened and compared. Prints as it goes. Main
+// thread.
 #pragma once
 
 #include <string>

@@ -35,7 +35,8 @@ bool HasTextureTag(const BaseObject& object) {
 }
 
 void LookThrough(BaseDocument& doc, const char* camera) {
-  if (const auto found = FindObject(doc, camera)) doc.GetRenderBaseDraw()->SetSceneCamera(found.Value(), host::FALSE);
+  if (const auto found = FindObject(doc, camera))
+    doc.GetRenderBaseDraw()->SetSceneCamera(found.Value(), host::FALSE);
 }
 
 void Show(BaseDocument& doc, BaseObject& object, host::LONG mode) {

@@ -1,6 +1,6 @@
-// DemoStates: the three states that the demo makes of a scene. Prepare adds what they switch between, cameras, a layer and a
-// material, before the first is recorded; the states only change switches, so that each can be brought back. All changes are
-// registered for undo. Main thread.
+// DemoStates: the three states that the demo makes of a scene. Prepare adds what they switch
+// between, cameras, a layer and a material, before the first is recorded; the states only change
+// switches, so that each can be brought back. All changes are registered for undo. Main thread.
 #pragma once
 
 #include "host/Host.h"

@@ -9,7 +9,8 @@ namespace commandline {
 
 namespace {
 
-// Plain text in the language of manual pages: hyphens that can be copied, and no line that it would take for a command.
+// Plain text in the language of manual pages: hyphens that can be copied, and no line that it would
+// take for a command.
 std::string Plain(const std::string& text) {
   std::string plain;
   for (const char c : text) {
@@ -26,15 +27,20 @@ std::string Plain(const std::string& text) {
 std::string OptionNames(const CLI::Option& option) {
   std::string names;
   for (const std::string& name : option.get_snames()) names += ", \\fB\\-" + name + "\\fR";
-  for (const std::string& name : option.get_lnames()) names += ", \\fB\\-\\-" + Plain(name) + "\\fR";
+  for (const std::string& name : option.get_lnames())
+    names += ", \\fB\\-\\-" + Plain(name) + "\\fR";
   const std::string value = ValueWord(option);
   return names.substr(2) + (value.empty() ? "" : " \\fI" + Plain(value) + "\\fR");
 }
 
 void DescribeOption(std::ostream& out, const CLI::Option& option) {
   const std::string usual = option.get_default_str();
-  out << ".TP\n" << (option.get_positional() ? "\\fI" + Plain(option.get_name()) + "\\fR" : OptionNames(option)) << '\n';
-  out << Plain(option.get_description() + (usual.empty() ? "" : " (default: " + usual + ")")) << ".\n";
+  out << ".TP\n"
+      << (option.get_positional() ? "\\fI" + Plain(option.get_name()) + "\\fR"
+                                  : OptionNames(option))
+      << '\n';
+  out << Plain(option.get_description() + (usual.empty() ? "" : " (default: " + usual + ")"))
+      << ".\n";
 }
 
 // Lines that are indented are commands to be typed.
@@ -90,7 +96,8 @@ std::string AllowedValues(const CLI::Option& option) {
   return values;
 }
 
-void Assign(std::ostream& out, const std::string& table, const std::string& key, const std::string& value) {
+void Assign(std::ostream& out, const std::string& table, const std::string& key,
+            const std::string& value) {
   out << "_stagemarks_" << table << "['" << key << "']='" << value << "'\n";
 }
 
@@ -115,7 +122,8 @@ void TablesOfVerb(std::ostream& out, const CLI::App& verb) {
 std::string TextForManualPage(const CLI::App& app) {
   std::ostringstream out;
   for (const CLI::App* verb : app.get_subcommands({})) {
-    out << ".SS stagemarks " << Plain(Usage(*verb)) << '\n' << Plain(verb->get_description()) << ".\n";
+    out << ".SS stagemarks " << Plain(Usage(*verb)) << '\n'
+        << Plain(verb->get_description()) << ".\n";
     for (const CLI::Option* option : Positionals(*verb)) DescribeOption(out, *option);
     for (const CLI::Option* option : NamedOptions(*verb)) DescribeOption(out, *option);
     DescribeFooter(out, verb->get_footer());

@@ -10,8 +10,10 @@ namespace {
 
 using exporting::Layout;
 
-constexpr std::pair<const char*, Layout> kLayouts[] = {
-    {"file", Layout::Files}, {"folders", Layout::Folders}, {"project", Layout::Project}, {"one-tex", Layout::OneTextureFolder}};
+constexpr std::pair<const char*, Layout> kLayouts[] = {{"file", Layout::Files},
+                                                       {"folders", Layout::Folders},
+                                                       {"project", Layout::Project},
+                                                       {"one-tex", Layout::OneTextureFolder}};
 
 Layout LayoutOf(const std::string& word) {
   for (const auto& [name, layout] : kLayouts) {
@@ -20,7 +22,9 @@ Layout LayoutOf(const std::string& word) {
   return Layout::Folders;
 }
 
-bool IsSceneFile(const std::string& path) { return path.size() > 4 && path.compare(path.size() - 4, 4, ".c4d") == 0; }
+bool IsSceneFile(const std::string& path) {
+  return path.size() > 4 && path.compare(path.size() - 4, 4, ".c4d") == 0;
+}
 
 void Press(Session& session, const ExportOrder& order) {
   StagemarksDialog& dialog = session.Dialog();
@@ -34,18 +38,22 @@ void Press(Session& session, const ExportOrder& order) {
 
 void ShowProgress(Session& session, std::size_t scenes) {
   Terminal& terminal = session.GetProgram().terminal;
-  session.Files().OnWritten([&terminal, scenes, done = std::size_t{0}](const std::string& path) mutable {
-    done += IsSceneFile(path) ? 1 : 0;
-    terminal.Progress(static_cast<double>(done) / static_cast<double>(scenes), "Writing " + path.substr(path.rfind('/') + 1));
-  });
+  session.Files().OnWritten(
+      [&terminal, scenes, done = std::size_t{0}](const std::string& path) mutable {
+        done += IsSceneFile(path) ? 1 : 0;
+        terminal.Progress(static_cast<double>(done) / static_cast<double>(scenes),
+                          "Writing " + path.substr(path.rfind('/') + 1));
+      });
 }
 
-// Where there is too little room, a person may know better: what a disk compresses or shares takes less.
+// Where there is too little room, a person may know better: what a disk compresses or shares takes
+// less.
 bool HasRoom(Session& session, const ExportOrder& order, const exporting::ExportPlan& plan) {
   Terminal& terminal = session.GetProgram().terminal;
   if (exporting::Fits(plan)) return true;
-  return terminal.Ask("The export is " + exporting::Summary(plan) + ", and only " + exporting::BytesText(*plan.free) +
-                      " are free where \"" + order.folder + "\" is. Export anyway?");
+  return terminal.Ask("The export is " + exporting::Summary(plan) + ", and only " +
+                      exporting::BytesText(*plan.free) + " are free where \"" + order.folder +
+                      "\" is. Export anyway?");
 }
 
 // Whether the export may begin; all that speaks against it goes into the result.
@@ -57,7 +65,8 @@ bool MayBegin(Session& session, const ExportOrder& order, ExportResult& result) 
   TellMissing(session.GetProgram().terminal, result.missing, gathers || strict);
   if (strict && !result.missing.empty()) result.failures.emplace_back(kStrictRefusal);
   if (!result.failures.empty()) return false;
-  if (session.GetProgram().verbose) session.GetProgram().terminal.Say("Exporting " + exporting::Summary(result.plan) + ".");
+  if (session.GetProgram().verbose)
+    session.GetProgram().terminal.Say("Exporting " + exporting::Summary(result.plan) + ".");
   if (!HasRoom(session, order, result.plan)) return false;
   const engine::Status made = session.Files().MakeFolder(order.folder);
   if (!made) result.failures.push_back(made.Message());
@@ -65,11 +74,13 @@ bool MayBegin(Session& session, const ExportOrder& order, ExportResult& result) 
 }
 
 void ReadLedger(const engine::Ledger& ledger, std::size_t mark, ExportResult& result) {
-  for (const engine::LedgerEntry& failure : ledger.FailuresSince(mark)) result.failures.push_back(failure.message);
+  for (const engine::LedgerEntry& failure : ledger.FailuresSince(mark))
+    result.failures.push_back(failure.message);
   result.written = ledger.WrittenSince(mark);
   for (std::size_t i = mark; i < ledger.Entries().size(); ++i) {
     const engine::LedgerEntry& entry = ledger.Entries()[i];
-    if (entry.succeeded && entry.operation == engine::Operation::ReplaceFile) result.scenes.push_back(entry.path);
+    if (entry.succeeded && entry.operation == engine::Operation::ReplaceFile)
+      result.scenes.push_back(entry.path);
   }
 }
 
@@ -88,14 +99,15 @@ engine::Result<FrameRange> ReadFrameRange(const std::string& text) {
   char rest = 0;
   const bool read = std::sscanf(text.c_str(), "%7d:%7d%c", &from, &to, &rest) == 2;
   if (read && from >= 0 && from <= to && to <= kLast) return FrameRange(from, to);
-  return engine::Result<FrameRange>::Failure("\"" + text + "\" is no frame range; 0:90 is one, up to " + std::to_string(kLast) +
-                                             ".");
+  return engine::Result<FrameRange>::Failure(
+      "\"" + text + "\" is no frame range; 0:90 is one, up to " + std::to_string(kLast) + ".");
 }
 
 ExportResult Export(Session& session, const ExportOrder& order) {
   ExportResult result;
   const std::vector<std::string> names = session.Dialog().CheckedNames();
-  result.plan = exporting::PlanExport(session.Document(), {LayoutOf(order.layout), order.folder, names});
+  result.plan =
+      exporting::PlanExport(session.Document(), {LayoutOf(order.layout), order.folder, names});
   if (!MayBegin(session, order, result)) return result;
   const engine::Ledger& ledger = session.Files().GetLedger();
   const std::size_t mark = ledger.Mark();
@@ -104,7 +116,8 @@ ExportResult Export(Session& session, const ExportOrder& order) {
   Press(session, order);
   session.Files().OnWritten(nullptr);
   ReadLedger(ledger, mark, result);
-  const bool whole = result.scenes.size() == names.size() && result.plan.missing.empty() && result.failures.empty();
+  const bool whole = result.scenes.size() == names.size() && result.plan.missing.empty() &&
+                     result.failures.empty();
   result.status = whole ? kDone : kFailed;
   return result;
 }

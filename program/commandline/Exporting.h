@@ -1,5 +1,5 @@
-// Exporting: presses the dialog's export of the checked Stagemarks and gathers from the ledger what came of it, because the
-// dialog itself keeps silent about most failures. Main thread.
+// Exporting: presses the dialog's export of the checked Stagemarks and gathers from the ledger what
+// came of it, because the dialog itself keeps silent about most failures. Main thread.
 #pragma once
 
 #include <optional>
@@ -37,8 +37,8 @@ std::vector<std::string> LayoutNames();
 // "0:90"; from at most to, both in the dialog's range.
 engine::Result<FrameRange> ReadFrameRange(const std::string& text);
 
-// Exports the Stagemarks whose rows are checked, all or, where one of them cannot be written or the disk has too little room and
-// nobody says yes, none. Shows progress. The scene stays as it is.
+// Exports the Stagemarks whose rows are checked, all or, where one of them cannot be written or the
+// disk has too little room and nobody says yes, none. Shows progress. The scene stays as it is.
 ExportResult Export(Session& session, const ExportOrder& order);
 
 }  // namespace commandline

@@ -32,7 +32,8 @@ void Add(Folder& root, const std::string& path) {
 }
 
 // As deep as an export nests its folders, so this may call itself.
-void Print(const Folder& folder, const std::string& indent, bool all, std::vector<std::string>& lines) {
+void Print(const Folder& folder, const std::string& indent, bool all,
+           std::vector<std::string>& lines) {
   for (const auto& [name, entry] : folder.entries) {
     if (entry->entries.empty()) {
       lines.push_back(indent + Printable(name));
@@ -47,7 +48,8 @@ void Print(const Folder& folder, const std::string& indent, bool all, std::vecto
 
 }  // namespace
 
-std::vector<std::string> FileTreeLines(const std::string& root, const std::vector<std::string>& paths, bool all) {
+std::vector<std::string> FileTreeLines(const std::string& root,
+                                       const std::vector<std::string>& paths, bool all) {
   Folder tree;
   const std::string inside = root + "/";
   for (const std::string& path : paths) {

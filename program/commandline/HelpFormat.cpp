@@ -13,7 +13,8 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
   for (std::size_t start = 0; start < text.size();) {
     const std::size_t end = std::min(text.find(' ', start), text.size());
     const std::string word = text.substr(start, end - start);
-    if (!lines.back().empty() && lines.back().size() + 1 + word.size() > width) lines.emplace_back();
+    if (!lines.back().empty() && lines.back().size() + 1 + word.size() > width)
+      lines.emplace_back();
     lines.back() += (lines.back().empty() ? "" : " ") + word;
     start = end + 1;
   }
@@ -42,24 +43,31 @@ std::string HelpFormat::make_option_desc(const CLI::Option* option) const {
   return Described(option->get_description() + (usual.empty() ? "" : " (default: " + usual + ")"));
 }
 
-// One empty line between groups, not two: the first one, of the options of every verb, has it already.
-std::string HelpFormat::make_group(std::string group, bool positional, std::vector<const CLI::Option*> options) const {
+// One empty line between groups, not two: the first one, of the options of every verb, has it
+// already.
+std::string HelpFormat::make_group(std::string group, bool positional,
+                                   std::vector<const CLI::Option*> options) const {
   const bool isFirst = positional || group == "Options";
-  const std::string text = CLI::Formatter::make_group(std::move(group), positional, std::move(options));
+  const std::string text =
+      CLI::Formatter::make_group(std::move(group), positional, std::move(options));
   return isFirst ? text : text.substr(1);
 }
 
-std::string HelpFormat::make_description(const CLI::App* app) const { return app->get_description() + ".\n\n"; }
+std::string HelpFormat::make_description(const CLI::App* app) const {
+  return app->get_description() + ".\n\n";
+}
 
 std::string HelpFormat::make_subcommand(const CLI::App* verb) const {
   std::ostringstream out;
-  CLI::detail::format_help(out, verb->get_display_name(true), Described(verb->get_description()), kColumn);
+  CLI::detail::format_help(out, verb->get_display_name(true), Described(verb->get_description()),
+                           kColumn);
   return out.str();
 }
 
 std::string HelpFormat::Described(const std::string& text) const {
   std::string lines;
-  for (const std::string& line : Wrapped(text, width_ - kColumn)) lines += (lines.empty() ? "" : "\n") + line;
+  for (const std::string& line : Wrapped(text, width_ - kColumn))
+    lines += (lines.empty() ? "" : "\n") + line;
   return lines;
 }
 

@@ -1,4 +1,5 @@
-// HelpFormat: how `--help` looks: short option columns, descriptions wrapped to the terminal. Any thread.
+// HelpFormat: how `--help` looks: short option columns, descriptions wrapped to the terminal. Any
+// thread.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -10,7 +11,8 @@ namespace commandline {
 // Broken at blanks into lines of at most `width` bytes; a longer word stands alone.
 std::vector<std::string> Wrapped(const std::string& text, std::size_t width);
 
-// The word for an option's value, as "DIR"; empty for a flag. The checks behind it are left to the description.
+// The word for an option's value, as "DIR"; empty for a flag. The checks behind it are left to the
+// description.
 std::string ValueWord(const CLI::Option& option);
 
 class HelpFormat : public CLI::Formatter {
@@ -20,7 +22,8 @@ class HelpFormat : public CLI::Formatter {
 
   std::string make_option_opts(const CLI::Option* option) const override;
   std::string make_option_desc(const CLI::Option* option) const override;
-  std::string make_group(std::string group, bool positional, std::vector<const CLI::Option*> options) const override;
+  std::string make_group(std::string group, bool positional,
+                         std::vector<const CLI::Option*> options) const override;
   std::string make_description(const CLI::App* app) const override;
   std::string make_subcommand(const CLI::App* verb) const override;
 

@@ -9,18 +9,19 @@ namespace commandline {
 namespace {
 
 // By the labels of the dialog's options.
-constexpr std::pair<const char*, const char*> kParts[] = {{"render-settings", "Render Settings"},
-                                                          {"camera", "Active Camera"},
-                                                          {"objects", "Objects"},
-                                                          {"layers", "Layers"},
-                                                          {"materials", "Materials"},
-                                                          {"compositing", "Compositing Tags"},
-                                                          {"render-tags", "Sketch Render Tags"},
-                                                          {"style", "Sketch Style Tags"},
-                                                          {"vray-compositing", "VRay Compositing Tags"},
-                                                          {"vray-physical-camera", "VRay Physical Camera Tags"},
-                                                          {"vray-camera-dome", "VRay Camera Dome Tags"},
-                                                          {"mental-ray-camera", "Mental Ray Camera Tags"}};
+constexpr std::pair<const char*, const char*> kParts[] = {
+    {"render-settings", "Render Settings"},
+    {"camera", "Active Camera"},
+    {"objects", "Objects"},
+    {"layers", "Layers"},
+    {"materials", "Materials"},
+    {"compositing", "Compositing Tags"},
+    {"render-tags", "Sketch Render Tags"},
+    {"style", "Sketch Style Tags"},
+    {"vray-compositing", "VRay Compositing Tags"},
+    {"vray-physical-camera", "VRay Physical Camera Tags"},
+    {"vray-camera-dome", "VRay Camera Dome Tags"},
+    {"mental-ray-camera", "Mental Ray Camera Tags"}};
 
 std::string PartOf(const std::string& option) {
   for (const auto& [part, label] : kParts) {
@@ -47,16 +48,23 @@ std::vector<std::string> PartNames() {
 }
 
 void AddParts(CLI::App& verb, PartChoice& choice) {
-  auto* parts = verb.add_option("--parts", choice.parts, "Apply these only, whatever the options say, with commas between them");
+  auto* parts =
+      verb.add_option("--parts", choice.parts,
+                      "Apply these only, whatever the options say, with commas between them");
   auto* without =
-      verb.add_option("--without", choice.without, "Apply all that the options say but these, with commas between them");
+      verb.add_option("--without", choice.without,
+                      "Apply all that the options say but these, with commas between them");
   for (CLI::Option* option : {parts, without}) {
-    option->delimiter(',')->allow_extra_args(false)->check(CLI::IsMember(PartNames()))->type_name("PARTS");
+    option->delimiter(',')
+        ->allow_extra_args(false)
+        ->check(CLI::IsMember(PartNames()))
+        ->type_name("PARTS");
   }
   without->excludes(parts);
 }
 
-// The dialog reads its options from the document again when events are delivered, which must wait until the load is done.
+// The dialog reads its options from the document again when events are delivered, which must wait
+// until the load is done.
 PartsInUse::PartsInUse(Session& session, const PartChoice& choice)
     : session_(session), before_(*session.Document().GetDataInstance()) {
   for (const auto& [option, isOn] : session.Dialog().Options()) {
@@ -72,19 +80,23 @@ PartsInUse::~PartsInUse() {
   PutBack(touched_, before_, *session_.Document().GetDataInstance());
 }
 
-std::vector<host::LONG> KeysThatDiffer(const host::BaseContainer& one, const host::BaseContainer& other) {
+std::vector<host::LONG> KeysThatDiffer(const host::BaseContainer& one,
+                                       const host::BaseContainer& other) {
   std::vector<host::LONG> keys;
   for (host::LONG i = 0; i < one.GetCount(); ++i) {
     const host::LONG key = one.GetIndexId(i);
-    if (other.FindIndex(key) == host::NOTOK || !(one.GetData(key) == other.GetData(key))) keys.push_back(key);
+    if (other.FindIndex(key) == host::NOTOK || !(one.GetData(key) == other.GetData(key)))
+      keys.push_back(key);
   }
   for (host::LONG i = 0; i < other.GetCount(); ++i) {
-    if (const host::LONG key = other.GetIndexId(i); one.FindIndex(key) == host::NOTOK) keys.push_back(key);
+    if (const host::LONG key = other.GetIndexId(i); one.FindIndex(key) == host::NOTOK)
+      keys.push_back(key);
   }
   return keys;
 }
 
-void PutBack(const std::vector<host::LONG>& keys, const host::BaseContainer& from, host::BaseContainer& data) {
+void PutBack(const std::vector<host::LONG>& keys, const host::BaseContainer& from,
+             host::BaseContainer& data) {
   for (const host::LONG key : keys) {
     if (from.FindIndex(key) == host::NOTOK) {
       data.RemoveData(key);

@@ -1,6 +1,6 @@
-// LoadParts: which kinds of recorded things one load applies, by short names for the dialog's options. The choice is for that
-// load only: the options are set before the dialog's button is pressed and are as before afterwards, in the scene, too. Main
-// thread.
+// LoadParts: which kinds of recorded things one load applies, by short names for the dialog's
+// options. The choice is for that load only: the options are set before the dialog's button is
+// pressed and are as before afterwards, in the scene, too. Main thread.
 #pragma once
 
 #include <string>
@@ -40,8 +40,10 @@ class PartsInUse {
 };
 
 // Keys whose values differ between two containers, or that one of them lacks.
-std::vector<host::LONG> KeysThatDiffer(const host::BaseContainer& one, const host::BaseContainer& other);
+std::vector<host::LONG> KeysThatDiffer(const host::BaseContainer& one,
+                                       const host::BaseContainer& other);
 // Gives `data` the values that `from` has for these keys; what it lacks goes.
-void PutBack(const std::vector<host::LONG>& keys, const host::BaseContainer& from, host::BaseContainer& data);
+void PutBack(const std::vector<host::LONG>& keys, const host::BaseContainer& from,
+             host::BaseContainer& data);
 
 }  // namespace commandline

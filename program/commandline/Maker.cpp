@@ -23,7 +23,8 @@ constexpr std::string_view kChunk = "tEXtSoftware";
 
 std::string MarkText(std::string_view bytes, const std::string& maker) {
   char hash[17];
-  std::snprintf(hash, sizeof hash, "%016llx", static_cast<unsigned long long>(engine::HashOfContent({&bytes, 1})));
+  std::snprintf(hash, sizeof hash, "%016llx",
+                static_cast<unsigned long long>(engine::HashOfContent({&bytes, 1})));
   return std::string(kMark) + maker + " " + hash;
 }
 
@@ -36,17 +37,23 @@ std::string BigEndian(std::uint32_t number) {
 // Text in a chunk of its own, which programs that show pictures skip or tell.
 std::string PngChunk(const std::string& text) {
   const std::string body = std::string(kChunk) + '\0' + text;
-  const auto sum = crc32(0, reinterpret_cast<const Bytef*>(body.data()), static_cast<uInt>(body.size()));
-  return BigEndian(static_cast<std::uint32_t>(body.size() - 4)) + body + BigEndian(static_cast<std::uint32_t>(sum));
+  const auto sum =
+      crc32(0, reinterpret_cast<const Bytef*>(body.data()), static_cast<uInt>(body.size()));
+  return BigEndian(static_cast<std::uint32_t>(body.size() - 4)) + body +
+         BigEndian(static_cast<std::uint32_t>(sum));
 }
 
-bool IsPng(std::string_view bytes) { return bytes.starts_with(kPngBegin) && bytes.size() > kPngBegin.size() + kPngEnd; }
+bool IsPng(std::string_view bytes) {
+  return bytes.starts_with(kPngBegin) && bytes.size() > kPngBegin.size() + kPngEnd;
+}
 
-// The bytes without their mark, which begins at `mark`; what stands around it depends on the kind of file.
+// The bytes without their mark, which begins at `mark`; what stands around it depends on the kind
+// of file.
 std::string WithoutMark(std::string_view bytes, std::size_t mark) {
   if (IsPng(bytes)) {
     const std::size_t before = 4 + kChunk.size() + 1;
-    return std::string(bytes.substr(0, mark - std::min(mark, before))) + std::string(bytes.substr(bytes.size() - kPngEnd));
+    return std::string(bytes.substr(0, mark - std::min(mark, before))) +
+           std::string(bytes.substr(bytes.size() - kPngEnd));
   }
   const std::size_t before = bytes.starts_with(kPageBegin) ? std::string_view("<!-- ").size() : 0;
   return std::string(bytes.substr(0, mark - std::min(mark, before)));
@@ -58,7 +65,8 @@ std::string WithMaker(const std::string& bytes, const std::string& maker) {
   const std::string mark = MarkText(bytes, maker);
   if (bytes.starts_with(kPageBegin)) return bytes + "<!-- " + mark + " -->\n";
   if (!IsPng(bytes)) return bytes + mark + "\n";
-  return bytes.substr(0, bytes.size() - kPngEnd) + PngChunk(mark) + bytes.substr(bytes.size() - kPngEnd);
+  return bytes.substr(0, bytes.size() - kPngEnd) + PngChunk(mark) +
+         bytes.substr(bytes.size() - kPngEnd);
 }
 
 // A mark is good when marking the rest again gives the same bytes.

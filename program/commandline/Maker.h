@@ -1,5 +1,6 @@
-// Maker: which command made a file, told by a mark in the file, so that a command replaces what it made itself and nothing else.
-// The mark holds a hash of the file's other bytes: whoever changes the file makes it his own. Main thread.
+// Maker: which command made a file, told by a mark in the file, so that a command replaces what it
+// made itself and nothing else. The mark holds a hash of the file's other bytes: whoever changes
+// the file makes it his own. Main thread.
 #pragma once
 
 #include <string>
@@ -9,10 +10,11 @@ namespace commandline {
 
 // The bytes of a picture (PNG, TIFF) or a page (HTML) with the mark of `maker`, a word.
 std::string WithMaker(const std::string& bytes, const std::string& maker);
-// The maker of a file with these bytes, a scene, too; empty where there is none or the file was changed since.
+// The maker of a file with these bytes, a scene, too; empty where there is none or the file was
+// changed since.
 std::string MakerOf(std::string_view bytes);
-// Whether a file of `maker` may be written at that absolute path without asking: nothing is there, or what it made itself.
-// A folder or device is nobody's; writing there says why it cannot be.
+// Whether a file of `maker` may be written at that absolute path without asking: nothing is there,
+// or what it made itself. A folder or device is nobody's; writing there says why it cannot be.
 bool MayReplace(const std::string& path, const std::string& maker);
 
 }  // namespace commandline

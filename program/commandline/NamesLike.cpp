@@ -21,7 +21,8 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
     std::size_t diagonal = row[0];
     row[0] = i;
     for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t change = diagonal + (std::tolower(a[i - 1]) != std::tolower(b[j - 1]) ? 1 : 0);
+      const std::size_t change =
+          diagonal + (std::tolower(a[i - 1]) != std::tolower(b[j - 1]) ? 1 : 0);
       diagonal = row[j];
       row[j] = std::min({row[j] + 1, row[j - 1] + 1, change});
     }
@@ -41,7 +42,8 @@ std::size_t Distance(const std::string& name, const std::string& known) {
 }  // namespace
 
 std::vector<std::string> NamesLike(const std::string& name, const std::vector<std::string>& known) {
-  std::vector<std::tuple<bool, std::size_t, std::string>> near;  // the beginning of a name counts most
+  // The beginning of a name counts most
+  std::vector<std::tuple<bool, std::size_t, std::string>> near;
   for (const std::string& other : known) {
     if (const std::size_t distance = Distance(name, other); distance < kLongest) {
       near.emplace_back(!other.starts_with(name), distance, other);

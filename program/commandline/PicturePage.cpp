@@ -129,7 +129,8 @@ std::string Address(const std::string& file) {
   std::string address;
   for (const char letter : file) {
     const auto byte = static_cast<unsigned char>(letter);
-    const bool plain = byte < 0x80 && (std::isalnum(byte) || byte == '.' || byte == '-' || byte == '_');
+    const bool plain =
+        byte < 0x80 && (std::isalnum(byte) || byte == '.' || byte == '-' || byte == '_');
     if (plain) {
       address += letter;
     } else {
@@ -148,10 +149,14 @@ std::string Sortable(const std::string& date) {
 
 std::string EntryText(const PageEntry& entry, std::size_t at) {
   const std::string name = Escaped(entry.state.name);
-  const std::string size = "width=\"" + std::to_string(entry.width) + "\" height=\"" + std::to_string(entry.height) + "\"";
-  std::string text = "<button class=\"state" + std::string(entry.state.current ? " current" : "") + "\" data-name=\"" + name +
-                     "\" data-date=\"" + Escaped(Sortable(entry.state.date)) + "\" data-at=\"" + std::to_string(at) + "\">";
-  text += "<span class=\"plate\"><img loading=\"lazy\" " + size + " src=\"" + Address(entry.file) + "\" alt=\"\"></span>";
+  const std::string size = "width=\"" + std::to_string(entry.width) + "\" height=\"" +
+                           std::to_string(entry.height) + "\"";
+  std::string text = "<button class=\"state" + std::string(entry.state.current ? " current" : "") +
+                     "\" data-name=\"" + name + "\" data-date=\"" +
+                     Escaped(Sortable(entry.state.date)) + "\" data-at=\"" + std::to_string(at) +
+                     "\">";
+  text += "<span class=\"plate\"><img loading=\"lazy\" " + size + " src=\"" + Address(entry.file) +
+          "\" alt=\"\"></span>";
   text += "<span class=\"name\"><bdi title=\"" + name + "\">" + name + "</bdi>";
   if (entry.state.current) text += "<em>current</em>";
   return text + "</span><span class=\"date\">" + Escaped(entry.state.date) + "</span></button>\n";
@@ -159,19 +164,25 @@ std::string EntryText(const PageEntry& entry, std::size_t at) {
 
 }  // namespace
 
-std::string MakePicturePage(const std::string& title, const std::string& subtitle, const std::vector<PageEntry>& entries) {
+std::string MakePicturePage(const std::string& title, const std::string& subtitle,
+                            const std::vector<PageEntry>& entries) {
   std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";
   page += "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n";
   page += "<title>" + Escaped(title) + "</title>\n<style>" + kStyle + "</style>\n</head>\n<body>\n";
-  page += "<header><div><h1><bdi>" + Escaped(title) + "</bdi></h1><p>" + Escaped(subtitle) + "</p></div>\n";
+  page += "<header><div><h1><bdi>" + Escaped(title) + "</bdi></h1><p>" + Escaped(subtitle) +
+          "</p></div>\n";
   page +=
-      "<div class=\"tools\"><input id=\"find\" type=\"search\" placeholder=\"Search names ( / )\" aria-label=\"Search names\">\n";
-  page += "<select id=\"sort\" aria-label=\"Order\"><option value=\"recorded\">As in the list</option>";
+      "<div class=\"tools\"><input id=\"find\" type=\"search\" placeholder=\"Search names ( / )\" "
+      "aria-label=\"Search names\">\n";
+  page +=
+      "<select id=\"sort\" aria-label=\"Order\"><option value=\"recorded\">As in the list</option>";
   page += "<option value=\"name\">By name</option><option value=\"newest\">Newest first</option>";
   page += "<option value=\"oldest\">Oldest first</option></select></div></header>\n<main>\n";
   for (std::size_t i = 0; i < entries.size(); ++i) page += EntryText(entries[i], i);
   page += "</main>\n<p id=\"none\" hidden>No name holds that.</p>\n";
-  page += "<dialog><img alt=\"\"><p><bdi></bdi><span class=\"date\"></span><kbd>\u2190 \u2192 other states, Esc back</kbd></p>";
+  page +=
+      "<dialog><img alt=\"\"><p><bdi></bdi><span class=\"date\"></span><kbd>\u2190 \u2192 other "
+      "states, Esc back</kbd></p>";
   return page + "</dialog>\n<script>" + kScript + "</script>\n</body>\n</html>\n";
 }
 

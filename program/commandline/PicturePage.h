@@ -1,5 +1,6 @@
-// PicturePage: a page for a browser that shows the pictures of all states with their names, to be searched, sorted and looked at
-// large. It needs nothing but the picture files beside it. Pure functions, any thread.
+// PicturePage: a page for a browser that shows the pictures of all states with their names, to be
+// searched, sorted and looked at large. It needs nothing but the picture files beside it. Pure
+// functions, any thread.
 #pragma once
 
 #include <string>
@@ -19,6 +20,7 @@ struct PageEntry {
 };
 
 // The whole page, in UTF-8; names are shown as text whatever they hold.
-std::string MakePicturePage(const std::string& title, const std::string& subtitle, const std::vector<PageEntry>& entries);
+std::string MakePicturePage(const std::string& title, const std::string& subtitle,
+                            const std::vector<PageEntry>& entries);
 
 }  // namespace commandline

@@ -1,5 +1,6 @@
-// Program: one call of the command line: what every verb was given, the terminal, and the verb that was chosen. Each verb
-// registers itself with AddVerb functions and leaves a function that does the work and answers the exit status. Main thread.
+// Program: one call of the command line: what every verb was given, the terminal, and the verb that
+// was chosen. Each verb registers itself with AddVerb functions and leaves a function that does the
+// work and answers the exit status. Main thread.
 #pragma once
 
 #include <functional>
@@ -16,9 +17,10 @@ namespace commandline {
 
 // Exit statuses, as the manual lists them.
 inline constexpr int kDone = 0;
-inline constexpr int kFailed = 1;         // it did not work
-inline constexpr int kUsage = 2;          // wrong usage or an unknown name
-inline constexpr int kInterrupted = 130;  // stopped by Ctrl-C; other signals that ask to stop give 128 + their number
+inline constexpr int kFailed = 1;  // it did not work
+inline constexpr int kUsage = 2;   // wrong usage or an unknown name
+// Stopped by Ctrl-C; other signals that ask to stop give 128 + their number
+inline constexpr int kInterrupted = 130;
 
 struct Program {
   Terminal terminal;
@@ -38,7 +40,8 @@ struct Program {
   bool strict = false;
 };
 
-// Adds the positional SCENE and --json; and the options of a verb that changes the scene (-o, --write).
+// Adds the positional SCENE and --json; and the options of a verb that changes the scene (-o,
+// --write).
 inline constexpr const char* kAnyScene =
     "The scene: a .c4d file, or a .gltf, .glb, .fbx, .obj or .dae that is imported on the fly";
 void AddScene(CLI::App& verb, Program& program, const char* help = kAnyScene);

@@ -15,7 +15,8 @@ void Report::Print(bool asJson) const {
 }
 
 std::string ValidUtf8(const std::string& text) {
-  const std::string quoted = nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  const std::string quoted =
+      nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   return nlohmann::json::parse(quoted).get<std::string>();
 }
 

@@ -1,5 +1,5 @@
-// Report: what a verb found or did, for a person (lines on stdout) or for a program (one JSON object on stdout). Owned by the
-// verb. Main thread.
+// Report: what a verb found or did, for a person (lines on stdout) or for a program (one JSON
+// object on stdout). Owned by the verb. Main thread.
 #pragma once
 
 #include <nlohmann/json.hpp>

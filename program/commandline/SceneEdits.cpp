@@ -86,10 +86,10 @@ BaseObject* MakeFramingCamera(BaseDocument& doc, const std::string& name, double
   return camera;
 }
 
-host::BaseMaterial* MakeMaterial(BaseDocument& doc, const std::string& name, const Vector& colour) {
+host::BaseMaterial* MakeMaterial(BaseDocument& doc, const std::string& name, const Vector& color) {
   host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
   material->SetName(Text(name));
-  material->GetDataInstance()->SetVector(host::MATERIAL_COLOR, colour);
+  material->GetDataInstance()->SetVector(host::MATERIAL_COLOR, color);
   doc.AppendMaterial(material);
   doc.AddUndo(host::UNDO_NEW, material);
   return material;

@@ -29,8 +29,9 @@ int NothingSelected(Session& session, const std::string& what) {
 // A name in any case, or a number.
 bool IsOfType(const BaseTag& tag, const std::string& type) {
   const std::string name = tag.GetTypeName().ToUtf8();
-  const bool named = std::equal(name.begin(), name.end(), type.begin(), type.end(),
-                                [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
+  const bool named = std::equal(
+      name.begin(), name.end(), type.begin(), type.end(),
+      [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
   return named || std::to_string(tag.GetType()) == type;
 }
 
@@ -56,7 +57,9 @@ Tags TagsOfType(const Objects& objects, const std::string& type) {
   return tags;
 }
 
-LayerObject* FirstLayer(const host::BaseDocument& doc) { return static_cast<LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()); }
+LayerObject* FirstLayer(const host::BaseDocument& doc) {
+  return static_cast<LayerObject*>(doc.GetLayerObjectRoot()->GetFirst());
+}
 
 std::size_t SelectedLayers(const host::BaseDocument& doc) {
   std::size_t count = 0;
@@ -89,8 +92,8 @@ int SelectObjects(Session& session, const std::vector<std::string>& typed, std::
   return selection->GetCount() > 0 ? kDone : NothingSelected(session, "object");
 }
 
-int SelectTags(Session& session, const std::vector<std::string>& typed, const std::vector<std::string>& types,
-               std::string& selected) {
+int SelectTags(Session& session, const std::vector<std::string>& typed,
+               const std::vector<std::string>& types, std::string& selected) {
   host::BaseDocument& doc = session.Document();
   Objects objects;
   if (const int status = FindAllObjects(session, typed, objects); status != kDone) return status;
@@ -98,9 +101,9 @@ int SelectTags(Session& session, const std::vector<std::string>& typed, const st
   for (const std::string& type : types.empty() ? std::vector<std::string>{""} : types) {
     const Tags some = TagsOfType(objects, type);
     if (some.empty() && !typed.empty()) {
-      return Refuse(session,
-                    (type.empty() ? "These objects have no tags." : "None of these objects has a tag \"" + type + "\".") +
-                        " Tags there are: " + TypesOn(objects) + ".");
+      return Refuse(session, (type.empty() ? "These objects have no tags."
+                                           : "None of these objects has a tag \"" + type + "\".") +
+                                 " Tags there are: " + TypesOn(objects) + ".");
     }
     tags.insert(tags.end(), some.begin(), some.end());
   }
@@ -120,7 +123,8 @@ int SelectLayers(Session& session, const std::vector<std::string>& typed, std::s
     if (!some) return Refuse(session, some.Message());
     layers.insert(layers.end(), some.Value().begin(), some.Value().end());
   }
-  for (LayerObject* layer = typed.empty() ? nullptr : FirstLayer(doc); layer; layer = engine::NextInTree(layer)) {
+  for (LayerObject* layer = typed.empty() ? nullptr : FirstLayer(doc); layer;
+       layer = engine::NextInTree(layer)) {
     layer->DelBit(host::BIT_ACTIVE);
   }
   for (LayerObject* layer : layers) layer->SetBit(host::BIT_ACTIVE);
@@ -131,7 +135,8 @@ int SelectLayers(Session& session, const std::vector<std::string>& typed, std::s
 int SelectCamera(Session& session, const std::string& typed, std::string& selected) {
   const auto camera = FindObject(session.Document(), typed);
   if (!camera) return Refuse(session, camera.Message());
-  if (camera.Value()->GetType() != host::Ocamera) return Refuse(session, "\"" + typed + "\" is no camera.");
+  if (camera.Value()->GetType() != host::Ocamera)
+    return Refuse(session, "\"" + typed + "\" is no camera.");
   session.Document().SetActiveObject(camera.Value());
   selected = "the camera " + PathOf(*camera.Value());
   return kDone;

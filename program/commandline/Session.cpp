@@ -20,7 +20,9 @@ namespace {
 constexpr const char* kPlugin = "Stagemarks";
 
 // The path of a scene file without its suffix: what stands beside the scene begins like this.
-std::string Stem(const std::string& file) { return (fs::path(file).parent_path() / fs::path(file).stem()).string(); }
+std::string Stem(const std::string& file) {
+  return (fs::path(file).parent_path() / fs::path(file).stem()).string();
+}
 
 }  // namespace
 
@@ -37,7 +39,8 @@ std::string AbsolutePath(const std::string& typed) {
   return error ? typed : absolute.lexically_normal().string();
 }
 
-Session::Session(Program& program) : program_(program), outside_(program.terminal), inUse_(outside_) {
+Session::Session(Program& program)
+    : program_(program), outside_(program.terminal), inUse_(outside_) {
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
   application_ = std::make_unique<engine::Application>(outside_, setup);
@@ -53,7 +56,8 @@ int Session::LoadPlugin() {
     return kFailed;
   }
   for (const engine::CommandPlugin& command : application_->Commands()) {
-    if (command.name.ToUtf8() == kPlugin && application_->ExecuteCommand(command.id) && !engine::OpenDialogs().empty()) {
+    if (command.name.ToUtf8() == kPlugin && application_->ExecuteCommand(command.id) &&
+        !engine::OpenDialogs().empty()) {
       dialog_ = std::make_unique<StagemarksDialog>(*engine::OpenDialogs().back());
       return kDone;
     }
@@ -69,11 +73,13 @@ int Session::StartWithScene() {
   return status == kDone ? Open(program_.scene) : status;
 }
 
-// From reading to writing: what somebody else writes in between would be lost. Without --write only where -o names the scene.
+// From reading to writing: what somebody else writes in between would be lost. Without --write only
+// where -o names the scene.
 int Session::LockScene() {
   const std::string scene = AbsolutePath(program_.scene);
   std::error_code error;
-  if (!program_.write && (program_.output.empty() || !fs::equivalent(scene, Target(), error))) return kDone;
+  if (!program_.write && (program_.output.empty() || !fs::equivalent(scene, Target(), error)))
+    return kDone;
   Terminal& terminal = program_.terminal;
   const std::string busy = "Another program is changing \"" + program_.scene + "\"";
   const std::string seconds = Counted(program_.longestWait, "second");
@@ -84,7 +90,8 @@ int Session::LockScene() {
     lock_ = std::move(*atOnce.Value());
     return kDone;
   }
-  if (program_.longestWait > 0) terminal.Say(busy + "; waiting at most " + seconds + " for it (--wait).");
+  if (program_.longestWait > 0)
+    terminal.Say(busy + "; waiting at most " + seconds + " for it (--wait).");
   const auto goOn = [&](double share) { return terminal.Progress(share, "Waiting"); };
   auto lock = engine::FileLock::Take(scene, std::chrono::seconds(program_.longestWait), goOn);
   if (lock) {
@@ -92,7 +99,8 @@ int Session::LockScene() {
     return kDone;
   }
   if (Terminal::Interrupted()) return kInterrupted;
-  terminal.Error(busy + ", still after " + seconds + ". Nothing was done. --wait SECONDS waits longer.");
+  terminal.Error(busy + ", still after " + seconds +
+                 ". Nothing was done. --wait SECONDS waits longer.");
   return kFailed;
 }
 
@@ -127,17 +135,21 @@ void Session::SayUnknown(const std::string& name) {
   std::vector<std::string> known;
   for (Mark& mark : dialog_->Marks()) known.push_back(std::move(mark.name));
   const std::string near = DidYouMean(name, known);
-  program_.terminal.Error("There is no Stagemark \"" + name + "\" in this scene." +
-                          (near.empty() ? " `stagemarks list SCENE` shows those there are." : near));
+  program_.terminal.Error(
+      "There is no Stagemark \"" + name + "\" in this scene." +
+      (near.empty() ? " `stagemarks list SCENE` shows those there are." : near));
 }
 
 int Session::Check(const std::vector<std::string>& names) {
   if (const int status = RequireMarks(names); status != kDone) return status;
   if (dialog_->Marks().empty()) {
-    program_.terminal.Error("There are no Stagemarks in this scene. `stagemarks record SCENE NAME --write` records one.");
+    program_.terminal.Error(
+        "There are no Stagemarks in this scene. `stagemarks record SCENE NAME --write` records "
+        "one.");
     return kFailed;
   }
-  const bool checked = names.empty() ? dialog_->Choose("Check All Elements") : dialog_->CheckOnly(names);
+  const bool checked =
+      names.empty() ? dialog_->Choose("Check All Elements") : dialog_->CheckOnly(names);
   if (!checked) program_.terminal.Error("The rows could not be checked.");
   return checked ? kDone : kFailed;
 }
@@ -155,7 +167,8 @@ int Session::CheckTextures(Report& report) {
 
 void Session::HoldSideFiles() {
   const host::BaseDocument& doc = Document();
-  outside_.HoldChangesAt(Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
+  outside_.HoldChangesAt(
+      Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
 }
 
 // Asked before anything is done.
@@ -163,13 +176,16 @@ int Session::CheckTarget() {
   const bool inPlace = program_.write && program_.output.empty();
   const std::string& target = inPlace ? program_.scene : program_.output;
   if (target == "-") {
-    program_.terminal.Error("A scene cannot be written to standard output. Give a file name; ./- is the file of that name.");
+    program_.terminal.Error(
+        "A scene cannot be written to standard output. Give a file name; ./- is the file of that "
+        "name.");
     return kUsage;
   }
   if (!target.empty() && engine::IsImportable(target)) {
-    program_.terminal.Error("\"" + target +
-                            "\" has the name of another format, which this program reads and does not write. Give " +
-                            (inPlace ? "-o OUT.c4d" : "a name that ends in .c4d") + " instead.");
+    program_.terminal.Error(
+        "\"" + target +
+        "\" has the name of another format, which this program reads and does not write. Give " +
+        (inPlace ? "-o OUT.c4d" : "a name that ends in .c4d") + " instead.");
     return kUsage;
   }
   return program_.output.empty() ? kDone : CheckReplacing({Target()}, program_.verbName);
@@ -183,8 +199,10 @@ int Session::CheckReplacing(const std::vector<std::string>& paths, const std::st
   }
   if (others.empty()) return kDone;
   const bool one = others.size() == 1;
-  program_.terminal.Error(Listed(others) + (one ? " exists" : " exist") + " already and " + (one ? "was" : "were") +
-                          " not made by this command. Give another name, or --force to replace " + (one ? "it." : "them."));
+  program_.terminal.Error(Listed(others) + (one ? " exists" : " exist") + " already and " +
+                          (one ? "was" : "were") +
+                          " not made by this command. Give another name, or --force to replace " +
+                          (one ? "it." : "them."));
   return kFailed;
 }
 
@@ -204,15 +222,20 @@ int Session::Keep(Report& report) {
   return CheckLedger();
 }
 
-// Just before the file takes its place: what was not there, or was refused to the hooks meanwhile, may be different now.
+// Just before the file takes its place: what was not there, or was refused to the hooks meanwhile,
+// may be different now.
 engine::Status Session::CheckAgain(const std::string& target, std::size_t refused) {
   if (program_.terminal.Refused() != refused) {
     return engine::Status::Failure(
-        "The preview images were not taken along, because there is a folder of that name. Nothing was "
+        "The preview images were not taken along, because there is a folder of that name. Nothing "
+        "was "
         "written. Give another name, or --force to replace what is there.");
   }
-  const bool allowed = program_.output.empty() || program_.force || MayReplace(target, program_.verbName);
-  return allowed ? engine::Status() : engine::Status::Failure("\"" + target + "\" was made by somebody else meanwhile.");
+  const bool allowed =
+      program_.output.empty() || program_.force || MayReplace(target, program_.verbName);
+  return allowed
+             ? engine::Status()
+             : engine::Status::Failure("\"" + target + "\" was made by somebody else meanwhile.");
 }
 
 int Session::Write(const std::string& target, Report& report) {
@@ -224,7 +247,8 @@ int Session::Write(const std::string& target, Report& report) {
   choices.longestWait = std::chrono::seconds(program_.longestWait);
   if (lock_.Covers(target)) choices.lock = &lock_;
   choices.ready = [&] { return CheckAgain(target, refused); };
-  if (const engine::Status saved = application_->SaveDocumentAs(Document(), target, choices); !saved) {
+  if (const engine::Status saved = application_->SaveDocumentAs(Document(), target, choices);
+      !saved) {
     program_.terminal.Error(saved.Message());
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
@@ -236,7 +260,8 @@ int Session::Write(const std::string& target, Report& report) {
 }
 
 int Session::CheckLedger() {
-  const std::vector<std::string> failures = outcome::Sentences(outcome::FailuresThatMatter(outside_, 0));
+  const std::vector<std::string> failures =
+      outcome::Sentences(outcome::FailuresThatMatter(outside_, 0));
   for (const std::string& failure : failures) program_.terminal.Error(failure);
   return failures.empty() ? kDone : kFailed;
 }

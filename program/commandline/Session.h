@@ -1,6 +1,6 @@
-// Session: the application with the plug-in loaded and its dialog open, and the scene that a verb works on. It owns the
-// application; files are written only by Keep. Every function that can fail says why on the terminal and answers an exit
-// status, kDone when all went well. Main thread.
+// Session: the application with the plug-in loaded and its dialog open, and the scene that a verb
+// works on. It owns the application; files are written only by Keep. Every function that can fail
+// says why on the terminal and answers an exit status, kDone when all went well. Main thread.
 #pragma once
 
 #include <memory>
@@ -18,7 +18,8 @@ namespace commandline {
 using pictures::Mark;
 using pictures::StagemarksDialog;
 
-inline constexpr const char* kStrictRefusal = "Nothing was written, because a texture is missing (--strict).";
+inline constexpr const char* kStrictRefusal =
+    "Nothing was written, because a texture is missing (--strict).";
 // One line for each, all verbs alike.
 void TellMissing(Terminal& terminal, const std::vector<std::string>& textures, bool isFault);
 
@@ -31,13 +32,14 @@ class Session {
 
   // Loads the plug-in and opens its dialog.
   int Start();
-  // Start, then opens the scene that the verb was given; other formats are imported on the fly. A scene that will be replaced
-  // is locked before it is read, until the session ends.
+  // Start, then opens the scene that the verb was given; other formats are imported on the fly. A
+  // scene that will be replaced is locked before it is read, until the session ends.
   int StartWithScene();
-  // Refuses a result that cannot be where it was wanted: on standard output, under the name of another format, or in place of a
-  // file that this verb may not replace.
+  // Refuses a result that cannot be where it was wanted: on standard output, under the name of
+  // another format, or in place of a file that this verb may not replace.
   int CheckTarget();
-  // Refuses paths where there are files that were not made as `maker` (see Maker.h), unless --force was given.
+  // Refuses paths where there are files that were not made as `maker` (see Maker.h), unless --force
+  // was given.
   int CheckReplacing(const std::vector<std::string>& paths, const std::string& maker);
   // Opens or imports a file and makes it the active document.
   int Open(const std::string& path);
@@ -48,18 +50,21 @@ class Session {
   host::BaseDocument& Document() { return *host::GetActiveDocument(); }
   Program& GetProgram() { return program_; }
 
-  // An unknown Stagemark is refused here, with the names that come close: the dialog would take it for the first one.
+  // An unknown Stagemark is refused here, with the names that come close: the dialog would take it
+  // for the first one.
   int RequireMarks(const std::vector<std::string>& names);
-  // Checks exactly the rows of these names, all rows where there are none; a scene without Stagemarks is refused.
+  // Checks exactly the rows of these names, all rows where there are none; a scene without
+  // Stagemarks is refused.
   int Check(const std::vector<std::string>& names);
-  // Names the textures that pictures of the scene lack, on the terminal and as "missingTextures" in the report. With --strict
-  // one of them is enough for kFailed; then a program has got the report.
+  // Names the textures that pictures of the scene lack, on the terminal and as "missingTextures" in
+  // the report. With --strict one of them is enough for kFailed; then a program has got the report.
   int CheckTextures(Report& report);
   bool TexturesChecked() const { return texturesChecked_; }
   // From now on the plug-in's changes to files beside the scene wait until Keep writes the scene.
   void HoldSideFiles();
-  // The end of a verb that changes a scene: writes it where -o or --write say so and prints the report with the file, or
-  // without one and says how to keep the change. Prints nothing when the scene could not be written.
+  // The end of a verb that changes a scene: writes it where -o or --write say so and prints the
+  // report with the file, or without one and says how to keep the change. Prints nothing when the
+  // scene could not be written.
   int Keep(Report& report);
   // Names every file operation that failed since the start; kFailed when there was one.
   int CheckLedger();

@@ -25,12 +25,14 @@ bool IsSameFolder(const fs::path& one, const fs::path& other) {
 
 int SheetMaking::Run(Report& report) {
   int status = kDone;
-  for (const auto step : {&SheetMaking::Choose, &SheetMaking::NamePictures, &SheetMaking::CheckPlaces, &SheetMaking::MakeFolders,
-                          &SheetMaking::LayOut, &SheetMaking::RenderAll}) {
+  for (const auto step :
+       {&SheetMaking::Choose, &SheetMaking::NamePictures, &SheetMaking::CheckPlaces,
+        &SheetMaking::MakeFolders, &SheetMaking::LayOut, &SheetMaking::RenderAll}) {
     if (status == kDone) status = (this->*step)();
   }
   if (status == kDone) status = Write(report);
-  if (status == kInterrupted) session_.GetProgram().terminal.Error("Interrupted; no sheet was written.");
+  if (status == kInterrupted)
+    session_.GetProgram().terminal.Error("Interrupted; no sheet was written.");
   return status;
 }
 
@@ -48,16 +50,19 @@ int SheetMaking::Choose() {
 int SheetMaking::NamePictures() {
   if (order_.folder.empty()) return kDone;
   const fs::path sheet = order_.sheet;
-  if (!order_.sheet.empty() && IsSameFolder(sheet.parent_path(), order_.folder)) files_.insert(FoldedCase(sheet.filename()));
+  if (!order_.sheet.empty() && IsSameFolder(sheet.parent_path(), order_.folder))
+    files_.insert(FoldedCase(sheet.filename()));
   for (const Mark& state : pictures_.States()) {
-    entries_.push_back({state, FreeName(pictures_.AsItIs() ? pictures::kAsItIs : state.name), 0, 0});
+    entries_.push_back(
+        {state, FreeName(pictures_.AsItIs() ? pictures::kAsItIs : state.name), 0, 0});
   }
   return kDone;
 }
 
 int SheetMaking::CheckPlaces() {
   if (!order_.sheet.empty()) {
-    if (const int status = session_.CheckReplacing({order_.sheet}, kSheet); status != kDone) return status;
+    if (const int status = session_.CheckReplacing({order_.sheet}, kSheet); status != kDone)
+      return status;
   }
   if (order_.folder.empty()) return kDone;
   std::vector<std::string> paths{order_.folder + "/" + kPageFile};
@@ -66,7 +71,8 @@ int SheetMaking::CheckPlaces() {
 }
 
 int SheetMaking::MakeFolders() {
-  for (const std::string& folder : {order_.folder, std::filesystem::path(order_.sheet).parent_path().string()}) {
+  for (const std::string& folder :
+       {order_.folder, std::filesystem::path(order_.sheet).parent_path().string()}) {
     if (folder.empty()) continue;
     if (const auto made = session_.Files().MakeFolders(folder); !made) return Fail(made.Message());
   }
@@ -101,7 +107,8 @@ int SheetMaking::RenderAll() {
 
 int SheetMaking::AddToSheet(std::size_t index, const Mark& state) {
   engine::Image picture;
-  const int status = pictures_.Render(FittedInto(sizes_[index], sheet_->Box()), {index, sizes_.size()}, state.name, &picture);
+  const int status = pictures_.Render(FittedInto(sizes_[index], sheet_->Box()),
+                                      {index, sizes_.size()}, state.name, &picture);
   if (status == kDone) sheet_->Place(index, picture, state);
   return status;
 }
@@ -127,15 +134,18 @@ std::string SheetMaking::FreeName(const std::string& name) {
 }
 
 int SheetMaking::Write(Report& report) {
-  report.Json().update({{"states", pictures_.AsItIs() ? 0 : sizes_.size()}, {"sheet", nullptr}, {"page", nullptr}});
+  report.Json().update(
+      {{"states", pictures_.AsItIs() ? 0 : sizes_.size()}, {"sheet", nullptr}, {"page", nullptr}});
   if (sheet_) {
-    if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet, kSheet); status != kDone) return status;
+    if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet, kSheet); status != kDone)
+      return status;
     report.Json()["sheet"] = ValidUtf8(order_.sheet);
     report.Line("Written: " + order_.sheet);
   }
   if (order_.folder.empty()) return kDone;
   const std::string page = order_.folder + "/" + kPageFile;
-  const auto written = session_.Files().ReplaceFile(page, WithMaker(MakePicturePage(title_, subtitle_, entries_), kPage));
+  const auto written = session_.Files().ReplaceFile(
+      page, WithMaker(MakePicturePage(title_, subtitle_, entries_), kPage));
   if (!written) return Fail(written.Message());
   report.Json()["page"] = ValidUtf8(page);
   report.Line("Written: " + page);

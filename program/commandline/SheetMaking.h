@@ -1,5 +1,5 @@
-// SheetMaking: renders the states of the open scene once and puts them onto a contact sheet, into a page for a browser, or both.
-// Works on a session it does not own. Main thread.
+// SheetMaking: renders the states of the open scene once and puts them onto a contact sheet, into a
+// page for a browser, or both. Works on a session it does not own. Main thread.
 #pragma once
 
 #include <map>
@@ -23,9 +23,11 @@ struct SheetOrder {
 
 class SheetMaking {
  public:
-  SheetMaking(Session& session, const SheetOrder& order) : session_(session), order_(order), pictures_(session, order.threads) {}
+  SheetMaking(Session& session, const SheetOrder& order)
+      : session_(session), order_(order), pictures_(session, order.threads) {}
 
-  // Puts what was written into the report. What goes wrong is said on the terminal; the sheet and the page are written last.
+  // Puts what was written into the report. What goes wrong is said on the terminal; the sheet and
+  // the page are written last.
   int Run(Report& report);
 
  private:

@@ -21,7 +21,8 @@ void OpenClosedStreams() {
 
 }  // namespace
 
-// A reader that has had enough is an error like any other here, not a signal that ends the program in the middle of its work.
+// A reader that has had enough is an error like any other here, not a signal that ends the program
+// in the middle of its work.
 StandardOutput::StandardOutput() {
   OpenClosedStreams();
   std::signal(SIGPIPE, SIG_IGN);
@@ -63,7 +64,8 @@ StandardOutput::int_type StandardOutput::overflow(int_type letter) {
 // A terminal shows each line at once.
 std::streamsize StandardOutput::xsputn(const char* text, std::streamsize count) {
   const std::streamsize written = std::streambuf::xsputn(text, count);
-  const bool line = std::string_view(text, static_cast<std::size_t>(count)).find('\n') != std::string_view::npos;
+  const bool line =
+      std::string_view(text, static_cast<std::size_t>(count)).find('\n') != std::string_view::npos;
   return byLines_ && line && !Flush() ? 0 : written;
 }
 

@@ -1,6 +1,7 @@
-// StandardOutput: what std::cout writes to while it lives: the program's standard output, with the system's reason when it takes
-// no more. From then on nothing is written to it. Closed standard streams are opened such that nothing can be read from or
-// written to them, because the next file that is opened would take their place. One at a time, main thread.
+// StandardOutput: what std::cout writes to while it lives: the program's standard output, with the
+// system's reason when it takes no more. From then on nothing is written to it. Closed standard
+// streams are opened such that nothing can be read from or written to them, because the next file
+// that is opened would take their place. One at a time, main thread.
 #pragma once
 
 #include <array>
@@ -16,7 +17,8 @@ class StandardOutput : public std::streambuf {
   StandardOutput& operator=(const StandardOutput&) = delete;
   ~StandardOutput() override;
 
-  // Hands all that is left to the system and closes the stream. 0, or the system's error that kept anything from being written.
+  // Hands all that is left to the system and closes the stream. 0, or the system's error that kept
+  // anything from being written.
   int Finish();
 
  protected:

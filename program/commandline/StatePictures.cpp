@@ -18,7 +18,9 @@ namespace {
 // What the renderer keeps for each pixel.
 constexpr std::uint64_t kBytesPerPixel = 16;
 
-const host::BaseContainer& ActiveSettings(const host::BaseDocument& doc) { return *doc.GetActiveRenderData()->GetDataInstance(); }
+const host::BaseContainer& ActiveSettings(const host::BaseDocument& doc) {
+  return *doc.GetActiveRenderData()->GetDataInstance();
+}
 
 }  // namespace
 
@@ -26,15 +28,19 @@ Result<PictureSize> ParsePictureSize(const std::string& typed) {
   long width = 0;
   long height = 0;
   char rest = 0;
-  if (std::sscanf(typed.c_str(), "%9ldx%9ld%c", &width, &height, &rest) != 2 || width < 1 || height < 1) {
+  if (std::sscanf(typed.c_str(), "%9ldx%9ld%c", &width, &height, &rest) != 2 || width < 1 ||
+      height < 1) {
     return Result<PictureSize>::Failure("\"" + typed + "\" is no picture size; 1280x720 is one.");
   }
   const PictureSize size{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
-  if (Status fits = engine::CheckImageSize(size.width, size.height, kBytesPerPixel); !fits) return fits;
+  if (Status fits = engine::CheckImageSize(size.width, size.height, kBytesPerPixel); !fits)
+    return fits;
   return size;
 }
 
-std::string SizeText(const PictureSize& size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
+std::string SizeText(const PictureSize& size) {
+  return std::to_string(size.width) + " x " + std::to_string(size.height);
+}
 
 int StatePictures::Fail(const std::string& why) {
   session_.GetProgram().terminal.Error(why);
@@ -45,11 +51,13 @@ int StatePictures::Choose(const std::vector<std::string>& names) {
   const std::vector<Mark> all = session_.Dialog().Marks();
   for (const std::string& name : names) {
     if (std::count(names.begin(), names.end(), name) > 1) {
-      session_.GetProgram().terminal.Error("The Stagemark " + Listed({name}) + " is named more than once.");
+      session_.GetProgram().terminal.Error("The Stagemark " + Listed({name}) +
+                                           " is named more than once.");
       return kUsage;
     }
     if (const int status = session_.RequireMarks({name}); status != kDone) return status;
-    states_.push_back(*std::find_if(all.begin(), all.end(), [&](const Mark& mark) { return mark.name == name; }));
+    states_.push_back(
+        *std::find_if(all.begin(), all.end(), [&](const Mark& mark) { return mark.name == name; }));
   }
   if (names.empty()) states_ = all;
   asItIs_ = states_.empty();
@@ -76,11 +84,13 @@ PictureFacts StatePictures::Facts(const Mark& state) const {
   facts.scene = SceneName(doc);
   facts.state = asItIs_ ? "as it is" : state.name;
   facts.camera = camera ? camera->GetName().ToUtf8() : "Editor camera";
-  facts.frame = settings.GetTime(host::RDATA_FRAMEFROM).GetFrame(settings.GetLong(host::RDATA_FRAMERATE, 30));
+  facts.frame =
+      settings.GetTime(host::RDATA_FRAMEFROM).GetFrame(settings.GetLong(host::RDATA_FRAMERATE, 30));
   return facts;
 }
 
-int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, const std::string& name, engine::Image* picture) {
+int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, const std::string& name,
+                          engine::Image* picture) {
   Terminal& terminal = session_.GetProgram().terminal;
   engine::PictureSetup setup;
   setup.width = size.width;
@@ -89,12 +99,16 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   auto begun = PictureInProgress::Begin(session_.Document(), setup, engine::RenderCaches::Shared());
   if (!begun) return Fail("\"" + name + "\" was not rendered: " + begun.Message());
   for (const std::string& note : begun.Value()->Notes()) {
-    const bool wasNamed = session_.TexturesChecked() && note.ends_with(" is not shown: it was not found.");
+    const bool wasNamed =
+        session_.TexturesChecked() && note.ends_with(" is not shown: it was not found.");
     if (!wasNamed && said_.IsNew(note)) terminal.Note(note);
   }
   const auto count = static_cast<double>(turn.count);
-  const std::string what = "Rendering " + std::to_string(turn.number + 1) + " of " + std::to_string(turn.count) + ": " + name;
-  const auto goOn = [&](double done) { return terminal.Progress((static_cast<double>(turn.number) + done) / count, what); };
+  const std::string what = "Rendering " + std::to_string(turn.number + 1) + " of " +
+                           std::to_string(turn.count) + ": " + name;
+  const auto goOn = [&](double done) {
+    return terminal.Progress((static_cast<double>(turn.number) + done) / count, what);
+  };
   while (!begun.Value()->IsFinished()) {
     if (!begun.Value()->Refine(goOn)) return kInterrupted;
   }
@@ -102,7 +116,8 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   return kDone;
 }
 
-int StatePictures::Save(const engine::Image& picture, const std::string& path, const std::string& maker) {
+int StatePictures::Save(const engine::Image& picture, const std::string& path,
+                        const std::string& maker) {
   const Result<std::string> bytes = pictures::EncodePicture(picture, path);
   if (!bytes) return Fail("\"" + path + "\" was not written: " + bytes.Message());
   const Status written = session_.Files().ReplaceFile(path, WithMaker(bytes.Value(), maker));

@@ -1,6 +1,6 @@
-// StatePictures: pictures of the states of the open scene: which states are meant, bringing the scene into one through the
-// dialog, and rendering it as it then stands. Works on a session it does not own. What fails is said on the terminal and
-// answered as an exit status. Main thread.
+// StatePictures: pictures of the states of the open scene: which states are meant, bringing the
+// scene into one through the dialog, and rendering it as it then stands. Works on a session it does
+// not own. What fails is said on the terminal and answered as an exit status. Main thread.
 #pragma once
 
 #include <string>
@@ -25,7 +25,8 @@ using pictures::PictureSize;
 using pictures::SafeFileName;
 using pictures::SceneName;
 
-// "1280x720", both 1..16384 and together not more than can be rendered; a failure says what is wrong.
+// "1280x720", both 1..16384 and together not more than can be rendered; a failure says what is
+// wrong.
 engine::Result<PictureSize> ParsePictureSize(const std::string& typed);
 std::string SizeText(const PictureSize& size);
 // How far the whole work is while one picture of it is rendered.
@@ -39,8 +40,8 @@ class StatePictures {
   // `threads`: 0 one for each core.
   StatePictures(Session& session, unsigned threads) : session_(session), threads_(threads) {}
 
-  // The states with these names, or all of them; a scene without any gives one without a name, which stands for the scene as
-  // it is. Unknown names answer kUsage.
+  // The states with these names, or all of them; a scene without any gives one without a name,
+  // which stands for the scene as it is. Unknown names answer kUsage.
   int Choose(const std::vector<std::string>& names);
   // In the order chosen; the current one as it was before anything was recalled.
   const std::vector<Mark>& States() const { return states_; }
@@ -51,8 +52,10 @@ class StatePictures {
   // Of the scene as it stands: size by the active render settings, names for files.
   PictureSize Size() const;
   PictureFacts Facts(const Mark& state) const;
-  // Renders the scene as it stands, and says what is left out of it where that was not said before. kInterrupted after Ctrl-C.
-  int Render(const PictureSize& size, const PictureTurn& turn, const std::string& name, engine::Image* picture);
+  // Renders the scene as it stands, and says what is left out of it where that was not said before.
+  // kInterrupted after Ctrl-C.
+  int Render(const PictureSize& size, const PictureTurn& turn, const std::string& name,
+             engine::Image* picture);
   // Writes it whole or not at all; TIFF or PNG by the suffix. It tells that `maker` made it.
   int Save(const engine::Image& picture, const std::string& path, const std::string& maker);
 

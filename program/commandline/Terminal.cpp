@@ -32,20 +32,22 @@ void CatchInterruptsWith(int flags) {
   action.sa_flags = flags;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction former {};
-    if (sigaction(signal, nullptr, &former) == 0 && former.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+    if (sigaction(signal, nullptr, &former) == 0 && former.sa_handler != SIG_IGN)
+      sigaction(signal, &action, nullptr);
   }
 }
 
 bool CanAsk() { return isatty(STDIN_FILENO) && isatty(STDERR_FILENO); }
 
-bool UsesColour() {
+bool UsesColor() {
   const char* off = std::getenv("NO_COLOR");
   return isatty(STDOUT_FILENO) && !(off && *off);
 }
 
 }  // namespace
 
-// A file that grows beyond what the system allows fails to be written, as on a full disk, and ends nothing.
+// A file that grows beyond what the system allows fails to be written, as on a full disk, and ends
+// nothing.
 void Terminal::CatchInterrupts() {
   CatchInterruptsWith(SA_RESTART);
   std::signal(SIGXFSZ, SIG_IGN);
@@ -72,13 +74,15 @@ bool Terminal::Ask(const std::string& text) {
     return true;
   }
   const bool yes = CanAsk() && AskHere(text);
-  if (!CanAsk()) std::cerr << Readable(text) << " no (nobody can be asked here; --yes answers yes)\n";
+  if (!CanAsk())
+    std::cerr << Readable(text) << " no (nobody can be asked here; --yes answers yes)\n";
   if (!yes) ++refused_;
   return yes;
 }
 
 // Ctrl-C at a question is a no.
-// An interruption may come between the question and the reading, so the wait looks for it again and again.
+// An interruption may come between the question and the reading, so the wait looks for it again and
+// again.
 bool Terminal::WaitForLine() {
   pollfd input{STDIN_FILENO, POLLIN, 0};
   while (!Interrupted()) {
@@ -148,10 +152,10 @@ std::string Readable(const std::string& message) {
   return readable;
 }
 
-std::string Coloured(Colour colour, const std::string& text) {
-  if (!UsesColour()) return text;
+std::string Colored(Color color, const std::string& text) {
+  if (!UsesColor()) return text;
   static const char* const kCodes[] = {"32", "31", "33", "1", "2"};
-  return std::string("\033[") + kCodes[static_cast<int>(colour)] + "m" + text + "\033[0m";
+  return std::string("\033[") + kCodes[static_cast<int>(color)] + "m" + text + "\033[0m";
 }
 
 }  // namespace commandline

@@ -1,5 +1,6 @@
-// Terminal: the person before the command line: questions on the terminal (answered by --yes, else taken as no where
-// nobody can be asked), messages and progress on stderr. Owned by main. Main thread; Progress from any thread.
+// Terminal: the person before the command line: questions on the terminal (answered by --yes, else
+// taken as no where nobody can be asked), messages and progress on stderr. Owned by main. Main
+// thread; Progress from any thread.
 #pragma once
 
 #include <atomic>
@@ -37,7 +38,8 @@ class Terminal : public engine::Person {
   // What plug-ins told since the start, in order.
   const std::vector<std::string>& Told() const { return told_; }
 
-  // Width to write for: that of the terminal, within what reads well; a usual one where there is none.
+  // Width to write for: that of the terminal, within what reads well; a usual one where there is
+  // none.
   static std::size_t Columns();
 
   // Messages for a person, on stderr: plain, as a note (each once only) or as an error.
@@ -45,8 +47,9 @@ class Terminal : public engine::Person {
   void Note(const std::string& text);
   void Error(const std::string& text);
 
-  // Ctrl-C, and the signals of a closed terminal and of programs that end others, ask running work to stop; a second one ends
-  // the program. What was to be ignored when the program was started still is.
+  // Ctrl-C, and the signals of a closed terminal and of programs that end others, ask running work
+  // to stop; a second one ends the program. What was to be ignored when the program was started
+  // still is.
   static void CatchInterrupts();
   static bool Interrupted() { return StopSignal() != 0; }
   // The signal that asked to stop; 0 when there was none.
@@ -67,11 +70,12 @@ class Terminal : public engine::Person {
 };
 
 using outcome::Shown;
-// A message with what it quotes made fit for a terminal: control characters but line ends replaced, endless words cut.
+// A message with what it quotes made fit for a terminal: control characters but line ends replaced,
+// endless words cut.
 std::string Readable(const std::string& message);
 
-// Text in a colour, plain where stdout is no terminal or NO_COLOR is set.
-enum class Colour { Green, Red, Yellow, Bold, Dim };
-std::string Coloured(Colour colour, const std::string& text);
+// Text in a color, plain where stdout is no terminal or NO_COLOR is set.
+enum class Color { Green, Red, Yellow, Bold, Dim };
+std::string Colored(Color color, const std::string& text);
 
 }  // namespace commandline

@@ -10,7 +10,9 @@ using engine::Status;
 
 namespace {
 
-Status Stopped(const std::string& path) { return Status::Failure("Stopped before \"" + path + "\" was written."); }
+Status Stopped(const std::string& path) {
+  return Status::Failure("Stopped before \"" + path + "\" was written.");
+}
 
 }  // namespace
 
@@ -36,7 +38,8 @@ void VerbOutside::Do(const Change& change, const std::string& prefix) {
   if (change.operation == Operation::RemoveFolder) (void)RemoveFolder(path);
   if (change.operation != Operation::Rename) return;
   const std::string target = moved(change.target);
-  // Nothing was in the way where the plug-in looked. Here it is of an earlier scene, which was given up for this one.
+  // Nothing was in the way where the plug-in looked. Here it is of an earlier scene, which was
+  // given up for this one.
   if (prefix != prefix_ && DoKind(target) == FileKind::File) (void)RemoveFile(target);
   (void)Rename(path, target);
 }

@@ -1,6 +1,7 @@
-// VerbOutside: the real door with the manners of the command line. Changes beside the scene file can be held back until the
-// scene itself is kept, so that a trial run touches nothing; written files can be counted as progress; after Ctrl-C no
-// further file is begun. Owned by the session. Main thread, except Progress.
+// VerbOutside: the real door with the manners of the command line. Changes beside the scene file
+// can be held back until the scene itself is kept, so that a trial run touches nothing; written
+// files can be counted as progress; after Ctrl-C no further file is begun. Owned by the session.
+// Main thread, except Progress.
 #pragma once
 
 #include <functional>
@@ -16,11 +17,13 @@ class VerbOutside : public engine::RealOutside {
  public:
   using engine::RealOutside::RealOutside;
 
-  // From now on changes of files and folders whose path begins with `prefix` are taken down and answered as done.
+  // From now on changes of files and folders whose path begins with `prefix` are taken down and
+  // answered as done.
   void HoldChangesAt(const std::string& prefix);
   // From now on everything is done at once again. What was held stays held.
   void StopHolding() { holding_ = false; }
-  // Carries out what was held, in order, `prefix` in place of the one it was held at; the ledger names failures.
+  // Carries out what was held, in order, `prefix` in place of the one it was held at; the ledger
+  // names failures.
   void CarryOut(const std::string& prefix);
 
   // Calls `written` after every file written or copied, with its path.
@@ -44,7 +47,9 @@ class VerbOutside : public engine::RealOutside {
     std::string bytes = {};
   };
 
-  bool Holds(const std::string& path) const { return holding_ && path.compare(0, prefix_.size(), prefix_) == 0; }
+  bool Holds(const std::string& path) const {
+    return holding_ && path.compare(0, prefix_.size(), prefix_) == 0;
+  }
   engine::Status Hold(Change change);
   engine::Status Written(const std::string& path, engine::Status status);
   void Do(const Change& change, const std::string& prefix);

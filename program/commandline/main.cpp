@@ -1,5 +1,6 @@
-// The command line `stagemarks`. The verbs register themselves, the library reads the arguments and picks one, and that one runs
-// and answers the exit status. What cannot be read is refused here, with the name that was probably meant.
+// The command line `stagemarks`. The verbs register themselves, the library reads the arguments and
+// picks one, and that one runs and answers the exit status. What cannot be read is refused here,
+// with the name that was probably meant.
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -21,19 +22,29 @@
 namespace commandline {
 namespace {
 
-// For the build, which makes the manual page and the completion of it: `stagemarks --describe man|bash`.
-bool IsDescription(int count, char** words) { return count == 3 && std::string_view(words[1]) == "--describe"; }
+// For the build, which makes the manual page and the completion of it: `stagemarks --describe
+// man|bash`.
+bool IsDescription(int count, char** words) {
+  return count == 3 && std::string_view(words[1]) == "--describe";
+}
 
-// An import runs in a child, which is this program called as `stagemarks --import-worker PATH DESCRIPTOR`.
-bool IsImportWorker(int count, char** words) { return count == 4 && std::string_view(words[1]) == engine::kImportWorkerVerb; }
+// An import runs in a child, which is this program called as `stagemarks --import-worker PATH
+// DESCRIPTOR`.
+bool IsImportWorker(int count, char** words) {
+  return count == 4 && std::string_view(words[1]) == engine::kImportWorkerVerb;
+}
 
-// The desktop shows states with the pictures of a child, which is this program called as `stagemarks --state-worker`.
-bool IsStateWorker(int count, char** words) { return count == 2 && std::string_view(words[1]) == pictures::kStateWorkerVerb; }
+// The desktop shows states with the pictures of a child, which is this program called as
+// `stagemarks --state-worker`.
+bool IsStateWorker(int count, char** words) {
+  return count == 2 && std::string_view(words[1]) == pictures::kStateWorkerVerb;
+}
 
 using AddVerb = void (*)(CLI::App&, Program&);
 
 // Each function adds one verb; the help shows them below `title`.
-void AddGroup(CLI::App& app, Program& program, const char* title, std::initializer_list<AddVerb> verbs) {
+void AddGroup(CLI::App& app, Program& program, const char* title,
+              std::initializer_list<AddVerb> verbs) {
   for (const AddVerb add : verbs) {
     add(app, program);
     app.get_subcommands({}).back()->group(title);
@@ -42,9 +53,11 @@ void AddGroup(CLI::App& app, Program& program, const char* title, std::initializ
 
 void AddVerbs(CLI::App& app, Program& program) {
   AddGroup(app, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet});
-  AddGroup(app, program, "Stagemarks", {AddRecord, AddList, AddLoad, AddRename, AddDelete, AddDeleteAll, AddOptions});
+  AddGroup(app, program, "Stagemarks",
+           {AddRecord, AddList, AddLoad, AddRename, AddDelete, AddDeleteAll, AddOptions});
   AddGroup(app, program, "Many Stagemarks at once",
-           {AddCheck, AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
+           {AddCheck, AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera,
+            AddCleanMaterials});
   AddGroup(app, program, "Files and pictures", {AddExport, AddRender, AddSheet, AddDemo});
 }
 
@@ -57,7 +70,8 @@ void DescribeProgram(CLI::App& app, Program& program) {
   app.fallthrough();
   app.footer(
       "Nothing is written to your scene unless you say -o OUT or --write.\n"
-      "Exit status: 0 done, 1 it did not work, 2 wrong usage or an unknown name, 130 stopped by Ctrl-C.\n\n"
+      "Exit status: 0 done, 1 it did not work, 2 wrong usage or an unknown name, 130 stopped by "
+      "Ctrl-C.\n\n"
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"
       "  stagemarks set room.c4d --object \"Lamp*\" --render off --write\n"
@@ -65,9 +79,12 @@ void DescribeProgram(CLI::App& app, Program& program) {
       "  stagemarks list room.c4d");
 }
 
-// What is wrong with the arguments; a verb that does not exist is what a person wants to hear of first.
-std::string Complaint(const CLI::App& app, const CLI::ParseError& error, const std::vector<std::string>& words) {
-  const auto typed = std::find_if(words.begin(), words.end(), [](const std::string& word) { return word.rfind('-', 0) != 0; });
+// What is wrong with the arguments; a verb that does not exist is what a person wants to hear of
+// first.
+std::string Complaint(const CLI::App& app, const CLI::ParseError& error,
+                      const std::vector<std::string>& words) {
+  const auto typed = std::find_if(words.begin(), words.end(),
+                                  [](const std::string& word) { return word.rfind('-', 0) != 0; });
   if (!app.get_subcommands().empty()) return error.what();
   if (typed == words.end()) return "No verb was given.";
   std::vector<std::string> known;
@@ -76,10 +93,12 @@ std::string Complaint(const CLI::App& app, const CLI::ParseError& error, const s
 }
 
 // `--help` and `--version` come this way, too: they end the reading, and are no fault.
-int Refuse(const CLI::App& app, const CLI::ParseError& error, Program& program, const std::vector<std::string>& words) {
+int Refuse(const CLI::App& app, const CLI::ParseError& error, Program& program,
+           const std::vector<std::string>& words) {
   if (error.get_exit_code() == 0) return app.exit(error);
   const auto verbs = app.get_subcommands();
-  program.terminal.Error(Complaint(app, error, words) + "\n`stagemarks" + (verbs.empty() ? "" : " " + verbs.front()->get_name()) +
+  program.terminal.Error(Complaint(app, error, words) + "\n`stagemarks" +
+                         (verbs.empty() ? "" : " " + verbs.front()->get_name()) +
                          " --help` explains it.");
   return kUsage;
 }
@@ -90,7 +109,8 @@ int Run(int count, char** words) {
   DescribeProgram(app, program);
   AddVerbs(app, program);
   if (IsDescription(count, words)) {
-    std::cout << (std::string_view(words[2]) == "bash" ? TablesForBash(app) : TextForManualPage(app));
+    std::cout << (std::string_view(words[2]) == "bash" ? TablesForBash(app)
+                                                       : TextForManualPage(app));
     return kDone;
   }
   try {
@@ -110,7 +130,8 @@ int EndOutput(StandardOutput& output, int status) {
   const int error = output.Finish();
   if (error == 0) return status;
   if (error != EPIPE) {
-    std::fprintf(stderr, "stagemarks: Not all results could be printed: %s.\n", std::generic_category().message(error).c_str());
+    std::fprintf(stderr, "stagemarks: Not all results could be printed: %s.\n",
+                 std::generic_category().message(error).c_str());
   } else if (status == kDone) {
     std::signal(SIGPIPE, SIG_DFL);
     (void)std::raise(SIGPIPE);
@@ -119,7 +140,8 @@ int EndOutput(StandardOutput& output, int status) {
 }
 
 int RunAndPrint(int count, char** words) {
-  if (IsImportWorker(count, words)) return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
+  if (IsImportWorker(count, words))
+    return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
   if (IsStateWorker(count, words)) return pictures::RunStateWorker();
   StandardOutput output;
   return EndOutput(output, Run(count, words));

@@ -36,7 +36,9 @@ class SoftPainter {
 bool Is(const QStyleOption& option, QStyle::State state) { return (option.state & state) == state; }
 
 // Where a point of a unit square lies in `rect`.
-QPointF At(const QRectF& rect, double x, double y) { return {rect.left() + x * rect.width(), rect.top() + y * rect.height()}; }
+QPointF At(const QRectF& rect, double x, double y) {
+  return {rect.left() + x * rect.width(), rect.top() + y * rect.height()};
+}
 
 void DrawBox(QPainter& painter, const QRect& rect, QRgb ground, QRgb edge, double round = kRound) {
   SoftPainter soft(painter);
@@ -46,25 +48,33 @@ void DrawBox(QPainter& painter, const QRect& rect, QRgb ground, QRgb edge, doubl
 }
 
 QRgb EdgeOf(const QStyleOption& option) {
-  return Is(option, QStyle::State_Enabled | QStyle::State_HasFocus) ? PresentLook().accent : PresentLook().edge;
+  return Is(option, QStyle::State_Enabled | QStyle::State_HasFocus) ? PresentLook().accent
+                                                                    : PresentLook().edge;
 }
 
 // Of something one types into or chooses from.
 void DrawField(QPainter& painter, const QStyleOption& option, bool isButton) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && Is(option, QStyle::State_MouseOver);
-  const QRgb button = !enabled ? PresentLook().window : lit ? PresentLook().litButton : PresentLook().button;
-  DrawBox(painter, option.rect, isButton ? button : enabled ? PresentLook().field : PresentLook().window, EdgeOf(option));
+  const QRgb button = !enabled ? PresentLook().window
+                      : lit    ? PresentLook().litButton
+                               : PresentLook().button;
+  DrawBox(painter, option.rect,
+          isButton  ? button
+          : enabled ? PresentLook().field
+                    : PresentLook().window,
+          EdgeOf(option));
 }
 
 void DrawChevron(QPainter& painter, const QRect& rect, int quarterTurns, bool enabled) {
   constexpr double kHalfWidth = 3.2;
   SoftPainter soft(painter);
-  soft->setPen(
-      QPen(QColor(enabled ? PresentLook().quiet : PresentLook().faintMark), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  soft->setPen(QPen(QColor(enabled ? PresentLook().quiet : PresentLook().faintMark), 1.4,
+                    Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   soft->translate(QRectF(rect).center());
   soft->rotate(90.0 * quarterTurns);
-  soft->drawPolyline(QPolygonF({{-kHalfWidth, -kHalfWidth / 2}, {0, kHalfWidth / 2}, {kHalfWidth, -kHalfWidth / 2}}));
+  soft->drawPolyline(QPolygonF(
+      {{-kHalfWidth, -kHalfWidth / 2}, {0, kHalfWidth / 2}, {kHalfWidth, -kHalfWidth / 2}}));
 }
 
 void DrawTick(QPainter& painter, const QRectF& box, QRgb color) {
@@ -112,7 +122,8 @@ void DrawRing(QPainter& painter, const QRect& rect) {
   soft->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), kRound, kRound);
 }
 
-// Where something dragged would go: a line between two rows, with a ring where it begins, or a frame around a row.
+// Where something dragged would go: a line between two rows, with a ring where it begins, or a
+// frame around a row.
 void DrawDropPlace(QPainter& painter, const QRect& rect) {
   constexpr double kRing = 3;
   if (rect.isNull()) return;
@@ -127,7 +138,8 @@ void DrawDropPlace(QPainter& painter, const QRect& rect) {
   soft->drawLine(QPointF(rect.left() + 2 * kRing + 1, y), QPointF(rect.right(), y));
 }
 
-void DrawSlider(QPainter& painter, const QStyleOptionSlider& slider, const QRect& groove, const QRect& handle) {
+void DrawSlider(QPainter& painter, const QStyleOptionSlider& slider, const QRect& groove,
+                const QRect& handle) {
   constexpr int kLine = 4;
   constexpr double kKnob = 6;
   const bool enabled = Is(slider, QStyle::State_Enabled);
@@ -152,7 +164,8 @@ void DrawToolButton(QPainter& painter, const QStyleOption& option) {
 }
 
 void DrawSplitter(QPainter& painter, const QStyleOption& option) {
-  painter.fillRect(option.rect, QColor(Is(option, QStyle::State_MouseOver) ? PresentLook().accent : PresentLook().field));
+  painter.fillRect(option.rect, QColor(Is(option, QStyle::State_MouseOver) ? PresentLook().accent
+                                                                           : PresentLook().field));
 }
 
 void DrawHeader(QPainter& painter, const QStyleOption& option) {
@@ -161,7 +174,8 @@ void DrawHeader(QPainter& painter, const QStyleOption& option) {
   painter.drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
 }
 
-// Where nobody knows how much there is to do, a short piece runs to and fro whenever the bar is drawn: 0..1.
+// Where nobody knows how much there is to do, a short piece runs to and fro whenever the bar is
+// drawn: 0..1.
 double RunnerPlace() {
   constexpr int kWay = 1200;  // milliseconds
   const int now = QTime::currentTime().msecsSinceStartOfDay() % (2 * kWay);
@@ -195,22 +209,25 @@ int ChevronTurns(QStyle::PrimitiveElement element) {
 
 }  // namespace
 
-void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-                              const QWidget* widget) const {
+void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                              QPainter* painter, const QWidget* widget) const {
   switch (element) {
     case PE_IndicatorCheckBox:
     case PE_IndicatorItemViewItemCheck:
       return DrawCheckBox(*painter, *option);
     case PE_IndicatorTabClose:
-      if (Is(*option, State_MouseOver)) DrawBox(*painter, option->rect, PresentLook().litButton, PresentLook().litButton);
+      if (Is(*option, State_MouseOver))
+        DrawBox(*painter, option->rect, PresentLook().litButton, PresentLook().litButton);
       return Icon("close").paint(painter, option->rect.adjusted(2, 2, -2, -2));
     case PE_IndicatorMenuCheckMark:
-      return DrawTick(*painter, option->rect, Is(*option, State_Enabled) ? PresentLook().accent : PresentLook().faint);
+      return DrawTick(*painter, option->rect,
+                      Is(*option, State_Enabled) ? PresentLook().accent : PresentLook().faint);
     case PE_IndicatorRadioButton:
       return DrawRadioButton(*painter, *option);
     case PE_FrameFocusRect:
       // Everything else shows it in its own edge.
-      if (qobject_cast<const QToolButton*>(widget) || qobject_cast<const QTabBar*>(widget)) DrawRing(*painter, option->rect);
+      if (qobject_cast<const QToolButton*>(widget) || qobject_cast<const QTabBar*>(widget))
+        DrawRing(*painter, option->rect);
       return;
     case PE_IndicatorArrowDown:
     case PE_IndicatorArrowUp:
@@ -218,14 +235,16 @@ void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
     case PE_IndicatorArrowRight:
       return DrawChevron(*painter, option->rect, ChevronTurns(element), Is(*option, State_Enabled));
     case PE_IndicatorBranch:
-      if (Is(*option, State_Children)) DrawChevron(*painter, option->rect, Is(*option, State_Open) ? 0 : 3, true);
+      if (Is(*option, State_Children))
+        DrawChevron(*painter, option->rect, Is(*option, State_Open) ? 0 : 3, true);
       return;
     case PE_IndicatorItemViewItemDrop:
       return DrawDropPlace(*painter, option->rect);
     case PE_PanelButtonTool:
       return DrawToolButton(*painter, *option);
     case PE_PanelLineEdit:
-      if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option); frame && frame->lineWidth > 0) {
+      if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+          frame && frame->lineWidth > 0) {
         return DrawField(*painter, *option, false);
       }
       break;
@@ -235,7 +254,8 @@ void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
   QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
 
-void CalmStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const {
+void CalmStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                            const QWidget* widget) const {
   switch (element) {
     case CE_HeaderSection:
     case CE_HeaderEmptyArea:
@@ -245,7 +265,8 @@ void CalmStyle::drawControl(ControlElement element, const QStyleOption* option, 
     case CE_ProgressBarGroove:
       return;
     case CE_ProgressBarContents:
-      if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option); bar && bar->maximum > bar->minimum) {
+      if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option);
+          bar && bar->maximum > bar->minimum) {
         return DrawProgress(*painter, *bar);
       }
       break;
@@ -255,31 +276,37 @@ void CalmStyle::drawControl(ControlElement element, const QStyleOption* option, 
   QProxyStyle::drawControl(element, option, painter, widget);
 }
 
-void CalmStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
-                                   const QWidget* widget) const {
-  if (const auto* combo = qstyleoption_cast<const QStyleOptionComboBox*>(option); combo && control == CC_ComboBox) {
+void CalmStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                   QPainter* painter, const QWidget* widget) const {
+  if (const auto* combo = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+      combo && control == CC_ComboBox) {
     DrawField(*painter, *option, !combo->editable);
-    DrawChevron(*painter, subControlRect(control, option, SC_ComboBoxArrow, widget), 0, Is(*option, State_Enabled));
+    DrawChevron(*painter, subControlRect(control, option, SC_ComboBoxArrow, widget), 0,
+                Is(*option, State_Enabled));
     return;
   }
-  if (const auto* spin = qstyleoption_cast<const QStyleOptionSpinBox*>(option); spin && control == CC_SpinBox) {
+  if (const auto* spin = qstyleoption_cast<const QStyleOptionSpinBox*>(option);
+      spin && control == CC_SpinBox) {
     if (spin->frame) DrawField(*painter, *option, false);
     if (spin->buttonSymbols == QAbstractSpinBox::NoButtons) return;
     const bool enabled = Is(*option, State_Enabled);
     const QRect up = subControlRect(control, option, SC_SpinBoxUp, widget).translated(-2, 1);
     const QRect down = subControlRect(control, option, SC_SpinBoxDown, widget).translated(-2, -1);
     DrawChevron(*painter, up, 2, enabled && (spin->stepEnabled & QAbstractSpinBox::StepUpEnabled));
-    DrawChevron(*painter, down, 0, enabled && (spin->stepEnabled & QAbstractSpinBox::StepDownEnabled));
+    DrawChevron(*painter, down, 0,
+                enabled && (spin->stepEnabled & QAbstractSpinBox::StepDownEnabled));
     return;
   }
-  if (const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option); slider && control == CC_Slider) {
+  if (const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
+      slider && control == CC_Slider) {
     return DrawSlider(*painter, *slider, subControlRect(control, option, SC_SliderGroove, widget),
                       subControlRect(control, option, SC_SliderHandle, widget));
   }
   QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
 
-QSize CalmStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const {
+QSize CalmStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                                  const QWidget* widget) const {
   constexpr int kAroundText = 10;
   QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
   if (type == CT_ComboBox || type == CT_SpinBox || type == CT_LineEdit) {
@@ -288,7 +315,8 @@ QSize CalmStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
   return wanted;
 }
 
-QRect CalmStyle::subElementRect(SubElement element, const QStyleOption* option, const QWidget* widget) const {
+QRect CalmStyle::subElementRect(SubElement element, const QStyleOption* option,
+                                const QWidget* widget) const {
   constexpr int kBesideText = 4;
   const QRect rect = QProxyStyle::subElementRect(element, option, widget);
   const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
@@ -296,7 +324,8 @@ QRect CalmStyle::subElementRect(SubElement element, const QStyleOption* option, 
   return isField ? rect.adjusted(kBesideText, 0, -kBesideText, 0) : rect;
 }
 
-int CalmStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* more) const {
+int CalmStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                         QStyleHintReturn* more) const {
   switch (hint) {
     case SH_DialogButtonBox_ButtonsHaveIcons:
     case SH_ComboBox_Popup:
@@ -306,7 +335,8 @@ int CalmStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidg
   }
 }
 
-QIcon CalmStyle::standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const {
+QIcon CalmStyle::standardIcon(StandardPixmap which, const QStyleOption* option,
+                              const QWidget* widget) const {
   switch (which) {
     case SP_TitleBarCloseButton:
     case SP_DockWidgetCloseButton:

@@ -1,5 +1,5 @@
-// CalmStyle: how the controls are drawn: flat, with thin edges, and an edge of the accent's colour around what has the keyboard.
-// Everything else is the toolkit's Fusion. Main thread.
+// CalmStyle: how the controls are drawn: flat, with thin edges, and an edge of the accent's color
+// around what has the keyboard. Everything else is the toolkit's Fusion. Main thread.
 #pragma once
 
 #include <QProxyStyle>
@@ -12,14 +12,19 @@ class CalmStyle : public QProxyStyle {
 
   void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override;
-  void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const override;
-  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
-                          const QWidget* widget) const override;
-  QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const override;
-  QRect subElementRect(SubElement element, const QStyleOption* option, const QWidget* widget) const override;
-  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* more) const override;
+  void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                   const QWidget* widget) const override;
+  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                          QPainter* painter, const QWidget* widget) const override;
+  QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                         const QWidget* widget) const override;
+  QRect subElementRect(SubElement element, const QStyleOption* option,
+                       const QWidget* widget) const override;
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* more) const override;
   // Those of our family in place of the toolkit's.
-  QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override;
+  QIcon standardIcon(StandardPixmap which, const QStyleOption* option,
+                     const QWidget* widget) const override;
 };
 
 }  // namespace desktop

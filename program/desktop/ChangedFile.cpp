@@ -10,10 +10,11 @@ namespace desktop {
 namespace {
 
 QString Explanation(bool hasOwnChanges, bool saves) {
-  QString text = hasOwnChanges ? "You have changes that are not in it. Reload loses them and shows the file as it is now."
+  QString text = hasOwnChanges ? "You have changes that are not in it. Reload loses them and shows "
+                                 "the file as it is now."
                                : "Reload shows the file as it is now.";
-  text +=
-      saves ? " Keep Mine writes yours over it." : " Keep Mine goes on with yours, and the next saving writes it over the file.";
+  text += saves ? " Keep Mine writes yours over it."
+                : " Keep Mine goes on with yours, and the next saving writes it over the file.";
   return text + " Save As leaves the file alone and writes yours under another name.";
 }
 
@@ -21,8 +22,9 @@ QString Explanation(bool hasOwnChanges, bool saves) {
 
 ChangedFileAnswer AskAboutChangedFile(QWidget* window, const host::BaseDocument& doc, bool saves) {
   const bool hasOwnChanges = doc.GetChanged();
-  QMessageBox box(QMessageBox::Warning, "Changed on disk", "Another program has changed \"" + ShortTitle(doc) + "\".",
-                  QMessageBox::NoButton, window);
+  QMessageBox box(QMessageBox::Warning, "Changed on disk",
+                  "Another program has changed \"" + ShortTitle(doc) + "\".", QMessageBox::NoButton,
+                  window);
   box.setTextFormat(Qt::PlainText);
   box.setInformativeText(Explanation(hasOwnChanges, saves));
   QPushButton* reload = box.addButton("&Reload", QMessageBox::DestructiveRole);

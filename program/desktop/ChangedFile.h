@@ -1,4 +1,5 @@
-// ChangedFile: the question what to do where another program has changed the file of an open document. Main thread.
+// ChangedFile: the question what to do where another program has changed the file of an open
+// document. Main thread.
 #pragma once
 
 #include <QWidget>
@@ -14,8 +15,8 @@ enum class ChangedFileAnswer {
   Later,
 };
 
-// What Enter answers loses nothing: reloading where nothing is changed here, else saving under another name. `saves`: a person is
-// about to save.
+// What Enter answers loses nothing: reloading where nothing is changed here, else saving under
+// another name. `saves`: a person is about to save.
 ChangedFileAnswer AskAboutChangedFile(QWidget* window, const host::BaseDocument& doc, bool saves);
 
 }  // namespace desktop

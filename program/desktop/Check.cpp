@@ -13,13 +13,15 @@ namespace desktop {
 namespace {
 
 void PrintFile(const char* what, const std::string& path) {
-  std::cout << what << path << (QFileInfo::exists(QString::fromStdString(path)) ? "" : "  (not there)") << '\n';
+  std::cout << what << path
+            << (QFileInfo::exists(QString::fromStdString(path)) ? "" : "  (not there)") << '\n';
 }
 
 void PrintPlaces(const engine::Application& application) {
   std::cout << "stagemarks-desktop " << QApplication::applicationVersion().toStdString() << '\n';
   PrintFile("plug-ins: ", engine::PluginFolder());
-  for (const engine::CommandPlugin& command : application.Commands()) std::cout << "  " << command.name.ToUtf8() << '\n';
+  for (const engine::CommandPlugin& command : application.Commands())
+    std::cout << "  " << command.name.ToUtf8() << '\n';
   PrintFile("importer: ", engine::ImportWorkerProgram());
   PrintFile("sample:   ", engine::SampleScene());
 }
@@ -39,7 +41,8 @@ int RunCheck(engine::Application& application, CheckingPerson& person, const QSt
       person.Tell(opened.Message());
       continue;
     }
-    std::cout << "opened:   " << scene.toStdString() << ", objects: " << engine::CountScene(*opened.Value()).objects << '\n';
+    std::cout << "opened:   " << scene.toStdString()
+              << ", objects: " << engine::CountScene(*opened.Value()).objects << '\n';
   }
   QApplication::processEvents();
   return person.Told() == 0 ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -1,17 +1,20 @@
-// Check: what `stagemarks-desktop --check` does: everything a start does, then a list of what was found, and an end without
-// anybody being asked. Main thread.
+// Check: what `stagemarks-desktop --check` does: everything a start does, then a list of what was
+// found, and an end without anybody being asked. Main thread.
 #pragma once
 
 #include "program/desktop/MainWindow.h"
 
 namespace desktop {
 
-// Nobody sits there: what is told goes to the error stream and is counted, questions are answered no.
+// Nobody sits there: what is told goes to the error stream and is counted, questions are answered
+// no.
 class CheckingPerson : public DesktopPerson {
  public:
   void Tell(const std::string& text) override;
   bool Ask(const std::string&) override { return false; }
-  std::optional<std::string> ChooseFile(const engine::FileQuestion&) override { return std::nullopt; }
+  std::optional<std::string> ChooseFile(const engine::FileQuestion&) override {
+    return std::nullopt;
+  }
   // How often something was told.
   int Told() const { return told_; }
 
@@ -19,8 +22,8 @@ class CheckingPerson : public DesktopPerson {
   int told_ = 0;
 };
 
-// Opens `scenes`, lets the window draw, prints places, plug-ins and scenes to the standard output. Recent files stay as they are.
-// 0 when everything was found and opened, else 1.
+// Opens `scenes`, lets the window draw, prints places, plug-ins and scenes to the standard output.
+// Recent files stay as they are. 0 when everything was found and opened, else 1.
 int RunCheck(engine::Application& application, CheckingPerson& person, const QStringList& scenes);
 
 }  // namespace desktop

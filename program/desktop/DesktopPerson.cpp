@@ -25,16 +25,19 @@ constexpr int kNarrowestBox = 340;
 constexpr int kLongestAbout = 200;
 
 bool SaysItWarns(const std::string& text) {
-  static const QRegularExpression kFirstWords("^\\s*(\\w+\\s+)?(warning|error)\\b", QRegularExpression::CaseInsensitiveOption);
+  static const QRegularExpression kFirstWords("^\\s*(\\w+\\s+)?(warning|error)\\b",
+                                              QRegularExpression::CaseInsensitiveOption);
   return kFirstWords.match(ToQt(text)).hasMatch();
 }
 
-int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text, QMessageBox::StandardButtons buttons,
-            QMessageBox::StandardButton proposed, const QString& about = {}) {
+int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text,
+            QMessageBox::StandardButtons buttons, QMessageBox::StandardButton proposed,
+            const QString& about = {}) {
   QMessageBox box(icon, QApplication::applicationDisplayName(), ToQt(text), buttons, window);
   box.setDefaultButton(proposed);
   box.setTextFormat(Qt::PlainText);
-  box.setInformativeText(about.size() > kLongestAbout ? about.left(kLongestAbout) + QChar(0x2026) : about);
+  box.setInformativeText(about.size() > kLongestAbout ? about.left(kLongestAbout) + QChar(0x2026)
+                                                      : about);
   // A width for the text itself would take the place of what the text needs.
   if (auto* grid = qobject_cast<QGridLayout*>(box.layout())) {
     grid->addItem(new QSpacerItem(kNarrowestBox, 0), grid->rowCount(), 0, 1, grid->columnCount());
@@ -49,7 +52,8 @@ DesktopPerson::DesktopPerson() {
   over_.setInterval(0);
   QObject::connect(&over_, &QTimer::timeout, &over_, [this] { EndProgress(); });
   engine::ListenForFailedViewers([this](const std::string& path) {
-    const std::string text = "\"" + path + "\" cannot be shown: the system has no program for it, or that failed.";
+    const std::string text =
+        "\"" + path + "\" cannot be shown: the system has no program for it, or that failed.";
     QMetaObject::invokeMethod(
         &over_, [this, text] { Warn(text); }, Qt::QueuedConnection);
   });
@@ -60,7 +64,8 @@ DesktopPerson::~DesktopPerson() { engine::ListenForFailedViewers({}); }
 void DesktopPerson::Tell(const std::string& text) {
   EndProgress();
   const FreePointer pointer;
-  ShowBox(window_, SaysItWarns(text) ? QMessageBox::Warning : QMessageBox::Information, text, QMessageBox::Ok, QMessageBox::Ok);
+  ShowBox(window_, SaysItWarns(text) ? QMessageBox::Warning : QMessageBox::Information, text,
+          QMessageBox::Ok, QMessageBox::Ok);
 }
 
 void DesktopPerson::Warn(const std::string& text) {
@@ -72,8 +77,8 @@ void DesktopPerson::Warn(const std::string& text) {
 bool DesktopPerson::Ask(const std::string& text) {
   EndProgress();
   const FreePointer pointer;
-  return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No, Concern::Present()) ==
-         QMessageBox::Yes;
+  return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No,
+                 QMessageBox::No, Concern::Present()) == QMessageBox::Yes;
 }
 
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {
@@ -92,9 +97,11 @@ void DesktopPerson::ClearStatus() {
   if (status) status({});
 }
 
-// Other threads only hear whether to go on: the box belongs to the main thread, which shows it where it reports itself.
+// Other threads only hear whether to go on: the box belongs to the main thread, which shows it
+// where it reports itself.
 bool DesktopPerson::Progress(double fraction, const std::string& what) {
-  return QThread::currentThread() != QApplication::instance()->thread() || ShowProgress(fraction, what);
+  return QThread::currentThread() != QApplication::instance()->thread() ||
+         ShowProgress(fraction, what);
 }
 
 bool DesktopPerson::Writing(const std::string& path) {
@@ -110,9 +117,10 @@ bool DesktopPerson::ShowProgress(double fraction, const std::string& what) {
   if (begun_.elapsed() < patience.count()) return true;
   if (!progress_) MakeBox();
   // Work that tells often is not held up by drawing.
-  if (shown_.isValid() && shown_.elapsed() < kMillisecondsBetweenShows) return !progress_->wasCanceled();
-  progress_->setLabelText(progress_->fontMetrics().elidedText(ToQt(what), Qt::ElideMiddle,
-                                                              kLongestDoing * progress_->fontMetrics().averageCharWidth()));
+  if (shown_.isValid() && shown_.elapsed() < kMillisecondsBetweenShows)
+    return !progress_->wasCanceled();
+  progress_->setLabelText(progress_->fontMetrics().elidedText(
+      ToQt(what), Qt::ElideMiddle, kLongestDoing * progress_->fontMetrics().averageCharWidth()));
   if (fraction >= 0) progress_->setMaximum(kProgressSteps);
   if (fraction >= 0) progress_->setValue(static_cast<int>(fraction * kProgressSteps));
   LetLive();
@@ -120,7 +128,8 @@ bool DesktopPerson::ShowProgress(double fraction, const std::string& what) {
   return !progress_->wasCanceled();
 }
 
-// When it comes up is decided here: the toolkit would begin its waiting anew with each part of the work.
+// When it comes up is decided here: the toolkit would begin its waiting anew with each part of the
+// work.
 void DesktopPerson::MakeBox() {
   progress_ = new QProgressDialog(window_);
   progress_->setWindowModality(Qt::ApplicationModal);

@@ -1,6 +1,6 @@
-// DesktopPerson: the person in front of the window: messages and questions are boxes, files are chosen in a dialog, status and
-// progress show in the window. Work on the main thread that reports its progress keeps the window alive and can be stopped.
-// Main thread, except Progress.
+// DesktopPerson: the person in front of the window: messages and questions are boxes, files are
+// chosen in a dialog, status and progress show in the window. Work on the main thread that reports
+// its progress keeps the window alive and can be stopped. Main thread, except Progress.
 #pragma once
 
 #include <QElapsedTimer>
@@ -23,7 +23,8 @@ class DesktopPerson : public engine::Person {
   void SitAt(QWidget* window) { window_ = window; }
   // Where the status line shows; an empty text clears it.
   std::function<void(const QString&)> status;
-  // Hears of a file or folder that a plug-in asked for and the person chose; with false it is not taken, as if it was called off.
+  // Hears of a file or folder that a plug-in asked for and the person chose; with false it is not
+  // taken, as if it was called off.
   std::function<bool(const engine::FileQuestion& question, const std::string& path)> choosing;
   // How long work goes on before its progress shows.
   std::chrono::milliseconds patience{60};
@@ -32,7 +33,8 @@ class DesktopPerson : public engine::Person {
   void Tell(const std::string& text) override;
   // Something did not work: shown as a warning.
   void Warn(const std::string& text);
-  // The answer that Enter gives is no: what plug-ins ask about is deleting and overwriting, which no undo brings back.
+  // The answer that Enter gives is no: what plug-ins ask about is deleting and overwriting, which
+  // no undo brings back.
   bool Ask(const std::string& text) override;
   std::optional<std::string> ChooseFile(const engine::FileQuestion& question) override;
   void ShowStatus(const std::string& text) override;
@@ -51,7 +53,8 @@ class DesktopPerson : public engine::Person {
   QElapsedTimer begun_;  // valid while something works
   QElapsedTimer shown_;  // since it was drawn last
   bool living_ = false;  // events are being handled in the middle of the work
-  QTimer over_;          // fires when the work has come back to the event loop, since much work says nothing at its end
+  // Fires when the work has come back to the event loop, since much work says nothing at its end
+  QTimer over_;
 };
 
 }  // namespace desktop

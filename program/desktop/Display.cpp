@@ -19,12 +19,15 @@ QString& Heard() {
 QString Reason(const QString& last) {
   const QString advice = "et DISPLAY, or use the command line: stagemarks --help.";
   const QString chosen = qEnvironmentVariable("QT_QPA_PLATFORM");
-  if (!chosen.isEmpty() && !chosen.startsWith("xcb") && !chosen.startsWith("wayland")) return Heard() + last;
+  if (!chosen.isEmpty() && !chosen.startsWith("xcb") && !chosen.startsWith("wayland"))
+    return Heard() + last;
   const QString display = qEnvironmentVariable("DISPLAY");
   const QString wayland = qEnvironmentVariable("WAYLAND_DISPLAY");
   if (display.isEmpty() && wayland.isEmpty()) return "No display was found. S" + advice;
-  if (display.isEmpty()) return "The display \"" + wayland + "\" could not be opened. Install qt6-wayland, s" + advice;
-  if (Heard().contains("could not connect to display")) return "The display \"" + display + "\" could not be opened. S" + advice;
+  if (display.isEmpty())
+    return "The display \"" + wayland + "\" could not be opened. Install qt6-wayland, s" + advice;
+  if (Heard().contains("could not connect to display"))
+    return "The display \"" + display + "\" could not be opened. S" + advice;
   return Heard() + last;
 }
 

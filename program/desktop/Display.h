@@ -1,4 +1,5 @@
-// Display: says in a sentence why there is no window, where the toolkit would only abort. Main thread, before the toolkit starts.
+// Display: says in a sentence why there is no window, where the toolkit would only abort. Main
+// thread, before the toolkit starts.
 #pragma once
 
 namespace desktop {

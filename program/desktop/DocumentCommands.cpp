@@ -21,7 +21,9 @@ constexpr std::size_t kMostToldAtOnce = 5;
 constexpr const char* kOwnSuffix = ".c4d";
 
 std::string PathOf(const host::BaseDocument& doc) {
-  return doc.GetDocumentPath().Content() ? (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8() : "";
+  return doc.GetDocumentPath().Content()
+             ? (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()
+             : "";
 }
 
 bool IsOwnScene(const std::string& path) { return path.ends_with(kOwnSuffix); }
@@ -35,7 +37,8 @@ std::string ProposedPath(const host::BaseDocument& doc) {
 }
 
 std::string JoinedNotes(const std::string& path, const std::vector<std::string>& notes) {
-  std::string text = "\"" + QFileInfo(ToQt(path)).fileName().toStdString() + "\" was opened. Not all of it came along:\n";
+  std::string text = "\"" + QFileInfo(ToQt(path)).fileName().toStdString() +
+                     "\" was opened. Not all of it came along:\n";
   for (const std::string& note : notes) text += "\n\u2022 " + note;
   return text;
 }
@@ -61,7 +64,8 @@ QString ShortTitle(const host::BaseDocument& doc) {
   return title.size() > kLongestTitle ? title.left(kLongestTitle - 1) + QChar(0x2026) : title;
 }
 
-DocumentCommands::DocumentCommands(engine::Application& application, DesktopPerson& person, Settings& settings, QWidget* window)
+DocumentCommands::DocumentCommands(engine::Application& application, DesktopPerson& person,
+                                   Settings& settings, QWidget* window)
     : application_(application), person_(person), settings_(settings), window_(window) {}
 
 void DocumentCommands::New() {
@@ -73,7 +77,9 @@ void DocumentCommands::New() {
 void DocumentCommands::AskAndOpen(const char* filter) {
   const QString recent = RecentFiles().value(0);
   const std::string folder = recent.isEmpty() ? "" : QFileInfo(recent).path().toStdString();
-  const auto path = ChooseFile(window_, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_LOAD, "Open a scene", folder}, filter);
+  const auto path = ChooseFile(
+      window_, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_LOAD, "Open a scene", folder},
+      filter);
   if (path) Open(*path);
 }
 
@@ -88,9 +94,11 @@ void DocumentCommands::OpenAll(const std::vector<std::string>& paths) {
   std::string messages;
   for (const std::string& path : paths) {
     const engine::Status opened = TryToOpen(path);
-    if (!opened && ++failed <= kMostToldAtOnce) messages += (failed > 1 ? "\n\n" : "") + opened.Message();
+    if (!opened && ++failed <= kMostToldAtOnce)
+      messages += (failed > 1 ? "\n\n" : "") + opened.Message();
   }
-  if (failed > kMostToldAtOnce) messages += "\n\nand " + std::to_string(failed - kMostToldAtOnce) + " more.";
+  if (failed > kMostToldAtOnce)
+    messages += "\n\nand " + std::to_string(failed - kMostToldAtOnce) + " more.";
   if (failed > 0) person_.Warn(messages);
 }
 
@@ -108,7 +116,8 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   return {};
 }
 
-engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::string& kept, const std::string& path) {
+engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::string& kept,
+                                                                    const std::string& path) {
   auto opened = application_.OpenDocument(kept);
   if (!opened) return opened;
   host::BaseDocument& doc = *opened.Value();
@@ -126,7 +135,8 @@ void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
   const auto documents = application_.Documents();
   if (documents.size() != 2) return;
   host::BaseDocument* other = documents[0] == opened ? documents[1] : documents[0];
-  if (PathOf(*other).empty() && !other->GetChanged() && !other->GetFirstObject()) host::KillDocument(other);
+  if (PathOf(*other).empty() && !other->GetChanged() && !other->GetFirstObject())
+    host::KillDocument(other);
 }
 
 bool DocumentCommands::Save(host::BaseDocument& doc) {
@@ -134,7 +144,8 @@ bool DocumentCommands::Save(host::BaseDocument& doc) {
   return Write(doc, PathOf(doc));
 }
 
-// The file may change also while a question stands there, or while this waits for another program that writes it.
+// The file may change also while a question stands there, or while this waits for another program
+// that writes it.
 bool DocumentCommands::Write(host::BaseDocument& doc, const std::string& path) {
   const host::ULLONG id = IdentityOf(&doc);
   for (;;) {
@@ -175,7 +186,8 @@ void DocumentCommands::Reload(host::BaseDocument& doc) {
 void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
   const host::ULLONG id = IdentityOf(&doc);
   // What is still to get a place was not read from there.
-  const engine::FileNow now = unplaced_.contains(id) ? engine::FileNow::AsRead : application_.LookAtFileOf(doc);
+  const engine::FileNow now =
+      unplaced_.contains(id) ? engine::FileNow::AsRead : application_.LookAtFileOf(doc);
   if (now == engine::FileNow::AsRead) {
     told_.erase(id);
     return;
@@ -193,15 +205,19 @@ void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
   if (FindOpenDocument(id) != &doc) return;
   if (answer == ChangedFileAnswer::Reload) Reload(doc);
   if (answer == ChangedFileAnswer::SaveAs) SaveAs(doc);
-  if (answer != ChangedFileAnswer::KeepMine || engine::Outside::Current().Stamp(PathOf(doc)) != stamp) return;
+  if (answer != ChangedFileAnswer::KeepMine ||
+      engine::Outside::Current().Stamp(PathOf(doc)) != stamp)
+    return;
   application_.AcceptFileOf(doc);
   // What is here is in no file any more.
   doc.SetChanged();
 }
 
 bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
-  const auto path = ChooseFile(
-      window_, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_SAVE, "Save the scene as", ProposedPath(doc)}, kOwnScenes);
+  const auto path = ChooseFile(window_,
+                               {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_SAVE,
+                                "Save the scene as", ProposedPath(doc)},
+                               kOwnScenes);
   if (!path) return false;
   const bool saved = Write(doc, *path);
   if (saved && PathOf(doc) == *path) {
@@ -229,7 +245,8 @@ bool DocumentCommands::MayCloseAll() {
 
 bool DocumentCommands::MayClose(host::BaseDocument& doc) {
   if (!doc.GetChanged()) return true;
-  QMessageBox box(QMessageBox::Warning, "Unsaved changes", "Save the changes to \"" + ShortTitle(doc) + "\"?",
+  QMessageBox box(QMessageBox::Warning, "Unsaved changes",
+                  "Save the changes to \"" + ShortTitle(doc) + "\"?",
                   QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window_);
   box.setTextFormat(Qt::PlainText);
   box.setInformativeText("Without saving they are lost.");

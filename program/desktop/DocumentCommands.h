@@ -1,5 +1,6 @@
-// DocumentCommands: what the File menu does with documents: new, open, save, close, each with its questions; failures are told in
-// a box and change nothing. It owns the list of recent files. Main thread.
+// DocumentCommands: what the File menu does with documents: new, open, save, close, each with its
+// questions; failures are told in a box and change nothing. It owns the list of recent files. Main
+// thread.
 #pragma once
 
 #include <QWidget>
@@ -20,7 +21,8 @@ QString ShortTitle(const host::BaseDocument& doc);
 
 class DocumentCommands {
  public:
-  DocumentCommands(engine::Application& application, DesktopPerson& person, Settings& settings, QWidget* window);
+  DocumentCommands(engine::Application& application, DesktopPerson& person, Settings& settings,
+                   QWidget* window);
 
   void New();
   // Asks for a scene; `filter` is one of the chooser's.
@@ -29,17 +31,21 @@ class DocumentCommands {
   bool Open(const std::string& path);
   // Opens each; what cannot be opened is told at the end in one box.
   void OpenAll(const std::vector<std::string>& paths);
-  // Opens work that was kept when a desktop crashed, as a changed document that stood at `path` (empty: nowhere). Its first
-  // saving asks for the place.
-  engine::Result<host::BaseDocument*> OpenRecovered(const std::string& kept, const std::string& path);
-  // Asks for a place where the document has none of our own yet, and what to do where another program has changed the file. False
-  // when cancelled, failed, or when the document was given up for the changed file.
+  // Opens work that was kept when a desktop crashed, as a changed document that stood at `path`
+  // (empty: nowhere). Its first saving asks for the place.
+  engine::Result<host::BaseDocument*> OpenRecovered(const std::string& kept,
+                                                    const std::string& path);
+  // Asks for a place where the document has none of our own yet, and what to do where another
+  // program has changed the file. False when canceled, failed, or when the document was given up
+  // for the changed file.
   bool Save(host::BaseDocument& doc);
   bool SaveAs(host::BaseDocument& doc);
-  // Asks what to do when another program has changed the file of the document, once for each change; says so in the status line
-  // when the file is gone. For when a person comes back to the window or to the document.
+  // Asks what to do when another program has changed the file of the document, once for each
+  // change; says so in the status line when the file is gone. For when a person comes back to the
+  // window or to the document.
   void LookAtFile(host::BaseDocument& doc);
-  // Asks about unsaved changes; there is always one document left. False when the person wants it to stay.
+  // Asks about unsaved changes; there is always one document left. False when the person wants it
+  // to stay.
   bool Close(host::BaseDocument& doc);
   // Asks about every changed document; true when all may go.
   bool MayCloseAll();
@@ -51,7 +57,8 @@ class DocumentCommands {
  private:
   engine::Status TryToOpen(const std::string& path);
   bool MayClose(host::BaseDocument& doc);
-  // Asks what to do where another program has changed the file; false when nothing was written, which was told then.
+  // Asks what to do where another program has changed the file; false when nothing was written,
+  // which was told then.
   bool Write(host::BaseDocument& doc, const std::string& path);
   // Without questions; tells what came of it where it went well.
   engine::Status WriteOnce(host::BaseDocument& doc, const std::string& path);
@@ -65,8 +72,10 @@ class DocumentCommands {
   DesktopPerson& person_;
   Settings& settings_;
   QWidget* window_;
-  std::unordered_set<host::ULLONG> unplaced_;                 // imported or recovered: the first saving asks where to
-  std::unordered_map<host::ULLONG, engine::FileStamp> told_;  // the file of a document when its change was told of last
+  // Imported or recovered: the first saving asks where to
+  std::unordered_set<host::ULLONG> unplaced_;
+  // The file of a document when its change was told of last
+  std::unordered_map<host::ULLONG, engine::FileStamp> told_;
 };
 
 }  // namespace desktop

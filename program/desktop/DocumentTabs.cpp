@@ -8,11 +8,14 @@ namespace desktop {
 
 namespace {
 
-QString TextOf(const host::BaseDocument& doc) { return Label(ToHost(ShortTitle(doc))) + (doc.GetChanged() ? "*" : ""); }
+QString TextOf(const host::BaseDocument& doc) {
+  return Label(ToHost(ShortTitle(doc))) + (doc.GetChanged() ? "*" : "");
+}
 
 }  // namespace
 
-DocumentTabs::DocumentTabs(engine::Application& application, DocumentCommands& commands, QWidget* parent)
+DocumentTabs::DocumentTabs(engine::Application& application, DocumentCommands& commands,
+                           QWidget* parent)
     : QTabBar(parent), application_(application), commands_(commands) {
   setDocumentMode(true);
   setExpanding(false);
@@ -25,11 +28,13 @@ DocumentTabs::DocumentTabs(engine::Application& application, DocumentCommands& c
 
 void DocumentTabs::Follow(host::BaseDocument* doc) {
   std::vector<Tab> tabs;
-  for (const host::BaseDocument* open : application_.Documents()) tabs.push_back({IdentityOf(open), TextOf(*open)});
+  for (const host::BaseDocument* open : application_.Documents())
+    tabs.push_back({IdentityOf(open), TextOf(*open)});
   showing_ = true;
   if (tabs != tabs_) Show(tabs);
   const auto isActive = [&](const Tab& tab) { return tab.document == IdentityOf(doc); };
-  setCurrentIndex(static_cast<int>(std::find_if(tabs_.begin(), tabs_.end(), isActive) - tabs_.begin()));
+  setCurrentIndex(
+      static_cast<int>(std::find_if(tabs_.begin(), tabs_.end(), isActive) - tabs_.begin()));
   showing_ = false;
 }
 

@@ -1,5 +1,5 @@
-// DocumentTabs: the open documents as tabs above the picture; hidden while there is only one. A click goes there, the cross asks
-// and closes. It owns no document. Main thread.
+// DocumentTabs: the open documents as tabs above the picture; hidden while there is only one. A
+// click goes there, the cross asks and closes. It owns no document. Main thread.
 #pragma once
 
 #include <QTabBar>

@@ -4,7 +4,8 @@ namespace desktop {
 
 QMimeData* DraggedNodes(const char* mime, const std::vector<engine::NodeId>& nodes) {
   QByteArrayList texts;
-  for (const engine::NodeId node : nodes) texts.append(QByteArray::number(static_cast<qulonglong>(node)));
+  for (const engine::NodeId node : nodes)
+    texts.append(QByteArray::number(static_cast<qulonglong>(node)));
   auto* data = new QMimeData;
   data->setData(mime, texts.join(' '));
   return data;

@@ -1,4 +1,5 @@
-// What is dragged from panel to panel: identities as decimal texts with a blank between them. Main thread.
+// What is dragged from panel to panel: identities as decimal texts with a blank between them. Main
+// thread.
 #pragma once
 
 #include <QMimeData>

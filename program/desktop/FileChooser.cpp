@@ -24,12 +24,14 @@ class Chooser : public QFileDialog {
  public:
   using QFileDialog::QFileDialog;
 
-  // The toolkit keeps the row of the proposed file chosen while another name is typed, unless the field has the focus: it would
-  // answer with a file that nobody named.
+  // The toolkit keeps the row of the proposed file chosen while another name is typed, unless the
+  // field has the focus: it would answer with a file that nobody named.
   void ChooseWhatIsTyped() {
     const auto* field = findChild<QLineEdit*>("fileNameEdit");
     auto* list = findChild<QAbstractItemView*>("listView");
-    if (field && list) connect(field, &QLineEdit::textEdited, list->selectionModel(), [list] { list->clearSelection(); });
+    if (field && list)
+      connect(field, &QLineEdit::textEdited, list->selectionModel(),
+              [list] { list->clearSelection(); });
   }
 
  protected:
@@ -44,7 +46,8 @@ class Chooser : public QFileDialog {
     const QString typed = field ? field->text() : QString();
     const QFileInfo folder(directory(), typed);
     if (typed.isEmpty() || folder.exists() || !QFileInfo(folder.path()).isDir()) return true;
-    const engine::Status made = engine::Outside::Current().MakeFolder(folder.absoluteFilePath().toStdString());
+    const engine::Status made =
+        engine::Outside::Current().MakeFolder(folder.absoluteFilePath().toStdString());
     if (!made) QMessageBox::warning(this, windowTitle(), ToQt(made.Message()));
     return made.Ok();
   }
@@ -52,12 +55,15 @@ class Chooser : public QFileDialog {
 
 }  // namespace
 
-std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestion& question, const QString& filter) {
+std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestion& question,
+                                      const QString& filter) {
   Chooser dialog(parent, ToQt(question.title));
   const bool isFolder = question.flags & host::FILESELECT_DIRECTORY;
   const bool isSave = question.flags & host::FILESELECT_SAVE;
   dialog.setAcceptMode(isSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-  dialog.setFileMode(isFolder ? QFileDialog::Directory : isSave ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  dialog.setFileMode(isFolder ? QFileDialog::Directory
+                     : isSave ? QFileDialog::AnyFile
+                              : QFileDialog::ExistingFile);
   // The system's own chooser cannot be taught new names.
   if (isFolder) dialog.setOption(QFileDialog::DontUseNativeDialog);
   if (isFolder) dialog.setOption(QFileDialog::ShowDirsOnly);

@@ -1,4 +1,5 @@
-// FreeNames: names that no element of a tree has yet, found for many in one look at it: "Cube.1", "Cube.2", ... Main thread.
+// FreeNames: names that no element of a tree has yet, found for many in one look at it: "Cube.1",
+// "Cube.2", ... Main thread.
 #pragma once
 
 #include <string>

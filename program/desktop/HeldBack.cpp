@@ -29,11 +29,15 @@ bool BelongsTo(const QObject* object, const QObject& owner) {
 
 }  // namespace
 
-HeldBack::HeldBack(QObject& heard) : heard_(heard) { QCoreApplication::instance()->installEventFilter(this); }
+HeldBack::HeldBack(QObject& heard) : heard_(heard) {
+  QCoreApplication::instance()->installEventFilter(this);
+}
 
-// The toolkit's own windows pass events on to widgets, where they are met again. A window that nobody told to stay would close.
+// The toolkit's own windows pass events on to widgets, where they are met again. A window that
+// nobody told to stay would close.
 bool HeldBack::eventFilter(QObject* receiver, QEvent* event) {
-  if (!IsHeldBack(event->type()) || receiver->isWindowType() || BelongsTo(receiver, heard_)) return false;
+  if (!IsHeldBack(event->type()) || receiver->isWindowType() || BelongsTo(receiver, heard_))
+    return false;
   event->ignore();
   return true;
 }

@@ -69,7 +69,8 @@ class DrawnIcon : public QIconEngine {
  private:
   // As one picture: strokes that cross would add up.
   void PaintFaint(QPainter& painter, const QRect& rect) {
-    const QPixmap whole = pixmap(rect.size() * painter.device()->devicePixelRatioF(), QIcon::Normal, QIcon::Off);
+    const QPixmap whole =
+        pixmap(rect.size() * painter.device()->devicePixelRatioF(), QIcon::Normal, QIcon::Off);
     painter.save();
     painter.setOpacity(painter.opacity() * kFaint);
     painter.drawPixmap(rect, whole);
@@ -81,7 +82,8 @@ class DrawnIcon : public QIconEngine {
 
 QIcon Load(const QString& name) {
   QFile file(kFolder + name + kSuffix);
-  auto drawing = std::make_shared<Drawing>(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
+  auto drawing =
+      std::make_shared<Drawing>(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
   if (!drawing->dark.isValid()) qWarning("There is no icon \"%s\".", qPrintable(name));
   return QIcon(new DrawnIcon(std::move(drawing)));
 }
@@ -96,7 +98,8 @@ QIcon Icon(const QString& name) {
 
 QStringList IconNames() {
   QStringList names;
-  for (const QString& file : QDir(kFolder).entryList({QString("*") + kSuffix}, QDir::Files, QDir::Name)) {
+  for (const QString& file :
+       QDir(kFolder).entryList({QString("*") + kSuffix}, QDir::Files, QDir::Name)) {
     names.append(file.chopped(4));
   }
   return names;

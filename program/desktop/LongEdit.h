@@ -1,5 +1,5 @@
-// LongEdit: one undo step of a person that may touch very many elements. It tells how far it is, and when it is stopped
-// everything is as it was. Main thread.
+// LongEdit: one undo step of a person that may touch very many elements. It tells how far it is,
+// and when it is stopped everything is as it was. Main thread.
 #pragma once
 
 #include <string>
@@ -13,7 +13,8 @@ class LongEdit {
   // `name`: of the step, which is told of, too. `steps`: how many Step is called about.
   LongEdit(host::BaseDocument& doc, const std::string& name, std::size_t steps);
 
-  // To be asked before each element. False when it is stopped: what was done is taken back then, and nothing more may be done.
+  // To be asked before each element. False when it is stopped: what was done is taken back then,
+  // and nothing more may be done.
   bool Step();
   // How far a part of it is that knows that by itself, as if from 0 to 1 `steps` steps were done.
   bool Reach(double share, std::size_t steps);

@@ -1,5 +1,6 @@
-// Look: the colours of the program's own widgets: greys without a cast, so that pictures are judged by themselves, and one warm
-// accent. There are a dark one and a light one; one of them is in use. Main thread.
+// Look: the colors of the program's own widgets: grays without a cast, so that pictures are judged
+// by themselves, and one warm accent. There are a dark one and a light one; one of them is in use.
+// Main thread.
 #pragma once
 
 #include <QColor>

@@ -15,7 +15,8 @@ constexpr int kLight = 2;
 
 }  // namespace
 
-LookChoice::LookChoice(QMenu& menu, Settings& settings, QObject* parent) : QObject(parent), settings_(settings) {
+LookChoice::LookChoice(QMenu& menu, Settings& settings, QObject* parent)
+    : QObject(parent), settings_(settings) {
   const QString kept = settings.Texts(kWanted).value(0);
   for (const Wanted wanted : {Wanted::Dark, Wanted::Light}) {
     if (kept == kNames[static_cast<int>(wanted)]) wanted_ = wanted;

@@ -1,5 +1,5 @@
-// LookChoice: dark, light, or as the system has it: the entries of a menu, kept between runs. It belongs to its parent. Main
-// thread.
+// LookChoice: dark, light, or as the system has it: the entries of a menu, kept between runs. It
+// belongs to its parent. Main thread.
 #pragma once
 
 #include <QMenu>
@@ -13,7 +13,8 @@ class LookChoice : public QObject {
   // Adds a submenu and shows what was chosen last. The settings outlive this.
   LookChoice(QMenu& menu, Settings& settings, QObject* parent);
 
-  // The system's own choice, told as soon as it is known and whenever it changes; remembered for the next start.
+  // The system's own choice, told as soon as it is known and whenever it changes; remembered for
+  // the next start.
   void SystemPrefers(bool light);
 
  private:

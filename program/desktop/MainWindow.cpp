@@ -33,7 +33,8 @@ constexpr QSize kFirstSize(1480, 860);
 
 }  // namespace
 
-MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, const std::string& settingsFile)
+MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
+                       const std::string& settingsFile)
     : application_(application),
       settings_(engine::Outside::Current(), settingsFile),
       person_(person),
@@ -65,14 +66,15 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person, 
   look_.setSingleShot(true);
   connect(&look_, &QTimer::timeout, this, [this] {
     host::BaseDocument* doc = FindOpenDocument(lookedAtFile_);
-    if (doc && doc == host::GetActiveDocument() && !engine::InsideDialogCall()) commands_.LookAtFile(*doc);
+    if (doc && doc == host::GetActiveDocument() && !engine::InsideDialogCall())
+      commands_.LookAtFile(*doc);
   });
-  docks_.around = [this](host::GeDialog& dialog, const std::string& label, const std::function<bool()>& act) {
-    reports_.Run(dialog, label, act);
-  };
+  docks_.around = [this](host::GeDialog& dialog, const std::string& label,
+                         const std::function<bool()>& act) { reports_.Run(dialog, label, act); };
   commands_.told = [this](const outcome::Outcome& outcome) { reports_.Show(outcome); };
   autosave_.failed = [this](const std::string& message) { person_.ShowStatus(message); };
-  connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this, [this] { Beat(); });
+  connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+          [this] { Beat(); });
 }
 
 MainWindow::~MainWindow() {
@@ -93,11 +95,14 @@ void MainWindow::BuildCenter() {
 void MainWindow::BuildPanels() {
   objects_->Tree().ShowMaterialsAs(thumbnails_);
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
-  panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea, new AttributesPanel(lookedAt_, this));
-  auto* materials = panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea, new MaterialsPanel(thumbnails_, this));
+  panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea,
+              new AttributesPanel(lookedAt_, this));
+  auto* materials = panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea,
+                                new MaterialsPanel(thumbnails_, this));
   materials->opened = [this] { panels_.Raise("attributes"); };
   auto* layers = panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
-  panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea, new RenderSettingsPanel(this));
+  panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea,
+              new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
   panels_.ShowFirst();
   LookAtWhatIsPressed(objects_->Tree(), LookedAt::kObjects);
@@ -134,7 +139,9 @@ void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {
   if (!chosen && how != Viewport::Picking::Replace) return;
   const bool takesOff = how == Viewport::Picking::Toggle && chosen->GetBit(host::BIT_ACTIVE);
   const bool adds = how != Viewport::Picking::Replace;
-  doc->SetActiveObject(chosen, takesOff ? host::SELECTION_SUB : adds ? host::SELECTION_ADD : host::SELECTION_NEW);
+  doc->SetActiveObject(chosen, takesOff ? host::SELECTION_SUB
+                               : adds   ? host::SELECTION_ADD
+                                        : host::SELECTION_NEW);
   lookedAt_.Return(*doc, LookedAt::kObjects);
   host::EventAdd();
 }
@@ -169,7 +176,9 @@ void MainWindow::ShowTitle() {
   if (isWindowModified() != changed) setWindowModified(changed);
 }
 
-void MainWindow::OfferLostWork() { desktop::OfferLostWork(engine::Outside::Current(), commands_, autosave_, this); }
+void MainWindow::OfferLostWork() {
+  desktop::OfferLostWork(engine::Outside::Current(), commands_, autosave_, this);
+}
 
 void MainWindow::RestoreLayout() {
   application_.RestoreLayouts();
@@ -198,7 +207,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
 }
 
-// Whoever comes back may have painted a texture meanwhile, or changed the scene with another program.
+// Whoever comes back may have painted a texture meanwhile, or changed the scene with another
+// program.
 void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
@@ -210,7 +220,8 @@ void MainWindow::changeEvent(QEvent* event) {
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
   const QList<QUrl> urls = event->mimeData()->urls();
-  if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); })) event->acceptProposedAction();
+  if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); }))
+    event->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {

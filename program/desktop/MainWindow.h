@@ -1,6 +1,6 @@
-// MainWindow: the frame that holds picture, panels, the docks of the plug-ins' dialogs, menus and status line; and the beat of
-// the event loop that delivers what was posted. Each menu is built in a file of its own. A thin view over the application, which
-// it does not own. Main thread.
+// MainWindow: the frame that holds picture, panels, the docks of the plug-ins' dialogs, menus and
+// status line; and the beat of the event loop that delivers what was posted. Each menu is built in
+// a file of its own. A thin view over the application, which it does not own. Main thread.
 #pragma once
 
 #include <QMainWindow>
@@ -25,7 +25,8 @@ namespace desktop {
 class MainWindow : public QMainWindow {
  public:
   // `settingsFile`: where recent files and the layout are kept between runs; empty: nowhere.
-  MainWindow(engine::Application& application, DesktopPerson& person, const std::string& settingsFile);
+  MainWindow(engine::Application& application, DesktopPerson& person,
+             const std::string& settingsFile);
   ~MainWindow() override;
 
   DocumentCommands& Commands() { return commands_; }
@@ -44,11 +45,13 @@ class MainWindow : public QMainWindow {
   LookChoice& Appearance() { return *lookChoice_; }
   // Offers what a desktop that crashed has left.
   void OfferLostWork();
-  // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the last run.
+  // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the
+  // last run.
   void RestoreLayout();
   // Brings every panel and dialog back to where it stood when the program was new.
   void ResetLayout();
-  // Delivers posted events and brings title and actions in step; called by the event loop before it waits.
+  // Delivers posted events and brings title and actions in step; called by the event loop before it
+  // waits.
   void Beat();
 
  protected:
@@ -60,11 +63,13 @@ class MainWindow : public QMainWindow {
  private:
   void BuildCenter();
   void BuildPanels();
-  // A press in `view` brings its selection back into the attributes, though nothing else got selected.
+  // A press in `view` brings its selection back into the attributes, though nothing else got
+  // selected.
   void LookAtWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind);
   void BuildMenus();
   void ShowTitle();
-  // Whether the file of the active document is still the one it was read from, asked in the next turn of the loop.
+  // Whether the file of the active document is still the one it was read from, asked in the next
+  // turn of the loop.
   void LookAtFileSoon(const host::BaseDocument* doc);
   void Choose(engine::NodeId object, Viewport::Picking how);
 
@@ -83,7 +88,8 @@ class MainWindow : public QMainWindow {
   ObjectPanel* objects_;
   EditMenu* editMenu_ = nullptr;
   CameraActs* cameraActs_ = nullptr;
-  host::ULLONG lookedAtFile_ = 0;  // the document whose file was looked at since a person came back to it
+  // The document whose file was looked at since a person came back to it
+  host::ULLONG lookedAtFile_ = 0;
   QTimer look_;
   LookChoice* lookChoice_ = nullptr;
   QByteArray firstLayout_;

@@ -29,7 +29,9 @@ BaseObject* Put(BaseDocument& doc, BaseObject* object) {
 
 }  // namespace
 
-BaseObject* AddObject(BaseDocument& doc, host::LONG type) { return Put(doc, BaseObject::Alloc(type)); }
+BaseObject* AddObject(BaseDocument& doc, host::LONG type) {
+  return Put(doc, BaseObject::Alloc(type));
+}
 
 BaseObject* AddLight(BaseDocument& doc, const engine::PictureCamera& view) {
   BaseObject* light = BaseObject::Alloc(host::Olight);

@@ -1,5 +1,6 @@
-// NewObjects: what a person puts into a scene: objects, lights, cameras. Each is one undo step, stands at the end of the top
-// level under a name of its own, is selected and owned by the document, and the change is posted. Main thread.
+// NewObjects: what a person puts into a scene: objects, lights, cameras. Each is one undo step,
+// stands at the end of the top level under a name of its own, is selected and owned by the
+// document, and the change is posted. Main thread.
 #pragma once
 
 #include "engine/scene/EditorView.h"
@@ -14,7 +15,8 @@ host::BaseObject* AddLight(host::BaseDocument& doc, const engine::PictureCamera&
 // A camera that sees the same.
 host::BaseObject* AddCamera(host::BaseDocument& doc, const engine::PictureCamera& view);
 
-// Makes a camera of the document the one that is rendered and recorded. One undo step where it is not yet.
+// Makes a camera of the document the one that is rendered and recorded. One undo step where it is
+// not yet.
 void MakeSceneCamera(host::BaseDocument& doc, host::BaseObject& camera);
 
 }  // namespace desktop

@@ -34,7 +34,8 @@ QString Details(const outcome::Outcome& outcome) {
 
 class ReportWindow : public QDialog {
  public:
-  ReportWindow(const outcome::Outcome& outcome, QWidget* parent) : QDialog(parent), folder_(outcome.folder) {
+  ReportWindow(const outcome::Outcome& outcome, QWidget* parent)
+      : QDialog(parent), folder_(outcome.folder) {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle("Report");
     auto* rows = new QVBoxLayout(this);
@@ -50,11 +51,13 @@ class ReportWindow : public QDialog {
  private:
   QHBoxLayout* Heading(const outcome::Outcome& outcome) {
     auto* heading = new QHBoxLayout;
-    const auto icon = outcome.problems.empty() ? QStyle::SP_MessageBoxInformation : QStyle::SP_MessageBoxWarning;
+    const auto icon =
+        outcome.problems.empty() ? QStyle::SP_MessageBoxInformation : QStyle::SP_MessageBoxWarning;
     auto* picture = new QLabel(this);
     const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
     picture->setPixmap(style()->standardIcon(icon).pixmap(size, size));
-    auto* text = new QLabel(outcome.summary.empty() ? QString(kNotAllWell) : ToQt(outcome.summary), this);
+    auto* text =
+        new QLabel(outcome.summary.empty() ? QString(kNotAllWell) : ToQt(outcome.summary), this);
     text->setTextFormat(Qt::PlainText);
     text->setWordWrap(true);
     text->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -81,7 +84,8 @@ class ReportWindow : public QDialog {
 
 }  // namespace
 
-void Reports::Run(host::GeDialog& dialog, const std::string& label, const std::function<bool()>& act) {
+void Reports::Run(host::GeDialog& dialog, const std::string& label,
+                  const std::function<bool()>& act) {
   outcome::CommandWatch watch(dialog, label);
   person_.choosing = [&](const engine::FileQuestion& question, const std::string& path) {
     return !(question.flags & host::FILESELECT_DIRECTORY) || MayWriteInto(path, dialog, watch);
@@ -91,12 +95,14 @@ void Reports::Run(host::GeDialog& dialog, const std::string& label, const std::f
   Show(watch.Finish(answered));
 }
 
-bool Reports::MayWriteInto(const std::string& folder, host::GeDialog& dialog, outcome::CommandWatch& watch) {
+bool Reports::MayWriteInto(const std::string& folder, host::GeDialog& dialog,
+                           outcome::CommandWatch& watch) {
   const pictures::StagemarksDialog shown(dialog);
   const auto layout = shown.Fits() ? exporting::LayoutOfEntry(shown.ChosenLayout()) : std::nullopt;
   const host::BaseDocument* doc = host::GetActiveDocument();
   if (!doc || !layout) return true;
-  const exporting::ExportPlan plan = exporting::PlanExport(*doc, {*layout, folder, shown.CheckedNames()});
+  const exporting::ExportPlan plan =
+      exporting::PlanExport(*doc, {*layout, folder, shown.CheckedNames()});
   if (!MayExport(plan, folder)) return false;
   watch.ChoseFolder(folder);
   watch.Lacks(plan.missing);
@@ -106,10 +112,13 @@ bool Reports::MayWriteInto(const std::string& folder, host::GeDialog& dialog, ou
 bool Reports::MayExport(const exporting::ExportPlan& plan, const std::string& folder) {
   std::string text;
   for (const std::string& obstacle : plan.obstacles) text += "\n\n" + obstacle;
-  if (!text.empty()) text = "Not everything can be written." + text + "\n\nThe export stops where the first of it comes.";
+  if (!text.empty())
+    text = "Not everything can be written." + text +
+           "\n\nThe export stops where the first of it comes.";
   if (!exporting::Fits(plan)) {
-    text += (text.empty() ? "" : "\n\n") + std::string("The disk may be too small: ") + exporting::Summary(plan) + " go to \"" +
-            folder + "\", where " + exporting::BytesText(*plan.free) + " are free.";
+    text += (text.empty() ? "" : "\n\n") + std::string("The disk may be too small: ") +
+            exporting::Summary(plan) + " go to \"" + folder + "\", where " +
+            exporting::BytesText(*plan.free) + " are free.";
   }
   if (!text.empty() && !person_.Ask(text + "\n\nExport all the same?")) return false;
   const std::string room = plan.free ? "; " + exporting::BytesText(*plan.free) + " are free" : "";

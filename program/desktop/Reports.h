@@ -1,6 +1,7 @@
-// Reports: tells the person what came of what was asked for. What went well is a line in the status line; what did not, and the
-// files of an export, stand in a small window that stays until it is closed, and is only one: the next report takes its place.
-// Belongs to the main window. Main thread.
+// Reports: tells the person what came of what was asked for. What went well is a line in the status
+// line; what did not, and the files of an export, stand in a small window that stays until it is
+// closed, and is only one: the next report takes its place. Belongs to the main window. Main
+// thread.
 #pragma once
 
 #include <QDialog>
@@ -18,17 +19,20 @@ class Reports {
  public:
   Reports(DesktopPerson& person, QWidget* window) : person_(person), window_(window) {}
 
-  // Runs what a person did to a dialog, and tells what came of it. `label`: of the button or menu entry.
+  // Runs what a person did to a dialog, and tells what came of it. `label`: of the button or menu
+  // entry.
   void Run(host::GeDialog& dialog, const std::string& label, const std::function<bool()>& act);
   void Show(const outcome::Outcome& outcome);
-  // Says what an export into `folder` will write; where not all of it can be written, asks whether it shall begin all the same.
+  // Says what an export into `folder` will write; where not all of it can be written, asks whether
+  // it shall begin all the same.
   bool MayExport(const exporting::ExportPlan& plan, const std::string& folder);
   // The window, null where none stands open.
   QDialog* Window() const { return open_; }
 
  private:
   // Before the first byte into a folder that was chosen. False when the person would rather not.
-  bool MayWriteInto(const std::string& folder, host::GeDialog& dialog, outcome::CommandWatch& watch);
+  bool MayWriteInto(const std::string& folder, host::GeDialog& dialog,
+                    outcome::CommandWatch& watch);
 
   DesktopPerson& person_;
   QWidget* window_;

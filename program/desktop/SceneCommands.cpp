@@ -80,12 +80,14 @@ std::vector<BaseObject*> TopmostSelected(const BaseDocument& doc) {
 
 std::vector<BaseList2D*> Topmost(const std::vector<BaseList2D*>& nodes) {
   const std::unordered_set<const host::GeListNode*> given(nodes.begin(), nodes.end());
-  std::unordered_map<const host::GeListNode*, bool> known;  // of some others: whether they are below one that is given
+  // Of some others: whether they are below one that is given
+  std::unordered_map<const host::GeListNode*, bool> known;
   std::vector<BaseList2D*> topmost;
   for (BaseList2D* node : nodes) {
     std::vector<const host::GeListNode*> way;
     const host::GeListNode* above = node->GetUp();
-    for (; above && !given.contains(above) && !known.contains(above); above = above->GetUp()) way.push_back(above);
+    for (; above && !given.contains(above) && !known.contains(above); above = above->GetUp())
+      way.push_back(above);
     const bool isBelow = above && (given.contains(above) || known.at(above));
     for (const host::GeListNode* passed : way) known.emplace(passed, isBelow);
     if (!isBelow) topmost.push_back(node);
@@ -141,7 +143,8 @@ void DuplicateSelected(BaseDocument& doc) {
   if (originals.empty()) return;
   LongEdit edit(doc, "Duplicate", 2 * originals.size());
   const auto goOn = [&](double done) { return edit.Reach(done, originals.size()); };
-  std::vector<BaseList2D*> copies = engine::CopyTogether({originals.begin(), originals.end()}, goOn);
+  std::vector<BaseList2D*> copies =
+      engine::CopyTogether({originals.begin(), originals.end()}, goOn);
   if (copies.empty()) return;
   FreeNames names(doc.GetFirstObject());
   std::vector<BaseObject*> made;
@@ -159,7 +162,8 @@ void DuplicateSelected(BaseDocument& doc) {
   SelectOnly(doc, made);
 }
 
-bool AssignMaterial(BaseDocument& doc, engine::NodeId material, const std::vector<BaseObject*>& objects) {
+bool AssignMaterial(BaseDocument& doc, engine::NodeId material,
+                    const std::vector<BaseObject*>& objects) {
   host::BaseMaterial* found = engine::AsMaterial(engine::FindNode(&doc, material));
   if (!found) return false;
   LongEdit edit(doc, "Assign Material", objects.size());
@@ -182,9 +186,12 @@ LONG SwitchOf(const BaseObject& object, Switch which) {
   }
 }
 
-std::string SwitchStep(Switch which) { return which == Switch::kGenerator ? "Generator" : "Visibility"; }
+std::string SwitchStep(Switch which) {
+  return which == Switch::kGenerator ? "Generator" : "Visibility";
+}
 
-void ChangeSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which, LONG value) {
+void ChangeSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which,
+                  LONG value) {
   for (BaseObject* object : objects) {
     if (SwitchOf(*object, which) == value) continue;
     doc.AddUndo(host::UNDO_CHANGE, object);
@@ -192,7 +199,8 @@ void ChangeSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Sw
   }
 }
 
-void SetSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which, LONG value) {
+void SetSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which,
+               LONG value) {
   LongEdit edit(doc, SwitchStep(which), objects.size());
   for (BaseObject* object : objects) {
     if (!edit.Step()) return;

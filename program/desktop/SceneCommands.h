@@ -1,6 +1,7 @@
-// SceneCommands: what a person does to a scene besides recording it: selecting, deleting, duplicating, switching, giving
-// materials. Tree, menus and viewport share them. Each is one undo step where it changes anything, and posts the change. They
-// know no toolkit and own nothing. Main thread.
+// SceneCommands: what a person does to a scene besides recording it: selecting, deleting,
+// duplicating, switching, giving materials. Tree, menus and viewport share them. Each is one undo
+// step where it changes anything, and posts the change. They know no toolkit and own nothing. Main
+// thread.
 #pragma once
 
 #include <string>
@@ -12,7 +13,8 @@ namespace desktop {
 
 enum class Switch { kEditor, kRender, kGenerator };
 
-// The selected objects in the order of the tree; and those of them that are below no other selected one. O(objects).
+// The selected objects in the order of the tree; and those of them that are below no other selected
+// one. O(objects).
 std::vector<host::BaseObject*> SelectedObjects(const host::BaseDocument& doc);
 std::vector<host::BaseObject*> TopmostSelected(const host::BaseDocument& doc);
 // Those of `nodes`, none of them null, that are below no other of them, in the order given. Linear.
@@ -28,14 +30,20 @@ void SelectTag(host::BaseTag& tag, bool add);
 
 // Deletes the selected objects with all below them, and the selected tags.
 void DeleteSelected(host::BaseDocument& doc);
-// Puts a copy of each selected object, with tags and all below it, behind it, under a name of its own; selects the copies.
+// Puts a copy of each selected object, with tags and all below it, behind it, under a name of its
+// own; selects the copies.
 void DuplicateSelected(host::BaseDocument& doc);
-// Links the first texture tag of each object to the material, or makes one. False where the document has no such material.
-bool AssignMaterial(host::BaseDocument& doc, engine::NodeId material, const std::vector<host::BaseObject*>& objects);
+// Links the first texture tag of each object to the material, or makes one. False where the
+// document has no such material.
+bool AssignMaterial(host::BaseDocument& doc, engine::NodeId material,
+                    const std::vector<host::BaseObject*>& objects);
 // Sets one switch: a MODE_ number for the first two, 0 or 1 for the generator.
-void SetSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, Switch which, host::LONG value);
-// The same as a part of the open undo group, for steps that go on for a while; nothing is posted. The name such a step has.
-void ChangeSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, Switch which, host::LONG value);
+void SetSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, Switch which,
+               host::LONG value);
+// The same as a part of the open undo group, for steps that go on for a while; nothing is posted.
+// The name such a step has.
+void ChangeSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects,
+                  Switch which, host::LONG value);
 std::string SwitchStep(Switch which);
 host::LONG SwitchOf(const host::BaseObject& object, Switch which);
 

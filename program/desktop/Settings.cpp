@@ -12,11 +12,14 @@ constexpr std::uint64_t kMostBytes = 16 << 20;
 
 }  // namespace
 
-Settings::Settings(engine::Outside& outside, std::string file) : outside_(outside), file_(std::move(file)) {
+Settings::Settings(engine::Outside& outside, std::string file)
+    : outside_(outside), file_(std::move(file)) {
   (void)Read();  // in the ledger; without a file the defaults apply
 }
 
-QByteArray Settings::Bytes(const QString& key) const { return QByteArray::fromBase64(values_.value(key).toString().toLatin1()); }
+QByteArray Settings::Bytes(const QString& key) const {
+  return QByteArray::fromBase64(values_.value(key).toString().toLatin1());
+}
 
 QStringList Settings::Texts(const QString& key) const {
   QStringList texts;
@@ -40,7 +43,8 @@ engine::Status Settings::Keep(const QString& key, const QJsonValue& value) {
   engine::Status status = Read();
   if (file_.empty()) return {};
   if (status) status = outside_.MakeFolders(file_.substr(0, file_.rfind('/')));
-  return status ? outside_.ReplaceFile(file_, QJsonDocument(values_).toJson().toStdString()) : status;
+  return status ? outside_.ReplaceFile(file_, QJsonDocument(values_).toJson().toStdString())
+                : status;
 }
 
 engine::Status Settings::Read() {
@@ -50,7 +54,8 @@ engine::Status Settings::Read() {
     const auto text = outside_.ReadFile(file_, kMostBytes);
     QJsonParseError error{};
     const QJsonDocument document =
-        text ? QJsonDocument::fromJson(QByteArray::fromStdString(text.Value()), &error) : QJsonDocument();
+        text ? QJsonDocument::fromJson(QByteArray::fromStdString(text.Value()), &error)
+             : QJsonDocument();
     if (!text) {
       status = text.GetStatus();
     } else if (!document.isObject()) {
@@ -58,14 +63,17 @@ engine::Status Settings::Read() {
     }
     values_ = document.object();
   }
-  for (auto it = session_.constBegin(); it != session_.constEnd(); ++it) values_.insert(it.key(), it.value());
+  for (auto it = session_.constBegin(); it != session_.constEnd(); ++it)
+    values_.insert(it.key(), it.value());
   return status;
 }
 
 engine::Status Settings::KeepAside(const std::string& reason) {
   const std::string aside = file_ + ".damaged";
   engine::Status kept = outside_.CopyFile(file_, aside, true);
-  if (kept) outside_.GetLedger().AddNote(file_, "The settings were damaged (" + reason + "); the old file is \"" + aside + "\".");
+  if (kept)
+    outside_.GetLedger().AddNote(
+        file_, "The settings were damaged (" + reason + "); the old file is \"" + aside + "\".");
   return kept;
 }
 

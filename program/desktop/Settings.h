@@ -1,6 +1,7 @@
-// Settings: what the desktop keeps between runs (layout, recent files), as one JSON file that is read and replaced through the
-// Outside. Each change reads the file anew, so that two running desktops keep each other's. A file that cannot be understood is
-// kept beside as "<name>.damaged" and the defaults apply. Main thread.
+// Settings: what the desktop keeps between runs (layout, recent files), as one JSON file that is
+// read and replaced through the Outside. Each change reads the file anew, so that two running
+// desktops keep each other's. A file that cannot be understood is kept beside as "<name>.damaged"
+// and the defaults apply. Main thread.
 #pragma once
 
 #include <QByteArray>
@@ -13,7 +14,8 @@ namespace desktop {
 
 class Settings {
  public:
-  // `file`: absolute; its folder is made when the first setting is kept. Empty: there is no place, nothing is kept.
+  // `file`: absolute; its folder is made when the first setting is kept. Empty: there is no place,
+  // nothing is kept.
   Settings(engine::Outside& outside, std::string file);
 
   // The value under `key`; empty where there is none or one of another kind.

@@ -1,5 +1,6 @@
-// SlowEnd: ends documents that nobody needs any more, in slices between which the window lives on: freeing very many objects
-// takes time. It owns them; what is left goes at once with it. Main thread.
+// SlowEnd: ends documents that nobody needs any more, in slices between which the window lives on:
+// freeing very many objects takes time. It owns them; what is left goes at once with it. Main
+// thread.
 #pragma once
 
 #include <QTimer>
@@ -18,8 +19,8 @@ class SlowEnd {
  public:
   SlowEnd();
 
-  // A document that is in no list; null does nothing. One that was given before and still lives ends at once, so that there is
-  // never more than one.
+  // A document that is in no list; null does nothing. One that was given before and still lives
+  // ends at once, so that there is never more than one.
   void Take(OwnedDocument doc);
   bool IsEmpty() const { return !doc_; }
 

@@ -34,21 +34,24 @@ std::optional<bool> SystemLook::IsLight(uint scheme) {
 
 SystemLook::SystemLook(std::function<void(bool light)> told) : told_(std::move(told)) {
   if (!HasBus() || !QDBusConnection::sessionBus().isConnected()) return;
-  connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-    if (state == Qt::ApplicationActive) Ask();
-  });
+  connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
+          [this](Qt::ApplicationState state) {
+            if (state == Qt::ApplicationActive) Ask();
+          });
   Ask();
 }
 
 void SystemLook::Ask() {
   QDBusMessage question = QDBusMessage::createMethodCall(kService, kPath, kInterface, "Read");
   question << kGroup << kKey;
-  auto* answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+  auto* answer =
+      new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
   connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
     const QDBusPendingReply<QDBusVariant> reply = *answer;
     // The number comes wrapped twice.
     const QVariant value = reply.isError() ? QVariant() : reply.value().variant();
-    const QVariant inner = value.canConvert<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
+    const QVariant inner =
+        value.canConvert<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
     if (const auto light = IsLight(inner.toUInt())) told_(*light);
     answer->deleteLater();
   });

@@ -1,6 +1,6 @@
-// SystemLook: whether the system asks for light windows, as its settings service tells programs of all toolkits. Nothing is told
-// where there is no such service. Asked when the program begins and whenever a person comes back to it; never waited for. Main
-// thread.
+// SystemLook: whether the system asks for light windows, as its settings service tells programs of
+// all toolkits. Nothing is told where there is no such service. Asked when the program begins and
+// whenever a person comes back to it; never waited for. Main thread.
 #pragma once
 
 #include <QObject>

@@ -1,4 +1,5 @@
-// Texts between the host's type and the toolkit's. Bytes that are no valid UTF-8 show as replacement characters. Any thread.
+// Texts between the host's type and the toolkit's. Bytes that are no valid UTF-8 show as
+// replacement characters. Any thread.
 #pragma once
 
 #include <QString>
@@ -8,7 +9,9 @@
 
 namespace desktop {
 
-inline QString ToQt(const std::string& utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
+inline QString ToQt(const std::string& utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
 inline QString ToQt(const host::String& text) { return ToQt(text.ToUtf8()); }
 inline host::String ToHost(const QString& text) { return host::String(text.toStdString()); }
 

@@ -11,7 +11,8 @@ namespace {
 
 QPalette PaletteOf(const Look& look) {
   QPalette palette{QColor(look.button), QColor(look.window)};
-  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+  for (const auto role :
+       {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
     palette.setColor(role, QColor(look.text));
     palette.setColor(QPalette::Disabled, role, QColor(look.faint));
   }

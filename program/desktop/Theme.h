@@ -1,4 +1,4 @@
-// Style, palette and style sheet of the desktop, in the colours of a Look. Main thread.
+// Style, palette and style sheet of the desktop, in the colors of a Look. Main thread.
 #pragma once
 
 #include "program/desktop/Look.h"

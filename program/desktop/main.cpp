@@ -23,7 +23,8 @@ const QCommandLineOption kCheck("check", "Start, open the scenes, print what was
 
 void Describe(QCommandLineParser& parser) {
   parser.setApplicationDescription("Records, recalls and exports the states of a 3D scene.");
-  parser.addPositionalArgument("scene", "Scenes to open; other formats are imported.", "[SCENE...]");
+  parser.addPositionalArgument("scene", "Scenes to open; other formats are imported.",
+                               "[SCENE...]");
   parser.addOption(kCheck);
   parser.addHelpOption();
   parser.addVersionOption();
@@ -62,7 +63,8 @@ int Run(const QCommandLineParser& parser) {
   if (check) return RunCheck(application, checking, scenes);
   window.OfferLostWork();
   std::vector<std::string> paths;
-  for (const QString& scene : scenes) paths.push_back(QFileInfo(scene).absoluteFilePath().toStdString());
+  for (const QString& scene : scenes)
+    paths.push_back(QFileInfo(scene).absoluteFilePath().toStdString());
   window.Commands().OpenAll(paths);
   return QApplication::exec();
 }
@@ -70,7 +72,8 @@ int Run(const QCommandLineParser& parser) {
 // Help and version need no display.
 bool NeedsNoWindow(int count, char** words) {
   const QStringList asked{"-h", "--help", "--help-all", "-v", "--version"};
-  return std::any_of(words + 1, words + count, [&](const char* word) { return asked.contains(QString(word)); });
+  return std::any_of(words + 1, words + count,
+                     [&](const char* word) { return asked.contains(QString(word)); });
 }
 
 // Never comes back where help or version were asked for.
@@ -79,7 +82,8 @@ int Read(QCommandLineParser& parser) {
     parser.process(QCoreApplication::arguments());
     return kDone;
   }
-  std::fprintf(stderr, "stagemarks-desktop: %s\n`stagemarks-desktop --help` explains it.\n", qPrintable(parser.errorText()));
+  std::fprintf(stderr, "stagemarks-desktop: %s\n`stagemarks-desktop --help` explains it.\n",
+               qPrintable(parser.errorText()));
   return kUsage;
 }
 

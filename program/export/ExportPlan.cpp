@@ -26,13 +26,15 @@ struct LayoutRow {
   bool textures;
 };
 
-constexpr LayoutRow kLayouts[] = {{Layout::Files, "As Save File", false, false},
-                                  {Layout::Folders, "As Save File (Into Folders)", true, false},
-                                  {Layout::Project, "As Save Project", true, true},
-                                  {Layout::OneTextureFolder, "As Save Project (One Tex Folder)", false, true}};
+constexpr LayoutRow kLayouts[] = {
+    {Layout::Files, "As Save File", false, false},
+    {Layout::Folders, "As Save File (Into Folders)", true, false},
+    {Layout::Project, "As Save Project", true, true},
+    {Layout::OneTextureFolder, "As Save Project (One Tex Folder)", false, true}};
 
 constexpr host::LONG kGlobalTexturePaths = 10;
-constexpr std::size_t kLongestName = 255;  // bytes of a file's name, and of a path, on the systems we know
+// Bytes of a file's name, and of a path, on the systems we know
+constexpr std::size_t kLongestName = 255;
 constexpr std::size_t kLongestPath = 4095;
 constexpr std::size_t kShownName = 80;
 constexpr const char* kTooLong = "it is too long";
@@ -40,19 +42,24 @@ constexpr const char* kSceneSuffix = ".c4d";
 constexpr const char* kCacheSuffix = ".gi";
 
 const LayoutRow& RowOf(Layout layout) {
-  return *std::find_if(std::begin(kLayouts), std::end(kLayouts), [&](const LayoutRow& row) { return row.layout == layout; });
+  return *std::find_if(std::begin(kLayouts), std::end(kLayouts),
+                       [&](const LayoutRow& row) { return row.layout == layout; });
 }
 
 Filename NameOf(const std::string& text) { return Filename(host::String(std::string_view(text))); }
 std::string TextOf(const Filename& name) { return name.GetString().ToUtf8(); }
-std::string Quoted(const std::string& text) { return "\"" + engine::Shortened(engine::Printable(text), kShownName) + "\""; }
+std::string Quoted(const std::string& text) {
+  return "\"" + engine::Shortened(engine::Printable(text), kShownName) + "\"";
+}
 FileKind KindOf(const std::string& path) { return Outside::Current().Kind(path); }
 
-// The file that an export gathers for a texture: under the name that the scene gives it, else below the folder "tex" beside the
-// scene, else below the global texture paths.
+// The file that an export gathers for a texture: under the name that the scene gives it, else below
+// the folder "tex" beside the scene, else below the global texture paths.
 std::string GatheredFrom(const host::BaseDocument& doc, const std::string& texture) {
-  std::vector<Filename> places = {NameOf(texture), doc.GetDocumentPath() + Filename("tex") + NameOf(texture)};
-  for (host::LONG i = 0; i < kGlobalTexturePaths; ++i) places.push_back(host::GetGlobalTexturePath(i) + NameOf(texture));
+  std::vector<Filename> places = {NameOf(texture),
+                                  doc.GetDocumentPath() + Filename("tex") + NameOf(texture)};
+  for (host::LONG i = 0; i < kGlobalTexturePaths; ++i)
+    places.push_back(host::GetGlobalTexturePath(i) + NameOf(texture));
   for (const Filename& place : places) {
     if (host::GeFExist(place)) return TextOf(place);
   }
@@ -65,9 +72,11 @@ std::vector<std::string> CachesOf(const host::BaseDocument& doc, const std::stri
   host::BaseVideoPost* post = doc.GetActiveRenderData()->GetFirstVideoPost();
   for (; post; post = post->GetNext()) {
     const host::BaseContainer data = post->GetData();
-    if (post->GetType() != host::VPglobalillumination || data.GetLong(host::GI_USE_CACHE_FILE) != 1) continue;
+    if (post->GetType() != host::VPglobalillumination || data.GetLong(host::GI_USE_CACHE_FILE) != 1)
+      continue;
     const bool isOwn = data.GetLong(host::GI_OWN_CACHE_FILE) == 1;
-    const Filename beside = doc.GetDocumentPath() + Filename("illum") + NameOf(document + kCacheSuffix);
+    const Filename beside =
+        doc.GetDocumentPath() + Filename("illum") + NameOf(document + kCacheSuffix);
     const std::string file = TextOf(isOwn ? data.GetFilename(host::GI_CACHE_FILENAME) : beside);
     if (!file.empty() && KindOf(file) == FileKind::File) caches.push_back(file);
   }
@@ -81,7 +90,8 @@ class RoomReckoning {
 
   void Write(const std::string& path, std::uint64_t bytes) {
     const auto [known, isNew] = sizes_.try_emplace(path, 0);
-    if (isNew && KindOf(path) == FileKind::File) known->second = Rounded(Outside::Current().Stamp(path).size);
+    if (isNew && KindOf(path) == FileKind::File)
+      known->second = Rounded(Outside::Current().Stamp(path).size);
     most_ = std::max(most_, taken_ + static_cast<std::int64_t>(Rounded(bytes)));
     taken_ += static_cast<std::int64_t>(Rounded(bytes)) - static_cast<std::int64_t>(known->second);
     known->second = Rounded(bytes);
@@ -89,7 +99,9 @@ class RoomReckoning {
   std::uint64_t Most() const { return static_cast<std::uint64_t>(most_); }
 
  private:
-  std::uint64_t Rounded(std::uint64_t bytes) const { return (bytes + block_ - 1) / block_ * block_; }
+  std::uint64_t Rounded(std::uint64_t bytes) const {
+    return (bytes + block_ - 1) / block_ * block_;
+  }
 
   std::uint64_t block_;
   std::map<std::string, std::uint64_t> sizes_;
@@ -170,7 +182,8 @@ class Planning {
     if (row_.elementFolders) CheckFolder(folder);
     CheckFile(file);
     for (const std::string& cache : caches_) {
-      room_.Write(folder + "/Illum/" + BaseName(name) + kCacheSuffix, Outside::Current().Stamp(cache).size);
+      room_.Write(folder + "/Illum/" + BaseName(name) + kCacheSuffix,
+                  Outside::Current().Stamp(cache).size);
       ++plan_.caches;
     }
     room_.Write(file, size);
@@ -185,12 +198,14 @@ class Planning {
   bool CanBeFile(const std::string& name) const { return WhyNot(name).empty(); }
 
   void Refuse(const std::string& name) {
-    plan_.obstacles.push_back("The name " + Quoted(name) + " cannot be that of a file: " + WhyNot(name) + ".");
+    plan_.obstacles.push_back("The name " + Quoted(name) +
+                              " cannot be that of a file: " + WhyNot(name) + ".");
   }
 
   void CheckFolder(const std::string& path) {
     const FileKind kind = KindOf(path);
-    if (kind == FileKind::Missing || kind == FileKind::Folder || !checked_.insert(path).second) return;
+    if (kind == FileKind::Missing || kind == FileKind::Folder || !checked_.insert(path).second)
+      return;
     plan_.obstacles.push_back("Cannot make the folder \"" + path + "\": a file is in its place.");
   }
   void CheckFile(const std::string& path) {
@@ -225,7 +240,9 @@ const char* EntryOf(Layout layout) { return RowOf(layout).entry; }
 
 bool GathersTextures(Layout layout) { return RowOf(layout).textures; }
 
-ExportPlan PlanExport(const host::BaseDocument& doc, const ExportRequest& request) { return Planning(doc, request).Make(); }
+ExportPlan PlanExport(const host::BaseDocument& doc, const ExportRequest& request) {
+  return Planning(doc, request).Make();
+}
 
 std::string WhyNoFileName(const std::string& name) {
   if (name.size() > kLongestName) return kTooLong;
@@ -240,7 +257,8 @@ std::string Summary(const ExportPlan& plan) {
   if (plan.textures > 0) parts.push_back(Counted(plan.textures, "texture"));
   if (plan.caches > 0) parts.push_back(Counted(plan.caches, "cache"));
   std::string text;
-  for (std::size_t i = 0; i < parts.size(); ++i) text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
   return text + ", about " + BytesText(plan.bytes);
 }
 

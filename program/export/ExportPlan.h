@@ -1,6 +1,7 @@
-// ExportPlan: what an export of Stagemarks is going to write, reckoned before its first byte: the files, the room that they
-// need against the room that there is, and what cannot be written at all. Nothing is written, and nothing is changed in the
-// scene; the disk is asked through the Outside. Both programs show it. A value; main thread.
+// ExportPlan: what an export of Stagemarks is going to write, reckoned before its first byte: the
+// files, the room that they need against the room that there is, and what cannot be written at all.
+// Nothing is written, and nothing is changed in the scene; the disk is asked through the Outside.
+// Both programs show it. A value; main thread.
 #pragma once
 
 #include <cstdint>
@@ -31,17 +32,20 @@ struct ExportPlan {
   std::size_t scenes = 0;
   std::size_t textures = 0;  // copies of textures, in all folders together
   std::size_t caches = 0;
-  // What the disk must have free: the most that is taken at any time, files that are replaced counted. Scene files are
-  // taken to be as large as the scene is now.
+  // What the disk must have free: the most that is taken at any time, files that are replaced
+  // counted. Scene files are taken to be as large as the scene is now.
   std::uint64_t bytes = 0;
   std::optional<std::uint64_t> free;  // nothing where the system does not tell
-  // Why single files cannot be written, a sentence each: names that are no file names, and what stands in their place.
+  // Why single files cannot be written, a sentence each: names that are no file names, and what
+  // stands in their place.
   std::vector<std::string> obstacles;
-  // Textures that the layout should gather and that lie nowhere where an export looks. None where it gathers none.
+  // Textures that the layout should gather and that lie nowhere where an export looks. None where
+  // it gathers none.
   std::vector<std::string> missing;
 };
 
-// Writes the scene into memory once to learn its size: O(scene), and O(files) questions to the disk.
+// Writes the scene into memory once to learn its size: O(scene), and O(files) questions to the
+// disk.
 ExportPlan PlanExport(const host::BaseDocument& doc, const ExportRequest& request);
 
 // Why a file cannot have this name, "it holds a slash"; empty where it can.

@@ -27,7 +27,8 @@ const BulkEdit* FindBulkEdit(const std::string& entry) {
   return nullptr;
 }
 
-std::string Sentence(const BulkEdit& edit, bool changed, const std::string& selected, const std::vector<std::string>& names) {
+std::string Sentence(const BulkEdit& edit, bool changed, const std::string& selected,
+                     const std::vector<std::string>& names) {
   std::string text;
   for (const char c : std::string(changed ? edit.changed : edit.same)) {
     text += c == '%' ? selected : c == '&' ? Listed(names) : std::string(1, c);

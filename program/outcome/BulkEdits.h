@@ -1,4 +1,5 @@
-// BulkEdits: what is said after the entries of the menu "Edit" that change all checked Stagemarks at once. Any thread.
+// BulkEdits: what is said after the entries of the menu "Edit" that change all checked Stagemarks
+// at once. Any thread.
 #pragma once
 
 #include <string>
@@ -16,6 +17,7 @@ struct BulkEdit {
 // Null for an entry that is none.
 const BulkEdit* FindBulkEdit(const std::string& entry);
 // `selected`: what was selected, as a person reads it; `names`: of the Stagemarks.
-std::string Sentence(const BulkEdit& edit, bool changed, const std::string& selected, const std::vector<std::string>& names);
+std::string Sentence(const BulkEdit& edit, bool changed, const std::string& selected,
+                     const std::vector<std::string>& names);
 
 }  // namespace outcome

@@ -28,7 +28,8 @@ std::vector<std::string> NamesOf(const std::vector<pictures::Mark>& marks) {
 
 std::vector<std::string> MaterialsOf(const host::BaseDocument& doc) {
   std::vector<std::string> names;
-  for (const host::BaseMaterial* at = doc.GetFirstMaterial(); at; at = at->GetNext()) names.push_back(at->GetName().ToUtf8());
+  for (const host::BaseMaterial* at = doc.GetFirstMaterial(); at; at = at->GetNext())
+    names.push_back(at->GetName().ToUtf8());
   return names;
 }
 
@@ -42,14 +43,16 @@ std::vector<std::string> NamesOf(const host::AtomArray& items) {
 
 std::vector<std::string> ActiveCamera(const host::BaseDocument& doc) {
   const host::BaseObject* active = doc.GetActiveObject();
-  return active && active->GetType() == host::Ocamera ? std::vector<std::string>{active->GetName().ToUtf8()}
-                                                      : std::vector<std::string>{};
+  return active && active->GetType() == host::Ocamera
+             ? std::vector<std::string>{active->GetName().ToUtf8()}
+             : std::vector<std::string>{};
 }
 
 // Layers stand before everything else that a document owns.
 std::vector<std::string> SelectedLayers(const host::BaseDocument& doc) {
   std::vector<std::string> names;
-  for (const host::GeListNode* node = engine::NextInside(doc, doc); node; node = engine::NextInside(*node, doc)) {
+  for (const host::GeListNode* node = engine::NextInside(doc, doc); node;
+       node = engine::NextInside(*node, doc)) {
     if (engine::KindOf(*node) != engine::NodeKind::Layer) break;
     const auto& layer = *static_cast<const host::LayerObject*>(node);
     if (layer.GetAllBits() & host::BIT_ACTIVE) names.push_back(layer.GetName().ToUtf8());
@@ -59,7 +62,8 @@ std::vector<std::string> SelectedLayers(const host::BaseDocument& doc) {
 
 }  // namespace
 
-std::vector<std::string> NamesGone(const std::vector<std::string>& before, const std::vector<std::string>& after) {
+std::vector<std::string> NamesGone(const std::vector<std::string>& before,
+                                   const std::vector<std::string>& after) {
   std::unordered_map<std::string, int> left;
   for (const std::string& name : after) ++left[name];
   std::vector<std::string> gone;
@@ -74,7 +78,8 @@ std::string CleanedSentence(const std::vector<std::string>& gone) {
                       : "Deleted " + Counted(gone.size(), "material") + ": " + Listed(gone) + ".";
 }
 
-// What is said after each command. Those of the list and of the options are not here: they show by themselves.
+// What is said after each command. Those of the list and of the options are not here: they show by
+// themselves.
 struct CommandWatch::Command {
   const char* label;
   void (CommandWatch::*say)(bool answered, Outcome& outcome);
@@ -94,8 +99,8 @@ const CommandWatch::Command* CommandWatch::Find(const std::string& label) {
       {"Save As Default Preferences", &CommandWatch::SaySavedDefaults},
   };
   if (FindBulkEdit(label)) return &kBulkEdit;
-  const auto* found =
-      std::find_if(std::begin(kCommands), std::end(kCommands), [&](const Command& c) { return label == c.label; });
+  const auto* found = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                   [&](const Command& c) { return label == c.label; });
   return found == std::end(kCommands) ? nullptr : found;
 }
 
@@ -138,23 +143,30 @@ std::vector<std::string> CommandWatch::SelectedInScene() const {
 bool CommandWatch::SceneDataChanged() const { return !(data_ == *doc_->GetDataInstance()); }
 
 bool CommandWatch::Has(Operation operation, const char* ending, bool succeeded) const {
-  const std::vector<engine::LedgerEntry>& entries = engine::Outside::Current().GetLedger().Entries();
-  return std::any_of(entries.begin() + static_cast<std::ptrdiff_t>(mark_), entries.end(), [&](const engine::LedgerEntry& entry) {
-    return entry.operation == operation && entry.succeeded == succeeded && entry.path.ends_with(ending);
-  });
+  const std::vector<engine::LedgerEntry>& entries =
+      engine::Outside::Current().GetLedger().Entries();
+  return std::any_of(entries.begin() + static_cast<std::ptrdiff_t>(mark_), entries.end(),
+                     [&](const engine::LedgerEntry& entry) {
+                       return entry.operation == operation && entry.succeeded == succeeded &&
+                              entry.path.ends_with(ending);
+                     });
 }
 
-// A dialog that answers no was not to record over a Stagemark, or had recorded and then no memory for the preview.
+// A dialog that answers no was not to record over a Stagemark, or had recorded and then no memory
+// for the preview.
 void CommandWatch::SayRecorded(bool answered, Outcome& outcome) {
   if (typed_.empty() || (!answered && !SceneDataChanged())) return;
   const bool anew = std::find(names_.begin(), names_.end(), typed_) != names_.end();
   outcome.summary = "Recorded " + Listed({typed_}) + (anew ? " anew" : "");
   if (Has(Operation::ReplaceFile, kPreviewEnding, true)) outcome.summary += ", with preview";
-  if (!preview_ && Has(Operation::RemoveFile, kPreviewEnding, true)) outcome.summary += "; its old preview is gone";
+  if (!preview_ && Has(Operation::RemoveFile, kPreviewEnding, true))
+    outcome.summary += "; its old preview is gone";
   outcome.summary += ".";
   if (Has(Operation::ReplaceFile, "", false))
     outcome.problems.push_back("The preview of " + Listed({typed_}) + " was not written.");
-  if (!answered) outcome.problems.push_back("There was not enough memory for the preview of " + Listed({typed_}) + ".");
+  if (!answered)
+    outcome.problems.push_back("There was not enough memory for the preview of " +
+                               Listed({typed_}) + ".");
 }
 
 void CommandWatch::SayLoaded(bool answered, Outcome& outcome) {
@@ -165,7 +177,9 @@ void CommandWatch::SayLoaded(bool answered, Outcome& outcome) {
 void CommandWatch::SayDeleted(bool, Outcome& outcome) {
   const std::vector<std::string> gone = NamesGone(names_, NamesOf(dialog_.Marks()));
   if (!gone.empty()) {
-    outcome.summary = "Deleted " + (gone.size() > 1 ? Counted(gone.size(), "Stagemark") + ": " : "") + Listed(gone) + ".";
+    outcome.summary = "Deleted " +
+                      (gone.size() > 1 ? Counted(gone.size(), "Stagemark") + ": " : "") +
+                      Listed(gone) + ".";
   } else if (label_ == "Delete" && selected_.size() != 1) {
     outcome.summary = kOneRowNeeded;
   } else if (label_ != "Delete") {
@@ -177,17 +191,20 @@ void CommandWatch::SayRenamed(bool, Outcome& outcome) {
   if (selected_.size() != 1) {
     outcome.summary = kOneRowNeeded;
   } else if (!typed_.empty()) {
-    outcome.summary = typed_ == selected_.front() ? "The name in the field is the one it has: type another one."
-                                                  : "Renamed " + Listed(selected_) + " to " + Listed({typed_}) + ".";
+    outcome.summary = typed_ == selected_.front()
+                          ? "The name in the field is the one it has: type another one."
+                          : "Renamed " + Listed(selected_) + " to " + Listed({typed_}) + ".";
   }
 }
 
 void CommandWatch::SayCleaned(bool, Outcome& outcome) {
-  outcome.summary = names_.empty() ? kNoMarksForMaterials : CleanedSentence(NamesGone(materials_, MaterialsOf(*doc_)));
+  outcome.summary = names_.empty() ? kNoMarksForMaterials
+                                   : CleanedSentence(NamesGone(materials_, MaterialsOf(*doc_)));
 }
 
 void CommandWatch::SaySavedDefaults(bool, Outcome& outcome) {
-  if (!Has(Operation::ReplaceFile, "", false)) outcome.summary = "Kept these options as your defaults.";
+  if (!Has(Operation::ReplaceFile, "", false))
+    outcome.summary = "Kept these options as your defaults.";
 }
 
 // What the camera needs the dialog says itself.
@@ -201,11 +218,12 @@ void CommandWatch::SayBulkEdit(bool, Outcome& outcome) {
   if (checked_.empty()) {
     outcome.summary = kCheckNeeded;
   } else if (needs) {
-    outcome.summary =
-        std::string("Nothing was changed: select ") + (edit.selected[0] == 'o' ? "an " : "a ") + edit.selected + " first.";
+    outcome.summary = std::string("Nothing was changed: select ") +
+                      (edit.selected[0] == 'o' ? "an " : "a ") + edit.selected + " first.";
   } else {
     const bool tags = std::string(edit.selected) == "tag";
-    outcome.summary = Sentence(edit, changed, tags ? Counted(selected.size(), "tag") : Listed(selected), checked_);
+    outcome.summary = Sentence(edit, changed,
+                               tags ? Counted(selected.size(), "tag") : Listed(selected), checked_);
   }
 }
 
@@ -221,14 +239,16 @@ void CommandWatch::SayExported(bool, Outcome& outcome) {
     outcome.files.push_back(copied ? entry.target : entry.path);
   }
   outcome.folder = folder_;
-  const bool whole =
-      scenes == checked_.size() && missing_.empty() && FailuresThatMatter(engine::Outside::Current(), mark_).empty();
+  const bool whole = scenes == checked_.size() && missing_.empty() &&
+                     FailuresThatMatter(engine::Outside::Current(), mark_).empty();
   const std::string done = Counted(scenes, "scene file");
-  outcome.summary =
-      whole ? "Exported " + done + " into \"" + folder_ + "\"."
-            : "Not everything was exported: " + done + " of " + std::to_string(checked_.size()) + " in \"" + folder_ + "\".";
-  for (const std::string& texture : missing_) outcome.problems.push_back("The texture \"" + texture + "\" was found nowhere.");
-  if (host::GetActiveDocument() != doc_) outcome.problems.push_back("The copy of the scene that was being exported stays open.");
+  outcome.summary = whole ? "Exported " + done + " into \"" + folder_ + "\"."
+                          : "Not everything was exported: " + done + " of " +
+                                std::to_string(checked_.size()) + " in \"" + folder_ + "\".";
+  for (const std::string& texture : missing_)
+    outcome.problems.push_back("The texture \"" + texture + "\" was found nowhere.");
+  if (host::GetActiveDocument() != doc_)
+    outcome.problems.push_back("The copy of the scene that was being exported stays open.");
 }
 
 }  // namespace outcome

@@ -1,6 +1,7 @@
-// CommandWatch: stands by while a person presses a button of the Stagemarks dialog or chooses an entry of its menus, and says
-// afterwards what came of it: from the rows before and after, the scene and the ledger. For a dialog of another kind it only
-// reads the ledger. It owns nothing; dialog and document must outlive it. Main thread.
+// CommandWatch: stands by while a person presses a button of the Stagemarks dialog or chooses an
+// entry of its menus, and says afterwards what came of it: from the rows before and after, the
+// scene and the ledger. For a dialog of another kind it only reads the ledger. It owns nothing;
+// dialog and document must outlive it. Main thread.
 #pragma once
 
 #include "host/BaseDocument.h"
@@ -17,8 +18,8 @@ class CommandWatch {
   void ChoseFolder(const std::string& folder) { folder_ = folder; }
   // Textures that are not there to be exported.
   void Lacks(std::vector<std::string> textures) { missing_ = std::move(textures); }
-  // What came of it; `answered`: what the dialog's Command answered. Empty for what shows by itself and for what a person called
-  // off.
+  // What came of it; `answered`: what the dialog's Command answered. Empty for what shows by itself
+  // and for what a person called off.
   Outcome Finish(bool answered);
 
  private:
@@ -58,11 +59,13 @@ class CommandWatch {
 };
 
 // Names of `before` that `after` does not have as often.
-std::vector<std::string> NamesGone(const std::vector<std::string>& before, const std::vector<std::string>& after);
+std::vector<std::string> NamesGone(const std::vector<std::string>& before,
+                                   const std::vector<std::string>& after);
 
 // What is said where these materials were deleted, because no Stagemark uses them.
 std::string CleanedSentence(const std::vector<std::string>& gone);
 inline constexpr const char* kNoMarksForMaterials =
-    "There are no Stagemarks in this scene that could say which materials are used. Nothing was deleted.";
+    "There are no Stagemarks in this scene that could say which materials are used. Nothing was "
+    "deleted.";
 
 }  // namespace outcome

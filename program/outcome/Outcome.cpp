@@ -23,7 +23,8 @@ std::string SideFolderOf(const std::string& scene) {
 }
 
 bool Matters(engine::Outside& outside, const LedgerEntry& failure) {
-  const bool goes = failure.operation == Operation::RemoveFile || failure.operation == Operation::Rename;
+  const bool goes =
+      failure.operation == Operation::RemoveFile || failure.operation == Operation::Rename;
   return !goes || outside.Kind(failure.path) != engine::FileKind::Missing;
 }
 
@@ -40,13 +41,15 @@ std::vector<std::string> Sentences(const std::vector<LedgerEntry>& failures) {
   std::unordered_set<std::string> said;
   for (const LedgerEntry& failure : failures) {
     // Plug-ins hand on an empty path for a name that no file can have.
-    const std::string sentence = failure.path.empty() ? "The name cannot be the name of a file." : failure.message;
+    const std::string sentence =
+        failure.path.empty() ? "The name cannot be the name of a file." : failure.message;
     if (said.insert(sentence).second) sentences.push_back(sentence);
   }
   return sentences;
 }
 
-Outcome OfSaving(engine::Outside& outside, std::size_t mark, const std::string& former, const std::string& path) {
+Outcome OfSaving(engine::Outside& outside, std::size_t mark, const std::string& former,
+                 const std::string& path) {
   Outcome outcome;
   outcome.summary = "Saved " + Listed({fs::path(path).filename().string()});
   outcome.problems = Sentences(FailuresThatMatter(outside, mark));
@@ -56,14 +59,18 @@ Outcome OfSaving(engine::Outside& outside, std::size_t mark, const std::string& 
   std::size_t taken = 0;
   bool touched = false;
   for (std::size_t i = mark; i < entries.size(); ++i) {
-    const bool copied = entries[i].operation == Operation::CopyFile && entries[i].path.starts_with(from);
-    touched = touched || copied || (entries[i].operation == Operation::MakeFolder && entries[i].path == to);
+    const bool copied =
+        entries[i].operation == Operation::CopyFile && entries[i].path.starts_with(from);
+    touched = touched || copied ||
+              (entries[i].operation == Operation::MakeFolder && entries[i].path == to);
     taken += copied && entries[i].succeeded ? 1 : 0;
   }
   outcome.summary += (taken > 0 ? " with " + Counted(taken, "preview image") : "") + ".";
-  const bool moved = !former.empty() && former != path && outside.Kind(SideFolderOf(former)) == engine::FileKind::Folder;
+  const bool moved = !former.empty() && former != path &&
+                     outside.Kind(SideFolderOf(former)) == engine::FileKind::Folder;
   if (moved && !touched) {
-    outcome.problems.push_back("The preview images in \"" + SideFolderOf(former) + "\" were not taken along.");
+    outcome.problems.push_back("The preview images in \"" + SideFolderOf(former) +
+                               "\" were not taken along.");
   }
   return outcome;
 }

@@ -1,5 +1,6 @@
-// Outcome: what came of something that a person asked for, in sentences. A plug-in keeps silent about many failures; what the
-// ledger holds of them is read here, for both programs. A value; main thread.
+// Outcome: what came of something that a person asked for, in sentences. A plug-in keeps silent
+// about many failures; what the ledger holds of them is read here, for both programs. A value; main
+// thread.
 #pragma once
 
 #include <string>
@@ -17,14 +18,16 @@ struct Outcome {
   bool IsEmpty() const { return summary.empty() && problems.empty(); }
 };
 
-// Entries of the ledger from `mark` on that failed and matter: a file that was to be removed or renamed and is not there does
-// no harm, since a Stagemark need not have a preview.
+// Entries of the ledger from `mark` on that failed and matter: a file that was to be removed or
+// renamed and is not there does no harm, since a Stagemark need not have a preview.
 std::vector<engine::LedgerEntry> FailuresThatMatter(engine::Outside& outside, std::size_t mark);
 // Their sentences, each once.
 std::vector<std::string> Sentences(const std::vector<engine::LedgerEntry>& failures);
 
-// What came of saving a scene, which went well, as far as the ledger shows it from `mark` on: the scene's name and what was taken
-// along to the new place. `former`: the path of the scene before, empty for none.
-Outcome OfSaving(engine::Outside& outside, std::size_t mark, const std::string& former, const std::string& path);
+// What came of saving a scene, which went well, as far as the ledger shows it from `mark` on: the
+// scene's name and what was taken along to the new place. `former`: the path of the scene before,
+// empty for none.
+Outcome OfSaving(engine::Outside& outside, std::size_t mark, const std::string& former,
+                 const std::string& path);
 
 }  // namespace outcome

@@ -11,7 +11,9 @@ constexpr std::size_t kMostNames = 6;
 
 }  // namespace
 
-std::string Shown(const std::string& name) { return engine::Shortened(engine::Printable(name), kLongestName); }
+std::string Shown(const std::string& name) {
+  return engine::Shortened(engine::Printable(name), kLongestName);
+}
 
 std::string Listed(const std::vector<std::string>& names) {
   std::string text;
@@ -20,7 +22,8 @@ std::string Listed(const std::vector<std::string>& names) {
     const bool last = i + 1 == names.size();
     text += (i == 0 ? "\"" : last ? " and \"" : ", \"") + Shown(names[i]) + "\"";
   }
-  return shown < names.size() ? text + " and " + std::to_string(names.size() - shown) + " more" : text;
+  return shown < names.size() ? text + " and " + std::to_string(names.size() - shown) + " more"
+                              : text;
 }
 
 std::string Counted(std::size_t count, const std::string& noun) {

@@ -13,7 +13,7 @@ using Color = engine::Font::Color;
 
 namespace {
 
-// Greys have no tint, so that the pictures' colours are judged as they are.
+// Grays have no tint, so that the pictures' colors are judged as they are.
 constexpr Color kGround{30, 30, 30};
 constexpr Color kPlate{20, 20, 20};
 constexpr Color kEdge{52, 52, 52};
@@ -35,7 +35,8 @@ constexpr int kTagPixels = 11;
 constexpr int kFrame = 3;  // around the current one
 constexpr const char* kCurrent = "CURRENT";
 // Width of a picture by the number of cells up to which it holds.
-constexpr std::pair<std::size_t, int> kWidths[] = {{2, 560}, {12, 420}, {60, 340}, {300, 260}, {100000, 200}};
+constexpr std::pair<std::size_t, int> kWidths[] = {
+    {2, 560}, {12, 420}, {60, 340}, {300, 260}, {100000, 200}};
 constexpr double kScreen = 1.5;
 
 struct Area {
@@ -51,7 +52,9 @@ void Fill(Image& image, const Area& area, Color color) {
   const int bottom = std::min(area.top + area.height, static_cast<int>(image.height));
   for (int y = std::max(0, area.top); y < bottom; ++y) {
     for (int x = std::max(0, area.left); x < right; ++x) {
-      std::uint8_t* pixel = &image.bytes[(static_cast<std::size_t>(y) * image.width + static_cast<std::size_t>(x)) * 4];
+      std::uint8_t* pixel =
+          &image.bytes[(static_cast<std::size_t>(y) * image.width + static_cast<std::size_t>(x)) *
+                       4];
       std::copy(color.begin(), color.end(), pixel);
       pixel[3] = 255;
     }
@@ -60,12 +63,16 @@ void Fill(Image& image, const Area& area, Color color) {
 
 void Copy(const Image& picture, int left, int top, Image& image) {
   for (std::uint32_t y = 0; y < picture.height; ++y) {
-    const std::size_t to = ((static_cast<std::size_t>(top) + y) * image.width + static_cast<std::size_t>(left)) * 4;
-    std::copy_n(&picture.bytes[static_cast<std::size_t>(y) * picture.width * 4], picture.width * 4, &image.bytes[to]);
+    const std::size_t to =
+        ((static_cast<std::size_t>(top) + y) * image.width + static_cast<std::size_t>(left)) * 4;
+    std::copy_n(&picture.bytes[static_cast<std::size_t>(y) * picture.width * 4], picture.width * 4,
+                &image.bytes[to]);
   }
 }
 
-int Width(std::size_t columns, int box) { return 2 * kMargin + static_cast<int>(columns) * (box + kGap) - kGap; }
+int Width(std::size_t columns, int box) {
+  return 2 * kMargin + static_cast<int>(columns) * (box + kGap) - kGap;
+}
 int Height(std::size_t rows, int box) {
   return kHeading + static_cast<int>(rows) * (box + kCaption + kGap) - kGap + kMargin - 10;
 }
@@ -89,22 +96,26 @@ double CommonShape(const std::vector<PictureSize>& sizes) {
   return std::clamp(shape, 0.6, 2.4);
 }
 
-// The layout for so many cells, closest to the shape of a screen, for pictures that are `shape` wide when 1 high.
+// The layout for so many cells, closest to the shape of a screen, for pictures that are `shape`
+// wide when 1 high.
 Result<SheetLayout> LayOutSheet(std::size_t count, double shape) {
   count = std::max<std::size_t>(1, count);
-  const auto& [most, width] =
-      *std::find_if(std::begin(kWidths), std::end(kWidths) - 1, [&](auto& row) { return count <= row.first; });
+  const auto& [most, width] = *std::find_if(std::begin(kWidths), std::end(kWidths) - 1,
+                                            [&](auto& row) { return count <= row.first; });
   const int height = static_cast<int>(width / shape);
   std::size_t columns = 1;
   for (std::size_t c = 2; c <= std::min<std::size_t>(count, 64); ++c) {
     if (Fault(count, c, width, height) < Fault(count, columns, width, height)) columns = c;
   }
   const std::size_t rows = (count + columns - 1) / columns;
-  SheetLayout layout{columns, rows, {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)}, {}};
-  layout.sheet = {static_cast<std::uint32_t>(Width(columns, width)), static_cast<std::uint32_t>(Height(rows, height))};
+  SheetLayout layout{
+      columns, rows, {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)}, {}};
+  layout.sheet = {static_cast<std::uint32_t>(Width(columns, width)),
+                  static_cast<std::uint32_t>(Height(rows, height))};
   if (!engine::CheckImageSize(layout.sheet.width, layout.sheet.height, 4)) {
-    return Result<SheetLayout>::Failure(
-        std::to_string(count) + " states are too many for one sheet. Choose some of them, or make a page for a browser instead.");
+    return Result<SheetLayout>::Failure(std::to_string(count) +
+                                        " states are too many for one sheet. Choose some of them, "
+                                        "or make a page for a browser instead.");
   }
   return layout;
 }
@@ -116,8 +127,8 @@ std::string SheetSubtitle(std::size_t states) {
   return std::to_string(states) + (states == 1 ? " Stagemark" : " Stagemarks");
 }
 
-Result<ContactSheet> ContactSheet::Make(const std::vector<PictureSize>& sizes, const std::string& title,
-                                        const std::string& subtitle) {
+Result<ContactSheet> ContactSheet::Make(const std::vector<PictureSize>& sizes,
+                                        const std::string& title, const std::string& subtitle) {
   const auto layout = LayOutSheet(sizes.size(), CommonShape(sizes));
   if (!layout) return layout.GetStatus();
   auto regular = Font::Load(Font::Weight::Regular);
@@ -151,8 +162,8 @@ void ContactSheet::Place(std::size_t index, const Image& picture, const Mark& ca
   const Area plate{left, top, width, height};
   Fill(sheet_, plate.Grown(caption.current ? kFrame : 1), caption.current ? kAccent : kEdge);
   Fill(sheet_, plate, kPlate);
-  Copy(picture, left + (width - static_cast<int>(picture.width)) / 2, top + (height - static_cast<int>(picture.height)) / 2,
-       sheet_);
+  Copy(picture, left + (width - static_cast<int>(picture.width)) / 2,
+       top + (height - static_cast<int>(picture.height)) / 2, sheet_);
   DrawCaption(left, top + height, caption);
 }
 

@@ -1,6 +1,6 @@
-// ContactSheet: one picture with a labelled cell for each state, on a dark neutral ground that leaves the eye to the pictures.
-// It owns its picture and fonts; cells are placed one by one, so that no more than one state's picture is in memory besides it.
-// One thread at a time.
+// ContactSheet: one picture with a labeled cell for each state, on a dark neutral ground that
+// leaves the eye to the pictures. It owns its picture and fonts; cells are placed one by one, so
+// that no more than one state's picture is in memory besides it. One thread at a time.
 #pragma once
 
 #include <string>
@@ -20,21 +20,24 @@ struct SheetLayout {
   PictureSize sheet;  // the whole
 };
 
-// What the line below the title says of so many states; without any the sheet shows the scene as it is, under this name.
+// What the line below the title says of so many states; without any the sheet shows the scene as it
+// is, under this name.
 std::string SheetSubtitle(std::size_t states);
 inline constexpr const char* kAsItIs = "As it is";
 
 class ContactSheet {
  public:
-  // A sheet with the heading drawn and a cell for each picture, these being the sizes that the pictures have by themselves. Its
-  // shape is close to that of a screen. Fails when it would be larger than an image may be, and when there is no font.
-  static engine::Result<ContactSheet> Make(const std::vector<PictureSize>& sizes, const std::string& title,
-                                           const std::string& subtitle);
+  // A sheet with the heading drawn and a cell for each picture, these being the sizes that the
+  // pictures have by themselves. Its shape is close to that of a screen. Fails when it would be
+  // larger than an image may be, and when there is no font.
+  static engine::Result<ContactSheet> Make(const std::vector<PictureSize>& sizes,
+                                           const std::string& title, const std::string& subtitle);
 
   // What each cell's picture fits into.
   const PictureSize& Box() const { return layout_.box; }
 
-  // Puts a picture no larger than the box into the cell `index`, counted from 0 along the rows, with its caption.
+  // Puts a picture no larger than the box into the cell `index`, counted from 0 along the rows,
+  // with its caption.
   void Place(std::size_t index, const engine::Image& picture, const Mark& caption);
   const engine::Image& Picture() const { return sheet_; }
   // The last thing that is asked of it.

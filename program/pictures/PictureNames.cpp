@@ -39,7 +39,8 @@ void Walk(const std::string& pattern, const Text& text, const Name& name) {
 
 std::string LowerSuffix(const std::string& path) {
   std::string suffix = std::filesystem::path(path).extension().string();
-  for (char& letter : suffix) letter = static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
+  for (char& letter : suffix)
+    letter = static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
   return suffix;
 }
 
@@ -50,22 +51,28 @@ Status CheckPattern(const std::string& pattern) {
   Walk(
       pattern, [](const std::string&) {},
       [&](const std::string& name) {
-        const bool known = name == "scene" || name == "state" || name == "camera" || name == "frame";
+        const bool known =
+            name == "scene" || name == "state" || name == "camera" || name == "frame";
         if (!known) unknown = "{" + name + "}";
       });
   const std::size_t open = pattern.rfind('{');
   if (open != std::string::npos && pattern.find('}', open) == std::string::npos) {
-    return Status::Failure("\"" + pattern.substr(open) + "\" has a { without its }. There are " + kPlaceholders + ".");
+    return Status::Failure("\"" + pattern.substr(open) + "\" has a { without its }. There are " +
+                           kPlaceholders + ".");
   }
-  if (!unknown.empty()) return Status::Failure(unknown + " is no placeholder. There are " + kPlaceholders + ".");
+  if (!unknown.empty())
+    return Status::Failure(unknown + " is no placeholder. There are " + kPlaceholders + ".");
   const std::string suffix = LowerSuffix(pattern);
   if (suffix == ".png" || suffix == ".tif" || suffix == ".tiff") return {};
-  return Status::Failure("\"" + pattern + "\" names no picture: the name must end in .png or .tif.");
+  return Status::Failure("\"" + pattern +
+                         "\" names no picture: the name must end in .png or .tif.");
 }
 
 std::string FillPattern(const std::string& pattern, const PictureFacts& facts) {
-  const std::map<std::string, std::string> values = {
-      {"scene", facts.scene}, {"state", facts.state}, {"camera", facts.camera}, {"frame", FourDigits(facts.frame)}};
+  const std::map<std::string, std::string> values = {{"scene", facts.scene},
+                                                     {"state", facts.state},
+                                                     {"camera", facts.camera},
+                                                     {"frame", FourDigits(facts.frame)}};
   std::string filled;
   Walk(
       pattern, [&](const std::string& text) { filled += text; },
@@ -83,7 +90,8 @@ std::string SafeFileName(const std::string& text) {
     if (safe.size() + bytes > kMostNameBytes) break;
     const auto byte = static_cast<unsigned char>(text[at]);
     // Those that a path or another system's file names cannot hold.
-    const bool refused = byte < 0x20 || byte == 0x7F || std::string_view("/\\:*?\"<>|").find(text[at]) != std::string_view::npos;
+    const bool refused = byte < 0x20 || byte == 0x7F ||
+                         std::string_view("/\\:*?\"<>|").find(text[at]) != std::string_view::npos;
     safe += refused ? "_" : text.substr(at, bytes);
     at += bytes;
   }
@@ -97,7 +105,8 @@ engine::Result<std::string> EncodePicture(const engine::Image& picture, const st
   return IsTiffName(path) ? engine::EncodeTiff(picture) : engine::EncodePng(picture);
 }
 
-// Letters as small ones wherever the system's tables of Unicode know them; bytes that are no text stay as they are.
+// Letters as small ones wherever the system's tables of Unicode know them; bytes that are no text
+// stay as they are.
 std::string FoldedCase(const std::string& text) {
   static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
   if (!unicode) return text;
@@ -109,7 +118,9 @@ std::string FoldedCase(const std::string& text) {
     wchar_t wide = 0;
     char small[16];
     std::size_t count = std::mbrtowc(&wide, text.data() + at, bytes, &state);
-    if (count == bytes) count = std::wcrtomb(small, static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(wide))), &state);
+    if (count == bytes)
+      count = std::wcrtomb(
+          small, static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(wide))), &state);
     const bool known = count > 0 && count <= sizeof small;
     folded += known ? std::string(small, count) : text.substr(at, bytes);
     at += bytes;
@@ -118,7 +129,8 @@ std::string FoldedCase(const std::string& text) {
   return folded;
 }
 
-std::optional<std::pair<std::size_t, std::size_t>> FindClash(const std::vector<std::string>& paths) {
+std::optional<std::pair<std::size_t, std::size_t>> FindClash(
+    const std::vector<std::string>& paths) {
   std::map<std::string, std::size_t> seen;
   for (std::size_t i = 0; i < paths.size(); ++i) {
     const auto [first, isNew] = seen.try_emplace(FoldedCase(paths[i]), i);

@@ -1,5 +1,5 @@
-// PictureNames: file names of pictures from a pattern with placeholders. What comes out of a scene never leads out of the
-// folder of the pattern. Pure functions, any thread.
+// PictureNames: file names of pictures from a pattern with placeholders. What comes out of a scene
+// never leads out of the folder of the pattern. Pure functions, any thread.
 #pragma once
 
 #include <optional>
@@ -19,12 +19,14 @@ struct PictureFacts {
   int frame = 0;  // shown with at least four digits
 };
 
-// Fails for unknown placeholders, for no file name and for suffixes other than .png, .tif and .tiff.
+// Fails for unknown placeholders, for no file name and for suffixes other than .png, .tif and
+// .tiff.
 engine::Status CheckPattern(const std::string& pattern);
 // The pattern with each placeholder replaced by a name that is safe in a file name.
 std::string FillPattern(const std::string& pattern, const PictureFacts& facts);
 
-// The text as one component of a path: separators and control characters replaced, no leading dot, at most 120 bytes.
+// The text as one component of a path: separators and control characters replaced, no leading dot,
+// at most 120 bytes.
 std::string SafeFileName(const std::string& text);
 // Whether the file is to be a TIFF.
 bool IsTiffName(const std::string& path);

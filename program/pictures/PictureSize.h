@@ -1,4 +1,5 @@
-// PictureSize: how large pictures of a scene are. Pure functions; those of a document on its thread, the others on any.
+// PictureSize: how large pictures of a scene are. Pure functions; those of a document on its
+// thread, the others on any.
 #pragma once
 
 #include <cstdint>

@@ -33,20 +33,21 @@ std::vector<const Gadget*> AllOf(const host::GeDialog& dialog, GadgetKind kind) 
 
 std::string Trimmed(const std::string& text) {
   const auto first = text.find_first_not_of(' ');
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+  return first == std::string::npos ? ""
+                                    : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-const Gadget* Labelled(const host::GeDialog& dialog, GadgetKind kind, const std::string& label) {
+const Gadget* Labeled(const host::GeDialog& dialog, GadgetKind kind, const std::string& label) {
   for (const Gadget* gadget : AllOf(dialog, kind)) {
     if (label.empty() || Trimmed(gadget->text.ToUtf8()) == label) return gadget;
   }
   return nullptr;
 }
 
-const MenuEntry* EntryLabelled(const std::vector<MenuEntry>& entries, const std::string& label) {
+const MenuEntry* EntryLabeled(const std::vector<MenuEntry>& entries, const std::string& label) {
   for (const MenuEntry& entry : entries) {
     if (entry.id != 0 && entry.text.ToUtf8() == label) return &entry;
-    if (const MenuEntry* below = EntryLabelled(entry.children, label)) return below;
+    if (const MenuEntry* below = EntryLabeled(entry.children, label)) return below;
   }
   return nullptr;
 }
@@ -60,25 +61,31 @@ const Gadget& StagemarksDialog::List() const {
 }
 
 bool StagemarksDialog::Fits() const {
-  return List().listColumns.size() == kColumns && Labelled(*dialog_, GadgetKind::Button, "Load");
+  return List().listColumns.size() == kColumns && Labeled(*dialog_, GadgetKind::Button, "Load");
 }
 
-const Gadget* StagemarksDialog::Find(GadgetKind kind, const std::string& label) const { return Labelled(*dialog_, kind, label); }
+const Gadget* StagemarksDialog::Find(GadgetKind kind, const std::string& label) const {
+  return Labeled(*dialog_, kind, label);
+}
 
 std::vector<Mark> StagemarksDialog::Marks() const {
   std::vector<Mark> marks;
   const Gadget& list = List();
   for (const engine::Row& row : list.listRows) {
-    const auto text = [&](std::size_t column) { return row.values.GetString(list.listColumns[column].id).ToUtf8(); };
-    marks.push_back(
-        {text(kName), Trimmed(text(kDate)), row.values.GetBool(list.listColumns[kChecked].id), !Trimmed(text(kMarker)).empty()});
+    const auto text = [&](std::size_t column) {
+      return row.values.GetString(list.listColumns[column].id).ToUtf8();
+    };
+    marks.push_back({text(kName), Trimmed(text(kDate)),
+                     row.values.GetBool(list.listColumns[kChecked].id),
+                     !Trimmed(text(kMarker)).empty()});
   }
   return marks;
 }
 
 bool StagemarksDialog::Has(const std::string& name) const {
   const auto marks = Marks();
-  return std::any_of(marks.begin(), marks.end(), [&](const Mark& mark) { return mark.name == name; });
+  return std::any_of(marks.begin(), marks.end(),
+                     [&](const Mark& mark) { return mark.name == name; });
 }
 
 std::string StagemarksDialog::Current() const {
@@ -94,34 +101,36 @@ std::string StagemarksDialog::TypedName() const {
 }
 
 bool StagemarksDialog::IsTicked(const std::string& checkbox) const {
-  const Gadget* gadget = Labelled(*dialog_, GadgetKind::Checkbox, checkbox);
+  const Gadget* gadget = Labeled(*dialog_, GadgetKind::Checkbox, checkbox);
   return gadget && gadget->value.GetLong() != 0;
 }
 
 bool StagemarksDialog::TypeName(const std::string& name) {
   const auto fields = AllOf(*dialog_, GadgetKind::EditText);
-  return !fields.empty() && engine::TypeText(*dialog_, fields.front()->id, host::String(std::string_view(name)));
+  return !fields.empty() &&
+         engine::TypeText(*dialog_, fields.front()->id, host::String(std::string_view(name)));
 }
 
 bool StagemarksDialog::Press(const std::string& button) {
-  const Gadget* gadget = Labelled(*dialog_, GadgetKind::Button, button);
+  const Gadget* gadget = Labeled(*dialog_, GadgetKind::Button, button);
   return gadget && engine::PressButton(*dialog_, gadget->id);
 }
 
 bool StagemarksDialog::Choose(const std::string& menuEntry) {
-  const MenuEntry* entry = EntryLabelled(engine::DialogMenus(*dialog_), menuEntry);
+  const MenuEntry* entry = EntryLabeled(engine::DialogMenus(*dialog_), menuEntry);
   return entry && engine::ChooseMenu(*dialog_, entry->id);
 }
 
 bool StagemarksDialog::Tick(const std::string& checkbox, bool on) {
-  const Gadget* gadget = Labelled(*dialog_, GadgetKind::Checkbox, checkbox);
+  const Gadget* gadget = Labeled(*dialog_, GadgetKind::Checkbox, checkbox);
   return gadget && engine::SetCheckbox(*dialog_, gadget->id, on);
 }
 
 bool StagemarksDialog::ChooseLayout(const std::string& entry) {
   for (const Gadget* combo : AllOf(*dialog_, GadgetKind::ComboBox)) {
     for (const engine::Choice& choice : combo->choices) {
-      if (choice.text.ToUtf8() == entry) return engine::ChooseFromCombo(*dialog_, combo->id, choice.id);
+      if (choice.text.ToUtf8() == entry)
+        return engine::ChooseFromCombo(*dialog_, combo->id, choice.id);
     }
   }
   return false;
@@ -144,8 +153,10 @@ bool StagemarksDialog::TypeFrames(int from, int to) {
 
 bool StagemarksDialog::Select(const std::string& name) {
   const auto marks = Marks();
-  const auto it = std::find_if(marks.begin(), marks.end(), [&](const Mark& mark) { return mark.name == name; });
-  return it != marks.end() && engine::SelectLines(*dialog_, List().id, {static_cast<LONG>(it - marks.begin())});
+  const auto it =
+      std::find_if(marks.begin(), marks.end(), [&](const Mark& mark) { return mark.name == name; });
+  return it != marks.end() &&
+         engine::SelectLines(*dialog_, List().id, {static_cast<LONG>(it - marks.begin())});
 }
 
 std::vector<std::string> StagemarksDialog::SelectedNames() const {
@@ -174,7 +185,9 @@ bool StagemarksDialog::CheckOnly(const std::vector<std::string>& names) {
   const auto marks = Marks();
   for (std::size_t line = 0; line < marks.size(); ++line) {
     if (wanted.count(marks[line].name) == 0) continue;
-    if (!engine::ToggleLine(*dialog_, List().id, static_cast<LONG>(line), List().listColumns[kChecked].id)) return false;
+    if (!engine::ToggleLine(*dialog_, List().id, static_cast<LONG>(line),
+                            List().listColumns[kChecked].id))
+      return false;
   }
   return true;
 }
@@ -193,7 +206,8 @@ std::vector<std::pair<std::string, bool>> StagemarksDialog::Options() const {
     if (menu.text.ToUtf8() != "Options") continue;
     bool afterSeparator = false;  // the entry that saves the options stands alone above it
     for (const MenuEntry& entry : menu.children) {
-      if (afterSeparator && !entry.separator) options.emplace_back(entry.text.ToUtf8(), entry.checked);
+      if (afterSeparator && !entry.separator)
+        options.emplace_back(entry.text.ToUtf8(), entry.checked);
       afterSeparator = afterSeparator || entry.separator;
     }
   }

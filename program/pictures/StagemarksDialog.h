@@ -1,5 +1,6 @@
-// StagemarksDialog: the plug-in's dialog as a person uses it: fields, buttons, menu entries and rows are found by what
-// they show, then pressed through the dialog's own events. It owns nothing; the dialog lives with its plug-in. Main thread.
+// StagemarksDialog: the plug-in's dialog as a person uses it: fields, buttons, menu entries and
+// rows are found by what they show, then pressed through the dialog's own events. It owns nothing;
+// the dialog lives with its plug-in. Main thread.
 #pragma once
 
 #include <string>

@@ -39,7 +39,8 @@ class StateWorker {
     if (status) status = Open(order);
     if (status) status = TellStates();
     if (status) status = ReadBox();
-    for (std::size_t state = 0; status && state < states_.size(); ++state) status = SendPicture(state);
+    for (std::size_t state = 0; status && state < states_.size(); ++state)
+      status = SendPicture(state);
     return status;
   }
   engine::FrameWriter& Output() { return output_; }
@@ -82,12 +83,14 @@ class StateWorker {
   }
 
   Status OpenDialog(const Order& order) {
-    const auto report = application_.LoadPlugin(engine::PluginFolder() + "/" + kPlugin + "/" + kPlugin + ".so");
+    const auto report =
+        application_.LoadPlugin(engine::PluginFolder() + "/" + kPlugin + "/" + kPlugin + ".so");
     if (report.outcome != engine::LoadOutcome::Loaded) return Status::Failure(report.message);
     for (const engine::CommandPlugin& command : application_.Commands()) {
       if (command.name.ToUtf8() == kPlugin) application_.ExecuteCommand(command.id);
     }
-    if (engine::OpenDialogs().empty()) return Status::Failure("The plug-in's dialog could not be opened.");
+    if (engine::OpenDialogs().empty())
+      return Status::Failure("The plug-in's dialog could not be opened.");
     dialog_.emplace(*engine::OpenDialogs().back());
     application_.DeliverEvents();
     options_ = order.options;
@@ -109,7 +112,8 @@ class StateWorker {
       if (Status status = Recall(state.mark); !status) return status;
       state.size = SizeOf(Document());
       TakeBack();
-      if (!output_.Write(FrameKind::State, StateAsText(state))) return Status::Failure("Nobody listens.");
+      if (!output_.Write(FrameKind::State, StateAsText(state)))
+        return Status::Failure("Nobody listens.");
     }
     output_.Write(FrameKind::Done, "");
     return {};
@@ -117,7 +121,8 @@ class StateWorker {
 
   Status ReadBox() {
     const auto frame = Read();
-    const bool isBox = frame && std::sscanf(frame->bytes.c_str(), "%u %u", &box_.width, &box_.height) == 2;
+    const bool isBox =
+        frame && std::sscanf(frame->bytes.c_str(), "%u %u", &box_.width, &box_.height) == 2;
     return isBox ? Status() : Status::Failure("The size of the pictures did not arrive.");
   }
 
@@ -128,9 +133,11 @@ class StateWorker {
     engine::PictureSetup setup;
     setup.width = size.width;
     setup.height = size.height;
-    auto begun = engine::PictureInProgress::Begin(Document(), setup, engine::RenderCaches::Shared());
+    auto begun =
+        engine::PictureInProgress::Begin(Document(), setup, engine::RenderCaches::Shared());
     TakeBack();
-    if (!begun) return Status::Failure("\"" + state.mark.name + "\" was not rendered: " + begun.Message());
+    if (!begun)
+      return Status::Failure("\"" + state.mark.name + "\" was not rendered: " + begun.Message());
     for (const std::string& note : begun.Value()->Notes()) output_.Write(FrameKind::Note, note);
     const auto tell = [&](double done) {
       return output_.Write(FrameKind::Progress, std::to_string(static_cast<int>(done * 1000)));
@@ -139,7 +146,8 @@ class StateWorker {
       if (!begun.Value()->Refine(tell)) return Status::Failure("Nobody listens.");
     }
     const engine::Image picture = begun.Value()->Current();
-    output_.Write(FrameKind::Picture, {reinterpret_cast<const char*>(picture.bytes.data()), picture.bytes.size()});
+    output_.Write(FrameKind::Picture,
+                  {reinterpret_cast<const char*>(picture.bytes.data()), picture.bytes.size()});
     output_.Write(FrameKind::Done, "");
     return {};
   }
@@ -147,7 +155,8 @@ class StateWorker {
   Status Recall(const Mark& mark) {
     if (mark.name.empty()) return {};
     SetOptions();
-    if (!dialog_->Select(mark.name) || !dialog_->Press("Load")) return Status::Failure("\"" + mark.name + "\" was not loaded.");
+    if (!dialog_->Select(mark.name) || !dialog_->Press("Load"))
+      return Status::Failure("\"" + mark.name + "\" was not loaded.");
     application_.DeliverEvents();
     return {};
   }
@@ -175,8 +184,9 @@ class StateWorker {
 
 std::string StateAsText(const StateFacts& state) {
   const Mark& mark = state.mark;
-  return std::to_string(state.size.width) + " " + std::to_string(state.size.height) + " " + (mark.current ? "1" : "0") + " " +
-         std::to_string(mark.date.size()) + "\n" + mark.date + mark.name;
+  return std::to_string(state.size.width) + " " + std::to_string(state.size.height) + " " +
+         (mark.current ? "1" : "0") + " " + std::to_string(mark.date.size()) + "\n" + mark.date +
+         mark.name;
 }
 
 std::optional<StateFacts> StateFromText(const std::string& text) {
@@ -184,8 +194,9 @@ std::optional<StateFacts> StateFromText(const std::string& text) {
   int current = 0;
   std::size_t date = 0;
   const std::size_t head = text.find('\n');
-  const bool isWhole = head != std::string::npos &&
-                       std::sscanf(text.c_str(), "%u %u %d %zu", &state.size.width, &state.size.height, &current, &date) == 4;
+  const bool isWhole =
+      head != std::string::npos && std::sscanf(text.c_str(), "%u %u %d %zu", &state.size.width,
+                                               &state.size.height, &current, &date) == 4;
   if (!isWhole || date > text.size() - head - 1) return std::nullopt;
   state.mark.current = current != 0;
   state.mark.date = text.substr(head + 1, date);

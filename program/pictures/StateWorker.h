@@ -1,11 +1,13 @@
-// StateWorker: the child that makes pictures of all states of a scene, `stagemarks --state-worker`. A plug-in knows one dialog
-// and one active document: what a child loads disturbs nobody at the desktop. It is told all by its standard input and answers by
-// its standard output, both in frames:
-//   in    a Note with the path of the document, empty where it has none; a Note for each option of the dialog, "1" or "0" and its
-//         label; the scene; Done
-//   out   a State for each state, see StateFacts; Done; or a Failure, which ends the child here and later
+// StateWorker: the child that makes pictures of all states of a scene, `stagemarks --state-worker`.
+// A plug-in knows one dialog and one active document: what a child loads disturbs nobody at the
+// desktop. It is told all by its standard input and answers by its standard output, both in frames:
+//   in    a Note with the path of the document, empty where it has none; a Note for each option of
+//         the dialog, "1" or "0" and its label; the scene; Done
+//   out   a State for each state, see StateFacts; Done; or a Failure, which ends the child here and
+//         later
 //   in    a Note with the box that each picture fits into, "width height"
-//   out   for each state Progress and Notes, the Picture as bytes of red, green, blue, alpha, row by row, and Done
+//   out   for each state Progress and Notes, the Picture as bytes of red, green, blue, alpha, row by
+//         row, and Done
 #pragma once
 
 #include <optional>

@@ -5,17 +5,19 @@
 namespace {
 
 // Messages of the host at start-up.
-constexpr host::LONG kInitialise = 0;
+constexpr host::LONG kInitialize = 0;
 constexpr host::LONG kLoadResource = 1;
 
 host::GeResource resource;
 
 }  // namespace
 
-host::Bool PluginStart() { return stagemarks::RegisterSM() && stagemarks::RegisterStagemarksNode(); }
+host::Bool PluginStart() {
+  return stagemarks::RegisterSM() && stagemarks::RegisterStagemarksNode();
+}
 
 host::Bool PluginMessage(host::LONG id, void*) {
-  if (id == kInitialise) return host::TRUE;
+  if (id == kInitialize) return host::TRUE;
   return id == kLoadResource && resource.Init();
 }
 

@@ -1,5 +1,5 @@
-// SM: the menu command. It owns the dialog, which therefore lives as long as the command and is the same at every
-// opening. The host owns the command from its registration on. Main thread.
+// SM: the menu command. It owns the dialog, which therefore lives as long as the command and is the
+// same at every opening. The host owns the command from its registration on. Main thread.
 #pragma once
 
 #include "source/Stagemarks/SMDialog.h"

@@ -1,12 +1,13 @@
-// SMDialog: the plug-in's one dialog and everything that it does. It keeps copies of the active document's three
-// stores, taken anew at the start of each operation and written back whole, and work containers that a recording
-// fills; it owns nothing in the scene. Main thread.
+// SMDialog: the plug-in's one dialog and everything that it does. It keeps copies of the active
+// document's three stores, taken anew at the start of each operation and written back whole, and
+// work containers that a recording fills; it owns nothing in the scene. Main thread.
 //
-// How to read it: an event arrives in Command, which runs one of the operations below. They are ordered as an element lives:
-// recorded, recalled, edited, exported. Each section names the folder that implements it. The private part has the same
-// sections with their single steps, then the state. "Element" is the word for one Stagemark throughout, "checked" means the rows
-// with a check mark. An operation that answers a Bool answers false when it could not begin or stopped half-way; what it wrote
-// until then stays.
+// How to read it: an event arrives in Command, which runs one of the operations below. They are
+// ordered as an element lives: recorded, recalled, edited, exported. Each section names the folder
+// that implements it. The private part has the same sections with their single steps, then the
+// state. "Element" is the word for one Stagemark throughout, "checked" means the rows with a check
+// mark. An operation that answers a Bool answers false when it could not begin or stopped half-way;
+// what it wrote until then stays.
 #pragma once
 
 #include <array>
@@ -32,26 +33,28 @@ class SMDialog : public GeDialog {
   Bool InitValues() override;
   // A change of the active document: default image, list and options anew. Always true.
   Bool CoreMessage(LONG id, const BaseContainer& msg) override;
-  // Every button, field, row and menu entry: reads the fields, then only dispatches. False without a document, and for a
-  // recording that was refused.
+  // Every button, field, row and menu entry: reads the fields, then only dispatches. False without
+  // a document, and for a recording that was refused.
   Bool Command(LONG id, const BaseContainer& msg) override;
   LONG Message(const BaseContainer& msg, BaseContainer& result) override;
 
-  // --- Identity (store/). They read the dialog's copies of the stores, which the caller has refreshed.
-  // The lowest ID that nothing or an emptied entry is stored under.
+  // --- Identity (store/). They read the dialog's copies of the stores, which the caller has
+  // refreshed. The lowest ID that nothing or an emptied entry is stored under.
   LONG GetFirstAvailableID() const;
   // The ID of the element with that name; 0, which may be another element's, when it is not found.
   LONG GetStagemarkID(const String& name) const;
   // Whether an element has that name.
   Bool CheckForDupSMNames(const String& name) const;
 
-  // --- Recording (recording/): each fills its work container from the active document; false without one. What the
-  // container held beyond that stays in it.
-  // Puts a copy of the active render settings, named after the element, second into the document's list.
+  // --- Recording (recording/): each fills its work container from the active document; false
+  // without one. What the container held beyond that stays in it.
+  // Puts a copy of the active render settings, named after the element, second into the document's
+  // list.
   Bool RecordRenderSettings();
   // Every object's switches and the tags that the options ask for.
   Bool RecordObjectAndTagSettings();
-  // Records `op`, its tags, its subtree and its following siblings in pre-order. Null records nothing.
+  // Records `op`, its tags, its subtree and its following siblings in pre-order. Null records
+  // nothing.
   void LoopThroughOM(BaseDocument* doc, BaseObject* op);
   // The tags of one object. Always true.
   Bool RecordTags(BaseObject* op);
@@ -61,7 +64,8 @@ class SMDialog : public GeDialog {
   BaseContainer GetTcompositingSettings(BaseTag* tag) const;
   // The one of the three that a tag type asks for.
   BaseContainer CaptureTag(BaseTag* tag, Capture capture) const;
-  // Which camera the render view looks through; an empty link for none, and, with false, where the option is off.
+  // Which camera the render view looks through; an empty link for none, and, with false, where the
+  // option is off.
   Bool RecordCameraSettings();
   Bool RecordLayerSettings();
   // Records `layer`, its following siblings and all below them in pre-order. Null records nothing.
@@ -74,15 +78,15 @@ class SMDialog : public GeDialog {
   // --- Recall (recall/): false without an active document.
   // The element of that name, as far as the options ask for it, as one undo group.
   Bool LoadStagemark(const String& name);
-  // One part of an element record each; they add undo entries to the open group. What the record links to and is gone is
-  // passed over.
+  // One part of an element record each; they add undo entries to the open group. What the record
+  // links to and is gone is passed over.
   Bool LoadRenderSettings(const BaseContainer& record);
   Bool LoadObjectAndTagSettings(const BaseContainer& record);
   Bool LoadCameraSettings(const BaseContainer& record);
   Bool LoadLayerSettings(const BaseContainer& record);
 
-  // --- Matching (recall/). Whether an element record holds an item; links to the active document's items that it
-  // does not hold, under keys 0, 1, 2 ... in pre-order.
+  // --- Matching (recall/). Whether an element record holds an item; links to the active document's
+  // items that it does not hold, under keys 0, 1, 2 ... in pre-order.
   Bool SearchElementForObject(BaseContainer* element, BaseObject* op) const;
   Bool SearchElementForTag(BaseContainer* element, BaseTag* tag) const;
   Bool SearchElementForLayer(BaseContainer* element, LayerObject* layer) const;
@@ -90,9 +94,10 @@ class SMDialog : public GeDialog {
   BaseContainer GetNewTags(BaseContainer* element) const;
   BaseContainer GetNewLayers(BaseContainer* element) const;
 
-  // --- Bulk edits (bulk/): on the checked elements of the active document, in its stores in place. They stop at the first
-  // element that is not found or lacks the part in question. The options have no say, and nothing can be undone.
-  // Appends the scene's items that an element does not hold; changes none that it holds.
+  // --- Bulk edits (bulk/): on the checked elements of the active document, in its stores in place.
+  // They stop at the first element that is not found or lacks the part in question. The options
+  // have no say, and nothing can be undone. Appends the scene's items that an element does not
+  // hold; changes none that it holds.
   Bool UpdateCheckedElements();
   // Writes the present state of the selected items over what is recorded of them, or appends it.
   Bool SetObjectsOnCheckedElements();
@@ -109,14 +114,15 @@ class SMDialog : public GeDialog {
   // --- Export (export/): one scene file per checked name, made from a copy of the active document.
   // The button: asks what it needs and calls the layout that the combo box names.
   void GenerateFiles();
-  // The four layouts. False when nothing could begin, or an element's folder could not be made; true also after a save that
-  // failed, of which the user was told.
+  // The four layouts. False when nothing could begin, or an element's folder could not be made;
+  // true also after a save that failed, of which the user was told.
   Bool GenerateSaveFile(const BaseContainer& checked, const Filename& folder);
   Bool GenerateSaveFileFolders(const BaseContainer& checked, const Filename& folder);
   Bool GenerateSaveProject(const BaseContainer& checked, const Filename& folder);
   Bool GenerateSaveProjectOneFolder(const BaseContainer& checked, const Filename& folder);
-  // Texture references cut down to bare file names: of one shader, answering the name that is left; of a shader, a node or an
-  // object with all that follows and lies below it; of the whole document. False where there is nothing to walk through.
+  // Texture references cut down to bare file names: of one shader, answering the name that is left;
+  // of a shader, a node or an object with all that follows and lies below it; of the whole
+  // document. False where there is nothing to walk through.
   String ExtractTexturePath(BaseShader* shader);
   void LoopThroughShader(BaseShader* shader);
   Bool LoopThroughXpresso(GvNode* node);
@@ -124,21 +130,25 @@ class SMDialog : public GeDialog {
   Bool StripObjects();
   Bool StripMaterials();
   Bool StripAllTexturePaths();
-  // Deletes the materials that no element's texture tag refers to, as one undo group. False when nothing was looked at.
+  // Deletes the materials that no element's texture tag refers to, as one undo group. False when
+  // nothing was looked at.
   Bool CleanMEdit();
 
   // --- Previews (previews/).
-  // The folder beside the active document's file; relative for a document never saved, empty path without one.
+  // The folder beside the active document's file; relative for a document never saved, empty path
+  // without one.
   Filename GetSMfilePath() const;
   Filename GetPreviewImage(const String& name) const;
   // Renders the element being recorded into `folder`; false when memory ran out.
   Bool GenerateBitmapPreview(const Filename& folder);
-  // In the bitmap button: the element's preview, else the default image; what it showed where neither exists.
+  // In the bitmap button: the element's preview, else the default image; what it showed where
+  // neither exists.
   void ShowPreview(const String& name);
   void ShowDefaultImage();
 
   // --- The list (dialog/).
-  // Rebuilds the rows from the active document; check marks of names that stay are kept, the selection goes.
+  // Rebuilds the rows from the active document; check marks of names that stay are kept, the
+  // selection goes.
   void UpdateSMList();
   // Name of the selected row; empty unless exactly one is selected.
   String GetListSelection() const;
@@ -146,7 +156,8 @@ class SMDialog : public GeDialog {
   BaseContainer GetCheckedElements() const;
 
   // --- Options (dialog/).
-  // Takes the flags and the menu's marks from the document's own choice, else from the user's defaults.
+  // Takes the flags and the menu's marks from the document's own choice, else from the user's
+  // defaults.
   void UpdateSMPreferences();
   Bool IsOn(Option option) const { return options_[IndexOf(option)] == 1; }
 
@@ -171,7 +182,8 @@ class SMDialog : public GeDialog {
   void ShowHelp() const;
   void ShowAbout() const;
 
-  // --- Building (dialog/): the gadgets from top to bottom, the menus, and the list store of scenes that have none yet.
+  // --- Building (dialog/): the gadgets from top to bottom, the menus, and the list store of scenes
+  // that have none yet.
   void BuildElementGroups();
   void BuildRecordGroups();
   void BuildGenerateGroups();
@@ -201,12 +213,14 @@ class SMDialog : public GeDialog {
   // --- Export (export/).
   struct FileLayout;
   Bool Generate(const BaseContainer& checked, const Filename& folder, const FileLayout& layout);
-  void GatherTextures(const BaseContainer& checked, const ExportPlaces& places, const FileLayout& layout);
+  void GatherTextures(const BaseContainer& checked, const ExportPlaces& places,
+                      const FileLayout& layout);
   Bool MakeElementFolder(const String& name, const ExportPlaces& places) const;
   Bool GenerateElement(BaseDocument& copy, const String& name, const ExportPlaces& places);
   void OverrideFrameRange(RenderData& settings) const;
 
-  // --- The stores (store/): records and list entries copied from the document, and written back whole.
+  // --- The stores (store/): records and list entries copied from the document, and written back
+  // whole.
   void RefreshStores(const BaseDocument& doc);
   void WriteStores(BaseDocument& doc) const;
   // Sets the current flag on one element and clears it on the others, in place.

@@ -15,6 +15,8 @@ SMThread::~SMThread() {
   End(TRUE);
 }
 
-void SMThread::Main() { RenderDocument(document_, settings_, nullptr, nullptr, bitmap_, kRenderFlags, Get()); }
+void SMThread::Main() {
+  RenderDocument(document_, settings_, nullptr, nullptr, bitmap_, kRenderFlags, Get());
+}
 
 }  // namespace stagemarks

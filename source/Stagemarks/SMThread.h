@@ -1,5 +1,5 @@
-// SMThread: renders one document into one bitmap. It owns neither; both must outlive the work. Main thread, apart
-// from Main itself.
+// SMThread: renders one document into one bitmap. It owns neither; both must outlive the work. Main
+// thread, apart from Main itself.
 #pragma once
 
 #include "source/Stagemarks/Host.h"

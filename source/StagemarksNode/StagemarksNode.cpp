@@ -10,7 +10,8 @@ namespace stagemarks {
 
 SceneHookData* StagemarksNode::Alloc() { return new (std::nothrow) StagemarksNode; }
 
-// The document that the user works on counts, whichever one the message is about: previews belong to it.
+// The document that the user works on counts, whichever one the message is about: previews belong
+// to it.
 Bool StagemarksNode::Message(GeListNode*, LONG type, void* data) {
   if (type != MSG_DOCUMENTINFO || !data) return TRUE;
   const DocumentInfoData& info = *static_cast<const DocumentInfoData*>(data);
@@ -20,7 +21,8 @@ Bool StagemarksNode::Message(GeListNode*, LONG type, void* data) {
   Filename name = doc->GetDocumentName();
   const Filename oldFile = doc->GetDocumentPath() + name;
   name.ClearSuffix();
-  const Filename oldFolder = doc->GetDocumentPath() + StringToFilename(name.GetFileString() + kSideFolderEnding);
+  const Filename oldFolder =
+      doc->GetDocumentPath() + StringToFilename(name.GetFileString() + kSideFolderEnding);
   Filename target = info.filename;
   target.ClearSuffix();
   const Filename newFolder = StringToFilename(target.GetString() + kSideFolderEnding);
@@ -45,7 +47,8 @@ Bool StagemarksNode::CopySMFolder(const Filename& from, const Filename& to) cons
 }
 
 Bool RegisterStagemarksNode() {
-  return RegisterSceneHookPlugin(kHookId, kHookName, kHookInfo, StagemarksNode::Alloc, kHookPriority, 0, nullptr);
+  return RegisterSceneHookPlugin(kHookId, kHookName, kHookInfo, StagemarksNode::Alloc,
+                                 kHookPriority, 0, nullptr);
 }
 
 }  // namespace stagemarks

@@ -15,7 +15,8 @@ struct Documents : tests::Stage {
   // The names of the chain, the active one in brackets.
   static std::string Chain() {
     std::string text;
-    for (host::GeListNode* node = host::GetFirstDocument(); node != nullptr; node = node->GetNext()) {
+    for (host::GeListNode* node = host::GetFirstDocument(); node != nullptr;
+         node = node->GetNext()) {
       auto* doc = static_cast<BaseDocument*>(node);
       const std::string name = doc->GetDocumentName().GetString().ToUtf8();
       text += doc == host::GetActiveDocument() ? "[" + name + "]" : name;
@@ -97,7 +98,8 @@ TEST_F(Documents, EachHasOneInstanceOfTheHook) {
 TEST_F(Documents, GlobalTexturePathsAreThoseOfTheSetup) {
   EXPECT_EQ(host::GetGlobalTexturePath(0).GetString().ToUtf8(), "/first");
   EXPECT_EQ(host::GetGlobalTexturePath(1).GetString().ToUtf8(), "/second");
-  for (const host::LONG index : {-1, 2, 9, 10}) EXPECT_FALSE(host::GetGlobalTexturePath(index).Content()) << index;
+  for (const host::LONG index : {-1, 2, 9, 10})
+    EXPECT_FALSE(host::GetGlobalTexturePath(index).Content()) << index;
 }
 
 TEST(NoApplication, ThePublishedFunctionsAnswerNothing) {

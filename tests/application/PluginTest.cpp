@@ -23,22 +23,26 @@ TEST_F(Plugins, EveryFailureHasItsNameAndTheHostGoesOn) {
       {"NoMessage", LoadOutcome::NoEntryPoints, "(NoEntryPoints): it exports no PluginMessage."},
       {"NoEnd", LoadOutcome::NoEntryPoints, "(NoEntryPoints): it exports no PluginEnd."},
       {"ResourceRefused", LoadOutcome::ResourceRefused,
-       "(ResourceRefused): its folder \"" + At("plugins/ResourceRefused/res") + "\" is missing; install the plug-in again."},
+       "(ResourceRefused): its folder \"" + At("plugins/ResourceRefused/res") +
+           "\" is missing; install the plug-in again."},
       {"StartRefused", LoadOutcome::StartRefused, "(StartRefused): it refused to start."},
       {"Throwing", LoadOutcome::StartRefused, "(StartRefused): it refused to start."},
-      {"CommandIdTaken", LoadOutcome::IdTaken, "(IdTaken): the plug-in ID 1900001 is taken already."},
+      {"CommandIdTaken", LoadOutcome::IdTaken,
+       "(IdTaken): the plug-in ID 1900001 is taken already."},
       {"HookIdTaken", LoadOutcome::IdTaken, "(IdTaken): the plug-in ID 1900001 is taken already."},
   };
   for (const Case& one : cases) {
     const std::string path = Place(one.name, false);
     const LoadReport report = application->LoadPlugin(path);
     EXPECT_EQ(report.outcome, one.outcome) << one.name;
-    EXPECT_EQ(report.message, "Plug-in \"" + std::string(one.name) + "\" was not loaded " + one.message);
+    EXPECT_EQ(report.message,
+              "Plug-in \"" + std::string(one.name) + "\" was not loaded " + one.message);
     EXPECT_EQ(report.path, path);
     EXPECT_FALSE(IsOpen(path)) << one.name;
     EXPECT_EQ(application->Commands().size(), 1U) << one.name;
   }
-  EXPECT_EQ(Heard(), "refused command destroyed\nsecond command destroyed\nsecond command destroyed\n");
+  EXPECT_EQ(Heard(),
+            "refused command destroyed\nsecond command destroyed\nsecond command destroyed\n");
   application->NewDocument();
   EXPECT_EQ(Heard(), "hook init Untitled\n") << "no refused hook is made";
   EXPECT_TRUE(application->ExecuteCommand(test_plugins::kGoodCommand));
@@ -54,11 +58,11 @@ TEST_F(Plugins, WhatIsNoLibraryIsNamed) {
   ASSERT_EQ(reports.size(), 3U);
   EXPECT_EQ(reports[0].outcome, LoadOutcome::NotALibrary);
   EXPECT_EQ(reports[1].outcome, LoadOutcome::Missing);
-  EXPECT_EQ(reports[1].message,
-            "Plug-in \"Gone\" was not loaded (Missing): there is no file \"" + At("plugins/Gone/Gone.so") + "\".");
+  EXPECT_EQ(reports[1].message, "Plug-in \"Gone\" was not loaded (Missing): there is no file \"" +
+                                    At("plugins/Gone/Gone.so") + "\".");
   EXPECT_EQ(reports[2].outcome, LoadOutcome::NotALibrary);
-  const std::string start =
-      "Plug-in \"Text\" was not loaded (NotALibrary): the file \"" + At("plugins/Text/Text.so") + "\" is no loadable library (";
+  const std::string start = "Plug-in \"Text\" was not loaded (NotALibrary): the file \"" +
+                            At("plugins/Text/Text.so") + "\" is no loadable library (";
   EXPECT_EQ(reports[2].message.substr(0, start.size()), start);
   EXPECT_EQ(application->LoadPlugins(At("nowhere")).size(), 0U);
 }
@@ -94,8 +98,9 @@ TEST_F(Plugins, LiveFromResourceToEnd) {
   EXPECT_FALSE(IsOpen(path));
   EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded) << "its IDs are free again";
   application.reset();
-  EXPECT_EQ(Heard(), "message 1\nstart in " + At("plugins/Good") +
-                         "\nicon\nhook init a\nend\nhook free a\nhook destroyed\ncommand destroyed\n");
+  EXPECT_EQ(Heard(),
+            "message 1\nstart in " + At("plugins/Good") +
+                "\nicon\nhook init a\nend\nhook free a\nhook destroyed\ncommand destroyed\n");
 }
 
 TEST_F(Plugins, RegistrationsCountInsidePluginStartOnly) {

@@ -44,10 +44,12 @@ BaseContainer EveryKind() {
   data.SetLong(5, std::numeric_limits<host::LONG>::min());
   data.SetLong(4, std::numeric_limits<host::LONG>::max());
   host::LONG key = 10;
-  for (const host::Real real : {0.713, -0.0, 1e-310, Reals::max(), Reals::infinity(), -Reals::infinity(), 0.1 + 0.2}) {
+  for (const host::Real real :
+       {0.713, -0.0, 1e-310, Reals::max(), Reals::infinity(), -Reals::infinity(), 0.1 + 0.2}) {
     data.SetReal(key++, real);
   }
-  for (const char* text : {"", " ", "end", "two\nlines\r\t", "100%", "\xc3\xa4\xff", " leading and trailing "}) {
+  for (const char* text :
+       {"", " ", "end", "two\nlines\r\t", "100%", "\xc3\xa4\xff", " leading and trailing "}) {
     data.SetString(key, text);
     data.SetFilename(key + 100, text);
     ++key;
@@ -86,7 +88,8 @@ TEST_F(WorldData, MergesOrReplaces) {
   EXPECT_EQ(preferences.Get(kId)->GetCount(), 2);
   ASSERT_TRUE(preferences.Set(kId, second, false));
   EXPECT_EQ(preferences.Get(kId)->GetCount(), 1);
-  ASSERT_TRUE(preferences.Set(kId, *preferences.Get(kId), true)) << "its own container is a fit argument";
+  ASSERT_TRUE(preferences.Set(kId, *preferences.Get(kId), true))
+      << "its own container is a fit argument";
   EXPECT_EQ(preferences.Get(kId)->GetLong(2), 22);
 }
 
@@ -154,8 +157,10 @@ TEST_F(WorldData, DamageIsNotedAndTheNextSettingStartsAnew) {
   EXPECT_EQ(Stored(), -1);
   const std::vector<std::string> notes = outside.GetLedger().NotesSince(0);
   ASSERT_EQ(notes.size(), 1U);
-  EXPECT_EQ(notes[0], "The preferences were damaged (the checksum does not fit); the defaults apply, the old file is \"" + file +
-                          ".damaged\".");
+  EXPECT_EQ(notes[0],
+            "The preferences were damaged (the checksum does not fit); the defaults apply, the old "
+            "file is \"" +
+                file + ".damaged\".");
   Preferences preferences(outside);
   ASSERT_TRUE(preferences.Set(kId, Simple(3), true));
   EXPECT_EQ(Stored(), 3);
@@ -169,7 +174,9 @@ TEST_F(WorldData, ALaterVersionIsLeftAlone) {
   Preferences preferences(outside);
   EXPECT_EQ(preferences.Get(kId), nullptr);
   const engine::Status status = preferences.Set(kId, Simple(1), true);
-  EXPECT_EQ(status.Message(), "The preferences \"" + file + "\" are of a later version of this program; they stay as they are.");
+  EXPECT_EQ(status.Message(),
+            "The preferences \"" + file +
+                "\" are of a later version of this program; they stay as they are.");
   EXPECT_EQ(preferences.Get(kId)->GetLong(1), 1) << "for this session";
   EXPECT_EQ(tests::ReadText(file), later);
 }

@@ -32,7 +32,8 @@ TEST_F(Saving, SavingTellsTheHookOfThatDocumentFirst) {
   BaseDocument* doc = New("shot");
   New("other");
   Heard();
-  EXPECT_EQ(application->SaveDocument(*doc).Message(), "The document was never saved; it needs a file name.");
+  EXPECT_EQ(application->SaveDocument(*doc).Message(),
+            "The document was never saved; it needs a file name.");
   ASSERT_TRUE(application->SaveDocumentAs(*doc, At("first.c4d")));
   EXPECT_EQ(Heard(), "hook 1004: shot to " + At("first.c4d") + " (not there)\n");
   EXPECT_EQ(PathOf(*doc), At("first.c4d"));
@@ -43,11 +44,13 @@ TEST_F(Saving, SavingTellsTheHookOfThatDocumentFirst) {
   EXPECT_FALSE(doc->GetChanged());
 }
 
-// A name that leads to a file from the old folder only becomes the path of that file, unless the save fails.
+// A name that leads to a file from the old folder only becomes the path of that file, unless the
+// save fails.
 TEST_F(Saving, ElsewhereKeepsItsTextures) {
   BaseDocument* doc = New("shot");
   for (const char* folder : {"old", "old/tex", "new", "new/tex"}) fs::create_directory(At(folder));
-  for (const char* file : {"old/tex/a.png", "old/b.png", "new/tex/b.png"}) tests::WriteText(At(file), file);
+  for (const char* file : {"old/tex/a.png", "old/b.png", "new/tex/b.png"})
+    tests::WriteText(At(file), file);
   host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
   doc->AppendMaterial(material);
   const auto texture = [&](const char* name) {
@@ -60,7 +63,9 @@ TEST_F(Saving, ElsewhereKeepsItsTextures) {
   const auto names = [&] {
     std::string text;
     for (const host::BaseShader* shader : shaders) {
-      text += shader->GetDataInstance()->GetFilename(host::BITMAPSHADER_FILENAME).GetString().ToUtf8() + " ";
+      text +=
+          shader->GetDataInstance()->GetFilename(host::BITMAPSHADER_FILENAME).GetString().ToUtf8() +
+          " ";
     }
     return text;
   };
@@ -118,7 +123,8 @@ TEST_F(Saving, AFileChangedBySomebodyElseIsNotReplacedWithoutAWord) {
   } kRows[] = {
       {[] {}, FileNow::AsRead, true},
       {[&] { tests::WriteText(path, own); }, FileNow::AsRead, true},
-      {[&] { fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write); }, FileNow::AsRead, true},
+      {[&] { fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write); },
+       FileNow::AsRead, true},
       {[&] { tests::WriteText(path, own + "more"); }, FileNow::Changed, false},
       {[&] { tests::WriteText(path, other); }, FileNow::Changed, false},
       {[&] { fs::remove(path); }, FileNow::Gone, true},
@@ -131,7 +137,8 @@ TEST_F(Saving, AFileChangedBySomebodyElseIsNotReplacedWithoutAWord) {
     const Status saved = application->SaveDocument(*doc);
     EXPECT_EQ(saved.Ok(), row.saves) << &row - kRows << saved.Message();
     EXPECT_EQ(tests::ReadText(path), row.saves ? own : before) << &row - kRows;
-    EXPECT_EQ(saved.Message().find("somebody else") != std::string::npos, !row.saves) << saved.Message();
+    EXPECT_EQ(saved.Message().find("somebody else") != std::string::npos, !row.saves)
+        << saved.Message();
     EXPECT_NE(doc->GetChanged(), row.saves);
   }
 }
@@ -142,7 +149,8 @@ TEST_F(Saving, AChangedFileIsReplacedByWhoAcceptsItOrSaysSo) {
   ASSERT_TRUE(application->SaveDocumentAs(*doc, path));
   fs::create_symlink(path, At("link.c4d"));
   tests::WriteText(path, "somebody's");
-  EXPECT_FALSE(application->SaveDocumentAs(*doc, At("link.c4d")).Ok()) << "another name of the same file";
+  EXPECT_FALSE(application->SaveDocumentAs(*doc, At("link.c4d")).Ok())
+      << "another name of the same file";
   ASSERT_TRUE(application->SaveDocument(*doc, {.replaceChanged = true}));
   EXPECT_EQ(application->LookAtFileOf(*doc), FileNow::AsRead);
   tests::WriteText(path, "somebody's again");
@@ -160,10 +168,13 @@ TEST_F(Saving, AFileThatIsBeingChangedIsWaitedFor) {
   ASSERT_TRUE(application->SaveDocumentAs(*doc, At("scene.c4d")));
   auto lock = engine::FileLock::Try(At("scene.c4d"));
   ASSERT_TRUE(lock && lock.Value());
-  const Status busy = application->SaveDocument(*doc, {.longestWait = std::chrono::milliseconds(0)});
-  EXPECT_NE(busy.Message().find("another program is changing it"), std::string::npos) << busy.Message();
+  const Status busy =
+      application->SaveDocument(*doc, {.longestWait = std::chrono::milliseconds(0)});
+  EXPECT_NE(busy.Message().find("another program is changing it"), std::string::npos)
+      << busy.Message();
   outside.StopProgressAt(1);
-  EXPECT_NE(application->SaveDocument(*doc).Message().find("stopped"), std::string::npos) << "and a person may stop waiting";
+  EXPECT_NE(application->SaveDocument(*doc).Message().find("stopped"), std::string::npos)
+      << "and a person may stop waiting";
   outside.StopProgressAt(0);
   EXPECT_TRUE(application->SaveDocument(*doc, {.lock = &*lock.Value()})) << "by who has the lock";
   EXPECT_TRUE(application->SaveDocument(*doc)) << "the lock is on a file that is no longer there";
@@ -180,7 +191,8 @@ TEST_F(Saving, HooksHearNothingOfASaveThatCannotBe) {
   EXPECT_FALSE(application->SaveDocumentAs(*doc, At("missing/scene.c4d")).Ok());
   EXPECT_EQ(Heard(), "");
   const auto refuse = [] { return Status::Failure("No."); };
-  EXPECT_EQ(application->SaveDocumentAs(*doc, At("second.c4d"), {.ready = refuse}).Message(), "No.");
+  EXPECT_EQ(application->SaveDocumentAs(*doc, At("second.c4d"), {.ready = refuse}).Message(),
+            "No.");
   EXPECT_EQ(tests::Names(scratch.Path()), "first.c4d folder plugins");
 }
 
@@ -193,7 +205,8 @@ TEST_F(Saving, ThePluginsSaveTellsNobodyAndKeepsPathAndName) {
   EXPECT_FALSE(host::SaveDocument(doc, file, 0, 1001025));
   EXPECT_FALSE(host::SaveDocument(nullptr, file, 0, host::FORMAT_C4DEXPORT));
   EXPECT_FALSE(host::SaveDocument(doc, "copy.c4d", 0, host::FORMAT_C4DEXPORT));
-  EXPECT_FALSE(host::SaveDocument(doc, host::Filename(scratch.Path().c_str()), 0, host::FORMAT_C4DEXPORT));
+  EXPECT_FALSE(
+      host::SaveDocument(doc, host::Filename(scratch.Path().c_str()), 0, host::FORMAT_C4DEXPORT));
   EXPECT_TRUE(host::SaveDocument(doc, file, 0, host::FORMAT_C4DEXPORT));
   EXPECT_EQ(Heard(), "");
   EXPECT_EQ(PathOf(*doc), "shot");

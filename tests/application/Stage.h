@@ -1,4 +1,5 @@
-// Stage: an application with a scripted person, a scratch folder with the user folders in it, and a disk that can be broken.
+// Stage: an application with a scripted person, a scratch folder with the user folders in it, and a
+// disk that can be broken.
 #pragma once
 
 #include <dlfcn.h>
@@ -22,7 +23,8 @@ struct Stage : testing::Test {
     const std::string folder = At("plugins/" + name);
     std::filesystem::create_directories(folder);
     const std::string library = "/" + name + ".so";
-    std::filesystem::copy_file(std::filesystem::path(TEST_PLUGINS) / name / (name + ".so"), folder + library);
+    std::filesystem::copy_file(std::filesystem::path(TEST_PLUGINS) / name / (name + ".so"),
+                               folder + library);
     if (withResources) std::filesystem::create_directory(folder + "/res");
     return folder + library;
   }
@@ -37,7 +39,8 @@ struct Stage : testing::Test {
   std::string Heard() {
     std::string text = outside.TakeTranscript();
     const std::string word = "status: ";
-    for (std::size_t at = 0; (at = text.find(word, at)) != std::string::npos;) text.erase(at, word.size());
+    for (std::size_t at = 0; (at = text.find(word, at)) != std::string::npos;)
+      text.erase(at, word.size());
     return text;
   }
 
@@ -51,8 +54,8 @@ struct Stage : testing::Test {
   engine::RealOutside files;
   engine::FaultyOutside disk{files};
   engine::ScriptedOutside outside{disk, scratch / "user"};
-  std::unique_ptr<engine::Application> application =
-      std::make_unique<engine::Application>(outside, engine::ApplicationSetup{"", {"/first", "/second"}});
+  std::unique_ptr<engine::Application> application = std::make_unique<engine::Application>(
+      outside, engine::ApplicationSetup{"", {"/first", "/second"}});
 };
 
 }  // namespace tests

@@ -1,5 +1,5 @@
-// The documents' law: every file, class, function and constant that they name in backticks exists, every link leads to a file,
-// and the page about the host's interface names every published class.
+// The documents' law: every file, class, function and constant that they name in backticks exists,
+// every link leads to a file, and the page about the host's interface names every published class.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -22,7 +22,8 @@ std::string WithoutComments(const std::string& code, bool keepTexts) {
   std::string plain;
   char quote = 0;
   for (std::size_t i = 0; i < code.size(); ++i) {
-    const bool comment = !quote && code[i] == '/' && i + 1 < code.size() && (code[i + 1] == '/' || code[i + 1] == '*');
+    const bool comment = !quote && code[i] == '/' && i + 1 < code.size() &&
+                         (code[i + 1] == '/' || code[i + 1] == '*');
     if (comment) {
       const bool line = code[i + 1] == '/';
       const std::size_t end = line ? code.find('\n', i) : code.find("*/", i + 2);
@@ -39,8 +40,9 @@ std::string WithoutComments(const std::string& code, bool keepTexts) {
     const bool inText = quote != 0;
     if (code[i] == quote) {
       quote = 0;
-    } else if (!quote &&
-               (code[i] == '"' || (code[i] == '\'' && (i == 0 || !std::isalnum(static_cast<unsigned char>(code[i - 1])))))) {
+    } else if (!quote && (code[i] == '"' ||
+                          (code[i] == '\'' &&
+                           (i == 0 || !std::isalnum(static_cast<unsigned char>(code[i - 1])))))) {
       quote = code[i];
     }
     plain += (inText || quote) && !keepTexts ? ' ' : code[i];
@@ -63,10 +65,11 @@ std::set<std::string> WordsOf(const std::string& text) {
 
 // What the tree holds.
 struct Tree {
-  std::set<std::string> files;                           // names, without their folders
-  std::set<std::string> words;                           // of all code
-  std::map<std::string, std::set<std::string>> inScope;  // words of the files that declare a class or namespace
-  std::string build;                                     // all build files and scripts
+  std::set<std::string> files;  // names, without their folders
+  std::set<std::string> words;  // of all code
+  // Words of the files that declare a class or namespace
+  std::map<std::string, std::set<std::string>> inScope;
+  std::string build;  // all build files and scripts
 };
 
 void AddFile(Tree& tree, const fs::path& file) {
@@ -117,33 +120,42 @@ bool InScope(const std::string& scope, const std::string& name) {
   return found != TheTree().inScope.end() && found->second.count(name);
 }
 
-// Why what stands in backticks is wrong; empty where it is right or no name of something in the tree.
+// Why what stands in backticks is wrong; empty where it is right or no name of something in the
+// tree.
 std::string Complaint(std::string name) {
   static const std::regex identifier("(?:(\\w+)::)*(\\w+)(?:\\(\\))?");
   static const std::regex file("[\\w.-]+\\.(?:h|cpp|md|txt|cmake|sh|map)");
   static const std::regex option("-D(\\w+)=\\w+");
   std::smatch match;
   if (std::regex_match(name, match, option)) {
-    return TheTree().build.find(match[1]) == std::string::npos ? "no such option of the build: " + name : "";
+    return TheTree().build.find(match[1]) == std::string::npos
+               ? "no such option of the build: " + name
+               : "";
   }
   if (IsPath(name)) {
     const bool made = TheTree().build.find(fs::path(name).filename()) != std::string::npos;
     return fs::exists(kRoot / name) || made ? "" : "no such file: " + name;
   }
-  if (std::regex_match(name, file)) return TheTree().files.count(name) ? "" : "no such file: " + name;
-  if (name.rfind("test_", 0) == 0) return fs::is_directory(kRoot / "tests" / name.substr(5)) ? "" : "no such test: " + name;
+  if (std::regex_match(name, file))
+    return TheTree().files.count(name) ? "" : "no such file: " + name;
+  if (name.rfind("test_", 0) == 0)
+    return fs::is_directory(kRoot / "tests" / name.substr(5)) ? "" : "no such test: " + name;
   if (!std::regex_match(name, match, identifier)) return "";
   const std::string last = match[2];
-  const bool code = std::isupper(static_cast<unsigned char>(last.front())) || last.find('_') != std::string::npos ||
-                    std::regex_match(last, std::regex("k[A-Z]\\w*")) || name.find(':') != std::string::npos || name.back() == ')';
+  const bool code = std::isupper(static_cast<unsigned char>(last.front())) ||
+                    last.find('_') != std::string::npos ||
+                    std::regex_match(last, std::regex("k[A-Z]\\w*")) ||
+                    name.find(':') != std::string::npos || name.back() == ')';
   if (!code) return "";
-  const bool known = match[1].matched ? InScope(match[1], last) : TheTree().words.count(last) || TheTree().files.count(last);
+  const bool known = match[1].matched ? InScope(match[1], last)
+                                      : TheTree().words.count(last) || TheTree().files.count(last);
   return known ? "" : "no such name: " + name;
 }
 
 std::vector<fs::path> Documents() {
   std::vector<fs::path> documents;
-  for (const fs::path& folder : {kRoot, kRoot / "docs", kRoot / "docs/decisions", kRoot / "scenes"}) {
+  for (const fs::path& folder :
+       {kRoot, kRoot / "docs", kRoot / "docs/decisions", kRoot / "scenes"}) {
     for (const auto& entry : fs::directory_iterator(folder)) {
       if (entry.path().extension() == ".md") documents.push_back(entry.path());
     }
@@ -198,25 +210,28 @@ TEST(Documents, PageOfTheInterfaceNamesEveryClass) {
     for (std::sregex_iterator it(header.begin(), header.end(), declared), end; it != end; ++it) {
       if (header.rfind("namespace host", it->position()) == std::string::npos) continue;
       ++classes;
-      EXPECT_NE(page.find("`" + (*it)[1].str() + "`"), std::string::npos) << (*it)[1] << " of " << entry.path().filename();
+      EXPECT_NE(page.find("`" + (*it)[1].str() + "`"), std::string::npos)
+          << (*it)[1] << " of " << entry.path().filename();
     }
   }
   EXPECT_GT(classes, 40U);
 }
 
 TEST(Documents, WrongNamesAreSeen) {
-  for (const char* wrong : {"engine/scene/NoSuch.h", "NoSuch.cpp", "NoSuchFunction", "SMDialog::NoSuch", "NoSuch()", "kNoSuch",
-                            "NO_SUCH", "test_nosuch", "-DSTAGEMARKS_NOSUCH=ON", "String::CreateLayout"}) {
+  for (const char* wrong :
+       {"engine/scene/NoSuch.h", "NoSuch.cpp", "NoSuchFunction", "SMDialog::NoSuch", "NoSuch()",
+        "kNoSuch", "NO_SUCH", "test_nosuch", "-DSTAGEMARKS_NOSUCH=ON", "String::CreateLayout"}) {
     EXPECT_NE(Complaint(wrong), "") << wrong;
   }
-  for (const char* right :
-       {"engine/scene/Nodes.h", "Nodes.h", "SMDialog::Command", "GeFCopyFile", "kOptions", "COPY_NO_BITS", "test_undo",
-        "-DSTAGEMARKS_DESKTOP=OFF", "engine/core", "varint", "./test --lint", "help/SM_Manual.pdf"}) {
+  for (const char* right : {"engine/scene/Nodes.h", "Nodes.h", "SMDialog::Command", "GeFCopyFile",
+                            "kOptions", "COPY_NO_BITS", "test_undo", "-DSTAGEMARKS_DESKTOP=OFF",
+                            "engine/core", "varint", "./test --lint", "help/SM_Manual.pdf"}) {
     EXPECT_EQ(Complaint(right), "") << right;
   }
   const std::string code = "a /* b */ c // d\n\"e // f\" 'g' 1'000";
   EXPECT_EQ(WordsOf(WithoutComments(code, false)), (std::set<std::string>{"1", "000", "a", "c"}));
-  EXPECT_EQ(WordsOf(WithoutComments(code, true)), (std::set<std::string>{"1", "000", "a", "c", "e", "f", "g"}));
+  EXPECT_EQ(WordsOf(WithoutComments(code, true)),
+            (std::set<std::string>{"1", "000", "a", "c", "e", "f", "g"}));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// What the manual and the README say that a person reads on the screen is on the screen: labels (in bold type) and messages.
+// What the manual and the README say that a person reads on the screen is on the screen: labels (in
+// bold type) and messages.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -18,18 +19,21 @@ const fs::path kRoot = TEST_SOURCE_DIR;
 std::vector<std::string> Matches(const std::string& text, const std::string& pattern) {
   std::vector<std::string> found;
   const std::regex regex(pattern);
-  for (std::sregex_iterator it(text.begin(), text.end(), regex), end; it != end; ++it) found.push_back((*it)[1]);
+  for (std::sregex_iterator it(text.begin(), text.end(), regex), end; it != end; ++it)
+    found.push_back((*it)[1]);
   return found;
 }
 
-// A label as a person reads it: without the mark of a shortcut, the dots of a menu entry and blanks around it.
+// A label as a person reads it: without the mark of a shortcut, the dots of a menu entry and blanks
+// around it.
 std::string AsRead(std::string label) {
   std::erase(label, '&');
   for (const std::string& end : {std::string("..."), std::string("\xE2\x80\xA6")}) {
     if (label.ends_with(end)) label.resize(label.size() - end.size());
   }
   const std::size_t begin = label.find_first_not_of(' ');
-  return begin == std::string::npos ? "" : label.substr(begin, label.find_last_not_of(' ') + 1 - begin);
+  return begin == std::string::npos ? ""
+                                    : label.substr(begin, label.find_last_not_of(' ') + 1 - begin);
 }
 
 // Every text in the code below a folder.
@@ -38,7 +42,8 @@ std::set<std::string> TextsIn(const fs::path& folder) {
   for (const auto& entry : fs::recursive_directory_iterator(kRoot / folder)) {
     const fs::path suffix = entry.path().extension();
     if (suffix != ".h" && suffix != ".cpp") continue;
-    for (const std::string& text : Matches(ReadText(entry.path()), "\"((?:[^\"\\\\\n]|\\\\.)*)\"")) texts.insert(AsRead(text));
+    for (const std::string& text : Matches(ReadText(entry.path()), "\"((?:[^\"\\\\\n]|\\\\.)*)\""))
+      texts.insert(AsRead(text));
   }
   return texts;
 }
@@ -62,7 +67,8 @@ TEST(Labels, OfManualAndReadmeAreOnTheScreen) {
 TEST(Labels, OfTheDialogAreInTheManual) {
   const std::string manual = ReadText(kRoot / "help/manual.md");
   std::size_t labels = 0;
-  for (const char* keys : {"source/Stagemarks/keys/Gadgets.h", "source/Stagemarks/keys/Options.h"}) {
+  for (const char* keys :
+       {"source/Stagemarks/keys/Gadgets.h", "source/Stagemarks/keys/Options.h"}) {
     for (const std::string& label : Matches(ReadText(kRoot / keys), ", \"([A-Z][^\"]*)\"\\}")) {
       ++labels;
       EXPECT_NE(manual.find(label), std::string::npos) << label;
@@ -76,8 +82,10 @@ TEST(Labels, MessagesOfTheDialogAreInTheManual) {
   const std::string manual = ReadText(kRoot / "help/manual.md");
   const std::string page = manual.substr(manual.find("## Every message"));
   std::size_t messages = 0;
-  for (const std::string& text : Matches(ReadText(kRoot / "source/Stagemarks/keys/Messages.h"), "\"([^\"\n]+)\"")) {
-    const bool isMessage = text.find_first_of(".?!") != std::string::npos || text.find("irectory") != std::string::npos;
+  for (const std::string& text :
+       Matches(ReadText(kRoot / "source/Stagemarks/keys/Messages.h"), "\"([^\"\n]+)\"")) {
+    const bool isMessage = text.find_first_of(".?!") != std::string::npos ||
+                           text.find("irectory") != std::string::npos;
     if (!isMessage || text.ends_with(".h") || text[0] == '\\') continue;
     ++messages;
     EXPECT_NE(page.find(AsRead(text)), std::string::npos) << text;

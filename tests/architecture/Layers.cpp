@@ -1,4 +1,5 @@
-// The folders' law: reads every include of the tree and fails on one that cmake/layers.txt does not allow.
+// The folders' law: reads every include of the tree and fails on one that cmake/layers.txt does not
+// allow.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -43,7 +44,9 @@ Law ReadLaw() {
   return law;
 }
 
-bool IsInside(const std::string& path, const std::string& folder) { return path.rfind(folder + "/", 0) == 0; }
+bool IsInside(const std::string& path, const std::string& folder) {
+  return path.rfind(folder + "/", 0) == 0;
+}
 
 // The most exact folder of the law that holds `path`; empty where there is none.
 std::string FolderOf(const Law& law, const std::string& path) {
@@ -54,7 +57,8 @@ std::string FolderOf(const Law& law, const std::string& path) {
   return best;
 }
 
-// The library that an include in angle brackets belongs to; empty for the standard library and the system.
+// The library that an include in angle brackets belongs to; empty for the standard library and the
+// system.
 std::string LibraryOf(const std::string& include) {
   static const std::vector<std::pair<std::string, std::string>> prefixes = {
       {"assimp/", "assimp"},      {"zstd", "zstd"},         {"xxhash", "xxhash"},
@@ -67,7 +71,8 @@ std::string LibraryOf(const std::string& include) {
   for (const auto& [prefix, library] : prefixes) {
     if (include.rfind(prefix, 0) == 0) return library;
   }
-  const bool qt = include.size() > 1 && include[0] == 'Q' && std::isupper(static_cast<unsigned char>(include[1]));
+  const bool qt = include.size() > 1 && include[0] == 'Q' &&
+                  std::isupper(static_cast<unsigned char>(include[1]));
   return qt ? "qt" : "";
 }
 
@@ -84,7 +89,8 @@ std::vector<fs::path> CodeFiles() {
   return files;
 }
 
-std::string Breach(const Law& law, const std::string& path, bool angle, const std::string& include) {
+std::string Breach(const Law& law, const std::string& path, bool angle,
+                   const std::string& include) {
   const std::string from = FolderOf(law, path);
   if (from.empty()) return path + " lies in a folder that the law does not name";
   const Rule& rule = law.at(from);
@@ -92,8 +98,9 @@ std::string Breach(const Law& law, const std::string& path, bool angle, const st
     const std::string library = LibraryOf(include);
     return library.empty() || rule.libraries.count(library) ? "" : path + " uses " + library;
   }
-  const bool allowed = IsInside(include, from) || std::any_of(rule.folders.begin(), rule.folders.end(),
-                                                              [&](const auto& folder) { return IsInside(include, folder); });
+  const bool allowed = IsInside(include, from) ||
+                       std::any_of(rule.folders.begin(), rule.folders.end(),
+                                   [&](const auto& folder) { return IsInside(include, folder); });
   return allowed ? "" : path + " includes " + include;
 }
 
@@ -105,7 +112,8 @@ TEST(Layers, EveryIncludeIsAllowed) {
   for (const fs::path& file : CodeFiles()) {
     const std::string path = fs::relative(file, TEST_SOURCE_DIR);
     const std::string text = ReadText(file);
-    for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end; ++it, ++includes) {
+    for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end;
+         ++it, ++includes) {
       EXPECT_EQ(Breach(law, path, (*it)[1] == "<", (*it)[2]), "");
     }
   }
@@ -123,7 +131,8 @@ TEST(Layers, BreachesAreSeen) {
 
 TEST(Layers, HaveNoCycle) {
   const Law law = ReadLaw();
-  const auto reaches = [&](auto&& self, const std::string& from, const std::string& to, std::set<std::string>& seen) -> bool {
+  const auto reaches = [&](auto&& self, const std::string& from, const std::string& to,
+                           std::set<std::string>& seen) -> bool {
     for (const std::string& next : law.at(from).folders) {
       if (!law.count(next) || !seen.insert(next).second) continue;
       if (next == to || self(self, next, to, seen)) return true;

@@ -1,5 +1,5 @@
-// Every way to build that a person can ask for configures from an empty folder: what a preset needs is there, and no target
-// links to one that is missing.
+// Every way to build that a person can ask for configures from an empty folder: what a preset needs
+// is there, and no target links to one that is missing.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -13,11 +13,14 @@ using nlohmann::json;
 using tests::ChildResult;
 
 // Runs a line in a shell at the root of the tree.
-ChildResult Shell(const std::string& line) { return tests::RunChild("/bin/sh", {"-c", "cd '" TEST_SOURCE_DIR "' && " + line}); }
+ChildResult Shell(const std::string& line) {
+  return tests::RunChild("/bin/sh", {"-c", "cd '" TEST_SOURCE_DIR "' && " + line});
+}
 
 // A preset that asks for a compiler which is not on this machine cannot be tried here.
 bool HasCompiler(const json& preset) {
-  const std::string compiler = preset.value("/cacheVariables/CMAKE_CXX_COMPILER"_json_pointer, std::string("sh"));
+  const std::string compiler =
+      preset.value("/cacheVariables/CMAKE_CXX_COMPILER"_json_pointer, std::string("sh"));
   return Shell("command -v '" + compiler + "'").status == 0;
 }
 
@@ -25,7 +28,8 @@ std::vector<std::string> WaysToConfigure() {
   std::vector<std::string> ways{"-G Ninja -DSTAGEMARKS_DESKTOP=OFF"};
   const json presets = json::parse(tests::ReadText(TEST_SOURCE_DIR "/CMakePresets.json"));
   for (const json& preset : presets["configurePresets"]) {
-    if (!preset.value("hidden", false) && HasCompiler(preset)) ways.push_back("--preset " + preset["name"].get<std::string>());
+    if (!preset.value("hidden", false) && HasCompiler(preset))
+      ways.push_back("--preset " + preset["name"].get<std::string>());
   }
   return ways;
 }

@@ -52,7 +52,9 @@ const struct {
     {{"update", "--only", "Night"}, 0, "Nothing in the scene was new to \"Night\"."},
     {{"update", "--only", "Day", "Dusk"}, 2, "There is no Stagemark \"Dusk\""},
     {{"set-objects", "*", "--only", "Day"}, 0, "Wrote the switches of 22 objects into \"Day\"."},
-    {{"set-objects", "/Kopf", "#3"}, 0, "Wrote the switches of 2 objects into \"Day\" and \"Night\"."},
+    {{"set-objects", "/Kopf", "#3"},
+     0,
+     "Wrote the switches of 2 objects into \"Day\" and \"Night\"."},
     {{"set-objects", "Kopf", "--only", "Night"}, 0, "Nothing changed"},
     {{"set-objects", "Nobody"}, 2, "There is no object \"Nobody\""},
     {{"set-objects"}, 2, "No object is selected"},
@@ -64,14 +66,18 @@ const struct {
     {{"set-layers", "Pr*", "--only", "Day"}, 0, "Wrote the switches of 1 layer into \"Day\"."},
     {{"set-layers", "Walls"}, 2, "There are: Props."},
     {{"set-layers"}, 2, "No layer is selected"},
-    {{"set-camera", "Front"}, 0, "Made the camera /Front the render camera of \"Day\" and \"Night\"."},
+    {{"set-camera", "Front"},
+     0,
+     "Made the camera /Front the render camera of \"Day\" and \"Night\"."},
     {{"set-camera", "Kopf"}, 2, "is no camera"},
     {{"set-camera"}, 2, "CAMERA is required"},
     {{"rename", "Day", "Dawn"}, 0, "Renamed \"Day\" to \"Dawn\"."},
     {{"rename", "Day", "Night"}, 2, "There is a Stagemark \"Night\" already."},
     {{"rename", "Day", ""}, 2, "You must enter a name for this element."},
     {{"rename", "Dusk", "Dawn"}, 2, "There is no Stagemark \"Dusk\""},
-    {{"delete", "Day"}, 1, "Are you sure you want to delete this element?  This cannot be undone. no"},
+    {{"delete", "Day"},
+     1,
+     "Are you sure you want to delete this element?  This cannot be undone. no"},
     {{"delete", "Day", "Night"}, 1, "Nothing was deleted."},
     {{"delete", "Day", "Night", "--yes"}, 0, "Deleted \"Day\" and \"Night\"."},
     {{"delete", "Day", "Dusk", "--yes"}, 2, "There is no Stagemark \"Dusk\""},
@@ -86,23 +92,29 @@ TEST_F(BulkVerbs, EachSaysWhatItDid) {
     std::vector<std::string> arguments = call.arguments;
     arguments.insert(arguments.begin() + 1, scene);
     const ChildResult result = Call(arguments);
-    EXPECT_EQ(result.status, call.status) << testing::PrintToString(arguments) << result.out << result.err;
-    EXPECT_NE((result.out + result.err).find(call.says), std::string::npos) << call.says << "\n" << result.out << result.err;
+    EXPECT_EQ(result.status, call.status)
+        << testing::PrintToString(arguments) << result.out << result.err;
+    EXPECT_NE((result.out + result.err).find(call.says), std::string::npos)
+        << call.says << "\n"
+        << result.out << result.err;
     EXPECT_EQ(ReadText(scene), before) << testing::PrintToString(arguments);
-    EXPECT_EQ(JsonAnyway(arguments).is_object(), call.status == 0) << testing::PrintToString(arguments);
+    EXPECT_EQ(JsonAnyway(arguments).is_object(), call.status == 0)
+        << testing::PrintToString(arguments);
   }
 }
 
 TEST_F(BulkVerbs, ASceneWithoutStagemarksHasNothingToEdit) {
   const std::string scene = Spider();
-  for (const auto& arguments : std::vector<std::vector<std::string>>{{"check", scene},
-                                                                     {"update", scene, "--write"},
-                                                                     {"set-objects", scene, "*", "--write"},
-                                                                     {"clean-materials", scene, "--write"},
-                                                                     {"export", scene, "--to", folder_ / "out"}}) {
+  for (const auto& arguments :
+       std::vector<std::vector<std::string>>{{"check", scene},
+                                             {"update", scene, "--write"},
+                                             {"set-objects", scene, "*", "--write"},
+                                             {"clean-materials", scene, "--write"},
+                                             {"export", scene, "--to", folder_ / "out"}}) {
     const ChildResult result = Call(arguments);
     EXPECT_EQ(result.status, 1) << testing::PrintToString(arguments);
-    EXPECT_NE(result.err.find("There are no Stagemarks in this scene"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("There are no Stagemarks in this scene"), std::string::npos)
+        << result.err;
   }
   EXPECT_FALSE(fs::exists(folder_ / "out"));
   EXPECT_NE(Out({"delete-all", scene}).find("there are none"), std::string::npos);
@@ -131,17 +143,20 @@ TEST_F(BulkVerbs, MaterialsAndLayersThatWereSetAreRecalled) {
     Out({"load", scene, name, "-o", folder_ / "recalled.c4d", "--force"});
     return Out({"info", folder_ / "recalled.c4d", "--dump"}).find(fact) != std::string::npos;
   };
-  Out({"set", scene, "--add-material", "Clay", "--layer", "Props", "--flag", "view=off", "--write"});
+  Out({"set", scene, "--add-material", "Clay", "--layer", "Props", "--flag", "view=off",
+       "--write"});
   Out({"set", scene, "--object", "Kopf", "--material", "Clay", "--write"});
   Out({"set-tags", scene, "Kopf", "--type", "Texture", "--only", "Day", "--write"});
   Out({"set-layers", scene, "Props", "--only", "Day", "--write"});
-  Out({"set", scene, "--object", "Kopf", "--material", "Skin", "--layer", "Props", "--flag", "view=on", "--write"});
+  Out({"set", scene, "--object", "Kopf", "--material", "Skin", "--layer", "Props", "--flag",
+       "view=on", "--write"});
   EXPECT_TRUE(has("Day", "flags 001101111"));
   EXPECT_FALSE(has("Night", "flags 001101111"));
   const json cleaned = Json({"clean-materials", scene, "-o", folder_ / "clean.c4d", "--force"});
   EXPECT_EQ(cleaned["deleted"], json::array());
   Out({"delete", scene, "Day", "--yes", "--write"});
-  EXPECT_EQ(Json({"clean-materials", scene, "-o", folder_ / "clean.c4d", "--force"})["deleted"], json::array({"Clay"}));
+  EXPECT_EQ(Json({"clean-materials", scene, "-o", folder_ / "clean.c4d", "--force"})["deleted"],
+            json::array({"Clay"}));
   EXPECT_EQ(Json({"info", folder_ / "clean.c4d"})["materials"].size(), 4U);
 }
 
@@ -184,7 +199,8 @@ TEST_F(BulkVerbs, DeletingAllAsksAboutTheFolderWithPreviews) {
   const ChildResult unasked = Call({"delete-all", scene, "-o", folder_ / "other.c4d"});
   EXPECT_EQ(unasked.status, 0) << unasked.err;
   EXPECT_NE(unasked.err.find("Delete Bitmap Preview Folder"), std::string::npos) << unasked.err;
-  EXPECT_NE(unasked.out.find("The folder with the preview images stays."), std::string::npos) << unasked.out;
+  EXPECT_NE(unasked.out.find("The folder with the preview images stays."), std::string::npos)
+      << unasked.out;
   EXPECT_EQ(Previews("other"), "notes.txt");
   Out({"delete-all", scene, "--yes", "--write"});
   EXPECT_EQ(Previews("spider"), "(none)");
@@ -197,8 +213,11 @@ TEST_F(BulkVerbs, SavingElsewhereAsksBeforeItTouchesAnotherSideFolder) {
   tests::WriteText(folder_ / "other_SM/Day.tif", "another's");
   const ChildResult refused = Call({"rename", scene, "Day", "Dawn", "-o", folder_ / "other.c4d"});
   EXPECT_EQ(refused.status, 1);
-  EXPECT_NE(refused.err.find("A Stagemark directory with the same name already exists"), std::string::npos) << refused.err;
-  EXPECT_NE(refused.err.find("preview images were not taken along"), std::string::npos) << refused.err;
+  EXPECT_NE(refused.err.find("A Stagemark directory with the same name already exists"),
+            std::string::npos)
+      << refused.err;
+  EXPECT_NE(refused.err.find("preview images were not taken along"), std::string::npos)
+      << refused.err;
   EXPECT_EQ(Previews("other"), "Day.tif");
   EXPECT_FALSE(fs::exists(folder_ / "other.c4d"));
   Out({"load", scene, "Day", "-o", folder_ / "other.c4d", "--yes"});
@@ -211,7 +230,8 @@ TEST_F(BulkVerbs, ATerminalIsAsked) {
   const ChildResult no = CallOnTerminal({"delete", scene, "Day", "--write"}, {{"[y/N]", "n\n"}});
   EXPECT_EQ(no.status, 1) << no.out;
   EXPECT_EQ(Marks(scene), "Day *Night ");
-  const ChildResult stopped = CallOnTerminal({"delete", scene, "Day", "--write"}, {{"[y/N]", "\x03"}});
+  const ChildResult stopped =
+      CallOnTerminal({"delete", scene, "Day", "--write"}, {{"[y/N]", "\x03"}});
   EXPECT_EQ(stopped.status, 130) << stopped.out;
   EXPECT_EQ(Marks(scene), "Day *Night ");
   const ChildResult yes = CallOnTerminal({"delete", scene, "Day", "--write"}, {{"[y/N]", "y\n"}});
@@ -221,12 +241,14 @@ TEST_F(BulkVerbs, ATerminalIsAsked) {
 
 TEST_F(BulkVerbs, CtrlCStopsAnImport) {
   std::string mesh;
-  for (int i = 0; i < 600000; ++i) mesh += "v " + std::to_string(i % 997) + " " + std::to_string(i % 89) + " 0\n";
+  for (int i = 0; i < 600000; ++i)
+    mesh += "v " + std::to_string(i % 997) + " " + std::to_string(i % 89) + " 0\n";
   for (int i = 1; i < 599998; ++i)
-    mesh += "f " + std::to_string(i) + " " + std::to_string(i + 1) + " " + std::to_string(i + 2) + "\n";
+    mesh +=
+        "f " + std::to_string(i) + " " + std::to_string(i + 1) + " " + std::to_string(i + 2) + "\n";
   tests::WriteText(folder_ / "large.obj", mesh);
-  const ChildResult result =
-      CallOnTerminal({"import", folder_ / "large.obj", folder_ / "large.c4d"}, {{"Importing large.obj", "\x03"}});
+  const ChildResult result = CallOnTerminal(
+      {"import", folder_ / "large.obj", folder_ / "large.c4d"}, {{"Importing large.obj", "\x03"}});
   EXPECT_EQ(result.status, 130) << result.out;
   EXPECT_NE(result.out.find("The import was stopped."), std::string::npos) << result.out;
   EXPECT_FALSE(fs::exists(folder_ / "large.c4d"));

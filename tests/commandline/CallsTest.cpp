@@ -1,4 +1,5 @@
-// The table calls.txt: verb, arguments, exit status and both outputs, word for word, as a shell sees them.
+// The table calls.txt: verb, arguments, exit status and both outputs, word for word, as a shell
+// sees them.
 #include <filesystem>
 #include <sstream>
 
@@ -16,11 +17,13 @@ struct CallLine {
 
 std::string Trimmed(const std::string& text) {
   const std::size_t start = text.find_first_not_of(' ');
-  return start == std::string::npos ? "" : text.substr(start, text.find_last_not_of(' ') - start + 1);
+  return start == std::string::npos ? ""
+                                    : text.substr(start, text.find_last_not_of(' ') - start + 1);
 }
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) text.replace(at, from.size(), to);
+  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+    text.replace(at, from.size(), to);
   return text;
 }
 
@@ -46,8 +49,10 @@ TEST_F(CommandLine, EveryCallOfTheTable) {
   for (std::string line; std::getline(table, line);) {
     if (line.empty() || line.front() == '#') continue;
     const CallLine call = Split(line);
-    const std::string command = "cd '" + here + "' && '" TEST_BINARY_DIR "/bin/stagemarks' " + call.arguments;
-    const ChildResult result = tests::RunChild("/bin/sh", {"-c", command}, {{"XDG_CONFIG_HOME", here + "/config"}});
+    const std::string command =
+        "cd '" + here + "' && '" TEST_BINARY_DIR "/bin/stagemarks' " + call.arguments;
+    const ChildResult result =
+        tests::RunChild("/bin/sh", {"-c", command}, {{"XDG_CONFIG_HOME", here + "/config"}});
     EXPECT_EQ(std::to_string(result.status), call.status) << line;
     EXPECT_EQ(result.out, whole(call.out)) << line;
     EXPECT_EQ(result.err, whole(call.err)) << line;
@@ -56,13 +61,15 @@ TEST_F(CommandLine, EveryCallOfTheTable) {
   EXPECT_GE(calls, 40);
 }
 
-TEST_F(CommandLine, ColoursAreForTerminalsThatWantThem) {
-  const auto coloured = [](const std::string& out) { return out.find("\x1b[1m") != std::string::npos; };
+TEST_F(CommandLine, ColorsAreForTerminalsThatWantThem) {
+  const auto colored = [](const std::string& out) {
+    return out.find("\x1b[1m") != std::string::npos;
+  };
   const std::vector<std::string> call{"info", TEST_SOURCE_DIR "/scenes/spider/spider.fbx"};
-  EXPECT_TRUE(coloured(CallOnTerminal(call, {}).out));
-  EXPECT_FALSE(coloured(Call(call).out));
+  EXPECT_TRUE(colored(CallOnTerminal(call, {}).out));
+  EXPECT_FALSE(colored(Call(call).out));
   setenv("NO_COLOR", "1", 1);
-  EXPECT_FALSE(coloured(CallOnTerminal(call, {}).out));
+  EXPECT_FALSE(colored(CallOnTerminal(call, {}).out));
   unsetenv("NO_COLOR");
 }
 

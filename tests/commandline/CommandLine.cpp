@@ -28,19 +28,22 @@ ChildResult CommandLine::Call(const std::vector<std::string>& arguments) const {
   return RunChild(kProgram, arguments, Environment());
 }
 
-ChildResult CommandLine::CallOnTerminal(const std::vector<std::string>& arguments, const std::vector<Typing>& typing) const {
+ChildResult CommandLine::CallOnTerminal(const std::vector<std::string>& arguments,
+                                        const std::vector<Typing>& typing) const {
   return RunOnTerminal(kProgram, arguments, Environment(), typing);
 }
 
 ChildResult CommandLine::Shell(const std::string& script) const {
   auto environment = Environment();
   environment["PATH"] = std::string(TEST_BINARY_DIR "/bin:") + std::getenv("PATH");
-  return RunChild("/bin/sh", {"-c", "cd '" + folder_.Path() + "' && { " + script + "\n}"}, environment);
+  return RunChild("/bin/sh", {"-c", "cd '" + folder_.Path() + "' && { " + script + "\n}"},
+                  environment);
 }
 
 std::string CommandLine::Out(const std::vector<std::string>& arguments) const {
   const ChildResult result = Call(arguments);
-  EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments) << "\n" << result.out << result.err;
+  EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments) << "\n"
+                              << result.out << result.err;
   return result.out;
 }
 
@@ -61,7 +64,8 @@ std::string CommandLine::Spider() const {
 std::string CommandLine::Staged() const {
   const std::string scene = Spider();
   Out({"record", scene, "Day", "--write"});
-  Out({"set", scene, "--object", "*", "--render", "off", "--add-layer", "Props", "--add-camera", "Front", "--write"});
+  Out({"set", scene, "--object", "*", "--render", "off", "--add-layer", "Props", "--add-camera",
+       "Front", "--write"});
   Out({"record", scene, "Night", "--write"});
   return scene;
 }
@@ -69,7 +73,8 @@ std::string CommandLine::Staged() const {
 std::string CommandLine::Marks(const std::string& scene) const {
   std::string names;
   const json list = Json({"list", scene});
-  for (const json& mark : list["stagemarks"]) names += (mark["current"] ? "*" : "") + mark["name"].get<std::string>() + " ";
+  for (const json& mark : list["stagemarks"])
+    names += (mark["current"] ? "*" : "") + mark["name"].get<std::string>() + " ";
   return names;
 }
 
@@ -78,7 +83,8 @@ std::string CommandLine::Files(const std::string& name) const {
   for (const auto& entry : fs::recursive_directory_iterator(folder_ / name)) {
     if (entry.is_directory()) continue;
     const fs::path path = fs::relative(entry.path(), folder_ / name);
-    ++found[path.parent_path().filename() == "tex" ? (path.parent_path() / "*").string() : path.string()];
+    ++found[path.parent_path().filename() == "tex" ? (path.parent_path() / "*").string()
+                                                   : path.string()];
   }
   std::string text;
   for (const auto& [path, count] : found) {

@@ -1,4 +1,5 @@
-// CommandLine: the built program called as a person calls it, in a scratch folder with settings of its own. Main thread.
+// CommandLine: the built program called as a person calls it, in a scratch folder with settings of
+// its own. Main thread.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,7 +17,8 @@ class CommandLine : public testing::Test {
  protected:
   ChildResult Call(const std::vector<std::string>& arguments) const;
   // The same on a terminal.
-  ChildResult CallOnTerminal(const std::vector<std::string>& arguments, const std::vector<Typing>& typing) const;
+  ChildResult CallOnTerminal(const std::vector<std::string>& arguments,
+                             const std::vector<Typing>& typing) const;
   // A script of the shell in the scratch folder, where `stagemarks` is the program.
   ChildResult Shell(const std::string& script) const;
   // Calls and expects success.
@@ -28,12 +30,13 @@ class CommandLine : public testing::Test {
   std::string Scene(const std::string& name) const { return folder_ / name; }
   // A scene imported from the spider: 19 meshes, a camera, a light.
   std::string Spider() const;
-  // The spider with "Day", all objects shown, and after it "Night", all objects hidden, with a new layer "Props" and a
-  // camera "Front".
+  // The spider with "Day", all objects shown, and after it "Night", all objects hidden, with a new
+  // layer "Props" and a camera "Front".
   std::string Staged() const;
   // Names of the Stagemarks, the current one marked with a star, a blank after each.
   std::string Marks(const std::string& scene) const;
-  // All files below a folder of the scratch folder, sorted, joined by " | "; the files of folders "tex" only counted.
+  // All files below a folder of the scratch folder, sorted, joined by " | "; the files of folders
+  // "tex" only counted.
   std::string Files(const std::string& name) const;
 
   ScratchFolder folder_;

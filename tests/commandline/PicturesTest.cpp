@@ -1,4 +1,5 @@
-// Pictures of states and contact sheets, as a person calls for them: names, refusals, what is written and what is left alone.
+// Pictures of states and contact sheets, as a person calls for them: names, refusals, what is
+// written and what is left alone.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -20,15 +21,20 @@ constexpr const char* kProgram = TEST_BINARY_DIR "/bin/stagemarks";
 
 class Pictures : public testing::Test {
  protected:
-  ChildResult Call(const std::vector<std::string>& arguments, const std::string& program = kProgram) {
-    return tests::RunChild(program, arguments, {{"XDG_CONFIG_HOME", folder_ / "config"}, {"XDG_STATE_HOME", folder_ / "state"}});
+  ChildResult Call(const std::vector<std::string>& arguments,
+                   const std::string& program = kProgram) {
+    return tests::RunChild(
+        program, arguments,
+        {{"XDG_CONFIG_HOME", folder_ / "config"}, {"XDG_STATE_HOME", folder_ / "state"}});
   }
   std::string Out(const std::vector<std::string>& arguments) {
     const ChildResult result = Call(arguments);
-    EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments) << "\n" << result.out << result.err;
+    EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments) << "\n"
+                                << result.out << result.err;
     return result.out;
   }
-  // The spider with these states, every second one with all objects hidden; the first name is the current one.
+  // The spider with these states, every second one with all objects hidden; the first name is the
+  // current one.
   std::string Scene(std::vector<std::string> states) {
     const std::string scene = folder_ / "shot.c4d";
     Out({"import", TEST_SOURCE_DIR "/scenes/spider/spider.fbx", scene, "--force"});
@@ -92,7 +98,8 @@ TEST_F(Pictures, NamesFollowThePatternAndStayInTheFolder) {
 TEST_F(Pictures, ShowTheStatesInTheSizeAskedFor) {
   const std::string scene = Scene({"Bare", "Full"});
   const std::string before = tests::ReadText(scene);
-  const std::string out = Out({"render", scene, "--all", "-o", Place("{state}.png"), "--jobs", "1"});
+  const std::string out =
+      Out({"render", scene, "--all", "-o", Place("{state}.png"), "--jobs", "1"});
   EXPECT_EQ(out.substr(0, 11), "2 pictures:");
   EXPECT_NE(out.find(Place("Bare.png") + "  64 x 40"), std::string::npos) << out;
   EXPECT_EQ(tests::ReadText(scene), before);
@@ -101,10 +108,12 @@ TEST_F(Pictures, ShowTheStatesInTheSizeAskedFor) {
   EXPECT_EQ(full.height, 40U);
   EXPECT_NE(full.bytes, Picture(Place("Bare.png")).bytes);
 
-  const json one = json::parse(Out({"render", scene, "--state", "Full", "--size", "64x40", "-o", Place("again.tif"), "--json"}));
+  const json one = json::parse(Out(
+      {"render", scene, "--state", "Full", "--size", "64x40", "-o", Place("again.tif"), "--json"}));
   EXPECT_EQ(one["pictures"].size(), 1U);
   EXPECT_EQ(one["pictures"][0]["result"], "rendered");
-  EXPECT_EQ(Picture(Place("again.tif")).bytes, full.bytes) << "the same picture whatever the threads and the format";
+  EXPECT_EQ(Picture(Place("again.tif")).bytes, full.bytes)
+      << "the same picture whatever the threads and the format";
 }
 
 // Another state shows a part of the same flat triangles.
@@ -114,12 +123,14 @@ TEST_F(Pictures, WhatIsWrongWithTheObjectsIsSaidOnce) {
   Out({"record", scene, "Less", "--write"});
   const std::string kNote = " triangles without an area";
   for (const std::vector<std::string>& verb :
-       {std::vector<std::string>{"render", scene, "-o", Place("{state}.png")}, {"sheet", scene, "-o", Place("sheet.png")}}) {
+       {std::vector<std::string>{"render", scene, "-o", Place("{state}.png")},
+        {"sheet", scene, "-o", Place("sheet.png")}}) {
     const ChildResult result = Call(verb);
     EXPECT_EQ(result.status, 0) << result.err;
     const std::size_t first = result.err.find(kNote);
     ASSERT_NE(first, std::string::npos) << verb[0] << "\n" << result.err;
-    EXPECT_EQ(result.err.find(kNote, first + 1), std::string::npos) << verb[0] << "\n" << result.err;
+    EXPECT_EQ(result.err.find(kNote, first + 1), std::string::npos) << verb[0] << "\n"
+                                                                    << result.err;
   }
 }
 
@@ -164,7 +175,8 @@ TEST_F(Pictures, ResumeRendersWhatIsMissing) {
   again.push_back("--force");
   std::string results;
   const json answer = json::parse(Out(again));
-  for (const json& picture : answer["pictures"]) results += picture["result"].get<std::string>() + " ";
+  for (const json& picture : answer["pictures"])
+    results += picture["result"].get<std::string>() + " ";
   EXPECT_EQ(results, "rendered rendered rendered there ");
   EXPECT_EQ(tests::ReadText(Place("A.png")), a);
   EXPECT_EQ(tests::ReadText(Place("B.png")), b);
@@ -239,11 +251,12 @@ TEST_F(Pictures, AFullDiskLeavesWhatWasThere) {
   const std::string scene = Scene({"Bare", "Full"});
   Out({"render", scene, "--state", "Bare", "-o", Place("Bare.png"), "--size", "8x6"});
   const std::string before = tests::ReadText(Place("Bare.png"));
-  for (const char* call : {"render '{scene}' -o '{out}/{state}.png' --size 640x480", "sheet '{scene}' -o '{out}/sheet.png'",
-                           "sheet '{scene}' --html '{out}' --force"}) {
+  for (const char* call :
+       {"render '{scene}' -o '{out}/{state}.png' --size 640x480",
+        "sheet '{scene}' -o '{out}/sheet.png'", "sheet '{scene}' --html '{out}' --force"}) {
     std::string line = std::string("ulimit -f 1; exec \"$0\" ") + call;
-    line =
-        std::regex_replace(std::regex_replace(line, std::regex("\\{scene\\}"), scene), std::regex("\\{out\\}"), folder_ / "out");
+    line = std::regex_replace(std::regex_replace(line, std::regex("\\{scene\\}"), scene),
+                              std::regex("\\{out\\}"), folder_ / "out");
     const ChildResult result = Call({"-c", line, kProgram}, "/bin/sh");
     EXPECT_EQ(result.status, 1) << call << result.err;
     EXPECT_NE(result.err.find("Cannot write"), std::string::npos) << result.err;
@@ -254,9 +267,10 @@ TEST_F(Pictures, AFullDiskLeavesWhatWasThere) {
 
 TEST_F(Pictures, AnInterruptionLeavesNothingHalfDone) {
   const std::string scene = Scene({"A"});
-  const ChildResult result = Call({"--preserve-status", "-s", "INT", "3", kProgram, "render", scene, "--size", "16384x4000",
-                                   "--jobs", "1", "-o", Place("{state}.png")},
-                                  "/usr/bin/timeout");
+  const ChildResult result =
+      Call({"--preserve-status", "-s", "INT", "3", kProgram, "render", scene, "--size",
+            "16384x4000", "--jobs", "1", "-o", Place("{state}.png")},
+           "/usr/bin/timeout");
   EXPECT_EQ(result.status, 130) << result.err;
   EXPECT_EQ(Written(), "");
 }
@@ -284,10 +298,12 @@ TEST_F(Pictures, ANewCameraShowsEverything) {
 
 TEST_F(Pictures, SheetsGrowWithTheNumberOfStates) {
   const std::string longName(300, 'M');
-  const std::vector<std::string> names{longName, "\u05E2\u05E8\u05D1", "\u0634\u062A\u0627\u0621", "D", "E", "F", "G"};
+  const std::vector<std::string> names{
+      longName, "\u05E2\u05E8\u05D1", "\u0634\u062A\u0627\u0621", "D", "E", "F", "G"};
   std::uint64_t area = 0;
   for (const std::size_t count : {0, 1, 7}) {
-    const std::string scene = Scene({names.begin(), names.begin() + static_cast<std::ptrdiff_t>(count)});
+    const std::string scene =
+        Scene({names.begin(), names.begin() + static_cast<std::ptrdiff_t>(count)});
     const json answer = json::parse(Out({"sheet", scene, "-o", Place("sheet.png"), "--json"}));
     EXPECT_EQ(answer["states"], count);
     const engine::Image sheet = Picture(Place("sheet.png"));
@@ -304,16 +320,21 @@ TEST_F(Pictures, ThePageNeedsNothingButWhatLiesBesideIt) {
   Out({"sheet", scene, "--html", Place("")});
   const std::string page = tests::ReadText(Place("index.html"));
   EXPECT_EQ(page.find("alert(1)</script>"), std::string::npos);
-  EXPECT_NE(page.find("&lt;script&gt;alert(1)&lt;/script&gt; &amp; &quot;x&#39;"), std::string::npos);
+  EXPECT_NE(page.find("&lt;script&gt;alert(1)&lt;/script&gt; &amp; &quot;x&#39;"),
+            std::string::npos);
   EXPECT_EQ(page.find("http"), std::string::npos);
-  EXPECT_EQ(Written(), "50% #1_.png | A_B.png | _script_alert(1)__script_ & _x'.png | a_b (2).png | index.html");
+  EXPECT_EQ(
+      Written(),
+      "50% #1_.png | A_B.png | _script_alert(1)__script_ & _x'.png | a_b (2).png | index.html");
   const std::regex source("src=\"([^\"]*)\"");
   std::size_t pictures = 0;
-  for (std::sregex_iterator it(page.begin(), page.end(), source), end; it != end; ++it, ++pictures) {
+  for (std::sregex_iterator it(page.begin(), page.end(), source), end; it != end;
+       ++it, ++pictures) {
     std::string file;
     const std::string address = (*it)[1];
     for (std::size_t i = 0; i < address.size(); ++i) {
-      if (address[i] == '%') file += static_cast<char>(std::stoi(address.substr(i + 1, 2), nullptr, 16));
+      if (address[i] == '%')
+        file += static_cast<char>(std::stoi(address.substr(i + 1, 2), nullptr, 16));
       if (address[i] != '%') file += address[i];
       if (address[i] == '%') i += 2;
     }

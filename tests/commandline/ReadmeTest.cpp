@@ -1,4 +1,5 @@
-// The commands of the README and of CONTRIBUTING are run or stand for something there is; the README's table is complete.
+// The commands of the README and of CONTRIBUTING are run or stand for something there is; the
+// README's table is complete.
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -26,8 +27,10 @@ std::vector<std::string> Commands(const std::string& begin) {
 
 class Readme : public CommandLine {
  protected:
-  // Runs a line in a shell where `path` is searched for programs first, and where nobody looks at a window.
-  ChildResult Paste(const std::string& folder, const std::string& path, const std::string& line) const {
+  // Runs a line in a shell where `path` is searched for programs first, and where nobody looks at a
+  // window.
+  ChildResult Paste(const std::string& folder, const std::string& path,
+                    const std::string& line) const {
     const std::string command = "cd '" + folder + "' && PATH='" + path + "':$PATH && " + line;
     return RunChild("/bin/sh", {"-c", command},
                     {{"XDG_CONFIG_HOME", folder_ / "config"},
@@ -57,7 +60,8 @@ TEST_F(Readme, CommandsDoWhatTheySay) {
   EXPECT_GT(commands.size(), 15U);
   EXPECT_EQ(Marks(folder_ / "spider.c4d"), "*All ");
   EXPECT_EQ(Files("standalone"),
-            "spider All/spider All.c4d | spider All/tex/*4 | spider Head only/spider Head only.c4d | spider Head only/tex/*4");
+            "spider All/spider All.c4d | spider All/tex/*4 | spider Head only/spider Head only.c4d "
+            "| spider Head only/tex/*4");
 }
 
 // The manual's commands, with a scene that is there in the place of the one it speaks of.
@@ -68,7 +72,8 @@ TEST_F(Readme, CommandsOfTheManualDoWhatTheySay) {
   for (std::string line; std::getline(manual, line);) {
     if (line.rfind("stagemarks ", 0) != 0) continue;
     ++commands;
-    const std::string there = std::regex_replace(line, std::regex("shop\\.gltf"), "scenes/spider/spider.fbx");
+    const std::string there =
+        std::regex_replace(line, std::regex("shop\\.gltf"), "scenes/spider/spider.fbx");
     const ChildResult result = Paste(folder_.Path(), TEST_BINARY_DIR "/bin", there);
     EXPECT_EQ(result.status, 0) << there << "\n" << result.out << result.err;
   }
@@ -77,35 +82,41 @@ TEST_F(Readme, CommandsOfTheManualDoWhatTheySay) {
   EXPECT_EQ(Files("out"), "shop Lights out/shop Lights out.c4d | shop Lights out/tex/*4");
 }
 
-// The scripts are run in a folder of their own, with tools that only note what they are asked to do: the real ones take
-// minutes.
+// The scripts are run in a folder of their own, with tools that only note what they are asked to
+// do: the real ones take minutes.
 TEST_F(Readme, ScriptsRun) {
-  for (const char* name : {"run", "test"}) fs::copy(std::string(TEST_SOURCE_DIR "/") + name, folder_ / name);
+  for (const char* name : {"run", "test"})
+    fs::copy(std::string(TEST_SOURCE_DIR "/") + name, folder_ / name);
   fs::copy(TEST_SOURCE_DIR "/cmake", folder_ / "cmake");
   const std::string tools =
-      Notetakers(folder_ / "tools", {"cmake", "ninja", "ctest", "git", "clang-format", "clang-tidy", "dpkg-query"});
+      Notetakers(folder_ / "tools",
+                 {"cmake", "ninja", "ctest", "git", "clang-format", "clang-tidy", "dpkg-query"});
   std::ofstream(fs::path(tools) / "dpkg-query") << "#!/bin/sh\necho install ok installed\n";
   Notetakers(folder_ / "desktop/bin", {"stagemarks-desktop"});
   std::vector<std::string> commands = Commands("./");
   EXPECT_EQ(commands.size(), 8U);
   for (const std::string& line : commands) {
     const bool opensWindow = line.rfind("./run --desktop", 0) == 0;
-    const ChildResult result = Paste(folder_.Path(), tools, (opensWindow ? "STAGEMARKS_BUILD=desktop " : "") + line);
+    const ChildResult result =
+        Paste(folder_.Path(), tools, (opensWindow ? "STAGEMARKS_BUILD=desktop " : "") + line);
     EXPECT_EQ(result.status, 0) << line << "\n" << result.out << result.err;
-    EXPECT_TRUE(fs::exists(folder_ / "stagemarks-demo/sheet.png")) << "./run comes first and does the main job";
+    EXPECT_TRUE(fs::exists(folder_ / "stagemarks-demo/sheet.png"))
+        << "./run comes first and does the main job";
   }
   const std::string said = ReadText(folder_ / "said");
-  for (const char* call :
-       {"ninja -C " TEST_BINARY_DIR " ", "ctest --test-dir " TEST_BINARY_DIR, "-DSTAGEMARKS_SANITIZE=address,undefined",
-        "ctest --test-dir build/asan", "git ls-files", "stagemarks-desktop scenes/dungeon/dungeon.gltf\n"}) {
+  for (const char* call : {"ninja -C " TEST_BINARY_DIR " ", "ctest --test-dir " TEST_BINARY_DIR,
+                           "-DSTAGEMARKS_SANITIZE=address,undefined", "ctest --test-dir build/asan",
+                           "git ls-files", "stagemarks-desktop scenes/dungeon/dungeon.gltf\n"}) {
     EXPECT_NE(said.find(call), std::string::npos) << call << "\n" << said;
   }
 }
 
 TEST_F(Readme, PresetsExist) {
-  const nlohmann::json presets = nlohmann::json::parse(ReadText(TEST_SOURCE_DIR "/CMakePresets.json"));
+  const nlohmann::json presets =
+      nlohmann::json::parse(ReadText(TEST_SOURCE_DIR "/CMakePresets.json"));
   std::set<std::string> known;
-  for (const auto& preset : presets["configurePresets"]) known.insert(preset["name"].get<std::string>());
+  for (const auto& preset : presets["configurePresets"])
+    known.insert(preset["name"].get<std::string>());
   for (const std::string& line : Commands("cmake --preset ")) {
     std::istringstream words(line.substr(15));
     std::string name;
@@ -123,13 +134,15 @@ TEST_F(Readme, TableNamesEveryVerb) {
   for (std::string line; std::getline(readme, line);) {
     if (line.rfind("| `", 0) != 0 || line.find('/') < line.find('|', 2)) continue;
     const std::string cell = line.substr(0, line.find('|', 2));
-    for (std::sregex_iterator it(cell.begin(), cell.end(), name), end; it != end; ++it) named.insert((*it)[1]);
+    for (std::sregex_iterator it(cell.begin(), cell.end(), name), end; it != end; ++it)
+      named.insert((*it)[1]);
   }
   std::set<std::string> known;
   const std::string help = Out({"--help"});
   const std::string list = help.substr(help.find("Scenes:"));
   const std::regex verb("\n  ([a-z][a-z-]+) +[A-Z]");
-  for (std::sregex_iterator it(list.begin(), list.end(), verb), end; it != end; ++it) known.insert((*it)[1]);
+  for (std::sregex_iterator it(list.begin(), list.end(), verb), end; it != end; ++it)
+    known.insert((*it)[1]);
   EXPECT_GT(known.size(), 15U);
   EXPECT_EQ(named, known);
 }

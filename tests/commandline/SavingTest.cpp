@@ -1,4 +1,5 @@
-// What may replace what: scenes that several programs change at once, results in place of other files, and what a refusal leaves.
+// What may replace what: scenes that several programs change at once, results in place of other
+// files, and what a refusal leaves.
 #include <filesystem>
 
 #include "engine/outside/FileLock.h"
@@ -22,7 +23,8 @@ TEST_F(Saving, ManyWritersLoseNothing) {
   const ChildResult result = Shell(
       "for i in 1 2 3 4 5 6 7 8; do stagemarks record w.c4d S$i --wait 3600 --write & done; "
       "stagemarks record link.c4d Linked --wait 3600 --write; wait");
-  EXPECT_EQ(Out({"list", Scene("w.c4d"), "--names"}), "Linked\nS1\nS2\nS3\nS4\nS5\nS6\nS7\nS8\n") << result.err;
+  EXPECT_EQ(Out({"list", Scene("w.c4d"), "--names"}), "Linked\nS1\nS2\nS3\nS4\nS5\nS6\nS7\nS8\n")
+      << result.err;
   EXPECT_EQ(Here(), "link.c4d w.c4d");
 }
 
@@ -32,10 +34,12 @@ TEST_F(Saving, AWriterWaitsSaysSoAndGivesUp) {
   const auto lock = engine::FileLock::Try(scene);
   const ChildResult busy = Call({"record", scene, "A", "--write", "--wait", "0"});
   EXPECT_EQ(busy.status, 1);
-  EXPECT_NE(busy.err.find("Another program is changing \"" + scene + "\", still after 0 seconds."), std::string::npos)
+  EXPECT_NE(busy.err.find("Another program is changing \"" + scene + "\", still after 0 seconds."),
+            std::string::npos)
       << busy.err;
   EXPECT_EQ(Call({"list", scene}).status, 0) << "reading needs no lock";
-  const ChildResult stopped = CallOnTerminal({"record", scene, "A", "--write"}, {{"waiting at most 60 seconds", "\x03"}});
+  const ChildResult stopped =
+      CallOnTerminal({"record", scene, "A", "--write"}, {{"waiting at most 60 seconds", "\x03"}});
   EXPECT_EQ(stopped.status, 130) << stopped.out;
   EXPECT_EQ(Out({"list", scene, "--names"}), "");
 }
@@ -55,16 +59,24 @@ TEST_F(Saving, OnlyWhatACommandMadeItselfIsReplacedWithoutForce) {
       {{"set", Scene("bare.c4d"), "--add-layer", "L", "-o", out}, out, true},
       {{"record", scene, "Dusk", "-o", out}, out, false},
       {{"load", scene, "Day", "-o", out}, out, false},
-      {{"render", scene, "--state", "Day", "--size", "8x6", "-o", Scene("p.png")}, Scene("p.png"), true},
-      {{"render", scene, "--state", "Day", "--size", "8x6", "-o", Scene("p.tif")}, Scene("p.tif"), true},
+      {{"render", scene, "--state", "Day", "--size", "8x6", "-o", Scene("p.png")},
+       Scene("p.png"),
+       true},
+      {{"render", scene, "--state", "Day", "--size", "8x6", "-o", Scene("p.tif")},
+       Scene("p.tif"),
+       true},
       {{"sheet", scene, "--state", "Day", "-o", Scene("p.png")}, Scene("p.png"), true},
       {{"sheet", scene, "--state", "Day", "--html", Scene("page")}, Scene("page/Day.png"), true},
       {{"sheet", scene, "--state", "Day", "--html", Scene("page")}, Scene("page/index.html"), true},
-      {{"export", scene, "--only", "Day", "--layout", "file", "--to", Scene("ex")}, Scene("ex/spider Day.c4d"), false},
+      {{"export", scene, "--only", "Day", "--layout", "file", "--to", Scene("ex")},
+       Scene("ex/spider Day.c4d"),
+       false},
   };
   Out({"import", spider, Scene("bare.c4d")});
   for (const auto& row : kRows) {
-    for (const std::string& made : {Scene("p.png"), Scene("p.tif"), Scene("page"), Scene("ex"), out}) fs::remove_all(made);
+    for (const std::string& made :
+         {Scene("p.png"), Scene("p.tif"), Scene("page"), Scene("ex"), out})
+      fs::remove_all(made);
     fs::create_directories(fs::path(row.file).parent_path());
     const std::string what = testing::PrintToString(row.call) + row.file;
     auto forced = row.call;
@@ -108,7 +120,8 @@ TEST_F(Saving, ARefusedSaveLeavesNothing) {
   Out({"rename", scene, "Day", "Noon", "-o", Scene("out.c4d"), "--force"});
   EXPECT_EQ(tests::Names(Scene("out_SM")), "Dawn.tif Noon.tif");
   Out({"rename", scene, "Day", "Noon", "-o", Scene("out.c4d"), "--force"});
-  EXPECT_EQ(tests::Names(Scene("out_SM")), "Dawn.tif Noon.tif") << "the picture of the first time gives way";
+  EXPECT_EQ(tests::Names(Scene("out_SM")), "Dawn.tif Noon.tif")
+      << "the picture of the first time gives way";
 
   for (const char* place : {"/dev/full", "-", "a.gltf"}) {
     const ChildResult refused = Call({"record", scene, "New", "-o", place});
@@ -125,7 +138,8 @@ TEST_F(Saving, TheSheetAndThePageShareAFolder) {
   Out({"sheet", scene, "-o", Scene("page/Day.png"), "--html", Scene("page")});
   EXPECT_EQ(tests::Names(Scene("page")), "Day (2).png Day.png Night.png index.html");
   EXPECT_NE(ReadText(Scene("page/index.html")).find("Day%20%282%29.png"), std::string::npos);
-  EXPECT_EQ(Call({"sheet", scene, "-o", Scene("page/Night.png")}).status, 1) << "a picture of the page is no sheet";
+  EXPECT_EQ(Call({"sheet", scene, "-o", Scene("page/Night.png")}).status, 1)
+      << "a picture of the page is no sheet";
 }
 
 }  // namespace

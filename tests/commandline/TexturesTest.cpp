@@ -48,7 +48,8 @@ TEST_F(SceneTextures, AreFoundByASceneThatIsSavedElsewhere) {
   EXPECT_EQ(Missing(folder_ / "flat/spider Day.c4d"), json::array());
   fs::rename(folder_ / "shot", folder_ / "moved");
   EXPECT_EQ(Missing(folder_ / "moved/back.c4d"), json::array());
-  EXPECT_EQ(Missing(folder_ / "other/copy.c4d").size(), 5U) << "the textures were not in its folder";
+  EXPECT_EQ(Missing(folder_ / "other/copy.c4d").size(), 5U)
+      << "the textures were not in its folder";
 }
 
 TEST_F(SceneTextures, EveryVerbTellsThoseThatAreMissing) {
@@ -69,18 +70,22 @@ TEST_F(SceneTextures, EveryVerbTellsThoseThatAreMissing) {
     const bool isImport = call[0] == "import";
     EXPECT_EQ(Call(call).status, 0) << call[0];
     EXPECT_EQ(Json(call)["missingTextures"].size(), 1U) << call[0];
-    for (const char* written : {"p.png", "s.png", "flat/spider Day.c4d", "again.c4d"}) fs::remove(folder_ / written);
+    for (const char* written : {"p.png", "s.png", "flat/spider Day.c4d", "again.c4d"})
+      fs::remove(folder_ / written);
     call.emplace_back("--strict");
     const ChildResult strict = Call(call);
     EXPECT_EQ(strict.status, 1) << call[0];
-    EXPECT_NE(strict.err.find("drkwood2.jpg\" was not found."), std::string::npos) << call[0] << strict.err;
+    EXPECT_NE(strict.err.find("drkwood2.jpg\" was not found."), std::string::npos)
+        << call[0] << strict.err;
     EXPECT_EQ(JsonAnyway(call)["missingTextures"].size(), 1U) << call[0];
     EXPECT_EQ(isImport || JsonAnyway(call)["missingTextures"][0] == texture, true) << call[0];
   }
-  for (const char* written : {"p.png", "s.png", "flat/spider Day.c4d", "again.c4d"}) EXPECT_FALSE(fs::exists(folder_ / written));
+  for (const char* written : {"p.png", "s.png", "flat/spider Day.c4d", "again.c4d"})
+    EXPECT_FALSE(fs::exists(folder_ / written));
   EXPECT_EQ(tests::ReadText(scene), before);
   const ChildResult rendered = Call(calls[0]);
-  EXPECT_EQ(rendered.err.find("drkwood2"), rendered.err.rfind("drkwood2")) << "told twice: " << rendered.err;
+  EXPECT_EQ(rendered.err.find("drkwood2"), rendered.err.rfind("drkwood2"))
+      << "told twice: " << rendered.err;
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// The program as a person calls it: verb, arguments, exit status, what it prints and what it writes.
+// The program as a person calls it: verb, arguments, exit status, what it prints and what it
+// writes.
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -42,7 +43,8 @@ TEST_F(CommandLine, UsageIsRefusedWithStatusTwo) {
   for (const auto& call : kCalls) {
     const ChildResult result = Call(call.arguments);
     EXPECT_EQ(result.status, call.status) << testing::PrintToString(call.arguments) << result.err;
-    EXPECT_NE((result.out + result.err).find(call.says), std::string::npos) << result.out << result.err;
+    EXPECT_NE((result.out + result.err).find(call.says), std::string::npos)
+        << result.out << result.err;
   }
 }
 
@@ -80,8 +82,11 @@ TEST_F(CommandLine, LoadTellsWhatItChanged) {
   const std::string scene = Staged();
   const json changes = Json({"load", scene, "Day"});
   EXPECT_TRUE(changes["changed"]);
-  EXPECT_EQ(changes["changes"],
-            json({{"objects", 21}, {"tags", 0}, {"layers", 0}, {"renderSettings", false}, {"sceneCamera", false}}));
+  EXPECT_EQ(changes["changes"], json({{"objects", 21},
+                                      {"tags", 0},
+                                      {"layers", 0},
+                                      {"renderSettings", false},
+                                      {"sceneCamera", false}}));
   EXPECT_FALSE(Json({"load", scene, "Night"})["changed"]);
   const std::string told = Out({"load", scene, "Day", "-v"});
   EXPECT_NE(told.find("It changed 21 objects.\n"), std::string::npos) << told;
@@ -96,7 +101,10 @@ std::string ManyObjects(const std::string& file) {
     nodes.push_back({{"name", "Lamp " + std::to_string(i)}});
     roots.push_back(i);
   }
-  const json scene = {{"asset", {{"version", "2.0"}}}, {"scene", 0}, {"scenes", {{{"nodes", roots}}}}, {"nodes", nodes}};
+  const json scene = {{"asset", {{"version", "2.0"}}},
+                      {"scene", 0},
+                      {"scenes", {{{"nodes", roots}}}},
+                      {"nodes", nodes}};
   WriteText(file, scene.dump());
   return file;
 }
@@ -111,18 +119,23 @@ TEST_F(CommandLine, DumpIsWrittenPieceByPiece) {
   // What a shell starts in the background ignores Ctrl-C unless `env` undoes that.
   // Nobody reads on until Ctrl-C has come, so that the program stands before a full pipe.
   WriteText(Scene("stop.sh"),
-            "mkfifo pipe\nenv --default-signal=INT \"$1\" info many.gltf --dump >pipe & child=$!\nexec 3<pipe\nread first <&3\n"
+            "mkfifo pipe\nenv --default-signal=INT \"$1\" info many.gltf --dump >pipe & "
+            "child=$!\nexec 3<pipe\nread first <&3\n"
             "kill -INT $child\ncat <&3 >rest\nwait $child\n");
-  const std::string stop = "cd '" + folder_.Path() + "' && sh stop.sh " TEST_BINARY_DIR "/bin/stagemarks";
+  const std::string stop =
+      "cd '" + folder_.Path() + "' && sh stop.sh " TEST_BINARY_DIR "/bin/stagemarks";
   EXPECT_EQ(RunChild("/bin/sh", {"-c", stop}).status, 130);
   EXPECT_LT(ReadText(Scene("rest")).size(), text.size() / 2);
 
-  const std::string full = "'" TEST_BINARY_DIR "/bin/stagemarks' info '" + scene + "' --dump >/dev/full";
+  const std::string full =
+      "'" TEST_BINARY_DIR "/bin/stagemarks' info '" + scene + "' --dump >/dev/full";
   const ChildResult failed = RunChild("/bin/sh", {"-c", full});
   EXPECT_EQ(failed.status, 1);
   EXPECT_NE(failed.err.find("No space left on device"), std::string::npos) << failed.err;
-  const std::string enough = "'" TEST_BINARY_DIR "/bin/stagemarks' info '" + scene + "' --dump | head -n 1";
-  EXPECT_EQ(RunChild("/bin/sh", {"-c", enough}).err, "") << "a reader that has had enough is no failure";
+  const std::string enough =
+      "'" TEST_BINARY_DIR "/bin/stagemarks' info '" + scene + "' --dump | head -n 1";
+  EXPECT_EQ(RunChild("/bin/sh", {"-c", enough}).err, "")
+      << "a reader that has had enough is no failure";
 }
 
 TEST_F(CommandLine, WritesNothingUnlessTold) {
@@ -143,7 +156,9 @@ TEST_F(CommandLine, OverwritingNeedsConsent) {
   const std::string before = ReadText(scene);
   const ChildResult refused = Call({"record", scene, "A", "--write"});
   EXPECT_EQ(refused.status, 1);
-  EXPECT_NE(refused.err.find("An element with that name already exists.  Do you want to overwrite it?"), std::string::npos);
+  EXPECT_NE(
+      refused.err.find("An element with that name already exists.  Do you want to overwrite it?"),
+      std::string::npos);
   EXPECT_EQ(ReadText(scene), before);
   EXPECT_TRUE(Json({"record", scene, "A", "--write", "--yes"})["overwritten"]);
   EXPECT_EQ(Marks(scene), "*A ");
@@ -160,15 +175,19 @@ TEST_F(CommandLine, UnknownNamesAreRefusedWithAHint) {
       {{"load", scene, "Evenin", "--write"}, "Did you mean \"Evening\"?"},
       {{"load", scene, "Zebra", "--write"}, "There is no Stagemark \"Zebra\""},
       {{"record", scene, "", "--write"}, "You must enter a name for this element."},
-      {{"set", scene, "--object", "Nobody", "--render", "off", "--write"}, "There is no object \"Nobody\""},
-      {{"set", scene, "--object", "#9999", "--render", "off", "--write"}, "There is no object #9999"},
+      {{"set", scene, "--object", "Nobody", "--render", "off", "--write"},
+       "There is no object \"Nobody\""},
+      {{"set", scene, "--object", "#9999", "--render", "off", "--write"},
+       "There is no object #9999"},
       {{"set", scene, "--render", "off", "--write"}, "--object"},
       {{"set", scene, "--size", "0x5", "--write"}, "no picture size"},
       {{"set", scene, "--frames", "9:1", "--write"}, "no frame range"},
-      {{"set", scene, "--layer", "None", "--flag", "view=off", "--write"}, "There is no layer \"None\""},
+      {{"set", scene, "--layer", "None", "--flag", "view=off", "--write"},
+       "There is no layer \"None\""},
       {{"set", scene, "--camera", "*", "--write"}, "names"},
       {{"set", scene, "--write"}, "Nothing to change"},
-      {{"options", scene, "--toggle", "Everything", "--write"}, "There is no option \"Everything\""},
+      {{"options", scene, "--toggle", "Everything", "--write"},
+       "There is no option \"Everything\""},
   };
   for (const auto& call : kCalls) {
     const ChildResult result = Call(call.arguments);
@@ -180,10 +199,10 @@ TEST_F(CommandLine, UnknownNamesAreRefusedWithAHint) {
 
 TEST_F(CommandLine, SetChangesWhatItNames) {
   const std::string scene = Spider();
-  Out({"set", scene, "--add-camera", "Front", "--at", "0,10,-900", "--look-at", "0,0,0", "--add-layer", "Props", "--add-material",
-       "Red", "--color", "1,0,0", "--write"});
-  Out({"set", scene, "--camera", "/Front", "--layer", "Props", "--flag", "view=off", "--flag", "solo=on", "--frames", "5:25",
-       "--write"});
+  Out({"set", scene, "--add-camera", "Front", "--at", "0,10,-900", "--look-at", "0,0,0",
+       "--add-layer", "Props", "--add-material", "Red", "--color", "1,0,0", "--write"});
+  Out({"set", scene, "--camera", "/Front", "--layer", "Props", "--flag", "view=off", "--flag",
+       "solo=on", "--frames", "5:25", "--write"});
   const json info = Json({"info", scene});
   EXPECT_EQ(info["sceneCamera"], "/Front");
   EXPECT_EQ(info["renderSettings"][0]["from"], 5);
@@ -196,13 +215,16 @@ TEST_F(CommandLine, OptionsAreShownToggledAndSaved) {
   const std::string scene = Spider();
   EXPECT_TRUE(Json({"options", scene})["options"]["Layers"]);
   EXPECT_EQ(Json({"options", scene})["options"].size(), 12U);
-  EXPECT_FALSE(Json({"options", scene, "--toggle", "Layers", "--save-default"})["options"]["Layers"]);
-  // The scene itself was not written, but the defaults hold for every scene without a choice of its own.
+  EXPECT_FALSE(
+      Json({"options", scene, "--toggle", "Layers", "--save-default"})["options"]["Layers"]);
+  // The scene itself was not written, but the defaults hold for every scene without a choice of its
+  // own.
   EXPECT_FALSE(Json({"options", scene})["options"]["Layers"]);
   EXPECT_TRUE(Json({"options", scene})["options"]["Objects"]);
 }
 
-// A program gets names as they are and can give them back; a terminal is spared what would garble it.
+// A program gets names as they are and can give them back; a terminal is spared what would garble
+// it.
 TEST_F(CommandLine, NamesGoThroughAPipeUnchanged) {
   const std::string scene = Spider();
   const std::string name = "\x1b[31m red " + std::string(200, 'x');
@@ -215,7 +237,9 @@ TEST_F(CommandLine, APreviewOfANameThatIsNoFileNameIsRefusedWithTheReason) {
   const std::string scene = Spider();
   const ChildResult result = Call({"record", scene, "/abs", "--preview", "--write"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.err, "stagemarks: There is no preview: the name \"/abs\" cannot be that of a file, it holds a slash.\n");
+  EXPECT_EQ(result.err,
+            "stagemarks: There is no preview: the name \"/abs\" cannot be that of a file, it holds "
+            "a slash.\n");
   EXPECT_EQ(Marks(scene), "*/abs ");
 }
 
@@ -225,8 +249,9 @@ TEST_F(CommandLine, DamagedScenesAndPluginsGetAMessage) {
   EXPECT_EQ(foreign.status, 1);
   EXPECT_NE(foreign.err.find("foreign.c4d"), std::string::npos) << foreign.err;
 
-  const ChildResult noPlugin = tests::RunChild(TEST_BINARY_DIR "/bin/stagemarks", {"list", Scene("foreign.c4d")},
-                                               {{"STAGEMARKS_PLUGINS", folder_ / "nowhere"}});
+  const ChildResult noPlugin =
+      tests::RunChild(TEST_BINARY_DIR "/bin/stagemarks", {"list", Scene("foreign.c4d")},
+                      {{"STAGEMARKS_PLUGINS", folder_ / "nowhere"}});
   EXPECT_EQ(noPlugin.status, 1);
   EXPECT_NE(noPlugin.err.find("Stagemarks.so"), std::string::npos) << noPlugin.err;
 }
@@ -238,11 +263,12 @@ TEST_F(CommandLine, TheDemoChecksItself) {
   EXPECT_NE(out.find("Exported 3 standalone scene files"), std::string::npos) << out;
   EXPECT_NE(out.find("      tex/  20 textures\n"), std::string::npos) << out;
   EXPECT_EQ(Marks(folder_ / "demo/dungeon.c4d"), "*Clay Emptier Overview ");
-  EXPECT_EQ(
-      Files("demo/export"),
-      "dungeon Clay/dungeon Clay.c4d | dungeon Clay/tex/*20 | dungeon Emptier/dungeon Emptier.c4d | dungeon Emptier/tex/*20 | "
-      "dungeon Overview/dungeon Overview.c4d | dungeon Overview/tex/*20");
-  EXPECT_EQ(Call({"demo", "--to", folder_ / "demo"}).status, 1) << "there is a scene with Stagemarks";
+  EXPECT_EQ(Files("demo/export"),
+            "dungeon Clay/dungeon Clay.c4d | dungeon Clay/tex/*20 | dungeon Emptier/dungeon "
+            "Emptier.c4d | dungeon Emptier/tex/*20 | "
+            "dungeon Overview/dungeon Overview.c4d | dungeon Overview/tex/*20");
+  EXPECT_EQ(Call({"demo", "--to", folder_ / "demo"}).status, 1)
+      << "there is a scene with Stagemarks";
   const json again = Json({"demo", "--to", folder_ / "demo", "--force"});
   for (const json& step : again["steps"]) EXPECT_TRUE(step["worked"]) << step;
   EXPECT_EQ(again["files"].size(), 68U);

@@ -10,7 +10,8 @@ namespace {
 
 std::string Ranges(const host::BaseSelect& select) {
   std::ostringstream out;
-  for (host::LONG i = 0, first = 0, last = 0; select.GetRange(i, &first, &last); ++i) out << first << "-" << last << " ";
+  for (host::LONG i = 0, first = 0, last = 0; select.GetRange(i, &first, &last); ++i)
+    out << first << "-" << last << " ";
   return out.str();
 }
 
@@ -41,7 +42,8 @@ TEST(BaseSelect, AgreesWithASet) {
       select.Deselect(number);
       model.erase(number);
     }
-    for (host::LONG i = -1; i < 41; ++i) ASSERT_EQ(select.IsSelected(i), model.count(i) == 1) << step;
+    for (host::LONG i = -1; i < 41; ++i)
+      ASSERT_EQ(select.IsSelected(i), model.count(i) == 1) << step;
     ASSERT_EQ(select.GetCount(), static_cast<host::LONG>(model.size()));
   }
 }

@@ -1,4 +1,5 @@
-// Instances and copies: the law of writing in place, by cases and by random operations beside plain deep copies.
+// Instances and copies: the law of writing in place, by cases and by random operations beside plain
+// deep copies.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -154,7 +155,8 @@ TEST(ContainerInstance, AnotherThreadReadsACopyMeanwhile) {
   for (LONG round = 0; round < 20; ++round) {
     const LONG expected = sumOf(top);
     auto sum = std::async(std::launch::async, sumOf, top);
-    for (LONG i = 0; i < 2000; i += 3) top.GetContainerInstance(top.GetIndexId(i))->SetLong(1, round);
+    for (LONG i = 0; i < 2000; i += 3)
+      top.GetContainerInstance(top.GetIndexId(i))->SetLong(1, round);
     top.RemoveData(top.GetIndexId(round));
     top.SetContainer(5000 + round, BaseContainer(round));
     EXPECT_EQ(sum.get(), expected);

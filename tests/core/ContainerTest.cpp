@@ -23,7 +23,8 @@ using host::Vector;
 
 std::string Keys(const BaseContainer& container) {
   std::ostringstream out;
-  for (LONG i = 0; container.GetIndexId(i) != host::NOTOK; ++i) out << container.GetIndexId(i) << " ";
+  for (LONG i = 0; container.GetIndexId(i) != host::NOTOK; ++i)
+    out << container.GetIndexId(i) << " ";
   return out.str();
 }
 
@@ -101,17 +102,21 @@ TEST(Container, KeepsOrderAndPosition) {
   EXPECT_EQ(container.FindIndex(-1), 3);
 }
 
-// Short containers look keys up in an index from some size on, which has to follow growth, removal and copies.
+// Short containers look keys up in an index from some size on, which has to follow growth, removal
+// and copies.
 TEST(Container, FindsScatteredKeysAtEverySize) {
   for (LONG size = 1; size <= 70; ++size) {
-    const auto key = [](LONG i) { return static_cast<LONG>(static_cast<host::ULONG>(i) * 0x01000193U + 7U * (i % 3)); };
+    const auto key = [](LONG i) {
+      return static_cast<LONG>(static_cast<host::ULONG>(i) * 0x01000193U + 7U * (i % 3));
+    };
     BaseContainer container;
     for (LONG i = 0; i < size; ++i) container.SetLong(key(i), i);
     BaseContainer thinned = container;
     for (LONG i = 0; i < size; i += 2) EXPECT_TRUE(thinned.RemoveData(key(i)));
     for (LONG i = 0; i < 2 * size; ++i) {
       ASSERT_EQ(container.FindIndex(key(i)), i < size ? i : host::NOTOK) << size << " " << i;
-      ASSERT_EQ(thinned.FindIndex(key(i)), i < size && i % 2 == 1 ? i / 2 : host::NOTOK) << size << " " << i;
+      ASSERT_EQ(thinned.FindIndex(key(i)), i < size && i % 2 == 1 ? i / 2 : host::NOTOK)
+          << size << " " << i;
     }
     thinned.FlushAll();
     thinned.SetReal(key(1), 1.5);
@@ -199,7 +204,8 @@ TEST(Container, MergesIntoAnEmptyOneWithoutTheOwnId) {
 
 TEST(Container, ReachesTheFirstLevelOfAParameterPath) {
   BaseContainer container;
-  EXPECT_TRUE(container.SetParameter(host::DescID(host::DescLevel(7), host::DescLevel(1)), GeData(LONG{3})));
+  EXPECT_TRUE(container.SetParameter(host::DescID(host::DescLevel(7), host::DescLevel(1)),
+                                     GeData(LONG{3})));
   EXPECT_EQ(container.GetLong(7), 3);
   GeData value(LONG{5});
   EXPECT_FALSE(container.GetParameter(8, value));
@@ -212,7 +218,8 @@ TEST(Container, ReachesTheFirstLevelOfAParameterPath) {
 TEST(Container, WritingTheSameValueSplitsNothing) {
   BaseContainer original = OneOfEach();
   BaseContainer copy = original;
-  for (LONG i = 0; i < original.GetCount(); ++i) copy.SetData(original.GetIndexId(i), OneOfEach().GetIndexData(i));
+  for (LONG i = 0; i < original.GetCount(); ++i)
+    copy.SetData(original.GetIndexId(i), OneOfEach().GetIndexData(i));
   copy.MergeContainer(OneOfEach());
   copy.SetId(9);
   copy.GetContainerInstance(132)->SetLong(1, 1);
@@ -274,7 +281,8 @@ TEST(Container, EndsInstancesNestedDeeperThanTheStack) {
   EXPECT_EQ(top, Nested(kDepth, 2));
 }
 
-// Two towers of containers that hold the container below twice: comparing along every way would never end.
+// Two towers of containers that hold the container below twice: comparing along every way would
+// never end.
 TEST(Container, ComparesSharedLevelsOnce) {
   const auto tower = [] {
     BaseContainer level;

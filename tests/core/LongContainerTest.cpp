@@ -153,13 +153,14 @@ TEST_P(LongContainer, ACopySplitsByChunks) {
   EXPECT_LT(engine::MemoryOf(both), alone + alone / 20);
 }
 
-INSTANTIATE_TEST_SUITE_P(Keys, LongContainer,
-                         testing::Values(Shape{"Dense", [](LONG i) { return i; }},
-                                         Shape{"Ascending", [](LONG i) { return 1000 + 3 * i; }},
-                                         Shape{"Descending", [](LONG i) { return -i; }},
-                                         Shape{"LateDisorder", [](LONG i) { return i < 700 ? i : 2000000 - i; }},
-                                         Shape{"Scattered", [](LONG i) { return static_cast<LONG>(i * 2654435761U); }}),
-                         [](const auto& shape) { return std::string(shape.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Keys, LongContainer,
+    testing::Values(Shape{"Dense", [](LONG i) { return i; }},
+                    Shape{"Ascending", [](LONG i) { return 1000 + 3 * i; }},
+                    Shape{"Descending", [](LONG i) { return -i; }},
+                    Shape{"LateDisorder", [](LONG i) { return i < 700 ? i : 2000000 - i; }},
+                    Shape{"Scattered", [](LONG i) { return static_cast<LONG>(i * 2654435761U); }}),
+    [](const auto& shape) { return std::string(shape.param.name); });
 
 // A container that keeps its size while every key is new must not collect the keys that left.
 TEST(LongContainerMemory, ForgetsKeysThatLeft) {

@@ -182,11 +182,13 @@ TEST(Text, ReadsTheLeadingNumber) {
 }
 
 TEST(FileName, JoinsWithOneSeparator) {
-  const std::vector<std::vector<const char*>> cases = {{"/a", "b", "/a/b"},    {"/a", "/b", "/a/b"},  {"/a/", "b", "/a/b"},
-                                                       {"/a/", "/b", "/a/b"},  {"", "/b", "/b"},      {"/", "b", "/b"},
-                                                       {"C:\\", "b", "C:\\b"}, {"a", "b/c", "a/b/c"}, {"", "", ""}};
+  const std::vector<std::vector<const char*>> cases = {
+      {"/a", "b", "/a/b"},    {"/a", "/b", "/a/b"},  {"/a/", "b", "/a/b"},
+      {"/a/", "/b", "/a/b"},  {"", "/b", "/b"},      {"/", "b", "/b"},
+      {"C:\\", "b", "C:\\b"}, {"a", "b/c", "a/b/c"}, {"", "", ""}};
   for (const auto& names : cases) {
-    EXPECT_EQ((Filename(names[0]) + Filename(names[1])).GetString().ToUtf8(), names[2]) << names[0] << " + " << names[1];
+    EXPECT_EQ((Filename(names[0]) + Filename(names[1])).GetString().ToUtf8(), names[2])
+        << names[0] << " + " << names[1];
   }
 }
 
@@ -246,7 +248,8 @@ TEST(Time, KeepsThePairAndFindsTheFrame) {
   EXPECT_EQ(BaseTime(5, 25).GetFrame(30), 6);
   EXPECT_EQ(BaseTime(0.1).GetFrame(25), 3);
   EXPECT_EQ(BaseTime(5, 0).GetFrame(0), 0);
-  for (LONG frame = 0; frame < 1000; ++frame) ASSERT_EQ(BaseTime(frame, 29.97).GetFrame(29.97), frame);
+  for (LONG frame = 0; frame < 1000; ++frame)
+    ASSERT_EQ(BaseTime(frame, 29.97).GetFrame(29.97), frame);
 }
 
 }  // namespace

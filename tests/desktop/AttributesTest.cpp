@@ -1,4 +1,5 @@
-// The attributes panel: shows and edits what is selected, one element or many, through undo; refuses what makes no sense.
+// The attributes panel: shows and edits what is selected, one element or many, through undo;
+// refuses what makes no sense.
 #include <QHelpEvent>
 #include <QToolTip>
 
@@ -124,7 +125,8 @@ TEST(Attributes, WhatIsCutIsWholeInItsTip) {
   EXPECT_TRUE(tip(50).startsWith("-11071.5432")) << QToolTip::text().toStdString();
 }
 
-// Whose entries come from the scene: they are read when a person comes to the list, but not under the hands.
+// Whose entries come from the scene: they are read when a person comes to the list, but not under
+// the hands.
 TEST(Attributes, AnOpenListGivesWhatWasChosenInIt) {
   WithThings desk;
   host::LayerObject* layer = host::LayerObject::Alloc();
@@ -194,9 +196,10 @@ TEST(Attributes, RefuseWhatIsNoNumber) {
   const struct {
     const char* label;
     QString text;
-  } cases[] = {{"Position", "nan"},    {"Position", "inf"},       {"Position", "1e400"}, {"Position", "12 apples"},
-               {"Position", "1,5"},    {"Position", tenThousand}, {"Position", "--1"},   {"Position", "0x10"},
-               {"Field of view", "0"}, {"Field of view", "178"},  {"Near", "-1"},        {"Position", "\u0663"},
+  } cases[] = {{"Position", "nan"},       {"Position", "inf"},  {"Position", "1e400"},
+               {"Position", "12 apples"}, {"Position", "1,5"},  {"Position", tenThousand},
+               {"Position", "--1"},       {"Position", "0x10"}, {"Field of view", "0"},
+               {"Field of view", "178"},  {"Near", "-1"},       {"Position", "\u0663"},
                {"Position", "1e10"}};
   for (const auto& c : cases) {
     QLineEdit& edit = EditOf(desk.Panel(), c.label);
@@ -228,15 +231,18 @@ TEST(Attributes, KeysAndWheelStepAsOneEdit) {
   QTest::keyClick(&x, Qt::Key_Up);
   QTest::keyClick(&x, Qt::Key_Down);
   EXPECT_EQ(desk.first->GetMl().off.x, 0);
-  EXPECT_FALSE(engine::CanUndo(Scene()) || engine::CanRedo(Scene())) << "there and back again is no step";
-  for (const auto& [key, shift, expected] :
-       {std::tuple(Qt::Key_Up, false, 1.0), {Qt::Key_Up, true, 11.0}, {Qt::Key_PageDown, false, 1.0}, {Qt::Key_Up, false, 2.0}}) {
+  EXPECT_FALSE(engine::CanUndo(Scene()) || engine::CanRedo(Scene()))
+      << "there and back again is no step";
+  for (const auto& [key, shift, expected] : {std::tuple(Qt::Key_Up, false, 1.0),
+                                             {Qt::Key_Up, true, 11.0},
+                                             {Qt::Key_PageDown, false, 1.0},
+                                             {Qt::Key_Up, false, 2.0}}) {
     QTest::keyClick(&x, key, shift ? Qt::ShiftModifier : Qt::NoModifier);
     EXPECT_EQ(desk.first->GetMl().off.x, expected);
   }
   const auto turn = [](QWidget& widget) {
-    QWheelEvent event(QPointF(5, 5), widget.mapToGlobal(QPointF(5, 5)), {}, QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
-                      Qt::NoScrollPhase, false);
+    QWheelEvent event(QPointF(5, 5), widget.mapToGlobal(QPointF(5, 5)), {}, QPoint(0, 120),
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&widget, &event);
   };
   turn(x);
@@ -265,7 +271,8 @@ TEST(Attributes, TypedTextSurvivesChangesFromElsewhere) {
   EXPECT_EQ(name.text(), "Half a na");
   EXPECT_EQ(ListOf(desk.Panel(), "Editor mode").currentText(), "On");
   Select({desk.second});
-  EXPECT_TRUE(desk.first->GetName() == host::String("Half a na")) << "what was typed went to nobody";
+  EXPECT_TRUE(desk.first->GetName() == host::String("Half a na"))
+      << "what was typed went to nobody";
   EXPECT_TRUE(desk.second->GetName() == host::String("Other"));
   EXPECT_EQ(name.text(), "Other");
 }
@@ -274,7 +281,8 @@ TEST(Attributes, TakeLongAndRightToLeftNames) {
   WithThings desk;
   Select({desk.first});
   const QString hebrew = QString::fromUtf8("\u05e9\u05dc\u05d5\u05dd ");
-  for (const QString& name : {hebrew.repeated(2000), QString(10000, 'x'), QString::fromUtf8("\U0001f3e0 & <b>house</b>")}) {
+  for (const QString& name : {hebrew.repeated(2000), QString(10000, 'x'),
+                              QString::fromUtf8("\U0001f3e0 & <b>house</b>")}) {
     QLineEdit& edit = EditOf(desk.Panel(), "Name");
     edit.setText(name);
     edit.setModified(true);
@@ -315,9 +323,12 @@ TEST(Attributes, FollowMaterialsAndPanelsThatAskForIt) {
   EXPECT_DOUBLE_EQ(material->GetDataInstance()->GetReal(host::MATERIAL_ROUGHNESS), 0.25);
   Enter(EditOf(desk.Panel(), "Texture"), "oak.png");
   ASSERT_NE(material->GetFirstShader(), nullptr);
-  EXPECT_TRUE(material->GetFirstShader()->GetDataInstance()->GetFilename(host::BITMAPSHADER_FILENAME).GetString() ==
-              host::String("oak.png"));
-  EXPECT_EQ(material->GetDataInstance()->GetLink(host::MATERIAL_COLOR_SHADER, &Scene()), material->GetFirstShader());
+  EXPECT_TRUE(material->GetFirstShader()
+                  ->GetDataInstance()
+                  ->GetFilename(host::BITMAPSHADER_FILENAME)
+                  .GetString() == host::String("oak.png"));
+  EXPECT_EQ(material->GetDataInstance()->GetLink(host::MATERIAL_COLOR_SHADER, &Scene()),
+            material->GetFirstShader());
   desk.App().Undo();
   EXPECT_EQ(material->GetFirstShader(), nullptr);
   Desk::Rest();
@@ -332,14 +343,16 @@ TEST(Attributes, FollowMaterialsAndPanelsThatAskForIt) {
   Desk::Rest();
   EXPECT_TRUE(fields::Has(desk.Panel(), "Width"));
   Select({desk.light});
-  EXPECT_TRUE(fields::Has(desk.Panel(), "Brightness")) << "a new selection comes before what a panel asked for";
+  EXPECT_TRUE(fields::Has(desk.Panel(), "Brightness"))
+      << "a new selection comes before what a panel asked for";
 }
 
 TEST(Attributes, TakeManyAtOnce) {
   WithThings desk;
   Scene().SetActiveObject(nullptr);
   for (int i = 0; i < 20000; ++i)
-    Scene().SetActiveObject(Add(i % 2 ? host::Onull : host::Ocube, "one of many"), host::SELECTION_ADD);
+    Scene().SetActiveObject(Add(i % 2 ? host::Onull : host::Ocube, "one of many"),
+                            host::SELECTION_ADD);
   Desk::Rest();
   ASSERT_TRUE(IsReadSoon(dynamic_cast<desktop::AttributesView&>(desk.Panel())));
   EXPECT_TRUE(desk.Says("20,000 objects"));
@@ -414,15 +427,19 @@ TEST(Attributes, EditTheDocumentWhenNothingIsSelected) {
   EXPECT_EQ(Scene().GetRenderBaseDraw()->GetSceneCamera(&Scene()), nullptr);
 }
 
-// What the desktop shows for a parameter is what its element keeps: a field that writes another type would be recorded as such.
+// What the desktop shows for a parameter is what its element keeps: a field that writes another
+// type would be recorded as such.
 TEST(Attributes, FieldsKeepTheTypesOfTheirParameters) {
   for (const desktop::FieldSection& section : desktop::FieldSections()) {
     const host::BaseContainer data = engine::DefaultData(section.type);
     for (const desktop::Field& field : section.fields) {
-      if (field.id < 0 || data.FindIndex(field.id) == host::NOTOK || field.kind == desktop::FieldKind::Texture) continue;
+      if (field.id < 0 || data.FindIndex(field.id) == host::NOTOK ||
+          field.kind == desktop::FieldKind::Texture)
+        continue;
       const host::LONG type = data.GetType(field.id);
       using Kind = desktop::FieldKind;
-      const bool real = field.kind == Kind::Real || field.kind == Kind::Angle || field.kind == Kind::Percent;
+      const bool real =
+          field.kind == Kind::Real || field.kind == Kind::Angle || field.kind == Kind::Percent;
       const host::LONG expected = desktop::IsOfParts(field.kind) ? host::DA_VECTOR
                                   : real                         ? host::DA_REAL
                                   : field.kind == Kind::Frame    ? host::DA_TIME
@@ -442,7 +459,8 @@ TEST(AttributesPicture, OfSeveralThings) {
   host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
   material->SetName("Wood");
   Scene().AppendMaterial(material);
-  for (const auto& [name, object] : {std::pair("cube", desk.first), {"light", desk.light}, {"camera", desk.camera}}) {
+  for (const auto& [name, object] :
+       {std::pair("cube", desk.first), {"light", desk.light}, {"camera", desk.camera}}) {
     Select({object});
     EXPECT_TRUE(pictures::Write(dock, QString("attributes-") + name));
   }

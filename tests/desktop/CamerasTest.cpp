@@ -1,5 +1,5 @@
-// Cameras at the desktop: made from what is seen, made the scene camera, flown, lost; what the plate in the picture says of them;
-// and what else one creates.
+// Cameras at the desktop: made from what is seen, made the scene camera, flown, lost; what the
+// plate in the picture says of them; and what else one creates.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -18,10 +18,13 @@ using desk::WithCube;
 using desktop::EditorCamera;
 using Lines = std::pair<std::string, std::string>;
 
-double Distance(const host::Vector& a, const host::Vector& b) { return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z); }
+double Distance(const host::Vector& a, const host::Vector& b) {
+  return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
+}
 
 double Distance(const host::Matrix& a, const host::Matrix& b) {
-  return Distance(a.off, b.off) + Distance(a.v1, b.v1) + Distance(a.v2, b.v2) + Distance(a.v3, b.v3);
+  return Distance(a.off, b.off) + Distance(a.v1, b.v1) + Distance(a.v2, b.v2) +
+         Distance(a.v3, b.v3);
 }
 
 host::Matrix At(double z) {
@@ -32,7 +35,8 @@ host::Matrix At(double z) {
 
 struct Cameras : WithCube {
   host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
-  host::BaseObject* AddCamera(const char* name, const host::Matrix& frame, host::BaseObject* parent = nullptr) {
+  host::BaseObject* AddCamera(const char* name, const host::Matrix& frame,
+                              host::BaseObject* parent = nullptr) {
     auto* camera = host::BaseObject::Alloc(host::Ocamera);
     camera->SetName(name);
     camera->SetMl(frame);
@@ -55,7 +59,8 @@ struct Cameras : WithCube {
   }
   Lines Plate() {
     Window().Beat();
-    return {View().Plate().Shown().seen.toStdString(), View().Plate().Shown().recorded.toStdString()};
+    return {View().Plate().Shown().seen.toStdString(),
+            View().Plate().Shown().recorded.toStdString()};
   }
   std::size_t Steps() { return engine::DoneNames(Doc()).size(); }
 };
@@ -86,7 +91,9 @@ TEST(EditorCamera, KeepsWhatLeansIsScaledAndMirrored) {
     EXPECT_NEAR(Distance(moved.v1, {}), Distance(frame.v1, {}), 1e-9);
     EXPECT_LT(engine::DotOf(moved.v3, moved.off), 0) << "it still looks at the middle";
     camera.Slide(0.5, 0);
-    EXPECT_LT(engine::DotOf(engine::Sum(camera.Camera().frame.off, engine::Scaled(moved.off, -1)), moved.v1), 0)
+    EXPECT_LT(engine::DotOf(engine::Sum(camera.Camera().frame.off, engine::Scaled(moved.off, -1)),
+                            moved.v1),
+              0)
         << "what is seen goes to the right, the camera to the left";
   }
 }
@@ -113,7 +120,8 @@ TEST(Cameras, NewOneSeesTheSameAndIsOneStep) {
       EXPECT_EQ(desk.View().CameraObject(), made);
       const auto its = engine::CameraOf(*made);
       EXPECT_EQ(its->frame, seen.frame);
-      EXPECT_EQ(std::tuple(its->fov, its->isParallel, its->width), std::tuple(seen.fov, parallel, seen.width));
+      EXPECT_EQ(std::tuple(its->fov, its->isParallel, its->width),
+                std::tuple(seen.fov, parallel, seen.width));
     }
     EXPECT_EQ(desk.Steps(), steps + 2);
     desk.App().Undo();
@@ -192,7 +200,8 @@ host::Matrix Below(double x, double y, double z) {
 }
 
 TEST(Cameras, FlyByOneStepForEachGesture) {
-  for (const host::Matrix& above : {host::Matrix(), Below(1, 1, 1), Below(3, 3, 3), Below(-1, 1, 1), Below(2, 1, 0.5)}) {
+  for (const host::Matrix& above :
+       {host::Matrix(), Below(1, 1, 1), Below(3, 3, 3), Below(-1, 1, 1), Below(2, 1, 0.5)}) {
     Cameras desk;
     host::BaseObject* parent = host::BaseObject::Alloc(host::Onull);
     parent->SetMl(above);
@@ -211,7 +220,8 @@ TEST(Cameras, FlyByOneStepForEachGesture) {
       EXPECT_GT(Distance(camera->GetMl().off, before.off), 10);
       EXPECT_EQ(engine::UndoName(desk.Doc()), "Move Camera");
       ASSERT_TRUE(desk.WaitForPicture());
-      EXPECT_NEAR(Distance(desk.View().Camera().frame, camera->GetMg()), 0, 1e-6) << "the picture goes along";
+      EXPECT_NEAR(Distance(desk.View().Camera().frame, camera->GetMg()), 0, 1e-6)
+          << "the picture goes along";
       desk.App().Undo();
       EXPECT_EQ(camera->GetMl(), before);
     }
@@ -307,7 +317,8 @@ TEST(Cameras, EachDocumentIsLookedAtAsItWasLeft) {
   desk.View().LookThrough(engine::IdOf(*side));
   ASSERT_TRUE(goAndComeBack([] {}));
   EXPECT_EQ(desk.Plate(), Lines("Camera: Side", "Front"));
-  ASSERT_TRUE(goAndComeBack([&] { scene.GetRenderBaseDraw()->SetSceneCamera(front, host::FALSE); }));
+  ASSERT_TRUE(
+      goAndComeBack([&] { scene.GetRenderBaseDraw()->SetSceneCamera(front, host::FALSE); }));
   EXPECT_EQ(desk.Plate(), Lines("Scene camera: Front", "")) << "somebody has set it meanwhile";
 }
 

@@ -1,5 +1,5 @@
-// Desk: the desktop as a person finds it: the window with the built plug-in, real files in a folder of its own, and hands that
-// answer the boxes that come up.
+// Desk: the desktop as a person finds it: the window with the built plug-in, real files in a folder
+// of its own, and hands that answer the boxes that come up.
 #pragma once
 
 #include <QApplication>
@@ -18,8 +18,8 @@
 
 namespace desk {
 
-// Does `act` to the next modal dialog of a kind that comes up; one that is up already is not meant. Fails to end a test that
-// waits for a box which never comes: so does life.
+// Does `act` to the next modal dialog of a kind that comes up; one that is up already is not meant.
+// Fails to end a test that waits for a box which never comes: so does life.
 template <class Dialog = QDialog>
 void AnswerNext(std::function<void(std::type_identity_t<Dialog>&)> act) {
   const QPointer<QWidget> present = QApplication::activeModalWidget();
@@ -38,7 +38,8 @@ class Desk {
  public:
   Desk() {
     for (const char* folder : {"CONFIG", "DATA", "CACHE", "STATE"}) {
-      qputenv((QByteArray("XDG_") + folder + "_HOME").constData(), QByteArray::fromStdString(Folder() + "/" + folder));
+      qputenv((QByteArray("XDG_") + folder + "_HOME").constData(),
+              QByteArray::fromStdString(Folder() + "/" + folder));
     }
     Begin(TEST_PLUGIN_DIR);
   }
@@ -60,10 +61,13 @@ class Desk {
   static void Rest() { pictures::Settle(); }
 
   // The plug-in's dialog; null when it is not open.
-  host::GeDialog* Dialog() const { return engine::OpenDialogs().empty() ? nullptr : engine::OpenDialogs().front(); }
+  host::GeDialog* Dialog() const {
+    return engine::OpenDialogs().empty() ? nullptr : engine::OpenDialogs().front();
+  }
   // The dock that it stands in.
   QDockWidget* PluginDock() const {
-    return Dialog() ? dynamic_cast<QDockWidget*>(window_->Docks().ViewOf(*Dialog())->parentWidget()) : nullptr;
+    return Dialog() ? dynamic_cast<QDockWidget*>(window_->Docks().ViewOf(*Dialog())->parentWidget())
+                    : nullptr;
   }
   template <class Widget>
   Widget& Gadget(host::LONG id) {
@@ -97,7 +101,8 @@ class Desk {
     setup.importWorker = TEST_BINARY_DIR "/bin/stagemarks";
     application_ = std::make_unique<engine::Application>(outside_, setup);
     application_->NewDocument();
-    window_ = std::make_unique<desktop::MainWindow>(*application_, person_, outside_.ConfigFolder() + "/desktop.json");
+    window_ = std::make_unique<desktop::MainWindow>(*application_, person_,
+                                                    outside_.ConfigFolder() + "/desktop.json");
     window_->show();
     reports_ = application_->LoadPlugins(plugins);
     window_->RestoreLayout();

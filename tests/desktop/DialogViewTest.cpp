@@ -44,7 +44,8 @@ struct Shown {
   }
   void Fill(int rows) {
     dialog.list.RemoveAll();
-    for (int i = 0; i < rows; ++i) dialog.list.SetItem(i, sample::SampleDialog::NamedRow(std::to_string(i).c_str(), i % 3 == 0));
+    for (int i = 0; i < rows; ++i)
+      dialog.list.SetItem(i, sample::SampleDialog::NamedRow(std::to_string(i).c_str(), i % 3 == 0));
     dialog.list.DataChanged();
     Settle();
   }
@@ -69,7 +70,8 @@ TEST(DialogView, ActsOfAPersonBecomeEvents) {
   EXPECT_EQ(shown.dialog.Heard(), "command 5 from 5");
   QTest::keyClick(shown.view->WidgetOf(sample::kCombo), Qt::Key_Down);
   EXPECT_EQ(shown.dialog.Heard(), "command 6 from 6");
-  EXPECT_EQ(engine::FindGadget(shown.dialog, sample::kCombo)->value.GetLong(), sample::kSecondChoice);
+  EXPECT_EQ(engine::FindGadget(shown.dialog, sample::kCombo)->value.GetLong(),
+            sample::kSecondChoice);
 }
 
 TEST(DialogView, FollowsWhatTheDialogSets) {
@@ -99,7 +101,8 @@ TEST(DialogView, AListOfChoicesStaysWhileAPersonChooses) {
   shown.dialog.Enable(sample::kCombo, host::TRUE);
   Settle();
   QTest::keyClick(combo.view(), Qt::Key_Return);
-  EXPECT_EQ(engine::FindGadget(shown.dialog, sample::kCombo)->value.GetLong(), sample::kSecondChoice);
+  EXPECT_EQ(engine::FindGadget(shown.dialog, sample::kCombo)->value.GetLong(),
+            sample::kSecondChoice);
 }
 
 TEST(DialogView, MarksInMenusKeepTheWidgetsAndNewGadgetsDoNot) {
@@ -142,7 +145,8 @@ TEST(DialogView, ClickingRowsSelectsAndClickingBoxesChecksOnly) {
   EXPECT_TRUE(list->listRows[4].values.GetBool(sample::kCheckedColumn));
   EXPECT_EQ(list->selection.GetCount(), 3);
   QTest::keyClick(&shown.List(), Qt::Key_Space);
-  for (const std::size_t line : {1, 2, 3}) EXPECT_TRUE(list->listRows[line].values.GetBool(sample::kCheckedColumn));
+  for (const std::size_t line : {1, 2, 3})
+    EXPECT_TRUE(list->listRows[line].values.GetBool(sample::kCheckedColumn));
 }
 
 TEST(DialogView, SelectionOfThePluginIsShownWithoutAnEvent) {
@@ -155,14 +159,16 @@ TEST(DialogView, SelectionOfThePluginIsShownWithoutAnEvent) {
   Settle();
   EXPECT_EQ(shown.List().selectionModel()->selectedRows().size(), 4);
   shown.Fill(3);
-  ASSERT_EQ(shown.List().selectionModel()->selectedRows().size(), 1) << "the row of that name that is there again";
+  ASSERT_EQ(shown.List().selectionModel()->selectedRows().size(), 1)
+      << "the row of that name that is there again";
   EXPECT_EQ(shown.List().selectionModel()->selectedRows(1).first().data(), "2");
   EXPECT_EQ(shown.dialog.Heard(), "");
 }
 
 TEST(DialogView, ListModelKeepsItsPromisesThroughTenThousandRows) {
   Shown shown;
-  const QAbstractItemModelTester tester(shown.List().model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(shown.List().model(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   for (const int rows : {0, 5, 10000, 9999, 1, 0, 12000}) {
     shown.Fill(rows);
     EXPECT_EQ(shown.List().model()->rowCount(), rows);
@@ -191,8 +197,10 @@ TEST(DialogView, OutlivesItsDialog) {
 
 TEST(DialogView, HoldsNamesOfAnyKindAtAnySize) {
   Shown shown;
-  shown.dialog.list.SetItem(0, sample::SampleDialog::NamedRow(std::string(10000, 'W').c_str(), true));
-  shown.dialog.list.SetItem(1, sample::SampleDialog::NamedRow("\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d\nsecond line", true));
+  shown.dialog.list.SetItem(0,
+                            sample::SampleDialog::NamedRow(std::string(10000, 'W').c_str(), true));
+  shown.dialog.list.SetItem(
+      1, sample::SampleDialog::NamedRow("\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d\nsecond line", true));
   shown.dialog.list.SetItem(2, sample::SampleDialog::NamedRow("broken \xff", true));
   shown.dialog.list.DataChanged();
   Settle();
@@ -206,7 +214,8 @@ TEST(DialogView, HoldsNamesOfAnyKindAtAnySize) {
 
 TEST(DialogView, NamesInNarrowListsStayReadable) {
   Shown shown;
-  shown.dialog.list.SetItem(0, sample::SampleDialog::NamedRow("A name that is longer than any narrow list is wide", false));
+  shown.dialog.list.SetItem(0, sample::SampleDialog::NamedRow(
+                                   "A name that is longer than any narrow list is wide", false));
   shown.dialog.list.DataChanged();
   const int readable = shown.List().fontMetrics().horizontalAdvance("A name that");
   for (const auto& [width, scrolls] : {std::pair{90, true}, {700, false}}) {
@@ -250,7 +259,8 @@ TEST(DialogViewPicture, SampleDialog) {
 
 TEST(DialogViewPicture, PluginDialog) {
   tests::PluginSession session;
-  for (const char* name : {"Morning", "Noon, shutters closed", "Evening", "Night with lamps"}) session.Record(name);
+  for (const char* name : {"Morning", "Noon, shutters closed", "Evening", "Night with lamps"})
+    session.Record(name);
   session.Check("Evening");
   DialogView view(session.Dialog(), nullptr);
   view.resize(view.sizeHint());

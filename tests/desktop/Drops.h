@@ -1,4 +1,5 @@
-// Drops: what the toolkit tells a view when something that is dragged comes to a place in it and is let go of there.
+// Drops: what the toolkit tells a view when something that is dragged comes to a place in it and is
+// let go of there.
 #pragma once
 
 #include <QAbstractItemView>
@@ -25,7 +26,8 @@ inline bool Drop(QAbstractItemView& view, QMimeData* data, const QPoint& place) 
 }
 
 // Onto a row, or with `before` between it and the row above.
-inline bool Drop(QAbstractItemView& view, QMimeData* data, const QModelIndex& row, bool before = false) {
+inline bool Drop(QAbstractItemView& view, QMimeData* data, const QModelIndex& row,
+                 bool before = false) {
   const QRect place = view.visualRect(row);
   return Drop(view, data, before ? QPoint(place.center().x(), place.top()) : place.center());
 }

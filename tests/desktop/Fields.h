@@ -1,4 +1,5 @@
-// Finding and using the fields of an attributes view as a person does: by their labels. Nothing is owned. Main thread.
+// Finding and using the fields of an attributes view as a person does: by their labels. Nothing is
+// owned. Main thread.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -33,8 +34,12 @@ inline bool Has(QWidget& view, const QString& label) {
 inline QLineEdit& EditOf(QWidget& view, const QString& label, int part = 0) {
   return *FieldOf(view, label).findChildren<QLineEdit*>().at(part);
 }
-inline QComboBox& ListOf(QWidget& view, const QString& label) { return *FieldOf(view, label).findChild<QComboBox*>(); }
-inline QCheckBox& BoxOf(QWidget& view, const QString& label) { return *FieldOf(view, label).findChild<QCheckBox*>(); }
+inline QComboBox& ListOf(QWidget& view, const QString& label) {
+  return *FieldOf(view, label).findChild<QComboBox*>();
+}
+inline QCheckBox& BoxOf(QWidget& view, const QString& label) {
+  return *FieldOf(view, label).findChild<QCheckBox*>();
+}
 
 // Types over what stands there, without confirming.
 inline void Type(QLineEdit& edit, const QString& text) {
@@ -59,7 +64,8 @@ inline void Pick(QComboBox& list, const QString& text) {
 }
 
 // Opens the list and takes a row of it with Enter. `meanwhile` happens while it is open.
-inline void PickFromOpen(QComboBox& list, const QString& text, const std::function<void()>& meanwhile = {}) {
+inline void PickFromOpen(QComboBox& list, const QString& text,
+                         const std::function<void()>& meanwhile = {}) {
   QTest::mouseClick(&list, Qt::LeftButton);
   ASSERT_TRUE(QTest::qWaitFor([&] { return list.view()->isVisible(); }));
   const QModelIndex row = list.model()->index(list.findText(text), 0);

@@ -1,4 +1,5 @@
-// What another program does to the files of open documents: noticed on coming back, on turning to the document and before saving.
+// What another program does to the files of open documents: noticed on coming back, on turning to
+// the document and before saving.
 #include <gtest/gtest.h>
 
 #include <QFileDialog>
@@ -146,7 +147,8 @@ TEST(FilesOnDisk, SaveAsLeavesTheFileToTheOtherAndWritesASecond) {
         QTest::keyClick(field, Qt::Key_Return);
         if (QWidget* box = QApplication::activeModalWidget(); box != &chooser && box) {
           auto* question = qobject_cast<QMessageBox*>(box);
-          ADD_FAILURE() << (question ? question->text().toStdString() : box->metaObject()->className());
+          ADD_FAILURE() << (question ? question->text().toStdString()
+                                     : box->metaObject()->className());
         }
       });
     });

@@ -29,7 +29,8 @@ struct WithHistory : Desk {
     Rest();
   }
   desktop::HistoryPanel& Panel() {
-    return dynamic_cast<desktop::HistoryPanel&>(*Window().findChild<QDockWidget*>("history")->widget());
+    return dynamic_cast<desktop::HistoryPanel&>(
+        *Window().findChild<QDockWidget*>("history")->widget());
   }
   QString Rows() {
     QString text;
@@ -39,12 +40,15 @@ struct WithHistory : Desk {
     return text;
   }
   void Click(int row) {
-    QTest::mouseClick(Panel().viewport(), Qt::LeftButton, {}, Panel().visualItemRect(Panel().item(row)).center());
+    QTest::mouseClick(Panel().viewport(), Qt::LeftButton, {},
+                      Panel().visualItemRect(Panel().item(row)).center());
     Rest();
   }
   static int Objects() {
     int count = 0;
-    for (auto* object = host::GetActiveDocument()->GetFirstObject(); object; object = object->GetNext()) ++count;
+    for (auto* object = host::GetActiveDocument()->GetFirstObject(); object;
+         object = object->GetNext())
+      ++count;
     return count;
   }
 };
@@ -66,7 +70,8 @@ TEST(HistoryPanel, StepsOfAPlugInAreCalledAfterWhatWasPressed) {
     }
   }
   Desk::Rest();
-  EXPECT_EQ(engine::DoneNames(*doc), (std::vector<std::string>{"Load Overview & more", "Clean Material Editor"}));
+  EXPECT_EQ(engine::DoneNames(*doc),
+            (std::vector<std::string>{"Load Overview & more", "Clean Material Editor"}));
   desktop::SelectAll(*doc);
   desktop::DeleteSelected(*doc);
   EXPECT_EQ(engine::UndoName(*doc), "Delete") << "a name of its own stays";

@@ -1,4 +1,5 @@
-// The icons: every file can be drawn, every name that the code uses has one, and they look right switched off and at any scale.
+// The icons: every file can be drawn, every name that the code uses has one, and they look right
+// switched off and at any scale.
 #include "program/desktop/Icons.h"
 
 #include <gtest/gtest.h>
@@ -28,14 +29,16 @@ QImage Drawn(const QString& name, QIcon::Mode mode) {
 int Brightest(const QImage& image) {
   int best = 0;
   for (int y = 0; y < image.height(); ++y) {
-    for (int x = 0; x < image.width(); ++x) best = std::max(best, qAlpha(image.pixel(x, y)) * qGray(image.pixel(x, y)) / 255);
+    for (int x = 0; x < image.width(); ++x)
+      best = std::max(best, qAlpha(image.pixel(x, y)) * qGray(image.pixel(x, y)) / 255);
   }
   return best;
 }
 
 bool TouchesEdge(const QImage& image) {
   for (int i = 0; i < image.width(); ++i) {
-    for (const auto& [x, y] : {std::pair{i, 0}, {i, image.height() - 1}, {0, i}, {image.width() - 1, i}}) {
+    for (const auto& [x, y] :
+         {std::pair{i, 0}, {i, image.height() - 1}, {0, i}, {image.width() - 1, i}}) {
       if (qAlpha(image.pixel(x, y)) > 128) return true;
     }
   }
@@ -45,7 +48,8 @@ bool TouchesEdge(const QImage& image) {
 std::set<QString> NamesInCode() {
   std::set<QString> names;
   const QRegularExpression call("\\bIcon\\(\"([^\"]*)\"\\)");
-  QDirIterator files(TEST_SOURCE_DIR "/program/desktop", {"*.cpp", "*.h"}, QDir::Files, QDirIterator::Subdirectories);
+  QDirIterator files(TEST_SOURCE_DIR "/program/desktop", {"*.cpp", "*.h"}, QDir::Files,
+                     QDirIterator::Subdirectories);
   while (files.hasNext()) {
     QFile file(files.next());
     if (!file.open(QIODevice::ReadOnly)) continue;
@@ -92,7 +96,9 @@ TEST(Icons, AMissingOneCannotBeOverlooked) {
 TEST(Icons, AreAsSharpAsTheScreen) {
   const QPixmap fine = Icon("search").pixmap(QSize(16, 16), 2.0);
   EXPECT_EQ(fine.size(), QSize(32, 32));
-  EXPECT_EQ(fine.toImage(), Icon("search").pixmap(QSize(32, 32), 1.0).toImage().convertToFormat(fine.toImage().format()));
+  EXPECT_EQ(
+      fine.toImage(),
+      Icon("search").pixmap(QSize(32, 32), 1.0).toImage().convertToFormat(fine.toImage().format()));
 }
 
 TEST(IconsPicture, AllOfThem) {

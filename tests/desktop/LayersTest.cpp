@@ -1,4 +1,5 @@
-// The layers panel: in step with the document both ways, all it changes through undo, quick with many layers.
+// The layers panel: in step with the document both ways, all it changes through undo, quick with
+// many layers.
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
@@ -28,15 +29,22 @@ struct WithLayers : Desk {
 
   WithLayers() {
     scene.Layer("House").Layer("House/Lamps").Layer("Garden");
-    scene.Object("Lamp").Object("Tree").Object("Tree/Branch").OnLayer("Lamp", "House/Lamps").OnLayer("Tree/Branch", "Garden");
+    scene.Object("Lamp")
+        .Object("Tree")
+        .Object("Tree/Branch")
+        .OnLayer("Lamp", "House/Lamps")
+        .OnLayer("Tree/Branch", "Garden");
     Raise("layers");
   }
   host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
   desktop::LayerTree& Tree() { return Panel<desktop::LayersPanel>("layers").Tree(); }
   LayerRows& Rows() { return Tree().Rows(); }
-  QModelIndex IndexOf(const char* layer, int column = 0) { return Rows().IndexOf(engine::IdOf(*scene.GetLayer(layer)), column); }
+  QModelIndex IndexOf(const char* layer, int column = 0) {
+    return Rows().IndexOf(engine::IdOf(*scene.GetLayer(layer)), column);
+  }
   void Click(const char* layer, int column, Qt::KeyboardModifiers keys = {}) {
-    QTest::mouseClick(Tree().viewport(), Qt::LeftButton, keys, Tree().visualRect(IndexOf(layer, column)).center());
+    QTest::mouseClick(Tree().viewport(), Qt::LeftButton, keys,
+                      Tree().visualRect(IndexOf(layer, column)).center());
     Rest();
   }
   bool IsOn(const char* layer, std::size_t number) {
@@ -77,7 +85,8 @@ TEST(Layers, ASwitchOfAChosenLayerIsThatOfAllChosenInOneStep) {
   desk.App().Undo();
   EXPECT_FALSE(desk.IsOn("House", 0) || desk.IsOn("Garden", 0));
   desk.Click("House/Lamps", LayerRows::kFirstSwitch);
-  EXPECT_TRUE(desk.IsOn("House/Lamps", 0) && !desk.IsOn("House", 0)) << "one that is not chosen is meant alone";
+  EXPECT_TRUE(desk.IsOn("House/Lamps", 0) && !desk.IsOn("House", 0))
+      << "one that is not chosen is meant alone";
 }
 
 TEST(Layers, AreMadeNamedColoredAndDeleted) {
@@ -94,7 +103,8 @@ TEST(Layers, AreMadeNamedColoredAndDeleted) {
     box.accept();
   });
   desk.Click("Sky", LayerRows::kColor);
-  EXPECT_EQ(desk.IndexOf("Sky", LayerRows::kColor).data(Qt::BackgroundRole).value<QColor>().rgb(), QColor(255, 0, 51).rgb());
+  EXPECT_EQ(desk.IndexOf("Sky", LayerRows::kColor).data(Qt::BackgroundRole).value<QColor>().rgb(),
+            QColor(255, 0, 51).rgb());
   desk.Click("House", LayerRows::kName);
   desk.Click("House/Lamps", LayerRows::kName, Qt::ControlModifier);
   EXPECT_TRUE(desk.Action("Delete Layer").isEnabled());
@@ -107,7 +117,8 @@ TEST(Layers, AreMadeNamedColoredAndDeleted) {
   EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), nullptr);
   desk.App().Undo();
   Desk::Rest();
-  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("House/Lamps"));
+  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()),
+            desk.scene.GetLayer("House/Lamps"));
   for (int i = 0; i < 3; ++i) desk.App().Undo();
   Desk::Rest();
   EXPECT_EQ(desk.Rows().rowCount(), 2) << "the new one went with its step";
@@ -118,42 +129,51 @@ TEST(Layers, TakeSelectedAndDroppedObjectsAndGiveThemBack) {
   desk.Click("Garden", LayerRows::kName);
   desk.scene.Select("Lamp").Select("Tree");
   desk.Action("Assign to Selection").trigger();
-  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("Garden"));
+  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()),
+            desk.scene.GetLayer("Garden"));
   desk.Doc().SetActiveObject(nullptr);
   desk.Action("Select Objects").trigger();
   EXPECT_EQ(desktop::SelectedObjects(desk.Doc()).size(), 3U);
-  const std::unique_ptr<QMimeData> dragged(
-      desktop::DraggedNodes(desktop::kObjectsMime, {engine::IdOf(*desk.scene.GetObject("Tree")), 999999}));
-  ASSERT_TRUE(desk.Rows().canDropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
+  const std::unique_ptr<QMimeData> dragged(desktop::DraggedNodes(
+      desktop::kObjectsMime, {engine::IdOf(*desk.scene.GetObject("Tree")), 999999}));
+  ASSERT_TRUE(
+      desk.Rows().canDropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
   desk.Rows().dropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House"));
-  EXPECT_EQ(desk.scene.GetObject("Tree")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("House"));
+  EXPECT_EQ(desk.scene.GetObject("Tree")->GetLayerObject(&desk.Doc()),
+            desk.scene.GetLayer("House"));
   const std::unique_ptr<QMimeData> other(new QMimeData);
   other->setText("1 2");
-  EXPECT_FALSE(desk.Rows().canDropMimeData(other.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
+  EXPECT_FALSE(
+      desk.Rows().canDropMimeData(other.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
   desk.App().Undo();
   desk.App().Undo();
-  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("House/Lamps"));
+  EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()),
+            desk.scene.GetLayer("House/Lamps"));
 }
 
 TEST(Layers, AreMovedToWhereTheyAreDropped) {
   WithLayers desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   const auto drop = [&](const QModelIndexList& dragged, const char* on, bool before = false) {
     return drops::Drop(desk.Tree(), desk.Rows().mimeData(dragged), desk.IndexOf(on), before);
   };
   const auto shown = [&] {
     std::string text;
-    for (QModelIndex row = desk.Rows().index(0, 0); row.isValid(); row = desk.Tree().indexBelow(row)) {
+    for (QModelIndex row = desk.Rows().index(0, 0); row.isValid();
+         row = desk.Tree().indexBelow(row)) {
       text += (row.parent().isValid() ? ">" : "") + row.data().toString().toStdString() + " ";
     }
     return text;
   };
   desk.Click("Garden", LayerRows::kName);
   EXPECT_FALSE(drop({desk.IndexOf("House")}, "House/Lamps")) << "below itself";
-  EXPECT_TRUE(drop({desk.IndexOf("Garden"), desk.IndexOf("Garden", LayerRows::kColor)}, "House", true));
+  EXPECT_TRUE(
+      drop({desk.IndexOf("Garden"), desk.IndexOf("Garden", LayerRows::kColor)}, "House", true));
   EXPECT_EQ(shown(), "Garden House >Lamps ");
   EXPECT_TRUE(drop({desk.IndexOf("House/Lamps"), desk.IndexOf("House")}, "Garden"));
-  EXPECT_EQ(desk.scene.GetLayer("Garden")->GetDown()->GetDown()->GetName().ToUtf8(), "Lamps") << "with what is below it";
+  EXPECT_EQ(desk.scene.GetLayer("Garden")->GetDown()->GetDown()->GetName().ToUtf8(), "Lamps")
+      << "with what is below it";
   EXPECT_EQ(desk.Tree().Chosen(), desktop::LayerList{desk.scene.GetLayer("Garden")});
   EXPECT_EQ(engine::DoneNames(desk.Doc()), (std::vector<std::string>{"Move", "Move"}));
   desk.App().Undo();
@@ -161,8 +181,11 @@ TEST(Layers, AreMovedToWhereTheyAreDropped) {
   Desk::Rest();
   EXPECT_EQ(shown(), "House >Lamps Garden ");
   const engine::NodeId tree = engine::IdOf(*desk.scene.GetObject("Tree"));
-  EXPECT_TRUE(drops::Drop(desk.Tree(), desktop::DraggedNodes(desktop::kObjectsMime, {tree}), desk.IndexOf("Garden"), true));
-  EXPECT_EQ(desk.scene.GetObject("Tree")->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("Garden")) << "never between rows";
+  EXPECT_TRUE(drops::Drop(desk.Tree(), desktop::DraggedNodes(desktop::kObjectsMime, {tree}),
+                          desk.IndexOf("Garden"), true));
+  EXPECT_EQ(desk.scene.GetObject("Tree")->GetLayerObject(&desk.Doc()),
+            desk.scene.GetLayer("Garden"))
+      << "never between rows";
 }
 
 // Opens the context menu and chooses the entry with that text.
@@ -196,7 +219,8 @@ TEST(Layers, MenuReachesWhatTheKeyboardCannotClick) {
 
 TEST(Layers, ModelKeepsItsPromisesWithHundreds) {
   WithLayers desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   for (int i = 0; i < 700; ++i) desk.scene.Layer("Many/" + std::to_string(i));
   Desk::Rest();
   EXPECT_EQ(desk.Rows().rowCount(desk.IndexOf("Many")), 700);
@@ -220,7 +244,8 @@ TEST(Layers, ColorSquaresInTheTreeAndNotItsColumn) {
   tree.sizeHintForIndex(tree.Rows().index(0, column));
   const QImage shown = tree.viewport()->grab().toImage();
   const auto in = [&](const char* object, bool middle) {
-    const QRect cell = tree.visualRect(tree.Rows().IndexOf(engine::IdOf(*desk.scene.GetObject(object)), column));
+    const QRect cell =
+        tree.visualRect(tree.Rows().IndexOf(engine::IdOf(*desk.scene.GetObject(object)), column));
     return shown.pixelColor(middle ? cell.center() : cell.topLeft() + QPoint(2, 2)).red();
   };
   EXPECT_NEAR(in("Lamp", true), 128, 2);

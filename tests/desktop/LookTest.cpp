@@ -1,5 +1,5 @@
-// The dark and the light look: what is chosen shows at once and after a restart, the system is followed where that is wanted, and
-// texts and icons can be read on both.
+// The dark and the light look: what is chosen shows at once and after a restart, the system is
+// followed where that is wanted, and texts and icons can be read on both.
 #include "program/desktop/Look.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,9 @@ using desktop::LightLook;
 class Looks : public testing::Test {
  protected:
   ~Looks() override { desktop::ShowLook(DarkLook()); }
-  static bool IsLight() { return QApplication::palette().color(QPalette::Window).lightness() > 128; }
+  static bool IsLight() {
+    return QApplication::palette().color(QPalette::Window).lightness() > 128;
+  }
   static void Choose(Desk& desk, const QString& entry) {
     for (QAction* action : desk.Entry("View", "Appearance").menu()->actions()) {
       if (action->text().remove('&') == entry) action->trigger();

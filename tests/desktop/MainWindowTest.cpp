@@ -1,4 +1,5 @@
-// The main window with the built plug-in: files, undo, docks and questions, by clicks and menu entries.
+// The main window with the built plug-in: files, undo, docks and questions, by clicks and menu
+// entries.
 #include "program/desktop/MainWindow.h"
 
 #include <gtest/gtest.h>
@@ -61,11 +62,13 @@ TEST(MainWindow, EnterAnswersNoWhereNothingBringsBack) {
       EXPECT_EQ(box.icon(), QMessageBox::Question);
       QTest::keyClick(&box, Qt::Key_Return);
     });
-    if (button == stagemarks::kRecord) desk.Gadget<QLineEdit>(stagemarks::kNameField).setText("Morning");
+    if (button == stagemarks::kRecord)
+      desk.Gadget<QLineEdit>(stagemarks::kNameField).setText("Morning");
     QTest::mouseClick(&desk.Gadget<QPushButton>(button), Qt::LeftButton);
     Desk::Rest();
     EXPECT_NE(asked, "");
-    EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(*host::GetActiveDocument())), std::vector<std::string>());
+    EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(*host::GetActiveDocument())),
+              std::vector<std::string>());
   }
 }
 
@@ -89,7 +92,8 @@ TEST(MainWindow, WarningsLookLikeWarnings) {
   for (const auto& [text, icon] : cases) {
     EXPECT_EQ(iconOf([&, told = std::string(text)] { desk.Person().Tell(told); }), icon) << text;
   }
-  EXPECT_EQ(iconOf([&] { desk.Window().Commands().Open(desk.Folder() + "/none.c4d"); }), QMessageBox::Warning);
+  EXPECT_EQ(iconOf([&] { desk.Window().Commands().Open(desk.Folder() + "/none.c4d"); }),
+            QMessageBox::Warning);
 }
 
 TEST(MainWindow, WhatNoViewerOpensIsTold) {
@@ -110,7 +114,8 @@ TEST(MainWindow, WhatNoViewerOpensIsTold) {
     } else {
       desk.Entry("Help", "Manual").trigger();
     }
-    EXPECT_TRUE(QTest::qWaitFor([&] { return told.contains("SM_Manual.pdf") && told.contains("no program"); }, 20000))
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return told.contains("SM_Manual.pdf") && told.contains("no program"); }, 20000))
         << told.toStdString();
   }
   qputenv("PATH", path);
@@ -133,13 +138,16 @@ TEST(MainWindow, TheShortcutPageListsEveryKeyOfTheWindow) {
   desk.Entry("Help", "Keyboard Shortcuts").trigger();
   for (const QAction* action : desk.Window().findChildren<QAction*>()) {
     for (const QKeySequence& keys : action->shortcuts()) {
-      EXPECT_TRUE(listed.contains(keys.toString(QKeySequence::NativeText))) << action->text().toStdString();
+      EXPECT_TRUE(listed.contains(keys.toString(QKeySequence::NativeText)))
+          << action->text().toStdString();
     }
   }
   for (const QShortcut* shortcut : desk.Window().findChildren<QShortcut*>()) {
-    EXPECT_TRUE(listed.contains(shortcut->key().toString())) << shortcut->key().toString().toStdString();
+    EXPECT_TRUE(listed.contains(shortcut->key().toString()))
+        << shortcut->key().toString().toStdString();
   }
-  EXPECT_TRUE(listed.contains("F2") && listed.contains("Ctrl+L") && listed.contains("F9") && listed.contains("Space"));
+  EXPECT_TRUE(listed.contains("F2") && listed.contains("Ctrl+L") && listed.contains("F9") &&
+              listed.contains("Space"));
 }
 
 TEST(MainWindow, TheWindowMenuListsDialogsOfPlugIns) {
@@ -157,8 +165,8 @@ TEST(MainWindow, TheWindowMenuListsDialogsOfPlugIns) {
 
 TEST(MainWindow, TheFolderChooserMakesWhatIsNew) {
   Desk desk;
-  const engine::FileQuestion question{host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose a folder",
-                                      desk.Folder()};
+  const engine::FileQuestion question{host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY,
+                                      "Choose a folder", desk.Folder()};
   for (const char* name : {"new", "new"}) {
     ChooseInNextBox(name);
     EXPECT_EQ(desk.Person().ChooseFile(question), desk.Folder() + "/new");
@@ -229,9 +237,11 @@ TEST(MainWindow, KeysReachEveryPanelThatCanBeSeen) {
     }
     return names;
   };
-  EXPECT_EQ(reached({}), (std::vector<std::string>{"Objects", "Attributes", "Layers", "Stagemarks", "the picture"}));
-  EXPECT_EQ(reached(Qt::ShiftModifier),
-            (std::vector<std::string>{"Stagemarks", "Layers", "Attributes", "Objects", "the picture"}));
+  EXPECT_EQ(reached({}), (std::vector<std::string>{"Objects", "Attributes", "Layers", "Stagemarks",
+                                                   "the picture"}));
+  EXPECT_EQ(
+      reached(Qt::ShiftModifier),
+      (std::vector<std::string>{"Stagemarks", "Layers", "Attributes", "Objects", "the picture"}));
 }
 
 TEST(MainWindow, TabsAndKeysTurnFromSceneToScene) {
@@ -239,7 +249,8 @@ TEST(MainWindow, TabsAndKeysTurnFromSceneToScene) {
   desktop::DocumentTabs& tabs = desk.Window().Tabs();
   EXPECT_FALSE(tabs.isVisible());
   RecordState(desk, "Morning");
-  for (const std::string& name : {std::string(10000, 'W'), std::string("\xd7\xa9\xd7\x9c\n& more")}) {
+  for (const std::string& name :
+       {std::string(10000, 'W'), std::string("\xd7\xa9\xd7\x9c\n& more")}) {
     desk.Entry("File", "New").trigger();
     host::GetActiveDocument()->SetDocumentName(host::Filename(host::String(name)));
     Desk::Rest();
@@ -335,7 +346,8 @@ TEST(MainWindow, DroppedFilesThatAreNoScenesAreToldInOneBox) {
 
 TEST(MainWindow, ImportedScenesAskWhereToBeSaved) {
   Desk desk;
-  std::filesystem::copy_file(TEST_SOURCE_DIR "/scenes/spider/spider.obj", desk.Folder() + "/spider.obj");
+  std::filesystem::copy_file(TEST_SOURCE_DIR "/scenes/spider/spider.obj",
+                             desk.Folder() + "/spider.obj");
   std::ofstream(desk.Folder() + "/spider.c4d") << "work of somebody";
   ASSERT_TRUE(desk.Window().Commands().Open(desk.Folder() + "/spider.obj"));
   QString proposed;
@@ -346,7 +358,8 @@ TEST(MainWindow, ImportedScenesAskWhereToBeSaved) {
   });
   EXPECT_FALSE(desk.Window().Commands().Save(*host::GetActiveDocument()));
   EXPECT_EQ(proposed.toStdString(), desk.Folder() + "/spider.c4d");
-  EXPECT_EQ(std::filesystem::file_size(desk.Folder() + "/spider.c4d"), std::string("work of somebody").size());
+  EXPECT_EQ(std::filesystem::file_size(desk.Folder() + "/spider.c4d"),
+            std::string("work of somebody").size());
 }
 
 TEST(MainWindow, ProgressThatIsOverDoesNotComeBack) {
@@ -367,7 +380,8 @@ TEST(MainWindow, ClosingWhilePicturesAreMadeEndsThem) {
   Desk desk;
   for (int i = 0; i < 3; ++i) {
     ASSERT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/spider/spider.obj"));
-    while (desk.Window().View().Picture().isNull()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    while (desk.Window().View().Picture().isNull())
+      QApplication::processEvents(QEventLoop::WaitForMoreEvents);
     EXPECT_FALSE(desk.Window().View().IsFinished());
     EXPECT_TRUE(desk.Window().close());
     desk.Restart();
@@ -379,10 +393,12 @@ TEST(MainWindow, WorksWithoutAPlugin) {
   desk.Window().close();
   const std::string folder = desk.Folder() + "/plugins/Stagemarks";
   std::filesystem::create_directories(folder);
-  std::filesystem::copy_file(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so", folder + "/Stagemarks.so");
+  std::filesystem::copy_file(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so",
+                             folder + "/Stagemarks.so");
   desk.Restart(desk.Folder() + "/plugins");
   ASSERT_EQ(desk.Reports().size(), 1U);
-  EXPECT_EQ(desk.Reports()[0].outcome, engine::LoadOutcome::ResourceRefused) << "its folder res is missing";
+  EXPECT_EQ(desk.Reports()[0].outcome, engine::LoadOutcome::ResourceRefused)
+      << "its folder res is missing";
   EXPECT_NE(desk.Reports()[0].message, "");
   EXPECT_FALSE(desk.Entry("Plug-ins", "No plug-ins loaded").isEnabled());
   EXPECT_EQ(desk.Dialog(), nullptr);

@@ -1,4 +1,5 @@
-// The materials panel: thumbnails that show the material and follow it, and all that one does to materials through undo.
+// The materials panel: thumbnails that show the material and follow it, and all that one does to
+// materials through undo.
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
@@ -35,9 +36,12 @@ struct WithMaterials : Desk {
   host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
   desktop::MaterialGrid& Grid() { return Panel<desktop::MaterialsPanel>("materials").Grid(); }
   MaterialRows& Rows() { return Grid().Rows(); }
-  QModelIndex IndexOf(const char* material) { return Rows().IndexOf(engine::IdOf(*scene.GetMaterial(material))); }
+  QModelIndex IndexOf(const char* material) {
+    return Rows().IndexOf(engine::IdOf(*scene.GetMaterial(material)));
+  }
   void Click(const char* material, Qt::KeyboardModifiers keys = {}) {
-    QTest::mouseClick(Grid().viewport(), Qt::LeftButton, keys, Grid().visualRect(IndexOf(material)).center());
+    QTest::mouseClick(Grid().viewport(), Qt::LeftButton, keys,
+                      Grid().visualRect(IndexOf(material)).center());
     Rest();
   }
   bool WaitForThumbnails(std::size_t made) {
@@ -61,8 +65,15 @@ TEST(Materials, ThumbnailsShowEachMaterialAndFollowItsChanges) {
   EXPECT_GT(desk.Middle("Red").red(), 2 * desk.Middle("Red").green());
   EXPECT_GT(desk.Middle("Green").green(), 2 * desk.Middle("Green").blue());
   EXPECT_GT(desk.Middle("Blue").blue(), 2 * desk.Middle("Blue").red());
-  EXPECT_EQ(desk.IndexOf("Red").data(Qt::DecorationRole).value<QPixmap>().toImage().pixelColor(0, 0).alpha(), 0);
-  desk.scene.GetMaterial("Red")->GetDataInstance()->SetVector(host::MATERIAL_COLOR, Vector(0.05, 0.05, 0.8));
+  EXPECT_EQ(desk.IndexOf("Red")
+                .data(Qt::DecorationRole)
+                .value<QPixmap>()
+                .toImage()
+                .pixelColor(0, 0)
+                .alpha(),
+            0);
+  desk.scene.GetMaterial("Red")->GetDataInstance()->SetVector(host::MATERIAL_COLOR,
+                                                              Vector(0.05, 0.05, 0.8));
   desk.Doc().SetChanged();
   Desk::Rest();
   ASSERT_TRUE(desk.WaitForThumbnails(4));
@@ -70,7 +81,8 @@ TEST(Materials, ThumbnailsShowEachMaterialAndFollowItsChanges) {
   desk.scene.GetObject("Ball")->SetName("Other");
   desk.Click("Green");
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().Thumbnails().Made(), 4U) << "what has nothing to do with materials makes no picture";
+  EXPECT_EQ(desk.Rows().Thumbnails().Made(), 4U)
+      << "what has nothing to do with materials makes no picture";
 }
 
 TEST(Materials, FollowTextureFilesThatOthersChange) {
@@ -94,8 +106,12 @@ TEST(Materials, FollowTextureFilesThatOthersChange) {
   }
   desk.Doc().SetChanged();
   Desk::Rest();
-  const auto isRed = [](const QColor& color) { return color.red() > 2 * std::max(color.green(), color.blue()); };
-  const auto isGreen = [](const QColor& color) { return color.green() > color.red() && color.green() > color.blue(); };
+  const auto isRed = [](const QColor& color) {
+    return color.red() > 2 * std::max(color.green(), color.blue());
+  };
+  const auto isGreen = [](const QColor& color) {
+    return color.green() > color.red() && color.green() > color.blue();
+  };
   const auto finished = [&] { return desk.Window().View().IsFinished(); };
   ASSERT_TRUE(QTest::qWaitFor([&] { return isRed(desk.Middle("Red")) && finished(); }, 20000));
   const QImage before = desk.Window().View().Picture();
@@ -104,32 +120,41 @@ TEST(Materials, FollowTextureFilesThatOthersChange) {
   paint("/there.png", 8, Qt::green);
   paint("/later.png", 8, Qt::green);
   comeBack();
-  EXPECT_TRUE(QTest::qWaitFor([&] { return isGreen(desk.Middle("Red")) && isGreen(desk.Middle("Blue")); }, 20000));
-  EXPECT_TRUE(QTest::qWaitFor([&] { return finished() && desk.Window().View().Picture() != before; }, 20000));
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return isGreen(desk.Middle("Red")) && isGreen(desk.Middle("Blue")); }, 20000));
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return finished() && desk.Window().View().Picture() != before; }, 20000));
 }
 
 TEST(Materials, TagsInTheTreeLookLikeThemWithTheirPanelAway) {
   WithMaterials desk;
   desk.Raise("layers");
   desk.scene.Material("Glowing", Vector(0, 0, 0)).Texture("Ball", "Glowing");
-  desk.scene.GetMaterial("Glowing")->GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE, Vector(0, 0.8, 0));
+  desk.scene.GetMaterial("Glowing")->GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE,
+                                                                  Vector(0, 0.8, 0));
   desk.Doc().SetChanged();
   Desk::Rest();
   auto& tree = desk.Panel<desktop::ObjectPanel>("objects").Tree();
   const auto green = [&] {
     const auto ball = engine::IdOf(*desk.scene.GetObject("Ball"));
     const QRect tags = tree.visualRect(tree.Rows().IndexOf(ball, desktop::ObjectRows::kTags));
-    return tree.viewport()->grab(QRect(tags.topLeft() + QPoint(9, tags.height() / 2), QSize(1, 1))).toImage().pixelColor(0, 0);
+    return tree.viewport()
+        ->grab(QRect(tags.topLeft() + QPoint(9, tags.height() / 2), QSize(1, 1)))
+        .toImage()
+        .pixelColor(0, 0);
   };
-  EXPECT_TRUE(QTest::qWaitFor([&] { return green().green() > 100 && green().red() < 60; }, 20000)) << "its color alone is black";
+  EXPECT_TRUE(QTest::qWaitFor([&] { return green().green() > 100 && green().red() < 60; }, 20000))
+      << "its color alone is black";
 }
 
 TEST(Materials, OfOneFileOpenedTwiceAreToldApart) {
   WithMaterials desk;
   const std::string file = desk.Folder() + "/twice.c4d";
-  ASSERT_TRUE(host::SaveDocument(&desk.Doc(), host::Filename(host::String(file)), 0, host::FORMAT_C4DEXPORT));
+  ASSERT_TRUE(host::SaveDocument(&desk.Doc(), host::Filename(host::String(file)), 0,
+                                 host::FORMAT_C4DEXPORT));
   ASSERT_TRUE(desk.Window().Commands().Open(file));
-  desk.scene.GetMaterial("Red")->GetDataInstance()->SetVector(host::MATERIAL_COLOR, Vector(0.05, 0.05, 0.8));
+  desk.scene.GetMaterial("Red")->GetDataInstance()->SetVector(host::MATERIAL_COLOR,
+                                                              Vector(0.05, 0.05, 0.8));
   Desk::Rest();
   const auto middleOfFirst = [&desk] {
     const QImage ball = desk.Rows().index(0).data(Qt::DecorationRole).value<QPixmap>().toImage();
@@ -140,7 +165,8 @@ TEST(Materials, OfOneFileOpenedTwiceAreToldApart) {
   host::SetActiveDocument(desk.App().Documents().front());
   host::EventAdd();
   Desk::Rest();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return middleOfFirst().blue() > 2 * middleOfFirst().red(); }, 20000));
+  ASSERT_TRUE(
+      QTest::qWaitFor([&] { return middleOfFirst().blue() > 2 * middleOfFirst().red(); }, 20000));
 }
 
 TEST(Materials, AreMadeRenamedCopiedAndDeletedThroughUndo) {
@@ -160,7 +186,8 @@ TEST(Materials, AreMadeRenamedCopiedAndDeletedThroughUndo) {
   Desk::Rest();
   EXPECT_EQ(desk.Rows().rowCount(), 6);
   EXPECT_NE(desk.scene.GetMaterial("Red.1")->GetFirstShader(), nullptr);
-  EXPECT_EQ(desk.Grid().Chosen(), (desktop::MaterialList{desk.scene.GetMaterial("Red.1"), desk.scene.GetMaterial("Green.1")}));
+  EXPECT_EQ(desk.Grid().Chosen(), (desktop::MaterialList{desk.scene.GetMaterial("Red.1"),
+                                                         desk.scene.GetMaterial("Green.1")}));
   desk.App().Undo();
   Desk::Rest();
   EXPECT_EQ(desk.Rows().rowCount(), 4);
@@ -177,7 +204,8 @@ TEST(Materials, SelectTheirObjectsAndAreDraggedByIdentity) {
   WithMaterials desk;
   desk.Click("Blue");
   desk.Action("Select Objects with This Material").trigger();
-  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()), std::vector<host::BaseObject*>{desk.scene.GetObject("Box/Lid")});
+  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()),
+            std::vector<host::BaseObject*>{desk.scene.GetObject("Box/Lid")});
   desk.Doc().SetActiveObject(desk.scene.GetObject("Ball"));
   desk.Click("Green");
   desk.Action("Assign to Selection").trigger();
@@ -185,8 +213,10 @@ TEST(Materials, SelectTheirObjectsAndAreDraggedByIdentity) {
   ASSERT_NE(tag, nullptr);
   EXPECT_EQ(tag->GetMaterial(), desk.scene.GetMaterial("Green"));
   const std::unique_ptr<QMimeData> dragged(desk.Rows().mimeData({desk.IndexOf("Blue")}));
-  EXPECT_EQ(dragged->data(desktop::kMaterialMime).toULongLong(), engine::IdOf(*desk.scene.GetMaterial("Blue")));
-  EXPECT_EQ(desktop::DroppedNodes(dragged.get(), desktop::kObjectsMime), std::vector<engine::NodeId>());
+  EXPECT_EQ(dragged->data(desktop::kMaterialMime).toULongLong(),
+            engine::IdOf(*desk.scene.GetMaterial("Blue")));
+  EXPECT_EQ(desktop::DroppedNodes(dragged.get(), desktop::kObjectsMime),
+            std::vector<engine::NodeId>());
 }
 
 // Sends what a drag sends to the viewport; true when it took it.
@@ -229,15 +259,18 @@ TEST(Materials, CopiesOfManyGetNamesOfTheirOwn) {
   for (BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext()) all.push_back(m);
   desktop::DuplicateMaterials(scene.Doc(), all);
   std::set<std::string> names;
-  for (BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext()) names.insert(m->GetName().ToUtf8());
+  for (BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext())
+    names.insert(m->GetName().ToUtf8());
   EXPECT_EQ(names.size(), 3001U) << "the old ones share one name, each copy has its own";
 }
 
 TEST(Materials, ModelKeepsItsPromisesWithHundreds) {
   WithMaterials desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   for (int i = 0; i < 500; ++i) desk.scene.Material(std::to_string(i));
-  desk.scene.Material(std::string(10000, 'W')).Material("\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d\nsecond line");
+  desk.scene.Material(std::string(10000, 'W'))
+      .Material("\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d\nsecond line");
   Desk::Rest();
   EXPECT_EQ(desk.Rows().rowCount(), 505);
   EXPECT_LT(desk.Rows().index(503).data().toString().size(), 1000);
@@ -265,7 +298,8 @@ TEST(MaterialsPicture, OfTheSampleAndAFewOthers) {
   host::BaseContainer& glass = *more.GetMaterial("Glass")->GetDataInstance();
   glass.SetReal(host::MATERIAL_ALPHA, 0.3);
   glass.SetLong(host::MATERIAL_ALPHA_MODE, 2);
-  more.GetMaterial("Lamp")->GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE, Vector(1, 0.8, 0.5));
+  more.GetMaterial("Lamp")->GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE,
+                                                         Vector(1, 0.8, 0.5));
   more.GetMaterial("Rubber")->GetDataInstance()->SetReal(host::MATERIAL_ROUGHNESS, 1);
   Desk::Rest();
   desk.Raise("materials");

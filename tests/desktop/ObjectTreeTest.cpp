@@ -1,4 +1,5 @@
-// The object tree: in step with the document both ways, all it changes through undo, quick with many objects.
+// The object tree: in step with the document both ways, all it changes through undo, quick with
+// many objects.
 #include "program/desktop/panels/ObjectTree.h"
 
 #include <gtest/gtest.h>
@@ -33,13 +34,19 @@ struct WithFamily : Desk {
   BaseObject* room = Add("Room");
 
   WithFamily() { Rest(); }
-  BaseObject* Add(const std::string& path, host::LONG type = host::Onull) { return scene.Object(path, type).GetObject(path); }
+  BaseObject* Add(const std::string& path, host::LONG type = host::Onull) {
+    return scene.Object(path, type).GetObject(path);
+  }
   host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
   desktop::ObjectTree& Tree() { return Window().Objects(); }
   QLineEdit& Search() { return *Panel<QWidget>("objects").findChild<QLineEdit*>(); }
   ObjectRows& Rows() { return Tree().Rows(); }
-  QModelIndex IndexOf(const BaseObject* object, int column = 0) { return Rows().IndexOf(engine::IdOf(*object), column); }
-  QPoint PlaceOf(const BaseObject* object, int column) { return Tree().visualRect(IndexOf(object, column)).center(); }
+  QModelIndex IndexOf(const BaseObject* object, int column = 0) {
+    return Rows().IndexOf(engine::IdOf(*object), column);
+  }
+  QPoint PlaceOf(const BaseObject* object, int column) {
+    return Tree().visualRect(IndexOf(object, column)).center();
+  }
   void Click(const BaseObject* object, int column, Qt::KeyboardModifiers keys = {}) {
     QTest::mouseClick(Tree().viewport(), Qt::LeftButton, keys, PlaceOf(object, column));
     Rest();
@@ -52,7 +59,8 @@ struct WithFamily : Desk {
   // Of the rows that can be seen, those of selected objects with a star.
   std::string Shown() {
     std::string text;
-    for (QModelIndex index = Rows().index(0, 0); index.isValid(); index = Tree().indexBelow(index)) {
+    for (QModelIndex index = Rows().index(0, 0); index.isValid();
+         index = Tree().indexBelow(index)) {
       text += index.data().toString().toStdString() + (Tree().IsSelected(index) ? "* " : " ");
     }
     return text;
@@ -67,7 +75,8 @@ struct WithFamily : Desk {
 
 TEST(ObjectTree, SwitchesGoRoundThroughUndo) {
   WithFamily desk;
-  for (const host::LONG mode : {host::MODE_ON, host::MODE_OFF, host::MODE_UNDEF, host::MODE_ON, host::MODE_OFF}) {
+  for (const host::LONG mode :
+       {host::MODE_ON, host::MODE_OFF, host::MODE_UNDEF, host::MODE_ON, host::MODE_OFF}) {
     desk.Click(desk.lamps, ObjectRows::kEditor);
     EXPECT_EQ(desk.lamps->GetEditorMode(), mode);
     EXPECT_EQ(desk.lamps->GetRenderMode(), host::MODE_UNDEF);
@@ -89,7 +98,8 @@ TEST(ObjectTree, TellsInATipTheNameThatItCuts) {
   desk.room->SetName("A <b>room</b> with a name that no tree is wide enough to show as a whole");
   desk.Rest();
   const QString tip = desk.IndexOf(desk.room).data(Qt::ToolTipRole).toString();
-  EXPECT_TRUE(tip.contains("A &lt;b&gt;room&lt;/b&gt; with a name that no tree is wide enough to show as a whole"))
+  EXPECT_TRUE(tip.contains(
+      "A &lt;b&gt;room&lt;/b&gt; with a name that no tree is wide enough to show as a whole"))
       << tip.toStdString();
 }
 
@@ -143,20 +153,23 @@ TEST(ObjectTree, SelectsWithMouseAndKeys) {
   EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table* Room* ");
   desk.Press(Qt::Key_A, Qt::ControlModifier);
   EXPECT_EQ(desk.Shown(), "Lamps* Ceiling* Table* Room* ");
-  QTest::mouseClick(desk.Tree().viewport(), Qt::LeftButton, {}, {40, desk.Tree().viewport()->height() - 4});
+  QTest::mouseClick(desk.Tree().viewport(), Qt::LeftButton, {},
+                    {40, desk.Tree().viewport()->height() - 4});
   EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table Room ");
 }
 
 TEST(ObjectTree, FollowsSelectionNamesAndNewObjects) {
   WithFamily desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Tree().collapse(desk.IndexOf(desk.lamps));
   desk.Add("Room/Door");
   Desk::Rest();
   EXPECT_EQ(desk.Shown(), "Lamps Room Door ");
   desk.Doc().SetActiveObject(desk.table);
   Desk::Rest();
-  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table* Room Door ") << "the active object is brought into view";
+  EXPECT_EQ(desk.Shown(), "Lamps Ceiling Table* Room Door ")
+      << "the active object is brought into view";
   EXPECT_EQ(desk.Tree().currentIndex(), desk.IndexOf(desk.table));
   desk.Press(Qt::Key_F2);
   QTest::keyClicks(desk.Tree().findChild<QLineEdit*>(), "Desk Lamp");
@@ -183,9 +196,11 @@ TEST(ObjectTree, SaysToScreenReadersWhatIsSelected) {
   std::string read;
   for (int cell = 0; cell < tree->childCount(); ++cell) {
     const QAccessibleInterface* child = tree->child(cell);
-    if (child && child->role() == QAccessible::TreeItem) read += child->text(QAccessible::Name).toStdString() + "; ";
+    if (child && child->role() == QAccessible::TreeItem)
+      read += child->text(QAccessible::Name).toStdString() + "; ";
   }
-  for (const char* text : {"Lamps; ", "Ceiling, selected; ", "Room, selected; ", "On no layer; ", "Editor: follows its parent"}) {
+  for (const char* text : {"Lamps; ", "Ceiling, selected; ", "Room, selected; ", "On no layer; ",
+                           "Editor: follows its parent"}) {
     EXPECT_NE(read.find(text), std::string::npos) << text << " in " << read;
   }
 }
@@ -206,7 +221,8 @@ TEST(ObjectTree, EditsWithKeysWhereItHasTheFocusOnly) {
 
 TEST(ObjectTree, FindsByName) {
   WithFamily desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Tree().collapse(desk.IndexOf(desk.lamps));
   desk.Tree().setFocus();
   QTest::keyClick(&desk.Tree(), Qt::Key_Slash);
@@ -234,10 +250,13 @@ TEST(ObjectTree, NothingThatASearchHidesIsSelected) {
   desk.Click(desk.room, 0);
   QTest::keyClicks(&desk.Search(), "table");
   for (const bool byKey : {true, false}) {
-    byKey ? desk.Press(Qt::Key_A, Qt::ControlModifier) : desk.Entry("Edit", "Select All Found").trigger();
+    byKey ? desk.Press(Qt::Key_A, Qt::ControlModifier)
+          : desk.Entry("Edit", "Select All Found").trigger();
     Desk::Rest();
-    EXPECT_EQ(desk.Shown(), "Lamps Table* Tables* Small table* ") << "Lamps is only there for what is below it";
-    EXPECT_EQ(desktop::SelectedObjects(desk.Doc()), (std::vector<BaseObject*>{desk.table, tables, small}));
+    EXPECT_EQ(desk.Shown(), "Lamps Table* Tables* Small table* ")
+        << "Lamps is only there for what is below it";
+    EXPECT_EQ(desktop::SelectedObjects(desk.Doc()),
+              (std::vector<BaseObject*>{desk.table, tables, small}));
   }
   desk.Tree().collapse(desk.IndexOf(tables));
   desk.Press(Qt::Key_A, Qt::ControlModifier);
@@ -245,7 +264,8 @@ TEST(ObjectTree, NothingThatASearchHidesIsSelected) {
   desk.Tree().expand(desk.IndexOf(tables));
   desk.Click(desk.table, 0);
   desk.Click(small, 0, Qt::ShiftModifier);
-  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()), (std::vector<BaseObject*>{desk.table, tables, small}));
+  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()),
+            (std::vector<BaseObject*>{desk.table, tables, small}));
   desk.Press(Qt::Key_Delete);
   QTest::keyClick(&desk.Search(), Qt::Key_Escape);
   Desk::Rest();
@@ -257,10 +277,13 @@ TEST(ObjectTree, NothingThatASearchHidesIsSelected) {
 
 TEST(ObjectTree, MovesWhatIsDropped) {
   WithFamily desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   const std::unique_ptr<QMimeData> two(desk.Dragged({desk.lamps, desk.ceiling, desk.room}));
-  EXPECT_FALSE(desk.Rows().dropMimeData(two.get(), Qt::MoveAction, 0, 0, desk.IndexOf(desk.table))) << "below itself";
-  const std::unique_ptr<QMimeData> room(desk.Rows().mimeData({desk.IndexOf(desk.room), desk.IndexOf(desk.room, 1)}));
+  EXPECT_FALSE(desk.Rows().dropMimeData(two.get(), Qt::MoveAction, 0, 0, desk.IndexOf(desk.table)))
+      << "below itself";
+  const std::unique_ptr<QMimeData> room(
+      desk.Rows().mimeData({desk.IndexOf(desk.room), desk.IndexOf(desk.room, 1)}));
   EXPECT_TRUE(desk.Rows().dropMimeData(room.get(), Qt::MoveAction, 1, 0, desk.IndexOf(desk.lamps)));
   Desk::Rest();
   EXPECT_EQ(desk.Shown(), "Lamps Ceiling Room Table ");
@@ -287,20 +310,24 @@ TEST(ObjectTree, GivesMaterialsThatAreDropped) {
   WithFamily desk;
   desk.scene.Material("Red");
   const engine::NodeId red = engine::IdOf(*desk.scene.GetMaterial("Red"));
-  EXPECT_TRUE(desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}), desk.PlaceOf(desk.room, 0)));
+  EXPECT_TRUE(
+      desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}), desk.PlaceOf(desk.room, 0)));
   EXPECT_NE(desk.room->GetTag(host::Ttexture), nullptr);
   EXPECT_EQ(desk.lamps->GetTag(host::Ttexture), nullptr);
   desk.Press(Qt::Key_A, Qt::ControlModifier);
   const QRect row = desk.Tree().visualRect(desk.IndexOf(desk.lamps));
-  EXPECT_TRUE(desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}), row.topLeft() + QPoint(4, 1)));
+  EXPECT_TRUE(desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}),
+                        row.topLeft() + QPoint(4, 1)));
   EXPECT_NE(desk.table->GetTag(host::Ttexture), nullptr);
   EXPECT_EQ(engine::UndoName(desk.Doc()), "Assign Material");
-  EXPECT_FALSE(desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}), {40, desk.Tree().viewport()->height() - 4}));
+  EXPECT_FALSE(desk.Drop(desktop::DraggedNodes(desktop::kMaterialMime, {red}),
+                         {40, desk.Tree().viewport()->height() - 4}));
 }
 
 TEST(ObjectTree, ShowsTagsAndSelectsThem) {
   WithFamily desk;
-  const host::LONG types[] = {host::Ttexture, host::Tcompositing, host::Tphong, 1021738, host::Texpresso, 5671, 5673};
+  const host::LONG types[] = {
+      host::Ttexture, host::Tcompositing, host::Tphong, 1021738, host::Texpresso, 5671, 5673};
   std::vector<host::BaseTag*> tags;
   for (const host::LONG type : types) {
     desk.scene.Tag("Room", type);
@@ -311,9 +338,11 @@ TEST(ObjectTree, ShowsTagsAndSelectsThem) {
   const desktop::TagsShown shown = desktop::TagsFitting(*desk.room, cell.width());
   ASSERT_GE(shown.tags.size(), 2u);
   EXPECT_EQ(shown.tags.size() + static_cast<std::size_t>(shown.more), std::size(types));
-  EXPECT_TRUE(desktop::TagAt(cell, cell.center() + QPoint(cell.width() / 2 - 4, 0), *desk.room).more);
+  EXPECT_TRUE(
+      desktop::TagAt(cell, cell.center() + QPoint(cell.width() / 2 - 4, 0), *desk.room).more);
   const auto click = [&](int x, Qt::KeyboardModifiers keys) {
-    QTest::mouseClick(desk.Tree().viewport(), Qt::LeftButton, keys, {cell.left() + x, cell.center().y()});
+    QTest::mouseClick(desk.Tree().viewport(), Qt::LeftButton, keys,
+                      {cell.left() + x, cell.center().y()});
     Desk::Rest();
   };
   const host::BaseTag* first = shown.tags[0];
@@ -321,7 +350,8 @@ TEST(ObjectTree, ShowsTagsAndSelectsThem) {
   desk.Click(desk.lamps, 0);
   click(6, {});
   EXPECT_TRUE(first->GetBit(host::BIT_ACTIVE));
-  EXPECT_FALSE(desk.lamps->GetBit(host::BIT_ACTIVE)) << "what is clicked on is selected and nothing else";
+  EXPECT_FALSE(desk.lamps->GetBit(host::BIT_ACTIVE))
+      << "what is clicked on is selected and nothing else";
   click(26, Qt::ControlModifier);
   EXPECT_TRUE(first->GetBit(host::BIT_ACTIVE) && second->GetBit(host::BIT_ACTIVE));
   EXPECT_TRUE(pictures::Write(desk.Tree(), "object-tags"));

@@ -22,7 +22,8 @@ inline bool Write(QWidget& widget, const QString& name) {
   Settle();
   const QString folder = TEST_BINARY_DIR "/pictures";
   const QPixmap picture = widget.grab();
-  return QDir().mkpath(folder) && picture.save(QString("%1/%2-%3.png").arg(folder, name).arg(picture.devicePixelRatio()));
+  return QDir().mkpath(folder) &&
+         picture.save(QString("%1/%2-%3.png").arg(folder, name).arg(picture.devicePixelRatio()));
 }
 
 }  // namespace pictures

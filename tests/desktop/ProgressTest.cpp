@@ -36,7 +36,9 @@ using stagemarks::kRecord;
 // Sees the boxes of progress that come up, and acts on each. Timers wait meanwhile.
 class BoxWatch : public QObject {
  public:
-  explicit BoxWatch(std::function<void(QProgressDialog&)> act = {}) : act_(std::move(act)) { qApp->installEventFilter(this); }
+  explicit BoxWatch(std::function<void(QProgressDialog&)> act = {}) : act_(std::move(act)) {
+    qApp->installEventFilter(this);
+  }
   int Shown() const { return shown_; }
 
  protected:
@@ -55,7 +57,9 @@ class BoxWatch : public QObject {
   int shown_ = 0;
 };
 
-void PressStop(QProgressDialog& box) { QTest::mouseClick(box.findChild<QPushButton*>(), Qt::LeftButton); }
+void PressStop(QProgressDialog& box) {
+  QTest::mouseClick(box.findChild<QPushButton*>(), Qt::LeftButton);
+}
 
 struct AtWork : Desk {
   AtWork() { Person().patience = std::chrono::milliseconds(0); }
@@ -64,7 +68,9 @@ struct AtWork : Desk {
     engine::TypeText(*Dialog(), kNameField, host::String(std::string_view(name)));
     engine::PressButton(*Dialog(), kRecord);
   }
-  static QProgressDialog* Box() { return qobject_cast<QProgressDialog*>(QApplication::activeModalWidget()); }
+  static QProgressDialog* Box() {
+    return qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+  }
 };
 
 TEST(Progress, ComesUpTellsAndGoesWhenTheWorkIsOver) {
@@ -232,15 +238,17 @@ void ChooseInDialogMenu(Desk& desk, const QString& text) {
 TEST(Progress, OfActsThatSayNothingIsTheirNameAndAWaitingPointer) {
   AtWork desk;
   QStringList said;
-  QObject::connect(desk.Window().statusBar(), &QStatusBar::messageChanged, [&](const QString& text) {
-    const QCursor* pointer = QGuiApplication::overrideCursor();
-    said += text + (pointer && pointer->shape() == Qt::WaitCursor ? " (waits)" : "");
-  });
+  QObject::connect(
+      desk.Window().statusBar(), &QStatusBar::messageChanged, [&](const QString& text) {
+        const QCursor* pointer = QGuiApplication::overrideCursor();
+        said += text + (pointer && pointer->shape() == Qt::WaitCursor ? " (waits)" : "");
+      });
   const auto actAndHear = [&](const std::function<void()>& act) {
     said.clear();
     act();
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
-    EXPECT_FALSE(desk.Window().statusBar()->currentMessage().contains(QChar(0x2026))) << "what came of it stands there now";
+    EXPECT_FALSE(desk.Window().statusBar()->currentMessage().contains(QChar(0x2026)))
+        << "what came of it stands there now";
     return said.filter(QChar(0x2026));
   };
   const auto load = [&] { desk.Gadget<QPushButton>(kLoad).click(); };

@@ -1,5 +1,5 @@
-// Unsaved work outlives a crash: it is kept beside, offered at the next start, and never touches the file it came from. A
-// window that goes without being closed is the crash.
+// Unsaved work outlives a crash: it is kept beside, offered at the next start, and never touches
+// the file it came from. A window that goes without being closed is the crash.
 #include <gtest/gtest.h>
 
 #include <QFileDialog>
@@ -127,7 +127,8 @@ TEST_F(Recovery, EveryWorkOfSeveralCrashesIsRecovered) {
   EXPECT_NE(asked.find("Untitled"), std::string::npos);
   EXPECT_EQ(desk.App().Documents().size(), 2U);
   EXPECT_EQ(Kept().size(), 2U);
-  EXPECT_EQ(std::distance(fs::directory_iterator(root), {}), 1) << "the folders of the crashed ones are gone";
+  EXPECT_EQ(std::distance(fs::directory_iterator(root), {}), 1)
+      << "the folders of the crashed ones are gone";
 }
 
 TEST_F(Recovery, LaterOffersAgainAndDiscardDoesNot) {
@@ -147,7 +148,8 @@ TEST_F(Recovery, LiveWorkIsNotOffered) {
   desk.Restart();
   const desktop::LostWork first(desk.Outside());
   EXPECT_EQ(first.Documents().size(), 1U);
-  EXPECT_TRUE(desktop::LostWork(desk.Outside()).Documents().empty()) << "another desktop offers it at this moment";
+  EXPECT_TRUE(desktop::LostWork(desk.Outside()).Documents().empty())
+      << "another desktop offers it at this moment";
 }
 
 TEST_F(Recovery, SavingClosingUndoneAndEndingWellLeaveNothing) {
@@ -158,13 +160,15 @@ TEST_F(Recovery, SavingClosingUndoneAndEndingWellLeaveNothing) {
   AddObject("Again");
   desk.Window().Safety().KeepNow();
   EXPECT_EQ(Kept().size(), 1U);
-  AnswerNext([](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::Discard)->click(); });
+  AnswerNext(
+      [](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::Discard)->click(); });
   EXPECT_TRUE(desk.Window().Commands().Close(*host::GetActiveDocument()));
   Desk::Rest();
   EXPECT_TRUE(Kept().empty());
   AddObject("In the next one");
   desk.Window().Safety().KeepNow();
-  AnswerNext([](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::Discard)->click(); });
+  AnswerNext(
+      [](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::Discard)->click(); });
   EXPECT_TRUE(desk.Window().close());
   EXPECT_TRUE(fs::is_empty(root));
 }
@@ -176,15 +180,17 @@ TEST_F(Recovery, ChangesAreKeptByThemselves) {
     bool isKept;
   };
   using std::chrono::milliseconds;
-  for (const Case& each :
-       {Case{{3, milliseconds(1), milliseconds(1000000)}, 2, false}, Case{{3, milliseconds(1), milliseconds(1000000)}, 3, true},
-        Case{{1000, milliseconds(1), milliseconds(20)}, 1, true}, Case{{1, milliseconds(1000000), milliseconds(1)}, 1, true}}) {
+  for (const Case& each : {Case{{3, milliseconds(1), milliseconds(1000000)}, 2, false},
+                           Case{{3, milliseconds(1), milliseconds(1000000)}, 3, true},
+                           Case{{1000, milliseconds(1), milliseconds(20)}, 1, true},
+                           Case{{1, milliseconds(1000000), milliseconds(1)}, 1, true}}) {
     desktop::Autosave autosave(desk.App(), desk.Outside(), each.rules);
     for (int i = 0; i < each.acts; ++i) {
       AddObject("Act");
       autosave.Follow();
     }
-    EXPECT_EQ(QTest::qWaitFor([&] { return !Kept().empty(); }, each.isKept ? 20000 : 100), each.isKept);
+    EXPECT_EQ(QTest::qWaitFor([&] { return !Kept().empty(); }, each.isKept ? 20000 : 100),
+              each.isKept);
     autosave.End();
     EXPECT_TRUE(Kept().empty());
   }

@@ -1,5 +1,5 @@
-// The render settings panel: list and values in step with the document, all of it through undo, and what is edited is what the
-// plug-in records and recalls.
+// The render settings panel: list and values in step with the document, all of it through undo, and
+// what is edited is what the plug-in records and recalls.
 #include <QAbstractItemModelTester>
 #include <QMessageBox>
 
@@ -25,10 +25,16 @@ struct WithSettings : Desk {
   RenderData* first = Scene().GetFirstRenderData();
 
   WithSettings() { Raise("render-settings"); }
-  desktop::RenderSettingsPanel& Panel() { return Desk::Panel<desktop::RenderSettingsPanel>("render-settings"); }
+  desktop::RenderSettingsPanel& Panel() {
+    return Desk::Panel<desktop::RenderSettingsPanel>("render-settings");
+  }
   RenderSettingsRows& Rows() { return Panel().List().Rows(); }
-  QModelIndex IndexOf(const RenderData* settings, int column = 0) { return Rows().IndexOf(engine::IdOf(*settings), column); }
-  QPoint PlaceOf(const RenderData* settings, int column) { return Panel().List().visualRect(IndexOf(settings, column)).center(); }
+  QModelIndex IndexOf(const RenderData* settings, int column = 0) {
+    return Rows().IndexOf(engine::IdOf(*settings), column);
+  }
+  QPoint PlaceOf(const RenderData* settings, int column) {
+    return Panel().List().visualRect(IndexOf(settings, column)).center();
+  }
   void Click(const RenderData* settings, int column, Qt::KeyboardModifiers keys = {}) {
     QTest::mouseClick(Panel().List().viewport(), Qt::LeftButton, keys, PlaceOf(settings, column));
     Rest();
@@ -39,12 +45,14 @@ struct WithSettings : Desk {
     }
     Rest();
     // A new name is being edited: leave it as it is.
-    if (auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget())) QTest::keyClick(editor, Qt::Key_Escape);
+    if (auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget()))
+      QTest::keyClick(editor, Qt::Key_Escape);
     Rest();
   }
 };
 
-// A recording's own copy is marked as such and goes only after a question; what hangs above it takes it along.
+// A recording's own copy is marked as such and goes only after a question; what hangs above it
+// takes it along.
 TEST(RenderSettings, OfStagemarksAreMarkedAndAskBeforeTheyGo) {
   WithSettings desk;
   desk::RecordState(desk, "Noon <b>");
@@ -60,8 +68,9 @@ TEST(RenderSettings, OfStagemarksAreMarkedAndAskBeforeTheyGo) {
   Scene().InsertRenderData(kept, above, nullptr);
   host::EventAdd();
   Desk::Rest();
-  for (const auto& [chosen, answer, stays] :
-       {std::tuple{kept, QMessageBox::No, true}, {above, QMessageBox::No, true}, {above, QMessageBox::Yes, false}}) {
+  for (const auto& [chosen, answer, stays] : {std::tuple{kept, QMessageBox::No, true},
+                                              {above, QMessageBox::No, true},
+                                              {above, QMessageBox::Yes, false}}) {
     desk.Panel().List().expandAll();
     desk.Click(chosen, RenderSettingsRows::kName);
     QString told;
@@ -82,7 +91,8 @@ TEST(RenderSettings, OfStagemarksAreMarkedAndAskBeforeTheyGo) {
 
 TEST(RenderSettings, AreAddedCopiedAndActivatedThroughUndo) {
   WithSettings desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Do("New Render Settings");
   RenderData* second = desk.first->GetNext();
   ASSERT_NE(second, nullptr);
@@ -95,7 +105,8 @@ TEST(RenderSettings, AreAddedCopiedAndActivatedThroughUndo) {
   EXPECT_EQ(desk.IndexOf(copy, RenderSettingsRows::kSize).data().toString(), "321 \u00d7 720");
   desk.Click(copy, RenderSettingsRows::kActive);
   EXPECT_EQ(Scene().GetActiveRenderData(), copy);
-  QTest::mouseDClick(desk.Panel().List().viewport(), Qt::LeftButton, {}, desk.PlaceOf(second, RenderSettingsRows::kName));
+  QTest::mouseDClick(desk.Panel().List().viewport(), Qt::LeftButton, {},
+                     desk.PlaceOf(second, RenderSettingsRows::kName));
   Desk::Rest();
   EXPECT_EQ(Scene().GetActiveRenderData(), second);
   desk.App().Undo();
@@ -113,7 +124,8 @@ TEST(RenderSettings, AreAddedCopiedAndActivatedThroughUndo) {
 
 TEST(RenderSettings, AreDeletedThroughUndo) {
   WithSettings desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Do("New Render Settings");
   desk.Do("Duplicate");
   desk.Do("Render with These");
@@ -131,7 +143,8 @@ TEST(RenderSettings, AreDeletedThroughUndo) {
 
 TEST(RenderSettings, AreMovedToWhereTheyAreDropped) {
   WithSettings desk;
-  const QAbstractItemModelTester tester(&desk.Rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+  const QAbstractItemModelTester tester(&desk.Rows(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Do("New Render Settings");
   desk.Do("New Render Settings");
   RenderData* second = desk.first->GetNext();
@@ -139,7 +152,8 @@ TEST(RenderSettings, AreMovedToWhereTheyAreDropped) {
   Scene().SetActiveRenderData(third);
   Desk::Rest();
   const auto drop = [&](const RenderData* dragged, const RenderData* on, bool before = false) {
-    return drops::Drop(desk.Panel().List(), desk.Rows().mimeData({desk.IndexOf(dragged)}), desk.IndexOf(on), before);
+    return drops::Drop(desk.Panel().List(), desk.Rows().mimeData({desk.IndexOf(dragged)}),
+                       desk.IndexOf(on), before);
   };
   desk.Click(second, RenderSettingsRows::kName);
   EXPECT_TRUE(drop(third, desk.first, true));
@@ -164,7 +178,8 @@ TEST(RenderSettings, ValuesAreThoseOfTheChosenOnes) {
   Scene().InsertRenderData(other, nullptr, desk.first);
   Desk::Rest();
   QWidget& values = desk.Panel().Values();
-  EXPECT_EQ(EditOf(values, "Width").text(), "1280 px") << "those of the active ones, where none are chosen";
+  EXPECT_EQ(EditOf(values, "Width").text(), "1280 px")
+      << "those of the active ones, where none are chosen";
   desk.Click(other, RenderSettingsRows::kName);
   Enter(EditOf(values, "Width"), "320");
   EXPECT_EQ(other->GetDataInstance()->GetLong(host::RDATA_XRES), 320);
@@ -208,7 +223,8 @@ TEST(RenderSettings, PostEffectsAndPassesAreSwitched) {
     EXPECT_FALSE(node->GetBit(host::BIT_DISABLED));
   }
   Enter(EditOf(values, "Cache file"), "/gi/cache.bin");
-  EXPECT_TRUE(glow->GetDataInstance()->GetFilename(host::GI_CACHE_FILENAME).GetString() == host::String("/gi/cache.bin"));
+  EXPECT_TRUE(glow->GetDataInstance()->GetFilename(host::GI_CACHE_FILENAME).GetString() ==
+              host::String("/gi/cache.bin"));
 }
 
 TEST(RenderSettings, WhatIsEditedIsRecordedAndRecalled) {

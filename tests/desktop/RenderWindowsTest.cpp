@@ -46,7 +46,9 @@ struct WithStates : Desk {
     }
     return nullptr;
   }
-  std::string ReadSettled(const std::string& path) { return engine::Outside::Current().ReadFile(path).Value(); }
+  std::string ReadSettled(const std::string& path) {
+    return engine::Outside::Current().ReadFile(path).Value();
+  }
 };
 
 TEST(RenderWindow, RendersWhatWasThereAndSavesIt) {
@@ -74,7 +76,8 @@ TEST(RenderWindow, RendersWhatWasThereAndSavesIt) {
   ChooseInNextBox(last);
   window->SaveAs();
   window->close();
-  EXPECT_TRUE(QTest::qWaitFor([&] { return std::filesystem::exists(last); }, 20000)) << "a window that is closed loses no file";
+  EXPECT_TRUE(QTest::qWaitFor([&] { return std::filesystem::exists(last); }, 20000))
+      << "a window that is closed loses no file";
 }
 
 TEST(RenderWindow, CanBeStoppedAndClosedAtWork) {
@@ -110,7 +113,8 @@ TEST(PictureWindow, SaysWhatIsWrongWithTheObjectsOnceForEachDocument) {
     return window.SaidNotes();
   };
   EXPECT_EQ(said({"921 flat triangles", "No texture A"}), "921 flat triangles\nNo texture A");
-  EXPECT_EQ(said({"921 flat triangles", "No texture A"}), "No texture A") << "it may be there the next time, or not";
+  EXPECT_EQ(said({"921 flat triangles", "No texture A"}), "No texture A")
+      << "it may be there the next time, or not";
   EXPECT_EQ(said({"12 flat triangles", "3 empty objects"}), "3 empty objects");
   desk.Entry("File", "New").trigger();
   Desk::Rest();
@@ -130,7 +134,8 @@ TEST(RenderWindow, SaysFlatTrianglesOfTheSceneOnce) {
     auto* window = desk.Find<RenderWindow>();
     ASSERT_NE(window, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return window->IsFinished(); }, 60000));
-    EXPECT_EQ(window->SaidNotes().contains("1 triangles without an area"), isFirst) << window->SaidNotes().toStdString();
+    EXPECT_EQ(window->SaidNotes().contains("1 triangles without an area"), isFirst)
+        << window->SaidNotes().toStdString();
     window->close();
     Desk::Rest();
   }
@@ -191,7 +196,8 @@ TEST(SheetWindow, DisturbsNobodyWhileItIsMade) {
   EXPECT_TRUE(sheet.Said().startsWith("Written")) << sheet.Said().toStdString();
   EXPECT_EQ(strangers, 0U);
   EXPECT_EQ(overwritten, "");
-  EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene)), std::vector<std::string>());
+  EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene)),
+            std::vector<std::string>());
   EXPECT_FALSE(scene.GetChanged());
   EXPECT_EQ(engine::DoneNames(scene).size(), 0U);
   EXPECT_EQ(engine::FindGadget(*desk.Dialog(), stagemarks::kNameField)->value.GetString(), "Five");
@@ -201,7 +207,8 @@ TEST(SheetWindow, DisturbsNobodyWhileItIsMade) {
   EXPECT_EQ(desk::CountStates(desk), 5) << "a new one, and no question about another";
 }
 
-// Options that only the dialog knows go for the sheet, too: where objects are not loaded, the cube stays hidden.
+// Options that only the dialog knows go for the sheet, too: where objects are not loaded, the cube
+// stays hidden.
 TEST(SheetWindow, LoadsAsTheDialogStands) {
   WithStates desk;
   desk.Record("Shown");

@@ -1,4 +1,5 @@
-// What the desktop tells after a command: a line for what went well, a window for what did not and for exports.
+// What the desktop tells after a command: a line for what went well, a window for what did not and
+// for exports.
 #include "program/desktop/Reports.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +29,9 @@ std::string Heading(const QDialog& report) {
   return text;
 }
 
-std::string Details(const QDialog& report) { return report.findChild<QPlainTextEdit*>()->toPlainText().toStdString(); }
+std::string Details(const QDialog& report) {
+  return report.findChild<QPlainTextEdit*>()->toPlainText().toStdString();
+}
 
 QPushButton* OpenFolder(const QDialog& report) {
   for (QPushButton* button : report.findChildren<QPushButton*>()) {
@@ -89,7 +92,8 @@ TEST(Reports, APreviewThatIsNotWrittenStaysUntilItIsRead) {
   QDialog* report = desk.Window().Telling().Window();
   ASSERT_NE(report, nullptr);
   EXPECT_FALSE(report->isModal());
-  EXPECT_EQ(Details(*report).find("The preview of \"Detail\" was not written.\n"), 0U) << "the last one only";
+  EXPECT_EQ(Details(*report).find("The preview of \"Detail\" was not written.\n"), 0U)
+      << "the last one only";
   EXPECT_NE(Details(*report).find("room_SM"), std::string::npos);
   EXPECT_EQ(OpenFolder(*report), nullptr);
   report->close();
@@ -151,9 +155,9 @@ TEST(Reports, RoomThatIsNotThereIsAskedAboutAndElseSaid) {
     dynamic_cast<QMessageBox&>(box).button(QMessageBox::Yes)->click();
   });
   EXPECT_TRUE(desk.Window().Telling().MayExport(plan, "/out"));
-  EXPECT_EQ(
-      asked,
-      "The disk may be too small: 2 scene files, about 3.0 MB go to \"/out\", where 2.0 MB are free.\n\nExport all the same?");
+  EXPECT_EQ(asked,
+            "The disk may be too small: 2 scene files, about 3.0 MB go to \"/out\", where 2.0 MB "
+            "are free.\n\nExport all the same?");
   plan.free = 5'000'000;
   EXPECT_TRUE(desk.Window().Telling().MayExport(plan, "/out"));
   EXPECT_EQ(Line(desk), "Exporting 2 scene files, about 3.0 MB; 5.0 MB are free");

@@ -1,4 +1,5 @@
-// What a person does to a scene: each one undo step, in the order of the tree, with names of their own for copies.
+// What a person does to a scene: each one undo step, in the order of the tree, with names of their
+// own for copies.
 #include "program/desktop/SceneCommands.h"
 
 #include <gtest/gtest.h>
@@ -19,12 +20,19 @@ using tests::SceneBuilder;
 
 struct Scene : SceneBuilder {
   Scene() {
-    Cube("A").Object("A/In").Camera("B").Object("C/Deep/Deeper").Object("D").Material("Red").Material("Blue");
+    Cube("A")
+        .Object("A/In")
+        .Camera("B")
+        .Object("C/Deep/Deeper")
+        .Object("D")
+        .Material("Red")
+        .Material("Blue");
     Texture("A", "Red").Tag("A/In", host::Tphong).Tag("B", host::Tcompositing);
   }
   std::string Names(bool selected = false) const {
     std::string names;
-    for (const BaseObject* object = Doc().GetFirstObject(); object; object = engine::NextInTree(object)) {
+    for (const BaseObject* object = Doc().GetFirstObject(); object;
+         object = engine::NextInTree(object)) {
       if (!selected || object->GetBit(host::BIT_ACTIVE)) names += object->GetName().ToUtf8() + " ";
     }
     return names;
@@ -76,7 +84,8 @@ TEST(SceneCommands, DeletesObjectsAndTagsInOneStep) {
   EXPECT_EQ(scene.GetObject("B")->GetFirstTag(), nullptr);
   EXPECT_EQ(engine::UndoName(scene.Doc()), "Delete");
   EXPECT_TRUE(scene.Doc().DoUndo());
-  EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())), std::vector<std::string>());
+  EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())),
+            std::vector<std::string>());
   desktop::SelectNone(scene.Doc());
   desktop::DeleteSelected(scene.Doc());
   EXPECT_FALSE(engine::CanUndo(scene.Doc()));
@@ -121,13 +130,14 @@ struct LongAct {
   std::vector<int> stopsAt;  // reports of progress
 };
 
-void ExpectNothingOfStopped(const LongAct& one, engine::ScriptedOutside& outside, const host::BaseDocument& doc,
-                            const std::string& before) {
+void ExpectNothingOfStopped(const LongAct& one, engine::ScriptedOutside& outside,
+                            const host::BaseDocument& doc, const std::string& before) {
   for (const int stop : one.stopsAt) {
     outside.StopProgressAt(stop);
     one.act();
     EXPECT_EQ(engine::DumpDocument(doc), before) << one.name << " stopped at " << stop;
-    EXPECT_FALSE(engine::CanUndo(doc) || engine::CanRedo(doc)) << one.name << " stopped at " << stop;
+    EXPECT_FALSE(engine::CanUndo(doc) || engine::CanRedo(doc))
+        << one.name << " stopped at " << stop;
   }
   outside.StopProgressAt(0);
 }
@@ -135,7 +145,8 @@ void ExpectNothingOfStopped(const LongAct& one, engine::ScriptedOutside& outside
 TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
   SceneBuilder scene;
   scene.Material("Red");
-  for (int i = 0; i < 600; ++i) scene.Doc().AppendObject(BaseObject::Alloc(i % 2 ? host::Onull : host::Ocube));
+  for (int i = 0; i < 600; ++i)
+    scene.Doc().AppendObject(BaseObject::Alloc(i % 2 ? host::Onull : host::Ocube));
   scene.Doc().GetFirstObject()->MakeTag(host::Tphong);
   const auto selectAll = [&] {
     desktop::SelectNone(scene.Doc());
@@ -146,10 +157,14 @@ TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
   const auto all = [&] { return desktop::SelectedObjects(scene.Doc()); };
   const engine::NodeId red = engine::IdOf(*scene.Doc().GetFirstMaterial());
   const LongAct acts[] = {
-      {"Duplicate", [&] { desktop::DuplicateSelected(scene.Doc()); }, {1, 400, 601, 1000, 1201, 1202}},
+      {"Duplicate",
+       [&] { desktop::DuplicateSelected(scene.Doc()); },
+       {1, 400, 601, 1000, 1201, 1202}},
       {"Delete", [&] { desktop::DeleteSelected(scene.Doc()); }, {1, 2}},
       {"Assign Material", [&] { desktop::AssignMaterial(scene.Doc(), red, all()); }, {1, 2}},
-      {"Visibility", [&] { desktop::SetSwitch(scene.Doc(), all(), Switch::kRender, host::MODE_OFF); }, {1, 2}},
+      {"Visibility",
+       [&] { desktop::SetSwitch(scene.Doc(), all(), Switch::kRender, host::MODE_OFF); },
+       {1, 2}},
   };
   engine::ScriptedOutside outside;
   const engine::OutsideInUse inUse(outside);
@@ -177,7 +192,9 @@ TEST(SceneCommands, AFieldEditThatWasStoppedIsNotGoneOnWith) {
   engine::ScriptedOutside outside;
   const engine::OutsideInUse inUse(outside);
   desktop::FieldEditing editing;
-  const auto set = [&](double x) { editing.Set(scene.Doc(), all, position, {host::Vector(x, 0, 0), {true, true, true}, true}); };
+  const auto set = [&](double x) {
+    editing.Set(scene.Doc(), all, position, {host::Vector(x, 0, 0), {true, true, true}, true});
+  };
   BaseObject* last = engine::AsObject(engine::FindNode(&scene.Doc(), all->back()));
   set(1);
   outside.StopProgressAt(1);
@@ -203,7 +220,8 @@ TEST(SceneCommands, GivesMaterialsByTheFirstTextureTag) {
   EXPECT_EQ(scene.MaterialTags("A", "Red"), 1);
   EXPECT_EQ(scene.GetObject("B")->GetTag(host::Ttexture), nullptr);
   EXPECT_FALSE(desktop::AssignMaterial(scene.Doc(), engine::IdOf(*scene.GetObject("A")), both));
-  EXPECT_TRUE(desktop::AssignMaterial(scene.Doc(), engine::IdOf(*scene.GetMaterial("Red")), {scene.GetObject("A")}));
+  EXPECT_TRUE(desktop::AssignMaterial(scene.Doc(), engine::IdOf(*scene.GetMaterial("Red")),
+                                      {scene.GetObject("A")}));
   EXPECT_FALSE(engine::CanUndo(scene.Doc()));
 }
 
@@ -211,15 +229,17 @@ TEST(SceneCommands, SetsSwitches) {
   Scene scene;
   const std::vector<BaseObject*> both = {scene.GetObject("A"), scene.GetObject("B")};
   const std::string before = engine::DumpDocument(scene.Doc());
-  for (const auto& [which, value, name] : {std::tuple{Switch::kEditor, host::MODE_OFF, "Visibility"},
-                                           {Switch::kRender, host::MODE_ON, "Visibility"},
-                                           {Switch::kGenerator, 0, "Generator"}}) {
+  for (const auto& [which, value, name] :
+       {std::tuple{Switch::kEditor, host::MODE_OFF, "Visibility"},
+        {Switch::kRender, host::MODE_ON, "Visibility"},
+        {Switch::kGenerator, 0, "Generator"}}) {
     desktop::SetSwitch(scene.Doc(), both, which, value);
     EXPECT_EQ(desktop::SwitchOf(*both[1], which), value);
     EXPECT_EQ(engine::UndoName(scene.Doc()), name);
     desktop::SetSwitch(scene.Doc(), both, which, value);
     EXPECT_TRUE(scene.Doc().DoUndo());
-    EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())), std::vector<std::string>());
+    EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())),
+              std::vector<std::string>());
   }
 }
 

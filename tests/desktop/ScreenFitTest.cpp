@@ -1,5 +1,6 @@
-// The window on the screen that it opens on: wholly inside, the first time and with what a larger screen has left; what one needs
-// most is at hand. Run on a large screen, on a small one and at twice the scale.
+// The window on the screen that it opens on: wholly inside, the first time and with what a larger
+// screen has left; what one needs most is at hand. Run on a large screen, on a small one and at
+// twice the scale.
 #include "program/desktop/ScreenFit.h"
 
 #include <gtest/gtest.h>
@@ -83,7 +84,8 @@ TEST(ScreenFit, ThePictureGivesWayBeforeTheList) {
   desktop::DialogView view(*desk.Dialog(), nullptr);
   view.show();
   const auto& list = dynamic_cast<desktop::ListView&>(*view.WidgetOf(stagemarks::kList));
-  const auto& picture = dynamic_cast<desktop::PictureButton&>(*view.WidgetOf(stagemarks::kPreviewButton));
+  const auto& picture =
+      dynamic_cast<desktop::PictureButton&>(*view.WidgetOf(stagemarks::kPreviewButton));
   struct Row {
     int width;
     bool pictureIsWhole;

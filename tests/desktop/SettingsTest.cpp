@@ -1,5 +1,5 @@
-// What the desktop keeps between runs: through the door to the files, whole or not at all, and never at the cost of what is
-// there.
+// What the desktop keeps between runs: through the door to the files, whole or not at all, and
+// never at the cost of what is there.
 #include "program/desktop/Settings.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +42,8 @@ TEST_F(SettingsTest, KeepsBytesAndTextsAndWhatAnotherDesktopKept) {
 }
 
 TEST_F(SettingsTest, DamagedFilesAreKeptAsideAndTheDefaultsApply) {
-  for (const char* text : {"", "{\"layout\": \"QQ==\"", "[1]", "\xff\xfe", "{\"layout\": 7, \"recent\": [1, null, \"/a\"]}"}) {
+  for (const char* text : {"", "{\"layout\": \"QQ==\"", "[1]", "\xff\xfe",
+                           "{\"layout\": 7, \"recent\": [1, null, \"/a\"]}"}) {
     Put(text);
     Settings settings(real, file);
     EXPECT_TRUE(settings.Bytes("layout").isEmpty()) << text;
@@ -57,8 +58,10 @@ TEST_F(SettingsTest, NothingIsLostWhereReadingOrWritingFails) {
   Put("{\"layout\": \"QQ==\"}");
   const std::string before = Text();
   engine::FaultyOutside faulty(real);
-  for (const auto operation : {engine::Operation::ReadFile, engine::Operation::ReplaceFile, engine::Operation::MakeFolder}) {
-    if (operation == engine::Operation::MakeFolder) std::filesystem::remove_all(folder.Path() + "/config");
+  for (const auto operation : {engine::Operation::ReadFile, engine::Operation::ReplaceFile,
+                               engine::Operation::MakeFolder}) {
+    if (operation == engine::Operation::MakeFolder)
+      std::filesystem::remove_all(folder.Path() + "/config");
     Settings settings(faulty, file);
     faulty.BreakFrom(1, operation);
     EXPECT_FALSE(settings.Set("recent", QStringList{"/a"}));
@@ -68,7 +71,8 @@ TEST_F(SettingsTest, NothingIsLostWhereReadingOrWritingFails) {
       EXPECT_EQ(Text(), before);
     }
     EXPECT_TRUE(settings.Set("more", QStringList{"/b"}));
-    EXPECT_EQ(Settings(real, file).Texts("recent"), QStringList{"/a"}) << "kept with the next change";
+    EXPECT_EQ(Settings(real, file).Texts("recent"), QStringList{"/a"})
+        << "kept with the next change";
     Put(before);
   }
 }

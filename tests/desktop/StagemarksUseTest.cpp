@@ -1,5 +1,5 @@
-// The Stagemarks dialog in the hands of a person: keys, double clicks and context menus press its own buttons, the chosen row and
-// its picture stay, and questions say what they are about.
+// The Stagemarks dialog in the hands of a person: keys, double clicks and context menus press its
+// own buttons, the chosen row and its picture stay, and questions say what they are about.
 #include "program/desktop/dialog/StagemarksUse.h"
 
 #include <gtest/gtest.h>
@@ -43,7 +43,8 @@ struct WithStates : Desk {
   // The names of the chosen rows.
   QStringList Chosen() {
     QStringList names;
-    for (const QModelIndex& row : StateList(*this).selectionModel()->selectedRows(kName)) names.append(row.data().toString());
+    for (const QModelIndex& row : StateList(*this).selectionModel()->selectedRows(kName))
+      names.append(row.data().toString());
     return names;
   }
   // Asks for the menu of a row and chooses an entry of it; what the entries are.
@@ -63,7 +64,8 @@ struct WithStates : Desk {
     timer.start(5);
     desktop::ListView& list = StateList(*this);
     QTest::mouseClick(list.viewport(), Qt::RightButton, {}, PlaceOf(row, column));
-    QContextMenuEvent asked(QContextMenuEvent::Mouse, PlaceOf(row, column), list.viewport()->mapToGlobal(PlaceOf(row, column)));
+    QContextMenuEvent asked(QContextMenuEvent::Mouse, PlaceOf(row, column),
+                            list.viewport()->mapToGlobal(PlaceOf(row, column)));
     QApplication::sendEvent(list.viewport(), &asked);
     Rest();
     return entries;
@@ -124,7 +126,8 @@ TEST(StagemarksUse, TheChosenRowStaysThroughLoadsRecordsAndClicks) {
 TEST(StagemarksUse, ThePictureOfTheChosenRowStays) {
   WithStates desk;
   ASSERT_TRUE(desk.App().SaveDocumentAs(Scene(), desk.Folder() + "/room.c4d"));
-  QTest::mouseClick(&desk.Gadget<QWidget>(stagemarks::kGeneratePreview), Qt::LeftButton, {}, QPoint(8, 8));
+  QTest::mouseClick(&desk.Gadget<QWidget>(stagemarks::kGeneratePreview), Qt::LeftButton, {},
+                    QPoint(8, 8));
   RecordState(desk, "Pictured");
   const auto& picture = desk.Gadget<desktop::PictureButton>(stagemarks::kPreviewButton);
   const QImage its = picture.Picture();
@@ -149,7 +152,8 @@ TEST(StagemarksUse, ThePictureOfTheChosenRowStays) {
 
 TEST(StagemarksUse, RowsHaveAMenuOfTheirOwn) {
   WithStates desk;
-  EXPECT_EQ(desk.ChooseInMenu(0, "Load"), (QStringList{"Load", "Rename\u2026", "Delete", "", "Check"}));
+  EXPECT_EQ(desk.ChooseInMenu(0, "Load"),
+            (QStringList{"Load", "Rename\u2026", "Delete", "", "Check"}));
   EXPECT_EQ(desk.object->GetEditorMode(), host::MODE_ON);
   desk.ChooseInMenu(1, "Check", 1);
   EXPECT_EQ(desk.Chosen(), QStringList{"Noon"}) << "the menu is of the row that one points at";
@@ -207,15 +211,19 @@ TEST(StagemarksUse, QuestionsSayWhichOneTheyAreAbout) {
 
 TEST(StagemarksUse, GadgetsAndCutNamesAreExplained) {
   WithStates desk;
-  for (const host::LONG id : {stagemarks::kLoad, stagemarks::kDelete, stagemarks::kRename, stagemarks::kNameField,
-                              stagemarks::kRecord, stagemarks::kGeneratePreview, stagemarks::kGenerateFiles,
-                              stagemarks::kFileLayout, stagemarks::kChangeFrameRange, stagemarks::kPreviewButton}) {
+  for (const host::LONG id :
+       {stagemarks::kLoad, stagemarks::kDelete, stagemarks::kRename, stagemarks::kNameField,
+        stagemarks::kRecord, stagemarks::kGeneratePreview, stagemarks::kGenerateFiles,
+        stagemarks::kFileLayout, stagemarks::kChangeFrameRange, stagemarks::kPreviewButton}) {
     EXPECT_NE(desk.Gadget<QWidget>(id).toolTip(), "") << id;
   }
-  const QString name = "A name <b>so long</b> that no list is wide enough for it " + QString(60, 'W');
+  const QString name =
+      "A name <b>so long</b> that no list is wide enough for it " + QString(60, 'W');
   RecordState(desk, name.toUtf8().constData());
   const auto pointAt = [&](int row) {
-    const QPoint place = desk.PlaceOf(row) - QPoint(desk.PlaceOf(row).x() - StateList(desk).columnViewportPosition(kName) - 4, 0);
+    const QPoint place =
+        desk.PlaceOf(row) -
+        QPoint(desk.PlaceOf(row).x() - StateList(desk).columnViewportPosition(kName) - 4, 0);
     QHelpEvent help(QEvent::ToolTip, place, StateList(desk).viewport()->mapToGlobal(place));
     QApplication::sendEvent(StateList(desk).viewport(), &help);
     return QToolTip::text();

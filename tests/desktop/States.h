@@ -1,5 +1,5 @@
-// The plug-in's dialog at the desktop as a person uses it: recording states, choosing and loading them; and answering a box that
-// asks for a file.
+// The plug-in's dialog at the desktop as a person uses it: recording states, choosing and loading
+// them; and answering a box that asks for a file.
 #pragma once
 
 #include <QFileDialog>
@@ -21,14 +21,17 @@ inline void RecordState(Desk& desk, const char* name) {
   Desk::Rest();
 }
 
-inline desktop::ListView& StateList(Desk& desk) { return desk.Gadget<desktop::ListView>(stagemarks::kList); }
+inline desktop::ListView& StateList(Desk& desk) {
+  return desk.Gadget<desktop::ListView>(stagemarks::kList);
+}
 inline int CountStates(Desk& desk) { return StateList(desk).model()->rowCount(); }
 
 // By a click on its name; rows count from 0.
 inline void ChooseState(Desk& desk, int row) {
   constexpr int kNameColumn = 2;
   desktop::ListView& list = StateList(desk);
-  QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(list.model()->index(row, kNameColumn)).center());
+  QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
+                    list.visualRect(list.model()->index(row, kNameColumn)).center());
 }
 
 inline void LoadState(Desk& desk, int row) {

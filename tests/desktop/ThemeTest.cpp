@@ -1,4 +1,5 @@
-// The theme: texts stand out, what has the keyboard can be seen, what is switched off looks so; and a sheet of all controls.
+// The theme: texts stand out, what has the keyboard can be seen, what is switched off looks so; and
+// a sheet of all controls.
 #include "program/desktop/Theme.h"
 
 #include <gtest/gtest.h>
@@ -31,11 +32,14 @@ namespace {
 using desktop::Icon;
 using pictures::Settle;
 
-// How much brighter one colour looks than the other, 1..21, as WCAG reckons it.
+// How much brighter one color looks than the other, 1..21, as WCAG reckons it.
 double Contrast(const QColor& a, const QColor& b) {
   const auto light = [](const QColor& color) {
-    const auto channel = [](double c) { return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
-    return 0.2126 * channel(color.redF()) + 0.7152 * channel(color.greenF()) + 0.0722 * channel(color.blueF());
+    const auto channel = [](double c) {
+      return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * channel(color.redF()) + 0.7152 * channel(color.greenF()) +
+           0.0722 * channel(color.blueF());
   };
   const auto [dark, bright] = std::minmax({light(a), light(b)});
   return (bright + 0.05) / (dark + 0.05);
@@ -54,7 +58,14 @@ std::vector<QWidget*> Controls(QWidget* parent) {
   radio->setChecked(true);
   auto* slider = new QSlider(Qt::Horizontal, parent);
   slider->setValue(40);
-  return {new QPushButton("Button", parent), new QLineEdit("Text", parent), combo, number, box, radio, tool, slider};
+  return {new QPushButton("Button", parent),
+          new QLineEdit("Text", parent),
+          combo,
+          number,
+          box,
+          radio,
+          tool,
+          slider};
 }
 
 class Theme : public testing::TestWithParam<const desktop::Look*> {
@@ -78,9 +89,12 @@ TEST_P(Theme, TextsStandOutFromTheirGround) {
                                      {QPalette::HighlightedText, QPalette::Highlight},
                                      {QPalette::ToolTipText, QPalette::ToolTipBase},
                                      {QPalette::Link, QPalette::Window}}) {
-    EXPECT_GE(Contrast(palette.color(text), palette.color(ground)), 4.5) << text << " on " << ground;
+    EXPECT_GE(Contrast(palette.color(text), palette.color(ground)), 4.5)
+        << text << " on " << ground;
   }
-  EXPECT_GE(Contrast(palette.color(QPalette::Disabled, QPalette::Text), palette.color(QPalette::Base)), 3);
+  EXPECT_GE(
+      Contrast(palette.color(QPalette::Disabled, QPalette::Text), palette.color(QPalette::Base)),
+      3);
   EXPECT_GE(Contrast(palette.color(QPalette::PlaceholderText), palette.color(QPalette::Base)), 3);
 }
 
@@ -100,12 +114,14 @@ TEST_P(Theme, KeyboardAndSwitchingOffCanBeSeen) {
     if (control->focusPolicy() & Qt::TabFocus) {
       control->setFocus(Qt::TabFocusReason);
       Settle(5);
-      EXPECT_NE(control->grab().toImage(), calm) << control->metaObject()->className() << " hides the keyboard";
+      EXPECT_NE(control->grab().toImage(), calm)
+          << control->metaObject()->className() << " hides the keyboard";
       other->setFocus(Qt::TabFocusReason);
     }
     control->setEnabled(false);
     Settle(5);
-    EXPECT_NE(control->grab().toImage(), calm) << control->metaObject()->className() << " looks switched on";
+    EXPECT_NE(control->grab().toImage(), calm)
+        << control->metaObject()->className() << " looks switched on";
   }
 }
 
@@ -146,13 +162,15 @@ TEST(ThemePicture, AllControls) {
 TEST(ThemePicture, WindowWithNothingInIt) {
   desk::Desk desk;
   desk.Raise("layers");
-  EXPECT_GT(desk.Window().View().height(), 3 * desk.Window().height() / 5) << "the picture matters most";
+  EXPECT_GT(desk.Window().View().height(), 3 * desk.Window().height() / 5)
+      << "the picture matters most";
   EXPECT_TRUE(pictures::Write(desk.Window(), "empty-window"));
 }
 
 TEST(ThemePicture, OpenComboBox) {
   QComboBox combo;
-  combo.addItems({"As Save File", "As Save File (Into Folders)", "As Save Project", "As Save Project (One Tex Folder)"});
+  combo.addItems({"As Save File", "As Save File (Into Folders)", "As Save Project",
+                  "As Save Project (One Tex Folder)"});
   combo.setCurrentIndex(1);
   combo.show();
   combo.showPopup();
@@ -183,15 +201,18 @@ TEST(ThemePicture, MenuAndQuestion) {
 // What is told is shown whole, however long its lines are.
 TEST(Boxes, ShowAllOfTheirText) {
   const std::string line =
-      "\"a scene with a long name.gltf\" was opened. Not all of it came along, and that is said here in full:";
+      "\"a scene with a long name.gltf\" was opened. Not all of it came along, and that is said "
+      "here in full:";
   for (const std::string& text :
-       {std::string("Saved."), line + "\n\n\u2022 Animations are left out.", line + line + line + line}) {
+       {std::string("Saved."), line + "\n\n\u2022 Animations are left out.",
+        line + line + line + line}) {
     QTimer::singleShot(50, [&] {
       auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       ASSERT_TRUE(box);
       const auto* label = box->findChild<QLabel*>("qt_msgbox_label");
       const int flags = Qt::TextExpandTabs | (label->wordWrap() ? Qt::TextWordWrap : 0);
-      const QRect needed = label->fontMetrics().boundingRect(label->contentsRect(), flags, label->text());
+      const QRect needed =
+          label->fontMetrics().boundingRect(label->contentsRect(), flags, label->text());
       EXPECT_LE(needed.width(), label->contentsRect().width() + 1) << text;
       EXPECT_LE(needed.height(), label->contentsRect().height() + 1) << text;
       box->accept();

@@ -1,4 +1,5 @@
-// The viewport: the picture comes, gets finer, follows changes and the mouse; and the camera behind it.
+// The viewport: the picture comes, gets finer, follows changes and the mouse; and the camera behind
+// it.
 #include "program/desktop/view/Viewport.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +22,9 @@ using desk::Desk;
 using desk::WithCube;
 using desktop::EditorCamera;
 
-double Distance(const host::Vector& a, const host::Vector& b) { return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z); }
+double Distance(const host::Vector& a, const host::Vector& b) {
+  return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
+}
 
 engine::Box UnitBox() {
   engine::Box box;
@@ -60,7 +63,9 @@ TEST(EditorCamera, SlidesByWhatTheHandMoves) {
 host::Vector SeenAt(const EditorCamera& camera, const host::Vector& point) {
   const host::Matrix m = camera.Camera().frame;
   const host::Vector way{point.x - m.off.x, point.y - m.off.y, point.z - m.off.z};
-  const auto along = [&way](const host::Vector& v) { return way.x * v.x + way.y * v.y + way.z * v.z; };
+  const auto along = [&way](const host::Vector& v) {
+    return way.x * v.x + way.y * v.y + way.z * v.z;
+  };
   return {along(m.v1) / along(m.v3), along(m.v2) / along(m.v3), along(m.v3)};
 }
 
@@ -157,7 +162,8 @@ TEST(Viewport, OutlinesCoincidentObjectsWithoutSpeckles) {
   constexpr std::uint32_t kSide = 40;
   engine::HitMap hits;
   hits.width = hits.height = kSide;
-  hits.objects = std::make_shared<const std::vector<engine::NodeId>>(std::vector<engine::NodeId>{7, 8});
+  hits.objects =
+      std::make_shared<const std::vector<engine::NodeId>>(std::vector<engine::NodeId>{7, 8});
   for (std::uint32_t i = 0; i < kSide * kSide; ++i) {
     const std::uint32_t x = i % kSide;
     const std::uint32_t y = i / kSide;
@@ -171,8 +177,8 @@ TEST(Viewport, OutlinesCoincidentObjectsWithoutSpeckles) {
   EXPECT_GT(AmberPixels(outline), 60);
 }
 
-// Asks for the menu at a place of the view and triggers an entry that is not faint; false when there is none. Without a text a
-// picture is written of it.
+// Asks for the menu at a place of the view and triggers an entry that is not faint; false when
+// there is none. Without a text a picture is written of it.
 bool ChooseInMenu(desktop::Viewport& view, QPoint place, const QString& text) {
   bool found = false;
   QTimer::singleShot(20, [&] {
@@ -183,7 +189,8 @@ bool ChooseInMenu(desktop::Viewport& view, QPoint place, const QString& text) {
     }
     QList<QAction*> all = menu->actions();
     for (qsizetype i = 0; i < all.size(); ++i) {
-      if (QMenu* below = all[i]->menu(); below && below->title().startsWith("Visible")) all.append(below->actions());
+      if (QMenu* below = all[i]->menu(); below && below->title().startsWith("Visible"))
+        all.append(below->actions());
       if (all[i]->text().remove('&') != text || !all[i]->isEnabled() || found) continue;
       found = true;
       all[i]->trigger();
@@ -198,7 +205,9 @@ bool ChooseInMenu(desktop::Viewport& view, QPoint place, const QString& text) {
 
 TEST(Viewport, MenuFitsTheSelection) {
   WithCube desk;
-  const auto choose = [&](QPoint place, const QString& text) { return ChooseInMenu(desk.View(), place, text); };
+  const auto choose = [&](QPoint place, const QString& text) {
+    return ChooseInMenu(desk.View(), place, text);
+  };
   const QPoint middle = desk.View().rect().center();
   EXPECT_FALSE(choose({2, 2}, "Duplicate")) << "nothing is selected";
   EXPECT_FALSE(choose({2, 2}, "Off"));
@@ -229,7 +238,9 @@ TEST(Viewport, KeysChooseMoreAndTakeOff) {
     for (int x = 0; x < desk.View().width(); x += 8) places[desk.View().ObjectAt({x, y})] = {x, y};
   }
   const engine::NodeId ids[] = {engine::IdOf(*desk.cube), engine::IdOf(*other)};
-  const auto selected = [&] { return std::pair(desk.cube->GetBit(host::BIT_ACTIVE), other->GetBit(host::BIT_ACTIVE)); };
+  const auto selected = [&] {
+    return std::pair(desk.cube->GetBit(host::BIT_ACTIVE), other->GetBit(host::BIT_ACTIVE));
+  };
   const auto click = [&](engine::NodeId id, Qt::KeyboardModifiers keys) {
     QTest::mouseClick(&desk.View(), Qt::LeftButton, keys, places.at(id));
     return selected();
@@ -289,7 +300,8 @@ TEST(Viewport, GoesAroundAndNearerByKeys) {
 
 TEST(Viewport, LivesThroughOddSizesAndClosingAtWork) {
   WithCube desk;
-  for (const QSize size : {QSize(300, 200), QSize(2400, 90), QSize(700, 600)}) desk.Window().resize(size);
+  for (const QSize size : {QSize(300, 200), QSize(2400, 90), QSize(700, 600)})
+    desk.Window().resize(size);
   desk.View().FrameAll();
   desk.Entry("File", "New").trigger();
   Desk::Rest();
@@ -301,17 +313,20 @@ TEST(Viewport, LivesThroughOddSizesAndClosingAtWork) {
 
 // Written for people to look at; at work the picture shows what is selected in the tree, too.
 TEST(ViewportPicture, WithSelections) {
-  for (const auto& [name, scene, wanted] : {std::tuple("selection-spider", "spider/spider.obj", "Kopf"),
-                                            std::tuple("selection-dungeon", "dungeon/dungeon.gltf", "")}) {
+  for (const auto& [name, scene, wanted] :
+       {std::tuple("selection-spider", "spider/spider.obj", "Kopf"),
+        std::tuple("selection-dungeon", "dungeon/dungeon.gltf", "")}) {
     Desk desk;
     // What of the scene did not come along.
     desk::AnswerNext([](QDialog& box) { box.accept(); });
     ASSERT_TRUE(desk.Window().Commands().Open(std::string(TEST_SOURCE_DIR "/scenes/") + scene));
     host::BaseDocument& doc = *host::GetActiveDocument();
     host::BaseObject* chosen = nullptr;
-    for (host::BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
+    for (host::BaseObject* object = doc.GetFirstObject(); object;
+         object = engine::NextInTree(object)) {
       const auto& mesh = engine::MeshOf(*object);
-      const bool fits = *wanted ? object->GetName().ToUtf8() == wanted : mesh && mesh->polygons.size() > 30;
+      const bool fits =
+          *wanted ? object->GetName().ToUtf8() == wanted : mesh && mesh->polygons.size() > 30;
       if (fits) chosen = object;
     }
     ASSERT_NE(chosen, nullptr);

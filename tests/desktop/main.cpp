@@ -7,7 +7,8 @@
 
 int main(int count, char** words) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" TEST_SOURCE_DIR "/tests/desktop/screens/large.json");
+    qputenv("QT_QPA_PLATFORM",
+            "offscreen:configfile=" TEST_SOURCE_DIR "/tests/desktop/screens/large.json");
   }
   QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   QApplication application(count, words);

@@ -80,7 +80,8 @@ TEST(Dialog, ObserversHearOfOpenDialogsOnly) {
     dialog.SetLong(sample::kCheckbox, 0);
     dialog.OpenIt();
   }
-  EXPECT_EQ(watcher.seen, (std::vector<std::string>{"opened", "changed 2", "changed", "closed", "opened", "closed"}));
+  EXPECT_EQ(watcher.seen, (std::vector<std::string>{"opened", "changed 2", "changed", "closed",
+                                                    "opened", "closed"}));
   EXPECT_TRUE(engine::OpenDialogs().empty());
 }
 
@@ -92,7 +93,8 @@ TEST(Dialog, AnIdIsTakenOnce) {
   EXPECT_FALSE(dialog.AddChild(sample::kButton, 1, "no combo"));
   EXPECT_FALSE(dialog.MenuAddString(sample::kEntry, "again"));
   EXPECT_FALSE(dialog.GroupEnd());
-  EXPECT_EQ(dialog.AddCustomGui(500, 12345, "unknown kind", 0, 0, 0, host::BaseContainer()), nullptr);
+  EXPECT_EQ(dialog.AddCustomGui(500, 12345, "unknown kind", 0, 0, 0, host::BaseContainer()),
+            nullptr);
   EXPECT_TRUE(dialog.AddSeparatorV(0));
   EXPECT_TRUE(dialog.AddSeparatorV(0));
 }
@@ -123,30 +125,43 @@ struct ValueCase {
 
 // In this order on one dialog.
 constexpr ValueCase kValues[] = {
-    {"check box by flag", [](D& d) { return d.SetBool(sample::kCheckbox, true); }, true, sample::kCheckbox, "1 1 true 'Fast'"},
-    {"check box by number", [](D& d) { return d.SetLong(sample::kCheckbox, 7); }, true, sample::kCheckbox, "1 1 true 'Fast'"},
-    {"check box by real", [](D& d) { return d.SetReal(sample::kCheckbox, 1, 0, 1, 1, 0); }, false, sample::kCheckbox,
-     "1 1 true 'Fast'"},
-    {"combo by choice", [](D& d) { return d.SetLong(sample::kCombo, sample::kSecondChoice); }, true, sample::kCombo,
-     "51 51 true 'second'"},
-    {"combo by unknown choice", [](D& d) { return d.SetLong(sample::kCombo, 3); }, false, sample::kCombo, "51 51 true 'second'"},
-    {"number truncates", [](D& d) { return d.SetReal(sample::kNumber, 24.9, 0, 300, 1, host::FORMAT_LONG); }, true,
+    {"check box by flag", [](D& d) { return d.SetBool(sample::kCheckbox, true); }, true,
+     sample::kCheckbox, "1 1 true 'Fast'"},
+    {"check box by number", [](D& d) { return d.SetLong(sample::kCheckbox, 7); }, true,
+     sample::kCheckbox, "1 1 true 'Fast'"},
+    {"check box by real", [](D& d) { return d.SetReal(sample::kCheckbox, 1, 0, 1, 1, 0); }, false,
+     sample::kCheckbox, "1 1 true 'Fast'"},
+    {"combo by choice", [](D& d) { return d.SetLong(sample::kCombo, sample::kSecondChoice); }, true,
+     sample::kCombo, "51 51 true 'second'"},
+    {"combo by unknown choice", [](D& d) { return d.SetLong(sample::kCombo, 3); }, false,
+     sample::kCombo, "51 51 true 'second'"},
+    {"number truncates",
+     [](D& d) { return d.SetReal(sample::kNumber, 24.9, 0, 300, 1, host::FORMAT_LONG); }, true,
      sample::kNumber, "24.9 24 true -"},
-    {"number below", [](D& d) { return d.SetReal(sample::kNumber, -5, 0, 300, 1, 0); }, true, sample::kNumber, "0 0 false -"},
-    {"number above", [](D& d) { return d.SetLong(sample::kNumber, 301); }, true, sample::kNumber, "300 300 true -"},
-    {"range upside down", [](D& d) { return d.SetReal(sample::kNumber, 1, 2, 0, 1, 0); }, false, sample::kNumber,
+    {"number below", [](D& d) { return d.SetReal(sample::kNumber, -5, 0, 300, 1, 0); }, true,
+     sample::kNumber, "0 0 false -"},
+    {"number above", [](D& d) { return d.SetLong(sample::kNumber, 301); }, true, sample::kNumber,
      "300 300 true -"},
-    {"number beyond whole numbers", [](D& d) { return d.SetReal(sample::kNumber, -1e30, -1e40, 1e40, 1, 0); }, true,
+    {"range upside down", [](D& d) { return d.SetReal(sample::kNumber, 1, 2, 0, 1, 0); }, false,
+     sample::kNumber, "300 300 true -"},
+    {"number beyond whole numbers",
+     [](D& d) { return d.SetReal(sample::kNumber, -1e30, -1e40, 1e40, 1, 0); }, true,
      sample::kNumber, "-1e+30 -2147483648 true -"},
-    {"number by text", [](D& d) { return d.SetString(sample::kNumber, "4"); }, false, sample::kNumber,
-     "-1e+30 -2147483648 true -"},
-    {"edit field", [](D& d) { return d.SetString(sample::kField, "äöü"); }, true, sample::kField, "- - - 'äöü'"},
-    {"edit field by number", [](D& d) { return d.SetLong(sample::kField, 4); }, false, sample::kField, "- - - 'äöü'"},
-    {"label", [](D& d) { return d.SetString(sample::kButton, "Stop"); }, true, sample::kButton, "- - - 'Stop'"},
-    {"list", [](D& d) { return d.SetString(sample::kList, "x") || d.SetLong(sample::kList, 1); }, false, sample::kList,
-     "- - - -"},
-    {"unknown", [](D& d) { return d.SetBool(999, true) || d.SetString(999, "") || d.Enable(999, true); }, false, 999, "- - - -"},
-    {"menu entry is no gadget", [](D& d) { return d.SetBool(sample::kEntry, true); }, false, sample::kEntry, "- - - -"},
+    {"number by text", [](D& d) { return d.SetString(sample::kNumber, "4"); }, false,
+     sample::kNumber, "-1e+30 -2147483648 true -"},
+    {"edit field", [](D& d) { return d.SetString(sample::kField, "äöü"); }, true, sample::kField,
+     "- - - 'äöü'"},
+    {"edit field by number", [](D& d) { return d.SetLong(sample::kField, 4); }, false,
+     sample::kField, "- - - 'äöü'"},
+    {"label", [](D& d) { return d.SetString(sample::kButton, "Stop"); }, true, sample::kButton,
+     "- - - 'Stop'"},
+    {"list", [](D& d) { return d.SetString(sample::kList, "x") || d.SetLong(sample::kList, 1); },
+     false, sample::kList, "- - - -"},
+    {"unknown",
+     [](D& d) { return d.SetBool(999, true) || d.SetString(999, "") || d.Enable(999, true); },
+     false, 999, "- - - -"},
+    {"menu entry is no gadget", [](D& d) { return d.SetBool(sample::kEntry, true); }, false,
+     sample::kEntry, "- - - -"},
 };
 
 TEST(DialogValues, EachKindTakesWhatFitsIt) {
@@ -156,7 +171,8 @@ TEST(DialogValues, EachKindTakesWhatFitsIt) {
     EXPECT_EQ(c.set(dialog), c.accepted) << c.name;
     EXPECT_EQ(Reads(dialog, c.id), c.reads) << c.name;
   }
-  EXPECT_TRUE(dialog.SetReal(sample::kNumber, std::numeric_limits<double>::quiet_NaN(), 3, 9, 1, 0));
+  EXPECT_TRUE(
+      dialog.SetReal(sample::kNumber, std::numeric_limits<double>::quiet_NaN(), 3, 9, 1, 0));
   EXPECT_EQ(Reads(dialog, sample::kNumber), "3 3 true -");
 }
 
@@ -178,7 +194,8 @@ TEST(DialogMenus, EntriesAreFoundAndMarkedAtEveryDepth) {
   ASSERT_NE(entry, nullptr);
   EXPECT_TRUE(entry->checked);
   EXPECT_FALSE(entry->enabled);
-  EXPECT_FALSE(dialog.MenuInitString(0, host::TRUE, host::TRUE)) << "sub-menus and separators have no ID";
+  EXPECT_FALSE(dialog.MenuInitString(0, host::TRUE, host::TRUE))
+      << "sub-menus and separators have no ID";
   EXPECT_FALSE(dialog.MenuInitString(sample::kButton, host::TRUE, host::TRUE));
   dialog.MenuFlushAll();
   EXPECT_EQ(engine::FindMenuEntry(dialog, sample::kEntry), nullptr);

@@ -27,19 +27,28 @@ TEST_F(DialogEvents, ArriveAsOneCommandAfterTheValueChanged) {
     const char* heard;
   };
   const Case cases[] = {
-      {"button", [](host::GeDialog& d) { return engine::PressButton(d, sample::kButton); }, "command 1 from 1"},
-      {"picture", [](host::GeDialog& d) { return engine::PressButton(d, sample::kPicture); }, "command 8 from 8"},
-      {"menu", [](host::GeDialog& d) { return engine::ChooseMenu(d, sample::kMarkedEntry); }, "command 61 from 61"},
-      {"check box", [](host::GeDialog& d) { return engine::SetCheckbox(d, sample::kCheckbox, true); }, "command 2 from 2"},
-      {"text", [](host::GeDialog& d) { return engine::TypeText(d, sample::kField, "typed"); }, "command 4 from 4"},
-      {"number", [](host::GeDialog& d) { return engine::TypeNumber(d, sample::kNumber, 12.5); }, "command 5 from 5"},
-      {"combo", [](host::GeDialog& d) { return engine::ChooseFromCombo(d, sample::kCombo, 51); }, "command 6 from 6"},
+      {"button", [](host::GeDialog& d) { return engine::PressButton(d, sample::kButton); },
+       "command 1 from 1"},
+      {"picture", [](host::GeDialog& d) { return engine::PressButton(d, sample::kPicture); },
+       "command 8 from 8"},
+      {"menu", [](host::GeDialog& d) { return engine::ChooseMenu(d, sample::kMarkedEntry); },
+       "command 61 from 61"},
+      {"check box",
+       [](host::GeDialog& d) { return engine::SetCheckbox(d, sample::kCheckbox, true); },
+       "command 2 from 2"},
+      {"text", [](host::GeDialog& d) { return engine::TypeText(d, sample::kField, "typed"); },
+       "command 4 from 4"},
+      {"number", [](host::GeDialog& d) { return engine::TypeNumber(d, sample::kNumber, 12.5); },
+       "command 5 from 5"},
+      {"combo", [](host::GeDialog& d) { return engine::ChooseFromCombo(d, sample::kCombo, 51); },
+       "command 6 from 6"},
       {"selection",
        [](host::GeDialog& d) {
          return engine::SelectLines(d, sample::kList, {2, 0});
        },
        "command 7 from 7"},
-      {"row's box", [](host::GeDialog& d) { return engine::ToggleLine(d, sample::kList, 1, 70); }, "command 7 from 7"},
+      {"row's box", [](host::GeDialog& d) { return engine::ToggleLine(d, sample::kList, 1, 70); },
+       "command 7 from 7"},
   };
   for (const Case& c : cases) {
     EXPECT_TRUE(c.act(dialog_)) << c.name;
@@ -62,19 +71,26 @@ TEST_F(DialogEvents, AreRefusedWithoutAWord) {
     bool (*act)(host::GeDialog&);
   };
   const Case cases[] = {
-      {"no such button", [](host::GeDialog& d) { return engine::PressButton(d, sample::kNoSuchGadget); }},
-      {"a check box is no button", [](host::GeDialog& d) { return engine::PressButton(d, sample::kCheckbox); }},
+      {"no such button",
+       [](host::GeDialog& d) { return engine::PressButton(d, sample::kNoSuchGadget); }},
+      {"a check box is no button",
+       [](host::GeDialog& d) { return engine::PressButton(d, sample::kCheckbox); }},
       {"no such entry", [](host::GeDialog& d) { return engine::ChooseMenu(d, sample::kButton); }},
       {"sub-menus cannot be chosen", [](host::GeDialog& d) { return engine::ChooseMenu(d, 0); }},
       {"no number",
-       [](host::GeDialog& d) { return engine::TypeNumber(d, sample::kNumber, std::numeric_limits<double>::quiet_NaN()); }},
-      {"no such choice", [](host::GeDialog& d) { return engine::ChooseFromCombo(d, sample::kCombo, 1); }},
+       [](host::GeDialog& d) {
+         return engine::TypeNumber(d, sample::kNumber, std::numeric_limits<double>::quiet_NaN());
+       }},
+      {"no such choice",
+       [](host::GeDialog& d) { return engine::ChooseFromCombo(d, sample::kCombo, 1); }},
       {"line behind the end",
        [](host::GeDialog& d) {
          return engine::SelectLines(d, sample::kList, {0, 3});
        }},
-      {"negative line", [](host::GeDialog& d) { return engine::ToggleLine(d, sample::kList, -1, 70); }},
-      {"a text column has no box", [](host::GeDialog& d) { return engine::ToggleLine(d, sample::kList, 0, 71); }},
+      {"negative line",
+       [](host::GeDialog& d) { return engine::ToggleLine(d, sample::kList, -1, 70); }},
+      {"a text column has no box",
+       [](host::GeDialog& d) { return engine::ToggleLine(d, sample::kList, 0, 71); }},
   };
   for (const Case& c : cases) {
     EXPECT_FALSE(c.act(dialog_)) << c.name;

@@ -19,7 +19,9 @@ struct ChangeCounter : engine::DialogObserver {
 class List : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(dialog_.OpenIt()); }
-  void Add(host::LONG id, const char* name) { EXPECT_TRUE(list_.SetItem(id, SampleDialog::NamedRow(name, false))); }
+  void Add(host::LONG id, const char* name) {
+    EXPECT_TRUE(list_.SetItem(id, SampleDialog::NamedRow(name, false)));
+  }
   std::string Text() const { return engine::ListAsText(dialog_, sample::kList); }
   host::LONG Selected() const {
     host::BaseSelect selection;
@@ -65,7 +67,8 @@ TEST_F(List, RemovingRowsClearsTheSelection) {
   host::BaseContainer row;
   EXPECT_FALSE(list_.GetItem(1, &row));
   EXPECT_TRUE(list_.SetItem(3, SampleDialog::NamedRow("last", false)));
-  EXPECT_EQ(Text(), "  [ ] row\n  [ ] row\n  [ ] last\n") << "row numbers still lead to their lines";
+  EXPECT_EQ(Text(), "  [ ] row\n  [ ] row\n  [ ] last\n")
+      << "row numbers still lead to their lines";
   engine::SelectLines(dialog_, sample::kList, {0});
   list_.RemoveAll();
   EXPECT_EQ(Selected(), 0);

@@ -51,7 +51,8 @@ class SampleDialog : public host::GeDialog {
     AddChild(kCombo, kFirstChoice, "first");
     AddChild(kCombo, kSecondChoice, "second");
     AddListView(kList, 63, host::SizeChr(30), host::SizeChr(10));
-    picture = AddCustomGui(kPicture, host::CUSTOMGUI_BITMAPBUTTON, "picture", 0, host::SizeChr(20), 0, host::BaseContainer());
+    picture = AddCustomGui(kPicture, host::CUSTOMGUI_BITMAPBUTTON, "picture", 0, host::SizeChr(20),
+                           0, host::BaseContainer());
     GroupEnd();
     BuildMenus();
     return list.AttachListView(this, kList);
@@ -67,7 +68,8 @@ class SampleDialog : public host::GeDialog {
   }
 
   host::Bool Command(host::LONG id, const host::BaseContainer& msg) override {
-    heard.push_back("command " + std::to_string(id) + " from " + std::to_string(msg.GetLong(host::BFM_ACTION_ID)) +
+    heard.push_back("command " + std::to_string(id) + " from " +
+                    std::to_string(msg.GetLong(host::BFM_ACTION_ID)) +
                     (engine::InsideDialogCall() ? "" : " outside"));
     if (onCommand) onCommand();
     return host::TRUE;

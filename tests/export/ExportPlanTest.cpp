@@ -1,4 +1,5 @@
-// What an export is reckoned to write: files by layout, room by what is there already, and what stands in the way.
+// What an export is reckoned to write: files by layout, room by what is there already, and what
+// stands in the way.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -30,8 +31,12 @@ class Plans : public testing::Test {
     scene_.Bitmap(scene_.GetMaterial("Floor"), Work("wood.png"));
   }
 
-  std::string Work(const std::string& file = "") const { return scratch_ / ("work" + (file.empty() ? "" : "/" + file)); }
-  std::string Out(const std::string& file = "") const { return scratch_ / ("out" + (file.empty() ? "" : "/" + file)); }
+  std::string Work(const std::string& file = "") const {
+    return scratch_ / ("work" + (file.empty() ? "" : "/" + file));
+  }
+  std::string Out(const std::string& file = "") const {
+    return scratch_ / ("out" + (file.empty() ? "" : "/" + file));
+  }
   ExportPlan Plan(Layout layout, std::vector<std::string> names = {"A", "B", "C"}) {
     return exporting::PlanExport(scene_.Doc(), {layout, Out(), std::move(names)});
   }
@@ -72,7 +77,8 @@ TEST_F(Plans, CountWhatEachLayoutWrites) {
   EXPECT_FALSE(fs::exists(Out())) << "nothing is written";
 }
 
-// A file is written beside the old one, which goes then: the room of one more file is enough to write all anew.
+// A file is written beside the old one, which goes then: the room of one more file is enough to
+// write all anew.
 TEST_F(Plans, WhatIsReplacedMakesRoom) {
   const ExportPlan fresh = Plan(Layout::Project);
   EXPECT_TRUE(exporting::Fits(fresh));
@@ -105,10 +111,12 @@ TEST_F(Plans, CachesGoWithEveryScene) {
 
 // A texture counts as missing where the gathering does not look, although a picture may show it.
 TEST_F(Plans, NameTexturesThatAreNotGathered) {
-  for (const char* file : {"wood.png", "/nowhere/wood.png", "tile.png"}) scene_.Bitmap(scene_.GetMaterial("Wall"), file);
+  for (const char* file : {"wood.png", "/nowhere/wood.png", "tile.png"})
+    scene_.Bitmap(scene_.GetMaterial("Wall"), file);
   fs::create_directory(Work("tex"));
   tests::WriteText(Work("tex/tile.png"), "t");
-  EXPECT_EQ(Plan(Layout::OneTextureFolder).missing, (std::vector<std::string>{"wood.png", "/nowhere/wood.png"}));
+  EXPECT_EQ(Plan(Layout::OneTextureFolder).missing,
+            (std::vector<std::string>{"wood.png", "/nowhere/wood.png"}));
   EXPECT_EQ(Plan(Layout::OneTextureFolder).textures, 2U);
   EXPECT_TRUE(Plan(Layout::Files).missing.empty());
 }
@@ -117,9 +125,12 @@ TEST_F(Plans, NameWhatCannotBeWritten) {
   fs::create_directories(Out("Shot A.c4d"));
   tests::WriteText(Out("Shot A"), "a file");
   tests::WriteText(Out("tex"), "a file");
-  const std::string folderThere = "Cannot write \"" + Out("Shot A.c4d") + "\": a folder is in its place.";
-  const std::string fileThere = "Cannot make the folder \"" + Out("Shot A") + "\": a file is in its place.";
-  const std::string texThere = "Cannot make the folder \"" + Out("tex") + "\": a file is in its place.";
+  const std::string folderThere =
+      "Cannot write \"" + Out("Shot A.c4d") + "\": a folder is in its place.";
+  const std::string fileThere =
+      "Cannot make the folder \"" + Out("Shot A") + "\": a file is in its place.";
+  const std::string texThere =
+      "Cannot make the folder \"" + Out("tex") + "\": a file is in its place.";
   const struct {
     Layout layout;
     std::string name;
@@ -129,31 +140,43 @@ TEST_F(Plans, NameWhatCannotBeWritten) {
       {Layout::Folders, "A", {fileThere}},
       {Layout::OneTextureFolder, "B", {texThere}},
       {Layout::Files, "a/b", {"The name \"a/b\" cannot be that of a file: it holds a slash."}},
-      {Layout::Folders, "../up", {"The name \"../up\" cannot be that of a file: it holds a slash."}},
+      {Layout::Folders,
+       "../up",
+       {"The name \"../up\" cannot be that of a file: it holds a slash."}},
       {Layout::Project,
        std::string(260, 'x'),
-       {"The name \"" + std::string(79, 'x') + "\u2026\" cannot be that of a file: it is too long."}},
+       {"The name \"" + std::string(79, 'x') +
+        "\u2026\" cannot be that of a file: it is too long."}},
       {Layout::Files, "..", {}},
       {Layout::Files, "new\nline \\ * ?", {}},
       {Layout::Files, std::string(255 - 9, 'x'), {}},
       {Layout::Files,
        std::string(256 - 9, 'x'),
-       {"The name \"" + std::string(79, 'x') + "\u2026\" cannot be that of a file: it is too long."}},
+       {"The name \"" + std::string(79, 'x') +
+        "\u2026\" cannot be that of a file: it is too long."}},
   };
-  for (const auto& row : kRows) EXPECT_EQ(Plan(row.layout, {row.name}).obstacles, row.obstacles) << row.name;
+  for (const auto& row : kRows)
+    EXPECT_EQ(Plan(row.layout, {row.name}).obstacles, row.obstacles) << row.name;
   EXPECT_EQ(Plan(Layout::Files, {"good", "a/b", "c/d"}).obstacles.size(), 2U);
 }
 
 TEST(Bytes, AreReadable) {
-  const std::pair<std::uint64_t, const char*> kRows[] = {
-      {0, "0 bytes"},        {999, "999 bytes"},  {1000, "1.0 kB"},          {12345, "12 kB"},
-      {999'950, "1.0 MB"},   {999'400, "999 kB"}, {1'234'567'890, "1.2 GB"}, {~std::uint64_t{0}, "18 EB"},
-      {9'949'000, "9.9 MB"}, {9'950'000, "10 MB"}};
+  const std::pair<std::uint64_t, const char*> kRows[] = {{0, "0 bytes"},
+                                                         {999, "999 bytes"},
+                                                         {1000, "1.0 kB"},
+                                                         {12345, "12 kB"},
+                                                         {999'950, "1.0 MB"},
+                                                         {999'400, "999 kB"},
+                                                         {1'234'567'890, "1.2 GB"},
+                                                         {~std::uint64_t{0}, "18 EB"},
+                                                         {9'949'000, "9.9 MB"},
+                                                         {9'950'000, "10 MB"}};
   for (const auto& [bytes, text] : kRows) EXPECT_EQ(exporting::BytesText(bytes), text) << bytes;
 }
 
 TEST(Layouts, AreThoseOfTheDialog) {
-  for (const Layout layout : {Layout::Files, Layout::Folders, Layout::Project, Layout::OneTextureFolder}) {
+  for (const Layout layout :
+       {Layout::Files, Layout::Folders, Layout::Project, Layout::OneTextureFolder}) {
     EXPECT_EQ(exporting::LayoutOfEntry(exporting::EntryOf(layout)), layout);
   }
   EXPECT_FALSE(exporting::LayoutOfEntry("As Something"));

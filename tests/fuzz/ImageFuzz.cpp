@@ -1,6 +1,6 @@
-// Image files of all kinds: whatever the bytes, there comes out a picture of the size it says or a message. What was read can be
-// written, and reads back as the same pixels. Start it with a folder of its own for what it finds, and tests/render/pictures as
-// the corpus.
+// Image files of all kinds: whatever the bytes, there comes out a picture of the size it says or a
+// message. What was read can be written, and reads back as the same pixels. Start it with a folder
+// of its own for what it finds, and tests/render/pictures as the corpus.
 #include <cstdint>
 #include <cstdlib>
 

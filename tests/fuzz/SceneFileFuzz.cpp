@@ -1,6 +1,7 @@
-// Fuzzes the reader of scene files. A checksum would stop nearly every input at the door, so an input is the contents of one
-// section (its first byte says which), put into an otherwise whole file of a scene that holds one of everything; or, for
-// a first byte beyond the sections, a bare file. What opens must save to bytes that open as the same again.
+// Fuzzes the reader of scene files. A checksum would stop nearly every input at the door, so an
+// input is the contents of one section (its first byte says which), put into an otherwise whole
+// file of a scene that holds one of everything; or, for a first byte beyond the sections, a bare
+// file. What opens must save to bytes that open as the same again.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -39,7 +40,8 @@ const std::vector<Part>& Parts() {
 
 std::string FileWith(std::size_t changed, const std::string& contents) {
   SectionWriter out(FrameKind::Scene);
-  for (std::size_t i = 0; i < Parts().size(); ++i) out.Add(Parts()[i].name, i == changed ? contents : Parts()[i].contents);
+  for (std::size_t i = 0; i < Parts().size(); ++i)
+    out.Add(Parts()[i].name, i == changed ? contents : Parts()[i].contents);
   std::string file;
   for (const std::string& piece : out.Finish()) file += piece;
   return file;
@@ -75,7 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 }
 
 // Starts over with true contents now and then, so that no corpus has to be kept.
-extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t limit, unsigned seed) {
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t limit, unsigned seed) {
   const std::size_t part = seed / 8 % Parts().size();
   const std::string& contents = Parts()[part].contents;
   if (size > 1 && seed % 8 != 0) return 1 + LLVMFuzzerMutate(data + 1, size - 1, limit - 1);

@@ -1,4 +1,5 @@
-// The order in which the plug-in asks things of its host, where no document and no file shows it afterwards.
+// The order in which the plug-in asks things of its host, where no document and no file shows it
+// afterwards.
 #include <functional>
 
 #include "tests/hostcalls/RecordedCalls.h"
@@ -85,24 +86,30 @@ TEST_F(CallOrderTest, EachCommandWritesTheStoresInItsOwnOrder) {
   };
   const Case cases[] = {
       {"recording", [this] { Record("B"); },
-       "BaseContainer::SetContainer 1021477\nBaseContainer::SetContainer 1023294\nBaseDocument::SetChanged\n"},
+       "BaseContainer::SetContainer 1021477\nBaseContainer::SetContainer "
+       "1023294\nBaseDocument::SetChanged\n"},
       {"renaming", [this] { Rename("A", "Z"); },
-       "BaseContainer::SetContainer 1023294\nBaseContainer::SetContainer 1021477\nBaseDocument::SetChanged\n"},
+       "BaseContainer::SetContainer 1023294\nBaseContainer::SetContainer "
+       "1021477\nBaseDocument::SetChanged\n"},
       {"deleting all", [this] { Menu(kDeleteAll); },
-       "BaseContainer::SetContainer 1021477\nBaseContainer::SetContainer 1023294\nBaseDocument::SetChanged\n"
-       "BaseContainer::RemoveData 1021477\nBaseContainer::RemoveData 1023294\nBaseDocument::SetChanged\n"},
+       "BaseContainer::SetContainer 1021477\nBaseContainer::SetContainer "
+       "1023294\nBaseDocument::SetChanged\n"
+       "BaseContainer::RemoveData 1021477\nBaseContainer::RemoveData "
+       "1023294\nBaseDocument::SetChanged\n"},
   };
   Record("A");
   for (const Case& c : cases) {
     const RecordedCalls calls;
     c.run();
-    EXPECT_EQ(calls.Only({"BaseContainer::SetContainer 102", "BaseContainer::RemoveData 102", "BaseDocument::SetChanged"}),
+    EXPECT_EQ(calls.Only({"BaseContainer::SetContainer 102", "BaseContainer::RemoveData 102",
+                          "BaseDocument::SetChanged"}),
               c.written)
         << c.name;
   }
 }
 
-// The list is built anew as often for three elements as for thirty: decided so, because nobody can see it in between.
+// The list is built anew as often for three elements as for thirty: decided so, because nobody can
+// see it in between.
 TEST_F(CallOrderTest, ManyDeletionsRebuildTheListOnce) {
   for (const LONG entry : {kDeleteChecked, kDeleteAll}) {
     int refreshes[2];

@@ -30,7 +30,9 @@ std::string Lines(const std::vector<std::string>& calls) {
   return text;
 }
 
-void NoteWith(const char* call, host::LONG id) { RecordedCalls::Note(std::string(call) + " " + std::to_string(id)); }
+void NoteWith(const char* call, host::LONG id) {
+  RecordedCalls::Note(std::string(call) + " " + std::to_string(id));
+}
 
 }  // namespace
 
@@ -85,20 +87,22 @@ void BaseBitmap::Free(BaseBitmap*& bitmap) {
 
 LONG BaseBitmap::Init(LONG width, LONG height, LONG depth) {
   if (RecordedCalls::Fails("BaseBitmap::Init")) return IMAGERESULT_OUTOFMEMORY;
-  static const auto engine = Engine<LONG(BaseBitmap*, LONG, LONG, LONG)>("_ZN4host10BaseBitmap4InitEiii");
+  static const auto engine =
+      Engine<LONG(BaseBitmap*, LONG, LONG, LONG)>("_ZN4host10BaseBitmap4InitEiii");
   return engine(this, width, height, depth);
 }
 
 LONG BaseBitmap::Save(const Filename& file, LONG format) const {
   RecordedCalls::Note("BaseBitmap::Save");
-  static const auto engine =
-      Engine<LONG(const BaseBitmap*, const Filename&, LONG)>("_ZNK4host10BaseBitmap4SaveERKNS_8FilenameEi");
+  static const auto engine = Engine<LONG(const BaseBitmap*, const Filename&, LONG)>(
+      "_ZNK4host10BaseBitmap4SaveERKNS_8FilenameEi");
   return engine(this, file, format);
 }
 
 C4DAtom* C4DAtom::GetClone(LONG flags, AliasTrans* translator) {
   if (RecordedCalls::Fails("C4DAtom::GetClone")) return nullptr;
-  static const auto engine = Engine<C4DAtom*(C4DAtom*, LONG, AliasTrans*)>("_ZN4host7C4DAtom8GetCloneEiPNS_10AliasTransE");
+  static const auto engine =
+      Engine<C4DAtom*(C4DAtom*, LONG, AliasTrans*)>("_ZN4host7C4DAtom8GetCloneEiPNS_10AliasTransE");
   return engine(this, flags, translator);
 }
 
@@ -116,20 +120,22 @@ void BaseDocument::SetChanged() {
 
 void BaseContainer::SetData(LONG id, const GeData& value) {
   NoteWith("BaseContainer::SetData", id);
-  static const auto engine = Engine<void(BaseContainer*, LONG, const GeData&)>("_ZN4host13BaseContainer7SetDataEiRKNS_6GeDataE");
+  static const auto engine = Engine<void(BaseContainer*, LONG, const GeData&)>(
+      "_ZN4host13BaseContainer7SetDataEiRKNS_6GeDataE");
   engine(this, id, value);
 }
 
 Bool BaseContainer::RemoveData(LONG id) {
   NoteWith("BaseContainer::RemoveData", id);
-  static const auto engine = Engine<Bool(BaseContainer*, LONG)>("_ZN4host13BaseContainer10RemoveDataEi");
+  static const auto engine =
+      Engine<Bool(BaseContainer*, LONG)>("_ZN4host13BaseContainer10RemoveDataEi");
   return engine(this, id);
 }
 
 void BaseContainer::SetContainer(LONG id, const BaseContainer& value) {
   NoteWith("BaseContainer::SetContainer", id);
-  static const auto engine =
-      Engine<void(BaseContainer*, LONG, const BaseContainer&)>("_ZN4host13BaseContainer12SetContainerEiRKS0_");
+  static const auto engine = Engine<void(BaseContainer*, LONG, const BaseContainer&)>(
+      "_ZN4host13BaseContainer12SetContainerEiRKS0_");
   engine(this, id, value);
 }
 
@@ -159,7 +165,8 @@ Bool GeDialog::SetLong(LONG id, LONG value) {
 
 Bool GeDialog::SetReal(LONG id, Real value, Real min, Real max, Real step, LONG format) {
   NoteWith("GeDialog::SetReal", id);
-  static const auto engine = Engine<Bool(GeDialog*, LONG, Real, Real, Real, Real, LONG)>("_ZN4host8GeDialog7SetRealEiddddi");
+  static const auto engine = Engine<Bool(GeDialog*, LONG, Real, Real, Real, Real, LONG)>(
+      "_ZN4host8GeDialog7SetRealEiddddi");
   return engine(this, id, value, min, max, step, format);
 }
 
@@ -171,8 +178,8 @@ void SimpleListView::RemoveAll() {
 
 Bool SimpleListView::SetLayout(LONG count, const BaseContainer& columns) {
   RecordedCalls::Note("SimpleListView::SetLayout");
-  static const auto engine =
-      Engine<Bool(SimpleListView*, LONG, const BaseContainer&)>("_ZN4host14SimpleListView9SetLayoutEiRKNS_13BaseContainerE");
+  static const auto engine = Engine<Bool(SimpleListView*, LONG, const BaseContainer&)>(
+      "_ZN4host14SimpleListView9SetLayoutEiRKNS_13BaseContainerE");
   return engine(this, count, columns);
 }
 

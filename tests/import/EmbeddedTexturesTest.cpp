@@ -1,4 +1,5 @@
-// Textures that came inside a file: their names, and how they get onto the disk when the scene is saved.
+// Textures that came inside a file: their names, and how they get onto the disk when the scene is
+// saved.
 #include "engine/import/EmbeddedTextures.h"
 
 #include <filesystem>
@@ -16,7 +17,7 @@ class EmbeddedTextures : public ImportSession {
  protected:
   void SetUp() override { document_ = host::BaseDocument::Alloc(); }
 
-  // A material whose colour is the embedded file of that name.
+  // A material whose color is the embedded file of that name.
   void AddTexture(const std::string& name, const std::string& bytes) {
     const std::string given = engine::AddEmbeddedFile(Doc(), name, bytes);
     host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
@@ -61,7 +62,8 @@ TEST_F(EmbeddedTextures, ACopyOfTheDocumentHasThemToo) {
   auto* copy = static_cast<host::BaseDocument*>(Doc().GetClone(host::COPY_DOCUMENT, nullptr));
   ASSERT_NE(copy, nullptr);
   engine::AddEmbeddedFile(Doc(), "later.png", "more");
-  EXPECT_EQ(engine::FindEmbeddedFile(*copy, "a.png"), engine::FindEmbeddedFile(Doc(), "a.png")) << "the same bytes";
+  EXPECT_EQ(engine::FindEmbeddedFile(*copy, "a.png"), engine::FindEmbeddedFile(Doc(), "a.png"))
+      << "the same bytes";
   EXPECT_EQ(engine::FindEmbeddedFile(*copy, "later.png"), nullptr);
   host::BaseDocument::Free(copy);
 }
@@ -73,7 +75,8 @@ TEST_F(EmbeddedTextures, SavingWritesThemOnce) {
   EXPECT_EQ(Written("a.png") + Written("b.png"), "bytes of abytes of b");
   const std::size_t mark = person_.GetLedger().Mark();
   ASSERT_TRUE(engine::WriteEmbeddedTextures(Doc(), folder_.Path()));
-  for (const std::string& path : person_.GetLedger().WrittenSince(mark)) EXPECT_EQ(path, folder_ / "tex");
+  for (const std::string& path : person_.GetLedger().WrittenSince(mark))
+    EXPECT_EQ(path, folder_ / "tex");
   EXPECT_EQ(TextureFiles(), (std::vector<std::string>{"a.png", "b.png"}));
 }
 

@@ -28,14 +28,17 @@ void Flood(FrameWriter& output) {
   }
 }
 
-// What this process still holds of its parent: descriptors, working directory, the right to write a file.
+// What this process still holds of its parent: descriptors, working directory, the right to write a
+// file.
 std::string Leaks() {
   std::string found;
   for (int descriptor = 4; descriptor < 256; ++descriptor) {
-    if (::lseek(descriptor, 0, SEEK_CUR) >= 0) found += "descriptor " + std::to_string(descriptor) + " ";
+    if (::lseek(descriptor, 0, SEEK_CUR) >= 0)
+      found += "descriptor " + std::to_string(descriptor) + " ";
   }
   char folder[8] = {};
-  if (::getcwd(folder, sizeof(folder)) == nullptr || std::strcmp(folder, "/") != 0) found += "folder ";
+  if (::getcwd(folder, sizeof(folder)) == nullptr || std::strcmp(folder, "/") != 0)
+    found += "folder ";
   rlimit limit{};
   for (const auto what : {RLIMIT_CORE, RLIMIT_FSIZE, RLIMIT_NPROC}) {
     ::getrlimit(what, &limit);
@@ -83,7 +86,8 @@ int Behave(const std::string& how, const std::string& path, int output) {
   if (how == "garbage") writer.Write(FrameKind::Scene, "not a scene");
   if (how == "garbage" || how == "silent") writer.Write(FrameKind::Done, "");
   if (how == "chatter") {
-    for (int i = 0; writer.Write(FrameKind::Progress, std::to_string(i % 1000)); ++i) ::usleep(1000);
+    for (int i = 0; writer.Write(FrameKind::Progress, std::to_string(i % 1000)); ++i)
+      ::usleep(1000);
   }
   return how == "leaks" || how == "control" || how == "confined" ? 1 : 0;
 }

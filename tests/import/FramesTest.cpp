@@ -46,7 +46,8 @@ TEST(Frames, SurviveAnyCut) {
     std::string seen;
     for (std::size_t at = 0; at < sent.size(); at += step) {
       parser.Feed(std::string_view(sent).substr(at, step));
-      while (const std::optional<Frame> frame = parser.Next()) seen += static_cast<char>(frame->kind) + frame->bytes + "|";
+      while (const std::optional<Frame> frame = parser.Next())
+        seen += static_cast<char>(frame->kind) + frame->bytes + "|";
     }
     EXPECT_EQ(seen, std::string("Nfirst|D|S\0\xff|", 13)) << step;
     EXPECT_FALSE(parser.Damaged());
@@ -65,7 +66,8 @@ TEST(Frames, LongContentsComeInPieces) {
 }
 
 TEST(Frames, AnUnknownKindOrAnEndlessLengthIsDamage) {
-  for (const std::string& bytes : {std::string("x\1\0\0\0a", 6), std::string("S\xff\xff\xff\x7f", 5)}) {
+  for (const std::string& bytes :
+       {std::string("x\1\0\0\0a", 6), std::string("S\xff\xff\xff\x7f", 5)}) {
     FrameParser parser;
     parser.Feed(bytes);
     EXPECT_FALSE(parser.Next().has_value());

@@ -12,21 +12,24 @@ namespace {
 class GltfFeatures : public ImportSession {
  protected:
   void SetUp() override { Open(SceneFile("tests/scenes/features/features.gltf")); }
-  host::BaseContainer CameraOf(const std::vector<host::BaseObject*>& objects, std::size_t index) const {
+  host::BaseContainer CameraOf(const std::vector<host::BaseObject*>& objects,
+                               std::size_t index) const {
     return objects.at(index)->GetData();
   }
 };
 
 TEST_F(GltfFeatures, TheHierarchyIsThatOfTheChosenScene) {
   std::string names;
-  for (host::BaseObject* object = Doc().GetFirstObject(); object != nullptr; object = engine::NextInTree(object)) {
+  for (host::BaseObject* object = Doc().GetFirstObject(); object != nullptr;
+       object = engine::NextInTree(object)) {
     names += std::string(object->GetUp() == nullptr ? "" : ".") + object->GetName().ToUtf8() + " " +
              std::to_string(object->GetType()) + "\n";
   }
-  EXPECT_EQ(
-      names,
-      "Root 5140\n.A 5100\n.A 5103\n.Camera 5103\n.Spot 5102\n.Spot 5102\n.Below the spot 5140\n.Sun 5102\n.Bulb 5102\n"
-      ".Two 5140\n.Two (Cut) 5100\n.Two (Clear) 5100\n.Mirrored 5100\n.Both 5140\n.Both 5100\n.Both 5103\nSecond root 5103\n");
+  EXPECT_EQ(names,
+            "Root 5140\n.A 5100\n.A 5103\n.Camera 5103\n.Spot 5102\n.Spot 5102\n.Below the spot "
+            "5140\n.Sun 5102\n.Bulb 5102\n"
+            ".Two 5140\n.Two (Cut) 5100\n.Two (Clear) 5100\n.Mirrored 5100\n.Both 5140\n.Both "
+            "5100\n.Both 5103\nSecond root 5103\n");
   EXPECT_TRUE(HasNote("Other scenes of the file are left out: 1."));
   EXPECT_TRUE(HasNote("The extension EXT_of_nobody is left out."));
   EXPECT_TRUE(HasNote("Meshes of points or lines are left out: 1."));
@@ -38,7 +41,8 @@ TEST_F(GltfFeatures, PlacesAreMirroredInZAndInCentimetres) {
   EXPECT_EQ(object->GetMg().off, host::Vector(1100, 200, -300));
   EXPECT_EQ(object->GetMl().v3, host::Vector(0, 0, 1));
   const engine::Mesh& mesh = *engine::MeshOf(*object);
-  EXPECT_EQ(mesh.points, (std::vector<std::array<float, 3>>{{0, 0, 0}, {100, 0, 0}, {0, 200, 0}, {0, 0, -300}}));
+  EXPECT_EQ(mesh.points,
+            (std::vector<std::array<float, 3>>{{0, 0, 0}, {100, 0, 0}, {0, 200, 0}, {0, 0, -300}}));
 }
 
 TEST_F(GltfFeatures, CornersFaceOutwards) {
@@ -57,7 +61,8 @@ TEST_F(GltfFeatures, CornersFaceOutwards) {
 }
 
 TEST_F(GltfFeatures, WhatIsRightInTheFileIsRightInTheCamera) {
-  // The camera stands 5 m before the tetrahedron's node, looking at it: +x of the file is on its right, +y above.
+  // The camera stands 5 m before the tetrahedron's node, looking at it: +x of the file is on its
+  // right, +y above.
   const host::Matrix camera = Named("A").at(1)->GetMg();
   const host::Matrix other = Named("A").at(0)->GetMg();
   const host::Vector corner = Minus(InWorld(other, 100, 0, 0), other.off);
@@ -91,7 +96,8 @@ TEST_F(GltfFeatures, EveryUserOfALightHasItInPlainNumbers) {
     EXPECT_NEAR(data.GetReal(host::LIGHT_OUTER_ANGLE), 0.8, 1e-6);
     EXPECT_NEAR(data.GetReal(host::LIGHT_RANGE), 500, 1e-6);
   }
-  EXPECT_NEAR(Only("Bulb")->GetDataInstance()->GetReal(host::LIGHT_BRIGHTNESS), 0.25, 1e-6) << "a quarter of the brightest";
+  EXPECT_NEAR(Only("Bulb")->GetDataInstance()->GetReal(host::LIGHT_BRIGHTNESS), 0.25, 1e-6)
+      << "a quarter of the brightest";
   const host::BaseContainer& sun = *Only("Sun")->GetDataInstance();
   EXPECT_EQ(sun.GetLong(host::LIGHT_TYPE), 2);
   EXPECT_NEAR(sun.GetReal(host::LIGHT_BRIGHTNESS), 1, 1e-6);
@@ -118,11 +124,13 @@ TEST_F(GltfFeatures, MaterialsKeepWhatTheSceneKnows) {
   EXPECT_TRUE(cut.GetBool(host::MATERIAL_DOUBLE_SIDED));
   EXPECT_NEAR(cut.GetReal(host::MATERIAL_METALLIC), 0.6, 1e-6);
   EXPECT_NEAR(cut.GetReal(host::MATERIAL_ROUGHNESS), 0.7, 1e-6);
-  EXPECT_EQ(cut.GetVector(host::MATERIAL_LUMINANCE), host::Vector(4, 2, 0)) << "strength times colour";
+  EXPECT_EQ(cut.GetVector(host::MATERIAL_LUMINANCE), host::Vector(4, 2, 0))
+      << "strength times color";
   const host::BaseContainer clear = Material("Clear")->GetData();
   EXPECT_EQ(clear.GetLong(host::MATERIAL_ALPHA_MODE), 2);
   EXPECT_NEAR(clear.GetReal(host::MATERIAL_ALPHA), 0.25, 1e-6);
-  EXPECT_EQ(clear.GetReal(host::MATERIAL_METALLIC), 0) << "its texture is left out, and with it the factor 1";
+  EXPECT_EQ(clear.GetReal(host::MATERIAL_METALLIC), 0)
+      << "its texture is left out, and with it the factor 1";
   EXPECT_EQ(Counts().materials, 2U) << "the library's own default is used by nobody";
   host::TextureTag* tag = engine::AsTextureTag(Only("Two (Clear)")->GetTag(host::Ttexture));
   ASSERT_NE(tag, nullptr);
@@ -131,7 +139,8 @@ TEST_F(GltfFeatures, MaterialsKeepWhatTheSceneKnows) {
 
 TEST_F(GltfFeatures, TexturesAreFoundNamedOrNotedAsMissing) {
   const host::BaseMaterial& cut = *Material("Cut");
-  EXPECT_EQ(ShaderFile(cut, host::MATERIAL_COLOR_SHADER), SceneFile("tests/scenes/features/sub folder/base colour.png"));
+  EXPECT_EQ(ShaderFile(cut, host::MATERIAL_COLOR_SHADER),
+            SceneFile("tests/scenes/features/sub folder/base color.png"));
   EXPECT_EQ(ShaderFile(cut, host::MATERIAL_NORMAL_SHADER), "nowhere\\missing.png");
   EXPECT_TRUE(HasNote("The texture \"nowhere\\missing.png\" was not found."));
   const std::string glow = ShaderFile(cut, host::MATERIAL_LUMINANCE_SHADER);
@@ -142,7 +151,8 @@ TEST_F(GltfFeatures, TexturesAreFoundNamedOrNotedAsMissing) {
 TEST_F(GltfFeatures, TextureCoordinatesGrowDownwardsWithTheirTransform) {
   const engine::Mesh& mesh = *engine::MeshOf(*Named("A").at(0));
   ASSERT_EQ(mesh.uvs.size(), 16U);
-  // First face of the file: points 0, 2, 1 at (0, 0), (0, 1), (1, 0); scale (2, 3), then offset (0.5, 0.25).
+  // First face of the file: points 0, 2, 1 at (0, 0), (0, 1), (1, 0); scale (2, 3), then offset
+  // (0.5, 0.25).
   const auto near = [](const std::array<float, 2>& a, float u, float v) {
     return std::abs(a[0] - u) + std::abs(a[1] - v) < 1e-5;
   };
@@ -150,7 +160,8 @@ TEST_F(GltfFeatures, TextureCoordinatesGrowDownwardsWithTheirTransform) {
   for (std::size_t i = 0; i < 3; ++i) {
     const float u = face[i] == 1 ? 2.5f : 0.5f;
     const float v = face[i] == 2 ? 3.25f : 0.25f;
-    EXPECT_TRUE(near(mesh.uvs[i], u, v)) << face[i] << ": " << mesh.uvs[i][0] << " " << mesh.uvs[i][1];
+    EXPECT_TRUE(near(mesh.uvs[i], u, v))
+        << face[i] << ": " << mesh.uvs[i][0] << " " << mesh.uvs[i][1];
   }
 }
 

@@ -1,4 +1,5 @@
-// ImportSession: imports scenes through a real child process and looks at what came out. Owns the imported document.
+// ImportSession: imports scenes through a real child process and looks at what came out. Owns the
+// imported document.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,7 +16,8 @@ namespace tests {
 
 // A scene of the source tree: "scenes/..." or "tests/scenes/...".
 std::string SceneFile(const std::string& name);
-// A scene that need not be there: below STAGEMARKS_EXTRA_SCENES, else beside the source. Empty when it is not.
+// A scene that need not be there: below STAGEMARKS_EXTRA_SCENES, else beside the source. Empty when
+// it is not.
 std::string ExtraScene(const std::string& name);
 // A model of the Debian package assimp-testmodels; empty when that is not installed.
 std::string PackagedModel(const std::string& name);
@@ -31,7 +33,8 @@ class ImportSession : public testing::Test {
   ImportSession() : inUse_(person_) {}
   ~ImportSession() override { Close(); }
 
-  // Imports and keeps the document; the former one is gone. A failure fails the test and leaves an empty one.
+  // Imports and keeps the document; the former one is gone. A failure fails the test and leaves an
+  // empty one.
   void Open(const std::string& path);
   // The message of an import that must fail.
   std::string Refusal(const std::string& path, const engine::ImportLimits& limits = {},
@@ -64,8 +67,8 @@ host::Vector InWorld(const host::Matrix& frame, double x, double y, double z);
 double Dot(const host::Vector& a, const host::Vector& b);
 host::Vector Minus(const host::Vector& a, const host::Vector& b);
 host::Vector Cross(const host::Vector& a, const host::Vector& b);
-// Share of the corners whose normal points to the side from which the corners of their polygon run clockwise (a, b, c with
-// the cross product of b - a and c - a along the normal).
+// Share of the corners whose normal points to the side from which the corners of their polygon run
+// clockwise (a, b, c with the cross product of b - a and c - a along the normal).
 double FacingShare(const engine::Mesh& mesh);
 
 }  // namespace tests

@@ -1,4 +1,5 @@
-// Damaged files of every format: each gives a scene or a message, within its time, and this process lives on.
+// Damaged files of every format: each gives a scene or a message, within its time, and this process
+// lives on.
 #include <filesystem>
 #include <random>
 
@@ -15,7 +16,8 @@ constexpr int kFilesPerScene = 34;
 
 class Mutation : public ImportSession {
  protected:
-  // Changes some bytes, takes some out, doubles some, or cuts the end off; small files more often than large ones.
+  // Changes some bytes, takes some out, doubles some, or cuts the end off; small files more often
+  // than large ones.
   std::string Mutated(std::string bytes) {
     const int changes = 1 + static_cast<int>(Random(12));
     for (int i = 0; i < changes && bytes.size() > 8; ++i) {
@@ -40,7 +42,9 @@ class Mutation : public ImportSession {
     }
     return bytes;
   }
-  std::size_t Random(std::size_t below) { return std::uniform_int_distribution<std::size_t>(0, below - 1)(random_); }
+  std::size_t Random(std::size_t below) {
+    return std::uniform_int_distribution<std::size_t>(0, below - 1)(random_);
+  }
 
   std::mt19937 random_{kSeed};
   ScratchFolder folder_;
@@ -53,8 +57,9 @@ TEST_F(Mutation, DamagedFilesGiveASceneOrAMessage) {
   int scenes = 0;
   int refusals = 0;
   for (const char* name :
-       {"tests/scenes/features/features.gltf", "tests/scenes/draco/suzi.glb", "scenes/spider/spider.fbx",
-        "scenes/spider/spider.obj", "tests/scenes/collada/lights.dae", "tests/scenes/fbx/cubes_with_mirroring_and_pivot.fbx"}) {
+       {"tests/scenes/features/features.gltf", "tests/scenes/draco/suzi.glb",
+        "scenes/spider/spider.fbx", "scenes/spider/spider.obj", "tests/scenes/collada/lights.dae",
+        "tests/scenes/fbx/cubes_with_mirroring_and_pivot.fbx"}) {
     const std::string whole = ReadText(SceneFile(name));
     ASSERT_GT(whole.size(), 1000U) << name;
     for (int i = 0; i < kFilesPerScene; ++i) {
@@ -66,7 +71,8 @@ TEST_F(Mutation, DamagedFilesGiveASceneOrAMessage) {
         host::BaseDocument::Free(imported.Value().document);
       } else {
         EXPECT_NE(imported.Message().find(file), std::string::npos) << imported.Message();
-        EXPECT_EQ(imported.Message().find("answer is damaged"), std::string::npos) << file << imported.Message();
+        EXPECT_EQ(imported.Message().find("answer is damaged"), std::string::npos)
+            << file << imported.Message();
       }
     }
   }

@@ -14,7 +14,9 @@ namespace {
 using SampleScenes = ImportSession;
 
 bool AllExist(const std::vector<std::string>& files) {
-  return std::all_of(files.begin(), files.end(), [](const std::string& file) { return std::filesystem::is_regular_file(file); });
+  return std::all_of(files.begin(), files.end(), [](const std::string& file) {
+    return std::filesystem::is_regular_file(file);
+  });
 }
 
 TEST_F(SampleScenes, TheDungeonIsWhole) {
@@ -37,7 +39,8 @@ TEST_F(SampleScenes, TheDungeonIsWhole) {
 
 TEST_F(SampleScenes, TheDungeonStandsOnItsFloorInCentimetres) {
   Open(SceneFile("scenes/dungeon/dungeon.gltf"));
-  // The file's places are in metres: the floor's upper side at y 0 under walls of 4 m and stairs, all on a rock of 15 m.
+  // The file's places are in metres: the floor's upper side at y 0 under walls of 4 m and stairs,
+  // all on a rock of 15 m.
   const Box rock = WorldBox();
   EXPECT_NEAR(rock.low[1], -1488.1, 0.1);
   EXPECT_NEAR(rock.high[1], 461.3, 0.5);
@@ -71,8 +74,9 @@ TEST_F(SampleScenes, TheDungeonsSunsShineDownAndItsBulbsKeepTheirRange) {
 }
 
 TEST_F(SampleScenes, NormalsAndCornersFaceTheSameWay) {
-  for (const char* scene : {"scenes/dungeon/dungeon.gltf", "scenes/spider/spider.fbx", "scenes/spider/spider.obj",
-                            "tests/scenes/collada/COLLADA.dae", "tests/scenes/draco/suzi.glb"}) {
+  for (const char* scene :
+       {"scenes/dungeon/dungeon.gltf", "scenes/spider/spider.fbx", "scenes/spider/spider.obj",
+        "tests/scenes/collada/COLLADA.dae", "tests/scenes/draco/suzi.glb"}) {
     Open(SceneFile(scene));
     ASSERT_FALSE(OfType(host::Opolygon).empty()) << scene;
     for (const host::BaseObject* object : OfType(host::Opolygon)) {
@@ -105,11 +109,13 @@ TEST_F(SampleScenes, TheSpidersCameraLooksAtIt) {
   ASSERT_NE(camera, nullptr);
   const Box box = WorldBox();
   const host::Matrix frame = camera->GetMg();
-  const host::Vector middle((box.low[0] + box.high[0]) / 2, (box.low[1] + box.high[1]) / 2, (box.low[2] + box.high[2]) / 2);
+  const host::Vector middle((box.low[0] + box.high[0]) / 2, (box.low[1] + box.high[1]) / 2,
+                            (box.low[2] + box.high[2]) / 2);
   const host::Vector toMiddle = Minus(middle, frame.off);
   EXPECT_GT(Dot(frame.v3, toMiddle) / std::sqrt(Dot(toMiddle, toMiddle)), 0.9);
   EXPECT_GT(frame.v2.y, 0.5) << "upright";
-  EXPECT_NEAR(Dot(Cross(frame.v2, frame.v3), frame.v1), 1, 1e-3) << "not mirrored, axes of length 1";
+  EXPECT_NEAR(Dot(Cross(frame.v2, frame.v3), frame.v1), 1, 1e-3)
+      << "not mirrored, axes of length 1";
   EXPECT_EQ(Doc().GetRenderBaseDraw()->GetSceneCamera(&Doc()), camera);
 }
 
@@ -132,13 +138,16 @@ TEST_F(SampleScenes, CamerasOfColladaHaveTheirAngles) {
   Open(SceneFile("tests/scenes/collada/cameras.dae"));
   EXPECT_EQ(Counts().objects, 3U) << "the library's own skeleton mesh is none of the file's";
   const double degree = std::acos(-1.0) / 180;
-  EXPECT_NEAR(Only("Camera")->GetDataInstance()->GetReal(host::CAMERA_FOV), 49.13434 * degree, 1e-5);
-  EXPECT_NEAR(Only("Camera_003")->GetDataInstance()->GetReal(host::CAMERA_FOV), 29.86284 * degree, 1e-5);
+  EXPECT_NEAR(Only("Camera")->GetDataInstance()->GetReal(host::CAMERA_FOV), 49.13434 * degree,
+              1e-5);
+  EXPECT_NEAR(Only("Camera_003")->GetDataInstance()->GetReal(host::CAMERA_FOV), 29.86284 * degree,
+              1e-5);
   EXPECT_NEAR(Only("Camera_003")->GetDataInstance()->GetReal(host::CAMERA_FAR), 5000, 1e-2);
   const host::BaseContainer parallel = Only("Camera_002")->GetData();
   EXPECT_EQ(parallel.GetLong(host::CAMERA_PROJECTION), 1);
   EXPECT_NEAR(parallel.GetReal(host::CAMERA_WIDTH), 600, 1e-6);
-  // Z up in the file: the first camera sits on +x and looks along -x, the third above... along the file's -y.
+  // Z up in the file: the first camera sits on +x and looks along -x, the third above... along the
+  // file's -y.
   const host::Matrix first = Only("Camera")->GetMg();
   EXPECT_NEAR(first.off.x, 1000, 1e-3);
   EXPECT_NEAR(first.v3.x, -1, 1e-5);
@@ -146,14 +155,16 @@ TEST_F(SampleScenes, CamerasOfColladaHaveTheirAngles) {
 
 TEST_F(SampleScenes, LightsOfColladaKeepTheirKinds) {
   Open(SceneFile("tests/scenes/collada/lights.dae"));
-  const std::vector<std::pair<const char*, host::LONG>> kinds = {{"Lamp", 0}, {"Sun", 2}, {"Spot", 1}, {"Hemi", 4}, {"Area", 0}};
+  const std::vector<std::pair<const char*, host::LONG>> kinds = {
+      {"Lamp", 0}, {"Sun", 2}, {"Spot", 1}, {"Hemi", 4}, {"Area", 0}};
   for (const auto& [name, kind] : kinds) {
     const host::BaseObject* light = Only(name);
     ASSERT_NE(light, nullptr);
     EXPECT_EQ(light->GetDataInstance()->GetLong(host::LIGHT_TYPE), kind) << name;
     EXPECT_NEAR(light->GetDataInstance()->GetReal(host::LIGHT_BRIGHTNESS), 1, 1e-6) << name;
   }
-  EXPECT_NEAR(Only("Spot")->GetDataInstance()->GetReal(host::LIGHT_OUTER_ANGLE), std::acos(-1.0) / 4, 1e-5);
+  EXPECT_NEAR(Only("Spot")->GetDataInstance()->GetReal(host::LIGHT_OUTER_ANGLE),
+              std::acos(-1.0) / 4, 1e-5);
   EXPECT_NEAR(Only("Sun")->GetMg().v3.y, -1, 1e-5) << "Z up in the file: shining down";
   EXPECT_NEAR(Only("Sun")->GetMg().off.y, 514.722, 1e-2);
 }
@@ -165,7 +176,8 @@ TEST_F(SampleScenes, CentimetresOfColladaStayCentimetres) {
   EXPECT_EQ(Counts().lights, 2U);
   for (host::BaseObject* top = Doc().GetFirstObject(); top != nullptr; top = top->GetNext()) {
     const host::Vector axis = top->GetMl().v1;
-    EXPECT_GT(Dot(axis, axis), 0.01) << "the file's unit is in the lengths, not in the frames: " << top->GetName().ToUtf8();
+    EXPECT_GT(Dot(axis, axis), 0.01)
+        << "the file's unit is in the lengths, not in the frames: " << top->GetName().ToUtf8();
   }
 }
 
@@ -181,8 +193,10 @@ TEST_F(SampleScenes, CamerasOfGltfAreRight) {
   EXPECT_EQ(parallel.GetLong(host::CAMERA_PROJECTION), 1);
   EXPECT_NEAR(parallel.GetReal(host::CAMERA_WIDTH), 200, 1e-6);
   EXPECT_NEAR(parallel.GetReal(host::CAMERA_FAR), 10000, 1e-6);
-  EXPECT_EQ(OfType(host::Ocamera)[0]->GetName().ToUtf8(), "Camera") << "a node without a name is named after its kind";
-  EXPECT_NEAR(OfType(host::Ocamera)[0]->GetMg().off.x, 50, 1e-4) << "the library adds the place twice";
+  EXPECT_EQ(OfType(host::Ocamera)[0]->GetName().ToUtf8(), "Camera")
+      << "a node without a name is named after its kind";
+  EXPECT_NEAR(OfType(host::Ocamera)[0]->GetMg().off.x, 50, 1e-4)
+      << "the library adds the place twice";
 }
 
 TEST_F(SampleScenes, UnitsOfFbxCount) {
@@ -208,7 +222,7 @@ TEST_F(SampleScenes, PivotsBecomePartOfTheirFrames) {
   EXPECT_LT(Dot(Cross(frame.v1, frame.v2), frame.v3), 0);
   EXPECT_NEAR(frame.off.x, -1.04024, 1e-4);
   const host::Matrix pivoted = Only("Cube3")->GetDown()->GetMl();
-  // translation + rotation pivot (cancelled) + scaling offset + pivot - scale * pivot
+  // translation + rotation pivot (canceled) + scaling offset + pivot - scale * pivot
   EXPECT_NEAR(pivoted.off.x, 100 * (1.04024 + 0.168946 - 0.747049 + 0.773848 * 0.747049), 1e-2);
 }
 
@@ -233,18 +247,22 @@ TEST_F(SampleScenes, DracoIsUnpacked) {
 
 TEST_F(SampleScenes, TheLevelHasItsCameraAndNamesWhatIsMissing) {
   const std::string level = ExtraScene("level/example_level.gltf");
-  if (level.empty()) GTEST_SKIP() << "level/example_level.gltf is missing (STAGEMARKS_EXTRA_SCENES names its folder)";
+  if (level.empty())
+    GTEST_SKIP()
+        << "level/example_level.gltf is missing (STAGEMARKS_EXTRA_SCENES names its folder)";
   Open(level);
   EXPECT_EQ(Counts().polygons, 2908U);
   EXPECT_EQ(Counts().cameras, 1U);
   EXPECT_EQ(Counts().lights, 6U);
   EXPECT_EQ(Counts().materials, 6U);
-  EXPECT_NEAR(OfType(host::Ocamera)[0]->GetDataInstance()->GetReal(host::CAMERA_FOV), 0.857556, 1e-5);
+  EXPECT_NEAR(OfType(host::Ocamera)[0]->GetDataInstance()->GetReal(host::CAMERA_FOV), 0.857556,
+              1e-5);
   EXPECT_TRUE(HasNote("concrete-normalmap.png\" was not found"));
 }
 
 TEST_F(SampleScenes, InstancesShareTheirMesh) {
-  const std::string engineModel = PackagedModel("glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb");
+  const std::string engineModel =
+      PackagedModel("glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb");
   if (engineModel.empty()) GTEST_SKIP() << "the Debian package assimp-testmodels is missing";
   Open(engineModel);
   EXPECT_EQ(Counts().polygons, 121496U);

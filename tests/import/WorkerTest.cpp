@@ -1,5 +1,5 @@
-// Every way in which an import can fail: the file, the limits, the child. Always a message that names the file, and
-// never more than a message.
+// Every way in which an import can fail: the file, the limits, the child. Always a message that
+// names the file, and never more than a message.
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -62,7 +62,8 @@ TEST_F(Worker, TheChildInheritsNothing) {
 
 TEST_F(Worker, TheChildCanOnlyReadBelowTheScene) {
   const std::string said = Ended("confined");
-  if (said.find("yes yes") != std::string::npos) GTEST_SKIP() << "this kernel cannot confine file access (Landlock)";
+  if (said.find("yes yes") != std::string::npos)
+    GTEST_SKIP() << "this kernel cannot confine file access (Landlock)";
   ExpectPart(said, "was not imported. yes no no no");
   EXPECT_EQ(ReadText(folder_ / "new"), "(missing)");
 }
@@ -107,7 +108,8 @@ TEST_F(Worker, MemoryIsLimited) {
 }
 
 TEST_F(Worker, AMissingProgramIsNamed) {
-  ExpectPart(Refusal(SceneFile("scenes/spider/spider.obj"), {}, "/nowhere/at/all"), "The importer could not be started");
+  ExpectPart(Refusal(SceneFile("scenes/spider/spider.obj"), {}, "/nowhere/at/all"),
+             "The importer could not be started");
 }
 
 TEST_F(Worker, FilesAreLookedAtFirst) {
@@ -134,8 +136,9 @@ TEST_F(Worker, FilesAreLookedAtFirst) {
 
 TEST_F(Worker, ABeginningThatBeliesTheSuffixIsRefused) {
   for (const char* name : {"a.gltf", "a.GLB", "a.fbx", "a.dae", "a.obj"}) {
-    ExpectPart(Refusal(Write(name, std::string("\x7f\0ELF and so on, long enough for any head", 40))),
-               "is not what its suffix says, or it is damaged.");
+    ExpectPart(
+        Refusal(Write(name, std::string("\x7f\0ELF and so on, long enough for any head", 40))),
+        "is not what its suffix says, or it is damaged.");
   }
 }
 
@@ -148,7 +151,8 @@ TEST_F(Worker, AnEmptySceneIsNoted) {
 TEST_F(Worker, SuffixesAreTakenInAnyCase) {
   for (const char* name : {"a.gltf", "a.GLTF", "a.Glb", "a.OBJ", "a.fbx", "a.DAE"})
     EXPECT_TRUE(engine::IsImportable(name)) << name;
-  for (const char* name : {"a.blend", "a.3ds", "gltf", "a.gltf.zip", ""}) EXPECT_FALSE(engine::IsImportable(name)) << name;
+  for (const char* name : {"a.blend", "a.3ds", "gltf", "a.gltf.zip", ""})
+    EXPECT_FALSE(engine::IsImportable(name)) << name;
   Open(Write("Three.OBJ", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"));
   EXPECT_EQ(Counts().polygons, 1U);
   EXPECT_EQ(Doc().GetDocumentName().GetString().ToUtf8(), "Three.c4d");
@@ -159,11 +163,14 @@ TEST_F(Worker, AFileCannotPullInWhatLiesElsewhere) {
   ASSERT_EQ(::mkdir((folder_ / "inner").c_str(), 0700), 0);
   Write("secret.bin", std::string(36, '\0'));
   const auto scene = [&](const std::string& uri) {
-    return "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}],\"meshes\":[{"
+    return "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{"
+           "\"mesh\":0}],\"meshes\":[{"
            "\"primitives\":[{\"attributes\":{\"POSITION\":0}}]}],\"buffers\":[{\"uri\":\"" +
            uri +
-           "\",\"byteLength\":36}],\"bufferViews\":[{\"buffer\":0,\"byteLength\":36}],\"accessors\":[{\"bufferView\":0,"
-           "\"componentType\":5126,\"count\":3,\"type\":\"VEC3\",\"min\":[0,0,0],\"max\":[0,0,0]}]}";
+           "\",\"byteLength\":36}],\"bufferViews\":[{\"buffer\":0,\"byteLength\":36}],"
+           "\"accessors\":[{\"bufferView\":0,"
+           "\"componentType\":5126,\"count\":3,\"type\":\"VEC3\",\"min\":[0,0,0],\"max\":[0,0,0]}]"
+           "}";
   };
   Write("inner/near.bin", std::string(36, '\0'));
   Open(Write("inner/fine.gltf", scene("near.bin")));
@@ -180,7 +187,8 @@ TEST_F(Worker, AnImportShowsItsProgress) {
 
 TEST_F(Worker, AChainOfNodesNeedsNoStack) {
   // Below the depth at which the library itself gives up.
-  std::string text = "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[";
+  std::string text =
+      "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[";
   constexpr int kDepth = 4000;
   for (int i = 1; i < kDepth; ++i) text += "{\"children\":[" + std::to_string(i) + "]},";
   Open(Write("deep.gltf", text + "{}]}"));

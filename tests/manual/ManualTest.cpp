@@ -1,4 +1,5 @@
-// The manual's setting: what is read from Markdown, what is refused, and that links and outline lead somewhere.
+// The manual's setting: what is read from Markdown, what is refused, and that links and outline
+// lead somewhere.
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -16,14 +17,17 @@ namespace manual {
 namespace {
 
 std::string Kinds(const QString& markdown) {
-  constexpr const char* kNames[] = {"heading", "paragraph", "bullet", "step", "note", "code", "table", "figure"};
+  constexpr const char* kNames[] = {"heading", "paragraph", "bullet", "step",
+                                    "note",    "code",      "table",  "figure"};
   std::string kinds;
-  for (const Piece& piece : ReadManuscript(markdown)) kinds += std::string(kNames[static_cast<int>(piece.kind)]) + " ";
+  for (const Piece& piece : ReadManuscript(markdown))
+    kinds += std::string(kNames[static_cast<int>(piece.kind)]) + " ";
   return kinds;
 }
 
 TEST(Manuscript, IsReadInPieces) {
-  EXPECT_EQ(Kinds("# A\n\ntext **bold**\n\n- one\n- two\n\n1. first\n\n> note\n\n```\nx\n\n  y\n```\n\ntext\n\n"
+  EXPECT_EQ(Kinds("# A\n\ntext **bold**\n\n- one\n- two\n\n1. first\n\n> note\n\n```\nx\n\n  "
+                  "y\n```\n\ntext\n\n"
                   "| a | b |\n|---|---|\n| c | d |\n\n![words](p.png)\n"),
             "heading paragraph bullet bullet step note code paragraph table figure ");
   const std::vector<Piece> pieces = ReadManuscript("a **b** `c` [d](#e)\n\n```\nx\n\n  y\n```\n");
@@ -32,7 +36,8 @@ TEST(Manuscript, IsReadInPieces) {
   EXPECT_TRUE(pieces[0].line[1].bold);
   EXPECT_TRUE(pieces[0].line[3].code);
   EXPECT_EQ(pieces[0].line.back().link, "#e");
-  EXPECT_EQ(pieces[1].code, QStringList({"x", "", "  y"})) << "one tree, with its indents and empty lines";
+  EXPECT_EQ(pieces[1].code, QStringList({"x", "", "  y"}))
+      << "one tree, with its indents and empty lines";
 }
 
 TEST(Manuscript, AnchorsAreMadeOfLettersAndDigits) {
@@ -44,9 +49,10 @@ TEST(Manual, FaultsOfTheManuscriptAreNamed) {
   const struct {
     const char* text;
     const char* problem;
-  } cases[] = {{"# T\n\n# A\n\n[x](#nowhere)\n", "The link \"#nowhere\" leads to no heading."},
-               {"# T\n\n# A\n\n![x](none.png)\n", "The picture \"none.png\" cannot be read."},
-               {"# T\n\n# A\n\n```\nx\n```\n\n| a | b |\n|---|---|\n| c | d |\n", "A table has no head."}};
+  } cases[] = {
+      {"# T\n\n# A\n\n[x](#nowhere)\n", "The link \"#nowhere\" leads to no heading."},
+      {"# T\n\n# A\n\n![x](none.png)\n", "The picture \"none.png\" cannot be read."},
+      {"# T\n\n# A\n\n```\nx\n```\n\n| a | b |\n|---|---|\n| c | d |\n", "A table has no head."}};
   for (const auto& each : cases) {
     const MadeManual made = MakeManual(each.text, TEST_SOURCE_DIR, "1");
     EXPECT_TRUE(made.problem.startsWith(each.problem)) << qPrintable(made.problem);
@@ -63,7 +69,8 @@ TEST(Manual, TheSameTextGivesTheSameBytes) {
 
 TEST(PdfFile, RefusesWhatIsNoPdf) {
   const QByteArray pdf = MakeManual("# T\n\n# A\n\ntext\n", TEST_SOURCE_DIR, "1").pdf;
-  for (const QByteArray& bytes : {QByteArray(), QByteArray("%PDF-1.4\n"), pdf.left(pdf.size() / 2), pdf.mid(8)}) {
+  for (const QByteArray& bytes :
+       {QByteArray(), QByteArray("%PDF-1.4\n"), pdf.left(pdf.size() / 2), pdf.mid(8)}) {
     EXPECT_FALSE(PdfFile::Read(bytes).has_value());
   }
 }
@@ -76,7 +83,9 @@ std::map<int, QByteArray> Objects(const QByteArray& pdf) {
   for (auto it = begin.globalMatch(text); it.hasNext();) {
     const auto match = it.next();
     objects[match.captured(1).toInt()] =
-        text.mid(match.capturedEnd(), text.indexOf("endobj", match.capturedEnd()) - match.capturedEnd()).toLatin1();
+        text.mid(match.capturedEnd(),
+                 text.indexOf("endobj", match.capturedEnd()) - match.capturedEnd())
+            .toLatin1();
   }
   return objects;
 }
@@ -85,7 +94,8 @@ std::map<int, QByteArray> Objects(const QByteArray& pdf) {
 std::multiset<int> Targets(const QByteArray& object) {
   std::multiset<int> pages;
   static const QRegularExpression destination("/Dest \\[(\\d+) 0 R /XYZ 0 [0-9.]+ null\\]");
-  for (auto it = destination.globalMatch(QString::fromLatin1(object)); it.hasNext();) pages.insert(it.next().captured(1).toInt());
+  for (auto it = destination.globalMatch(QString::fromLatin1(object)); it.hasNext();)
+    pages.insert(it.next().captured(1).toInt());
   return pages;
 }
 
@@ -114,7 +124,8 @@ TEST(Manual, LinksAndOutlineLeadToPages) {
     (object.contains("/Subtype /Link") ? links : entries) += 1;
   }
   EXPECT_EQ(entries, headings - 1) << "one for each heading but the title";
-  EXPECT_GE(links, 2 * (listed - 1)) << "two for each line of the contents: its text and its number";
+  EXPECT_GE(links, 2 * (listed - 1))
+      << "two for each line of the contents: its text and its number";
 }
 
 }  // namespace

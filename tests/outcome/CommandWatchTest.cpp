@@ -1,4 +1,5 @@
-// What is said after each command of the dialog: from the loaded plug-in, which keeps silent about most of it.
+// What is said after each command of the dialog: from the loaded plug-in, which keeps silent about
+// most of it.
 #include "program/outcome/CommandWatch.h"
 
 #include <filesystem>
@@ -81,9 +82,11 @@ TEST_F(CommandWatchTest, LoadingRenamingAndDeletingNameTheStagemark) {
   Answer(true);
   SelectRows({"B"});
   EXPECT_EQ(After("Delete", [this] { return Press(kDelete); }), "Deleted \"B\".\n");
-  EXPECT_EQ(Chosen("Delete Checked Elements", kDeleteChecked), "Nothing was done: check the Stagemarks that are meant.\n");
+  EXPECT_EQ(Chosen("Delete Checked Elements", kDeleteChecked),
+            "Nothing was done: check the Stagemarks that are meant.\n");
   Menu(kCheckAll);
-  EXPECT_EQ(Chosen("Delete Checked Elements", kDeleteChecked), "Deleted 2 Stagemarks: \"C\" and \"Z\".\n");
+  EXPECT_EQ(Chosen("Delete Checked Elements", kDeleteChecked),
+            "Deleted 2 Stagemarks: \"C\" and \"Z\".\n");
   EXPECT_EQ(Chosen("Delete All Elements", kDeleteAll), "There are no Stagemarks in this scene.\n");
 }
 
@@ -94,27 +97,35 @@ TEST_F(CommandWatchTest, BulkEditsTellWhatTheyChangedOrWhatTheyLack) {
   Record("A");
   const char* objects = "Set Selected Objects on Checked Elements";
   const char* layers = "Set Selected Layers on Checked Elements";
-  EXPECT_EQ(Chosen(objects, kSetObjects), "Nothing was done: check the Stagemarks that are meant.\n");
+  EXPECT_EQ(Chosen(objects, kSetObjects),
+            "Nothing was done: check the Stagemarks that are meant.\n");
   Check("A");
   EXPECT_EQ(Chosen(objects, kSetObjects), "Nothing was changed: select an object first.\n");
   EXPECT_EQ(Chosen(layers, kSetLayers), "Nothing was changed: select a layer first.\n");
   Doc().SetActiveObject(lamp);
   lamp->SetRenderMode(MODE_OFF);
   EXPECT_EQ(Chosen(objects, kSetObjects), "Wrote the switches of \"Lamp\" into \"A\".\n");
-  EXPECT_EQ(Chosen(objects, kSetObjects), "Nothing changed: \"A\" had the switches of \"Lamp\" already.\n");
+  EXPECT_EQ(Chosen(objects, kSetObjects),
+            "Nothing changed: \"A\" had the switches of \"Lamp\" already.\n");
   layer->SetAllBits(layer->GetAllBits() | BIT_ACTIVE);
-  EXPECT_EQ(Chosen(layers, kSetLayers), "Nothing changed: \"A\" had the switches of \"Props\" already.\n");
-  EXPECT_EQ(Chosen("Set Render Camera on Checked Elements", kSetCamera), "\n") << "the dialog has said that it needs a camera";
-  EXPECT_EQ(Chosen("Update Checked Elements", kUpdateChecked), "Nothing in the scene was new to \"A\".\n");
+  EXPECT_EQ(Chosen(layers, kSetLayers),
+            "Nothing changed: \"A\" had the switches of \"Props\" already.\n");
+  EXPECT_EQ(Chosen("Set Render Camera on Checked Elements", kSetCamera), "\n")
+      << "the dialog has said that it needs a camera";
+  EXPECT_EQ(Chosen("Update Checked Elements", kUpdateChecked),
+            "Nothing in the scene was new to \"A\".\n");
   EXPECT_EQ(Chosen("Clean Material Editor", kCleanMaterials), "Deleted 1 material: \"Unused\".\n");
-  EXPECT_EQ(Chosen("Save As Default Preferences", kSaveDefaults), "Kept these options as your defaults.\n");
+  EXPECT_EQ(Chosen("Save As Default Preferences", kSaveDefaults),
+            "Kept these options as your defaults.\n");
 }
 
 TEST_F(CommandWatchTest, AnExportCountsItsFilesAndNamesWhatIsMissing) {
   PretendSaved("shot.c4d");
   for (const char* name : {"A", "B", "C"}) Record(name);
   Menu(kCheckAll);
-  const auto exported = [this] { return After("Generate .C4D Files", [this] { return Press(kGenerateFiles); }); };
+  const auto exported = [this] {
+    return After("Generate .C4D Files", [this] { return Press(kGenerateFiles); });
+  };
   EXPECT_EQ(exported(), "\n") << "called off";
   folder_ = Folder() + "/out";
   fs::create_directory(folder_);
@@ -129,9 +140,13 @@ TEST_F(CommandWatchTest, AnExportCountsItsFilesAndNamesWhatIsMissing) {
   fs::remove_all(folder_ + "/shot B");
   tests::WriteText(folder_ + "/shot B", "a file in the way");
   const std::string said = exported();
-  EXPECT_EQ(said.find("Not everything was exported: 1 scene file of 3 in \"" + folder_ + "\".\n! "), 0U) << said;
+  EXPECT_EQ(said.find("Not everything was exported: 1 scene file of 3 in \"" + folder_ + "\".\n! "),
+            0U)
+      << said;
   EXPECT_NE(said.find("shot B"), std::string::npos) << said;
-  EXPECT_NE(said.find("! The copy of the scene that was being exported stays open.\n"), std::string::npos) << said;
+  EXPECT_NE(said.find("! The copy of the scene that was being exported stays open.\n"),
+            std::string::npos)
+      << said;
 }
 
 TEST_F(CommandWatchTest, SavingElsewhereTellsWhatWasTakenAlong) {
@@ -149,7 +164,8 @@ TEST_F(CommandWatchTest, SavingElsewhereTellsWhatWasTakenAlong) {
   };
   EXPECT_EQ(saved("one.c4d"), "Saved \"one.c4d\".");
   EXPECT_EQ(saved("two.c4d"), "Saved \"two.c4d\" with 2 preview images.");
-  EXPECT_EQ(saved("two.c4d"), "Saved \"two.c4d\".\nThe preview images in \"" + Folder() + "/one_SM\" were not taken along.")
+  EXPECT_EQ(saved("two.c4d"), "Saved \"two.c4d\".\nThe preview images in \"" + Folder() +
+                                  "/one_SM\" were not taken along.")
       << "the question about the folder that is there was answered no";
 }
 

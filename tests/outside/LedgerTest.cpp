@@ -49,7 +49,8 @@ TEST(Ledger, AskingForWhatIsMissingIsNoFailure) {
   EXPECT_FALSE(outside.CopyFile(missing, scratch / "x", true));
   EXPECT_FALSE(outside.ReadFile("missing"));
   ASSERT_EQ(ledger.FailuresSince(0).size(), 2U);
-  EXPECT_EQ(ledger.FailuresSince(0)[0].message, "Cannot read \"" + missing + "\": No such file or directory.");
+  EXPECT_EQ(ledger.FailuresSince(0)[0].message,
+            "Cannot read \"" + missing + "\": No such file or directory.");
 }
 
 TEST(FaultyOutside, BreaksTheOperationItIsToldTo) {
@@ -58,7 +59,8 @@ TEST(FaultyOutside, BreaksTheOperationItIsToldTo) {
   FaultyOutside faulty(real);
   faulty.Break(2, Fault::Fail);
   EXPECT_TRUE(faulty.ReplaceFile(scratch / "a", "abcdef"));
-  EXPECT_EQ(faulty.ReadFile(scratch / "a").Message(), "Cannot work on \"" + scratch / "a" + "\": Input/output error.");
+  EXPECT_EQ(faulty.ReadFile(scratch / "a").Message(),
+            "Cannot work on \"" + scratch / "a" + "\": Input/output error.");
   EXPECT_TRUE(faulty.ReadFile(scratch / "a"));
   faulty.Break(1, Fault::CutShort, Operation::ReadFile);
   EXPECT_TRUE(faulty.MakeFolder(scratch / "folder"));
@@ -85,7 +87,8 @@ TEST(ScriptedOutside, AnswersInOrderAndWritesItDown) {
   outside.ShowStatus("Busy");
   outside.ClearStatus();
   EXPECT_EQ(outside.TakeTranscript(),
-            "ask: Overwrite? -> yes\nask: Really? -> no\nchoose: Folder -> /target\nchoose: Folder -> (cancelled)\n"
+            "ask: Overwrite? -> yes\nask: Really? -> no\nchoose: Folder -> /target\nchoose: Folder "
+            "-> (canceled)\n"
             "tell: Done\nstatus: Busy\nstatus cleared\n");
   EXPECT_EQ(outside.TakeTranscript(), "");
 }

@@ -62,17 +62,20 @@ TEST_P(PathRules, Changing) {
   EXPECT_EQ(outside_.GetLedger().FailuresSince(0).size(), 9U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, PathRules,
-                         testing::Values(Case{"Plain", "@/file", "", ""}, Case{"Empty", "", "is empty", "is empty"},
-                                         Case{"Relative", "file", "is relative", "is relative"},
-                                         Case{"RelativeDot", "./file", "is relative", "is relative"},
-                                         Case{"DoubledSlashes", "@//.//file", "", ""}, Case{"TrailingSlash", "@/file/", "", ""},
-                                         Case{"DotDot", "@/../nowhere/../file/..", "No such file", "\"..\" component"},
-                                         Case{"DotDotLast", "@/..", "folder", "\"..\" component"},
-                                         Case{"DotDotBehindBackslash", "@/a\\..\\file", "No such file", "\"..\" component"},
-                                         Case{"Nul", "@/file\0.c4d"s, "NUL byte", "NUL byte"},
-                                         Case{"Root", "/", "it is a folder", "root folder"}),
-                         [](const auto& one) { return one.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Table, PathRules,
+    testing::Values(Case{"Plain", "@/file", "", ""}, Case{"Empty", "", "is empty", "is empty"},
+                    Case{"Relative", "file", "is relative", "is relative"},
+                    Case{"RelativeDot", "./file", "is relative", "is relative"},
+                    Case{"DoubledSlashes", "@//.//file", "", ""},
+                    Case{"TrailingSlash", "@/file/", "", ""},
+                    Case{"DotDot", "@/../nowhere/../file/..", "No such file", "\"..\" component"},
+                    Case{"DotDotLast", "@/..", "folder", "\"..\" component"},
+                    Case{"DotDotBehindBackslash", "@/a\\..\\file", "No such file",
+                         "\"..\" component"},
+                    Case{"Nul", "@/file\0.c4d"s, "NUL byte", "NUL byte"},
+                    Case{"Root", "/", "it is a folder", "root folder"}),
+    [](const auto& one) { return one.param.name; });
 
 TEST(PathRules, NamesThatOnlyLookLikeDotsAreNames) {
   const ScratchFolder scratch;

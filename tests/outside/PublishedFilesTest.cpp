@@ -80,12 +80,14 @@ TEST_F(PublishedFiles, BrowsingListsPlainFilesInNameOrder) {
   EXPECT_FALSE(browser->GetNext());
 }
 
-TEST_F(PublishedFiles, ChoosingAFileKeepsTheNameWhenCancelled) {
+TEST_F(PublishedFiles, ChoosingAFileKeepsTheNameWhenCanceled) {
   Filename name("/proposal");
-  EXPECT_FALSE(host::FileSelect(name, host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose"));
+  EXPECT_FALSE(
+      host::FileSelect(name, host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose"));
   EXPECT_EQ(name.GetString(), String("/proposal"));
   outside.ChooseNext("/chosen");
-  EXPECT_TRUE(host::FileSelect(name, host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose"));
+  EXPECT_TRUE(
+      host::FileSelect(name, host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose"));
   EXPECT_EQ(name.GetString(), String("/chosen"));
 }
 
@@ -100,7 +102,8 @@ TEST_F(PublishedFiles, PromptsStatusViewerAndClockGoThroughTheDoor) {
   tests::WriteText(scratch / "manual.pdf", "x");
   EXPECT_TRUE(host::GeExecuteFile(At("manual.pdf")));
   EXPECT_EQ(outside.TakeTranscript(),
-            "tell: Told\nask: Asked? -> yes\nstatus: Busy\nstatus cleared\nview: " + (scratch / "manual.pdf") + "\n");
+            "tell: Told\nask: Asked? -> yes\nstatus: Busy\nstatus cleared\nview: " +
+                (scratch / "manual.pdf") + "\n");
   host::LocalFileTime time;
   host::GeGetCurrentTime(time);
   EXPECT_EQ(time.year * 10000 + time.month * 100 + time.day, 20110203);

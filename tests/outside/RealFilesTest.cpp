@@ -39,10 +39,12 @@ class Limit {
   rlimit former_{};
 };
 
-// While it lives no file of this process grows beyond `bytes`: writing is cut short, as on a full disk.
+// While it lives no file of this process grows beyond `bytes`: writing is cut short, as on a full
+// disk.
 class FullDisk {
  public:
-  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)), limit_(RLIMIT_FSIZE, bytes) {}
+  explicit FullDisk(rlim_t bytes)
+      : handler_(std::signal(SIGXFSZ, SIG_IGN)), limit_(RLIMIT_FSIZE, bytes) {}
   ~FullDisk() { std::signal(SIGXFSZ, handler_); }
 
  private:
@@ -50,13 +52,15 @@ class FullDisk {
   Limit limit_;
 };
 
-// While it lives the superuser has the rights of an ordinary user, who owns `folder` and what is in it.
+// While it lives the superuser has the rights of an ordinary user, who owns `folder` and what is in
+// it.
 class Ordinary {
  public:
   explicit Ordinary(const std::string& folder) : superuser_(geteuid() == 0) {
     if (!superuser_) return;
     constexpr uid_t kNobody = 65534;
-    for (const auto& entry : fs::directory_iterator(folder)) owned_ &= chown(entry.path().c_str(), kNobody, kNobody) == 0;
+    for (const auto& entry : fs::directory_iterator(folder))
+      owned_ &= chown(entry.path().c_str(), kNobody, kNobody) == 0;
     owned_ &= chown(folder.c_str(), kNobody, kNobody) == 0 && seteuid(kNobody) == 0;
     EXPECT_TRUE(owned_);
   }
@@ -113,7 +117,8 @@ TEST_F(RealFiles, ReplaceRefusesWhatIsNoFileInItsPlace) {
   fs::create_directory(At("folder"));
   mkfifo(At("pipe").c_str(), 0600);
   fs::create_symlink(At("nowhere"), At("dangling"));
-  EXPECT_EQ(outside.ReplaceFile(At("folder"), "x").Message(), "Cannot write \"" + At("folder") + "\": a folder is in its place.");
+  EXPECT_EQ(outside.ReplaceFile(At("folder"), "x").Message(),
+            "Cannot write \"" + At("folder") + "\": a folder is in its place.");
   EXPECT_FALSE(outside.ReplaceFile(At("pipe"), "x"));
   EXPECT_FALSE(outside.ReplaceFile(At("dangling"), "x"));
   EXPECT_FALSE(outside.ReplaceFile(At("missing/x"), "x"));
@@ -125,7 +130,8 @@ TEST_F(RealFiles, ReplaceRefusesWhatIsNoFileInItsPlace) {
 TEST_F(RealFiles, ReplaceKeepsALinkAndTheRightsOfTheFile) {
   fs::create_directory(At("store"));
   WriteText(At("store/scene"), "old");
-  fs::permissions(At("store/scene"), fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  fs::permissions(At("store/scene"),
+                  fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
   fs::create_symlink("store/scene", At("scene"));
   ASSERT_TRUE(outside.ReplaceFile(At("scene"), "new"));
   EXPECT_TRUE(fs::is_symlink(At("scene")));
@@ -137,7 +143,8 @@ TEST_F(RealFiles, WriteProtectionIsRespected) {
   WriteText(At("a"), "old");
   fs::permissions(At("a"), fs::perms::owner_read);
   const Ordinary ordinary(scratch.Path());
-  EXPECT_EQ(outside.ReplaceFile(At("a"), "new").Message(), "Cannot write \"" + At("a") + "\": Permission denied.");
+  EXPECT_EQ(outside.ReplaceFile(At("a"), "new").Message(),
+            "Cannot write \"" + At("a") + "\": Permission denied.");
   fs::permissions(scratch.Path(), fs::perms::owner_read | fs::perms::owner_exec);
   EXPECT_FALSE(outside.ReplaceFile(At("b"), "new"));
   EXPECT_FALSE(outside.CopyFile(At("a"), At("b"), true));
@@ -151,7 +158,8 @@ TEST_F(RealFiles, WriteProtectionIsRespected) {
 TEST_F(RealFiles, ReadKnowsItsLimitAndTakesFilesWithoutASize) {
   WriteText(At("a"), "12345");
   EXPECT_EQ(outside.ReadFile(At("a"), 5).Value(), "12345");
-  EXPECT_EQ(outside.ReadFile(At("a"), 4).Message(), "Cannot read \"" + At("a") + "\": it is larger than 4 bytes.");
+  EXPECT_EQ(outside.ReadFile(At("a"), 4).Message(),
+            "Cannot read \"" + At("a") + "\": it is larger than 4 bytes.");
   EXPECT_NE(outside.ReadFile("/proc/self/status").Value().find("Name:"), std::string::npos);
   EXPECT_EQ(outside.ReadFile("/proc/self/maps", 10).Ok(), false);
 }
@@ -159,7 +167,8 @@ TEST_F(RealFiles, ReadKnowsItsLimitAndTakesFilesWithoutASize) {
 TEST_F(RealFiles, PipesAndDevicesNeverHang) {
   mkfifo(At("pipe").c_str(), 0600);
   fs::create_symlink(At("pipe"), At("link"));
-  for (const std::string& path : {At("pipe"), At("link"), std::string("/dev/zero"), std::string("/dev/tty")}) {
+  for (const std::string& path :
+       {At("pipe"), At("link"), std::string("/dev/zero"), std::string("/dev/tty")}) {
     EXPECT_EQ(outside.Kind(path), FileKind::Other) << path;
     EXPECT_FALSE(outside.ReadFile(path)) << path;
     EXPECT_FALSE(outside.CopyFile(path, At("copy"), true)) << path;
@@ -211,7 +220,8 @@ TEST_F(RealFiles, RemoveFileTakesFilesAndLinksOnly) {
   EXPECT_FALSE(outside.RemoveFile(At("folder")));
   EXPECT_FALSE(outside.RemoveFile(At("missing")));
   EXPECT_EQ(Here(), "a folder");
-  EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 1U) << "what is merely missing is no failure";
+  EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 1U)
+      << "what is merely missing is no failure";
 }
 
 TEST_F(RealFiles, RemoveFolderNeverFollowsALink) {
@@ -224,7 +234,8 @@ TEST_F(RealFiles, RemoveFolderNeverFollowsALink) {
   fs::create_symlink(At("kept/deep/file"), At("gone/filelink"));
   EXPECT_TRUE(outside.RemoveFolder(At("gone")));
   fs::create_symlink(At("kept"), At("link"));
-  EXPECT_TRUE(outside.RemoveFolder(At("link/"))) << "a separator at the end does not lead through the link";
+  EXPECT_TRUE(outside.RemoveFolder(At("link/")))
+      << "a separator at the end does not lead through the link";
   EXPECT_EQ(Here(), "kept");
   EXPECT_EQ(ReadText(At("kept/deep/file")), "content");
 }
@@ -242,7 +253,8 @@ TEST_F(RealFiles, RemoveFolderNeedsFewHandlesHoweverDeep) {
   std::string path = At("deep");
   for (int depth = 0; depth < 120; ++depth) path += "/next";
   fs::create_directories(path);
-  for (int i = 0; i < 60; ++i) fs::create_directories(At("deep/next/wide" + std::to_string(i) + "/sub"));
+  for (int i = 0; i < 60; ++i)
+    fs::create_directories(At("deep/next/wide" + std::to_string(i) + "/sub"));
   const Limit handles(RLIMIT_NOFILE, 40);
   EXPECT_EQ(outside.RemoveFolder(At("deep")).Message(), "");
   EXPECT_EQ(Here(), "");
@@ -317,7 +329,8 @@ TEST_F(RealFiles, AFileIsNotSeenBeforeItIsComplete) {
 }
 
 TEST_F(RealFiles, WhatKilledProgramsLeftIsRemovedAndWhatOthersWriteIsNot) {
-  for (const char* name : {".stagemarks-1-2.tmp", ".stagemarks-3-4.tmp", ".stagemarks-notes", ".other.tmp"})
+  for (const char* name :
+       {".stagemarks-1-2.tmp", ".stagemarks-3-4.tmp", ".stagemarks-notes", ".other.tmp"})
     WriteText(At(name), "x");
   const auto writing = engine::HoldFile(At(".stagemarks-3-4.tmp"));
   ASSERT_TRUE(outside.ReplaceFile(At("a"), "a"));
@@ -328,14 +341,17 @@ TEST_F(RealFiles, ALockIsOnTheFileThatThePathLeadsTo) {
   using engine::FileLock;
   WriteText(At("a"), "a");
   fs::create_symlink(At("a"), At("link"));
-  const auto mayBeTaken = [&](const char* name) { return FileLock::Try(At(name)).Value().has_value(); };
+  const auto mayBeTaken = [&](const char* name) {
+    return FileLock::Try(At(name)).Value().has_value();
+  };
   {
     const auto lock = FileLock::Try(At("link"));
     EXPECT_TRUE(lock.Value()->Covers(At("a")));
     EXPECT_FALSE(mayBeTaken("a"));
     EXPECT_FALSE(FileLock::Take(At("a"), std::chrono::milliseconds(0)));
-    EXPECT_EQ(FileLock::Take(At("a"), std::chrono::hours(1), [](double) { return false; }).Message(),
-              "Did not change \"" + At("a") + "\": the waiting was stopped.");
+    EXPECT_EQ(
+        FileLock::Take(At("a"), std::chrono::hours(1), [](double) { return false; }).Message(),
+        "Did not change \"" + At("a") + "\": the waiting was stopped.");
     ASSERT_TRUE(outside.ReplaceFile(At("a"), "b"));
     EXPECT_FALSE(lock.Value()->Covers(At("a")));
     EXPECT_TRUE(mayBeTaken("link")) << "the new file is nobody's";
@@ -346,7 +362,8 @@ TEST_F(RealFiles, ALockIsOnTheFileThatThePathLeadsTo) {
   fs::permissions(At("closed"), fs::perms::owner_read | fs::perms::owner_exec);
   EXPECT_TRUE(mayBeTaken("closed/a"));
   mkfifo(At("pipe").c_str(), 0600);
-  for (const char* nothing : {"missing", "pipe", "closed"}) EXPECT_TRUE(mayBeTaken(nothing)) << "there is nothing to lock";
+  for (const char* nothing : {"missing", "pipe", "closed"})
+    EXPECT_TRUE(mayBeTaken(nothing)) << "there is nothing to lock";
   fs::permissions(At("closed"), fs::perms::owner_all);
   EXPECT_EQ(Here() + ", " + Names(At("closed")), "a closed link pipe, a");
 }

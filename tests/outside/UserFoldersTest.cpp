@@ -32,10 +32,11 @@ struct Case {
 
 TEST(UserFolders, FollowTheEnvironmentOrTheStandard) {
   const Variable home("HOME", "/home/artist");
-  const Case cases[] = {{UserFolder::Config, "XDG_CONFIG_HOME", "/home/artist/.config/stagemarks"},
-                        {UserFolder::Data, "XDG_DATA_HOME", "/home/artist/.local/share/stagemarks"},
-                        {UserFolder::Cache, "XDG_CACHE_HOME", "/home/artist/.cache/stagemarks"},
-                        {UserFolder::State, "XDG_STATE_HOME", "/home/artist/.local/state/stagemarks"}};
+  const Case cases[] = {
+      {UserFolder::Config, "XDG_CONFIG_HOME", "/home/artist/.config/stagemarks"},
+      {UserFolder::Data, "XDG_DATA_HOME", "/home/artist/.local/share/stagemarks"},
+      {UserFolder::Cache, "XDG_CACHE_HOME", "/home/artist/.cache/stagemarks"},
+      {UserFolder::State, "XDG_STATE_HOME", "/home/artist/.local/state/stagemarks"}};
   for (const Case& one : cases) {
     for (const char* unfit : {static_cast<const char*>(nullptr), "", "relative/folder"}) {
       const Variable variable(one.variable, unfit);

@@ -14,8 +14,9 @@ class DebianPackage : public testing::Test {
   static void SetUpTestSuite() {
     scratch_ = std::make_unique<tests::ScratchFolder>();
     if (!CanBeMade()) return;
-    const ChildResult made =
-        tests::RunChild(TEST_CPACK, {"-G", "DEB", "--config", TEST_BINARY_DIR "/CPackConfig.cmake", "-B", scratch_->Path()});
+    const ChildResult made = tests::RunChild(
+        TEST_CPACK,
+        {"-G", "DEB", "--config", TEST_BINARY_DIR "/CPackConfig.cmake", "-B", scratch_->Path()});
     EXPECT_EQ(made.status, 0) << made.out << made.err;
     for (const auto& entry : fs::directory_iterator(scratch_->Path())) {
       if (entry.path().extension() == ".deb") file_ = entry.path().string();
@@ -32,7 +33,9 @@ class DebianPackage : public testing::Test {
 
   static bool CanBeMade() { return tests::CanRun("dpkg-shlibdeps"); }
   static std::string At(const std::string& path) { return *scratch_ / path; }
-  static std::string Field(const std::string& name) { return tests::RunChild("/usr/bin/dpkg-deb", {"-f", file_, name}).out; }
+  static std::string Field(const std::string& name) {
+    return tests::RunChild("/usr/bin/dpkg-deb", {"-f", file_, name}).out;
+  }
 
   static std::unique_ptr<tests::ScratchFolder> scratch_;
   static std::string file_;
@@ -49,8 +52,10 @@ TEST_F(DebianPackage, SaysWhatItIsAndNeeds) {
       {"Depends", "libc6 (>="},    {"Recommends", "pdf-viewer"},
       {"Recommends", "xdg-utils"}, {"Description", "the states of a 3D scene\n"},
   };
-  if (tests::kHasDesktop) parts.insert(parts.end(), {{"Depends", "libqt6widgets6"}, {"Depends", "libqt6svg6"}});
-  for (const auto& [field, part] : parts) EXPECT_NE(Field(field).find(part), std::string::npos) << field << ": " << Field(field);
+  if (tests::kHasDesktop)
+    parts.insert(parts.end(), {{"Depends", "libqt6widgets6"}, {"Depends", "libqt6svg6"}});
+  for (const auto& [field, part] : parts)
+    EXPECT_NE(Field(field).find(part), std::string::npos) << field << ": " << Field(field);
   // Its own library is no package.
   EXPECT_EQ(Field("Depends").find("stagemarks"), std::string::npos) << Field("Depends");
 }
@@ -59,25 +64,34 @@ TEST_F(DebianPackage, WorksWhereItIsUnpacked) {
   ASSERT_EQ(tests::RunChild("/usr/bin/dpkg-deb", {"-x", file_, At("root")}).status, 0);
   const std::string sample = At("root/usr/share/stagemarks/scenes/dungeon/dungeon.gltf");
   const std::string scene = At("home/dungeon.c4d");
-  for (const std::vector<std::string>& call : std::vector<std::vector<std::string>>{
-           {"--version"}, {"import", sample, scene}, {"record", scene, "Day", "--preview", "--write"}, {"load", scene, "Day"}}) {
+  for (const std::vector<std::string>& call :
+       std::vector<std::vector<std::string>>{{"--version"},
+                                             {"import", sample, scene},
+                                             {"record", scene, "Day", "--preview", "--write"},
+                                             {"load", scene, "Day"}}) {
     const ChildResult result = tests::RunBare(At("root/usr/bin/stagemarks"), call, At("home"));
     ASSERT_EQ(result.status, 0) << call.front() << ": " << result.err;
   }
   EXPECT_TRUE(fs::exists(At("home/dungeon_SM/Day.tif")));
   if (!tests::kHasDesktop) return;
   const ChildResult desktop =
-      tests::RunBare(At("root/usr/bin/stagemarks-desktop"), {"--check", scene}, At("home"), {{"QT_QPA_PLATFORM", "offscreen"}});
+      tests::RunBare(At("root/usr/bin/stagemarks-desktop"), {"--check", scene}, At("home"),
+                     {{"QT_QPA_PLATFORM", "offscreen"}});
   EXPECT_EQ(desktop.status, 0) << desktop.err;
-  EXPECT_NE(desktop.out.find("plug-ins: " + At("root/usr/" TEST_PARTS "/plugins") + "\n  Stagemarks\n"), std::string::npos)
+  EXPECT_NE(
+      desktop.out.find("plug-ins: " + At("root/usr/" TEST_PARTS "/plugins") + "\n  Stagemarks\n"),
+      std::string::npos)
       << desktop.out;
   // Where the dialog's Help looks for it.
-  EXPECT_EQ(tests::ReadText(At("root/usr/" TEST_PARTS "/plugins/Stagemarks/help/SM_Manual.pdf")).substr(0, 5), "%PDF-");
+  EXPECT_EQ(tests::ReadText(At("root/usr/" TEST_PARTS "/plugins/Stagemarks/help/SM_Manual.pdf"))
+                .substr(0, 5),
+            "%PDF-");
 }
 
 TEST_F(DebianPackage, IsCleanToThePackageChecker) {
   if (!tests::CanRun("lintian")) GTEST_SKIP() << "lintian is not installed";
-  const ChildResult result = tests::RunChild("/bin/sh", {"-c", "lintian --fail-on error '" + file_ + "'"});
+  const ChildResult result =
+      tests::RunChild("/bin/sh", {"-c", "lintian --fail-on error '" + file_ + "'"});
   EXPECT_EQ(result.status, 0) << result.out << result.err;
 }
 

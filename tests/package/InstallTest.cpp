@@ -34,13 +34,16 @@ TEST_F(Installed, EveryPartLiesWhereOthersLookForIt) {
       "share/doc/stagemarks/docs/SCENE_FILE.md",
   };
   if (tests::kHasDesktop) {
-    files.insert(files.end(), {"bin/stagemarks-desktop", "share/applications/stagemarks-desktop.desktop",
-                               "share/man/man1/stagemarks-desktop.1.gz", "share/metainfo/stagemarks-desktop.metainfo.xml"});
+    files.insert(files.end(),
+                 {"bin/stagemarks-desktop", "share/applications/stagemarks-desktop.desktop",
+                  "share/man/man1/stagemarks-desktop.1.gz",
+                  "share/metainfo/stagemarks-desktop.metainfo.xml"});
   }
   for (const std::string& file : files) EXPECT_TRUE(fs::is_regular_file(At(file))) << file;
   EXPECT_EQ(fs::exists(At("bin/stagemarks-desktop")), tests::kHasDesktop);
   // Pictures, and the manual where the toolkit to set it is there.
-  EXPECT_EQ(tests::Names(At(kParts + "/plugins/Stagemarks")), tests::Names(TEST_PLUGIN_DIR "/Stagemarks"));
+  EXPECT_EQ(tests::Names(At(kParts + "/plugins/Stagemarks")),
+            tests::Names(TEST_PLUGIN_DIR "/Stagemarks"));
 }
 
 TEST_F(Installed, NothingRefersToTheBuild) {
@@ -52,31 +55,39 @@ TEST_F(Installed, NothingRefersToTheBuild) {
     const ChildResult dynamic = tests::RunChild("/usr/bin/readelf", {"-d", path});
     ASSERT_EQ(dynamic.status, 0) << path;
     EXPECT_EQ(dynamic.out.find(TEST_BINARY_DIR), std::string::npos) << dynamic.out;
-    EXPECT_NE(dynamic.out.find("$ORIGIN/..") == std::string::npos, path.find("engine") == std::string::npos) << dynamic.out;
+    EXPECT_NE(dynamic.out.find("$ORIGIN/..") == std::string::npos,
+              path.find("engine") == std::string::npos)
+        << dynamic.out;
   }
 }
 
 TEST_F(Installed, TheCommandLineWorksWhereItWasMoved) {
   EXPECT_EQ(Run("stagemarks", {"--version"}).out, "stagemarks " TEST_VERSION "\n");
   const std::string scene = Home() + "/room.c4d";
-  for (const std::vector<std::string>& call : std::vector<std::vector<std::string>>{
-           {"import", At(kSample), scene}, {"record", scene, "Day", "--write"}, {"load", scene, "Day"}}) {
+  for (const std::vector<std::string>& call :
+       std::vector<std::vector<std::string>>{{"import", At(kSample), scene},
+                                             {"record", scene, "Day", "--write"},
+                                             {"load", scene, "Day"}}) {
     const ChildResult result = Run("stagemarks", call);
     ASSERT_EQ(result.status, 0) << call.front() << ": " << result.err;
   }
-  EXPECT_EQ(nlohmann::json::parse(Run("stagemarks", {"list", scene, "--json"}).out)["stagemarks"][0]["name"], "Day");
+  EXPECT_EQ(nlohmann::json::parse(
+                Run("stagemarks", {"list", scene, "--json"}).out)["stagemarks"][0]["name"],
+            "Day");
 }
 
 TEST_F(Installed, TheDesktopFindsItsPartsWhereItWasMoved) {
   if (!tests::kHasDesktop) GTEST_SKIP() << "built without the desktop";
   const std::string before = tests::Names(Home());
-  const ChildResult result = Run("stagemarks-desktop", {"--check", At(kSample)}, {{"QT_QPA_PLATFORM", "offscreen"}});
+  const ChildResult result =
+      Run("stagemarks-desktop", {"--check", At(kSample)}, {{"QT_QPA_PLATFORM", "offscreen"}});
   EXPECT_EQ(tests::Names(Home()), before) << "a check writes nothing";
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.out.find("not there"), std::string::npos) << result.out;
   // The folder is found beside the engine's library, so this is also where that was loaded from.
-  for (const std::string& line : {"plug-ins: " + At(kParts + "/plugins") + "\n  Stagemarks\n", "sample:   " + At(kSample) + "\n",
-                                  "opened:   " + At(kSample) + ", objects: 85\n"}) {
+  for (const std::string& line :
+       {"plug-ins: " + At(kParts + "/plugins") + "\n  Stagemarks\n",
+        "sample:   " + At(kSample) + "\n", "opened:   " + At(kSample) + ", objects: 85\n"}) {
     EXPECT_NE(result.out.find(line), std::string::npos) << line << result.out;
   }
 }
@@ -92,18 +103,25 @@ TEST_F(Installed, TheDesktopSaysWhatIsMissing) {
     std::string says;
   } kCalls[] = {
       {{}, {}, 1, "stagemarks-desktop: No display was found. S" + advice},
-      {{}, {{"DISPLAY", ":7777"}}, 1, "stagemarks-desktop: The display \":7777\" could not be opened. S" + advice},
+      {{},
+       {{"DISPLAY", ":7777"}},
+       1,
+       "stagemarks-desktop: The display \":7777\" could not be opened. S" + advice},
       {{}, {{"QT_QPA_PLATFORM", "hologram"}}, 1, "\"hologram\""},
       {{"--version"}, {}, 0, "stagemarks-desktop " TEST_VERSION "\n"},
       {{"--help"}, {}, 0, "--check"},
       {{"--chek"}, {offscreen}, 2, "stagemarks-desktop: Unknown option 'chek'.\n"},
       {{"--check", "/nowhere.c4d"}, {offscreen}, 1, "/nowhere.c4d"},
-      {{"--check"}, {offscreen, {"STAGEMARKS_PLUGINS", "/nowhere"}}, 1, "No plug-ins were found in \"/nowhere\"."},
+      {{"--check"},
+       {offscreen, {"STAGEMARKS_PLUGINS", "/nowhere"}},
+       1,
+       "No plug-ins were found in \"/nowhere\"."},
   };
   for (const auto& call : kCalls) {
     const ChildResult result = Run("stagemarks-desktop", call.arguments, call.environment);
     EXPECT_EQ(result.status, call.status) << testing::PrintToString(call.arguments) << result.err;
-    EXPECT_NE((result.out + result.err).find(call.says), std::string::npos) << result.out << result.err;
+    EXPECT_NE((result.out + result.err).find(call.says), std::string::npos)
+        << result.out << result.err;
   }
 }
 
@@ -111,7 +129,8 @@ TEST_F(Installed, TheDesktopSaysWhatIsMissing) {
 TEST_F(Installed, TheFileTypeKnowsOurScenes) {
   const std::string xml = ReadText(At("share/mime/packages/stagemarks.xml"));
   std::smatch value;
-  ASSERT_TRUE(std::regex_search(xml, value, std::regex("offset=\"0\" value=\"\\\\x8a([A-Z]+)(\\\\r\\\\n\\\\x1a\\\\n)\"")));
+  ASSERT_TRUE(std::regex_search(
+      xml, value, std::regex("offset=\"0\" value=\"\\\\x8a([A-Z]+)(\\\\r\\\\n\\\\x1a\\\\n)\"")));
   const std::string scene = Home() + "/empty.c4d";
   ASSERT_EQ(Run("stagemarks", {"new", scene}).status, 0);
   EXPECT_EQ(ReadText(scene).substr(0, 8), "\x8a" + value[1].str() + "\r\n\x1a\n");

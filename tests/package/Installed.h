@@ -1,5 +1,5 @@
-// Installed: the build as `cmake --install` lays it out, moved to another place, as a person who unpacks it elsewhere has it.
-// Made once for all tests of a fixture. Main thread.
+// Installed: the build as `cmake --install` lays it out, moved to another place, as a person who
+// unpacks it elsewhere has it. Made once for all tests of a fixture. Main thread.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,8 +19,10 @@ constexpr bool kHasDesktop = TEST_DESKTOP;
 // Whether a program that a test needs is installed on this machine.
 bool CanRun(const std::string& program);
 
-// Runs a program of `root` with nothing of this process's environment but a home of its own and what is given.
-ChildResult RunBare(const std::string& program, const std::vector<std::string>& arguments, const std::string& home,
+// Runs a program of `root` with nothing of this process's environment but a home of its own and
+// what is given.
+ChildResult RunBare(const std::string& program, const std::vector<std::string>& arguments,
+                    const std::string& home,
                     const std::map<std::string, std::string>& environment = {});
 
 class Installed : public testing::Test {

@@ -1,4 +1,5 @@
-// The pages for people and the completion, as installed: that they name everything that the programs take.
+// The pages for people and the completion, as installed: that they name everything that the
+// programs take.
 #include <filesystem>
 #include <regex>
 #include <set>
@@ -20,12 +21,15 @@ std::string ManualPage(const std::string& path) {
 std::set<std::string> FirstWords(const std::string& help, bool options) {
   std::set<std::string> words;
   const std::regex line(options ? "\n  (?:-\\w, ?)?(--[a-z-]+)" : "\n  ([a-z][a-z-]+) {2,}");
-  for (std::sregex_iterator match(help.begin(), help.end(), line), end; match != end; ++match) words.insert((*match)[1]);
+  for (std::sregex_iterator match(help.begin(), help.end(), line), end; match != end; ++match)
+    words.insert((*match)[1]);
   return words;
 }
 
 // As it is written in a manual page, where a hyphen to be typed is escaped.
-std::string Typed(const std::string& name) { return std::regex_replace(name, std::regex("-"), "\\-"); }
+std::string Typed(const std::string& name) {
+  return std::regex_replace(name, std::regex("-"), "\\-");
+}
 
 TEST_F(Installed, TheManualPageNamesEveryVerbAndOption) {
   const std::string page = ManualPage(At("share/man/man1/stagemarks.1.gz"));
@@ -40,14 +44,17 @@ TEST_F(Installed, TheManualPageNamesEveryVerbAndOption) {
     ASSERT_NE(start, std::string::npos) << verb;
     const std::string section = page.substr(start, page.find("\n.S", start + 1) - start);
     const std::string verbHelp = Run("stagemarks", {verb, "--help"}).out;
-    EXPECT_NE(verbHelp.find("\n  stagemarks " + verb), std::string::npos) << verb << " has no example";
+    EXPECT_NE(verbHelp.find("\n  stagemarks " + verb), std::string::npos)
+        << verb << " has no example";
     const std::set<std::string> options = FirstWords(verbHelp, true);
     EXPECT_TRUE(options.count("--help")) << verb;
     for (const std::string& option : options) {
-      EXPECT_NE(section.find("\\fB" + Typed(option) + "\\fR"), std::string::npos) << verb << " " << option;
+      EXPECT_NE(section.find("\\fB" + Typed(option) + "\\fR"), std::string::npos)
+          << verb << " " << option;
     }
   }
-  for (const char* status : {"\n.B 0\n", "\n.B 1\n", "\n.B 2\n", "\n.B 130\n"}) EXPECT_NE(page.find(status), std::string::npos);
+  for (const char* status : {"\n.B 0\n", "\n.B 1\n", "\n.B 2\n", "\n.B 130\n"})
+    EXPECT_NE(page.find(status), std::string::npos);
 }
 
 TEST_F(Installed, TheDesktopsManualPageNamesEveryOption) {
@@ -63,8 +70,8 @@ TEST_F(Installed, ManualPagesAreWellFormed) {
   for (const char* name : {"stagemarks.1.gz", "stagemarks-desktop.1.gz"}) {
     const std::string path = At("share/man/man1/") + name;
     if (!std::filesystem::exists(path)) continue;
-    const ChildResult page =
-        tests::RunChild("/usr/bin/man", {"--warnings", "-l", path}, {{"LC_ALL", "C.UTF-8"}, {"MANWIDTH", "100"}});
+    const ChildResult page = tests::RunChild("/usr/bin/man", {"--warnings", "-l", path},
+                                             {{"LC_ALL", "C.UTF-8"}, {"MANWIDTH", "100"}});
     EXPECT_EQ(page.status, 0);
     EXPECT_EQ(page.err, "") << path;
     EXPECT_NE(page.out.find("EXIT STATUS"), std::string::npos) << page.out;
@@ -72,10 +79,10 @@ TEST_F(Installed, ManualPagesAreWellFormed) {
 }
 
 TEST_F(Installed, TheShellCompletes) {
-  for (const std::vector<std::string>& call :
-       std::vector<std::vector<std::string>>{{"import", At("share/stagemarks/scenes/spider/spider.fbx"), Home() + "/shell.c4d"},
-                                             {"record", Home() + "/shell.c4d", "Day", "--write"},
-                                             {"record", Home() + "/shell.c4d", "Night, rainy", "--write"}}) {
+  for (const std::vector<std::string>& call : std::vector<std::vector<std::string>>{
+           {"import", At("share/stagemarks/scenes/spider/spider.fbx"), Home() + "/shell.c4d"},
+           {"record", Home() + "/shell.c4d", "Day", "--write"},
+           {"record", Home() + "/shell.c4d", "Night, rainy", "--write"}}) {
     ASSERT_EQ(Run("stagemarks", call).status, 0);
   }
   // The line up to the cursor, its last word still open, and what the shell offers for that.
@@ -94,11 +101,13 @@ TEST_F(Installed, TheShellCompletes) {
       {"stagemarks update shell.c4d --only Day ''", "Day Night\\,\\ rainy"},
       {"stagemarks load missing.c4d ''", ""},
   };
-  const std::string script = "source '" + At("share/bash-completion/completions/stagemarks") + "'\ncd '" + Home() + "'\nPATH='" +
-                             At("bin") +
-                             "':$PATH\nCOMP_WORDS=(\"$@\")\nCOMP_CWORD=$(($# - 1))\n_stagemarks\necho \"${COMPREPLY[*]}\"";
+  const std::string script =
+      "source '" + At("share/bash-completion/completions/stagemarks") + "'\ncd '" + Home() +
+      "'\nPATH='" + At("bin") +
+      "':$PATH\nCOMP_WORDS=(\"$@\")\nCOMP_CWORD=$(($# - 1))\n_stagemarks\necho \"${COMPREPLY[*]}\"";
   for (const auto& [line, offered] : kLines) {
-    const ChildResult result = tests::RunBare("/bin/bash", {"-c", "set -- " + line + "\n" + script}, Home());
+    const ChildResult result =
+        tests::RunBare("/bin/bash", {"-c", "set -- " + line + "\n" + script}, Home());
     std::string out = result.out;
     EXPECT_EQ(out.substr(0, out.find_last_not_of('\n') + 1), offered) << line;
     EXPECT_EQ(result.err, "") << line;

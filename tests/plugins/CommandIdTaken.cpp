@@ -14,7 +14,8 @@ class Second : public host::CommandData {
 host::Bool PluginStart() {
   host::RegisterCommandPlugin(test_plugins::kSecondCommand, "Second", 0, nullptr, "", new Second);
   host::CommandData* third = new Second;
-  if (!host::RegisterCommandPlugin(test_plugins::kGoodCommand, "Third", 0, nullptr, "", third)) delete third;
+  if (!host::RegisterCommandPlugin(test_plugins::kGoodCommand, "Third", 0, nullptr, "", third))
+    delete third;
   return true;
 }
 

@@ -1,5 +1,5 @@
-// A plug-in with a command, a dialog and a scene hook. It says in the status line what happens to it, which can be heard
-// after its library is closed, too.
+// A plug-in with a command, a dialog and a scene hook. It says in the status line what happens to
+// it, which can be heard after its library is closed, too.
 #include "engine/application/Application.h"
 #include "host/Host.h"
 #include "tests/plugins/Ids.h"
@@ -30,7 +30,8 @@ class GoodCommand : public CommandData {
  public:
   ~GoodCommand() override { Record("command destroyed"); }
   Bool Execute(BaseDocument* doc) override {
-    Record("execute on " + (doc == nullptr ? String("nothing") : doc->GetDocumentName().GetString()));
+    Record("execute on " +
+           (doc == nullptr ? String("nothing") : doc->GetDocumentName().GetString()));
     const Bool open = dialog_.Open(DLG_TYPE_ASYNC, test_plugins::kGoodCommand, -1, -1, 0, 0, 0);
     EventAdd();
     EventAdd();
@@ -47,7 +48,8 @@ class GoodCommand : public CommandData {
   GoodDialog dialog_;
 };
 
-// What the hook sees of a document: its path and name, and whether the target of the save is there already.
+// What the hook sees of a document: its path and name, and whether the target of the save is there
+// already.
 String Seen(GeListNode* node) {
   const auto* doc = static_cast<BaseDocument*>(node);
   return (doc->GetDocumentPath() + doc->GetDocumentName()).GetString();
@@ -65,8 +67,8 @@ class GoodHook : public SceneHookData {
   Bool Message(GeListNode* node, LONG type, void* data) override {
     if (type != MSG_DOCUMENTINFO) return FALSE;
     const auto* info = static_cast<DocumentInfoData*>(data);
-    Record("hook " + LongToString(info->type) + ": " + Seen(node) + " to " + info->filename.GetString() +
-           (GeFExist(info->filename) ? " (there)" : " (not there)"));
+    Record("hook " + LongToString(info->type) + ": " + Seen(node) + " to " +
+           info->filename.GetString() + (GeFExist(info->filename) ? " (there)" : " (not there)"));
     return TRUE;
   }
 };
@@ -76,11 +78,14 @@ Filename PathHandedOn() { return GeGetPluginPath(); }
 }  // namespace
 
 Bool PluginStart() {
-  Record("start in " + (GeGetPluginPath() == PathHandedOn() ? GeGetPluginPath().GetString() : String("two folders")));
+  Record("start in " + (GeGetPluginPath() == PathHandedOn() ? GeGetPluginPath().GetString()
+                                                            : String("two folders")));
   const AutoBitmap icon("icon.png");
   Record(icon == nullptr ? "no icon" : "icon");
-  return RegisterCommandPlugin(test_plugins::kGoodCommand, "Good", 0, icon, "Does good", new GoodCommand) &&
-         RegisterSceneHookPlugin(test_plugins::kGoodHook, "Good Hook", 0, GoodHook::Alloc, 1000, 0, nullptr);
+  return RegisterCommandPlugin(test_plugins::kGoodCommand, "Good", 0, icon, "Does good",
+                               new GoodCommand) &&
+         RegisterSceneHookPlugin(test_plugins::kGoodHook, "Good Hook", 0, GoodHook::Alloc, 1000, 0,
+                                 nullptr);
 }
 
 Bool PluginMessage(LONG id, void*) {

@@ -8,7 +8,9 @@ host::SceneHookData* Make() { return new host::SceneHookData; }
 
 }  // namespace
 
-host::Bool PluginStart() { return host::RegisterSceneHookPlugin(test_plugins::kGoodCommand, "Hook", 0, Make, 0, 0, nullptr); }
+host::Bool PluginStart() {
+  return host::RegisterSceneHookPlugin(test_plugins::kGoodCommand, "Hook", 0, Make, 0, 0, nullptr);
+}
 
 host::Bool PluginMessage(host::LONG, void*) { return true; }
 void PluginEnd() {}

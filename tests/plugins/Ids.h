@@ -1,4 +1,5 @@
-// IDs that the test plug-ins register, and that the tests ask for. None of them is a number of the real plug-in.
+// IDs that the test plug-ins register, and that the tests ask for. None of them is a number of the
+// real plug-in.
 #pragma once
 
 #include "host/Types.h"

@@ -1,4 +1,5 @@
-// Registers a command and a hook and refuses to start then: both must be gone before its library is closed.
+// Registers a command and a hook and refuses to start then: both must be gone before its library is
+// closed.
 #include "host/Host.h"
 #include "tests/plugins/Ids.h"
 
@@ -20,8 +21,10 @@ class RefusedHook : public host::SceneHookData {
 }  // namespace
 
 host::Bool PluginStart() {
-  host::RegisterCommandPlugin(test_plugins::kRefusedCommand, "Refused", 0, nullptr, "", new Refused);
-  host::RegisterSceneHookPlugin(test_plugins::kRefusedHook, "Refused", 0, RefusedHook::Alloc, 0, 0, nullptr);
+  host::RegisterCommandPlugin(test_plugins::kRefusedCommand, "Refused", 0, nullptr, "",
+                              new Refused);
+  host::RegisterSceneHookPlugin(test_plugins::kRefusedHook, "Refused", 0, RefusedHook::Alloc, 0, 0,
+                                nullptr);
   return false;
 }
 

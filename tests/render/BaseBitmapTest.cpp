@@ -40,7 +40,8 @@ TEST_F(Bitmap, TakesOnlySensibleSizes) {
                         {16385, 1, 24, false},
                         {2147483647, 2147483647, 24, false},
                         {5, 5, 32, false}}) {
-    EXPECT_EQ(bitmap_->Init(c.width, c.height, c.depth) == host::IMAGERESULT_OK, c.accepted) << c.width << "x" << c.height;
+    EXPECT_EQ(bitmap_->Init(c.width, c.height, c.depth) == host::IMAGERESULT_OK, c.accepted)
+        << c.width << "x" << c.height;
     EXPECT_EQ(bitmap_->GetBw(), c.accepted ? c.width : 0);
     EXPECT_EQ(bitmap_->GetBt(), c.accepted ? 24 : 0);
   }

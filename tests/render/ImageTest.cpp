@@ -12,11 +12,14 @@ namespace {
 
 using engine::Image;
 
-std::string Picture(const std::string& name) { return tests::ReadText(TEST_SOURCE_DIR "/tests/render/pictures/" + name); }
+std::string Picture(const std::string& name) {
+  return tests::ReadText(TEST_SOURCE_DIR "/tests/render/pictures/" + name);
+}
 
 const std::vector<std::string>& PictureNames() {
-  static const std::vector<std::string> names = {"alpha.tif", "grey16.tif", "tiles.tif",   "baseline.jpg", "progressive.jpg",
-                                                 "inks.jpg",  "light.exr",  "palette.bmp", "runs.tga",     "gradient.png"};
+  static const std::vector<std::string> names = {
+      "alpha.tif", "gray16.tif", "tiles.tif",   "baseline.jpg", "progressive.jpg",
+      "inks.jpg",  "light.exr",  "palette.bmp", "runs.tga",     "gradient.png"};
   return names;
 }
 
@@ -42,7 +45,8 @@ std::string PixelText(const Image& image, std::uint32_t x, std::uint32_t y) {
   for (std::size_t c = 0; c < 4; ++c) {
     const std::size_t at = (std::size_t{y} * image.width + x) * 4 + c;
     if (c > 0) text += ' ';
-    text += image.IsFloat() ? std::to_string(image.floats[at]).substr(0, 5) : std::to_string(image.bytes[at]);
+    text += image.IsFloat() ? std::to_string(image.floats[at]).substr(0, 5)
+                            : std::to_string(image.bytes[at]);
   }
   return text;
 }
@@ -56,7 +60,7 @@ TEST(ImageFiles, GiveTheirPixels) {
   const Case cases[] = {
       {"gradient.png", "32 60 128 255", "192 200 128 255"},
       {"alpha.tif", "32 60 128 255", "190 200 130 51"},
-      {"grey16.tif", "32 32 32 255", "192 192 192 255"},
+      {"gray16.tif", "32 32 32 255", "192 192 192 255"},
       {"tiles.tif", "32 60 128 255", "192 200 128 255"},
       {"palette.bmp", "32 60 128 255", "192 200 128 255"},
       {"runs.tga", "0 60 128 255", "192 200 128 128"},
@@ -65,7 +69,9 @@ TEST(ImageFiles, GiveTheirPixels) {
   for (const Case& c : cases) {
     const auto image = engine::DecodeImage(FileBytes(c.file));
     ASSERT_TRUE(image) << c.file << ": " << image.Message();
-    EXPECT_EQ(std::to_string(image.Value().width) + "x" + std::to_string(image.Value().height), "16x12") << c.file;
+    EXPECT_EQ(std::to_string(image.Value().width) + "x" + std::to_string(image.Value().height),
+              "16x12")
+        << c.file;
     EXPECT_EQ(PixelText(image.Value(), 2, 3), c.left) << c.file;
     EXPECT_EQ(PixelText(image.Value(), 12, 10), c.right) << c.file;
   }
@@ -94,11 +100,13 @@ TEST(ImageFiles, WhatIsWrittenReadsBackExactly) {
   EXPECT_EQ(engine::DecodeImage(engine::EncodePng(half).Take()).Value().bytes, half.bytes);
 }
 
-// The tags of the first directory of a little-endian TIFF file: number and value, offsets followed for short lists.
+// The tags of the first directory of a little-endian TIFF file: number and value, offsets followed
+// for short lists.
 std::map<int, std::vector<unsigned>> TiffTags(const std::string& file) {
   const auto number = [&](std::size_t at, std::size_t bytes) {
     unsigned value = 0;
-    for (std::size_t i = bytes; i-- > 0;) value = value << 8U | static_cast<unsigned char>(file.at(at + i));
+    for (std::size_t i = bytes; i-- > 0;)
+      value = value << 8U | static_cast<unsigned char>(file.at(at + i));
     return value;
   };
   std::map<int, std::vector<unsigned>> tags;
@@ -108,7 +116,8 @@ std::map<int, std::vector<unsigned>> TiffTags(const std::string& file) {
     const std::size_t size = number(entry + 2, 2) == 3 ? 2 : 4;
     const std::size_t count = number(entry + 4, 4);
     const std::size_t at = size * count > 4 ? number(entry + 8, 4) : entry + 8;
-    for (std::size_t k = 0; k < count; ++k) tags[static_cast<int>(number(entry, 2))].push_back(number(at + k * size, size));
+    for (std::size_t k = 0; k < count; ++k)
+      tags[static_cast<int>(number(entry, 2))].push_back(number(at + k * size, size));
   }
   return tags;
 }
@@ -132,7 +141,8 @@ TEST(ImageFiles, TiffIsOf24BitsWithLzwAndDifferencing) {
 TEST(ImageFiles, ACutFileIsRefused) {
   for (const std::string& name : PictureNames()) {
     const std::string file = FileBytes(name);
-    // The last bytes of a file often carry no pixels, and OpenEXR finds its lines without the table of their places.
+    // The last bytes of a file often carry no pixels, and OpenEXR finds its lines without the table
+    // of their places.
     const std::size_t carrying = file.size() - file.size() / 8;
     for (std::size_t size = 0; size < file.size(); size += 3) {
       const auto image = engine::DecodeImage(std::string_view(file).substr(0, size));
@@ -149,9 +159,11 @@ TEST(ImageFiles, FlippedBitsNeverDoHarm) {
     const std::string whole = FileBytes(name);
     for (int round = 0; round < 400; ++round) {
       std::string file = whole;
-      for (unsigned flips = 1 + next() % 4; flips > 0; --flips) file[next() % file.size()] ^= static_cast<char>(1U << next() % 8);
+      for (unsigned flips = 1 + next() % 4; flips > 0; --flips)
+        file[next() % file.size()] ^= static_cast<char>(1U << next() % 8);
       const auto image = engine::DecodeImage(file);
-      const std::size_t channels = image ? image.Value().bytes.size() + image.Value().floats.size() : 0;
+      const std::size_t channels =
+          image ? image.Value().bytes.size() + image.Value().floats.size() : 0;
       EXPECT_EQ(channels, image ? image.Value().PixelCount() * 4 : 0) << name << round;
       EXPECT_EQ(image.Ok(), image.Message().empty()) << name << round;
     }
@@ -160,8 +172,9 @@ TEST(ImageFiles, FlippedBitsNeverDoHarm) {
 
 TEST(ImageFiles, WhatIsNoPictureIsRefused) {
   for (const std::string& bytes :
-       {std::string(), std::string("x"), std::string(100000, '\0'), std::string("GIF89a......"), std::string("\x89PNG\r\n\x1a\n"),
-        std::string("\xff\xd8\xff"), std::string("II*\0", 4), std::string("BM"), std::string("\x76\x2f\x31\x01")}) {
+       {std::string(), std::string("x"), std::string(100000, '\0'), std::string("GIF89a......"),
+        std::string("\x89PNG\r\n\x1a\n"), std::string("\xff\xd8\xff"), std::string("II*\0", 4),
+        std::string("BM"), std::string("\x76\x2f\x31\x01")}) {
     const auto image = engine::DecodeImage(bytes);
     EXPECT_FALSE(image);
     EXPECT_NE(image.Message(), "");
@@ -178,9 +191,11 @@ TEST(ImageFiles, SizesOutsideTheBoundsAreRefusedBeforeMemoryIsTaken) {
     return engine::DecodeImage(bmp).Message();
   };
   EXPECT_EQ(withSize(0, 12), "The picture is empty (0 x 12 pixels).");
-  EXPECT_EQ(withSize(16385, 1), "The picture is too large: 16385 x 1 pixels, at most 16384 a side are read.");
-  EXPECT_EQ(withSize(0x80000000U, 0x80000000U),
-            "The picture is too large: 2147483648 x 2147483648 pixels, at most 16384 a side are read.");
+  EXPECT_EQ(withSize(16385, 1),
+            "The picture is too large: 16385 x 1 pixels, at most 16384 a side are read.");
+  EXPECT_EQ(
+      withSize(0x80000000U, 0x80000000U),
+      "The picture is too large: 2147483648 x 2147483648 pixels, at most 16384 a side are read.");
   EXPECT_NE(withSize(16384, 16384), "") << "the bytes for it are missing";
   EXPECT_FALSE(engine::CheckImageSize(16384, 16384, 16));
   EXPECT_TRUE(engine::CheckImageSize(16384, 16384, 4));
@@ -188,7 +203,7 @@ TEST(ImageFiles, SizesOutsideTheBoundsAreRefusedBeforeMemoryIsTaken) {
   EXPECT_FALSE(engine::EncodePng(Image{4, 4, {}, std::vector<float>(64)}));
 }
 
-TEST(Colours, SrgbAndBackIsExact) {
+TEST(Colors, SrgbAndBackIsExact) {
   for (int i = 0; i < 256; ++i) {
     const auto byte = static_cast<std::uint8_t>(i);
     ASSERT_EQ(engine::LinearToSrgb(engine::SrgbToLinear(byte)), byte);
@@ -196,7 +211,8 @@ TEST(Colours, SrgbAndBackIsExact) {
   // The formula of the standard, rounded to the nearest byte.
   for (int i = 1; i < 100000; ++i) {
     const double linear = i / 100000.0;
-    const double srgb = 255 * (linear <= 0.0031308 ? linear * 12.92 : 1.055 * std::pow(linear, 1 / 2.4) - 0.055);
+    const double srgb =
+        255 * (linear <= 0.0031308 ? linear * 12.92 : 1.055 * std::pow(linear, 1 / 2.4) - 0.055);
     ASSERT_NEAR(engine::LinearToSrgb(static_cast<float>(linear)), srgb, 0.501) << linear;
   }
   EXPECT_NEAR(engine::SrgbToLinear(188), 0.5, 0.01);

@@ -22,7 +22,9 @@ using tests::SceneBuilder;
 class Stage {
  public:
   Stage() {
-    scene_.Material("Red", Vector(0.8, 0.05, 0.05)).Material("Green", Vector(0.05, 0.7, 0.1)).Layer("Layer");
+    scene_.Material("Red", Vector(0.8, 0.05, 0.05))
+        .Material("Green", Vector(0.05, 0.7, 0.1))
+        .Layer("Layer");
     scene_.Object("Floor", host::Oplane).At("Floor", 0, -100, 0);
     Data("Floor").SetReal(host::PRIM_WIDTH, 1000);
     Data("Floor").SetReal(host::PRIM_HEIGHT, 1000);
@@ -33,10 +35,18 @@ class Stage {
     Data("Light").SetLong(host::LIGHT_SHADOW, 1);
   }
   SceneBuilder& Scene() { return scene_; }
-  host::BaseContainer& Data(const std::string& path) { return *scene_.GetObject(path)->GetDataInstance(); }
-  host::BaseContainer& Look(const std::string& name) { return *scene_.GetMaterial(name)->GetDataInstance(); }
-  host::BaseTag& MakeTag(const std::string& path, host::LONG type) { return *scene_.GetObject(path)->MakeTag(type); }
-  void SetLayer(host::LayerData flags) { scene_.GetLayer("Layer")->SetLayerData(&scene_.Doc(), flags); }
+  host::BaseContainer& Data(const std::string& path) {
+    return *scene_.GetObject(path)->GetDataInstance();
+  }
+  host::BaseContainer& Look(const std::string& name) {
+    return *scene_.GetMaterial(name)->GetDataInstance();
+  }
+  host::BaseTag& MakeTag(const std::string& path, host::LONG type) {
+    return *scene_.GetObject(path)->MakeTag(type);
+  }
+  void SetLayer(host::LayerData flags) {
+    scene_.GetLayer("Layer")->SetLayerData(&scene_.Doc(), flags);
+  }
 
  private:
   SceneBuilder scene_;
@@ -72,31 +82,49 @@ struct SwitchCase {
 };
 
 constexpr SwitchCase kSwitches[] = {
-    {"render mode off", [](Stage& s) { s.Scene().Modes("Group/Box", host::MODE_UNDEF, host::MODE_OFF); }, 100},
-    {"parent's render mode off", [](Stage& s) { s.Scene().Modes("Group", host::MODE_UNDEF, host::MODE_OFF); }, 100},
+    {"render mode off",
+     [](Stage& s) { s.Scene().Modes("Group/Box", host::MODE_UNDEF, host::MODE_OFF); }, 100},
+    {"parent's render mode off",
+     [](Stage& s) { s.Scene().Modes("Group", host::MODE_UNDEF, host::MODE_OFF); }, 100},
     {"layer not rendered", [](Stage& s) { s.SetLayer({.render = false}); }, 100},
     {"generators of the layer off", [](Stage& s) { s.SetLayer({.generators = false}); }, 100},
     {"solo layer", [](Stage& s) { s.SetLayer({.solo = true}); }, 400},
     {"deform mode off", [](Stage& s) { s.Scene().Modes("Group/Box", 2, 2, false); }, 100},
     {"another material", [](Stage& s) { s.Scene().Texture("Group/Box", "Green"); }, 100},
-    {"casts no shadow", [](Stage& s) { s.MakeTag("Other", host::Tcompositing).GetDataInstance()->SetBool(1000, false); }, 15},
-    {"receives no shadow", [](Stage& s) { s.MakeTag("Floor", host::Tcompositing).GetDataInstance()->SetBool(1001, false); }, 60},
-    {"not seen by the camera", [](Stage& s) { s.MakeTag("Group", host::Tcompositing).GetDataInstance()->SetBool(1002, false); },
+    {"casts no shadow",
+     [](Stage& s) {
+       s.MakeTag("Other", host::Tcompositing).GetDataInstance()->SetBool(1000, false);
+     },
+     15},
+    {"receives no shadow",
+     [](Stage& s) {
+       s.MakeTag("Floor", host::Tcompositing).GetDataInstance()->SetBool(1001, false);
+     },
+     60},
+    {"not seen by the camera",
+     [](Stage& s) {
+       s.MakeTag("Group", host::Tcompositing).GetDataInstance()->SetBool(1002, false);
+     },
      90},
-    {"another camera", [](Stage& s) { s.Scene().Camera("New").At("New", 300, 0, -500).LookThrough("New"); }, 500},
+    {"another camera",
+     [](Stage& s) { s.Scene().Camera("New").At("New", 300, 0, -500).LookThrough("New"); }, 500},
     {"no camera", [](Stage& s) { s.Scene().LookThrough(""); }, 500},
-    {"parallel camera", [](Stage& s) { s.Data("Camera").SetLong(host::CAMERA_PROJECTION, 1); }, 300},
+    {"parallel camera", [](Stage& s) { s.Data("Camera").SetLong(host::CAMERA_PROJECTION, 1); },
+     300},
     {"camera's angle", [](Stage& s) { s.Data("Camera").SetReal(host::CAMERA_FOV, 0.4); }, 500},
     {"camera's far end", [](Stage& s) { s.Data("Camera").SetReal(host::CAMERA_FAR, 700); }, 300},
-    {"light hidden", [](Stage& s) { s.Scene().Modes("Light", host::MODE_UNDEF, host::MODE_OFF); }, 300},
+    {"light hidden", [](Stage& s) { s.Scene().Modes("Light", host::MODE_UNDEF, host::MODE_OFF); },
+     300},
     {"light without shadows", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_SHADOW, 0); }, 30},
-    {"light's colour", [](Stage& s) { s.Data("Light").SetVector(host::LIGHT_COLOR, Vector(0.2, 0.4, 1)); }, 500},
+    {"light's color",
+     [](Stage& s) { s.Data("Light").SetVector(host::LIGHT_COLOR, Vector(0.2, 0.4, 1)); }, 500},
     {"spot light", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 1); }, 500},
     {"sun", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 2); }, 500},
     {"ambient light", [](Stage& s) { s.Data("Light").SetLong(host::LIGHT_TYPE, 4); }, 500},
     {"light's range", [](Stage& s) { s.Data("Light").SetReal(host::LIGHT_RANGE, 600); }, 500},
     {"metal", [](Stage& s) { s.Look("Red").SetReal(host::MATERIAL_METALLIC, 1); }, 60},
-    {"luminance", [](Stage& s) { s.Look("Red").SetVector(host::MATERIAL_LUMINANCE, Vector(0.5)); }, 100},
+    {"luminance", [](Stage& s) { s.Look("Red").SetVector(host::MATERIAL_LUMINANCE, Vector(0.5)); },
+     100},
     {"see-through",
      [](Stage& s) {
        s.Look("Red").SetLong(host::MATERIAL_ALPHA_MODE, 2);
@@ -127,16 +155,20 @@ TEST(Render, SwitchesWithoutAMeaningChangeNothing) {
     void (*change)(Stage&);
   };
   const Case cases[] = {
-      {"editor mode off", [](Stage& s) { s.Scene().Modes("Group/Box", host::MODE_OFF, host::MODE_UNDEF); }},
+      {"editor mode off",
+       [](Stage& s) { s.Scene().Modes("Group/Box", host::MODE_OFF, host::MODE_UNDEF); }},
       {"on below off",
        [](Stage& s) {
-         s.Scene().Modes("Group", host::MODE_UNDEF, host::MODE_OFF).Modes("Group/Box", host::MODE_UNDEF, host::MODE_ON);
+         s.Scene()
+             .Modes("Group", host::MODE_UNDEF, host::MODE_OFF)
+             .Modes("Group/Box", host::MODE_UNDEF, host::MODE_ON);
        }},
       {"deform mode of the null above", [](Stage& s) { s.Scene().Modes("Group", 2, 2, false); }},
       {"layer not viewed", [](Stage& s) { s.SetLayer({.view = false}); }},
       {"compositing all on", [](Stage& s) { s.MakeTag("Group/Box", host::Tcompositing); }},
       {"texture tag without a material", [](Stage& s) { s.MakeTag("Group/Box", host::Ttexture); }},
-      {"alpha of an opaque material", [](Stage& s) { s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.1); }},
+      {"alpha of an opaque material",
+       [](Stage& s) { s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.1); }},
   };
   const std::vector<std::uint8_t> plain = Render(Stage().Scene().Doc());
   for (const Case& c : cases) {
@@ -243,12 +275,17 @@ TEST(Render, FindsTheObjectUnderAPixel) {
 TEST(Render, RefusesImpossibleSizes) {
   Stage stage;
   engine::RenderCaches caches;
-  for (const auto& [width, height] :
-       {std::pair{0U, 10U}, {10U, 0U}, {16385U, 1U}, {100000U, 100000U}, {16384U, 16384U}, {4294967295U, 4294967295U}}) {
+  for (const auto& [width, height] : {std::pair{0U, 10U},
+                                      {10U, 0U},
+                                      {16385U, 1U},
+                                      {100000U, 100000U},
+                                      {16384U, 16384U},
+                                      {4294967295U, 4294967295U}}) {
     PictureSetup setup;
     setup.width = width;
     setup.height = height;
-    EXPECT_FALSE(PictureInProgress::Begin(stage.Scene().Doc(), setup, caches)) << width << "x" << height;
+    EXPECT_FALSE(PictureInProgress::Begin(stage.Scene().Doc(), setup, caches))
+        << width << "x" << height;
   }
 }
 
@@ -347,7 +384,8 @@ TEST(Render, ASurfaceWithOnlyAFrontCannotBeSeenFromBehind) {
     host::Matrix frame;
     frame.v1 = Vector(mirror, 0, 0);
     scene.GetObject("Mesh")->SetMl(frame);
-    scene.GetMaterial("Sheet")->GetDataInstance()->SetBool(host::MATERIAL_DOUBLE_SIDED, doubleSided);
+    scene.GetMaterial("Sheet")->GetDataInstance()->SetBool(host::MATERIAL_DOUBLE_SIDED,
+                                                           doubleSided);
     return CountDifferent(Render(scene.Doc()), empty) > 200;
   };
   EXPECT_TRUE(shown(true, 1, 1));
@@ -366,13 +404,14 @@ TEST(Render, FramesWhatThereIs) {
   // Every corner of both cubes lies inside the picture, and they are not lost in its middle.
   float widest = 0;
   const float half = std::tan(static_cast<float>(picture->Camera().fov) / 2);
-  for (const engine::Vec& centre : {engine::Vec{-5000, 300, 40}, engine::Vec{900, 0, -2000}}) {
+  for (const engine::Vec& center : {engine::Vec{-5000, 300, 40}, engine::Vec{900, 0, -2000}}) {
     engine::Box cube;
-    cube.Add(centre - engine::Vec{100, 100, 100});
-    cube.Add(centre + engine::Vec{100, 100, 100});
+    cube.Add(center - engine::Vec{100, 100, 100});
+    cube.Add(center + engine::Vec{100, 100, 100});
     for (int i = 0; i < 8; ++i) {
       const engine::Vec toCorner = cube.Corner(i) - engine::ToVec(picture->Camera().frame.off);
-      const float across = std::abs(engine::Dot(toCorner, eye.Right())) / engine::Dot(toCorner, eye.Forward()) / half;
+      const float across = std::abs(engine::Dot(toCorner, eye.Right())) /
+                           engine::Dot(toCorner, eye.Forward()) / half;
       widest = std::max(widest, across);
       EXPECT_LE(across, 1) << i;
     }
@@ -411,10 +450,18 @@ TEST(Render, HasAPictureFromInsideAnObjectAndOfNothing) {
       {"nothing at all", [](SceneBuilder&) {}},
       {"a camera alone", [](SceneBuilder& s) { s.Camera("Camera").LookThrough("Camera"); }},
       {"a light alone", [](SceneBuilder& s) { s.Object("Light", host::Olight); }},
-      {"a camera inside a ball", [](SceneBuilder& s) { s.Object("Ball", host::Osphere).Camera("Camera").LookThrough("Camera"); }},
-      {"a camera on a surface", [](SceneBuilder& s) { s.Object("Floor", host::Oplane).Camera("Camera").LookThrough("Camera"); }},
+      {"a camera inside a ball",
+       [](SceneBuilder& s) {
+         s.Object("Ball", host::Osphere).Camera("Camera").LookThrough("Camera");
+       }},
+      {"a camera on a surface",
+       [](SceneBuilder& s) {
+         s.Object("Floor", host::Oplane).Camera("Camera").LookThrough("Camera");
+       }},
       {"a light and a camera inside a box",
-       [](SceneBuilder& s) { s.Cube("Box").Object("Light", host::Olight).Camera("Camera").LookThrough("Camera"); }},
+       [](SceneBuilder& s) {
+         s.Cube("Box").Object("Light", host::Olight).Camera("Camera").LookThrough("Camera");
+       }},
   };
   for (const Case& c : cases) {
     SceneBuilder scene;
@@ -449,17 +496,21 @@ TEST(RenderDocument, TakesItsSizeFromTheSettings) {
     host::BaseContainer settings;
     if (width != 0) settings.SetLong(host::RDATA_XRES, width);
     if (height != 0) settings.SetLong(host::RDATA_YRES, height);
-    return host::RenderDocument(&stage.Scene().Doc(), settings, nullptr, nullptr, bitmap, 0, nullptr);
+    return host::RenderDocument(&stage.Scene().Doc(), settings, nullptr, nullptr, bitmap, 0,
+                                nullptr);
   };
-  EXPECT_EQ(render(0, 0), host::RENDERRESULT_FAILED) << "neither the settings nor the bitmap have a size";
+  EXPECT_EQ(render(0, 0), host::RENDERRESULT_FAILED)
+      << "neither the settings nor the bitmap have a size";
   EXPECT_EQ(render(40, 30), host::RENDERRESULT_OK);
   EXPECT_EQ(bitmap->GetBw(), 40);
   bitmap->Init(20, 10);
   EXPECT_EQ(render(0, 0), host::RENDERRESULT_OK);
   EXPECT_EQ(bitmap->GetBw(), 20);
-  for (const host::LONG size : {-1, 100000, 2147483647}) EXPECT_EQ(render(size, size), host::RENDERRESULT_FAILED);
+  for (const host::LONG size : {-1, 100000, 2147483647})
+    EXPECT_EQ(render(size, size), host::RENDERRESULT_FAILED);
   EXPECT_EQ(outside.GetLedger().NotesSince(0).size(), 4U);
-  EXPECT_EQ(host::RenderDocument(nullptr, {}, nullptr, nullptr, bitmap, 0, nullptr), host::RENDERRESULT_FAILED);
+  EXPECT_EQ(host::RenderDocument(nullptr, {}, nullptr, nullptr, bitmap, 0, nullptr),
+            host::RENDERRESULT_FAILED);
   host::BaseBitmap::Free(bitmap);
 }
 
@@ -470,7 +521,8 @@ TEST(RenderDocument, StopsWhenAskedTo) {
   Stage stage;
   host::BaseBitmap* bitmap = host::BaseBitmap::Alloc();
   bitmap->Init(64, 48);
-  EXPECT_EQ(host::RenderDocument(&stage.Scene().Doc(), {}, nullptr, nullptr, bitmap, 0, nullptr), host::RENDERRESULT_USERBREAK);
+  EXPECT_EQ(host::RenderDocument(&stage.Scene().Doc(), {}, nullptr, nullptr, bitmap, 0, nullptr),
+            host::RENDERRESULT_USERBREAK);
   host::BaseBitmap::Free(bitmap);
 }
 

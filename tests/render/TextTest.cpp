@@ -68,8 +68,9 @@ TEST_F(Text, StandsInTheOrderInWhichItIsSeen) {
 
 TEST_F(Text, IsShortenedToItsPlace) {
   const std::string longName(3000000, 'w');
-  for (const char* name : {"A state with a name that is a good deal too long", longName.c_str(),
-                           "\u05D0\u05D1\u05D2\u05D3\u05D4\u05D5\u05D6\u05D7\u05D8 \u05D9\u05DA\u05DB"}) {
+  for (const char* name :
+       {"A state with a name that is a good deal too long", longName.c_str(),
+        "\u05D0\u05D1\u05D2\u05D3\u05D4\u05D5\u05D6\u05D7\u05D8 \u05D9\u05DA\u05DB"}) {
     const TextLine line = font_.Set(name, 16, 90);
     EXPECT_LE(line.width, 90);
     EXPECT_GT(line.width, 60);
@@ -101,7 +102,8 @@ TEST_F(Text, ShowsHanAndKana) {
     font_.Draw(font_.Set(letter, 30, kWide), 4, 32, {255, 255, 255}, image);
     pictures.emplace(image.bytes.begin(), image.bytes.end());
   }
-  EXPECT_EQ(pictures.size(), 5U) << "each has a glyph of its own, none is the box for what is missing";
+  EXPECT_EQ(pictures.size(), 5U)
+      << "each has a glyph of its own, none is the box for what is missing";
   const int latin = font_.Set("ab", 30, kWide).width;
   EXPECT_GT(font_
                 .Set("a\u6F22"
@@ -113,7 +115,8 @@ TEST_F(Text, ShowsHanAndKana) {
 
 TEST_F(Text, KeepsWithinThePicture) {
   const TextLine line = font_.Set("Wide and tall", 40, kWide);
-  for (const auto& [x, y] : {std::pair{-1000, 20}, {-50, 10}, {60, 20}, {10, -5}, {10, 1000}, {2000000000, 5}}) {
+  for (const auto& [x, y] :
+       {std::pair{-1000, 20}, {-50, 10}, {60, 20}, {10, -5}, {10, 1000}, {2000000000, 5}}) {
     Image image = Black(64, 20);
     font_.Draw(line, x, y, {255, 255, 255}, image);
     EXPECT_EQ(image.bytes.size(), 64U * 20U * 4U);

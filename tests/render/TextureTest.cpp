@@ -1,4 +1,5 @@
-// Textures in pictures: where they are found, how they lie on a surface, when they are read, and what a bad one costs.
+// Textures in pictures: where they are found, how they lie on a surface, when they are read, and
+// what a bad one costs.
 #include <gtest/gtest.h>
 
 #include "engine/outside/ScriptedOutside.h"
@@ -34,13 +35,15 @@ class Textures : public testing::Test {
     engine::Image image{8, 8, {}, {}};
     for (int i = 0; i < 64; ++i) {
       const bool left = i % 8 < 4;
-      for (const int c : {0, left ? 255 : 0, left ? 0 : 255, 255}) image.bytes.push_back(static_cast<std::uint8_t>(c));
+      for (const int c : {0, left ? 255 : 0, left ? 0 : 255, 255})
+        image.bytes.push_back(static_cast<std::uint8_t>(c));
     }
     return engine::EncodePng(image).Take();
   }
 
-  // "g" or "b" for what dominates at two places left and right in the plane seen from above, "w" for neither.
-  std::string Colours(engine::RenderCaches& caches) {
+  // "g" or "b" for what dominates at two places left and right in the plane seen from above, "w"
+  // for neither.
+  std::string Colors(engine::RenderCaches& caches) {
     PictureSetup setup{64, 48, {}, {}, 2, false};
     setup.camera = engine::PictureCamera();
     setup.camera->frame.off = {0, 100, 0};
@@ -49,19 +52,21 @@ class Textures : public testing::Test {
     auto picture = PictureInProgress::Begin(scene_.Doc(), setup, caches).Take();
     picture->Refine();
     notes_ = picture->Notes();
-    std::string colours;
+    std::string colors;
     const engine::Image image = picture->Current();
     for (const std::size_t x : {22U, 42U}) {
       const std::uint8_t* p = &image.bytes[(24 * 64 + x) * 4];
-      colours += p[1] > p[2] + 50 ? 'g' : p[2] > p[1] + 50 ? 'b' : 'w';
+      colors += p[1] > p[2] + 50 ? 'g' : p[2] > p[1] + 50 ? 'b' : 'w';
     }
-    return colours;
+    return colors;
   }
-  std::string Colours() {
+  std::string Colors() {
     engine::RenderCaches caches;
-    return Colours(caches);
+    return Colors(caches);
   }
-  host::BaseContainer& TagData() { return *scene_.GetTag("Plane", host::Ttexture)->GetDataInstance(); }
+  host::BaseContainer& TagData() {
+    return *scene_.GetTag("Plane", host::Ttexture)->GetDataInstance();
+  }
   void Put(const std::string& name) {
     (void)outside_.MakeFolder(scratch_ / "tex");
     tests::WriteText(scratch_ / name, Picture());
@@ -76,33 +81,36 @@ class Textures : public testing::Test {
 };
 
 TEST_F(Textures, AreFoundWhereArtistsPutThem) {
-  EXPECT_EQ(Colours(), "ww");
-  EXPECT_EQ(notes_, std::vector<std::string>{"The texture \"left_green.png\" is not shown: it was not found."});
+  EXPECT_EQ(Colors(), "ww");
+  EXPECT_EQ(notes_, std::vector<std::string>{
+                        "The texture \"left_green.png\" is not shown: it was not found."});
   Put("tex/left_green.png");
-  EXPECT_EQ(Colours(), "gb");
+  EXPECT_EQ(Colors(), "gb");
   EXPECT_TRUE(notes_.empty());
-  for (const char* name : {"C:\\art\\left_green.png", "/elsewhere/left_green.png", "./tex/left_green.png"}) {
+  for (const char* name :
+       {"C:\\art\\left_green.png", "/elsewhere/left_green.png", "./tex/left_green.png"}) {
     shader_->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, name);
-    EXPECT_EQ(Colours(), "gb") << name;
+    EXPECT_EQ(Colors(), "gb") << name;
   }
 }
 
 TEST_F(Textures, AreFoundInTheUsualFoldersAndAfterAMove) {
-  const std::pair<const char*, const char*> kRows[] = {{"textures/left_green.png", "left_green.png"},
-                                                       {"images/left_green.png", "C:\\art\\left_green.png"},
-                                                       {"maps/left_green.png", "/old/shot/left_green.png"},
-                                                       {"walls/left_green.png", "/old/shot/walls/left_green.png"}};
+  const std::pair<const char*, const char*> kRows[] = {
+      {"textures/left_green.png", "left_green.png"},
+      {"images/left_green.png", "C:\\art\\left_green.png"},
+      {"maps/left_green.png", "/old/shot/left_green.png"},
+      {"walls/left_green.png", "/old/shot/walls/left_green.png"}};
   for (const auto& [file, name] : kRows) {
     shader_->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, name);
-    EXPECT_EQ(Colours(), "ww") << file;
+    EXPECT_EQ(Colors(), "ww") << file;
     (void)outside_.MakeFolders(scratch_ / std::string(file).substr(0, std::string(file).find('/')));
     Put(file);
-    EXPECT_EQ(Colours(), "gb") << file;
+    EXPECT_EQ(Colors(), "gb") << file;
     ASSERT_TRUE(outside_.RemoveFile(scratch_ / file));
   }
 }
 
-// A surface whose texture cannot be shown keeps its colour, and the reason is told.
+// A surface whose texture cannot be shown keeps its color, and the reason is told.
 TEST_F(Textures, ThatCannotBeShownCostANote) {
   std::string enormous = engine::EncodePng(engine::Image{1, 1, {1, 2, 3, 255}, {}}).Take();
   enormous.replace(16, 8, std::string("\x7F\xFF\xFF\xFF\x7F\xFF\xFF\xFF", 8));  // width and height
@@ -118,44 +126,45 @@ TEST_F(Textures, ThatCannotBeShownCostANote) {
   };
   for (const Case& c : cases) {
     tests::WriteText(scratch_ / "left_green.png", c.bytes);
-    EXPECT_EQ(Colours(), "ww") << c.bytes.size();
+    EXPECT_EQ(Colors(), "ww") << c.bytes.size();
     ASSERT_EQ(notes_.size(), 1U) << c.bytes.size();
-    EXPECT_NE(notes_[0].find("The texture \"left_green.png\" is not shown: "), std::string::npos) << notes_[0];
+    EXPECT_NE(notes_[0].find("The texture \"left_green.png\" is not shown: "), std::string::npos)
+        << notes_[0];
     EXPECT_NE(notes_[0].find(c.note), std::string::npos) << notes_[0];
   }
   ASSERT_TRUE(outside_.RemoveFile(scratch_ / "left_green.png"));
   ASSERT_TRUE(outside_.MakeFolder(scratch_ / "left_green.png"));
-  EXPECT_EQ(Colours(), "ww") << "a folder";
+  EXPECT_EQ(Colors(), "ww") << "a folder";
   EXPECT_EQ(notes_.size(), 1U);
 }
 
 TEST_F(Textures, MayComeInsideTheDocument) {
   engine::AddEmbeddedFile(scene_.Doc(), "left_green.png", Picture());
   engine::RenderCaches caches;
-  EXPECT_EQ(Colours(caches), "gb");
-  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(Colors(caches), "gb");
+  EXPECT_EQ(Colors(caches), "gb");
   EXPECT_EQ(caches.WorkDone().textures, 1U);
 }
 
 TEST_F(Textures, FollowOffsetAndTiles) {
   Put("left_green.png");
-  EXPECT_EQ(Colours(), "gb");
+  EXPECT_EQ(Colors(), "gb");
   TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0.5, 0, 0));
-  EXPECT_EQ(Colours(), "bg");
+  EXPECT_EQ(Colors(), "bg");
   TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0));
   TagData().SetVector(host::TEXTURETAG_TILES, Vector(2, 2, 0));
-  EXPECT_EQ(Colours(), "bg") << "the left place lies in the second half of the first repetition";
+  EXPECT_EQ(Colors(), "bg") << "the left place lies in the second half of the first repetition";
 }
 
 TEST_F(Textures, AreReadAgainOnlyWhenTheirFileChanges) {
   Put("left_green.png");
   engine::RenderCaches caches;
-  EXPECT_EQ(Colours(caches), "gb");
-  EXPECT_EQ(Colours(caches), "gb");
+  EXPECT_EQ(Colors(caches), "gb");
+  EXPECT_EQ(Colors(caches), "gb");
   EXPECT_EQ(caches.WorkDone().textures, 1U);
   tests::WriteText(scratch_ / "left_green.png", "no picture any more");
-  EXPECT_EQ(Colours(caches), "ww");
-  EXPECT_EQ(Colours(caches), "ww");
+  EXPECT_EQ(Colors(caches), "ww");
+  EXPECT_EQ(Colors(caches), "ww");
   EXPECT_EQ(caches.WorkDone().textures, 2U);
   EXPECT_EQ(notes_.size(), 1U);
 }

@@ -1,5 +1,5 @@
-// What a view needs of the renderer: reading in steps, knowing whether anything looks different, what is hit at a pixel, tiles
-// while a pass runs, and cameras that frame what is asked for.
+// What a view needs of the renderer: reading in steps, knowing whether anything looks different,
+// what is hit at a pixel, tiles while a pass runs, and cameras that frame what is asked for.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -39,7 +39,8 @@ struct Row : SceneBuilder {
   }
 };
 
-ScenePicture Read(const host::BaseDocument& doc, engine::RenderCaches& caches, std::size_t step = 1000000) {
+ScenePicture Read(const host::BaseDocument& doc, engine::RenderCaches& caches,
+                  std::size_t step = 1000000) {
   engine::SceneScan scan(doc, {}, caches);
   while (!scan.Advance(step)) {
   }
@@ -68,8 +69,8 @@ TEST(SceneScan, WhatIsBelowASelectedObjectCountsAsSelected) {
   for (std::size_t i = 0; i < picture.instances.size(); ++i) {
     if (picture.selected[i]) selected.insert(picture.instances[i].object);
   }
-  EXPECT_EQ(selected,
-            (std::set<engine::NodeId>{engine::IdOf(*scene.GetObject("Box2")), engine::IdOf(*scene.GetObject("Box2/Ball"))}));
+  EXPECT_EQ(selected, (std::set<engine::NodeId>{engine::IdOf(*scene.GetObject("Box2")),
+                                                engine::IdOf(*scene.GetObject("Box2/Ball"))}));
 }
 
 TEST(SceneScan, TheFingerprintTellsWhatLooksDifferent) {
@@ -82,13 +83,20 @@ TEST(SceneScan, TheFingerprintTellsWhatLooksDifferent) {
       {"selection", false, [](Row& row) { row.Select("Box1"); }},
       {"a name", false, [](Row& row) { row.GetObject("Box1")->SetName("Other"); }},
       {"the camera", false, [](Row& row) { row.At("Camera", 10, 0, -1500); }},
-      {"an editor mode", false, [](Row& row) { row.Modes("Box1", host::MODE_OFF, host::MODE_UNDEF); }},
-      {"a render mode", true, [](Row& row) { row.Modes("Box1", host::MODE_UNDEF, host::MODE_OFF); }},
+      {"an editor mode", false,
+       [](Row& row) { row.Modes("Box1", host::MODE_OFF, host::MODE_UNDEF); }},
+      {"a render mode", true,
+       [](Row& row) { row.Modes("Box1", host::MODE_UNDEF, host::MODE_OFF); }},
       {"a place", true, [](Row& row) { row.At("Box1", 0, 0, 1); }},
-      {"a size", true, [](Row& row) { row.GetObject("Box1")->GetDataInstance()->SetVector(host::PRIM_SIZE, Vector(9)); }},
+      {"a size", true,
+       [](Row& row) {
+         row.GetObject("Box1")->GetDataInstance()->SetVector(host::PRIM_SIZE, Vector(9));
+       }},
       {"a material", true, [](Row& row) { row.Texture("Box1", "Red"); }},
       {"an unused material", false,
-       [](Row& row) { row.GetMaterial("Red")->GetDataInstance()->SetVector(host::MATERIAL_COLOR, Vector(0)); }},
+       [](Row& row) {
+         row.GetMaterial("Red")->GetDataInstance()->SetVector(host::MATERIAL_COLOR, Vector(0));
+       }},
       {"a light", true, [](Row& row) { row.At("Light", 0, 0, 0); }},
       {"one object less", true, [](Row& row) { row.Delete("Box0"); }},
   };
@@ -97,16 +105,19 @@ TEST(SceneScan, TheFingerprintTellsWhatLooksDifferent) {
     engine::RenderCaches caches;
     const ScenePicture before = Read(scene.Doc(), caches);
     test.change(scene);
-    EXPECT_EQ(Read(scene.Doc(), caches).fingerprint != before.fingerprint, test.differs) << test.what;
+    EXPECT_EQ(Read(scene.Doc(), caches).fingerprint != before.fingerprint, test.differs)
+        << test.what;
   }
 }
 
-std::shared_ptr<const engine::PreparedScene> Prepared(const host::BaseDocument& doc, engine::RenderCaches& caches) {
+std::shared_ptr<const engine::PreparedScene> Prepared(const host::BaseDocument& doc,
+                                                      engine::RenderCaches& caches) {
   return engine::PreparedScene::Make(Read(doc, caches), caches).Take();
 }
 
-std::unique_ptr<PictureInProgress> Drawn(const std::shared_ptr<const engine::PreparedScene>& scene, std::uint32_t width,
-                                         std::uint32_t height, bool draft = false) {
+std::unique_ptr<PictureInProgress> Drawn(const std::shared_ptr<const engine::PreparedScene>& scene,
+                                         std::uint32_t width, std::uint32_t height,
+                                         bool draft = false) {
   PictureSetup setup;
   setup.width = width;
   setup.height = height;
@@ -255,7 +266,8 @@ TEST(Framing, APictureShowsAllOfAViewAndNoMore) {
       const auto [wide, high] = halves(view.camera, view.aspect);
       for (const double aspect : {0.3, 0.8, 1.3333, 3.0}) {
         const auto [w, h] = halves(engine::ShowingAllOf(view, aspect), aspect);
-        EXPECT_NEAR(std::min(w / wide, h / high), 1, 1e-9) << parallel << " " << vertical << " " << aspect;
+        EXPECT_NEAR(std::min(w / wide, h / high), 1, 1e-9)
+            << parallel << " " << vertical << " " << aspect;
       }
     }
   }
@@ -271,7 +283,8 @@ TEST(EditorView, IsRenderedFromACopyUnlessThereIsASceneCamera) {
   setup.width = setup.height = 16;
   engine::RenderCaches caches;
   const auto seenFrom = [&] {
-    auto* copy = static_cast<host::BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr));
+    auto* copy =
+        static_cast<host::BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr));
     const auto begun = PictureInProgress::Begin(*copy, setup, caches);
     const Vector place = begun.Value()->Camera().frame.off;
     host::BaseDocument::Free(copy);
@@ -287,7 +300,8 @@ TEST(EditorView, IsRenderedFromACopyUnlessThereIsASceneCamera) {
 TEST(PreparedScene, CanBeStoppedAndSharedByCameras) {
   Row scene;
   engine::RenderCaches caches;
-  EXPECT_FALSE(engine::PreparedScene::Make(Read(scene.Doc(), caches), caches, [](double) { return false; }));
+  EXPECT_FALSE(
+      engine::PreparedScene::Make(Read(scene.Doc(), caches), caches, [](double) { return false; }));
   const auto prepared = Prepared(scene.Doc(), caches);
   scene.Delete("Box0");
   const auto front = Drawn(prepared, 60, 40)->Current().bytes;

@@ -21,10 +21,23 @@ struct FullScene : SceneBuilder {
     host::LayerData dark;
     dark.view = false;
     dark.color = host::Vector(0.1, 0.2, 0.3);
-    Object("Late").Material("Red").Material("Blue").Layer("Set/Walls", dark).Settings("HD", 1920, 1080);
-    Post("HD", host::VPglobalillumination).Post("HD", 42, false).Pass("HD", host::Zmultipass, false).Active("HD");
-    Camera("Room/Cam").LookThrough("Room/Cam").Cube("Room/Box").Texture("Room/Box", "Blue").Texture("Room/Box", "");
-    Modes("Room/Box", host::MODE_OFF, host::MODE_ON, false).OnLayer("Room/Box", "Set/Walls").At("Room", 1, 2, 3);
+    Object("Late")
+        .Material("Red")
+        .Material("Blue")
+        .Layer("Set/Walls", dark)
+        .Settings("HD", 1920, 1080);
+    Post("HD", host::VPglobalillumination)
+        .Post("HD", 42, false)
+        .Pass("HD", host::Zmultipass, false)
+        .Active("HD");
+    Camera("Room/Cam")
+        .LookThrough("Room/Cam")
+        .Cube("Room/Box")
+        .Texture("Room/Box", "Blue")
+        .Texture("Room/Box", "");
+    Modes("Room/Box", host::MODE_OFF, host::MODE_ON, false)
+        .OnLayer("Room/Box", "Set/Walls")
+        .At("Room", 1, 2, 3);
     Tag("Room", host::Tcompositing).Select("Room/Box").Select("Room");
     auto mesh = std::make_shared<engine::Mesh>();
     mesh->points = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
@@ -46,7 +59,9 @@ struct FullScene : SceneBuilder {
   }
 };
 
-BaseDocument* CopyOf(BaseDocument& doc, host::LONG flags) { return static_cast<BaseDocument*>(doc.GetClone(flags, nullptr)); }
+BaseDocument* CopyOf(BaseDocument& doc, host::LONG flags) {
+  return static_cast<BaseDocument*>(doc.GetClone(flags, nullptr));
+}
 
 TEST(Copy, DocumentKeepsEverythingButUndo) {
   FullScene scene;
@@ -55,7 +70,8 @@ TEST(Copy, DocumentKeepsEverythingButUndo) {
   doc.AddUndo(host::UNDO_CHANGE, scene.GetObject("Room"));
   doc.EndUndo();
   BaseDocument* copy = CopyOf(doc, host::COPY_DOCUMENT);
-  EXPECT_EQ(engine::DumpDifference(engine::DumpDocument(doc), engine::DumpDocument(*copy)), std::vector<std::string>());
+  EXPECT_EQ(engine::DumpDifference(engine::DumpDocument(doc), engine::DumpDocument(*copy)),
+            std::vector<std::string>());
   EXPECT_EQ(engine::DumpState(doc), engine::DumpState(*copy));
   EXPECT_EQ(copy->GetDocumentName(), doc.GetDocumentName());
   EXPECT_EQ(copy->GetDocumentPath(), doc.GetDocumentPath());
@@ -72,11 +88,14 @@ TEST(Copy, DocumentAndOriginalNeverChangeTogether) {
   BaseDocument* copy = CopyOf(scene.Doc(), host::COPY_DOCUMENT);
   const std::string before = engine::DumpDocument(scene.Doc());
   SceneBuilder other(*copy);
-  other.Modes("Room", host::MODE_ON, host::MODE_OFF, false).At("Room", 9, 9, 9).OnLayer("Room", "Set");
+  other.Modes("Room", host::MODE_ON, host::MODE_OFF, false)
+      .At("Room", 9, 9, 9)
+      .OnLayer("Room", "Set");
   other.GetObject("Room/Box")->GetDataInstance()->SetLong(1, 1);
   copy->GetDataInstance()->GetContainerInstance(1021477)->SetLong(77, 7);
   other.GetLayer("Set")->SetLayerData(copy, host::LayerData());
-  EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())), std::vector<std::string>());
+  EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())),
+            std::vector<std::string>());
   BaseDocument::Free(copy);
 }
 
@@ -97,19 +116,26 @@ TEST(Copy, ElementGetsIdentitiesOfItsOwnWithAllItOwns) {
   EXPECT_NE(engine::IdOf(*copy), engine::IdOf(*room));
   EXPECT_NE(engine::IdOf(*copy->GetFirstTag()), engine::IdOf(*room->GetFirstTag()));
   EXPECT_EQ(copy->GetMl(), room->GetMl());
-  EXPECT_EQ(engine::MeshOf(*copy->GetDown()->GetNext()->GetNext()), engine::MeshOf(*scene.GetObject("Room/Mesh"))) << "shared";
+  EXPECT_EQ(engine::MeshOf(*copy->GetDown()->GetNext()->GetNext()),
+            engine::MeshOf(*scene.GetObject("Room/Mesh")))
+      << "shared";
   scene.Doc().AppendObject(copy);
-  EXPECT_EQ(scene.Doc().GetAllTextures(nullptr).GetCount(), 4) << "the expression node's texture came along";
+  EXPECT_EQ(scene.Doc().GetAllTextures(nullptr).GetCount(), 4)
+      << "the expression node's texture came along";
 }
 
 // Posts and passes as "type:bits data".
 std::string Effects(const RenderData& settings) {
   std::string text;
-  for (const host::BaseVideoPost* post = settings.GetFirstVideoPost(); post; post = post->GetNext()) {
-    text += "post " + std::to_string(post->GetType()) + ":" + std::to_string(post->GetAllBits()) + " ";
+  for (const host::BaseVideoPost* post = settings.GetFirstVideoPost(); post;
+       post = post->GetNext()) {
+    text +=
+        "post " + std::to_string(post->GetType()) + ":" + std::to_string(post->GetAllBits()) + " ";
   }
-  for (const host::MultipassObject* pass = settings.GetFirstMultipass(); pass; pass = pass->GetNext()) {
-    text += "pass " + std::to_string(pass->GetType()) + ":" + std::to_string(pass->GetAllBits()) + " ";
+  for (const host::MultipassObject* pass = settings.GetFirstMultipass(); pass;
+       pass = pass->GetNext()) {
+    text +=
+        "pass " + std::to_string(pass->GetType()) + ":" + std::to_string(pass->GetAllBits()) + " ";
   }
   return text;
 }
@@ -125,7 +151,10 @@ class CopyTo : public testing::TestWithParam<CopyToCase> {};
 
 TEST_P(CopyTo, ReplacesContentsAndKeepsIdentityAndPlace) {
   SceneBuilder scene;
-  scene.Settings("Source", 640, 480).Post("Source", 1, false).Post("Source", 2).Pass("Source", 3, false);
+  scene.Settings("Source", 640, 480)
+      .Post("Source", 1, false)
+      .Post("Source", 2)
+      .Pass("Source", 3, false);
   scene.Settings("Target").Post("Target", 9).Pass("Target", 8, false);
   RenderData* source = scene.GetSettings("Source");
   RenderData* target = scene.GetSettings("Target");
@@ -143,10 +172,11 @@ TEST_P(CopyTo, ReplacesContentsAndKeepsIdentityAndPlace) {
   EXPECT_NE(target->GetFirstVideoPost(), source->GetFirstVideoPost());
 }
 
-INSTANTIATE_TEST_SUITE_P(Flags, CopyTo,
-                         testing::Values(CopyToCase{"Everything", 0, 2, "post 1:4 post 2:0 pass 3:4 "},
-                                         CopyToCase{"NoBits", 16, 32, "post 1:0 post 2:0 pass 3:0 "}),
-                         [](const auto& one) { return one.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Flags, CopyTo,
+    testing::Values(CopyToCase{"Everything", 0, 2, "post 1:4 post 2:0 pass 3:4 "},
+                    CopyToCase{"NoBits", 16, 32, "post 1:0 post 2:0 pass 3:0 "}),
+    [](const auto& one) { return one.param.name; });
 
 TEST(Copy, FollowsAndDumpsContainersNestedDeeperThanTheStack) {
   constexpr int kDepth = 100000;
@@ -174,7 +204,8 @@ TEST(Copy, FollowsAndDumpsContainersNestedDeeperThanTheStack) {
   BaseDocument::Free(copy);
 }
 
-// Each level holds the one below it twice: along every way to the links there would be no end of visits.
+// Each level holds the one below it twice: along every way to the links there would be no end of
+// visits.
 TEST(Copy, FollowsSharedLevelsOnceAndSharesWhatHoldsNoLinks) {
   SceneBuilder scene;
   scene.Object("Target");
@@ -219,7 +250,8 @@ TEST(Copy, MaterialTakesItsShadersAndTheLinksToThem) {
   a->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, scene.Bitmap(a, "a.png"));
   scene.Bitmap(b, "old.png");
   EXPECT_TRUE(a->CopyTo(b, 0, nullptr));
-  EXPECT_EQ(b->GetDataInstance()->GetLink(host::MATERIAL_COLOR_SHADER, &scene.Doc()), b->GetFirstShader());
+  EXPECT_EQ(b->GetDataInstance()->GetLink(host::MATERIAL_COLOR_SHADER, &scene.Doc()),
+            b->GetFirstShader());
   EXPECT_EQ(b->GetFirstShader()->GetNext(), nullptr);
 }
 

@@ -1,4 +1,5 @@
-// What a document promises: selection, render settings, scene camera, messages and changes, textures.
+// What a document promises: selection, render settings, scene camera, messages and changes,
+// textures.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -73,14 +74,20 @@ TEST(Selection, ComesWithInsertedObjectsAndNotFromOtherDocuments) {
 TEST(Selection, ManySelectionsStayTidy) {
   SceneBuilder scene;
   scene.Object("A").Object("B");
-  for (int i = 0; i < 10000; ++i) scene.Doc().SetActiveObject(scene.GetObject(i % 2 ? "A" : "B"), i % 3);
+  for (int i = 0; i < 10000; ++i)
+    scene.Doc().SetActiveObject(scene.GetObject(i % 2 ? "A" : "B"), i % 3);
   scene.Doc().SetActiveObject(scene.GetObject("B"));
   EXPECT_EQ(SelectedObjects(scene) + ActiveObject(scene), "BB");
 }
 
 TEST(Selection, TagsComeInTheOrderOfObjectsAndTags) {
   SceneBuilder scene;
-  scene.Object("A/B").Object("C").Tag("C", host::Tphong).Tag("A/B", host::Tphong).Texture("A/B", "").Tag("A", host::Tcompositing);
+  scene.Object("A/B")
+      .Object("C")
+      .Tag("C", host::Tphong)
+      .Tag("A/B", host::Tphong)
+      .Texture("A/B", "")
+      .Tag("A", host::Tcompositing);
   for (const char* path : {"C", "A/B", "A"}) {
     scene.Doc().SetActiveTag(scene.GetObject(path)->GetFirstTag(), host::SELECTION_ADD);
   }
@@ -96,7 +103,8 @@ TEST(Selection, TagsComeInTheOrderOfObjectsAndTags) {
 
 std::string SettingsOf(const BaseDocument& doc) {
   std::string text;
-  for (const RenderData* settings = doc.GetFirstRenderData(); settings; settings = settings->GetNext()) {
+  for (const RenderData* settings = doc.GetFirstRenderData(); settings;
+       settings = settings->GetNext()) {
     text += (settings == doc.GetActiveRenderData() ? "*" : "") + settings->GetName().ToUtf8() + " ";
   }
   return text;
@@ -177,7 +185,8 @@ const Change kChanges[] = {
      }},
     {"bits", [](SceneBuilder& s) { s.GetObject("A")->SetBit(host::BIT_ACTIVE | 1 << 20); }},
     {"selected object", [](SceneBuilder& s) { s.Select("B"); }, false},
-    {"selected tag", [](SceneBuilder& s) { s.GetTag("A", host::Ttexture)->SetBit(host::BIT_ACTIVE); }, false},
+    {"selected tag",
+     [](SceneBuilder& s) { s.GetTag("A", host::Ttexture)->SetBit(host::BIT_ACTIVE); }, false},
     {"selected layer", [](SceneBuilder& s) { s.GetLayer("L")->SetBit(host::BIT_ACTIVE); }, false},
     {"nbits", [](SceneBuilder& s) { s.GetObject("A")->ChangeNBit(3, host::NBIT_SET); }},
     {"layer", [](SceneBuilder& s) { s.OnLayer("A", "L"); }},
@@ -188,7 +197,10 @@ const Change kChanges[] = {
        s.GetLayer("L")->SetLayerData(&s.Doc(), d);
      }},
     {"material",
-     [](SceneBuilder& s) { static_cast<host::TextureTag*>(s.GetTag("A", host::Ttexture))->SetMaterial(s.GetMaterial("M")); }},
+     [](SceneBuilder& s) {
+       static_cast<host::TextureTag*>(s.GetTag("A", host::Ttexture))
+           ->SetMaterial(s.GetMaterial("M"));
+     }},
     {"camera", [](SceneBuilder& s) { s.LookThrough("A"); }},
     {"no camera", [](SceneBuilder& s) { s.LookThrough(""); }},
     {"settings", [](SceneBuilder& s) { s.Active("R"); }},
@@ -260,7 +272,8 @@ TEST(Textures, AreListedInSceneOrderMissingAndRepeatedOnesToo) {
   AtomArray chosen;
   chosen.Append(scene.GetObject("A/B"));
   chosen.Append(scene.GetObject("C"));
-  EXPECT_EQ(text(scene.Doc().GetAllTextures(&chosen)), "/missing/inner.png twice.png twice.png late.png ");
+  EXPECT_EQ(text(scene.Doc().GetAllTextures(&chosen)),
+            "/missing/inner.png twice.png twice.png late.png ");
 }
 
 }  // namespace

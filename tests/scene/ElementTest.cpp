@@ -50,7 +50,11 @@ TEST(Element, KnowsItsTypeAndStartsWithItsName) {
 
 TEST(Element, StartsWithSensibleParameters) {
   SceneBuilder scene;
-  scene.Camera("Cam").Cube("Box").Tag("Box", host::Tcompositing).Tag("Box", 1021738).Object("Any", 424242);
+  scene.Camera("Cam")
+      .Cube("Box")
+      .Tag("Box", host::Tcompositing)
+      .Tag("Box", 1021738)
+      .Object("Any", 424242);
   EXPECT_NEAR(scene.GetObject("Cam")->GetData().GetReal(host::CAMERA_FOV), 0.927, 0.001);
   EXPECT_EQ(scene.GetObject("Box")->GetData().GetVector(host::PRIM_SIZE), host::Vector(200));
   const BaseContainer compositing = scene.GetTag("Box", host::Tcompositing)->GetData();
@@ -143,10 +147,14 @@ TEST(Dump, ShowsWhatDiffers) {
   scene.Camera("Cam").Cube("Box").Texture("Box", "").Material("Red").Layer("L");
   const std::string before = engine::DumpState(scene.Doc());
   scene.Modes("Box", host::MODE_OFF, host::MODE_ON, false).LookThrough("Cam");
-  static_cast<host::TextureTag*>(scene.GetTag("Box", host::Ttexture))->SetMaterial(scene.GetMaterial("Red"));
-  const std::vector<std::string> expected = {
-      "- scene camera none",    "- object 1 \"Box\" modes 2 2 1", "- object 1 \"Box\" tag 0 type 5616 material none",
-      "+ scene camera \"Cam\"", "+ object 1 \"Box\" modes 1 0 0", "+ object 1 \"Box\" tag 0 type 5616 material \"Red\""};
+  static_cast<host::TextureTag*>(scene.GetTag("Box", host::Ttexture))
+      ->SetMaterial(scene.GetMaterial("Red"));
+  const std::vector<std::string> expected = {"- scene camera none",
+                                             "- object 1 \"Box\" modes 2 2 1",
+                                             "- object 1 \"Box\" tag 0 type 5616 material none",
+                                             "+ scene camera \"Cam\"",
+                                             "+ object 1 \"Box\" modes 1 0 0",
+                                             "+ object 1 \"Box\" tag 0 type 5616 material \"Red\""};
   EXPECT_EQ(engine::DumpDifference(before, engine::DumpState(scene.Doc())), expected);
   EXPECT_EQ(engine::DumpDifference(before, before), std::vector<std::string>());
 }
@@ -163,8 +171,8 @@ TEST(Dump, NamesLinksByTheirTargets) {
   BaseObject* gone = scene.GetObject("Gone");
   BaseObject::Free(gone);
   const std::string dump = engine::DumpDocument(scene.Doc());
-  for (const char* line : {"#2 data 9 = container 4 of 3\n", "#2 data 9/1 = link #3\n", "#2 data 9/2 = link dead\n",
-                           "#2 data 9/3 = \"a \\\"b\\\"\\x0a\"\n"}) {
+  for (const char* line : {"#2 data 9 = container 4 of 3\n", "#2 data 9/1 = link #3\n",
+                           "#2 data 9/2 = link dead\n", "#2 data 9/3 = \"a \\\"b\\\"\\x0a\"\n"}) {
     EXPECT_NE(dump.find(line), std::string::npos) << line << dump;
   }
 }

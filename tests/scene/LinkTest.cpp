@@ -125,7 +125,9 @@ TEST(Link, InsideAnElementCopyPointsToTheCopiesAndOtherwiseStays) {
   const BaseContainer copied = copy->GetData().GetContainer(7);
   EXPECT_EQ(copied.GetLink(1, &scene.Doc()), copy->GetDown());
   EXPECT_EQ(copied.GetLink(2, &scene.Doc()), scene.GetMaterial("Red"));
-  EXPECT_EQ(static_cast<host::TextureTag*>(copy->GetDown()->GetNext()->GetFirstTag())->GetMaterial(), scene.GetMaterial("Red"));
+  EXPECT_EQ(
+      static_cast<host::TextureTag*>(copy->GetDown()->GetNext()->GetFirstTag())->GetMaterial(),
+      scene.GetMaterial("Red"));
   EXPECT_EQ(room->GetData().GetContainer(7).GetLink(1, &scene.Doc()), scene.GetObject("Room/Cam"));
 }
 
@@ -155,7 +157,8 @@ TEST(Link, StrangeIdentitiesOfAFileAreSorted) {
     engine::SetId(*objects.back(), base + static_cast<engine::NodeId>(i) * 1'000'003);
     scene.Doc().AppendObject(objects.back());
   }
-  for (BaseObject* object : objects) ASSERT_EQ(engine::FindNode(&scene.Doc(), engine::IdOf(*object)), object);
+  for (BaseObject* object : objects)
+    ASSERT_EQ(engine::FindNode(&scene.Doc(), engine::IdOf(*object)), object);
   BaseObject* twin = BaseObject::Alloc(host::Onull);
   engine::SetId(*twin, base);
   scene.Doc().AppendObject(twin);

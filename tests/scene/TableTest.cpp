@@ -1,4 +1,5 @@
-// The machinery below the scene: memory of nodes and the table of identities, each beside a plain model.
+// The machinery below the scene: memory of nodes and the table of identities, each beside a plain
+// model.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -15,7 +16,9 @@ namespace {
 class Random {
  public:
   explicit Random(unsigned seed) : seed_(seed) {}
-  unsigned operator()(unsigned bound) { return (seed_ = seed_ * 1664525u + 1013904223u) / 65536u % bound; }
+  unsigned operator()(unsigned bound) {
+    return (seed_ = seed_ * 1664525u + 1013904223u) / 65536u % bound;
+  }
 
  private:
   unsigned seed_;
@@ -62,7 +65,9 @@ TEST(NodeTable, AgreesWithAMap) {
   std::unordered_map<engine::NodeId, host::BaseList2D*> model;
   Random random(11);
   // Pages that share a place in the near table, crowded and sparse ones.
-  const auto anyId = [&] { return (engine::NodeId{random(6)} * 128 << 12) + random(random(2) ? 40 : 4096); };
+  const auto anyId = [&] {
+    return (engine::NodeId{random(6)} * 128 << 12) + random(random(2) ? 40 : 4096);
+  };
   for (int step = 0; step < 60000; ++step) {
     const engine::NodeId id = anyId() + 1;
     auto* node = reinterpret_cast<host::BaseList2D*>(static_cast<std::uintptr_t>(step + 1) * 8);

@@ -71,7 +71,7 @@ TEST(Tree, MovesWhatIsSomewhereAndRefusesACircle) {
   EXPECT_EQ(c->GetDocument(), &scene.Doc());
 }
 
-TEST(Tree, ANeighbourFromElsewhereCountsAsNone) {
+TEST(Tree, ANeighborFromElsewhereCountsAsNone) {
   SceneBuilder scene;
   scene.Object("A/B").Object("C");
   scene.Doc().InsertObject(NewObject("new"), nullptr, scene.GetObject("A/B"));
@@ -130,7 +130,8 @@ TEST(Tree, WalksBelowARootOrToTheEnd) {
   scene.Object("A/B/C").Object("A/D").Object("E");
   const auto walk = [](const BaseObject* from, const BaseObject* root) {
     std::string names;
-    for (const BaseObject* object = from; object; object = engine::NextInTree(object, root)) names += object->GetName().ToUtf8();
+    for (const BaseObject* object = from; object; object = engine::NextInTree(object, root))
+      names += object->GetName().ToUtf8();
     return names;
   };
   EXPECT_EQ(walk(scene.GetObject("A"), nullptr), "ABCDE");
@@ -141,7 +142,8 @@ TEST(Tree, WalksBelowARootOrToTheEnd) {
 
 TEST(Tree, MakesNamesUniqueWhenAsked) {
   SceneBuilder scene;
-  for (int i = 0; i < 3; ++i) scene.Doc().InsertObject(BaseObject::Alloc(host::Ocube), nullptr, nullptr, true);
+  for (int i = 0; i < 3; ++i)
+    scene.Doc().InsertObject(BaseObject::Alloc(host::Ocube), nullptr, nullptr, true);
   EXPECT_EQ(Shape(scene), "Cube.2 Cube.1 Cube");
 }
 
@@ -159,7 +161,12 @@ TEST(Tree, WorldFrameFollowsTheParents) {
 
 TEST(Tree, CountsTheScene) {
   SceneBuilder scene;
-  scene.Camera("A/Cam").Object("Lamp", host::Olight).Tag("Lamp", host::Tphong).Material("M").Layer("L/K").Settings("S");
+  scene.Camera("A/Cam")
+      .Object("Lamp", host::Olight)
+      .Tag("Lamp", host::Tphong)
+      .Material("M")
+      .Layer("L/K")
+      .Settings("S");
   scene.Bitmap(scene.GetMaterial("M"), "a.png", scene.Bitmap(scene.GetMaterial("M"), "b.png"));
   auto mesh = std::make_shared<engine::Mesh>();
   mesh->polygons.resize(7);
@@ -280,12 +287,15 @@ TEST(Tree, RandomMovesAgreeWithAModel) {
     model.Add(objects.back());
   }
   unsigned seed = 7;
-  const auto random = [&](std::size_t bound) { return (seed = seed * 1664525u + 1013904223u) / 65536u % bound; };
+  const auto random = [&](std::size_t bound) {
+    return (seed = seed * 1664525u + 1013904223u) / 65536u % bound;
+  };
   for (int step = 0; step < 3000; ++step) {
     BaseObject* moved = objects[random(objects.size())];
     BaseObject* parent = random(4) == 0 ? nullptr : objects[random(objects.size())];
     const std::vector<BaseObject*>& siblings = model.Below(parent);
-    BaseObject* pred = siblings.empty() || random(3) == 0 ? nullptr : siblings[random(siblings.size())];
+    BaseObject* pred =
+        siblings.empty() || random(3) == 0 ? nullptr : siblings[random(siblings.size())];
     scene.Doc().InsertObject(moved, parent, pred);
     model.Move(moved, parent, pred);
     ASSERT_TRUE(model.Agrees(scene.Doc())) << step;

@@ -16,7 +16,8 @@ using namespace engine::scenefile;
 using host::BaseContainer;
 
 TEST(ContainerCode, KeepsEveryValueAndOwnId) {
-  for (const BaseContainer& container : {BaseContainer(), BaseContainer(5), EveryValue(nullptr), Records(300, 5)}) {
+  for (const BaseContainer& container :
+       {BaseContainer(), BaseContainer(5), EveryValue(nullptr), Records(300, 5)}) {
     const auto decoded = engine::DecodeContainer(engine::EncodeContainer(container));
     ASSERT_TRUE(decoded) << decoded.Message();
     EXPECT_TRUE(engine::Identical(decoded.Value(), container));
@@ -80,10 +81,12 @@ TEST(ContainerCode, IsWrittenAsDocumented) {
   outer.SetContainer(1, inner);
   values.containers.Add(outer);
   values.containers.Number();
-  EXPECT_EQ(values.containers.Contents(),
-            std::string("\x02\x01\x01\x02\x01\xC0\xB8\x02\xBD\xB8\x02\x01\x84\x02\xE5\x01\x00\x0E\x00\x02\x00\x09"
-                        "\x01\x01\x02\x01\x00\x02\x01\x88\x02\x00\x00\x00\x00\x02\x00\x02",
-                        38));
+  EXPECT_EQ(
+      values.containers.Contents(),
+      std::string(
+          "\x02\x01\x01\x02\x01\xC0\xB8\x02\xBD\xB8\x02\x01\x84\x02\xE5\x01\x00\x0E\x00\x02\x00\x09"
+          "\x01\x01\x02\x01\x00\x02\x01\x88\x02\x00\x00\x00\x00\x02\x00\x02",
+          38));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Files that are cut, damaged, foreign, from the future or hostile: a message, no document, no crash.
+// Files that are cut, damaged, foreign, from the future or hostile: a message, no document, no
+// crash.
 #include <gtest/gtest.h>
 
 #include "engine/scene/EmbeddedFiles.h"
@@ -16,7 +17,8 @@ using namespace engine::scenefile;
 using host::LONG;
 
 // The file with the contents of one section exchanged, its frame whole.
-std::string WithSection(const std::string& bytes, const std::string& name, const std::string& contents) {
+std::string WithSection(const std::string& bytes, const std::string& name,
+                        const std::string& contents) {
   SectionWriter out(FrameKind::Scene);
   for (const Section& section : ReadSections(bytes, FrameKind::Scene)) {
     if (section.name != name) out.AddAsItIs(section.name, section.rawLength, section.payload);
@@ -46,7 +48,8 @@ TEST(SceneFileDamage, ACutFileSaysHowMuchIsMissing) {
   const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
   const Section& objects = *FindSection(sections, "OBJECTS");
   EXPECT_EQ(Refusal(bytes.substr(0, objects.offset + 32)),
-            "The file is cut off: section OBJECTS needs " + Grouped(objects.payload.size()) + " bytes more.");
+            "The file is cut off: section OBJECTS needs " + Grouped(objects.payload.size()) +
+                " bytes more.");
   EXPECT_EQ(Grouped(1204), "1,204");
   EXPECT_EQ(Grouped(12), "12");
   EXPECT_EQ(Grouped(1234567), "1,234,567");
@@ -73,22 +76,26 @@ TEST(SceneFileDamage, ChangedContentsBehindARightChecksumDoNoHarm) {
       changed[at] = static_cast<char>(changed[at] ^ (1 << (at % 8)));
       const auto doc = engine::ReadScene(WithSection(bytes, section.name, changed), 1 << 28);
       if (doc) engine::DumpDocument(*Document(doc.Value()));
-      EXPECT_FALSE(engine::ReadScene(WithSection(bytes, section.name, contents.substr(0, at))).Ok()) << section.name << at;
+      EXPECT_FALSE(engine::ReadScene(WithSection(bytes, section.name, contents.substr(0, at))).Ok())
+          << section.name << at;
     }
   }
 }
 
 TEST(SceneFileDamage, ForeignFilesAreNamedAsSuch) {
   for (const std::string& foreign :
-       {std::string(), std::string("solid cube\n facet normal 0 0 1\n"), std::string("\x89PNG\r\n\x1A\n...."),
-        std::string(5000, '\0'), std::string("\x8ASMS\n\x1A\n")})
+       {std::string(), std::string("solid cube\n facet normal 0 0 1\n"),
+        std::string("\x89PNG\r\n\x1A\n...."), std::string(5000, '\0'),
+        std::string("\x8ASMS\n\x1A\n")})
     EXPECT_EQ(Refusal(foreign), "This is no scene file.");
 }
 
 TEST(SceneFileDamage, AFileFromTheFutureSaysWhatToDo) {
   std::string bytes = Bytes(*EmptyScene());
   bytes[8] = 7;
-  EXPECT_EQ(Refusal(bytes), "The file is of version 7, and this program reads versions up to 1. Open it with a newer program.");
+  EXPECT_EQ(Refusal(bytes),
+            "The file is of version 7, and this program reads versions up to 1. Open it with a "
+            "newer program.");
 }
 
 TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
@@ -98,7 +105,8 @@ TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
     if (left.name == "FILES") continue;  // left out where there are none
     SectionWriter out(FrameKind::Scene);
     for (const Section& section : sections)
-      if (section.name != left.name) out.AddAsItIs(section.name, section.rawLength, section.payload);
+      if (section.name != left.name)
+        out.AddAsItIs(section.name, section.rawLength, section.payload);
     std::string file;
     for (const std::string& piece : out.Finish()) file += piece;
     EXPECT_EQ(Refusal(file), "The file is damaged: its section " + left.name + " is missing.");
@@ -125,11 +133,14 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
   const std::string damaged = "The file is damaged in section ";
   const HostileContents cases[] = {
       {"a count beyond the bytes", "OBJECTS", "\xFF\xFF\xFF\xFF\x0F",
-       damaged + "OBJECTS at byte 5 of its contents: it names 4,294,967,295 rows, more than its bytes can hold."},
+       damaged + "OBJECTS at byte 5 of its contents: it names 4,294,967,295 rows, more than its "
+                 "bytes can hold."},
       {"a number without end", "TEXTS", Repeated(20, '\xFF'),
        damaged + "TEXTS at byte 10 of its contents: a number is longer than 64 bits."},
-      {"bytes left over", "TEXTS", Repeated(3, '\0'), damaged + "TEXTS at byte 1 of its contents: 2 bytes are left over."},
-      {"a container in itself", "VALUES", std::string("\x01\x01\x01\x01\x00\x02\x00\x88\x02\x00\x00\x00\x02", 13),
+      {"bytes left over", "TEXTS", Repeated(3, '\0'),
+       damaged + "TEXTS at byte 1 of its contents: 2 bytes are left over."},
+      {"a container in itself", "VALUES",
+       std::string("\x01\x01\x01\x01\x00\x02\x00\x88\x02\x00\x00\x00\x02", 13),
        damaged + "VALUES at byte 13 of its contents: a container is out of range."},
       {"a value of no type", "VALUES", std::string("\x01\x01\x01\x01\x00\x02\x00\x02", 8),
        damaged + "VALUES at byte 8 of its contents: there is no type of value 1."},
@@ -137,7 +148,8 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
        damaged + "VALUES at byte 11 of its contents: a container has a key twice."},
   };
   for (const HostileContents& hostile : cases)
-    EXPECT_EQ(Refusal(WithSection(bytes, hostile.section, hostile.contents)), hostile.message) << hostile.name;
+    EXPECT_EQ(Refusal(WithSection(bytes, hostile.section, hostile.contents)), hostile.message)
+        << hostile.name;
 }
 
 // Saving puts embedded files beside the scene: none may be put elsewhere.
@@ -145,11 +157,14 @@ TEST(SceneFileDamage, EmbeddedFilesMustHaveBareNames) {
   for (const char* name : {"../evil.png", "/etc/evil", "..", "", "a\\b", "line\nbreak"}) {
     const Document doc = EmptyScene();
     engine::SetEmbeddedFiles(*doc, {{name, std::make_shared<const std::string>("x")}});
-    EXPECT_NE(Refusal(Bytes(*doc)).find("a file has a name that leads elsewhere"), std::string::npos) << name;
+    EXPECT_NE(Refusal(Bytes(*doc)).find("a file has a name that leads elsewhere"),
+              std::string::npos)
+        << name;
   }
 }
 
-// A frame that promises more than it holds costs no memory, and one that expands without end is stopped.
+// A frame that promises more than it holds costs no memory, and one that expands without end is
+// stopped.
 TEST(SceneFileDamage, ExpansionIsBounded) {
   const std::string bytes = Bytes(*EmptyScene());
   const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
@@ -168,7 +183,8 @@ TEST(SceneFileDamage, ExpansionIsBounded) {
   for (const std::string& piece : bomb.Finish()) file += piece;
   EXPECT_LT(file.size(), 20000u);
   EXPECT_EQ(engine::ReadScene(file, std::uint64_t{16} << 20).Message(),
-            "The file needs more memory than may be used for it (16 MB). Open it on a machine with more memory.");
+            "The file needs more memory than may be used for it (16 MB). Open it on a machine with "
+            "more memory.");
 }
 
 // Each container holds the one before it twice: 40 rows, 2^40 entries.
@@ -199,7 +215,8 @@ TEST(SceneFileDamage, IdentitiesThatOccurTwiceAreRefused) {
 }
 
 TEST(SceneFileDamage, SectionsThatAreNotKnownAreWrittenBack) {
-  const std::string bytes = WithSection(Bytes(*EverythingScene()), "FUTURE1", "what a later program wrote");
+  const std::string bytes =
+      WithSection(Bytes(*EverythingScene()), "FUTURE1", "what a later program wrote");
   const Document doc = Reopened(bytes);
   EXPECT_EQ(ContentsOf(Bytes(*doc), "FUTURE1"), "what a later program wrote");
 }

@@ -1,4 +1,5 @@
-// Large scenes tell how far their reading and writing is and can be stopped; nothing is lost by that.
+// Large scenes tell how far their reading and writing is and can be stopped; nothing is lost by
+// that.
 #include <gtest/gtest.h>
 
 #include "engine/outside/ScriptedOutside.h"

@@ -16,16 +16,20 @@ using host::BaseObject;
 using host::GeListNode;
 using host::LONG;
 
-const host::BaseList2D& Element(const GeListNode* node) { return static_cast<const host::BaseList2D&>(*node); }
+const host::BaseList2D& Element(const GeListNode* node) {
+  return static_cast<const host::BaseList2D&>(*node);
+}
 
-// Everything of two documents side by side, identities and own IDs included, which a dump does not show.
+// Everything of two documents side by side, identities and own IDs included, which a dump does not
+// show.
 void ExpectIdentical(const BaseDocument& a, const BaseDocument& b) {
   const GeListNode* there = &b;
   for (const GeListNode* here = &a; here; here = engine::NextInside(*here, a)) {
     ASSERT_TRUE(there);
     EXPECT_EQ(engine::IdOf(*here), engine::IdOf(*there));
     EXPECT_EQ(engine::LayerIdOf(Element(here)), engine::LayerIdOf(Element(there)));
-    EXPECT_TRUE(engine::Identical(*Element(here).GetDataInstance(), *Element(there).GetDataInstance()));
+    EXPECT_TRUE(
+        engine::Identical(*Element(here).GetDataInstance(), *Element(there).GetDataInstance()));
     there = engine::NextInside(*there, b);
   }
   EXPECT_FALSE(there);
@@ -98,7 +102,8 @@ TEST(SceneFileRoundTrip, KeepsEmbeddedFiles) {
   const Document opened = Reopened(Bytes(*EverythingScene()));
   const engine::EmbeddedFiles& files = engine::EmbeddedFilesOf(*opened);
   ASSERT_EQ(files.size(), 2u);
-  EXPECT_EQ(*engine::FindEmbeddedFile(*opened, "wood.png"), std::string("not\0really a picture", 20));
+  EXPECT_EQ(*engine::FindEmbeddedFile(*opened, "wood.png"),
+            std::string("not\0really a picture", 20));
   EXPECT_EQ(files[1].name, "empty.png");
 }
 
@@ -108,10 +113,12 @@ TEST(SceneFileRoundTrip, ABrokenMeshIsNotWritten) {
   mesh->polygons[1][2] = 4;
   engine::SetMesh(*doc->GetFirstObject()->GetDown(), mesh);
   const auto pieces = engine::WriteScene(*doc);
-  EXPECT_EQ(pieces.Message(), "The scene holds a broken mesh: a polygon names a point that there is not.");
+  EXPECT_EQ(pieces.Message(),
+            "The scene holds a broken mesh: a polygon names a point that there is not.");
 }
 
-// States of a scene: the second is equal to the first, the third differs in one record, the fourth has one record more.
+// States of a scene: the second is equal to the first, the third differs in one record, the fourth
+// has one record more.
 TEST(SceneFileRoundTrip, EqualAndNearlyEqualStatesCostNextToNothing) {
   constexpr LONG kObjects = 20000;
   const Document one = EmptyScene();
@@ -174,7 +181,8 @@ TEST(SceneFileRoundTrip, DeepNestingNeedsNoStack) {
   const Document opened = Reopened(Bytes(*doc));
   EXPECT_TRUE(engine::Identical(*opened->GetDataInstance(), *doc->GetDataInstance()));
   std::size_t depth = 0;
-  for (const BaseObject* object = opened->GetFirstObject(); object; object = object->GetDown()) ++depth;
+  for (const BaseObject* object = opened->GetFirstObject(); object; object = object->GetDown())
+    ++depth;
   EXPECT_EQ(depth, 200000u);
 }
 

@@ -36,29 +36,39 @@ TEST_F(SceneFileOnDisk, OpeningSetsPathAndName) {
 TEST_F(SceneFileOnDisk, FilesBesideTheSceneMoveWithIt) {
   SceneBuilder scene;
   scene.Material("M").Object("O").Settings("R").Post("R", host::VPglobalillumination);
-  const std::string names[] = {folder_ / "a/wood.png", folder_ / "a/tex/deep/wood.png", folder_ / "ab/wood.png", "wood.png",
-                               "tex/wood.png",         folder_ / "a/../wood.png",       folder_ / "a",           "C:\\wood.png"};
+  const std::string names[] = {folder_ / "a/wood.png",  folder_ / "a/tex/deep/wood.png",
+                               folder_ / "ab/wood.png", "wood.png",
+                               "tex/wood.png",          folder_ / "a/../wood.png",
+                               folder_ / "a",           "C:\\wood.png"};
   for (const std::string& name : names) scene.Bitmap(scene.GetMaterial("M"), name);
   host::BaseShader* parent = scene.Bitmap(scene.GetObject("O"), "");
   scene.Bitmap(scene.GetObject("O"), folder_ / "a/below.png", parent);
   host::BaseVideoPost& post = *scene.GetSettings("R")->GetFirstVideoPost();
-  post.GetDataInstance()->SetFilename(host::GI_CACHE_FILENAME, host::Filename((folder_ / "a/illum/own.gi").c_str()));
+  post.GetDataInstance()->SetFilename(host::GI_CACHE_FILENAME,
+                                      host::Filename((folder_ / "a/illum/own.gi").c_str()));
   const std::string before = engine::DumpDocument(scene.Doc());
   for (const char* folder : {"a", "ab"}) ASSERT_TRUE(faulty_.MakeFolder(folder_ / folder));
   ASSERT_TRUE(engine::SaveSceneFile(scene.Doc(), folder_ / "a/scene.c4d"));
   EXPECT_EQ(engine::DumpDocument(scene.Doc()), before);
-  EXPECT_EQ(engine::DumpDocument(*Document(engine::OpenSceneFile(folder_ / "a/scene.c4d").Value())), before);
+  EXPECT_EQ(engine::DumpDocument(*Document(engine::OpenSceneFile(folder_ / "a/scene.c4d").Value())),
+            before);
   ASSERT_TRUE(faulty_.Rename(folder_ / "a", folder_ / "b"));
   const Document moved(engine::OpenSceneFile(folder_ / "b/scene.c4d").Value());
   EXPECT_FALSE(moved->GetChanged());
   std::vector<std::string> found;
   const host::BaseContainer all = moved->GetAllTextures(nullptr);
-  for (host::LONG i = 0; i < all.GetCount(); ++i) found.push_back(all.GetIndexData(i).GetFilename().GetString().ToUtf8());
-  EXPECT_EQ(found, (std::vector<std::string>{folder_ / "b/wood.png", folder_ / "b/tex/deep/wood.png", names[2], names[3],
-                                             names[4], names[5], names[6], names[7], folder_ / "b/below.png"}));
+  for (host::LONG i = 0; i < all.GetCount(); ++i)
+    found.push_back(all.GetIndexData(i).GetFilename().GetString().ToUtf8());
+  EXPECT_EQ(found, (std::vector<std::string>{
+                       folder_ / "b/wood.png", folder_ / "b/tex/deep/wood.png", names[2], names[3],
+                       names[4], names[5], names[6], names[7], folder_ / "b/below.png"}));
   const host::RenderData* settings = moved->GetFirstRenderData();
   while (!settings->GetFirstVideoPost()) settings = settings->GetNext();
-  EXPECT_EQ(settings->GetFirstVideoPost()->GetData().GetFilename(host::GI_CACHE_FILENAME).GetString().ToUtf8(),
+  EXPECT_EQ(settings->GetFirstVideoPost()
+                ->GetData()
+                .GetFilename(host::GI_CACHE_FILENAME)
+                .GetString()
+                .ToUtf8(),
             folder_ / "b/illum/own.gi");
 }
 
@@ -74,7 +84,8 @@ TEST_F(SceneFileOnDisk, AFileThatIsReadByHalfIsRefusedWithItsPath) {
   ASSERT_TRUE(engine::SaveSceneFile(*EverythingScene(), folder_ / "scene.c4d"));
   faulty_.Break(1, engine::Fault::CutShort);
   const auto opened = engine::OpenSceneFile(folder_ / "scene.c4d");
-  EXPECT_EQ(opened.Message().rfind("\"" + folder_ / "scene.c4d" + "\": The file is cut off", 0), 0u) << opened.Message();
+  EXPECT_EQ(opened.Message().rfind("\"" + folder_ / "scene.c4d" + "\": The file is cut off", 0), 0u)
+      << opened.Message();
 }
 
 // Never replace a golden scene: add one for each new version. The text beside it follows the dump.

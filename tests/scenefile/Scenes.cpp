@@ -126,7 +126,8 @@ void AddTags(BaseObject& object, BaseMaterial* material) {
   host::GvNode* node = master->CreateNode(master->GetRoot(), 400001000);
   node->GetDataInstance()->SetLong(1, 5);
   master->CreateNode(node, 400001001)->SetName("deep");
-  master->CreateNode(master->GetRoot(), 400001002)->InsertShader(Shader(host::Xbitmap, "on a node"));
+  master->CreateNode(master->GetRoot(), 400001002)
+      ->InsertShader(Shader(host::Xbitmap, "on a node"));
 }
 
 void AddObjects(BaseDocument& doc, BaseMaterial* material, LayerObject* layer) {
@@ -179,7 +180,8 @@ Document EverythingScene() {
   doc->InsertShader(Shader(host::Xcolor, "on the document"));
   doc->SetFps(24);
   doc->ChangeNBit(5, host::NBIT_SET);
-  doc->GetRenderBaseDraw()->SetSceneCamera(doc->GetFirstObject()->GetDown()->GetNext()->GetNext(), false);
+  doc->GetRenderBaseDraw()->SetSceneCamera(doc->GetFirstObject()->GetDown()->GetNext()->GetNext(),
+                                           false);
   doc->SetData(EveryValue(doc->GetFirstObject()), host::FALSE);
   doc->GetDataInstance()->SetContainer(100, Records(3, 2));
   doc->SetActiveObject(doc->GetFirstObject()->GetDown(), host::SELECTION_ADD);

@@ -1,4 +1,5 @@
-// Scenes and containers with one of everything that a scene file can hold, and how tests write and read them. Callers own them.
+// Scenes and containers with one of everything that a scene file can hold, and how tests write and
+// read them. Callers own them.
 #pragma once
 
 #include <memory>
@@ -13,9 +14,11 @@ struct DocumentFree {
 };
 using Document = std::unique_ptr<host::BaseDocument, DocumentFree>;
 
-// Every type of value, empty entries, negative and far keys, own IDs at three depths, equal sub-containers, a link to `target`.
+// Every type of value, empty entries, negative and far keys, own IDs at three depths, equal
+// sub-containers, a link to `target`.
 host::BaseContainer EveryValue(const host::BaseList2D* target);
-// `count` entries, each holding a container of a link, two changing numbers and a fixed one, as stores of states have them.
+// `count` entries, each holding a container of a link, two changing numbers and a fixed one, as
+// stores of states have them.
 host::BaseContainer Records(host::LONG count, host::LONG seed);
 
 // One of every kind of element with every field set to something that is not its default.

@@ -36,9 +36,14 @@ TEST_F(BulkEditTest, UpdatingAppendsWhatTheSceneGainedWhateverTheOptionsSay) {
   const std::string other = tests::ContainerText(Element(1), &Doc());
   Check("A");
   EXPECT_FALSE(Changes(kUpdateChecked));
-  EXPECT_EQ(Part(0, kObjects), "0 {30000 ->Old, 30001 2, 30002 2, 30003 1}\n1 #1{30000 ->Child, 30001 1, 30002 0, 30003 0}\n");
-  EXPECT_EQ(Part(0, kTags), "0 {50000 ->Red, 40000 ->tag 5616 of Old}\n1 #1{7 8, 40000 ->tag 1021738 of Old}\n");
-  EXPECT_EQ(Part(0, kLayers), "0 {80000 ->L, 80001 0, 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, 80008 1, 80009 1}\n");
+  EXPECT_EQ(Part(0, kObjects),
+            "0 {30000 ->Old, 30001 2, 30002 2, 30003 1}\n1 #1{30000 ->Child, 30001 1, 30002 0, "
+            "30003 0}\n");
+  EXPECT_EQ(Part(0, kTags),
+            "0 {50000 ->Red, 40000 ->tag 5616 of Old}\n1 #1{7 8, 40000 ->tag 1021738 of Old}\n");
+  EXPECT_EQ(Part(0, kLayers),
+            "0 {80000 ->L, 80001 0, 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, 80008 1, "
+            "80009 1}\n");
   EXPECT_EQ(tests::ContainerText(Element(1), &Doc()), other);
   const std::string once = StoreText(kRecordStore);
   Menu(kUpdateChecked);
@@ -64,7 +69,9 @@ TEST_F(BulkEditTest, ADeletedAndRemadeObjectIsNew) {
   Object("O");
   Check("A");
   Menu(kUpdateChecked);
-  EXPECT_EQ(Part(0, kObjects), "0 {30000 ->gone, 30001 2, 30002 2, 30003 1}\n1 #1{30000 ->O, 30001 2, 30002 2, 30003 1}\n");
+  EXPECT_EQ(
+      Part(0, kObjects),
+      "0 {30000 ->gone, 30001 2, 30002 2, 30003 1}\n1 #1{30000 ->O, 30001 2, 30002 2, 30003 1}\n");
 }
 
 TEST_F(BulkEditTest, UpdatingFillsTheLowestFreeKeysAndSettingCountsEntries) {
@@ -81,8 +88,11 @@ TEST_F(BulkEditTest, UpdatingFillsTheLowestFreeKeysAndSettingCountsEntries) {
   LiveElement(0) = gap;
   Select(Doc().GetFirstObject()->GetNext());
   Menu(kSetObjects);
-  // Two entries under 0 and 2: the number of entries is a key that is taken, and what stands there is replaced.
-  EXPECT_EQ(Part(0, kObjects), "0 {30000 ->O, 30001 2, 30002 2, 30003 1}\n2 #2{30000 ->P, 30001 2, 30002 2, 30003 1}\n");
+  // Two entries under 0 and 2: the number of entries is a key that is taken, and what stands there
+  // is replaced.
+  EXPECT_EQ(
+      Part(0, kObjects),
+      "0 {30000 ->O, 30001 2, 30002 2, 30003 1}\n2 #2{30000 ->P, 30001 2, 30002 2, 30003 1}\n");
 }
 
 TEST_F(BulkEditTest, SettingObjectsRefreshesInPlaceAndAppends) {
@@ -95,7 +105,8 @@ TEST_F(BulkEditTest, SettingObjectsRefreshesInPlaceAndAppends) {
   Check("A");
   EXPECT_TRUE(Changes(kSetObjects));
   EXPECT_EQ(Part(0, kObjects),
-            "0 {30000 ->Known, 30001 0, 30002 1, 30003 0}\n1 #1{30000 ->Other, 30001 2, 30002 2, 30003 1}\n"
+            "0 {30000 ->Known, 30001 0, 30002 1, 30003 0}\n1 #1{30000 ->Other, 30001 2, 30002 2, "
+            "30003 1}\n"
             "2 #2{30000 ->New, 30001 2, 30002 2, 30003 1}\n");
 }
 
@@ -110,14 +121,18 @@ TEST_F(BulkEditTest, SettingTagsReplacesTheirValuesAndKeepsTheRest) {
   tag->GetDataInstance()->SetLong(3, 30);
   TextureTag* texture = Texture(object, Material("M"));
   BaseTag* plain = Tag(object, Tphong);
-  for (BaseTag* one : {tag, static_cast<BaseTag*>(texture), plain}) Doc().SetActiveTag(one, SELECTION_ADD);
+  for (BaseTag* one : {tag, static_cast<BaseTag*>(texture), plain})
+    Doc().SetActiveTag(one, SELECTION_ADD);
   OnlyOptions({});
   Check("A");
   EXPECT_TRUE(Changes(kSetTags));
-  EXPECT_EQ(Part(0, kTags), "0 {1 10, 2 21, 40000 ->tag 1021738 of O, 3 30}\n1 #1{50000 ->M, 40000 ->tag 5616 of O}\n");
+  EXPECT_EQ(
+      Part(0, kTags),
+      "0 {1 10, 2 21, 40000 ->tag 1021738 of O, 3 30}\n1 #1{50000 ->M, 40000 ->tag 5616 of O}\n");
 }
 
-// A tag that was loaded once carries its record's link in its own data; a copy of it then points to the original.
+// A tag that was loaded once carries its record's link in its own data; a copy of it then points to
+// the original.
 TEST_F(BulkEditTest, ALinkInATagsOwnDataGoesIntoItsRecord) {
   BaseTag* first = Tag(Object("O"), kVRayTag);
   BaseTag* second = Tag(Object("P"), kVRayTag);
@@ -145,9 +160,10 @@ TEST_F(BulkEditTest, SettingLayersRefreshesAndAppendsWithoutSelectionIsAChangeAl
   known->SetBit(BIT_ACTIVE);
   Layer("New", known)->SetBit(BIT_ACTIVE);
   EXPECT_TRUE(Changes(kSetLayers));
-  const std::string rest = " 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, 80008 1, 80009 1}\n";
-  EXPECT_EQ(Part(0, kLayers),
-            "0 {80000 ->Known, 80001 1," + rest + "1 #1{80000 ->Other, 80001 0," + rest + "2 #2{80000 ->New, 80001 0," + rest);
+  const std::string rest =
+      " 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, 80008 1, 80009 1}\n";
+  EXPECT_EQ(Part(0, kLayers), "0 {80000 ->Known, 80001 1," + rest + "1 #1{80000 ->Other, 80001 0," +
+                                  rest + "2 #2{80000 ->New, 80001 0," + rest);
 }
 
 TEST_F(BulkEditTest, OnlyTheActiveCameraBecomesTheElementsCamera) {
@@ -190,8 +206,10 @@ TEST_P(NothingCheckedTest, NothingIsWritten) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Entries, NothingCheckedTest,
-                         testing::Values(Nothing{"Update", kUpdateChecked, false}, Nothing{"Objects", kSetObjects, false},
-                                         Nothing{"Tags", kSetTags, false}, Nothing{"Layers", kSetLayers, true},
+                         testing::Values(Nothing{"Update", kUpdateChecked, false},
+                                         Nothing{"Objects", kSetObjects, false},
+                                         Nothing{"Tags", kSetTags, false},
+                                         Nothing{"Layers", kSetLayers, true},
                                          Nothing{"Camera", kSetCamera, false}),
                          [](const auto& test) { return std::string(test.param.name); });
 
@@ -227,7 +245,8 @@ INSTANTIATE_TEST_SUITE_P(Parts, BrokenElementTest,
                          testing::Values(Broken{"UpdateObjects", kUpdateChecked, kObjects, 0},
                                          Broken{"UpdateTags", kUpdateChecked, kTags, kObjects},
                                          Broken{"UpdateLayers", kUpdateChecked, kLayers, kTags},
-                                         Broken{"SetObjects", kSetObjects, kObjects, 0}, Broken{"SetTags", kSetTags, kTags, 0},
+                                         Broken{"SetObjects", kSetObjects, kObjects, 0},
+                                         Broken{"SetTags", kSetTags, kTags, 0},
                                          Broken{"SetLayers", kSetLayers, kLayers, 0},
                                          Broken{"SetCamera", kSetCamera, kCamera, 0}),
                          [](const auto& test) { return std::string(test.param.name); });
@@ -235,7 +254,8 @@ INSTANTIATE_TEST_SUITE_P(Parts, BrokenElementTest,
 // Elements are found by position but named by ID: see GetStagemarkID.
 TEST_F(BulkEditTest, AnElementBeyondTheNumberOfElementsIsTakenForElementZero) {
   for (const CHAR* name : {"A", "B", "C"}) Record(name);
-  for (const LONG store : {kRecordStore, kListStore}) Doc().GetDataInstance()->GetContainerInstance(store)->RemoveData(1);
+  for (const LONG store : {kRecordStore, kListStore})
+    Doc().GetDataInstance()->GetContainerInstance(store)->RemoveData(1);
   EventAdd();
   Deliver();
   Check("C");

@@ -1,5 +1,5 @@
-// Random stores, with gaps, several records of one item, dead links and names twice, beside the described steps taken
-// one by one.
+// Random stores, with gaps, several records of one item, dead links and names twice, beside the
+// described steps taken one by one.
 #include <random>
 
 #include "tests/source/StageTest.h"
@@ -34,13 +34,16 @@ class BulkModelTest : public StageTest, public testing::WithParamInterface<unsig
     }
   }
 
-  // A generic tag's own data may hold a link to another tag, as that of a loaded and copied one does.
+  // A generic tag's own data may hold a link to another tag, as that of a loaded and copied one
+  // does.
   void AddTag(BaseObject& object, LONG type) {
     BaseTag* tag = Tag(&object, type);
     if (Below(2) == 0) tag->SetBit(BIT_ACTIVE);
     if (type == kVRayTag) tag->GetDataInstance()->SetLong(Below(3), Below(9));
     if (type == kVRayTag && !items_[1].empty() && Below(3) == 0) {
-      tag->GetDataInstance()->SetLink(kTagLink, items_[1][static_cast<std::size_t>(Below(static_cast<LONG>(items_[1].size())))]);
+      tag->GetDataInstance()->SetLink(
+          kTagLink,
+          items_[1][static_cast<std::size_t>(Below(static_cast<LONG>(items_[1].size())))]);
     }
     items_[1].push_back(tag);
   }
@@ -106,9 +109,10 @@ class BulkModelTest : public StageTest, public testing::WithParamInterface<unsig
 
   std::string Text(BaseDocument& doc) const {
     const BaseContainer& data = *doc.GetDataInstance();
-    std::string text =
-        tests::ContainerLines(data.GetContainer(kRecordStore), &doc) + tests::ContainerLines(data.GetContainer(kListStore), &doc);
-    for (const RenderData* one = doc.GetFirstRenderData(); one; one = one->GetNext()) text += one->GetName().ToUtf8() + "\n";
+    std::string text = tests::ContainerLines(data.GetContainer(kRecordStore), &doc) +
+                       tests::ContainerLines(data.GetContainer(kListStore), &doc);
+    for (const RenderData* one = doc.GetFirstRenderData(); one; one = one->GetNext())
+      text += one->GetName().ToUtf8() + "\n";
     return text;
   }
 
@@ -159,7 +163,8 @@ TEST_P(BulkModelTest, DeletingTheCheckedOnes) {
   std::string shown;
   for (const engine::Row& row : engine::FindGadget(Dialog(), kList)->listRows) {
     shown += row.values.GetString(kColumnName).ToUtf8() + "\n";
-    const bool checked = std::find(names_.begin(), names_.end(), row.values.GetString(kColumnName)) != names_.end();
+    const bool checked =
+        std::find(names_.begin(), names_.end(), row.values.GetString(kColumnName)) != names_.end();
     EXPECT_EQ(row.values.GetBool(kColumnChecked), checked);
   }
   EXPECT_EQ(shown, rows);

@@ -23,14 +23,17 @@ class DeletionTest : public StageTest {
     Transcript();
   }
   std::string Previews() const { return tests::Names(Folder() + "/shot_SM"); }
-  std::string Question() const { return "ask: Delete Bitmap Preview Folder " + Folder() + "/shot_SM ? -> "; }
+  std::string Question() const {
+    return "ask: Delete Bitmap Preview Folder " + Folder() + "/shot_SM ? -> ";
+  }
 };
 
 TEST_F(DeletionTest, EmptiesRecordAndEntryInPlaceAndFreesTheSettings) {
   RecordThree();
   Answer(true);
   Delete("B");
-  EXPECT_EQ(Transcript(), "ask: Are you sure you want to delete this element?  This cannot be undone. -> yes\n");
+  EXPECT_EQ(Transcript(),
+            "ask: Are you sure you want to delete this element?  This cannot be undone. -> yes\n");
   EXPECT_EQ(tests::ContainerText(Element(1), &Doc()), "#1{}");
   EXPECT_EQ(tests::ContainerText(Store(kListStore).GetContainer(1), &Doc()), "#1{}");
   EXPECT_EQ(Rows(), "[ ] A\n[ ] * C\n");
@@ -69,7 +72,8 @@ TEST_F(DeletionTest, CheckedOnesGoWithoutAQuestionAndTheOthersKeepTheirMarks) {
 TEST_F(DeletionTest, TwoElementsOfOneNameGoWithTwoRows) {
   RecordThree();
   for (const LONG store : {kRecordStore, kListStore}) {
-    Doc().GetDataInstance()->GetContainerInstance(store)->GetContainerInstance(2)->SetString(kName, "A");
+    Doc().GetDataInstance()->GetContainerInstance(store)->GetContainerInstance(2)->SetString(kName,
+                                                                                             "A");
   }
   EventAdd();
   Deliver();
@@ -80,7 +84,8 @@ TEST_F(DeletionTest, TwoElementsOfOneNameGoWithTwoRows) {
   EXPECT_EQ(Rows(), "[ ] B\n");
 }
 
-// Without a list store no name is found, and the first one means element 0; building the list comes after it.
+// Without a list store no name is found, and the first one means element 0; building the list comes
+// after it.
 TEST_F(DeletionTest, TheFirstDeletionBuildsAListThatWasNeverBuilt) {
   for (const CHAR* name : {"Z", "A", "M"}) Record(name);
   Check("A");
@@ -136,7 +141,8 @@ class CleanMaterialsTest : public DeletionTest {
  protected:
   std::string Materials() const {
     std::string names;
-    for (const BaseMaterial* one = Doc().GetFirstMaterial(); one; one = one->GetNext()) names += one->GetName().ToUtf8() + " ";
+    for (const BaseMaterial* one = Doc().GetFirstMaterial(); one; one = one->GetNext())
+      names += one->GetName().ToUtf8() + " ";
     return names;
   }
 };
@@ -157,7 +163,8 @@ TEST_F(CleanMaterialsTest, KeepsWhatARecordedTextureTagUsesAndComesBackWithOneUn
   EXPECT_EQ(Materials(), "First Second ");
   EXPECT_TRUE(Undo());
   EXPECT_EQ(Materials(), "First OfADeletedTag Second UsedButNotRecorded Idle ");
-  EXPECT_EQ(static_cast<TextureTag*>(object->GetTag(Ttexture))->GetMaterial()->GetName(), String("Second"));
+  EXPECT_EQ(static_cast<TextureTag*>(object->GetTag(Ttexture))->GetMaterial()->GetName(),
+            String("Second"));
   EXPECT_TRUE(Redo());
   EXPECT_EQ(Materials(), "First Second ");
 }
@@ -187,8 +194,11 @@ TEST_F(CleanMaterialsTest, TagRecordsAreLookedUpUnderTheirPositions) {
   Texture(Object("O"), Material("M"));
   Texture(Object("P"), Material("N"));
   Record("A");
-  BaseContainer* tags =
-      Doc().GetDataInstance()->GetContainerInstance(kRecordStore)->GetContainerInstance(0)->GetContainerInstance(kTags);
+  BaseContainer* tags = Doc()
+                            .GetDataInstance()
+                            ->GetContainerInstance(kRecordStore)
+                            ->GetContainerInstance(0)
+                            ->GetContainerInstance(kTags);
   tags->RemoveData(0);
   Menu(kCleanMaterials);
   // One record is left, under 1; only what lies under 0 counts.

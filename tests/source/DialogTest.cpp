@@ -8,19 +8,25 @@ namespace {
 
 class DialogTest : public StageTest {
  protected:
-  // A gadget with its kind, flags, size and text, and below it its children: the contract of the window layout.
+  // A gadget with its kind, flags, size and text, and below it its children: the contract of the
+  // window layout.
   static std::string Tree(const engine::Gadget& gadget, int depth) {
     static const CHAR* const kinds[] = {"group",  "button", "check", "static", "edit",
                                         "number", "combo",  "line",  "list",   "bitmap"};
     std::string text(static_cast<std::size_t>(depth) * 2, ' ');
-    text += kinds[static_cast<int>(gadget.kind)] + (" " + std::to_string(gadget.id)) + " " + std::to_string(gadget.flags);
+    text += kinds[static_cast<int>(gadget.kind)] + (" " + std::to_string(gadget.id)) + " " +
+            std::to_string(gadget.flags);
     if (gadget.kind == engine::GadgetKind::Group) {
-      text += " " + Numbers({gadget.columns, gadget.rows}) + "; " + Numbers({gadget.spaceX, gadget.spaceY}) + "; " +
-              Numbers({gadget.borderLeft, gadget.borderTop, gadget.borderRight, gadget.borderBottom});
+      text +=
+          " " + Numbers({gadget.columns, gadget.rows}) + "; " +
+          Numbers({gadget.spaceX, gadget.spaceY}) + "; " +
+          Numbers({gadget.borderLeft, gadget.borderTop, gadget.borderRight, gadget.borderBottom});
     }
-    if (gadget.width != 0 || gadget.height != 0) text += " " + Numbers({gadget.width, gadget.height});
+    if (gadget.width != 0 || gadget.height != 0)
+      text += " " + Numbers({gadget.width, gadget.height});
     if (gadget.text.Content()) text += " \"" + gadget.text.ToUtf8() + "\"";
-    for (const engine::Choice& choice : gadget.choices) text += " " + std::to_string(choice.id) + ":" + choice.text.ToUtf8();
+    for (const engine::Choice& choice : gadget.choices)
+      text += " " + std::to_string(choice.id) + ":" + choice.text.ToUtf8();
     text += "\n";
     for (const auto& child : gadget.children) text += Tree(*child, depth + 1);
     return text;
@@ -34,11 +40,15 @@ class DialogTest : public StageTest {
     return text;
   }
 
-  static std::string Menus(const std::vector<engine::MenuEntry>& entries, const std::string& indent) {
+  static std::string Menus(const std::vector<engine::MenuEntry>& entries,
+                           const std::string& indent) {
     std::string text;
     for (const engine::MenuEntry& entry : entries) {
-      text +=
-          indent + (entry.separator ? "---" : (entry.id != 0 ? std::to_string(entry.id) + " " : "") + entry.text.ToUtf8()) + "\n";
+      text += indent +
+              (entry.separator
+                   ? "---"
+                   : (entry.id != 0 ? std::to_string(entry.id) + " " : "") + entry.text.ToUtf8()) +
+              "\n";
       text += Menus(entry.children, indent + "  ");
     }
     return text;
@@ -68,7 +78,8 @@ TEST_F(DialogTest, TheGadgetsStandInTheirOrder) {
             "      check 10045 8 \"Generate Preview Image\"\n"
             "    group 10024 57 2 0; 4 4; 5 10 5 0\n"
             "      button 10025 9 \"Generate .C4D Files\"\n"
-            "      combo 10026 57 250 0 10027:As Save File 10028:As Save File (Into Folders) 10029:As Save Project "
+            "      combo 10026 57 250 0 10027:As Save File 10028:As Save File (Into Folders) "
+            "10029:As Save Project "
             "10030:As Save Project (One Tex Folder)\n"
             "    group 10040 57 4 0; 5 4; 5 5 5 5\n"
             "      check 10041 9 \"Change Frame Range  \"\n"
@@ -80,17 +91,23 @@ TEST_F(DialogTest, TheGadgetsStandInTheirOrder) {
 }
 
 TEST_F(DialogTest, TheMenusStandInTheirOrder) {
-  EXPECT_EQ(Menus(engine::DialogMenus(Dialog()), ""),
-            "Edit\n  10035 Check All Elements\n  10036 Uncheck All Elements\n  10053 Invert Checked Elements\n  ---\n"
-            "  10046 Update Checked Elements\n  10047 Set Selected Objects on Checked Elements\n"
-            "  10048 Set Selected Tags on Checked Elements\n  10049 Set Selected Layers on Checked Elements\n"
-            "  10050 Set Render Camera on Checked Elements\n  ---\n  10037 Delete Checked Elements\n"
-            "  10038 Delete All Elements\n  ---\n  10039 Clean Material Editor\n"
-            "Options\n  10060 Save As Default Preferences\n  ---\n  10019 Objects\n  10017 Layers\n  10016 Render Settings\n"
-            "  10018 Active Camera\n  10020 Materials\n  10021 Compositing Tags\n  10054 Sketch Render Tags\n"
-            "  10055 Sketch Style Tags\n  10056 VRay Compositing Tags\n  10057 VRay Physical Camera Tags\n"
-            "  10058 VRay Camera Dome Tags\n  10059 Mental Ray Camera Tags\n"
-            "Help\n  10051 Help\n  10052 About Stagemarks\n");
+  EXPECT_EQ(
+      Menus(engine::DialogMenus(Dialog()), ""),
+      "Edit\n  10035 Check All Elements\n  10036 Uncheck All Elements\n  10053 Invert Checked "
+      "Elements\n  ---\n"
+      "  10046 Update Checked Elements\n  10047 Set Selected Objects on Checked Elements\n"
+      "  10048 Set Selected Tags on Checked Elements\n  10049 Set Selected Layers on Checked "
+      "Elements\n"
+      "  10050 Set Render Camera on Checked Elements\n  ---\n  10037 Delete Checked Elements\n"
+      "  10038 Delete All Elements\n  ---\n  10039 Clean Material Editor\n"
+      "Options\n  10060 Save As Default Preferences\n  ---\n  10019 Objects\n  10017 Layers\n  "
+      "10016 Render Settings\n"
+      "  10018 Active Camera\n  10020 Materials\n  10021 Compositing Tags\n  10054 Sketch Render "
+      "Tags\n"
+      "  10055 Sketch Style Tags\n  10056 VRay Compositing Tags\n  10057 VRay Physical Camera "
+      "Tags\n"
+      "  10058 VRay Camera Dome Tags\n  10059 Mental Ray Camera Tags\n"
+      "Help\n  10051 Help\n  10052 About Stagemarks\n");
 }
 
 TEST_F(DialogTest, FieldsStartWithTheirInitialValuesAtEachOpening) {
@@ -108,7 +125,8 @@ TEST_F(DialogTest, FieldsStartWithTheirInitialValuesAtEachOpening) {
   Dialog().GetBool(kChangeFrameRange, range);
   Dialog().GetLong(kFileLayout, layout);
   Dialog().GetReal(kFrameTo, to);
-  EXPECT_EQ(std::make_tuple(preview, range, layout, to), std::make_tuple(FALSE, FALSE, kAsSaveFileFolders, Real{0}));
+  EXPECT_EQ(std::make_tuple(preview, range, layout, to),
+            std::make_tuple(FALSE, FALSE, kAsSaveFileFolders, Real{0}));
   for (const LONG field : {kFrameFrom, kFrameTo}) {
     const engine::Gadget* gadget = engine::FindGadget(Dialog(), field);
     EXPECT_EQ(std::make_tuple(gadget->min, gadget->max, gadget->step, gadget->format),
@@ -219,7 +237,8 @@ TEST_F(DialogTest, DeletingAsksAndEmptiesRecordAndEntryInPlace) {
   EXPECT_TRUE(Press(kDelete)) << "nothing selected";
   Answer(false);
   EXPECT_TRUE(Delete("A"));
-  EXPECT_EQ(Transcript(), "ask: Are you sure you want to delete this element?  This cannot be undone. -> no\n");
+  EXPECT_EQ(Transcript(),
+            "ask: Are you sure you want to delete this element?  This cannot be undone. -> no\n");
   EXPECT_EQ(Rows(), "[ ] A\n[ ] * B\n");
   Answer(true);
   EXPECT_TRUE(Delete("A"));
@@ -258,13 +277,15 @@ TEST_F(DialogTest, SelectingARowShowsItsPreviewElseTheDefaultImage) {
   SelectRows({"A"});
   EventAdd();
   Deliver();
-  EXPECT_EQ(Picture(), "default_image.tif") << "a change of the document shows the default image again";
+  EXPECT_EQ(Picture(), "default_image.tif")
+      << "a change of the document shows the default image again";
   EXPECT_EQ(NameField(), "A") << "and keeps the name field";
 }
 
 TEST_F(DialogTest, AboutTellsTheVersion) {
   Menu(kAbout);
-  EXPECT_EQ(Transcript(), "tell: Stagemarks V0.713\n\nRecords, recalls and exports the states of a scene.\n");
+  EXPECT_EQ(Transcript(),
+            "tell: Stagemarks V0.713\n\nRecords, recalls and exports the states of a scene.\n");
 }
 
 // The manual lies beside the plug-in wherever the build could set it.

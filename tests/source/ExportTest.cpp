@@ -1,5 +1,5 @@
-// One scene file per checked element: where the files go, what is in them, and what becomes of the open documents when
-// something cannot be written.
+// One scene file per checked element: where the files go, what is in them, and what becomes of the
+// open documents when something cannot be written.
 #include <algorithm>
 #include <filesystem>
 
@@ -14,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr LONG kLayouts[] = {kAsSaveFile, kAsSaveFileFolders, kAsSaveProject, kAsSaveProjectOneFolder};
+constexpr LONG kLayouts[] = {kAsSaveFile, kAsSaveFileFolders, kAsSaveProject,
+                             kAsSaveProjectOneFolder};
 
 class ExportTest : public StageTest {
  protected:
@@ -24,7 +25,9 @@ class ExportTest : public StageTest {
     Doc().SetDocumentPath(Filename((Folder() + "/scenes").c_str()));
     Doc().SetDocumentName("Scene.c4d");
   }
-  std::string Out(const std::string& file = "") const { return Folder() + "/out" + (file.empty() ? "" : "/" + file); }
+  std::string Out(const std::string& file = "") const {
+    return Folder() + "/out" + (file.empty() ? "" : "/" + file);
+  }
   std::string Work(const std::string& file) const { return Folder() + "/scenes/" + file; }
 
   void Generate(LONG layout) {
@@ -36,7 +39,8 @@ class ExportTest : public StageTest {
   std::string Tree() const {
     std::vector<std::string> paths;
     for (const auto& entry : fs::recursive_directory_iterator(Out())) {
-      if (!entry.is_directory() || fs::is_empty(entry)) paths.push_back(fs::relative(entry, Out()).string());
+      if (!entry.is_directory() || fs::is_empty(entry))
+        paths.push_back(fs::relative(entry, Out()).string());
     }
     std::sort(paths.begin(), paths.end());
     std::string text;
@@ -52,10 +56,12 @@ class ExportTest : public StageTest {
     BaseDocument::Free(doc);
     return state;
   }
-  // The states that loading these elements one after the other onto one copy gives, and the document as it was.
+  // The states that loading these elements one after the other onto one copy gives, and the
+  // document as it was.
   std::vector<std::string> StatesByLoading(const std::vector<std::string>& names) {
     BaseDocument* const original = &Doc();
-    BaseDocument* const copy = static_cast<BaseDocument*>(original->GetClone(COPY_DOCUMENT, nullptr));
+    BaseDocument* const copy =
+        static_cast<BaseDocument*>(original->GetClone(COPY_DOCUMENT, nullptr));
     InsertBaseDocument(copy);
     SetActiveDocument(copy);
     Deliver();
@@ -99,9 +105,10 @@ TEST_F(ExportTest, EveryLayoutWritesTheStatesThatLoadingInListOrderGives) {
   const std::vector<std::string> states = StatesByLoading({"A", "B"});
   EXPECT_NE(states[0], states[1]);
   BaseDocument* const original = &Doc();
-  const std::string trees[] = {"Scene A.c4d\nScene B.c4d\n", "Scene A/Scene A.c4d\nScene B/Scene B.c4d\n",
-                               "Scene A/Scene A.c4d\nScene A/tex\nScene B/Scene B.c4d\nScene B/tex\n",
-                               "Scene A.c4d\nScene B.c4d\ntex\n"};
+  const std::string trees[] = {
+      "Scene A.c4d\nScene B.c4d\n", "Scene A/Scene A.c4d\nScene B/Scene B.c4d\n",
+      "Scene A/Scene A.c4d\nScene A/tex\nScene B/Scene B.c4d\nScene B/tex\n",
+      "Scene A.c4d\nScene B.c4d\ntex\n"};
   for (std::size_t i = 0; i < std::size(kLayouts); ++i) {
     fs::remove_all(Out());
     fs::create_directory(Out());
@@ -134,8 +141,9 @@ TEST_F(ExportTest, AsksInOrderAndStopsWhereItMust) {
   RecordTwo();
   Press(kGenerateFiles);
   EXPECT_EQ(Transcript(),
-            "tell: Warning! This will overwrite files in the chosen directory if they have the same name as your selected "
-            "Stagemarks!\nchoose: Choose a Directory to Save Generated Files -> (cancelled)\n");
+            "tell: Warning! This will overwrite files in the chosen directory if they have the "
+            "same name as your selected "
+            "Stagemarks!\nchoose: Choose a Directory to Save Generated Files -> (canceled)\n");
   EXPECT_EQ(Tree(), "");
 }
 
@@ -163,7 +171,8 @@ TEST_F(ExportTest, TheFrameRangeOverridesEveryElementsOwn) {
     EXPECT_EQ(data.GetTime(RDATA_FRAMETO), BaseTime(60, 30));
     BaseDocument::Free(doc);
   }
-  EXPECT_EQ(Doc().GetActiveRenderData()->GetDataInstance()->GetTime(RDATA_FRAMETO), BaseTime(90, 30));
+  EXPECT_EQ(Doc().GetActiveRenderData()->GetDataInstance()->GetTime(RDATA_FRAMETO),
+            BaseTime(90, 30));
 }
 
 class CacheTest : public ExportTest {
@@ -224,7 +233,8 @@ TEST_F(ExportFailureTest, AFailedSaveEndsTheLoopAndCleansUp) {
   engine::OutsideInUse use(faulty);
   faulty.Break(1, engine::Fault::Fail, engine::Operation::ReplaceFile);
   Generate(kAsSaveFile);
-  EXPECT_NE(Transcript().find("tell: An error has occurred while saving the Stagemark!\n"), std::string::npos);
+  EXPECT_NE(Transcript().find("tell: An error has occurred while saving the Stagemark!\n"),
+            std::string::npos);
   EXPECT_EQ(Tree(), "Scene A.c4d\n");
   EXPECT_EQ(tests::ReadText(Out("Scene A.c4d")), "old");
   EXPECT_EQ(&Doc(), original);
@@ -236,7 +246,8 @@ TEST_F(ExportFailureTest, ElementFoldersThatCannotBeMadeLeaveTheCopyActive) {
   BaseDocument* const original = &Doc();
   tests::WriteText(Out("Scene B"), "a file");
   Generate(kAsSaveFileFolders);
-  EXPECT_NE(Transcript().find("tell: Could not create directory to save Stagemark B in!\n"), std::string::npos);
+  EXPECT_NE(Transcript().find("tell: Could not create directory to save Stagemark B in!\n"),
+            std::string::npos);
   EXPECT_EQ(Tree(), "Scene A/Scene A.c4d\nScene B\n");
   EXPECT_NE(&Doc(), original);
   EXPECT_EQ(App().Documents().size(), 2U);
@@ -248,7 +259,8 @@ TEST_F(ExportFailureTest, AProjectsElementFolderIsMissedByTheSave) {
   BaseDocument* const original = &Doc();
   tests::WriteText(Out("Scene A"), "a file");
   Generate(kAsSaveProject);
-  EXPECT_NE(Transcript().find("tell: An error has occurred while saving the Stagemark!\n"), std::string::npos);
+  EXPECT_NE(Transcript().find("tell: An error has occurred while saving the Stagemark!\n"),
+            std::string::npos);
   EXPECT_EQ(tests::ReadText(Out("Scene A")), "a file");
   EXPECT_EQ(&Doc(), original);
 }
@@ -257,11 +269,13 @@ TEST_F(ExportFailureTest, AFolderInPlaceOfTheSceneFileStays) {
   RecordTwo();
   fs::create_directories(Out("Scene A.c4d/full"));
   Generate(kAsSaveFile);
-  EXPECT_NE(Transcript().find("tell: An error has occurred while saving the Stagemark!\n"), std::string::npos);
+  EXPECT_NE(Transcript().find("tell: An error has occurred while saving the Stagemark!\n"),
+            std::string::npos);
   EXPECT_EQ(Tree(), "Scene A.c4d/full\n");
 }
 
-// Whichever operation goes wrong: files are whole or not there, and the user's document is active and alone.
+// Whichever operation goes wrong: files are whole or not there, and the user's document is active
+// and alone.
 TEST_F(ExportFailureTest, AnyFailingOperationLeavesWholeFilesAndTheUsersDocument) {
   RecordTwo();
   BaseShader* shader = BaseShader::Alloc(Xbitmap);
@@ -289,15 +303,20 @@ TEST_F(ExportFailureTest, AnyFailingOperationLeavesWholeFilesAndTheUsersDocument
         EXPECT_EQ(tests::ReadText(path), "wood") << number;
       }
       if (path.ends_with(".c4d")) {
-        EXPECT_EQ(StateIn(fs::relative(path, Out())), states[path.ends_with("A.c4d") ? 0 : 1]) << number;
+        EXPECT_EQ(StateIn(fs::relative(path, Out())), states[path.ends_with("A.c4d") ? 0 : 1])
+            << number;
       }
     }
   }
-  EXPECT_EQ(Tree(), "Scene A/Scene A.c4d\nScene A/tex/wood.png\nScene B/Scene B.c4d\nScene B/tex/wood.png\n");
+  EXPECT_EQ(
+      Tree(),
+      "Scene A/Scene A.c4d\nScene A/tex/wood.png\nScene B/Scene B.c4d\nScene B/tex/wood.png\n");
   EXPECT_EQ(engine::DumpDocument(Doc()), before);
 }
 
-class BadExportNameTest : public ExportTest, public testing::WithParamInterface<std::pair<const char*, std::string>> {};
+class BadExportNameTest : public ExportTest,
+                          public testing::WithParamInterface<std::pair<const char*, std::string>> {
+};
 
 TEST_P(BadExportNameTest, WritesNothingOutsideTheChosenFolder) {
   fs::create_directories(Out("Scene a"));
@@ -322,9 +341,11 @@ INSTANTIATE_TEST_SUITE_P(Names, BadExportNameTest,
                          testing::Values(std::pair{"Parent", std::string("/../../x")},
                                          std::pair{"Absolute", std::string("/tmp/x")},
                                          std::pair{"Backslash", std::string("\\..\\..\\x")},
-                                         std::pair{"Nul", std::string("x\0y", 3)}, std::pair{"Newline", std::string("x\ny")},
+                                         std::pair{"Nul", std::string("x\0y", 3)},
+                                         std::pair{"Newline", std::string("x\ny")},
                                          std::pair{"Long", std::string(10000, 'n')},
-                                         std::pair{"SubFolder", std::string("a/../../x")}, std::pair{"Dots", std::string("..")},
+                                         std::pair{"SubFolder", std::string("a/../../x")},
+                                         std::pair{"Dots", std::string("..")},
                                          std::pair{"NotUtf8", std::string("\xFF")}),
                          [](const auto& test) { return std::string(test.param.first); });
 

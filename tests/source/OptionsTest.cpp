@@ -29,7 +29,8 @@ class OptionsTest : public StageTest {
 
 constexpr const CHAR* kAllOn = "111111111111";
 constexpr const CHAR* kFrozen =
-    "10019 1\n10017 1\n10016 1\n10018 1\n10020 1\n10021 1\n10054 1\n10055 1\n10056 1\n10057 1\n10058 1\n10059 1\n10061 1\n";
+    "10019 1\n10017 1\n10016 1\n10018 1\n10020 1\n10021 1\n10054 1\n10055 1\n10056 1\n10057 "
+    "1\n10058 1\n10059 1\n10061 1\n";
 
 TEST_F(OptionsTest, AreAllOnAtFirst) {
   EXPECT_EQ(Marks(), kAllOn);
@@ -42,7 +43,8 @@ TEST_F(OptionsTest, TheFirstRecordingFreezesThemIntoTheDocument) {
   Menu(Id(Option::Layers));
   Record("B");
   EXPECT_EQ(Marks(), "101111111111");
-  EXPECT_EQ(Store(kPreferences).GetBool(Id(Option::Layers)), FALSE) << "a later recording leaves the choice alone";
+  EXPECT_EQ(Store(kPreferences).GetBool(Id(Option::Layers)), FALSE)
+      << "a later recording leaves the choice alone";
 }
 
 TEST_F(OptionsTest, ADocumentsOwnChoiceWinsOverTheDefaults) {
@@ -58,8 +60,8 @@ TEST_F(OptionsTest, ADocumentsOwnChoiceWinsOverTheDefaults) {
   EXPECT_EQ(Marks(), kAllOn);
 }
 
-// The document's own choice of "Objects" stays as the first recording froze it: the toggle reaches the defaults only,
-// and the next change of the document shows the frozen choice again.
+// The document's own choice of "Objects" stays as the first recording froze it: the toggle reaches
+// the defaults only, and the next change of the document shows the frozen choice again.
 TEST_F(OptionsTest, TogglingObjectsDoesNotReachTheDocument) {
   Record("A");
   Menu(Id(Option::Objects));
@@ -80,9 +82,9 @@ TEST_F(OptionsTest, AToggleBeforeTheFirstRecordingIsNoChoiceYet) {
   Deliver();
   EXPECT_EQ(Marks(), "011101111111");
   Record("A");
-  EXPECT_EQ(
-      StoreText(kPreferences),
-      "10020 0\n10019 0\n10017 1\n10016 1\n10018 1\n10021 1\n10054 1\n10055 1\n10056 1\n10057 1\n10058 1\n10059 1\n10061 1\n");
+  EXPECT_EQ(StoreText(kPreferences),
+            "10020 0\n10019 0\n10017 1\n10016 1\n10018 1\n10021 1\n10054 1\n10055 1\n10056 "
+            "1\n10057 1\n10058 1\n10059 1\n10061 1\n");
 }
 
 TEST_F(OptionsTest, TogglingObjectsAloneStillMakesTheDocumentsContainer) {
@@ -94,14 +96,15 @@ TEST_F(OptionsTest, TogglingObjectsAloneStillMakesTheDocumentsContainer) {
 TEST_F(OptionsTest, SavingDefaultsTakesTheNoteAsTheDialogHasIt) {
   Menu(Id(Option::Layers));
   Menu(kSaveDefaults);
-  EXPECT_EQ(
-      Defaults(),
-      "{10061 0, 10019 1, 10017 0, 10016 1, 10018 1, 10020 1, 10021 1, 10054 1, 10055 1, 10056 1, 10057 1, 10058 1, 10059 1}");
+  EXPECT_EQ(Defaults(),
+            "{10061 0, 10019 1, 10017 0, 10016 1, 10018 1, 10020 1, 10021 1, 10054 1, 10055 1, "
+            "10056 1, 10057 1, 10058 1, 10059 1}");
   Record("A");
   Menu(kSaveDefaults);
   EXPECT_EQ(Defaults().substr(0, 17), "{10061 1, 10019 1");
   NewActiveDocument();
-  EXPECT_EQ(Marks(), "101111111111") << "the defaults are read whether or not they say that they were saved";
+  EXPECT_EQ(Marks(), "101111111111")
+      << "the defaults are read whether or not they say that they were saved";
   Menu(kSaveDefaults);
   EXPECT_EQ(Defaults().substr(0, 17), "{10061 0, 10019 1");
 }

@@ -22,7 +22,8 @@ class PreviewTest : public StageTest {
 };
 
 TEST_F(PreviewTest, SettingsKeepTheirValuesTheirOrderAndWhatTheyLack) {
-  for (const LONG missing : {RDATA_FRAMETO, RDATA_FRAMESEQUENCE, 5202}) Settings().RemoveData(missing);
+  for (const LONG missing : {RDATA_FRAMETO, RDATA_FRAMESEQUENCE, 5202})
+    Settings().RemoveData(missing);
   Settings().SetLong(5300, 7);
   Settings().SetBool(5076, TRUE);
   const BaseContainer before = Settings();
@@ -75,7 +76,9 @@ TEST_F(PreviewTest, AFullDiskOrAStopKeepsQuietAndTheSettings) {
 TEST_F(PreviewTest, AnUnsavedDocumentIsRecordedWithoutOne) {
   Doc().SetDocumentPath(Filename());
   Record("A");
-  EXPECT_NE(Transcript().find("tell: You must save your document before you can generate preview images.\n"), std::string::npos);
+  EXPECT_NE(Transcript().find(
+                "tell: You must save your document before you can generate preview images.\n"),
+            std::string::npos);
   EXPECT_EQ(Rows(), "[ ] * A\n");
 }
 
@@ -137,15 +140,25 @@ struct Switch {
 
 constexpr Switch kSwitches[] = {
     {"render mode", [](StatesTest& s) { s.box->SetRenderMode(MODE_OFF); }},
-    {"undefined mode below a hidden parent", [](StatesTest& s) { s.group->SetRenderMode(MODE_OFF); }},
+    {"undefined mode below a hidden parent",
+     [](StatesTest& s) { s.group->SetRenderMode(MODE_OFF); }},
     {"deform mode of a generator", [](StatesTest& s) { s.box->SetDeformMode(FALSE); }},
     {"layer not rendered", [](StatesTest& s) { s.SetLayer(&LayerData::render, FALSE); }},
     {"layer without generators", [](StatesTest& s) { s.SetLayer(&LayerData::generators, FALSE); }},
     {"layer solo", [](StatesTest& s) { s.SetLayer(&LayerData::solo, TRUE); }},
     {"material", [](StatesTest& s) { s.texture->SetMaterial(s.red); }},
-    {"casts no shadows", [](StatesTest& s) { s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_CASTSHADOW, FALSE); }},
-    {"receives no shadows", [](StatesTest& s) { s.floorTag->GetDataInstance()->SetBool(COMPOSITINGTAG_RECEIVESHADOW, FALSE); }},
-    {"not seen by the camera", [](StatesTest& s) { s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_SEENBYCAMERA, FALSE); }},
+    {"casts no shadows",
+     [](StatesTest& s) {
+       s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_CASTSHADOW, FALSE);
+     }},
+    {"receives no shadows",
+     [](StatesTest& s) {
+       s.floorTag->GetDataInstance()->SetBool(COMPOSITINGTAG_RECEIVESHADOW, FALSE);
+     }},
+    {"not seen by the camera",
+     [](StatesTest& s) {
+       s.ballTag->GetDataInstance()->SetBool(COMPOSITINGTAG_SEENBYCAMERA, FALSE);
+     }},
 };
 
 TEST_F(StatesTest, EachSwitchHasItsOwnPictureAndRecallBringsItBack) {

@@ -1,5 +1,6 @@
-// Random recordings, loads, renamings and deletions amid random changes of the scene, beside a plain model of what
-// elements hold. It would see a write that reaches an older element, and a work container that forgets or keeps too much.
+// Random recordings, loads, renamings and deletions amid random changes of the scene, beside a
+// plain model of what elements hold. It would see a write that reaches an older element, and a work
+// container that forgets or keeps too much.
 #include <map>
 #include <random>
 
@@ -10,7 +11,8 @@ namespace {
 
 class RecallModelTest : public StageTest, public testing::WithParamInterface<unsigned> {
  protected:
-  // What is recorded of one object: its switches, the material of its texture tag, the value in its style tag.
+  // What is recorded of one object: its switches, the material of its texture tag, the value in its
+  // style tag.
   struct Look {
     LONG editor;
     LONG render;
@@ -27,7 +29,8 @@ class RecallModelTest : public StageTest, public testing::WithParamInterface<uns
   static Look LookOf(const BaseObject* object) {
     const BaseTag* texture = object->GetTag(Ttexture);
     return {object->GetEditorMode(), object->GetRenderMode(), object->GetDeformMode(),
-            static_cast<const TextureTag*>(texture)->GetMaterial(), object->GetTag(kStyle)->GetDataInstance()->GetLong(1)};
+            static_cast<const TextureTag*>(texture)->GetMaterial(),
+            object->GetTag(kStyle)->GetDataInstance()->GetLong(1)};
   }
 
   static void Apply(BaseObject* object, const Look& look) {
@@ -110,7 +113,9 @@ class RecallModelTest : public StageTest, public testing::WithParamInterface<uns
   }
 
   std::string NewName() { return std::string(1, static_cast<char>('A' + Pick(8))); }
-  std::string OldName() { return std::next(elements_.begin(), Pick(static_cast<LONG>(elements_.size())))->first; }
+  std::string OldName() {
+    return std::next(elements_.begin(), Pick(static_cast<LONG>(elements_.size())))->first;
+  }
 
   std::string ExpectedNames() const {
     std::string text;
@@ -119,7 +124,8 @@ class RecallModelTest : public StageTest, public testing::WithParamInterface<uns
   }
   std::string ListedNames() const {
     std::string text;
-    for (const char letter : Rows()) text += letter >= 'A' && letter <= 'Z' ? std::string(1, letter) : "";
+    for (const char letter : Rows())
+      text += letter >= 'A' && letter <= 'Z' ? std::string(1, letter) : "";
     return text;
   }
 
@@ -132,7 +138,8 @@ class RecallModelTest : public StageTest, public testing::WithParamInterface<uns
 };
 
 TEST_P(RecallModelTest, ElementsHoldWhatTheModelHolds) {
-  // Another object may come to lie where a deleted one lay, so all that will be deleted is made beforehand.
+  // Another object may come to lie where a deleted one lay, so all that will be deleted is made
+  // beforehand.
   for (int i = 0; i < 40; ++i) AddObject();
   for (int step = 0; step < 300 && !HasFailure(); ++step) {
     switch (Pick(8)) {

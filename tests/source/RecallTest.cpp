@@ -41,7 +41,8 @@ class RecallTest : public StageTest {
     Doc().GetActiveRenderData()->GetDataInstance()->SetLong(RDATA_XRES, 4096);
   }
 
-  // The recorded state as text, without the link that a loaded tag holds to itself and without the layer's colour.
+  // The recorded state as text, without the link that a loaded tag holds to itself and without the
+  // layer's color.
   std::string State() const { return engine::DumpState(Doc()); }
 
   BaseMaterial* wood_ = nullptr;
@@ -63,12 +64,13 @@ TEST_F(RecallTest, LoadingBringsEveryCategoryBackAndOneUndoTakesItBack) {
   EXPECT_EQ(Switches(cube_) + " / " + Switches(child_), "2 2 1 / 2 2 1");
   EXPECT_EQ(texture_->GetMaterial(), wood_);
   EXPECT_EQ(compositing_->GetDataInstance()->GetLong(1000), 1);
-  EXPECT_EQ(tests::ContainerText(*sketch_->GetDataInstance(), &Doc()), "{1 11, 40000 ->tag 1011012 of Child}");
+  EXPECT_EQ(tests::ContainerText(*sketch_->GetDataInstance(), &Doc()),
+            "{1 11, 40000 ->tag 1011012 of Child}");
   EXPECT_EQ(Doc().GetRenderBaseDraw()->GetSceneCamera(&Doc()), eye_);
   EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  A 1280\n");
   LayerData flags;
   flags.color = Vector(1, 0, 0);
-  EXPECT_EQ(layer_->GetLayerData(&Doc(), TRUE), flags) << "the colour is no part of the record";
+  EXPECT_EQ(layer_->GetLayerData(&Doc(), TRUE), flags) << "the color is no part of the record";
 
   const std::string loaded = State();
   ASSERT_TRUE(Undo());
@@ -91,7 +93,8 @@ class RecalledCategory : public RecallTest, public testing::WithParamInterface<O
     std::string text;
     if (Switches(cube_) == "2 2 1") text += "objects ";
     if (!layer_->GetLayerData(&Doc(), TRUE).solo) text += "layers ";
-    if (Doc().GetActiveRenderData()->GetDataInstance()->GetLong(RDATA_XRES) == 1280) text += "render ";
+    if (Doc().GetActiveRenderData()->GetDataInstance()->GetLong(RDATA_XRES) == 1280)
+      text += "render ";
     if (Doc().GetRenderBaseDraw()->GetSceneCamera(&Doc()) == eye_) text += "camera ";
     if (texture_->GetMaterial() == wood_) text += "materials ";
     if (compositing_->GetDataInstance()->GetLong(1000) == 1) text += "compositing ";
@@ -115,7 +118,8 @@ INSTANTIATE_TEST_SUITE_P(ByOption, RecalledCategory,
                                          OptionCase{"Render", Option::RenderSettings, "render "},
                                          OptionCase{"Camera", Option::ActiveCamera, "camera "},
                                          OptionCase{"Materials", Option::Materials, "materials "},
-                                         OptionCase{"Compositing", Option::CompositingTags, "compositing "},
+                                         OptionCase{"Compositing", Option::CompositingTags,
+                                                    "compositing "},
                                          OptionCase{"Style", Option::SketchStyleTags, "style "},
                                          OptionCase{"OtherTags", Option::SketchRenderTags, ""}),
                          [](const auto& test) { return test.param.name; });
@@ -228,7 +232,8 @@ TEST_F(RecallTest, AnElementWithoutRecordsChangesNothing) {
 
 TEST_F(RecallTest, RecordsUnderKeysThatAreNoPositionsAreNotApplied) {
   Record("A");
-  BaseContainer* record = Doc().GetDataInstance()->GetContainerInstance(kRecordStore)->GetContainerInstance(0);
+  BaseContainer* record =
+      Doc().GetDataInstance()->GetContainerInstance(kRecordStore)->GetContainerInstance(0);
   for (const LONG part : {kObjects, kLayers, kTags}) {
     BaseContainer moved = record->GetContainer(part);
     const BaseContainer first = moved.GetContainer(0);
@@ -245,7 +250,8 @@ TEST_F(RecallTest, RecordsUnderKeysThatAreNoPositionsAreNotApplied) {
 
 TEST_F(RecallTest, MissingKeysReadAsZero) {
   Record("A");
-  BaseContainer* record = Doc().GetDataInstance()->GetContainerInstance(kRecordStore)->GetContainerInstance(0);
+  BaseContainer* record =
+      Doc().GetDataInstance()->GetContainerInstance(kRecordStore)->GetContainerInstance(0);
   record->GetContainerInstance(kObjects)->GetContainerInstance(0)->RemoveData(kRenderMode);
   record->GetContainerInstance(kLayers)->GetContainerInstance(0)->RemoveData(80002);
   Load("A");

@@ -53,7 +53,8 @@ TEST_F(RecordingTest, ASwitchedOffCategoryCarriesOverWhatWasRecordedBefore) {
   Object("New");
   Record("B");
   EXPECT_EQ(Part(1, kRender), "25000 ->A\n");
-  for (const LONG key : {kRender, kLayers, kCamera, kObjects, kTags}) EXPECT_EQ(Part(1, key), Part(0, key)) << key;
+  for (const LONG key : {kRender, kLayers, kCamera, kObjects, kTags})
+    EXPECT_EQ(Part(1, key), Part(0, key)) << key;
 }
 
 TEST_F(RecordingTest, SwitchedOffCategoriesOfAFreshDialogAreEmpty) {
@@ -75,11 +76,14 @@ TEST_F(RecordingTest, ASmallerRecordingLeavesTheLargerOnesEntriesBehindItsOwn) {
   Layer("M1");
   Texture(Object("P1"), nullptr);
   Record("B");
-  const std::string flags = ", 80001 0, 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, 80008 1, 80009 1}\n";
-  EXPECT_EQ(Part(0, kLayers), "0 {80000 ->M1" + flags + "1 #1{80000 ->gone" + flags + "2 #2{80000 ->gone" + flags);
-  EXPECT_EQ(Part(0, kObjects),
-            "0 {30000 ->P1, 30001 2, 30002 2, 30003 1}\n1 #1{30000 ->gone, 30001 2, 30002 2, 30003 1}\n"
-            "2 #2{30000 ->gone, 30001 2, 30002 2, 30003 1}\n");
+  const std::string flags =
+      ", 80001 0, 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, 80008 1, 80009 1}\n";
+  EXPECT_EQ(Part(0, kLayers),
+            "0 {80000 ->M1" + flags + "1 #1{80000 ->gone" + flags + "2 #2{80000 ->gone" + flags);
+  EXPECT_EQ(
+      Part(0, kObjects),
+      "0 {30000 ->P1, 30001 2, 30002 2, 30003 1}\n1 #1{30000 ->gone, 30001 2, 30002 2, 30003 1}\n"
+      "2 #2{30000 ->gone, 30001 2, 30002 2, 30003 1}\n");
   EXPECT_EQ(Part(0, kTags),
             "0 {50000 ->nothing, 40000 ->tag 5616 of P1}\n1 #1{50000 ->nothing, 40000 ->gone}\n"
             "2 #2{50000 ->nothing, 40000 ->gone}\n");
@@ -130,7 +134,8 @@ TEST_F(RecordingTest, AfterALoadNothingOfTheLoadedElementIsLeftInTheNextOne) {
   EXPECT_EQ(Part(2, kObjects) + Part(2, kTags), "");
 }
 
-// As the manual tells it: the object behind the deleted one is recorded twice, and the old record is applied last.
+// As the manual tells it: the object behind the deleted one is recorded twice, and the old record
+// is applied last.
 TEST_F(RecordingTest, AfterADeletionOldRecordsHaveTheLastWordUnlessLoadWasPressedBefore) {
   BaseObject* first = Object("First");
   BaseObject* last = Object("Last");
@@ -158,11 +163,18 @@ TEST_F(RecordingTest, ObjectsAndLayersAreNumberedInPreOrder) {
   Layer("M");
   Record("S");
   const std::string modes = ", 30001 2, 30002 2, 30003 1}\n";
-  EXPECT_EQ(Part(0, kObjects), "0 {30000 ->A" + modes + "1 #1{30000 ->A1" + modes + "2 #2{30000 ->A1x" + modes +
-                                   "3 #3{30000 ->A2" + modes + "4 #4{30000 ->B" + modes);
+  EXPECT_EQ(Part(0, kObjects), "0 {30000 ->A" + modes + "1 #1{30000 ->A1" + modes +
+                                   "2 #2{30000 ->A1x" + modes + "3 #3{30000 ->A2" + modes +
+                                   "4 #4{30000 ->B" + modes);
   std::string layers;
   for (LONG i = 0; i < 3; ++i) {
-    layers += Element(0).GetContainer(kLayers).GetContainer(i).GetLink(kLayerLink, &Doc())->GetName().ToUtf8() + " ";
+    layers += Element(0)
+                  .GetContainer(kLayers)
+                  .GetContainer(i)
+                  .GetLink(kLayerLink, &Doc())
+                  ->GetName()
+                  .ToUtf8() +
+              " ";
   }
   EXPECT_EQ(layers, "L L1 M ");
 }
@@ -184,8 +196,8 @@ TEST_P(RecordedTags, AreTakenWithTheirOwnOptionOnly) {
   tag->GetDataInstance()->SetString(8, "eight");
   OnlyOptions({GetParam().option});
   Record("A");
-  EXPECT_EQ(Part(0, kTags),
-            "0 {" + std::string(GetParam().record) + "40000 ->tag " + std::to_string(GetParam().type) + " of Cube}\n");
+  EXPECT_EQ(Part(0, kTags), "0 {" + std::string(GetParam().record) + "40000 ->tag " +
+                                std::to_string(GetParam().type) + " of Cube}\n");
   EXPECT_EQ(Part(0, kObjects), "");
   Load("A");
   for (const OptionRow& row : kOptions) Menu(row.id);
@@ -196,13 +208,16 @@ TEST_P(RecordedTags, AreTakenWithTheirOwnOptionOnly) {
 
 INSTANTIATE_TEST_SUITE_P(
     ByType, RecordedTags,
-    testing::Values(TagCase{"Texture", 5616, Option::Materials, "50000 ->nothing, "},
-                    TagCase{"VRayCompositing", 1021738, Option::VRayCompositingTags, "7 real 0.5, 8 \"eight\", "},
-                    TagCase{"VRayPhysical", 1020898, Option::VRayPhysicalCameraTags, "7 real 0.5, 8 \"eight\", "},
-                    TagCase{"VRayDome", 1021891, Option::VRayCameraDomeTags, "7 real 0.5, 8 \"eight\", "},
-                    TagCase{"MentalRay", 1025604, Option::MentalRayCameraTags, "7 real 0.5, 8 \"eight\", "},
-                    TagCase{"SketchStyle", 1011012, Option::SketchStyleTags, "7 real 0.5, 8 \"eight\", "},
-                    TagCase{"SketchRender", 1011961, Option::SketchRenderTags, "7 real 0.5, 8 \"eight\", "}),
+    testing::Values(
+        TagCase{"Texture", 5616, Option::Materials, "50000 ->nothing, "},
+        TagCase{"VRayCompositing", 1021738, Option::VRayCompositingTags,
+                "7 real 0.5, 8 \"eight\", "},
+        TagCase{"VRayPhysical", 1020898, Option::VRayPhysicalCameraTags,
+                "7 real 0.5, 8 \"eight\", "},
+        TagCase{"VRayDome", 1021891, Option::VRayCameraDomeTags, "7 real 0.5, 8 \"eight\", "},
+        TagCase{"MentalRay", 1025604, Option::MentalRayCameraTags, "7 real 0.5, 8 \"eight\", "},
+        TagCase{"SketchStyle", 1011012, Option::SketchStyleTags, "7 real 0.5, 8 \"eight\", "},
+        TagCase{"SketchRender", 1011961, Option::SketchRenderTags, "7 real 0.5, 8 \"eight\", "}),
     [](const auto& test) { return test.param.name; });
 
 TEST_F(RecordingTest, TagsAreNumberedAcrossTheTreeAndSkippedOnesTakeNoNumber) {
@@ -238,7 +253,8 @@ TEST_F(RecordingTest, ACompositingTagGivesFiftyKeysAndItsLink) {
   EXPECT_EQ(record.GetCount(), 51);
   EXPECT_EQ(record.GetIndexId(50), kTagLink);
   for (const LONG unused : {60015, 60016}) EXPECT_EQ(record.FindIndex(unused), NOTOK);
-  for (std::size_t i = 0; i < kCompositing.size(); ++i) EXPECT_EQ(record.GetIndexId(static_cast<LONG>(i)), kCompositing[i].key);
+  for (std::size_t i = 0; i < kCompositing.size(); ++i)
+    EXPECT_EQ(record.GetIndexId(static_cast<LONG>(i)), kCompositing[i].key);
   const auto text = [&record](LONG key) {
     BaseContainer one;
     one.SetData(key, record.GetData(key));
@@ -296,7 +312,8 @@ TEST_F(RecordingTest, APreviewNeedsASavedDocument) {
   EXPECT_TRUE(Record("A"));
   const std::string said = Transcript();
   EXPECT_NE(said.find("status: Stagemarks - Generating Preview Image\n"
-                      "tell: You must save your document before you can generate preview images.\nstatus cleared\n"),
+                      "tell: You must save your document before you can generate preview "
+                      "images.\nstatus cleared\n"),
             std::string::npos)
       << said;
   EXPECT_EQ(Rows(), "[ ] * A\n");

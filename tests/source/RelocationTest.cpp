@@ -12,7 +12,9 @@ namespace fs = std::filesystem;
 
 class RelocationTest : public StageTest {
  protected:
-  std::string Side(const std::string& file = "") const { return Folder() + "/shot_SM" + (file.empty() ? "" : "/" + file); }
+  std::string Side(const std::string& file = "") const {
+    return Folder() + "/shot_SM" + (file.empty() ? "" : "/" + file);
+  }
   void Preview(const std::string& file) {
     fs::create_directory(Side());
     tests::WriteText(Side(file), "preview " + file);
@@ -25,7 +27,8 @@ class RelocationTest : public StageTest {
     Transcript();
   }
   const std::string question_ =
-      "ask: A Stagemark directory with the same name already exists in that location.  Should I overwrite it? -> ";
+      "ask: A Stagemark directory with the same name already exists in that location.  Should I "
+      "overwrite it? -> ";
 };
 
 TEST_F(RelocationTest, AnotherNameTakesThePlainFilesAlong) {
@@ -40,7 +43,8 @@ TEST_F(RelocationTest, TheSameFileCopiesNothing) {
   const std::size_t mark = Person().GetLedger().Mark();
   SaveAs("shot.c4d");
   EXPECT_EQ(Transcript(), "");
-  EXPECT_EQ(Person().GetLedger().WrittenSince(mark), std::vector<std::string>{Folder() + "/shot.c4d"});
+  EXPECT_EQ(Person().GetLedger().WrittenSince(mark),
+            std::vector<std::string>{Folder() + "/shot.c4d"});
 }
 
 TEST_F(RelocationTest, AnExistingFolderIsAskedForAndFilesOfTheSameNameAreReplaced) {

@@ -1,4 +1,5 @@
-// Compositing tags recorded again and again: what the plug-in remembers of them saves it the reading and changes nothing.
+// Compositing tags recorded again and again: what the plug-in remembers of them saves it the
+// reading and changes nothing.
 #include <functional>
 
 #include "engine/core/ContainerAccess.h"
@@ -38,7 +39,11 @@ class RepeatedRecordingTest : public StageTest {
   }
 
   BaseContainer Tags(LONG element) const {
-    return Doc().GetDataInstance()->GetContainer(kRecordStore).GetContainer(element).GetContainer(kTags);
+    return Doc()
+        .GetDataInstance()
+        ->GetContainer(kRecordStore)
+        .GetContainer(element)
+        .GetContainer(kTags);
   }
 
   // The record of a tag, written from the start.
@@ -83,7 +88,8 @@ TEST_F(RepeatedRecordingTest, ReadsTagsThatAreAlikeOnce) {
   EXPECT_LT(ReadsOfRecording("A"), 200);
 }
 
-// Whatever comes between two recordings, an element's records are those that a dialog which remembers nothing makes.
+// Whatever comes between two recordings, an element's records are those that a dialog which
+// remembers nothing makes.
 TEST_F(RepeatedRecordingTest, RecordsWhatTheTagsHold) {
   BaseObject* first = Object("First");
   BaseObject* second = Object("Second");
@@ -151,7 +157,8 @@ TEST_F(RepeatedRecordingTest, RecallSharesWhatComesOutAlike) {
   EXPECT_NE(body(3), body(4));
   EXPECT_EQ(tags[1]->GetDataInstance()->GetId(), 12);
   for (const BaseTag* tag : tags) EXPECT_NE(tag->GetDataInstance()->GetLong(1007), 8);
-  for (std::size_t i = 0; i < tags.size(); ++i) EXPECT_EQ(tags[i]->GetDataInstance()->GetLong(1006), i == 2 || i == 3 ? 9 : 1);
+  for (std::size_t i = 0; i < tags.size(); ++i)
+    EXPECT_EQ(tags[i]->GetDataInstance()->GetLong(1006), i == 2 || i == 3 ? 9 : 1);
 }
 
 // A container inside may have another own ID although both count as equal: each tag keeps its own.
@@ -164,7 +171,8 @@ TEST_F(RepeatedRecordingTest, RecallKeepsOwnIdsInside) {
   Record("A");
   Load("A");
   for (LONG id = 1; id <= 3; ++id) {
-    EXPECT_EQ(tags[static_cast<std::size_t>(id - 1)]->GetDataInstance()->GetContainer(77).GetId(), id);
+    EXPECT_EQ(tags[static_cast<std::size_t>(id - 1)]->GetDataInstance()->GetContainer(77).GetId(),
+              id);
   }
 }
 

@@ -11,13 +11,17 @@ namespace fs = std::filesystem;
 
 class SideFolderTest : public StageTest {
  protected:
-  std::string Side(const std::string& file = "") const { return Folder() + "/shot_SM" + (file.empty() ? "" : "/" + file); }
+  std::string Side(const std::string& file = "") const {
+    return Folder() + "/shot_SM" + (file.empty() ? "" : "/" + file);
+  }
   void Preview(const std::string& file) {
     fs::create_directory(Side());
     tests::WriteText(Side(file), "preview " + file);
   }
-  // Records two elements and deletes the second; whether the file given for the first one is still there.
-  bool FirstKeepsItsFile(const std::string& first, const std::string& second, const std::string& file) {
+  // Records two elements and deletes the second; whether the file given for the first one is still
+  // there.
+  bool FirstKeepsItsFile(const std::string& first, const std::string& second,
+                         const std::string& file) {
     PretendSaved("shot.c4d");
     Record(first);
     Record(second);
@@ -87,23 +91,31 @@ struct Pair {
 
 class TwoNamesTest : public SideFolderTest, public testing::WithParamInterface<Pair> {};
 
-TEST_P(TwoNamesTest, NeverShareAPreview) { EXPECT_TRUE(FirstKeepsItsFile(GetParam().first, GetParam().second, GetParam().file)); }
+TEST_P(TwoNamesTest, NeverShareAPreview) {
+  EXPECT_TRUE(FirstKeepsItsFile(GetParam().first, GetParam().second, GetParam().file));
+}
 
 INSTANTIATE_TEST_SUITE_P(Names, TwoNamesTest,
                          testing::Values(Pair{"LeadingSeparator", "a", "/a", "a.tif"},
-                                         Pair{"LeadingBackslash", "a", "\\a", "a.tif"}, Pair{"DotFolder", "a", "./a", "a.tif"},
-                                         Pair{"Case", "a", "A", "a.tif"}, Pair{"TrailingBlank", "a", "a ", "a.tif"},
-                                         Pair{"Suffix", "a", "a.tif", "a.tif"}, Pair{"ParentFolder", "a", "x/../a", "a.tif"},
+                                         Pair{"LeadingBackslash", "a", "\\a", "a.tif"},
+                                         Pair{"DotFolder", "a", "./a", "a.tif"},
+                                         Pair{"Case", "a", "A", "a.tif"},
+                                         Pair{"TrailingBlank", "a", "a ", "a.tif"},
+                                         Pair{"Suffix", "a", "a.tif", "a.tif"},
+                                         Pair{"ParentFolder", "a", "x/../a", "a.tif"},
                                          Pair{"OutOfTheFolder", "a", "../shot_SM/a", "a.tif"}),
                          [](const auto& test) { return std::string(test.param.label); });
 
-class BadNameTest : public SideFolderTest, public testing::WithParamInterface<std::pair<const char*, std::string>> {};
+class BadNameTest : public SideFolderTest,
+                    public testing::WithParamInterface<std::pair<const char*, std::string>> {};
 
-// Recorded, renamed there and back, and deleted: whatever the name, files outside the side folder stay as they are.
+// Recorded, renamed there and back, and deleted: whatever the name, files outside the side folder
+// stay as they are.
 TEST_P(BadNameTest, TouchesNothingOutsideTheSideFolder) {
   PretendSaved("shot.c4d");
   fs::create_directories(Side("a"));
-  const std::string others[] = {Folder() + "/x.tif", Folder() + "/shot_SM.tif", Side("other.tif"), Folder() + "/shot_SMx.tif"};
+  const std::string others[] = {Folder() + "/x.tif", Folder() + "/shot_SM.tif", Side("other.tif"),
+                                Folder() + "/shot_SMx.tif"};
   for (const std::string& file : others) tests::WriteText(file, "kept");
   const std::string& name = GetParam().second;
   Record(name);
@@ -122,13 +134,14 @@ TEST_P(BadNameTest, TouchesNothingOutsideTheSideFolder) {
 
 INSTANTIATE_TEST_SUITE_P(
     Names, BadNameTest,
-    testing::Values(std::pair{"Parent", std::string("../x")}, std::pair{"Grandparent", std::string("../../x")},
-                    std::pair{"Absolute", std::string("/tmp/x")}, std::pair{"Backslash", std::string("..\\x")},
-                    std::pair{"Nul", std::string("x\0y", 3)}, std::pair{"Newline", std::string("x\ny")},
-                    std::pair{"Long", std::string(10000, 'n')}, std::pair{"LeadingDot", std::string(".x")},
-                    std::pair{"Dots", std::string("..")}, std::pair{"TrailingBlank", std::string("x  ")},
-                    std::pair{"RightToLeft", std::string("\u05D0\u05D1\u202E")}, std::pair{"NotUtf8", std::string("\xFF\xFE")},
-                    std::pair{"SubFolder", std::string("a/x")}),
+    testing::Values(
+        std::pair{"Parent", std::string("../x")}, std::pair{"Grandparent", std::string("../../x")},
+        std::pair{"Absolute", std::string("/tmp/x")}, std::pair{"Backslash", std::string("..\\x")},
+        std::pair{"Nul", std::string("x\0y", 3)}, std::pair{"Newline", std::string("x\ny")},
+        std::pair{"Long", std::string(10000, 'n')}, std::pair{"LeadingDot", std::string(".x")},
+        std::pair{"Dots", std::string("..")}, std::pair{"TrailingBlank", std::string("x  ")},
+        std::pair{"RightToLeft", std::string("\u05D0\u05D1\u202E")},
+        std::pair{"NotUtf8", std::string("\xFF\xFE")}, std::pair{"SubFolder", std::string("a/x")}),
     [](const auto& test) { return std::string(test.param.first); });
 
 }  // namespace

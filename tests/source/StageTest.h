@@ -1,5 +1,5 @@
-// StageTest: the fixture of the plug-in's tests: a session with the dialog open, and short words for building the
-// active document's scene. The document owns what they make.
+// StageTest: the fixture of the plug-in's tests: a session with the dialog open, and short words
+// for building the active document's scene. The document owns what they make.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -52,7 +52,8 @@ class StageTest : public testing::Test, protected tests::PluginSession {
     return layer;
   }
 
-  // One line per render settings of the document: the active one with a star, its name and its width.
+  // One line per render settings of the document: the active one with a star, its name and its
+  // width.
   std::string SettingsText() const {
     std::string text;
     for (const RenderData* one = Doc().GetFirstRenderData(); one; one = one->GetNext()) {
@@ -64,8 +65,8 @@ class StageTest : public testing::Test, protected tests::PluginSession {
 
   // "editor render deform" of one object.
   static std::string Switches(const BaseObject* object) {
-    return std::to_string(object->GetEditorMode()) + " " + std::to_string(object->GetRenderMode()) + " " +
-           std::to_string(object->GetDeformMode() ? 1 : 0);
+    return std::to_string(object->GetEditorMode()) + " " + std::to_string(object->GetRenderMode()) +
+           " " + std::to_string(object->GetDeformMode() ? 1 : 0);
   }
 
   static void SetSwitches(BaseObject* object, LONG editor, LONG render, Bool deform) {

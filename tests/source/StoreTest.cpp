@@ -13,13 +13,16 @@ TEST_F(StageTest, AnElementIsWrittenInTheOrderOfItsKeys) {
   Record("Opening");
   EXPECT_EQ(StoreText(kRecordStore),
             "0 {20000 \"Opening\", 25000 {25000 ->Opening}, "
-            "25003 {0 {80000 ->Set, 80001 0, 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, 80008 1, 80009 1}}, "
+            "25003 {0 {80000 ->Set, 80001 0, 80002 1, 80003 1, 80004 1, 80005 0, 80006 1, 80007 1, "
+            "80008 1, 80009 1}}, "
             "25004 {70000 ->Eye}, "
-            "25005 {0 {30000 ->Cube, 30001 1, 30002 0, 30003 0}, 1 #1{30000 ->Eye, 30001 2, 30002 2, 30003 1}}, "
+            "25005 {0 {30000 ->Cube, 30001 1, 30002 0, 30003 0}, 1 #1{30000 ->Eye, 30001 2, 30002 "
+            "2, 30003 1}}, "
             "25006 {0 {50000 ->Brick, 40000 ->tag 5616 of Cube}}, "
             "20002 {25008 2011, 25009 3, 25010 5, 25011 14, 25012 7, 25013 59}}\n");
   EXPECT_EQ(StoreText(kListStore),
-            "0 {20000 \"Opening\", 20002 {25008 2011, 25009 3, 25010 5, 25011 14, 25012 7, 25013 59}, 25007 1}\n20003 1\n");
+            "0 {20000 \"Opening\", 20002 {25008 2011, 25009 3, 25010 5, 25011 14, 25012 7, 25013 "
+            "59}, 25007 1}\n20003 1\n");
   EXPECT_TRUE(Doc().GetChanged());
 }
 
@@ -43,14 +46,17 @@ TEST_F(StageTest, NamesAreNeeded) {
 
 TEST_F(StageTest, RecordingTellsWhatItSaves) {
   Record("A");
-  EXPECT_EQ(Transcript(),
-            "status: Stagemarks - Saving Render Settings\nstatus: Stagemarks - Saving Object and Tag Settings\n"
-            "status: Stagemarks - Saving Camera Settings\nstatus: Stagemarks - Saving Layer Settings\n"
-            "status: Stagemarks - Saving Date and Time\nstatus cleared\n");
+  EXPECT_EQ(
+      Transcript(),
+      "status: Stagemarks - Saving Render Settings\nstatus: Stagemarks - Saving Object and Tag "
+      "Settings\n"
+      "status: Stagemarks - Saving Camera Settings\nstatus: Stagemarks - Saving Layer Settings\n"
+      "status: Stagemarks - Saving Date and Time\nstatus cleared\n");
   OnlyOptions({});
   Record("B");
   EXPECT_EQ(Transcript(),
-            "status: Stagemarks - Saving Object and Tag Settings\nstatus: Stagemarks - Saving Date and Time\nstatus cleared\n");
+            "status: Stagemarks - Saving Object and Tag Settings\nstatus: Stagemarks - Saving Date "
+            "and Time\nstatus cleared\n");
 }
 
 TEST_F(StageTest, OverwritingKeepsTheIdAndReplacesRecordAndEntry) {
@@ -62,11 +68,13 @@ TEST_F(StageTest, OverwritingKeepsTheIdAndReplacesRecordAndEntry) {
   Transcript();
   Answer(true);
   EXPECT_TRUE(Record("A"));
-  EXPECT_EQ(Transcript().substr(0, 86),
-            "ask: An element with that name already exists.  Do you want to overwrite it? -> yes\nst");
+  EXPECT_EQ(
+      Transcript().substr(0, 86),
+      "ask: An element with that name already exists.  Do you want to overwrite it? -> yes\nst");
   EXPECT_EQ(Part(0, kObjects), "0 {30000 ->Cube, 30001 1, 30002 1, 30003 0}\n");
   EXPECT_EQ(Rows(), "[ ] * A\n[ ] B\n") << "the check mark goes with the deleted row";
-  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  A 1280\n  B 1280\n") << "the old copy of the render settings is freed";
+  EXPECT_EQ(SettingsText(), "* Render Settings 1280\n  A 1280\n  B 1280\n")
+      << "the old copy of the render settings is freed";
 }
 
 TEST_F(StageTest, DecliningToOverwriteChangesNothing) {
@@ -91,7 +99,8 @@ TEST_F(StageTest, FreedIdsAreHandedOutAgain) {
 
 // Takes an element out of both stores as a whole, as only an edit from outside can.
 void TakeOut(BaseDocument& doc, LONG element) {
-  for (const LONG store : {kRecordStore, kListStore}) doc.GetDataInstance()->GetContainerInstance(store)->RemoveData(element);
+  for (const LONG store : {kRecordStore, kListStore})
+    doc.GetDataInstance()->GetContainerInstance(store)->RemoveData(element);
 }
 
 TEST_F(StageTest, AnElementWhoseIdIsNotBelowTheCountIsNotFound) {
@@ -133,8 +142,9 @@ TEST_F(StageTest, ListEntriesAreBuiltOnceFromTheRecords) {
   host::EventAdd();
   Deliver();
   const std::string date = "{25008 2011, 25009 3, 25010 5, 25011 14, 25012 7, 25013 59}";
-  EXPECT_EQ(StoreText(kListStore),
-            "2 #2{20000 \"C\", 20002 " + date + ", 25007 1}\n0 {20000 \"A\", 20002 " + date + "}\n1 #1{}\n20003 1\n");
+  EXPECT_EQ(StoreText(kListStore), "2 #2{20000 \"C\", 20002 " + date +
+                                       ", 25007 1}\n0 {20000 \"A\", 20002 " + date +
+                                       "}\n1 #1{}\n20003 1\n");
   EXPECT_EQ(Rows(), "[ ] A\n[ ] * C\n");
 }
 
@@ -170,7 +180,8 @@ TEST_F(StageTest, WithoutADocumentEveryEventIsRefused) {
   KillDocument(doc);
   while (BaseDocument* other = GetActiveDocument()) KillDocument(other);
   Deliver();
-  for (const LONG button : {kLoad, kDelete, kRename, kRecord, kGenerateFiles}) EXPECT_FALSE(Press(button)) << button;
+  for (const LONG button : {kLoad, kDelete, kRename, kRecord, kGenerateFiles})
+    EXPECT_FALSE(Press(button)) << button;
   for (const LONG entry : {kCheckAll, kUpdateChecked, kDeleteAll, kSaveDefaults, kHelp, kAbout})
     EXPECT_FALSE(Menu(entry)) << entry;
 }

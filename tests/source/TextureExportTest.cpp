@@ -1,4 +1,5 @@
-// What the project layouts do with textures: which files are gathered, and which paths are cut down to names.
+// What the project layouts do with textures: which files are gathered, and which paths are cut down
+// to names.
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -19,7 +20,8 @@ constexpr LONG kSecondFile = 1001;
 class TextureExportTest : public StageTest {
  protected:
   void SetUp() override {
-    for (const char* folder : {"out", "work/tex", "far"}) fs::create_directories(Folder() + "/" + folder);
+    for (const char* folder : {"out", "work/tex", "far"})
+      fs::create_directories(Folder() + "/" + folder);
     Doc().SetDocumentPath(Filename((Folder() + "/work").c_str()));
     Doc().SetDocumentName("Scene.c4d");
   }
@@ -31,7 +33,9 @@ class TextureExportTest : public StageTest {
   }
   BaseShader* Shader(LONG type, const std::string& file = "") {
     BaseShader* shader = BaseShader::Alloc(type);
-    if (!file.empty()) shader->GetDataInstance()->SetFilename(BITMAPSHADER_FILENAME, Filename(String(std::string_view(file))));
+    if (!file.empty())
+      shader->GetDataInstance()->SetFilename(BITMAPSHADER_FILENAME,
+                                             Filename(String(std::string_view(file))));
     return shader;
   }
   BaseShader* AddTexture(const std::string& file) {
@@ -54,7 +58,8 @@ class TextureExportTest : public StageTest {
     BaseDocument* doc = opened.Take();
     const BaseContainer all = doc->GetAllTextures(nullptr);
     std::string text;
-    for (LONG i = 0; i < all.GetCount(); ++i) text += all.GetIndexData(i).GetFilename().GetString().ToUtf8() + "\n";
+    for (LONG i = 0; i < all.GetCount(); ++i)
+      text += all.GetIndexData(i).GetFilename().GetString().ToUtf8() + "\n";
     BaseDocument::Free(doc);
     return text;
   }
@@ -75,7 +80,8 @@ TEST_F(TextureExportTest, AnExistingPathWinsOverTheTextureFolder) {
   EXPECT_EQ(tests::ReadText(In("out/tex/wood.png")), "far/wood.png");
   EXPECT_EQ(References(In("out/Scene A.c4d")), "wood.png\nstone.png\nmissing.png\ngone.png\n");
   EXPECT_EQ(Transcript().find("error"), std::string::npos);
-  EXPECT_EQ(Doc().GetAllTextures(nullptr).GetIndexData(0).GetFilename().GetString().ToUtf8(), In("far/wood.png"));
+  EXPECT_EQ(Doc().GetAllTextures(nullptr).GetIndexData(0).GetFilename().GetString().ToUtf8(),
+            In("far/wood.png"));
 }
 
 TEST_F(TextureExportTest, TheWholeTextureNameIsLookedUp) {
@@ -96,7 +102,8 @@ TEST_F(TextureExportTest, EveryElementGetsTheSameTextures) {
   Record("B");
   Generate(kAsSaveProject);
   EXPECT_EQ(tests::Names(In("out")), "Scene A Scene B");
-  for (const char* name : {"out/Scene A", "out/Scene B"}) EXPECT_EQ(tests::ReadText(In(name) + "/tex/wood.png"), "far/wood.png");
+  for (const char* name : {"out/Scene A", "out/Scene B"})
+    EXPECT_EQ(tests::ReadText(In(name) + "/tex/wood.png"), "far/wood.png");
   EXPECT_EQ(References(In("out/Scene B/Scene B.c4d")), "wood.png\n");
 }
 
@@ -164,7 +171,9 @@ TEST(GlobalTexturePathTest, FillsInWhatTheDocumentsFolderLacks) {
     fs::create_directory(paths.Path() + "/" + name);
     setup.texturePaths.push_back(paths.Path() + "/" + name);
   }
-  const auto write = [&](const std::string& file) { tests::WriteText(paths.Path() + "/" + file, file); };
+  const auto write = [&](const std::string& file) {
+    tests::WriteText(paths.Path() + "/" + file, file);
+  };
   write("first/b.png");
   write("second/a.png");
   write("second/b.png");
@@ -221,17 +230,23 @@ TEST_F(ShaderPlacesTest, BitmapShadersAreCutWhereverTheyHangButNotOnOtherTags) {
   child->InsertShader(Shader(Xbitmap, "/p/object.png"));
   Tag(child, Tphong)->InsertShader(Shader(Xbitmap, "/p/tag.png"));
   GvNodeMaster* master = static_cast<XPressoTag*>(Tag(child, Texpresso))->GetNodeMaster();
-  master->CreateNode(master->CreateNode(master->GetRoot(), 1), 2)->InsertShader(Shader(Xbitmap, "/p/node.png"));
+  master->CreateNode(master->CreateNode(master->GetRoot(), 1), 2)
+      ->InsertShader(Shader(Xbitmap, "/p/node.png"));
   Generate(kAsSaveProjectOneFolder);
 
   engine::Result<BaseDocument*> opened = engine::OpenSceneFile(In("out/Scene A.c4d"));
   ASSERT_TRUE(opened) << opened.Message();
   BaseDocument* doc = opened.Take();
-  EXPECT_EQ(Paths(*doc->GetFirstMaterial()), " /p/layer.png nested.png+/p/second.png deep.png bare.png");
+  EXPECT_EQ(Paths(*doc->GetFirstMaterial()),
+            " /p/layer.png nested.png+/p/second.png deep.png bare.png");
   child = doc->GetFirstObject()->GetDown();
   EXPECT_EQ(Paths(*child), " object.png");
   EXPECT_EQ(Paths(*child->GetTag(Tphong)), " /p/tag.png");
-  EXPECT_EQ(Paths(*static_cast<XPressoTag*>(child->GetTag(Texpresso))->GetNodeMaster()->GetRoot()->GetDown()->GetDown()),
+  EXPECT_EQ(Paths(*static_cast<XPressoTag*>(child->GetTag(Texpresso))
+                       ->GetNodeMaster()
+                       ->GetRoot()
+                       ->GetDown()
+                       ->GetDown()),
             " node.png");
   BaseDocument::Free(doc);
   EXPECT_EQ(Paths(*Doc().GetFirstObject()->GetDown()), " /p/object.png");

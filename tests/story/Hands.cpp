@@ -16,7 +16,8 @@ constexpr int kMillisecondsToRest = 120;
 constexpr int kMillisecondsToArrive = 20000;
 constexpr int kMillisecondsToLook = 10;
 
-// Counts what the window system brings. A click goes through the window manager first, which takes its time.
+// Counts what the window system brings. A click goes through the window manager first, which takes
+// its time.
 class Arrivals : public QObject {
  public:
   Arrivals() { qApp->installEventFilter(this); }
@@ -57,12 +58,14 @@ void Do(const QStringList& acts) {
 
 void WaitFor(const std::function<bool()>& arrived, const char* what) {
   for (int waited = 0; !arrived(); waited += kMillisecondsToLook) {
-    if (waited > kMillisecondsToArrive) throw std::runtime_error(std::string(what) + " does not arrive");
+    if (waited > kMillisecondsToArrive)
+      throw std::runtime_error(std::string(what) + " does not arrive");
     pictures::Settle(kMillisecondsToLook);
   }
 }
 
-// Where to let go: in the middle, or just inside the edge, which the toolkit takes for the place between two rows.
+// Where to let go: in the middle, or just inside the edge, which the toolkit takes for the place
+// between two rows.
 QPoint PlaceIn(const Cell& cell) {
   const QRect place = cell.view.visualRect(cell.index);
   const int x = place.left() + std::min(place.width() / 2, 60);
@@ -75,7 +78,8 @@ QPoint PlaceIn(const Cell& cell) {
 
 void Click(const QWidget& widget, QPoint place, int times) {
   const Arrivals arrivals;
-  Do(At(widget, place) + QStringList{"sleep", "0.05", "click", "--repeat", QString::number(times), "--delay", "60", "1"});
+  Do(At(widget, place) + QStringList{"sleep", "0.05", "click", "--repeat", QString::number(times),
+                                     "--delay", "60", "1"});
   WaitFor([&] { return arrivals.Of(QEvent::MouseButtonRelease) >= times; }, "a click");
   pictures::Settle(kMillisecondsToRest);
 }
@@ -88,9 +92,11 @@ void Click(QAbstractItemView& view, const QModelIndex& cell) {
   Click(*view.viewport(), view.visualRect(cell).center());
 }
 
-// While something is dragged the toolkit stays in a loop of its own, within the first loop here: so each step begins the next.
+// While something is dragged the toolkit stays in a loop of its own, within the first loop here: so
+// each step begins the next.
 void Drag(const Cell& from, const Cell& to) {
-  if (!from.index.isValid() || !to.index.isValid()) throw std::runtime_error("there is no such row");
+  if (!from.index.isValid() || !to.index.isValid())
+    throw std::runtime_error("there is no such row");
   pictures::Settle(QApplication::doubleClickInterval());
   const QWidget& start = *from.view.viewport();
   const QPoint hold = from.view.visualRect(from.index).center();
@@ -99,13 +105,16 @@ void Drag(const Cell& from, const Cell& to) {
   const auto letGo = [&] { Begin({"sleep", "0.5", "mouseup", "1"}, [&loop] { loop.quit(); }); };
   const auto carry = [&] {
     const QWidget& end = *to.view.viewport();
-    Begin(At(end, PlaceIn(to) - QPoint(6, 0)) + QStringList{"sleep", "0.1"} + At(end, PlaceIn(to)), letGo);
+    Begin(At(end, PlaceIn(to) - QPoint(6, 0)) + QStringList{"sleep", "0.1"} + At(end, PlaceIn(to)),
+          letGo);
   };
-  Begin(At(start, hold) + QStringList{"sleep", "0.1", "mousedown", "1", "sleep", "0.1"} + At(start, hold + QPoint(12, 4)) +
-            QStringList{"sleep", "0.1"} + At(start, hold + QPoint(16, 5)) + QStringList{"sleep", "0.2"},
+  Begin(At(start, hold) + QStringList{"sleep", "0.1", "mousedown", "1", "sleep", "0.1"} +
+            At(start, hold + QPoint(12, 4)) + QStringList{"sleep", "0.1"} +
+            At(start, hold + QPoint(16, 5)) + QStringList{"sleep", "0.2"},
         carry);
   loop.exec();
-  WaitFor([&] { return arrivals.Of(QEvent::Drop) > 0 || arrivals.Of(QEvent::DragLeave) > 0; }, "what is dragged");
+  WaitFor([&] { return arrivals.Of(QEvent::Drop) > 0 || arrivals.Of(QEvent::DragLeave) > 0; },
+          "what is dragged");
   pictures::Settle(kMillisecondsToRest);
 }
 
@@ -126,7 +135,8 @@ void Choose(QMenuBar& bar, const QString& menu, const QString& entry) {
     if (top->text().remove('&') != menu) continue;
     Click(bar, bar.actionGeometry(top).center());
     for (QAction* action : top->menu()->actions()) {
-      if (action->text().remove('&').startsWith(entry)) return Click(*top->menu(), top->menu()->actionGeometry(action).center());
+      if (action->text().remove('&').startsWith(entry))
+        return Click(*top->menu(), top->menu()->actionGeometry(action).center());
     }
   }
   throw std::runtime_error("no menu entry " + entry.toStdString());

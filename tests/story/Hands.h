@@ -1,6 +1,7 @@
-// Hands: mouse and keyboard of the X server, moved by the program `xdotool`, so that every event takes the way it takes in life.
-// Each act waits until it has arrived here, however busy the machine is, and until the event loop has come to rest; it works
-// inside a question, too. Each throws std::runtime_error when it does not arrive.
+// Hands: mouse and keyboard of the X server, moved by the program `xdotool`, so that every event
+// takes the way it takes in life. Each act waits until it has arrived here, however busy the
+// machine is, and until the event loop has come to rest; it works inside a question, too. Each
+// throws std::runtime_error when it does not arrive.
 #pragma once
 
 #include <QAbstractItemView>
@@ -22,14 +23,16 @@ struct Cell {
   QPersistentModelIndex index;
   Where where = Where::On;
 };
-// Takes hold of the middle of a cell, carries it to another one that is in sight, rests there as a person does and lets go.
+// Takes hold of the middle of a cell, carries it to another one that is in sight, rests there as a
+// person does and lets go.
 void Drag(const Cell& from, const Cell& to);
 
 // Replaces what is in a field.
 void Type(const QWidget& field, const QString& text);
 // For example "ctrl+z".
 void Press(const QString& keys);
-// Opens a menu by its name and clicks the entry whose text begins with `entry`. Throws where there is none.
+// Opens a menu by its name and clicks the entry whose text begins with `entry`. Throws where there
+// is none.
 void Choose(QMenuBar& bar, const QString& menu, const QString& entry);
 
 }  // namespace hands

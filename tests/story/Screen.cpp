@@ -24,7 +24,8 @@ void Start(QProcess& program, const QString& name, const QStringList& arguments)
   program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   program.setChildProcessModifier([parent = getpid()] { EndWithParent(parent); });
   program.start(name, arguments);
-  if (!program.waitForStarted(kMillisecondsToStart)) throw std::runtime_error("cannot start " + name.toStdString());
+  if (!program.waitForStarted(kMillisecondsToStart))
+    throw std::runtime_error("cannot start " + name.toStdString());
 }
 
 void End(QProcess& program) {
@@ -38,7 +39,8 @@ void End(QProcess& program) {
 Screen::Screen() {
   Start(server_, "Xvfb", {"-displayfd", "1", "-screen", "0", "1600x1000x24", "-nolisten", "tcp"});
   while (!server_.canReadLine()) {
-    if (!server_.waitForReadyRead(kMillisecondsToStart)) throw std::runtime_error("the X server does not start");
+    if (!server_.waitForReadyRead(kMillisecondsToStart))
+      throw std::runtime_error("the X server does not start");
   }
   qputenv("DISPLAY", ":" + server_.readLine().trimmed());
   qputenv("QT_QPA_PLATFORM", "xcb");

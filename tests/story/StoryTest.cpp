@@ -1,6 +1,7 @@
-// One whole story, with mouse and keys only, on the sample scene: import, move objects and layers, hide, record, change
-// materials, record again, recall, undo, make a camera and fly it, export, contact sheet, delete, save under another name, close
-// and start again. Each chapter looks at what came of it.
+// One whole story, with mouse and keys only, on the sample scene: import, move objects and layers,
+// hide, record, change materials, record again, recall, undo, make a camera and fly it, export,
+// contact sheet, delete, save under another name, close and start again. Each chapter looks at what
+// came of it.
 #include <gtest/gtest.h>
 
 #include <QFileDialog>
@@ -56,8 +57,10 @@ class Story : public testing::Test {
   std::string Rows() {
     std::string rows;
     for (int line = 0; line < List().model()->rowCount(); ++line) {
-      const bool checked = List().model()->index(line, kChecked).data(Qt::CheckStateRole).toInt() == Qt::Checked;
-      rows += std::string(checked ? "[x] " : "[ ] ") + List().model()->index(line, kName).data().toString().toStdString() + "\n";
+      const bool checked =
+          List().model()->index(line, kChecked).data(Qt::CheckStateRole).toInt() == Qt::Checked;
+      rows += std::string(checked ? "[x] " : "[ ] ") +
+              List().model()->index(line, kName).data().toString().toStdString() + "\n";
     }
     return rows;
   }
@@ -65,15 +68,16 @@ class Story : public testing::Test {
     hands::Type(desk_.Gadget<QLineEdit>(kNameField), name);
     const int rows = List().model()->rowCount();
     hands::Click(desk_.Gadget<QPushButton>(kRecord));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return List().model()->rowCount() > rows; }, 30000)) << name.toStdString();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return List().model()->rowCount() > rows; }, 30000))
+        << name.toStdString();
     pictures::Settle(800);  // until the progress of the preview has gone
   }
   void Press(host::LONG button) { hands::Click(desk_.Gadget<QPushButton>(button)); }
   desktop::ObjectTree& Tree() { return Window().Objects(); }
   // The row of the object whose name begins so.
   QModelIndex RowOf(const QString& name, int column = 0) {
-    const auto found =
-        Tree().model()->match(Tree().model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchStartsWith | Qt::MatchRecursive);
+    const auto found = Tree().model()->match(Tree().model()->index(0, 0), Qt::DisplayRole, name, 1,
+                                             Qt::MatchStartsWith | Qt::MatchRecursive);
     return found.isEmpty() ? QModelIndex() : found.first().siblingAtColumn(column);
   }
   void Undo() { hands::Press("ctrl+z"); }
@@ -91,7 +95,8 @@ class Story : public testing::Test {
     });
   }
   // Clicks a button of the next message or question and keeps its text in told_.
-  void ClickNext(QMessageBox::StandardButton button, const char* picture = nullptr, std::function<void()> then = {}) {
+  void ClickNext(QMessageBox::StandardButton button, const char* picture = nullptr,
+                 std::function<void()> then = {}) {
     AnswerNext<QMessageBox>([this, button, picture, then](QMessageBox& box) {
       pictures::Settle(200);
       told_ += box.text().toStdString() + "\n";
@@ -134,7 +139,8 @@ class Story : public testing::Test {
 };
 
 void Story::OpenTheSample() {
-  ChooseNext(TEST_SOURCE_DIR "/scenes/dungeon/dungeon.gltf", [this] { ClickNext(QMessageBox::Ok); });
+  ChooseNext(TEST_SOURCE_DIR "/scenes/dungeon/dungeon.gltf",
+             [this] { ClickNext(QMessageBox::Ok); });
   hands::Press("ctrl+o");
   EXPECT_NE(TakeTold().find("Animations are left out"), std::string::npos);
   EXPECT_EQ(engine::CountScene(Doc()).objects, 85U);
@@ -150,7 +156,8 @@ void Story::MoveObjects() {
   Desk::Rest();
   std::vector<engine::NodeId> shown;
   for (QModelIndex row = Tree().indexAt({4, 2}); row.isValid(); row = Tree().indexBelow(row)) {
-    if (Tree().visualRect(row).bottom() < Tree().viewport()->height()) shown.push_back(Tree().Rows().IdAt(row));
+    if (Tree().visualRect(row).bottom() < Tree().viewport()->height())
+      shown.push_back(Tree().Rows().IdAt(row));
   }
   ASSERT_GE(shown.size(), 8U);
   const auto row = [this](engine::NodeId id) { return Tree().Rows().IndexOf(id); };
@@ -159,7 +166,8 @@ void Story::MoveObjects() {
   const engine::NodeId carried = shown[4];
   hands::Click(Tree(), row(carried));
   const std::string before = engine::DumpDocument(Doc());
-  for (const auto& [target, where] : {std::pair{shown.front(), On}, {shown.back(), On}, {shown[2], Above}, {shown[1], Below}}) {
+  for (const auto& [target, where] :
+       {std::pair{shown.front(), On}, {shown.back(), On}, {shown[2], Above}, {shown[1], Below}}) {
     hands::Drag({Tree(), row(carried)}, {Tree(), row(target), where});
     const host::BaseObject* moved = object(carried);
     EXPECT_EQ(where == On      ? moved->GetUp()
@@ -182,14 +190,17 @@ void Story::SortLayers() {
     hands::Press("Return");
   }
   const auto row = [&](const char* name) {
-    return layers.model()->match(layers.model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchRecursive).value(0);
+    return layers.model()
+        ->match(layers.model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchRecursive)
+        .value(0);
   };
   hands::Drag({layers, row("Layer.1")}, {layers, row("Layer"), hands::Cell::Where::Above});
   EXPECT_EQ(layers.model()->index(0, 0).data(), "Layer.1");
   hands::Drag({layers, row("Layer")}, {layers, row("Layer.1")});
   EXPECT_EQ(row("Layer").parent(), row("Layer.1"));
   hands::Drag({Tree(), RowOf("edge-column-3")}, {layers, row("Layer")});
-  EXPECT_EQ(Tree().Rows().ObjectAt(RowOf("edge-column-3"))->GetLayerObject(&Doc()), layers.Rows().LayerAt(row("Layer")));
+  EXPECT_EQ(Tree().Rows().ObjectAt(RowOf("edge-column-3"))->GetLayerObject(&Doc()),
+            layers.Rows().LayerAt(row("Layer")));
   EXPECT_TRUE(pictures::Write(Window(), "layers-story"));
   for (int i = 0; i < 3; ++i) Undo();
   EXPECT_EQ(row("Layer").row(), 0);
@@ -224,7 +235,8 @@ void Story::ChooseFromLists() {
   desktop::SelectTag(*painted->GetTag(host::Ttexture), false);
   Desk::Rest();
   ChooseInAttributes("Material", "torch");
-  EXPECT_EQ(engine::AsTextureTag(painted->GetTag(host::Ttexture))->GetMaterial()->GetName(), host::String("torch"));
+  EXPECT_EQ(engine::AsTextureTag(painted->GetTag(host::Ttexture))->GetMaterial()->GetName(),
+            host::String("torch"));
   for (int i = 0; i < 4; ++i) Undo();
   EXPECT_EQ(Doc().GetActiveRenderData(), settings);
   EXPECT_EQ(column->GetLayerObject(&Doc()), nullptr);
@@ -247,7 +259,8 @@ void Story::HideTwoAndRecord() {
       }
     }
   }
-  hands::Click(desk_.Gadget<QWidget>(kGeneratePreview), QPoint(8, desk_.Gadget<QWidget>(kGeneratePreview).height() / 2));
+  hands::Click(desk_.Gadget<QWidget>(kGeneratePreview),
+               QPoint(8, desk_.Gadget<QWidget>(kGeneratePreview).height() / 2));
   Record("Two hidden");
   EXPECT_EQ(Rows(), "[ ] Two hidden\n");
   EXPECT_TRUE(fs::exists(desk_.Folder() + "/dungeon_SM/Two hidden.tif"));
@@ -260,7 +273,8 @@ void Story::ChangeAMaterialAndRecord() {
   panel->raise();
   Desk::Rest();
   auto* grid = panel->findChild<QAbstractItemView*>();
-  const QModelIndex torch = grid->model()->match(grid->model()->index(0, 0), Qt::DisplayRole, "torch").value(0);
+  const QModelIndex torch =
+      grid->model()->match(grid->model()->index(0, 0), Qt::DisplayRole, "torch").value(0);
   ASSERT_TRUE(torch.isValid());
   const QModelIndex object = RowOf("ground-tile.008");
   Tree().scrollTo(object);
@@ -291,7 +305,8 @@ void Story::RecallAndUndo() {
   const QPoint place = List().visualRect(List().model()->index(1, kName)).center();
   for (const bool byKey : {false, true}) {
     byKey ? hands::Press("Return") : hands::Click(*List().viewport(), place, 2);
-    EXPECT_EQ(engine::DumpDifference(recalled, State()), Nothing()) << (byKey ? "Enter" : "double click");
+    EXPECT_EQ(engine::DumpDifference(recalled, State()), Nothing())
+        << (byKey ? "Enter" : "double click");
     Undo();
     EXPECT_EQ(engine::DumpDifference(changed, State()), Nothing());
   }
@@ -300,7 +315,9 @@ void Story::RecallAndUndo() {
 // From a view to a camera that a state holds: what one looks at meanwhile is nothing to it.
 void Story::RecordACamera() {
   desktop::Viewport& view = Window().View();
-  const auto finished = [&view] { return QTest::qWaitFor([&view] { return view.IsFinished(); }, 60000); };
+  const auto finished = [&view] {
+    return QTest::qWaitFor([&view] { return view.IsFinished(); }, 60000);
+  };
   const auto turn = [&] {
     hands::Click(view, {5, view.height() - 5});
     for (int i = 0; i < 6; ++i) hands::Press("Right");
@@ -318,8 +335,11 @@ void Story::RecordACamera() {
   turn();
   EXPECT_EQ(view.Plate().Shown().recorded, "Camera");
   EXPECT_NE(view.Camera().frame, wanted);
-  const QModelIndex row =
-      List().model()->match(List().model()->index(0, kName), Qt::DisplayRole, "From aside", 1, Qt::MatchExactly).value(0);
+  const QModelIndex row = List()
+                              .model()
+                              ->match(List().model()->index(0, kName), Qt::DisplayRole,
+                                      "From aside", 1, Qt::MatchExactly)
+                              .value(0);
   hands::Click(List(), row);
   Press(kLoad);
   ASSERT_TRUE(finished());
@@ -359,7 +379,8 @@ void Story::MakeASheet() {
   const std::string file = desk_.Folder() + "/sheet.png";
   ChooseNext(file);
   hands::Choose(*Window().menuBar(), "Render", "Contact Sheet");
-  QPointer<desktop::SheetWindow> sheet = dynamic_cast<desktop::SheetWindow*>(QApplication::activeWindow());
+  QPointer<desktop::SheetWindow> sheet =
+      dynamic_cast<desktop::SheetWindow*>(QApplication::activeWindow());
   ASSERT_NE(sheet, nullptr);
   EXPECT_TRUE(QTest::qWaitFor([&] { return sheet->IsFinished(); }, 120000));
   EXPECT_TRUE(sheet->Said().startsWith("Written")) << sheet->Said().toStdString();
@@ -381,7 +402,8 @@ void Story::DeleteOne() {
 
 void Story::SaveAsOther() {
   fs::create_directory(desk_.Folder() + "/other_SM");
-  ChooseNext(desk_.Folder() + "/other.c4d", [this] { ClickNext(QMessageBox::Yes, "question-side-folder"); });
+  ChooseNext(desk_.Folder() + "/other.c4d",
+             [this] { ClickNext(QMessageBox::Yes, "question-side-folder"); });
   hands::Press("ctrl+shift+s");
   EXPECT_NE(TakeTold().find("Stagemark directory"), std::string::npos);
   EXPECT_TRUE(fs::exists(desk_.Folder() + "/other_SM/Two hidden.tif"));
@@ -402,7 +424,8 @@ void Story::CloseAndComeBack() {
   EXPECT_EQ(Window().findChild<QDockWidget*>("layers")->toggleViewAction()->isChecked(), !wasShown);
   ASSERT_NE(desk_.PluginDock(), nullptr);
   EXPECT_NEAR(desk_.PluginDock()->width(), width, 2);
-  EXPECT_EQ(Window().Commands().RecentFiles().value(0).toStdString(), desk_.Folder() + "/other.c4d");
+  EXPECT_EQ(Window().Commands().RecentFiles().value(0).toStdString(),
+            desk_.Folder() + "/other.c4d");
   const std::string kept = desktop::AutosaveRoot(desk_.Outside());
   EXPECT_TRUE(!fs::exists(kept) || fs::is_empty(kept));
 }
@@ -416,14 +439,15 @@ TEST_F(Story, FromTheSampleToTheNextStart) {
     if (HasFailure()) pictures::Write(Window(), "story-stopped");
     return !HasFailure();
   };
-  if (!live({&Story::OpenTheSample, &Story::MoveObjects, &Story::SortLayers, &Story::ChooseFromLists, &Story::HideTwoAndRecord,
-             &Story::ChangeAMaterialAndRecord, &Story::RecallAndUndo}))
+  if (!live({&Story::OpenTheSample, &Story::MoveObjects, &Story::SortLayers,
+             &Story::ChooseFromLists, &Story::HideTwoAndRecord, &Story::ChangeAMaterialAndRecord,
+             &Story::RecallAndUndo}))
     return;
   EXPECT_TRUE(QTest::qWaitFor([this] { return Window().View().IsFinished(); }, 60000));
   EXPECT_TRUE(pictures::Write(Window(), "main-window-story"));
   EXPECT_TRUE(pictures::Write(*desk_.PluginDock(), "dialog-story"));
-  live({&Story::RecordACamera, &Story::Export, &Story::MakeASheet, &Story::DeleteOne, &Story::SaveAsOther,
-        &Story::CloseAndComeBack});
+  live({&Story::RecordACamera, &Story::Export, &Story::MakeASheet, &Story::DeleteOne,
+        &Story::SaveAsOther, &Story::CloseAndComeBack});
 }
 
 }  // namespace

@@ -18,7 +18,8 @@ namespace {
                          const std::map<std::string, std::string>& environment) {
   for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
   std::vector<char*> words{const_cast<char*>(program.c_str())};
-  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  for (const std::string& argument : arguments)
+    words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);
   execv(program.c_str(), words.data());
   _exit(127);
@@ -69,7 +70,8 @@ ChildResult RunChild(const std::string& program, const std::vector<std::string>&
 }
 
 ChildResult RunOnTerminal(const std::string& program, const std::vector<std::string>& arguments,
-                          const std::map<std::string, std::string>& environment, const std::vector<Typing>& typing) {
+                          const std::map<std::string, std::string>& environment,
+                          const std::vector<Typing>& typing) {
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (child == 0) Become(program, arguments, environment);

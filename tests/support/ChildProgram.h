@@ -1,4 +1,5 @@
-// Runs a program as a child and keeps what it printed: for tests of whole programs. Blocks until the child ends.
+// Runs a program as a child and keeps what it printed: for tests of whole programs. Blocks until
+// the child ends.
 #pragma once
 
 #include <map>
@@ -25,6 +26,7 @@ struct Typing {
 
 // The same on a terminal of its own, where both outputs come together in `out`.
 ChildResult RunOnTerminal(const std::string& program, const std::vector<std::string>& arguments,
-                          const std::map<std::string, std::string>& environment, const std::vector<Typing>& typing);
+                          const std::map<std::string, std::string>& environment,
+                          const std::vector<Typing>& typing);
 
 }  // namespace tests

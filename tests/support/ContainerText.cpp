@@ -39,15 +39,18 @@ std::string ValueText(const host::GeData& value, const host::BaseDocument* doc) 
   }
 }
 
-std::string EntryText(const host::BaseContainer& container, host::LONG position, const host::BaseDocument* doc) {
-  return std::to_string(container.GetIndexId(position)) + " " + ValueText(container.GetIndexData(position), doc);
+std::string EntryText(const host::BaseContainer& container, host::LONG position,
+                      const host::BaseDocument* doc) {
+  return std::to_string(container.GetIndexId(position)) + " " +
+         ValueText(container.GetIndexData(position), doc);
 }
 
 }  // namespace
 
 std::string ContainerText(const host::BaseContainer& container, const host::BaseDocument* doc) {
   std::string text = container.GetId() == 0 ? "{" : "#" + std::to_string(container.GetId()) + "{";
-  for (host::LONG i = 0; i < container.GetCount(); ++i) text += (i > 0 ? ", " : "") + EntryText(container, i, doc);
+  for (host::LONG i = 0; i < container.GetCount(); ++i)
+    text += (i > 0 ? ", " : "") + EntryText(container, i, doc);
   return text + "}";
 }
 

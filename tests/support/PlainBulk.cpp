@@ -26,10 +26,13 @@ constexpr Part kObjects{sm::kObjects, sm::kObjectLink};
 constexpr Part kTags{sm::kTags, sm::kTagLink};
 constexpr Part kLayers{sm::kLayers, sm::kLayerLink};
 
-BaseContainer* RecordStore(BaseDocument& doc) { return doc.GetDataInstance()->GetContainerInstance(sm::kRecordStore); }
+BaseContainer* RecordStore(BaseDocument& doc) {
+  return doc.GetDataInstance()->GetContainerInstance(sm::kRecordStore);
+}
 
 // Position of the first record that links to the item, -1 without one.
-LONG Search(const BaseContainer& records, LONG link, const BaseList2D* item, const BaseDocument& doc) {
+LONG Search(const BaseContainer& records, LONG link, const BaseList2D* item,
+            const BaseDocument& doc) {
   for (LONG i = 0; records.GetIndexId(i) != NOTOK; ++i) {
     const BaseContainer* record = records.GetContainerInstance(records.GetIndexId(i));
     if (record && record->GetLink(link, &doc) == item) return i;
@@ -51,7 +54,8 @@ BaseContainer CompositingSettings(const BaseTag& tag) {
   const BaseContainer data = tag.GetData();
   GeData parameter;
   for (const sm::CompositingRow& row : sm::kCompositing) {
-    if (row.reading == sm::Reading::Bool) settings.SetLong(row.key, data.GetBool(row.parameter) ? 1 : 0);
+    if (row.reading == sm::Reading::Bool)
+      settings.SetLong(row.key, data.GetBool(row.parameter) ? 1 : 0);
     if (row.reading == sm::Reading::Long) settings.SetLong(row.key, data.GetLong(row.parameter));
     if (row.reading == sm::Reading::Real) settings.SetReal(row.key, data.GetReal(row.parameter));
     if (row.reading != sm::Reading::Parameter) continue;
@@ -156,7 +160,8 @@ void SetTag(BaseContainer& records, const BaseTag& tag, const BaseDocument& doc)
     return;
   }
   BaseContainer& record = *records.GetContainerInstance(records.GetIndexId(position));
-  for (LONG i = 0; i < settings.GetCount(); ++i) record.SetData(settings.GetIndexId(i), settings.GetIndexData(i));
+  for (LONG i = 0; i < settings.GetCount(); ++i)
+    record.SetData(settings.GetIndexId(i), settings.GetIndexData(i));
 }
 
 void SetLayer(BaseContainer& records, const BaseList2D& layer, const BaseDocument& doc) {
@@ -186,7 +191,8 @@ void EmptyElement(BaseDocument& doc, LONG id) {
   BaseContainer* list = doc.GetDataInstance()->GetContainerInstance(sm::kListStore);
   BaseContainer* entry = list ? list->GetContainerInstance(id) : nullptr;
   if (record) {
-    RenderData* settings = engine::AsRenderData(record->GetContainer(sm::kRender).GetLink(sm::kRenderLink, &doc));
+    RenderData* settings =
+        engine::AsRenderData(record->GetContainer(sm::kRender).GetLink(sm::kRenderLink, &doc));
     if (settings) RenderData::Free(settings);
     record->FlushAll();
   }
@@ -197,7 +203,8 @@ void EmptyElement(BaseDocument& doc, LONG id) {
 
 LONG StagemarkId(const BaseContainer& listStore, const String& name) {
   LONG elements = 0;
-  for (LONG i = 0; listStore.GetIndexId(i) != NOTOK; ++i) elements += listStore.GetIndexId(i) != sm::kListBuilt;
+  for (LONG i = 0; listStore.GetIndexId(i) != NOTOK; ++i)
+    elements += listStore.GetIndexId(i) != sm::kListBuilt;
   for (LONG i = 0; i < elements; ++i) {
     const BaseContainer entry = listStore.GetContainer(i);
     if (entry.GetString(sm::kName).Compare(name) == 0) return entry.GetId();
@@ -281,7 +288,8 @@ Names UnusedMaterials(const BaseDocument& doc) {
     }
   }
   Names unused;
-  for (const BaseMaterial* material = doc.GetFirstMaterial(); material; material = material->GetNext()) {
+  for (const BaseMaterial* material = doc.GetFirstMaterial(); material;
+       material = material->GetNext()) {
     bool known = false;
     for (const BaseMaterial* other : used) known = known || other == material;
     if (!known) unused.push_back(material->GetName());

@@ -24,10 +24,12 @@ host::String Text(const std::string& utf8) { return host::String(std::string_vie
 PluginSession::PluginSession(engine::ApplicationSetup setup)
     : person_(folder_.Path() + "/user"), inUse_(person_), application_(person_, std::move(setup)) {
   person_.SetNow(kNow);
-  const engine::LoadReport report = application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
+  const engine::LoadReport report =
+      application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
   if (report.outcome != engine::LoadOutcome::Loaded) Fail(report.message);
   host::SetActiveDocument(application_.NewDocument());
-  if (!application_.ExecuteCommand(stagemarks::kPluginId)) Fail("the command did not open its dialog");
+  if (!application_.ExecuteCommand(stagemarks::kPluginId))
+    Fail("the command did not open its dialog");
   Deliver();
   for (host::GeDialog* dialog : engine::OpenDialogs()) {
     if (engine::DialogPluginId(*dialog) == stagemarks::kPluginId) dialog_ = dialog;
@@ -109,7 +111,8 @@ bool PluginSession::SelectRows(const std::vector<std::string>& names) {
 }
 
 bool PluginSession::Check(const std::string& name) {
-  const bool answer = engine::ToggleLine(*dialog_, stagemarks::kList, LineOf(name), stagemarks::kColumnChecked);
+  const bool answer =
+      engine::ToggleLine(*dialog_, stagemarks::kList, LineOf(name), stagemarks::kColumnChecked);
   Deliver();
   return answer;
 }
@@ -138,7 +141,8 @@ std::string PluginSession::Rows() const {
 
 std::string PluginSession::Times() const {
   std::string text;
-  for (const engine::Row& row : List().listRows) text += row.values.GetString(stagemarks::kColumnDate).ToUtf8() + "\n";
+  for (const engine::Row& row : List().listRows)
+    text += row.values.GetString(stagemarks::kColumnDate).ToUtf8() + "\n";
   return text;
 }
 
@@ -159,22 +163,31 @@ bool PluginSession::Marked(host::LONG entry) const {
   return found->checked;
 }
 
-host::BaseContainer PluginSession::Store(host::LONG id) const { return Doc().GetDataInstance()->GetContainer(id); }
+host::BaseContainer PluginSession::Store(host::LONG id) const {
+  return Doc().GetDataInstance()->GetContainer(id);
+}
 
-bool PluginSession::HasStore(host::LONG id) const { return Doc().GetDataInstance()->FindIndex(id) != host::NOTOK; }
+bool PluginSession::HasStore(host::LONG id) const {
+  return Doc().GetDataInstance()->FindIndex(id) != host::NOTOK;
+}
 
-host::BaseContainer PluginSession::Element(host::LONG id) const { return Store(stagemarks::kRecordStore).GetContainer(id); }
+host::BaseContainer PluginSession::Element(host::LONG id) const {
+  return Store(stagemarks::kRecordStore).GetContainer(id);
+}
 
 std::string PluginSession::Part(host::LONG element, host::LONG key) const {
   return ContainerLines(Element(element).GetContainer(key), &Doc());
 }
 
-std::string PluginSession::StoreText(host::LONG id) const { return ContainerLines(Store(id), &Doc()); }
+std::string PluginSession::StoreText(host::LONG id) const {
+  return ContainerLines(Store(id), &Doc());
+}
 
 host::LONG PluginSession::LineOf(const std::string& name) const {
   const std::vector<engine::Row>& rows = List().listRows;
   for (std::size_t line = 0; line < rows.size(); ++line) {
-    if (rows[line].values.GetString(stagemarks::kColumnName).ToUtf8() == name) return static_cast<host::LONG>(line);
+    if (rows[line].values.GetString(stagemarks::kColumnName).ToUtf8() == name)
+      return static_cast<host::LONG>(line);
   }
   Fail("no row \"" + name + "\"");
 }

@@ -1,6 +1,7 @@
-// PluginSession: the built plug-in, loaded as in life into an application whose person is a script. It has a fresh
-// folder, one new document and the open dialog. Its verbs press the dialog's own gadgets and deliver the posted events
-// afterwards. A verb that finds nothing to press throws std::runtime_error. Main thread; one at a time.
+// PluginSession: the built plug-in, loaded as in life into an application whose person is a script.
+// It has a fresh folder, one new document and the open dialog. Its verbs press the dialog's own
+// gadgets and deliver the posted events afterwards. A verb that finds nothing to press throws
+// std::runtime_error. Main thread; one at a time.
 #pragma once
 
 #include <string>
@@ -40,7 +41,8 @@ class PluginSession {
   bool Menu(host::LONG entry);
   bool Type(host::LONG field, const std::string& text);
   bool Tick(host::LONG checkbox, bool on);
-  // Selects or flips rows by name: the first row of that name. Selecting nothing clears the selection.
+  // Selects or flips rows by name: the first row of that name. Selecting nothing clears the
+  // selection.
   bool SelectRows(const std::vector<std::string>& names);
   bool Check(const std::string& name);
   bool Undo();

@@ -68,7 +68,8 @@ SceneBuilder& SceneBuilder::Object(const std::string& path, host::LONG type) {
   return *this;
 }
 
-SceneBuilder& SceneBuilder::Modes(const std::string& path, host::LONG editor, host::LONG render, bool deform) {
+SceneBuilder& SceneBuilder::Modes(const std::string& path, host::LONG editor, host::LONG render,
+                                  bool deform) {
   host::BaseObject* object = GetObject(path);
   object->SetEditorMode(editor);
   object->SetRenderMode(render);
@@ -97,7 +98,8 @@ host::BaseObject* SceneBuilder::GetObject(const std::string& path) const {
   return Existing(Find(doc_->GetFirstObject(), path), path);
 }
 
-SceneBuilder& SceneBuilder::Tag(const std::string& path, host::LONG type, const host::BaseContainer& data) {
+SceneBuilder& SceneBuilder::Tag(const std::string& path, host::LONG type,
+                                const host::BaseContainer& data) {
   GetObject(path)->MakeTag(type, nullptr)->SetData(data);
   return *this;
 }
@@ -131,7 +133,8 @@ host::BaseMaterial* SceneBuilder::GetMaterial(const std::string& name) const {
   return Existing(Named(doc_->GetFirstMaterial(), name), name);
 }
 
-host::BaseShader* SceneBuilder::Bitmap(BaseList2D* owner, const std::string& file, host::BaseShader* parent) {
+host::BaseShader* SceneBuilder::Bitmap(BaseList2D* owner, const std::string& file,
+                                       host::BaseShader* parent) {
   host::BaseShader* shader = host::BaseShader::Alloc(host::Xbitmap);
   shader->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, host::Filename(Text(file)));
   if (parent) {
@@ -157,7 +160,9 @@ SceneBuilder& SceneBuilder::OnLayer(const std::string& object, const std::string
   return *this;
 }
 
-host::LayerObject* SceneBuilder::GetLayer(const std::string& path) const { return Existing(Find(FirstLayer(*doc_), path), path); }
+host::LayerObject* SceneBuilder::GetLayer(const std::string& path) const {
+  return Existing(Find(FirstLayer(*doc_), path), path);
+}
 
 SceneBuilder& SceneBuilder::Settings(const std::string& name, host::LONG width, host::LONG height) {
   host::RenderData* settings = host::RenderData::Alloc();

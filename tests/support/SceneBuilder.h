@@ -1,5 +1,6 @@
-// SceneBuilder: scenes for tests, built by names: objects and layers by path ("Room/Box"), everything else by its name.
-// Building calls can be chained; asking for something that is not there throws std::runtime_error. Main thread.
+// SceneBuilder: scenes for tests, built by names: objects and layers by path ("Room/Box"),
+// everything else by its name. Building calls can be chained; asking for something that is not
+// there throws std::runtime_error. Main thread.
 #pragma once
 
 #include <string>
@@ -22,11 +23,13 @@ class SceneBuilder {
   // Hands the document over to the caller.
   host::BaseDocument* Release();
 
-  // --- Objects. A new one goes last below its parent; parents that are missing become null objects.
+  // --- Objects. A new one goes last below its parent; parents that are missing become null
+  // objects.
   SceneBuilder& Object(const std::string& path, host::LONG type = host::Onull);
   SceneBuilder& Cube(const std::string& path) { return Object(path, host::Ocube); }
   SceneBuilder& Camera(const std::string& path) { return Object(path, host::Ocamera); }
-  SceneBuilder& Modes(const std::string& path, host::LONG editor, host::LONG render, bool deform = true);
+  SceneBuilder& Modes(const std::string& path, host::LONG editor, host::LONG render,
+                      bool deform = true);
   SceneBuilder& At(const std::string& path, double x, double y, double z);
   SceneBuilder& Select(const std::string& path);
   // Makes the camera at `path` the scene camera; the empty path: none.
@@ -48,7 +51,8 @@ class SceneBuilder {
   SceneBuilder& Material(const std::string& name, const host::Vector& color = host::Vector(0.8));
   host::BaseMaterial* GetMaterial(const std::string& name) const;
   // A bitmap shader with that file, attached last to `owner` or put last below `parent`.
-  host::BaseShader* Bitmap(host::BaseList2D* owner, const std::string& file, host::BaseShader* parent = nullptr);
+  host::BaseShader* Bitmap(host::BaseList2D* owner, const std::string& file,
+                           host::BaseShader* parent = nullptr);
 
   // --- Layers, by path as objects are; missing parents become layers.
   SceneBuilder& Layer(const std::string& path, const host::LayerData& flags = {});

@@ -17,8 +17,8 @@ std::string Shape(const host::GeListNode* first) {
   for (const host::GeListNode* node = first; node; node = engine::NextInTree(node)) {
     int depth = 0;
     for (const host::GeListNode* up = node->GetUp(); up; up = up->GetUp()) ++depth;
-    text +=
-        std::string(static_cast<std::size_t>(depth), '>') + static_cast<const host::BaseList2D*>(node)->GetName().ToUtf8() + " ";
+    text += std::string(static_cast<std::size_t>(depth), '>') +
+            static_cast<const host::BaseList2D*>(node)->GetName().ToUtf8() + " ";
   }
   return text;
 }
@@ -53,10 +53,13 @@ TEST(MoveNodes, KeepsTheOrderGivenAndMakesNoCircle) {
   for (const Case& c : cases) {
     Letters scene;
     const std::string before = Shape(scene.Doc());
-    const auto named = [&](const std::string& path) { return path.empty() ? nullptr : scene.GetObject(path); };
+    const auto named = [&](const std::string& path) {
+      return path.empty() ? nullptr : scene.GetObject(path);
+    };
     std::vector<host::BaseList2D*> objects;
     for (const std::string& path : c.objects) objects.push_back(named(path));
-    EXPECT_EQ(engine::MoveNodes(scene.Doc(), objects, named(c.parent), named(c.pred)), !c.expected.empty());
+    EXPECT_EQ(engine::MoveNodes(scene.Doc(), objects, named(c.parent), named(c.pred)),
+              !c.expected.empty());
     EXPECT_EQ(Shape(scene.Doc()), c.expected.empty() ? before : c.expected);
     EXPECT_EQ(engine::UndoName(scene.Doc()), Shape(scene.Doc()) == before ? "" : "Move");
     scene.Doc().DoUndo();
@@ -65,7 +68,8 @@ TEST(MoveNodes, KeepsTheOrderGivenAndMakesNoCircle) {
   Letters scene;
   Letters other;
   EXPECT_FALSE(engine::MoveNodes(scene.Doc(), {other.GetObject("D")}, nullptr, nullptr));
-  EXPECT_FALSE(engine::MoveNodes(scene.Doc(), {scene.GetObject("D")}, other.GetObject("A"), nullptr));
+  EXPECT_FALSE(
+      engine::MoveNodes(scene.Doc(), {scene.GetObject("D")}, other.GetObject("A"), nullptr));
   EXPECT_FALSE(engine::MoveNodes(scene.Doc(), {nullptr}, nullptr, nullptr));
 }
 
@@ -75,7 +79,8 @@ TEST(MoveNodes, MovesLayersAndKeepsWhatIsOnThem) {
   const auto shape = [&] { return Shape(scene.Doc().GetLayerObjectRoot()->GetFirst()); };
   host::LayerObject* b = scene.GetLayer("A/B");
   host::LayerObject* c = scene.GetLayer("C");
-  EXPECT_FALSE(engine::MoveNodes(scene.Doc(), {c, scene.GetObject("Cube")}, nullptr, nullptr)) << "of two kinds";
+  EXPECT_FALSE(engine::MoveNodes(scene.Doc(), {c, scene.GetObject("Cube")}, nullptr, nullptr))
+      << "of two kinds";
   EXPECT_FALSE(engine::MoveNodes(scene.Doc(), {b}, scene.GetObject("Cube"), nullptr));
   EXPECT_FALSE(engine::MoveNodes(scene.Doc(), {b->GetUp()}, b, nullptr));
   EXPECT_TRUE(engine::MoveNodes(scene.Doc(), {b}, nullptr, c));
@@ -129,9 +134,11 @@ TEST(MoveNodes, NothingMovesInTheWorld) {
   const auto moves = [&](const char* path, const char* parent) {
     BaseObject* object = scene.GetObject(path);
     const host::Matrix before = object->GetMg();
-    EXPECT_TRUE(engine::MoveNodes(scene.Doc(), {object}, parent ? scene.GetObject(parent) : nullptr, nullptr));
+    EXPECT_TRUE(engine::MoveNodes(scene.Doc(), {object}, parent ? scene.GetObject(parent) : nullptr,
+                                  nullptr));
     const host::Matrix after = object->GetMg();
-    for (const auto& [a, b] : {std::pair{before.off, after.off}, {before.v1, after.v1}, {before.v2, after.v2}}) {
+    for (const auto& [a, b] :
+         {std::pair{before.off, after.off}, {before.v1, after.v1}, {before.v2, after.v2}}) {
       EXPECT_NEAR(a.x, b.x, 1e-9);
       EXPECT_NEAR(a.y, b.y, 1e-9);
       EXPECT_NEAR(a.z, b.z, 1e-9);
@@ -144,7 +151,8 @@ TEST(MoveNodes, NothingMovesInTheWorld) {
   turned.v3 = {};
   scene.GetObject("A")->SetMl(turned);
   scene.At("D", 7, 8, 9);
-  EXPECT_TRUE(engine::MoveNodes(scene.Doc(), {scene.GetObject("D")}, scene.GetObject("A"), nullptr));
+  EXPECT_TRUE(
+      engine::MoveNodes(scene.Doc(), {scene.GetObject("D")}, scene.GetObject("A"), nullptr));
   EXPECT_EQ(scene.GetObject("A/D")->GetMl().off.x, 7);
 }
 
@@ -152,7 +160,8 @@ TEST(MoveNodes, KeepsTheSelectionAndTheActiveOne) {
   Letters scene;
   scene.Select("A/B").Select("D");
   scene.Doc().SetActiveObject(scene.GetObject("A/B"), host::SELECTION_ADD);
-  EXPECT_TRUE(engine::MoveNodes(scene.Doc(), {scene.GetObject("A/B"), scene.GetObject("D")}, scene.GetObject("E"), nullptr));
+  EXPECT_TRUE(engine::MoveNodes(scene.Doc(), {scene.GetObject("A/B"), scene.GetObject("D")},
+                                scene.GetObject("E"), nullptr));
   EXPECT_EQ(scene.Doc().GetActiveObject(), scene.GetObject("E/B"));
   EXPECT_TRUE(scene.GetObject("E/D")->GetBit(host::BIT_ACTIVE));
 }

@@ -18,12 +18,19 @@ constexpr host::LONG kStyle = 1011012;
 struct Scene : SceneBuilder {
   Scene() {
     Camera("Cam").Cube("Box").Cube("Ball").Material("Red").Material("Blue").Layer("L");
-    Settings("HD").Post("HD", 1).Settings("Other").Texture("Box", "Red").Tag("Box", kStyle).Active("HD");
+    Settings("HD")
+        .Post("HD", 1)
+        .Settings("Other")
+        .Texture("Box", "Red")
+        .Tag("Box", kStyle)
+        .Active("HD");
     GetTag("Box", kStyle)->SetName(host::String("Style"));
   }
   void Changing(void* element) const { Doc().AddUndo(host::UNDO_CHANGE, element); }
   BaseContainer& Style() const { return *GetTag("Box", kStyle)->GetDataInstance(); }
-  host::TextureTag& Paint() const { return *static_cast<host::TextureTag*>(GetTag("Box", host::Ttexture)); }
+  host::TextureTag& Paint() const {
+    return *static_cast<host::TextureTag*>(GetTag("Box", host::Ttexture));
+  }
 };
 
 std::string Joined(const std::vector<std::string>& lines) {
@@ -32,10 +39,12 @@ std::string Joined(const std::vector<std::string>& lines) {
   return text;
 }
 
-// Counts of objects, tags, layers, settings and others, "A" for other active settings, "C" for another camera.
+// Counts of objects, tags, layers, settings and others, "A" for other active settings, "C" for
+// another camera.
 std::string Summary(const engine::StepDifference& d) {
   std::string text;
-  for (const std::size_t count : {d.objects, d.tags, d.layers, d.renderSettings, d.others}) text += std::to_string(count);
+  for (const std::size_t count : {d.objects, d.tags, d.layers, d.renderSettings, d.others})
+    text += std::to_string(count);
   return text + (d.activeSettings ? "A" : "") + (d.sceneCamera ? "C" : "");
 }
 
@@ -50,7 +59,8 @@ const Case kCases[] = {
     {"nothing", [](Scene&) {}, "00000", ""},
     {"registered and left alone",
      [](Scene& s) {
-       for (void* element : std::initializer_list<void*>{s.GetObject("Box"), &s.Paint(), s.GetLayer("L"), s.GetSettings("HD")})
+       for (void* element : std::initializer_list<void*>{s.GetObject("Box"), &s.Paint(),
+                                                         s.GetLayer("L"), s.GetSettings("HD")})
          s.Changing(element);
      },
      "00000", ""},
@@ -73,10 +83,12 @@ const Case kCases[] = {
      [](Scene& s) {
        s.Changing(s.GetObject("Ball"));
        s.Changing(s.GetObject("Box"));
-       s.Modes("Ball", host::MODE_OFF, host::MODE_ON, false).Modes("Box", host::MODE_UNDEF, host::MODE_OFF);
+       s.Modes("Ball", host::MODE_OFF, host::MODE_ON, false)
+           .Modes("Box", host::MODE_UNDEF, host::MODE_OFF);
      },
      "20000",
-     "object \"Ball\" editor default -> off\nobject \"Ball\" render default -> on\nobject \"Ball\" deform on -> off\n"
+     "object \"Ball\" editor default -> off\nobject \"Ball\" render default -> on\nobject \"Ball\" "
+     "deform on -> off\n"
      "object \"Box\" render default -> off\n"},
     {"tags",
      [](Scene& s) {
@@ -87,7 +99,8 @@ const Case kCases[] = {
        s.Style().SetLink(8, s.GetObject("Ball"));
      },
      "02000",
-     "tag \"Texture\" of \"Box\" material \"Red\" -> \"Blue\"\ntag \"Style\" of \"Box\" 7 nothing -> real 0.5\n"
+     "tag \"Texture\" of \"Box\" material \"Red\" -> \"Blue\"\ntag \"Style\" of \"Box\" 7 nothing "
+     "-> real 0.5\n"
      "tag \"Style\" of \"Box\" 8 nothing -> link \"Ball\"\n"},
     {"a layer",
      [](Scene& s) {
@@ -103,8 +116,11 @@ const Case kCases[] = {
        s.GetSettings("HD")->GetFirstVideoPost()->SetBit(host::BIT_DISABLED);
        s.Doc().SetActiveRenderData(s.GetSettings("Other"));
      },
-     "00010A", "render settings \"HD\" effects and passes as they were -> others\nactive render settings \"HD\" -> \"Other\"\n"},
-    {"the camera", [](Scene& s) { s.LookThrough("Cam"); }, "00000C", "scene camera none -> \"Cam\"\n"},
+     "00010A",
+     "render settings \"HD\" effects and passes as they were -> others\nactive render settings "
+     "\"HD\" -> \"Other\"\n"},
+    {"the camera", [](Scene& s) { s.LookThrough("Cam"); }, "00000C",
+     "scene camera none -> \"Cam\"\n"},
 };
 
 TEST(StepDifference, SaysWhatIsNotAsItWas) {

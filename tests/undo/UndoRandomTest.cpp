@@ -1,4 +1,5 @@
-// Random operations, undone to the start and done again to the end, each step compared with the dump it had.
+// Random operations, undone to the start and done again to the end, each step compared with the
+// dump it had.
 #include <gtest/gtest.h>
 
 #include "engine/scene/Nodes.h"
@@ -26,14 +27,18 @@ class RandomEdits {
   }
 
  private:
-  unsigned Random(unsigned bound) { return (seed_ = seed_ * 1664525u + 1013904223u) / 65536u % bound; }
+  unsigned Random(unsigned bound) {
+    return (seed_ = seed_ * 1664525u + 1013904223u) / 65536u % bound;
+  }
 
   // Any element of the document but itself and what is fixed in expressions.
   BaseList2D* Any() {
     std::vector<BaseList2D*> all;
-    for (GeListNode* node = engine::NextInside(doc_, doc_); node; node = engine::NextInside(*node, doc_)) {
+    for (GeListNode* node = engine::NextInside(doc_, doc_); node;
+         node = engine::NextInside(*node, doc_)) {
       const engine::NodeKind kind = engine::KindOf(*node);
-      if (kind != engine::NodeKind::NodeMaster && kind != engine::NodeKind::Node) all.push_back(static_cast<BaseList2D*>(node));
+      if (kind != engine::NodeKind::NodeMaster && kind != engine::NodeKind::Node)
+        all.push_back(static_cast<BaseList2D*>(node));
     }
     return all[Random(static_cast<unsigned>(all.size()))];
   }
@@ -71,7 +76,8 @@ class RandomEdits {
   void MakeObject() {
     BaseObject* object = BaseObject::Alloc(Random(2) ? host::Ocube : host::Ocamera);
     BaseObject* parent = Random(2) ? AnyObject() : nullptr;
-    doc_.InsertObject(object, parent, parent ? static_cast<BaseObject*>(parent->GetDownLast()) : nullptr);
+    doc_.InsertObject(object, parent,
+                      parent ? static_cast<BaseObject*>(parent->GetDownLast()) : nullptr);
     Made(object);
   }
 
@@ -86,7 +92,8 @@ class RandomEdits {
 
   void MakeTag() {
     const host::LONG types[] = {host::Ttexture, host::Tcompositing, host::Texpresso, 1021738};
-    if (BaseObject* object = AnyObject()) Made(object->MakeTag(types[Random(4)], object->GetFirstTag()));
+    if (BaseObject* object = AnyObject())
+      Made(object->MakeTag(types[Random(4)], object->GetFirstTag()));
   }
 
   void MakeRoot() {
@@ -120,7 +127,8 @@ class RandomEdits {
       frame.off.x = Random(10);
       object->SetMl(frame);
     }
-    if (host::TextureTag* tag = engine::AsTextureTag(node)) tag->SetMaterial(doc_.GetFirstMaterial());
+    if (host::TextureTag* tag = engine::AsTextureTag(node))
+      tag->SetMaterial(doc_.GetFirstMaterial());
   }
 
   void Delete(BaseList2D* node) {
@@ -145,7 +153,14 @@ class UndoRandom : public testing::TestWithParam<unsigned> {};
 
 TEST_P(UndoRandom, GoesBackToTheStartAndForwardToTheEnd) {
   tests::SceneBuilder scene;
-  scene.Object("A/B").Object("A/C").Object("D").Material("M").Layer("L/K").Settings("S").Post("S", 5).Pass("S", 6, false);
+  scene.Object("A/B")
+      .Object("A/C")
+      .Object("D")
+      .Material("M")
+      .Layer("L/K")
+      .Settings("S")
+      .Post("S", 5)
+      .Pass("S", 6, false);
   scene.Texture("A/B", "M").Expression("D");
   BaseDocument& doc = scene.Doc();
   RandomEdits edits(doc, GetParam());
@@ -158,12 +173,16 @@ TEST_P(UndoRandom, GoesBackToTheStartAndForwardToTheEnd) {
     std::size_t at = dumps.size() - 1;
     while (doc.DoUndo()) {
       if (engine::DumpDocument(doc) != dumps[at]) --at;
-      ASSERT_EQ(engine::DumpDifference(dumps[at], engine::DumpDocument(doc)), std::vector<std::string>()) << at;
+      ASSERT_EQ(engine::DumpDifference(dumps[at], engine::DumpDocument(doc)),
+                std::vector<std::string>())
+          << at;
     }
     EXPECT_EQ(at, 0u);
     while (doc.DoRedo()) {
       if (engine::DumpDocument(doc) != dumps[at]) ++at;
-      ASSERT_EQ(engine::DumpDifference(dumps[at], engine::DumpDocument(doc)), std::vector<std::string>()) << at;
+      ASSERT_EQ(engine::DumpDifference(dumps[at], engine::DumpDocument(doc)),
+                std::vector<std::string>())
+          << at;
     }
     EXPECT_EQ(at, dumps.size() - 1);
   }

@@ -23,12 +23,26 @@ const std::vector<std::string> kSame;
 
 struct Scene : SceneBuilder {
   Scene() {
-    Camera("Room/Cam").Cube("Room/Box").Cube("Room/Ball").Object("Out").Material("Red").Material("Blue").Material("Green");
-    Layer("L").Settings("HD").Post("HD", 1, false).Post("HD", 2).Pass("HD", 3).Settings("Other").Post("Other", 9);
+    Camera("Room/Cam")
+        .Cube("Room/Box")
+        .Cube("Room/Ball")
+        .Object("Out")
+        .Material("Red")
+        .Material("Blue")
+        .Material("Green");
+    Layer("L")
+        .Settings("HD")
+        .Post("HD", 1, false)
+        .Post("HD", 2)
+        .Pass("HD", 3)
+        .Settings("Other")
+        .Post("Other", 9);
     Texture("Room/Box", "Red").Tag("Room/Box", host::Tcompositing).Select("Out").Active("HD");
   }
   std::string Dump() const { return engine::DumpDocument(Doc()); }
-  host::TextureTag* Paint() const { return static_cast<host::TextureTag*>(GetTag("Room/Box", host::Ttexture)); }
+  host::TextureTag* Paint() const {
+    return static_cast<host::TextureTag*>(GetTag("Room/Box", host::Ttexture));
+  }
   bool Changing(void* element) const { return Doc().AddUndo(host::UNDO_CHANGE, element); }
   bool Deleting(void* element) const { return Doc().AddUndo(host::UNDO_DELETE, element); }
 };
@@ -59,7 +73,10 @@ struct Case {
 
 void ChangeObject(Scene& s) {
   s.Changing(s.GetObject("Room/Box"));
-  s.Modes("Room/Box", host::MODE_OFF, host::MODE_ON, false).At("Room/Box", 1, 2, 3).OnLayer("Room/Box", "L").Select("Room/Box");
+  s.Modes("Room/Box", host::MODE_OFF, host::MODE_ON, false)
+      .At("Room/Box", 1, 2, 3)
+      .OnLayer("Room/Box", "L")
+      .Select("Room/Box");
   s.GetObject("Room/Box")->GetDataInstance()->SetLong(1, 1);
   s.GetObject("Room/Box")->SetName("Crate");
 }
@@ -122,7 +139,8 @@ void ChangeThenDelete(Scene& s) {
 }
 
 void DeleteAllSettings(Scene& s) {
-  while (s.Doc().GetFirstRenderData()->GetName() != "Render Settings" || s.Doc().GetFirstRenderData()->GetNext()) {
+  while (s.Doc().GetFirstRenderData()->GetName() != "Render Settings" ||
+         s.Doc().GetFirstRenderData()->GetNext()) {
     RenderData* settings = s.Doc().GetActiveRenderData();
     settings->SetName("old");
     s.Deleting(settings);
@@ -138,7 +156,8 @@ void MoveInAndOut(Scene& s) {
   BaseObject* out = s.GetObject("Out");
   EXPECT_TRUE(engine::MoveNodes(s.Doc(), {ball, box}, nullptr, out));
   EXPECT_TRUE(engine::MoveNodes(s.Doc(), {s.GetObject("Room"), out}, ball, nullptr));
-  EXPECT_TRUE(engine::MoveNodes(s.Doc(), {box}, s.GetObject("Ball/Room"), s.GetObject("Ball/Room/Cam")));
+  EXPECT_TRUE(
+      engine::MoveNodes(s.Doc(), {box}, s.GetObject("Ball/Room"), s.GetObject("Ball/Room/Cam")));
 }
 
 TEST(Undo, TakesBackAndDoesAgain) {
@@ -211,7 +230,8 @@ TEST(Undo, BringsBackTheSameElementAndItsLinks) {
   scene.Doc().DoUndo();
   EXPECT_EQ(links.GetLink(1, &scene.Doc()), box);
   EXPECT_EQ(links.GetLink(2, &scene.Doc()), tag);
-  EXPECT_EQ(scene.Doc().GetRenderBaseDraw()->GetSceneCamera(&scene.Doc()), scene.GetObject("Room/Cam"));
+  EXPECT_EQ(scene.Doc().GetRenderBaseDraw()->GetSceneCamera(&scene.Doc()),
+            scene.GetObject("Room/Cam"));
 }
 
 TEST(Undo, GroupsGiveBackTheFrameRate) {
@@ -339,7 +359,7 @@ TEST(Undo, SkipsWhatWasDestroyedWithoutIt) {
   EXPECT_EQ(scene.GetObject("In")->GetName(), "In");
 }
 
-TEST(Undo, FindsAPlaceAmongNeighboursThatMoved) {
+TEST(Undo, FindsAPlaceAmongNeighborsThatMoved) {
   SceneBuilder scene;
   BaseDocument& doc = scene.Doc();
   scene.Object("A").Object("B").Object("C").Object("D");
@@ -373,7 +393,8 @@ std::string NamesOf(const std::vector<std::string>& names) {
 
 TEST(Undo, NamesAllSteps) {
   Scene scene;
-  EXPECT_EQ(NamesOf(engine::DoneNames(scene.Doc())) + NamesOf(engine::UndoneNames(scene.Doc())), "");
+  EXPECT_EQ(NamesOf(engine::DoneNames(scene.Doc())) + NamesOf(engine::UndoneNames(scene.Doc())),
+            "");
   for (const char* name : {"one", "two", "three"}) {
     const engine::UndoScope scope(scene.Doc(), name);
     scene.Changing(scene.GetObject("Out"));
@@ -404,11 +425,11 @@ TEST(Undo, StepsAreLimited) {
   EXPECT_FALSE(engine::CanRedo(scene.Doc()));
 }
 
-TEST(Undo, ACancelledScopeLeavesNothing) {
+TEST(Undo, ACanceledScopeLeavesNothing) {
   Scene scene;
   const std::string before = scene.Dump();
   {
-    engine::UndoScope scope(scene.Doc(), "cancelled");
+    engine::UndoScope scope(scene.Doc(), "canceled");
     ChangeObject(scene);
     DeleteMaterials(scene);
     scene.LookThrough("Room/Cam");

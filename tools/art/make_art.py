@@ -49,10 +49,10 @@ def turned(x, y, angle):
 class Stage:
     """The scene in units of the large picture: 160 wide, 120 high, y downwards."""
 
-    def __init__(self, lamp, centre, radii, horizon, arm, tape, corners, lamp_size):
-        self.lamp, self.centre, self.radii, self.horizon = lamp, centre, radii, horizon
+    def __init__(self, lamp, center, radii, horizon, arm, tape, corners, lamp_size):
+        self.lamp, self.center, self.radii, self.horizon = lamp, center, radii, horizon
         self.arm, self.tape, self.corners, self.lamp_size = arm, tape, corners, lamp_size
-        self.angle = math.atan2(centre[1] - lamp[1], centre[0] - lamp[0])
+        self.angle = math.atan2(center[1] - lamp[1], center[0] - lamp[0])
 
     def room(self, y):
         if y < self.horizon:
@@ -61,29 +61,29 @@ class Stage:
 
     def pool(self, x, y):
         """How much light falls on the floor here, 0..1."""
-        u, v = (x - self.centre[0]) / self.radii[0], (y - self.centre[1]) / self.radii[1]
+        u, v = (x - self.center[0]) / self.radii[0], (y - self.center[1]) / self.radii[1]
         r = math.hypot(u, v)
         return (1 - smooth(0.80, 1.08, r)) * (1 - 0.30 * min(r, 1) ** 2)
 
     def beam(self, x, y):
         """How bright the lit air is here, 0..1: a cone from the lamp to the widest line of the pool."""
-        t = (y - self.lamp[1]) / (self.centre[1] - self.lamp[1])
+        t = (y - self.lamp[1]) / (self.center[1] - self.lamp[1])
         if t <= 0:
             return 0.0
         if t > 1:
             # In front of that line the cone ends with the rim of the pool.
-            t, y = 1.0, self.centre[1] - (y - self.centre[1])
+            t, y = 1.0, self.center[1] - (y - self.center[1])
             if self.pool(x, y) == 0:
                 return 0.0
-        middle = self.lamp[0] + (self.centre[0] - self.lamp[0]) * t
+        middle = self.lamp[0] + (self.center[0] - self.lamp[0]) * t
         half = self.lamp_size * 0.6 + (self.radii[0] * 1.04 - self.lamp_size * 0.6) * t
         rim = 1 - smooth(0.62, 1.0, abs(x - middle) / half)
         return rim * (0.62 - 0.50 * t)
 
     def cross(self, x, y):
         """Which strip of tape lies here: 0 none, 1 the lower, 2 the upper one."""
-        u = (x - self.centre[0]) / self.radii[0]
-        v = (y - self.centre[1]) / self.radii[1]
+        u = (x - self.center[0]) / self.radii[0]
+        v = (y - self.center[1]) / self.radii[1]
         a, b = (u + v) / math.sqrt(2), (u - v) / math.sqrt(2)
         if box(a, b, self.arm, self.tape, 0.02) < 0:
             return 2
@@ -94,14 +94,14 @@ class Stage:
         size = self.lamp_size
         px, py = turned(x - self.lamp[0], y - self.lamp[1], self.angle)
         glow = math.exp(-((px - size * 0.7) ** 2 + py * py) / (size * size * 1.3))
-        colour = tuple(c + l * glow * 0.30 for c, l in zip(below, LIGHT))
+        color = tuple(c + l * glow * 0.30 for c, l in zip(below, LIGHT))
         if box(x - self.lamp[0], y - self.lamp[1] + size * 0.9, size * 0.17, size * 0.9, size * 0.1) < 0:
-            colour = STEEL_DARK
+            color = STEEL_DARK
         if box(px + size * 0.35, py, size * 0.85, size * 0.62, size * 0.26) < 0:
-            colour = mix(STEEL, STEEL_DARK, smooth(-0.6, 0.6, py / size))
+            color = mix(STEEL, STEEL_DARK, smooth(-0.6, 0.6, py / size))
         if box(px - size * 0.62, py, size * 0.2, size * 0.78, size * 0.14) < 0:
-            colour = mix(LIGHT, STEEL, 0.12)
-        return colour
+            color = mix(LIGHT, STEEL, 0.12)
+        return color
 
     def corner(self, x, y):
         if not self.corners:
@@ -111,19 +111,19 @@ class Stage:
         inside = -thick < dx and -thick < dy and (dx < arm and dy < arm)
         return inside and (dx < thick or dy < thick)
 
-    def colour(self, x, y):
-        colour = self.room(y)
+    def color(self, x, y):
+        color = self.room(y)
         pool = self.pool(x, y)
         if y >= self.horizon - 1:
-            colour = tuple(c + l * 0.34 * pool for c, l in zip(colour, LIGHT))
+            color = tuple(c + l * 0.34 * pool for c, l in zip(color, LIGHT))
         strip = self.cross(x, y)
         if strip:
             tape = TAPE if strip == 2 else TAPE_DARK
-            colour = tuple(c * (0.28 + 0.80 * pool) for c in tape)
+            color = tuple(c * (0.28 + 0.80 * pool) for c in tape)
         beam = self.beam(x, y) * (0.45 if strip else 1)
-        colour = tuple(c + l * 0.30 * beam for c, l in zip(colour, LIGHT))
-        colour = self.fixture(x, y, colour)
-        return mix(colour, CORNERS, 0.8) if self.corner(x, y) else colour
+        color = tuple(c + l * 0.30 * beam for c, l in zip(color, LIGHT))
+        color = self.fixture(x, y, color)
+        return mix(color, CORNERS, 0.8) if self.corner(x, y) else color
 
 
 def encoded(value):
@@ -144,7 +144,7 @@ def render(stage, width, height, area):
                 for sx in range(SAMPLES):
                     x = left + (i + (sx + 0.5) / SAMPLES) / width * (right - left)
                     y = top + (j + (sy + 0.5) / SAMPLES) / height * (bottom - top)
-                    total = [t + c for t, c in zip(total, stage.colour(x, y))]
+                    total = [t + c for t, c in zip(total, stage.color(x, y))]
             # A grain of less than one step keeps the slow gradients free of bands.
             grain = ((i * 1973 + j * 9277 + i * j * 26699) % 251 / 251 - 0.5) * 0.0012
             row += bytes(encoded(t / SAMPLES**2 + grain) for t in total)
@@ -177,9 +177,9 @@ def png(width, height, rows):
     return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(raw, 9)) + chunk(b"IEND", b"")
 
 
-WIDE = Stage(lamp=(112, 25), centre=(74, 86), radii=(43, 18), horizon=62, arm=0.66, tape=0.125, corners=True, lamp_size=7.5)
+WIDE = Stage(lamp=(112, 25), center=(74, 86), radii=(43, 18), horizon=62, arm=0.66, tape=0.125, corners=True, lamp_size=7.5)
 # The icon shows the same in few, large forms.
-CLOSE = Stage(lamp=(110, 20), centre=(78, 84), radii=(54, 29), horizon=50, arm=0.76, tape=0.17, corners=False, lamp_size=13)
+CLOSE = Stage(lamp=(110, 20), center=(78, 84), radii=(54, 29), horizon=50, arm=0.76, tape=0.17, corners=False, lamp_size=13)
 
 PICTURES = {
     "default_image": (WIDE, 160, 120, (0, 0, 160, 120)),

@@ -20,7 +20,8 @@ bool IsListed(int level) { return level <= 2; }
 void PlaceHeadings(const QTextDocument& document, std::vector<SetHeading>& headings) {
   const double height = document.pageSize().height();
   for (SetHeading& heading : headings) {
-    const QRectF box = document.documentLayout()->blockBoundingRect(document.findBlock(heading.position));
+    const QRectF box =
+        document.documentLayout()->blockBoundingRect(document.findBlock(heading.position));
     heading.page = static_cast<int>(box.top() / height);
     heading.top = box.top() - heading.page * height;
   }
@@ -36,7 +37,8 @@ Contents::Contents(QTextCursor& cursor, const std::vector<Piece>& pieces, double
   cursor.setBlockFormat(heading);
   cursor.insertText(QStringLiteral("Contents"), HeadingText(1));
   if (listed.empty()) return;
-  table_ = InsertPlainTable(cursor, static_cast<int>(listed.size()), {width - kNumberWidth, kNumberWidth});
+  table_ = InsertPlainTable(cursor, static_cast<int>(listed.size()),
+                            {width - kNumberWidth, kNumberWidth});
   for (int row = 0; row < table_->rows(); ++row) WriteRow(row, *listed[row]);
 }
 
@@ -57,7 +59,8 @@ void Contents::WriteRow(int row, const Piece& piece) {
   }
 }
 
-// A number takes the place of a zero in the same type. The title page comes before the document, and pages count from 1.
+// A number takes the place of a zero in the same type. The title page comes before the document,
+// and pages count from 1.
 void Contents::Number(const std::vector<SetHeading>& headings) {
   int row = 0;
   for (const SetHeading& heading : headings) {

@@ -1,4 +1,5 @@
-// The contents page, and the headings that it lists. It owns nothing: the table belongs to the document.
+// The contents page, and the headings that it lists. It owns nothing: the table belongs to the
+// document.
 #pragma once
 
 #include <QString>

@@ -19,10 +19,10 @@ QFont Font(const char* family, double size, bool bold) {
   return font;
 }
 
-QTextCharFormat Text(const QFont& font, const QColor& colour) {
+QTextCharFormat Text(const QFont& font, const QColor& color) {
   QTextCharFormat format;
   format.setFont(font);
-  format.setForeground(colour);
+  format.setForeground(color);
   return format;
 }
 
@@ -57,8 +57,12 @@ QTextCharFormat HeadingText(int level) {
 }
 
 QTextCharFormat CaptionText() { return Text(Sans(8), kQuiet); }
-QTextCharFormat CellText(bool header) { return header ? Text(Sans(8.2, true), kAccent) : Text(Sans(8.4), kInk); }
-QTextCharFormat ContentsText(bool chapter) { return Text(Sans(chapter ? 9.6 : 8.8, chapter), chapter ? kAccent : kInk); }
+QTextCharFormat CellText(bool header) {
+  return header ? Text(Sans(8.2, true), kAccent) : Text(Sans(8.4), kInk);
+}
+QTextCharFormat ContentsText(bool chapter) {
+  return Text(Sans(chapter ? 9.6 : 8.8, chapter), chapter ? kAccent : kInk);
+}
 QTextCharFormat CodeText() { return Text(Mono(8.2), kInk); }
 
 QTextBlockFormat BodyBlock() { return Block(0, 7.5, 122); }

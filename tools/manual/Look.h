@@ -1,5 +1,5 @@
-// The look of the printed manual: fonts, colours and measures, each written once. Lengths are units of the layout, 96 to the
-// inch; `Points` makes them from printer's points.
+// The look of the printed manual: fonts, colors and measures, each written once. Lengths are units
+// of the layout, 96 to the inch; `Points` makes them from printer's points.
 #pragma once
 
 #include <QColor>
@@ -21,13 +21,16 @@ inline const QColor kRule(0xc9, 0xce, 0xd4);
 inline const QColor kPanel(0xf3, 0xf5, 0xf7);
 inline const QColor kNote(0xee, 0xf4, 0xfa);
 
-inline const QMarginsF kPageMargins(Points(74), Points(78), Points(74), Points(72));  // left, top, right, bottom
+// Left, top, right, bottom
+inline const QMarginsF kPageMargins(Points(74), Points(78), Points(74), Points(72));
 inline constexpr double kHeaderHeight = Points(48);
 inline constexpr double kFooterHeight = Points(44);
-inline constexpr double kTallestPicture = 0.46;       // of the page's height
-inline constexpr double kLargestPictureScale = 0.75;  // of a picture's pixels: 128 to the inch at least
+inline constexpr double kTallestPicture = 0.46;  // of the page's height
+// Of a picture's pixels: 128 to the inch at least
+inline constexpr double kLargestPictureScale = 0.75;
 
-// Fonts, sizes in points. They are of one family, which the system must have; `MissingFonts` names those it lacks.
+// Fonts, sizes in points. They are of one family, which the system must have; `MissingFonts` names
+// those it lacks.
 QFont Serif(double size, bool bold = false);
 QFont Sans(double size, bool bold = false);
 QFont Mono(double size);

@@ -37,7 +37,8 @@ TitlePage TakeTitle(std::vector<Piece>& pieces, const QDir& folder, const QStrin
 std::vector<Destination> PlacesOf(const Setting& setting) {
   std::vector<Destination> places;
   for (const SetHeading& heading : setting.Headings()) {
-    places.push_back({heading.text, heading.anchor, heading.level, heading.page + 1, heading.top * 72 / kUnitsPerInch});
+    places.push_back({heading.text, heading.anchor, heading.level, heading.page + 1,
+                      heading.top * 72 / kUnitsPerInch});
   }
   return places;
 }
@@ -46,7 +47,8 @@ std::vector<Destination> PlacesOf(const Setting& setting) {
 
 MadeManual MakeManual(const QString& markdown, const QString& folder, const QString& version) {
   if (const QStringList missing = MissingFonts(); !missing.isEmpty()) {
-    return {{}, QStringLiteral("The fonts %1 are missing.").arg(missing.join(QStringLiteral(", ")))};
+    return {{},
+            QStringLiteral("The fonts %1 are missing.").arg(missing.join(QStringLiteral(", ")))};
   }
   std::vector<Piece> pieces = ReadManuscript(markdown);
   const TitlePage title = TakeTitle(pieces, QDir(folder), version);
@@ -62,7 +64,8 @@ MadeManual MakeManual(const QString& markdown, const QString& folder, const QStr
   }
   const Setting setting(pieces, folder, writer);
   if (!setting.Problem().isEmpty()) return {{}, setting.Problem()};
-  if (!DrawPages(writer, title, setting)) return {{}, QStringLiteral("The pages could not be drawn.")};
+  if (!DrawPages(writer, title, setting))
+    return {{}, QStringLiteral("The pages could not be drawn.")};
 
   std::optional<PdfFile> pdf = PdfFile::Read(buffer.data());
   const std::vector<Destination> places = PlacesOf(setting);

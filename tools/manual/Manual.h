@@ -1,4 +1,5 @@
-// The manual as a whole: a manuscript in Markdown made into the bytes of a PDF file. It owns nothing. Needs a QGuiApplication.
+// The manual as a whole: a manuscript in Markdown made into the bytes of a PDF file. It owns
+// nothing. Needs a QGuiApplication.
 #pragma once
 
 #include <QByteArray>
@@ -11,8 +12,9 @@ struct MadeManual {
   QString problem;  // then: why, for a person
 };
 
-// Sets `markdown`. The first heading is the title; the paragraphs and the picture before the second one are the title page's, and
-// `version` takes the place of "{version}" there. Pictures are looked for below `folder`. The same text gives the same bytes.
+// Sets `markdown`. The first heading is the title; the paragraphs and the picture before the second
+// one are the title page's, and `version` takes the place of "{version}" there. Pictures are looked
+// for below `folder`. The same text gives the same bytes.
 MadeManual MakeManual(const QString& markdown, const QString& folder, const QString& version);
 
 }  // namespace manual

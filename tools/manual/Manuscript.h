@@ -1,5 +1,6 @@
-// Manuscript: the Markdown text of the manual, read once and handed out piece by piece: headings, paragraphs, list entries,
-// notes, code, tables and figures, in order. It owns everything that it hands out. One thread.
+// Manuscript: the Markdown text of the manual, read once and handed out piece by piece: headings,
+// paragraphs, list entries, notes, code, tables and figures, in order. It owns everything that it
+// hands out. One thread.
 #pragma once
 
 #include <QString>
@@ -27,7 +28,8 @@ struct Piece {
   Line line;                             // of a heading, paragraph, list entry or note
   QStringList code;                      // the lines of a code block
   std::vector<std::vector<Line>> cells;  // of a table by row; the first row is its head
-  QString picture;                       // file of a figure, as written; its caption is the text of `line`
+  // File of a figure, as written; its caption is the text of `line`
+  QString picture;
 };
 
 // Reads a Markdown text. Nothing in it is an error: what Markdown does not know is plain text.

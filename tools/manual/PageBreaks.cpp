@@ -15,8 +15,8 @@ namespace {
 std::vector<int> PagesOf(const QTextDocument& document, const SetItem& item) {
   std::vector<int> pages;
   const double height = document.pageSize().height();
-  for (QTextBlock block = document.findBlock(item.first); block.isValid() && block.position() <= item.last;
-       block = block.next()) {
+  for (QTextBlock block = document.findBlock(item.first);
+       block.isValid() && block.position() <= item.last; block = block.next()) {
     const double top = document.documentLayout()->blockBoundingRect(block).top();
     for (int line = 0; line < block.layout()->lineCount(); ++line) {
       pages.push_back(static_cast<int>((top + block.layout()->lineAt(line).y() + 1) / height));
@@ -26,14 +26,16 @@ std::vector<int> PagesOf(const QTextDocument& document, const SetItem& item) {
   return pages;
 }
 
-// A table breaks between its rows and shows its head again, unless only these few, its head among them, would stand before.
+// A table breaks between its rows and shows its head again, unless only these few, its head among
+// them, would stand before.
 constexpr int kFewRows = 5;
 
 int RowsOnFirstPage(const QTextDocument& document, const SetItem& item) {
   const auto& table = static_cast<const QTextTable&>(*item.frame);
   const auto page = [&](int row) {
     const QTextBlock block = table.cellAt(row, 0).firstCursorPosition().block();
-    return static_cast<int>((document.documentLayout()->blockBoundingRect(block).top() + 1) / document.pageSize().height());
+    return static_cast<int>((document.documentLayout()->blockBoundingRect(block).top() + 1) /
+                            document.pageSize().height());
   };
   int rows = 1;
   while (rows < table.rows() && page(rows) == page(0)) ++rows;
@@ -45,7 +47,8 @@ bool IsTorn(const QTextDocument& document, const std::vector<SetItem>& items, st
   const bool split = pages.front() != pages.back();
   switch (items[index].kind) {
     case Kind::Heading:
-      return index + 1 < items.size() && pages.front() != PagesOf(document, items[index + 1]).front();
+      return index + 1 < items.size() &&
+             pages.front() != PagesOf(document, items[index + 1]).front();
     case Kind::Note:
     case Kind::Code:
     case Kind::Figure:
@@ -57,7 +60,8 @@ bool IsTorn(const QTextDocument& document, const std::vector<SetItem>& items, st
   }
 }
 
-// What goes to the next page with an item: the headings before it, and the paragraph that leads to a panel or picture.
+// What goes to the next page with an item: the headings before it, and the paragraph that leads to
+// a panel or picture.
 std::size_t FirstToMove(const std::vector<SetItem>& items, std::size_t index) {
   if (items[index].frame && index > 0 && items[index - 1].kind == Kind::Paragraph) --index;
   while (index > 0 && items[index - 1].kind == Kind::Heading) --index;

@@ -1,5 +1,5 @@
-// Where pages end: a heading stays with its text, a note, a tree and a picture stay whole, and no line of a paragraph is left
-// alone on a page.
+// Where pages end: a heading stays with its text, a note, a tree and a picture stay whole, and no
+// line of a paragraph is left alone on a page.
 #pragma once
 
 #include <QTextDocument>
@@ -18,7 +18,8 @@ struct SetItem {
   QTextFrame* frame = nullptr;  // of a table, note or code; owned by the document
 };
 
-// Begins new pages before items that would be torn otherwise. `items` are in the order of the document.
+// Begins new pages before items that would be torn otherwise. `items` are in the order of the
+// document.
 void BreakPages(QTextDocument& document, const std::vector<SetItem>& items);
 
 }  // namespace manual

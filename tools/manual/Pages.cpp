@@ -12,9 +12,10 @@ namespace manual {
 
 namespace {
 
-void DrawText(QPainter& painter, const QRectF& box, const QFont& font, const QColor& colour, const QString& text, int flags) {
+void DrawText(QPainter& painter, const QRectF& box, const QFont& font, const QColor& color,
+              const QString& text, int flags) {
   painter.setFont(font);
-  painter.setPen(colour);
+  painter.setPen(color);
   painter.drawText(box, flags, text);
 }
 
@@ -22,7 +23,8 @@ void DrawTitlePage(QPainter& painter, const QSizeF& page, const TitlePage& title
   const double left = kPageMargins.left();
   const double width = page.width() - left - kPageMargins.right();
   painter.fillRect(QRectF(left, Points(150), Points(46), Points(4)), kAccent);
-  DrawText(painter, QRectF(left, Points(168), width, Points(60)), Sans(38, true), kAccent, title.title, Qt::AlignLeft);
+  DrawText(painter, QRectF(left, Points(168), width, Points(60)), Sans(38, true), kAccent,
+           title.title, Qt::AlignLeft);
   DrawText(painter, QRectF(left, Points(226), width, Points(60)), Serif(13), kInk, title.subtitle,
            Qt::AlignLeft | Qt::TextWordWrap);
   if (!title.picture.isEmpty()) {
@@ -30,8 +32,8 @@ void DrawTitlePage(QPainter& painter, const QSizeF& page, const TitlePage& title
     const double height = width * picture.height() / picture.width();
     painter.drawImage(QRectF(left, Points(330), width, height), picture);
   }
-  DrawText(painter, QRectF(left, page.height() - Points(110), width, Points(40)), Sans(8.6), kQuiet, title.imprint,
-           Qt::AlignLeft | Qt::TextWordWrap);
+  DrawText(painter, QRectF(left, page.height() - Points(110), width, Points(40)), Sans(8.6), kQuiet,
+           title.imprint, Qt::AlignLeft | Qt::TextWordWrap);
 }
 
 // The chapter that a page belongs to: the one that begins on it, else the last one before it.
@@ -43,7 +45,8 @@ QString ChapterOf(int page, const std::vector<SetHeading>& headings) {
   return chapter;
 }
 
-void DrawMargins(QPainter& painter, const QSizeF& page, const QString& title, const QString& chapter, int number) {
+void DrawMargins(QPainter& painter, const QSizeF& page, const QString& title,
+                 const QString& chapter, int number) {
   const double left = kPageMargins.left();
   const double width = page.width() - left - kPageMargins.right();
   const QRectF header(left, kHeaderHeight - Points(14), width, Points(11));
@@ -53,7 +56,8 @@ void DrawMargins(QPainter& painter, const QSizeF& page, const QString& title, co
     painter.fillRect(QRectF(left, kHeaderHeight, width, Points(0.5)), kRule);
   }
   const QRectF footer(left, page.height() - kFooterHeight, width, Points(12));
-  DrawText(painter, footer, Sans(8), kQuiet, QString::number(number), Qt::AlignRight | Qt::AlignTop);
+  DrawText(painter, footer, Sans(8), kQuiet, QString::number(number),
+           Qt::AlignRight | Qt::AlignTop);
 }
 
 }  // namespace

@@ -11,15 +11,16 @@ namespace {
 qlonglong NumberAfter(const QByteArray& text, const char* key) {
   const qsizetype at = text.lastIndexOf(key);
   if (at < 0) return -1;
-  const auto match =
-      QRegularExpression(QStringLiteral("^\\s*(\\d+)")).match(QString::fromLatin1(text.mid(at + qstrlen(key), 24)));
+  const auto match = QRegularExpression(QStringLiteral("^\\s*(\\d+)"))
+                         .match(QString::fromLatin1(text.mid(at + qstrlen(key), 24)));
   return match.hasMatch() ? match.captured(1).toLongLong() : -1;
 }
 
 // A text string of the format: UTF-16 with its mark, in hexadecimal digits.
 QByteArray TextString(const QString& text) {
   QByteArray digits = "<FEFF";
-  for (const QChar letter : text) digits += QByteArray::number(letter.unicode(), 16).rightJustified(4, '0').toUpper();
+  for (const QChar letter : text)
+    digits += QByteArray::number(letter.unicode(), 16).rightJustified(4, '0').toUpper();
   return digits + ">";
 }
 
@@ -40,7 +41,8 @@ bool PdfFile::ReadObjects() {
   root_ = static_cast<int>(NumberAfter(trailer, "/Root"));
   info_ = static_cast<int>(NumberAfter(trailer, "/Info"));
   if (start_ <= 0 || count_ <= 0 || root_ <= 0 || info_ <= 0) return false;
-  const QList<QByteArray> lines = bytes_.mid(start_, bytes_.indexOf("trailer", start_) - start_).split('\n');
+  const QList<QByteArray> lines =
+      bytes_.mid(start_, bytes_.indexOf("trailer", start_) - start_).split('\n');
   if (lines.size() < count_ + 2 || lines[0].trimmed() != "xref") return false;
   for (int number = 1; number < count_; ++number) {
     const QByteArray& line = lines[number + 2];
@@ -50,15 +52,20 @@ bool PdfFile::ReadObjects() {
 }
 
 bool PdfFile::ReadPages() {
-  const QString tree = QString::fromLatin1(Object(static_cast<int>(NumberAfter(Object(root_), "/Pages"))));
-  const QString kids = tree.mid(tree.indexOf(QLatin1String("/Kids"))).section(u'[', 1, 1).section(u']', 0, 0);
+  const QString tree =
+      QString::fromLatin1(Object(static_cast<int>(NumberAfter(Object(root_), "/Pages"))));
+  const QString kids =
+      tree.mid(tree.indexOf(QLatin1String("/Kids"))).section(u'[', 1, 1).section(u']', 0, 0);
   static const QRegularExpression reference(QStringLiteral("(\\d+)\\s+0\\s+R"));
-  static const QRegularExpression box(QStringLiteral("/MediaBox\\s*\\[\\s*\\S+\\s+\\S+\\s+\\S+\\s+([0-9.]+)"));
+  static const QRegularExpression box(
+      QStringLiteral("/MediaBox\\s*\\[\\s*\\S+\\s+\\S+\\s+\\S+\\s+([0-9.]+)"));
   for (auto it = reference.globalMatch(kids); it.hasNext();) {
     pages_.push_back(it.next().captured(1).toInt());
-    heights_.push_back(box.match(QString::fromLatin1(Object(pages_.back()))).captured(1).toDouble());
+    heights_.push_back(
+        box.match(QString::fromLatin1(Object(pages_.back()))).captured(1).toDouble());
   }
-  return !pages_.empty() && std::all_of(heights_.begin(), heights_.end(), [](double height) { return height > 0; });
+  return !pages_.empty() &&
+         std::all_of(heights_.begin(), heights_.end(), [](double height) { return height > 0; });
 }
 
 // The text between "obj" and "endobj", as it stands now.
@@ -78,8 +85,8 @@ void PdfFile::ForgetTime() {
 
 QByteArray PdfFile::PlaceOf(const Destination& place) const {
   const double above = 8;  // what stays visible above the line
-  return "[" + Reference(pages_[place.page]) + " /XYZ 0 " + QByteArray::number(heights_[place.page] - place.top + above, 'f', 1) +
-         " null]";
+  return "[" + Reference(pages_[place.page]) + " /XYZ 0 " +
+         QByteArray::number(heights_[place.page] - place.top + above, 'f', 1) + " null]";
 }
 
 bool PdfFile::LinkTo(const std::vector<Destination>& places) {
@@ -91,7 +98,8 @@ bool PdfFile::LinkTo(const std::vector<Destination>& places) {
     const auto match = address.match(link);
     if (!match.hasMatch()) continue;
     const QString anchor = QString::fromUtf8(match.captured(1).toLatin1());
-    const auto place = std::find_if(places.begin(), places.end(), [&](const auto& each) { return each.anchor == anchor; });
+    const auto place = std::find_if(places.begin(), places.end(),
+                                    [&](const auto& each) { return each.anchor == anchor; });
     if (place == places.end()) return false;
     QByteArray changed = link.toLatin1();
     changed.replace(match.capturedStart(), match.capturedLength(), "/Dest " + PlaceOf(*place));
@@ -134,7 +142,8 @@ void PdfFile::AddOutline(const std::vector<Destination>& places) {
     if (entry >= 0) text += QByteArray("\n/") + key + " " + Reference(count_ + entry);
   };
   for (std::size_t i = 0; i < places.size(); ++i) {
-    QByteArray text = "\n<<\n/Title " + TextString(places[i].title) + "\n/Dest " + PlaceOf(places[i]);
+    QByteArray text =
+        "\n<<\n/Title " + TextString(places[i].title) + "\n/Dest " + PlaceOf(places[i]);
     add(text, "Parent", entries[i].parent);
     add(text, "Prev", entries[i].previous);
     add(text, "Next", entries[i].next);
@@ -149,7 +158,8 @@ void PdfFile::AddOutline(const std::vector<Destination>& places) {
   replaced_[top] = text + "\n>>\n";
   count_ = top + 1;
   QByteArray catalog = Object(root_);
-  catalog.insert(catalog.lastIndexOf(">>"), "/Outlines " + Reference(top) + "\n/PageMode /UseOutlines\n");
+  catalog.insert(catalog.lastIndexOf(">>"),
+                 "/Outlines " + Reference(top) + "\n/PageMode /UseOutlines\n");
   replaced_[root_] = catalog;
 }
 
@@ -162,9 +172,10 @@ QByteArray PdfFile::Bytes() const {
     bytes += QByteArray::number(it.key()) + " 0 obj" + it.value() + "endobj\n";
   }
   const QByteArray start = QByteArray::number(bytes.size());
-  bytes +=
-      table + "trailer\n<<\n/Size " + QByteArray::number(count_) + "\n/Root " + Reference(root_) + "\n/Info " + Reference(info_);
-  return bytes + "\n/Prev " + QByteArray::number(start_) + "\n>>\nstartxref\n" + start + "\n%%EOF\n";
+  bytes += table + "trailer\n<<\n/Size " + QByteArray::number(count_) + "\n/Root " +
+           Reference(root_) + "\n/Info " + Reference(info_);
+  return bytes + "\n/Prev " + QByteArray::number(start_) + "\n>>\nstartxref\n" + start +
+         "\n%%EOF\n";
 }
 
 }  // namespace manual

@@ -1,6 +1,7 @@
-// PdfFile: a PDF file as Qt writes it, to which objects are added and in which small ones are replaced. The new ones follow the
-// old bytes with a cross-reference of their own, as the format provides for. Qt writes links inside a document as addresses
-// ("#anchor") and no outline; this gives both what a reader can follow. It owns the bytes. One thread.
+// PdfFile: a PDF file as Qt writes it, to which objects are added and in which small ones are
+// replaced. The new ones follow the old bytes with a cross-reference of their own, as the format
+// provides for. Qt writes links inside a document as addresses ("#anchor") and no outline; this
+// gives both what a reader can follow. It owns the bytes. One thread.
 #pragma once
 
 #include <QByteArray>

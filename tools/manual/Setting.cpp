@@ -79,7 +79,8 @@ void Setting::SetHeadingPiece(const Piece& piece) {
 }
 
 void Setting::SetParagraph(const Piece& piece) {
-  const bool afterList = !items_.empty() && (items_.back().kind == Kind::Bullet || items_.back().kind == Kind::Step);
+  const bool afterList =
+      !items_.empty() && (items_.back().kind == Kind::Bullet || items_.back().kind == Kind::Step);
   QTextBlockFormat block = BodyBlock();
   if (afterList) block.setTopMargin(block.bottomMargin());
   StartBlock(piece.kind, block);
@@ -90,7 +91,9 @@ void Setting::SetListEntry(const Piece& piece) {
   StartBlock(piece.kind, ListBlock(piece.level));
   QTextCharFormat mark = BodyText();
   mark.setForeground(kAccent);
-  cursor_.insertText(piece.kind == Kind::Step ? QStringLiteral("%1.\t").arg(piece.number) : QStringLiteral("\u2022\t"), mark);
+  cursor_.insertText(piece.kind == Kind::Step ? QStringLiteral("%1.\t").arg(piece.number)
+                                              : QStringLiteral("\u2022\t"),
+                     mark);
   InsertLine(cursor_, piece.line, BodyText());
 }
 
@@ -112,9 +115,12 @@ void Setting::SetPanel(const Piece& piece) {
 void Setting::SetTable(const Piece& piece) {
   const auto& head = piece.cells.front();
   if (head.front().empty()) {
-    problem_ = QStringLiteral("A table has no head. The reader loses that of a table just after code: put a sentence between.");
+    problem_ = QStringLiteral(
+        "A table has no head. The reader loses that of a table just after code: put a sentence "
+        "between.");
   }
-  QTextTable* table = StartTable(piece.kind, static_cast<int>(piece.cells.size()), ColumnWidths(piece.cells, textWidth_));
+  QTextTable* table = StartTable(piece.kind, static_cast<int>(piece.cells.size()),
+                                 ColumnWidths(piece.cells, textWidth_));
   for (int row = 0; row < table->rows(); ++row) {
     for (int column = 0; column < table->columns(); ++column) {
       const QTextTableCell cell = table->cellAt(row, column);
@@ -136,7 +142,8 @@ void Setting::SetFigure(const Piece& piece) {
   }
   StartBlock(piece.kind, PictureBlock());
   const double limit = document_->pageSize().height() * kTallestPicture;
-  const double scale = std::min({textWidth_ / size.width(), limit / size.height(), kLargestPictureScale});
+  const double scale =
+      std::min({textWidth_ / size.width(), limit / size.height(), kLargestPictureScale});
   QTextImageFormat image;
   image.setName(file);
   image.setWidth(size.width() * scale);
@@ -158,7 +165,8 @@ void Setting::StartBlock(Kind kind, const QTextBlockFormat& format) {
 }
 
 QTextTable* Setting::StartTable(Kind kind, int rows, const std::vector<double>& widths) {
-  if (freshBlock_) cursor_.setBlockFormat(HairBlock());  // an empty line between two tables is not meant to be seen
+  // An empty line between two tables is not meant to be seen
+  if (freshBlock_) cursor_.setBlockFormat(HairBlock());
   QTextTable* table = InsertPlainTable(cursor_, rows, widths);
   items_.push_back({kind, table->firstPosition(), table->lastPosition(), table});
   return table;
@@ -190,7 +198,8 @@ void Setting::InsertLine(QTextCursor& cursor, const Line& line, const QTextCharF
 void Setting::CheckLinks() {
   for (const QString& link : links_) {
     const auto isTarget = [&](const SetHeading& heading) { return link.mid(1) == heading.anchor; };
-    if (!link.startsWith(u'#') || std::any_of(headings_.begin(), headings_.end(), isTarget)) continue;
+    if (!link.startsWith(u'#') || std::any_of(headings_.begin(), headings_.end(), isTarget))
+      continue;
     problem_ = QStringLiteral("The link \"%1\" leads to no heading.").arg(link);
   }
 }

@@ -1,5 +1,6 @@
-// Setting: the pieces of a manuscript set into a laid-out document, with a contents page before them. It owns the document and
-// the list of headings. The title page is no part of it: page 0 here is the second page of the printed manual. One thread.
+// Setting: the pieces of a manuscript set into a laid-out document, with a contents page before
+// them. It owns the document and the list of headings. The title page is no part of it: page 0 here
+// is the second page of the printed manual. One thread.
 #pragma once
 
 #include <QPagedPaintDevice>
@@ -22,8 +23,8 @@ class Setting {
 
   const QTextDocument& Document() const { return *document_; }
   const std::vector<SetHeading>& Headings() const { return headings_; }
-  // The last thing that is wrong with the manuscript: a picture that cannot be read, a link that leads to no heading, a table
-  // without a head. Empty where there is nothing.
+  // The last thing that is wrong with the manuscript: a picture that cannot be read, a link that
+  // leads to no heading, a table without a head. Empty where there is nothing.
   const QString& Problem() const { return problem_; }
 
  private:

@@ -38,7 +38,8 @@ std::vector<double> ColumnWidths(const std::vector<std::vector<Line>>& cells, do
   std::vector<double> wanted(cells.front().size(), 0.0);
   for (const auto& row : cells) {
     for (std::size_t column = 0; column < row.size(); ++column) {
-      wanted[column] = std::max(wanted[column], metrics.horizontalAdvance(PlainText(row[column])) + kColumnGap);
+      wanted[column] =
+          std::max(wanted[column], metrics.horizontalAdvance(PlainText(row[column])) + kColumnGap);
     }
   }
   const double first = std::min(wanted[0], total * 0.4);
@@ -62,7 +63,8 @@ void Pad(QTextTableCell cell, double left, double top, double right, double bott
   cell.setFormat(format);
 }
 
-// Rules stand above rows, because the toolkit draws one below the last row of a page at the end of the page.
+// Rules stand above rows, because the toolkit draws one below the last row of a page at the end of
+// the page.
 void FormatCell(const QTextTable& table, QTextTableCell cell) {
   QTextTableCellFormat format = cell.format().toTableCellFormat();
   const bool head = cell.row() == 0;

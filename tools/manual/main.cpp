@@ -1,4 +1,5 @@
-// set-manual: sets a manual written in Markdown into a PDF file: title page, contents, chapters, links and outline.
+// set-manual: sets a manual written in Markdown into a PDF file: title page, contents, chapters,
+// links and outline.
 //   set-manual MANUAL.md OUT.pdf VERSION
 #include <QFile>
 #include <QFileInfo>
@@ -19,9 +20,10 @@ int Fail(const QString& message) {
 int SetManual(const QStringList& words) {
   if (words.size() != 4) return Fail(QStringLiteral("usage: set-manual MANUAL.md OUT.pdf VERSION"));
   QFile file(words[1]);
-  if (!file.open(QIODevice::ReadOnly)) return Fail(words[1] + QStringLiteral(": ") + file.errorString());
-  const manual::MadeManual made =
-      manual::MakeManual(QString::fromUtf8(file.readAll()), QFileInfo(words[1]).absolutePath(), words[3]);
+  if (!file.open(QIODevice::ReadOnly))
+    return Fail(words[1] + QStringLiteral(": ") + file.errorString());
+  const manual::MadeManual made = manual::MakeManual(QString::fromUtf8(file.readAll()),
+                                                     QFileInfo(words[1]).absolutePath(), words[3]);
   if (!made.problem.isEmpty()) return Fail(made.problem);
   QSaveFile out(words[2]);
   if (!out.open(QIODevice::WriteOnly) || out.write(made.pdf) != made.pdf.size() || !out.commit()) {

@@ -1,4 +1,5 @@
-// The verbs that edit all checked Stagemarks at once: update, set-objects, set-tags, set-layers, set-camera.
+// The verbs that edit all checked Stagemarks at once: update, set-objects, set-tags, set-layers,
+// set-camera.
 #include <CLI/CLI.hpp>
 #include <functional>
 
@@ -35,12 +36,14 @@ int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   return session.Keep(report);
 }
 
-int RunBulkEdit(Program& program, const BulkEdit& edit, const BulkChoices& choices, const Selection& select) {
+int RunBulkEdit(Program& program, const BulkEdit& edit, const BulkChoices& choices,
+                const Selection& select) {
   Session session(program);
   std::string selected;
   if (const int status = session.StartWithScene(); status != kDone) return status;
   if (const int status = session.Check(choices.only); status != kDone) return status;
-  if (const int status = select ? select(session, choices, selected) : kDone; status != kDone) return status;
+  if (const int status = select ? select(session, choices, selected) : kDone; status != kDone)
+    return status;
   return Carry(session, edit, selected);
 }
 
@@ -49,8 +52,8 @@ struct BulkVerb {
   std::shared_ptr<BulkChoices> choices;
 };
 
-BulkVerb AddBulkVerb(CLI::App& app, Program& program, const char* name, const char* help, const char* entry,
-                     const Selection& select) {
+BulkVerb AddBulkVerb(CLI::App& app, Program& program, const char* name, const char* help,
+                     const char* entry, const Selection& select) {
   CLI::App* verb = app.add_subcommand(name, help);
   auto choices = std::make_shared<BulkChoices>();
   AddScene(*verb, program);
@@ -71,7 +74,8 @@ void Finish(const BulkVerb& bulk, Program& program, const char* footer) {
 }  // namespace
 
 void AddUpdate(CLI::App& app, Program& program) {
-  const BulkVerb bulk = AddBulkVerb(app, program, "update", "Add new objects, tags and layers of the scene to Stagemarks",
+  const BulkVerb bulk = AddBulkVerb(app, program, "update",
+                                    "Add new objects, tags and layers of the scene to Stagemarks",
                                     "Update Checked Elements", nullptr);
   Finish(bulk, program,
          "What a Stagemark holds already stays as it is.\n\n"
@@ -84,10 +88,12 @@ void AddSetObjects(CLI::App& app, Program& program) {
   const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
     return SelectObjects(session, choices.named, selected);
   };
-  const BulkVerb bulk = AddBulkVerb(app, program, "set-objects", "Put the present switches of some objects into Stagemarks",
+  const BulkVerb bulk = AddBulkVerb(app, program, "set-objects",
+                                    "Put the present switches of some objects into Stagemarks",
                                     "Set Selected Objects on Checked Elements", select);
   bulk.verb->add_option("OBJECTS", bulk.choices->named,
-                        "Names, /paths, #positions or patterns with *; without them the objects selected in the scene");
+                        "Names, /paths, #positions or patterns with *; without them the objects "
+                        "selected in the scene");
   Finish(bulk, program,
          "Examples:\n"
          "  stagemarks set room.c4d --object \"Lamp*\" --render off --write\n"
@@ -98,11 +104,14 @@ void AddSetTags(CLI::App& app, Program& program) {
   const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
     return SelectTags(session, choices.named, choices.types, selected);
   };
-  const BulkVerb bulk = AddBulkVerb(app, program, "set-tags", "Put the present settings of some tags into Stagemarks",
-                                    "Set Selected Tags on Checked Elements", select);
-  bulk.verb->add_option("OBJECTS", bulk.choices->named,
-                        "The objects that carry the tags; without them the tags selected in the scene");
-  bulk.verb->add_option("--type", bulk.choices->types, "Only tags of this type: a name or a number")->type_name("TYPE...");
+  const BulkVerb bulk =
+      AddBulkVerb(app, program, "set-tags", "Put the present settings of some tags into Stagemarks",
+                  "Set Selected Tags on Checked Elements", select);
+  bulk.verb->add_option(
+      "OBJECTS", bulk.choices->named,
+      "The objects that carry the tags; without them the tags selected in the scene");
+  bulk.verb->add_option("--type", bulk.choices->types, "Only tags of this type: a name or a number")
+      ->type_name("TYPE...");
   Finish(bulk, program,
          "Examples:\n"
          "  stagemarks set room.c4d --object Wall --material Brick --write\n"
@@ -113,9 +122,11 @@ void AddSetLayers(CLI::App& app, Program& program) {
   const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
     return SelectLayers(session, choices.named, selected);
   };
-  const BulkVerb bulk = AddBulkVerb(app, program, "set-layers", "Put the present switches of some layers into Stagemarks",
+  const BulkVerb bulk = AddBulkVerb(app, program, "set-layers",
+                                    "Put the present switches of some layers into Stagemarks",
                                     "Set Selected Layers on Checked Elements", select);
-  bulk.verb->add_option("LAYERS", bulk.choices->named, "Names or patterns with *; without them the layers selected in the scene");
+  bulk.verb->add_option("LAYERS", bulk.choices->named,
+                        "Names or patterns with *; without them the layers selected in the scene");
   Finish(bulk, program,
          "Examples:\n"
          "  stagemarks set room.c4d --layer Props --flag render=off --write\n"
@@ -126,9 +137,12 @@ void AddSetCamera(CLI::App& app, Program& program) {
   const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
     return SelectCamera(session, choices.named.front(), selected);
   };
-  const BulkVerb bulk = AddBulkVerb(app, program, "set-camera", "Give Stagemarks another render camera",
-                                    "Set Render Camera on Checked Elements", select);
-  bulk.verb->add_option("CAMERA", bulk.choices->named, "Name, /path or #position of the camera")->required()->expected(1);
+  const BulkVerb bulk =
+      AddBulkVerb(app, program, "set-camera", "Give Stagemarks another render camera",
+                  "Set Render Camera on Checked Elements", select);
+  bulk.verb->add_option("CAMERA", bulk.choices->named, "Name, /path or #position of the camera")
+      ->required()
+      ->expected(1);
   Finish(bulk, program,
          "Example:\n"
          "  stagemarks set-camera room.c4d /Front --only Day --write");

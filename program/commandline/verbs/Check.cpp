@@ -26,11 +26,14 @@ void AddCheck(CLI::App& app, Program& program) {
   auto only = std::make_shared<std::vector<std::string>>();
   AddOnly(*verb, *only);
   verb->footer(
-      "Check marks live in the list only and are not kept in the scene: every verb that works on checked Stagemarks takes\n"
-      "--only itself. This one shows beforehand what such a list selects, and refuses unknown names.\n\n"
+      "Check marks live in the list only and are not kept in the scene: every verb that works on "
+      "checked Stagemarks takes\n"
+      "--only itself. This one shows beforehand what such a list selects, and refuses unknown "
+      "names.\n\n"
       "Example:\n"
       "  stagemarks check room.c4d --only Day Night");
-  verb->callback([&program, only] { program.verb = [&program, only] { return RunCheck(program, *only); }; });
+  verb->callback(
+      [&program, only] { program.verb = [&program, only] { return RunCheck(program, *only); }; });
 }
 
 }  // namespace commandline

@@ -10,7 +10,8 @@ namespace {
 
 std::vector<std::string> Materials(const host::BaseDocument& doc) {
   std::vector<std::string> names;
-  for (host::BaseMaterial* at = doc.GetFirstMaterial(); at; at = at->GetNext()) names.push_back(at->GetName().ToUtf8());
+  for (host::BaseMaterial* at = doc.GetFirstMaterial(); at; at = at->GetNext())
+    names.push_back(at->GetName().ToUtf8());
   return names;
 }
 
@@ -29,18 +30,21 @@ int RunCleanMaterials(Program& program) {
   Report report;
   report.Json() = {{"deleted", JsonOf(gone)}, {"kept", JsonOf(after)}};
   report.Line(outcome::CleanedSentence(gone));
-  report.Line("Kept " + Counted(after.size(), "material") + (after.empty() ? "." : ": " + Listed(after) + "."));
+  report.Line("Kept " + Counted(after.size(), "material") +
+              (after.empty() ? "." : ": " + Listed(after) + "."));
   return session.Keep(report);
 }
 
 }  // namespace
 
 void AddCleanMaterials(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("clean-materials", "Delete the materials that no Stagemark uses");
+  CLI::App* verb =
+      app.add_subcommand("clean-materials", "Delete the materials that no Stagemark uses");
   AddScene(*verb, program);
   AddKeeping(*verb, program);
   verb->footer(
-      "Only what a Stagemark has recorded counts: a material that the scene itself uses goes, too, when no Stagemark recorded "
+      "Only what a Stagemark has recorded counts: a material that the scene itself uses goes, too, "
+      "when no Stagemark recorded "
       "it.\n\n"
       "Example:\n"
       "  stagemarks clean-materials room.c4d -o small.c4d");

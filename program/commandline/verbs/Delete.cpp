@@ -14,7 +14,8 @@ using Names = std::vector<std::string>;
 bool PressDelete(Session& session, const Names& names) {
   StagemarksDialog& dialog = session.Dialog();
   if (names.size() == 1) return dialog.Select(names.front()) && dialog.Press("Delete");
-  if (!session.GetProgram().terminal.Ask("Are you sure you want to delete " + Listed(names) + "?  This cannot be undone."))
+  if (!session.GetProgram().terminal.Ask("Are you sure you want to delete " + Listed(names) +
+                                         "?  This cannot be undone."))
     return false;
   return dialog.CheckOnly(names) && dialog.Choose("Delete Checked Elements");
 }
@@ -39,7 +40,8 @@ int RunDelete(Program& program, Names names) {
   return session.Keep(report);
 }
 
-// The dialog asks about the folder with the preview images only; with a no the folder stays and all else goes.
+// The dialog asks about the folder with the preview images only; with a no the folder stays and all
+// else goes.
 int RunDeleteAll(Program& program) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
@@ -51,8 +53,10 @@ int RunDeleteAll(Program& program) {
   session.App().DeliverEvents();
   Report report;
   report.Json()["deleted"] = JsonOf(names);
-  report.Line("Deleted " + (names.empty() ? std::string("no Stagemarks: there are none") : Listed(names)) + ".");
-  if (program.terminal.Refused() > refused) report.Line("The folder with the preview images stays.");
+  report.Line("Deleted " +
+              (names.empty() ? std::string("no Stagemarks: there are none") : Listed(names)) + ".");
+  if (program.terminal.Refused() > refused)
+    report.Line("The folder with the preview images stays.");
   return session.Keep(report);
 }
 
@@ -65,10 +69,13 @@ void AddDelete(CLI::App& app, Program& program) {
   verb->add_option("STAGEMARKS", *names, "Names of those to delete")->required();
   AddKeeping(*verb, program);
   verb->footer(
-      "It asks before it deletes; where nobody can be asked nothing is deleted unless --yes is given.\n\n"
+      "It asks before it deletes; where nobody can be asked nothing is deleted unless --yes is "
+      "given.\n\n"
       "Example:\n"
       "  stagemarks delete room.c4d Day \"Night, rainy\" --yes --write");
-  verb->callback([&program, names] { program.verb = [&program, names] { return RunDelete(program, *names); }; });
+  verb->callback([&program, names] {
+    program.verb = [&program, names] { return RunDelete(program, *names); };
+  });
 }
 
 void AddDeleteAll(CLI::App& app, Program& program) {
@@ -76,7 +83,8 @@ void AddDeleteAll(CLI::App& app, Program& program) {
   AddScene(*verb, program);
   AddKeeping(*verb, program);
   verb->footer(
-      "It asks whether the folder with the preview images goes, too; where nobody can be asked it stays unless --yes is "
+      "It asks whether the folder with the preview images goes, too; where nobody can be asked it "
+      "stays unless --yes is "
       "given.\n\n"
       "Example:\n"
       "  stagemarks delete-all room.c4d -o clean.c4d");

@@ -14,7 +14,8 @@ constexpr const char* kFolder = "stagemarks-demo";
 // A demo that was worked on is not replaced by the next one.
 std::string FreeFolder(Session& session) {
   std::string folder = kFolder;
-  for (int number = 2; session.Files().Kind(AbsolutePath(folder)) != engine::FileKind::Missing; ++number) {
+  for (int number = 2; session.Files().Kind(AbsolutePath(folder)) != engine::FileKind::Missing;
+       ++number) {
     folder = kFolder + ("-" + std::to_string(number));
   }
   return AbsolutePath(folder);
@@ -23,9 +24,11 @@ std::string FreeFolder(Session& session) {
 int CheckFolder(Session& session, const std::string& folder, const std::string& scene) {
   const std::string saved = folder + "/" + std::filesystem::path(scene).stem().string() + ".c4d";
   for (const std::string& path : {saved, folder + "/export"}) {
-    if (session.GetProgram().force || session.Files().Kind(path) == engine::FileKind::Missing) continue;
-    session.GetProgram().terminal.Error("\"" + path +
-                                        "\" exists already. Name another folder with --to, or --force to replace it.");
+    if (session.GetProgram().force || session.Files().Kind(path) == engine::FileKind::Missing)
+      continue;
+    session.GetProgram().terminal.Error(
+        "\"" + path +
+        "\" exists already. Name another folder with --to, or --force to replace it.");
     return kFailed;
   }
   return kDone;
@@ -37,10 +40,12 @@ int RunDemo(Program& program) {
   const bool isSample = program.scene.empty();
   const std::string scene = isSample ? engine::SampleScene() : AbsolutePath(program.scene);
   if (isSample && session.Files().Kind(scene) != engine::FileKind::File) {
-    program.terminal.Error("The sample scene is not at \"" + scene + "\". Give a scene: stagemarks demo SCENE.");
+    program.terminal.Error("The sample scene is not at \"" + scene +
+                           "\". Give a scene: stagemarks demo SCENE.");
     return kFailed;
   }
-  const std::string folder = program.output.empty() ? FreeFolder(session) : AbsolutePath(program.output);
+  const std::string folder =
+      program.output.empty() ? FreeFolder(session) : AbsolutePath(program.output);
   if (const int status = CheckFolder(session, folder, scene); status != kDone) return status;
   return Demo(session, scene, folder).Run();
 }
@@ -48,9 +53,11 @@ int RunDemo(Program& program) {
 }  // namespace
 
 void AddDemo(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("demo", "Show the main job on a sample scene: record three states, recall and check them");
+  CLI::App* verb = app.add_subcommand(
+      "demo", "Show the main job on a sample scene: record three states, recall and check them");
   verb->add_option("SCENE", program.scene, "The scene to use instead of the sample");
-  verb->add_option("--to", program.output, "Folder for what it writes; one that is not there yet by default")
+  verb->add_option("--to", program.output,
+                   "Folder for what it writes; one that is not there yet by default")
       ->type_name("DIR")
       ->default_str(kFolder);
   AddForce(*verb, program);

@@ -35,7 +35,8 @@ void AddResult(const ExportOrder& order, const ExportResult& result, bool all, R
   report.Line(!result.begun            ? "Nothing was exported."
               : result.status == kDone ? "Exported " + done
                                        : "Not everything was exported: " + done);
-  for (const std::string& line : FileTreeLines(order.folder, result.written, all)) report.Line("  " + line);
+  for (const std::string& line : FileTreeLines(order.folder, result.written, all))
+    report.Line("  " + line);
   report.Json() = {{"exported", JsonOf(result.scenes)},
                    {"written", JsonOf(result.written)},
                    {"missingTextures", JsonOf(result.missing)},
@@ -61,7 +62,8 @@ int RunExport(Program& program, ExportChoices choices) {
   if (const int status = session.StartWithScene(); status != kDone) return status;
   if (const int status = session.Check(choices.order.only); status != kDone) return status;
   const auto scenes = PlannedScenes(session, choices.order);
-  if (const int status = session.CheckReplacing(scenes, program.verbName); status != kDone) return status;
+  if (const int status = session.CheckReplacing(scenes, program.verbName); status != kDone)
+    return status;
   const ExportResult result = Export(session, choices.order);
   for (const std::string& failure : result.failures) program.terminal.Error(failure);
   Report report;
@@ -76,29 +78,37 @@ void AddExport(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("export", "Write one standalone scene file per Stagemark");
   AddScene(*verb, program);
   auto choices = std::make_shared<ExportChoices>();
-  verb->add_option("--to", choices->order.folder, "Folder for the files; made when it is missing")->required()->type_name("DIR");
-  verb->add_option(
-          "--layout", choices->order.layout,
-          "file: scene files side by side; folders: each in a folder of its own; project: the same with the textures beside "
-          "it; one-tex: side by side with one folder of textures")
+  verb->add_option("--to", choices->order.folder, "Folder for the files; made when it is missing")
+      ->required()
+      ->type_name("DIR");
+  verb->add_option("--layout", choices->order.layout,
+                   "file: scene files side by side; folders: each in a folder of its own; project: "
+                   "the same with the textures beside "
+                   "it; one-tex: side by side with one folder of textures")
       ->check(CLI::IsMember(LayoutNames()))
       ->default_str("folders")
       ->type_name("LAYOUT");
   AddOnly(*verb, choices->order.only);
   AddStrict(*verb, program);
   AddForce(*verb, program);
-  verb->add_option("--frames", choices->frames, "Give every file this frame range, as 0:90")->type_name("FROM:TO");
+  verb->add_option("--frames", choices->frames, "Give every file this frame range, as 0:90")
+      ->type_name("FROM:TO");
   verb->add_flag("-y,--yes", program.yes, "Answer every question with yes");
   verb->footer(
-      "Scene files of the same names are replaced with --force only, their textures always. The scene itself is left alone.\n"
-      "Before anything is written, the files are reckoned up: names that cannot be those of files are refused, and where the "
+      "Scene files of the same names are replaced with --force only, their textures always. The "
+      "scene itself is left alone.\n"
+      "Before anything is written, the files are reckoned up: names that cannot be those of files "
+      "are refused, and where the "
       "disk "
       "has too little room you are asked.\n"
-      "A texture that was not found and a file that could not be written are named and make the exit status 1.\n\n"
+      "A texture that was not found and a file that could not be written are named and make the "
+      "exit status 1.\n\n"
       "Examples:\n"
       "  stagemarks export room.c4d --layout project --to out\n"
       "  stagemarks export room.c4d --layout file --to out --only Day Night --frames 0:90");
-  verb->callback([&program, choices] { program.verb = [&program, choices] { return RunExport(program, *choices); }; });
+  verb->callback([&program, choices] {
+    program.verb = [&program, choices] { return RunExport(program, *choices); };
+  });
 }
 
 }  // namespace commandline

@@ -10,8 +10,9 @@ namespace {
 
 int RunImport(Program& program) {
   if (!engine::IsImportable(program.scene)) {
-    program.terminal.Error("\"" + program.scene +
-                           "\" is of no format that can be imported. Those are .gltf, .glb, .fbx, .obj and .dae.");
+    program.terminal.Error(
+        "\"" + program.scene +
+        "\" is of no format that can be imported. Those are .gltf, .glb, .fbx, .obj and .dae.");
     return kUsage;
   }
   Session session(program);
@@ -20,9 +21,10 @@ int RunImport(Program& program) {
   Report report;
   if (const int status = session.CheckTextures(report); status != kDone) return status;
   const engine::SceneCounts counts = engine::CountScene(session.Document());
-  report.Line("Imported " + Counted(counts.objects, "object") + ", " + Counted(counts.materials, "material") + ", " +
-              Counted(counts.cameras, "camera") + ", " + Counted(counts.lights, "light") + ", " +
-              Counted(counts.polygons, "polygon") + ".");
+  report.Line("Imported " + Counted(counts.objects, "object") + ", " +
+              Counted(counts.materials, "material") + ", " + Counted(counts.cameras, "camera") +
+              ", " + Counted(counts.lights, "light") + ", " + Counted(counts.polygons, "polygon") +
+              ".");
   report.Json().update({{"objects", counts.objects},
                         {"materials", counts.materials},
                         {"cameras", counts.cameras},
@@ -34,7 +36,8 @@ int RunImport(Program& program) {
 }  // namespace
 
 void AddImport(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
+  CLI::App* verb =
+      app.add_subcommand("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
   AddScene(*verb, program, "The file to import: .gltf, .glb, .fbx, .obj or .dae");
   verb->add_option("OUT", program.output, "The .c4d file to write")->required();
   AddStrict(*verb, program);

@@ -36,22 +36,28 @@ void AddFact(Report& report, const std::string& label, const std::string& text) 
 
 void AddCounts(const host::BaseDocument& doc, Report& report) {
   const engine::SceneCounts counts = engine::CountScene(doc);
-  report.Json()["counts"] = {{"objects", counts.objects}, {"tags", counts.tags},     {"materials", counts.materials},
-                             {"shaders", counts.shaders}, {"layers", counts.layers}, {"renderSettings", counts.renderSettings},
-                             {"cameras", counts.cameras}, {"lights", counts.lights}, {"polygons", counts.polygons}};
-  report.Line(Coloured(Colour::Bold, Shown(doc.GetDocumentName().GetString().ToUtf8())));
+  report.Json()["counts"] = {
+      {"objects", counts.objects},     {"tags", counts.tags},
+      {"materials", counts.materials}, {"shaders", counts.shaders},
+      {"layers", counts.layers},       {"renderSettings", counts.renderSettings},
+      {"cameras", counts.cameras},     {"lights", counts.lights},
+      {"polygons", counts.polygons}};
+  report.Line(Colored(Color::Bold, Shown(doc.GetDocumentName().GetString().ToUtf8())));
   AddFact(report, "objects",
-          std::to_string(counts.objects) + " (" + Counted(counts.cameras, "camera") + ", " + Counted(counts.lights, "light") +
-              "), " + Counted(counts.polygons, "polygon") + ", " + Counted(counts.tags, "tag"));
+          std::to_string(counts.objects) + " (" + Counted(counts.cameras, "camera") + ", " +
+              Counted(counts.lights, "light") + "), " + Counted(counts.polygons, "polygon") + ", " +
+              Counted(counts.tags, "tag"));
 }
 
 template <class T>
 void AddNames(T* first, const char* key, Report& report) {
   constexpr std::size_t kMost = 40;
   std::vector<std::string> names;
-  for (T* item = first; item; item = engine::NextInTree(item)) names.push_back(item->GetName().ToUtf8());
+  for (T* item = first; item; item = engine::NextInTree(item))
+    names.push_back(item->GetName().ToUtf8());
   std::string text = names.empty() ? "none" : std::to_string(names.size()) + ": ";
-  for (std::size_t i = 0; i < names.size() && i < kMost; ++i) text += (i == 0 ? "" : ", ") + Shown(names[i]);
+  for (std::size_t i = 0; i < names.size() && i < kMost; ++i)
+    text += (i == 0 ? "" : ", ") + Shown(names[i]);
   if (names.size() > kMost) text += " and " + std::to_string(names.size() - kMost) + " more";
   AddFact(report, key, text);
   report.Json()[key] = JsonOf(names);
@@ -60,7 +66,8 @@ void AddNames(T* first, const char* key, Report& report) {
 void AddRenderSettings(const host::BaseDocument& doc, Report& report) {
   json all = json::array();
   std::string label = "render settings";
-  for (host::RenderData* settings = doc.GetFirstRenderData(); settings; settings = engine::NextInTree(settings)) {
+  for (host::RenderData* settings = doc.GetFirstRenderData(); settings;
+       settings = engine::NextInTree(settings)) {
     const host::BaseContainer& data = *settings->GetDataInstance();
     const host::LONG rate = data.GetLong(host::RDATA_FRAMERATE, 30);
     const host::LONG from = data.GetTime(host::RDATA_FRAMEFROM).GetFrame(rate);
@@ -69,11 +76,16 @@ void AddRenderSettings(const host::BaseDocument& doc, Report& report) {
     const host::LONG height = data.GetLong(host::RDATA_YRES);
     const bool active = settings == doc.GetActiveRenderData();
     const std::string name = settings->GetName().ToUtf8();
-    all.push_back(
-        {{"name", ValidUtf8(name)}, {"width", width}, {"height", height}, {"from", from}, {"to", to}, {"active", active}});
+    all.push_back({{"name", ValidUtf8(name)},
+                   {"width", width},
+                   {"height", height},
+                   {"from", from},
+                   {"to", to},
+                   {"active", active}});
     AddFact(report, label,
-            Shown(name) + ", " + std::to_string(width) + " x " + std::to_string(height) + ", frames " + std::to_string(from) +
-                " to " + std::to_string(to) + (active ? " (active)" : ""));
+            Shown(name) + ", " + std::to_string(width) + " x " + std::to_string(height) +
+                ", frames " + std::to_string(from) + " to " + std::to_string(to) +
+                (active ? " (active)" : ""));
     label.clear();
   }
   report.Json()["renderSettings"] = std::move(all);
@@ -87,10 +99,11 @@ void AddTextures(const host::BaseDocument& doc, Report& report) {
     all.push_back({{"file", ValidUtf8(texture)}, {"found", found}});
     if (!found) missing.push_back(texture);
   }
-  const std::string none = missing.empty() ? ", all found" : ", " + std::to_string(missing.size()) + " not found:";
+  const std::string none =
+      missing.empty() ? ", all found" : ", " + std::to_string(missing.size()) + " not found:";
   AddFact(report, "textures", all.empty() ? "none" : std::to_string(all.size()) + none);
   for (const std::string& texture : missing)
-    report.Line(std::string(kLabel + 2, ' ') + Coloured(Colour::Yellow, Readable(texture)));
+    report.Line(std::string(kLabel + 2, ' ') + Colored(Color::Yellow, Readable(texture)));
   report.Json()["textures"] = std::move(all);
   report.Json()["missingTextures"] = JsonOf(missing);
 }
@@ -101,20 +114,24 @@ void AddCamera(const host::BaseDocument& doc, Report& report) {
   report.Json()["sceneCamera"] = camera ? json(ValidUtf8(PathOf(*camera))) : json();
 }
 
-const char* ModeMark(host::LONG mode) { return mode == host::MODE_ON ? "on " : mode == host::MODE_OFF ? "off" : " . "; }
+const char* ModeMark(host::LONG mode) {
+  return mode == host::MODE_ON ? "on " : mode == host::MODE_OFF ? "off" : " . ";
+}
 
 // A path that a chain of objects makes endless is left out.
 void AddTree(const host::BaseDocument& doc, Report& report) {
   json all = json::array();
-  report.Line("\n" + Coloured(Colour::Dim, "  position  editor  render  object"));
+  report.Line("\n" + Colored(Color::Dim, "  position  editor  render  object"));
   ObjectPaths paths;
-  for (host::BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
+  for (host::BaseObject* object = doc.GetFirstObject(); object;
+       object = engine::NextInTree(object)) {
     const std::string& path = paths.StepTo(*object);
     const std::string type = object->GetTypeName().ToUtf8();
     const std::string position = "#" + std::to_string(all.size());
-    report.Line("  " + engine::PadRight(position, 10) + ModeMark(object->GetEditorMode()) + "     " +
-                ModeMark(object->GetRenderMode()) + "     " + std::string(2 * std::min(paths.Depth(), kDeepest), ' ') +
-                Shown(object->GetName().ToUtf8()) + Coloured(Colour::Dim, "  " + type));
+    report.Line("  " + engine::PadRight(position, 10) + ModeMark(object->GetEditorMode()) +
+                "     " + ModeMark(object->GetRenderMode()) + "     " +
+                std::string(2 * std::min(paths.Depth(), kDeepest), ' ') +
+                Shown(object->GetName().ToUtf8()) + Colored(Color::Dim, "  " + type));
     all.push_back({{"path", path.size() <= kLongestPath ? json(ValidUtf8(path)) : json()},
                    {"name", ValidUtf8(object->GetName().ToUtf8())},
                    {"type", type},
@@ -136,8 +153,8 @@ void AddFacts(const host::BaseDocument& doc, std::size_t marks, Report& report) 
   report.Json()["stagemarks"] = marks;
 }
 
-// Writes what the scene holds as it goes, as lines or as the text of one JSON object. What cannot be written ends it; why is
-// said when the program ends, as of all results.
+// Writes what the scene holds as it goes, as lines or as the text of one JSON object. What cannot
+// be written ends it; why is said when the program ends, as of all results.
 int PrintDump(const host::BaseDocument& doc, Program& program) {
   if (program.json) std::cout << "{\n  \"dump\": \"";
   const bool whole = engine::DumpDocument(doc, [&program](std::string_view piece) {
@@ -180,7 +197,9 @@ void AddInfo(CLI::App& app, Program& program) {
       "Examples:\n"
       "  stagemarks info room.c4d --tree\n"
       "  stagemarks info room.gltf --json");
-  verb->callback([&program, options] { program.verb = [&program, options] { return RunInfo(program, *options); }; });
+  verb->callback([&program, options] {
+    program.verb = [&program, options] { return RunInfo(program, *options); };
+  });
 }
 
 }  // namespace commandline

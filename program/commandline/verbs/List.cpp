@@ -9,10 +9,12 @@ namespace commandline {
 
 namespace {
 
-// For the shell: nothing but names, of a scene without any nothing at all. A program gets them byte by byte, to give them back.
+// For the shell: nothing but names, of a scene without any nothing at all. A program gets them byte
+// by byte, to give them back.
 void PrintNames(Session& session) {
   const bool forPerson = isatty(STDOUT_FILENO) != 0;
-  for (const Mark& mark : session.Dialog().Marks()) std::cout << (forPerson ? Shown(mark.name) : mark.name) << '\n';
+  for (const Mark& mark : session.Dialog().Marks())
+    std::cout << (forPerson ? Shown(mark.name) : mark.name) << '\n';
 }
 
 int RunList(Program& program, bool namesOnly) {
@@ -39,7 +41,8 @@ int RunList(Program& program, bool namesOnly) {
 }  // namespace
 
 void AddList(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("list", "List the Stagemarks of a scene, as the dialog shows them");
+  CLI::App* verb =
+      app.add_subcommand("list", "List the Stagemarks of a scene, as the dialog shows them");
   AddScene(*verb, program);
   auto namesOnly = std::make_shared<bool>(false);
   verb->add_flag("--names", *namesOnly, "Print the names only, one a line")->excludes("--json");
@@ -48,7 +51,9 @@ void AddList(CLI::App& app, Program& program) {
       "Examples:\n"
       "  stagemarks list room.c4d\n"
       "  stagemarks list room.c4d --json");
-  verb->callback([&program, namesOnly] { program.verb = [&program, namesOnly] { return RunList(program, *namesOnly); }; });
+  verb->callback([&program, namesOnly] {
+    program.verb = [&program, namesOnly] { return RunList(program, *namesOnly); };
+  });
 }
 
 }  // namespace commandline

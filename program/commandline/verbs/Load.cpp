@@ -18,7 +18,8 @@ struct LoadOptions {
 std::string PartsText(const PartChoice& choice, const std::vector<std::string>& applied) {
   const bool only = !choice.parts.empty();
   std::string text;
-  for (const std::string& part : only ? applied : choice.without) text += (text.empty() ? "" : ", ") + part;
+  for (const std::string& part : only ? applied : choice.without)
+    text += (text.empty() ? "" : ", ") + part;
   if (text.empty()) return "";
   return only ? " (" + text + " only)" : " (without " + text + ")";
 }
@@ -33,28 +34,34 @@ std::string ChangesText(const engine::StepDifference& changes) {
   add(changes.tags, "tag");
   add(changes.layers, "layer");
   add(changes.others, "other element");
-  if (changes.renderSettings > 0 || changes.activeSettings) parts.emplace_back("the render settings");
+  if (changes.renderSettings > 0 || changes.activeSettings)
+    parts.emplace_back("the render settings");
   if (changes.sceneCamera) parts.emplace_back("the scene camera");
   std::string text;
-  for (std::size_t i = 0; i < parts.size(); ++i) text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
   return text;
 }
 
 void Describe(const engine::StepDifference& changes, bool verbose, Report& report) {
   report.Json()["changed"] = !changes.IsEmpty();
-  report.Json()["changes"] = {{"objects", changes.objects},
-                              {"tags", changes.tags},
-                              {"layers", changes.layers},
-                              {"renderSettings", changes.renderSettings > 0 || changes.activeSettings},
-                              {"sceneCamera", changes.sceneCamera}};
+  report.Json()["changes"] = {
+      {"objects", changes.objects},
+      {"tags", changes.tags},
+      {"layers", changes.layers},
+      {"renderSettings", changes.renderSettings > 0 || changes.activeSettings},
+      {"sceneCamera", changes.sceneCamera}};
   if (!verbose) return;
   for (const std::string& line : changes.lines) report.Line("  " + Readable(line));
-  const std::size_t elements = changes.objects + changes.tags + changes.layers + changes.renderSettings + changes.others;
-  if (elements > kMostTold) report.Line("  and " + std::to_string(elements - kMostTold) + " more elements");
+  const std::size_t elements =
+      changes.objects + changes.tags + changes.layers + changes.renderSettings + changes.others;
+  if (elements > kMostTold)
+    report.Line("  and " + std::to_string(elements - kMostTold) + " more elements");
 }
 
 // kDone, with what it changed; it says why not.
-int LoadMark(Session& session, const LoadOptions& options, engine::StepDifference& changes, std::vector<std::string>& applied) {
+int LoadMark(Session& session, const LoadOptions& options, engine::StepDifference& changes,
+             std::vector<std::string>& applied) {
   Terminal& terminal = session.GetProgram().terminal;
   const std::string& name = options.name;
   const engine::UndoScope step(session.Document(), "Load " + name);
@@ -84,11 +91,13 @@ int RunLoad(Program& program, const LoadOptions& options) {
   if (const int status = session.CheckTextures(report); status != kDone) return status;
   engine::StepDifference changes;
   std::vector<std::string> applied;
-  if (const int status = LoadMark(session, options, changes, applied); status != kDone) return status;
+  if (const int status = LoadMark(session, options, changes, applied); status != kDone)
+    return status;
   report.Json()["loaded"] = ValidUtf8(options.name);
   report.Json()["parts"] = JsonOf(applied);
   report.Line("Loaded " + Listed({options.name}) + PartsText(options.parts, applied) + ". " +
-              (changes.IsEmpty() ? "The scene was in that state already." : "It changed " + ChangesText(changes) + "."));
+              (changes.IsEmpty() ? "The scene was in that state already."
+                                 : "It changed " + ChangesText(changes) + "."));
   Describe(changes, program.verbose, report);
   return session.Keep(report);
 }
@@ -104,12 +113,15 @@ void AddLoad(CLI::App& app, Program& program) {
   AddStrict(*verb, program);
   AddKeeping(*verb, program);
   verb->footer(
-      "--parts and --without are for this load only: neither the scene nor your preferences keep them.\n\n"
+      "--parts and --without are for this load only: neither the scene nor your preferences keep "
+      "them.\n\n"
       "Examples:\n"
       "  stagemarks load room.c4d Day --write\n"
       "  stagemarks load room.c4d Day --parts camera,layers --write\n"
       "  stagemarks load room.c4d Day -o day.c4d");
-  verb->callback([&program, options] { program.verb = [&program, options] { return RunLoad(program, *options); }; });
+  verb->callback([&program, options] {
+    program.verb = [&program, options] { return RunLoad(program, *options); };
+  });
 }
 
 }  // namespace commandline

@@ -15,7 +15,8 @@ struct OptionChoices {
 int ToggleAll(Session& session, const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     const auto options = session.Dialog().Options();
-    const bool known = std::any_of(options.begin(), options.end(), [&](const auto& option) { return option.first == name; });
+    const bool known = std::any_of(options.begin(), options.end(),
+                                   [&](const auto& option) { return option.first == name; });
     if (!known) {
       std::string text = "There is no option \"" + name + "\". There are:";
       for (const auto& option : options) text += "\n  " + option.first;
@@ -37,12 +38,14 @@ States ReadAnew(Session& session) {
 }
 
 bool IsOn(const States& states, const std::string& option) {
-  return std::any_of(states.begin(), states.end(), [&](const auto& state) { return state.first == option && state.second; });
+  return std::any_of(states.begin(), states.end(),
+                     [&](const auto& state) { return state.first == option && state.second; });
 }
 
-// Those of the options that were turned and that the scene will not have so when it is opened again. Objects is never kept in a
-// scene, and one without a choice of its own keeps nothing.
-std::vector<std::string> NotKept(Session& session, const States& before, const States& wanted, const host::BaseContainer& old) {
+// Those of the options that were turned and that the scene will not have so when it is opened
+// again. Objects is never kept in a scene, and one without a choice of its own keeps nothing.
+std::vector<std::string> NotKept(Session& session, const States& before, const States& wanted,
+                                 const host::BaseContainer& old) {
   host::BaseContainer& data = *session.Document().GetDataInstance();
   const host::BaseContainer turned = data;
   const States now = ReadAnew(session);
@@ -65,8 +68,10 @@ void SayNotKept(Session& session, const std::vector<std::string>& lost) {
   const bool hasMarks = !session.Dialog().Marks().empty();
   session.GetProgram().terminal.Error(
       Listed(lost) + (lost.size() == 1 ? " is" : " are") + " not kept in the scene. " +
-      (hasMarks ? "`stagemarks load SCENE STAGEMARK --parts PARTS` or `--without PARTS` chooses for one load."
-                : "A scene has options of its own from its first Stagemark on; --save-default makes them your own."));
+      (hasMarks ? "`stagemarks load SCENE STAGEMARK --parts PARTS` or `--without PARTS` chooses "
+                  "for one load."
+                : "A scene has options of its own from its first Stagemark on; --save-default "
+                  "makes them your own."));
 }
 
 int RunOptions(Program& program, const OptionChoices& choices) {
@@ -85,7 +90,8 @@ int RunOptions(Program& program, const OptionChoices& choices) {
     session.Dialog().Choose("Save As Default Preferences");
     report.Line("Saved as the defaults for scenes without a choice of their own.");
   }
-  const auto lost = choices.toggles.empty() ? std::vector<std::string>() : NotKept(session, before, wanted, old);
+  const auto lost =
+      choices.toggles.empty() ? std::vector<std::string>() : NotKept(session, before, wanted, old);
   report.Json()["notKept"] = JsonOf(lost);
   const bool keeps = program.write || !program.output.empty();
   if (!choices.toggles.empty()) {
@@ -101,19 +107,25 @@ int RunOptions(Program& program, const OptionChoices& choices) {
 }  // namespace
 
 void AddOptions(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("options", "Show or change what a recording takes in and a recall applies");
+  CLI::App* verb = app.add_subcommand(
+      "options", "Show or change what a recording takes in and a recall applies");
   AddScene(*verb, program);
   auto choices = std::make_shared<OptionChoices>();
-  verb->add_option("--toggle", choices->toggles, "Turn an option on or off, by the name in the list; may be given several times")
+  verb->add_option("--toggle", choices->toggles,
+                   "Turn an option on or off, by the name in the list; may be given several times")
       ->type_name("OPTION");
-  verb->add_flag("--save-default", choices->save, "Make these the defaults for scenes without a choice of their own");
+  verb->add_flag("--save-default", choices->save,
+                 "Make these the defaults for scenes without a choice of their own");
   AddKeeping(*verb, program);
   verb->footer(
-      "A scene keeps its options from its first Stagemark on, all but Objects; `load` has --parts and --without for one load.\n\n"
+      "A scene keeps its options from its first Stagemark on, all but Objects; `load` has --parts "
+      "and --without for one load.\n\n"
       "Examples:\n"
       "  stagemarks options room.c4d\n"
       "  stagemarks options room.c4d --toggle Layers --toggle Materials --write");
-  verb->callback([&program, choices] { program.verb = [&program, choices] { return RunOptions(program, *choices); }; });
+  verb->callback([&program, choices] {
+    program.verb = [&program, choices] { return RunOptions(program, *choices); };
+  });
 }
 
 }  // namespace commandline

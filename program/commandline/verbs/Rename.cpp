@@ -12,7 +12,8 @@ int RunRename(Program& program, const std::string& from, const std::string& to) 
   if (const int status = session.RequireMarks({from}); status != kDone) return status;
   StagemarksDialog& dialog = session.Dialog();
   if (from != to && dialog.Has(to)) {
-    program.terminal.Error("There is a Stagemark \"" + to + "\" already. Delete or rename that one first.");
+    program.terminal.Error("There is a Stagemark \"" + to +
+                           "\" already. Delete or rename that one first.");
     return kUsage;
   }
   session.HoldSideFiles();
@@ -30,7 +31,8 @@ int RunRename(Program& program, const std::string& from, const std::string& to) 
 }  // namespace
 
 void AddRename(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("rename", "Give a Stagemark another name; its preview image goes along");
+  CLI::App* verb =
+      app.add_subcommand("rename", "Give a Stagemark another name; its preview image goes along");
   AddScene(*verb, program);
   struct Names {
     std::string from;
@@ -43,7 +45,9 @@ void AddRename(CLI::App& app, Program& program) {
   verb->footer(
       "Example:\n"
       "  stagemarks rename room.c4d Day \"Day, rainy\" --write");
-  verb->callback([&program, names] { program.verb = [&program, names] { return RunRename(program, names->from, names->to); }; });
+  verb->callback([&program, names] {
+    program.verb = [&program, names] { return RunRename(program, names->from, names->to); };
+  });
 }
 
 }  // namespace commandline

@@ -30,16 +30,20 @@ struct PlannedPicture {
   bool isRendered = false;
 };
 
-// Carries out one call of `render`: first everything is planned and checked, then rendered picture by picture.
+// Carries out one call of `render`: first everything is planned and checked, then rendered picture
+// by picture.
 class RenderVerb {
  public:
   RenderVerb(Program& program, const RenderOptions& options)
-      : program_(program), options_(options), session_(program), pictures_(session_, options.jobs) {}
+      : program_(program),
+        options_(options),
+        session_(program),
+        pictures_(session_, options.jobs) {}
 
   int Run() {
     int status = CheckOptions();
-    for (const auto step :
-         {&RenderVerb::Open, &RenderVerb::Plan, &RenderVerb::CheckNames, &RenderVerb::CheckPlaces, &RenderVerb::MakeFolders}) {
+    for (const auto step : {&RenderVerb::Open, &RenderVerb::Plan, &RenderVerb::CheckNames,
+                            &RenderVerb::CheckPlaces, &RenderVerb::MakeFolders}) {
       if (status == kDone) status = (this->*step)();
     }
     if (status != kDone) return status;
@@ -82,7 +86,8 @@ class RenderVerb {
       const PictureFacts facts = pictures_.Facts(state);
       const PictureSize size = size_.width > 0 ? size_ : pictures_.Size();
       if (const auto fits = engine::CheckImageSize(size.width, size.height, 16); !fits) {
-        program_.terminal.Error("\"" + facts.state + "\": " + fits.Message() + " Give another size with --size.");
+        program_.terminal.Error("\"" + facts.state + "\": " + fits.Message() +
+                                " Give another size with --size.");
         return kFailed;
       }
       plan_.push_back({state, facts.state, AbsolutePath(FillPattern(pattern, facts)), size});
@@ -94,22 +99,28 @@ class RenderVerb {
     std::vector<std::string> paths;
     for (const PlannedPicture& picture : plan_) paths.push_back(picture.path);
     if (const auto clash = FindClash(paths)) {
-      return Refuse("\"" + plan_[clash->first].name + "\" and \"" + plan_[clash->second].name + "\" would be written to " +
-                    WhyOneFile(paths[clash->first], paths[clash->second]) + " Nothing was rendered.");
+      return Refuse("\"" + plan_[clash->first].name + "\" and \"" + plan_[clash->second].name +
+                    "\" would be written to " +
+                    WhyOneFile(paths[clash->first], paths[clash->second]) +
+                    " Nothing was rendered.");
     }
     return kDone;
   }
 
   std::string WhyOneFile(const std::string& one, const std::string& other) const {
-    const bool hasState = program_.output.empty() || program_.output.find("{state}") != std::string::npos;
+    const bool hasState =
+        program_.output.empty() || program_.output.find("{state}") != std::string::npos;
     if (one != other) {
       return "\"" + one + "\" and \"" + other +
-             "\", which differ in upper and lower case only and are one file on some disks. Rename one of them, or render them "
+             "\", which differ in upper and lower case only and are one file on some disks. Rename "
+             "one of them, or render them "
              "apart.";
     }
-    if (!hasState) return "one file, " + other + ". Put {state} into the pattern, or render them apart.";
+    if (!hasState)
+      return "one file, " + other + ". Put {state} into the pattern, or render them apart.";
     return "one file, " + other +
-           ", because what a file's name cannot hold is replaced in it. Rename one of them, or render them apart.";
+           ", because what a file's name cannot hold is replaced in it. Rename one of them, or "
+           "render them apart.";
   }
 
   int CheckPlaces() {
@@ -138,7 +149,8 @@ class RenderVerb {
     const auto bytes = session_.Files().ReadFile(picture.path, engine::kLargestImageBytes);
     if (!bytes) return false;
     const auto image = engine::DecodeImage(bytes.Value());
-    return image && image.Value().width == picture.size.width && image.Value().height == picture.size.height;
+    return image && image.Value().width == picture.size.width &&
+           image.Value().height == picture.size.height;
   }
 
   void PrintPlan() {
@@ -146,7 +158,8 @@ class RenderVerb {
     Report report;
     report.Line(Counted(plan_.size(), "picture") + ":");
     for (const PlannedPicture& picture : plan_) {
-      report.Line("  " + picture.path + "  " + SizeText(picture.size) + (picture.isThere ? "  is there" : ""));
+      report.Line("  " + picture.path + "  " + SizeText(picture.size) +
+                  (picture.isThere ? "  is there" : ""));
     }
     report.Print(false);
     std::cout.flush();
@@ -158,7 +171,8 @@ class RenderVerb {
       if (picture.isThere) continue;
       int status = pictures_.Recall(picture.state);
       engine::Image image;
-      if (status == kDone) status = pictures_.Render(picture.size, {i, plan_.size()}, picture.name, &image);
+      if (status == kDone)
+        status = pictures_.Render(picture.size, {i, plan_.size()}, picture.name, &image);
       if (status == kDone) status = pictures_.Save(image, picture.path, program_.verbName);
       if (status != kDone) return status;
       picture.isRendered = true;
@@ -182,11 +196,13 @@ class RenderVerb {
                                 : picture.isThere  ? "there"
                                                    : "missing"}});
     }
-    report.Line("Rendered " + Counted(rendered, "picture") + (there > 0 ? ", " + Counted(there, "picture") + " kept." : "."));
+    report.Line("Rendered " + Counted(rendered, "picture") +
+                (there > 0 ? ", " + Counted(there, "picture") + " kept." : "."));
     report.Print(program_.json);
     if (status == kDone) return;
-    program_.terminal.Error((status == kInterrupted ? "Interrupted" : "Stopped") + std::string(" after ") +
-                            std::to_string(rendered + there) + " of " + Counted(plan_.size(), "picture") +
+    program_.terminal.Error((status == kInterrupted ? "Interrupted" : "Stopped") +
+                            std::string(" after ") + std::to_string(rendered + there) + " of " +
+                            Counted(plan_.size(), "picture") +
                             "; the same call with --resume takes up with what is missing.");
   }
 
@@ -205,27 +221,36 @@ void AddRender(CLI::App& app, Program& program) {
   CLI::App* verb = app.add_subcommand("render", "Render a picture of each state");
   AddScene(*verb, program);
   auto options = std::make_shared<RenderOptions>();
-  auto* states = verb->add_option("--state", options->states, "Name of a Stagemark to render; may be given several times")
+  auto* states = verb->add_option("--state", options->states,
+                                  "Name of a Stagemark to render; may be given several times")
                      ->type_name("STAGEMARK");
-  verb->add_flag("--all", options->all, "Render every Stagemark, as without --state")->excludes(states);
-  verb->add_option("-o,--output", program.output,
-                   "File names, ending in .png or .tif, with {scene}, {state}, {camera} and {frame}")
+  verb->add_flag("--all", options->all, "Render every Stagemark, as without --state")
+      ->excludes(states);
+  verb->add_option(
+          "-o,--output", program.output,
+          "File names, ending in .png or .tif, with {scene}, {state}, {camera} and {frame}")
       ->type_name("FILES")
       ->default_str(kPattern);
-  verb->add_option("--size", options->size, "Picture size, as 1920x1080, instead of that of each state's render settings")
+  verb->add_option("--size", options->size,
+                   "Picture size, as 1920x1080, instead of that of each state's render settings")
       ->type_name("WIDTHxHEIGHT");
   AddStrict(*verb, program);
   verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")
       ->type_name("N")
       ->check(CLI::Range(0U, 1024U));
-  verb->add_flag("--resume", options->resume, "Keep whole pictures that are there and render what is missing");
+  verb->add_flag("--resume", options->resume,
+                 "Keep whole pictures that are there and render what is missing");
   AddForce(*verb, program);
   verb->footer(
-      "A scene without Stagemarks is rendered as it is. Pictures of an earlier `render` are replaced, other files are not.\n\n"
+      "A scene without Stagemarks is rendered as it is. Pictures of an earlier `render` are "
+      "replaced, other files are not.\n\n"
       "Examples:\n"
       "  stagemarks render room.c4d\n"
-      "  stagemarks render room.c4d --state Evening -o \"pictures/{scene} {camera} {frame}.tif\" --size 640x360");
-  verb->callback([&program, options] { program.verb = [&program, options] { return RenderVerb(program, *options).Run(); }; });
+      "  stagemarks render room.c4d --state Evening -o \"pictures/{scene} {camera} {frame}.tif\" "
+      "--size 640x360");
+  verb->callback([&program, options] {
+    program.verb = [&program, options] { return RenderVerb(program, *options).Run(); };
+  });
 }
 
 }  // namespace commandline

@@ -27,7 +27,7 @@ struct Changes {
   std::vector<double> lookAt{0, 0, 0};
   std::string addLayer;
   std::string addMaterial;
-  std::vector<double> colour{0.8, 0.8, 0.8};
+  std::vector<double> color{0.8, 0.8, 0.8};
   std::string size;
   std::string frames;
 };
@@ -37,20 +37,23 @@ using Objects = std::vector<host::BaseObject*>;
 // Carries out one call of `set`: each step answers an exit status and counts what it changed.
 class SetVerb {
  public:
-  SetVerb(Program& program, const Changes& changes) : program_(program), changes_(changes), session_(program) {}
+  SetVerb(Program& program, const Changes& changes)
+      : program_(program), changes_(changes), session_(program) {}
 
   int Run() {
     if (const int status = session_.StartWithScene(); status != kDone) return status;
     host::BaseDocument& doc = session_.Document();
     doc.StartUndo();
     int status = kDone;
-    for (const auto step : {&SetVerb::Make, &SetVerb::ChangeObjects, &SetVerb::Select, &SetVerb::ChangeLayer,
-                            &SetVerb::ChangeCamera, &SetVerb::ChangeRenderSettings}) {
+    for (const auto step :
+         {&SetVerb::Make, &SetVerb::ChangeObjects, &SetVerb::Select, &SetVerb::ChangeLayer,
+          &SetVerb::ChangeCamera, &SetVerb::ChangeRenderSettings}) {
       if (status == kDone) status = (this->*step)();
     }
     doc.EndUndo();
     if (status != kDone) return status;
-    if (done_.empty()) return Refuse("Nothing to change was given. `stagemarks set --help` lists what can be.");
+    if (done_.empty())
+      return Refuse("Nothing to change was given. `stagemarks set --help` lists what can be.");
     doc.SetChanged();
     host::EventAdd();
     session_.App().DeliverEvents();
@@ -76,7 +79,8 @@ class SetVerb {
       const auto& [at, lookAt] = std::tie(changes_.at, changes_.lookAt);
       host::BaseObject* camera =
           at.empty() ? MakeFramingCamera(doc, changes_.addCamera)
-                     : MakeCamera(doc, changes_.addCamera, LookAt({at[0], at[1], at[2]}, {lookAt[0], lookAt[1], lookAt[2]}));
+                     : MakeCamera(doc, changes_.addCamera,
+                                  LookAt({at[0], at[1], at[2]}, {lookAt[0], lookAt[1], lookAt[2]}));
       done_.push_back("Added the camera " + PathOf(*camera) + ".");
     }
     if (!changes_.addLayer.empty()) {
@@ -84,22 +88,24 @@ class SetVerb {
       done_.push_back("Added the layer " + changes_.addLayer + ".");
     }
     if (!changes_.addMaterial.empty()) {
-      MakeMaterial(doc, changes_.addMaterial, {changes_.colour[0], changes_.colour[1], changes_.colour[2]});
+      MakeMaterial(doc, changes_.addMaterial,
+                   {changes_.color[0], changes_.color[1], changes_.color[2]});
       done_.push_back("Added the material " + changes_.addMaterial + ".");
     }
     return kDone;
   }
 
   bool ChangesObjects() const {
-    return !(changes_.editor.empty() && changes_.render.empty() && changes_.deform.empty() && changes_.material.empty() &&
-             changes_.assignLayer.empty());
+    return !(changes_.editor.empty() && changes_.render.empty() && changes_.deform.empty() &&
+             changes_.material.empty() && changes_.assignLayer.empty());
   }
 
   int ChangeObjects() {
     if (!ChangesObjects()) return kDone;
     if (changes_.objects.empty()) return Refuse("Say which objects are meant with --object.");
     Objects objects;
-    if (const int status = FindAllObjects(session_, changes_.objects, objects); status != kDone) return status;
+    if (const int status = FindAllObjects(session_, changes_.objects, objects); status != kDone)
+      return status;
     if (const int status = ChangeModes(objects); status != kDone) return status;
     if (const int status = ChangeMaterial(objects); status != kDone) return status;
     if (const int status = ChangeAssignedLayer(objects); status != kDone) return status;
@@ -148,7 +154,8 @@ class SetVerb {
   int Select() {
     if (changes_.select.empty()) return kDone;
     std::string selected;
-    if (const int status = SelectObjects(session_, changes_.select, selected); status != kDone) return status;
+    if (const int status = SelectObjects(session_, changes_.select, selected); status != kDone)
+      return status;
     done_.push_back("Selected " + selected + ".");
     return kDone;
   }
@@ -162,9 +169,11 @@ class SetVerb {
       const auto equals = flag.find('=');
       const std::string value = equals == std::string::npos ? "" : flag.substr(equals + 1);
       if ((value != "on" && value != "off") ||
-          !SetLayerFlag(session_.Document(), *layer.Value(), flag.substr(0, equals), value == "on")) {
+          !SetLayerFlag(session_.Document(), *layer.Value(), flag.substr(0, equals),
+                        value == "on")) {
         return Refuse("\"" + flag +
-                      "\" is no layer flag. Flags are solo, view, render, manager, locked, generators, deformers, "
+                      "\" is no layer flag. Flags are solo, view, render, manager, locked, "
+                      "generators, deformers, "
                       "expressions and animation, each =on or =off.");
       }
       done_.push_back("Layer " + changes_.layer + ": " + flag + ".");
@@ -178,11 +187,13 @@ class SetVerb {
     if (changes_.camera != "none") {
       const auto found = FindObject(session_.Document(), changes_.camera);
       if (!found) return Refuse(found.Message());
-      if (found.Value()->GetType() != host::Ocamera) return Refuse("\"" + changes_.camera + "\" is no camera.");
+      if (found.Value()->GetType() != host::Ocamera)
+        return Refuse("\"" + changes_.camera + "\" is no camera.");
       camera = found.Value();
     }
     session_.Document().GetRenderBaseDraw()->SetSceneCamera(camera, host::FALSE);
-    done_.push_back("The scene camera is now " + (camera ? PathOf(*camera) : "the editor camera") + ".");
+    done_.push_back("The scene camera is now " + (camera ? PathOf(*camera) : "the editor camera") +
+                    ".");
     return kDone;
   }
 
@@ -190,15 +201,17 @@ class SetVerb {
     std::array<int, 2> numbers{};
     char rest = 0;
     if (!changes_.size.empty()) {
-      if (std::sscanf(changes_.size.c_str(), "%dx%d%c", &numbers[0], &numbers[1], &rest) != 2 || numbers[0] < 1 ||
-          numbers[1] < 1 || numbers[0] > 16384 || numbers[1] > 16384) {
-        return Refuse("\"" + changes_.size + "\" is no picture size; 1920x1080 is one, up to 16384 a side.");
+      if (std::sscanf(changes_.size.c_str(), "%dx%d%c", &numbers[0], &numbers[1], &rest) != 2 ||
+          numbers[0] < 1 || numbers[1] < 1 || numbers[0] > 16384 || numbers[1] > 16384) {
+        return Refuse("\"" + changes_.size +
+                      "\" is no picture size; 1920x1080 is one, up to 16384 a side.");
       }
       SetRenderSize(session_.Document(), numbers[0], numbers[1]);
       done_.push_back("Picture size " + changes_.size + ".");
     }
     if (!changes_.frames.empty()) {
-      if (std::sscanf(changes_.frames.c_str(), "%d:%d%c", &numbers[0], &numbers[1], &rest) != 2 || numbers[0] > numbers[1]) {
+      if (std::sscanf(changes_.frames.c_str(), "%d:%d%c", &numbers[0], &numbers[1], &rest) != 2 ||
+          numbers[0] > numbers[1]) {
         return Refuse("\"" + changes_.frames + "\" is no frame range; 0:90 is one.");
       }
       SetRenderFrames(session_.Document(), numbers[0], numbers[1]);
@@ -216,17 +229,24 @@ class SetVerb {
 void AddObjectChanges(CLI::App& verb, Changes& changes) {
   verb.option_defaults()->group("Objects");
   const CLI::IsMember modes({"on", "off", "default"});
-  verb.add_option("--object", changes.objects, "Objects to change: name, /path, #position, or a pattern with * for several")
+  verb.add_option("--object", changes.objects,
+                  "Objects to change: name, /path, #position, or a pattern with * for several")
       ->type_name("OBJECT");
-  verb.add_option("--editor", changes.editor, "Visible in the editor: on, off or default (as the parent)")
+  verb.add_option("--editor", changes.editor,
+                  "Visible in the editor: on, off or default (as the parent)")
       ->type_name("MODE")
       ->check(modes);
-  verb.add_option("--render", changes.render, "Visible in renders: on, off or default (as the parent)")
+  verb.add_option("--render", changes.render,
+                  "Visible in renders: on, off or default (as the parent)")
       ->type_name("MODE")
       ->check(modes);
-  verb.add_option("--deform", changes.deform, "Generator on or off")->type_name("MODE")->check(CLI::IsMember({"on", "off"}));
-  verb.add_option("--material", changes.material, "Material of the texture tag, or none")->type_name("NAME");
-  verb.add_option("--assign-layer", changes.assignLayer, "Layer to put the objects on, or none")->type_name("NAME");
+  verb.add_option("--deform", changes.deform, "Generator on or off")
+      ->type_name("MODE")
+      ->check(CLI::IsMember({"on", "off"}));
+  verb.add_option("--material", changes.material, "Material of the texture tag, or none")
+      ->type_name("NAME");
+  verb.add_option("--assign-layer", changes.assignLayer, "Layer to put the objects on, or none")
+      ->type_name("NAME");
   verb.add_option("--select", changes.select, "Select exactly these objects")->type_name("OBJECT");
 }
 
@@ -234,32 +254,45 @@ void AddSceneChanges(CLI::App& verb, Changes& changes) {
   verb.option_defaults()->group("Layers and picture");
   verb.add_option("--layer", changes.layer, "Layer whose flags --flag changes")->type_name("NAME");
   verb.add_option("--flag", changes.layerFlags,
-                  "A flag of that layer: solo, view, render, manager, locked, generators, deformers, expressions or animation; "
+                  "A flag of that layer: solo, view, render, manager, locked, generators, "
+                  "deformers, expressions or animation; "
                   "may be given several times")
       ->type_name("FLAG=on|off");
-  verb.add_option("--camera", changes.camera, "Camera to render through, or none")->type_name("NAME");
-  verb.add_option("--size", changes.size, "Picture size of the active render settings, as 1920x1080")->type_name("WIDTHxHEIGHT");
-  verb.add_option("--frames", changes.frames, "Frame range of the active render settings, as 0:90")->type_name("FROM:TO");
-  verb.option_defaults()->group("What is new");
-  verb.add_option("--add-camera", changes.addCamera, "Add a camera of this name that shows everything, or see --at")
+  verb.add_option("--camera", changes.camera, "Camera to render through, or none")
       ->type_name("NAME");
-  CLI::Option* at =
-      verb.add_option("--at", changes.at, "Where the new camera stands")->type_name("X,Y,Z")->delimiter(',')->expected(3);
+  verb.add_option("--size", changes.size,
+                  "Picture size of the active render settings, as 1920x1080")
+      ->type_name("WIDTHxHEIGHT");
+  verb.add_option("--frames", changes.frames, "Frame range of the active render settings, as 0:90")
+      ->type_name("FROM:TO");
+  verb.option_defaults()->group("What is new");
+  verb.add_option("--add-camera", changes.addCamera,
+                  "Add a camera of this name that shows everything, or see --at")
+      ->type_name("NAME");
+  CLI::Option* at = verb.add_option("--at", changes.at, "Where the new camera stands")
+                        ->type_name("X,Y,Z")
+                        ->delimiter(',')
+                        ->expected(3);
   verb.add_option("--look-at", changes.lookAt, "What it looks at from there")
       ->type_name("X,Y,Z")
       ->delimiter(',')
       ->expected(3)
       ->needs(at);
   verb.add_option("--add-layer", changes.addLayer, "Add a layer of this name")->type_name("NAME");
-  verb.add_option("--add-material", changes.addMaterial, "Add a material of this name; see --color")->type_name("NAME");
-  verb.add_option("--color", changes.colour, "Its color, from 0 to 1")->type_name("R,G,B")->delimiter(',')->expected(3);
+  verb.add_option("--add-material", changes.addMaterial, "Add a material of this name; see --color")
+      ->type_name("NAME");
+  verb.add_option("--color", changes.color, "Its color, from 0 to 1")
+      ->type_name("R,G,B")
+      ->delimiter(',')
+      ->expected(3);
 }
 
 }  // namespace
 
 void AddSet(CLI::App& app, Program& program) {
-  CLI::App* verb =
-      app.add_subcommand("set", "Change switches, materials, layers, camera or render settings, to make states from a shell");
+  CLI::App* verb = app.add_subcommand(
+      "set",
+      "Change switches, materials, layers, camera or render settings, to make states from a shell");
   AddScene(*verb, program);
   auto changes = std::make_shared<Changes>();
   AddObjectChanges(*verb, *changes);
@@ -271,7 +304,9 @@ void AddSet(CLI::App& app, Program& program) {
       "  stagemarks set room.c4d --object \"Lamp*\" --render off --write\n"
       "  stagemarks set room.c4d --add-camera Front --at 0,150,-900 --look-at 0,100,0 --write\n"
       "  stagemarks set room.c4d --layer Props --flag render=off --size 1920x1080 -o room2.c4d");
-  verb->callback([&program, changes] { program.verb = [&program, changes] { return SetVerb(program, *changes).Run(); }; });
+  verb->callback([&program, changes] {
+    program.verb = [&program, changes] { return SetVerb(program, *changes).Run(); };
+  });
 }
 
 }  // namespace commandline

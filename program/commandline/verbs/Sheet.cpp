@@ -14,16 +14,18 @@ struct SheetOptions {
   unsigned jobs = 0;
 };
 
-// A sheet unless only a page is asked for; the page's folder has the name of the sheet where none is given.
+// A sheet unless only a page is asked for; the page's folder has the name of the sheet where none
+// is given.
 SheetOrder OrderOf(const Program& program, const SheetOptions& options, const std::string& scene) {
   SheetOrder order{options.states, "", "", options.jobs};
-  const std::string sheet = AbsolutePath(program.output.empty() ? SafeFileName(scene + " sheet") + ".png"
-                                                                : FillPattern(program.output, {scene, "", "", 0}));
+  const std::string sheet =
+      AbsolutePath(program.output.empty() ? SafeFileName(scene + " sheet") + ".png"
+                                          : FillPattern(program.output, {scene, "", "", 0}));
   const bool onlyPage = options.html && program.output.empty() && !options.folder.empty();
   if (!onlyPage) order.sheet = sheet;
   if (!options.html) return order;
-  order.folder =
-      options.folder.empty() ? std::filesystem::path(sheet).replace_extension().string() : AbsolutePath(options.folder);
+  order.folder = options.folder.empty() ? std::filesystem::path(sheet).replace_extension().string()
+                                        : AbsolutePath(options.folder);
   return order;
 }
 
@@ -47,15 +49,18 @@ int RunSheet(Program& program, const SheetOptions& options) {
 }  // namespace
 
 void AddSheet(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("sheet", "Make a contact sheet of all states, or a page for a browser");
+  CLI::App* verb =
+      app.add_subcommand("sheet", "Make a contact sheet of all states, or a page for a browser");
   AddScene(*verb, program);
   auto options = std::make_shared<SheetOptions>();
   verb->add_option("-o,--output", program.output, "The sheet, ending in .png or .tif")
       ->type_name("FILE")
       ->default_str("{scene} sheet.png");
-  verb->add_option("--state", options->states, "Only this Stagemark; may be given several times")->type_name("STAGEMARK");
+  verb->add_option("--state", options->states, "Only this Stagemark; may be given several times")
+      ->type_name("STAGEMARK");
   auto* html =
-      verb->add_option("--html", options->folder, "Write a page with search into this folder, the sheet's name by default")
+      verb->add_option("--html", options->folder,
+                       "Write a page with search into this folder, the sheet's name by default")
           ->type_name("DIR");
   html->expected(0, 1);
   AddStrict(*verb, program);

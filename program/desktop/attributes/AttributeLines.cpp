@@ -35,16 +35,20 @@ AttributeGroup GroupOf(const FieldSection& section, const SharedIds& elements) {
   return group;
 }
 
-void AddSections(std::vector<AttributeGroup>& groups, const ElementList& elements, const SharedIds& ids) {
+void AddSections(std::vector<AttributeGroup>& groups, const ElementList& elements,
+                 const SharedIds& ids) {
   const auto types = OneOfEachType(elements);
   for (const FieldSection& section : FieldSections()) {
-    const bool applies =
-        std::all_of(types.begin(), types.end(), [&](const auto& t) { return t.second->IsInstanceOf(section.type); });
+    const bool applies = std::all_of(types.begin(), types.end(), [&](const auto& t) {
+      return t.second->IsInstanceOf(section.type);
+    });
     if (applies) groups.push_back(GroupOf(section, ids));
   }
 }
 
-SharedIds Only(const host::GeListNode& node) { return std::make_shared<Ids>(Ids{engine::IdOf(node)}); }
+SharedIds Only(const host::GeListNode& node) {
+  return std::make_shared<Ids>(Ids{engine::IdOf(node)});
+}
 
 // A switch for each post or pass.
 template <class Node>
@@ -61,7 +65,8 @@ void AddOfSettings(std::vector<AttributeGroup>& groups, const host::RenderData& 
   AddSwitches(groups, "Post Effects", settings.GetFirstVideoPost());
   AddSwitches(groups, "Multi-Pass", settings.GetFirstMultipass());
   int count = 0;
-  for (host::BaseVideoPost* post = settings.GetFirstVideoPost(); post && count < kMostPosts; post = post->GetNext(), ++count) {
+  for (host::BaseVideoPost* post = settings.GetFirstVideoPost(); post && count < kMostPosts;
+       post = post->GetNext(), ++count) {
     AddSections(groups, {post}, Only(*post));
   }
 }
@@ -92,11 +97,13 @@ QString Plural(NodeKind kind) {
 }  // namespace
 
 bool AttributeGroup::LooksLike(const AttributeGroup& other) const {
-  return title == other.title && std::equal(lines.begin(), lines.end(), other.lines.begin(), other.lines.end(),
-                                            [](const auto& a, const auto& b) { return a.LooksLike(b); });
+  return title == other.title &&
+         std::equal(lines.begin(), lines.end(), other.lines.begin(), other.lines.end(),
+                    [](const auto& a, const auto& b) { return a.LooksLike(b); });
 }
 
-std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements, const SharedIds& ids) {
+std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements,
+                                      const SharedIds& ids) {
   std::vector<AttributeGroup> groups;
   if (elements.empty()) {
     AddSections(groups, {&doc}, Only(doc));
@@ -113,12 +120,14 @@ QString TitleOf(const ElementList& elements) {
   if (elements.empty()) return "Nothing is selected";
   const BaseList2D& first = *elements.front();
   if (elements.size() == 1) return ToQt(first.GetName()).simplified();
-  return QLocale(QLocale::English).toString(static_cast<qulonglong>(elements.size())) + " " + Plural(engine::KindOf(first));
+  return QLocale(QLocale::English).toString(static_cast<qulonglong>(elements.size())) + " " +
+         Plural(engine::KindOf(first));
 }
 
 QString KindsOf(const ElementList& elements) {
   QStringList names;
-  for (const auto& type : OneOfEachType(elements)) names.push_back(ToQt(type.second->GetTypeName()));
+  for (const auto& type : OneOfEachType(elements))
+    names.push_back(ToQt(type.second->GetTypeName()));
   if (names.size() <= kMostKinds) return names.join(", ");
   return names.mid(0, kMostKinds).join(", ") + " ...";
 }

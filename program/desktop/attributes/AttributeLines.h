@@ -1,5 +1,5 @@
-// AttributeLines: which fields are shown for the elements that are looked at, in groups with titles. A group applies to all of
-// the elements. Reads the document, owns no element. Main thread.
+// AttributeLines: which fields are shown for the elements that are looked at, in groups with
+// titles. A group applies to all of the elements. Reads the document, owns no element. Main thread.
 #pragma once
 
 #include <QString>
@@ -15,7 +15,9 @@ struct AttributeLine {
   SharedIds elements;  // that the field is of
 
   // Whether both look alike, whatever their elements.
-  bool LooksLike(const AttributeLine& other) const { return field == other.field && label == other.label; }
+  bool LooksLike(const AttributeLine& other) const {
+    return field == other.field && label == other.label;
+  }
 };
 
 struct AttributeGroup {
@@ -28,9 +30,12 @@ struct AttributeGroup {
 
 using ElementList = std::vector<host::BaseList2D*>;
 
-// The groups for elements of `doc` with those identities; for none of them those of the document itself. At least one.
-std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements, const SharedIds& ids);
-// What is looked at in a few words: a name, "3 objects", "Nothing is selected"; and what it is: "Cube", "Null, Cube".
+// The groups for elements of `doc` with those identities; for none of them those of the document
+// itself. At least one.
+std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements,
+                                      const SharedIds& ids);
+// What is looked at in a few words: a name, "3 objects", "Nothing is selected"; and what it is:
+// "Cube", "Null, Cube".
 QString TitleOf(const ElementList& elements);
 QString KindsOf(const ElementList& elements);
 

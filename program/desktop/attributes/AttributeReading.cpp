@@ -6,7 +6,8 @@
 
 namespace desktop {
 
-AttributeReading::AttributeReading(host::BaseDocument& doc, SharedIds elements) : doc_(doc), ids_(std::move(elements)) {
+AttributeReading::AttributeReading(host::BaseDocument& doc, SharedIds elements)
+    : doc_(doc), ids_(std::move(elements)) {
   if (ids_->empty()) BeginValues();
 }
 
@@ -33,7 +34,8 @@ void AttributeReading::BeginValues() {
   groups_ = GroupsFor(doc_, living_, ids_);
   for (const AttributeGroup& group : groups_) {
     for (const AttributeLine& line : group.lines) {
-      if (line.elements == ids_ && !living_.empty()) common_.emplace_back(*line.field, *living_.front());
+      if (line.elements == ids_ && !living_.empty())
+        common_.emplace_back(*line.field, *living_.front());
     }
   }
   for (CommonValue& common : common_) undecided_.push_back(&common);
@@ -42,7 +44,8 @@ void AttributeReading::BeginValues() {
 void AttributeReading::LookAtMore(std::size_t elements) {
   const std::size_t end = std::min(living_.size(), lookedAt_ + elements);
   for (; lookedAt_ < end && !undecided_.empty(); ++lookedAt_) {
-    std::erase_if(undecided_, [&](CommonValue* common) { return !common->LookAt(*living_[lookedAt_]); });
+    std::erase_if(undecided_,
+                  [&](CommonValue* common) { return !common->LookAt(*living_[lookedAt_]); });
   }
 }
 

@@ -1,6 +1,6 @@
-// AttributeReading: reads which fields the elements have that are looked at, and what they have in common in them, in steps as
-// large as one likes, so that a window stays alive while very many are read. It refers to the document, which must neither change
-// nor go between its steps. Main thread.
+// AttributeReading: reads which fields the elements have that are looked at, and what they have in
+// common in them, in steps as large as one likes, so that a window stays alive while very many are
+// read. It refers to the document, which must neither change nor go between its steps. Main thread.
 #pragma once
 
 #include <optional>
@@ -18,7 +18,8 @@ class AttributeReading {
   // Looks at about so many more elements; true when all is read.
   bool Advance(std::size_t elements);
 
-  // After the last step. The values stand in the order of all lines; none where a line's elements are gone.
+  // After the last step. The values stand in the order of all lines; none where a line's elements
+  // are gone.
   const ElementList& Elements() const { return living_; }
   std::vector<AttributeGroup> TakeGroups() { return std::move(groups_); }
   const std::vector<std::optional<FieldValue>>& Values() const { return values_; }

@@ -19,7 +19,8 @@ constexpr std::size_t kElementsBetweenLooks = 500;
 constexpr std::size_t kMostAtOnce = 5000;
 
 bool LookAlike(const std::vector<AttributeGroup>& a, const std::vector<AttributeGroup>& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) { return x.LooksLike(y); });
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](const auto& x, const auto& y) { return x.LooksLike(y); });
 }
 
 }  // namespace
@@ -76,7 +77,8 @@ void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) 
 void AttributesView::Slice() {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!reading_) return;
-  if (!doc || engine::ChangeCount(*doc) != seen_) return reading_.reset();  // which is followed before the loop waits
+  // Which is followed before the loop waits
+  if (!doc || engine::ChangeCount(*doc) != seen_) return reading_.reset();
   QElapsedTimer time;
   time.start();
   while (!reading_->Advance(kElementsBetweenLooks)) {
@@ -88,7 +90,8 @@ void AttributesView::Slice() {
 
 void AttributesView::ShowWaiting() {
   if (content_) content_->setEnabled(false);
-  title_->setText(QLocale(QLocale::English).toString(static_cast<qulonglong>(elements_->size())) + " elements");
+  title_->setText(QLocale(QLocale::English).toString(static_cast<qulonglong>(elements_->size())) +
+                  " elements");
   kinds_->setText("Reading what they have in common");
   kinds_->show();
 }
@@ -132,14 +135,17 @@ void AttributesView::Build(const std::vector<AttributeGroup>& groups) {
   }
   for (const AttributeGroup& group : groups) AddGroup(group, std::min(labelWidth, kMostLabel));
   column_->insertWidget(column_->count() - 1, content_);
-  // Sideways there is nothing to scroll to; and a panel that shrinks and grows with every click would move the picture.
-  const int margins = 2 * column_->contentsMargins().left() + verticalScrollBar()->sizeHint().width();
+  // Sideways there is nothing to scroll to; and a panel that shrinks and grows with every click
+  // would move the picture.
+  const int margins =
+      2 * column_->contentsMargins().left() + verticalScrollBar()->sizeHint().width();
   setMinimumWidth(std::max(minimumWidth(), content_->minimumSizeHint().width() + margins));
 }
 
 void AttributesView::AddGroup(const AttributeGroup& group, int labelWidth) {
   const auto kept = folded_.find(group.title);
-  auto* section = new FoldSection(group.title, kept == folded_.end() ? group.folded : kept->second, content_);
+  auto* section =
+      new FoldSection(group.title, kept == folded_.end() ? group.folded : kept->second, content_);
   for (const AttributeLine& line : group.lines) {
     LineField* field = LineField::Make(*line.field, section);
     field->edited = [this, at = lines_.size()](const FieldEdit& edit) { Edit(at, edit); };

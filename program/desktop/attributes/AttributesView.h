@@ -1,6 +1,7 @@
-// AttributesView: the fields of the elements that are looked at, under titles that fold, for reading and editing. Very many
-// elements are read in slices between which the window lives on. It keeps identities, owns no element. Widgets are made anew only
-// when other fields are to be shown. Main thread.
+// AttributesView: the fields of the elements that are looked at, under titles that fold, for
+// reading and editing. Very many elements are read in slices between which the window lives on. It
+// keeps identities, owns no element. Widgets are made anew only when other fields are to be shown.
+// Main thread.
 #pragma once
 
 #include <QLabel>
@@ -22,8 +23,9 @@ class AttributesView : public QScrollArea {
  public:
   explicit AttributesView(QWidget* parent);
 
-  // Shows elements of `doc` (none: the document's own fields; null: nothing) and takes up what changed. Cheap when nothing did.
-  // What was being typed for other elements is taken for them first.
+  // Shows elements of `doc` (none: the document's own fields; null: nothing) and takes up what
+  // changed. Cheap when nothing did. What was being typed for other elements is taken for them
+  // first.
   void Follow(host::BaseDocument* doc, const SharedIds& elements);
   // How long one slice may take.
   std::chrono::milliseconds slice{20};

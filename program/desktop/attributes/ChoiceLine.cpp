@@ -18,7 +18,9 @@ constexpr int kFewestLetters = 8;
 constexpr int kLongestName = 200;
 constexpr const char* kMixed = "\u2014";
 
-const char* NoneText(FieldKind kind) { return kind == FieldKind::Camera ? "Editor camera" : "None"; }
+const char* NoneText(FieldKind kind) {
+  return kind == FieldKind::Camera ? "Editor camera" : "None";
+}
 
 QString NameOf(const BaseList2D& element) {
   const QString name = ToQt(element.GetName()).left(kLongestName).simplified();
@@ -62,7 +64,8 @@ void ChoiceLine::Box::focusInEvent(QFocusEvent* event) {
 
 void ChoiceLine::Box::wheelEvent(QWheelEvent* event) { event->ignore(); }
 
-ChoiceLine::ChoiceLine(const Field& field, QWidget* parent) : LineField(field, parent), box_(new Box(*this)) {
+ChoiceLine::ChoiceLine(const Field& field, QWidget* parent)
+    : LineField(field, parent), box_(new Box(*this)) {
   box_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   box_->setMinimumContentsLength(kFewestLetters);
   box_->setPlaceholderText(kMixed);
@@ -106,7 +109,8 @@ void ChoiceLine::ReadList() {
   const QVariant now = box_->currentIndex() < 0 ? QVariant() : box_->currentData();
   box_->clear();
   if (Shown().kind != FieldKind::Settings) box_->addItem(NoneText(Shown().kind), qulonglong(0));
-  for (const host::GeListNode* node = FirstOf(*doc, Shown().kind); node; node = engine::NextInTree(node)) {
+  for (const host::GeListNode* node = FirstOf(*doc, Shown().kind); node;
+       node = engine::NextInTree(node)) {
     if (Shown().kind == FieldKind::Camera && node->GetType() != host::Ocamera) continue;
     box_->addItem(NameOf(static_cast<const BaseList2D&>(*node)), qulonglong(engine::IdOf(*node)));
   }

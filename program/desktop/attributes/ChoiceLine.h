@@ -1,5 +1,5 @@
-// ChoiceLine: one of a few, or one of the document's layers, materials, cameras or render settings. The list of these is read
-// when it is about to be used. Main thread.
+// ChoiceLine: one of a few, or one of the document's layers, materials, cameras or render settings.
+// The list of these is read when it is about to be used. Main thread.
 #pragma once
 
 #include <QComboBox>

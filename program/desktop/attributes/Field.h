@@ -1,5 +1,6 @@
-// Field: one editable property of elements: where it is kept, how it is called, shown and limited. The fields of every kind of
-// element stand in one table; a new one is a new row. Plain data; any thread.
+// Field: one editable property of elements: where it is kept, how it is called, shown and limited.
+// The fields of every kind of element stand in one table; a new one is a new row. Plain data; any
+// thread.
 #pragma once
 
 #include <span>
@@ -82,8 +83,8 @@ const Field& InUseField();
 // The document's scene camera, which is shown with render settings, too.
 const Field& SceneCameraField();
 
-// Whether a value consists of three numbers, each edited by itself; how many of them are shown; what a shown number has to be
-// divided by to give the kept one.
+// Whether a value consists of three numbers, each edited by itself; how many of them are shown;
+// what a shown number has to be divided by to give the kept one.
 bool IsColor(FieldKind kind);
 bool IsOfParts(FieldKind kind);
 int PartsOf(FieldKind kind);

@@ -9,17 +9,20 @@ namespace {
 
 std::string StepName(const Field& field) { return field.id == kFieldName ? "Rename" : field.label; }
 
-void Apply(host::BaseDocument& doc, host::BaseList2D& element, const Field& field, const FieldEdit& edit) {
+void Apply(host::BaseDocument& doc, host::BaseList2D& element, const Field& field,
+           const FieldEdit& edit) {
   const host::GeData before = ReadField(element, field);
   const host::GeData after = Edited(before, edit, field.kind);
   if (after == before) return;
-  if (field.kind == FieldKind::Texture) return SetTextureFile(element, field.id, after.GetFilename());
+  if (field.kind == FieldKind::Texture)
+    return SetTextureFile(element, field.id, after.GetFilename());
   doc.AddUndo(host::UNDO_CHANGE, &element);
   WriteField(element, field, after);
 }
 
 // False when it was stopped; everything is as before then.
-bool SetAll(host::BaseDocument& doc, const std::vector<host::BaseList2D*>& elements, const Field& field, const FieldEdit& edit) {
+bool SetAll(host::BaseDocument& doc, const std::vector<host::BaseList2D*>& elements,
+            const Field& field, const FieldEdit& edit) {
   LongEdit step(doc, StepName(field), elements.size());
   for (host::BaseList2D* element : elements) {
     if (!step.Step()) return false;
@@ -43,7 +46,8 @@ std::vector<host::BaseList2D*> ElementsOf(host::BaseDocument& doc, const Ids& id
   return elements;
 }
 
-void FieldEditing::Set(host::BaseDocument& doc, const SharedIds& elements, const Field& field, const FieldEdit& edit) {
+void FieldEditing::Set(host::BaseDocument& doc, const SharedIds& elements, const Field& field,
+                       const FieldEdit& edit) {
   const bool replaces = edit.goesOn && TakeBackBefore(doc, elements, field);
   const host::ULLONG before = engine::ChangeCount(doc);
   const bool whole = SetAll(doc, ElementsOf(doc, *elements), field, edit);
@@ -57,7 +61,8 @@ void FieldEditing::Set(host::BaseDocument& doc, const SharedIds& elements, const
   after_ = engine::ChangeCount(doc);
 }
 
-bool FieldEditing::TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements, const Field& field) {
+bool FieldEditing::TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements,
+                                  const Field& field) {
   const bool same = doc_ == IdentityOf(&doc) && field_ == &field && *elements_ == *elements;
   return same && engine::ChangeCount(doc) == after_ && doc.DoUndo();
 }

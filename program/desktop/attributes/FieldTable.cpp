@@ -22,7 +22,8 @@ constexpr auto kMostPixels = static_cast<double>(engine::kLargestImageSide);
 constexpr FieldChoice kModes[] = {{MODE_UNDEF, "Undefined"}, {MODE_ON, "On"}, {MODE_OFF, "Off"}};
 constexpr FieldChoice kOnOff[] = {{1, "On"}, {0, "Off"}};
 constexpr FieldChoice kProjections[] = {{0, "Perspective"}, {1, "Parallel"}};
-constexpr FieldChoice kLightTypes[] = {{0, "Point"}, {1, "Spot"}, {2, "Sun"}, {3, "Area"}, {4, "Ambient"}};
+constexpr FieldChoice kLightTypes[] = {
+    {0, "Point"}, {1, "Spot"}, {2, "Sun"}, {3, "Area"}, {4, "Ambient"}};
 constexpr FieldChoice kShadows[] = {{0, "None"}, {1, "Ray-traced"}};
 constexpr FieldChoice kAlphaModes[] = {{0, "Opaque"}, {1, "Cut out"}, {2, "Blended"}};
 constexpr FieldChoice kFrameRanges[] = {{0, "From - to"}, {1, "Current frame"}, {2, "All frames"}};
@@ -30,7 +31,8 @@ constexpr FieldChoice kFrameRanges[] = {{0, "From - to"}, {1, "Current frame"}, 
 constexpr Field kName{kFieldName, "Name", Kind::Text};
 constexpr Field kLayer{kFieldLayer, "Layer", Kind::Layer};
 
-constexpr Field Number(LONG id, const char* label, double min = -kFar, double max = kFar, double step = 1, const char* tip = "") {
+constexpr Field Number(LONG id, const char* label, double min = -kFar, double max = kFar,
+                       double step = 1, const char* tip = "") {
   return {id, label, Kind::Real, min, max, step, "", tip};
 }
 constexpr Field Whole(LONG id, const char* label, double min, double max, const char* unit = "") {
@@ -42,11 +44,16 @@ constexpr Field Angle(LONG id, const char* label, double min, double max, const 
 constexpr Field Percent(LONG id, const char* label, double max = 100, const char* tip = "") {
   return {id, label, Kind::Percent, 0, max, 5, " %", tip};
 }
-constexpr Field Switch(LONG id, const char* label, const char* tip = "") { return {id, label, Kind::Switch, 0, 1, 1, "", tip}; }
-constexpr Field Choice(LONG id, const char* label, std::span<const FieldChoice> choices, const char* tip = "") {
+constexpr Field Switch(LONG id, const char* label, const char* tip = "") {
+  return {id, label, Kind::Switch, 0, 1, 1, "", tip};
+}
+constexpr Field Choice(LONG id, const char* label, std::span<const FieldChoice> choices,
+                       const char* tip = "") {
   return {id, label, Kind::Choice, 0, 0, 0, "", tip, choices};
 }
-constexpr Field Color(LONG id, const char* label, double max = 1) { return {id, label, Kind::Color, 0, max, 0.05}; }
+constexpr Field Color(LONG id, const char* label, double max = 1) {
+  return {id, label, Kind::Color, 0, max, 0.05};
+}
 constexpr Field Texture(LONG id, const char* label) {
   return {id,
           label,
@@ -55,25 +62,30 @@ constexpr Field Texture(LONG id, const char* label) {
           0,
           0,
           "",
-          "A picture file. Without a folder it is looked for beside the scene and in its folder \"tex\"."};
+          "A picture file. Without a folder it is looked for beside the scene and in its folder "
+          "\"tex\"."};
 }
 
 constexpr Field kObject[] = {
     kName,
     kLayer,
-    Choice(kFieldEditorMode, "Editor mode", kModes, "Shown in the editor view. Undefined follows the parent."),
-    Choice(kFieldRenderMode, "Render mode", kModes, "Shown in rendered pictures. Undefined follows the parent."),
+    Choice(kFieldEditorMode, "Editor mode", kModes,
+           "Shown in the editor view. Undefined follows the parent."),
+    Choice(kFieldRenderMode, "Render mode", kModes,
+           "Shown in rendered pictures. Undefined follows the parent."),
     Choice(kFieldDeformMode, "Deform mode", kOnOff, "Off switches a generator or deformer off."),
 };
 constexpr Field kCoordinates[] = {
     {kFieldPosition, "Position", Kind::Vector, -kFar, kFar, 1, "", "Relative to the parent."},
-    {kFieldRotation, "Rotation", Kind::Angles, -36000, 36000, 1, "\u00b0", "About the axes X, Y and Z, relative to the parent."},
+    {kFieldRotation, "Rotation", Kind::Angles, -36000, 36000, 1, "\u00b0",
+     "About the axes X, Y and Z, relative to the parent."},
     {kFieldScale, "Scale", Kind::Vector, -1e6, 1e6, 0.1, "", "Relative to the parent."},
 };
 constexpr Field kCamera[] = {
     Choice(CAMERA_PROJECTION, "Projection", kProjections),
     Angle(CAMERA_FOV, "Field of view", 0.1, 177, "Horizontal, of a perspective camera."),
-    Angle(CAMERA_FOV_VERTICAL, "Vertical field", 0, 177, "0 follows the horizontal one and the shape of the picture."),
+    Angle(CAMERA_FOV_VERTICAL, "Vertical field", 0, 177,
+          "0 follows the horizontal one and the shape of the picture."),
     Number(CAMERA_WIDTH, "Width", 0.001, kFar, 10, "Of the picture of a parallel camera."),
     Number(CAMERA_NEAR, "Near", 0, kFar, 1, "What is nearer is not shown."),
     Number(CAMERA_FAR, "Far", 0, kFar, 10, "What is farther is not shown. 0: no limit."),
@@ -94,12 +106,14 @@ constexpr Field kCube[] = {{PRIM_SIZE, "Size", Kind::Vector, 0, kFar, 1}};
 constexpr Field kRound[] = {kRadius, kSegments};
 constexpr Field kTall[] = {kRadius, kHeight, kSegments};
 constexpr Field kTorus[] = {kRadius, Number(PRIM_RADIUS2, "Tube radius", 0), kSegments};
-constexpr Field kPlane[] = {Number(PRIM_WIDTH, "Width", 0), Number(PRIM_HEIGHT, "Depth", 0), kSegments};
+constexpr Field kPlane[] = {Number(PRIM_WIDTH, "Width", 0), Number(PRIM_HEIGHT, "Depth", 0),
+                            kSegments};
 
 constexpr Field kNamed[] = {kName, kLayer};
 constexpr Field kTextureTag[] = {
     {kFieldTagMaterial, "Material", Kind::Material},
-    {TEXTURETAG_OFFSET, "Offset", Kind::Pair, -kFar, kFar, 0.1, "", "In U and V; 1 is the whole picture."},
+    {TEXTURETAG_OFFSET, "Offset", Kind::Pair, -kFar, kFar, 0.1, "",
+     "In U and V; 1 is the whole picture."},
     {TEXTURETAG_TILES, "Tiles", Kind::Pair, 0, 1e6, 1, "", "Repetitions in U and V. 0: once."},
 };
 constexpr Field kCompositing[] = {
@@ -107,30 +121,41 @@ constexpr Field kCompositing[] = {
     Switch(COMPOSITINGTAG_RECEIVESHADOW, "Receive shadows"),
     Switch(COMPOSITINGTAG_SEENBYCAMERA, "Seen by camera"),
 };
-constexpr const char* kByNumber = "Recorded and recalled under this number; the picture here does not follow it.";
+constexpr const char* kByNumber =
+    "Recorded and recalled under this number; the picture here does not follow it.";
 constexpr Field KeptSwitch(LONG id, const char* label) { return Switch(id, label, kByNumber); }
 constexpr Field KeptWhole(LONG id, const char* label) {
   return {id, label, Kind::Whole, -2147483648.0, 2147483647.0, 1, "", kByNumber};
 }
-constexpr Field KeptReal(LONG id, const char* label) { return Number(id, label, -kFar, kFar, 0.1, kByNumber); }
+constexpr Field KeptReal(LONG id, const char* label) {
+  return Number(id, label, -kFar, kFar, 0.1, kByNumber);
+}
 constexpr Field kCompositingRest[] = {
-    KeptSwitch(1003, "Switch 1003"), KeptSwitch(1017, "Switch 1017"), KeptSwitch(1004, "Switch 1004"),
-    KeptSwitch(1005, "Switch 1005"), KeptSwitch(1158, "Switch 1158"), KeptSwitch(1154, "Switch 1154"),
-    KeptSwitch(1155, "Switch 1155"), KeptSwitch(1156, "Switch 1156"), KeptSwitch(1010, "Switch 1010"),
-    KeptSwitch(1011, "Switch 1011"), KeptSwitch(1012, "Switch 1012"), KeptSwitch(1013, "Switch 1013"),
-    KeptSwitch(1014, "Switch 1014"), KeptSwitch(1015, "Switch 1015"), KeptSwitch(1136, "Switch 1136"),
-    KeptSwitch(1137, "Switch 1137"), KeptSwitch(1138, "Switch 1138"), KeptSwitch(1139, "Switch 1139"),
-    KeptSwitch(1140, "Switch 1140"), KeptSwitch(1141, "Switch 1141"), KeptWhole(1006, "Number 1006"),
-    KeptWhole(1007, "Number 1007"),  KeptWhole(1110, "Number 1110"),  KeptWhole(1111, "Number 1111"),
-    KeptWhole(1112, "Number 1112"),  KeptWhole(1113, "Number 1113"),  KeptWhole(1114, "Number 1114"),
-    KeptWhole(1115, "Number 1115"),  KeptWhole(1120, "Number 1120"),  KeptWhole(1121, "Number 1121"),
-    KeptWhole(1122, "Number 1122"),  KeptWhole(1123, "Number 1123"),  KeptWhole(1124, "Number 1124"),
-    KeptWhole(1125, "Number 1125"),  KeptReal(1016, "Number 1016"),   KeptReal(1150, "Number 1150"),
+    KeptSwitch(1003, "Switch 1003"), KeptSwitch(1017, "Switch 1017"),
+    KeptSwitch(1004, "Switch 1004"), KeptSwitch(1005, "Switch 1005"),
+    KeptSwitch(1158, "Switch 1158"), KeptSwitch(1154, "Switch 1154"),
+    KeptSwitch(1155, "Switch 1155"), KeptSwitch(1156, "Switch 1156"),
+    KeptSwitch(1010, "Switch 1010"), KeptSwitch(1011, "Switch 1011"),
+    KeptSwitch(1012, "Switch 1012"), KeptSwitch(1013, "Switch 1013"),
+    KeptSwitch(1014, "Switch 1014"), KeptSwitch(1015, "Switch 1015"),
+    KeptSwitch(1136, "Switch 1136"), KeptSwitch(1137, "Switch 1137"),
+    KeptSwitch(1138, "Switch 1138"), KeptSwitch(1139, "Switch 1139"),
+    KeptSwitch(1140, "Switch 1140"), KeptSwitch(1141, "Switch 1141"),
+    KeptWhole(1006, "Number 1006"),  KeptWhole(1007, "Number 1007"),
+    KeptWhole(1110, "Number 1110"),  KeptWhole(1111, "Number 1111"),
+    KeptWhole(1112, "Number 1112"),  KeptWhole(1113, "Number 1113"),
+    KeptWhole(1114, "Number 1114"),  KeptWhole(1115, "Number 1115"),
+    KeptWhole(1120, "Number 1120"),  KeptWhole(1121, "Number 1121"),
+    KeptWhole(1122, "Number 1122"),  KeptWhole(1123, "Number 1123"),
+    KeptWhole(1124, "Number 1124"),  KeptWhole(1125, "Number 1125"),
+    KeptReal(1016, "Number 1016"),   KeptReal(1150, "Number 1150"),
     KeptReal(1151, "Number 1151"),   KeptReal(1152, "Number 1152"),
 };
 
-constexpr Field kMaterialColor[] = {Color(MATERIAL_COLOR, "Color"), Texture(MATERIAL_COLOR_SHADER, "Texture")};
-constexpr Field kMaterialLuminance[] = {Color(MATERIAL_LUMINANCE, "Color", 1e4), Texture(MATERIAL_LUMINANCE_SHADER, "Texture")};
+constexpr Field kMaterialColor[] = {Color(MATERIAL_COLOR, "Color"),
+                                    Texture(MATERIAL_COLOR_SHADER, "Texture")};
+constexpr Field kMaterialLuminance[] = {Color(MATERIAL_LUMINANCE, "Color", 1e4),
+                                        Texture(MATERIAL_LUMINANCE_SHADER, "Texture")};
 constexpr Field kMaterialSurface[] = {
     Percent(MATERIAL_SPECULAR, "Specular"),
     Percent(MATERIAL_ROUGHNESS, "Roughness"),
@@ -141,12 +166,14 @@ constexpr Field kMaterialSurface[] = {
 constexpr Field kMaterialOpacity[] = {
     Choice(MATERIAL_ALPHA_MODE, "Mode", kAlphaModes),
     Percent(MATERIAL_ALPHA, "Opacity"),
-    Percent(MATERIAL_ALPHA_CUTOFF, "Cutoff", 100, "Of a cut-out material: what is less opaque is not shown."),
+    Percent(MATERIAL_ALPHA_CUTOFF, "Cutoff", 100,
+            "Of a cut-out material: what is less opaque is not shown."),
 };
 
 constexpr Field kLayerFlags[] = {
     {kFieldLayerColor, "Color", Kind::ScreenColor, 0, 1, 0.05},
-    Switch(kFieldLayerFlags, "Solo", "While any layer is solo, only objects on solo layers are shown."),
+    Switch(kFieldLayerFlags, "Solo",
+           "While any layer is solo, only objects on solo layers are shown."),
     Switch(kFieldLayerFlags - 1, "View"),
     Switch(kFieldLayerFlags - 2, "Render"),
     Switch(kFieldLayerFlags - 3, "Manager"),
@@ -177,7 +204,8 @@ constexpr Field kIllumination[] = {
 constexpr Field kInUse = Switch(kFieldInUse, "In use");
 
 constexpr Field kDocument[] = {
-    {kFieldSceneCamera, "Camera", Kind::Camera, 0, 0, 0, "", "What the picture is rendered through."},
+    {kFieldSceneCamera, "Camera", Kind::Camera, 0, 0, 0, "",
+     "What the picture is rendered through."},
     {kFieldActiveSettings, "Render settings", Kind::Settings},
     Whole(kFieldFps, "Frame rate", 1, 1000, " fps"),
 };
@@ -219,7 +247,9 @@ const Field& SceneCameraField() { return kDocument[0]; }
 
 bool IsColor(FieldKind kind) { return kind == Kind::Color || kind == Kind::ScreenColor; }
 
-bool IsOfParts(FieldKind kind) { return kind == Kind::Vector || kind == Kind::Angles || kind == Kind::Pair || IsColor(kind); }
+bool IsOfParts(FieldKind kind) {
+  return kind == Kind::Vector || kind == Kind::Angles || kind == Kind::Pair || IsColor(kind);
+}
 
 int PartsOf(FieldKind kind) { return !IsOfParts(kind) ? 1 : kind == Kind::Pair ? 2 : 3; }
 

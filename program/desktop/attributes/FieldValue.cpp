@@ -20,22 +20,30 @@ using host::GeData;
 using host::LONG;
 using host::Vector;
 
-// One of the properties that are no parameters. The element is of the kind that the table of fields shows it for.
+// One of the properties that are no parameters. The element is of the kind that the table of fields
+// shows it for.
 struct OwnProperty {
   LONG id;
   GeData (*read)(const BaseList2D& element);
   void (*write)(BaseList2D& element, const GeData& value);
-  // Whether both surely have the same value: saves reading it, of very many elements. Null: not known.
+  // Whether both surely have the same value: saves reading it, of very many elements. Null: not
+  // known.
   bool (*alike)(const BaseList2D& a, const BaseList2D& b) = nullptr;
 };
 
-const BaseObject& Object(const BaseList2D& element) { return static_cast<const BaseObject&>(element); }
+const BaseObject& Object(const BaseList2D& element) {
+  return static_cast<const BaseObject&>(element);
+}
 BaseObject& Object(BaseList2D& element) { return static_cast<BaseObject&>(element); }
-const BaseDocument& Document(const BaseList2D& element) { return static_cast<const BaseDocument&>(element); }
+const BaseDocument& Document(const BaseList2D& element) {
+  return static_cast<const BaseDocument&>(element);
+}
 BaseDocument& Document(BaseList2D& element) { return static_cast<BaseDocument&>(element); }
 LONG Number(bool value) { return value ? 1 : 0; }
 GeData Link(const BaseList2D* target) { return GeData(target); }
-BaseList2D* Target(const BaseList2D& element, const GeData& value) { return value.GetLink(element.GetDocument()); }
+BaseList2D* Target(const BaseList2D& element, const GeData& value) {
+  return value.GetLink(element.GetDocument());
+}
 
 bool SameAxes(const BaseList2D& a, const BaseList2D& b) {
   const host::Matrix first = Object(a).GetMl();
@@ -65,34 +73,60 @@ constexpr OwnProperty kProperties[] = {
      [](const BaseList2D& a, const BaseList2D& b) { return a.GetName() == b.GetName(); }},
     {kFieldLayer, [](const BaseList2D& e) { return Link(e.GetLayerObject(e.GetDocument())); },
      [](BaseList2D& e, const GeData& v) { e.SetLayerObject(engine::AsLayer(Target(e, v))); },
-     [](const BaseList2D& a, const BaseList2D& b) { return engine::LayerIdOf(a) == engine::LayerIdOf(b); }},
+     [](const BaseList2D& a, const BaseList2D& b) {
+       return engine::LayerIdOf(a) == engine::LayerIdOf(b);
+     }},
     {kFieldEditorMode, [](const BaseList2D& e) { return GeData(Object(e).GetEditorMode()); },
      [](BaseList2D& e, const GeData& v) { Object(e).SetEditorMode(v.GetLong()); }},
     {kFieldRenderMode, [](const BaseList2D& e) { return GeData(Object(e).GetRenderMode()); },
      [](BaseList2D& e, const GeData& v) { Object(e).SetRenderMode(v.GetLong()); }},
-    {kFieldDeformMode, [](const BaseList2D& e) { return GeData(Number(Object(e).GetDeformMode())); },
+    {kFieldDeformMode,
+     [](const BaseList2D& e) { return GeData(Number(Object(e).GetDeformMode())); },
      [](BaseList2D& e, const GeData& v) { Object(e).SetDeformMode(v.GetBool()); }},
-    {kFieldPosition, [](const BaseList2D& e) { return GeData(Object(e).GetMl().off); }, WritePosition},
+    {kFieldPosition, [](const BaseList2D& e) { return GeData(Object(e).GetMl().off); },
+     WritePosition},
     {kFieldRotation, [](const BaseList2D& e) { return GeData(AnglesOf(Object(e).GetMl())); },
-     [](BaseList2D& e, const GeData& v) { Object(e).SetMl(WithAngles(Object(e).GetMl(), v.GetVector())); }, SameAxes},
-    {kFieldScale, [](const BaseList2D& e) { return GeData(ScaleOf(Object(e).GetMl())); },
-     [](BaseList2D& e, const GeData& v) { Object(e).SetMl(WithScale(Object(e).GetMl(), v.GetVector())); }, SameAxes},
-    {kFieldTagMaterial, [](const BaseList2D& e) { return Link(static_cast<const host::TextureTag&>(e).GetMaterial()); },
-     [](BaseList2D& e, const GeData& v) { static_cast<host::TextureTag&>(e).SetMaterial(engine::AsMaterial(Target(e, v))); }},
-    {kFieldInUse, [](const BaseList2D& e) { return GeData(Number(!e.GetBit(host::BIT_DISABLED))); }, WriteInUse},
-    {kFieldSceneCamera, [](const BaseList2D& e) { return Link(Document(e).GetRenderBaseDraw()->GetSceneCamera(&Document(e))); },
      [](BaseList2D& e, const GeData& v) {
-       Document(e).GetRenderBaseDraw()->SetSceneCamera(engine::AsObject(v.GetLink(&Document(e))), true);
+       Object(e).SetMl(WithAngles(Object(e).GetMl(), v.GetVector()));
+     },
+     SameAxes},
+    {kFieldScale, [](const BaseList2D& e) { return GeData(ScaleOf(Object(e).GetMl())); },
+     [](BaseList2D& e, const GeData& v) {
+       Object(e).SetMl(WithScale(Object(e).GetMl(), v.GetVector()));
+     },
+     SameAxes},
+    {kFieldTagMaterial,
+     [](const BaseList2D& e) {
+       return Link(static_cast<const host::TextureTag&>(e).GetMaterial());
+     },
+     [](BaseList2D& e, const GeData& v) {
+       static_cast<host::TextureTag&>(e).SetMaterial(engine::AsMaterial(Target(e, v)));
      }},
-    {kFieldActiveSettings, [](const BaseList2D& e) { return Link(Document(e).GetActiveRenderData()); },
-     [](BaseList2D& e, const GeData& v) { Document(e).SetActiveRenderData(engine::AsRenderData(v.GetLink(&Document(e)))); }},
+    {kFieldInUse, [](const BaseList2D& e) { return GeData(Number(!e.GetBit(host::BIT_DISABLED))); },
+     WriteInUse},
+    {kFieldSceneCamera,
+     [](const BaseList2D& e) {
+       return Link(Document(e).GetRenderBaseDraw()->GetSceneCamera(&Document(e)));
+     },
+     [](BaseList2D& e, const GeData& v) {
+       Document(e).GetRenderBaseDraw()->SetSceneCamera(engine::AsObject(v.GetLink(&Document(e))),
+                                                       true);
+     }},
+    {kFieldActiveSettings,
+     [](const BaseList2D& e) { return Link(Document(e).GetActiveRenderData()); },
+     [](BaseList2D& e, const GeData& v) {
+       Document(e).SetActiveRenderData(engine::AsRenderData(v.GetLink(&Document(e))));
+     }},
     {kFieldFps, [](const BaseList2D& e) { return GeData(Document(e).GetFps()); },
      [](BaseList2D& e, const GeData& v) { Document(e).SetFps(v.GetLong()); }},
-    {kFieldLayerColor, [](const BaseList2D& e) { return GeData(e.GetLayerData(e.GetDocument(), true).color); }, WriteLayerColor},
+    {kFieldLayerColor,
+     [](const BaseList2D& e) { return GeData(e.GetLayerData(e.GetDocument(), true).color); },
+     WriteLayerColor},
 };
 
 const OwnProperty* PropertyOf(LONG id) {
-  const auto found = std::find_if(std::begin(kProperties), std::end(kProperties), [id](const auto& row) { return row.id == id; });
+  const auto found = std::find_if(std::begin(kProperties), std::end(kProperties),
+                                  [id](const auto& row) { return row.id == id; });
   return found == std::end(kProperties) ? nullptr : found;
 }
 
@@ -127,7 +161,8 @@ LONG FrameRateOf(const BaseList2D& settings) {
 GeData ReadParameter(const BaseList2D& element, const Field& field) {
   GeData value = element.GetDataInstance()->GetData(field.id);
   if (value.GetType() == host::DA_NIL) value = Preset(element.GetType(), field);
-  return field.kind == FieldKind::Frame ? GeData(value.GetTime().GetFrame(FrameRateOf(element))) : value;
+  return field.kind == FieldKind::Frame ? GeData(value.GetTime().GetFrame(FrameRateOf(element)))
+                                        : value;
 }
 
 double Part(const Vector& v, int part) { return part == 0 ? v.x : part == 1 ? v.y : v.z; }
@@ -185,7 +220,8 @@ GeData Edited(const GeData& before, const FieldEdit& edit, FieldKind kind) {
   if (!IsOfParts(kind)) return edit.value;
   const Vector old = before.GetVector();
   const Vector wanted = edit.value.GetVector();
-  return Vector(edit.parts[0] ? wanted.x : old.x, edit.parts[1] ? wanted.y : old.y, edit.parts[2] ? wanted.z : old.z);
+  return Vector(edit.parts[0] ? wanted.x : old.x, edit.parts[1] ? wanted.y : old.y,
+                edit.parts[2] ? wanted.z : old.z);
 }
 
 }  // namespace desktop

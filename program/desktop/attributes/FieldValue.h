@@ -1,5 +1,6 @@
-// Values of fields: read from one element or from many at once, and written to one. A value has the type that it is kept in, with
-// three numbers as a vector and a choice among elements as a link. Main thread.
+// Values of fields: read from one element or from many at once, and written to one. A value has the
+// type that it is kept in, with three numbers as a vector and a choice among elements as a link.
+// Main thread.
 #pragma once
 
 #include <array>
@@ -26,7 +27,8 @@ struct FieldEdit {
 
 // A parameter that the element does not hold reads as what its type starts with.
 host::GeData ReadField(const host::BaseList2D& element, const Field& field);
-// What elements have in common in one field, found by looking at one after the other. They outlive it.
+// What elements have in common in one field, found by looking at one after the other. They outlive
+// it.
 class CommonValue {
  public:
   CommonValue(const Field& field, const host::BaseList2D& first);

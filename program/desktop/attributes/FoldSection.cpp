@@ -6,7 +6,10 @@
 namespace desktop {
 
 FoldSection::FoldSection(const QString& title, bool folded, QWidget* parent)
-    : QWidget(parent), title_(new QToolButton(this)), body_(new QWidget(this)), lines_(new QGridLayout(body_)) {
+    : QWidget(parent),
+      title_(new QToolButton(this)),
+      body_(new QWidget(this)),
+      lines_(new QGridLayout(body_)) {
   title_->setText(title);
   title_->setCheckable(true);
   title_->setChecked(!folded);
@@ -30,7 +33,8 @@ FoldSection::FoldSection(const QString& title, bool folded, QWidget* parent)
   });
 }
 
-void FoldSection::AddLine(const QString& label, const QString& tip, int labelWidth, QWidget* field) {
+void FoldSection::AddLine(const QString& label, const QString& tip, int labelWidth,
+                          QWidget* field) {
   auto* text = new QLabel(body_);
   text->setTextFormat(Qt::PlainText);
   text->setText(text->fontMetrics().elidedText(label, Qt::ElideRight, labelWidth));

@@ -1,5 +1,5 @@
-// LineField: what edits one field of the elements that are looked at. It shows what it is given and tells of edits; it knows no
-// elements. One class for each way of editing. Main thread.
+// LineField: what edits one field of the elements that are looked at. It shows what it is given and
+// tells of edits; it knows no elements. One class for each way of editing. Main thread.
 #pragma once
 
 #include <QWidget>

@@ -6,7 +6,8 @@ namespace {
 
 void AddChosen(Ids& ids, const host::GeListNode* first) {
   for (const host::GeListNode* node = first; node; node = engine::NextInTree(node)) {
-    if (static_cast<const host::BaseList2D*>(node)->GetBit(host::BIT_ACTIVE)) ids.push_back(engine::IdOf(*node));
+    if (static_cast<const host::BaseList2D*>(node)->GetBit(host::BIT_ACTIVE))
+      ids.push_back(engine::IdOf(*node));
   }
 }
 
@@ -50,14 +51,15 @@ LookedAt::Selection LookedAt::ReadSelection(const host::BaseDocument& doc) {
   return selection;
 }
 
-// Of several that changed at once the tags count, which are selected together with their objects. A document that is looked at
-// for the first time begins with its objects.
+// Of several that changed at once the tags count, which are selected together with their objects. A
+// document that is looked at for the first time begins with its objects.
 void LookedAt::TakeOver(Selection selection, bool isNew) {
   if (selection == selection_) return;
   shown_.clear();
   for (int kind = kObjects; kind >= kTags; --kind) {
     const Ids& now = selection[static_cast<std::size_t>(kind)];
-    if (now != selection_[static_cast<std::size_t>(kind)] && !now.empty()) last_ = static_cast<Kind>(kind);
+    if (now != selection_[static_cast<std::size_t>(kind)] && !now.empty())
+      last_ = static_cast<Kind>(kind);
   }
   if (isNew && !selection[kObjects].empty()) last_ = kObjects;
   selection_ = std::move(selection);

@@ -1,5 +1,6 @@
-// LookedAt: which elements the attributes are of: the selected objects, tags, materials or layers, whichever were selected last.
-// A panel may put others there until something is selected anew. It keeps identities and owns no element. Main thread.
+// LookedAt: which elements the attributes are of: the selected objects, tags, materials or layers,
+// whichever were selected last. A panel may put others there until something is selected anew. It
+// keeps identities and owns no element. Main thread.
 #pragma once
 
 #include <array>
@@ -10,7 +11,8 @@
 
 namespace desktop {
 
-// Identities of elements of one document; a new list whenever they change, so that comparing addresses tells.
+// Identities of elements of one document; a new list whenever they change, so that comparing
+// addresses tells.
 using Ids = std::vector<engine::NodeId>;
 using SharedIds = std::shared_ptr<const Ids>;
 
@@ -18,12 +20,13 @@ class LookedAt {
  public:
   enum Kind { kTags, kMaterials, kLayers, kObjects, kKinds };
 
-  // Takes up what was selected, deselected or deleted since the last call. Linear in the selection where that changed, else
-  // cheap.
+  // Takes up what was selected, deselected or deleted since the last call. Linear in the selection
+  // where that changed, else cheap.
   void Follow(const host::BaseDocument* doc);
   // Looks at these elements of `doc` until others are selected there or all of them are deleted.
   void Show(const host::BaseDocument& doc, Ids elements);
-  // Looks at the selected ones of that kind again, as somebody touched them. Nothing where none is selected.
+  // Looks at the selected ones of that kind again, as somebody touched them. Nothing where none is
+  // selected.
   void Return(const host::BaseDocument& doc, Kind kind);
   // Never null; empty when nothing is selected.
   const SharedIds& Elements() const { return elements_; }

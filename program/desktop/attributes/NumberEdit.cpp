@@ -49,17 +49,20 @@ std::optional<double> ReadNumber(const QString& text, const Field& field, QStrin
     *problem = "The number is too large or too small.";
   } else if (read.ec != std::errc() || !whole || !std::isfinite(number)) {
     *problem = "Type a number such as 12 or 0.5.";
-  } else if ((field.kind == FieldKind::Whole || field.kind == FieldKind::Frame) && number != std::round(number)) {
+  } else if ((field.kind == FieldKind::Whole || field.kind == FieldKind::Frame) &&
+             number != std::round(number)) {
     *problem = "Type a whole number.";
   } else if (number < field.min || number > field.max) {
-    *problem = QString("Type a number from %1 to %2.").arg(NumberText(field.min), NumberText(field.max));
+    *problem =
+        QString("Type a number from %1 to %2.").arg(NumberText(field.min), NumberText(field.max));
   } else {
     return number;
   }
   return std::nullopt;
 }
 
-NumberEdit::NumberEdit(const Field& field, char mark, QWidget* parent) : TypingEdit(parent), field_(field), mark_(mark) {
+NumberEdit::NumberEdit(const Field& field, char mark, QWidget* parent)
+    : TypingEdit(parent), field_(field), mark_(mark) {
   if (mark_) setTextMargins(kMarkWidth, 0, 0, 0);
   setToolTip(field.tip);
   take = [this](const QString& text) { return TakeText(text); };
@@ -71,12 +74,14 @@ void NumberEdit::ShowNumber(std::optional<double> number) {
 }
 
 QSize NumberEdit::sizeHint() const {
-  return {fontMetrics().horizontalAdvance('0') * kShownDigits + kMarkWidth + kFrame, TypingEdit::sizeHint().height()};
+  return {fontMetrics().horizontalAdvance('0') * kShownDigits + kMarkWidth + kFrame,
+          TypingEdit::sizeHint().height()};
 }
 
 QSize NumberEdit::minimumSizeHint() const {
   const int mark = mark_ ? kMarkWidth : 0;
-  return {fontMetrics().horizontalAdvance('0') * kFewestDigits + mark + kFrame, TypingEdit::minimumSizeHint().height()};
+  return {fontMetrics().horizontalAdvance('0') * kFewestDigits + mark + kFrame,
+          TypingEdit::minimumSizeHint().height()};
 }
 
 QString NumberEdit::TakeText(const QString& text) {
@@ -136,7 +141,8 @@ void NumberEdit::paintEvent(QPaintEvent* event) {
   if (!mark_) return;
   QPainter painter(this);
   painter.setPen(palette().color(QPalette::PlaceholderText));
-  painter.drawText(rect().adjusted(7, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, QString(QChar(mark_)));
+  painter.drawText(rect().adjusted(7, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
+                   QString(QChar(mark_)));
 }
 
 }  // namespace desktop

@@ -1,4 +1,5 @@
-// NumberEdit: a number that is typed, or stepped with the arrow keys and, while it has the focus, the wheel. Main thread.
+// NumberEdit: a number that is typed, or stepped with the arrow keys and, while it has the focus,
+// the wheel. Main thread.
 #pragma once
 
 #include <QElapsedTimer>
@@ -39,7 +40,8 @@ class NumberEdit : public TypingEdit {
   int wheel_ = 0;
 };
 
-// The number as shown: at most four digits behind the point. The number that a text is, with or without the unit; else why not.
+// The number as shown: at most four digits behind the point. The number that a text is, with or
+// without the unit; else why not.
 QString NumberText(double number);
 std::optional<double> ReadNumber(const QString& text, const Field& field, QString* problem);
 

@@ -28,7 +28,8 @@ char MarkOf(FieldKind kind, std::size_t part) {
 // What a color looks like, and the color that looks like it.
 QColor ToScreen(const host::Vector& color, FieldKind kind) {
   const auto byte = [kind](double share) {
-    if (kind == FieldKind::Color) return static_cast<int>(engine::LinearToSrgb(static_cast<float>(share)));
+    if (kind == FieldKind::Color)
+      return static_cast<int>(engine::LinearToSrgb(static_cast<float>(share)));
     return share > 0 ? static_cast<int>(std::lround(std::min(share, 1.0) * 255)) : 0;
   };
   return QColor(byte(color.x), byte(color.y), byte(color.z));
@@ -36,7 +37,9 @@ QColor ToScreen(const host::Vector& color, FieldKind kind) {
 
 host::Vector FromScreen(const QColor& color, FieldKind kind) {
   const auto share = [kind](int byte) {
-    return kind == FieldKind::Color ? static_cast<double>(engine::SrgbToLinear(static_cast<std::uint8_t>(byte))) : byte / 255.0;
+    return kind == FieldKind::Color
+               ? static_cast<double>(engine::SrgbToLinear(static_cast<std::uint8_t>(byte)))
+               : byte / 255.0;
   };
   return {share(color.red()), share(color.green()), share(color.blue())};
 }
@@ -49,7 +52,9 @@ NumberLine::NumberLine(const Field& field, QWidget* parent) : LineField(field, p
   for (std::size_t part = 0; part < parts; ++part) {
     auto* number = new NumberEdit(field, MarkOf(field.kind, part), this);
     number->entered = [this, part](double value, bool goesOn) { Entered(part, value, goesOn); };
-    number->setAccessibleName(parts > 1 ? QString("%1 %2").arg(field.label, QChar(MarkOf(field.kind, part))) : field.label);
+    number->setAccessibleName(
+        parts > 1 ? QString("%1 %2").arg(field.label, QChar(MarkOf(field.kind, part)))
+                  : field.label);
     layout()->addWidget(number);
     numbers_.push_back(number);
     Watch(number);
@@ -81,13 +86,15 @@ void NumberLine::ShowPatch() {
   QPixmap picture(kPatch * devicePixelRatioF());
   picture.setDevicePixelRatio(devicePixelRatioF());
   const bool mixed = std::count(value_.mixed.begin(), value_.mixed.end(), true) > 0;
-  picture.fill(mixed ? palette().color(QPalette::Mid) : ToScreen(value_.value.GetVector(), Shown().kind));
+  picture.fill(mixed ? palette().color(QPalette::Mid)
+                     : ToScreen(value_.value.GetVector(), Shown().kind));
   patch_->setIcon(picture);
 }
 
 void NumberLine::ChooseColor() {
   const QPointer<NumberLine> alive(this);
-  const QColor chosen = QColorDialog::getColor(ToScreen(value_.value.GetVector(), Shown().kind), this, "Choose a color");
+  const QColor chosen = QColorDialog::getColor(ToScreen(value_.value.GetVector(), Shown().kind),
+                                               this, "Choose a color");
   if (chosen.isValid() && alive) Tell({FromScreen(chosen, Shown().kind)});
 }
 

@@ -1,4 +1,5 @@
-// NumberLine: one to three numbers side by side; with a color, a patch of it before them that opens a chooser. Main thread.
+// NumberLine: one to three numbers side by side; with a color, a patch of it before them that opens
+// a chooser. Main thread.
 #pragma once
 
 #include <QToolButton>

@@ -18,7 +18,9 @@ double Dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.
 double Length(const Vector& v) { return std::sqrt(Dot(v, v)); }
 Vector Times(const Vector& v, double factor) { return {v.x * factor, v.y * factor, v.z * factor}; }
 Vector Sum(const Vector& a, const Vector& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-Vector Cross(const Vector& a, const Vector& b) { return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x}; }
+Vector Cross(const Vector& a, const Vector& b) {
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
 
 // `v` with length 1; `instead` where it has no direction.
 Vector Unit(const Vector& v, const Vector& instead) {
@@ -30,7 +32,8 @@ Vector Unit(const Vector& v, const Vector& instead) {
 Vector Upright(const Vector& wish, const Vector& v) {
   const auto across = [&v](const Vector& w) { return Sum(w, Times(v, -Dot(w, v))); };
   const Vector straight = across(Unit(wish, {0, 1, 0}));
-  return Length(straight) > 1e-9 ? Unit(straight, {0, 1, 0}) : Unit(across({0, 0, std::abs(v.y) > 0.5 ? 1.0 : 0.0}), {1, 0, 0});
+  return Length(straight) > 1e-9 ? Unit(straight, {0, 1, 0})
+                                 : Unit(across({0, 0, std::abs(v.y) > 0.5 ? 1.0 : 0.0}), {1, 0, 0});
 }
 
 // The pure turn in a frame: three unit vectors at right angles.
@@ -56,12 +59,15 @@ Matrix TurnBy(const Vector& angles) {
 Vector Turned(const Matrix& turn, const Vector& v) {
   return Sum(Sum(Times(turn.v1, v.x), Times(turn.v2, v.y)), Times(turn.v3, v.z));
 }
-Vector TurnedBack(const Matrix& turn, const Vector& v) { return {Dot(turn.v1, v), Dot(turn.v2, v), Dot(turn.v3, v)}; }
+Vector TurnedBack(const Matrix& turn, const Vector& v) {
+  return {Dot(turn.v1, v), Dot(turn.v2, v), Dot(turn.v3, v)};
+}
 
 Vector Scaled(const Vector& axis, double now, double wanted, const Vector& direction) {
   if (now == wanted) return axis;
   if (wanted == 0) wanted = kSmallestScale;
-  return std::abs(now) > 0 && std::isfinite(now) ? Times(axis, wanted / now) : Times(direction, wanted);
+  return std::abs(now) > 0 && std::isfinite(now) ? Times(axis, wanted / now)
+                                                 : Times(direction, wanted);
 }
 
 }  // namespace
@@ -69,7 +75,8 @@ Vector Scaled(const Vector& axis, double now, double wanted, const Vector& direc
 Vector AnglesOf(const Matrix& frame) {
   const Matrix turn = TurnOf(frame);
   const double sine = -turn.v3.y;
-  if (std::abs(sine) > kUpright) return {std::copysign(std::asin(1.0), sine), std::atan2(-turn.v1.z, turn.v1.x), 0};
+  if (std::abs(sine) > kUpright)
+    return {std::copysign(std::asin(1.0), sine), std::atan2(-turn.v1.z, turn.v1.x), 0};
   return {std::asin(sine), std::atan2(turn.v3.x, turn.v3.z), std::atan2(turn.v1.y, turn.v2.y)};
 }
 

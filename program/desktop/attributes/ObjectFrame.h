@@ -1,5 +1,6 @@
-// Position, angles and scale of an object's frame, each read and replaced by itself; what is not replaced stays, shear included.
-// Angles are radians about X, Y and Z: first about Z, then X, then Y. A mirrored frame has a negative scale in X. Any thread.
+// Position, angles and scale of an object's frame, each read and replaced by itself; what is not
+// replaced stays, shear included. Angles are radians about X, Y and Z: first about Z, then X, then
+// Y. A mirrored frame has a negative scale in X. Any thread.
 #pragma once
 
 #include "host/Math.h"

@@ -4,7 +4,8 @@
 
 namespace desktop {
 
-SwitchLine::SwitchLine(const Field& field, QWidget* parent) : LineField(field, parent), box_(new QCheckBox(this)) {
+SwitchLine::SwitchLine(const Field& field, QWidget* parent)
+    : LineField(field, parent), box_(new QCheckBox(this)) {
   box_->setToolTip(field.tip);
   box_->setAccessibleName(field.label);
   layout()->addWidget(box_);
@@ -18,7 +19,9 @@ SwitchLine::SwitchLine(const Field& field, QWidget* parent) : LineField(field, p
 
 void SwitchLine::Show(const FieldValue& value, const host::BaseDocument&) {
   box_->setTristate(value.mixed[0]);
-  box_->setCheckState(value.mixed[0] ? Qt::PartiallyChecked : value.value.GetBool() ? Qt::Checked : Qt::Unchecked);
+  box_->setCheckState(value.mixed[0]          ? Qt::PartiallyChecked
+                      : value.value.GetBool() ? Qt::Checked
+                                              : Qt::Unchecked);
 }
 
 }  // namespace desktop

@@ -16,7 +16,8 @@ constexpr const char* kPictures = "Pictures (*.png *.jpg *.jpeg *.tif *.tiff *.e
 
 }  // namespace
 
-TextLine::TextLine(const Field& field, QWidget* parent) : LineField(field, parent), edit_(new TypingEdit(this)) {
+TextLine::TextLine(const Field& field, QWidget* parent)
+    : LineField(field, parent), edit_(new TypingEdit(this)) {
   edit_->take = [this](const QString& text) { return Take(text); };
   edit_->setToolTip(field.tip);
   edit_->setAccessibleName(field.label);
@@ -38,12 +39,15 @@ void TextLine::Show(const FieldValue& value, const host::BaseDocument& doc) {
   doc_ = IdentityOf(&doc);
   if (edit_->IsTyped()) return;
   const bool isFile = Shown().kind != FieldKind::Text;
-  edit_->ShowText(ToQt(isFile ? value.value.GetFilename().GetString() : value.value.GetString()), value.mixed[0]);
+  edit_->ShowText(ToQt(isFile ? value.value.GetFilename().GetString() : value.value.GetString()),
+                  value.mixed[0]);
 }
 
 QString TextLine::Take(const QString& text) const {
-  if (Shown().kind == FieldKind::Text && text.isEmpty()) return "A name needs one character at least.";
-  Tell({Shown().kind == FieldKind::Text ? host::GeData(ToHost(text)) : host::GeData(host::Filename(ToHost(text)))});
+  if (Shown().kind == FieldKind::Text && text.isEmpty())
+    return "A name needs one character at least.";
+  Tell({Shown().kind == FieldKind::Text ? host::GeData(ToHost(text))
+                                        : host::GeData(host::Filename(ToHost(text)))});
   return {};
 }
 
@@ -55,7 +59,8 @@ void TextLine::Choose() {
   const QString now = edit_->text();
   const std::string begin = QFileInfo(now).isAbsolute() ? now.toStdString() : folder;
   const QString filter = Shown().kind == FieldKind::Texture ? kPictures : kAnything;
-  const auto path = ChooseFile(this, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_LOAD, "Choose a file", begin}, filter);
+  const auto path = ChooseFile(
+      this, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_LOAD, "Choose a file", begin}, filter);
   if (path && alive) Tell({host::GeData(host::Filename(host::String(*path)))});
 }
 

@@ -16,7 +16,8 @@ BaseShader* BitmapBehind(const BaseList2D& material, host::LONG link) {
   if (!shader || engine::KindOf(*shader) != engine::NodeKind::Shader) return nullptr;
   for (const host::GeListNode* node = shader; node; node = engine::NextInTree(node, shader)) {
     if (node->GetType() == host::Xcolor) return nullptr;
-    if (node->GetType() == host::Xbitmap) return static_cast<BaseShader*>(const_cast<host::GeListNode*>(node));
+    if (node->GetType() == host::Xbitmap)
+      return static_cast<BaseShader*>(const_cast<host::GeListNode*>(node));
   }
   return nullptr;
 }
@@ -35,7 +36,8 @@ BaseShader* NewBitmap(BaseList2D& material, host::LONG link) {
 
 host::Filename TextureFileOf(const BaseList2D& material, host::LONG link) {
   const BaseShader* shader = BitmapBehind(material, link);
-  return shader ? shader->GetDataInstance()->GetFilename(host::BITMAPSHADER_FILENAME) : host::Filename();
+  return shader ? shader->GetDataInstance()->GetFilename(host::BITMAPSHADER_FILENAME)
+                : host::Filename();
 }
 
 void SetTextureFile(BaseList2D& material, host::LONG link, const host::Filename& file) {

@@ -64,10 +64,15 @@ void TypingEdit::Mark(bool refused) {
 QRect TypingEdit::TextPlace() const {
   QStyleOptionFrame option;
   initStyleOption(&option);
-  return style()->subElementRect(QStyle::SE_LineEditContents, &option, this).marginsRemoved(textMargins()).adjusted(2, 0, -2, 0);
+  return style()
+      ->subElementRect(QStyle::SE_LineEditContents, &option, this)
+      .marginsRemoved(textMargins())
+      .adjusted(2, 0, -2, 0);
 }
 
-bool TypingEdit::IsCut() const { return fontMetrics().horizontalAdvance(text()) > TextPlace().width(); }
+bool TypingEdit::IsCut() const {
+  return fontMetrics().horizontalAdvance(text()) > TextPlace().width();
+}
 
 // A number without its last digits would be another number: what is cut fades away.
 void TypingEdit::paintEvent(QPaintEvent* event) {
@@ -90,12 +95,13 @@ void TypingEdit::paintEvent(QPaintEvent* event) {
 bool TypingEdit::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride && !isModified()) {
     const auto& key = static_cast<QKeyEvent&>(*event);
-    const bool redo = key.matches(QKeySequence::Redo) || (key.key() == Qt::Key_Z && key.modifiers() & Qt::ControlModifier);
+    const bool redo = key.matches(QKeySequence::Redo) ||
+                      (key.key() == Qt::Key_Z && key.modifiers() & Qt::ControlModifier);
     if (key.matches(QKeySequence::Undo) || redo) return false;
   }
   if (event->type() == QEvent::ToolTip && IsCut()) {
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), toolTip().isEmpty() ? text() : text() + "\n" + toolTip(),
-                       this);
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                       toolTip().isEmpty() ? text() : text() + "\n" + toolTip(), this);
     return true;
   }
   return QLineEdit::event(event);

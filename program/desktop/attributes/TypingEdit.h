@@ -1,5 +1,6 @@
-// TypingEdit: a line of text that a person types and then confirms: Enter or leaving takes it, Escape brings back what was there.
-// Text that is refused stays, marked, until it is put right; on leaving it goes back, and says so. Main thread.
+// TypingEdit: a line of text that a person types and then confirms: Enter or leaving takes it,
+// Escape brings back what was there. Text that is refused stays, marked, until it is put right; on
+// leaving it goes back, and says so. Main thread.
 #pragma once
 
 #include <QLineEdit>
@@ -11,7 +12,8 @@ class TypingEdit : public QLineEdit {
  public:
   explicit TypingEdit(QWidget* parent);
 
-  // Takes a text over; answers why not, or an empty text when it was taken. Called for typed text only.
+  // Takes a text over; answers why not, or an empty text when it was taken. Called for typed text
+  // only.
   std::function<QString(const QString&)> take;
 
   // Shows what there is, in place of what was typed. `mixed`: there are several texts.
@@ -22,7 +24,8 @@ class TypingEdit : public QLineEdit {
 
  protected:
   bool event(QEvent* event) override;
-  // Shows that it goes on where there is no room for all of the text; the tip then begins with the text.
+  // Shows that it goes on where there is no room for all of the text; the tip then begins with the
+  // text.
   void paintEvent(QPaintEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;

@@ -36,14 +36,16 @@ std::string StepName(host::GeDialog& dialog, const host::String& label, About ab
   constexpr qsizetype kLongest = 60;
   QString name = ToQt(label).simplified();
   const pictures::StagemarksDialog states(dialog);
-  const auto chosen = about == About::kChosenRow && states.Fits() ? states.SelectedNames() : std::vector<std::string>();
+  const auto chosen = about == About::kChosenRow && states.Fits() ? states.SelectedNames()
+                                                                  : std::vector<std::string>();
   if (chosen.size() == 1) name += " " + QString::fromStdString(chosen.front()).simplified();
   return (name.size() > kLongest ? name.left(kLongest - 1) + QChar(0x2026) : name).toStdString();
 }
 
 QStatusBar* StatusLineOf(const QObject& from) {
   for (const QObject* above = &from; above; above = above->parent()) {
-    if (const auto* window = qobject_cast<const QMainWindow*>(above)) return const_cast<QMainWindow*>(window)->statusBar();
+    if (const auto* window = qobject_cast<const QMainWindow*>(above))
+      return const_cast<QMainWindow*>(window)->statusBar();
   }
   return nullptr;
 }

@@ -1,5 +1,6 @@
-// Busy: shows that work goes on which says nothing of itself, before it begins: the pointer waits and the status line of the
-// window names the act. Only where a person would notice: small scenes are through before anything could be read. Main thread.
+// Busy: shows that work goes on which says nothing of itself, before it begins: the pointer waits
+// and the status line of the window names the act. Only where a person would notice: small scenes
+// are through before anything could be read. Main thread.
 #pragma once
 
 #include <QPointer>
@@ -33,7 +34,8 @@ class FreePointer {
   ~FreePointer();
 };
 
-// What the act that goes on is about, as long as this lives. Acts may begin within acts. Main thread.
+// What the act that goes on is about, as long as this lives. Acts may begin within acts. Main
+// thread.
 class Concern {
  public:
   explicit Concern(const QString& text);
@@ -48,10 +50,12 @@ class Concern {
   const Concern* around_;
 };
 
-// What of a dialog an act is about: the row that is chosen in its list, or nothing more than its label says.
+// What of a dialog an act is about: the row that is chosen in its list, or nothing more than its
+// label says.
 enum class About { kChosenRow, kNothingMore };
-// Sends an act of a person to the dialog of the link, unless that is closed. `label`: of the gadget, as the dialog has it. Undo
-// steps that the plug-in makes get that name, with the chosen row's where the act is about it.
+// Sends an act of a person to the dialog of the link, unless that is closed. `label`: of the
+// gadget, as the dialog has it. Undo steps that the plug-in makes get that name, with the chosen
+// row's where the act is about it.
 void Act(const SharedDialogLink& link, const QObject& from, const host::String& label, About about,
          const std::function<bool(host::GeDialog&)>& act);
 

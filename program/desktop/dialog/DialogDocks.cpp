@@ -60,8 +60,9 @@ void DialogDocks::DialogOpened(host::GeDialog& dialog) {
 void DialogDocks::Remember(host::GeDialog& dialog) {
   const host::LONG plugin = engine::DialogPluginId(dialog);
   const QString title = ToQt(engine::DialogTitle(dialog)).simplified();
-  const auto it = std::find_if(known_.begin(), known_.end(),
-                               [&](const Known& one) { return one.plugin == plugin && (!one.dialog || one.dialog == &dialog); });
+  const auto it = std::find_if(known_.begin(), known_.end(), [&](const Known& one) {
+    return one.plugin == plugin && (!one.dialog || one.dialog == &dialog);
+  });
   if (it == known_.end()) {
     known_.push_back({plugin, title, &dialog});
   } else {
@@ -77,15 +78,18 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   view->titled();
   view->SetEmptyListText(EmptyListText(engine::DialogPluginId(dialog)));
   if (pictures::StagemarksDialog(dialog).Fits()) new StagemarksUse(*view);
-  view->SetAround([this](host::GeDialog& acted, const std::string& label, const std::function<bool()>& act) {
-    if (!around) return static_cast<void>(act());
-    around(acted, label, act);
-  });
+  view->SetAround(
+      [this](host::GeDialog& acted, const std::string& label, const std::function<bool()>& act) {
+        if (!around) return static_cast<void>(act());
+        around(acted, label, act);
+      });
   dock->setWidget(view);
   // A place that a saved layout has for it comes first.
   if (!window_.restoreDockWidget(dock)) {
     window_.addDockWidget(Qt::RightDockWidgetArea, dock);
-    window_.resizeDocks({dock}, {std::min(kFirstWidth, static_cast<int>(window_.width() * kMostOfWindow))}, Qt::Horizontal);
+    window_.resizeDocks({dock},
+                        {std::min(kFirstWidth, static_cast<int>(window_.width() * kMostOfWindow))},
+                        Qt::Horizontal);
   }
   return dock;
 }

@@ -1,5 +1,6 @@
-// DialogDocks: every open dialog of the plug-ins in a dock of the main window. Opening a dialog opens its dock or brings it to
-// front, closing the dock closes the dialog where that allows it. The docks belong to the window. Main thread.
+// DialogDocks: every open dialog of the plug-ins in a dock of the main window. Opening a dialog
+// opens its dock or brings it to front, closing the dock closes the dialog where that allows it.
+// The docks belong to the window. Main thread.
 #pragma once
 
 #include <QDockWidget>
@@ -17,7 +18,8 @@ class DialogDocks final : private engine::DialogObserver {
 
   // Null when the dialog is not open.
   DialogView* ViewOf(const host::GeDialog& dialog) const;
-  // Of each dialog that was open since the start: what opened it, its title, and whether it is open. In the order of opening.
+  // Of each dialog that was open since the start: what opened it, its title, and whether it is
+  // open. In the order of opening.
   struct Known {
     host::LONG plugin;
     QString title;

@@ -1,5 +1,6 @@
-// DialogLink: the way from the widgets of a dialog to the dialog, which may be closed or destroyed before the last of its
-// widgets is gone. The DialogView cuts it then. Shared by the widgets; main thread.
+// DialogLink: the way from the widgets of a dialog to the dialog, which may be closed or destroyed
+// before the last of its widgets is gone. The DialogView cuts it then. Shared by the widgets; main
+// thread.
 #pragma once
 
 #include <QString>
@@ -11,17 +12,22 @@
 
 namespace desktop {
 
-// Runs an act of a person on a dialog, which answers it, with whatever is to be done around it. `label`: of the button or entry.
-using AroundAct = std::function<void(host::GeDialog& dialog, const std::string& label, const std::function<bool()>& act)>;
+// Runs an act of a person on a dialog, which answers it, with whatever is to be done around it.
+// `label`: of the button or entry.
+using AroundAct = std::function<void(host::GeDialog& dialog, const std::string& label,
+                                     const std::function<bool()>& act)>;
 
 struct DialogLink {
   host::GeDialog* dialog = nullptr;  // null once closed
-  // What the act of that label is about, for questions that do not say so themselves; may be missing.
+  // What the act of that label is about, for questions that do not say so themselves; may be
+  // missing.
   std::function<QString(const host::String& label)> concerns = {};
   AroundAct around{};  // empty: the act is just run
 
   // Null when the dialog is closed or has no such gadget any more.
-  const engine::Gadget* Find(host::LONG id) const { return dialog ? engine::FindGadget(*dialog, id) : nullptr; }
+  const engine::Gadget* Find(host::LONG id) const {
+    return dialog ? engine::FindGadget(*dialog, id) : nullptr;
+  }
 };
 
 using SharedDialogLink = std::shared_ptr<DialogLink>;

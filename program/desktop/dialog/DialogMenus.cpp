@@ -15,7 +15,8 @@ void ShowState(QAction& action, const engine::MenuEntry& entry) {
   action.setChecked(entry.checked);
 }
 
-void AddEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries, const SharedDialogLink& link);
+void AddEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
+                const SharedDialogLink& link);
 
 void AddEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLink& link) {
   if (entry.separator) {
@@ -26,22 +27,27 @@ void AddEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLin
     QAction* action = menu.addAction(Label(entry.text));
     action->setData(entry.id);
     ShowState(*action, entry);
-    QObject::connect(action, &QAction::triggered, action, [link, action, id = entry.id, label = entry.text] {
-      Act(link, *action, label, About::kNothingMore, [id](host::GeDialog& dialog) { return engine::ChooseMenu(dialog, id); });
-    });
+    QObject::connect(action, &QAction::triggered, action,
+                     [link, action, id = entry.id, label = entry.text] {
+                       Act(link, *action, label, About::kNothingMore,
+                           [id](host::GeDialog& dialog) { return engine::ChooseMenu(dialog, id); });
+                     });
   }
 }
 
-// The toolkit flips a check mark by itself when its entry is chosen; the dialog alone says what is marked.
+// The toolkit flips a check mark by itself when its entry is chosen; the dialog alone says what is
+// marked.
 void RefreshStates(const QMenu& menu, const SharedDialogLink& link) {
   for (QAction* action : menu.actions()) {
     const host::LONG id = action->data().toInt();
-    const engine::MenuEntry* entry = id != 0 && link->dialog ? engine::FindMenuEntry(*link->dialog, id) : nullptr;
+    const engine::MenuEntry* entry =
+        id != 0 && link->dialog ? engine::FindMenuEntry(*link->dialog, id) : nullptr;
     if (entry) ShowState(*action, *entry);
   }
 }
 
-void AddEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries, const SharedDialogLink& link) {
+void AddEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
+                const SharedDialogLink& link) {
   for (const engine::MenuEntry& entry : entries) AddEntry(menu, entry, link);
   QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, link] { RefreshStates(menu, link); });
 }

@@ -7,8 +7,8 @@ class QMenuBar;
 
 namespace desktop {
 
-// Fills the bar anew with the dialog's menus; an entry that is chosen becomes an event. Check marks and what is switched off are
-// taken over whenever a menu opens.
+// Fills the bar anew with the dialog's menus; an entry that is chosen becomes an event. Check marks
+// and what is switched off are taken over whenever a menu opens.
 void ShowMenus(QMenuBar& bar, const SharedDialogLink& link);
 
 }  // namespace desktop

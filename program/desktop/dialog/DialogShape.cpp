@@ -14,7 +14,8 @@ void AddText(std::string& shape, const host::String& text) {
 }
 
 void AddGadget(std::string& shape, const engine::Gadget& gadget) {
-  Add(shape, {static_cast<host::LONG>(gadget.kind), gadget.id, gadget.flags, gadget.width, gadget.height});
+  Add(shape,
+      {static_cast<host::LONG>(gadget.kind), gadget.id, gadget.flags, gadget.width, gadget.height});
   if (gadget.kind != engine::GadgetKind::Group) return;
   Add(shape, {gadget.columns, gadget.rows, gadget.spaceX, gadget.spaceY, gadget.enabled});
   Add(shape, {gadget.borderLeft, gadget.borderTop, gadget.borderRight, gadget.borderBottom});

@@ -1,5 +1,5 @@
-// The shape of a dialog as a text that differs when its widgets have to be built anew: kinds, IDs, places and titles of groups,
-// but no values. Main thread.
+// The shape of a dialog as a text that differs when its widgets have to be built anew: kinds, IDs,
+// places and titles of groups, but no values. Main thread.
 #pragma once
 
 #include <string>

@@ -19,7 +19,8 @@ namespace desktop {
 
 namespace {
 
-// While plug-in code runs, for instance behind a question of its own, the dialog may be half filled.
+// While plug-in code runs, for instance behind a question of its own, the dialog may be half
+// filled.
 constexpr int kMillisecondsBetweenTries = 20;
 constexpr int kNarrowBorder = 3;
 
@@ -38,8 +39,9 @@ DialogView::DialogView(host::GeDialog& dialog, QWidget* parent)
   area_->setWidgetResizable(true);
   area_->setFrameShape(QFrame::NoFrame);
   soon_.setSingleShot(true);
-  connect(&soon_, &QTimer::timeout, this,
-          [this] { engine::InsideDialogCall() ? soon_.start(kMillisecondsBetweenTries) : CatchUp(); });
+  connect(&soon_, &QTimer::timeout, this, [this] {
+    engine::InsideDialogCall() ? soon_.start(kMillisecondsBetweenTries) : CatchUp();
+  });
   engine::AddDialogObserver(*this);
   Build();
 }
@@ -120,7 +122,8 @@ void DialogView::GiveWay() {
   }
   MeasureAnew();
   const QSize least = area_->widget()->minimumSizeHint();
-  if (MissingWidth() > 0 || least.width() > area_->width() || least.height() > area_->height()) SetAir(false);
+  if (MissingWidth() > 0 || least.width() > area_->width() || least.height() > area_->height())
+    SetAir(false);
 }
 
 // A list is content with less than it asks for as long as it shows its columns.
@@ -135,19 +138,24 @@ int DialogView::MissingWidth() const {
 }
 
 void DialogView::SetAir(bool wide) {
-  const auto narrowed = [wide](int border) { return wide ? border : std::min(border, kNarrowBorder); };
+  const auto narrowed = [wide](int border) {
+    return wide ? border : std::min(border, kNarrowBorder);
+  };
   for (const auto& [grid, asked] : groups_) {
-    grid->setContentsMargins(narrowed(asked.left()), narrowed(asked.top()), narrowed(asked.right()), narrowed(asked.bottom()));
+    grid->setContentsMargins(narrowed(asked.left()), narrowed(asked.top()), narrowed(asked.right()),
+                             narrowed(asked.bottom()));
   }
   MeasureAnew();
 }
 
 // From the innermost group outwards: the toolkit would do so only when the event loop comes round.
 void DialogView::MeasureAnew() {
-  std::for_each(groups_.rbegin(), groups_.rend(), [](const auto& group) { group.first->parentWidget()->updateGeometry(); });
+  std::for_each(groups_.rbegin(), groups_.rend(),
+                [](const auto& group) { group.first->parentWidget()->updateGeometry(); });
 }
 
-// Marks in menus and titles change often; the widgets, with what is typed and scrolled in them, stay as long as the tree does.
+// Marks in menus and titles change often; the widgets, with what is typed and scrolled in them,
+// stay as long as the tree does.
 void DialogView::Build() {
   const std::string menuShape = ShapeOfMenus(*link_->dialog);
   if (menuShape != menuShape_) ShowMenus(*menus_, link_);
@@ -166,9 +174,11 @@ void DialogView::Build() {
 }
 
 QWidget* DialogView::BuildGroup(const engine::Gadget& group, QWidget* parent) {
-  QWidget* box = group.text.Content() ? new QGroupBox(ToQt(group.text), parent) : new QWidget(parent);
+  QWidget* box =
+      group.text.Content() ? new QGroupBox(ToQt(group.text), parent) : new QWidget(parent);
   auto* grid = new QGridLayout(box);
-  groups_.emplace_back(grid, QMargins(group.borderLeft, group.borderTop, group.borderRight, group.borderBottom));
+  groups_.emplace_back(
+      grid, QMargins(group.borderLeft, group.borderTop, group.borderRight, group.borderBottom));
   grid->setContentsMargins(groups_.back().second);
   grid->setHorizontalSpacing(group.spaceX);
   grid->setVerticalSpacing(group.spaceY);
@@ -188,7 +198,8 @@ void DialogView::Place(const engine::Gadget& child, Cell cell, QGridLayout& grid
     widget = made.widget;
     if (child.id != 0) widgets_[child.id] = made;
   }
-  grid.addWidget(widget, cell.row, cell.column, isSeparator ? Qt::AlignHCenter : AlignmentOf(child.flags));
+  grid.addWidget(widget, cell.row, cell.column,
+                 isSeparator ? Qt::AlignHCenter : AlignmentOf(child.flags));
   if (FillsWidth(child.flags)) grid.setColumnStretch(cell.column, 1);
   if (FillsHeight(child.flags) && !isSeparator) grid.setRowStretch(cell.row, 1);
 }

@@ -1,6 +1,7 @@
-// DialogView: any dialog of a plug-in as a widget, drawn from its gadget tree: groups, gadgets and menu bar. It follows the
-// dialog, gathering changes until the event loop has time, and sends what a person does as the dialog's events. It does not own
-// the dialog; when that closes the view goes blank and says so. Main thread.
+// DialogView: any dialog of a plug-in as a widget, drawn from its gadget tree: groups, gadgets and
+// menu bar. It follows the dialog, gathering changes until the event loop has time, and sends what
+// a person does as the dialog's events. It does not own the dialog; when that closes the view goes
+// blank and says so. Main thread.
 #pragma once
 
 #include <QTimer>
@@ -32,7 +33,9 @@ class DialogView : public QWidget, private engine::DialogObserver {
   // What the lists of the dialog show while they have no rows.
   void SetEmptyListText(const QString& text);
   // What an act of that label is about; told with questions that come up in it.
-  void SetConcerns(std::function<QString(const host::String& label)> concerns) { link_->concerns = std::move(concerns); }
+  void SetConcerns(std::function<QString(const host::String& label)> concerns) {
+    link_->concerns = std::move(concerns);
+  }
   // What is done around each act of a person.
   void SetAround(AroundAct around) { link_->around = std::move(around); }
   // Shows what has changed up to now at once.
@@ -58,8 +61,8 @@ class DialogView : public QWidget, private engine::DialogObserver {
   void Build();
   QWidget* BuildGroup(const engine::Gadget& group, QWidget* parent);
   void Place(const engine::Gadget& child, Cell cell, QGridLayout& grid, QWidget& group);
-  // What is too little room for all of it takes it from the pictures first, then from the air around the groups; only then the
-  // dialog scrolls.
+  // What is too little room for all of it takes it from the pictures first, then from the air
+  // around the groups; only then the dialog scrolls.
   void GiveWay();
   int MissingWidth() const;
   void SetAir(bool wide);
@@ -69,8 +72,9 @@ class DialogView : public QWidget, private engine::DialogObserver {
   QString emptyListText_;
   QMenuBar* menus_;
   QScrollArea* area_;
-  std::vector<std::pair<QGridLayout*, QMargins>> groups_;  // with the borders that the plug-in asks for
-  std::string shape_;                                      // of the gadget tree as drawn
+  // With the borders that the plug-in asks for
+  std::vector<std::pair<QGridLayout*, QMargins>> groups_;
+  std::string shape_;  // of the gadget tree as drawn
   std::string menuShape_;
   std::unordered_map<host::LONG, GadgetWidget> widgets_;
   std::unordered_set<host::LONG> changed_;

@@ -22,7 +22,8 @@ int Pixels(host::LONG size, int characterSide) {
 Cell CellOf(const engine::Gadget& group, int index) {
   int columns = std::max(group.columns, 0);
   const int count = static_cast<int>(group.children.size());
-  if (columns == 0 && group.rows > 0) columns = count / group.rows + (count % group.rows > 0 ? 1 : 0);
+  if (columns == 0 && group.rows > 0)
+    columns = count / group.rows + (count % group.rows > 0 ? 1 : 0);
   columns = std::max(columns, 1);
   return {index / columns, index % columns};
 }
@@ -32,8 +33,10 @@ bool FillsHeight(host::LONG flags) { return (flags & kAcrossHeight) == kAcrossHe
 
 Qt::Alignment AlignmentOf(host::LONG flags) {
   Qt::Alignment alignment;
-  if (!FillsWidth(flags)) alignment |= flags & 8 ? Qt::AlignHCenter : flags & 32 ? Qt::AlignRight : Qt::AlignLeft;
-  if (!FillsHeight(flags)) alignment |= flags & 2 ? Qt::AlignTop : flags & 4 ? Qt::AlignBottom : Qt::AlignVCenter;
+  if (!FillsWidth(flags))
+    alignment |= flags & 8 ? Qt::AlignHCenter : flags & 32 ? Qt::AlignRight : Qt::AlignLeft;
+  if (!FillsHeight(flags))
+    alignment |= flags & 2 ? Qt::AlignTop : flags & 4 ? Qt::AlignBottom : Qt::AlignVCenter;
   return alignment;
 }
 

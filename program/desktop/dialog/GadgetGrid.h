@@ -1,5 +1,5 @@
-// Where the children of a dialog's group stand: cells by the group's columns and rows, alignment and stretch by the fit flags,
-// sizes in pixels from the encoded ones. Pure functions; any thread.
+// Where the children of a dialog's group stand: cells by the group's columns and rows, alignment
+// and stretch by the fit flags, sizes in pixels from the encoded ones. Pure functions; any thread.
 #pragma once
 
 #include <QFontMetrics>
@@ -15,12 +15,12 @@ struct Cell {
   int column;
 };
 
-// Cell of child `index` (0-based). A group with columns is filled row by row; one with rows only has as many columns as its
-// children need; one with neither has one column.
+// Cell of child `index` (0-based). A group with columns is filled row by row; one with rows only
+// has as many columns as its children need; one with neither has one column.
 Cell CellOf(const engine::Gadget& group, int index);
 
-// The fit flags: three bits across the height (1 centre, 2 top, 4 bottom) and the same three times eight across the width (8
-// centre, 16 left, 32 right); all three bits of a direction fill it.
+// The fit flags: three bits across the height (1 center, 2 top, 4 bottom) and the same three times
+// eight across the width (8 center, 16 left, 32 right); all three bits of a direction fill it.
 bool FillsWidth(host::LONG flags);
 bool FillsHeight(host::LONG flags);
 // For a layout: a direction that is filled has no alignment.

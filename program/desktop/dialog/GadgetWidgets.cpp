@@ -30,7 +30,8 @@ GadgetWidget MakeButton(const SharedDialogLink& link, const Gadget& gadget, QWid
   QObject::connect(button, &QPushButton::clicked, button, [link, button, id = gadget.id] {
     const engine::Gadget* now = link->Find(id);
     if (now)
-      Act(link, *button, now->text, About::kChosenRow, [id](host::GeDialog& dialog) { return engine::PressButton(dialog, id); });
+      Act(link, *button, now->text, About::kChosenRow,
+          [id](host::GeDialog& dialog) { return engine::PressButton(dialog, id); });
   });
   return {button, [button](const Gadget& now) { button->setText(Label(now.text)); }};
 }
@@ -58,9 +59,10 @@ GadgetWidget MakeEditText(const SharedDialogLink& link, const Gadget& gadget, QW
   auto* field = new QLineEdit(parent);
   field->setMaxLength(std::numeric_limits<int>::max());
   field->setMinimumWidth(std::min(AskedSize(gadget, field->fontMetrics()).width(), 120));
-  QObject::connect(field, &QLineEdit::textEdited, field, [link, id = gadget.id](const QString& text) {
-    if (link->dialog) engine::TypeText(*link->dialog, id, ToHost(text));
-  });
+  QObject::connect(field, &QLineEdit::textEdited, field,
+                   [link, id = gadget.id](const QString& text) {
+                     if (link->dialog) engine::TypeText(*link->dialog, id, ToHost(text));
+                   });
   return {field, [field](const Gadget& now) {
             const QString text = ToQt(now.value.GetString());
             if (field->text() != text) field->setText(text);
@@ -70,9 +72,10 @@ GadgetWidget MakeEditText(const SharedDialogLink& link, const Gadget& gadget, QW
 GadgetWidget MakeNumberField(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
   auto* field = new NumberField(parent);
   field->setMinimumSize(AskedSize(gadget, field->fontMetrics()));
-  QObject::connect(field, &QDoubleSpinBox::valueChanged, field, [link, id = gadget.id](double value) {
-    if (link->dialog) engine::TypeNumber(*link->dialog, id, value);
-  });
+  QObject::connect(field, &QDoubleSpinBox::valueChanged, field,
+                   [link, id = gadget.id](double value) {
+                     if (link->dialog) engine::TypeNumber(*link->dialog, id, value);
+                   });
   return {field, [field](const Gadget& now) { field->Show(now); }};
 }
 
@@ -80,7 +83,8 @@ GadgetWidget MakeNumberField(const SharedDialogLink& link, const Gadget& gadget,
 int LongestText(const QComboBox& combo) {
   constexpr int kMost = 32;
   int longest = 0;
-  for (int i = 0; i < combo.count(); ++i) longest = std::max(longest, static_cast<int>(combo.itemText(i).size()));
+  for (int i = 0; i < combo.count(); ++i)
+    longest = std::max(longest, static_cast<int>(combo.itemText(i).size()));
   return std::min(longest, kMost);
 }
 
@@ -89,7 +93,8 @@ bool HasChoices(const QComboBox& combo, const std::vector<engine::Choice>& choic
   return combo.count() == static_cast<int>(choices.size()) &&
          std::all_of(choices.begin(), choices.end(), [&](const engine::Choice& choice) {
            const int at = row++;
-           return combo.itemText(at) == ToQt(choice.text) && combo.itemData(at).toInt() == choice.id;
+           return combo.itemText(at) == ToQt(choice.text) &&
+                  combo.itemData(at).toInt() == choice.id;
          });
 }
 

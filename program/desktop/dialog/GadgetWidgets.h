@@ -1,5 +1,6 @@
-// The widget of each kind of gadget, and how it follows its gadget. Clicks and typing become events of the dialog; a dialog that
-// is gone hears nothing. The widgets belong to their parent. Main thread.
+// The widget of each kind of gadget, and how it follows its gadget. Clicks and typing become events
+// of the dialog; a dialog that is gone hears nothing. The widgets belong to their parent. Main
+// thread.
 #pragma once
 
 #include <QWidget>
@@ -16,6 +17,7 @@ struct GadgetWidget {
 };
 
 // For every kind but a group. Shows the gadget's present value already.
-GadgetWidget MakeGadgetWidget(const SharedDialogLink& link, const engine::Gadget& gadget, QWidget* parent);
+GadgetWidget MakeGadgetWidget(const SharedDialogLink& link, const engine::Gadget& gadget,
+                              QWidget* parent);
 
 }  // namespace desktop

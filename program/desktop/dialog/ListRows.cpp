@@ -19,7 +19,9 @@ QString Shortened(QString text) {
 
 bool SameColumns(const std::vector<engine::Column>& a, const std::vector<engine::Column>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](const engine::Column& x, const engine::Column& y) { return x.id == y.id && x.kind == y.kind; });
+                    [](const engine::Column& x, const engine::Column& y) {
+                      return x.id == y.id && x.kind == y.kind;
+                    });
 }
 
 }  // namespace
@@ -38,7 +40,8 @@ void ListRows::Update() {
     return;
   }
   SetRowCount(static_cast<int>(list->listRows.size()));
-  if (rows_ > 0 && !columns_.empty()) emit dataChanged(index(0, 0), index(rows_ - 1, columnCount() - 1));
+  if (rows_ > 0 && !columns_.empty())
+    emit dataChanged(index(0, 0), index(rows_ - 1, columnCount() - 1));
 }
 
 void ListRows::SetRowCount(int rows) {
@@ -54,7 +57,8 @@ void ListRows::SetRowCount(int rows) {
 }
 
 bool ListRows::IsCheckColumn(int column) const {
-  return column >= 0 && column < columnCount() && columns_[static_cast<std::size_t>(column)].kind == host::LV_COLUMN_CHECKBOX;
+  return column >= 0 && column < columnCount() &&
+         columns_[static_cast<std::size_t>(column)].kind == host::LV_COLUMN_CHECKBOX;
 }
 
 const host::BaseContainer* ListRows::ValuesOf(const QModelIndex& index) const {
@@ -68,7 +72,8 @@ QVariant ListRows::data(const QModelIndex& index, int role) const {
   if (!values) return {};
   const host::LONG column = columns_[static_cast<std::size_t>(index.column())].id;
   const bool isCheck = IsCheckColumn(index.column());
-  if (role == Qt::CheckStateRole && isCheck) return values->GetBool(column) ? Qt::Checked : Qt::Unchecked;
+  if (role == Qt::CheckStateRole && isCheck)
+    return values->GetBool(column) ? Qt::Checked : Qt::Unchecked;
   if (role == Qt::DisplayRole && !isCheck) return Shortened(ToQt(values->GetString(column)));
   return {};
 }
@@ -84,7 +89,8 @@ bool ListRows::setData(const QModelIndex& index, const QVariant& value, int role
   if (role != Qt::CheckStateRole || !values || !IsCheckColumn(index.column())) return false;
   const host::LONG column = columns_[static_cast<std::size_t>(index.column())].id;
   const bool wanted = value.value<Qt::CheckState>() == Qt::Checked;
-  if (wanted != static_cast<bool>(values->GetBool(column))) engine::ToggleLine(*link_->dialog, list_, index.row(), column);
+  if (wanted != static_cast<bool>(values->GetBool(column)))
+    engine::ToggleLine(*link_->dialog, list_, index.row(), column);
   if (index.row() < rows_) emit dataChanged(index, index, {Qt::CheckStateRole});
   return true;
 }

@@ -1,6 +1,7 @@
-// ListRows: the rows of a list gadget as an item model. It keeps no copy: values are read from the gadget when they are shown,
-// so that ten thousand rows cost nothing until one looks at them. Rows and columns count as they were at the last Update. The
-// lines are told apart by place, not by content. Main thread.
+// ListRows: the rows of a list gadget as an item model. It keeps no copy: values are read from the
+// gadget when they are shown, so that ten thousand rows cost nothing until one looks at them. Rows
+// and columns count as they were at the last Update. The lines are told apart by place, not by
+// content. Main thread.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -17,7 +18,9 @@ class ListRows : public QAbstractTableModel {
   void Update();
   bool IsCheckColumn(int column) const;
 
-  int rowCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : rows_; }
+  int rowCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : rows_;
+  }
   int columnCount(const QModelIndex& parent = {}) const override {
     return parent.isValid() ? 0 : static_cast<int>(columns_.size());
   }

@@ -17,14 +17,16 @@ namespace {
 constexpr QSize kSmallest(160, 96);
 constexpr int kNarrowestColumn = 12;
 constexpr int kMarkerCharacters = 5;
-constexpr int kReadableCharacters = 18;  // of a text that takes the rest: below that the list is scrolled
+// Of a text that takes the rest: below that the list is scrolled
+constexpr int kReadableCharacters = 18;
 
 bool SameSelection(const host::BaseSelect& a, const host::BaseSelect& b) {
   if (a.GetSegments() != b.GetSegments()) return false;
   for (host::LONG segment = 0; segment < a.GetSegments(); ++segment) {
     host::LONG first[2];
     host::LONG last[2];
-    if (!a.GetRange(segment, &first[0], &last[0]) || !b.GetRange(segment, &first[1], &last[1])) return false;
+    if (!a.GetRange(segment, &first[0], &last[0]) || !b.GetRange(segment, &first[1], &last[1]))
+      return false;
     if (first[0] != first[1] || last[0] != last[1]) return false;
   }
   return true;
@@ -74,7 +76,8 @@ void ListView::paintEvent(QPaintEvent* event) {
 
 host::BaseSelect ListView::SelectedLines() const {
   host::BaseSelect lines;
-  for (const QItemSelectionRange& range : selectionModel()->selection()) lines.SelectAll(range.top(), range.bottom());
+  for (const QItemSelectionRange& range : selectionModel()->selection())
+    lines.SelectAll(range.top(), range.bottom());
   return lines;
 }
 
@@ -84,17 +87,22 @@ void ListView::ShowSelection(const host::BaseSelect& selection) {
   host::LONG first = 0;
   host::LONG last = 0;
   for (host::LONG segment = 0; selection.GetRange(segment, &first, &last); ++segment) {
-    wanted.append(QItemSelectionRange(rows_->index(first, 0), rows_->index(last, rows_->columnCount() - 1)));
+    wanted.append(
+        QItemSelectionRange(rows_->index(first, 0), rows_->index(last, rows_->columnCount() - 1)));
   }
   selectionModel()->select(wanted, QItemSelectionModel::ClearAndSelect);
 }
 
-QItemSelectionModel::SelectionFlags ListView::selectionCommand(const QModelIndex& index, const QEvent* event) const {
-  const bool isMouse = event && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease ||
-                                 event->type() == QEvent::MouseMove);
+QItemSelectionModel::SelectionFlags ListView::selectionCommand(const QModelIndex& index,
+                                                               const QEvent* event) const {
+  const bool isMouse =
+      event && (event->type() == QEvent::MouseButtonPress ||
+                event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::MouseMove);
   // What a context menu is asked for is chosen wherever one points.
-  const bool isRight = isMouse && static_cast<const QMouseEvent*>(event)->buttons() & Qt::RightButton;
-  if (isMouse && !isRight && rows_->IsCheckColumn(index.column())) return QItemSelectionModel::NoUpdate;
+  const bool isRight =
+      isMouse && static_cast<const QMouseEvent*>(event)->buttons() & Qt::RightButton;
+  if (isMouse && !isRight && rows_->IsCheckColumn(index.column()))
+    return QItemSelectionModel::NoUpdate;
   return QTreeView::selectionCommand(index, event);
 }
 
@@ -133,9 +141,11 @@ bool ListView::viewportEvent(QEvent* event) {
   const auto* help = static_cast<QHelpEvent*>(event);
   const QModelIndex index = indexAt(help->pos());
   const QRect cell = visualRect(index);
-  const bool isWhole = viewport()->rect().contains(cell) && sizeHintForIndex(index).width() <= cell.width();
+  const bool isWhole =
+      viewport()->rect().contains(cell) && sizeHintForIndex(index).width() <= cell.width();
   const QString text = index.data().toString().toHtmlEscaped();
-  QToolTip::showText(help->globalPos(), isWhole || text.isEmpty() ? toolTip() : "<qt>" + text + "</qt>", viewport());
+  QToolTip::showText(help->globalPos(),
+                     isWhole || text.isEmpty() ? toolTip() : "<qt>" + text + "</qt>", viewport());
   return true;
 }
 
@@ -148,8 +158,9 @@ int ListView::CheckColumn() const {
 
 bool ListView::AllChecked() const {
   const QModelIndexList lines = selectionModel()->selectedRows(std::max(0, CheckColumn()));
-  return std::all_of(lines.begin(), lines.end(),
-                     [](const QModelIndex& line) { return line.data(Qt::CheckStateRole) == Qt::Checked; });
+  return std::all_of(lines.begin(), lines.end(), [](const QModelIndex& line) {
+    return line.data(Qt::CheckStateRole) == Qt::Checked;
+  });
 }
 
 void ListView::ToggleSelected() {
@@ -171,11 +182,14 @@ ListView::Widths ListView::Measure() const {
   Widths widths;
   for (int column = 0; column < rows_->columnCount(); ++column) {
     widths.columns.push_back(std::clamp(sizeHintForColumn(column), kNarrowestColumn, most));
-    const bool isFirst = widths.filling < 0 || widths.columns[static_cast<std::size_t>(widths.filling)] < marker;
+    const bool isFirst =
+        widths.filling < 0 || widths.columns[static_cast<std::size_t>(widths.filling)] < marker;
     if (!rows_->IsCheckColumn(column) && isFirst) widths.filling = column;
   }
-  const int wanted = widths.filling < 0 ? 0 : widths.columns[static_cast<std::size_t>(widths.filling)];
-  widths.readable = std::max(std::min(wanted, fontMetrics().averageCharWidth() * kReadableCharacters), kNarrowestColumn);
+  const int wanted =
+      widths.filling < 0 ? 0 : widths.columns[static_cast<std::size_t>(widths.filling)];
+  widths.readable = std::max(
+      std::min(wanted, fontMetrics().averageCharWidth() * kReadableCharacters), kNarrowestColumn);
   return widths;
 }
 

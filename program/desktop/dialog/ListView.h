@@ -1,5 +1,5 @@
-// ListView: a list gadget as a widget: check boxes, columns, multi-selection. Clicks and keys become events of the dialog. It
-// owns its model. Main thread.
+// ListView: a list gadget as a widget: check boxes, columns, multi-selection. Clicks and keys
+// become events of the dialog. It owns its model. Main thread.
 #pragma once
 
 #include <QTreeView>
@@ -23,12 +23,14 @@ class ListView : public QTreeView {
   // Shown in place of rows while there are none.
   void SetEmptyText(const QString& text);
   QSize sizeHint() const override;
-  // Wide enough for all columns with the text that takes the rest readable, if not whole; at most what the plug-in asks for.
+  // Wide enough for all columns with the text that takes the rest readable, if not whole; at most
+  // what the plug-in asks for.
   int ReadableWidth() const;
 
  protected:
   // A click into a check box leaves the selection alone.
-  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
+  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                       const QEvent* event) const override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
@@ -44,7 +46,8 @@ class ListView : public QTreeView {
   int CheckColumn() const;
   struct Widths {
     std::vector<int> columns;  // each as wide as what it shows
-    int filling = -1;          // the first text wider than a marker takes the rest, but stays readable
+    // The first text wider than a marker takes the rest, but stays readable
+    int filling = -1;
     int readable = 0;
   };
   Widths Measure() const;

@@ -33,7 +33,8 @@ QSize NumberField::sizeHint() const {
 }
 
 QSize NumberField::minimumSizeHint() const {
-  return {fontMetrics().horizontalAdvance('0') * (kFewestDigits + kDigitsOfArrows), sizeHint().height()};
+  return {fontMetrics().horizontalAdvance('0') * (kFewestDigits + kDigitsOfArrows),
+          sizeHint().height()};
 }
 
 }  // namespace desktop

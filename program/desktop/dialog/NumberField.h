@@ -1,5 +1,5 @@
-// NumberField: a number with arrows, in the range, step and format of its gadget. Tells of a typed number when typing is done.
-// Main thread.
+// NumberField: a number with arrows, in the range, step and format of its gadget. Tells of a typed
+// number when typing is done. Main thread.
 #pragma once
 
 #include <QDoubleSpinBox>

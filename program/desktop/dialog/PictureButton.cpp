@@ -16,8 +16,9 @@ constexpr QSize kUsualShape(4, 3);
 
 QImage ToPicture(const engine::Image& image) {
   const engine::Image bytes = engine::ToBytes(image);
-  const QImage view(bytes.bytes.data(), static_cast<int>(bytes.width), static_cast<int>(bytes.height),
-                    static_cast<qsizetype>(bytes.width) * 4, QImage::Format_RGBA8888);
+  const QImage view(bytes.bytes.data(), static_cast<int>(bytes.width),
+                    static_cast<int>(bytes.height), static_cast<qsizetype>(bytes.width) * 4,
+                    QImage::Format_RGBA8888);
   return view.copy();
 }
 
@@ -64,7 +65,8 @@ void PictureButton::paintEvent(QPaintEvent*) {
   QRect frame({0, 0}, Fitted(size()));
   frame.moveCenter(rect().center());
   const QRect inside = border_ ? frame.adjusted(1, 1, -1, -1) : frame;
-  if (border_) painter.fillRect(frame, palette().color(hasFocus() ? QPalette::Link : QPalette::Mid));
+  if (border_)
+    painter.fillRect(frame, palette().color(hasFocus() ? QPalette::Link : QPalette::Mid));
   painter.fillRect(inside, palette().color(QPalette::Base));
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
   if (!picture_.isNull()) painter.drawImage(inside, picture_);

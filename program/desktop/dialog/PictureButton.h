@@ -1,5 +1,6 @@
-// PictureButton: a bitmap button gadget as a widget: shows an image file as large as it fits, in its proportions, and asks for no
-// more room than that. Files are read again only when they changed. Main thread.
+// PictureButton: a bitmap button gadget as a widget: shows an image file as large as it fits, in
+// its proportions, and asks for no more room than that. Files are read again only when they
+// changed. Main thread.
 #pragma once
 
 #include <QAbstractButton>

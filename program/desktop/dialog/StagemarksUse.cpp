@@ -28,15 +28,19 @@ struct Explained {
 };
 
 constexpr Explained kExplained[] = {
-    {GadgetKind::Button, kLoad, "Bring the scene into the state of the selected row (double click, Enter)"},
+    {GadgetKind::Button, kLoad,
+     "Bring the scene into the state of the selected row (double click, Enter)"},
     {GadgetKind::Button, kDelete, "Delete the selected Stagemark for good, after a question"},
     {GadgetKind::Button, kRename, "Give the selected Stagemark the name in the field"},
     {GadgetKind::EditText, "", "Name for the next recording, or for Rename (Enter records)"},
     {GadgetKind::Button, kRecord, "Record the scene as it is now under the name in the field"},
-    {GadgetKind::Checkbox, "Generate Preview Image", "Recording also renders a small picture, for scenes that have been saved"},
-    {GadgetKind::Button, "Generate .C4D Files", "Write a scene file for each checked row, in the layout beside"},
+    {GadgetKind::Checkbox, "Generate Preview Image",
+     "Recording also renders a small picture, for scenes that have been saved"},
+    {GadgetKind::Button, "Generate .C4D Files",
+     "Write a scene file for each checked row, in the layout beside"},
     {GadgetKind::ComboBox, "", "How the files are laid out, and whether textures come along"},
-    {GadgetKind::Checkbox, "Change Frame Range", "Give every written file these frames instead of its own"},
+    {GadgetKind::Checkbox, "Change Frame Range",
+     "Give every written file these frames instead of its own"},
     {GadgetKind::BitmapButton, "", "Preview of the selected Stagemark"},
 };
 
@@ -59,29 +63,34 @@ void StagemarksUse::Equip() {
   }
   for (const char* label : {kRecord, kRename}) {
     // After what the button itself does.
-    if (QAbstractButton* button = Button(label)) connect(button, &QAbstractButton::clicked, this, [this] { ChooseTyped(); });
+    if (QAbstractButton* button = Button(label))
+      connect(button, &QAbstractButton::clicked, this, [this] { ChooseTyped(); });
   }
   ListView* list = List();
   if (!list) return;
   list->opened = [this] { Press(kLoad); };
   list->setContextMenuPolicy(Qt::CustomContextMenu);
-  connect(list, &QWidget::customContextMenuRequested, this, [this](const QPoint& place) { ShowMenu(place); });
+  connect(list, &QWidget::customContextMenuRequested, this,
+          [this](const QPoint& place) { ShowMenu(place); });
 }
 
 void StagemarksUse::ExplainGadgets() {
   for (const Explained& row : kExplained) {
     const engine::Gadget* gadget = StagemarksDialog(*view_.Dialog()).Find(row.kind, row.label);
-    if (QWidget* widget = gadget ? view_.WidgetOf(gadget->id) : nullptr) widget->setToolTip(row.tip);
+    if (QWidget* widget = gadget ? view_.WidgetOf(gadget->id) : nullptr)
+      widget->setToolTip(row.tip);
   }
 }
 
 QAbstractButton* StagemarksUse::Button(const char* label) const {
-  const engine::Gadget* gadget = view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::Button, label) : nullptr;
+  const engine::Gadget* gadget =
+      view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::Button, label) : nullptr;
   return gadget ? dynamic_cast<QAbstractButton*>(view_.WidgetOf(gadget->id)) : nullptr;
 }
 
 ListView* StagemarksUse::List() const {
-  const engine::Gadget* gadget = view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::ListView) : nullptr;
+  const engine::Gadget* gadget =
+      view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::ListView) : nullptr;
   return gadget ? dynamic_cast<ListView*>(view_.WidgetOf(gadget->id)) : nullptr;
 }
 
@@ -110,11 +119,13 @@ void StagemarksUse::ShowMenu(const QPoint& place) {
 void StagemarksUse::Rename() {
   const std::string former = Chosen();
   bool meant = false;
-  const QString name = QInputDialog::getText(&view_, kRename, "New name:", QLineEdit::Normal, ToQt(former), &meant);
+  const QString name =
+      QInputDialog::getText(&view_, kRename, "New name:", QLineEdit::Normal, ToQt(former), &meant);
   if (!meant || !view_.Dialog() || Chosen() != former || name == ToQt(former)) return;
   StagemarksDialog dialog(*view_.Dialog());
   if (dialog.Has(name.toStdString())) {
-    QMessageBox::information(&view_, kRename, "There is a Stagemark of that name already. Choose another name.");
+    QMessageBox::information(&view_, kRename,
+                             "There is a Stagemark of that name already. Choose another name.");
     return;
   }
   if (dialog.TypeName(name.toStdString())) Press(kRename);
@@ -129,7 +140,8 @@ std::string StagemarksUse::Chosen() const {
 }
 
 std::string StagemarksUse::TypedName() const {
-  const engine::Gadget* field = view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::EditText) : nullptr;
+  const engine::Gadget* field =
+      view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::EditText) : nullptr;
   return field ? field->value.GetString().ToUtf8() : std::string();
 }
 
@@ -154,7 +166,9 @@ void StagemarksUse::ChooseTyped() {
 // Which Stagemark a question of the dialog is about, that does not say so itself.
 QString StagemarksUse::ConcernOf(const host::String& label) const {
   const std::string text = label.ToUtf8();
-  const std::string name = text == kDelete ? Chosen() : text == kRecord ? TypedName() : std::string();
+  const std::string name = text == kDelete   ? Chosen()
+                           : text == kRecord ? TypedName()
+                                             : std::string();
   return name.empty() ? QString() : "Stagemark: " + ToQt(name);
 }
 

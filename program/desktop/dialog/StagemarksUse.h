@@ -1,6 +1,7 @@
-// StagemarksUse: what the desktop adds to the use of the Stagemarks dialog: Enter and double click, a context menu for rows,
-// tooltips, and a row and picture that stay when the scene changes. All of it goes through the dialog's own buttons, fields and
-// events, which are found by what they show. It belongs to its view. Main thread.
+// StagemarksUse: what the desktop adds to the use of the Stagemarks dialog: Enter and double click,
+// a context menu for rows, tooltips, and a row and picture that stay when the scene changes. All of
+// it goes through the dialog's own buttons, fields and events, which are found by what they show.
+// It belongs to its view. Main thread.
 #pragma once
 
 #include <QObject>
@@ -32,8 +33,9 @@ class StagemarksUse : public QObject {
   // The name that is chosen; empty where not exactly one is.
   std::string Chosen() const;
   std::string TypedName() const;
-  // The dialog goes back to its default picture with every change of the scene. Chooses the row again, as a person would, as
-  // long as nothing else has been typed into the field, which choosing fills.
+  // The dialog goes back to its default picture with every change of the scene. Chooses the row
+  // again, as a person would, as long as nothing else has been typed into the field, which choosing
+  // fills.
   void KeepPicture();
   // What was recorded or renamed is the chosen row.
   void ChooseTyped();

@@ -17,15 +17,16 @@ BaseObject* SelectedCamera(const BaseDocument& doc) {
 }
 
 constexpr const char* kMakeTip = "Recordings and renders look through it from now on.";
-constexpr const char* kFlyTip = "Mouse and keys in the picture move this camera, not only the view.";
+constexpr const char* kFlyTip =
+    "Mouse and keys in the picture move this camera, not only the view.";
 
 }  // namespace
 
 CameraActs::CameraActs(MainWindow& window)
     : QObject(&window),
       window_(window),
-      newCamera_(Add("New Camera from &View", "A camera that sees what the picture shows.", "Ctrl+Shift+C",
-                     [this](BaseDocument& doc) { AddNew(doc); })),
+      newCamera_(Add("New Camera from &View", "A camera that sees what the picture shows.",
+                     "Ctrl+Shift+C", [this](BaseDocument& doc) { AddNew(doc); })),
       lookThrough_(Add("Look Through Selecte&d Camera", "Shows what the selected camera sees.", "",
                        [this](BaseDocument& doc) { LookThrough(SelectedCamera(doc)); })),
       makeSceneCamera_(Add("&Make Scene Camera", kMakeTip, "Ctrl+Shift+M",
@@ -33,12 +34,15 @@ CameraActs::CameraActs(MainWindow& window)
                              BaseObject* selected = SelectedCamera(doc);
                              MakeScenes(doc, selected ? selected : window_.View().CameraObject());
                            })),
-      fly_(Add("&Fly Camera", kFlyTip, "Ctrl+Shift+F", [this](BaseDocument&) { window_.View().LetFly(fly_->isChecked()); })),
-      makeSeen_(
-          Add("Make Scene Camera", kMakeTip, "", [this](BaseDocument& doc) { MakeScenes(doc, window_.View().CameraObject()); })),
-      rowLookThrough_(Add("Look &Through", "", "", [this](BaseDocument& doc) { LookThrough(SelectedCamera(doc)); })),
-      rowMakeSceneCamera_(
-          Add("&Make Scene Camera", "", "", [this](BaseDocument& doc) { MakeScenes(doc, SelectedCamera(doc)); })) {
+      fly_(Add("&Fly Camera", kFlyTip, "Ctrl+Shift+F",
+               [this](BaseDocument&) { window_.View().LetFly(fly_->isChecked()); })),
+      makeSeen_(Add("Make Scene Camera", kMakeTip, "",
+                    [this](BaseDocument& doc) { MakeScenes(doc, window_.View().CameraObject()); })),
+      rowLookThrough_(Add("Look &Through", "", "",
+                          [this](BaseDocument& doc) { LookThrough(SelectedCamera(doc)); })),
+      rowMakeSceneCamera_(Add("&Make Scene Camera", "", "", [this](BaseDocument& doc) {
+        MakeScenes(doc, SelectedCamera(doc));
+      })) {
   fly_->setCheckable(true);
   fly_->setIconText("Fly");
   newCamera_->setIconText("New Camera from View");
@@ -73,7 +77,8 @@ void CameraActs::MakeScenes(BaseDocument& doc, BaseObject* camera) {
 void CameraActs::Follow(BaseDocument* doc) {
   const BaseObject* selected = doc ? SelectedCamera(*doc) : nullptr;
   const BaseObject* seen = doc ? window_.View().CameraObject() : nullptr;
-  const std::string fixed = seen ? WhyFixed(*seen) : "Only a camera of the scene can fly. Look through one first.";
+  const std::string fixed =
+      seen ? WhyFixed(*seen) : "Only a camera of the scene can fly. Look through one first.";
   newCamera_->setEnabled(doc != nullptr);
   lookThrough_->setEnabled(selected);
   makeSceneCamera_->setEnabled(selected || seen);

@@ -1,5 +1,6 @@
-// CameraActs: what one does with cameras: a new one from what is seen, making one the scene camera, looking through it, letting
-// it fly. The same stands in menus, in the context menus of picture and tree, and on the plate in the picture. Main thread.
+// CameraActs: what one does with cameras: a new one from what is seen, making one the scene camera,
+// looking through it, letting it fly. The same stands in menus, in the context menus of picture and
+// tree, and on the plate in the picture. Main thread.
 #pragma once
 
 #include <QAction>

@@ -13,13 +13,15 @@ struct Form {
   const char* text;
   host::LONG type;
 };
-constexpr Form kForms[] = {{"&Cube", host::Ocube},        {"&Sphere", host::Osphere}, {"Cone", host::Ocone},
-                           {"&Torus", host::Otorus},      {"&Disc", host::Odisc},     {"&Plane", host::Oplane},
+constexpr Form kForms[] = {{"&Cube", host::Ocube},        {"&Sphere", host::Osphere},
+                           {"Cone", host::Ocone},         {"&Torus", host::Otorus},
+                           {"&Disc", host::Odisc},        {"&Plane", host::Oplane},
                            {"C&ylinder", host::Ocylinder}};
 
 // An entry that puts something into the active scene and shows it in the tree.
 template <class Make>
-QAction* AddMaker(QMenu& menu, MainWindow& window, const QString& text, const char* icon, const char* keys, Make make) {
+QAction* AddMaker(QMenu& menu, MainWindow& window, const QString& text, const char* icon,
+                  const char* keys, Make make) {
   QAction* action = AddEntry(menu, text, QKeySequence(keys), [&window, make] {
     host::BaseDocument* doc = host::GetActiveDocument();
     if (!doc) return;
@@ -38,7 +40,8 @@ void BuildCreateMenu(QMenu& menu, MainWindow& window) {
   menu.addAction(&camera);
   AddMaker(menu, window, "&Light", "object-light", "Ctrl+Shift+L",
            [&window](host::BaseDocument& doc) { AddLight(doc, window.View().Camera()); });
-  AddMaker(menu, window, "&Null", "object-null", "Ctrl+Shift+N", [](host::BaseDocument& doc) { AddObject(doc, host::Onull); });
+  AddMaker(menu, window, "&Null", "object-null", "Ctrl+Shift+N",
+           [](host::BaseDocument& doc) { AddObject(doc, host::Onull); });
   QMenu* forms = menu.addMenu(Icon("object-primitive"), "&Form");
   for (const Form& form : kForms) {
     AddMaker(*forms, window, form.text, "object-primitive", "",

@@ -21,22 +21,26 @@ EditMenu::EditMenu(QMenu& menu, MainWindow& window)
     : QObject(&menu),
       window_(window),
       undo_(AddEntry(menu, "&Undo", QKeySequence::Undo, [&window] { window.App().Undo(); })),
-      redo_(AddEntry(menu, "&Redo", QKeySequence("Ctrl+Shift+Z"), [&window] { window.App().Redo(); })) {
+      redo_(AddEntry(menu, "&Redo", QKeySequence("Ctrl+Shift+Z"),
+                     [&window] { window.App().Redo(); })) {
   menu.addSeparator();
-  onScene_.push_back(
-      AddCommand(menu, "Select &All", QKeySequence::SelectAll, [&window](auto&) { window.Objects().selectAll(); }));
-  onSelection_.push_back(AddCommand(menu, "Select &None", QKeySequence("Ctrl+Shift+A"), SelectNone));
+  onScene_.push_back(AddCommand(menu, "Select &All", QKeySequence::SelectAll,
+                                [&window](auto&) { window.Objects().selectAll(); }));
+  onSelection_.push_back(
+      AddCommand(menu, "Select &None", QKeySequence("Ctrl+Shift+A"), SelectNone));
   menu.addSeparator();
   onSelection_.push_back(AddCommand(menu, "D&uplicate", QKeySequence("Ctrl+D"), DuplicateSelected));
   onSelection_.push_back(AddCommand(menu, "&Delete", QKeySequence::Delete, DeleteSelected));
 }
 
-QAction* EditMenu::AddCommand(QMenu& menu, const QString& text, const QKeySequence& keys, Command command) {
+QAction* EditMenu::AddCommand(QMenu& menu, const QString& text, const QKeySequence& keys,
+                              Command command) {
   QAction* action = AddEntry(menu, text, keys, [command = std::move(command)] {
     if (host::BaseDocument* doc = host::GetActiveDocument()) command(*doc);
   });
   action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-  for (QWidget* place : {static_cast<QWidget*>(&window_.Objects()), static_cast<QWidget*>(&window_.View())}) {
+  for (QWidget* place :
+       {static_cast<QWidget*>(&window_.Objects()), static_cast<QWidget*>(&window_.View())}) {
     place->addAction(action);
   }
   forObjects_.append(action);
@@ -50,7 +54,8 @@ void EditMenu::Follow(host::BaseDocument* doc) {
   redo_->setText(NamedStep("&Redo", doc ? engine::RedoName(*doc) : ""));
   const bool selected = doc && (doc->GetActiveObject() || engine::ActiveTagOf(*doc));
   // What a search leaves out is not meant.
-  onScene_.front()->setText(window_.Objects().Rows().IsFiltered() ? "Select &All Found" : "Select &All");
+  onScene_.front()->setText(window_.Objects().Rows().IsFiltered() ? "Select &All Found"
+                                                                  : "Select &All");
   for (QAction* action : onScene_) action->setEnabled(doc && doc->GetFirstObject());
   for (QAction* action : onSelection_) action->setEnabled(selected);
 }

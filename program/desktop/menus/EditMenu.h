@@ -1,6 +1,7 @@
-// EditMenu: undo and redo with the names of their steps, and what works on the selection. The latter is also in the context menus
-// of the object tree and the viewport; its keys work where objects are worked on, so that they never reach past a list or field
-// that has the focus. It belongs to its menu. Main thread.
+// EditMenu: undo and redo with the names of their steps, and what works on the selection. The
+// latter is also in the context menus of the object tree and the viewport; its keys work where
+// objects are worked on, so that they never reach past a list or field that has the focus. It
+// belongs to its menu. Main thread.
 #pragma once
 
 #include <QMenu>

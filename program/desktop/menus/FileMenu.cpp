@@ -10,7 +10,8 @@ namespace {
 void FillRecentMenu(QMenu& menu, DocumentCommands& commands) {
   menu.clear();
   for (const QString& path : commands.RecentFiles()) {
-    AddEntry(menu, Label(ToHost(path)), {}, [&commands, path] { commands.Open(path.toStdString()); });
+    AddEntry(menu, Label(ToHost(path)), {},
+             [&commands, path] { commands.Open(path.toStdString()); });
   }
   if (menu.isEmpty()) menu.addAction("No files yet")->setEnabled(false);
 }
@@ -23,11 +24,15 @@ void BuildFileMenu(QMenu& menu, MainWindow& window) {
   AddEntry(menu, "&Open...", QKeySequence::Open, [&commands] { commands.AskAndOpen(kAllScenes); });
   AddEntry(menu, "&Import...", {}, [&commands] { commands.AskAndOpen(kForeignScenes); });
   QMenu* recent = menu.addMenu("Open &Recent");
-  QObject::connect(recent, &QMenu::aboutToShow, recent, [recent, &commands] { FillRecentMenu(*recent, commands); });
+  QObject::connect(recent, &QMenu::aboutToShow, recent,
+                   [recent, &commands] { FillRecentMenu(*recent, commands); });
   menu.addSeparator();
-  AddEntry(menu, "&Save", QKeySequence::Save, [&commands] { commands.Save(*host::GetActiveDocument()); });
-  AddEntry(menu, "Save &As...", QKeySequence("Ctrl+Shift+S"), [&commands] { commands.SaveAs(*host::GetActiveDocument()); });
-  AddEntry(menu, "&Close", QKeySequence("Ctrl+W"), [&commands] { commands.Close(*host::GetActiveDocument()); });
+  AddEntry(menu, "&Save", QKeySequence::Save,
+           [&commands] { commands.Save(*host::GetActiveDocument()); });
+  AddEntry(menu, "Save &As...", QKeySequence("Ctrl+Shift+S"),
+           [&commands] { commands.SaveAs(*host::GetActiveDocument()); });
+  AddEntry(menu, "&Close", QKeySequence("Ctrl+W"),
+           [&commands] { commands.Close(*host::GetActiveDocument()); });
   menu.addSeparator();
   AddEntry(menu, "&Quit", QKeySequence("Ctrl+Q"), [&window] { window.close(); });
 }

@@ -20,18 +20,22 @@ void OpenManual(MainWindow& window) {
 
 QString PluginNames(const engine::Application& application) {
   QStringList names;
-  for (const engine::CommandPlugin& command : application.Commands()) names.append(ToQt(command.name));
+  for (const engine::CommandPlugin& command : application.Commands())
+    names.append(ToQt(command.name));
   return names.isEmpty() ? "none" : names.join(", ");
 }
 
 void ShowAbout(MainWindow& window) {
   QMessageBox box(QMessageBox::NoIcon, "About " + QApplication::applicationDisplayName(),
-                  QApplication::applicationDisplayName() + " " + QApplication::applicationVersion(), QMessageBox::Ok, &window);
+                  QApplication::applicationDisplayName() + " " + QApplication::applicationVersion(),
+                  QMessageBox::Ok, &window);
   box.setIconPixmap(QApplication::windowIcon().pixmap(64));
   box.setTextFormat(Qt::PlainText);
-  box.setInformativeText("Records the states of a 3D scene under names, recalls, edits and exports them.\n\nPlug-ins: " +
-                         PluginNames(window.App()) + "\nFrom: " + ToQt(engine::PluginFolder()) + "\nToolkit: Qt " + qVersion() +
-                         "\nPictures are computed on the processor; no graphics card is needed.");
+  box.setInformativeText(
+      "Records the states of a 3D scene under names, recalls, edits and exports "
+      "them.\n\nPlug-ins: " +
+      PluginNames(window.App()) + "\nFrom: " + ToQt(engine::PluginFolder()) + "\nToolkit: Qt " +
+      qVersion() + "\nPictures are computed on the processor; no graphics card is needed.");
   box.exec();
 }
 

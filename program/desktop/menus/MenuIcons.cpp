@@ -14,10 +14,11 @@ QString Plain(QString text) { return text.remove('&'); }
 
 const std::vector<MenuIcon>& MenuIcons() {
   static const auto* const icons = new std::vector<MenuIcon>{
-      {"File", "New", "new"},       {"File", "Open...", "open"},        {"File", "Import...", "import"},
-      {"File", "Save", "save"},     {"Edit", "Undo", "undo"},           {"Edit", "Redo", "redo"},
-      {"Edit", "Delete", "delete"}, {"Edit", "Duplicate", "duplicate"}, {"View", "Frame All", "frame"},
-      {"Help", "About", "about"},
+      {"File", "New", "new"},          {"File", "Open...", "open"},
+      {"File", "Import...", "import"}, {"File", "Save", "save"},
+      {"Edit", "Undo", "undo"},        {"Edit", "Redo", "redo"},
+      {"Edit", "Delete", "delete"},    {"Edit", "Duplicate", "duplicate"},
+      {"View", "Frame All", "frame"},  {"Help", "About", "about"},
   };
   return *icons;
 }

@@ -1,5 +1,5 @@
-// Menus: what fills the menus of the main window, one file a menu. The actions belong to the menus; the window outlives both.
-// Main thread.
+// Menus: what fills the menus of the main window, one file a menu. The actions belong to the menus;
+// the window outlives both. Main thread.
 #pragma once
 
 #include <QKeySequence>
@@ -11,7 +11,8 @@ namespace desktop {
 class MainWindow;
 
 // An entry that does `work`. `keys` may be empty.
-QAction* AddEntry(QMenu& menu, const QString& text, const QKeySequence& keys, std::function<void()> work);
+QAction* AddEntry(QMenu& menu, const QString& text, const QKeySequence& keys,
+                  std::function<void()> work);
 
 void BuildFileMenu(QMenu& menu, MainWindow& window);
 void BuildCreateMenu(QMenu& menu, MainWindow& window);

@@ -19,7 +19,8 @@ void FillPluginMenu(QMenu& menu, engine::Application& application) {
 }  // namespace
 
 void BuildPluginMenu(QMenu& menu, MainWindow& window) {
-  QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, &window] { FillPluginMenu(menu, window.App()); });
+  QObject::connect(&menu, &QMenu::aboutToShow, &menu,
+                   [&menu, &window] { FillPluginMenu(menu, window.App()); });
 }
 
 }  // namespace desktop

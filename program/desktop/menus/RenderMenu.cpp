@@ -8,11 +8,13 @@ namespace desktop {
 
 void BuildRenderMenu(QMenu& menu, MainWindow& window) {
   QAction* render = AddEntry(menu, "&Render to Window", QKeySequence("Ctrl+R"), [&window] {
-    if (const host::BaseDocument* doc = host::GetActiveDocument()) (new RenderWindow(&window, *doc))->show();
+    if (const host::BaseDocument* doc = host::GetActiveDocument())
+      (new RenderWindow(&window, *doc))->show();
   });
   render->setShortcuts({QKeySequence("Ctrl+R"), QKeySequence("F9")});
   render->setIcon(Icon("render"));
-  QAction* sheet = AddEntry(menu, "&Contact Sheet of All Stagemarks...", {}, [&window] { AskForSheet(window); });
+  QAction* sheet =
+      AddEntry(menu, "&Contact Sheet of All Stagemarks...", {}, [&window] { AskForSheet(window); });
   sheet->setIcon(Icon("sheet"));
 }
 

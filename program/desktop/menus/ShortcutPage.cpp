@@ -68,7 +68,8 @@ class Page {
     item->setExpanded(true);
     for (int row = 0; row < item->childCount(); ++row) {
       if (item->child(row)->text(0) != what) continue;
-      if (item->child(row)->text(1) != keys) item->child(row)->setText(1, item->child(row)->text(1) + ", " + keys);
+      if (item->child(row)->text(1) != keys)
+        item->child(row)->setText(1, item->child(row)->text(1) + ", " + keys);
       return;
     }
     new QTreeWidgetItem(item, {what, keys});
@@ -99,10 +100,12 @@ void Fill(QTreeWidget& list, const QMainWindow& window) {
   }
   // Entries that are only there while their menu is open.
   for (const QAction* action : window.actions()) {
-    if (!action->shortcut().isEmpty()) page.Add("Window", action->text().remove('&'), action->shortcut().toString());
+    if (!action->shortcut().isEmpty())
+      page.Add("Window", action->text().remove('&'), action->shortcut().toString());
   }
   page.AddPanel(*window.centralWidget(), "The picture");
-  for (const QDockWidget* dock : window.findChildren<QDockWidget*>()) page.AddPanel(*dock, dock->windowTitle());
+  for (const QDockWidget* dock : window.findChildren<QDockWidget*>())
+    page.AddPanel(*dock, dock->windowTitle());
   for (const OtherKeys& other : kOthers) page.Add(other.where, other.what, other.keys);
 }
 

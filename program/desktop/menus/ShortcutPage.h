@@ -1,5 +1,5 @@
-// ShortcutPage: all keys at a glance: of the menu entries and panels, read from these themselves, and the few that no entry
-// stands for. Main thread.
+// ShortcutPage: all keys at a glance: of the menu entries and panels, read from these themselves,
+// and the few that no entry stands for. Main thread.
 #pragma once
 
 #include <QMainWindow>

@@ -15,8 +15,8 @@ namespace {
 constexpr int kMostCameras = 40;
 
 // A key that works while the picture has the focus, so that it can be typed elsewhere.
-QAction* AddPictureEntry(QMenu& menu, const QString& text, const QList<QKeySequence>& keys, Viewport& view,
-                         std::function<void()> work) {
+QAction* AddPictureEntry(QMenu& menu, const QString& text, const QList<QKeySequence>& keys,
+                         Viewport& view, std::function<void()> work) {
   QAction* action = AddEntry(menu, text, {}, std::move(work));
   action->setShortcuts(keys);
   action->setShortcutContext(Qt::WidgetShortcut);
@@ -28,23 +28,29 @@ void FillCameraMenu(QMenu& menu, Viewport& view) {
   menu.clear();
   const host::BaseDocument* doc = host::GetActiveDocument();
   int count = 0;
-  for (host::BaseObject* object = doc ? doc->GetFirstObject() : nullptr; object && count < kMostCameras;
-       object = engine::NextInTree(object)) {
+  for (host::BaseObject* object = doc ? doc->GetFirstObject() : nullptr;
+       object && count < kMostCameras; object = engine::NextInTree(object)) {
     if (object->GetType() != host::Ocamera) continue;
     ++count;
-    AddEntry(menu, Label(object->GetName()), {}, [&view, camera = engine::IdOf(*object)] { view.LookThrough(camera); });
+    AddEntry(menu, Label(object->GetName()), {},
+             [&view, camera = engine::IdOf(*object)] { view.LookThrough(camera); });
   }
   if (count == 0) menu.addAction("No cameras in this scene")->setEnabled(false);
 }
 
 void AddEntries(QMenu& menu, Viewport& view, const CameraActs& acts) {
-  AddPictureEntry(menu, "Frame &Selection", {QKeySequence("S"), QKeySequence("F")}, view, [&view] { view.FrameSelection(); });
-  AddPictureEntry(menu, "Frame &All", {QKeySequence("A"), QKeySequence("Home")}, view, [&view] { view.FrameAll(); });
+  AddPictureEntry(menu, "Frame &Selection", {QKeySequence("S"), QKeySequence("F")}, view,
+                  [&view] { view.FrameSelection(); });
+  AddPictureEntry(menu, "Frame &All", {QKeySequence("A"), QKeySequence("Home")}, view,
+                  [&view] { view.FrameAll(); });
   menu.addSeparator();
-  AddEntry(menu, "Look Through S&cene Camera", QKeySequence("Ctrl+K"), [&view] { view.LookThroughSceneCamera(); });
-  AddEntry(menu, "Look Through &Editor Camera", QKeySequence("Ctrl+Shift+K"), [&view] { view.LookThroughEditorCamera(); });
+  AddEntry(menu, "Look Through S&cene Camera", QKeySequence("Ctrl+K"),
+           [&view] { view.LookThroughSceneCamera(); });
+  AddEntry(menu, "Look Through &Editor Camera", QKeySequence("Ctrl+Shift+K"),
+           [&view] { view.LookThroughEditorCamera(); });
   QMenu* cameras = menu.addMenu("&Look Through");
-  QObject::connect(cameras, &QMenu::aboutToShow, cameras, [cameras, &view] { FillCameraMenu(*cameras, view); });
+  QObject::connect(cameras, &QMenu::aboutToShow, cameras,
+                   [cameras, &view] { FillCameraMenu(*cameras, view); });
   menu.addSeparator();
   menu.addActions(acts.ForCameras());
 }
@@ -55,7 +61,8 @@ void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, Switch
   QMenu* modes = menu.addMenu(text);
   for (const auto& [name, mode] : kModes) {
     QAction* action = AddEntry(*modes, name, {}, [which, mode = mode] {
-      if (host::BaseDocument* active = host::GetActiveDocument()) SetSwitch(*active, SelectedObjects(*active), which, mode);
+      if (host::BaseDocument* active = host::GetActiveDocument())
+        SetSwitch(*active, SelectedObjects(*active), which, mode);
     });
     action->setCheckable(true);
     action->setChecked(SwitchOf(*doc.GetActiveObject(), which) == mode);
@@ -85,7 +92,9 @@ void FillContextMenu(QMenu& menu, const QMenu& view, QMenu& create, const EditMe
 void BuildViewMenu(QMenu& menu, QMenu& create, MainWindow& window) {
   Viewport& view = window.View();
   AddEntries(menu, view, window.Cameras());
-  view.fillMenu = [&menu, &create, &window](QMenu& context) { FillContextMenu(context, menu, create, window.Edit()); };
+  view.fillMenu = [&menu, &create, &window](QMenu& context) {
+    FillContextMenu(context, menu, create, window.Edit());
+  };
 }
 
 }  // namespace desktop

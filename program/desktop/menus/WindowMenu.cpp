@@ -24,11 +24,13 @@ void ListDocuments(QMenu& menu, const engine::Application& application) {
 void ListDialogs(QMenu& menu, MainWindow& window) {
   for (const DialogDocks::Known& known : window.Docks().AllKnown()) {
     if (known.title.isEmpty()) continue;
-    QAction* action = AddEntry(menu, Label(ToHost(known.title)), {}, [&window, plugin = known.plugin, dialog = known.dialog] {
-      const auto open = engine::OpenDialogs();
-      const bool isOpen = std::find(open.begin(), open.end(), dialog) != open.end();
-      isOpen ? void(dialog->Close()) : void(window.App().ExecuteCommand(plugin));
-    });
+    QAction* action =
+        AddEntry(menu, Label(ToHost(known.title)), {},
+                 [&window, plugin = known.plugin, dialog = known.dialog] {
+                   const auto open = engine::OpenDialogs();
+                   const bool isOpen = std::find(open.begin(), open.end(), dialog) != open.end();
+                   isOpen ? void(dialog->Close()) : void(window.App().ExecuteCommand(plugin));
+                 });
     action->setCheckable(true);
     action->setChecked(known.dialog != nullptr);
   }
@@ -55,10 +57,12 @@ void BuildWindowMenu(QMenu& menu, MainWindow& window) {
       AddEntry(menu, "&Next Scene", QKeySequence("Ctrl+Tab"), [&tabs] { tabs.Turn(1); }),
       AddEntry(menu, "&Previous Scene", QKeySequence("Ctrl+Shift+Tab"), [&tabs] { tabs.Turn(-1); }),
       AddEntry(menu, "Next Pa&nel", QKeySequence("F6"), [&window] { TurnFocus(window, 1); }),
-      AddEntry(menu, "Previous Pane&l", QKeySequence("Shift+F6"), [&window] { TurnFocus(window, -1); })};
+      AddEntry(menu, "Previous Pane&l", QKeySequence("Shift+F6"),
+               [&window] { TurnFocus(window, -1); })};
   for (QAction* turn : turns) turn->setParent(&window);
   window.addActions(turns);
-  QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, &window, turns] { FillWindowMenu(menu, window, turns); });
+  QObject::connect(&menu, &QMenu::aboutToShow, &menu,
+                   [&menu, &window, turns] { FillWindowMenu(menu, window, turns); });
 }
 
 }  // namespace desktop

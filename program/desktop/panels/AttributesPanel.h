@@ -9,7 +9,8 @@ namespace desktop {
 class AttributesPanel : public AttributesView, public DocumentView {
  public:
   // `lookedAt` outlives the panel's last Follow.
-  AttributesPanel(LookedAt& lookedAt, QWidget* parent) : AttributesView(parent), lookedAt_(lookedAt) {}
+  AttributesPanel(LookedAt& lookedAt, QWidget* parent)
+      : AttributesView(parent), lookedAt_(lookedAt) {}
 
   void Follow(host::BaseDocument* doc) override {
     lookedAt_.Follow(doc);

@@ -4,7 +4,8 @@
 
 namespace desktop {
 
-Background::Background(std::function<void(const QImage&)> done) : done_(std::move(done)), thread_([this] { Run(); }) {}
+Background::Background(std::function<void(const QImage&)> done)
+    : done_(std::move(done)), thread_([this] { Run(); }) {}
 
 Background::~Background() {
   {

@@ -1,5 +1,5 @@
-// Background: one job at a time on a thread of its own. The owner waits in its destructor until the job has seen that it is to
-// stop. Called from the main thread.
+// Background: one job at a time on a thread of its own. The owner waits in its destructor until the
+// job has seen that it is to stop. Called from the main thread.
 #pragma once
 
 #include <QImage>

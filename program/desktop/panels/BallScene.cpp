@@ -26,7 +26,8 @@ void AddBall(host::BaseDocument& doc, host::BaseMaterial* material) {
 
 }  // namespace
 
-BallScene::BallScene(const host::BaseDocument& doc, host::BaseMaterial& material) : doc_(host::BaseDocument::Alloc()) {
+BallScene::BallScene(const host::BaseDocument& doc, host::BaseMaterial& material)
+    : doc_(host::BaseDocument::Alloc()) {
   doc_->SetDocumentPath(doc.GetDocumentPath());
   engine::SetEmbeddedFiles(*doc_, engine::EmbeddedFilesOf(doc));
   host::BaseMaterial* copy = engine::AsMaterial(material.GetClone(0, nullptr));

@@ -1,5 +1,6 @@
-// ChosenActs: what one does in a panel to the chosen materials, layers or render settings of a document: buttons at the foot, the
-// same entries in a context menu, and keys. The actions belong to the view. Main thread.
+// ChosenActs: what one does in a panel to the chosen materials, layers or render settings of a
+// document: buttons at the foot, the same entries in a context menu, and keys. The actions belong
+// to the view. Main thread.
 #pragma once
 
 #include <QLayout>
@@ -17,12 +18,13 @@ class ChosenActs {
   // Shows `menu` when one asks for it in the view. The view outlives this.
   ChosenActs(View& view, std::function<void(QMenu&)> menu) : view_(view) {
     view.setContextMenuPolicy(Qt::CustomContextMenu);
-    QObject::connect(&view, &QWidget::customContextMenuRequested, &view, [this, menu](const QPoint& place) {
-      QMenu shown(&view_);
-      shown.addActions(all_);
-      menu(shown);
-      shown.exec(view_.viewport()->mapToGlobal(place));
-    });
+    QObject::connect(&view, &QWidget::customContextMenuRequested, &view,
+                     [this, menu](const QPoint& place) {
+                       QMenu shown(&view_);
+                       shown.addActions(all_);
+                       menu(shown);
+                       shown.exec(view_.viewport()->mapToGlobal(place));
+                     });
   }
 
   // Puts the buttons below what `side` has in its layout; before the first Add.

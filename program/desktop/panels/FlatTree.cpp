@@ -7,10 +7,11 @@ namespace desktop {
 
 namespace {
 
-// Where to look first in a table of so many slots, a power of 2. Different in every process: a file cannot choose identities that
-// fall onto one slot.
+// Where to look first in a table of so many slots, a power of 2. Different in every process: a file
+// cannot choose identities that fall onto one slot.
 std::size_t FirstSlot(engine::NodeId id, std::size_t slotCount) {
-  static const engine::NodeId factor = (engine::NodeId{std::random_device()()} << 32 | std::random_device()()) | 1;
+  static const engine::NodeId factor =
+      (engine::NodeId{std::random_device()()} << 32 | std::random_device()()) | 1;
   return static_cast<std::size_t>((id * factor) >> (64 - std::bit_width(slotCount - 1)));
 }
 
@@ -22,7 +23,8 @@ FlatTree::FlatTree(const host::GeListNode* first) : entries_(1) {
     const host::GeListNode* child = place > 0 ? nodes[place]->GetDown() : first;
     entries_[place].firstChild = static_cast<int>(entries_.size());
     for (; child; child = child->GetNext()) {
-      entries_.push_back({engine::IdOf(*child), static_cast<int>(place), entries_[place].childCount++});
+      entries_.push_back(
+          {engine::IdOf(*child), static_cast<int>(place), entries_[place].childCount++});
       nodes.push_back(child);
     }
   }
@@ -61,7 +63,8 @@ int FlatTree::PlaceOf(engine::NodeId id) const {
     places_ = std::make_shared<const std::vector<int>>(std::move(places));
   }
   std::size_t slot = FirstSlot(id, places_->size());
-  while ((*places_)[slot] != 0 && At((*places_)[slot]).id != id) slot = (slot + 1) % places_->size();
+  while ((*places_)[slot] != 0 && At((*places_)[slot]).id != id)
+    slot = (slot + 1) % places_->size();
   return (*places_)[slot];
 }
 

@@ -1,5 +1,6 @@
-// FlatTree: the shape of a tree of nodes as one flat list in which the children of a node stand together, as an item model needs
-// it: parent, row and children of any place without a walk. It holds identities only. Main thread.
+// FlatTree: the shape of a tree of nodes as one flat list in which the children of a node stand
+// together, as an item model needs it: parent, row and children of any place without a walk. It
+// holds identities only. Main thread.
 #pragma once
 
 #include <functional>
@@ -31,13 +32,15 @@ class FlatTree {
   // How many nodes there are: their places are 1 to that, what is above a node before it.
   int Count() const { return static_cast<int>(entries_.size()) - 1; }
   const Entry& At(int place) const { return entries_[static_cast<std::size_t>(place)]; }
-  // The place of a node, 0 where it is not in here. The first question is linear, the others are not.
+  // The place of a node, 0 where it is not in here. The first question is linear, the others are
+  // not.
   int PlaceOf(engine::NodeId id) const;
   bool operator==(const FlatTree& other) const { return entries_ == other.entries_; }
 
  private:
   std::vector<Entry> entries_;
-  // Places by identity, an open table that is made when it is first asked for; empty slots hold 0. A copy of this tree shares it.
+  // Places by identity, an open table that is made when it is first asked for; empty slots hold 0.
+  // A copy of this tree shares it.
   mutable std::shared_ptr<const std::vector<int>> places_;
 };
 

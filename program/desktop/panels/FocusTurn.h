@@ -1,5 +1,5 @@
-// FocusTurn: the keyboard goes from panel to panel: the picture, the panels and dialogs that can be seen, and round again. Main
-// thread.
+// FocusTurn: the keyboard goes from panel to panel: the picture, the panels and dialogs that can be
+// seen, and round again. Main thread.
 #pragma once
 
 #include <QMainWindow>

@@ -15,11 +15,14 @@ QStringList Texts(const std::vector<std::string>& names) {
 
 }  // namespace
 
-HistoryPanel::HistoryPanel(engine::Application& application, QWidget* parent) : QListWidget(parent), application_(application) {
+HistoryPanel::HistoryPanel(engine::Application& application, QWidget* parent)
+    : QListWidget(parent), application_(application) {
   setUniformItemSizes(true);
   setAlternatingRowColors(true);
-  connect(this, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { GoTo(row(item)); });
-  connect(this, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) { GoTo(row(item)); });
+  connect(this, &QListWidget::itemClicked, this,
+          [this](QListWidgetItem* item) { GoTo(row(item)); });
+  connect(this, &QListWidget::itemActivated, this,
+          [this](QListWidgetItem* item) { GoTo(row(item)); });
 }
 
 void HistoryPanel::Follow(host::BaseDocument* doc) {
@@ -43,9 +46,12 @@ void HistoryPanel::Fill(const QStringList& done, const QStringList& undone) {
   present.setBold(true);
   currentItem()->setFont(present);
   addItems(undone);
-  for (int row = currentRow() + 1; row < count(); ++row) item(row)->setForeground(palette().color(QPalette::PlaceholderText));
+  for (int row = currentRow() + 1; row < count(); ++row)
+    item(row)->setForeground(palette().color(QPalette::PlaceholderText));
   for (int row = 0; row < count(); ++row) {
-    item(row)->setToolTip(row == currentRow() ? "The scene as it is now" : "Click to go to the scene as it was after this step");
+    item(row)->setToolTip(row == currentRow()
+                              ? "The scene as it is now"
+                              : "Click to go to the scene as it was after this step");
   }
   scrollToItem(currentItem());
 }

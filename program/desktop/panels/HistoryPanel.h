@@ -1,5 +1,5 @@
-// HistoryPanel: the undo steps of the active document in a list, the oldest on top. The present state is marked, what was undone
-// follows it faintly; a click goes there. Main thread.
+// HistoryPanel: the undo steps of the active document in a list, the oldest on top. The present
+// state is marked, what was undone follows it faintly; a click goes there. Main thread.
 #pragma once
 
 #include <QListWidget>

@@ -32,11 +32,15 @@ host::Vector ColorOfNumber(std::size_t number) {
 
 std::size_t CountLayers(const BaseDocument& doc) {
   std::size_t count = 0;
-  for (const host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node; node = engine::NextInTree(node)) ++count;
+  for (const host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node;
+       node = engine::NextInTree(node))
+    ++count;
   return count;
 }
 
-bool IsOf(const BaseDocument& doc, const LayerObject* layer) { return layer && layer->GetDocument() == &doc; }
+bool IsOf(const BaseDocument& doc, const LayerObject* layer) {
+  return layer && layer->GetDocument() == &doc;
+}
 
 // One step that gives each of the layers other data.
 template <class Change>
@@ -99,7 +103,8 @@ void SetLayerColor(BaseDocument& doc, const LayerList& layers, const host::Vecto
 }
 
 void SetLayerSwitch(BaseDocument& doc, const LayerList& layers, std::size_t number, bool on) {
-  ChangeLayers(doc, layers, "Layer Switch", [&](host::LayerData& data) { data.*(kLayerSwitches.at(number).flag) = on; });
+  ChangeLayers(doc, layers, "Layer Switch",
+               [&](host::LayerData& data) { data.*(kLayerSwitches.at(number).flag) = on; });
 }
 
 void AssignLayer(BaseDocument& doc, const std::vector<BaseObject*>& objects, LayerObject* layer) {
@@ -121,14 +126,16 @@ void SelectObjectsOn(BaseDocument& doc, const LayerList& layers) {
   for (const LayerObject* layer : layers) wanted.insert(engine::IdOf(*layer));
   doc.SetActiveObject(nullptr);
   for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
-    if (wanted.contains(engine::LayerIdOf(*object))) doc.SetActiveObject(object, host::SELECTION_ADD);
+    if (wanted.contains(engine::LayerIdOf(*object)))
+      doc.SetActiveObject(object, host::SELECTION_ADD);
   }
   host::EventAdd();
 }
 
 void SelectLayers(BaseDocument& doc, const LayerList& layers) {
   const std::unordered_set<const host::GeListNode*> wanted(layers.begin(), layers.end());
-  for (host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node; node = engine::NextInTree(node)) {
+  for (host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node;
+       node = engine::NextInTree(node)) {
     auto* layer = static_cast<LayerObject*>(node);
     wanted.contains(layer) ? layer->SetBit(host::BIT_ACTIVE) : layer->DelBit(host::BIT_ACTIVE);
   }

@@ -1,5 +1,5 @@
-// What a person does to layers, each as one undo step of the document. Layers that are not of the document are left alone. Main
-// thread.
+// What a person does to layers, each as one undo step of the document. Layers that are not of the
+// document are left alone. Main thread.
 #pragma once
 
 #include <vector>
@@ -10,7 +10,8 @@ namespace desktop {
 
 using LayerList = std::vector<host::LayerObject*>;
 
-// A new one below all others, with a name and, by turns, a colour of its own. Owned by the document.
+// A new one below all others, with a name and, by turns, a color of its own. Owned by the
+// document.
 host::LayerObject* AddLayer(host::BaseDocument& doc);
 // With the layers below them.
 void DeleteLayers(host::BaseDocument& doc, const LayerList& layers);
@@ -18,7 +19,8 @@ void RenameLayer(host::BaseDocument& doc, host::LayerObject& layer, const host::
 void SetLayerColor(host::BaseDocument& doc, const LayerList& layers, const host::Vector& color);
 void SetLayerSwitch(host::BaseDocument& doc, const LayerList& layers, std::size_t number, bool on);
 // Puts objects on a layer; null takes them off theirs.
-void AssignLayer(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, host::LayerObject* layer);
+void AssignLayer(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects,
+                 host::LayerObject* layer);
 // Selects the objects on these layers and no others. No undo step, as for any selection.
 void SelectObjectsOn(host::BaseDocument& doc, const LayerList& layers);
 // Makes these the selected layers.

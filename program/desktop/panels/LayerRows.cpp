@@ -11,7 +11,9 @@ using host::LayerObject;
 
 namespace {
 
-std::size_t SwitchNumber(int column) { return static_cast<std::size_t>(column - LayerRows::kFirstSwitch); }
+std::size_t SwitchNumber(int column) {
+  return static_cast<std::size_t>(column - LayerRows::kFirstSwitch);
+}
 
 }  // namespace
 
@@ -19,7 +21,9 @@ bool LayerRows::Update(host::BaseDocument* doc) {
   return TakeWhatDiffers(doc, FlatTree(doc ? doc->GetLayerObjectRoot()->GetFirst() : nullptr));
 }
 
-LayerObject* LayerRows::LayerAt(const QModelIndex& index) const { return engine::AsLayer(NodeAt(index)); }
+LayerObject* LayerRows::LayerAt(const QModelIndex& index) const {
+  return engine::AsLayer(NodeAt(index));
+}
 
 LayerList LayerRows::LayersAt(const QModelIndexList& rows) const {
   LayerList layers;
@@ -59,7 +63,8 @@ QVariant LayerRows::SwitchData(const host::LayerData& layer, std::size_t number,
 QVariant LayerRows::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal) return {};
   if (section == kName && role == Qt::DisplayRole) return QString("Layer");
-  if (section == kName && role == Qt::TextAlignmentRole) return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
+  if (section == kName && role == Qt::TextAlignmentRole)
+    return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
   if (section < kFirstSwitch || section >= kColumnCount) return {};
   const LayerSwitch& row = kLayerSwitches.at(SwitchNumber(section));
   if (role == Qt::DecorationRole) return Icon(row.icon);
@@ -70,7 +75,8 @@ QVariant LayerRows::headerData(int section, Qt::Orientation orientation, int rol
 bool LayerRows::setData(const QModelIndex& index, const QVariant& value, int role) {
   LayerObject* layer = index.column() == kName && role == Qt::EditRole ? LayerAt(index) : nullptr;
   if (!layer || value.toString().isEmpty()) return false;
-  if (value.toString() != ToQt(layer->GetName())) RenameLayer(*Document(), *layer, ToHost(value.toString()));
+  if (value.toString() != ToQt(layer->GetName()))
+    RenameLayer(*Document(), *layer, ToHost(value.toString()));
   emit dataChanged(index, index);
   return true;
 }
@@ -81,18 +87,21 @@ Qt::ItemFlags LayerRows::flags(const QModelIndex& index) const {
   return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
 }
 
-bool LayerRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex& parent) const {
+bool LayerRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int, int,
+                                const QModelIndex& parent) const {
   if (!data || !Document()) return false;
   return data->hasFormat(kObjectsMime) || CanMoveTo(DroppedNodes(data, kLayersMime), parent);
 }
 
-bool LayerRows::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) {
+bool LayerRows::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
+                             const QModelIndex& parent) {
   const std::vector<engine::NodeId> layers = DroppedNodes(data, kLayersMime);
   if (!layers.empty()) return MoveTo(layers, row, parent);
   host::BaseDocument* doc = Document();
   std::vector<host::BaseObject*> objects;
   for (const engine::NodeId id : DroppedNodes(data, kObjectsMime)) {
-    if (host::BaseObject* object = engine::AsObject(engine::FindNode(doc, id))) objects.push_back(object);
+    if (host::BaseObject* object = engine::AsObject(engine::FindNode(doc, id)))
+      objects.push_back(object);
   }
   if (objects.empty()) return false;
   AssignLayer(*doc, objects, LayerAt(parent));

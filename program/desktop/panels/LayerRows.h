@@ -1,5 +1,6 @@
-// LayerRows: the layers of a document as an item model: name, colour and nine switches. It keeps the shape of the tree and reads
-// everything else from the document when it is shown. Changes go through undo. Main thread.
+// LayerRows: the layers of a document as an item model: name, color and nine switches. It keeps
+// the shape of the tree and reads everything else from the document when it is shown. Changes go
+// through undo. Main thread.
 #pragma once
 
 #include "program/desktop/Dragging.h"
@@ -25,7 +26,9 @@ class LayerRows : public TreeRows {
   host::LayerObject* LayerAt(const QModelIndex& index) const;
   // Those of the rows that still are.
   LayerList LayersAt(const QModelIndexList& rows) const;
-  static bool IsSwitch(const QModelIndex& index) { return index.isValid() && index.column() >= kFirstSwitch; }
+  static bool IsSwitch(const QModelIndex& index) {
+    return index.isValid() && index.column() >= kFirstSwitch;
+  }
 
   int columnCount(const QModelIndex& = {}) const override { return kColumnCount; }
   QVariant data(const QModelIndex& index, int role) const override;
@@ -33,11 +36,13 @@ class LayerRows : public TreeRows {
   // Only names are set here.
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
-  // Layers are moved to where they are dropped. Objects come onto the layer of the row; those dropped beside all rows are taken
-  // off theirs.
+  // Layers are moved to where they are dropped. Objects come onto the layer of the row; those
+  // dropped beside all rows are taken off theirs.
   QStringList mimeTypes() const override { return {kLayersMime, kObjectsMime}; }
-  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex& parent) const override;
-  bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) override;
+  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int, int,
+                       const QModelIndex& parent) const override;
+  bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column,
+                    const QModelIndex& parent) override;
 
  private:
   QVariant SwitchData(const host::LayerData& layer, std::size_t number, int role) const;

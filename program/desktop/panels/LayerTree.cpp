@@ -22,11 +22,14 @@ constexpr int kColorColumn = 26;
 constexpr int kIconSide = 16;
 constexpr int kSwatchSide = 12;
 
-QRect Centered(const QRect& cell, int side) { return {cell.center() - QPoint(side / 2 - 1, side / 2 - 1), QSize(side, side)}; }
+QRect Centered(const QRect& cell, int side) {
+  return {cell.center() - QPoint(side / 2 - 1, side / 2 - 1), QSize(side, side)};
+}
 
 // What stands behind a cell: chosen rows have another ground.
 void PaintGround(QPainter& painter, const QStyleOptionViewItem& option) {
-  option.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, &painter, option.widget);
+  option.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, &painter,
+                                        option.widget);
 }
 
 // The icon of a switch, faint when it is off.
@@ -34,12 +37,14 @@ class SwitchDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
     PaintGround(*painter, option);
     const bool isOn = index.data(LayerRows::kIsOn).toBool();
     index.data(Qt::DecorationRole)
         .value<QIcon>()
-        .paint(painter, Centered(option.rect, kIconSide), Qt::AlignCenter, isOn ? QIcon::Normal : QIcon::Disabled);
+        .paint(painter, Centered(option.rect, kIconSide), Qt::AlignCenter,
+               isOn ? QIcon::Normal : QIcon::Disabled);
   }
 };
 
@@ -47,7 +52,8 @@ class SwatchDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
     PaintGround(*painter, option);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
@@ -108,7 +114,8 @@ void LayerTree::AskColor(const LayerList& layers) {
   if (layers.empty()) return;
   std::vector<engine::NodeId> ids;
   for (const host::LayerObject* layer : layers) ids.push_back(engine::IdOf(*layer));
-  const QColor now = rows_->IndexOf(ids.front(), LayerRows::kColor).data(Qt::BackgroundRole).value<QColor>();
+  const QColor now =
+      rows_->IndexOf(ids.front(), LayerRows::kColor).data(Qt::BackgroundRole).value<QColor>();
   const QColor color = QColorDialog::getColor(now, this, "Color of the layer");
   host::BaseDocument* doc = color.isValid() ? Document() : nullptr;
   if (!doc) return;
@@ -117,10 +124,13 @@ void LayerTree::AskColor(const LayerList& layers) {
   SetLayerColor(*doc, still, {color.redF(), color.greenF(), color.blueF()});
 }
 
-QItemSelectionModel::SelectionFlags LayerTree::selectionCommand(const QModelIndex& index, const QEvent* event) const {
-  const bool isMouse = event && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease ||
-                                 event->type() == QEvent::MouseMove);
-  if (isMouse && index.isValid() && index.column() != LayerRows::kName) return QItemSelectionModel::NoUpdate;
+QItemSelectionModel::SelectionFlags LayerTree::selectionCommand(const QModelIndex& index,
+                                                                const QEvent* event) const {
+  const bool isMouse =
+      event && (event->type() == QEvent::MouseButtonPress ||
+                event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::MouseMove);
+  if (isMouse && index.isValid() && index.column() != LayerRows::kName)
+    return QItemSelectionModel::NoUpdate;
   return QTreeView::selectionCommand(index, event);
 }
 
@@ -140,11 +150,13 @@ void LayerTree::mouseDoubleClickEvent(QMouseEvent* event) {
 
 bool LayerTree::ClickedCell(const QMouseEvent& event) {
   const QModelIndex index = indexAt(event.position().toPoint());
-  if (!index.isValid() || index.column() == LayerRows::kName || event.button() != Qt::LeftButton) return false;
+  if (!index.isValid() || index.column() == LayerRows::kName || event.button() != Qt::LeftButton)
+    return false;
   if (index.column() == LayerRows::kColor) {
     AskColor(MeantBy(index));
   } else {
-    SetLayerSwitch(*Document(), MeantBy(index), static_cast<std::size_t>(index.column() - LayerRows::kFirstSwitch),
+    SetLayerSwitch(*Document(), MeantBy(index),
+                   static_cast<std::size_t>(index.column() - LayerRows::kFirstSwitch),
                    !index.data(LayerRows::kIsOn).toBool());
   }
   viewport()->update();
@@ -153,7 +165,9 @@ bool LayerTree::ClickedCell(const QMouseEvent& event) {
 
 void LayerTree::startDrag(Qt::DropActions) {
   const QModelIndexList rows = selectionModel()->selectedRows();
-  if (!rows.isEmpty()) DragRows(*this, rows_->mimeData(rows), static_cast<int>(rows.size()), rows.front().data().toString());
+  if (!rows.isEmpty())
+    DragRows(*this, rows_->mimeData(rows), static_cast<int>(rows.size()),
+             rows.front().data().toString());
 }
 
 void LayerTree::dragEnterEvent(QDragEnterEvent* event) {
@@ -170,7 +184,8 @@ LayerList LayerTree::MeantBy(const QModelIndex& index) const {
 void LayerTree::ShowSelection() {
   QItemSelection wanted;
   if (const host::BaseDocument* doc = Document()) {
-    for (const host::GeListNode* node = doc->GetLayerObjectRoot()->GetFirst(); node; node = engine::NextInTree(node)) {
+    for (const host::GeListNode* node = doc->GetLayerObjectRoot()->GetFirst(); node;
+         node = engine::NextInTree(node)) {
       if (!static_cast<const host::LayerObject*>(node)->GetBit(host::BIT_ACTIVE)) continue;
       const QModelIndex index = rows_->IndexOf(engine::IdOf(*node));
       wanted.append(QItemSelectionRange(index, index.siblingAtColumn(LayerRows::kColumnCount - 1)));
@@ -181,7 +196,8 @@ void LayerTree::ShowSelection() {
 
 void LayerTree::paintEvent(QPaintEvent* event) {
   QTreeView::paintEvent(event);
-  if (rows_->rowCount() == 0) PaintEmptyText(*this, "No layers yet: add one to switch many objects at once");
+  if (rows_->rowCount() == 0)
+    PaintEmptyText(*this, "No layers yet: add one to switch many objects at once");
 }
 
 }  // namespace desktop

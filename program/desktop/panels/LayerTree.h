@@ -1,6 +1,7 @@
-// LayerTree: the layers of the active document with colour and switches. A click on a switch flips it, for all chosen layers when
-// the clicked one is among them; a click on the colour asks for another one. Layers are dragged to other places, objects onto
-// them. It owns its model. Main thread.
+// LayerTree: the layers of the active document with color and switches. A click on a switch flips
+// it, for all chosen layers when the clicked one is among them; a click on the color asks for
+// another one. Layers are dragged to other places, objects onto them. It owns its model. Main
+// thread.
 #pragma once
 
 #include <QTreeView>
@@ -20,12 +21,13 @@ class LayerTree : public QTreeView, public DocumentView {
   LayerList Chosen() const { return rows_->LayersAt(selectionModel()->selectedRows()); }
   // Begins to edit the name of the layer in place.
   void EditName(const host::LayerObject& layer);
-  // Asks for a colour for the layers; they may be gone when the answer comes.
+  // Asks for a color for the layers; they may be gone when the answer comes.
   void AskColor(const LayerList& layers);
 
  protected:
-  // A click on a switch or a colour leaves the selection alone.
-  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
+  // A click on a switch or a color leaves the selection alone.
+  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                       const QEvent* event) const override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;

@@ -1,4 +1,5 @@
-// LayersPanel: the layers of the active document with what one does to them: buttons at the foot and a context menu. Main thread.
+// LayersPanel: the layers of the active document with what one does to them: buttons at the foot
+// and a context menu. Main thread.
 #pragma once
 
 #include <QWidget>

@@ -39,7 +39,8 @@ void DuplicateMaterials(BaseDocument& doc, const MaterialList& materials) {
   MaterialList copies;
   FreeNames names(doc.GetFirstMaterial());
   {
-    const engine::UndoScope scope(doc, materials.size() == 1 ? "Duplicate Material" : "Duplicate Materials");
+    const engine::UndoScope scope(
+        doc, materials.size() == 1 ? "Duplicate Material" : "Duplicate Materials");
     for (BaseMaterial* material : materials) {
       BaseMaterial* copy = engine::AsMaterial(material->GetClone(0, nullptr));
       if (!copy) continue;
@@ -54,7 +55,8 @@ void DuplicateMaterials(BaseDocument& doc, const MaterialList& materials) {
 
 void DeleteMaterials(BaseDocument& doc, const MaterialList& materials) {
   {
-    const engine::UndoScope scope(doc, materials.size() == 1 ? "Delete Material" : "Delete Materials");
+    const engine::UndoScope scope(doc,
+                                  materials.size() == 1 ? "Delete Material" : "Delete Materials");
     for (BaseMaterial* material : materials) {
       doc.AddUndo(host::UNDO_DELETE, material);
       BaseMaterial::Free(material);
@@ -76,7 +78,8 @@ void RenameMaterial(BaseDocument& doc, BaseMaterial& material, const host::Strin
 void SelectMaterials(BaseDocument& doc, const MaterialList& materials) {
   const std::unordered_set<const BaseMaterial*> wanted(materials.begin(), materials.end());
   for (BaseMaterial* material = doc.GetFirstMaterial(); material; material = material->GetNext()) {
-    wanted.contains(material) ? material->SetBit(host::BIT_ACTIVE) : material->DelBit(host::BIT_ACTIVE);
+    wanted.contains(material) ? material->SetBit(host::BIT_ACTIVE)
+                              : material->DelBit(host::BIT_ACTIVE);
   }
   host::EventAdd();
 }
@@ -85,7 +88,8 @@ void SelectObjectsWith(BaseDocument& doc, const MaterialList& materials) {
   std::unordered_set<engine::NodeId> wanted;
   for (const BaseMaterial* material : materials) wanted.insert(engine::IdOf(*material));
   doc.SetActiveObject(nullptr);
-  for (host::BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
+  for (host::BaseObject* object = doc.GetFirstObject(); object;
+       object = engine::NextInTree(object)) {
     if (HasOneOf(*object, wanted)) doc.SetActiveObject(object, host::SELECTION_ADD);
   }
   host::EventAdd();

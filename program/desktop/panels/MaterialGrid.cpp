@@ -16,17 +16,21 @@ constexpr int kMargin = 6;
 constexpr int kCellWidth = kSide + 4 * kMargin;
 constexpr int kSpacing = 2;
 
-QRect BallIn(const QRect& cell) { return {cell.left() + (cell.width() - kSide) / 2, cell.top() + kMargin, kSide, kSide}; }
+QRect BallIn(const QRect& cell) {
+  return {cell.left() + (cell.width() - kSide) / 2, cell.top() + kMargin, kSide, kSide};
+}
 
 QRect NameIn(const QRect& cell) {
-  return QRect(cell.left() + 2, cell.top() + kSide + kMargin, cell.width() - 4, cell.height() - kSide - kMargin);
+  return QRect(cell.left() + 2, cell.top() + kSide + kMargin, cell.width() - 4,
+               cell.height() - kSide - kMargin);
 }
 
 class MaterialDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
     PaintGround(*painter, option);
     const auto ball = index.data(Qt::DecorationRole).value<QPixmap>();
     if (ball.isNull()) {
@@ -36,21 +40,24 @@ class MaterialDelegate : public QStyledItemDelegate {
     }
     const QRect place = NameIn(option.rect);
     painter->setPen(option.palette.color(QPalette::Text));
-    painter->drawText(place, Qt::AlignCenter,
-                      option.fontMetrics.elidedText(index.data().toString(), Qt::ElideRight, place.width()));
+    painter->drawText(
+        place, Qt::AlignCenter,
+        option.fontMetrics.elidedText(index.data().toString(), Qt::ElideRight, place.width()));
   }
 
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
     return {kCellWidth, kSide + 2 * kMargin + option.fontMetrics.height()};
   }
 
-  QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+  QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                        const QModelIndex& index) const override {
     QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
     if (auto* line = qobject_cast<QLineEdit*>(editor)) line->setAlignment(Qt::AlignCenter);
     return editor;
   }
 
-  void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option, const QModelIndex&) const override {
+  void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                            const QModelIndex&) const override {
     const QRect place = NameIn(option.rect);
     const int height = std::max(place.height(), editor->sizeHint().height());
     editor->setGeometry(place.left(), place.bottom() + 1 - height, place.width(), height);
@@ -118,7 +125,8 @@ void MaterialGrid::EditName(const host::BaseMaterial& material) {
   edit(index);
 }
 
-void MaterialGrid::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+void MaterialGrid::selectionChanged(const QItemSelection& selected,
+                                    const QItemSelection& deselected) {
   QListView::selectionChanged(selected, deselected);
   host::BaseDocument* doc = showing_ ? nullptr : Document();
   if (doc) SelectMaterials(*doc, Chosen());
@@ -128,7 +136,8 @@ void MaterialGrid::ShowSelection() {
   QItemSelection wanted;
   int row = 0;
   const host::BaseDocument* doc = Document();
-  for (const host::BaseMaterial* material = doc ? doc->GetFirstMaterial() : nullptr; material; material = material->GetNext()) {
+  for (const host::BaseMaterial* material = doc ? doc->GetFirstMaterial() : nullptr; material;
+       material = material->GetNext()) {
     const QModelIndex index = rows_->index(row++);
     if (material->GetBit(host::BIT_ACTIVE)) wanted.append(QItemSelectionRange(index));
   }
@@ -148,7 +157,8 @@ void MaterialGrid::startDrag(Qt::DropActions) {
 
 void MaterialGrid::paintEvent(QPaintEvent* event) {
   QListView::paintEvent(event);
-  if (rows_->rowCount() == 0) PaintEmptyText(*this, "No materials yet: make one and drag it onto an object");
+  if (rows_->rowCount() == 0)
+    PaintEmptyText(*this, "No materials yet: make one and drag it onto an object");
 }
 
 }  // namespace desktop

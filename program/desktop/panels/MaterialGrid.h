@@ -1,5 +1,5 @@
-// MaterialGrid: the materials of the active document as thumbnails with names, in rows as wide as the panel. One drags them onto
-// objects. It owns its model. Main thread.
+// MaterialGrid: the materials of the active document as thumbnails with names, in rows as wide as
+// the panel. One drags them onto objects. It owns its model. Main thread.
 #pragma once
 
 #include <QListView>

@@ -14,7 +14,8 @@ constexpr int kLongestName = 200;
 
 }  // namespace
 
-MaterialRows::MaterialRows(std::shared_ptr<MaterialThumbnails> thumbnails, std::function<double()> scale, QObject* parent)
+MaterialRows::MaterialRows(std::shared_ptr<MaterialThumbnails> thumbnails,
+                           std::function<double()> scale, QObject* parent)
     : QAbstractListModel(parent), scale_(std::move(scale)), thumbnails_(std::move(thumbnails)) {
   thumbnails_->Listen(this, [this](engine::NodeId material) {
     const QModelIndex index = IndexOf(material);
@@ -24,7 +25,8 @@ MaterialRows::MaterialRows(std::shared_ptr<MaterialThumbnails> thumbnails, std::
 
 bool MaterialRows::Update(host::BaseDocument* doc) {
   std::vector<engine::NodeId> ids;
-  for (const BaseMaterial* material = doc ? doc->GetFirstMaterial() : nullptr; material; material = material->GetNext()) {
+  for (const BaseMaterial* material = doc ? doc->GetFirstMaterial() : nullptr; material;
+       material = material->GetNext()) {
     ids.push_back(engine::IdOf(*material));
   }
   if (doc_ == IdentityOf(doc) && ids == ids_) return false;
@@ -39,7 +41,9 @@ bool MaterialRows::Update(host::BaseDocument* doc) {
 
 BaseMaterial* MaterialRows::MaterialAt(const QModelIndex& index) const {
   const host::BaseDocument* doc = index.isValid() ? Document() : nullptr;
-  return doc ? engine::AsMaterial(engine::FindNode(doc, ids_[static_cast<std::size_t>(index.row())])) : nullptr;
+  return doc ? engine::AsMaterial(
+                   engine::FindNode(doc, ids_[static_cast<std::size_t>(index.row())]))
+             : nullptr;
 }
 
 MaterialList MaterialRows::MaterialsAt(const QModelIndexList& rows) const {
@@ -75,14 +79,16 @@ QVariant MaterialRows::data(const QModelIndex& index, int role) const {
 bool MaterialRows::setData(const QModelIndex& index, const QVariant& value, int role) {
   BaseMaterial* material = role == Qt::EditRole ? MaterialAt(index) : nullptr;
   if (!material || value.toString().isEmpty()) return false;
-  if (value.toString() != ToQt(material->GetName())) RenameMaterial(*Document(), *material, ToHost(value.toString()));
+  if (value.toString() != ToQt(material->GetName()))
+    RenameMaterial(*Document(), *material, ToHost(value.toString()));
   emit dataChanged(index, index);
   return true;
 }
 
 Qt::ItemFlags MaterialRows::flags(const QModelIndex& index) const {
   if (!index.isValid()) return Qt::NoItemFlags;
-  return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDragEnabled | Qt::ItemNeverHasChildren;
+  return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDragEnabled |
+         Qt::ItemNeverHasChildren;
 }
 
 QStringList MaterialRows::mimeTypes() const { return {kMaterialMime}; }

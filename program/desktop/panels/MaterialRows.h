@@ -1,5 +1,5 @@
-// MaterialRows: the materials of a document as a list model: name and thumbnail. It keeps identities and reads everything else
-// from the document when it is shown. Main thread.
+// MaterialRows: the materials of a document as a list model: name and thumbnail. It keeps
+// identities and reads everything else from the document when it is shown. Main thread.
 #pragma once
 
 #include <QAbstractListModel>
@@ -14,7 +14,8 @@ namespace desktop {
 class MaterialRows : public QAbstractListModel {
  public:
   // `scale`: of the screen that the thumbnails are shown on.
-  MaterialRows(std::shared_ptr<MaterialThumbnails> thumbnails, std::function<double()> scale, QObject* parent);
+  MaterialRows(std::shared_ptr<MaterialThumbnails> thumbnails, std::function<double()> scale,
+               QObject* parent);
 
   // Takes over which materials there are. True when that differed, which resets the model.
   bool Update(host::BaseDocument* doc);
@@ -25,7 +26,9 @@ class MaterialRows : public QAbstractListModel {
   QModelIndex IndexOf(engine::NodeId material) const;
   const MaterialThumbnails& Thumbnails() const { return *thumbnails_; }
 
-  int rowCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : static_cast<int>(ids_.size()); }
+  int rowCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : static_cast<int>(ids_.size());
+  }
   QVariant data(const QModelIndex& index, int role) const override;
   // Only names are set here.
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;

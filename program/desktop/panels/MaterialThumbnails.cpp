@@ -24,15 +24,17 @@ std::vector<host::BaseContainer> ParametersOf(const host::BaseMaterial& material
 }
 
 bool AreSame(const std::vector<host::BaseContainer>& a, const std::vector<host::BaseContainer>& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const host::BaseContainer& x, const host::BaseContainer& y) {
-    return engine::BodyOf(x) == engine::BodyOf(y);
-  });
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](const host::BaseContainer& x, const host::BaseContainer& y) {
+                      return engine::BodyOf(x) == engine::BodyOf(y);
+                    });
 }
 
 using Picture = std::unique_ptr<engine::PictureInProgress>;
 
 // Null when it was stopped or memory is short.
-Picture Render(engine::ScenePicture scene, std::uint32_t side, engine::RenderCaches& caches, const engine::GoOn& goOn) {
+Picture Render(engine::ScenePicture scene, std::uint32_t side, engine::RenderCaches& caches,
+               const engine::GoOn& goOn) {
   auto prepared = engine::PreparedScene::Make(std::move(scene), caches, goOn);
   if (!prepared) return nullptr;
   engine::PictureSetup setup;
@@ -102,21 +104,25 @@ void MaterialThumbnails::MakeNext() {
     const Key next = wanted_.back();
     wanted_.pop_back();
     const host::BaseDocument* doc = FindOpenDocument(next.first);
-    host::BaseMaterial* material = doc ? engine::AsMaterial(engine::FindNode(doc, next.second)) : nullptr;
+    host::BaseMaterial* material =
+        doc ? engine::AsMaterial(engine::FindNode(doc, next.second)) : nullptr;
     if (material && thumbnails_.contains(next)) Begin(next, *doc, *material);
   }
 }
 
 // What is cheap is taken out of the document here; textures are read on the other thread.
-void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc, host::BaseMaterial& material) {
+void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc,
+                               host::BaseMaterial& material) {
   const BallScene ball(doc, material);
   engine::SceneScan scan(ball.Document(), {}, caches_);
   while (!scan.Advance(1)) {
   }
   making_ = key;
   background_.Do([this, scene = std::make_shared<engine::ScenePicture>(scan.Take()),
-                  side = static_cast<std::uint32_t>(kSide * thumbnails_[key].scale)](const std::atomic<bool>& stop) {
-    const Picture picture = Render(std::move(*scene), side, caches_, [&stop](double) { return !stop; });
+                  side = static_cast<std::uint32_t>(kSide * thumbnails_[key].scale)](
+                     const std::atomic<bool>& stop) {
+    const Picture picture =
+        Render(std::move(*scene), side, caches_, [&stop](double) { return !stop; });
     return picture ? CutOut(picture->Current()) : QImage();
   });
 }

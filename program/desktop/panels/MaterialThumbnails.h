@@ -1,5 +1,6 @@
-// MaterialThumbnails: a lit ball for each material that is looked at, made one after the other on a thread of its own and made
-// anew when the material, one of its shaders or, as it is told, a file has changed. Main thread.
+// MaterialThumbnails: a lit ball for each material that is looked at, made one after the other on a
+// thread of its own and made anew when the material, one of its shaders or, as it is told, a file
+// has changed. Main thread.
 #pragma once
 
 #include <QPixmap>
@@ -19,11 +20,13 @@ class MaterialThumbnails {
   // `caches` outlive them.
   explicit MaterialThumbnails(engine::RenderCaches& caches);
 
-  // What there is now, maybe of a former state, maybe null; a new one is made when it is needed. Cheap: called while painting.
+  // What there is now, maybe of a former state, maybe null; a new one is made when it is needed.
+  // Cheap: called while painting.
   QPixmap Of(host::BaseMaterial& material, double scale);
   // Makes those that are looked at anew, since files that they use have changed.
   void MakeAgain();
-  // `ready` is called when there is or should be a new picture of that material, as long as `listener` lives.
+  // `ready` is called when there is or should be a new picture of that material, as long as
+  // `listener` lives.
   void Listen(QObject* listener, std::function<void(engine::NodeId)> ready);
   // How many pictures were made.
   std::size_t Made() const { return made_; }
@@ -32,7 +35,8 @@ class MaterialThumbnails {
   struct Thumbnail {
     QPixmap picture;
     double scale = 0;
-    // Copies of the parameters that it was asked for with: a change gives the material another body.
+    // Copies of the parameters that it was asked for with: a change gives the material another
+    // body.
     std::vector<host::BaseContainer> parameters;
   };
   // Document and material: the same file opened twice has the same materials.

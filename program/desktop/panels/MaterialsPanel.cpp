@@ -16,7 +16,9 @@ void AssignToSelection(host::BaseDocument& doc, const MaterialList& materials) {
 }  // namespace
 
 MaterialsPanel::MaterialsPanel(std::shared_ptr<MaterialThumbnails> thumbnails, QWidget* parent)
-    : QWidget(parent), grid_(new MaterialGrid(std::move(thumbnails), this)), acts_(*grid_, [](QMenu&) {}) {
+    : QWidget(parent),
+      grid_(new MaterialGrid(std::move(thumbnails), this)),
+      acts_(*grid_, [](QMenu&) {}) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);

@@ -1,5 +1,5 @@
-// MaterialsPanel: the materials of the active document with what one does to them: buttons at the foot and a context menu. Main
-// thread.
+// MaterialsPanel: the materials of the active document with what one does to them: buttons at the
+// foot and a context menu. Main thread.
 #pragma once
 
 #include <QWidget>

@@ -34,7 +34,8 @@ class Cell : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const final {
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const final {
     // Not by the base class: its colors are those of the cell that was measured last.
     option.widget->style()->drawControl(QStyle::CE_ItemViewItem, &option, painter, option.widget);
     painter->save();
@@ -44,16 +45,19 @@ class Cell : public QStyledItemDelegate {
   }
 
  protected:
-  virtual void Mark(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const = 0;
+  virtual void Mark(QPainter& painter, const QStyleOptionViewItem& option,
+                    const QModelIndex& index) const = 0;
 };
 
-// A full dot for a mode of the object's own; an empty one follows the parent, in the color of what comes of it.
+// A full dot for a mode of the object's own; an empty one follows the parent, in the color of what
+// comes of it.
 class DotCell : public Cell {
  public:
   using Cell::Cell;
 
  protected:
-  void Mark(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+  void Mark(QPainter& painter, const QStyleOptionViewItem& option,
+            const QModelIndex& index) const override {
     const int mode = index.data(ObjectRows::kMode).toInt();
     const bool hidden = index.data(ObjectRows::kHidden).toBool();
     const QColor color(mode == host::MODE_ON ? kOn : hidden ? kOff : kUndefined);
@@ -68,10 +72,12 @@ class GeneratorCell : public Cell {
   using Cell::Cell;
 
  protected:
-  void Mark(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+  void Mark(QPainter& painter, const QStyleOptionViewItem& option,
+            const QModelIndex& index) const override {
     const QVariant mode = index.data(ObjectRows::kMode);
     if (!mode.isValid()) return;
-    Icon(mode.toInt() ? "generator-on" : "generator-off").paint(&painter, Centered(option.rect, kIconSide).toRect());
+    Icon(mode.toInt() ? "generator-on" : "generator-off")
+        .paint(&painter, Centered(option.rect, kIconSide).toRect());
   }
 };
 
@@ -80,7 +86,8 @@ class LayerCell : public Cell {
   using Cell::Cell;
 
  protected:
-  void Mark(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+  void Mark(QPainter& painter, const QStyleOptionViewItem& option,
+            const QModelIndex& index) const override {
     const QVariant color = index.data(Qt::BackgroundRole);
     painter.setPen(color.isValid() ? Qt::NoPen : QPen(QColor(PresentLook().idleBox)));
     painter.setBrush(color.isValid() ? QBrush(color.value<QColor>()) : QBrush(Qt::NoBrush));
@@ -97,13 +104,19 @@ class TagsCell : public Cell {
     const host::BaseObject* object = event->type() == QEvent::ToolTip ? ObjectOf(index) : nullptr;
     if (!object) return QStyledItemDelegate::helpEvent(event, view, option, index);
     const TagHit hit = TagAt(option.rect, event->pos(), *object);
-    QToolTip::showText(event->globalPos(), hit.tag ? TagText(*hit.tag) : hit.more ? QString("More tags") : QString(), view);
+    QToolTip::showText(event->globalPos(),
+                       hit.tag    ? TagText(*hit.tag)
+                       : hit.more ? QString("More tags")
+                                  : QString(),
+                       view);
     return true;
   }
 
  protected:
-  void Mark(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    if (const host::BaseObject* object = ObjectOf(index)) PaintTags(painter, option.rect, *object, option.palette, ball_);
+  void Mark(QPainter& painter, const QStyleOptionViewItem& option,
+            const QModelIndex& index) const override {
+    if (const host::BaseObject* object = ObjectOf(index))
+      PaintTags(painter, option.rect, *object, option.palette, ball_);
   }
 
  private:

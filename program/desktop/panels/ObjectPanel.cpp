@@ -7,7 +7,8 @@
 
 namespace desktop {
 
-ObjectPanel::ObjectPanel(QWidget* parent) : QWidget(parent), search_(new QLineEdit(this)), tree_(new ObjectTree(this)) {
+ObjectPanel::ObjectPanel(QWidget* parent)
+    : QWidget(parent), search_(new QLineEdit(this)), tree_(new ObjectTree(this)) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(4, 4, 4, 0);
   layout->setSpacing(4);
@@ -25,14 +26,16 @@ ObjectPanel::ObjectPanel(QWidget* parent) : QWidget(parent), search_(new QLineEd
     search_->setFocus(Qt::ShortcutFocusReason);
     search_->selectAll();
   };
-  const auto add = [](QWidget* place, const QKeySequence& keys, Qt::ShortcutContext where, const char* what, auto act) {
+  const auto add = [](QWidget* place, const QKeySequence& keys, Qt::ShortcutContext where,
+                      const char* what, auto act) {
     auto* shortcut = new QShortcut(keys, place, nullptr, nullptr, where);
     shortcut->setWhatsThis(what);
     connect(shortcut, &QShortcut::activated, place, act);
   };
   add(this, QKeySequence("Ctrl+L"), Qt::WindowShortcut, "Search objects", find);
   add(tree_, QKeySequence("/"), Qt::WidgetShortcut, "Search objects", find);
-  add(this, QKeySequence(Qt::Key_Escape), Qt::WidgetWithChildrenShortcut, "End the search", [this] { LeaveSearch(); });
+  add(this, QKeySequence(Qt::Key_Escape), Qt::WidgetWithChildrenShortcut, "End the search",
+      [this] { LeaveSearch(); });
 }
 
 void ObjectPanel::LeaveSearch() {

@@ -1,4 +1,5 @@
-// ObjectPanel: the object tree with a field above it that finds objects by a part of their names. Main thread.
+// ObjectPanel: the object tree with a field above it that finds objects by a part of their names.
+// Main thread.
 #pragma once
 
 #include <QLineEdit>

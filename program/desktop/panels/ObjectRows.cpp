@@ -24,13 +24,17 @@ struct Heading {
 constexpr Heading kHeadings[ObjectRows::kColumnCount] = {
     {"", ""},
     {"layer", "Layer: click to put the object on another one"},
-    {"eye", "Visible in the editor: click to switch, drag over others to switch them alike (Space)"},
-    {"render", "Visible in renders: click to switch, drag over others to switch them alike (Shift+Space)"},
+    {"eye",
+     "Visible in the editor: click to switch, drag over others to switch them alike (Space)"},
+    {"render",
+     "Visible in renders: click to switch, drag over others to switch them alike (Shift+Space)"},
     {"generator-on", "Generator: whether the object makes its shape"},
     {"tag-other", "Tags: click to select one"},
 };
 
-bool HasGenerator(const BaseObject& object) { return engine::IsPrimitive(object.GetType()) || !object.GetDeformMode(); }
+bool HasGenerator(const BaseObject& object) {
+  return engine::IsPrimitive(object.GetType()) || !object.GetDeformMode();
+}
 
 // What an undefined mode comes to.
 bool IsHidden(const BaseObject& object, Switch which) {
@@ -40,7 +44,8 @@ bool IsHidden(const BaseObject& object, Switch which) {
 }
 
 QString Explanation(const BaseObject& object, Switch which) {
-  if (which == Switch::kGenerator) return object.GetDeformMode() ? "Generator: on" : "Generator: off";
+  if (which == Switch::kGenerator)
+    return object.GetDeformMode() ? "Generator: on" : "Generator: off";
   const QString where = which == Switch::kEditor ? "Editor" : "Render";
   switch (SwitchOf(object, which)) {
     case host::MODE_ON:
@@ -109,14 +114,18 @@ FlatTree ObjectRows::Found(const host::BaseDocument* doc) const {
   });
 }
 
-bool ObjectRows::IsFound(const BaseObject& object) const { return ToQt(object.GetName()).contains(filter_, Qt::CaseInsensitive); }
+bool ObjectRows::IsFound(const BaseObject& object) const {
+  return ToQt(object.GetName()).contains(filter_, Qt::CaseInsensitive);
+}
 
 void ObjectRows::SetFilter(const QString& text) {
   filterChanged_ = filterChanged_ || text != filter_;
   filter_ = text;
 }
 
-BaseObject* ObjectRows::ObjectAt(const QModelIndex& index) const { return engine::AsObject(NodeAt(index)); }
+BaseObject* ObjectRows::ObjectAt(const QModelIndex& index) const {
+  return engine::AsObject(NodeAt(index));
+}
 
 QVariant ObjectRows::data(const QModelIndex& index, int role) const {
   const BaseObject* object = ObjectAt(index);
@@ -149,7 +158,8 @@ QVariant ObjectRows::headerData(int section, Qt::Orientation orientation, int ro
   if (orientation != Qt::Horizontal || section < 0 || section >= kColumnCount) return {};
   if (section == kName) return role == Qt::DisplayRole ? QVariant("Name") : QVariant();
   if (role == Qt::DecorationRole) return Icon(kHeadings[section].icon);
-  if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) return QString(kHeadings[section].help);
+  if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole)
+    return QString(kHeadings[section].help);
   return {};
 }
 
@@ -173,7 +183,8 @@ Qt::ItemFlags ObjectRows::flags(const QModelIndex& index) const {
   return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
 }
 
-bool ObjectRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) const {
+bool ObjectRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
+                                 const QModelIndex& parent) const {
   if (!data || !Document()) return false;
   if (data->hasFormat(kMaterialMime)) return row < 0 && parent.isValid();
   if (!data->hasFormat(kObjectsMime)) return false;
@@ -183,7 +194,8 @@ bool ObjectRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int row,
   return !above;
 }
 
-bool ObjectRows::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) {
+bool ObjectRows::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
+                              const QModelIndex& parent) {
   host::BaseDocument* doc = Document();
   if (!doc) return false;
   BaseObject* on = ObjectAt(parent);

@@ -1,6 +1,6 @@
-// ObjectRows: the objects of a document as an item model: name, layer, switches and tags. It keeps the shape of the tree, of all
-// objects or of those that a search finds, and reads everything else from the document when it is shown. Changes go through
-// undo. Main thread.
+// ObjectRows: the objects of a document as an item model: name, layer, switches and tags. It keeps
+// the shape of the tree, of all objects or of those that a search finds, and reads everything else
+// from the document when it is shown. Changes go through undo. Main thread.
 #pragma once
 
 #include "program/desktop/Dragging.h"
@@ -13,24 +13,32 @@ class ObjectRows : public TreeRows {
  public:
   enum Column { kName, kLayer, kEditor, kRender, kGenerator, kTags, kColumnCount };
   enum Role {
-    kMode = Qt::UserRole,  // of a switch: MODE_ number, or 0 and 1 for a generator; invalid where the object has no such switch
-    kHidden                // of a visibility: whether the object is hidden, by itself or by what is above it
+    // Of a switch: MODE_ number, or 0 and 1 for a generator; invalid where the object has no such
+    // switch
+    kMode = Qt::UserRole,
+    // Of a visibility: whether the object is hidden, by itself or by what is above it
+    kHidden
   };
 
   using TreeRows::TreeRows;
 
-  // Takes over the shape of the tree, looking at the objects only when some came or went. True when that reset the model.
+  // Takes over the shape of the tree, looking at the objects only when some came or went. True when
+  // that reset the model.
   bool Update(host::BaseDocument* doc);
-  // From the next update on only objects with this text in their names are rows, and what is above them; empty: all objects.
+  // From the next update on only objects with this text in their names are rows, and what is above
+  // them; empty: all objects.
   void SetFilter(const QString& text);
   bool IsFiltered() const { return !filter_.isEmpty(); }
   const QString& Filter() const { return filter_; }
-  // Whether the search finds this object by its name; all without a search. What is only above a found one is not found.
+  // Whether the search finds this object by its name; all without a search. What is only above a
+  // found one is not found.
   bool IsFound(const host::BaseObject& object) const;
 
   // Null where there is none any more.
   host::BaseObject* ObjectAt(const QModelIndex& index) const;
-  static bool IsSwitch(const QModelIndex& index) { return index.column() >= kEditor && index.column() <= kGenerator; }
+  static bool IsSwitch(const QModelIndex& index) {
+    return index.column() >= kEditor && index.column() <= kGenerator;
+  }
   // Which one a switch column shows.
   static Switch SwitchIn(int column) { return static_cast<Switch>(column - kEditor); }
 
@@ -41,11 +49,13 @@ class ObjectRows : public TreeRows {
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
 
-  // Objects are dragged by identity, and moved to where they are dropped; a material dropped on an object is given to it, to all
-  // selected ones when it is one of them.
+  // Objects are dragged by identity, and moved to where they are dropped; a material dropped on an
+  // object is given to it, to all selected ones when it is one of them.
   QStringList mimeTypes() const override { return {kObjectsMime, kMaterialMime}; }
-  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) const override;
-  bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column, const QModelIndex& parent) override;
+  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int column,
+                       const QModelIndex& parent) const override;
+  bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int column,
+                    const QModelIndex& parent) override;
 
  private:
   QVariant NameData(const host::BaseObject& object, int role) const;

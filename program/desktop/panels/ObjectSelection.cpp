@@ -7,8 +7,9 @@ namespace desktop {
 namespace {
 
 host::LONG ModeFor(const host::BaseObject& object, QItemSelectionModel::SelectionFlags command) {
-  const bool takesOff = command.testFlag(QItemSelectionModel::Deselect) ||
-                        (command.testFlag(QItemSelectionModel::Toggle) && object.GetBit(host::BIT_ACTIVE));
+  const bool takesOff =
+      command.testFlag(QItemSelectionModel::Deselect) ||
+      (command.testFlag(QItemSelectionModel::Toggle) && object.GetBit(host::BIT_ACTIVE));
   return takesOff ? host::SELECTION_SUB : host::SELECTION_ADD;
 }
 
@@ -30,7 +31,8 @@ void ObjectSelection::select(const QItemSelection& selection, SelectionFlags com
     const int above = static_cast<int>(range.parent().isValid() ? range.parent().internalId() : 0);
     const int first = rows_.Shape().At(above).firstChild;
     for (int row = range.top(); row <= range.bottom(); ++row) {
-      host::BaseObject* object = engine::AsObject(engine::FindNode(doc, rows_.Shape().At(first + row).id));
+      host::BaseObject* object =
+          engine::AsObject(engine::FindNode(doc, rows_.Shape().At(first + row).id));
       if (object) doc->SetActiveObject(object, ModeFor(*object, command));
     }
   }

@@ -1,6 +1,7 @@
-// ObjectSelection: lets a tree of objects select in the document itself. What is selected stands there alone, as a bit of each
-// object, so that nothing has to be kept in step and selecting hundred thousands costs a walk over them; the ranges of the
-// toolkit stay empty. It keeps the current row only. Main thread.
+// ObjectSelection: lets a tree of objects select in the document itself. What is selected stands
+// there alone, as a bit of each object, so that nothing has to be kept in step and selecting
+// hundred thousands costs a walk over them; the ranges of the toolkit stay empty. It keeps the
+// current row only. Main thread.
 #pragma once
 
 #include <QItemSelectionModel>
@@ -11,7 +12,8 @@ namespace desktop {
 
 class ObjectSelection : public QItemSelectionModel {
  public:
-  ObjectSelection(ObjectRows& rows, QObject* parent) : QItemSelectionModel(&rows, parent), rows_(rows) {}
+  ObjectSelection(ObjectRows& rows, QObject* parent)
+      : QItemSelectionModel(&rows, parent), rows_(rows) {}
 
   using QItemSelectionModel::select;
   // To clear takes tags off the selection, too.

@@ -28,14 +28,17 @@ constexpr int kDeepest = 400;
 
 int DepthOf(const BaseObject& object) {
   int depth = 0;
-  for (const BaseObject* above = object.GetUp(); above && depth <= kDeepest; above = above->GetUp()) ++depth;
+  for (const BaseObject* above = object.GetUp(); above && depth <= kDeepest; above = above->GetUp())
+    ++depth;
   return depth;
 }
 
 }  // namespace
 
 ObjectTree::ObjectTree(QWidget* parent)
-    : QTreeView(parent), rows_(new ObjectRows(this)), selection_(new ObjectSelection(*rows_, this)) {
+    : QTreeView(parent),
+      rows_(new ObjectRows(this)),
+      selection_(new ObjectSelection(*rows_, this)) {
   setModel(rows_);
   setSelectionModel(selection_);
   setUniformRowHeights(true);
@@ -51,14 +54,17 @@ ObjectTree::ObjectTree(QWidget* parent)
   header()->setSectionsMovable(false);
   header()->setSectionResizeMode(QHeaderView::Fixed);
   header()->setSectionResizeMode(ObjectRows::kName, QHeaderView::Stretch);
-  for (int column = ObjectRows::kLayer; column <= ObjectRows::kGenerator; ++column) setColumnWidth(column, kSwitchColumn);
+  for (int column = ObjectRows::kLayer; column <= ObjectRows::kGenerator; ++column)
+    setColumnWidth(column, kSwitchColumn);
   setColumnWidth(ObjectRows::kTags, kTagsColumn);
   InstallObjectCells(*this, [this](host::BaseMaterial& material) {
     return thumbnails_ ? thumbnails_->Of(material, devicePixelRatioF()) : QPixmap();
   });
   AddActions();
-  connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) { RememberUnfolded(index, true); });
-  connect(this, &QTreeView::collapsed, this, [this](const QModelIndex& index) { RememberUnfolded(index, false); });
+  connect(this, &QTreeView::expanded, this,
+          [this](const QModelIndex& index) { RememberUnfolded(index, true); });
+  connect(this, &QTreeView::collapsed, this,
+          [this](const QModelIndex& index) { RememberUnfolded(index, false); });
 }
 
 // The toolkit lets go of the model in its own destructor, and asks for rows until then.
@@ -70,7 +76,8 @@ void ObjectTree::ShowMaterialsAs(std::shared_ptr<MaterialThumbnails> thumbnails)
 }
 
 void ObjectTree::AddActions() {
-  const auto add = [this](const QString& text, const QKeySequence& keys, void (ObjectTree::*act)()) {
+  const auto add = [this](const QString& text, const QKeySequence& keys,
+                          void (ObjectTree::*act)()) {
     auto* action = new QAction(text, this);
     action->setShortcut(keys);
     action->setShortcutContext(Qt::WidgetShortcut);
@@ -92,7 +99,8 @@ void ObjectTree::Follow(host::BaseDocument* doc) {
   if (IdentityOf(doc) == doc_ && count == seen_) return;
   const int scrolledTo = IdentityOf(doc) == doc_ ? verticalScrollBar()->value() : 0;
   // What comes into an empty scene is unfolded as in a scene just opened.
-  if (IdentityOf(doc) == doc_ && rows_->Shape().Count() == 0 && !rows_->IsFiltered()) unfolded_.erase(doc_);
+  if (IdentityOf(doc) == doc_ && rows_->Shape().Count() == 0 && !rows_->IsFiltered())
+    unfolded_.erase(doc_);
   doc_ = IdentityOf(doc);
   seen_ = count;
   if (rows_->Update(doc)) {
@@ -119,7 +127,8 @@ void ObjectTree::SetFilter(const QString& text) {
   viewport()->update();
 }
 
-// Becomes the current row without a change of what is selected. It is brought into view once, so that one may scroll away.
+// Becomes the current row without a change of what is selected. It is brought into view once, so
+// that one may scroll away.
 void ObjectTree::FollowActive() {
   const host::BaseDocument* doc = rows_->Document();
   const BaseObject* object = doc ? doc->GetActiveObject() : nullptr;
@@ -153,7 +162,8 @@ void ObjectTree::selectAll() {
   std::vector<BaseObject*> found;
   for (int place = 1; place <= shape.Count(); ++place) {
     const int above = shape.At(place).parent;
-    const bool shown = canBeSeen[static_cast<std::size_t>(above)] && (above == 0 || isExpanded(rows_->IndexAt(above)));
+    const bool shown = canBeSeen[static_cast<std::size_t>(above)] &&
+                       (above == 0 || isExpanded(rows_->IndexAt(above)));
     canBeSeen[static_cast<std::size_t>(place)] = shown;
     BaseObject* object = shown ? rows_->ObjectAt(rows_->IndexAt(place)) : nullptr;
     if (object && rows_->IsFound(*object)) found.push_back(object);
@@ -164,7 +174,8 @@ void ObjectTree::selectAll() {
 ObjectTree::Unfolded& ObjectTree::UnfoldedHere() {
   const auto [it, isNew] = unfolded_.try_emplace(doc_);
   const FlatTree& shape = rows_->Shape();
-  for (int place = 1; isNew && place <= shape.At(0).childCount; ++place) it->second.insert(shape.At(place).id);
+  for (int place = 1; isNew && place <= shape.At(0).childCount; ++place)
+    it->second.insert(shape.At(place).id);
   return it->second;
 }
 
@@ -183,7 +194,8 @@ void ObjectTree::Unfold() {
   scheduleDelayedItemsLayout();
   for (int place = 1; place <= shape.Count(); ++place) {
     const FlatTree::Entry& entry = shape.At(place);
-    const int depth = depths[static_cast<std::size_t>(place)] = depths[static_cast<std::size_t>(entry.parent)] + 1;
+    const int depth = depths[static_cast<std::size_t>(place)] =
+        depths[static_cast<std::size_t>(entry.parent)] + 1;
     const bool wanted = depth < kDeepest && (rows_->IsFiltered() || unfolded.count(entry.id) == 1);
     if (entry.childCount > 0) setExpanded(rows_->IndexAt(place), wanted);
   }
@@ -204,7 +216,8 @@ void ObjectTree::FoldAll() {
 }
 
 // Written out, since the toolkit would look at ranges that it does not have here.
-QItemSelectionModel::SelectionFlags ObjectTree::selectionCommand(const QModelIndex& index, const QEvent* event) const {
+QItemSelectionModel::SelectionFlags ObjectTree::selectionCommand(const QModelIndex& index,
+                                                                 const QEvent* event) const {
   using Model = QItemSelectionModel;
   const auto* input = dynamic_cast<const QInputEvent*>(event);
   const Qt::KeyboardModifiers keys = input ? input->modifiers() : Qt::NoModifier;
@@ -213,19 +226,27 @@ QItemSelectionModel::SelectionFlags ObjectTree::selectionCommand(const QModelInd
   const bool isMove = event && event->type() == QEvent::MouseMove;
   const bool control = keys & Qt::ControlModifier;
   if (keys & Qt::ShiftModifier)
-    return isRelease ? Model::NoUpdate : (control ? Model::Select : Model::ClearAndSelect) | Model::Current | Model::Rows;
+    return isRelease
+               ? Model::NoUpdate
+               : (control ? Model::Select : Model::ClearAndSelect) | Model::Current | Model::Rows;
   if (isMove)
-    return control ? Model::Select | Model::Current | Model::Rows : Model::ClearAndSelect | Model::Current | Model::Rows;
+    return control ? Model::Select | Model::Current | Model::Rows
+                   : Model::ClearAndSelect | Model::Current | Model::Rows;
   if (!mouse) return control && event ? Model::NoUpdate : Model::ClearAndSelect | Model::Rows;
-  if (!index.isValid()) return control || state() == DragSelectingState ? Model::NoUpdate : Model::Clear;
-  if (isRelease) return control || mouse->button() != Qt::LeftButton ? Model::NoUpdate : Model::ClearAndSelect | Model::Rows;
-  if (control && mouse->button() == Qt::LeftButton) return (IsSelected(index) ? Model::Deselect : Model::Select) | Model::Rows;
+  if (!index.isValid())
+    return control || state() == DragSelectingState ? Model::NoUpdate : Model::Clear;
+  if (isRelease)
+    return control || mouse->button() != Qt::LeftButton ? Model::NoUpdate
+                                                        : Model::ClearAndSelect | Model::Rows;
+  if (control && mouse->button() == Qt::LeftButton)
+    return (IsSelected(index) ? Model::Deselect : Model::Select) | Model::Rows;
   return IsSelected(index) ? Model::NoUpdate : Model::ClearAndSelect | Model::Rows;
 }
 
 void ObjectTree::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Space)
-    return SwitchSelected(event->modifiers() & Qt::ShiftModifier ? ObjectRows::kRender : ObjectRows::kEditor);
+    return SwitchSelected(event->modifiers() & Qt::ShiftModifier ? ObjectRows::kRender
+                                                                 : ObjectRows::kEditor);
   QTreeView::keyPressEvent(event);
 }
 
@@ -236,7 +257,8 @@ void ObjectTree::startDrag(Qt::DropActions) {
   if (objects.empty()) return;
   std::vector<engine::NodeId> ids;
   for (const BaseObject* object : objects) ids.push_back(engine::IdOf(*object));
-  DragRows(*this, DraggedNodes(kObjectsMime, ids), static_cast<int>(ids.size()), NameInRow(objects.front()->GetName()));
+  DragRows(*this, DraggedNodes(kObjectsMime, ids), static_cast<int>(ids.size()),
+           NameInRow(objects.front()->GetName()));
 }
 
 void ObjectTree::dragEnterEvent(QDragEnterEvent* event) {
@@ -245,7 +267,8 @@ void ObjectTree::dragEnterEvent(QDragEnterEvent* event) {
   QTreeView::dragEnterEvent(event);
 }
 
-void ObjectTree::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+void ObjectTree::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                         const QModelIndex& index) const {
   QStyleOptionViewItem row = option;
   if (IsSelected(index)) row.state |= QStyle::State_Selected;
   QTreeView::drawRow(painter, row, index);
@@ -254,8 +277,10 @@ void ObjectTree::drawRow(QPainter* painter, const QStyleOptionViewItem& option, 
 void ObjectTree::paintEvent(QPaintEvent* event) {
   QTreeView::paintEvent(event);
   if (rows_->rowCount() > 0) return;
-  PaintEmptyText(*this, rows_->IsFiltered() ? "No object has \"" + rows_->Filter().left(60) + "\" in its name"
-                                            : QString("No objects in this scene: open or import one from the File menu"));
+  PaintEmptyText(*this,
+                 rows_->IsFiltered()
+                     ? "No object has \"" + rows_->Filter().left(60) + "\" in its name"
+                     : QString("No objects in this scene: open or import one from the File menu"));
 }
 
 }  // namespace desktop

@@ -1,6 +1,7 @@
-// ObjectTree: the objects of the active document as a tree with layer, switches and tags of each. A click on a switch changes it,
-// for all selected objects when the clicked one is among them; dragged on, it sets those of the rows it passes alike, as one
-// step. Rows are dragged to other places, materials onto rows. What is selected stands in the document, what is unfolded in here,
+// ObjectTree: the objects of the active document as a tree with layer, switches and tags of each. A
+// click on a switch changes it, for all selected objects when the clicked one is among them;
+// dragged on, it sets those of the rows it passes alike, as one step. Rows are dragged to other
+// places, materials onto rows. What is selected stands in the document, what is unfolded in here,
 // by identity. Main thread.
 #pragma once
 
@@ -28,7 +29,8 @@ class ObjectTree : public QTreeView, public DocumentView {
   ObjectRows& Rows() { return *rows_; }
   bool IsSelected(const QModelIndex& index) const { return selection_->Has(index); }
   void RenameCurrent();
-  // All objects; while a search is on those that it found and that can be seen, so that nothing is done to what is not shown.
+  // All objects; while a search is on those that it found and that can be seen, so that nothing is
+  // done to what is not shown.
   void selectAll() override;
   void UnfoldAll();
   void FoldAll();
@@ -39,7 +41,8 @@ class ObjectTree : public QTreeView, public DocumentView {
   QSize sizeHint() const override { return {340, 400}; }
 
  protected:
-  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
+  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                       const QEvent* event) const override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
@@ -47,7 +50,8 @@ class ObjectTree : public QTreeView, public DocumentView {
   void keyPressEvent(QKeyEvent* event) override;
   void startDrag(Qt::DropActions actions) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
-  void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+  void drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
@@ -80,7 +84,8 @@ class ObjectTree : public QTreeView, public DocumentView {
   ObjectSelection* selection_;
   host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
-  engine::NodeId active_ = 0;                            // the active object when it was last looked at
+  // The active object when it was last looked at
+  engine::NodeId active_ = 0;
   std::unordered_map<host::ULLONG, Unfolded> unfolded_;  // by document
   bool unfolding_ = false;
   bool cellPressed_ = false;

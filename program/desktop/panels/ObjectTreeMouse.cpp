@@ -34,7 +34,9 @@ host::LONG NextValue(Switch which, int value) {
 
 constexpr int kLongestName = 60;
 
-QString MenuText(const host::String& name) { return ToQt(name).left(kLongestName).replace('&', "&&"); }
+QString MenuText(const host::String& name) {
+  return ToQt(name).left(kLongestName).replace('&', "&&");
+}
 
 QIcon Swatch(const host::Vector& color) {
   QPixmap picture(kSwatchSide, kSwatchSide);
@@ -59,7 +61,8 @@ void ObjectTree::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void ObjectTree::mouseMoveEvent(QMouseEvent* event) {
   if (sweep_) SweepTo(event->position().toPoint().y());
-  // The toolkit would drag rows that its own model knows to be selected, and select what the mouse passes from any other.
+  // The toolkit would drag rows that its own model knows to be selected, and select what the mouse
+  // passes from any other.
   if (rowHeld_ && event->buttons() == Qt::LeftButton && state() == NoState) setState(DraggingState);
   if (!cellPressed_) QTreeView::mouseMoveEvent(event);
 }
@@ -72,7 +75,8 @@ void ObjectTree::mouseReleaseEvent(QMouseEvent* event) {
 bool ObjectTree::PressedCell(const QMouseEvent& event) {
   const QPoint place = event.position().toPoint();
   const QModelIndex index = indexAt(place);
-  if (event.button() != Qt::LeftButton || !index.isValid() || index.column() == ObjectRows::kName) return false;
+  if (event.button() != Qt::LeftButton || !index.isValid() || index.column() == ObjectRows::kName)
+    return false;
   BaseObject* object = rows_->ObjectAt(index);
   if (!object) return true;
   if (index.column() == ObjectRows::kTags) {
@@ -93,13 +97,15 @@ void ObjectTree::PressTag(BaseObject& object, const QModelIndex& index, const QM
   if (hit.tag) return SelectTag(*hit.tag, add);
   if (!hit.more) return;
   QMenu menu(this);
-  for (host::BaseTag* tag : TagsFrom(object, TagsFitting(object, cell.width()).tags.size(), kMostMenuEntries)) {
+  for (host::BaseTag* tag :
+       TagsFrom(object, TagsFitting(object, cell.width()).tags.size(), kMostMenuEntries)) {
     menu.addAction(Icon(TagIcon(tag->GetType())), TagText(*tag).replace('&', "&&"))
         ->setData(QVariant::fromValue(engine::IdOf(*tag)));
   }
   const QAction* chosen = menu.exec(event.globalPosition().toPoint());
   host::BaseDocument* doc = chosen ? rows_->Document() : nullptr;
-  host::BaseTag* tag = doc ? engine::AsTag(engine::FindNode(doc, chosen->data().value<engine::NodeId>())) : nullptr;
+  host::BaseTag* tag =
+      doc ? engine::AsTag(engine::FindNode(doc, chosen->data().value<engine::NodeId>())) : nullptr;
   if (tag) SelectTag(*tag, add);
 }
 
@@ -115,11 +121,14 @@ void ObjectTree::AskLayer(BaseObject& object, const QPoint& place) {
     menu.addAction(Swatch(engine::OwnLayerData(layer).color), MenuText(layer.GetName()))
         ->setData(QVariant::fromValue(engine::IdOf(layer)));
   }
-  if (node) menu.addAction("More in the Layers panel: drop objects on them there")->setEnabled(false);
+  if (node)
+    menu.addAction("More in the Layers panel: drop objects on them there")->setEnabled(false);
   const QAction* chosen = menu.exec(place);
   host::BaseDocument* doc = chosen ? rows_->Document() : nullptr;
   BaseObject* still = doc ? engine::AsObject(engine::FindNode(doc, asked)) : nullptr;
-  if (still) AssignLayer(*doc, MeantBy(*still), engine::AsLayer(engine::FindNode(doc, chosen->data().value<engine::NodeId>())));
+  if (still)
+    AssignLayer(*doc, MeantBy(*still),
+                engine::AsLayer(engine::FindNode(doc, chosen->data().value<engine::NodeId>())));
 }
 
 void ObjectTree::BeginSweep(BaseObject& object, const QModelIndex& index, int y) {
@@ -139,7 +148,8 @@ void ObjectTree::SweepTo(int y) {
   const int last = std::clamp(y, 0, viewport()->height() - 1);
   const int x = columnViewportPosition(sweep_->column) + columnWidth(sweep_->column) / 2;
   QModelIndex index = indexAt({x, std::min(sweep_->y, last)});
-  for (; index.isValid() && visualRect(index).top() <= std::max(sweep_->y, last); index = indexBelow(index)) {
+  for (; index.isValid() && visualRect(index).top() <= std::max(sweep_->y, last);
+       index = indexBelow(index)) {
     BaseObject* object = rows_->ObjectAt(index);
     const QModelIndex cell = index.siblingAtColumn(sweep_->column);
     if (object && cell.data(ObjectRows::kMode).isValid()) {
@@ -162,7 +172,8 @@ void ObjectTree::SwitchSelected(int column) {
   host::BaseDocument* doc = rows_->Document();
   const BaseObject* active = doc ? doc->GetActiveObject() : nullptr;
   const Switch which = ObjectRows::SwitchIn(column);
-  if (active) SetSwitch(*doc, SelectedObjects(*doc), which, NextValue(which, SwitchOf(*active, which)));
+  if (active)
+    SetSwitch(*doc, SelectedObjects(*doc), which, NextValue(which, SwitchOf(*active, which)));
 }
 
 }  // namespace desktop

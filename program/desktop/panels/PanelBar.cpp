@@ -10,12 +10,13 @@ PanelBar::PanelBar(QWidget* parent) : QToolBar(parent) {
   setFocusPolicy(Qt::NoFocus);
 }
 
-QAction* PanelBar::Add(QWidget& target, const QString& icon, const QString& text, const QKeySequence& keys,
-                       std::function<void()> work) {
+QAction* PanelBar::Add(QWidget& target, const QString& icon, const QString& text,
+                       const QKeySequence& keys, std::function<void()> work) {
   auto* action = new QAction(Icon(icon), text, &target);
   action->setShortcut(keys);
   action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-  if (!keys.isEmpty()) action->setToolTip(QString("%1 (%2)").arg(text, keys.toString(QKeySequence::NativeText)));
+  if (!keys.isEmpty())
+    action->setToolTip(QString("%1 (%2)").arg(text, keys.toString(QKeySequence::NativeText)));
   QObject::connect(action, &QAction::triggered, action, [work = std::move(work)] { work(); });
   target.addAction(action);
   addAction(action);

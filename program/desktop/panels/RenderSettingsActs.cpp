@@ -11,7 +11,9 @@ using host::RenderData;
 
 namespace {
 
-bool IsOf(const BaseDocument& doc, const RenderData* settings) { return settings && settings->GetDocument() == &doc; }
+bool IsOf(const BaseDocument& doc, const RenderData* settings) {
+  return settings && settings->GetDocument() == &doc;
+}
 
 bool IsLast(const BaseDocument& doc, const RenderData* settings) {
   return doc.GetFirstRenderData() == settings && !settings->GetNext();

@@ -1,5 +1,5 @@
-// What one does to the render settings of a document, each in one undo step, and told to the views. Settings that are gone are
-// left out. Main thread.
+// What one does to the render settings of a document, each in one undo step, and told to the views.
+// Settings that are gone are left out. Main thread.
 #pragma once
 
 #include <vector>
@@ -18,6 +18,7 @@ SettingsList DuplicateRenderSettings(host::BaseDocument& doc, const SettingsList
 // A document keeps one of them: the last one stays, which is told in the status line.
 void DeleteRenderSettings(host::BaseDocument& doc, const SettingsList& settings);
 void ActivateRenderSettings(host::BaseDocument& doc, host::RenderData& settings);
-void RenameRenderSettings(host::BaseDocument& doc, host::RenderData& settings, const host::String& name);
+void RenameRenderSettings(host::BaseDocument& doc, host::RenderData& settings,
+                          const host::String& name);
 
 }  // namespace desktop

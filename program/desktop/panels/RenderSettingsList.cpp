@@ -25,10 +25,12 @@ class ActiveDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
     QStyledItemDelegate::paint(painter, option, index);
     const bool isActive = index.data(RenderSettingsRows::kIsActive).toBool();
-    const QColor color = option.palette.color(isActive ? QPalette::Link : QPalette::PlaceholderText);
+    const QColor color =
+        option.palette.color(isActive ? QPalette::Link : QPalette::PlaceholderText);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setPen(QPen(color, 1.2));
@@ -43,7 +45,8 @@ class ActiveDelegate : public QStyledItemDelegate {
 
 }  // namespace
 
-RenderSettingsList::RenderSettingsList(QWidget* parent) : QTreeView(parent), rows_(new RenderSettingsRows(this)) {
+RenderSettingsList::RenderSettingsList(QWidget* parent)
+    : QTreeView(parent), rows_(new RenderSettingsRows(this)) {
   setModel(rows_);
   setUniformRowHeights(true);
   setSelectionMode(ExtendedSelection);
@@ -78,7 +81,8 @@ void RenderSettingsList::Follow(host::BaseDocument* doc) {
   if (rows_->Update(doc)) {
     expandAll();
     SettingsList still;
-    for (const engine::NodeId id : before) still.push_back(engine::AsRenderData(engine::FindNode(doc, id)));
+    for (const engine::NodeId id : before)
+      still.push_back(engine::AsRenderData(engine::FindNode(doc, id)));
     Choose(still);
   }
   showing_ = false;
@@ -90,9 +94,12 @@ void RenderSettingsList::Choose(const SettingsList& settings) {
   QItemSelection wanted;
   for (const host::RenderData* each : settings) {
     const QModelIndex index = each ? rows_->IndexOf(engine::IdOf(*each)) : QModelIndex();
-    if (index.isValid()) wanted.append(QItemSelectionRange(index, index.siblingAtColumn(RenderSettingsRows::kColumnCount - 1)));
+    if (index.isValid())
+      wanted.append(
+          QItemSelectionRange(index, index.siblingAtColumn(RenderSettingsRows::kColumnCount - 1)));
   }
-  if (!wanted.isEmpty()) selectionModel()->setCurrentIndex(wanted.first().topLeft(), QItemSelectionModel::NoUpdate);
+  if (!wanted.isEmpty())
+    selectionModel()->setCurrentIndex(wanted.first().topLeft(), QItemSelectionModel::NoUpdate);
   selectionModel()->select(wanted, QItemSelectionModel::ClearAndSelect);
 }
 
@@ -104,14 +111,18 @@ void RenderSettingsList::TakeChosen() {
   if (ids != *chosen_) chosen_ = std::make_shared<Ids>(std::move(ids));
 }
 
-QItemSelectionModel::SelectionFlags RenderSettingsList::selectionCommand(const QModelIndex& index, const QEvent* event) const {
-  const bool isMouse = event && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease ||
-                                 event->type() == QEvent::MouseMove);
-  if (isMouse && index.column() == RenderSettingsRows::kActive) return QItemSelectionModel::NoUpdate;
+QItemSelectionModel::SelectionFlags RenderSettingsList::selectionCommand(
+    const QModelIndex& index, const QEvent* event) const {
+  const bool isMouse =
+      event && (event->type() == QEvent::MouseButtonPress ||
+                event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::MouseMove);
+  if (isMouse && index.column() == RenderSettingsRows::kActive)
+    return QItemSelectionModel::NoUpdate;
   return QTreeView::selectionCommand(index, event);
 }
 
-void RenderSettingsList::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+void RenderSettingsList::selectionChanged(const QItemSelection& selected,
+                                          const QItemSelection& deselected) {
   QTreeView::selectionChanged(selected, deselected);
   if (!showing_) TakeChosen();
 }
@@ -124,7 +135,9 @@ void RenderSettingsList::Activate(const QModelIndex& index) {
 
 void RenderSettingsList::startDrag(Qt::DropActions) {
   const QModelIndexList rows = selectionModel()->selectedRows();
-  if (!rows.isEmpty()) DragRows(*this, rows_->mimeData(rows), static_cast<int>(rows.size()), rows.front().data().toString());
+  if (!rows.isEmpty())
+    DragRows(*this, rows_->mimeData(rows), static_cast<int>(rows.size()),
+             rows.front().data().toString());
 }
 
 void RenderSettingsList::resizeEvent(QResizeEvent* event) {
@@ -135,7 +148,8 @@ void RenderSettingsList::resizeEvent(QResizeEvent* event) {
 
 void RenderSettingsList::mousePressEvent(QMouseEvent* event) {
   const QModelIndex index = indexAt(event->position().toPoint());
-  const bool isDot = index.column() == RenderSettingsRows::kActive && event->button() == Qt::LeftButton;
+  const bool isDot =
+      index.column() == RenderSettingsRows::kActive && event->button() == Qt::LeftButton;
   isDot ? Activate(index) : QTreeView::mousePressEvent(event);
 }
 

@@ -1,6 +1,6 @@
-// RenderSettingsList: the render settings of the active document, the active ones marked by a dot. A click on a dot or a double
-// click makes others active. Rows are dragged to other places. Which are chosen is the list's own matter. It owns its model. Main
-// thread.
+// RenderSettingsList: the render settings of the active document, the active ones marked by a dot.
+// A click on a dot or a double click makes others active. Rows are dragged to other places. Which
+// are chosen is the list's own matter. It owns its model. Main thread.
 #pragma once
 
 #include <QTreeView>
@@ -27,7 +27,8 @@ class RenderSettingsList : public QTreeView, public DocumentView {
   QSize sizeHint() const override { return {340, 200}; }
 
  protected:
-  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
+  QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                       const QEvent* event) const override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void startDrag(Qt::DropActions actions) override;
   void resizeEvent(QResizeEvent* event) override;

@@ -17,9 +17,13 @@ constexpr qsizetype kMostNames = 6;
 }  // namespace
 
 RenderSettingsPanel::RenderSettingsPanel(QWidget* parent)
-    : QWidget(parent), list_(new RenderSettingsList(this)), values_(new AttributesView(this)), acts_(*list_, [this](QMenu& menu) {
+    : QWidget(parent),
+      list_(new RenderSettingsList(this)),
+      values_(new AttributesView(this)),
+      acts_(*list_, [this](QMenu& menu) {
         menu.addSeparator();
-        menu.addAction("Rename", this, [this] { list_->EditName(); })->setEnabled(list_->currentIndex().isValid());
+        menu.addAction("Rename", this, [this] { list_->EditName(); })
+            ->setEnabled(list_->currentIndex().isValid());
       }) {
   auto* side = new QWidget(this);
   auto* column = new QVBoxLayout(side);
@@ -41,13 +45,16 @@ RenderSettingsPanel::RenderSettingsPanel(QWidget* parent)
 void RenderSettingsPanel::BuildActions(QWidget& side) {
   acts_.PutBelow(side);
   acts_.AddMaker("New Render Settings", [this](host::BaseDocument& doc) { Add(doc); });
-  acts_.Add("duplicate", "Duplicate", {}, [this](host::BaseDocument& doc, const SettingsList& settings) {
-    const SettingsList copies = DuplicateRenderSettings(doc, settings);
-    Follow(&doc);
-    list_->Choose(copies);
-  });
+  acts_.Add("duplicate", "Duplicate", {},
+            [this](host::BaseDocument& doc, const SettingsList& settings) {
+              const SettingsList copies = DuplicateRenderSettings(doc, settings);
+              Follow(&doc);
+              list_->Choose(copies);
+            });
   acts_.Add("render-settings", "Render with These", {},
-            [](host::BaseDocument& doc, const SettingsList& settings) { ActivateRenderSettings(doc, *settings.front()); });
+            [](host::BaseDocument& doc, const SettingsList& settings) {
+              ActivateRenderSettings(doc, *settings.front());
+            });
   acts_.AddSpace();
   delete_ = acts_.Add("delete", "Delete Render Settings", QKeySequence::Delete,
                       [this](host::BaseDocument& doc, const SettingsList& settings) {
@@ -64,19 +71,22 @@ bool RenderSettingsPanel::MayDelete(const host::BaseDocument& doc, const Setting
     const host::RenderData* each = open.back();
     open.pop_back();
     if (const auto it = all.find(engine::IdOf(*each)); it != all.end()) hit.insert(it->second);
-    for (const host::RenderData* below = each->GetDown(); below; below = below->GetNext()) open.push_back(below);
+    for (const host::RenderData* below = each->GetDown(); below; below = below->GetNext())
+      open.push_back(below);
   }
   if (hit.empty()) return true;
   QStringList names;
-  for (const QString& name : hit) names.append(QChar(0x201c) + NameInRow(ToHost(name)) + QChar(0x201d));
+  for (const QString& name : hit)
+    names.append(QChar(0x201c) + NameInRow(ToHost(name)) + QChar(0x201d));
   if (names.size() > kMostNames) {
-    names = names.mid(0, kMostNames) + QStringList{QString("and %1 more").arg(hit.size() - kMostNames)};
+    names =
+        names.mid(0, kMostNames) + QStringList{QString("and %1 more").arg(hit.size() - kMostNames)};
   }
-  QMessageBox box(
-      QMessageBox::Question, QApplication::applicationDisplayName(),
-      "These render settings belong to Stagemarks. Without them, loading these no longer brings render settings back.\n"
-      "Delete them all the same? Undo brings them back.",
-      QMessageBox::Yes | QMessageBox::No, window());
+  QMessageBox box(QMessageBox::Question, QApplication::applicationDisplayName(),
+                  "These render settings belong to Stagemarks. Without them, loading these no "
+                  "longer brings render settings back.\n"
+                  "Delete them all the same? Undo brings them back.",
+                  QMessageBox::Yes | QMessageBox::No, window());
   box.setDefaultButton(QMessageBox::No);
   box.setTextFormat(Qt::PlainText);
   box.setInformativeText("Stagemarks: " + names.join(", "));
@@ -87,7 +97,8 @@ void RenderSettingsPanel::Follow(host::BaseDocument* doc) {
   list_->Follow(doc);
   values_->Follow(doc, list_->ChosenIds());
   acts_.Follow(doc);
-  const bool several = doc && (doc->GetFirstRenderData()->GetNext() || doc->GetFirstRenderData()->GetDown());
+  const bool several =
+      doc && (doc->GetFirstRenderData()->GetNext() || doc->GetFirstRenderData()->GetDown());
   delete_->setEnabled(delete_->isEnabled() && several);
 }
 

@@ -1,5 +1,5 @@
-// RenderSettingsPanel: the render settings of the active document with what one does to them, and beside them the values of the
-// chosen ones. Main thread.
+// RenderSettingsPanel: the render settings of the active document with what one does to them, and
+// beside them the values of the chosen ones. Main thread.
 #pragma once
 
 #include <QWidget>

@@ -15,7 +15,9 @@ constexpr LONG kCurrentFrame = 1;
 constexpr LONG kAllFrames = 2;
 
 QString SizeText(const BaseContainer& data) {
-  return QString("%1 \u00d7 %2").arg(data.GetLong(host::RDATA_XRES)).arg(data.GetLong(host::RDATA_YRES));
+  return QString("%1 \u00d7 %2")
+      .arg(data.GetLong(host::RDATA_XRES))
+      .arg(data.GetLong(host::RDATA_YRES));
 }
 
 QString FramesText(const BaseContainer& data) {
@@ -47,7 +49,9 @@ bool RenderSettingsRows::Update(host::BaseDocument* doc) {
   return TakeWhatDiffers(doc, FlatTree(doc ? doc->GetFirstRenderData() : nullptr));
 }
 
-RenderData* RenderSettingsRows::SettingsAt(const QModelIndex& index) const { return engine::AsRenderData(NodeAt(index)); }
+RenderData* RenderSettingsRows::SettingsAt(const QModelIndex& index) const {
+  return engine::AsRenderData(NodeAt(index));
+}
 
 QString RenderSettingsRows::StagemarkOf(const RenderData& settings) const {
   const auto it = stagemarks_.find(engine::IdOf(settings));
@@ -73,12 +77,15 @@ QVariant RenderSettingsRows::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
       return isDot ? QVariant() : CellText(*settings, index.column());
     case Qt::DecorationRole:
-      return index.column() == kName && !StagemarkOf(*settings).isNull() ? QVariant(Icon("stagemark")) : QVariant();
+      return index.column() == kName && !StagemarkOf(*settings).isNull()
+                 ? QVariant(Icon("stagemark"))
+                 : QVariant();
     case Qt::EditRole:
       return index.column() == kName ? QVariant(ToQt(settings->GetName())) : QVariant();
     case Qt::ToolTipRole:
     case Qt::AccessibleTextRole:
-      if (isDot) return isActive ? "Active: pictures are rendered with these" : "Click to render with these";
+      if (isDot)
+        return isActive ? "Active: pictures are rendered with these" : "Click to render with these";
       return BelongsText(index, role);
     default:
       return {};
@@ -96,14 +103,17 @@ QVariant RenderSettingsRows::BelongsText(const QModelIndex& index, int role) con
 
 QVariant RenderSettingsRows::headerData(int section, Qt::Orientation orientation, int role) const {
   constexpr const char* kTitles[kColumnCount] = {"Name", "", "Size", "Frames"};
-  const bool isTitle = orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 && section < kColumnCount;
+  const bool isTitle = orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 &&
+                       section < kColumnCount;
   return isTitle ? QVariant(QString(kTitles[section])) : QVariant();
 }
 
 bool RenderSettingsRows::setData(const QModelIndex& index, const QVariant& value, int role) {
-  RenderData* settings = index.column() == kName && role == Qt::EditRole ? SettingsAt(index) : nullptr;
+  RenderData* settings =
+      index.column() == kName && role == Qt::EditRole ? SettingsAt(index) : nullptr;
   if (!settings || value.toString().isEmpty()) return false;
-  if (value.toString() != ToQt(settings->GetName())) RenameRenderSettings(*Document(), *settings, ToHost(value.toString()));
+  if (value.toString() != ToQt(settings->GetName()))
+    RenameRenderSettings(*Document(), *settings, ToHost(value.toString()));
   emit dataChanged(index, index);
   return true;
 }

@@ -1,5 +1,6 @@
-// RenderSettingsRows: the render settings of a document as an item model: name, whether active, size and frames. It keeps the
-// shape of the tree and reads everything else from the document when it is shown. Changes go through undo. Main thread.
+// RenderSettingsRows: the render settings of a document as an item model: name, whether active,
+// size and frames. It keeps the shape of the tree and reads everything else from the document when
+// it is shown. Changes go through undo. Main thread.
 #pragma once
 
 #include "program/desktop/Dragging.h"
@@ -35,10 +36,12 @@ class RenderSettingsRows : public TreeRows {
   Qt::ItemFlags flags(const QModelIndex& index) const override;
   // Settings are moved to where they are dropped.
   QStringList mimeTypes() const override { return {kRenderSettingsMime}; }
-  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int, int, const QModelIndex& parent) const override {
+  bool canDropMimeData(const QMimeData* data, Qt::DropAction, int, int,
+                       const QModelIndex& parent) const override {
     return CanMoveTo(DroppedNodes(data, kRenderSettingsMime), parent);
   }
-  bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int, const QModelIndex& parent) override {
+  bool dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
+                    const QModelIndex& parent) override {
     return MoveTo(DroppedNodes(data, kRenderSettingsMime), row, parent);
   }
 

@@ -18,7 +18,8 @@ constexpr QPoint kBesideTheHand = {-14, -8};
 
 QString LabelText(int count, const QString& name, const QFontMetrics& metrics) {
   const QString more = count > 1 ? QString(" and %1 more").arg(count - 1) : QString();
-  return metrics.elidedText(name, Qt::ElideMiddle, kWidestLabel - metrics.horizontalAdvance(more)) + more;
+  return metrics.elidedText(name, Qt::ElideMiddle, kWidestLabel - metrics.horizontalAdvance(more)) +
+         more;
 }
 
 // What is carried, written on a small plate.

@@ -17,12 +17,14 @@ constexpr double kMostWidth = 0.24;
 }  // namespace
 
 SidePanels::SidePanels(QMainWindow& window) : window_(window) {
-  // The columns at the sides are as high as the window; what is at the bottom stands under the picture.
+  // The columns at the sides are as high as the window; what is at the bottom stands under the
+  // picture.
   window_.setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
   window_.setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
 }
 
-void SidePanels::Place(const char* name, const QString& title, Qt::DockWidgetArea side, QWidget* widget, DocumentView* view) {
+void SidePanels::Place(const char* name, const QString& title, Qt::DockWidgetArea side,
+                       QWidget* widget, DocumentView* view) {
   auto* dock = new QDockWidget(title, &window_);
   dock->setObjectName(name);
   dock->setWidget(widget);
@@ -37,9 +39,11 @@ void SidePanels::Place(const char* name, const QString& title, Qt::DockWidgetAre
 
 void SidePanels::ShowFirst() {
   const int height = std::min(kBottomHeight, static_cast<int>(window_.height() * kMostHeight));
-  const int width = std::clamp(static_cast<int>(window_.width() * kMostWidth), kLeastLeftWidth, kLeftWidth);
+  const int width =
+      std::clamp(static_cast<int>(window_.width() * kMostWidth), kLeastLeftWidth, kLeftWidth);
   const auto first = [this](Qt::DockWidgetArea side) {
-    return std::find_if(panels_.begin(), panels_.end(), [side](const Panel& panel) { return panel.side == side; });
+    return std::find_if(panels_.begin(), panels_.end(),
+                        [side](const Panel& panel) { return panel.side == side; });
   };
   if (const auto left = first(Qt::LeftDockWidgetArea); left != panels_.end()) {
     window_.resizeDocks({left->dock}, {width}, Qt::Horizontal);

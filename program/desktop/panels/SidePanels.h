@@ -1,5 +1,6 @@
-// SidePanels: the docks around the picture, each with one view of the active document: objects, attributes and so on. A panel
-// that cannot be seen is not kept up to date; it follows as soon as it shows. The docks belong to the window. Main thread.
+// SidePanels: the docks around the picture, each with one view of the active document: objects,
+// attributes and so on. A panel that cannot be seen is not kept up to date; it follows as soon as
+// it shows. The docks belong to the window. Main thread.
 #pragma once
 
 #include <QDockWidget>
@@ -14,14 +15,16 @@ class SidePanels {
  public:
   explicit SidePanels(QMainWindow& window);
 
-  // Puts a widget that is a DocumentView, too, into a dock of its own; docks of one side stand in the order of adding, those of
-  // the bottom as tabs. `name` marks the dock in the kept layout. The dock owns the widget.
+  // Puts a widget that is a DocumentView, too, into a dock of its own; docks of one side stand in
+  // the order of adding, those of the bottom as tabs. `name` marks the dock in the kept layout. The
+  // dock owns the widget.
   template <class View>
   View* Add(const char* name, const QString& title, Qt::DockWidgetArea side, View* view) {
     Place(name, title, side, view, view);
     return view;
   }
-  // Brings the first of the tabs to the front and leaves the most of the window to the picture; after the last Add.
+  // Brings the first of the tabs to the front and leaves the most of the window to the picture;
+  // after the last Add.
   void ShowFirst();
   // Shows the panel of that name and brings it to the front.
   void Raise(const char* name);
@@ -35,7 +38,8 @@ class SidePanels {
     Qt::DockWidgetArea side;
     DocumentView* view;
   };
-  void Place(const char* name, const QString& title, Qt::DockWidgetArea side, QWidget* widget, DocumentView* view);
+  void Place(const char* name, const QString& title, Qt::DockWidgetArea side, QWidget* widget,
+             DocumentView* view);
 
   QMainWindow& window_;
   std::vector<Panel> panels_;

@@ -1,5 +1,6 @@
-// Which render settings of a document belong to a Stagemark: each recording has a copy of its own among them, which loading gives
-// back. Read from what the plug-in keeps in the document. Main thread.
+// Which render settings of a document belong to a Stagemark: each recording has a copy of its own
+// among them, which loading gives back. Read from what the plug-in keeps in the document. Main
+// thread.
 #pragma once
 
 #include <QString>

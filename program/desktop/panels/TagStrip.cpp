@@ -25,7 +25,8 @@ constexpr int kLongestName = 100;
 float Shown(double level) { return static_cast<float>(std::pow(qBound(0.0, level, 1.0), 1 / 2.2)); }
 
 QRect PlaceOf(const QRect& cell, int number) {
-  return {cell.left() + 1 + number * kPitch, cell.top() + (cell.height() - kSide) / 2, kSide, kSide};
+  return {cell.left() + 1 + number * kPitch, cell.top() + (cell.height() - kSide) / 2, kSide,
+          kSide};
 }
 
 host::BaseMaterial* MaterialOf(BaseTag& tag) {
@@ -33,13 +34,15 @@ host::BaseMaterial* MaterialOf(BaseTag& tag) {
   return texture ? texture->GetMaterial() : nullptr;
 }
 
-// The picture of a material in the size of a tag: made once, as averaging all its pixels takes its time.
+// The picture of a material in the size of a tag: made once, as averaging all its pixels takes its
+// time.
 QPixmap Shrunk(const QPixmap& picture) {
   const QString key = QString("material-tag-%1").arg(picture.cacheKey());
   QPixmap small;
   if (QPixmapCache::find(key, &small)) return small;
   const double scale = picture.devicePixelRatio();
-  small = picture.scaled(QSize(kBallSide, kBallSide) * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  small = picture.scaled(QSize(kBallSide, kBallSide) * scale, Qt::KeepAspectRatio,
+                         Qt::SmoothTransformation);
   small.setDevicePixelRatio(scale);
   QPixmapCache::insert(key, small);
   return small;
@@ -58,19 +61,23 @@ void PaintBall(QPainter& painter, const QRect& place, const host::BaseMaterial& 
   painter.drawEllipse(QRectF(place).adjusted(2, 2, -2, -2));
 }
 
-void PaintMaterial(QPainter& painter, const QRect& place, host::BaseMaterial& material, const MaterialBall& ball) {
+void PaintMaterial(QPainter& painter, const QRect& place, host::BaseMaterial& material,
+                   const MaterialBall& ball) {
   const QPixmap picture = ball(material);
   if (picture.isNull()) return PaintBall(painter, place, material);
-  painter.drawPixmap(place.topLeft() + QPoint((kSide - kBallSide) / 2, (kSide - kBallSide) / 2), Shrunk(picture));
+  painter.drawPixmap(place.topLeft() + QPoint((kSide - kBallSide) / 2, (kSide - kBallSide) / 2),
+                     Shrunk(picture));
 }
 
-void PaintTag(QPainter& painter, const QRect& place, BaseTag& tag, const QPalette& palette, const MaterialBall& ball) {
+void PaintTag(QPainter& painter, const QRect& place, BaseTag& tag, const QPalette& palette,
+              const MaterialBall& ball) {
   if (tag.GetBit(host::BIT_ACTIVE)) {
     painter.setPen(QPen(palette.color(QPalette::Link), 1.2));
     painter.setBrush(palette.color(QPalette::Highlight));
     painter.drawRoundedRect(QRectF(place).adjusted(-0.5, -0.5, 0.5, 0.5), 3, 3);
   }
-  if (host::BaseMaterial* material = MaterialOf(tag)) return PaintMaterial(painter, place, *material, ball);
+  if (host::BaseMaterial* material = MaterialOf(tag))
+    return PaintMaterial(painter, place, *material, ball);
   Icon(TagIcon(tag.GetType())).paint(&painter, place);
 }
 
@@ -99,8 +106,8 @@ std::vector<BaseTag*> TagsFrom(const BaseObject& object, std::size_t first, std:
   return tags;
 }
 
-void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object, const QPalette& palette,
-               const MaterialBall& ball) {
+void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object,
+               const QPalette& palette, const MaterialBall& ball) {
   const TagsShown shown = TagsFitting(object, cell.width());
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
@@ -108,7 +115,8 @@ void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object, c
   for (BaseTag* tag : shown.tags) PaintTag(painter, PlaceOf(cell, number++), *tag, palette, ball);
   if (shown.more > 0) {
     painter.setPen(palette.color(QPalette::PlaceholderText));
-    const QRect rest(cell.left() + 1 + number * kPitch, cell.top(), cell.width() - 1 - number * kPitch, cell.height());
+    const QRect rest(cell.left() + 1 + number * kPitch, cell.top(),
+                     cell.width() - 1 - number * kPitch, cell.height());
     painter.drawText(rest, Qt::AlignVCenter | Qt::AlignLeft, "+" + QString::number(shown.more));
   }
   painter.restore();
@@ -118,7 +126,8 @@ TagHit TagAt(const QRect& cell, const QPoint& place, const BaseObject& object) {
   const TagsShown shown = TagsFitting(object, cell.width());
   const int number = place.x() < cell.left() ? -1 : (place.x() - cell.left()) / kPitch;
   if (number < 0) return {};
-  if (number < static_cast<int>(shown.tags.size())) return {shown.tags[static_cast<std::size_t>(number)], false};
+  if (number < static_cast<int>(shown.tags.size()))
+    return {shown.tags[static_cast<std::size_t>(number)], false};
   return {nullptr, shown.more > 0};
 }
 

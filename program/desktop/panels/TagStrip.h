@@ -1,4 +1,5 @@
-// TagStrip: the tags of an object as icons in a row; what does not fit is counted at the end. Main thread.
+// TagStrip: the tags of an object as icons in a row; what does not fit is counted at the end. Main
+// thread.
 #pragma once
 
 #include <QPainter>
@@ -11,7 +12,8 @@
 
 namespace desktop {
 
-// What a strip of that width in device-independent pixels shows: the first tags, and how many more there are.
+// What a strip of that width in device-independent pixels shows: the first tags, and how many more
+// there are.
 struct TagsShown {
   std::vector<host::BaseTag*> tags;
   int more = 0;
@@ -20,8 +22,8 @@ TagsShown TagsFitting(const host::BaseObject& object, int width);
 
 // What a material looks like; null where that is not known yet.
 using MaterialBall = std::function<QPixmap(host::BaseMaterial&)>;
-void PaintTags(QPainter& painter, const QRect& cell, const host::BaseObject& object, const QPalette& palette,
-               const MaterialBall& ball);
+void PaintTags(QPainter& painter, const QRect& cell, const host::BaseObject& object,
+               const QPalette& palette, const MaterialBall& ball);
 
 // What a place in the strip hits: a tag, or the count of those not shown, or nothing.
 struct TagHit {
@@ -30,7 +32,8 @@ struct TagHit {
 };
 TagHit TagAt(const QRect& cell, const QPoint& place, const host::BaseObject& object);
 // The tags from number `first` (0-based) on, at most `most` of them.
-std::vector<host::BaseTag*> TagsFrom(const host::BaseObject& object, std::size_t first, std::size_t most);
+std::vector<host::BaseTag*> TagsFrom(const host::BaseObject& object, std::size_t first,
+                                     std::size_t most);
 
 // Name of the icon for a type of tag, and what a tool tip says of a tag.
 QString TagIcon(host::LONG type);

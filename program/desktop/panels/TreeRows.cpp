@@ -15,21 +15,25 @@ namespace {
 constexpr int kLongestName = 500;
 
 // Those of the elements that are wanted, each before what is below it.
-std::vector<engine::NodeId> InOrder(const FlatTree& shape, const std::unordered_set<engine::NodeId>& wanted) {
+std::vector<engine::NodeId> InOrder(const FlatTree& shape,
+                                    const std::unordered_set<engine::NodeId>& wanted) {
   std::vector<engine::NodeId> found;
   std::vector<int> ahead = {0};
   while (!ahead.empty()) {
     const FlatTree::Entry& entry = shape.At(ahead.back());
     ahead.pop_back();
     if (wanted.contains(entry.id)) found.push_back(entry.id);
-    for (int child = entry.childCount - 1; child >= 0; --child) ahead.push_back(entry.firstChild + child);
+    for (int child = entry.childCount - 1; child >= 0; --child)
+      ahead.push_back(entry.firstChild + child);
   }
   return found;
 }
 
 }  // namespace
 
-QString NameInRow(const host::String& name) { return ToQt(name).left(kLongestName).replace('\n', ' '); }
+QString NameInRow(const host::String& name) {
+  return ToQt(name).left(kLongestName).replace('\n', ' ');
+}
 
 QString NameInTip(const host::String& name, const QString& about) {
   return "<qt>" + NameInRow(name).toHtmlEscaped() + "<br>" + about.toHtmlEscaped() + "</qt>";
@@ -54,7 +58,8 @@ host::BaseList2D* TreeRows::NodeAt(const QModelIndex& index) const {
 }
 
 QModelIndex TreeRows::IndexAt(int place, int column) const {
-  return place == 0 ? QModelIndex() : createIndex(shape_.At(place).row, column, static_cast<quintptr>(place));
+  return place == 0 ? QModelIndex()
+                    : createIndex(shape_.At(place).row, column, static_cast<quintptr>(place));
 }
 
 QModelIndex TreeRows::index(int row, int column, const QModelIndex& parent) const {
@@ -93,11 +98,14 @@ bool TreeRows::MoveTo(const std::vector<engine::NodeId>& ids, int row, const QMo
   }
   const QModelIndex above = parent.siblingAtColumn(0);
   if (row < 0 || row > rowCount(above)) row = rowCount(above);
-  const bool moved = engine::MoveNodes(*doc, Topmost(nodes), NodeAt(above), NodeAt(index(row - 1, 0, above)));
+  const bool moved =
+      engine::MoveNodes(*doc, Topmost(nodes), NodeAt(above), NodeAt(index(row - 1, 0, above)));
   if (moved) host::EventAdd();
   return moved;
 }
 
-int TreeRows::rowCount(const QModelIndex& parent) const { return parent.column() > 0 ? 0 : EntryOf(parent).childCount; }
+int TreeRows::rowCount(const QModelIndex& parent) const {
+  return parent.column() > 0 ? 0 : EntryOf(parent).childCount;
+}
 
 }  // namespace desktop

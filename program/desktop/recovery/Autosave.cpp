@@ -25,7 +25,8 @@ std::string NoteOf(const host::BaseDocument& doc) {
 
 }  // namespace
 
-Autosave::Autosave(const engine::Application& application, engine::Outside& outside, AutosaveRules rules)
+Autosave::Autosave(const engine::Application& application, engine::Outside& outside,
+                   AutosaveRules rules)
     : application_(application), rules_(rules), folder_(outside) {
   tick_.setInterval(std::min({kBetweenTicks, rules.pause, rules.longest}));
   connect(&tick_, &QTimer::timeout, this, [this] { Tick(); });
@@ -53,7 +54,8 @@ void Autosave::FollowOne(const host::BaseDocument& doc, Kept& state) {
 
 void Autosave::ForgetClosed(const std::vector<host::BaseDocument*>& open) {
   for (auto it = documents_.begin(); it != documents_.end();) {
-    const auto found = std::find_if(open.begin(), open.end(), [&](const auto* doc) { return IdentityOf(doc) == it->first; });
+    const auto found = std::find_if(open.begin(), open.end(),
+                                    [&](const auto* doc) { return IdentityOf(doc) == it->first; });
     if (found != open.end() && (*found)->GetChanged()) {
       ++it;
     } else {
@@ -103,11 +105,14 @@ void Autosave::Keep(host::BaseDocument& doc, Kept& state) {
   job.copy.reset(static_cast<host::BaseDocument*>(doc.GetClone(kWholeDocument, nullptr)));
   job.files = folder_.FilesOf(document);
   job.note = NoteOf(doc);
-  worker_.Start(std::move(job), [this, document, count](const engine::Status& status) { Done(document, count, status); });
+  worker_.Start(std::move(job), [this, document, count](const engine::Status& status) {
+    Done(document, count, status);
+  });
 }
 
 void Autosave::Done(host::ULLONG document, host::ULLONG count, const engine::Status& status) {
-  if (!status && !told_ && failed) failed("Unsaved work cannot be kept for the case of a crash. " + status.Message());
+  if (!status && !told_ && failed)
+    failed("Unsaved work cannot be kept for the case of a crash. " + status.Message());
   told_ = !status;
   const auto it = documents_.find(document);
   if (it == documents_.end()) return folder_.Remove(document);  // saved or closed meanwhile

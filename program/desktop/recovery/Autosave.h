@@ -1,6 +1,7 @@
-// Autosave: keeps copies of unsaved documents in the state folder, for the case that the program does not end well. It never
-// touches the documents nor their files: a copy is taken on the main thread and written by a worker. Saving or closing a
-// document, and ending well, remove what was kept. It does not own the documents. Main thread.
+// Autosave: keeps copies of unsaved documents in the state folder, for the case that the program
+// does not end well. It never touches the documents nor their files: a copy is taken on the main
+// thread and written by a worker. Saving or closing a document, and ending well, remove what was
+// kept. It does not own the documents. Main thread.
 #pragma once
 
 #include <QObject>
@@ -15,7 +16,8 @@
 
 namespace desktop {
 
-// When a changed document is due: after so many acts, but not more often than `pause`; and `longest` after its first change.
+// When a changed document is due: after so many acts, but not more often than `pause`; and
+// `longest` after its first change.
 struct AutosaveRules {
   int acts = 25;
   std::chrono::milliseconds pause{15000};
@@ -24,7 +26,8 @@ struct AutosaveRules {
 
 class Autosave : public QObject {
  public:
-  Autosave(const engine::Application& application, engine::Outside& outside, AutosaveRules rules = {});
+  Autosave(const engine::Application& application, engine::Outside& outside,
+           AutosaveRules rules = {});
   // Leaves what was kept, as a crash does.
   ~Autosave() override;
 

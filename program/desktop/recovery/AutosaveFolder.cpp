@@ -21,7 +21,8 @@ engine::Status AutosaveFolder::Prepare() {
   if (root.empty()) return engine::Status::Failure("There is no home folder to keep it in.");
   const std::string folder = NewPlace(root);
   engine::Status status = outside_.MakeFolders(folder);
-  if (status) status = outside_.ReplaceFile(folder + kHeldFile, "process " + std::to_string(getpid()) + "\n");
+  if (status)
+    status = outside_.ReplaceFile(folder + kHeldFile, "process " + std::to_string(getpid()) + "\n");
   if (!status) return status;
   auto held = engine::HoldFile(folder + kHeldFile);
   if (!held) return held.GetStatus();
@@ -32,8 +33,9 @@ engine::Status AutosaveFolder::Prepare() {
 
 std::string AutosaveFolder::NewPlace(const std::string& root) const {
   const host::LocalFileTime now = outside_.Now();
-  const QString start = QString::asprintf("/%04d-%02d-%02d-%02d%02d%02d-%d", now.year, now.month, now.day, now.hour, now.minute,
-                                          now.second, static_cast<int>(getpid()));
+  const QString start =
+      QString::asprintf("/%04d-%02d-%02d-%02d%02d%02d-%d", now.year, now.month, now.day, now.hour,
+                        now.minute, now.second, static_cast<int>(getpid()));
   std::string place = root + start.toStdString();
   for (int more = 2; outside_.Kind(place) != engine::FileKind::Missing; ++more) {
     place = root + start.toStdString() + "-" + std::to_string(more);
@@ -41,13 +43,16 @@ std::string AutosaveFolder::NewPlace(const std::string& root) const {
   return place;
 }
 
-AutosaveFiles AutosaveFolder::FilesOf(host::ULLONG document) const { return AutosaveFilesIn(folder_, std::to_string(document)); }
+AutosaveFiles AutosaveFolder::FilesOf(host::ULLONG document) const {
+  return AutosaveFilesIn(folder_, std::to_string(document));
+}
 
 engine::Status AutosaveFolder::Adopt(const AutosaveFiles& files, host::ULLONG document) {
   engine::Status status = Prepare();
   const AutosaveFiles own = FilesOf(document);
   // The note may be missing; the scene counts.
-  if (status && outside_.Kind(files.note) == engine::FileKind::File) status = outside_.Rename(files.note, own.note);
+  if (status && outside_.Kind(files.note) == engine::FileKind::File)
+    status = outside_.Rename(files.note, own.note);
   return status ? outside_.Rename(files.scene, own.scene) : status;
 }
 

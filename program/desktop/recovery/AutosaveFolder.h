@@ -1,6 +1,7 @@
-// AutosaveFolder: where one running desktop keeps its unsaved work: "<state>/autosave/<start>-<process>", with a scene and a note
-// per document. A file in it is held as long as the desktop runs, so that others know whose work is lost and whose is live.
-// Made when first needed. Main thread.
+// AutosaveFolder: where one running desktop keeps its unsaved work:
+// "<state>/autosave/<start>-<process>", with a scene and a note per document. A file in it is held
+// as long as the desktop runs, so that others know whose work is lost and whose is live. Made when
+// first needed. Main thread.
 #pragma once
 
 #include <string>

@@ -18,7 +18,8 @@ void AutosaveWorker::Start(AutosaveJob job, std::function<void(const engine::Sta
     try {
       Write();
     } catch (const std::bad_alloc&) {
-      status_ = engine::Status::Failure("There was not enough memory for keeping a copy of unsaved work.");
+      status_ = engine::Status::Failure(
+          "There was not enough memory for keeping a copy of unsaved work.");
     }
     QMetaObject::invokeMethod(
         this, [this] { Finish(); }, Qt::QueuedConnection);
@@ -30,7 +31,8 @@ void AutosaveWorker::Finish() {
   thread_.join();
   ended_.Take(std::move(job_.copy));
   job_ = {};
-  for (engine::LedgerEntry& entry : entries_) engine::Outside::Current().GetLedger().Add(std::move(entry));
+  for (engine::LedgerEntry& entry : entries_)
+    engine::Outside::Current().GetLedger().Add(std::move(entry));
   entries_.clear();
   std::exchange(done_, {})(status_);
 }

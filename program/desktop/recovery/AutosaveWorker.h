@@ -1,5 +1,6 @@
-// AutosaveWorker: writes copies of documents to files on a thread of its own, one at a time, through a door of its own whose
-// ledger is handed to the door in use afterwards. It owns the copy while it works. Called from the main thread.
+// AutosaveWorker: writes copies of documents to files on a thread of its own, one at a time,
+// through a door of its own whose ledger is handed to the door in use afterwards. It owns the copy
+// while it works. Called from the main thread.
 #pragma once
 
 #include <QObject>
@@ -24,7 +25,8 @@ class AutosaveWorker : public QObject {
   ~AutosaveWorker() override;
 
   bool IsBusy() const { return thread_.joinable(); }
-  // Writes the note, then the scene. `done` hears on the main thread how it went. Not while it is busy.
+  // Writes the note, then the scene. `done` hears on the main thread how it went. Not while it is
+  // busy.
   void Start(AutosaveJob job, std::function<void(const engine::Status&)> done);
   // Waits for the present job, if there is one, and tells of it at once.
   void Finish();

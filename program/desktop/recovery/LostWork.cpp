@@ -34,7 +34,8 @@ void LostWork::Find(const std::string& path) {
   if (!names) return;
   for (const std::string& name : names.Value()) {
     if (!name.ends_with(kSceneSuffix)) continue;
-    documents_.push_back(Describe(AutosaveFilesIn(path, name.substr(0, name.size() - kSceneSuffix.size()))));
+    documents_.push_back(
+        Describe(AutosaveFilesIn(path, name.substr(0, name.size() - kSceneSuffix.size()))));
   }
 }
 
@@ -45,7 +46,8 @@ LostDocument LostWork::Describe(const AutosaveFiles& files) const {
     if (text) note = QJsonDocument::fromJson(QByteArray::fromStdString(text.Value())).object();
   }
   const QString title = note.value("title").toString("Untitled");
-  const auto kept = QDateTime::fromMSecsSinceEpoch(outside_.Stamp(files.scene).changed / kNanosecondsPerMillisecond);
+  const auto kept = QDateTime::fromMSecsSinceEpoch(outside_.Stamp(files.scene).changed /
+                                                   kNanosecondsPerMillisecond);
   return {files, note.value("path").toString().toStdString(), title, kept};
 }
 
@@ -61,12 +63,16 @@ std::string LostWork::KeepAside(const LostDocument& document) {
 }
 
 void LostWork::Tidy() {
-  std::erase_if(folders_, [this](const Folder& folder) { return IsEmpty(folder.path) && outside_.RemoveFolder(folder.path); });
+  std::erase_if(folders_, [this](const Folder& folder) {
+    return IsEmpty(folder.path) && outside_.RemoveFolder(folder.path);
+  });
 }
 
 bool LostWork::IsEmpty(const std::string& folder) const {
   const auto names = outside_.ListFiles(folder);
-  const auto isScene = [](const std::string& name) { return name.find(kSceneSuffix) != std::string::npos; };
+  const auto isScene = [](const std::string& name) {
+    return name.find(kSceneSuffix) != std::string::npos;
+  };
   return names && std::none_of(names.Value().begin(), names.Value().end(), isScene);
 }
 

@@ -1,6 +1,6 @@
-// LostWork: the unsaved work that desktops kept which did not end well. Its folders are held as long as this lives, so that two
-// desktops that start together do not both offer it. What is neither recovered nor discarded is found again next time. Main
-// thread.
+// LostWork: the unsaved work that desktops kept which did not end well. Its folders are held as
+// long as this lives, so that two desktops that start together do not both offer it. What is
+// neither recovered nor discarded is found again next time. Main thread.
 #pragma once
 
 #include <QDateTime>
@@ -27,7 +27,8 @@ class LostWork {
   const std::vector<LostDocument>& Documents() const { return documents_; }
   // Removes all of it.
   void Discard();
-  // Keeps a document that cannot be opened under another name, so that it is not offered again. Gives the new path.
+  // Keeps a document that cannot be opened under another name, so that it is not offered again.
+  // Gives the new path.
   std::string KeepAside(const LostDocument& document);
   // Removes the folders in which nothing is left.
   void Tidy();

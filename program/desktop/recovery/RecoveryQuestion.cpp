@@ -25,19 +25,21 @@ QString Listed(const std::vector<LostDocument>& documents) {
     }
     QString title = document.title;
     if (title.size() > kLongestTitle) title = title.left(kLongestTitle - 1) + QChar(0x2026);
-    lines.append(
-        QString::fromUtf8("\xe2\x80\xa2 %1, kept %2").arg(title, QLocale().toString(document.kept, "d MMM yyyy, HH:mm")));
+    lines.append(QString::fromUtf8("\xe2\x80\xa2 %1, kept %2")
+                     .arg(title, QLocale().toString(document.kept, "d MMM yyyy, HH:mm")));
   }
   return lines.join('\n');
 }
 
 Answer Ask(const std::vector<LostDocument>& documents, QWidget* window) {
-  QMessageBox box(QMessageBox::Question, QApplication::applicationDisplayName(), "Work that was not saved was found.",
-                  QMessageBox::NoButton, window);
+  QMessageBox box(QMessageBox::Question, QApplication::applicationDisplayName(),
+                  "Work that was not saved was found.", QMessageBox::NoButton, window);
   box.setTextFormat(Qt::PlainText);
-  box.setInformativeText(Listed(documents) +
-                         "\n\nRecovered scenes open as changed ones; your own files stay as they are until you save.");
-  if (auto* text = box.findChild<QLabel*>("qt_msgbox_informativelabel")) text->setMinimumWidth(kWidthOfText);
+  box.setInformativeText(
+      Listed(documents) +
+      "\n\nRecovered scenes open as changed ones; your own files stay as they are until you save.");
+  if (auto* text = box.findChild<QLabel*>("qt_msgbox_informativelabel"))
+    text->setMinimumWidth(kWidthOfText);
   QPushButton* recover = box.addButton("&Recover", QMessageBox::AcceptRole);
   QPushButton* discard = box.addButton("&Discard", QMessageBox::DestructiveRole);
   box.setEscapeButton(box.addButton("&Later", QMessageBox::RejectRole));
@@ -53,8 +55,9 @@ void Recover(LostWork& lost, DocumentCommands& commands, Autosave& autosave) {
     if (opened) {
       autosave.Adopt(document, *opened.Value());
     } else {
-      commands.Person().Warn("\"" + document.title.toStdString() + "\" could not be recovered. " + opened.Message() +
-                             "\n\nThe file stays at \"" + lost.KeepAside(document) + "\".");
+      commands.Person().Warn("\"" + document.title.toStdString() + "\" could not be recovered. " +
+                             opened.Message() + "\n\nThe file stays at \"" +
+                             lost.KeepAside(document) + "\".");
     }
   }
   lost.Tidy();
@@ -62,7 +65,8 @@ void Recover(LostWork& lost, DocumentCommands& commands, Autosave& autosave) {
 
 }  // namespace
 
-void OfferLostWork(engine::Outside& outside, DocumentCommands& commands, Autosave& autosave, QWidget* window) {
+void OfferLostWork(engine::Outside& outside, DocumentCommands& commands, Autosave& autosave,
+                   QWidget* window) {
   LostWork lost(outside);
   if (lost.Documents().empty()) return;
   const Answer answer = Ask(lost.Documents(), window);

@@ -1,4 +1,5 @@
-// What a person is asked at the start after a crash: whether work that was not saved shall be recovered. Main thread.
+// What a person is asked at the start after a crash: whether work that was not saved shall be
+// recovered. Main thread.
 #pragma once
 
 #include "program/desktop/DocumentCommands.h"
@@ -6,8 +7,9 @@
 
 namespace desktop {
 
-// Asks where there is lost work and does what is answered. Recovered documents are open and changed afterwards, and kept by
-// `autosave`; what cannot be opened is told and stays in the state folder.
-void OfferLostWork(engine::Outside& outside, DocumentCommands& commands, Autosave& autosave, QWidget* window);
+// Asks where there is lost work and does what is answered. Recovered documents are open and changed
+// afterwards, and kept by `autosave`; what cannot be opened is told and stays in the state folder.
+void OfferLostWork(engine::Outside& outside, DocumentCommands& commands, Autosave& autosave,
+                   QWidget* window);
 
 }  // namespace desktop

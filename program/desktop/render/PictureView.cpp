@@ -45,24 +45,31 @@ void PictureView::Fit() {
 double PictureView::Zoom() const {
   if (!fits_ || picture_.isNull()) return zoom_;
   const QSizeF room = QSizeF(viewport()->size()) * devicePixelRatioF();
-  return std::clamp(std::min(room.width() / picture_.width(), room.height() / picture_.height()), kSmallestZoom, 1.0);
+  return std::clamp(std::min(room.width() / picture_.width(), room.height() / picture_.height()),
+                    kSmallestZoom, 1.0);
 }
 
-QSizeF PictureView::ShownSize() const { return QSizeF(picture_.size()) * Zoom() / devicePixelRatioF(); }
+QSizeF PictureView::ShownSize() const {
+  return QSizeF(picture_.size()) * Zoom() / devicePixelRatioF();
+}
 
 QRectF PictureView::Place() const {
   const QSizeF size = ShownSize();
   const QSizeF room = viewport()->size();
-  const double left = size.width() <= room.width() ? (room.width() - size.width()) / 2 : -horizontalScrollBar()->value();
-  const double top = size.height() <= room.height() ? (room.height() - size.height()) / 2 : -verticalScrollBar()->value();
+  const double left = size.width() <= room.width() ? (room.width() - size.width()) / 2
+                                                   : -horizontalScrollBar()->value();
+  const double top = size.height() <= room.height() ? (room.height() - size.height()) / 2
+                                                    : -verticalScrollBar()->value();
   return {QPointF(left, top), size};
 }
 
 void PictureView::SetRanges() {
   const QSizeF size = fits_ ? QSizeF(0, 0) : ShownSize();
   const QSize room = viewport()->size();
-  horizontalScrollBar()->setRange(0, std::max(0, static_cast<int>(std::ceil(size.width())) - room.width()));
-  verticalScrollBar()->setRange(0, std::max(0, static_cast<int>(std::ceil(size.height())) - room.height()));
+  horizontalScrollBar()->setRange(
+      0, std::max(0, static_cast<int>(std::ceil(size.width())) - room.width()));
+  verticalScrollBar()->setRange(
+      0, std::max(0, static_cast<int>(std::ceil(size.height())) - room.height()));
   horizontalScrollBar()->setPageStep(room.width());
   verticalScrollBar()->setPageStep(room.height());
 }
@@ -95,7 +102,8 @@ void PictureView::resizeEvent(QResizeEvent*) {
 }
 
 void PictureView::wheelEvent(QWheelEvent* event) {
-  ZoomAt(Zoom() * std::pow(kZoomPerNotch, static_cast<double>(event->angleDelta().y()) / kNotch), event->position());
+  ZoomAt(Zoom() * std::pow(kZoomPerNotch, static_cast<double>(event->angleDelta().y()) / kNotch),
+         event->position());
 }
 
 void PictureView::mousePressEvent(QMouseEvent* event) { draggedTo_ = event->pos(); }

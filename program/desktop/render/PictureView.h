@@ -1,5 +1,6 @@
-// PictureView: a picture at any size: it fits into the widget or stands at a zoom of its own, where it can be dragged about. The
-// wheel zooms at the cursor. At 100 % one pixel of the picture is one of the screen. Main thread.
+// PictureView: a picture at any size: it fits into the widget or stands at a zoom of its own, where
+// it can be dragged about. The wheel zooms at the cursor. At 100 % one pixel of the picture is one
+// of the screen. Main thread.
 #pragma once
 
 #include <QAbstractScrollArea>

@@ -59,7 +59,9 @@ QWidget* PictureWindow::MakeButtons() {
   fit_->setToolTip("Show the whole picture (0)");
   connect(fit_, &QPushButton::clicked, this, [this] { view_->Fit(); });
   auto* whole = new QPushButton("100 %", row);
-  whole->setToolTip("One pixel of the picture is one of the screen (1). The wheel zooms, dragging moves the picture.");
+  whole->setToolTip(
+      "One pixel of the picture is one of the screen (1). The wheel zooms, dragging moves the "
+      "picture.");
   connect(whole, &QPushButton::clicked, this, [this] { view_->SetZoom(1); });
   buttons_->addWidget(fit_);
   buttons_->addWidget(whole);
@@ -82,7 +84,8 @@ QWidget* PictureWindow::MakeBottom() {
   return row;
 }
 
-QPushButton* PictureWindow::AddButton(const QString& text, const QString& tip, std::function<void()> work) {
+QPushButton* PictureWindow::AddButton(const QString& text, const QString& tip,
+                                      std::function<void()> work) {
   auto* button = new QPushButton(text, this);
   button->setToolTip(tip);
   connect(button, &QPushButton::clicked, this, [work = std::move(work)] { work(); });
@@ -106,12 +109,15 @@ void PictureWindow::SaveAs() {
 void PictureWindow::Write(const std::string& file, std::function<void(bool)> done) {
   save_->setEnabled(false);
   Say("Writing " + ToQt(file));
-  SavePicture(this, picture_, file, [this, file, done = std::move(done)](const engine::Status& written) {
-    save_->setEnabled(true);
-    Say(written ? "Written: " + ToQt(file) : "Not written: " + ToQt(written.Message()));
-    if (done) done(written.Ok());
-    if (!written) QMessageBox::warning(this, windowTitle(), ToQt(written.Message()) + "\n\nSave As writes it to another place.");
-  });
+  SavePicture(
+      this, picture_, file, [this, file, done = std::move(done)](const engine::Status& written) {
+        save_->setEnabled(true);
+        Say(written ? "Written: " + ToQt(file) : "Not written: " + ToQt(written.Message()));
+        if (done) done(written.Ok());
+        if (!written)
+          QMessageBox::warning(this, windowTitle(),
+                               ToQt(written.Message()) + "\n\nSave As writes it to another place.");
+      });
 }
 
 bool PictureWindow::IsToBeSaid(const std::string& note) {
@@ -124,13 +130,15 @@ void PictureWindow::SayNotes(const std::vector<std::string>& notes) {
     if (IsToBeSaid(note)) told_.append(ToQt(note));
   }
   QStringList lines = told_.mid(0, kMostNotes);
-  if (told_.size() > kMostNotes) lines.append(QString("And %1 more.").arg(told_.size() - kMostNotes));
+  if (told_.size() > kMostNotes)
+    lines.append(QString("And %1 more.").arg(told_.size() - kMostNotes));
   notes_->setText(lines.join('\n'));
   notes_->setVisible(!lines.isEmpty());
 }
 
 void PictureWindow::ShowZoom() {
-  zoom_->setText(view_->Picture().isNull() ? QString() : QString("  %1 %").arg(view_->Zoom() * 100, 0, 'f', 0));
+  zoom_->setText(view_->Picture().isNull() ? QString()
+                                           : QString("  %1 %").arg(view_->Zoom() * 100, 0, 'f', 0));
 }
 
 void PictureWindow::keyPressEvent(QKeyEvent* event) {

@@ -1,5 +1,6 @@
-// PictureWindow: a window with one picture, the buttons that every such window has (fit, 100 %, zoom, save as) and room for more,
-// and a line at the bottom with progress and text. It goes when it is closed. Main thread.
+// PictureWindow: a window with one picture, the buttons that every such window has (fit, 100 %,
+// zoom, save as) and room for more, and a line at the bottom with progress and text. It goes when
+// it is closed. Main thread.
 #pragma once
 
 #include <QHBoxLayout>
@@ -18,8 +19,8 @@ namespace desktop {
 
 class PictureWindow : public QWidget {
  public:
-  // Of a document, which may be closed meanwhile. Stands in front of `window`, which owns it; the title is `kind` and the
-  // document.
+  // Of a document, which may be closed meanwhile. Stands in front of `window`, which owns it; the
+  // title is `kind` and the document.
   PictureWindow(QWidget* window, const QString& kind, const host::BaseDocument& doc);
 
   PictureView& View() { return *view_; }
@@ -29,8 +30,8 @@ class PictureWindow : public QWidget {
   // Asks where to and writes the picture; nothing before there is one to keep.
   void SaveAs();
   QString Said() const { return text_->text(); }
-  // Lines below the picture for what was left out, one a note. What is wrong with objects is said by the first window of the
-  // document only, what else is missing by each.
+  // Lines below the picture for what was left out, one a note. What is wrong with objects is said
+  // by the first window of the document only, what else is missing by each.
   void SayNotes(const std::vector<std::string>& notes);
   QString SaidNotes() const { return notes_->text(); }
 

@@ -10,15 +10,18 @@ constexpr int kPasses = 3;
 }  // namespace
 
 QImage ToQImage(const engine::Image& image) {
-  const QImage view(image.bytes.data(), static_cast<int>(image.width), static_cast<int>(image.height),
-                    static_cast<qsizetype>(image.width) * 4, QImage::Format_RGBX8888);
+  const QImage view(image.bytes.data(), static_cast<int>(image.width),
+                    static_cast<int>(image.height), static_cast<qsizetype>(image.width) * 4,
+                    QImage::Format_RGBX8888);
   return view.convertToFormat(QImage::Format_RGB32);
 }
 
 QImage Viewed(std::shared_ptr<const engine::Image> image) {
   const engine::Image& seen = *image;
   auto* owner = new std::shared_ptr<const engine::Image>(std::move(image));
-  const auto end = [](void* kept) { delete static_cast<std::shared_ptr<const engine::Image>*>(kept); };
+  const auto end = [](void* kept) {
+    delete static_cast<std::shared_ptr<const engine::Image>*>(kept);
+  };
   return {seen.bytes.data(),
           static_cast<int>(seen.width),
           static_cast<int>(seen.height),
@@ -28,7 +31,8 @@ QImage Viewed(std::shared_ptr<const engine::Image> image) {
           owner};
 }
 
-RenderJob::RenderJob(engine::ScenePicture scene, const engine::PictureSetup& setup, engine::RenderCaches& caches, bool shows,
+RenderJob::RenderJob(engine::ScenePicture scene, const engine::PictureSetup& setup,
+                     engine::RenderCaches& caches, bool shows,
                      std::function<void(const RenderNews&)> news)
     : setup_(setup), caches_(caches), shows_(shows), news_(std::move(news)) {
   auto shared = std::make_shared<engine::ScenePicture>(std::move(scene));
@@ -43,7 +47,8 @@ RenderJob::~RenderJob() {
 void RenderJob::Run(engine::ScenePicture scene) {
   RenderNews news;
   try {
-    auto prepared = engine::PreparedScene::Make(std::move(scene), caches_, [this](double) { return !stops_; });
+    auto prepared =
+        engine::PreparedScene::Make(std::move(scene), caches_, [this](double) { return !stops_; });
     auto begun = prepared ? engine::PictureInProgress::Begin(prepared.Take(), setup_)
                           : engine::PictureInProgress::Begun(prepared.GetStatus());
     if (begun) return Render(*begun.Value());
@@ -60,7 +65,8 @@ void RenderJob::Render(engine::PictureInProgress& picture) {
   first.passes = kPasses;
   Send(std::move(first));
   int pass = 1;
-  while (!picture.IsFinished() && picture.Refine([&](double done) { return Tell(picture, done, pass); })) {
+  while (!picture.IsFinished() &&
+         picture.Refine([&](double done) { return Tell(picture, done, pass); })) {
     shown_ = picture.Current();
     ++pass;
   }

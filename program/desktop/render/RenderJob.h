@@ -1,5 +1,6 @@
-// RenderJob: renders one scene that was read, on a thread of its own, and tells the main thread how far it is. It holds nothing
-// of the document. Destroying it stops the work. Called from the main thread.
+// RenderJob: renders one scene that was read, on a thread of its own, and tells the main thread how
+// far it is. It holds nothing of the document. Destroying it stops the work. Called from the main
+// thread.
 #pragma once
 
 #include <QImage>
@@ -20,16 +21,20 @@ struct RenderNews {
   QImage image;  // as it stands; null while there is nothing new to see
   bool ended = false;
   bool stopped = false;
-  std::string problem;                           // why there is no picture, when it ended without one
-  std::vector<std::string> notes;                // with the first picture: what of the scene was left out
-  std::shared_ptr<const engine::Image> picture;  // when it ended: the picture as far as it was made, null without a whole pass
+  // Why there is no picture, when it ended without one
+  std::string problem;
+  // With the first picture: what of the scene was left out
+  std::vector<std::string> notes;
+  // When it ended: the picture as far as it was made, null without a whole pass
+  std::shared_ptr<const engine::Image> picture;
 };
 
 class RenderJob : public QObject {
  public:
-  // `news`: called on the main thread, some times a second, and when it ended. `shows`: whether pictures on the way are wanted.
-  RenderJob(engine::ScenePicture scene, const engine::PictureSetup& setup, engine::RenderCaches& caches, bool shows,
-            std::function<void(const RenderNews&)> news);
+  // `news`: called on the main thread, some times a second, and when it ended. `shows`: whether
+  // pictures on the way are wanted.
+  RenderJob(engine::ScenePicture scene, const engine::PictureSetup& setup,
+            engine::RenderCaches& caches, bool shows, std::function<void(const RenderNews&)> news);
   ~RenderJob() override;
 
   // Ends it soon; the news that follow say so.

@@ -19,14 +19,16 @@ QString Clock(qint64 milliseconds) {
 std::string ProposedPicture(const host::BaseDocument& doc) {
   const std::string folder = doc.GetDocumentPath().GetString().ToUtf8();
   const std::string scene = pictures::SceneName(doc);
-  return (folder.empty() ? "" : folder + "/") + pictures::SafeFileName(scene.empty() ? "picture" : scene) + ".png";
+  return (folder.empty() ? "" : folder + "/") +
+         pictures::SafeFileName(scene.empty() ? "picture" : scene) + ".png";
 }
 
 }  // namespace
 
 RenderWindow::RenderWindow(QWidget* window, const host::BaseDocument& doc)
     : PictureWindow(window, "Render", doc),
-      feed_(engine::RenderCaches::Shared(), {}, [this](engine::ScenePicture scene) { Start(std::move(scene)); }),
+      feed_(engine::RenderCaches::Shared(), {},
+            [this](engine::ScenePicture scene) { Start(std::move(scene)); }),
       stop_(AddButton("Stop", "End the render and keep what is there", [this] { Stop(); })) {
   Propose(ProposedPicture(doc));
   const pictures::PictureSize size = pictures::SizeOf(doc);
@@ -81,6 +83,8 @@ void RenderWindow::End(const RenderNews& news) {
   ShowTime();
 }
 
-void RenderWindow::ShowTime() { Say(QString::fromUtf8("%1 \u00b7 %2 \u00b7 %3").arg(doing_, Clock(time_.elapsed()), subject_)); }
+void RenderWindow::ShowTime() {
+  Say(QString::fromUtf8("%1 \u00b7 %2 \u00b7 %3").arg(doing_, Clock(time_.elapsed()), subject_));
+}
 
 }  // namespace desktop

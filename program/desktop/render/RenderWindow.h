@@ -1,5 +1,6 @@
-// RenderWindow: the scene as its active render settings want it, rendered while the main window lives on. It reads the document
-// when it opens; what happens to that afterwards does not matter. Closing it ends the work. Main thread.
+// RenderWindow: the scene as its active render settings want it, rendered while the main window
+// lives on. It reads the document when it opens; what happens to that afterwards does not matter.
+// Closing it ends the work. Main thread.
 #pragma once
 
 #include <QElapsedTimer>

@@ -40,11 +40,14 @@ QImage Sampled(const engine::Image& image) {
   const double pixels = static_cast<double>(image.width) * image.height;
   if (pixels <= kMostPixels) return ToQImage(image);
   const auto step = static_cast<std::size_t>(std::ceil(std::sqrt(pixels / kMostPixels)));
-  QImage shown(static_cast<int>(image.width / step), static_cast<int>(image.height / step), QImage::Format_RGB32);
+  QImage shown(static_cast<int>(image.width / step), static_cast<int>(image.height / step),
+               QImage::Format_RGB32);
   for (int y = 0; y < shown.height(); ++y) {
-    const std::uint8_t* from = image.bytes.data() + static_cast<std::size_t>(y) * step * image.width * 4;
+    const std::uint8_t* from =
+        image.bytes.data() + static_cast<std::size_t>(y) * step * image.width * 4;
     auto* to = reinterpret_cast<QRgb*>(shown.scanLine(y));
-    for (int x = 0; x < shown.width(); ++x, from += step * 4) to[x] = qRgb(from[0], from[1], from[2]);
+    for (int x = 0; x < shown.width(); ++x, from += step * 4)
+      to[x] = qRgb(from[0], from[1], from[2]);
   }
   return shown;
 }
@@ -58,7 +61,8 @@ SheetMaker::SheetMaker(const host::BaseDocument& doc, std::function<void(const S
   child_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   connect(&child_, &QProcess::readyReadStandardOutput, this, [this] { Read(); });
   connect(&child_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-    if (error == QProcess::FailedToStart) Fail("\"" + child_.program().toStdString() + "\" cannot be run.");
+    if (error == QProcess::FailedToStart)
+      Fail("\"" + child_.program().toStdString() + "\" cannot be run.");
   });
   connect(&child_, &QProcess::finished, this, [this] {
     Read();
@@ -96,8 +100,9 @@ void SheetMaker::Begin() {
   if (engine::InsideDialogCall()) return next_.start(kPause);
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc) return Fail("The document was closed before the sheet was begun.");
-  const host::Filename path =
-      doc->GetDocumentPath().Content() ? doc->GetDocumentPath() + doc->GetDocumentName() : doc->GetDocumentName();
+  const host::Filename path = doc->GetDocumentPath().Content()
+                                  ? doc->GetDocumentPath() + doc->GetDocumentName()
+                                  : doc->GetDocumentName();
   order_ = OptionsOfDialog();
   order_.insert(order_.begin(), path.GetString().ToUtf8());
   copy_.reset(static_cast<host::BaseDocument*>(doc->GetClone(kWholeDocument, nullptr)));
@@ -138,7 +143,8 @@ void SheetMaker::Read() {
     if (!frame) break;
     Take(*frame);
   }
-  if (!stops_ && parser_.Damaged()) Fail("The program that renders the states sent what cannot be read.");
+  if (!stops_ && parser_.Damaged())
+    Fail("The program that renders the states sent what cannot be read.");
 }
 
 void SheetMaker::Take(const engine::Frame& frame) {
@@ -148,7 +154,8 @@ void SheetMaker::Take(const engine::Frame& frame) {
     case FrameKind::Progress:
       return Tell(std::atoi(frame.bytes.c_str()) / 1000.0, false);
     case FrameKind::Note:
-      if (std::find(notes_.begin(), notes_.end(), frame.bytes) == notes_.end()) notes_.push_back(frame.bytes);
+      if (std::find(notes_.begin(), notes_.end(), frame.bytes) == notes_.end())
+        notes_.push_back(frame.bytes);
       return;
     case FrameKind::Picture:
       picture_.bytes.insert(picture_.bytes.end(), frame.bytes.begin(), frame.bytes.end());
@@ -177,7 +184,8 @@ void SheetMaker::LayOut() {
   auto sheet = pictures::ContactSheet::Make(sizes, title_, pictures::SheetSubtitle(named));
   if (!sheet) return Fail(sheet.Message());
   sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
-  Send(FrameKind::Note, std::to_string(sheet_->Box().width) + " " + std::to_string(sheet_->Box().height));
+  Send(FrameKind::Note,
+       std::to_string(sheet_->Box().width) + " " + std::to_string(sheet_->Box().height));
   Tell(0, true);
 }
 
@@ -210,8 +218,10 @@ void SheetMaker::End() {
 void SheetMaker::Tell(double done, bool showsSheet) {
   SheetNews news;
   const auto count = static_cast<double>(states_.size());
-  news.done = sheet_ ? kMeasuring + (1 - kMeasuring) * (static_cast<double>(placed_) + done) / count : 0;
-  news.doing = sheet_ ? QString("Rendering %1 of %2: ").arg(placed_ + 1).arg(states_.size()) + ToQt(NameOf(placed_))
+  news.done =
+      sheet_ ? kMeasuring + (1 - kMeasuring) * (static_cast<double>(placed_) + done) / count : 0;
+  news.doing = sheet_ ? QString("Rendering %1 of %2: ").arg(placed_ + 1).arg(states_.size()) +
+                            ToQt(NameOf(placed_))
                       : QString("Reading the states: ") + ToQt(NameOf(states_.size() - 1));
   news.notes = notes_;
   if (showsSheet) news.sheet = Sampled(sheet_->Picture());

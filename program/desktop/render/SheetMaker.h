@@ -1,7 +1,8 @@
-// SheetMaker: renders every Stagemark of a document onto a contact sheet. A child loads the states and renders them, from a copy
-// of the scene as it was when the work began: the document, its undo steps, the active document and the plug-in's dialog are not
-// touched, and a person goes on with them. Here the copy is taken and written in the child's order, on a thread, and the pictures
-// are put onto the sheet. Main thread.
+// SheetMaker: renders every Stagemark of a document onto a contact sheet. A child loads the states
+// and renders them, from a copy of the scene as it was when the work began: the document, its undo
+// steps, the active document and the plug-in's dialog are not touched, and a person goes on with
+// them. Here the copy is taken and written in the child's order, on a thread, and the pictures are
+// put onto the sheet. Main thread.
 #pragma once
 
 #include <QImage>
@@ -62,8 +63,10 @@ class SheetMaker : public QObject {
   engine::Image picture_;  // that is arriving
   std::vector<std::string> notes_;
   QTimer next_;
-  OwnedDocument copy_;                                                          // the thread's while it writes
-  engine::Result<std::vector<std::string>> scene_{std::vector<std::string>()};  // as written by the thread
+  // The thread's while it writes
+  OwnedDocument copy_;
+  // As written by the thread
+  engine::Result<std::vector<std::string>> scene_{std::vector<std::string>()};
   std::atomic<bool> stops_{false};
   std::thread writing_;
   SlowEnd ended_;

@@ -18,8 +18,10 @@ SheetWindow::SheetWindow(QWidget* window, const host::BaseDocument& doc, std::st
       folder_(AddButton("Open Folder", "Show the folder of the sheet",
                         [this] {
                           const std::string path = QFileInfo(ToQt(File())).path().toStdString();
-                          const engine::Status opened = engine::Outside::Current().OpenWithViewer(path);
-                          if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
+                          const engine::Status opened =
+                              engine::Outside::Current().OpenWithViewer(path);
+                          if (!opened)
+                            QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
                         })),
       maker_(doc, [this](const SheetNews& news) { Take(news); }) {
   Propose(std::move(file));
@@ -64,8 +66,10 @@ void AskForSheet(QWidget& window) {
   if (!doc) return;
   const std::string folder = doc->GetDocumentPath().GetString().ToUtf8();
   const std::string scene = pictures::SceneName(*doc);
-  const std::string name = pictures::SafeFileName((scene.empty() ? "Scene" : scene) + " sheet") + ".png";
-  const auto file = AskForPicture(&window, "Write the contact sheet as", (folder.empty() ? "" : folder + "/") + name);
+  const std::string name =
+      pictures::SafeFileName((scene.empty() ? "Scene" : scene) + " sheet") + ".png";
+  const auto file = AskForPicture(&window, "Write the contact sheet as",
+                                  (folder.empty() ? "" : folder + "/") + name);
   if (file) (new SheetWindow(&window, *doc, *file))->show();
 }
 

@@ -1,5 +1,5 @@
-// SheetWindow: the contact sheet of all Stagemarks, as it grows and when it is written; it can be saved elsewhere, too. Closing
-// it before that ends the work and writes nothing. Main thread.
+// SheetWindow: the contact sheet of all Stagemarks, as it grows and when it is written; it can be
+// saved elsewhere, too. Closing it before that ends the work and writes nothing. Main thread.
 #pragma once
 
 #include "program/desktop/render/PictureWindow.h"
@@ -27,7 +27,7 @@ class SheetWindow : public PictureWindow {
   SheetMaker maker_;  // last: it ends before what it tells of
 };
 
-// Asks for the file, then opens the window; does nothing when cancelled.
+// Asks for the file, then opens the window; does nothing when canceled.
 void AskForSheet(QWidget& window);
 
 }  // namespace desktop

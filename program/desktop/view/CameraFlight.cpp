@@ -12,33 +12,40 @@ namespace desktop {
 
 namespace {
 
-host::Matrix Outside(const host::BaseObject& object) { return object.GetUp() ? object.GetUp()->GetMg() : host::Matrix(); }
+host::Matrix Outside(const host::BaseObject& object) {
+  return object.GetUp() ? object.GetUp()->GetMg() : host::Matrix();
+}
 
 bool IsLocked(const host::BaseObject& object) {
-  const auto* layer = engine::AsLayer(engine::FindNode(object.GetDocument(), engine::LayerIdOf(object)));
+  const auto* layer =
+      engine::AsLayer(engine::FindNode(object.GetDocument(), engine::LayerIdOf(object)));
   while (layer && !engine::OwnLayerData(*layer).locked) layer = layer->GetUp();
   return layer != nullptr;
 }
 
 bool IsPlace(const host::Matrix& frame) {
   const host::Vector* const all[] = {&frame.off, &frame.v1, &frame.v2, &frame.v3};
-  return std::all_of(std::begin(all), std::end(all),
-                     [](const host::Vector* v) { return std::isfinite(v->x) && std::isfinite(v->y) && std::isfinite(v->z); });
+  return std::all_of(std::begin(all), std::end(all), [](const host::Vector* v) {
+    return std::isfinite(v->x) && std::isfinite(v->y) && std::isfinite(v->z);
+  });
 }
 
 }  // namespace
 
 std::string WhyFixed(const host::BaseObject& camera) {
   if (IsLocked(camera)) return "The camera is on a locked layer.";
-  if (!engine::FrameInside(Outside(camera), {})) return "What the camera hangs below is scaled to nothing.";
+  if (!engine::FrameInside(Outside(camera), {}))
+    return "What the camera hangs below is scaled to nothing.";
   return {};
 }
 
 bool CameraFlight::GoesOn(const host::BaseDocument& doc, const host::BaseObject& camera) const {
-  return doc_ == IdentityOf(&doc) && camera_ == engine::IdOf(camera) && after_ == engine::ChangeCount(doc);
+  return doc_ == IdentityOf(&doc) && camera_ == engine::IdOf(camera) &&
+         after_ == engine::ChangeCount(doc);
 }
 
-bool CameraFlight::Move(host::BaseDocument& doc, host::BaseObject& camera, const engine::PictureCamera& view) {
+bool CameraFlight::Move(host::BaseDocument& doc, host::BaseObject& camera,
+                        const engine::PictureCamera& view) {
   const auto frame = engine::FrameInside(Outside(camera), view.frame);
   if (!frame || !IsPlace(*frame)) return false;
   const engine::UndoScope scope(doc, "Move Camera");

@@ -1,5 +1,6 @@
-// CameraFlight: moves a camera of the scene as a person moves the picture that is seen through it: all that belongs to one
-// gesture is one undo step. It keeps identities, never addresses. Main thread.
+// CameraFlight: moves a camera of the scene as a person moves the picture that is seen through it:
+// all that belongs to one gesture is one undo step. It keeps identities, never addresses. Main
+// thread.
 #pragma once
 
 #include "engine/scene/EditorView.h"
@@ -16,8 +17,8 @@ class CameraFlight {
   void Land() { camera_ = 0; }
   // Whether nothing but this gesture has changed the document since its last move.
   bool GoesOn(const host::BaseDocument& doc, const host::BaseObject& camera) const;
-  // Puts a camera that may be moved to where `view` looks from, and gives it the width of a parallel one. Posts the change.
-  // False, changing nothing, where the place is no place.
+  // Puts a camera that may be moved to where `view` looks from, and gives it the width of a
+  // parallel one. Posts the change. False, changing nothing, where the place is no place.
   bool Move(host::BaseDocument& doc, host::BaseObject& camera, const engine::PictureCamera& view);
 
  private:

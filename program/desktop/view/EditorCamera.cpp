@@ -25,34 +25,46 @@ Vector Along(const Vector& from, const Vector& way, double length) {
 host::Matrix Turned(double heading, double pitch) {
   host::Matrix frame;
   frame.v1 = {std::cos(heading), 0, -std::sin(heading)};
-  frame.v2 = {-std::sin(heading) * std::sin(pitch), std::cos(pitch), -std::cos(heading) * std::sin(pitch)};
-  frame.v3 = {std::sin(heading) * std::cos(pitch), std::sin(pitch), std::cos(heading) * std::cos(pitch)};
+  frame.v2 = {-std::sin(heading) * std::sin(pitch), std::cos(pitch),
+              -std::cos(heading) * std::sin(pitch)};
+  frame.v3 = {std::sin(heading) * std::cos(pitch), std::sin(pitch),
+              std::cos(heading) * std::cos(pitch)};
   return frame;
 }
 
 }  // namespace
 
-EditorCamera::EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest, Lean lean) : lens_(camera) {
+EditorCamera::EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest,
+                           Lean lean)
+    : lens_(camera) {
   const Vector& forward = camera.frame.v3;
   heading_ = std::atan2(forward.x, forward.z);
-  pitch_ = std::clamp(std::asin(std::clamp(forward.y / std::sqrt(DotOf(forward, forward)), -1.0, 1.0)), -kSteepest, kSteepest);
+  pitch_ =
+      std::clamp(std::asin(std::clamp(forward.y / std::sqrt(DotOf(forward, forward)), -1.0, 1.0)),
+                 -kSteepest, kSteepest);
   if (interest.low.x <= interest.high.x) {
-    const engine::Vec middle = interest.Centre();
-    const double depth = DotOf(Along({middle.x, middle.y, middle.z}, camera.frame.off, -1), Turned(heading_, pitch_).v3);
+    const engine::Vec middle = interest.Center();
+    const double depth = DotOf(Along({middle.x, middle.y, middle.z}, camera.frame.off, -1),
+                               Turned(heading_, pitch_).v3);
     if (std::isfinite(depth) && depth > kNearest) distance_ = depth;
   }
-  if (lean == Lean::Keep) lean_ = engine::FrameInside(Turned(heading_, pitch_), camera.frame).value_or(host::Matrix());
+  if (lean == Lean::Keep)
+    lean_ = engine::FrameInside(Turned(heading_, pitch_), camera.frame).value_or(host::Matrix());
   lean_.off = {};
   target_ = Along(camera.frame.off, Turned(heading_, pitch_).v3, distance_);
 }
 
-host::Matrix EditorCamera::Frame() const { return engine::Combined(Turned(heading_, pitch_), lean_); }
+host::Matrix EditorCamera::Frame() const {
+  return engine::Combined(Turned(heading_, pitch_), lean_);
+}
 
-double EditorCamera::SeenWidth() const { return lens_.isParallel ? lens_.width : 2 * distance_ * std::tan(lens_.fov / 2); }
+double EditorCamera::SeenWidth() const {
+  return lens_.isParallel ? lens_.width : 2 * distance_ * std::tan(lens_.fov / 2);
+}
 
 void EditorCamera::Orbit(double heading, double pitch, const std::optional<Vector>& around) {
-  const Vector centre = around.value_or(target_);
-  const Vector way = Along(target_, centre, -1);
+  const Vector center = around.value_or(target_);
+  const Vector way = Along(target_, center, -1);
   const host::Matrix from = Turned(heading_, pitch_);
   // What is seen follows the hand in a picture that is mirrored or upside down, too.
   if (lean_.v1.x < 0) heading = -heading;
@@ -60,14 +72,16 @@ void EditorCamera::Orbit(double heading, double pitch, const std::optional<Vecto
   heading_ = std::remainder(heading_ + heading, 2 * std::numbers::pi);
   pitch_ = std::clamp(pitch_ + pitch, -kSteepest, kSteepest);
   const host::Matrix to = Turned(heading_, pitch_);
-  // Seen from the camera the target keeps its place beside the centre.
-  target_ = Along(Along(Along(centre, to.v1, DotOf(way, from.v1)), to.v2, DotOf(way, from.v2)), to.v3, DotOf(way, from.v3));
+  // Seen from the camera the target keeps its place beside the center.
+  target_ = Along(Along(Along(center, to.v1, DotOf(way, from.v1)), to.v2, DotOf(way, from.v2)),
+                  to.v3, DotOf(way, from.v3));
 }
 
 void EditorCamera::Slide(double right, double down) {
   const host::Matrix frame = Frame();
   const double width = SeenWidth();
-  target_ = Along(Along(target_, engine::UnitOf(frame.v1), -right * width), engine::UnitOf(frame.v2), down * width);
+  target_ = Along(Along(target_, engine::UnitOf(frame.v1), -right * width),
+                  engine::UnitOf(frame.v2), down * width);
 }
 
 void EditorCamera::Zoom(double factor, const std::optional<Vector>& toward) {
@@ -81,7 +95,8 @@ void EditorCamera::Zoom(double factor, const std::optional<Vector>& toward) {
 Vector EditorCamera::PointAt(double right, double down, double aspect) const {
   const host::Matrix frame = Frame();
   const double width = SeenWidth();
-  return Along(Along(target_, engine::UnitOf(frame.v1), right * width), engine::UnitOf(frame.v2), -down * width / aspect);
+  return Along(Along(target_, engine::UnitOf(frame.v1), right * width), engine::UnitOf(frame.v2),
+               -down * width / aspect);
 }
 
 engine::PictureCamera EditorCamera::Camera() const {

@@ -17,7 +17,8 @@ constexpr double kRound = 4;
 // On a picture, whose colors are none of the program's.
 const char* const kLook =
     "QLabel { color: #dcdcdc; }"
-    "QToolButton { color: #dcdcdc; background: rgba(90, 90, 90, 150); border: 1px solid #6a6a6a; border-radius: 4px;"
+    "QToolButton { color: #dcdcdc; background: rgba(90, 90, 90, 150); border: 1px solid #6a6a6a; "
+    "border-radius: 4px;"
     " padding: 2px 8px; }"
     "QToolButton:hover { background: rgba(110, 110, 110, 200); }"
     "QToolButton:pressed { background: rgba(50, 50, 50, 200); }"
@@ -56,7 +57,8 @@ QToolButton* EyePlate::AddButton() {
   button->setToolButtonStyle(Qt::ToolButtonTextOnly);
   button->setFocusPolicy(Qt::NoFocus);
   button->setCursor(Qt::ArrowCursor);
-  connect(button, &QToolButton::clicked, this, [this] { parentWidget()->setFocus(Qt::MouseFocusReason); });
+  connect(button, &QToolButton::clicked, this,
+          [this] { parentWidget()->setFocus(Qt::MouseFocusReason); });
   return button;
 }
 
@@ -87,10 +89,12 @@ void EyePlate::Arrange() {
   newCamera_->setVisible(differs && !state_.throughCamera);
   const auto fit = [this](QLabel& label, const QString& text, const QWidget& beside) {
     const int taken = 5 * kMargin + (beside.isHidden() ? 0 : beside.sizeHint().width());
-    label.setText(fontMetrics().elidedText(text, Qt::ElideRight, std::max(kShortestName, room_.width() - taken)));
+    label.setText(fontMetrics().elidedText(text, Qt::ElideRight,
+                                           std::max(kShortestName, room_.width() - taken)));
   };
   fit(*seen_, state_.seen, *fly_);
-  fit(*recorded_, "Recorded: " + state_.recorded, state_.throughCamera ? *makeSceneCamera_ : *newCamera_);
+  fit(*recorded_, "Recorded: " + state_.recorded,
+      state_.throughCamera ? *makeSceneCamera_ : *newCamera_);
   setToolTip(differs ? "Recordings hold the scene camera, not what is seen here." : QString());
   layout()->activate();
   setGeometry(QRect({kMargin, kMargin}, sizeHint()));

@@ -1,5 +1,6 @@
-// EyePlate: the small plate in the corner of the picture: through which camera one looks, and which one recordings hold where
-// that is another, with buttons for what one wants then. It belongs to the widget that it lies on. Main thread.
+// EyePlate: the small plate in the corner of the picture: through which camera one looks, and which
+// one recordings hold where that is another, with buttons for what one wants then. It belongs to
+// the widget that it lies on. Main thread.
 #pragma once
 
 #include <QAction>

@@ -17,7 +17,9 @@ MaterialDrop::MaterialDrop(Viewport& view) : QObject(&view), view_(view) {
 }
 
 bool MaterialDrop::eventFilter(QObject*, QEvent* event) {
-  if (event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove && event->type() != QEvent::Drop) return false;
+  if (event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove &&
+      event->type() != QEvent::Drop)
+    return false;
   auto& drop = static_cast<QDropEvent&>(*event);
   if (!HasMaterial(drop)) {
     drop.ignore();
@@ -43,9 +45,11 @@ void MaterialDrop::Moved(QDropEvent& event) {
 void MaterialDrop::Dropped(QDropEvent& event) {
   host::BaseDocument* doc = host::GetActiveDocument();
   const auto materials = DroppedNodes(event.mimeData(), kMaterialMime);
-  host::BaseObject* object = engine::AsObject(engine::FindNode(doc, view_.ObjectAt(event.position().toPoint())));
+  host::BaseObject* object =
+      engine::AsObject(engine::FindNode(doc, view_.ObjectAt(event.position().toPoint())));
   event.setDropAction(Qt::CopyAction);
-  event.setAccepted(object && !materials.empty() && AssignMaterial(*doc, materials.front(), {object}));
+  event.setAccepted(object && !materials.empty() &&
+                    AssignMaterial(*doc, materials.front(), {object}));
 }
 
 }  // namespace desktop

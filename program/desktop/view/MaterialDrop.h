@@ -1,5 +1,6 @@
-// MaterialDrop: lets materials be dropped onto what the viewport shows. It watches the viewport's drags, leaves those of other
-// things to whoever is below, and owns neither viewport nor document. Main thread.
+// MaterialDrop: lets materials be dropped onto what the viewport shows. It watches the viewport's
+// drags, leaves those of other things to whoever is below, and owns neither viewport nor document.
+// Main thread.
 #pragma once
 
 #include <QDropEvent>

@@ -16,7 +16,8 @@ struct Step {
   int alpha;
 };
 
-// The neighbours that a marked pixel lights up, with how strongly: the line fades over its last pixel.
+// The neighbors that a marked pixel lights up, with how strongly: the line fades over its last
+// pixel.
 std::vector<Step> BrushOf(double reach) {
   std::vector<Step> brush;
   const int far = static_cast<int>(std::ceil(reach));
@@ -29,10 +30,13 @@ std::vector<Step> BrushOf(double reach) {
   return brush;
 }
 
-QRgb Faded(int alpha) { return qPremultiply(qRgba(qRed(kAmber), qGreen(kAmber), qBlue(kAmber), alpha)); }
+QRgb Faded(int alpha) {
+  return qPremultiply(qRgba(qRed(kAmber), qGreen(kAmber), qBlue(kAmber), alpha));
+}
 
 // By pixel: whether it is marked. Empty when none is.
-std::vector<std::uint8_t> MarkedPixels(const engine::HitMap& hits, const std::vector<std::uint8_t>& marks) {
+std::vector<std::uint8_t> MarkedPixels(const engine::HitMap& hits,
+                                       const std::vector<std::uint8_t>& marks) {
   std::vector<std::uint8_t> marked(hits.instances.size());
   bool any = false;
   for (std::size_t i = 0; i < marked.size(); ++i) {
@@ -46,7 +50,8 @@ std::vector<std::uint8_t> MarkedPixels(const engine::HitMap& hits, const std::ve
 
 using Pixels = std::vector<std::uint8_t>;
 
-// Each pixel as `wanted` when it or one of the two beside it is, of the `count` in its line that are `step` apart.
+// Each pixel as `wanted` when it or one of the two beside it is, of the `count` in its line that
+// are `step` apart.
 Pixels Spread(const Pixels& pixels, std::size_t step, std::size_t count, std::uint8_t wanted) {
   Pixels spread = pixels;
   for (std::size_t i = 0; i < pixels.size(); ++i) {
@@ -58,20 +63,22 @@ Pixels Spread(const Pixels& pixels, std::size_t step, std::size_t count, std::ui
   return spread;
 }
 
-// Where surfaces coincide, now the one and now the other is hit: holes of a pixel or two in what is marked are closed, unless
-// nothing at all is seen there.
+// Where surfaces coincide, now the one and now the other is hit: holes of a pixel or two in what is
+// marked are closed, unless nothing at all is seen there.
 Pixels WithoutSpeckles(const Pixels& marked, const engine::HitMap& hits) {
   const std::size_t width = hits.width;
   const std::size_t height = hits.height;
   Pixels closed = Spread(Spread(marked, 1, width, 1), width, height, 1);
   closed = Spread(Spread(closed, 1, width, 0), width, height, 0);
-  for (std::size_t i = 0; i < closed.size(); ++i) closed[i] = marked[i] || (closed[i] && hits.instances[i] > 0);
+  for (std::size_t i = 0; i < closed.size(); ++i)
+    closed[i] = marked[i] || (closed[i] && hits.instances[i] > 0);
   return closed;
 }
 
 }  // namespace
 
-QImage OutlineImage(const engine::HitMap& hits, const std::vector<std::uint8_t>& marks, double scale) {
+QImage OutlineImage(const engine::HitMap& hits, const std::vector<std::uint8_t>& marks,
+                    double scale) {
   const Pixels seen = MarkedPixels(hits, marks);
   if (seen.empty()) return {};
   const Pixels marked = WithoutSpeckles(seen, hits);
@@ -87,8 +94,8 @@ QImage OutlineImage(const engine::HitMap& hits, const std::vector<std::uint8_t>&
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       if (!isMarked(x, y)) continue;
-      const bool inside = x > 0 && y > 0 && x + 1 < width && y + 1 < height && isMarked(x - 1, y) && isMarked(x + 1, y) &&
-                          isMarked(x, y - 1) && isMarked(x, y + 1);
+      const bool inside = x > 0 && y > 0 && x + 1 < width && y + 1 < height && isMarked(x - 1, y) &&
+                          isMarked(x + 1, y) && isMarked(x, y - 1) && isMarked(x, y + 1);
       if (inside) continue;
       for (const Step& step : brush) {
         const int u = x + step.x;

@@ -7,8 +7,9 @@
 
 namespace desktop {
 
-// A transparent image of the map's size with a thin line outside of the pixels whose instance `marks` has a 1 for; a null image
-// where there is none. `marks` belongs to the scene of the map.
-QImage OutlineImage(const engine::HitMap& hits, const std::vector<std::uint8_t>& marks, double scale = 1);
+// A transparent image of the map's size with a thin line outside of the pixels whose instance
+// `marks` has a 1 for; a null image where there is none. `marks` belongs to the scene of the map.
+QImage OutlineImage(const engine::HitMap& hits, const std::vector<std::uint8_t>& marks,
+                    double scale = 1);
 
 }  // namespace desktop

@@ -16,7 +16,8 @@ engine::Box BoxOf(const std::vector<engine::Vec>& points) {
 
 }  // namespace
 
-PictureWorker::PictureWorker(engine::RenderCaches& caches, std::function<void(const PicturePass&)> passed)
+PictureWorker::PictureWorker(engine::RenderCaches& caches,
+                             std::function<void(const PicturePass&)> passed)
     : caches_(caches), passed_(std::move(passed)), thread_([this] { Run(); }) {}
 
 PictureWorker::~PictureWorker() {
@@ -89,10 +90,12 @@ engine::PictureSetup PictureWorker::SetupOf(const PictureOrder& order, PicturePa
   setup.camera = order.camera;
   pass.bounds = scene_->Scene().bounds;
   if (order.framing == Framing::None && order.camera) return setup;
-  const bool some = order.framing == Framing::Selection && order.marks && order.marks->size() == scene_->Objects()->size();
+  const bool some = order.framing == Framing::Selection && order.marks &&
+                    order.marks->size() == scene_->Objects()->size();
   const auto points = engine::OutlineOf(scene_->Scene(), some ? order.marks.get() : nullptr);
   const double aspect = static_cast<double>(setup.width) / setup.height;
-  setup.camera = order.camera ? engine::FramingCameraLike(*order.camera, points, aspect) : engine::FramingCamera(points, aspect);
+  setup.camera = order.camera ? engine::FramingCameraLike(*order.camera, points, aspect)
+                              : engine::FramingCamera(points, aspect);
   pass.bounds = BoxOf(points);
   return setup;
 }
@@ -118,12 +121,13 @@ void PictureWorker::Render(const PictureOrder& order, std::uint64_t number) {
   }
 }
 
-std::shared_ptr<const engine::HitMap> PictureWorker::HitsOf(const engine::PictureInProgress& picture,
-                                                            const PictureOrder& order) const {
+std::shared_ptr<const engine::HitMap> PictureWorker::HitsOf(
+    const engine::PictureInProgress& picture, const PictureOrder& order) const {
   if (order.hits == order.size) return std::make_shared<const engine::HitMap>(picture.Hits());
-  return std::make_shared<const engine::HitMap>(engine::Enlarged(picture.Hits(), static_cast<std::uint32_t>(order.hits.width()),
-                                                                 static_cast<std::uint32_t>(order.hits.height()),
-                                                                 order.marks ? *order.marks : Marks(), scene_->Rays()));
+  return std::make_shared<const engine::HitMap>(
+      engine::Enlarged(picture.Hits(), static_cast<std::uint32_t>(order.hits.width()),
+                       static_cast<std::uint32_t>(order.hits.height()),
+                       order.marks ? *order.marks : Marks(), scene_->Rays()));
 }
 
 void PictureWorker::Fail(const std::string& problem, std::uint64_t number) {
@@ -135,7 +139,8 @@ void PictureWorker::Fail(const std::string& problem, std::uint64_t number) {
 
 void PictureWorker::Send(PicturePass pass, std::uint64_t number) {
   QMetaObject::invokeMethod(
-      this, [this, pass = std::move(pass), number] { Deliver(pass, number); }, Qt::QueuedConnection);
+      this, [this, pass = std::move(pass), number] { Deliver(pass, number); },
+      Qt::QueuedConnection);
 }
 
 void PictureWorker::Deliver(const PicturePass& pass, std::uint64_t number) {

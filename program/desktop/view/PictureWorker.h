@@ -1,6 +1,6 @@
-// PictureWorker: prepares scenes and renders pictures of them on a thread of its own and hands each pass to the main thread. It
-// owns the scene it works on, also its end: freeing a large one takes time, too. A new order takes the place of the old one.
-// Called from the main thread.
+// PictureWorker: prepares scenes and renders pictures of them on a thread of its own and hands each
+// pass to the main thread. It owns the scene it works on, also its end: freeing a large one takes
+// time, too. A new order takes the place of the old one. Called from the main thread.
 #pragma once
 
 #include <QImage>
@@ -23,13 +23,16 @@ enum class Framing { None, All, Selection };
 
 struct PictureOrder {
   std::unique_ptr<engine::ScenePicture> scene;  // null: the scene of the order before
-  QSize size;                                   // in pixels; empty: the scene is not needed any more
-  QSize hits;                                   // size of the map of what is hit
-  double scale = 1;                             // pixels of the screen for a plain one, for the width of lines
+  // In pixels; empty: the scene is not needed any more
+  QSize size;
+  QSize hits;  // size of the map of what is hit
+  // Pixels of the screen for a plain one, for the width of lines
+  double scale = 1;
   std::optional<engine::PictureCamera> camera;  // none: one that frames everything
   Framing framing = Framing::None;              // moves the camera so that it shows all of this
   bool draft = false;
-  std::shared_ptr<const Marks> marks;  // of the scene; their outline is exact in the map also of a draft
+  // Of the scene; their outline is exact in the map also of a draft
+  std::shared_ptr<const Marks> marks;
 };
 
 struct PicturePass {
@@ -47,7 +50,8 @@ struct PicturePass {
 
 class PictureWorker : public QObject {
  public:
-  // `passed`: called on the main thread after each pass; never with a pass of an order that was replaced.
+  // `passed`: called on the main thread after each pass; never with a pass of an order that was
+  // replaced.
   PictureWorker(engine::RenderCaches& caches, std::function<void(const PicturePass&)> passed);
   ~PictureWorker() override;
 
@@ -61,7 +65,8 @@ class PictureWorker : public QObject {
   bool Prepare(engine::ScenePicture scene, std::uint64_t number);
   void Render(const PictureOrder& order, std::uint64_t number);
   engine::PictureSetup SetupOf(const PictureOrder& order, PicturePass& pass) const;
-  std::shared_ptr<const engine::HitMap> HitsOf(const engine::PictureInProgress& picture, const PictureOrder& order) const;
+  std::shared_ptr<const engine::HitMap> HitsOf(const engine::PictureInProgress& picture,
+                                               const PictureOrder& order) const;
   void Fail(const std::string& problem, std::uint64_t number);
   void Send(PicturePass pass, std::uint64_t number);
   void Deliver(const PicturePass& pass, std::uint64_t number);

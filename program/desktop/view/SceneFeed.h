@@ -1,5 +1,5 @@
-// SceneFeed: reads what can be seen of a document when that has changed, in slices between which the window lives on. It keeps
-// the document's identity, never its address. Main thread.
+// SceneFeed: reads what can be seen of a document when that has changed, in slices between which
+// the window lives on. It keeps the document's identity, never its address. Main thread.
 #pragma once
 
 #include <QTimer>
@@ -14,7 +14,8 @@ namespace desktop {
 class SceneFeed {
  public:
   // `read`: takes each scene that was read to its end.
-  SceneFeed(engine::RenderCaches& caches, const engine::SceneReading& how, std::function<void(engine::ScenePicture)> read);
+  SceneFeed(engine::RenderCaches& caches, const engine::SceneReading& how,
+            std::function<void(engine::ScenePicture)> read);
   // Told when a document was closed before it was read to its end.
   std::function<void()> lost;
 

@@ -22,10 +22,12 @@ QSize Limited(QSize size, int pixels) {
   return size.expandedTo({1, 1});
 }
 
-bool IsSameCamera(const std::optional<engine::PictureCamera>& a, const std::optional<engine::PictureCamera>& b) {
+bool IsSameCamera(const std::optional<engine::PictureCamera>& a,
+                  const std::optional<engine::PictureCamera>& b) {
   if (!a || !b) return a.has_value() == b.has_value();
-  return a->frame == b->frame && a->isParallel == b->isParallel && a->fov == b->fov && a->fovVertical == b->fovVertical &&
-         a->width == b->width && a->near == b->near && a->far == b->far;
+  return a->frame == b->frame && a->isParallel == b->isParallel && a->fov == b->fov &&
+         a->fovVertical == b->fovVertical && a->width == b->width && a->near == b->near &&
+         a->far == b->far;
 }
 
 const char* const kHelp =
@@ -37,7 +39,8 @@ const char* const kHelp =
 
 Viewport::Viewport(QWidget* parent)
     : QWidget(parent),
-      feed_(caches_, {.editorView = true}, [this](engine::ScenePicture scene) { TakeScene(std::move(scene)); }),
+      feed_(caches_, {.editorView = true},
+            [this](engine::ScenePicture scene) { TakeScene(std::move(scene)); }),
       plate_(new EyePlate(this)),
       worker_(caches_, [this](const PicturePass& pass) { Passed(pass); }) {
   setFocusPolicy(Qt::StrongFocus);
@@ -64,7 +67,8 @@ void Viewport::TurnTo(const host::BaseDocument* doc) {
   const Look look = found != left_.end() ? found->second : Look{};
   editor_ = look.editor;
   eyeObject_ = look.eyeObject;
-  eye_ = look.cameraSets == cameraSets_ && look.recordedCamera == recordedCamera_ ? look.eye : Eye::Scene;
+  eye_ = look.cameraSets == cameraSets_ && look.recordedCamera == recordedCamera_ ? look.eye
+                                                                                  : Eye::Scene;
   mayFly_ = 0;
   framing_ = Framing::None;
   DropPicture();
@@ -73,14 +77,16 @@ void Viewport::TurnTo(const host::BaseDocument* doc) {
 
 void Viewport::Follow(host::BaseDocument* doc) {
   if (IdentityOf(doc) != doc_) TurnTo(doc);
-  if (doc && (engine::SceneCameraSetCount(*doc) != cameraSets_ || engine::SceneCameraIdOf(*doc) != recordedCamera_)) {
+  if (doc && (engine::SceneCameraSetCount(*doc) != cameraSets_ ||
+              engine::SceneCameraIdOf(*doc) != recordedCamera_)) {
     ShowSceneCamera();
   }
   feed_.Follow(doc);
   ShowPlate();
 }
 
-// A camera that was set is seen at once; with none set one looks with the editor camera, from where it was left.
+// A camera that was set is seen at once; with none set one looks with the editor camera, from where
+// it was left.
 void Viewport::ShowSceneCamera() {
   const host::BaseDocument& doc = *FindOpenDocument(doc_);
   cameraSets_ = engine::SceneCameraSetCount(doc);
@@ -133,7 +139,8 @@ void Viewport::TakeScene(engine::ScenePicture scene) {
 void Viewport::TakeMarks(std::vector<std::uint8_t> selected) {
   if (marks_ && *marks_ == selected) return;
   marks_ = std::make_shared<const Marks>(std::move(selected));
-  if (hits_ && hits_->objects->size() == marks_->size()) outline_ = OutlineImage(*hits_, *marks_, devicePixelRatioF());
+  if (hits_ && hits_->objects->size() == marks_->size())
+    outline_ = OutlineImage(*hits_, *marks_, devicePixelRatioF());
 }
 
 void Viewport::Frame(Framing framing) {
@@ -164,8 +171,9 @@ void Viewport::LookThroughEditorCamera() {
 host::BaseObject* Viewport::CameraObject() const {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || eye_ == Eye::Editor) return nullptr;
-  host::BaseObject* camera =
-      eye_ == Eye::Scene ? doc->GetRenderBaseDraw()->GetSceneCamera(doc) : engine::AsObject(engine::FindNode(doc, eyeObject_));
+  host::BaseObject* camera = eye_ == Eye::Scene
+                                 ? doc->GetRenderBaseDraw()->GetSceneCamera(doc)
+                                 : engine::AsObject(engine::FindNode(doc, eyeObject_));
   return camera && engine::CameraOf(*camera) ? camera : nullptr;
 }
 
@@ -204,7 +212,8 @@ void Viewport::ShowPlate() {
   if (doc) {
     const host::BaseObject* recorded = doc->GetRenderBaseDraw()->GetSceneCamera(doc);
     state.seen = EyeName();
-    if (!camera || camera != recorded) state.recorded = recorded ? ToQt(recorded->GetName()) : QString("no camera");
+    if (!camera || camera != recorded)
+      state.recorded = recorded ? ToQt(recorded->GetName()) : QString("no camera");
     state.throughCamera = camera != nullptr;
   }
   plate_->Show(state);
@@ -213,7 +222,8 @@ void Viewport::ShowPlate() {
 void Viewport::LeaveViewWithDocument() {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || size().isEmpty() || picture_.isNull()) return;
-  engine::SetEditorView(*doc, engine::EditorView{EyeCamera().value_or(lookedThrough_), static_cast<double>(width()) / height()});
+  engine::SetEditorView(*doc, engine::EditorView{EyeCamera().value_or(lookedThrough_),
+                                                 static_cast<double>(width()) / height()});
 }
 
 const host::BaseDocument* Viewport::Shown() const {
@@ -224,7 +234,8 @@ const host::BaseDocument* Viewport::Shown() const {
 std::optional<engine::PictureCamera> Viewport::EyeCamera() const {
   if (eye_ == Eye::Scene && sceneCamera_) return sceneCamera_;
   if (eye_ == Eye::Object) {
-    const host::BaseObject* object = engine::AsObject(engine::FindNode(FindOpenDocument(doc_), eyeObject_));
+    const host::BaseObject* object =
+        engine::AsObject(engine::FindNode(FindOpenDocument(doc_), eyeObject_));
     const auto camera = object ? engine::CameraOf(*object) : std::nullopt;
     if (camera) return camera;
   }
@@ -249,7 +260,8 @@ EditorCamera& Viewport::Moving() {
 }
 
 void Viewport::Moved() {
-  if (host::BaseObject* camera = flying_ && Flies() ? CameraObject() : nullptr) PutFlying(*camera, flying_->Camera());
+  if (host::BaseObject* camera = flying_ && Flies() ? CameraObject() : nullptr)
+    PutFlying(*camera, flying_->Camera());
   Refresh();
 }
 
@@ -335,13 +347,15 @@ void Viewport::StandWhereItWasSeenFrom(const PicturePass& pass) {
 
 QPoint Viewport::PixelAt(QPointF place) const {
   if (!hits_ || !QRectF(rect()).contains(place)) return {-1, -1};
-  return {static_cast<int>(place.x() / width() * hits_->width), static_cast<int>(place.y() / height() * hits_->height)};
+  return {static_cast<int>(place.x() / width() * hits_->width),
+          static_cast<int>(place.y() / height() * hits_->height)};
 }
 
 engine::NodeId Viewport::ObjectAt(QPoint place) const {
   const QPoint pixel = PixelAt(place + QPointF(0.5, 0.5));
   if (pixel.x() < 0) return 0;
-  return hits_->ObjectAt(static_cast<std::uint32_t>(pixel.x()), static_cast<std::uint32_t>(pixel.y()));
+  return hits_->ObjectAt(static_cast<std::uint32_t>(pixel.x()),
+                         static_cast<std::uint32_t>(pixel.y()));
 }
 
 void Viewport::paintEvent(QPaintEvent*) {
@@ -357,7 +371,9 @@ void Viewport::paintEvent(QPaintEvent*) {
 }
 
 void Viewport::PaintHint(QPainter& painter) {
-  const QString hint = !problem_.isEmpty() ? problem_ : !Shown() ? QString("Open a scene or drop a file here") : QString();
+  const QString hint = !problem_.isEmpty() ? problem_
+                       : !Shown()          ? QString("Open a scene or drop a file here")
+                                           : QString();
   painter.setPen(palette().color(QPalette::PlaceholderText));
   painter.drawText(rect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap, hint);
 }

@@ -1,9 +1,11 @@
-// Viewport: the ray-traced picture of the active document, what is selected outlined: a rough one while something moves, then
-// finer and finer ones. One drags to go around, with Shift or the middle button to slide, turns the wheel to come nearer, clicks
-// to choose an object. It looks through the scene camera until one moves, then through the editor camera, or through any camera
-// of the scene; whoever sets the scene camera makes it look through that again. A camera that is let fly is moved itself. Clicks
-// are answered from the picture that is shown. It owns nothing of the document; it leaves with it how it is looked at, for
-// pictures without a scene camera. Main thread.
+// Viewport: the ray-traced picture of the active document, what is selected outlined: a rough one
+// while something moves, then finer and finer ones. One drags to go around, with Shift or the
+// middle button to slide, turns the wheel to come nearer, clicks to choose an object. It looks
+// through the scene camera until one moves, then through the editor camera, or through any camera
+// of the scene; whoever sets the scene camera makes it look through that again. A camera that is
+// let fly is moved itself. Clicks are answered from the picture that is shown. It owns nothing of
+// the document; it leaves with it how it is looked at, for pictures without a scene camera. Main
+// thread.
 #pragma once
 
 #include <QMenu>
@@ -28,7 +30,8 @@ class Viewport : public QWidget, public DocumentView {
   void Follow(host::BaseDocument* doc) override;
   // Reads the scene again although it has not changed, since files that it uses have.
   void ReadAgain();
-  // Move the editor camera, as it is turned, so that it shows this; without a selection FrameSelection shows all.
+  // Move the editor camera, as it is turned, so that it shows this; without a selection
+  // FrameSelection shows all.
   void FrameAll();
   void FrameSelection();
   // Back to the scene camera, or to a view of everything where there is none.
@@ -40,7 +43,8 @@ class Viewport : public QWidget, public DocumentView {
   bool LooksThroughEditorCamera() const { return eye_ == Eye::Editor; }
   // The camera of the scene that is looked through; null for the editor camera.
   host::BaseObject* CameraObject() const;
-  // Lets mouse and keys move the camera that is looked through, each gesture as one undo step, until one looks elsewhere.
+  // Lets mouse and keys move the camera that is looked through, each gesture as one undo step,
+  // until one looks elsewhere.
   void LetFly(bool flies);
   bool Flies() const;
   // Says in the picture which camera is looked through and which one is recorded.
@@ -92,7 +96,8 @@ class Viewport : public QWidget, public DocumentView {
   void TurnTo(const host::BaseDocument* doc);
   void TakeScene(engine::ScenePicture scene);
   void TakeMarks(std::vector<std::uint8_t> selected);
-  // A rough picture now or when the one being made is done, then the fine one when nothing moves any more.
+  // A rough picture now or when the one being made is done, then the fine one when nothing moves
+  // any more.
   void Refresh();
   void Begin(bool draft);
   void DropPicture();
@@ -117,7 +122,8 @@ class Viewport : public QWidget, public DocumentView {
   const host::BaseDocument* Shown() const;
   bool IsSelectedAt(QPoint place) const;
   QPoint PixelAt(QPointF place) const;
-  // What to go around when the hand is at that place: what is seen there, else the selection, else what was looked at before.
+  // What to go around when the hand is at that place: what is seen there, else the selection, else
+  // what was looked at before.
   std::optional<host::Vector> PointToGoAround(QPointF place) const;
   std::optional<host::Vector> MiddleOfSelection() const;
   void ZoomAt(QPointF place, double factor);

@@ -33,13 +33,14 @@ std::optional<host::Vector> Viewport::MiddleOfSelection() const {
       if (instance > 0 && (*marks_)[instance - 1]) box.Add(*hits_->PointAt(x, y));
     }
   }
-  return box.IsEmpty() ? std::nullopt : std::optional(ToHostVector(box.Centre()));
+  return box.IsEmpty() ? std::nullopt : std::optional(ToHostVector(box.Center()));
 }
 
 std::optional<host::Vector> Viewport::PointToGoAround(QPointF place) const {
   const QPoint pixel = PixelAt(place);
   if (pixel.x() >= 0) {
-    const auto point = hits_->PointAt(static_cast<std::uint32_t>(pixel.x()), static_cast<std::uint32_t>(pixel.y()));
+    const auto point = hits_->PointAt(static_cast<std::uint32_t>(pixel.x()),
+                                      static_cast<std::uint32_t>(pixel.y()));
     if (point) return ToHostVector(*point);
   }
   return MiddleOfSelection();
@@ -54,7 +55,8 @@ void Viewport::mousePressEvent(QMouseEvent* event) {
 
 void Viewport::mouseMoveEvent(QMouseEvent* event) {
   if (event->buttons() == Qt::NoButton || !Shown()) return;
-  if ((event->position() - pressedAt_).manhattanLength() >= QApplication::startDragDistance()) dragging_ = true;
+  if ((event->position() - pressedAt_).manhattanLength() >= QApplication::startDragDistance())
+    dragging_ = true;
   if (!dragging_) return;
   const QPointF way = event->position() - draggedTo_;
   draggedTo_ = event->position();
@@ -78,22 +80,27 @@ void Viewport::mouseReleaseEvent(QMouseEvent* event) {
 
 void Viewport::Pick(QPointF place, Qt::KeyboardModifiers keys) {
   if (!Shown() || !picked || !rect().contains(place.toPoint())) return;
-  const Picking how = keys & Qt::ControlModifier ? Picking::Toggle : keys & Qt::ShiftModifier ? Picking::Add : Picking::Replace;
+  const Picking how = keys & Qt::ControlModifier ? Picking::Toggle
+                      : keys & Qt::ShiftModifier ? Picking::Add
+                                                 : Picking::Replace;
   picked(ObjectAt(place.toPoint()), how);
 }
 
 void Viewport::wheelEvent(QWheelEvent* event) {
   if (!Shown()) return;
-  ZoomAt(event->position(), std::pow(kZoomPerNotch, static_cast<double>(event->angleDelta().y()) / kNotch));
+  ZoomAt(event->position(),
+         std::pow(kZoomPerNotch, static_cast<double>(event->angleDelta().y()) / kNotch));
 }
 
 void Viewport::ZoomAt(QPointF place, double factor) {
   const QPoint pixel = PixelAt(place);
   EditorCamera& camera = Moving();
-  host::Vector toward = camera.PointAt(place.x() / width() - 0.5, place.y() / height() - 0.5,
-                                       static_cast<double>(std::max(width(), 1)) / std::max(height(), 1));
+  host::Vector toward =
+      camera.PointAt(place.x() / width() - 0.5, place.y() / height() - 0.5,
+                     static_cast<double>(std::max(width(), 1)) / std::max(height(), 1));
   if (pixel.x() >= 0) {
-    const auto point = hits_->PointAt(static_cast<std::uint32_t>(pixel.x()), static_cast<std::uint32_t>(pixel.y()));
+    const auto point = hits_->PointAt(static_cast<std::uint32_t>(pixel.x()),
+                                      static_cast<std::uint32_t>(pixel.y()));
     if (point) toward = ToHostVector(*point);
   }
   camera.Zoom(factor, toward);
@@ -134,14 +141,16 @@ bool Viewport::IsSelectedAt(QPoint place) const {
   const QPoint pixel = PixelAt(place);
   if (pixel.x() < 0 || !marks_ || hits_->objects->size() != marks_->size()) return false;
   const std::uint32_t instance =
-      hits_->instances[static_cast<std::size_t>(pixel.y()) * hits_->width + static_cast<std::size_t>(pixel.x())];
+      hits_->instances[static_cast<std::size_t>(pixel.y()) * hits_->width +
+                       static_cast<std::size_t>(pixel.x())];
   return instance > 0 && (*marks_)[instance - 1];
 }
 
 // What the menu is for is selected first.
 void Viewport::contextMenuEvent(QContextMenuEvent* event) {
   if (dragging_ || !Shown() || !fillMenu) return;
-  const engine::NodeId object = event->reason() == QContextMenuEvent::Mouse ? ObjectAt(event->pos()) : 0;
+  const engine::NodeId object =
+      event->reason() == QContextMenuEvent::Mouse ? ObjectAt(event->pos()) : 0;
   if (object != 0 && picked && !IsSelectedAt(event->pos())) picked(object, Picking::Replace);
   QMenu menu(this);
   fillMenu(menu);

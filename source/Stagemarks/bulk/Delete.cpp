@@ -1,5 +1,5 @@
-// "Delete Checked Elements" and "Delete All Elements": the same as deleting one name after the other, with the list
-// rebuilt and the host told once for all of them.
+// "Delete Checked Elements" and "Delete All Elements": the same as deleting one name after the
+// other, with the list rebuilt and the host told once for all of them.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/bulk/ElementNames.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
@@ -31,8 +31,8 @@ void SMDialog::DeleteAllElements() {
   OfferToDeleteSideFolder();
 }
 
-// IDs are found in an index, because names are looked up in a store that changes under way. Where the list store was
-// never built the first deletion goes the whole way, which builds it.
+// IDs are found in an index, because names are looked up in a store that changes under way. Where
+// the list store was never built the first deletion goes the whole way, which builds it.
 void SMDialog::DeleteElements(BaseDocument& doc, const BaseContainer& names) {
   if (names.GetCount() == 0) return;
   listStore_ = doc.GetDataInstance()->GetContainer(kListStore);
@@ -59,7 +59,8 @@ void SMDialog::RefreshAfterDeletion(BaseDocument& doc) {
 void SMDialog::OfferToDeleteSideFolder() const {
   const Filename folder = GetSMfilePath();
   if (!GeFExist(folder, TRUE)) return;
-  const String question = String(text::kDeleteFolderBegin) + folder.GetString() + text::kDeleteFolderEnd;
+  const String question =
+      String(text::kDeleteFolderBegin) + folder.GetString() + text::kDeleteFolderEnd;
   if (QuestionDialog(question)) GeFKill(folder, 1);
 }
 

@@ -5,7 +5,8 @@ namespace stagemarks {
 
 namespace {
 
-// The container under `element` in one of the document's stores, in place; null where there is none.
+// The container under `element` in one of the document's stores, in place; null where there is
+// none.
 BaseContainer* StoredInPlace(BaseDocument& doc, LONG store, LONG element) {
   BaseContainer* elements = doc.GetDataInstance()->GetContainerInstance(store);
   return elements ? elements->GetContainerInstance(element) : nullptr;
@@ -20,8 +21,8 @@ void FreeRenderSettings(const BaseDocument& doc, const BaseContainer& record) {
 
 }  // namespace
 
-// Record and entry stay in place, empty: their ID is free for the next recording, and elements with higher IDs are
-// still found by name.
+// Record and entry stay in place, empty: their ID is free for the next recording, and elements with
+// higher IDs are still found by name.
 void SMDialog::EmptyElement(BaseDocument& doc, LONG element) const {
   if (BaseContainer* record = StoredInPlace(doc, kRecordStore, element)) {
     FreeRenderSettings(doc, *record);

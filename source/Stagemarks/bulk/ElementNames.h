@@ -1,6 +1,7 @@
-// ElementNames: the answers of SMDialog::GetStagemarkID for one state of the list store, looked up once for many
-// names. It follows that function to the letter: only IDs below the number of entries are examined, the lowest
-// element of a name wins, and an unknown name means ID 0. A value. Main thread.
+// ElementNames: the answers of SMDialog::GetStagemarkID for one state of the list store, looked up
+// once for many names. It follows that function to the letter: only IDs below the number of entries
+// are examined, the lowest element of a name wins, and an unknown name means ID 0. A value. Main
+// thread.
 #pragma once
 
 #include <set>

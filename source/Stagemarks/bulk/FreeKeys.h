@@ -1,5 +1,6 @@
-// FreeKeys: hands out the lowest keys that a container has no entry under, in ascending order, without looking at
-// any key twice. It does not own the container, which may only grow by the keys handed out meanwhile.
+// FreeKeys: hands out the lowest keys that a container has no entry under, in ascending order,
+// without looking at any key twice. It does not own the container, which may only grow by the keys
+// handed out meanwhile.
 #pragma once
 
 #include "source/Stagemarks/Host.h"

@@ -2,7 +2,8 @@
 
 namespace stagemarks {
 
-RecordFinder::RecordFinder(const BaseContainer& records, LONG linkKey, const BaseDocument* doc, const Items& items)
+RecordFinder::RecordFinder(const BaseContainer& records, LONG linkKey, const BaseDocument* doc,
+                           const Items& items)
     : records_(records), linkKey_(linkKey), doc_(doc), index_(items), first_(items.size(), NOTOK) {
   const LONG count = items.empty() ? 0 : records.GetCount();
   for (LONG i = 0; i < count; ++i) Add(index_.Find(Target(i)), i);

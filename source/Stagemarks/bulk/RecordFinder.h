@@ -1,5 +1,5 @@
-// RecordFinder: where a number of scene items stand among many records, found in one pass over the records and kept
-// right while records are written. It owns neither. Main thread.
+// RecordFinder: where a number of scene items stand among many records, found in one pass over the
+// records and kept right while records are written. It owns neither. Main thread.
 #pragma once
 
 #include <set>
@@ -13,12 +13,15 @@ namespace stagemarks {
 class RecordFinder {
  public:
   // Each item once; null ones are found nowhere.
-  RecordFinder(const BaseContainer& records, LONG linkKey, const BaseDocument* doc, const Items& items);
-  // Position of the first record that links to the item at place `item` of the list; -1 when there is none.
+  RecordFinder(const BaseContainer& records, LONG linkKey, const BaseDocument* doc,
+               const Items& items);
+  // Position of the first record that links to the item at place `item` of the list; -1 when there
+  // is none.
   LONG Position(std::size_t item) const { return first_[item]; }
   // What the record at `position` links to now; null for position -1 and for a link that is gone.
   const BaseList2D* Target(LONG position) const;
-  // The record at `position`, which linked to `before`, was written: takes note of what it links to now.
+  // The record at `position`, which linked to `before`, was written: takes note of what it links to
+  // now.
   void Written(LONG position, const BaseList2D* before);
 
  private:

@@ -13,7 +13,8 @@ namespace {
 
 Items ResolveAll(const BaseContainer& links, const BaseDocument* doc) {
   Items items;
-  for (LONG i = 0, id = 0; (id = links.GetIndexId(i)) != NOTOK; ++i) items.push_back(links.GetLink(id, doc));
+  for (LONG i = 0, id = 0; (id = links.GetIndexId(i)) != NOTOK; ++i)
+    items.push_back(links.GetLink(id, doc));
   return items;
 }
 
@@ -47,10 +48,11 @@ Bool SMDialog::SetLayersOnCheckedElements() {
   if (!store) return FALSE;
   listStore_ = doc->GetDataInstance()->GetContainer(kListStore);
   const Items selected = ResolveAll(GetSelectedLayers(), doc);
-  const Bool done = CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
-    BaseContainer* layers = element.GetContainerInstance(kLayers);
-    return layers && WriteLayers(*layers, selected, doc);
-  });
+  const Bool done =
+      CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
+        BaseContainer* layers = element.GetContainerInstance(kLayers);
+        return layers && WriteLayers(*layers, selected, doc);
+      });
   if (done) doc->SetChanged();
   return done;
 }

@@ -1,6 +1,7 @@
-// "Set Selected Objects" and "Set Selected Tags on Checked Elements": the selected items' current state written into
-// the checked elements. A known item's record is refreshed in place; a new item goes under the key equal to the
-// number of entries, whatever stands there, as everywhere where records are keyed by position.
+// "Set Selected Objects" and "Set Selected Tags on Checked Elements": the selected items' current
+// state written into the checked elements. A known item's record is refreshed in place; a new item
+// goes under the key equal to the number of entries, whatever stands there, as everywhere where
+// records are keyed by position.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/bulk/CheckedElements.h"
 #include "source/Stagemarks/bulk/RecordFinder.h"
@@ -13,14 +14,16 @@ namespace {
 
 Items ItemsOf(const AtomArray& selection) {
   Items items;
-  for (LONG i = 0; i < selection.GetCount(); ++i) items.push_back(static_cast<BaseList2D*>(selection.GetIndex(i)));
+  for (LONG i = 0; i < selection.GetCount(); ++i)
+    items.push_back(static_cast<BaseList2D*>(selection.GetIndex(i)));
   return items;
 }
 
-// For each item either its first record changed by refresh(record, i), or the one made by create(i, key) under `key`.
+// For each item either its first record changed by refresh(record, i), or the one made by create(i,
+// key) under `key`.
 template <class Refresh, class Create>
-void WriteItems(BaseContainer& records, LONG linkKey, const BaseDocument* doc, const Items& items, Refresh refresh,
-                Create create) {
+void WriteItems(BaseContainer& records, LONG linkKey, const BaseDocument* doc, const Items& items,
+                Refresh refresh, Create create) {
   RecordFinder finder(records, linkKey, doc, items);
   for (std::size_t i = 0; i < items.size(); ++i) {
     const LONG known = finder.Position(i);
@@ -63,15 +66,19 @@ Bool SMDialog::SetObjectsOnCheckedElements() {
   const AutoAlloc<AtomArray> selection;
   doc->GetActiveObjects(*selection, GETACTIVEOBJECTFLAGS_CHILDREN);
   const Items items = ItemsOf(*selection);
-  const auto object = [&](std::size_t i) -> const BaseObject& { return *static_cast<BaseObject*>(items[i]); };
-  const Bool done = CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
-    BaseContainer* objects = element.GetContainerInstance(kObjects);
-    if (!objects || items.empty()) return FALSE;
-    WriteItems(
-        *objects, kObjectLink, doc, items, [&](BaseContainer& record, std::size_t i) { WriteObjectSwitches(record, object(i)); },
-        [&](std::size_t i, LONG key) { return ObjectRecord(object(i), key); });
-    return TRUE;
-  });
+  const auto object = [&](std::size_t i) -> const BaseObject& {
+    return *static_cast<BaseObject*>(items[i]);
+  };
+  const Bool done =
+      CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
+        BaseContainer* objects = element.GetContainerInstance(kObjects);
+        if (!objects || items.empty()) return FALSE;
+        WriteItems(
+            *objects, kObjectLink, doc, items,
+            [&](BaseContainer& record, std::size_t i) { WriteObjectSwitches(record, object(i)); },
+            [&](std::size_t i, LONG key) { return ObjectRecord(object(i), key); });
+        return TRUE;
+      });
   if (done) doc->SetChanged();
   return done;
 }
@@ -92,14 +99,16 @@ Bool SMDialog::SetTagsOnCheckedElements() {
     captured.tags.push_back(item);
     captured.captures.push_back(CaptureTag(static_cast<BaseTag*>(item), row->capture));
   }
-  const Bool done = CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
-    BaseContainer* tags = element.GetContainerInstance(kTags);
-    if (!tags || selection->GetCount() == 0) return FALSE;
-    WriteItems(
-        *tags, kTagLink, doc, captured.tags, [&](BaseContainer& record, std::size_t i) { captured.Refresh(record, i); },
-        [&](std::size_t i, LONG key) { return captured.Create(i, key); });
-    return TRUE;
-  });
+  const Bool done =
+      CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
+        BaseContainer* tags = element.GetContainerInstance(kTags);
+        if (!tags || selection->GetCount() == 0) return FALSE;
+        WriteItems(
+            *tags, kTagLink, doc, captured.tags,
+            [&](BaseContainer& record, std::size_t i) { captured.Refresh(record, i); },
+            [&](std::size_t i, LONG key) { return captured.Create(i, key); });
+        return TRUE;
+      });
   if (done) doc->SetChanged();
   return done;
 }

@@ -1,5 +1,5 @@
-// "Update Checked Elements": appends the scene's new items to the checked elements. What an element holds already
-// stays as it is, and the options have no say.
+// "Update Checked Elements": appends the scene's new items to the checked elements. What an element
+// holds already stays as it is, and the options have no say.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/bulk/CheckedElements.h"
 #include "source/Stagemarks/bulk/FreeKeys.h"
@@ -15,7 +15,8 @@ Bool SMDialog::UpdateCheckedElements() {
   if (!store) return FALSE;
   listStore_ = doc->GetDataInstance()->GetContainer(kListStore);
   return CheckedElements(*store, checked, listStore_).ForEach([&](BaseContainer& element) {
-    return AppendNewObjects(*doc, element) && AppendNewTags(*doc, element) && AppendNewLayers(*doc, element);
+    return AppendNewObjects(*doc, element) && AppendNewTags(*doc, element) &&
+           AppendNewLayers(*doc, element);
   });
 }
 

@@ -19,6 +19,8 @@ void SMDialog::ShowHelp() const {
   if (GeFExist(manual)) GeExecuteFile(manual);
 }
 
-void SMDialog::ShowAbout() const { MessageDialog(String(text::kAbout) + RealToString(version_) + text::kCredit); }
+void SMDialog::ShowAbout() const {
+  MessageDialog(String(text::kAbout) + RealToString(version_) + text::kCredit);
+}
 
 }  // namespace stagemarks

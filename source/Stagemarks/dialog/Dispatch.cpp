@@ -65,7 +65,8 @@ void SMDialog::ShowSelected() {
   ShowPreview(selectedName_);
 }
 
-// The work containers start anew only here: the next recording carries nothing over from before the load.
+// The work containers start anew only here: the next recording carries nothing over from before the
+// load.
 void SMDialog::LoadSelected() {
   if (!selectedName_.Content()) return;
   ClearWorkContainers();

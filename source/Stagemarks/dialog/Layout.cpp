@@ -9,7 +9,8 @@ namespace stagemarks {
 
 namespace {
 
-// Layout flags as the host counts them: filling both ways, filling horizontally, and its other combinations.
+// Layout flags as the host counts them: filling both ways, filling horizontally, and its other
+// combinations.
 constexpr LONG kFill = 63;
 constexpr LONG kFillAcross = 57;
 constexpr LONG kFlags56 = 56;
@@ -39,7 +40,8 @@ struct Border {
 // A group while it is open.
 class Group {
  public:
-  Group(SMDialog& dialog, LONG id, LONG flags, LONG columns, LONG rows, Space space, Border border) : dialog_(dialog) {
+  Group(SMDialog& dialog, LONG id, LONG flags, LONG columns, LONG rows, Space space, Border border)
+      : dialog_(dialog) {
     dialog.GroupBegin(id, flags, columns, rows, "", 0);
     dialog.GroupSpace(space.x, space.y);
     dialog.GroupBorderSpace(border.left, border.top, border.right, border.bottom);
@@ -90,9 +92,9 @@ void SMDialog::BuildElementGroups() {
     AddListView(kList, kFill, SizeChr(kListWidth), SizeChr(kListHeight));
     BaseContainer settings;
     settings.SetBool(BITMAPBUTTON_BORDER, TRUE);
-    previewButton_ =
-        static_cast<BitmapButtonCustomGui*>(AddCustomGui(kPreviewButton, CUSTOMGUI_BITMAPBUTTON, "myBitmapButton", kFlags1,
-                                                         SizeChr(kPreviewWidth), SizeChr(kPreviewHeight), settings));
+    previewButton_ = static_cast<BitmapButtonCustomGui*>(
+        AddCustomGui(kPreviewButton, CUSTOMGUI_BITMAPBUTTON, "myBitmapButton", kFlags1,
+                     SizeChr(kPreviewWidth), SizeChr(kPreviewHeight), settings));
   }
   const Group buttons(*this, kGroupElementButtons, kFillAcross, 5, 0, {4, 4}, {0, 5, 0, 0});
   AddButton(kLoad, kFillAcross, 0, 0, "Load");
@@ -138,10 +140,11 @@ void SMDialog::BuildMenus() {
   MenuFinished();
 }
 
-// Options that have a value beside their mark in the menu are on at first; the tags of outside renderers have none.
+// Options that have a value beside their mark in the menu are on at first; the tags of outside
+// renderers have none.
 Bool SMDialog::InitValues() {
-  for (const Option option : {Option::RenderSettings, Option::Layers, Option::ActiveCamera, Option::Objects, Option::Materials,
-                              Option::CompositingTags}) {
+  for (const Option option : {Option::RenderSettings, Option::Layers, Option::ActiveCamera,
+                              Option::Objects, Option::Materials, Option::CompositingTags}) {
     SetBool(kOptions[IndexOf(option)].id, TRUE);
   }
   SetBool(kGeneratePreview, FALSE);

@@ -13,14 +13,16 @@ namespace {
 constexpr const CHAR* kCurrentMark = "*";
 constexpr const CHAR* kNoMark = "  ";
 
-String TwoDigits(LONG value) { return value < 10 ? String("0") + LongToString(value) : LongToString(value); }
+String TwoDigits(LONG value) {
+  return value < 10 ? String("0") + LongToString(value) : LongToString(value);
+}
 
 // "  MM/DD/YY hh:mm"; the year loses its first two characters and is never padded.
 String RecordingTime(const BaseContainer& date) {
   String year = LongToString(date.GetLong(kYear));
   year.Delete(0, 2);
-  return String("  ") + TwoDigits(date.GetLong(kMonth)) + "/" + TwoDigits(date.GetLong(kDay)) + "/" + year + " " +
-         TwoDigits(date.GetLong(kHour)) + ":" + TwoDigits(date.GetLong(kMinute));
+  return String("  ") + TwoDigits(date.GetLong(kMonth)) + "/" + TwoDigits(date.GetLong(kDay)) +
+         "/" + year + " " + TwoDigits(date.GetLong(kHour)) + ":" + TwoDigits(date.GetLong(kMinute));
 }
 
 struct Listed {
@@ -36,7 +38,8 @@ std::vector<Listed> SortedEntries(const BaseContainer& listStore) {
     const BaseContainer entry = listStore.GetContainer(listStore.GetIndexId(i));
     if (entry.GetCount() > 0) entries.push_back({entry.GetString(kName), entry});
   }
-  std::stable_sort(entries.begin(), entries.end(), [](const Listed& a, const Listed& b) { return a.name.Compare(b.name) < 0; });
+  std::stable_sort(entries.begin(), entries.end(),
+                   [](const Listed& a, const Listed& b) { return a.name.Compare(b.name) < 0; });
   return entries;
 }
 
@@ -71,8 +74,9 @@ void SMDialog::UpdateSMList() {
   list_.DataChanged();
 }
 
-// Once per document: scenes from before there was a list store get their entries from the records. A document
-// without elements stays as it is. An emptied record makes an entry without contents, so that the IDs stay the same.
+// Once per document: scenes from before there was a list store get their entries from the records.
+// A document without elements stays as it is. An emptied record makes an entry without contents, so
+// that the IDs stay the same.
 void SMDialog::BuildListEntries(BaseDocument& doc) {
   const BaseContainer records = doc.GetDataInstance()->GetContainer(kRecordStore);
   const LONG count = records.GetCount();
@@ -110,7 +114,8 @@ BaseContainer SMDialog::GetCheckedElements() const {
   for (LONG line = 0; line < count; ++line) {
     LONG id = 0;
     BaseContainer row;
-    if (list_.GetItemLine(line, &id, &row) && row.GetBool(kColumnChecked)) checked.SetString(line, row.GetString(kColumnName));
+    if (list_.GetItemLine(line, &id, &row) && row.GetBool(kColumnChecked))
+      checked.SetString(line, row.GetString(kColumnName));
   }
   return checked;
 }

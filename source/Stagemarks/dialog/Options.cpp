@@ -18,8 +18,8 @@ void SMDialog::UpdateSMPreferences() {
   }
 }
 
-// "Objects" never reaches the document's own choice: that one stays as the document's first recording froze it, and
-// the next rebuild of the options shows it again.
+// "Objects" never reaches the document's own choice: that one stays as the document's first
+// recording froze it, and the next rebuild of the options shows it again.
 Bool SMDialog::ToggleOption(const OptionRow& row) {
   LONG& flag = options_[IndexOf(row.option)];
   flag = flag == 1 ? 0 : 1;

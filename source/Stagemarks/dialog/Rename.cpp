@@ -26,7 +26,8 @@ void SMDialog::RenameSelected() {
 void SMDialog::RenameElement(BaseDocument& doc, LONG element, const String& name) {
   BaseContainer record = recordStore_.GetContainer(element);
   BaseContainer entry = listStore_.GetContainer(element);
-  if (BaseList2D* settings = record.GetContainer(kRender).GetLink(kRenderLink, &doc)) settings->SetName(name);
+  if (BaseList2D* settings = record.GetContainer(kRender).GetLink(kRenderLink, &doc))
+    settings->SetName(name);
   record.SetString(kName, name);
   entry.SetString(kName, name);
   recordStore_.SetContainer(element, record);

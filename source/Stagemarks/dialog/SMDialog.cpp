@@ -2,7 +2,8 @@
 
 namespace stagemarks {
 
-SMDialog::SMDialog() : recordStore_(kRecordStore), listStore_(kListStore), preferences_(kPreferences) {
+SMDialog::SMDialog()
+    : recordStore_(kRecordStore), listStore_(kListStore), preferences_(kPreferences) {
   options_.fill(1);
   preferences_.SetBool(kChoiceSaved, FALSE);
   WriteOptions(preferences_);
@@ -16,6 +17,8 @@ SMDialog::SMDialog() : recordStore_(kRecordStore), listStore_(kListStore), prefe
 
 SMDialog::~SMDialog() = default;
 
-LONG SMDialog::Message(const BaseContainer& msg, BaseContainer& result) { return GeDialog::Message(msg, result); }
+LONG SMDialog::Message(const BaseContainer& msg, BaseContainer& result) {
+  return GeDialog::Message(msg, result);
+}
 
 }  // namespace stagemarks

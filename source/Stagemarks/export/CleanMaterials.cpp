@@ -1,5 +1,5 @@
-// "Clean Material Editor": deletes every material that no recorded texture tag uses. What the scene itself uses does
-// not count: the command is there to throw away all that no recorded state needs.
+// "Clean Material Editor": deletes every material that no recorded texture tag uses. What the scene
+// itself uses does not count: the command is there to throw away all that no recorded state needs.
 #include <unordered_set>
 #include <vector>
 
@@ -12,15 +12,16 @@ namespace {
 
 using Materials = std::unordered_set<const BaseMaterial*>;
 
-// Adds the materials that one element's texture tag records name. Records are looked up under 0, 1, 2 ..., as many as
-// there are; one whose tag or material is gone adds nothing.
+// Adds the materials that one element's texture tag records name. Records are looked up under 0, 1,
+// 2 ..., as many as there are; one whose tag or material is gone adds nothing.
 void AddUsed(const BaseContainer& tags, const BaseDocument* doc, Materials& used) {
   const LONG count = tags.GetCount();
   for (LONG key = 0; key < count; ++key) {
     const BaseContainer record = tags.GetContainer(key);
     const BaseList2D* tag = record.GetLink(kTagLink, doc);
     if (!tag || tag->GetType() != Ttexture) continue;
-    if (const BaseMaterial* material = record.GetMaterialLink(kMaterialLink, doc)) used.insert(material);
+    if (const BaseMaterial* material = record.GetMaterialLink(kMaterialLink, doc))
+      used.insert(material);
   }
 }
 

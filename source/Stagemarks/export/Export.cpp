@@ -1,6 +1,6 @@
-// One standalone scene file per checked element, in four layouts. All of them work on one copy of the document, onto
-// which the elements are loaded in list order without a reset in between: what an element does not record, it
-// inherits from those before it.
+// One standalone scene file per checked element, in four layouts. All of them work on one copy of
+// the document, onto which the elements are loaded in list order without a reset in between: what
+// an element does not record, it inherits from those before it.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/export/ExportPlaces.h"
 #include "source/Stagemarks/export/TextureGathering.h"
@@ -20,8 +20,10 @@ std::vector<String> Names(const BaseContainer& checked) {
   return names;
 }
 
-// The file that a global illumination effect keeps its cache in: its own, or the scene's; empty without one.
-Filename CacheSource(const BaseContainer& effect, const BaseDocument& doc, const ExportPlaces& places) {
+// The file that a global illumination effect keeps its cache in: its own, or the scene's; empty
+// without one.
+Filename CacheSource(const BaseContainer& effect, const BaseDocument& doc,
+                     const ExportPlaces& places) {
   if (effect.GetLong(GI_USE_CACHE_FILE) != 1) return Filename();
   if (effect.GetLong(GI_OWN_CACHE_FILE) == 1) return effect.GetFilename(GI_CACHE_FILENAME);
   return places.SceneCacheFile(doc.GetDocumentPath());
@@ -35,8 +37,10 @@ void CopyCache(const Filename& source, const String& element, const ExportPlaces
 }
 
 void CopyCaches(const BaseDocument& doc, const String& element, const ExportPlaces& places) {
-  for (BaseVideoPost* post = doc.GetActiveRenderData()->GetFirstVideoPost(); post; post = post->GetNext()) {
-    if (post->GetType() == VPglobalillumination) CopyCache(CacheSource(post->GetData(), doc, places), element, places);
+  for (BaseVideoPost* post = doc.GetActiveRenderData()->GetFirstVideoPost(); post;
+       post = post->GetNext()) {
+    if (post->GetType() == VPglobalillumination)
+      CopyCache(CacheSource(post->GetData(), doc, places), element, places);
   }
 }
 
@@ -44,7 +48,8 @@ void CopyCaches(const BaseDocument& doc, const String& element, const ExportPlac
 
 struct SMDialog::FileLayout {
   Bool elementFolders;  // each element's files in a folder of their own
-  Bool textures;        // the scene's textures copied beside the scene files, paths cut down to names
+  // The scene's textures copied beside the scene files, paths cut down to names
+  Bool textures;
 };
 
 void SMDialog::GenerateFiles() {
@@ -52,15 +57,17 @@ void SMDialog::GenerateFiles() {
     LONG id;
     Bool (SMDialog::*generate)(const BaseContainer& checked, const Filename& folder);
   };
-  static constexpr Row kRows[] = {{kAsSaveFile, &SMDialog::GenerateSaveFile},
-                                  {kAsSaveFileFolders, &SMDialog::GenerateSaveFileFolders},
-                                  {kAsSaveProject, &SMDialog::GenerateSaveProject},
-                                  {kAsSaveProjectOneFolder, &SMDialog::GenerateSaveProjectOneFolder}};
+  static constexpr Row kRows[] = {
+      {kAsSaveFile, &SMDialog::GenerateSaveFile},
+      {kAsSaveFileFolders, &SMDialog::GenerateSaveFileFolders},
+      {kAsSaveProject, &SMDialog::GenerateSaveProject},
+      {kAsSaveProjectOneFolder, &SMDialog::GenerateSaveProjectOneFolder}};
   const BaseContainer checked = GetCheckedElements();
   if (checked == BaseContainer()) return MessageDialog(text::kCheckNeeded);
   MessageDialog(text::kFilesOverwritten);
   Filename folder;
-  if (!FileSelect(folder, FILESELECTTYPE_ANYTHING, FILESELECT_DIRECTORY, text::kChooseFolder)) return;
+  if (!FileSelect(folder, FILESELECTTYPE_ANYTHING, FILESELECT_DIRECTORY, text::kChooseFolder))
+    return;
   LONG chosen = 0;
   GetLong(kFileLayout, chosen);
   for (const Row& row : kRows) {
@@ -84,9 +91,10 @@ Bool SMDialog::GenerateSaveProjectOneFolder(const BaseContainer& checked, const 
   return Generate(checked, folder, {FALSE, TRUE});
 }
 
-// An element folder that cannot be made ends the work at once: the copy stays, inserted and active, for the user to
-// look at. A failed save does not.
-Bool SMDialog::Generate(const BaseContainer& checked, const Filename& folder, const FileLayout& layout) {
+// An element folder that cannot be made ends the work at once: the copy stays, inserted and active,
+// for the user to look at. A failed save does not.
+Bool SMDialog::Generate(const BaseContainer& checked, const Filename& folder,
+                        const FileLayout& layout) {
   BaseDocument* const original = GetActiveDocument();
   if (!original) return FALSE;
   const ExportPlaces places(*original, folder, layout.elementFolders);
@@ -106,8 +114,10 @@ Bool SMDialog::Generate(const BaseContainer& checked, const Filename& folder, co
   return TRUE;
 }
 
-// Before any element is loaded: every texture folder gets the textures of the scene as the user sees it.
-void SMDialog::GatherTextures(const BaseContainer& checked, const ExportPlaces& places, const FileLayout& layout) {
+// Before any element is loaded: every texture folder gets the textures of the scene as the user
+// sees it.
+void SMDialog::GatherTextures(const BaseContainer& checked, const ExportPlaces& places,
+                              const FileLayout& layout) {
   const TextureGathering textures(*GetActiveDocument());
   if (!layout.elementFolders) textures.CopyInto(places.TextureFolder(String()));
   for (const String& name : layout.elementFolders ? Names(checked) : std::vector<String>()) {

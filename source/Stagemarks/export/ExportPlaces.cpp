@@ -6,7 +6,9 @@ namespace stagemarks {
 
 namespace {
 
-Filename WithSuffix(const String& name, const CHAR* suffix) { return Filename(name + "." + suffix); }
+Filename WithSuffix(const String& name, const CHAR* suffix) {
+  return Filename(name + "." + suffix);
+}
 
 }  // namespace
 
@@ -25,9 +27,13 @@ Filename ExportPlaces::SceneFile(const String& element) const {
   return Folder(element) + WithSuffix(BaseName(element), kSceneSuffix);
 }
 
-Filename ExportPlaces::TextureFolder(const String& element) const { return Folder(element) + Filename(kTextureFolder); }
+Filename ExportPlaces::TextureFolder(const String& element) const {
+  return Folder(element) + Filename(kTextureFolder);
+}
 
-Filename ExportPlaces::CacheFolder(const String& element) const { return Folder(element) + Filename(kCacheFolderWritten); }
+Filename ExportPlaces::CacheFolder(const String& element) const {
+  return Folder(element) + Filename(kCacheFolderWritten);
+}
 
 Filename ExportPlaces::CacheFile(const String& element) const {
   return CacheFolder(element) + WithSuffix(BaseName(element), kCacheSuffix);

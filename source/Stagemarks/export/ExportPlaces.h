@@ -1,5 +1,6 @@
-// ExportPlaces: where the files of one export go. Every file of an element is named after the document and the
-// element, "<document> <element>"; neither name's own dots count as a suffix. A value. Main thread.
+// ExportPlaces: where the files of one export go. Every file of an element is named after the
+// document and the element, "<document> <element>"; neither name's own dots count as a suffix. A
+// value. Main thread.
 #pragma once
 
 #include "source/Stagemarks/Host.h"
@@ -8,7 +9,8 @@ namespace stagemarks {
 
 class ExportPlaces {
  public:
-  // The names come from `doc`; `elementFolders`: each element's files lie in a folder of their own below `target`.
+  // The names come from `doc`; `elementFolders`: each element's files lie in a folder of their own
+  // below `target`.
   ExportPlaces(const BaseDocument& doc, const Filename& target, Bool elementFolders);
 
   // Below these: the element's scene file, its cache folder and, in its layout, its textures.

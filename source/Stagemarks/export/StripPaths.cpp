@@ -1,5 +1,6 @@
-// Cuts texture references of the active document down to bare file names: the bitmap shaders of materials, objects
-// and expression nodes. Made for the copy that an export works on; not recorded for undo.
+// Cuts texture references of the active document down to bare file names: the bitmap shaders of
+// materials, objects and expression nodes. Made for the copy that an export works on; not recorded
+// for undo.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/recording/Walk.h"
 

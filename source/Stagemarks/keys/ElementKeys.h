@@ -5,8 +5,8 @@
 
 namespace stagemarks {
 
-// Element record: the parts in the order in which a recording writes them; the list entry holds name, date and
-// current flag. Element IDs count from 0; a record's own ID is its element ID.
+// Element record: the parts in the order in which a recording writes them; the list entry holds
+// name, date and current flag. Element IDs count from 0; a record's own ID is its element ID.
 inline constexpr LONG kName = 20000;
 inline constexpr LONG kDate = 20002;
 // In the list store itself: its entries were built from the records once.

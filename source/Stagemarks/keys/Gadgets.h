@@ -1,5 +1,5 @@
-// IDs of the dialog's gadgets, list columns and menu entries; the options' entries stand in Options.h. Window
-// layouts and the programs that press these gadgets know the numbers.
+// IDs of the dialog's gadgets, list columns and menu entries; the options' entries stand in
+// Options.h. Window layouts and the programs that press these gadgets know the numbers.
 #pragma once
 
 #include <array>

@@ -1,4 +1,5 @@
-// The nine flags of a layer and the keys of a layer record that hold them, in the host's order. Scenes hold these keys.
+// The nine flags of a layer and the keys of a layer record that hold them, in the host's order.
+// Scenes hold these keys.
 #pragma once
 
 #include <array>

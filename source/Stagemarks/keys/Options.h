@@ -1,5 +1,5 @@
-// The twelve options that choose what is recorded and recalled. Their order here is the order of the dialog's
-// flags, of the stored choices and of the menu.
+// The twelve options that choose what is recorded and recalled. Their order here is the order of
+// the dialog's flags, of the stored choices and of the menu.
 #pragma once
 
 #include <array>

@@ -1,5 +1,5 @@
-// Numbers that identify the plug-in to the host, and the names it registers. They are unique among all plug-ins
-// and two of them stand in scene files: never change them.
+// Numbers that identify the plug-in to the host, and the names it registers. They are unique among
+// all plug-ins and two of them stand in scene files: never change them.
 #pragma once
 
 #include "source/Stagemarks/Host.h"
@@ -15,7 +15,8 @@ inline constexpr LONG kHookInfo = 0x20000000;
 inline constexpr LONG kHookPriority = 1000;
 inline constexpr Real kVersion = 0.713;
 
-// Sub-containers of a document's data: one record per element, one list entry per element, the options.
+// Sub-containers of a document's data: one record per element, one list entry per element, the
+// options.
 inline constexpr LONG kRecordStore = kPluginId;
 inline constexpr LONG kListStore = 1023294;
 inline constexpr LONG kPreferences = 1026486;

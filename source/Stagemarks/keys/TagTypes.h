@@ -1,5 +1,6 @@
-// The tag types whose settings are recorded: which option asks for them and how they are captured. A tag has one
-// type, so recording, recall and bulk edits find their row here whatever order they name the types in.
+// The tag types whose settings are recorded: which option asks for them and how they are captured.
+// A tag has one type, so recording, recall and bulk edits find their row here whatever order they
+// name the types in.
 #pragma once
 
 #include <array>
@@ -8,7 +9,8 @@
 
 namespace stagemarks {
 
-// Texture: the material link only. Compositing: fifty parameters renumbered. Generic: the whole data container.
+// Texture: the material link only. Compositing: fifty parameters renumbered. Generic: the whole
+// data container.
 enum class Capture { Texture, Compositing, Generic };
 inline constexpr std::size_t kCaptures = 3;
 

@@ -13,7 +13,9 @@ Filename SMDialog::GetSMfilePath() const {
   return doc->GetDocumentPath() + Filename(name.GetString() + kSideFolderEnding);
 }
 
-Filename SMDialog::GetPreviewImage(const String& name) const { return PreviewFile(GetSMfilePath(), name); }
+Filename SMDialog::GetPreviewImage(const String& name) const {
+  return PreviewFile(GetSMfilePath(), name);
+}
 
 void SMDialog::ShowPreview(const String& name) {
   const Filename preview = GetPreviewImage(name);

@@ -1,4 +1,5 @@
-// The small picture of an element: the scene rendered as it stands, with the active render settings at preview size.
+// The small picture of an element: the scene rendered as it stands, with the active render settings
+// at preview size.
 #include <array>
 
 #include "source/Stagemarks/SMDialog.h"
@@ -17,8 +18,8 @@ constexpr LONG kPreviewOnly1 = 5300;
 constexpr LONG kPreviewOff1 = 5076;
 constexpr LONG kPreviewOff2 = 5202;
 
-// Puts render settings into the state for a preview; restored, at the latest when it goes, they hold exactly what they
-// held before.
+// Puts render settings into the state for a preview; restored, at the latest when it goes, they
+// hold exactly what they held before.
 class PreviewSettings {
  public:
   explicit PreviewSettings(BaseContainer& settings) : settings_(settings) {
@@ -49,8 +50,9 @@ class PreviewSettings {
   }
 
  private:
-  static constexpr std::array<LONG, 8> kKept{RDATA_XRES,      RDATA_YRES,    kPreviewOnly1, RDATA_FRAMESEQUENCE,
-                                             RDATA_FRAMEFROM, RDATA_FRAMETO, kPreviewOff2,  kPreviewOff1};
+  static constexpr std::array<LONG, 8> kKept{RDATA_XRES,          RDATA_YRES,      kPreviewOnly1,
+                                             RDATA_FRAMESEQUENCE, RDATA_FRAMEFROM, RDATA_FRAMETO,
+                                             kPreviewOff2,        kPreviewOff1};
   BaseContainer& settings_;
   std::array<GeData, kKept.size()> values_;
   std::array<Bool, kKept.size()> there_{};
@@ -60,7 +62,8 @@ class PreviewSettings {
 // Owns a document that is in no list.
 class DocumentCopy {
  public:
-  explicit DocumentCopy(BaseDocument& doc) : doc_(static_cast<BaseDocument*>(doc.GetClone(COPY_DOCUMENT, nullptr))) {}
+  explicit DocumentCopy(BaseDocument& doc)
+      : doc_(static_cast<BaseDocument*>(doc.GetClone(COPY_DOCUMENT, nullptr))) {}
   DocumentCopy(const DocumentCopy&) = delete;
   DocumentCopy& operator=(const DocumentCopy&) = delete;
   ~DocumentCopy() { Free(); }
@@ -75,9 +78,10 @@ class DocumentCopy {
 
 }  // namespace
 
-// A render that fails leaves the picture as far as it came, and a save that fails is not reported: the element is
-// recorded either way. Everything is given back in the order in which it could be missed: the copy takes the most memory,
-// the values are the artist's own, and only then the finished thread and the picture go.
+// A render that fails leaves the picture as far as it came, and a save that fails is not reported:
+// the element is recorded either way. Everything is given back in the order in which it could be
+// missed: the copy takes the most memory, the values are the artist's own, and only then the
+// finished thread and the picture go.
 Bool SMDialog::GenerateBitmapPreview(const Filename& folder) {
   BaseDocument* doc = GetActiveDocument();
   if (!doc) return FALSE;
@@ -86,7 +90,9 @@ Bool SMDialog::GenerateBitmapPreview(const Filename& folder) {
   const AutoAlloc<BaseBitmap> bitmap;
   DocumentCopy copy(*doc);
   if (!bitmap || !copy.Get()) return FALSE;
-  if (bitmap->Init(settings->GetLong(RDATA_XRES), settings->GetLong(RDATA_YRES), 24) != IMAGERESULT_OK) return FALSE;
+  if (bitmap->Init(settings->GetLong(RDATA_XRES), settings->GetLong(RDATA_YRES), 24) !=
+      IMAGERESULT_OK)
+    return FALSE;
   SMThread thread(copy.Get(), *settings, bitmap);
   thread.Start(0, 0);
   bitmap->Save(PreviewFile(folder, elementName_), FILTER_TIF);

@@ -17,7 +17,9 @@ std::size_t ItemIndex::Find(const BaseList2D* item) {
 std::size_t ItemIndex::SlotOf(const BaseList2D* item) const {
   constexpr std::uint64_t kGoldenRatio = 0x9E3779B97F4A7C15;
   const std::size_t mask = table_.size() - 1;
-  std::size_t slot = static_cast<std::size_t>((reinterpret_cast<std::uintptr_t>(item) * kGoldenRatio) >> 32) & mask;
+  std::size_t slot =
+      static_cast<std::size_t>((reinterpret_cast<std::uintptr_t>(item) * kGoldenRatio) >> 32) &
+      mask;
   while (table_[slot] != 0 && items_[table_[slot] - 1] != item) slot = (slot + 1) & mask;
   return slot;
 }

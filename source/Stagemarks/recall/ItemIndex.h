@@ -1,6 +1,7 @@
-// ItemIndex: from a scene item to its place in a list of items. Asked in the order of the list it answers without
-// searching, because records mostly stand in the order of the scene; a table for the other cases is made when the first
-// one comes. It does not own the list, which must outlive it unchanged. Main thread.
+// ItemIndex: from a scene item to its place in a list of items. Asked in the order of the list it
+// answers without searching, because records mostly stand in the order of the scene; a table for
+// the other cases is made when the first one comes. It does not own the list, which must outlive it
+// unchanged. Main thread.
 #pragma once
 
 #include <cstdint>

@@ -9,7 +9,7 @@ namespace {
 // The document's bit that the host watches for changed layers.
 constexpr LONG kLayersChangedBit = 32;
 
-// What the record does not hold, the colour above all, keeps its value.
+// What the record does not hold, the color above all, keeps its value.
 void ApplyLayer(BaseDocument& doc, BaseList2D& layer, const BaseContainer& record) {
   doc.AddUndo(UNDO_CHANGE, &layer);
   LayerData data = layer.GetLayerData(&doc, TRUE);

@@ -22,7 +22,8 @@ Bool SMDialog::LoadStagemark(const String& name) {
   return TRUE;
 }
 
-// Never switches to the recorded copy: the first settings take its content, keep their name and become active.
+// Never switches to the recorded copy: the first settings take its content, keep their name and
+// become active.
 Bool SMDialog::LoadRenderSettings(const BaseContainer& record) {
   BaseDocument* doc = GetActiveDocument();
   if (!doc) return FALSE;
@@ -42,7 +43,8 @@ Bool SMDialog::LoadCameraSettings(const BaseContainer& record) {
   const BaseDocument* doc = GetActiveDocument();
   if (!doc) return FALSE;
   const BaseContainer camera = record.GetContainer(kCamera);
-  if (camera != BaseContainer()) doc->GetRenderBaseDraw()->SetSceneCamera(camera.GetObjectLink(kCameraLink, doc), FALSE);
+  if (camera != BaseContainer())
+    doc->GetRenderBaseDraw()->SetSceneCamera(camera.GetObjectLink(kCameraLink, doc), FALSE);
   return TRUE;
 }
 

@@ -1,5 +1,5 @@
-// Which items of the scene an element's records hold. The link alone is an item's identity: names, types and the
-// records' keys play no part.
+// Which items of the scene an element's records hold. The link alone is an item's identity: names,
+// types and the records' keys play no part.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
 #include "source/Stagemarks/recall/ItemIndex.h"
@@ -23,13 +23,16 @@ Bool Holds(const BaseContainer* element, LONG part, LONG linkKey, const BaseList
   return FALSE;
 }
 
-// Links to those of `items`, each there once, that no record links to, under 0, 1, 2 ... in their order.
-BaseContainer WithoutRecord(const Items& items, const BaseContainer* records, LONG linkKey, const BaseDocument* doc) {
+// Links to those of `items`, each there once, that no record links to, under 0, 1, 2 ... in their
+// order.
+BaseContainer WithoutRecord(const Items& items, const BaseContainer* records, LONG linkKey,
+                            const BaseDocument* doc) {
   std::vector<Bool> known(items.size());
   ItemIndex index(items);
   const LONG count = records ? records->GetCount() : 0;
   for (LONG i = 0; i < count; ++i) {
-    const std::size_t item = index.Find(records->GetContainer(records->GetIndexId(i)).GetLink(linkKey, doc));
+    const std::size_t item =
+        index.Find(records->GetContainer(records->GetIndexId(i)).GetLink(linkKey, doc));
     if (item != ItemIndex::kNone) known[item] = TRUE;
   }
   BaseContainer links;
@@ -45,7 +48,9 @@ Bool SMDialog::SearchElementForObject(BaseContainer* element, BaseObject* op) co
   return Holds(element, kObjects, kObjectLink, op);
 }
 
-Bool SMDialog::SearchElementForTag(BaseContainer* element, BaseTag* tag) const { return Holds(element, kTags, kTagLink, tag); }
+Bool SMDialog::SearchElementForTag(BaseContainer* element, BaseTag* tag) const {
+  return Holds(element, kTags, kTagLink, tag);
+}
 
 Bool SMDialog::SearchElementForLayer(BaseContainer* element, LayerObject* layer) const {
   return Holds(element, kLayers, kLayerLink, layer);
@@ -54,7 +59,8 @@ Bool SMDialog::SearchElementForLayer(BaseContainer* element, LayerObject* layer)
 BaseContainer SMDialog::GetNewObjects(BaseContainer* element) const {
   const BaseDocument* doc = GetActiveDocument();
   Items objects;
-  for (BaseObject* op = doc ? doc->GetFirstObject() : nullptr; op; op = NextInOrder(op)) objects.push_back(op);
+  for (BaseObject* op = doc ? doc->GetFirstObject() : nullptr; op; op = NextInOrder(op))
+    objects.push_back(op);
   return WithoutRecord(objects, Part(element, kObjects), kObjectLink, doc);
 }
 
@@ -71,7 +77,8 @@ BaseContainer SMDialog::GetNewLayers(BaseContainer* element) const {
   const BaseDocument* doc = GetActiveDocument();
   GeListHead* root = doc ? doc->GetLayerObjectRoot() : nullptr;
   Items layers;
-  for (LayerObject* layer = root ? static_cast<LayerObject*>(root->GetFirst()) : nullptr; layer; layer = NextInOrder(layer)) {
+  for (LayerObject* layer = root ? static_cast<LayerObject*>(root->GetFirst()) : nullptr; layer;
+       layer = NextInOrder(layer)) {
     layers.push_back(layer);
   }
   return WithoutRecord(layers, Part(element, kLayers), kLayerLink, doc);

@@ -21,8 +21,8 @@ Bool IsFlat(const BaseContainer& data) {
   return TRUE;
 }
 
-// Applies records to compositing tags. Of many tags that are alike and get alike values the first one is written, the others
-// share what came out.
+// Applies records to compositing tags. Of many tags that are alike and get alike values the first
+// one is written, the others share what came out.
 class CompositingRecall {
  public:
   void Apply(BaseTag& tag, const BaseContainer& record) {
@@ -47,7 +47,8 @@ class CompositingRecall {
     result_ = data_ = tag.GetData();
     record_ = record;
     isChecked_ = FALSE;
-    for (const CompositingRow& row : kCompositing) result_.SetData(row.parameter, record.GetData(row.key));
+    for (const CompositingRow& row : kCompositing)
+      result_.SetData(row.parameter, record.GetData(row.key));
   }
 
   BaseContainer data_;    // of the tag written last, before and
@@ -57,7 +58,8 @@ class CompositingRecall {
   Bool isFlat_ = FALSE;
 };
 
-void ApplyTag(BaseDocument& doc, BaseTag& tag, const BaseContainer& record, Capture capture, CompositingRecall& compositing) {
+void ApplyTag(BaseDocument& doc, BaseTag& tag, const BaseContainer& record, Capture capture,
+              CompositingRecall& compositing) {
   doc.AddUndo(UNDO_CHANGE, &tag);
   switch (capture) {
     case Capture::Texture:
@@ -72,7 +74,8 @@ void ApplyTag(BaseDocument& doc, BaseTag& tag, const BaseContainer& record, Capt
   }
 }
 
-// Counts positions but fetches by key, as the recording wrote the keys; what lies under other keys is not applied.
+// Counts positions but fetches by key, as the recording wrote the keys; what lies under other keys
+// is not applied.
 void ApplyObjects(BaseDocument& doc, const BaseContainer& objects) {
   const LONG count = objects.GetCount();
   for (LONG i = 0; i < count; ++i) {
@@ -99,7 +102,8 @@ Bool SMDialog::LoadObjectAndTagSettings(const BaseContainer& record) {
     const BaseContainer one = tags.GetContainer(i);
     BaseList2D* target = one.GetLink(kTagLink, doc);
     const TagTypeRow* type = target ? FindTagType(target->GetType()) : nullptr;
-    if (type && IsOn(type->option)) ApplyTag(*doc, *static_cast<BaseTag*>(target), one, type->capture, compositing);
+    if (type && IsOn(type->option))
+      ApplyTag(*doc, *static_cast<BaseTag*>(target), one, type->capture, compositing);
   }
   return TRUE;
 }

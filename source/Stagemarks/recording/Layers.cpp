@@ -16,7 +16,8 @@ Bool SMDialog::RecordLayerSettings() {
 void SMDialog::LoopThroughLayers(BaseDocument* doc, GeListNode* layer) {
   const GeListNode* above = layer ? layer->GetUp() : nullptr;
   for (; layer; layer = NextInOrder(layer, above)) {
-    layersBc_.SetContainer(layerCount_, LayerRecord(*static_cast<LayerObject*>(layer), doc, layerCount_));
+    layersBc_.SetContainer(layerCount_,
+                           LayerRecord(*static_cast<LayerObject*>(layer), doc, layerCount_));
     ++layerCount_;
   }
 }

@@ -22,8 +22,9 @@ BaseContainer FirstRecords(const BaseContainer& records, LONG count) {
   return first;
 }
 
-// An empty work container borrows the records of an element while it is filled: those that come out alike are then
-// shared with that element and take no memory. What is left of the borrowed ones at the end goes again.
+// An empty work container borrows the records of an element while it is filled: those that come out
+// alike are then shared with that element and take no memory. What is left of the borrowed ones at
+// the end goes again.
 class BorrowedRecords {
  public:
   BorrowedRecords(BaseContainer& work, const BaseContainer& records) : work_(work) {
@@ -42,7 +43,8 @@ class BorrowedRecords {
 
 }  // namespace
 
-// Starts the indices anew but empties nothing: entries of an earlier, larger recording stay behind the new ones.
+// Starts the indices anew but empties nothing: entries of an earlier, larger recording stay behind
+// the new ones.
 Bool SMDialog::RecordObjectAndTagSettings() {
   BaseDocument* doc = GetActiveDocument();
   if (!doc) return FALSE;

@@ -42,7 +42,8 @@ void SMDialog::FreezeOptions(BaseDocument& doc) {
   preferencesSaved_ = 1;
 }
 
-// A category whose option is off is not touched: its work container goes on holding what was recorded or left there.
+// A category whose option is off is not touched: its work container goes on holding what was
+// recorded or left there.
 void SMDialog::RecordCategories() {
   if (IsOn(Option::RenderSettings)) {
     StatusSetText(text::kSavingRender);
@@ -98,7 +99,8 @@ Bool SMDialog::RecordPreview(const BaseDocument& doc) {
 }
 
 void SMDialog::ClearWorkContainers() {
-  for (BaseContainer* work : {&recordBc_, &listEntryBc_, &dateBc_, &renderBc_, &layersBc_, &objectsBc_, &cameraBc_, &tagsBc_}) {
+  for (BaseContainer* work : {&recordBc_, &listEntryBc_, &dateBc_, &renderBc_, &layersBc_,
+                              &objectsBc_, &cameraBc_, &tagsBc_}) {
     work->FlushAll();
   }
   frameFrom_ = frameTo_ = 0;

@@ -7,7 +7,9 @@ namespace stagemarks {
 
 namespace {
 
-void WriteTexture(BaseContainer& settings, const TextureTag& tag) { settings.SetLink(kMaterialLink, tag.GetMaterial(FALSE)); }
+void WriteTexture(BaseContainer& settings, const TextureTag& tag) {
+  settings.SetLink(kMaterialLink, tag.GetMaterial(FALSE));
+}
 
 BaseContainer Captured(const BaseTag& tag, Capture capture) {
   BaseContainer settings;
@@ -17,7 +19,8 @@ BaseContainer Captured(const BaseTag& tag, Capture capture) {
 
 }  // namespace
 
-// One value serves all reads through the parameter interface: a parameter that the tag lacks repeats the one before.
+// One value serves all reads through the parameter interface: a parameter that the tag lacks
+// repeats the one before.
 Bool WriteCompositing(BaseContainer& settings, const BaseTag& tag) {
   const BaseContainer& data = *tag.GetDataInstance();
   GeData parameter;
@@ -57,9 +60,17 @@ void WriteTagSettings(BaseContainer& settings, const BaseTag& tag, Capture captu
   }
 }
 
-BaseContainer SMDialog::CaptureTag(BaseTag* tag, Capture capture) const { return Captured(*tag, capture); }
-BaseContainer SMDialog::GetTtextureSettings(BaseTag* tag) const { return Captured(*tag, Capture::Texture); }
-BaseContainer SMDialog::GetTgenericSettings(BaseTag* tag) const { return Captured(*tag, Capture::Generic); }
-BaseContainer SMDialog::GetTcompositingSettings(BaseTag* tag) const { return Captured(*tag, Capture::Compositing); }
+BaseContainer SMDialog::CaptureTag(BaseTag* tag, Capture capture) const {
+  return Captured(*tag, capture);
+}
+BaseContainer SMDialog::GetTtextureSettings(BaseTag* tag) const {
+  return Captured(*tag, Capture::Texture);
+}
+BaseContainer SMDialog::GetTgenericSettings(BaseTag* tag) const {
+  return Captured(*tag, Capture::Generic);
+}
+BaseContainer SMDialog::GetTcompositingSettings(BaseTag* tag) const {
+  return Captured(*tag, Capture::Compositing);
+}
 
 }  // namespace stagemarks

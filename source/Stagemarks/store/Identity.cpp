@@ -7,12 +7,15 @@ namespace stagemarks {
 
 namespace {
 
-Bool HasName(const BaseContainer& entry, const String& name) { return entry.GetString(kName).Compare(name) == 0; }
+Bool HasName(const BaseContainer& entry, const String& name) {
+  return entry.GetString(kName).Compare(name) == 0;
+}
 
 }  // namespace
 
 LONG ElementPositions(const BaseContainer& listStore) {
-  const Bool hasNote = listStore.FindIndex(kListBuilt) != NOTOK && listStore.GetType(kListBuilt) != DA_CONTAINER;
+  const Bool hasNote =
+      listStore.FindIndex(kListBuilt) != NOTOK && listStore.GetType(kListBuilt) != DA_CONTAINER;
   return listStore.GetCount() - (hasNote ? 1 : 0);
 }
 
@@ -22,8 +25,9 @@ LONG SMDialog::GetFirstAvailableID() const {
   return id;
 }
 
-// Counts positions but fetches by ID: an element whose ID is not below the number of elements is not found. Scenes
-// in which that happened hold two elements of one name, and only this rule brings back the one that was meant.
+// Counts positions but fetches by ID: an element whose ID is not below the number of elements is
+// not found. Scenes in which that happened hold two elements of one name, and only this rule brings
+// back the one that was meant.
 LONG SMDialog::GetStagemarkID(const String& name) const {
   const LONG count = ElementPositions(listStore_);
   for (LONG id = 0; id < count; ++id) {

@@ -1,4 +1,5 @@
-// How many IDs a search by name examines. It reads the store that it is given and keeps nothing. Any thread.
+// How many IDs a search by name examines. It reads the store that it is given and keeps nothing.
+// Any thread.
 #pragma once
 
 #include "source/Stagemarks/Host.h"

@@ -27,7 +27,8 @@ void SMDialog::MarkCurrent(BaseDocument& doc, LONG element) {
     const BaseContainer entry = entries->GetContainer(id);
     const Bool isCurrent = id == element;
     const Bool isRight = entry.FindIndex(kCurrent) != NOTOK && entry.GetBool(kCurrent) == isCurrent;
-    if (entry.GetCount() > 0 && !isRight) entries->GetContainerInstance(id)->SetBool(kCurrent, isCurrent);
+    if (entry.GetCount() > 0 && !isRight)
+      entries->GetContainerInstance(id)->SetBool(kCurrent, isCurrent);
   }
 }
 
