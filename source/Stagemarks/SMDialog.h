@@ -16,7 +16,7 @@
 #include "source/Stagemarks/keys/Options.h"
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "source/Stagemarks/keys/TagTypes.h"
-#include "source/Stagemarks/recording/RecordedCompositing.h"
+#include "source/Stagemarks/recording/Records.h"
 
 namespace stagemarks {
 

@@ -1,6 +1,6 @@
 // What loading an element does to the scene, and what one Undo takes back.
 #include "engine/scene/SceneDump.h"
-#include "source/Stagemarks/keys/CompositingKeys.h"
+#include "source/Stagemarks/keys/TagTypes.h"
 #include "tests/source/StageTest.h"
 
 namespace stagemarks {

@@ -3,7 +3,6 @@
 
 #include "engine/core/ContainerAccess.h"
 #include "host/Parameters.h"
-#include "source/Stagemarks/keys/CompositingKeys.h"
 #include "source/Stagemarks/keys/TagTypes.h"
 
 namespace stagemarks {

@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "engine/core/ContainerAccess.h"
-#include "source/Stagemarks/keys/CompositingKeys.h"
+#include "source/Stagemarks/keys/TagTypes.h"
 #include "tests/source/StageTest.h"
 
 namespace {

@@ -4,11 +4,9 @@
 
 #include "engine/scene/Nodes.h"
 #include "host/LayerObject.h"
-#include "source/Stagemarks/keys/CompositingKeys.h"
-#include "source/Stagemarks/keys/ElementKeys.h"
-#include "source/Stagemarks/keys/LayerFlags.h"
-#include "source/Stagemarks/keys/PluginIds.h"
 #include "source/Stagemarks/keys/TagTypes.h"
+#include "source/Stagemarks/keys/ElementKeys.h"
+#include "source/Stagemarks/keys/PluginIds.h"
 
 namespace tests::plain {
 

@@ -1,7 +1,7 @@
 // "Delete Checked Elements" and "Delete All Elements": the same as deleting one name after the
 // other, with the list rebuilt and the host told once for all of them.
 #include "source/Stagemarks/SMDialog.h"
-#include "source/Stagemarks/bulk/ElementNames.h"
+#include "source/Stagemarks/bulk/CheckedElements.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
 #include "source/Stagemarks/keys/Messages.h"
 

@@ -1,15 +1,43 @@
-// RecordFinder: where a number of scene items stand among many records, found in one pass over the
-// records and kept right while records are written. It owns neither. Main thread.
+// Which items of a scene some records link to, found in one pass over the records: ItemIndex knows the
+// items' places in a list, RecordFinder the records' positions, kept right while records are
+// written. The link alone is an item's identity. They own neither items nor records, which must
+// outlive them. Main thread.
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <unordered_map>
 #include <vector>
 
-#include "source/Stagemarks/recall/ItemIndex.h"
+#include "source/Stagemarks/Host.h"
 
 namespace stagemarks {
 
+using Items = std::vector<BaseList2D*>;
+
+// From a scene item to its place in a list of items. Asked in the order of the list it answers
+// without searching, because records mostly stand in the order of the scene; a table for the other
+// cases is made when the first one comes.
+class ItemIndex {
+ public:
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  // Each item once.
+  explicit ItemIndex(const Items& items) : items_(items) {}
+  // The item's place, counted from 0; kNone for null and for an item that is not in the list.
+  std::size_t Find(const BaseList2D* item);
+
+ private:
+  // Where in the table the item's place is noted, or would be.
+  std::size_t SlotOf(const BaseList2D* item) const;
+  void MakeTable();
+
+  const Items& items_;
+  std::size_t next_ = 0;              // behind the item found last
+  std::vector<std::uint32_t> table_;  // places + 1 by address, open addressing, at most half full
+};
+
+// Where a number of scene items stand among many records.
 class RecordFinder {
  public:
   // Each item once; null ones are found nowhere.

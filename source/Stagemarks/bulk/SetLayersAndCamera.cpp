@@ -1,7 +1,6 @@
 // "Set Selected Layers" and "Set Render Camera on Checked Elements".
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/bulk/CheckedElements.h"
-#include "source/Stagemarks/bulk/FreeKeys.h"
 #include "source/Stagemarks/bulk/RecordFinder.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
 #include "source/Stagemarks/keys/Messages.h"

@@ -2,7 +2,6 @@
 // holds already stays as it is, and the options have no say.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/bulk/CheckedElements.h"
-#include "source/Stagemarks/bulk/FreeKeys.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
 #include "source/Stagemarks/recording/Records.h"
 

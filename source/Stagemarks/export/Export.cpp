@@ -2,8 +2,7 @@
 // the document, onto which the elements are loaded in list order without a reset in between: what
 // an element does not record, it inherits from those before it.
 #include "source/Stagemarks/SMDialog.h"
-#include "source/Stagemarks/export/ExportPlaces.h"
-#include "source/Stagemarks/export/TextureGathering.h"
+#include "source/Stagemarks/export/ExportFiles.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "source/Stagemarks/keys/Messages.h"
 

@@ -1,6 +1,8 @@
 // Keys inside an element's record and its list entry. They stand in scene files: never renumber.
 #pragma once
 
+#include <array>
+
 #include "source/Stagemarks/Host.h"
 
 namespace stagemarks {
@@ -39,7 +41,25 @@ inline constexpr LONG kMaterialLink = 50000;
 
 inline constexpr LONG kCameraLink = 70000;
 
-// Layer record; its flags stand in LayerFlags.h.
+// Layer record.
 inline constexpr LONG kLayerLink = 80000;
+
+// A layer's nine flags and their keys, in the host's order.
+struct LayerFlagRow {
+  LONG key;
+  Bool LayerData::*flag;
+};
+
+inline constexpr std::array<LayerFlagRow, 9> kLayerFlags{{
+    {80001, &LayerData::solo},
+    {80002, &LayerData::view},
+    {80003, &LayerData::render},
+    {80004, &LayerData::manager},
+    {80005, &LayerData::locked},
+    {80006, &LayerData::generators},
+    {80007, &LayerData::deformers},
+    {80008, &LayerData::expressions},
+    {80009, &LayerData::animation},
+}};
 
 }  // namespace stagemarks

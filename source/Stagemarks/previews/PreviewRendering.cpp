@@ -4,7 +4,7 @@
 
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/SMThread.h"
-#include "source/Stagemarks/previews/PreviewFile.h"
+#include "source/Stagemarks/previews/PreviewFiles.h"
 
 namespace stagemarks {
 

@@ -1,6 +1,6 @@
 #include "source/Stagemarks/SMDialog.h"
-#include "source/Stagemarks/keys/CompositingKeys.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
+#include "source/Stagemarks/keys/TagTypes.h"
 
 namespace stagemarks {
 

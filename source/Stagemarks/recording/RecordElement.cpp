@@ -63,6 +63,18 @@ void SMDialog::RecordCategories() {
   RecordDateTime();
 }
 
+Bool SMDialog::RecordDateTime() {
+  LocalFileTime now;
+  GeGetCurrentTime(now);
+  dateBc_.SetLong(kYear, now.year);
+  dateBc_.SetLong(kMonth, now.month);
+  dateBc_.SetLong(kDay, now.day);
+  dateBc_.SetLong(kHour, now.hour);
+  dateBc_.SetLong(kMinute, now.minute);
+  dateBc_.SetLong(kSecond, now.second);
+  return TRUE;
+}
+
 void SMDialog::AssembleElement() {
   recordBc_.FlushAll();
   recordBc_.SetId(elementId_);

@@ -1,4 +1,4 @@
-#include "source/Stagemarks/bulk/ElementNames.h"
+#include "source/Stagemarks/bulk/CheckedElements.h"
 
 #include "source/Stagemarks/keys/ElementKeys.h"
 #include "source/Stagemarks/store/Identity.h"

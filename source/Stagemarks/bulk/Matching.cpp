@@ -1,8 +1,8 @@
 // Which items of the scene an element's records hold. The link alone is an item's identity: names,
 // types and the records' keys play no part.
 #include "source/Stagemarks/SMDialog.h"
+#include "source/Stagemarks/bulk/RecordFinder.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
-#include "source/Stagemarks/recall/ItemIndex.h"
 #include "source/Stagemarks/recording/Walk.h"
 
 namespace stagemarks {
