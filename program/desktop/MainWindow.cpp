@@ -46,7 +46,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
       thumbnails_(std::make_shared<MaterialThumbnails>(engine::RenderCaches::Shared())),
       tabs_(new DocumentTabs(application, commands_, this)),
       view_(new Viewport(this)),
-      objects_(new ObjectPanel(this)) {
+      objects_(new ObjectsPanel(this)) {
   setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
   setAcceptDrops(true);
   resize(FittingSize(*this, kFirstSize));

@@ -15,7 +15,7 @@
 #include "program/desktop/menus/CameraActs.h"
 #include "program/desktop/menus/EditMenu.h"
 #include "program/desktop/panels/MaterialThumbnails.h"
-#include "program/desktop/panels/ObjectPanel.h"
+#include "program/desktop/panels/ObjectsPanel.h"
 #include "program/desktop/panels/SidePanels.h"
 #include "program/desktop/recovery/Autosave.h"
 #include "program/desktop/view/Viewport.h"
@@ -85,7 +85,7 @@ class MainWindow : public QMainWindow {
   std::shared_ptr<MaterialThumbnails> thumbnails_;
   DocumentTabs* tabs_;
   Viewport* view_;
-  ObjectPanel* objects_;
+  ObjectsPanel* objects_;
   EditMenu* editMenu_ = nullptr;
   CameraActs* cameraActs_ = nullptr;
   // The document whose file was looked at since a person came back to it

@@ -175,7 +175,7 @@ TEST(Attributes, OneEditSetsAllAndLeavesTheRest) {
 
 TEST(Attributes, ComeBackToWhatIsSelectedWhenItIsClickedAgain) {
   WithThings desk;
-  auto& tree = desk.Desk::Panel<desktop::ObjectPanel>("objects").Tree();
+  auto& tree = desk.Desk::Panel<desktop::ObjectsPanel>("objects").Tree();
   Select({desk.first});
   host::LayerObject* layer = host::LayerObject::Alloc();
   layer->SetName("Garden");
@@ -184,7 +184,7 @@ TEST(Attributes, ComeBackToWhatIsSelectedWhenItIsClickedAgain) {
   Desk::Rest();
   EXPECT_EQ(EditOf(desk.Panel(), "Name").text(), "Garden");
   QTest::mouseClick(tree.viewport(), Qt::LeftButton, {},
-                    tree.visualRect(tree.Rows().IndexOf(engine::IdOf(*desk.first))).center());
+                    tree.visualRect(tree.Model().IndexOf(engine::IdOf(*desk.first))).center());
   Desk::Rest();
   EXPECT_EQ(EditOf(desk.Panel(), "Name").text(), "First");
 }

@@ -9,8 +9,8 @@
 #include <QtTest/QTest>
 
 #include "engine/undo/Undo.h"
-#include "program/desktop/Dragging.h"
 #include "program/desktop/SceneCommands.h"
+#include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/LayerSwitches.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "tests/desktop/Desk.h"
@@ -21,7 +21,7 @@ namespace {
 
 using desk::Desk;
 using desktop::kLayerSwitches;
-using desktop::LayerRows;
+using desktop::LayerModel;
 using host::LayerObject;
 
 struct WithLayers : Desk {
@@ -38,9 +38,9 @@ struct WithLayers : Desk {
   }
   host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
   desktop::LayerTree& Tree() { return Panel<desktop::LayersPanel>("layers").Tree(); }
-  LayerRows& Rows() { return Tree().Rows(); }
+  LayerModel& Model() { return Tree().Model(); }
   QModelIndex IndexOf(const char* layer, int column = 0) {
-    return Rows().IndexOf(engine::IdOf(*scene.GetLayer(layer)), column);
+    return Model().IndexOf(engine::IdOf(*scene.GetLayer(layer)), column);
   }
   void Click(const char* layer, int column, Qt::KeyboardModifiers keys = {}) {
     QTest::mouseClick(Tree().viewport(), Qt::LeftButton, keys,
@@ -63,7 +63,7 @@ TEST(Layers, EachSwitchFlipsItsOwnFlagAndUndoBringsItBack) {
   for (std::size_t i = 0; i < kLayerSwitches.size(); ++i) {
     const bool before = desk.IsOn("Garden", i);
     const host::LayerData all = desk.scene.GetLayer("Garden")->GetLayerData(&desk.Doc());
-    desk.Click("Garden", LayerRows::kFirstSwitch + static_cast<int>(i));
+    desk.Click("Garden", LayerModel::kFirstSwitch + static_cast<int>(i));
     EXPECT_EQ(desk.IsOn("Garden", i), !before) << kLayerSwitches[i].name;
     host::LayerData put = desk.scene.GetLayer("Garden")->GetLayerData(&desk.Doc());
     put.*(kLayerSwitches[i].flag) = before;
@@ -75,16 +75,16 @@ TEST(Layers, EachSwitchFlipsItsOwnFlagAndUndoBringsItBack) {
 
 TEST(Layers, ASwitchOfAChosenLayerIsThatOfAllChosenInOneStep) {
   WithLayers desk;
-  desk.Click("House", LayerRows::kName);
-  desk.Click("Garden", LayerRows::kName, Qt::ControlModifier);
+  desk.Click("House", LayerModel::kName);
+  desk.Click("Garden", LayerModel::kName, Qt::ControlModifier);
   EXPECT_TRUE(desk.scene.GetLayer("House")->GetBit(host::BIT_ACTIVE));
   EXPECT_FALSE(desk.scene.GetLayer("House/Lamps")->GetBit(host::BIT_ACTIVE));
-  desk.Click("Garden", LayerRows::kFirstSwitch);
+  desk.Click("Garden", LayerModel::kFirstSwitch);
   EXPECT_TRUE(desk.IsOn("House", 0) && desk.IsOn("Garden", 0) && !desk.IsOn("House/Lamps", 0));
   EXPECT_EQ(desk.Tree().selectionModel()->selectedRows().size(), 2);
   desk.App().Undo();
   EXPECT_FALSE(desk.IsOn("House", 0) || desk.IsOn("Garden", 0));
-  desk.Click("House/Lamps", LayerRows::kFirstSwitch);
+  desk.Click("House/Lamps", LayerModel::kFirstSwitch);
   EXPECT_TRUE(desk.IsOn("House/Lamps", 0) && !desk.IsOn("House", 0))
       << "one that is not chosen is meant alone";
 }
@@ -102,18 +102,18 @@ TEST(Layers, AreMadeNamedColoredAndDeleted) {
     dynamic_cast<QColorDialog&>(box).setCurrentColor(QColor(255, 0, 51));
     box.accept();
   });
-  desk.Click("Sky", LayerRows::kColor);
-  EXPECT_EQ(desk.IndexOf("Sky", LayerRows::kColor).data(Qt::BackgroundRole).value<QColor>().rgb(),
+  desk.Click("Sky", LayerModel::kColor);
+  EXPECT_EQ(desk.IndexOf("Sky", LayerModel::kColor).data(Qt::BackgroundRole).value<QColor>().rgb(),
             QColor(255, 0, 51).rgb());
-  desk.Click("House", LayerRows::kName);
-  desk.Click("House/Lamps", LayerRows::kName, Qt::ControlModifier);
+  desk.Click("House", LayerModel::kName);
+  desk.Click("House/Lamps", LayerModel::kName, Qt::ControlModifier);
   EXPECT_TRUE(desk.Action("Delete Layer").isEnabled());
   desk.Window().activateWindow();
   desk.Tree().setFocus();
   Desk::Rest();
   QTest::keyClick(&desk.Tree(), Qt::Key_Delete);
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 2);
+  EXPECT_EQ(desk.Model().rowCount(), 2);
   EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()), nullptr);
   desk.App().Undo();
   Desk::Rest();
@@ -121,12 +121,12 @@ TEST(Layers, AreMadeNamedColoredAndDeleted) {
             desk.scene.GetLayer("House/Lamps"));
   for (int i = 0; i < 3; ++i) desk.App().Undo();
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 2) << "the new one went with its step";
+  EXPECT_EQ(desk.Model().rowCount(), 2) << "the new one went with its step";
 }
 
 TEST(Layers, TakeSelectedAndDroppedObjectsAndGiveThemBack) {
   WithLayers desk;
-  desk.Click("Garden", LayerRows::kName);
+  desk.Click("Garden", LayerModel::kName);
   desk.scene.Select("Lamp").Select("Tree");
   desk.Action("Assign to Selection").trigger();
   EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()),
@@ -137,14 +137,14 @@ TEST(Layers, TakeSelectedAndDroppedObjectsAndGiveThemBack) {
   const std::unique_ptr<QMimeData> dragged(desktop::DraggedNodes(
       desktop::kObjectsMime, {engine::IdOf(*desk.scene.GetObject("Tree")), 999999}));
   ASSERT_TRUE(
-      desk.Rows().canDropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
-  desk.Rows().dropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House"));
+      desk.Model().canDropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
+  desk.Model().dropMimeData(dragged.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House"));
   EXPECT_EQ(desk.scene.GetObject("Tree")->GetLayerObject(&desk.Doc()),
             desk.scene.GetLayer("House"));
   const std::unique_ptr<QMimeData> other(new QMimeData);
   other->setText("1 2");
   EXPECT_FALSE(
-      desk.Rows().canDropMimeData(other.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
+      desk.Model().canDropMimeData(other.get(), Qt::CopyAction, -1, -1, desk.IndexOf("House")));
   desk.App().Undo();
   desk.App().Undo();
   EXPECT_EQ(desk.scene.GetObject("Lamp")->GetLayerObject(&desk.Doc()),
@@ -153,23 +153,23 @@ TEST(Layers, TakeSelectedAndDroppedObjectsAndGiveThemBack) {
 
 TEST(Layers, AreMovedToWhereTheyAreDropped) {
   WithLayers desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   const auto drop = [&](const QModelIndexList& dragged, const char* on, bool before = false) {
-    return drops::Drop(desk.Tree(), desk.Rows().mimeData(dragged), desk.IndexOf(on), before);
+    return drops::Drop(desk.Tree(), desk.Model().mimeData(dragged), desk.IndexOf(on), before);
   };
   const auto shown = [&] {
     std::string text;
-    for (QModelIndex row = desk.Rows().index(0, 0); row.isValid();
+    for (QModelIndex row = desk.Model().index(0, 0); row.isValid();
          row = desk.Tree().indexBelow(row)) {
       text += (row.parent().isValid() ? ">" : "") + row.data().toString().toStdString() + " ";
     }
     return text;
   };
-  desk.Click("Garden", LayerRows::kName);
+  desk.Click("Garden", LayerModel::kName);
   EXPECT_FALSE(drop({desk.IndexOf("House")}, "House/Lamps")) << "below itself";
   EXPECT_TRUE(
-      drop({desk.IndexOf("Garden"), desk.IndexOf("Garden", LayerRows::kColor)}, "House", true));
+      drop({desk.IndexOf("Garden"), desk.IndexOf("Garden", LayerModel::kColor)}, "House", true));
   EXPECT_EQ(shown(), "Garden House >Lamps ");
   EXPECT_TRUE(drop({desk.IndexOf("House/Lamps"), desk.IndexOf("House")}, "Garden"));
   EXPECT_EQ(desk.scene.GetLayer("Garden")->GetDown()->GetDown()->GetName().ToUtf8(), "Lamps")
@@ -204,8 +204,8 @@ void ChooseFromMenu(WithLayers& desk, const QString& text) {
 
 TEST(Layers, MenuReachesWhatTheKeyboardCannotClick) {
   WithLayers desk;
-  desk.Click("House", LayerRows::kName);
-  desk.Click("Garden", LayerRows::kName, Qt::ControlModifier);
+  desk.Click("House", LayerModel::kName);
+  desk.Click("Garden", LayerModel::kName, Qt::ControlModifier);
   for (std::size_t i = 0; i < kLayerSwitches.size(); ++i) {
     const bool before = desk.IsOn("House", i);
     ChooseFromMenu(desk, kLayerSwitches[i].name);
@@ -219,11 +219,11 @@ TEST(Layers, MenuReachesWhatTheKeyboardCannotClick) {
 
 TEST(Layers, ModelKeepsItsPromisesWithHundreds) {
   WithLayers desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   for (int i = 0; i < 700; ++i) desk.scene.Layer("Many/" + std::to_string(i));
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(desk.IndexOf("Many")), 700);
+  EXPECT_EQ(desk.Model().rowCount(desk.IndexOf("Many")), 700);
   desk.Tree().setFocus();
   QTest::keyClick(&desk.Tree(), Qt::Key_A, Qt::ControlModifier);
   EXPECT_TRUE(desk.scene.GetLayer("Many/699")->GetBit(host::BIT_ACTIVE));
@@ -233,19 +233,19 @@ TEST(Layers, ModelKeepsItsPromisesWithHundreds) {
   EXPECT_FALSE(gone.data().isValid());
   desk.Entry("File", "New").trigger();
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 0);
+  EXPECT_EQ(desk.Model().rowCount(), 0);
 }
 
 // The first row is measured for the height of all.
 TEST(Layers, ColorSquaresInTheTreeAndNotItsColumn) {
   WithLayers desk;
-  auto& tree = desk.Panel<desktop::ObjectPanel>("objects").Tree();
-  const auto column = desktop::ObjectRows::kLayer;
-  tree.sizeHintForIndex(tree.Rows().index(0, column));
+  auto& tree = desk.Panel<desktop::ObjectsPanel>("objects").Tree();
+  const auto column = desktop::ObjectModel::kLayer;
+  tree.sizeHintForIndex(tree.Model().index(0, column));
   const QImage shown = tree.viewport()->grab().toImage();
   const auto in = [&](const char* object, bool middle) {
     const QRect cell =
-        tree.visualRect(tree.Rows().IndexOf(engine::IdOf(*desk.scene.GetObject(object)), column));
+        tree.visualRect(tree.Model().IndexOf(engine::IdOf(*desk.scene.GetObject(object)), column));
     return shown.pixelColor(middle ? cell.center() : cell.topLeft() + QPoint(2, 2)).red();
   };
   EXPECT_NEAR(in("Lamp", true), 128, 2);
@@ -255,7 +255,7 @@ TEST(Layers, ColorSquaresInTheTreeAndNotItsColumn) {
 TEST(LayersPicture, Some) {
   WithLayers desk;
   desk.scene.Layer("Sky", {.view = false, .locked = true, .color = host::Vector(0.3, 0.5, 0.8)});
-  desk.Click("House/Lamps", LayerRows::kName);
+  desk.Click("House/Lamps", LayerModel::kName);
   EXPECT_TRUE(pictures::Write(desk.Window(), "layers"));
 }
 

@@ -8,9 +8,9 @@
 #include <set>
 
 #include "host/Parameters.h"
-#include "program/desktop/Dragging.h"
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/attributes/TextureFile.h"
+#include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/LayerActs.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "tests/desktop/Desk.h"
@@ -19,7 +19,7 @@
 namespace {
 
 using desk::Desk;
-using desktop::MaterialRows;
+using desktop::MaterialModel;
 using host::BaseMaterial;
 using host::Vector;
 
@@ -35,9 +35,9 @@ struct WithMaterials : Desk {
   }
   host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
   desktop::MaterialGrid& Grid() { return Panel<desktop::MaterialsPanel>("materials").Grid(); }
-  MaterialRows& Rows() { return Grid().Rows(); }
+  MaterialModel& Model() { return Grid().Model(); }
   QModelIndex IndexOf(const char* material) {
-    return Rows().IndexOf(engine::IdOf(*scene.GetMaterial(material)));
+    return Model().IndexOf(engine::IdOf(*scene.GetMaterial(material)));
   }
   void Click(const char* material, Qt::KeyboardModifiers keys = {}) {
     QTest::mouseClick(Grid().viewport(), Qt::LeftButton, keys,
@@ -45,7 +45,7 @@ struct WithMaterials : Desk {
     Rest();
   }
   bool WaitForThumbnails(std::size_t made) {
-    return QTest::qWaitFor([&] { return Rows().Thumbnails().Made() >= made; }, 20000);
+    return QTest::qWaitFor([&] { return Model().Thumbnails().Made() >= made; }, 20000);
   }
   QColor Middle(const char* material) {
     const QImage ball = IndexOf(material).data(Qt::DecorationRole).value<QPixmap>().toImage();
@@ -81,7 +81,7 @@ TEST(Materials, ThumbnailsShowEachMaterialAndFollowItsChanges) {
   desk.scene.GetObject("Ball")->SetName("Other");
   desk.Click("Green");
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().Thumbnails().Made(), 4U)
+  EXPECT_EQ(desk.Model().Thumbnails().Made(), 4U)
       << "what has nothing to do with materials makes no picture";
 }
 
@@ -134,10 +134,10 @@ TEST(Materials, TagsInTheTreeLookLikeThemWithTheirPanelAway) {
                                                                   Vector(0, 0.8, 0));
   desk.Doc().SetChanged();
   Desk::Rest();
-  auto& tree = desk.Panel<desktop::ObjectPanel>("objects").Tree();
+  auto& tree = desk.Panel<desktop::ObjectsPanel>("objects").Tree();
   const auto green = [&] {
     const auto ball = engine::IdOf(*desk.scene.GetObject("Ball"));
-    const QRect tags = tree.visualRect(tree.Rows().IndexOf(ball, desktop::ObjectRows::kTags));
+    const QRect tags = tree.visualRect(tree.Model().IndexOf(ball, desktop::ObjectModel::kTags));
     return tree.viewport()
         ->grab(QRect(tags.topLeft() + QPoint(9, tags.height() / 2), QSize(1, 1)))
         .toImage()
@@ -157,7 +157,7 @@ TEST(Materials, OfOneFileOpenedTwiceAreToldApart) {
                                                               Vector(0.05, 0.05, 0.8));
   Desk::Rest();
   const auto middleOfFirst = [&desk] {
-    const QImage ball = desk.Rows().index(0).data(Qt::DecorationRole).value<QPixmap>().toImage();
+    const QImage ball = desk.Model().index(0).data(Qt::DecorationRole).value<QPixmap>().toImage();
     return ball.isNull() ? QColor() : ball.pixelColor(ball.rect().center());
   };
   ASSERT_TRUE(QTest::qWaitFor([&] { return middleOfFirst().isValid(); }, 20000));
@@ -184,13 +184,13 @@ TEST(Materials, AreMadeRenamedCopiedAndDeletedThroughUndo) {
   EXPECT_TRUE(desk.scene.GetMaterial("Green")->GetBit(host::BIT_ACTIVE));
   desk.Action("Duplicate Material").trigger();
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 6);
+  EXPECT_EQ(desk.Model().rowCount(), 6);
   EXPECT_NE(desk.scene.GetMaterial("Red.1")->GetFirstShader(), nullptr);
   EXPECT_EQ(desk.Grid().Chosen(), (desktop::MaterialList{desk.scene.GetMaterial("Red.1"),
                                                          desk.scene.GetMaterial("Green.1")}));
   desk.App().Undo();
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 4);
+  EXPECT_EQ(desk.Model().rowCount(), 4);
   desk.Click("Red");
   desk.Action("Delete Material").trigger();
   Desk::Rest();
@@ -212,7 +212,7 @@ TEST(Materials, SelectTheirObjectsAndAreDraggedByIdentity) {
   const auto* tag = static_cast<host::TextureTag*>(desk.scene.GetTag("Ball", host::Ttexture));
   ASSERT_NE(tag, nullptr);
   EXPECT_EQ(tag->GetMaterial(), desk.scene.GetMaterial("Green"));
-  const std::unique_ptr<QMimeData> dragged(desk.Rows().mimeData({desk.IndexOf("Blue")}));
+  const std::unique_ptr<QMimeData> dragged(desk.Model().mimeData({desk.IndexOf("Blue")}));
   EXPECT_EQ(dragged->data(desktop::kMaterialMime).toULongLong(),
             engine::IdOf(*desk.scene.GetMaterial("Blue")));
   EXPECT_EQ(desktop::DroppedNodes(dragged.get(), desktop::kObjectsMime),
@@ -232,7 +232,7 @@ TEST(Materials, AreDroppedOntoWhatTheViewportShows) {
   WithMaterials desk;
   desktop::Viewport& view = desk.Window().View();
   ASSERT_TRUE(QTest::qWaitFor([&] { return view.IsFinished(); }, 60000));
-  const std::unique_ptr<QMimeData> green(desk.Rows().mimeData({desk.IndexOf("Green")}));
+  const std::unique_ptr<QMimeData> green(desk.Model().mimeData({desk.IndexOf("Green")}));
   const QPoint middle = view.rect().center();
   const QPoint corner(2, view.height() - 3);
   host::BaseObject* object = engine::AsObject(engine::FindNode(&desk.Doc(), view.ObjectAt(middle)));
@@ -266,22 +266,22 @@ TEST(Materials, CopiesOfManyGetNamesOfTheirOwn) {
 
 TEST(Materials, ModelKeepsItsPromisesWithHundreds) {
   WithMaterials desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   for (int i = 0; i < 500; ++i) desk.scene.Material(std::to_string(i));
   desk.scene.Material(std::string(10000, 'W'))
       .Material("\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d\nsecond line");
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 505);
-  EXPECT_LT(desk.Rows().index(503).data().toString().size(), 1000);
+  EXPECT_EQ(desk.Model().rowCount(), 505);
+  EXPECT_LT(desk.Model().index(503).data().toString().size(), 1000);
   const QModelIndex gone = desk.IndexOf("Green");
   BaseMaterial* green = desk.scene.GetMaterial("Green");
   BaseMaterial::Free(green);
   EXPECT_FALSE(gone.data().isValid());
   desk.Entry("File", "New").trigger();
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 0);
-  EXPECT_LT(desk.Rows().Thumbnails().Made(), 300U) << "only what can be seen is made";
+  EXPECT_EQ(desk.Model().rowCount(), 0);
+  EXPECT_LT(desk.Model().Thumbnails().Made(), 300U) << "only what can be seen is made";
 }
 
 TEST(MaterialsPicture, OfTheSampleAndAFewOthers) {

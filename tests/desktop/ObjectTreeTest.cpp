@@ -1,6 +1,6 @@
 // The object tree: in step with the document both ways, all it changes through undo, quick with
 // many objects.
-#include "program/desktop/panels/ObjectTree.h"
+#include "program/desktop/panels/ObjectsPanel.h"
 
 #include <gtest/gtest.h>
 
@@ -12,9 +12,8 @@
 
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
-#include "program/desktop/Dragging.h"
-#include "program/desktop/panels/ObjectPanel.h"
-#include "program/desktop/panels/TagStrip.h"
+#include "program/desktop/panels/DragAndDrop.h"
+#include "program/desktop/panels/ObjectCells.h"
 #include "tests/desktop/Desk.h"
 #include "tests/desktop/Drops.h"
 #include "tests/support/SceneBuilder.h"
@@ -22,7 +21,7 @@
 namespace {
 
 using desk::Desk;
-using desktop::ObjectRows;
+using desktop::ObjectModel;
 using host::BaseObject;
 
 // Lamps (Ceiling, Table) and Room.
@@ -40,9 +39,9 @@ struct WithFamily : Desk {
   host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
   desktop::ObjectTree& Tree() { return Window().Objects(); }
   QLineEdit& Search() { return *Panel<QWidget>("objects").findChild<QLineEdit*>(); }
-  ObjectRows& Rows() { return Tree().Rows(); }
+  ObjectModel& Model() { return Tree().Model(); }
   QModelIndex IndexOf(const BaseObject* object, int column = 0) {
-    return Rows().IndexOf(engine::IdOf(*object), column);
+    return Model().IndexOf(engine::IdOf(*object), column);
   }
   QPoint PlaceOf(const BaseObject* object, int column) {
     return Tree().visualRect(IndexOf(object, column)).center();
@@ -59,7 +58,7 @@ struct WithFamily : Desk {
   // Of the rows that can be seen, those of selected objects with a star.
   std::string Shown() {
     std::string text;
-    for (QModelIndex index = Rows().index(0, 0); index.isValid();
+    for (QModelIndex index = Model().index(0, 0); index.isValid();
          index = Tree().indexBelow(index)) {
       text += index.data().toString().toStdString() + (Tree().IsSelected(index) ? "* " : " ");
     }
@@ -77,18 +76,18 @@ TEST(ObjectTree, SwitchesGoRoundThroughUndo) {
   WithFamily desk;
   for (const host::LONG mode :
        {host::MODE_ON, host::MODE_OFF, host::MODE_UNDEF, host::MODE_ON, host::MODE_OFF}) {
-    desk.Click(desk.lamps, ObjectRows::kEditor);
+    desk.Click(desk.lamps, ObjectModel::kEditor);
     EXPECT_EQ(desk.lamps->GetEditorMode(), mode);
     EXPECT_EQ(desk.lamps->GetRenderMode(), host::MODE_UNDEF);
   }
-  EXPECT_TRUE(desk.IndexOf(desk.table, ObjectRows::kEditor).data(ObjectRows::kHidden).toBool());
-  EXPECT_FALSE(desk.IndexOf(desk.table, ObjectRows::kRender).data(ObjectRows::kHidden).toBool());
+  EXPECT_TRUE(desk.IndexOf(desk.table, ObjectModel::kEditor).data(ObjectModel::kHidden).toBool());
+  EXPECT_FALSE(desk.IndexOf(desk.table, ObjectModel::kRender).data(ObjectModel::kHidden).toBool());
   EXPECT_EQ(desk.Entry("Edit", "Undo").text(), "&Undo Visibility");
   desk.App().Undo();
   EXPECT_EQ(desk.lamps->GetEditorMode(), host::MODE_ON);
-  desk.Click(desk.lamps, ObjectRows::kGenerator);
+  desk.Click(desk.lamps, ObjectModel::kGenerator);
   EXPECT_TRUE(desk.lamps->GetDeformMode()) << "a null makes no shape";
-  desk.Click(desk.table, ObjectRows::kGenerator);
+  desk.Click(desk.table, ObjectModel::kGenerator);
   EXPECT_FALSE(desk.table->GetDeformMode());
   EXPECT_EQ(engine::UndoName(desk.Doc()), "Generator");
 }
@@ -105,11 +104,11 @@ TEST(ObjectTree, TellsInATipTheNameThatItCuts) {
 
 TEST(ObjectTree, ASwitchOfASelectedObjectIsThatOfAllSelected) {
   WithFamily desk;
-  desk.Click(desk.ceiling, ObjectRows::kName);
+  desk.Click(desk.ceiling, ObjectModel::kName);
   EXPECT_EQ(desk.Doc().GetActiveObject(), desk.ceiling);
-  desk.Click(desk.room, ObjectRows::kName, Qt::ControlModifier);
+  desk.Click(desk.room, ObjectModel::kName, Qt::ControlModifier);
   EXPECT_EQ(desk.Doc().GetActiveObject(), desk.room);
-  desk.Click(desk.room, ObjectRows::kRender);
+  desk.Click(desk.room, ObjectModel::kRender);
   EXPECT_EQ(desk.ceiling->GetRenderMode(), host::MODE_ON);
   EXPECT_EQ(desk.room->GetRenderMode(), host::MODE_ON);
   EXPECT_EQ(desk.table->GetRenderMode(), host::MODE_UNDEF);
@@ -124,8 +123,8 @@ TEST(ObjectTree, ASweepSetsTheRowsItPassesInOneStep) {
   WithFamily desk;
   desk.ceiling->SetEditorMode(host::MODE_OFF);
   QWidget* viewport = desk.Tree().viewport();
-  QTest::mousePress(viewport, Qt::LeftButton, {}, desk.PlaceOf(desk.lamps, ObjectRows::kEditor));
-  QTest::mouseMove(viewport, desk.PlaceOf(desk.table, ObjectRows::kRender));
+  QTest::mousePress(viewport, Qt::LeftButton, {}, desk.PlaceOf(desk.lamps, ObjectModel::kEditor));
+  QTest::mouseMove(viewport, desk.PlaceOf(desk.table, ObjectModel::kRender));
   EXPECT_EQ(desk.table->GetEditorMode(), host::MODE_ON);
   QTest::mouseMove(viewport, QPoint(3, -500));
   QTest::mouseRelease(viewport, Qt::LeftButton, {}, QPoint(3, -500));
@@ -160,7 +159,7 @@ TEST(ObjectTree, SelectsWithMouseAndKeys) {
 
 TEST(ObjectTree, FollowsSelectionNamesAndNewObjects) {
   WithFamily desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Tree().collapse(desk.IndexOf(desk.lamps));
   desk.Add("Room/Door");
@@ -221,7 +220,7 @@ TEST(ObjectTree, EditsWithKeysWhereItHasTheFocusOnly) {
 
 TEST(ObjectTree, FindsByName) {
   WithFamily desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Tree().collapse(desk.IndexOf(desk.lamps));
   desk.Tree().setFocus();
@@ -277,14 +276,15 @@ TEST(ObjectTree, NothingThatASearchHidesIsSelected) {
 
 TEST(ObjectTree, MovesWhatIsDropped) {
   WithFamily desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   const std::unique_ptr<QMimeData> two(desk.Dragged({desk.lamps, desk.ceiling, desk.room}));
-  EXPECT_FALSE(desk.Rows().dropMimeData(two.get(), Qt::MoveAction, 0, 0, desk.IndexOf(desk.table)))
+  EXPECT_FALSE(desk.Model().dropMimeData(two.get(), Qt::MoveAction, 0, 0, desk.IndexOf(desk.table)))
       << "below itself";
   const std::unique_ptr<QMimeData> room(
-      desk.Rows().mimeData({desk.IndexOf(desk.room), desk.IndexOf(desk.room, 1)}));
-  EXPECT_TRUE(desk.Rows().dropMimeData(room.get(), Qt::MoveAction, 1, 0, desk.IndexOf(desk.lamps)));
+      desk.Model().mimeData({desk.IndexOf(desk.room), desk.IndexOf(desk.room, 1)}));
+  EXPECT_TRUE(
+      desk.Model().dropMimeData(room.get(), Qt::MoveAction, 1, 0, desk.IndexOf(desk.lamps)));
   Desk::Rest();
   EXPECT_EQ(desk.Shown(), "Lamps Ceiling Room Table ");
   EXPECT_EQ(engine::UndoName(desk.Doc()), "Move");
@@ -334,7 +334,7 @@ TEST(ObjectTree, ShowsTagsAndSelectsThem) {
     tags.push_back(desk.room->GetTag(type));
   }
   Desk::Rest();
-  const QRect cell = desk.Tree().visualRect(desk.IndexOf(desk.room, ObjectRows::kTags));
+  const QRect cell = desk.Tree().visualRect(desk.IndexOf(desk.room, ObjectModel::kTags));
   const desktop::TagsShown shown = desktop::TagsFitting(*desk.room, cell.width());
   ASSERT_GE(shown.tags.size(), 2u);
   EXPECT_EQ(shown.tags.size() + static_cast<std::size_t>(shown.more), std::size(types));

@@ -13,7 +13,7 @@
 namespace {
 
 using desk::Desk;
-using desktop::RenderSettingsRows;
+using desktop::RenderSettingsModel;
 using fields::BoxOf;
 using fields::EditOf;
 using fields::Enter;
@@ -28,9 +28,9 @@ struct WithSettings : Desk {
   desktop::RenderSettingsPanel& Panel() {
     return Desk::Panel<desktop::RenderSettingsPanel>("render-settings");
   }
-  RenderSettingsRows& Rows() { return Panel().List().Rows(); }
+  RenderSettingsModel& Model() { return Panel().List().Model(); }
   QModelIndex IndexOf(const RenderData* settings, int column = 0) {
-    return Rows().IndexOf(engine::IdOf(*settings), column);
+    return Model().IndexOf(engine::IdOf(*settings), column);
   }
   QPoint PlaceOf(const RenderData* settings, int column) {
     return Panel().List().visualRect(IndexOf(settings, column)).center();
@@ -72,7 +72,7 @@ TEST(RenderSettings, OfStagemarksAreMarkedAndAskBeforeTheyGo) {
                                               {above, QMessageBox::No, true},
                                               {above, QMessageBox::Yes, false}}) {
     desk.Panel().List().expandAll();
-    desk.Click(chosen, RenderSettingsRows::kName);
+    desk.Click(chosen, RenderSettingsModel::kName);
     QString told;
     desk::AnswerNext<QMessageBox>([&, answer = answer](QMessageBox& box) {
       EXPECT_EQ(box.defaultButton(), box.button(QMessageBox::No));
@@ -84,47 +84,47 @@ TEST(RenderSettings, OfStagemarksAreMarkedAndAskBeforeTheyGo) {
     EXPECT_EQ(desk.first->GetNext() == above, stays);
   }
   desk.Do("New Render Settings");
-  desk.Click(desk.first->GetNext(), RenderSettingsRows::kName);
+  desk.Click(desk.first->GetNext(), RenderSettingsModel::kName);
   desk.Do("Delete Render Settings");
   EXPECT_EQ(desk.first->GetNext(), nullptr) << "those of nobody go at once";
 }
 
 TEST(RenderSettings, AreAddedCopiedAndActivatedThroughUndo) {
   WithSettings desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Do("New Render Settings");
   RenderData* second = desk.first->GetNext();
   ASSERT_NE(second, nullptr);
   EXPECT_FALSE(second->GetName() == desk.first->GetName());
-  desk.Click(desk.first, RenderSettingsRows::kName);
+  desk.Click(desk.first, RenderSettingsModel::kName);
   desk.first->SetParameter(host::RDATA_XRES, host::LONG(321), 0);
   desk.Do("Duplicate");
   RenderData* copy = desk.first->GetNext();
   EXPECT_EQ(copy->GetNext(), second);
-  EXPECT_EQ(desk.IndexOf(copy, RenderSettingsRows::kSize).data().toString(), "321 \u00d7 720");
-  desk.Click(copy, RenderSettingsRows::kActive);
+  EXPECT_EQ(desk.IndexOf(copy, RenderSettingsModel::kSize).data().toString(), "321 \u00d7 720");
+  desk.Click(copy, RenderSettingsModel::kActive);
   EXPECT_EQ(Scene().GetActiveRenderData(), copy);
   QTest::mouseDClick(desk.Panel().List().viewport(), Qt::LeftButton, {},
-                     desk.PlaceOf(second, RenderSettingsRows::kName));
+                     desk.PlaceOf(second, RenderSettingsModel::kName));
   Desk::Rest();
   EXPECT_EQ(Scene().GetActiveRenderData(), second);
   desk.App().Undo();
   EXPECT_EQ(Scene().GetActiveRenderData(), copy);
   Desk::Rest();
-  EXPECT_TRUE(desk.IndexOf(copy).data(RenderSettingsRows::kIsActive).toBool());
-  EXPECT_TRUE(desk.Rows().setData(desk.IndexOf(copy), "Large", Qt::EditRole));
-  EXPECT_FALSE(desk.Rows().setData(desk.IndexOf(copy), "", Qt::EditRole));
+  EXPECT_TRUE(desk.IndexOf(copy).data(RenderSettingsModel::kIsActive).toBool());
+  EXPECT_TRUE(desk.Model().setData(desk.IndexOf(copy), "Large", Qt::EditRole));
+  EXPECT_FALSE(desk.Model().setData(desk.IndexOf(copy), "", Qt::EditRole));
   EXPECT_TRUE(copy->GetName() == host::String("Large"));
   for (int step = 0; step < 4; ++step) desk.App().Undo();
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 1);
+  EXPECT_EQ(desk.Model().rowCount(), 1);
   EXPECT_EQ(Scene().GetActiveRenderData(), desk.first);
 }
 
 TEST(RenderSettings, AreDeletedThroughUndo) {
   WithSettings desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Do("New Render Settings");
   desk.Do("Duplicate");
@@ -133,17 +133,17 @@ TEST(RenderSettings, AreDeletedThroughUndo) {
   EXPECT_NE(active, desk.first);
   desk.Panel().List().selectAll();
   desk.Do("Delete Render Settings");
-  EXPECT_EQ(desk.Rows().rowCount(), 1);
+  EXPECT_EQ(desk.Model().rowCount(), 1);
   EXPECT_EQ(Scene().GetActiveRenderData(), Scene().GetFirstRenderData());
   desk.App().Undo();
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 3);
+  EXPECT_EQ(desk.Model().rowCount(), 3);
   EXPECT_EQ(Scene().GetActiveRenderData(), active);
 }
 
 TEST(RenderSettings, AreMovedToWhereTheyAreDropped) {
   WithSettings desk;
-  const QAbstractItemModelTester tester(&desk.Rows(),
+  const QAbstractItemModelTester tester(&desk.Model(),
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   desk.Do("New Render Settings");
   desk.Do("New Render Settings");
@@ -152,10 +152,10 @@ TEST(RenderSettings, AreMovedToWhereTheyAreDropped) {
   Scene().SetActiveRenderData(third);
   Desk::Rest();
   const auto drop = [&](const RenderData* dragged, const RenderData* on, bool before = false) {
-    return drops::Drop(desk.Panel().List(), desk.Rows().mimeData({desk.IndexOf(dragged)}),
+    return drops::Drop(desk.Panel().List(), desk.Model().mimeData({desk.IndexOf(dragged)}),
                        desk.IndexOf(on), before);
   };
-  desk.Click(second, RenderSettingsRows::kName);
+  desk.Click(second, RenderSettingsModel::kName);
   EXPECT_TRUE(drop(third, desk.first, true));
   EXPECT_EQ(Scene().GetFirstRenderData(), third);
   EXPECT_TRUE(drop(second, third));
@@ -180,19 +180,19 @@ TEST(RenderSettings, ValuesAreThoseOfTheChosenOnes) {
   QWidget& values = desk.Panel().Values();
   EXPECT_EQ(EditOf(values, "Width").text(), "1280 px")
       << "those of the active ones, where none are chosen";
-  desk.Click(other, RenderSettingsRows::kName);
+  desk.Click(other, RenderSettingsModel::kName);
   Enter(EditOf(values, "Width"), "320");
   EXPECT_EQ(other->GetDataInstance()->GetLong(host::RDATA_XRES), 320);
   EXPECT_EQ(desk.first->GetDataInstance()->GetLong(host::RDATA_XRES), 1280);
-  EXPECT_EQ(desk.IndexOf(other, RenderSettingsRows::kSize).data().toString(), "320 \u00d7 720");
-  desk.Click(desk.first, RenderSettingsRows::kName, Qt::ControlModifier);
+  EXPECT_EQ(desk.IndexOf(other, RenderSettingsModel::kSize).data().toString(), "320 \u00d7 720");
+  desk.Click(desk.first, RenderSettingsModel::kName, Qt::ControlModifier);
   EXPECT_EQ(EditOf(values, "Width").placeholderText(), "\u2014");
   Enter(EditOf(values, "To"), "120");
   for (const RenderData* each : {desk.first, other}) {
     EXPECT_EQ(each->GetDataInstance()->GetTime(host::RDATA_FRAMETO), host::BaseTime(120, 30));
   }
   fields::Pick(fields::ListOf(values, "Frames"), "From - to");
-  EXPECT_EQ(desk.IndexOf(other, RenderSettingsRows::kFrames).data().toString(), "0 \u2013 120");
+  EXPECT_EQ(desk.IndexOf(other, RenderSettingsModel::kFrames).data().toString(), "0 \u2013 120");
   desk.App().Undo();
   desk.App().Undo();
   EXPECT_EQ(other->GetDataInstance()->GetTime(host::RDATA_FRAMETO), host::BaseTime(90, 30));
@@ -232,7 +232,7 @@ TEST(RenderSettings, WhatIsEditedIsRecordedAndRecalled) {
   QWidget& values = desk.Panel().Values();
   Enter(EditOf(values, "Width"), "640");
   desk::RecordState(desk, "Small");
-  EXPECT_EQ(desk.Rows().rowCount(), 2);
+  EXPECT_EQ(desk.Model().rowCount(), 2);
   Enter(EditOf(values, "Width"), "1920");
   desk::LoadState(desk, 0);
   EXPECT_EQ(Scene().GetActiveRenderData()->GetDataInstance()->GetLong(host::RDATA_XRES), 640);
@@ -253,10 +253,10 @@ TEST(RenderSettings, TakeThousands) {
   Enter(EditOf(desk.Panel().Values(), "Height"), "99");
   EXPECT_EQ(desk.first->GetNext()->GetDataInstance()->GetLong(host::RDATA_YRES), 99);
   desk.Do("Delete Render Settings");
-  EXPECT_EQ(desk.Rows().rowCount(), 1);
+  EXPECT_EQ(desk.Model().rowCount(), 1);
   desk.App().Undo();
   Desk::Rest();
-  EXPECT_EQ(desk.Rows().rowCount(), 5001);
+  EXPECT_EQ(desk.Model().rowCount(), 5001);
 }
 
 TEST(RenderSettingsPicture, OfThePanel) {
@@ -272,7 +272,7 @@ TEST(RenderSettingsPicture, OfThePanel) {
   Desk::Rest();
   auto& dock = *desk.Window().findChild<QDockWidget*>("render-settings");
   desk.Window().resizeDocks({&dock}, {320}, Qt::Vertical);
-  desk.Click(desk.first->GetNext(), RenderSettingsRows::kName);
+  desk.Click(desk.first->GetNext(), RenderSettingsModel::kName);
   EXPECT_TRUE(pictures::Write(dock, "render-settings"));
   EXPECT_TRUE(pictures::Write(desk.Window(), "render-settings-window"));
 }

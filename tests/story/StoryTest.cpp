@@ -54,7 +54,7 @@ class Story : public testing::Test {
   desktop::ListView& List() { return desk_.Gadget<desktop::ListView>(kList); }
   std::string State() { return engine::DumpState(Doc()); }
   // The rows of the list: "[x] name", a line each.
-  std::string Rows() {
+  std::string Model() {
     std::string rows;
     for (int line = 0; line < List().model()->rowCount(); ++line) {
       const bool checked =
@@ -157,11 +157,11 @@ void Story::MoveObjects() {
   std::vector<engine::NodeId> shown;
   for (QModelIndex row = Tree().indexAt({4, 2}); row.isValid(); row = Tree().indexBelow(row)) {
     if (Tree().visualRect(row).bottom() < Tree().viewport()->height())
-      shown.push_back(Tree().Rows().IdAt(row));
+      shown.push_back(Tree().Model().IdAt(row));
   }
   ASSERT_GE(shown.size(), 8U);
-  const auto row = [this](engine::NodeId id) { return Tree().Rows().IndexOf(id); };
-  const auto object = [&](engine::NodeId id) { return Tree().Rows().ObjectAt(row(id)); };
+  const auto row = [this](engine::NodeId id) { return Tree().Model().IndexOf(id); };
+  const auto object = [&](engine::NodeId id) { return Tree().Model().ObjectAt(row(id)); };
   using enum hands::Cell::Where;
   const engine::NodeId carried = shown[4];
   hands::Click(Tree(), row(carried));
@@ -199,8 +199,8 @@ void Story::SortLayers() {
   hands::Drag({layers, row("Layer")}, {layers, row("Layer.1")});
   EXPECT_EQ(row("Layer").parent(), row("Layer.1"));
   hands::Drag({Tree(), RowOf("edge-column-3")}, {layers, row("Layer")});
-  EXPECT_EQ(Tree().Rows().ObjectAt(RowOf("edge-column-3"))->GetLayerObject(&Doc()),
-            layers.Rows().LayerAt(row("Layer")));
+  EXPECT_EQ(Tree().Model().ObjectAt(RowOf("edge-column-3"))->GetLayerObject(&Doc()),
+            layers.Model().LayerAt(row("Layer")));
   EXPECT_TRUE(pictures::Write(Window(), "layers-story"));
   for (int i = 0; i < 3; ++i) Undo();
   EXPECT_EQ(row("Layer").row(), 0);
@@ -227,7 +227,7 @@ void Story::ChooseFromLists() {
   ChooseInAttributes("Render settings", "Draft");
   EXPECT_EQ(Doc().GetActiveRenderData(), draft);
   hands::Click(Tree(), RowOf("edge-column-3"));
-  host::BaseObject* column = Tree().Rows().ObjectAt(RowOf("edge-column-3"));
+  host::BaseObject* column = Tree().Model().ObjectAt(RowOf("edge-column-3"));
   ChooseInAttributes("Layer", "Back");
   EXPECT_EQ(column->GetLayerObject(&Doc()), layer);
   host::BaseObject* painted = Doc().GetFirstObject();
@@ -251,9 +251,9 @@ void Story::ChooseFromLists() {
 void Story::HideTwoAndRecord() {
   const QStringList names = {"edge-column-3.001", "switch.001"};
   for (const QString& name : names) {
-    for (const int column : {desktop::ObjectRows::kEditor, desktop::ObjectRows::kRender}) {
+    for (const int column : {desktop::ObjectModel::kEditor, desktop::ObjectModel::kRender}) {
       ASSERT_TRUE(RowOf(name).isValid());
-      while (RowOf(name, column).data(desktop::ObjectRows::kMode).toInt() != host::MODE_OFF) {
+      while (RowOf(name, column).data(desktop::ObjectModel::kMode).toInt() != host::MODE_OFF) {
         hands::Click(Tree(), RowOf(name, column));
         if (HasFailure()) return;
       }
@@ -262,7 +262,7 @@ void Story::HideTwoAndRecord() {
   hands::Click(desk_.Gadget<QWidget>(kGeneratePreview),
                QPoint(8, desk_.Gadget<QWidget>(kGeneratePreview).height() / 2));
   Record("Two hidden");
-  EXPECT_EQ(Rows(), "[ ] Two hidden\n");
+  EXPECT_EQ(Model(), "[ ] Two hidden\n");
   EXPECT_TRUE(fs::exists(desk_.Folder() + "/dungeon_SM/Two hidden.tif"));
 }
 
@@ -285,7 +285,7 @@ void Story::ChangeAMaterialAndRecord() {
   EXPECT_NE(changed.back().find("\"ground-tile.008"), std::string::npos) << changed.back();
   EXPECT_NE(changed.back().find("material \"torch\""), std::string::npos) << changed.back();
   Record("Other ground");
-  EXPECT_EQ(Rows(), "[ ] Other ground\n[ ] Two hidden\n");
+  EXPECT_EQ(Model(), "[ ] Other ground\n[ ] Two hidden\n");
 }
 
 void Story::RecallAndUndo() {
@@ -358,12 +358,12 @@ void Story::RecordACamera() {
   ClickNext(QMessageBox::Yes);
   Press(kDelete);
   (void)TakeTold();
-  EXPECT_EQ(Rows(), "[ ] Other ground\n[ ] Two hidden\n");
+  EXPECT_EQ(Model(), "[ ] Other ground\n[ ] Two hidden\n");
 }
 
 void Story::Export() {
   hands::Choose(Window().Docks().ViewOf(*desk_.Dialog())->Menus(), "Edit", "Check All Elements");
-  EXPECT_EQ(Rows(), "[x] Other ground\n[x] Two hidden\n");
+  EXPECT_EQ(Model(), "[x] Other ground\n[x] Two hidden\n");
   const std::string to = desk_.Folder() + "/export";
   fs::create_directory(to);
   ClickNext(QMessageBox::Ok, nullptr, [this, to] { ChooseNext(to); });
@@ -388,7 +388,7 @@ void Story::MakeASheet() {
   EXPECT_TRUE(pictures::Write(*sheet, "contact-sheet-story"));
   hands::Press("Escape");
   EXPECT_EQ(sheet, nullptr);
-  EXPECT_EQ(Rows(), "[x] Other ground\n[x] Two hidden\n");
+  EXPECT_EQ(Model(), "[x] Other ground\n[x] Two hidden\n");
 }
 
 void Story::DeleteOne() {
@@ -396,7 +396,7 @@ void Story::DeleteOne() {
   ClickNext(QMessageBox::Yes, "question");
   Press(kDelete);
   EXPECT_NE(TakeTold(), "");
-  EXPECT_EQ(Rows(), "[x] Two hidden\n");
+  EXPECT_EQ(Model(), "[x] Two hidden\n");
   EXPECT_FALSE(fs::exists(desk_.Folder() + "/dungeon_SM/Other ground.tif"));
 }
 

@@ -54,8 +54,8 @@ void EditMenu::Follow(host::BaseDocument* doc) {
   redo_->setText(NamedStep("&Redo", doc ? engine::RedoName(*doc) : ""));
   const bool selected = doc && (doc->GetActiveObject() || engine::ActiveTagOf(*doc));
   // What a search leaves out is not meant.
-  onScene_.front()->setText(window_.Objects().Rows().IsFiltered() ? "Select &All Found"
-                                                                  : "Select &All");
+  onScene_.front()->setText(window_.Objects().Model().IsFiltered() ? "Select &All Found"
+                                                                   : "Select &All");
   for (QAction* action : onScene_) action->setEnabled(doc && doc->GetFirstObject());
   for (QAction* action : onSelection_) action->setEnabled(selected);
 }

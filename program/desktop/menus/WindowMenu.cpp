@@ -1,13 +1,66 @@
+#include <QApplication>
+#include <QDockWidget>
 #include <algorithm>
 
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
-#include "program/desktop/panels/FocusTurn.h"
 
 namespace desktop {
 
 namespace {
+
+bool TakesFocus(const QWidget& widget) {
+  return widget.focusPolicy() & Qt::TabFocus && widget.isVisible() && widget.isEnabled() &&
+         !widget.focusProxy();
+}
+
+// What the panel itself sends the focus to, else the first one of the tab order; null where nothing
+// takes it.
+QWidget* FirstIn(QWidget& panel) {
+  QWidget* proxy = panel.focusProxy();
+  if (proxy && TakesFocus(*proxy)) return proxy;
+  if (TakesFocus(panel)) return &panel;
+  for (QWidget* widget = panel.nextInFocusChain(); widget != &panel;
+       widget = widget->nextInFocusChain()) {
+    if (panel.isAncestorOf(widget) && TakesFocus(*widget)) return widget;
+  }
+  return nullptr;
+}
+
+QList<QWidget*> PanelsIn(const QMainWindow& window) {
+  QList<QWidget*> panels;
+  for (const QDockWidget* dock : window.findChildren<QDockWidget*>()) {
+    // Those behind another tab stand outside the window.
+    const bool isSeen =
+        dock->isVisible() && (dock->isFloating() || dock->geometry().intersects(window.rect()));
+    if (isSeen && dock->widget()) panels.append(dock->widget());
+  }
+  // As one reads the screen, column by column, whatever was raised last.
+  std::stable_sort(panels.begin(), panels.end(), [](const QWidget* a, const QWidget* b) {
+    const QPoint left = a->mapToGlobal(QPoint());
+    const QPoint right = b->mapToGlobal(QPoint());
+    return std::pair(left.x(), left.y()) < std::pair(right.x(), right.y());
+  });
+  panels.prepend(window.centralWidget());
+  panels.removeIf([](QWidget* panel) { return !FirstIn(*panel); });
+  return panels;
+}
+
+// Gives the focus to what takes it first in the next panel, `way` 1, or in the one before, -1: the
+// picture, the panels and dialogs that can be seen, and round again.
+void FocusNextPanel(QMainWindow& window, int way) {
+  const QList<QWidget*> panels = PanelsIn(window);
+  const QWidget* focus = QApplication::focusWidget();
+  qsizetype at = 0;
+  while (at < panels.size() && !(panels[at] == focus || (focus && panels[at]->isAncestorOf(focus))))
+    ++at;
+  if (panels.isEmpty()) return;
+  const qsizetype next = at == panels.size() ? 0 : (at + way + panels.size()) % panels.size();
+  QWidget* target = FirstIn(*panels[next]);
+  target->window()->activateWindow();
+  target->setFocus(Qt::TabFocusReason);
+}
 
 void ListDocuments(QMenu& menu, const engine::Application& application) {
   for (host::BaseDocument* doc : application.Documents()) {
@@ -56,9 +109,9 @@ void BuildWindowMenu(QMenu& menu, MainWindow& window) {
   const QList<QAction*> turns = {
       AddEntry(menu, "&Next Scene", QKeySequence("Ctrl+Tab"), [&tabs] { tabs.Turn(1); }),
       AddEntry(menu, "&Previous Scene", QKeySequence("Ctrl+Shift+Tab"), [&tabs] { tabs.Turn(-1); }),
-      AddEntry(menu, "Next Pa&nel", QKeySequence("F6"), [&window] { TurnFocus(window, 1); }),
+      AddEntry(menu, "Next Pa&nel", QKeySequence("F6"), [&window] { FocusNextPanel(window, 1); }),
       AddEntry(menu, "Previous Pane&l", QKeySequence("Shift+F6"),
-               [&window] { TurnFocus(window, -1); })};
+               [&window] { FocusNextPanel(window, -1); })};
   for (QAction* turn : turns) turn->setParent(&window);
   window.addActions(turns);
   QObject::connect(&menu, &QMenu::aboutToShow, &menu,

@@ -1,11 +1,12 @@
-// What an empty list shows instead of rows: a line that says what to do. Main thread.
+// The line in the middle of an empty list that says what to do. Main thread.
 #pragma once
 
 #include <QAbstractScrollArea>
 
 namespace desktop {
 
-// Called while the viewport of `view` is painted.
+// Called from the paint event of the viewport of `view`, after the rows. Broken into lines that are
+// about equally long.
 void PaintEmptyText(QAbstractScrollArea& view, const QString& text);
 
 }  // namespace desktop

@@ -1,12 +1,310 @@
 #include "program/desktop/panels/LayersPanel.h"
 
+#include <QColorDialog>
+#include <QDragEnterEvent>
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
+#include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/SceneCommands.h"
+#include "program/desktop/Text.h"
+#include "program/desktop/panels/DragAndDrop.h"
+#include "program/desktop/panels/EmptyText.h"
 #include "program/desktop/panels/LayerSwitches.h"
 
 namespace desktop {
+
+using host::LayerObject;
+
+namespace {
+
+std::size_t SwitchNumber(int column) {
+  return static_cast<std::size_t>(column - LayerModel::kFirstSwitch);
+}
+
+}  // namespace
+
+bool LayerModel::Update(host::BaseDocument* doc) {
+  return TakeWhatDiffers(doc, FlatTree(doc ? doc->GetLayerObjectRoot()->GetFirst() : nullptr));
+}
+
+LayerObject* LayerModel::LayerAt(const QModelIndex& index) const {
+  return engine::AsLayer(NodeAt(index));
+}
+
+LayerList LayerModel::LayersAt(const QModelIndexList& rows) const {
+  LayerList layers;
+  for (const QModelIndex& row : rows) {
+    if (LayerObject* layer = LayerAt(row)) layers.push_back(layer);
+  }
+  return layers;
+}
+
+QVariant LayerModel::data(const QModelIndex& index, int role) const {
+  const LayerObject* layer = LayerAt(index);
+  if (!layer) return {};
+  const host::LayerData own = layer->GetLayerData(Document());
+  if (IsSwitch(index)) return SwitchData(own, SwitchNumber(index.column()), role);
+  if (index.column() == kColor) {
+    if (role == Qt::BackgroundRole) return colors::Shown(own.color);
+    const bool isText = role == Qt::ToolTipRole || role == Qt::AccessibleTextRole;
+    return isText ? QVariant("Color: click to change it") : QVariant();
+  }
+  if (role == Qt::EditRole) return ToQt(layer->GetName());
+  if (role == Qt::DisplayRole) return NameInRow(layer->GetName());
+  if (role == Qt::ToolTipRole) return NameInTip(layer->GetName(), "Layer");
+  return {};
+}
+
+QVariant LayerModel::SwitchData(const host::LayerData& layer, std::size_t number, int role) const {
+  const LayerSwitch& row = kLayerSwitches.at(number);
+  const bool isOn = layer.*(row.flag);
+  if (role == kIsOn) return isOn;
+  if (role == Qt::DecorationRole) return Icon(row.icon);
+  if (role == Qt::AccessibleTextRole || role == Qt::ToolTipRole) {
+    return QString("%1: %2 (%3)").arg(row.name, isOn ? "on" : "off", row.help);
+  }
+  return {};
+}
+
+QVariant LayerModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal) return {};
+  if (section == kName && role == Qt::DisplayRole) return QString("Layer");
+  if (section == kName && role == Qt::TextAlignmentRole)
+    return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
+  if (section < kFirstSwitch || section >= kColumnCount) return {};
+  const LayerSwitch& row = kLayerSwitches.at(SwitchNumber(section));
+  if (role == Qt::DecorationRole) return Icon(row.icon);
+  if (role == Qt::ToolTipRole) return QString("%1: %2").arg(row.name, row.help);
+  return {};
+}
+
+bool LayerModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+  LayerObject* layer = index.column() == kName && role == Qt::EditRole ? LayerAt(index) : nullptr;
+  if (!layer || value.toString().isEmpty()) return false;
+  if (value.toString() != ToQt(layer->GetName()))
+    RenameLayer(*Document(), *layer, ToHost(value.toString()));
+  emit dataChanged(index, index);
+  return true;
+}
+
+Qt::ItemFlags LayerModel::flags(const QModelIndex& index) const {
+  if (!index.isValid()) return Qt::ItemIsDropEnabled;
+  const Qt::ItemFlags plain = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled;
+  return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
+}
+
+bool LayerModel::canDropMimeData(const QMimeData* data, Qt::DropAction, int, int,
+                                 const QModelIndex& parent) const {
+  if (!data || !Document()) return false;
+  return data->hasFormat(kObjectsMime) || CanMoveTo(DroppedNodes(data, kLayersMime), parent);
+}
+
+bool LayerModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
+                              const QModelIndex& parent) {
+  const std::vector<engine::NodeId> layers = DroppedNodes(data, kLayersMime);
+  if (!layers.empty()) return MoveTo(layers, row, parent);
+  host::BaseDocument* doc = Document();
+  std::vector<host::BaseObject*> objects;
+  for (const engine::NodeId id : DroppedNodes(data, kObjectsMime)) {
+    if (host::BaseObject* object = engine::AsObject(engine::FindNode(doc, id)))
+      objects.push_back(object);
+  }
+  if (objects.empty()) return false;
+  AssignLayer(*doc, objects, LayerAt(parent));
+  return true;
+}
+
+namespace {
+
+constexpr int kSwitchColumn = 24;
+constexpr int kColorColumn = 26;
+constexpr int kIconSide = 16;
+constexpr int kSwatchSide = 12;
+
+QRect Centered(const QRect& cell, int side) {
+  return {cell.center() - QPoint(side / 2 - 1, side / 2 - 1), QSize(side, side)};
+}
+
+// The background of a cell: chosen rows have another one.
+void PaintGround(QPainter& painter, const QStyleOptionViewItem& option) {
+  option.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, &painter,
+                                        option.widget);
+}
+
+// The icon of a switch, faint when it is off.
+class SwitchDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    PaintGround(*painter, option);
+    const bool isOn = index.data(LayerModel::kIsOn).toBool();
+    index.data(Qt::DecorationRole)
+        .value<QIcon>()
+        .paint(painter, Centered(option.rect, kIconSide), Qt::AlignCenter,
+               isOn ? QIcon::Normal : QIcon::Disabled);
+  }
+};
+
+class SwatchDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    PaintGround(*painter, option);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(index.data(Qt::BackgroundRole).value<QColor>());
+    painter->drawRoundedRect(Centered(option.rect, kSwatchSide), 2.5, 2.5);
+    painter->restore();
+  }
+};
+
+}  // namespace
+
+LayerTree::LayerTree(QWidget* parent) : QTreeView(parent), model_(new LayerModel(this)) {
+  setModel(model_);
+  setUniformRowHeights(true);
+  setSelectionMode(ExtendedSelection);
+  setEditTriggers(EditKeyPressed | DoubleClicked);
+  setAlternatingRowColors(true);
+  EnableRowDragging(*this);
+  setAccessibleName("Layers");
+  header()->setStretchLastSection(false);
+  header()->setMinimumSectionSize(kSwitchColumn);
+  header()->setSectionResizeMode(QHeaderView::Fixed);
+  header()->setSectionResizeMode(LayerModel::kName, QHeaderView::Stretch);
+  header()->setSectionsMovable(false);
+  header()->setDefaultAlignment(Qt::AlignCenter);
+  header()->moveSection(LayerModel::kColor, 0);
+  setTreePosition(LayerModel::kName);
+  setColumnWidth(LayerModel::kColor, kColorColumn);
+  setItemDelegateForColumn(LayerModel::kColor, new SwatchDelegate(this));
+  auto* switches = new SwitchDelegate(this);
+  for (int column = LayerModel::kFirstSwitch; column < LayerModel::kColumnCount; ++column) {
+    setColumnWidth(column, kSwitchColumn);
+    setItemDelegateForColumn(column, switches);
+  }
+  showing_ = false;
+}
+
+void LayerTree::Follow(host::BaseDocument* doc) {
+  const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
+  if (IdentityOf(doc) == doc_ && count == seen_) return;
+  doc_ = IdentityOf(doc);
+  seen_ = count;
+  showing_ = true;
+  if (model_->Update(doc)) expandAll();
+  ShowSelection();
+  showing_ = false;
+  viewport()->update();
+}
+
+void LayerTree::EditName(const host::LayerObject& layer) {
+  const QModelIndex index = model_->IndexOf(engine::IdOf(layer));
+  setCurrentIndex(index);
+  edit(index);
+}
+
+void LayerTree::AskColor(const LayerList& layers) {
+  if (layers.empty()) return;
+  std::vector<engine::NodeId> ids;
+  for (const host::LayerObject* layer : layers) ids.push_back(engine::IdOf(*layer));
+  const QColor now =
+      model_->IndexOf(ids.front(), LayerModel::kColor).data(Qt::BackgroundRole).value<QColor>();
+  const QColor color = QColorDialog::getColor(now, this, "Color of the layer");
+  host::BaseDocument* doc = color.isValid() ? Document() : nullptr;
+  if (!doc) return;
+  LayerList still;
+  for (const engine::NodeId id : ids) still.push_back(engine::AsLayer(engine::FindNode(doc, id)));
+  SetLayerColor(*doc, still, {color.redF(), color.greenF(), color.blueF()});
+}
+
+QItemSelectionModel::SelectionFlags LayerTree::selectionCommand(const QModelIndex& index,
+                                                                const QEvent* event) const {
+  const bool isMouse =
+      event && (event->type() == QEvent::MouseButtonPress ||
+                event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::MouseMove);
+  if (isMouse && index.isValid() && index.column() != LayerModel::kName)
+    return QItemSelectionModel::NoUpdate;
+  return QTreeView::selectionCommand(index, event);
+}
+
+void LayerTree::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  QTreeView::selectionChanged(selected, deselected);
+  host::BaseDocument* doc = showing_ ? nullptr : Document();
+  if (doc) SelectLayers(*doc, Chosen());
+}
+
+void LayerTree::mousePressEvent(QMouseEvent* event) {
+  if (!ClickedCell(*event)) QTreeView::mousePressEvent(event);
+}
+
+void LayerTree::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (!ClickedCell(*event)) QTreeView::mouseDoubleClickEvent(event);
+}
+
+bool LayerTree::ClickedCell(const QMouseEvent& event) {
+  const QModelIndex index = indexAt(event.position().toPoint());
+  if (!index.isValid() || index.column() == LayerModel::kName || event.button() != Qt::LeftButton)
+    return false;
+  if (index.column() == LayerModel::kColor) {
+    AskColor(MeantBy(index));
+  } else {
+    SetLayerSwitch(*Document(), MeantBy(index),
+                   static_cast<std::size_t>(index.column() - LayerModel::kFirstSwitch),
+                   !index.data(LayerModel::kIsOn).toBool());
+  }
+  viewport()->update();
+  return true;
+}
+
+void LayerTree::startDrag(Qt::DropActions) {
+  const QModelIndexList rows = selectionModel()->selectedRows();
+  if (!rows.isEmpty())
+    DragRows(*this, model_->mimeData(rows), static_cast<int>(rows.size()),
+             rows.front().data().toString());
+}
+
+void LayerTree::dragEnterEvent(QDragEnterEvent* event) {
+  // Objects go onto layers, never between them.
+  setDragDropOverwriteMode(event->mimeData()->hasFormat(kObjectsMime));
+  QTreeView::dragEnterEvent(event);
+}
+
+LayerList LayerTree::MeantBy(const QModelIndex& index) const {
+  const QModelIndex row = index.siblingAtColumn(0);
+  return selectionModel()->isSelected(row) ? Chosen() : model_->LayersAt({row});
+}
+
+void LayerTree::ShowSelection() {
+  QItemSelection wanted;
+  if (const host::BaseDocument* doc = Document()) {
+    for (const host::GeListNode* node = doc->GetLayerObjectRoot()->GetFirst(); node;
+         node = engine::NextInTree(node)) {
+      if (!static_cast<const host::LayerObject*>(node)->GetBit(host::BIT_ACTIVE)) continue;
+      const QModelIndex index = model_->IndexOf(engine::IdOf(*node));
+      wanted.append(
+          QItemSelectionRange(index, index.siblingAtColumn(LayerModel::kColumnCount - 1)));
+    }
+  }
+  selectionModel()->select(wanted, QItemSelectionModel::ClearAndSelect);
+}
+
+void LayerTree::paintEvent(QPaintEvent* event) {
+  QTreeView::paintEvent(event);
+  if (model_->rowCount() == 0)
+    PaintEmptyText(*this, "No layers yet: add one to switch many objects at once");
+}
 
 LayersPanel::LayersPanel(QWidget* parent)
     : QWidget(parent),

@@ -1,7 +1,7 @@
 #include "program/desktop/view/MaterialDrop.h"
 
-#include "program/desktop/Dragging.h"
 #include "program/desktop/SceneCommands.h"
+#include "program/desktop/panels/DragAndDrop.h"
 
 namespace desktop {
 

@@ -1,8 +1,10 @@
-// What is dragged from panel to panel: identities as decimal texts with a blank between them. Main
-// thread.
+// Drag and drop between the panels: what is carried (identities of elements, as decimal texts with
+// a blank between them), and how rows of a tree are picked up and dropped. What may be dropped
+// where is decided by the models. Main thread.
 #pragma once
 
 #include <QMimeData>
+#include <QTreeView>
 #include <vector>
 
 #include "engine/scene/Nodes.h"
@@ -21,5 +23,11 @@ inline constexpr const char* kRenderSettingsMime = "application/x-stagemarks-ren
 QMimeData* DraggedNodes(const char* mime, const std::vector<engine::NodeId>& nodes);
 // Empty for data of another kind; what is no number is left out.
 std::vector<engine::NodeId> DroppedNodes(const QMimeData* data, const char* mime);
+
+// Lets rows of the tree be dragged, and things be dropped onto its rows and between them.
+void EnableRowDragging(QTreeView& tree);
+// Drags `count` rows, the first of which is called `name`, until they are let go. Takes over
+// `data`.
+void DragRows(QTreeView& tree, QMimeData* data, int count, const QString& name);
 
 }  // namespace desktop

@@ -1,4 +1,4 @@
-#include "program/desktop/panels/RowDragging.h"
+#include "program/desktop/panels/DragAndDrop.h"
 
 #include <QDrag>
 #include <QPainter>
@@ -6,6 +6,26 @@
 #include "program/desktop/Look.h"
 
 namespace desktop {
+
+QMimeData* DraggedNodes(const char* mime, const std::vector<engine::NodeId>& nodes) {
+  QByteArrayList texts;
+  for (const engine::NodeId node : nodes)
+    texts.append(QByteArray::number(static_cast<qulonglong>(node)));
+  auto* data = new QMimeData;
+  data->setData(mime, texts.join(' '));
+  return data;
+}
+
+std::vector<engine::NodeId> DroppedNodes(const QMimeData* data, const char* mime) {
+  std::vector<engine::NodeId> nodes;
+  if (!data || !data->hasFormat(mime)) return nodes;
+  for (const QByteArray& text : data->data(mime).split(' ')) {
+    bool isNumber = false;
+    const qulonglong node = text.toULongLong(&isNumber);
+    if (isNumber && node != 0) nodes.push_back(node);
+  }
+  return nodes;
+}
 
 namespace {
 
@@ -22,7 +42,7 @@ QString LabelText(int count, const QString& name, const QFontMetrics& metrics) {
          more;
 }
 
-// What is carried, written on a small plate.
+// The label that hangs at the pointer while rows are dragged, in the resolution of the screen.
 QPixmap Label(const QTreeView& tree, const QString& text) {
   const QFontMetrics metrics = tree.fontMetrics();
   const QSize size(metrics.horizontalAdvance(text) + 2 * kAround, metrics.height() + kAround);
@@ -42,7 +62,7 @@ QPixmap Label(const QTreeView& tree, const QString& text) {
 
 }  // namespace
 
-void LetRowsBeDragged(QTreeView& tree) {
+void EnableRowDragging(QTreeView& tree) {
   tree.setDragEnabled(true);
   tree.setAcceptDrops(true);
   tree.setDragDropMode(QAbstractItemView::DragDrop);

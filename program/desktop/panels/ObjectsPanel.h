@@ -1,11 +1,10 @@
-// ObjectTree: the objects of the active document as a tree with layer, switches and tags of each. A
-// click on a switch changes it, for all selected objects when the clicked one is among them;
-// dragged on, it sets those of the rows it passes alike, as one step. Rows are dragged to other
-// places, materials onto rows. What is selected stands in the document, what is unfolded in here,
-// by identity. Main thread.
+// ObjectsPanel: the objects of the active document as a tree, with a field above it that finds
+// objects by a part of their names. Main thread.
 #pragma once
 
+#include <QLineEdit>
 #include <QTreeView>
+#include <QWidget>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -14,10 +13,15 @@
 
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/panels/MaterialThumbnails.h"
-#include "program/desktop/panels/ObjectSelection.h"
+#include "program/desktop/panels/ObjectModel.h"
 
 namespace desktop {
 
+// The objects with layer, switches and tags of each. A click on a switch changes it, for all
+// selected objects when the clicked one is among them; dragged on, it sets the switches of the rows
+// that it passes alike, as one undo step. Rows are dragged to other places, materials onto rows.
+// What is selected stands in the document; which rows are unfolded is kept here, by identity. Owns
+// its model and its selection.
 class ObjectTree : public QTreeView, public DocumentView {
  public:
   explicit ObjectTree(QWidget* parent);
@@ -26,7 +30,7 @@ class ObjectTree : public QTreeView, public DocumentView {
   void Follow(host::BaseDocument* doc) override;
   // Shows only the objects with this text in their names and what is above them; empty: all.
   void SetFilter(const QString& text);
-  ObjectRows& Rows() { return *rows_; }
+  ObjectModel& Model() { return *model_; }
   bool IsSelected(const QModelIndex& index) const { return selection_->Has(index); }
   void RenameCurrent();
   // All objects; while a search is on those that it found and that can be seen, so that nothing is
@@ -55,7 +59,8 @@ class ObjectTree : public QTreeView, public DocumentView {
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  // One sweep of the mouse over switches.
+  // One press of the mouse on a switch, dragged on over those of other rows: an open undo step from
+  // the press to the release.
   struct Sweep {
     host::ULLONG doc;
     int column;
@@ -80,7 +85,7 @@ class ObjectTree : public QTreeView, public DocumentView {
   Unfolded& UnfoldedHere();
 
   std::shared_ptr<MaterialThumbnails> thumbnails_;  // maybe null
-  ObjectRows* rows_;
+  ObjectModel* model_;
   ObjectSelection* selection_;
   host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
@@ -91,6 +96,22 @@ class ObjectTree : public QTreeView, public DocumentView {
   bool cellPressed_ = false;
   bool rowHeld_ = false;  // the last press took hold of a row, to drag it
   std::optional<Sweep> sweep_;
+};
+
+// The tree with its search field; owns both.
+class ObjectsPanel : public QWidget, public DocumentView {
+ public:
+  explicit ObjectsPanel(QWidget* parent);
+
+  void Follow(host::BaseDocument* doc) override { tree_->Follow(doc); }
+  ObjectTree& Tree() { return *tree_; }
+  QLineEdit& Search() { return *search_; }
+
+ private:
+  void LeaveSearch();
+
+  QLineEdit* search_;
+  ObjectTree* tree_;
 };
 
 }  // namespace desktop

@@ -1,15 +1,19 @@
-// ObjectRows: the objects of a document as an item model: name, layer, switches and tags. It keeps
-// the shape of the tree, of all objects or of those that a search finds, and reads everything else
-// from the document when it is shown. Changes go through undo. Main thread.
+// ObjectModel and ObjectSelection: the objects of a document for the object tree. The model has a
+// row for each object, or for each that the search finds: name, layer, switches, tags. The
+// selection is kept in the document alone. Main thread.
 #pragma once
 
-#include "program/desktop/Dragging.h"
+#include <QItemSelectionModel>
+
 #include "program/desktop/SceneCommands.h"
-#include "program/desktop/panels/TreeRows.h"
+#include "program/desktop/panels/DragAndDrop.h"
+#include "program/desktop/panels/NodeTreeModel.h"
 
 namespace desktop {
 
-class ObjectRows : public TreeRows {
+// Keeps the shape of the tree and reads everything else from the document when a view asks for it.
+// Each change is one undo step of the document.
+class ObjectModel : public NodeTreeModel {
  public:
   enum Column { kName, kLayer, kEditor, kRender, kGenerator, kTags, kColumnCount };
   enum Role {
@@ -20,7 +24,7 @@ class ObjectRows : public TreeRows {
     kHidden
   };
 
-  using TreeRows::TreeRows;
+  using NodeTreeModel::NodeTreeModel;
 
   // Takes over the shape of the tree, looking at the objects only when some came or went. True when
   // that reset the model.
@@ -72,5 +76,22 @@ class ObjectRows : public TreeRows {
 std::vector<host::BaseObject*> MeantBy(host::BaseObject& object);
 // Name of the icon for a type of object.
 QString ObjectIcon(host::LONG type);
+
+// Selects in the document itself: what is selected stands there alone, as a bit of each object, so
+// nothing has to be kept in step, and selecting a hundred thousand objects costs one walk over
+// them. The toolkit's own ranges stay empty; only the current row is kept here.
+class ObjectSelection : public QItemSelectionModel {
+ public:
+  ObjectSelection(ObjectModel& model, QObject* parent)
+      : QItemSelectionModel(&model, parent), model_(model) {}
+
+  using QItemSelectionModel::select;
+  // To clear takes tags off the selection, too.
+  void select(const QItemSelection& selection, SelectionFlags command) override;
+  bool Has(const QModelIndex& index) const;
+
+ private:
+  ObjectModel& model_;
+};
 
 }  // namespace desktop

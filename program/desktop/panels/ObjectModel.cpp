@@ -1,4 +1,4 @@
-#include "program/desktop/panels/ObjectRows.h"
+#include "program/desktop/panels/ObjectModel.h"
 
 #include "engine/render/Primitives.h"
 #include "engine/undo/Undo.h"
@@ -21,7 +21,7 @@ struct Heading {
   const char* help;
 };
 
-constexpr Heading kHeadings[ObjectRows::kColumnCount] = {
+constexpr Heading kHeadings[ObjectModel::kColumnCount] = {
     {"", ""},
     {"layer", "Layer: click to put the object on another one"},
     {"eye",
@@ -36,7 +36,7 @@ bool HasGenerator(const BaseObject& object) {
   return engine::IsPrimitive(object.GetType()) || !object.GetDeformMode();
 }
 
-// What an undefined mode comes to.
+// An undefined mode follows the nearest parent with a mode of its own; visible without one.
 bool IsHidden(const BaseObject& object, Switch which) {
   const BaseObject* decides = &object;
   while (decides && SwitchOf(*decides, which) == host::MODE_UNDEF) decides = decides->GetUp();
@@ -59,8 +59,8 @@ QString Explanation(const BaseObject& object, Switch which) {
 
 QVariant SwitchData(const BaseObject& object, Switch which, int role) {
   if (which == Switch::kGenerator && !HasGenerator(object)) return {};
-  if (role == ObjectRows::kMode) return SwitchOf(object, which);
-  if (role == ObjectRows::kHidden) return which != Switch::kGenerator && IsHidden(object, which);
+  if (role == ObjectModel::kMode) return SwitchOf(object, which);
+  if (role == ObjectModel::kHidden) return which != Switch::kGenerator && IsHidden(object, which);
   if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) return Explanation(object, which);
   return {};
 }
@@ -96,7 +96,7 @@ std::vector<BaseObject*> MeantBy(BaseObject& object) {
   return SelectedObjects(*doc);
 }
 
-bool ObjectRows::Update(host::BaseDocument* doc) {
+bool ObjectModel::Update(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::TreeChangeCount(*doc) : 0;
   const bool isNew = !IsOf(doc) || count != seen_;
   if (!isNew && !filterChanged_) return false;
@@ -107,27 +107,27 @@ bool ObjectRows::Update(host::BaseDocument* doc) {
   return true;
 }
 
-FlatTree ObjectRows::Found(const host::BaseDocument* doc) const {
+FlatTree ObjectModel::Found(const host::BaseDocument* doc) const {
   return whole_.Kept([&](engine::NodeId id) {
     const BaseObject* object = engine::AsObject(engine::FindNode(doc, id));
     return object && IsFound(*object);
   });
 }
 
-bool ObjectRows::IsFound(const BaseObject& object) const {
+bool ObjectModel::IsFound(const BaseObject& object) const {
   return ToQt(object.GetName()).contains(filter_, Qt::CaseInsensitive);
 }
 
-void ObjectRows::SetFilter(const QString& text) {
+void ObjectModel::SetFilter(const QString& text) {
   filterChanged_ = filterChanged_ || text != filter_;
   filter_ = text;
 }
 
-BaseObject* ObjectRows::ObjectAt(const QModelIndex& index) const {
+BaseObject* ObjectModel::ObjectAt(const QModelIndex& index) const {
   return engine::AsObject(NodeAt(index));
 }
 
-QVariant ObjectRows::data(const QModelIndex& index, int role) const {
+QVariant ObjectModel::data(const QModelIndex& index, int role) const {
   const BaseObject* object = ObjectAt(index);
   if (!object) return {};
   if (index.column() == kName) return NameData(*object, role);
@@ -135,7 +135,7 @@ QVariant ObjectRows::data(const QModelIndex& index, int role) const {
   return IsSwitch(index) ? SwitchData(*object, SwitchIn(index.column()), role) : QVariant();
 }
 
-QVariant ObjectRows::NameData(const BaseObject& object, int role) const {
+QVariant ObjectModel::NameData(const BaseObject& object, int role) const {
   switch (role) {
     case Qt::EditRole:
       return ToQt(object.GetName());
@@ -154,7 +154,7 @@ QVariant ObjectRows::NameData(const BaseObject& object, int role) const {
   }
 }
 
-QVariant ObjectRows::headerData(int section, Qt::Orientation orientation, int role) const {
+QVariant ObjectModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || section < 0 || section >= kColumnCount) return {};
   if (section == kName) return role == Qt::DisplayRole ? QVariant("Name") : QVariant();
   if (role == Qt::DecorationRole) return Icon(kHeadings[section].icon);
@@ -163,7 +163,7 @@ QVariant ObjectRows::headerData(int section, Qt::Orientation orientation, int ro
   return {};
 }
 
-bool ObjectRows::setData(const QModelIndex& index, const QVariant& value, int role) {
+bool ObjectModel::setData(const QModelIndex& index, const QVariant& value, int role) {
   BaseObject* object = index.column() == kName && role == Qt::EditRole ? ObjectAt(index) : nullptr;
   if (!object || value.toString().isEmpty()) return false;
   if (value.toString() == ToQt(object->GetName())) return true;
@@ -177,31 +177,66 @@ bool ObjectRows::setData(const QModelIndex& index, const QVariant& value, int ro
   return true;
 }
 
-Qt::ItemFlags ObjectRows::flags(const QModelIndex& index) const {
+Qt::ItemFlags ObjectModel::flags(const QModelIndex& index) const {
   if (!index.isValid()) return Qt::ItemIsDropEnabled;
   const Qt::ItemFlags plain = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled;
   return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
 }
 
-bool ObjectRows::canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
-                                 const QModelIndex& parent) const {
+bool ObjectModel::canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
+                                  const QModelIndex& parent) const {
   if (!data || !Document()) return false;
   if (data->hasFormat(kMaterialMime)) return row < 0 && parent.isValid();
   if (!data->hasFormat(kObjectsMime)) return false;
-  // What is dragged is selected: nothing goes below itself.
+  // Dragged objects are always selected ones: none may go below itself.
   const BaseObject* above = ObjectAt(parent);
   while (above && !above->GetBit(host::BIT_ACTIVE)) above = above->GetUp();
   return !above;
 }
 
-bool ObjectRows::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
-                              const QModelIndex& parent) {
+bool ObjectModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
+                               const QModelIndex& parent) {
   host::BaseDocument* doc = Document();
   if (!doc) return false;
   BaseObject* on = ObjectAt(parent);
   const std::vector<engine::NodeId> materials = DroppedNodes(data, kMaterialMime);
   if (!materials.empty()) return on && AssignMaterial(*doc, materials.front(), MeantBy(*on));
   return MoveTo(DroppedNodes(data, kObjectsMime), row, parent);
+}
+
+namespace {
+
+host::LONG ModeFor(const host::BaseObject& object, QItemSelectionModel::SelectionFlags command) {
+  const bool takesOff =
+      command.testFlag(QItemSelectionModel::Deselect) ||
+      (command.testFlag(QItemSelectionModel::Toggle) && object.GetBit(host::BIT_ACTIVE));
+  return takesOff ? host::SELECTION_SUB : host::SELECTION_ADD;
+}
+
+}  // namespace
+
+bool ObjectSelection::Has(const QModelIndex& index) const {
+  const host::BaseObject* object = model_.ObjectAt(index);
+  return object && object->GetBit(host::BIT_ACTIVE);
+}
+
+void ObjectSelection::select(const QItemSelection& selection, SelectionFlags command) {
+  host::BaseDocument* doc = model_.Document();
+  if (!doc || command == NoUpdate) return;
+  if (command.testFlag(Clear)) {
+    doc->SetActiveObject(nullptr);
+    doc->SetActiveTag(nullptr);
+  }
+  for (const QItemSelectionRange& range : selection) {
+    const int above = static_cast<int>(range.parent().isValid() ? range.parent().internalId() : 0);
+    const int first = model_.Shape().At(above).firstChild;
+    for (int row = range.top(); row <= range.bottom(); ++row) {
+      host::BaseObject* object =
+          engine::AsObject(engine::FindNode(doc, model_.Shape().At(first + row).id));
+      if (object) doc->SetActiveObject(object, ModeFor(*object, command));
+    }
+  }
+  host::EventAdd();
 }
 
 }  // namespace desktop
