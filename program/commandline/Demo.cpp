@@ -46,8 +46,7 @@ void Demo::Say(const std::string& line) const {
 }
 
 bool Demo::Step(const std::string& text, bool worked, const std::vector<std::string>& why) {
-  report_.Json()["steps"].push_back(
-      {{"step", ValidUtf8(text)}, {"worked", worked}, {"why", JsonOf(why)}});
+  report_.Append("steps", {{"step", text}, {"worked", worked}, {"why", why}});
   Say("  " + (worked ? Colored(Color::Green, "\u2713") : Colored(Color::Red, "\u2717")) + " " +
       text);
   for (const std::string& line : why) Say("      " + line);
@@ -185,7 +184,7 @@ void Demo::ShowFiles(const ExportResult& result) {
   std::vector<std::string> files = result.written;
   files.insert(files.end(), {saved_, sheet_});
   files.insert(files.end(), previews_.begin(), previews_.end());
-  report_.Json()["files"] = JsonOf(files);
+  report_.Put("files", files);
   Say("\nThe files:\n\n  " + Shortest(folder_) + "/");
   for (const std::string& line : FileTreeLines(folder_, files)) Say("    " + line);
 }

@@ -1,6 +1,5 @@
 #include "program/commandline/LoadParts.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <utility>
 
@@ -47,20 +46,15 @@ std::vector<std::string> PartNames() {
   return names;
 }
 
-void AddParts(CLI::App& verb, PartChoice& choice) {
-  auto* parts =
-      verb.add_option("--parts", choice.parts,
-                      "Apply these only, whatever the options say, with commas between them");
-  auto* without =
-      verb.add_option("--without", choice.without,
-                      "Apply all that the options say but these, with commas between them");
-  for (CLI::Option* option : {parts, without}) {
-    option->delimiter(',')
-        ->allow_extra_args(false)
-        ->check(CLI::IsMember(PartNames()))
-        ->type_name("PARTS");
+void AddParts(Verb verb, PartChoice& choice) {
+  Option parts = verb.Add("--parts", choice.parts,
+                          "Apply these only, whatever the options say, with commas between them");
+  Option without = verb.Add("--without", choice.without,
+                            "Apply all that the options say but these, with commas between them");
+  for (Option* option : {&parts, &without}) {
+    option->Separated(',').OneWord().OneOf(PartNames()).Word("PARTS");
   }
-  without->excludes(parts);
+  without.Excludes("--parts");
 }
 
 // The dialog reads its options from the document again when events are delivered, which must wait

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
@@ -18,7 +19,7 @@ struct PartChoice {
 // All short names.
 std::vector<std::string> PartNames();
 // The options --parts and --without.
-void AddParts(CLI::App& verb, PartChoice& choice);
+void AddParts(Verb verb, PartChoice& choice);
 
 // Sets the dialog's options while this lives.
 class PartsInUse {

@@ -2,32 +2,70 @@
 // object on stdout). Owned by the verb. Main thread.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <concepts>
+#include <cstdint>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "program/outcome/Words.h"
 
 namespace commandline {
 
+// A value in the object for a program: nothing, yes or no, a whole number, a text or texts. Bytes
+// of texts that are no valid UTF-8 are replaced when they are printed.
+class JsonValue {
+ public:
+  JsonValue();
+  JsonValue(const std::string& text);
+  JsonValue(const char* text);
+  JsonValue(const std::vector<std::string>& texts);
+  JsonValue(bool yes);
+  JsonValue(std::int64_t number);
+  template <std::integral T>
+  JsonValue(T number) : JsonValue(static_cast<std::int64_t>(number)) {}
+
+  const nlohmann::json& Json() const { return *json_; }
+
+ private:
+  std::shared_ptr<const nlohmann::json> json_;
+};
+
+using JsonMembers = std::vector<std::pair<std::string, JsonValue>>;
+
 class Report {
  public:
+  Report();
+  Report(const Report&) = delete;
+  Report& operator=(const Report&) = delete;
+  ~Report();
+
   // A line for a person.
   void Line(std::string text) { lines_.push_back(std::move(text)); }
-  // The object for a program; a verb fills its own keys.
-  nlohmann::json& Json() { return json_; }
+
+  // Members of the object for a program; each verb has keys of its own. A key that is there gets
+  // the new value.
+  void Put(const char* key, const JsonValue& value);
+  void PutObject(const char* key, const JsonMembers& members);
+  // A list of objects, empty until something is appended.
+  void PutList(const char* key);
+  void Append(const char* key, const JsonMembers& members);
+
   // Prints one of the two.
   void Print(bool asJson) const;
 
  private:
   std::vector<std::string> lines_;
-  nlohmann::json json_ = nlohmann::json::object();
+  std::unique_ptr<nlohmann::json> json_;
 };
 
-// Text as valid UTF-8: bytes that are none are replaced. For JSON.
+// Text as valid UTF-8: bytes that are none are replaced.
 std::string ValidUtf8(const std::string& text);
-
-nlohmann::json JsonOf(const std::vector<std::string>& texts);
+// Text as JSON has it between quotation marks, without them.
+std::string JsonText(std::string_view text);
 
 using outcome::Counted;
 using outcome::Listed;

@@ -157,7 +157,7 @@ int Session::Check(const std::vector<std::string>& names) {
 int Session::CheckTextures(Report& report) {
   const std::vector<std::string> missing = engine::MissingTextures(Document());
   texturesChecked_ = true;
-  report.Json()["missingTextures"] = JsonOf(missing);
+  report.Put("missingTextures", missing);
   TellMissing(program_.terminal, missing, program_.strict);
   if (!program_.strict || missing.empty()) return kDone;
   program_.terminal.Error(kStrictRefusal);
@@ -214,7 +214,7 @@ std::string Session::Target() const {
 int Session::Keep(Report& report) {
   outside_.StopHolding();
   const std::string target = Target();
-  report.Json()["written"] = nullptr;
+  report.Put("written", JsonValue());
   if (!target.empty()) return Write(target, report);
   report.Print(program_.json);
   program_.terminal.Note("nothing was written; -o OUT.c4d keeps the result" +
@@ -253,7 +253,7 @@ int Session::Write(const std::string& target, Report& report) {
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
   outside_.CarryOut(Stem(target));
-  report.Json()["written"] = ValidUtf8(target);
+  report.Put("written", target);
   report.Line("Written: " + target);
   report.Print(program_.json);
   return CheckLedger();

@@ -134,12 +134,13 @@ std::string SheetMaking::FreeName(const std::string& name) {
 }
 
 int SheetMaking::Write(Report& report) {
-  report.Json().update(
-      {{"states", pictures_.AsItIs() ? 0 : sizes_.size()}, {"sheet", nullptr}, {"page", nullptr}});
+  report.Put("states", pictures_.AsItIs() ? 0 : sizes_.size());
+  report.Put("sheet", JsonValue());
+  report.Put("page", JsonValue());
   if (sheet_) {
     if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet, kSheet); status != kDone)
       return status;
-    report.Json()["sheet"] = ValidUtf8(order_.sheet);
+    report.Put("sheet", order_.sheet);
     report.Line("Written: " + order_.sheet);
   }
   if (order_.folder.empty()) return kDone;
@@ -147,7 +148,7 @@ int SheetMaking::Write(Report& report) {
   const auto written = session_.Files().ReplaceFile(
       page, WithMaker(MakePicturePage(title_, subtitle_, entries_), kPage));
   if (!written) return Fail(written.Message());
-  report.Json()["page"] = ValidUtf8(page);
+  report.Put("page", page);
   report.Line("Written: " + page);
   return kDone;
 }

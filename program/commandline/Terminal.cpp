@@ -152,6 +152,19 @@ std::string Readable(const std::string& message) {
   return readable;
 }
 
+std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
+  std::vector<std::string> lines{""};
+  for (std::size_t start = 0; start < text.size();) {
+    const std::size_t end = std::min(text.find(' ', start), text.size());
+    const std::string word = text.substr(start, end - start);
+    if (!lines.back().empty() && lines.back().size() + 1 + word.size() > width)
+      lines.emplace_back();
+    lines.back() += (lines.back().empty() ? "" : " ") + word;
+    start = end + 1;
+  }
+  return lines;
+}
+
 std::string Colored(Color color, const std::string& text) {
   if (!UsesColor()) return text;
   static const char* const kCodes[] = {"32", "31", "33", "1", "2"};

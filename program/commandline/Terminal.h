@@ -74,6 +74,9 @@ using outcome::Shown;
 // endless words cut.
 std::string Readable(const std::string& message);
 
+// Broken at blanks into lines of at most `width` bytes; a longer word stands alone.
+std::vector<std::string> Wrapped(const std::string& text, std::size_t width);
+
 // Text in a color, plain where stdout is no terminal or NO_COLOR is set.
 enum class Color { Green, Red, Yellow, Bold, Dim };
 std::string Colored(Color color, const std::string& text);

@@ -1,8 +1,8 @@
 // The verbs that edit all checked Stagemarks at once: update, set-objects, set-tags, set-layers,
 // set-camera.
-#include <CLI/CLI.hpp>
 #include <functional>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Selecting.h"
 #include "program/outcome/BulkEdits.h"
 
@@ -30,8 +30,9 @@ int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   if (session.GetProgram().terminal.Told().size() > told) return kFailed;
   const bool changed = !(before == *session.Document().GetDataInstance());
   Report report;
-  report.Json() = {{"stagemarks", JsonOf(names)}, {"changed", changed}};
-  if (!selected.empty()) report.Json()["selected"] = ValidUtf8(selected);
+  report.Put("stagemarks", names);
+  report.Put("changed", changed);
+  if (!selected.empty()) report.Put("selected", selected);
   report.Line(outcome::Sentence(edit, changed, selected, names));
   return session.Keep(report);
 }
@@ -48,33 +49,31 @@ int RunBulkEdit(Program& program, const BulkEdit& edit, const BulkChoices& choic
 }
 
 struct BulkVerb {
-  CLI::App* verb;
+  Verb verb;
   std::shared_ptr<BulkChoices> choices;
 };
 
-BulkVerb AddBulkVerb(CLI::App& app, Program& program, const char* name, const char* help,
+BulkVerb AddBulkVerb(Arguments& arguments, Program& program, const char* name, const char* help,
                      const char* entry, const Selection& select) {
-  CLI::App* verb = app.add_subcommand(name, help);
+  Verb verb = arguments.AddVerb(name, help);
   auto choices = std::make_shared<BulkChoices>();
-  AddScene(*verb, program);
-  verb->callback([&program, entry, select, choices] {
-    program.verb = [&program, entry, select, choices] {
-      return RunBulkEdit(program, *outcome::FindBulkEdit(entry), *choices, select);
-    };
+  AddScene(verb, program);
+  verb.Does([&program, entry, select, choices] {
+    return RunBulkEdit(program, *outcome::FindBulkEdit(entry), *choices, select);
   });
   return {verb, choices};
 }
 
 void Finish(const BulkVerb& bulk, Program& program, const char* footer) {
-  AddOnly(*bulk.verb, bulk.choices->only);
-  AddKeeping(*bulk.verb, program);
-  bulk.verb->footer(footer);
+  AddOnly(bulk.verb, bulk.choices->only);
+  AddKeeping(bulk.verb, program);
+  bulk.verb.Footer(footer);
 }
 
 }  // namespace
 
-void AddUpdate(CLI::App& app, Program& program) {
-  const BulkVerb bulk = AddBulkVerb(app, program, "update",
+void AddUpdate(Arguments& arguments, Program& program) {
+  const BulkVerb bulk = AddBulkVerb(arguments, program, "update",
                                     "Add new objects, tags and layers of the scene to Stagemarks",
                                     "Update Checked Elements", nullptr);
   Finish(bulk, program,
@@ -84,65 +83,64 @@ void AddUpdate(CLI::App& app, Program& program) {
          "  stagemarks update room.c4d --only Day Night -o room2.c4d");
 }
 
-void AddSetObjects(CLI::App& app, Program& program) {
+void AddSetObjects(Arguments& arguments, Program& program) {
   const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
     return SelectObjects(session, choices.named, selected);
   };
-  const BulkVerb bulk = AddBulkVerb(app, program, "set-objects",
+  const BulkVerb bulk = AddBulkVerb(arguments, program, "set-objects",
                                     "Put the present switches of some objects into Stagemarks",
                                     "Set Selected Objects on Checked Elements", select);
-  bulk.verb->add_option("OBJECTS", bulk.choices->named,
-                        "Names, /paths, #positions or patterns with *; without them the objects "
-                        "selected in the scene");
+  bulk.verb.Add("OBJECTS", bulk.choices->named,
+                "Names, /paths, #positions or patterns with *; without them the objects "
+                "selected in the scene");
   Finish(bulk, program,
          "Examples:\n"
          "  stagemarks set room.c4d --object \"Lamp*\" --render off --write\n"
          "  stagemarks set-objects room.c4d \"Lamp*\" --only Day --write");
 }
 
-void AddSetTags(CLI::App& app, Program& program) {
+void AddSetTags(Arguments& arguments, Program& program) {
   const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
     return SelectTags(session, choices.named, choices.types, selected);
   };
-  const BulkVerb bulk =
-      AddBulkVerb(app, program, "set-tags", "Put the present settings of some tags into Stagemarks",
-                  "Set Selected Tags on Checked Elements", select);
-  bulk.verb->add_option(
-      "OBJECTS", bulk.choices->named,
-      "The objects that carry the tags; without them the tags selected in the scene");
-  bulk.verb->add_option("--type", bulk.choices->types, "Only tags of this type: a name or a number")
-      ->type_name("TYPE...");
+  const BulkVerb bulk = AddBulkVerb(arguments, program, "set-tags",
+                                    "Put the present settings of some tags into Stagemarks",
+                                    "Set Selected Tags on Checked Elements", select);
+  bulk.verb.Add("OBJECTS", bulk.choices->named,
+                "The objects that carry the tags; without them the tags selected in the scene");
+  bulk.verb.Add("--type", bulk.choices->types, "Only tags of this type: a name or a number")
+      .Word("TYPE...");
   Finish(bulk, program,
          "Examples:\n"
          "  stagemarks set room.c4d --object Wall --material Brick --write\n"
          "  stagemarks set-tags room.c4d Wall --type Texture --only Day --write");
 }
 
-void AddSetLayers(CLI::App& app, Program& program) {
+void AddSetLayers(Arguments& arguments, Program& program) {
   const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
     return SelectLayers(session, choices.named, selected);
   };
-  const BulkVerb bulk = AddBulkVerb(app, program, "set-layers",
+  const BulkVerb bulk = AddBulkVerb(arguments, program, "set-layers",
                                     "Put the present switches of some layers into Stagemarks",
                                     "Set Selected Layers on Checked Elements", select);
-  bulk.verb->add_option("LAYERS", bulk.choices->named,
-                        "Names or patterns with *; without them the layers selected in the scene");
+  bulk.verb.Add("LAYERS", bulk.choices->named,
+                "Names or patterns with *; without them the layers selected in the scene");
   Finish(bulk, program,
          "Examples:\n"
          "  stagemarks set room.c4d --layer Props --flag render=off --write\n"
          "  stagemarks set-layers room.c4d Props --only Day Night --write");
 }
 
-void AddSetCamera(CLI::App& app, Program& program) {
+void AddSetCamera(Arguments& arguments, Program& program) {
   const auto select = [](Session& session, const BulkChoices& choices, std::string& selected) {
     return SelectCamera(session, choices.named.front(), selected);
   };
   const BulkVerb bulk =
-      AddBulkVerb(app, program, "set-camera", "Give Stagemarks another render camera",
+      AddBulkVerb(arguments, program, "set-camera", "Give Stagemarks another render camera",
                   "Set Render Camera on Checked Elements", select);
-  bulk.verb->add_option("CAMERA", bulk.choices->named, "Name, /path or #position of the camera")
-      ->required()
-      ->expected(1);
+  bulk.verb.Add("CAMERA", bulk.choices->named, "Name, /path or #position of the camera")
+      .Required()
+      .Count(1);
   Finish(bulk, program,
          "Example:\n"
          "  stagemarks set-camera room.c4d /Front --only Day --write");

@@ -1,5 +1,5 @@
-#include <CLI/CLI.hpp>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
@@ -11,7 +11,7 @@ int RunCheck(Program& program, const std::vector<std::string>& only) {
   if (const int status = session.StartWithScene(); status != kDone) return status;
   if (const int status = session.Check(only); status != kDone) return status;
   Report report;
-  report.Json()["checked"] = JsonOf(session.Dialog().CheckedNames());
+  report.Put("checked", session.Dialog().CheckedNames());
   report.Line(session.Dialog().ListText());
   report.Line(Counted(session.Dialog().CheckedNames().size(), "Stagemark") + " checked.");
   report.Print(program.json);
@@ -20,20 +20,19 @@ int RunCheck(Program& program, const std::vector<std::string>& only) {
 
 }  // namespace
 
-void AddCheck(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("check", "Show which Stagemarks a list of names means");
-  AddScene(*verb, program);
+void AddCheck(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("check", "Show which Stagemarks a list of names means");
+  AddScene(verb, program);
   auto only = std::make_shared<std::vector<std::string>>();
-  AddOnly(*verb, *only);
-  verb->footer(
+  AddOnly(verb, *only);
+  verb.Footer(
       "Check marks live in the list only and are not kept in the scene: every verb that works on "
       "checked Stagemarks takes\n"
       "--only itself. This one shows beforehand what such a list selects, and refuses unknown "
       "names.\n\n"
       "Example:\n"
       "  stagemarks check room.c4d --only Day Night");
-  verb->callback(
-      [&program, only] { program.verb = [&program, only] { return RunCheck(program, *only); }; });
+  verb.Does([&program, only] { return RunCheck(program, *only); });
 }
 
 }  // namespace commandline

@@ -1,6 +1,6 @@
-#include <CLI/CLI.hpp>
 
 #include "host/Host.h"
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 #include "program/outcome/CommandWatch.h"
 
@@ -28,7 +28,8 @@ int RunCleanMaterials(Program& program) {
   const auto after = Materials(session.Document());
   const auto gone = outcome::NamesGone(before, after);
   Report report;
-  report.Json() = {{"deleted", JsonOf(gone)}, {"kept", JsonOf(after)}};
+  report.Put("deleted", gone);
+  report.Put("kept", after);
   report.Line(outcome::CleanedSentence(gone));
   report.Line("Kept " + Counted(after.size(), "material") +
               (after.empty() ? "." : ": " + Listed(after) + "."));
@@ -37,18 +38,17 @@ int RunCleanMaterials(Program& program) {
 
 }  // namespace
 
-void AddCleanMaterials(CLI::App& app, Program& program) {
-  CLI::App* verb =
-      app.add_subcommand("clean-materials", "Delete the materials that no Stagemark uses");
-  AddScene(*verb, program);
-  AddKeeping(*verb, program);
-  verb->footer(
+void AddCleanMaterials(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("clean-materials", "Delete the materials that no Stagemark uses");
+  AddScene(verb, program);
+  AddKeeping(verb, program);
+  verb.Footer(
       "Only what a Stagemark has recorded counts: a material that the scene itself uses goes, too, "
       "when no Stagemark recorded "
       "it.\n\n"
       "Example:\n"
       "  stagemarks clean-materials room.c4d -o small.c4d");
-  verb->callback([&program] { program.verb = [&program] { return RunCleanMaterials(program); }; });
+  verb.Does([&program] { return RunCleanMaterials(program); });
 }
 
 }  // namespace commandline

@@ -1,7 +1,7 @@
 // The verbs delete and delete-all.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
@@ -35,7 +35,7 @@ int RunDelete(Program& program, Names names) {
     return kFailed;
   }
   Report report;
-  report.Json()["deleted"] = JsonOf(names);
+  report.Put("deleted", names);
   report.Line("Deleted " + Listed(names) + ".");
   return session.Keep(report);
 }
@@ -52,7 +52,7 @@ int RunDeleteAll(Program& program) {
   session.Dialog().Choose("Delete All Elements");
   session.App().DeliverEvents();
   Report report;
-  report.Json()["deleted"] = JsonOf(names);
+  report.Put("deleted", names);
   report.Line("Deleted " +
               (names.empty() ? std::string("no Stagemarks: there are none") : Listed(names)) + ".");
   if (program.terminal.Refused() > refused)
@@ -62,33 +62,31 @@ int RunDeleteAll(Program& program) {
 
 }  // namespace
 
-void AddDelete(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("delete", "Delete Stagemarks, with their preview images");
-  AddScene(*verb, program);
+void AddDelete(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("delete", "Delete Stagemarks, with their preview images");
+  AddScene(verb, program);
   auto names = std::make_shared<Names>();
-  verb->add_option("STAGEMARKS", *names, "Names of those to delete")->required();
-  AddKeeping(*verb, program);
-  verb->footer(
+  verb.Add("STAGEMARKS", *names, "Names of those to delete").Required();
+  AddKeeping(verb, program);
+  verb.Footer(
       "It asks before it deletes; where nobody can be asked nothing is deleted unless --yes is "
       "given.\n\n"
       "Example:\n"
       "  stagemarks delete room.c4d Day \"Night, rainy\" --yes --write");
-  verb->callback([&program, names] {
-    program.verb = [&program, names] { return RunDelete(program, *names); };
-  });
+  verb.Does([&program, names] { return RunDelete(program, *names); });
 }
 
-void AddDeleteAll(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("delete-all", "Delete every Stagemark of a scene");
-  AddScene(*verb, program);
-  AddKeeping(*verb, program);
-  verb->footer(
+void AddDeleteAll(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("delete-all", "Delete every Stagemark of a scene");
+  AddScene(verb, program);
+  AddKeeping(verb, program);
+  verb.Footer(
       "It asks whether the folder with the preview images goes, too; where nobody can be asked it "
       "stays unless --yes is "
       "given.\n\n"
       "Example:\n"
       "  stagemarks delete-all room.c4d -o clean.c4d");
-  verb->callback([&program] { program.verb = [&program] { return RunDeleteAll(program); }; });
+  verb.Does([&program] { return RunDeleteAll(program); });
 }
 
 }  // namespace commandline

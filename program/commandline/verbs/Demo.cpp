@@ -1,6 +1,6 @@
 #include "program/commandline/Demo.h"
+#include "program/commandline/Arguments.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 
 #include "engine/application/ProgramPlaces.h"
@@ -52,21 +52,21 @@ int RunDemo(Program& program) {
 
 }  // namespace
 
-void AddDemo(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand(
+void AddDemo(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb(
       "demo", "Show the main job on a sample scene: record three states, recall and check them");
-  verb->add_option("SCENE", program.scene, "The scene to use instead of the sample");
-  verb->add_option("--to", program.output,
-                   "Folder for what it writes; one that is not there yet by default")
-      ->type_name("DIR")
-      ->default_str(kFolder);
-  AddForce(*verb, program);
-  verb->add_flag("--json", program.json, "Print the steps as JSON when all is done");
-  verb->footer(
+  verb.Add("SCENE", program.scene, "The scene to use instead of the sample");
+  verb.Add("--to", program.output,
+           "Folder for what it writes; one that is not there yet by default")
+      .Word("DIR")
+      .Default(kFolder);
+  AddForce(verb, program);
+  verb.AddFlag("--json", program.json, "Print the steps as JSON when all is done");
+  verb.Footer(
       "Examples:\n"
       "  stagemarks demo\n"
       "  stagemarks demo my.gltf --to tryout");
-  verb->callback([&program] { program.verb = [&program] { return RunDemo(program); }; });
+  verb.Does([&program] { return RunDemo(program); });
 }
 
 }  // namespace commandline

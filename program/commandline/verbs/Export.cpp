@@ -1,13 +1,11 @@
-#include <CLI/CLI.hpp>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Exporting.h"
 #include "program/pictures/PictureSize.h"
 
 namespace commandline {
 
 namespace {
-
-using nlohmann::json;
 
 struct ExportChoices {
   ExportOrder order;
@@ -22,12 +20,12 @@ int ReadFrames(Program& program, ExportChoices& choices) {
   return range ? kDone : kUsage;
 }
 
-json ReckonedIn(const exporting::ExportPlan& plan) {
+JsonMembers ReckonedIn(const exporting::ExportPlan& plan) {
   return {{"scenes", plan.scenes},
           {"textures", plan.textures},
           {"caches", plan.caches},
           {"bytes", plan.bytes},
-          {"free", plan.free ? json(*plan.free) : json()}};
+          {"free", plan.free ? JsonValue(*plan.free) : JsonValue()}};
 }
 
 void AddResult(const ExportOrder& order, const ExportResult& result, bool all, Report& report) {
@@ -37,11 +35,11 @@ void AddResult(const ExportOrder& order, const ExportResult& result, bool all, R
                                        : "Not everything was exported: " + done);
   for (const std::string& line : FileTreeLines(order.folder, result.written, all))
     report.Line("  " + line);
-  report.Json() = {{"exported", JsonOf(result.scenes)},
-                   {"written", JsonOf(result.written)},
-                   {"missingTextures", JsonOf(result.missing)},
-                   {"failures", JsonOf(result.failures)},
-                   {"reckoned", ReckonedIn(result.plan)}};
+  report.Put("exported", result.scenes);
+  report.Put("written", result.written);
+  report.Put("missingTextures", result.missing);
+  report.Put("failures", result.failures);
+  report.PutObject("reckoned", ReckonedIn(result.plan));
 }
 
 // The scene files of the checked Stagemarks, as the plug-in names them.
@@ -74,27 +72,27 @@ int RunExport(Program& program, ExportChoices choices) {
 
 }  // namespace
 
-void AddExport(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("export", "Write one standalone scene file per Stagemark");
-  AddScene(*verb, program);
+void AddExport(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("export", "Write one standalone scene file per Stagemark");
+  AddScene(verb, program);
   auto choices = std::make_shared<ExportChoices>();
-  verb->add_option("--to", choices->order.folder, "Folder for the files; made when it is missing")
-      ->required()
-      ->type_name("DIR");
-  verb->add_option("--layout", choices->order.layout,
-                   "file: scene files side by side; folders: each in a folder of its own; project: "
-                   "the same with the textures beside "
-                   "it; one-tex: side by side with one folder of textures")
-      ->check(CLI::IsMember(LayoutNames()))
-      ->default_str("folders")
-      ->type_name("LAYOUT");
-  AddOnly(*verb, choices->order.only);
-  AddStrict(*verb, program);
-  AddForce(*verb, program);
-  verb->add_option("--frames", choices->frames, "Give every file this frame range, as 0:90")
-      ->type_name("FROM:TO");
-  verb->add_flag("-y,--yes", program.yes, "Answer every question with yes");
-  verb->footer(
+  verb.Add("--to", choices->order.folder, "Folder for the files; made when it is missing")
+      .Required()
+      .Word("DIR");
+  verb.Add("--layout", choices->order.layout,
+           "file: scene files side by side; folders: each in a folder of its own; project: "
+           "the same with the textures beside "
+           "it; one-tex: side by side with one folder of textures")
+      .OneOf(LayoutNames())
+      .Default("folders")
+      .Word("LAYOUT");
+  AddOnly(verb, choices->order.only);
+  AddStrict(verb, program);
+  AddForce(verb, program);
+  verb.Add("--frames", choices->frames, "Give every file this frame range, as 0:90")
+      .Word("FROM:TO");
+  verb.AddFlag("-y,--yes", program.yes, "Answer every question with yes");
+  verb.Footer(
       "Scene files of the same names are replaced with --force only, their textures always. The "
       "scene itself is left alone.\n"
       "Before anything is written, the files are reckoned up: names that cannot be those of files "
@@ -106,9 +104,7 @@ void AddExport(CLI::App& app, Program& program) {
       "Examples:\n"
       "  stagemarks export room.c4d --layout project --to out\n"
       "  stagemarks export room.c4d --layout file --to out --only Day Night --frames 0:90");
-  verb->callback([&program, choices] {
-    program.verb = [&program, choices] { return RunExport(program, *choices); };
-  });
+  verb.Does([&program, choices] { return RunExport(program, *choices); });
 }
 
 }  // namespace commandline

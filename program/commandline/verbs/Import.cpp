@@ -1,7 +1,7 @@
-#include <CLI/CLI.hpp>
 
 #include "engine/import/Import.h"
 #include "engine/scene/Nodes.h"
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
@@ -25,28 +25,28 @@ int RunImport(Program& program) {
               Counted(counts.materials, "material") + ", " + Counted(counts.cameras, "camera") +
               ", " + Counted(counts.lights, "light") + ", " + Counted(counts.polygons, "polygon") +
               ".");
-  report.Json().update({{"objects", counts.objects},
-                        {"materials", counts.materials},
-                        {"cameras", counts.cameras},
-                        {"lights", counts.lights},
-                        {"polygons", counts.polygons}});
+  report.Put("objects", counts.objects);
+  report.Put("materials", counts.materials);
+  report.Put("cameras", counts.cameras);
+  report.Put("lights", counts.lights);
+  report.Put("polygons", counts.polygons);
   return session.Keep(report);
 }
 
 }  // namespace
 
-void AddImport(CLI::App& app, Program& program) {
-  CLI::App* verb =
-      app.add_subcommand("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
-  AddScene(*verb, program, "The file to import: .gltf, .glb, .fbx, .obj or .dae");
-  verb->add_option("OUT", program.output, "The .c4d file to write")->required();
-  AddStrict(*verb, program);
-  AddForce(*verb, program);
-  verb->footer(
+void AddImport(Arguments& arguments, Program& program) {
+  Verb verb =
+      arguments.AddVerb("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
+  AddScene(verb, program, "The file to import: .gltf, .glb, .fbx, .obj or .dae");
+  verb.Add("OUT", program.output, "The .c4d file to write").Required();
+  AddStrict(verb, program);
+  AddForce(verb, program);
+  verb.Footer(
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"
       "  stagemarks import models/spider.fbx spider.c4d --json");
-  verb->callback([&program] { program.verb = [&program] { return RunImport(program); }; });
+  verb.Does([&program] { return RunImport(program); });
 }
 
 }  // namespace commandline

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 
@@ -7,14 +6,12 @@
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
 #include "program/commandline/Addressing.h"
-#include "program/commandline/HelpFormat.h"
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
 
 namespace {
-
-using nlohmann::json;
 
 struct InfoOptions {
   bool tree = false;
@@ -36,12 +33,15 @@ void AddFact(Report& report, const std::string& label, const std::string& text) 
 
 void AddCounts(const host::BaseDocument& doc, Report& report) {
   const engine::SceneCounts counts = engine::CountScene(doc);
-  report.Json()["counts"] = {
-      {"objects", counts.objects},     {"tags", counts.tags},
-      {"materials", counts.materials}, {"shaders", counts.shaders},
-      {"layers", counts.layers},       {"renderSettings", counts.renderSettings},
-      {"cameras", counts.cameras},     {"lights", counts.lights},
-      {"polygons", counts.polygons}};
+  report.PutObject("counts", {{"objects", counts.objects},
+                              {"tags", counts.tags},
+                              {"materials", counts.materials},
+                              {"shaders", counts.shaders},
+                              {"layers", counts.layers},
+                              {"renderSettings", counts.renderSettings},
+                              {"cameras", counts.cameras},
+                              {"lights", counts.lights},
+                              {"polygons", counts.polygons}});
   report.Line(Colored(Color::Bold, Shown(doc.GetDocumentName().GetString().ToUtf8())));
   AddFact(report, "objects",
           std::to_string(counts.objects) + " (" + Counted(counts.cameras, "camera") + ", " +
@@ -60,11 +60,11 @@ void AddNames(T* first, const char* key, Report& report) {
     text += (i == 0 ? "" : ", ") + Shown(names[i]);
   if (names.size() > kMost) text += " and " + std::to_string(names.size() - kMost) + " more";
   AddFact(report, key, text);
-  report.Json()[key] = JsonOf(names);
+  report.Put(key, names);
 }
 
 void AddRenderSettings(const host::BaseDocument& doc, Report& report) {
-  json all = json::array();
+  report.PutList("renderSettings");
   std::string label = "render settings";
   for (host::RenderData* settings = doc.GetFirstRenderData(); settings;
        settings = engine::NextInTree(settings)) {
@@ -76,42 +76,41 @@ void AddRenderSettings(const host::BaseDocument& doc, Report& report) {
     const host::LONG height = data.GetLong(host::RDATA_YRES);
     const bool active = settings == doc.GetActiveRenderData();
     const std::string name = settings->GetName().ToUtf8();
-    all.push_back({{"name", ValidUtf8(name)},
-                   {"width", width},
-                   {"height", height},
-                   {"from", from},
-                   {"to", to},
-                   {"active", active}});
+    report.Append("renderSettings", {{"name", name},
+                                     {"width", width},
+                                     {"height", height},
+                                     {"from", from},
+                                     {"to", to},
+                                     {"active", active}});
     AddFact(report, label,
             Shown(name) + ", " + std::to_string(width) + " x " + std::to_string(height) +
                 ", frames " + std::to_string(from) + " to " + std::to_string(to) +
                 (active ? " (active)" : ""));
     label.clear();
   }
-  report.Json()["renderSettings"] = std::move(all);
 }
 
 void AddTextures(const host::BaseDocument& doc, Report& report) {
-  json all = json::array();
+  report.PutList("textures");
   std::vector<std::string> missing;
-  for (const std::string& texture : engine::TextureNames(doc)) {
+  const std::vector<std::string> textures = engine::TextureNames(doc);
+  for (const std::string& texture : textures) {
     const bool found = engine::IsTextureThere(doc, texture);
-    all.push_back({{"file", ValidUtf8(texture)}, {"found", found}});
+    report.Append("textures", {{"file", texture}, {"found", found}});
     if (!found) missing.push_back(texture);
   }
   const std::string none =
       missing.empty() ? ", all found" : ", " + std::to_string(missing.size()) + " not found:";
-  AddFact(report, "textures", all.empty() ? "none" : std::to_string(all.size()) + none);
+  AddFact(report, "textures", textures.empty() ? "none" : std::to_string(textures.size()) + none);
   for (const std::string& texture : missing)
     report.Line(std::string(kLabel + 2, ' ') + Colored(Color::Yellow, Readable(texture)));
-  report.Json()["textures"] = std::move(all);
-  report.Json()["missingTextures"] = JsonOf(missing);
+  report.Put("missingTextures", missing);
 }
 
 void AddCamera(const host::BaseDocument& doc, Report& report) {
   const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
   AddFact(report, "scene camera", camera ? PathOf(*camera) : "none (the editor camera)");
-  report.Json()["sceneCamera"] = camera ? json(ValidUtf8(PathOf(*camera))) : json();
+  report.Put("sceneCamera", camera ? JsonValue(PathOf(*camera)) : JsonValue());
 }
 
 const char* ModeMark(host::LONG mode) {
@@ -120,26 +119,26 @@ const char* ModeMark(host::LONG mode) {
 
 // A path that a chain of objects makes endless is left out.
 void AddTree(const host::BaseDocument& doc, Report& report) {
-  json all = json::array();
+  report.PutList("objects");
   report.Line("\n" + Colored(Color::Dim, "  position  editor  render  object"));
   ObjectPaths paths;
+  std::size_t count = 0;
   for (host::BaseObject* object = doc.GetFirstObject(); object;
        object = engine::NextInTree(object)) {
     const std::string& path = paths.StepTo(*object);
     const std::string type = object->GetTypeName().ToUtf8();
-    const std::string position = "#" + std::to_string(all.size());
+    const std::string position = "#" + std::to_string(count++);
     report.Line("  " + engine::PadRight(position, 10) + ModeMark(object->GetEditorMode()) +
                 "     " + ModeMark(object->GetRenderMode()) + "     " +
                 std::string(2 * std::min(paths.Depth(), kDeepest), ' ') +
                 Shown(object->GetName().ToUtf8()) + Colored(Color::Dim, "  " + type));
-    all.push_back({{"path", path.size() <= kLongestPath ? json(ValidUtf8(path)) : json()},
-                   {"name", ValidUtf8(object->GetName().ToUtf8())},
-                   {"type", type},
-                   {"editor", object->GetEditorMode()},
-                   {"render", object->GetRenderMode()},
-                   {"deform", object->GetDeformMode()}});
+    report.Append("objects", {{"path", path.size() <= kLongestPath ? JsonValue(path) : JsonValue()},
+                              {"name", object->GetName().ToUtf8()},
+                              {"type", type},
+                              {"editor", object->GetEditorMode()},
+                              {"render", object->GetRenderMode()},
+                              {"deform", object->GetDeformMode()}});
   }
-  report.Json()["objects"] = std::move(all);
 }
 
 void AddFacts(const host::BaseDocument& doc, std::size_t marks, Report& report) {
@@ -150,7 +149,7 @@ void AddFacts(const host::BaseDocument& doc, std::size_t marks, Report& report) 
   AddCamera(doc, report);
   AddTextures(doc, report);
   AddFact(report, "Stagemarks", std::to_string(marks));
-  report.Json()["stagemarks"] = marks;
+  report.Put("stagemarks", marks);
 }
 
 // Writes what the scene holds as it goes, as lines or as the text of one JSON object. What cannot
@@ -159,8 +158,7 @@ int PrintDump(const host::BaseDocument& doc, Program& program) {
   if (program.json) std::cout << "{\n  \"dump\": \"";
   const bool whole = engine::DumpDocument(doc, [&program](std::string_view piece) {
     if (program.json) {
-      const std::string quoted = json(piece).dump(-1, ' ', false, json::error_handler_t::replace);
-      std::cout << std::string_view(quoted).substr(1, quoted.size() - 2);
+      std::cout << JsonText(piece);
     } else {
       std::cout << piece;
     }
@@ -186,20 +184,18 @@ int RunInfo(Program& program, const InfoOptions& options) {
 
 }  // namespace
 
-void AddInfo(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("info", "Say what a scene holds");
-  AddScene(*verb, program);
+void AddInfo(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("info", "Say what a scene holds");
+  AddScene(verb, program);
   auto options = std::make_shared<InfoOptions>();
-  verb->add_flag("--tree", options->tree, "Show the object tree with its switches");
-  AddStrict(*verb, program);
-  verb->add_flag("--dump", options->dump, "Print everything the scene holds, one fact a line");
-  verb->footer(
+  verb.AddFlag("--tree", options->tree, "Show the object tree with its switches");
+  AddStrict(verb, program);
+  verb.AddFlag("--dump", options->dump, "Print everything the scene holds, one fact a line");
+  verb.Footer(
       "Examples:\n"
       "  stagemarks info room.c4d --tree\n"
       "  stagemarks info room.gltf --json");
-  verb->callback([&program, options] {
-    program.verb = [&program, options] { return RunInfo(program, *options); };
-  });
+  verb.Does([&program, options] { return RunInfo(program, *options); });
 }
 
 }  // namespace commandline

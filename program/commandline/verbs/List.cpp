@@ -1,8 +1,8 @@
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <iostream>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
@@ -25,11 +25,13 @@ int RunList(Program& program, bool namesOnly) {
     return kDone;
   }
   Report report;
-  auto& all = report.Json()["stagemarks"] = nlohmann::json::array();
-  for (const Mark& mark : session.Dialog().Marks()) {
-    all.push_back({{"name", ValidUtf8(mark.name)}, {"date", mark.date}, {"current", mark.current}});
+  report.PutList("stagemarks");
+  const std::vector<Mark> marks = session.Dialog().Marks();
+  for (const Mark& mark : marks) {
+    report.Append("stagemarks",
+                  {{"name", mark.name}, {"date", mark.date}, {"current", mark.current}});
   }
-  if (all.empty()) {
+  if (marks.empty()) {
     report.Line("No Stagemarks yet. `stagemarks record SCENE NAME --write` records the first one.");
   } else {
     report.Line(session.Dialog().ListText());
@@ -40,20 +42,17 @@ int RunList(Program& program, bool namesOnly) {
 
 }  // namespace
 
-void AddList(CLI::App& app, Program& program) {
-  CLI::App* verb =
-      app.add_subcommand("list", "List the Stagemarks of a scene, as the dialog shows them");
-  AddScene(*verb, program);
+void AddList(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("list", "List the Stagemarks of a scene, as the dialog shows them");
+  AddScene(verb, program);
   auto namesOnly = std::make_shared<bool>(false);
-  verb->add_flag("--names", *namesOnly, "Print the names only, one a line")->excludes("--json");
-  verb->footer(
+  verb.AddFlag("--names", *namesOnly, "Print the names only, one a line").Excludes("--json");
+  verb.Footer(
       "The star marks the Stagemark recorded or loaded last.\n\n"
       "Examples:\n"
       "  stagemarks list room.c4d\n"
       "  stagemarks list room.c4d --json");
-  verb->callback([&program, namesOnly] {
-    program.verb = [&program, namesOnly] { return RunList(program, *namesOnly); };
-  });
+  verb.Does([&program, namesOnly] { return RunList(program, *namesOnly); });
 }
 
 }  // namespace commandline

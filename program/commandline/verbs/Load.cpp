@@ -1,6 +1,6 @@
-#include <CLI/CLI.hpp>
 
 #include "engine/undo/Undo.h"
+#include "program/commandline/Arguments.h"
 #include "program/commandline/LoadParts.h"
 
 namespace commandline {
@@ -44,13 +44,13 @@ std::string ChangesText(const engine::StepDifference& changes) {
 }
 
 void Describe(const engine::StepDifference& changes, bool verbose, Report& report) {
-  report.Json()["changed"] = !changes.IsEmpty();
-  report.Json()["changes"] = {
-      {"objects", changes.objects},
-      {"tags", changes.tags},
-      {"layers", changes.layers},
-      {"renderSettings", changes.renderSettings > 0 || changes.activeSettings},
-      {"sceneCamera", changes.sceneCamera}};
+  report.Put("changed", !changes.IsEmpty());
+  report.PutObject("changes",
+                   {{"objects", changes.objects},
+                    {"tags", changes.tags},
+                    {"layers", changes.layers},
+                    {"renderSettings", changes.renderSettings > 0 || changes.activeSettings},
+                    {"sceneCamera", changes.sceneCamera}});
   if (!verbose) return;
   for (const std::string& line : changes.lines) report.Line("  " + Readable(line));
   const std::size_t elements =
@@ -93,8 +93,8 @@ int RunLoad(Program& program, const LoadOptions& options) {
   std::vector<std::string> applied;
   if (const int status = LoadMark(session, options, changes, applied); status != kDone)
     return status;
-  report.Json()["loaded"] = ValidUtf8(options.name);
-  report.Json()["parts"] = JsonOf(applied);
+  report.Put("loaded", options.name);
+  report.Put("parts", applied);
   report.Line("Loaded " + Listed({options.name}) + PartsText(options.parts, applied) + ". " +
               (changes.IsEmpty() ? "The scene was in that state already."
                                  : "It changed " + ChangesText(changes) + "."));
@@ -104,24 +104,22 @@ int RunLoad(Program& program, const LoadOptions& options) {
 
 }  // namespace
 
-void AddLoad(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("load", "Bring the scene back into a recorded state");
-  AddScene(*verb, program);
+void AddLoad(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("load", "Bring the scene back into a recorded state");
+  AddScene(verb, program);
   auto options = std::make_shared<LoadOptions>();
-  verb->add_option("STAGEMARK", options->name, "Its name")->required();
-  AddParts(*verb, options->parts);
-  AddStrict(*verb, program);
-  AddKeeping(*verb, program);
-  verb->footer(
+  verb.Add("STAGEMARK", options->name, "Its name").Required();
+  AddParts(verb, options->parts);
+  AddStrict(verb, program);
+  AddKeeping(verb, program);
+  verb.Footer(
       "--parts and --without are for this load only: neither the scene nor your preferences keep "
       "them.\n\n"
       "Examples:\n"
       "  stagemarks load room.c4d Day --write\n"
       "  stagemarks load room.c4d Day --parts camera,layers --write\n"
       "  stagemarks load room.c4d Day -o day.c4d");
-  verb->callback([&program, options] {
-    program.verb = [&program, options] { return RunLoad(program, *options); };
-  });
+  verb.Does([&program, options] { return RunLoad(program, *options); });
 }
 
 }  // namespace commandline

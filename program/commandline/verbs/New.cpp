@@ -1,5 +1,5 @@
-#include <CLI/CLI.hpp>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
@@ -16,15 +16,15 @@ int RunNew(Program& program) {
 
 }  // namespace
 
-void AddNew(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("new", "Make an empty scene");
-  verb->add_option("OUT", program.output, "The .c4d file to write")->required();
-  AddForce(*verb, program);
-  verb->add_flag("--json", program.json, "Print the result as JSON");
-  verb->footer(
+void AddNew(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("new", "Make an empty scene");
+  verb.Add("OUT", program.output, "The .c4d file to write").Required();
+  AddForce(verb, program);
+  verb.AddFlag("--json", program.json, "Print the result as JSON");
+  verb.Footer(
       "Example:\n"
       "  stagemarks new room.c4d");
-  verb->callback([&program] { program.verb = [&program] { return RunNew(program); }; });
+  verb.Does([&program] { return RunNew(program); });
 }
 
 }  // namespace commandline

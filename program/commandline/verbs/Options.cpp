@@ -1,6 +1,6 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/LoadParts.h"
 
 namespace commandline {
@@ -82,8 +82,8 @@ int RunOptions(Program& program, const OptionChoices& choices) {
   if (const int status = ToggleAll(session, choices.toggles); status != kDone) return status;
   const States wanted = session.Dialog().Options();
   Report report;
+  report.PutObject("options", JsonMembers(wanted.begin(), wanted.end()));
   for (const auto& [name, on] : wanted) {
-    report.Json()["options"][name] = on;
     report.Line(std::string(on ? "[x] " : "[ ] ") + name);
   }
   if (choices.save) {
@@ -92,7 +92,7 @@ int RunOptions(Program& program, const OptionChoices& choices) {
   }
   const auto lost =
       choices.toggles.empty() ? std::vector<std::string>() : NotKept(session, before, wanted, old);
-  report.Json()["notKept"] = JsonOf(lost);
+  report.Put("notKept", lost);
   const bool keeps = program.write || !program.output.empty();
   if (!choices.toggles.empty()) {
     const int status = session.Keep(report);
@@ -106,26 +106,24 @@ int RunOptions(Program& program, const OptionChoices& choices) {
 
 }  // namespace
 
-void AddOptions(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand(
-      "options", "Show or change what a recording takes in and a recall applies");
-  AddScene(*verb, program);
+void AddOptions(Arguments& arguments, Program& program) {
+  Verb verb =
+      arguments.AddVerb("options", "Show or change what a recording takes in and a recall applies");
+  AddScene(verb, program);
   auto choices = std::make_shared<OptionChoices>();
-  verb->add_option("--toggle", choices->toggles,
-                   "Turn an option on or off, by the name in the list; may be given several times")
-      ->type_name("OPTION");
-  verb->add_flag("--save-default", choices->save,
-                 "Make these the defaults for scenes without a choice of their own");
-  AddKeeping(*verb, program);
-  verb->footer(
+  verb.Add("--toggle", choices->toggles,
+           "Turn an option on or off, by the name in the list; may be given several times")
+      .Word("OPTION");
+  verb.AddFlag("--save-default", choices->save,
+               "Make these the defaults for scenes without a choice of their own");
+  AddKeeping(verb, program);
+  verb.Footer(
       "A scene keeps its options from its first Stagemark on, all but Objects; `load` has --parts "
       "and --without for one load.\n\n"
       "Examples:\n"
       "  stagemarks options room.c4d\n"
       "  stagemarks options room.c4d --toggle Layers --toggle Materials --write");
-  verb->callback([&program, choices] {
-    program.verb = [&program, choices] { return RunOptions(program, *choices); };
-  });
+  verb.Does([&program, choices] { return RunOptions(program, *choices); });
 }
 
 }  // namespace commandline

@@ -1,5 +1,5 @@
-#include <CLI/CLI.hpp>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 #include "program/export/ExportPlan.h"
 
@@ -33,7 +33,8 @@ int RunRecord(Program& program, const RecordOptions& options) {
     program.terminal.Error("\"" + options.name + "\" was not recorded.");
     return kFailed;
   }
-  report.Json().update({{"recorded", ValidUtf8(options.name)}, {"overwritten", existed}});
+  report.Put("recorded", options.name);
+  report.Put("overwritten", existed);
   report.Line(existed ? "Recorded " + Listed({options.name}) + " anew."
                       : "Recorded " + Listed({options.name}) + ".");
   const int status = session.Keep(report);
@@ -45,23 +46,21 @@ int RunRecord(Program& program, const RecordOptions& options) {
 
 }  // namespace
 
-void AddRecord(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("record", "Record the scene's state as a Stagemark");
-  AddScene(*verb, program);
+void AddRecord(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("record", "Record the scene's state as a Stagemark");
+  AddScene(verb, program);
   auto options = std::make_shared<RecordOptions>();
-  verb->add_option("NAME", options->name,
-                   "Name of the Stagemark; one that exists is overwritten after a question")
-      ->required();
-  verb->add_flag("--preview", options->preview, "Generate a preview image into the side folder");
-  AddStrict(*verb, program);
-  AddKeeping(*verb, program);
-  verb->footer(
+  verb.Add("NAME", options->name,
+           "Name of the Stagemark; one that exists is overwritten after a question")
+      .Required();
+  verb.AddFlag("--preview", options->preview, "Generate a preview image into the side folder");
+  AddStrict(verb, program);
+  AddKeeping(verb, program);
+  verb.Footer(
       "Examples:\n"
       "  stagemarks record room.c4d Day --write\n"
       "  stagemarks record room.c4d Day --preview --yes --write");
-  verb->callback([&program, options] {
-    program.verb = [&program, options] { return RunRecord(program, *options); };
-  });
+  verb.Does([&program, options] { return RunRecord(program, *options); });
 }
 
 }  // namespace commandline

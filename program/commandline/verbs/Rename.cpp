@@ -1,5 +1,5 @@
-#include <CLI/CLI.hpp>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {
@@ -23,31 +23,30 @@ int RunRename(Program& program, const std::string& from, const std::string& to) 
   session.App().DeliverEvents();
   if (to.empty()) return kUsage;  // the dialog has said so
   Report report;
-  report.Json() = {{"renamed", ValidUtf8(from)}, {"to", ValidUtf8(to)}};
+  report.Put("renamed", from);
+  report.Put("to", to);
   report.Line("Renamed " + Listed({from}) + " to " + Listed({to}) + ".");
   return session.Keep(report);
 }
 
 }  // namespace
 
-void AddRename(CLI::App& app, Program& program) {
-  CLI::App* verb =
-      app.add_subcommand("rename", "Give a Stagemark another name; its preview image goes along");
-  AddScene(*verb, program);
+void AddRename(Arguments& arguments, Program& program) {
+  Verb verb =
+      arguments.AddVerb("rename", "Give a Stagemark another name; its preview image goes along");
+  AddScene(verb, program);
   struct Names {
     std::string from;
     std::string to;
   };
   auto names = std::make_shared<Names>();
-  verb->add_option("OLD", names->from, "Its name now")->required();
-  verb->add_option("NEW", names->to, "Its new name")->required();
-  AddKeeping(*verb, program);
-  verb->footer(
+  verb.Add("OLD", names->from, "Its name now").Required();
+  verb.Add("NEW", names->to, "Its new name").Required();
+  AddKeeping(verb, program);
+  verb.Footer(
       "Example:\n"
       "  stagemarks rename room.c4d Day \"Day, rainy\" --write");
-  verb->callback([&program, names] {
-    program.verb = [&program, names] { return RunRename(program, names->from, names->to); };
-  });
+  verb.Does([&program, names] { return RunRename(program, names->from, names->to); });
 }
 
 }  // namespace commandline

@@ -1,14 +1,12 @@
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <iostream>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/StatePictures.h"
 
 namespace commandline {
 
 namespace {
-
-using nlohmann::json;
 
 constexpr const char* kPattern = "{scene} {state}.png";
 constexpr const char* kPatternAsItIs = "{scene}.png";
@@ -184,12 +182,13 @@ class RenderVerb {
     Report& report = result_;
     std::size_t rendered = 0;
     std::size_t there = 0;
-    json& all = report.Json()["pictures"] = json::array();
+    report.PutList("pictures");
     for (const PlannedPicture& picture : plan_) {
       rendered += picture.isRendered;
       there += picture.isThere;
-      all.push_back({{"state", pictures_.AsItIs() ? json() : json(ValidUtf8(picture.state.name))},
-                     {"file", ValidUtf8(picture.path)},
+      report.Append("pictures",
+                    {{"state", pictures_.AsItIs() ? JsonValue() : JsonValue(picture.state.name)},
+                     {"file", picture.path},
                      {"width", picture.size.width},
                      {"height", picture.size.height},
                      {"result", picture.isRendered ? "rendered"
@@ -217,40 +216,36 @@ class RenderVerb {
 
 }  // namespace
 
-void AddRender(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand("render", "Render a picture of each state");
-  AddScene(*verb, program);
+void AddRender(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb("render", "Render a picture of each state");
+  AddScene(verb, program);
   auto options = std::make_shared<RenderOptions>();
-  auto* states = verb->add_option("--state", options->states,
-                                  "Name of a Stagemark to render; may be given several times")
-                     ->type_name("STAGEMARK");
-  verb->add_flag("--all", options->all, "Render every Stagemark, as without --state")
-      ->excludes(states);
-  verb->add_option(
-          "-o,--output", program.output,
-          "File names, ending in .png or .tif, with {scene}, {state}, {camera} and {frame}")
-      ->type_name("FILES")
-      ->default_str(kPattern);
-  verb->add_option("--size", options->size,
-                   "Picture size, as 1920x1080, instead of that of each state's render settings")
-      ->type_name("WIDTHxHEIGHT");
-  AddStrict(*verb, program);
-  verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")
-      ->type_name("N")
-      ->check(CLI::Range(0U, 1024U));
-  verb->add_flag("--resume", options->resume,
-                 "Keep whole pictures that are there and render what is missing");
-  AddForce(*verb, program);
-  verb->footer(
+  verb.Add("--state", options->states, "Name of a Stagemark to render; may be given several times")
+      .Word("STAGEMARK");
+  verb.AddFlag("--all", options->all, "Render every Stagemark, as without --state")
+      .Excludes("--state");
+  verb.Add("-o,--output", program.output,
+           "File names, ending in .png or .tif, with {scene}, {state}, {camera} and {frame}")
+      .Word("FILES")
+      .Default(kPattern);
+  verb.Add("--size", options->size,
+           "Picture size, as 1920x1080, instead of that of each state's render settings")
+      .Word("WIDTHxHEIGHT");
+  AddStrict(verb, program);
+  verb.Add("--jobs", options->jobs, "Number of threads; 0: one for each core")
+      .Word("N")
+      .Between(0, 1024);
+  verb.AddFlag("--resume", options->resume,
+               "Keep whole pictures that are there and render what is missing");
+  AddForce(verb, program);
+  verb.Footer(
       "A scene without Stagemarks is rendered as it is. Pictures of an earlier `render` are "
       "replaced, other files are not.\n\n"
       "Examples:\n"
       "  stagemarks render room.c4d\n"
       "  stagemarks render room.c4d --state Evening -o \"pictures/{scene} {camera} {frame}.tif\" "
       "--size 640x360");
-  verb->callback([&program, options] {
-    program.verb = [&program, options] { return RenderVerb(program, *options).Run(); };
-  });
+  verb.Does([&program, options] { return RenderVerb(program, *options).Run(); });
 }
 
 }  // namespace commandline

@@ -1,8 +1,8 @@
-#include <CLI/CLI.hpp>
 #include <array>
 #include <cstdio>
 
 #include "program/commandline/Addressing.h"
+#include "program/commandline/Arguments.h"
 #include "program/commandline/SceneEdits.h"
 #include "program/commandline/Selecting.h"
 #include "program/commandline/Session.h"
@@ -69,7 +69,7 @@ class SetVerb {
   int Finish() {
     Report report;
     for (const std::string& what : done_) report.Line(what);
-    report.Json()["changed"] = done_;
+    report.Put("changed", done_);
     return session_.Keep(report);
   }
 
@@ -226,87 +226,75 @@ class SetVerb {
   std::vector<std::string> done_;
 };
 
-void AddObjectChanges(CLI::App& verb, Changes& changes) {
-  verb.option_defaults()->group("Objects");
-  const CLI::IsMember modes({"on", "off", "default"});
-  verb.add_option("--object", changes.objects,
-                  "Objects to change: name, /path, #position, or a pattern with * for several")
-      ->type_name("OBJECT");
-  verb.add_option("--editor", changes.editor,
-                  "Visible in the editor: on, off or default (as the parent)")
-      ->type_name("MODE")
-      ->check(modes);
-  verb.add_option("--render", changes.render,
-                  "Visible in renders: on, off or default (as the parent)")
-      ->type_name("MODE")
-      ->check(modes);
-  verb.add_option("--deform", changes.deform, "Generator on or off")
-      ->type_name("MODE")
-      ->check(CLI::IsMember({"on", "off"}));
-  verb.add_option("--material", changes.material, "Material of the texture tag, or none")
-      ->type_name("NAME");
-  verb.add_option("--assign-layer", changes.assignLayer, "Layer to put the objects on, or none")
-      ->type_name("NAME");
-  verb.add_option("--select", changes.select, "Select exactly these objects")->type_name("OBJECT");
+void AddObjectChanges(Verb verb, Changes& changes) {
+  verb.BeginSection("Objects");
+  const std::vector<std::string> modes({"on", "off", "default"});
+  verb.Add("--object", changes.objects,
+           "Objects to change: name, /path, #position, or a pattern with * for several")
+      .Word("OBJECT");
+  verb.Add("--editor", changes.editor, "Visible in the editor: on, off or default (as the parent)")
+      .Word("MODE")
+      .OneOf(modes);
+  verb.Add("--render", changes.render, "Visible in renders: on, off or default (as the parent)")
+      .Word("MODE")
+      .OneOf(modes);
+  verb.Add("--deform", changes.deform, "Generator on or off").Word("MODE").OneOf({"on", "off"});
+  verb.Add("--material", changes.material, "Material of the texture tag, or none").Word("NAME");
+  verb.Add("--assign-layer", changes.assignLayer, "Layer to put the objects on, or none")
+      .Word("NAME");
+  verb.Add("--select", changes.select, "Select exactly these objects").Word("OBJECT");
 }
 
-void AddSceneChanges(CLI::App& verb, Changes& changes) {
-  verb.option_defaults()->group("Layers and picture");
-  verb.add_option("--layer", changes.layer, "Layer whose flags --flag changes")->type_name("NAME");
-  verb.add_option("--flag", changes.layerFlags,
-                  "A flag of that layer: solo, view, render, manager, locked, generators, "
-                  "deformers, expressions or animation; "
-                  "may be given several times")
-      ->type_name("FLAG=on|off");
-  verb.add_option("--camera", changes.camera, "Camera to render through, or none")
-      ->type_name("NAME");
-  verb.add_option("--size", changes.size,
-                  "Picture size of the active render settings, as 1920x1080")
-      ->type_name("WIDTHxHEIGHT");
-  verb.add_option("--frames", changes.frames, "Frame range of the active render settings, as 0:90")
-      ->type_name("FROM:TO");
-  verb.option_defaults()->group("What is new");
-  verb.add_option("--add-camera", changes.addCamera,
-                  "Add a camera of this name that shows everything, or see --at")
-      ->type_name("NAME");
-  CLI::Option* at = verb.add_option("--at", changes.at, "Where the new camera stands")
-                        ->type_name("X,Y,Z")
-                        ->delimiter(',')
-                        ->expected(3);
-  verb.add_option("--look-at", changes.lookAt, "What it looks at from there")
-      ->type_name("X,Y,Z")
-      ->delimiter(',')
-      ->expected(3)
-      ->needs(at);
-  verb.add_option("--add-layer", changes.addLayer, "Add a layer of this name")->type_name("NAME");
-  verb.add_option("--add-material", changes.addMaterial, "Add a material of this name; see --color")
-      ->type_name("NAME");
-  verb.add_option("--color", changes.color, "Its color, from 0 to 1")
-      ->type_name("R,G,B")
-      ->delimiter(',')
-      ->expected(3);
+void AddSceneChanges(Verb verb, Changes& changes) {
+  verb.BeginSection("Layers and picture");
+  verb.Add("--layer", changes.layer, "Layer whose flags --flag changes").Word("NAME");
+  verb.Add("--flag", changes.layerFlags,
+           "A flag of that layer: solo, view, render, manager, locked, generators, "
+           "deformers, expressions or animation; "
+           "may be given several times")
+      .Word("FLAG=on|off");
+  verb.Add("--camera", changes.camera, "Camera to render through, or none").Word("NAME");
+  verb.Add("--size", changes.size, "Picture size of the active render settings, as 1920x1080")
+      .Word("WIDTHxHEIGHT");
+  verb.Add("--frames", changes.frames, "Frame range of the active render settings, as 0:90")
+      .Word("FROM:TO");
+  verb.BeginSection("What is new");
+  verb.Add("--add-camera", changes.addCamera,
+           "Add a camera of this name that shows everything, or see --at")
+      .Word("NAME");
+  verb.Add("--at", changes.at, "Where the new camera stands").Word("X,Y,Z").Separated(',').Count(3);
+  verb.Add("--look-at", changes.lookAt, "What it looks at from there")
+      .Word("X,Y,Z")
+      .Separated(',')
+      .Count(3)
+      .Needs("--at");
+  verb.Add("--add-layer", changes.addLayer, "Add a layer of this name").Word("NAME");
+  verb.Add("--add-material", changes.addMaterial, "Add a material of this name; see --color")
+      .Word("NAME");
+  verb.Add("--color", changes.color, "Its color, from 0 to 1")
+      .Word("R,G,B")
+      .Separated(',')
+      .Count(3);
 }
 
 }  // namespace
 
-void AddSet(CLI::App& app, Program& program) {
-  CLI::App* verb = app.add_subcommand(
+void AddSet(Arguments& arguments, Program& program) {
+  Verb verb = arguments.AddVerb(
       "set",
       "Change switches, materials, layers, camera or render settings, to make states from a shell");
-  AddScene(*verb, program);
+  AddScene(verb, program);
   auto changes = std::make_shared<Changes>();
-  AddObjectChanges(*verb, *changes);
-  AddSceneChanges(*verb, *changes);
-  verb->option_defaults()->group("Options");
-  AddKeeping(*verb, program);
-  verb->footer(
+  AddObjectChanges(verb, *changes);
+  AddSceneChanges(verb, *changes);
+  verb.BeginSection("Options");
+  AddKeeping(verb, program);
+  verb.Footer(
       "Examples:\n"
       "  stagemarks set room.c4d --object \"Lamp*\" --render off --write\n"
       "  stagemarks set room.c4d --add-camera Front --at 0,150,-900 --look-at 0,100,0 --write\n"
       "  stagemarks set room.c4d --layer Props --flag render=off --size 1920x1080 -o room2.c4d");
-  verb->callback([&program, changes] {
-    program.verb = [&program, changes] { return SetVerb(program, *changes).Run(); };
-  });
+  verb.Does([&program, changes] { return SetVerb(program, *changes).Run(); });
 }
 
 }  // namespace commandline

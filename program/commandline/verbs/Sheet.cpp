@@ -1,6 +1,6 @@
-#include <CLI/CLI.hpp>
 #include <filesystem>
 
+#include "program/commandline/Arguments.h"
 #include "program/commandline/SheetMaking.h"
 
 namespace commandline {
@@ -48,34 +48,34 @@ int RunSheet(Program& program, const SheetOptions& options) {
 
 }  // namespace
 
-void AddSheet(CLI::App& app, Program& program) {
-  CLI::App* verb =
-      app.add_subcommand("sheet", "Make a contact sheet of all states, or a page for a browser");
-  AddScene(*verb, program);
+void AddSheet(Arguments& arguments, Program& program) {
+  Verb verb =
+      arguments.AddVerb("sheet", "Make a contact sheet of all states, or a page for a browser");
+  AddScene(verb, program);
   auto options = std::make_shared<SheetOptions>();
-  verb->add_option("-o,--output", program.output, "The sheet, ending in .png or .tif")
-      ->type_name("FILE")
-      ->default_str("{scene} sheet.png");
-  verb->add_option("--state", options->states, "Only this Stagemark; may be given several times")
-      ->type_name("STAGEMARK");
-  auto* html =
-      verb->add_option("--html", options->folder,
-                       "Write a page with search into this folder, the sheet's name by default")
-          ->type_name("DIR");
-  html->expected(0, 1);
-  AddStrict(*verb, program);
-  verb->add_option("--jobs", options->jobs, "Number of threads; 0: one for each core")
-      ->type_name("N")
-      ->check(CLI::Range(0U, 1024U));
-  AddForce(*verb, program);
-  verb->footer(
+  verb.Add("-o,--output", program.output, "The sheet, ending in .png or .tif")
+      .Word("FILE")
+      .Default("{scene} sheet.png");
+  verb.Add("--state", options->states, "Only this Stagemark; may be given several times")
+      .Word("STAGEMARK");
+  const Option html =
+      verb.Add("--html", options->folder,
+               "Write a page with search into this folder, the sheet's name by default")
+          .Word("DIR")
+          .Count(0, 1);
+  AddStrict(verb, program);
+  verb.Add("--jobs", options->jobs, "Number of threads; 0: one for each core")
+      .Word("N")
+      .Between(0, 1024);
+  AddForce(verb, program);
+  verb.Footer(
       "Sheets and pages of an earlier `sheet` are replaced, other files are not.\n\n"
       "Examples:\n"
       "  stagemarks sheet room.c4d -o sheet.png\n"
       "  stagemarks sheet room.c4d --html pictures");
-  verb->callback([&program, options, html] {
-    options->html = html->count() > 0;
-    program.verb = [&program, options] { return RunSheet(program, *options); };
+  verb.Does([&program, options, html] {
+    options->html = html.IsGiven();
+    return RunSheet(program, *options);
   });
 }
 

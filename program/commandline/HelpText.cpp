@@ -1,13 +1,85 @@
-#include "program/commandline/Description.h"
+#include "program/commandline/HelpText.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
 
-#include "program/commandline/HelpFormat.h"
+#include "program/commandline/Terminal.h"
 
 namespace commandline {
 
 namespace {
+
+constexpr std::size_t kColumn = 26;
+
+// The word for an option's value, as "DIR"; empty for a flag. The checks behind it are left to the
+// description.
+std::string ValueWord(const CLI::Option& option) {
+  if (option.get_type_size() == 0) return "";
+  const std::string type = option.get_type_name();
+  return type.substr(0, std::min(type.find(":{"), type.find(":UINT")));
+}
+
+class HelpFormat : public CLI::Formatter {
+ public:
+  explicit HelpFormat(std::size_t width);
+
+  std::string make_option_opts(const CLI::Option* option) const override;
+  std::string make_option_desc(const CLI::Option* option) const override;
+  std::string make_group(std::string group, bool positional,
+                         std::vector<const CLI::Option*> options) const override;
+  std::string make_description(const CLI::App* app) const override;
+  std::string make_subcommand(const CLI::App* verb) const override;
+
+ private:
+  std::string Described(const std::string& text) const;
+
+  std::size_t width_;
+};
+
+HelpFormat::HelpFormat(std::size_t width) : width_(width) {
+  column_width(kColumn);
+  label("SUBCOMMAND", "VERB");
+  label("Positionals", "Given in this order");
+}
+
+std::string HelpFormat::make_option_opts(const CLI::Option* option) const {
+  const std::string word = option->get_positional() ? "" : ValueWord(*option);
+  return word.empty() ? "" : " " + word;
+}
+
+std::string HelpFormat::make_option_desc(const CLI::Option* option) const {
+  const std::string usual = option->get_default_str();
+  return Described(option->get_description() + (usual.empty() ? "" : " (default: " + usual + ")"));
+}
+
+// One empty line between groups, not two: the first one, of the options of every verb, has it
+// already.
+std::string HelpFormat::make_group(std::string group, bool positional,
+                                   std::vector<const CLI::Option*> options) const {
+  const bool isFirst = positional || group == "Options";
+  const std::string text =
+      CLI::Formatter::make_group(std::move(group), positional, std::move(options));
+  return isFirst ? text : text.substr(1);
+}
+
+std::string HelpFormat::make_description(const CLI::App* app) const {
+  return app->get_description() + ".\n\n";
+}
+
+std::string HelpFormat::make_subcommand(const CLI::App* verb) const {
+  std::ostringstream out;
+  CLI::detail::format_help(out, verb->get_display_name(true), Described(verb->get_description()),
+                           kColumn);
+  return out.str();
+}
+
+std::string HelpFormat::Described(const std::string& text) const {
+  std::string lines;
+  for (const std::string& line : Wrapped(text, width_ - kColumn))
+    lines += (lines.empty() ? "" : "\n") + line;
+  return lines;
+}
 
 // Plain text in the language of manual pages: hyphens that can be copied, and no line that it would
 // take for a command.
@@ -118,6 +190,10 @@ void TablesOfVerb(std::ostream& out, const CLI::App& verb) {
 }
 
 }  // namespace
+
+std::shared_ptr<CLI::FormatterBase> MakeHelpFormat(std::size_t width) {
+  return std::make_shared<HelpFormat>(width);
+}
 
 std::string TextForManualPage(const CLI::App& app) {
   std::ostringstream out;
