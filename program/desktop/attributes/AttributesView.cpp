@@ -1,8 +1,11 @@
 #include "program/desktop/attributes/AttributesView.h"
 
 #include <QElapsedTimer>
+#include <QGridLayout>
 #include <QLocale>
 #include <QScrollBar>
+#include <QToolButton>
+#include <QWidget>
 #include <algorithm>
 
 #include "host/Application.h"
@@ -24,6 +27,63 @@ bool LookAlike(const std::vector<AttributeGroup>& a, const std::vector<Attribute
 }
 
 }  // namespace
+
+// A titled part of the panel that collapses to its title.
+class CollapsibleSection : public QWidget {
+ public:
+  CollapsibleSection(const QString& title, bool folded, QWidget* parent);
+
+  bool IsFolded() const { return !title_->isChecked(); }
+  // Appends a line: a label in a column of that width, and what it labels.
+  void AddLine(const QString& label, const QString& tip, int labelWidth, QWidget* field);
+
+ private:
+  QToolButton* title_;
+  QWidget* body_;
+  QGridLayout* lines_;
+};
+
+CollapsibleSection::CollapsibleSection(const QString& title, bool folded, QWidget* parent)
+    : QWidget(parent),
+      title_(new QToolButton(this)),
+      body_(new QWidget(this)),
+      lines_(new QGridLayout(body_)) {
+  title_->setText(title);
+  title_->setCheckable(true);
+  title_->setChecked(!folded);
+  title_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  title_->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
+  title_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  title_->setObjectName("fold");  // the style sheet knows it by this name
+  lines_->setContentsMargins(8, 4, 4, 8);
+  lines_->setHorizontalSpacing(8);
+  lines_->setVerticalSpacing(4);
+  lines_->setColumnStretch(1, 1);
+  body_->setVisible(!folded);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(title_);
+  column->addWidget(body_);
+  connect(title_, &QToolButton::toggled, this, [this](bool open) {
+    title_->setArrowType(open ? Qt::DownArrow : Qt::RightArrow);
+    body_->setVisible(open);
+  });
+}
+
+void CollapsibleSection::AddLine(const QString& label, const QString& tip, int labelWidth,
+                                 QWidget* field) {
+  auto* text = new QLabel(body_);
+  text->setTextFormat(Qt::PlainText);
+  text->setText(text->fontMetrics().elidedText(label, Qt::ElideRight, labelWidth));
+  text->setToolTip(tip.isEmpty() && text->text() != label ? label : tip);
+  text->setFixedWidth(labelWidth);
+  text->setBuddy(field);
+  field->setAccessibleName(label);
+  const int row = lines_->rowCount();
+  lines_->addWidget(text, row, 0, Qt::AlignLeft | Qt::AlignVCenter);
+  lines_->addWidget(field, row, 1);
+}
 
 AttributesView::AttributesView(QWidget* parent) : QScrollArea(parent) {
   auto* page = new QWidget(this);
@@ -144,10 +204,10 @@ void AttributesView::Build(const std::vector<AttributeGroup>& groups) {
 
 void AttributesView::AddGroup(const AttributeGroup& group, int labelWidth) {
   const auto kept = folded_.find(group.title);
-  auto* section =
-      new FoldSection(group.title, kept == folded_.end() ? group.folded : kept->second, content_);
+  auto* section = new CollapsibleSection(
+      group.title, kept == folded_.end() ? group.folded : kept->second, content_);
   for (const AttributeLine& line : group.lines) {
-    LineField* field = LineField::Make(*line.field, section);
+    FieldWidget* field = FieldWidget::Make(*line.field, section);
     field->edited = [this, at = lines_.size()](const FieldEdit& edit) { Edit(at, edit); };
     section->AddLine(line.label, line.field->tip, labelWidth, field);
     lines_.push_back({line, field});

@@ -14,10 +14,12 @@
 
 #include "program/desktop/attributes/AttributeReading.h"
 #include "program/desktop/attributes/FieldEditing.h"
-#include "program/desktop/attributes/FoldSection.h"
-#include "program/desktop/attributes/LineField.h"
+#include "program/desktop/attributes/FieldWidget.h"
+#include "program/desktop/panels/DocumentView.h"
 
 namespace desktop {
+
+class CollapsibleSection;
 
 class AttributesView : public QScrollArea {
  public:
@@ -45,7 +47,7 @@ class AttributesView : public QScrollArea {
 
   struct Shown {
     AttributeLine line;
-    LineField* field;
+    FieldWidget* field;
   };
 
   host::ULLONG doc_ = 0;
@@ -53,7 +55,7 @@ class AttributesView : public QScrollArea {
   SharedIds elements_;
   std::vector<AttributeGroup> groups_;
   std::vector<Shown> lines_;
-  std::map<QString, FoldSection*> sections_;
+  std::map<QString, CollapsibleSection*> sections_;
   std::map<QString, bool> folded_;  // by title, as a person left them
   FieldEditing editing_;
   std::optional<AttributeReading> reading_;
@@ -62,6 +64,22 @@ class AttributesView : public QScrollArea {
   QLabel* kinds_;
   QVBoxLayout* column_;
   QWidget* content_ = nullptr;
+};
+
+// The attributes of the inspected elements of the active document, as a panel.
+class AttributesPanel : public AttributesView, public DocumentView {
+ public:
+  // `lookedAt` outlives the panel's last Follow.
+  AttributesPanel(LookedAt& lookedAt, QWidget* parent)
+      : AttributesView(parent), lookedAt_(lookedAt) {}
+
+  void Follow(host::BaseDocument* doc) override {
+    lookedAt_.Follow(doc);
+    AttributesView::Follow(doc, lookedAt_.Elements());
+  }
+
+ private:
+  LookedAt& lookedAt_;
 };
 
 }  // namespace desktop

@@ -1,0 +1,42 @@
+// FieldWidget: the widget that edits one field of the inspected elements. It shows what it is given
+// and tells of edits; it knows no elements, so the view decides what an edit changes. There is one
+// class for each way of editing (numbers, switches, choices, texts), private to the source file.
+// Main thread.
+#pragma once
+
+#include <QWidget>
+#include <functional>
+#include <vector>
+
+#include "program/desktop/attributes/FieldValue.h"
+#include "program/desktop/attributes/LineEdits.h"
+
+namespace desktop {
+
+class FieldWidget : public QWidget {
+ public:
+  // Made for `field`, which outlives it.
+  static FieldWidget* Make(const Field& field, QWidget* parent);
+
+  // Called with each edit by a person; set by the view that made the widget.
+  std::function<void(const FieldEdit&)> edited;
+
+  // Shows the value that elements of `doc` have in common, or that it differs; leaves a field alone in
+  // which a person is typing. Called whenever the document has changed.
+  virtual void Show(const FieldValue& value, const host::BaseDocument& doc) = 0;
+  // Takes what is typed, or says why not and forgets it.
+  void FinishTyping();
+
+ protected:
+  FieldWidget(const Field& field, QWidget* parent);
+  const Field& EditedField() const { return field_; }
+  // For FinishTyping: a part that a person types into.
+  void AddTypingPart(ConfirmedLineEdit* edit) { edits_.push_back(edit); }
+  void Tell(const FieldEdit& edit) const;
+
+ private:
+  const Field& field_;
+  std::vector<ConfirmedLineEdit*> edits_;
+};
+
+}  // namespace desktop
