@@ -1,20 +1,21 @@
 #include "program/outcome/BulkEdits.h"
 
 #include "program/outcome/Words.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace outcome {
 
 namespace {
 
 constexpr BulkEdit kBulkEdits[] = {
-    {"Update Checked Elements", "Brought & up to date.", "Nothing in the scene was new to &.", ""},
-    {"Set Selected Objects on Checked Elements", "Wrote the switches of % into &.",
+    {pictures::kUpdateChecked, "Brought & up to date.", "Nothing in the scene was new to &.", ""},
+    {pictures::kSetObjects, "Wrote the switches of % into &.",
      "Nothing changed: & had the switches of % already.", "object"},
-    {"Set Selected Tags on Checked Elements", "Wrote the settings of % into &.",
+    {pictures::kSetTags, "Wrote the settings of % into &.",
      "Nothing changed in &: the same was there, or tags of such types are not recorded.", "tag"},
-    {"Set Selected Layers on Checked Elements", "Wrote the switches of % into &.",
+    {pictures::kSetLayers, "Wrote the switches of % into &.",
      "Nothing changed: & had the switches of % already.", "layer"},
-    {"Set Render Camera on Checked Elements", "Made % the render camera of &.",
+    {pictures::kSetCamera, "Made % the render camera of &.",
      "Nothing changed: % was the render camera of & already.", ""},
 };
 

@@ -7,6 +7,7 @@
 #include "host/Host.h"
 #include "program/outcome/BulkEdits.h"
 #include "program/outcome/Words.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace outcome {
 
@@ -88,15 +89,15 @@ struct CommandWatch::Command {
 const CommandWatch::Command* CommandWatch::Find(const std::string& label) {
   static constexpr Command kBulkEdit{"", &CommandWatch::SayBulkEdit};
   static constexpr Command kCommands[] = {
-      {"Record Element", &CommandWatch::SayRecorded},
-      {"Load", &CommandWatch::SayLoaded},
-      {"Delete", &CommandWatch::SayDeleted},
-      {"Delete Checked Elements", &CommandWatch::SayDeleted},
-      {"Delete All Elements", &CommandWatch::SayDeleted},
-      {"Rename", &CommandWatch::SayRenamed},
-      {"Clean Material Editor", &CommandWatch::SayCleaned},
-      {"Generate .C4D Files", &CommandWatch::SayExported},
-      {"Save As Default Preferences", &CommandWatch::SaySavedDefaults},
+      {pictures::kRecord, &CommandWatch::SayRecorded},
+      {pictures::kLoad, &CommandWatch::SayLoaded},
+      {pictures::kDelete, &CommandWatch::SayDeleted},
+      {pictures::kDeleteChecked, &CommandWatch::SayDeleted},
+      {pictures::kDeleteAll, &CommandWatch::SayDeleted},
+      {pictures::kRename, &CommandWatch::SayRenamed},
+      {pictures::kCleanMaterials, &CommandWatch::SayCleaned},
+      {pictures::kGenerateScenes, &CommandWatch::SayExported},
+      {pictures::kSaveDefaults, &CommandWatch::SaySavedDefaults},
   };
   if (FindBulkEdit(label)) return &kBulkEdit;
   const auto* found = std::find_if(std::begin(kCommands), std::end(kCommands),
@@ -118,7 +119,7 @@ CommandWatch::CommandWatch(host::GeDialog& dialog, std::string label)
   materials_ = MaterialsOf(*doc_);
   inScene_ = SelectedInScene();
   typed_ = dialog_.TypedName();
-  preview_ = dialog_.IsTicked("Generate Preview Image");
+  preview_ = dialog_.IsTicked(pictures::kGeneratePreview);
 }
 
 Outcome CommandWatch::Finish(bool answered) {
@@ -180,9 +181,9 @@ void CommandWatch::SayDeleted(bool, Outcome& outcome) {
     outcome.summary = "Deleted " +
                       (gone.size() > 1 ? Counted(gone.size(), "Stagemark") + ": " : "") +
                       Listed(gone) + ".";
-  } else if (label_ == "Delete" && selected_.size() != 1) {
+  } else if (label_ == pictures::kDelete && selected_.size() != 1) {
     outcome.summary = kOneRowNeeded;
-  } else if (label_ != "Delete") {
+  } else if (label_ != pictures::kDelete) {
     outcome.summary = names_.empty() ? "There are no Stagemarks in this scene." : kCheckNeeded;
   }
 }
@@ -210,7 +211,7 @@ void CommandWatch::SaySavedDefaults(bool, Outcome& outcome) {
 // What the camera needs the dialog says itself.
 void CommandWatch::SayBulkEdit(bool, Outcome& outcome) {
   const BulkEdit& edit = *FindBulkEdit(label_);
-  const bool isCamera = label_ == "Set Render Camera on Checked Elements";
+  const bool isCamera = label_ == pictures::kSetCamera;
   const bool needs = *edit.selected != 0 && inScene_.empty();
   const bool changed = SceneDataChanged();
   const std::vector<std::string> selected = isCamera ? ActiveCamera(*doc_) : inScene_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "program/pictures/DialogLabels.h"
+
 namespace pictures {
 
 using engine::Gadget;
@@ -61,7 +63,7 @@ const Gadget& StagemarksDialog::List() const {
 }
 
 bool StagemarksDialog::Fits() const {
-  return List().listColumns.size() == kColumns && Labeled(*dialog_, GadgetKind::Button, "Load");
+  return List().listColumns.size() == kColumns && Labeled(*dialog_, GadgetKind::Button, kLoad);
 }
 
 const Gadget* StagemarksDialog::Find(GadgetKind kind, const std::string& label) const {
@@ -180,7 +182,7 @@ bool StagemarksDialog::SelectNames(const std::vector<std::string>& names) {
 }
 
 bool StagemarksDialog::CheckOnly(const std::vector<std::string>& names) {
-  if (!Choose("Uncheck All Elements")) return false;
+  if (!Choose(kUncheckAll)) return false;
   const std::unordered_set<std::string> wanted(names.begin(), names.end());
   const auto marks = Marks();
   for (std::size_t line = 0; line < marks.size(); ++line) {

@@ -13,6 +13,7 @@
 #include "engine/outside/RealOutside.h"
 #include "engine/render/Renderer.h"
 #include "engine/scenefile/SceneFile.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace pictures {
 
@@ -155,7 +156,7 @@ class StateWorker {
   Status Recall(const Mark& mark) {
     if (mark.name.empty()) return {};
     SetOptions();
-    if (!dialog_->Select(mark.name) || !dialog_->Press("Load"))
+    if (!dialog_->Select(mark.name) || !dialog_->Press(kLoad))
       return Status::Failure("\"" + mark.name + "\" was not loaded.");
     application_.DeliverEvents();
     return {};

@@ -15,9 +15,8 @@
 #include <QtTest/QTest>
 
 #include "program/desktop/Text.h"
+#include "program/desktop/dialog/GadgetWidgets.h"
 #include "program/desktop/dialog/ListView.h"
-#include "program/desktop/dialog/NumberField.h"
-#include "program/desktop/dialog/PictureButton.h"
 #include "tests/desktop/Pictures.h"
 #include "tests/dialog/SampleDialog.h"
 #include "tests/support/PluginSession.h"

@@ -7,7 +7,7 @@
 
 #include <QScreen>
 
-#include "program/desktop/dialog/PictureButton.h"
+#include "program/desktop/dialog/GadgetWidgets.h"
 #include "program/desktop/render/PictureWindow.h"
 #include "tests/desktop/States.h"
 

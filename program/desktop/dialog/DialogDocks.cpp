@@ -3,9 +3,8 @@
 #include <QCloseEvent>
 #include <algorithm>
 
-#include "program/desktop/EmptyListTexts.h"
 #include "program/desktop/Text.h"
-#include "program/desktop/dialog/StagemarksUse.h"
+#include "program/desktop/dialog/StagemarksDialogExtras.h"
 
 namespace desktop {
 
@@ -76,8 +75,7 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   auto* view = new DialogView(dialog, dock);
   view->titled = [dock, &dialog] { dock->setWindowTitle(ToQt(engine::DialogTitle(dialog))); };
   view->titled();
-  view->SetEmptyListText(EmptyListText(engine::DialogPluginId(dialog)));
-  if (pictures::StagemarksDialog(dialog).Fits()) new StagemarksUse(*view);
+  if (pictures::StagemarksDialog(dialog).Fits()) new StagemarksDialogExtras(*view);
   view->SetAround(
       [this](host::GeDialog& acted, const std::string& label, const std::function<bool()>& act) {
         if (!around) return static_cast<void>(act());

@@ -9,11 +9,9 @@
 #include <algorithm>
 
 #include "program/desktop/Text.h"
-#include "program/desktop/dialog/DialogMenus.h"
-#include "program/desktop/dialog/DialogShape.h"
+#include "program/desktop/dialog/Busy.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/dialog/ListView.h"
-#include "program/desktop/dialog/PictureButton.h"
 
 namespace desktop {
 
@@ -23,6 +21,114 @@ namespace {
 // filled.
 constexpr int kMillisecondsBetweenTries = 20;
 constexpr int kNarrowBorder = 3;
+
+void Add(std::string& shape, std::initializer_list<host::LONG> numbers) {
+  for (const host::LONG number : numbers) shape.append(std::to_string(number)).push_back(' ');
+}
+
+void AddText(std::string& shape, const host::String& text) {
+  const std::string bytes = text.ToUtf8();
+  shape.append(std::to_string(bytes.size())).append(":").append(bytes);
+}
+
+void AddGadget(std::string& shape, const engine::Gadget& gadget) {
+  Add(shape,
+      {static_cast<host::LONG>(gadget.kind), gadget.id, gadget.flags, gadget.width, gadget.height});
+  if (gadget.kind != engine::GadgetKind::Group) return;
+  Add(shape, {gadget.columns, gadget.rows, gadget.spaceX, gadget.spaceY, gadget.enabled});
+  Add(shape, {gadget.borderLeft, gadget.borderTop, gadget.borderRight, gadget.borderBottom});
+  Add(shape, {static_cast<host::LONG>(gadget.children.size())});
+  AddText(shape, gadget.text);
+}
+
+void AddEntry(std::string& shape, const engine::MenuEntry& entry) {
+  Add(shape, {entry.id, entry.separator, static_cast<host::LONG>(entry.children.size())});
+  AddText(shape, entry.text);
+}
+
+// The shape of a dialog as a text that differs when its widgets have to be built anew: kinds, IDs,
+// places and titles of groups, but no values.
+std::string ShapeOf(const host::GeDialog& dialog) {
+  std::string shape;
+  std::vector<const engine::Gadget*> open = {&engine::DialogRoot(dialog)};
+  while (!open.empty()) {
+    const engine::Gadget* gadget = open.back();
+    open.pop_back();
+    AddGadget(shape, *gadget);
+    for (const auto& child : gadget->children) open.push_back(child.get());
+  }
+  return shape;
+}
+
+// Texts and IDs of the menu bar, without what is checked or switched off.
+std::string ShapeOfMenus(const host::GeDialog& dialog) {
+  std::string shape;
+  std::vector<const engine::MenuEntry*> open;
+  for (const engine::MenuEntry& entry : engine::DialogMenus(dialog)) open.push_back(&entry);
+  while (!open.empty()) {
+    const engine::MenuEntry* entry = open.back();
+    open.pop_back();
+    AddEntry(shape, *entry);
+    for (const engine::MenuEntry& child : entry->children) open.push_back(&child);
+  }
+  return shape;
+}
+
+void ShowState(QAction& action, const engine::MenuEntry& entry) {
+  action.setEnabled(entry.enabled);
+  action.setCheckable(entry.checked);
+  action.setChecked(entry.checked);
+}
+
+void AddEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
+                const SharedDialogLink& link);
+
+void AddEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLink& link) {
+  if (entry.separator) {
+    menu.addSeparator();
+  } else if (entry.id == 0) {
+    AddEntries(*menu.addMenu(Label(entry.text)), entry.children, link);
+  } else {
+    QAction* action = menu.addAction(Label(entry.text));
+    action->setData(entry.id);
+    ShowState(*action, entry);
+    QObject::connect(action, &QAction::triggered, action,
+                     [link, action, id = entry.id, label = entry.text] {
+                       Act(link, *action, label, About::kNothingMore,
+                           [id](host::GeDialog& dialog) { return engine::ChooseMenu(dialog, id); });
+                     });
+  }
+}
+
+// The toolkit flips a check mark by itself when its entry is chosen; the dialog alone says what is
+// marked.
+void RefreshStates(const QMenu& menu, const SharedDialogLink& link) {
+  for (QAction* action : menu.actions()) {
+    const host::LONG id = action->data().toInt();
+    const engine::MenuEntry* entry =
+        id != 0 && link->dialog ? engine::FindMenuEntry(*link->dialog, id) : nullptr;
+    if (entry) ShowState(*action, *entry);
+  }
+}
+
+void AddEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
+                const SharedDialogLink& link) {
+  for (const engine::MenuEntry& entry : entries) AddEntry(menu, entry, link);
+  QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, link] { RefreshStates(menu, link); });
+}
+
+// Fills the bar anew with the dialog's menus; an entry that is chosen becomes an event. Check marks
+// and what is switched off are taken over whenever a menu opens.
+void ShowMenus(QMenuBar& bar, const SharedDialogLink& link) {
+  for (QAction* action : bar.actions()) {
+    if (action->menu()) action->menu()->deleteLater();
+  }
+  bar.clear();
+  for (const engine::MenuEntry& entry : engine::DialogMenus(*link->dialog)) {
+    QMenu* menu = bar.addMenu(Label(entry.text));
+    AddEntries(*menu, entry.children, link);
+  }
+}
 
 }  // namespace
 

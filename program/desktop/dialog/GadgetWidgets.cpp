@@ -5,24 +5,124 @@
 #include <QFrame>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <algorithm>
 #include <limits>
 
+#include "engine/render/Image.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/dialog/Busy.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/dialog/ListView.h"
-#include "program/desktop/dialog/NumberField.h"
-#include "program/desktop/dialog/PictureButton.h"
 
 namespace desktop {
 
-namespace {
-
 using engine::Gadget;
 using engine::GadgetKind;
+
+namespace {
+
+constexpr int kRealDecimals = 3;
+constexpr int kShownDigits = 9;
+constexpr int kFewestDigits = 5;
+constexpr int kDigitsOfArrows = 4;
+
+}  // namespace
+
+NumberField::NumberField(QWidget* parent) : QDoubleSpinBox(parent) {
+  setKeyboardTracking(false);
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+  setLocale(QLocale::c());
+}
+
+void NumberField::Show(const engine::Gadget& gadget) {
+  const QSignalBlocker quiet(this);
+  setDecimals(gadget.format == host::FORMAT_LONG ? 0 : kRealDecimals);
+  setRange(gadget.min, gadget.max);
+  setSingleStep(gadget.step);
+  setValue(gadget.value.GetReal());
+}
+
+QSize NumberField::sizeHint() const {
+  const int digit = fontMetrics().horizontalAdvance('0');
+  return {digit * (kShownDigits + kDigitsOfArrows), QDoubleSpinBox::sizeHint().height()};
+}
+
+QSize NumberField::minimumSizeHint() const {
+  return {fontMetrics().horizontalAdvance('0') * (kFewestDigits + kDigitsOfArrows),
+          sizeHint().height()};
+}
+
+namespace {
+
+constexpr QSize kSmallest(64, 48);
+// Of the frame where there is nothing to show.
+constexpr QSize kUsualShape(4, 3);
+
+QImage ToPicture(const engine::Image& image) {
+  const engine::Image bytes = engine::ToBytes(image);
+  const QImage view(bytes.bytes.data(), static_cast<int>(bytes.width),
+                    static_cast<int>(bytes.height), static_cast<qsizetype>(bytes.width) * 4,
+                    QImage::Format_RGBA8888);
+  return view.copy();
+}
+
+}  // namespace
+
+PictureButton::PictureButton(const engine::Gadget& gadget, QWidget* parent)
+    : QAbstractButton(parent),
+      asked_(AskedSize(gadget, fontMetrics())),
+      border_(gadget.settings.GetBool(host::BITMAPBUTTON_BORDER)) {
+  setAccessibleName(ToQt(gadget.text));
+  setMinimumSize(kSmallest);
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+}
+
+QSize PictureButton::sizeHint() const { return Fitted(asked_).expandedTo(kSmallest); }
+
+QSize PictureButton::Fitted(QSize room) const {
+  return (picture_.isNull() ? kUsualShape : picture_.size()).scaled(room, Qt::KeepAspectRatio);
+}
+
+void PictureButton::Show(const engine::Gadget& gadget) {
+  setEnabled(gadget.enabled);
+  Load(gadget.image.GetString().ToUtf8());
+}
+
+void PictureButton::Load(const std::string& path) {
+  engine::Outside& files = engine::Outside::Current();
+  const engine::FileStamp stamp = path.empty() ? engine::FileStamp{} : files.Stamp(path);
+  if (path == path_ && stamp == stamp_) return;
+  path_ = path;
+  stamp_ = stamp;
+  picture_ = QImage();
+  update();
+  updateGeometry();
+  if (path.empty()) return;
+  const auto bytes = files.ReadFile(path, engine::kLargestImageBytes);
+  if (!bytes) return;
+  const auto image = engine::DecodeImage(bytes.Value());
+  if (image) picture_ = ToPicture(image.Value());
+}
+
+void PictureButton::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  QRect frame({0, 0}, Fitted(size()));
+  frame.moveCenter(rect().center());
+  const QRect inside = border_ ? frame.adjusted(1, 1, -1, -1) : frame;
+  if (border_)
+    painter.fillRect(frame, palette().color(hasFocus() ? QPalette::Link : QPalette::Mid));
+  painter.fillRect(inside, palette().color(QPalette::Base));
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  if (!picture_.isNull()) painter.drawImage(inside, picture_);
+  if (!hasFocus() || border_) return;
+  painter.setPen(palette().color(QPalette::Link));
+  painter.drawRect(frame.adjusted(0, 0, -1, -1));
+}
+
+namespace {
 
 GadgetWidget MakeButton(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
   auto* button = new QPushButton(parent);

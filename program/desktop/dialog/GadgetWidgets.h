@@ -3,13 +3,57 @@
 // thread.
 #pragma once
 
+#include <QAbstractButton>
+#include <QDoubleSpinBox>
+#include <QImage>
 #include <QWidget>
 #include <functional>
 
+#include "engine/dialog/Dialogs.h"
+#include "engine/outside/Outside.h"
 #include "program/desktop/dialog/DialogLink.h"
 
 namespace desktop {
 
+// A number with arrows, in the range, step and format of its gadget. Tells of a typed number when
+// typing is done.
+class NumberField : public QDoubleSpinBox {
+ public:
+  explicit NumberField(QWidget* parent);
+
+  // Takes over range, step, format and value without telling.
+  void Show(const engine::Gadget& gadget);
+  // A range as wide as numbers go would ask for a field as wide as the screen.
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override;
+};
+
+// A bitmap button: shows an image file as large as it fits, in its proportions, and asks for no
+// more room than that. A file is read again only when it has changed.
+class PictureButton : public QAbstractButton {
+ public:
+  PictureButton(const engine::Gadget& gadget, QWidget* parent);
+
+  void Show(const engine::Gadget& gadget);
+  const QImage& Picture() const { return picture_; }
+  QSize sizeHint() const override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  void Load(const std::string& path);
+  // The largest size of the picture's proportions inside `room`.
+  QSize Fitted(QSize room) const;
+
+  QSize asked_;
+  bool border_;
+  std::string path_;
+  engine::FileStamp stamp_;
+  QImage picture_;  // null: nothing to show
+};
+
+// A widget with the way to bring it in step with its gadget.
 struct GadgetWidget {
   QWidget* widget;
   // Brings the widget in step with the gadget without an event.

@@ -7,10 +7,100 @@
 #include <QToolTip>
 #include <algorithm>
 
+#include "program/desktop/Text.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/panels/EmptyText.h"
 
 namespace desktop {
+
+namespace {
+
+// A name may be as long as memory; what is shown of it ends here.
+constexpr int kLongestText = 500;
+
+QString Shortened(QString text) {
+  text.replace('\n', ' ');
+  if (text.size() > kLongestText) text = text.left(kLongestText) + QChar(0x2026);
+  return text;
+}
+
+bool SameColumns(const std::vector<engine::Column>& a, const std::vector<engine::Column>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](const engine::Column& x, const engine::Column& y) {
+                      return x.id == y.id && x.kind == y.kind;
+                    });
+}
+
+}  // namespace
+
+ListModel::ListModel(SharedDialogLink link, host::LONG list, QObject* parent)
+    : QAbstractTableModel(parent), link_(std::move(link)), list_(list) {}
+
+void ListModel::Update() {
+  const engine::Gadget* list = link_->Find(list_);
+  if (!list) return;
+  if (!SameColumns(columns_, list->listColumns)) {
+    beginResetModel();
+    columns_ = list->listColumns;
+    rows_ = static_cast<int>(list->listRows.size());
+    endResetModel();
+    return;
+  }
+  SetRowCount(static_cast<int>(list->listRows.size()));
+  if (rows_ > 0 && !columns_.empty())
+    emit dataChanged(index(0, 0), index(rows_ - 1, columnCount() - 1));
+}
+
+void ListModel::SetRowCount(int rows) {
+  if (rows > rows_) {
+    beginInsertRows({}, rows_, rows - 1);
+    rows_ = rows;
+    endInsertRows();
+  } else if (rows < rows_) {
+    beginRemoveRows({}, rows, rows_ - 1);
+    rows_ = rows;
+    endRemoveRows();
+  }
+}
+
+bool ListModel::IsCheckColumn(int column) const {
+  return column >= 0 && column < columnCount() &&
+         columns_[static_cast<std::size_t>(column)].kind == host::LV_COLUMN_CHECKBOX;
+}
+
+const host::BaseContainer* ListModel::ValuesOf(const QModelIndex& index) const {
+  const engine::Gadget* list = index.isValid() ? link_->Find(list_) : nullptr;
+  const auto line = static_cast<std::size_t>(index.row());
+  return list && line < list->listRows.size() ? &list->listRows[line].values : nullptr;
+}
+
+QVariant ListModel::data(const QModelIndex& index, int role) const {
+  const host::BaseContainer* values = ValuesOf(index);
+  if (!values) return {};
+  const host::LONG column = columns_[static_cast<std::size_t>(index.column())].id;
+  const bool isCheck = IsCheckColumn(index.column());
+  if (role == Qt::CheckStateRole && isCheck)
+    return values->GetBool(column) ? Qt::Checked : Qt::Unchecked;
+  if (role == Qt::DisplayRole && !isCheck) return Shortened(ToQt(values->GetString(column)));
+  return {};
+}
+
+Qt::ItemFlags ListModel::flags(const QModelIndex& index) const {
+  if (!index.isValid()) return Qt::NoItemFlags;
+  const Qt::ItemFlags plain = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
+  return IsCheckColumn(index.column()) ? plain | Qt::ItemIsUserCheckable : plain;
+}
+
+bool ListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+  const host::BaseContainer* values = ValuesOf(index);
+  if (role != Qt::CheckStateRole || !values || !IsCheckColumn(index.column())) return false;
+  const host::LONG column = columns_[static_cast<std::size_t>(index.column())].id;
+  const bool wanted = value.value<Qt::CheckState>() == Qt::Checked;
+  if (wanted != static_cast<bool>(values->GetBool(column)))
+    engine::ToggleLine(*link_->dialog, list_, index.row(), column);
+  if (index.row() < rows_) emit dataChanged(index, index, {Qt::CheckStateRole});
+  return true;
+}
 
 namespace {
 
@@ -39,8 +129,8 @@ ListView::ListView(SharedDialogLink link, const engine::Gadget& list, QWidget* p
       link_(std::move(link)),
       id_(list.id),
       asked_(AskedSize(list, fontMetrics())),
-      rows_(new ListRows(link_, list.id, this)) {
-  setModel(rows_);
+      model_(new ListModel(link_, list.id, this)) {
+  setModel(model_);
   setHeaderHidden(true);
   header()->setStretchLastSection(false);
   header()->setMinimumSectionSize(kNarrowestColumn);
@@ -57,7 +147,7 @@ QSize ListView::sizeHint() const { return asked_.expandedTo(kSmallest); }
 
 void ListView::Show(const engine::Gadget& list) {
   showing_ = true;
-  rows_->Update();
+  model_->Update();
   ShowSelection(list.selection);
   showing_ = false;
   setEnabled(list.enabled);
@@ -71,7 +161,7 @@ void ListView::SetEmptyText(const QString& text) {
 
 void ListView::paintEvent(QPaintEvent* event) {
   QTreeView::paintEvent(event);
-  if (rows_->rowCount() == 0) PaintEmptyText(*this, emptyText_);
+  if (model_->rowCount() == 0) PaintEmptyText(*this, emptyText_);
 }
 
 host::BaseSelect ListView::SelectedLines() const {
@@ -87,8 +177,8 @@ void ListView::ShowSelection(const host::BaseSelect& selection) {
   host::LONG first = 0;
   host::LONG last = 0;
   for (host::LONG segment = 0; selection.GetRange(segment, &first, &last); ++segment) {
-    wanted.append(
-        QItemSelectionRange(rows_->index(first, 0), rows_->index(last, rows_->columnCount() - 1)));
+    wanted.append(QItemSelectionRange(model_->index(first, 0),
+                                      model_->index(last, model_->columnCount() - 1)));
   }
   selectionModel()->select(wanted, QItemSelectionModel::ClearAndSelect);
 }
@@ -101,7 +191,7 @@ QItemSelectionModel::SelectionFlags ListView::selectionCommand(const QModelIndex
   // What a context menu is asked for is chosen wherever one points.
   const bool isRight =
       isMouse && static_cast<const QMouseEvent*>(event)->buttons() & Qt::RightButton;
-  if (isMouse && !isRight && rows_->IsCheckColumn(index.column()))
+  if (isMouse && !isRight && model_->IsCheckColumn(index.column()))
     return QItemSelectionModel::NoUpdate;
   return QTreeView::selectionCommand(index, event);
 }
@@ -132,7 +222,7 @@ void ListView::keyPressEvent(QKeyEvent* event) {
 void ListView::mouseDoubleClickEvent(QMouseEvent* event) {
   const QModelIndex index = indexAt(event->position().toPoint());
   QTreeView::mouseDoubleClickEvent(event);
-  const bool isRow = index.isValid() && !rows_->IsCheckColumn(index.column());
+  const bool isRow = index.isValid() && !model_->IsCheckColumn(index.column());
   if (opened && isRow && event->button() == Qt::LeftButton) opened();
 }
 
@@ -150,8 +240,8 @@ bool ListView::viewportEvent(QEvent* event) {
 }
 
 int ListView::CheckColumn() const {
-  for (int column = 0; column < rows_->columnCount(); ++column) {
-    if (rows_->IsCheckColumn(column)) return column;
+  for (int column = 0; column < model_->columnCount(); ++column) {
+    if (model_->IsCheckColumn(column)) return column;
   }
   return -1;
 }
@@ -167,7 +257,7 @@ void ListView::ToggleSelected() {
   if (CheckColumn() < 0) return;
   const Qt::CheckState wanted = AllChecked() ? Qt::Unchecked : Qt::Checked;
   for (const QModelIndex& line : selectionModel()->selectedRows(CheckColumn())) {
-    rows_->setData(line, wanted, Qt::CheckStateRole);
+    model_->setData(line, wanted, Qt::CheckStateRole);
   }
 }
 
@@ -180,11 +270,11 @@ ListView::Widths ListView::Measure() const {
   const int marker = fontMetrics().averageCharWidth() * kMarkerCharacters;
   const int most = std::max(viewport()->width(), kNarrowestColumn);
   Widths widths;
-  for (int column = 0; column < rows_->columnCount(); ++column) {
+  for (int column = 0; column < model_->columnCount(); ++column) {
     widths.columns.push_back(std::clamp(sizeHintForColumn(column), kNarrowestColumn, most));
     const bool isFirst =
         widths.filling < 0 || widths.columns[static_cast<std::size_t>(widths.filling)] < marker;
-    if (!rows_->IsCheckColumn(column) && isFirst) widths.filling = column;
+    if (!model_->IsCheckColumn(column) && isFirst) widths.filling = column;
   }
   const int wanted =
       widths.filling < 0 ? 0 : widths.columns[static_cast<std::size_t>(widths.filling)];
@@ -196,7 +286,7 @@ ListView::Widths ListView::Measure() const {
 int ListView::ReadableWidth() const {
   const Widths widths = Measure();
   int width = 2 * frameWidth() + verticalScrollBar()->sizeHint().width() + widths.readable;
-  for (int column = 0; column < rows_->columnCount(); ++column) {
+  for (int column = 0; column < model_->columnCount(); ++column) {
     if (column != widths.filling) width += widths.columns[static_cast<std::size_t>(column)];
   }
   return std::clamp(width, kSmallest.width(), sizeHint().width());
@@ -205,7 +295,7 @@ int ListView::ReadableWidth() const {
 void ListView::FitColumns() {
   const Widths widths = Measure();
   int left = viewport()->width();
-  for (int column = 0; column < rows_->columnCount(); ++column) {
+  for (int column = 0; column < model_->columnCount(); ++column) {
     const int width = widths.columns[static_cast<std::size_t>(column)];
     setColumnWidth(column, width);
     left -= width;

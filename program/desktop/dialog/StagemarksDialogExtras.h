@@ -1,7 +1,7 @@
-// StagemarksUse: what the desktop adds to the use of the Stagemarks dialog: Enter and double click,
-// a context menu for rows, tooltips, and a row and picture that stay when the scene changes. All of
-// it goes through the dialog's own buttons, fields and events, which are found by what they show.
-// It belongs to its view. Main thread.
+// StagemarksDialogExtras: conveniences that the desktop adds to the Stagemarks dialog: Enter and
+// double click, a context menu for rows, tool tips, a hint in the empty list, and a row and picture
+// that stay when the scene changes. All of it goes through the dialog's own buttons, fields and
+// events, which are found by their labels. It belongs to its view. Main thread.
 #pragma once
 
 #include <QObject>
@@ -15,10 +15,10 @@ namespace desktop {
 
 class ListView;
 
-class StagemarksUse : public QObject {
+class StagemarksDialogExtras : public QObject {
  public:
   // Of a dialog for which StagemarksDialog::Fits.
-  explicit StagemarksUse(DialogView& view);
+  explicit StagemarksDialogExtras(DialogView& view);
 
  private:
   // Once the widgets are there, and whenever they have been built anew.

@@ -1,4 +1,4 @@
-#include "program/desktop/dialog/StagemarksUse.h"
+#include "program/desktop/dialog/StagemarksDialogExtras.h"
 
 #include <QInputDialog>
 #include <QLineEdit>
@@ -8,6 +8,7 @@
 
 #include "program/desktop/Text.h"
 #include "program/desktop/dialog/ListView.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace desktop {
 
@@ -16,10 +17,7 @@ using pictures::StagemarksDialog;
 
 namespace {
 
-constexpr const char* kLoad = "Load";
-constexpr const char* kDelete = "Delete";
-constexpr const char* kRename = "Rename";
-constexpr const char* kRecord = "Record Element";
+constexpr const char* kEmptyList = "No Stagemarks yet: name this state and press Record Element";
 
 struct Explained {
   GadgetKind kind;
@@ -28,53 +26,56 @@ struct Explained {
 };
 
 constexpr Explained kExplained[] = {
-    {GadgetKind::Button, kLoad,
+    {GadgetKind::Button, pictures::kLoad,
      "Bring the scene into the state of the selected row (double click, Enter)"},
-    {GadgetKind::Button, kDelete, "Delete the selected Stagemark for good, after a question"},
-    {GadgetKind::Button, kRename, "Give the selected Stagemark the name in the field"},
+    {GadgetKind::Button, pictures::kDelete,
+     "Delete the selected Stagemark for good, after a question"},
+    {GadgetKind::Button, pictures::kRename, "Give the selected Stagemark the name in the field"},
     {GadgetKind::EditText, "", "Name for the next recording, or for Rename (Enter records)"},
-    {GadgetKind::Button, kRecord, "Record the scene as it is now under the name in the field"},
-    {GadgetKind::Checkbox, "Generate Preview Image",
+    {GadgetKind::Button, pictures::kRecord,
+     "Record the scene as it is now under the name in the field"},
+    {GadgetKind::Checkbox, pictures::kGeneratePreview,
      "Recording also renders a small picture, for scenes that have been saved"},
-    {GadgetKind::Button, "Generate .C4D Files",
+    {GadgetKind::Button, pictures::kGenerateScenes,
      "Write a scene file for each checked row, in the layout beside"},
     {GadgetKind::ComboBox, "", "How the files are laid out, and whether textures come along"},
-    {GadgetKind::Checkbox, "Change Frame Range",
+    {GadgetKind::Checkbox, pictures::kChangeFrameRange,
      "Give every written file these frames instead of its own"},
     {GadgetKind::BitmapButton, "", "Preview of the selected Stagemark"},
 };
 
 }  // namespace
 
-StagemarksUse::StagemarksUse(DialogView& view) : QObject(&view), view_(view) {
+StagemarksDialogExtras::StagemarksDialogExtras(DialogView& view) : QObject(&view), view_(view) {
   view.built = [this] { Equip(); };
   view.changing = [this] { KeepPicture(); };
   view.SetConcerns([this](const host::String& label) { return ConcernOf(label); });
+  view.SetEmptyListText(kEmptyList);
   Equip();
 }
 
-void StagemarksUse::Equip() {
+void StagemarksDialogExtras::Equip() {
   ExplainGadgets();
   StagemarksDialog dialog(*view_.Dialog());
   if (const engine::Gadget* gadget = dialog.Find(GadgetKind::EditText)) {
     if (auto* field = dynamic_cast<QLineEdit*>(view_.WidgetOf(gadget->id))) {
-      connect(field, &QLineEdit::returnPressed, this, [this] { Press(kRecord); });
+      connect(field, &QLineEdit::returnPressed, this, [this] { Press(pictures::kRecord); });
     }
   }
-  for (const char* label : {kRecord, kRename}) {
+  for (const char* label : {pictures::kRecord, pictures::kRename}) {
     // After what the button itself does.
     if (QAbstractButton* button = Button(label))
       connect(button, &QAbstractButton::clicked, this, [this] { ChooseTyped(); });
   }
   ListView* list = List();
   if (!list) return;
-  list->opened = [this] { Press(kLoad); };
+  list->opened = [this] { Press(pictures::kLoad); };
   list->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(list, &QWidget::customContextMenuRequested, this,
           [this](const QPoint& place) { ShowMenu(place); });
 }
 
-void StagemarksUse::ExplainGadgets() {
+void StagemarksDialogExtras::ExplainGadgets() {
   for (const Explained& row : kExplained) {
     const engine::Gadget* gadget = StagemarksDialog(*view_.Dialog()).Find(row.kind, row.label);
     if (QWidget* widget = gadget ? view_.WidgetOf(gadget->id) : nullptr)
@@ -82,23 +83,23 @@ void StagemarksUse::ExplainGadgets() {
   }
 }
 
-QAbstractButton* StagemarksUse::Button(const char* label) const {
+QAbstractButton* StagemarksDialogExtras::Button(const char* label) const {
   const engine::Gadget* gadget =
       view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::Button, label) : nullptr;
   return gadget ? dynamic_cast<QAbstractButton*>(view_.WidgetOf(gadget->id)) : nullptr;
 }
 
-ListView* StagemarksUse::List() const {
+ListView* StagemarksDialogExtras::List() const {
   const engine::Gadget* gadget =
       view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::ListView) : nullptr;
   return gadget ? dynamic_cast<ListView*>(view_.WidgetOf(gadget->id)) : nullptr;
 }
 
-void StagemarksUse::Press(const char* button) {
+void StagemarksDialogExtras::Press(const char* button) {
   if (QAbstractButton* found = Button(button)) found->click();
 }
 
-void StagemarksUse::ShowMenu(const QPoint& place) {
+void StagemarksDialogExtras::ShowMenu(const QPoint& place) {
   ListView* list = List();
   if (!list || !list->indexAt(place).isValid()) return;
   const bool one = !Chosen().empty();
@@ -108,30 +109,30 @@ void StagemarksUse::ShowMenu(const QPoint& place) {
     action->setEnabled(enabled);
     return action;
   };
-  menu.setDefaultAction(add(kLoad, one, [this] { Press(kLoad); }));
-  add(QString(kRename) + QChar(0x2026), one, [this] { Rename(); });
-  add(kDelete, one, [this] { Press(kDelete); });
+  menu.setDefaultAction(add(pictures::kLoad, one, [this] { Press(pictures::kLoad); }));
+  add(QString(pictures::kRename) + QChar(0x2026), one, [this] { Rename(); });
+  add(pictures::kDelete, one, [this] { Press(pictures::kDelete); });
   menu.addSeparator();
   add(list->AllChecked() ? "Uncheck" : "Check", true, [list] { list->ToggleSelected(); });
   menu.exec(list->viewport()->mapToGlobal(place));
 }
 
-void StagemarksUse::Rename() {
+void StagemarksDialogExtras::Rename() {
   const std::string former = Chosen();
   bool meant = false;
-  const QString name =
-      QInputDialog::getText(&view_, kRename, "New name:", QLineEdit::Normal, ToQt(former), &meant);
+  const QString name = QInputDialog::getText(&view_, pictures::kRename,
+                                             "New name:", QLineEdit::Normal, ToQt(former), &meant);
   if (!meant || !view_.Dialog() || Chosen() != former || name == ToQt(former)) return;
   StagemarksDialog dialog(*view_.Dialog());
   if (dialog.Has(name.toStdString())) {
-    QMessageBox::information(&view_, kRename,
+    QMessageBox::information(&view_, pictures::kRename,
                              "There is a Stagemark of that name already. Choose another name.");
     return;
   }
-  if (dialog.TypeName(name.toStdString())) Press(kRename);
+  if (dialog.TypeName(name.toStdString())) Press(pictures::kRename);
 }
 
-std::string StagemarksUse::Chosen() const {
+std::string StagemarksDialogExtras::Chosen() const {
   if (!view_.Dialog()) return {};
   const engine::Gadget* list = StagemarksDialog(*view_.Dialog()).Find(GadgetKind::ListView);
   if (!list || list->selection.GetCount() != 1) return {};
@@ -139,13 +140,13 @@ std::string StagemarksUse::Chosen() const {
   return names.empty() ? std::string() : names.front();
 }
 
-std::string StagemarksUse::TypedName() const {
+std::string StagemarksDialogExtras::TypedName() const {
   const engine::Gadget* field =
       view_.Dialog() ? StagemarksDialog(*view_.Dialog()).Find(GadgetKind::EditText) : nullptr;
   return field ? field->value.GetString().ToUtf8() : std::string();
 }
 
-void StagemarksUse::KeepPicture() {
+void StagemarksDialogExtras::KeepPicture() {
   const engine::Gadget* picture = StagemarksDialog(*view_.Dialog()).Find(GadgetKind::BitmapButton);
   const std::string name = Chosen();
   if (!picture || name.empty() || TypedName() != name) return;
@@ -156,19 +157,19 @@ void StagemarksUse::KeepPicture() {
   itsPicture_ = shown();
 }
 
-void StagemarksUse::ChooseTyped() {
+void StagemarksDialogExtras::ChooseTyped() {
   if (!view_.Dialog()) return;
   StagemarksDialog dialog(*view_.Dialog());
   const std::string name = TypedName();
   if (dialog.Current() == name || Chosen().empty()) dialog.Select(name);
 }
 
-// Which Stagemark a question of the dialog is about, that does not say so itself.
-QString StagemarksUse::ConcernOf(const host::String& label) const {
+// The Stagemark that a question of the dialog is about which does not say so itself.
+QString StagemarksDialogExtras::ConcernOf(const host::String& label) const {
   const std::string text = label.ToUtf8();
-  const std::string name = text == kDelete   ? Chosen()
-                           : text == kRecord ? TypedName()
-                                             : std::string();
+  const std::string name = text == pictures::kDelete   ? Chosen()
+                           : text == pictures::kRecord ? TypedName()
+                                                       : std::string();
   return name.empty() ? QString() : "Stagemark: " + ToQt(name);
 }
 

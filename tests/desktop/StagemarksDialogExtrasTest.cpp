@@ -1,6 +1,6 @@
 // The Stagemarks dialog in the hands of a person: keys, double clicks and context menus press its
 // own buttons, the chosen row and its picture stay, and questions say what they are about.
-#include "program/desktop/dialog/StagemarksUse.h"
+#include "program/desktop/dialog/StagemarksDialogExtras.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include <QToolTip>
 
 #include "host/BaseObject.h"
-#include "program/desktop/dialog/PictureButton.h"
+#include "program/desktop/dialog/GadgetWidgets.h"
 #include "tests/desktop/States.h"
 
 namespace {
@@ -72,7 +72,7 @@ struct WithStates : Desk {
   }
 };
 
-TEST(StagemarksUse, EnterRecordsAndOpensRows) {
+TEST(StagemarksDialogExtras, EnterRecordsAndOpensRows) {
   WithStates desk;
   desk.Field().clear();
   QTest::keyClicks(&desk.Field(), "Evening");
@@ -90,7 +90,7 @@ TEST(StagemarksUse, EnterRecordsAndOpensRows) {
 }
 
 // Twice into a check box is twice its state, not a load.
-TEST(StagemarksUse, ADoubleClickIntoACheckBoxLoadsNothing) {
+TEST(StagemarksDialogExtras, ADoubleClickIntoACheckBoxLoadsNothing) {
   WithStates desk;
   desk::ChooseState(desk, 0);
   QTest::mouseDClick(StateList(desk).viewport(), Qt::LeftButton, {}, desk.PlaceOf(0, 1));
@@ -98,7 +98,7 @@ TEST(StagemarksUse, ADoubleClickIntoACheckBoxLoadsNothing) {
   EXPECT_EQ(desk.object->GetEditorMode(), host::MODE_OFF);
 }
 
-TEST(StagemarksUse, TheChosenRowStaysThroughLoadsRecordsAndClicks) {
+TEST(StagemarksDialogExtras, TheChosenRowStaysThroughLoadsRecordsAndClicks) {
   WithStates desk;
   const auto expectMorning = [&](const char* after) {
     EXPECT_EQ(desk.Chosen(), QStringList{"Morning"}) << after;
@@ -123,7 +123,7 @@ TEST(StagemarksUse, TheChosenRowStaysThroughLoadsRecordsAndClicks) {
   EXPECT_EQ(desk.Chosen(), QStringList{"Dawn"});
 }
 
-TEST(StagemarksUse, ThePictureOfTheChosenRowStays) {
+TEST(StagemarksDialogExtras, ThePictureOfTheChosenRowStays) {
   WithStates desk;
   ASSERT_TRUE(desk.App().SaveDocumentAs(Scene(), desk.Folder() + "/room.c4d"));
   QTest::mouseClick(&desk.Gadget<QWidget>(stagemarks::kGeneratePreview), Qt::LeftButton, {},
@@ -150,7 +150,7 @@ TEST(StagemarksUse, ThePictureOfTheChosenRowStays) {
   EXPECT_EQ(picture.Picture(), other) << "the name that is typed has no picture";
 }
 
-TEST(StagemarksUse, RowsHaveAMenuOfTheirOwn) {
+TEST(StagemarksDialogExtras, RowsHaveAMenuOfTheirOwn) {
   WithStates desk;
   EXPECT_EQ(desk.ChooseInMenu(0, "Load"),
             (QStringList{"Load", "Rename\u2026", "Delete", "", "Check"}));
@@ -183,7 +183,7 @@ TEST(StagemarksUse, RowsHaveAMenuOfTheirOwn) {
   EXPECT_EQ(desk.Chosen(), QStringList{"Night"});
 }
 
-TEST(StagemarksUse, QuestionsSayWhichOneTheyAreAbout) {
+TEST(StagemarksDialogExtras, QuestionsSayWhichOneTheyAreAbout) {
   WithStates desk;
   QString told;
   const auto answer = [&] {
@@ -209,7 +209,7 @@ TEST(StagemarksUse, QuestionsSayWhichOneTheyAreAbout) {
   EXPECT_EQ(told, "");
 }
 
-TEST(StagemarksUse, GadgetsAndCutNamesAreExplained) {
+TEST(StagemarksDialogExtras, GadgetsAndCutNamesAreExplained) {
   WithStates desk;
   for (const host::LONG id :
        {stagemarks::kLoad, stagemarks::kDelete, stagemarks::kRename, stagemarks::kNameField,
