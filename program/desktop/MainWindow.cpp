@@ -14,14 +14,12 @@
 #include "program/desktop/ScreenFit.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/attributes/AttributesView.h"
-#include "program/desktop/menus/MenuIcons.h"
 #include "program/desktop/menus/Menus.h"
 #include "program/desktop/panels/HistoryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "program/desktop/panels/RenderSettingsPanel.h"
 #include "program/desktop/recovery/RecoveryQuestion.h"
-#include "program/desktop/view/MaterialDrop.h"
 
 namespace desktop {
 
@@ -53,7 +51,6 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
   if (size() != kFirstSize) setWindowState(Qt::WindowMaximized);
   BuildCenter();
   view_->picked = [this](engine::NodeId object, Viewport::Picking how) { Choose(object, how); };
-  new MaterialDrop(*view_);
   BuildPanels();
   BuildMenus();
   person_.SitAt(this);
@@ -119,7 +116,7 @@ void MainWindow::LookAtWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kin
 void MainWindow::BuildMenus() {
   BuildFileMenu(*menuBar()->addMenu("&File"), *this);
   editMenu_ = new EditMenu(*menuBar()->addMenu("&Edit"), *this);
-  cameraActs_ = new CameraActs(*this);
+  cameraCommands_ = new CameraCommands(*this);
   QMenu& create = *menuBar()->addMenu("&Create");
   BuildCreateMenu(create, *this);
   QMenu* view = menuBar()->addMenu("&View");
@@ -156,7 +153,7 @@ void MainWindow::Beat() {
   LookAtFileSoon(doc);
   tabs_->Follow(doc);
   view_->Follow(doc);
-  cameraActs_->Follow(doc);
+  cameraCommands_->Follow(doc);
   panels_.Follow(doc);
 }
 

@@ -12,7 +12,7 @@
 #include "program/desktop/Reports.h"
 #include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
-#include "program/desktop/menus/CameraActs.h"
+#include "program/desktop/menus/CameraCommands.h"
 #include "program/desktop/menus/EditMenu.h"
 #include "program/desktop/panels/MaterialThumbnails.h"
 #include "program/desktop/panels/ObjectsPanel.h"
@@ -41,7 +41,7 @@ class MainWindow : public QMainWindow {
   // What the attributes are of; a panel may put its own elements there.
   LookedAt& Looking() { return lookedAt_; }
   EditMenu& Edit() { return *editMenu_; }
-  CameraActs& Cameras() { return *cameraActs_; }
+  CameraCommands& Cameras() { return *cameraCommands_; }
   LookChoice& Appearance() { return *lookChoice_; }
   // Offers what a desktop that crashed has left.
   void OfferLostWork();
@@ -87,7 +87,7 @@ class MainWindow : public QMainWindow {
   Viewport* view_;
   ObjectsPanel* objects_;
   EditMenu* editMenu_ = nullptr;
-  CameraActs* cameraActs_ = nullptr;
+  CameraCommands* cameraCommands_ = nullptr;
   // The document whose file was looked at since a person came back to it
   host::ULLONG lookedAtFile_ = 0;
   QTimer look_;

@@ -57,10 +57,10 @@ struct Cameras : WithCube {
     QTest::mouseRelease(&View(), button, {}, middle + QPoint(96, 24));
     Window().Beat();
   }
-  Lines Plate() {
+  Lines Notice() {
     Window().Beat();
-    return {View().Plate().Shown().seen.toStdString(),
-            View().Plate().Shown().recorded.toStdString()};
+    return {View().Notice().Shown().seen.toStdString(),
+            View().Notice().Shown().recorded.toStdString()};
   }
   std::size_t Steps() { return engine::DoneNames(Doc()).size(); }
 };
@@ -134,25 +134,25 @@ TEST(Cameras, NewOneSeesTheSameAndIsOneStep) {
 
 TEST(Cameras, PlateTellsWhatIsRecordedAndHelps) {
   Cameras desk;
-  EXPECT_EQ(desk.Plate(), Lines("Editor camera", "no camera"));
+  EXPECT_EQ(desk.Notice(), Lines("Editor camera", "no camera"));
   host::BaseObject* front = desk.AddCamera("Front", At(-900));
   host::BaseObject* side = desk.AddCamera("Side", At(-700));
   desk.SetSceneCamera(front);
-  EXPECT_EQ(desk.Plate(), Lines("Scene camera: Front", ""));
+  EXPECT_EQ(desk.Notice(), Lines("Scene camera: Front", ""));
   desk.View().LookThrough(engine::IdOf(*side));
-  EXPECT_EQ(desk.Plate(), Lines("Camera: Side", "Front"));
+  EXPECT_EQ(desk.Notice(), Lines("Camera: Side", "Front"));
   EXPECT_TRUE(pictures::Write(desk.View(), "viewport-other-camera"));
   const std::size_t steps = desk.Steps();
-  QTest::mouseClick(&desk.View().Plate().MakeSceneCamera(), Qt::LeftButton);
-  EXPECT_EQ(desk.Plate(), Lines("Scene camera: Side", ""));
+  QTest::mouseClick(&desk.View().Notice().MakeSceneCamera(), Qt::LeftButton);
+  EXPECT_EQ(desk.Notice(), Lines("Scene camera: Side", ""));
   EXPECT_EQ(desk.Steps(), steps + 1);
-  EXPECT_FALSE(desk.View().Plate().MakeSceneCamera().isVisible());
+  EXPECT_FALSE(desk.View().Notice().MakeSceneCamera().isVisible());
   desk.App().Undo();
-  EXPECT_EQ(desk.Plate(), Lines("Scene camera: Front", ""));
+  EXPECT_EQ(desk.Notice(), Lines("Scene camera: Front", ""));
   desk.Drag();
-  EXPECT_EQ(desk.Plate(), Lines("Editor camera", "Front"));
-  QTest::mouseClick(&desk.View().Plate().NewCamera(), Qt::LeftButton);
-  EXPECT_EQ(desk.Plate(), Lines("Camera: Camera", "Front"));
+  EXPECT_EQ(desk.Notice(), Lines("Editor camera", "Front"));
+  QTest::mouseClick(&desk.View().Notice().NewCamera(), Qt::LeftButton);
+  EXPECT_EQ(desk.Notice(), Lines("Camera: Camera", "Front"));
 }
 
 // Load sets the camera, be it the one that is set.
@@ -182,11 +182,11 @@ TEST(Cameras, ViewStaysWhenItsCameraGoesAndComesBackWithIt) {
     desk.Window().Beat();
     desk.Entry("Edit", "Delete").trigger();
     ASSERT_TRUE(desk.WaitForPicture());
-    EXPECT_EQ(desk.Plate(), Lines("Editor camera", "no camera"));
+    EXPECT_EQ(desk.Notice(), Lines("Editor camera", "no camera"));
     EXPECT_NEAR(Distance(desk.View().Camera().frame, At(-900)), 0, 1e-9);
     desk.App().Undo();
     ASSERT_TRUE(desk.WaitForPicture());
-    EXPECT_EQ(desk.View().EyeName(), isScenes ? "Scene camera: Front" : "Camera: Front");
+    EXPECT_EQ(desk.View().CameraName(), isScenes ? "Scene camera: Front" : "Camera: Front");
   }
 }
 
@@ -215,7 +215,7 @@ TEST(Cameras, FlyByOneStepForEachGesture) {
       const std::size_t steps = desk.Steps();
       const host::Matrix before = camera->GetMl();
       desk.Drag(button);
-      EXPECT_EQ(desk.View().EyeName(), "Scene camera: Front");
+      EXPECT_EQ(desk.View().CameraName(), "Scene camera: Front");
       EXPECT_EQ(desk.Steps(), steps + 1);
       EXPECT_GT(Distance(camera->GetMl().off, before.off), 10);
       EXPECT_EQ(engine::UndoName(desk.Doc()), "Move Camera");
@@ -245,7 +245,7 @@ TEST(Cameras, FlyByWheelKeysAndFraming) {
   desk.View().FrameAll();
   ASSERT_TRUE(desk.WaitForPicture());
   EXPECT_EQ(desk.Steps(), 3U);
-  EXPECT_EQ(desk.View().EyeName(), "Scene camera: Flat");
+  EXPECT_EQ(desk.View().CameraName(), "Scene camera: Flat");
   for (int i = 0; i < 3; ++i) desk.App().Undo();
   EXPECT_EQ(flat->GetMl(), At(-900));
   EXPECT_EQ(flat->GetDataInstance()->GetReal(host::CAMERA_WIDTH), width);
@@ -306,20 +306,20 @@ TEST(Cameras, EachDocumentIsLookedAtAsItWasLeft) {
   const auto goAndComeBack = [&](const std::function<void()>& meanwhile) {
     desk.Entry("File", "New").trigger();
     desk.Window().Beat();
-    EXPECT_EQ(desk.View().EyeName(), "Editor camera");
+    EXPECT_EQ(desk.View().CameraName(), "Editor camera");
     meanwhile();
     host::SetActiveDocument(&scene);
     return desk.WaitForPicture();
   };
   ASSERT_TRUE(goAndComeBack([] {}));
-  EXPECT_EQ(desk.Plate(), Lines("Editor camera", "Front"));
+  EXPECT_EQ(desk.Notice(), Lines("Editor camera", "Front"));
   EXPECT_EQ(desk.View().Camera().frame, left);
   desk.View().LookThrough(engine::IdOf(*side));
   ASSERT_TRUE(goAndComeBack([] {}));
-  EXPECT_EQ(desk.Plate(), Lines("Camera: Side", "Front"));
+  EXPECT_EQ(desk.Notice(), Lines("Camera: Side", "Front"));
   ASSERT_TRUE(
       goAndComeBack([&] { scene.GetRenderBaseDraw()->SetSceneCamera(front, host::FALSE); }));
-  EXPECT_EQ(desk.Plate(), Lines("Scene camera: Front", "")) << "somebody has set it meanwhile";
+  EXPECT_EQ(desk.Notice(), Lines("Scene camera: Front", "")) << "somebody has set it meanwhile";
 }
 
 TEST(CreateMenu, MakesEachInOneStepUnderANameOfItsOwn) {

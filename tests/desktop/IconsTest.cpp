@@ -12,7 +12,7 @@
 #include <QRegularExpression>
 #include <set>
 
-#include "program/desktop/menus/MenuIcons.h"
+#include "program/desktop/menus/Menus.h"
 #include "tests/desktop/Desk.h"
 
 namespace {

@@ -261,11 +261,11 @@ TEST(Viewport, FramesTheSelectionAndSaysThroughWhatItLooks) {
   camera->SetMl(frame);
   host::BaseDocument& doc = *host::GetActiveDocument();
   doc.AppendObject(camera);
-  EXPECT_EQ(desk.View().EyeName(), "Editor camera");
+  EXPECT_EQ(desk.View().CameraName(), "Editor camera");
   engine::SetSceneCameraId(doc, engine::IdOf(*camera));
   doc.SetChanged();
   ASSERT_TRUE(desk.WaitForPicture());
-  EXPECT_EQ(desk.View().EyeName(), "Scene camera: Far");
+  EXPECT_EQ(desk.View().CameraName(), "Scene camera: Far");
   doc.SetActiveObject(desk.cube);
   desk.Window().Beat();
   const int small = AmberPixels(desk.View().Outline());
@@ -273,10 +273,10 @@ TEST(Viewport, FramesTheSelectionAndSaysThroughWhatItLooks) {
   QTest::keyClick(&desk.View(), Qt::Key_S);
   ASSERT_TRUE(desk.WaitForPicture());
   EXPECT_GT(AmberPixels(desk.View().Outline()), 4 * small);
-  EXPECT_EQ(desk.View().EyeName(), "Editor camera");
+  EXPECT_EQ(desk.View().CameraName(), "Editor camera");
   EXPECT_EQ(desk.View().Camera().frame.v3, frame.v3) << "it stays turned as it was";
   desk.View().LookThrough(engine::IdOf(*camera));
-  EXPECT_EQ(desk.View().EyeName(), "Scene camera: Far");
+  EXPECT_EQ(desk.View().CameraName(), "Scene camera: Far");
   ASSERT_TRUE(desk.WaitForPicture());
   EXPECT_EQ(desk.View().Camera().frame.off, frame.off);
   frame.off.z = -3000;

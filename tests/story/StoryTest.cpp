@@ -326,14 +326,14 @@ void Story::RecordACamera() {
   turn();
   const host::Matrix wanted = view.Camera().frame;
   hands::Choose(*Window().menuBar(), "Create", "New Camera from View");
-  EXPECT_EQ(view.Plate().Shown().recorded, "no camera");
+  EXPECT_EQ(view.Notice().Shown().recorded, "no camera");
   EXPECT_TRUE(pictures::Write(view, "viewport-new-camera"));
-  hands::Click(view.Plate().MakeSceneCamera());
-  EXPECT_EQ(view.EyeName(), "Scene camera: Camera");
-  EXPECT_EQ(view.Plate().Shown().recorded, "");
+  hands::Click(view.Notice().MakeSceneCamera());
+  EXPECT_EQ(view.CameraName(), "Scene camera: Camera");
+  EXPECT_EQ(view.Notice().Shown().recorded, "");
   Record("From aside");
   turn();
-  EXPECT_EQ(view.Plate().Shown().recorded, "Camera");
+  EXPECT_EQ(view.Notice().Shown().recorded, "Camera");
   EXPECT_NE(view.Camera().frame, wanted);
   const QModelIndex row = List()
                               .model()
@@ -343,13 +343,13 @@ void Story::RecordACamera() {
   hands::Click(List(), row);
   Press(kLoad);
   ASSERT_TRUE(finished());
-  EXPECT_EQ(view.EyeName(), "Scene camera: Camera");
+  EXPECT_EQ(view.CameraName(), "Scene camera: Camera");
   EXPECT_EQ(view.Camera().frame, wanted);
   // Who flies it moves the camera, and takes it back.
-  hands::Click(view.Plate().Fly());
+  hands::Click(view.Notice().Fly());
   hands::Press("Right");
   ASSERT_TRUE(finished());
-  EXPECT_EQ(view.EyeName(), "Scene camera: Camera");
+  EXPECT_EQ(view.CameraName(), "Scene camera: Camera");
   EXPECT_NE(view.Camera().frame, wanted);
   hands::Press("ctrl+z");
   ASSERT_TRUE(finished());

@@ -21,8 +21,8 @@ class FieldWidget : public QWidget {
   // Called with each edit by a person; set by the view that made the widget.
   std::function<void(const FieldEdit&)> edited;
 
-  // Shows the value that elements of `doc` have in common, or that it differs; leaves a field alone in
-  // which a person is typing. Called whenever the document has changed.
+  // Shows the value that elements of `doc` have in common, or that it differs; leaves a field alone
+  // in which a person is typing. Called whenever the document has changed.
   virtual void Show(const FieldValue& value, const host::BaseDocument& doc) = 0;
   // Takes what is typed, or says why not and forgets it.
   void FinishTyping();

@@ -1,6 +1,42 @@
 #include "program/desktop/menus/Menus.h"
 
+#include "program/desktop/Icons.h"
+
+#include "program/desktop/FileChooser.h"
+#include "program/desktop/MainWindow.h"
+#include "program/desktop/Text.h"
+#include "program/desktop/render/RenderWindow.h"
+#include "program/desktop/render/SheetWindow.h"
+
 namespace desktop {
+
+namespace {
+
+QString Plain(QString text) { return text.remove('&'); }
+
+}  // namespace
+
+const std::vector<MenuIcon>& MenuIcons() {
+  static const auto* const icons = new std::vector<MenuIcon>{
+      {"File", "New", "new"},          {"File", "Open...", "open"},
+      {"File", "Import...", "import"}, {"File", "Save", "save"},
+      {"Edit", "Undo", "undo"},        {"Edit", "Redo", "redo"},
+      {"Edit", "Delete", "delete"},    {"Edit", "Duplicate", "duplicate"},
+      {"View", "Frame All", "frame"},  {"Help", "About", "about"},
+  };
+  return *icons;
+}
+
+void PutIcons(const QMenuBar& bar) {
+  for (const QAction* top : bar.actions()) {
+    for (QAction* entry : top->menu()->actions()) {
+      for (const MenuIcon& row : MenuIcons()) {
+        const bool isIt = Plain(top->text()) == row.menu && Plain(entry->text()) == row.entry;
+        if (isIt && entry->icon().isNull()) entry->setIcon(Icon(row.icon));
+      }
+    }
+  }
+}
 
 QAction* AddEntry(QMenu& menu, const QString& text, const QKeySequence& keys,
                   std::function<void()> work) {
@@ -8,6 +44,69 @@ QAction* AddEntry(QMenu& menu, const QString& text, const QKeySequence& keys,
   action->setShortcut(keys);
   QObject::connect(action, &QAction::triggered, action, [work = std::move(work)] { work(); });
   return action;
+}
+
+namespace {
+
+void FillRecentMenu(QMenu& menu, DocumentCommands& commands) {
+  menu.clear();
+  for (const QString& path : commands.RecentFiles()) {
+    AddEntry(menu, Label(ToHost(path)), {},
+             [&commands, path] { commands.Open(path.toStdString()); });
+  }
+  if (menu.isEmpty()) menu.addAction("No files yet")->setEnabled(false);
+}
+
+}  // namespace
+
+void BuildFileMenu(QMenu& menu, MainWindow& window) {
+  DocumentCommands& commands = window.Commands();
+  AddEntry(menu, "&New", QKeySequence::New, [&commands] { commands.New(); });
+  AddEntry(menu, "&Open...", QKeySequence::Open, [&commands] { commands.AskAndOpen(kAllScenes); });
+  AddEntry(menu, "&Import...", {}, [&commands] { commands.AskAndOpen(kForeignScenes); });
+  QMenu* recent = menu.addMenu("Open &Recent");
+  QObject::connect(recent, &QMenu::aboutToShow, recent,
+                   [recent, &commands] { FillRecentMenu(*recent, commands); });
+  menu.addSeparator();
+  AddEntry(menu, "&Save", QKeySequence::Save,
+           [&commands] { commands.Save(*host::GetActiveDocument()); });
+  AddEntry(menu, "Save &As...", QKeySequence("Ctrl+Shift+S"),
+           [&commands] { commands.SaveAs(*host::GetActiveDocument()); });
+  AddEntry(menu, "&Close", QKeySequence("Ctrl+W"),
+           [&commands] { commands.Close(*host::GetActiveDocument()); });
+  menu.addSeparator();
+  AddEntry(menu, "&Quit", QKeySequence("Ctrl+Q"), [&window] { window.close(); });
+}
+
+void BuildRenderMenu(QMenu& menu, MainWindow& window) {
+  QAction* render = AddEntry(menu, "&Render to Window", QKeySequence("Ctrl+R"), [&window] {
+    if (const host::BaseDocument* doc = host::GetActiveDocument())
+      (new RenderWindow(&window, *doc))->show();
+  });
+  render->setShortcuts({QKeySequence("Ctrl+R"), QKeySequence("F9")});
+  render->setIcon(Icon("render"));
+  QAction* sheet =
+      AddEntry(menu, "&Contact Sheet of All Stagemarks...", {}, [&window] { AskForSheet(window); });
+  sheet->setIcon(Icon("sheet"));
+}
+
+namespace {
+
+void FillPluginMenu(QMenu& menu, engine::Application& application) {
+  menu.clear();
+  for (const engine::CommandPlugin& command : application.Commands()) {
+    QAction* action = AddEntry(menu, Label(host::String(command.name)), {},
+                               [&application, id = command.id] { application.ExecuteCommand(id); });
+    action->setStatusTip(ToQt(command.help));
+  }
+  if (menu.isEmpty()) menu.addAction("No plug-ins loaded")->setEnabled(false);
+}
+
+}  // namespace
+
+void BuildPluginMenu(QMenu& menu, MainWindow& window) {
+  QObject::connect(&menu, &QMenu::aboutToShow, &menu,
+                   [&menu, &window] { FillPluginMenu(menu, window.App()); });
 }
 
 }  // namespace desktop

@@ -38,7 +38,7 @@ void FillCameraMenu(QMenu& menu, Viewport& view) {
   if (count == 0) menu.addAction("No cameras in this scene")->setEnabled(false);
 }
 
-void AddEntries(QMenu& menu, Viewport& view, const CameraActs& acts) {
+void AddEntries(QMenu& menu, Viewport& view, const CameraCommands& acts) {
   AddPictureEntry(menu, "Frame &Selection", {QKeySequence("S"), QKeySequence("F")}, view,
                   [&view] { view.FrameSelection(); });
   AddPictureEntry(menu, "Frame &All", {QKeySequence("A"), QKeySequence("Home")}, view,

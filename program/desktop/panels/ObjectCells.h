@@ -27,8 +27,8 @@ using MaterialBall = std::function<QPixmap(host::BaseMaterial&)>;
 void PaintTags(QPainter& painter, const QRect& cell, const host::BaseObject& object,
                const QPalette& palette, const MaterialBall& ball);
 
-// The tag at a place of the strip; `more`: the count of those not shown stands there. Neither beside
-// both.
+// The tag at a place of the strip; `more`: the count of those not shown stands there. Neither
+// beside both.
 struct TagHit {
   host::BaseTag* tag = nullptr;
   bool more = false;

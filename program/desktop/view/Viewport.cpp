@@ -41,13 +41,14 @@ Viewport::Viewport(QWidget* parent)
     : QWidget(parent),
       feed_(caches_, {.editorView = true},
             [this](engine::ScenePicture scene) { TakeScene(std::move(scene)); }),
-      plate_(new EyePlate(this)),
+      notice_(new CameraNotice(this)),
       worker_(caches_, [this](const PicturePass& pass) { Passed(pass); }) {
   setFocusPolicy(Qt::StrongFocus);
   setAttribute(Qt::WA_OpaquePaintEvent);
   setAccessibleName("Picture of the scene");
   setToolTip(kHelp);
   setToolTipDuration(6000);
+  setAcceptDrops(true);
   calm_.setSingleShot(true);
   calm_.setInterval(kMillisecondsOfCalm);
   connect(&calm_, &QTimer::timeout, this, [this] {
@@ -58,7 +59,7 @@ Viewport::Viewport(QWidget* parent)
 
 void Viewport::TurnTo(const host::BaseDocument* doc) {
   Land();
-  left_[doc_] = {eye_, eyeObject_, editor_, cameraSets_, recordedCamera_};
+  left_[doc_] = {source_, sourceObject_, editor_, cameraSets_, recordedCamera_};
   std::erase_if(left_, [](const auto& one) { return !FindOpenDocument(one.first); });
   doc_ = IdentityOf(doc);
   cameraSets_ = doc ? engine::SceneCameraSetCount(*doc) : 0;
@@ -66,9 +67,10 @@ void Viewport::TurnTo(const host::BaseDocument* doc) {
   const auto found = left_.find(doc_);
   const Look look = found != left_.end() ? found->second : Look{};
   editor_ = look.editor;
-  eyeObject_ = look.eyeObject;
-  eye_ = look.cameraSets == cameraSets_ && look.recordedCamera == recordedCamera_ ? look.eye
-                                                                                  : Eye::Scene;
+  sourceObject_ = look.sourceObject;
+  source_ = look.cameraSets == cameraSets_ && look.recordedCamera == recordedCamera_
+                ? look.source
+                : ViewSource::Scene;
   mayFly_ = 0;
   framing_ = Framing::None;
   DropPicture();
@@ -82,7 +84,7 @@ void Viewport::Follow(host::BaseDocument* doc) {
     ShowSceneCamera();
   }
   feed_.Follow(doc);
-  ShowPlate();
+  ShowNotice();
 }
 
 // A camera that was set is seen at once; with none set one looks with the editor camera, from where
@@ -94,7 +96,7 @@ void Viewport::ShowSceneCamera() {
   const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
   sceneCamera_ = camera ? engine::CameraOf(*camera) : std::nullopt;
   if (!sceneCamera_ && !editor_) StayWithoutCamera();
-  eye_ = Eye::Scene;
+  source_ = ViewSource::Scene;
   framing_ = Framing::None;
   Refresh();
 }
@@ -123,10 +125,11 @@ void Viewport::DropPicture() {
 void Viewport::TakeScene(engine::ScenePicture scene) {
   const bool isFirst = fingerprint_ == 0;
   const bool looksNew = isFirst || scene.fingerprint != fingerprint_;
-  const bool hadCamera = eye_ == Eye::Scene ? sceneCamera_.has_value() : eye_ == Eye::Object;
+  const bool hadCamera =
+      source_ == ViewSource::Scene ? sceneCamera_.has_value() : source_ == ViewSource::Object;
   sceneCamera_ = scene.hasSceneCamera ? std::optional(scene.camera) : std::nullopt;
   if (hadCamera && !CameraObject()) StayWithoutCamera();
-  const bool moved = !IsSameCamera(EyeCamera(), sentCamera_);
+  const bool moved = !IsSameCamera(PresentCamera(), sentCamera_);
   TakeMarks(scene.selected);
   if (looksNew) {
     fingerprint_ = scene.fingerprint;
@@ -157,7 +160,7 @@ void Viewport::FrameSelection() {
 }
 
 void Viewport::LookThroughSceneCamera() {
-  eye_ = Eye::Scene;
+  source_ = ViewSource::Scene;
   editor_.reset();
   framing_ = Framing::None;
   Refresh();
@@ -170,10 +173,10 @@ void Viewport::LookThroughEditorCamera() {
 
 host::BaseObject* Viewport::CameraObject() const {
   host::BaseDocument* doc = FindOpenDocument(doc_);
-  if (!doc || eye_ == Eye::Editor) return nullptr;
-  host::BaseObject* camera = eye_ == Eye::Scene
+  if (!doc || source_ == ViewSource::Editor) return nullptr;
+  host::BaseObject* camera = source_ == ViewSource::Scene
                                  ? doc->GetRenderBaseDraw()->GetSceneCamera(doc)
-                                 : engine::AsObject(engine::FindNode(doc, eyeObject_));
+                                 : engine::AsObject(engine::FindNode(doc, sourceObject_));
   return camera && engine::CameraOf(*camera) ? camera : nullptr;
 }
 
@@ -181,7 +184,7 @@ void Viewport::LetFly(bool flies) {
   Land();
   const host::BaseObject* camera = CameraObject();
   mayFly_ = flies && camera && WhyFixed(*camera).empty() ? engine::IdOf(*camera) : 0;
-  ShowPlate();
+  ShowNotice();
 }
 
 bool Viewport::Flies() const {
@@ -190,13 +193,13 @@ bool Viewport::Flies() const {
 }
 
 void Viewport::LookThrough(engine::NodeId camera) {
-  eye_ = Eye::Object;
-  eyeObject_ = camera;
+  source_ = ViewSource::Object;
+  sourceObject_ = camera;
   framing_ = Framing::None;
   Refresh();
 }
 
-QString Viewport::EyeName() const {
+QString Viewport::CameraName() const {
   const host::BaseObject* camera = Shown() ? CameraObject() : nullptr;
   if (!camera) return "Editor camera";
   const host::BaseDocument& doc = *camera->GetDocument();
@@ -204,25 +207,25 @@ QString Viewport::EyeName() const {
   return (isScenes ? "Scene camera: " : "Camera: ") + ToQt(camera->GetName());
 }
 
-void Viewport::ShowPlate() {
+void Viewport::ShowNotice() {
   const host::BaseDocument* doc = picture_.isNull() ? nullptr : Shown();
   const host::BaseObject* camera = doc ? CameraObject() : nullptr;
   if (!camera || engine::IdOf(*camera) != mayFly_) mayFly_ = 0;
-  EyePlate::State state;
+  CameraNotice::State state;
   if (doc) {
     const host::BaseObject* recorded = doc->GetRenderBaseDraw()->GetSceneCamera(doc);
-    state.seen = EyeName();
+    state.seen = CameraName();
     if (!camera || camera != recorded)
       state.recorded = recorded ? ToQt(recorded->GetName()) : QString("no camera");
     state.throughCamera = camera != nullptr;
   }
-  plate_->Show(state);
+  notice_->Show(state);
 }
 
 void Viewport::LeaveViewWithDocument() {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || size().isEmpty() || picture_.isNull()) return;
-  engine::SetEditorView(*doc, engine::EditorView{EyeCamera().value_or(lookedThrough_),
+  engine::SetEditorView(*doc, engine::EditorView{PresentCamera().value_or(lookedThrough_),
                                                  static_cast<double>(width()) / height()});
 }
 
@@ -231,11 +234,11 @@ const host::BaseDocument* Viewport::Shown() const {
   return doc && doc->GetFirstObject() ? doc : nullptr;
 }
 
-std::optional<engine::PictureCamera> Viewport::EyeCamera() const {
-  if (eye_ == Eye::Scene && sceneCamera_) return sceneCamera_;
-  if (eye_ == Eye::Object) {
+std::optional<engine::PictureCamera> Viewport::PresentCamera() const {
+  if (source_ == ViewSource::Scene && sceneCamera_) return sceneCamera_;
+  if (source_ == ViewSource::Object) {
     const host::BaseObject* object =
-        engine::AsObject(engine::FindNode(FindOpenDocument(doc_), eyeObject_));
+        engine::AsObject(engine::FindNode(FindOpenDocument(doc_), sourceObject_));
     const auto camera = object ? engine::CameraOf(*object) : std::nullopt;
     if (camera) return camera;
   }
@@ -243,8 +246,8 @@ std::optional<engine::PictureCamera> Viewport::EyeCamera() const {
 }
 
 EditorCamera& Viewport::Editor() {
-  if (eye_ != Eye::Editor) editor_.emplace(lookedThrough_, bounds_);
-  eye_ = Eye::Editor;
+  if (source_ != ViewSource::Editor) editor_.emplace(lookedThrough_, bounds_);
+  source_ = ViewSource::Editor;
   if (!editor_) editor_.emplace(lookedThrough_, bounds_);
   framing_ = Framing::None;
   return *editor_;
@@ -270,7 +273,7 @@ void Viewport::PutFlying(host::BaseObject& camera, const engine::PictureCamera& 
   const host::ULLONG before = engine::ChangeCount(doc);
   flight_.Move(doc, camera, view);
   if (!camera.GetDown()) feed_.TakeAsRead(doc, before);
-  if (eye_ == Eye::Scene) sceneCamera_ = engine::CameraOf(camera);
+  if (source_ == ViewSource::Scene) sceneCamera_ = engine::CameraOf(camera);
 }
 
 void Viewport::Land() {
@@ -300,7 +303,7 @@ void Viewport::Begin(bool draft) {
   order.size = draft ? Limited(order.hits, kDraftPixels) : order.hits;
   order.scale = devicePixelRatioF();
   order.framing = framing_;
-  order.camera = sentCamera_ = EyeCamera();
+  order.camera = sentCamera_ = PresentCamera();
   LeaveViewWithDocument();
   if (framing_ != Framing::None && !picture_.isNull()) order.camera = lookedThrough_;
   order.draft = draft;
@@ -320,7 +323,7 @@ void Viewport::Passed(const PicturePass& pass) {
   finished_ = pass.isLast && !pass.isDraft && !draftWanted_ && !calm_.isActive();
   if (pass.isLast && draftWanted_) Begin(true);
   LeaveViewWithDocument();
-  ShowPlate();
+  ShowNotice();
   update();
 }
 
@@ -334,14 +337,14 @@ void Viewport::StandWhereItWasSeenFrom(const PicturePass& pass) {
       PutFlying(*CameraObject(), pass.camera);
       Land();
     } else {
-      eye_ = Eye::Editor;
+      source_ = ViewSource::Editor;
       editor_.emplace(pass.camera, pass.bounds);
     }
-    sentCamera_ = EyeCamera();
-  } else if (!EyeCamera() && !pass.bounds.IsEmpty()) {
+    sentCamera_ = PresentCamera();
+  } else if (!PresentCamera() && !pass.bounds.IsEmpty()) {
     // From now on it stays where it is, whatever is shown and hidden.
     editor_.emplace(pass.camera, pass.bounds);
-    sentCamera_ = EyeCamera();
+    sentCamera_ = PresentCamera();
   }
 }
 
@@ -379,7 +382,7 @@ void Viewport::PaintHint(QPainter& painter) {
 }
 
 void Viewport::resizeEvent(QResizeEvent*) {
-  plate_->FitInto(size());
+  notice_->FitInto(size());
   Refresh();
 }
 

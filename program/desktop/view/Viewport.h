@@ -3,9 +3,9 @@
 // middle button to slide, turns the wheel to come nearer, clicks to choose an object. It looks
 // through the scene camera until one moves, then through the editor camera, or through any camera
 // of the scene; whoever sets the scene camera makes it look through that again. A camera that is
-// let fly is moved itself. Clicks are answered from the picture that is shown. It owns nothing of
-// the document; it leaves with it how it is looked at, for pictures without a scene camera. Main
-// thread.
+// let fly is moved itself. A material dropped onto an object is given to it. Clicks are answered
+// from the picture that is shown. It owns nothing of the document; it leaves with it how it is
+// looked at, for pictures without a scene camera. Main thread.
 #pragma once
 
 #include <QMenu>
@@ -16,8 +16,8 @@
 
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/view/CameraFlight.h"
+#include "program/desktop/view/CameraNotice.h"
 #include "program/desktop/view/EditorCamera.h"
-#include "program/desktop/view/EyePlate.h"
 #include "program/desktop/view/PictureWorker.h"
 #include "program/desktop/view/SceneFeed.h"
 
@@ -40,7 +40,7 @@ class Viewport : public QWidget, public DocumentView {
   void LookThroughEditorCamera();
   // A camera object of the document.
   void LookThrough(engine::NodeId camera);
-  bool LooksThroughEditorCamera() const { return eye_ == Eye::Editor; }
+  bool LooksThroughEditorCamera() const { return source_ == ViewSource::Editor; }
   // The camera of the scene that is looked through; null for the editor camera.
   host::BaseObject* CameraObject() const;
   // Lets mouse and keys move the camera that is looked through, each gesture as one undo step,
@@ -48,9 +48,9 @@ class Viewport : public QWidget, public DocumentView {
   void LetFly(bool flies);
   bool Flies() const;
   // Says in the picture which camera is looked through and which one is recorded.
-  EyePlate& Plate() { return *plate_; }
+  CameraNotice& Notice() { return *notice_; }
   // "Scene camera: NAME", "Camera: NAME" or "Editor camera".
-  QString EyeName() const;
+  QString CameraName() const;
 
   // How a click changes the selection.
   enum class Picking { Replace, Add, Toggle };
@@ -80,13 +80,18 @@ class Viewport : public QWidget, public DocumentView {
   void wheelEvent(QWheelEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
+  // Materials are dropped onto objects; drags of other things are left to whoever is below.
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
-  enum class Eye { Scene, Editor, Object };
+  // The camera that is looked through: the scene camera, the editor camera, or a camera object.
+  enum class ViewSource { Scene, Editor, Object };
   // How a document is looked at.
   struct Look {
-    Eye eye = Eye::Scene;
-    engine::NodeId eyeObject = 0;
+    ViewSource source = ViewSource::Scene;
+    engine::NodeId sourceObject = 0;
     std::optional<EditorCamera> editor;
     host::ULLONG cameraSets = 0;
     engine::NodeId recordedCamera = 0;
@@ -106,7 +111,7 @@ class Viewport : public QWidget, public DocumentView {
   void StandWhereItWasSeenFrom(const PicturePass& pass);
   void Frame(Framing framing);
   // Nothing: a camera that frames everything is made.
-  std::optional<engine::PictureCamera> EyeCamera() const;
+  std::optional<engine::PictureCamera> PresentCamera() const;
   EditorCamera& Editor();
   // What a gesture moves, the editor camera or one that flies; Moved takes it from there.
   EditorCamera& Moving();
@@ -117,7 +122,7 @@ class Viewport : public QWidget, public DocumentView {
   // Stays where it is when the camera that was looked through is gone.
   void StayWithoutCamera();
   void LeaveViewWithDocument();
-  void ShowPlate();
+  void ShowNotice();
   // Null when the document is closed or empty.
   const host::BaseDocument* Shown() const;
   bool IsSelectedAt(QPoint place) const;
@@ -140,15 +145,15 @@ class Viewport : public QWidget, public DocumentView {
   std::optional<engine::PictureCamera> sceneCamera_;
   std::optional<engine::PictureCamera> sentCamera_;  // of the last order
   std::map<host::ULLONG, Look> left_;                // open documents that were shown before
-  Eye eye_ = Eye::Scene;
-  engine::NodeId eyeObject_ = 0;
+  ViewSource source_ = ViewSource::Scene;
+  engine::NodeId sourceObject_ = 0;
   std::optional<EditorCamera> editor_;
   host::ULLONG cameraSets_ = 0;         // of the document, when it was last looked at
   engine::NodeId recordedCamera_ = 0;   // its scene camera then
   engine::NodeId mayFly_ = 0;           // the camera that one lets fly
   std::optional<EditorCamera> flying_;  // during a gesture
   CameraFlight flight_;
-  EyePlate* plate_;
+  CameraNotice* notice_;
   Framing framing_ = Framing::None;  // wanted
   engine::PictureCamera lookedThrough_;
   engine::Box bounds_;

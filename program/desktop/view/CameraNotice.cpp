@@ -1,4 +1,4 @@
-#include "program/desktop/view/EyePlate.h"
+#include "program/desktop/view/CameraNotice.h"
 
 #include <QGridLayout>
 #include <QPainter>
@@ -27,7 +27,7 @@ const char* const kLook =
 
 }  // namespace
 
-EyePlate::EyePlate(QWidget* parent)
+CameraNotice::CameraNotice(QWidget* parent)
     : QWidget(parent),
       seen_(new QLabel(this)),
       recorded_(new QLabel(this)),
@@ -52,7 +52,7 @@ EyePlate::EyePlate(QWidget* parent)
 }
 
 // The keys go to the picture; the menus have the same.
-QToolButton* EyePlate::AddButton() {
+QToolButton* CameraNotice::AddButton() {
   auto* button = new QToolButton(this);
   button->setToolButtonStyle(Qt::ToolButtonTextOnly);
   button->setFocusPolicy(Qt::NoFocus);
@@ -62,24 +62,24 @@ QToolButton* EyePlate::AddButton() {
   return button;
 }
 
-void EyePlate::Offer(QAction& fly, QAction& makeSceneCamera, QAction& newCamera) {
+void CameraNotice::SetActions(QAction& fly, QAction& makeSceneCamera, QAction& newCamera) {
   fly_->setDefaultAction(&fly);
   makeSceneCamera_->setDefaultAction(&makeSceneCamera);
   newCamera_->setDefaultAction(&newCamera);
 }
 
-void EyePlate::Show(const State& state) {
+void CameraNotice::Show(const State& state) {
   if (state_ == state) return;
   state_ = state;
   Arrange();
 }
 
-void EyePlate::FitInto(QSize size) {
+void CameraNotice::FitInto(QSize size) {
   room_ = size;
   Arrange();
 }
 
-void EyePlate::Arrange() {
+void CameraNotice::Arrange() {
   setVisible(!state_.seen.isEmpty());
   if (state_.seen.isEmpty()) return;
   const bool differs = !state_.recorded.isEmpty();
@@ -100,7 +100,7 @@ void EyePlate::Arrange() {
   setGeometry(QRect({kMargin, kMargin}, sizeHint()));
 }
 
-void EyePlate::paintEvent(QPaintEvent*) {
+void CameraNotice::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);

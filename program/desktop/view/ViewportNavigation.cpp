@@ -1,9 +1,11 @@
-// The viewport's mouse, wheel and keys.
+// Navigation in the viewport: mouse, wheel, keys and drops, and what they move.
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <cmath>
 
+#include "program/desktop/SceneCommands.h"
+#include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/view/Viewport.h"
 
 namespace desktop {
@@ -19,6 +21,8 @@ constexpr int kNotch = 120;
 constexpr std::uint32_t kProbes = 160;
 
 host::Vector ToHostVector(const engine::Vec& v) { return {v.x, v.y, v.z}; }
+
+bool HasMaterial(const QDropEvent& event) { return event.mimeData()->hasFormat(kMaterialMime); }
 
 }  // namespace
 
@@ -155,6 +159,31 @@ void Viewport::contextMenuEvent(QContextMenuEvent* event) {
   QMenu menu(this);
   fillMenu(menu);
   if (!menu.isEmpty()) menu.exec(event->globalPos());
+}
+
+// A material that comes in stays in, wherever it goes from there: a drag that is refused here would
+// not be asked again.
+void Viewport::dragEnterEvent(QDragEnterEvent* event) {
+  if (!HasMaterial(*event)) return event->ignore();
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+}
+
+void Viewport::dragMoveEvent(QDragMoveEvent* event) {
+  if (!HasMaterial(*event)) return event->ignore();
+  event->setDropAction(Qt::CopyAction);
+  event->setAccepted(ObjectAt(event->position().toPoint()) != 0);
+}
+
+void Viewport::dropEvent(QDropEvent* event) {
+  if (!HasMaterial(*event)) return event->ignore();
+  host::BaseDocument* doc = host::GetActiveDocument();
+  const auto materials = DroppedNodes(event->mimeData(), kMaterialMime);
+  host::BaseObject* object =
+      engine::AsObject(engine::FindNode(doc, ObjectAt(event->position().toPoint())));
+  event->setDropAction(Qt::CopyAction);
+  event->setAccepted(object && !materials.empty() &&
+                     AssignMaterial(*doc, materials.front(), {object}));
 }
 
 }  // namespace desktop

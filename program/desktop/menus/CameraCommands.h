@@ -1,6 +1,6 @@
-// CameraActs: what one does with cameras: a new one from what is seen, making one the scene camera,
-// looking through it, letting it fly. The same stands in menus, in the context menus of picture and
-// tree, and on the plate in the picture. Main thread.
+// CameraCommands: the actions on cameras: a new one from what is seen, making one the scene camera,
+// looking through it, letting it fly. They stand in menus, in the context menus of picture and
+// tree, and on the notice in the picture. Main thread.
 #pragma once
 
 #include <QAction>
@@ -13,10 +13,10 @@ namespace desktop {
 
 class MainWindow;
 
-class CameraActs : public QObject, public DocumentView {
+class CameraCommands : public QObject, public DocumentView {
  public:
   // Belongs to the window.
-  explicit CameraActs(MainWindow& window);
+  explicit CameraCommands(MainWindow& window);
 
   void Follow(host::BaseDocument* doc) override;
   QAction& NewCamera() { return *newCamera_; }
@@ -24,8 +24,8 @@ class CameraActs : public QObject, public DocumentView {
   QList<QAction*> ForCameras() const { return {lookThrough_, makeSceneCamera_, fly_}; }
 
  private:
-  template <class Act>
-  QAction* Add(const QString& text, const QString& tip, const char* keys, Act act);
+  template <class Command>
+  QAction* Add(const QString& text, const QString& tip, const char* keys, Command command);
   void AddNew(host::BaseDocument& doc);
   // Null: nothing happens.
   void LookThrough(host::BaseObject* camera);
@@ -36,7 +36,7 @@ class CameraActs : public QObject, public DocumentView {
   QAction* lookThrough_;      // the selected one
   QAction* makeSceneCamera_;  // the selected one, else the one that is looked through
   QAction* fly_;
-  QAction* makeSeen_;  // on the plate: the one that is looked through
+  QAction* makeSeen_;  // on the notice: the one that is looked through
   QAction* rowLookThrough_;
   QAction* rowMakeSceneCamera_;
 };

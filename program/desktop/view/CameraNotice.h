@@ -1,4 +1,4 @@
-// EyePlate: the small plate in the corner of the picture: through which camera one looks, and which
+// CameraNotice: the notice in the corner of the picture: through which camera one looks, and which
 // one recordings hold where that is another, with buttons for what one wants then. It belongs to
 // the widget that it lies on. Main thread.
 #pragma once
@@ -9,7 +9,7 @@
 
 namespace desktop {
 
-class EyePlate : public QWidget {
+class CameraNotice : public QWidget {
  public:
   struct State {
     QString seen;      // empty: nothing is shown
@@ -19,10 +19,10 @@ class EyePlate : public QWidget {
     bool operator==(const State&) const = default;
   };
 
-  explicit EyePlate(QWidget* parent);
+  explicit CameraNotice(QWidget* parent);
 
-  // What its buttons do; the actions live on.
-  void Offer(QAction& fly, QAction& makeSceneCamera, QAction& newCamera);
+  // The actions that its buttons trigger; they outlive it.
+  void SetActions(QAction& fly, QAction& makeSceneCamera, QAction& newCamera);
   void Show(const State& state);
   // Keeps to the top left corner of a picture of that size.
   void FitInto(QSize size);

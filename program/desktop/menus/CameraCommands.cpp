@@ -1,4 +1,4 @@
-#include "program/desktop/menus/CameraActs.h"
+#include "program/desktop/menus/CameraCommands.h"
 
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/NewObjects.h"
@@ -22,7 +22,7 @@ constexpr const char* kFlyTip =
 
 }  // namespace
 
-CameraActs::CameraActs(MainWindow& window)
+CameraCommands::CameraCommands(MainWindow& window)
     : QObject(&window),
       window_(window),
       newCamera_(Add("New Camera from &View", "A camera that sees what the picture shows.",
@@ -46,35 +46,36 @@ CameraActs::CameraActs(MainWindow& window)
   fly_->setCheckable(true);
   fly_->setIconText("Fly");
   newCamera_->setIconText("New Camera from View");
-  window.View().Plate().Offer(*fly_, *makeSeen_, *newCamera_);
+  window.View().Notice().SetActions(*fly_, *makeSeen_, *newCamera_);
   window.Objects().addActions({rowLookThrough_, rowMakeSceneCamera_});
 }
 
-template <class Act>
-QAction* CameraActs::Add(const QString& text, const QString& tip, const char* keys, Act act) {
+template <class Command>
+QAction* CameraCommands::Add(const QString& text, const QString& tip, const char* keys,
+                             Command command) {
   auto* action = new QAction(text, &window_);
   action->setToolTip(tip);
   action->setShortcut(QKeySequence(keys));
-  connect(action, &QAction::triggered, this, [act] {
-    if (BaseDocument* doc = host::GetActiveDocument()) act(*doc);
+  connect(action, &QAction::triggered, this, [command] {
+    if (BaseDocument* doc = host::GetActiveDocument()) command(*doc);
   });
   return action;
 }
 
-void CameraActs::AddNew(BaseDocument& doc) {
+void CameraCommands::AddNew(BaseDocument& doc) {
   const BaseObject* camera = AddCamera(doc, window_.View().Camera());
   window_.View().LookThrough(engine::IdOf(*camera));
 }
 
-void CameraActs::LookThrough(BaseObject* camera) {
+void CameraCommands::LookThrough(BaseObject* camera) {
   if (camera) window_.View().LookThrough(engine::IdOf(*camera));
 }
 
-void CameraActs::MakeScenes(BaseDocument& doc, BaseObject* camera) {
+void CameraCommands::MakeScenes(BaseDocument& doc, BaseObject* camera) {
   if (camera) MakeSceneCamera(doc, *camera);
 }
 
-void CameraActs::Follow(BaseDocument* doc) {
+void CameraCommands::Follow(BaseDocument* doc) {
   const BaseObject* selected = doc ? SelectedCamera(*doc) : nullptr;
   const BaseObject* seen = doc ? window_.View().CameraObject() : nullptr;
   const std::string fixed =
