@@ -8,7 +8,7 @@
 #include <limits>
 
 #include "engine/outside/Viewer.h"
-#include "program/desktop/FileChooser.h"
+#include "program/desktop/FileDialogs.h"
 #include "program/desktop/HeldBack.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/dialog/Busy.h"

@@ -20,7 +20,7 @@ class DesktopPerson : public engine::Person {
   ~DesktopPerson() override;
 
   // The window that boxes stand in front of; may be gone or never come.
-  void SitAt(QWidget* window) { window_ = window; }
+  void SetWindow(QWidget* window) { window_ = window; }
   // Where the status line shows; an empty text clears it.
   std::function<void(const QString&)> status;
   // Hears of a file or folder that a plug-in asked for and the person chose; with false it is not

@@ -4,8 +4,7 @@
 #include <QMessageBox>
 
 #include "engine/render/TextureSearch.h"
-#include "program/desktop/ChangedFile.h"
-#include "program/desktop/FileChooser.h"
+#include "program/desktop/FileDialogs.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"
 #include "program/outcome/Words.h"

@@ -8,7 +8,7 @@
 #include <QSvgRenderer>
 #include <memory>
 
-#include "program/desktop/Look.h"
+#include "program/desktop/Theme.h"
 
 namespace desktop {
 
@@ -22,17 +22,17 @@ constexpr QRgb kMissing = 0xffff00ff;
 constexpr const char* kLine = "#c8c8c8";
 constexpr const char* kAccent = "#c98a3d";
 
-// One for each look, so that icons that are in use follow it.
+// One for each theme, so that icons that are in use follow it.
 struct Drawing {
   QSvgRenderer dark;
   QSvgRenderer light;
 
-  explicit Drawing(const QByteArray& file) : dark(file), light(Colored(file, LightLook())) {}
-  static QByteArray Colored(QByteArray file, const Look& look) {
-    file.replace(kLine, QColor(look.iconLine).name().toLatin1());
-    return file.replace(kAccent, QColor(look.accent).name().toLatin1());
+  explicit Drawing(const QByteArray& file) : dark(file), light(Colored(file, LightTheme())) {}
+  static QByteArray Colored(QByteArray file, const Theme& theme) {
+    file.replace(kLine, QColor(theme.iconLine).name().toLatin1());
+    return file.replace(kAccent, QColor(theme.accent).name().toLatin1());
   }
-  QSvgRenderer& Present() { return PresentLook().isLight ? light : dark; }
+  QSvgRenderer& Present() { return PresentTheme().isLight ? light : dark; }
 };
 
 // Draws the file anew for each size, so that no picture of it is ever scaled.

@@ -53,7 +53,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
   view_->picked = [this](engine::NodeId object, Viewport::Picking how) { Choose(object, how); };
   BuildPanels();
   BuildMenus();
-  person_.SitAt(this);
+  person_.SetWindow(this);
   person_.status = [this](const QString& text) {
     statusBar()->showMessage(text);
     // A plug-in that works for long lets no event loop run.
@@ -71,7 +71,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
   commands_.told = [this](const outcome::Outcome& outcome) { reports_.Show(outcome); };
   autosave_.failed = [this](const std::string& message) { person_.ShowStatus(message); };
   connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
-          [this] { Beat(); });
+          [this] { Refresh(); });
 }
 
 MainWindow::~MainWindow() {
@@ -102,12 +102,12 @@ void MainWindow::BuildPanels() {
               new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
   panels_.ShowFirst();
-  LookAtWhatIsPressed(objects_->Tree(), LookedAt::kObjects);
-  LookAtWhatIsPressed(materials->Grid(), LookedAt::kMaterials);
-  LookAtWhatIsPressed(layers->Tree(), LookedAt::kLayers);
+  InspectWhatIsPressed(objects_->Tree(), LookedAt::kObjects);
+  InspectWhatIsPressed(materials->Grid(), LookedAt::kMaterials);
+  InspectWhatIsPressed(layers->Tree(), LookedAt::kLayers);
 }
 
-void MainWindow::LookAtWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind) {
+void MainWindow::InspectWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind) {
   connect(&view, &QAbstractItemView::pressed, this, [this, kind] {
     if (const host::BaseDocument* doc = host::GetActiveDocument()) lookedAt_.Return(*doc, kind);
   });
@@ -122,7 +122,7 @@ void MainWindow::BuildMenus() {
   QMenu* view = menuBar()->addMenu("&View");
   BuildViewMenu(*view, create, *this);
   view->addSeparator();
-  lookChoice_ = new LookChoice(*view, settings_, this);
+  appearanceMenu_ = new AppearanceMenu(*view, settings_, this);
   BuildRenderMenu(*menuBar()->addMenu("&Render"), *this);
   BuildPluginMenu(*menuBar()->addMenu("&Plug-ins"), *this);
   BuildWindowMenu(*menuBar()->addMenu("&Window"), *this);
@@ -143,21 +143,21 @@ void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {
   host::EventAdd();
 }
 
-void MainWindow::Beat() {
+void MainWindow::Refresh() {
   if (engine::InsideDialogCall()) return;
   if (application_.HasPendingEvents()) application_.DeliverEvents();
   host::BaseDocument* doc = host::GetActiveDocument();
   autosave_.Follow();
   ShowTitle();
   editMenu_->Follow(doc);
-  LookAtFileSoon(doc);
+  CheckFileSoon(doc);
   tabs_->Follow(doc);
   view_->Follow(doc);
   cameraCommands_->Follow(doc);
   panels_.Follow(doc);
 }
 
-void MainWindow::LookAtFileSoon(const host::BaseDocument* doc) {
+void MainWindow::CheckFileSoon(const host::BaseDocument* doc) {
   if (IdentityOf(doc) == lookedAtFile_ || look_.isActive() || QApplication::activeModalWidget() ||
       QApplication::activePopupWidget())
     return;

@@ -1,14 +1,15 @@
 // MainWindow: the frame that holds picture, panels, the docks of the plug-ins' dialogs, menus and
-// status line; and the beat of the event loop that delivers what was posted. Each menu is built in
-// a file of its own. A thin view over the application, which it does not own. Main thread.
+// status line. Whenever the event loop is about to wait it delivers posted events and brings all of
+// them in step with the active document. A thin view over the application, which it does not own.
+// Main thread.
 #pragma once
 
 #include <QMainWindow>
 #include <QTimer>
 
+#include "program/desktop/Appearance.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/DocumentTabs.h"
-#include "program/desktop/LookChoice.h"
 #include "program/desktop/Reports.h"
 #include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
@@ -31,18 +32,18 @@ class MainWindow : public QMainWindow {
 
   DocumentCommands& Commands() { return commands_; }
   engine::Application& App() { return application_; }
-  Autosave& Safety() { return autosave_; }
+  Autosave& GetAutosave() { return autosave_; }
   DialogDocks& Docks() { return docks_; }
-  Reports& Telling() { return reports_; }
+  Reports& Reporting() { return reports_; }
   DocumentTabs& Tabs() { return *tabs_; }
   SidePanels& Panels() { return panels_; }
   Viewport& View() { return *view_; }
   ObjectTree& Objects() { return objects_->Tree(); }
-  // What the attributes are of; a panel may put its own elements there.
-  LookedAt& Looking() { return lookedAt_; }
+  // The elements that the attributes panel shows; a panel may put its own there.
+  LookedAt& Inspected() { return lookedAt_; }
   EditMenu& Edit() { return *editMenu_; }
   CameraCommands& Cameras() { return *cameraCommands_; }
-  LookChoice& Appearance() { return *lookChoice_; }
+  AppearanceMenu& Appearance() { return *appearanceMenu_; }
   // Offers what a desktop that crashed has left.
   void OfferLostWork();
   // Opens the dialogs of the plug-ins and brings everything to where it stood at the end of the
@@ -52,7 +53,7 @@ class MainWindow : public QMainWindow {
   void ResetLayout();
   // Delivers posted events and brings title and actions in step; called by the event loop before it
   // waits.
-  void Beat();
+  void Refresh();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -65,12 +66,12 @@ class MainWindow : public QMainWindow {
   void BuildPanels();
   // A press in `view` brings its selection back into the attributes, though nothing else got
   // selected.
-  void LookAtWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind);
+  void InspectWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind);
   void BuildMenus();
   void ShowTitle();
-  // Whether the file of the active document is still the one it was read from, asked in the next
-  // turn of the loop.
-  void LookAtFileSoon(const host::BaseDocument* doc);
+  // Asks in the next turn of the loop whether the file of the active document is still the one it
+  // was read from; once for each time that a person comes to the document or back to the window.
+  void CheckFileSoon(const host::BaseDocument* doc);
   void Choose(engine::NodeId object, Viewport::Picking how);
 
   engine::Application& application_;
@@ -91,7 +92,7 @@ class MainWindow : public QMainWindow {
   // The document whose file was looked at since a person came back to it
   host::ULLONG lookedAtFile_ = 0;
   QTimer look_;
-  LookChoice* lookChoice_ = nullptr;
+  AppearanceMenu* appearanceMenu_ = nullptr;
   QByteArray firstLayout_;
 };
 

@@ -1,130 +1,60 @@
 #include "program/desktop/Theme.h"
 
-#include <QApplication>
-#include <QPalette>
-
-#include "program/desktop/CalmStyle.h"
-
 namespace desktop {
 
 namespace {
 
-QPalette PaletteOf(const Look& look) {
-  QPalette palette{QColor(look.button), QColor(look.window)};
-  for (const auto role :
-       {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
-    palette.setColor(role, QColor(look.text));
-    palette.setColor(QPalette::Disabled, role, QColor(look.faint));
-  }
-  palette.setColor(QPalette::Base, QColor(look.field));
-  palette.setColor(QPalette::Disabled, QPalette::Base, QColor(look.window));
-  palette.setColor(QPalette::AlternateBase, QColor(look.otherLine));
-  palette.setColor(QPalette::ToolTipBase, QColor(look.button));
-  palette.setColor(QPalette::PlaceholderText, QColor(look.faint));
-  palette.setColor(QPalette::Mid, QColor(look.edge));
-  palette.setColor(QPalette::Highlight, QColor(look.selected));
-  palette.setColor(QPalette::HighlightedText, QColor(look.selectedText));
-  palette.setColor(QPalette::Link, QColor(look.accent));
-  return palette;
-}
+constexpr Theme kDark = {.isLight = false,
+                         .window = 0xff2b2b2b,
+                         .bar = 0xff242424,
+                         .menu = 0xff303030,
+                         .field = 0xff202020,
+                         .otherLine = 0xff242424,
+                         .gap = 0xff1c1c1c,
+                         .button = 0xff3a3a3a,
+                         .litButton = 0xff454545,
+                         .pressedButton = 0xff2f2f2f,
+                         .edge = 0xff4a4a4a,
+                         .idleBox = 0xff6a6a6a,
+                         .text = 0xffdcdcdc,
+                         .quiet = 0xffb4b4b4,
+                         .faint = 0xff858585,
+                         .faintMark = 0xff5a5a5a,
+                         .accent = 0xffc98a3d,
+                         .calmAccent = 0xff8a6433,
+                         .selected = 0xff5d4a30,
+                         .selectedText = 0xffffffff,
+                         .iconLine = 0xffc8c8c8};
 
-// A color of the look stands as "@" and its name.
-const char* const kStyleSheet = R"(
-  QMainWindow::separator { background: @gap; width: 4px; height: 4px; }
-  QMainWindow::separator:hover { background: @accent; }
-  QMenuBar { background: @menu; padding: 1px; }
-  QMenuBar::item { padding: 4px 9px; background: transparent; border-radius: 3px; }
-  QMenuBar::item:selected { background: @litButton; }
-  QMenu { background: @menu; border: 1px solid @edge; padding: 4px; }
-  QMenu::item { padding: 4px 26px 4px 8px; border-radius: 3px; }
-  QMenu::icon { padding-left: 6px; }
-  QMenu::indicator { width: 13px; height: 13px; left: 6px; }
-  QMenu::item:selected { background: @selected; }
-  QMenu::item:disabled { color: @faint; }
-  QMenu::separator { height: 1px; background: @litButton; margin: 4px 8px; }
-  QDockWidget::title { background: @bar; padding: 5px 8px; }
-  QDockWidget::close-button, QDockWidget::float-button { border: none; border-radius: 3px; padding: 1px; }
-  QDockWidget::close-button:hover, QDockWidget::float-button:hover { background: @litButton; }
-  QPushButton { background: @button; border: 1px solid @edge; border-radius: 4px; padding: 5px 12px; }
-  QPushButton:hover { background: @litButton; }
-  QPushButton:pressed { background: @pressedButton; }
-  QPushButton:default { border-color: @calmAccent; }
-  QPushButton:focus { border-color: @accent; }
-  QPushButton:disabled { color: @faint; background: @menu; border-color: @button; }
-  QTreeView, QListView, QTableView { border: 1px solid @button; border-radius: 4px; outline: none; }
-  QTreeView:focus, QListView:focus, QTableView:focus { border-color: @calmAccent; }
-  QTreeView::item { padding: 3px 2px; }
-  QComboBox QAbstractItemView { background: @menu; border: 1px solid @edge; padding: 3px; border-radius: 0; }
-  QComboBox QAbstractItemView::item { padding: 4px 6px; min-height: 18px; }
-  QScrollBar { background: @bar; }
-  QScrollBar:vertical { width: 11px; }
-  QScrollBar:horizontal { height: 11px; }
-  QScrollBar::handle { background: @edge; border-radius: 3px; margin: 2px; }
-  QScrollBar::handle:vertical { min-height: 28px; }
-  QScrollBar::handle:horizontal { min-width: 28px; }
-  QScrollBar::handle:hover, QScrollBar::handle:pressed { background: @idleBox; }
-  QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
-  QScrollBar::add-page, QScrollBar::sub-page { background: none; }
-  QTabBar { background: @bar; }
-  QTabBar::tab { background: @bar; color: @quiet; padding: 5px 14px; border: none; }
-  QTabBar::tab:hover { color: @text; background: @menu; }
-  QTabBar::tab:selected { color: @text; background: @window; }
-  QTabBar::tab:top { border-bottom: 2px solid transparent; }
-  QTabBar::tab:bottom { border-top: 2px solid transparent; }
-  QTabBar::tab:top:selected { border-bottom: 2px solid @accent; }
-  QTabBar::tab:bottom:selected { border-top: 2px solid @accent; }
-  QTabWidget::pane { border: none; }
-  QToolButton#fold { background: @button; border: none; border-radius: 3px; padding: 3px 4px; font-weight: bold; }
-  QToolButton#fold:hover, QToolButton#fold:focus { background: @litButton; }
-  QToolBar { background: @window; border: none; padding: 2px 4px; spacing: 2px; }
-  QFrame[frameShape="5"] { color: @litButton; }
-  QStatusBar { background: @bar; color: @quiet; }
-  QStatusBar::item { border: none; }
-  QToolTip { background: @button; color: @text; border: 1px solid @edge; padding: 3px; }
-)";
+constexpr Theme kLight = {.isLight = true,
+                          .window = 0xffebebeb,
+                          .bar = 0xffdcdcdc,
+                          .menu = 0xfff6f6f6,
+                          .field = 0xfffcfcfc,
+                          .otherLine = 0xfff3f3f3,
+                          .gap = 0xffc9c9c9,
+                          .button = 0xfff8f8f8,
+                          .litButton = 0xffffffff,
+                          .pressedButton = 0xffdadada,
+                          .edge = 0xffb6b6b6,
+                          .idleBox = 0xff8c8c8c,
+                          .text = 0xff1f1f1f,
+                          .quiet = 0xff505050,
+                          .faint = 0xff767676,
+                          .faintMark = 0xffb0b0b0,
+                          .accent = 0xff8f5a12,
+                          .calmAccent = 0xffb98446,
+                          .selected = 0xfff0d6ae,
+                          .selectedText = 0xff1f1f1f,
+                          .iconLine = 0xff484848};
 
-struct NamedColor {
-  const char* name;
-  QRgb Look::*color;
-};
-
-// A name that begins with another one stands before it.
-constexpr NamedColor kNamed[] = {
-    {"@selected", &Look::selected},
-    {"@litButton", &Look::litButton},
-    {"@pressedButton", &Look::pressedButton},
-    {"@button", &Look::button},
-    {"@calmAccent", &Look::calmAccent},
-    {"@accent", &Look::accent},
-    {"@window", &Look::window},
-    {"@idleBox", &Look::idleBox},
-    {"@gap", &Look::gap},
-    {"@menu", &Look::menu},
-    {"@edge", &Look::edge},
-    {"@faint", &Look::faint},
-    {"@quiet", &Look::quiet},
-    {"@text", &Look::text},
-    {"@bar", &Look::bar},
-};
-
-QString SheetOf(const Look& look) {
-  QString sheet = kStyleSheet;
-  for (const NamedColor& row : kNamed) sheet.replace(row.name, QColor(look.*row.color).name());
-  return sheet;
-}
+const Theme* present = &kDark;
 
 }  // namespace
 
-void ApplyTheme(QApplication&) {
-  QApplication::setStyle(new CalmStyle);
-  ShowLook(DarkLook());
-}
-
-void ShowLook(const Look& look) {
-  if (&PresentLook() == &look && !qApp->styleSheet().isEmpty()) return;
-  UseLook(look);
-  QApplication::setPalette(PaletteOf(look));
-  qApp->setStyleSheet(SheetOf(look));
-}
+const Theme& DarkTheme() { return kDark; }
+const Theme& LightTheme() { return kLight; }
+const Theme& PresentTheme() { return *present; }
+void UseTheme(const Theme& theme) { present = &theme; }
 
 }  // namespace desktop

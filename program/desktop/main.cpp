@@ -8,11 +8,10 @@
 
 #include "engine/application/ProgramPlaces.h"
 #include "engine/outside/RealOutside.h"
-#include "program/desktop/Check.h"
-#include "program/desktop/Display.h"
+#include "program/desktop/Appearance.h"
+#include "program/desktop/ApplicationStyle.h"
 #include "program/desktop/MainWindow.h"
-#include "program/desktop/SystemLook.h"
-#include "program/desktop/Theme.h"
+#include "program/desktop/Startup.h"
 
 namespace desktop {
 namespace {
@@ -57,7 +56,8 @@ int Run(const QCommandLineParser& parser) {
   application.NewDocument();
   MainWindow window(application, there, SettingsFile(outside));
   window.show();
-  const SystemLook system([&window](bool light) { window.Appearance().SystemPrefers(light); });
+  const SystemAppearance system(
+      [&window](bool light) { window.Appearance().SystemPrefers(light); });
   LoadPlugins(application, there);
   window.RestoreLayout();
   if (check) return RunCheck(application, checking, scenes);

@@ -339,7 +339,7 @@ TEST(Attributes, FollowMaterialsAndPanelsThatAskForIt) {
   Desk::Rest();
   BoxOf(desk.Panel(), "Locked").click();
   EXPECT_TRUE(layer->GetLayerData(&Scene()).locked);
-  desk.Window().Looking().Show(Scene(), {engine::IdOf(*Scene().GetFirstRenderData())});
+  desk.Window().Inspected().Show(Scene(), {engine::IdOf(*Scene().GetFirstRenderData())});
   Desk::Rest();
   EXPECT_TRUE(fields::Has(desk.Panel(), "Width"));
   Select({desk.light});
@@ -375,7 +375,7 @@ struct WithVeryMany : WithThings {
       many.push_back(Add(host::Onull, i == 5999 ? "another" : "one of many"));
       Scene().SetActiveObject(many.back(), host::SELECTION_ADD);
     }
-    Window().Beat();
+    Window().Refresh();
   }
 };
 
@@ -391,7 +391,7 @@ TEST(Attributes, OfVeryManyAreReadInSlicesThatBeginAnewAfterAChange) {
 
   // In the middle of reading anew, half of them go.
   desk.many[0]->SetName("not this one");
-  desk.Window().Beat();
+  desk.Window().Refresh();
   ASSERT_TRUE(desk.view.IsReading());
   EXPECT_TRUE(EditOf(desk.view, "Name").isEnabled()) << "the same elements stay in hand";
   for (std::size_t i = 3000; i < desk.many.size(); ++i) BaseObject::Free(desk.many[i]);
@@ -408,7 +408,7 @@ TEST(Attributes, OfVeryManyAreMeantByWhatIsTypedAndMayGoAway) {
   Enter(EditOf(desk.view, "Position", 1), "7");
   EXPECT_EQ(desk.many[2999]->GetMl().off, Vector(0, 7, 0));
   desk.many[0]->SetName("x");
-  desk.Window().Beat();
+  desk.Window().Refresh();
   ASSERT_TRUE(desk.view.IsReading());
   host::KillDocument(&Scene());
   desk.App().NewDocument();
@@ -466,7 +466,7 @@ TEST(AttributesPicture, OfSeveralThings) {
   }
   Select({desk.first, desk.light, desk.camera});
   EXPECT_TRUE(pictures::Write(dock, "attributes-several"));
-  desk.Window().Looking().Show(Scene(), {engine::IdOf(*material)});
+  desk.Window().Inspected().Show(Scene(), {engine::IdOf(*material)});
   EXPECT_TRUE(pictures::Write(dock, "attributes-material"));
   EXPECT_TRUE(pictures::Write(desk.Window(), "attributes-window"));
 }

@@ -45,20 +45,20 @@ struct Cameras : WithCube {
   }
   void SetSceneCamera(host::BaseObject* camera) {
     Doc().GetRenderBaseDraw()->SetSceneCamera(camera, host::FALSE);
-    Window().Beat();
+    Window().Refresh();
   }
   void Drag(Qt::MouseButton button = Qt::LeftButton) {
     const QPoint middle = View().rect().center();
     QTest::mousePress(&View(), button, {}, middle);
     for (int i = 1; i <= 8; ++i) {
       QTest::mouseMove(&View(), middle + QPoint(i * 12, i * 3));
-      Window().Beat();
+      Window().Refresh();
     }
     QTest::mouseRelease(&View(), button, {}, middle + QPoint(96, 24));
-    Window().Beat();
+    Window().Refresh();
   }
   Lines Notice() {
-    Window().Beat();
+    Window().Refresh();
     return {View().Notice().Shown().seen.toStdString(),
             View().Notice().Shown().recorded.toStdString()};
   }
@@ -179,7 +179,7 @@ TEST(Cameras, ViewStaysWhenItsCameraGoesAndComesBackWithIt) {
     isScenes ? desk.SetSceneCamera(camera) : desk.View().LookThrough(engine::IdOf(*camera));
     ASSERT_TRUE(desk.WaitForPicture());
     desk.Doc().SetActiveObject(camera);
-    desk.Window().Beat();
+    desk.Window().Refresh();
     desk.Entry("Edit", "Delete").trigger();
     ASSERT_TRUE(desk.WaitForPicture());
     EXPECT_EQ(desk.Notice(), Lines("Editor camera", "no camera"));
@@ -259,13 +259,13 @@ TEST(Cameras, StayWhereTheyAreUnlessTheyMayFly) {
   desk.Drag();
   EXPECT_EQ(front->GetMl(), At(-900));
   EXPECT_TRUE(desk.View().LooksThroughEditorCamera());
-  desk.Window().Beat();
+  desk.Window().Refresh();
   EXPECT_FALSE(desk.Entry("View", "Fly Camera").isEnabled());
   desk.SetSceneCamera(front);
   desk.View().LetFly(true);
   EXPECT_TRUE(desk.View().Flies());
   desk.View().LookThrough(engine::IdOf(*side));
-  desk.Window().Beat();
+  desk.Window().Refresh();
   desk.SetSceneCamera(front);
   EXPECT_FALSE(desk.View().Flies()) << "who looks elsewhere lets go";
   host::LayerObject* layer = host::LayerObject::Alloc();
@@ -274,7 +274,7 @@ TEST(Cameras, StayWhereTheyAreUnlessTheyMayFly) {
   flags.locked = true;
   layer->SetLayerData(&desk.Doc(), flags);
   front->SetLayerObject(layer);
-  desk.Window().Beat();
+  desk.Window().Refresh();
   EXPECT_FALSE(desk.Entry("View", "Fly Camera").isEnabled());
   desk.View().LetFly(true);
   desk.Drag();
@@ -305,7 +305,7 @@ TEST(Cameras, EachDocumentIsLookedAtAsItWasLeft) {
   const host::Matrix left = desk.View().Camera().frame;
   const auto goAndComeBack = [&](const std::function<void()>& meanwhile) {
     desk.Entry("File", "New").trigger();
-    desk.Window().Beat();
+    desk.Window().Refresh();
     EXPECT_EQ(desk.View().CameraName(), "Editor camera");
     meanwhile();
     host::SetActiveDocument(&scene);

@@ -39,7 +39,7 @@ struct Recovery : testing::Test {
     AddObject("Lamp");
     ASSERT_TRUE(desk.App().SaveDocumentAs(*host::GetActiveDocument(), path));
     AddObject("Unsaved");
-    desk.Window().Safety().KeepNow();
+    desk.Window().GetAutosave().KeepNow();
   }
   // Names of the scenes kept now.
   std::vector<std::string> Kept() const {
@@ -121,7 +121,7 @@ TEST_F(Recovery, EveryWorkOfSeveralCrashesIsRecovered) {
   KeepAChange();
   desk.Restart();
   AddObject("Of a document without a file");
-  desk.Window().Safety().KeepNow();
+  desk.Window().GetAutosave().KeepNow();
   const std::string asked = RestartAndPress("Recover");
   EXPECT_NE(asked.find("room.c4d"), std::string::npos);
   EXPECT_NE(asked.find("Untitled"), std::string::npos);
@@ -158,7 +158,7 @@ TEST_F(Recovery, SavingClosingUndoneAndEndingWellLeaveNothing) {
   Desk::Rest();
   EXPECT_TRUE(Kept().empty());
   AddObject("Again");
-  desk.Window().Safety().KeepNow();
+  desk.Window().GetAutosave().KeepNow();
   EXPECT_EQ(Kept().size(), 1U);
   AnswerNext(
       [](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::Discard)->click(); });
@@ -166,7 +166,7 @@ TEST_F(Recovery, SavingClosingUndoneAndEndingWellLeaveNothing) {
   Desk::Rest();
   EXPECT_TRUE(Kept().empty());
   AddObject("In the next one");
-  desk.Window().Safety().KeepNow();
+  desk.Window().GetAutosave().KeepNow();
   AnswerNext(
       [](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::Discard)->click(); });
   EXPECT_TRUE(desk.Window().close());
@@ -200,16 +200,16 @@ TEST_F(Recovery, APlaceThatCannotBeWrittenIsToldOnceInTheStatusLine) {
   fs::create_directories(fs::path(root).parent_path());
   std::ofstream(root) << "no folder";
   AddObject("Lamp");
-  desk.Window().Safety().KeepNow();
+  desk.Window().GetAutosave().KeepNow();
   const auto status = [&] { return desk.Window().statusBar()->currentMessage(); };
   EXPECT_TRUE(status().startsWith("Unsaved work cannot be kept")) << status().toStdString();
   desk.Window().statusBar()->clearMessage();
   AddObject("Chair");
-  desk.Window().Safety().KeepNow();
+  desk.Window().GetAutosave().KeepNow();
   EXPECT_EQ(status(), "");
   fs::remove(root);
   AddObject("Table");
-  desk.Window().Safety().KeepNow();
+  desk.Window().GetAutosave().KeepNow();
   EXPECT_EQ(Kept().size(), 1U) << "tried again, and it works";
   desk.Window().OfferLostWork();
 }

@@ -67,7 +67,7 @@ TEST(Reports, WhatWentWellIsALine) {
   EXPECT_EQ(Line(desk), "Recorded \"Overview\", with preview.");
   desk::LoadState(desk, 0);
   EXPECT_EQ(Line(desk), "Loaded \"Overview\".");
-  EXPECT_EQ(desk.Window().Telling().Window(), nullptr);
+  EXPECT_EQ(desk.Window().Reporting().Window(), nullptr);
   EXPECT_TRUE(pictures::Write(desk.Window(), "told-loaded"));
 }
 
@@ -89,7 +89,7 @@ TEST(Reports, APreviewThatIsNotWrittenStaysUntilItIsRead) {
   desk.Gadget<QCheckBox>(stagemarks::kGeneratePreview).click();
   for (const char* name : {"Overview", "Detail"}) desk::RecordState(desk, name);
   EXPECT_EQ(Line(desk), "Recorded \"Detail\".");
-  QDialog* report = desk.Window().Telling().Window();
+  QDialog* report = desk.Window().Reporting().Window();
   ASSERT_NE(report, nullptr);
   EXPECT_FALSE(report->isModal());
   EXPECT_EQ(Details(*report).find("The preview of \"Detail\" was not written.\n"), 0U)
@@ -98,7 +98,7 @@ TEST(Reports, APreviewThatIsNotWrittenStaysUntilItIsRead) {
   EXPECT_EQ(OpenFolder(*report), nullptr);
   report->close();
   Desk::Rest();
-  EXPECT_EQ(desk.Window().Telling().Window(), nullptr);
+  EXPECT_EQ(desk.Window().Reporting().Window(), nullptr);
 }
 
 TEST(Reports, AnExportSaysHowManyFilesAndOpensTheirFolder) {
@@ -108,7 +108,7 @@ TEST(Reports, AnExportSaysHowManyFilesAndOpensTheirFolder) {
   Export(desk, desk.Folder() + "/out");
   const std::string exported = "Exported 2 scene files into \"" + desk.Folder() + "/out\".";
   EXPECT_EQ(Line(desk), exported);
-  QDialog* report = desk.Window().Telling().Window();
+  QDialog* report = desk.Window().Reporting().Window();
   ASSERT_NE(report, nullptr);
   EXPECT_EQ(Heading(*report), exported);
   EXPECT_EQ(Details(*report), "room Detail/room Detail.c4d\nroom Overview/room Overview.c4d");
@@ -140,7 +140,7 @@ TEST(Reports, NamesThatAreNoFilesAreToldBeforeTheFirstByte) {
   EXPECT_NE(asked.find("In/Out"), std::string::npos) << asked;
   EXPECT_EQ(proposed, QMessageBox::No);
   EXPECT_TRUE(fs::is_empty(out));
-  EXPECT_EQ(desk.Window().Telling().Window(), nullptr);
+  EXPECT_EQ(desk.Window().Reporting().Window(), nullptr);
 }
 
 TEST(Reports, RoomThatIsNotThereIsAskedAboutAndElseSaid) {
@@ -154,15 +154,15 @@ TEST(Reports, RoomThatIsNotThereIsAskedAboutAndElseSaid) {
     asked = dynamic_cast<QMessageBox&>(box).text().toStdString();
     dynamic_cast<QMessageBox&>(box).button(QMessageBox::Yes)->click();
   });
-  EXPECT_TRUE(desk.Window().Telling().MayExport(plan, "/out"));
+  EXPECT_TRUE(desk.Window().Reporting().MayExport(plan, "/out"));
   EXPECT_EQ(asked,
             "The disk may be too small: 2 scene files, about 3.0 MB go to \"/out\", where 2.0 MB "
             "are free.\n\nExport all the same?");
   plan.free = 5'000'000;
-  EXPECT_TRUE(desk.Window().Telling().MayExport(plan, "/out"));
+  EXPECT_TRUE(desk.Window().Reporting().MayExport(plan, "/out"));
   EXPECT_EQ(Line(desk), "Exporting 2 scene files, about 3.0 MB; 5.0 MB are free");
   plan.free.reset();
-  EXPECT_TRUE(desk.Window().Telling().MayExport(plan, "/out"));
+  EXPECT_TRUE(desk.Window().Reporting().MayExport(plan, "/out"));
   EXPECT_EQ(Line(desk), "Exporting 2 scene files, about 3.0 MB");
 }
 

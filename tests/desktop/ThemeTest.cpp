@@ -1,6 +1,6 @@
 // The theme: texts stand out, what has the keyboard can be seen, what is switched off looks so; and
 // a sheet of all controls.
-#include "program/desktop/Theme.h"
+#include "program/desktop/ApplicationStyle.h"
 
 #include <gtest/gtest.h>
 
@@ -68,12 +68,13 @@ std::vector<QWidget*> Controls(QWidget* parent) {
           slider};
 }
 
-class Theme : public testing::TestWithParam<const desktop::Look*> {
+class Theme : public testing::TestWithParam<const desktop::Theme*> {
  protected:
-  void SetUp() override { desktop::ShowLook(*GetParam()); }
-  void TearDown() override { desktop::ShowLook(desktop::DarkLook()); }
+  void SetUp() override { desktop::ShowTheme(*GetParam()); }
+  void TearDown() override { desktop::ShowTheme(desktop::DarkTheme()); }
 };
-INSTANTIATE_TEST_SUITE_P(Looks, Theme, testing::Values(&desktop::DarkLook(), &desktop::LightLook()),
+INSTANTIATE_TEST_SUITE_P(Looks, Theme,
+                         testing::Values(&desktop::DarkTheme(), &desktop::LightTheme()),
                          [](const auto& look) { return look.param->isLight ? "Light" : "Dark"; });
 
 TEST_P(Theme, TextsStandOutFromTheirGround) {

@@ -140,7 +140,7 @@ TEST(Viewport, OutlinesWhatIsSelectedWithoutRenderingAgain) {
   WithCube desk;
   EXPECT_TRUE(desk.View().Outline().isNull());
   host::GetActiveDocument()->SetActiveObject(desk.cube);
-  desk.Window().Beat();
+  desk.Window().Refresh();
   EXPECT_TRUE(desk.View().IsFinished()) << "a selection is no reason for another picture";
   const int around = AmberPixels(desk.View().Outline());
   EXPECT_GT(around, 200);
@@ -153,7 +153,7 @@ TEST(Viewport, OutlinesWhatIsSelectedWithoutRenderingAgain) {
   ASSERT_TRUE(desk.WaitForPicture());
   EXPECT_TRUE(desk.View().Outline().isNull());
   host::GetActiveDocument()->SetActiveObject(parent);
-  desk.Window().Beat();
+  desk.Window().Refresh();
   EXPECT_NEAR(AmberPixels(desk.View().Outline()), around, around / 10);
 }
 
@@ -267,7 +267,7 @@ TEST(Viewport, FramesTheSelectionAndSaysThroughWhatItLooks) {
   ASSERT_TRUE(desk.WaitForPicture());
   EXPECT_EQ(desk.View().CameraName(), "Scene camera: Far");
   doc.SetActiveObject(desk.cube);
-  desk.Window().Beat();
+  desk.Window().Refresh();
   const int small = AmberPixels(desk.View().Outline());
   desk.View().setFocus();
   QTest::keyClick(&desk.View(), Qt::Key_S);
@@ -307,7 +307,7 @@ TEST(Viewport, LivesThroughOddSizesAndClosingAtWork) {
   Desk::Rest();
   EXPECT_TRUE(desk.View().Picture().isNull());
   host::GetActiveDocument()->AppendObject(host::BaseObject::Alloc(host::Ocube));
-  desk.Window().Beat();
+  desk.Window().Refresh();
   desk.Restart();
 }
 
@@ -333,7 +333,7 @@ TEST(ViewportPicture, WithSelections) {
     doc.SetActiveObject(chosen);
     EXPECT_TRUE(QTest::qWaitFor(
         [&] {
-          desk.Window().Beat();
+          desk.Window().Refresh();
           return desk.Window().View().IsFinished();
         },
         90000));

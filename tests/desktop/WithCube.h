@@ -13,14 +13,14 @@ struct WithCube : Desk {
 
   WithCube() {
     host::GetActiveDocument()->AppendObject(cube);
-    Window().Beat();
+    Window().Refresh();
     WaitForPicture();
   }
   desktop::Viewport& View() { return Window().View(); }
   bool WaitForPicture() {
     return QTest::qWaitFor(
         [this] {
-          Window().Beat();
+          Window().Refresh();
           return View().IsFinished();
         },
         20000);

@@ -3,7 +3,7 @@
 
 #include <QApplication>
 
-#include "program/desktop/Theme.h"
+#include "program/desktop/ApplicationStyle.h"
 
 int main(int count, char** words) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {

@@ -54,7 +54,7 @@ class Story : public testing::Test {
   desktop::ListView& List() { return desk_.Gadget<desktop::ListView>(kList); }
   std::string State() { return engine::DumpState(Doc()); }
   // The rows of the list: "[x] name", a line each.
-  std::string Model() {
+  std::string Rows() {
     std::string rows;
     for (int line = 0; line < List().model()->rowCount(); ++line) {
       const bool checked =
@@ -262,7 +262,7 @@ void Story::HideTwoAndRecord() {
   hands::Click(desk_.Gadget<QWidget>(kGeneratePreview),
                QPoint(8, desk_.Gadget<QWidget>(kGeneratePreview).height() / 2));
   Record("Two hidden");
-  EXPECT_EQ(Model(), "[ ] Two hidden\n");
+  EXPECT_EQ(Rows(), "[ ] Two hidden\n");
   EXPECT_TRUE(fs::exists(desk_.Folder() + "/dungeon_SM/Two hidden.tif"));
 }
 
@@ -285,7 +285,7 @@ void Story::ChangeAMaterialAndRecord() {
   EXPECT_NE(changed.back().find("\"ground-tile.008"), std::string::npos) << changed.back();
   EXPECT_NE(changed.back().find("material \"torch\""), std::string::npos) << changed.back();
   Record("Other ground");
-  EXPECT_EQ(Model(), "[ ] Other ground\n[ ] Two hidden\n");
+  EXPECT_EQ(Rows(), "[ ] Other ground\n[ ] Two hidden\n");
 }
 
 void Story::RecallAndUndo() {
@@ -358,12 +358,12 @@ void Story::RecordACamera() {
   ClickNext(QMessageBox::Yes);
   Press(kDelete);
   (void)TakeTold();
-  EXPECT_EQ(Model(), "[ ] Other ground\n[ ] Two hidden\n");
+  EXPECT_EQ(Rows(), "[ ] Other ground\n[ ] Two hidden\n");
 }
 
 void Story::Export() {
   hands::Choose(Window().Docks().ViewOf(*desk_.Dialog())->Menus(), "Edit", "Check All Elements");
-  EXPECT_EQ(Model(), "[x] Other ground\n[x] Two hidden\n");
+  EXPECT_EQ(Rows(), "[x] Other ground\n[x] Two hidden\n");
   const std::string to = desk_.Folder() + "/export";
   fs::create_directory(to);
   ClickNext(QMessageBox::Ok, nullptr, [this, to] { ChooseNext(to); });
@@ -388,7 +388,7 @@ void Story::MakeASheet() {
   EXPECT_TRUE(pictures::Write(*sheet, "contact-sheet-story"));
   hands::Press("Escape");
   EXPECT_EQ(sheet, nullptr);
-  EXPECT_EQ(Model(), "[x] Other ground\n[x] Two hidden\n");
+  EXPECT_EQ(Rows(), "[x] Other ground\n[x] Two hidden\n");
 }
 
 void Story::DeleteOne() {
@@ -396,7 +396,7 @@ void Story::DeleteOne() {
   ClickNext(QMessageBox::Yes, "question");
   Press(kDelete);
   EXPECT_NE(TakeTold(), "");
-  EXPECT_EQ(Model(), "[x] Two hidden\n");
+  EXPECT_EQ(Rows(), "[x] Two hidden\n");
   EXPECT_FALSE(fs::exists(desk_.Folder() + "/dungeon_SM/Other ground.tif"));
 }
 

@@ -4,7 +4,7 @@
 #include <QApplication>
 #include <cstdio>
 
-#include "program/desktop/Theme.h"
+#include "program/desktop/ApplicationStyle.h"
 #include "tests/story/Screen.h"
 
 int main(int count, char** words) try {

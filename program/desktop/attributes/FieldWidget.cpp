@@ -14,7 +14,7 @@
 #include <cmath>
 
 #include "engine/render/Image.h"
-#include "program/desktop/FileChooser.h"
+#include "program/desktop/FileDialogs.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/attributes/LineEdits.h"

@@ -26,7 +26,7 @@ QAction* AddMaker(QMenu& menu, MainWindow& window, const QString& text, const ch
     host::BaseDocument* doc = host::GetActiveDocument();
     if (!doc) return;
     make(*doc);
-    window.Looking().Return(*doc, LookedAt::kObjects);
+    window.Inspected().Return(*doc, LookedAt::kObjects);
   });
   action->setIcon(Icon(icon));
   return action;

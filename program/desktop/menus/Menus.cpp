@@ -2,7 +2,7 @@
 
 #include "program/desktop/Icons.h"
 
-#include "program/desktop/FileChooser.h"
+#include "program/desktop/FileDialogs.h"
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/render/RenderWindow.h"

@@ -3,7 +3,7 @@
 #include <QDrag>
 #include <QPainter>
 
-#include "program/desktop/Look.h"
+#include "program/desktop/Theme.h"
 
 namespace desktop {
 
@@ -52,10 +52,10 @@ QPixmap Label(const QTreeView& tree, const QString& text) {
   QPainter painter(&plate);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setFont(tree.font());
-  painter.setPen(QColor(PresentLook().accent));
-  painter.setBrush(QColor(PresentLook().button));
+  painter.setPen(QColor(PresentTheme().accent));
+  painter.setBrush(QColor(PresentTheme().button));
   painter.drawRoundedRect(QRectF(QPointF(), size).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
-  painter.setPen(QColor(PresentLook().text));
+  painter.setPen(QColor(PresentTheme().text));
   painter.drawText(QRect(QPoint(), size), Qt::AlignCenter, text);
   return plate;
 }

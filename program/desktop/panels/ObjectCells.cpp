@@ -9,8 +9,8 @@
 #include "engine/scene/Nodes.h"
 #include "host/Parameters.h"
 #include "program/desktop/Icons.h"
-#include "program/desktop/Look.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/Theme.h"
 #include "program/desktop/panels/ObjectModel.h"
 
 namespace desktop {
@@ -237,7 +237,7 @@ class LayerCell : public Cell {
   void Mark(QPainter& painter, const QStyleOptionViewItem& option,
             const QModelIndex& index) const override {
     const QVariant color = index.data(Qt::BackgroundRole);
-    painter.setPen(color.isValid() ? Qt::NoPen : QPen(QColor(PresentLook().idleBox)));
+    painter.setPen(color.isValid() ? Qt::NoPen : QPen(QColor(PresentTheme().idleBox)));
     painter.setBrush(color.isValid() ? QBrush(color.value<QColor>()) : QBrush(Qt::NoBrush));
     painter.drawRoundedRect(Centered(option.rect, kSwatchSide), 2.5, 2.5);
   }

@@ -5,7 +5,7 @@
 #include <QThread>
 
 #include "engine/outside/Outside.h"
-#include "program/desktop/FileChooser.h"
+#include "program/desktop/FileDialogs.h"
 #include "program/pictures/PictureNames.h"
 
 namespace desktop {

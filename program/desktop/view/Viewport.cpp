@@ -65,11 +65,11 @@ void Viewport::TurnTo(const host::BaseDocument* doc) {
   cameraSets_ = doc ? engine::SceneCameraSetCount(*doc) : 0;
   recordedCamera_ = doc ? engine::SceneCameraIdOf(*doc) : 0;
   const auto found = left_.find(doc_);
-  const Look look = found != left_.end() ? found->second : Look{};
-  editor_ = look.editor;
-  sourceObject_ = look.sourceObject;
-  source_ = look.cameraSets == cameraSets_ && look.recordedCamera == recordedCamera_
-                ? look.source
+  const ViewState state = found != left_.end() ? found->second : ViewState{};
+  editor_ = state.editor;
+  sourceObject_ = state.sourceObject;
+  source_ = state.cameraSets == cameraSets_ && state.recordedCamera == recordedCamera_
+                ? state.source
                 : ViewSource::Scene;
   mayFly_ = 0;
   framing_ = Framing::None;

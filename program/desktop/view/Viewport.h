@@ -89,7 +89,7 @@ class Viewport : public QWidget, public DocumentView {
   // The camera that is looked through: the scene camera, the editor camera, or a camera object.
   enum class ViewSource { Scene, Editor, Object };
   // How a document is looked at.
-  struct Look {
+  struct ViewState {
     ViewSource source = ViewSource::Scene;
     engine::NodeId sourceObject = 0;
     std::optional<EditorCamera> editor;
@@ -144,7 +144,7 @@ class Viewport : public QWidget, public DocumentView {
   std::shared_ptr<const Marks> marks_;
   std::optional<engine::PictureCamera> sceneCamera_;
   std::optional<engine::PictureCamera> sentCamera_;  // of the last order
-  std::map<host::ULLONG, Look> left_;                // open documents that were shown before
+  std::map<host::ULLONG, ViewState> left_;           // open documents that were shown before
   ViewSource source_ = ViewSource::Scene;
   engine::NodeId sourceObject_ = 0;
   std::optional<EditorCamera> editor_;

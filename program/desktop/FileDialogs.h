@@ -1,4 +1,5 @@
-// Asking for a file or folder, and the kinds of scene files. Main thread.
+// FileDialogs: asking for a file or folder, the kinds of scene files, and the question what to do
+// where another program has changed the file of an open document. Main thread.
 #pragma once
 
 #include <QString>
@@ -7,11 +8,12 @@
 #include <string>
 
 #include "engine/outside/Outside.h"
+#include "host/BaseDocument.h"
 
 namespace desktop {
 
-// What a chooser offers: scenes of ours and those that can be imported, or only one of the two, or
-// anything.
+// The filters of the file dialogs: scenes of ours and those that can be imported, or only one of
+// the two, or anything.
 inline constexpr const char* kAllScenes = "Scenes (*.c4d *.gltf *.glb *.obj *.fbx *.dae)";
 inline constexpr const char* kOwnScenes = "Stagemarks scenes (*.c4d)";
 inline constexpr const char* kForeignScenes = "Scenes to import (*.gltf *.glb *.obj *.fbx *.dae)";
@@ -23,5 +25,17 @@ inline constexpr const char* kAnything = "All files (*)";
 // pictures. A new folder is made where its name is typed.
 std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestion& question,
                                       const QString& filter);
+
+// The answers to the question about a file that another program has changed.
+enum class ChangedFileAnswer {
+  Reload,    // the document as it is here goes
+  KeepMine,  // the next saving replaces the file
+  SaveAs,
+  Later,
+};
+
+// The default answer loses nothing: reloading where nothing is changed here, else saving under
+// another name. `saves`: a person is about to save.
+ChangedFileAnswer AskAboutChangedFile(QWidget* window, const host::BaseDocument& doc, bool saves);
 
 }  // namespace desktop

@@ -1,23 +1,23 @@
 // The dark and the light look: what is chosen shows at once and after a restart, the system is
 // followed where that is wanted, and texts and icons can be read on both.
-#include "program/desktop/Look.h"
+#include "program/desktop/Theme.h"
 
 #include <gtest/gtest.h>
 
+#include "program/desktop/Appearance.h"
+#include "program/desktop/ApplicationStyle.h"
 #include "program/desktop/Icons.h"
-#include "program/desktop/SystemLook.h"
-#include "program/desktop/Theme.h"
 #include "tests/desktop/States.h"
 
 namespace {
 
 using desk::Desk;
-using desktop::DarkLook;
-using desktop::LightLook;
+using desktop::DarkTheme;
+using desktop::LightTheme;
 
 class Looks : public testing::Test {
  protected:
-  ~Looks() override { desktop::ShowLook(DarkLook()); }
+  ~Looks() override { desktop::ShowTheme(DarkTheme()); }
   static bool IsLight() {
     return QApplication::palette().color(QPalette::Window).lightness() > 128;
   }
@@ -32,7 +32,7 @@ class Looks : public testing::Test {
 TEST_F(Looks, WhatIsChosenShowsAndStays) {
   Desk desk;
   EXPECT_FALSE(IsLight());
-  desktop::LookChoice& look = desk.Window().Appearance();
+  desktop::AppearanceMenu& look = desk.Window().Appearance();
   struct Step {
     const char* entry;  // empty: the system changes
     bool systemIsLight;
@@ -50,7 +50,7 @@ TEST_F(Looks, WhatIsChosenShowsAndStays) {
     look.SystemPrefers(systemIsLight);
     EXPECT_EQ(IsLight(), light) << entry << " while the system is light: " << systemIsLight;
   }
-  desktop::ShowLook(DarkLook());
+  desktop::ShowTheme(DarkTheme());
   desk.Restart();
   EXPECT_TRUE(IsLight()) << "as the system was last";
   Choose(desk, "Dark");
@@ -59,15 +59,15 @@ TEST_F(Looks, WhatIsChosenShowsAndStays) {
 }
 
 TEST_F(Looks, TheSystemsNumberIsUnderstood) {
-  EXPECT_EQ(desktop::SystemLook::IsLight(0), std::nullopt);
-  EXPECT_EQ(desktop::SystemLook::IsLight(1), false);
-  EXPECT_EQ(desktop::SystemLook::IsLight(2), true);
-  EXPECT_EQ(desktop::SystemLook::IsLight(77), std::nullopt);
+  EXPECT_EQ(desktop::SystemAppearance::IsLight(0), std::nullopt);
+  EXPECT_EQ(desktop::SystemAppearance::IsLight(1), false);
+  EXPECT_EQ(desktop::SystemAppearance::IsLight(2), true);
+  EXPECT_EQ(desktop::SystemAppearance::IsLight(77), std::nullopt);
 }
 
 TEST_F(Looks, EveryColorOfTheStyleSheetIsNamed) {
-  for (const desktop::Look* look : {&DarkLook(), &LightLook()}) {
-    desktop::ShowLook(*look);
+  for (const desktop::Theme* look : {&DarkTheme(), &LightTheme()}) {
+    desktop::ShowTheme(*look);
     EXPECT_FALSE(qApp->styleSheet().contains('@'));
   }
 }
@@ -76,8 +76,8 @@ TEST_F(Looks, EveryColorOfTheStyleSheetIsNamed) {
 TEST_F(Looks, IconsCanBeReadOnBoth) {
   for (const QString& name : desktop::IconNames()) {
     const QIcon icon = desktop::Icon(name);
-    for (const desktop::Look* look : {&DarkLook(), &LightLook(), &DarkLook()}) {
-      desktop::ShowLook(*look);
+    for (const desktop::Theme* look : {&DarkTheme(), &LightTheme(), &DarkTheme()}) {
+      desktop::ShowTheme(*look);
       const int ground = qGray(look->window);
       const QImage image = icon.pixmap(QSize(32, 32)).toImage();
       int most = 0;

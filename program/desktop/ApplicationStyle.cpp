@@ -1,13 +1,15 @@
-#include "program/desktop/CalmStyle.h"
+#include "program/desktop/ApplicationStyle.h"
 
+#include <QApplication>
 #include <QPainter>
+#include <QPalette>
+#include <QProxyStyle>
 #include <QStyleOption>
 #include <QTabBar>
 #include <QTime>
 #include <QToolButton>
 
 #include "program/desktop/Icons.h"
-#include "program/desktop/Look.h"
 
 namespace desktop {
 
@@ -48,28 +50,28 @@ void DrawBox(QPainter& painter, const QRect& rect, QRgb ground, QRgb edge, doubl
 }
 
 QRgb EdgeOf(const QStyleOption& option) {
-  return Is(option, QStyle::State_Enabled | QStyle::State_HasFocus) ? PresentLook().accent
-                                                                    : PresentLook().edge;
+  return Is(option, QStyle::State_Enabled | QStyle::State_HasFocus) ? PresentTheme().accent
+                                                                    : PresentTheme().edge;
 }
 
 // Of something one types into or chooses from.
 void DrawField(QPainter& painter, const QStyleOption& option, bool isButton) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && Is(option, QStyle::State_MouseOver);
-  const QRgb button = !enabled ? PresentLook().window
-                      : lit    ? PresentLook().litButton
-                               : PresentLook().button;
+  const QRgb button = !enabled ? PresentTheme().window
+                      : lit    ? PresentTheme().litButton
+                               : PresentTheme().button;
   DrawBox(painter, option.rect,
           isButton  ? button
-          : enabled ? PresentLook().field
-                    : PresentLook().window,
+          : enabled ? PresentTheme().field
+                    : PresentTheme().window,
           EdgeOf(option));
 }
 
 void DrawChevron(QPainter& painter, const QRect& rect, int quarterTurns, bool enabled) {
   constexpr double kHalfWidth = 3.2;
   SoftPainter soft(painter);
-  soft->setPen(QPen(QColor(enabled ? PresentLook().quiet : PresentLook().faintMark), 1.4,
+  soft->setPen(QPen(QColor(enabled ? PresentTheme().quiet : PresentTheme().faintMark), 1.4,
                     Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   soft->translate(QRectF(rect).center());
   soft->rotate(90.0 * quarterTurns);
@@ -86,13 +88,13 @@ void DrawTick(QPainter& painter, const QRectF& box, QRgb color) {
 void DrawCheckBox(QPainter& painter, const QStyleOption& option) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && (option.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
-  DrawBox(painter, option.rect, PresentLook().field,
-          lit       ? PresentLook().accent
-          : enabled ? PresentLook().idleBox
-                    : PresentLook().edge,
+  DrawBox(painter, option.rect, PresentTheme().field,
+          lit       ? PresentTheme().accent
+          : enabled ? PresentTheme().idleBox
+                    : PresentTheme().edge,
           2.5);
   const QRectF box(option.rect);
-  const QRgb mark = enabled ? PresentLook().accent : PresentLook().faint;
+  const QRgb mark = enabled ? PresentTheme().accent : PresentTheme().faint;
   if (Is(option, QStyle::State_On)) DrawTick(painter, box, mark);
   if (!Is(option, QStyle::State_NoChange)) return;
   SoftPainter soft(painter);
@@ -104,21 +106,21 @@ void DrawRadioButton(QPainter& painter, const QStyleOption& option) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && (option.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
   const int side = std::min(option.rect.width(), option.rect.height());
-  DrawBox(painter, option.rect, PresentLook().field,
-          lit       ? PresentLook().accent
-          : enabled ? PresentLook().idleBox
-                    : PresentLook().edge,
+  DrawBox(painter, option.rect, PresentTheme().field,
+          lit       ? PresentTheme().accent
+          : enabled ? PresentTheme().idleBox
+                    : PresentTheme().edge,
           side / 2.0);
   if (!Is(option, QStyle::State_On)) return;
   SoftPainter soft(painter);
   soft->setPen(Qt::NoPen);
-  soft->setBrush(QColor(enabled ? PresentLook().accent : PresentLook().faint));
+  soft->setBrush(QColor(enabled ? PresentTheme().accent : PresentTheme().faint));
   soft->drawEllipse(QRectF(option.rect).center(), side * 0.24, side * 0.24);
 }
 
 void DrawRing(QPainter& painter, const QRect& rect) {
   SoftPainter soft(painter);
-  soft->setPen(QColor(PresentLook().accent));
+  soft->setPen(QColor(PresentTheme().accent));
   soft->drawRoundedRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5), kRound, kRound);
 }
 
@@ -128,7 +130,7 @@ void DrawDropPlace(QPainter& painter, const QRect& rect) {
   constexpr double kRing = 3;
   if (rect.isNull()) return;
   SoftPainter soft(painter);
-  soft->setPen(QPen(QColor(PresentLook().accent), 2));
+  soft->setPen(QPen(QColor(PresentTheme().accent), 2));
   if (rect.height() > 0) {
     soft->drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), kRound, kRound);
     return;
@@ -148,10 +150,10 @@ void DrawSlider(QPainter& painter, const QStyleOptionSlider& slider, const QRect
   const bool flat = slider.orientation == Qt::Horizontal;
   const QRect line = flat ? QRect(groove.left(), middle.y() - kLine / 2 + 1, groove.width(), kLine)
                           : QRect(middle.x() - kLine / 2 + 1, groove.top(), kLine, groove.height());
-  DrawBox(painter, line, PresentLook().field, PresentLook().edge, kLine / 2.0);
+  DrawBox(painter, line, PresentTheme().field, PresentTheme().edge, kLine / 2.0);
   SoftPainter soft(painter);
-  soft->setPen(QPen(QColor(lit ? PresentLook().accent : PresentLook().edge), 1.4));
-  soft->setBrush(QColor(enabled ? PresentLook().quiet : PresentLook().edge));
+  soft->setPen(QPen(QColor(lit ? PresentTheme().accent : PresentTheme().edge), 1.4));
+  soft->setBrush(QColor(enabled ? PresentTheme().quiet : PresentTheme().edge));
   soft->drawEllipse(QRectF(handle).center(), kKnob, kKnob);
 }
 
@@ -159,18 +161,18 @@ void DrawToolButton(QPainter& painter, const QStyleOption& option) {
   const bool pressed = option.state & (QStyle::State_Sunken | QStyle::State_On);
   const bool lit = Is(option, QStyle::State_Enabled | QStyle::State_MouseOver);
   if (!pressed && !lit) return;
-  const QRgb ground = pressed ? PresentLook().selected : PresentLook().litButton;
+  const QRgb ground = pressed ? PresentTheme().selected : PresentTheme().litButton;
   DrawBox(painter, option.rect, ground, ground);
 }
 
 void DrawSplitter(QPainter& painter, const QStyleOption& option) {
-  painter.fillRect(option.rect, QColor(Is(option, QStyle::State_MouseOver) ? PresentLook().accent
-                                                                           : PresentLook().field));
+  painter.fillRect(option.rect, QColor(Is(option, QStyle::State_MouseOver) ? PresentTheme().accent
+                                                                           : PresentTheme().field));
 }
 
 void DrawHeader(QPainter& painter, const QStyleOption& option) {
-  painter.fillRect(option.rect, QColor(PresentLook().bar));
-  painter.setPen(QColor(PresentLook().button));
+  painter.fillRect(option.rect, QColor(PresentTheme().bar));
+  painter.setPen(QColor(PresentTheme().button));
   painter.drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
 }
 
@@ -183,14 +185,14 @@ double RunnerPlace() {
 }
 
 void DrawProgress(QPainter& painter, const QStyleOptionProgressBar& bar) {
-  DrawBox(painter, bar.rect, PresentLook().field, PresentLook().edge);
+  DrawBox(painter, bar.rect, PresentTheme().field, PresentTheme().edge);
   const double whole = static_cast<double>(bar.maximum) - bar.minimum;
   const double share = whole > 0 ? (bar.progress - bar.minimum) / whole : kRunnerShare;
   QRect done = bar.rect.adjusted(2, 2, -2, -2);
   const int room = done.width();
   done.setWidth(static_cast<int>(room * share));
   if (whole <= 0) done.translate(static_cast<int>((room - done.width()) * RunnerPlace()), 0);
-  const QRgb color = Is(bar, QStyle::State_Enabled) ? PresentLook().accent : PresentLook().edge;
+  const QRgb color = Is(bar, QStyle::State_Enabled) ? PresentTheme().accent : PresentTheme().edge;
   if (done.width() > 1) DrawBox(painter, done, color, color, 2.5);
 }
 
@@ -207,21 +209,44 @@ int ChevronTurns(QStyle::PrimitiveElement element) {
   }
 }
 
+// The controls are drawn flat, with thin edges, and an edge of the accent color around what has the
+// keyboard focus. Everything else is the toolkit's Fusion style.
+class ApplicationStyle : public QProxyStyle {
+ public:
+  ApplicationStyle() : QProxyStyle("Fusion") {}
+
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override;
+  void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                   const QWidget* widget) const override;
+  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                          QPainter* painter, const QWidget* widget) const override;
+  QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                         const QWidget* widget) const override;
+  QRect subElementRect(SubElement element, const QStyleOption* option,
+                       const QWidget* widget) const override;
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* more) const override;
+  // Those of our family in place of the toolkit's.
+  QIcon standardIcon(StandardPixmap which, const QStyleOption* option,
+                     const QWidget* widget) const override;
+};
+
 }  // namespace
 
-void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
-                              QPainter* painter, const QWidget* widget) const {
+void ApplicationStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                                     QPainter* painter, const QWidget* widget) const {
   switch (element) {
     case PE_IndicatorCheckBox:
     case PE_IndicatorItemViewItemCheck:
       return DrawCheckBox(*painter, *option);
     case PE_IndicatorTabClose:
       if (Is(*option, State_MouseOver))
-        DrawBox(*painter, option->rect, PresentLook().litButton, PresentLook().litButton);
+        DrawBox(*painter, option->rect, PresentTheme().litButton, PresentTheme().litButton);
       return Icon("close").paint(painter, option->rect.adjusted(2, 2, -2, -2));
     case PE_IndicatorMenuCheckMark:
       return DrawTick(*painter, option->rect,
-                      Is(*option, State_Enabled) ? PresentLook().accent : PresentLook().faint);
+                      Is(*option, State_Enabled) ? PresentTheme().accent : PresentTheme().faint);
     case PE_IndicatorRadioButton:
       return DrawRadioButton(*painter, *option);
     case PE_FrameFocusRect:
@@ -254,8 +279,8 @@ void CalmStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
   QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
 
-void CalmStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
-                            const QWidget* widget) const {
+void ApplicationStyle::drawControl(ControlElement element, const QStyleOption* option,
+                                   QPainter* painter, const QWidget* widget) const {
   switch (element) {
     case CE_HeaderSection:
     case CE_HeaderEmptyArea:
@@ -276,8 +301,8 @@ void CalmStyle::drawControl(ControlElement element, const QStyleOption* option, 
   QProxyStyle::drawControl(element, option, painter, widget);
 }
 
-void CalmStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
-                                   QPainter* painter, const QWidget* widget) const {
+void ApplicationStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                          QPainter* painter, const QWidget* widget) const {
   if (const auto* combo = qstyleoption_cast<const QStyleOptionComboBox*>(option);
       combo && control == CC_ComboBox) {
     DrawField(*painter, *option, !combo->editable);
@@ -305,8 +330,8 @@ void CalmStyle::drawComplexControl(ComplexControl control, const QStyleOptionCom
   QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
 
-QSize CalmStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
-                                  const QWidget* widget) const {
+QSize ApplicationStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
+                                         const QSize& size, const QWidget* widget) const {
   constexpr int kAroundText = 10;
   QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
   if (type == CT_ComboBox || type == CT_SpinBox || type == CT_LineEdit) {
@@ -315,8 +340,8 @@ QSize CalmStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
   return wanted;
 }
 
-QRect CalmStyle::subElementRect(SubElement element, const QStyleOption* option,
-                                const QWidget* widget) const {
+QRect ApplicationStyle::subElementRect(SubElement element, const QStyleOption* option,
+                                       const QWidget* widget) const {
   constexpr int kBesideText = 4;
   const QRect rect = QProxyStyle::subElementRect(element, option, widget);
   const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
@@ -324,8 +349,8 @@ QRect CalmStyle::subElementRect(SubElement element, const QStyleOption* option,
   return isField ? rect.adjusted(kBesideText, 0, -kBesideText, 0) : rect;
 }
 
-int CalmStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
-                         QStyleHintReturn* more) const {
+int ApplicationStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                                QStyleHintReturn* more) const {
   switch (hint) {
     case SH_DialogButtonBox_ButtonsHaveIcons:
     case SH_ComboBox_Popup:
@@ -335,8 +360,8 @@ int CalmStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidg
   }
 }
 
-QIcon CalmStyle::standardIcon(StandardPixmap which, const QStyleOption* option,
-                              const QWidget* widget) const {
+QIcon ApplicationStyle::standardIcon(StandardPixmap which, const QStyleOption* option,
+                                     const QWidget* widget) const {
   switch (which) {
     case SP_TitleBarCloseButton:
     case SP_DockWidgetCloseButton:
@@ -354,6 +379,126 @@ QIcon CalmStyle::standardIcon(StandardPixmap which, const QStyleOption* option,
     default:
       return QProxyStyle::standardIcon(which, option, widget);
   }
+}
+
+namespace {
+
+QPalette PaletteOf(const Theme& theme) {
+  QPalette palette{QColor(theme.button), QColor(theme.window)};
+  for (const auto role :
+       {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+    palette.setColor(role, QColor(theme.text));
+    palette.setColor(QPalette::Disabled, role, QColor(theme.faint));
+  }
+  palette.setColor(QPalette::Base, QColor(theme.field));
+  palette.setColor(QPalette::Disabled, QPalette::Base, QColor(theme.window));
+  palette.setColor(QPalette::AlternateBase, QColor(theme.otherLine));
+  palette.setColor(QPalette::ToolTipBase, QColor(theme.button));
+  palette.setColor(QPalette::PlaceholderText, QColor(theme.faint));
+  palette.setColor(QPalette::Mid, QColor(theme.edge));
+  palette.setColor(QPalette::Highlight, QColor(theme.selected));
+  palette.setColor(QPalette::HighlightedText, QColor(theme.selectedText));
+  palette.setColor(QPalette::Link, QColor(theme.accent));
+  return palette;
+}
+
+// A color of the theme stands as "@" and its name.
+const char* const kStyleSheet = R"(
+  QMainWindow::separator { background: @gap; width: 4px; height: 4px; }
+  QMainWindow::separator:hover { background: @accent; }
+  QMenuBar { background: @menu; padding: 1px; }
+  QMenuBar::item { padding: 4px 9px; background: transparent; border-radius: 3px; }
+  QMenuBar::item:selected { background: @litButton; }
+  QMenu { background: @menu; border: 1px solid @edge; padding: 4px; }
+  QMenu::item { padding: 4px 26px 4px 8px; border-radius: 3px; }
+  QMenu::icon { padding-left: 6px; }
+  QMenu::indicator { width: 13px; height: 13px; left: 6px; }
+  QMenu::item:selected { background: @selected; }
+  QMenu::item:disabled { color: @faint; }
+  QMenu::separator { height: 1px; background: @litButton; margin: 4px 8px; }
+  QDockWidget::title { background: @bar; padding: 5px 8px; }
+  QDockWidget::close-button, QDockWidget::float-button { border: none; border-radius: 3px; padding: 1px; }
+  QDockWidget::close-button:hover, QDockWidget::float-button:hover { background: @litButton; }
+  QPushButton { background: @button; border: 1px solid @edge; border-radius: 4px; padding: 5px 12px; }
+  QPushButton:hover { background: @litButton; }
+  QPushButton:pressed { background: @pressedButton; }
+  QPushButton:default { border-color: @calmAccent; }
+  QPushButton:focus { border-color: @accent; }
+  QPushButton:disabled { color: @faint; background: @menu; border-color: @button; }
+  QTreeView, QListView, QTableView { border: 1px solid @button; border-radius: 4px; outline: none; }
+  QTreeView:focus, QListView:focus, QTableView:focus { border-color: @calmAccent; }
+  QTreeView::item { padding: 3px 2px; }
+  QComboBox QAbstractItemView { background: @menu; border: 1px solid @edge; padding: 3px; border-radius: 0; }
+  QComboBox QAbstractItemView::item { padding: 4px 6px; min-height: 18px; }
+  QScrollBar { background: @bar; }
+  QScrollBar:vertical { width: 11px; }
+  QScrollBar:horizontal { height: 11px; }
+  QScrollBar::handle { background: @edge; border-radius: 3px; margin: 2px; }
+  QScrollBar::handle:vertical { min-height: 28px; }
+  QScrollBar::handle:horizontal { min-width: 28px; }
+  QScrollBar::handle:hover, QScrollBar::handle:pressed { background: @idleBox; }
+  QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
+  QScrollBar::add-page, QScrollBar::sub-page { background: none; }
+  QTabBar { background: @bar; }
+  QTabBar::tab { background: @bar; color: @quiet; padding: 5px 14px; border: none; }
+  QTabBar::tab:hover { color: @text; background: @menu; }
+  QTabBar::tab:selected { color: @text; background: @window; }
+  QTabBar::tab:top { border-bottom: 2px solid transparent; }
+  QTabBar::tab:bottom { border-top: 2px solid transparent; }
+  QTabBar::tab:top:selected { border-bottom: 2px solid @accent; }
+  QTabBar::tab:bottom:selected { border-top: 2px solid @accent; }
+  QTabWidget::pane { border: none; }
+  QToolButton#fold { background: @button; border: none; border-radius: 3px; padding: 3px 4px; font-weight: bold; }
+  QToolButton#fold:hover, QToolButton#fold:focus { background: @litButton; }
+  QToolBar { background: @window; border: none; padding: 2px 4px; spacing: 2px; }
+  QFrame[frameShape="5"] { color: @litButton; }
+  QStatusBar { background: @bar; color: @quiet; }
+  QStatusBar::item { border: none; }
+  QToolTip { background: @button; color: @text; border: 1px solid @edge; padding: 3px; }
+)";
+
+struct NamedColor {
+  const char* name;
+  QRgb Theme::*color;
+};
+
+// A name that begins with another one stands before it.
+constexpr NamedColor kNamed[] = {
+    {"@selected", &Theme::selected},
+    {"@litButton", &Theme::litButton},
+    {"@pressedButton", &Theme::pressedButton},
+    {"@button", &Theme::button},
+    {"@calmAccent", &Theme::calmAccent},
+    {"@accent", &Theme::accent},
+    {"@window", &Theme::window},
+    {"@idleBox", &Theme::idleBox},
+    {"@gap", &Theme::gap},
+    {"@menu", &Theme::menu},
+    {"@edge", &Theme::edge},
+    {"@faint", &Theme::faint},
+    {"@quiet", &Theme::quiet},
+    {"@text", &Theme::text},
+    {"@bar", &Theme::bar},
+};
+
+QString SheetOf(const Theme& theme) {
+  QString sheet = kStyleSheet;
+  for (const NamedColor& row : kNamed) sheet.replace(row.name, QColor(theme.*row.color).name());
+  return sheet;
+}
+
+}  // namespace
+
+void ApplyTheme(QApplication&) {
+  QApplication::setStyle(new ApplicationStyle);
+  ShowTheme(DarkTheme());
+}
+
+void ShowTheme(const Theme& theme) {
+  if (&PresentTheme() == &theme && !qApp->styleSheet().isEmpty()) return;
+  UseTheme(theme);
+  QApplication::setPalette(PaletteOf(theme));
+  qApp->setStyleSheet(SheetOf(theme));
 }
 
 }  // namespace desktop
