@@ -22,6 +22,7 @@ class SystemAppearance : public QObject {
   static std::optional<bool> IsLight(uint scheme);
 
  private:
+  // Sends the question; the answer is told when it comes.
   void Ask();
 
   std::function<void(bool)> told_;
@@ -39,7 +40,9 @@ class AppearanceMenu : public QObject {
 
  private:
   enum class Wanted { AsSystem, Dark, Light };
+  // An entry that chooses `wanted`.
   void Add(QMenu& menu, const QString& text, Wanted wanted);
+  // Brings the theme that follows from choice and system onto the screen.
   void Show();
 
   Settings& settings_;

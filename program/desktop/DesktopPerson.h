@@ -29,7 +29,7 @@ class DesktopPerson : public engine::Person {
   // How long work goes on before its progress shows.
   std::chrono::milliseconds patience{60};
 
-  // What says of itself in its first words that it warns or that it is an error looks so.
+  // A text whose first words are a warning or an error looks like one.
   void Tell(const std::string& text) override;
   // Something did not work: shown as a warning.
   void Warn(const std::string& text);
@@ -43,9 +43,11 @@ class DesktopPerson : public engine::Person {
   bool Writing(const std::string& path) override;
 
  private:
+  // Shows the box when the work has gone on for longer than `patience`. False when it shall stop.
   bool ShowProgress(double fraction, const std::string& what);
   void MakeBox();
   void LetLive();
+  // Closes the box; also when the work has ended without a word.
   void EndProgress();
 
   QPointer<QWidget> window_;

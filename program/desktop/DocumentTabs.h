@@ -18,13 +18,17 @@ class DocumentTabs : public QTabBar, public DocumentView {
   void Turn(int steps);
 
  private:
+  // A tab as it is shown.
   struct Tab {
     host::ULLONG document;
     QString text;
     bool operator==(const Tab&) const = default;
   };
+  // Brings number and texts of the tabs in step.
   void Show(const std::vector<Tab>& tabs);
+  // Makes the document of the tab (0-based) the active one.
   void GoTo(int tab);
+  // Asks about unsaved changes first.
   void CloseTab(int tab);
 
   engine::Application& application_;

@@ -62,16 +62,20 @@ class MainWindow : public QMainWindow {
   void dropEvent(QDropEvent* event) override;
 
  private:
+  // The tabs of the documents above the picture.
   void BuildCenter();
+  // The docks with the panels, in their first places.
   void BuildPanels();
   // A press in `view` brings its selection back into the attributes, though nothing else got
   // selected.
   void InspectWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind);
   void BuildMenus();
+  // The name of the active document, with a mark while it is changed.
   void ShowTitle();
   // Asks in the next turn of the loop whether the file of the active document is still the one it
   // was read from; once for each time that a person comes to the document or back to the window.
   void CheckFileSoon(const host::BaseDocument* doc);
+  // Selects the object that was clicked on in the picture; 0 selects nothing.
   void Choose(engine::NodeId object, Viewport::Picking how);
 
   engine::Application& application_;
@@ -93,6 +97,7 @@ class MainWindow : public QMainWindow {
   host::ULLONG lookedAtFile_ = 0;
   QTimer look_;
   AppearanceMenu* appearanceMenu_ = nullptr;
+  // The layout of a first start, for ResetLayout.
   QByteArray firstLayout_;
 };
 

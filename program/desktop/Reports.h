@@ -36,6 +36,7 @@ class Reports {
 
   DesktopPerson& person_;
   QWidget* window_;
+  // Deletes itself when it is closed.
   QPointer<QDialog> open_;
 };
 

@@ -26,12 +26,14 @@ class Settings {
   engine::Status Set(const QString& key, const QStringList& texts);
 
  private:
+  // Sets the value for this run and writes the file with it.
   engine::Status Keep(const QString& key, const QJsonValue& value);
   // Fails where the file may hold what would be lost by writing it.
   engine::Status Read();
   engine::Status KeepAside(const std::string& reason);
 
   engine::Outside& outside_;
+  // Empty: nothing is kept.
   std::string file_;
   QJsonObject values_;
   QJsonObject session_;  // set in this run

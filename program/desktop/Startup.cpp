@@ -55,8 +55,8 @@ namespace {
 
 QtMessageHandler before = nullptr;
 
-// What the toolkit said before it gave up; shown where the display is not the reason.
-QString& Heard() {
+// The messages of the toolkit before it gave up; shown where the display is not the reason.
+QString& StartMessages() {
   static QString heard;
   return heard;
 }
@@ -65,15 +65,15 @@ QString Reason(const QString& last) {
   const QString advice = "et DISPLAY, or use the command line: stagemarks --help.";
   const QString chosen = qEnvironmentVariable("QT_QPA_PLATFORM");
   if (!chosen.isEmpty() && !chosen.startsWith("xcb") && !chosen.startsWith("wayland"))
-    return Heard() + last;
+    return StartMessages() + last;
   const QString display = qEnvironmentVariable("DISPLAY");
   const QString wayland = qEnvironmentVariable("WAYLAND_DISPLAY");
   if (display.isEmpty() && wayland.isEmpty()) return "No display was found. S" + advice;
   if (display.isEmpty())
     return "The display \"" + wayland + "\" could not be opened. Install qt6-wayland, s" + advice;
-  if (Heard().contains("could not connect to display"))
+  if (StartMessages().contains("could not connect to display"))
     return "The display \"" + display + "\" could not be opened. S" + advice;
-  return Heard() + last;
+  return StartMessages() + last;
 }
 
 void Explain(QtMsgType type, const QMessageLogContext&, const QString& text) {
@@ -81,7 +81,7 @@ void Explain(QtMsgType type, const QMessageLogContext&, const QString& text) {
     std::fprintf(stderr, "stagemarks-desktop: %s\n", qPrintable(Reason(text)));
     std::_Exit(EXIT_FAILURE);
   }
-  Heard() += text + '\n';
+  StartMessages() += text + '\n';
 }
 
 }  // namespace
@@ -90,8 +90,8 @@ void ExplainMissingDisplay() { before = qInstallMessageHandler(Explain); }
 
 void StopExplaining() {
   qInstallMessageHandler(before);
-  if (!Heard().isEmpty()) std::fputs(qPrintable(Heard()), stderr);
-  Heard().clear();
+  if (!StartMessages().isEmpty()) std::fputs(qPrintable(StartMessages()), stderr);
+  StartMessages().clear();
 }
 
 }  // namespace desktop

@@ -130,7 +130,7 @@ void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) 
   reading_.emplace(*doc, elements);
   // Of very many nothing is to be had at once, and others want their turn.
   elements->size() > kMostAtOnce ? next_.start() : Slice();
-  // What is shown is still of other elements.
+  // Until then the fields show other elements.
   if (reading_ && others) ShowWaiting();
 }
 

@@ -36,20 +36,30 @@ class AttributesView : public QScrollArea {
   QSize sizeHint() const override { return {320, 360}; }
 
  private:
+  // Makes all widgets anew; which sections were collapsed is kept by title.
   void Build(const std::vector<AttributeGroup>& groups);
+  // `labelWidth`: in pixels, one for all groups so that the fields stand below each other.
   void AddGroup(const AttributeGroup& group, int labelWidth);
+  // Reads on for as long as a slice may take, and shows all when the end is reached.
   void Slice();
+  // Switches the fields off while they still show other elements.
   void ShowWaiting();
+  // Shows heading, groups and values that were read.
   void ShowRead(host::BaseDocument& doc);
+  // Keeps the widgets where the groups look as those that are shown.
   void ShowGroups(std::vector<AttributeGroup> groups);
+  // The name and kind of the elements, or how many they are; null: that no document is open.
   void ShowHeading(const host::BaseDocument* doc, const ElementList& elements);
+  // Sets the field of that line (0-based, over all groups) in all its elements, as one undo step.
   void Edit(std::size_t line, const FieldEdit& edit);
 
+  // A line of the panel and its widget.
   struct Shown {
     AttributeLine line;
     FieldWidget* field;
   };
 
+  // The document that is shown and its change count when reading began.
   host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
   SharedIds elements_;
@@ -58,6 +68,7 @@ class AttributesView : public QScrollArea {
   std::map<QString, CollapsibleSection*> sections_;
   std::map<QString, bool> folded_;  // by title, as a person left them
   FieldEditing editing_;
+  // Only until all elements are read.
   std::optional<AttributeReading> reading_;
   QTimer next_;
   QLabel* title_;

@@ -183,7 +183,7 @@ char MarkOf(FieldKind kind, std::size_t part) {
   return (IsColor(kind) ? "RGB" : kind == FieldKind::Pair ? "UV" : "XYZ")[part];
 }
 
-// What a color looks like, and the color that looks like it.
+// The color as the screen shows it, and the color that the screen shows so.
 QColor ToScreen(const host::Vector& color, FieldKind kind) {
   const auto byte = [kind](double share) {
     if (kind == FieldKind::Color)

@@ -32,10 +32,12 @@ class FieldWidget : public QWidget {
   const Field& EditedField() const { return field_; }
   // For FinishTyping: a part that a person types into.
   void AddTypingPart(ConfirmedLineEdit* edit) { edits_.push_back(edit); }
+  // Calls `edited` where somebody has set it.
   void Tell(const FieldEdit& edit) const;
 
  private:
   const Field& field_;
+  // Children of this widget.
   std::vector<ConfirmedLineEdit*> edits_;
 };
 

@@ -37,15 +37,19 @@ class ConfirmedLineEdit : public QLineEdit {
   void focusOutEvent(QFocusEvent* event) override;
   // Goes back to what there was.
   void Revert() { ShowText(shown_, mixed_); }
+  // Shows a text below the field for a few seconds.
   void Tell(const QString& text);
 
  private:
+  // The part of the field that shows text, in its own coordinates.
   QRect TextPlace() const;
   bool IsCut() const;
   // Empty when it was taken or nothing was typed.
   QString Take();
+  // Colors the edge of the field while its text is refused.
   void Mark(bool refused);
 
+  // The text as it was shown last, which Escape brings back.
   QString shown_;
   bool mixed_ = false;
   bool marked_ = false;
@@ -72,14 +76,19 @@ class NumberLineEdit : public ConfirmedLineEdit {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  // The problem with the text, empty where it was taken.
   QString TakeText(const QString& text);
   void Enter(double number, bool goesOn);
+  // By so many steps of the field, within its limits. Steps that follow each other within a second
+  // are one edit.
   void Step(double steps);
 
   const Field& field_;
   char mark_;
+  // Nothing while there are several numbers.
   std::optional<double> number_;
   QElapsedTimer sinceStep_;
+  // Eighths of a degree that were turned and made no whole step yet.
   int wheel_ = 0;
 };
 

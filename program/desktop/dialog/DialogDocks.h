@@ -26,7 +26,7 @@ class DialogDocks final : private engine::DialogObserver {
     host::GeDialog* dialog;  // null while it is closed
   };
   const std::vector<Known>& AllKnown() const { return known_; }
-  // What is done around each act of a person on any of the dialogs; empty: nothing.
+  // Runs each act of a person on any of the dialogs; empty: the act is just run.
   AroundAct around;
   // Brings all docks back to the side of the window that they first stood on.
   void ResetPlaces();
@@ -35,12 +35,16 @@ class DialogDocks final : private engine::DialogObserver {
   void DialogOpened(host::GeDialog& dialog) override;
   void DialogClosed(host::GeDialog& dialog) override;
   void DialogChanged(host::GeDialog&, const engine::Gadget*) override {}
+  // The dock and the view of a dialog that opens, at the place that the kept layout has for it,
+  // else on the right.
   QDockWidget* Make(host::GeDialog& dialog);
 
+  // Takes up title and dialog of what is open under AllKnown.
   void Remember(host::GeDialog& dialog);
 
   QMainWindow& window_;
   std::vector<Known> known_;
+  // Of the dialogs that are open.
   std::unordered_map<const host::GeDialog*, QDockWidget*> docks_;
 };
 

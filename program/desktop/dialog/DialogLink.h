@@ -19,7 +19,7 @@ using AroundAct = std::function<void(host::GeDialog& dialog, const std::string& 
 
 struct DialogLink {
   host::GeDialog* dialog = nullptr;  // null once closed
-  // What the act of that label is about, for questions that do not say so themselves; may be
+  // Names the element that an act of that label is about, for questions that do not; may be
   // missing.
   std::function<QString(const host::String& label)> concerns = {};
   AroundAct around{};  // empty: the act is just run

@@ -144,9 +144,9 @@ DialogView::DialogView(host::GeDialog& dialog, QWidget* parent)
   menus_->setNativeMenuBar(false);
   area_->setWidgetResizable(true);
   area_->setFrameShape(QFrame::NoFrame);
-  soon_.setSingleShot(true);
-  connect(&soon_, &QTimer::timeout, this, [this] {
-    engine::InsideDialogCall() ? soon_.start(kMillisecondsBetweenTries) : CatchUp();
+  catchUp_.setSingleShot(true);
+  connect(&catchUp_, &QTimer::timeout, this, [this] {
+    engine::InsideDialogCall() ? catchUp_.start(kMillisecondsBetweenTries) : CatchUp();
   });
   engine::AddDialogObserver(*this);
   Build();
@@ -177,7 +177,7 @@ void DialogView::SetEmptyListText(const QString& text) {
 void DialogView::DialogClosed(host::GeDialog& dialog) {
   if (&dialog != link_->dialog) return;
   link_->dialog = nullptr;
-  soon_.stop();
+  catchUp_.stop();
   setEnabled(false);
   if (closed) closed();
 }
@@ -189,7 +189,7 @@ void DialogView::DialogChanged(host::GeDialog& dialog, const engine::Gadget* gad
   } else {
     changedWholly_ = true;
   }
-  if (!soon_.isActive()) soon_.start(0);
+  if (!catchUp_.isActive()) catchUp_.start(0);
 }
 
 void DialogView::CatchUp() {
@@ -205,31 +205,31 @@ void DialogView::CatchUp() {
     const auto it = widgets_.find(id);
     if (gadget && it != widgets_.end()) it->second.show(*gadget);
   }
-  if (!changed.empty()) GiveWay();
+  if (!changed.empty()) FitToWidth();
 }
 
 void DialogView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
-  GiveWay();
+  FitToWidth();
 }
 
-void DialogView::GiveWay() {
+void DialogView::FitToWidth() {
   if (!area_->widget()) return;
   std::vector<QWidget*> pictures;
   for (const auto& [id, made] : widgets_) {
     if (auto* picture = dynamic_cast<PictureButton*>(made.widget)) pictures.push_back(picture);
   }
   for (QWidget* picture : pictures) picture->setMaximumWidth(QWIDGETSIZE_MAX);
-  SetAir(true);
+  SetBorders(true);
   const int missing = MissingWidth();
   for (QWidget* picture : pictures) {
     const int width = picture->sizeHint().width() - missing;
     if (missing > 0) picture->setMaximumWidth(std::max(width, picture->minimumWidth()));
   }
-  MeasureAnew();
+  UpdateLayouts();
   const QSize least = area_->widget()->minimumSizeHint();
   if (MissingWidth() > 0 || least.width() > area_->width() || least.height() > area_->height())
-    SetAir(false);
+    SetBorders(false);
 }
 
 // A list is content with less than it asks for as long as it shows its columns.
@@ -243,7 +243,7 @@ int DialogView::MissingWidth() const {
   return wanted - area_->width();
 }
 
-void DialogView::SetAir(bool wide) {
+void DialogView::SetBorders(bool wide) {
   const auto narrowed = [wide](int border) {
     return wide ? border : std::min(border, kNarrowBorder);
   };
@@ -251,11 +251,11 @@ void DialogView::SetAir(bool wide) {
     grid->setContentsMargins(narrowed(asked.left()), narrowed(asked.top()), narrowed(asked.right()),
                              narrowed(asked.bottom()));
   }
-  MeasureAnew();
+  UpdateLayouts();
 }
 
 // From the innermost group outwards: the toolkit would do so only when the event loop comes round.
-void DialogView::MeasureAnew() {
+void DialogView::UpdateLayouts() {
   std::for_each(groups_.rbegin(), groups_.rend(),
                 [](const auto& group) { group.first->parentWidget()->updateGeometry(); });
 }
@@ -274,7 +274,7 @@ void DialogView::Build() {
   if (QWidget* former = area_->takeWidget()) former->deleteLater();
   area_->setWidget(BuildGroup(engine::DialogRoot(*link_->dialog), area_));
   SetEmptyListText(emptyListText_);
-  GiveWay();
+  FitToWidth();
   updateGeometry();
   if (built) built();
 }

@@ -30,13 +30,13 @@ class DialogView : public QWidget, private engine::DialogObserver {
   QWidget* WidgetOf(host::LONG id) const;
   QMenuBar& Menus() const { return *menus_; }
   QSize sizeHint() const override;
-  // What the lists of the dialog show while they have no rows.
+  // Shown in the lists of the dialog while they have no rows.
   void SetEmptyListText(const QString& text);
-  // What an act of that label is about; told with questions that come up in it.
+  // Tells which element an act of that label is about; shown with questions that come up in it.
   void SetConcerns(std::function<QString(const host::String& label)> concerns) {
     link_->concerns = std::move(concerns);
   }
-  // What is done around each act of a person.
+  // Runs each act of a person on the dialog.
   void SetAround(AroundAct around) { link_->around = std::move(around); }
   // Shows what has changed up to now at once.
   void CatchUp();
@@ -58,15 +58,21 @@ class DialogView : public QWidget, private engine::DialogObserver {
   void DialogClosed(host::GeDialog& dialog) override;
   void DialogChanged(host::GeDialog& dialog, const engine::Gadget* gadget) override;
 
+  // Builds menus and widgets anew, each only where its shape has changed.
   void Build();
+  // With all gadgets below it. The caller puts it into a layout.
   QWidget* BuildGroup(const engine::Gadget& group, QWidget* parent);
+  // Makes the widget of `child` and puts it into the cell.
   void Place(const engine::Gadget& child, Cell cell, QGridLayout& grid, QWidget& group);
-  // What is too little room for all of it takes it from the pictures first, then from the air
+  // Where room is short the pictures give way first, then the air
   // around the groups; only then the dialog scrolls.
-  void GiveWay();
+  void FitToWidth();
+  // In pixels; 0 or less where everything has room.
   int MissingWidth() const;
-  void SetAir(bool wide);
-  void MeasureAnew();
+  // With the borders that the plug-in asks for, or with narrow ones.
+  void SetBorders(bool wide);
+  // Lets the layouts measure what has changed in them at once.
+  void UpdateLayouts();
 
   SharedDialogLink link_;
   QString emptyListText_;
@@ -76,10 +82,13 @@ class DialogView : public QWidget, private engine::DialogObserver {
   std::vector<std::pair<QGridLayout*, QMargins>> groups_;
   std::string shape_;  // of the gadget tree as drawn
   std::string menuShape_;
+  // By gadget ID. Gadgets without one are never changed by the plug-in.
   std::unordered_map<host::LONG, GadgetWidget> widgets_;
+  // IDs of gadgets that have changed since the last CatchUp; `changedWholly_`: the tree itself has.
   std::unordered_set<host::LONG> changed_;
   bool changedWholly_ = false;
-  QTimer soon_;
+  // Runs CatchUp when the event loop has time.
+  QTimer catchUp_;
 };
 
 }  // namespace desktop

@@ -42,11 +42,14 @@ class PictureButton : public QAbstractButton {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  // Reads the image file where it is another one, or has changed; nothing is shown where it cannot
+  // be read.
   void Load(const std::string& path);
   // The largest size of the picture's proportions inside `room`.
   QSize Fitted(QSize room) const;
 
   QSize asked_;
+  // Whether the plug-in asks for an edge around the picture.
   bool border_;
   std::string path_;
   engine::FileStamp stamp_;

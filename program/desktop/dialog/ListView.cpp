@@ -188,7 +188,7 @@ QItemSelectionModel::SelectionFlags ListView::selectionCommand(const QModelIndex
   const bool isMouse =
       event && (event->type() == QEvent::MouseButtonPress ||
                 event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::MouseMove);
-  // What a context menu is asked for is chosen wherever one points.
+  // A right click chooses its row in any column: the context menu is for it.
   const bool isRight =
       isMouse && static_cast<const QMouseEvent*>(event)->buttons() & Qt::RightButton;
   if (isMouse && !isRight && model_->IsCheckColumn(index.column()))

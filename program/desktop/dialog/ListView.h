@@ -35,6 +35,7 @@ class ListModel : public QAbstractTableModel {
  private:
   // The values behind an index; null when they are gone since the last Update.
   const host::BaseContainer* ValuesOf(const QModelIndex& index) const;
+  // Appends or removes rows at the end, so that scrolling and selection stay.
   void SetRowCount(int rows);
 
   SharedDialogLink link_;
@@ -75,7 +76,9 @@ class ListView : public QTreeView {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  // As ranges of lines, 0-based, as the published interface has them.
   host::BaseSelect SelectedLines() const;
+  // Selects these lines without an event of the dialog.
   void ShowSelection(const host::BaseSelect& selection);
   // The first column of check boxes, -1 without one.
   int CheckColumn() const;
@@ -85,11 +88,14 @@ class ListView : public QTreeView {
     int filling = -1;
     int readable = 0;
   };
+  // In pixels. O(rows that can be seen).
   Widths Measure() const;
+  // Gives each column the width of what it shows, and the rest to one text.
   void FitColumns();
 
   SharedDialogLink link_;
   host::LONG id_;
+  // In pixels, as the plug-in asks for it.
   QSize asked_;
   ListModel* model_;
   QString emptyText_;

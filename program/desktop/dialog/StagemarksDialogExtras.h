@@ -23,22 +23,29 @@ class StagemarksDialogExtras : public QObject {
  private:
   // Once the widgets are there, and whenever they have been built anew.
   void Equip();
+  // Sets the tool tips.
   void ExplainGadgets();
   // Presses a button as a person does.
   void Press(const char* button);
+  // Null where the dialog has no such button, or is closed.
   QAbstractButton* Button(const char* label) const;
+  // Null where the dialog has none, or is closed.
   ListView* List() const;
+  // The context menu of the list, at a place of its viewport; none beside the rows.
   void ShowMenu(const QPoint& place);
+  // Asks for a new name of the chosen row and presses Rename. A name that is taken is refused.
   void Rename();
   // The name that is chosen; empty where not exactly one is.
   std::string Chosen() const;
+  // As it stands in the name field.
   std::string TypedName() const;
   // The dialog goes back to its default picture with every change of the scene. Chooses the row
   // again, as a person would, as long as nothing else has been typed into the field, which choosing
   // fills.
   void KeepPicture();
-  // What was recorded or renamed is the chosen row.
+  // Chooses the row that was just recorded or renamed.
   void ChooseTyped();
+  // "Stagemark: NAME" for a label whose question names none; empty for others.
   QString ConcernOf(const host::String& label) const;
 
   DialogView& view_;

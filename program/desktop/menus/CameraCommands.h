@@ -20,15 +20,18 @@ class CameraCommands : public QObject, public DocumentView {
 
   void Follow(host::BaseDocument* doc) override;
   QAction& NewCamera() { return *newCamera_; }
-  // What works on a camera that is there, in the order of a menu.
+  // The commands on a camera that is there, in the order of a menu.
   QList<QAction*> ForCameras() const { return {lookThrough_, makeSceneCamera_, fly_}; }
 
  private:
+  // An action that gets the active document; nothing happens without one. `keys` may be empty.
   template <class Command>
   QAction* Add(const QString& text, const QString& tip, const char* keys, Command command);
+  // A camera that sees what the picture shows, and looks through it.
   void AddNew(host::BaseDocument& doc);
   // Null: nothing happens.
   void LookThrough(host::BaseObject* camera);
+  // Makes it the scene camera. Null: nothing happens.
   void MakeScenes(host::BaseDocument& doc, host::BaseObject* camera);
 
   MainWindow& window_;

@@ -53,7 +53,7 @@ void EditMenu::Follow(host::BaseDocument* doc) {
   undo_->setText(NamedStep("&Undo", doc ? engine::UndoName(*doc) : ""));
   redo_->setText(NamedStep("&Redo", doc ? engine::RedoName(*doc) : ""));
   const bool selected = doc && (doc->GetActiveObject() || engine::ActiveTagOf(*doc));
-  // What a search leaves out is not meant.
+  // While a search is on, "all" are those that it found.
   onScene_.front()->setText(window_.Objects().Model().IsFiltered() ? "Select &All Found"
                                                                    : "Select &All");
   for (QAction* action : onScene_) action->setEnabled(doc && doc->GetFirstObject());

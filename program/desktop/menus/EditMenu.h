@@ -25,6 +25,7 @@ class EditMenu : public QObject, public DocumentView {
 
  private:
   using Command = std::function<void(host::BaseDocument&)>;
+  // An entry that gets the active document, with keys that work in the tree and in the picture.
   QAction* AddCommand(QMenu& menu, const QString& text, const QKeySequence& keys, Command command);
 
   MainWindow& window_;

@@ -10,10 +10,9 @@
 #include <QShortcut>
 #include <QTreeWidget>
 #include <QVBoxLayout>
-#include "program/desktop/ScreenFit.h"
-
 #include "engine/application/ProgramPlaces.h"
 #include "program/desktop/MainWindow.h"
+#include "program/desktop/ScreenFit.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/Menus.h"
 
@@ -58,7 +57,7 @@ class ShortcutPage {
       }
     }
   }
-  // What panels know by themselves; entries that stand in a menu, too, were seen there.
+  // The keys of the panels themselves; actions that stand in a menu, too, were seen there.
   void AddPanel(const QWidget& panel, const QString& title) {
     QList<const QWidget*> widgets = {&panel};
     for (const QWidget* widget : panel.findChildren<QWidget*>()) widgets.append(widget);

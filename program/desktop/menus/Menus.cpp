@@ -1,8 +1,7 @@
 #include "program/desktop/menus/Menus.h"
 
-#include "program/desktop/Icons.h"
-
 #include "program/desktop/FileDialogs.h"
+#include "program/desktop/Icons.h"
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/render/RenderWindow.h"

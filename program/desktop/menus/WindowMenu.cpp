@@ -15,7 +15,7 @@ bool TakesFocus(const QWidget& widget) {
          !widget.focusProxy();
 }
 
-// What the panel itself sends the focus to, else the first one of the tab order; null where nothing
+// The focus proxy of the panel, else the first widget of the tab order in it; null where nothing
 // takes it.
 QWidget* FirstIn(QWidget& panel) {
   QWidget* proxy = panel.focusProxy();

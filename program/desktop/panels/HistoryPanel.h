@@ -17,12 +17,17 @@ class HistoryPanel : public QListWidget, public DocumentView {
   QSize sizeHint() const override { return {240, 160}; }
 
  private:
+  // Makes the rows anew from the names of the steps, the oldest first.
   void Fill(const QStringList& done, const QStringList& undone);
+  // Undoes or redoes up to the state after the step of that row; row 0 is the state before the
+  // first one. Ends early where a step is refused.
   void GoTo(int row);
 
   engine::Application& application_;
+  // The document that is shown and its change count then.
   engine::NodeId doc_ = 0;
   host::ULLONG seen_ = 0;
+  // The names as shown: rows are made anew only when they differ.
   QStringList done_;
   QStringList undone_;
 };

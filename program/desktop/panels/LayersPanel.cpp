@@ -258,9 +258,9 @@ bool LayerTree::ClickedCell(const QMouseEvent& event) {
   if (!index.isValid() || index.column() == LayerModel::kName || event.button() != Qt::LeftButton)
     return false;
   if (index.column() == LayerModel::kColor) {
-    AskColor(MeantBy(index));
+    AskColor(ChosenWith(index));
   } else {
-    SetLayerSwitch(*Document(), MeantBy(index),
+    SetLayerSwitch(*Document(), ChosenWith(index),
                    static_cast<std::size_t>(index.column() - LayerModel::kFirstSwitch),
                    !index.data(LayerModel::kIsOn).toBool());
   }
@@ -281,7 +281,7 @@ void LayerTree::dragEnterEvent(QDragEnterEvent* event) {
   QTreeView::dragEnterEvent(event);
 }
 
-LayerList LayerTree::MeantBy(const QModelIndex& index) const {
+LayerList LayerTree::ChosenWith(const QModelIndex& index) const {
   const QModelIndex row = index.siblingAtColumn(0);
   return selectionModel()->isSelected(row) ? Chosen() : model_->LayersAt({row});
 }

@@ -51,6 +51,7 @@ class LayerModel : public NodeTreeModel {
                     const QModelIndex& parent) override;
 
  private:
+  // Of switch `number`, in the order of kLayerSwitches.
   QVariant SwitchData(const host::LayerData& layer, std::size_t number, int role) const;
 };
 
@@ -82,12 +83,16 @@ class LayerTree : public QTreeView, public DocumentView {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  // Flips the switch or asks for the color at the place of the event; false in the name, where the
+  // click is the toolkit's.
   bool ClickedCell(const QMouseEvent& event);
   // The layer of the row, with all chosen ones when it is among them.
-  LayerList MeantBy(const QModelIndex& index) const;
+  LayerList ChosenWith(const QModelIndex& index) const;
+  // Selects the rows of the layers that are selected in the document.
   void ShowSelection();
 
   LayerModel* model_;
+  // The document that is shown and its change count then: nothing is done until one differs.
   host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
   bool showing_ = true;  // what changes in here is no act of a person
@@ -103,7 +108,9 @@ class LayersPanel : public QWidget, public DocumentView {
 
  private:
   void BuildActions();
+  // Adds to the context menu what has no button: the color, and each switch with its mark.
   void AddToMenu(QMenu& menu);
+  // Makes a layer and begins to edit its name.
   void Add(host::BaseDocument& doc);
 
   LayerTree* tree_;

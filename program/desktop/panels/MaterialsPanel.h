@@ -45,8 +45,11 @@ class MaterialModel : public QAbstractListModel {
 
  private:
   host::ULLONG doc_ = 0;
+  // In the order of the document, and the row of each.
   std::vector<engine::NodeId> ids_;
   std::unordered_map<engine::NodeId, int> rows_;
+  // Pixels of the screen for a device-independent one; asked for each thumbnail, as a window may be
+  // moved to another screen.
   std::function<double()> scale_;
   std::shared_ptr<MaterialThumbnails> thumbnails_;
 };
@@ -70,6 +73,7 @@ class MaterialGrid : public QListView, public DocumentView {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  // Selects the thumbnails of the materials that are selected in the document.
   void ShowSelection();
 
   MaterialModel* model_;
@@ -90,6 +94,7 @@ class MaterialsPanel : public QWidget, public DocumentView {
 
  private:
   void BuildActions();
+  // Makes a material and begins to edit its name.
   void Add(host::BaseDocument& doc);
 
   MaterialGrid* grid_;

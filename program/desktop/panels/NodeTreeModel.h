@@ -93,10 +93,12 @@ class NodeTreeModel : public QAbstractItemModel {
   bool MoveTo(const std::vector<engine::NodeId>& ids, int row, const QModelIndex& parent);
 
  private:
+  // The entry above the top level for an invalid index.
   const FlatTree::Entry& EntryOf(const QModelIndex& index) const {
     return shape_.At(index.isValid() ? static_cast<int>(index.internalId()) : 0);
   }
 
+  // Of the document; 0 for none.
   engine::NodeId doc_ = 0;
   FlatTree shape_;
 };

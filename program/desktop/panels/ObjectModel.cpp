@@ -90,7 +90,7 @@ QString ObjectIcon(LONG type) {
   }
 }
 
-std::vector<BaseObject*> MeantBy(BaseObject& object) {
+std::vector<BaseObject*> SelectedWith(BaseObject& object) {
   const host::BaseDocument* doc = object.GetDocument();
   if (!doc || !object.GetBit(host::BIT_ACTIVE)) return {&object};
   return SelectedObjects(*doc);
@@ -200,7 +200,7 @@ bool ObjectModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, i
   if (!doc) return false;
   BaseObject* on = ObjectAt(parent);
   const std::vector<engine::NodeId> materials = DroppedNodes(data, kMaterialMime);
-  if (!materials.empty()) return on && AssignMaterial(*doc, materials.front(), MeantBy(*on));
+  if (!materials.empty()) return on && AssignMaterial(*doc, materials.front(), SelectedWith(*on));
   return MoveTo(DroppedNodes(data, kObjectsMime), row, parent);
 }
 

@@ -62,10 +62,12 @@ class ObjectModel : public NodeTreeModel {
                     const QModelIndex& parent) override;
 
  private:
+  // Of the first column.
   QVariant NameData(const host::BaseObject& object, int role) const;
   // Of the whole tree what the search finds.
   FlatTree Found(const host::BaseDocument* doc) const;
 
+  // The count of objects that came or went when the tree was read last.
   host::ULLONG seen_ = 0;
   QString filter_;
   bool filterChanged_ = false;
@@ -73,7 +75,7 @@ class ObjectModel : public NodeTreeModel {
 };
 
 // The selected objects when `object` is one of them, else it alone.
-std::vector<host::BaseObject*> MeantBy(host::BaseObject& object);
+std::vector<host::BaseObject*> SelectedWith(host::BaseObject& object);
 // Name of the icon for a type of object.
 QString ObjectIcon(host::LONG type);
 

@@ -117,11 +117,11 @@ void ObjectTree::Follow(host::BaseDocument* doc) {
   }
   FollowActive();
   viewport()->update();
-  TellSelection();
+  NotifyScreenReaders();
 }
 
 // The toolkit tells screen readers of what its own model selects; here that is nothing.
-void ObjectTree::TellSelection() {
+void ObjectTree::NotifyScreenReaders() {
   if (!QAccessible::isActive()) return;
   QAccessibleEvent event(this, QAccessible::SelectionWithin);
   QAccessible::updateAccessibility(&event);
@@ -404,7 +404,7 @@ void ObjectTree::AskLayer(BaseObject& object, const QPoint& place) {
   host::BaseDocument* doc = chosen ? model_->Document() : nullptr;
   BaseObject* still = doc ? engine::AsObject(engine::FindNode(doc, asked)) : nullptr;
   if (still)
-    AssignLayer(*doc, MeantBy(*still),
+    AssignLayer(*doc, SelectedWith(*still),
                 engine::AsLayer(engine::FindNode(doc, chosen->data().value<engine::NodeId>())));
 }
 
@@ -416,7 +416,7 @@ void ObjectTree::BeginSweep(BaseObject& object, const QModelIndex& index, int y)
   sweep_ = Sweep{doc_, index.column(), value, y};
   doc.StartUndo();
   engine::NameUndo(doc, SwitchStep(which));
-  ChangeSwitch(doc, MeantBy(object), which, value);
+  ChangeSwitch(doc, SelectedWith(object), which, value);
 }
 
 void ObjectTree::SweepTo(int y) {
@@ -481,10 +481,10 @@ ObjectsPanel::ObjectsPanel(QWidget* parent)
   add(this, QKeySequence("Ctrl+L"), Qt::WindowShortcut, "Search objects", find);
   add(tree_, QKeySequence("/"), Qt::WidgetShortcut, "Search objects", find);
   add(this, QKeySequence(Qt::Key_Escape), Qt::WidgetWithChildrenShortcut, "End the search",
-      [this] { LeaveSearch(); });
+      [this] { EndSearch(); });
 }
 
-void ObjectsPanel::LeaveSearch() {
+void ObjectsPanel::EndSearch() {
   search_->clear();
   tree_->setFocus();
 }

@@ -20,7 +20,7 @@ namespace desktop {
 // The objects with layer, switches and tags of each. A click on a switch changes it, for all
 // selected objects when the clicked one is among them; dragged on, it sets the switches of the rows
 // that it passes alike, as one undo step. Rows are dragged to other places, materials onto rows.
-// What is selected stands in the document; which rows are unfolded is kept here, by identity. Owns
+// The selection stands in the document; which rows are unfolded is kept here, by identity. Owns
 // its model and its selection.
 class ObjectTree : public QTreeView, public DocumentView {
  public:
@@ -63,25 +63,44 @@ class ObjectTree : public QTreeView, public DocumentView {
   // the press to the release.
   struct Sweep {
     host::ULLONG doc;
+    // Of ObjectModel; `value` is what all switches of the sweep are set to.
     int column;
     host::LONG value;
     int y;
   };
   using Unfolded = std::unordered_set<engine::NodeId>;
 
+  // The entries of the context menu that work on the tree itself, with their keys.
   void AddActions();
+  // Does what a press of the left button in a cell means; false in the name, where the press is the
+  // toolkit's.
   bool PressedCell(const QMouseEvent& event);
+  // Selects the tag under the pointer, with Ctrl besides those that are selected; on the count of
+  // those not shown it opens a menu of them.
   void PressTag(host::BaseObject& object, const QModelIndex& index, const QMouseEvent& event);
+  // Opens a menu of the layers at `place` of the screen, and puts the object on the one that is
+  // chosen, with all selected ones when it is one of them.
   void AskLayer(host::BaseObject& object, const QPoint& place);
+  // Opens the undo step of a sweep and sets the first switch. `y`: in pixels of the viewport.
   void BeginSweep(host::BaseObject& object, const QModelIndex& index, int y);
+  // Sets the switches of all rows between the last place and this one, so that a fast mouse leaves
+  // none out.
   void SweepTo(int y);
+  // Closes the undo step; without a sweep it does nothing.
   void EndSweep();
+  // Sets the switch of all selected objects as a click would set that of the active one. For the
+  // keyboard.
   void SwitchSelected(int column);
   // Remembers what is unfolded anew in the rows as they are.
   void RememberUnfolded(const QModelIndex& index, bool unfolded);
+  // Unfolds the rows that are remembered as unfolded and folds all others; while a search is on it
+  // unfolds all.
   void Unfold();
+  // Makes the row of the active object the current one.
   void FollowActive();
-  void TellSelection();
+  // Tells screen readers that the selection may have changed.
+  void NotifyScreenReaders();
+  // The unfolded rows of the present document; at first those of the top level.
   Unfolded& UnfoldedHere();
 
   std::shared_ptr<MaterialThumbnails> thumbnails_;  // maybe null
@@ -92,7 +111,9 @@ class ObjectTree : public QTreeView, public DocumentView {
   // The active object when it was last looked at
   engine::NodeId active_ = 0;
   std::unordered_map<host::ULLONG, Unfolded> unfolded_;  // by document
+  // Set while rows unfold by the program: a person has unfolded nothing then.
   bool unfolding_ = false;
+  // From a press in a cell to its release, of which the toolkit hears nothing.
   bool cellPressed_ = false;
   bool rowHeld_ = false;  // the last press took hold of a row, to drag it
   std::optional<Sweep> sweep_;
@@ -108,7 +129,8 @@ class ObjectsPanel : public QWidget, public DocumentView {
   QLineEdit& Search() { return *search_; }
 
  private:
-  void LeaveSearch();
+  // Empties the field, which shows all objects again, and goes back to the tree.
+  void EndSearch();
 
   QLineEdit* search_;
   ObjectTree* tree_;

@@ -55,8 +55,10 @@ class RenderSettingsModel : public NodeTreeModel {
   }
 
  private:
+  // The tool tip or accessible text of settings that belong to a Stagemark; invalid for others.
   QVariant BelongsText(const QModelIndex& index, int role) const;
 
+  // As at the last Update: found out once for all rows, since it reads every recording.
   StagemarkSettings stagemarks_;
 };
 
@@ -88,7 +90,10 @@ class RenderSettingsList : public QTreeView, public DocumentView {
   void mouseDoubleClickEvent(QMouseEvent* event) override;
 
  private:
+  // Takes over which rows are chosen; a new list only where it differs, so that views see by its
+  // address that nothing did.
   void TakeChosen();
+  // Makes the settings of the row the active ones of the document.
   void Activate(const QModelIndex& index);
 
   RenderSettingsModel* model_;
@@ -109,6 +114,7 @@ class RenderSettingsPanel : public QWidget, public DocumentView {
 
  private:
   void BuildActions(QWidget& side);
+  // Makes render settings, chooses them and begins to edit their name.
   void Add(host::BaseDocument& doc);
   // Asks where what goes belongs to Stagemarks.
   bool MayDelete(const host::BaseDocument& doc, const SettingsList& settings);

@@ -28,6 +28,7 @@ class SidePanels {
   void ShowFirst();
   // Shows the panel of that name and brings it to the front.
   void Raise(const char* name);
+  // Tells the panels that can be seen which document is active.
   void Follow(host::BaseDocument* doc);
   // Their entries of the window menu, in the order of adding.
   std::vector<QAction*> ToggleActions() const;

@@ -36,10 +36,13 @@ class CameraNotice : public QWidget {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  // A button that gives the keyboard focus back to the picture.
   QToolButton* AddButton();
+  // Shows lines and buttons for the state, cut to the width of the picture.
   void Arrange();
 
   State state_;
+  // Size of the picture, in pixels.
   QSize room_;
   QLabel* seen_;
   QLabel* recorded_;

@@ -66,7 +66,7 @@ void EditorCamera::Orbit(double heading, double pitch, const std::optional<Vecto
   const Vector center = around.value_or(target_);
   const Vector way = Along(target_, center, -1);
   const host::Matrix from = Turned(heading_, pitch_);
-  // What is seen follows the hand in a picture that is mirrored or upside down, too.
+  // The picture follows the mouse where it is mirrored or upside down, too.
   if (lean_.v1.x < 0) heading = -heading;
   if (lean_.v2.y < 0) pitch = -pitch;
   heading_ = std::remainder(heading_ + heading, 2 * std::numbers::pi);

@@ -11,7 +11,7 @@ namespace desktop {
 
 class EditorCamera {
  public:
-  // What becomes of a camera that leans to a side, is scaled or mirrored: it stands upright from
+  // How to take over a camera that leans to a side, is scaled or mirrored: it stands upright from
   // now on, or stays so.
   enum class Lean { Straighten, Keep };
 
@@ -36,12 +36,16 @@ class EditorCamera {
   engine::PictureCamera Camera() const;
 
  private:
+  // Width of what is seen at the depth of the target, in units of the scene.
   double SeenWidth() const;
+  // Axes of the camera, at the origin.
   host::Matrix Frame() const;
 
+  // Angle or width, near and far; its frame is not used.
   engine::PictureCamera lens_;
   host::Matrix lean_;  // the frame within the upright one
   host::Vector target_;
+  // Of the target, in units of the scene; the angles are radians.
   double distance_ = 1000;
   double heading_ = 0;
   double pitch_ = 0;

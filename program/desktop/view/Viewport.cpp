@@ -12,7 +12,7 @@ namespace desktop {
 
 namespace {
 
-constexpr int kMillisecondsOfCalm = 160;
+constexpr int kMillisecondsUntilIdle = 160;
 constexpr int kDraftPixels = 480 * 320;
 constexpr int kFinePixels = 2560 * 1440;
 
@@ -42,43 +42,43 @@ Viewport::Viewport(QWidget* parent)
       feed_(caches_, {.editorView = true},
             [this](engine::ScenePicture scene) { TakeScene(std::move(scene)); }),
       notice_(new CameraNotice(this)),
-      worker_(caches_, [this](const PicturePass& pass) { Passed(pass); }) {
+      worker_(caches_, [this](const PicturePass& pass) { ShowPass(pass); }) {
   setFocusPolicy(Qt::StrongFocus);
   setAttribute(Qt::WA_OpaquePaintEvent);
   setAccessibleName("Picture of the scene");
   setToolTip(kHelp);
   setToolTipDuration(6000);
   setAcceptDrops(true);
-  calm_.setSingleShot(true);
-  calm_.setInterval(kMillisecondsOfCalm);
-  connect(&calm_, &QTimer::timeout, this, [this] {
+  idle_.setSingleShot(true);
+  idle_.setInterval(kMillisecondsUntilIdle);
+  connect(&idle_, &QTimer::timeout, this, [this] {
     if (!dragging_) Land();
     Begin(false);
   });
 }
 
-void Viewport::TurnTo(const host::BaseDocument* doc) {
+void Viewport::SwitchDocument(const host::BaseDocument* doc) {
   Land();
-  left_[doc_] = {source_, sourceObject_, editor_, cameraSets_, recordedCamera_};
-  std::erase_if(left_, [](const auto& one) { return !FindOpenDocument(one.first); });
+  formerStates_[doc_] = {source_, sourceObject_, editor_, cameraSets_, recordedCamera_};
+  std::erase_if(formerStates_, [](const auto& one) { return !FindOpenDocument(one.first); });
   doc_ = IdentityOf(doc);
   cameraSets_ = doc ? engine::SceneCameraSetCount(*doc) : 0;
   recordedCamera_ = doc ? engine::SceneCameraIdOf(*doc) : 0;
-  const auto found = left_.find(doc_);
-  const ViewState state = found != left_.end() ? found->second : ViewState{};
+  const auto found = formerStates_.find(doc_);
+  const ViewState state = found != formerStates_.end() ? found->second : ViewState{};
   editor_ = state.editor;
   sourceObject_ = state.sourceObject;
   source_ = state.cameraSets == cameraSets_ && state.recordedCamera == recordedCamera_
                 ? state.source
                 : ViewSource::Scene;
-  mayFly_ = 0;
+  flyableCamera_ = 0;
   framing_ = Framing::None;
   DropPicture();
   finished_ = false;
 }
 
 void Viewport::Follow(host::BaseDocument* doc) {
-  if (IdentityOf(doc) != doc_) TurnTo(doc);
+  if (IdentityOf(doc) != doc_) SwitchDocument(doc);
   if (doc && (engine::SceneCameraSetCount(*doc) != cameraSets_ ||
               engine::SceneCameraIdOf(*doc) != recordedCamera_)) {
     ShowSceneCamera();
@@ -95,13 +95,13 @@ void Viewport::ShowSceneCamera() {
   recordedCamera_ = engine::SceneCameraIdOf(doc);
   const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
   sceneCamera_ = camera ? engine::CameraOf(*camera) : std::nullopt;
-  if (!sceneCamera_ && !editor_) StayWithoutCamera();
+  if (!sceneCamera_ && !editor_) KeepViewWithoutCamera();
   source_ = ViewSource::Scene;
   framing_ = Framing::None;
   Refresh();
 }
 
-void Viewport::StayWithoutCamera() {
+void Viewport::KeepViewWithoutCamera() {
   if (!picture_.isNull()) editor_.emplace(lookedThrough_, bounds_);
 }
 
@@ -113,7 +113,7 @@ void Viewport::ReadAgain() {
 
 void Viewport::DropPicture() {
   worker_.Work({});
-  calm_.stop();
+  idle_.stop();
   unsent_.reset();
   fingerprint_ = 0;
   picture_ = outline_ = QImage();
@@ -128,9 +128,9 @@ void Viewport::TakeScene(engine::ScenePicture scene) {
   const bool hadCamera =
       source_ == ViewSource::Scene ? sceneCamera_.has_value() : source_ == ViewSource::Object;
   sceneCamera_ = scene.hasSceneCamera ? std::optional(scene.camera) : std::nullopt;
-  if (hadCamera && !CameraObject()) StayWithoutCamera();
+  if (hadCamera && !CameraObject()) KeepViewWithoutCamera();
   const bool moved = !IsSameCamera(PresentCamera(), sentCamera_);
-  TakeMarks(scene.selected);
+  TakeSelection(scene.selected);
   if (looksNew) {
     fingerprint_ = scene.fingerprint;
     unsent_ = std::make_unique<engine::ScenePicture>(std::move(scene));
@@ -139,7 +139,7 @@ void Viewport::TakeScene(engine::ScenePicture scene) {
   update();
 }
 
-void Viewport::TakeMarks(std::vector<std::uint8_t> selected) {
+void Viewport::TakeSelection(std::vector<std::uint8_t> selected) {
   if (marks_ && *marks_ == selected) return;
   marks_ = std::make_shared<const Marks>(std::move(selected));
   if (hits_ && hits_->objects->size() == marks_->size())
@@ -183,13 +183,13 @@ host::BaseObject* Viewport::CameraObject() const {
 void Viewport::LetFly(bool flies) {
   Land();
   const host::BaseObject* camera = CameraObject();
-  mayFly_ = flies && camera && WhyFixed(*camera).empty() ? engine::IdOf(*camera) : 0;
+  flyableCamera_ = flies && camera && WhyFixed(*camera).empty() ? engine::IdOf(*camera) : 0;
   ShowNotice();
 }
 
 bool Viewport::Flies() const {
-  const host::BaseObject* camera = mayFly_ != 0 ? CameraObject() : nullptr;
-  return camera && engine::IdOf(*camera) == mayFly_ && WhyFixed(*camera).empty();
+  const host::BaseObject* camera = flyableCamera_ != 0 ? CameraObject() : nullptr;
+  return camera && engine::IdOf(*camera) == flyableCamera_ && WhyFixed(*camera).empty();
 }
 
 void Viewport::LookThrough(engine::NodeId camera) {
@@ -210,7 +210,7 @@ QString Viewport::CameraName() const {
 void Viewport::ShowNotice() {
   const host::BaseDocument* doc = picture_.isNull() ? nullptr : Shown();
   const host::BaseObject* camera = doc ? CameraObject() : nullptr;
-  if (!camera || engine::IdOf(*camera) != mayFly_) mayFly_ = 0;
+  if (!camera || engine::IdOf(*camera) != flyableCamera_) flyableCamera_ = 0;
   CameraNotice::State state;
   if (doc) {
     const host::BaseObject* recorded = doc->GetRenderBaseDraw()->GetSceneCamera(doc);
@@ -222,7 +222,7 @@ void Viewport::ShowNotice() {
   notice_->Show(state);
 }
 
-void Viewport::LeaveViewWithDocument() {
+void Viewport::StoreEditorView() {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || size().isEmpty() || picture_.isNull()) return;
   engine::SetEditorView(*doc, engine::EditorView{PresentCamera().value_or(lookedThrough_),
@@ -253,7 +253,7 @@ EditorCamera& Viewport::Editor() {
   return *editor_;
 }
 
-EditorCamera& Viewport::Moving() {
+EditorCamera& Viewport::MovedCamera() {
   if (!Flies()) return Editor();
   const host::BaseObject& camera = *CameraObject();
   // Somebody else may have moved it since.
@@ -262,13 +262,13 @@ EditorCamera& Viewport::Moving() {
   return *flying_;
 }
 
-void Viewport::Moved() {
+void Viewport::ApplyMove() {
   if (host::BaseObject* camera = flying_ && Flies() ? CameraObject() : nullptr)
-    PutFlying(*camera, flying_->Camera());
+    MoveFlyingCamera(*camera, flying_->Camera());
   Refresh();
 }
 
-void Viewport::PutFlying(host::BaseObject& camera, const engine::PictureCamera& view) {
+void Viewport::MoveFlyingCamera(host::BaseObject& camera, const engine::PictureCamera& view) {
   host::BaseDocument& doc = *camera.GetDocument();
   const host::ULLONG before = engine::ChangeCount(doc);
   flight_.Move(doc, camera, view);
@@ -283,7 +283,7 @@ void Viewport::Land() {
 
 void Viewport::Refresh() {
   finished_ = false;
-  calm_.start();
+  idle_.start();
   draftWanted_ = true;
   if (unsent_ || !(worker_.IsBusy() && isDraft_)) Begin(true);
   update();
@@ -304,14 +304,14 @@ void Viewport::Begin(bool draft) {
   order.scale = devicePixelRatioF();
   order.framing = framing_;
   order.camera = sentCamera_ = PresentCamera();
-  LeaveViewWithDocument();
+  StoreEditorView();
   if (framing_ != Framing::None && !picture_.isNull()) order.camera = lookedThrough_;
   order.draft = draft;
   order.marks = marks_;
   worker_.Work(std::move(order));
 }
 
-void Viewport::Passed(const PicturePass& pass) {
+void Viewport::ShowPass(const PicturePass& pass) {
   problem_ = pass.problem;
   picture_ = pass.image;
   hits_ = pass.hits;
@@ -319,22 +319,22 @@ void Viewport::Passed(const PicturePass& pass) {
   if (hits_ && marks_ != pass.marks) outline_ = OutlineImage(*hits_, *marks_, devicePixelRatioF());
   lookedThrough_ = pass.camera;
   bounds_ = pass.bounds;
-  if (!pass.image.isNull()) StandWhereItWasSeenFrom(pass);
-  finished_ = pass.isLast && !pass.isDraft && !draftWanted_ && !calm_.isActive();
+  if (!pass.image.isNull()) TakeCameraOf(pass);
+  finished_ = pass.isLast && !pass.isDraft && !draftWanted_ && !idle_.isActive();
   if (pass.isLast && draftWanted_) Begin(true);
-  LeaveViewWithDocument();
+  StoreEditorView();
   ShowNotice();
   update();
 }
 
-void Viewport::StandWhereItWasSeenFrom(const PicturePass& pass) {
+void Viewport::TakeCameraOf(const PicturePass& pass) {
   if (pass.framing != Framing::None) {
     // Once, not for each pass.
     if (framing_ == Framing::None) return;
     framing_ = Framing::None;
     if (Flies()) {
       Land();
-      PutFlying(*CameraObject(), pass.camera);
+      MoveFlyingCamera(*CameraObject(), pass.camera);
       Land();
     } else {
       source_ = ViewSource::Editor;
@@ -365,7 +365,7 @@ void Viewport::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.fillRect(rect(), palette().color(QPalette::Window));
   if (picture_.isNull()) {
-    PaintHint(painter);
+    PaintEmptyText(painter);
     return;
   }
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
@@ -373,7 +373,7 @@ void Viewport::paintEvent(QPaintEvent*) {
   if (!outline_.isNull()) painter.drawImage(rect(), outline_);
 }
 
-void Viewport::PaintHint(QPainter& painter) {
+void Viewport::PaintEmptyText(QPainter& painter) {
   const QString hint = !problem_.isEmpty() ? problem_
                        : !Shown()          ? QString("Open a scene or drop a file here")
                                            : QString();

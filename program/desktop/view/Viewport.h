@@ -98,43 +98,63 @@ class Viewport : public QWidget, public DocumentView {
   };
 
   // Comes back to how it was looked at, unless somebody has set its scene camera since.
-  void TurnTo(const host::BaseDocument* doc);
+  void SwitchDocument(const host::BaseDocument* doc);
+  // Takes over a scene that was read; asks for a picture only where it looks different.
   void TakeScene(engine::ScenePicture scene);
-  void TakeMarks(std::vector<std::uint8_t> selected);
+  // Takes over which instances are selected, and outlines them in the picture that is shown.
+  void TakeSelection(std::vector<std::uint8_t> selected);
   // A rough picture now or when the one being made is done, then the fine one when nothing moves
   // any more.
   void Refresh();
+  // Sends an order to the worker: a rough picture, or the finest one.
   void Begin(bool draft);
+  // Forgets picture and scene, for another document.
   void DropPicture();
-  void Passed(const PicturePass& pass);
+  // Shows a pass of the worker; called on the main thread.
+  void ShowPass(const PicturePass& pass);
   // After framing, and where there is no camera yet.
-  void StandWhereItWasSeenFrom(const PicturePass& pass);
+  void TakeCameraOf(const PicturePass& pass);
+  // Asks for a picture that shows all of this.
   void Frame(Framing framing);
   // Nothing: a camera that frames everything is made.
   std::optional<engine::PictureCamera> PresentCamera() const;
+  // Looks through the editor camera from now on, which begins where one looks from now.
   EditorCamera& Editor();
-  // What a gesture moves, the editor camera or one that flies; Moved takes it from there.
-  EditorCamera& Moving();
-  void Moved();
+  // The camera that a gesture moves, the editor camera or one that flies; ApplyMove follows.
+  EditorCamera& MovedCamera();
+  // Puts a flying camera where the gesture has brought it, and asks for a picture.
+  void ApplyMove();
+  // Ends a gesture: the next one is an undo step of its own.
   void Land();
-  void PutFlying(host::BaseObject& camera, const engine::PictureCamera& view);
+  // Moves the camera object; that alone is no reason to read the scene again.
+  void MoveFlyingCamera(host::BaseObject& camera, const engine::PictureCamera& view);
+  // Looks through the scene camera that was set.
   void ShowSceneCamera();
   // Stays where it is when the camera that was looked through is gone.
-  void StayWithoutCamera();
-  void LeaveViewWithDocument();
+  void KeepViewWithoutCamera();
+  // Tells the document from where it is looked at, for recordings and pictures without a scene
+  // camera.
+  void StoreEditorView();
+  // Brings the notice in step with the cameras.
   void ShowNotice();
   // Null when the document is closed or empty.
   const host::BaseDocument* Shown() const;
+  // Whether the object that is shown at that place is selected.
   bool IsSelectedAt(QPoint place) const;
+  // The pixel of the map of hits at a place of the widget; {-1, -1} where there is none.
   QPoint PixelAt(QPointF place) const;
-  // What to go around when the hand is at that place: what is seen there, else the selection, else
+  // The center of an orbit that begins at that place: the point seen there, else the selection, or
   // what was looked at before.
   std::optional<host::Vector> PointToGoAround(QPointF place) const;
   std::optional<host::Vector> MiddleOfSelection() const;
+  // Comes nearer by a factor below 1; what is seen at that place stays there.
   void ZoomAt(QPointF place, double factor);
+  // By pixels of the widget.
   void DragBy(QPointF way, bool slides);
+  // Tells `picked` of the object at that place.
   void Pick(QPointF place, Qt::KeyboardModifiers keys);
-  void PaintHint(QPainter& painter);
+  // A text in place of a picture: why there is none.
+  void PaintEmptyText(QPainter& painter);
 
   engine::RenderCaches& caches_ = engine::RenderCaches::Shared();
   SceneFeed feed_;
@@ -144,13 +164,13 @@ class Viewport : public QWidget, public DocumentView {
   std::shared_ptr<const Marks> marks_;
   std::optional<engine::PictureCamera> sceneCamera_;
   std::optional<engine::PictureCamera> sentCamera_;  // of the last order
-  std::map<host::ULLONG, ViewState> left_;           // open documents that were shown before
+  std::map<host::ULLONG, ViewState> formerStates_;   // open documents that were shown before
   ViewSource source_ = ViewSource::Scene;
   engine::NodeId sourceObject_ = 0;
   std::optional<EditorCamera> editor_;
   host::ULLONG cameraSets_ = 0;         // of the document, when it was last looked at
   engine::NodeId recordedCamera_ = 0;   // its scene camera then
-  engine::NodeId mayFly_ = 0;           // the camera that one lets fly
+  engine::NodeId flyableCamera_ = 0;    // the camera that one lets fly
   std::optional<EditorCamera> flying_;  // during a gesture
   CameraFlight flight_;
   CameraNotice* notice_;
@@ -161,14 +181,19 @@ class Viewport : public QWidget, public DocumentView {
   QImage outline_;
   std::shared_ptr<const engine::HitMap> hits_;
   QString problem_;
+  // A rough picture is wanted as soon as the one that is being made is done.
   bool draftWanted_ = false;
   bool isDraft_ = false;
   bool finished_ = false;
+  // In pixels of the widget; `draggedTo_` is the last place of a drag.
   QPointF pressedAt_;
   QPointF draggedTo_;
+  // The center of the present orbit.
   std::optional<host::Vector> around_;
+  // The mouse has moved far enough since the press to be no click.
   bool dragging_ = false;
-  QTimer calm_;
+  // Fires when nothing has moved for a while: time for the finest picture.
+  QTimer idle_;
   PictureWorker worker_;  // last: it ends before what it tells of
 };
 

@@ -69,11 +69,11 @@ void Viewport::mouseMoveEvent(QMouseEvent* event) {
 
 void Viewport::DragBy(QPointF way, bool slides) {
   if (slides) {
-    Moving().Slide(way.x() / width(), way.y() / width());
+    MovedCamera().Slide(way.x() / width(), way.y() / width());
   } else {
-    Moving().Orbit(way.x() * kRadiansPerPixel, -way.y() * kRadiansPerPixel, around_);
+    MovedCamera().Orbit(way.x() * kRadiansPerPixel, -way.y() * kRadiansPerPixel, around_);
   }
-  Moved();
+  ApplyMove();
 }
 
 void Viewport::mouseReleaseEvent(QMouseEvent* event) {
@@ -98,7 +98,7 @@ void Viewport::wheelEvent(QWheelEvent* event) {
 
 void Viewport::ZoomAt(QPointF place, double factor) {
   const QPoint pixel = PixelAt(place);
-  EditorCamera& camera = Moving();
+  EditorCamera& camera = MovedCamera();
   host::Vector toward =
       camera.PointAt(place.x() / width() - 0.5, place.y() / height() - 0.5,
                      static_cast<double>(std::max(width(), 1)) / std::max(height(), 1));
@@ -108,18 +108,18 @@ void Viewport::ZoomAt(QPointF place, double factor) {
     if (point) toward = ToHostVector(*point);
   }
   camera.Zoom(factor, toward);
-  Moved();
+  ApplyMove();
 }
 
 void Viewport::keyPressEvent(QKeyEvent* event) {
   const bool slides = event->modifiers() & Qt::ShiftModifier;
   const auto go = [&](double right, double down) {
     if (slides) {
-      Moving().Slide(right * kSlidePerKey, down * kSlidePerKey);
+      MovedCamera().Slide(right * kSlidePerKey, down * kSlidePerKey);
     } else {
-      Moving().Orbit(right * kRadiansPerKey, -down * kRadiansPerKey, MiddleOfSelection());
+      MovedCamera().Orbit(right * kRadiansPerKey, -down * kRadiansPerKey, MiddleOfSelection());
     }
-    Moved();
+    ApplyMove();
   };
   if (!Shown()) return QWidget::keyPressEvent(event);
   switch (event->key()) {
@@ -150,7 +150,7 @@ bool Viewport::IsSelectedAt(QPoint place) const {
   return instance > 0 && (*marks_)[instance - 1];
 }
 
-// What the menu is for is selected first.
+// The object under the pointer is selected first: the menu works on the selection.
 void Viewport::contextMenuEvent(QContextMenuEvent* event) {
   if (dragging_ || !Shown() || !fillMenu) return;
   const engine::NodeId object =
