@@ -7,6 +7,7 @@
 #include "engine/application/ProgramPlaces.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -80,8 +81,8 @@ bool Demo::RecordStates() {
 bool Demo::Record(const DemoState& state) {
   StagemarksDialog& dialog = session_.Dialog();
   const bool recorded = dialog.TypeName(state.name) &&
-                        dialog.Tick("Generate Preview Image", true) &&
-                        dialog.Press("Record Element");
+                        dialog.Tick(pictures::kGeneratePreview, true) &&
+                        dialog.Press(pictures::kRecord);
   session_.App().DeliverEvents();
   states_.push_back({state.name, engine::DumpState(session_.Document())});
   previews_.push_back(std::filesystem::path(saved_).replace_extension().string() + "_SM/" +
@@ -92,7 +93,8 @@ bool Demo::Record(const DemoState& state) {
 }
 
 bool Demo::Recall(const State& state) {
-  const bool loaded = session_.Dialog().Select(state.name) && session_.Dialog().Press("Load");
+  const bool loaded =
+      session_.Dialog().Select(state.name) && session_.Dialog().Press(pictures::kLoad);
   session_.App().DeliverEvents();
   const auto difference =
       engine::DumpDifference(state.facts, engine::DumpState(session_.Document()));

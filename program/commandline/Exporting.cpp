@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "engine/render/TextureSearch.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -29,10 +30,10 @@ bool IsSceneFile(const std::string& path) {
 void Press(Session& session, const ExportOrder& order) {
   StagemarksDialog& dialog = session.Dialog();
   dialog.ChooseLayout(exporting::EntryOf(LayoutOf(order.layout)));
-  dialog.Tick("Change Frame Range", order.frames.has_value());
+  dialog.Tick(pictures::kChangeFrameRange, order.frames.has_value());
   if (order.frames) dialog.TypeFrames(order.frames->first, order.frames->second);
   session.GetProgram().terminal.ChooseNextFile(order.folder);
-  dialog.Press("Generate .C4D Files");
+  dialog.Press(pictures::kGenerateScenes);
   session.App().DeliverEvents();
 }
 

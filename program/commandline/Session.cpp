@@ -10,6 +10,7 @@
 #include "program/commandline/Maker.h"
 #include "program/commandline/NamesLike.h"
 #include "program/outcome/Outcome.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -149,7 +150,7 @@ int Session::Check(const std::vector<std::string>& names) {
     return kFailed;
   }
   const bool checked =
-      names.empty() ? dialog_->Choose("Check All Elements") : dialog_->CheckOnly(names);
+      names.empty() ? dialog_->Choose(pictures::kCheckAll) : dialog_->CheckOnly(names);
   if (!checked) program_.terminal.Error("The rows could not be checked.");
   return checked ? kDone : kFailed;
 }

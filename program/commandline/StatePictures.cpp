@@ -6,6 +6,7 @@
 #include "engine/render/Renderer.h"
 #include "host/Host.h"
 #include "program/commandline/Maker.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -67,7 +68,7 @@ int StatePictures::Choose(const std::vector<std::string>& names) {
 
 int StatePictures::Recall(const Mark& state) {
   if (asItIs_) return kDone;
-  if (!session_.Dialog().Select(state.name) || !session_.Dialog().Press("Load")) {
+  if (!session_.Dialog().Select(state.name) || !session_.Dialog().Press(pictures::kLoad)) {
     return Fail("\"" + state.name + "\" was not loaded.");
   }
   session_.App().DeliverEvents();

@@ -5,6 +5,7 @@
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Selecting.h"
 #include "program/outcome/BulkEdits.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -75,7 +76,7 @@ void Finish(const BulkVerb& bulk, Program& program, const char* footer) {
 void AddUpdate(Arguments& arguments, Program& program) {
   const BulkVerb bulk = AddBulkVerb(arguments, program, "update",
                                     "Add new objects, tags and layers of the scene to Stagemarks",
-                                    "Update Checked Elements", nullptr);
+                                    pictures::kUpdateChecked, nullptr);
   Finish(bulk, program,
          "What a Stagemark holds already stays as it is.\n\n"
          "Examples:\n"
@@ -89,7 +90,7 @@ void AddSetObjects(Arguments& arguments, Program& program) {
   };
   const BulkVerb bulk = AddBulkVerb(arguments, program, "set-objects",
                                     "Put the present switches of some objects into Stagemarks",
-                                    "Set Selected Objects on Checked Elements", select);
+                                    pictures::kSetObjects, select);
   bulk.verb.Add("OBJECTS", bulk.choices->named,
                 "Names, /paths, #positions or patterns with *; without them the objects "
                 "selected in the scene");
@@ -105,7 +106,7 @@ void AddSetTags(Arguments& arguments, Program& program) {
   };
   const BulkVerb bulk = AddBulkVerb(arguments, program, "set-tags",
                                     "Put the present settings of some tags into Stagemarks",
-                                    "Set Selected Tags on Checked Elements", select);
+                                    pictures::kSetTags, select);
   bulk.verb.Add("OBJECTS", bulk.choices->named,
                 "The objects that carry the tags; without them the tags selected in the scene");
   bulk.verb.Add("--type", bulk.choices->types, "Only tags of this type: a name or a number")
@@ -122,7 +123,7 @@ void AddSetLayers(Arguments& arguments, Program& program) {
   };
   const BulkVerb bulk = AddBulkVerb(arguments, program, "set-layers",
                                     "Put the present switches of some layers into Stagemarks",
-                                    "Set Selected Layers on Checked Elements", select);
+                                    pictures::kSetLayers, select);
   bulk.verb.Add("LAYERS", bulk.choices->named,
                 "Names or patterns with *; without them the layers selected in the scene");
   Finish(bulk, program,
@@ -137,7 +138,7 @@ void AddSetCamera(Arguments& arguments, Program& program) {
   };
   const BulkVerb bulk =
       AddBulkVerb(arguments, program, "set-camera", "Give Stagemarks another render camera",
-                  "Set Render Camera on Checked Elements", select);
+                  pictures::kSetCamera, select);
   bulk.verb.Add("CAMERA", bulk.choices->named, "Name, /path or #position of the camera")
       .Required()
       .Count(1);

@@ -3,6 +3,7 @@
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 #include "program/outcome/CommandWatch.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -23,7 +24,7 @@ int RunCleanMaterials(Program& program) {
     return kFailed;
   }
   const auto before = Materials(session.Document());
-  session.Dialog().Choose("Clean Material Editor");
+  session.Dialog().Choose(pictures::kCleanMaterials);
   session.App().DeliverEvents();
   const auto after = Materials(session.Document());
   const auto gone = outcome::NamesGone(before, after);

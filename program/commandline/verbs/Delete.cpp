@@ -3,6 +3,7 @@
 
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -13,11 +14,11 @@ using Names = std::vector<std::string>;
 // Several are asked about once and deleted at once, where the dialog itself asks nothing.
 bool PressDelete(Session& session, const Names& names) {
   StagemarksDialog& dialog = session.Dialog();
-  if (names.size() == 1) return dialog.Select(names.front()) && dialog.Press("Delete");
+  if (names.size() == 1) return dialog.Select(names.front()) && dialog.Press(pictures::kDelete);
   if (!session.GetProgram().terminal.Ask("Are you sure you want to delete " + Listed(names) +
                                          "?  This cannot be undone."))
     return false;
-  return dialog.CheckOnly(names) && dialog.Choose("Delete Checked Elements");
+  return dialog.CheckOnly(names) && dialog.Choose(pictures::kDeleteChecked);
 }
 
 int RunDelete(Program& program, Names names) {
@@ -49,7 +50,7 @@ int RunDeleteAll(Program& program) {
   for (const Mark& mark : session.Dialog().Marks()) names.push_back(mark.name);
   session.HoldSideFiles();
   const std::size_t refused = program.terminal.Refused();
-  session.Dialog().Choose("Delete All Elements");
+  session.Dialog().Choose(pictures::kDeleteAll);
   session.App().DeliverEvents();
   Report report;
   report.Put("deleted", names);

@@ -2,6 +2,7 @@
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/LoadParts.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -68,7 +69,7 @@ int LoadMark(Session& session, const LoadOptions& options, engine::StepDifferenc
   {
     const PartsInUse parts(session, options.parts);
     applied = parts.Applied();
-    if (!session.Dialog().Select(name) || !session.Dialog().Press("Load")) {
+    if (!session.Dialog().Select(name) || !session.Dialog().Press(pictures::kLoad)) {
       terminal.Error("\"" + name + "\" was not loaded.");
       return kFailed;
     }

@@ -2,6 +2,7 @@
 
 #include "program/commandline/Arguments.h"
 #include "program/commandline/LoadParts.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -87,7 +88,7 @@ int RunOptions(Program& program, const OptionChoices& choices) {
     report.Line(std::string(on ? "[x] " : "[ ] ") + name);
   }
   if (choices.save) {
-    session.Dialog().Choose("Save As Default Preferences");
+    session.Dialog().Choose(pictures::kSaveDefaults);
     report.Line("Saved as the defaults for scenes without a choice of their own.");
   }
   const auto lost =

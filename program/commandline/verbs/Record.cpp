@@ -2,6 +2,7 @@
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 #include "program/export/ExportPlan.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -23,8 +24,8 @@ int RunRecord(Program& program, const RecordOptions& options) {
   dialog.TypeName(options.name);
   const std::string obstacle =
       options.preview ? exporting::WhyNoFileName(options.name + ".tif") : "";
-  dialog.Tick("Generate Preview Image", options.preview && obstacle.empty());
-  const bool recorded = dialog.Press("Record Element");
+  dialog.Tick(pictures::kGeneratePreview, options.preview && obstacle.empty());
+  const bool recorded = dialog.Press(pictures::kRecord);
   session.App().DeliverEvents();
   // The dialog answers an empty name with a message only, and a refused overwriting with nothing at
   // all.

@@ -1,6 +1,7 @@
 
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
+#include "program/pictures/DialogLabels.h"
 
 namespace commandline {
 
@@ -19,7 +20,7 @@ int RunRename(Program& program, const std::string& from, const std::string& to) 
   session.HoldSideFiles();
   dialog.Select(from);
   dialog.TypeName(to);
-  dialog.Press("Rename");
+  dialog.Press(pictures::kRename);
   session.App().DeliverEvents();
   if (to.empty()) return kUsage;  // the dialog has said so
   Report report;
