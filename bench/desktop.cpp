@@ -30,6 +30,8 @@
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/DeferredDeletion.h"
+#include "program/desktop/background/DocumentBusy.h"
 #include "program/desktop/render/SheetMaker.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "source/Stagemarks/keys/PluginIds.h"
@@ -80,7 +82,7 @@ void Print(const char* what, const InWindow& window, double plain, const char* b
 
 // Lets everything happen that is posted, due or a consequence of it.
 void Rest() {
-  for (int i = 0; i < 3; ++i) {
+  for (int i = 0; i < 3 || desktop::IsDocumentBusy(); ++i) {
     QEventLoop loop;
     QTimer::singleShot(20, &loop, &QEventLoop::quit);
     loop.exec();
@@ -183,10 +185,10 @@ void MeasureEdits(BaseDocument& doc, Seconds& plain) {
   measure("select", [&] { desktop::SelectAll(doc); });
   measure("attributes", [&] { Require(ReadSelected(doc) > 0, "nothing read"); });
   measure("filter", [&] { Require(CountNames(doc, "77") > 0, "nothing found"); });
-  measure("duplicate", [&] { desktop::DuplicateSelected(doc); });
+  measure("duplicate", [&] { engine::RunWhole(doc, desktop::DuplicateSelected(doc)); });
   measure("undo duplicate", [&] { doc.DoUndo(); });
   desktop::SelectAll(doc);
-  measure("delete", [&] { desktop::DeleteSelected(doc); });
+  measure("delete", [&] { engine::RunWhole(doc, desktop::DeleteSelected(doc)); });
   measure("undo delete", [&] { doc.DoUndo(); });
   engine::ClearUndo(doc);
   doc.SetActiveObject(nullptr);
@@ -350,13 +352,13 @@ void MeasureWindow(desktop::MainWindow& window, const std::string& path, const S
   Print("recall", Watch([] { Recall(0); }), plain.at("recall"), "the dialog without a window");
   MeasureSheet(plain);
   BaseDocument* copy = nullptr;
-  desktop::SlowEnd slow;
+  desktop::DeferredDeletion deletion;
   const double cloning = Measure(&MainThreadSeconds, [&] {
     copy = static_cast<BaseDocument*>(host::GetActiveDocument()->GetClone(1024, nullptr));
   });
   const double writing =
       Measure(&MainThreadSeconds, [&] { Require(engine::WriteScene(*copy).Ok(), "not written"); });
-  const InWindow freeing = Watch([&] { slow.Take(desktop::OwnedDocument(copy)); });
+  const InWindow freeing = Watch([&] { deletion.Take(desktop::OwnedDocument(copy)); });
   Print("autosave", {cloning + freeing.all, std::max(cloning, freeing.longest)}, writing,
         "writing it on the main thread");
   Print("save",

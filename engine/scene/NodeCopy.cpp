@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/JointCopy.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
 
@@ -153,25 +154,36 @@ BaseList2D* CopyTree(const BaseList2D& root, const CopyRules& rules) {
   return copy;
 }
 
-std::vector<BaseList2D*> CopyTogether(const std::vector<BaseList2D*>& roots, const GoOn& goOn) {
-  IdMap ids;
+std::vector<BaseList2D*> CopyTogether(const std::vector<BaseList2D*>& roots, const GoOn&) {
+  JointCopy copy;
   std::vector<BaseList2D*> copies;
-  const auto whole = 2 * static_cast<double>(roots.size());
-  double done = 0;
-  const auto stops = [&] { return goOn && !goOn(done++ / whole); };
-  bool stopped = false;
-  for (const BaseList2D* root : roots) {
-    if ((stopped = stops())) break;
-    copies.push_back(CopyTree(*root, CopyRules{false, true, &ids}));
-  }
-  for (BaseList2D* copy : copies) {
-    if (stopped || (stopped = stops())) break;
-    FollowLinks(*copy, ids);
-  }
-  if (!stopped) return copies;
-  for (BaseList2D* copy : copies) DestroyNode(copy);
-  return {};
+  for (const BaseList2D* root : roots) copy.Add(*root);
+  for (std::size_t i = 0; i < roots.size(); ++i) copy.FollowLinks(i);
+  for (std::size_t i = 0; i < roots.size(); ++i) copies.push_back(copy.Take(i));
+  return copies;
 }
+
+struct JointCopy::Ids {
+  IdMap map;
+};
+
+JointCopy::JointCopy() : ids_(std::make_unique<Ids>()) {}
+
+JointCopy::~JointCopy() {
+  for (BaseList2D* copy : copies_) {
+    if (copy) DestroyNode(copy);
+  }
+}
+
+void JointCopy::Add(const BaseList2D& element) {
+  copies_.push_back(CopyTree(element, CopyRules{false, true, &ids_->map}));
+}
+
+void JointCopy::FollowLinks(std::size_t number) {
+  engine::FollowLinks(*copies_[number], ids_->map);
+}
+
+BaseList2D* JointCopy::Take(std::size_t number) { return std::exchange(copies_[number], nullptr); }
 
 void CopyList(const BaseList2D& source, BaseList2D& target, int slot, const CopyRules& rules) {
   for (const GeListNode* node = FirstIn(source, slot); node; node = node->GetNext()) {

@@ -5,21 +5,18 @@
 #include <QMessageBox>
 #include <QRegularExpression>
 #include <QThread>
-#include <limits>
 
 #include "engine/outside/Viewer.h"
 #include "program/desktop/FileDialogs.h"
-#include "program/desktop/HeldBack.h"
 #include "program/desktop/Text.h"
-#include "program/desktop/dialog/Busy.h"
+#include "program/desktop/background/DocumentBusy.h"
+#include "program/desktop/dialog/PluginCall.h"
 
 namespace desktop {
 
 namespace {
 
 constexpr int kMillisecondsBetweenShows = 40;
-constexpr int kProgressSteps = 1000;
-constexpr int kLongestDoing = 70;
 constexpr double kUnknownShare = -1;
 constexpr int kNarrowestBox = 340;
 constexpr int kLongestAbout = 200;
@@ -50,7 +47,10 @@ int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text,
 DesktopPerson::DesktopPerson() {
   over_.setSingleShot(true);
   over_.setInterval(0);
-  QObject::connect(&over_, &QTimer::timeout, &over_, [this] { EndProgress(); });
+  QObject::connect(&over_, &QTimer::timeout, &over_, [this] {
+    if (drawing_) return over_.start();
+    EndProgress();
+  });
   engine::ListenForFailedViewers([this](const std::string& path) {
     const std::string text =
         "\"" + path + "\" cannot be shown: the system has no program for it, or that failed.";
@@ -63,27 +63,27 @@ DesktopPerson::~DesktopPerson() { engine::ListenForFailedViewers({}); }
 
 void DesktopPerson::Tell(const std::string& text) {
   EndProgress();
-  const FreePointer pointer;
+  const NormalPointer pointer;
   ShowBox(window_, SaysItWarns(text) ? QMessageBox::Warning : QMessageBox::Information, text,
           QMessageBox::Ok, QMessageBox::Ok);
 }
 
 void DesktopPerson::Warn(const std::string& text) {
   EndProgress();
-  const FreePointer pointer;
+  const NormalPointer pointer;
   ShowBox(window_, QMessageBox::Warning, text, QMessageBox::Ok, QMessageBox::Ok);
 }
 
 bool DesktopPerson::Ask(const std::string& text) {
   EndProgress();
-  const FreePointer pointer;
+  const NormalPointer pointer;
   return ShowBox(window_, QMessageBox::Question, text, QMessageBox::Yes | QMessageBox::No,
-                 QMessageBox::No, Concern::Present()) == QMessageBox::Yes;
+                 QMessageBox::No, CallSubject::Present()) == QMessageBox::Yes;
 }
 
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {
   EndProgress();
-  const FreePointer pointer;
+  const NormalPointer pointer;
   auto chosen = desktop::ChooseFile(window_, question, kAnything);
   if (chosen && choosing && !choosing(question, *chosen)) chosen.reset();
   return chosen;
@@ -109,44 +109,29 @@ bool DesktopPerson::Writing(const std::string& path) {
 }
 
 bool DesktopPerson::ShowProgress(double fraction, const std::string& what) {
-  if (living_) return true;
+  if (drawing_) return true;
   if (!begun_.isValid()) {
     begun_.start();
     over_.start();
   }
-  if (begun_.elapsed() < patience.count()) return true;
-  if (!progress_) MakeBox();
+  if (begun_.elapsed() < ProgressDialog::patience) return true;
+  if (!progress_) progress_ = new ProgressDialog(window_);
   // Work that tells often is not held up by drawing.
-  if (shown_.isValid() && shown_.elapsed() < kMillisecondsBetweenShows)
-    return !progress_->wasCanceled();
-  progress_->setLabelText(progress_->fontMetrics().elidedText(
-      ToQt(what), Qt::ElideMiddle, kLongestDoing * progress_->fontMetrics().averageCharWidth()));
-  if (fraction >= 0) progress_->setMaximum(kProgressSteps);
-  if (fraction >= 0) progress_->setValue(static_cast<int>(fraction * kProgressSteps));
-  LetLive();
-  shown_.start();
+  if (!shown_.isValid() || shown_.elapsed() >= kMillisecondsBetweenShows) LetDraw(fraction, what);
   return !progress_->wasCanceled();
 }
 
-// When it comes up is decided here: the toolkit would begin its waiting anew with each part of the
-// work.
-void DesktopPerson::MakeBox() {
-  progress_ = new QProgressDialog(window_);
-  progress_->setWindowModality(Qt::ApplicationModal);
-  progress_->setMinimumDuration(std::numeric_limits<int>::max());
-  progress_->setCancelButtonText("Stop");
-  progress_->setAutoReset(false);
-  progress_->setAutoClose(false);
-  progress_->setRange(0, 0);
-}
-
-void DesktopPerson::LetLive() {
-  const HeldBack others(*progress_);
-  const FreePointer pointer;
-  living_ = true;
-  progress_->show();
+// The work is one call, of a plug-in or of a scene's file: it goes on only when this returns, and
+// the box is drawn and its button heard only if the events are handled here. The box is modal and
+// the documents are busy, so nothing else comes of them.
+void DesktopPerson::LetDraw(double fraction, const std::string& what) {
+  const DocumentBusy busy;
+  const NormalPointer pointer;
+  drawing_ = true;
+  progress_->Tell(fraction, ToQt(what));
   QCoreApplication::processEvents();
-  living_ = false;
+  drawing_ = false;
+  shown_.start();
 }
 
 void DesktopPerson::EndProgress() {

@@ -1,16 +1,15 @@
 // DesktopPerson: the person in front of the window: messages and questions are boxes, files are
-// chosen in a dialog, status and progress show in the window. Work on the main thread that reports
-// its progress keeps the window alive and can be stopped. Main thread, except Progress.
+// chosen in a dialog, status and progress show in the window. Work within one call on the main
+// thread that reports its progress gets a box that can stop it. Main thread, except Progress.
 #pragma once
 
 #include <QElapsedTimer>
 #include <QPointer>
-#include <QProgressDialog>
 #include <QTimer>
-#include <chrono>
 #include <functional>
 
 #include "engine/outside/Person.h"
+#include "program/desktop/background/ProgressDialog.h"
 
 namespace desktop {
 
@@ -26,8 +25,6 @@ class DesktopPerson : public engine::Person {
   // Hears of a file or folder that a plug-in asked for and the person chose; with false it is not
   // taken, as if it was called off.
   std::function<bool(const engine::FileQuestion& question, const std::string& path)> choosing;
-  // How long work goes on before its progress shows.
-  std::chrono::milliseconds patience{60};
 
   // A text whose first words are a warning or an error looks like one.
   void Tell(const std::string& text) override;
@@ -43,18 +40,18 @@ class DesktopPerson : public engine::Person {
   bool Writing(const std::string& path) override;
 
  private:
-  // Shows the box when the work has gone on for longer than `patience`. False when it shall stop.
+  // Shows the box when the work has gone on for longer than the box's patience. False when it shall stop.
   bool ShowProgress(double fraction, const std::string& what);
-  void MakeBox();
-  void LetLive();
+  // Draws the box and hears its button.
+  void LetDraw(double fraction, const std::string& what);
   // Closes the box; also when the work has ended without a word.
   void EndProgress();
 
   QPointer<QWidget> window_;
-  QPointer<QProgressDialog> progress_;
-  QElapsedTimer begun_;  // valid while something works
-  QElapsedTimer shown_;  // since it was drawn last
-  bool living_ = false;  // events are being handled in the middle of the work
+  QPointer<ProgressDialog> progress_;
+  QElapsedTimer begun_;   // valid while something works
+  QElapsedTimer shown_;   // since it was drawn last
+  bool drawing_ = false;  // events are being handled in the middle of the work
   // Fires when the work has come back to the event loop, since much work says nothing at its end
   QTimer over_;
 };

@@ -14,6 +14,8 @@
 #include "program/desktop/ScreenFit.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/attributes/AttributesView.h"
+#include "program/desktop/background/DocumentBusy.h"
+#include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/menus/Menus.h"
 #include "program/desktop/panels/HistoryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
@@ -63,8 +65,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
   look_.setSingleShot(true);
   connect(&look_, &QTimer::timeout, this, [this] {
     host::BaseDocument* doc = FindOpenDocument(lookedAtFile_);
-    if (doc && doc == host::GetActiveDocument() && !engine::InsideDialogCall())
-      commands_.LookAtFile(*doc);
+    if (doc && doc == host::GetActiveDocument() && !IsDocumentBusy()) commands_.LookAtFile(*doc);
   });
   docks_.around = [this](host::GeDialog& dialog, const std::string& label,
                          const std::function<bool()>& act) { reports_.Run(dialog, label, act); };
@@ -75,6 +76,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
 }
 
 MainWindow::~MainWindow() {
+  StopEdit();
   person_.status = {};
   disconnect(QAbstractEventDispatcher::instance(), nullptr, this, nullptr);
 }
@@ -144,7 +146,7 @@ void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {
 }
 
 void MainWindow::Refresh() {
-  if (engine::InsideDialogCall()) return;
+  if (IsDocumentBusy()) return;
   if (application_.HasPendingEvents()) application_.DeliverEvents();
   host::BaseDocument* doc = host::GetActiveDocument();
   autosave_.Follow();
@@ -192,8 +194,9 @@ void MainWindow::ResetLayout() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+  StopEdit();
   // A plug-in that asks or works would come back to a window that is gone.
-  if (engine::InsideDialogCall() || !commands_.MayCloseAll()) {
+  if (IsDocumentBusy() || !commands_.MayCloseAll()) {
     event->ignore();
     return;
   }

@@ -1,8 +1,8 @@
 #include "program/desktop/SceneCommands.h"
 
+#include "engine/scene/JointCopy.h"
 #include "host/Application.h"
 #include "program/desktop/FreeNames.h"
-#include "program/desktop/LongEdit.h"
 
 namespace desktop {
 
@@ -41,6 +41,37 @@ void Assign(BaseDocument& doc, BaseObject& object, host::BaseMaterial& material)
   }
   tag->SetMaterial(&material);
 }
+
+// Copies all, then turns the links of each copy to the other copies, then puts them in.
+struct Duplication {
+  explicit Duplication(BaseDocument& document)
+      : doc(document), originals(TopmostSelected(document)), names(document.GetFirstObject()) {}
+
+  void Step(std::size_t i) {
+    const std::size_t count = originals.size();
+    if (i < count) {
+      copies.Add(*originals[i]);
+    } else if (i < 2 * count) {
+      copies.FollowLinks(i - count);
+    } else {
+      Insert(i - 2 * count);
+    }
+  }
+
+  void Insert(std::size_t i) {
+    BaseObject* copy = made.emplace_back(engine::AsObject(copies.Take(i)));
+    Deselect(*copy);
+    names.Give(*copy);
+    doc.InsertObject(copy, originals[i]->GetUp(), originals[i]);
+    doc.AddUndo(host::UNDO_NEW, copy);
+  }
+
+  BaseDocument& doc;
+  std::vector<BaseObject*> originals;
+  engine::JointCopy copies;
+  FreeNames names;
+  std::vector<BaseObject*> made;
+};
 
 void Set(BaseObject& object, Switch which, LONG value) {
   switch (which) {
@@ -121,58 +152,40 @@ void SelectTag(BaseTag& tag, bool add) {
   host::EventAdd();
 }
 
-void DeleteSelected(BaseDocument& doc) {
-  const std::vector<BaseTag*> tags = SelectedTags(doc);
-  const std::vector<BaseObject*> objects = TopmostSelected(doc);
-  LongEdit edit(doc, "Delete", tags.size() + objects.size());
-  for (BaseTag* tag : tags) {
-    if (!edit.Step()) return;
-    doc.AddUndo(host::UNDO_DELETE, tag);
-    BaseTag::Free(tag);
-  }
-  for (BaseObject* object : objects) {
-    if (!edit.Step()) return;
-    doc.AddUndo(host::UNDO_DELETE, object);
-    BaseObject::Free(object);
-  }
-  host::EventAdd();
+engine::StepwiseEdit DeleteSelected(BaseDocument& doc) {
+  std::vector<BaseTag*> tags = SelectedTags(doc);
+  std::vector<BaseObject*> objects = TopmostSelected(doc);
+  const std::size_t steps = tags.size() + objects.size();
+  return {"Delete", steps,
+          [&doc, tags = std::move(tags), objects = std::move(objects)](std::size_t i) {
+            if (i < tags.size()) {
+              doc.AddUndo(host::UNDO_DELETE, tags[i]);
+              BaseTag* tag = tags[i];
+              BaseTag::Free(tag);
+            } else {
+              BaseObject* object = objects[i - tags.size()];
+              doc.AddUndo(host::UNDO_DELETE, object);
+              BaseObject::Free(object);
+            }
+          },
+          [] { host::EventAdd(); }};
 }
 
-void DuplicateSelected(BaseDocument& doc) {
-  const std::vector<BaseObject*> originals = TopmostSelected(doc);
-  if (originals.empty()) return;
-  LongEdit edit(doc, "Duplicate", 2 * originals.size());
-  const auto goOn = [&](double done) { return edit.Reach(done, originals.size()); };
-  std::vector<BaseList2D*> copies =
-      engine::CopyTogether({originals.begin(), originals.end()}, goOn);
-  if (copies.empty()) return;
-  FreeNames names(doc.GetFirstObject());
-  std::vector<BaseObject*> made;
-  for (std::size_t i = 0; i < copies.size(); ++i) {
-    if (!edit.Step()) {
-      for (; i < copies.size(); ++i) engine::DestroyNode(copies[i]);
-      return;
-    }
-    BaseObject* copy = made.emplace_back(engine::AsObject(copies[i]));
-    Deselect(*copy);
-    names.Give(*copy);
-    doc.InsertObject(copy, originals[i]->GetUp(), originals[i]);
-    doc.AddUndo(host::UNDO_NEW, copy);
-  }
-  SelectOnly(doc, made);
+engine::StepwiseEdit DuplicateSelected(BaseDocument& doc) {
+  const auto work = std::make_shared<Duplication>(doc);
+  if (work->originals.empty()) return {"Duplicate", 0, {}, {}};
+  return {"Duplicate", 3 * work->originals.size(), [work](std::size_t i) { work->Step(i); },
+          [&doc, work] { SelectOnly(doc, work->made); }};
 }
 
-bool AssignMaterial(BaseDocument& doc, engine::NodeId material,
-                    const std::vector<BaseObject*>& objects) {
-  host::BaseMaterial* found = engine::AsMaterial(engine::FindNode(&doc, material));
-  if (!found) return false;
-  LongEdit edit(doc, "Assign Material", objects.size());
-  for (BaseObject* object : objects) {
-    if (!edit.Step()) return false;
-    Assign(doc, *object, *found);
-  }
-  host::EventAdd();
-  return true;
+engine::StepwiseEdit AssignMaterial(host::BaseMaterial& material,
+                                    std::vector<BaseObject*> objects) {
+  const std::size_t steps = objects.size();
+  return {"Assign Material", steps,
+          [&material, objects = std::move(objects)](std::size_t i) {
+            Assign(*material.GetDocument(), *objects[i], material);
+          },
+          [] { host::EventAdd(); }};
 }
 
 LONG SwitchOf(const BaseObject& object, Switch which) {
@@ -199,14 +212,14 @@ void ChangeSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Sw
   }
 }
 
-void SetSwitch(BaseDocument& doc, const std::vector<BaseObject*>& objects, Switch which,
-               LONG value) {
-  LongEdit edit(doc, SwitchStep(which), objects.size());
-  for (BaseObject* object : objects) {
-    if (!edit.Step()) return;
-    ChangeSwitch(doc, {object}, which, value);
-  }
-  host::EventAdd();
+engine::StepwiseEdit SetSwitch(BaseDocument& doc, std::vector<BaseObject*> objects, Switch which,
+                               LONG value) {
+  const std::size_t steps = objects.size();
+  return {SwitchStep(which), steps,
+          [&doc, objects = std::move(objects), which, value](std::size_t i) {
+            ChangeSwitch(doc, {objects[i]}, which, value);
+          },
+          [] { host::EventAdd(); }};
 }
 
 }  // namespace desktop

@@ -1,12 +1,13 @@
 // SceneCommands: what a person does to a scene besides recording it: selecting, deleting,
-// duplicating, switching, giving materials. Tree, menus and viewport share them. Each is one undo
-// step where it changes anything, and posts the change. They know no toolkit and own nothing. Main
-// thread.
+// duplicating, switching, giving materials. Tree, menus and viewport share them. What may change
+// very many elements is a row of steps for whoever runs it: one undo step where it changes
+// anything, which posts the change. They know no toolkit and own nothing. Main thread.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "engine/editing/StepwiseEdit.h"
 #include "engine/scene/Nodes.h"
 
 namespace desktop {
@@ -29,17 +30,16 @@ void SelectOnly(host::BaseDocument& doc, const std::vector<host::BaseObject*>& o
 void SelectTag(host::BaseTag& tag, bool add);
 
 // Deletes the selected objects with all below them, and the selected tags.
-void DeleteSelected(host::BaseDocument& doc);
+engine::StepwiseEdit DeleteSelected(host::BaseDocument& doc);
 // Puts a copy of each selected object, with tags and all below it, behind it, under a name of its
 // own; selects the copies.
-void DuplicateSelected(host::BaseDocument& doc);
-// Links the first texture tag of each object to the material, or makes one. False where the
-// document has no such material.
-bool AssignMaterial(host::BaseDocument& doc, engine::NodeId material,
-                    const std::vector<host::BaseObject*>& objects);
+engine::StepwiseEdit DuplicateSelected(host::BaseDocument& doc);
+// Links the first texture tag of each object to the material, or makes one.
+engine::StepwiseEdit AssignMaterial(host::BaseMaterial& material,
+                                    std::vector<host::BaseObject*> objects);
 // Sets one switch: a MODE_ number for the first two, 0 or 1 for the generator.
-void SetSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects, Switch which,
-               host::LONG value);
+engine::StepwiseEdit SetSwitch(host::BaseDocument& doc, std::vector<host::BaseObject*> objects,
+                               Switch which, host::LONG value);
 // The same as a part of the open undo group, for steps that go on for a while; nothing is posted.
 // The name such a step has.
 void ChangeSwitch(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects,

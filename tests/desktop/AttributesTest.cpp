@@ -369,7 +369,7 @@ struct WithVeryMany : WithThings {
   std::vector<BaseObject*> many;
 
   WithVeryMany() {
-    view.slice = std::chrono::milliseconds(0);
+    view.Reading().time = std::chrono::milliseconds(0);
     Scene().SetActiveObject(nullptr);
     for (int i = 0; i < 6000; ++i) {
       many.push_back(Add(host::Onull, i == 5999 ? "another" : "one of many"));

@@ -73,7 +73,7 @@ TEST(HistoryPanel, StepsOfAPlugInAreCalledAfterWhatWasPressed) {
   EXPECT_EQ(engine::DoneNames(*doc),
             (std::vector<std::string>{"Load Overview & more", "Clean Material Editor"}));
   desktop::SelectAll(*doc);
-  desktop::DeleteSelected(*doc);
+  engine::RunWhole(*doc, desktop::DeleteSelected(*doc));
   EXPECT_EQ(engine::UndoName(*doc), "Delete") << "a name of its own stays";
 }
 

@@ -352,7 +352,7 @@ TEST(MainWindow, ImportedScenesAskWhereToBeSaved) {
   ASSERT_TRUE(desk.Window().Commands().Open(desk.Folder() + "/spider.obj"));
   QString proposed;
   AnswerNext<QFileDialog>([&](QFileDialog& chooser) {
-    pictures::Settle(200);
+    EXPECT_TRUE(pictures::WaitFor([&] { return !chooser.selectedFiles().isEmpty(); }));
     proposed = chooser.selectedFiles().value(0);
     chooser.reject();
   });
@@ -366,7 +366,7 @@ TEST(MainWindow, ProgressThatIsOverDoesNotComeBack) {
   Desk desk;
   bool isThere = true;
   AnswerNext<QMessageBox>([&](QMessageBox& box) {
-    pictures::Settle(600);
+    Desk::Rest();
     isThere = QApplication::activeModalWidget() != &box;
     box.accept();
   });

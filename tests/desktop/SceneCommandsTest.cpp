@@ -6,15 +6,17 @@
 
 #include <functional>
 
-#include "engine/outside/ScriptedOutside.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/Undo.h"
 #include "program/desktop/attributes/FieldEditing.h"
+#include "program/desktop/background/SlicedEdit.h"
+#include "tests/desktop/NoPatience.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
 
 using desktop::Switch;
+using engine::RunWhole;
 using host::BaseObject;
 using tests::SceneBuilder;
 
@@ -79,7 +81,7 @@ TEST(SceneCommands, DeletesObjectsAndTagsInOneStep) {
     desktop::SelectTag(*scene.GetTag(path, type), true);
   }
   const std::string before = engine::DumpDocument(scene.Doc());
-  desktop::DeleteSelected(scene.Doc());
+  RunWhole(scene.Doc(), desktop::DeleteSelected(scene.Doc()));
   EXPECT_EQ(scene.Names(), "B C D ");
   EXPECT_EQ(scene.GetObject("B")->GetFirstTag(), nullptr);
   EXPECT_EQ(engine::UndoName(scene.Doc()), "Delete");
@@ -87,7 +89,7 @@ TEST(SceneCommands, DeletesObjectsAndTagsInOneStep) {
   EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())),
             std::vector<std::string>());
   desktop::SelectNone(scene.Doc());
-  desktop::DeleteSelected(scene.Doc());
+  RunWhole(scene.Doc(), desktop::DeleteSelected(scene.Doc()));
   EXPECT_FALSE(engine::CanUndo(scene.Doc()));
 }
 
@@ -97,7 +99,7 @@ TEST(SceneCommands, DuplicatesDeepAndMovesTheSelectionOn) {
   scene.GetTag("A", host::Ttexture)->GetDataInstance()->SetLink(2, scene.GetObject("B"));
   scene.Object("A.1");
   scene.Choose({"A", "A/In", "C/Deep", "D"});
-  desktop::DuplicateSelected(scene.Doc());
+  RunWhole(scene.Doc(), desktop::DuplicateSelected(scene.Doc()));
   EXPECT_EQ(scene.Names(), "A In A.2 In B C Deep Deeper Deep.1 Deeper D D.1 A.1 ");
   EXPECT_EQ(scene.Names(true), "A.2 Deep.1 D.1 ");
   EXPECT_EQ(scene.GetObject("C/Deep.1")->GetUp(), scene.GetObject("C"));
@@ -106,7 +108,7 @@ TEST(SceneCommands, DuplicatesDeepAndMovesTheSelectionOn) {
   const host::BaseContainer& data = *scene.GetTag("A.2", host::Ttexture)->GetDataInstance();
   EXPECT_EQ(data.GetLink(1, &scene.Doc()), scene.GetObject("D.1"));
   EXPECT_EQ(data.GetLink(2, &scene.Doc()), scene.GetObject("B"));
-  desktop::DuplicateSelected(scene.Doc());
+  RunWhole(scene.Doc(), desktop::DuplicateSelected(scene.Doc()));
   EXPECT_EQ(scene.Names(true), "A.2.1 Deep.1.1 D.1.1 ");
   EXPECT_EQ(engine::UndoName(scene.Doc()), "Duplicate");
   EXPECT_TRUE(scene.Doc().DoUndo());
@@ -119,27 +121,26 @@ TEST(SceneCommands, ThousandsOfOneNameGetNumbers) {
   for (int i = 0; i < 20000; ++i) scene.Doc().AppendObject(BaseObject::Alloc(host::Onull));
   desktop::SelectAll(scene.Doc());
   const std::string name = scene.Doc().GetFirstObject()->GetName().ToUtf8();
-  desktop::DuplicateSelected(scene.Doc());
+  RunWhole(scene.Doc(), desktop::DuplicateSelected(scene.Doc()));
   EXPECT_EQ(desktop::SelectedObjects(scene.Doc()).size(), 20000u);
   EXPECT_EQ(scene.Doc().GetActiveObject()->GetName().ToUtf8(), name + ".20000");
 }
 
 struct LongAct {
-  const char* name;
-  std::function<void()> act;
-  std::vector<int> stopsAt;  // reports of progress
+  std::function<engine::StepwiseEdit()> edit;
+  std::vector<std::size_t> stopsAfter;  // steps
 };
 
-void ExpectNothingOfStopped(const LongAct& one, engine::ScriptedOutside& outside,
-                            const host::BaseDocument& doc, const std::string& before) {
-  for (const int stop : one.stopsAt) {
-    outside.StopProgressAt(stop);
-    one.act();
-    EXPECT_EQ(engine::DumpDocument(doc), before) << one.name << " stopped at " << stop;
-    EXPECT_FALSE(engine::CanUndo(doc) || engine::CanRedo(doc))
-        << one.name << " stopped at " << stop;
+void ExpectNothingOfStopped(const LongAct& one, host::BaseDocument& doc,
+                            const std::string& before) {
+  for (const std::size_t stop : one.stopsAfter) {
+    engine::StepwiseEdit edit = one.edit();
+    const std::string name = edit.name;
+    std::size_t asked = 0;
+    EXPECT_FALSE(RunWhole(doc, std::move(edit), [&](double) { return asked++ < stop; }));
+    EXPECT_EQ(engine::DumpDocument(doc), before) << name << " stopped after " << stop;
+    EXPECT_FALSE(engine::CanUndo(doc) || engine::CanRedo(doc)) << name << " stopped after " << stop;
   }
-  outside.StopProgressAt(0);
 }
 
 TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
@@ -155,29 +156,26 @@ TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
   };
   selectAll();
   const auto all = [&] { return desktop::SelectedObjects(scene.Doc()); };
-  const engine::NodeId red = engine::IdOf(*scene.Doc().GetFirstMaterial());
   const LongAct acts[] = {
-      {"Duplicate",
-       [&] { desktop::DuplicateSelected(scene.Doc()); },
-       {1, 400, 601, 1000, 1201, 1202}},
-      {"Delete", [&] { desktop::DeleteSelected(scene.Doc()); }, {1, 2}},
-      {"Assign Material", [&] { desktop::AssignMaterial(scene.Doc(), red, all()); }, {1, 2}},
-      {"Visibility",
-       [&] { desktop::SetSwitch(scene.Doc(), all(), Switch::kRender, host::MODE_OFF); },
-       {1, 2}},
+      {[&] { return desktop::DuplicateSelected(scene.Doc()); },
+       {0, 400, 600, 1000, 1200, 1201, 1800}},
+      {[&] { return desktop::DeleteSelected(scene.Doc()); }, {0, 1, 300, 601}},
+      {[&] { return desktop::AssignMaterial(*scene.GetMaterial("Red"), all()); }, {1, 600}},
+      {[&] { return desktop::SetSwitch(scene.Doc(), all(), Switch::kRender, host::MODE_OFF); },
+       {1, 600}},
   };
-  engine::ScriptedOutside outside;
-  const engine::OutsideInUse inUse(outside);
   const std::string before = engine::DumpDocument(scene.Doc());
   for (const LongAct& one : acts) {
-    ExpectNothingOfStopped(one, outside, scene.Doc(), before);
-    one.act();
-    EXPECT_EQ(engine::UndoName(scene.Doc()), one.name);
-    EXPECT_NE(engine::DumpDocument(scene.Doc()), before) << one.name;
+    ExpectNothingOfStopped(one, scene.Doc(), before);
+    engine::StepwiseEdit edit = one.edit();
+    const std::string name = edit.name;
+    EXPECT_TRUE(RunWhole(scene.Doc(), std::move(edit)));
+    EXPECT_EQ(engine::UndoName(scene.Doc()), name);
+    EXPECT_NE(engine::DumpDocument(scene.Doc()), before) << name;
     EXPECT_TRUE(scene.Doc().DoUndo());
     engine::ClearUndo(scene.Doc());
     selectAll();
-    EXPECT_EQ(engine::DumpDocument(scene.Doc()), before) << one.name;
+    EXPECT_EQ(engine::DumpDocument(scene.Doc()), before) << name;
   }
 }
 
@@ -189,17 +187,18 @@ TEST(SceneCommands, AFieldEditThatWasStoppedIsNotGoneOnWith) {
   for (BaseObject* object = scene.Doc().GetFirstObject(); object; object = object->GetNext())
     all->push_back(engine::IdOf(*object));
   const desktop::Field position{desktop::kFieldPosition, "Position", desktop::FieldKind::Vector};
-  engine::ScriptedOutside outside;
-  const engine::OutsideInUse inUse(outside);
   desktop::FieldEditing editing;
   const auto set = [&](double x) {
     editing.Set(scene.Doc(), all, position, {host::Vector(x, 0, 0), {true, true, true}, true});
   };
   BaseObject* last = engine::AsObject(engine::FindNode(&scene.Doc(), all->back()));
   set(1);
-  outside.StopProgressAt(1);
-  set(2);
-  outside.StopProgressAt(0);
+  {
+    const desk::NoPatience slices;
+    set(2);
+    EXPECT_TRUE(desktop::IsEditing());
+    desktop::StopEdit();
+  }
   EXPECT_EQ(scene.Doc().GetFirstObject()->GetMl().off, host::Vector(1, 0, 0));
   EXPECT_EQ(last->GetMl().off, host::Vector(1, 0, 0));
   set(3);
@@ -212,16 +211,14 @@ TEST(SceneCommands, AFieldEditThatWasStoppedIsNotGoneOnWith) {
 TEST(SceneCommands, GivesMaterialsByTheFirstTextureTag) {
   Scene scene;
   const std::vector<BaseObject*> both = {scene.GetObject("A"), scene.GetObject("B")};
-  EXPECT_TRUE(desktop::AssignMaterial(scene.Doc(), engine::IdOf(*scene.GetMaterial("Blue")), both));
+  RunWhole(scene.Doc(), desktop::AssignMaterial(*scene.GetMaterial("Blue"), both));
   EXPECT_EQ(scene.MaterialTags("A", "Blue") + scene.MaterialTags("B", "Blue"), 2);
   EXPECT_EQ(scene.MaterialTags("A", "Red"), 0);
   EXPECT_EQ(engine::UndoName(scene.Doc()), "Assign Material");
   EXPECT_TRUE(scene.Doc().DoUndo());
   EXPECT_EQ(scene.MaterialTags("A", "Red"), 1);
   EXPECT_EQ(scene.GetObject("B")->GetTag(host::Ttexture), nullptr);
-  EXPECT_FALSE(desktop::AssignMaterial(scene.Doc(), engine::IdOf(*scene.GetObject("A")), both));
-  EXPECT_TRUE(desktop::AssignMaterial(scene.Doc(), engine::IdOf(*scene.GetMaterial("Red")),
-                                      {scene.GetObject("A")}));
+  RunWhole(scene.Doc(), desktop::AssignMaterial(*scene.GetMaterial("Red"), {scene.GetObject("A")}));
   EXPECT_FALSE(engine::CanUndo(scene.Doc()));
 }
 
@@ -233,10 +230,10 @@ TEST(SceneCommands, SetsSwitches) {
        {std::tuple{Switch::kEditor, host::MODE_OFF, "Visibility"},
         {Switch::kRender, host::MODE_ON, "Visibility"},
         {Switch::kGenerator, 0, "Generator"}}) {
-    desktop::SetSwitch(scene.Doc(), both, which, value);
+    RunWhole(scene.Doc(), desktop::SetSwitch(scene.Doc(), both, which, value));
     EXPECT_EQ(desktop::SwitchOf(*both[1], which), value);
     EXPECT_EQ(engine::UndoName(scene.Doc()), name);
-    desktop::SetSwitch(scene.Doc(), both, which, value);
+    RunWhole(scene.Doc(), desktop::SetSwitch(scene.Doc(), both, which, value));
     EXPECT_TRUE(scene.Doc().DoUndo());
     EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())),
               std::vector<std::string>());

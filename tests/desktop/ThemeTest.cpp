@@ -110,17 +110,17 @@ TEST_P(Theme, KeyboardAndSwitchingOffCanBeSeen) {
   page.activateWindow();
   for (QWidget* control : controls) {
     other->setFocus(Qt::TabFocusReason);
-    Settle(5);
+    Settle();
     const QImage calm = control->grab().toImage();
     if (control->focusPolicy() & Qt::TabFocus) {
       control->setFocus(Qt::TabFocusReason);
-      Settle(5);
+      Settle();
       EXPECT_NE(control->grab().toImage(), calm)
           << control->metaObject()->className() << " hides the keyboard";
       other->setFocus(Qt::TabFocusReason);
     }
     control->setEnabled(false);
-    Settle(5);
+    Settle();
     EXPECT_NE(control->grab().toImage(), calm)
         << control->metaObject()->className() << " looks switched on";
   }

@@ -12,10 +12,6 @@ namespace hands {
 
 namespace {
 
-constexpr int kMillisecondsToRest = 120;
-constexpr int kMillisecondsToArrive = 20000;
-constexpr int kMillisecondsToLook = 10;
-
 // Counts what the window system brings. A click goes through the window manager first, which takes
 // its time.
 class Arrivals : public QObject {
@@ -57,11 +53,13 @@ void Do(const QStringList& acts) {
 }
 
 void WaitFor(const std::function<bool()>& arrived, const char* what) {
-  for (int waited = 0; !arrived(); waited += kMillisecondsToLook) {
-    if (waited > kMillisecondsToArrive)
-      throw std::runtime_error(std::string(what) + " does not arrive");
-    pictures::Settle(kMillisecondsToLook);
-  }
+  if (!pictures::WaitFor(arrived)) throw std::runtime_error(std::string(what) + " does not arrive");
+}
+
+// Until what the window system has sent so far has been handled with all that comes of it.
+void Rest() {
+  QGuiApplication::sync();
+  pictures::Settle();
 }
 
 // Where to let go: in the middle, or just inside the edge, which the toolkit takes for the place
@@ -81,14 +79,14 @@ void Click(const QWidget& widget, QPoint place, int times) {
   Do(At(widget, place) + QStringList{"sleep", "0.05", "click", "--repeat", QString::number(times),
                                      "--delay", "60", "1"});
   WaitFor([&] { return arrivals.Of(QEvent::MouseButtonRelease) >= times; }, "a click");
-  pictures::Settle(kMillisecondsToRest);
+  Rest();
 }
 
 void Click(const QWidget& widget) { Click(widget, widget.rect().center()); }
 
 void Click(QAbstractItemView& view, const QModelIndex& cell) {
   view.scrollTo(cell);
-  pictures::Settle();
+  Rest();
   Click(*view.viewport(), view.visualRect(cell).center());
 }
 
@@ -97,7 +95,7 @@ void Click(QAbstractItemView& view, const QModelIndex& cell) {
 void Drag(const Cell& from, const Cell& to) {
   if (!from.index.isValid() || !to.index.isValid())
     throw std::runtime_error("there is no such row");
-  pictures::Settle(QApplication::doubleClickInterval());
+  const SingleClicks single;
   const QWidget& start = *from.view.viewport();
   const QPoint hold = from.view.visualRect(from.index).center();
   const Arrivals arrivals;
@@ -115,19 +113,19 @@ void Drag(const Cell& from, const Cell& to) {
   loop.exec();
   WaitFor([&] { return arrivals.Of(QEvent::Drop) > 0 || arrivals.Of(QEvent::DragLeave) > 0; },
           "what is dragged");
-  pictures::Settle(kMillisecondsToRest);
+  Rest();
 }
 
 void Type(const QWidget& field, const QString& text) {
   Click(field);
   Press("ctrl+a");
   Do({"type", "--delay", "12", text});
-  pictures::Settle(kMillisecondsToRest);
+  Rest();
 }
 
 void Press(const QString& keys) {
   Do({"key", keys});
-  pictures::Settle(kMillisecondsToRest);
+  Rest();
 }
 
 void Choose(QMenuBar& bar, const QString& menu, const QString& entry) {

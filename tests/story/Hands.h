@@ -5,11 +5,26 @@
 #pragma once
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QWidget>
 
 namespace hands {
+
+// Two clicks are two clicks, however soon one comes after the other, as long as one lives.
+class SingleClicks {
+ public:
+  SingleClicks() : former_(QApplication::doubleClickInterval()) {
+    QApplication::setDoubleClickInterval(1);
+  }
+  SingleClicks(const SingleClicks&) = delete;
+  SingleClicks& operator=(const SingleClicks&) = delete;
+  ~SingleClicks() { QApplication::setDoubleClickInterval(former_); }
+
+ private:
+  int former_;
+};
 
 void Click(const QWidget& widget, QPoint place, int times = 1);
 void Click(const QWidget& widget);

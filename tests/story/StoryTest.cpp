@@ -68,9 +68,11 @@ class Story : public testing::Test {
     hands::Type(desk_.Gadget<QLineEdit>(kNameField), name);
     const int rows = List().model()->rowCount();
     hands::Click(desk_.Gadget<QPushButton>(kRecord));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return List().model()->rowCount() > rows; }, 30000))
-        << name.toStdString();
-    pictures::Settle(800);  // until the progress of the preview has gone
+    // Until the progress of the preview has gone, too.
+    EXPECT_TRUE(pictures::WaitFor([&] {
+      return List().model()->rowCount() > rows && !QApplication::activeModalWidget();
+    })) << name.toStdString();
+    pictures::Settle();
   }
   void Press(host::LONG button) { hands::Click(desk_.Gadget<QPushButton>(button)); }
   desktop::ObjectTree& Tree() { return Window().Objects(); }
@@ -84,7 +86,7 @@ class Story : public testing::Test {
 
   // --- What is done to the next box, and to the one after it.
   static void TypeIntoChooser(QFileDialog& chooser, const std::string& path) {
-    pictures::Settle(300);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&chooser, 20000));
     hands::Type(*chooser.findChild<QLineEdit*>("fileNameEdit"), QString::fromStdString(path));
     hands::Press("Return");
   }
@@ -98,7 +100,7 @@ class Story : public testing::Test {
   void ClickNext(QMessageBox::StandardButton button, const char* picture = nullptr,
                  std::function<void()> then = {}) {
     AnswerNext<QMessageBox>([this, button, picture, then](QMessageBox& box) {
-      pictures::Settle(200);
+      EXPECT_TRUE(QTest::qWaitForWindowActive(&box, 20000));
       told_ += box.text().toStdString() + "\n";
       if (picture) {
         EXPECT_TRUE(pictures::Write(box, picture));
@@ -109,12 +111,12 @@ class Story : public testing::Test {
   }
   std::string TakeTold() { return std::exchange(told_, {}); }
 
-  // Opens a list of the attributes and clicks a row of it, after a person's while.
+  // Opens a list of the attributes and clicks a row of it.
   void ChooseInAttributes(const char* label, const QString& text) {
     QComboBox& list = fields::ListOf(desk_.Panel<QWidget>("attributes"), label);
+    const hands::SingleClicks single;
     hands::Click(list);
     ASSERT_TRUE(list.view()->isVisible()) << label;
-    pictures::Settle(QApplication::doubleClickInterval());
     hands::Click(*list.view(), list.model()->index(list.findText(text), 0));
     EXPECT_EQ(list.currentText(), text) << label;
   }

@@ -1,6 +1,5 @@
 #include "program/desktop/attributes/AttributesView.h"
 
-#include <QElapsedTimer>
 #include <QGridLayout>
 #include <QLocale>
 #include <QScrollBar>
@@ -8,7 +7,7 @@
 #include <QWidget>
 #include <algorithm>
 
-#include "host/Application.h"
+#include "program/desktop/background/DocumentBusy.h"
 
 namespace desktop {
 
@@ -18,7 +17,7 @@ constexpr int kLeastLabel = 84;
 constexpr int kMostLabel = 120;
 constexpr int kLabelAir = 4;
 constexpr qsizetype kLongestTitle = 80;
-constexpr std::size_t kElementsBetweenLooks = 500;
+constexpr std::size_t kElementsAtOnce = 500;
 constexpr std::size_t kMostAtOnce = 5000;
 
 bool LookAlike(const std::vector<AttributeGroup>& a, const std::vector<AttributeGroup>& b) {
@@ -85,7 +84,10 @@ void CollapsibleSection::AddLine(const QString& label, const QString& tip, int l
   lines_->addWidget(field, row, 1);
 }
 
-AttributesView::AttributesView(QWidget* parent) : QScrollArea(parent) {
+AttributesView::AttributesView(QWidget* parent)
+    : QScrollArea(parent),
+      slices_(
+          "reading the attributes", [this] { return Advance(); }, [this] { reading_.reset(); }) {
   auto* page = new QWidget(this);
   column_ = new QVBoxLayout(page);
   column_->setContentsMargins(6, 6, 6, 6);
@@ -106,9 +108,6 @@ AttributesView::AttributesView(QWidget* parent) : QScrollArea(parent) {
   setWidgetResizable(true);
   setFrameShape(NoFrame);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  next_.setSingleShot(true);
-  next_.setInterval(0);
-  connect(&next_, &QTimer::timeout, this, [this] { Slice(); });
 }
 
 void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) {
@@ -122,30 +121,27 @@ void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) 
   elements_ = elements;
   seen_ = doc ? engine::ChangeCount(*doc) : 0;
   reading_.reset();
-  next_.stop();
+  slices_.Stop();
   if (!doc) {
     ShowGroups({});
     return ShowHeading(nullptr, {});
   }
   reading_.emplace(*doc, elements);
   // Of very many nothing is to be had at once, and others want their turn.
-  elements->size() > kMostAtOnce ? next_.start() : Slice();
+  elements->size() > kMostAtOnce ? slices_.Start() : slices_.StartHere();
   // Until then the fields show other elements.
   if (reading_ && others) ShowWaiting();
 }
 
-void AttributesView::Slice() {
+bool AttributesView::Advance() {
   host::BaseDocument* doc = FindOpenDocument(doc_);
-  if (!reading_) return;
+  if (!reading_) return false;
   // Which is followed before the loop waits
-  if (!doc || engine::ChangeCount(*doc) != seen_) return reading_.reset();
-  QElapsedTimer time;
-  time.start();
-  while (!reading_->Advance(kElementsBetweenLooks)) {
-    if (time.elapsed() >= slice.count()) return next_.start();
-  }
+  if (!doc || engine::ChangeCount(*doc) != seen_) return reading_.reset(), false;
+  if (!reading_->Advance(kElementsAtOnce)) return true;
   ShowRead(*doc);
   reading_.reset();
+  return false;
 }
 
 void AttributesView::ShowWaiting() {
@@ -225,10 +221,11 @@ void AttributesView::ShowHeading(const host::BaseDocument* doc, const ElementLis
 }
 
 void AttributesView::Edit(std::size_t line, const FieldEdit& edit) {
-  host::BaseDocument* doc = FindOpenDocument(doc_);
-  if (!doc) return;
-  editing_.Set(*doc, lines_[line].line.elements, *lines_[line].line.field, edit);
-  host::EventAdd();
+  // What loses the focus to the box of other work is taken after that.
+  WhenDocumentIsFree(this, [this, doc = doc_, line = lines_[line].line, edit] {
+    if (host::BaseDocument* still = FindOpenDocument(doc))
+      editing_.Set(*still, line.elements, *line.field, edit);
+  });
 }
 
 }  // namespace desktop

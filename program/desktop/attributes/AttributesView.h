@@ -1,20 +1,18 @@
 // AttributesView: the fields of the elements that are looked at, under titles that fold, for
-// reading and editing. Very many elements are read in slices between which the window lives on. It
-// keeps identities, owns no element. Widgets are made anew only when other fields are to be shown.
-// Main thread.
+// reading and editing. Very many elements are read in slices. It keeps identities, owns no element.
+// Widgets are made anew only when other fields are to be shown. Main thread.
 #pragma once
 
 #include <QLabel>
 #include <QScrollArea>
-#include <QTimer>
 #include <QVBoxLayout>
-#include <chrono>
 #include <map>
 #include <optional>
 
 #include "program/desktop/attributes/AttributeReading.h"
 #include "program/desktop/attributes/FieldEditing.h"
 #include "program/desktop/attributes/FieldWidget.h"
+#include "program/desktop/background/Slices.h"
 #include "program/desktop/panels/DocumentView.h"
 
 namespace desktop {
@@ -29,8 +27,8 @@ class AttributesView : public QScrollArea {
   // changed. Cheap when nothing did. What was being typed for other elements is taken for them
   // first.
   void Follow(host::BaseDocument* doc, const SharedIds& elements);
-  // How long one slice may take.
-  std::chrono::milliseconds slice{20};
+  // That read very many elements.
+  Slices& Reading() { return slices_; }
   // Until all of the elements are read and shown.
   bool IsReading() const { return reading_.has_value(); }
   QSize sizeHint() const override { return {320, 360}; }
@@ -40,8 +38,8 @@ class AttributesView : public QScrollArea {
   void Build(const std::vector<AttributeGroup>& groups);
   // `labelWidth`: in pixels, one for all groups so that the fields stand below each other.
   void AddGroup(const AttributeGroup& group, int labelWidth);
-  // Reads on for as long as a slice may take, and shows all when the end is reached.
-  void Slice();
+  // Reads on; false when nothing is left to read.
+  bool Advance();
   // Switches the fields off while they still show other elements.
   void ShowWaiting();
   // Shows heading, groups and values that were read.
@@ -70,7 +68,7 @@ class AttributesView : public QScrollArea {
   FieldEditing editing_;
   // Only until all elements are read.
   std::optional<AttributeReading> reading_;
-  QTimer next_;
+  Slices slices_;
   QLabel* title_;
   QLabel* kinds_;
   QVBoxLayout* column_;

@@ -1,7 +1,8 @@
 #include "program/desktop/attributes/FieldEditing.h"
 
-#include "program/desktop/LongEdit.h"
+#include "host/Application.h"
 #include "program/desktop/attributes/TextureFile.h"
+#include "program/desktop/background/SlicedEdit.h"
 
 namespace desktop {
 
@@ -20,15 +21,14 @@ void Apply(host::BaseDocument& doc, host::BaseList2D& element, const Field& fiel
   WriteField(element, field, after);
 }
 
-// False when it was stopped; everything is as before then.
-bool SetAll(host::BaseDocument& doc, const std::vector<host::BaseList2D*>& elements,
-            const Field& field, const FieldEdit& edit) {
-  LongEdit step(doc, StepName(field), elements.size());
-  for (host::BaseList2D* element : elements) {
-    if (!step.Step()) return false;
-    Apply(doc, *element, field, edit);
-  }
-  return true;
+engine::StepwiseEdit SetAll(host::BaseDocument& doc, std::vector<host::BaseList2D*> elements,
+                            const Field& field, const FieldEdit& edit) {
+  const std::size_t steps = elements.size();
+  return {StepName(field), steps,
+          [&doc, elements = std::move(elements), &field, edit](std::size_t i) {
+            Apply(doc, *elements[i], field, edit);
+          },
+          [] { host::EventAdd(); }};
 }
 
 }  // namespace
@@ -50,15 +50,17 @@ void FieldEditing::Set(host::BaseDocument& doc, const SharedIds& elements, const
                        const FieldEdit& edit) {
   const bool replaces = edit.goesOn && TakeBackBefore(doc, elements, field);
   const host::ULLONG before = engine::ChangeCount(doc);
-  const bool whole = SetAll(doc, ElementsOf(doc, *elements), field, edit);
-  if (!whole && replaces) doc.DoRedo();
-  const bool changed = whole && engine::ChangeCount(doc) != before;
-  // There and back again.
-  if (whole && replaces && !changed) engine::ForgetUndone(doc);
-  doc_ = IdentityOf(&doc);
-  field_ = changed ? &field : nullptr;
-  elements_ = elements;
-  after_ = engine::ChangeCount(doc);
+  RunEdit(doc, SetAll(doc, ElementsOf(doc, *elements), field, edit),
+          [this, &doc, elements, &field, replaces, before](bool whole) {
+            const bool changed = whole && engine::ChangeCount(doc) != before;
+            if (!whole && replaces) doc.DoRedo();
+            // There and back again.
+            if (whole && replaces && !changed) engine::ForgetUndone(doc);
+            doc_ = IdentityOf(&doc);
+            field_ = changed ? &field : nullptr;
+            elements_ = elements;
+            after_ = engine::ChangeCount(doc);
+          });
 }
 
 bool FieldEditing::TakeBackBefore(host::BaseDocument& doc, const SharedIds& elements,

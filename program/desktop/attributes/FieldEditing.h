@@ -13,7 +13,8 @@ std::vector<host::BaseList2D*> ElementsOf(host::BaseDocument& doc, const Ids& id
 
 class FieldEditing {
  public:
-  // Nothing happens where every element has that value already. The caller posts the change.
+  // Nothing happens where every element has that value already. Done when it returns unless the
+  // elements are very many. Outlives what it began.
   void Set(host::BaseDocument& doc, const SharedIds& elements, const Field& field,
            const FieldEdit& edit);
 

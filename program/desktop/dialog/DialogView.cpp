@@ -9,9 +9,9 @@
 #include <algorithm>
 
 #include "program/desktop/Text.h"
-#include "program/desktop/dialog/Busy.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/dialog/ListView.h"
+#include "program/desktop/dialog/PluginCall.h"
 
 namespace desktop {
 
@@ -92,11 +92,11 @@ void AddEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLin
     QAction* action = menu.addAction(Label(entry.text));
     action->setData(entry.id);
     ShowState(*action, entry);
-    QObject::connect(action, &QAction::triggered, action,
-                     [link, action, id = entry.id, label = entry.text] {
-                       Act(link, *action, label, About::kNothingMore,
-                           [id](host::GeDialog& dialog) { return engine::ChooseMenu(dialog, id); });
-                     });
+    QObject::connect(
+        action, &QAction::triggered, action, [link, action, id = entry.id, label = entry.text] {
+          CallPlugin(link, *action, label, About::kNothingMore,
+                     [id](host::GeDialog& dialog) { return engine::ChooseMenu(dialog, id); });
+        });
   }
 }
 

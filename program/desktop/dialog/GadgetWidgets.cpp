@@ -13,9 +13,9 @@
 
 #include "engine/render/Image.h"
 #include "program/desktop/Text.h"
-#include "program/desktop/dialog/Busy.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/dialog/ListView.h"
+#include "program/desktop/dialog/PluginCall.h"
 
 namespace desktop {
 
@@ -130,8 +130,8 @@ GadgetWidget MakeButton(const SharedDialogLink& link, const Gadget& gadget, QWid
   QObject::connect(button, &QPushButton::clicked, button, [link, button, id = gadget.id] {
     const engine::Gadget* now = link->Find(id);
     if (now)
-      Act(link, *button, now->text, About::kChosenRow,
-          [id](host::GeDialog& dialog) { return engine::PressButton(dialog, id); });
+      CallPlugin(link, *button, now->text, About::kChosenRow,
+                 [id](host::GeDialog& dialog) { return engine::PressButton(dialog, id); });
   });
   return {button, [button](const Gadget& now) { button->setText(Label(now.text)); }};
 }

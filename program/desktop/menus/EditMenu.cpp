@@ -4,6 +4,7 @@
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/menus/Menus.h"
 
 namespace desktop {
@@ -29,8 +30,10 @@ EditMenu::EditMenu(QMenu& menu, MainWindow& window)
   onSelection_.push_back(
       AddCommand(menu, "Select &None", QKeySequence("Ctrl+Shift+A"), SelectNone));
   menu.addSeparator();
-  onSelection_.push_back(AddCommand(menu, "D&uplicate", QKeySequence("Ctrl+D"), DuplicateSelected));
-  onSelection_.push_back(AddCommand(menu, "&Delete", QKeySequence::Delete, DeleteSelected));
+  onSelection_.push_back(AddCommand(menu, "D&uplicate", QKeySequence("Ctrl+D"),
+                                    [](auto& doc) { RunEdit(doc, DuplicateSelected(doc)); }));
+  onSelection_.push_back(AddCommand(menu, "&Delete", QKeySequence::Delete,
+                                    [](auto& doc) { RunEdit(doc, DeleteSelected(doc)); }));
 }
 
 QAction* EditMenu::AddCommand(QMenu& menu, const QString& text, const QKeySequence& keys,

@@ -5,6 +5,7 @@
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/menus/Menus.h"
 
 namespace desktop {
@@ -62,7 +63,7 @@ void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, Switch
   for (const auto& [name, mode] : kModes) {
     QAction* action = AddEntry(*modes, name, {}, [which, mode = mode] {
       if (host::BaseDocument* active = host::GetActiveDocument())
-        SetSwitch(*active, SelectedObjects(*active), which, mode);
+        RunEdit(*active, SetSwitch(*active, SelectedObjects(*active), which, mode));
     });
     action->setCheckable(true);
     action->setChecked(SwitchOf(*doc.GetActiveObject(), which) == mode);

@@ -4,7 +4,6 @@
 #include <unordered_set>
 
 #include "engine/undo/Undo.h"
-#include "program/desktop/LongEdit.h"
 #include "program/desktop/panels/LayerSwitches.h"
 
 namespace desktop {
@@ -107,18 +106,17 @@ void SetLayerSwitch(BaseDocument& doc, const LayerList& layers, std::size_t numb
                [&](host::LayerData& data) { data.*(kLayerSwitches.at(number).flag) = on; });
 }
 
-void AssignLayer(BaseDocument& doc, const std::vector<BaseObject*>& objects, LayerObject* layer) {
-  if (objects.empty() || (layer && !IsOf(doc, layer))) return;
-  {
-    LongEdit edit(doc, layer ? "Assign Layer" : "Take Off Layer", objects.size());
-    for (BaseObject* object : objects) {
-      if (!edit.Step()) return;
-      if (object->GetLayerObject(&doc) == layer) continue;
-      doc.AddUndo(host::UNDO_CHANGE, object);
-      object->SetLayerObject(layer);
-    }
-  }
-  host::EventAdd();
+engine::StepwiseEdit AssignLayer(BaseDocument& doc, std::vector<BaseObject*> objects,
+                                 LayerObject* layer) {
+  if (layer && !IsOf(doc, layer)) objects.clear();
+  const std::size_t steps = objects.size();
+  return {layer ? "Assign Layer" : "Take Off Layer", steps,
+          [&doc, objects = std::move(objects), layer](std::size_t i) {
+            if (objects[i]->GetLayerObject(&doc) == layer) return;
+            doc.AddUndo(host::UNDO_CHANGE, objects[i]);
+            objects[i]->SetLayerObject(layer);
+          },
+          [] { host::EventAdd(); }};
 }
 
 void SelectObjectsOn(BaseDocument& doc, const LayerList& layers) {

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "engine/editing/StepwiseEdit.h"
 #include "program/desktop/OpenDocument.h"
 
 namespace desktop {
@@ -19,8 +20,8 @@ void RenameLayer(host::BaseDocument& doc, host::LayerObject& layer, const host::
 void SetLayerColor(host::BaseDocument& doc, const LayerList& layers, const host::Vector& color);
 void SetLayerSwitch(host::BaseDocument& doc, const LayerList& layers, std::size_t number, bool on);
 // Puts objects on a layer; null takes them off theirs.
-void AssignLayer(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects,
-                 host::LayerObject* layer);
+engine::StepwiseEdit AssignLayer(host::BaseDocument& doc, std::vector<host::BaseObject*> objects,
+                                 host::LayerObject* layer);
 // Selects the objects on these layers and no others. No undo step, as for any selection.
 void SelectObjectsOn(host::BaseDocument& doc, const LayerList& layers);
 // Makes these the selected layers.

@@ -13,6 +13,7 @@
 #include "program/desktop/Icons.h"
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/EmptyText.h"
 #include "program/desktop/panels/LayerSwitches.h"
@@ -116,7 +117,7 @@ bool LayerModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, in
       objects.push_back(object);
   }
   if (objects.empty()) return false;
-  AssignLayer(*doc, objects, LayerAt(parent));
+  RunEdit(*doc, AssignLayer(*doc, std::move(objects), LayerAt(parent)));
   return true;
 }
 
@@ -322,7 +323,7 @@ void LayersPanel::BuildActions() {
   acts_.AddMaker("New Layer", [this](host::BaseDocument& doc) { Add(doc); });
   acts_.Add("assign", "Assign to Selection", {},
             [](host::BaseDocument& doc, const LayerList& layers) {
-              AssignLayer(doc, SelectedObjects(doc), layers.front());
+              RunEdit(doc, AssignLayer(doc, SelectedObjects(doc), layers.front()));
             });
   acts_.Add("select", "Select Objects", {}, &SelectObjectsOn);
   acts_.AddSpace();
@@ -347,7 +348,7 @@ void LayersPanel::AddToMenu(QMenu& menu) {
       ->setEnabled(!chosen.empty());
   menu.addAction("Take Selection Off Its Layer", this, [this] {
     if (host::BaseDocument* doc = tree_->Document())
-      AssignLayer(*doc, SelectedObjects(*doc), nullptr);
+      RunEdit(*doc, AssignLayer(*doc, SelectedObjects(*doc), nullptr));
   });
   menu.addSeparator();
   for (std::size_t i = 0; i < kLayerSwitches.size() && !chosen.empty(); ++i) {

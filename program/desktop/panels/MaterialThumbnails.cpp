@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "engine/outside/Outside.h"
 #include "engine/render/SceneScan.h"
 
 namespace desktop {
@@ -39,7 +40,7 @@ Picture Render(engine::ScenePicture scene, std::uint32_t side, engine::RenderCac
   if (!prepared) return nullptr;
   engine::PictureSetup setup;
   setup.width = setup.height = side;
-  setup.camera = BallScene::Camera();
+  setup.camera = MaterialPreviewScene::Camera();
   setup.threads = 1;
   auto begun = engine::PictureInProgress::Begin(prepared.Take(), setup);
   if (!begun) return nullptr;
@@ -66,7 +67,7 @@ QImage CutOut(const engine::Image& image) {
 }  // namespace
 
 MaterialThumbnails::MaterialThumbnails(engine::RenderCaches& caches)
-    : caches_(caches), background_([this](const QImage& image) { Take(image); }) {}
+    : caches_(caches), job_("the picture of a material") {}
 
 void MaterialThumbnails::Listen(QObject* listener, std::function<void(engine::NodeId)> ready) {
   listeners_.emplace_back(listener, std::move(ready));
@@ -81,7 +82,7 @@ QPixmap MaterialThumbnails::Of(host::BaseMaterial& material, double scale) {
     thumbnail.scale = scale;
     thumbnail.parameters = std::move(parameters);
     wanted_.push_back(key);
-    QTimer::singleShot(0, &background_, [this] { MakeNext(); });
+    QTimer::singleShot(0, &job_, [this] { MakeNext(); });
   }
   return thumbnail.picture;
 }
@@ -100,7 +101,7 @@ void MaterialThumbnails::Tell(engine::NodeId material) const {
 }
 
 void MaterialThumbnails::MakeNext() {
-  while (!background_.IsBusy() && !wanted_.empty()) {
+  while (!job_.IsRunning() && !wanted_.empty()) {
     const Key next = wanted_.back();
     wanted_.pop_back();
     const host::BaseDocument* doc = FindOpenDocument(next.first);
@@ -113,18 +114,24 @@ void MaterialThumbnails::MakeNext() {
 // What is cheap is taken out of the document here; textures are read on the other thread.
 void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc,
                                host::BaseMaterial& material) {
-  const BallScene ball(doc, material);
+  const MaterialPreviewScene ball(doc, material);
   engine::SceneScan scan(ball.Document(), {}, caches_);
   while (!scan.Advance(1)) {
   }
   making_ = key;
-  background_.Do([this, scene = std::make_shared<engine::ScenePicture>(scan.Take()),
-                  side = static_cast<std::uint32_t>(kSide * thumbnails_[key].scale)](
-                     const std::atomic<bool>& stop) {
-    const Picture picture =
-        Render(std::move(*scene), side, caches_, [&stop](double) { return !stop; });
-    return picture ? CutOut(picture->Current()) : QImage();
-  });
+  const auto scene = std::make_shared<engine::ScenePicture>(scan.Take());
+  const auto side = static_cast<std::uint32_t>(kSide * thumbnails_[key].scale);
+  const auto image = std::make_shared<QImage>();
+  job_.Start(
+      [this, scene, side, image](const BackgroundJob::Control& job) {
+        const Picture picture =
+            Render(std::move(*scene), side, caches_, [&job](double) { return !job.IsStopped(); });
+        if (picture) *image = CutOut(picture->Current());
+      },
+      [this, image](const std::string& problem) {
+        if (!problem.empty()) engine::Outside::Current().ShowStatus(problem);
+        Take(*image);
+      });
 }
 
 void MaterialThumbnails::Take(const QImage& image) {

@@ -1,5 +1,5 @@
-// MaterialThumbnails: a lit ball for each material that is looked at, made one after the other on a
-// thread of its own and made anew when the material, one of its shaders or, as it is told, a file
+// MaterialThumbnails: a lit ball for each material that is looked at, made one after the other on
+// another thread and made anew when the material, one of its shaders or, as it is told, a file
 // has changed. Main thread.
 #pragma once
 
@@ -8,8 +8,8 @@
 #include <map>
 
 #include "program/desktop/OpenDocument.h"
-#include "program/desktop/panels/Background.h"
-#include "program/desktop/panels/BallScene.h"
+#include "program/desktop/background/BackgroundJob.h"
+#include "program/desktop/panels/MaterialPreviewScene.h"
 
 namespace desktop {
 
@@ -53,7 +53,7 @@ class MaterialThumbnails {
   std::vector<Key> wanted_;  // the last one is the next
   Key making_{0, 0};
   std::size_t made_ = 0;
-  Background background_;  // last: it ends before what it tells of
+  BackgroundJob job_;  // last: it ends before what it tells of
 };
 
 }  // namespace desktop

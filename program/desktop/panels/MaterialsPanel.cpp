@@ -8,6 +8,7 @@
 
 #include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/EmptyText.h"
 #include "program/desktop/panels/NodeTreeModel.h"
@@ -262,7 +263,7 @@ namespace {
 
 // Of several the first one counts: an object shows one material.
 void AssignToSelection(host::BaseDocument& doc, const MaterialList& materials) {
-  AssignMaterial(doc, engine::IdOf(*materials.front()), SelectedObjects(doc));
+  RunEdit(doc, AssignMaterial(*materials.front(), SelectedObjects(doc)));
 }
 
 }  // namespace

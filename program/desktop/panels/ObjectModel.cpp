@@ -6,6 +6,7 @@
 #include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/SlicedEdit.h"
 
 namespace desktop {
 
@@ -200,7 +201,11 @@ bool ObjectModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, i
   if (!doc) return false;
   BaseObject* on = ObjectAt(parent);
   const std::vector<engine::NodeId> materials = DroppedNodes(data, kMaterialMime);
-  if (!materials.empty()) return on && AssignMaterial(*doc, materials.front(), SelectedWith(*on));
+  if (!materials.empty()) {
+    auto* material = engine::AsMaterial(engine::FindNode(doc, materials.front()));
+    if (on && material) RunEdit(*doc, AssignMaterial(*material, SelectedWith(*on)));
+    return on && material;
+  }
   return MoveTo(DroppedNodes(data, kObjectsMime), row, parent);
 }
 

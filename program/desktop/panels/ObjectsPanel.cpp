@@ -16,6 +16,7 @@
 #include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/EmptyText.h"
 #include "program/desktop/panels/LayerActs.h"
@@ -403,9 +404,9 @@ void ObjectTree::AskLayer(BaseObject& object, const QPoint& place) {
   const QAction* chosen = menu.exec(place);
   host::BaseDocument* doc = chosen ? model_->Document() : nullptr;
   BaseObject* still = doc ? engine::AsObject(engine::FindNode(doc, asked)) : nullptr;
-  if (still)
-    AssignLayer(*doc, SelectedWith(*still),
-                engine::AsLayer(engine::FindNode(doc, chosen->data().value<engine::NodeId>())));
+  if (!still) return;
+  auto* layer = engine::AsLayer(engine::FindNode(doc, chosen->data().value<engine::NodeId>()));
+  RunEdit(*doc, AssignLayer(*doc, SelectedWith(*still), layer));
 }
 
 void ObjectTree::BeginSweep(BaseObject& object, const QModelIndex& index, int y) {
@@ -449,8 +450,9 @@ void ObjectTree::SwitchSelected(int column) {
   host::BaseDocument* doc = model_->Document();
   const BaseObject* active = doc ? doc->GetActiveObject() : nullptr;
   const Switch which = ObjectModel::SwitchIn(column);
-  if (active)
-    SetSwitch(*doc, SelectedObjects(*doc), which, NextValue(which, SwitchOf(*active, which)));
+  if (!active) return;
+  const host::LONG value = NextValue(which, SwitchOf(*active, which));
+  RunEdit(*doc, SetSwitch(*doc, SelectedObjects(*doc), which, value));
 }
 
 ObjectsPanel::ObjectsPanel(QWidget* parent)

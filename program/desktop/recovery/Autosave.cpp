@@ -4,10 +4,10 @@
 #include <QJsonObject>
 #include <algorithm>
 
-#include "engine/dialog/Dialogs.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/DocumentBusy.h"
 
 namespace desktop {
 
@@ -67,7 +67,7 @@ void Autosave::ForgetClosed(const std::vector<host::BaseDocument*>& open) {
 
 // A dialog at work may have put documents of its own into the list.
 void Autosave::Tick() {
-  if (worker_.IsBusy() || engine::InsideDialogCall()) return;
+  if (worker_.IsBusy() || IsDocumentBusy()) return;
   bool waits = false;
   for (auto& [document, state] : documents_) {
     host::BaseDocument* doc = FindOpenDocument(document);

@@ -1,50 +1,36 @@
 #include "program/desktop/recovery/AutosaveWorker.h"
 
-#include <new>
+#include <utility>
 
 #include "engine/outside/RealOutside.h"
 #include "engine/scenefile/SceneFile.h"
 
 namespace desktop {
 
-AutosaveWorker::~AutosaveWorker() {
-  if (thread_.joinable()) thread_.join();
-}
-
-void AutosaveWorker::Start(AutosaveJob job, std::function<void(const engine::Status&)> done) {
-  job_ = std::move(job);
+void AutosaveWorker::Start(AutosaveJob order, std::function<void(const engine::Status&)> done) {
+  order_ = std::move(order);
   done_ = std::move(done);
-  thread_ = std::thread([this] {
-    try {
-      Write();
-    } catch (const std::bad_alloc&) {
-      status_ = engine::Status::Failure(
-          "There was not enough memory for keeping a copy of unsaved work.");
-    }
-    QMetaObject::invokeMethod(
-        this, [this] { Finish(); }, Qt::QueuedConnection);
-  });
+  job_.Start([this](const BackgroundJob::Control&) { Write(); },
+             [this](const std::string& problem) { End(problem); });
 }
 
-void AutosaveWorker::Finish() {
-  if (!thread_.joinable()) return;
-  thread_.join();
-  ended_.Take(std::move(job_.copy));
-  job_ = {};
+void AutosaveWorker::End(const std::string& problem) {
+  deletion_.Take(std::move(order_.copy));
+  order_ = {};
   for (engine::LedgerEntry& entry : entries_)
     engine::Outside::Current().GetLedger().Add(std::move(entry));
   entries_.clear();
-  std::exchange(done_, {})(status_);
+  std::exchange(done_, {})(problem.empty() ? status_ : engine::Status::Failure(problem));
 }
 
 void AutosaveWorker::Write() {
   engine::RealOutside outside;
-  const auto pieces = engine::WriteScene(*job_.copy);
+  const auto pieces = engine::WriteScene(*order_.copy);
   status_ = pieces.GetStatus();
-  if (pieces) status_ = outside.ReplaceFile(job_.files.note, job_.note);
+  if (pieces) status_ = outside.ReplaceFile(order_.files.note, order_.note);
   if (pieces && status_) {
     const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
-    status_ = outside.ReplaceFile(job_.files.scene, views);
+    status_ = outside.ReplaceFile(order_.files.scene, views);
   }
   entries_ = outside.GetLedger().Entries();
 }

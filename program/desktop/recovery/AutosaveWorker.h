@@ -1,14 +1,12 @@
-// AutosaveWorker: writes copies of documents to files on a thread of its own, one at a time,
-// through a door of its own whose ledger is handed to the door in use afterwards. It owns the copy
-// while it works. Called from the main thread.
+// AutosaveWorker: writes copies of documents to files as a background job, one at a time, through a
+// door of its own whose ledger is handed to the door in use afterwards. It owns the copy while it
+// works. Called from the main thread.
 #pragma once
 
-#include <QObject>
 #include <functional>
-#include <memory>
-#include <thread>
 
-#include "program/desktop/SlowEnd.h"
+#include "program/desktop/background/BackgroundJob.h"
+#include "program/desktop/background/DeferredDeletion.h"
 #include "program/desktop/recovery/AutosaveFolder.h"
 
 namespace desktop {
@@ -19,27 +17,25 @@ struct AutosaveJob {
   std::string note;
 };
 
-class AutosaveWorker : public QObject {
+class AutosaveWorker {
  public:
-  AutosaveWorker() = default;
-  ~AutosaveWorker() override;
-
-  bool IsBusy() const { return thread_.joinable(); }
+  bool IsBusy() const { return job_.IsRunning(); }
   // Writes the note, then the scene. `done` hears on the main thread how it went. Not while it is
   // busy.
-  void Start(AutosaveJob job, std::function<void(const engine::Status&)> done);
+  void Start(AutosaveJob order, std::function<void(const engine::Status&)> done);
   // Waits for the present job, if there is one, and tells of it at once.
-  void Finish();
+  void Finish() { job_.Finish(); }
 
  private:
   void Write();
+  void End(const std::string& problem);
 
-  AutosaveJob job_;
+  AutosaveJob order_;
   std::function<void(const engine::Status&)> done_;
   engine::Status status_;
   std::vector<engine::LedgerEntry> entries_;
-  SlowEnd ended_;
-  std::thread thread_;
+  DeferredDeletion deletion_;
+  BackgroundJob job_{"keeping a copy of unsaved work"};  // last: it ends before what it uses
 };
 
 }  // namespace desktop

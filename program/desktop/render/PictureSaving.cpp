@@ -2,10 +2,10 @@
 
 #include <QCoreApplication>
 #include <QPointer>
-#include <QThread>
 
 #include "engine/outside/Outside.h"
 #include "program/desktop/FileDialogs.h"
+#include "program/desktop/background/BackgroundJob.h"
 #include "program/pictures/PictureNames.h"
 
 namespace desktop {
@@ -16,27 +16,50 @@ std::optional<std::string> AskForPicture(QWidget* parent, const std::string& tit
                     kPictureFiles);
 }
 
+namespace {
+
+// Writes one picture and goes when that is done, or when the program ends before.
+class Saving : public QObject {
+ public:
+  Saving(QObject* owner, std::string path, std::function<void(const engine::Status&)> written)
+      : owner_(owner), path_(std::move(path)), written_(std::move(written)) {
+    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
+            [this] { encoding_.Finish(); });
+  }
+
+  void Begin(const std::shared_ptr<const engine::Image>& picture) {
+    encoding_.Start(
+        [this, picture](const BackgroundJob::Control&) {
+          bytes_ = pictures::EncodePicture(*picture, path_);
+        },
+        [this](const std::string& problem) {
+          if (!problem.empty()) bytes_ = engine::Status::Failure(problem);
+          Write();
+          deleteLater();
+        });
+  }
+
+ private:
+  void Write() {
+    const engine::Status status =
+        bytes_ ? engine::Outside::Current().ReplaceFile(path_, bytes_.Value())
+               : engine::Status::Failure("\"" + path_ + "\" was not written: " + bytes_.Message());
+    if (owner_) return written_(status);
+    if (!status) engine::Outside::Current().Tell(status.Message());
+  }
+
+  QPointer<QObject> owner_;
+  std::string path_;
+  std::function<void(const engine::Status&)> written_;
+  engine::Result<std::string> bytes_{std::string()};
+  BackgroundJob encoding_{"the picture's file"};  // last: it ends before what it uses
+};
+
+}  // namespace
+
 void SavePicture(QObject* owner, std::shared_ptr<const engine::Image> picture,
                  const std::string& path, std::function<void(const engine::Status&)> written) {
-  auto bytes = std::make_shared<engine::Result<std::string>>(std::string());
-  QThread* thread = QThread::create([picture = std::move(picture), path, bytes] {
-    *bytes = pictures::EncodePicture(*picture, path);
-  });
-  // Once: when the thread has ended, or when the program ends before.
-  const auto finish = [thread, path, bytes, isDone = std::make_shared<bool>(false),
-                       owner = QPointer<QObject>(owner), written = std::move(written)] {
-    if (std::exchange(*isDone, true)) return;
-    thread->wait();
-    thread->deleteLater();
-    const engine::Status status =
-        *bytes ? engine::Outside::Current().ReplaceFile(path, bytes->Value())
-               : engine::Status::Failure("\"" + path + "\" was not written: " + bytes->Message());
-    if (owner) return written(status);
-    if (!status) engine::Outside::Current().Tell(status.Message());
-  };
-  QObject::connect(thread, &QThread::finished, QCoreApplication::instance(), finish);
-  QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, thread, finish);
-  thread->start();
+  (new Saving(owner, path, std::move(written)))->Begin(picture);
 }
 
 }  // namespace desktop

@@ -1,5 +1,5 @@
-// PictureSaving: writes a picture as a TIFF or PNG file, told by the suffix. The bytes are made on
-// a thread of their own, since that takes seconds for a large one; the file is written whole or not
+// PictureSaving: writes a picture as a TIFF or PNG file, told by the suffix. The bytes are made by
+// a background job, since that takes seconds for a large one; the file is written whole or not
 // at all. Main thread.
 #pragma once
 

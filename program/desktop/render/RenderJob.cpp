@@ -1,11 +1,81 @@
 #include "program/desktop/render/RenderJob.h"
 
+#include <chrono>
+
 namespace desktop {
 
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenNews(150);
 constexpr int kPasses = 3;
+
+// The work of the thread.
+class Rendering {
+ public:
+  Rendering(const BackgroundJob::Control& job, bool shows,
+            std::function<void(const RenderNews&)> send)
+      : job_(job), shows_(shows), send_(std::move(send)) {}
+
+  // The last news.
+  RenderNews Run(engine::ScenePicture scene, const engine::PictureSetup& setup,
+                 engine::RenderCaches& caches) {
+    const auto goOn = [this](double) { return !job_.IsStopped(); };
+    auto prepared = engine::PreparedScene::Make(std::move(scene), caches, goOn);
+    auto begun = prepared ? engine::PictureInProgress::Begin(prepared.Take(), setup)
+                          : engine::PictureInProgress::Begun(prepared.GetStatus());
+    if (begun) return Refine(*begun.Value());
+    RenderNews failed;
+    failed.problem = begun.Message();
+    return failed;
+  }
+
+ private:
+  RenderNews Refine(engine::PictureInProgress& picture) {
+    RenderNews first;
+    first.notes = picture.Notes();
+    first.passes = kPasses;
+    Send(std::move(first));
+    int pass = 1;
+    while (!picture.IsFinished() &&
+           picture.Refine([&](double done) { return Tell(picture, done, pass); })) {
+      shown_ = picture.Current();
+      ++pass;
+    }
+    RenderNews last;
+    last.done = picture.IsFinished() ? 1 : 0;
+    last.passes = kPasses;
+    last.notes = picture.Notes();
+    if (pass > 1) last.picture = std::make_shared<const engine::Image>(picture.Current());
+    if (last.picture && shows_) last.image = ToQImage(*last.picture);
+    return last;
+  }
+
+  bool Tell(engine::PictureInProgress& picture, double done, int pass) {
+    const auto now = std::chrono::steady_clock::now();
+    if (job_.IsStopped() || now - toldAt_ < kBetweenNews) return !job_.IsStopped();
+    toldAt_ = now;
+    RenderNews news;
+    news.done = done;
+    news.pass = pass;
+    news.passes = kPasses;
+    if (shows_) {
+      picture.ShowTiles(&shown_);
+      news.image = ToQImage(shown_);
+    }
+    Send(std::move(news));
+    return true;
+  }
+
+  void Send(RenderNews news) {
+    job_.OnMainThread([send = send_, news = std::move(news)] { send(news); });
+  }
+
+  const BackgroundJob::Control& job_;
+  bool shows_;
+  std::function<void(const RenderNews&)> send_;
+  engine::Image shown_;
+  std::chrono::steady_clock::time_point toldAt_;
+};
 
 }  // namespace
 
@@ -34,77 +104,21 @@ QImage Viewed(std::shared_ptr<const engine::Image> image) {
 RenderJob::RenderJob(engine::ScenePicture scene, const engine::PictureSetup& setup,
                      engine::RenderCaches& caches, bool shows,
                      std::function<void(const RenderNews&)> news)
-    : setup_(setup), caches_(caches), shows_(shows), news_(std::move(news)) {
-  auto shared = std::make_shared<engine::ScenePicture>(std::move(scene));
-  thread_ = std::thread([this, shared] { Run(std::move(*shared)); });
-}
-
-RenderJob::~RenderJob() {
-  stops_ = true;
-  thread_.join();
-}
-
-void RenderJob::Run(engine::ScenePicture scene) {
-  RenderNews news;
-  try {
-    auto prepared =
-        engine::PreparedScene::Make(std::move(scene), caches_, [this](double) { return !stops_; });
-    auto begun = prepared ? engine::PictureInProgress::Begin(prepared.Take(), setup_)
-                          : engine::PictureInProgress::Begun(prepared.GetStatus());
-    if (begun) return Render(*begun.Value());
-    news.problem = begun.Message();
-  } catch (const std::bad_alloc&) {
-    news.problem = "There is not enough memory for the picture.";
-  }
-  End(std::move(news));
-}
-
-void RenderJob::Render(engine::PictureInProgress& picture) {
-  RenderNews first;
-  first.notes = picture.Notes();
-  first.passes = kPasses;
-  Send(std::move(first));
-  int pass = 1;
-  while (!picture.IsFinished() &&
-         picture.Refine([&](double done) { return Tell(picture, done, pass); })) {
-    shown_ = picture.Current();
-    ++pass;
-  }
-  RenderNews last;
-  last.done = picture.IsFinished() ? 1 : 0;
-  last.passes = kPasses;
-  last.notes = picture.Notes();
-  if (pass > 1) last.picture = std::make_shared<const engine::Image>(picture.Current());
-  if (last.picture && shows_) last.image = ToQImage(*last.picture);
-  End(std::move(last));
-}
-
-bool RenderJob::Tell(engine::PictureInProgress& picture, double done, int pass) {
-  const auto now = std::chrono::steady_clock::now();
-  if (stops_ || now - toldAt_ < kBetweenNews) return !stops_;
-  toldAt_ = now;
-  RenderNews news;
-  news.done = done;
-  news.pass = pass;
-  news.passes = kPasses;
-  if (shows_) {
-    picture.ShowTiles(&shown_);
-    news.image = ToQImage(shown_);
-  }
-  Send(std::move(news));
-  return true;
-}
-
-void RenderJob::End(RenderNews news) {
-  news.ended = true;
-  news.stopped = stops_;
-  if (stops_) news.problem.clear();
-  Send(std::move(news));
-}
-
-void RenderJob::Send(RenderNews news) {
-  QMetaObject::invokeMethod(
-      this, [this, news = std::move(news)] { news_(news); }, Qt::QueuedConnection);
+    : news_(std::move(news)) {
+  const auto shared = std::make_shared<engine::ScenePicture>(std::move(scene));
+  const auto last = std::make_shared<RenderNews>();
+  const auto send = [this](const RenderNews& sent) { news_(sent); };
+  job_.Start(
+      [=, &caches](const BackgroundJob::Control& job) {
+        *last = Rendering(job, shows, send).Run(std::move(*shared), setup, caches);
+        last->stopped = job.IsStopped();
+      },
+      [this, last](const std::string& problem) {
+        last->ended = true;
+        if (!problem.empty()) last->problem = problem;
+        if (last->stopped) last->problem.clear();
+        news_(*last);
+      });
 }
 
 }  // namespace desktop

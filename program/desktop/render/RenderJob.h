@@ -1,16 +1,14 @@
-// RenderJob: renders one scene that was read, on a thread of its own, and tells the main thread how
-// far it is. It holds nothing of the document. Destroying it stops the work. Called from the main
+// RenderJob: renders one scene that was read as a background job, and tells the main thread how far
+// it is. It holds nothing of the document. Destroying it stops the work. Called from the main
 // thread.
 #pragma once
 
 #include <QImage>
-#include <QObject>
-#include <atomic>
 #include <functional>
 #include <memory>
-#include <thread>
 
 #include "engine/render/Renderer.h"
+#include "program/desktop/background/BackgroundJob.h"
 
 namespace desktop {
 
@@ -29,32 +27,19 @@ struct RenderNews {
   std::shared_ptr<const engine::Image> picture;
 };
 
-class RenderJob : public QObject {
+class RenderJob {
  public:
   // `news`: called on the main thread, some times a second, and when it ended. `shows`: whether
   // pictures on the way are wanted.
   RenderJob(engine::ScenePicture scene, const engine::PictureSetup& setup,
             engine::RenderCaches& caches, bool shows, std::function<void(const RenderNews&)> news);
-  ~RenderJob() override;
 
   // Ends it soon; the news that follow say so.
-  void Stop() { stops_ = true; }
+  void Stop() { job_.Stop(); }
 
  private:
-  void Run(engine::ScenePicture scene);
-  void Render(engine::PictureInProgress& picture);
-  bool Tell(engine::PictureInProgress& picture, double done, int pass);
-  void End(RenderNews news);
-  void Send(RenderNews news);
-
-  engine::PictureSetup setup_;
-  engine::RenderCaches& caches_;
-  bool shows_;
   std::function<void(const RenderNews&)> news_;
-  std::atomic<bool> stops_{false};
-  engine::Image shown_;                           // the thread's
-  std::chrono::steady_clock::time_point toldAt_;  // the thread's
-  std::thread thread_;
+  BackgroundJob job_{"the picture"};  // last: it ends before what it tells
 };
 
 // The image for a widget, with pixels of its own.

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 
 #include "engine/application/ProgramPlaces.h"
 #include "engine/scenefile/SceneFile.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/background/DocumentBusy.h"
 #include "program/desktop/render/RenderJob.h"
 
 namespace desktop {
@@ -19,7 +19,6 @@ using pictures::StagemarksDialog;
 
 // Of the whole work: finding out the sizes.
 constexpr double kMeasuring = 0.1;
-constexpr int kPause = 5;  // milliseconds
 constexpr host::LONG kWholeDocument = 1024;
 
 // The options as they stand in the dialog: not all of them are kept in the scene.
@@ -56,8 +55,6 @@ QImage Sampled(const engine::Image& image) {
 
 SheetMaker::SheetMaker(const host::BaseDocument& doc, std::function<void(const SheetNews&)> news)
     : doc_(IdentityOf(&doc)), news_(std::move(news)), title_(pictures::SceneName(doc)) {
-  next_.setSingleShot(true);
-  connect(&next_, &QTimer::timeout, this, [this] { Begin(); });
   child_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   connect(&child_, &QProcess::readyReadStandardOutput, this, [this] { Read(); });
   connect(&child_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
@@ -66,18 +63,20 @@ SheetMaker::SheetMaker(const host::BaseDocument& doc, std::function<void(const S
   });
   connect(&child_, &QProcess::finished, this, [this] {
     Read();
-    if (!stops_) Fail("The program that renders the states ended too early.");
+    if (!stopped_) Fail("The program that renders the states ended too early.");
   });
-  next_.start(0);
+  // In the middle of what a plug-in does the document is nothing whole.
+  const auto begin = [this] { WhenDocumentIsFree(this, [this] { Begin(); }); };
+  QMetaObject::invokeMethod(this, begin, Qt::QueuedConnection);
 }
 
 SheetMaker::~SheetMaker() { Stop(); }
 
 void SheetMaker::Stop() {
-  next_.stop();
-  stops_ = true;
-  if (writing_.joinable()) writing_.join();
-  ended_.Take(std::move(copy_));
+  stopped_ = true;
+  writing_.Stop();
+  writing_.Finish();
+  deletion_.Take(std::move(copy_));
   child_.disconnect(this);
   child_.kill();
   child_.waitForFinished();
@@ -95,9 +94,8 @@ std::string SheetMaker::NameOf(std::size_t state) const {
   return states_[state].mark.name.empty() ? pictures::kAsItIs : states_[state].mark.name;
 }
 
-// In the middle of what a plug-in does the document is nothing whole.
 void SheetMaker::Begin() {
-  if (engine::InsideDialogCall()) return next_.start(kPause);
+  if (stopped_) return;
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc) return Fail("The document was closed before the sheet was begun.");
   const host::Filename path = doc->GetDocumentPath().Content()
@@ -107,21 +105,17 @@ void SheetMaker::Begin() {
   order_.insert(order_.begin(), path.GetString().ToUtf8());
   copy_.reset(static_cast<host::BaseDocument*>(doc->GetClone(kWholeDocument, nullptr)));
   if (!copy_) return Fail("There was not enough memory for a copy of the scene.");
-  writing_ = std::thread([this] {
-    try {
-      scene_ = engine::WriteScene(*copy_, [this](double) { return !stops_; });
-    } catch (const std::bad_alloc&) {
-      scene_ = engine::Status::Failure("There was not enough memory for a copy of the scene.");
-    }
-    QMetaObject::invokeMethod(
-        this, [this] { StartChild(); }, Qt::QueuedConnection);
-  });
+  writing_.Start(
+      [this](const BackgroundJob::Control& job) {
+        scene_ = engine::WriteScene(*copy_, [&job](double) { return !job.IsStopped(); });
+      },
+      [this](const std::string& problem) { StartChild(problem); });
 }
 
-void SheetMaker::StartChild() {
-  if (stops_) return;
-  writing_.join();
-  ended_.Take(std::move(copy_));
+void SheetMaker::StartChild(const std::string& problem) {
+  if (stopped_) return;
+  deletion_.Take(std::move(copy_));
+  if (!problem.empty()) return Fail(problem);
   if (!scene_) return Fail(scene_.Message());
   child_.start(QString::fromStdString(engine::ImportWorkerProgram()), {pictures::kStateWorkerVerb});
   for (const std::string& note : order_) Send(FrameKind::Note, note);
@@ -138,12 +132,12 @@ void SheetMaker::Send(FrameKind kind, std::string_view bytes) {
 void SheetMaker::Read() {
   const QByteArray bytes = child_.readAllStandardOutput();
   parser_.Feed({bytes.data(), static_cast<std::size_t>(bytes.size())});
-  while (!stops_) {
+  while (!stopped_) {
     const auto frame = parser_.Next();
     if (!frame) break;
     Take(*frame);
   }
-  if (!stops_ && parser_.Damaged())
+  if (!stopped_ && parser_.Damaged())
     Fail("The program that renders the states sent what cannot be read.");
 }
 

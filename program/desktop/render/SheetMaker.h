@@ -1,20 +1,18 @@
 // SheetMaker: renders every Stagemark of a document onto a contact sheet. A child loads the states
 // and renders them, from a copy of the scene as it was when the work began: the document, its undo
 // steps, the active document and the plug-in's dialog are not touched, and a person goes on with
-// them. Here the copy is taken and written in the child's order, on a thread, and the pictures are
-// put onto the sheet. Main thread.
+// them. Here the copy is taken and, by a background job, written into the child's order, and the
+// pictures are put onto the sheet. Main thread.
 #pragma once
 
 #include <QImage>
 #include <QProcess>
-#include <QTimer>
-#include <atomic>
 #include <memory>
-#include <thread>
 
 #include "engine/import/Frames.h"
 #include "program/desktop/OpenDocument.h"
-#include "program/desktop/SlowEnd.h"
+#include "program/desktop/background/BackgroundJob.h"
+#include "program/desktop/background/DeferredDeletion.h"
 #include "program/pictures/ContactSheet.h"
 #include "program/pictures/StateWorker.h"
 
@@ -40,7 +38,7 @@ class SheetMaker : public QObject {
 
  private:
   void Begin();
-  void StartChild();
+  void StartChild(const std::string& problem);
   void Send(engine::FrameKind kind, std::string_view bytes);
   void Read();
   void Take(const engine::Frame& frame);
@@ -62,16 +60,15 @@ class SheetMaker : public QObject {
   std::size_t placed_ = 0;
   engine::Image picture_;  // that is arriving
   std::vector<std::string> notes_;
-  QTimer next_;
-  // The thread's while it writes
+  bool stopped_ = false;
+  // The job's while it writes
   OwnedDocument copy_;
-  // As written by the thread
+  // As written by the job
   engine::Result<std::vector<std::string>> scene_{std::vector<std::string>()};
-  std::atomic<bool> stops_{false};
-  std::thread writing_;
-  SlowEnd ended_;
+  DeferredDeletion deletion_;
   engine::FrameParser parser_;
   QProcess child_;
+  BackgroundJob writing_{"a copy of the scene"};  // last: it ends before what it uses
 };
 
 }  // namespace desktop

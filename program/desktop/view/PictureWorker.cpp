@@ -18,63 +18,52 @@ engine::Box BoxOf(const std::vector<engine::Vec>& points) {
 
 PictureWorker::PictureWorker(engine::RenderCaches& caches,
                              std::function<void(const PicturePass&)> passed)
-    : caches_(caches), passed_(std::move(passed)), thread_([this] { Run(); }) {}
+    : caches_(caches), passed_(std::move(passed)) {}
 
-PictureWorker::~PictureWorker() {
-  {
-    const std::lock_guard lock(mutex_);
-    ends_ = true;
-    ++number_;
-    ++sceneNumber_;
-  }
-  news_.notify_one();
-  thread_.join();
-}
+PictureWorker::~PictureWorker() { sceneNumber_ = ++number_; }
 
 void PictureWorker::Work(PictureOrder order) {
   busy_ = !order.size.isEmpty();
-  {
-    const std::lock_guard lock(mutex_);
-    ++number_;
-    if (order.scene || order.size.isEmpty()) {
-      sceneNumber_ = number_.load();
-    } else if (next_) {
-      order.scene = std::move(next_->scene);
-    }
-    next_ = std::make_unique<PictureOrder>(std::move(order));
+  ++number_;
+  if (order.scene || order.size.isEmpty()) {
+    sceneNumber_ = number_.load();
+  } else if (next_) {
+    order.scene = std::move(next_->scene);
   }
-  news_.notify_one();
+  next_ = std::make_unique<PictureOrder>(std::move(order));
+  if (!job_.IsRunning()) StartNext();
 }
 
-void PictureWorker::Run() {
-  std::unique_lock lock(mutex_);
-  for (;;) {
-    news_.wait(lock, [this] { return ends_ || next_; });
-    if (ends_) return;
-    const auto order = std::move(next_);
-    const std::uint64_t number = number_;
-    lock.unlock();
-    Do(*order, number);
-    lock.lock();
-  }
+// An order that was replaced ends by itself, as it sees that its number is not wanted any more.
+void PictureWorker::StartNext() {
+  if (!next_) return;
+  doing_ = number_;
+  const auto work = [this, order = std::shared_ptr<PictureOrder>(std::move(next_))](
+                        const BackgroundJob::Control& control) {
+    control_ = &control;
+    Do(*order);
+  };
+  job_.Start(work, [this](const std::string& problem) {
+    PicturePass failed;
+    failed.problem = ToQt(problem);
+    failed.isLast = true;
+    if (!problem.empty()) Deliver(failed, doing_);
+    StartNext();
+  });
 }
 
-void PictureWorker::Do(PictureOrder& order, std::uint64_t number) {
+void PictureWorker::Do(PictureOrder& order) {
   if (order.size.isEmpty()) {
     scene_.reset();
     return;
   }
-  try {
-    if (order.scene && !Prepare(std::move(*order.scene), number)) return;
-    scene_ ? Render(order, number) : Fail(problem_, number);
-  } catch (const std::bad_alloc&) {
-    Fail("There is not enough memory for the picture.", number);
-  }
+  if (order.scene && !Prepare(std::move(*order.scene))) return;
+  scene_ ? Render(order) : Fail(problem_);
 }
 
-bool PictureWorker::Prepare(engine::ScenePicture scene, std::uint64_t number) {
+bool PictureWorker::Prepare(engine::ScenePicture scene) {
   scene_.reset();
-  const auto isWanted = [&](double) { return sceneNumber_ <= number; };
+  const auto isWanted = [&](double) { return sceneNumber_ <= doing_; };
   auto made = engine::PreparedScene::Make(std::move(scene), caches_, isWanted);
   problem_ = made.Message();
   if (made) scene_ = made.Take();
@@ -100,24 +89,24 @@ engine::PictureSetup PictureWorker::SetupOf(const PictureOrder& order, PicturePa
   return setup;
 }
 
-void PictureWorker::Render(const PictureOrder& order, std::uint64_t number) {
+void PictureWorker::Render(const PictureOrder& order) {
   PicturePass pass;
   pass.framing = order.framing;
   pass.isDraft = order.draft;
   pass.marks = order.marks;
   auto begun = engine::PictureInProgress::Begin(scene_, SetupOf(order, pass));
-  if (!begun) return Fail(begun.Message(), number);
+  if (!begun) return Fail(begun.Message());
   engine::PictureInProgress& picture = *begun.Value();
   pass.camera = picture.Camera();
   while (!picture.IsFinished()) {
-    if (!picture.Refine([&](double) { return number_ == number; })) return;
+    if (!picture.Refine([&](double) { return number_ == doing_; })) return;
     pass.image = ToQImage(picture.Current());
     if (!pass.hits) {
       pass.hits = HitsOf(picture, order);
       pass.outline = OutlineImage(*pass.hits, order.marks ? *order.marks : Marks(), order.scale);
     }
     pass.isLast = picture.IsFinished();
-    Send(pass, number);
+    Send(pass);
   }
 }
 
@@ -130,17 +119,16 @@ std::shared_ptr<const engine::HitMap> PictureWorker::HitsOf(
                        order.marks ? *order.marks : Marks(), scene_->Rays()));
 }
 
-void PictureWorker::Fail(const std::string& problem, std::uint64_t number) {
+void PictureWorker::Fail(const std::string& problem) {
   PicturePass pass;
   pass.problem = ToQt(problem);
   pass.isLast = true;
-  Send(std::move(pass), number);
+  Send(std::move(pass));
 }
 
-void PictureWorker::Send(PicturePass pass, std::uint64_t number) {
-  QMetaObject::invokeMethod(
-      this, [this, pass = std::move(pass), number] { Deliver(pass, number); },
-      Qt::QueuedConnection);
+void PictureWorker::Send(PicturePass pass) {
+  control_->OnMainThread(
+      [this, pass = std::move(pass), number = doing_] { Deliver(pass, number); });
 }
 
 void PictureWorker::Deliver(const PicturePass& pass, std::uint64_t number) {

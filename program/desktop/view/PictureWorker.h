@@ -1,18 +1,15 @@
-// PictureWorker: prepares scenes and renders pictures of them on a thread of its own and hands each
-// pass to the main thread. It owns the scene it works on, also its end: freeing a large one takes
-// time, too. A new order takes the place of the old one. Called from the main thread.
+// PictureWorker: prepares scenes and renders pictures of them, each order a background job, and
+// hands each pass to the main thread. It owns the scene it works on, also its end: freeing a large
+// one takes time, too. A new order takes the place of the old one. Called from the main thread.
 #pragma once
 
 #include <QImage>
-#include <QObject>
 #include <atomic>
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
-#include <thread>
 
 #include "engine/render/Renderer.h"
+#include "program/desktop/background/BackgroundJob.h"
 
 namespace desktop {
 
@@ -48,41 +45,43 @@ struct PicturePass {
   bool isLast = false;
 };
 
-class PictureWorker : public QObject {
+class PictureWorker {
  public:
   // `passed`: called on the main thread after each pass; never with a pass of an order that was
   // replaced.
   PictureWorker(engine::RenderCaches& caches, std::function<void(const PicturePass&)> passed);
-  ~PictureWorker() override;
+  PictureWorker(const PictureWorker&) = delete;
+  PictureWorker& operator=(const PictureWorker&) = delete;
+  ~PictureWorker();
 
   void Work(PictureOrder order);
   bool IsBusy() const { return busy_; }
 
  private:
-  void Run();
-  void Do(PictureOrder& order, std::uint64_t number);
+  void StartNext();
+  // Of the job: this and all that it calls, to Send.
+  void Do(PictureOrder& order);
   // False when a newer scene is wanted.
-  bool Prepare(engine::ScenePicture scene, std::uint64_t number);
-  void Render(const PictureOrder& order, std::uint64_t number);
+  bool Prepare(engine::ScenePicture scene);
+  void Render(const PictureOrder& order);
   engine::PictureSetup SetupOf(const PictureOrder& order, PicturePass& pass) const;
   std::shared_ptr<const engine::HitMap> HitsOf(const engine::PictureInProgress& picture,
                                                const PictureOrder& order) const;
-  void Fail(const std::string& problem, std::uint64_t number);
-  void Send(PicturePass pass, std::uint64_t number);
+  void Fail(const std::string& problem);
+  void Send(PicturePass pass);
   void Deliver(const PicturePass& pass, std::uint64_t number);
 
   engine::RenderCaches& caches_;
   std::function<void(const PicturePass&)> passed_;
-  std::shared_ptr<const engine::PreparedScene> scene_;  // the thread's
-  std::string problem_;                                 // the thread's: why there is no scene
-  std::mutex mutex_;
-  std::condition_variable news_;
+  std::shared_ptr<const engine::PreparedScene> scene_;  // the job's
+  std::string problem_;                                 // the job's: why there is no scene
+  const BackgroundJob::Control* control_ = nullptr;     // the job's
+  std::uint64_t doing_ = 0;                             // number of the order that the job does
   std::unique_ptr<PictureOrder> next_;
-  bool ends_ = false;
   std::atomic<std::uint64_t> number_{0};       // of the order that is wanted
   std::atomic<std::uint64_t> sceneNumber_{0};  // of the newest order with a scene
-  bool busy_ = false;                          // main thread only
-  std::thread thread_;
+  bool busy_ = false;
+  BackgroundJob job_{"the picture"};  // last: it ends before what it uses
 };
 
 }  // namespace desktop

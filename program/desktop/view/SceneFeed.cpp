@@ -1,25 +1,23 @@
 #include "program/desktop/view/SceneFeed.h"
 
-#include <QElapsedTimer>
-
 #include "engine/scene/Nodes.h"
 
 namespace desktop {
 
 namespace {
 
-constexpr std::size_t kObjectsBetweenLooks = 500;
+constexpr std::size_t kObjectsAtOnce = 500;
 constexpr std::size_t kMostAtOnce = 5000;
-constexpr int kMillisecondsOfSlice = 25;
 
 }  // namespace
 
 SceneFeed::SceneFeed(engine::RenderCaches& caches, const engine::SceneReading& how,
                      std::function<void(engine::ScenePicture)> read)
-    : caches_(caches), how_(how), read_(std::move(read)) {
-  next_.setSingleShot(true);
-  QObject::connect(&next_, &QTimer::timeout, &next_, [this] { Slice(); });
-}
+    : caches_(caches),
+      how_(how),
+      read_(std::move(read)),
+      slices_(
+          "reading the scene for a picture", [this] { return Advance(); }, [this] { GiveUp(); }) {}
 
 void SceneFeed::Follow(const host::BaseDocument* doc) {
   if (IdentityOf(doc) == doc_ && (!doc || engine::ChangeCount(*doc) == count_)) return;
@@ -35,36 +33,34 @@ void SceneFeed::TakeAsRead(const host::BaseDocument& doc, host::ULLONG since) {
 void SceneFeed::Forget() {
   doc_ = 0;
   scan_.reset();
-  next_.stop();
+  slices_.Stop();
 }
 
 void SceneFeed::Start(const host::BaseDocument& doc) {
   count_ = engine::ChangeCount(doc);
   scan_.emplace(doc, how_, caches_);
   // Of a large scene nothing is to be had at once, and others want their turn.
-  engine::NodeCount(doc) > kMostAtOnce ? next_.start(0) : Slice();
+  engine::NodeCount(doc) > kMostAtOnce ? slices_.Start() : slices_.StartHere();
 }
 
-void SceneFeed::Slice() {
-  next_.stop();
+void SceneFeed::GiveUp() {
+  scan_.reset();
+  if (lost) lost();
+}
+
+bool SceneFeed::Advance() {
+  if (!scan_) return false;
   const host::BaseDocument* doc = FindOpenDocument(doc_);
-  if (!scan_) return;
-  if (!doc) {
-    scan_.reset();
-    if (lost) lost();
-    return;
+  if (!doc) return GiveUp(), false;
+  if (engine::ChangeCount(*doc) != count_) {
+    count_ = engine::ChangeCount(*doc);
+    scan_.emplace(*doc, how_, caches_);
   }
-  if (engine::ChangeCount(*doc) != count_) return Start(*doc);
-  QElapsedTimer time;
-  time.start();
-  while (!scan_->Advance(kObjectsBetweenLooks)) {
-    if (time.elapsed() < kMillisecondsOfSlice) continue;
-    next_.start(0);
-    return;
-  }
+  if (!scan_->Advance(kObjectsAtOnce)) return true;
   engine::ScenePicture scene = scan_->Take();
   scan_.reset();
   read_(std::move(scene));
+  return false;
 }
 
 }  // namespace desktop

@@ -1,13 +1,12 @@
-// SceneFeed: reads what can be seen of a document when that has changed, in slices between which
-// the window lives on. It keeps the document's identity, never its address. Main thread.
+// SceneFeed: reads what can be seen of a document when that has changed, in slices. It keeps the document's identity, never its address. Main thread.
 #pragma once
 
-#include <QTimer>
 #include <functional>
 #include <optional>
 
 #include "engine/render/SceneScan.h"
 #include "program/desktop/OpenDocument.h"
+#include "program/desktop/background/Slices.h"
 
 namespace desktop {
 
@@ -16,7 +15,7 @@ class SceneFeed {
   // `read`: takes each scene that was read to its end.
   SceneFeed(engine::RenderCaches& caches, const engine::SceneReading& how,
             std::function<void(engine::ScenePicture)> read);
-  // Told when a document was closed before it was read to its end.
+  // Told when a document was not read to its end: it was closed, or that failed.
   std::function<void()> lost;
 
   // Begins to read where the document is another one or has changed since; null reads nothing.
@@ -29,7 +28,9 @@ class SceneFeed {
 
  private:
   void Start(const host::BaseDocument& doc);
-  void Slice();
+  void GiveUp();
+  // False when nothing is left to read.
+  bool Advance();
 
   engine::RenderCaches& caches_;
   engine::SceneReading how_;
@@ -37,7 +38,7 @@ class SceneFeed {
   engine::NodeId doc_ = 0;
   host::ULLONG count_ = 0;
   std::optional<engine::SceneScan> scan_;
-  QTimer next_;
+  Slices slices_;
 };
 
 }  // namespace desktop

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "program/desktop/SceneCommands.h"
+#include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/view/Viewport.h"
 
@@ -182,8 +183,10 @@ void Viewport::dropEvent(QDropEvent* event) {
   host::BaseObject* object =
       engine::AsObject(engine::FindNode(doc, ObjectAt(event->position().toPoint())));
   event->setDropAction(Qt::CopyAction);
-  event->setAccepted(object && !materials.empty() &&
-                     AssignMaterial(*doc, materials.front(), {object}));
+  auto* material =
+      materials.empty() ? nullptr : engine::AsMaterial(engine::FindNode(doc, materials.front()));
+  event->setAccepted(object && material);
+  if (object && material) RunEdit(*doc, AssignMaterial(*material, {object}));
 }
 
 }  // namespace desktop

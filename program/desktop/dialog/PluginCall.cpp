@@ -1,4 +1,4 @@
-#include "program/desktop/dialog/Busy.h"
+#include "program/desktop/dialog/PluginCall.h"
 
 #include <QGuiApplication>
 #include <QMainWindow>
@@ -16,7 +16,7 @@ namespace desktop {
 
 namespace {
 
-const Concern* innermost = nullptr;
+const CallSubject* innermost = nullptr;
 
 // Elements of the scene times rows of the dialog's longest list: an act may go through all of them.
 constexpr std::size_t kNoticed = 200'000;
@@ -52,34 +52,36 @@ QStatusBar* StatusLineOf(const QObject& from) {
 
 }  // namespace
 
-Busy::Busy(const QObject& from, const QString& doing) : line_(StatusLineOf(from)), doing_(doing) {
+BusyIndicator::BusyIndicator(const QObject& from, const QString& doing)
+    : line_(StatusLineOf(from)), doing_(doing) {
   QGuiApplication::setOverrideCursor(Qt::WaitCursor);
   if (!line_) return;
   line_->showMessage(doing);
   line_->repaint();
 }
 
-Busy::~Busy() {
+BusyIndicator::~BusyIndicator() {
   QGuiApplication::restoreOverrideCursor();
   if (line_ && line_->currentMessage() == doing_) line_->clearMessage();
 }
 
-FreePointer::FreePointer() { QGuiApplication::changeOverrideCursor(Qt::ArrowCursor); }
-FreePointer::~FreePointer() { QGuiApplication::changeOverrideCursor(Qt::WaitCursor); }
+NormalPointer::NormalPointer() { QGuiApplication::changeOverrideCursor(Qt::ArrowCursor); }
+NormalPointer::~NormalPointer() { QGuiApplication::changeOverrideCursor(Qt::WaitCursor); }
 
-Concern::Concern(const QString& text) : text_(text), around_(std::exchange(innermost, this)) {}
-Concern::~Concern() { innermost = around_; }
-QString Concern::Present() { return innermost ? innermost->text_ : QString(); }
+CallSubject::CallSubject(const QString& text)
+    : text_(text), around_(std::exchange(innermost, this)) {}
+CallSubject::~CallSubject() { innermost = around_; }
+QString CallSubject::Present() { return innermost ? innermost->text_ : QString(); }
 
-void Act(const SharedDialogLink& link, const QObject& from, const host::String& label, About about,
-         const std::function<bool(host::GeDialog&)>& act) {
+void CallPlugin(const SharedDialogLink& link, const QObject& from, const host::String& label,
+                About about, const std::function<bool(host::GeDialog&)>& act) {
   host::GeDialog* const dialog = link->dialog;
   if (!dialog) return;
   const auto run = [&] {
     const engine::ActName named(StepName(*dialog, label, about));
-    std::optional<Busy> busy;
+    std::optional<BusyIndicator> busy;
     if (WouldBeNoticed(*dialog)) busy.emplace(from, ToQt(label).simplified() + QChar(0x2026));
-    const Concern concern(link->concerns ? link->concerns(label) : QString());
+    const CallSubject concern(link->concerns ? link->concerns(label) : QString());
     return act(*dialog);
   };
   if (link->around) {

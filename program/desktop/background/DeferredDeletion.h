@@ -1,12 +1,11 @@
-// SlowEnd: ends documents that nobody needs any more, in slices between which the window lives on:
-// freeing very many objects takes time. It owns them; what is left goes at once with it. Main
-// thread.
+// DeferredDeletion: ends a document that nobody needs any more in slices, since freeing very many
+// objects takes time. It owns the document; what is left goes at once with it. Main thread.
 #pragma once
 
-#include <QTimer>
 #include <memory>
 
 #include "host/BaseDocument.h"
+#include "program/desktop/background/Slices.h"
 
 namespace desktop {
 
@@ -15,20 +14,19 @@ struct FreeDocument {
 };
 using OwnedDocument = std::unique_ptr<host::BaseDocument, FreeDocument>;
 
-class SlowEnd {
+class DeferredDeletion {
  public:
-  SlowEnd();
+  DeferredDeletion();
 
   // A document that is in no list; null does nothing. One that was given before and still lives
   // ends at once, so that there is never more than one.
   void Take(OwnedDocument doc);
-  bool IsEmpty() const { return !doc_; }
 
  private:
-  void Slice();
+  bool FreeNext();
 
   OwnedDocument doc_;
-  QTimer next_;
+  Slices slices_;
 };
 
 }  // namespace desktop

@@ -1,4 +1,4 @@
-// BallScene: a tiny document with a ball that has one material, for a picture of the material. It
+// MaterialPreviewScene: a tiny document with a ball that has one material, for a picture of the material. It
 // has a copy of the material and shares textures with the document. Owned by whoever makes it; main
 // thread.
 #pragma once
@@ -7,13 +7,13 @@
 
 namespace desktop {
 
-class BallScene {
+class MaterialPreviewScene {
  public:
   // `material` is one of `doc`.
-  BallScene(const host::BaseDocument& doc, host::BaseMaterial& material);
-  BallScene(const BallScene&) = delete;
-  BallScene& operator=(const BallScene&) = delete;
-  ~BallScene() { host::BaseDocument::Free(doc_); }
+  MaterialPreviewScene(const host::BaseDocument& doc, host::BaseMaterial& material);
+  MaterialPreviewScene(const MaterialPreviewScene&) = delete;
+  MaterialPreviewScene& operator=(const MaterialPreviewScene&) = delete;
+  ~MaterialPreviewScene() { host::BaseDocument::Free(doc_); }
 
   const host::BaseDocument& Document() const { return *doc_; }
   // A camera that sees the ball from side to side in a square picture.

@@ -1,4 +1,4 @@
-#include "program/desktop/panels/BallScene.h"
+#include "program/desktop/panels/MaterialPreviewScene.h"
 
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Nodes.h"
@@ -26,7 +26,8 @@ void AddBall(host::BaseDocument& doc, host::BaseMaterial* material) {
 
 }  // namespace
 
-BallScene::BallScene(const host::BaseDocument& doc, host::BaseMaterial& material)
+MaterialPreviewScene::MaterialPreviewScene(const host::BaseDocument& doc,
+                                           host::BaseMaterial& material)
     : doc_(host::BaseDocument::Alloc()) {
   doc_->SetDocumentPath(doc.GetDocumentPath());
   engine::SetEmbeddedFiles(*doc_, engine::EmbeddedFilesOf(doc));
@@ -35,7 +36,7 @@ BallScene::BallScene(const host::BaseDocument& doc, host::BaseMaterial& material
   AddBall(*doc_, copy);
 }
 
-engine::PictureCamera BallScene::Camera() {
+engine::PictureCamera MaterialPreviewScene::Camera() {
   engine::PictureCamera camera;
   const double up = std::sin(kPitch), flat = std::cos(kPitch);
   const double across = std::sin(kTurn), along = std::cos(kTurn);

@@ -1,0 +1,60 @@
+#include "program/desktop/background/Slices.h"
+
+#include <QElapsedTimer>
+
+#include "engine/outside/Outside.h"
+#include "program/desktop/background/DocumentBusy.h"
+#include "program/desktop/background/Failure.h"
+
+namespace desktop {
+
+Slices::Slices(std::string work, std::function<bool()> advance, std::function<void()> failed)
+    : work_(std::move(work)), advance_(std::move(advance)), failed_(std::move(failed)) {
+  next_.setSingleShot(true);
+  next_.setInterval(0);
+  QObject::connect(&next_, &QTimer::timeout, &next_, [this] { Slice(); });
+}
+
+void Slices::Start() {
+  isWanted_ = true;
+  next_.start();
+}
+
+void Slices::StartHere() {
+  isWanted_ = true;
+  Slice();
+}
+
+void Slices::Stop() {
+  isWanted_ = false;
+  next_.stop();
+}
+
+void Slices::Slice() {
+  next_.stop();
+  if (!waits || !IsDocumentBusy()) return Advance();
+  if (std::exchange(isWaiting_, true)) return;
+  WhenDocumentIsFree(&next_, [this] {
+    isWaiting_ = false;
+    if (isWanted_) next_.start();
+  });
+}
+
+void Slices::Advance() {
+  QElapsedTimer spent;
+  spent.start();
+  try {
+    while (isWanted_ && advance_()) {
+      if (spent.elapsed() < time.count()) continue;
+      next_.start();
+      return paused ? paused() : void();
+    }
+  } catch (...) {
+    const std::string failure = FailureOf(work_);
+    Stop();
+    if (failed_) failed_();
+    engine::Outside::Current().Tell(failure);
+  }
+}
+
+}  // namespace desktop
