@@ -21,6 +21,8 @@
 #include <functional>
 #include <map>
 
+#include "engine/editing/ObjectCommands.h"
+#include "engine/editing/Selection.h"
 #include "engine/outside/RealOutside.h"
 #include "engine/render/Renderer.h"
 #include "engine/scene/Nodes.h"
@@ -28,7 +30,6 @@
 #include "engine/undo/Undo.h"
 #include "program/desktop/ApplicationStyle.h"
 #include "program/desktop/MainWindow.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/DeferredDeletion.h"
 #include "program/desktop/background/DocumentBusy.h"
@@ -149,7 +150,7 @@ using Seconds = std::map<std::string, double>;
 // The names and places of all that is selected, as attributes show them.
 std::size_t ReadSelected(const BaseDocument& doc) {
   std::size_t read = 0;
-  for (const BaseObject* object : desktop::SelectedObjects(doc)) {
+  for (const BaseObject* object : engine::SelectedObjects(doc)) {
     read += object->GetName().Content() && object->GetMl().off.y == 0 ? 1 : 0;
   }
   return read;
@@ -182,13 +183,13 @@ void MeasureEdits(BaseDocument& doc, Seconds& plain) {
   const auto measure = [&](const char* what, const std::function<void()>& act) {
     plain[what] = Measure(&MainThreadSeconds, act);
   };
-  measure("select", [&] { desktop::SelectAll(doc); });
+  measure("select", [&] { engine::SelectAll(doc); });
   measure("attributes", [&] { Require(ReadSelected(doc) > 0, "nothing read"); });
   measure("filter", [&] { Require(CountNames(doc, "77") > 0, "nothing found"); });
-  measure("duplicate", [&] { engine::RunWhole(doc, desktop::DuplicateSelected(doc)); });
+  measure("duplicate", [&] { engine::RunWhole(doc, engine::DuplicateSelected(doc)); });
   measure("undo duplicate", [&] { doc.DoUndo(); });
-  desktop::SelectAll(doc);
-  measure("delete", [&] { engine::RunWhole(doc, desktop::DeleteSelected(doc)); });
+  engine::SelectAll(doc);
+  measure("delete", [&] { engine::RunWhole(doc, engine::DeleteSelected(doc)); });
   measure("undo delete", [&] { doc.DoUndo(); });
   engine::ClearUndo(doc);
   doc.SetActiveObject(nullptr);

@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "engine/core/Result.h"
+#include "engine/scene/PictureLimits.h"
 
 namespace engine {
 
-// Bounds that are checked before memory is taken.
-inline constexpr std::uint32_t kLargestImageSide = 16384;
+// The bound of a whole image file, checked before memory is taken.
 inline constexpr std::uint64_t kLargestImageBytes = 1ull << 30;
 
 struct Image {

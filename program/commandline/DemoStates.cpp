@@ -2,9 +2,12 @@
 
 #include <vector>
 
+#include "engine/editing/LayerCommands.h"
+#include "engine/editing/MaterialCommands.h"
+#include "engine/editing/RenderSettingsCommands.h"
 #include "engine/scene/Nodes.h"
 #include "program/commandline/Addressing.h"
-#include "program/commandline/SceneEdits.h"
+#include "program/commandline/FramingCamera.h"
 
 namespace commandline {
 
@@ -51,7 +54,7 @@ void MakeEmptier(BaseDocument& doc) {
   LookThrough(doc, kSide);
   const auto meshes = MeshObjects(doc);
   for (std::size_t i = 0; i < meshes.size(); i += 3) Show(doc, *meshes[i], host::MODE_OFF);
-  SetRenderSize(doc, 1920, 1080);
+  engine::SetRenderSize(doc, 1920, 1080);
 }
 
 void MakeClay(BaseDocument& doc) {
@@ -59,11 +62,11 @@ void MakeClay(BaseDocument& doc) {
   const auto layer = FindLayer(doc, kLayer);
   if (!clay || !layer) return;
   for (BaseObject* object : MeshObjects(doc)) {
-    AssignMaterial(doc, *object, clay.Value());
+    engine::GiveMaterial(doc, *object, clay.Value());
     Show(doc, *object, host::MODE_UNDEF);
   }
-  SetLayerFlag(doc, *layer.Value(), "render", false);
-  SetRenderSize(doc, 1080, 1080);
+  engine::SetLayerSwitch(doc, {layer.Value()}, *engine::FindLayerSwitch("render"), false);
+  engine::SetRenderSize(doc, 1080, 1080);
 }
 
 constexpr DemoState kStates[kDemoStates] = {
@@ -79,13 +82,13 @@ const DemoState& GetDemoState(std::size_t index) { return kStates[index]; }
 void PrepareDemo(BaseDocument& doc) {
   MakeFramingCamera(doc, kFront);
   MakeFramingCamera(doc, kSide, 2.2);
-  MakeMaterial(doc, kClay, {0.36, 0.32, 0.28});
-  host::LayerObject* props = MakeLayer(doc, kLayer);
+  engine::MakeMaterial(doc, kClay, {0.36, 0.32, 0.28});
+  host::LayerObject* props = engine::MakeLayer(doc, kLayer);
   const auto meshes = MeshObjects(doc);
   for (BaseObject* object : meshes) {
-    if (!HasTextureTag(*object)) AssignMaterial(doc, *object, nullptr);
+    if (!HasTextureTag(*object)) engine::GiveMaterial(doc, *object, nullptr);
   }
-  for (std::size_t i = 1; i < meshes.size(); i += 4) AssignLayer(doc, *meshes[i], props);
+  for (std::size_t i = 1; i < meshes.size(); i += 4) engine::PutOnLayer(doc, *meshes[i], props);
 }
 
 }  // namespace commandline

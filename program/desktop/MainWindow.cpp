@@ -95,7 +95,7 @@ void MainWindow::BuildPanels() {
   objects_->Tree().ShowMaterialsAs(thumbnails_);
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
   panels_.Add("attributes", "Attributes", Qt::LeftDockWidgetArea,
-              new AttributesPanel(lookedAt_, this));
+              new AttributesPanel(inspected_, this));
   auto* materials = panels_.Add("materials", "Materials", Qt::BottomDockWidgetArea,
                                 new MaterialsPanel(thumbnails_, this));
   materials->opened = [this] { panels_.Raise("attributes"); };
@@ -104,14 +104,15 @@ void MainWindow::BuildPanels() {
               new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
   panels_.ShowFirst();
-  InspectWhatIsPressed(objects_->Tree(), LookedAt::kObjects);
-  InspectWhatIsPressed(materials->Grid(), LookedAt::kMaterials);
-  InspectWhatIsPressed(layers->Tree(), LookedAt::kLayers);
+  InspectWhatIsPressed(objects_->Tree(), engine::InspectedElements::kObjects);
+  InspectWhatIsPressed(materials->Grid(), engine::InspectedElements::kMaterials);
+  InspectWhatIsPressed(layers->Tree(), engine::InspectedElements::kLayers);
 }
 
-void MainWindow::InspectWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind) {
+void MainWindow::InspectWhatIsPressed(QAbstractItemView& view,
+                                      engine::InspectedElements::Kind kind) {
   connect(&view, &QAbstractItemView::pressed, this, [this, kind] {
-    if (const host::BaseDocument* doc = host::GetActiveDocument()) lookedAt_.Return(*doc, kind);
+    if (const host::BaseDocument* doc = host::GetActiveDocument()) inspected_.Return(*doc, kind);
   });
 }
 
@@ -141,7 +142,7 @@ void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {
   doc->SetActiveObject(chosen, takesOff ? host::SELECTION_SUB
                                : adds   ? host::SELECTION_ADD
                                         : host::SELECTION_NEW);
-  lookedAt_.Return(*doc, LookedAt::kObjects);
+  inspected_.Return(*doc, engine::InspectedElements::kObjects);
   host::EventAdd();
 }
 

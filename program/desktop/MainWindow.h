@@ -7,11 +7,11 @@
 #include <QMainWindow>
 #include <QTimer>
 
+#include "engine/editing/InspectedElements.h"
 #include "program/desktop/Appearance.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/DocumentTabs.h"
 #include "program/desktop/Reports.h"
-#include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/dialog/DialogDocks.h"
 #include "program/desktop/menus/CameraCommands.h"
 #include "program/desktop/menus/EditMenu.h"
@@ -40,7 +40,7 @@ class MainWindow : public QMainWindow {
   Viewport& View() { return *view_; }
   ObjectTree& Objects() { return objects_->Tree(); }
   // The elements that the attributes panel shows; a panel may put its own there.
-  LookedAt& Inspected() { return lookedAt_; }
+  engine::InspectedElements& Inspected() { return inspected_; }
   EditMenu& Edit() { return *editMenu_; }
   CameraCommands& Cameras() { return *cameraCommands_; }
   AppearanceMenu& Appearance() { return *appearanceMenu_; }
@@ -68,7 +68,7 @@ class MainWindow : public QMainWindow {
   void BuildPanels();
   // A press in `view` brings its selection back into the attributes, though nothing else got
   // selected.
-  void InspectWhatIsPressed(QAbstractItemView& view, LookedAt::Kind kind);
+  void InspectWhatIsPressed(QAbstractItemView& view, engine::InspectedElements::Kind kind);
   void BuildMenus();
   // The name of the active document, with a mark while it is changed.
   void ShowTitle();
@@ -85,7 +85,7 @@ class MainWindow : public QMainWindow {
   Autosave autosave_;
   Reports reports_;
   DialogDocks docks_;
-  LookedAt lookedAt_;
+  engine::InspectedElements inspected_;
   SidePanels panels_;
   std::shared_ptr<MaterialThumbnails> thumbnails_;
   DocumentTabs* tabs_;

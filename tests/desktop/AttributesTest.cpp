@@ -3,13 +3,18 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
+#include "engine/editing/FieldValue.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
 #include "host/LayerObject.h"
 #include "host/Parameters.h"
 #include "host/RenderData.h"
+#include "program/desktop/attributes/FieldEditing.h"
+#include "program/desktop/background/SlicedEdit.h"
 #include "tests/desktop/Fields.h"
+#include "tests/desktop/NoPatience.h"
+#include "tests/support/SceneBuilder.h"
 
 namespace {
 
@@ -430,20 +435,20 @@ TEST(Attributes, EditTheDocumentWhenNothingIsSelected) {
 // What the desktop shows for a parameter is what its element keeps: a field that writes another
 // type would be recorded as such.
 TEST(Attributes, FieldsKeepTheTypesOfTheirParameters) {
-  for (const desktop::FieldSection& section : desktop::FieldSections()) {
+  for (const engine::FieldSection& section : engine::FieldSections()) {
     const host::BaseContainer data = engine::DefaultData(section.type);
-    for (const desktop::Field& field : section.fields) {
+    for (const engine::Field& field : section.fields) {
       if (field.id < 0 || data.FindIndex(field.id) == host::NOTOK ||
-          field.kind == desktop::FieldKind::Texture)
+          field.kind == engine::FieldKind::Texture)
         continue;
       const host::LONG type = data.GetType(field.id);
-      using Kind = desktop::FieldKind;
+      using Kind = engine::FieldKind;
       const bool real =
           field.kind == Kind::Real || field.kind == Kind::Angle || field.kind == Kind::Percent;
-      const host::LONG expected = desktop::IsOfParts(field.kind) ? host::DA_VECTOR
-                                  : real                         ? host::DA_REAL
-                                  : field.kind == Kind::Frame    ? host::DA_TIME
-                                                                 : host::DA_LONG;
+      const host::LONG expected = engine::IsOfParts(field.kind) ? host::DA_VECTOR
+                                  : real                        ? host::DA_REAL
+                                  : field.kind == Kind::Frame   ? host::DA_TIME
+                                                                : host::DA_LONG;
       EXPECT_EQ(type, expected) << section.title << ": " << field.label;
     }
   }
@@ -469,6 +474,35 @@ TEST(AttributesPicture, OfSeveralThings) {
   desk.Window().Inspected().Show(Scene(), {engine::IdOf(*material)});
   EXPECT_TRUE(pictures::Write(dock, "attributes-material"));
   EXPECT_TRUE(pictures::Write(desk.Window(), "attributes-window"));
+}
+
+// The next turn of the wheel takes the place of the one before only where that made a step.
+TEST(Attributes, AFieldEditThatWasStoppedIsNotGoneOnWith) {
+  tests::SceneBuilder scene;
+  for (int i = 0; i < 600; ++i) scene.Doc().AppendObject(BaseObject::Alloc(host::Ocube));
+  auto all = std::make_shared<engine::Ids>();
+  for (BaseObject* object = scene.Doc().GetFirstObject(); object; object = object->GetNext())
+    all->push_back(engine::IdOf(*object));
+  const engine::Field position{engine::kFieldPosition, "Position", engine::FieldKind::Vector};
+  desktop::FieldEditing editing;
+  const auto set = [&](double x) {
+    editing.Set(scene.Doc(), all, position, {host::Vector(x, 0, 0), {true, true, true}, true});
+  };
+  BaseObject* last = engine::AsObject(engine::FindNode(&scene.Doc(), all->back()));
+  set(1);
+  {
+    const desk::NoPatience slices;
+    set(2);
+    EXPECT_TRUE(desktop::IsEditing());
+    desktop::StopEdit();
+  }
+  EXPECT_EQ(scene.Doc().GetFirstObject()->GetMl().off, host::Vector(1, 0, 0));
+  EXPECT_EQ(last->GetMl().off, host::Vector(1, 0, 0));
+  set(3);
+  EXPECT_EQ(last->GetMl().off, host::Vector(3, 0, 0));
+  EXPECT_EQ(engine::DoneNames(scene.Doc()).size(), 2U);
+  EXPECT_TRUE(scene.Doc().DoUndo());
+  EXPECT_EQ(last->GetMl().off, host::Vector(1, 0, 0));
 }
 
 }  // namespace

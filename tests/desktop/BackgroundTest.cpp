@@ -10,10 +10,11 @@
 #include <atomic>
 #include <stdexcept>
 
+#include "engine/editing/ObjectCommands.h"
+#include "engine/editing/Selection.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/background/BackgroundJob.h"
 #include "program/desktop/background/DocumentBusy.h"
 #include "program/desktop/background/SlicedEdit.h"
@@ -30,7 +31,7 @@ using desk::Desk;
 struct Sliced : Desk {
   Sliced() {
     for (int i = 0; i < 50; ++i) Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
-    desktop::SelectAll(Doc());
+    engine::SelectAll(Doc());
     Rest();
     before = engine::DumpState(Doc());
   }
@@ -40,7 +41,7 @@ struct Sliced : Desk {
   }
   // `failing`: the step that throws.
   void Begin(int failing = -1) {
-    objects = desktop::SelectedObjects(Doc());
+    objects = engine::SelectedObjects(Doc());
     desktop::RunEdit(Doc(),
                      {"Name All",
                       objects.size(),
@@ -82,13 +83,13 @@ TEST(SlicedEdit, ALongOneLetsOnlyItsBoxBeUsed) {
   std::size_t waited = 0;
   desktop::WhenDocumentIsFree(qApp, [&] { waited = desk.steps; });
   QTest::keyClick(desk.Window().windowHandle(), Qt::Key_Delete);
-  desktop::RunEdit(Sliced::Doc(), desktop::DeleteSelected(Sliced::Doc()),
+  desktop::RunEdit(Sliced::Doc(), engine::DeleteSelected(Sliced::Doc()),
                    [](bool whole) { EXPECT_FALSE(whole) << "an edit in the middle of another"; });
   ASSERT_TRUE(pictures::WaitFor([&] { return desk.ended.has_value() && waited > 0; }));
   EXPECT_EQ(desk.ended, std::optional(true));
   EXPECT_EQ(waited, desk.objects.size());
   EXPECT_EQ(engine::DoneNames(Sliced::Doc()), std::vector<std::string>{"Name All"});
-  EXPECT_EQ(desktop::SelectedObjects(Sliced::Doc()).size(), 50U);
+  EXPECT_EQ(engine::SelectedObjects(Sliced::Doc()).size(), 50U);
   EXPECT_EQ(Sliced::Box(), nullptr);
   EXPECT_TRUE(Sliced::Doc().DoUndo());
   EXPECT_EQ(engine::DumpState(Sliced::Doc()), desk.before);

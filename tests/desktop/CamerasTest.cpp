@@ -5,11 +5,11 @@
 #include <cmath>
 #include <functional>
 
+#include "engine/editing/ObjectCommands.h"
 #include "engine/render/ScenePicture.h"
 #include "engine/scene/Frames.h"
 #include "engine/undo/Undo.h"
 #include "host/Parameters.h"
-#include "program/desktop/NewObjects.h"
 #include "tests/desktop/WithCube.h"
 
 namespace {

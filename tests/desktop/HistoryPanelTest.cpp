@@ -1,4 +1,6 @@
 // The history: all steps by name, the present one marked, a click goes there and back.
+#include "engine/editing/ObjectCommands.h"
+#include "engine/editing/Selection.h"
 #include "program/desktop/panels/HistoryPanel.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +11,6 @@
 #include "engine/undo/Undo.h"
 #include "host/BaseMaterial.h"
 #include "host/BaseObject.h"
-#include "program/desktop/SceneCommands.h"
 #include "tests/desktop/States.h"
 
 namespace {
@@ -72,8 +73,8 @@ TEST(HistoryPanel, StepsOfAPlugInAreCalledAfterWhatWasPressed) {
   Desk::Rest();
   EXPECT_EQ(engine::DoneNames(*doc),
             (std::vector<std::string>{"Load Overview & more", "Clean Material Editor"}));
-  desktop::SelectAll(*doc);
-  engine::RunWhole(*doc, desktop::DeleteSelected(*doc));
+  engine::SelectAll(*doc);
+  engine::RunWhole(*doc, engine::DeleteSelected(*doc));
   EXPECT_EQ(engine::UndoName(*doc), "Delete") << "a name of its own stays";
 }
 
@@ -92,7 +93,7 @@ TEST(HistoryPanel, AClickGoesBackAndForward) {
   desk.Entry("Edit", "Undo Two").trigger();
   Desk::Rest();
   EXPECT_EQ(desk.Rows(), "Start One* Two Three ");
-  desktop::SelectAll(*host::GetActiveDocument());
+  engine::SelectAll(*host::GetActiveDocument());
   Desk::Rest();
   desk.Entry("Edit", "Delete").trigger();
   Desk::Rest();

@@ -8,10 +8,10 @@
 #include <QMenu>
 #include <QtTest/QTest>
 
+#include "engine/editing/LayerCommands.h"
+#include "engine/editing/Selection.h"
 #include "engine/undo/Undo.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/panels/DragAndDrop.h"
-#include "program/desktop/panels/LayerSwitches.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "tests/desktop/Desk.h"
 #include "tests/desktop/Drops.h"
@@ -20,8 +20,8 @@
 namespace {
 
 using desk::Desk;
-using desktop::kLayerSwitches;
 using desktop::LayerModel;
+using engine::kLayerSwitchTable;
 using host::LayerObject;
 
 struct WithLayers : Desk {
@@ -48,7 +48,7 @@ struct WithLayers : Desk {
     Rest();
   }
   bool IsOn(const char* layer, std::size_t number) {
-    return scene.GetLayer(layer)->GetLayerData(&Doc()).*(kLayerSwitches.at(number).flag);
+    return scene.GetLayer(layer)->GetLayerData(&Doc()).*(kLayerSwitchTable.at(number).flag);
   }
   QAction& Action(const QString& text) {
     for (QAction* action : Tree().actions()) {
@@ -60,16 +60,16 @@ struct WithLayers : Desk {
 
 TEST(Layers, EachSwitchFlipsItsOwnFlagAndUndoBringsItBack) {
   WithLayers desk;
-  for (std::size_t i = 0; i < kLayerSwitches.size(); ++i) {
+  for (std::size_t i = 0; i < kLayerSwitchTable.size(); ++i) {
     const bool before = desk.IsOn("Garden", i);
     const host::LayerData all = desk.scene.GetLayer("Garden")->GetLayerData(&desk.Doc());
     desk.Click("Garden", LayerModel::kFirstSwitch + static_cast<int>(i));
-    EXPECT_EQ(desk.IsOn("Garden", i), !before) << kLayerSwitches[i].name;
+    EXPECT_EQ(desk.IsOn("Garden", i), !before) << kLayerSwitchTable[i].name;
     host::LayerData put = desk.scene.GetLayer("Garden")->GetLayerData(&desk.Doc());
-    put.*(kLayerSwitches[i].flag) = before;
-    EXPECT_EQ(put, all) << kLayerSwitches[i].name << " changes more than itself";
+    put.*(kLayerSwitchTable[i].flag) = before;
+    EXPECT_EQ(put, all) << kLayerSwitchTable[i].name << " changes more than itself";
     desk.App().Undo();
-    EXPECT_EQ(desk.IsOn("Garden", i), before) << kLayerSwitches[i].name;
+    EXPECT_EQ(desk.IsOn("Garden", i), before) << kLayerSwitchTable[i].name;
   }
 }
 
@@ -133,7 +133,7 @@ TEST(Layers, TakeSelectedAndDroppedObjectsAndGiveThemBack) {
             desk.scene.GetLayer("Garden"));
   desk.Doc().SetActiveObject(nullptr);
   desk.Action("Select Objects").trigger();
-  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()).size(), 3U);
+  EXPECT_EQ(engine::SelectedObjects(desk.Doc()).size(), 3U);
   const std::unique_ptr<QMimeData> dragged(desktop::DraggedNodes(
       desktop::kObjectsMime, {engine::IdOf(*desk.scene.GetObject("Tree")), 999999}));
   ASSERT_TRUE(
@@ -174,7 +174,7 @@ TEST(Layers, AreMovedToWhereTheyAreDropped) {
   EXPECT_TRUE(drop({desk.IndexOf("House/Lamps"), desk.IndexOf("House")}, "Garden"));
   EXPECT_EQ(desk.scene.GetLayer("Garden")->GetDown()->GetDown()->GetName().ToUtf8(), "Lamps")
       << "with what is below it";
-  EXPECT_EQ(desk.Tree().Chosen(), desktop::LayerList{desk.scene.GetLayer("Garden")});
+  EXPECT_EQ(desk.Tree().Chosen(), engine::LayerList{desk.scene.GetLayer("Garden")});
   EXPECT_EQ(engine::DoneNames(desk.Doc()), (std::vector<std::string>{"Move", "Move"}));
   desk.App().Undo();
   desk.App().Undo();
@@ -206,11 +206,11 @@ TEST(Layers, MenuReachesWhatTheKeyboardCannotClick) {
   WithLayers desk;
   desk.Click("House", LayerModel::kName);
   desk.Click("Garden", LayerModel::kName, Qt::ControlModifier);
-  for (std::size_t i = 0; i < kLayerSwitches.size(); ++i) {
+  for (std::size_t i = 0; i < kLayerSwitchTable.size(); ++i) {
     const bool before = desk.IsOn("House", i);
-    ChooseFromMenu(desk, kLayerSwitches[i].name);
-    EXPECT_EQ(desk.IsOn("House", i), !before) << kLayerSwitches[i].name;
-    EXPECT_EQ(desk.IsOn("Garden", i), !before) << kLayerSwitches[i].name;
+    ChooseFromMenu(desk, kLayerSwitchTable[i].name);
+    EXPECT_EQ(desk.IsOn("House", i), !before) << kLayerSwitchTable[i].name;
+    EXPECT_EQ(desk.IsOn("Garden", i), !before) << kLayerSwitchTable[i].name;
   }
   desk.scene.Select("Lamp");
   ChooseFromMenu(desk, "Take Selection Off Its Layer");

@@ -5,13 +5,12 @@
 #include <QAbstractItemModelTester>
 #include <QLineEdit>
 #include <QtTest/QTest>
-#include <set>
 
+#include "engine/editing/LayerCommands.h"
+#include "engine/editing/MaterialCommands.h"
+#include "engine/editing/Selection.h"
 #include "host/Parameters.h"
-#include "program/desktop/SceneCommands.h"
-#include "program/desktop/attributes/TextureFile.h"
 #include "program/desktop/panels/DragAndDrop.h"
-#include "program/desktop/panels/LayerActs.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "tests/desktop/Desk.h"
 #include "tests/support/SceneBuilder.h"
@@ -101,8 +100,8 @@ TEST(Materials, FollowTextureFilesThatOthersChange) {
   };
   paint("/there.png", 4, Qt::red);
   for (const auto& [material, file] : {std::pair{"Red", "/there.png"}, {"Blue", "/later.png"}}) {
-    desktop::SetTextureFile(*desk.scene.GetMaterial(material), host::MATERIAL_COLOR_SHADER,
-                            host::Filename(host::String(desk.Folder() + file)));
+    engine::SetTextureFile(*desk.scene.GetMaterial(material), host::MATERIAL_COLOR_SHADER,
+                           host::Filename(host::String(desk.Folder() + file)));
   }
   desk.Doc().SetChanged();
   Desk::Rest();
@@ -186,8 +185,8 @@ TEST(Materials, AreMadeRenamedCopiedAndDeletedThroughUndo) {
   Desk::Rest();
   EXPECT_EQ(desk.Model().rowCount(), 6);
   EXPECT_NE(desk.scene.GetMaterial("Red.1")->GetFirstShader(), nullptr);
-  EXPECT_EQ(desk.Grid().Chosen(), (desktop::MaterialList{desk.scene.GetMaterial("Red.1"),
-                                                         desk.scene.GetMaterial("Green.1")}));
+  EXPECT_EQ(desk.Grid().Chosen(), (engine::MaterialList{desk.scene.GetMaterial("Red.1"),
+                                                        desk.scene.GetMaterial("Green.1")}));
   desk.App().Undo();
   Desk::Rest();
   EXPECT_EQ(desk.Model().rowCount(), 4);
@@ -204,7 +203,7 @@ TEST(Materials, SelectTheirObjectsAndAreDraggedByIdentity) {
   WithMaterials desk;
   desk.Click("Blue");
   desk.Action("Select Objects with This Material").trigger();
-  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()),
+  EXPECT_EQ(engine::SelectedObjects(desk.Doc()),
             std::vector<host::BaseObject*>{desk.scene.GetObject("Box/Lid")});
   desk.Doc().SetActiveObject(desk.scene.GetObject("Ball"));
   desk.Click("Green");
@@ -250,18 +249,6 @@ TEST(Materials, AreDroppedOntoWhatTheViewportShows) {
   QMimeData other;
   other.setText("5");
   EXPECT_FALSE(Send<QDragEnterEvent>(view, middle, other));
-}
-
-TEST(Materials, CopiesOfManyGetNamesOfTheirOwn) {
-  tests::SceneBuilder scene;
-  for (int i = 0; i < 3000; ++i) scene.Material("Same");
-  desktop::MaterialList all;
-  for (BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext()) all.push_back(m);
-  desktop::DuplicateMaterials(scene.Doc(), all);
-  std::set<std::string> names;
-  for (BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext())
-    names.insert(m->GetName().ToUtf8());
-  EXPECT_EQ(names.size(), 3001U) << "the old ones share one name, each copy has its own";
 }
 
 TEST(Materials, ModelKeepsItsPromisesWithHundreds) {

@@ -1,5 +1,6 @@
 // The object tree: in step with the document both ways, all it changes through undo, quick with
 // many objects.
+#include "engine/editing/Selection.h"
 #include "program/desktop/panels/ObjectsPanel.h"
 
 #include <gtest/gtest.h>
@@ -254,16 +255,16 @@ TEST(ObjectTree, NothingThatASearchHidesIsSelected) {
     Desk::Rest();
     EXPECT_EQ(desk.Shown(), "Lamps Table* Tables* Small table* ")
         << "Lamps is only there for what is below it";
-    EXPECT_EQ(desktop::SelectedObjects(desk.Doc()),
+    EXPECT_EQ(engine::SelectedObjects(desk.Doc()),
               (std::vector<BaseObject*>{desk.table, tables, small}));
   }
   desk.Tree().collapse(desk.IndexOf(tables));
   desk.Press(Qt::Key_A, Qt::ControlModifier);
-  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()), (std::vector<BaseObject*>{desk.table, tables}));
+  EXPECT_EQ(engine::SelectedObjects(desk.Doc()), (std::vector<BaseObject*>{desk.table, tables}));
   desk.Tree().expand(desk.IndexOf(tables));
   desk.Click(desk.table, 0);
   desk.Click(small, 0, Qt::ShiftModifier);
-  EXPECT_EQ(desktop::SelectedObjects(desk.Doc()),
+  EXPECT_EQ(engine::SelectedObjects(desk.Doc()),
             (std::vector<BaseObject*>{desk.table, tables, small}));
   desk.Press(Qt::Key_Delete);
   QTest::keyClick(&desk.Search(), Qt::Key_Escape);
@@ -377,7 +378,7 @@ TEST(ObjectTree, TakesManyAndDeepObjects) {
   tree.setFocus();
   QTest::keyClick(&tree, Qt::Key_A, Qt::ControlModifier);
   Desk::Rest();
-  EXPECT_EQ(desktop::SelectedObjects(doc).size(), 50000u);
+  EXPECT_EQ(engine::SelectedObjects(doc).size(), 50000u);
   tree.UnfoldAll();
   Desk::Rest();
   tree.SetFilter("null");
@@ -389,7 +390,7 @@ TEST(ObjectTree, TakesManyAndDeepObjects) {
   Desk::Rest();
   QTest::keyClick(&tree, Qt::Key_Home);
   QTest::keyClick(&tree, Qt::Key_End, Qt::ShiftModifier);
-  EXPECT_GE(desktop::SelectedObjects(doc).size(), 20400u);
+  EXPECT_GE(engine::SelectedObjects(doc).size(), 20400u);
   desk.Entry("File", "New").trigger();
   Desk::Rest();
   EXPECT_EQ(tree.model()->rowCount(), 0);

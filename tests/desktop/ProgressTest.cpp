@@ -14,10 +14,10 @@
 #include <filesystem>
 #include <limits>
 
+#include "engine/editing/Selection.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/SceneFile.h"
 #include "host/BaseObject.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/background/DocumentBusy.h"
 #include "program/desktop/background/Slices.h"
 #include "program/desktop/render/SheetWindow.h"
@@ -108,7 +108,7 @@ TEST(Progress, ComesUpTellsAndGoesWhenTheWorkIsOver) {
 TEST(Progress, LetsNothingElseHappenButTheButton) {
   AtWork desk;
   desk.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
-  desktop::SelectAll(desk.Doc());
+  engine::SelectAll(desk.Doc());
   Desk::Rest();
   const std::string before = engine::DumpState(desk.Doc());
   desktop::Slices reading("reading",

@@ -161,7 +161,7 @@ TEST(RenderSettings, AreMovedToWhereTheyAreDropped) {
   EXPECT_TRUE(drop(second, third));
   EXPECT_EQ(second->GetUp(), third);
   EXPECT_FALSE(drop(third, second)) << "below itself";
-  EXPECT_EQ(desk.Panel().List().Chosen(), desktop::SettingsList{second});
+  EXPECT_EQ(desk.Panel().List().Chosen(), engine::SettingsList{second});
   EXPECT_EQ(Scene().GetActiveRenderData(), third);
   EXPECT_EQ(engine::UndoName(Scene()), "Move");
   desk.App().Undo();

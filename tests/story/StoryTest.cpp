@@ -13,13 +13,13 @@
 #include <filesystem>
 #include <fstream>
 
+#include "engine/editing/Selection.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseMaterial.h"
 #include "host/BaseObject.h"
 #include "host/LayerObject.h"
 #include "host/RenderData.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/dialog/ListView.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
@@ -234,7 +234,7 @@ void Story::ChooseFromLists() {
   EXPECT_EQ(column->GetLayerObject(&Doc()), layer);
   host::BaseObject* painted = Doc().GetFirstObject();
   while (!painted->GetTag(host::Ttexture)) painted = engine::NextInTree(painted);
-  desktop::SelectTag(*painted->GetTag(host::Ttexture), false);
+  engine::SelectTag(*painted->GetTag(host::Ttexture), false);
   Desk::Rest();
   ChooseInAttributes("Material", "torch");
   EXPECT_EQ(engine::AsTextureTag(painted->GetTag(host::Ttexture))->GetMaterial()->GetName(),

@@ -1,9 +1,13 @@
 #include <array>
 #include <cstdio>
 
+#include "engine/editing/LayerCommands.h"
+#include "engine/editing/MaterialCommands.h"
+#include "engine/editing/ObjectCommands.h"
+#include "engine/editing/RenderSettingsCommands.h"
 #include "program/commandline/Addressing.h"
 #include "program/commandline/Arguments.h"
-#include "program/commandline/SceneEdits.h"
+#include "program/commandline/FramingCamera.h"
 #include "program/commandline/Selecting.h"
 #include "program/commandline/Session.h"
 
@@ -79,17 +83,18 @@ class SetVerb {
       const auto& [at, lookAt] = std::tie(changes_.at, changes_.lookAt);
       host::BaseObject* camera =
           at.empty() ? MakeFramingCamera(doc, changes_.addCamera)
-                     : MakeCamera(doc, changes_.addCamera,
-                                  LookAt({at[0], at[1], at[2]}, {lookAt[0], lookAt[1], lookAt[2]}));
+                     : engine::MakeCamera(doc, changes_.addCamera,
+                                          engine::LookAt({at[0], at[1], at[2]},
+                                                         {lookAt[0], lookAt[1], lookAt[2]}));
       done_.push_back("Added the camera " + PathOf(*camera) + ".");
     }
     if (!changes_.addLayer.empty()) {
-      MakeLayer(doc, changes_.addLayer);
+      engine::MakeLayer(doc, changes_.addLayer);
       done_.push_back("Added the layer " + changes_.addLayer + ".");
     }
     if (!changes_.addMaterial.empty()) {
-      MakeMaterial(doc, changes_.addMaterial,
-                   {changes_.color[0], changes_.color[1], changes_.color[2]});
+      engine::MakeMaterial(doc, changes_.addMaterial,
+                           {changes_.color[0], changes_.color[1], changes_.color[2]});
       done_.push_back("Added the material " + changes_.addMaterial + ".");
     }
     return kDone;
@@ -135,7 +140,8 @@ class SetVerb {
       if (!found) return Refuse(found.Message());
       material = found.Value();
     }
-    for (host::BaseObject* object : objects) AssignMaterial(session_.Document(), *object, material);
+    for (host::BaseObject* object : objects)
+      engine::GiveMaterial(session_.Document(), *object, material);
     return kDone;
   }
 
@@ -147,7 +153,8 @@ class SetVerb {
       if (!found) return Refuse(found.Message());
       layer = found.Value();
     }
-    for (host::BaseObject* object : objects) AssignLayer(session_.Document(), *object, layer);
+    for (host::BaseObject* object : objects)
+      engine::PutOnLayer(session_.Document(), *object, layer);
     return kDone;
   }
 
@@ -168,14 +175,14 @@ class SetVerb {
     for (const std::string& flag : changes_.layerFlags) {
       const auto equals = flag.find('=');
       const std::string value = equals == std::string::npos ? "" : flag.substr(equals + 1);
-      if ((value != "on" && value != "off") ||
-          !SetLayerFlag(session_.Document(), *layer.Value(), flag.substr(0, equals),
-                        value == "on")) {
+      const auto number = engine::FindLayerSwitch(flag.substr(0, equals));
+      if ((value != "on" && value != "off") || !number) {
         return Refuse("\"" + flag +
                       "\" is no layer flag. Flags are solo, view, render, manager, locked, "
                       "generators, deformers, "
                       "expressions and animation, each =on or =off.");
       }
+      engine::SetLayerSwitch(session_.Document(), {layer.Value()}, *number, value == "on");
       done_.push_back("Layer " + changes_.layer + ": " + flag + ".");
     }
     return kDone;
@@ -206,7 +213,7 @@ class SetVerb {
         return Refuse("\"" + changes_.size +
                       "\" is no picture size; 1920x1080 is one, up to 16384 a side.");
       }
-      SetRenderSize(session_.Document(), numbers[0], numbers[1]);
+      engine::SetRenderSize(session_.Document(), numbers[0], numbers[1]);
       done_.push_back("Picture size " + changes_.size + ".");
     }
     if (!changes_.frames.empty()) {
@@ -214,7 +221,7 @@ class SetVerb {
           numbers[0] > numbers[1]) {
         return Refuse("\"" + changes_.frames + "\" is no frame range; 0:90 is one.");
       }
-      SetRenderFrames(session_.Document(), numbers[0], numbers[1]);
+      engine::SetRenderFrames(session_.Document(), numbers[0], numbers[1]);
       done_.push_back("Frames " + changes_.frames + ".");
     }
     return kDone;

@@ -29,16 +29,17 @@ std::map<host::LONG, const BaseList2D*> OneOfEachType(const ElementList& element
   return types;
 }
 
-AttributeGroup GroupOf(const FieldSection& section, const SharedIds& elements) {
+AttributeGroup GroupOf(const engine::FieldSection& section, const engine::SharedIds& elements) {
   AttributeGroup group{section.title, section.folded, {}};
-  for (const Field& field : section.fields) group.lines.push_back({&field, field.label, elements});
+  for (const engine::Field& field : section.fields)
+    group.lines.push_back({&field, field.label, elements});
   return group;
 }
 
 void AddSections(std::vector<AttributeGroup>& groups, const ElementList& elements,
-                 const SharedIds& ids) {
+                 const engine::SharedIds& ids) {
   const auto types = OneOfEachType(elements);
-  for (const FieldSection& section : FieldSections()) {
+  for (const engine::FieldSection& section : engine::FieldSections()) {
     const bool applies = std::all_of(types.begin(), types.end(), [&](const auto& t) {
       return t.second->IsInstanceOf(section.type);
     });
@@ -46,8 +47,8 @@ void AddSections(std::vector<AttributeGroup>& groups, const ElementList& element
   }
 }
 
-SharedIds Only(const host::GeListNode& node) {
-  return std::make_shared<Ids>(Ids{engine::IdOf(node)});
+engine::SharedIds Only(const host::GeListNode& node) {
+  return std::make_shared<engine::Ids>(engine::Ids{engine::IdOf(node)});
 }
 
 // A switch for each post or pass.
@@ -55,7 +56,8 @@ template <class Node>
 void AddSwitches(std::vector<AttributeGroup>& groups, const char* title, const Node* first) {
   AttributeGroup group{title, false, {}};
   for (const Node* node = first; node && group.lines.size() < kMostPosts; node = node->GetNext()) {
-    group.lines.push_back({&InUseField(), ToQt(node->GetName()).left(kLongestLabel), Only(*node)});
+    group.lines.push_back(
+        {&engine::InUseField(), ToQt(node->GetName()).left(kLongestLabel), Only(*node)});
   }
   if (!group.lines.empty()) groups.push_back(std::move(group));
 }
@@ -72,7 +74,9 @@ void AddOfSettings(std::vector<AttributeGroup>& groups, const host::RenderData& 
 }
 
 void AddCamera(std::vector<AttributeGroup>& groups, const host::BaseDocument& doc) {
-  groups.push_back({"View", false, {{&SceneCameraField(), SceneCameraField().label, Only(doc)}}});
+  groups.push_back({"View",
+                    false,
+                    {{&engine::SceneCameraField(), engine::SceneCameraField().label, Only(doc)}}});
 }
 
 QString Plural(NodeKind kind) {
@@ -103,7 +107,7 @@ bool AttributeGroup::LooksLike(const AttributeGroup& other) const {
 }
 
 std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements,
-                                      const SharedIds& ids) {
+                                      const engine::SharedIds& ids) {
   std::vector<AttributeGroup> groups;
   if (elements.empty()) {
     AddSections(groups, {&doc}, Only(doc));

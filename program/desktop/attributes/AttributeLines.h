@@ -4,15 +4,15 @@
 
 #include <QString>
 
-#include "program/desktop/attributes/Field.h"
-#include "program/desktop/attributes/LookedAt.h"
+#include "engine/editing/Field.h"
+#include "engine/editing/InspectedElements.h"
 
 namespace desktop {
 
 struct AttributeLine {
-  const Field* field;
+  const engine::Field* field;
   QString label;
-  SharedIds elements;  // that the field is of
+  engine::SharedIds elements;  // that the field is of
 
   // Whether both look alike, whatever their elements.
   bool LooksLike(const AttributeLine& other) const {
@@ -33,7 +33,7 @@ using ElementList = std::vector<host::BaseList2D*>;
 // The groups for elements of `doc` with those identities; for none of them those of the document
 // itself. At least one.
 std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements,
-                                      const SharedIds& ids);
+                                      const engine::SharedIds& ids);
 // What is looked at in a few words: a name, "3 objects", "Nothing is selected"; and what it is:
 // "Cube", "Null, Cube".
 QString TitleOf(const ElementList& elements);

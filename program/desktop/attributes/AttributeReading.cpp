@@ -6,7 +6,7 @@
 
 namespace desktop {
 
-AttributeReading::AttributeReading(host::BaseDocument& doc, SharedIds elements)
+AttributeReading::AttributeReading(host::BaseDocument& doc, engine::SharedIds elements)
     : doc_(doc), ids_(std::move(elements)) {
   if (ids_->empty()) BeginValues();
 }
@@ -25,7 +25,8 @@ bool AttributeReading::Advance(std::size_t elements) {
 void AttributeReading::FindMore(std::size_t elements) {
   const std::size_t end = std::min(ids_->size(), found_ + elements);
   for (; found_ < end; ++found_) {
-    if (host::BaseList2D* element = FindElement(doc_, (*ids_)[found_])) living_.push_back(element);
+    if (host::BaseList2D* element = engine::FindElement(doc_, (*ids_)[found_]))
+      living_.push_back(element);
   }
   if (found_ == ids_->size()) BeginValues();
 }
@@ -38,14 +39,15 @@ void AttributeReading::BeginValues() {
         common_.emplace_back(*line.field, *living_.front());
     }
   }
-  for (CommonValue& common : common_) undecided_.push_back(&common);
+  for (engine::CommonValue& common : common_) undecided_.push_back(&common);
 }
 
 void AttributeReading::LookAtMore(std::size_t elements) {
   const std::size_t end = std::min(living_.size(), lookedAt_ + elements);
   for (; lookedAt_ < end && !undecided_.empty(); ++lookedAt_) {
-    std::erase_if(undecided_,
-                  [&](CommonValue* common) { return !common->LookAt(*living_[lookedAt_]); });
+    std::erase_if(undecided_, [&](engine::CommonValue* common) {
+      return !common->LookAt(*living_[lookedAt_]);
+    });
   }
 }
 
@@ -53,11 +55,11 @@ void AttributeReading::EndValues() {
   auto common = common_.begin();
   for (const AttributeGroup& group : groups_) {
     for (const AttributeLine& line : group.lines) {
-      std::optional<FieldValue> value;
+      std::optional<engine::FieldValue> value;
       if (line.elements == ids_ && common != common_.end()) {
         value = (common++)->Value();
-      } else if (const ElementList own = ElementsOf(doc_, *line.elements); !own.empty()) {
-        CommonValue all(*line.field, *own.front());
+      } else if (const ElementList own = engine::ElementsOf(doc_, *line.elements); !own.empty()) {
+        engine::CommonValue all(*line.field, *own.front());
         for (const host::BaseList2D* element : own) all.LookAt(*element);
         value = all.Value();
       }

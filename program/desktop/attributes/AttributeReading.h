@@ -5,15 +5,15 @@
 
 #include <optional>
 
+#include "engine/editing/FieldValue.h"
 #include "program/desktop/attributes/AttributeLines.h"
-#include "program/desktop/attributes/FieldValue.h"
 
 namespace desktop {
 
 class AttributeReading {
  public:
   // Those of the elements that live in `doc`; without any the document's own fields.
-  AttributeReading(host::BaseDocument& doc, SharedIds elements);
+  AttributeReading(host::BaseDocument& doc, engine::SharedIds elements);
 
   // Looks at about so many more elements; true when all is read.
   bool Advance(std::size_t elements);
@@ -22,7 +22,7 @@ class AttributeReading {
   // are gone.
   const ElementList& Elements() const { return living_; }
   std::vector<AttributeGroup> TakeGroups() { return std::move(groups_); }
-  const std::vector<std::optional<FieldValue>>& Values() const { return values_; }
+  const std::vector<std::optional<engine::FieldValue>>& Values() const { return values_; }
 
  private:
   void FindMore(std::size_t elements);
@@ -31,14 +31,14 @@ class AttributeReading {
   void EndValues();
 
   host::BaseDocument& doc_;
-  SharedIds ids_;
+  engine::SharedIds ids_;
   std::size_t found_ = 0;  // of the identities
   ElementList living_;
   std::vector<AttributeGroup> groups_;
-  std::vector<CommonValue> common_;      // of the lines that all elements share
-  std::vector<CommonValue*> undecided_;  // of these the ones in which elements still agree
-  std::size_t lookedAt_ = 0;             // of the living
-  std::vector<std::optional<FieldValue>> values_;
+  std::vector<engine::CommonValue> common_;      // of the lines that all elements share
+  std::vector<engine::CommonValue*> undecided_;  // of these the ones in which elements still agree
+  std::size_t lookedAt_ = 0;                     // of the living
+  std::vector<std::optional<engine::FieldValue>> values_;
 };
 
 }  // namespace desktop

@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <algorithm>
 
+#include "program/desktop/OpenDocument.h"
 #include "program/desktop/background/DocumentBusy.h"
 
 namespace desktop {
@@ -110,7 +111,7 @@ AttributesView::AttributesView(QWidget* parent)
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 }
 
-void AttributesView::Follow(host::BaseDocument* doc, const SharedIds& elements) {
+void AttributesView::Follow(host::BaseDocument* doc, const engine::SharedIds& elements) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
   const bool others = IdentityOf(doc) != doc_ || elements != elements_;
   if (!others && count == seen_) return;
@@ -204,7 +205,7 @@ void AttributesView::AddGroup(const AttributeGroup& group, int labelWidth) {
       group.title, kept == folded_.end() ? group.folded : kept->second, content_);
   for (const AttributeLine& line : group.lines) {
     FieldWidget* field = FieldWidget::Make(*line.field, section);
-    field->edited = [this, at = lines_.size()](const FieldEdit& edit) { Edit(at, edit); };
+    field->edited = [this, at = lines_.size()](const engine::FieldEdit& edit) { Edit(at, edit); };
     section->AddLine(line.label, line.field->tip, labelWidth, field);
     lines_.push_back({line, field});
   }
@@ -220,7 +221,7 @@ void AttributesView::ShowHeading(const host::BaseDocument* doc, const ElementLis
   kinds_->setVisible(!elements.empty());
 }
 
-void AttributesView::Edit(std::size_t line, const FieldEdit& edit) {
+void AttributesView::Edit(std::size_t line, const engine::FieldEdit& edit) {
   // What loses the focus to the box of other work is taken after that.
   WhenDocumentIsFree(this, [this, doc = doc_, line = lines_[line].line, edit] {
     if (host::BaseDocument* still = FindOpenDocument(doc))

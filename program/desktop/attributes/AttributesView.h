@@ -26,7 +26,7 @@ class AttributesView : public QScrollArea {
   // Shows elements of `doc` (none: the document's own fields; null: nothing) and takes up what
   // changed. Cheap when nothing did. What was being typed for other elements is taken for them
   // first.
-  void Follow(host::BaseDocument* doc, const SharedIds& elements);
+  void Follow(host::BaseDocument* doc, const engine::SharedIds& elements);
   // That read very many elements.
   Slices& Reading() { return slices_; }
   // Until all of the elements are read and shown.
@@ -49,7 +49,7 @@ class AttributesView : public QScrollArea {
   // The name and kind of the elements, or how many they are; null: that no document is open.
   void ShowHeading(const host::BaseDocument* doc, const ElementList& elements);
   // Sets the field of that line (0-based, over all groups) in all its elements, as one undo step.
-  void Edit(std::size_t line, const FieldEdit& edit);
+  void Edit(std::size_t line, const engine::FieldEdit& edit);
 
   // A line of the panel and its widget.
   struct Shown {
@@ -60,7 +60,7 @@ class AttributesView : public QScrollArea {
   // The document that is shown and its change count when reading began.
   host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
-  SharedIds elements_;
+  engine::SharedIds elements_;
   std::vector<AttributeGroup> groups_;
   std::vector<Shown> lines_;
   std::map<QString, CollapsibleSection*> sections_;
@@ -78,17 +78,17 @@ class AttributesView : public QScrollArea {
 // The attributes of the inspected elements of the active document, as a panel.
 class AttributesPanel : public AttributesView, public DocumentView {
  public:
-  // `lookedAt` outlives the panel's last Follow.
-  AttributesPanel(LookedAt& lookedAt, QWidget* parent)
-      : AttributesView(parent), lookedAt_(lookedAt) {}
+  // `inspected` outlives the panel's last Follow.
+  AttributesPanel(engine::InspectedElements& inspected, QWidget* parent)
+      : AttributesView(parent), inspected_(inspected) {}
 
   void Follow(host::BaseDocument* doc) override {
-    lookedAt_.Follow(doc);
-    AttributesView::Follow(doc, lookedAt_.Elements());
+    inspected_.Follow(doc);
+    AttributesView::Follow(doc, inspected_.Elements());
   }
 
  private:
-  LookedAt& lookedAt_;
+  engine::InspectedElements& inspected_;
 };
 
 }  // namespace desktop

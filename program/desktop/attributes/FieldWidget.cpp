@@ -30,8 +30,8 @@ constexpr int kFewestLetters = 8;
 constexpr int kLongestName = 200;
 constexpr const char* kMixed = "\u2014";
 
-const char* NoneText(FieldKind kind) {
-  return kind == FieldKind::Camera ? "Editor camera" : "None";
+const char* NoneText(engine::FieldKind kind) {
+  return kind == engine::FieldKind::Camera ? "Editor camera" : "None";
 }
 
 QString NameOf(const BaseList2D& element) {
@@ -40,13 +40,13 @@ QString NameOf(const BaseList2D& element) {
 }
 
 // The first node of a list, and whether one of its nodes is meant.
-const host::GeListNode* FirstOf(const BaseDocument& doc, FieldKind kind) {
+const host::GeListNode* FirstOf(const BaseDocument& doc, engine::FieldKind kind) {
   switch (kind) {
-    case FieldKind::Layer:
+    case engine::FieldKind::Layer:
       return doc.GetLayerObjectRoot()->GetFirst();
-    case FieldKind::Material:
+    case engine::FieldKind::Material:
       return doc.GetFirstMaterial();
-    case FieldKind::Camera:
+    case engine::FieldKind::Camera:
       return doc.GetFirstObject();
     default:
       return doc.GetFirstRenderData();
@@ -57,9 +57,9 @@ const host::GeListNode* FirstOf(const BaseDocument& doc, FieldKind kind) {
 // is read when it is about to be used, so that a scene with many of them costs nothing before.
 class ChoiceWidget : public FieldWidget {
  public:
-  ChoiceWidget(const Field& field, QWidget* parent);
+  ChoiceWidget(const engine::Field& field, QWidget* parent);
 
-  void Show(const FieldValue& value, const host::BaseDocument& doc) override;
+  void Show(const engine::FieldValue& value, const host::BaseDocument& doc) override;
 
  private:
   // The list, which is read when a person comes to it, and leaves the wheel to what it stands in.
@@ -80,8 +80,8 @@ class ChoiceWidget : public FieldWidget {
     bool closing_ = false;
   };
 
-  bool IsLink() const { return EditedField().kind != FieldKind::Choice; }
-  void ShowLink(const FieldValue& value, const host::BaseDocument& doc);
+  bool IsLink() const { return EditedField().kind != engine::FieldKind::Choice; }
+  void ShowLink(const engine::FieldValue& value, const host::BaseDocument& doc);
   void ReadList();
   void Chosen(int row);
 
@@ -110,7 +110,7 @@ void ChoiceWidget::Box::focusInEvent(QFocusEvent* event) {
 
 void ChoiceWidget::Box::wheelEvent(QWheelEvent* event) { event->ignore(); }
 
-ChoiceWidget::ChoiceWidget(const Field& field, QWidget* parent)
+ChoiceWidget::ChoiceWidget(const engine::Field& field, QWidget* parent)
     : FieldWidget(field, parent), box_(new Box(*this)) {
   box_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   box_->setMinimumContentsLength(kFewestLetters);
@@ -118,13 +118,13 @@ ChoiceWidget::ChoiceWidget(const Field& field, QWidget* parent)
   box_->setFocusPolicy(Qt::StrongFocus);
   box_->setToolTip(field.tip);
   box_->setAccessibleName(field.label);
-  for (const FieldChoice& choice : field.choices) box_->addItem(choice.label, choice.value);
+  for (const engine::FieldChoice& choice : field.choices) box_->addItem(choice.label, choice.value);
   layout()->addWidget(box_);
   setFocusProxy(box_);
   connect(box_, &QComboBox::activated, this, [this](int row) { Chosen(row); });
 }
 
-void ChoiceWidget::Show(const FieldValue& value, const BaseDocument& doc) {
+void ChoiceWidget::Show(const engine::FieldValue& value, const BaseDocument& doc) {
   const QSignalBlocker quiet(box_);
   doc_ = IdentityOf(&doc);
   if (IsLink()) {
@@ -135,7 +135,7 @@ void ChoiceWidget::Show(const FieldValue& value, const BaseDocument& doc) {
 }
 
 // A list that was read stays as long as it is being used; else there is but the one that is shown.
-void ChoiceWidget::ShowLink(const FieldValue& value, const BaseDocument& doc) {
+void ChoiceWidget::ShowLink(const engine::FieldValue& value, const BaseDocument& doc) {
   if (box_->IsChosenFrom()) return;
   const BaseList2D* target = value.value.GetLink(&doc);
   const qulonglong id = target ? engine::IdOf(*target) : 0;
@@ -154,11 +154,12 @@ void ChoiceWidget::ReadList() {
   const QSignalBlocker quiet(box_);
   const QVariant now = box_->currentIndex() < 0 ? QVariant() : box_->currentData();
   box_->clear();
-  if (EditedField().kind != FieldKind::Settings)
+  if (EditedField().kind != engine::FieldKind::Settings)
     box_->addItem(NoneText(EditedField().kind), qulonglong(0));
   for (const host::GeListNode* node = FirstOf(*doc, EditedField().kind); node;
        node = engine::NextInTree(node)) {
-    if (EditedField().kind == FieldKind::Camera && node->GetType() != host::Ocamera) continue;
+    if (EditedField().kind == engine::FieldKind::Camera && node->GetType() != host::Ocamera)
+      continue;
     box_->addItem(NameOf(static_cast<const BaseList2D&>(*node)), qulonglong(engine::IdOf(*node)));
   }
   box_->setCurrentIndex(now.isValid() ? box_->findData(now) : -1);
@@ -172,30 +173,30 @@ void ChoiceWidget::Chosen(int row) {
 
 constexpr QSize kPatch(22, 16);
 
-double PartOf(const host::GeData& value, std::size_t part, FieldKind kind) {
-  if (!IsOfParts(kind)) return value.GetReal();
+double PartOf(const host::GeData& value, std::size_t part, engine::FieldKind kind) {
+  if (!engine::IsOfParts(kind)) return value.GetReal();
   const host::Vector v = value.GetVector();
   return part == 0 ? v.x : part == 1 ? v.y : v.z;
 }
 
-char MarkOf(FieldKind kind, std::size_t part) {
-  if (!IsOfParts(kind)) return 0;
-  return (IsColor(kind) ? "RGB" : kind == FieldKind::Pair ? "UV" : "XYZ")[part];
+char MarkOf(engine::FieldKind kind, std::size_t part) {
+  if (!engine::IsOfParts(kind)) return 0;
+  return (engine::IsColor(kind) ? "RGB" : kind == engine::FieldKind::Pair ? "UV" : "XYZ")[part];
 }
 
 // The color as the screen shows it, and the color that the screen shows so.
-QColor ToScreen(const host::Vector& color, FieldKind kind) {
+QColor ToScreen(const host::Vector& color, engine::FieldKind kind) {
   const auto byte = [kind](double share) {
-    if (kind == FieldKind::Color)
+    if (kind == engine::FieldKind::Color)
       return static_cast<int>(engine::LinearToSrgb(static_cast<float>(share)));
     return share > 0 ? static_cast<int>(std::lround(std::min(share, 1.0) * 255)) : 0;
   };
   return QColor(byte(color.x), byte(color.y), byte(color.z));
 }
 
-host::Vector FromScreen(const QColor& color, FieldKind kind) {
+host::Vector FromScreen(const QColor& color, engine::FieldKind kind) {
   const auto share = [kind](int byte) {
-    return kind == FieldKind::Color
+    return kind == engine::FieldKind::Color
                ? static_cast<double>(engine::SrgbToLinear(static_cast<std::uint8_t>(byte)))
                : byte / 255.0;
   };
@@ -205,9 +206,9 @@ host::Vector FromScreen(const QColor& color, FieldKind kind) {
 // One to three numbers side by side; with a color, a patch of it before them that opens a chooser.
 class NumberWidget : public FieldWidget {
  public:
-  NumberWidget(const Field& field, QWidget* parent);
+  NumberWidget(const engine::Field& field, QWidget* parent);
 
-  void Show(const FieldValue& value, const host::BaseDocument& doc) override;
+  void Show(const engine::FieldValue& value, const host::BaseDocument& doc) override;
 
  private:
   void AddPatch();
@@ -218,12 +219,13 @@ class NumberWidget : public FieldWidget {
 
   std::vector<NumberLineEdit*> numbers_;
   QToolButton* patch_ = nullptr;
-  FieldValue value_;
+  engine::FieldValue value_;
 };
 
-NumberWidget::NumberWidget(const Field& field, QWidget* parent) : FieldWidget(field, parent) {
-  if (IsColor(field.kind)) AddPatch();
-  const auto parts = static_cast<std::size_t>(PartsOf(field.kind));
+NumberWidget::NumberWidget(const engine::Field& field, QWidget* parent)
+    : FieldWidget(field, parent) {
+  if (engine::IsColor(field.kind)) AddPatch();
+  const auto parts = static_cast<std::size_t>(engine::PartsOf(field.kind));
   for (std::size_t part = 0; part < parts; ++part) {
     auto* number = new NumberLineEdit(field, MarkOf(field.kind, part), this);
     number->entered = [this, part](double value, bool goesOn) { Entered(part, value, goesOn); };
@@ -246,12 +248,12 @@ void NumberWidget::AddPatch() {
   layout()->addWidget(patch_);
 }
 
-void NumberWidget::Show(const FieldValue& value, const host::BaseDocument&) {
+void NumberWidget::Show(const engine::FieldValue& value, const host::BaseDocument&) {
   value_ = value;
   for (std::size_t part = 0; part < numbers_.size(); ++part) {
     if (numbers_[part]->IsTyped()) continue;
     const double shown =
-        PartOf(value.value, part, EditedField().kind) * ShownPerKept(EditedField().kind);
+        PartOf(value.value, part, EditedField().kind) * engine::ShownPerKept(EditedField().kind);
     numbers_[part]->ShowNumber(value.mixed[part] ? std::nullopt : std::optional(shown));
   }
   ShowPatch();
@@ -275,10 +277,10 @@ void NumberWidget::ChooseColor() {
 }
 
 void NumberWidget::Entered(std::size_t part, double number, bool goesOn) {
-  FieldEdit edit;
+  engine::FieldEdit edit;
   edit.goesOn = goesOn;
-  const double kept = number / ShownPerKept(EditedField().kind);
-  if (IsOfParts(EditedField().kind)) {
+  const double kept = number / engine::ShownPerKept(EditedField().kind);
+  if (engine::IsOfParts(EditedField().kind)) {
     edit.parts = {part == 0, part == 1, part == 2};
     edit.value = host::Vector(kept);
   } else {
@@ -288,23 +290,23 @@ void NumberWidget::Entered(std::size_t part, double number, bool goesOn) {
 }
 
 host::GeData NumberWidget::Kept(double number) const {
-  const bool whole =
-      EditedField().kind == FieldKind::Whole || EditedField().kind == FieldKind::Frame;
+  const bool whole = EditedField().kind == engine::FieldKind::Whole ||
+                     EditedField().kind == engine::FieldKind::Frame;
   return whole ? host::GeData(static_cast<host::LONG>(std::lround(number))) : host::GeData(number);
 }
 
 // A check box; half checked where the elements differ.
 class SwitchWidget : public FieldWidget {
  public:
-  SwitchWidget(const Field& field, QWidget* parent);
+  SwitchWidget(const engine::Field& field, QWidget* parent);
 
-  void Show(const FieldValue& value, const host::BaseDocument& doc) override;
+  void Show(const engine::FieldValue& value, const host::BaseDocument& doc) override;
 
  private:
   QCheckBox* box_;
 };
 
-SwitchWidget::SwitchWidget(const Field& field, QWidget* parent)
+SwitchWidget::SwitchWidget(const engine::Field& field, QWidget* parent)
     : FieldWidget(field, parent), box_(new QCheckBox(this)) {
   box_->setToolTip(field.tip);
   box_->setAccessibleName(field.label);
@@ -317,7 +319,7 @@ SwitchWidget::SwitchWidget(const Field& field, QWidget* parent)
   });
 }
 
-void SwitchWidget::Show(const FieldValue& value, const host::BaseDocument&) {
+void SwitchWidget::Show(const engine::FieldValue& value, const host::BaseDocument&) {
   box_->setTristate(value.mixed[0]);
   box_->setCheckState(value.mixed[0]          ? Qt::PartiallyChecked
                       : value.value.GetBool() ? Qt::Checked
@@ -329,9 +331,9 @@ constexpr const char* kPictures = "Pictures (*.png *.jpg *.jpeg *.tif *.tiff *.e
 // A text; of a file, with a button that opens a chooser.
 class TextWidget : public FieldWidget {
  public:
-  TextWidget(const Field& field, QWidget* parent);
+  TextWidget(const engine::Field& field, QWidget* parent);
 
-  void Show(const FieldValue& value, const host::BaseDocument& doc) override;
+  void Show(const engine::FieldValue& value, const host::BaseDocument& doc) override;
 
  private:
   void AddChooser();
@@ -342,7 +344,7 @@ class TextWidget : public FieldWidget {
   host::ULLONG doc_ = 0;
 };
 
-TextWidget::TextWidget(const Field& field, QWidget* parent)
+TextWidget::TextWidget(const engine::Field& field, QWidget* parent)
     : FieldWidget(field, parent), edit_(new ConfirmedLineEdit(this)) {
   edit_->take = [this](const QString& text) { return Take(text); };
   edit_->setToolTip(field.tip);
@@ -350,7 +352,7 @@ TextWidget::TextWidget(const Field& field, QWidget* parent)
   layout()->addWidget(edit_);
   AddTypingPart(edit_);
   setFocusProxy(edit_);
-  if (field.kind != FieldKind::Text) AddChooser();
+  if (field.kind != engine::FieldKind::Text) AddChooser();
 }
 
 void TextWidget::AddChooser() {
@@ -361,19 +363,20 @@ void TextWidget::AddChooser() {
   layout()->addWidget(button);
 }
 
-void TextWidget::Show(const FieldValue& value, const host::BaseDocument& doc) {
+void TextWidget::Show(const engine::FieldValue& value, const host::BaseDocument& doc) {
   doc_ = IdentityOf(&doc);
   if (edit_->IsTyped()) return;
-  const bool isFile = EditedField().kind != FieldKind::Text;
+  const bool isFile = EditedField().kind != engine::FieldKind::Text;
   edit_->ShowText(ToQt(isFile ? value.value.GetFilename().GetString() : value.value.GetString()),
                   value.mixed[0]);
 }
 
 QString TextWidget::Take(const QString& text) const {
-  if (EditedField().kind == FieldKind::Text && text.isEmpty())
+  if (EditedField().kind == engine::FieldKind::Text && text.isEmpty())
     return "A name needs one character at least.";
-  Tell({EditedField().kind == FieldKind::Text ? host::GeData(ToHost(text))
-                                              : host::GeData(host::Filename(ToHost(text)))});
+  Tell({EditedField().kind == engine::FieldKind::Text
+            ? host::GeData(ToHost(text))
+            : host::GeData(host::Filename(ToHost(text)))});
   return {};
 }
 
@@ -384,7 +387,7 @@ void TextWidget::Choose() {
   const std::string folder = doc ? doc->GetDocumentPath().GetString().ToUtf8() : "";
   const QString now = edit_->text();
   const std::string begin = QFileInfo(now).isAbsolute() ? now.toStdString() : folder;
-  const QString filter = EditedField().kind == FieldKind::Texture ? kPictures : kAnything;
+  const QString filter = EditedField().kind == engine::FieldKind::Texture ? kPictures : kAnything;
   const auto path = ChooseFile(
       this, {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_LOAD, "Choose a file", begin}, filter);
   if (path && alive) Tell({host::GeData(host::Filename(host::String(*path)))});
@@ -392,7 +395,8 @@ void TextWidget::Choose() {
 
 }  // namespace
 
-FieldWidget::FieldWidget(const Field& field, QWidget* parent) : QWidget(parent), field_(field) {
+FieldWidget::FieldWidget(const engine::Field& field, QWidget* parent)
+    : QWidget(parent), field_(field) {
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(4);
@@ -405,23 +409,23 @@ void FieldWidget::FinishTyping() {
   }
 }
 
-void FieldWidget::Tell(const FieldEdit& edit) const {
+void FieldWidget::Tell(const engine::FieldEdit& edit) const {
   if (edited) edited(edit);
 }
 
-FieldWidget* FieldWidget::Make(const Field& field, QWidget* parent) {
+FieldWidget* FieldWidget::Make(const engine::Field& field, QWidget* parent) {
   switch (field.kind) {
-    case FieldKind::Text:
-    case FieldKind::File:
-    case FieldKind::Texture:
+    case engine::FieldKind::Text:
+    case engine::FieldKind::File:
+    case engine::FieldKind::Texture:
       return new TextWidget(field, parent);
-    case FieldKind::Switch:
+    case engine::FieldKind::Switch:
       return new SwitchWidget(field, parent);
-    case FieldKind::Choice:
-    case FieldKind::Layer:
-    case FieldKind::Material:
-    case FieldKind::Camera:
-    case FieldKind::Settings:
+    case engine::FieldKind::Choice:
+    case engine::FieldKind::Layer:
+    case engine::FieldKind::Material:
+    case engine::FieldKind::Camera:
+    case engine::FieldKind::Settings:
       return new ChoiceWidget(field, parent);
     default:
       return new NumberWidget(field, parent);

@@ -8,7 +8,7 @@
 #include <functional>
 #include <vector>
 
-#include "program/desktop/attributes/FieldValue.h"
+#include "engine/editing/FieldValue.h"
 #include "program/desktop/attributes/LineEdits.h"
 
 namespace desktop {
@@ -16,27 +16,27 @@ namespace desktop {
 class FieldWidget : public QWidget {
  public:
   // Made for `field`, which outlives it.
-  static FieldWidget* Make(const Field& field, QWidget* parent);
+  static FieldWidget* Make(const engine::Field& field, QWidget* parent);
 
   // Called with each edit by a person; set by the view that made the widget.
-  std::function<void(const FieldEdit&)> edited;
+  std::function<void(const engine::FieldEdit&)> edited;
 
   // Shows the value that elements of `doc` have in common, or that it differs; leaves a field alone
   // in which a person is typing. Called whenever the document has changed.
-  virtual void Show(const FieldValue& value, const host::BaseDocument& doc) = 0;
+  virtual void Show(const engine::FieldValue& value, const host::BaseDocument& doc) = 0;
   // Takes what is typed, or says why not and forgets it.
   void FinishTyping();
 
  protected:
-  FieldWidget(const Field& field, QWidget* parent);
-  const Field& EditedField() const { return field_; }
+  FieldWidget(const engine::Field& field, QWidget* parent);
+  const engine::Field& EditedField() const { return field_; }
   // For FinishTyping: a part that a person types into.
   void AddTypingPart(ConfirmedLineEdit* edit) { edits_.push_back(edit); }
   // Calls `edited` where somebody has set it.
-  void Tell(const FieldEdit& edit) const;
+  void Tell(const engine::FieldEdit& edit) const;
 
  private:
-  const Field& field_;
+  const engine::Field& field_;
   // Children of this widget.
   std::vector<ConfirmedLineEdit*> edits_;
 };

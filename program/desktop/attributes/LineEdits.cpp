@@ -156,7 +156,8 @@ QString NumberText(double number) {
   return text == "-0" ? "0" : text;
 }
 
-std::optional<double> ReadNumber(const QString& text, const Field& field, QString* problem) {
+std::optional<double> ReadNumber(const QString& text, const engine::Field& field,
+                                 QString* problem) {
   QString plain = text.trimmed();
   const QString unit = QString(field.unit).trimmed();
   if (!unit.isEmpty() && plain.endsWith(unit)) plain = plain.chopped(unit.size()).trimmed();
@@ -170,7 +171,7 @@ std::optional<double> ReadNumber(const QString& text, const Field& field, QStrin
     *problem = "The number is too large or too small.";
   } else if (read.ec != std::errc() || !whole || !std::isfinite(number)) {
     *problem = "Type a number such as 12 or 0.5.";
-  } else if ((field.kind == FieldKind::Whole || field.kind == FieldKind::Frame) &&
+  } else if ((field.kind == engine::FieldKind::Whole || field.kind == engine::FieldKind::Frame) &&
              number != std::round(number)) {
     *problem = "Type a whole number.";
   } else if (number < field.min || number > field.max) {
@@ -182,7 +183,7 @@ std::optional<double> ReadNumber(const QString& text, const Field& field, QStrin
   return std::nullopt;
 }
 
-NumberLineEdit::NumberLineEdit(const Field& field, char mark, QWidget* parent)
+NumberLineEdit::NumberLineEdit(const engine::Field& field, char mark, QWidget* parent)
     : ConfirmedLineEdit(parent), field_(field), mark_(mark) {
   if (mark_) setTextMargins(kMarkWidth, 0, 0, 0);
   setToolTip(field.tip);

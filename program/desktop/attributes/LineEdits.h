@@ -7,7 +7,7 @@
 #include <functional>
 #include <optional>
 
-#include "program/desktop/attributes/Field.h"
+#include "engine/editing/Field.h"
 
 namespace desktop {
 
@@ -60,7 +60,7 @@ class ConfirmedLineEdit : public QLineEdit {
 class NumberLineEdit : public ConfirmedLineEdit {
  public:
   // Limits, step and unit of `field`. `mark` is a letter shown before the number; 0 for none.
-  NumberLineEdit(const Field& field, char mark, QWidget* parent);
+  NumberLineEdit(const engine::Field& field, char mark, QWidget* parent);
 
   // A new number within the limits, as shown; `goesOn` as in FieldEdit.
   std::function<void(double, bool goesOn)> entered;
@@ -83,7 +83,7 @@ class NumberLineEdit : public ConfirmedLineEdit {
   // are one edit.
   void Step(double steps);
 
-  const Field& field_;
+  const engine::Field& field_;
   char mark_;
   // Nothing while there are several numbers.
   std::optional<double> number_;
@@ -95,6 +95,6 @@ class NumberLineEdit : public ConfirmedLineEdit {
 // The number as shown: at most four digits behind the point. The number that a text is, with or
 // without the unit; else why not.
 QString NumberText(double number);
-std::optional<double> ReadNumber(const QString& text, const Field& field, QString* problem);
+std::optional<double> ReadNumber(const QString& text, const engine::Field& field, QString* problem);
 
 }  // namespace desktop

@@ -1,7 +1,7 @@
 #include "program/desktop/menus/CameraCommands.h"
 
+#include "engine/editing/ObjectCommands.h"
 #include "program/desktop/MainWindow.h"
-#include "program/desktop/NewObjects.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {
@@ -63,7 +63,7 @@ QAction* CameraCommands::Add(const QString& text, const QString& tip, const char
 }
 
 void CameraCommands::AddNew(BaseDocument& doc) {
-  const BaseObject* camera = AddCamera(doc, window_.View().Camera());
+  const BaseObject* camera = engine::AddCamera(doc, window_.View().Camera());
   window_.View().LookThrough(engine::IdOf(*camera));
 }
 
@@ -72,7 +72,7 @@ void CameraCommands::LookThrough(BaseObject* camera) {
 }
 
 void CameraCommands::MakeScenes(BaseDocument& doc, BaseObject* camera) {
-  if (camera) MakeSceneCamera(doc, *camera);
+  if (camera) engine::MakeSceneCamera(doc, *camera);
 }
 
 void CameraCommands::Follow(BaseDocument* doc) {

@@ -1,9 +1,9 @@
+#include "engine/editing/LayerCommands.h"
+#include "engine/editing/MaterialCommands.h"
+#include "engine/editing/ObjectCommands.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/MainWindow.h"
-#include "program/desktop/NewObjects.h"
 #include "program/desktop/menus/Menus.h"
-#include "program/desktop/panels/LayerActs.h"
-#include "program/desktop/panels/MaterialActs.h"
 
 namespace desktop {
 
@@ -26,7 +26,7 @@ QAction* AddMaker(QMenu& menu, MainWindow& window, const QString& text, const ch
     host::BaseDocument* doc = host::GetActiveDocument();
     if (!doc) return;
     make(*doc);
-    window.Inspected().Return(*doc, LookedAt::kObjects);
+    window.Inspected().Return(*doc, engine::InspectedElements::kObjects);
   });
   action->setIcon(Icon(icon));
   return action;
@@ -39,26 +39,26 @@ void BuildCreateMenu(QMenu& menu, MainWindow& window) {
   camera.setIcon(Icon("object-camera"));
   menu.addAction(&camera);
   AddMaker(menu, window, "&Light", "object-light", "Ctrl+Shift+L",
-           [&window](host::BaseDocument& doc) { AddLight(doc, window.View().Camera()); });
+           [&window](host::BaseDocument& doc) { engine::AddLight(doc, window.View().Camera()); });
   AddMaker(menu, window, "&Null", "object-null", "Ctrl+Shift+N",
-           [](host::BaseDocument& doc) { AddObject(doc, host::Onull); });
+           [](host::BaseDocument& doc) { engine::AddObject(doc, host::Onull); });
   QMenu* forms = menu.addMenu(Icon("object-primitive"), "&Form");
   for (const Form& form : kForms) {
     AddMaker(*forms, window, form.text, "object-primitive", "",
-             [type = form.type](host::BaseDocument& doc) { AddObject(doc, type); });
+             [type = form.type](host::BaseDocument& doc) { engine::AddObject(doc, type); });
   }
   menu.addSeparator();
   QAction* material = AddEntry(menu, "&Material", {}, [&window] {
     host::BaseDocument* doc = host::GetActiveDocument();
     if (!doc) return;
-    AddMaterial(*doc);
+    engine::AddMaterial(*doc);
     window.Panels().Raise("materials");
   });
   material->setIcon(Icon("material"));
   QAction* layer = AddEntry(menu, "L&ayer", {}, [&window] {
     host::BaseDocument* doc = host::GetActiveDocument();
     if (!doc) return;
-    AddLayer(*doc);
+    engine::AddLayer(*doc);
     window.Panels().Raise("layers");
   });
   layer->setIcon(Icon("layer"));

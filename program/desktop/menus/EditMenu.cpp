@@ -1,8 +1,9 @@
 #include "program/desktop/menus/EditMenu.h"
 
+#include "engine/editing/ObjectCommands.h"
+#include "engine/editing/Selection.h"
 #include "engine/undo/Undo.h"
 #include "program/desktop/MainWindow.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/menus/Menus.h"
@@ -28,12 +29,13 @@ EditMenu::EditMenu(QMenu& menu, MainWindow& window)
   onScene_.push_back(AddCommand(menu, "Select &All", QKeySequence::SelectAll,
                                 [&window](auto&) { window.Objects().selectAll(); }));
   onSelection_.push_back(
-      AddCommand(menu, "Select &None", QKeySequence("Ctrl+Shift+A"), SelectNone));
+      AddCommand(menu, "Select &None", QKeySequence("Ctrl+Shift+A"), engine::SelectNone));
   menu.addSeparator();
-  onSelection_.push_back(AddCommand(menu, "D&uplicate", QKeySequence("Ctrl+D"),
-                                    [](auto& doc) { RunEdit(doc, DuplicateSelected(doc)); }));
+  onSelection_.push_back(AddCommand(menu, "D&uplicate", QKeySequence("Ctrl+D"), [](auto& doc) {
+    RunEdit(doc, engine::DuplicateSelected(doc));
+  }));
   onSelection_.push_back(AddCommand(menu, "&Delete", QKeySequence::Delete,
-                                    [](auto& doc) { RunEdit(doc, DeleteSelected(doc)); }));
+                                    [](auto& doc) { RunEdit(doc, engine::DeleteSelected(doc)); }));
 }
 
 QAction* EditMenu::AddCommand(QMenu& menu, const QString& text, const QKeySequence& keys,

@@ -1,9 +1,10 @@
 #include <QActionGroup>
 
+#include "engine/editing/ObjectCommands.h"
+#include "engine/editing/Selection.h"
 #include "engine/scene/Nodes.h"
 #include "host/BaseObject.h"
 #include "program/desktop/MainWindow.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/menus/Menus.h"
@@ -56,17 +57,17 @@ void AddEntries(QMenu& menu, Viewport& view, const CameraCommands& acts) {
   menu.addActions(acts.ForCameras());
 }
 
-void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, Switch which) {
+void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, engine::Switch which) {
   constexpr std::pair<const char*, host::LONG> kModes[] = {
       {"On", host::MODE_ON}, {"Off", host::MODE_OFF}, {"Undefined", host::MODE_UNDEF}};
   QMenu* modes = menu.addMenu(text);
   for (const auto& [name, mode] : kModes) {
     QAction* action = AddEntry(*modes, name, {}, [which, mode = mode] {
       if (host::BaseDocument* active = host::GetActiveDocument())
-        RunEdit(*active, SetSwitch(*active, SelectedObjects(*active), which, mode));
+        RunEdit(*active, engine::SetSwitch(*active, engine::SelectedObjects(*active), which, mode));
     });
     action->setCheckable(true);
-    action->setChecked(SwitchOf(*doc.GetActiveObject(), which) == mode);
+    action->setChecked(engine::SwitchOf(*doc.GetActiveObject(), which) == mode);
   }
 }
 
@@ -81,8 +82,8 @@ void FillContextMenu(QMenu& menu, const QMenu& view, QMenu& create, const EditMe
   menu.addSeparator();
   host::BaseDocument* doc = host::GetActiveDocument();
   if (doc && doc->GetActiveObject()) {
-    AddSwitch(menu, *doc, "Visible in &Editor", Switch::kEditor);
-    AddSwitch(menu, *doc, "Visible in &Renders", Switch::kRender);
+    AddSwitch(menu, *doc, "Visible in &Editor", engine::Switch::kEditor);
+    AddSwitch(menu, *doc, "Visible in &Renders", engine::Switch::kRender);
     menu.addSeparator();
   }
   menu.addActions(edit.ForObjects());

@@ -9,20 +9,26 @@
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
+#include "engine/editing/LayerCommands.h"
+#include "engine/editing/Selection.h"
 #include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/EmptyText.h"
-#include "program/desktop/panels/LayerSwitches.h"
 
 namespace desktop {
 
 using host::LayerObject;
 
 namespace {
+
+// In the order of engine::kLayerSwitchTable.
+constexpr std::array<const char*, 9> kSwitchIcons = {
+    "solo",       "eye",      "render", "manager", "lock", "object-generator", "object-deformer",
+    "expression", "animation"};
+static_assert(kSwitchIcons.size() == engine::kLayerSwitchTable.size());
 
 std::size_t SwitchNumber(int column) {
   return static_cast<std::size_t>(column - LayerModel::kFirstSwitch);
@@ -38,8 +44,8 @@ LayerObject* LayerModel::LayerAt(const QModelIndex& index) const {
   return engine::AsLayer(NodeAt(index));
 }
 
-LayerList LayerModel::LayersAt(const QModelIndexList& rows) const {
-  LayerList layers;
+engine::LayerList LayerModel::LayersAt(const QModelIndexList& rows) const {
+  engine::LayerList layers;
   for (const QModelIndex& row : rows) {
     if (LayerObject* layer = LayerAt(row)) layers.push_back(layer);
   }
@@ -63,10 +69,10 @@ QVariant LayerModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant LayerModel::SwitchData(const host::LayerData& layer, std::size_t number, int role) const {
-  const LayerSwitch& row = kLayerSwitches.at(number);
+  const engine::LayerSwitch& row = engine::kLayerSwitchTable.at(number);
   const bool isOn = layer.*(row.flag);
   if (role == kIsOn) return isOn;
-  if (role == Qt::DecorationRole) return Icon(row.icon);
+  if (role == Qt::DecorationRole) return Icon(kSwitchIcons.at(number));
   if (role == Qt::AccessibleTextRole || role == Qt::ToolTipRole) {
     return QString("%1: %2 (%3)").arg(row.name, isOn ? "on" : "off", row.help);
   }
@@ -79,8 +85,8 @@ QVariant LayerModel::headerData(int section, Qt::Orientation orientation, int ro
   if (section == kName && role == Qt::TextAlignmentRole)
     return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
   if (section < kFirstSwitch || section >= kColumnCount) return {};
-  const LayerSwitch& row = kLayerSwitches.at(SwitchNumber(section));
-  if (role == Qt::DecorationRole) return Icon(row.icon);
+  const engine::LayerSwitch& row = engine::kLayerSwitchTable.at(SwitchNumber(section));
+  if (role == Qt::DecorationRole) return Icon(kSwitchIcons.at(SwitchNumber(section)));
   if (role == Qt::ToolTipRole) return QString("%1: %2").arg(row.name, row.help);
   return {};
 }
@@ -89,7 +95,7 @@ bool LayerModel::setData(const QModelIndex& index, const QVariant& value, int ro
   LayerObject* layer = index.column() == kName && role == Qt::EditRole ? LayerAt(index) : nullptr;
   if (!layer || value.toString().isEmpty()) return false;
   if (value.toString() != ToQt(layer->GetName()))
-    RenameLayer(*Document(), *layer, ToHost(value.toString()));
+    engine::RenameLayer(*Document(), *layer, ToHost(value.toString()));
   emit dataChanged(index, index);
   return true;
 }
@@ -117,7 +123,7 @@ bool LayerModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, in
       objects.push_back(object);
   }
   if (objects.empty()) return false;
-  RunEdit(*doc, AssignLayer(*doc, std::move(objects), LayerAt(parent)));
+  RunEdit(*doc, engine::AssignLayer(*doc, std::move(objects), LayerAt(parent)));
   return true;
 }
 
@@ -216,7 +222,7 @@ void LayerTree::EditName(const host::LayerObject& layer) {
   edit(index);
 }
 
-void LayerTree::AskColor(const LayerList& layers) {
+void LayerTree::AskColor(const engine::LayerList& layers) {
   if (layers.empty()) return;
   std::vector<engine::NodeId> ids;
   for (const host::LayerObject* layer : layers) ids.push_back(engine::IdOf(*layer));
@@ -225,9 +231,9 @@ void LayerTree::AskColor(const LayerList& layers) {
   const QColor color = QColorDialog::getColor(now, this, "Color of the layer");
   host::BaseDocument* doc = color.isValid() ? Document() : nullptr;
   if (!doc) return;
-  LayerList still;
+  engine::LayerList still;
   for (const engine::NodeId id : ids) still.push_back(engine::AsLayer(engine::FindNode(doc, id)));
-  SetLayerColor(*doc, still, {color.redF(), color.greenF(), color.blueF()});
+  engine::SetLayerColor(*doc, still, {color.redF(), color.greenF(), color.blueF()});
 }
 
 QItemSelectionModel::SelectionFlags LayerTree::selectionCommand(const QModelIndex& index,
@@ -243,7 +249,7 @@ QItemSelectionModel::SelectionFlags LayerTree::selectionCommand(const QModelInde
 void LayerTree::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
   QTreeView::selectionChanged(selected, deselected);
   host::BaseDocument* doc = showing_ ? nullptr : Document();
-  if (doc) SelectLayers(*doc, Chosen());
+  if (doc) engine::SelectLayers(*doc, Chosen());
 }
 
 void LayerTree::mousePressEvent(QMouseEvent* event) {
@@ -261,9 +267,9 @@ bool LayerTree::ClickedCell(const QMouseEvent& event) {
   if (index.column() == LayerModel::kColor) {
     AskColor(ChosenWith(index));
   } else {
-    SetLayerSwitch(*Document(), ChosenWith(index),
-                   static_cast<std::size_t>(index.column() - LayerModel::kFirstSwitch),
-                   !index.data(LayerModel::kIsOn).toBool());
+    engine::SetLayerSwitch(*Document(), ChosenWith(index),
+                           static_cast<std::size_t>(index.column() - LayerModel::kFirstSwitch),
+                           !index.data(LayerModel::kIsOn).toBool());
   }
   viewport()->update();
   return true;
@@ -282,7 +288,7 @@ void LayerTree::dragEnterEvent(QDragEnterEvent* event) {
   QTreeView::dragEnterEvent(event);
 }
 
-LayerList LayerTree::ChosenWith(const QModelIndex& index) const {
+engine::LayerList LayerTree::ChosenWith(const QModelIndex& index) const {
   const QModelIndex row = index.siblingAtColumn(0);
   return selectionModel()->isSelected(row) ? Chosen() : model_->LayersAt({row});
 }
@@ -322,12 +328,12 @@ void LayersPanel::BuildActions() {
   acts_.PutBelow(*this);
   acts_.AddMaker("New Layer", [this](host::BaseDocument& doc) { Add(doc); });
   acts_.Add("assign", "Assign to Selection", {},
-            [](host::BaseDocument& doc, const LayerList& layers) {
-              RunEdit(doc, AssignLayer(doc, SelectedObjects(doc), layers.front()));
+            [](host::BaseDocument& doc, const engine::LayerList& layers) {
+              RunEdit(doc, engine::AssignLayer(doc, engine::SelectedObjects(doc), layers.front()));
             });
-  acts_.Add("select", "Select Objects", {}, &SelectObjectsOn);
+  acts_.Add("select", "Select Objects", {}, &engine::SelectObjectsOn);
   acts_.AddSpace();
-  acts_.Add("delete", "Delete Layer", QKeySequence::Delete, &DeleteLayers);
+  acts_.Add("delete", "Delete Layer", QKeySequence::Delete, &engine::DeleteLayers);
 }
 
 void LayersPanel::Follow(host::BaseDocument* doc) {
@@ -336,27 +342,27 @@ void LayersPanel::Follow(host::BaseDocument* doc) {
 }
 
 void LayersPanel::Add(host::BaseDocument& doc) {
-  const host::LayerObject* layer = AddLayer(doc);
+  const host::LayerObject* layer = engine::AddLayer(doc);
   tree_->Follow(&doc);
   tree_->EditName(*layer);
 }
 
 void LayersPanel::AddToMenu(QMenu& menu) {
   menu.addSeparator();
-  const LayerList chosen = tree_->Chosen();
+  const engine::LayerList chosen = tree_->Chosen();
   menu.addAction("Color...", this, [this] { tree_->AskColor(tree_->Chosen()); })
       ->setEnabled(!chosen.empty());
   menu.addAction("Take Selection Off Its Layer", this, [this] {
     if (host::BaseDocument* doc = tree_->Document())
-      RunEdit(*doc, AssignLayer(*doc, SelectedObjects(*doc), nullptr));
+      RunEdit(*doc, engine::AssignLayer(*doc, engine::SelectedObjects(*doc), nullptr));
   });
   menu.addSeparator();
-  for (std::size_t i = 0; i < kLayerSwitches.size() && !chosen.empty(); ++i) {
-    const LayerSwitch& row = kLayerSwitches[i];
+  for (std::size_t i = 0; i < engine::kLayerSwitchTable.size() && !chosen.empty(); ++i) {
+    const engine::LayerSwitch& row = engine::kLayerSwitchTable[i];
     const bool isOn = chosen.front()->GetLayerData(tree_->Document()).*(row.flag);
     QAction* action = menu.addAction(row.name, this, [this, i, isOn] {
-      acts_.Do([i, isOn](host::BaseDocument& doc, const LayerList& layers) {
-        SetLayerSwitch(doc, layers, i, !isOn);
+      acts_.Do([i, isOn](host::BaseDocument& doc, const engine::LayerList& layers) {
+        engine::SetLayerSwitch(doc, layers, i, !isOn);
       });
     });
     action->setCheckable(true);

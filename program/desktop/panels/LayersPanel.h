@@ -5,10 +5,10 @@
 #include <QTreeView>
 #include <QWidget>
 
+#include "engine/editing/LayerCommands.h"
 #include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/panels/DragAndDrop.h"
-#include "program/desktop/panels/LayerActs.h"
 #include "program/desktop/panels/NodeTreeModel.h"
 
 namespace desktop {
@@ -31,7 +31,7 @@ class LayerModel : public NodeTreeModel {
   // Null where there is none any more.
   host::LayerObject* LayerAt(const QModelIndex& index) const;
   // Those of the rows that still are.
-  LayerList LayersAt(const QModelIndexList& rows) const;
+  engine::LayerList LayersAt(const QModelIndexList& rows) const;
   static bool IsSwitch(const QModelIndex& index) {
     return index.isValid() && index.column() >= kFirstSwitch;
   }
@@ -51,7 +51,7 @@ class LayerModel : public NodeTreeModel {
                     const QModelIndex& parent) override;
 
  private:
-  // Of switch `number`, in the order of kLayerSwitches.
+  // Of switch `number`, in the order of kLayerSwitchTable.
   QVariant SwitchData(const host::LayerData& layer, std::size_t number, int role) const;
 };
 
@@ -65,11 +65,11 @@ class LayerTree : public QTreeView, public DocumentView {
   void Follow(host::BaseDocument* doc) override;
   LayerModel& Model() { return *model_; }
   host::BaseDocument* Document() const { return model_->Document(); }
-  LayerList Chosen() const { return model_->LayersAt(selectionModel()->selectedRows()); }
+  engine::LayerList Chosen() const { return model_->LayersAt(selectionModel()->selectedRows()); }
   // Begins to edit the name of the layer in place.
   void EditName(const host::LayerObject& layer);
   // Asks for a color for the layers; they may be gone when the answer comes.
-  void AskColor(const LayerList& layers);
+  void AskColor(const engine::LayerList& layers);
 
  protected:
   // A click on a switch or a color leaves the selection alone.
@@ -87,7 +87,7 @@ class LayerTree : public QTreeView, public DocumentView {
   // click is the toolkit's.
   bool ClickedCell(const QMouseEvent& event);
   // The layer of the row, with all chosen ones when it is among them.
-  LayerList ChosenWith(const QModelIndex& index) const;
+  engine::LayerList ChosenWith(const QModelIndex& index) const;
   // Selects the rows of the layers that are selected in the document.
   void ShowSelection();
 

@@ -6,7 +6,8 @@
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
-#include "program/desktop/SceneCommands.h"
+#include "engine/editing/MaterialCommands.h"
+#include "engine/editing/Selection.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
@@ -55,8 +56,8 @@ BaseMaterial* MaterialModel::MaterialAt(const QModelIndex& index) const {
              : nullptr;
 }
 
-MaterialList MaterialModel::MaterialsAt(const QModelIndexList& rows) const {
-  MaterialList materials;
+engine::MaterialList MaterialModel::MaterialsAt(const QModelIndexList& rows) const {
+  engine::MaterialList materials;
   for (const QModelIndex& row : rows) {
     if (BaseMaterial* material = MaterialAt(row)) materials.push_back(material);
   }
@@ -89,7 +90,7 @@ bool MaterialModel::setData(const QModelIndex& index, const QVariant& value, int
   BaseMaterial* material = role == Qt::EditRole ? MaterialAt(index) : nullptr;
   if (!material || value.toString().isEmpty()) return false;
   if (value.toString() != ToQt(material->GetName()))
-    RenameMaterial(*Document(), *material, ToHost(value.toString()));
+    engine::RenameMaterial(*Document(), *material, ToHost(value.toString()));
   emit dataChanged(index, index);
   return true;
 }
@@ -227,7 +228,7 @@ void MaterialGrid::selectionChanged(const QItemSelection& selected,
                                     const QItemSelection& deselected) {
   QListView::selectionChanged(selected, deselected);
   host::BaseDocument* doc = showing_ ? nullptr : Document();
-  if (doc) SelectMaterials(*doc, Chosen());
+  if (doc) engine::SelectMaterials(*doc, Chosen());
 }
 
 void MaterialGrid::ShowSelection() {
@@ -262,8 +263,8 @@ void MaterialGrid::paintEvent(QPaintEvent* event) {
 namespace {
 
 // Of several the first one counts: an object shows one material.
-void AssignToSelection(host::BaseDocument& doc, const MaterialList& materials) {
-  RunEdit(doc, AssignMaterial(*materials.front(), SelectedObjects(doc)));
+void AssignToSelection(host::BaseDocument& doc, const engine::MaterialList& materials) {
+  RunEdit(doc, engine::AssignMaterial(*materials.front(), engine::SelectedObjects(doc)));
 }
 
 }  // namespace
@@ -285,11 +286,11 @@ MaterialsPanel::MaterialsPanel(std::shared_ptr<MaterialThumbnails> thumbnails, Q
 void MaterialsPanel::BuildActions() {
   acts_.PutBelow(*this);
   acts_.AddMaker("New Material", [this](host::BaseDocument& doc) { Add(doc); });
-  acts_.Add("duplicate", "Duplicate Material", {}, &DuplicateMaterials);
+  acts_.Add("duplicate", "Duplicate Material", {}, &engine::DuplicateMaterials);
   acts_.Add("assign", "Assign to Selection", {}, &AssignToSelection);
-  acts_.Add("select", "Select Objects with This Material", {}, &SelectObjectsWith);
+  acts_.Add("select", "Select Objects with This Material", {}, &engine::SelectObjectsWith);
   acts_.AddSpace();
-  acts_.Add("delete", "Delete Material", QKeySequence::Delete, &DeleteMaterials);
+  acts_.Add("delete", "Delete Material", QKeySequence::Delete, &engine::DeleteMaterials);
 }
 
 void MaterialsPanel::Follow(host::BaseDocument* doc) {
@@ -298,7 +299,7 @@ void MaterialsPanel::Follow(host::BaseDocument* doc) {
 }
 
 void MaterialsPanel::Add(host::BaseDocument& doc) {
-  const host::BaseMaterial* material = AddMaterial(doc);
+  const host::BaseMaterial* material = engine::AddMaterial(doc);
   grid_->Follow(&doc);
   grid_->EditName(*material);
 }

@@ -8,9 +8,9 @@
 #include <memory>
 #include <unordered_map>
 
+#include "engine/editing/MaterialCommands.h"
 #include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/DocumentView.h"
-#include "program/desktop/panels/MaterialActs.h"
 #include "program/desktop/panels/MaterialThumbnails.h"
 
 namespace desktop {
@@ -28,7 +28,7 @@ class MaterialModel : public QAbstractListModel {
   host::BaseDocument* Document() const { return FindOpenDocument(doc_); }
   // Null where there is none any more.
   host::BaseMaterial* MaterialAt(const QModelIndex& index) const;
-  MaterialList MaterialsAt(const QModelIndexList& rows) const;
+  engine::MaterialList MaterialsAt(const QModelIndexList& rows) const;
   QModelIndex IndexOf(engine::NodeId material) const;
   const MaterialThumbnails& Thumbnails() const { return *thumbnails_; }
 
@@ -62,7 +62,9 @@ class MaterialGrid : public QListView, public DocumentView {
   void Follow(host::BaseDocument* doc) override;
   MaterialModel& Model() { return *model_; }
   host::BaseDocument* Document() const { return model_->Document(); }
-  MaterialList Chosen() const { return model_->MaterialsAt(selectionModel()->selectedIndexes()); }
+  engine::MaterialList Chosen() const {
+    return model_->MaterialsAt(selectionModel()->selectedIndexes());
+  }
   // Begins to edit the name in place.
   void EditName(const host::BaseMaterial& material);
 

@@ -4,9 +4,9 @@
 #include <random>
 #include <unordered_set>
 
+#include "engine/editing/Selection.h"
 #include "engine/undo/MoveNodes.h"
 #include "host/Application.h"
-#include "program/desktop/SceneCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/panels/DragAndDrop.h"
 
@@ -166,8 +166,8 @@ bool NodeTreeModel::MoveTo(const std::vector<engine::NodeId>& ids, int row,
   }
   const QModelIndex above = parent.siblingAtColumn(0);
   if (row < 0 || row > rowCount(above)) row = rowCount(above);
-  const bool moved =
-      engine::MoveNodes(*doc, Topmost(nodes), NodeAt(above), NodeAt(index(row - 1, 0, above)));
+  const bool moved = engine::MoveNodes(*doc, engine::Topmost(nodes), NodeAt(above),
+                                       NodeAt(index(row - 1, 0, above)));
   if (moved) host::EventAdd();
   return moved;
 }

@@ -1,5 +1,7 @@
 #include "program/desktop/panels/ObjectModel.h"
 
+#include "engine/editing/MaterialCommands.h"
+#include "engine/editing/Selection.h"
 #include "engine/render/Primitives.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
@@ -38,17 +40,18 @@ bool HasGenerator(const BaseObject& object) {
 }
 
 // An undefined mode follows the nearest parent with a mode of its own; visible without one.
-bool IsHidden(const BaseObject& object, Switch which) {
+bool IsHidden(const BaseObject& object, engine::Switch which) {
   const BaseObject* decides = &object;
-  while (decides && SwitchOf(*decides, which) == host::MODE_UNDEF) decides = decides->GetUp();
-  return decides && SwitchOf(*decides, which) == host::MODE_OFF;
+  while (decides && engine::SwitchOf(*decides, which) == host::MODE_UNDEF)
+    decides = decides->GetUp();
+  return decides && engine::SwitchOf(*decides, which) == host::MODE_OFF;
 }
 
-QString Explanation(const BaseObject& object, Switch which) {
-  if (which == Switch::kGenerator)
+QString Explanation(const BaseObject& object, engine::Switch which) {
+  if (which == engine::Switch::kGenerator)
     return object.GetDeformMode() ? "Generator: on" : "Generator: off";
-  const QString where = which == Switch::kEditor ? "Editor" : "Render";
-  switch (SwitchOf(object, which)) {
+  const QString where = which == engine::Switch::kEditor ? "Editor" : "Render";
+  switch (engine::SwitchOf(object, which)) {
     case host::MODE_ON:
       return where + ": on";
     case host::MODE_OFF:
@@ -58,10 +61,11 @@ QString Explanation(const BaseObject& object, Switch which) {
   }
 }
 
-QVariant SwitchData(const BaseObject& object, Switch which, int role) {
-  if (which == Switch::kGenerator && !HasGenerator(object)) return {};
-  if (role == ObjectModel::kMode) return SwitchOf(object, which);
-  if (role == ObjectModel::kHidden) return which != Switch::kGenerator && IsHidden(object, which);
+QVariant SwitchData(const BaseObject& object, engine::Switch which, int role) {
+  if (which == engine::Switch::kGenerator && !HasGenerator(object)) return {};
+  if (role == ObjectModel::kMode) return engine::SwitchOf(object, which);
+  if (role == ObjectModel::kHidden)
+    return which != engine::Switch::kGenerator && IsHidden(object, which);
   if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) return Explanation(object, which);
   return {};
 }
@@ -94,7 +98,7 @@ QString ObjectIcon(LONG type) {
 std::vector<BaseObject*> SelectedWith(BaseObject& object) {
   const host::BaseDocument* doc = object.GetDocument();
   if (!doc || !object.GetBit(host::BIT_ACTIVE)) return {&object};
-  return SelectedObjects(*doc);
+  return engine::SelectedObjects(*doc);
 }
 
 bool ObjectModel::Update(host::BaseDocument* doc) {
@@ -203,7 +207,7 @@ bool ObjectModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, i
   const std::vector<engine::NodeId> materials = DroppedNodes(data, kMaterialMime);
   if (!materials.empty()) {
     auto* material = engine::AsMaterial(engine::FindNode(doc, materials.front()));
-    if (on && material) RunEdit(*doc, AssignMaterial(*material, SelectedWith(*on)));
+    if (on && material) RunEdit(*doc, engine::AssignMaterial(*material, SelectedWith(*on)));
     return on && material;
   }
   return MoveTo(DroppedNodes(data, kObjectsMime), row, parent);

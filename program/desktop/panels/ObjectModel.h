@@ -5,7 +5,7 @@
 
 #include <QItemSelectionModel>
 
-#include "program/desktop/SceneCommands.h"
+#include "engine/editing/ObjectCommands.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/NodeTreeModel.h"
 
@@ -44,7 +44,9 @@ class ObjectModel : public NodeTreeModel {
     return index.column() >= kEditor && index.column() <= kGenerator;
   }
   // Which one a switch column shows.
-  static Switch SwitchIn(int column) { return static_cast<Switch>(column - kEditor); }
+  static engine::Switch SwitchIn(int column) {
+    return static_cast<engine::Switch>(column - kEditor);
+  }
 
   int columnCount(const QModelIndex& = {}) const override { return kColumnCount; }
   QVariant data(const QModelIndex& index, int role) const override;

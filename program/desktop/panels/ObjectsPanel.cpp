@@ -11,6 +11,9 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include "engine/editing/LayerCommands.h"
+#include "engine/editing/ObjectCommands.h"
+#include "engine/editing/Selection.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
 #include "program/desktop/Colors.h"
@@ -19,7 +22,6 @@
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/EmptyText.h"
-#include "program/desktop/panels/LayerActs.h"
 #include "program/desktop/panels/ObjectCells.h"
 
 namespace desktop {
@@ -164,7 +166,7 @@ void ObjectTree::RenameCurrent() {
 void ObjectTree::selectAll() {
   host::BaseDocument* doc = model_->Document();
   if (!doc) return;
-  if (!model_->IsFiltered()) return SelectAll(*doc);
+  if (!model_->IsFiltered()) return engine::SelectAll(*doc);
   const FlatTree& shape = model_->Shape();
   std::vector<char> canBeSeen(static_cast<std::size_t>(shape.Count()) + 1, 1);
   std::vector<BaseObject*> found;
@@ -176,7 +178,7 @@ void ObjectTree::selectAll() {
     BaseObject* object = shown ? model_->ObjectAt(model_->IndexAt(place)) : nullptr;
     if (object && model_->IsFound(*object)) found.push_back(object);
   }
-  SelectOnly(*doc, found);
+  engine::SelectOnly(*doc, found);
 }
 
 ObjectTree::Unfolded& ObjectTree::UnfoldedHere() {
@@ -261,7 +263,8 @@ void ObjectTree::keyPressEvent(QKeyEvent* event) {
 // All that is selected goes, whatever can be seen of it.
 void ObjectTree::startDrag(Qt::DropActions) {
   const host::BaseDocument* doc = model_->Document();
-  const std::vector<BaseObject*> objects = doc ? SelectedObjects(*doc) : std::vector<BaseObject*>();
+  const std::vector<BaseObject*> objects =
+      doc ? engine::SelectedObjects(*doc) : std::vector<BaseObject*>();
   if (objects.empty()) return;
   std::vector<engine::NodeId> ids;
   for (const BaseObject* object : objects) ids.push_back(engine::IdOf(*object));
@@ -298,8 +301,8 @@ namespace {
 constexpr std::size_t kMostMenuEntries = 60;
 constexpr int kSwatchSide = 12;
 
-host::LONG NextValue(Switch which, int value) {
-  if (which == Switch::kGenerator) return value ? 0 : 1;
+host::LONG NextValue(engine::Switch which, int value) {
+  if (which == engine::Switch::kGenerator) return value ? 0 : 1;
   switch (value) {
     case host::MODE_UNDEF:
       return host::MODE_ON;
@@ -372,7 +375,7 @@ void ObjectTree::PressTag(BaseObject& object, const QModelIndex& index, const QM
   const bool add = event.modifiers() & Qt::ControlModifier;
   const QRect cell = visualRect(index);
   const TagHit hit = TagAt(cell, event.position().toPoint(), object);
-  if (hit.tag) return SelectTag(*hit.tag, add);
+  if (hit.tag) return engine::SelectTag(*hit.tag, add);
   if (!hit.more) return;
   QMenu menu(this);
   for (host::BaseTag* tag :
@@ -384,7 +387,7 @@ void ObjectTree::PressTag(BaseObject& object, const QModelIndex& index, const QM
   host::BaseDocument* doc = chosen ? model_->Document() : nullptr;
   host::BaseTag* tag =
       doc ? engine::AsTag(engine::FindNode(doc, chosen->data().value<engine::NodeId>())) : nullptr;
-  if (tag) SelectTag(*tag, add);
+  if (tag) engine::SelectTag(*tag, add);
 }
 
 void ObjectTree::AskLayer(BaseObject& object, const QPoint& place) {
@@ -406,18 +409,18 @@ void ObjectTree::AskLayer(BaseObject& object, const QPoint& place) {
   BaseObject* still = doc ? engine::AsObject(engine::FindNode(doc, asked)) : nullptr;
   if (!still) return;
   auto* layer = engine::AsLayer(engine::FindNode(doc, chosen->data().value<engine::NodeId>()));
-  RunEdit(*doc, AssignLayer(*doc, SelectedWith(*still), layer));
+  RunEdit(*doc, engine::AssignLayer(*doc, SelectedWith(*still), layer));
 }
 
 void ObjectTree::BeginSweep(BaseObject& object, const QModelIndex& index, int y) {
   EndSweep();
   host::BaseDocument& doc = *object.GetDocument();
-  const Switch which = ObjectModel::SwitchIn(index.column());
+  const engine::Switch which = ObjectModel::SwitchIn(index.column());
   const host::LONG value = NextValue(which, index.data(ObjectModel::kMode).toInt());
   sweep_ = Sweep{doc_, index.column(), value, y};
   doc.StartUndo();
-  engine::NameUndo(doc, SwitchStep(which));
-  ChangeSwitch(doc, SelectedWith(object), which, value);
+  engine::NameUndo(doc, engine::SwitchStep(which));
+  engine::ChangeSwitch(doc, SelectedWith(object), which, value);
 }
 
 void ObjectTree::SweepTo(int y) {
@@ -431,7 +434,7 @@ void ObjectTree::SweepTo(int y) {
     BaseObject* object = model_->ObjectAt(index);
     const QModelIndex cell = index.siblingAtColumn(sweep_->column);
     if (object && cell.data(ObjectModel::kMode).isValid()) {
-      ChangeSwitch(*doc, {object}, ObjectModel::SwitchIn(sweep_->column), sweep_->value);
+      engine::ChangeSwitch(*doc, {object}, ObjectModel::SwitchIn(sweep_->column), sweep_->value);
     }
   }
   sweep_->y = last;
@@ -449,10 +452,10 @@ void ObjectTree::EndSweep() {
 void ObjectTree::SwitchSelected(int column) {
   host::BaseDocument* doc = model_->Document();
   const BaseObject* active = doc ? doc->GetActiveObject() : nullptr;
-  const Switch which = ObjectModel::SwitchIn(column);
+  const engine::Switch which = ObjectModel::SwitchIn(column);
   if (!active) return;
-  const host::LONG value = NextValue(which, SwitchOf(*active, which));
-  RunEdit(*doc, SetSwitch(*doc, SelectedObjects(*doc), which, value));
+  const host::LONG value = NextValue(which, engine::SwitchOf(*active, which));
+  RunEdit(*doc, engine::SetSwitch(*doc, engine::SelectedObjects(*doc), which, value));
 }
 
 ObjectsPanel::ObjectsPanel(QWidget* parent)

@@ -56,7 +56,7 @@ QString CellText(const RenderData& settings, int column) {
 }  // namespace
 
 bool RenderSettingsModel::Update(host::BaseDocument* doc) {
-  stagemarks_ = FindStagemarkSettings(doc);
+  stagemarks_ = engine::FindSettingsOfStates(doc);
   return TakeWhatDiffers(doc, FlatTree(doc ? doc->GetFirstRenderData() : nullptr));
 }
 
@@ -66,11 +66,11 @@ RenderData* RenderSettingsModel::SettingsAt(const QModelIndex& index) const {
 
 QString RenderSettingsModel::StagemarkOf(const RenderData& settings) const {
   const auto it = stagemarks_.find(engine::IdOf(settings));
-  return it == stagemarks_.end() ? QString() : it->second;
+  return it == stagemarks_.end() ? QString() : ToQt(it->second);
 }
 
-SettingsList RenderSettingsModel::SettingsAt(const QModelIndexList& rows) const {
-  SettingsList settings;
+engine::SettingsList RenderSettingsModel::SettingsAt(const QModelIndexList& rows) const {
+  engine::SettingsList settings;
   for (const QModelIndex& row : rows) {
     if (RenderData* each = SettingsAt(row)) settings.push_back(each);
   }
@@ -124,7 +124,7 @@ bool RenderSettingsModel::setData(const QModelIndex& index, const QVariant& valu
       index.column() == kName && role == Qt::EditRole ? SettingsAt(index) : nullptr;
   if (!settings || value.toString().isEmpty()) return false;
   if (value.toString() != ToQt(settings->GetName()))
-    RenameRenderSettings(*Document(), *settings, ToHost(value.toString()));
+    engine::RenameRenderSettings(*Document(), *settings, ToHost(value.toString()));
   emit dataChanged(index, index);
   return true;
 }
@@ -202,11 +202,11 @@ void RenderSettingsList::Follow(host::BaseDocument* doc) {
   if (IdentityOf(doc) == doc_ && count == seen_) return;
   doc_ = IdentityOf(doc);
   seen_ = count;
-  const Ids before = *chosen_;
+  const engine::Ids before = *chosen_;
   showing_ = true;
   if (model_->Update(doc)) {
     expandAll();
-    SettingsList still;
+    engine::SettingsList still;
     for (const engine::NodeId id : before)
       still.push_back(engine::AsRenderData(engine::FindNode(doc, id)));
     Choose(still);
@@ -216,7 +216,7 @@ void RenderSettingsList::Follow(host::BaseDocument* doc) {
   viewport()->update();
 }
 
-void RenderSettingsList::Choose(const SettingsList& settings) {
+void RenderSettingsList::Choose(const engine::SettingsList& settings) {
   QItemSelection wanted;
   for (const host::RenderData* each : settings) {
     const QModelIndex index = each ? model_->IndexOf(engine::IdOf(*each)) : QModelIndex();
@@ -230,11 +230,11 @@ void RenderSettingsList::Choose(const SettingsList& settings) {
 }
 
 void RenderSettingsList::TakeChosen() {
-  Ids ids;
+  engine::Ids ids;
   for (const host::RenderData* each : Chosen()) ids.push_back(engine::IdOf(*each));
   const host::BaseDocument* doc = Document();
   if (ids.empty() && doc) ids.push_back(engine::IdOf(*doc->GetActiveRenderData()));
-  if (ids != *chosen_) chosen_ = std::make_shared<Ids>(std::move(ids));
+  if (ids != *chosen_) chosen_ = std::make_shared<engine::Ids>(std::move(ids));
 }
 
 QItemSelectionModel::SelectionFlags RenderSettingsList::selectionCommand(
@@ -255,7 +255,7 @@ void RenderSettingsList::selectionChanged(const QItemSelection& selected,
 
 void RenderSettingsList::Activate(const QModelIndex& index) {
   host::RenderData* settings = model_->SettingsAt(index);
-  if (settings) ActivateRenderSettings(*Document(), *settings);
+  if (settings) engine::ActivateRenderSettings(*Document(), *settings);
   viewport()->update();
 }
 
@@ -319,31 +319,33 @@ void RenderSettingsPanel::BuildActions(QWidget& side) {
   acts_.PutBelow(side);
   acts_.AddMaker("New Render Settings", [this](host::BaseDocument& doc) { Add(doc); });
   acts_.Add("duplicate", "Duplicate", {},
-            [this](host::BaseDocument& doc, const SettingsList& settings) {
-              const SettingsList copies = DuplicateRenderSettings(doc, settings);
+            [this](host::BaseDocument& doc, const engine::SettingsList& settings) {
+              const engine::SettingsList copies = engine::DuplicateRenderSettings(doc, settings);
               Follow(&doc);
               list_->Choose(copies);
             });
   acts_.Add("render-settings", "Render with These", {},
-            [](host::BaseDocument& doc, const SettingsList& settings) {
-              ActivateRenderSettings(doc, *settings.front());
+            [](host::BaseDocument& doc, const engine::SettingsList& settings) {
+              engine::ActivateRenderSettings(doc, *settings.front());
             });
   acts_.AddSpace();
   delete_ = acts_.Add("delete", "Delete Render Settings", QKeySequence::Delete,
-                      [this](host::BaseDocument& doc, const SettingsList& settings) {
-                        if (MayDelete(doc, settings)) DeleteRenderSettings(doc, settings);
+                      [this](host::BaseDocument& doc, const engine::SettingsList& settings) {
+                        if (MayDelete(doc, settings)) engine::DeleteRenderSettings(doc, settings);
                       });
 }
 
 // Those below the chosen ones go with them.
-bool RenderSettingsPanel::MayDelete(const host::BaseDocument& doc, const SettingsList& settings) {
-  const StagemarkSettings all = FindStagemarkSettings(&doc);
+bool RenderSettingsPanel::MayDelete(const host::BaseDocument& doc,
+                                    const engine::SettingsList& settings) {
+  const engine::SettingsOfStates all = engine::FindSettingsOfStates(&doc);
   std::set<QString> hit;
   std::vector<const host::RenderData*> open(settings.begin(), settings.end());
   while (!open.empty()) {
     const host::RenderData* each = open.back();
     open.pop_back();
-    if (const auto it = all.find(engine::IdOf(*each)); it != all.end()) hit.insert(it->second);
+    if (const auto it = all.find(engine::IdOf(*each)); it != all.end())
+      hit.insert(ToQt(it->second));
     for (const host::RenderData* below = each->GetDown(); below; below = below->GetNext())
       open.push_back(below);
   }
@@ -376,7 +378,7 @@ void RenderSettingsPanel::Follow(host::BaseDocument* doc) {
 }
 
 void RenderSettingsPanel::Add(host::BaseDocument& doc) {
-  host::RenderData* settings = AddRenderSettings(doc);
+  host::RenderData* settings = engine::AddRenderSettings(doc);
   Follow(&doc);
   list_->Choose({settings});
   list_->EditName();

@@ -5,14 +5,14 @@
 #include <QTreeView>
 #include <QWidget>
 
+#include "engine/editing/InspectedElements.h"
+#include "engine/editing/RenderSettingsCommands.h"
+#include "engine/editing/StoredStates.h"
 #include "program/desktop/attributes/AttributesView.h"
-#include "program/desktop/attributes/LookedAt.h"
 #include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/NodeTreeModel.h"
-#include "program/desktop/panels/RenderSettingsActs.h"
-#include "program/desktop/panels/StagemarkSettings.h"
 
 namespace desktop {
 
@@ -35,7 +35,7 @@ class RenderSettingsModel : public NodeTreeModel {
   host::RenderData* SettingsAt(const QModelIndex& index) const;
   // Name of the Stagemark that they belong to, as it was at the last Update; empty for none.
   QString StagemarkOf(const host::RenderData& settings) const;
-  SettingsList SettingsAt(const QModelIndexList& rows) const;
+  engine::SettingsList SettingsAt(const QModelIndexList& rows) const;
 
   int columnCount(const QModelIndex& = {}) const override { return kColumnCount; }
   QVariant data(const QModelIndex& index, int role) const override;
@@ -59,7 +59,7 @@ class RenderSettingsModel : public NodeTreeModel {
   QVariant BelongsText(const QModelIndex& index, int role) const;
 
   // As at the last Update: found out once for all rows, since it reads every recording.
-  StagemarkSettings stagemarks_;
+  engine::SettingsOfStates stagemarks_;
 };
 
 // The active settings are marked by a dot; a click on a dot or a double click makes others active.
@@ -72,10 +72,12 @@ class RenderSettingsList : public QTreeView, public DocumentView {
   void Follow(host::BaseDocument* doc) override;
   RenderSettingsModel& Model() { return *model_; }
   host::BaseDocument* Document() const { return model_->Document(); }
-  SettingsList Chosen() const { return model_->SettingsAt(selectionModel()->selectedRows()); }
+  engine::SettingsList Chosen() const {
+    return model_->SettingsAt(selectionModel()->selectedRows());
+  }
   // The chosen ones; the active ones where none are. Never null.
-  const SharedIds& ChosenIds() const { return chosen_; }
-  void Choose(const SettingsList& settings);
+  const engine::SharedIds& ChosenIds() const { return chosen_; }
+  void Choose(const engine::SettingsList& settings);
   // Begins to edit the name of the current row in place.
   void EditName() { edit(currentIndex().siblingAtColumn(RenderSettingsModel::kName)); }
   QSize sizeHint() const override { return {340, 200}; }
@@ -100,7 +102,7 @@ class RenderSettingsList : public QTreeView, public DocumentView {
   host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
   bool showing_ = true;  // what changes in here is no act of a person
-  SharedIds chosen_ = std::make_shared<Ids>();
+  engine::SharedIds chosen_ = std::make_shared<engine::Ids>();
 };
 
 // The list with its buttons and context menu, and the attributes of the chosen settings; owns them.
@@ -117,7 +119,7 @@ class RenderSettingsPanel : public QWidget, public DocumentView {
   // Makes render settings, chooses them and begins to edit their name.
   void Add(host::BaseDocument& doc);
   // Asks where what goes belongs to Stagemarks.
-  bool MayDelete(const host::BaseDocument& doc, const SettingsList& settings);
+  bool MayDelete(const host::BaseDocument& doc, const engine::SettingsList& settings);
 
   RenderSettingsList* list_;
   AttributesView* values_;

@@ -14,7 +14,6 @@ namespace desktop {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenTicks{2000};
-constexpr host::LONG kWholeDocument = 1024;
 
 std::string NoteOf(const host::BaseDocument& doc) {
   const host::Filename folder = doc.GetDocumentPath();
@@ -102,7 +101,7 @@ void Autosave::Keep(host::BaseDocument& doc, Kept& state) {
   state.acts = 0;
   if (const engine::Status ready = folder_.Prepare(); !ready) return Done(document, count, ready);
   AutosaveJob job;
-  job.copy.reset(static_cast<host::BaseDocument*>(doc.GetClone(kWholeDocument, nullptr)));
+  job.copy.reset(static_cast<host::BaseDocument*>(doc.GetClone(host::COPY_DOCUMENT, nullptr)));
   job.files = folder_.FilesOf(document);
   job.note = NoteOf(doc);
   worker_.Start(std::move(job), [this, document, count](const engine::Status& status) {

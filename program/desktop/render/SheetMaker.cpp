@@ -19,7 +19,6 @@ using pictures::StagemarksDialog;
 
 // Of the whole work: finding out the sizes.
 constexpr double kMeasuring = 0.1;
-constexpr host::LONG kWholeDocument = 1024;
 
 // The options as they stand in the dialog: not all of them are kept in the scene.
 std::vector<std::string> OptionsOfDialog() {
@@ -103,7 +102,7 @@ void SheetMaker::Begin() {
                                   : doc->GetDocumentName();
   order_ = OptionsOfDialog();
   order_.insert(order_.begin(), path.GetString().ToUtf8());
-  copy_.reset(static_cast<host::BaseDocument*>(doc->GetClone(kWholeDocument, nullptr)));
+  copy_.reset(static_cast<host::BaseDocument*>(doc->GetClone(host::COPY_DOCUMENT, nullptr)));
   if (!copy_) return Fail("There was not enough memory for a copy of the scene.");
   writing_.Start(
       [this](const BackgroundJob::Control& job) {

@@ -4,7 +4,7 @@
 #include <QMouseEvent>
 #include <cmath>
 
-#include "program/desktop/SceneCommands.h"
+#include "engine/editing/MaterialCommands.h"
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/view/Viewport.h"
@@ -186,7 +186,7 @@ void Viewport::dropEvent(QDropEvent* event) {
   auto* material =
       materials.empty() ? nullptr : engine::AsMaterial(engine::FindNode(doc, materials.front()));
   event->setAccepted(object && material);
-  if (object && material) RunEdit(*doc, AssignMaterial(*material, {object}));
+  if (object && material) RunEdit(*doc, engine::AssignMaterial(*material, {object}));
 }
 
 }  // namespace desktop

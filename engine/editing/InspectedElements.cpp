@@ -1,39 +1,42 @@
-#include "program/desktop/attributes/LookedAt.h"
+#include "engine/editing/InspectedElements.h"
 
-namespace desktop {
+namespace engine {
 
 namespace {
 
+// One of this run: a file opened twice makes two documents with the same nodes. 0 for none.
+host::ULLONG RunIdOf(const host::BaseDocument* doc) { return doc ? NumberOf(*doc) : 0; }
+
 void AddChosen(Ids& ids, const host::GeListNode* first) {
-  for (const host::GeListNode* node = first; node; node = engine::NextInTree(node)) {
+  for (const host::GeListNode* node = first; node; node = NextInTree(node)) {
     if (static_cast<const host::BaseList2D*>(node)->GetBit(host::BIT_ACTIVE))
-      ids.push_back(engine::IdOf(*node));
+      ids.push_back(IdOf(*node));
   }
 }
 
 }  // namespace
 
-void LookedAt::Follow(const host::BaseDocument* doc) {
-  const host::ULLONG count = doc ? engine::SelectionChangeCount(*doc) : 0;
-  if (IdentityOf(doc) == doc_ && count == seen_) {
+void InspectedElements::Follow(const host::BaseDocument* doc) {
+  const host::ULLONG count = doc ? SelectionChangeCount(*doc) : 0;
+  if (RunIdOf(doc) == doc_ && count == seen_) {
     if (!shown_.empty()) Choose(doc);
     return;
   }
-  const bool isNew = IdentityOf(doc) != doc_;
-  if (isNew) *this = LookedAt();
-  doc_ = IdentityOf(doc);
+  const bool isNew = RunIdOf(doc) != doc_;
+  if (isNew) *this = InspectedElements();
+  doc_ = RunIdOf(doc);
   seen_ = count;
   if (doc) TakeOver(ReadSelection(*doc), isNew);
   Choose(doc);
 }
 
-void LookedAt::Show(const host::BaseDocument& doc, Ids elements) {
+void InspectedElements::Show(const host::BaseDocument& doc, Ids elements) {
   Follow(&doc);
   shown_ = std::move(elements);
   Choose(&doc);
 }
 
-void LookedAt::Return(const host::BaseDocument& doc, Kind kind) {
+void InspectedElements::Return(const host::BaseDocument& doc, Kind kind) {
   Follow(&doc);
   if (selection_[kind].empty()) return;
   shown_.clear();
@@ -41,10 +44,10 @@ void LookedAt::Return(const host::BaseDocument& doc, Kind kind) {
   Choose(&doc);
 }
 
-LookedAt::Selection LookedAt::ReadSelection(const host::BaseDocument& doc) {
+InspectedElements::Selection InspectedElements::ReadSelection(const host::BaseDocument& doc) {
   Selection selection;
-  for (host::BaseList2D* element : engine::SelectedInOrder(doc)) {
-    selection[engine::AsObject(element) ? kObjects : kTags].push_back(engine::IdOf(*element));
+  for (host::BaseList2D* element : SelectedInOrder(doc)) {
+    selection[AsObject(element) ? kObjects : kTags].push_back(IdOf(*element));
   }
   AddChosen(selection[kMaterials], doc.GetFirstMaterial());
   AddChosen(selection[kLayers], doc.GetLayerObjectRoot()->GetFirst());
@@ -53,7 +56,7 @@ LookedAt::Selection LookedAt::ReadSelection(const host::BaseDocument& doc) {
 
 // Of several that changed at once the tags count, which are selected together with their objects. A
 // document that is looked at for the first time begins with its objects.
-void LookedAt::TakeOver(Selection selection, bool isNew) {
+void InspectedElements::TakeOver(Selection selection, bool isNew) {
   if (selection == selection_) return;
   shown_.clear();
   for (int kind = kObjects; kind >= kTags; --kind) {
@@ -66,15 +69,15 @@ void LookedAt::TakeOver(Selection selection, bool isNew) {
 }
 
 // Without a selection of the last kind one looks at the objects again, or at the tags.
-const Ids& LookedAt::Wanted() const {
+const Ids& InspectedElements::Wanted() const {
   if (!shown_.empty()) return shown_;
   if (!selection_[last_].empty()) return selection_[last_];
   return selection_[selection_[kObjects].empty() ? kTags : kObjects];
 }
 
-void LookedAt::Choose(const host::BaseDocument* doc) {
-  std::erase_if(shown_, [doc](engine::NodeId id) { return !engine::FindNode(doc, id); });
+void InspectedElements::Choose(const host::BaseDocument* doc) {
+  std::erase_if(shown_, [doc](NodeId id) { return !FindNode(doc, id); });
   if (*elements_ != Wanted()) elements_ = std::make_shared<Ids>(Wanted());
 }
 
-}  // namespace desktop
+}  // namespace engine

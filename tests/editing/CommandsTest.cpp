@@ -1,22 +1,21 @@
 // What a person does to a scene: each one undo step, in the order of the tree, with names of their
 // own for copies.
-#include "program/desktop/SceneCommands.h"
-
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <set>
 
+#include "engine/editing/MaterialCommands.h"
+#include "engine/editing/ObjectCommands.h"
+#include "engine/editing/Selection.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/Undo.h"
-#include "program/desktop/attributes/FieldEditing.h"
-#include "program/desktop/background/SlicedEdit.h"
-#include "tests/desktop/NoPatience.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
 
-using desktop::Switch;
 using engine::RunWhole;
+using engine::Switch;
 using host::BaseObject;
 using tests::SceneBuilder;
 
@@ -40,7 +39,7 @@ struct Scene : SceneBuilder {
     return names;
   }
   void Choose(std::initializer_list<const char*> paths) {
-    desktop::SelectNone(Doc());
+    engine::SelectNone(Doc());
     for (const char* path : paths) Doc().SetActiveObject(GetObject(path), host::SELECTION_ADD);
   }
   host::LONG MaterialTags(const char* path, const char* material) {
@@ -53,53 +52,53 @@ struct Scene : SceneBuilder {
   }
 };
 
-TEST(SceneCommands, Selecting) {
+TEST(Commands, Selecting) {
   Scene scene;
-  desktop::SelectAll(scene.Doc());
+  engine::SelectAll(scene.Doc());
   EXPECT_EQ(scene.Names(true), scene.Names());
-  EXPECT_EQ(desktop::TopmostSelected(scene.Doc()).size(), 4u);
+  EXPECT_EQ(engine::TopmostSelected(scene.Doc()).size(), 4u);
   scene.Choose({"D", "C/Deep/Deeper", "C/Deep"});
   const std::vector<BaseObject*> topmost = {scene.GetObject("C/Deep"), scene.GetObject("D")};
-  EXPECT_EQ(desktop::TopmostSelected(scene.Doc()), topmost);
-  EXPECT_EQ(desktop::SelectedObjects(scene.Doc()).size(), 3u);
+  EXPECT_EQ(engine::TopmostSelected(scene.Doc()), topmost);
+  EXPECT_EQ(engine::SelectedObjects(scene.Doc()).size(), 3u);
   host::BaseTag* tag = scene.GetTag("B", host::Tcompositing);
-  desktop::SelectTag(*tag, true);
+  engine::SelectTag(*tag, true);
   EXPECT_EQ(engine::ActiveTagOf(scene.Doc()), tag);
   EXPECT_EQ(scene.Names(true), "Deep Deeper D ");
-  desktop::SelectTag(*tag, true);
+  engine::SelectTag(*tag, true);
   EXPECT_EQ(engine::ActiveTagOf(scene.Doc()), nullptr);
-  desktop::SelectTag(*tag, false);
+  engine::SelectTag(*tag, false);
   EXPECT_EQ(scene.Names(true), "");
-  desktop::SelectNone(scene.Doc());
+  engine::SelectNone(scene.Doc());
   EXPECT_EQ(engine::ActiveTagOf(scene.Doc()), nullptr);
 }
 
-TEST(SceneCommands, DeletesObjectsAndTagsInOneStep) {
+TEST(Commands, DeletesObjectsAndTagsInOneStep) {
   Scene scene;
   scene.Choose({"A", "A/In", "C/Deep"});
   for (const auto& [path, type] : {std::pair{"A/In", host::Tphong}, {"B", host::Tcompositing}}) {
-    desktop::SelectTag(*scene.GetTag(path, type), true);
+    engine::SelectTag(*scene.GetTag(path, type), true);
   }
   const std::string before = engine::DumpDocument(scene.Doc());
-  RunWhole(scene.Doc(), desktop::DeleteSelected(scene.Doc()));
+  RunWhole(scene.Doc(), engine::DeleteSelected(scene.Doc()));
   EXPECT_EQ(scene.Names(), "B C D ");
   EXPECT_EQ(scene.GetObject("B")->GetFirstTag(), nullptr);
   EXPECT_EQ(engine::UndoName(scene.Doc()), "Delete");
   EXPECT_TRUE(scene.Doc().DoUndo());
   EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())),
             std::vector<std::string>());
-  desktop::SelectNone(scene.Doc());
-  RunWhole(scene.Doc(), desktop::DeleteSelected(scene.Doc()));
+  engine::SelectNone(scene.Doc());
+  RunWhole(scene.Doc(), engine::DeleteSelected(scene.Doc()));
   EXPECT_FALSE(engine::CanUndo(scene.Doc()));
 }
 
-TEST(SceneCommands, DuplicatesDeepAndMovesTheSelectionOn) {
+TEST(Commands, DuplicatesDeepAndMovesTheSelectionOn) {
   Scene scene;
   scene.GetTag("A", host::Ttexture)->GetDataInstance()->SetLink(1, scene.GetObject("D"));
   scene.GetTag("A", host::Ttexture)->GetDataInstance()->SetLink(2, scene.GetObject("B"));
   scene.Object("A.1");
   scene.Choose({"A", "A/In", "C/Deep", "D"});
-  RunWhole(scene.Doc(), desktop::DuplicateSelected(scene.Doc()));
+  RunWhole(scene.Doc(), engine::DuplicateSelected(scene.Doc()));
   EXPECT_EQ(scene.Names(), "A In A.2 In B C Deep Deeper Deep.1 Deeper D D.1 A.1 ");
   EXPECT_EQ(scene.Names(true), "A.2 Deep.1 D.1 ");
   EXPECT_EQ(scene.GetObject("C/Deep.1")->GetUp(), scene.GetObject("C"));
@@ -108,7 +107,7 @@ TEST(SceneCommands, DuplicatesDeepAndMovesTheSelectionOn) {
   const host::BaseContainer& data = *scene.GetTag("A.2", host::Ttexture)->GetDataInstance();
   EXPECT_EQ(data.GetLink(1, &scene.Doc()), scene.GetObject("D.1"));
   EXPECT_EQ(data.GetLink(2, &scene.Doc()), scene.GetObject("B"));
-  RunWhole(scene.Doc(), desktop::DuplicateSelected(scene.Doc()));
+  RunWhole(scene.Doc(), engine::DuplicateSelected(scene.Doc()));
   EXPECT_EQ(scene.Names(true), "A.2.1 Deep.1.1 D.1.1 ");
   EXPECT_EQ(engine::UndoName(scene.Doc()), "Duplicate");
   EXPECT_TRUE(scene.Doc().DoUndo());
@@ -116,14 +115,27 @@ TEST(SceneCommands, DuplicatesDeepAndMovesTheSelectionOn) {
   EXPECT_EQ(scene.Names(), "A In B C Deep Deeper D A.1 ");
 }
 
-TEST(SceneCommands, ThousandsOfOneNameGetNumbers) {
+TEST(Commands, ThousandsOfOneNameGetNumbers) {
   SceneBuilder scene;
   for (int i = 0; i < 20000; ++i) scene.Doc().AppendObject(BaseObject::Alloc(host::Onull));
-  desktop::SelectAll(scene.Doc());
+  engine::SelectAll(scene.Doc());
   const std::string name = scene.Doc().GetFirstObject()->GetName().ToUtf8();
-  RunWhole(scene.Doc(), desktop::DuplicateSelected(scene.Doc()));
-  EXPECT_EQ(desktop::SelectedObjects(scene.Doc()).size(), 20000u);
+  RunWhole(scene.Doc(), engine::DuplicateSelected(scene.Doc()));
+  EXPECT_EQ(engine::SelectedObjects(scene.Doc()).size(), 20000u);
   EXPECT_EQ(scene.Doc().GetActiveObject()->GetName().ToUtf8(), name + ".20000");
+}
+
+TEST(Commands, CopiesOfManyMaterialsGetNamesOfTheirOwn) {
+  tests::SceneBuilder scene;
+  for (int i = 0; i < 3000; ++i) scene.Material("Same");
+  engine::MaterialList all;
+  for (host::BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext())
+    all.push_back(m);
+  engine::DuplicateMaterials(scene.Doc(), all);
+  std::set<std::string> names;
+  for (host::BaseMaterial* m = scene.Doc().GetFirstMaterial(); m; m = m->GetNext())
+    names.insert(m->GetName().ToUtf8());
+  EXPECT_EQ(names.size(), 3001U) << "the old ones share one name, each copy has its own";
 }
 
 struct LongAct {
@@ -143,25 +155,25 @@ void ExpectNothingOfStopped(const LongAct& one, host::BaseDocument& doc,
   }
 }
 
-TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
+TEST(Commands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
   SceneBuilder scene;
   scene.Material("Red");
   for (int i = 0; i < 600; ++i)
     scene.Doc().AppendObject(BaseObject::Alloc(i % 2 ? host::Onull : host::Ocube));
   scene.Doc().GetFirstObject()->MakeTag(host::Tphong);
   const auto selectAll = [&] {
-    desktop::SelectNone(scene.Doc());
-    desktop::SelectAll(scene.Doc());
+    engine::SelectNone(scene.Doc());
+    engine::SelectAll(scene.Doc());
     scene.Doc().SetActiveTag(scene.Doc().GetFirstObject()->GetFirstTag());
   };
   selectAll();
-  const auto all = [&] { return desktop::SelectedObjects(scene.Doc()); };
+  const auto all = [&] { return engine::SelectedObjects(scene.Doc()); };
   const LongAct acts[] = {
-      {[&] { return desktop::DuplicateSelected(scene.Doc()); },
+      {[&] { return engine::DuplicateSelected(scene.Doc()); },
        {0, 400, 600, 1000, 1200, 1201, 1800}},
-      {[&] { return desktop::DeleteSelected(scene.Doc()); }, {0, 1, 300, 601}},
-      {[&] { return desktop::AssignMaterial(*scene.GetMaterial("Red"), all()); }, {1, 600}},
-      {[&] { return desktop::SetSwitch(scene.Doc(), all(), Switch::kRender, host::MODE_OFF); },
+      {[&] { return engine::DeleteSelected(scene.Doc()); }, {0, 1, 300, 601}},
+      {[&] { return engine::AssignMaterial(*scene.GetMaterial("Red"), all()); }, {1, 600}},
+      {[&] { return engine::SetSwitch(scene.Doc(), all(), Switch::kRender, host::MODE_OFF); },
        {1, 600}},
   };
   const std::string before = engine::DumpDocument(scene.Doc());
@@ -179,50 +191,50 @@ TEST(SceneCommands, OfVeryManyCanBeStoppedAndThenChangeNothing) {
   }
 }
 
-// The next turn of the wheel takes the place of the one before only where that made a step.
-TEST(SceneCommands, AFieldEditThatWasStoppedIsNotGoneOnWith) {
-  SceneBuilder scene;
-  for (int i = 0; i < 600; ++i) scene.Doc().AppendObject(BaseObject::Alloc(host::Ocube));
-  auto all = std::make_shared<desktop::Ids>();
-  for (BaseObject* object = scene.Doc().GetFirstObject(); object; object = object->GetNext())
-    all->push_back(engine::IdOf(*object));
-  const desktop::Field position{desktop::kFieldPosition, "Position", desktop::FieldKind::Vector};
-  desktop::FieldEditing editing;
-  const auto set = [&](double x) {
-    editing.Set(scene.Doc(), all, position, {host::Vector(x, 0, 0), {true, true, true}, true});
-  };
-  BaseObject* last = engine::AsObject(engine::FindNode(&scene.Doc(), all->back()));
-  set(1);
-  {
-    const desk::NoPatience slices;
-    set(2);
-    EXPECT_TRUE(desktop::IsEditing());
-    desktop::StopEdit();
-  }
-  EXPECT_EQ(scene.Doc().GetFirstObject()->GetMl().off, host::Vector(1, 0, 0));
-  EXPECT_EQ(last->GetMl().off, host::Vector(1, 0, 0));
-  set(3);
-  EXPECT_EQ(last->GetMl().off, host::Vector(3, 0, 0));
-  EXPECT_EQ(engine::DoneNames(scene.Doc()).size(), 2U);
-  EXPECT_TRUE(scene.Doc().DoUndo());
-  EXPECT_EQ(last->GetMl().off, host::Vector(1, 0, 0));
-}
-
-TEST(SceneCommands, GivesMaterialsByTheFirstTextureTag) {
+TEST(Commands, GiveMaterialsInOneStep) {
   Scene scene;
   const std::vector<BaseObject*> both = {scene.GetObject("A"), scene.GetObject("B")};
-  RunWhole(scene.Doc(), desktop::AssignMaterial(*scene.GetMaterial("Blue"), both));
+  RunWhole(scene.Doc(), engine::AssignMaterial(*scene.GetMaterial("Blue"), both));
   EXPECT_EQ(scene.MaterialTags("A", "Blue") + scene.MaterialTags("B", "Blue"), 2);
   EXPECT_EQ(scene.MaterialTags("A", "Red"), 0);
   EXPECT_EQ(engine::UndoName(scene.Doc()), "Assign Material");
   EXPECT_TRUE(scene.Doc().DoUndo());
   EXPECT_EQ(scene.MaterialTags("A", "Red"), 1);
   EXPECT_EQ(scene.GetObject("B")->GetTag(host::Ttexture), nullptr);
-  RunWhole(scene.Doc(), desktop::AssignMaterial(*scene.GetMaterial("Red"), {scene.GetObject("A")}));
+  RunWhole(scene.Doc(), engine::AssignMaterial(*scene.GetMaterial("Red"), {scene.GetObject("A")}));
   EXPECT_FALSE(engine::CanUndo(scene.Doc()));
 }
 
-TEST(SceneCommands, SetsSwitches) {
+// Of several texture tags the picture shows the last one that has a material, so that one gets it.
+TEST(Commands, GiveMaterialsToTheTagThatThePictureShows) {
+  struct Case {
+    std::vector<const char*> before;  // materials of the tags, empty: none
+    std::vector<const char*> after;
+  };
+  const Case cases[] = {{{}, {"Blue"}},
+                        {{"Red"}, {"Blue"}},
+                        {{""}, {"Blue"}},
+                        {{"Red", "Green"}, {"Red", "Blue"}},
+                        {{"Red", "Blue"}, {"Red", "Blue"}},
+                        {{"Red", ""}, {"Blue", ""}},
+                        {{"Red", "Green", ""}, {"Red", "Blue", ""}},
+                        {{"", ""}, {"", "Blue"}}};
+  for (const Case& one : cases) {
+    SceneBuilder scene;
+    scene.Cube("Box").Material("Red").Material("Green").Material("Blue");
+    for (const char* material : one.before) scene.Texture("Box", material);
+    RunWhole(scene.Doc(),
+             engine::AssignMaterial(*scene.GetMaterial("Blue"), {scene.GetObject("Box")}));
+    std::vector<std::string> after;
+    for (host::BaseTag* tag = scene.GetObject("Box")->GetFirstTag(); tag; tag = tag->GetNext()) {
+      const host::BaseMaterial* material = engine::AsTextureTag(tag)->GetMaterial();
+      after.push_back(material ? material->GetName().ToUtf8() : "");
+    }
+    EXPECT_EQ(after, std::vector<std::string>(one.after.begin(), one.after.end()));
+  }
+}
+
+TEST(Commands, SetsSwitches) {
   Scene scene;
   const std::vector<BaseObject*> both = {scene.GetObject("A"), scene.GetObject("B")};
   const std::string before = engine::DumpDocument(scene.Doc());
@@ -230,10 +242,10 @@ TEST(SceneCommands, SetsSwitches) {
        {std::tuple{Switch::kEditor, host::MODE_OFF, "Visibility"},
         {Switch::kRender, host::MODE_ON, "Visibility"},
         {Switch::kGenerator, 0, "Generator"}}) {
-    RunWhole(scene.Doc(), desktop::SetSwitch(scene.Doc(), both, which, value));
-    EXPECT_EQ(desktop::SwitchOf(*both[1], which), value);
+    RunWhole(scene.Doc(), engine::SetSwitch(scene.Doc(), both, which, value));
+    EXPECT_EQ(engine::SwitchOf(*both[1], which), value);
     EXPECT_EQ(engine::UndoName(scene.Doc()), name);
-    RunWhole(scene.Doc(), desktop::SetSwitch(scene.Doc(), both, which, value));
+    RunWhole(scene.Doc(), engine::SetSwitch(scene.Doc(), both, which, value));
     EXPECT_TRUE(scene.Doc().DoUndo());
     EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())),
               std::vector<std::string>());

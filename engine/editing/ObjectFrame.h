@@ -5,7 +5,7 @@
 
 #include "host/Math.h"
 
-namespace desktop {
+namespace engine {
 
 host::Vector AnglesOf(const host::Matrix& frame);
 host::Vector ScaleOf(const host::Matrix& frame);
@@ -13,4 +13,4 @@ host::Matrix WithAngles(const host::Matrix& frame, const host::Vector& angles);
 // A scale of 0 becomes a tiny one, because the direction of the axis would be lost with its length.
 host::Matrix WithScale(const host::Matrix& frame, const host::Vector& scale);
 
-}  // namespace desktop
+}  // namespace engine

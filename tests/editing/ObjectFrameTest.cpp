@@ -1,10 +1,10 @@
 // Position, angles and scale of frames: what is typed comes back, and what is not typed stays.
-#include "program/desktop/attributes/ObjectFrame.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+
+#include "engine/editing/ObjectFrame.h"
 
 namespace {
 
@@ -27,9 +27,9 @@ TEST(ObjectFrame, GivesBackAnglesAndScales) {
           const Vector angles(x * kDegree, y * kDegree, z * kDegree);
           Matrix frame;
           frame.off = {1, 2, 3};
-          const Matrix placed = desktop::WithScale(desktop::WithAngles(frame, angles), scale);
-          ExpectNear(desktop::AnglesOf(placed), angles);
-          ExpectNear(desktop::ScaleOf(placed), scale);
+          const Matrix placed = engine::WithScale(engine::WithAngles(frame, angles), scale);
+          ExpectNear(engine::AnglesOf(placed), angles);
+          ExpectNear(engine::ScaleOf(placed), scale);
           EXPECT_EQ(placed.off, frame.off);
         }
       }
@@ -39,8 +39,8 @@ TEST(ObjectFrame, GivesBackAnglesAndScales) {
 
 TEST(ObjectFrame, UprightFramesStayTheSame) {
   for (const double x : {-90.0, 90.0}) {
-    const Matrix frame = desktop::WithAngles({}, {x * kDegree, 20 * kDegree, 50 * kDegree});
-    const Matrix again = desktop::WithAngles({}, desktop::AnglesOf(frame));
+    const Matrix frame = engine::WithAngles({}, {x * kDegree, 20 * kDegree, 50 * kDegree});
+    const Matrix again = engine::WithAngles({}, engine::AnglesOf(frame));
     ExpectNear(again.v1, frame.v1);
     ExpectNear(again.v2, frame.v2);
     ExpectNear(again.v3, frame.v3);
@@ -51,26 +51,26 @@ TEST(ObjectFrame, ShearSurvivesATurnThereAndBack) {
   Matrix frame;
   frame.v1 = {1, 0.4, 0};
   frame.v2 = {0.3, 2, 0.1};
-  const Vector before = desktop::AnglesOf(frame);
-  const Matrix back = desktop::WithAngles(desktop::WithAngles(frame, {0.3, 0.4, 0.5}), before);
+  const Vector before = engine::AnglesOf(frame);
+  const Matrix back = engine::WithAngles(engine::WithAngles(frame, {0.3, 0.4, 0.5}), before);
   ExpectNear(back.v1, frame.v1);
   ExpectNear(back.v2, frame.v2);
-  ExpectNear(desktop::WithScale(frame, desktop::ScaleOf(frame)).v2, frame.v2, 0);
+  ExpectNear(engine::WithScale(frame, engine::ScaleOf(frame)).v2, frame.v2, 0);
 }
 
 TEST(ObjectFrame, FlatAndBrokenFramesCanBePutRight) {
   const double nothing = std::numeric_limits<double>::quiet_NaN();
   const Vector angles(0.2, 0.3, 0.4);
-  const Matrix flat = desktop::WithScale(desktop::WithAngles({}, angles), Vector(0));
-  ExpectNear(desktop::AnglesOf(flat), angles);
-  ExpectNear(desktop::ScaleOf(desktop::WithScale(flat, Vector(1))), Vector(1));
+  const Matrix flat = engine::WithScale(engine::WithAngles({}, angles), Vector(0));
+  ExpectNear(engine::AnglesOf(flat), angles);
+  ExpectNear(engine::ScaleOf(engine::WithScale(flat, Vector(1))), Vector(1));
   for (const Vector axis : {Vector(0), Vector(nothing), Vector(1e200)}) {
     Matrix broken;
     broken.v1 = broken.v2 = broken.v3 = axis;
-    const Vector now = desktop::AnglesOf(broken);
+    const Vector now = engine::AnglesOf(broken);
     EXPECT_TRUE(std::isfinite(now.x) && std::isfinite(now.y) && std::isfinite(now.z));
-    const Matrix mended = desktop::WithScale(broken, Vector(1));
-    if (axis.x != 1e200) ExpectNear(desktop::ScaleOf(mended), Vector(1));
+    const Matrix mended = engine::WithScale(broken, Vector(1));
+    if (axis.x != 1e200) ExpectNear(engine::ScaleOf(mended), Vector(1));
   }
 }
 

@@ -1,9 +1,9 @@
-#include "program/desktop/attributes/ObjectFrame.h"
+#include "engine/editing/ObjectFrame.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace desktop {
+namespace engine {
 
 namespace {
 
@@ -106,4 +106,4 @@ Matrix WithScale(const Matrix& frame, const Vector& scale) {
   return result;
 }
 
-}  // namespace desktop
+}  // namespace engine

@@ -1,10 +1,10 @@
-#include "program/desktop/FreeNames.h"
+#include "engine/editing/FreeNames.h"
 
-namespace desktop {
+namespace engine {
 
 FreeNames::FreeNames(const host::BaseList2D* first) {
-  if (first && first->GetDocument()) taken_.reserve(engine::NodeCount(*first->GetDocument()));
-  for (const host::GeListNode* node = first; node; node = engine::NextInTree(node)) {
+  if (first && first->GetDocument()) taken_.reserve(NodeCount(*first->GetDocument()));
+  for (const host::GeListNode* node = first; node; node = NextInTree(node)) {
     taken_.insert(static_cast<const host::BaseList2D*>(node)->GetName().ToUtf8());
   }
 }
@@ -17,4 +17,4 @@ void FreeNames::Give(host::BaseList2D& element) {
   element.SetName(host::String(std::string_view(candidate)));
 }
 
-}  // namespace desktop
+}  // namespace engine

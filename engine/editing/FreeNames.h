@@ -8,7 +8,7 @@
 
 #include "engine/scene/Nodes.h"
 
-namespace desktop {
+namespace engine {
 
 class FreeNames {
  public:
@@ -23,4 +23,4 @@ class FreeNames {
   std::unordered_map<std::string, int> numbers_;  // the last one tried
 };
 
-}  // namespace desktop
+}  // namespace engine

@@ -1,12 +1,14 @@
-#include "program/desktop/panels/RenderSettingsActs.h"
+#include "engine/editing/RenderSettingsCommands.h"
 
 #include "engine/scene/Nodes.h"
 #include "engine/undo/Undo.h"
 #include "host/Application.h"
+#include "host/Parameters.h"
 
-namespace desktop {
+namespace engine {
 
 using host::BaseDocument;
+using host::LONG;
 using host::RenderData;
 
 namespace {
@@ -25,9 +27,9 @@ RenderData* AddRenderSettings(BaseDocument& doc) {
   RenderData* last = doc.GetFirstRenderData();
   while (last->GetNext()) last = last->GetNext();
   RenderData* settings = RenderData::Alloc();
-  engine::MakeNameUnique(*settings, doc.GetFirstRenderData());
+  MakeNameUnique(*settings, doc.GetFirstRenderData());
   {
-    const engine::UndoScope scope(doc, "New Render Settings");
+    const UndoScope scope(doc, "New Render Settings");
     doc.InsertRenderData(settings, nullptr, last);
     doc.AddUndo(host::UNDO_NEW, settings);
   }
@@ -38,12 +40,12 @@ RenderData* AddRenderSettings(BaseDocument& doc) {
 SettingsList DuplicateRenderSettings(BaseDocument& doc, const SettingsList& settings) {
   SettingsList copies;
   {
-    const engine::UndoScope scope(doc, "Duplicate Render Settings");
+    const UndoScope scope(doc, "Duplicate Render Settings");
     for (RenderData* source : settings) {
       if (!IsOf(doc, source)) continue;
-      RenderData* copy = engine::AsRenderData(source->GetClone(0, nullptr));
+      RenderData* copy = AsRenderData(source->GetClone(0, nullptr));
       if (!copy) continue;
-      engine::MakeNameUnique(*copy, doc.GetFirstRenderData());
+      MakeNameUnique(*copy, doc.GetFirstRenderData());
       doc.InsertRenderData(copy, source->GetUp(), source);
       doc.AddUndo(host::UNDO_NEW, copy);
       copies.push_back(copy);
@@ -56,7 +58,7 @@ SettingsList DuplicateRenderSettings(BaseDocument& doc, const SettingsList& sett
 void DeleteRenderSettings(BaseDocument& doc, const SettingsList& settings) {
   bool isLeft = false;
   {
-    const engine::UndoScope scope(doc, "Delete Render Settings");
+    const UndoScope scope(doc, "Delete Render Settings");
     for (RenderData* each : settings) {
       // What hung below another one has gone with it.
       if (!IsOf(doc, each)) continue;
@@ -72,7 +74,7 @@ void DeleteRenderSettings(BaseDocument& doc, const SettingsList& settings) {
 
 void ActivateRenderSettings(BaseDocument& doc, RenderData& settings) {
   {
-    const engine::UndoScope scope(doc, "Activate Render Settings");
+    const UndoScope scope(doc, "Activate Render Settings");
     doc.SetActiveRenderData(&settings);
   }
   host::EventAdd();
@@ -80,11 +82,28 @@ void ActivateRenderSettings(BaseDocument& doc, RenderData& settings) {
 
 void RenameRenderSettings(BaseDocument& doc, RenderData& settings, const host::String& name) {
   {
-    const engine::UndoScope scope(doc, "Rename");
+    const UndoScope scope(doc, "Rename");
     doc.AddUndo(host::UNDO_CHANGE, &settings);
     settings.SetName(name);
   }
   host::EventAdd();
 }
 
-}  // namespace desktop
+void SetRenderSize(BaseDocument& doc, LONG width, LONG height) {
+  host::RenderData* settings = doc.GetActiveRenderData();
+  doc.AddUndo(host::UNDO_CHANGE, settings);
+  settings->GetDataInstance()->SetLong(host::RDATA_XRES, width);
+  settings->GetDataInstance()->SetLong(host::RDATA_YRES, height);
+}
+
+void SetRenderFrames(BaseDocument& doc, LONG from, LONG to) {
+  host::RenderData* settings = doc.GetActiveRenderData();
+  doc.AddUndo(host::UNDO_CHANGE, settings);
+  host::BaseContainer& data = *settings->GetDataInstance();
+  const LONG rate = data.GetLong(host::RDATA_FRAMERATE, 30);
+  data.SetLong(host::RDATA_FRAMESEQUENCE, 0);
+  data.SetTime(host::RDATA_FRAMEFROM, host::BaseTime(from, rate));
+  data.SetTime(host::RDATA_FRAMETO, host::BaseTime(to, rate));
+}
+
+}  // namespace engine

@@ -1,5 +1,6 @@
-// What one does to the render settings of a document, each in one undo step, and told to the views.
-// Settings that are gone are left out. Main thread.
+// What a person does to the render settings of a document. Each is one undo step and posts the
+// change, but for those that say that they are a part of the open undo group. Settings that are
+// gone are left out. Main thread.
 #pragma once
 
 #include <vector>
@@ -7,7 +8,7 @@
 #include "host/BaseDocument.h"
 #include "host/RenderData.h"
 
-namespace desktop {
+namespace engine {
 
 using SettingsList = std::vector<host::RenderData*>;
 
@@ -21,4 +22,9 @@ void ActivateRenderSettings(host::BaseDocument& doc, host::RenderData& settings)
 void RenameRenderSettings(host::BaseDocument& doc, host::RenderData& settings,
                           const host::String& name);
 
-}  // namespace desktop
+// Picture size in pixels, and first and last frame, of the active render settings, as parts of the
+// open undo group; nothing is posted.
+void SetRenderSize(host::BaseDocument& doc, host::LONG width, host::LONG height);
+void SetRenderFrames(host::BaseDocument& doc, host::LONG from, host::LONG to);
+
+}  // namespace engine

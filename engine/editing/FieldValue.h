@@ -1,14 +1,16 @@
-// Values of fields: read from one element or from many at once, and written to one. A value has the
-// type that it is kept in, with three numbers as a vector and a choice among elements as a link.
-// Main thread.
+// Values of fields: read from one element or from many at once, and set in many in one undo step. A
+// value has the type that it is kept in, with three numbers as a vector and a choice among elements
+// as a link. Main thread.
 #pragma once
 
 #include <array>
 #include <vector>
 
-#include "program/desktop/attributes/Field.h"
+#include "engine/editing/Field.h"
+#include "engine/editing/InspectedElements.h"
+#include "engine/editing/StepwiseEdit.h"
 
-namespace desktop {
+namespace engine {
 
 // What many elements have in common in one field.
 struct FieldValue {
@@ -44,9 +46,19 @@ class CommonValue {
   FieldValue common_;
   bool agree_ = true;
 };
-// Writes without undo. Texture fields: see TextureFile.h.
+// Writes without undo. Texture fields: see SetTextureFile in MaterialCommands.h.
 void WriteField(host::BaseList2D& element, const Field& field, const host::GeData& value);
 // `before` with the meant parts replaced.
 host::GeData Edited(const host::GeData& before, const FieldEdit& edit, FieldKind kind);
 
-}  // namespace desktop
+// The element of that identity that still lives in `doc`, itself included, or null; those of many
+// in the order of the list.
+host::BaseList2D* FindElement(host::BaseDocument& doc, engine::NodeId id);
+std::vector<host::BaseList2D*> ElementsOf(host::BaseDocument& doc, const Ids& ids);
+
+// Sets the field of these elements; those that have that value already are left alone. One undo
+// step, which posts the change. The field outlives it.
+StepwiseEdit SetField(host::BaseDocument& doc, std::vector<host::BaseList2D*> elements,
+                      const Field& field, const FieldEdit& edit);
+
+}  // namespace engine

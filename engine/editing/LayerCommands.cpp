@@ -1,12 +1,8 @@
-#include "program/desktop/panels/LayerActs.h"
+#include "engine/editing/LayerCommands.h"
 
-#include <algorithm>
-#include <unordered_set>
+#include "host/Application.h"
 
-#include "engine/undo/Undo.h"
-#include "program/desktop/panels/LayerSwitches.h"
-
-namespace desktop {
+namespace engine {
 
 using host::BaseDocument;
 using host::BaseObject;
@@ -32,7 +28,7 @@ host::Vector ColorOfNumber(std::size_t number) {
 std::size_t CountLayers(const BaseDocument& doc) {
   std::size_t count = 0;
   for (const host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node;
-       node = engine::NextInTree(node))
+       node = NextInTree(node))
     ++count;
   return count;
 }
@@ -44,7 +40,7 @@ bool IsOf(const BaseDocument& doc, const LayerObject* layer) {
 // One step that gives each of the layers other data.
 template <class Change>
 void ChangeLayers(BaseDocument& doc, const LayerList& layers, const char* name, Change change) {
-  const engine::UndoScope scope(doc, name);
+  const UndoScope scope(doc, name);
   for (LayerObject* layer : layers) {
     if (!IsOf(doc, layer)) continue;
     host::LayerData data = layer->GetLayerData(&doc);
@@ -56,7 +52,19 @@ void ChangeLayers(BaseDocument& doc, const LayerList& layers, const char* name, 
   host::EventAdd();
 }
 
+void Append(BaseDocument& doc, LayerObject* layer) {
+  doc.AppendLayer(layer);
+  doc.AddUndo(host::UNDO_NEW, layer);
+}
+
 }  // namespace
+
+LayerObject* MakeLayer(BaseDocument& doc, const std::string& name) {
+  LayerObject* layer = LayerObject::Alloc();
+  layer->SetName(host::String(std::string_view(name)));
+  Append(doc, layer);
+  return layer;
+}
 
 LayerObject* AddLayer(BaseDocument& doc) {
   LayerObject* layer = LayerObject::Alloc();
@@ -64,11 +72,10 @@ LayerObject* AddLayer(BaseDocument& doc) {
   data.color = ColorOfNumber(CountLayers(doc));
   layer->SetName("Layer");
   layer->SetLayerData(&doc, data);
-  engine::MakeNameUnique(*layer, static_cast<LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()));
+  MakeNameUnique(*layer, static_cast<LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()));
   {
-    const engine::UndoScope scope(doc, "New Layer");
-    doc.AppendLayer(layer);
-    doc.AddUndo(host::UNDO_NEW, layer);
+    const UndoScope scope(doc, "New Layer");
+    Append(doc, layer);
   }
   SelectLayers(doc, {layer});
   return layer;
@@ -76,7 +83,7 @@ LayerObject* AddLayer(BaseDocument& doc) {
 
 void DeleteLayers(BaseDocument& doc, const LayerList& layers) {
   {
-    const engine::UndoScope scope(doc, layers.size() == 1 ? "Delete Layer" : "Delete Layers");
+    const UndoScope scope(doc, layers.size() == 1 ? "Delete Layer" : "Delete Layers");
     for (LayerObject* layer : layers) {
       // One that hung below another of them has gone with it.
       if (!IsOf(doc, layer)) continue;
@@ -90,7 +97,7 @@ void DeleteLayers(BaseDocument& doc, const LayerList& layers) {
 
 void RenameLayer(BaseDocument& doc, LayerObject& layer, const host::String& name) {
   {
-    const engine::UndoScope scope(doc, "Rename Layer");
+    const UndoScope scope(doc, "Rename Layer");
     doc.AddUndo(host::UNDO_CHANGE, &layer);
     layer.SetName(name);
   }
@@ -103,41 +110,30 @@ void SetLayerColor(BaseDocument& doc, const LayerList& layers, const host::Vecto
 
 void SetLayerSwitch(BaseDocument& doc, const LayerList& layers, std::size_t number, bool on) {
   ChangeLayers(doc, layers, "Layer Switch",
-               [&](host::LayerData& data) { data.*(kLayerSwitches.at(number).flag) = on; });
+               [&](host::LayerData& data) { data.*(kLayerSwitchTable.at(number).flag) = on; });
 }
 
-engine::StepwiseEdit AssignLayer(BaseDocument& doc, std::vector<BaseObject*> objects,
-                                 LayerObject* layer) {
+std::optional<std::size_t> FindLayerSwitch(std::string_view key) {
+  for (std::size_t i = 0; i < kLayerSwitchTable.size(); ++i) {
+    if (key == kLayerSwitchTable[i].key) return i;
+  }
+  return std::nullopt;
+}
+
+void PutOnLayer(BaseDocument& doc, BaseObject& object, LayerObject* layer) {
+  if (object.GetLayerObject(&doc) == layer) return;
+  doc.AddUndo(host::UNDO_CHANGE, &object);
+  object.SetLayerObject(layer);
+}
+
+StepwiseEdit AssignLayer(BaseDocument& doc, std::vector<BaseObject*> objects, LayerObject* layer) {
   if (layer && !IsOf(doc, layer)) objects.clear();
   const std::size_t steps = objects.size();
   return {layer ? "Assign Layer" : "Take Off Layer", steps,
           [&doc, objects = std::move(objects), layer](std::size_t i) {
-            if (objects[i]->GetLayerObject(&doc) == layer) return;
-            doc.AddUndo(host::UNDO_CHANGE, objects[i]);
-            objects[i]->SetLayerObject(layer);
+            PutOnLayer(doc, *objects[i], layer);
           },
           [] { host::EventAdd(); }};
 }
 
-void SelectObjectsOn(BaseDocument& doc, const LayerList& layers) {
-  std::unordered_set<engine::NodeId> wanted;
-  for (const LayerObject* layer : layers) wanted.insert(engine::IdOf(*layer));
-  doc.SetActiveObject(nullptr);
-  for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
-    if (wanted.contains(engine::LayerIdOf(*object)))
-      doc.SetActiveObject(object, host::SELECTION_ADD);
-  }
-  host::EventAdd();
-}
-
-void SelectLayers(BaseDocument& doc, const LayerList& layers) {
-  const std::unordered_set<const host::GeListNode*> wanted(layers.begin(), layers.end());
-  for (host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node;
-       node = engine::NextInTree(node)) {
-    auto* layer = static_cast<LayerObject*>(node);
-    wanted.contains(layer) ? layer->SetBit(host::BIT_ACTIVE) : layer->DelBit(host::BIT_ACTIVE);
-  }
-  host::EventAdd();
-}
-
-}  // namespace desktop
+}  // namespace engine

@@ -1,15 +1,16 @@
-#include "program/desktop/attributes/FieldValue.h"
+#include "engine/editing/FieldValue.h"
 
 #include <algorithm>
 
+#include "engine/editing/LayerCommands.h"
+#include "engine/editing/MaterialCommands.h"
+#include "engine/editing/ObjectFrame.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/Nodes.h"
+#include "host/Application.h"
 #include "host/Parameters.h"
-#include "program/desktop/attributes/ObjectFrame.h"
-#include "program/desktop/attributes/TextureFile.h"
-#include "program/desktop/panels/LayerSwitches.h"
 
-namespace desktop {
+namespace engine {
 
 namespace {
 
@@ -72,10 +73,8 @@ constexpr OwnProperty kProperties[] = {
      [](BaseList2D& e, const GeData& v) { e.SetName(v.GetString()); },
      [](const BaseList2D& a, const BaseList2D& b) { return a.GetName() == b.GetName(); }},
     {kFieldLayer, [](const BaseList2D& e) { return Link(e.GetLayerObject(e.GetDocument())); },
-     [](BaseList2D& e, const GeData& v) { e.SetLayerObject(engine::AsLayer(Target(e, v))); },
-     [](const BaseList2D& a, const BaseList2D& b) {
-       return engine::LayerIdOf(a) == engine::LayerIdOf(b);
-     }},
+     [](BaseList2D& e, const GeData& v) { e.SetLayerObject(AsLayer(Target(e, v))); },
+     [](const BaseList2D& a, const BaseList2D& b) { return LayerIdOf(a) == LayerIdOf(b); }},
     {kFieldEditorMode, [](const BaseList2D& e) { return GeData(Object(e).GetEditorMode()); },
      [](BaseList2D& e, const GeData& v) { Object(e).SetEditorMode(v.GetLong()); }},
     {kFieldRenderMode, [](const BaseList2D& e) { return GeData(Object(e).GetRenderMode()); },
@@ -100,7 +99,7 @@ constexpr OwnProperty kProperties[] = {
        return Link(static_cast<const host::TextureTag&>(e).GetMaterial());
      },
      [](BaseList2D& e, const GeData& v) {
-       static_cast<host::TextureTag&>(e).SetMaterial(engine::AsMaterial(Target(e, v)));
+       static_cast<host::TextureTag&>(e).SetMaterial(AsMaterial(Target(e, v)));
      }},
     {kFieldInUse, [](const BaseList2D& e) { return GeData(Number(!e.GetBit(host::BIT_DISABLED))); },
      WriteInUse},
@@ -109,13 +108,12 @@ constexpr OwnProperty kProperties[] = {
        return Link(Document(e).GetRenderBaseDraw()->GetSceneCamera(&Document(e)));
      },
      [](BaseList2D& e, const GeData& v) {
-       Document(e).GetRenderBaseDraw()->SetSceneCamera(engine::AsObject(v.GetLink(&Document(e))),
-                                                       true);
+       Document(e).GetRenderBaseDraw()->SetSceneCamera(AsObject(v.GetLink(&Document(e))), true);
      }},
     {kFieldActiveSettings,
      [](const BaseList2D& e) { return Link(Document(e).GetActiveRenderData()); },
      [](BaseList2D& e, const GeData& v) {
-       Document(e).SetActiveRenderData(engine::AsRenderData(v.GetLink(&Document(e))));
+       Document(e).SetActiveRenderData(AsRenderData(v.GetLink(&Document(e))));
      }},
     {kFieldFps, [](const BaseList2D& e) { return GeData(Document(e).GetFps()); },
      [](BaseList2D& e, const GeData& v) { Document(e).SetFps(v.GetLong()); }},
@@ -132,12 +130,12 @@ const OwnProperty* PropertyOf(LONG id) {
 
 // The switch of a layer that a field number stands for.
 host::Bool& SwitchOf(host::LayerData& data, LONG id) {
-  return data.*(kLayerSwitches.at(static_cast<std::size_t>(kFieldLayerFlags - id)).flag);
+  return data.*(kLayerSwitchTable.at(static_cast<std::size_t>(kFieldLayerFlags - id)).flag);
 }
 
 // What an element of that type starts with.
 GeData Preset(LONG type, const Field& field) {
-  const host::BaseContainer data = engine::DefaultData(type);
+  const host::BaseContainer data = DefaultData(type);
   if (data.FindIndex(field.id) != host::NOTOK) return data.GetData(field.id);
   if (IsOfParts(field.kind)) return Vector();
   switch (field.kind) {
@@ -178,6 +176,8 @@ bool MarkDifferences(FieldValue& common, const GeData& other, FieldKind kind) {
   }
   return std::count(common.mixed.begin(), common.mixed.end(), true) == parts;
 }
+
+std::string StepName(const Field& field) { return field.id == kFieldName ? "Rename" : field.label; }
 
 }  // namespace
 
@@ -224,4 +224,42 @@ GeData Edited(const GeData& before, const FieldEdit& edit, FieldKind kind) {
                 edit.parts[2] ? wanted.z : old.z);
 }
 
-}  // namespace desktop
+namespace {
+
+void Apply(host::BaseDocument& doc, host::BaseList2D& element, const Field& field,
+           const FieldEdit& edit) {
+  const host::GeData before = ReadField(element, field);
+  const host::GeData after = Edited(before, edit, field.kind);
+  if (after == before) return;
+  if (field.kind == FieldKind::Texture)
+    return SetTextureFile(element, field.id, after.GetFilename());
+  doc.AddUndo(host::UNDO_CHANGE, &element);
+  WriteField(element, field, after);
+}
+
+}  // namespace
+
+host::BaseList2D* FindElement(host::BaseDocument& doc, NodeId id) {
+  return id == IdOf(doc) ? &doc : FindNode(&doc, id);
+}
+
+std::vector<host::BaseList2D*> ElementsOf(host::BaseDocument& doc, const Ids& ids) {
+  std::vector<host::BaseList2D*> elements;
+  elements.reserve(ids.size());
+  for (const NodeId id : ids) {
+    if (host::BaseList2D* element = FindElement(doc, id)) elements.push_back(element);
+  }
+  return elements;
+}
+
+StepwiseEdit SetField(host::BaseDocument& doc, std::vector<host::BaseList2D*> elements,
+                      const Field& field, const FieldEdit& edit) {
+  const std::size_t steps = elements.size();
+  return {StepName(field), steps,
+          [&doc, elements = std::move(elements), &field, edit](std::size_t i) {
+            Apply(doc, *elements[i], field, edit);
+          },
+          [] { host::EventAdd(); }};
+}
+
+}  // namespace engine

@@ -7,7 +7,7 @@
 
 #include "host/BaseList2D.h"
 
-namespace desktop {
+namespace engine {
 
 enum class FieldKind {
   Text,
@@ -90,4 +90,4 @@ bool IsOfParts(FieldKind kind);
 int PartsOf(FieldKind kind);
 double ShownPerKept(FieldKind kind);
 
-}  // namespace desktop
+}  // namespace engine

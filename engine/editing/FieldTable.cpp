@@ -1,14 +1,14 @@
 #include <algorithm>
 
-#include "engine/render/Image.h"
+#include "engine/editing/Field.h"
+#include "engine/scene/PictureLimits.h"
 #include "host/BaseDocument.h"
 #include "host/BaseMaterial.h"
 #include "host/LayerObject.h"
 #include "host/Parameters.h"
 #include "host/RenderData.h"
-#include "program/desktop/attributes/Field.h"
 
-namespace desktop {
+namespace engine {
 
 namespace {
 
@@ -17,7 +17,7 @@ using Kind = FieldKind;
 
 constexpr double kFar = 1e9;
 constexpr double kPi = 3.14159265358979323846;
-constexpr auto kMostPixels = static_cast<double>(engine::kLargestImageSide);
+constexpr auto kMostPixels = static_cast<double>(kLargestImageSide);
 
 constexpr FieldChoice kModes[] = {{MODE_UNDEF, "Undefined"}, {MODE_ON, "On"}, {MODE_OFF, "Off"}};
 constexpr FieldChoice kOnOff[] = {{1, "On"}, {0, "Off"}};
@@ -258,4 +258,4 @@ double ShownPerKept(FieldKind kind) {
   return kind == Kind::Percent ? 100 : 1;
 }
 
-}  // namespace desktop
+}  // namespace engine

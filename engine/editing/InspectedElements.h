@@ -1,22 +1,22 @@
-// LookedAt: which elements the attributes are of: the selected objects, tags, materials or layers,
-// whichever were selected last. A panel may put others there until something is selected anew. It
-// keeps identities and owns no element. Main thread.
+// InspectedElements: which elements a person looks at, whose fields are shown: the selected
+// objects, tags, materials or layers, whichever were selected last. A panel may put others there
+// until something is selected anew. It keeps identities and owns no element. Main thread.
 #pragma once
 
 #include <array>
 #include <memory>
 #include <vector>
 
-#include "program/desktop/OpenDocument.h"
+#include "engine/scene/Nodes.h"
 
-namespace desktop {
+namespace engine {
 
 // Identities of elements of one document; a new list whenever they change, so that comparing
 // addresses tells.
-using Ids = std::vector<engine::NodeId>;
+using Ids = std::vector<NodeId>;
 using SharedIds = std::shared_ptr<const Ids>;
 
-class LookedAt {
+class InspectedElements {
  public:
   enum Kind { kTags, kMaterials, kLayers, kObjects, kKinds };
 
@@ -47,4 +47,4 @@ class LookedAt {
   SharedIds elements_ = std::make_shared<Ids>();
 };
 
-}  // namespace desktop
+}  // namespace engine

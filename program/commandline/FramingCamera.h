@@ -1,0 +1,17 @@
+// A camera that shows everything, for scenes that have none worth rendering. Main thread.
+#pragma once
+
+#include <string>
+
+#include "host/Host.h"
+
+namespace commandline {
+
+// At the end of the top level, as a part of the open undo group; it belongs to the document. It is
+// placed so that pictures in the size of the active render settings and narrower ones show all that
+// has geometry: `turn` radians around the vertical axis, 0 from the front, a little above.
+// O(points).
+host::BaseObject* MakeFramingCamera(host::BaseDocument& doc, const std::string& name,
+                                    double turn = 0.65);
+
+}  // namespace commandline
