@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "program/commandline/HelpText.h"
-#include "program/commandline/NamesLike.h"
+#include "program/commandline/SceneLookup.h"
 
 namespace commandline {
 

@@ -1,7 +1,11 @@
 #include "program/commandline/Exporting.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <map>
+#include <memory>
 
+#include "engine/dialog/TextArea.h"
 #include "engine/render/TextureSearch.h"
 #include "program/pictures/DialogLabels.h"
 
@@ -85,6 +89,40 @@ void ReadLedger(const engine::Ledger& ledger, std::size_t mark, ExportResult& re
   }
 }
 
+struct Folder {
+  std::map<std::string, std::unique_ptr<Folder>> entries;  // a file has no entries of its own
+
+  Folder& At(const std::string& name) {
+    auto& entry = entries[name];
+    if (!entry) entry = std::make_unique<Folder>();
+    return *entry;
+  }
+};
+
+void AddPath(Folder& root, const std::string& path) {
+  Folder* folder = &root;
+  for (std::size_t start = 0; start <= path.size();) {
+    const std::size_t end = std::min(path.find('/', start), path.size());
+    folder = &folder->At(path.substr(start, end - start));
+    start = end + 1;
+  }
+}
+
+// As deep as an export nests its folders, so this may call itself.
+void PrintFolder(const Folder& folder, const std::string& indent, bool all,
+                 std::vector<std::string>& lines) {
+  for (const auto& [name, entry] : folder.entries) {
+    if (entry->entries.empty()) {
+      lines.push_back(indent + engine::Printable(name));
+    } else if (name == "tex" && !all) {
+      lines.push_back(indent + "tex/  " + Counted(entry->entries.size(), "texture"));
+    } else {
+      lines.push_back(indent + engine::Printable(name) + "/");
+      PrintFolder(*entry, indent + "  ", all, lines);
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<std::string> LayoutNames() {
@@ -121,6 +159,18 @@ ExportResult Export(Session& session, const ExportOrder& order) {
                      result.failures.empty();
   result.status = whole ? kDone : kFailed;
   return result;
+}
+
+std::vector<std::string> FileTreeLines(const std::string& root,
+                                       const std::vector<std::string>& paths, bool all) {
+  Folder tree;
+  const std::string inside = root + "/";
+  for (const std::string& path : paths) {
+    if (path.compare(0, inside.size(), inside) == 0) AddPath(tree, path.substr(inside.size()));
+  }
+  std::vector<std::string> lines;
+  PrintFolder(tree, "", all, lines);
+  return lines;
 }
 
 }  // namespace commandline

@@ -1,5 +1,6 @@
 // Exporting: presses the dialog's export of the checked Stagemarks and gathers from the ledger what
-// came of it, because the dialog itself keeps silent about most failures. Main thread.
+// came of it, because the dialog itself keeps silent about most failures; and shows written files
+// as a tree. Main thread.
 #pragma once
 
 #include <optional>
@@ -7,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "program/commandline/FileTree.h"
 #include "program/commandline/Session.h"
 #include "program/export/ExportPlan.h"
 
@@ -40,5 +40,11 @@ engine::Result<FrameRange> ReadFrameRange(const std::string& text);
 // Exports the Stagemarks whose rows are checked, all or, where one of them cannot be written or the
 // disk has too little room and nobody says yes, none. Shows progress. The scene stays as it is.
 ExportResult Export(Session& session, const ExportOrder& order);
+
+// Lines for the files and folders of `paths` that lie below `root` (absolute paths, without it),
+// each indented by two blanks a level, names in byte order, folders with a slash; the files of a
+// folder "tex" are only counted unless `all`.
+std::vector<std::string> FileTreeLines(const std::string& root,
+                                       const std::vector<std::string>& paths, bool all = false);
 
 }  // namespace commandline

@@ -1,11 +1,14 @@
 // Report: what a verb found or did, for a person (lines on stdout) or for a program (one JSON
-// object on stdout). Owned by the verb. Main thread.
+// object on stdout), owned by the verb; and the standard output that it is printed to, owned by
+// main. Main thread.
 #pragma once
 
+#include <array>
 #include <concepts>
 #include <cstdint>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
+#include <streambuf>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -60,6 +63,35 @@ class Report {
  private:
   std::vector<std::string> lines_;
   std::unique_ptr<nlohmann::json> json_;
+};
+
+// What std::cout writes to while it lives: the program's standard output, with the system's reason
+// when it takes no more. From then on nothing is written to it. Closed standard streams are opened
+// such that nothing can be read from or written to them, because the next file that is opened would
+// take their place. One at a time.
+class StandardOutput : public std::streambuf {
+ public:
+  StandardOutput();
+  StandardOutput(const StandardOutput&) = delete;
+  StandardOutput& operator=(const StandardOutput&) = delete;
+  ~StandardOutput() override;
+
+  // Hands all that is left to the system and closes the stream. 0, or the system's error that kept
+  // anything from being written.
+  int Finish();
+
+ protected:
+  int_type overflow(int_type letter) override;
+  std::streamsize xsputn(const char* text, std::streamsize count) override;
+  int sync() override;
+
+ private:
+  bool Flush();
+
+  std::array<char, 1 << 16> buffer_;
+  bool byLines_;
+  int error_ = 0;
+  std::streambuf* former_;
 };
 
 // Text as valid UTF-8: bytes that are none are replaced.

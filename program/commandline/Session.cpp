@@ -7,8 +7,8 @@
 #include "engine/import/Import.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/scenefile/SceneOrigin.h"
-#include "program/commandline/Maker.h"
-#include "program/commandline/NamesLike.h"
+#include "program/commandline/FileOrigin.h"
+#include "program/commandline/SceneLookup.h"
 #include "program/outcome/Outcome.h"
 #include "program/pictures/DialogLabels.h"
 

@@ -38,8 +38,8 @@ class Session {
   // Refuses a result that cannot be where it was wanted: on standard output, under the name of
   // another format, or in place of a file that this verb may not replace.
   int CheckTarget();
-  // Refuses paths where there are files that were not made as `maker` (see Maker.h), unless --force
-  // was given.
+  // Refuses paths where there are files that were not made as `maker` (see FileOrigin.h), unless
+  // --force was given.
   int CheckReplacing(const std::vector<std::string>& paths, const std::string& maker);
   // Opens or imports a file and makes it the active document.
   int Open(const std::string& path);

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "program/commandline/Maker.h"
+#include "program/commandline/FileOrigin.h"
 
 namespace commandline {
 

@@ -5,7 +5,7 @@
 
 #include "engine/render/Renderer.h"
 #include "host/Host.h"
-#include "program/commandline/Maker.h"
+#include "program/commandline/FileOrigin.h"
 #include "program/pictures/DialogLabels.h"
 
 namespace commandline {

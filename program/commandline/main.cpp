@@ -12,7 +12,7 @@
 
 #include "engine/import/Import.h"
 #include "program/commandline/Arguments.h"
-#include "program/commandline/StandardOutput.h"
+#include "program/commandline/Report.h"
 #include "program/pictures/StateWorker.h"
 
 namespace commandline {

@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "program/commandline/Arguments.h"
-#include "program/commandline/Selecting.h"
+#include "program/commandline/SceneSelection.h"
 #include "program/outcome/BulkEdits.h"
 #include "program/pictures/DialogLabels.h"
 

@@ -5,8 +5,8 @@
 #include "engine/render/TextureSearch.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
-#include "program/commandline/Addressing.h"
 #include "program/commandline/Arguments.h"
+#include "program/commandline/SceneLookup.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {

@@ -5,10 +5,10 @@
 #include "engine/editing/MaterialCommands.h"
 #include "engine/editing/ObjectCommands.h"
 #include "engine/editing/RenderSettingsCommands.h"
-#include "program/commandline/Addressing.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/FramingCamera.h"
-#include "program/commandline/Selecting.h"
+#include "program/commandline/SceneLookup.h"
+#include "program/commandline/SceneSelection.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {

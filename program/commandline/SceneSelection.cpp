@@ -1,10 +1,10 @@
-#include "program/commandline/Selecting.h"
+#include "program/commandline/SceneSelection.h"
 
 #include <algorithm>
 #include <set>
 
 #include "engine/scene/Nodes.h"
-#include "program/commandline/Addressing.h"
+#include "program/commandline/SceneLookup.h"
 
 namespace commandline {
 

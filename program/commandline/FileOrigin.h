@@ -1,6 +1,6 @@
-// Maker: which command made a file, told by a mark in the file, so that a command replaces what it
-// made itself and nothing else. The mark holds a hash of the file's other bytes: whoever changes
-// the file makes it his own. Main thread.
+// FileOrigin: which command made a file, told by a mark in the file, so that a command replaces
+// what it made itself and nothing else. The mark holds a hash of the file's other bytes: whoever
+// changes the file makes it his own. Main thread.
 #pragma once
 
 #include <string>

@@ -1,7 +1,6 @@
-// Addressing: finds things of a scene by what a person types: a name, a path from the top
-// ("/Room/Lamp"), a pattern with
-// * and ?, or "#12" for the object at position 12 (0-based) of the tree. Nothing is owned. Main
-//   thread.
+// SceneLookup: finds things of a scene by what a person types: a name, a path from the top
+// ("/Room/Lamp"), a pattern with * and ?, or "#12" for the object at position 12 (0-based) of the
+// tree; and names that may have been meant by one that is not there. Nothing is owned. Main thread.
 #pragma once
 
 #include <string>
@@ -48,5 +47,10 @@ engine::Result<host::LayerObject*> FindLayer(const host::BaseDocument& doc,
 // Every layer that a name or a pattern matches, at least one.
 engine::Result<std::vector<host::LayerObject*>> FindLayers(const host::BaseDocument& doc,
                                                            const std::string& typed);
+
+// Those of `known` that are close to `name`, the closest first, at most three.
+std::vector<std::string> NamesLike(const std::string& name, const std::vector<std::string>& known);
+// " Did you mean "A" or "B"?", empty where nothing is close.
+std::string DidYouMean(const std::string& name, const std::vector<std::string>& known);
 
 }  // namespace commandline

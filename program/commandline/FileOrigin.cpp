@@ -1,4 +1,4 @@
-#include "program/commandline/Maker.h"
+#include "program/commandline/FileOrigin.h"
 
 #include <zlib.h>
 

@@ -1,7 +1,7 @@
-// Selecting: makes things of the scene the selection, as a person would before choosing an entry of
-// the menu "Edit". What is asked for by name is refused where it is missing; without names the
-// scene's own selection stays, and must not be empty. Each answers an exit status and says on the
-// terminal what is wrong; `selected` gets what a person reads. Main thread.
+// SceneSelection: makes things of the scene the selection, as a person would before choosing an
+// entry of the menu "Edit". What is asked for by name is refused where it is missing; without names
+// the scene's own selection stays, and must not be empty. Each answers an exit status and says on
+// the terminal what is wrong; `selected` gets what a person reads. Main thread.
 #pragma once
 
 #include <string>
