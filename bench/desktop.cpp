@@ -23,7 +23,7 @@
 
 #include "engine/editing/ObjectCommands.h"
 #include "engine/editing/Selection.h"
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scenefile/SceneFile.h"
@@ -165,15 +165,15 @@ std::size_t CountNames(const BaseDocument& doc, const QString& part) {
   return found;
 }
 
-void OpenPlainly(const std::string& path) {
-  auto doc = engine::OpenSceneFile(path);
+void OpenPlainly(const engine::Services& services, const std::string& path) {
+  auto doc = engine::OpenSceneFile(services, path);
   Require(doc.Ok(), doc.Message().c_str());
   engine::RenderCaches caches;
   engine::PictureSetup setup;
   setup.width = 480;
   setup.height = 320;
   setup.draft = true;
-  auto picture = engine::PictureInProgress::Begin(*doc.Value(), setup, caches);
+  auto picture = engine::PictureInProgress::Begin(*doc.Value(), services.files, setup, caches);
   Require(picture.Ok(), picture.Message().c_str());
   Require(picture.Value()->Refine([](double) { return true; }), "no picture");
   BaseDocument::Free(doc.Value());
@@ -214,7 +214,7 @@ Seconds MakeAndMeasure(engine::Application& application, const std::string& path
   MeasureEdits(doc, plain);
   plain["save"] = Measure(
       &PassedSeconds, [&] { Require(application.SaveDocumentAs(doc, path).Ok(), "not saved"); });
-  plain["open"] = Measure(&PassedSeconds, [&] { OpenPlainly(path); });
+  plain["open"] = Measure(&PassedSeconds, [&] { OpenPlainly(application.GetServices(), path); });
   return plain;
 }
 
@@ -371,9 +371,8 @@ int Run(LONG objects, int stagemarks) {
   const tests::ScratchFolder folder;
   qputenv("XDG_STATE_HOME", QByteArray::fromStdString(folder.Path()));
   desktop::DesktopPerson person;
-  engine::RealOutside outside(person);
-  const engine::OutsideInUse inUse(outside);
-  engine::Application application(outside, {});
+  const engine::SystemServices services(person);
+  engine::Application application(services.Get(), {});
   Require(
       application.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so").outcome ==
           engine::LoadOutcome::Loaded,

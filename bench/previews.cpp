@@ -13,13 +13,14 @@
 #include <vector>
 
 #include "engine/application/Application.h"
-#include "engine/outside/ScriptedOutside.h"
+#include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/scene/Nodes.h"
 #include "host/Host.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "tests/support/PluginSession.h"
 #include "tests/support/SceneBuilder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -97,13 +98,19 @@ struct Costs {
   double rendering = 0;  // seconds
 };
 
+// Where the textures of scenes are looked for.
+engine::FileSystem& Files() {
+  static const engine::SystemServices services;
+  return services.Get().files;
+}
+
 Costs Render(const host::BaseDocument& doc, engine::RenderCaches& caches,
              std::unique_ptr<PictureInProgress>* kept = nullptr) {
   Costs costs;
   const double before = tracing.building;
   std::unique_ptr<PictureInProgress> picture;
   costs.preparing = Seconds([&] {
-    auto begun = PictureInProgress::Begin(doc, Preview(), caches);
+    auto begun = PictureInProgress::Begin(doc, Files(), Preview(), caches);
     Require(begun.Ok(), begun.Message());
     picture = begun.Take();
   });
@@ -179,11 +186,10 @@ void Measure(const std::string& name, host::BaseDocument& doc) {
 }
 
 void MeasureSample(const std::string& file) {
-  engine::ScriptedOutside outside;
-  const engine::OutsideInUse inUse(outside);
+  tests::ScriptedServices services;
   engine::ApplicationSetup setup;
   setup.importWorker = std::string(TEST_PLUGIN_DIR) + "/../../../bin/stagemarks";
-  engine::Application application(outside, setup);
+  engine::Application application(services.Get(), setup);
   const auto opened = application.OpenDocument(std::string(TEST_SOURCE_DIR) + "/scenes/" + file);
   Require(opened.Ok(), opened.Message());
   Measure(file, *opened.Value());

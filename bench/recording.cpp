@@ -14,10 +14,10 @@
 
 #include "engine/application/Application.h"
 #include "engine/dialog/Dialogs.h"
-#include "engine/outside/ScriptedOutside.h"
 #include "engine/scene/Nodes.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "source/Stagemarks/keys/PluginIds.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ void FillStyle(host::BaseContainer& data, LONG number) {
 // The plug-in with its dialog open on one new document.
 class Stage {
  public:
-  Stage() : inUse_(person_), application_(person_, {}) {
+  Stage() : application_(services_.Get(), {}) {
     const engine::LoadReport report =
         application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
     Require(report.outcome == engine::LoadOutcome::Loaded, report.message.c_str());
@@ -105,8 +105,7 @@ class Stage {
   void Deliver() { application_.DeliverEvents(); }
 
  private:
-  engine::ScriptedOutside person_;
-  engine::OutsideInUse inUse_;
+  tests::ScriptedServices services_;
   engine::Application application_;
   GeDialog* dialog_ = nullptr;
 };

@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "engine/outside/SystemServices.h"
 #include "engine/render/Primitives.h"
 #include "engine/render/Renderer.h"
 #include "engine/scene/Nodes.h"
@@ -42,14 +43,21 @@ void Fill(tests::SceneBuilder& scene, int side, host::LONG segments, bool shared
   }
 }
 
+// Where the textures of scenes are looked for.
+engine::FileSystem& Files() {
+  static const engine::SystemServices services;
+  return services.Get().files;
+}
+
 std::unique_ptr<engine::PictureInProgress> Begin(const host::BaseDocument& doc,
                                                  engine::RenderCaches& caches) {
-  return engine::PictureInProgress::Begin(doc, {kWidth, kHeight, {}, {}, 1, false}, caches).Take();
+  return engine::PictureInProgress::Begin(doc, Files(), {kWidth, kHeight, {}, {}, 1, false}, caches)
+      .Take();
 }
 
 // The bare search.
 double SearchTime(const host::BaseDocument& doc, engine::RenderCaches& caches) {
-  engine::ScenePicture scene = engine::ReadScene(doc, {}, caches);
+  engine::ScenePicture scene = engine::ReadScene(doc, Files(), {}, caches);
   scene.camera = engine::FramingCamera(engine::OutlineOf(scene), double{kWidth} / kHeight);
   const engine::RayScene rays(scene, caches.Device());
   const engine::RayCamera camera(scene.camera, kWidth, kHeight);
@@ -80,7 +88,8 @@ void Measure(const char* name, int side, host::LONG segments, bool shared) {
     while (!picture->IsFinished()) picture->Refine();
   });
   std::unique_ptr<engine::PictureInProgress> quick =
-      engine::PictureInProgress::Begin(scene.Doc(), {kWidth, kHeight, {}, {}, 1, true}, caches)
+      engine::PictureInProgress::Begin(scene.Doc(), Files(), {kWidth, kHeight, {}, {}, 1, true},
+                                       caches)
           .Take();
   const double moving = Milliseconds([&] { quick->Refine(); });
   std::printf("  prepared first %10.1f ms\n  after a switch %10.1f ms\n", first, again);

@@ -14,8 +14,8 @@ Application* current = nullptr;
 
 }  // namespace
 
-Application::Application(Outside& outside, ApplicationSetup setup)
-    : body_(std::make_unique<ApplicationBody>(outside, std::move(setup))) {
+Application::Application(const Services& services, ApplicationSetup setup)
+    : body_(std::make_unique<ApplicationBody>(services, std::move(setup))) {
   body_->former = std::exchange(current, this);
 }
 
@@ -27,13 +27,15 @@ Application::~Application() {
 
 Application* Application::Current() { return current; }
 
+const Services& Application::GetServices() const { return body_->services; }
+
 LoadReport Application::LoadPlugin(const std::string& path) {
-  return body_->plugins.Load(path, body_->outside, body_->hooks);
+  return body_->plugins.Load(path, body_->services.files, body_->hooks);
 }
 
 std::vector<LoadReport> Application::LoadPlugins(const std::string& folder) {
   std::vector<LoadReport> reports;
-  const Result<std::vector<std::string>> names = body_->outside.ListFolders(folder);
+  const Result<std::vector<std::string>> names = body_->services.files.ListFolders(folder);
   if (!names) return reports;
   for (const std::string& name : names.Value())
     reports.push_back(LoadPlugin(folder + "/" + name + "/" + name + ".so"));

@@ -1,6 +1,6 @@
 // Application: the running stand-in: documents, plug-ins, events, preferences. A program makes one,
-// gives it the Outside to use, loads plug-ins and runs its event loop; the published free functions
-// act on it. Main thread.
+// gives it the services to use, loads plug-ins and runs its event loop; the published free
+// functions act on it. Main thread.
 #pragma once
 
 #include <chrono>
@@ -10,7 +10,7 @@
 
 #include "engine/core/Result.h"
 #include "engine/outside/FileLock.h"
-#include "engine/outside/Outside.h"
+#include "engine/outside/Services.h"
 #include "engine/scenefile/FileAsRead.h"
 #include "host/Application.h"
 #include "host/BaseDocument.h"
@@ -64,8 +64,9 @@ struct ApplicationBody;
 
 class Application {
  public:
-  // Becomes the application that the published functions act on. `outside` must outlive it.
-  Application(Outside& outside, ApplicationSetup setup);
+  // Becomes the application that the published functions act on, with its services. What they name
+  // must outlive it.
+  Application(const Services& services, ApplicationSetup setup);
   Application(const Application&) = delete;
   Application& operator=(const Application&) = delete;
   // Unloads plug-ins (PluginEnd, then their commands and hooks go, then the libraries) and destroys
@@ -73,6 +74,7 @@ class Application {
   ~Application();
   // The one that lives, or null.
   static Application* Current();
+  const Services& GetServices() const;
 
   // Loads one plug-in library by its path. The application goes on whatever the outcome.
   LoadReport LoadPlugin(const std::string& path);

@@ -21,11 +21,8 @@ struct KnownFile {
 };
 
 struct ApplicationBody {
-  ApplicationBody(Outside& givenOutside, ApplicationSetup givenSetup)
-      : outside(givenOutside),
-        inUse(givenOutside),
-        setup(std::move(givenSetup)),
-        preferences(givenOutside) {}
+  ApplicationBody(const Services& givenServices, ApplicationSetup givenSetup)
+      : services(givenServices), setup(std::move(givenSetup)) {}
 
   // That of the application that lives, or null.
   static ApplicationBody* Current() {
@@ -34,10 +31,10 @@ struct ApplicationBody {
   }
 
   Application* former = nullptr;  // in whose place this one is
-  Outside& outside;
-  OutsideInUse inUse;
+  const Services services;
+  const PublishedServicesScope published{services};
   ApplicationSetup setup;
-  Preferences preferences;
+  Preferences preferences{services};
   SceneHooks hooks;
   PluginLibraries plugins;
   DocumentList documents{hooks};

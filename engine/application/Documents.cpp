@@ -20,9 +20,9 @@ std::string SavedPath(const host::BaseDocument& doc) {
   return (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
 }
 
-Result<host::BaseDocument*> Import(const std::string& path, const std::string& worker,
+Result<host::BaseDocument*> Import(const ApplicationBody& body, const std::string& path,
                                    std::vector<std::string>* notes) {
-  Result<Imported> imported = ImportScene(path, worker);
+  Result<Imported> imported = ImportScene(body.services, path, body.setup.importWorker);
   if (!imported) return imported.GetStatus();
   if (notes != nullptr) *notes = std::move(imported.Value().notes);
   return imported.Value().document;
@@ -45,9 +45,9 @@ KnownFile* FileKnownOf(ApplicationBody& body, const host::BaseDocument& doc) {
   return known == body.files.end() ? nullptr : &known->second;
 }
 
-bool IsSameFile(const std::string& one, const std::string& other) {
-  const FileStamp first = Outside::Current().Stamp(one);
-  const FileStamp second = Outside::Current().Stamp(other);
+bool IsSameFile(FileSystem& files, const std::string& one, const std::string& other) {
+  const FileStamp first = files.Stamp(one);
+  const FileStamp second = files.Stamp(other);
   return one == other ||
          (first.number != 0 && first.device == second.device && first.number == second.number);
 }
@@ -67,9 +67,11 @@ class Saving {
   Status Run() {
     Status status = TakeLock();
     if (status) status = CheckFile();
-    if (status) status = WriteEmbeddedTextures(doc_, file_.GetDirectory().GetString().ToUtf8());
+    if (status)
+      status = WriteEmbeddedTextures(body_.services.files, doc_,
+                                     file_.GetDirectory().GetString().ToUtf8());
     if (!status) return status;
-    TexturesOnMove textures(doc_, file_.GetDirectory().GetString().ToUtf8());
+    TexturesOnMove textures(body_.services.files, doc_, file_.GetDirectory().GetString().ToUtf8());
     status = Write();
     if (!status && (!listed_ || body_.documents.Holds(&doc_))) textures.TakeBack();
     if (!status) return status;
@@ -85,7 +87,7 @@ class Saving {
     const std::string what =
         "Waiting for another program that changes " + path_.substr(path_.rfind('/') + 1);
     Result<FileLock> lock = FileLock::Take(path_, choices_.longestWait, [&](double share) {
-      return Outside::Current().Progress(share, what);
+      return body_.services.person.Progress(share, what);
     });
     if (lock) lock_ = lock.Take();
     return lock.GetStatus();
@@ -93,14 +95,16 @@ class Saving {
 
   // Before anything is written or copied, what cannot be replaced is left alone.
   Status CheckFile() {
-    const FileKind kind = Outside::Current().Kind(path_);
+    const FileKind kind = body_.services.files.Kind(path_);
     if (kind == FileKind::Folder)
       return FileFailure("Cannot write", path_, "a folder is in its place");
     if (kind == FileKind::Other)
       return FileFailure("Cannot write", path_, "something that is no plain file is in its place");
     KnownFile* known = FileKnownOf(body_, doc_);
-    if (choices_.replaceChanged || known == nullptr || !IsSameFile(known->path, path_)) return {};
-    if (LookAtFile(known->file, path_) != FileNow::Changed) return {};
+    if (choices_.replaceChanged || known == nullptr ||
+        !IsSameFile(body_.services.files, known->path, path_))
+      return {};
+    if (LookAtFile(body_.services.files, known->file, path_) != FileNow::Changed) return {};
     return FileFailure("Did not write", path_,
                        "it was changed by somebody else after it had been opened");
   }
@@ -112,7 +116,7 @@ class Saving {
       written_ = ChangeCount(doc_);
       FileAsRead now;
       saved = SaveSceneFile(
-          doc_, path_, [this] { return BeforePlacingIt(); }, &now);
+          body_.services, doc_, path_, [this] { return BeforePlacingIt(); }, &now);
       if (saved) Know(body_, doc_, path_, now);
     } while (saved && ChangeCount(doc_) != written_);
     return saved;
@@ -154,7 +158,7 @@ Result<host::BaseDocument*> Application::OpenDocument(const std::string& path,
   FileAsRead file;
   const bool imports = IsImportable(path);
   Result<host::BaseDocument*> doc =
-      imports ? Import(path, body_->setup.importWorker, notes) : OpenSceneFile(path, &file);
+      imports ? Import(*body_, path, notes) : OpenSceneFile(body_->services, path, &file);
   if (!doc) return doc;
   body_->documents.Insert(doc.Value());
   if (!imports) Know(*body_, *doc.Value(), path, file);
@@ -176,14 +180,15 @@ Status Application::SaveDocument(host::BaseDocument& doc, const SaveChoices& cho
 
 FileNow Application::LookAtFileOf(const host::BaseDocument& doc) {
   KnownFile* known = FileKnownOf(*body_, doc);
-  return known == nullptr ? FileNow::AsRead : LookAtFile(known->file, known->path);
+  return known == nullptr ? FileNow::AsRead
+                          : LookAtFile(body_->services.files, known->file, known->path);
 }
 
 void Application::AcceptFileOf(const host::BaseDocument& doc) {
   KnownFile* known = FileKnownOf(*body_, doc);
   if (known == nullptr) return;
-  const FileStamp stamp = body_->outside.Stamp(known->path);
-  const Result<std::string> bytes = body_->outside.ReadFile(known->path);
+  const FileStamp stamp = body_->services.files.Stamp(known->path);
+  const Result<std::string> bytes = body_->services.files.ReadFile(known->path);
   if (!bytes) return;
   const std::string_view whole = bytes.Value();
   known->file = {stamp, HashOfContent({&whole, 1})};
@@ -229,7 +234,7 @@ BaseDocument* GetFirstDocument() {
 
 Bool SaveDocument(BaseDocument* doc, const Filename& file, LONG, LONG format) {
   if (doc == nullptr || format != FORMAT_C4DEXPORT) return FALSE;
-  return engine::SaveSceneFile(*doc, file.GetString().ToUtf8()).Ok();
+  return engine::SaveSceneFile(engine::PublishedServices(), *doc, file.GetString().ToUtf8()).Ok();
 }
 
 Filename GetGlobalTexturePath(LONG index) {

@@ -53,8 +53,8 @@ bool Succeeds(Call call) {
   }
 }
 
-std::string WhyResourcesWereRefused(const std::string& folder, Outside& outside) {
-  if (outside.Kind(folder) == FileKind::Folder) return "its resources could not be initialized";
+std::string WhyResourcesWereRefused(const std::string& folder, FileSystem& files) {
+  if (files.Kind(folder) == FileKind::Folder) return "its resources could not be initialized";
   return "its folder \"" + folder + "\" is missing; install the plug-in again";
 }
 
@@ -80,12 +80,12 @@ const char* NameOf(LoadOutcome outcome) {
   return "IdTaken";
 }
 
-LoadReport PluginLibraries::Load(const std::string& path, Outside& outside, SceneHooks& hooks) {
+LoadReport PluginLibraries::Load(const std::string& path, FileSystem& files, SceneHooks& hooks) {
   libraries_.push_back(std::make_unique<Library>());
   Library& library = *libraries_.back();
   library.path = path;
-  LoadReport report = Open(library, outside);
-  if (report.outcome == LoadOutcome::Loaded) report = Start(library, outside);
+  LoadReport report = Open(library, files);
+  if (report.outcome == LoadOutcome::Loaded) report = Start(library, files);
   if (report.outcome == LoadOutcome::Loaded) {
     for (const RegisteredHook& hook : library.hooks) hooks.Add(hook);
     return report;
@@ -96,9 +96,9 @@ LoadReport PluginLibraries::Load(const std::string& path, Outside& outside, Scen
   return report;
 }
 
-LoadReport PluginLibraries::Open(Library& library, Outside& outside) {
+LoadReport PluginLibraries::Open(Library& library, FileSystem& files) {
   const std::string& path = library.path;
-  const FileKind kind = outside.Kind(path);
+  const FileKind kind = files.Kind(path);
   if (kind == FileKind::Missing)
     return Report(LoadOutcome::Missing, path, "there is no file \"" + path + "\"");
   const std::string noLibrary = "the file \"" + path + "\" is no loadable library";
@@ -125,12 +125,12 @@ LoadReport PluginLibraries::Open(Library& library, Outside& outside) {
   return Report(LoadOutcome::Loaded, path, "");
 }
 
-LoadReport PluginLibraries::Start(Library& library, Outside& outside) {
+LoadReport PluginLibraries::Start(Library& library, FileSystem& files) {
   const Meanwhile running(running_, &library);
   const std::string& path = library.path;
   if (!Succeeds([&] { return library.entries.message(kInitializeResource, nullptr); })) {
     return Report(LoadOutcome::ResourceRefused, path,
-                  WhyResourcesWereRefused(FolderOfPath(path) + "/res", outside));
+                  WhyResourcesWereRefused(FolderOfPath(path) + "/res", files));
   }
   const Meanwhile starting(starting_, &library);
   const bool started = Succeeds([&] { return library.entries.start(); });

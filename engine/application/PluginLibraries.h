@@ -21,7 +21,7 @@ class PluginLibraries {
   PluginLibraries(const PluginLibraries&) = delete;
   PluginLibraries& operator=(const PluginLibraries&) = delete;
 
-  LoadReport Load(const std::string& path, Outside& outside, SceneHooks& hooks);
+  LoadReport Load(const std::string& path, FileSystem& files, SceneHooks& hooks);
   // PluginEnd of each, the last loaded first; then hook instances and commands go, then the
   // libraries.
   void UnloadAll(SceneHooks& hooks);
@@ -53,8 +53,8 @@ class PluginLibraries {
     host::LONG takenId = 0;
   };
 
-  LoadReport Open(Library& library, Outside& outside);
-  LoadReport Start(Library& library, Outside& outside);
+  LoadReport Open(Library& library, FileSystem& files);
+  LoadReport Start(Library& library, FileSystem& files);
   bool IsTaken(host::LONG id) const;
   bool ClaimId(host::LONG id);
   void TakeBack(const Library& library);

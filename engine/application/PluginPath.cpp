@@ -28,7 +28,7 @@ Filename ResourceFolderOfCaller(const void* address) {
 }
 
 Bool GeResource::Init(const Filename& path) {
-  if (!engine::Outside::Current().ListFiles(path.GetString().ToUtf8())) return FALSE;
+  if (!engine::PublishedServices().files.ListFiles(path.GetString().ToUtf8())) return FALSE;
   path_ = path;
   return TRUE;
 }

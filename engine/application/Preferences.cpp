@@ -14,7 +14,7 @@ constexpr std::uint64_t kMostBytes = 64 << 20;
 const host::BaseContainer* Preferences::Get(host::LONG id) {
   if (!read_) {
     const Status status = Read();
-    if (!status) outside_.GetLedger().AddNote(File(), status.Message());
+    if (!status) ledger_.AddNote(File(), status.Message());
   }
   const auto it = stored_.find(id);
   return it == stored_.end() ? nullptr : &it->second;
@@ -29,28 +29,25 @@ Status Preferences::Set(host::LONG id, host::BaseContainer data, bool merge) {
     stored = std::move(data);
   }
   session_[id] = stored;
-  if (status) status = outside_.MakeFolders(outside_.ConfigFolder());
+  if (status) status = files_.MakeFolders(folder_);
   if (!status) return status;
   const Result<std::string> text = WritePreferences(stored_);
-  if (text) return outside_.ReplaceFile(File(), text.Value());
+  if (text) return files_.ReplaceFile(File(), text.Value());
   session_.erase(id);
   read_ = false;
   return text.GetStatus();
 }
 
-std::string Preferences::File() const {
-  const std::string folder = outside_.ConfigFolder();
-  return folder.empty() ? "" : folder + "/preferences";
-}
+std::string Preferences::File() const { return folder_.empty() ? "" : folder_ + "/preferences"; }
 
 Status Preferences::Read() {
   read_ = true;
   Status status;
   const std::string path = File();
-  if (outside_.Kind(path) == FileKind::Missing) {
+  if (files_.Kind(path) == FileKind::Missing) {
     stored_.clear();
   } else {
-    const Result<std::string> text = outside_.ReadFile(path, kMostBytes);
+    const Result<std::string> text = files_.ReadFile(path, kMostBytes);
     if (!text) return text.GetStatus();
     Result<ReadPreferencesAnswer> answer = ReadPreferences(text.Value());
     stored_.clear();
@@ -69,12 +66,11 @@ Status Preferences::Read() {
 
 Status Preferences::KeepAside(const std::string& reason) {
   const std::string aside = File() + ".damaged";
-  Status kept = outside_.CopyFile(File(), aside, true);
-  if (kept) kept = outside_.RemoveFile(File());
+  Status kept = files_.CopyFile(File(), aside, true);
+  if (kept) kept = files_.RemoveFile(File());
   if (!kept) return kept;
-  outside_.GetLedger().AddNote(File(), "The preferences were damaged (" + reason +
-                                           "); the defaults apply, the old file is \"" + aside +
-                                           "\".");
+  ledger_.AddNote(File(), "The preferences were damaged (" + reason +
+                              "); the defaults apply, the old file is \"" + aside + "\".");
   return kept;
 }
 

@@ -7,14 +7,15 @@
 #include <string>
 
 #include "engine/core/Result.h"
-#include "engine/outside/Outside.h"
+#include "engine/outside/Services.h"
 #include "host/BaseContainer.h"
 
 namespace engine {
 
 class Preferences {
  public:
-  explicit Preferences(Outside& outside) : outside_(outside) {}
+  explicit Preferences(const Services& services)
+      : files_(services.files), ledger_(services.ledger), folder_(services.folders.config) {}
 
   // Null when there is nothing under `id`. Valid until the next Set.
   const host::BaseContainer* Get(host::LONG id);
@@ -34,7 +35,9 @@ class Preferences {
   Status Read();
   Status KeepAside(const std::string& reason);
 
-  Outside& outside_;
+  FileSystem& files_;
+  Ledger& ledger_;
+  const std::string folder_;
   bool read_ = false;
   Containers stored_;
   Containers session_;

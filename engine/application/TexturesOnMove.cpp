@@ -6,14 +6,16 @@
 
 namespace engine {
 
-TexturesOnMove::TexturesOnMove(host::BaseDocument& doc, const std::string& folder) : doc_(doc) {
+TexturesOnMove::TexturesOnMove(FileSystem& files, host::BaseDocument& doc,
+                               const std::string& folder)
+    : doc_(doc) {
   const std::string old = doc.GetDocumentPath().GetString().ToUtf8();
   if (old.empty() || old == folder) return;
   ForEachBitmapShader(doc, [&](host::BaseShader& shader) {
     const std::string name = BitmapFileOf(shader);
     if (name.empty() || name.front() == '/' || FindEmbeddedFile(doc, name) != nullptr) return;
-    const std::string file = FindTexture(name, old);
-    if (file.empty() || FindTexture(name, folder) == file) return;
+    const std::string file = FindTexture(files, name, old);
+    if (file.empty() || FindTexture(files, name, folder) == file) return;
     former_.emplace_back(IdOf(shader), name);
     SetBitmapFile(shader, file);
   });

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/outside/FileSystem.h"
 #include "engine/scene/Nodes.h"
 
 namespace engine {
@@ -15,7 +16,7 @@ class TexturesOnMove {
  public:
   // Changes the document's bitmap shaders, without undo. Embedded files and names that lead nowhere
   // already stay as they are.
-  TexturesOnMove(host::BaseDocument& doc, const std::string& folder);
+  TexturesOnMove(FileSystem& files, host::BaseDocument& doc, const std::string& folder);
   // The names as they were, for a document that could not be saved. It must be there still.
   void TakeBack();
 

@@ -1,6 +1,5 @@
 #include "engine/import/EmbeddedTextures.h"
 
-#include "engine/outside/Outside.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/ShaderWalk.h"
 
@@ -11,12 +10,11 @@ constexpr unsigned kMostNames = 1000;
 
 enum class Place { Free, Same, Taken };
 
-Place Look(const std::string& path, const std::string& bytes) {
-  Outside& outside = Outside::Current();
-  const FileKind kind = outside.Kind(path);
+Place Look(FileSystem& files, const std::string& path, const std::string& bytes) {
+  const FileKind kind = files.Kind(path);
   if (kind == FileKind::Missing) return Place::Free;
   if (kind != FileKind::File) return Place::Taken;
-  const Result<std::string> there = outside.ReadFile(path);
+  const Result<std::string> there = files.ReadFile(path);
   return there && there.Value() == bytes ? Place::Same : Place::Taken;
 }
 
@@ -27,15 +25,15 @@ void RenameInShaders(host::BaseDocument& doc, const std::string& name, const std
 }
 
 // Writes one file under its name or the next free one, which is the result.
-Result<std::string> WriteOne(const host::BaseDocument& doc, const EmbeddedFile& file,
-                             const std::string& folder) {
+Result<std::string> WriteOne(FileSystem& files, const host::BaseDocument& doc,
+                             const EmbeddedFile& file, const std::string& folder) {
   std::string name = file.name;
   for (unsigned number = 2; number < kMostNames; ++number) {
     const bool isOthers = name != file.name && FindEmbeddedFile(doc, name) != nullptr;
-    const Place place = isOthers ? Place::Taken : Look(folder + "/" + name, *file.bytes);
+    const Place place = isOthers ? Place::Taken : Look(files, folder + "/" + name, *file.bytes);
     if (place == Place::Same) return name;
     if (place == Place::Free) {
-      const Status written = Outside::Current().ReplaceFile(folder + "/" + name, *file.bytes);
+      const Status written = files.ReplaceFile(folder + "/" + name, *file.bytes);
       return written ? Result<std::string>(name) : Result<std::string>(written);
     }
     name = NumberedFileName(SafeFileName(file.name), number);
@@ -46,13 +44,14 @@ Result<std::string> WriteOne(const host::BaseDocument& doc, const EmbeddedFile& 
 
 }  // namespace
 
-Status WriteEmbeddedTextures(host::BaseDocument& doc, const std::string& folder) {
-  const EmbeddedFiles files = EmbeddedFilesOf(doc);
-  if (files.empty()) return {};
+Status WriteEmbeddedTextures(FileSystem& files, host::BaseDocument& doc,
+                             const std::string& folder) {
+  const EmbeddedFiles embedded = EmbeddedFilesOf(doc);
+  if (embedded.empty()) return {};
   const std::string target = folder + "/tex";
-  if (Status made = Outside::Current().MakeFolder(target); !made) return made;
-  for (const EmbeddedFile& file : files) {
-    const Result<std::string> name = WriteOne(doc, file, target);
+  if (Status made = files.MakeFolder(target); !made) return made;
+  for (const EmbeddedFile& file : embedded) {
+    const Result<std::string> name = WriteOne(files, doc, file, target);
     if (!name) return name.GetStatus();
     if (name.Value() == file.name) continue;
     RenameEmbeddedFile(doc, file.name, name.Value());

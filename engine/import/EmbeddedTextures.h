@@ -5,6 +5,7 @@
 #include <string>
 
 #include "engine/core/Result.h"
+#include "engine/outside/FileSystem.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
@@ -14,6 +15,6 @@ namespace engine {
 // left alone, one with other contents is never replaced: the embedded file gets another name then,
 // and the shaders that named it follow. Nothing happens for a document without embedded files. On
 // failure some files may have been written; the message names the one that failed.
-Status WriteEmbeddedTextures(host::BaseDocument& doc, const std::string& folder);
+Status WriteEmbeddedTextures(FileSystem& files, host::BaseDocument& doc, const std::string& folder);
 
 }  // namespace engine

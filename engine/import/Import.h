@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "engine/core/Result.h"
+#include "engine/outside/Services.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
@@ -35,10 +36,10 @@ inline constexpr const char* kImportWorkerVerb = "--import-worker";
 
 // True for a suffix that Import reads (letter case aside).
 bool IsImportable(const std::string& path);
-// Shows its progress through Outside::Progress, which can stop it. `worker`: full path of the
+// The person hears of its progress and can stop it. `worker`: full path of the
 // program to run as the child.
-Result<Imported> ImportScene(const std::string& path, const std::string& worker,
-                             const ImportLimits& limits = {});
+Result<Imported> ImportScene(const Services& services, const std::string& path,
+                             const std::string& worker, const ImportLimits& limits = {});
 
 // The child's side: confines the process for good, reads `path` and writes the scene in the native
 // format and the notes to file descriptor `output`. Returns the process's exit status.

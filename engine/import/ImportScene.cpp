@@ -11,7 +11,6 @@
 #include "engine/import/SourceCheck.h"
 #include "engine/import/TextureFiles.h"
 #include "engine/import/WorkerProcess.h"
-#include "engine/outside/Outside.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scenefile/SceneFile.h"
 
@@ -25,7 +24,8 @@ constexpr int kCannotRun = 127;
 // cleaned.
 class Received {
  public:
-  Received(std::string what, std::uint64_t limit) : what_(std::move(what)), limit_(limit) {}
+  Received(Person& person, std::string what, std::uint64_t limit)
+      : person_(person), what_(std::move(what)), limit_(limit) {}
 
   // False stops the child: too much, damaged, or the person wants no more.
   bool Take(std::string_view bytes) {
@@ -33,7 +33,7 @@ class Received {
     total_ += bytes.size();
     while (std::optional<Frame> frame = parser_.Next()) Take(*frame);
     if (TooMuch() || parser_.Damaged()) return false;
-    stopped_ = !Outside::Current().Progress(progress_, what_);
+    stopped_ = !person_.Progress(progress_, what_);
     return !stopped_;
   }
 
@@ -83,6 +83,7 @@ class Received {
     return text;
   }
 
+  Person& person_;
   std::string what_;
   std::uint64_t limit_;
   FrameParser parser_;
@@ -141,30 +142,31 @@ Status Failed(const std::string& path, const std::string& why) {
 
 }  // namespace
 
-Result<Imported> ImportScene(const std::string& path, const std::string& worker,
-                             const ImportLimits& limits) {
+Result<Imported> ImportScene(const Services& services, const std::string& path,
+                             const std::string& worker, const ImportLimits& limits) {
   if (Status source = CheckSource(path, limits); !source) return source;
   WorkerProcess process;
   if (Status started = process.Start(worker, path, limits); !started)
     return Failed(path, started.Message());
-  Received received("Importing " + path.substr(path.rfind('/') + 1), limits.resultBytes);
+  Received received(services.person, "Importing " + path.substr(path.rfind('/') + 1),
+                    limits.resultBytes);
   const WorkerOutcome outcome =
       process.Run([&](std::string_view bytes) { return received.Take(bytes); });
   const std::string why = WhyNot(outcome, received, limits);
   if (!why.empty()) return Failed(path, why);
   bool stopped = false;
   const auto goOn = [&](double) {
-    return !(stopped = !Outside::Current().Progress(1, received.What()));
+    return !(stopped = !services.person.Progress(1, received.What()));
   };
   const Result<host::BaseDocument*> scene = ReadScene(received.Scene(), 0, goOn);
   if (stopped) return Failed(path, "The import was stopped.");
   if (!scene) return Failed(path, "The importer's answer is damaged: " + scene.Message());
   Imported imported{scene.Value(), std::move(received.NotesSent())};
   SetOrigin(path, *imported.document);
-  for (const std::string& note : ResolveTextures(*imported.document, path))
+  for (const std::string& note : ResolveTextures(services.files, *imported.document, path))
     imported.notes.push_back(note);
   ClearChanged(*imported.document);
-  Outside::Current().Progress(1, received.What());
+  services.person.Progress(1, received.What());
   return imported;
 }
 

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <unordered_map>
 
-#include "engine/outside/Outside.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/ShaderWalk.h"
 #include "engine/scene/TextureFolders.h"
@@ -46,8 +45,8 @@ std::string BareName(const std::string& path) { return path.substr(path.rfind('/
 // Looks for texture files of one scene; every folder is listed once.
 class TextureSearch {
  public:
-  explicit TextureSearch(const std::string& scene)
-      : folder_(scene.substr(0, scene.rfind('/') + 1)) {}
+  TextureSearch(FileSystem& files, const std::string& scene)
+      : files_(files), folder_(scene.substr(0, scene.rfind('/') + 1)) {}
 
   // The full path, or empty.
   const std::string& Find(const std::string& written) {
@@ -72,7 +71,7 @@ class TextureSearch {
     const std::string path = std::filesystem::path(text.front() == '/' ? text : folder_ + text)
                                  .lexically_normal()
                                  .string();
-    return Outside::Current().Kind(path) == FileKind::File ? path : std::string();
+    return files_.Kind(path) == FileKind::File ? path : std::string();
   }
 
   std::string ByName(const std::string& name) {
@@ -93,12 +92,13 @@ class TextureSearch {
 
   const std::vector<std::string>& FilesOf(const std::string& folder) {
     const auto [entry, isNew] = listed_.try_emplace(folder);
-    if (!isNew || Outside::Current().Kind(folder) != FileKind::Folder) return entry->second;
-    Result<std::vector<std::string>> files = Outside::Current().ListFiles(folder);
+    if (!isNew || files_.Kind(folder) != FileKind::Folder) return entry->second;
+    Result<std::vector<std::string>> files = files_.ListFiles(folder);
     if (files) entry->second = files.Take();
     return entry->second;
   }
 
+  FileSystem& files_;
   std::string folder_;
   std::unordered_map<std::string, std::string> found_;
   std::unordered_map<std::string, std::vector<std::string>> listed_;
@@ -106,8 +106,9 @@ class TextureSearch {
 
 }  // namespace
 
-std::vector<std::string> ResolveTextures(host::BaseDocument& doc, const std::string& scene) {
-  TextureSearch search(scene);
+std::vector<std::string> ResolveTextures(FileSystem& files, host::BaseDocument& doc,
+                                         const std::string& scene) {
+  TextureSearch search(files, scene);
   std::vector<std::string> notes;
   ForEachBitmapShader(doc, [&](host::BaseShader& shader) {
     const std::string written = BitmapFileOf(shader);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/outside/FileSystem.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
@@ -14,6 +15,7 @@ namespace engine {
 // written, below the scene's folder, or by its bare name in that folder and the usual ones below it
 // ("tex", "textures", "images", "maps"), letter case aside. Embedded files keep their bare name.
 // What is not found stays as written; the result is one note for each.
-std::vector<std::string> ResolveTextures(host::BaseDocument& doc, const std::string& scene);
+std::vector<std::string> ResolveTextures(FileSystem& files, host::BaseDocument& doc,
+                                         const std::string& scene);
 
 }  // namespace engine

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <thread>
 
+#include "engine/outside/PathRules.h"
+
 namespace engine {
 namespace {
 
@@ -85,6 +87,14 @@ Result<FileLock> FileLock::Take(const std::string& path, std::chrono::millisecon
       return FileFailure("Did not change", path, "the waiting was stopped");
     std::this_thread::sleep_for(kBetweenTries);
   }
+}
+
+Result<FileHandle> HoldFile(const std::string& path) {
+  const Result<std::string> clean = PathForWriting(path);
+  if (!clean) return clean.GetStatus();
+  FileHandle file(open(clean.Value().c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!file || flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return SystemFailure("Cannot hold", path);
+  return file;
 }
 
 }  // namespace engine

@@ -1,8 +1,8 @@
-// FileLock: the right to replace a file, for programs that ask for it before they read what they
-// are going to replace. It is the system's lock on the file itself: nothing lies beside the file, a
-// folder that cannot be written is no hindrance, and the lock ends with its program however that
-// ends. A file is replaced by another one, so the lock counts for the file that the path leads to
-// at the time. Owned by who took it. Any thread.
+// Locks on files, which end with their program however that ends. FileLock: the right to replace a
+// file, for programs that ask for it before they read what they are going to replace. It is the
+// system's lock on the file itself: nothing lies beside the file, and a folder that cannot be
+// written is no hindrance. A file is replaced by another one, so the lock counts for the file that
+// the path leads to at the time. Owned by who took it. Any thread.
 #pragma once
 
 #include <chrono>
@@ -36,5 +36,10 @@ class FileLock {
   explicit FileLock(FileHandle file) : file_(std::move(file)) {}
   FileHandle file_;
 };
+
+// Holds an existing file while the answer lives, for one running program to know of another. Reads
+// and writes nothing, so that there is no entry in the ledger. Fails where somebody else holds it,
+// and for a path that may not be written.
+Result<FileHandle> HoldFile(const std::string& path);
 
 }  // namespace engine

@@ -1,6 +1,6 @@
 // Ledger: the list of what was done to the outside, in order: the operation, the path, the result.
 // The command line takes its exit status and its list of written files from here, because plug-ins
-// keep silent about many failures. Owned by the Outside; main thread.
+// keep silent about many failures. Main thread.
 #pragma once
 
 #include <cstddef>

@@ -1,14 +1,22 @@
-// Person: who sits in front of the program: hears what is told, answers what is asked, sees status
-// and progress. The real Outside hands these to one; the command line and the desktop have their
-// own. Main thread, except Progress.
+// Person: who sits in front of the program: hears what is told, answers what is asked, chooses
+// files, sees status and progress. The command line and the desktop have their own. Main thread,
+// except Progress and Writing.
 #pragma once
 
 #include <optional>
 #include <string>
 
-#include "engine/outside/Outside.h"
+#include "host/Files.h"
 
 namespace engine {
+
+// What a plug-in or a command asks a person to choose.
+struct FileQuestion {
+  host::LONG type;
+  host::LONG flags;
+  std::string title;
+  std::string proposal;  // path shown first, may be empty
+};
 
 class Person {
  public:
@@ -20,7 +28,7 @@ class Person {
   virtual std::optional<std::string> ChooseFile(const FileQuestion& question) = 0;
   virtual void ShowStatus(const std::string& text) = 0;
   virtual void ClearStatus() = 0;
-  // Any thread; false asks the work to stop.
+  // Progress of long work, 0..1, with what is being done; false asks the work to stop. Any thread.
   virtual bool Progress(double fraction, const std::string& what) = 0;
   // A file is about to be written or copied to `path`. Any thread; false asks the work to stop, and
   // the file stays as it is.

@@ -8,26 +8,6 @@
 namespace engine {
 namespace {
 
-struct Place {
-  const char* variable;
-  const char* belowHome;
-};
-
-// Folders and variables as in the XDG Base Directory conventions, version 0.8.
-Place PlaceOf(UserFolder folder) {
-  switch (folder) {
-    case UserFolder::Config:
-      return {"XDG_CONFIG_HOME", "/.config"};
-    case UserFolder::Data:
-      return {"XDG_DATA_HOME", "/.local/share"};
-    case UserFolder::Cache:
-      return {"XDG_CACHE_HOME", "/.cache"};
-    case UserFolder::State:
-      break;
-  }
-  return {"XDG_STATE_HOME", "/.local/state"};
-}
-
 std::string AbsoluteFromEnvironment(const char* variable) {
   const char* value = std::getenv(variable);
   return value != nullptr && value[0] == '/' ? value : "";
@@ -40,17 +20,19 @@ std::string Home() {
   return user != nullptr && user->pw_dir != nullptr && user->pw_dir[0] == '/' ? user->pw_dir : "";
 }
 
+std::string Folder(const char* variable, const char* belowHome) {
+  const std::string base = AbsoluteFromEnvironment(variable);
+  if (!base.empty()) return base + "/stagemarks";
+  const std::string home = Home();
+  return home.empty() ? "" : home + belowHome + "/stagemarks";
+}
+
 }  // namespace
 
-std::string FindUserFolder(UserFolder folder) {
-  const Place place = PlaceOf(folder);
-  std::string base = AbsoluteFromEnvironment(place.variable);
-  if (base.empty()) {
-    base = Home();
-    if (base.empty()) return "";
-    base += place.belowHome;
-  }
-  return base + "/stagemarks";
+// Folders and variables as in the XDG Base Directory conventions, version 0.8.
+UserFolders FindUserFolders() {
+  return {Folder("XDG_CONFIG_HOME", "/.config"), Folder("XDG_DATA_HOME", "/.local/share"),
+          Folder("XDG_CACHE_HOME", "/.cache"), Folder("XDG_STATE_HOME", "/.local/state")};
 }
 
 }  // namespace engine

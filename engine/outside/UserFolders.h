@@ -1,15 +1,21 @@
-// The user's folders by the XDG base directory rules: where each kind of data of this program
-// belongs. Not made here.
+// UserFolders: where each kind of this program's own data belongs on the user's account, by the XDG
+// base directory rules. The folders need not be there. A value; any thread.
 #pragma once
 
 #include <string>
 
 namespace engine {
 
-enum class UserFolder { Config, Data, Cache, State };
+// Each absolute, "<base>/stagemarks"; all empty where there is no home folder.
+struct UserFolders {
+  std::string config;
+  std::string data;
+  std::string cache;
+  std::string state;
+};
 
-// "<base>/stagemarks"; the base from the environment where that is an absolute path, else the
-// standard default below the home folder. Empty when there is no home folder either.
-std::string FindUserFolder(UserFolder folder);
+// The bases are from the environment where that has an absolute path, else the standard defaults
+// below the home folder.
+UserFolders FindUserFolders();
 
 }  // namespace engine

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "engine/outside/FileHandle.h"
+#include "engine/outside/PathRules.h"
 
 namespace engine {
 
@@ -41,7 +42,20 @@ void ListenForFailedViewers(std::function<void(const std::string& path)> failed)
   TheListener().failed = std::move(failed);
 }
 
-Status StartViewer(const std::string& path) {
+Status Viewer::Open(const std::string& path) {
+  const Result<std::string> clean = PathForReading(path);
+  Status status = clean.GetStatus();
+  if (clean) {
+    status = files_.Kind(clean.Value()) == FileKind::Missing
+                 ? FileFailure("Cannot open", clean.Value(), "it is not there")
+                 : DoOpen(clean.Value());
+  }
+  ledger_.Add(
+      {Operation::OpenViewer, clean ? clean.Value() : path, "", status.Ok(), status.Message()});
+  return status;
+}
+
+Status SystemViewer::DoOpen(const std::string& path) {
   char program[] = "xdg-open";
   std::string argument = path;
   char* const arguments[] = {program, argument.data(), nullptr};

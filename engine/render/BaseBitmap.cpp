@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "engine/outside/Outside.h"
+#include "engine/outside/Services.h"
 #include "engine/render/Image.h"
 
 namespace host {
@@ -54,14 +54,14 @@ LONG BaseBitmap::Init(LONG width, LONG height, LONG depth) {
 LONG BaseBitmap::Init(const Filename& file) {
   width_ = height_ = 0;
   pixels_.clear();
-  engine::Outside& outside = engine::Outside::Current();
+  const engine::Services& services = engine::PublishedServices();
   const std::string path = file.GetString().ToUtf8();
-  if (outside.Kind(path) != engine::FileKind::File) return IMAGERESULT_NOTEXISTING;
-  const engine::Result<std::string> bytes = outside.ReadFile(path, kLargestFile);
+  if (services.files.Kind(path) != engine::FileKind::File) return IMAGERESULT_NOTEXISTING;
+  const engine::Result<std::string> bytes = services.files.ReadFile(path, kLargestFile);
   if (!bytes) return IMAGERESULT_FILEERROR;
   const engine::Result<engine::Image> decoded = engine::DecodeImage(bytes.Value());
   if (!decoded) {
-    outside.GetLedger().AddNote(path, "Cannot show \"" + path + "\": " + decoded.Message());
+    services.ledger.AddNote(path, "Cannot show \"" + path + "\": " + decoded.Message());
     return IMAGERESULT_WRONGTYPE;
   }
   const engine::Image image = engine::ToBytes(decoded.Value());
@@ -77,7 +77,7 @@ LONG BaseBitmap::Save(const Filename& file, LONG format) const {
   const engine::Result<std::string> bytes = Encode(ToImage(width_, height_, pixels_), format);
   if (!bytes) return IMAGERESULT_FILEERROR;
   const engine::Status written =
-      engine::Outside::Current().ReplaceFile(file.GetString().ToUtf8(), bytes.Value());
+      engine::PublishedServices().files.ReplaceFile(file.GetString().ToUtf8(), bytes.Value());
   return written ? IMAGERESULT_OK : IMAGERESULT_FILEERROR;
 }
 

@@ -37,8 +37,9 @@ const host::BaseShader* FirstPlainShader(const host::BaseList2D* shader) {
 
 }  // namespace
 
-LookReading::LookReading(const host::BaseDocument& doc, RenderCaches& caches, ScenePicture& picture)
-    : doc_(doc), caches_(caches), picture_(picture) {
+LookReading::LookReading(const host::BaseDocument& doc, FileSystem& files, RenderCaches& caches,
+                         ScenePicture& picture)
+    : doc_(doc), files_(files), caches_(caches), picture_(picture) {
   picture_.looks.emplace_back();
 }
 
@@ -89,11 +90,11 @@ void LookReading::FindFiles(TextureWish& wish) {
   }
   for (const std::string& path :
        TexturePlaces(wish.name, doc_.GetDocumentPath().GetString().ToUtf8())) {
-    if (Outside::Current().Kind(path) != FileKind::File) {
+    if (files_.Kind(path) != FileKind::File) {
       caches_.Missed(path);
       continue;
     }
-    wish.files.push_back(caches_.FileAt(path));
+    wish.files.push_back(caches_.FileAt(files_, path));
     break;
   }
 }

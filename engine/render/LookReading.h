@@ -13,7 +13,8 @@ class LookReading {
  public:
   // Puts the look of objects without a material into `picture` and, later, further ones and the
   // textures they want.
-  LookReading(const host::BaseDocument& doc, RenderCaches& caches, ScenePicture& picture);
+  LookReading(const host::BaseDocument& doc, FileSystem& files, RenderCaches& caches,
+              ScenePicture& picture);
 
   // Index of the material's look.
   std::uint32_t LookOf(const host::BaseMaterial& material);
@@ -26,6 +27,7 @@ class LookReading {
   void FindFiles(TextureWish& wish);
 
   const host::BaseDocument& doc_;
+  FileSystem& files_;
   RenderCaches& caches_;
   ScenePicture& picture_;
   std::unordered_map<const host::BaseMaterial*, std::uint32_t> looks_;

@@ -77,11 +77,11 @@ std::shared_ptr<const Mesh> RenderCaches::PrimitiveOf(host::LONG type,
   return mesh;
 }
 
-std::shared_ptr<TextureFile> RenderCaches::FileAt(const std::string& path) {
-  const FileStamp stamp = Outside::Current().Stamp(path);
+std::shared_ptr<TextureFile> RenderCaches::FileAt(FileSystem& files, const std::string& path) {
+  const FileStamp stamp = files.Stamp(path);
   CachedFile& cached = files_[{path, nullptr}];
   if (!cached.file || !(cached.stamp == stamp)) {
-    Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestImageBytes);
+    Result<std::string> bytes = files.ReadFile(path, kLargestImageBytes);
     cached.file =
         bytes ? std::make_shared<TextureFile>(std::make_shared<const std::string>(bytes.Take()))
               : std::make_shared<TextureFile>(bytes.GetStatus());
@@ -96,15 +96,14 @@ void RenderCaches::Missed(const std::string& path) {
   missed_.insert(path);
 }
 
-bool RenderCaches::ForgetChangedFiles() {
-  Outside& outside = Outside::Current();
+bool RenderCaches::ForgetChangedFiles(FileSystem& files) {
   const auto changed = std::erase_if(files_, [&](const auto& entry) {
     const std::string& path = entry.first.first;
-    return !path.empty() && !(outside.Stamp(path) == entry.second.stamp);
+    return !path.empty() && !(files.Stamp(path) == entry.second.stamp);
   });
   return changed + std::erase_if(missed_,
                                  [&](const std::string& path) {
-                                   return outside.Kind(path) == FileKind::File;
+                                   return files.Kind(path) == FileKind::File;
                                  }) >
          0;
 }

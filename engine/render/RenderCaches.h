@@ -14,7 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/outside/Outside.h"
+#include "engine/outside/FileSystem.h"
 #include "engine/render/Geometry.h"
 #include "engine/render/TextureFile.h"
 #include "host/BaseContainer.h"
@@ -39,13 +39,13 @@ class RenderCaches {
   // cache holds it.
   std::shared_ptr<const Mesh> PrimitiveOf(host::LONG type, const host::BaseContainer& data);
   // The image file at a path, read again when its size or date have changed.
-  std::shared_ptr<TextureFile> FileAt(const std::string& path);
+  std::shared_ptr<TextureFile> FileAt(FileSystem& files, const std::string& path);
   // That there is no file where one was looked for.
   void Missed(const std::string& path);
   // Forgets the files whose size or date have changed since they were read, and those missed that
   // are there now. Whether there were any: then scenes are worth reading again. It looks at each
   // file once.
-  bool ForgetChangedFiles();
+  bool ForgetChangedFiles(FileSystem& files);
   // As FileAt for a file held in memory, told by the bytes' identity.
   std::shared_ptr<TextureFile> FileIn(const std::shared_ptr<const std::string>& bytes);
   // Forgets the textures used longest ago beyond the bound. Called after each scene was read.

@@ -1,6 +1,6 @@
 #include <new>
 
-#include "engine/outside/Outside.h"
+#include "engine/outside/Services.h"
 #include "engine/render/Renderer.h"
 #include "host/Application.h"
 #include "host/RenderData.h"
@@ -32,8 +32,8 @@ Bool Show(const engine::Image& image, BaseBitmap& bitmap) {
   return TRUE;
 }
 
-void TellNotes(const BaseDocument& doc, const std::vector<std::string>& notes) {
-  engine::Ledger& ledger = engine::Outside::Current().GetLedger();
+void TellNotes(engine::Ledger& ledger, const BaseDocument& doc,
+               const std::vector<std::string>& notes) {
   const std::string path = (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
   for (const std::string& note : notes) ledger.AddNote(path, note);
 }
@@ -44,21 +44,22 @@ LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHo
                     void* context, BaseBitmap* bitmap, LONG, BaseThread* thread) {
   if (!doc || !bitmap) return RENDERRESULT_FAILED;
   const engine::PictureSetup setup = SetupOf(settings, *bitmap);
+  const engine::Services& services = engine::PublishedServices();
   bool goes = true;
   const auto goOn = [&](double done) {
     if (progress) progress(done, 0, context);
-    goes =
-        !(thread && thread->TestBreak()) && engine::Outside::Current().Progress(done, "Rendering");
+    goes = !(thread && thread->TestBreak()) && services.person.Progress(done, "Rendering");
     return goes;
   };
-  auto begun = engine::PictureInProgress::Begin(*doc, setup, engine::RenderCaches::Shared(), goOn);
+  auto begun = engine::PictureInProgress::Begin(*doc, services.files, setup,
+                                                engine::RenderCaches::Shared(), goOn);
   if (!begun) {
     if (!goes) return RENDERRESULT_USERBREAK;
-    TellNotes(*doc, {"The picture was not rendered: " + begun.Message()});
+    TellNotes(services.ledger, *doc, {"The picture was not rendered: " + begun.Message()});
     return RENDERRESULT_FAILED;
   }
   engine::PictureInProgress& picture = *begun.Value();
-  TellNotes(*doc, picture.Notes());
+  TellNotes(services.ledger, *doc, picture.Notes());
   try {
     while (!picture.IsFinished()) {
       if (!picture.Refine(goOn)) return RENDERRESULT_USERBREAK;

@@ -43,12 +43,12 @@ float Threshold(std::uint32_t x, std::uint32_t y) {
 
 }  // namespace
 
-PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc,
+PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc, FileSystem& files,
                                                   const PictureSetup& setup, RenderCaches& caches,
                                                   const GoOn& goOn) {
   if (Status size = CheckImageSize(setup.width, setup.height, kBytesPerPixel); !size) return size;
   try {
-    SceneScan scan(doc, setup.reading, caches);
+    SceneScan scan(doc, files, setup.reading, caches);
     while (!scan.Advance(kObjectsBetweenAsking)) {
       if (goOn && !goOn(0)) return Begun::Failure("It was stopped.");
     }

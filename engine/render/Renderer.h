@@ -1,9 +1,9 @@
 // Renderer: one picture of a document, made in passes that refine it, so that a view can show
-// something at once and a file gets the finished one. Begin with a document reads it and needs the
-// thread that owns it; a view that stays alive meanwhile reads with a SceneScan, prepares that on
-// another thread and begins there. Afterwards the picture stands on its own. One thread at a time
-// calls it; it spreads the work over all cores itself. The same document and setup give the same
-// picture bit for bit, whatever the number of threads.
+// something at once and a file gets the finished one. Begin with a document reads it and its
+// textures on the thread that owns it; a view that stays alive meanwhile reads with a SceneScan,
+// prepares that on another thread and begins there. Afterwards the picture stands on its own. One
+// thread at a time calls it; it spreads the work over all cores itself. The same document and setup
+// give the same picture bit for bit, whatever the number of threads.
 #pragma once
 
 #include <memory>
@@ -35,8 +35,8 @@ class PictureInProgress {
   // Fails with a message for sizes outside 1..16384 a side or beyond 64 million pixels, when memory
   // is short, and when `goOn`, which is asked now and then while a large scene is read and
   // prepared, says no.
-  static Begun Begin(const host::BaseDocument& doc, const PictureSetup& setup, RenderCaches& caches,
-                     const GoOn& goOn = {});
+  static Begun Begin(const host::BaseDocument& doc, FileSystem& files, const PictureSetup& setup,
+                     RenderCaches& caches, const GoOn& goOn = {});
   // The same of a scene that was read and prepared before; any thread.
   static Begun Begin(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup);
   PictureInProgress(const PictureInProgress&) = delete;

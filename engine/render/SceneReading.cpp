@@ -103,12 +103,13 @@ bool IsUsableFrame(const Matrix& m) {
 
 class SceneScan::Reader {
  public:
-  Reader(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches)
+  Reader(const host::BaseDocument& doc, FileSystem& files, const SceneReading& how,
+         RenderCaches& caches)
       : doc_(doc),
         editorView_(how.editorView),
         caches_(caches),
         layers_(doc, how.editorView),
-        looks_(doc, caches, picture_),
+        looks_(doc, files, caches, picture_),
         next_(doc.GetFirstObject()) {}
 
   bool Advance(std::size_t objects) {
@@ -251,8 +252,9 @@ class SceneScan::Reader {
   const BaseObject* next_;
 };
 
-SceneScan::SceneScan(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches)
-    : reader_(std::make_unique<Reader>(doc, how, caches)) {}
+SceneScan::SceneScan(const host::BaseDocument& doc, FileSystem& files, const SceneReading& how,
+                     RenderCaches& caches)
+    : reader_(std::make_unique<Reader>(doc, files, how, caches)) {}
 
 SceneScan::~SceneScan() = default;
 
@@ -274,9 +276,9 @@ std::optional<PictureCamera> CameraOf(const BaseObject& object) {
   return camera;
 }
 
-ScenePicture ReadScene(const host::BaseDocument& doc, const SceneReading& how,
+ScenePicture ReadScene(const host::BaseDocument& doc, FileSystem& files, const SceneReading& how,
                        RenderCaches& caches) {
-  SceneScan scan(doc, how, caches);
+  SceneScan scan(doc, files, how, caches);
   scan.Advance(std::numeric_limits<std::size_t>::max());
   ScenePicture picture = scan.Take();
   Prepare(picture, caches);

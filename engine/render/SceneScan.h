@@ -9,7 +9,8 @@ namespace engine {
 
 class SceneScan {
  public:
-  SceneScan(const host::BaseDocument& doc, const SceneReading& how, RenderCaches& caches);
+  SceneScan(const host::BaseDocument& doc, FileSystem& files, const SceneReading& how,
+            RenderCaches& caches);
   ~SceneScan();
 
   // Reads so many more objects; true when all are read.

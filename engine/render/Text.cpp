@@ -8,7 +8,6 @@
 #include <string>
 
 #include "engine/core/Utf8.h"
-#include "engine/outside/Outside.h"
 
 namespace engine {
 
@@ -159,12 +158,12 @@ Font::Font(Font&&) noexcept = default;
 Font& Font::operator=(Font&&) noexcept = default;
 Font::~Font() = default;
 
-Result<Font> Font::Load(Weight weight) {
+Result<Font> Font::Load(FileSystem& files, Weight weight) {
   const std::string file = weight == Weight::Bold ? "/DejaVuSans-Bold.ttf" : "/DejaVuSans.ttf";
   for (const char* folder : kFolders) {
-    if (Outside::Current().Kind(folder + file) != FileKind::File) continue;
-    Result<Font> font = LoadFile(folder + file);
-    if (font) font.Value().AddMoreLetters();
+    if (files.Kind(folder + file) != FileKind::File) continue;
+    Result<Font> font = LoadFile(files, folder + file);
+    if (font) font.Value().AddMoreLetters(files);
     return font;
   }
   return Result<Font>::Failure(
@@ -172,8 +171,8 @@ Result<Font> Font::Load(Weight weight) {
       std::string(kPackage) + " brings it.");
 }
 
-Result<Font> Font::LoadFile(const std::string& path) {
-  Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestFont);
+Result<Font> Font::LoadFile(FileSystem& files, const std::string& path) {
+  Result<std::string> bytes = files.ReadFile(path, kLargestFont);
   if (!bytes) return bytes.GetStatus();
   auto body = std::make_unique<Body>();
   body->bytes = bytes.Take();
@@ -182,10 +181,10 @@ Result<Font> Font::LoadFile(const std::string& path) {
   return Font(std::move(body));
 }
 
-void Font::AddMoreLetters() {
+void Font::AddMoreLetters(FileSystem& files) {
   for (const char* path : kMoreLetters) {
-    if (Outside::Current().Kind(path) != FileKind::File) continue;
-    Result<std::string> bytes = Outside::Current().ReadFile(path, kLargestFont);
+    if (files.Kind(path) != FileKind::File) continue;
+    Result<std::string> bytes = files.ReadFile(path, kLargestFont);
     if (!bytes) continue;
     body_->moreBytes = bytes.Take();
     body_->more = body_->Open(body_->moreBytes);

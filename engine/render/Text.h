@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/outside/FileSystem.h"
 #include "engine/render/Image.h"
 
 namespace engine {
@@ -27,9 +28,9 @@ class Font {
 
   // The face in the folder where the system keeps it. Fails with a message that names the package
   // when it is not there.
-  static Result<Font> Load(Weight weight);
+  static Result<Font> Load(FileSystem& files, Weight weight);
   // The face in a font file.
-  static Result<Font> LoadFile(const std::string& path);
+  static Result<Font> LoadFile(FileSystem& files, const std::string& path);
   Font(Font&&) noexcept;
   Font& operator=(Font&&) noexcept;
   ~Font();
@@ -44,7 +45,7 @@ class Font {
  private:
   struct Body;
   explicit Font(std::unique_ptr<Body> body);
-  void AddMoreLetters();
+  void AddMoreLetters(FileSystem& files);
   int WidthOf(const std::vector<char32_t>& characters) const;
 
   std::unique_ptr<Body> body_;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "engine/outside/Outside.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/TextureFolders.h"
 #include "host/Application.h"
@@ -64,9 +63,10 @@ std::vector<std::string> TexturePlaces(const std::string& name, const std::strin
   return places.Take();
 }
 
-std::string FindTexture(const std::string& name, const std::string& documentFolder) {
+std::string FindTexture(FileSystem& files, const std::string& name,
+                        const std::string& documentFolder) {
   for (std::string& place : TexturePlaces(name, documentFolder)) {
-    if (Outside::Current().Kind(place) == FileKind::File) return std::move(place);
+    if (files.Kind(place) == FileKind::File) return std::move(place);
   }
   return "";
 }
@@ -82,14 +82,14 @@ std::vector<std::string> TextureNames(const host::BaseDocument& doc) {
   return names;
 }
 
-bool IsTextureThere(const host::BaseDocument& doc, const std::string& name) {
+bool IsTextureThere(FileSystem& files, const host::BaseDocument& doc, const std::string& name) {
   return FindEmbeddedFile(doc, name) != nullptr ||
-         !FindTexture(name, doc.GetDocumentPath().GetString().ToUtf8()).empty();
+         !FindTexture(files, name, doc.GetDocumentPath().GetString().ToUtf8()).empty();
 }
 
-std::vector<std::string> MissingTextures(const host::BaseDocument& doc) {
+std::vector<std::string> MissingTextures(FileSystem& files, const host::BaseDocument& doc) {
   std::vector<std::string> names = TextureNames(doc);
-  std::erase_if(names, [&](const std::string& name) { return IsTextureThere(doc, name); });
+  std::erase_if(names, [&](const std::string& name) { return IsTextureThere(files, doc, name); });
   return names;
 }
 

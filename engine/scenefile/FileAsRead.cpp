@@ -17,13 +17,12 @@ std::uint64_t HashOfContent(std::span<const std::string_view> pieces) {
   return XXH3_64bits_digest(state.get());
 }
 
-FileNow LookAtFile(FileAsRead& file, const std::string& path) {
-  Outside& outside = Outside::Current();
-  const FileStamp now = outside.Stamp(path);
+FileNow LookAtFile(FileSystem& files, FileAsRead& file, const std::string& path) {
+  const FileStamp now = files.Stamp(path);
   if (now == file.stamp) return FileNow::AsRead;
-  if (outside.Kind(path) == FileKind::Missing) return FileNow::Gone;
-  if (now.size != file.stamp.size || outside.Kind(path) != FileKind::File) return FileNow::Changed;
-  const Result<std::string> bytes = outside.ReadFile(path);
+  if (files.Kind(path) == FileKind::Missing) return FileNow::Gone;
+  if (now.size != file.stamp.size || files.Kind(path) != FileKind::File) return FileNow::Changed;
+  const Result<std::string> bytes = files.ReadFile(path);
   if (!bytes) return FileNow::Changed;
   const std::string_view whole = bytes.Value();
   if (HashOfContent({&whole, 1}) != file.content) return FileNow::Changed;

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/outside/Outside.h"
+#include "engine/outside/FileSystem.h"
 
 namespace engine {
 
@@ -22,6 +22,6 @@ std::uint64_t HashOfContent(std::span<const std::string_view> pieces);
 
 // One look at the folder; the file is read only where it has the old size and another stamp, which
 // is then taken over if the bytes are the same.
-FileNow LookAtFile(FileAsRead& file, const std::string& path);
+FileNow LookAtFile(FileSystem& files, FileAsRead& file, const std::string& path);
 
 }  // namespace engine

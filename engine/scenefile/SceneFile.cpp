@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include "engine/outside/Outside.h"
 #include "engine/scenefile/FilesSection.h"
 #include "engine/scenefile/Guard.h"
 #include "engine/scenefile/KeptSections.h"
@@ -81,9 +80,9 @@ std::uint64_t MemoryOfMachine() {
              : std::uint64_t{4} << 30;
 }
 
-GoOn Telling(const char* doing, const std::string& path) {
+GoOn Telling(Person& person, const char* doing, const std::string& path) {
   const std::string what = doing + path.substr(path.rfind('/') + 1);
-  return [what](double done) { return Outside::Current().Progress(done, what); };
+  return [&person, what](double done) { return person.Progress(done, what); };
 }
 
 std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
@@ -112,23 +111,24 @@ Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimi
   });
 }
 
-Status SaveSceneFile(const BaseDocument& doc, const std::string& path, const BeforePlacing& ready,
-                     FileAsRead* now) {
+Status SaveSceneFile(const Services& services, const BaseDocument& doc, const std::string& path,
+                     const BeforePlacing& ready, FileAsRead* now) {
   const Result<std::vector<std::string>> pieces =
-      WriteScene(doc, Telling("Saving ", path), FolderOf(path));
+      WriteScene(doc, Telling(services.person, "Saving ", path), FolderOf(path));
   if (!pieces) return Status::Failure(At(path) + pieces.Message());
   const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
-  Status saved = Outside::Current().ReplaceFile(path, views, ready);
-  if (saved && now != nullptr) *now = {Outside::Current().Stamp(path), HashOfContent(views)};
+  Status saved = services.files.ReplaceFile(path, views, ready);
+  if (saved && now != nullptr) *now = {services.files.Stamp(path), HashOfContent(views)};
   return saved;
 }
 
-Result<BaseDocument*> OpenSceneFile(const std::string& path, FileAsRead* now) {
-  const FileStamp stamp = Outside::Current().Stamp(path);
-  const Result<std::string> bytes = Outside::Current().ReadFile(path);
+Result<BaseDocument*> OpenSceneFile(const Services& services, const std::string& path,
+                                    FileAsRead* now) {
+  const FileStamp stamp = services.files.Stamp(path);
+  const Result<std::string> bytes = services.files.ReadFile(path);
   if (!bytes) return Result<BaseDocument*>(bytes.GetStatus());
   Result<BaseDocument*> doc =
-      ReadScene(bytes.Value(), 0, Telling("Opening ", path), FolderOf(path));
+      ReadScene(bytes.Value(), 0, Telling(services.person, "Opening ", path), FolderOf(path));
   if (!doc) return Result<BaseDocument*>::Failure(At(path) + doc.Message());
   const std::string_view whole = bytes.Value();
   if (now != nullptr) *now = {stamp, HashOfContent({&whole, 1})};

@@ -10,6 +10,7 @@
 
 #include "engine/core/GoOn.h"
 #include "engine/core/Result.h"
+#include "engine/outside/Services.h"
 #include "engine/scenefile/FileAsRead.h"
 #include "host/BaseDocument.h"
 
@@ -28,12 +29,14 @@ Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc, const
 Result<host::BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0,
                                       const GoOn& goOn = {}, const std::string& folder = "");
 
-// The same through the Outside, which hears of the progress of scenes with many elements and may
-// stop it: then nothing is opened, and a file that is there stays as it is. Saving leaves the
+// The same with a file. The person hears of the progress of scenes with many elements and may stop
+// it: then nothing is opened, and a file that is there stays as it is. Saving leaves the
 // document's path, name and "changed" as they are; opening sets path and name. `ready` is asked
 // when all is written, before the file takes its place. `now` learns what the file then is.
-Status SaveSceneFile(const host::BaseDocument& doc, const std::string& path,
-                     const BeforePlacing& ready = {}, FileAsRead* now = nullptr);
-Result<host::BaseDocument*> OpenSceneFile(const std::string& path, FileAsRead* now = nullptr);
+Status SaveSceneFile(const Services& services, const host::BaseDocument& doc,
+                     const std::string& path, const BeforePlacing& ready = {},
+                     FileAsRead* now = nullptr);
+Result<host::BaseDocument*> OpenSceneFile(const Services& services, const std::string& path,
+                                          FileAsRead* now = nullptr);
 
 }  // namespace engine

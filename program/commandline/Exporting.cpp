@@ -65,7 +65,8 @@ bool HasRoom(Session& session, const ExportOrder& order, const exporting::Export
 bool MayBegin(Session& session, const ExportOrder& order, ExportResult& result) {
   const bool strict = session.GetProgram().strict;
   const bool gathers = exporting::GathersTextures(LayoutOf(order.layout));
-  result.missing = gathers ? result.plan.missing : engine::MissingTextures(session.Document());
+  result.missing =
+      gathers ? result.plan.missing : engine::MissingTextures(session.Files(), session.Document());
   result.failures = result.plan.obstacles;
   TellMissing(session.GetProgram().terminal, result.missing, gathers || strict);
   if (strict && !result.missing.empty()) result.failures.emplace_back(kStrictRefusal);
@@ -145,10 +146,10 @@ engine::Result<FrameRange> ReadFrameRange(const std::string& text) {
 ExportResult Export(Session& session, const ExportOrder& order) {
   ExportResult result;
   const std::vector<std::string> names = session.Dialog().CheckedNames();
-  result.plan =
-      exporting::PlanExport(session.Document(), {LayoutOf(order.layout), order.folder, names});
+  result.plan = exporting::PlanExport(session.Files(), session.Document(),
+                                      {LayoutOf(order.layout), order.folder, names});
   if (!MayBegin(session, order, result)) return result;
-  const engine::Ledger& ledger = session.Files().GetLedger();
+  const engine::Ledger& ledger = session.GetServices().ledger;
   const std::size_t mark = ledger.Mark();
   result.begun = true;
   ShowProgress(session, names.size());

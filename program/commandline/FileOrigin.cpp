@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "engine/outside/Outside.h"
 #include "engine/scenefile/FileAsRead.h"
 #include "engine/scenefile/SceneOrigin.h"
 
@@ -81,10 +80,9 @@ std::string MakerOf(std::string_view bytes) {
   return WithMaker(WithoutMark(bytes, tail + mark), maker) == bytes ? maker : "";
 }
 
-bool MayReplace(const std::string& path, const std::string& maker) {
-  engine::Outside& outside = engine::Outside::Current();
-  if (outside.Kind(path) != engine::FileKind::File) return true;
-  const auto bytes = outside.ReadFile(path);
+bool MayReplace(engine::FileSystem& files, const std::string& path, const std::string& maker) {
+  if (files.Kind(path) != engine::FileKind::File) return true;
+  const auto bytes = files.ReadFile(path);
   return bytes && MakerOf(bytes.Value()) == maker;
 }
 

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "engine/outside/FileSystem.h"
+
 namespace commandline {
 
 // The bytes of a picture (PNG, TIFF) or a page (HTML) with the mark of `maker`, a word.
@@ -15,6 +17,6 @@ std::string WithMaker(const std::string& bytes, const std::string& maker);
 std::string MakerOf(std::string_view bytes);
 // Whether a file of `maker` may be written at that absolute path without asking: nothing is there,
 // or what it made itself. A folder or device is nobody's; writing there says why it cannot be.
-bool MayReplace(const std::string& path, const std::string& maker);
+bool MayReplace(engine::FileSystem& files, const std::string& path, const std::string& maker);
 
 }  // namespace commandline

@@ -41,10 +41,18 @@ std::string AbsolutePath(const std::string& typed) {
 }
 
 Session::Session(Program& program)
-    : program_(program), outside_(program.terminal), inUse_(outside_) {
+    : program_(program),
+      system_(program.terminal),
+      files_(system_.Get().ledger, program.terminal),
+      services_{files_,
+                system_.Get().clock,
+                system_.Get().person,
+                system_.Get().ledger,
+                system_.Get().folders,
+                system_.Get().viewer} {
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
-  application_ = std::make_unique<engine::Application>(outside_, setup);
+  application_ = std::make_unique<engine::Application>(services_, setup);
 }
 
 int Session::Start() { return LoadPlugin(); }
@@ -156,7 +164,7 @@ int Session::Check(const std::vector<std::string>& names) {
 }
 
 int Session::CheckTextures(Report& report) {
-  const std::vector<std::string> missing = engine::MissingTextures(Document());
+  const std::vector<std::string> missing = engine::MissingTextures(files_, Document());
   texturesChecked_ = true;
   report.Put("missingTextures", missing);
   TellMissing(program_.terminal, missing, program_.strict);
@@ -168,8 +176,7 @@ int Session::CheckTextures(Report& report) {
 
 void Session::HoldSideFiles() {
   const host::BaseDocument& doc = Document();
-  outside_.HoldChangesAt(
-      Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
+  files_.HoldChangesAt(Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
 }
 
 // Asked before anything is done.
@@ -196,7 +203,7 @@ int Session::CheckReplacing(const std::vector<std::string>& paths, const std::st
   if (program_.force) return kDone;
   std::vector<std::string> others;
   for (const std::string& path : paths) {
-    if (!MayReplace(path, maker)) others.push_back(path);
+    if (!MayReplace(files_, path, maker)) others.push_back(path);
   }
   if (others.empty()) return kDone;
   const bool one = others.size() == 1;
@@ -213,7 +220,7 @@ std::string Session::Target() const {
 }
 
 int Session::Keep(Report& report) {
-  outside_.StopHolding();
+  files_.StopHolding();
   const std::string target = Target();
   report.Put("written", JsonValue());
   if (!target.empty()) return Write(target, report);
@@ -233,7 +240,7 @@ engine::Status Session::CheckAgain(const std::string& target, std::size_t refuse
         "written. Give another name, or --force to replace what is there.");
   }
   const bool allowed =
-      program_.output.empty() || program_.force || MayReplace(target, program_.verbName);
+      program_.output.empty() || program_.force || MayReplace(files_, target, program_.verbName);
   return allowed
              ? engine::Status()
              : engine::Status::Failure("\"" + target + "\" was made by somebody else meanwhile.");
@@ -253,7 +260,7 @@ int Session::Write(const std::string& target, Report& report) {
     program_.terminal.Error(saved.Message());
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
-  outside_.CarryOut(Stem(target));
+  files_.CarryOut(Stem(target));
   report.Put("written", target);
   report.Line("Written: " + target);
   report.Print(program_.json);
@@ -262,7 +269,7 @@ int Session::Write(const std::string& target, Report& report) {
 
 int Session::CheckLedger() {
   const std::vector<std::string> failures =
-      outcome::Sentences(outcome::FailuresThatMatter(outside_, 0));
+      outcome::Sentences(outcome::FailuresThatMatter(services_, 0));
   for (const std::string& failure : failures) program_.terminal.Error(failure);
   return failures.empty() ? kDone : kFailed;
 }

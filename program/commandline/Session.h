@@ -8,9 +8,10 @@
 #include <vector>
 
 #include "engine/application/Application.h"
+#include "engine/outside/SystemServices.h"
+#include "program/commandline/DeferredFileSystem.h"
 #include "program/commandline/Program.h"
 #include "program/commandline/Report.h"
-#include "program/commandline/VerbOutside.h"
 #include "program/pictures/StagemarksDialog.h"
 
 namespace commandline {
@@ -45,7 +46,8 @@ class Session {
   int Open(const std::string& path);
 
   engine::Application& App() { return *application_; }
-  VerbOutside& Files() { return outside_; }
+  const engine::Services& GetServices() { return services_; }
+  DeferredFileSystem& Files() { return files_; }
   StagemarksDialog& Dialog() { return *dialog_; }
   host::BaseDocument& Document() { return *host::GetActiveDocument(); }
   Program& GetProgram() { return program_; }
@@ -79,8 +81,9 @@ class Session {
   int Write(const std::string& target, Report& report);
 
   Program& program_;
-  VerbOutside outside_;
-  engine::OutsideInUse inUse_;
+  engine::SystemServices system_;
+  DeferredFileSystem files_;
+  const engine::Services services_;
   std::unique_ptr<engine::Application> application_;
   std::unique_ptr<StagemarksDialog> dialog_;
   engine::FileLock lock_;

@@ -87,7 +87,7 @@ int SheetMaking::LayOut() {
   }
   subtitle_ = pictures::SheetSubtitle(pictures_.AsItIs() ? 0 : pictures_.States().size());
   if (order_.sheet.empty()) return kDone;
-  auto sheet = pictures::ContactSheet::Make(sizes_, title_, subtitle_);
+  auto sheet = pictures::ContactSheet::Make(session_.Files(), sizes_, title_, subtitle_);
   if (!sheet) return Fail(sheet.Message());
   sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
   return kDone;

@@ -97,7 +97,8 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   setup.width = size.width;
   setup.height = size.height;
   setup.threads = threads_;
-  auto begun = PictureInProgress::Begin(session_.Document(), setup, engine::RenderCaches::Shared());
+  auto begun = PictureInProgress::Begin(session_.Document(), session_.Files(), setup,
+                                        engine::RenderCaches::Shared());
   if (!begun) return Fail("\"" + name + "\" was not rendered: " + begun.Message());
   for (const std::string& note : begun.Value()->Notes()) {
     const bool wasNamed =

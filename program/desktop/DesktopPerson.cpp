@@ -84,7 +84,7 @@ bool DesktopPerson::Ask(const std::string& text) {
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {
   EndProgress();
   const NormalPointer pointer;
-  auto chosen = desktop::ChooseFile(window_, question, kAnything);
+  auto chosen = desktop::ChooseFile(window_, question, kAnything, files);
   if (chosen && choosing && !choosing(question, *chosen)) chosen.reset();
   return chosen;
 }

@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <functional>
 
+#include "engine/outside/FileSystem.h"
 #include "engine/outside/Person.h"
 #include "program/desktop/background/ProgressDialog.h"
 
@@ -25,6 +26,8 @@ class DesktopPerson : public engine::Person {
   // Hears of a file or folder that a plug-in asked for and the person chose; with false it is not
   // taken, as if it was called off.
   std::function<bool(const engine::FileQuestion& question, const std::string& path)> choosing;
+  // Where folders are made whose name is typed; null: only those that are there can be chosen.
+  engine::FileSystem* files = nullptr;
 
   // A text whose first words are a warning or an error looks like one.
   void Tell(const std::string& text) override;

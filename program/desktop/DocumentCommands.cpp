@@ -42,9 +42,10 @@ std::string JoinedNotes(const std::string& path, const std::vector<std::string>&
   return text;
 }
 
-std::string Opened(const std::string& path, const host::BaseDocument& doc) {
+std::string Opened(engine::FileSystem& files, const std::string& path,
+                   const host::BaseDocument& doc) {
   const std::string name = outcome::Listed({QFileInfo(ToQt(path)).fileName().toStdString()});
-  const std::vector<std::string> missing = engine::MissingTextures(doc);
+  const std::vector<std::string> missing = engine::MissingTextures(files, doc);
   if (missing.empty()) return "Opened " + name + ".";
   const std::string count = outcome::Counted(missing.size(), "texture");
   return "Opened " + name + "; " + count + (missing.size() == 1 ? " was" : " were") +
@@ -110,7 +111,7 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   DropUntouched(opened.Value());
   Remember(path);
   host::EventAdd();
-  if (told) told({Opened(path, *opened.Value()), {}, {}, ""});
+  if (told) told({Opened(application_.GetServices().files, path, *opened.Value()), {}, {}, ""});
   if (!notes.empty()) person_.Warn(JoinedNotes(path, notes));
   return {};
 }
@@ -155,22 +156,22 @@ bool DocumentCommands::Write(host::BaseDocument& doc, const std::string& path) {
       person_.Warn(saved.Message());
       return false;
     }
-    const engine::FileStamp stamp = engine::Outside::Current().Stamp(path);
+    const engine::FileStamp stamp = application_.GetServices().files.Stamp(path);
     const ChangedFileAnswer answer = AskAboutChangedFile(window_, doc, true);
     if (FindOpenDocument(id) != &doc || answer == ChangedFileAnswer::Later) return false;
     if (answer == ChangedFileAnswer::SaveAs) return SaveAs(doc);
     if (answer == ChangedFileAnswer::Reload) Reload(doc);
     if (answer == ChangedFileAnswer::Reload) return false;
-    if (engine::Outside::Current().Stamp(path) == stamp) application_.AcceptFileOf(doc);
+    if (application_.GetServices().files.Stamp(path) == stamp) application_.AcceptFileOf(doc);
   }
 }
 
 engine::Status DocumentCommands::WriteOnce(host::BaseDocument& doc, const std::string& path) {
-  engine::Outside& outside = engine::Outside::Current();
-  const std::size_t mark = outside.GetLedger().Mark();
+  const engine::Services& services = application_.GetServices();
+  const std::size_t mark = services.ledger.Mark();
   const std::string former = PathOf(doc);
   const engine::Status saved = application_.SaveDocumentAs(doc, path);
-  if (saved && told) told(outcome::OfSaving(outside, mark, former, path));
+  if (saved && told) told(outcome::OfSaving(services, mark, former, path));
   return saved;
 }
 
@@ -191,7 +192,7 @@ void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
     told_.erase(id);
     return;
   }
-  const engine::FileStamp stamp = engine::Outside::Current().Stamp(PathOf(doc));
+  const engine::FileStamp stamp = application_.GetServices().files.Stamp(PathOf(doc));
   if (const auto before = told_.find(id); before != told_.end() && before->second == stamp) return;
   told_[id] = stamp;
   if (now == engine::FileNow::Gone) {
@@ -205,7 +206,7 @@ void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
   if (answer == ChangedFileAnswer::Reload) Reload(doc);
   if (answer == ChangedFileAnswer::SaveAs) SaveAs(doc);
   if (answer != ChangedFileAnswer::KeepMine ||
-      engine::Outside::Current().Stamp(PathOf(doc)) != stamp)
+      application_.GetServices().files.Stamp(PathOf(doc)) != stamp)
     return;
   application_.AcceptFileOf(doc);
   // What is here is in no file any more.

@@ -24,7 +24,8 @@ void ShowProposal(QFileDialog& dialog, const std::string& proposal) {
 // Takes also the name of a folder that is not there yet, and makes it.
 class Chooser : public QFileDialog {
  public:
-  using QFileDialog::QFileDialog;
+  Chooser(QWidget* parent, const QString& title, engine::FileSystem* files)
+      : QFileDialog(parent, title), files_(files) {}
 
   // The toolkit keeps the row of the proposed file chosen while another name is typed, unless the
   // field has the focus: it would answer with a file that nobody named.
@@ -38,7 +39,7 @@ class Chooser : public QFileDialog {
 
  protected:
   void accept() override {
-    if (fileMode() == Directory && !MakeTyped()) return;
+    if (fileMode() == Directory && files_ && !MakeTyped()) return;
     QFileDialog::accept();
   }
 
@@ -48,18 +49,19 @@ class Chooser : public QFileDialog {
     const QString typed = field ? field->text() : QString();
     const QFileInfo folder(directory(), typed);
     if (typed.isEmpty() || folder.exists() || !QFileInfo(folder.path()).isDir()) return true;
-    const engine::Status made =
-        engine::Outside::Current().MakeFolder(folder.absoluteFilePath().toStdString());
+    const engine::Status made = files_->MakeFolder(folder.absoluteFilePath().toStdString());
     if (!made) QMessageBox::warning(this, windowTitle(), ToQt(made.Message()));
     return made.Ok();
   }
+
+  engine::FileSystem* files_;
 };
 
 }  // namespace
 
 std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestion& question,
-                                      const QString& filter) {
-  Chooser dialog(parent, ToQt(question.title));
+                                      const QString& filter, engine::FileSystem* files) {
+  Chooser dialog(parent, ToQt(question.title), files);
   const bool isFolder = question.flags & host::FILESELECT_DIRECTORY;
   const bool isSave = question.flags & host::FILESELECT_SAVE;
   dialog.setAcceptMode(isSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);

@@ -7,7 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "engine/outside/Outside.h"
+#include "engine/outside/FileSystem.h"
+#include "engine/outside/Person.h"
 #include "host/BaseDocument.h"
 
 namespace desktop {
@@ -22,9 +23,9 @@ inline constexpr const char* kAnything = "All files (*)";
 
 // The absolute path chosen; nothing when canceled. Saving asks before a file is replaced and adds
 // ".c4d" where the filter is our own scenes and the name has no suffix, ".png" where it is
-// pictures. A new folder is made where its name is typed.
+// pictures. A new folder is made in `files`, where there are some, when its name is typed.
 std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestion& question,
-                                      const QString& filter);
+                                      const QString& filter, engine::FileSystem* files = nullptr);
 
 // The answers to the question about a file that another program has changed.
 enum class ChangedFileAnswer {

@@ -36,16 +36,17 @@ constexpr QSize kFirstSize(1480, 860);
 MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
                        const std::string& settingsFile)
     : application_(application),
-      settings_(engine::Outside::Current(), settingsFile),
+      settings_(application.GetServices(), settingsFile),
       person_(person),
       commands_(application, person, settings_, this),
-      autosave_(application, engine::Outside::Current()),
-      reports_(person, this),
-      docks_(*this),
+      autosave_(application),
+      reports_(application.GetServices(), person, this),
+      docks_(*this, application.GetServices().files),
       panels_(*this),
-      thumbnails_(std::make_shared<MaterialThumbnails>(engine::RenderCaches::Shared())),
+      thumbnails_(std::make_shared<MaterialThumbnails>(application.GetServices(),
+                                                       engine::RenderCaches::Shared())),
       tabs_(new DocumentTabs(application, commands_, this)),
-      view_(new Viewport(this)),
+      view_(new Viewport(application.GetServices().files, this)),
       objects_(new ObjectsPanel(this)) {
   setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
   setAcceptDrops(true);
@@ -56,6 +57,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
   BuildPanels();
   BuildMenus();
   person_.SetWindow(this);
+  person_.files = &application.GetServices().files;
   person_.status = [this](const QString& text) {
     statusBar()->showMessage(text);
     // A plug-in that works for long lets no event loop run.
@@ -78,6 +80,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
 MainWindow::~MainWindow() {
   StopEdit();
   person_.status = {};
+  person_.files = nullptr;
   disconnect(QAbstractEventDispatcher::instance(), nullptr, this, nullptr);
 }
 
@@ -177,7 +180,7 @@ void MainWindow::ShowTitle() {
 }
 
 void MainWindow::OfferLostWork() {
-  desktop::OfferLostWork(engine::Outside::Current(), commands_, autosave_, this);
+  desktop::OfferLostWork(application_.GetServices(), commands_, autosave_, this);
 }
 
 void MainWindow::RestoreLayout() {
@@ -214,7 +217,7 @@ void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
   lookedAtFile_ = 0;
-  if (!engine::RenderCaches::Shared().ForgetChangedFiles()) return;
+  if (!engine::RenderCaches::Shared().ForgetChangedFiles(application_.GetServices().files)) return;
   view_->ReadAgain();
   thumbnails_->MakeAgain();
 }

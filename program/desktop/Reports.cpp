@@ -34,8 +34,8 @@ QString Details(const outcome::Outcome& outcome) {
 
 class ReportWindow : public QDialog {
  public:
-  ReportWindow(const outcome::Outcome& outcome, QWidget* parent)
-      : QDialog(parent), folder_(outcome.folder) {
+  ReportWindow(engine::Viewer& viewer, const outcome::Outcome& outcome, QWidget* parent)
+      : QDialog(parent), viewer_(viewer), folder_(outcome.folder) {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle("Report");
     auto* rows = new QVBoxLayout(this);
@@ -73,12 +73,13 @@ class ReportWindow : public QDialog {
     if (folder_.empty()) return buttons;
     QPushButton* open = buttons->addButton("Open Folder", QDialogButtonBox::ActionRole);
     connect(open, &QPushButton::clicked, this, [this] {
-      const engine::Status opened = engine::Outside::Current().OpenWithViewer(folder_);
+      const engine::Status opened = viewer_.Open(folder_);
       if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
     });
     return buttons;
   }
 
+  engine::Viewer& viewer_;
   std::string folder_;
 };
 
@@ -86,7 +87,7 @@ class ReportWindow : public QDialog {
 
 void Reports::Run(host::GeDialog& dialog, const std::string& label,
                   const std::function<bool()>& act) {
-  outcome::CommandWatch watch(dialog, label);
+  outcome::CommandWatch watch(services_, dialog, label);
   person_.choosing = [&](const engine::FileQuestion& question, const std::string& path) {
     return !(question.flags & host::FILESELECT_DIRECTORY) || MayWriteInto(path, dialog, watch);
   };
@@ -102,7 +103,7 @@ bool Reports::MayWriteInto(const std::string& folder, host::GeDialog& dialog,
   const host::BaseDocument* doc = host::GetActiveDocument();
   if (!doc || !layout) return true;
   const exporting::ExportPlan plan =
-      exporting::PlanExport(*doc, {*layout, folder, shown.CheckedNames()});
+      exporting::PlanExport(services_.files, *doc, {*layout, folder, shown.CheckedNames()});
   if (!MayExport(plan, folder)) return false;
   watch.ChoseFolder(folder);
   watch.Lacks(plan.missing);
@@ -130,7 +131,7 @@ void Reports::Show(const outcome::Outcome& outcome) {
   if (!outcome.summary.empty()) person_.ShowStatus(outcome.summary);
   if (outcome.problems.empty() && outcome.folder.empty()) return;
   if (open_) open_->close();
-  open_ = new ReportWindow(outcome, window_);
+  open_ = new ReportWindow(services_.viewer, outcome, window_);
   QObject::connect(open_, &QDialog::finished, open_, [this] { open_.clear(); });
   open_->show();
 }

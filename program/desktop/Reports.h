@@ -17,7 +17,8 @@ namespace desktop {
 
 class Reports {
  public:
-  Reports(DesktopPerson& person, QWidget* window) : person_(person), window_(window) {}
+  Reports(const engine::Services& services, DesktopPerson& person, QWidget* window)
+      : services_(services), person_(person), window_(window) {}
 
   // Runs what a person did to a dialog, and tells what came of it. `label`: of the button or menu
   // entry.
@@ -34,6 +35,7 @@ class Reports {
   bool MayWriteInto(const std::string& folder, host::GeDialog& dialog,
                     outcome::CommandWatch& watch);
 
+  const engine::Services& services_;
   DesktopPerson& person_;
   QWidget* window_;
   // Deletes itself when it is closed.

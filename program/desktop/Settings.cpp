@@ -12,8 +12,8 @@ constexpr std::uint64_t kMostBytes = 16 << 20;
 
 }  // namespace
 
-Settings::Settings(engine::Outside& outside, std::string file)
-    : outside_(outside), file_(std::move(file)) {
+Settings::Settings(const engine::Services& services, std::string file)
+    : files_(services.files), ledger_(services.ledger), file_(std::move(file)) {
   (void)Read();  // in the ledger; without a file the defaults apply
 }
 
@@ -42,16 +42,15 @@ engine::Status Settings::Keep(const QString& key, const QJsonValue& value) {
   session_.insert(key, value);
   engine::Status status = Read();
   if (file_.empty()) return {};
-  if (status) status = outside_.MakeFolders(file_.substr(0, file_.rfind('/')));
-  return status ? outside_.ReplaceFile(file_, QJsonDocument(values_).toJson().toStdString())
-                : status;
+  if (status) status = files_.MakeFolders(file_.substr(0, file_.rfind('/')));
+  return status ? files_.ReplaceFile(file_, QJsonDocument(values_).toJson().toStdString()) : status;
 }
 
 engine::Status Settings::Read() {
   values_ = {};
   engine::Status status;
-  if (outside_.Kind(file_) != engine::FileKind::Missing) {
-    const auto text = outside_.ReadFile(file_, kMostBytes);
+  if (files_.Kind(file_) != engine::FileKind::Missing) {
+    const auto text = files_.ReadFile(file_, kMostBytes);
     QJsonParseError error{};
     const QJsonDocument document =
         text ? QJsonDocument::fromJson(QByteArray::fromStdString(text.Value()), &error)
@@ -70,9 +69,9 @@ engine::Status Settings::Read() {
 
 engine::Status Settings::KeepAside(const std::string& reason) {
   const std::string aside = file_ + ".damaged";
-  engine::Status kept = outside_.CopyFile(file_, aside, true);
+  engine::Status kept = files_.CopyFile(file_, aside, true);
   if (kept)
-    outside_.GetLedger().AddNote(
+    ledger_.AddNote(
         file_, "The settings were damaged (" + reason + "); the old file is \"" + aside + "\".");
   return kept;
 }

@@ -1,5 +1,5 @@
 // Settings: what the desktop keeps between runs (layout, recent files), as one JSON file that is
-// read and replaced through the Outside. Each change reads the file anew, so that two running
+// read and replaced as a whole. Each change reads the file anew, so that two running
 // desktops keep each other's. A file that cannot be understood is kept beside as "<name>.damaged"
 // and the defaults apply. Main thread.
 #pragma once
@@ -8,7 +8,7 @@
 #include <QJsonObject>
 #include <QStringList>
 
-#include "engine/outside/Outside.h"
+#include "engine/outside/Services.h"
 
 namespace desktop {
 
@@ -16,7 +16,7 @@ class Settings {
  public:
   // `file`: absolute; its folder is made when the first setting is kept. Empty: there is no place,
   // nothing is kept.
-  Settings(engine::Outside& outside, std::string file);
+  Settings(const engine::Services& services, std::string file);
 
   // The value under `key`; empty where there is none or one of another kind.
   QByteArray Bytes(const QString& key) const;
@@ -32,7 +32,8 @@ class Settings {
   engine::Status Read();
   engine::Status KeepAside(const std::string& reason);
 
-  engine::Outside& outside_;
+  engine::FileSystem& files_;
+  engine::Ledger& ledger_;
   // Empty: nothing is kept.
   std::string file_;
   QJsonObject values_;

@@ -7,7 +7,7 @@
 #include <cstdio>
 
 #include "engine/application/ProgramPlaces.h"
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/SystemServices.h"
 #include "program/desktop/Appearance.h"
 #include "program/desktop/ApplicationStyle.h"
 #include "program/desktop/MainWindow.h"
@@ -37,8 +37,7 @@ void LoadPlugins(engine::Application& application, DesktopPerson& person) {
   if (reports.empty()) person.Tell("No plug-ins were found in \"" + engine::PluginFolder() + "\".");
 }
 
-std::string SettingsFile(engine::Outside& outside) {
-  const std::string folder = outside.ConfigFolder();
+std::string SettingsFile(const std::string& folder) {
   return folder.empty() ? "" : folder + "/desktop.json";
 }
 
@@ -48,13 +47,12 @@ int Run(const QCommandLineParser& parser) {
   CheckingPerson checking;
   const bool check = parser.isSet(kCheck);
   DesktopPerson& there = check ? checking : person;
-  engine::RealOutside outside(there);
-  const engine::OutsideInUse inUse(outside);
+  const engine::SystemServices services(there);
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
-  engine::Application application(outside, setup);
+  engine::Application application(services.Get(), setup);
   application.NewDocument();
-  MainWindow window(application, there, SettingsFile(outside));
+  MainWindow window(application, there, SettingsFile(services.Get().folders.config));
   window.show();
   const SystemAppearance system(
       [&window](bool light) { window.Appearance().SystemPrefers(light); });

@@ -6,7 +6,6 @@
 #include <set>
 
 #include "engine/dialog/TextArea.h"
-#include "engine/outside/Outside.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/scenefile/SceneFile.h"
 #include "host/Host.h"
@@ -14,7 +13,7 @@
 namespace exporting {
 
 using engine::FileKind;
-using engine::Outside;
+using engine::FileSystem;
 using host::Filename;
 
 namespace {
@@ -51,23 +50,24 @@ std::string TextOf(const Filename& name) { return name.GetString().ToUtf8(); }
 std::string Quoted(const std::string& text) {
   return "\"" + engine::Shortened(engine::Printable(text), kShownName) + "\"";
 }
-FileKind KindOf(const std::string& path) { return Outside::Current().Kind(path); }
 
 // The file that an export gathers for a texture: under the name that the scene gives it, else below
 // the folder "tex" beside the scene, else below the global texture paths.
-std::string GatheredFrom(const host::BaseDocument& doc, const std::string& texture) {
+std::string GatheredFrom(FileSystem& files, const host::BaseDocument& doc,
+                         const std::string& texture) {
   std::vector<Filename> places = {NameOf(texture),
                                   doc.GetDocumentPath() + Filename("tex") + NameOf(texture)};
   for (host::LONG i = 0; i < kGlobalTexturePaths; ++i)
     places.push_back(host::GetGlobalTexturePath(i) + NameOf(texture));
   for (const Filename& place : places) {
-    if (host::GeFExist(place)) return TextOf(place);
+    if (files.Kind(TextOf(place)) == FileKind::File) return TextOf(place);
   }
   return "";
 }
 
 // The cache files that every exported scene gets one of.
-std::vector<std::string> CachesOf(const host::BaseDocument& doc, const std::string& document) {
+std::vector<std::string> CachesOf(FileSystem& files, const host::BaseDocument& doc,
+                                  const std::string& document) {
   std::vector<std::string> caches;
   host::BaseVideoPost* post = doc.GetActiveRenderData()->GetFirstVideoPost();
   for (; post; post = post->GetNext()) {
@@ -78,7 +78,7 @@ std::vector<std::string> CachesOf(const host::BaseDocument& doc, const std::stri
     const Filename beside =
         doc.GetDocumentPath() + Filename("illum") + NameOf(document + kCacheSuffix);
     const std::string file = TextOf(isOwn ? data.GetFilename(host::GI_CACHE_FILENAME) : beside);
-    if (!file.empty() && KindOf(file) == FileKind::File) caches.push_back(file);
+    if (!file.empty() && files.Kind(file) == FileKind::File) caches.push_back(file);
   }
   return caches;
 }
@@ -86,12 +86,13 @@ std::vector<std::string> CachesOf(const host::BaseDocument& doc, const std::stri
 // Adds up what files take. A file is written whole before it takes the place of another one.
 class RoomReckoning {
  public:
-  explicit RoomReckoning(std::uint64_t block) : block_(std::max<std::uint64_t>(1, block)) {}
+  RoomReckoning(FileSystem& files, std::uint64_t block)
+      : files_(files), block_(std::max<std::uint64_t>(1, block)) {}
 
   void Write(const std::string& path, std::uint64_t bytes) {
     const auto [known, isNew] = sizes_.try_emplace(path, 0);
-    if (isNew && KindOf(path) == FileKind::File)
-      known->second = Rounded(Outside::Current().Stamp(path).size);
+    if (isNew && files_.Kind(path) == FileKind::File)
+      known->second = Rounded(files_.Stamp(path).size);
     most_ = std::max(most_, taken_ + static_cast<std::int64_t>(Rounded(bytes)));
     taken_ += static_cast<std::int64_t>(Rounded(bytes)) - static_cast<std::int64_t>(known->second);
     known->second = Rounded(bytes);
@@ -103,6 +104,7 @@ class RoomReckoning {
     return (bytes + block_ - 1) / block_ * block_;
   }
 
+  FileSystem& files_;
   std::uint64_t block_;
   std::map<std::string, std::uint64_t> sizes_;
   std::int64_t taken_ = 0;
@@ -119,12 +121,16 @@ std::uint64_t SizeOf(const host::BaseDocument& doc) {
 
 class Planning {
  public:
-  Planning(const host::BaseDocument& doc, const ExportRequest& request)
-      : doc_(doc), request_(request), row_(RowOf(request.layout)), room_(BlockAt(request.folder)) {
+  Planning(FileSystem& files, const host::BaseDocument& doc, const ExportRequest& request)
+      : files_(files),
+        doc_(doc),
+        request_(request),
+        row_(RowOf(request.layout)),
+        room_(files, BlockAt(request.folder)) {
     Filename name = doc.GetDocumentName();
     name.ClearSuffix();
     document_ = TextOf(name);
-    caches_ = CachesOf(doc, document_);
+    caches_ = CachesOf(files, doc, document_);
   }
 
   ExportPlan Make() {
@@ -132,13 +138,13 @@ class Planning {
     const std::uint64_t size = SizeOf(doc_);
     for (const std::string& name : request_.names) PlanElement(name, size);
     plan_.bytes = room_.Most();
-    if (const auto space = Outside::Current().Space(request_.folder)) plan_.free = space->free;
+    if (const auto space = files_.Space(request_.folder)) plan_.free = space->free;
     return std::move(plan_);
   }
 
  private:
-  static std::uint64_t BlockAt(const std::string& folder) {
-    const auto space = Outside::Current().Space(folder);
+  std::uint64_t BlockAt(const std::string& folder) const {
+    const auto space = files_.Space(folder);
     return space ? space->block : 1;
   }
 
@@ -150,7 +156,7 @@ class Planning {
   void PlanTextures() {
     std::vector<std::string> sources;
     for (const std::string& texture : engine::TextureNames(doc_)) {
-      std::string source = GatheredFrom(doc_, texture);
+      std::string source = GatheredFrom(files_, doc_, texture);
       if (source.empty()) {
         plan_.missing.push_back(texture);
       } else {
@@ -170,7 +176,7 @@ class Planning {
     for (const std::string& source : sources) {
       const std::string file = target + "/" + TextOf(NameOf(source).GetFile());
       plan_.textures += files.insert(file).second;
-      room_.Write(file, Outside::Current().Stamp(source).size);
+      room_.Write(file, files_.Stamp(source).size);
       CheckFile(file);
     }
   }
@@ -182,8 +188,7 @@ class Planning {
     if (row_.elementFolders) CheckFolder(folder);
     CheckFile(file);
     for (const std::string& cache : caches_) {
-      room_.Write(folder + "/Illum/" + BaseName(name) + kCacheSuffix,
-                  Outside::Current().Stamp(cache).size);
+      room_.Write(folder + "/Illum/" + BaseName(name) + kCacheSuffix, files_.Stamp(cache).size);
       ++plan_.caches;
     }
     room_.Write(file, size);
@@ -203,16 +208,17 @@ class Planning {
   }
 
   void CheckFolder(const std::string& path) {
-    const FileKind kind = KindOf(path);
+    const FileKind kind = files_.Kind(path);
     if (kind == FileKind::Missing || kind == FileKind::Folder || !checked_.insert(path).second)
       return;
     plan_.obstacles.push_back("Cannot make the folder \"" + path + "\": a file is in its place.");
   }
   void CheckFile(const std::string& path) {
-    if (KindOf(path) != FileKind::Folder || !checked_.insert(path).second) return;
+    if (files_.Kind(path) != FileKind::Folder || !checked_.insert(path).second) return;
     plan_.obstacles.push_back("Cannot write \"" + path + "\": a folder is in its place.");
   }
 
+  FileSystem& files_;
   const host::BaseDocument& doc_;
   const ExportRequest& request_;
   const LayoutRow& row_;
@@ -240,8 +246,9 @@ const char* EntryOf(Layout layout) { return RowOf(layout).entry; }
 
 bool GathersTextures(Layout layout) { return RowOf(layout).textures; }
 
-ExportPlan PlanExport(const host::BaseDocument& doc, const ExportRequest& request) {
-  return Planning(doc, request).Make();
+ExportPlan PlanExport(FileSystem& files, const host::BaseDocument& doc,
+                      const ExportRequest& request) {
+  return Planning(files, doc, request).Make();
 }
 
 std::string WhyNoFileName(const std::string& name) {

@@ -1,6 +1,6 @@
 // ExportPlan: what an export of Stagemarks is going to write, reckoned before its first byte: the
 // files, the room that they need against the room that there is, and what cannot be written at all.
-// Nothing is written, and nothing is changed in the scene; the disk is asked through the Outside.
+// Nothing is written, and nothing is changed in the scene; the disk is only asked.
 // Both programs show it. A value; main thread.
 #pragma once
 
@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/outside/FileSystem.h"
 #include "host/BaseDocument.h"
 
 namespace exporting {
@@ -46,7 +47,8 @@ struct ExportPlan {
 
 // Writes the scene into memory once to learn its size: O(scene), and O(files) questions to the
 // disk.
-ExportPlan PlanExport(const host::BaseDocument& doc, const ExportRequest& request);
+ExportPlan PlanExport(engine::FileSystem& files, const host::BaseDocument& doc,
+                      const ExportRequest& request);
 
 // Why a file cannot have this name, "it holds a slash"; empty where it can.
 std::string WhyNoFileName(const std::string& name);

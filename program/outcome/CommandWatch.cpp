@@ -105,11 +105,13 @@ const CommandWatch::Command* CommandWatch::Find(const std::string& label) {
   return found == std::end(kCommands) ? nullptr : found;
 }
 
-CommandWatch::CommandWatch(host::GeDialog& dialog, std::string label)
-    : dialog_(dialog),
+CommandWatch::CommandWatch(const engine::Services& services, host::GeDialog& dialog,
+                           std::string label)
+    : services_(services),
+      dialog_(dialog),
       label_(std::move(label)),
       command_(dialog_.Fits() ? Find(label_) : nullptr),
-      mark_(engine::Outside::Current().GetLedger().Mark()),
+      mark_(services_.ledger.Mark()),
       doc_(host::GetActiveDocument()) {
   if (!command_ || !doc_) return;
   data_ = *doc_->GetDataInstance();
@@ -125,7 +127,7 @@ CommandWatch::CommandWatch(host::GeDialog& dialog, std::string label)
 Outcome CommandWatch::Finish(bool answered) {
   Outcome outcome;
   if (command_ && doc_) (this->*command_->say)(answered, outcome);
-  for (std::string& failure : Sentences(FailuresThatMatter(engine::Outside::Current(), mark_))) {
+  for (std::string& failure : Sentences(FailuresThatMatter(services_, mark_))) {
     outcome.problems.push_back(std::move(failure));
   }
   return outcome;
@@ -144,8 +146,7 @@ std::vector<std::string> CommandWatch::SelectedInScene() const {
 bool CommandWatch::SceneDataChanged() const { return !(data_ == *doc_->GetDataInstance()); }
 
 bool CommandWatch::Has(Operation operation, const char* ending, bool succeeded) const {
-  const std::vector<engine::LedgerEntry>& entries =
-      engine::Outside::Current().GetLedger().Entries();
+  const std::vector<engine::LedgerEntry>& entries = services_.ledger.Entries();
   return std::any_of(entries.begin() + static_cast<std::ptrdiff_t>(mark_), entries.end(),
                      [&](const engine::LedgerEntry& entry) {
                        return entry.operation == operation && entry.succeeded == succeeded &&
@@ -230,7 +231,7 @@ void CommandWatch::SayBulkEdit(bool, Outcome& outcome) {
 
 void CommandWatch::SayExported(bool, Outcome& outcome) {
   if (folder_.empty()) return;
-  const engine::Ledger& ledger = engine::Outside::Current().GetLedger();
+  const engine::Ledger& ledger = services_.ledger;
   std::size_t scenes = 0;
   for (std::size_t i = mark_; i < ledger.Entries().size(); ++i) {
     const engine::LedgerEntry& entry = ledger.Entries()[i];
@@ -240,8 +241,8 @@ void CommandWatch::SayExported(bool, Outcome& outcome) {
     outcome.files.push_back(copied ? entry.target : entry.path);
   }
   outcome.folder = folder_;
-  const bool whole = scenes == checked_.size() && missing_.empty() &&
-                     FailuresThatMatter(engine::Outside::Current(), mark_).empty();
+  const bool whole =
+      scenes == checked_.size() && missing_.empty() && FailuresThatMatter(services_, mark_).empty();
   const std::string done = Counted(scenes, "scene file");
   outcome.summary = whole ? "Exported " + done + " into \"" + folder_ + "\"."
                           : "Not everything was exported: " + done + " of " +

@@ -1,7 +1,7 @@
 // CommandWatch: stands by while a person presses a button of the Stagemarks dialog or chooses an
 // entry of its menus, and says afterwards what came of it: from the rows before and after, the
 // scene and the ledger. For a dialog of another kind it only reads the ledger. It owns nothing;
-// dialog and document must outlive it. Main thread.
+// services, dialog and document must outlive it. Main thread.
 #pragma once
 
 #include "host/BaseDocument.h"
@@ -13,7 +13,7 @@ namespace outcome {
 class CommandWatch {
  public:
   // Begin it right before the command. `label`: of the button or entry.
-  CommandWatch(host::GeDialog& dialog, std::string label);
+  CommandWatch(const engine::Services& services, host::GeDialog& dialog, std::string label);
   // The folder for files that was chosen meanwhile.
   void ChoseFolder(const std::string& folder) { folder_ = folder; }
   // Textures that are not there to be exported.
@@ -41,6 +41,7 @@ class CommandWatch {
   // Whether an operation on a file with that ending went well, or failed, since the beginning.
   bool Has(engine::Operation operation, const char* ending, bool succeeded) const;
 
+  const engine::Services& services_;
   pictures::StagemarksDialog dialog_;
   std::string label_;
   const Command* command_;  // null for one that shows by itself, or of another dialog

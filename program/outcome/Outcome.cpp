@@ -22,17 +22,18 @@ std::string SideFolderOf(const std::string& scene) {
   return (fs::path(scene).parent_path() / fs::path(scene).stem()).string() + kSideFolderEnding;
 }
 
-bool Matters(engine::Outside& outside, const LedgerEntry& failure) {
+bool Matters(engine::FileSystem& files, const LedgerEntry& failure) {
   const bool goes =
       failure.operation == Operation::RemoveFile || failure.operation == Operation::Rename;
-  return !goes || outside.Kind(failure.path) != engine::FileKind::Missing;
+  return !goes || files.Kind(failure.path) != engine::FileKind::Missing;
 }
 
 }  // namespace
 
-std::vector<LedgerEntry> FailuresThatMatter(engine::Outside& outside, std::size_t mark) {
-  std::vector<LedgerEntry> failures = outside.GetLedger().FailuresSince(mark);
-  std::erase_if(failures, [&](const LedgerEntry& failure) { return !Matters(outside, failure); });
+std::vector<LedgerEntry> FailuresThatMatter(const engine::Services& services, std::size_t mark) {
+  std::vector<LedgerEntry> failures = services.ledger.FailuresSince(mark);
+  std::erase_if(failures,
+                [&](const LedgerEntry& failure) { return !Matters(services.files, failure); });
   return failures;
 }
 
@@ -48,14 +49,14 @@ std::vector<std::string> Sentences(const std::vector<LedgerEntry>& failures) {
   return sentences;
 }
 
-Outcome OfSaving(engine::Outside& outside, std::size_t mark, const std::string& former,
+Outcome OfSaving(const engine::Services& services, std::size_t mark, const std::string& former,
                  const std::string& path) {
   Outcome outcome;
   outcome.summary = "Saved " + Listed({fs::path(path).filename().string()});
-  outcome.problems = Sentences(FailuresThatMatter(outside, mark));
+  outcome.problems = Sentences(FailuresThatMatter(services, mark));
   const std::string from = SideFolderOf(former) + "/";
   const std::string to = SideFolderOf(path);
-  const std::vector<LedgerEntry>& entries = outside.GetLedger().Entries();
+  const std::vector<LedgerEntry>& entries = services.ledger.Entries();
   std::size_t taken = 0;
   bool touched = false;
   for (std::size_t i = mark; i < entries.size(); ++i) {
@@ -67,7 +68,7 @@ Outcome OfSaving(engine::Outside& outside, std::size_t mark, const std::string& 
   }
   outcome.summary += (taken > 0 ? " with " + Counted(taken, "preview image") : "") + ".";
   const bool moved = !former.empty() && former != path &&
-                     outside.Kind(SideFolderOf(former)) == engine::FileKind::Folder;
+                     services.files.Kind(SideFolderOf(former)) == engine::FileKind::Folder;
   if (moved && !touched) {
     outcome.problems.push_back("The preview images in \"" + SideFolderOf(former) +
                                "\" were not taken along.");

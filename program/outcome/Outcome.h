@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/outside/Outside.h"
+#include "engine/outside/Services.h"
 
 namespace outcome {
 
@@ -20,14 +20,15 @@ struct Outcome {
 
 // Entries of the ledger from `mark` on that failed and matter: a file that was to be removed or
 // renamed and is not there does no harm, since a Stagemark need not have a preview.
-std::vector<engine::LedgerEntry> FailuresThatMatter(engine::Outside& outside, std::size_t mark);
+std::vector<engine::LedgerEntry> FailuresThatMatter(const engine::Services& services,
+                                                    std::size_t mark);
 // Their sentences, each once.
 std::vector<std::string> Sentences(const std::vector<engine::LedgerEntry>& failures);
 
 // What came of saving a scene, which went well, as far as the ledger shows it from `mark` on: the
 // scene's name and what was taken along to the new place. `former`: the path of the scene before,
 // empty for none.
-Outcome OfSaving(engine::Outside& outside, std::size_t mark, const std::string& former,
+Outcome OfSaving(const engine::Services& services, std::size_t mark, const std::string& former,
                  const std::string& path);
 
 }  // namespace outcome

@@ -127,13 +127,14 @@ std::string SheetSubtitle(std::size_t states) {
   return std::to_string(states) + (states == 1 ? " Stagemark" : " Stagemarks");
 }
 
-Result<ContactSheet> ContactSheet::Make(const std::vector<PictureSize>& sizes,
+Result<ContactSheet> ContactSheet::Make(engine::FileSystem& files,
+                                        const std::vector<PictureSize>& sizes,
                                         const std::string& title, const std::string& subtitle) {
   const auto layout = LayOutSheet(sizes.size(), CommonShape(sizes));
   if (!layout) return layout.GetStatus();
-  auto regular = Font::Load(Font::Weight::Regular);
+  auto regular = Font::Load(files, Font::Weight::Regular);
   if (!regular) return regular.GetStatus();
-  auto bold = Font::Load(Font::Weight::Bold);
+  auto bold = Font::Load(files, Font::Weight::Bold);
   if (!bold) return bold.GetStatus();
   ContactSheet sheet(layout.Value(), regular.Take(), bold.Take());
   sheet.DrawHeading(title, subtitle);

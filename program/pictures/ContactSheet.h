@@ -30,7 +30,8 @@ class ContactSheet {
   // A sheet with the heading drawn and a cell for each picture, these being the sizes that the
   // pictures have by themselves. Its shape is close to that of a screen. Fails when it would be
   // larger than an image may be, and when there is no font.
-  static engine::Result<ContactSheet> Make(const std::vector<PictureSize>& sizes,
+  static engine::Result<ContactSheet> Make(engine::FileSystem& files,
+                                           const std::vector<PictureSize>& sizes,
                                            const std::string& title, const std::string& subtitle);
 
   // What each cell's picture fits into.

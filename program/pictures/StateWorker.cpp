@@ -10,7 +10,7 @@
 #include "engine/application/Application.h"
 #include "engine/application/ProgramPlaces.h"
 #include "engine/import/Frames.h"
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/scenefile/SceneFile.h"
 #include "program/pictures/DialogLabels.h"
@@ -134,8 +134,8 @@ class StateWorker {
     engine::PictureSetup setup;
     setup.width = size.width;
     setup.height = size.height;
-    auto begun =
-        engine::PictureInProgress::Begin(Document(), setup, engine::RenderCaches::Shared());
+    auto begun = engine::PictureInProgress::Begin(Document(), services_.Get().files, setup,
+                                                  engine::RenderCaches::Shared());
     TakeBack();
     if (!begun)
       return Status::Failure("\"" + state.mark.name + "\" was not rendered: " + begun.Message());
@@ -170,9 +170,8 @@ class StateWorker {
 
   host::BaseDocument& Document() { return *host::GetActiveDocument(); }
 
-  engine::RealOutside outside_;
-  engine::OutsideInUse inUse_{outside_};
-  engine::Application application_{outside_, {}};
+  engine::SystemServices services_;
+  engine::Application application_{services_.Get(), {}};
   engine::FrameParser parser_;
   engine::FrameWriter output_{STDOUT_FILENO};
   std::optional<StagemarksDialog> dialog_;

@@ -6,9 +6,8 @@
 #include <limits>
 
 #include "engine/core/ContainerAccess.h"
-#include "engine/outside/FaultyOutside.h"
-#include "engine/outside/ScriptedOutside.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -27,14 +26,13 @@ struct WorldData : testing::Test {
   }
 
   host::LONG Stored(host::LONG id = kId) {
-    Preferences fresh(outside);
+    Preferences fresh(services.Get());
     const BaseContainer* data = fresh.Get(id);
     return data == nullptr ? -1 : data->GetLong(1);
   }
 
   tests::ScratchFolder scratch;
-  engine::ScriptedOutside real{scratch.Path()};
-  engine::FaultyOutside outside{real};
+  tests::ScriptedServices services{scratch.Path()};
   const std::string folder = scratch / "config";
   const std::string file = folder + "/preferences";
 };
@@ -69,10 +67,10 @@ BaseContainer EveryKind() {
 }
 
 TEST_F(WorldData, KeepsEveryKindOfValueAndTheOrder) {
-  Preferences writer(outside);
+  Preferences writer(services.Get());
   ASSERT_TRUE(writer.Set(kId, EveryKind(), false));
   ASSERT_TRUE(writer.Set(-5, Simple(1), false));
-  Preferences reader(outside);
+  Preferences reader(services.Get());
   ASSERT_NE(reader.Get(kId), nullptr);
   EXPECT_TRUE(engine::Identical(*reader.Get(kId), EveryKind()));
   EXPECT_EQ(reader.Get(-5)->GetLong(1), 1);
@@ -80,7 +78,7 @@ TEST_F(WorldData, KeepsEveryKindOfValueAndTheOrder) {
 }
 
 TEST_F(WorldData, MergesOrReplaces) {
-  Preferences preferences(outside);
+  Preferences preferences(services.Get());
   BaseContainer second;
   second.SetLong(2, 22);
   ASSERT_TRUE(preferences.Set(kId, Simple(11), true));
@@ -96,12 +94,12 @@ TEST_F(WorldData, MergesOrReplaces) {
 TEST_F(WorldData, NothingStoredIsNothingAndTouchesNoFile) {
   EXPECT_EQ(Stored(), -1);
   EXPECT_EQ(tests::Names(scratch.Path()), "");
-  EXPECT_TRUE(outside.GetLedger().FailuresSince(0).empty());
+  EXPECT_TRUE(services.ledger.FailuresSince(0).empty());
 }
 
 TEST_F(WorldData, TwoProgramsKeepEachOthersSettings) {
-  Preferences one(outside);
-  Preferences other(outside);
+  Preferences one(services.Get());
+  Preferences other(services.Get());
   EXPECT_EQ(one.Get(1), nullptr);
   EXPECT_EQ(other.Get(1), nullptr);
   ASSERT_TRUE(one.Set(1, Simple(10), false));
@@ -111,9 +109,9 @@ TEST_F(WorldData, TwoProgramsKeepEachOthersSettings) {
 }
 
 TEST_F(WorldData, AFailedWriteHoldsForTheSessionAndTheOldFileStays) {
-  Preferences preferences(outside);
+  Preferences preferences(services.Get());
   ASSERT_TRUE(preferences.Set(kId, Simple(1), false));
-  outside.Break(1, engine::Fault::Fail, engine::Operation::ReplaceFile);
+  services.files.Break(1, tests::Fault::Fail, engine::Operation::ReplaceFile);
   EXPECT_FALSE(preferences.Set(kId, Simple(2), false));
   EXPECT_EQ(preferences.Get(kId)->GetLong(1), 2);
   EXPECT_EQ(Stored(), 1);
@@ -123,18 +121,18 @@ TEST_F(WorldData, AFailedWriteHoldsForTheSessionAndTheOldFileStays) {
 }
 
 TEST_F(WorldData, AnUnreadableFileIsNotOverwritten) {
-  Preferences first(outside);
+  Preferences first(services.Get());
   ASSERT_TRUE(first.Set(kId, Simple(1), false));
-  Preferences second(outside);
-  outside.BreakFrom(1, engine::Operation::ReadFile);
+  Preferences second(services.Get());
+  services.files.BreakFrom(1, engine::Operation::ReadFile);
   EXPECT_EQ(second.Get(kId), nullptr);
   EXPECT_FALSE(second.Set(5, Simple(5), false));
-  outside.Mend();
+  services.files.Mend();
   EXPECT_EQ(Stored(), 1);
 }
 
 TEST_F(WorldData, EveryDamageIsSeenAndKeptAside) {
-  Preferences writer(outside);
+  Preferences writer(services.Get());
   ASSERT_TRUE(writer.Set(kId, Simple(77), false));
   const std::string whole = tests::ReadText(file);
   std::vector<std::string> damaged;
@@ -152,26 +150,26 @@ TEST_F(WorldData, EveryDamageIsSeenAndKeptAside) {
 }
 
 TEST_F(WorldData, DamageIsNotedAndTheNextSettingStartsAnew) {
-  ASSERT_TRUE(outside.MakeFolders(folder));
+  ASSERT_TRUE(services.files.MakeFolders(folder));
   tests::WriteText(file, "stagemarks preferences 1\nlong 1 1\nchecksum 0000000000000000\n");
   EXPECT_EQ(Stored(), -1);
-  const std::vector<std::string> notes = outside.GetLedger().NotesSince(0);
+  const std::vector<std::string> notes = services.ledger.NotesSince(0);
   ASSERT_EQ(notes.size(), 1U);
   EXPECT_EQ(notes[0],
             "The preferences were damaged (the checksum does not fit); the defaults apply, the old "
             "file is \"" +
                 file + ".damaged\".");
-  Preferences preferences(outside);
+  Preferences preferences(services.Get());
   ASSERT_TRUE(preferences.Set(kId, Simple(3), true));
   EXPECT_EQ(Stored(), 3);
   EXPECT_EQ(tests::Names(folder), "preferences preferences.damaged");
 }
 
 TEST_F(WorldData, ALaterVersionIsLeftAlone) {
-  ASSERT_TRUE(outside.MakeFolders(folder));
+  ASSERT_TRUE(services.files.MakeFolders(folder));
   const std::string later = "stagemarks preferences 2\nsomething new\n";
   tests::WriteText(file, later);
-  Preferences preferences(outside);
+  Preferences preferences(services.Get());
   EXPECT_EQ(preferences.Get(kId), nullptr);
   const engine::Status status = preferences.Set(kId, Simple(1), true);
   EXPECT_EQ(status.Message(),
@@ -182,8 +180,8 @@ TEST_F(WorldData, ALaterVersionIsLeftAlone) {
 }
 
 TEST_F(WorldData, WithoutAUserFolderNothingIsWritten) {
-  engine::ScriptedOutside nowhere;
-  Preferences preferences(nowhere);
+  tests::ScriptedServices nowhere;
+  Preferences preferences(nowhere.Get());
   EXPECT_EQ(preferences.Get(kId), nullptr);
   EXPECT_FALSE(preferences.Set(kId, Simple(1), true));
 }
@@ -195,7 +193,7 @@ TEST_F(WorldData, ContainersNestedTooDeepAreRefusedAndForgotten) {
     outer.SetContainer(1, deep);
     deep = outer;
   }
-  Preferences preferences(outside);
+  Preferences preferences(services.Get());
   EXPECT_FALSE(preferences.Set(kId, deep, false));
   EXPECT_TRUE(preferences.Set(5, Simple(5), false));
   EXPECT_EQ(Stored(5), 5);

@@ -85,7 +85,7 @@ TEST_F(Saving, AFailedSaveLeavesPathAndChangesAsTheyWere) {
   EXPECT_NE(failed.Message().find(At("missing/second.c4d")), std::string::npos) << failed.Message();
   EXPECT_EQ(PathOf(*doc), At("first.c4d"));
   EXPECT_TRUE(doc->GetChanged());
-  EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 1U);
+  EXPECT_EQ(services.ledger.FailuresSince(0).size(), 1U);
 }
 
 TEST_F(Saving, WhicheverOperationFailsTheOldFileStaysWhole) {
@@ -95,14 +95,14 @@ TEST_F(Saving, WhicheverOperationFailsTheOldFileStaysWhole) {
   doc->InsertObject(host::BaseObject::Alloc(host::Ocube), nullptr, nullptr);
   std::size_t failures = 0;
   for (bool saved = false; !saved;) {
-    disk.BreakFrom(failures + 1);
+    services.files.BreakFrom(failures + 1);
     saved = application->SaveDocument(*doc).Ok();
     if (saved) break;
     ++failures;
     ASSERT_LT(failures, 100U);
     EXPECT_EQ(tests::ReadText(At("scene.c4d")), old);
     EXPECT_TRUE(doc->GetChanged());
-    EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), failures);
+    EXPECT_EQ(services.ledger.FailuresSince(0).size(), failures);
   }
   EXPECT_GE(failures, 1U);
   EXPECT_NE(tests::ReadText(At("scene.c4d")), old);
@@ -172,10 +172,10 @@ TEST_F(Saving, AFileThatIsBeingChangedIsWaitedFor) {
       application->SaveDocument(*doc, {.longestWait = std::chrono::milliseconds(0)});
   EXPECT_NE(busy.Message().find("another program is changing it"), std::string::npos)
       << busy.Message();
-  outside.StopProgressAt(1);
+  services.person.StopProgressAt(1);
   EXPECT_NE(application->SaveDocument(*doc).Message().find("stopped"), std::string::npos)
       << "and a person may stop waiting";
-  outside.StopProgressAt(0);
+  services.person.StopProgressAt(0);
   EXPECT_TRUE(application->SaveDocument(*doc, {.lock = &*lock.Value()})) << "by who has the lock";
   EXPECT_TRUE(application->SaveDocument(*doc)) << "the lock is on a file that is no longer there";
 }

@@ -8,10 +8,8 @@
 #include <filesystem>
 
 #include "engine/application/Application.h"
-#include "engine/outside/FaultyOutside.h"
-#include "engine/outside/RealOutside.h"
-#include "engine/outside/ScriptedOutside.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace tests {
 
@@ -31,13 +29,13 @@ struct Stage : testing::Test {
 
   std::string LoadGood() {
     const engine::LoadReport report = application->LoadPlugin(Place("Good"));
-    outside.TakeTranscript();
+    services.person.TakeTranscript();
     return report.message;
   }
 
   // The transcript without the word "status: " of each line.
   std::string Heard() {
-    std::string text = outside.TakeTranscript();
+    std::string text = services.person.TakeTranscript();
     const std::string word = "status: ";
     for (std::size_t at = 0; (at = text.find(word, at)) != std::string::npos;)
       text.erase(at, word.size());
@@ -51,11 +49,9 @@ struct Stage : testing::Test {
   }
 
   ScratchFolder scratch;
-  engine::RealOutside files;
-  engine::FaultyOutside disk{files};
-  engine::ScriptedOutside outside{disk, scratch / "user"};
+  ScriptedServices services{scratch / "user"};
   std::unique_ptr<engine::Application> application = std::make_unique<engine::Application>(
-      outside, engine::ApplicationSetup{"", {"/first", "/second"}});
+      services.Get(), engine::ApplicationSetup{"", {"/first", "/second"}});
 };
 
 }  // namespace tests

@@ -146,6 +146,18 @@ TEST(Layers, HaveNoCycle) {
   }
 }
 
+// They have no parameter for the services. Everybody else is handed them.
+TEST(Layers, OnlyPublishedFunctionsAskForTheServicesInUse) {
+  for (const fs::path& file : CodeFiles()) {
+    const std::string path = fs::relative(file, TEST_SOURCE_DIR);
+    if (IsInside(path, "tests") || path.rfind("engine/outside/Services.", 0) == 0) continue;
+    const std::string text = ReadText(file);
+    const bool isPublished =
+        IsInside(path, "engine") && text.find("\nnamespace host {") != std::string::npos;
+    EXPECT_TRUE(isPublished || text.find("PublishedServices()") == std::string::npos) << path;
+  }
+}
+
 TEST(Layers, FilesStayShort) {
   for (const fs::path& file : CodeFiles()) {
     const std::string text = ReadText(file);

@@ -9,9 +9,10 @@
 #include <QTimer>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <type_traits>
 
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/SystemServices.h"
 #include "program/desktop/MainWindow.h"
 #include "tests/desktop/Pictures.h"
 #include "tests/support/ScratchFolder.h"
@@ -41,6 +42,7 @@ class Desk {
       qputenv((QByteArray("XDG_") + folder + "_HOME").constData(),
               QByteArray::fromStdString(Folder() + "/" + folder));
     }
+    services_.emplace(person_);
     Begin(TEST_PLUGIN_DIR);
   }
 
@@ -55,7 +57,7 @@ class Desk {
   desktop::MainWindow& Window() { return *window_; }
   desktop::DesktopPerson& Person() { return person_; }
   engine::Application& App() { return *application_; }
-  engine::Outside& Outside() { return outside_; }
+  const engine::Services& Services() { return services_->Get(); }
   const std::string& Folder() const { return folder_.Path(); }
   // Lets the event loop come to rest.
   static void Rest() { pictures::Settle(); }
@@ -99,10 +101,10 @@ class Desk {
   void Begin(const std::string& plugins) {
     engine::ApplicationSetup setup;
     setup.importWorker = TEST_BINARY_DIR "/bin/stagemarks";
-    application_ = std::make_unique<engine::Application>(outside_, setup);
+    application_ = std::make_unique<engine::Application>(Services(), setup);
     application_->NewDocument();
     window_ = std::make_unique<desktop::MainWindow>(*application_, person_,
-                                                    outside_.ConfigFolder() + "/desktop.json");
+                                                    Services().folders.config + "/desktop.json");
     window_->show();
     reports_ = application_->LoadPlugins(plugins);
     window_->RestoreLayout();
@@ -111,8 +113,7 @@ class Desk {
 
   tests::ScratchFolder folder_;
   desktop::DesktopPerson person_;
-  engine::RealOutside outside_{person_};
-  engine::OutsideInUse inUse_{outside_};
+  std::optional<engine::SystemServices> services_;
   std::unique_ptr<engine::Application> application_;
   std::vector<engine::LoadReport> reports_;
   std::unique_ptr<desktop::MainWindow> window_;

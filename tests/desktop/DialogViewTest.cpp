@@ -28,11 +28,12 @@ using pictures::Settle;
 
 struct Shown {
   sample::SampleDialog dialog;
+  tests::ScriptedServices services;
   std::unique_ptr<DialogView> view;
 
   Shown() {
     dialog.OpenIt();
-    view = std::make_unique<DialogView>(dialog, nullptr);
+    view = std::make_unique<DialogView>(dialog, services.files, nullptr);
     view->resize(500, 500);
     view->show();
     dialog.Heard();
@@ -241,7 +242,7 @@ TEST(DialogView, ListsWithoutRowsSayWhatToDo) {
 
 TEST(DialogView, AsksForRoomInTheShapeOfThePicture) {
   tests::PluginSession session;
-  DialogView view(session.Dialog(), nullptr);
+  DialogView view(session.Dialog(), session.Services().files, nullptr);
   view.resize(900, 900);
   view.show();
   Settle();
@@ -261,7 +262,7 @@ TEST(DialogViewPicture, PluginDialog) {
   for (const char* name : {"Morning", "Noon, shutters closed", "Evening", "Night with lamps"})
     session.Record(name);
   session.Check("Evening");
-  DialogView view(session.Dialog(), nullptr);
+  DialogView view(session.Dialog(), session.Services().files, nullptr);
   view.resize(view.sizeHint());
   view.show();
   auto* picture = dynamic_cast<desktop::PictureButton*>(view.WidgetOf(10006));

@@ -43,11 +43,11 @@ struct OnDisk : Desk {
     host::BaseObject* object = host::BaseObject::Alloc(host::Onull);
     object->SetName(name);
     theirs->AppendObject(object);
-    EXPECT_TRUE(engine::SaveSceneFile(*theirs, file));
+    EXPECT_TRUE(engine::SaveSceneFile(Services(), *theirs, file));
     host::BaseDocument::Free(theirs);
   }
   std::string InFile(const std::string& path) {
-    auto doc = engine::OpenSceneFile(path);
+    auto doc = engine::OpenSceneFile(Services(), path);
     if (!doc) return doc.Message();
     const std::string name = doc.Value()->GetFirstObject()->GetName().ToUtf8();
     host::BaseDocument* read = doc.Value();

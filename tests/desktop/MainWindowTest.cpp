@@ -370,9 +370,9 @@ TEST(MainWindow, ProgressThatIsOverDoesNotComeBack) {
     isThere = QApplication::activeModalWidget() != &box;
     box.accept();
   });
-  EXPECT_TRUE(desk.Outside().Progress(0.5, "Importing"));
-  EXPECT_TRUE(desk.Outside().Progress(1, "Importing"));
-  desk.Outside().Tell("Not all of it came along.");
+  EXPECT_TRUE(desk.Person().Progress(0.5, "Importing"));
+  EXPECT_TRUE(desk.Person().Progress(1, "Importing"));
+  desk.Person().Tell("Not all of it came along.");
   EXPECT_FALSE(isThere);
 }
 

@@ -82,7 +82,7 @@ struct AtWork : Desk {
 void TellUntilShown(Desk& desk, double share, const std::string& what) {
   const QDeadlineTimer deadline(20000);
   do {
-    EXPECT_TRUE(desk.Outside().Progress(share, what));
+    EXPECT_TRUE(desk.Person().Progress(share, what));
     if (AtWork::Box() && AtWork::Box()->value() == share * AtWork::Box()->maximum()) return;
   } while (!deadline.hasExpired());
   FAIL() << "the box does not show " << share;
@@ -91,11 +91,11 @@ void TellUntilShown(Desk& desk, double share, const std::string& what) {
 TEST(Progress, ComesUpTellsAndGoesWhenTheWorkIsOver) {
   AtWork desk;
   desktop::ProgressDialog::patience = std::numeric_limits<int>::max();
-  EXPECT_TRUE(desk.Outside().Progress(0, "Saving spider.c4d"));
+  EXPECT_TRUE(desk.Person().Progress(0, "Saving spider.c4d"));
   EXPECT_EQ(AtWork::Box(), nullptr) << "short work shows nothing";
   desktop::ProgressDialog::patience = 0;
   // Every part of the work begins with nothing done.
-  EXPECT_TRUE(desk.Outside().Progress(0, "Saving spider.c4d"));
+  EXPECT_TRUE(desk.Person().Progress(0, "Saving spider.c4d"));
   ASSERT_NE(AtWork::Box(), nullptr);
   TellUntilShown(desk, 0.5, "Saving " + std::string(300, 'x') + ".c4d");
   EXPECT_LT(AtWork::Box()->width(), 1000);
@@ -119,17 +119,17 @@ TEST(Progress, LetsNothingElseHappenButTheButton) {
     desk.Window().close();
     EXPECT_TRUE(desktop::IsDocumentBusy());
   });
-  EXPECT_TRUE(desk.Outside().Progress(0.1, "Working"));
+  EXPECT_TRUE(desk.Person().Progress(0.1, "Working"));
   EXPECT_EQ(watch.Shown(), 1);
   EXPECT_EQ(engine::DumpState(desk.Doc()), before);
   EXPECT_TRUE(desk.Window().isVisible());
   reading.Stop();
   PressStop(*AtWork::Box());
-  EXPECT_FALSE(desk.Outside().Progress(0.2, "Working"));
-  EXPECT_FALSE(desk.Outside().Progress(0.3, "Working")) << "it stays stopped";
+  EXPECT_FALSE(desk.Person().Progress(0.2, "Working"));
+  EXPECT_FALSE(desk.Person().Progress(0.3, "Working")) << "it stays stopped";
   Desk::Rest();
   EXPECT_EQ(watch.Shown(), 1);
-  EXPECT_TRUE(desk.Outside().Progress(0.1, "Other work")) << "which nobody stopped";
+  EXPECT_TRUE(desk.Person().Progress(0.1, "Other work")) << "which nobody stopped";
 }
 
 // Answers what an export asks, and what it says at its end when it `isTold` of a stop.
@@ -147,10 +147,11 @@ void AnswerExport(const std::string& folder, bool isTold) {
 
 // How many files there are below a folder; each is a scene that can be opened.
 int CountScenes(const std::string& folder) {
+  const engine::SystemServices services;
   int scenes = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
     if (!entry.is_regular_file()) continue;
-    const auto scene = engine::OpenSceneFile(entry.path());
+    const auto scene = engine::OpenSceneFile(services.Get(), entry.path());
     EXPECT_TRUE(scene) << entry.path();
     if (!scene) continue;
     host::BaseDocument* doc = scene.Value();
@@ -201,7 +202,8 @@ TEST(Progress, TheSheetWaitsForADialogThatAsks) {
   AtWork desk;
   desk.Doc().AppendObject(host::BaseObject::Alloc(host::Ocube));
   desk.Record("One");
-  desktop::SheetWindow sheet(&desk.Window(), desk.Doc(), desk.Folder() + "/sheet.png");
+  desktop::SheetWindow sheet(&desk.Window(), desk.Services(), desk.Doc(),
+                             desk.Folder() + "/sheet.png");
   sheet.setAttribute(Qt::WA_DeleteOnClose, false);
   QString said;
   AnswerNext<QMessageBox>([&](QMessageBox& overwrite) {

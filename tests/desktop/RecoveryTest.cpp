@@ -32,7 +32,7 @@ void AddObject(const char* name) {
 struct Recovery : testing::Test {
   Desk desk;
   std::string path = desk.Folder() + "/room.c4d";
-  std::string root = desktop::AutosaveRoot(desk.Outside());
+  std::string root = desktop::AutosaveRoot(desk.Services().folders);
 
   // A saved scene, with a change that is not saved but kept.
   void KeepAChange() {
@@ -77,13 +77,13 @@ TEST_F(Recovery, KeepingLeavesDocumentAndFileAlone) {
   EXPECT_TRUE(doc.GetChanged());
   EXPECT_EQ((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8(), path);
   EXPECT_EQ(ReadText(path), before);
-  auto kept = engine::OpenSceneFile(Kept()[0]);
+  auto kept = engine::OpenSceneFile(desk.Services(), Kept()[0]);
   ASSERT_TRUE(kept) << kept.Message();
   kept.Value()->SetDocumentPath(doc.GetDocumentPath());
   kept.Value()->SetDocumentName(doc.GetDocumentName());
   EXPECT_EQ(engine::DumpDocument(*kept.Value()), engine::DumpDocument(doc));
   host::BaseDocument::Free(kept.Value());
-  EXPECT_EQ(desk.Outside().GetLedger().WrittenSince(0).back(), Kept()[0]);
+  EXPECT_EQ(desk.Services().ledger.WrittenSince(0).back(), Kept()[0]);
 }
 
 TEST_F(Recovery, RecoveredWorkIsChangedAndItsFirstSavingAsksWhereTo) {
@@ -144,11 +144,11 @@ TEST_F(Recovery, LaterOffersAgainAndDiscardDoesNot) {
 
 TEST_F(Recovery, LiveWorkIsNotOffered) {
   KeepAChange();
-  EXPECT_TRUE(desktop::LostWork(desk.Outside()).Documents().empty());
+  EXPECT_TRUE(desktop::LostWork(desk.Services()).Documents().empty());
   desk.Restart();
-  const desktop::LostWork first(desk.Outside());
+  const desktop::LostWork first(desk.Services());
   EXPECT_EQ(first.Documents().size(), 1U);
-  EXPECT_TRUE(desktop::LostWork(desk.Outside()).Documents().empty())
+  EXPECT_TRUE(desktop::LostWork(desk.Services()).Documents().empty())
       << "another desktop offers it at this moment";
 }
 
@@ -184,7 +184,7 @@ TEST_F(Recovery, ChangesAreKeptByThemselves) {
                            Case{{3, milliseconds(1), milliseconds(1000000)}, 3, true},
                            Case{{1000, milliseconds(1), milliseconds(20)}, 1, true},
                            Case{{1, milliseconds(1000000), milliseconds(1)}, 1, true}}) {
-    desktop::Autosave autosave(desk.App(), desk.Outside(), each.rules);
+    desktop::Autosave autosave(desk.App(), each.rules);
     for (int i = 0; i < each.acts; ++i) {
       AddObject("Act");
       autosave.Follow();

@@ -47,7 +47,7 @@ struct WithStates : Desk {
     return nullptr;
   }
   std::string ReadSettled(const std::string& path) {
-    return engine::Outside::Current().ReadFile(path).Value();
+    return Services().files.ReadFile(path).Value();
   }
 };
 
@@ -107,7 +107,7 @@ TEST(RenderWindow, CanBeStoppedAndClosedAtWork) {
 TEST(PictureWindow, SaysWhatIsWrongWithTheObjectsOnceForEachDocument) {
   WithStates desk;
   const auto said = [&](std::vector<std::string> notes) {
-    desktop::PictureWindow window(&desk.Window(), "Render", desk.Doc());
+    desktop::PictureWindow window(&desk.Window(), desk.Services(), "Render", desk.Doc());
     // At the beginning and at the end of the work.
     for (int i = 0; i < 2; ++i) window.SayNotes(notes);
     return window.SaidNotes();
@@ -178,7 +178,7 @@ TEST(SheetWindow, DisturbsNobodyWhileItIsMade) {
   auto& field = desk.Gadget<QLineEdit>(stagemarks::kNameField);
   std::size_t strangers = 0;
   std::string overwritten;
-  SheetWindow sheet(&desk.Window(), scene, desk.Folder() + "/sheet.png");
+  SheetWindow sheet(&desk.Window(), desk.Services(), scene, desk.Folder() + "/sheet.png");
   sheet.setAttribute(Qt::WA_DeleteOnClose, false);
   sheet.show();
   desk::ChooseState(desk, 1);
@@ -214,7 +214,7 @@ TEST(SheetWindow, LoadsAsTheDialogStands) {
   desk.Record("Shown");
   desk.cube->SetRenderMode(host::MODE_OFF);
   const auto sheetWith = [&](const char* name) {
-    SheetWindow sheet(&desk.Window(), desk.Doc(), desk.Folder() + name);
+    SheetWindow sheet(&desk.Window(), desk.Services(), desk.Doc(), desk.Folder() + name);
     sheet.setAttribute(Qt::WA_DeleteOnClose, false);
     EXPECT_TRUE(QTest::qWaitFor([&] { return sheet.IsFinished(); }, 120000));
     EXPECT_TRUE(sheet.Said().startsWith("Written")) << sheet.Said().toStdString();
@@ -230,11 +230,11 @@ TEST(SheetWindow, StopsAndFailsWithoutAFile) {
   WithStates desk;
   desk.Record("One");
   const std::string file = desk.Folder() + "/sheet.png";
-  SheetWindow stopped(&desk.Window(), desk.Doc(), file);
+  SheetWindow stopped(&desk.Window(), desk.Services(), desk.Doc(), file);
   stopped.setAttribute(Qt::WA_DeleteOnClose, false);
   stopped.Stop();
   EXPECT_TRUE(stopped.IsFinished());
-  SheetWindow orphan(&desk.Window(), desk.Doc(), file);
+  SheetWindow orphan(&desk.Window(), desk.Services(), desk.Doc(), file);
   orphan.setAttribute(Qt::WA_DeleteOnClose, false);
   host::KillDocument(&desk.Doc());
   desk.App().NewDocument();
@@ -247,7 +247,7 @@ TEST(SheetWindow, WritesElsewhereWhatCouldNotBeWritten) {
   WithStates desk;
   desk.Record("One");
   const std::string blocked = desk.Folder() + "/no folder/sheet.png";
-  SheetWindow sheet(&desk.Window(), desk.Doc(), blocked);
+  SheetWindow sheet(&desk.Window(), desk.Services(), desk.Doc(), blocked);
   sheet.setAttribute(Qt::WA_DeleteOnClose, false);
   sheet.show();
   QString told;

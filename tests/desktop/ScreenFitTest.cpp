@@ -81,7 +81,7 @@ TEST(ScreenFit, OtherWindowsFitToo) {
 TEST(ScreenFit, ThePictureGivesWayBeforeTheList) {
   Desk desk;
   RecordState(desk, "Late in the afternoon, blinds down");
-  desktop::DialogView view(*desk.Dialog(), nullptr);
+  desktop::DialogView view(*desk.Dialog(), desk.Services().files, nullptr);
   view.show();
   const auto& list = dynamic_cast<desktop::ListView&>(*view.WidgetOf(stagemarks::kList));
   const auto& picture =

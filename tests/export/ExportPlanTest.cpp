@@ -4,10 +4,10 @@
 
 #include <filesystem>
 
-#include "engine/outside/ScriptedOutside.h"
 #include "program/export/ExportPlan.h"
 #include "tests/support/SceneBuilder.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ constexpr std::uint64_t kTexture = 100 * kBlock;
 class Plans : public testing::Test {
  protected:
   Plans() {
-    outside_.SetSpace(1000 * kBlock);
+    services_.files.SetSpace(1000 * kBlock);
     fs::create_directory(Work());
     tests::WriteText(Work("wood.png"), std::string(kTexture, 'w'));
     scene_.Doc().SetDocumentPath(Work().c_str());
@@ -38,7 +38,7 @@ class Plans : public testing::Test {
     return scratch_ / ("out" + (file.empty() ? "" : "/" + file));
   }
   ExportPlan Plan(Layout layout, std::vector<std::string> names = {"A", "B", "C"}) {
-    return exporting::PlanExport(scene_.Doc(), {layout, Out(), std::move(names)});
+    return exporting::PlanExport(services_.files, scene_.Doc(), {layout, Out(), std::move(names)});
   }
   void Cache(const std::string& file, host::LONG own) {
     scene_.Settings("GI").Post("GI", host::VPglobalillumination).Active("GI");
@@ -51,8 +51,7 @@ class Plans : public testing::Test {
   }
 
   tests::ScratchFolder scratch_;
-  engine::ScriptedOutside outside_;
-  engine::OutsideInUse inUse_{outside_};
+  tests::ScriptedServices services_;
   tests::SceneBuilder scene_;
 };
 
@@ -82,7 +81,7 @@ TEST_F(Plans, CountWhatEachLayoutWrites) {
 TEST_F(Plans, WhatIsReplacedMakesRoom) {
   const ExportPlan fresh = Plan(Layout::Project);
   EXPECT_TRUE(exporting::Fits(fresh));
-  outside_.SetSpace(fresh.bytes - 1);
+  services_.files.SetSpace(fresh.bytes - 1);
   EXPECT_FALSE(exporting::Fits(Plan(Layout::Project)));
   for (const char* name : {"A", "B", "C"}) {
     const std::string folder = Out("Shot " + std::string(name));
@@ -91,7 +90,7 @@ TEST_F(Plans, WhatIsReplacedMakesRoom) {
     tests::WriteText(folder + "/Shot " + name + ".c4d", "old");
   }
   EXPECT_EQ(Plan(Layout::Project).bytes, kTexture);
-  outside_.SetSpace(kTexture - 1);
+  services_.files.SetSpace(kTexture - 1);
   EXPECT_FALSE(exporting::Fits(Plan(Layout::Project)));
 }
 

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 
-#include "engine/outside/FaultyOutside.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/ShaderWalk.h"
 #include "tests/import/ImportSession.h"
@@ -71,11 +70,11 @@ TEST_F(EmbeddedTextures, ACopyOfTheDocumentHasThemToo) {
 TEST_F(EmbeddedTextures, SavingWritesThemOnce) {
   AddTexture("a.png", "bytes of a");
   AddTexture("b.png", "bytes of b");
-  ASSERT_TRUE(engine::WriteEmbeddedTextures(Doc(), folder_.Path()));
+  ASSERT_TRUE(engine::WriteEmbeddedTextures(services_.files, Doc(), folder_.Path()));
   EXPECT_EQ(Written("a.png") + Written("b.png"), "bytes of abytes of b");
-  const std::size_t mark = person_.GetLedger().Mark();
-  ASSERT_TRUE(engine::WriteEmbeddedTextures(Doc(), folder_.Path()));
-  for (const std::string& path : person_.GetLedger().WrittenSince(mark))
+  const std::size_t mark = services_.ledger.Mark();
+  ASSERT_TRUE(engine::WriteEmbeddedTextures(services_.files, Doc(), folder_.Path()));
+  for (const std::string& path : services_.ledger.WrittenSince(mark))
     EXPECT_EQ(path, folder_ / "tex");
   EXPECT_EQ(TextureFiles(), (std::vector<std::string>{"a.png", "b.png"}));
 }
@@ -85,7 +84,7 @@ TEST_F(EmbeddedTextures, AnotherFileOfThatNameIsNeverReplaced) {
   WriteText(folder_ / "tex/a.png", "somebody else's");
   AddTexture("a.png", "mine");
   AddTexture("a-2.png", "mine as well");
-  ASSERT_TRUE(engine::WriteEmbeddedTextures(Doc(), folder_.Path()));
+  ASSERT_TRUE(engine::WriteEmbeddedTextures(services_.files, Doc(), folder_.Path()));
   EXPECT_EQ(Written("a.png"), "somebody else's");
   EXPECT_EQ(Written("a-2.png"), "mine as well");
   EXPECT_EQ(Written("a-3.png"), "mine");
@@ -94,14 +93,15 @@ TEST_F(EmbeddedTextures, AnotherFileOfThatNameIsNeverReplaced) {
 }
 
 TEST_F(EmbeddedTextures, NothingToWriteMakesNoFolder) {
-  ASSERT_TRUE(engine::WriteEmbeddedTextures(Doc(), folder_.Path()));
+  ASSERT_TRUE(engine::WriteEmbeddedTextures(services_.files, Doc(), folder_.Path()));
   EXPECT_EQ(Names(folder_.Path()), "");
 }
 
 TEST_F(EmbeddedTextures, AFolderThatCannotBeIsAFailure) {
   WriteText(folder_ / "tex", "a file in its place");
   AddTexture("a.png", "bytes");
-  const engine::Status status = engine::WriteEmbeddedTextures(Doc(), folder_.Path());
+  const engine::Status status =
+      engine::WriteEmbeddedTextures(services_.files, Doc(), folder_.Path());
   EXPECT_FALSE(status);
   EXPECT_NE(status.Message().find("tex"), std::string::npos);
   EXPECT_EQ(TextureFiles(), (std::vector<std::string>{"a.png"}));

@@ -37,7 +37,8 @@ void Box::Add(const host::Vector& place) {
 
 void ImportSession::Open(const std::string& path) {
   Close();
-  engine::Result<engine::Imported> imported = engine::ImportScene(path, IMPORT_WORKER);
+  engine::Result<engine::Imported> imported =
+      engine::ImportScene(services_.Get(), path, IMPORT_WORKER);
   EXPECT_TRUE(imported) << imported.Message();
   if (!imported) imported = engine::Imported{host::BaseDocument::Alloc(), {}};
   document_ = imported.Value().document;
@@ -46,7 +47,8 @@ void ImportSession::Open(const std::string& path) {
 
 std::string ImportSession::Refusal(const std::string& path, const engine::ImportLimits& limits,
                                    const std::string& worker) {
-  engine::Result<engine::Imported> imported = engine::ImportScene(path, worker, limits);
+  engine::Result<engine::Imported> imported =
+      engine::ImportScene(services_.Get(), path, worker, limits);
   EXPECT_FALSE(imported) << path;
   if (imported) host::BaseDocument::Free(imported.Value().document);
   return imported.Message();

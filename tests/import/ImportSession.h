@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "engine/import/Import.h"
-#include "engine/outside/ScriptedOutside.h"
 #include "engine/scene/Nodes.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace tests {
 
@@ -30,7 +30,6 @@ struct Box {
 
 class ImportSession : public testing::Test {
  protected:
-  ImportSession() : inUse_(person_) {}
   ~ImportSession() override { Close(); }
 
   // Imports and keeps the document; the former one is gone. A failure fails the test and leaves an
@@ -57,8 +56,7 @@ class ImportSession : public testing::Test {
   // All corners of the polygon objects in the world; of `top` and below only, where given.
   Box WorldBox(const host::BaseObject* top = nullptr) const;
 
-  engine::ScriptedOutside person_;
-  engine::OutsideInUse inUse_;
+  ScriptedServices services_;
   host::BaseDocument* document_ = nullptr;
   std::vector<std::string> notes_;
 };

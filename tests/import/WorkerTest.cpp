@@ -85,7 +85,7 @@ TEST_F(Worker, WhatItSendsIsLimited) {
 }
 
 TEST_F(Worker, ThePersonCanStopIt) {
-  person_.StopProgressAt(3);
+  services_.person.StopProgressAt(3);
   for (const char* how : {"sleep", "chatter"}) ExpectPart(Ended(how), "The import was stopped.");
 }
 
@@ -182,7 +182,7 @@ TEST_F(Worker, AFileCannotPullInWhatLiesElsewhere) {
 
 TEST_F(Worker, AnImportShowsItsProgress) {
   Open(SceneFile("scenes/dungeon/dungeon.gltf"));
-  EXPECT_GE(person_.ProgressCalls(), 3);
+  EXPECT_GE(services_.person.ProgressCalls(), 3);
 }
 
 TEST_F(Worker, AChainOfNodesNeedsNoStack) {

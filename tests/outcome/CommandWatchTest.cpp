@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <functional>
 
-#include "engine/outside/FaultyOutside.h"
 #include "tests/source/StageTest.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -18,7 +17,7 @@ class CommandWatchTest : public StageTest {
  protected:
   // What is said after the button of that label: the summary and the problems, a line each.
   std::string After(const char* label, const std::function<bool()>& act) {
-    outcome::CommandWatch watch(Dialog(), label);
+    outcome::CommandWatch watch(Services().Get(), Dialog(), label);
     watch.ChoseFolder(folder_);
     watch.Lacks(lacking_);
     const outcome::Outcome outcome = watch.Finish(act());
@@ -59,9 +58,7 @@ TEST_F(CommandWatchTest, ARecordingTellsOfItsPreview) {
 TEST_F(CommandWatchTest, AFullDiskIsToldWithTheFile) {
   PretendSaved("shot.c4d");
   Tick(kGeneratePreview, true);
-  engine::FaultyOutside faulty(Person());
-  const engine::OutsideInUse inUse(faulty);
-  faulty.BreakFrom(1, engine::Operation::ReplaceFile);
+  Services().files.BreakFrom(1, engine::Operation::ReplaceFile);
   const std::string said = Recorded("A");
   EXPECT_EQ(said.find("Recorded \"A\".\n! The preview of \"A\" was not written.\n! "), 0U) << said;
   EXPECT_NE(said.find("A.tif"), std::string::npos) << said;
@@ -157,9 +154,10 @@ TEST_F(CommandWatchTest, SavingElsewhereTellsWhatWasTakenAlong) {
   const auto saved = [this](const char* name) {
     const std::string former = Folder() + "/one.c4d";
     Doc().SetDocumentName(Filename("one.c4d"));
-    const std::size_t mark = Person().GetLedger().Mark();
+    const std::size_t mark = Services().ledger.Mark();
     SaveAs(name);
-    const outcome::Outcome said = outcome::OfSaving(Person(), mark, former, Folder() + "/" + name);
+    const outcome::Outcome said =
+        outcome::OfSaving(Services().Get(), mark, former, Folder() + "/" + name);
     return said.summary + (said.problems.empty() ? "" : "\n" + said.problems.front());
   };
   EXPECT_EQ(saved("one.c4d"), "Saved \"one.c4d\".");

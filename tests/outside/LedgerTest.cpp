@@ -2,61 +2,59 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/outside/FaultyOutside.h"
-#include "engine/outside/RealOutside.h"
-#include "engine/outside/ScriptedOutside.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
-using engine::Fault;
-using engine::FaultyOutside;
 using engine::Operation;
-using engine::RealOutside;
-using engine::ScriptedOutside;
+using tests::Fault;
 using tests::ScratchFolder;
+using tests::ScriptedServices;
 using Paths = std::vector<std::string>;
 
 TEST(Ledger, WrittenPathsFollowWhatBecameOfThem) {
   const ScratchFolder scratch;
-  RealOutside outside;
-  const auto& ledger = outside.GetLedger();
-  ASSERT_TRUE(outside.ReplaceFile(scratch / "before", "x"));
+  ScriptedServices services;
+  engine::FileSystem& files = services.files;
+  const engine::Ledger& ledger = services.ledger;
+  ASSERT_TRUE(files.ReplaceFile(scratch / "before", "x"));
   const std::size_t mark = ledger.Mark();
-  ASSERT_TRUE(outside.MakeFolder(scratch / "z"));
-  ASSERT_TRUE(outside.ReplaceFile(scratch / "z/a", "1"));
-  ASSERT_TRUE(outside.ReplaceFile(scratch / "z/a", "2"));
-  ASSERT_TRUE(outside.CopyFile(scratch / "z/a", scratch / "copy", true));
+  ASSERT_TRUE(files.MakeFolder(scratch / "z"));
+  ASSERT_TRUE(files.ReplaceFile(scratch / "z/a", "1"));
+  ASSERT_TRUE(files.ReplaceFile(scratch / "z/a", "2"));
+  ASSERT_TRUE(files.CopyFile(scratch / "z/a", scratch / "copy", true));
   EXPECT_EQ(ledger.WrittenSince(mark), Paths({scratch / "z", scratch / "z/a", scratch / "copy"}));
-  ASSERT_TRUE(outside.Rename(scratch / "z", scratch / "y"));
+  ASSERT_TRUE(files.Rename(scratch / "z", scratch / "y"));
   EXPECT_EQ(ledger.WrittenSince(mark), Paths({scratch / "copy", scratch / "y", scratch / "y/a"}));
-  ASSERT_TRUE(outside.RemoveFolder(scratch / "y"));
-  ASSERT_TRUE(outside.ReplaceFile(scratch / "yes", "3"));
+  ASSERT_TRUE(files.RemoveFolder(scratch / "y"));
+  ASSERT_TRUE(files.ReplaceFile(scratch / "yes", "3"));
   EXPECT_EQ(ledger.WrittenSince(mark), Paths({scratch / "copy", scratch / "yes"}));
 }
 
 TEST(Ledger, AskingForWhatIsMissingIsNoFailure) {
   const ScratchFolder scratch;
-  RealOutside outside;
-  const auto& ledger = outside.GetLedger();
+  ScriptedServices services;
+  engine::FileSystem& files = services.files;
+  const engine::Ledger& ledger = services.ledger;
   const std::string missing = scratch / "missing";
-  EXPECT_FALSE(outside.ReadFile(missing));
-  EXPECT_FALSE(outside.ListFiles(missing));
-  EXPECT_FALSE(outside.RemoveFolder(missing));
-  EXPECT_FALSE(outside.Rename(missing, scratch / "x"));
+  EXPECT_FALSE(files.ReadFile(missing));
+  EXPECT_FALSE(files.ListFiles(missing));
+  EXPECT_FALSE(files.RemoveFolder(missing));
+  EXPECT_FALSE(files.Rename(missing, scratch / "x"));
   EXPECT_EQ(ledger.Mark(), 4U);
   EXPECT_EQ(ledger.FailuresSince(0).size(), 0U);
-  EXPECT_FALSE(outside.CopyFile(missing, scratch / "x", true));
-  EXPECT_FALSE(outside.ReadFile("missing"));
+  EXPECT_FALSE(files.CopyFile(missing, scratch / "x", true));
+  EXPECT_FALSE(files.ReadFile("missing"));
   ASSERT_EQ(ledger.FailuresSince(0).size(), 2U);
   EXPECT_EQ(ledger.FailuresSince(0)[0].message,
             "Cannot read \"" + missing + "\": No such file or directory.");
 }
 
-TEST(FaultyOutside, BreaksTheOperationItIsToldTo) {
+TEST(FaultyFileSystem, BreaksTheOperationItIsToldTo) {
   const ScratchFolder scratch;
-  RealOutside real;
-  FaultyOutside faulty(real);
+  ScriptedServices services;
+  tests::FaultyFileSystem& faulty = services.files;
   faulty.Break(2, Fault::Fail);
   EXPECT_TRUE(faulty.ReplaceFile(scratch / "a", "abcdef"));
   EXPECT_EQ(faulty.ReadFile(scratch / "a").Message(),
@@ -70,35 +68,35 @@ TEST(FaultyOutside, BreaksTheOperationItIsToldTo) {
   EXPECT_TRUE(faulty.CopyFile(scratch / "a", scratch / "b", false));
   EXPECT_FALSE(faulty.RemoveFile(scratch / "b"));
   EXPECT_FALSE(faulty.RemoveFile(scratch / "b"));
-  EXPECT_EQ(faulty.GetLedger().FailuresSince(0).size(), 3U);
+  EXPECT_EQ(services.ledger.FailuresSince(0).size(), 3U);
   faulty.Mend();
   EXPECT_TRUE(faulty.RemoveFile(scratch / "b"));
 }
 
-TEST(ScriptedOutside, AnswersInOrderAndWritesItDown) {
-  ScriptedOutside outside;
-  outside.AnswerNext(true);
-  outside.ChooseNext("/target");
-  EXPECT_TRUE(outside.Ask("Overwrite?"));
-  EXPECT_FALSE(outside.Ask("Really?"));
-  EXPECT_EQ(outside.ChooseFile({0, 2, "Folder", ""}), "/target");
-  EXPECT_EQ(outside.ChooseFile({0, 2, "Folder", ""}), std::nullopt);
-  outside.Tell("Done");
-  outside.ShowStatus("Busy");
-  outside.ClearStatus();
-  EXPECT_EQ(outside.TakeTranscript(),
+TEST(ScriptedPerson, AnswersInOrderAndWritesItDown) {
+  tests::ScriptedPerson person;
+  person.AnswerNext(true);
+  person.ChooseNext("/target");
+  EXPECT_TRUE(person.Ask("Overwrite?"));
+  EXPECT_FALSE(person.Ask("Really?"));
+  EXPECT_EQ(person.ChooseFile({0, 2, "Folder", ""}), "/target");
+  EXPECT_EQ(person.ChooseFile({0, 2, "Folder", ""}), std::nullopt);
+  person.Tell("Done");
+  person.ShowStatus("Busy");
+  person.ClearStatus();
+  EXPECT_EQ(person.TakeTranscript(),
             "ask: Overwrite? -> yes\nask: Really? -> no\nchoose: Folder -> /target\nchoose: Folder "
             "-> (canceled)\n"
             "tell: Done\nstatus: Busy\nstatus cleared\n");
-  EXPECT_EQ(outside.TakeTranscript(), "");
+  EXPECT_EQ(person.TakeTranscript(), "");
 }
 
-TEST(ScriptedOutside, HasNoUserFoldersUnlessGivenOne) {
-  ScriptedOutside none;
-  EXPECT_EQ(none.ConfigFolder(), "");
-  EXPECT_FALSE(none.MakeFolders(none.ConfigFolder()));
-  ScriptedOutside own("/place");
-  EXPECT_EQ(own.ConfigFolder() + own.DataFolder() + own.CacheFolder() + own.StateFolder(),
+TEST(ScriptedServices, HasNoUserFoldersUnlessGivenOne) {
+  const ScriptedServices none;
+  EXPECT_EQ(none.folders.config, "");
+  EXPECT_FALSE(none.Get().files.MakeFolders(none.folders.config));
+  const ScriptedServices own("/place");
+  EXPECT_EQ(own.folders.config + own.folders.data + own.folders.cache + own.folders.state,
             "/place/config/place/data/place/cache/place/state");
 }
 

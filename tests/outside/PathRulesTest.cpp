@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/SystemServices.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace {
 
-using engine::RealOutside;
 using engine::Status;
 using tests::ScratchFolder;
 using namespace std::string_literals;
@@ -33,33 +32,34 @@ class PathRules : public testing::TestWithParam<Case> {
   }
 
   ScratchFolder scratch_;
-  RealOutside outside_;
+  engine::SystemServices services_;
+  engine::FileSystem& files_ = services_.Get().files;
 };
 
 TEST_P(PathRules, Reading) {
   tests::WriteText(scratch_ / "file", "text");
-  Expect(outside_.ReadFile(Path()).Message(), GetParam().reading);
+  Expect(files_.ReadFile(Path()).Message(), GetParam().reading);
   const bool allowed = GetParam().reading == ""s;
-  EXPECT_EQ(outside_.Kind(Path()) == engine::FileKind::File, allowed);
+  EXPECT_EQ(files_.Kind(Path()) == engine::FileKind::File, allowed);
 }
 
 TEST_P(PathRules, Changing) {
   tests::WriteText(scratch_ / "file", "text");
   const std::string refusal = GetParam().writing;
-  Expect(outside_.CopyFile(scratch_ / "file", Path(), true).Message(), refusal);
-  Expect(outside_.ReplaceFile(Path(), "new").Message(), refusal);
+  Expect(files_.CopyFile(scratch_ / "file", Path(), true).Message(), refusal);
+  Expect(files_.ReplaceFile(Path(), "new").Message(), refusal);
   if (refusal.empty()) return;
   tests::WriteText(scratch_ / "file", "text");
-  Expect(outside_.MakeFolder(Path()).Message(), refusal);
-  Expect(outside_.MakeFolders(Path()).Message(), refusal);
-  Expect(outside_.RemoveFile(Path()).Message(), refusal);
-  Expect(outside_.RemoveFolder(Path()).Message(), refusal);
-  Expect(outside_.Rename(Path(), scratch_ / "other").Message(), refusal);
-  Expect(outside_.Rename(scratch_ / "file", Path()).Message(), refusal);
-  Expect(outside_.CopyFile(Path(), scratch_ / "other", true).Message(), GetParam().reading);
+  Expect(files_.MakeFolder(Path()).Message(), refusal);
+  Expect(files_.MakeFolders(Path()).Message(), refusal);
+  Expect(files_.RemoveFile(Path()).Message(), refusal);
+  Expect(files_.RemoveFolder(Path()).Message(), refusal);
+  Expect(files_.Rename(Path(), scratch_ / "other").Message(), refusal);
+  Expect(files_.Rename(scratch_ / "file", Path()).Message(), refusal);
+  Expect(files_.CopyFile(Path(), scratch_ / "other", true).Message(), GetParam().reading);
   EXPECT_EQ(tests::Names(scratch_.Path()), "file");
   EXPECT_EQ(tests::ReadText(scratch_ / "file"), "text");
-  EXPECT_EQ(outside_.GetLedger().FailuresSince(0).size(), 9U);
+  EXPECT_EQ(services_.Get().ledger.FailuresSince(0).size(), 9U);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -79,9 +79,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(PathRules, NamesThatOnlyLookLikeDotsAreNames) {
   const ScratchFolder scratch;
-  RealOutside outside;
+  engine::SystemServices services;
   for (const char* name : {"...", "..a", "a..", ".hidden", "a..b"}) {
-    EXPECT_TRUE(outside.ReplaceFile(scratch / name, name)) << name;
+    EXPECT_TRUE(services.Get().files.ReplaceFile(scratch / name, name)) << name;
     EXPECT_EQ(tests::ReadText(scratch / name), name);
   }
 }

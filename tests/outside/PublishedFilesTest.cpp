@@ -2,10 +2,10 @@
 
 #include <filesystem>
 
-#include "engine/outside/ScriptedOutside.h"
 #include "host/Application.h"
 #include "host/Files.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -17,8 +17,8 @@ struct PublishedFiles : testing::Test {
   Filename At(const std::string& name) const { return Filename((scratch / name).c_str()); }
 
   tests::ScratchFolder scratch;
-  engine::ScriptedOutside outside;
-  engine::OutsideInUse inUse{outside};
+  tests::ScriptedServices services;
+  engine::PublishedServicesScope published{services.Get()};
 };
 
 TEST_F(PublishedFiles, ExistTellsFilesFromFolders) {
@@ -85,15 +85,15 @@ TEST_F(PublishedFiles, ChoosingAFileKeepsTheNameWhenCanceled) {
   EXPECT_FALSE(
       host::FileSelect(name, host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose"));
   EXPECT_EQ(name.GetString(), String("/proposal"));
-  outside.ChooseNext("/chosen");
+  services.person.ChooseNext("/chosen");
   EXPECT_TRUE(
       host::FileSelect(name, host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY, "Choose"));
   EXPECT_EQ(name.GetString(), String("/chosen"));
 }
 
-TEST_F(PublishedFiles, PromptsStatusViewerAndClockGoThroughTheDoor) {
-  outside.AnswerNext(true);
-  outside.SetNow({2011, 2, 3, 4, 5, 6});
+TEST_F(PublishedFiles, PromptsStatusViewerAndClockGoToTheServices) {
+  services.person.AnswerNext(true);
+  services.clock.now = host::LocalFileTime{2011, 2, 3, 4, 5, 6};
   host::MessageDialog("Told");
   EXPECT_TRUE(host::QuestionDialog("Asked?"));
   host::StatusSetText("Busy");
@@ -101,7 +101,7 @@ TEST_F(PublishedFiles, PromptsStatusViewerAndClockGoThroughTheDoor) {
   EXPECT_FALSE(host::GeExecuteFile(At("manual.pdf")));
   tests::WriteText(scratch / "manual.pdf", "x");
   EXPECT_TRUE(host::GeExecuteFile(At("manual.pdf")));
-  EXPECT_EQ(outside.TakeTranscript(),
+  EXPECT_EQ(services.person.TakeTranscript(),
             "tell: Told\nask: Asked? -> yes\nstatus: Busy\nstatus cleared\nview: " +
                 (scratch / "manual.pdf") + "\n");
   host::LocalFileTime time;

@@ -10,15 +10,13 @@
 #include <span>
 
 #include "engine/outside/FileLock.h"
-#include "engine/outside/HeldFile.h"
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/SystemServices.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using engine::FileKind;
-using engine::RealOutside;
 using engine::Status;
 using tests::Names;
 using tests::ReadText;
@@ -78,22 +76,23 @@ struct RealFiles : testing::Test {
   std::string Here() const { return Names(scratch.Path()); }
 
   tests::ScratchFolder scratch;
-  RealOutside outside;
+  engine::SystemServices services;
+  engine::FileSystem& files = services.Get().files;
 };
 
 TEST_F(RealFiles, ReplaceWritesAllPiecesAndLeavesNothingElse) {
   const std::string_view pieces[] = {"one ", "", std::string_view("t\0o", 3)};
-  ASSERT_TRUE(outside.ReplaceFile(At("a"), pieces));
+  ASSERT_TRUE(files.ReplaceFile(At("a"), pieces));
   EXPECT_EQ(ReadText(At("a")), std::string("one t\0o", 7));
-  ASSERT_TRUE(outside.ReplaceFile(At("a"), "shorter"));
+  ASSERT_TRUE(files.ReplaceFile(At("a"), "shorter"));
   EXPECT_EQ(ReadText(At("a")), "shorter");
   EXPECT_EQ(Here(), "a");
 }
 
 TEST_F(RealFiles, ReplaceWritesNamesOfEveryAllowedLength) {
   const std::string longest(255, 'n');
-  EXPECT_TRUE(outside.ReplaceFile(At(longest), "x"));
-  EXPECT_FALSE(outside.ReplaceFile(At(longest + "n"), "x"));
+  EXPECT_TRUE(files.ReplaceFile(At(longest), "x"));
+  EXPECT_FALSE(files.ReplaceFile(At(longest + "n"), "x"));
   EXPECT_EQ(Here(), longest);
 }
 
@@ -103,26 +102,26 @@ TEST_F(RealFiles, AFullDiskLeavesTheOldFileWholeAndNoRest) {
   const std::string bytes(100000, 'x');
   {
     const FullDisk full(4096);
-    const Status replaced = outside.ReplaceFile(At("scene"), bytes);
+    const Status replaced = files.ReplaceFile(At("scene"), bytes);
     EXPECT_EQ(replaced.Message(), "Cannot write \"" + At("scene") + "\": File too large.");
-    EXPECT_FALSE(outside.ReplaceFile(At("new"), bytes));
-    EXPECT_FALSE(outside.CopyFile(At("big"), At("scene"), true));
+    EXPECT_FALSE(files.ReplaceFile(At("new"), bytes));
+    EXPECT_FALSE(files.CopyFile(At("big"), At("scene"), true));
   }
   EXPECT_EQ(ReadText(At("scene")), "the old scene");
   EXPECT_EQ(Here(), "big scene");
-  EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 3U);
+  EXPECT_EQ(services.Get().ledger.FailuresSince(0).size(), 3U);
 }
 
 TEST_F(RealFiles, ReplaceRefusesWhatIsNoFileInItsPlace) {
   fs::create_directory(At("folder"));
   mkfifo(At("pipe").c_str(), 0600);
   fs::create_symlink(At("nowhere"), At("dangling"));
-  EXPECT_EQ(outside.ReplaceFile(At("folder"), "x").Message(),
+  EXPECT_EQ(files.ReplaceFile(At("folder"), "x").Message(),
             "Cannot write \"" + At("folder") + "\": a folder is in its place.");
-  EXPECT_FALSE(outside.ReplaceFile(At("pipe"), "x"));
-  EXPECT_FALSE(outside.ReplaceFile(At("dangling"), "x"));
-  EXPECT_FALSE(outside.ReplaceFile(At("missing/x"), "x"));
-  EXPECT_FALSE(outside.ReplaceFile("/dev/null", "x"));
+  EXPECT_FALSE(files.ReplaceFile(At("pipe"), "x"));
+  EXPECT_FALSE(files.ReplaceFile(At("dangling"), "x"));
+  EXPECT_FALSE(files.ReplaceFile(At("missing/x"), "x"));
+  EXPECT_FALSE(files.ReplaceFile("/dev/null", "x"));
   EXPECT_EQ(Here(), "dangling folder pipe");
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
@@ -133,7 +132,7 @@ TEST_F(RealFiles, ReplaceKeepsALinkAndTheRightsOfTheFile) {
   fs::permissions(At("store/scene"),
                   fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
   fs::create_symlink("store/scene", At("scene"));
-  ASSERT_TRUE(outside.ReplaceFile(At("scene"), "new"));
+  ASSERT_TRUE(files.ReplaceFile(At("scene"), "new"));
   EXPECT_TRUE(fs::is_symlink(At("scene")));
   EXPECT_EQ(ReadText(At("store/scene")), "new");
   EXPECT_EQ(static_cast<int>(fs::status(At("store/scene")).permissions()), 0640);
@@ -143,13 +142,13 @@ TEST_F(RealFiles, WriteProtectionIsRespected) {
   WriteText(At("a"), "old");
   fs::permissions(At("a"), fs::perms::owner_read);
   const Ordinary ordinary(scratch.Path());
-  EXPECT_EQ(outside.ReplaceFile(At("a"), "new").Message(),
+  EXPECT_EQ(files.ReplaceFile(At("a"), "new").Message(),
             "Cannot write \"" + At("a") + "\": Permission denied.");
   fs::permissions(scratch.Path(), fs::perms::owner_read | fs::perms::owner_exec);
-  EXPECT_FALSE(outside.ReplaceFile(At("b"), "new"));
-  EXPECT_FALSE(outside.CopyFile(At("a"), At("b"), true));
-  EXPECT_FALSE(outside.RemoveFile(At("a")));
-  EXPECT_FALSE(outside.RemoveFolder(scratch.Path()));
+  EXPECT_FALSE(files.ReplaceFile(At("b"), "new"));
+  EXPECT_FALSE(files.CopyFile(At("a"), At("b"), true));
+  EXPECT_FALSE(files.RemoveFile(At("a")));
+  EXPECT_FALSE(files.RemoveFolder(scratch.Path()));
   fs::permissions(scratch.Path(), fs::perms::owner_all);
   EXPECT_EQ(ReadText(At("a")), "old");
   EXPECT_EQ(Here(), "a");
@@ -157,11 +156,11 @@ TEST_F(RealFiles, WriteProtectionIsRespected) {
 
 TEST_F(RealFiles, ReadKnowsItsLimitAndTakesFilesWithoutASize) {
   WriteText(At("a"), "12345");
-  EXPECT_EQ(outside.ReadFile(At("a"), 5).Value(), "12345");
-  EXPECT_EQ(outside.ReadFile(At("a"), 4).Message(),
+  EXPECT_EQ(files.ReadFile(At("a"), 5).Value(), "12345");
+  EXPECT_EQ(files.ReadFile(At("a"), 4).Message(),
             "Cannot read \"" + At("a") + "\": it is larger than 4 bytes.");
-  EXPECT_NE(outside.ReadFile("/proc/self/status").Value().find("Name:"), std::string::npos);
-  EXPECT_EQ(outside.ReadFile("/proc/self/maps", 10).Ok(), false);
+  EXPECT_NE(files.ReadFile("/proc/self/status").Value().find("Name:"), std::string::npos);
+  EXPECT_EQ(files.ReadFile("/proc/self/maps", 10).Ok(), false);
 }
 
 TEST_F(RealFiles, PipesAndDevicesNeverHang) {
@@ -169,22 +168,22 @@ TEST_F(RealFiles, PipesAndDevicesNeverHang) {
   fs::create_symlink(At("pipe"), At("link"));
   for (const std::string& path :
        {At("pipe"), At("link"), std::string("/dev/zero"), std::string("/dev/tty")}) {
-    EXPECT_EQ(outside.Kind(path), FileKind::Other) << path;
-    EXPECT_FALSE(outside.ReadFile(path)) << path;
-    EXPECT_FALSE(outside.CopyFile(path, At("copy"), true)) << path;
-    EXPECT_FALSE(outside.ListFiles(path)) << path;
+    EXPECT_EQ(files.Kind(path), FileKind::Other) << path;
+    EXPECT_FALSE(files.ReadFile(path)) << path;
+    EXPECT_FALSE(files.CopyFile(path, At("copy"), true)) << path;
+    EXPECT_FALSE(files.ListFiles(path)) << path;
   }
-  EXPECT_FALSE(outside.RemoveFile(At("pipe")));
+  EXPECT_FALSE(files.RemoveFile(At("pipe")));
   EXPECT_EQ(Here(), "link pipe");
 }
 
 TEST_F(RealFiles, CopyTakesTheContentAndReplacesOnlyWhenToldTo) {
   WriteText(At("a"), "content");
-  EXPECT_TRUE(outside.CopyFile(At("a"), At("b"), false));
+  EXPECT_TRUE(files.CopyFile(At("a"), At("b"), false));
   WriteText(At("b"), "other");
-  EXPECT_FALSE(outside.CopyFile(At("a"), At("b"), false));
+  EXPECT_FALSE(files.CopyFile(At("a"), At("b"), false));
   EXPECT_EQ(ReadText(At("b")), "other");
-  EXPECT_TRUE(outside.CopyFile(At("a"), At("b"), true));
+  EXPECT_TRUE(files.CopyFile(At("a"), At("b"), true));
   EXPECT_EQ(ReadText(At("b")), "content");
   EXPECT_EQ(Here(), "a b");
 }
@@ -195,8 +194,8 @@ TEST_F(RealFiles, CopyingOntoItselfLeavesTheFileAlone) {
   fs::create_symlink(At("a"), At("soft"));
   const auto before = fs::last_write_time(At("a"));
   for (const char* name : {"a", "hard", "soft"}) {
-    EXPECT_TRUE(outside.CopyFile(At("a"), At(name), true)) << name;
-    EXPECT_TRUE(outside.CopyFile(At(name), At("a"), true)) << name;
+    EXPECT_TRUE(files.CopyFile(At("a"), At(name), true)) << name;
+    EXPECT_TRUE(files.CopyFile(At(name), At("a"), true)) << name;
   }
   EXPECT_EQ(ReadText(At("a")), "content");
   EXPECT_EQ(fs::hard_link_count(At("a")), 2U);
@@ -206,7 +205,7 @@ TEST_F(RealFiles, CopyingOntoItselfLeavesTheFileAlone) {
 TEST_F(RealFiles, CopyOfAReadOnlyFileCanBeReplacedLater) {
   WriteText(At("a"), "content");
   fs::permissions(At("a"), fs::perms::owner_read);
-  ASSERT_TRUE(outside.CopyFile(At("a"), At("b"), true));
+  ASSERT_TRUE(files.CopyFile(At("a"), At("b"), true));
   EXPECT_NE(fs::status(At("b")).permissions() & fs::perms::owner_write, fs::perms::none);
 }
 
@@ -215,12 +214,12 @@ TEST_F(RealFiles, RemoveFileTakesFilesAndLinksOnly) {
   fs::create_directory(At("folder"));
   fs::create_symlink(At("a"), At("link"));
   fs::create_symlink(At("folder"), At("folderlink"));
-  EXPECT_TRUE(outside.RemoveFile(At("link")));
-  EXPECT_TRUE(outside.RemoveFile(At("folderlink")));
-  EXPECT_FALSE(outside.RemoveFile(At("folder")));
-  EXPECT_FALSE(outside.RemoveFile(At("missing")));
+  EXPECT_TRUE(files.RemoveFile(At("link")));
+  EXPECT_TRUE(files.RemoveFile(At("folderlink")));
+  EXPECT_FALSE(files.RemoveFile(At("folder")));
+  EXPECT_FALSE(files.RemoveFile(At("missing")));
   EXPECT_EQ(Here(), "a folder");
-  EXPECT_EQ(outside.GetLedger().FailuresSince(0).size(), 1U)
+  EXPECT_EQ(services.Get().ledger.FailuresSince(0).size(), 1U)
       << "what is merely missing is no failure";
 }
 
@@ -232,9 +231,9 @@ TEST_F(RealFiles, RemoveFolderNeverFollowsALink) {
   mkfifo(At("gone/pipe").c_str(), 0600);
   fs::create_symlink(At("kept"), At("gone/sub/link"));
   fs::create_symlink(At("kept/deep/file"), At("gone/filelink"));
-  EXPECT_TRUE(outside.RemoveFolder(At("gone")));
+  EXPECT_TRUE(files.RemoveFolder(At("gone")));
   fs::create_symlink(At("kept"), At("link"));
-  EXPECT_TRUE(outside.RemoveFolder(At("link/")))
+  EXPECT_TRUE(files.RemoveFolder(At("link/")))
       << "a separator at the end does not lead through the link";
   EXPECT_EQ(Here(), "kept");
   EXPECT_EQ(ReadText(At("kept/deep/file")), "content");
@@ -243,9 +242,9 @@ TEST_F(RealFiles, RemoveFolderNeverFollowsALink) {
 TEST_F(RealFiles, RemoveFolderRefusesWhatIsNone) {
   WriteText(At("a"), "content");
   fs::create_symlink(At("a"), At("link"));
-  EXPECT_FALSE(outside.RemoveFolder(At("a")));
-  EXPECT_FALSE(outside.RemoveFolder(At("link")));
-  EXPECT_FALSE(outside.RemoveFolder(At("missing")));
+  EXPECT_FALSE(files.RemoveFolder(At("a")));
+  EXPECT_FALSE(files.RemoveFolder(At("link")));
+  EXPECT_FALSE(files.RemoveFolder(At("missing")));
   EXPECT_EQ(Here(), "a link");
 }
 
@@ -256,7 +255,7 @@ TEST_F(RealFiles, RemoveFolderNeedsFewHandlesHoweverDeep) {
   for (int i = 0; i < 60; ++i)
     fs::create_directories(At("deep/next/wide" + std::to_string(i) + "/sub"));
   const Limit handles(RLIMIT_NOFILE, 40);
-  EXPECT_EQ(outside.RemoveFolder(At("deep")).Message(), "");
+  EXPECT_EQ(files.RemoveFolder(At("deep")).Message(), "");
   EXPECT_EQ(Here(), "");
 }
 
@@ -265,25 +264,25 @@ TEST_F(RealFiles, RenameNeverReplaces) {
   WriteText(At("b"), "b");
   fs::create_directory(At("empty"));
   fs::create_directory(At("folder"));
-  EXPECT_FALSE(outside.Rename(At("a"), At("b")));
-  EXPECT_FALSE(outside.Rename(At("a"), At("a")));
-  EXPECT_FALSE(outside.Rename(At("folder"), At("empty")));
-  EXPECT_FALSE(outside.Rename(At("missing"), At("c")));
+  EXPECT_FALSE(files.Rename(At("a"), At("b")));
+  EXPECT_FALSE(files.Rename(At("a"), At("a")));
+  EXPECT_FALSE(files.Rename(At("folder"), At("empty")));
+  EXPECT_FALSE(files.Rename(At("missing"), At("c")));
   EXPECT_EQ(ReadText(At("a")) + ReadText(At("b")), "ab");
-  EXPECT_TRUE(outside.Rename(At("a"), At("c")));
-  EXPECT_TRUE(outside.Rename(At("folder"), At("moved")));
+  EXPECT_TRUE(files.Rename(At("a"), At("c")));
+  EXPECT_TRUE(files.Rename(At("folder"), At("moved")));
   EXPECT_EQ(Here(), "b c empty moved");
 }
 
 TEST_F(RealFiles, FoldersAreMadeOneAtATimeOrWithTheirParents) {
   WriteText(At("file"), "");
-  EXPECT_FALSE(outside.MakeFolder(At("a/b")));
-  EXPECT_FALSE(outside.MakeFolder(At("file")));
-  EXPECT_FALSE(outside.MakeFolders(At("file/sub")));
-  EXPECT_TRUE(outside.MakeFolders(At("a/b/c")));
-  EXPECT_TRUE(outside.MakeFolder(At("a")));
+  EXPECT_FALSE(files.MakeFolder(At("a/b")));
+  EXPECT_FALSE(files.MakeFolder(At("file")));
+  EXPECT_FALSE(files.MakeFolders(At("file/sub")));
+  EXPECT_TRUE(files.MakeFolders(At("a/b/c")));
+  EXPECT_TRUE(files.MakeFolder(At("a")));
   const std::vector<std::string> made = {At("a"), At("a/b"), At("a/b/c")};
-  EXPECT_EQ(outside.GetLedger().WrittenSince(0), made);
+  EXPECT_EQ(services.Get().ledger.WrittenSince(0), made);
 }
 
 TEST_F(RealFiles, ListsPlainFilesInByteOrder) {
@@ -293,8 +292,8 @@ TEST_F(RealFiles, ListsPlainFilesInByteOrder) {
   fs::create_symlink(At("b"), At("link"));
   fs::create_symlink(At("nowhere"), At("dangling"));
   const std::vector<std::string> names = {".hidden", "B", "a10", "a2", "b", "link", "\xc3\xa4"};
-  EXPECT_EQ(outside.ListFiles(scratch.Path()).Value(), names);
-  EXPECT_FALSE(outside.ListFiles(At("b")));
+  EXPECT_EQ(files.ListFiles(scratch.Path()).Value(), names);
+  EXPECT_FALSE(files.ListFiles(At("b")));
 }
 
 TEST_F(RealFiles, AHeldFileIsHeldOnceUntilItIsLetGo) {
@@ -318,13 +317,13 @@ TEST_F(RealFiles, AFileIsNotSeenBeforeItIsComplete) {
     seen = Here() + ": " + ReadText(At("a"));
     return Status();
   };
-  ASSERT_TRUE(outside.ReplaceFile(At("a"), std::span(&bytes, 1), look));
+  ASSERT_TRUE(files.ReplaceFile(At("a"), std::span(&bytes, 1), look));
   if (unnamed) {
     EXPECT_EQ(seen, "a: old");
   }
   EXPECT_EQ(Here() + ": " + ReadText(At("a")), "a: new");
   const auto refuse = [] { return Status::Failure("No."); };
-  EXPECT_EQ(outside.ReplaceFile(At("b"), std::span(&bytes, 1), refuse).Message(), "No.");
+  EXPECT_EQ(files.ReplaceFile(At("b"), std::span(&bytes, 1), refuse).Message(), "No.");
   EXPECT_EQ(Here(), "a");
 }
 
@@ -333,7 +332,7 @@ TEST_F(RealFiles, WhatKilledProgramsLeftIsRemovedAndWhatOthersWriteIsNot) {
        {".stagemarks-1-2.tmp", ".stagemarks-3-4.tmp", ".stagemarks-notes", ".other.tmp"})
     WriteText(At(name), "x");
   const auto writing = engine::HoldFile(At(".stagemarks-3-4.tmp"));
-  ASSERT_TRUE(outside.ReplaceFile(At("a"), "a"));
+  ASSERT_TRUE(files.ReplaceFile(At("a"), "a"));
   EXPECT_EQ(Here(), ".other.tmp .stagemarks-3-4.tmp .stagemarks-notes a");
 }
 
@@ -352,7 +351,7 @@ TEST_F(RealFiles, ALockIsOnTheFileThatThePathLeadsTo) {
     EXPECT_EQ(
         FileLock::Take(At("a"), std::chrono::hours(1), [](double) { return false; }).Message(),
         "Did not change \"" + At("a") + "\": the waiting was stopped.");
-    ASSERT_TRUE(outside.ReplaceFile(At("a"), "b"));
+    ASSERT_TRUE(files.ReplaceFile(At("a"), "b"));
     EXPECT_FALSE(lock.Value()->Covers(At("a")));
     EXPECT_TRUE(mayBeTaken("link")) << "the new file is nobody's";
   }

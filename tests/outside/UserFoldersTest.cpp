@@ -7,8 +7,8 @@
 
 namespace {
 
-using engine::FindUserFolder;
-using engine::UserFolder;
+using engine::FindUserFolders;
+using engine::UserFolders;
 
 // Sets a variable of the environment (null: takes it away) while it lives.
 class Variable {
@@ -25,7 +25,7 @@ class Variable {
 };
 
 struct Case {
-  UserFolder folder;
+  std::string UserFolders::*folder;
   const char* variable;
   const char* standard;
 };
@@ -33,17 +33,17 @@ struct Case {
 TEST(UserFolders, FollowTheEnvironmentOrTheStandard) {
   const Variable home("HOME", "/home/artist");
   const Case cases[] = {
-      {UserFolder::Config, "XDG_CONFIG_HOME", "/home/artist/.config/stagemarks"},
-      {UserFolder::Data, "XDG_DATA_HOME", "/home/artist/.local/share/stagemarks"},
-      {UserFolder::Cache, "XDG_CACHE_HOME", "/home/artist/.cache/stagemarks"},
-      {UserFolder::State, "XDG_STATE_HOME", "/home/artist/.local/state/stagemarks"}};
+      {&UserFolders::config, "XDG_CONFIG_HOME", "/home/artist/.config/stagemarks"},
+      {&UserFolders::data, "XDG_DATA_HOME", "/home/artist/.local/share/stagemarks"},
+      {&UserFolders::cache, "XDG_CACHE_HOME", "/home/artist/.cache/stagemarks"},
+      {&UserFolders::state, "XDG_STATE_HOME", "/home/artist/.local/state/stagemarks"}};
   for (const Case& one : cases) {
     for (const char* unfit : {static_cast<const char*>(nullptr), "", "relative/folder"}) {
       const Variable variable(one.variable, unfit);
-      EXPECT_EQ(FindUserFolder(one.folder), one.standard);
+      EXPECT_EQ(FindUserFolders().*one.folder, one.standard);
     }
     const Variable variable(one.variable, "/elsewhere");
-    EXPECT_EQ(FindUserFolder(one.folder), "/elsewhere/stagemarks");
+    EXPECT_EQ(FindUserFolders().*one.folder, "/elsewhere/stagemarks");
   }
 }
 

@@ -1,11 +1,10 @@
-// The published picture: sizes, pixels, and files through the door to the outside.
+// The published picture: sizes, pixels, and files.
 #include "host/BaseBitmap.h"
 
 #include <gtest/gtest.h>
 
-#include "engine/outside/FaultyOutside.h"
-#include "engine/outside/RealOutside.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -23,8 +22,8 @@ class Bitmap : public testing::Test {
   Filename File(const char* name) const { return (scratch_ / name).c_str(); }
 
   tests::ScratchFolder scratch_;
-  engine::RealOutside outside_;
-  engine::OutsideInUse inUse_{outside_};
+  tests::ScriptedServices services_;
+  engine::PublishedServicesScope published_{services_.Get()};
   BaseBitmap* bitmap_ = BaseBitmap::Alloc();
 };
 
@@ -76,8 +75,8 @@ TEST_F(Bitmap, IsEmptyAfterAFileThatCannotBeRead) {
   EXPECT_EQ(bitmap_->Init(File("missing.tif")), host::IMAGERESULT_NOTEXISTING);
   EXPECT_EQ(bitmap_->GetBw(), 0);
   EXPECT_EQ(bitmap_->Init(File("text.tif")), host::IMAGERESULT_WRONGTYPE);
-  EXPECT_EQ(outside_.GetLedger().FailuresSince(0).size(), 0U);
-  EXPECT_EQ(outside_.GetLedger().NotesSince(0).size(), 1U) << "the reason is not lost";
+  EXPECT_EQ(services_.ledger.FailuresSince(0).size(), 0U);
+  EXPECT_EQ(services_.ledger.NotesSince(0).size(), 1U) << "the reason is not lost";
   EXPECT_EQ(bitmap_->Save(File("empty.tif"), host::FILTER_TIF), host::IMAGERESULT_FILEERROR);
 }
 
@@ -85,9 +84,7 @@ TEST_F(Bitmap, AFailedSaveLeavesTheOldFile) {
   tests::WriteText(scratch_ / "old.tif", "old");
   bitmap_->Init(4, 4);
   EXPECT_EQ(bitmap_->Save(File("old.tif"), 12345), host::IMAGERESULT_WRONGTYPE);
-  engine::FaultyOutside faulty(outside_);
-  const engine::OutsideInUse inUse(faulty);
-  faulty.Break(1, engine::Fault::Fail);
+  services_.files.Break(1, tests::Fault::Fail);
   EXPECT_EQ(bitmap_->Save(File("old.tif"), host::FILTER_TIF), host::IMAGERESULT_FILEERROR);
   EXPECT_EQ(tests::ReadText(scratch_ / "old.tif"), "old");
   EXPECT_EQ(bitmap_->Save("relative.tif", host::FILTER_TIF), host::IMAGERESULT_FILEERROR);

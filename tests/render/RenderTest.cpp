@@ -5,11 +5,12 @@
 #include <limits>
 #include <set>
 
-#include "engine/outside/ScriptedOutside.h"
+#include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/scene/Nodes.h"
 #include "host/Host.h"
 #include "tests/support/SceneBuilder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -52,11 +53,17 @@ class Stage {
   SceneBuilder scene_;
 };
 
+// Where the textures of scenes are looked for.
+engine::FileSystem& Files() {
+  static const engine::SystemServices services;
+  return services.Get().files;
+}
+
 constexpr PictureSetup kSmall{64, 48, {}, {}, 2, false};
 
 std::vector<std::uint8_t> Render(const host::BaseDocument& doc, PictureSetup setup = kSmall) {
   engine::RenderCaches caches;
-  auto picture = PictureInProgress::Begin(doc, setup, caches);
+  auto picture = PictureInProgress::Begin(doc, Files(), setup, caches);
   if (!picture) return {};
   while (!picture.Value()->IsFinished()) picture.Value()->Refine();
   return picture.Value()->Current().bytes;
@@ -203,7 +210,7 @@ TEST(Render, IsTheSameForAnyNumberOfThreads) {
 TEST(Render, StopsAndGoesOnWhereItStopped) {
   Stage stage;
   engine::RenderCaches caches;
-  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches).Take();
+  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), Files(), kSmall, caches).Take();
   EXPECT_FALSE(picture->Refine([](double) { return false; }));
   EXPECT_FALSE(picture->IsFinished());
   EXPECT_TRUE(picture->Current().bytes.empty());
@@ -224,7 +231,7 @@ TEST(Render, ADraftIsReadyAfterOnePassAndComesNear) {
   PictureSetup setup = kSmall;
   setup.draft = true;
   engine::RenderCaches caches;
-  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), setup, caches).Take();
+  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), Files(), setup, caches).Take();
   EXPECT_TRUE(picture->Refine());
   EXPECT_TRUE(picture->IsFinished());
   const auto draft = picture->Current().bytes;
@@ -238,15 +245,15 @@ TEST(Render, ADraftIsReadyAfterOnePassAndComesNear) {
 TEST(Render, KeepsGeometryFromPictureToPicture) {
   Stage stage;
   engine::RenderCaches caches;
-  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches));
+  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), Files(), kSmall, caches));
   const std::size_t made = caches.WorkDone().geometries;
   EXPECT_EQ(made, 3U);
   stage.Scene().At("Other", 0, 200, 0).Modes("Group", 2, host::MODE_OFF).Cube("Another");
   stage.Look("Red").SetVector(host::MATERIAL_COLOR, Vector(0));
-  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches));
+  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), Files(), kSmall, caches));
   EXPECT_EQ(caches.WorkDone().geometries, made);
   stage.Data("Other").SetReal(host::PRIM_RADIUS, 55);
-  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches));
+  ASSERT_TRUE(PictureInProgress::Begin(stage.Scene().Doc(), Files(), kSmall, caches));
   EXPECT_EQ(caches.WorkDone().geometries, made + 1);
 }
 
@@ -267,7 +274,7 @@ TEST(Render, SlowGradientsShowNoBands) {
 TEST(Render, FindsTheObjectUnderAPixel) {
   Stage stage;
   engine::RenderCaches caches;
-  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), kSmall, caches).Take();
+  auto picture = PictureInProgress::Begin(stage.Scene().Doc(), Files(), kSmall, caches).Take();
   EXPECT_EQ(picture->ObjectAt(32, 28), engine::IdOf(*stage.Scene().GetObject("Group/Box")));
   EXPECT_EQ(picture->ObjectAt(0, 0), 0U);
 }
@@ -284,7 +291,7 @@ TEST(Render, RefusesImpossibleSizes) {
     PictureSetup setup;
     setup.width = width;
     setup.height = height;
-    EXPECT_FALSE(PictureInProgress::Begin(stage.Scene().Doc(), setup, caches))
+    EXPECT_FALSE(PictureInProgress::Begin(stage.Scene().Doc(), Files(), setup, caches))
         << width << "x" << height;
   }
 }
@@ -365,7 +372,7 @@ TEST(Render, HostileMeshesCostANote) {
     scene.Object("Mesh", host::Opolygon);
     engine::SetMesh(*scene.Last(), mesh);
     engine::RenderCaches caches;
-    auto picture = PictureInProgress::Begin(scene.Doc(), kSmall, caches);
+    auto picture = PictureInProgress::Begin(scene.Doc(), Files(), kSmall, caches);
     ASSERT_TRUE(picture) << c.name;
     while (!picture.Value()->IsFinished()) picture.Value()->Refine();
     EXPECT_EQ(picture.Value()->Notes().size(), c.notes) << c.name;
@@ -399,7 +406,7 @@ TEST(Render, FramesWhatThereIs) {
   SceneBuilder scene;
   scene.Cube("A").At("A", -5000, 300, 40).Cube("B").At("B", 900, 0, -2000);
   engine::RenderCaches caches;
-  auto picture = PictureInProgress::Begin(scene.Doc(), kSmall, caches).Take();
+  auto picture = PictureInProgress::Begin(scene.Doc(), Files(), kSmall, caches).Take();
   const engine::RayCamera eye(picture->Camera(), 64, 48);
   // Every corner of both cubes lies inside the picture, and they are not lost in its middle.
   float widest = 0;
@@ -488,8 +495,8 @@ TEST(Render, ADeepChainOfObjectsIsWalkedFlat) {
 // --- The published function.
 
 TEST(RenderDocument, TakesItsSizeFromTheSettings) {
-  engine::ScriptedOutside outside;
-  const engine::OutsideInUse inUse(outside);
+  tests::ScriptedServices services;
+  const engine::PublishedServicesScope published(services.Get());
   Stage stage;
   host::BaseBitmap* bitmap = host::BaseBitmap::Alloc();
   const auto render = [&](host::LONG width, host::LONG height) {
@@ -508,16 +515,16 @@ TEST(RenderDocument, TakesItsSizeFromTheSettings) {
   EXPECT_EQ(bitmap->GetBw(), 20);
   for (const host::LONG size : {-1, 100000, 2147483647})
     EXPECT_EQ(render(size, size), host::RENDERRESULT_FAILED);
-  EXPECT_EQ(outside.GetLedger().NotesSince(0).size(), 4U);
+  EXPECT_EQ(services.ledger.NotesSince(0).size(), 4U);
   EXPECT_EQ(host::RenderDocument(nullptr, {}, nullptr, nullptr, bitmap, 0, nullptr),
             host::RENDERRESULT_FAILED);
   host::BaseBitmap::Free(bitmap);
 }
 
 TEST(RenderDocument, StopsWhenAskedTo) {
-  engine::ScriptedOutside outside;
-  const engine::OutsideInUse inUse(outside);
-  outside.StopProgressAt(2);
+  tests::ScriptedServices services;
+  const engine::PublishedServicesScope published(services.Get());
+  services.person.StopProgressAt(2);
   Stage stage;
   host::BaseBitmap* bitmap = host::BaseBitmap::Alloc();
   bitmap->Init(64, 48);

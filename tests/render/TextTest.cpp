@@ -7,9 +7,8 @@
 #include <set>
 #include <string>
 
-#include "engine/outside/ForwardingOutside.h"
-#include "engine/outside/ScriptedOutside.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -39,9 +38,8 @@ std::array<int, 4> Inked(const Image& image) {
 
 class Text : public testing::Test {
  protected:
-  engine::ScriptedOutside outside_;
-  engine::OutsideInUse inUse_{outside_};
-  Font font_ = Font::Load(Font::Weight::Regular).Take();
+  tests::ScriptedServices services_;
+  Font font_ = Font::Load(services_.files, Font::Weight::Regular).Take();
 };
 
 TEST_F(Text, StandsInTheOrderInWhichItIsSeen) {
@@ -124,18 +122,17 @@ TEST_F(Text, KeepsWithinThePicture) {
 }
 
 // A system without fonts.
-class Bare : public engine::ForwardingOutside {
+class Bare : public engine::RealFileSystem {
  public:
-  using ForwardingOutside::ForwardingOutside;
+  using RealFileSystem::RealFileSystem;
 
  protected:
   engine::FileKind DoKind(const std::string&) override { return engine::FileKind::Missing; }
 };
 
 TEST_F(Text, AMissingFontNamesItsPackage) {
-  Bare bare(outside_);
-  const engine::OutsideInUse inUse(bare);
-  const auto font = Font::Load(Font::Weight::Bold);
+  Bare bare(services_.ledger, services_.person);
+  const auto font = Font::Load(bare, Font::Weight::Bold);
   ASSERT_FALSE(font);
   EXPECT_NE(font.Message().find("fonts-dejavu-core"), std::string::npos) << font.Message();
 }
@@ -145,7 +142,7 @@ TEST_F(Text, WhatIsNoFontIsRefusedByName) {
   tests::WriteText(folder / "text.ttf", "no font");
   tests::WriteText(folder / "empty.ttf", "");
   for (const char* name : {"text.ttf", "empty.ttf", "missing.ttf"}) {
-    const auto font = Font::LoadFile(folder / name);
+    const auto font = Font::LoadFile(services_.files, folder / name);
     ASSERT_FALSE(font) << name;
     EXPECT_NE(font.Message().find(name), std::string::npos) << font.Message();
   }

@@ -2,12 +2,12 @@
 // what a bad one costs.
 #include <gtest/gtest.h>
 
-#include "engine/outside/ScriptedOutside.h"
 #include "engine/render/Renderer.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "host/Host.h"
 #include "tests/support/SceneBuilder.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ class Textures : public testing::Test {
     setup.camera->frame.off = {0, 100, 0};
     setup.camera->frame.v2 = {0, 0, 1};
     setup.camera->frame.v3 = {0, -1, 0};
-    auto picture = PictureInProgress::Begin(scene_.Doc(), setup, caches).Take();
+    auto picture = PictureInProgress::Begin(scene_.Doc(), services_.files, setup, caches).Take();
     picture->Refine();
     notes_ = picture->Notes();
     std::string colors;
@@ -68,13 +68,12 @@ class Textures : public testing::Test {
     return *scene_.GetTag("Plane", host::Ttexture)->GetDataInstance();
   }
   void Put(const std::string& name) {
-    (void)outside_.MakeFolder(scratch_ / "tex");
+    (void)services_.files.MakeFolder(scratch_ / "tex");
     tests::WriteText(scratch_ / name, Picture());
   }
 
   tests::ScratchFolder scratch_;
-  engine::ScriptedOutside outside_;
-  engine::OutsideInUse inUse_{outside_};
+  tests::ScriptedServices services_;
   SceneBuilder scene_;
   host::BaseShader* shader_ = nullptr;
   std::vector<std::string> notes_;
@@ -103,10 +102,11 @@ TEST_F(Textures, AreFoundInTheUsualFoldersAndAfterAMove) {
   for (const auto& [file, name] : kRows) {
     shader_->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME, name);
     EXPECT_EQ(Colors(), "ww") << file;
-    (void)outside_.MakeFolders(scratch_ / std::string(file).substr(0, std::string(file).find('/')));
+    (void)services_.files.MakeFolders(scratch_ /
+                                      std::string(file).substr(0, std::string(file).find('/')));
     Put(file);
     EXPECT_EQ(Colors(), "gb") << file;
-    ASSERT_TRUE(outside_.RemoveFile(scratch_ / file));
+    ASSERT_TRUE(services_.files.RemoveFile(scratch_ / file));
   }
 }
 
@@ -132,8 +132,8 @@ TEST_F(Textures, ThatCannotBeShownCostANote) {
         << notes_[0];
     EXPECT_NE(notes_[0].find(c.note), std::string::npos) << notes_[0];
   }
-  ASSERT_TRUE(outside_.RemoveFile(scratch_ / "left_green.png"));
-  ASSERT_TRUE(outside_.MakeFolder(scratch_ / "left_green.png"));
+  ASSERT_TRUE(services_.files.RemoveFile(scratch_ / "left_green.png"));
+  ASSERT_TRUE(services_.files.MakeFolder(scratch_ / "left_green.png"));
   EXPECT_EQ(Colors(), "ww") << "a folder";
   EXPECT_EQ(notes_.size(), 1U);
 }

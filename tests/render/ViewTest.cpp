@@ -6,6 +6,7 @@
 #include <functional>
 #include <set>
 
+#include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/render/SceneScan.h"
 #include "engine/scene/Nodes.h"
@@ -21,6 +22,12 @@ using host::Vector;
 using tests::SceneBuilder;
 
 // A row of boxes, the third one with a sphere below it, a light and a camera.
+// Where the textures of scenes are looked for.
+engine::FileSystem& Files() {
+  static const engine::SystemServices services;
+  return services.Get().files;
+}
+
 struct Row : SceneBuilder {
   Row() {
     Material("Red", Vector(0.8, 0.1, 0.1)).Layer("Layer");
@@ -41,7 +48,7 @@ struct Row : SceneBuilder {
 
 ScenePicture Read(const host::BaseDocument& doc, engine::RenderCaches& caches,
                   std::size_t step = 1000000) {
-  engine::SceneScan scan(doc, {}, caches);
+  engine::SceneScan scan(doc, Files(), {}, caches);
   while (!scan.Advance(step)) {
   }
   return scan.Take();
@@ -285,7 +292,7 @@ TEST(EditorView, IsRenderedFromACopyUnlessThereIsASceneCamera) {
   const auto seenFrom = [&] {
     auto* copy =
         static_cast<host::BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr));
-    const auto begun = PictureInProgress::Begin(*copy, setup, caches);
+    const auto begun = PictureInProgress::Begin(*copy, Files(), setup, caches);
     const Vector place = begun.Value()->Camera().frame.off;
     host::BaseDocument::Free(copy);
     return place;

@@ -2,11 +2,11 @@
 // that.
 #include <gtest/gtest.h>
 
-#include "engine/outside/ScriptedOutside.h"
 #include "engine/scene/Nodes.h"
 #include "engine/scenefile/SceneFile.h"
 #include "host/Host.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -49,29 +49,28 @@ TEST(SceneProgress, GoesFromNothingToAllInBothDirections) {
 
 TEST(SceneProgress, StoppingASaveLeavesTheOldFileAndStoppingAnOpenSaysSo) {
   tests::ScratchFolder folder;
-  engine::ScriptedOutside outside;
-  const engine::OutsideInUse inUse(outside);
+  tests::ScriptedServices services;
   const std::string path = folder / "large.c4d";
   const Document small = SceneOf(10);
-  ASSERT_TRUE(engine::SaveSceneFile(*small, path));
-  EXPECT_EQ(outside.ProgressCalls(), 0) << "nobody would see anything of it";
-  const std::string before = outside.ReadFile(path).Value();
+  ASSERT_TRUE(engine::SaveSceneFile(services.Get(), *small, path));
+  EXPECT_EQ(services.person.ProgressCalls(), 0) << "nobody would see anything of it";
+  const std::string before = services.files.ReadFile(path).Value();
   const Document large = SceneOf(40000);
-  outside.StopProgressAt(2);
-  const engine::Status saved = engine::SaveSceneFile(*large, path);
+  services.person.StopProgressAt(2);
+  const engine::Status saved = engine::SaveSceneFile(services.Get(), *large, path);
   EXPECT_FALSE(saved);
   EXPECT_NE(saved.Message().find("stopped"), std::string::npos) << saved.Message();
-  EXPECT_EQ(outside.ReadFile(path).Value(), before);
-  EXPECT_EQ(outside.ListFiles(folder.Path()).Value().size(), 1U);
+  EXPECT_EQ(services.files.ReadFile(path).Value(), before);
+  EXPECT_EQ(services.files.ListFiles(folder.Path()).Value().size(), 1U);
 
-  outside.StopProgressAt(0);
-  ASSERT_TRUE(engine::SaveSceneFile(*large, path));
-  outside.StopProgressAt(2);
-  const auto opened = engine::OpenSceneFile(path);
+  services.person.StopProgressAt(0);
+  ASSERT_TRUE(engine::SaveSceneFile(services.Get(), *large, path));
+  services.person.StopProgressAt(2);
+  const auto opened = engine::OpenSceneFile(services.Get(), path);
   EXPECT_FALSE(opened);
   EXPECT_NE(opened.Message().find("stopped"), std::string::npos) << opened.Message();
-  outside.StopProgressAt(0);
-  const auto whole = engine::OpenSceneFile(path);
+  services.person.StopProgressAt(0);
+  const auto whole = engine::OpenSceneFile(services.Get(), path);
   ASSERT_TRUE(whole);
   const Document again(whole.Value());
   EXPECT_EQ(engine::CountScene(*again).objects, 40000U);

@@ -1,13 +1,12 @@
-// Saving and opening through the door to the disk, and files of every released version.
+// Saving and opening to the disk, and files of every released version.
 #include <gtest/gtest.h>
 
-#include "engine/outside/FaultyOutside.h"
-#include "engine/outside/RealOutside.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/SceneFile.h"
 #include "tests/scenefile/Scenes.h"
 #include "tests/support/SceneBuilder.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace tests {
 namespace {
@@ -15,15 +14,13 @@ namespace {
 class SceneFileOnDisk : public testing::Test {
  protected:
   ScratchFolder folder_;
-  engine::RealOutside real_;
-  engine::FaultyOutside faulty_{real_};
-  engine::OutsideInUse inUse_{faulty_};
+  ScriptedServices services_;
 };
 
 TEST_F(SceneFileOnDisk, OpeningSetsPathAndName) {
   const Document doc = EverythingScene();
-  ASSERT_TRUE(engine::SaveSceneFile(*doc, folder_ / "scene.c4d"));
-  const auto opened = engine::OpenSceneFile(folder_ / "scene.c4d");
+  ASSERT_TRUE(engine::SaveSceneFile(services_.Get(), *doc, folder_ / "scene.c4d"));
+  const auto opened = engine::OpenSceneFile(services_.Get(), folder_ / "scene.c4d");
   ASSERT_TRUE(opened) << opened.Message();
   const Document owned(opened.Value());
   EXPECT_EQ(engine::DumpDocument(*owned), engine::DumpDocument(*doc));
@@ -47,13 +44,14 @@ TEST_F(SceneFileOnDisk, FilesBesideTheSceneMoveWithIt) {
   post.GetDataInstance()->SetFilename(host::GI_CACHE_FILENAME,
                                       host::Filename((folder_ / "a/illum/own.gi").c_str()));
   const std::string before = engine::DumpDocument(scene.Doc());
-  for (const char* folder : {"a", "ab"}) ASSERT_TRUE(faulty_.MakeFolder(folder_ / folder));
-  ASSERT_TRUE(engine::SaveSceneFile(scene.Doc(), folder_ / "a/scene.c4d"));
+  for (const char* folder : {"a", "ab"}) ASSERT_TRUE(services_.files.MakeFolder(folder_ / folder));
+  ASSERT_TRUE(engine::SaveSceneFile(services_.Get(), scene.Doc(), folder_ / "a/scene.c4d"));
   EXPECT_EQ(engine::DumpDocument(scene.Doc()), before);
-  EXPECT_EQ(engine::DumpDocument(*Document(engine::OpenSceneFile(folder_ / "a/scene.c4d").Value())),
+  EXPECT_EQ(engine::DumpDocument(
+                *Document(engine::OpenSceneFile(services_.Get(), folder_ / "a/scene.c4d").Value())),
             before);
-  ASSERT_TRUE(faulty_.Rename(folder_ / "a", folder_ / "b"));
-  const Document moved(engine::OpenSceneFile(folder_ / "b/scene.c4d").Value());
+  ASSERT_TRUE(services_.files.Rename(folder_ / "a", folder_ / "b"));
+  const Document moved(engine::OpenSceneFile(services_.Get(), folder_ / "b/scene.c4d").Value());
   EXPECT_FALSE(moved->GetChanged());
   std::vector<std::string> found;
   const host::BaseContainer all = moved->GetAllTextures(nullptr);
@@ -74,16 +72,16 @@ TEST_F(SceneFileOnDisk, FilesBesideTheSceneMoveWithIt) {
 
 TEST_F(SceneFileOnDisk, AFailedSaveLeavesTheOldFileWhole) {
   WriteText(folder_ / "scene.c4d", "the old file");
-  faulty_.Break(1, engine::Fault::Fail);
-  EXPECT_FALSE(engine::SaveSceneFile(*EverythingScene(), folder_ / "scene.c4d"));
+  services_.files.Break(1, Fault::Fail);
+  EXPECT_FALSE(engine::SaveSceneFile(services_.Get(), *EverythingScene(), folder_ / "scene.c4d"));
   EXPECT_EQ(ReadText(folder_ / "scene.c4d"), "the old file");
   EXPECT_EQ(Names(folder_.Path()), "scene.c4d");
 }
 
 TEST_F(SceneFileOnDisk, AFileThatIsReadByHalfIsRefusedWithItsPath) {
-  ASSERT_TRUE(engine::SaveSceneFile(*EverythingScene(), folder_ / "scene.c4d"));
-  faulty_.Break(1, engine::Fault::CutShort);
-  const auto opened = engine::OpenSceneFile(folder_ / "scene.c4d");
+  ASSERT_TRUE(engine::SaveSceneFile(services_.Get(), *EverythingScene(), folder_ / "scene.c4d"));
+  services_.files.Break(1, Fault::CutShort);
+  const auto opened = engine::OpenSceneFile(services_.Get(), folder_ / "scene.c4d");
   EXPECT_EQ(opened.Message().rfind("\"" + folder_ / "scene.c4d" + "\": The file is cut off", 0), 0u)
       << opened.Message();
 }
@@ -91,7 +89,7 @@ TEST_F(SceneFileOnDisk, AFileThatIsReadByHalfIsRefusedWithItsPath) {
 // Never replace a golden scene: add one for each new version. The text beside it follows the dump.
 TEST_F(SceneFileOnDisk, FilesOfVersion1Open) {
   const std::string golden = TEST_SOURCE_DIR "/tests/scenefile/golden/version1";
-  const auto opened = engine::OpenSceneFile(golden + ".c4d");
+  const auto opened = engine::OpenSceneFile(services_.Get(), golden + ".c4d");
   ASSERT_TRUE(opened) << opened.Message();
   EXPECT_EQ(engine::DumpDocument(*Document(opened.Value())), ReadText(golden + ".txt"));
 }

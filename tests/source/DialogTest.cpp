@@ -32,7 +32,7 @@ class DialogTest : public StageTest {
     return text;
   }
 
-  void MakeFolder(const std::string& path) { ASSERT_TRUE(Person().MakeFolder(path)); }
+  void MakeFolder(const std::string& path) { ASSERT_TRUE(Services().files.MakeFolder(path)); }
 
   static std::string Numbers(std::initializer_list<LONG> numbers) {
     std::string text;
@@ -159,7 +159,7 @@ TEST_F(DialogTest, TimesAreShownWithTwoDigitsAndAShortenedYear) {
                             {{987, 1, 1, 1, 1, 1}, "  01/01/7 01:01\n"}};
   Person().AnswerOthers(true);
   for (const TimeCase& one : cases) {
-    Person().SetNow(one.time);
+    Services().clock.now = one.time;
     Record("A");
     EXPECT_EQ(Times(), one.shown);
   }

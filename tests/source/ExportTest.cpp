@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "engine/outside/FaultyOutside.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/SceneFile.h"
 #include "tests/source/StageTest.h"
@@ -48,8 +47,8 @@ class ExportTest : public StageTest {
     return text;
   }
   // The state in an exported file.
-  std::string StateIn(const std::string& file) const {
-    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Out(file));
+  std::string StateIn(const std::string& file) {
+    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Services().Get(), Out(file));
     if (!opened) return opened.Message();
     BaseDocument* doc = opened.Take();
     const std::string state = engine::DumpState(*doc);
@@ -127,7 +126,8 @@ TEST_F(ExportTest, EveryLayoutWritesTheStatesThatLoadingInListOrderGives) {
 TEST_F(ExportTest, TheSecondElementInheritsWhatItDoesNotRecord) {
   RecordTwo();
   Generate(kAsSaveFile);
-  engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Out("Scene B.c4d"));
+  engine::Result<BaseDocument*> opened =
+      engine::OpenSceneFile(Services().Get(), Out("Scene B.c4d"));
   ASSERT_TRUE(opened) << opened.Message();
   BaseDocument* doc = opened.Take();
   EXPECT_EQ(doc->GetActiveRenderData()->GetDataInstance()->GetLong(RDATA_XRES), 800);
@@ -162,7 +162,7 @@ TEST_F(ExportTest, TheFrameRangeOverridesEveryElementsOwn) {
   Tick(kChangeFrameRange, true);
   Generate(kAsSaveFile);
   for (const char* file : {"Scene A.c4d", "Scene B.c4d"}) {
-    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Out(file));
+    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Services().Get(), Out(file));
     ASSERT_TRUE(opened) << opened.Message();
     BaseDocument* doc = opened.Take();
     const BaseContainer data = doc->GetActiveRenderData()->GetData();
@@ -229,9 +229,7 @@ TEST_F(ExportFailureTest, AFailedSaveEndsTheLoopAndCleansUp) {
   RecordTwo();
   BaseDocument* const original = &Doc();
   tests::WriteText(Out("Scene A.c4d"), "old");
-  engine::FaultyOutside faulty(Person());
-  engine::OutsideInUse use(faulty);
-  faulty.Break(1, engine::Fault::Fail, engine::Operation::ReplaceFile);
+  Services().files.Break(1, tests::Fault::Fail, engine::Operation::ReplaceFile);
   Generate(kAsSaveFile);
   EXPECT_NE(Transcript().find("tell: An error has occurred while saving the Stagemark!\n"),
             std::string::npos);
@@ -289,9 +287,8 @@ TEST_F(ExportFailureTest, AnyFailingOperationLeavesWholeFilesAndTheUsersDocument
   for (std::size_t number = 1; reached; ++number) {
     fs::remove_all(Out());
     fs::create_directory(Out());
-    engine::FaultyOutside faulty(Person());
-    engine::OutsideInUse use(faulty);
-    faulty.Break(number, engine::Fault::Fail);
+    tests::FaultyFileSystem& faulty = Services().files;
+    faulty.Break(number, tests::Fault::Fail);
     Generate(kAsSaveProject);
     reached = faulty.Count() >= number;
     faulty.Mend();

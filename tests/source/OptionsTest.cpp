@@ -1,5 +1,6 @@
 // The twelve options: where a choice is kept, and which one a document shows.
 #include "tests/source/StageTest.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace stagemarks {
 namespace {
@@ -128,9 +129,8 @@ TEST_F(OptionsTest, MarksStayWithoutADocument) {
 TEST(DefaultOptions, AreReadAtTheNextStart) {
   tests::ScratchFolder folder;
   const auto start = [&folder](bool save) {
-    engine::ScriptedOutside person(folder.Path());
-    const engine::OutsideInUse inUse(person);
-    engine::Application application(person, {});
+    tests::ScriptedServices services(folder.Path());
+    engine::Application application(services.Get(), {});
     application.LoadPlugin(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so");
     SetActiveDocument(application.NewDocument());
     application.ExecuteCommand(kPluginId);

@@ -1,7 +1,6 @@
 // Rendering a preview: the render settings come back as they were, whatever becomes of the picture.
 #include <filesystem>
 
-#include "engine/outside/FaultyOutside.h"
 #include "tests/source/StageTest.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -56,11 +55,11 @@ TEST_F(PreviewTest, APictureThatCannotBeSavedChangesNothingElse) {
 TEST_F(PreviewTest, AFullDiskOrAStopKeepsQuietAndTheSettings) {
   const BaseContainer before = Settings();
   {
-    engine::FaultyOutside faulty(Person());
-    const engine::OutsideInUse inUse(faulty);
-    faulty.BreakFrom(1, engine::Operation::ReplaceFile);
+    const std::size_t mark = Services().ledger.Mark();
+    Services().files.BreakFrom(1, engine::Operation::ReplaceFile);
     Record("First");
-    const auto failures = faulty.GetLedger().FailuresSince(0);
+    Services().files.Mend();
+    const auto failures = Services().ledger.FailuresSince(mark);
     ASSERT_EQ(failures.size(), 1U);
     EXPECT_NE(failures[0].message.find("First.tif"), std::string::npos) << "others can name it";
   }

@@ -1,7 +1,6 @@
 // How the folder of previews follows a scene that is saved under another name.
 #include <filesystem>
 
-#include "engine/outside/FaultyOutside.h"
 #include "tests/source/StageTest.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -40,11 +39,10 @@ TEST_F(RelocationTest, AnotherNameTakesThePlainFilesAlong) {
 }
 
 TEST_F(RelocationTest, TheSameFileCopiesNothing) {
-  const std::size_t mark = Person().GetLedger().Mark();
+  const std::size_t mark = Services().ledger.Mark();
   SaveAs("shot.c4d");
   EXPECT_EQ(Transcript(), "");
-  EXPECT_EQ(Person().GetLedger().WrittenSince(mark),
-            std::vector<std::string>{Folder() + "/shot.c4d"});
+  EXPECT_EQ(Services().ledger.WrittenSince(mark), std::vector<std::string>{Folder() + "/shot.c4d"});
 }
 
 TEST_F(RelocationTest, AnExistingFolderIsAskedForAndFilesOfTheSameNameAreReplaced) {
@@ -82,9 +80,7 @@ TEST_F(RelocationTest, AFolderThatCannotBeMadeIsToldAndDoesNotStopTheSave) {
 }
 
 TEST_F(RelocationTest, AFailedCopyEndsTheCopyingAndNotTheSave) {
-  engine::FaultyOutside faulty(Person());
-  engine::OutsideInUse use(faulty);
-  faulty.Break(1, engine::Fault::Fail, engine::Operation::CopyFile);
+  Services().files.Break(1, tests::Fault::Fail, engine::Operation::CopyFile);
   SaveAs("next.c4d");
   EXPECT_EQ(Transcript(), "");
   EXPECT_EQ(tests::Names(Folder() + "/next_SM"), "");

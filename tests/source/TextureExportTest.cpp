@@ -52,8 +52,8 @@ class TextureExportTest : public StageTest {
     Press(kGenerateFiles);
   }
   // Texture references of a scene file, in scene order, a line each.
-  static std::string References(const std::string& file) {
-    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(file);
+  std::string References(const std::string& file) {
+    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Services().Get(), file);
     if (!opened) return opened.Message();
     BaseDocument* doc = opened.Take();
     const BaseContainer all = doc->GetAllTextures(nullptr);
@@ -234,7 +234,8 @@ TEST_F(ShaderPlacesTest, BitmapShadersAreCutWhereverTheyHangButNotOnOtherTags) {
       ->InsertShader(Shader(Xbitmap, "/p/node.png"));
   Generate(kAsSaveProjectOneFolder);
 
-  engine::Result<BaseDocument*> opened = engine::OpenSceneFile(In("out/Scene A.c4d"));
+  engine::Result<BaseDocument*> opened =
+      engine::OpenSceneFile(Services().Get(), In("out/Scene A.c4d"));
   ASSERT_TRUE(opened) << opened.Message();
   BaseDocument* doc = opened.Take();
   EXPECT_EQ(Paths(*doc->GetFirstMaterial()),

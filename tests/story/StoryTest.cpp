@@ -428,7 +428,7 @@ void Story::CloseAndComeBack() {
   EXPECT_NEAR(desk_.PluginDock()->width(), width, 2);
   EXPECT_EQ(Window().Commands().RecentFiles().value(0).toStdString(),
             desk_.Folder() + "/other.c4d");
-  const std::string kept = desktop::AutosaveRoot(desk_.Outside());
+  const std::string kept = desktop::AutosaveRoot(desk_.Services().folders);
   EXPECT_TRUE(!fs::exists(kept) || fs::is_empty(kept));
 }
 

@@ -22,8 +22,8 @@ host::String Text(const std::string& utf8) { return host::String(std::string_vie
 }  // namespace
 
 PluginSession::PluginSession(engine::ApplicationSetup setup)
-    : person_(folder_.Path() + "/user"), inUse_(person_), application_(person_, std::move(setup)) {
-  person_.SetNow(kNow);
+    : services_(folder_.Path() + "/user"), application_(services_.Get(), std::move(setup)) {
+  services_.clock.now = kNow;
   const engine::LoadReport report =
       application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
   if (report.outcome != engine::LoadOutcome::Loaded) Fail(report.message);

@@ -9,8 +9,8 @@
 
 #include "engine/application/Application.h"
 #include "engine/dialog/Dialogs.h"
-#include "engine/outside/ScriptedOutside.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace tests {
 
@@ -20,7 +20,8 @@ class PluginSession {
   ~PluginSession();
 
   const std::string& Folder() const { return folder_.Path(); }
-  engine::ScriptedOutside& Person() { return person_; }
+  ScriptedServices& Services() { return services_; }
+  ScriptedPerson& Person() { return services_.person; }
   engine::Application& App() { return application_; }
   host::GeDialog& Dialog() { return *dialog_; }
   // The active document.
@@ -50,7 +51,7 @@ class PluginSession {
   // Delivers posted events, as the host's loop does.
   void Deliver() { application_.DeliverEvents(); }
   // Answers the next question.
-  void Answer(bool yes) { person_.AnswerNext(yes); }
+  void Answer(bool yes) { Person().AnswerNext(yes); }
 
   // --- What can be seen.
   // One line a row: "[x] * Name", the mark and the star where they are.
@@ -63,7 +64,7 @@ class PluginSession {
   // The menu's check mark.
   bool Marked(host::LONG entry) const;
   // What was told, asked and shown since the last call, a line each.
-  std::string Transcript() { return person_.TakeTranscript(); }
+  std::string Transcript() { return Person().TakeTranscript(); }
 
   // --- The stores of the active document.
   host::BaseContainer Store(host::LONG id) const;
@@ -80,8 +81,7 @@ class PluginSession {
   const engine::Gadget& List() const;
 
   ScratchFolder folder_;
-  engine::ScriptedOutside person_;
-  engine::OutsideInUse inUse_;
+  ScriptedServices services_;
   engine::Application application_;
   host::GeDialog* dialog_ = nullptr;
 };

@@ -19,7 +19,7 @@ class ScratchFolder {
   std::string path_;
 };
 
-// Plain ways past the door under test. Missing files read as "(missing)".
+// Plain ways past the file system under test. Missing files read as "(missing)".
 std::string ReadText(const std::string& path);
 void WriteText(const std::string& path, const std::string& text);
 // Names of all entries below `folder`, hidden ones too, sorted and joined by blanks.

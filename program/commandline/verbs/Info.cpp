@@ -90,12 +90,12 @@ void AddRenderSettings(const host::BaseDocument& doc, Report& report) {
   }
 }
 
-void AddTextures(const host::BaseDocument& doc, Report& report) {
+void AddTextures(engine::FileSystem& files, const host::BaseDocument& doc, Report& report) {
   report.PutList("textures");
   std::vector<std::string> missing;
   const std::vector<std::string> textures = engine::TextureNames(doc);
   for (const std::string& texture : textures) {
-    const bool found = engine::IsTextureThere(doc, texture);
+    const bool found = engine::IsTextureThere(files, doc, texture);
     report.Append("textures", {{"file", texture}, {"found", found}});
     if (!found) missing.push_back(texture);
   }
@@ -141,13 +141,14 @@ void AddTree(const host::BaseDocument& doc, Report& report) {
   }
 }
 
-void AddFacts(const host::BaseDocument& doc, std::size_t marks, Report& report) {
+void AddFacts(engine::FileSystem& files, const host::BaseDocument& doc, std::size_t marks,
+              Report& report) {
   AddCounts(doc, report);
   AddNames(doc.GetFirstMaterial(), "materials", report);
   AddNames(static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()), "layers", report);
   AddRenderSettings(doc, report);
   AddCamera(doc, report);
-  AddTextures(doc, report);
+  AddTextures(files, doc, report);
   AddFact(report, "Stagemarks", std::to_string(marks));
   report.Put("stagemarks", marks);
 }
@@ -174,10 +175,11 @@ int RunInfo(Program& program, const InfoOptions& options) {
   host::BaseDocument& doc = session.Document();
   if (options.dump) return PrintDump(doc, program);
   Report report;
-  AddFacts(doc, session.Dialog().Marks().size(), report);
+  AddFacts(session.Files(), doc, session.Dialog().Marks().size(), report);
   if (options.tree) AddTree(doc, report);
   report.Print(program.json);
-  const auto missing = program.strict ? engine::MissingTextures(doc) : std::vector<std::string>();
+  const auto missing =
+      program.strict ? engine::MissingTextures(session.Files(), doc) : std::vector<std::string>();
   TellMissing(program.terminal, missing, true);
   return missing.empty() ? kDone : kFailed;
 }

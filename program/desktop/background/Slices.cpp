@@ -2,7 +2,7 @@
 
 #include <QElapsedTimer>
 
-#include "engine/outside/Outside.h"
+#include "host/Application.h"
 #include "program/desktop/background/DocumentBusy.h"
 #include "program/desktop/background/Failure.h"
 
@@ -53,7 +53,7 @@ void Slices::Advance() {
     const std::string failure = FailureOf(work_);
     Stop();
     if (failed_) failed_();
-    engine::Outside::Current().Tell(failure);
+    host::MessageDialog(host::String(failure));
   }
 }
 

@@ -28,7 +28,8 @@ class DialogDock : public QDockWidget {
 
 }  // namespace
 
-DialogDocks::DialogDocks(QMainWindow& window) : window_(window) {
+DialogDocks::DialogDocks(QMainWindow& window, engine::FileSystem& files)
+    : window_(window), files_(files) {
   engine::AddDialogObserver(*this);
   for (host::GeDialog* dialog : engine::OpenDialogs()) DialogOpened(*dialog);
 }
@@ -72,7 +73,7 @@ void DialogDocks::Remember(host::GeDialog& dialog) {
 QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   auto* dock = new DialogDock(&window_);
   dock->setObjectName("dialog-" + QString::number(engine::DialogPluginId(dialog)));
-  auto* view = new DialogView(dialog, dock);
+  auto* view = new DialogView(dialog, files_, dock);
   view->titled = [dock, &dialog] { dock->setWindowTitle(ToQt(engine::DialogTitle(dialog))); };
   view->titled();
   if (pictures::StagemarksDialog(dialog).Fits()) new StagemarksDialogExtras(*view);

@@ -13,7 +13,7 @@ namespace desktop {
 
 class DialogDocks final : private engine::DialogObserver {
  public:
-  explicit DialogDocks(QMainWindow& window);
+  DialogDocks(QMainWindow& window, engine::FileSystem& files);
   ~DialogDocks() override;
 
   // Null when the dialog is not open.
@@ -43,6 +43,7 @@ class DialogDocks final : private engine::DialogObserver {
   void Remember(host::GeDialog& dialog);
 
   QMainWindow& window_;
+  engine::FileSystem& files_;
   std::vector<Known> known_;
   // Of the dialogs that are open.
   std::unordered_map<const host::GeDialog*, QDockWidget*> docks_;

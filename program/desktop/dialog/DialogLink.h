@@ -9,6 +9,7 @@
 #include <string>
 
 #include "engine/dialog/Dialogs.h"
+#include "engine/outside/FileSystem.h"
 
 namespace desktop {
 
@@ -19,6 +20,7 @@ using AroundAct = std::function<void(host::GeDialog& dialog, const std::string& 
 
 struct DialogLink {
   host::GeDialog* dialog = nullptr;  // null once closed
+  engine::FileSystem& files;         // where the pictures of its buttons are
   // Names the element that an act of that label is about, for questions that do not; may be
   // missing.
   std::function<QString(const host::String& label)> concerns = {};

@@ -132,9 +132,9 @@ void ShowMenus(QMenuBar& bar, const SharedDialogLink& link) {
 
 }  // namespace
 
-DialogView::DialogView(host::GeDialog& dialog, QWidget* parent)
+DialogView::DialogView(host::GeDialog& dialog, engine::FileSystem& files, QWidget* parent)
     : QWidget(parent),
-      link_(std::make_shared<DialogLink>(DialogLink{&dialog})),
+      link_(std::make_shared<DialogLink>(DialogLink{&dialog, files})),
       menus_(new QMenuBar(this)),
       area_(new QScrollArea(this)) {
   auto* layout = new QVBoxLayout(this);

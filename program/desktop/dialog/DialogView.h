@@ -21,7 +21,7 @@ namespace desktop {
 
 class DialogView : public QWidget, private engine::DialogObserver {
  public:
-  DialogView(host::GeDialog& dialog, QWidget* parent);
+  DialogView(host::GeDialog& dialog, engine::FileSystem& files, QWidget* parent);
   ~DialogView() override;
 
   // Null once the dialog is closed.

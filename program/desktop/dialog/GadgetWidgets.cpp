@@ -71,8 +71,10 @@ QImage ToPicture(const engine::Image& image) {
 
 }  // namespace
 
-PictureButton::PictureButton(const engine::Gadget& gadget, QWidget* parent)
+PictureButton::PictureButton(engine::FileSystem& files, const engine::Gadget& gadget,
+                             QWidget* parent)
     : QAbstractButton(parent),
+      files_(files),
       asked_(AskedSize(gadget, fontMetrics())),
       border_(gadget.settings.GetBool(host::BITMAPBUTTON_BORDER)) {
   setAccessibleName(ToQt(gadget.text));
@@ -92,8 +94,7 @@ void PictureButton::Show(const engine::Gadget& gadget) {
 }
 
 void PictureButton::Load(const std::string& path) {
-  engine::Outside& files = engine::Outside::Current();
-  const engine::FileStamp stamp = path.empty() ? engine::FileStamp{} : files.Stamp(path);
+  const engine::FileStamp stamp = path.empty() ? engine::FileStamp{} : files_.Stamp(path);
   if (path == path_ && stamp == stamp_) return;
   path_ = path;
   stamp_ = stamp;
@@ -101,7 +102,7 @@ void PictureButton::Load(const std::string& path) {
   update();
   updateGeometry();
   if (path.empty()) return;
-  const auto bytes = files.ReadFile(path, engine::kLargestImageBytes);
+  const auto bytes = files_.ReadFile(path, engine::kLargestImageBytes);
   if (!bytes) return;
   const auto image = engine::DecodeImage(bytes.Value());
   if (image) picture_ = ToPicture(image.Value());
@@ -233,7 +234,7 @@ GadgetWidget MakeList(const SharedDialogLink& link, const Gadget& gadget, QWidge
 }
 
 GadgetWidget MakePicture(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
-  auto* picture = new PictureButton(gadget, parent);
+  auto* picture = new PictureButton(link->files, gadget, parent);
   QObject::connect(picture, &QAbstractButton::clicked, picture, [link, id = gadget.id] {
     if (link->dialog) engine::PressButton(*link->dialog, id);
   });

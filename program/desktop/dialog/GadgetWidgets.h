@@ -10,7 +10,7 @@
 #include <functional>
 
 #include "engine/dialog/Dialogs.h"
-#include "engine/outside/Outside.h"
+#include "engine/outside/FileSystem.h"
 #include "program/desktop/dialog/DialogLink.h"
 
 namespace desktop {
@@ -32,7 +32,7 @@ class NumberField : public QDoubleSpinBox {
 // more room than that. A file is read again only when it has changed.
 class PictureButton : public QAbstractButton {
  public:
-  PictureButton(const engine::Gadget& gadget, QWidget* parent);
+  PictureButton(engine::FileSystem& files, const engine::Gadget& gadget, QWidget* parent);
 
   void Show(const engine::Gadget& gadget);
   const QImage& Picture() const { return picture_; }
@@ -48,6 +48,7 @@ class PictureButton : public QAbstractButton {
   // The largest size of the picture's proportions inside `room`.
   QSize Fitted(QSize room) const;
 
+  engine::FileSystem& files_;
   QSize asked_;
   // Whether the plug-in asks for an edge around the picture.
   bool border_;

@@ -138,7 +138,7 @@ void ShowShortcuts(QMainWindow& window) {
 // The one that the plug-in's own help opens; unlike there, somebody who asks in vain is told.
 void OpenManual(MainWindow& window) {
   const std::string manual = engine::PluginFolder() + "/Stagemarks/help/SM_Manual.pdf";
-  const engine::Status opened = engine::Outside::Current().OpenWithViewer(manual);
+  const engine::Status opened = window.App().GetServices().viewer.Open(manual);
   if (!opened) window.Commands().Person().Warn("The manual cannot be shown. " + opened.Message());
 }
 

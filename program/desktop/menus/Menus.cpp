@@ -80,12 +80,12 @@ void BuildFileMenu(QMenu& menu, MainWindow& window) {
 void BuildRenderMenu(QMenu& menu, MainWindow& window) {
   QAction* render = AddEntry(menu, "&Render to Window", QKeySequence("Ctrl+R"), [&window] {
     if (const host::BaseDocument* doc = host::GetActiveDocument())
-      (new RenderWindow(&window, *doc))->show();
+      (new RenderWindow(&window, window.App().GetServices(), *doc))->show();
   });
   render->setShortcuts({QKeySequence("Ctrl+R"), QKeySequence("F9")});
   render->setIcon(Icon("render"));
-  QAction* sheet =
-      AddEntry(menu, "&Contact Sheet of All Stagemarks...", {}, [&window] { AskForSheet(window); });
+  QAction* sheet = AddEntry(menu, "&Contact Sheet of All Stagemarks...", {},
+                            [&window] { AskForSheet(window, window.App().GetServices()); });
   sheet->setIcon(Icon("sheet"));
 }
 

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <memory>
 
-#include "engine/outside/Outside.h"
 #include "engine/render/SceneScan.h"
 
 namespace desktop {
@@ -66,8 +65,12 @@ QImage CutOut(const engine::Image& image) {
 
 }  // namespace
 
-MaterialThumbnails::MaterialThumbnails(engine::RenderCaches& caches)
-    : caches_(caches), job_("the picture of a material") {}
+MaterialThumbnails::MaterialThumbnails(const engine::Services& services,
+                                       engine::RenderCaches& caches)
+    : files_(services.files),
+      person_(services.person),
+      caches_(caches),
+      job_("the picture of a material") {}
 
 void MaterialThumbnails::Listen(QObject* listener, std::function<void(engine::NodeId)> ready) {
   listeners_.emplace_back(listener, std::move(ready));
@@ -115,7 +118,7 @@ void MaterialThumbnails::MakeNext() {
 void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc,
                                host::BaseMaterial& material) {
   const MaterialPreviewScene ball(doc, material);
-  engine::SceneScan scan(ball.Document(), {}, caches_);
+  engine::SceneScan scan(ball.Document(), files_, {}, caches_);
   while (!scan.Advance(1)) {
   }
   making_ = key;
@@ -129,7 +132,7 @@ void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc,
         if (picture) *image = CutOut(picture->Current());
       },
       [this, image](const std::string& problem) {
-        if (!problem.empty()) engine::Outside::Current().ShowStatus(problem);
+        if (!problem.empty()) person_.ShowStatus(problem);
         Take(*image);
       });
 }

@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <map>
 
+#include "engine/outside/Services.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/background/BackgroundJob.h"
 #include "program/desktop/panels/MaterialPreviewScene.h"
@@ -17,8 +18,8 @@ class MaterialThumbnails {
  public:
   static constexpr int kSide = 64;  // of the pictures, in pixels of scale 1
 
-  // `caches` outlive them.
-  explicit MaterialThumbnails(engine::RenderCaches& caches);
+  // What is given outlives them.
+  MaterialThumbnails(const engine::Services& services, engine::RenderCaches& caches);
 
   // What there is now, maybe of a former state, maybe null; a new one is made when it is needed.
   // Cheap: called while painting.
@@ -47,6 +48,8 @@ class MaterialThumbnails {
   void Take(const QImage& image);
   void Tell(engine::NodeId material) const;
 
+  engine::FileSystem& files_;
+  engine::Person& person_;
   engine::RenderCaches& caches_;
   std::vector<std::pair<QPointer<QObject>, std::function<void(engine::NodeId)>>> listeners_;
   std::map<Key, Thumbnail> thumbnails_;

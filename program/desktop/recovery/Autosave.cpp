@@ -24,9 +24,11 @@ std::string NoteOf(const host::BaseDocument& doc) {
 
 }  // namespace
 
-Autosave::Autosave(const engine::Application& application, engine::Outside& outside,
-                   AutosaveRules rules)
-    : application_(application), rules_(rules), folder_(outside) {
+Autosave::Autosave(const engine::Application& application, AutosaveRules rules)
+    : application_(application),
+      rules_(rules),
+      folder_(application.GetServices()),
+      worker_(application.GetServices().ledger) {
   tick_.setInterval(std::min({kBetweenTicks, rules.pause, rules.longest}));
   connect(&tick_, &QTimer::timeout, this, [this] { Tick(); });
 }

@@ -26,8 +26,7 @@ struct AutosaveRules {
 
 class Autosave : public QObject {
  public:
-  Autosave(const engine::Application& application, engine::Outside& outside,
-           AutosaveRules rules = {});
+  explicit Autosave(const engine::Application& application, AutosaveRules rules = {});
   // Leaves what was kept, as a crash does.
   ~Autosave() override;
 

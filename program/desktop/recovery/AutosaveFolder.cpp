@@ -6,9 +6,8 @@
 
 namespace desktop {
 
-std::string AutosaveRoot(engine::Outside& outside) {
-  const std::string state = outside.StateFolder();
-  return state.empty() ? "" : state + "/autosave";
+std::string AutosaveRoot(const engine::UserFolders& folders) {
+  return folders.state.empty() ? "" : folders.state + "/autosave";
 }
 
 AutosaveFiles AutosaveFilesIn(const std::string& folder, const std::string& name) {
@@ -17,12 +16,12 @@ AutosaveFiles AutosaveFilesIn(const std::string& folder, const std::string& name
 
 engine::Status AutosaveFolder::Prepare() {
   if (held_) return {};
-  const std::string root = AutosaveRoot(outside_);
+  const std::string root = AutosaveRoot(services_.folders);
   if (root.empty()) return engine::Status::Failure("There is no home folder to keep it in.");
   const std::string folder = NewPlace(root);
-  engine::Status status = outside_.MakeFolders(folder);
+  engine::Status status = files_.MakeFolders(folder);
   if (status)
-    status = outside_.ReplaceFile(folder + kHeldFile, "process " + std::to_string(getpid()) + "\n");
+    status = files_.ReplaceFile(folder + kHeldFile, "process " + std::to_string(getpid()) + "\n");
   if (!status) return status;
   auto held = engine::HoldFile(folder + kHeldFile);
   if (!held) return held.GetStatus();
@@ -32,12 +31,12 @@ engine::Status AutosaveFolder::Prepare() {
 }
 
 std::string AutosaveFolder::NewPlace(const std::string& root) const {
-  const host::LocalFileTime now = outside_.Now();
+  const host::LocalFileTime now = services_.clock.Now();
   const QString start =
       QString::asprintf("/%04d-%02d-%02d-%02d%02d%02d-%d", now.year, now.month, now.day, now.hour,
                         now.minute, now.second, static_cast<int>(getpid()));
   std::string place = root + start.toStdString();
-  for (int more = 2; outside_.Kind(place) != engine::FileKind::Missing; ++more) {
+  for (int more = 2; files_.Kind(place) != engine::FileKind::Missing; ++more) {
     place = root + start.toStdString() + "-" + std::to_string(more);
   }
   return place;
@@ -51,21 +50,21 @@ engine::Status AutosaveFolder::Adopt(const AutosaveFiles& files, host::ULLONG do
   engine::Status status = Prepare();
   const AutosaveFiles own = FilesOf(document);
   // The note may be missing; the scene counts.
-  if (status && outside_.Kind(files.note) == engine::FileKind::File)
-    status = outside_.Rename(files.note, own.note);
-  return status ? outside_.Rename(files.scene, own.scene) : status;
+  if (status && files_.Kind(files.note) == engine::FileKind::File)
+    status = files_.Rename(files.note, own.note);
+  return status ? files_.Rename(files.scene, own.scene) : status;
 }
 
 void AutosaveFolder::Remove(host::ULLONG document) {
   if (!held_) return;
   const AutosaveFiles files = FilesOf(document);
   for (const std::string& file : {files.scene, files.note}) {
-    if (outside_.Kind(file) == engine::FileKind::File) (void)outside_.RemoveFile(file);
+    if (files_.Kind(file) == engine::FileKind::File) (void)files_.RemoveFile(file);
   }
 }
 
 void AutosaveFolder::RemoveAll() {
-  if (held_) (void)outside_.RemoveFolder(folder_);
+  if (held_) (void)files_.RemoveFolder(folder_);
   held_.Close();
 }
 

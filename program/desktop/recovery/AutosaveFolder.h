@@ -6,13 +6,13 @@
 
 #include <string>
 
-#include "engine/outside/HeldFile.h"
-#include "engine/outside/Outside.h"
+#include "engine/outside/FileLock.h"
+#include "engine/outside/Services.h"
 
 namespace desktop {
 
 // "" where the user has no state folder.
-std::string AutosaveRoot(engine::Outside& outside);
+std::string AutosaveRoot(const engine::UserFolders& folders);
 // The file in such a folder that its desktop holds.
 inline constexpr const char* kHeldFile = "/running";
 
@@ -25,7 +25,8 @@ AutosaveFiles AutosaveFilesIn(const std::string& folder, const std::string& name
 
 class AutosaveFolder {
  public:
-  explicit AutosaveFolder(engine::Outside& outside) : outside_(outside) {}
+  explicit AutosaveFolder(const engine::Services& services)
+      : files_(services.files), services_(services) {}
 
   // Makes the folder and holds it, unless that is done already.
   engine::Status Prepare();
@@ -40,7 +41,8 @@ class AutosaveFolder {
  private:
   std::string NewPlace(const std::string& root) const;
 
-  engine::Outside& outside_;
+  engine::FileSystem& files_;
+  const engine::Services& services_;
   std::string folder_;  // empty: not made yet
   engine::FileHandle held_;
 };

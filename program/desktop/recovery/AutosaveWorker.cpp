@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/RealFileSystem.h"
 #include "engine/scenefile/SceneFile.h"
 
 namespace desktop {
@@ -17,22 +17,23 @@ void AutosaveWorker::Start(AutosaveJob order, std::function<void(const engine::S
 void AutosaveWorker::End(const std::string& problem) {
   deletion_.Take(std::move(order_.copy));
   order_ = {};
-  for (engine::LedgerEntry& entry : entries_)
-    engine::Outside::Current().GetLedger().Add(std::move(entry));
+  for (engine::LedgerEntry& entry : entries_) ledger_.Add(std::move(entry));
   entries_.clear();
   std::exchange(done_, {})(problem.empty() ? status_ : engine::Status::Failure(problem));
 }
 
 void AutosaveWorker::Write() {
-  engine::RealOutside outside;
+  engine::AbsentPerson nobody;
+  engine::Ledger ledger;
+  engine::RealFileSystem files(ledger, nobody);
   const auto pieces = engine::WriteScene(*order_.copy);
   status_ = pieces.GetStatus();
-  if (pieces) status_ = outside.ReplaceFile(order_.files.note, order_.note);
+  if (pieces) status_ = files.ReplaceFile(order_.files.note, order_.note);
   if (pieces && status_) {
     const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
-    status_ = outside.ReplaceFile(order_.files.scene, views);
+    status_ = files.ReplaceFile(order_.files.scene, views);
   }
-  entries_ = outside.GetLedger().Entries();
+  entries_ = ledger.Entries();
 }
 
 }  // namespace desktop

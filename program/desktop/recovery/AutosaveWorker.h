@@ -1,6 +1,6 @@
 // AutosaveWorker: writes copies of documents to files as a background job, one at a time, through a
-// door of its own whose ledger is handed to the door in use afterwards. It owns the copy while it
-// works. Called from the main thread.
+// file system of its own, whose ledger is added to the given one afterwards. It owns the copy while
+// it works. Called from the main thread.
 #pragma once
 
 #include <functional>
@@ -19,6 +19,8 @@ struct AutosaveJob {
 
 class AutosaveWorker {
  public:
+  explicit AutosaveWorker(engine::Ledger& ledger) : ledger_(ledger) {}
+
   bool IsBusy() const { return job_.IsRunning(); }
   // Writes the note, then the scene. `done` hears on the main thread how it went. Not while it is
   // busy.
@@ -30,6 +32,7 @@ class AutosaveWorker {
   void Write();
   void End(const std::string& problem);
 
+  engine::Ledger& ledger_;
   AutosaveJob order_;
   std::function<void(const engine::Status&)> done_;
   engine::Status status_;

@@ -14,10 +14,10 @@ const std::string kSceneSuffix = ".c4d";
 
 }  // namespace
 
-LostWork::LostWork(engine::Outside& outside) : outside_(outside) {
-  const std::string root = AutosaveRoot(outside);
-  if (outside.Kind(root) != engine::FileKind::Folder) return;
-  const auto names = outside.ListFolders(root);
+LostWork::LostWork(const engine::Services& services) : files_(services.files) {
+  const std::string root = AutosaveRoot(services.folders);
+  if (files_.Kind(root) != engine::FileKind::Folder) return;
+  const auto names = files_.ListFolders(root);
   if (!names) return;
   for (const std::string& name : names.Value()) Find(root + "/" + name);
   Tidy();
@@ -30,7 +30,7 @@ void LostWork::Find(const std::string& path) {
   auto held = engine::HoldFile(path + kHeldFile);
   if (!held) return;
   folders_.push_back({path, held.Take()});
-  const auto names = outside_.ListFiles(path);
+  const auto names = files_.ListFiles(path);
   if (!names) return;
   for (const std::string& name : names.Value()) {
     if (!name.ends_with(kSceneSuffix)) continue;
@@ -41,35 +41,35 @@ void LostWork::Find(const std::string& path) {
 
 LostDocument LostWork::Describe(const AutosaveFiles& files) const {
   QJsonObject note;
-  if (outside_.Kind(files.note) == engine::FileKind::File) {
-    const auto text = outside_.ReadFile(files.note, kMostBytesOfNote);
+  if (files_.Kind(files.note) == engine::FileKind::File) {
+    const auto text = files_.ReadFile(files.note, kMostBytesOfNote);
     if (text) note = QJsonDocument::fromJson(QByteArray::fromStdString(text.Value())).object();
   }
   const QString title = note.value("title").toString("Untitled");
-  const auto kept = QDateTime::fromMSecsSinceEpoch(outside_.Stamp(files.scene).changed /
+  const auto kept = QDateTime::fromMSecsSinceEpoch(files_.Stamp(files.scene).changed /
                                                    kNanosecondsPerMillisecond);
   return {files, note.value("path").toString().toStdString(), title, kept};
 }
 
 void LostWork::Discard() {
-  for (const Folder& folder : folders_) (void)outside_.RemoveFolder(folder.path);
+  for (const Folder& folder : folders_) (void)files_.RemoveFolder(folder.path);
   folders_.clear();
   documents_.clear();
 }
 
 std::string LostWork::KeepAside(const LostDocument& document) {
   const std::string aside = document.files.scene + ".damaged";
-  return outside_.Rename(document.files.scene, aside) ? aside : document.files.scene;
+  return files_.Rename(document.files.scene, aside) ? aside : document.files.scene;
 }
 
 void LostWork::Tidy() {
   std::erase_if(folders_, [this](const Folder& folder) {
-    return IsEmpty(folder.path) && outside_.RemoveFolder(folder.path);
+    return IsEmpty(folder.path) && files_.RemoveFolder(folder.path);
   });
 }
 
 bool LostWork::IsEmpty(const std::string& folder) const {
-  const auto names = outside_.ListFiles(folder);
+  const auto names = files_.ListFiles(folder);
   const auto isScene = [](const std::string& name) {
     return name.find(kSceneSuffix) != std::string::npos;
   };

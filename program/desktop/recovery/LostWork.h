@@ -21,7 +21,7 @@ struct LostDocument {
 class LostWork {
  public:
   // Looks for it; folders in which nothing is left are removed.
-  explicit LostWork(engine::Outside& outside);
+  explicit LostWork(const engine::Services& services);
 
   // The latest first.
   const std::vector<LostDocument>& Documents() const { return documents_; }
@@ -42,7 +42,7 @@ class LostWork {
   LostDocument Describe(const AutosaveFiles& files) const;
   bool IsEmpty(const std::string& folder) const;
 
-  engine::Outside& outside_;
+  engine::FileSystem& files_;
   std::vector<Folder> folders_;
   std::vector<LostDocument> documents_;
 };

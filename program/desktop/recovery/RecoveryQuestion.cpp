@@ -65,9 +65,9 @@ void Recover(LostWork& lost, DocumentCommands& commands, Autosave& autosave) {
 
 }  // namespace
 
-void OfferLostWork(engine::Outside& outside, DocumentCommands& commands, Autosave& autosave,
+void OfferLostWork(const engine::Services& services, DocumentCommands& commands, Autosave& autosave,
                    QWidget* window) {
-  LostWork lost(outside);
+  LostWork lost(services);
   if (lost.Documents().empty()) return;
   const Answer answer = Ask(lost.Documents(), window);
   if (answer == Answer::Recover) Recover(lost, commands, autosave);

@@ -9,7 +9,7 @@ namespace desktop {
 
 // Asks where there is lost work and does what is answered. Recovered documents are open and changed
 // afterwards, and kept by `autosave`; what cannot be opened is told and stays in the state folder.
-void OfferLostWork(engine::Outside& outside, DocumentCommands& commands, Autosave& autosave,
+void OfferLostWork(const engine::Services& services, DocumentCommands& commands, Autosave& autosave,
                    QWidget* window);
 
 }  // namespace desktop

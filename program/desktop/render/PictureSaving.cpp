@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QPointer>
 
-#include "engine/outside/Outside.h"
 #include "program/desktop/FileDialogs.h"
 #include "program/desktop/background/BackgroundJob.h"
 #include "program/pictures/PictureNames.h"
@@ -21,8 +20,9 @@ namespace {
 // Writes one picture and goes when that is done, or when the program ends before.
 class Saving : public QObject {
  public:
-  Saving(QObject* owner, std::string path, std::function<void(const engine::Status&)> written)
-      : owner_(owner), path_(std::move(path)), written_(std::move(written)) {
+  Saving(QObject* owner, const engine::Services& services, std::string path,
+         std::function<void(const engine::Status&)> written)
+      : services_(services), owner_(owner), path_(std::move(path)), written_(std::move(written)) {
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             [this] { encoding_.Finish(); });
   }
@@ -42,12 +42,13 @@ class Saving : public QObject {
  private:
   void Write() {
     const engine::Status status =
-        bytes_ ? engine::Outside::Current().ReplaceFile(path_, bytes_.Value())
+        bytes_ ? services_.files.ReplaceFile(path_, bytes_.Value())
                : engine::Status::Failure("\"" + path_ + "\" was not written: " + bytes_.Message());
     if (owner_) return written_(status);
-    if (!status) engine::Outside::Current().Tell(status.Message());
+    if (!status) services_.person.Tell(status.Message());
   }
 
+  const engine::Services services_;
   QPointer<QObject> owner_;
   std::string path_;
   std::function<void(const engine::Status&)> written_;
@@ -57,9 +58,10 @@ class Saving : public QObject {
 
 }  // namespace
 
-void SavePicture(QObject* owner, std::shared_ptr<const engine::Image> picture,
-                 const std::string& path, std::function<void(const engine::Status&)> written) {
-  (new Saving(owner, path, std::move(written)))->Begin(picture);
+void SavePicture(QObject* owner, const engine::Services& services,
+                 std::shared_ptr<const engine::Image> picture, const std::string& path,
+                 std::function<void(const engine::Status&)> written) {
+  (new Saving(owner, services, path, std::move(written)))->Begin(picture);
 }
 
 }  // namespace desktop

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "engine/outside/Services.h"
 #include "engine/render/Image.h"
 
 namespace desktop {
@@ -18,7 +19,8 @@ std::optional<std::string> AskForPicture(QWidget* parent, const std::string& tit
 
 // Calls `written` on the main thread; what went wrong stands in the status. The file is written
 // also when `owner` is gone by then or the program ends; then the person is told what went wrong.
-void SavePicture(QObject* owner, std::shared_ptr<const engine::Image> picture,
-                 const std::string& path, std::function<void(const engine::Status&)> written);
+void SavePicture(QObject* owner, const engine::Services& services,
+                 std::shared_ptr<const engine::Image> picture, const std::string& path,
+                 std::function<void(const engine::Status&)> written);
 
 }  // namespace desktop

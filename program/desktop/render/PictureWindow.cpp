@@ -22,8 +22,10 @@ constexpr int kMostNotes = 6;
 
 }  // namespace
 
-PictureWindow::PictureWindow(QWidget* window, const QString& kind, const host::BaseDocument& doc)
+PictureWindow::PictureWindow(QWidget* window, const engine::Services& services, const QString& kind,
+                             const host::BaseDocument& doc)
     : QWidget(window, Qt::Window),
+      services_(services),
       view_(new PictureView(this)),
       zoom_(new QLabel(this)),
       notes_(new QLabel(this)),
@@ -109,15 +111,16 @@ void PictureWindow::SaveAs() {
 void PictureWindow::Write(const std::string& file, std::function<void(bool)> done) {
   save_->setEnabled(false);
   Say("Writing " + ToQt(file));
-  SavePicture(
-      this, picture_, file, [this, file, done = std::move(done)](const engine::Status& written) {
-        save_->setEnabled(true);
-        Say(written ? "Written: " + ToQt(file) : "Not written: " + ToQt(written.Message()));
-        if (done) done(written.Ok());
-        if (!written)
-          QMessageBox::warning(this, windowTitle(),
-                               ToQt(written.Message()) + "\n\nSave As writes it to another place.");
-      });
+  SavePicture(this, services_, picture_, file,
+              [this, file, done = std::move(done)](const engine::Status& written) {
+                save_->setEnabled(true);
+                Say(written ? "Written: " + ToQt(file) : "Not written: " + ToQt(written.Message()));
+                if (done) done(written.Ok());
+                if (!written)
+                  QMessageBox::warning(
+                      this, windowTitle(),
+                      ToQt(written.Message()) + "\n\nSave As writes it to another place.");
+              });
 }
 
 bool PictureWindow::IsToBeSaid(const std::string& note) {

@@ -11,6 +11,7 @@
 #include <memory>
 #include <set>
 
+#include "engine/outside/Services.h"
 #include "engine/render/Image.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/render/PictureView.h"
@@ -21,7 +22,8 @@ class PictureWindow : public QWidget {
  public:
   // Of a document, which may be closed meanwhile. Stands in front of `window`, which owns it; the
   // title is `kind` and the document.
-  PictureWindow(QWidget* window, const QString& kind, const host::BaseDocument& doc);
+  PictureWindow(QWidget* window, const engine::Services& services, const QString& kind,
+                const host::BaseDocument& doc);
 
   PictureView& View() { return *view_; }
   QProgressBar& Progress() { return *progress_; }
@@ -36,6 +38,7 @@ class PictureWindow : public QWidget {
   QString SaidNotes() const { return notes_->text(); }
 
  protected:
+  const engine::Services& GetServices() const { return services_; }
   // The picture that can be saved from now on, null for none.
   void Keep(std::shared_ptr<const engine::Image> picture);
   // Writes it, says how that went, and calls `done`.
@@ -53,6 +56,7 @@ class PictureWindow : public QWidget {
   void ShowZoom();
   bool IsToBeSaid(const std::string& note);
 
+  const engine::Services& services_;
   PictureView* view_;
   QHBoxLayout* buttons_ = nullptr;
   QPushButton* fit_ = nullptr;

@@ -25,9 +25,10 @@ std::string ProposedPicture(const host::BaseDocument& doc) {
 
 }  // namespace
 
-RenderWindow::RenderWindow(QWidget* window, const host::BaseDocument& doc)
-    : PictureWindow(window, "Render", doc),
-      feed_(engine::RenderCaches::Shared(), {},
+RenderWindow::RenderWindow(QWidget* window, const engine::Services& services,
+                           const host::BaseDocument& doc)
+    : PictureWindow(window, services, "Render", doc),
+      feed_(services.files, engine::RenderCaches::Shared(), {},
             [this](engine::ScenePicture scene) { Start(std::move(scene)); }),
       stop_(AddButton("Stop", "End the render and keep what is there", [this] { Stop(); })) {
   Propose(ProposedPicture(doc));

@@ -14,7 +14,7 @@ namespace desktop {
 
 class RenderWindow : public PictureWindow {
  public:
-  RenderWindow(QWidget* window, const host::BaseDocument& doc);
+  RenderWindow(QWidget* window, const engine::Services& services, const host::BaseDocument& doc);
 
   void Stop();
   bool IsFinished() const { return ended_; }

@@ -52,8 +52,12 @@ QImage Sampled(const engine::Image& image) {
 
 }  // namespace
 
-SheetMaker::SheetMaker(const host::BaseDocument& doc, std::function<void(const SheetNews&)> news)
-    : doc_(IdentityOf(&doc)), news_(std::move(news)), title_(pictures::SceneName(doc)) {
+SheetMaker::SheetMaker(engine::FileSystem& files, const host::BaseDocument& doc,
+                       std::function<void(const SheetNews&)> news)
+    : files_(files),
+      doc_(IdentityOf(&doc)),
+      news_(std::move(news)),
+      title_(pictures::SceneName(doc)) {
   child_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   connect(&child_, &QProcess::readyReadStandardOutput, this, [this] { Read(); });
   connect(&child_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
@@ -174,7 +178,7 @@ void SheetMaker::LayOut() {
   std::vector<pictures::PictureSize> sizes;
   for (const pictures::StateFacts& state : states_) sizes.push_back(state.size);
   const std::size_t named = states_.front().mark.name.empty() ? 0 : states_.size();
-  auto sheet = pictures::ContactSheet::Make(sizes, title_, pictures::SheetSubtitle(named));
+  auto sheet = pictures::ContactSheet::Make(files_, sizes, title_, pictures::SheetSubtitle(named));
   if (!sheet) return Fail(sheet.Message());
   sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
   Send(FrameKind::Note,

@@ -30,7 +30,8 @@ struct SheetNews {
 
 class SheetMaker : public QObject {
  public:
-  SheetMaker(const host::BaseDocument& doc, std::function<void(const SheetNews&)> news);
+  SheetMaker(engine::FileSystem& files, const host::BaseDocument& doc,
+             std::function<void(const SheetNews&)> news);
   ~SheetMaker() override;
 
   // Ends it; no sheet is made and nothing further is told.
@@ -51,6 +52,7 @@ class SheetMaker : public QObject {
   void Tell(double done, bool showsSheet);
   std::string NameOf(std::size_t state) const;
 
+  engine::FileSystem& files_;
   host::ULLONG doc_;
   std::function<void(const SheetNews&)> news_;
   std::string title_;

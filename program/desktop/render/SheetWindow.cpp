@@ -3,7 +3,6 @@
 #include <QFileInfo>
 #include <QMessageBox>
 
-#include "engine/outside/Outside.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/render/PictureSaving.h"
@@ -12,18 +11,18 @@
 
 namespace desktop {
 
-SheetWindow::SheetWindow(QWidget* window, const host::BaseDocument& doc, std::string file)
-    : PictureWindow(window, "Contact Sheet", doc),
+SheetWindow::SheetWindow(QWidget* window, const engine::Services& services,
+                         const host::BaseDocument& doc, std::string file)
+    : PictureWindow(window, services, "Contact Sheet", doc),
       stop_(AddButton("Stop", "End the work; no sheet is written", [this] { Stop(); })),
       folder_(AddButton("Open Folder", "Show the folder of the sheet",
                         [this] {
                           const std::string path = QFileInfo(ToQt(File())).path().toStdString();
-                          const engine::Status opened =
-                              engine::Outside::Current().OpenWithViewer(path);
+                          const engine::Status opened = GetServices().viewer.Open(path);
                           if (!opened)
                             QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
                         })),
-      maker_(doc, [this](const SheetNews& news) { Take(news); }) {
+      maker_(services.files, doc, [this](const SheetNews& news) { Take(news); }) {
   Propose(std::move(file));
   folder_->setEnabled(false);
   Say("Reading the states");
@@ -61,7 +60,7 @@ void SheetWindow::End(const QString& text) {
   Say(text);
 }
 
-void AskForSheet(QWidget& window) {
+void AskForSheet(QWidget& window, const engine::Services& services) {
   host::BaseDocument* doc = host::GetActiveDocument();
   if (!doc) return;
   const std::string folder = doc->GetDocumentPath().GetString().ToUtf8();
@@ -70,7 +69,7 @@ void AskForSheet(QWidget& window) {
       pictures::SafeFileName((scene.empty() ? "Scene" : scene) + " sheet") + ".png";
   const auto file = AskForPicture(&window, "Write the contact sheet as",
                                   (folder.empty() ? "" : folder + "/") + name);
-  if (file) (new SheetWindow(&window, *doc, *file))->show();
+  if (file) (new SheetWindow(&window, services, *doc, *file))->show();
 }
 
 }  // namespace desktop

@@ -10,7 +10,8 @@ namespace desktop {
 class SheetWindow : public PictureWindow {
  public:
   // `file`: absolute; where the sheet goes, a PNG or TIFF file by its suffix.
-  SheetWindow(QWidget* window, const host::BaseDocument& doc, std::string file);
+  SheetWindow(QWidget* window, const engine::Services& services, const host::BaseDocument& doc,
+              std::string file);
 
   void Stop();
   // Written, stopped or failed.
@@ -28,6 +29,6 @@ class SheetWindow : public PictureWindow {
 };
 
 // Asks for the file, then opens the window; does nothing when canceled.
-void AskForSheet(QWidget& window);
+void AskForSheet(QWidget& window, const engine::Services& services);
 
 }  // namespace desktop

@@ -11,9 +11,11 @@ constexpr std::size_t kMostAtOnce = 5000;
 
 }  // namespace
 
-SceneFeed::SceneFeed(engine::RenderCaches& caches, const engine::SceneReading& how,
+SceneFeed::SceneFeed(engine::FileSystem& files, engine::RenderCaches& caches,
+                     const engine::SceneReading& how,
                      std::function<void(engine::ScenePicture)> read)
-    : caches_(caches),
+    : files_(files),
+      caches_(caches),
       how_(how),
       read_(std::move(read)),
       slices_(
@@ -38,7 +40,7 @@ void SceneFeed::Forget() {
 
 void SceneFeed::Start(const host::BaseDocument& doc) {
   count_ = engine::ChangeCount(doc);
-  scan_.emplace(doc, how_, caches_);
+  scan_.emplace(doc, files_, how_, caches_);
   // Of a large scene nothing is to be had at once, and others want their turn.
   engine::NodeCount(doc) > kMostAtOnce ? slices_.Start() : slices_.StartHere();
 }

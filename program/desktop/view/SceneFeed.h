@@ -13,8 +13,8 @@ namespace desktop {
 class SceneFeed {
  public:
   // `read`: takes each scene that was read to its end.
-  SceneFeed(engine::RenderCaches& caches, const engine::SceneReading& how,
-            std::function<void(engine::ScenePicture)> read);
+  SceneFeed(engine::FileSystem& files, engine::RenderCaches& caches,
+            const engine::SceneReading& how, std::function<void(engine::ScenePicture)> read);
   // Told when a document was not read to its end: it was closed, or that failed.
   std::function<void()> lost;
 
@@ -32,6 +32,7 @@ class SceneFeed {
   // False when nothing is left to read.
   bool Advance();
 
+  engine::FileSystem& files_;
   engine::RenderCaches& caches_;
   engine::SceneReading how_;
   std::function<void(engine::ScenePicture)> read_;

@@ -37,9 +37,9 @@ const char* const kHelp =
 
 }  // namespace
 
-Viewport::Viewport(QWidget* parent)
+Viewport::Viewport(engine::FileSystem& files, QWidget* parent)
     : QWidget(parent),
-      feed_(caches_, {.editorView = true},
+      feed_(files, caches_, {.editorView = true},
             [this](engine::ScenePicture scene) { TakeScene(std::move(scene)); }),
       notice_(new CameraNotice(this)),
       worker_(caches_, [this](const PicturePass& pass) { ShowPass(pass); }) {

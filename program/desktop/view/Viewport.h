@@ -25,7 +25,7 @@ namespace desktop {
 
 class Viewport : public QWidget, public DocumentView {
  public:
-  explicit Viewport(QWidget* parent);
+  Viewport(engine::FileSystem& files, QWidget* parent);
 
   void Follow(host::BaseDocument* doc) override;
   // Reads the scene again although it has not changed, since files that it uses have.

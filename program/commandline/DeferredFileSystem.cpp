@@ -1,4 +1,4 @@
-#include "program/commandline/VerbOutside.h"
+#include "program/commandline/DeferredFileSystem.h"
 
 #include "program/commandline/Terminal.h"
 
@@ -16,12 +16,12 @@ Status Stopped(const std::string& path) {
 
 }  // namespace
 
-void VerbOutside::HoldChangesAt(const std::string& prefix) {
+void DeferredFileSystem::HoldChangesAt(const std::string& prefix) {
   holding_ = true;
   prefix_ = prefix;
 }
 
-void VerbOutside::CarryOut(const std::string& prefix) {
+void DeferredFileSystem::CarryOut(const std::string& prefix) {
   StopHolding();
   const std::vector<Change> changes = std::move(held_);
   held_.clear();
@@ -29,7 +29,7 @@ void VerbOutside::CarryOut(const std::string& prefix) {
   for (const Change& change : changes) Do(change, prefix);
 }
 
-void VerbOutside::Do(const Change& change, const std::string& prefix) {
+void DeferredFileSystem::Do(const Change& change, const std::string& prefix) {
   const auto moved = [&](const std::string& path) { return prefix + path.substr(prefix_.size()); };
   const std::string path = moved(change.path);
   if (change.operation == Operation::ReplaceFile) (void)ReplaceFile(path, change.bytes);
@@ -44,54 +44,57 @@ void VerbOutside::Do(const Change& change, const std::string& prefix) {
   (void)Rename(path, target);
 }
 
-Status VerbOutside::Hold(Change change) {
+Status DeferredFileSystem::Hold(Change change) {
   held_.push_back(std::move(change));
   return {};
 }
 
-Status VerbOutside::Written(const std::string& path, Status status) {
+Status DeferredFileSystem::Written(const std::string& path, Status status) {
   if (status && written_) written_(path);
   return status;
 }
 
-FileKind VerbOutside::DoKind(const std::string& path) {
-  return holding_ && heldFolders_.count(path) > 0 ? FileKind::Folder : RealOutside::DoKind(path);
+FileKind DeferredFileSystem::DoKind(const std::string& path) {
+  return holding_ && heldFolders_.count(path) > 0 ? FileKind::Folder : RealFileSystem::DoKind(path);
 }
 
-Status VerbOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                                  const engine::BeforePlacing& ready) {
+Status DeferredFileSystem::DoReplaceFile(const std::string& path,
+                                         std::span<const std::string_view> pieces,
+                                         const engine::BeforePlacing& ready) {
   if (Terminal::Interrupted()) return Stopped(path);
-  if (!Holds(path)) return Written(path, RealOutside::DoReplaceFile(path, pieces, ready));
+  if (!Holds(path)) return Written(path, RealFileSystem::DoReplaceFile(path, pieces, ready));
   std::string bytes;
   for (const std::string_view piece : pieces) bytes += piece;
   return Hold({Operation::ReplaceFile, path, "", std::move(bytes)});
 }
 
-Status VerbOutside::DoMakeFolder(const std::string& path) {
-  if (!Holds(path)) return RealOutside::DoMakeFolder(path);
+Status DeferredFileSystem::DoMakeFolder(const std::string& path) {
+  if (!Holds(path)) return RealFileSystem::DoMakeFolder(path);
   heldFolders_.insert(path);
   return Hold({Operation::MakeFolder, path});
 }
 
-Status VerbOutside::DoCopyFile(const std::string& from, const std::string& to, bool replace) {
+Status DeferredFileSystem::DoCopyFile(const std::string& from, const std::string& to,
+                                      bool replace) {
   if (Terminal::Interrupted()) return Stopped(to);
-  return Written(to, RealOutside::DoCopyFile(from, to, replace));
+  return Written(to, RealFileSystem::DoCopyFile(from, to, replace));
 }
 
 // What would fail now is asked at once, so that it fails with the system's own words.
-Status VerbOutside::DoRemoveFile(const std::string& path) {
-  if (!Holds(path) || DoKind(path) == FileKind::Missing) return RealOutside::DoRemoveFile(path);
+Status DeferredFileSystem::DoRemoveFile(const std::string& path) {
+  if (!Holds(path) || DoKind(path) == FileKind::Missing) return RealFileSystem::DoRemoveFile(path);
   return Hold({Operation::RemoveFile, path});
 }
 
-Status VerbOutside::DoRemoveFolder(const std::string& path) {
-  if (!Holds(path) || DoKind(path) == FileKind::Missing) return RealOutside::DoRemoveFolder(path);
+Status DeferredFileSystem::DoRemoveFolder(const std::string& path) {
+  if (!Holds(path) || DoKind(path) == FileKind::Missing)
+    return RealFileSystem::DoRemoveFolder(path);
   return Hold({Operation::RemoveFolder, path});
 }
 
-Status VerbOutside::DoRename(const std::string& from, const std::string& to) {
+Status DeferredFileSystem::DoRename(const std::string& from, const std::string& to) {
   const bool fails = DoKind(from) == FileKind::Missing || DoKind(to) != FileKind::Missing;
-  if (!Holds(from) || !Holds(to) || fails) return RealOutside::DoRename(from, to);
+  if (!Holds(from) || !Holds(to) || fails) return RealFileSystem::DoRename(from, to);
   return Hold({Operation::Rename, from, to});
 }
 

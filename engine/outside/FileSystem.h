@@ -1,7 +1,7 @@
-// Outside: the one door to files, the clock, the user's prompts, the status line, the system's
-// viewer and the folders of the user. Public functions check the path rules, call the virtual part
-// and write the ledger; the real, the scripted and the faulty door differ in the virtual part only.
-// Main thread, except Progress.
+// FileSystem: the files and folders that the program reads and writes. Public functions check the
+// path rules, call the virtual part and write the ledger, which it does not own; what lies behind
+// the virtual part is RealFileSystem, and in tests one that fails when it is told to. Main thread;
+// one of its own, with a ledger of its own, on any one thread.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,6 @@
 
 #include "engine/core/Result.h"
 #include "engine/outside/Ledger.h"
-#include "host/Files.h"
 
 namespace engine {
 
@@ -38,27 +37,18 @@ struct DiskSpace {
   std::uint64_t block = 1;  // bytes
 };
 
-// What a plug-in or a command asks a person to choose.
-struct FileQuestion {
-  host::LONG type;
-  host::LONG flags;
-  std::string title;
-  std::string proposal;  // path shown first, may be empty
-};
-
 // Asked when a file is written completely, before it takes its place; a failure leaves everything
 // as it was.
 using BeforePlacing = std::function<Status()>;
 
-class Outside {
+// Paths are absolute UTF-8 texts. Reading operations refuse relative paths; the others refuse
+// relative paths, ".." components and NUL bytes. Failure messages name the path.
+class FileSystem {
  public:
-  virtual ~Outside() = default;
-
-  // The door in use: the one of the innermost OutsideInUse, else a real one without a person.
-  static Outside& Current();
-
-  // --- Files. Paths are absolute UTF-8 texts. Reading operations refuse relative paths; the others
-  // refuse relative paths, ".." components and NUL bytes. Failure messages name the path.
+  explicit FileSystem(Ledger& ledger) : ledger_(ledger) {}
+  FileSystem(const FileSystem&) = delete;
+  FileSystem& operator=(const FileSystem&) = delete;
+  virtual ~FileSystem() = default;
 
   // Links are followed. Never fails: a refused or unreadable path is Missing. Not in the ledger.
   FileKind Kind(const std::string& path);
@@ -99,30 +89,6 @@ class Outside {
   // The same of the folders in it.
   Result<std::vector<std::string>> ListFolders(const std::string& folder);
 
-  // --- Clock.
-  virtual host::LocalFileTime Now() = 0;
-
-  // --- The person.
-  virtual void Tell(const std::string& text) = 0;
-  // True for yes.
-  virtual bool Ask(const std::string& text) = 0;
-  // Nothing when canceled.
-  virtual std::optional<std::string> ChooseFile(const FileQuestion& question) = 0;
-  virtual void ShowStatus(const std::string& text) = 0;
-  virtual void ClearStatus() = 0;
-  // Progress of long work, 0..1, with what is being done; false asks the work to stop. Any thread.
-  virtual bool Progress(double fraction, const std::string& what) = 0;
-  Status OpenWithViewer(const std::string& path);
-
-  // --- The user's folders (XDG): config, data, cache, state, each "<base>/stagemarks". Not made
-  // here.
-  virtual std::string ConfigFolder() = 0;
-  virtual std::string DataFolder() = 0;
-  virtual std::string CacheFolder() = 0;
-  virtual std::string StateFolder() = 0;
-
-  Ledger& GetLedger() { return ledger_; }
-
  protected:
   // The real work behind the public functions; paths are checked already.
   virtual FileKind DoKind(const std::string& path) = 0;
@@ -139,7 +105,6 @@ class Outside {
   virtual Status DoRename(const std::string& from, const std::string& to) = 0;
   virtual Result<std::vector<std::string>> DoListFiles(const std::string& folder) = 0;
   virtual Result<std::vector<std::string>> DoListFolders(const std::string& folder) = 0;
-  virtual Status DoOpenWithViewer(const std::string& path) = 0;
 
  private:
   // Write the ledger's entry for one operation and hand its result on.
@@ -151,20 +116,7 @@ class Outside {
   template <class Work>
   Status ChangeTwo(Operation operation, const std::string& from, const std::string& to, Work work);
 
-  Ledger ledger_;
-};
-
-// Makes `outside` the door in use while this lives, then gives the former one back. Does not own
-// it.
-class OutsideInUse {
- public:
-  explicit OutsideInUse(Outside& outside);
-  OutsideInUse(const OutsideInUse&) = delete;
-  OutsideInUse& operator=(const OutsideInUse&) = delete;
-  ~OutsideInUse();
-
- private:
-  Outside* former_;
+  Ledger& ledger_;
 };
 
 }  // namespace engine

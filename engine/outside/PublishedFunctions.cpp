@@ -1,49 +1,49 @@
-// The published functions on files and the clock.
-#include "host/Files.h"
+// The published functions on files, the clock and the person.
 
 #include <algorithm>
 
-#include "engine/outside/Outside.h"
+#include "engine/outside/Services.h"
+#include "host/Application.h"
+#include "host/Files.h"
 
 namespace host {
 namespace {
 
 using engine::FileKind;
-using engine::Outside;
+
+engine::FileSystem& Files() { return engine::PublishedServices().files; }
+engine::Person& Person() { return engine::PublishedServices().person; }
 
 std::string PathOf(const Filename& name) { return name.GetString().ToUtf8(); }
 
 }  // namespace
 
 Bool GeFExist(const Filename& name, Bool isDirectory) {
-  return Outside::Current().Kind(PathOf(name)) == (isDirectory ? FileKind::Folder : FileKind::File);
+  return Files().Kind(PathOf(name)) == (isDirectory ? FileKind::Folder : FileKind::File);
 }
 
-Bool GeFCreateDir(const Filename& folder) {
-  return Outside::Current().MakeFolder(PathOf(folder)).Ok();
-}
+Bool GeFCreateDir(const Filename& folder) { return Files().MakeFolder(PathOf(folder)).Ok(); }
 
 Bool GeFCopyFile(const Filename& from, const Filename& to, LONG flags) {
-  return Outside::Current().CopyFile(PathOf(from), PathOf(to), (flags & 1) != 0).Ok();
+  return Files().CopyFile(PathOf(from), PathOf(to), (flags & 1) != 0).Ok();
 }
 
 Bool GeFKill(const Filename& name, LONG flags) {
-  Outside& outside = Outside::Current();
   const std::string path = PathOf(name);
-  return ((flags & 1) != 0 ? outside.RemoveFolder(path) : outside.RemoveFile(path)).Ok();
+  return ((flags & 1) != 0 ? Files().RemoveFolder(path) : Files().RemoveFile(path)).Ok();
 }
 
 Bool GeFRename(const Filename& from, const Filename& to) {
-  return Outside::Current().Rename(PathOf(from), PathOf(to)).Ok();
+  return Files().Rename(PathOf(from), PathOf(to)).Ok();
 }
 
 Bool GeExecuteFile(const Filename& file) {
-  return Outside::Current().OpenWithViewer(PathOf(file)).Ok();
+  return engine::PublishedServices().viewer.Open(PathOf(file)).Ok();
 }
 
 Bool FileSelect(Filename& name, LONG type, LONG flags, const String& title) {
   const std::optional<std::string> chosen =
-      Outside::Current().ChooseFile({type, flags, title.ToUtf8(), PathOf(name)});
+      Person().ChooseFile({type, flags, title.ToUtf8(), PathOf(name)});
   if (!chosen) return FALSE;
   name = Filename(String(std::string_view(*chosen)));
   return TRUE;
@@ -59,8 +59,7 @@ void BrowseFiles::Free(BrowseFiles*& browser) {
 void BrowseFiles::Init(const Filename& folder, LONG) {
   names_.clear();
   next_ = 0;
-  const engine::Result<std::vector<std::string>> names =
-      Outside::Current().ListFiles(PathOf(folder));
+  const engine::Result<std::vector<std::string>> names = Files().ListFiles(PathOf(folder));
   if (!names) return;
   for (const std::string& name : names.Value()) names_.emplace_back(String(std::string_view(name)));
 }
@@ -74,6 +73,11 @@ Filename BrowseFiles::GetFilename() const {
   return next_ == 0 || next_ > names_.size() ? Filename() : names_[next_ - 1];
 }
 
-void GeGetCurrentTime(LocalFileTime& time) { time = Outside::Current().Now(); }
+void GeGetCurrentTime(LocalFileTime& time) { time = engine::PublishedServices().clock.Now(); }
+
+void MessageDialog(const String& text) { Person().Tell(text.ToUtf8()); }
+Bool QuestionDialog(const String& text) { return Person().Ask(text.ToUtf8()); }
+void StatusSetText(const String& text) { Person().ShowStatus(text.ToUtf8()); }
+void StatusClear() { Person().ClearStatus(); }
 
 }  // namespace host

@@ -1,28 +1,11 @@
-#include "engine/outside/Outside.h"
+#include "engine/outside/FileSystem.h"
 
 #include <algorithm>
-#include <atomic>
 
 #include "engine/outside/PathRules.h"
-#include "engine/outside/RealOutside.h"
 
 namespace engine {
-namespace {
-
-std::atomic<Outside*> inUse{nullptr};
-
-}  // namespace
-
-Outside& Outside::Current() {
-  if (Outside* outside = inUse.load()) return *outside;
-  static RealOutside fallback;
-  return fallback;
-}
-
-OutsideInUse::OutsideInUse(Outside& outside) : former_(inUse.exchange(&outside)) {}
-OutsideInUse::~OutsideInUse() { inUse.store(former_); }
-
-Status Outside::Enter(LedgerEntry entry, Status status) {
+Status FileSystem::Enter(LedgerEntry entry, Status status) {
   entry.succeeded = status.Ok();
   entry.message = status.Message();
   ledger_.Add(std::move(entry));
@@ -30,7 +13,7 @@ Status Outside::Enter(LedgerEntry entry, Status status) {
 }
 
 template <class Work>
-auto Outside::Read(Operation operation, const std::string& path, Work work) {
+auto FileSystem::Read(Operation operation, const std::string& path, Work work) {
   const Result<std::string> clean = PathForReading(path);
   using Answer = decltype(work(path));
   Answer answer = clean ? work(clean.Value()) : Answer(clean.GetStatus());
@@ -41,7 +24,7 @@ auto Outside::Read(Operation operation, const std::string& path, Work work) {
 }
 
 template <class Work>
-Status Outside::Change(Operation operation, const std::string& path, Work work) {
+Status FileSystem::Change(Operation operation, const std::string& path, Work work) {
   const Result<std::string> clean = PathForWriting(path);
   if (!clean) return Enter({operation, path, "", false, ""}, clean.GetStatus());
   const bool removes = operation == Operation::RemoveFile || operation == Operation::RemoveFolder;
@@ -50,8 +33,8 @@ Status Outside::Change(Operation operation, const std::string& path, Work work) 
 }
 
 template <class Work>
-Status Outside::ChangeTwo(Operation operation, const std::string& from, const std::string& to,
-                          Work work) {
+Status FileSystem::ChangeTwo(Operation operation, const std::string& from, const std::string& to,
+                             Work work) {
   const Result<std::string> source =
       operation == Operation::CopyFile ? PathForReading(from) : PathForWriting(from);
   const Result<std::string> target = PathForWriting(to);
@@ -62,17 +45,17 @@ Status Outside::ChangeTwo(Operation operation, const std::string& from, const st
                work(source.Value(), target.Value()));
 }
 
-FileKind Outside::Kind(const std::string& path) {
+FileKind FileSystem::Kind(const std::string& path) {
   const Result<std::string> clean = PathForReading(path);
   return clean ? DoKind(clean.Value()) : FileKind::Missing;
 }
 
-FileStamp Outside::Stamp(const std::string& path) {
+FileStamp FileSystem::Stamp(const std::string& path) {
   const Result<std::string> clean = PathForReading(path);
   return clean ? DoStamp(clean.Value()) : FileStamp();
 }
 
-std::optional<DiskSpace> Outside::Space(const std::string& path) {
+std::optional<DiskSpace> FileSystem::Space(const std::string& path) {
   const Result<std::string> clean = PathForReading(path);
   if (!clean) return std::nullopt;
   std::string there = clean.Value();
@@ -83,25 +66,25 @@ std::optional<DiskSpace> Outside::Space(const std::string& path) {
   return DoSpace(there);
 }
 
-Result<std::string> Outside::ReadFile(const std::string& path, std::uint64_t limit) {
+Result<std::string> FileSystem::ReadFile(const std::string& path, std::uint64_t limit) {
   return Read(Operation::ReadFile, path,
               [&](const std::string& clean) { return DoReadFile(clean, limit); });
 }
 
-Status Outside::ReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                            const BeforePlacing& ready) {
+Status FileSystem::ReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
+                               const BeforePlacing& ready) {
   return Change(Operation::ReplaceFile, path,
                 [&](const std::string& clean) { return DoReplaceFile(clean, pieces, ready); });
 }
 
-Status Outside::MakeFolder(const std::string& path) {
+Status FileSystem::MakeFolder(const std::string& path) {
   const Result<std::string> existing = PathForWriting(path);
   if (existing && DoKind(existing.Value()) == FileKind::Folder) return {};
   return Change(Operation::MakeFolder, path,
                 [&](const std::string& clean) { return DoMakeFolder(clean); });
 }
 
-Status Outside::MakeFolders(const std::string& path) {
+Status FileSystem::MakeFolders(const std::string& path) {
   const Result<std::string> clean = PathForWriting(path);
   if (!clean) return MakeFolder(path);
   for (std::size_t end = clean.Value().find('/', 1); end != std::string::npos;
@@ -112,45 +95,38 @@ Status Outside::MakeFolders(const std::string& path) {
   return MakeFolder(clean.Value());
 }
 
-Status Outside::CopyFile(const std::string& from, const std::string& to, bool replace) {
+Status FileSystem::CopyFile(const std::string& from, const std::string& to, bool replace) {
   return ChangeTwo(Operation::CopyFile, from, to,
                    [&](const std::string& source, const std::string& target) {
                      return DoCopyFile(source, target, replace);
                    });
 }
 
-Status Outside::RemoveFile(const std::string& path) {
+Status FileSystem::RemoveFile(const std::string& path) {
   return Change(Operation::RemoveFile, path,
                 [&](const std::string& clean) { return DoRemoveFile(clean); });
 }
 
-Status Outside::RemoveFolder(const std::string& path) {
+Status FileSystem::RemoveFolder(const std::string& path) {
   return Change(Operation::RemoveFolder, path,
                 [&](const std::string& clean) { return DoRemoveFolder(clean); });
 }
 
-Status Outside::Rename(const std::string& from, const std::string& to) {
+Status FileSystem::Rename(const std::string& from, const std::string& to) {
   return ChangeTwo(Operation::Rename, from, to,
                    [&](const std::string& source, const std::string& target) {
                      return DoRename(source, target);
                    });
 }
 
-Result<std::vector<std::string>> Outside::ListFiles(const std::string& folder) {
+Result<std::vector<std::string>> FileSystem::ListFiles(const std::string& folder) {
   return Read(Operation::ListFolder, folder,
               [&](const std::string& clean) { return DoListFiles(clean); });
 }
 
-Result<std::vector<std::string>> Outside::ListFolders(const std::string& folder) {
+Result<std::vector<std::string>> FileSystem::ListFolders(const std::string& folder) {
   return Read(Operation::ListFolder, folder,
               [&](const std::string& clean) { return DoListFolders(clean); });
-}
-
-Status Outside::OpenWithViewer(const std::string& path) {
-  const Result<std::string> clean = PathForReading(path);
-  if (!clean) return Enter({Operation::OpenViewer, path, "", false, ""}, clean.GetStatus());
-  return Enter({Operation::OpenViewer, clean.Value(), "", false, ""},
-               DoOpenWithViewer(clean.Value()));
 }
 
 }  // namespace engine

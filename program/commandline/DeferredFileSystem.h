@@ -1,7 +1,7 @@
-// VerbOutside: the real door with the manners of the command line. Changes beside the scene file
-// can be held back until the scene itself is kept, so that a trial run touches nothing; written
-// files can be counted as progress; after Ctrl-C no further file is begun. Owned by the session.
-// Main thread, except Progress.
+// DeferredFileSystem: the real files with the manners of the command line. Changes beside the scene
+// file can be held back until the scene itself is kept, so that a trial run touches nothing;
+// written files can be counted as progress; after Ctrl-C no further file is begun. Owned by the
+// session. Main thread.
 #pragma once
 
 #include <functional>
@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/RealFileSystem.h"
 
 namespace commandline {
 
-class VerbOutside : public engine::RealOutside {
+class DeferredFileSystem : public engine::RealFileSystem {
  public:
-  using engine::RealOutside::RealOutside;
+  using engine::RealFileSystem::RealFileSystem;
 
   // From now on changes of files and folders whose path begins with `prefix` are taken down and
   // answered as done.

@@ -1,4 +1,5 @@
-#include "engine/outside/FileTree.h"
+// Removing a folder with all in it, and listing one. Works on directory handles, never follows a
+// link, needs two handles however deep the tree is.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -10,6 +11,7 @@
 #include <memory>
 
 #include "engine/outside/FileHandle.h"
+#include "engine/outside/RealFileSystem.h"
 
 namespace engine {
 namespace {
@@ -138,7 +140,9 @@ Result<std::vector<std::string>> ListKind(const std::string& path, mode_t kind) 
 
 }  // namespace
 
-Status RemoveFolderTree(const std::string& path) {
+// Of a link to a folder only the link. Stops at the first thing that cannot be removed, and at the
+// edge of another file system.
+Status RealFileSystem::DoRemoveFolder(const std::string& path) {
   struct stat itself;
   struct stat target;
   if (lstat(path.c_str(), &itself) != 0 || stat(path.c_str(), &target) != 0)
@@ -150,11 +154,11 @@ Status RemoveFolderTree(const std::string& path) {
   return TreeRemoval(path).Run(folder, name);
 }
 
-Result<std::vector<std::string>> ListPlainFiles(const std::string& folder) {
+Result<std::vector<std::string>> RealFileSystem::DoListFiles(const std::string& folder) {
   return ListKind(folder, S_IFREG);
 }
 
-Result<std::vector<std::string>> ListFoldersIn(const std::string& folder) {
+Result<std::vector<std::string>> RealFileSystem::DoListFolders(const std::string& folder) {
   return ListKind(folder, S_IFDIR);
 }
 

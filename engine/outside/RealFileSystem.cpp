@@ -1,4 +1,4 @@
-#include "engine/outside/RealOutside.h"
+#include "engine/outside/RealFileSystem.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,13 +8,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <ctime>
 #include <functional>
 
-#include "engine/outside/FileTree.h"
 #include "engine/outside/PendingFile.h"
-#include "engine/outside/UserFolders.h"
-#include "engine/outside/Viewer.h"
 
 namespace engine {
 namespace {
@@ -75,29 +71,12 @@ Status CopyBytes(int from, const std::string& path, PendingFile& to,
 
 }  // namespace
 
-RealOutside::RealOutside() : absent_(std::make_unique<AbsentPerson>()), person_(absent_.get()) {}
-RealOutside::RealOutside(Person& person) : person_(&person) {}
-RealOutside::~RealOutside() = default;
-
-host::LocalFileTime RealOutside::Now() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-          local.tm_hour,        local.tm_min,     local.tm_sec};
-}
-
-std::string RealOutside::ConfigFolder() { return FindUserFolder(UserFolder::Config); }
-std::string RealOutside::DataFolder() { return FindUserFolder(UserFolder::Data); }
-std::string RealOutside::CacheFolder() { return FindUserFolder(UserFolder::Cache); }
-std::string RealOutside::StateFolder() { return FindUserFolder(UserFolder::State); }
-
-FileKind RealOutside::DoKind(const std::string& path) {
+FileKind RealFileSystem::DoKind(const std::string& path) {
   struct stat info;
   return stat(path.c_str(), &info) == 0 ? KindOfMode(info.st_mode) : FileKind::Missing;
 }
 
-Result<std::string> RealOutside::DoReadFile(const std::string& path, std::uint64_t limit) {
+Result<std::string> RealFileSystem::DoReadFile(const std::string& path, std::uint64_t limit) {
   struct stat info;
   const Result<FileHandle> file = OpenPlainFile(path, info);
   if (!file) return file.GetStatus();
@@ -118,7 +97,7 @@ Result<std::string> RealOutside::DoReadFile(const std::string& path, std::uint64
   return bytes;
 }
 
-FileStamp RealOutside::DoStamp(const std::string& path) {
+FileStamp RealFileSystem::DoStamp(const std::string& path) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) return {};
   return {static_cast<std::uint64_t>(info.st_size), Nanoseconds(info.st_mtim),
@@ -126,16 +105,17 @@ FileStamp RealOutside::DoStamp(const std::string& path) {
 }
 
 // The system's own file trees have no size, so that nothing can be said of them.
-std::optional<DiskSpace> RealOutside::DoSpace(const std::string& path) {
+std::optional<DiskSpace> RealFileSystem::DoSpace(const std::string& path) {
   struct statvfs disk;
   if (statvfs(path.c_str(), &disk) != 0 || disk.f_blocks == 0) return std::nullopt;
   const std::uint64_t block = std::max<std::uint64_t>(1, disk.f_frsize);
   return DiskSpace{disk.f_bavail * block, block};
 }
 
-Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                                  const BeforePlacing& ready) {
-  if (!person_->Writing(path)) return Stopped(path);
+Status RealFileSystem::DoReplaceFile(const std::string& path,
+                                     std::span<const std::string_view> pieces,
+                                     const BeforePlacing& ready) {
+  if (!person_.Writing(path)) return Stopped(path);
   PendingFile file(path);
   Status status = file.Begin();
   for (std::size_t i = 0; status && i < pieces.size(); ++i) status = file.Write(pieces[i]);
@@ -143,13 +123,13 @@ Status RealOutside::DoReplaceFile(const std::string& path, std::span<const std::
   return status ? file.Commit(true) : status;
 }
 
-Status RealOutside::DoMakeFolder(const std::string& path) {
+Status RealFileSystem::DoMakeFolder(const std::string& path) {
   if (mkdir(path.c_str(), 0777) == 0) return {};
   if (errno == EEXIST && DoKind(path) == FileKind::Folder) return {};
   return SystemFailure("Cannot make the folder", path);
 }
 
-Status RealOutside::DoCopyFile(const std::string& from, const std::string& to, bool replace) {
+Status RealFileSystem::DoCopyFile(const std::string& from, const std::string& to, bool replace) {
   struct stat source;
   const Result<FileHandle> file = OpenPlainFile(from, source);
   if (!file) return file.GetStatus();
@@ -158,7 +138,7 @@ Status RealOutside::DoCopyFile(const std::string& from, const std::string& to, b
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) return {};
     if (!replace) return FileFailure("Cannot write", to, "it exists already");
   }
-  const auto goOn = [&] { return person_->Writing(to); };
+  const auto goOn = [&] { return person_.Writing(to); };
   if (!goOn()) return Stopped(to);
   PendingFile copy(to);
   Status status = copy.Begin();
@@ -166,7 +146,7 @@ Status RealOutside::DoCopyFile(const std::string& from, const std::string& to, b
   return status ? copy.Commit(replace) : status;
 }
 
-Status RealOutside::DoRemoveFile(const std::string& path) {
+Status RealFileSystem::DoRemoveFile(const std::string& path) {
   struct stat info;
   if (lstat(path.c_str(), &info) != 0) return SystemFailure("Cannot remove", path);
   if (!S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode))
@@ -174,24 +154,9 @@ Status RealOutside::DoRemoveFile(const std::string& path) {
   return unlink(path.c_str()) == 0 ? Status() : SystemFailure("Cannot remove", path);
 }
 
-Status RealOutside::DoRemoveFolder(const std::string& path) { return RemoveFolderTree(path); }
-
-Status RealOutside::DoRename(const std::string& from, const std::string& to) {
+Status RealFileSystem::DoRename(const std::string& from, const std::string& to) {
   if (RenameWithoutReplacing(AT_FDCWD, from, AT_FDCWD, to)) return {};
   return SystemFailure("Cannot rename \"" + from + "\" to", to);
-}
-
-Result<std::vector<std::string>> RealOutside::DoListFiles(const std::string& folder) {
-  return ListPlainFiles(folder);
-}
-
-Result<std::vector<std::string>> RealOutside::DoListFolders(const std::string& folder) {
-  return ListFoldersIn(folder);
-}
-
-Status RealOutside::DoOpenWithViewer(const std::string& path) {
-  if (DoKind(path) == FileKind::Missing) return FileFailure("Cannot open", path, "it is not there");
-  return StartViewer(path);
 }
 
 }  // namespace engine
