@@ -12,6 +12,19 @@ namespace {
 
 Application* current = nullptr;
 
+// Counts a command as running until its scope is left, by an exception of the plug-in, too: after
+// that events must be delivered as before.
+class CommandRun {
+ public:
+  explicit CommandRun(int& depth) : depth_(depth) { ++depth_; }
+  CommandRun(const CommandRun&) = delete;
+  CommandRun& operator=(const CommandRun&) = delete;
+  ~CommandRun() { --depth_; }
+
+ private:
+  int& depth_;
+};
+
 }  // namespace
 
 Application::Application(const Services& services, ApplicationSetup setup)
@@ -57,10 +70,8 @@ bool Application::ExecuteCommand(host::LONG id) {
     if (command.id != id) continue;
     host::BaseDocument* doc = body_->documents.Active();
     if ((command.data->GetState(doc) & kEnabled) == 0) return false;
-    ++body_->commandDepth;
-    const bool done = command.data->Execute(doc);
-    --body_->commandDepth;
-    return done;
+    const CommandRun run(body_->commandDepth);
+    return command.data->Execute(doc);
   }
   return false;
 }

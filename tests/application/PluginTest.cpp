@@ -138,6 +138,17 @@ TEST_F(Plugins, EventsAreDeliveredOnceAndNotInsideACommand) {
   EXPECT_FALSE(application->ExecuteCommand(12345));
 }
 
+// Plug-ins are not to throw. Whoever catches what one has thrown goes on with an application that
+// delivers events.
+TEST_F(Plugins, EventsAreDeliveredAfterACommandHasThrown) {
+  LoadGood();
+  application->NewDocument()->SetDocumentName("throw");
+  EXPECT_THROW(application->ExecuteCommand(test_plugins::kGoodCommand), std::runtime_error);
+  EXPECT_TRUE(application->HasPendingEvents());
+  application->DeliverEvents();
+  EXPECT_FALSE(application->HasPendingEvents());
+}
+
 TEST_F(Plugins, LayoutsAreRestored) {
   LoadGood();
   EXPECT_TRUE(engine::OpenDialogs().empty());

@@ -1,5 +1,7 @@
 // A plug-in with a command, a dialog and a scene hook. It says in the status line what happens to
 // it, which can be heard after its library is closed, too.
+#include <stdexcept>
+
 #include "engine/application/Application.h"
 #include "host/Host.h"
 #include "tests/plugins/Ids.h"
@@ -30,6 +32,8 @@ class GoodCommand : public CommandData {
  public:
   ~GoodCommand() override { Record("command destroyed"); }
   Bool Execute(BaseDocument* doc) override {
+    if (doc != nullptr && doc->GetDocumentName().GetString() == String("throw"))
+      throw std::runtime_error("thrown");
     Record("execute on " +
            (doc == nullptr ? String("nothing") : doc->GetDocumentName().GetString()));
     const Bool open = dialog_.Open(DLG_TYPE_ASYNC, test_plugins::kGoodCommand, -1, -1, 0, 0, 0);
