@@ -167,7 +167,7 @@ TEST_F(WorldData, DamageIsNotedAndTheNextSettingStartsAnew) {
 
 TEST_F(WorldData, ALaterVersionIsLeftAlone) {
   ASSERT_TRUE(services.files.MakeFolders(folder));
-  const std::string later = "stagemarks preferences 2\nsomething new\n";
+  const std::string later = "stagemarks preferences 3\nsomething new\n";
   tests::WriteText(file, later);
   Preferences preferences(services.Get());
   EXPECT_EQ(preferences.Get(kId), nullptr);
@@ -177,6 +177,55 @@ TEST_F(WorldData, ALaterVersionIsLeftAlone) {
                 "\" are of a later version of this program; they stay as they are.");
   EXPECT_EQ(preferences.Get(kId)->GetLong(1), 1) << "for this session";
   EXPECT_EQ(tests::ReadText(file), later);
+}
+
+// Version 1 had a format of its own. What was kept in it is read, and written anew with the next
+// change.
+TEST_F(WorldData, FilesOfVersion1AreReadAndWrittenAnew) {
+  const std::string former =
+      "stagemarks preferences 1\n"
+      "container -5 3\n"
+      "long 1 -7\n"
+      "end\n"
+      "container 1026486 99\n"
+      "real 10 0.713\n"
+      "real 11 -inf\n"
+      "string 12 two%0alines 100%25\n"
+      "filename 13 /a/b.c4d\n"
+      "time 14 25 30\n"
+      "vector 15 1 -2.5 1e+300\n"
+      "link 16 18446744073709551615\n"
+      "nil 17\n"
+      "container 205 -7\n"
+      "long -1 2\n"
+      "end\n"
+      "end\n"
+      "checksum 62ff217210972222\n";
+  ASSERT_TRUE(services.files.MakeFolders(folder));
+  tests::WriteText(file, former);
+  BaseContainer expected(99);
+  expected.SetReal(10, 0.713);
+  expected.SetReal(11, -Reals::infinity());
+  expected.SetString(12, "two\nlines 100%");
+  expected.SetFilename(13, "/a/b.c4d");
+  expected.SetTime(14, host::BaseTime(25, 30));
+  expected.SetVector(15, host::Vector(1, -2.5, 1e300));
+  expected.SetData(16, engine::LinkValue(~0ULL));
+  expected.SetData(17, GeData());
+  BaseContainer inner(-7);
+  inner.SetLong(-1, 2);
+  expected.SetContainer(205, inner);
+  Preferences preferences(services.Get());
+  ASSERT_NE(preferences.Get(kId), nullptr);
+  EXPECT_TRUE(engine::Identical(*preferences.Get(kId), expected));
+  EXPECT_EQ(tests::ReadText(file), former) << "reading changes nothing";
+  ASSERT_TRUE(preferences.Set(5, Simple(5), false));
+  EXPECT_EQ(tests::ReadText(file).rfind("stagemarks preferences 2 ", 0), 0U);
+  EXPECT_EQ(Stored(-5), -7);
+  Preferences reader(services.Get());
+  ASSERT_NE(reader.Get(kId), nullptr);
+  EXPECT_TRUE(engine::Identical(*reader.Get(kId), expected));
+  EXPECT_EQ(tests::Names(folder), "preferences");
 }
 
 TEST_F(WorldData, WithoutAUserFolderNothingIsWritten) {
