@@ -209,6 +209,23 @@ int ChevronTurns(QStyle::PrimitiveElement element) {
   }
 }
 
+void DrawTabClose(QPainter& painter, const QStyleOption& option) {
+  if (Is(option, QStyle::State_MouseOver))
+    DrawBox(painter, option.rect, PresentTheme().litButton, PresentTheme().litButton);
+  Icon("close").paint(&painter, option.rect.adjusted(2, 2, -2, -2));
+}
+
+// Everything but tool buttons and tabs shows the focus in its own edge.
+void DrawFocus(QPainter& painter, const QStyleOption& option, const QWidget* widget) {
+  if (qobject_cast<const QToolButton*>(widget) || qobject_cast<const QTabBar*>(widget))
+    DrawRing(painter, option.rect);
+}
+
+bool HasFrame(const QStyleOption& option) {
+  const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(&option);
+  return frame && frame->lineWidth > 0;
+}
+
 // The controls are drawn flat, with thin edges, and an edge of the accent color around what has the
 // keyboard focus. Everything else is the toolkit's Fusion style.
 class ApplicationStyle : public QProxyStyle {
@@ -241,19 +258,14 @@ void ApplicationStyle::drawPrimitive(PrimitiveElement element, const QStyleOptio
     case PE_IndicatorItemViewItemCheck:
       return DrawCheckBox(*painter, *option);
     case PE_IndicatorTabClose:
-      if (Is(*option, State_MouseOver))
-        DrawBox(*painter, option->rect, PresentTheme().litButton, PresentTheme().litButton);
-      return Icon("close").paint(painter, option->rect.adjusted(2, 2, -2, -2));
+      return DrawTabClose(*painter, *option);
     case PE_IndicatorMenuCheckMark:
       return DrawTick(*painter, option->rect,
                       Is(*option, State_Enabled) ? PresentTheme().accent : PresentTheme().faint);
     case PE_IndicatorRadioButton:
       return DrawRadioButton(*painter, *option);
     case PE_FrameFocusRect:
-      // Everything else shows it in its own edge.
-      if (qobject_cast<const QToolButton*>(widget) || qobject_cast<const QTabBar*>(widget))
-        DrawRing(*painter, option->rect);
-      return;
+      return DrawFocus(*painter, *option, widget);
     case PE_IndicatorArrowDown:
     case PE_IndicatorArrowUp:
     case PE_IndicatorArrowLeft:
@@ -268,10 +280,7 @@ void ApplicationStyle::drawPrimitive(PrimitiveElement element, const QStyleOptio
     case PE_PanelButtonTool:
       return DrawToolButton(*painter, *option);
     case PE_PanelLineEdit:
-      if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
-          frame && frame->lineWidth > 0) {
-        return DrawField(*painter, *option, false);
-      }
+      if (HasFrame(*option)) return DrawField(*painter, *option, false);
       break;
     default:
       break;
@@ -490,7 +499,8 @@ QString SheetOf(const Theme& theme) {
 }  // namespace
 
 void ApplyTheme(QApplication&) {
-  QApplication::setStyle(new ApplicationStyle);
+  static QStyle* const style = new ApplicationStyle;  // the application owns it from here on
+  QApplication::setStyle(style);
   ShowTheme(DarkTheme());
 }
 
