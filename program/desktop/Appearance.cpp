@@ -1,6 +1,5 @@
 #include "program/desktop/Appearance.h"
 
-#include <QActionGroup>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -70,18 +69,17 @@ constexpr int kLightName = 2;
 }  // namespace
 
 AppearanceMenu::AppearanceMenu(QMenu& menu, Settings& settings, QObject* parent)
-    : QObject(parent), settings_(settings) {
+    : QObject(parent), settings_(settings), group_(nullptr) {
   const QString kept = settings.Texts(kWanted).value(0);
   for (const Wanted wanted : {Wanted::Dark, Wanted::Light}) {
     if (kept == kNames[static_cast<int>(wanted)]) wanted_ = wanted;
   }
   systemIsLight_ = settings.Texts(kOfSystem).value(0) == kNames[kLightName];
   QMenu* looks = menu.addMenu("A&ppearance");
-  auto* group = new QActionGroup(looks);
   Add(*looks, "As the &System", Wanted::AsSystem);
   Add(*looks, "&Dark", Wanted::Dark);
   Add(*looks, "&Light", Wanted::Light);
-  for (QAction* action : looks->actions()) group->addAction(action);
+  for (QAction* action : looks->actions()) group_.addAction(action);
   Show();
 }
 

@@ -2,6 +2,7 @@
 // the question to the system. Main thread.
 #pragma once
 
+#include <QActionGroup>
 #include <QMenu>
 #include <QObject>
 #include <functional>
@@ -46,6 +47,7 @@ class AppearanceMenu : public QObject {
   void Show();
 
   Settings& settings_;
+  QActionGroup group_;  // one of the entries is chosen
   Wanted wanted_ = Wanted::AsSystem;
   bool systemIsLight_ = false;
 };
