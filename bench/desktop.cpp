@@ -324,11 +324,11 @@ void MeasureEdits(desktop::MainWindow& window, const Seconds& plain) {
 }
 
 // Its first states, for some seconds.
-void MeasureSheet(const Seconds& plain) {
+void MeasureSheet(engine::FileSystem& files, const Seconds& plain) {
   constexpr double kSeconds = 3;
   int states = 0;
   Turns turns;
-  desktop::SheetMaker maker(*host::GetActiveDocument(),
+  desktop::SheetMaker maker(files, *host::GetActiveDocument(),
                             [&](const desktop::SheetNews&) { ++states; });
   const double begin = PassedSeconds();
   while (PassedSeconds() - begin < kSeconds)
@@ -351,7 +351,7 @@ void MeasureWindow(desktop::MainWindow& window, const std::string& path, const S
   Print("record", Watch([] { Record("At the window"); }), plain.at("record"),
         "the dialog without a window");
   Print("recall", Watch([] { Recall(0); }), plain.at("recall"), "the dialog without a window");
-  MeasureSheet(plain);
+  MeasureSheet(window.App().GetServices().files, plain);
   BaseDocument* copy = nullptr;
   desktop::DeferredDeletion deletion;
   const double cloning = Measure(&MainThreadSeconds, [&] {

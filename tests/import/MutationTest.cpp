@@ -65,7 +65,8 @@ TEST_F(Mutation, DamagedFilesGiveASceneOrAMessage) {
     for (int i = 0; i < kFilesPerScene; ++i) {
       const std::string file = folder_ / (std::to_string(i) + fs::path(name).extension().string());
       WriteText(file, Mutated(whole));
-      engine::Result<engine::Imported> imported = engine::ImportScene(file, IMPORT_WORKER, limits);
+      engine::Result<engine::Imported> imported =
+          engine::ImportScene(services_.Get(), file, IMPORT_WORKER, limits);
       ++(imported ? scenes : refusals);
       if (imported) {
         host::BaseDocument::Free(imported.Value().document);

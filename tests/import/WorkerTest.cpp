@@ -96,8 +96,8 @@ TEST_F(Worker, MemoryIsLimited) {
   engine::ImportLimits limits;
   for (const std::uint64_t megabytes : {1, 8, 64, 128}) {
     limits.memoryBytes = megabytes << 20;
-    engine::Result<engine::Imported> imported =
-        engine::ImportScene(SceneFile("scenes/dungeon/dungeon.gltf"), IMPORT_WORKER, limits);
+    engine::Result<engine::Imported> imported = engine::ImportScene(
+        services_.Get(), SceneFile("scenes/dungeon/dungeon.gltf"), IMPORT_WORKER, limits);
     if (imported) {
       host::BaseDocument::Free(imported.Value().document);
     } else {
