@@ -56,7 +56,7 @@ bool SceneFeed::Advance() {
   if (!doc) return GiveUp(), false;
   if (engine::ChangeCount(*doc) != count_) {
     count_ = engine::ChangeCount(*doc);
-    scan_.emplace(*doc, how_, caches_);
+    scan_.emplace(*doc, files_, how_, caches_);
   }
   if (!scan_->Advance(kObjectsAtOnce)) return true;
   engine::ScenePicture scene = scan_->Take();
