@@ -25,7 +25,8 @@
 #include "engine/editing/Selection.h"
 #include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NewNodes.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/undo/Undo.h"
 #include "program/desktop/ApplicationStyle.h"
@@ -176,7 +177,6 @@ void OpenPlainly(const engine::Services& services, const std::string& path) {
   auto picture = engine::PictureInProgress::Begin(*doc.Value(), services.files, setup, caches);
   Require(picture.Ok(), picture.Message().c_str());
   Require(picture.Value()->Refine([](double) { return true; }), "no picture");
-  BaseDocument::Free(doc.Value());
 }
 
 void MeasureEdits(BaseDocument& doc, Seconds& plain) {
@@ -352,14 +352,13 @@ void MeasureWindow(desktop::MainWindow& window, const std::string& path, const S
         "the dialog without a window");
   Print("recall", Watch([] { Recall(0); }), plain.at("recall"), "the dialog without a window");
   MeasureSheet(window.App().GetServices().files, plain);
-  BaseDocument* copy = nullptr;
+  engine::OwnedDocument copy;
   desktop::DeferredDeletion deletion;
-  const double cloning = Measure(&MainThreadSeconds, [&] {
-    copy = static_cast<BaseDocument*>(host::GetActiveDocument()->GetClone(1024, nullptr));
-  });
+  const double cloning =
+      Measure(&MainThreadSeconds, [&] { copy = engine::CopyOf(*host::GetActiveDocument()); });
   const double writing =
       Measure(&MainThreadSeconds, [&] { Require(engine::WriteScene(*copy).Ok(), "not written"); });
-  const InWindow freeing = Watch([&] { deletion.Take(desktop::OwnedDocument(copy)); });
+  const InWindow freeing = Watch([&] { deletion.Take(std::move(copy)); });
   Print("autosave", {cloning + freeing.all, std::max(cloning, freeing.longest)}, writing,
         "writing it on the main thread");
   Print("save",

@@ -14,7 +14,8 @@
 
 #include "engine/application/Application.h"
 #include "engine/dialog/Dialogs.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/TreeWalk.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "tests/support/ScriptedServices.h"

@@ -10,7 +10,7 @@
 #include "engine/outside/SystemServices.h"
 #include "engine/render/Primitives.h"
 #include "engine/render/Renderer.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "host/Host.h"
 #include "tests/support/SceneBuilder.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/scene/Nodes.h"
+#include "engine/core/ContainerAccess.h"
 #include "engine/scenefile/SceneFile.h"
 
 namespace {
@@ -62,8 +62,8 @@ BaseContainer StateOf(const BaseDocument& doc, States states, LONG state) {
   return records;
 }
 
-BaseDocument* Scene(LONG objects, States states) {
-  BaseDocument* doc = BaseDocument::Alloc();
+engine::OwnedDocument Scene(LONG objects, States states) {
+  engine::OwnedDocument doc(BaseDocument::Alloc());
   for (LONG i = 0; i < objects; ++i) doc->AppendObject(BaseObject::Alloc(host::Onull));
   BaseContainer state;
   for (LONG i = 0; states != States::None && i < kStates; ++i) {
@@ -128,20 +128,19 @@ std::string Save(const BaseDocument& doc) {
 
 void Measure(const char* name, LONG objects, States states) {
   std::printf("%s, %d objects\n", name, objects);
-  BaseDocument* doc = Scene(objects, states);
+  engine::OwnedDocument doc = Scene(objects, states);
   std::string bytes;
   const double save = Seconds([&] { bytes = Save(*doc); });
   Print("save", save, objects, PerObject(static_cast<double>(bytes.size()), objects));
-  BaseDocument::Free(doc);
+  doc.reset();
   const double before = MemoryInUse();
   const double open = Seconds([&] {
-    const auto opened = engine::ReadScene(bytes);
+    auto opened = engine::ReadScene(bytes);
     if (!opened) std::abort();
-    doc = opened.Value();
+    doc = opened.Take();
   });
   Print("open", open, objects, PerObject(MemoryInUse() - before, objects) + " of memory");
   Plain(objects, states);
-  BaseDocument::Free(doc);
 }
 
 }  // namespace

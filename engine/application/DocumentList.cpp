@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "engine/scene/DocumentChain.h"
+#include "engine/scene/DocumentState.h"
 
 namespace engine {
 

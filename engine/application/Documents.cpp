@@ -5,7 +5,7 @@
 #include "engine/application/TexturesOnMove.h"
 #include "engine/import/EmbeddedTextures.h"
 #include "engine/import/Import.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "engine/scenefile/SceneFile.h"
 
 namespace engine {
@@ -20,12 +20,12 @@ std::string SavedPath(const host::BaseDocument& doc) {
   return (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
 }
 
-Result<host::BaseDocument*> Import(const ApplicationBody& body, const std::string& path,
-                                   std::vector<std::string>* notes) {
+Result<OwnedDocument> Import(const ApplicationBody& body, const std::string& path,
+                             std::vector<std::string>* notes) {
   Result<Imported> imported = ImportScene(body.services, path, body.setup.importWorker);
   if (!imported) return imported.GetStatus();
   if (notes != nullptr) *notes = std::move(imported.Value().notes);
-  return imported.Value().document;
+  return std::move(imported.Value().document);
 }
 
 // Remembers the file of a document and forgets those of documents that are no more.
@@ -157,12 +157,13 @@ Result<host::BaseDocument*> Application::OpenDocument(const std::string& path,
                                                       std::vector<std::string>* notes) {
   FileAsRead file;
   const bool imports = IsImportable(path);
-  Result<host::BaseDocument*> doc =
+  Result<OwnedDocument> read =
       imports ? Import(*body_, path, notes) : OpenSceneFile(body_->services, path, &file);
-  if (!doc) return doc;
-  body_->documents.Insert(doc.Value());
-  if (!imports) Know(*body_, *doc.Value(), path, file);
-  body_->documents.Activate(doc.Value());
+  if (!read) return read.GetStatus();
+  host::BaseDocument* const doc = read.Take().release();
+  body_->documents.Insert(doc);
+  if (!imports) Know(*body_, *doc, path, file);
+  body_->documents.Activate(doc);
   host::EventAdd();
   return doc;
 }

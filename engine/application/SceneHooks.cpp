@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentListener.h"
 
 namespace engine {
 namespace {

@@ -2,6 +2,7 @@
 
 #include "engine/render/TextureSearch.h"
 #include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/ShaderWalk.h"
 
 namespace engine {

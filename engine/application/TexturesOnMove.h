@@ -7,8 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "engine/core/ContainerAccess.h"
 #include "engine/outside/FileSystem.h"
-#include "engine/scene/Nodes.h"
+#include "host/BaseDocument.h"
 
 namespace engine {
 

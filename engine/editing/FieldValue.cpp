@@ -5,8 +5,8 @@
 #include "engine/editing/LayerCommands.h"
 #include "engine/editing/MaterialCommands.h"
 #include "engine/editing/ObjectFrame.h"
+#include "engine/scene/ElementState.h"
 #include "engine/scene/NodeFactory.h"
-#include "engine/scene/Nodes.h"
 #include "host/Application.h"
 #include "host/Parameters.h"
 

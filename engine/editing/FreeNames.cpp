@@ -1,4 +1,6 @@
 #include "engine/editing/FreeNames.h"
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/TreeWalk.h"
 
 namespace engine {
 

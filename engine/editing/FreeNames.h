@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "engine/scene/Nodes.h"
+#include "host/BaseList2D.h"
 
 namespace engine {
 

@@ -1,5 +1,10 @@
 #include "engine/editing/InspectedElements.h"
 
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
+
 namespace engine {
 
 namespace {

@@ -7,7 +7,8 @@
 #include <memory>
 #include <vector>
 
-#include "engine/scene/Nodes.h"
+#include "engine/core/ContainerAccess.h"
+#include "host/BaseDocument.h"
 
 namespace engine {
 

@@ -1,5 +1,7 @@
 #include "engine/editing/LayerCommands.h"
 
+#include "engine/scene/NewNodes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Application.h"
 
 namespace engine {

@@ -1,6 +1,8 @@
 #include "engine/editing/MaterialCommands.h"
 
 #include "engine/editing/FreeNames.h"
+#include "engine/scene/NewNodes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Application.h"
 #include "host/Parameters.h"
 

@@ -6,6 +6,8 @@
 #include "engine/editing/Selection.h"
 #include "engine/scene/Frames.h"
 #include "engine/scene/JointCopy.h"
+#include "engine/scene/NewNodes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Application.h"
 #include "host/Parameters.h"
 

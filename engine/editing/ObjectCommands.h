@@ -9,7 +9,6 @@
 
 #include "engine/editing/StepwiseEdit.h"
 #include "engine/scene/EditorView.h"
-#include "engine/scene/Nodes.h"
 
 namespace engine {
 

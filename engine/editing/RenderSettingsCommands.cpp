@@ -1,6 +1,6 @@
 #include "engine/editing/RenderSettingsCommands.h"
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NewNodes.h"
 #include "engine/undo/Undo.h"
 #include "host/Application.h"
 #include "host/Parameters.h"

@@ -3,6 +3,9 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "engine/scene/ElementState.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Application.h"
 
 namespace engine {

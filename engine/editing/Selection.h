@@ -4,7 +4,12 @@
 
 #include <vector>
 
-#include "engine/scene/Nodes.h"
+#include "host/BaseDocument.h"
+#include "host/BaseList2D.h"
+#include "host/BaseMaterial.h"
+#include "host/BaseObject.h"
+#include "host/BaseTag.h"
+#include "host/LayerObject.h"
 
 namespace engine {
 

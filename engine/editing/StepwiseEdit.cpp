@@ -31,10 +31,10 @@ void StepwiseRun::Stop() {
   scope_.Cancel();
 }
 
-bool RunWhole(host::BaseDocument& doc, StepwiseEdit edit, const GoOn& goOn) {
+bool RunWhole(host::BaseDocument& doc, StepwiseEdit edit, const ProgressCallback& progress) {
   StepwiseRun run(doc, std::move(edit));
   do {
-    if (goOn && !goOn(run.Share())) return false;
+    if (progress && !progress(run.Share())) return false;
   } while (run.Advance());
   return true;
 }

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "engine/core/GoOn.h"
+#include "engine/core/Progress.h"
 #include "engine/undo/Undo.h"
 
 namespace engine {
@@ -45,8 +45,8 @@ class StepwiseRun {
   UndoScope scope_;
 };
 
-// All of it without a pause, asking `goOn` before each step. False when that stopped it, and
+// All of it without a pause, asking `progress` before each step. False when that stopped it, and
 // everything is as before.
-bool RunWhole(host::BaseDocument& doc, StepwiseEdit edit, const GoOn& goOn = {});
+bool RunWhole(host::BaseDocument& doc, StepwiseEdit edit, const ProgressCallback& progress = {});
 
 }  // namespace engine

@@ -1,5 +1,7 @@
 #include "engine/editing/StoredStates.h"
 
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "host/BaseDocument.h"
 #include "host/RenderData.h"
 

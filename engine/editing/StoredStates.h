@@ -5,7 +5,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "engine/scene/Nodes.h"
+#include "engine/core/ContainerAccess.h"
+#include "host/BaseDocument.h"
 
 namespace engine {
 

@@ -13,7 +13,7 @@
 
 #include "engine/core/Result.h"
 #include "engine/outside/Services.h"
-#include "host/BaseDocument.h"
+#include "engine/scene/Ownership.h"
 
 namespace engine {
 
@@ -25,8 +25,7 @@ struct ImportLimits {
 };
 
 struct Imported {
-  // Owned by the caller; path and name as if saved beside the source, suffix c4d
-  host::BaseDocument* document = nullptr;
+  OwnedDocument document;          // path and name as if saved beside the source, suffix c4d
   std::vector<std::string> notes;  // what was lost or mended, for a person
 };
 

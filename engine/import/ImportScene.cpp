@@ -11,7 +11,8 @@
 #include "engine/import/SourceCheck.h"
 #include "engine/import/TextureFiles.h"
 #include "engine/import/WorkerProcess.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scenefile/SceneFile.h"
 
 namespace engine {
@@ -155,13 +156,13 @@ Result<Imported> ImportScene(const Services& services, const std::string& path,
   const std::string why = WhyNot(outcome, received, limits);
   if (!why.empty()) return Failed(path, why);
   bool stopped = false;
-  const auto goOn = [&](double) {
+  const auto progress = [&](double) {
     return !(stopped = !services.person.Progress(1, received.What()));
   };
-  const Result<host::BaseDocument*> scene = ReadScene(received.Scene(), 0, goOn);
+  Result<OwnedDocument> scene = ReadScene(received.Scene(), 0, progress);
   if (stopped) return Failed(path, "The import was stopped.");
   if (!scene) return Failed(path, "The importer's answer is damaged: " + scene.Message());
-  Imported imported{scene.Value(), std::move(received.NotesSent())};
+  Imported imported{scene.Take(), std::move(received.NotesSent())};
   SetOrigin(path, *imported.document);
   for (const std::string& note : ResolveTextures(services.files, *imported.document, path))
     imported.notes.push_back(note);

@@ -14,21 +14,6 @@
 namespace engine {
 namespace {
 
-// A document that ends with its scope.
-class OwnDocument {
- public:
-  OwnDocument() : doc_(host::BaseDocument::Alloc()) {
-    if (doc_ == nullptr) throw std::bad_alloc();
-  }
-  OwnDocument(const OwnDocument&) = delete;
-  OwnDocument& operator=(const OwnDocument&) = delete;
-  ~OwnDocument() { host::BaseDocument::Free(doc_); }
-  host::BaseDocument& Get() { return *doc_; }
-
- private:
-  host::BaseDocument* doc_;
-};
-
 // Sends thousandths, each once; false when nobody listens any more.
 class ProgressSender {
  public:
@@ -53,14 +38,14 @@ Status SendScene(const host::BaseDocument& doc, FrameWriter& output) {
 }
 
 Status Work(const std::string& path, FrameWriter& output) {
-  OwnDocument doc;
+  const OwnedDocument doc(host::BaseDocument::Alloc());
   AllowReadingOnly(FolderFiles::FoldersOf(path));
   ProgressSender progress(output);
   const auto notes =
-      ReadForeignScene(path, doc.Get(), [&](double fraction) { return progress.Tell(fraction); });
+      ReadForeignScene(path, *doc, [&](double fraction) { return progress.Tell(fraction); });
   if (!notes) return notes.GetStatus();
   for (const std::string& note : notes.Value()) output.Write(FrameKind::Note, note);
-  return SendScene(doc.Get(), output);
+  return SendScene(*doc, output);
 }
 
 Status WorkGuarded(const std::string& path, FrameWriter& output) {

@@ -5,7 +5,9 @@
 
 #include "engine/import/Axes.h"
 #include "engine/import/MeshConversion.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/ElementState.h"
+#include "engine/scene/NodeTypes.h"
 #include "host/BaseTag.h"
 #include "host/Parameters.h"
 #include "host/RenderData.h"

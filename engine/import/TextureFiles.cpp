@@ -8,7 +8,7 @@
 
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/ShaderWalk.h"
-#include "engine/scene/TextureFolders.h"
+#include "host/BaseMaterial.h"
 
 namespace engine {
 namespace {

@@ -72,7 +72,7 @@ Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
 }
 
 Result<FileLock> FileLock::Take(const std::string& path, std::chrono::milliseconds longest,
-                                const GoOn& goOn) {
+                                const ProgressCallback& progress) {
   const auto begin = std::chrono::steady_clock::now();
   for (;;) {
     Result<std::optional<FileLock>> lock = Try(path);
@@ -83,7 +83,7 @@ Result<FileLock> FileLock::Take(const std::string& path, std::chrono::millisecon
       return FileFailure("Cannot change", path, "another program is changing it");
     const double share =
         std::chrono::duration<double>(waited) / std::chrono::duration<double>(longest);
-    if (goOn && !goOn(std::min(share, 1.0)))
+    if (progress && !progress(std::min(share, 1.0)))
       return FileFailure("Did not change", path, "the waiting was stopped");
     std::this_thread::sleep_for(kBetweenTries);
   }

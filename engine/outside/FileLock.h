@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "engine/core/GoOn.h"
+#include "engine/core/Progress.h"
 #include "engine/core/Result.h"
 #include "engine/outside/FileHandle.h"
 
@@ -24,10 +24,10 @@ class FileLock {
   // At once; nothing where somebody else has the lock. Links are followed. Fails where the file
   // cannot be opened.
   static Result<std::optional<FileLock>> Try(const std::string& path);
-  // Waits for it at most that long; `goOn` is asked meanwhile with the share of the time that has
-  // passed. Fails when the time is over or `goOn` answers false.
+  // Waits for it at most that long; `progress` is asked meanwhile with the share of the time that has
+  // passed. Fails when the time is over or `progress` answers false.
   static Result<FileLock> Take(const std::string& path, std::chrono::milliseconds longest,
-                               const GoOn& goOn = {});
+                               const ProgressCallback& progress = {});
 
   // Whether it is on the file that `path` leads to now.
   bool Covers(const std::string& path) const;

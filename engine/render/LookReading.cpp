@@ -4,7 +4,8 @@
 
 #include "engine/render/TextureSearch.h"
 #include "engine/scene/EmbeddedFiles.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 
 namespace engine {

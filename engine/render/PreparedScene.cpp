@@ -35,12 +35,12 @@ void TakeTextures(ScenePicture& scene, RenderCaches& caches) {
   }
 }
 
-bool TakeGeometry(ScenePicture& scene, RenderCaches& caches, const GoOn& goOn) {
+bool TakeGeometry(ScenePicture& scene, RenderCaches& caches, const ProgressCallback& progress) {
   std::size_t droppedTriangles = 0;
   std::size_t emptyObjects = 0;
   for (std::size_t i = 0; i < scene.instances.size(); ++i) {
     const double done = static_cast<double>(i) / static_cast<double>(scene.instances.size());
-    if (goOn && i % kStride == 0 && !goOn(done)) return false;
+    if (progress && i % kStride == 0 && !progress(done)) return false;
     Instance& instance = scene.instances[i];
     instance.geometry = caches.GeometryOf(instance.mesh);
     if (!instance.geometry) {
@@ -68,20 +68,20 @@ std::vector<NodeId> ObjectsOf(const ScenePicture& scene) {
 
 }  // namespace
 
-bool Prepare(ScenePicture& scene, RenderCaches& caches, const GoOn& goOn) {
+bool Prepare(ScenePicture& scene, RenderCaches& caches, const ProgressCallback& progress) {
   TakeTextures(scene, caches);
-  const bool whole = TakeGeometry(scene, caches, goOn);
+  const bool whole = TakeGeometry(scene, caches, progress);
   caches.TidyGeometry();
   return whole;
 }
 
 Result<std::shared_ptr<const PreparedScene>> PreparedScene::Make(ScenePicture scene,
                                                                  RenderCaches& caches,
-                                                                 const GoOn& goOn) {
+                                                                 const ProgressCallback& progress) {
   using Answer = Result<std::shared_ptr<const PreparedScene>>;
   if (!caches.Device()) return Answer::Failure("The ray tracer could not be started.");
   try {
-    if (!Prepare(scene, caches, goOn)) return Answer::Failure("The picture was stopped.");
+    if (!Prepare(scene, caches, progress)) return Answer::Failure("The picture was stopped.");
     std::shared_ptr<const PreparedScene> made(new PreparedScene(std::move(scene), caches.Device()));
     if (caches.TakeError())
       return Answer::Failure("There is not enough memory for the geometry of the scene.");

@@ -3,21 +3,21 @@
 // looking: any thread.
 #pragma once
 
-#include "engine/core/GoOn.h"
+#include "engine/core/Progress.h"
 #include "engine/render/RayScene.h"
 
 namespace engine {
 
 // Gives the instances their geometry, the looks their textures, and the scene its bounds and the
 // notes about what of these failed. False when stopped.
-bool Prepare(ScenePicture& scene, RenderCaches& caches, const GoOn& goOn = {});
+bool Prepare(ScenePicture& scene, RenderCaches& caches, const ProgressCallback& progress = {});
 
 class PreparedScene {
  public:
   // Prepares a scene that was read. Fails when it was stopped and, with a message, when memory is
   // short.
   static Result<std::shared_ptr<const PreparedScene>> Make(ScenePicture scene, RenderCaches& caches,
-                                                           const GoOn& goOn = {});
+                                                           const ProgressCallback& progress = {});
   PreparedScene(const PreparedScene&) = delete;
   PreparedScene& operator=(const PreparedScene&) = delete;
 

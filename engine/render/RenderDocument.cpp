@@ -46,13 +46,13 @@ LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHo
   const engine::PictureSetup setup = SetupOf(settings, *bitmap);
   const engine::Services& services = engine::PublishedServices();
   bool goes = true;
-  const auto goOn = [&](double done) {
+  const auto report = [&](double done) {
     if (progress) progress(done, 0, context);
     goes = !(thread && thread->TestBreak()) && services.person.Progress(done, "Rendering");
     return goes;
   };
   auto begun = engine::PictureInProgress::Begin(*doc, services.files, setup,
-                                                engine::RenderCaches::Shared(), goOn);
+                                                engine::RenderCaches::Shared(), report);
   if (!begun) {
     if (!goes) return RENDERRESULT_USERBREAK;
     TellNotes(services.ledger, *doc, {"The picture was not rendered: " + begun.Message()});
@@ -62,7 +62,7 @@ LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHo
   TellNotes(services.ledger, *doc, picture.Notes());
   try {
     while (!picture.IsFinished()) {
-      if (!picture.Refine(goOn)) return RENDERRESULT_USERBREAK;
+      if (!picture.Refine(report)) return RENDERRESULT_USERBREAK;
     }
     return Show(picture.Current(), *bitmap) ? RENDERRESULT_OK : RENDERRESULT_OUTOFMEMORY;
   } catch (const std::bad_alloc&) {

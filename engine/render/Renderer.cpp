@@ -45,15 +45,16 @@ float Threshold(std::uint32_t x, std::uint32_t y) {
 
 PictureInProgress::Begun PictureInProgress::Begin(const host::BaseDocument& doc, FileSystem& files,
                                                   const PictureSetup& setup, RenderCaches& caches,
-                                                  const GoOn& goOn) {
+                                                  const ProgressCallback& progress) {
   if (Status size = CheckImageSize(setup.width, setup.height, kBytesPerPixel); !size) return size;
   try {
     SceneScan scan(doc, files, setup.reading, caches);
     while (!scan.Advance(kObjectsBetweenAsking)) {
-      if (goOn && !goOn(0)) return Begun::Failure("It was stopped.");
+      if (progress && !progress(0)) return Begun::Failure("It was stopped.");
     }
-    auto scene = PreparedScene::Make(scan.Take(), caches,
-                                     goOn ? GoOn([&](double) { return goOn(0); }) : GoOn());
+    auto scene = PreparedScene::Make(
+        scan.Take(), caches,
+        progress ? ProgressCallback([&](double) { return progress(0); }) : ProgressCallback());
     return scene ? Begin(scene.Take(), setup) : Begun(scene.GetStatus());
   } catch (const std::bad_alloc&) {
     return Begun::Failure("There is not enough memory for the picture.");
@@ -89,18 +90,20 @@ PictureInProgress::PictureInProgress(std::shared_ptr<const PreparedScene> scene,
   hits_.distances.resize(pixels_.size());
 }
 
-bool PictureInProgress::Refine(const GoOn& goOn) {
+bool PictureInProgress::Refine(const ProgressCallback& progress) {
   if (IsFinished()) return true;
   std::atomic<std::uint32_t> next{0};
   std::atomic<std::uint32_t> done{0};
   std::atomic<bool> stopped{false};
   const double before = kDoneBefore[pass_];
   const double whole = kDoneAfter[pass_] - before;
-  const auto mayGoOn = [&] { return !goOn || goOn(before + whole * done.load() / tileCount_); };
-  if (!mayGoOn()) return false;
+  const auto continues = [&] {
+    return !progress || progress(before + whole * done.load() / tileCount_);
+  };
+  if (!continues()) return false;
   const auto work = [&](bool isCaller) {
     while (!stopped.load()) {
-      if (isCaller && !mayGoOn()) stopped.store(true);
+      if (isCaller && !continues()) stopped.store(true);
       const std::uint32_t tile = next.fetch_add(1);
       if (stopped.load() || tile >= tileCount_) return;
       // A tile that an interrupted pass has finished already.

@@ -33,25 +33,25 @@ class PictureInProgress {
  public:
   using Begun = Result<std::unique_ptr<PictureInProgress>>;
   // Fails with a message for sizes outside 1..16384 a side or beyond 64 million pixels, when memory
-  // is short, and when `goOn`, which is asked now and then while a large scene is read and
+  // is short, and when `progress`, which is asked now and then while a large scene is read and
   // prepared, says no.
   static Begun Begin(const host::BaseDocument& doc, FileSystem& files, const PictureSetup& setup,
-                     RenderCaches& caches, const GoOn& goOn = {});
+                     RenderCaches& caches, const ProgressCallback& progress = {});
   // The same of a scene that was read and prepared before; any thread.
   static Begun Begin(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup);
   PictureInProgress(const PictureInProgress&) = delete;
   PictureInProgress& operator=(const PictureInProgress&) = delete;
 
   // Does the next pass: the first one looks once at each pixel, the second one four times, the last
-  // one sixteen times where neighbors differ. `goOn` is asked from the calling thread. False when
+  // one sixteen times where neighbors differ. `progress` is asked from the calling thread. False when
   // it was stopped; the pass can be taken up again then.
-  bool Refine(const GoOn& goOn = {});
+  bool Refine(const ProgressCallback& progress = {});
   bool IsFinished() const { return pass_ == (setup_.draft ? 1 : kPasses); }
 
   // The picture as it stands: 8-bit sRGB, opaque. Empty before the first pass is through.
   Image Current() const;
   // Brings `image`, kept from call to call and empty before the first, up to date with the tiles
-  // that were finished since; what is not rendered yet is black. Also from inside `goOn`.
+  // that were finished since; what is not rendered yet is black. Also from inside `progress`.
   void ShowTiles(Image* image);
   // After the first pass of a setup that takes them: at the size of the picture.
   const HitMap& Hits() const { return hits_; }

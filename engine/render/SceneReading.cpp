@@ -7,8 +7,12 @@
 #include "engine/render/PreparedScene.h"
 #include "engine/render/Primitives.h"
 #include "engine/render/SceneScan.h"
+#include "engine/scene/ElementState.h"
 #include "engine/scene/Frames.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/Mesh.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 
 namespace engine {

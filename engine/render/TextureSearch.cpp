@@ -4,7 +4,7 @@
 #include <unordered_set>
 
 #include "engine/scene/EmbeddedFiles.h"
-#include "engine/scene/TextureFolders.h"
+#include "engine/scene/ShaderWalk.h"
 #include "host/Application.h"
 
 namespace engine {

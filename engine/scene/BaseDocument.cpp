@@ -1,9 +1,12 @@
 #include "host/BaseDocument.h"
 
 #include "engine/scene/DocumentBody.h"
-#include "engine/scene/DocumentChain.h"
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeFactory.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace engine {
 

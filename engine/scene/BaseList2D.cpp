@@ -2,7 +2,9 @@
 
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/NodeFactory.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace host {
 

@@ -1,7 +1,9 @@
 #include "host/BaseMaterial.h"
 
+#include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace host {
 

@@ -2,9 +2,34 @@
 
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/Frames.h"
+#include "engine/scene/Mesh.h"
+#include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
-#include "engine/scene/ObjectShape.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
+
+namespace engine {
+
+using host::BaseObject;
+using A = NodeAccess;
+
+const std::shared_ptr<const Mesh>& MeshOf(const BaseObject& object) {
+  static const std::shared_ptr<const Mesh> none;
+  const auto& shape = A::Shape(object);
+  return shape ? shape->mesh : none;
+}
+
+void SetMesh(BaseObject& object, std::shared_ptr<const Mesh> mesh) {
+  if (MeshOf(object) == mesh) return;
+  auto shape = std::make_shared<ObjectShape>();
+  shape->frame = object.GetMl();
+  shape->mesh = std::move(mesh);
+  A::Shape(object) = std::move(shape);
+  Touch(object);
+}
+
+}  // namespace engine
 
 namespace host {
 

@@ -3,7 +3,10 @@
 #include <cstdint>
 
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeFactory.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace host {
 

@@ -1,9 +1,12 @@
 #include "host/C4DAtom.h"
 
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/DocumentListener.h"
 #include "engine/scene/NodeCopy.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/Ownership.h"
 #include "host/Plugins.h"
 
 namespace host {
@@ -71,7 +74,8 @@ Bool C4DAtom::IsInstanceOf(LONG type) const {
 C4DAtom* C4DAtom::GetClone(LONG flags, AliasTrans*) {
   if (A::Kind(*this) == NodeKind::Document) {
     return engine::CopyDocument(static_cast<const BaseDocument&>(*this),
-                                (flags & COPY_DOCUMENT) != 0);
+                                (flags & COPY_DOCUMENT) != 0)
+        .release();
   }
   engine::IdMap ids;
   BaseList2D* copy =

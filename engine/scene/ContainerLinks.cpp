@@ -3,6 +3,8 @@
 #include "engine/core/ContainerAccess.h"
 #include "engine/core/ContainerBody.h"
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace host {
 

@@ -1,7 +1,9 @@
-// What a document knows of those who work with it without knowing them: the listener (the
-// application's scene hooks) and the attachment that keeps undo steps. Both are owned by the
-// document and end before its nodes do. Main thread.
+// DocumentListener and UndoAttachment: those who work with a document, which does not know them: the
+// application's scene hooks, and the history that keeps undo steps. Both are owned by the document
+// and end before its nodes do. Main thread.
 #pragma once
+
+#include <memory>
 
 #include "host/BaseDocument.h"
 
@@ -13,6 +15,11 @@ class DocumentListener {
   // A message sent to the document; true when it was taken.
   virtual bool Message(host::BaseDocument& doc, host::LONG type, void* data) = 0;
 };
+
+// Attaches the listener that messages to the document go to, in place of an earlier one.
+void SetListener(host::BaseDocument& doc, std::unique_ptr<DocumentListener> listener);
+// Null where there is none.
+DocumentListener* ListenerOf(const host::BaseDocument& doc);
 
 class UndoAttachment {
  public:

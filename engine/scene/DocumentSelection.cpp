@@ -1,6 +1,9 @@
 // Selection of a document's objects and tags.
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/TreeWalk.h"
 
 namespace engine {
 

@@ -2,6 +2,8 @@
 #include <unordered_set>
 
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 
 namespace host {

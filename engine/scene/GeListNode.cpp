@@ -1,8 +1,9 @@
 #include "host/GeListNode.h"
 
 #include "engine/scene/DocumentBody.h"
-#include "engine/scene/DocumentChain.h"
+#include "engine/scene/DocumentState.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace host {
 

@@ -1,6 +1,8 @@
 #include "host/LayerObject.h"
 
+#include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeFactory.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace host {
 

@@ -1,12 +1,12 @@
 // NodeAccess: the one way into the private members of scene elements. Used in engine/scene and
-// engine/undo only; what others need is a function of Nodes.h. It checks nothing. Main thread.
+// engine/undo only; what others need is a function of the headers by topic. It checks nothing. Main thread.
 #pragma once
 
 #include <memory>
 #include <new>
 #include <utility>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace engine {
 

@@ -3,10 +3,14 @@
 #include <utility>
 #include <vector>
 
+#include "engine/core/Progress.h"
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/JointCopy.h"
+#include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 
 namespace engine {
 
@@ -154,7 +158,8 @@ BaseList2D* CopyTree(const BaseList2D& root, const CopyRules& rules) {
   return copy;
 }
 
-std::vector<BaseList2D*> CopyTogether(const std::vector<BaseList2D*>& roots, const GoOn&) {
+std::vector<BaseList2D*> CopyTogether(const std::vector<BaseList2D*>& roots,
+                                      const ProgressCallback&) {
   JointCopy copy;
   std::vector<BaseList2D*> copies;
   for (const BaseList2D* root : roots) copy.Add(*root);
@@ -192,8 +197,11 @@ void CopyList(const BaseList2D& source, BaseList2D& target, int slot, const Copy
   }
 }
 
-BaseDocument* CopyDocument(const BaseDocument& source, bool keepIds) {
-  BaseDocument* copy = MakeBareDocument();
+OwnedDocument CopyOf(const BaseDocument& doc) { return CopyDocument(doc, true); }
+
+OwnedDocument CopyDocument(const BaseDocument& source, bool keepIds) {
+  OwnedDocument owned(MakeBareDocument());
+  BaseDocument* const copy = owned.get();
   DocumentBody& to = BodyOf(*copy);
   const DocumentBody& from = BodyOf(source);
   if (keepIds) {
@@ -218,7 +226,7 @@ BaseDocument* CopyDocument(const BaseDocument& source, bool keepIds) {
     to.selectedObjects.Add(Mapped(A::Id(*node), ids), to.table);
   for (const BaseList2D* node : from.selectedTags.InOrder(from.table))
     to.selectedTags.Add(Mapped(A::Id(*node), ids), to.table);
-  return copy;
+  return owned;
 }
 
 void FollowLinks(BaseList2D& root, const IdMap& ids) {

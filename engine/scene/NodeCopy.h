@@ -4,7 +4,9 @@
 
 #include <unordered_map>
 
+#include "engine/core/ContainerAccess.h"
 #include "engine/scene/NodeAccess.h"
+#include "engine/scene/Ownership.h"
 
 namespace engine {
 
@@ -24,7 +26,8 @@ host::BaseList2D* CopyTree(const host::BaseList2D& root, const CopyRules& rules)
 // Copies of one list of `source` at the end of the same list of `target`.
 void CopyList(const host::BaseList2D& source, host::BaseList2D& target, int slot,
               const CopyRules& rules);
-host::BaseDocument* CopyDocument(const host::BaseDocument& source, bool keepIds);
+// The whole document; its identities are kept or new.
+OwnedDocument CopyDocument(const host::BaseDocument& source, bool keepIds);
 
 // Turns links that point to a key of `ids` towards its value: layers, materials and links in the
 // data of `root` and of all below it.

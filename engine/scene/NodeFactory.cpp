@@ -1,10 +1,17 @@
 #include "engine/scene/NodeFactory.h"
 
+#include <string_view>
+#include <unordered_set>
+
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/Mesh.h"
+#include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodePool.h"
 #include "engine/scene/NodeTree.h"
-#include "engine/scene/ObjectShape.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/Ownership.h"
+#include "engine/scene/TreeWalk.h"
 
 namespace engine {
 
@@ -166,6 +173,20 @@ void FreeNode(BaseList2D* node) {
   if (doc && BodyOf(*doc).undo && BodyOf(*doc).undo->Claim(*node)) return;
   TakeOut(*node);
   DestroyNode(node);
+}
+
+void MakeNameUnique(BaseList2D& node, const BaseList2D* first) {
+  const std::string name = node.GetName().ToUtf8();
+  // Only these can stand in the way. They are looked at where they lie.
+  std::unordered_set<std::string_view> names;
+  for (const GeListNode* other = first; other; other = NextInTree(other)) {
+    const host::String& taken = A::Name(*static_cast<const BaseList2D*>(other));
+    if (other != &node && taken.View().substr(0, name.size()) == name) names.insert(taken.View());
+  }
+  std::string candidate = name;
+  for (int number = 1; names.count(candidate) > 0; ++number)
+    candidate = name + "." + std::to_string(number);
+  node.SetName(host::String(std::string_view(candidate)));
 }
 
 }  // namespace engine

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "engine/scene/NodeAccess.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace engine {
 

@@ -2,7 +2,15 @@
 
 #include <random>
 
+#include "engine/scene/DocumentBody.h"
+#include "engine/scene/NodeTypes.h"
+
 namespace engine {
+
+using host::BaseDocument;
+using host::BaseList2D;
+using host::GeListNode;
+using A = NodeAccess;
 
 NodeIds& NodeIds::Instance() {
   static NodeIds ids;
@@ -29,6 +37,25 @@ NodeId NodeIds::FirstOfNewRange() {
   next_ = range * kRange;
   end_ = next_ + kRange;
   return next_++;
+}
+
+NodeId IdOf(const GeListNode& node) { return A::Id(node); }
+
+bool SetId(GeListNode& node, NodeId id) {
+  const bool own = A::Kind(node) == NodeKind::Document;
+  if (id == 0 || (node.GetDocument() && !own)) return false;
+  NodeIds::Instance().Seen(id);
+  if (own) {
+    NodeTable& table = BodyOf(static_cast<BaseDocument&>(node)).table;
+    if (!table.Add(id, static_cast<BaseList2D*>(&node))) return false;
+    table.Remove(A::Id(node));
+  }
+  A::Id(node) = id;
+  return true;
+}
+
+BaseList2D* FindNode(const BaseDocument* doc, NodeId id) {
+  return doc && id ? BodyOf(*doc).table.Find(id) : nullptr;
 }
 
 }  // namespace engine

@@ -52,14 +52,14 @@ BaseList2D** NodeTable::MakeDense(Page& page) {
 bool NodeTable::Add(NodeId id, BaseList2D* node) {
   if (Find(id)) return false;
   Page& page = pages_[id >> kPageBits];
-  ++page.count;
-  ++count_;
   if (!page.slots && page.few.size() == Page::kFew) MakeDense(page);
   if (page.slots) {
     page.slots[id & kPageMask] = node;
   } else {
     page.few.emplace_back(id, node);
   }
+  ++page.count;
+  ++count_;
   return true;
 }
 

@@ -3,6 +3,8 @@
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 
 namespace engine {
 
@@ -61,6 +63,13 @@ GeListNode* MasterOf(const GeListNode& node) {
   return static_cast<const host::XPressoTag&>(node).GetNodeMaster();
 }
 
+void Unregister(GeListNode& node, BaseDocument& doc) {
+  BodyOf(doc).table.Remove(A::Id(node));
+  if (A::Bits(static_cast<BaseList2D&>(node)) & host::BIT_ACTIVE) ++BodyOf(doc).selectionChanges;
+  A::Document(node) = nullptr;
+}
+
+// Registers nothing when it throws.
 void Register(GeListNode& node, BaseDocument& doc) {
   DocumentBody& body = BodyOf(doc);
   BaseList2D& element = static_cast<BaseList2D&>(node);
@@ -70,27 +79,36 @@ void Register(GeListNode& node, BaseDocument& doc) {
   }
   A::Document(node) = &doc;
   const host::LONG bits = A::Bits(element);
-  if (bits & host::BIT_ACTIVE) {
-    A::Bits(element) &= ~host::BIT_ACTIVE;
+  if (!(bits & host::BIT_ACTIVE)) return;
+  A::Bits(element) &= ~host::BIT_ACTIVE;
+  try {
     ApplyBits(element, bits);
+  } catch (...) {
+    A::Bits(element) = bits;
+    Unregister(node, doc);
+    throw;
   }
-}
-
-void RegisterAll(GeListNode& root, BaseDocument& doc) {
-  if (A::Kind(root) == NodeKind::Object) ++BodyOf(doc).treeChanges;
-  for (GeListNode* node = &root; node; node = NextInside(*node, root)) Register(*node, doc);
 }
 
 void UnregisterAll(GeListNode& root, BaseDocument& doc) {
   DocumentBody& body = BodyOf(doc);
   if (A::Kind(root) == NodeKind::Object) ++body.treeChanges;
-  for (GeListNode* node = &root; node; node = NextInside(*node, root)) {
-    body.table.Remove(A::Id(*node));
-    if (A::Bits(static_cast<BaseList2D&>(*node)) & host::BIT_ACTIVE) ++body.selectionChanges;
-    A::Document(*node) = nullptr;
-  }
+  for (GeListNode* node = &root; node; node = NextInside(*node, root)) Unregister(*node, doc);
   ++body.changes;
   body.changed = true;
+}
+
+void RegisterAll(GeListNode& root, BaseDocument& doc) {
+  if (A::Kind(root) == NodeKind::Object) ++BodyOf(doc).treeChanges;
+  GeListNode* node = &root;
+  try {
+    for (; node; node = NextInside(*node, root)) Register(*node, doc);
+  } catch (...) {
+    // Out of memory: what has been registered leaves again.
+    for (GeListNode* done = &root; done != node; done = NextInside(*done, root))
+      Unregister(*done, doc);
+    throw;
+  }
 }
 
 // A document always has render settings, one of them active.
@@ -234,6 +252,28 @@ GeListNode* NextInside(const GeListNode& node, const GeListNode& root) {
   return nullptr;
 }
 
+GeListNode* NextInTree(const GeListNode* node, const GeListNode* root) {
+  if (node->GetDown()) return node->GetDown();
+  for (; node && node != root; node = node->GetUp()) {
+    if (node->GetNext()) return node->GetNext();
+  }
+  return nullptr;
+}
+
+namespace {
+
+// Takes a node out of a list of `owner`; in the document it stays.
+void Detach(GeListNode& node, BaseList2D& owner, int slot) {
+  if (A::Kind(owner) == NodeKind::XPressoTag && slot == kAttached) {
+    A::Master(static_cast<host::XPressoTag&>(owner)) = nullptr;
+  } else {
+    Unlink(node, EndsOf(owner, slot));
+  }
+  if (!OwnsItsKin(A::Kind(node))) A::Kin(node) = nullptr;
+}
+
+}  // namespace
+
 void PutIn(GeListNode& node, BaseList2D& owner, int slot, GeListNode* pred) {
   const NodeKind kind = A::Kind(owner);
   if (slot == kChildren && kind != NodeKind::NodeMaster) {
@@ -246,7 +286,12 @@ void PutIn(GeListNode& node, BaseList2D& owner, int slot, GeListNode* pred) {
   } else {
     Link(node, EndsOf(owner, slot), pred);
   }
-  if (BaseDocument* doc = owner.GetDocument()) RegisterAll(node, *doc);
+  try {
+    if (BaseDocument* doc = owner.GetDocument()) RegisterAll(node, *doc);
+  } catch (...) {
+    Detach(node, owner, slot);
+    throw;
+  }
   Touch(owner);
 }
 
@@ -256,12 +301,7 @@ void TakeOut(GeListNode& node) {
   BaseDocument* doc = node.GetDocument();
   const int slot = SlotOf(node);
   if (slot == kSettings) KeepSettings(node, *doc);
-  if (A::Kind(*owner) == NodeKind::XPressoTag && slot == kAttached) {
-    A::Master(static_cast<host::XPressoTag&>(*owner)) = nullptr;
-  } else {
-    Unlink(node, EndsOf(*owner, slot));
-  }
-  if (!OwnsItsKin(A::Kind(node))) A::Kin(node) = nullptr;
+  Detach(node, *owner, slot);
   if (!doc) return;
   UnregisterAll(node, *doc);
   if (A::Kind(node) == NodeKind::RenderSettings) KeepActiveSettings(*doc);
@@ -277,13 +317,15 @@ bool Place(BaseList2D* node, BaseList2D* owner, int slot, GeListNode* pred) {
 
 void ApplyBits(BaseList2D& node, host::LONG bits) {
   const bool changes = (bits ^ A::Bits(node)) & host::BIT_ACTIVE;
+  if (changes && node.GetDocument()) {
+    DocumentBody& body = BodyOf(*node.GetDocument());
+    const bool selects = bits & host::BIT_ACTIVE;
+    if (selects && A::Kind(node) == NodeKind::Object)
+      body.selectedObjects.Add(A::Id(node), body.table);
+    if (selects && AsTag(&node)) body.selectedTags.Add(A::Id(node), body.table);
+    ++body.selectionChanges;
+  }
   A::Bits(node) = bits;
-  if (!changes || !node.GetDocument()) return;
-  DocumentBody& body = BodyOf(*node.GetDocument());
-  ++body.selectionChanges;
-  if (!(bits & host::BIT_ACTIVE)) return;
-  if (A::Kind(node) == NodeKind::Object) body.selectedObjects.Add(A::Id(node), body.table);
-  if (AsTag(&node)) body.selectedTags.Add(A::Id(node), body.table);
 }
 
 }  // namespace engine

@@ -32,7 +32,8 @@ host::GeListNode* FirstInside(const host::GeListNode& node);
 host::GeListNode* Following(const host::GeListNode& node);
 
 // Puts a node that is in no place into a list of `owner`, after `pred` or first where that is null;
-// registers it and all below it with the owner's document.
+// registers it and all below it with the owner's document. Changes nothing when memory runs out
+// (std::bad_alloc).
 void PutIn(host::GeListNode& node, host::BaseList2D& owner, int slot, host::GeListNode* pred);
 // Last element of a list, null where it is empty.
 host::GeListNode* LastIn(host::BaseList2D& owner, int slot);
@@ -44,7 +45,8 @@ void TakeOut(host::GeListNode& node);
 // elsewhere counts as null.
 bool Place(host::BaseList2D* node, host::BaseList2D* owner, int slot, host::GeListNode* pred);
 
-// Takes the bits as they are, remembering the order of selecting.
+// Takes the bits as they are, remembering the order of selecting. Changes nothing when memory runs
+// out.
 void ApplyBits(host::BaseList2D& node, host::LONG bits);
 
 }  // namespace engine

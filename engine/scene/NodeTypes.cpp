@@ -1,4 +1,6 @@
-// What the host calls its types, and the parameters that their elements start with.
+// Besides the kinds and names of types, the parameters that their elements start with.
+#include "engine/scene/NodeTypes.h"
+
 #include <unordered_map>
 
 #include "engine/scene/NodeFactory.h"
@@ -189,6 +191,41 @@ bool IsKnownType(LONG type) { return TypeNames().count(type) == 1; }
 BaseContainer DefaultData(LONG type) {
   const auto found = Defaults().find(type);
   return found == Defaults().end() ? BaseContainer() : found->second;
+}
+
+namespace {
+
+template <class T>
+T* As(host::C4DAtom* atom, NodeKind kind) {
+  return atom && NodeAccess::Kind(*atom) == kind ? static_cast<T*>(atom) : nullptr;
+}
+
+}  // namespace
+
+NodeKind KindOf(const host::C4DAtom& atom) { return NodeAccess::Kind(atom); }
+
+host::BaseObject* AsObject(host::C4DAtom* atom) {
+  return As<host::BaseObject>(atom, NodeKind::Object);
+}
+host::TextureTag* AsTextureTag(host::C4DAtom* atom) {
+  return As<host::TextureTag>(atom, NodeKind::TextureTag);
+}
+host::BaseMaterial* AsMaterial(host::C4DAtom* atom) {
+  return As<host::BaseMaterial>(atom, NodeKind::Material);
+}
+host::LayerObject* AsLayer(host::C4DAtom* atom) {
+  return As<host::LayerObject>(atom, NodeKind::Layer);
+}
+host::RenderData* AsRenderData(host::C4DAtom* atom) {
+  return As<host::RenderData>(atom, NodeKind::RenderSettings);
+}
+
+host::BaseTag* AsTag(host::C4DAtom* atom) {
+  if (!atom) return nullptr;
+  const NodeKind kind = NodeAccess::Kind(*atom);
+  const bool tag =
+      kind == NodeKind::Tag || kind == NodeKind::TextureTag || kind == NodeKind::XPressoTag;
+  return tag ? static_cast<host::BaseTag*>(atom) : nullptr;
 }
 
 }  // namespace engine

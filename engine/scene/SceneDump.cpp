@@ -4,8 +4,13 @@
 #include <sstream>
 #include <unordered_map>
 
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/ElementState.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeAccess.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/scene/ValueText.h"
 
 namespace engine {

@@ -4,7 +4,7 @@
 #include <functional>
 #include <unordered_set>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
 
 namespace engine {
 

@@ -1,13 +1,20 @@
-// The bitmap shaders of a document, and the files they name. Main thread.
+// The bitmap shaders of a document, the files they name, and where those lie. Main thread; any
+// thread that may read the scene for the walks.
 #pragma once
 
+#include <array>
 #include <string>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/GvNode.h"
 #include "host/Parameters.h"
 
 namespace engine {
+
+// The folders beside a scene in which its textures usually lie, in the order of looking. The first
+// one is the one that is written.
+inline constexpr std::array<const char*, 4> kTextureFolders = {"tex", "textures", "images", "maps"};
 
 // Calls `visit(shader)` for the bitmap shaders attached to an element, children of shaders
 // included.

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/scene/Nodes.h"
+#include "engine/core/ContainerAccess.h"
 
 namespace engine {
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
 #include "host/Parameters.h"
 #include "host/RenderData.h"
 

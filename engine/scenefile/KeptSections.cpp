@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "engine/scenefile/Bytes.h"
 #include "engine/scenefile/Elements.h"
 #include "engine/scenefile/Guard.h"

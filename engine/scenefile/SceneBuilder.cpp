@@ -1,5 +1,12 @@
 #include "engine/scenefile/SceneBuilder.h"
 
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/ElementState.h"
+#include "engine/scene/Mesh.h"
+#include "engine/scene/NewNodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scenefile/LayerFlags.h"
 
 namespace engine::scenefile {
@@ -134,7 +141,7 @@ void SceneBuilder::FinishDocument() {
   ClearChanged(doc);
 }
 
-SceneBuilder::OwnedNode SceneBuilder::Make(ElementSection section, std::size_t at) {
+OwnedNode SceneBuilder::Make(ElementSection section, std::size_t at) {
   const ElementTable& table = tables_.elements[section];
   OwnedNode node(MakeNode(KindIn(section), static_cast<LONG>(table.types[at])));
   if (!node) throw std::bad_alloc();
@@ -144,7 +151,7 @@ SceneBuilder::OwnedNode SceneBuilder::Make(ElementSection section, std::size_t a
 }
 
 void SceneBuilder::Fill(BaseList2D& node, const ElementTable& table, std::size_t at) const {
-  pace_.Step();
+  meter_.Step();
   SetId(node, table.ids[at]);
   node.SetName(tables_.values.texts[table.names[at]]);
   *node.GetDataInstance() = tables_.values.containers[table.data[at]];

@@ -4,10 +4,12 @@
 
 #include <memory>
 
-#include "engine/scene/Nodes.h"
+#include "engine/core/ContainerAccess.h"
+#include "engine/scene/Mesh.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scenefile/CarriedPaths.h"
 #include "engine/scenefile/Elements.h"
-#include "engine/scenefile/Pace.h"
+#include "engine/scenefile/ProgressMeter.h"
 #include "engine/scenefile/ValueSections.h"
 
 namespace engine::scenefile {
@@ -32,25 +34,15 @@ struct SceneTables {
   ElementTables elements;
 };
 
-struct DocumentFree {
-  void operator()(host::BaseDocument* doc) const { host::BaseDocument::Free(doc); }
-};
-using OwnedDocument = std::unique_ptr<host::BaseDocument, DocumentFree>;
-
 class SceneBuilder {
  public:
-  // `tables` and `pace` must outlive the builder. `folder`: that of the file.
-  SceneBuilder(const SceneTables& tables, Pace& pace, const std::string& folder)
-      : tables_(tables), pace_(pace), paths_(folder) {}
+  // `tables` and `meter` must outlive the builder. `folder`: that of the file.
+  SceneBuilder(const SceneTables& tables, ProgressMeter& meter, const std::string& folder)
+      : tables_(tables), meter_(meter), paths_(folder) {}
   // The document, unchanged as far as "has unsaved changes" goes. Throws Damage.
   OwnedDocument Build();
 
  private:
-  struct NodeDestroy {
-    void operator()(host::BaseList2D* node) const { DestroyNode(node); }
-  };
-  using OwnedNode = std::unique_ptr<host::BaseList2D, NodeDestroy>;
-
   void BuildDocument();
   void BuildTop(ElementSection section);
   void BuildAttached(ElementSection section);
@@ -67,7 +59,7 @@ class SceneBuilder {
   host::BaseList2D* Step(std::uint64_t depth, host::BaseList2D& node, host::BaseList2D** pred);
 
   const SceneTables& tables_;
-  Pace& pace_;
+  ProgressMeter& meter_;
   CarriedPaths paths_;
   OwnedDocument doc_;
   std::vector<host::BaseList2D*> rows_;

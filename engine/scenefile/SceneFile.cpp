@@ -2,10 +2,11 @@
 
 #include <unistd.h>
 
+#include "engine/scene/DocumentState.h"
 #include "engine/scenefile/FilesSection.h"
 #include "engine/scenefile/Guard.h"
 #include "engine/scenefile/KeptSections.h"
-#include "engine/scenefile/Pace.h"
+#include "engine/scenefile/ProgressMeter.h"
 #include "engine/scenefile/SceneBuilder.h"
 #include "engine/scenefile/SceneWriter.h"
 
@@ -38,21 +39,21 @@ DocumentRecord ReadDocumentRecord(std::string_view contents, const ElementBounds
 constexpr double kTables = 0.4;
 
 void ReadTables(const std::vector<Section>& sections, const ElementBounds& bounds, Budget& budget,
-                Pace& pace, ElementTables& tables) {
+                ProgressMeter& meter, ElementTables& tables) {
   std::uint64_t rows = 0;
   for (std::size_t section = 0; section < kElementSections; ++section) {
     const std::string contents =
         Expand(NeededSection(sections, kElementRules[section].name), budget);
     ReadElements(tables, static_cast<ElementSection>(section), contents, bounds, budget);
     rows += tables[section].Rows();
-    if (rows >= Pace::kStride)
-      pace.Ask(kTables * static_cast<double>(section + 1) / static_cast<double>(kElementSections));
+    if (rows >= ProgressMeter::kStride)
+      meter.Ask(kTables * static_cast<double>(section + 1) / static_cast<double>(kElementSections));
   }
-  pace.Expect(rows, kTables);
+  meter.Expect(rows, kTables);
 }
 
 OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::string& folder,
-                           Budget& budget, Pace& pace) {
+                           Budget& budget, ProgressMeter& meter) {
   const auto contents = [&](const char* name) {
     return Expand(NeededSection(sections, name), budget);
   };
@@ -62,9 +63,9 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::stri
                              values.numbers.vectors.size(), values.numbers.matrices.size(),
                              tables.meshes.size()};
   tables.document = ReadDocumentRecord(contents("DOCUMENT"), bounds, budget);
-  ReadTables(sections, bounds, budget, pace, tables.elements);
+  ReadTables(sections, bounds, budget, meter, tables.elements);
   CheckIdentities(tables.elements, tables.document.id);
-  OwnedDocument doc = SceneBuilder(tables, pace, folder).Build();
+  OwnedDocument doc = SceneBuilder(tables, meter, folder).Build();
   if (FindSection(sections, "FILES"))
     SetEmbeddedFiles(*doc, ReadFiles(contents("FILES"), values.texts, budget));
   KeepUnknownSections(*doc, sections, budget);
@@ -80,7 +81,7 @@ std::uint64_t MemoryOfMachine() {
              : std::uint64_t{4} << 30;
 }
 
-GoOn Telling(Person& person, const char* doing, const std::string& path) {
+ProgressCallback Telling(Person& person, const char* doing, const std::string& path) {
   const std::string what = doing + path.substr(path.rfind('/') + 1);
   return [&person, what](double done) { return person.Progress(done, what); };
 }
@@ -91,23 +92,24 @@ std::string At(const std::string& path) { return "\"" + path + "\": "; }
 
 }  // namespace
 
-Result<std::vector<std::string>> WriteScene(const BaseDocument& doc, const GoOn& goOn,
+Result<std::vector<std::string>> WriteScene(const BaseDocument& doc,
+                                            const ProgressCallback& progress,
                                             const std::string& folder) {
   return Guarded<std::vector<std::string>>([&] {
     SectionWriter sections(FrameKind::Scene);
-    Pace pace(goOn);
-    SceneWriter(doc, pace, folder).Write(sections);
+    ProgressMeter meter(progress);
+    SceneWriter(doc, meter, folder).Write(sections);
     AddKeptSections(doc, sections);
     return sections.Finish();
   });
 }
 
-Result<BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit, const GoOn& goOn,
-                                const std::string& folder) {
-  return Guarded<BaseDocument*>([&] {
+Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimit,
+                                const ProgressCallback& progress, const std::string& folder) {
+  return Guarded<OwnedDocument>([&] {
     Budget budget(memoryLimit ? memoryLimit : MemoryOfMachine());
-    Pace pace(goOn);
-    return ReadDocument(ReadSections(bytes, FrameKind::Scene), folder, budget, pace).release();
+    ProgressMeter meter(progress);
+    return ReadDocument(ReadSections(bytes, FrameKind::Scene), folder, budget, meter);
   });
 }
 
@@ -122,14 +124,14 @@ Status SaveSceneFile(const Services& services, const BaseDocument& doc, const st
   return saved;
 }
 
-Result<BaseDocument*> OpenSceneFile(const Services& services, const std::string& path,
+Result<OwnedDocument> OpenSceneFile(const Services& services, const std::string& path,
                                     FileAsRead* now) {
   const FileStamp stamp = services.files.Stamp(path);
   const Result<std::string> bytes = services.files.ReadFile(path);
-  if (!bytes) return Result<BaseDocument*>(bytes.GetStatus());
-  Result<BaseDocument*> doc =
+  if (!bytes) return Result<OwnedDocument>(bytes.GetStatus());
+  Result<OwnedDocument> doc =
       ReadScene(bytes.Value(), 0, Telling(services.person, "Opening ", path), FolderOf(path));
-  if (!doc) return Result<BaseDocument*>::Failure(At(path) + doc.Message());
+  if (!doc) return Result<OwnedDocument>::Failure(At(path) + doc.Message());
   const std::string_view whole = bytes.Value();
   if (now != nullptr) *now = {stamp, HashOfContent({&whole, 1})};
   const host::Filename file{host::String(std::string_view(path))};

@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/core/GoOn.h"
+#include "engine/core/Progress.h"
 #include "engine/core/Result.h"
 #include "engine/outside/Services.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scenefile/FileAsRead.h"
-#include "host/BaseDocument.h"
 
 namespace engine {
 
@@ -20,14 +20,16 @@ namespace engine {
 // selection, active render settings, scene camera and unknown sections that were read are kept;
 // undo steps are not saved. Any thread, for a document that no other thread reads or changes.
 // Textures and caches in `folder` or below, where one is given, are named relative to it.
-Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc, const GoOn& goOn = {},
+Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc,
+                                            const ProgressCallback& progress = {},
                                             const std::string& folder = "");
 
-// A new document, owned by the caller (BaseDocument::Free), without path and name. One that would
+// A new document without path and name. One that would
 // need more than `memoryLimit` bytes (0: the memory of the machine) is refused. Names relative to
 // the file become absolute where its `folder` is given.
-Result<host::BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0,
-                                      const GoOn& goOn = {}, const std::string& folder = "");
+Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0,
+                                const ProgressCallback& progress = {},
+                                const std::string& folder = "");
 
 // The same with a file. The person hears of the progress of scenes with many elements and may stop
 // it: then nothing is opened, and a file that is there stays as it is. Saving leaves the
@@ -36,7 +38,7 @@ Result<host::BaseDocument*> ReadScene(std::string_view bytes, std::uint64_t memo
 Status SaveSceneFile(const Services& services, const host::BaseDocument& doc,
                      const std::string& path, const BeforePlacing& ready = {},
                      FileAsRead* now = nullptr);
-Result<host::BaseDocument*> OpenSceneFile(const Services& services, const std::string& path,
-                                          FileAsRead* now = nullptr);
+Result<OwnedDocument> OpenSceneFile(const Services& services, const std::string& path,
+                                    FileAsRead* now = nullptr);
 
 }  // namespace engine

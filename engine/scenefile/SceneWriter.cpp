@@ -3,6 +3,12 @@
 #include <array>
 #include <bit>
 
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/ElementState.h"
+#include "engine/scene/Mesh.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/scenefile/FilesSection.h"
 #include "engine/scenefile/LayerFlags.h"
 
@@ -22,14 +28,14 @@ std::uint64_t ElementsOf(const host::BaseDocument& doc) {
 }  // namespace
 
 void SceneWriter::Write(SectionWriter& sections) {
-  pace_.Expect(ElementsOf(doc_) * 2);
+  meter_.Expect(ElementsOf(doc_) * 2);
   Collect();
   const std::string files = FilesContents(EmbeddedFilesOf(doc_), values_.texts);
   values_.Finish(sections);
   sections.Add("MESHES", meshes_.Contents());
   sections.Add("DOCUMENT", DocumentContents());
   for (std::size_t section = 0; section < kElementSections; ++section) {
-    pace_.Step(tables_[section].Rows());
+    meter_.Step(tables_[section].Rows());
     sections.Add(kElementRules[section].name,
                  tables_[section].Contents(kElementRules[section], values_.containers.Numbers()));
   }
@@ -94,7 +100,7 @@ void SceneWriter::AddShaders() {
 
 void SceneWriter::AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t depth,
                          const BaseList2D& node) {
-  pace_.Step();
+  meter_.Step();
   table.owners.push_back(owner);
   table.depths.push_back(depth);
   table.types.push_back(Extended(node.GetType()));

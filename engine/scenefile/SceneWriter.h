@@ -4,21 +4,22 @@
 
 #include <unordered_map>
 
-#include "engine/scene/Nodes.h"
 #include "engine/scenefile/CarriedPaths.h"
 #include "engine/scenefile/Elements.h"
 #include "engine/scenefile/Meshes.h"
-#include "engine/scenefile/Pace.h"
+#include "engine/scenefile/ProgressMeter.h"
 #include "engine/scenefile/ValueSections.h"
+#include "host/BaseDocument.h"
+#include "host/BaseObject.h"
 
 namespace engine::scenefile {
 
 class SceneWriter {
  public:
-  // The document must not change while the writer lives; the pace is that of the whole writing.
+  // The document must not change while the writer lives; the meter is that of the whole writing.
   // `folder`: that of the file, for the names that are relative to it.
-  SceneWriter(const host::BaseDocument& doc, Pace& pace, const std::string& folder)
-      : doc_(doc), pace_(pace), rows_{&doc}, paths_(folder) {}
+  SceneWriter(const host::BaseDocument& doc, ProgressMeter& meter, const std::string& folder)
+      : doc_(doc), meter_(meter), rows_{&doc}, paths_(folder) {}
 
   // Everything but the sections that were kept. Throws Damage for a scene that no reader would
   // take.
@@ -41,7 +42,7 @@ class SceneWriter {
   std::string DocumentContents() const;
 
   const host::BaseDocument& doc_;
-  Pace& pace_;
+  ProgressMeter& meter_;
   std::vector<const host::BaseList2D*> rows_;
   ElementTables tables_;
   CarriedPaths paths_;

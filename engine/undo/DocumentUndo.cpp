@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "engine/core/Progress.h"
 #include "engine/undo/UndoHistory.h"
 
 namespace host {
@@ -65,8 +66,9 @@ UndoScope::UndoScope(BaseDocument& doc, const std::string& name)
 
 UndoScope::~UndoScope() { UndoHistory::Of(doc_).LeaveScope(); }
 
-std::optional<StepDifference> UndoScope::Difference(std::size_t most, const GoOn& goOn) const {
-  return UndoHistory::Of(doc_).Difference(begin_, most, goOn);
+std::optional<StepDifference> UndoScope::Difference(std::size_t most,
+                                                    const ProgressCallback& progress) const {
+  return UndoHistory::Of(doc_).Difference(begin_, most, progress);
 }
 
 void UndoScope::Cancel() { UndoHistory::Of(doc_).TakeBack(begin_); }

@@ -1,10 +1,14 @@
-// What is not alike between the state that an undo entry keeps and the live one.
+// Comparing the state that an undo entry keeps with the live one, and telling the difference.
 #include <algorithm>
 #include <unordered_map>
 
+#include "engine/scene/Mesh.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/Ownership.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/scene/ValueText.h"
-#include "engine/undo/KeptLists.h"
 #include "engine/undo/UndoEntry.h"
 
 namespace engine {
@@ -33,30 +37,33 @@ bool SameTree(const BaseList2D& a, const BaseList2D& b) {
   return !left && !right;
 }
 
-bool SameList(const std::vector<BaseList2D*>& kept, const BaseList2D& settings, int slot) {
+bool SameList(const std::vector<OwnedNode>& kept, const BaseList2D& settings, int slot) {
   const GeListNode* live = FirstIn(settings, slot);
-  for (const BaseList2D* was : kept) {
+  for (const OwnedNode& was : kept) {
     if (!live || !SameTree(*was, static_cast<const BaseList2D&>(*live))) return false;
     live = live->GetNext();
   }
   return !live;
 }
 
-bool SameRest(const std::shared_ptr<void>& rest, const BaseList2D& node) {
-  switch (A::Kind(node)) {
-    case NodeKind::Object:
-      return rest.get() == A::Shape(static_cast<const host::BaseObject&>(node)).get();
-    case NodeKind::Layer:
-      return *static_cast<const host::LayerData*>(rest.get()) ==
-             A::Flags(static_cast<const host::LayerObject&>(node));
-    case NodeKind::RenderSettings: {
-      const auto& lists = *static_cast<const KeptLists*>(rest.get());
-      return SameList(lists.posts, node, kAttached) && SameList(lists.passes, node, kPasses);
-    }
-    default:
-      return true;
+// Whether an element has what is kept of the things that only its kind has.
+struct OwnComparison {
+  const BaseList2D& node;
+
+  bool operator()(std::monostate) const { return true; }
+  bool operator()(NodeId material) const {
+    return material == A::Material(static_cast<const host::TextureTag&>(node));
   }
-}
+  bool operator()(const std::shared_ptr<const ObjectShape>& shape) const {
+    return shape == A::Shape(static_cast<const host::BaseObject&>(node));
+  }
+  bool operator()(const std::unique_ptr<host::LayerData>& flags) const {
+    return *flags == A::Flags(static_cast<const host::LayerObject&>(node));
+  }
+  bool operator()(const std::unique_ptr<DetachedLists>& lists) const {
+    return SameList(lists->posts, node, kAttached) && SameList(lists->passes, node, kPasses);
+  }
+};
 
 const char* ModeText(host::LONG mode) {
   return mode == host::MODE_ON ? "on" : mode == host::MODE_OFF ? "off" : "default";
@@ -139,35 +146,77 @@ class DifferenceText {
   std::vector<std::string>& lines_;
 };
 
+// Lines for the things that only elements of one kind have.
+struct OwnDifference {
+  const BaseList2D& node;
+  DifferenceText& text;
+
+  void operator()(std::monostate) const {}
+  // Stands with the links that all elements have.
+  void operator()(NodeId) const {}
+  void operator()(const std::unique_ptr<host::LayerData>& flags) const {
+    text.Flags(*flags, A::Flags(static_cast<const host::LayerObject&>(node)));
+  }
+  void operator()(const std::shared_ptr<const ObjectShape>& shape) const {
+    if (!OwnComparison{node}(shape)) text.Fact("shape", "as they were", "others");
+  }
+  void operator()(const std::unique_ptr<DetachedLists>& lists) const {
+    if (!OwnComparison{node}(lists)) text.Fact("effects and passes", "as they were", "others");
+  }
+};
+
+// Whether an element is not as it was kept.
+struct Difference {
+  const BaseList2D& node;
+
+  template <class Own>
+  bool operator()(const KeptElement<Own>& kept) const {
+    return !std::equal(kept.modes, kept.modes + 3, A::Modes(node)) ||
+           !(kept.name == A::Name(node)) || kept.layer != A::Layer(node) ||
+           !Identical(kept.data, *node.GetDataInstance()) || !OwnComparison{node}(kept.own);
+  }
+  bool operator()(const ParkedNode&) const { return false; }
+  bool operator()(const NodePlace&) const { return false; }
+};
+
+// Lines for everything that is not as it was kept.
+struct DifferenceLines {
+  const BaseList2D& node;
+  DifferenceText& text;
+
+  template <class Own>
+  void operator()(const KeptElement<Own>& kept) const {
+    const host::UCHAR* modes = A::Modes(node);
+    text.Fact("name", Quoted(kept.name), Quoted(node.GetName()));
+    text.Fact("editor", ModeText(kept.modes[0]), ModeText(modes[0]));
+    text.Fact("render", ModeText(kept.modes[1]), ModeText(modes[1]));
+    text.Fact("deform", SwitchText(kept.modes[2] != 0), SwitchText(modes[2] != 0));
+    text.Fact("layer", text.Target(kept.layer), text.Target(A::Layer(node)));
+    Links(kept);
+    text.Data(kept.data, *node.GetDataInstance());
+    OwnDifference{node, text}(kept.own);
+  }
+  void operator()(const ParkedNode&) const {}
+  void operator()(const NodePlace&) const {}
+
+ private:
+  void Links(const KeptContents&) const {}
+  void Links(const KeptTextureTag& kept) const {
+    const auto& tag = static_cast<const host::TextureTag&>(node);
+    text.Fact("material", text.Target(kept.own), text.Target(A::Material(tag)));
+  }
+};
+
 }  // namespace
 
 bool UndoEntry::Differs(const BaseList2D& node) const {
-  const host::TextureTag* tag = AsTextureTag(const_cast<BaseList2D*>(&node));
-  return !std::equal(modes_, modes_ + 3, A::Modes(node)) || !(name_ == A::Name(node)) ||
-         layer_ != A::Layer(node) || (tag && material_ != A::Material(*tag)) ||
-         !Identical(data_, *node.GetDataInstance()) || !SameRest(rest_, node);
+  return std::visit(Difference{node}, state_);
 }
 
 void UndoEntry::AppendDifference(const BaseDocument& doc, const BaseList2D& node,
                                  std::vector<std::string>& lines) const {
   DifferenceText text(doc, node, lines);
-  const host::UCHAR* modes = A::Modes(node);
-  text.Fact("name", Quoted(name_), Quoted(node.GetName()));
-  text.Fact("editor", ModeText(modes_[0]), ModeText(modes[0]));
-  text.Fact("render", ModeText(modes_[1]), ModeText(modes[1]));
-  text.Fact("deform", SwitchText(modes_[2] != 0), SwitchText(modes[2] != 0));
-  text.Fact("layer", text.Target(layer_), text.Target(A::Layer(node)));
-  if (const host::TextureTag* tag = AsTextureTag(const_cast<BaseList2D*>(&node))) {
-    text.Fact("material", text.Target(material_), text.Target(A::Material(*tag)));
-  }
-  text.Data(data_, *node.GetDataInstance());
-  if (A::Kind(node) == NodeKind::Layer) {
-    text.Flags(*static_cast<const host::LayerData*>(rest_.get()),
-               A::Flags(static_cast<const host::LayerObject&>(node)));
-  } else if (!SameRest(rest_, node)) {
-    text.Fact(A::Kind(node) == NodeKind::RenderSettings ? "effects and passes" : "shape",
-              "as they were", "others");
-  }
+  std::visit(DifferenceLines{node, text}, state_);
 }
 
 }  // namespace engine

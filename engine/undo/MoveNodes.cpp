@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "engine/scene/Frames.h"
+#include "engine/scene/NodeTypes.h"
 #include "engine/undo/Undo.h"
 #include "engine/undo/UndoHistory.h"
 

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "engine/core/Progress.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "engine/scene/ValueText.h"
 #include "engine/undo/UndoHistory.h"
 
@@ -54,15 +57,15 @@ std::vector<std::size_t> UndoHistory::FirstEntries(std::size_t from) const {
 }
 
 std::optional<StepDifference> UndoHistory::Difference(std::size_t from, std::size_t most,
-                                                      const GoOn& goOn) const {
+                                                      const ProgressCallback& progress) const {
   constexpr std::size_t kAskEvery = 4096;
   StepDifference difference;
   if (!open_) return difference;
   const std::vector<std::size_t> positions = FirstEntries(from);
   std::size_t described = 0;
   for (std::size_t i = 0; i < positions.size(); ++i) {
-    if (i % kAskEvery == 0 && goOn &&
-        !goOn(static_cast<double>(i) / static_cast<double>(positions.size())))
+    if (i % kAskEvery == 0 && progress &&
+        !progress(static_cast<double>(i) / static_cast<double>(positions.size())))
       return std::nullopt;
     const UndoEntry& entry = std::as_const(open_->entries)[positions[i]];
     const BaseList2D* node = FindNode(&doc_, entry.Node());

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/core/GoOn.h"
+#include "engine/core/Progress.h"
 #include "engine/undo/StepDifference.h"
 #include "host/BaseDocument.h"
 
@@ -47,7 +47,8 @@ class UndoScope {
 
   // What is not as it was when the scope began (of scene camera and active render settings: when
   // the outermost one did), with lines of the first `most` elements. Nothing when it was stopped.
-  std::optional<StepDifference> Difference(std::size_t most, const GoOn& goOn = {}) const;
+  std::optional<StepDifference> Difference(std::size_t most,
+                                           const ProgressCallback& progress = {}) const;
 
  private:
   host::BaseDocument& doc_;

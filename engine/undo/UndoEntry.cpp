@@ -1,11 +1,14 @@
 #include "engine/undo/UndoEntry.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "engine/scene/Mesh.h"
 #include "engine/scene/NodeCopy.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTree.h"
-#include "engine/scene/ObjectShape.h"
-#include "engine/undo/KeptLists.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 
 namespace engine {
 
@@ -16,88 +19,76 @@ using A = NodeAccess;
 
 namespace {
 
-struct NodePlace {
-  NodeId owner = 0;
-  NodeId pred = 0;
-  NodeId next = 0;
-  int slot = 0;
-};
-
-// A node in no place and the place it had; null while the node is in the scene.
-struct ParkedNode {
-  BaseList2D* node = nullptr;
-  NodePlace place;
-  bool moves = false;  // the node is always in the scene; what is kept is another place of it
-
-  ParkedNode() = default;
-  ParkedNode(const ParkedNode&) = delete;
-  ParkedNode& operator=(const ParkedNode&) = delete;
-  ~ParkedNode() { DestroyNode(node); }
-};
-
-std::vector<BaseList2D*> Copies(const BaseList2D& settings, int slot) {
-  std::vector<BaseList2D*> copies;
+std::vector<OwnedNode> Copies(const BaseList2D& settings, int slot) {
+  std::vector<OwnedNode> copies;
   for (const GeListNode* node = FirstIn(settings, slot); node; node = node->GetNext()) {
-    copies.push_back(
+    copies.emplace_back(
         CopyTree(static_cast<const BaseList2D&>(*node), CopyRules{true, true, nullptr}));
   }
   return copies;
 }
 
-void ExchangeList(BaseList2D& settings, int slot, std::vector<BaseList2D*>& kept) {
-  std::vector<BaseList2D*> live;
+std::vector<OwnedNode> TakeAll(const BaseList2D& settings, int slot) {
+  std::size_t count = 0;
+  for (const GeListNode* node = FirstIn(settings, slot); node; node = node->GetNext()) ++count;
+  std::vector<OwnedNode> nodes;
+  nodes.reserve(count);
   while (GeListNode* node = FirstIn(settings, slot)) {
     TakeOut(*node);
-    live.push_back(static_cast<BaseList2D*>(node));
+    nodes.emplace_back(static_cast<BaseList2D*>(node));
   }
-  for (BaseList2D* node : kept) PutIn(*node, settings, slot, LastIn(settings, slot));
+  return nodes;
+}
+
+void PutAll(std::vector<OwnedNode>& nodes, BaseList2D& settings, int slot) {
+  for (OwnedNode& node : nodes) {
+    PutIn(*node, settings, slot, LastIn(settings, slot));
+    static_cast<void>(node.release());
+  }
+}
+
+// Changes nothing when memory runs out for what is kept.
+void ExchangeList(BaseList2D& settings, int slot, std::vector<OwnedNode>& kept) {
+  std::vector<OwnedNode> live = TakeAll(settings, slot);
+  try {
+    PutAll(kept, settings, slot);
+  } catch (...) {
+    for (OwnedNode& node : kept) {
+      GeListNode* put = node ? nullptr : FirstIn(settings, slot);
+      if (!put) break;
+      TakeOut(*put);
+      node.reset(static_cast<BaseList2D*>(put));
+    }
+    PutAll(live, settings, slot);
+    throw;
+  }
   kept = std::move(live);
 }
 
-std::shared_ptr<void> ListsOf(const BaseList2D& settings) {
-  auto lists = std::make_shared<KeptLists>();
-  lists->posts = Copies(settings, kAttached);
-  lists->passes = Copies(settings, kPasses);
-  return lists;
-}
+// Exchanges the contents that only elements of one kind have. Changes nothing when memory runs out.
+struct OwnExchange {
+  BaseList2D& node;
 
-std::shared_ptr<void> RestOf(BaseList2D& node) {
-  switch (A::Kind(node)) {
-    case NodeKind::Object:
-      return std::const_pointer_cast<ObjectShape>(A::Shape(static_cast<host::BaseObject&>(node)));
-    case NodeKind::Layer:
-      return std::make_shared<host::LayerData>(A::Flags(static_cast<host::LayerObject&>(node)));
-    case NodeKind::RenderSettings:
-      return ListsOf(node);
-    default:
-      return nullptr;
+  void operator()(std::monostate) const {}
+  void operator()(NodeId& material) const {
+    std::swap(A::Material(static_cast<host::TextureTag&>(node)), material);
   }
-}
-
-void ExchangeShape(host::BaseObject& object, std::shared_ptr<void>& rest) {
-  std::shared_ptr<void> live = std::const_pointer_cast<ObjectShape>(A::Shape(object));
-  A::Shape(object) = std::static_pointer_cast<const ObjectShape>(rest);
-  rest = std::move(live);
-}
-
-void ExchangeLists(BaseList2D& settings, KeptLists& kept) {
-  ExchangeList(settings, kAttached, kept.posts);
-  ExchangeList(settings, kPasses, kept.passes);
-}
-
-void ExchangeRest(BaseList2D& node, std::shared_ptr<void>& rest) {
-  switch (A::Kind(node)) {
-    case NodeKind::Object:
-      return ExchangeShape(static_cast<host::BaseObject&>(node), rest);
-    case NodeKind::Layer:
-      return std::swap(A::Flags(static_cast<host::LayerObject&>(node)),
-                       *static_cast<host::LayerData*>(rest.get()));
-    case NodeKind::RenderSettings:
-      return ExchangeLists(node, *static_cast<KeptLists*>(rest.get()));
-    default:
-      return;
+  void operator()(std::shared_ptr<const ObjectShape>& shape) const {
+    std::swap(A::Shape(static_cast<host::BaseObject&>(node)), shape);
   }
-}
+  void operator()(std::unique_ptr<host::LayerData>& flags) const {
+    std::swap(A::Flags(static_cast<host::LayerObject&>(node)), *flags);
+  }
+  void operator()(std::unique_ptr<DetachedLists>& lists) const {
+    ExchangeList(node, kAttached, lists->posts);
+    try {
+      ExchangeList(node, kPasses, lists->passes);
+    } catch (...) {
+      ExchangeList(node, kAttached, lists->posts);
+      throw;
+    }
+  }
+};
 
 NodeId IdOrNone(const GeListNode* node) { return node ? A::Id(*node) : 0; }
 
@@ -107,9 +98,9 @@ NodePlace PlaceOf(const BaseList2D& node) {
 }
 
 void Park(BaseList2D& node, ParkedNode& parked) {
-  parked.node = &node;
   parked.place = PlaceOf(node);
   TakeOut(node);
+  parked.node.reset(&node);
 }
 
 bool IsIn(const BaseList2D* node, const BaseList2D& owner, int slot) {
@@ -126,81 +117,101 @@ GeListNode* PredIn(BaseDocument& doc, BaseList2D& owner, const NodePlace& place)
   return place.pred == 0 ? nullptr : LastIn(owner, place.slot);
 }
 
+// Exchanges a kept state with the live one of the element with that identity.
+struct StateExchange {
+  BaseDocument& doc;
+  NodeId id;
+
+  template <class Own>
+  void operator()(KeptElement<Own>& kept) const {
+    BaseList2D* node = FindNode(&doc, id);
+    if (!node) return;
+    const host::LONG bits = A::Bits(*node);
+    ApplyBits(*node, kept.bits);
+    try {
+      OwnExchange{*node}(kept.own);
+    } catch (...) {
+      ApplyBits(*node, bits);
+      throw;
+    }
+    kept.bits = bits;
+    std::swap(A::Name(*node), kept.name);
+    std::swap(A::Data(*node), kept.data);
+    std::swap_ranges(kept.modes, kept.modes + 3, A::Modes(*node));
+    std::swap(A::Layer(*node), kept.layer);
+  }
+
+  void operator()(ParkedNode& parked) const {
+    if (!parked.node) {
+      BaseList2D* node = FindNode(&doc, id);
+      if (node && OwnerOf(*node)) Park(*node, parked);
+      return;
+    }
+    BaseList2D* owner = FindNode(&doc, parked.place.owner);
+    if (!owner) return;
+    PutIn(*parked.node, *owner, parked.place.slot, PredIn(doc, *owner, parked.place));
+    static_cast<void>(parked.node.release());
+  }
+
+  void operator()(NodePlace& kept) const {
+    BaseList2D* node = FindNode(&doc, id);
+    BaseList2D* present = node ? OwnerOf(*node) : nullptr;
+    if (!present) return;
+    const NodePlace live = PlaceOf(*node);
+    TakeOut(*node);
+    // An owner that went out with the node hangs below it by now: then it stays where it is.
+    BaseList2D* owner = FindNode(&doc, kept.owner);
+    if (!owner) return PutIn(*node, *present, live.slot, FindNode(&doc, live.pred));
+    try {
+      PutIn(*node, *owner, kept.slot, PredIn(doc, *owner, kept));
+    } catch (...) {
+      PutIn(*node, *present, live.slot, FindNode(&doc, live.pred));
+      throw;
+    }
+    kept = live;
+  }
+};
+
 }  // namespace
 
-UndoEntry::UndoEntry(BaseList2D& node)
-    : node_(A::Id(node)),
-      name_(A::Name(node)),
-      data_(A::Data(node)),
-      bits_(A::Bits(node)),
-      place_(false),
-      layer_(A::Layer(node)),
-      rest_(RestOf(node)) {
-  std::copy_n(A::Modes(node), 3, modes_);
-  if (const host::TextureTag* tag = AsTextureTag(&node)) material_ = A::Material(*tag);
+KeptContents::KeptContents(BaseList2D& node)
+    : name(A::Name(node)), data(A::Data(node)), bits(A::Bits(node)), layer(A::Layer(node)) {
+  std::copy_n(A::Modes(node), 3, modes);
 }
 
-UndoEntry::UndoEntry(NodeId node)
-    : node_(node), place_(true), rest_(std::make_shared<ParkedNode>()) {}
+UndoEntry::State UndoEntry::StateOf(BaseList2D& node) {
+  switch (A::Kind(node)) {
+    case NodeKind::Object:
+      return State(std::in_place_type<KeptObject>, node,
+                   A::Shape(static_cast<host::BaseObject&>(node)));
+    case NodeKind::TextureTag:
+      return State(std::in_place_type<KeptTextureTag>, node,
+                   A::Material(static_cast<host::TextureTag&>(node)));
+    case NodeKind::Layer:
+      return State(
+          std::in_place_type<KeptLayer>, node,
+          std::make_unique<host::LayerData>(A::Flags(static_cast<host::LayerObject&>(node))));
+    case NodeKind::RenderSettings:
+      return State(std::in_place_type<KeptSettings>, node,
+                   std::make_unique<DetachedLists>(
+                       DetachedLists{Copies(node, kAttached), Copies(node, kPasses)}));
+    default:
+      return State(std::in_place_type<KeptOther>, node, std::monostate());
+  }
+}
 
-UndoEntry UndoEntry::Made(const BaseList2D& node) { return UndoEntry(A::Id(node)); }
+UndoEntry::UndoEntry(BaseList2D& node) : node_(A::Id(node)), state_(StateOf(node)) {}
+
+UndoEntry UndoEntry::Made(const BaseList2D& node) { return {A::Id(node), ParkedNode()}; }
 
 UndoEntry UndoEntry::Parked(BaseList2D& node) {
-  UndoEntry entry = Made(node);
-  Park(node, *static_cast<ParkedNode*>(entry.rest_.get()));
-  return entry;
+  ParkedNode parked;
+  Park(node, parked);
+  return {A::Id(node), std::move(parked)};
 }
 
-UndoEntry UndoEntry::Moved(const BaseList2D& node) {
-  UndoEntry entry = Made(node);
-  auto& kept = *static_cast<ParkedNode*>(entry.rest_.get());
-  kept.place = PlaceOf(node);
-  kept.moves = true;
-  return entry;
-}
+UndoEntry UndoEntry::Moved(const BaseList2D& node) { return {A::Id(node), PlaceOf(node)}; }
 
-void UndoEntry::Exchange(BaseDocument& doc) {
-  if (place_) return ExchangePlace(doc);
-  if (BaseList2D* node = FindNode(&doc, node_)) ExchangeContents(*node);
-}
-
-void UndoEntry::ExchangeContents(BaseList2D& node) {
-  std::swap(A::Name(node), name_);
-  std::swap(A::Data(node), data_);
-  const host::LONG bits = std::exchange(bits_, A::Bits(node));
-  ApplyBits(node, bits);
-  std::swap_ranges(modes_, modes_ + 3, A::Modes(node));
-  std::swap(A::Layer(node), layer_);
-  if (host::TextureTag* tag = AsTextureTag(&node)) std::swap(A::Material(*tag), material_);
-  ExchangeRest(node, rest_);
-}
-
-void UndoEntry::ExchangePlace(BaseDocument& doc) {
-  auto& parked = *static_cast<ParkedNode*>(rest_.get());
-  if (parked.moves) return ExchangePlaces(doc);
-  if (!parked.node) {
-    BaseList2D* node = FindNode(&doc, node_);
-    if (node && OwnerOf(*node)) Park(*node, parked);
-    return;
-  }
-  BaseList2D* owner = FindNode(&doc, parked.place.owner);
-  if (!owner) return;
-  BaseList2D* node = std::exchange(parked.node, nullptr);
-  PutIn(*node, *owner, parked.place.slot, PredIn(doc, *owner, parked.place));
-}
-
-void UndoEntry::ExchangePlaces(BaseDocument& doc) {
-  NodePlace& kept = static_cast<ParkedNode*>(rest_.get())->place;
-  BaseList2D* node = FindNode(&doc, node_);
-  BaseList2D* present = node ? OwnerOf(*node) : nullptr;
-  if (!present) return;
-  const NodePlace live = PlaceOf(*node);
-  TakeOut(*node);
-  // An owner that went out with the node hangs below it by now: then it stays where it is.
-  BaseList2D* owner = FindNode(&doc, kept.owner);
-  if (!owner) return PutIn(*node, *present, live.slot, FindNode(&doc, live.pred));
-  PutIn(*node, *owner, kept.slot, PredIn(doc, *owner, kept));
-  kept = live;
-}
+void UndoEntry::Exchange(BaseDocument& doc) { std::visit(StateExchange{doc, node_}, state_); }
 
 }  // namespace engine

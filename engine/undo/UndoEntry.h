@@ -1,19 +1,67 @@
-// UndoEntry: one registered change: an element and the contents it is to be given. Undo and redo
-// are the same exchange. Elements are named by identity, so that one destroyed without undo is
-// skipped. Main thread.
+// UndoEntry: one registered change: an element and the contents or the place it is to be given.
+// Undo and redo are the same exchange. Elements are named by identity, so that one destroyed
+// without undo is skipped. An entry owns the nodes that it keeps. Main thread.
 #pragma once
 
 #include <memory>
 #include <string>
+#include <variant>
 #include <vector>
 
+#include "engine/core/ContainerAccess.h"
+#include "engine/scene/Mesh.h"
 #include "engine/scene/NodeAccess.h"
+#include "engine/scene/Ownership.h"
 
 namespace engine {
 
+// Posts and passes of render settings that are in no settings now.
+struct DetachedLists {
+  std::vector<OwnedNode> posts;
+  std::vector<OwnedNode> passes;
+};
+
+// The contents of an element, as CopyTo copies them. Names, data, frames and meshes are shared with
+// it.
+struct KeptContents {
+  explicit KeptContents(host::BaseList2D& node);
+
+  host::String name;
+  host::BaseContainer data;
+  host::LONG bits = 0;
+  host::UCHAR modes[3] = {};
+  NodeId layer = 0;
+};
+
+// The contents together with those that only elements of one kind have.
+template <class Own>
+struct KeptElement : KeptContents {
+  KeptElement(host::BaseList2D& node, Own what) : KeptContents(node), own(std::move(what)) {}
+  Own own;
+};
+using KeptTextureTag = KeptElement<NodeId>;                          // its material
+using KeptObject = KeptElement<std::shared_ptr<const ObjectShape>>;  // null: it has none
+using KeptLayer = KeptElement<std::unique_ptr<host::LayerData>>;     // its flags
+using KeptSettings = KeptElement<std::unique_ptr<DetachedLists>>;
+using KeptOther = KeptElement<std::monostate>;
+
+// Where an element hangs. Neighbors are 0 at the ends of the list.
+struct NodePlace {
+  NodeId owner = 0;
+  NodeId pred = 0;
+  NodeId next = 0;
+  int slot = 0;
+};
+
+// An element that is in the scene on one side of the exchange only.
+struct ParkedNode {
+  OwnedNode node;   // null while it is in the scene
+  NodePlace place;  // that it had; only while `node` is here
+};
+
 class UndoEntry {
  public:
-  // The state of `node` as it is now. Names, data, frames and meshes are shared, not copied.
+  // The state of `node` as it is now.
   explicit UndoEntry(host::BaseList2D& node);
   // `node` was put into its place: undo takes it out.
   static UndoEntry Made(const host::BaseList2D& node);
@@ -26,32 +74,26 @@ class UndoEntry {
   void Exchange(host::BaseDocument& doc);
 
   NodeId Node() const { return node_; }
-  bool KeepsPlace() const { return place_; }
+  bool KeepsPlace() const {
+    return std::holds_alternative<ParkedNode>(state_) || std::holds_alternative<NodePlace>(state_);
+  }
   // Of an entry that keeps contents: whether those of `node`, its element, are others. Selection
   // does not count.
   bool Differs(const host::BaseList2D& node) const;
-  // What differs as lines for a person, "object "Cube" render off -> on".
+  // Adds the differences as lines for a person, "object "Cube" render off -> on". Of an entry that keeps
+  // contents.
   void AppendDifference(const host::BaseDocument& doc, const host::BaseList2D& node,
                         std::vector<std::string>& lines) const;
 
  private:
-  // A place that keeps nothing yet.
-  explicit UndoEntry(NodeId node);
-  void ExchangeContents(host::BaseList2D& node);
-  void ExchangePlace(host::BaseDocument& doc);
-  void ExchangePlaces(host::BaseDocument& doc);
+  // The NodePlace is another place of an element that is in the scene all the time.
+  using State = std::variant<KeptObject, KeptTextureTag, KeptLayer, KeptSettings, KeptOther,
+                             ParkedNode, NodePlace>;
+  UndoEntry(NodeId node, State state) : node_(node), state_(std::move(state)) {}
+  static State StateOf(host::BaseList2D& node);
 
   NodeId node_;
-  host::String name_;
-  host::BaseContainer data_;
-  host::LONG bits_ = 0;
-  host::UCHAR modes_[3] = {};
-  bool place_;  // keeps a place, not contents
-  NodeId layer_ = 0;
-  NodeId material_ = 0;
-  // Of an object its shape, of a layer its flags, of render settings their lists, of a place the
-  // parked node.
-  std::shared_ptr<void> rest_;
+  State state_;
 };
 
 }  // namespace engine

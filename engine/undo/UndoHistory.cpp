@@ -1,12 +1,33 @@
 #include "engine/undo/UndoHistory.h"
 
+#include "engine/scene/DocumentListener.h"
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTree.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace engine {
 
 using host::BaseDocument;
 using host::BaseList2D;
 using A = NodeAccess;
+
+namespace {
+
+// Marks that an exchange runs, in which nothing is registered, until its scope is left by whatever
+// way.
+class Running {
+ public:
+  explicit Running(bool& running) : running_(running) { running_ = true; }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+  ~Running() { running_ = false; }
+
+ private:
+  bool& running_;
+};
+
+}  // namespace
 
 void EntryList::Shrink(std::size_t size) {
   while (size_ > size) {
@@ -37,8 +58,8 @@ void UndoHistory::End() {
   if (!HoldsChange()) return open_.reset();
   undone_.clear();
   Name(actName);
-  entries_ += open_->entries.Size();
   done_.push_back(std::move(open_));
+  entries_ += done_.back()->entries.Size();
   DropOldest();
 }
 
@@ -97,33 +118,49 @@ void UndoHistory::Return(const Remembered& to) {
 }
 
 void UndoHistory::Exchange(Step& step, bool backwards, std::size_t from) {
-  running_ = true;
+  const Running running(running_);
   const Remembered present = Present();
   const std::size_t count = step.entries.Size();
-  for (std::size_t i = from; i < count; ++i)
-    step.entries[backwards ? count - 1 - (i - from) : i].Exchange(doc_);
-  if (from == 0) Return(std::exchange(step.remembered, present));
-  running_ = false;
+  const auto entry = [&](std::size_t i) -> UndoEntry& {
+    return step.entries[backwards ? count - 1 - i : from + i];
+  };
+  std::size_t done = 0;
+  try {
+    for (; done < count - from; ++done) entry(done).Exchange(doc_);
+    if (from == 0) Return(step.remembered);
+  } catch (...) {
+    // Out of memory, say. What is done is taken back, so that the step can be tried again.
+    while (done > 0) entry(--done).Exchange(doc_);
+    throw;
+  }
+  if (from == 0) step.remembered = present;
   doc_.SetChanged();
 }
 
 bool UndoHistory::Undo() {
   End();
   if (done_.empty()) return false;
+  undone_.reserve(undone_.size() + 1);
+  Exchange(*done_.back(), true, 0);
   undone_.push_back(std::move(done_.back()));
   done_.pop_back();
   entries_ -= undone_.back()->entries.Size();
-  Exchange(*undone_.back(), true, 0);
   return true;
 }
 
 bool UndoHistory::Redo() {
   End();
   if (undone_.empty()) return false;
-  done_.push_back(std::move(undone_.back()));
+  done_.emplace_back();
+  try {
+    Exchange(*undone_.back(), false, 0);
+  } catch (...) {
+    done_.pop_back();
+    throw;
+  }
+  done_.back() = std::move(undone_.back());
   undone_.pop_back();
   entries_ += done_.back()->entries.Size();
-  Exchange(*done_.back(), false, 0);
   return true;
 }
 

@@ -10,7 +10,9 @@
 #include <unordered_set>
 #include <vector>
 
+#include "engine/core/Progress.h"
 #include "engine/scene/DocumentBody.h"
+#include "engine/scene/DocumentListener.h"
 #include "engine/undo/EntryList.h"
 #include "engine/undo/StepDifference.h"
 
@@ -72,7 +74,7 @@ class UndoHistory : public UndoAttachment {
   // with the group's beginning. Lines of the first `most` elements that differ. Nothing when it was
   // stopped.
   std::optional<StepDifference> Difference(std::size_t from, std::size_t most,
-                                           const GoOn& goOn) const;
+                                           const ProgressCallback& progress) const;
 
   bool Claim(host::BaseList2D& node) override;
   void Made(host::BaseList2D& node) override;

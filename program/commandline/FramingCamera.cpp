@@ -7,7 +7,7 @@
 #include "engine/render/ScenePicture.h"
 #include "engine/scene/Frames.h"
 #include "engine/scene/Mesh.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/TreeWalk.h"
 
 namespace commandline {
 

@@ -8,7 +8,7 @@
 #include <numeric>
 #include <tuple>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/TreeWalk.h"
 #include "program/commandline/Terminal.h"
 
 namespace commandline {

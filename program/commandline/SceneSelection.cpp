@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/TreeWalk.h"
 #include "program/commandline/SceneLookup.h"
 
 namespace commandline {

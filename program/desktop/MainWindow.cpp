@@ -10,7 +10,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "program/desktop/ScreenFit.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/attributes/AttributesView.h"

@@ -3,7 +3,7 @@
 // Main thread.
 #pragma once
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "host/Application.h"
 #include "host/BaseDocument.h"
 

@@ -8,7 +8,6 @@
 #include <iostream>
 
 #include "engine/application/ProgramPlaces.h"
-#include "engine/scene/Nodes.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Host.h"
 #include "program/outcome/BulkEdits.h"
 #include "program/outcome/Words.h"

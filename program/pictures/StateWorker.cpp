@@ -73,13 +73,14 @@ class StateWorker {
   }
 
   Status Open(const Order& order) {
-    auto doc = engine::ReadScene(order.scene);
-    if (!doc) return doc.GetStatus();
+    auto read = engine::ReadScene(order.scene);
+    if (!read) return read.GetStatus();
+    host::BaseDocument* const doc = read.Take().release();
     const host::Filename file{host::String(std::string_view(order.path))};
-    if (!order.path.empty()) doc.Value()->SetDocumentPath(file.GetDirectory());
-    doc.Value()->SetDocumentName(file.GetFile());
-    host::InsertBaseDocument(doc.Value());
-    host::SetActiveDocument(doc.Value());
+    if (!order.path.empty()) doc->SetDocumentPath(file.GetDirectory());
+    doc->SetDocumentName(file.GetFile());
+    host::InsertBaseDocument(doc);
+    host::SetActiveDocument(doc);
     return OpenDialog(order);
   }
 

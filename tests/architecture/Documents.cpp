@@ -223,9 +223,10 @@ TEST(Documents, WrongNamesAreSeen) {
         "kNoSuch", "NO_SUCH", "test_nosuch", "-DSTAGEMARKS_NOSUCH=ON", "String::CreateLayout"}) {
     EXPECT_NE(Complaint(wrong), "") << wrong;
   }
-  for (const char* right : {"engine/scene/Nodes.h", "Nodes.h", "SMDialog::Command", "GeFCopyFile",
-                            "kOptions", "COPY_NO_BITS", "test_undo", "-DSTAGEMARKS_DESKTOP=OFF",
-                            "engine/core", "varint", "./test --lint", "help/SM_Manual.pdf"}) {
+  for (const char* right :
+       {"engine/scene/TreeWalk.h", "TreeWalk.h", "SMDialog::Command", "GeFCopyFile", "kOptions",
+        "COPY_NO_BITS", "test_undo", "-DSTAGEMARKS_DESKTOP=OFF", "engine/core", "varint",
+        "./test --lint", "help/SM_Manual.pdf"}) {
     EXPECT_EQ(Complaint(right), "") << right;
   }
   const std::string code = "a /* b */ c // d\n\"e // f\" 'g' 1'000";

@@ -125,7 +125,7 @@ TEST(Layers, BreachesAreSeen) {
   EXPECT_NE(Breach(law, "source/Stagemarks/SM.cpp", false, "engine/core/Result.h"), "");
   EXPECT_NE(Breach(law, "engine/scene/X.cpp", false, "engine/undo/Steps.h"), "");
   EXPECT_NE(Breach(law, "engine/core/X.cpp", true, "QWidget"), "");
-  EXPECT_EQ(Breach(law, "engine/undo/X.cpp", false, "engine/scene/Nodes.h"), "");
+  EXPECT_EQ(Breach(law, "engine/undo/X.cpp", false, "engine/scene/TreeWalk.h"), "");
   EXPECT_EQ(Breach(law, "program/desktop/X.cpp", true, "QWidget"), "");
 }
 

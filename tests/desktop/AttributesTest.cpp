@@ -5,6 +5,7 @@
 
 #include "engine/editing/FieldValue.h"
 #include "engine/scene/NodeFactory.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
 #include "host/LayerObject.h"

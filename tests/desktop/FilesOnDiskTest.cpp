@@ -39,20 +39,15 @@ struct OnDisk : Desk {
   }
   // Another program writes its own scene there.
   void ChangeFile(const char* name = "Theirs") {
-    host::BaseDocument* theirs = host::BaseDocument::Alloc();
+    const engine::OwnedDocument theirs(host::BaseDocument::Alloc());
     host::BaseObject* object = host::BaseObject::Alloc(host::Onull);
     object->SetName(name);
     theirs->AppendObject(object);
     EXPECT_TRUE(engine::SaveSceneFile(Services(), *theirs, file));
-    host::BaseDocument::Free(theirs);
   }
   std::string InFile(const std::string& path) {
     auto doc = engine::OpenSceneFile(Services(), path);
-    if (!doc) return doc.Message();
-    const std::string name = doc.Value()->GetFirstObject()->GetName().ToUtf8();
-    host::BaseDocument* read = doc.Value();
-    host::BaseDocument::Free(read);
-    return name;
+    return doc ? doc.Value()->GetFirstObject()->GetName().ToUtf8() : doc.Message();
   }
   std::string Shown() { return Doc().GetFirstObject()->GetName().ToUtf8(); }
   // A person goes to another program and comes back.

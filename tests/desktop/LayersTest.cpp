@@ -10,6 +10,7 @@
 
 #include "engine/editing/LayerCommands.h"
 #include "engine/editing/Selection.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/undo/Undo.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/LayersPanel.h"

@@ -9,6 +9,8 @@
 #include "engine/editing/LayerCommands.h"
 #include "engine/editing/MaterialCommands.h"
 #include "engine/editing/Selection.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "host/Parameters.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/MaterialsPanel.h"

@@ -11,6 +11,7 @@
 #include <QScrollBar>
 #include <QtTest/QTest>
 
+#include "engine/scene/NodeIds.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
 #include "program/desktop/panels/DragAndDrop.h"

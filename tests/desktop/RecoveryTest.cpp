@@ -82,7 +82,6 @@ TEST_F(Recovery, KeepingLeavesDocumentAndFileAlone) {
   kept.Value()->SetDocumentPath(doc.GetDocumentPath());
   kept.Value()->SetDocumentName(doc.GetDocumentName());
   EXPECT_EQ(engine::DumpDocument(*kept.Value()), engine::DumpDocument(doc));
-  host::BaseDocument::Free(kept.Value());
   EXPECT_EQ(desk.Services().ledger.WrittenSince(0).back(), Kept()[0]);
 }
 

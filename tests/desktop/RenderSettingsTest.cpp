@@ -3,6 +3,7 @@
 #include <QAbstractItemModelTester>
 #include <QMessageBox>
 
+#include "engine/scene/NodeIds.h"
 #include "engine/undo/Undo.h"
 #include "host/Parameters.h"
 #include "program/desktop/panels/RenderSettingsPanel.h"

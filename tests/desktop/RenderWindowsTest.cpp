@@ -8,7 +8,6 @@
 
 #include "engine/render/Image.h"
 #include "engine/scene/Mesh.h"
-#include "engine/scene/Nodes.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"

@@ -10,8 +10,10 @@
 #include <cmath>
 #include <map>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/BaseObject.h"
+#include "host/LayerObject.h"
 #include "program/desktop/view/EditorCamera.h"
 #include "program/desktop/view/Outline.h"
 #include "tests/desktop/WithCube.h"

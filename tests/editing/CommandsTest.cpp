@@ -8,7 +8,10 @@
 #include "engine/editing/MaterialCommands.h"
 #include "engine/editing/ObjectCommands.h"
 #include "engine/editing/Selection.h"
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/NodeTypes.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/undo/Undo.h"
 #include "tests/support/SceneBuilder.h"
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/scene/NodeIds.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "tests/support/SceneBuilder.h"

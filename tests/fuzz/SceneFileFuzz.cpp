@@ -54,12 +54,10 @@ void Require(bool holds) {
 void CheckScene(const std::string& file) {
   const auto opened = engine::ReadScene(file, kMemory);
   if (!opened) return;
-  const tests::Document doc(opened.Value());
-  const std::string bytes = tests::Bytes(*doc);
+  const std::string bytes = tests::Bytes(*opened.Value());
   const auto again = engine::ReadScene(bytes, kMemory);
   Require(again.Ok());
-  const tests::Document second(again.Value());
-  Require(tests::Bytes(*second) == bytes);
+  Require(tests::Bytes(*again.Value()) == bytes);
 }
 
 }  // namespace

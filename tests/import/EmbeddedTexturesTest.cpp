@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scene/ShaderWalk.h"
 #include "tests/import/ImportSession.h"
 #include "tests/support/ScratchFolder.h"
@@ -14,7 +15,7 @@ namespace {
 
 class EmbeddedTextures : public ImportSession {
  protected:
-  void SetUp() override { document_ = host::BaseDocument::Alloc(); }
+  void SetUp() override { document_.reset(host::BaseDocument::Alloc()); }
 
   // A material whose color is the embedded file of that name.
   void AddTexture(const std::string& name, const std::string& bytes) {
@@ -58,13 +59,13 @@ TEST_F(EmbeddedTextures, EveryFileHasANameOfItsOwn) {
 
 TEST_F(EmbeddedTextures, ACopyOfTheDocumentHasThemToo) {
   AddTexture("a.png", "bytes");
-  auto* copy = static_cast<host::BaseDocument*>(Doc().GetClone(host::COPY_DOCUMENT, nullptr));
+  const engine::OwnedDocument copy(
+      static_cast<host::BaseDocument*>(Doc().GetClone(host::COPY_DOCUMENT, nullptr)));
   ASSERT_NE(copy, nullptr);
   engine::AddEmbeddedFile(Doc(), "later.png", "more");
   EXPECT_EQ(engine::FindEmbeddedFile(*copy, "a.png"), engine::FindEmbeddedFile(Doc(), "a.png"))
       << "the same bytes";
   EXPECT_EQ(engine::FindEmbeddedFile(*copy, "later.png"), nullptr);
-  host::BaseDocument::Free(copy);
 }
 
 TEST_F(EmbeddedTextures, SavingWritesThemOnce) {

@@ -3,6 +3,8 @@
 
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 #include "tests/import/ImportSession.h"
 

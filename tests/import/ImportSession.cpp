@@ -40,8 +40,9 @@ void ImportSession::Open(const std::string& path) {
   engine::Result<engine::Imported> imported =
       engine::ImportScene(services_.Get(), path, IMPORT_WORKER);
   EXPECT_TRUE(imported) << imported.Message();
-  if (!imported) imported = engine::Imported{host::BaseDocument::Alloc(), {}};
-  document_ = imported.Value().document;
+  if (!imported)
+    imported = engine::Imported{engine::OwnedDocument(host::BaseDocument::Alloc()), {}};
+  document_ = std::move(imported.Value().document);
   notes_ = imported.Value().notes;
 }
 
@@ -50,13 +51,11 @@ std::string ImportSession::Refusal(const std::string& path, const engine::Import
   engine::Result<engine::Imported> imported =
       engine::ImportScene(services_.Get(), path, worker, limits);
   EXPECT_FALSE(imported) << path;
-  if (imported) host::BaseDocument::Free(imported.Value().document);
   return imported.Message();
 }
 
 void ImportSession::Close() {
-  host::BaseDocument::Free(document_);
-  document_ = nullptr;
+  document_.reset();
   notes_.clear();
 }
 
@@ -99,7 +98,7 @@ host::BaseMaterial* ImportSession::Material(const std::string& name) const {
 }
 
 std::string ImportSession::ShaderFile(const host::BaseMaterial& material, host::LONG link) const {
-  const host::BaseList2D* target = material.GetDataInstance()->GetLink(link, document_);
+  const host::BaseList2D* target = material.GetDataInstance()->GetLink(link, document_.get());
   return target == nullptr ? ""
                            : target->GetDataInstance()
                                  ->GetFilename(host::BITMAPSHADER_FILENAME)

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "engine/import/Import.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/Mesh.h"
+#include "host/BaseMaterial.h"
 #include "tests/support/ScriptedServices.h"
 
 namespace tests {
@@ -57,7 +59,7 @@ class ImportSession : public testing::Test {
   Box WorldBox(const host::BaseObject* top = nullptr) const;
 
   ScriptedServices services_;
-  host::BaseDocument* document_ = nullptr;
+  engine::OwnedDocument document_;
   std::vector<std::string> notes_;
 };
 

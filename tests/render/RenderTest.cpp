@@ -7,7 +7,7 @@
 
 #include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
 #include "host/Host.h"
 #include "tests/support/SceneBuilder.h"
 #include "tests/support/ScriptedServices.h"

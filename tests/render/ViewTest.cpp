@@ -9,7 +9,8 @@
 #include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/render/SceneScan.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/Ownership.h"
 #include "host/Host.h"
 #include "tests/support/SceneBuilder.h"
 
@@ -290,11 +291,10 @@ TEST(EditorView, IsRenderedFromACopyUnlessThereIsASceneCamera) {
   setup.width = setup.height = 16;
   engine::RenderCaches caches;
   const auto seenFrom = [&] {
-    auto* copy =
-        static_cast<host::BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr));
+    const engine::OwnedDocument copy(
+        static_cast<host::BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr)));
     const auto begun = PictureInProgress::Begin(*copy, Files(), setup, caches);
     const Vector place = begun.Value()->Camera().frame.off;
-    host::BaseDocument::Free(copy);
     return place;
   };
   EXPECT_EQ(seenFrom(), Vector(0, 0, -1500));

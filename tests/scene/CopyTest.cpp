@@ -1,8 +1,10 @@
 // Copies: whole documents, single elements, and contents written over another element.
 #include <gtest/gtest.h>
 
+#include "engine/scene/DocumentState.h"
 #include "engine/scene/Mesh.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scene/SceneDump.h"
 #include "host/Parameters.h"
 #include "tests/support/SceneBuilder.h"
@@ -59,8 +61,8 @@ struct FullScene : SceneBuilder {
   }
 };
 
-BaseDocument* CopyOf(BaseDocument& doc, host::LONG flags) {
-  return static_cast<BaseDocument*>(doc.GetClone(flags, nullptr));
+engine::OwnedDocument CopyOf(BaseDocument& doc, host::LONG flags) {
+  return engine::OwnedDocument(static_cast<BaseDocument*>(doc.GetClone(flags, nullptr)));
 }
 
 TEST(Copy, DocumentKeepsEverythingButUndo) {
@@ -69,7 +71,7 @@ TEST(Copy, DocumentKeepsEverythingButUndo) {
   doc.StartUndo();
   doc.AddUndo(host::UNDO_CHANGE, scene.GetObject("Room"));
   doc.EndUndo();
-  BaseDocument* copy = CopyOf(doc, host::COPY_DOCUMENT);
+  const engine::OwnedDocument copy = CopyOf(doc, host::COPY_DOCUMENT);
   EXPECT_EQ(engine::DumpDifference(engine::DumpDocument(doc), engine::DumpDocument(*copy)),
             std::vector<std::string>());
   EXPECT_EQ(engine::DumpState(doc), engine::DumpState(*copy));
@@ -80,12 +82,11 @@ TEST(Copy, DocumentKeepsEverythingButUndo) {
   EXPECT_EQ(engine::IdOf(*copy->GetFirstObject()), engine::IdOf(*doc.GetFirstObject()));
   EXPECT_FALSE(copy->DoUndo());
   EXPECT_TRUE(doc.DoUndo());
-  BaseDocument::Free(copy);
 }
 
 TEST(Copy, DocumentAndOriginalNeverChangeTogether) {
   FullScene scene;
-  BaseDocument* copy = CopyOf(scene.Doc(), host::COPY_DOCUMENT);
+  const engine::OwnedDocument copy = CopyOf(scene.Doc(), host::COPY_DOCUMENT);
   const std::string before = engine::DumpDocument(scene.Doc());
   SceneBuilder other(*copy);
   other.Modes("Room", host::MODE_ON, host::MODE_OFF, false)
@@ -93,19 +94,17 @@ TEST(Copy, DocumentAndOriginalNeverChangeTogether) {
       .OnLayer("Room", "Set");
   other.GetObject("Room/Box")->GetDataInstance()->SetLong(1, 1);
   copy->GetDataInstance()->GetContainerInstance(1021477)->SetLong(77, 7);
-  other.GetLayer("Set")->SetLayerData(copy, host::LayerData());
+  other.GetLayer("Set")->SetLayerData(copy.get(), host::LayerData());
   EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(scene.Doc())),
             std::vector<std::string>());
-  BaseDocument::Free(copy);
 }
 
 TEST(Copy, DocumentWithNewIdentitiesFollowsItself) {
   FullScene scene;
-  BaseDocument* copy = CopyOf(scene.Doc(), 0);
+  const engine::OwnedDocument copy = CopyOf(scene.Doc(), 0);
   EXPECT_EQ(engine::DumpDocument(scene.Doc()), engine::DumpDocument(*copy));
-  EXPECT_EQ(engine::FindNode(copy, engine::IdOf(*scene.GetObject("Room"))), nullptr);
-  EXPECT_NE(copy->GetRenderBaseDraw()->GetSceneCamera(copy), nullptr);
-  BaseDocument::Free(copy);
+  EXPECT_EQ(engine::FindNode(copy.get(), engine::IdOf(*scene.GetObject("Room"))), nullptr);
+  EXPECT_NE(copy->GetRenderBaseDraw()->GetSceneCamera(copy.get()), nullptr);
 }
 
 TEST(Copy, ElementGetsIdentitiesOfItsOwnWithAllItOwns) {
@@ -192,7 +191,7 @@ TEST(Copy, FollowsAndDumpsContainersNestedDeeperThanTheStack) {
   }
   scene.Last()->GetDataInstance()->SetContainer(5, nest);
 
-  auto* copy = static_cast<BaseDocument*>(scene.Doc().GetClone(0, nullptr));
+  const engine::OwnedDocument copy(static_cast<BaseDocument*>(scene.Doc().GetClone(0, nullptr)));
   const std::string dump = engine::DumpDocument(*copy);
   EXPECT_NE(dump.find("/+99970/7 = link #"), std::string::npos);
   EXPECT_EQ(dump.find("link dead"), std::string::npos);
@@ -200,8 +199,7 @@ TEST(Copy, FollowsAndDumpsContainersNestedDeeperThanTheStack) {
 
   BaseContainer inner = copy->GetFirstObject()->GetDataInstance()->GetContainer(5);
   for (int i = 0; i < kDepth; ++i) inner = inner.GetContainer(2);
-  EXPECT_EQ(inner.GetLink(7, copy), copy->GetFirstObject());
-  BaseDocument::Free(copy);
+  EXPECT_EQ(inner.GetLink(7, copy.get()), copy->GetFirstObject());
 }
 
 // Each level holds the one below it twice: along every way to the links there would be no end of
@@ -221,14 +219,13 @@ TEST(Copy, FollowsSharedLevelsOnceAndSharesWhatHoldsNoLinks) {
     shared = around;
   }
   scene.Last()->GetDataInstance()->SetContainer(5, shared);
-  auto* copy = static_cast<BaseDocument*>(scene.Doc().GetClone(0, nullptr));
+  const engine::OwnedDocument copy(static_cast<BaseDocument*>(scene.Doc().GetClone(0, nullptr)));
   BaseContainer inner = copy->GetFirstObject()->GetDataInstance()->GetContainer(5);
   for (int i = 0; i < 60; ++i) {
     EXPECT_EQ(engine::BodyOf(inner.GetContainer(3)), engine::BodyOf(plain));
     inner = inner.GetContainer(i % 2 + 1);
   }
-  EXPECT_EQ(inner.GetLink(7, copy), copy->GetFirstObject());
-  BaseDocument::Free(copy);
+  EXPECT_EQ(inner.GetLink(7, copy.get()), copy->GetFirstObject());
 }
 
 TEST(Copy, OntoItselfDoesNothingAndUnlikeKindsAreRefused) {
@@ -258,9 +255,8 @@ TEST(Copy, MaterialTakesItsShadersAndTheLinksToThem) {
 TEST(Copy, WhatAReaderKeepsGoesWithTheCopy) {
   SceneBuilder scene;
   engine::KeepWith(scene.Doc(), std::make_shared<int>(5));
-  BaseDocument* copy = CopyOf(scene.Doc(), host::COPY_DOCUMENT);
+  const engine::OwnedDocument copy = CopyOf(scene.Doc(), host::COPY_DOCUMENT);
   EXPECT_EQ(engine::KeptWith(*copy), engine::KeptWith(scene.Doc()));
-  BaseDocument::Free(copy);
 }
 
 }  // namespace

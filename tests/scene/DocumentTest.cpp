@@ -4,7 +4,8 @@
 
 #include <functional>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentListener.h"
+#include "engine/scene/DocumentState.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Single elements: type names, defaults, parameters, layers, bits.
 #include <gtest/gtest.h>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NewNodes.h"
 #include "engine/scene/SceneDump.h"
 #include "host/Parameters.h"
 #include "tests/support/SceneBuilder.h"

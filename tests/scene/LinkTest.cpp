@@ -1,7 +1,9 @@
 // Links resolve to what is alive and lives in the document that is asked, and to nothing else.
 #include <gtest/gtest.h>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/Ownership.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
@@ -97,18 +99,18 @@ TEST(Link, InADocumentCopyPointsToTheCounterpart) {
   for (const BaseList2D* target : scene.Targets()) data->SetLink(key++, target);
   data->SetLink(key, foreign.GetObject("Elsewhere"));
 
-  auto* copy = static_cast<BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr));
+  const engine::OwnedDocument copy(
+      static_cast<BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr)));
   for (host::LONG i = 0; i < key; ++i) {
     const BaseList2D* original = data->GetLink(i, &scene.Doc());
-    const BaseList2D* counterpart = copy->GetDataInstance()->GetLink(i, copy);
+    const BaseList2D* counterpart = copy->GetDataInstance()->GetLink(i, copy.get());
     ASSERT_NE(counterpart, nullptr) << i;
     EXPECT_NE(counterpart, original) << i;
     EXPECT_EQ(counterpart->GetName(), original->GetName()) << i;
-    EXPECT_EQ(counterpart->GetDocument(), copy) << i;
+    EXPECT_EQ(counterpart->GetDocument(), copy.get()) << i;
   }
-  EXPECT_EQ(copy->GetDataInstance()->GetLink(key, copy), nullptr);
+  EXPECT_EQ(copy->GetDataInstance()->GetLink(key, copy.get()), nullptr);
   EXPECT_NE(copy->GetDataInstance()->GetLink(key, &foreign.Doc()), nullptr);
-  BaseDocument::Free(copy);
 }
 
 TEST(Link, InsideAnElementCopyPointsToTheCopiesAndOtherwiseStays) {

@@ -4,10 +4,11 @@
 #include <algorithm>
 #include <map>
 
-#include "engine/scene/DocumentChain.h"
+#include "engine/scene/DocumentState.h"
 #include "engine/scene/Mesh.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/scene/TreeWalk.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
@@ -113,16 +114,16 @@ TEST(Tree, TagsShadersAndExpressionNodesKeepTheirOrder) {
 }
 
 TEST(Tree, ChainsDocuments) {
-  BaseDocument* docs[] = {BaseDocument::Alloc(), BaseDocument::Alloc(), BaseDocument::Alloc()};
+  engine::OwnedDocument docs[3];
+  for (engine::OwnedDocument& doc : docs) doc.reset(BaseDocument::Alloc());
   engine::ChainDocument(*docs[0], nullptr);
-  engine::ChainDocument(*docs[1], docs[0]);
-  engine::ChainDocument(*docs[2], docs[1]);
+  engine::ChainDocument(*docs[1], docs[0].get());
+  engine::ChainDocument(*docs[2], docs[1].get());
   docs[1]->Remove();
-  EXPECT_EQ(docs[0]->GetNext(), docs[2]);
-  EXPECT_EQ(docs[2]->GetPred(), docs[0]);
+  EXPECT_EQ(docs[0]->GetNext(), docs[2].get());
+  EXPECT_EQ(docs[2]->GetPred(), docs[0].get());
   EXPECT_EQ(docs[1]->GetNext(), nullptr);
   engine::UnchainDocument(*docs[0]);
-  for (BaseDocument*& doc : docs) BaseDocument::Free(doc);
 }
 
 TEST(Tree, WalksBelowARootOrToTheEnd) {
@@ -208,9 +209,9 @@ TEST(Tree, DeepChainsAreBuiltWalkedCopiedDumpedAndDestroyed) {
     BaseObject* end = DeepChain(doc, topDown);
     EXPECT_EQ(engine::CountScene(doc).objects, static_cast<std::size_t>(kDeep));
     EXPECT_EQ(end->GetMg(), host::Matrix());
-    auto* copy = static_cast<BaseDocument*>(doc.GetClone(host::COPY_DOCUMENT, nullptr));
+    const engine::OwnedDocument copy(
+        static_cast<BaseDocument*>(doc.GetClone(host::COPY_DOCUMENT, nullptr)));
     EXPECT_EQ(engine::DumpDocument(*copy), engine::DumpDocument(doc));
-    BaseDocument::Free(copy);
     BaseObject* twin = static_cast<BaseObject*>(doc.GetFirstObject()->GetClone(0, nullptr));
     BaseObject::Free(twin);
     BaseObject* top = doc.GetFirstObject();
@@ -237,9 +238,9 @@ TEST(Tree, DeepShaderAndLayerChains) {
     layer = below;
   }
   EXPECT_EQ(scene.Doc().GetAllTextures(nullptr).GetCount(), kDeep + 1);
-  auto* copy = static_cast<BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr));
+  const engine::OwnedDocument copy(
+      static_cast<BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr)));
   EXPECT_EQ(engine::CountScene(*copy).layers, static_cast<std::size_t>(kDeep));
-  BaseDocument::Free(copy);
 }
 
 // Objects and where they hang, as plain lists.

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/Bytes.h"
 #include "engine/scenefile/Columns.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Sections.h"
+#include "host/RenderData.h"
 #include "tests/scenefile/Scenes.h"
 
 namespace tests {
@@ -75,7 +77,7 @@ TEST(SceneFileDamage, ChangedContentsBehindARightChecksumDoNoHarm) {
       std::string changed = contents;
       changed[at] = static_cast<char>(changed[at] ^ (1 << (at % 8)));
       const auto doc = engine::ReadScene(WithSection(bytes, section.name, changed), 1 << 28);
-      if (doc) engine::DumpDocument(*Document(doc.Value()));
+      if (doc) engine::DumpDocument(*doc.Value());
       EXPECT_FALSE(engine::ReadScene(WithSection(bytes, section.name, contents.substr(0, at))).Ok())
           << section.name << at;
     }

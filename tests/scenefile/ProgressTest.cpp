@@ -2,7 +2,7 @@
 // that.
 #include <gtest/gtest.h>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "engine/scenefile/SceneFile.h"
 #include "host/Host.h"
 #include "tests/support/ScratchFolder.h"
@@ -10,10 +10,7 @@
 
 namespace {
 
-struct FreeDocument {
-  void operator()(host::BaseDocument* doc) const { host::BaseDocument::Free(doc); }
-};
-using Document = std::unique_ptr<host::BaseDocument, FreeDocument>;
+using Document = engine::OwnedDocument;
 
 Document SceneOf(int objects) {
   Document doc(host::BaseDocument::Alloc());
@@ -24,7 +21,7 @@ Document SceneOf(int objects) {
 TEST(SceneProgress, GoesFromNothingToAllInBothDirections) {
   const Document doc = SceneOf(40000);
   std::vector<double> shares;
-  const engine::GoOn note = [&](double share) {
+  const engine::ProgressCallback note = [&](double share) {
     shares.push_back(share);
     return true;
   };
@@ -43,7 +40,6 @@ TEST(SceneProgress, GoesFromNothingToAllInBothDirections) {
   for (const std::string& piece : pieces.Value()) bytes += piece;
   const auto read = engine::ReadScene(bytes, 0, note);
   ASSERT_TRUE(read);
-  const Document again(read.Value());
   check("reading");
 }
 
@@ -72,8 +68,7 @@ TEST(SceneProgress, StoppingASaveLeavesTheOldFileAndStoppingAnOpenSaysSo) {
   services.person.StopProgressAt(0);
   const auto whole = engine::OpenSceneFile(services.Get(), path);
   ASSERT_TRUE(whole);
-  const Document again(whole.Value());
-  EXPECT_EQ(engine::CountScene(*again).objects, 40000U);
+  EXPECT_EQ(engine::CountScene(*whole.Value()).objects, 40000U);
 }
 
 }  // namespace

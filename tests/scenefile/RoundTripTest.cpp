@@ -1,9 +1,12 @@
 // What is saved comes back: every kind of element, every field, sharing, order, identities.
 #include <gtest/gtest.h>
 
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/ElementState.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/scenefile/SceneFile.h"
 #include "tests/scenefile/Scenes.h"
 

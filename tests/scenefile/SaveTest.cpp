@@ -20,13 +20,13 @@ class SceneFileOnDisk : public testing::Test {
 TEST_F(SceneFileOnDisk, OpeningSetsPathAndName) {
   const Document doc = EverythingScene();
   ASSERT_TRUE(engine::SaveSceneFile(services_.Get(), *doc, folder_ / "scene.c4d"));
-  const auto opened = engine::OpenSceneFile(services_.Get(), folder_ / "scene.c4d");
-  ASSERT_TRUE(opened) << opened.Message();
-  const Document owned(opened.Value());
-  EXPECT_EQ(engine::DumpDocument(*owned), engine::DumpDocument(*doc));
-  EXPECT_EQ(owned->GetDocumentName().GetString().ToUtf8(), "scene.c4d");
-  EXPECT_EQ(owned->GetDocumentPath().GetString().ToUtf8(), folder_.Path());
-  EXPECT_FALSE(owned->GetChanged());
+  auto read = engine::OpenSceneFile(services_.Get(), folder_ / "scene.c4d");
+  ASSERT_TRUE(read) << read.Message();
+  const Document opened = read.Take();
+  EXPECT_EQ(engine::DumpDocument(*opened), engine::DumpDocument(*doc));
+  EXPECT_EQ(opened->GetDocumentName().GetString().ToUtf8(), "scene.c4d");
+  EXPECT_EQ(opened->GetDocumentPath().GetString().ToUtf8(), folder_.Path());
+  EXPECT_FALSE(opened->GetChanged());
 }
 
 // What lies beside or below the scene moves with it; the document that was saved keeps its names.
@@ -48,10 +48,10 @@ TEST_F(SceneFileOnDisk, FilesBesideTheSceneMoveWithIt) {
   ASSERT_TRUE(engine::SaveSceneFile(services_.Get(), scene.Doc(), folder_ / "a/scene.c4d"));
   EXPECT_EQ(engine::DumpDocument(scene.Doc()), before);
   EXPECT_EQ(engine::DumpDocument(
-                *Document(engine::OpenSceneFile(services_.Get(), folder_ / "a/scene.c4d").Value())),
+                *engine::OpenSceneFile(services_.Get(), folder_ / "a/scene.c4d").Value()),
             before);
   ASSERT_TRUE(services_.files.Rename(folder_ / "a", folder_ / "b"));
-  const Document moved(engine::OpenSceneFile(services_.Get(), folder_ / "b/scene.c4d").Value());
+  const Document moved = engine::OpenSceneFile(services_.Get(), folder_ / "b/scene.c4d").Take();
   EXPECT_FALSE(moved->GetChanged());
   std::vector<std::string> found;
   const host::BaseContainer all = moved->GetAllTextures(nullptr);
@@ -91,7 +91,7 @@ TEST_F(SceneFileOnDisk, FilesOfVersion1Open) {
   const std::string golden = TEST_SOURCE_DIR "/tests/scenefile/golden/version1";
   const auto opened = engine::OpenSceneFile(services_.Get(), golden + ".c4d");
   ASSERT_TRUE(opened) << opened.Message();
-  EXPECT_EQ(engine::DumpDocument(*Document(opened.Value())), ReadText(golden + ".txt"));
+  EXPECT_EQ(engine::DumpDocument(*opened.Value()), ReadText(golden + ".txt"));
 }
 
 }  // namespace

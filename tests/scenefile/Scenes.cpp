@@ -5,10 +5,15 @@
 #include <limits>
 #include <numeric>
 
+#include "engine/scene/ElementState.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scenefile/SceneFile.h"
+#include "host/BaseMaterial.h"
+#include "host/GvNode.h"
+#include "host/LayerObject.h"
 #include "host/Parameters.h"
+#include "host/RenderData.h"
 
 namespace tests {
 
@@ -200,16 +205,14 @@ std::string Bytes(const BaseDocument& doc) {
 }
 
 Document Reopened(const std::string& bytes) {
-  const auto doc = engine::ReadScene(bytes);
+  auto doc = engine::ReadScene(bytes);
   EXPECT_TRUE(doc.Ok()) << doc.Message();
-  return Document(doc ? doc.Value() : nullptr);
+  return doc ? doc.Take() : nullptr;
 }
 
 std::string Refusal(const std::string& bytes) {
   const auto doc = engine::ReadScene(bytes);
-  if (!doc) return doc.Message();
-  const Document opened(doc.Value());
-  return "opened";
+  return doc ? "opened" : doc.Message();
 }
 
 }  // namespace tests

@@ -5,14 +5,14 @@
 #include <memory>
 #include <string>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/Ownership.h"
+#include "host/BaseContainer.h"
+#include "host/BaseDocument.h"
+#include "host/BaseList2D.h"
 
 namespace tests {
 
-struct DocumentFree {
-  void operator()(host::BaseDocument* doc) const { host::BaseDocument::Free(doc); }
-};
-using Document = std::unique_ptr<host::BaseDocument, DocumentFree>;
+using Document = engine::OwnedDocument;
 
 // Every type of value, empty entries, negative and far keys, own IDs at three depths, equal
 // sub-containers, a link to `target`.

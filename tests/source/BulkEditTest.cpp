@@ -1,5 +1,5 @@
 // What updating and setting write into the checked elements.
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "source/Stagemarks/keys/TagTypes.h"
 #include "tests/source/StageTest.h"
 

@@ -1,7 +1,7 @@
 // Deleting elements, with what each owns outside its record, and deleting what no element needs.
 #include <filesystem>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "tests/source/StageTest.h"
 #include "tests/support/ScratchFolder.h"
 

@@ -48,11 +48,10 @@ class ExportTest : public StageTest {
   }
   // The state in an exported file.
   std::string StateIn(const std::string& file) {
-    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Services().Get(), Out(file));
+    auto opened = engine::OpenSceneFile(Services().Get(), Out(file));
     if (!opened) return opened.Message();
-    BaseDocument* doc = opened.Take();
+    const engine::OwnedDocument doc = opened.Take();
     const std::string state = engine::DumpState(*doc);
-    BaseDocument::Free(doc);
     return state;
   }
   // The states that loading these elements one after the other onto one copy gives, and the
@@ -126,13 +125,11 @@ TEST_F(ExportTest, EveryLayoutWritesTheStatesThatLoadingInListOrderGives) {
 TEST_F(ExportTest, TheSecondElementInheritsWhatItDoesNotRecord) {
   RecordTwo();
   Generate(kAsSaveFile);
-  engine::Result<BaseDocument*> opened =
-      engine::OpenSceneFile(Services().Get(), Out("Scene B.c4d"));
+  auto opened = engine::OpenSceneFile(Services().Get(), Out("Scene B.c4d"));
   ASSERT_TRUE(opened) << opened.Message();
-  BaseDocument* doc = opened.Take();
+  const engine::OwnedDocument doc = opened.Take();
   EXPECT_EQ(doc->GetActiveRenderData()->GetDataInstance()->GetLong(RDATA_XRES), 800);
   EXPECT_EQ(Switches(doc->GetFirstObject()), "1 0 0");
-  BaseDocument::Free(doc);
 }
 
 TEST_F(ExportTest, AsksInOrderAndStopsWhereItMust) {
@@ -162,14 +159,13 @@ TEST_F(ExportTest, TheFrameRangeOverridesEveryElementsOwn) {
   Tick(kChangeFrameRange, true);
   Generate(kAsSaveFile);
   for (const char* file : {"Scene A.c4d", "Scene B.c4d"}) {
-    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Services().Get(), Out(file));
+    auto opened = engine::OpenSceneFile(Services().Get(), Out(file));
     ASSERT_TRUE(opened) << opened.Message();
-    BaseDocument* doc = opened.Take();
+    const engine::OwnedDocument doc = opened.Take();
     const BaseContainer data = doc->GetActiveRenderData()->GetData();
     EXPECT_EQ(data.GetLong(RDATA_FRAMESEQUENCE), 0);
     EXPECT_EQ(data.GetTime(RDATA_FRAMEFROM), BaseTime(5, 30));
     EXPECT_EQ(data.GetTime(RDATA_FRAMETO), BaseTime(60, 30));
-    BaseDocument::Free(doc);
   }
   EXPECT_EQ(Doc().GetActiveRenderData()->GetDataInstance()->GetTime(RDATA_FRAMETO),
             BaseTime(90, 30));

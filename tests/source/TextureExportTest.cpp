@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/scenefile/SceneFile.h"
 #include "host/GvNode.h"
 #include "tests/source/StageTest.h"
@@ -53,14 +53,13 @@ class TextureExportTest : public StageTest {
   }
   // Texture references of a scene file, in scene order, a line each.
   std::string References(const std::string& file) {
-    engine::Result<BaseDocument*> opened = engine::OpenSceneFile(Services().Get(), file);
+    auto opened = engine::OpenSceneFile(Services().Get(), file);
     if (!opened) return opened.Message();
-    BaseDocument* doc = opened.Take();
+    const engine::OwnedDocument doc = opened.Take();
     const BaseContainer all = doc->GetAllTextures(nullptr);
     std::string text;
     for (LONG i = 0; i < all.GetCount(); ++i)
       text += all.GetIndexData(i).GetFilename().GetString().ToUtf8() + "\n";
-    BaseDocument::Free(doc);
     return text;
   }
 };
@@ -234,10 +233,9 @@ TEST_F(ShaderPlacesTest, BitmapShadersAreCutWhereverTheyHangButNotOnOtherTags) {
       ->InsertShader(Shader(Xbitmap, "/p/node.png"));
   Generate(kAsSaveProjectOneFolder);
 
-  engine::Result<BaseDocument*> opened =
-      engine::OpenSceneFile(Services().Get(), In("out/Scene A.c4d"));
+  auto opened = engine::OpenSceneFile(Services().Get(), In("out/Scene A.c4d"));
   ASSERT_TRUE(opened) << opened.Message();
-  BaseDocument* doc = opened.Take();
+  const engine::OwnedDocument doc = opened.Take();
   EXPECT_EQ(Paths(*doc->GetFirstMaterial()),
             " /p/layer.png nested.png+/p/second.png deep.png bare.png");
   child = doc->GetFirstObject()->GetDown();
@@ -249,7 +247,6 @@ TEST_F(ShaderPlacesTest, BitmapShadersAreCutWhereverTheyHangButNotOnOtherTags) {
                        ->GetDown()
                        ->GetDown()),
             " node.png");
-  BaseDocument::Free(doc);
   EXPECT_EQ(Paths(*Doc().GetFirstObject()->GetDown()), " /p/object.png");
 }
 

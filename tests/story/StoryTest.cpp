@@ -14,7 +14,9 @@
 #include <fstream>
 
 #include "engine/editing/Selection.h"
+#include "engine/scene/NodeTypes.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseMaterial.h"
 #include "host/BaseObject.h"

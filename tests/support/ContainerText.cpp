@@ -1,7 +1,7 @@
 #include "tests/support/ContainerText.h"
 
 #include "engine/core/ContainerAccess.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
 
 namespace tests {
 

@@ -2,11 +2,12 @@
 
 #include <utility>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/LayerObject.h"
-#include "source/Stagemarks/keys/TagTypes.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
 #include "source/Stagemarks/keys/PluginIds.h"
+#include "source/Stagemarks/keys/TagTypes.h"
 
 namespace tests::plain {
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/undo/Undo.h"
 #include "tests/support/SceneBuilder.h"
 

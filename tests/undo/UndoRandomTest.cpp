@@ -2,8 +2,9 @@
 // dump it had.
 #include <gtest/gtest.h>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/scene/TreeWalk.h"
 #include "engine/undo/MoveNodes.h"
 #include "engine/undo/Undo.h"
 #include "tests/support/SceneBuilder.h"

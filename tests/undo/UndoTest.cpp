@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/MoveNodes.h"
 #include "engine/undo/Undo.h"

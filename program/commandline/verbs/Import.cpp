@@ -1,6 +1,6 @@
 
 #include "engine/import/Import.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 

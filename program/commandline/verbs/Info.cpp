@@ -3,8 +3,9 @@
 
 #include "engine/dialog/TextArea.h"
 #include "engine/render/TextureSearch.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/scene/TreeWalk.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/SceneLookup.h"
 #include "program/commandline/Session.h"

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <map>
 
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "program/desktop/Text.h"
 
 namespace desktop {

@@ -14,6 +14,11 @@
 #include <cmath>
 
 #include "engine/render/Image.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/TreeWalk.h"
+#include "host/BaseMaterial.h"
+#include "host/LayerObject.h"
+#include "host/RenderData.h"
 #include "program/desktop/FileDialogs.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"

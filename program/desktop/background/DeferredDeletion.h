@@ -2,17 +2,12 @@
 // objects takes time. It owns the document; what is left goes at once with it. Main thread.
 #pragma once
 
-#include <memory>
-
-#include "host/BaseDocument.h"
+#include "engine/scene/Ownership.h"
 #include "program/desktop/background/Slices.h"
 
 namespace desktop {
 
-struct FreeDocument {
-  void operator()(host::BaseDocument* doc) const { host::BaseDocument::Free(doc); }
-};
-using OwnedDocument = std::unique_ptr<host::BaseDocument, FreeDocument>;
+using engine::OwnedDocument;
 
 class DeferredDeletion {
  public:

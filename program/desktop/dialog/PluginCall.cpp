@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/DocumentState.h"
 #include "engine/undo/Undo.h"
 #include "host/Application.h"
 #include "program/desktop/Text.h"

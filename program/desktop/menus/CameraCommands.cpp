@@ -1,6 +1,7 @@
 #include "program/desktop/menus/CameraCommands.h"
 
 #include "engine/editing/ObjectCommands.h"
+#include "engine/scene/NodeIds.h"
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
 

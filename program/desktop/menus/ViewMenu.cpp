@@ -2,7 +2,8 @@
 
 #include "engine/editing/ObjectCommands.h"
 #include "engine/editing/Selection.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/BaseObject.h"
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"

@@ -7,7 +7,7 @@
 #include <QTreeView>
 #include <vector>
 
-#include "engine/scene/Nodes.h"
+#include "engine/core/ContainerAccess.h"
 
 namespace desktop {
 

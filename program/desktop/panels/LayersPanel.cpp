@@ -11,6 +11,9 @@
 
 #include "engine/editing/LayerCommands.h"
 #include "engine/editing/Selection.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 #include "program/desktop/Colors.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"

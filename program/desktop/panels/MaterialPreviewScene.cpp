@@ -1,7 +1,7 @@
 #include "program/desktop/panels/MaterialPreviewScene.h"
 
 #include "engine/scene/EmbeddedFiles.h"
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
 #include "host/Parameters.h"
 
 namespace desktop {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "engine/render/Renderer.h"
+#include "engine/scene/Ownership.h"
 
 namespace desktop {
 
@@ -11,16 +12,13 @@ class MaterialPreviewScene {
  public:
   // `material` is one of `doc`.
   MaterialPreviewScene(const host::BaseDocument& doc, host::BaseMaterial& material);
-  MaterialPreviewScene(const MaterialPreviewScene&) = delete;
-  MaterialPreviewScene& operator=(const MaterialPreviewScene&) = delete;
-  ~MaterialPreviewScene() { host::BaseDocument::Free(doc_); }
 
   const host::BaseDocument& Document() const { return *doc_; }
   // A camera that sees the ball from side to side in a square picture.
   static engine::PictureCamera Camera();
 
  private:
-  host::BaseDocument* doc_;
+  engine::OwnedDocument doc_;
 };
 
 }  // namespace desktop

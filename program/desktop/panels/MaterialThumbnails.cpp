@@ -7,6 +7,9 @@
 #include <memory>
 
 #include "engine/render/SceneScan.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
 
 namespace desktop {
 
@@ -34,7 +37,7 @@ using Picture = std::unique_ptr<engine::PictureInProgress>;
 
 // Null when it was stopped or memory is short.
 Picture Render(engine::ScenePicture scene, std::uint32_t side, engine::RenderCaches& caches,
-               const engine::GoOn& goOn) {
+               const engine::ProgressCallback& goOn) {
   auto prepared = engine::PreparedScene::Make(std::move(scene), caches, goOn);
   if (!prepared) return nullptr;
   engine::PictureSetup setup;

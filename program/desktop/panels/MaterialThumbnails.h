@@ -8,6 +8,7 @@
 #include <map>
 
 #include "engine/outside/Services.h"
+#include "host/BaseMaterial.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/background/BackgroundJob.h"
 #include "program/desktop/panels/MaterialPreviewScene.h"

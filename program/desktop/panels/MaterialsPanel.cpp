@@ -8,6 +8,8 @@
 
 #include "engine/editing/MaterialCommands.h"
 #include "engine/editing/Selection.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"

@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "engine/editing/Selection.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/undo/MoveNodes.h"
 #include "host/Application.h"
 #include "program/desktop/Text.h"

@@ -9,7 +9,6 @@
 #include <memory>
 #include <vector>
 
-#include "engine/scene/Nodes.h"
 #include "program/desktop/OpenDocument.h"
 
 namespace desktop {

@@ -6,7 +6,7 @@
 #include <QToolTip>
 #include <cmath>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeTypes.h"
 #include "host/Parameters.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"

@@ -3,6 +3,8 @@
 #include "engine/editing/MaterialCommands.h"
 #include "engine/editing/Selection.h"
 #include "engine/render/Primitives.h"
+#include "engine/scene/ElementState.h"
+#include "engine/scene/NodeTypes.h"
 #include "engine/undo/Undo.h"
 #include "host/BaseObject.h"
 #include "program/desktop/Colors.h"

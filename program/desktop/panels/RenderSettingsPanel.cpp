@@ -10,6 +10,8 @@
 #include <QVBoxLayout>
 #include <set>
 
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/panels/DragAndDrop.h"

@@ -4,6 +4,7 @@
 #include <QJsonObject>
 #include <algorithm>
 
+#include "engine/scene/NewNodes.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"
@@ -103,7 +104,7 @@ void Autosave::Keep(host::BaseDocument& doc, Kept& state) {
   state.acts = 0;
   if (const engine::Status ready = folder_.Prepare(); !ready) return Done(document, count, ready);
   AutosaveJob job;
-  job.copy.reset(static_cast<host::BaseDocument*>(doc.GetClone(host::COPY_DOCUMENT, nullptr)));
+  job.copy = engine::CopyOf(doc);
   job.files = folder_.FilesOf(document);
   job.note = NoteOf(doc);
   worker_.Start(std::move(job), [this, document, count](const engine::Status& status) {

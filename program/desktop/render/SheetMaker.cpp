@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "engine/application/ProgramPlaces.h"
+#include "engine/scene/NewNodes.h"
 #include "engine/scenefile/SceneFile.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/DocumentBusy.h"
@@ -106,7 +107,7 @@ void SheetMaker::Begin() {
                                   : doc->GetDocumentName();
   order_ = OptionsOfDialog();
   order_.insert(order_.begin(), path.GetString().ToUtf8());
-  copy_.reset(static_cast<host::BaseDocument*>(doc->GetClone(host::COPY_DOCUMENT, nullptr)));
+  copy_ = engine::CopyOf(*doc);
   if (!copy_) return Fail("There was not enough memory for a copy of the scene.");
   writing_.Start(
       [this](const BackgroundJob::Control& job) {

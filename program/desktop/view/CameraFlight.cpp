@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/scene/ElementState.h"
 #include "engine/scene/Frames.h"
+#include "engine/scene/NodeTypes.h"
 #include "engine/undo/Undo.h"
 #include "host/LayerObject.h"
 #include "host/Parameters.h"

@@ -1,7 +1,5 @@
 #include "program/desktop/view/SceneFeed.h"
 
-#include "engine/scene/Nodes.h"
-
 namespace desktop {
 
 namespace {

@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/scene/Nodes.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/view/Outline.h"
 

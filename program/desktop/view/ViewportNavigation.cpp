@@ -5,6 +5,8 @@
 #include <cmath>
 
 #include "engine/editing/MaterialCommands.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/view/Viewport.h"
