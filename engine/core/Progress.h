@@ -1,5 +1,5 @@
-// ProgressCallback: how long work reports how far it is and learns whether it is still wanted. Called
-// on the thread that does the work.
+// ProgressCallback: how long work reports how far it is and learns whether it is still wanted.
+// Called on the thread that does the work.
 #pragma once
 
 #include <functional>

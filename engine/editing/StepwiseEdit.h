@@ -20,8 +20,8 @@ struct [[nodiscard]] StepwiseEdit {
   std::function<void()> finish;
 };
 
-// One run of an edit: an open undo group until it is destroyed. Destroyed before its end, also by an
-// exception, it takes back all that was done.
+// One run of an edit: an open undo group until it is destroyed. Destroyed before its end, also by
+// an exception, it takes back all that was done.
 class StepwiseRun {
  public:
   StepwiseRun(host::BaseDocument& doc, StepwiseEdit edit);

@@ -24,8 +24,8 @@ class FileLock {
   // At once; nothing where somebody else has the lock. Links are followed. Fails where the file
   // cannot be opened.
   static Result<std::optional<FileLock>> Try(const std::string& path);
-  // Waits for it at most that long; `progress` is asked meanwhile with the share of the time that has
-  // passed. Fails when the time is over or `progress` answers false.
+  // Waits for it at most that long; `progress` is asked meanwhile with the share of the time that
+  // has passed. Fails when the time is over or `progress` answers false.
   static Result<FileLock> Take(const std::string& path, std::chrono::milliseconds longest,
                                const ProgressCallback& progress = {});
 

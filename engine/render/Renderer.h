@@ -43,8 +43,8 @@ class PictureInProgress {
   PictureInProgress& operator=(const PictureInProgress&) = delete;
 
   // Does the next pass: the first one looks once at each pixel, the second one four times, the last
-  // one sixteen times where neighbors differ. `progress` is asked from the calling thread. False when
-  // it was stopped; the pass can be taken up again then.
+  // one sixteen times where neighbors differ. `progress` is asked from the calling thread. False
+  // when it was stopped; the pass can be taken up again then.
   bool Refine(const ProgressCallback& progress = {});
   bool IsFinished() const { return pass_ == (setup_.draft ? 1 : kPasses); }
 

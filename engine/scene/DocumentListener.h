@@ -1,6 +1,6 @@
-// DocumentListener and UndoAttachment: those who work with a document, which does not know them: the
-// application's scene hooks, and the history that keeps undo steps. Both are owned by the document
-// and end before its nodes do. Main thread.
+// DocumentListener and UndoAttachment: those who work with a document, which does not know them:
+// the application's scene hooks, and the history that keeps undo steps. Both are owned by the
+// document and end before its nodes do. Main thread.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,6 @@
 // NodeAccess: the one way into the private members of scene elements. Used in engine/scene and
-// engine/undo only; what others need is a function of the headers by topic. It checks nothing. Main thread.
+// engine/undo only; what others need is a function of the headers by topic. It checks nothing. Main
+// thread.
 #pragma once
 
 #include <memory>

@@ -1,6 +1,6 @@
-// ProgressMeter: counts the elements that the reading or writing of a scene has gone through, reports
-// the share of them to a ProgressCallback, and ends the work by an exception when that says no.
-// Scenes of less than one stride never ask: nobody would see the answer. One thread.
+// ProgressMeter: counts the elements that the reading or writing of a scene has gone through,
+// reports the share of them to a ProgressCallback, and ends the work by an exception when that says
+// no. Scenes of less than one stride never ask: nobody would see the answer. One thread.
 #pragma once
 
 #include <algorithm>

@@ -80,8 +80,8 @@ class UndoEntry {
   // Of an entry that keeps contents: whether those of `node`, its element, are others. Selection
   // does not count.
   bool Differs(const host::BaseList2D& node) const;
-  // Adds the differences as lines for a person, "object "Cube" render off -> on". Of an entry that keeps
-  // contents.
+  // Adds the differences as lines for a person, "object "Cube" render off -> on". Of an entry that
+  // keeps contents.
   void AppendDifference(const host::BaseDocument& doc, const host::BaseList2D& node,
                         std::vector<std::string>& lines) const;
 

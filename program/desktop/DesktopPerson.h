@@ -43,7 +43,8 @@ class DesktopPerson : public engine::Person {
   bool Writing(const std::string& path) override;
 
  private:
-  // Shows the box when the work has gone on for longer than the box's patience. False when it shall stop.
+  // Shows the box when the work has gone on for longer than the box's patience. False when it shall
+  // stop.
   bool ShowProgress(double fraction, const std::string& what);
   // Draws the box and hears its button.
   void LetDraw(double fraction, const std::string& what);

@@ -1,6 +1,7 @@
-// The labels by which buttons, check boxes and menu entries of the Stagemarks dialog are found. They
-// are the plug-in's own (source/Stagemarks/dialog/Layout.cpp and source/Stagemarks/keys/Gadgets.h),
-// which cannot be included here: whoever changes one there changes it here. Any thread.
+// The labels by which buttons, check boxes and menu entries of the Stagemarks dialog are found.
+// They are the plug-in's own (source/Stagemarks/dialog/Layout.cpp and
+// source/Stagemarks/keys/Gadgets.h), which cannot be included here: whoever changes one there
+// changes it here. Any thread.
 #pragma once
 
 namespace pictures {

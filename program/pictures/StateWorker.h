@@ -6,8 +6,8 @@
 //   out   a State for each state, see StateFacts; Done; or a Failure, which ends the child here and
 //         later
 //   in    a Note with the box that each picture fits into, "width height"
-//   out   for each state Progress and Notes, the Picture as bytes of red, green, blue, alpha, row by
-//         row, and Done
+//   out   for each state Progress and Notes, the Picture as bytes of red, green, blue, alpha, row
+//         by row, and Done
 #pragma once
 
 #include <optional>

@@ -188,6 +188,16 @@ TEST(Documents, NameOnlyWhatExists) {
   EXPECT_GT(names, 200U);
 }
 
+TEST(Documents, DrawingsNameFilesThatExist) {
+  const std::regex file("[\\w-]+\\.(?:h|cpp)\\b");
+  const std::string drawing = ReadText(kRoot / "docs/images/record-element.svg");
+  const std::sregex_iterator first(drawing.begin(), drawing.end(), file);
+  EXPECT_GT(std::distance(first, std::sregex_iterator()), 10);
+  for (std::sregex_iterator it = first; it != std::sregex_iterator(); ++it) {
+    EXPECT_TRUE(TheTree().files.count(it->str())) << it->str();
+  }
+}
+
 TEST(Documents, LinksLeadToFiles) {
   const std::regex link("\\]\\(([^)#:\\s]+)(?:#[^)]*)?\\)");
   std::size_t links = 0;

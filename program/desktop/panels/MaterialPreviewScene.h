@@ -1,6 +1,6 @@
-// MaterialPreviewScene: a tiny document with a ball that has one material, for a picture of the material. It
-// has a copy of the material and shares textures with the document. Owned by whoever makes it; main
-// thread.
+// MaterialPreviewScene: a tiny document with a ball that has one material, for a picture of the
+// material. It has a copy of the material and shares textures with the document. Owned by whoever
+// makes it; main thread.
 #pragma once
 
 #include "engine/render/Renderer.h"

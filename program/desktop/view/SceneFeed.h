@@ -1,4 +1,5 @@
-// SceneFeed: reads what can be seen of a document when that has changed, in slices. It keeps the document's identity, never its address. Main thread.
+// SceneFeed: reads what can be seen of a document when that has changed, in slices. It keeps the
+// document's identity, never its address. Main thread.
 #pragma once
 
 #include <functional>

@@ -61,8 +61,8 @@ class CheckedElements {
   ElementNames names_;
 };
 
-// Hands out the lowest keys that a container has no entry under, in ascending order, without looking
-// at any key twice. The container may only grow by the keys handed out meanwhile.
+// Hands out the lowest keys that a container has no entry under, in ascending order, without
+// looking at any key twice. The container may only grow by the keys handed out meanwhile.
 class FreeKeys {
  public:
   explicit FreeKeys(const BaseContainer& container) : container_(container) {}

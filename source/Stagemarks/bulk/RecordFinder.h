@@ -1,5 +1,5 @@
-// Which items of a scene some records link to, found in one pass over the records: ItemIndex knows the
-// items' places in a list, RecordFinder the records' positions, kept right while records are
+// Which items of a scene some records link to, found in one pass over the records: ItemIndex knows
+// the items' places in a list, RecordFinder the records' positions, kept right while records are
 // written. The link alone is an item's identity. They own neither items nor records, which must
 // outlive them. Main thread.
 #pragma once

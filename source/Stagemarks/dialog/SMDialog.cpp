@@ -1,4 +1,5 @@
-// The dialog's life and its one event handler, which decides who does the work and does none itself.
+// The dialog's life and its one event handler, which decides who does the work and does none
+// itself.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/keys/FileNames.h"
 #include "source/Stagemarks/keys/Gadgets.h"

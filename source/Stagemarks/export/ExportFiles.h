@@ -1,5 +1,5 @@
-// The files of one export: ExportPlaces tells where they go, TextureGathering copies the textures that
-// an export in a project layout needs. Main thread.
+// The files of one export: ExportPlaces tells where they go, TextureGathering copies the textures
+// that an export in a project layout needs. Main thread.
 #pragma once
 
 #include <vector>

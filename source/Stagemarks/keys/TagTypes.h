@@ -1,5 +1,6 @@
-// Which tags are recorded: the option that asks for each type, how its settings are captured, and the
-// keys of the compositing tag's fifty parameters. The numbers stand in scene files: never renumber.
+// Which tags are recorded: the option that asks for each type, how its settings are captured, and
+// the keys of the compositing tag's fifty parameters. The numbers stand in scene files: never
+// renumber.
 #pragma once
 
 #include <array>

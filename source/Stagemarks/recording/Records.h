@@ -1,6 +1,6 @@
-// The records of single objects, tags and layers, written alike by recording and by the bulk edits. A
-// record's own ID is the key it is stored under. RecordedCompositing spares a recording the reading
-// of compositing tags that are as they were. Main thread.
+// The records of single objects, tags and layers, written alike by recording and by the bulk edits.
+// A record's own ID is the key it is stored under. RecordedCompositing spares a recording the
+// reading of compositing tags that are as they were. Main thread.
 #pragma once
 
 #include <cstddef>
@@ -30,9 +30,9 @@ void WriteLayerFlags(BaseContainer& record, const BaseList2D& layer, const BaseD
 // The link to the layer and its flags.
 BaseContainer LayerRecord(const BaseList2D& layer, const BaseDocument* doc, LONG index);
 
-// What was recorded of the scene's compositing tags last, in the order of the walk. A tag whose data
-// is what it was then is recorded again without reading its fifty values, and so is one whose data
-// is that of the tag before. The copies of data and records share their entries with tags and
+// What was recorded of the scene's compositing tags last, in the order of the walk. A tag whose
+// data is what it was then is recorded again without reading its fifty values, and so is one whose
+// data is that of the tag before. The copies of data and records share their entries with tags and
 // stores.
 class RecordedCompositing {
  public:
