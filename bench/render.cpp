@@ -57,7 +57,7 @@ std::unique_ptr<engine::PictureInProgress> Begin(const host::BaseDocument& doc,
 
 // The bare search.
 double SearchTime(const host::BaseDocument& doc, engine::RenderCaches& caches) {
-  engine::ScenePicture scene = engine::ReadScene(doc, Files(), {}, caches);
+  engine::ScenePicture scene = engine::ReadScenePicture(doc, Files(), {}, caches);
   scene.camera = engine::FramingCamera(engine::OutlineOf(scene), double{kWidth} / kHeight);
   const engine::RayScene rays(scene, caches.Device());
   const engine::RayCamera camera(scene.camera, kWidth, kHeight);

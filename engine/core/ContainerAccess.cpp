@@ -41,9 +41,9 @@ class Measurement {
     }
     const LongBody& entries = *AsLong(&body);
     bytes_ += sizeof(entries) + entries.chunks.capacity() * sizeof(ChunkPlace);
-    if (IsNew(entries.index)) bytes_ += entries.index->Bytes();
+    if (IsNew(entries.index.get())) bytes_ += entries.index->Bytes();
     for (const ChunkPlace& place : entries.chunks) {
-      if (!IsNew(place.chunk)) continue;
+      if (!IsNew(place.chunk.get())) continue;
       bytes_ += Chunk::Bytes(place.chunk->capacity);
       AddEntries(place.chunk->All());
     }

@@ -4,14 +4,83 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "engine/core/LongBody.h"
-#include "engine/core/SmallBlocks.h"
 
 namespace engine {
 
 namespace {
+
+// The memory of container bodies of the smallest size, kept for the next one. A recording builds
+// and drops one such body for every object of a scene. Each thread keeps a few of its own, without
+// locks; a block may be given back on another thread than it was taken on.
+class SmallBlocks {
+ public:
+  static constexpr std::size_t kBytes = sizeof(ContainerBody) + kFirstEntries * sizeof(Entry);
+
+  static void* Take() {
+    Stock& stock = stock_;
+    if (!stock.first) return ::operator new(kBytes);
+    Block* block = stock.first;
+    stock.first = block->next;
+    --stock.count;
+    return block;
+  }
+  static void Give(void* memory) {
+    Stock& stock = stock_;
+    if (stock.count >= stock.limit && !Open(stock)) {
+      ::operator delete(memory);
+      return;
+    }
+    stock.first = new (memory) Block{stock.first};
+    ++stock.count;
+  }
+
+ private:
+  struct Block {
+    Block* next;
+  };
+  // Without a constructor or destructor, so that reaching it costs no check.
+  struct Stock {
+    Block* first;
+    std::size_t count;
+    std::size_t limit;  // 0 before the first block is kept and after the thread has emptied it
+    bool closed;
+  };
+  struct Closing;
+
+  // Prepares a stock that was never used; false where there is no room.
+  static bool Open(Stock& stock);
+
+#if defined(__SANITIZE_ADDRESS__)
+  static constexpr std::size_t kLimit = 0;  // the sanitizer watches blocks that are truly freed
+#else
+  static constexpr std::size_t kLimit = 256;
+#endif
+  [[gnu::tls_model("initial-exec")]] static thread_local constinit Stock stock_;
+};
+
+thread_local constinit SmallBlocks::Stock SmallBlocks::stock_ = {nullptr, 0, 0, false};
+
+// Empties the stock at the end of its thread. Blocks given back later are freed at once.
+struct SmallBlocks::Closing {
+  Closing() {}
+  ~Closing() {
+    Stock& stock = stock_;
+    stock.limit = 0;
+    stock.closed = true;
+    while (stock.first) ::operator delete(std::exchange(stock.first, stock.first->next));
+  }
+};
+
+bool SmallBlocks::Open(Stock& stock) {
+  if (stock.closed || stock.limit > 0 || kLimit == 0) return false;
+  static thread_local const Closing closing;
+  stock.limit = kLimit;
+  return true;
+}
 
 constexpr int kDeepestRecursion = 16;
 constexpr std::uint32_t kFetchedAhead = 8;
@@ -80,7 +149,7 @@ class Destruction {
  private:
   void End(ContainerBody* body, int depth) {
     if (body->IsLong()) {
-      for (const ChunkPlace& place : AsLong(body)->chunks) EndChunk(place.chunk, depth);
+      for (ChunkPlace& place : AsLong(body)->chunks) EndChunk(place.chunk.release(), depth);
     } else {
       EndEntries({body->Entries(), body->size}, depth);
     }
@@ -90,7 +159,7 @@ class Destruction {
   void EndChunk(Chunk* chunk, int depth) {
     if (!chunk->owners.Release()) return;
     EndEntries(chunk->All(), depth);
-    ReleaseChunkMemory(chunk);
+    FreeChunkMemory(chunk);
   }
 
   void EndEntries(std::span<const Entry> entries, int depth) {
@@ -135,8 +204,14 @@ ContainerBody* Grow(ContainerBody* body) {
   } else {
     auto entries = std::make_unique<LongBody>();
     entries->id = body->id;
-    for (std::uint32_t i = 0; i < body->size; ++i)
-      AppendLong(*entries, body->Entries()[i].key, body->Entries()[i].Get());
+    try {
+      for (std::uint32_t i = 0; i < body->size; ++i)
+        AppendLong(*entries, body->Entries()[i].key, body->Entries()[i].Get());
+    } catch (...) {
+      // The short body still owns the shares.
+      for (ChunkPlace& place : entries->chunks) FreeChunkMemory(place.chunk.release());
+      throw;
+    }
     grown = entries.release();
   }
   FreeBodyMemory(body);

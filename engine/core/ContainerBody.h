@@ -1,6 +1,6 @@
 // ContainerBody: the counted entries and own ID behind BaseContainer, in two forms. The short form
 // keeps up to kShortEntries entries right behind its header, and behind them, once there are more
-// than a few, an index of their keys (ShortIndex.h). The long form keeps a table of chunks, each
+// than a few, an index of their keys (Entries.h). The long form keeps a table of chunks, each
 // counted on its own, so that a write into a copy of a long container copies one chunk and the
 // table, not everything.
 //
@@ -25,7 +25,7 @@
 #include <cstdint>
 #include <span>
 
-#include "engine/core/ShortIndex.h"
+#include "engine/core/Entries.h"
 
 namespace engine {
 
@@ -110,7 +110,7 @@ inline Entry* WritableEntry(ContainerBody* body, host::LONG key) {
   const Entry* entry = FindShortEntry(*body, key);
   return entry ? body->Entries() + (entry - body->Entries()) : nullptr;
 }
-// The same where the short form has no room left, or in the long form.
+// AppendEntry where the short form has no room left, or in the long form.
 [[nodiscard]] ContainerBody* AppendWithGrowth(ContainerBody* body, host::LONG key, Value value);
 [[nodiscard]] inline ContainerBody* AppendEntry(ContainerBody* body, host::LONG key, Value value) {
   if (body->size >= body->capacity) return AppendWithGrowth(body, key, value);
@@ -146,8 +146,8 @@ struct ContainerAccess {
   // The entry's value set in place or appended, as BaseContainer::SetData does. Takes no share of
   // `value`.
   static void Set(host::BaseContainer& container, host::LONG key, Value value);
-  // The same for a number, a link or nil. Most of them meet an entry of their type behind the one
-  // written last or where its key is looked for first, in a short body of one owner.
+  // Set for a number, a link or nil, which hold no share. Most of them meet an entry of their type
+  // behind the one written last or where its key is looked for first, in a short body of one owner.
   static void SetNumber(host::BaseContainer& container, host::LONG key, Value value) {
     if (HoldsOwnShort(container)) {
       ContainerBody& body = *container.body_;

@@ -1,11 +1,11 @@
 #include "host/GeData.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "engine/core/ContainerAccess.h"
 #include "engine/core/ContainerBody.h"
-#include "engine/core/Numbers.h"
 #include "engine/core/Value.h"
 
 namespace engine {
@@ -143,6 +143,12 @@ BaseContainer GeData::GetContainer() const {
 Bool GeData::operator==(const GeData& other) const {
   return engine::SameValues(ValueAccess::Of(*this), ValueAccess::Of(other),
                             engine::OwnIds::kIgnored);
+}
+
+LONG BaseTime::GetFrame(Real rate) const {
+  // At its own rate a frame is exact, without the way through seconds.
+  const Real frame = denominator_ != 0 && denominator_ == rate ? numerator_ : Get() * rate;
+  return engine::TruncatedLong(std::round(frame));
 }
 
 }  // namespace host

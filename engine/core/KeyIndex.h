@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine/core/SharedCount.h"
+#include "engine/core/SharedReference.h"
 #include "host/Types.h"
 
 namespace engine {
@@ -18,9 +18,10 @@ class KeyIndex {
   SharedCount owners;
 
   KeyIndex() = default;
-  // The same keys, with an owner of its own.
+  // A copy with one owner.
   KeyIndex(const KeyIndex& other) : places_(other.places_), used_(other.used_) {}
   KeyIndex& operator=(const KeyIndex&) = delete;
+  static void End(KeyIndex* index) { delete index; }
 
   // kNone where the key was never put.
   std::uint32_t Find(host::LONG key) const;

@@ -17,36 +17,24 @@ Chunk* NewChunk(std::uint32_t capacity) {
   return chunk;
 }
 
-void ReleaseChunk(Chunk* chunk) {
-  if (!chunk->owners.Release()) return;
-  for (const Entry& entry : chunk->All()) Release(entry.Get());
-  ReleaseChunkMemory(chunk);
-}
-
-// A chunk of one owner with the same entries and at least that room, instead of one share of
-// `chunk`.
-Chunk* ReplaceChunk(Chunk* chunk, std::uint32_t capacity) {
+// Puts a chunk of one owner with the same entries and at least that room in the place of `chunk`.
+void ReplaceChunk(SharedReference<Chunk>& chunk, std::uint32_t capacity) {
   Chunk* copy = NewChunk(capacity);
   copy->size = chunk->size;
   std::copy_n(chunk->Entries(), chunk->size, copy->Entries());
   if (chunk->owners.Unique()) {
-    ReleaseChunkMemory(chunk);
-    return copy;
+    FreeChunkMemory(chunk.release());  // the entries have moved
+  } else {
+    for (const Entry& entry : copy->All()) Retain(entry.Get());
   }
-  for (const Entry& entry : copy->All()) Retain(entry.Get());
-  ReleaseChunk(chunk);
-  return copy;
+  chunk = SharedReference<Chunk>(copy);
 }
 
 std::uint32_t SlotOf(Spot spot) { return spot.chunk << kChunkShift | spot.offset; }
 
-void ReleaseIndex(KeyIndex* index) {
-  if (index && index->owners.Release()) delete index;
-}
-
 // A fresh index of all entries.
 void IndexKeys(LongBody& body) {
-  ReleaseIndex(std::exchange(body.index, new KeyIndex));
+  body.index = SharedReference<KeyIndex>(new KeyIndex);
   body.index->Reserve(body.size);
   for (std::uint32_t c = 0; c < body.chunks.size(); ++c) {
     const Chunk& chunk = *body.chunks[c].chunk;
@@ -61,10 +49,8 @@ void MakeMixed(LongBody& body) {
 }
 
 void PutInIndex(LongBody& body, host::LONG key, Spot spot) {
-  if (!body.index->owners.Unique()) {
-    auto* copy = new KeyIndex(*body.index);
-    ReleaseIndex(std::exchange(body.index, copy));
-  }
+  if (!body.index->owners.Unique())
+    body.index = SharedReference<KeyIndex>(new KeyIndex(*body.index));
   body.index->Put(key, SlotOf(spot));
   // Keys that left are still in the index; a container that keeps its size would collect them for
   // ever.
@@ -83,13 +69,12 @@ KeyOrder OrderWith(const LongBody& body, host::LONG key) {
 // Room for one more entry in the last chunk, which has one owner afterwards.
 Chunk& ChunkForOneMore(LongBody& body, host::LONG key) {
   if (body.chunks.empty() || body.chunks.back().chunk->size == kChunkEntries) {
-    body.chunks.push_back({nullptr, body.size, key});
-    body.chunks.back().chunk =
-        NewChunk(body.chunks.size() == 1 ? kFirstChunkEntries : kChunkEntries);
-    return *body.chunks.back().chunk;
+    Chunk* chunk = NewChunk(body.chunks.empty() ? kFirstChunkEntries : kChunkEntries);
+    body.chunks.push_back({SharedReference<Chunk>(chunk), body.size, key});
+    return *chunk;
   }
-  Chunk*& last = body.chunks.back().chunk;
-  if (last->size == last->capacity) last = ReplaceChunk(last, 2 * last->capacity);
+  SharedReference<Chunk>& last = body.chunks.back().chunk;
+  if (last->size == last->capacity) ReplaceChunk(last, 2 * last->capacity);
   return WritableChunk(body, static_cast<std::uint32_t>(body.chunks.size()) - 1);
 }
 
@@ -124,13 +109,12 @@ void Compact(LongBody& body) {
   thin.swap(body.chunks);
   body.size = 0;
   body.order = KeyOrder::kDense;
-  ReleaseIndex(std::exchange(body.index, nullptr));
+  body.index = {};
   for (const ChunkPlace& place : thin) {
     for (const Entry& entry : place.chunk->All()) {
       Retain(entry.Get());
       AppendLong(body, entry.key, entry.Get());
     }
-    ReleaseChunk(place.chunk);
   }
 }
 
@@ -140,13 +124,14 @@ LongBody::LongBody(const LongBody& other)
     : chunks(other.chunks), index(other.index), order(other.order), greatestKey(other.greatestKey) {
   id = other.id;
   size = other.size;
-  for (const ChunkPlace& place : chunks) place.chunk->owners.Retain();
-  if (index) index->owners.Retain();
 }
 
-LongBody::~LongBody() { ReleaseIndex(index); }
+void Chunk::End(Chunk* chunk) {
+  for (const Entry& entry : chunk->All()) Release(entry.Get());
+  FreeChunkMemory(chunk);
+}
 
-void ReleaseChunkMemory(Chunk* chunk) {
+void FreeChunkMemory(Chunk* chunk) {
   chunk->~Chunk();
   ::operator delete(chunk);
 }
@@ -165,8 +150,8 @@ Spot SpotAt(const LongBody& body, std::uint32_t position) {
 }
 
 Chunk& WritableChunk(LongBody& body, std::uint32_t chunk) {
-  Chunk*& place = body.chunks[chunk].chunk;
-  if (!place->owners.Unique()) place = ReplaceChunk(place, place->capacity);
+  SharedReference<Chunk>& place = body.chunks[chunk].chunk;
+  if (!place->owners.Unique()) ReplaceChunk(place, place->capacity);
   return *place;
 }
 

@@ -15,6 +15,9 @@ inline constexpr std::uint32_t kChunkShift = 9;
 inline constexpr std::uint32_t kChunkEntries = 1U << kChunkShift;  // most entries of a chunk
 
 struct Chunk {
+  // Releases the entries and the memory of a chunk without owners.
+  static void End(Chunk* chunk);
+
   SharedCount owners;
   std::uint32_t size = 0;
   std::uint32_t capacity = 0;
@@ -33,8 +36,8 @@ struct Chunk {
 static_assert(sizeof(Chunk) == 16);
 
 struct ChunkPlace {
-  Chunk* chunk;         // never null; may be empty
-  std::uint32_t start;  // position of its first entry
+  SharedReference<Chunk> chunk;  // never null; may be empty
+  std::uint32_t start;           // position of its first entry
   host::LONG leastKey;  // while keys ascend: not more than its first key, more than all keys before
 };
 
@@ -42,14 +45,14 @@ enum class KeyOrder : std::uint32_t { kDense, kAscending, kMixed };
 
 struct LongBody : ContainerBody {
   std::vector<ChunkPlace> chunks;
-  KeyIndex* index = nullptr;  // counted; only while keys are mixed
+  SharedReference<KeyIndex> index;  // only while keys are mixed
   KeyOrder order = KeyOrder::kDense;
   host::LONG greatestKey = 0;  // while keys ascend: not less than the last one
 
   LongBody() = default;
+  // Shares all chunks.
   LongBody(const LongBody& other);
   LongBody& operator=(const LongBody&) = delete;
-  ~LongBody();
 };
 
 inline LongBody* AsLong(ContainerBody* body) { return static_cast<LongBody*>(body); }
@@ -77,6 +80,7 @@ Chunk& WritableChunk(LongBody& body, std::uint32_t chunk);
 // Takes the value's share. The key is not there yet.
 void AppendLong(LongBody& body, host::LONG key, Value value);
 bool RemoveLong(LongBody& body, host::LONG key);
-void ReleaseChunkMemory(Chunk* chunk);
+// Of a chunk whose entries are released or have moved elsewhere.
+void FreeChunkMemory(Chunk* chunk);
 
 }  // namespace engine

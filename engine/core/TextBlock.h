@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "engine/core/SharedCount.h"
+#include "engine/core/SharedReference.h"
 #include "host/String.h"
 
 namespace engine {

@@ -4,9 +4,11 @@
 #pragma once
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 
-#include "engine/core/SharedCount.h"
+#include "engine/core/SharedReference.h"
 #include "engine/core/TextBlock.h"
 #include "host/BaseContainer.h"
 
@@ -52,6 +54,16 @@ inline void Retain(Value value) {
 }
 inline void Release(Value value) {
   if (IsShared(value.type)) ReleaseShared(value);
+}
+
+// The number without its fraction; NaN is 0, what lies outside of LONG is the nearer end.
+inline host::LONG TruncatedLong(host::Real value) {
+  if (std::isnan(value)) return 0;
+  if (value <= std::numeric_limits<host::LONG>::min())
+    return std::numeric_limits<host::LONG>::min();
+  if (value >= std::numeric_limits<host::LONG>::max())
+    return std::numeric_limits<host::LONG>::max();
+  return static_cast<host::LONG>(value);
 }
 
 // The getters of the interface on bare values: a type that does not fit gives the default.

@@ -27,8 +27,6 @@ struct DialogBody {
 
   static DialogBody& Of(host::GeDialog& dialog) { return *dialog.body_; }
   static const DialogBody& Of(const host::GeDialog& dialog) { return *dialog.body_; }
-  static Gadget* GadgetOf(const host::BaseCustomGui& gui) { return gui.gadget_; }
-  static host::GeDialog* DialogOf(const host::BaseCustomGui& gui) { return gui.dialog_; }
 
   Gadget* Find(host::LONG id) const;
   // Appends a gadget to the open group. Null when `id` is taken; ID 0 is no ID and never taken.

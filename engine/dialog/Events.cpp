@@ -1,4 +1,4 @@
-// What a person does to a dialog: the gadget's own value changes, then the dialog hears of it.
+// The acts of a person in a dialog: the gadget's own value changes, then the dialog hears of it.
 #include <algorithm>
 #include <cmath>
 

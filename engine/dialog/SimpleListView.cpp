@@ -19,7 +19,7 @@ Gadget* ListOf(GeDialog* dialog, LONG id) {
   return gadget && gadget->kind == GadgetKind::ListView ? gadget : nullptr;
 }
 
-// What a row is called: the text beside its check box, else its first text. Marks before the box
+// The name of a row: the text beside its check box, else its first text. Marks before the box
 // say something about the row.
 String NameOf(const Gadget& list, const Row& row) {
   const Column* name = nullptr;

@@ -1,63 +1,41 @@
 #include "engine/dialog/TextArea.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdint>
+#include <utf8proc.h>
 
-#include "engine/core/Utf8.h"
+#include <algorithm>
 
 namespace engine {
 
 namespace {
 
-struct Span {
-  char32_t first;
-  char32_t last;
-};
-
-// The common ranges of Unicode Standard Annex 11 (wide) and of the general category Mn (none).
-constexpr std::array kNoWidth = {Span{0x300, 0x36f},   Span{0x1ab0, 0x1aff}, Span{0x1dc0, 0x1dff},
-                                 Span{0x200b, 0x200f}, Span{0x20d0, 0x20ff}, Span{0xfe00, 0xfe0f},
-                                 Span{0xfe20, 0xfe2f}};
-constexpr std::array kWide = {Span{0x1100, 0x115f},   Span{0x2e80, 0x303e},  Span{0x3041, 0xa4cf},
-                              Span{0xac00, 0xd7a3},   Span{0xf900, 0xfaff},  Span{0xfe30, 0xfe6f},
-                              Span{0xff00, 0xff60},   Span{0xffe0, 0xffe6},  Span{0x1f300, 0x1f64f},
-                              Span{0x1f900, 0x1f9ff}, Span{0x20000, 0x3fffd}};
-constexpr char32_t kBroken = 0xffffffff;
 constexpr std::string_view kReplacement = "\xef\xbf\xbd";
 
-template <class Spans>
-bool IsIn(const Spans& spans, char32_t letter) {
-  return std::any_of(spans.begin(), spans.end(),
-                     [&](const Span& s) { return s.first <= letter && letter <= s.last; });
-}
-
-std::size_t WidthOf(char32_t letter) {
-  if (letter < 0x300) return 1;
-  return IsIn(kNoWidth, letter) ? 0 : IsIn(kWide, letter) ? 2 : 1;
-}
-
 struct Letter {
-  char32_t value;
+  utf8proc_int32_t value;  // negative: a byte that starts none
   std::string_view bytes;
 };
 
 // The first letter of a text that is not empty; a byte that starts none is one broken letter.
 Letter FirstLetter(std::string_view text) {
-  const std::size_t length = CharacterBytes(text, 0);
-  const unsigned lead = static_cast<unsigned char>(text[0]);
-  if (length == 1) return {lead < 0x80 ? char32_t{lead} : kBroken, text.substr(0, 1)};
-  char32_t value = lead & (0x7fU >> length);
-  for (const char byte : text.substr(1, length - 1))
-    value = value << 6U | (static_cast<unsigned char>(byte) & 0x3fU);
-  return {value, text.substr(0, length)};
+  const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+  Letter letter{-1, text.substr(0, 1)};
+  const utf8proc_ssize_t length =
+      utf8proc_iterate(bytes, static_cast<utf8proc_ssize_t>(text.size()), &letter.value);
+  if (length > 1) letter.bytes = text.substr(0, static_cast<std::size_t>(length));
+  return letter;
 }
 
-bool IsPrintable(char32_t letter) {
+// Control characters and broken letters are shown as a replacement, which takes one column.
+std::size_t WidthOf(utf8proc_int32_t letter) {
+  if (letter < 0x300) return 1;
+  return static_cast<std::size_t>(utf8proc_charwidth(letter));
+}
+
+bool IsPrintable(utf8proc_int32_t letter) {
   const bool control = letter < 0x20 || (letter >= 0x7f && letter < 0xa0);
   const bool turnsDirection =
       (letter >= 0x202a && letter <= 0x202e) || (letter >= 0x2066 && letter <= 0x2069);
-  return letter != kBroken && !control && !turnsDirection && letter != 0x2028 && letter != 0x2029;
+  return letter >= 0 && !control && !turnsDirection && letter != 0x2028 && letter != 0x2029;
 }
 
 }  // namespace

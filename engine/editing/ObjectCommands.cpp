@@ -4,10 +4,10 @@
 
 #include "engine/editing/FreeNames.h"
 #include "engine/editing/Selection.h"
-#include "engine/scene/Frames.h"
 #include "engine/scene/JointCopy.h"
 #include "engine/scene/NewNodes.h"
 #include "engine/scene/TreeWalk.h"
+#include "engine/scene/Vectors.h"
 #include "host/Application.h"
 #include "host/Parameters.h"
 

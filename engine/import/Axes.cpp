@@ -2,25 +2,21 @@
 
 #include <cmath>
 
+#include "engine/scene/Vectors.h"
+
 namespace engine {
 namespace {
 
 using host::Matrix;
 using host::Vector;
 
-// Adding zero turns -0 into 0.
+// Adding zero turns -0 into 0: frames of a file are written into scenes, where the two differ.
 Vector Mirrored(double x, double y, double z) { return Vector(x, y, 0.0 - z); }
 Vector Times(const Vector& v, double factor) {
   return Vector(v.x * factor + 0.0, v.y * factor + 0.0, v.z * factor + 0.0);
 }
-Vector Sum(const Vector& a, const Vector& b) { return Vector(a.x + b.x, a.y + b.y, a.z + b.z); }
-double Dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-double Length(const Vector& v) { return std::sqrt(Dot(v, v)); }
-Vector Cross(const Vector& a, const Vector& b) {
-  return Vector(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
-}
 Vector Unit(const Vector& v) {
-  const double length = Length(v);
+  const double length = LengthOf(v);
   return length > 0 ? Times(v, 1 / length) : v;
 }
 // Linear part of a frame applied to a direction.
@@ -48,14 +44,14 @@ Matrix ConvertFrame(const aiMatrix4x4& frame, double scale) {
 
 Matrix FrameLooking(const aiVector3D& look, const aiVector3D& up) {
   const Vector forward = Unit(Mirrored(look.x, look.y, look.z));
-  if (!(Length(forward) > 0)) return {};
-  Vector right = Cross(Mirrored(up.x, up.y, up.z), forward);
-  if (Length(right) < 1e-6)
-    right = Cross(std::abs(forward.y) < 0.9 ? Vector(0, 1, 0) : Vector(0, 0, 1), forward);
+  if (!(LengthOf(forward) > 0)) return {};
+  Vector right = CrossOf(Mirrored(up.x, up.y, up.z), forward);
+  if (LengthOf(right) < 1e-6)
+    right = CrossOf(std::abs(forward.y) < 0.9 ? Vector(0, 1, 0) : Vector(0, 0, 1), forward);
   Matrix result;
   result.v3 = forward;
   result.v1 = Unit(right);
-  result.v2 = Cross(result.v3, result.v1);
+  result.v2 = CrossOf(result.v3, result.v1);
   return result;
 }
 
@@ -78,9 +74,9 @@ Matrix WithoutScale(const Matrix& frame) {
 
 double UniformScale(const aiMatrix4x4& frame) {
   const Matrix axes = ConvertFrame(frame, 1);
-  const double length = Length(axes.v1);
-  const bool same = std::abs(Length(axes.v2) - length) <= 1e-3 * length &&
-                    std::abs(Length(axes.v3) - length) <= 1e-3 * length;
+  const double length = LengthOf(axes.v1);
+  const bool same = std::abs(LengthOf(axes.v2) - length) <= 1e-3 * length &&
+                    std::abs(LengthOf(axes.v3) - length) <= 1e-3 * length;
   return same && std::isfinite(length) ? length : 0;
 }
 

@@ -19,7 +19,7 @@ host::Matrix FrameLooking(const aiVector3D& look, const aiVector3D& up);
 
 // `outer` after `inner`: a place in inner's frame goes to outer's parent.
 host::Matrix Product(const host::Matrix& outer, const host::Matrix& inner);
-// The same frame with axes of length 1; an axis of length 0 stays.
+// The frame with axes of length 1; an axis of length 0 stays.
 host::Matrix WithoutScale(const host::Matrix& frame);
 // The common length of the axes, or 0 where they differ by more than a thousandth.
 double UniformScale(const aiMatrix4x4& frame);

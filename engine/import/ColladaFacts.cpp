@@ -10,7 +10,7 @@
 namespace engine {
 namespace {
 
-// What stands between `open` and `close` from `position` on, which moves behind it; empty at the
+// The text between `open` and `close` from `position` on, which moves behind it; empty at the
 // end.
 std::string_view NextBetween(std::string_view text, std::string_view open, std::string_view close,
                              std::size_t& position) {

@@ -1,5 +1,6 @@
-// What a glTF file says itself (glTF 2.0, sections 3.5 and 3.10, and the extensions
-// KHR_lights_punctual, KHR_node_visibility, KHR_materials_emissive_strength): the library knows one
+// Facts that are read from a glTF file itself, which the library drops or changes (glTF 2.0,
+// sections 3.5 and 3.10, and the extensions KHR_lights_punctual, KHR_node_visibility,
+// KHR_materials_emissive_strength): the library knows one
 // user of each camera and light only, gives wrong angles, and drops scenes, visibility and emissive
 // strength.
 #include <algorithm>

@@ -21,8 +21,8 @@ namespace {
 constexpr std::size_t kMostNotes = 1000;
 constexpr int kCannotRun = 127;
 
-// What the child has sent so far. It is not trusted: sizes and numbers are bounded, texts are
-// cleaned.
+// Received: collects what the child sends. It is not trusted: sizes and numbers are bounded, texts
+// are cleaned.
 class Received {
  public:
   Received(Person& person, std::string what, std::uint64_t limit)

@@ -22,7 +22,7 @@ struct MaterialConversion::TextureSlot {
 
 namespace {
 
-// What the library keeps for uses that the scene has no parameter for.
+// Textures that the library keeps for uses that the scene has no parameter for.
 struct LostTexture {
   aiTextureType type;
   const char* note;

@@ -36,7 +36,8 @@ host::Matrix Scaled(host::Matrix frame, double scale) {
   return frame;
 }
 
-// What a vertical angle comes to in the picture that the document renders; 0 for none.
+// The horizontal angle that a vertical one comes to in the picture that the document renders; 0 for
+// none.
 double HorizontalAngle(double vertical, const host::BaseDocument& doc) {
   const host::BaseContainer& settings = *doc.GetActiveRenderData()->GetDataInstance();
   const double width = settings.GetLong(host::RDATA_XRES, 1280);

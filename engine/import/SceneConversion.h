@@ -34,7 +34,7 @@ class SceneConversion {
     host::BaseObject* parent;
     bool isTop;  // directly below a root that is no object
   };
-  // What of a node becomes an object of its own kind.
+  // The part of a node that becomes an object of its own kind.
   struct Parts {
     std::vector<unsigned> meshes;
     const NodeFacts* facts;

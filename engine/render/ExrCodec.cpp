@@ -32,7 +32,7 @@ class MemoryStream : public Imf::IStream {
   std::size_t position_ = 0;
 };
 
-// What is no finite number would spread through every average of pixels.
+// A number that is not finite would spread through every average of pixels.
 float Finite(float value) { return std::isfinite(value) ? value : 0.0F; }
 
 void Unpack(const Imf::Rgba& pixel, float* channels) {

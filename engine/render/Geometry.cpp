@@ -10,7 +10,7 @@ constexpr float kSmoothCosine = 0.766F;  // of 40 degrees
 constexpr std::size_t kMostFacesCompared = 48;
 constexpr float kFarthest = 1e9F;
 
-// What remains of a mesh: which polygon and corners each triangle came from.
+// The origin of the triangles of a mesh: which polygon and corners each triangle came from.
 struct Source {
   std::size_t polygon;
   std::array<std::uint8_t, 3> corners;

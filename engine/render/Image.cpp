@@ -60,7 +60,7 @@ struct ByteTable {
   }
 };
 
-// What is no number counts as 0.
+// Not a number counts as 0.
 std::uint8_t ToByte(float value) {
   return value > 0 ? static_cast<std::uint8_t>(std::lround(std::min(value, 1.0F) * 255)) : 0;
 }

@@ -3,7 +3,7 @@
 #include <new>
 #include <set>
 
-#include "engine/scene/Frames.h"
+#include "engine/scene/Vectors.h"
 
 namespace engine {
 

@@ -1,6 +1,6 @@
 #include "engine/render/RayCamera.h"
 
-#include "engine/scene/Frames.h"
+#include "engine/scene/Vectors.h"
 
 namespace engine {
 
@@ -165,7 +165,7 @@ PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, d
     place = StandBefore(points, aspect, &camera.width);
   } else {
     const double halfX = HalfWidth(camera, aspect) / kMargin;
-    // What sticks out on one side more than on the other moves the middle, which changes the
+    // A part that sticks out on one side more than on the other moves the middle, which changes the
     // distance: it settles quickly.
     Middle middle;
     for (int round = 0; round < 8; ++round)

@@ -1,6 +1,6 @@
 #include "engine/render/RayScene.h"
 
-#include "engine/scene/Frames.h"
+#include "engine/scene/Vectors.h"
 
 namespace engine {
 

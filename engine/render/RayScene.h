@@ -41,8 +41,8 @@ class RayScene {
   // The nearest surface; `pixelSize` is the side of the seen area per distance and at no distance,
   // for the detail of textures.
   bool Find(const Ray& ray, unsigned mask, const RayCamera& camera, Finding* finding) const;
-  // The same as an eye sees it: through backs of surfaces that have only a front, and through what
-  // is wholly transparent.
+  // The first hit as an eye sees it: through backs of surfaces that have only a front, and through
+  // what is wholly transparent.
   bool FindVisible(const Ray& ray, const RayCamera& camera, Finding* finding) const;
   // Whether something wholly opaque lies within the ray.
   bool IsBlocked(const Ray& ray) const;

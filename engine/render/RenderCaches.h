@@ -16,7 +16,7 @@
 
 #include "engine/outside/FileSystem.h"
 #include "engine/render/Geometry.h"
-#include "engine/render/TextureFile.h"
+#include "engine/render/Texture.h"
 #include "host/BaseContainer.h"
 
 namespace engine {

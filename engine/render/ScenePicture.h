@@ -100,8 +100,8 @@ struct SceneReading {
 
 // Reads what can be seen and prepares it. Without a scene camera the camera is left at its
 // defaults.
-ScenePicture ReadScene(const host::BaseDocument& doc, FileSystem& files, const SceneReading& how,
-                       RenderCaches& caches);
+ScenePicture ReadScenePicture(const host::BaseDocument& doc, FileSystem& files,
+                              const SceneReading& how, RenderCaches& caches);
 // The camera that an object is; nothing when it stands beyond all bounds.
 std::optional<PictureCamera> CameraOf(const host::BaseObject& object);
 

@@ -1,18 +1,18 @@
 // Taking what can be seen out of a document.
+#include <bit>
 #include <cmath>
 #include <unordered_map>
 
-#include "engine/render/Fingerprint.h"
 #include "engine/render/LookReading.h"
 #include "engine/render/PreparedScene.h"
 #include "engine/render/Primitives.h"
 #include "engine/render/SceneScan.h"
 #include "engine/scene/ElementState.h"
-#include "engine/scene/Frames.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/TreeWalk.h"
+#include "engine/scene/Vectors.h"
 #include "host/Parameters.h"
 
 namespace engine {
@@ -22,7 +22,67 @@ namespace {
 using host::BaseObject;
 using host::Matrix;
 
-// What children take over from their parents.
+// A number that tells whether two scenes look alike. What is shared is told by its address, so that
+// it holds while one of the scenes lives.
+class Fingerprint {
+ public:
+  void Add(const Instance& instance);
+  void Add(const SurfaceLook& look);
+  void Add(const TextureWish& wish);
+  void Add(const LightSource& light);
+  std::uint64_t Value() const { return value_; }
+
+ private:
+  void Word(std::uint64_t word) {
+    value_ = (std::rotl(value_, 23) ^ word) * 0x9e3779b97f4a7c15U;
+    value_ ^= value_ >> 29;
+  }
+  void Number(double number) { Word(std::bit_cast<std::uint64_t>(number)); }
+  void Color(Vec color) {
+    for (const float part : {color.x, color.y, color.z}) Number(part);
+  }
+
+  std::uint64_t value_ = 0x2545f4914f6cdd1dU;
+};
+
+void Fingerprint::Add(const Instance& instance) {
+  Word(reinterpret_cast<std::uintptr_t>(instance.mesh.get()));
+  Word(instance.object);
+  Word(instance.look | std::uint64_t{instance.castsShadows} << 32U |
+       std::uint64_t{instance.receivesShadows} << 33U |
+       std::uint64_t{instance.seenByCamera} << 34U);
+  for (const host::Vector* v :
+       {&instance.frame.off, &instance.frame.v1, &instance.frame.v2, &instance.frame.v3}) {
+    for (const double number : {v->x, v->y, v->z}) Number(number);
+  }
+  for (const float number :
+       {instance.uvOffset[0], instance.uvOffset[1], instance.uvTiles[0], instance.uvTiles[1]})
+    Number(number);
+}
+
+void Fingerprint::Add(const SurfaceLook& look) {
+  Color(look.color);
+  Color(look.luminance);
+  for (const float number : {look.alpha, look.cutoff, look.specular, look.roughness, look.metallic})
+    Number(number);
+  Word(static_cast<std::uint64_t>(look.alphaMode) << 1U | std::uint64_t{look.isDoubleSided});
+}
+
+void Fingerprint::Add(const TextureWish& wish) {
+  Word(wish.look);
+  Word(wish.place == &SurfaceLook::colorTexture       ? 0
+       : wish.place == &SurfaceLook::luminanceTexture ? 1
+                                                      : 2);
+  for (const auto& file : wish.files) Word(reinterpret_cast<std::uintptr_t>(file.get()));
+}
+
+void Fingerprint::Add(const LightSource& light) {
+  Word(static_cast<std::uint64_t>(light.kind) << 1U | std::uint64_t{light.castsShadows});
+  for (const Vec v : {light.color, light.position, light.direction}) Color(v);
+  for (const float number : {light.innerCosine, light.outerCosine, light.range}) Number(number);
+}
+
+// State that children take over from their parents.
 struct Inherited {
   Matrix frame;
   bool shown = true;
@@ -33,7 +93,7 @@ struct Inherited {
   bool selected = false;
 };
 
-// What the layers let through, each layer looked at once.
+// Which objects the layers let through; each layer is looked at once.
 class LayerSwitches {
  public:
   LayerSwitches(const host::BaseDocument& doc, bool editorView) : editorView_(editorView) {
@@ -280,8 +340,8 @@ std::optional<PictureCamera> CameraOf(const BaseObject& object) {
   return camera;
 }
 
-ScenePicture ReadScene(const host::BaseDocument& doc, FileSystem& files, const SceneReading& how,
-                       RenderCaches& caches) {
+ScenePicture ReadScenePicture(const host::BaseDocument& doc, FileSystem& files,
+                              const SceneReading& how, RenderCaches& caches) {
   SceneScan scan(doc, files, how, caches);
   scan.Advance(std::numeric_limits<std::size_t>::max());
   ScenePicture picture = scan.Take();

@@ -64,7 +64,7 @@ float Gloss(const Finding& finding, Vec toLight, Vec toEye, float lightCosine) {
   return a2 / (d * d) * shadowing;
 }
 
-// What comes in when a scene has no light: one from behind the shoulder of whoever looks.
+// The light of a scene that has none: one from behind the shoulder of whoever looks.
 LightSource ShoulderLight(const RayCamera& camera) {
   LightSource light;
   light.kind = LightSource::Kind::Sun;

@@ -1,13 +1,13 @@
 #include "host/BaseObject.h"
 
 #include "engine/scene/DocumentBody.h"
-#include "engine/scene/Frames.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/TreeWalk.h"
+#include "engine/scene/Vectors.h"
 
 namespace engine {
 

@@ -7,6 +7,7 @@
 #include "engine/scene/NodeTree.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/Ownership.h"
+#include "host/AtomArray.h"
 #include "host/Plugins.h"
 
 namespace host {
@@ -49,7 +50,7 @@ LONG BaseTypeOf(NodeKind kind) {
 BaseList2D& Element(C4DAtom& atom) { return static_cast<BaseList2D&>(atom); }
 const BaseList2D& Element(const C4DAtom& atom) { return static_cast<const BaseList2D&>(atom); }
 
-// What CopyTo replaces besides the contents: shaders, and all that render settings and expressions
+// CopyTo replaces more than the contents: shaders, and all that render settings and expressions
 // consist of.
 void CopyOwned(const BaseList2D& source, BaseList2D& target, bool withBits) {
   const NodeKind kind = A::Kind(source);
@@ -113,5 +114,18 @@ Bool C4DAtom::Message(LONG type, void* data) {
   const Bool taken = listener && listener->Message(*doc, type, data);
   return taken || type == MSG_UPDATE;
 }
+
+AtomArray* AtomArray::Alloc() { return new AtomArray; }
+
+void AtomArray::Free(AtomArray*& array) {
+  delete array;
+  array = nullptr;
+}
+
+C4DAtom* AtomArray::GetIndex(LONG index) const {
+  return index >= 0 && index < GetCount() ? atoms_[static_cast<std::size_t>(index)] : nullptr;
+}
+
+void AtomArray::Append(C4DAtom* atom) { atoms_.push_back(atom); }
 
 }  // namespace host

@@ -21,7 +21,7 @@ void NodeIds::Seen(NodeId id) {
   const NodeId range = id / kRange;
   if (range == lastSeen_) return;
   if (next_ != end_ && range == (end_ - 1) / kRange) {
-    // What is left of the counter's own range is given up when a file turns out to use it, too.
+    // A file turns out to use the counter's own range, too: the rest of it is given up.
     if (id >= next_) end_ = next_;
     return;
   }

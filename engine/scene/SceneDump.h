@@ -14,13 +14,14 @@ namespace engine {
 // Everything a document holds, identities replaced by running numbers so that a saved and opened
 // copy dumps alike.
 std::string DumpDocument(const host::BaseDocument& doc);
-// The same piece by piece, each ending with a line: of a large scene it is far too much to keep.
+// DumpDocument piece by piece, each ending with a line: the text of a large scene is far too much
+// to keep.
 // False when the sink stopped it.
 bool DumpDocument(const host::BaseDocument& doc, const TextSink& sink);
 
-// What can be seen of the recorded state: active render settings' parameters, scene camera, modes
-// of every object, materials of texture tags, data of the recorded tag types, flags of every layer.
-// The element stores are left out.
+// The recorded state as far as it can be seen: active render settings' parameters, scene camera,
+// modes of every object, materials of texture tags, data of the recorded tag types, flags of every
+// layer. The element stores are left out.
 std::string DumpState(const host::BaseDocument& doc);
 
 // Lines of `a` and `b` that differ, as "- was" and "+ is" lines, at most `most` of each; empty for

@@ -26,7 +26,7 @@ void ForEachBitmapShaderOf(const host::BaseList2D& owner, Visit& visit) {
   }
 }
 
-// The same for the nodes of all expressions of an object.
+// Calls `visit(shader)` for the bitmap shaders of the nodes of all expressions of an object.
 template <class Visit>
 void ForEachBitmapShaderInExpressions(const host::BaseObject& object, Visit& visit) {
   for (const host::BaseTag* tag = object.GetFirstTag(); tag != nullptr; tag = tag->GetNext()) {
@@ -38,7 +38,8 @@ void ForEachBitmapShaderInExpressions(const host::BaseObject& object, Visit& vis
   }
 }
 
-// The same for all materials, objects and expressions of the document, in scene order: those whose
+// Calls `visit(shader)` for those of all materials, objects and expressions of the document, in
+// scene order: those whose
 // files are the scene's textures.
 template <class Visit>
 void ForEachBitmapShader(const host::BaseDocument& doc, Visit visit) {

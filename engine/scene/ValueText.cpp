@@ -73,7 +73,7 @@ struct Level {
   host::LONG next = 0;
 };
 
-// What stands before the keys of the level below the last one.
+// The prefix of the keys one level below the last one.
 std::string PathBelow(const std::vector<Level>& levels, const std::string& here) {
   if (levels.size() < kLevelsInPath) return here + "/";
   return levels[kLevelsInPath - 1].path + "+" + std::to_string(levels.size() - kLevelsInPath + 1) +

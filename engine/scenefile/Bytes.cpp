@@ -2,7 +2,7 @@
 
 #include "engine/scenefile/Columns.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 void PutFixed32(std::string& out, std::uint32_t value) {
   for (unsigned shift = 0; shift < 32; shift += 8) out.push_back(static_cast<char>(value >> shift));
@@ -85,4 +85,4 @@ void Cursor::RefuseEnd(std::uint64_t wanted) const {
   Refuse(Grouped(wanted - Left()) + " bytes more are needed");
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -10,7 +10,7 @@
 
 #include "engine/scenefile/Damage.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 void PutFixed32(std::string& out, std::uint32_t value);
 void PutFixed64(std::string& out, std::uint64_t value);
@@ -61,4 +61,4 @@ class Cursor {
   Budget* budget_;
 };
 
-}  // namespace engine::scenefile
+}  // namespace engine

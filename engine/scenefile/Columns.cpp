@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace engine::scenefile {
+namespace engine {
 namespace {
 
 constexpr std::size_t kLongestLiteral = 128;
@@ -49,10 +49,10 @@ void PutRuns(std::string& out, Symbols kind, std::span<const std::uint64_t> symb
   PutLiteral(out, kind, symbols.subspan(literal));
 }
 
-Column TakeRuns(Cursor& in, Symbols kind, std::size_t rows) {
+ColumnValues TakeRuns(Cursor& in, Symbols kind, std::size_t rows) {
   in.CheckRows(rows);
   in.Memory().Charge(rows, sizeof(std::uint64_t));
-  Column column(rows);
+  ColumnValues column(rows);
   for (std::size_t at = 0; at < rows;) {
     const std::size_t code = in.Byte();
     const bool literal = code < kLongestLiteral;
@@ -70,7 +70,7 @@ Column TakeRuns(Cursor& in, Symbols kind, std::size_t rows) {
 }  // namespace
 
 void PutInts(std::string& out, std::span<const std::uint64_t> values) {
-  Column deltas(values.size());
+  ColumnValues deltas(values.size());
   std::uint64_t previous = 0;
   for (std::size_t i = 0; i < values.size(); ++i) {
     deltas[i] = ZigZag(values[i] - previous);
@@ -91,14 +91,14 @@ void PutPlanes(std::string& out, std::span<const std::uint32_t> values) {
     for (const std::uint32_t value : values) *plane++ = static_cast<char>(value >> (8 * byte));
 }
 
-Column TakeInts(Cursor& in, std::size_t rows) {
-  Column column = TakeRuns(in, Symbols::Varints, rows);
+ColumnValues TakeInts(Cursor& in, std::size_t rows) {
+  ColumnValues column = TakeRuns(in, Symbols::Varints, rows);
   std::uint64_t sum = 0;
   for (std::uint64_t& value : column) value = sum += UnZigZag(value);
   return column;
 }
 
-Column TakeWords(Cursor& in, std::size_t rows) { return TakeRuns(in, Symbols::Words, rows); }
+ColumnValues TakeWords(Cursor& in, std::size_t rows) { return TakeRuns(in, Symbols::Words, rows); }
 
 std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows) {
   const std::string_view bytes =
@@ -123,4 +123,4 @@ void CheckLongs(const Cursor& in, std::span<const std::uint64_t> values, const c
     if (value + 0x80000000u > 0xFFFFFFFFu) in.Refuse(std::string(what) + " is no 32-bit number");
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -7,9 +7,9 @@
 
 #include "engine/scenefile/Bytes.h"
 
-namespace engine::scenefile {
+namespace engine {
 
-using Column = std::vector<std::uint64_t>;
+using ColumnValues = std::vector<std::uint64_t>;
 
 // The longest run, and how many rows a column can have for each of its bytes (a run takes two bytes
 // at least).
@@ -24,9 +24,10 @@ void PutWords(std::string& out, std::span<const std::uint64_t> values);
 // coordinates.
 void PutPlanes(std::string& out, std::span<const std::uint32_t> values);
 
-// The same back; they refuse `rows` that the bytes left cannot hold and charge the column's memory.
-Column TakeInts(Cursor& in, std::size_t rows);
-Column TakeWords(Cursor& in, std::size_t rows);
+// Read what the three above wrote; they refuse `rows` that the bytes left cannot hold and charge
+// the column's memory.
+ColumnValues TakeInts(Cursor& in, std::size_t rows);
+ColumnValues TakeWords(Cursor& in, std::size_t rows);
 std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows);
 
 // Every value must lie in [0, end).
@@ -35,4 +36,4 @@ void CheckBelow(const Cursor& in, std::span<const std::uint64_t> values, std::ui
 // Every value must be a 32-bit number with sign.
 void CheckLongs(const Cursor& in, std::span<const std::uint64_t> values, const char* what);
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace engine::scenefile {
+namespace engine {
 namespace {
 
 using host::BaseContainer;
@@ -11,7 +11,7 @@ using host::LONG;
 // About what a container and an entry take in memory.
 constexpr std::uint64_t kContainerBytes = 64;
 constexpr std::uint64_t kEntryBytes = 24;
-// What a change of one entry of a long container may copy at most.
+// Bytes that a change of one entry of a long container may copy at most.
 constexpr std::uint64_t kChangeBytes = 8192;
 // Containers that hold an equal one twice, whose parts do so again, and so on, are short in a file
 // and endless to compare: no container may have more entries than this, counted down to the deepest
@@ -52,11 +52,11 @@ void ContainerReader::ReadRecords() {
       static_cast<std::size_t>(in_.Below(kWidestRecord + 1, "the number of keys"));
   if (rows == 0 || rows > expected_ + 1 - containers_.size())
     in_.Refuse("a block holds none or more containers than announced");
-  const Column keys = Keys(width);
-  const Column types = Types(width);
-  const Column ownIds = TakeInts(in_, rows);
+  const ColumnValues keys = Keys(width);
+  const ColumnValues types = Types(width);
+  const ColumnValues ownIds = TakeInts(in_, rows);
   CheckLongs(in_, ownIds, "an own ID");
-  std::vector<Column> columns;
+  std::vector<ColumnValues> columns;
   for (const std::uint64_t type : types) columns.push_back(Words(static_cast<LONG>(type), rows));
   in_.Memory().Charge(rows * width, kEntryBytes);
   for (std::size_t row = 0; row < rows; ++row) {
@@ -74,7 +74,7 @@ void ContainerReader::ReadRecords() {
 void ContainerReader::ReadList() {
   const std::size_t size = in_.Rows(kEntryBytes);
   BaseContainer container(in_.Long("an own ID"));
-  const Column keys = Keys(size);
+  const ColumnValues keys = Keys(size);
   Values values = TakeValues(size);
   std::uint64_t total = 0;
   for (std::size_t i = 0; i < size; ++i)
@@ -90,11 +90,11 @@ void ContainerReader::ReadPatch() {
   const std::size_t added = in_.Rows(kEntryBytes);
   const auto size = static_cast<std::size_t>(container.GetCount());
   ChargePatch(size, changes, added);
-  const Column positions = TakeInts(in_, changes);
+  const ColumnValues positions = TakeInts(in_, changes);
   CheckBelow(in_, positions, size, "a position in a patch");
   if (std::ranges::adjacent_find(positions, std::greater_equal<>()) != positions.end())
     in_.Refuse("positions of a patch do not rise");
-  const Column keys = Keys(added);
+  const ColumnValues keys = Keys(added);
   Values values = TakeValues(changes + added);
   std::uint64_t total = sizes_[base];
   for (std::size_t i = 0; i < changes + added; ++i) {
@@ -113,14 +113,14 @@ void ContainerReader::ChargePatch(std::size_t size, std::size_t changes, std::si
                       (added > 0 ? size * 4 : 0) + kContainerBytes);
 }
 
-Column ContainerReader::Keys(std::size_t rows) {
-  Column keys = TakeInts(in_, rows);
+ColumnValues ContainerReader::Keys(std::size_t rows) {
+  ColumnValues keys = TakeInts(in_, rows);
   CheckLongs(in_, keys, "a key");
   return keys;
 }
 
-Column ContainerReader::Types(std::size_t rows) {
-  Column types = TakeInts(in_, rows);
+ColumnValues ContainerReader::Types(std::size_t rows) {
+  ColumnValues types = TakeInts(in_, rows);
   for (const std::uint64_t type : types)
     if (type > static_cast<std::uint64_t>(host::DA_ALIASLINK) ||
         std::ranges::find(kValueTypes, static_cast<LONG>(type)) == std::end(kValueTypes))
@@ -129,13 +129,13 @@ Column ContainerReader::Types(std::size_t rows) {
 }
 
 // A checked column. Containers are those read so far, so that none can hold itself.
-Column ContainerReader::Words(LONG type, std::size_t rows) {
+ColumnValues ContainerReader::Words(LONG type, std::size_t rows) {
   if (type == host::DA_NIL) {
     in_.Memory().Charge(rows, sizeof(std::uint64_t));
-    return Column(rows);
+    return ColumnValues(rows);
   }
   if (type == host::DA_REAL) return TakeWords(in_, rows);
-  Column words = TakeInts(in_, rows);
+  ColumnValues words = TakeInts(in_, rows);
   if (type == host::DA_LONG) CheckLongs(in_, words, "a number");
   if (type == host::DA_TIME) CheckBelow(in_, words, times_.size(), "a time");
   if (type == host::DA_VECTOR) CheckBelow(in_, words, vectors_.size(), "a vector");
@@ -197,4 +197,4 @@ void ContainerReader::Keep(BaseContainer container, std::size_t entries, std::ui
   sizes_.push_back(size);
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

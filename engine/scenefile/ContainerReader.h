@@ -5,11 +5,11 @@
 #include <string_view>
 
 #include "engine/core/ContainerBody.h"
-#include "engine/scenefile/Entry.h"
-#include "engine/scenefile/Tuples.h"
+#include "engine/scenefile/ContainerBlocks.h"
+#include "engine/scenefile/TextsAndNumbers.h"
 #include "host/String.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 class ContainerReader {
  public:
@@ -23,21 +23,21 @@ class ContainerReader {
  private:
   // The values of a list or patch: types by position, words by type.
   struct Values {
-    Column types;
-    std::vector<std::pair<host::LONG, Column>> columns;
+    ColumnValues types;
+    std::vector<std::pair<host::LONG, ColumnValues>> columns;
     std::vector<std::size_t> taken;
   };
 
   void ReadRecords();
   void ReadList();
   void ReadPatch();
-  Column Types(std::size_t rows);
-  Column Words(host::LONG type, std::size_t rows);
-  Column Keys(std::size_t rows);
+  ColumnValues Types(std::size_t rows);
+  ColumnValues Words(host::LONG type, std::size_t rows);
+  ColumnValues Keys(std::size_t rows);
   Values TakeValues(std::size_t rows);
   // The value at a position, to be asked for in order; adds to `size` as SizeWith does.
   Value NextOf(Values& values, std::size_t position, std::uint64_t& size);
-  // What the word stands for; lives in the tables.
+  // The value that the word stands for; lives in the tables.
   Value ValueOf(host::LONG type, std::uint64_t word) const;
   // The container gets the next number; `size` is what SizeWith answered for its values.
   void Keep(host::BaseContainer container, std::size_t entries, std::uint64_t size);
@@ -54,4 +54,4 @@ class ContainerReader {
   std::vector<std::uint64_t> sizes_;  // of the containers: all entries down to the deepest
 };
 
-}  // namespace engine::scenefile
+}  // namespace engine

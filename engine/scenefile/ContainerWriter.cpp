@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace engine::scenefile {
+namespace engine {
 namespace {
 
 std::uint64_t HashOf(const void* address) {
@@ -25,7 +25,7 @@ std::uint32_t ContainerWriter::AddBody(const ContainerBody* body) {
       result = Close(done);
       continue;
     }
-    Entry& waiting = entries_[frame.next];
+    CodedEntry& waiting = entries_[frame.next];
     const auto* inner = BlockOf<const ContainerBody>(waiting.word);
     const std::uint32_t known = Known(inner);
     if (known == kUnknown)
@@ -59,7 +59,7 @@ std::uint32_t ContainerWriter::KnownRecord(const ContainerBody* body) {
   std::uint32_t next = 0;
   for (auto stretch = NextEntries(body, next); !stretch.empty();
        stretch = NextEntries(body, next)) {
-    for (const engine::Entry& entry : stretch) {
+    for (const Entry& entry : stretch) {
       if (entry.type == host::DA_CONTAINER) return kUnknown;
       record_.push_back({entry.key, entry.type, WordOf(entry)});
     }
@@ -83,31 +83,31 @@ void ContainerWriter::Open(const ContainerBody* body) {
   }
 }
 
-void ContainerWriter::OpenStretch(std::span<const engine::Entry> stretch) {
-  for (const engine::Entry& entry : stretch) {
+void ContainerWriter::OpenStretch(std::span<const Entry> stretch) {
+  for (const Entry& entry : stretch) {
     if (entry.type != host::DA_CONTAINER) {
       entries_.push_back({entry.key, entry.type, WordOf(entry)});
       continue;
     }
     const std::uint32_t known = Known(BlockOf<const ContainerBody>(entry.bits));
-    entries_.push_back(known == kUnknown ? Entry{entry.key, kWaiting, entry.bits}
-                                         : Entry{entry.key, host::DA_CONTAINER, known});
+    entries_.push_back(known == kUnknown ? CodedEntry{entry.key, kWaiting, entry.bits}
+                                         : CodedEntry{entry.key, host::DA_CONTAINER, known});
   }
 }
 
 std::uint32_t ContainerWriter::Close(const Frame& frame) {
-  const auto entries = std::span<const Entry>(entries_).subspan(frame.begin);
+  const auto entries = std::span<const CodedEntry>(entries_).subspan(frame.begin);
   const std::uint32_t container = entries.size() > kWidestRecord ? StoreList(frame.body, entries)
                                                                  : Store(frame.body->id, entries);
   entries_.resize(frame.begin);
   Remembered(frame.body) = container;
   if (frames_.empty()) return container;
-  Entry& waiting = entries_[frames_.back().next];
+  CodedEntry& waiting = entries_[frames_.back().next];
   waiting = {waiting.key, host::DA_CONTAINER, container};
   return container;
 }
 
-std::uint32_t ContainerWriter::Store(std::int32_t ownId, std::span<const Entry> entries) {
+std::uint32_t ContainerWriter::Store(std::int32_t ownId, std::span<const CodedEntry> entries) {
   const auto candidate = static_cast<std::uint32_t>(heights_.size());
   const std::uint32_t height = HeightOf(entries);
   const std::uint32_t container = records_.FindOrAdd(candidate, height, ownId, entries);
@@ -116,7 +116,7 @@ std::uint32_t ContainerWriter::Store(std::int32_t ownId, std::span<const Entry> 
 }
 
 std::uint32_t ContainerWriter::StoreList(const ContainerBody* body,
-                                         std::span<const Entry> entries) {
+                                         std::span<const CodedEntry> entries) {
   const auto candidate = static_cast<std::uint32_t>(heights_.size());
   std::uint32_t height = HeightOf(entries);
   const std::uint32_t container = lists_.FindOrAdd(candidate, height, body->id, entries);
@@ -136,13 +136,13 @@ std::uint32_t ContainerWriter::StoreList(const ContainerBody* body,
   return container;
 }
 
-const ContainerWriter::Stretch* ContainerWriter::FindStretch(const engine::Entry* entries) {
+const ContainerWriter::Stretch* ContainerWriter::FindStretch(const Entry* entries) {
   const std::uint32_t* row = stretchIndex_.Find(
       HashOf(entries), [&](std::uint32_t at) { return stretches_[at].entries == entries; });
   return row ? &stretches_[*row] : nullptr;
 }
 
-std::uint64_t ContainerWriter::WordOf(const engine::Entry& entry) {
+std::uint64_t ContainerWriter::WordOf(const Entry& entry) {
   switch (entry.type) {
     case host::DA_TIME:
       return tuples_.Row(TimeOf(entry.Get()));
@@ -156,11 +156,55 @@ std::uint64_t ContainerWriter::WordOf(const engine::Entry& entry) {
   }
 }
 
-std::uint32_t ContainerWriter::HeightOf(std::span<const Entry> entries) const {
+std::uint32_t ContainerWriter::HeightOf(std::span<const CodedEntry> entries) const {
   std::uint32_t height = 0;
-  for (const Entry& entry : entries)
+  for (const CodedEntry& entry : entries)
     if (entry.type == host::DA_CONTAINER) height = std::max(height, heights_[entry.word] + 1);
   return height;
 }
 
-}  // namespace engine::scenefile
+namespace {
+
+// A block in the order of the file; exactly one of the two is set.
+struct BlockInOrder {
+  std::uint32_t height;
+  std::uint32_t first;  // the container in it that was met first
+  const RecordBlock* records;
+  const ListBlock* list;
+};
+
+// Everything that a container holds comes before it: by depth of nesting, then by first use (a
+// patch comes after its base).
+std::vector<BlockInOrder> Ordered(const RecordWriter& records, const ListWriter& lists) {
+  std::vector<BlockInOrder> blocks;
+  for (const RecordBlock& block : records.Blocks())
+    blocks.push_back({block.height, block.first.front(), &block, nullptr});
+  for (const ListBlock& block : lists.Blocks())
+    blocks.push_back({block.height, block.container, nullptr, &block});
+  std::ranges::sort(blocks, [](const BlockInOrder& a, const BlockInOrder& b) {
+    return a.height != b.height ? a.height < b.height : a.first < b.first;
+  });
+  return blocks;
+}
+
+}  // namespace
+
+void ContainerWriter::Number() {
+  numbers_.assign(heights_.size(), 0);
+  std::uint32_t next = 1;
+  for (const BlockInOrder& block : Ordered(records_, lists_)) {
+    if (block.list) numbers_[block.list->container] = next++;
+    if (!block.records) continue;
+    for (const std::uint32_t container : block.records->first) numbers_[container] = next++;
+  }
+}
+
+std::string ContainerWriter::Contents() const {
+  std::string out;
+  PutVarint(out, heights_.size() - 1);
+  for (const BlockInOrder& block : Ordered(records_, lists_))
+    block.list ? lists_.Put(out, *block.list, numbers_) : block.records->Put(out, numbers_);
+  return out;
+}
+
+}  // namespace engine

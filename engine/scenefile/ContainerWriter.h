@@ -4,20 +4,18 @@
 #pragma once
 
 #include "engine/core/ContainerBody.h"
-#include "engine/scenefile/Lists.h"
-#include "engine/scenefile/Records.h"
-#include "engine/scenefile/Texts.h"
-#include "engine/scenefile/Tuples.h"
+#include "engine/scenefile/ContainerBlocks.h"
+#include "engine/scenefile/TextsAndNumbers.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 class ContainerWriter {
  public:
   // Texts, vectors and times go to the tables, which must outlive the writer.
   ContainerWriter(TextWriter& texts, NumberWriter& numbers) : texts_(texts), tuples_(numbers) {}
 
-  // What stands for the container until Number; equal for equal ones (own IDs included). The
-  // containers added must live unchanged until the last one is.
+  // The number that stands for the container until Number; equal for equal ones (own IDs included).
+  // The containers added must live unchanged until the last one is.
   std::uint32_t Add(const host::BaseContainer& container) {
     return AddBody(ContainerAccess::Body(container));
   }
@@ -41,7 +39,7 @@ class ContainerWriter {
   };
   // Where the entries of a stretch that long containers share have been done before.
   struct Stretch {
-    const engine::Entry* entries;
+    const Entry* entries;
     std::uint32_t list;
     std::size_t position;
   };
@@ -51,13 +49,13 @@ class ContainerWriter {
   std::uint32_t KnownRecord(const ContainerBody* body);
   std::uint32_t& Remembered(const ContainerBody* body);
   void Open(const ContainerBody* body);
-  void OpenStretch(std::span<const engine::Entry> stretch);
+  void OpenStretch(std::span<const Entry> stretch);
   std::uint32_t Close(const Frame& frame);
-  std::uint32_t Store(std::int32_t ownId, std::span<const Entry> entries);
-  std::uint32_t StoreList(const ContainerBody* body, std::span<const Entry> entries);
-  const Stretch* FindStretch(const engine::Entry* entries);
-  std::uint64_t WordOf(const engine::Entry& entry);
-  std::uint32_t HeightOf(std::span<const Entry> entries) const;
+  std::uint32_t Store(std::int32_t ownId, std::span<const CodedEntry> entries);
+  std::uint32_t StoreList(const ContainerBody* body, std::span<const CodedEntry> entries);
+  const Stretch* FindStretch(const Entry* entries);
+  std::uint64_t WordOf(const Entry& entry);
+  std::uint32_t HeightOf(std::span<const CodedEntry> entries) const;
 
   TextWriter& texts_;
   NumberWriter& tuples_;
@@ -71,8 +69,8 @@ class ContainerWriter {
   HashIndex stretchIndex_;
   std::vector<Stretch> stretches_;
   std::vector<Frame> frames_;
-  std::vector<Entry> entries_;
-  std::vector<Entry> record_;
+  std::vector<CodedEntry> entries_;
+  std::vector<CodedEntry> record_;
 };
 
-}  // namespace engine::scenefile
+}  // namespace engine

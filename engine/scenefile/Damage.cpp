@@ -1,6 +1,6 @@
 #include "engine/scenefile/Damage.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 std::string Grouped(std::uint64_t number) {
   std::string digits = std::to_string(number);
@@ -16,4 +16,4 @@ void Budget::Charge(std::uint64_t count, std::uint64_t each) {
   left_ -= count * each;
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

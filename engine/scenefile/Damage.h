@@ -1,12 +1,16 @@
 // Damage: what is wrong with bytes that are being read, as a sentence for a person. Thrown inside
-// engine/scenefile only and turned into a Status where a public function begins. Budget: how much
-// memory a file may take when opened. Any thread.
+// this folder only; Guarded, where a public function begins, turns it into a Status. Budget: how
+// much memory a file may take when opened. Any thread.
 #pragma once
 
 #include <cstdint>
+#include <exception>
+#include <new>
 #include <string>
 
-namespace engine::scenefile {
+#include "engine/core/Result.h"
+
+namespace engine {
 
 struct Damage {
   std::string message;
@@ -27,4 +31,18 @@ class Budget {
   std::uint64_t left_;
 };
 
-}  // namespace engine::scenefile
+template <class T, class Work>
+Result<T> Guarded(const Work& work) {
+  try {
+    return Result<T>(work());
+  } catch (const Damage& damage) {
+    return Result<T>::Failure(damage.message);
+  } catch (const std::bad_alloc&) {
+    return Result<T>::Failure(
+        "There is not enough memory for this scene. Close other documents and try again.");
+  } catch (const std::exception& error) {
+    return Result<T>::Failure(std::string("The scene cannot be handled: ") + error.what() + ".");
+  }
+}
+
+}  // namespace engine

@@ -7,7 +7,7 @@
 #include "host/LayerObject.h"
 #include "host/RenderData.h"
 
-namespace engine::scenefile {
+namespace engine {
 namespace {
 
 constexpr std::uint64_t kRowBytes = 400;  // about what an element takes in memory
@@ -27,9 +27,9 @@ class TableCheck {
     CheckBelow(in_, table_.names, bounds_.texts, "a name");
     CheckBelow(in_, table_.data, bounds_.containers, "a data container");
     CheckTypes();
-    if (section_ == kLayers) CheckLayers();
-    if (section_ == kObjects) CheckObjects();
-    if (section_ == kNodes) CheckNodes();
+    if (section_ == kLayerRows) CheckLayers();
+    if (section_ == kObjectRows) CheckObjects();
+    if (section_ == kNodeRows) CheckNodes();
   }
 
  private:
@@ -50,15 +50,15 @@ class TableCheck {
       return owner >= tables_[section].firstRow && owner < tables_[section].EndRow();
     };
     switch (section_) {
-      case kPosts:
-      case kPasses:
-        return isIn(kRender);
-      case kTags:
-        return isIn(kObjects);
-      case kNodes:
-        return isIn(kTags) &&
-               tables_[kTags].types[owner - tables_[kTags].firstRow] == host::Texpresso;
-      case kShaders:
+      case kPostRows:
+      case kPassRows:
+        return isIn(kRenderRows);
+      case kTagRows:
+        return isIn(kObjectRows);
+      case kNodeRows:
+        return isIn(kTagRows) &&
+               tables_[kTagRows].types[owner - tables_[kTagRows].firstRow] == host::Texpresso;
+      case kShaderRows:
         return owner < row;
       default:
         return owner == 0;
@@ -66,9 +66,9 @@ class TableCheck {
   }
 
   void CheckTypes() const {
-    const host::LONG only = section_ == kLayers   ? host::Olayer
-                            : section_ == kRender ? host::Rbase
-                                                  : 0;
+    const host::LONG only = section_ == kLayerRows    ? host::Olayer
+                            : section_ == kRenderRows ? host::Rbase
+                                                      : 0;
     if (only == 0) return;
     for (const std::uint64_t type : table_.types)
       if (type != static_cast<std::uint64_t>(only))
@@ -114,9 +114,10 @@ std::string ElementTable::Contents(const ElementRule& rule,
                                    std::span<const std::uint32_t> numbers) const {
   std::string out;
   PutVarint(out, Rows());
-  for (const Column* column : {&owners, &depths, &types, &ids, &names, &bits, &nbits, &layers})
+  for (const ColumnValues* column :
+       {&owners, &depths, &types, &ids, &names, &bits, &nbits, &layers})
     PutInts(out, *column);
-  Column numbered(Rows());
+  ColumnValues numbered(Rows());
   std::ranges::transform(data, numbered.begin(),
                          [&](std::uint64_t container) { return numbers[container]; });
   PutInts(out, numbered);
@@ -131,8 +132,8 @@ void ReadElements(ElementTables& tables, ElementSection section, std::string_vie
   table.firstRow = section == 0 ? 1 : tables[section - 1].EndRow();
   Cursor in(contents, rule.name, budget);
   const std::size_t rows = in.Rows(kRowBytes);
-  for (Column* column : {&table.owners, &table.depths, &table.types, &table.ids, &table.names,
-                         &table.bits, &table.nbits, &table.layers, &table.data})
+  for (ColumnValues* column : {&table.owners, &table.depths, &table.types, &table.ids, &table.names,
+                               &table.bits, &table.nbits, &table.layers, &table.data})
     *column = TakeInts(in, rows);
   for (std::size_t i = 0; i < rule.more; ++i) table.more[i] = TakeInts(in, rows);
   in.End();
@@ -140,7 +141,7 @@ void ReadElements(ElementTables& tables, ElementSection section, std::string_vie
 }
 
 void CheckIdentities(const ElementTables& tables, std::uint64_t document) {
-  Column ids{document};
+  ColumnValues ids{document};
   for (const ElementTable& table : tables)
     ids.insert(ids.end(), table.ids.begin(), table.ids.end());
   if (!std::ranges::is_sorted(ids)) std::ranges::sort(ids);
@@ -149,4 +150,4 @@ void CheckIdentities(const ElementTables& tables, std::uint64_t document) {
     throw Damage{"The file is damaged: two elements have the same identity."};
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

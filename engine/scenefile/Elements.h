@@ -3,22 +3,24 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 
 #include "engine/scenefile/Columns.h"
+#include "host/LayerObject.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 // The sections in the order of the file, which numbers the rows.
 enum ElementSection : std::size_t {
-  kLayers,
-  kMaterials,
-  kRender,
-  kPosts,
-  kPasses,
-  kObjects,
-  kTags,
-  kNodes,
-  kShaders,
+  kLayerRows,
+  kMaterialRows,
+  kRenderRows,
+  kPostRows,
+  kPassRows,
+  kObjectRows,
+  kTagRows,
+  kNodeRows,
+  kShaderRows,
   kElementSections,
 };
 
@@ -52,16 +54,16 @@ inline constexpr std::size_t kTagMaterial = 0;
 
 struct ElementTable {
   std::uint64_t firstRow = 0;  // number of its first row in the whole file
-  Column owners;
-  Column depths;
-  Column types;
-  Column ids;
-  Column names;
-  Column bits;
-  Column nbits;
-  Column layers;
-  Column data;
-  std::array<Column, 5> more;
+  ColumnValues owners;
+  ColumnValues depths;
+  ColumnValues types;
+  ColumnValues ids;
+  ColumnValues names;
+  ColumnValues bits;
+  ColumnValues nbits;
+  ColumnValues layers;
+  ColumnValues data;
+  std::array<ColumnValues, 5> more;
 
   std::size_t Rows() const { return ids.size(); }
   std::uint64_t EndRow() const { return firstRow + Rows(); }
@@ -87,4 +89,25 @@ void ReadElements(ElementTables& tables, ElementSection section, std::string_vie
 // Refuses identities that are 0 or occur twice; `document` is one more. Throws Damage.
 void CheckIdentities(const ElementTables& tables, std::uint64_t document);
 
-}  // namespace engine::scenefile
+// The nine switches of a layer as one number, bit 0 the first.
+inline constexpr host::Bool host::LayerData::*kLayerSwitches[] = {
+    &host::LayerData::solo,      &host::LayerData::view,        &host::LayerData::render,
+    &host::LayerData::manager,   &host::LayerData::locked,      &host::LayerData::generators,
+    &host::LayerData::deformers, &host::LayerData::expressions, &host::LayerData::animation};
+
+inline std::uint64_t SwitchesOf(const host::LayerData& layer) {
+  std::uint64_t bits = 0;
+  for (unsigned i = 0; i < std::size(kLayerSwitches); ++i)
+    if (layer.*kLayerSwitches[i]) bits |= std::uint64_t{1} << i;
+  return bits;
+}
+
+inline host::LayerData LayerWith(std::uint64_t switches, const host::Vector& color) {
+  host::LayerData layer;
+  for (unsigned i = 0; i < std::size(kLayerSwitches); ++i)
+    layer.*kLayerSwitches[i] = (switches >> i & 1) != 0;
+  layer.color = color;
+  return layer;
+}
+
+}  // namespace engine

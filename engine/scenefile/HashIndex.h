@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace engine::scenefile {
+namespace engine {
 
 class HashIndex {
  public:
@@ -62,4 +62,4 @@ class HashIndex {
   std::size_t used_ = 0;
 };
 
-}  // namespace engine::scenefile
+}  // namespace engine

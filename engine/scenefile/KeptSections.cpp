@@ -5,11 +5,11 @@
 
 #include "engine/scene/DocumentState.h"
 #include "engine/scenefile/Bytes.h"
+#include "engine/scenefile/Damage.h"
 #include "engine/scenefile/Elements.h"
-#include "engine/scenefile/Guard.h"
 #include "engine/scenefile/SceneOrigin.h"
 
-namespace engine::scenefile {
+namespace engine {
 namespace {
 
 // A section with bytes of its own.
@@ -57,12 +57,6 @@ void AddKeptSections(const host::BaseDocument& doc, SectionWriter& out) {
   out.AddAsItIs(kOrigin, origin.size(), origin);
 }
 
-}  // namespace engine::scenefile
-
-namespace engine {
-
-using namespace scenefile;
-
 void SetSceneOrigin(host::BaseDocument& doc, const std::string& origin) {
   const auto* former = static_cast<const KeptList*>(KeptWith(doc).get());
   auto list = former ? std::make_shared<KeptList>(*former) : std::make_shared<KeptList>();
@@ -72,7 +66,7 @@ void SetSceneOrigin(host::BaseDocument& doc, const std::string& origin) {
 
 std::string SceneOriginOf(std::string_view bytes) {
   const Result<std::string> origin = Guarded<std::string>([&] {
-    const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+    const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
     const Section* section = FindSection(sections, kOrigin);
     if (section == nullptr || section != &sections.back()) return std::string();
     std::string sum;

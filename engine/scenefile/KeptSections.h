@@ -5,11 +5,11 @@
 #include "engine/scenefile/Sections.h"
 #include "host/BaseDocument.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 // Charges their memory. Throws Damage.
 void KeepUnknownSections(host::BaseDocument& doc, const std::vector<Section>& sections,
                          Budget& budget);
 void AddKeptSections(const host::BaseDocument& doc, SectionWriter& out);
 
-}  // namespace engine::scenefile
+}  // namespace engine

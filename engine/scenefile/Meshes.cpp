@@ -5,12 +5,12 @@
 
 #include "engine/scenefile/Columns.h"
 
-namespace engine::scenefile {
+namespace engine {
 namespace {
 
 constexpr std::size_t kCorners = 4;
 
-// What is wrong with the mesh, or null.
+// Why a reader would refuse the mesh, null where it would not.
 const char* FaultOf(const Mesh& mesh) {
   const auto points = static_cast<std::int64_t>(mesh.points.size());
   for (const Mesh::Polygon& polygon : mesh.polygons)
@@ -55,7 +55,7 @@ void PutMesh(std::string& out, const Mesh& mesh) {
   out.push_back(!mesh.normals.empty());
   out.push_back(!mesh.uvs.empty());
   PutFloats(out, mesh.points);
-  Column column(mesh.polygons.size());
+  ColumnValues column(mesh.polygons.size());
   for (std::size_t corner = 0; corner < kCorners; ++corner) {
     std::ranges::transform(mesh.polygons, column.begin(), [&](const Mesh::Polygon& polygon) {
       return static_cast<std::uint64_t>(static_cast<std::int64_t>(polygon[corner]));
@@ -71,7 +71,7 @@ void TakePolygons(Cursor& in, Mesh& mesh, std::size_t rows) {
   in.Memory().Charge(rows, sizeof(Mesh::Polygon));
   mesh.polygons.resize(rows);
   for (std::size_t corner = 0; corner < kCorners; ++corner) {
-    const Column column = TakeInts(in, rows);
+    const ColumnValues column = TakeInts(in, rows);
     CheckLongs(in, column, "a corner");
     for (std::size_t row = 0; row < rows; ++row)
       mesh.polygons[row][corner] = static_cast<std::int32_t>(column[row]);
@@ -120,4 +120,4 @@ std::vector<std::shared_ptr<const Mesh>> ReadMeshes(std::string_view contents, B
   return meshes;
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -9,7 +9,7 @@
 #include "engine/scene/Mesh.h"
 #include "engine/scenefile/Bytes.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 class MeshWriter {
  public:
@@ -25,4 +25,4 @@ class MeshWriter {
 // The meshes by row. Throws Damage.
 std::vector<std::shared_ptr<const Mesh>> ReadMeshes(std::string_view contents, Budget& budget);
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -9,7 +9,7 @@
 #include "engine/core/Progress.h"
 #include "engine/scenefile/Damage.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 // The message of a reading or writing that was stopped.
 inline constexpr const char* kStopped = "The work was stopped; nothing was changed.";
@@ -49,4 +49,4 @@ class ProgressMeter {
   std::uint64_t next_ = kStride;
 };
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -7,9 +7,9 @@
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/Ownership.h"
-#include "engine/scenefile/LayerFlags.h"
+#include "engine/scenefile/Elements.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 using host::BaseDocument;
 using host::BaseList2D;
@@ -23,19 +23,19 @@ namespace {
 
 NodeKind KindIn(ElementSection section) {
   switch (section) {
-    case kLayers:
+    case kLayerRows:
       return NodeKind::Layer;
-    case kMaterials:
+    case kMaterialRows:
       return NodeKind::Material;
-    case kRender:
+    case kRenderRows:
       return NodeKind::RenderSettings;
-    case kPosts:
+    case kPostRows:
       return NodeKind::VideoPost;
-    case kPasses:
+    case kPassRows:
       return NodeKind::Multipass;
-    case kObjects:
+    case kObjectRows:
       return NodeKind::Object;
-    case kShaders:
+    case kShaderRows:
       return NodeKind::Shader;
     default:
       return NodeKind::Node;
@@ -47,15 +47,15 @@ NodeKind KindIn(ElementSection section) {
 OwnedDocument SceneBuilder::Build() {
   doc_.reset(BaseDocument::Alloc());
   if (!doc_) throw std::bad_alloc();
-  rows_.resize(static_cast<std::size_t>(tables_.elements[kShaders].EndRow()));
+  rows_.resize(static_cast<std::size_t>(tables_.elements[kShaderRows].EndRow()));
   rows_[0] = doc_.get();
   RenderData* fresh = doc_->GetFirstRenderData();
-  for (const ElementSection section : {kLayers, kMaterials, kRender}) BuildTop(section);
+  for (const ElementSection section : {kLayerRows, kMaterialRows, kRenderRows}) BuildTop(section);
   RenderData::Free(fresh);
-  for (const ElementSection section : {kPosts, kPasses}) BuildAttached(section);
-  BuildTop(kObjects);
+  for (const ElementSection section : {kPostRows, kPassRows}) BuildAttached(section);
+  BuildTop(kObjectRows);
   BuildTags();
-  BuildAttached(kShaders);
+  BuildAttached(kShaderRows);
   FinishDocument();
   return std::move(doc_);
 }
@@ -86,11 +86,11 @@ void SceneBuilder::BuildAttached(ElementSection section) {
 }
 
 void SceneBuilder::BuildTags() {
-  const ElementTable& table = tables_.elements[kTags];
+  const ElementTable& table = tables_.elements[kTagRows];
   for (std::size_t at = 0; at < table.Rows(); ++at) {
     OwnedNode node(host::BaseTag::Alloc(static_cast<LONG>(table.types[at])));
     Fill(*node, table, at);
-    FillMore(*node, kTags, at);
+    FillMore(*node, kTagRows, at);
     const std::uint64_t row = table.firstRow + at;
     if (KindOf(*node) == NodeKind::XPressoTag)
       BuildExpression(static_cast<host::XPressoTag&>(*node), row);
@@ -100,7 +100,7 @@ void SceneBuilder::BuildTags() {
 }
 
 void SceneBuilder::BuildExpression(host::XPressoTag& tag, std::uint64_t row) {
-  const ElementTable& table = tables_.elements[kNodes];
+  const ElementTable& table = tables_.elements[kNodeRows];
   path_.clear();
   for (; nextNode_ < table.Rows() && table.owners[nextNode_] == row; ++nextNode_) {
     const auto depth = static_cast<std::size_t>(table.depths[nextNode_]);
@@ -164,12 +164,12 @@ void SceneBuilder::Fill(BaseList2D& node, const ElementTable& table, std::size_t
 void SceneBuilder::FillMore(BaseList2D& node, ElementSection section, std::size_t at) const {
   const auto& more = tables_.elements[section].more;
   const Numbers& numbers = tables_.values.numbers;
-  if (section == kLayers)
+  if (section == kLayerRows)
     SetOwnLayerData(static_cast<LayerObject&>(node),
                     LayerWith(more[kLayerFlags][at], numbers.vectors[more[kLayerColor][at]]));
   if (KindOf(node) == NodeKind::TextureTag)
     SetMaterialId(static_cast<host::TextureTag&>(node), more[kTagMaterial][at]);
-  if (section != kObjects) return;
+  if (section != kObjectRows) return;
   auto& object = static_cast<BaseObject&>(node);
   SetModes(object, static_cast<LONG>(more[kEditorMode][at]),
            static_cast<LONG>(more[kRenderMode][at]), more[kDeformMode][at] != 0);
@@ -180,11 +180,11 @@ void SceneBuilder::FillMore(BaseList2D& node, ElementSection section, std::size_
 void SceneBuilder::Insert(ElementSection section, BaseList2D& node, BaseList2D* parent,
                           BaseList2D* pred) {
   switch (section) {
-    case kLayers:
+    case kLayerRows:
       return doc_->AppendLayer(AsLayer(&node), AsLayer(parent));
-    case kMaterials:
+    case kMaterialRows:
       return doc_->AppendMaterial(AsMaterial(&node));
-    case kRender:
+    case kRenderRows:
       return doc_->InsertRenderData(AsRenderData(&node), AsRenderData(parent), AsRenderData(pred));
     default:
       return doc_->AppendObject(AsObject(&node), AsObject(parent));
@@ -194,10 +194,10 @@ void SceneBuilder::Insert(ElementSection section, BaseList2D& node, BaseList2D* 
 void SceneBuilder::Attach(ElementSection section, BaseList2D& node, std::size_t at) {
   const ElementTable& table = tables_.elements[section];
   BaseList2D* owner = rows_[table.owners[at]];
-  if (section == kPosts)
+  if (section == kPostRows)
     return static_cast<RenderData*>(owner)->InsertVideoPost(
         static_cast<host::BaseVideoPost*>(&node));
-  if (section == kPasses)
+  if (section == kPassRows)
     return static_cast<RenderData*>(owner)->InsertMultipass(
         static_cast<host::MultipassObject*>(&node));
   auto& shader = static_cast<BaseShader&>(node);
@@ -216,4 +216,4 @@ BaseList2D* SceneBuilder::Step(std::uint64_t depth, BaseList2D& node, BaseList2D
   return at == 0 ? nullptr : path_[at - 1];
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

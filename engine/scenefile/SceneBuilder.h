@@ -7,12 +7,12 @@
 #include "engine/core/ContainerAccess.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/Ownership.h"
-#include "engine/scenefile/CarriedPaths.h"
+#include "engine/scenefile/CarriedFiles.h"
 #include "engine/scenefile/Elements.h"
 #include "engine/scenefile/ProgressMeter.h"
 #include "engine/scenefile/ValueSections.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 // Section DOCUMENT.
 struct DocumentRecord {
@@ -24,7 +24,7 @@ struct DocumentRecord {
   host::LONG fps = 0;
   NodeId camera = 0;
   NodeId activeSettings = 0;
-  Column selection;
+  ColumnValues selection;
 };
 
 struct SceneTables {
@@ -67,4 +67,4 @@ class SceneBuilder {
   std::size_t nextNode_ = 0;  // in section NODES
 };
 
-}  // namespace engine::scenefile
+}  // namespace engine

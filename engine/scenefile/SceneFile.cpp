@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include "engine/scene/DocumentState.h"
-#include "engine/scenefile/FilesSection.h"
-#include "engine/scenefile/Guard.h"
+#include "engine/scenefile/CarriedFiles.h"
+#include "engine/scenefile/Damage.h"
 #include "engine/scenefile/KeptSections.h"
 #include "engine/scenefile/ProgressMeter.h"
 #include "engine/scenefile/SceneBuilder.h"
@@ -12,7 +12,6 @@
 
 namespace engine {
 
-using namespace scenefile;
 using host::BaseDocument;
 
 namespace {
@@ -72,7 +71,7 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::stri
   return doc;
 }
 
-// What this machine has: a file that needs more could not be used anyway.
+// Bytes of memory of this machine: a file that needs more could not be used anyway.
 std::uint64_t MemoryOfMachine() {
   const long pages = sysconf(_SC_PHYS_PAGES);
   const long bytes = sysconf(_SC_PAGESIZE);
@@ -96,7 +95,7 @@ Result<std::vector<std::string>> WriteScene(const BaseDocument& doc,
                                             const ProgressCallback& progress,
                                             const std::string& folder) {
   return Guarded<std::vector<std::string>>([&] {
-    SectionWriter sections(FrameKind::Scene);
+    SectionWriter sections(ContentKind::Scene);
     ProgressMeter meter(progress);
     SceneWriter(doc, meter, folder).Write(sections);
     AddKeptSections(doc, sections);
@@ -109,7 +108,7 @@ Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimi
   return Guarded<OwnedDocument>([&] {
     Budget budget(memoryLimit ? memoryLimit : MemoryOfMachine());
     ProgressMeter meter(progress);
-    return ReadDocument(ReadSections(bytes, FrameKind::Scene), folder, budget, meter);
+    return ReadDocument(ReadSections(bytes, ContentKind::Scene), folder, budget, meter);
   });
 }
 

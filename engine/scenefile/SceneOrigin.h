@@ -15,8 +15,8 @@ namespace engine {
 // Opening a file forgets it.
 void SetSceneOrigin(host::BaseDocument& doc, const std::string& origin);
 
-// What a scene file with these bytes tells; empty where it tells nothing, is no scene file or was
-// changed since.
+// The origin that a scene file with these bytes tells; empty where it tells nothing, is no scene
+// file or was changed since.
 std::string SceneOriginOf(std::string_view bytes);
 
 }  // namespace engine

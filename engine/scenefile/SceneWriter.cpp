@@ -9,10 +9,10 @@
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/TreeWalk.h"
-#include "engine/scenefile/FilesSection.h"
-#include "engine/scenefile/LayerFlags.h"
+#include "engine/scenefile/CarriedFiles.h"
+#include "engine/scenefile/Elements.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 using host::BaseList2D;
 using host::BaseObject;
@@ -44,20 +44,20 @@ void SceneWriter::Write(SectionWriter& sections) {
 
 void SceneWriter::Collect() {
   documentData_ = values_.containers.Add(*doc_.GetDataInstance());
-  AddTree(kLayers, 0, doc_.GetLayerObjectRoot()->GetFirst());
-  AddTree(kMaterials, 0, doc_.GetFirstMaterial());
-  AddTree(kRender, 0, doc_.GetFirstRenderData());
-  AddOwned(kPosts, kRender, [](const BaseList2D& node) {
+  AddTree(kLayerRows, 0, doc_.GetLayerObjectRoot()->GetFirst());
+  AddTree(kMaterialRows, 0, doc_.GetFirstMaterial());
+  AddTree(kRenderRows, 0, doc_.GetFirstRenderData());
+  AddOwned(kPostRows, kRenderRows, [](const BaseList2D& node) {
     return static_cast<const host::RenderData&>(node).GetFirstVideoPost();
   });
-  AddOwned(kPasses, kRender, [](const BaseList2D& node) {
+  AddOwned(kPassRows, kRenderRows, [](const BaseList2D& node) {
     return static_cast<const host::RenderData&>(node).GetFirstMultipass();
   });
-  AddTree(kObjects, 0, doc_.GetFirstObject());
-  AddOwned(kTags, kObjects, [](const BaseList2D& node) {
+  AddTree(kObjectRows, 0, doc_.GetFirstObject());
+  AddOwned(kTagRows, kObjectRows, [](const BaseList2D& node) {
     return static_cast<const BaseObject&>(node).GetFirstTag();
   });
-  AddOwned(kNodes, kTags, [](const BaseList2D& node) -> const GeListNode* {
+  AddOwned(kNodeRows, kTagRows, [](const BaseList2D& node) -> const GeListNode* {
     if (KindOf(node) != NodeKind::XPressoTag) return nullptr;
     return static_cast<const host::XPressoTag&>(node).GetNodeMaster();
   });
@@ -93,9 +93,10 @@ void SceneWriter::AddOwned(ElementSection section, ElementSection owners, const 
 
 // Shaders have shaders: the rows grow while they are gone through.
 void SceneWriter::AddShaders() {
-  BeginSection(kShaders);
+  BeginSection(kShaderRows);
   for (std::uint64_t owner = 0; owner < rows_.size(); ++owner)
-    if (const GeListNode* first = rows_[owner]->GetFirstShader()) AddTree(kShaders, owner, first);
+    if (const GeListNode* first = rows_[owner]->GetFirstShader())
+      AddTree(kShaderRows, owner, first);
 }
 
 void SceneWriter::AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t depth,
@@ -114,13 +115,13 @@ void SceneWriter::AddRow(ElementTable& table, std::uint64_t owner, std::uint64_t
 
 void SceneWriter::AddMore(ElementSection section, const BaseList2D& node) {
   ElementTable& table = tables_[section];
-  if (section == kObjects) AddObjectColumns(table, static_cast<const BaseObject&>(node));
-  if (section == kLayers) {
+  if (section == kObjectRows) AddObjectColumns(table, static_cast<const BaseObject&>(node));
+  if (section == kLayerRows) {
     const host::LayerData& layer = OwnLayerData(static_cast<const host::LayerObject&>(node));
     table.more[kLayerFlags].push_back(SwitchesOf(layer));
     table.more[kLayerColor].push_back(values_.numbers.Row(layer.color));
   }
-  if (section == kTags) {
+  if (section == kTagRows) {
     const bool texture = KindOf(node) == NodeKind::TextureTag;
     table.more[kTagMaterial].push_back(
         texture ? MaterialIdOf(static_cast<const host::TextureTag&>(node)) : 0);
@@ -152,11 +153,11 @@ std::string SceneWriter::DocumentContents() const {
   PutVarint(out, ZigZag(Extended(doc_.GetFps())));
   PutFixed64(out, SceneCameraIdOf(doc_));
   PutFixed64(out, ActiveRenderDataIdOf(doc_));
-  Column selection;
+  ColumnValues selection;
   for (const BaseList2D* node : SelectedInOrder(doc_)) selection.push_back(IdOf(*node));
   PutVarint(out, selection.size());
   PutInts(out, selection);
   return out;
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -4,7 +4,7 @@
 
 #include <unordered_map>
 
-#include "engine/scenefile/CarriedPaths.h"
+#include "engine/scenefile/CarriedFiles.h"
 #include "engine/scenefile/Elements.h"
 #include "engine/scenefile/Meshes.h"
 #include "engine/scenefile/ProgressMeter.h"
@@ -12,7 +12,7 @@
 #include "host/BaseDocument.h"
 #include "host/BaseObject.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 class SceneWriter {
  public:
@@ -51,4 +51,4 @@ class SceneWriter {
   std::uint32_t documentData_ = 0;
 };
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -9,7 +9,7 @@
 
 #include "engine/scenefile/Bytes.h"
 
-namespace engine::scenefile {
+namespace engine {
 namespace {
 
 constexpr std::size_t kNameLength = 8;
@@ -22,9 +22,9 @@ constexpr int kCompression = 3;
 constexpr std::string_view kEnd = "END";
 
 // 0D 0A and 0A show a transfer that mangled line ends.
-std::string_view MagicOf(FrameKind kind) {
-  return kind == FrameKind::Scene ? std::string_view("\x8ASMS\r\n\x1A\n", kMagicLength)
-                                  : std::string_view("\x8ASMV\r\n\x1A\n", kMagicLength);
+std::string_view MagicOf(ContentKind kind) {
+  return kind == ContentKind::Scene ? std::string_view("\x8ASMS\r\n\x1A\n", kMagicLength)
+                                    : std::string_view("\x8ASMV\r\n\x1A\n", kMagicLength);
 }
 
 std::uint64_t SumOf(std::string_view head, std::string_view payload) {
@@ -55,7 +55,7 @@ bool IsName(std::string_view name) {
 // Reads the frame from front to back.
 class FrameReader {
  public:
-  FrameReader(std::string_view bytes, FrameKind kind) : bytes_(bytes), magic_(MagicOf(kind)) {}
+  FrameReader(std::string_view bytes, ContentKind kind) : bytes_(bytes), magic_(MagicOf(kind)) {}
 
   std::vector<Section> Read() {
     CheckStart();
@@ -192,7 +192,7 @@ bool ExpandPiece(const Section& section, ZSTD_DCtx* context, ZSTD_inBuffer& in, 
 
 }  // namespace
 
-SectionWriter::SectionWriter(FrameKind kind) {
+SectionWriter::SectionWriter(ContentKind kind) {
   pieces_.emplace_back(MagicOf(kind));
   PutFixed32(pieces_.back(), kVersion);
 }
@@ -225,7 +225,7 @@ std::vector<std::string> SectionWriter::Finish() {
   return std::move(pieces_);
 }
 
-std::vector<Section> ReadSections(std::string_view bytes, FrameKind kind) {
+std::vector<Section> ReadSections(std::string_view bytes, ContentKind kind) {
   return FrameReader(bytes, kind).Read();
 }
 
@@ -259,4 +259,4 @@ const Section* FindSection(const std::vector<Section>& sections, std::string_vie
   return found == sections.end() ? nullptr : &*found;
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -9,13 +9,13 @@
 
 #include "engine/scenefile/Damage.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 // The newest version, which is the one that is written.
 inline constexpr std::uint32_t kVersion = 1;
 
-// What the bytes are: a scene file or a coded container.
-enum class FrameKind { Scene, Container };
+// A scene file, or a single container, which the tests write and read.
+enum class ContentKind { Scene, Container };
 
 // A section as it stands in the file, compressed or not.
 struct Section {
@@ -28,7 +28,7 @@ struct Section {
 // Collects sections, each as a piece of the file.
 class SectionWriter {
  public:
-  explicit SectionWriter(FrameKind kind);
+  explicit SectionWriter(ContentKind kind);
   // Compresses where that makes it smaller.
   void Add(const std::string& name, std::string_view contents);
   // Takes a section as it was read.
@@ -44,7 +44,7 @@ class SectionWriter {
 };
 
 // All sections but the end, checked as far as the frame goes. Throws Damage.
-std::vector<Section> ReadSections(std::string_view bytes, FrameKind kind);
+std::vector<Section> ReadSections(std::string_view bytes, ContentKind kind);
 // The contents of a section; charges their memory. Throws Damage.
 std::string Expand(const Section& section, Budget& budget);
 // One number for all sections that stand before `section` in the file, contents included.
@@ -53,4 +53,4 @@ std::uint64_t SumBefore(std::string_view bytes, const std::vector<Section>& sect
 // The section of that name, null where there is none.
 const Section* FindSection(const std::vector<Section>& sections, std::string_view name);
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -1,6 +1,6 @@
 #include "engine/scenefile/ValueSections.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 void ValueWriter::Finish(SectionWriter& sections) {
   containers.Number();
@@ -22,4 +22,4 @@ const Section& NeededSection(const std::vector<Section>& sections, const std::st
   return *section;
 }
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -6,7 +6,7 @@
 #include "engine/scenefile/ContainerWriter.h"
 #include "engine/scenefile/Sections.h"
 
-namespace engine::scenefile {
+namespace engine {
 
 struct ValueWriter {
   TextWriter texts;
@@ -29,4 +29,4 @@ struct ValueReader {
 // The section of that name; throws Damage where there is none.
 const Section& NeededSection(const std::vector<Section>& sections, const std::string& name);
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -4,8 +4,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "engine/scene/Frames.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/Vectors.h"
 #include "engine/undo/Undo.h"
 #include "engine/undo/UndoHistory.h"
 

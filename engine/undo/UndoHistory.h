@@ -3,8 +3,10 @@
 // parked in them. Main thread.
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -13,10 +15,53 @@
 #include "engine/core/Progress.h"
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/DocumentListener.h"
-#include "engine/undo/EntryList.h"
 #include "engine/undo/StepDifference.h"
+#include "engine/undo/UndoEntry.h"
 
 namespace engine {
+
+// The entries of one undo step in chunks: adding never moves one, and memory is touched only when
+// used.
+class EntryList {
+ public:
+  EntryList() = default;
+  EntryList(const EntryList&) = delete;
+  EntryList& operator=(const EntryList&) = delete;
+  ~EntryList() { Shrink(0); }
+
+  std::size_t Size() const { return size_; }
+  UndoEntry& operator[](std::size_t index) { return chunks_[index / kChunk]->At(index % kChunk); }
+  const UndoEntry& operator[](std::size_t index) const {
+    return chunks_[index / kChunk]->At(index % kChunk);
+  }
+  void Add(UndoEntry&& entry) {
+    ::new (NextPlace()) UndoEntry(std::move(entry));
+    ++size_;
+  }
+  // The entry is built where it stays.
+  void AddChange(host::BaseList2D& node) {
+    ::new (NextPlace()) UndoEntry(node);
+    ++size_;
+  }
+  // Ends the entries from `size` on, the last one first.
+  void Shrink(std::size_t size);
+
+ private:
+  static constexpr std::size_t kChunk = 512;
+  struct Chunk {
+    void* Raw(std::size_t index) { return bytes + index * sizeof(UndoEntry); }
+    UndoEntry& At(std::size_t index) { return *std::launder(static_cast<UndoEntry*>(Raw(index))); }
+    alignas(UndoEntry) std::byte bytes[kChunk * sizeof(UndoEntry)];
+  };
+
+  void* NextPlace() {
+    if (size_ == chunks_.size() * kChunk) chunks_.emplace_back(new Chunk);
+    return chunks_.back()->Raw(size_ % kChunk);
+  }
+
+  std::vector<std::unique_ptr<Chunk>> chunks_;
+  std::size_t size_ = 0;
+};
 
 class UndoHistory : public UndoAttachment {
  public:
@@ -25,7 +70,8 @@ class UndoHistory : public UndoAttachment {
   static constexpr std::size_t kMostSteps = 100;
   static constexpr std::size_t kMostEntries = 4'000'000;
 
-  // What a person is doing now, for groups that end without a name; empty for nothing known.
+  // Name of the act of a person that is going on, for groups that end without a name; empty where
+  // none is known. Set by ActName.
   inline static std::string actName;
 
   explicit UndoHistory(host::BaseDocument& doc) : doc_(doc) {}
@@ -39,7 +85,7 @@ class UndoHistory : public UndoAttachment {
   // Makes the open group a step, unless nothing was registered and neither scene camera, active
   // settings nor frame rate changed.
   void End();
-  // The same for callers inside a scope, which leave the group to the scope.
+  // End for callers that may be inside a scope: then the group is left to the scope.
   void EndUnlessScoped() {
     if (scopes_ == 0) End();
   }
@@ -70,8 +116,9 @@ class UndoHistory : public UndoAttachment {
   void LeaveScope();
   // Takes back the open group's entries from there on.
   void TakeBack(std::size_t from);
-  // What the open group's entries from there on have come to; camera and active settings compare
-  // with the group's beginning. Lines of the first `most` elements that differ. Nothing when it was
+  // Compares the states that the open group's entries from there on keep with the live ones; camera
+  // and active settings compare with the group's beginning. Lines of the first `most` elements that
+  // differ. Nothing when it was
   // stopped.
   std::optional<StepDifference> Difference(std::size_t from, std::size_t most,
                                            const ProgressCallback& progress) const;
@@ -80,7 +127,7 @@ class UndoHistory : public UndoAttachment {
   void Made(host::BaseList2D& node) override;
 
  private:
-  // What a group remembers of its document when it opens, and gives back on undo.
+  // Facts of its document that a group remembers when it opens and gives back on undo.
   struct Remembered {
     NodeId camera = 0;
     NodeId settings = 0;

@@ -5,9 +5,9 @@
 
 #include "engine/editing/ObjectCommands.h"
 #include "engine/render/ScenePicture.h"
-#include "engine/scene/Frames.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/TreeWalk.h"
+#include "engine/scene/Vectors.h"
 
 namespace commandline {
 

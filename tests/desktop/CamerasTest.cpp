@@ -7,8 +7,8 @@
 
 #include "engine/editing/ObjectCommands.h"
 #include "engine/render/ScenePicture.h"
-#include "engine/scene/Frames.h"
 #include "engine/scene/NodeIds.h"
+#include "engine/scene/Vectors.h"
 #include "engine/undo/Undo.h"
 #include "host/LayerObject.h"
 #include "host/Parameters.h"

@@ -8,16 +8,16 @@
 #include <string>
 #include <vector>
 
-#include "engine/scenefile/ContainerCode.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Sections.h"
+#include "tests/scenefile/CodedContainer.h"
 #include "tests/scenefile/Scenes.h"
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t limit);
 
 namespace {
 
-using namespace engine::scenefile;
+using namespace engine;
 
 constexpr std::uint64_t kMemory = std::uint64_t{256} << 20;
 
@@ -31,7 +31,7 @@ const std::vector<Part>& Parts() {
     const std::string bytes = tests::Bytes(*tests::EverythingScene());
     Budget budget(kMemory);
     std::vector<Part> result;
-    for (const Section& section : ReadSections(bytes, FrameKind::Scene))
+    for (const Section& section : ReadSections(bytes, ContentKind::Scene))
       result.push_back({section.name, Expand(section, budget)});
     return result;
   }();
@@ -39,7 +39,7 @@ const std::vector<Part>& Parts() {
 }
 
 std::string FileWith(std::size_t changed, const std::string& contents) {
-  SectionWriter out(FrameKind::Scene);
+  SectionWriter out(ContentKind::Scene);
   for (std::size_t i = 0; i < Parts().size(); ++i)
     out.Add(Parts()[i].name, i == changed ? contents : Parts()[i].contents);
   std::string file;
@@ -69,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckScene(FileWith(data[0], contents));
   } else {
     CheckScene(contents);
-    (void)engine::DecodeContainer(contents, kMemory);
+    (void)tests::DecodeContainer(contents, kMemory);
   }
   return 0;
 }

@@ -15,14 +15,14 @@
 namespace tests {
 namespace {
 
-using namespace engine::scenefile;
+using namespace engine;
 using host::LONG;
 
 // The file with the contents of one section exchanged, its frame whole.
 std::string WithSection(const std::string& bytes, const std::string& name,
                         const std::string& contents) {
-  SectionWriter out(FrameKind::Scene);
-  for (const Section& section : ReadSections(bytes, FrameKind::Scene)) {
+  SectionWriter out(ContentKind::Scene);
+  for (const Section& section : ReadSections(bytes, ContentKind::Scene)) {
     if (section.name != name) out.AddAsItIs(section.name, section.rawLength, section.payload);
   }
   out.Add(name, contents);
@@ -33,7 +33,7 @@ std::string WithSection(const std::string& bytes, const std::string& name,
 
 std::string ContentsOf(const std::string& bytes, const std::string& name) {
   Budget budget(1 << 30);
-  const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+  const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
   return Expand(*FindSection(sections, name), budget);
 }
 
@@ -47,7 +47,7 @@ TEST(SceneFileDamage, ACutFileIsRefusedAtEveryByte) {
 
 TEST(SceneFileDamage, ACutFileSaysHowMuchIsMissing) {
   const std::string bytes = Bytes(*EverythingScene());
-  const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+  const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
   const Section& objects = *FindSection(sections, "OBJECTS");
   EXPECT_EQ(Refusal(bytes.substr(0, objects.offset + 32)),
             "The file is cut off: section OBJECTS needs " + Grouped(objects.payload.size()) +
@@ -71,7 +71,7 @@ TEST(SceneFileDamage, EveryChangedBitIsFound) {
 // Behind a right checksum: whatever a section holds, the reader keeps to its rules.
 TEST(SceneFileDamage, ChangedContentsBehindARightChecksumDoNoHarm) {
   const std::string bytes = Bytes(*EverythingScene());
-  for (const Section& section : ReadSections(bytes, FrameKind::Scene)) {
+  for (const Section& section : ReadSections(bytes, ContentKind::Scene)) {
     const std::string contents = ContentsOf(bytes, section.name);
     for (std::size_t at = 0; at < contents.size(); ++at) {
       std::string changed = contents;
@@ -102,10 +102,10 @@ TEST(SceneFileDamage, AFileFromTheFutureSaysWhatToDo) {
 
 TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
   const std::string bytes = Bytes(*EverythingScene());
-  const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
+  const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
   for (const Section& left : sections) {
     if (left.name == "FILES") continue;  // left out where there are none
-    SectionWriter out(FrameKind::Scene);
+    SectionWriter out(ContentKind::Scene);
     for (const Section& section : sections)
       if (section.name != left.name)
         out.AddAsItIs(section.name, section.rawLength, section.payload);
@@ -113,7 +113,7 @@ TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
     for (const std::string& piece : out.Finish()) file += piece;
     EXPECT_EQ(Refusal(file), "The file is damaged: its section " + left.name + " is missing.");
   }
-  SectionWriter twice(FrameKind::Scene);
+  SectionWriter twice(ContentKind::Scene);
   twice.Add("TEXTS", "");
   twice.Add("TEXTS", "");
   std::string file;
@@ -169,9 +169,9 @@ TEST(SceneFileDamage, EmbeddedFilesMustHaveBareNames) {
 // stopped.
 TEST(SceneFileDamage, ExpansionIsBounded) {
   const std::string bytes = Bytes(*EmptyScene());
-  const std::vector<Section> sections = ReadSections(bytes, FrameKind::Scene);
-  SectionWriter liar(FrameKind::Scene);
-  SectionWriter bomb(FrameKind::Scene);
+  const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
+  SectionWriter liar(ContentKind::Scene);
+  SectionWriter bomb(ContentKind::Scene);
   for (const Section& section : sections) {
     const bool texts = section.name == "TEXTS";
     liar.AddAsItIs(section.name, texts ? ~std::uint64_t{0} : section.rawLength, section.payload);

@@ -123,18 +123,18 @@ TEST(SceneFileRoundTrip, ABrokenMeshIsNotWritten) {
 // States of a scene: the second is equal to the first, the third differs in one record, the fourth
 // has one record more.
 TEST(SceneFileRoundTrip, EqualAndNearlyEqualStatesCostNextToNothing) {
-  constexpr LONG kObjects = 20000;
+  constexpr LONG kObjectRows = 20000;
   const Document one = EmptyScene();
   const Document four = EmptyScene();
   BaseContainer* states = one->GetDataInstance();
-  states->SetContainer(1, Records(kObjects, 1));
+  states->SetContainer(1, Records(kObjectRows, 1));
   *four->GetDataInstance() = *states;
   states = four->GetDataInstance();
-  states->SetContainer(2, Records(kObjects, 1));
-  BaseContainer changed = Records(kObjects, 1);
+  states->SetContainer(2, Records(kObjectRows, 1));
+  BaseContainer changed = Records(kObjectRows, 1);
   changed.GetContainerInstance(777)->SetLong(70001, 9);
   states->SetContainer(3, changed);
-  changed.SetContainer(kObjects, changed.GetContainer(5));
+  changed.SetContainer(kObjectRows, changed.GetContainer(5));
   states->SetContainer(4, changed);
   const std::string bytes = Bytes(*four);
   EXPECT_LT(bytes.size(), Bytes(*one).size() + 400);

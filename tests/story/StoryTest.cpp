@@ -119,7 +119,8 @@ class Story : public testing::Test {
     hands::Click(list);
     ASSERT_TRUE(list.view()->isVisible()) << label;
     const QModelIndex row = list.model()->index(list.findText(text), 0);
-    // A click so soon after the one that opened the list may be its second half and chooses nothing.
+    // A click so soon after the one that opened the list may be its second half and chooses
+    // nothing.
     for (int clicks = 0; list.view()->isVisible() && clicks < 50; ++clicks)
       hands::Click(*list.view(), row);
     EXPECT_EQ(list.currentText(), text) << label;

@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "engine/scene/ElementState.h"
-#include "engine/scene/Frames.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/Vectors.h"
 #include "engine/undo/Undo.h"
 #include "host/LayerObject.h"
 #include "host/Parameters.h"

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "engine/scene/Frames.h"
+#include "engine/scene/Vectors.h"
 
 namespace desktop {
 

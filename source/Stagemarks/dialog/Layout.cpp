@@ -9,14 +9,15 @@ namespace stagemarks {
 
 namespace {
 
-// Layout flags as the host counts them: filling both ways, filling horizontally, and its other
-// combinations.
+// Layout flags as the host counts them. One bit each for the middle, the left and the right across
+// (8, 16, 32) and for the middle, the top and the bottom in height (1, 2, 4); all three together
+// fill.
 constexpr LONG kFill = 63;
 constexpr LONG kFillAcross = 57;
-constexpr LONG kFlags56 = 56;
-constexpr LONG kFlags9 = 9;
-constexpr LONG kFlags8 = 8;
-constexpr LONG kFlags1 = 1;
+constexpr LONG kFillAcrossOnly = 56;  // no place in height is asked for
+constexpr LONG kInTheMiddle = 9;
+constexpr LONG kMiddleAcross = 8;
+constexpr LONG kMiddleInHeight = 1;
 
 constexpr LONG kListWidth = 60;
 constexpr LONG kListHeight = 30;
@@ -93,7 +94,7 @@ void SMDialog::BuildElementGroups() {
     BaseContainer settings;
     settings.SetBool(BITMAPBUTTON_BORDER, TRUE);
     previewButton_ = static_cast<BitmapButtonCustomGui*>(
-        AddCustomGui(kPreviewButton, CUSTOMGUI_BITMAPBUTTON, "myBitmapButton", kFlags1,
+        AddCustomGui(kPreviewButton, CUSTOMGUI_BITMAPBUTTON, "myBitmapButton", kMiddleInHeight,
                      SizeChr(kPreviewWidth), SizeChr(kPreviewHeight), settings));
   }
   const Group buttons(*this, kGroupElementButtons, kFillAcross, 5, 0, {4, 4}, {0, 5, 0, 0});
@@ -107,24 +108,24 @@ void SMDialog::BuildElementGroups() {
 void SMDialog::BuildRecordGroups() {
   {
     const Group name(*this, kGroupName, kFillAcross, 0, 2, {4, 4}, {5, 5, 5, 0});
-    AddEditText(kNameField, kFlags56, kNameWidth);
+    AddEditText(kNameField, kFillAcrossOnly, kNameWidth);
   }
-  const Group record(*this, kGroupRecord, kFlags9, 2, 0, {10, 4}, {5, 10, 5, 5});
-  AddButton(kRecord, kFlags9, 0, 0, "Record Element");
-  AddCheckbox(kGeneratePreview, kFlags8, 0, 0, "Generate Preview Image");
+  const Group record(*this, kGroupRecord, kInTheMiddle, 2, 0, {10, 4}, {5, 10, 5, 5});
+  AddButton(kRecord, kInTheMiddle, 0, 0, "Record Element");
+  AddCheckbox(kGeneratePreview, kMiddleAcross, 0, 0, "Generate Preview Image");
 }
 
 void SMDialog::BuildGenerateGroups() {
   {
     const Group generate(*this, kGroupGenerate, kFillAcross, 2, 0, {4, 4}, {5, 10, 5, 0});
-    AddButton(kGenerateFiles, kFlags9, 0, 0, "Generate .C4D Files");
+    AddButton(kGenerateFiles, kInTheMiddle, 0, 0, "Generate .C4D Files");
     AddComboBox(kFileLayout, kFillAcross, kFileLayoutWidth);
     for (const MenuRow& row : kFileLayouts) AddChild(kFileLayout, row.id, row.label);
   }
   const Group frames(*this, kGroupFrameRange, kFillAcross, 4, 0, {5, 4}, {5, 5, 5, 5});
-  AddCheckbox(kChangeFrameRange, kFlags9, 0, 0, "Change Frame Range  ");
+  AddCheckbox(kChangeFrameRange, kInTheMiddle, 0, 0, "Change Frame Range  ");
   AddEditNumberArrows(kFrameFrom, kFillAcross);
-  AddStaticText(kFrameToLabel, kFlags9, 0, 0, "to", 0);
+  AddStaticText(kFrameToLabel, kInTheMiddle, 0, 0, "to", 0);
   AddEditNumberArrows(kFrameTo, kFillAcross);
 }
 

@@ -14,9 +14,9 @@ constexpr LONG kWidth = 160;
 constexpr LONG kHeight = 120;
 
 // Parameters of the host's render settings that a preview sets besides size and frame range.
-constexpr LONG kPreviewOnly1 = 5300;
-constexpr LONG kPreviewOff1 = 5076;
-constexpr LONG kPreviewOff2 = 5202;
+constexpr LONG kRenderEngine = 5300;
+constexpr LONG kSaveAlpha = 5076;
+constexpr LONG kMultipass = 5202;
 
 // Puts render settings into the state for a preview; restored, at the latest when it goes, they
 // hold exactly what they held before.
@@ -29,10 +29,10 @@ class PreviewSettings {
     }
     settings.SetLong(RDATA_XRES, kWidth);
     settings.SetLong(RDATA_YRES, kHeight);
-    settings.SetLong(kPreviewOnly1, 1);
+    settings.SetLong(kRenderEngine, 1);
     settings.SetLong(RDATA_FRAMESEQUENCE, 1);
-    settings.SetBool(kPreviewOff1, FALSE);
-    settings.SetBool(kPreviewOff2, FALSE);
+    settings.SetBool(kSaveAlpha, FALSE);
+    settings.SetBool(kMultipass, FALSE);
   }
   PreviewSettings(const PreviewSettings&) = delete;
   PreviewSettings& operator=(const PreviewSettings&) = delete;
@@ -50,9 +50,9 @@ class PreviewSettings {
   }
 
  private:
-  static constexpr std::array<LONG, 8> kKept{RDATA_XRES,          RDATA_YRES,      kPreviewOnly1,
+  static constexpr std::array<LONG, 8> kKept{RDATA_XRES,          RDATA_YRES,      kRenderEngine,
                                              RDATA_FRAMESEQUENCE, RDATA_FRAMEFROM, RDATA_FRAMETO,
-                                             kPreviewOff2,        kPreviewOff1};
+                                             kMultipass,          kSaveAlpha};
   BaseContainer& settings_;
   std::array<GeData, kKept.size()> values_;
   std::array<Bool, kKept.size()> there_{};

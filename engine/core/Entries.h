@@ -1,14 +1,43 @@
-// ShortIndex: finds keys in an array of entries that has an index behind it, two bytes for each
-// entry there is room for. Open addressing; a place holds a position counted from 1, or 0 where it
-// is free. Part of the body that holds the array, under its laws.
+// Entries: the keys of a container and their values, as bodies hold them in arrays, and the index
+// that an array may have behind it, two bytes for each entry there is room for: open addressing, in
+// which a place holds a position counted from 1, or 0 where it is free. Whoever holds the array
+// owns the values' shares; the index is part of the same body, under its laws.
 #pragma once
 
 #include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
-#include "engine/core/Entry.h"
+#include "engine/core/Value.h"
 
 namespace engine {
+
+struct Entry {
+  host::LONG key;
+  host::LONG type;
+  std::uint64_t bits;
+
+  Value Get() const { return {type, bits}; }
+};
+static_assert(sizeof(Entry) == 16);
+
+// Key and type in one word. They are stored and compared as one: a wide read of two narrow stores
+// that have just happened would wait for them.
+inline std::uint64_t KeyAndType(host::LONG key, host::LONG type) {
+  return std::uint64_t{static_cast<std::uint32_t>(key)} |
+         std::uint64_t{static_cast<std::uint32_t>(type)} << 32;
+}
+inline std::uint64_t KeyAndType(const Entry& entry) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, &entry, sizeof word);
+  return word;
+}
+inline void FillEntry(Entry& entry, host::LONG key, Value value) {
+  const std::uint64_t word = KeyAndType(key, value.type);
+  std::memcpy(&entry, &word, sizeof word);
+  entry.bits = value.bits;
+}
 
 // Room, a power of two, from which on there is an index; and of most entries that it can find.
 inline constexpr std::uint32_t kIndexedEntries = 16;

@@ -1,5 +1,5 @@
 // One container to bytes and back, and the columns below it.
-#include "engine/scenefile/ContainerCode.h"
+#include "tests/scenefile/CodedContainer.h"
 
 #include <gtest/gtest.h>
 
@@ -13,41 +13,41 @@
 namespace tests {
 namespace {
 
-using namespace engine::scenefile;
+using namespace engine;
 using host::BaseContainer;
 
-TEST(ContainerCode, KeepsEveryValueAndOwnId) {
+TEST(CodedContainer, KeepsEveryValueAndOwnId) {
   for (const BaseContainer& container :
        {BaseContainer(), BaseContainer(5), EveryValue(nullptr), Records(300, 5)}) {
-    const auto decoded = engine::DecodeContainer(engine::EncodeContainer(container));
+    const auto decoded = DecodeContainer(EncodeContainer(container));
     ASSERT_TRUE(decoded) << decoded.Message();
     EXPECT_TRUE(engine::Identical(decoded.Value(), container));
   }
 }
 
-TEST(ContainerCode, TakesSomeBytesPerRecordOnly) {
-  const std::string bytes = engine::EncodeContainer(Records(100000, 1));
+TEST(CodedContainer, TakesSomeBytesPerRecordOnly) {
+  const std::string bytes = EncodeContainer(Records(100000, 1));
   EXPECT_LT(bytes.size(), 30000u);
 }
 
 // Equal contents that share no memory are found by their contents.
-TEST(ContainerCode, StoresEqualContainersOnceHoweverTheyWereMade) {
+TEST(CodedContainer, StoresEqualContainersOnceHoweverTheyWereMade) {
   BaseContainer twice;
   twice.SetContainer(1, Records(1000, 1));
-  const std::size_t once = engine::EncodeContainer(twice).size();
+  const std::size_t once = EncodeContainer(twice).size();
   twice.SetContainer(2, Records(1000, 1));
-  EXPECT_LT(engine::EncodeContainer(twice).size(), once + 16);
+  EXPECT_LT(EncodeContainer(twice).size(), once + 16);
 }
 
-TEST(ContainerCode, RefusesSceneFilesAndDamage) {
-  EXPECT_EQ(engine::DecodeContainer(Bytes(*EmptyScene())).Message(), "This is no scene file.");
-  const std::string bytes = engine::EncodeContainer(EveryValue(nullptr));
+TEST(CodedContainer, RefusesSceneFilesAndDamage) {
+  EXPECT_EQ(DecodeContainer(Bytes(*EmptyScene())).Message(), "This is no scene file.");
+  const std::string bytes = EncodeContainer(EveryValue(nullptr));
   for (std::size_t length = 0; length < bytes.size(); ++length)
-    EXPECT_FALSE(engine::DecodeContainer(bytes.substr(0, length))) << length;
+    EXPECT_FALSE(DecodeContainer(bytes.substr(0, length))) << length;
 }
 
 TEST(Columns, ComeBackWhateverTheRuns) {
-  Column values;
+  ColumnValues values;
   constexpr std::uint64_t kGreatest = std::numeric_limits<std::uint64_t>::max();
   for (std::uint64_t run : {1u, 2u, 127u, 128u, 129u, 130u, 260u, 1u}) {
     values.insert(values.end(), run, run);
@@ -67,11 +67,11 @@ TEST(Columns, ComeBackWhateverTheRuns) {
 // The example of the format's page.
 TEST(Columns, AreWrittenAsDocumented) {
   std::string bytes;
-  PutInts(bytes, Column{100, 101, 102, 103, 7, 7});
+  PutInts(bytes, ColumnValues{100, 101, 102, 103, 7, 7});
   EXPECT_EQ(bytes, std::string("\x00\xC8\x01\x81\x02\x01\xBF\x01\x00", 9));
 }
 
-TEST(ContainerCode, IsWrittenAsDocumented) {
+TEST(CodedContainer, IsWrittenAsDocumented) {
   ValueWriter values;
   values.texts.Row("another text");
   BaseContainer inner(7);

@@ -1,4 +1,4 @@
-#include "engine/core/ShortIndex.h"
+#include "engine/core/Entries.h"
 
 #include <algorithm>
 

@@ -1,16 +1,39 @@
-// Tuples: section VECTORS, every vector, time and matrix of a file once. A row number stands for
-// one everywhere else. One thread.
+// Sections TEXTS and VECTORS: every text, vector, time and matrix of a file once. Everywhere else a
+// row number stands for one. One thread.
 #pragma once
 
 #include <bit>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "engine/scenefile/Columns.h"
 #include "engine/scenefile/HashIndex.h"
 #include "host/Math.h"
+#include "host/String.h"
 
-namespace engine::scenefile {
+namespace engine {
+
+class TextWriter {
+ public:
+  // The row of a text. Asking for the text asked for last is quick.
+  std::uint64_t Row(std::string_view text);
+  std::string Contents() const;
+
+ private:
+  std::string_view At(std::size_t row) const {
+    return std::string_view(bytes_).substr(starts_[row], lengths_[row]);
+  }
+
+  std::string bytes_;
+  std::vector<std::size_t> starts_;
+  ColumnValues lengths_;
+  HashIndex index_;
+  std::size_t last_ = 0;
+};
+
+// The texts by row. Throws Damage.
+std::vector<host::String> ReadTexts(std::string_view contents, Budget& budget);
 
 // Rows of `width` numbers, each row once; equality is that of the bits.
 class TupleWriter {
@@ -22,7 +45,7 @@ class TupleWriter {
 
  private:
   std::size_t width_;
-  Column words_;  // row after row
+  ColumnValues words_;  // row after row
   HashIndex index_;
 };
 
@@ -49,4 +72,4 @@ Numbers ReadNumbers(std::string_view contents, Budget& budget);
 inline std::uint64_t WordOf(host::Real value) { return std::bit_cast<std::uint64_t>(value); }
 inline host::Real NumberOf(std::uint64_t word) { return std::bit_cast<host::Real>(word); }
 
-}  // namespace engine::scenefile
+}  // namespace engine

@@ -1,19 +1,19 @@
-#include "engine/scenefile/ContainerCode.h"
+#include "tests/scenefile/CodedContainer.h"
 
 #include "engine/scenefile/ContainerReader.h"
 #include "engine/scenefile/ContainerWriter.h"
-#include "engine/scenefile/Guard.h"
+#include "engine/scenefile/Damage.h"
 #include "engine/scenefile/ValueSections.h"
 
-namespace engine {
+namespace tests {
 
-using namespace scenefile;
+using namespace engine;
 using host::BaseContainer;
 
 std::string EncodeContainer(const BaseContainer& container) {
   ValueWriter values;
   const std::uint32_t root = values.containers.Add(container);
-  SectionWriter sections(FrameKind::Container);
+  SectionWriter sections(ContentKind::Container);
   values.Finish(sections);
   std::string contents;
   PutVarint(contents, values.containers.Numbers()[root]);
@@ -26,7 +26,7 @@ std::string EncodeContainer(const BaseContainer& container) {
 Result<BaseContainer> DecodeContainer(std::string_view bytes, std::uint64_t memoryLimit) {
   return Guarded<BaseContainer>([&] {
     Budget budget(memoryLimit);
-    const std::vector<Section> sections = ReadSections(bytes, FrameKind::Container);
+    const std::vector<Section> sections = ReadSections(bytes, ContentKind::Container);
     const ValueReader values(sections, budget);
     const std::string contents = Expand(NeededSection(sections, "ROOT"), budget);
     Cursor in(contents, "ROOT", budget);
@@ -36,4 +36,4 @@ Result<BaseContainer> DecodeContainer(std::string_view bytes, std::uint64_t memo
   });
 }
 
-}  // namespace engine
+}  // namespace tests

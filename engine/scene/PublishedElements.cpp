@@ -1,13 +1,48 @@
-#include "host/RenderData.h"
-
+// The published classes of elements that are little more than a list of their own: materials and
+// shaders, layers, render settings, expression nodes.
 #include "engine/scene/NewNodes.h"
 #include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTree.h"
 #include "engine/scene/NodeTypes.h"
+#include "host/BaseMaterial.h"
+#include "host/GvNode.h"
+#include "host/LayerObject.h"
+#include "host/RenderData.h"
 
 namespace host {
 
 using engine::NodeKind;
+
+BaseMaterial* BaseMaterial::Alloc(LONG type) {
+  return engine::AsMaterial(engine::MakeNode(NodeKind::Material, type));
+}
+
+void BaseMaterial::Free(BaseMaterial*& material) {
+  engine::FreeNode(material);
+  material = nullptr;
+}
+
+BaseShader* BaseShader::Alloc(LONG type) {
+  return static_cast<BaseShader*>(engine::MakeNode(NodeKind::Shader, type));
+}
+
+void BaseShader::Free(BaseShader*& shader) {
+  engine::FreeNode(shader);
+  shader = nullptr;
+}
+
+void BaseShader::InsertUnderLast(BaseShader* parent) {
+  if (parent) engine::Place(this, parent, engine::kChildren, parent->GetDownLast());
+}
+
+LayerObject* LayerObject::Alloc() {
+  return engine::AsLayer(engine::MakeNode(engine::NodeKind::Layer, Olayer));
+}
+
+void LayerObject::Free(LayerObject*& layer) {
+  engine::FreeNode(layer);
+  layer = nullptr;
+}
 
 BaseVideoPost* BaseVideoPost::Alloc(LONG type) {
   return static_cast<BaseVideoPost*>(engine::MakeNode(NodeKind::VideoPost, type));
@@ -49,6 +84,13 @@ void RenderData::InsertVideoPost(BaseVideoPost* post, BaseVideoPost* pred) {
 
 void RenderData::InsertMultipass(MultipassObject* pass, MultipassObject* pred) {
   engine::Place(pass, this, engine::kPasses, pred ? pred : passes_.GetLast());
+}
+
+GvNode* GvNodeMaster::CreateNode(GvNode* parent, LONG id) {
+  if (!parent) return nullptr;
+  BaseList2D* node = engine::MakeNode(engine::NodeKind::Node, id);
+  engine::PutIn(*node, *parent, engine::kChildren, parent->GetDownLast());
+  return static_cast<GvNode*>(node);
 }
 
 }  // namespace host

@@ -1,4 +1,5 @@
-// Arithmetic on the frames of objects. Pure functions, any thread.
+// Arithmetic on vectors and frames in double precision, for everything that places objects. Pure
+// functions, any thread. A picture is reckoned in single precision: see Vec of engine/render.
 #pragma once
 
 #include <cmath>
@@ -18,8 +19,10 @@ inline double DotOf(const host::Vector& a, const host::Vector& b) {
 inline host::Vector CrossOf(const host::Vector& a, const host::Vector& b) {
   return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
+inline double LengthOf(const host::Vector& v) { return std::sqrt(DotOf(v, v)); }
+// The direction with length 1; zero stays zero.
 inline host::Vector UnitOf(const host::Vector& v) {
-  const double length = std::sqrt(DotOf(v, v));
+  const double length = LengthOf(v);
   return length > 0 ? Scaled(v, 1 / length) : v;
 }
 
