@@ -55,9 +55,9 @@ Status Stopped(const std::string& path) {
   return FileFailure("Did not write", path, "the work was stopped");
 }
 
-// `goOn`: asked now and then.
+// `isWanted`: asked now and then.
 Status CopyBytes(int from, const std::string& path, PendingFile& to,
-                 const std::function<bool()>& goOn) {
+                 const std::function<bool()>& isWanted) {
   std::string buffer(std::size_t{1} << 18, '\0');
   for (;;) {
     const ssize_t count = ReadSome(from, buffer.data(), buffer.size());
@@ -65,7 +65,7 @@ Status CopyBytes(int from, const std::string& path, PendingFile& to,
     if (count == 0) return {};
     Status written = to.Write(std::string_view(buffer).substr(0, static_cast<std::size_t>(count)));
     if (!written) return written;
-    if (!goOn()) return Stopped(path);
+    if (!isWanted()) return Stopped(path);
   }
 }
 
@@ -138,11 +138,11 @@ Status RealFileSystem::DoCopyFile(const std::string& from, const std::string& to
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) return {};
     if (!replace) return FileFailure("Cannot write", to, "it exists already");
   }
-  const auto goOn = [&] { return person_.Writing(to); };
-  if (!goOn()) return Stopped(to);
+  const auto isWanted = [&] { return person_.Writing(to); };
+  if (!isWanted()) return Stopped(to);
   PendingFile copy(to);
   Status status = copy.Begin();
-  if (status) status = CopyBytes(file.Value().Get(), from, copy, goOn);
+  if (status) status = CopyBytes(file.Value().Get(), from, copy, isWanted);
   return status ? copy.Commit(replace) : status;
 }
 

@@ -101,8 +101,8 @@ int Session::LockScene() {
   }
   if (program_.longestWait > 0)
     terminal.Say(busy + "; waiting at most " + seconds + " for it (--wait).");
-  const auto goOn = [&](double share) { return terminal.Progress(share, "Waiting"); };
-  auto lock = engine::FileLock::Take(scene, std::chrono::seconds(program_.longestWait), goOn);
+  const auto progress = [&](double share) { return terminal.Progress(share, "Waiting"); };
+  auto lock = engine::FileLock::Take(scene, std::chrono::seconds(program_.longestWait), progress);
   if (lock) {
     lock_ = lock.Take();
     return kDone;

@@ -108,11 +108,11 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   const auto count = static_cast<double>(turn.count);
   const std::string what = "Rendering " + std::to_string(turn.number + 1) + " of " +
                            std::to_string(turn.count) + ": " + name;
-  const auto goOn = [&](double done) {
+  const auto progress = [&](double done) {
     return terminal.Progress((static_cast<double>(turn.number) + done) / count, what);
   };
   while (!begun.Value()->IsFinished()) {
-    if (!begun.Value()->Refine(goOn)) return kInterrupted;
+    if (!begun.Value()->Refine(progress)) return kInterrupted;
   }
   *picture = begun.Value()->Current();
   return kDone;

@@ -215,12 +215,12 @@ TEST(Render, StopsAndGoesOnWhereItStopped) {
   EXPECT_FALSE(picture->IsFinished());
   EXPECT_TRUE(picture->Current().bytes.empty());
   double last = -1;
-  const auto goOn = [&](double done) {
+  const auto progress = [&](double done) {
     EXPECT_GE(done, last);
     last = done;
     return true;
   };
-  while (!picture->IsFinished()) ASSERT_TRUE(picture->Refine(goOn));
+  while (!picture->IsFinished()) ASSERT_TRUE(picture->Refine(progress));
   EXPECT_GT(last, 0.5);
   EXPECT_LE(last, 1.0);
   EXPECT_EQ(picture->Current().bytes, Render(stage.Scene().Doc()));

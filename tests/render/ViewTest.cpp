@@ -193,7 +193,7 @@ TEST(PictureInProgress, ShowsTilesWhileAPassRuns) {
   engine::Image image;
   std::size_t shown = 0;
   bool stopped = false;
-  const auto goOn = [&](double) {
+  const auto progress = [&](double) {
     picture->ShowTiles(&image);
     std::size_t now = 0;
     for (std::size_t i = 3; i < image.bytes.size(); i += 4) now += image.bytes[i] == 255;
@@ -203,9 +203,9 @@ TEST(PictureInProgress, ShowsTilesWhileAPassRuns) {
     stopped = true;
     return false;
   };
-  EXPECT_FALSE(picture->Refine(goOn));
+  EXPECT_FALSE(picture->Refine(progress));
   EXPECT_TRUE(picture->Current().bytes.empty());
-  EXPECT_TRUE(picture->Refine(goOn));
+  EXPECT_TRUE(picture->Refine(progress));
   const engine::Image pass = picture->Current();
   for (std::size_t i = 0; i < pass.bytes.size(); i += 4) {
     const bool isShown = image.bytes[i + 3] == 255;

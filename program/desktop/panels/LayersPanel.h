@@ -6,10 +6,10 @@
 #include <QWidget>
 
 #include "engine/editing/LayerCommands.h"
-#include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/NodeTreeModel.h"
+#include "program/desktop/panels/PanelCommands.h"
 
 namespace desktop {
 
@@ -114,7 +114,7 @@ class LayersPanel : public QWidget, public DocumentView {
   void Add(host::BaseDocument& doc);
 
   LayerTree* tree_;
-  ChosenActs<LayerTree> acts_;
+  PanelCommands<LayerTree> acts_;
 };
 
 }  // namespace desktop

@@ -37,8 +37,8 @@ using Picture = std::unique_ptr<engine::PictureInProgress>;
 
 // Null when it was stopped or memory is short.
 Picture Render(engine::ScenePicture scene, std::uint32_t side, engine::RenderCaches& caches,
-               const engine::ProgressCallback& goOn) {
-  auto prepared = engine::PreparedScene::Make(std::move(scene), caches, goOn);
+               const engine::ProgressCallback& progress) {
+  auto prepared = engine::PreparedScene::Make(std::move(scene), caches, progress);
   if (!prepared) return nullptr;
   engine::PictureSetup setup;
   setup.width = setup.height = side;
@@ -47,7 +47,7 @@ Picture Render(engine::ScenePicture scene, std::uint32_t side, engine::RenderCac
   auto begun = engine::PictureInProgress::Begin(prepared.Take(), setup);
   if (!begun) return nullptr;
   while (!begun.Value()->IsFinished()) {
-    if (!begun.Value()->Refine(goOn)) return nullptr;
+    if (!begun.Value()->Refine(progress)) return nullptr;
   }
   return begun.Take();
 }

@@ -9,9 +9,9 @@
 #include <unordered_map>
 
 #include "engine/editing/MaterialCommands.h"
-#include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/panels/MaterialThumbnails.h"
+#include "program/desktop/panels/PanelCommands.h"
 
 namespace desktop {
 
@@ -100,7 +100,7 @@ class MaterialsPanel : public QWidget, public DocumentView {
   void Add(host::BaseDocument& doc);
 
   MaterialGrid* grid_;
-  ChosenActs<MaterialGrid> acts_;
+  PanelCommands<MaterialGrid> acts_;
 };
 
 }  // namespace desktop

@@ -9,10 +9,10 @@
 #include "engine/editing/RenderSettingsCommands.h"
 #include "engine/editing/StoredStates.h"
 #include "program/desktop/attributes/AttributesView.h"
-#include "program/desktop/panels/ChosenActs.h"
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/panels/DragAndDrop.h"
 #include "program/desktop/panels/NodeTreeModel.h"
+#include "program/desktop/panels/PanelCommands.h"
 
 namespace desktop {
 
@@ -123,7 +123,7 @@ class RenderSettingsPanel : public QWidget, public DocumentView {
 
   RenderSettingsList* list_;
   AttributesView* values_;
-  ChosenActs<RenderSettingsList> acts_;
+  PanelCommands<RenderSettingsList> acts_;
   QAction* delete_ = nullptr;
 };
 

@@ -19,8 +19,8 @@ class Rendering {
   // The last news.
   RenderNews Run(engine::ScenePicture scene, const engine::PictureSetup& setup,
                  engine::RenderCaches& caches) {
-    const auto goOn = [this](double) { return !job_.IsStopped(); };
-    auto prepared = engine::PreparedScene::Make(std::move(scene), caches, goOn);
+    const auto progress = [this](double) { return !job_.IsStopped(); };
+    auto prepared = engine::PreparedScene::Make(std::move(scene), caches, progress);
     auto begun = prepared ? engine::PictureInProgress::Begin(prepared.Take(), setup)
                           : engine::PictureInProgress::Begun(prepared.GetStatus());
     if (begun) return Refine(*begun.Value());

@@ -1,22 +1,38 @@
-// ChosenActs: what one does in a panel to the chosen materials, layers or render settings of a
+// PanelCommands: what one does in a panel to the chosen materials, layers or render settings of a
 // document: buttons at the foot, the same entries in a context menu, and keys. The actions belong
 // to the view. Main thread.
 #pragma once
 
+#include <QAction>
 #include <QLayout>
 #include <QMenu>
+#include <QToolBar>
+#include <functional>
 
 #include "host/BaseDocument.h"
-#include "program/desktop/panels/PanelBar.h"
 
 namespace desktop {
 
+// The row of tool buttons at the foot of a panel. The actions belong to the widget that they work
+// on, so that their keys work there, too.
+class PanelBar : public QToolBar {
+ public:
+  explicit PanelBar(QWidget* parent);
+
+  // A button with an icon that does `work`; its text and keys are shown in the tool tip. With keys
+  // it works while `target` has the focus. The action belongs to `target`.
+  QAction* Add(QWidget& target, const QString& icon, const QString& text, const QKeySequence& keys,
+               std::function<void()> work);
+  // Pushes what follows to the right.
+  void AddSpace();
+};
+
 // `View`: an item view with Document, null without one, and Chosen, a list of elements.
 template <class View>
-class ChosenActs {
+class PanelCommands {
  public:
   // Shows `menu` when one asks for it in the view. The view outlives this.
-  ChosenActs(View& view, std::function<void(QMenu&)> menu) : view_(view) {
+  PanelCommands(View& view, std::function<void(QMenu&)> menu) : view_(view) {
     view.setContextMenuPolicy(Qt::CustomContextMenu);
     QObject::connect(&view, &QWidget::customContextMenuRequested, &view,
                      [this, menu](const QPoint& place) {

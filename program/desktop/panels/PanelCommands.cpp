@@ -1,4 +1,4 @@
-#include "program/desktop/panels/PanelBar.h"
+#include "program/desktop/panels/PanelCommands.h"
 
 #include "program/desktop/Icons.h"
 
