@@ -30,8 +30,6 @@ class PluginLibraries {
   // Registrations of the plug-in that is just starting; false when none is, or the ID is taken.
   bool Register(CommandPlugin command);
   bool Register(const RegisteredHook& hook);
-  // Whether a plug-in is inside its PluginStart.
-  bool Starting() const { return starting_ != nullptr; }
 
   // Folder of the plug-in whose code holds `address`, or else of the one whose entry point is
   // running; nothing when it is neither.

@@ -3,7 +3,6 @@
 #include <utility>
 #include <vector>
 
-#include "engine/core/Progress.h"
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/JointCopy.h"
 #include "engine/scene/NewNodes.h"
@@ -156,16 +155,6 @@ BaseList2D* CopyTree(const BaseList2D& root, const CopyRules& rules) {
   BaseList2D* copy = CopyOne(root, rules);
   CopyBelow(root, *copy, rules);
   return copy;
-}
-
-std::vector<BaseList2D*> CopyTogether(const std::vector<BaseList2D*>& roots,
-                                      const ProgressCallback&) {
-  JointCopy copy;
-  std::vector<BaseList2D*> copies;
-  for (const BaseList2D* root : roots) copy.Add(*root);
-  for (std::size_t i = 0; i < roots.size(); ++i) copy.FollowLinks(i);
-  for (std::size_t i = 0; i < roots.size(); ++i) copies.push_back(copy.Take(i));
-  return copies;
 }
 
 struct JointCopy::Ids {
