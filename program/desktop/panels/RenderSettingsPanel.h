@@ -7,7 +7,7 @@
 
 #include "engine/editing/InspectedElements.h"
 #include "engine/editing/RenderSettingsCommands.h"
-#include "engine/editing/StoredStates.h"
+#include "engine/states/StoredStates.h"
 #include "program/desktop/attributes/AttributesView.h"
 #include "program/desktop/panels/DocumentView.h"
 #include "program/desktop/panels/DragAndDrop.h"

@@ -1,5 +1,5 @@
 // What the programs read of the Stagemarks in a scene is what the plug-in keeps there.
-#include "engine/editing/StoredStates.h"
+#include "engine/states/StoredStates.h"
 
 #include <gtest/gtest.h>
 

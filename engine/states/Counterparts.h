@@ -1,0 +1,35 @@
+// Counterparts: which element of one document is which element of another, for two scenes that are
+// versions of one another: the one of the same identity, type and name, else the one at the same
+// path. Both documents outlive it unchanged. Main thread.
+#pragma once
+
+#include <string>
+#include <unordered_map>
+
+#include "engine/core/ContainerAccess.h"
+#include "host/BaseDocument.h"
+
+namespace engine {
+
+class Counterparts {
+ public:
+  Counterparts(const host::BaseDocument& from, const host::BaseDocument& to)
+      : from_(from), to_(to) {}
+
+  // The element of `to` for one of `from`, 0 where there is none. The first one that is not found by
+  // its identity costs a walk over both documents.
+  NodeId Find(NodeId element);
+
+ private:
+  const host::BaseDocument& from_;
+  const host::BaseDocument& to_;
+  bool hasPaths_ = false;
+  std::unordered_map<NodeId, std::string> paths_;   // in `from`
+  std::unordered_map<std::string, NodeId> places_;  // in `to`
+};
+
+// Path of each object, tag, material, layer and render settings of a document, by identity: the
+// names from the top, with a number where siblings of one kind have the same name.
+std::unordered_map<NodeId, std::string> ExactPaths(const host::BaseDocument& doc);
+
+}  // namespace engine

@@ -1,0 +1,490 @@
+#include "engine/states/Difference.h"
+
+#include <algorithm>
+#include <memory>
+#include <unordered_set>
+#include <utility>
+
+#include "engine/scene/DocumentState.h"
+#include "engine/scene/ElementState.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "engine/scene/TreeWalk.h"
+#include "engine/states/Counterparts.h"
+#include "engine/states/RecordList.h"
+
+namespace engine {
+
+using host::BaseContainer;
+using host::BaseDocument;
+using host::BaseList2D;
+using host::LONG;
+using host::RenderData;
+
+namespace {
+
+// The lists of a state: objects, layers, tags.
+struct ListRow {
+  LONG key;
+  LONG link;
+};
+constexpr ListRow kLists[] = {{kStoredObjects, kStoredObjectLink},
+                              {kStoredLayers, kStoredLayerLink},
+                              {kStoredTags, kStoredTagLink}};
+
+// The part that a record in that list belongs to, by its element; null for one that loading skips.
+const PartRow* PartOf(LONG list, BaseList2D& element) {
+  if (list == kStoredObjects) return AsObject(&element) ? &RowOf(Part::Objects) : nullptr;
+  if (list == kStoredLayers) return AsLayer(&element) ? &RowOf(Part::Layers) : nullptr;
+  return AsTag(&element) ? FindPartOfTag(element.GetType()) : nullptr;
+}
+
+Parts PartsOf(LONG list) {
+  if (list == kStoredObjects) return Parts().set(IndexOf(Part::Objects));
+  if (list == kStoredLayers) return Parts().set(IndexOf(Part::Layers));
+  Parts parts;
+  for (const PartRow& row : kPartRows) parts.set(IndexOf(row.part), row.tagType != 0);
+  return parts;
+}
+
+RenderData* SettingsOf(const BaseDocument& doc, const BaseContainer& record) {
+  const BaseContainer* kept = record.GetContainerInstance(kStoredSettings);
+  return kept ? AsRenderData(kept->GetLink(kStoredSettings, &doc)) : nullptr;
+}
+
+// The camera of a record, 0 for none; nothing where it says nothing of it.
+std::optional<NodeId> CameraOf(const BaseDocument& doc, const BaseContainer& record) {
+  const BaseContainer* kept = record.GetContainerInstance(kStoredCamera);
+  if (!kept || kept->GetCount() == 0) return std::nullopt;
+  const host::BaseObject* camera = kept->GetObjectLink(kStoredCameraLink, &doc);
+  return camera ? IdOf(*camera) : 0;
+}
+
+NodeId CameraNow(const BaseDocument& doc) {
+  const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
+  return camera ? IdOf(*camera) : 0;
+}
+
+// Gathers changes by part and counts them.
+class Gathering {
+ public:
+  explicit Gathering(const CompareOptions& options) : options_(options) {}
+
+  bool Wants(Part part) const { return options_.parts[IndexOf(part)]; }
+  bool TellsFields() const { return told_ < options_.mostFields; }
+
+  void Add(Part part, ChangeKind kind, NodeId element, std::vector<FieldChange> fields) {
+    Add(part, kind, element, element, std::move(fields));
+  }
+  void Add(Part part, ChangeKind kind, NodeId element, NodeId counterpart,
+           std::vector<FieldChange> fields) {
+    PartCount& count = result.counts[IndexOf(part)];
+    ++(kind == ChangeKind::Changed    ? count.changed
+       : kind == ChangeKind::OnlyLeft ? count.onlyLeft
+                                      : count.onlyRight);
+    if (TellsFields()) {
+      ++told_;
+    } else {
+      fields.clear();
+    }
+    byPart_[IndexOf(part)].push_back({part, kind, element, counterpart, std::move(fields)});
+  }
+  // Of a part whose changes were found from the last to the first.
+  void Reverse(Part part) { std::ranges::reverse(byPart_[IndexOf(part)]); }
+
+  Difference Take() {
+    for (auto& changes : byPart_) {
+      std::move(changes.begin(), changes.end(), std::back_inserter(result.changes));
+      changes.clear();
+    }
+    return std::move(result);
+  }
+
+  Difference result;
+
+ private:
+  const CompareOptions& options_;
+  std::array<std::vector<ElementChange>, kParts> byPart_;
+  std::size_t told_ = 0;
+};
+
+std::vector<FieldChange> OneSided(Fields fields, ChangeKind kind) {
+  return kind == ChangeKind::OnlyLeft ? FieldsThatDiffer(fields, {}) : FieldsThatDiffer({}, fields);
+}
+
+void AddCamera(Gathering& gathering, std::optional<NodeId> left, std::optional<NodeId> right) {
+  if (left == right) return;
+  const auto value = [](std::optional<NodeId> camera) {
+    return camera ? std::optional(LinkValue(*camera)) : std::nullopt;
+  };
+  const ChangeKind kind = !right  ? ChangeKind::OnlyLeft
+                          : !left ? ChangeKind::OnlyRight
+                                  : ChangeKind::Changed;
+  gathering.Add(Part::Camera, kind, 0, {{kFieldSceneCamera, value(left), value(right)}});
+}
+
+// --- Two Stagemarks.
+
+class StatesComparison {
+ public:
+  StatesComparison(const BaseDocument& leftDoc, const BaseContainer& left,
+                   const BaseDocument& rightDoc, const BaseContainer& right,
+                   const CompareOptions& options)
+      : leftDoc_(leftDoc), rightDoc_(rightDoc), left_(left), right_(right), out_(options) {
+    if (&leftDoc != &rightDoc) counterparts_ = std::make_unique<Counterparts>(leftDoc, rightDoc);
+  }
+
+  Difference Run() {
+    Settings();
+    Camera();
+    for (const ListRow& row : kLists) {
+      const RecordList left(left_, row.key, row.link);
+      const RecordList right(right_, row.key, row.link);
+      if (!left.IsEmpty()) out_.result.heldLeft |= PartsOf(row.key);
+      if (!right.IsEmpty()) out_.result.heldRight |= PartsOf(row.key);
+      for (const RecordPair& pair : Pairs(left, right)) Compare(row.key, pair);
+    }
+    return out_.Take();
+  }
+
+ private:
+  void Settings() {
+    const RenderData* left = SettingsOf(leftDoc_, left_);
+    const RenderData* right = SettingsOf(rightDoc_, right_);
+    out_.result.heldLeft.set(IndexOf(Part::RenderSettings), left != nullptr);
+    out_.result.heldRight.set(IndexOf(Part::RenderSettings), right != nullptr);
+    if (left == right || !out_.Wants(Part::RenderSettings)) return;
+    std::vector<FieldChange> fields = FieldsThatDiffer(left ? FieldsOfSettings(*left) : Fields(),
+                                                       right ? FieldsOfSettings(*right) : Fields());
+    if (left && right && fields.empty()) return;
+    const ChangeKind kind = !right  ? ChangeKind::OnlyLeft
+                            : !left ? ChangeKind::OnlyRight
+                                    : ChangeKind::Changed;
+    out_.Add(Part::RenderSettings, kind, IdOf(left ? *left : *right), IdOf(right ? *right : *left),
+             std::move(fields));
+  }
+
+  void Camera() {
+    const std::optional<NodeId> left = CameraOf(leftDoc_, left_);
+    const std::optional<NodeId> right = CameraOf(rightDoc_, right_);
+    out_.result.heldLeft.set(IndexOf(Part::Camera), left.has_value());
+    out_.result.heldRight.set(IndexOf(Part::Camera), right.has_value());
+    if (!out_.Wants(Part::Camera)) return;
+    if (counterparts_ && left && right && counterparts_->Find(*left) == *right) return;
+    AddCamera(out_, left, right);
+  }
+
+  // Elements that both may say different things of; those of another document by counterparts.
+  std::vector<RecordPair> Pairs(const RecordList& left, const RecordList& right) const {
+    if (!counterparts_) return UnsharedRecords(left, right);
+    NodeSet met;
+    NodeSet metRight;
+    std::unordered_map<NodeId, const ContainerBody*> others;
+    std::vector<RecordPair> pairs;
+    ForEachRecordBackwards(right, metRight, [&](NodeId element, const ContainerBody* record) {
+      others.emplace(element, record);
+    });
+    ForEachRecordBackwards(left, met, [&](NodeId element, const ContainerBody* record) {
+      const auto other = others.find(counterparts_->Find(element));
+      pairs.push_back({element, record, other == others.end() ? nullptr : other->second});
+      if (other != others.end()) others.erase(other);
+    });
+    std::ranges::reverse(pairs);
+    for (const RecordList::Stretch entries : right.Stretches()) {
+      for (const Entry& entry : entries) {
+        const auto other = others.find(right.ElementOf(RecordOf(entry)));
+        if (other == others.end()) continue;
+        pairs.push_back({other->first, nullptr, other->second});
+        others.erase(other);
+      }
+    }
+    return pairs;
+  }
+
+  void Compare(LONG list, const RecordPair& pair) {
+    const BaseDocument& doc = pair.left ? leftDoc_ : rightDoc_;
+    BaseList2D* element = FindNode(&doc, pair.element);
+    const PartRow* row = element ? PartOf(list, *element) : nullptr;
+    if (!row || !out_.Wants(row->part)) return;
+    const Part part = row->part;
+    if (!pair.right || !pair.left) {
+      const ChangeKind kind = pair.right ? ChangeKind::OnlyRight : ChangeKind::OnlyLeft;
+      const ContainerBody* record = pair.right ? pair.right : pair.left;
+      out_.Add(part, kind, pair.element,
+               out_.TellsFields() ? OneSided(FieldsOfRecord(doc, part, record), kind)
+                                  : std::vector<FieldChange>());
+      return;
+    }
+    if (!counterparts_ && SameBodies(pair.left, pair.right, OwnIds::kIgnored)) return;
+    std::vector<FieldChange> fields = FieldsThatDiffer(FieldsOfRecord(leftDoc_, part, pair.left),
+                                                       FieldsOfRecord(rightDoc_, part, pair.right));
+    if (counterparts_) {
+      std::erase_if(fields, [&](const FieldChange& field) {
+        return field.left && field.right && LinkOf(*field.left) != 0 &&
+               counterparts_->Find(LinkOf(*field.left)) == LinkOf(*field.right);
+      });
+    }
+    if (fields.empty()) return;
+    out_.Add(part, ChangeKind::Changed, pair.element,
+             counterparts_ ? counterparts_->Find(pair.element) : pair.element, std::move(fields));
+  }
+
+  const BaseDocument& leftDoc_;
+  const BaseDocument& rightDoc_;
+  const BaseContainer& left_;
+  const BaseContainer& right_;
+  std::unique_ptr<Counterparts> counterparts_;  // between two documents
+  Gathering out_;
+};
+
+// --- The scene and a Stagemark.
+
+class SceneWalk {
+ public:
+  SceneWalk(const BaseDocument& doc, const BaseContainer& record, const CompareOptions& options)
+      : doc_(doc),
+        record_(record),
+        options_(options),
+        same_(doc, options.everyEntry),
+        out_(options) {}
+
+  Difference Compare() {
+    out_.result.heldLeft = AllParts();
+    Settings();
+    if (const std::optional<NodeId> camera = CameraOf(doc_, record_)) {
+      out_.result.heldRight.set(IndexOf(Part::Camera));
+      if (out_.Wants(Part::Camera)) AddCamera(out_, CameraNow(doc_), camera);
+    }
+    for (const ListRow& row : kLists) {
+      if ((PartsOf(row.key) & options_.parts).any()) CompareList(row);
+    }
+    return out_.Take();
+  }
+
+  Difference Contents() {
+    if (const RenderData* kept = SettingsOf(doc_, record_)) {
+      out_.result.heldRight.set(IndexOf(Part::RenderSettings));
+      if (out_.Wants(Part::RenderSettings))
+        out_.Add(Part::RenderSettings, ChangeKind::OnlyRight, IdOf(*kept),
+                 OneSided(FieldsOfSettings(*kept), ChangeKind::OnlyRight));
+    }
+    if (const std::optional<NodeId> camera = CameraOf(doc_, record_)) {
+      out_.result.heldRight.set(IndexOf(Part::Camera));
+      if (out_.Wants(Part::Camera)) AddCamera(out_, std::nullopt, camera);
+    }
+    for (const ListRow& row : kLists) {
+      WalkList(row, [&](Part part, const BaseList2D& element, const ContainerBody* record) {
+        out_.Add(part, ChangeKind::OnlyRight, IdOf(element),
+                 out_.TellsFields()
+                     ? OneSided(FieldsOfRecord(doc_, part, record), ChangeKind::OnlyRight)
+                     : std::vector<FieldChange>());
+      });
+    }
+    return out_.Take();
+  }
+
+ private:
+  // Loading copies the recorded settings over the first ones and makes these the active ones.
+  void Settings() {
+    const RenderData* recorded = SettingsOf(doc_, record_);
+    const RenderData* first = doc_.GetFirstRenderData();
+    out_.result.heldRight.set(IndexOf(Part::RenderSettings), recorded != nullptr);
+    if (!recorded || !first || !out_.Wants(Part::RenderSettings)) return;
+    std::vector<FieldChange> fields;
+    if (recorded != first)
+      fields = FieldsThatDiffer(FieldsOfSettings(*first), FieldsOfSettings(*recorded));
+    if (const NodeId active = ActiveRenderDataIdOf(doc_); active != IdOf(*first))
+      fields.push_back({kFieldActiveSettings, LinkValue(active), LinkValue(IdOf(*first))});
+    if (!fields.empty())
+      out_.Add(Part::RenderSettings, ChangeKind::Changed, IdOf(*first), IdOf(*recorded),
+               std::move(fields));
+  }
+
+  // Calls `visit(part, element, record)` for each element that the list says anything of, in its
+  // order; counts those that are gone.
+  template <class Visit>
+  void WalkList(const ListRow& row, Visit visit) {
+    const RecordList list(record_, row.key, row.link);
+    met_ = NodeSet();
+    held_.reset();
+    ForEachRecordBackwards(list, met_, [&](NodeId id, const ContainerBody* record) {
+      BaseList2D* element = FindNode(&doc_, id);
+      if (!element) {
+        ++out_.result.gone;
+        return;
+      }
+      const PartRow* part = PartOf(row.key, *element);
+      if (!part) return;
+      held_.set(IndexOf(part->part));
+      if (out_.Wants(part->part)) visit(part->part, *element, record);
+    });
+    out_.result.heldRight |= held_;
+    for (const PartRow& part : kPartRows) {
+      if (held_[IndexOf(part.part)]) out_.Reverse(part.part);
+    }
+  }
+
+  void CompareList(const ListRow& row) {
+    WalkList(row, [&](Part part, const BaseList2D& element, const ContainerBody* record) {
+      if (same_.IsAsRecorded(part, element, record)) return;
+      const bool zero = part == Part::CompositingTags && !options_.everyEntry;
+      out_.Add(part, ChangeKind::Changed, IdOf(element),
+               out_.TellsFields() ? FieldsThatDiffer(FieldsInScene(doc_, part, element),
+                                                     FieldsOfRecord(doc_, part, record), zero)
+                                  : std::vector<FieldChange>());
+    });
+    if (!options_.unknown || (held_ & options_.parts).none()) return;
+    if (row.key == kStoredLayers) return UnknownLayers();
+    for (const host::BaseObject* object = doc_.GetFirstObject(); object;
+         object = NextInTree(object)) {
+      if (row.key == kStoredObjects) {
+        Unknown(Part::Objects, *object);
+      } else {
+        UnknownTags(*object);
+      }
+    }
+  }
+
+  void UnknownTags(const host::BaseObject& object) {
+    for (const host::BaseTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext()) {
+      if (const PartRow* part = FindPartOfTag(tag->GetType())) Unknown(part->part, *tag);
+    }
+  }
+
+  void UnknownLayers() {
+    for (const host::GeListNode* node = doc_.GetLayerObjectRoot()->GetFirst(); node;
+         node = NextInTree(node))
+      Unknown(Part::Layers, static_cast<const BaseList2D&>(*node));
+  }
+
+  void Unknown(Part part, const BaseList2D& element) {
+    if (!held_[IndexOf(part)] || !out_.Wants(part) || met_.Has(IdOf(element))) return;
+    out_.Add(part, ChangeKind::OnlyLeft, IdOf(element),
+             out_.TellsFields() ? OneSided(FieldsInScene(doc_, part, element), ChangeKind::OnlyLeft)
+                                : std::vector<FieldChange>());
+  }
+
+  const BaseDocument& doc_;
+  const BaseContainer& record_;
+  const CompareOptions& options_;
+  SceneComparison same_;
+  Gathering out_;
+  NodeSet met_;  // elements of the list walked last, and the parts that it had
+  Parts held_;
+};
+
+// --- What no state brings back.
+
+class LostSearch {
+ public:
+  LostSearch(const BaseDocument& doc, const Difference& toScene)
+      : doc_(doc), same_(doc, false), changes_(toScene.changes) {
+    for (std::size_t i = 0; i < changes_.size(); ++i) {
+      if (changes_[i].kind != ChangeKind::Changed) continue;
+      lost_.push_back(i);
+      if (changes_[i].element != 0) wanted_.emplace(changes_[i].element, &changes_[i]);
+    }
+  }
+
+  void LookAt(const BaseContainer& record) {
+    if (const RenderData* kept = SettingsOf(doc_, record)) LookAtSettings(*kept);
+    if (CameraOf(doc_, record) == CameraNow(doc_)) cameraKept_ = true;
+    for (const ListRow& row : kLists) {
+      const RecordList list(record, row.key, row.link);
+      for (const RecordList::Stretch entries : list.Stretches()) {
+        if (!entries.empty() && seen_.insert({entries.data(), entries.size()}).second)
+          LookAtStretch(list, entries);
+      }
+    }
+  }
+
+  std::vector<std::size_t> Take() {
+    std::erase_if(lost_, [this](std::size_t i) {
+      const ElementChange& change = changes_[i];
+      return change.part == Part::Camera ? cameraKept_ : !wanted_.contains(change.element);
+    });
+    return std::move(lost_);
+  }
+
+ private:
+  void LookAtSettings(const RenderData& kept) {
+    const RenderData* first = doc_.GetFirstRenderData();
+    const auto wanted = first ? wanted_.find(IdOf(*first)) : wanted_.end();
+    if (wanted != wanted_.end() && ActiveRenderDataIdOf(doc_) == IdOf(*first) &&
+        FieldsThatDiffer(FieldsOfSettings(*first), FieldsOfSettings(kept)).empty())
+      wanted_.erase(wanted);
+  }
+
+  void LookAtStretch(const RecordList& list, RecordList::Stretch entries) {
+    for (const Entry& entry : entries) {
+      if (wanted_.empty()) return;
+      const ContainerBody* record = RecordOf(entry);
+      const auto wanted = wanted_.find(list.ElementOf(record));
+      if (wanted == wanted_.end()) continue;
+      const BaseList2D* element = FindNode(&doc_, wanted->first);
+      if (element && same_.IsAsRecorded(wanted->second->part, *element, record))
+        wanted_.erase(wanted);
+    }
+  }
+
+  struct StretchHash {
+    std::size_t operator()(const std::pair<const Entry*, std::size_t>& stretch) const {
+      return std::hash<const Entry*>()(stretch.first) ^ stretch.second;
+    }
+  };
+
+  const BaseDocument& doc_;
+  SceneComparison same_;
+  const std::vector<ElementChange>& changes_;
+  std::vector<std::size_t> lost_;
+  std::unordered_map<NodeId, const ElementChange*> wanted_;  // of which no state has been found
+  std::unordered_set<std::pair<const Entry*, std::size_t>, StretchHash> seen_;
+  bool cameraKept_ = false;
+};
+
+}  // namespace
+
+Difference CompareStates(const BaseDocument& doc, const BaseContainer& left,
+                         const BaseContainer& right, const CompareOptions& options) {
+  return StatesComparison(doc, left, doc, right, options).Run();
+}
+
+Difference CompareStates(const BaseDocument& leftDoc, const BaseContainer& left,
+                         const BaseDocument& rightDoc, const BaseContainer& right,
+                         const CompareOptions& options) {
+  return StatesComparison(leftDoc, left, rightDoc, right, options).Run();
+}
+
+Difference CompareWithScene(const BaseDocument& doc, const BaseContainer& record,
+                            const CompareOptions& options) {
+  return SceneWalk(doc, record, options).Compare();
+}
+
+Difference ContentsOf(const BaseDocument& doc, const BaseContainer& record,
+                      const CompareOptions& options) {
+  return SceneWalk(doc, record, options).Contents();
+}
+
+Difference Mirrored(Difference difference) {
+  std::swap(difference.heldLeft, difference.heldRight);
+  for (PartCount& count : difference.counts) std::swap(count.onlyLeft, count.onlyRight);
+  for (ElementChange& change : difference.changes) {
+    std::swap(change.element, change.counterpart);
+    if (change.kind == ChangeKind::OnlyLeft) {
+      change.kind = ChangeKind::OnlyRight;
+    } else if (change.kind == ChangeKind::OnlyRight) {
+      change.kind = ChangeKind::OnlyLeft;
+    }
+    for (FieldChange& field : change.fields) std::swap(field.left, field.right);
+  }
+  return difference;
+}
+
+std::vector<std::size_t> FindLost(const BaseDocument& doc, const std::vector<StoredState>& states,
+                                  const Difference& toScene) {
+  LostSearch search(doc, toScene);
+  for (const StoredState& state : states) search.LookAt(state.record);
+  return search.Take();
+}
+
+}  // namespace engine

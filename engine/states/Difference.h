@@ -1,0 +1,92 @@
+// Difference: in what two Stagemarks differ, or the scene from a Stagemark, which is what loading
+// it would change. Computed from the records; what two of them share is not looked at, nothing is
+// loaded. It knows elements by identity; FieldText.h gives them names. Main thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "engine/states/RecordedFields.h"
+#include "engine/states/StoredStates.h"
+
+namespace engine {
+
+enum class ChangeKind : std::uint8_t { Changed, OnlyLeft, OnlyRight };
+
+struct ElementChange {
+  Part part;
+  ChangeKind kind;
+  // Object, tag or layer; of the render settings those of the left side (else of the right), of the
+  // camera 0, because it is a fact of the scene.
+  NodeId element;
+  // The same element in the document of the right side.
+  NodeId counterpart;
+  // Empty for an element beyond CompareOptions::mostFields. Of one that only one side has: all that
+  // it says of it.
+  std::vector<FieldChange> fields;
+};
+
+struct PartCount {
+  std::size_t changed = 0;
+  std::size_t onlyLeft = 0;
+  std::size_t onlyRight = 0;
+
+  std::size_t Sum() const { return changed + onlyLeft + onlyRight; }
+};
+
+struct Difference {
+  // By part; within a part first what the left side has in its order.
+  std::vector<ElementChange> changes;
+  std::array<PartCount, kParts> counts{};
+  // Records of elements that are in the scene no more, which apply to nothing: as far as the right
+  // side was gone through as a whole, which a comparison of two Stagemarks does not do.
+  std::size_t gone = 0;
+  // Parts of which a side says anything; the scene does of all. Of two Stagemarks with tags all
+  // parts of tags count as held.
+  Parts heldLeft;
+  Parts heldRight;
+
+  bool IsEmpty() const { return changes.empty(); }
+  const PartCount& Of(Part part) const { return counts[IndexOf(part)]; }
+};
+
+struct CompareOptions {
+  Parts parts = AllParts();
+  // Of so many elements the fields are told; of the others, that they differ.
+  std::size_t mostFields = SIZE_MAX;
+  // Of the scene: what the state says nothing of, in parts that it holds, counts as only there.
+  bool unknown = true;
+  // Of the scene: also what means nothing (see SceneComparison), as loading would write it.
+  bool everyEntry = false;
+};
+
+// Two Stagemarks of one document, or of two: there elements are the same when they have the same
+// identity, type and name, else when they have the same path.
+Difference CompareStates(const host::BaseDocument& doc, const host::BaseContainer& left,
+                         const host::BaseContainer& right, const CompareOptions& options = {});
+Difference CompareStates(const host::BaseDocument& leftDoc, const host::BaseContainer& left,
+                         const host::BaseDocument& rightDoc, const host::BaseContainer& right,
+                         const CompareOptions& options = {});
+
+// The scene as it is on the left, as loading the record would make it on the right. The changes of
+// kind Changed are exactly what loading with these parts changes.
+Difference CompareWithScene(const host::BaseDocument& doc, const host::BaseContainer& record,
+                            const CompareOptions& options = {});
+
+// Left and right exchanged.
+Difference Mirrored(Difference difference);
+
+// Of what loading would change, that which no Stagemark of the document could bring back: indices
+// of `toScene.changes`, which came from CompareWithScene. Each stretch of records is looked at
+// once, however many states share it.
+std::vector<std::size_t> FindLost(const host::BaseDocument& doc,
+                                  const std::vector<StoredState>& states,
+                                  const Difference& toScene);
+
+// All that a record says, as a difference from nothing: every change is of kind OnlyRight, each
+// element once.
+Difference ContentsOf(const host::BaseDocument& doc, const host::BaseContainer& record,
+                      const CompareOptions& options = {});
+
+}  // namespace engine

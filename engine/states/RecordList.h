@@ -1,0 +1,101 @@
+// RecordList: the records of a state's objects, tags or layers as loading reads them: those under
+// the keys 0 to count - 1, in this order, later ones over earlier ones of the same element. Two
+// lists are compared without a look at what they share. A list borrows from the container, which
+// outlives it unchanged; any thread that may read that.
+#pragma once
+
+#include <algorithm>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerBody.h"
+
+namespace engine {
+
+// The record that an entry holds, null for anything else and for one without entries.
+inline const ContainerBody* RecordOf(const Entry& entry) {
+  return entry.type == host::DA_CONTAINER ? BlockOf<ContainerBody>(entry.bits) : nullptr;
+}
+// The link or number under a key of a record; 0 where there is none.
+inline NodeId LinkIn(const ContainerBody* record, host::LONG key) {
+  const Entry* entry = FindEntry(record, key);
+  return entry && entry->type == host::DA_ALIASLINK ? entry->bits : 0;
+}
+inline host::LONG NumberIn(const ContainerBody* record, host::LONG key) {
+  const Entry* entry = FindEntry(record, key);
+  return entry ? LongOf(entry->Get()) : 0;
+}
+
+// Identities that have been met. Those of one scene lie close together, so a page holds the bits of
+// 4096 of them.
+class NodeSet {
+ public:
+  // False when it was in already.
+  bool Insert(NodeId id) {
+    std::uint64_t& word = PageOf(id)[(id >> 6) % kWords];
+    const std::uint64_t bit = std::uint64_t{1} << (id % 64);
+    const bool isNew = !(word & bit);
+    word |= bit;
+    return isNew;
+  }
+  bool Has(NodeId id) const;
+
+ private:
+  static constexpr std::size_t kWords = 64;
+  using Page = std::array<std::uint64_t, kWords>;
+  Page& PageOf(NodeId id);
+
+  std::unordered_map<NodeId, Page> pages_;  // by identity / 4096; its pages never move
+  NodeId near_ = ~NodeId{0};                // the page met last
+  Page* nearPage_ = nullptr;
+};
+
+class RecordList {
+ public:
+  // `link`: the key under which a record holds its element.
+  RecordList(const host::BaseContainer& state, host::LONG key, host::LONG link);
+  RecordList(const RecordList&) = delete;
+  RecordList& operator=(const RecordList&) = delete;
+
+  using Stretch = std::span<const Entry>;
+  // Lists that hold the same entries have stretches at the same addresses.
+  const std::vector<Stretch>& Stretches() const { return stretches_; }
+  std::size_t Count() const { return count_; }
+  bool IsEmpty() const { return count_ == 0; }
+  NodeId ElementOf(const ContainerBody* record) const { return LinkIn(record, link_); }
+
+ private:
+  std::vector<Stretch> stretches_;
+  std::vector<Entry> gathered_;  // where keys are no positions
+  std::size_t count_ = 0;
+  host::LONG link_;
+};
+
+// What two lists say differently of one element; null for a list that does not have it. Both may
+// say the same in another block.
+struct RecordPair {
+  NodeId element;
+  const ContainerBody* left;
+  const ContainerBody* right;
+};
+// All elements whose records are not the very same block in both lists: those of the left in its
+// order, then those that only the right has. Cost: what is not shared, and where that is anything,
+// one look at the links of the left list.
+std::vector<RecordPair> UnsharedRecords(const RecordList& left, const RecordList& right);
+
+// Calls `visit(element, record)` for the record of each element that counts, from the last to the
+// first. `met` gets all elements.
+template <class Visit>
+void ForEachRecordBackwards(const RecordList& list, NodeSet& met, Visit visit) {
+  for (auto stretch = list.Stretches().rbegin(); stretch != list.Stretches().rend(); ++stretch) {
+    for (auto entry = stretch->rbegin(); entry != stretch->rend(); ++entry) {
+      const ContainerBody* record = RecordOf(*entry);
+      const NodeId element = list.ElementOf(record);
+      if (element != 0 && met.Insert(element)) visit(element, record);
+    }
+  }
+}
+
+}  // namespace engine

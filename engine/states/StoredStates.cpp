@@ -1,0 +1,118 @@
+#include "engine/states/StoredStates.h"
+
+#include <cstdio>
+
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "host/RenderData.h"
+
+namespace engine {
+
+using host::BaseContainer;
+using host::LONG;
+
+namespace {
+
+const BaseContainer* Store(const host::BaseDocument& doc, LONG id) {
+  return doc.GetDataInstance()->GetContainerInstance(id);
+}
+
+StoredDate DateOf(const BaseContainer& holder) {
+  StoredDate date;
+  if (const BaseContainer* fields = holder.GetContainerInstance(kStoredDate)) {
+    for (int i = 0; i < kStoredDateFields; ++i) date.fields[i] = fields->GetLong(kStoredYear + i);
+  }
+  return date;
+}
+
+StoredState FromRecord(LONG id, const BaseContainer& record, const BaseContainer* entry) {
+  StoredState state;
+  state.id = id;
+  state.name = (entry ? *entry : record).GetString(kStoredName).ToUtf8();
+  state.date = DateOf(entry ? *entry : record);
+  state.current = entry && entry->GetBool(kStoredCurrent);
+  state.hasRecord = true;
+  state.hasEntry = entry != nullptr;
+  state.record = record;
+  return state;
+}
+
+StoredState FromEntry(LONG id, const BaseContainer& entry) {
+  StoredState state;
+  state.id = id;
+  state.name = entry.GetString(kStoredName).ToUtf8();
+  state.date = DateOf(entry);
+  state.current = entry.GetBool(kStoredCurrent);
+  state.hasEntry = true;
+  return state;
+}
+
+}  // namespace
+
+std::string StoredDate::Text() const {
+  if (*this == StoredDate()) return "";
+  char text[80];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", fields[0], fields[1], fields[2],
+                fields[3], fields[4], fields[5]);
+  return text;
+}
+
+std::vector<StoredState> ReadStates(const host::BaseDocument& doc) {
+  std::vector<StoredState> states;
+  const BaseContainer none;
+  const BaseContainer* records = Store(doc, kStagemarksId);
+  const BaseContainer* entries = Store(doc, kStoredEntries);
+  if (!records) records = &none;
+  if (!entries) entries = &none;
+  for (LONG i = 0; i < records->GetCount(); ++i) {
+    const LONG id = records->GetIndexId(i);
+    if (const BaseContainer* record = records->GetContainerInstance(id))
+      states.push_back(FromRecord(id, *record, entries->GetContainerInstance(id)));
+  }
+  for (LONG i = 0; i < entries->GetCount(); ++i) {
+    const LONG id = entries->GetIndexId(i);
+    const BaseContainer* entry = entries->GetContainerInstance(id);
+    if (entry && !records->GetContainerInstance(id)) states.push_back(FromEntry(id, *entry));
+  }
+  return states;
+}
+
+LONG LoadedId(const host::BaseDocument& doc, const std::string& name) {
+  const BaseContainer* entries = Store(doc, kStoredEntries);
+  if (!entries) return 0;
+  const bool hasNote = entries->FindIndex(kStoredListBuilt) != host::NOTOK &&
+                       entries->GetType(kStoredListBuilt) != host::DA_CONTAINER;
+  const LONG count = entries->GetCount() - (hasNote ? 1 : 0);
+  for (LONG id = 0; id < count; ++id) {
+    const BaseContainer* entry = entries->GetContainerInstance(id);
+    if (entry && entry->GetString(kStoredName).View() == name) return entry->GetId();
+  }
+  return 0;
+}
+
+const StoredState* FindState(const host::BaseDocument& doc, const std::vector<StoredState>& states,
+                             const std::string& name) {
+  const LONG loaded = LoadedId(doc, name);
+  const StoredState* first = nullptr;
+  for (const StoredState& state : states) {
+    if (state.name != name) continue;
+    if (state.id == loaded) return &state;
+    if (!first) first = &state;
+  }
+  return first;
+}
+
+SettingsOfStates FindSettingsOfStates(const host::BaseDocument* doc) {
+  SettingsOfStates found;
+  const BaseContainer* records = doc ? Store(*doc, kStagemarksId) : nullptr;
+  for (LONG i = 0; records && i < records->GetCount(); ++i) {
+    const BaseContainer* record = records->GetContainerInstance(records->GetIndexId(i));
+    const BaseContainer* kept = record ? record->GetContainerInstance(kStoredSettings) : nullptr;
+    const host::RenderData* settings =
+        kept ? AsRenderData(kept->GetLink(kStoredSettings, doc)) : nullptr;
+    if (settings) found.emplace(IdOf(*settings), record->GetString(kStoredName).ToUtf8());
+  }
+  return found;
+}
+
+}  // namespace engine
