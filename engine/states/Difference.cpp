@@ -23,43 +23,6 @@ using host::RenderData;
 
 namespace {
 
-// The lists of a state: objects, layers, tags.
-struct ListRow {
-  LONG key;
-  LONG link;
-};
-constexpr ListRow kLists[] = {{kStoredObjects, kStoredObjectLink},
-                              {kStoredLayers, kStoredLayerLink},
-                              {kStoredTags, kStoredTagLink}};
-
-// The part that a record in that list belongs to, by its element; null for one that loading skips.
-const PartRow* PartOf(LONG list, BaseList2D& element) {
-  if (list == kStoredObjects) return AsObject(&element) ? &RowOf(Part::Objects) : nullptr;
-  if (list == kStoredLayers) return AsLayer(&element) ? &RowOf(Part::Layers) : nullptr;
-  return AsTag(&element) ? FindPartOfTag(element.GetType()) : nullptr;
-}
-
-Parts PartsOf(LONG list) {
-  if (list == kStoredObjects) return Parts().set(IndexOf(Part::Objects));
-  if (list == kStoredLayers) return Parts().set(IndexOf(Part::Layers));
-  Parts parts;
-  for (const PartRow& row : kPartRows) parts.set(IndexOf(row.part), row.tagType != 0);
-  return parts;
-}
-
-RenderData* SettingsOf(const BaseDocument& doc, const BaseContainer& record) {
-  const BaseContainer* kept = record.GetContainerInstance(kStoredSettings);
-  return kept ? AsRenderData(kept->GetLink(kStoredSettings, &doc)) : nullptr;
-}
-
-// The camera of a record, 0 for none; nothing where it says nothing of it.
-std::optional<NodeId> CameraOf(const BaseDocument& doc, const BaseContainer& record) {
-  const BaseContainer* kept = record.GetContainerInstance(kStoredCamera);
-  if (!kept || kept->GetCount() == 0) return std::nullopt;
-  const host::BaseObject* camera = kept->GetObjectLink(kStoredCameraLink, &doc);
-  return camera ? IdOf(*camera) : 0;
-}
-
 NodeId CameraNow(const BaseDocument& doc) {
   const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
   return camera ? IdOf(*camera) : 0;
@@ -137,11 +100,11 @@ class StatesComparison {
   Difference Run() {
     Settings();
     Camera();
-    for (const ListRow& row : kLists) {
+    for (const ListRow& row : kRecordLists) {
       const RecordList left(left_, row.key, row.link);
       const RecordList right(right_, row.key, row.link);
-      if (!left.IsEmpty()) out_.result.heldLeft |= PartsOf(row.key);
-      if (!right.IsEmpty()) out_.result.heldRight |= PartsOf(row.key);
+      if (!left.IsEmpty()) out_.result.heldLeft |= PartsOfList(row.key);
+      if (!right.IsEmpty()) out_.result.heldRight |= PartsOfList(row.key);
       for (const RecordPair& pair : Pairs(left, right)) Compare(row.key, pair);
     }
     return out_.Take();
@@ -149,8 +112,8 @@ class StatesComparison {
 
  private:
   void Settings() {
-    const RenderData* left = SettingsOf(leftDoc_, left_);
-    const RenderData* right = SettingsOf(rightDoc_, right_);
+    const RenderData* left = RecordedSettings(leftDoc_, left_);
+    const RenderData* right = RecordedSettings(rightDoc_, right_);
     out_.result.heldLeft.set(IndexOf(Part::RenderSettings), left != nullptr);
     out_.result.heldRight.set(IndexOf(Part::RenderSettings), right != nullptr);
     if (left == right || !out_.Wants(Part::RenderSettings)) return;
@@ -165,8 +128,8 @@ class StatesComparison {
   }
 
   void Camera() {
-    const std::optional<NodeId> left = CameraOf(leftDoc_, left_);
-    const std::optional<NodeId> right = CameraOf(rightDoc_, right_);
+    const std::optional<NodeId> left = RecordedCamera(leftDoc_, left_);
+    const std::optional<NodeId> right = RecordedCamera(rightDoc_, right_);
     out_.result.heldLeft.set(IndexOf(Part::Camera), left.has_value());
     out_.result.heldRight.set(IndexOf(Part::Camera), right.has_value());
     if (!out_.Wants(Part::Camera)) return;
@@ -204,7 +167,7 @@ class StatesComparison {
   void Compare(LONG list, const RecordPair& pair) {
     const BaseDocument& doc = pair.left ? leftDoc_ : rightDoc_;
     BaseList2D* element = FindNode(&doc, pair.element);
-    const PartRow* row = element ? PartOf(list, *element) : nullptr;
+    const PartRow* row = element ? PartOfElement(list, *element) : nullptr;
     if (!row || !out_.Wants(row->part)) return;
     const Part part = row->part;
     if (!pair.right || !pair.left) {
@@ -251,28 +214,28 @@ class SceneWalk {
   Difference Compare() {
     out_.result.heldLeft = AllParts();
     Settings();
-    if (const std::optional<NodeId> camera = CameraOf(doc_, record_)) {
+    if (const std::optional<NodeId> camera = RecordedCamera(doc_, record_)) {
       out_.result.heldRight.set(IndexOf(Part::Camera));
       if (out_.Wants(Part::Camera)) AddCamera(out_, CameraNow(doc_), camera);
     }
-    for (const ListRow& row : kLists) {
-      if ((PartsOf(row.key) & options_.parts).any()) CompareList(row);
+    for (const ListRow& row : kRecordLists) {
+      if ((PartsOfList(row.key) & options_.parts).any()) CompareList(row);
     }
     return out_.Take();
   }
 
   Difference Contents() {
-    if (const RenderData* kept = SettingsOf(doc_, record_)) {
+    if (const RenderData* kept = RecordedSettings(doc_, record_)) {
       out_.result.heldRight.set(IndexOf(Part::RenderSettings));
       if (out_.Wants(Part::RenderSettings))
         out_.Add(Part::RenderSettings, ChangeKind::OnlyRight, IdOf(*kept),
                  OneSided(FieldsOfSettings(*kept), ChangeKind::OnlyRight));
     }
-    if (const std::optional<NodeId> camera = CameraOf(doc_, record_)) {
+    if (const std::optional<NodeId> camera = RecordedCamera(doc_, record_)) {
       out_.result.heldRight.set(IndexOf(Part::Camera));
       if (out_.Wants(Part::Camera)) AddCamera(out_, std::nullopt, camera);
     }
-    for (const ListRow& row : kLists) {
+    for (const ListRow& row : kRecordLists) {
       WalkList(row, [&](Part part, const BaseList2D& element, const ContainerBody* record) {
         out_.Add(part, ChangeKind::OnlyRight, IdOf(element),
                  out_.TellsFields()
@@ -286,7 +249,7 @@ class SceneWalk {
  private:
   // Loading copies the recorded settings over the first ones and makes these the active ones.
   void Settings() {
-    const RenderData* recorded = SettingsOf(doc_, record_);
+    const RenderData* recorded = RecordedSettings(doc_, record_);
     const RenderData* first = doc_.GetFirstRenderData();
     out_.result.heldRight.set(IndexOf(Part::RenderSettings), recorded != nullptr);
     if (!recorded || !first || !out_.Wants(Part::RenderSettings)) return;
@@ -313,7 +276,7 @@ class SceneWalk {
         ++out_.result.gone;
         return;
       }
-      const PartRow* part = PartOf(row.key, *element);
+      const PartRow* part = PartOfElement(row.key, *element);
       if (!part) return;
       held_.set(IndexOf(part->part));
       if (out_.Wants(part->part)) visit(part->part, *element, record);
@@ -327,11 +290,9 @@ class SceneWalk {
   void CompareList(const ListRow& row) {
     WalkList(row, [&](Part part, const BaseList2D& element, const ContainerBody* record) {
       if (same_.IsAsRecorded(part, element, record)) return;
-      const bool zero = part == Part::CompositingTags && !options_.everyEntry;
-      out_.Add(part, ChangeKind::Changed, IdOf(element),
-               out_.TellsFields() ? FieldsThatDiffer(FieldsInScene(doc_, part, element),
-                                                     FieldsOfRecord(doc_, part, record), zero)
-                                  : std::vector<FieldChange>());
+      out_.Add(
+          part, ChangeKind::Changed, IdOf(element),
+          out_.TellsFields() ? ChangedFields(part, element, record) : std::vector<FieldChange>());
     });
     if (!options_.unknown || (held_ & options_.parts).none()) return;
     if (row.key == kStoredLayers) return UnknownLayers();
@@ -343,6 +304,22 @@ class SceneWalk {
         UnknownTags(*object);
       }
     }
+  }
+
+  std::vector<FieldChange> ChangedFields(Part part, const BaseList2D& element,
+                                         const ContainerBody* record) {
+    const bool nothingIsZero = part == Part::CompositingTags && !options_.everyEntry;
+    std::vector<FieldChange> fields = FieldsThatDiffer(
+        FieldsInScene(doc_, part, element), FieldsOfRecord(doc_, part, record), nothingIsZero);
+    // Nothing but what loading writes into the tag beside its values, or their order.
+    if (fields.empty()) {
+      const BaseContainer& data = *element.GetDataInstance();
+      const bool isThere = data.FindIndex(kStoredTagLink) != host::NOTOK;
+      fields.push_back({kStoredTagLink,
+                        isThere ? std::optional(data.GetData(kStoredTagLink)) : std::nullopt,
+                        LinkValue(IdOf(element))});
+    }
+    return fields;
   }
 
   void UnknownTags(const host::BaseObject& object) {
@@ -387,9 +364,9 @@ class LostSearch {
   }
 
   void LookAt(const BaseContainer& record) {
-    if (const RenderData* kept = SettingsOf(doc_, record)) LookAtSettings(*kept);
-    if (CameraOf(doc_, record) == CameraNow(doc_)) cameraKept_ = true;
-    for (const ListRow& row : kLists) {
+    if (const RenderData* kept = RecordedSettings(doc_, record)) LookAtSettings(*kept);
+    if (RecordedCamera(doc_, record) == CameraNow(doc_)) cameraKept_ = true;
+    for (const ListRow& row : kRecordLists) {
       const RecordList list(record, row.key, row.link);
       for (const RecordList::Stretch entries : list.Stretches()) {
         if (!entries.empty() && seen_.insert({entries.data(), entries.size()}).second)

@@ -16,9 +16,18 @@ using host::LONG;
 
 namespace {
 
+// A recorded tag whose type the host does not know is called as its option is, one of them.
+std::string TypeText(const BaseList2D& element) {
+  const PartRow* part = FindPartOfTag(element.GetType());
+  if (!part || part->tagType == host::Ttexture || part->tagType == host::Tcompositing)
+    return element.GetTypeName().ToUtf8();
+  const std::string_view label = part->label;
+  return std::string(label.substr(0, label.size() - 1));
+}
+
 std::string NameOrType(const BaseList2D& element) {
   const std::string name = element.GetName().ToUtf8();
-  return name.empty() ? element.GetTypeName().ToUtf8() : name;
+  return name.empty() ? TypeText(element) : name;
 }
 
 std::string PathOf(const BaseList2D& element) {
@@ -111,13 +120,15 @@ std::string ElementPath(const BaseDocument& doc, NodeId element) {
 std::string ElementKind(const BaseDocument& doc, NodeId element) {
   const BaseList2D* node = FindNode(&doc, element);
   if (!node) return "";
-  const std::string type = node->GetTypeName().ToUtf8();
-  return AsTag(FindNode(&doc, element)) ? type + " tag" : type;
+  const std::string type = TypeText(*node);
+  const bool plainTag = AsTag(FindNode(&doc, element)) && !type.ends_with(" Tag");
+  return plainTag ? type + " tag" : type;
 }
 
 std::string FieldLabel(LONG type, LONG field) {
   if (field <= kFieldEffects) return "Effect " + std::to_string(kFieldEffects - field + 1);
   if (field == kFieldActiveSettings) return "In use";
+  if (field == kStoredTagLink) return "Link to itself";
   const Field* row = FindField(type, field);
   return row ? row->label : "Value " + std::to_string(field);
 }

@@ -1,6 +1,9 @@
 #include "engine/states/RecordList.h"
 
 #include "engine/core/LongBody.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/NodeTypes.h"
+#include "host/BaseObject.h"
 
 namespace engine {
 
@@ -166,6 +169,34 @@ class UnsharedWalk {
 };
 
 }  // namespace
+
+Parts PartsOfList(host::LONG list) {
+  if (list == kStoredObjects) return Parts().set(IndexOf(Part::Objects));
+  if (list == kStoredLayers) return Parts().set(IndexOf(Part::Layers));
+  Parts parts;
+  for (const PartRow& row : kPartRows) parts.set(IndexOf(row.part), row.tagType != 0);
+  return parts;
+}
+
+const PartRow* PartOfElement(host::LONG list, host::BaseList2D& element) {
+  if (list == kStoredObjects) return AsObject(&element) ? &RowOf(Part::Objects) : nullptr;
+  if (list == kStoredLayers) return AsLayer(&element) ? &RowOf(Part::Layers) : nullptr;
+  return AsTag(&element) ? FindPartOfTag(element.GetType()) : nullptr;
+}
+
+host::RenderData* RecordedSettings(const host::BaseDocument& doc,
+                                   const host::BaseContainer& record) {
+  const host::BaseContainer* kept = record.GetContainerInstance(kStoredSettings);
+  return kept ? AsRenderData(kept->GetLink(kStoredSettings, &doc)) : nullptr;
+}
+
+std::optional<NodeId> RecordedCamera(const host::BaseDocument& doc,
+                                     const host::BaseContainer& record) {
+  const host::BaseContainer* kept = record.GetContainerInstance(kStoredCamera);
+  if (!kept || kept->GetCount() == 0) return std::nullopt;
+  const host::BaseObject* camera = kept->GetObjectLink(kStoredCameraLink, &doc);
+  return camera ? IdOf(*camera) : 0;
+}
 
 RecordList::RecordList(const host::BaseContainer& state, host::LONG key, host::LONG link)
     : link_(link) {

@@ -5,12 +5,16 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <optional>
 #include <span>
 #include <unordered_map>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
 #include "engine/core/ContainerBody.h"
+#include "engine/states/RecordedParts.h"
+#include "engine/states/StoredStates.h"
+#include "host/RenderData.h"
 
 namespace engine {
 
@@ -51,6 +55,26 @@ class NodeSet {
   NodeId near_ = ~NodeId{0};                // the page met last
   Page* nearPage_ = nullptr;
 };
+
+// The lists of a state: objects, layers, tags.
+struct ListRow {
+  host::LONG key;
+  host::LONG link;  // under which each record holds its element
+};
+inline constexpr std::array<ListRow, 3> kRecordLists{{{kStoredObjects, kStoredObjectLink},
+                                                      {kStoredLayers, kStoredLayerLink},
+                                                      {kStoredTags, kStoredTagLink}}};
+// The parts whose records lie in that list.
+Parts PartsOfList(host::LONG list);
+// The part of a record in that list by its element, null for one that loading skips.
+const PartRow* PartOfElement(host::LONG list, host::BaseList2D& element);
+
+// A state's copy of render settings, null where it has none that is still there.
+host::RenderData* RecordedSettings(const host::BaseDocument& doc,
+                                   const host::BaseContainer& record);
+// Its camera, 0 for none; nothing where it says nothing of it.
+std::optional<NodeId> RecordedCamera(const host::BaseDocument& doc,
+                                     const host::BaseContainer& record);
 
 class RecordList {
  public:
