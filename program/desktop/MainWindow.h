@@ -13,6 +13,7 @@
 #include "program/desktop/DocumentTabs.h"
 #include "program/desktop/Reports.h"
 #include "program/desktop/dialog/DialogDocks.h"
+#include "program/desktop/dialog/StatesDialog.h"
 #include "program/desktop/menus/CameraCommands.h"
 #include "program/desktop/menus/EditMenu.h"
 #include "program/desktop/panels/MaterialThumbnails.h"
@@ -34,6 +35,7 @@ class MainWindow : public QMainWindow {
   engine::Application& App() { return application_; }
   Autosave& GetAutosave() { return autosave_; }
   DialogDocks& Docks() { return docks_; }
+  const StatesDialog& States() const { return states_; }
   Reports& Reporting() { return reports_; }
   DocumentTabs& Tabs() { return *tabs_; }
   SidePanels& Panels() { return panels_; }
@@ -85,6 +87,7 @@ class MainWindow : public QMainWindow {
   Autosave autosave_;
   Reports reports_;
   DialogDocks docks_;
+  StatesDialog states_{docks_};
   engine::InspectedElements inspected_;
   SidePanels panels_;
   std::shared_ptr<MaterialThumbnails> thumbnails_;
