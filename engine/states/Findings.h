@@ -35,13 +35,17 @@ struct Finding {
 };
 
 // All findings, the worst first, then in the order of kinds, states and scene. `files`: where
-// previews and textures are looked for, beside the document's own path; null leaves files out.
-// Elements of one kind and state beyond `most` are summed up in one finding.
+// previews are looked for, beside the document's file; null leaves them out. `missingTextures`: of
+// the scene, by name. Of one kind and state so many findings are told; one more says how many
+// others there are. Cost: the scene, and what the states do not share.
 std::vector<Finding> FindFindings(const host::BaseDocument& doc, FileSystem* files,
+                                  const std::vector<std::string>& missingTextures,
                                   std::size_t most = 20);
 
-// Mends all findings of a fixable kind in the stored containers and the render settings of the
-// document; answers how many. Files are not touched. No undo, as with all that changes stores.
+// Mends all findings of a fixable kind in the stored containers of the document; what loading
+// brings back stays the same, but for Stagemarks that could not be loaded. Answers how many
+// containers changed; fails for a kind that has no safe answer. Files are not touched. No undo, as
+// with all that changes stores.
 Result<std::size_t> FixFindings(host::BaseDocument& doc, const FindingKind& kind);
 
 }  // namespace engine

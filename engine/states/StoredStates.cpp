@@ -13,6 +13,12 @@ using host::LONG;
 
 namespace {
 
+// What is stored under an ID, null for nothing: deleting leaves an empty container there.
+const BaseContainer* Stored(const BaseContainer* store, LONG id) {
+  const BaseContainer* one = store ? store->GetContainerInstance(id) : nullptr;
+  return one && one->GetCount() > 0 ? one : nullptr;
+}
+
 const BaseContainer* Store(const host::BaseDocument& doc, LONG id) {
   return doc.GetDataInstance()->GetContainerInstance(id);
 }
@@ -59,20 +65,17 @@ std::string StoredDate::Text() const {
 
 std::vector<StoredState> ReadStates(const host::BaseDocument& doc) {
   std::vector<StoredState> states;
-  const BaseContainer none;
   const BaseContainer* records = Store(doc, kStagemarksId);
   const BaseContainer* entries = Store(doc, kStoredEntries);
-  if (!records) records = &none;
-  if (!entries) entries = &none;
-  for (LONG i = 0; i < records->GetCount(); ++i) {
+  for (LONG i = 0; records && i < records->GetCount(); ++i) {
     const LONG id = records->GetIndexId(i);
-    if (const BaseContainer* record = records->GetContainerInstance(id))
-      states.push_back(FromRecord(id, *record, entries->GetContainerInstance(id)));
+    if (const BaseContainer* record = Stored(records, id))
+      states.push_back(FromRecord(id, *record, Stored(entries, id)));
   }
-  for (LONG i = 0; i < entries->GetCount(); ++i) {
+  for (LONG i = 0; entries && i < entries->GetCount(); ++i) {
     const LONG id = entries->GetIndexId(i);
-    const BaseContainer* entry = entries->GetContainerInstance(id);
-    if (entry && !records->GetContainerInstance(id)) states.push_back(FromEntry(id, *entry));
+    const BaseContainer* entry = Stored(entries, id);
+    if (entry && !Stored(records, id)) states.push_back(FromEntry(id, *entry));
   }
   return states;
 }

@@ -66,7 +66,7 @@ struct StoredState {
 };
 
 // All Stagemarks of a document in the order of their records; behind them those that stand in the
-// list only. O(Stagemarks).
+// list only. An empty container under an ID is a deleted one. O(Stagemarks).
 std::vector<StoredState> ReadStates(const host::BaseDocument& doc);
 
 // The ID of the Stagemark that loading by this name brings back: IDs are looked up by position, so
