@@ -211,18 +211,29 @@ class SceneWalk {
         same_(doc, options.everyEntry),
         out_(options) {}
 
-  Difference Compare() {
-    out_.result.heldLeft = AllParts();
-    Settings();
-    if (const std::optional<NodeId> camera = RecordedCamera(doc_, record_)) {
-      out_.result.heldRight.set(IndexOf(Part::Camera));
-      if (out_.Wants(Part::Camera)) AddCamera(out_, CameraNow(doc_), camera);
+  // Compares the scene with it, about so many elements more; false when all is done.
+  bool Advance(std::size_t elements) {
+    switch (step_) {
+      case Step::Scene:
+        CompareScene();
+        step_ = Step::NextList;
+        return true;
+      case Step::NextList:
+        return BeginNextList();
+      case Step::Records:
+        for (; elements > 0 && step_ == Step::Records; --elements) {
+          if (!VisitNext([this](auto&&... one) { CompareElement(one...); })) BeginUnknown();
+        }
+        return true;
+      case Step::Unknown:
+        for (; elements > 0 && unknown_; --elements, unknown_ = NextInTree(unknown_))
+          LookAtUnknown(*unknown_);
+        if (!unknown_) step_ = Step::NextList;
+        return true;
     }
-    for (const ListRow& row : kRecordLists) {
-      if ((PartsOfList(row.key) & options_.parts).any()) CompareList(row);
-    }
-    return out_.Take();
+    return false;
   }
+  Difference Take() { return out_.Take(); }
 
   Difference Contents() {
     if (const RenderData* kept = RecordedSettings(doc_, record_)) {
@@ -236,17 +247,31 @@ class SceneWalk {
       if (out_.Wants(Part::Camera)) AddCamera(out_, std::nullopt, camera);
     }
     for (const ListRow& row : kRecordLists) {
-      WalkList(row, [&](Part part, const BaseList2D& element, const ContainerBody* record) {
+      BeginList(row);
+      while (VisitNext([&](Part part, const BaseList2D& element, const ContainerBody* record) {
         out_.Add(part, ChangeKind::OnlyRight, IdOf(element),
                  out_.TellsFields()
                      ? OneSided(FieldsOfRecord(doc_, part, record), ChangeKind::OnlyRight)
                      : std::vector<FieldChange>());
-      });
+      })) {
+      }
+      EndList();
     }
     return out_.Take();
   }
 
  private:
+  enum class Step { Scene, NextList, Records, Unknown };
+
+  void CompareScene() {
+    out_.result.heldLeft = AllParts();
+    Settings();
+    if (const std::optional<NodeId> camera = RecordedCamera(doc_, record_)) {
+      out_.result.heldRight.set(IndexOf(Part::Camera));
+      if (out_.Wants(Part::Camera)) AddCamera(out_, CameraNow(doc_), camera);
+    }
+  }
+
   // Loading copies the recorded settings over the first ones and makes these the active ones.
   void Settings() {
     const RenderData* recorded = RecordedSettings(doc_, record_);
@@ -263,46 +288,87 @@ class SceneWalk {
                std::move(fields));
   }
 
-  // Calls `visit(part, element, record)` for each element that the list says anything of, in its
-  // order; counts those that are gone.
-  template <class Visit>
-  void WalkList(const ListRow& row, Visit visit) {
-    const RecordList list(record_, row.key, row.link);
+  bool BeginNextList() {
+    while (nextList_ < std::size(kRecordLists)) {
+      const ListRow& row = kRecordLists[nextList_++];
+      if ((PartsOfList(row.key) & options_.parts).none()) continue;
+      BeginList(row);
+      step_ = Step::Records;
+      return true;
+    }
+    return false;
+  }
+
+  void BeginList(const ListRow& row) {
+    row_ = &row;
+    list_.emplace(record_, row.key, row.link);
+    stretchesLeft_ = list_->Stretches().size();
+    entriesLeft_ = stretchesLeft_ > 0 ? list_->Stretches().back().size() : 0;
     met_ = NodeSet();
     held_.reset();
-    ForEachRecordBackwards(list, met_, [&](NodeId id, const ContainerBody* record) {
-      BaseList2D* element = FindNode(&doc_, id);
-      if (!element) {
-        ++out_.result.gone;
-        return;
-      }
-      const PartRow* part = PartOfElement(row.key, *element);
-      if (!part) return;
-      held_.set(IndexOf(part->part));
-      if (out_.Wants(part->part)) visit(part->part, *element, record);
-    });
+  }
+
+  // From the last entry to the first, null when there is none left.
+  const Entry* PreviousEntry() {
+    while (entriesLeft_ == 0) {
+      if (stretchesLeft_ <= 1) return nullptr;
+      --stretchesLeft_;
+      entriesLeft_ = list_->Stretches()[stretchesLeft_ - 1].size();
+    }
+    return &list_->Stretches()[stretchesLeft_ - 1][--entriesLeft_];
+  }
+
+  // Goes on to the entry before, and calls `visit(part, element, record)` where it counts; counts
+  // elements that are gone. False when there is none left.
+  template <class Visit>
+  bool VisitNext(Visit visit) {
+    const Entry* entry = PreviousEntry();
+    if (!entry) return false;
+    const ContainerBody* record = RecordOf(*entry);
+    const NodeId id = list_->ElementOf(record);
+    if (id == 0 || !met_.Insert(id)) return true;
+    BaseList2D* element = FindNode(&doc_, id);
+    if (!element) {
+      ++out_.result.gone;
+      return true;
+    }
+    const PartRow* part = PartOfElement(row_->key, *element);
+    if (!part) return true;
+    held_.set(IndexOf(part->part));
+    if (out_.Wants(part->part)) visit(part->part, *element, record);
+    return true;
+  }
+
+  void EndList() {
     out_.result.heldRight |= held_;
     for (const PartRow& part : kPartRows) {
       if (held_[IndexOf(part.part)]) out_.Reverse(part.part);
     }
   }
 
-  void CompareList(const ListRow& row) {
-    WalkList(row, [&](Part part, const BaseList2D& element, const ContainerBody* record) {
-      if (same_.IsAsRecorded(part, element, record)) return;
-      out_.Add(
-          part, ChangeKind::Changed, IdOf(element),
-          out_.TellsFields() ? ChangedFields(part, element, record) : std::vector<FieldChange>());
-    });
+  void CompareElement(Part part, const BaseList2D& element, const ContainerBody* record) {
+    if (same_.IsAsRecorded(part, element, record)) return;
+    out_.Add(
+        part, ChangeKind::Changed, IdOf(element),
+        out_.TellsFields() ? ChangedFields(part, element, record) : std::vector<FieldChange>());
+  }
+
+  // The list is through: on to what it does not know.
+  void BeginUnknown() {
+    EndList();
+    step_ = Step::Unknown;
+    unknown_ = nullptr;
     if (!options_.unknown || (held_ & options_.parts).none()) return;
-    if (row.key == kStoredLayers) return UnknownLayers();
-    for (const host::BaseObject* object = doc_.GetFirstObject(); object;
-         object = NextInTree(object)) {
-      if (row.key == kStoredObjects) {
-        Unknown(Part::Objects, *object);
-      } else {
-        UnknownTags(*object);
-      }
+    unknown_ =
+        row_->key == kStoredLayers ? doc_.GetLayerObjectRoot()->GetFirst() : doc_.GetFirstObject();
+  }
+
+  void LookAtUnknown(const host::GeListNode& node) {
+    if (row_->key == kStoredTags) {
+      UnknownTags(static_cast<const host::BaseObject&>(node));
+    } else {
+      Unknown(row_->key == kStoredLayers ? Part::Layers : Part::Objects,
+              static_cast<const BaseList2D&>(node));
     }
   }
 
@@ -328,12 +394,6 @@ class SceneWalk {
     }
   }
 
-  void UnknownLayers() {
-    for (const host::GeListNode* node = doc_.GetLayerObjectRoot()->GetFirst(); node;
-         node = NextInTree(node))
-      Unknown(Part::Layers, static_cast<const BaseList2D&>(*node));
-  }
-
   void Unknown(Part part, const BaseList2D& element) {
     if (!held_[IndexOf(part)] || !out_.Wants(part) || met_.Has(IdOf(element))) return;
     out_.Add(part, ChangeKind::OnlyLeft, IdOf(element),
@@ -346,8 +406,16 @@ class SceneWalk {
   const CompareOptions& options_;
   SceneComparison same_;
   Gathering out_;
-  NodeSet met_;  // elements of the list walked last, and the parts that it had
+  Step step_ = Step::Scene;
+  // The list in hand, what is left of it, and what has been met in it: elements, and their parts.
+  std::size_t nextList_ = 0;
+  const ListRow* row_ = nullptr;
+  std::optional<RecordList> list_;
+  std::size_t stretchesLeft_ = 0;
+  std::size_t entriesLeft_ = 0;  // of the last of these
+  NodeSet met_;
   Parts held_;
+  const host::GeListNode* unknown_ = nullptr;  // the next object or layer that may be unknown
 };
 
 // --- What no state brings back.
@@ -434,8 +502,27 @@ Difference CompareStates(const BaseDocument& leftDoc, const BaseContainer& left,
 
 Difference CompareWithScene(const BaseDocument& doc, const BaseContainer& record,
                             const CompareOptions& options) {
-  return SceneWalk(doc, record, options).Compare();
+  SceneWalk walk(doc, record, options);
+  while (walk.Advance(SIZE_MAX)) {
+  }
+  return walk.Take();
 }
+
+struct StepwiseComparison::Walk {
+  BaseContainer record;
+  CompareOptions options;
+  SceneWalk walk;
+
+  Walk(const BaseDocument& doc, const BaseContainer& compared, const CompareOptions& given)
+      : record(compared), options(given), walk(doc, record, options) {}
+};
+
+StepwiseComparison::StepwiseComparison(const BaseDocument& doc, const BaseContainer& record,
+                                       const CompareOptions& options)
+    : walk_(std::make_unique<Walk>(doc, record, options)) {}
+StepwiseComparison::~StepwiseComparison() = default;
+bool StepwiseComparison::Advance(std::size_t elements) { return walk_->walk.Advance(elements); }
+Difference StepwiseComparison::Take() { return walk_->walk.Take(); }
 
 Difference ContentsOf(const BaseDocument& doc, const BaseContainer& record,
                       const CompareOptions& options) {

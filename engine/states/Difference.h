@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "engine/states/RecordedFields.h"
@@ -73,6 +74,26 @@ Difference CompareStates(const host::BaseDocument& leftDoc, const host::BaseCont
 // kind Changed are exactly what loading with these parts changes.
 Difference CompareWithScene(const host::BaseDocument& doc, const host::BaseContainer& record,
                             const CompareOptions& options = {});
+
+// The same in steps, so that a window lives on meanwhile. The document must neither change nor go
+// between them; the record is shared.
+class StepwiseComparison {
+ public:
+  StepwiseComparison(const host::BaseDocument& doc, const host::BaseContainer& record,
+                     const CompareOptions& options = {});
+  StepwiseComparison(const StepwiseComparison&) = delete;
+  StepwiseComparison& operator=(const StepwiseComparison&) = delete;
+  ~StepwiseComparison();
+
+  // Looks at about so many more elements; false when all is done.
+  bool Advance(std::size_t elements);
+  // After the last step, once.
+  Difference Take();
+
+ private:
+  struct Walk;
+  std::unique_ptr<Walk> walk_;
+};
 
 // Left and right exchanged.
 Difference Mirrored(Difference difference);

@@ -174,6 +174,26 @@ TEST(Difference, FindsElementsThatOnlyOneSideHas) {
   EXPECT_FALSE(ElementsOf(after, ChangeKind::Changed).contains({Part::Objects, firstId}));
 }
 
+TEST_P(RandomEdits, AreTheSameInSteps) {
+  Stage stage(GetParam());
+  stage.Record("A");
+  ChangeSome(stage);
+  stage.AddObject("Late");
+  host::BaseObject* gone = stage.Build().GetObject("Object 3");
+  host::BaseObject::Free(gone);
+  const host::BaseContainer record = stage.State("A").record;
+  const Difference whole = engine::CompareWithScene(stage.Doc(), record);
+  engine::StepwiseComparison steps(stage.Doc(), record);
+  while (steps.Advance(static_cast<std::size_t>(1 + stage.Pick(3)))) {
+  }
+  const Difference stepwise = steps.Take();
+  EXPECT_EQ(stepwise.gone, whole.gone);
+  EXPECT_GT(stepwise.gone, 0u);
+  EXPECT_EQ(stepwise.heldRight, whole.heldRight);
+  for (const ChangeKind kind : {ChangeKind::Changed, ChangeKind::OnlyLeft})
+    EXPECT_EQ(ElementsOf(stepwise, kind), ElementsOf(whole, kind));
+}
+
 // Two files that were copies of each other once: by identity, and by path where it is another
 // object.
 TEST(Difference, BetweenTwoDocumentsGoesByIdentityThenByPath) {
