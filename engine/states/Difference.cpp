@@ -57,6 +57,10 @@ class Gathering {
 
   Difference Take() {
     for (auto& changes : byPart_) {
+      if (result.changes.empty()) {
+        result.changes = std::move(changes);
+        continue;
+      }
       std::move(changes.begin(), changes.end(), std::back_inserter(result.changes));
       changes.clear();
     }

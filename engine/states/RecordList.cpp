@@ -7,17 +7,15 @@
 
 namespace engine {
 
-bool NodeSet::Has(NodeId id) const {
-  const auto page = pages_.find(id >> 12);
-  return page != pages_.end() && (page->second[(id >> 6) % kWords] >> (id % 64) & 1) != 0;
+void NodeSet::GoTo(NodeId page) const {
+  const auto found = pages_.find(page);
+  near_ = page;
+  nearPage_ = found == pages_.end() ? nullptr : const_cast<Page*>(&found->second);
 }
 
-NodeSet::Page& NodeSet::PageOf(NodeId id) {
-  if (near_ != id >> 12) {
-    near_ = id >> 12;
-    nearPage_ = &pages_.try_emplace(near_, Page{}).first->second;
-  }
-  return *nearPage_;
+void NodeSet::AddPage(NodeId page) {
+  near_ = page;
+  nearPage_ = &pages_.try_emplace(page, Page{}).first->second;
 }
 
 namespace {
@@ -114,6 +112,8 @@ class UnsharedWalk {
     const NodeId right = right_.ElementOf(two);
     if (left != 0 && !inLeft_.Insert(left)) repeated_ = true;
     if (right != 0 && !inRight_.Insert(right)) repeated_ = true;
+    inAny_.Insert(left);
+    inAny_.Insert(right);
     if (left == right) {
       if (left != 0) pairs_.push_back({left, one, two});
       return;
@@ -128,11 +128,14 @@ class UnsharedWalk {
     return pairs_[place->second];
   }
 
+  // Records lie anywhere in memory, so that those some steps ahead are fetched meanwhile.
   void LookForRepeated(Stretch shared) {
-    for (const Entry& entry : shared) {
-      if (repeated_) return;
-      const NodeId element = left_.ElementOf(RecordOf(entry));
-      repeated_ = element != 0 && (inLeft_.Has(element) || inRight_.Has(element));
+    constexpr std::size_t kAhead = 16;
+    for (std::size_t i = 0; i < shared.size() && !repeated_; ++i) {
+      if (i + kAhead < shared.size())
+        __builtin_prefetch(BlockOf<ContainerBody>(shared[i + kAhead].bits) + 1);
+      const NodeId element = left_.ElementOf(RecordOf(shared[i]));
+      repeated_ = element != 0 && inAny_.Has(element);
     }
   }
 
@@ -165,6 +168,7 @@ class UnsharedWalk {
   std::unordered_map<NodeId, std::size_t> moved_;  // elements met at different places
   NodeSet inLeft_;
   NodeSet inRight_;
+  NodeSet inAny_;
   bool repeated_ = false;
 };
 

@@ -44,16 +44,26 @@ class NodeSet {
     word |= bit;
     return isNew;
   }
-  bool Has(NodeId id) const;
+  bool Has(NodeId id) const {
+    if (near_ != id >> kPageBits) GoTo(id >> kPageBits);
+    return nearPage_ && ((*nearPage_)[(id >> 6) % kWords] >> (id % 64) & 1) != 0;
+  }
 
  private:
   static constexpr std::size_t kWords = 64;
   using Page = std::array<std::uint64_t, kWords>;
-  Page& PageOf(NodeId id);
+  Page& PageOf(NodeId id) {
+    if (near_ != id >> kPageBits || !nearPage_) AddPage(id >> kPageBits);
+    return *nearPage_;
+  }
+  void GoTo(NodeId page) const;
+  void AddPage(NodeId page);
 
-  std::unordered_map<NodeId, Page> pages_;  // by identity / 4096; its pages never move
-  NodeId near_ = ~NodeId{0};                // the page met last
-  Page* nearPage_ = nullptr;
+  static constexpr unsigned kPageBits = 12;
+  std::unordered_map<NodeId, Page> pages_;  // by identity / 4096; they never move
+  // The page met last, null where it is not there.
+  mutable NodeId near_ = ~NodeId{0};
+  mutable Page* nearPage_ = nullptr;
 };
 
 // The lists of a state: objects, layers, tags.

@@ -54,8 +54,8 @@ class MatrixBuilder {
     for (const ListRow& list : kRecordLists) {
       if ((PartsOfList(list.key) & parts_).any()) AddList(list);
     }
+    SortRuns();
     Judge();
-    Sort();
   }
 
  private:
@@ -63,16 +63,20 @@ class MatrixBuilder {
 
   void SceneRow(Part part, LONG key) {
     if (!parts_[IndexOf(part)]) return;
-    std::vector<const ContainerBody*> cells;
-    for (const StoredState& state : states_) {
-      const bool held = part == Part::Camera ? RecordedCamera(doc_, state.record).has_value()
-                                             : RecordedSettings(doc_, state.record) != nullptr;
-      cells.push_back(held ? KeptBody(state.record, key) : nullptr);
+    const auto row = static_cast<std::uint32_t>(matrix_.rows_.size());
+    matrix_.listed_[IndexOf(part)].assign(states_.size(), true);
+    for (std::size_t i = 0; i < states_.size(); ++i) {
+      const bool held = part == Part::Camera ? RecordedCamera(doc_, states_[i].record).has_value()
+                                             : RecordedSettings(doc_, states_[i].record) != nullptr;
+      AddRun(row, i, held ? KeptBody(states_[i].record, key) : nullptr);
       matrix_.holders_[IndexOf(part)] += held;
     }
-    if (matrix_.holders_[IndexOf(part)] == 0) return;
     matrix_.rows_.push_back({part, 0});
-    matrix_.cells_.insert(matrix_.cells_.end(), cells.begin(), cells.end());
+  }
+
+  void AddRun(std::size_t row, std::size_t state, const ContainerBody* record) {
+    matrix_.runs_.push_back(
+        {static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(state), record});
   }
 
   void AddList(const ListRow& list) {
@@ -85,6 +89,11 @@ class MatrixBuilder {
       columns_.push_back(i);
     }
     if (lists_.empty()) return;
+    for (std::size_t part = 0; part < kParts; ++part) {
+      if (!PartsOfList(list.key)[part]) continue;
+      matrix_.listed_[part].assign(states_.size(), false);
+      for (const std::size_t column : columns_) matrix_.listed_[part][column] = true;
+    }
     known_ = NodeSet();
     candidates_.clear();
     FindKnown(list.key);
@@ -148,7 +157,6 @@ class MatrixBuilder {
         }
       }
     }
-    matrix_.cells_.resize(matrix_.rows_.size() * states_.size());
   }
 
   void AddRow(Part part, const BaseList2D& element) {
@@ -162,49 +170,68 @@ class MatrixBuilder {
     std::unordered_map<NodeId, std::size_t> places;
     for (std::size_t row = firstRow_; row < matrix_.rows_.size(); ++row)
       places.emplace(matrix_.rows_[row].element, row);
-    std::vector<const ContainerBody*> column(matrix_.rows_.size() - firstRow_);
     NodeSet met;
     ForEachRecordBackwards(*lists_[0], met, [&](NodeId element, const ContainerBody* record) {
       const auto place = places.find(element);
-      if (place != places.end()) column[place->second - firstRow_] = record;
+      if (place != places.end()) AddRun(place->second, columns_[0], record);
     });
-    for (std::size_t i = 0; i < lists_.size(); ++i) {
-      if (i > 0) {
-        for (const RecordPair& pair : UnsharedRecords(*lists_[i - 1], *lists_[i])) {
-          const auto place = places.find(pair.element);
-          if (place != places.end()) column[place->second - firstRow_] = pair.right;
-        }
+    for (std::size_t i = 1; i < lists_.size(); ++i) {
+      for (const RecordPair& pair : UnsharedRecords(*lists_[i - 1], *lists_[i])) {
+        const auto place = places.find(pair.element);
+        if (place != places.end()) AddRun(place->second, columns_[i], pair.right);
       }
-      for (std::size_t row = 0; row < column.size(); ++row)
-        matrix_.cells_[(firstRow_ + row) * states_.size() + columns_[i]] = column[row];
     }
   }
 
-  // Counts and compares, and takes out the rows in which there is nothing to see.
+  void SortRuns() {
+    std::ranges::sort(matrix_.runs_, {},
+                      [](const StateMatrix::Run& run) { return std::pair(run.row, run.state); });
+    std::uint32_t next = 0;
+    for (std::size_t row = 0; row < matrix_.rows_.size(); ++row) {
+      const std::uint32_t begin = next;
+      while (next < matrix_.runs_.size() && matrix_.runs_[next].row == row) ++next;
+      matrix_.stretches_.push_back({begin, next});
+    }
+  }
+
+  // Counts and compares, takes out the rows in which there is nothing to see, and sorts by part:
+  // tags of several kinds come mixed.
   void Judge() {
-    std::vector<Row> rows;
-    std::vector<const ContainerBody*> cells;
+    for (std::size_t part = 0; part < kParts; ++part) {
+      std::size_t sum = 0;
+      listedBefore_[part].push_back(0);
+      for (const bool listed : matrix_.listed_[part]) listedBefore_[part].push_back(sum += listed);
+    }
+    std::vector<std::size_t> order;
     for (std::size_t i = 0; i < matrix_.rows_.size(); ++i) {
-      Row row = matrix_.rows_[i];
-      const ContainerBody* const* first = matrix_.cells_.data() + i * states_.size();
-      Judge(row, first);
-      const bool someLack = row.knownBy < matrix_.holders_[IndexOf(row.part)];
-      if (!all_ && !row.differs && !someLack) continue;
-      rows.push_back(row);
-      cells.insert(cells.end(), first, first + states_.size());
+      Row& row = matrix_.rows_[i];
+      Judge(row, i);
+      const std::size_t holders = matrix_.holders_[IndexOf(row.part)];
+      if (holders > 0 && (all_ || row.differs || row.knownBy < holders)) order.push_back(i);
+    }
+    std::ranges::stable_sort(order, {}, [this](std::size_t i) { return matrix_.rows_[i].part; });
+    std::vector<Row> rows;
+    std::vector<StateMatrix::Stretch> stretches;
+    for (const std::size_t i : order) {
+      rows.push_back(matrix_.rows_[i]);
+      stretches.push_back(matrix_.stretches_[i]);
     }
     matrix_.rows_ = std::move(rows);
-    matrix_.cells_ = std::move(cells);
+    matrix_.stretches_ = std::move(stretches);
   }
 
-  void Judge(Row& row, const ContainerBody* const* cells) const {
-    std::size_t before = states_.size();
-    for (std::size_t i = 0; i < states_.size(); ++i) {
-      if (!cells[i]) continue;
-      ++row.knownBy;
-      if (before < states_.size() && !row.differs)
-        row.differs = Differ(row.part, before, cells[before], i, cells[i]);
-      before = i;
+  void Judge(Row& row, std::size_t place) const {
+    const std::span<const StateMatrix::Run> runs = matrix_.RunsOf(place);
+    const std::vector<std::size_t>& listed = listedBefore_[IndexOf(row.part)];
+    const StateMatrix::Run* before = nullptr;
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+      if (!runs[i].record) continue;
+      row.knownBy +=
+          listed[i + 1 < runs.size() ? runs[i + 1].state : states_.size()] - listed[runs[i].state];
+      if (before && !row.differs)
+        row.differs =
+            Differ(row.part, before->state, before->record, runs[i].state, runs[i].record);
+      before = &runs[i];
     }
   }
 
@@ -216,29 +243,13 @@ class MatrixBuilder {
                 .empty();
   }
 
-  // By part; tags of several kinds come mixed.
-  void Sort() {
-    std::vector<std::size_t> order(matrix_.rows_.size());
-    for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-    const auto part = [this](std::size_t row) { return matrix_.rows_[row].part; };
-    if (std::ranges::is_sorted(order, {}, part)) return;
-    std::ranges::stable_sort(order, {}, part);
-    std::vector<Row> rows;
-    std::vector<const ContainerBody*> cells;
-    for (const std::size_t i : order) {
-      rows.push_back(matrix_.rows_[i]);
-      const auto first = matrix_.cells_.begin() + static_cast<std::ptrdiff_t>(i * states_.size());
-      cells.insert(cells.end(), first, first + static_cast<std::ptrdiff_t>(states_.size()));
-    }
-    matrix_.rows_ = std::move(rows);
-    matrix_.cells_ = std::move(cells);
-  }
-
   StateMatrix& matrix_;
   const BaseDocument& doc_;
   const std::vector<StoredState>& states_;
   bool all_;
   Parts parts_;
+  // By part, for each state how many before it have a list for it.
+  std::array<std::vector<std::size_t>, kParts> listedBefore_;
 
   // Of the list in hand.
   std::vector<std::unique_ptr<RecordList>> lists_;
@@ -252,6 +263,13 @@ StateMatrix::StateMatrix(const BaseDocument& doc, const std::vector<StoredState>
                          MatrixRows rows, Parts parts)
     : doc_(doc), states_(states) {
   MatrixBuilder(*this, rows, parts).Run();
+}
+
+const ContainerBody* StateMatrix::Cell(std::size_t row, std::size_t state) const {
+  if (!listed_[IndexOf(rows_[row].part)][state]) return nullptr;
+  const std::span<const Run> runs = RunsOf(row);
+  const auto after = std::ranges::upper_bound(runs, state, {}, &Run::state);
+  return after == runs.begin() ? nullptr : std::prev(after)->record;
 }
 
 Fields StateMatrix::CellFields(std::size_t row, std::size_t state) const {

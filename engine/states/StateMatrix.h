@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -49,8 +50,21 @@ class StateMatrix {
 
  private:
   friend class MatrixBuilder;
-  const ContainerBody* Cell(std::size_t row, std::size_t state) const {
-    return cells_[row * states_.size() + state];
+  // What states say from one of them on, until the next run of the row; null: they do not hold it.
+  struct Run {
+    std::uint32_t row;
+    std::uint32_t state;
+    const ContainerBody* record;
+  };
+  // The runs of a row.
+  struct Stretch {
+    std::uint32_t begin;
+    std::uint32_t end;
+  };
+  const ContainerBody* Cell(std::size_t row, std::size_t state) const;
+  std::span<const Run> RunsOf(std::size_t row) const {
+    const Stretch runs = stretches_[row];
+    return std::span(runs_).subspan(runs.begin, runs.end - runs.begin);
   }
   std::vector<host::LONG> FieldsThatVary(std::size_t row) const;
 
@@ -58,7 +72,10 @@ class StateMatrix {
   const std::vector<StoredState>& states_;
   std::vector<Row> rows_;
   std::array<std::size_t, kParts> holders_{};
-  std::vector<const ContainerBody*> cells_;  // row by row; null: not held
+  // For each part the states that hold a list with its records at all.
+  std::array<std::vector<bool>, kParts> listed_;
+  std::vector<Stretch> stretches_;  // row by row
+  std::vector<Run> runs_;
 };
 
 }  // namespace engine

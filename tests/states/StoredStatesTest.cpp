@@ -4,17 +4,64 @@
 #include <gtest/gtest.h>
 
 #include "engine/scene/NodeIds.h"
+#include "engine/states/RecordedParts.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
+#include "source/Stagemarks/keys/Options.h"
 #include "source/Stagemarks/keys/PluginIds.h"
+#include "source/Stagemarks/keys/TagTypes.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
 
 TEST(StoredStates, HaveThePlugInsNumbers) {
-  EXPECT_EQ(engine::kStagemarksId, stagemarks::kPluginId);
-  EXPECT_EQ(engine::kStoredName, stagemarks::kName);
-  EXPECT_EQ(engine::kStoredSettings, stagemarks::kRender);
-  EXPECT_EQ(engine::kStoredSettings, stagemarks::kRenderLink);
+  const std::pair<host::LONG, host::LONG> numbers[] = {
+      {engine::kStagemarksId, stagemarks::kRecordStore},
+      {engine::kStoredEntries, stagemarks::kListStore},
+      {engine::kStoredOptions, stagemarks::kPreferences},
+      {engine::kStoredOptionsSaved, stagemarks::kChoiceSaved},
+      {engine::kStoredListBuilt, stagemarks::kListBuilt},
+      {engine::kStoredName, stagemarks::kName},
+      {engine::kStoredDate, stagemarks::kDate},
+      {engine::kStoredYear, stagemarks::kYear},
+      {engine::kStoredYear + engine::kStoredDateFields - 1, stagemarks::kSecond},
+      {engine::kStoredCurrent, stagemarks::kCurrent},
+      {engine::kStoredSettings, stagemarks::kRender},
+      {engine::kStoredSettings, stagemarks::kRenderLink},
+      {engine::kStoredLayers, stagemarks::kLayers},
+      {engine::kStoredLayerLink, stagemarks::kLayerLink},
+      {engine::kStoredLayerFlags, stagemarks::kLayerFlags.front().key},
+      {engine::kStoredLayerFlags + 8, stagemarks::kLayerFlags.back().key},
+      {engine::kStoredCamera, stagemarks::kCamera},
+      {engine::kStoredCameraLink, stagemarks::kCameraLink},
+      {engine::kStoredObjects, stagemarks::kObjects},
+      {engine::kStoredObjectLink, stagemarks::kObjectLink},
+      {engine::kStoredEditorMode, stagemarks::kEditorMode},
+      {engine::kStoredRenderMode, stagemarks::kRenderMode},
+      {engine::kStoredDeformMode, stagemarks::kDeformMode},
+      {engine::kStoredTags, stagemarks::kTags},
+      {engine::kStoredTagLink, stagemarks::kTagLink},
+      {engine::kStoredMaterialLink, stagemarks::kMaterialLink}};
+  for (const auto& [here, there] : numbers) EXPECT_EQ(here, there);
+  for (std::size_t i = 0; i < engine::kCompositingParameters.size(); ++i) {
+    EXPECT_EQ(engine::kCompositingParameters[i].parameter, stagemarks::kCompositing[i].parameter);
+    EXPECT_EQ(engine::kCompositingParameters[i].key, stagemarks::kCompositing[i].key);
+  }
+}
+
+// Each option with its label, and the tags that it is about.
+TEST(StoredStates, HaveThePlugInsParts) {
+  for (const stagemarks::OptionRow& option : stagemarks::kOptions) {
+    const engine::PartRow* part = engine::FindPartByLabel(option.label);
+    ASSERT_TRUE(part) << option.label;
+    EXPECT_EQ(part->option, option.id);
+    EXPECT_EQ(&engine::RowOf(part->part), part);
+  }
+  for (const stagemarks::TagTypeRow& row : stagemarks::kTagTypes) {
+    const engine::PartRow* part = engine::FindPartOfTag(row.type);
+    ASSERT_TRUE(part) << row.type;
+    const auto& option = stagemarks::kOptions[stagemarks::IndexOf(row.option)];
+    EXPECT_EQ(part->option, option.id);
+  }
 }
 
 // Records with settings, without any, with settings that are gone, and something else in between.

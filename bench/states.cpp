@@ -1,0 +1,199 @@
+// What does it cost to know before one acts? Comparing two Stagemarks of a big scene beside a walk
+// over the pointers of both lists; the dry run of a load beside the load; the check of many
+// Stagemarks beside reading each of their records once; and the memory that all this takes.
+#include <malloc.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <string>
+
+#include "engine/application/Application.h"
+#include "engine/core/ContainerBody.h"
+#include "engine/dialog/Dialogs.h"
+#include "engine/scene/TreeWalk.h"
+#include "engine/states/Findings.h"
+#include "engine/states/StateMatrix.h"
+#include "source/Stagemarks/keys/Gadgets.h"
+#include "source/Stagemarks/keys/PluginIds.h"
+#include "tests/support/ScriptedServices.h"
+
+namespace {
+
+using engine::StoredState;
+using host::BaseObject;
+using host::LONG;
+
+double Now() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+// Least of some runs: other programs on the machine only ever add.
+double Seconds(const std::function<void()>& work, int runs = 5) {
+  double least = 1e9;
+  for (int i = 0; i < runs; ++i) {
+    const double begin = Now();
+    work();
+    least = std::min(least, Now() - begin);
+  }
+  return least;
+}
+
+double MemoryInUse() {
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
+}
+
+void Require(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "%s\n", what);
+  std::exit(1);
+}
+
+class Stage {
+ public:
+  explicit Stage(LONG objects) : application_(services_.Get(), {}) {
+    const double before = MemoryInUse();
+    const engine::LoadReport report =
+        application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
+    Require(report.outcome == engine::LoadOutcome::Loaded, report.message.c_str());
+    host::SetActiveDocument(application_.NewDocument());
+    Require(application_.ExecuteCommand(stagemarks::kPluginId), "the dialog did not open");
+    dialog_ = engine::OpenDialogs().front();
+    for (LONG i = 0; i < objects; ++i) {
+      objects_.push_back(BaseObject::Alloc(host::Onull));
+      Doc().AppendObject(objects_.back());
+    }
+    scene_ = MemoryInUse() - before;
+  }
+
+  host::BaseDocument& Doc() { return *host::GetActiveDocument(); }
+  double Memory() const { return scene_; }
+
+  // Every so many objects, from one on, get another render mode.
+  void Change(std::size_t from, std::size_t step) {
+    for (std::size_t i = from; i < objects_.size(); i += step)
+      objects_[i]->SetRenderMode((objects_[i]->GetRenderMode() + 1) % 3);
+  }
+  StoredState Record(const std::string& name) {
+    const double before = MemoryInUse();
+    engine::TypeText(*dialog_, stagemarks::kNameField, host::String(name.c_str()));
+    Require(engine::PressButton(*dialog_, stagemarks::kRecord), "not recorded");
+    application_.DeliverEvents();
+    scene_ += MemoryInUse() - before;
+    for (StoredState& state : engine::ReadStates(Doc())) {
+      if (state.name == name) return state;
+    }
+    return {};
+  }
+  void Load(LONG line) {
+    engine::SelectLines(*dialog_, stagemarks::kList, {line});
+    Require(engine::PressButton(*dialog_, stagemarks::kLoad), "not loaded");
+  }
+
+ private:
+  tests::ScriptedServices services_;
+  engine::Application application_;
+  host::GeDialog* dialog_ = nullptr;
+  std::vector<BaseObject*> objects_;
+  double scene_ = 0;  // bytes of the scene with its Stagemarks
+};
+
+// Every pointer of both lists of object records, and nothing of what they point to.
+std::size_t WalkPointers(const StoredState& a, const StoredState& b) {
+  std::size_t sum = 0;
+  for (const StoredState* state : {&a, &b}) {
+    const host::BaseContainer* list = state->record.GetContainerInstance(engine::kStoredObjects);
+    const engine::ContainerBody* body = engine::ContainerAccess::Body(*list);
+    std::uint32_t next = 0;
+    for (auto stretch = engine::NextEntries(body, next); !stretch.empty();
+         stretch = engine::NextEntries(body, next)) {
+      for (const engine::Entry& entry : stretch) sum += entry.bits;
+    }
+  }
+  return sum;
+}
+
+std::size_t sink = 0;
+
+void Row(const char* what, double seconds, double baseline, const char* beside) {
+  std::printf("%-52s %10.3f ms   %7.2f x %s\n", what, seconds * 1e3, seconds / baseline, beside);
+}
+
+void BigScene(LONG count) {
+  Stage stage(count);
+  const StoredState a = stage.Record("A");
+  const StoredState same = stage.Record("B");
+  stage.Change(0, static_cast<std::size_t>(count) / 1000);
+  const StoredState thousand = stage.Record("C");
+  const host::BaseDocument& doc = stage.Doc();
+  const double walk = Seconds([&] { sink += WalkPointers(a, thousand); });
+  std::printf("%d objects; one walk over both lists of pointers %.3f ms\n", count, walk * 1e3);
+  Row("two Stagemarks that share their records",
+      Seconds([&] { sink += engine::CompareStates(doc, a.record, same.record).changes.size(); }),
+      walk, "walk");
+  Row("1,000 objects differ", Seconds([&] {
+        sink += engine::CompareStates(doc, a.record, thousand.record).changes.size();
+      }),
+      walk, "walk");
+  engine::CompareOptions dry;
+  dry.everyEntry = true;
+  dry.unknown = false;
+  dry.mostFields = 24;
+  // There and back in turn, so that each load has as much to do as the dry run before it.
+  for (const std::size_t step : {std::size_t{1}, static_cast<std::size_t>(count) / 1000}) {
+    double dryRun = 1e9;
+    double load = 1e9;
+    for (int i = 0; i < 3; ++i) {
+      stage.Load(0);
+      stage.Change(0, step);
+      dryRun = std::min(
+          dryRun,
+          Seconds([&] { sink += engine::CompareWithScene(doc, a.record, dry).changes.size(); }, 1));
+      load = std::min(load, Seconds([&] { stage.Load(0); }, 1));
+    }
+    Row(step == 1 ? "dry run, all objects change" : "dry run, 1,000 objects change", dryRun, load,
+        "load");
+  }
+  const double before = MemoryInUse();
+  const engine::Difference difference = engine::CompareStates(doc, a.record, thousand.record);
+  std::printf("memory of that difference: %.2f %% of the scene\n",
+              100 * (MemoryInUse() - before) / stage.Memory());
+}
+
+void ManyStates(LONG objects, LONG states, std::size_t step) {
+  Stage stage(objects);
+  for (LONG i = 0; i < states; ++i) {
+    stage.Change(static_cast<std::size_t>(i) % step, step);
+    stage.Record("State " + std::to_string(i));
+  }
+  const std::vector<StoredState> all = engine::ReadStates(stage.Doc());
+  const double read = Seconds([&] {
+    for (const StoredState& state : all) sink += WalkPointers(state, state);
+  });
+  std::printf("%d objects x %d Stagemarks, every %zu. changed between two\n", objects, states,
+              step);
+  const double before = MemoryInUse();
+  Row("check", Seconds([&] { sink += engine::FindFindings(stage.Doc(), nullptr, {}).size(); }, 2),
+      read, "walk over all pointers");
+  double memory = 0;
+  Row("table of states and elements",
+      Seconds(
+          [&] {
+            const engine::StateMatrix matrix(stage.Doc(), all, engine::MatrixRows::Differing);
+            sink += matrix.Rows().size();
+            memory = MemoryInUse() - before;
+          },
+          2),
+      read, "walk over all pointers");
+  std::printf("memory of the table: %.2f %% of the scene\n", 100 * memory / stage.Memory());
+}
+
+}  // namespace
+
+int main() {
+  BigScene(1'000'000);
+  ManyStates(5'000, 200, 50);
+  ManyStates(5'000, 200, 1);
+  ManyStates(10'000, 200, 50);
+  return sink == 1 ? 1 : 0;
+}
