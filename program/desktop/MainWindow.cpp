@@ -18,6 +18,8 @@
 #include "program/desktop/background/DocumentBusy.h"
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/menus/Menus.h"
+#include "program/desktop/menus/StatesMenu.h"
+#include "program/desktop/panels/GalleryPanel.h"
 #include "program/desktop/panels/HistoryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
@@ -107,6 +109,9 @@ void MainWindow::BuildPanels() {
   panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea,
               new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
+  auto* gallery = panels_.Add("gallery", "Gallery", Qt::RightDockWidgetArea,
+                              new GalleryPanel(application_.GetServices(), states_, this));
+  gallery->load = [this](const std::string& name) { LoadStagemark(*this, name); };
   panels_.ShowFirst();
   InspectWhatIsPressed(objects_->Tree(), engine::InspectedElements::kObjects);
   InspectWhatIsPressed(materials->Grid(), engine::InspectedElements::kMaterials);

@@ -41,11 +41,22 @@ DialogView* DialogDocks::ViewOf(const host::GeDialog& dialog) const {
   return it == docks_.end() ? nullptr : static_cast<DialogView*>(it->second->widget());
 }
 
+void DialogDocks::PutOnTheRight(QDockWidget& dock) {
+  window_.addDockWidget(Qt::RightDockWidgetArea, &dock);
+  for (QDockWidget* other : window_.findChildren<QDockWidget*>()) {
+    const bool isPanel = !dynamic_cast<DialogDock*>(other) && !other->isFloating();
+    if (!isPanel || window_.dockWidgetArea(other) != Qt::RightDockWidgetArea) continue;
+    window_.tabifyDockWidget(other, &dock);
+    break;
+  }
+}
+
 void DialogDocks::ResetPlaces() {
   for (const auto& [dialog, dock] : docks_) {
     dock->setFloating(false);
-    window_.addDockWidget(Qt::RightDockWidgetArea, dock);
+    PutOnTheRight(*dock);
     dock->show();
+    dock->raise();
   }
 }
 
@@ -85,7 +96,7 @@ QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   dock->setWidget(view);
   // A place that a saved layout has for it comes first.
   if (!window_.restoreDockWidget(dock)) {
-    window_.addDockWidget(Qt::RightDockWidgetArea, dock);
+    PutOnTheRight(*dock);
     window_.resizeDocks({dock},
                         {std::min(kFirstWidth, static_cast<int>(window_.width() * kMostOfWindow))},
                         Qt::Horizontal);

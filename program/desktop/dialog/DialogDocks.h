@@ -39,6 +39,8 @@ class DialogDocks final : private engine::DialogObserver {
   // else on the right.
   QDockWidget* Make(host::GeDialog& dialog);
 
+  // On the right side of the window, as a tab where a panel stands there.
+  void PutOnTheRight(QDockWidget& dock);
   // Takes up title and dialog of what is open under AllKnown.
   void Remember(host::GeDialog& dialog);
 

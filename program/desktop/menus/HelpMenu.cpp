@@ -37,6 +37,8 @@ constexpr OtherKeys kOthers[] = {
     {"Attributes", "A step up or down", "Up, Down"},
     {"Attributes", "Ten steps up or down", "Shift+Up, Shift+Down, Page Up, Page Down"},
     {"Stagemarks", "Check or uncheck the selected rows", "Space"},
+    {"Gallery", "Load the chosen Stagemark", "Enter"},
+    {"Gallery", "Larger and smaller pictures", "Ctrl+Wheel"},
     {"Render and contact sheet", "Nearer, farther", "+, -"},
     {"Render and contact sheet", "Each pixel as it is, the whole picture", "1, 0 or F"},
     {"Render and contact sheet", "Close the window", "Esc"},

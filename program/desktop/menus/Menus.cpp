@@ -4,6 +4,7 @@
 #include "program/desktop/Icons.h"
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
+#include "program/desktop/menus/StatesMenu.h"
 #include "program/desktop/render/RenderWindow.h"
 #include "program/desktop/render/SheetWindow.h"
 
@@ -91,7 +92,7 @@ void BuildRenderMenu(QMenu& menu, MainWindow& window) {
 
 namespace {
 
-void FillPluginMenu(QMenu& menu, engine::Application& application) {
+void FillPluginMenu(QMenu& menu, engine::Application& application, const QList<QAction*>& states) {
   menu.clear();
   for (const engine::CommandPlugin& command : application.Commands()) {
     QAction* action = AddEntry(menu, Label(host::String(command.name)), {},
@@ -99,13 +100,16 @@ void FillPluginMenu(QMenu& menu, engine::Application& application) {
     action->setStatusTip(ToQt(command.help));
   }
   if (menu.isEmpty()) menu.addAction("No plug-ins loaded")->setEnabled(false);
+  menu.addSeparator();
+  menu.addActions(states);
 }
 
 }  // namespace
 
 void BuildPluginMenu(QMenu& menu, MainWindow& window) {
+  const QList<QAction*> states = AddStateEntries(menu, window);
   QObject::connect(&menu, &QMenu::aboutToShow, &menu,
-                   [&menu, &window] { FillPluginMenu(menu, window.App()); });
+                   [&menu, &window, states] { FillPluginMenu(menu, window.App(), states); });
 }
 
 }  // namespace desktop

@@ -29,7 +29,7 @@ void SidePanels::Place(const char* name, const QString& title, Qt::DockWidgetAre
   dock->setObjectName(name);
   dock->setWidget(widget);
   window_.addDockWidget(side, dock);
-  if (side == Qt::BottomDockWidgetArea) {
+  if (side != Qt::LeftDockWidgetArea) {
     for (const Panel& panel : panels_) {
       if (panel.side == side) window_.tabifyDockWidget(panel.dock, dock);
     }

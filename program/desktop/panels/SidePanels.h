@@ -16,8 +16,8 @@ class SidePanels {
   explicit SidePanels(QMainWindow& window);
 
   // Puts a widget that is a DocumentView, too, into a dock of its own; docks of one side stand in
-  // the order of adding, those of the bottom as tabs. `name` marks the dock in the kept layout. The
-  // dock owns the widget.
+  // the order of adding, those of the bottom and of the right as tabs. `name` marks the dock in the
+  // kept layout. The dock owns the widget.
   template <class View>
   View* Add(const char* name, const QString& title, Qt::DockWidgetArea side, View* view) {
     Place(name, title, side, view, view);
