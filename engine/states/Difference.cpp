@@ -34,7 +34,9 @@ class Gathering {
   explicit Gathering(const CompareOptions& options) : options_(options) {}
 
   bool Wants(Part part) const { return options_.parts[IndexOf(part)]; }
-  bool TellsFields() const { return told_ < options_.mostFields; }
+  bool TellsFields(Part part, ChangeKind kind) const {
+    return told_[IndexOf(part)][static_cast<std::size_t>(kind)] < options_.mostFields;
+  }
 
   void Add(Part part, ChangeKind kind, NodeId element, std::vector<FieldChange> fields) {
     Add(part, kind, element, element, std::move(fields));
@@ -45,8 +47,8 @@ class Gathering {
     ++(kind == ChangeKind::Changed    ? count.changed
        : kind == ChangeKind::OnlyLeft ? count.onlyLeft
                                       : count.onlyRight);
-    if (TellsFields()) {
-      ++told_;
+    if (TellsFields(part, kind)) {
+      ++told_[IndexOf(part)][static_cast<std::size_t>(kind)];
     } else {
       fields.clear();
     }
@@ -72,7 +74,7 @@ class Gathering {
  private:
   const CompareOptions& options_;
   std::array<std::vector<ElementChange>, kParts> byPart_;
-  std::size_t told_ = 0;
+  std::array<std::array<std::size_t, 3>, kParts> told_{};  // elements with fields, by kind
 };
 
 std::vector<FieldChange> OneSided(Fields fields, ChangeKind kind) {
@@ -178,8 +180,8 @@ class StatesComparison {
       const ChangeKind kind = pair.right ? ChangeKind::OnlyRight : ChangeKind::OnlyLeft;
       const ContainerBody* record = pair.right ? pair.right : pair.left;
       out_.Add(part, kind, pair.element,
-               out_.TellsFields() ? OneSided(FieldsOfRecord(doc, part, record), kind)
-                                  : std::vector<FieldChange>());
+               out_.TellsFields(part, kind) ? OneSided(FieldsOfRecord(doc, part, record), kind)
+                                            : std::vector<FieldChange>());
       return;
     }
     if (!counterparts_ && SameBodies(pair.left, pair.right, OwnIds::kIgnored)) return;
@@ -254,7 +256,7 @@ class SceneWalk {
       BeginList(row);
       while (VisitNext([&](Part part, const BaseList2D& element, const ContainerBody* record) {
         out_.Add(part, ChangeKind::OnlyRight, IdOf(element),
-                 out_.TellsFields()
+                 out_.TellsFields(part, ChangeKind::OnlyRight)
                      ? OneSided(FieldsOfRecord(doc_, part, record), ChangeKind::OnlyRight)
                      : std::vector<FieldChange>());
       })) {
@@ -352,9 +354,9 @@ class SceneWalk {
 
   void CompareElement(Part part, const BaseList2D& element, const ContainerBody* record) {
     if (same_.IsAsRecorded(part, element, record)) return;
-    out_.Add(
-        part, ChangeKind::Changed, IdOf(element),
-        out_.TellsFields() ? ChangedFields(part, element, record) : std::vector<FieldChange>());
+    out_.Add(part, ChangeKind::Changed, IdOf(element),
+             out_.TellsFields(part, ChangeKind::Changed) ? ChangedFields(part, element, record)
+                                                         : std::vector<FieldChange>());
   }
 
   // The list is through: on to what it does not know.
@@ -401,8 +403,9 @@ class SceneWalk {
   void Unknown(Part part, const BaseList2D& element) {
     if (!held_[IndexOf(part)] || !out_.Wants(part) || met_.Has(IdOf(element))) return;
     out_.Add(part, ChangeKind::OnlyLeft, IdOf(element),
-             out_.TellsFields() ? OneSided(FieldsInScene(doc_, part, element), ChangeKind::OnlyLeft)
-                                : std::vector<FieldChange>());
+             out_.TellsFields(part, ChangeKind::OnlyLeft)
+                 ? OneSided(FieldsInScene(doc_, part, element), ChangeKind::OnlyLeft)
+                 : std::vector<FieldChange>());
   }
 
   const BaseDocument& doc_;

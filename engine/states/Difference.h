@@ -54,7 +54,8 @@ struct Difference {
 
 struct CompareOptions {
   Parts parts = AllParts();
-  // Of so many elements the fields are told; of the others, that they differ.
+  // Of so many elements of each part and kind of change the fields are told, whichever these are;
+  // of the others, that they differ.
   std::size_t mostFields = SIZE_MAX;
   // Of the scene: what the state says nothing of, in parts that it holds, counts as only there.
   bool unknown = true;
