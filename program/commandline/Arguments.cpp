@@ -81,6 +81,18 @@ Option& Option::Between(unsigned least, unsigned most) {
   return *this;
 }
 
+Option& Option::Offers(const char* word, const std::vector<std::string>& values) {
+  std::string type = std::string(word) + ":{";
+  for (const std::string& value : values) type += (value == values.front() ? "" : ",") + value;
+  option_->type_name(type + "}");
+  return *this;
+}
+
+Option& Option::Hidden() {
+  option_->group("");
+  return *this;
+}
+
 Option& Option::Excludes(const char* other) {
   option_->excludes(other);
   return *this;
@@ -191,9 +203,11 @@ void AddForce(Verb verb, Program& program) {
                "Replace a file that this command did not write, or a scene with Stagemarks");
 }
 
-void AddOnly(Verb verb, std::vector<std::string>& only) {
-  verb.Add("--only", only, "The Stagemarks that are meant; all of them without it")
+void AddOnly(Verb verb, std::vector<std::string>& only, const char* former) {
+  verb.Add("--only", only,
+           "The Stagemarks that are meant, by name or by a pattern with * and ?; all without it")
       .Word("STAGEMARK...");
+  if (former) verb.Add(former, only, "As --only").Word("STAGEMARK").Hidden().Excludes("--only");
 }
 
 }  // namespace commandline

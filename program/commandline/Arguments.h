@@ -41,6 +41,10 @@ class Option {
   // Refuses every other value. The help names them, and so does the completion of the shell.
   Option& OneOf(const std::vector<std::string>& values);
   Option& Between(unsigned least, unsigned most);
+  // Offered by the completion of the shell; other values are read as well.
+  Option& Offers(const char* word, const std::vector<std::string>& values);
+  // Read, but shown nowhere.
+  Option& Hidden();
   // Not together with that option, or only together with it.
   Option& Excludes(const char* other);
   Option& Needs(const char* other);
@@ -113,7 +117,8 @@ void AddKeeping(Verb verb, Program& program);
 void AddStrict(Verb verb, Program& program);
 // --force of a verb that writes files.
 void AddForce(Verb verb, Program& program);
-// --only NAME... of a verb that works on checked rows.
-void AddOnly(Verb verb, std::vector<std::string>& only);
+// --only, by which a verb that works on several Stagemarks is told which; they are names and
+// patterns for Session::ChooseMarks. `former`: a name that this option had in earlier versions.
+void AddOnly(Verb verb, std::vector<std::string>& only, const char* former = nullptr);
 
 }  // namespace commandline

@@ -134,7 +134,9 @@ std::vector<const CLI::Option*> Positionals(const CLI::App& verb) {
 }
 
 std::vector<const CLI::Option*> NamedOptions(const CLI::App& verb) {
-  return verb.get_options([](const CLI::Option* option) { return !option->get_positional(); });
+  return verb.get_options([](const CLI::Option* option) {
+    return !option->get_positional() && !option->get_group().empty();
+  });
 }
 
 // "OUT", "NAMES..." where several are taken.

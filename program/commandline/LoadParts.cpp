@@ -1,32 +1,20 @@
 #include "program/commandline/LoadParts.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace commandline {
 
 namespace {
 
-// By the labels of the dialog's options.
-constexpr std::pair<const char*, const char*> kParts[] = {
-    {"render-settings", "Render Settings"},
-    {"camera", "Active Camera"},
-    {"objects", "Objects"},
-    {"layers", "Layers"},
-    {"materials", "Materials"},
-    {"compositing", "Compositing Tags"},
-    {"render-tags", "Sketch Render Tags"},
-    {"style", "Sketch Style Tags"},
-    {"vray-compositing", "VRay Compositing Tags"},
-    {"vray-physical-camera", "VRay Physical Camera Tags"},
-    {"vray-camera-dome", "VRay Camera Dome Tags"},
-    {"mental-ray-camera", "Mental Ray Camera Tags"}};
+std::string WordOf(const std::string& option) {
+  const engine::PartRow* row = engine::FindPartByLabel(option);
+  return row ? row->word : option;
+}
 
-std::string PartOf(const std::string& option) {
-  for (const auto& [part, label] : kParts) {
-    if (option == label) return part;
-  }
-  return option;
+std::vector<std::string> AllWords() {
+  std::vector<std::string> words;
+  for (const engine::PartRow& row : engine::kPartRows) words.emplace_back(row.word);
+  return words;
 }
 
 bool Holds(const std::vector<std::string>& names, const std::string& name) {
@@ -38,23 +26,58 @@ bool IsWanted(const PartChoice& choice, const std::string& part, bool isOn) {
   return isOn && !Holds(choice.without, part);
 }
 
-}  // namespace
-
-std::vector<std::string> PartNames() {
-  std::vector<std::string> names;
-  for (const auto& [part, label] : kParts) names.emplace_back(part);
-  return names;
-}
-
-void AddParts(Verb verb, PartChoice& choice) {
-  Option parts = verb.Add("--parts", choice.parts,
-                          "Apply these only, whatever the options say, with commas between them");
-  Option without = verb.Add("--without", choice.without,
-                            "Apply all that the options say but these, with commas between them");
+void AddChoice(Verb verb, PartChoice& choice, const char* only, const char* butThese) {
+  Option parts = verb.Add("--parts", choice.parts, only);
+  Option without = verb.Add("--without", choice.without, butThese);
   for (Option* option : {&parts, &without}) {
-    option->Separated(',').OneWord().OneOf(PartNames()).Word("PARTS");
+    option->Separated(',').OneWord().OneOf(AllWords()).Word("PARTS");
   }
   without.Excludes("--parts");
+}
+
+}  // namespace
+
+void AddParts(Verb verb, PartChoice& choice) {
+  AddChoice(verb, choice, "Apply these only, whatever the options say, with commas between them",
+            "Apply all that the options say but these, with commas between them");
+}
+
+void AddPartsToShow(Verb verb, PartChoice& choice) {
+  AddChoice(verb, choice, "Look at these only, with commas between them",
+            "Look at all but these, with commas between them");
+}
+
+engine::Parts PartsToShow(const PartChoice& choice) {
+  engine::Parts parts;
+  for (const engine::PartRow& row : engine::kPartRows)
+    parts.set(engine::IndexOf(row.part), IsWanted(choice, row.word, true));
+  return parts;
+}
+
+engine::Parts PartsToLoad(Session& session, const PartChoice& choice) {
+  engine::Parts parts;
+  for (const auto& [option, isOn] : session.Dialog().Options()) {
+    if (const engine::PartRow* row = engine::FindPartByLabel(option))
+      parts.set(engine::IndexOf(row->part), IsWanted(choice, row->word, isOn));
+  }
+  return parts;
+}
+
+std::vector<std::string> WordsToLoad(Session& session, const PartChoice& choice) {
+  std::vector<std::string> words;
+  for (const auto& [option, isOn] : session.Dialog().Options()) {
+    if (IsWanted(choice, WordOf(option), isOn)) words.push_back(WordOf(option));
+  }
+  return words;
+}
+
+std::string PartsText(const PartChoice& choice, const std::vector<std::string>& applied) {
+  const bool only = !choice.parts.empty();
+  std::string text;
+  for (const std::string& part : only ? applied : choice.without)
+    text += (text.empty() ? "" : ", ") + part;
+  if (text.empty()) return "";
+  return only ? " (" + text + " only)" : " (without " + text + ")";
 }
 
 // The dialog reads its options from the document again when events are delivered, which must wait
@@ -62,8 +85,7 @@ void AddParts(Verb verb, PartChoice& choice) {
 PartsInUse::PartsInUse(Session& session, const PartChoice& choice)
     : session_(session), before_(*session.Document().GetDataInstance()) {
   for (const auto& [option, isOn] : session.Dialog().Options()) {
-    const bool wanted = IsWanted(choice, PartOf(option), isOn);
-    if (wanted) applied_.push_back(PartOf(option));
+    const bool wanted = IsWanted(choice, WordOf(option), isOn);
     if (wanted != isOn && session.Dialog().Choose(option)) toggled_.push_back(option);
   }
   touched_ = KeysThatDiffer(before_, *session.Document().GetDataInstance());

@@ -1,11 +1,12 @@
-// LoadParts: which kinds of recorded things one load applies, by short names for the dialog's
-// options. The choice is for that load only: the options are set before the dialog's button is
-// pressed and are as before afterwards, in the scene, too. Main thread.
+// LoadParts: which kinds of recorded things one load applies or a comparison looks at, by the words
+// of engine/states/RecordedParts.h. The choice is for that load only: the options are set before
+// the dialog's button is pressed and are as before afterwards, in the scene, too. Main thread.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "engine/states/RecordedParts.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 
@@ -16,10 +17,18 @@ struct PartChoice {
   std::vector<std::string> without;  // all that the options say but these
 };
 
-// All short names.
-std::vector<std::string> PartNames();
-// The options --parts and --without.
+// The options --parts and --without of a load, and of a verb that looks at what is recorded.
 void AddParts(Verb verb, PartChoice& choice);
+void AddPartsToShow(Verb verb, PartChoice& choice);
+
+// What is looked at, whatever the options say.
+engine::Parts PartsToShow(const PartChoice& choice);
+// What a load would apply: the dialog's options as they stand, but for the choice; the words in the
+// order of the dialog.
+engine::Parts PartsToLoad(Session& session, const PartChoice& choice);
+std::vector<std::string> WordsToLoad(Session& session, const PartChoice& choice);
+// " (camera, layers only)" where a choice was made; `applied`: the words of what counts.
+std::string PartsText(const PartChoice& choice, const std::vector<std::string>& applied);
 
 // Sets the dialog's options while this lives.
 class PartsInUse {
@@ -29,15 +38,11 @@ class PartsInUse {
   PartsInUse& operator=(const PartsInUse&) = delete;
   ~PartsInUse();
 
-  // The short names of what a load applies now.
-  const std::vector<std::string>& Applied() const { return applied_; }
-
  private:
   Session& session_;
   host::BaseContainer before_;        // the document's data
   std::vector<host::LONG> touched_;   // keys in it that setting the options changed
   std::vector<std::string> toggled_;  // options, as the dialog calls them
-  std::vector<std::string> applied_;
 };
 
 // Keys whose values differ between two containers, or that one of them lacks.

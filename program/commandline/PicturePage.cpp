@@ -97,32 +97,6 @@ find.addEventListener('input', update);
 sort.addEventListener('change', update);
 )js";
 
-std::string Escaped(const std::string& text) {
-  std::string escaped;
-  for (const char letter : ValidUtf8(text)) {
-    switch (letter) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      case '\'':
-        escaped += "&#39;";
-        break;
-      default:
-        escaped += static_cast<unsigned char>(letter) < 0x20 ? ' ' : letter;
-    }
-  }
-  return escaped;
-}
-
 // A file name as an address: every byte that is not plainly a letter or digit as its number (RFC 3986).
 std::string Address(const std::string& file) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
@@ -148,18 +122,18 @@ std::string Sortable(const std::string& date) {
 }
 
 std::string EntryText(const PageEntry& entry, std::size_t at) {
-  const std::string name = Escaped(entry.state.name);
+  const std::string name = HtmlText(entry.state.name);
   const std::string size = "width=\"" + std::to_string(entry.width) + "\" height=\"" +
                            std::to_string(entry.height) + "\"";
   std::string text = "<button class=\"state" + std::string(entry.state.current ? " current" : "") +
                      "\" data-name=\"" + name + "\" data-date=\"" +
-                     Escaped(Sortable(entry.state.date)) + "\" data-at=\"" + std::to_string(at) +
+                     HtmlText(Sortable(entry.state.date)) + "\" data-at=\"" + std::to_string(at) +
                      "\">";
   text += "<span class=\"plate\"><img loading=\"lazy\" " + size + " src=\"" + Address(entry.file) +
           "\" alt=\"\"></span>";
   text += "<span class=\"name\"><bdi title=\"" + name + "\">" + name + "</bdi>";
   if (entry.state.current) text += "<em>current</em>";
-  return text + "</span><span class=\"date\">" + Escaped(entry.state.date) + "</span></button>\n";
+  return text + "</span><span class=\"date\">" + HtmlText(entry.state.date) + "</span></button>\n";
 }
 
 }  // namespace
@@ -168,8 +142,9 @@ std::string MakePicturePage(const std::string& title, const std::string& subtitl
                             const std::vector<PageEntry>& entries) {
   std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";
   page += "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n";
-  page += "<title>" + Escaped(title) + "</title>\n<style>" + kStyle + "</style>\n</head>\n<body>\n";
-  page += "<header><div><h1><bdi>" + Escaped(title) + "</bdi></h1><p>" + Escaped(subtitle) +
+  page +=
+      "<title>" + HtmlText(title) + "</title>\n<style>" + kStyle + "</style>\n</head>\n<body>\n";
+  page += "<header><div><h1><bdi>" + HtmlText(title) + "</bdi></h1><p>" + HtmlText(subtitle) +
           "</p></div>\n";
   page +=
       "<div class=\"tools\"><input id=\"find\" type=\"search\" placeholder=\"Search names ( / )\" "

@@ -26,6 +26,26 @@ json JsonOf(const JsonMembers& members) {
   return object;
 }
 
+// The lines behind the first moved right.
+std::string Indented(const json& value, std::size_t columns) {
+  std::string text;
+  for (const char letter : Printed(value, 2)) {
+    text += letter;
+    if (letter == '\n') text.append(columns, ' ');
+  }
+  return text;
+}
+
+void PrintList(const JsonStream& stream) {
+  const char* before = "[\n    ";
+  bool isEmpty = true;
+  stream([&](const JsonMembers& members) {
+    std::cout << std::exchange(before, ",\n    ") << Indented(JsonOf(members), 4);
+    isEmpty = false;
+  });
+  std::cout << (isEmpty ? "[]" : "\n  ]");
+}
+
 void OpenClosedStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(stream, F_GETFD) >= 0) continue;
@@ -49,6 +69,20 @@ JsonValue::JsonValue(bool yes) : json_(std::make_shared<json>(yes)) {}
 
 JsonValue::JsonValue(std::int64_t number) : json_(std::make_shared<json>(number)) {}
 
+JsonValue JsonValue::Object(const JsonMembers& members) {
+  JsonValue value;
+  value.json_ = std::make_shared<json>(JsonOf(members));
+  return value;
+}
+
+JsonValue JsonValue::List(const std::vector<JsonValue>& values) {
+  json list = json::array();
+  for (const JsonValue& one : values) list.push_back(one.Json());
+  JsonValue value;
+  value.json_ = std::make_shared<json>(std::move(list));
+  return value;
+}
+
 Report::Report() : json_(std::make_unique<json>(json::object())) {}
 
 Report::~Report() = default;
@@ -65,9 +99,20 @@ void Report::Append(const char* key, const JsonMembers& members) {
   (*json_)[key].push_back(JsonOf(members));
 }
 
+void Report::PutStream(const char* key, JsonStream stream) {
+  (*json_)[key] = nullptr;
+  streams_[key] = std::move(stream);
+}
+
 void Report::Print(bool asJson) const {
   if (asJson) {
-    std::cout << Printed(*json_, 2) << '\n';
+    const char* before = "{\n  ";
+    for (const auto& [key, value] : json_->items()) {
+      std::cout << std::exchange(before, ",\n  ") << Printed(json(key), -1) << ": ";
+      const auto stream = streams_.find(key);
+      stream == streams_.end() ? void(std::cout << Indented(value, 2)) : PrintList(stream->second);
+    }
+    std::cout << (json_->empty() ? "{}\n" : "\n}\n");
     return;
   }
   for (const std::string& line : lines_) std::cout << line << '\n';
@@ -130,6 +175,32 @@ std::string ValidUtf8(const std::string& text) {
 std::string JsonText(std::string_view text) {
   const std::string quoted = Printed(json(text), -1);
   return quoted.substr(1, quoted.size() - 2);
+}
+
+std::string HtmlText(const std::string& text) {
+  std::string escaped;
+  for (const char letter : ValidUtf8(text)) {
+    switch (letter) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      case '\'':
+        escaped += "&#39;";
+        break;
+      default:
+        escaped += static_cast<unsigned char>(letter) < 0x20 ? ' ' : letter;
+    }
+  }
+  return escaped;
 }
 
 }  // namespace commandline

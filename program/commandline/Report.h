@@ -6,6 +6,8 @@
 #include <array>
 #include <concepts>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
 #include <streambuf>
@@ -31,6 +33,9 @@ class JsonValue {
   template <std::integral T>
   JsonValue(T number) : JsonValue(static_cast<std::int64_t>(number)) {}
 
+  static JsonValue Object(const std::vector<std::pair<std::string, JsonValue>>& members);
+  static JsonValue List(const std::vector<JsonValue>& values);
+
   const nlohmann::json& Json() const { return *json_; }
 
  private:
@@ -38,6 +43,8 @@ class JsonValue {
 };
 
 using JsonMembers = std::vector<std::pair<std::string, JsonValue>>;
+// Hands its argument one object after the other.
+using JsonStream = std::function<void(const std::function<void(const JsonMembers&)>&)>;
 
 class Report {
  public:
@@ -56,6 +63,8 @@ class Report {
   // A list of objects, empty until something is appended.
   void PutList(const char* key);
   void Append(const char* key, const JsonMembers& members);
+  // A list that is made while it is printed, because it may be very long.
+  void PutStream(const char* key, JsonStream stream);
 
   // Prints one of the two.
   void Print(bool asJson) const;
@@ -63,6 +72,7 @@ class Report {
  private:
   std::vector<std::string> lines_;
   std::unique_ptr<nlohmann::json> json_;
+  std::map<std::string, JsonStream> streams_;
 };
 
 // What std::cout writes to while it lives: the program's standard output, with the system's reason
@@ -98,6 +108,8 @@ class StandardOutput : public std::streambuf {
 std::string ValidUtf8(const std::string& text);
 // Text as JSON has it between quotation marks, without them.
 std::string JsonText(std::string_view text);
+// Text as a page for a browser has it between tags and in quotation marks.
+std::string HtmlText(const std::string& text);
 
 using outcome::Counted;
 using outcome::Listed;

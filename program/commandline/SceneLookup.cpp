@@ -1,12 +1,11 @@
 #include "program/commandline/SceneLookup.h"
 
-#include <fnmatch.h>
-
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <numeric>
 #include <tuple>
+#include <unordered_set>
 
 #include "engine/scene/TreeWalk.h"
 #include "program/commandline/Terminal.h"
@@ -22,29 +21,26 @@ namespace {
 
 constexpr std::size_t kCandidatesShown = 8;
 
-bool IsPattern(const std::string& typed) { return typed.find_first_of("*?") != std::string::npos; }
-
-// Only * and ? mean something: names of parts often hold brackets.
-std::string Escaped(const std::string& pattern) {
-  std::string escaped;
-  for (const char c : pattern) escaped += c == '[' ? std::string("[[]") : std::string(1, c);
-  return escaped;
+// Where the letter after the one at `at` begins.
+std::size_t NextLetter(std::string_view text, std::size_t at) {
+  do {
+    ++at;
+  } while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U);
+  return at;
 }
 
 // Something typed: a name or a path, plain or with * and ?.
 class Wanted {
  public:
-  explicit Wanted(const std::string& typed)
-      : typed_(typed), pattern_(IsPattern(typed) ? Escaped(typed) : "") {}
+  explicit Wanted(const std::string& typed) : typed_(typed), isPattern_(IsPattern(typed)) {}
 
-  bool Matches(const std::string& text, int flags) const {
-    return pattern_.empty() ? text == typed_
-                            : fnmatch(pattern_.c_str(), text.c_str(), FNM_NOESCAPE | flags) == 0;
+  bool Matches(std::string_view text) const {
+    return isPattern_ ? MatchesPattern(text, typed_) : text == typed_;
   }
 
  private:
-  std::string typed_;
-  std::string pattern_;
+  const std::string& typed_;
+  bool isPattern_;
 };
 
 bool IsPosition(const std::string& typed) {
@@ -65,7 +61,7 @@ Result<std::vector<BaseObject*>> ByPosition(const BaseDocument& doc, const std::
 }
 
 // A pattern is compared only where a path has as many slashes, so that a deep tree does not cost
-// its depth at each step.
+// its depth at each step; for the same reason no * stands for a slash.
 std::vector<BaseObject*> ByPath(const BaseDocument& doc, const std::string& typed) {
   const Wanted wanted(typed);
   const auto slashes = static_cast<std::size_t>(std::count(typed.begin(), typed.end(), '/'));
@@ -73,7 +69,7 @@ std::vector<BaseObject*> ByPath(const BaseDocument& doc, const std::string& type
   ObjectPaths paths;
   for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
     const std::string& path = paths.StepTo(*object);
-    if (paths.Slashes() == slashes && wanted.Matches(path, FNM_PATHNAME)) found.push_back(object);
+    if (paths.Slashes() == slashes && wanted.Matches(path)) found.push_back(object);
   }
   return found;
 }
@@ -82,7 +78,7 @@ std::vector<BaseObject*> ByName(const BaseDocument& doc, const std::string& type
   const Wanted wanted(typed);
   std::vector<BaseObject*> found;
   for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
-    if (wanted.Matches(object->GetName().ToUtf8(), 0)) found.push_back(object);
+    if (wanted.Matches(object->GetName().ToUtf8())) found.push_back(object);
   }
   return found;
 }
@@ -210,11 +206,68 @@ Result<std::vector<host::LayerObject*>> FindLayers(const BaseDocument& doc,
   const Wanted wanted(typed);
   auto* first = static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst());
   for (host::LayerObject* layer = first; layer; layer = NextInTree(layer)) {
-    if (wanted.Matches(layer->GetName().ToUtf8(), 0)) found.push_back(layer);
+    if (wanted.Matches(layer->GetName().ToUtf8())) found.push_back(layer);
   }
   if (found.empty() || !IsPattern(typed)) {
     const auto one = FindLayer(doc, typed);
     if (!one) return one.GetStatus();
+  }
+  return found;
+}
+
+bool IsPattern(const std::string& typed) { return typed.find_first_of("*?") != std::string::npos; }
+
+// Where it goes wrong behind a *, that one takes a letter more; no earlier one has to.
+bool MatchesPattern(std::string_view text, std::string_view pattern) {
+  std::size_t at = 0;
+  std::size_t typed = 0;
+  std::size_t star = std::string_view::npos;
+  std::size_t begin = 0;
+  while (at < text.size()) {
+    if (typed < pattern.size() && pattern[typed] == '*') {
+      star = typed++;
+      begin = at;
+    } else if (typed < pattern.size() && pattern[typed] == '?') {
+      ++typed;
+      at = NextLetter(text, at);
+    } else if (typed < pattern.size() && pattern[typed] == text[at]) {
+      ++typed;
+      ++at;
+    } else if (star != std::string_view::npos) {
+      typed = star + 1;
+      at = begin = NextLetter(text, begin);
+    } else {
+      return false;
+    }
+  }
+  return pattern.find_first_not_of('*', typed) == std::string_view::npos;
+}
+
+Result<std::vector<std::string>> FindMarks(const std::vector<std::string>& typed,
+                                           const std::vector<std::string>& known) {
+  const std::unordered_set<std::string> there(known.begin(), known.end());
+  std::unordered_set<std::string> met;
+  std::vector<std::string> found;
+  const auto add = [&](const std::string& name) {
+    if (met.insert(name).second) found.push_back(name);
+  };
+  for (const std::string& name : typed) {
+    if (there.count(name) > 0) {
+      add(name);
+      continue;
+    }
+    bool isMeant = false;
+    for (const std::string& other : known) {
+      if (!IsPattern(name) || !MatchesPattern(other, name)) continue;
+      isMeant = true;
+      add(other);
+    }
+    if (isMeant) continue;
+    const std::string near = DidYouMean(name, known);
+    return Result<std::vector<std::string>>::Failure(
+        (IsPattern(name) ? "No Stagemark of this scene matches \"" + Shown(name) + "\"."
+                         : "There is no Stagemark \"" + Shown(name) + "\" in this scene.") +
+        (near.empty() ? " `stagemarks list SCENE` shows those there are." : near));
   }
   return found;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/core/Result.h"
@@ -47,6 +48,15 @@ engine::Result<host::LayerObject*> FindLayer(const host::BaseDocument& doc,
 // Every layer that a name or a pattern matches, at least one.
 engine::Result<std::vector<host::LayerObject*>> FindLayers(const host::BaseDocument& doc,
                                                            const std::string& typed);
+
+// Whether something typed has a * for any text or a ? for one letter, and what such a pattern means.
+bool IsPattern(const std::string& typed);
+bool MatchesPattern(std::string_view text, std::string_view pattern);
+// The names of Stagemarks among `known` that are meant by names and patterns, in the order typed,
+// those of a pattern in the order of `known`, each once. A name that is there stands for itself,
+// whatever letters it has. A failure says what means none of them.
+engine::Result<std::vector<std::string>> FindMarks(const std::vector<std::string>& typed,
+                                                   const std::vector<std::string>& known);
 
 // Those of `known` that are close to `name`, the closest first, at most three.
 std::vector<std::string> NamesLike(const std::string& name, const std::vector<std::string>& known);

@@ -1,7 +1,7 @@
 #include "program/commandline/Session.h"
 
 #include <filesystem>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "engine/application/ProgramPlaces.h"
 #include "engine/import/Import.h"
@@ -129,36 +129,78 @@ int Session::Open(const std::string& path) {
   return kDone;
 }
 
-int Session::RequireMarks(const std::vector<std::string>& names) {
-  std::unordered_set<std::string> known;
-  for (Mark& mark : dialog_->Marks()) known.insert(std::move(mark.name));
-  for (const std::string& name : names) {
-    if (known.count(name) > 0) continue;
-    SayUnknown(name);
+int Session::ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names) {
+  std::vector<std::string> known;
+  for (Mark& mark : dialog_->Marks()) known.push_back(std::move(mark.name));
+  if (typed.empty()) {
+    names = std::move(known);
+    return kDone;
+  }
+  auto found = FindMarks(typed, known);
+  if (!found) program_.terminal.Error(found.Message());
+  if (!found) return kUsage;
+  names = found.Take();
+  return kDone;
+}
+
+int Session::ChooseMark(const std::string& typed, std::string& name) {
+  std::vector<std::string> names;
+  if (const int status = ChooseMarks({typed}, names); status != kDone) return status;
+  if (names.size() > 1) {
+    program_.terminal.Error("\"" + Shown(typed) + "\" means " + Listed(names) +
+                            ", and here one Stagemark is needed. Give one of these names.");
     return kUsage;
+  }
+  name = names.front();
+  return kDone;
+}
+
+int Session::RefuseUnrecorded(const std::string& name) {
+  program_.terminal.Error("The Stagemark " + Listed({name}) +
+                          " stands in the list, but nothing of it is recorded. `stagemarks check "
+                          "SCENE` says more.");
+  return kFailed;
+}
+
+int Session::ReadMarks(const std::vector<std::string>& typed,
+                       std::vector<engine::StoredState>& states) {
+  std::vector<std::string> names;
+  if (const int status = ChooseMarks(typed, names); status != kDone) return status;
+  std::unordered_multimap<std::string, engine::StoredState> stored;
+  for (engine::StoredState& state : engine::ReadStates(Document())) {
+    std::string name = state.name;
+    if (state.hasRecord) stored.emplace(std::move(name), std::move(state));
+  }
+  for (const std::string& name : names) {
+    const auto [begin, end] = stored.equal_range(name);
+    if (begin == end && !typed.empty()) return RefuseUnrecorded(name);
+    for (auto found = begin; found != end; ++found) states.push_back(std::move(found->second));
+    stored.erase(begin, end);
   }
   return kDone;
 }
 
-void Session::SayUnknown(const std::string& name) {
-  std::vector<std::string> known;
-  for (Mark& mark : dialog_->Marks()) known.push_back(std::move(mark.name));
-  const std::string near = DidYouMean(name, known);
-  program_.terminal.Error(
-      "There is no Stagemark \"" + name + "\" in this scene." +
-      (near.empty() ? " `stagemarks list SCENE` shows those there are." : near));
+int Session::ReadMark(const std::string& typed, engine::StoredState& state) {
+  std::string name;
+  if (const int status = ChooseMark(typed, name); status != kDone) return status;
+  const std::vector<engine::StoredState> states = engine::ReadStates(Document());
+  const engine::StoredState* found = engine::FindState(Document(), states, name);
+  if (!found || !found->hasRecord) return RefuseUnrecorded(name);
+  state = *found;
+  return kDone;
 }
 
-int Session::Check(const std::vector<std::string>& names) {
-  if (const int status = RequireMarks(names); status != kDone) return status;
-  if (dialog_->Marks().empty()) {
+int Session::Check(const std::vector<std::string>& typed) {
+  std::vector<std::string> names;
+  if (const int status = ChooseMarks(typed, names); status != kDone) return status;
+  if (names.empty()) {
     program_.terminal.Error(
         "There are no Stagemarks in this scene. `stagemarks record SCENE NAME --write` records "
         "one.");
     return kFailed;
   }
   const bool checked =
-      names.empty() ? dialog_->Choose(pictures::kCheckAll) : dialog_->CheckOnly(names);
+      typed.empty() ? dialog_->Choose(pictures::kCheckAll) : dialog_->CheckOnly(names);
   if (!checked) program_.terminal.Error("The rows could not be checked.");
   return checked ? kDone : kFailed;
 }

@@ -9,6 +9,7 @@
 
 #include "engine/application/Application.h"
 #include "engine/outside/SystemServices.h"
+#include "engine/states/StoredStates.h"
 #include "program/commandline/DeferredFileSystem.h"
 #include "program/commandline/Program.h"
 #include "program/commandline/Report.h"
@@ -52,12 +53,17 @@ class Session {
   host::BaseDocument& Document() { return *host::GetActiveDocument(); }
   Program& GetProgram() { return program_; }
 
-  // An unknown Stagemark is refused here, with the names that come close: the dialog would take it
-  // for the first one.
-  int RequireMarks(const std::vector<std::string>& names);
-  // Checks exactly the rows of these names, all rows where there are none; a scene without
-  // Stagemarks is refused.
-  int Check(const std::vector<std::string>& names);
+  // The Stagemarks that are meant by what was typed, as FindMarks of SceneLookup.h says; all where
+  // nothing was. An unknown one is refused here, with the names that come close: the dialog would
+  // take it for the first one.
+  int ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names);
+  // The one that is meant; a pattern that means several is refused.
+  int ChooseMark(const std::string& typed, std::string& name);
+  // The same, as they are stored in the document; one without a record is refused.
+  int ReadMarks(const std::vector<std::string>& typed, std::vector<engine::StoredState>& states);
+  int ReadMark(const std::string& typed, engine::StoredState& state);
+  // Checks exactly the rows that are meant; a scene without Stagemarks is refused.
+  int Check(const std::vector<std::string>& typed);
   // Names the textures that pictures of the scene lack, on the terminal and as "missingTextures" in
   // the report. With --strict one of them is enough for kFailed; then a program has got the report.
   int CheckTextures(Report& report);
@@ -75,7 +81,7 @@ class Session {
   int LoadPlugin();
   int LockScene();
   engine::Status CheckAgain(const std::string& target, std::size_t refused);
-  void SayUnknown(const std::string& name);
+  int RefuseUnrecorded(const std::string& name);
   // Where -o or --write say that the scene goes, absolute; empty for nowhere.
   std::string Target() const;
   int Write(const std::string& target, Report& report);

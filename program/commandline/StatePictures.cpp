@@ -1,7 +1,7 @@
 #include "program/commandline/StatePictures.h"
 
-#include <algorithm>
 #include <cstdio>
+#include <unordered_map>
 
 #include "engine/render/Renderer.h"
 #include "host/Host.h"
@@ -48,19 +48,12 @@ int StatePictures::Fail(const std::string& why) {
   return kFailed;
 }
 
-int StatePictures::Choose(const std::vector<std::string>& names) {
-  const std::vector<Mark> all = session_.Dialog().Marks();
-  for (const std::string& name : names) {
-    if (std::count(names.begin(), names.end(), name) > 1) {
-      session_.GetProgram().terminal.Error("The Stagemark " + Listed({name}) +
-                                           " is named more than once.");
-      return kUsage;
-    }
-    if (const int status = session_.RequireMarks({name}); status != kDone) return status;
-    states_.push_back(
-        *std::find_if(all.begin(), all.end(), [&](const Mark& mark) { return mark.name == name; }));
-  }
-  if (names.empty()) states_ = all;
+int StatePictures::Choose(const std::vector<std::string>& typed) {
+  std::vector<std::string> names;
+  if (const int status = session_.ChooseMarks(typed, names); status != kDone) return status;
+  std::unordered_map<std::string, Mark> marks;
+  for (Mark& mark : session_.Dialog().Marks()) marks.emplace(mark.name, mark);
+  for (const std::string& name : names) states_.push_back(marks.at(name));
   asItIs_ = states_.empty();
   if (asItIs_) states_.emplace_back();
   return kDone;

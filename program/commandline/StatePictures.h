@@ -40,9 +40,9 @@ class StatePictures {
   // `threads`: 0 one for each core.
   StatePictures(Session& session, unsigned threads) : session_(session), threads_(threads) {}
 
-  // The states with these names, or all of them; a scene without any gives one without a name,
-  // which stands for the scene as it is. Unknown names answer kUsage.
-  int Choose(const std::vector<std::string>& names);
+  // The states that are meant, all where nothing is typed; a scene without any gives one without a
+  // name, which stands for the scene as it is. Unknown names answer kUsage.
+  int Choose(const std::vector<std::string>& typed);
   // In the order chosen; the current one as it was before anything was recalled.
   const std::vector<Mark>& States() const { return states_; }
   bool AsItIs() const { return asItIs_; }

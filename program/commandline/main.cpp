@@ -47,10 +47,10 @@ void AddGroup(Arguments& arguments, Program& program, const char* title,
 void AddVerbs(Arguments& arguments, Program& program) {
   AddGroup(arguments, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet});
   AddGroup(arguments, program, "Stagemarks",
-           {AddRecord, AddList, AddLoad, AddRename, AddDelete, AddDeleteAll, AddOptions});
+           {AddRecord, AddList, AddShow, AddDiff, AddMatrix, AddCheck, AddLoad, AddRename,
+            AddDelete, AddDeleteAll, AddOptions});
   AddGroup(arguments, program, "Many Stagemarks at once",
-           {AddCheck, AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera,
-            AddCleanMaterials});
+           {AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
   AddGroup(arguments, program, "Files and pictures", {AddExport, AddRender, AddSheet, AddDemo});
 }
 

@@ -45,9 +45,8 @@ const struct {
   int status;
   const char* says;
 } kCalls[] = {
-    {{"check"}, 0, "2 Stagemarks checked."},
-    {{"check", "--only", "Night"}, 0, "1 Stagemark checked."},
-    {{"check", "--only", "Nigth"}, 2, "Did you mean \"Night\"?"},
+    {{"list", "--only", "Night"}, 0, "1 Stagemark meant, marked with a cross."},
+    {{"list", "--only", "Nigth"}, 2, "Did you mean \"Night\"?"},
     {{"update"}, 0, "Brought \"Day\" and \"Night\" up to date."},
     {{"update", "--only", "Night"}, 0, "Nothing in the scene was new to \"Night\"."},
     {{"update", "--only", "Day", "Dusk"}, 2, "There is no Stagemark \"Dusk\""},
@@ -106,7 +105,7 @@ TEST_F(BulkVerbs, EachSaysWhatItDid) {
 TEST_F(BulkVerbs, ASceneWithoutStagemarksHasNothingToEdit) {
   const std::string scene = Spider();
   for (const auto& arguments :
-       std::vector<std::vector<std::string>>{{"check", scene},
+       std::vector<std::vector<std::string>>{{"matrix", scene},
                                              {"update", scene, "--write"},
                                              {"set-objects", scene, "*", "--write"},
                                              {"clean-materials", scene, "--write"},

@@ -143,7 +143,7 @@ TEST_F(Pictures, TwoOfOneNameAreRefusedBeforeAnyIsRendered) {
   } kRows[] = {
       {{"Night", "night"}, "{state}.png", "differ in upper and lower case only"},
       {{"n/t", "n:t"}, "{state}.png", "because what a file's name cannot hold is replaced in it"},
-      {{"Night", "Night"}, "{state}.png", "The Stagemark \"Night\" is named more than once."},
+      {{"Night", "nigh?"}, "{state}.png", "differ in upper and lower case only"},
       {{"Night", "n/t"}, "{scene}.png", "Put {state} into the pattern"},
       {{"Night", "n/t"}, "same.tif", "Put {state} into the pattern"},
       {{}, "{state}.png", "is replaced in it"},

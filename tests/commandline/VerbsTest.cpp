@@ -88,7 +88,7 @@ TEST_F(CommandLine, LoadTellsWhatItChanged) {
                                       {"renderSettings", false},
                                       {"sceneCamera", false}}));
   EXPECT_FALSE(Json({"load", scene, "Night"})["changed"]);
-  const std::string told = Out({"load", scene, "Day", "-v"});
+  const std::string told = Out({"load", scene, "Day", "-v", "-o", Scene("day.c4d")});
   EXPECT_NE(told.find("It changed 21 objects.\n"), std::string::npos) << told;
   EXPECT_NE(told.find("  object \"Kopf2\" render off -> default\n"), std::string::npos) << told;
 }

@@ -81,7 +81,7 @@ void AddUpdate(Arguments& arguments, Program& program) {
          "What a Stagemark holds already stays as it is.\n\n"
          "Examples:\n"
          "  stagemarks update room.c4d --write\n"
-         "  stagemarks update room.c4d --only Day Night -o room2.c4d");
+         "  stagemarks update room.c4d --only Day \"Night*\" -o room2.c4d");
 }
 
 void AddSetObjects(Arguments& arguments, Program& program) {

@@ -1,6 +1,4 @@
 // The verbs delete and delete-all.
-#include <algorithm>
-
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
 #include "program/pictures/DialogLabels.h"
@@ -21,12 +19,11 @@ bool PressDelete(Session& session, const Names& names) {
   return dialog.CheckOnly(names) && dialog.Choose(pictures::kDeleteChecked);
 }
 
-int RunDelete(Program& program, Names names) {
+int RunDelete(Program& program, const Names& typed) {
   Session session(program);
-  std::sort(names.begin(), names.end());
-  names.erase(std::unique(names.begin(), names.end()), names.end());
+  Names names;
   if (const int status = session.StartWithScene(); status != kDone) return status;
-  if (const int status = session.RequireMarks(names); status != kDone) return status;
+  if (const int status = session.ChooseMarks(typed, names); status != kDone) return status;
   session.HoldSideFiles();
   const std::size_t before = session.Dialog().Marks().size();
   PressDelete(session, names);
@@ -67,13 +64,15 @@ void AddDelete(Arguments& arguments, Program& program) {
   Verb verb = arguments.AddVerb("delete", "Delete Stagemarks, with their preview images");
   AddScene(verb, program);
   auto names = std::make_shared<Names>();
-  verb.Add("STAGEMARKS", *names, "Names of those to delete").Required();
+  verb.Add("STAGEMARKS", *names, "Those to delete, by name or by a pattern with * and ?")
+      .Required();
   AddKeeping(verb, program);
   verb.Footer(
       "It asks before it deletes; where nobody can be asked nothing is deleted unless --yes is "
       "given.\n\n"
-      "Example:\n"
-      "  stagemarks delete room.c4d Day \"Night, rainy\" --yes --write");
+      "Examples:\n"
+      "  stagemarks delete room.c4d Day \"Night, rainy\" --yes --write\n"
+      "  stagemarks delete room.c4d \"shot_0*\" --write");
   verb.Does([&program, names] { return RunDelete(program, *names); });
 }
 

@@ -103,7 +103,7 @@ void AddExport(Arguments& arguments, Program& program) {
       "exit status 1.\n\n"
       "Examples:\n"
       "  stagemarks export room.c4d --layout project --to out\n"
-      "  stagemarks export room.c4d --layout file --to out --only Day Night --frames 0:90");
+      "  stagemarks export room.c4d --layout file --to out --only \"shot_0*\" --frames 0:90");
   verb.Does([&program, choices] { return RunExport(program, *choices); });
 }
 

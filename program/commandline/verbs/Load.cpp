@@ -1,6 +1,7 @@
 
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
+#include "program/commandline/ChangeLists.h"
 #include "program/commandline/LoadParts.h"
 #include "program/pictures/DialogLabels.h"
 
@@ -12,18 +13,9 @@ constexpr std::size_t kMostTold = 24;  // elements of which --verbose tells what
 
 struct LoadOptions {
   std::string name;
+  bool dryRun = false;
   PartChoice parts;
 };
-
-// " (camera, layers only)" where a choice was made for this load.
-std::string PartsText(const PartChoice& choice, const std::vector<std::string>& applied) {
-  const bool only = !choice.parts.empty();
-  std::string text;
-  for (const std::string& part : only ? applied : choice.without)
-    text += (text.empty() ? "" : ", ") + part;
-  if (text.empty()) return "";
-  return only ? " (" + text + " only)" : " (without " + text + ")";
-}
 
 // "19 objects, 2 tags and the scene camera".
 std::string ChangesText(const engine::StepDifference& changes) {
@@ -44,7 +36,7 @@ std::string ChangesText(const engine::StepDifference& changes) {
   return text;
 }
 
-void Describe(const engine::StepDifference& changes, bool verbose, Report& report) {
+void PutCounts(const engine::StepDifference& changes, Report& report) {
   report.Put("changed", !changes.IsEmpty());
   report.PutObject("changes",
                    {{"objects", changes.objects},
@@ -52,6 +44,10 @@ void Describe(const engine::StepDifference& changes, bool verbose, Report& repor
                     {"layers", changes.layers},
                     {"renderSettings", changes.renderSettings > 0 || changes.activeSettings},
                     {"sceneCamera", changes.sceneCamera}});
+}
+
+void Describe(const engine::StepDifference& changes, bool verbose, Report& report) {
+  PutCounts(changes, report);
   if (!verbose) return;
   for (const std::string& line : changes.lines) report.Line("  " + Readable(line));
   const std::size_t elements =
@@ -61,14 +57,12 @@ void Describe(const engine::StepDifference& changes, bool verbose, Report& repor
 }
 
 // kDone, with what it changed; it says why not.
-int LoadMark(Session& session, const LoadOptions& options, engine::StepDifference& changes,
-             std::vector<std::string>& applied) {
+int LoadMark(Session& session, const LoadOptions& options, engine::StepDifference& changes) {
   Terminal& terminal = session.GetProgram().terminal;
   const std::string& name = options.name;
   const engine::UndoScope step(session.Document(), "Load " + name);
   {
     const PartsInUse parts(session, options.parts);
-    applied = parts.Applied();
     if (!session.Dialog().Select(name) || !session.Dialog().Press(pictures::kLoad)) {
       terminal.Error("\"" + name + "\" was not loaded.");
       return kFailed;
@@ -84,23 +78,142 @@ int LoadMark(Session& session, const LoadOptions& options, engine::StepDifferenc
   return kDone;
 }
 
-int RunLoad(Program& program, const LoadOptions& options) {
-  Session session(program);
-  if (const int status = session.StartWithScene(); status != kDone) return status;
-  if (const int status = session.RequireMarks({options.name}); status != kDone) return status;
-  Report report;
-  if (const int status = session.CheckTextures(report); status != kDone) return status;
+int LoadAndKeep(Session& session, const LoadOptions& options, Report& report) {
+  const auto applied = WordsToLoad(session, options.parts);
   engine::StepDifference changes;
-  std::vector<std::string> applied;
-  if (const int status = LoadMark(session, options, changes, applied); status != kDone)
-    return status;
+  if (const int status = LoadMark(session, options, changes); status != kDone) return status;
   report.Put("loaded", options.name);
   report.Put("parts", applied);
   report.Line("Loaded " + Listed({options.name}) + PartsText(options.parts, applied) + ". " +
               (changes.IsEmpty() ? "The scene was in that state already."
                                  : "It changed " + ChangesText(changes) + "."));
-  Describe(changes, program.verbose, report);
+  Describe(changes, session.GetProgram().verbose, report);
   return session.Keep(report);
+}
+
+// What loading would do, computed from what is recorded: nothing is loaded.
+class DryRun {
+ public:
+  DryRun(Session& session, const LoadOptions& options, const engine::StoredState& state)
+      : session_(session),
+        options_(options),
+        doc_(session.Document()),
+        sides_{doc_, doc_, "the scene", Listed({state.name}), session.GetProgram().verbose} {
+    const Program& program = session.GetProgram();
+    engine::CompareOptions compare;
+    compare.parts = PartsToLoad(session, options.parts);
+    if (!program.verbose && !program.json) compare.mostFields = kMostListed;
+    found_ = engine::CompareWithScene(doc_, state.record, compare);
+    const auto lost = engine::FindLost(doc_, engine::ReadStates(doc_), found_);
+    SetApart(lost);
+  }
+
+  void Describe(Report& report) {
+    const auto applied = WordsToLoad(session_, options_.parts);
+    const engine::StepDifference counts = Counts();
+    report.Put("loaded", JsonValue());
+    report.Put("wouldLoad", options_.name);
+    report.Put("parts", applied);
+    PutCounts(counts, report);
+    PutChanges(sides_, changes_, report);
+    report.Put("unknown", unknown_);
+    report.PutStream("lost", [this](const auto& append) {
+      for (const engine::ElementChange& change : lost_.changes) append(MembersOf(sides_, change));
+    });
+    report.Line("Loading " + Listed({options_.name}) + PartsText(options_.parts, applied) + " " +
+                (counts.IsEmpty() ? "would change nothing: the scene is in that state already."
+                                  : "would change " + ChangesText(counts) + "."));
+    AddLines(report);
+  }
+
+ private:
+  // Changes from what the state knows nothing of, and once more those that are final.
+  void SetApart(const std::vector<std::size_t>& lost) {
+    for (const std::size_t at : lost) lost_.changes.push_back(found_.changes[at]);
+    unknown_ = std::erase_if(found_.changes, [](const engine::ElementChange& change) {
+      return change.kind != engine::ChangeKind::Changed;
+    });
+    for (engine::PartCount& count : found_.counts) count.onlyLeft = 0;
+    changes_ = std::move(found_);
+  }
+
+  engine::StepDifference Counts() const {
+    engine::StepDifference counts;
+    for (const engine::PartRow& row : engine::kPartRows) {
+      const std::size_t count = changes_.Of(row.part).changed;
+      if (row.tagType != 0) counts.tags += count;
+      if (row.part == engine::Part::Objects) counts.objects = count;
+      if (row.part == engine::Part::Layers) counts.layers = count;
+      if (row.part == engine::Part::RenderSettings) counts.renderSettings = count;
+      if (row.part == engine::Part::Camera) counts.sceneCamera = count > 0;
+    }
+    return counts;
+  }
+
+  // What the scene has now; false when not all of it is listed.
+  bool AddLost(Report& report) const {
+    if (lost_.changes.empty()) return true;
+    std::vector<ListRow> rows;
+    std::size_t listed = 0;
+    for (const engine::ElementChange& change : lost_.changes) {
+      if (!sides_.whole && (listed == kMostListed || change.fields.empty())) continue;
+      ++listed;
+      AppendValuesLeft(sides_, change, rows);
+    }
+    report.Line("");
+    report.Line(
+        Colored(Color::Yellow, "Will be lost") + ": " + Counted(lost_.changes.size(), "element") +
+        (lost_.changes.size() == 1 ? " is" : " are") + " in no Stagemark as the scene has " +
+        (lost_.changes.size() == 1 ? "it" : "them") + " now");
+    AddRows(rows, sides_.whole, report);
+    if (listed == lost_.changes.size()) return true;
+    report.Line("  and " + std::to_string(lost_.changes.size() - listed) + " more");
+    return false;
+  }
+
+  void AddLines(Report& report) {
+    bool isWhole = AddChanges(sides_, changes_, report);
+    isWhole = AddLost(report) && isWhole;
+    if (unknown_ > 0) {
+      report.Line("");
+      report.Line(Counted(unknown_, "element") + " of the scene would stay as " +
+                  (unknown_ == 1 ? "it is" : "they are") + ": " + sides_.right +
+                  (unknown_ == 1 ? " does not know it." : " does not know them."));
+    }
+    if (!isWhole) report.Line("\n-v lists everything.");
+  }
+
+  Session& session_;
+  const LoadOptions& options_;
+  const host::BaseDocument& doc_;
+  Sides sides_;
+  engine::Difference found_;
+  engine::Difference changes_;
+  engine::Difference lost_;
+  std::size_t unknown_ = 0;
+};
+
+int TellWhatLoadWouldDo(Session& session, const LoadOptions& options, Report& report) {
+  engine::StoredState state;
+  if (const int status = session.ReadMark(options.name, state); status != kDone) return status;
+  DryRun dryRun(session, options, state);
+  dryRun.Describe(report);
+  if (!options.dryRun) return session.Keep(report);
+  report.Put("written", JsonValue());
+  report.Print(session.GetProgram().json);
+  return kDone;
+}
+
+int RunLoad(Program& program, LoadOptions options) {
+  Session session(program);
+  if (const int status = session.StartWithScene(); status != kDone) return status;
+  const std::string typed = options.name;
+  if (const int status = session.ChooseMark(typed, options.name); status != kDone) return status;
+  Report report;
+  if (const int status = session.CheckTextures(report); status != kDone) return status;
+  const bool keeps = program.write || !program.output.empty();
+  return options.dryRun || !keeps ? TellWhatLoadWouldDo(session, options, report)
+                                  : LoadAndKeep(session, options, report);
 }
 
 }  // namespace
@@ -109,14 +222,21 @@ void AddLoad(Arguments& arguments, Program& program) {
   Verb verb = arguments.AddVerb("load", "Bring the scene back into a recorded state");
   AddScene(verb, program);
   auto options = std::make_shared<LoadOptions>();
-  verb.Add("STAGEMARK", options->name, "Its name").Required();
+  verb.Add("STAGEMARK", options->name, "Its name, or a pattern that means it alone").Required();
   AddParts(verb, options->parts);
   AddStrict(verb, program);
   AddKeeping(verb, program);
+  verb.AddFlag("-n,--dry-run", options->dryRun,
+               "Say what would change and what would be lost; load and write nothing")
+      .Excludes("--write")
+      .Excludes("--output");
   verb.Footer(
+      "Without --write and -o it is a dry run, too. \"Will be lost\" is what the scene holds now, "
+      "loading changes, and no Stagemark has recorded.\n"
       "--parts and --without are for this load only: neither the scene nor your preferences keep "
       "them.\n\n"
       "Examples:\n"
+      "  stagemarks load room.c4d Day --dry-run\n"
       "  stagemarks load room.c4d Day --write\n"
       "  stagemarks load room.c4d Day --parts camera,layers --write\n"
       "  stagemarks load room.c4d Day -o day.c4d");

@@ -7,10 +7,11 @@ namespace commandline {
 
 namespace {
 
-int RunRename(Program& program, const std::string& from, const std::string& to) {
+int RunRename(Program& program, const std::string& typed, const std::string& to) {
   Session session(program);
+  std::string from;
   if (const int status = session.StartWithScene(); status != kDone) return status;
-  if (const int status = session.RequireMarks({from}); status != kDone) return status;
+  if (const int status = session.ChooseMark(typed, from); status != kDone) return status;
   StagemarksDialog& dialog = session.Dialog();
   if (from != to && dialog.Has(to)) {
     program.terminal.Error("There is a Stagemark \"" + to +
@@ -41,7 +42,7 @@ void AddRename(Arguments& arguments, Program& program) {
     std::string to;
   };
   auto names = std::make_shared<Names>();
-  verb.Add("OLD", names->from, "Its name now").Required();
+  verb.Add("OLD", names->from, "Its name now, or a pattern that means it alone").Required();
   verb.Add("NEW", names->to, "Its new name").Required();
   AddKeeping(verb, program);
   verb.Footer(

@@ -220,9 +220,9 @@ void AddRender(Arguments& arguments, Program& program) {
   Verb verb = arguments.AddVerb("render", "Render a picture of each state");
   AddScene(verb, program);
   auto options = std::make_shared<RenderOptions>();
-  verb.Add("--state", options->states, "Name of a Stagemark to render; may be given several times")
-      .Word("STAGEMARK");
-  verb.AddFlag("--all", options->all, "Render every Stagemark, as without --state")
+  AddOnly(verb, options->states, "--state");
+  verb.AddFlag("--all", options->all, "Render every Stagemark, as without --only")
+      .Excludes("--only")
       .Excludes("--state");
   verb.Add("-o,--output", program.output,
            "File names, ending in .png or .tif, with {scene}, {state}, {camera} and {frame}")
@@ -243,7 +243,8 @@ void AddRender(Arguments& arguments, Program& program) {
       "replaced, other files are not.\n\n"
       "Examples:\n"
       "  stagemarks render room.c4d\n"
-      "  stagemarks render room.c4d --state Evening -o \"pictures/{scene} {camera} {frame}.tif\" "
+      "  stagemarks render room.c4d --only \"shot_0*\" -o \"pictures/{scene} {camera} "
+      "{frame}.tif\" "
       "--size 640x360");
   verb.Does([&program, options] { return RenderVerb(program, *options).Run(); });
 }

@@ -56,8 +56,7 @@ void AddSheet(Arguments& arguments, Program& program) {
   verb.Add("-o,--output", program.output, "The sheet, ending in .png or .tif")
       .Word("FILE")
       .Default("{scene} sheet.png");
-  verb.Add("--state", options->states, "Only this Stagemark; may be given several times")
-      .Word("STAGEMARK");
+  AddOnly(verb, options->states, "--state");
   const Option html =
       verb.Add("--html", options->folder,
                "Write a page with search into this folder, the sheet's name by default")
@@ -72,7 +71,7 @@ void AddSheet(Arguments& arguments, Program& program) {
       "Sheets and pages of an earlier `sheet` are replaced, other files are not.\n\n"
       "Examples:\n"
       "  stagemarks sheet room.c4d -o sheet.png\n"
-      "  stagemarks sheet room.c4d --html pictures");
+      "  stagemarks sheet room.c4d --only \"shot_0*\" --html pictures");
   verb.Does([&program, options, html] {
     options->html = html.IsGiven();
     return RunSheet(program, *options);

@@ -1,0 +1,267 @@
+#include "program/commandline/ChangeLists.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "engine/dialog/TextArea.h"
+#include "engine/states/FieldText.h"
+#include "program/commandline/Terminal.h"
+
+namespace commandline {
+
+using engine::ChangeKind;
+using engine::Difference;
+using engine::ElementChange;
+using engine::FieldChange;
+
+namespace {
+
+constexpr std::size_t kLabel = 26;
+constexpr std::size_t kWidestField = 22;
+constexpr std::size_t kWidestWhole = 60;  // column of elements where nothing is shortened
+constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max() / 2;
+
+const host::BaseDocument& DocOf(const Sides& sides, const ElementChange& change) {
+  return change.kind == ChangeKind::OnlyRight ? sides.rightDoc : sides.leftDoc;
+}
+
+const char* WordOf(ChangeKind kind) {
+  return kind == ChangeKind::Changed    ? "changed"
+         : kind == ChangeKind::OnlyLeft ? "onlyLeft"
+                                        : "onlyRight";
+}
+
+std::string ShortValue(const std::string& value, std::size_t width) {
+  return width == kUnlimited
+             ? engine::Printable(value)
+             : engine::Shortened(engine::Printable(value), std::max(width, kMostListed));
+}
+
+std::string LabelOf(const Sides& sides, const ElementChange& change, const FieldChange& field) {
+  if (change.part == engine::Part::Camera) return "";
+  return engine::FieldLabel(engine::TypeForFields(DocOf(sides, change), change), field.field);
+}
+
+// "only in "Day" (Camera)".
+std::string OnlyText(const Sides& sides, const ElementChange& change) {
+  const std::string kind = engine::ElementKind(DocOf(sides, change), change.element);
+  return "only in " + (change.kind == ChangeKind::OnlyLeft ? sides.left : sides.right) +
+         (kind.empty() ? "" : " (" + engine::Printable(kind) + ")");
+}
+
+// So many values as are listed of an element, each by `text`.
+template <class Text>
+void AppendValues(const Sides& sides, const ElementChange& change, const Text& text,
+                  std::vector<ListRow>& rows) {
+  const std::string place = PlaceOf(sides, change);
+  const std::size_t most = sides.whole ? kUnlimited : kMostValues;
+  for (std::size_t i = 0; i < change.fields.size(); ++i) {
+    if (i == most) {
+      rows.push_back({place, "", "and " + Counted(change.fields.size() - most, "more value")});
+      return;
+    }
+    rows.push_back({place, LabelOf(sides, change, change.fields[i]), text(change.fields[i])});
+  }
+}
+
+std::size_t ValueWidth(const Sides& sides) {
+  return sides.whole ? kUnlimited : Terminal::Columns() / 5;
+}
+
+// The values of an element that only one side has are told where everything is.
+void AppendRows(const Sides& sides, const ElementChange& change, std::vector<ListRow>& rows) {
+  if (change.kind != ChangeKind::Changed)
+    rows.push_back({PlaceOf(sides, change), "", OnlyText(sides, change)});
+  if (change.kind != ChangeKind::Changed && !sides.whole) return;
+  const auto text = [&](const FieldChange& field) {
+    return ValuesText(sides, change, field, ValueWidth(sides));
+  };
+  AppendValues(sides, change, text, rows);
+}
+
+// The changes of one part, in the order of the difference.
+class PartLists {
+ public:
+  PartLists(const Sides& sides, const Difference& difference, Report& report)
+      : sides_(sides), difference_(difference), report_(report) {}
+
+  bool Add() {
+    for (std::size_t begin = 0; begin < difference_.changes.size();) {
+      std::size_t end = begin;
+      const engine::Part part = difference_.changes[begin].part;
+      while (end < difference_.changes.size() && difference_.changes[end].part == part) ++end;
+      AddPart(part, begin, end);
+      begin = end;
+    }
+    return isWhole_;
+  }
+
+ private:
+  void AddPart(engine::Part part, std::size_t begin, std::size_t end) {
+    std::vector<ListRow> rows;
+    std::size_t more = 0;
+    for (const ChangeKind kind :
+         {ChangeKind::Changed, ChangeKind::OnlyLeft, ChangeKind::OnlyRight}) {
+      std::size_t listed = 0;
+      for (std::size_t i = begin; i < end; ++i) {
+        const ElementChange& change = difference_.changes[i];
+        if (change.kind != kind) continue;
+        // Only some of very many changes have been told with their fields.
+        const bool isTold = kind != ChangeKind::Changed || !change.fields.empty();
+        if (sides_.whole || (isTold && listed < kMostListed)) {
+          ++listed;
+          AppendRows(sides_, change, rows);
+        } else {
+          ++more;
+        }
+      }
+    }
+    report_.Line("");
+    report_.Line(Colored(Color::Bold, engine::RowOf(part).label));
+    AddRows(rows, sides_.whole, report_);
+    if (more > 0) report_.Line("  and " + std::to_string(more) + " more");
+    isWhole_ = isWhole_ && more == 0;
+  }
+
+  const Sides& sides_;
+  const Difference& difference_;
+  Report& report_;
+  bool isWhole_ = true;
+};
+
+// "8 changed, 1 only in "Day", which holds nothing else of it".
+std::string CountText(const Sides& sides, const Difference& difference, engine::Part part) {
+  const engine::PartCount& count = difference.Of(part);
+  std::string text;
+  const auto add = [&](std::size_t number, const std::string& what) {
+    if (number > 0) text += (text.empty() ? "" : ", ") + std::to_string(number) + " " + what;
+  };
+  add(count.changed, "changed");
+  add(count.onlyLeft, "only in " + sides.left);
+  add(count.onlyRight, "only in " + sides.right);
+  const std::size_t index = engine::IndexOf(part);
+  if (!difference.heldLeft[index]) text += " (" + sides.left + " holds none)";
+  if (!difference.heldRight[index]) text += " (" + sides.right + " holds none)";
+  return text;
+}
+
+}  // namespace
+
+std::string WithoutBeginning(const std::string& path, std::size_t width) {
+  if (engine::DisplayWidth(path) <= width) return path;
+  std::size_t begin = path.size() - std::min(path.size(), 4 * width);
+  const auto isInside = [&] { return (static_cast<unsigned char>(path[begin]) & 0xC0U) == 0x80U; };
+  while (begin < path.size() &&
+         (isInside() || engine::DisplayWidth(std::string_view(path).substr(begin)) >= width))
+    ++begin;
+  return "…" + path.substr(begin);
+}
+
+void AddRows(const std::vector<ListRow>& rows, bool whole, Report& report) {
+  std::size_t elements = 0;
+  std::size_t fields = 0;
+  for (const ListRow& row : rows) {
+    elements = std::max(elements, engine::DisplayWidth(row.element));
+    fields = std::max(fields, engine::DisplayWidth(row.field));
+  }
+  elements = std::min(elements, whole ? kWidestWhole : Terminal::Columns() * 2 / 5);
+  fields = std::min(fields, kWidestField);
+  const std::string* former = nullptr;
+  for (const ListRow& row : rows) {
+    const bool again = former && *former == row.element;
+    former = &row.element;
+    const std::string name = engine::Printable(row.element);
+    std::string line = engine::PadRight(again   ? ""
+                                        : whole ? name
+                                                : WithoutBeginning(name, elements),
+                                        elements);
+    if (fields > 0) line += "  " + engine::PadRight(row.field, fields);
+    line += "  " + row.value;
+    line.erase(line.find_last_not_of(' ') + 1);
+    report.Line("  " + line);
+  }
+}
+
+void AddLabeled(Report& report, const std::string& label, const std::string& text) {
+  std::string head = "  " + label;
+  for (const std::string& line : Wrapped(Readable(text), Terminal::Columns() - kLabel)) {
+    report.Line(engine::PadRight(head, kLabel) + line);
+    head.clear();
+  }
+}
+
+std::string PlaceOf(const Sides& sides, const ElementChange& change) {
+  if (change.part == engine::Part::Camera) return "Scene camera";
+  return engine::ElementPath(DocOf(sides, change), change.element);
+}
+
+std::string ValuesText(const Sides& sides, const ElementChange& change, const FieldChange& field,
+                       std::size_t width) {
+  const host::LONG type = engine::TypeForFields(DocOf(sides, change), change);
+  const auto value = [&](const host::BaseDocument& doc, const std::optional<host::GeData>& of) {
+    return ShortValue(engine::FieldValueText(doc, type, field.field, of), width);
+  };
+  if (change.kind == ChangeKind::OnlyLeft) return value(sides.leftDoc, field.left);
+  if (change.kind == ChangeKind::OnlyRight) return value(sides.rightDoc, field.right);
+  return value(sides.leftDoc, field.left) + " -> " + value(sides.rightDoc, field.right);
+}
+
+void AppendValuesLeft(const Sides& sides, const ElementChange& change, std::vector<ListRow>& rows) {
+  const host::LONG type = engine::TypeForFields(sides.leftDoc, change);
+  const auto text = [&](const FieldChange& field) {
+    return ShortValue(engine::FieldValueText(sides.leftDoc, type, field.field, field.left),
+                      2 * ValueWidth(sides));
+  };
+  AppendValues(sides, change, text, rows);
+}
+
+void AddCounts(const Sides& sides, const Difference& difference, Report& report) {
+  for (const engine::PartRow& row : engine::kPartRows) {
+    if (difference.Of(row.part).Sum() > 0)
+      AddLabeled(report, row.label, CountText(sides, difference, row.part));
+  }
+}
+
+bool AddChanges(const Sides& sides, const Difference& difference, Report& report) {
+  return PartLists(sides, difference, report).Add();
+}
+
+JsonMembers MembersOf(const Sides& sides, const ElementChange& change) {
+  const host::LONG type = engine::TypeForFields(DocOf(sides, change), change);
+  std::vector<JsonValue> fields;
+  for (const FieldChange& field : change.fields) {
+    JsonMembers members = {{"name", engine::FieldLabel(type, field.field)},
+                           {"number", field.field}};
+    const auto add = [&](const char* key, const host::BaseDocument& doc,
+                         const std::optional<host::GeData>& value) {
+      members.emplace_back(
+          key,
+          value ? JsonValue(engine::FieldValueText(doc, type, field.field, value)) : JsonValue());
+    };
+    add("left", sides.leftDoc, field.left);
+    add("right", sides.rightDoc, field.right);
+    fields.push_back(JsonValue::Object(members));
+  }
+  return {{"part", engine::RowOf(change.part).word},
+          {"change", WordOf(change.kind)},
+          {"element", PlaceOf(sides, change)},
+          {"kind", engine::ElementKind(DocOf(sides, change), change.element)},
+          {"fields", JsonValue::List(fields)}};
+}
+
+void PutChanges(const Sides& sides, const Difference& difference, Report& report) {
+  JsonMembers counts;
+  for (const engine::PartRow& row : engine::kPartRows) {
+    const engine::PartCount& count = difference.Of(row.part);
+    if (count.Sum() == 0) continue;
+    counts.emplace_back(row.word, JsonValue::Object({{"changed", count.changed},
+                                                     {"onlyLeft", count.onlyLeft},
+                                                     {"onlyRight", count.onlyRight}}));
+  }
+  report.PutObject("counts", counts);
+  report.PutStream("differences", [&sides, &difference](const auto& append) {
+    for (const ElementChange& change : difference.changes) append(MembersOf(sides, change));
+  });
+}
+
+}  // namespace commandline

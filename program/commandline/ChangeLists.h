@@ -1,0 +1,60 @@
+// ChangeLists: what two states say differently, or one says of the scene, as lines for a person and
+// as members of the object for a program: by part, each element with its values, what is not worth
+// a screen left out and counted. Nothing is owned. Main thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/states/Difference.h"
+#include "program/commandline/Report.h"
+
+namespace commandline {
+
+// Of one part and kind so many elements are listed, of one element so many values, unless all are
+// asked for.
+inline constexpr std::size_t kMostListed = 8;
+inline constexpr std::size_t kMostValues = 6;
+
+struct Sides {
+  const host::BaseDocument& leftDoc;
+  const host::BaseDocument& rightDoc;
+  std::string left;  // as it stands in a sentence: "\"Day\"", "the scene"
+  std::string right;
+  bool whole = false;  // every element with every value, nothing shortened
+};
+
+// One line of a list in columns. The same element below itself is not named again.
+struct ListRow {
+  std::string element;
+  std::string field;
+  std::string value;
+};
+// Lines in columns that fit the terminal, unless `whole`; a long path loses its beginning.
+void AddRows(const std::vector<ListRow>& rows, bool whole, Report& report);
+// "  label    text", the text broken at blanks.
+void AddLabeled(Report& report, const std::string& label, const std::string& text);
+
+// At most `width` columns of a path: its end says more than its beginning.
+std::string WithoutBeginning(const std::string& path, std::size_t width);
+
+// The path of the element of a change.
+std::string PlaceOf(const Sides& sides, const engine::ElementChange& change);
+// "Off -> On" of a change, "Off" where only one side says something.
+std::string ValuesText(const Sides& sides, const engine::ElementChange& change,
+                       const engine::FieldChange& field, std::size_t width);
+
+// Rows with the values of the left side, what the right one would make of them left out.
+void AppendValuesLeft(const Sides& sides, const engine::ElementChange& change,
+                      std::vector<ListRow>& rows);
+
+// A line a part: "  Objects   8 changed, 1 only in "Day"".
+void AddCounts(const Sides& sides, const engine::Difference& difference, Report& report);
+// The elements, part by part; false when some were left out.
+bool AddChanges(const Sides& sides, const engine::Difference& difference, Report& report);
+// "counts" and "differences", made while the report is printed: both must outlive that.
+void PutChanges(const Sides& sides, const engine::Difference& difference, Report& report);
+// Members of one change: part, change, element, kind and fields.
+JsonMembers MembersOf(const Sides& sides, const engine::ElementChange& change);
+
+}  // namespace commandline

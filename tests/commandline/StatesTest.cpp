@@ -1,0 +1,198 @@
+// The verbs that look at what is recorded and change nothing: show, diff, a dry run of load; and
+// names with * and ?, in every verb that takes names of Stagemarks.
+#include <algorithm>
+
+#include "tests/commandline/CommandLine.h"
+
+namespace {
+
+using nlohmann::json;
+using tests::ChildResult;
+using tests::CommandLine;
+using tests::ReadText;
+
+// The arguments lack the scene, which follows the verb.
+struct CallRow {
+  std::vector<std::string> arguments;
+  int status;
+  std::vector<const char*> says;
+};
+
+class States : public CommandLine {
+ protected:
+  void Check(const std::string& scene, const std::vector<CallRow>& rows) const {
+    const std::string before = ReadText(scene);
+    for (const CallRow& row : rows) {
+      std::vector<std::string> arguments = row.arguments;
+      arguments.insert(arguments.begin() + 1, scene);
+      const ChildResult result = Call(arguments);
+      EXPECT_EQ(result.status, row.status) << testing::PrintToString(arguments) << result.err;
+      for (const char* says : row.says) {
+        EXPECT_NE((result.out + result.err).find(says), std::string::npos)
+            << testing::PrintToString(arguments) << "\n"
+            << says << "\n"
+            << result.out << result.err;
+      }
+    }
+    EXPECT_EQ(ReadText(scene), before);
+  }
+  // "Day" and "Night" of Staged; then the head shown in renders, which no Stagemark knows, and a
+  // wider picture.
+  std::string Edited() const {
+    const std::string scene = Staged();
+    Out({"set", scene, "--object", "Kopf", "--render", "on", "--size", "640x480", "--write"});
+    return scene;
+  }
+  // "a_1", "a_2" and "b*" of one scene.
+  std::string Numbered() const {
+    const std::string scene = Spider();
+    for (const char* name : {"a_1", "a_2", "b*", "bx"}) Out({"record", scene, name, "--write"});
+    return scene;
+  }
+  std::string ListedBy(std::vector<std::string> call) const {
+    std::string names;
+    const json list = Json(std::move(call));
+    for (const json& mark : list["stagemarks"]) names += mark["name"].get<std::string>() + " ";
+    return names;
+  }
+};
+
+TEST_F(States, ShowTellsWhatIsHeld) {
+  const std::string scene = Staged();
+  Check(scene, {{{"show", "Day"},
+                 0,
+                 {"Day, recorded 20", "Render Settings", "1280 px x", "Objects", "21\n"}},
+                {{"show", "Night"},
+                 0,
+                 {"recorded or loaded last", "22 objects: hidden in renders", "Layers"}},
+                {{"show", "Night", "-v", "--parts", "layers,camera"},
+                 0,
+                 {"Props  Solo ", "Scene camera  \"Camera\""}},
+                {{"show", "Nigth"}, 2, {"Did you mean \"Night\"?"}},
+                {{"show", "Day", "--parts", "lamps"}, 2, {"--parts"}}});
+  const json shown = Json({"show", scene, "Night"});
+  EXPECT_EQ(shown["counts"]["objects"], 22);
+  EXPECT_EQ(shown["counts"]["layers"], 1);
+  EXPECT_TRUE(shown["current"]);
+  const auto hidden = std::ranges::count_if(shown["elements"], [](const json& element) {
+    return element["part"] == "objects" && element["fields"][1]["value"] == "Off";
+  });
+  EXPECT_EQ(hidden, 22);
+}
+
+TEST_F(States, DiffAnswersAsDiffDoes) {
+  const std::string scene = Edited();
+  tests::WriteText(Scene("broken.c4d"), "no scene");
+  Check(scene, {{{"diff", "Day", "Night"},
+                 1,
+                 {"\"Day\" -> \"Night\": 23 things differ", "21 changed, 1 only in \"Night\"",
+                  "Render mode  Undefined -> Off", "and 13 more", "Front ", "only in \"Night\"",
+                  "-v lists everything."}},
+                {{"diff", "Day", "Night", "-v"}, 1, {"Kopf2 ", "Props "}},
+                {{"diff", "Day", "Day"}, 0, {"\"Day\" and \"Day\" are the same."}},
+                {{"diff", "Day", "Night", "--parts", "camera"}, 0, {"the same (camera only)"}},
+                {{"diff", "Night", "--scene"}, 1, {"-> the scene: 2 things differ", "Off -> On"}},
+                {{"diff", "Night", "--scene", "--without", "objects,render-settings"}, 0, {"same"}},
+                {{"diff", "Day", "--scene", "--parts", "objects"}, 1, {"1 only in the scene"}},
+                {{"diff", "Day"}, 2, {"Which Stagemark of"}},
+                {{"diff", "Day", "Night", "--scene"}, 2, {"Two Stagemarks are needed"}},
+                {{"diff", "Day", "Dusk"}, 2, {"There is no Stagemark \"Dusk\""}}});
+  EXPECT_EQ(Call({"diff", Scene("broken.c4d"), "Day", "Night"}).status, 2) << "trouble";
+  EXPECT_EQ(Call({"diff", Scene("missing.c4d") + ":Day", scene + ":Day"}).status, 2);
+}
+
+TEST_F(States, DiffMirrorsForPrograms) {
+  const std::string scene = Staged();
+  const json there = JsonAnyway({"diff", scene, "Day", "Night"});
+  const json back = JsonAnyway({"diff", scene, "Night", "Day"});
+  EXPECT_FALSE(there["equal"]);
+  EXPECT_EQ(there["counts"]["objects"], json({{"changed", 21}, {"onlyLeft", 0}, {"onlyRight", 1}}));
+  EXPECT_EQ(back["counts"]["objects"], json({{"changed", 21}, {"onlyLeft", 1}, {"onlyRight", 0}}));
+  ASSERT_EQ(there["differences"].size(), 23U);
+  for (std::size_t i = 0; i < 21; ++i) {
+    const json& field = there["differences"][i]["fields"][0];
+    EXPECT_EQ(field["left"], back["differences"][i]["fields"][0]["right"]);
+    EXPECT_EQ(field["name"], "Render mode");
+  }
+  EXPECT_EQ(Json({"diff", scene, "Day", "Day"})["differences"], json::array());
+}
+
+TEST_F(States, DiffReadsTwoScenesWhateverColonsTheyHave) {
+  const std::string scene = Staged();
+  const std::string other = Scene("a:b.c4d");
+  Out({"set", scene, "--object", "Kopf", "--editor", "off", "-o", other});
+  Out({"record", other, "x:y", "--write"});
+  const struct {
+    std::string left, right;
+    int status;
+  } kRows[] = {{scene + ":Day", other + ":Day", 0},
+               {scene + ":Night", other + ":x:y", 1},
+               {other + ":x:y", other + ":x:y", 0},
+               {scene + ":Day", other + ":y", 2},
+               {scene + ":Day", other, 2}};
+  for (const auto& row : kRows)
+    EXPECT_EQ(Call({"diff", row.left, row.right}).status, row.status) << row.left << row.right;
+  EXPECT_NE(
+      Call({"diff", scene + ":Night", other + ":x:y"}).out.find("Editor mode  Undefined -> Off"),
+      std::string::npos);
+}
+
+TEST_F(States, ADryRunTellsWhatLoadingDoesAndLoses) {
+  const std::string scene = Edited();
+  Check(scene,
+        {{{"load", "Night", "--dry-run"},
+          0,
+          {"Loading \"Night\" would change 1 object and the render settings.",
+           "Kopf  Render mode  On -> Off", "Width   640 px -> 1280 px",
+           "Will be lost: 2 elements are in no Stagemark"}},
+         {{"load", "Night", "-n", "--parts", "camera"}, 0, {"(camera only) would change nothing"}},
+         {{"load", "Day", "-n", "--without", "objects"}, 0, {"(without objects) would change"}},
+         {{"load", "Day"},
+          0,
+          {"Render mode  Off -> Undefined", "and 13 more", "does not know",
+           "note: nothing was written"}},
+         {{"load", "Day", "-n", "-o", "x.c4d"}, 2, {"--output excludes --dry-run"}}});
+  const json dry = Json({"load", scene, "Night", "-n"});
+  const json done = Json({"load", scene, "Night", "-o", Scene("done.c4d")});
+  EXPECT_EQ(dry["changes"], done["changes"]);
+  EXPECT_EQ(dry["parts"], done["parts"]);
+  EXPECT_EQ(dry["lost"].size(), 2U);
+  EXPECT_EQ(dry["written"], json());
+  EXPECT_EQ(Call({"diff", Scene("done.c4d"), "Night", "--scene"}).status, 0);
+  Out({"record", scene, "Kept", "--write"});
+  EXPECT_EQ(Json({"load", scene, "Night", "-n"})["lost"], json::array());
+}
+
+// A name that is there stands for itself, also with a * in it.
+TEST_F(States, NamesMayBePatterns) {
+  const std::string scene = Numbered();
+  const struct {
+    std::vector<std::string> only;
+    const char* meant;
+  } kRows[] = {{{"a_*"}, "a_1 a_2 "},        {{"a_?"}, "a_1 a_2 "},
+               {{"*_2", "a_1"}, "a_1 a_2 "}, {{"b*"}, "b* "},
+               {{"b?"}, "b* bx "},           {{"*"}, "a_1 a_2 b* bx "},
+               {{"a_1", "a_*"}, "a_1 a_2 "}};
+  for (const auto& row : kRows) {
+    std::vector<std::string> call{"list", scene, "--only"};
+    call.insert(call.end(), row.only.begin(), row.only.end());
+    EXPECT_EQ(ListedBy(call), row.meant) << testing::PrintToString(row.only);
+  }
+  Check(
+      scene,
+      {{{"update", "--only", "a_*"}, 0, {"\"a_1\" and \"a_2\""}},
+       {{"set-objects", "Kopf", "--only", "?_1"}, 0, {"\"a_1\""}},
+       {{"set-camera", "Camera", "--only", "c*"}, 2, {"No Stagemark of this scene matches \"c*\""}},
+       {{"delete", "a_*"}, 1, {"delete \"a_1\" and \"a_2\"?  This cannot be undone."}},
+       {{"delete", "a_*", "--yes"}, 0, {"Deleted \"a_1\" and \"a_2\"."}},
+       {{"load", "a_*"}, 2, {"\"a_*\" means \"a_1\" and \"a_2\", and here one"}},
+       {{"show", "*x"}, 0, {"bx, recorded"}},
+       {{"rename", "*x", "c"}, 0, {"Renamed \"bx\" to \"c\"."}},
+       {{"rename", "a_*", "c"}, 2, {"means \"a_1\" and \"a_2\""}},
+       {{"export", "--to", Scene("out"), "--layout", "file", "--only", "*_1"}, 0, {"Exported 1"}},
+       {{"render", "--size", "8x6", "-o", Scene("{state}.png"), "--only", "*_2"}, 0, {"a_2.png"}},
+       {{"sheet", "-o", Scene("s.png"), "--only", "q?"}, 2, {"matches \"q?\""}},
+       {{"list", "--only", "a_3"}, 2, {"Did you mean \"a_1\""}}});
+}
+
+}  // namespace
