@@ -84,6 +84,7 @@ class FindingList {
       if (group.count > most_) {
         Finding rest = group.findings.back();
         rest.element = 0;
+        rest.count = group.count - most_;
         rest.place.clear();
         rest.text = "And " + std::to_string(group.count - most_) + " more of this kind.";
         group.findings.push_back(std::move(rest));

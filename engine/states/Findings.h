@@ -28,10 +28,11 @@ const FindingKind* FindFindingKind(const std::string& code);
 
 struct Finding {
   const FindingKind* kind;
-  std::string state;   // name of the Stagemark, empty for one of the whole scene
-  NodeId element = 0;  // that it is about, 0 for none
-  std::string place;   // for a person: path of the element, name of the file
-  std::string text;    // the fact, one sentence
+  std::string state;      // name of the Stagemark, empty for one of the whole scene
+  NodeId element = 0;     // that it is about, 0 for none
+  std::string place;      // for a person: path of the element, name of the file
+  std::string text;       // the fact, one sentence
+  std::size_t count = 1;  // how many it stands for
 };
 
 // All findings, the worst first, then in the order of kinds, states and scene. `files`: where
