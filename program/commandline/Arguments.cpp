@@ -89,7 +89,7 @@ Option& Option::Offers(const char* word, const std::vector<std::string>& values)
 }
 
 Option& Option::Hidden() {
-  option_->group("");
+  option_->description("");
   return *this;
 }
 
@@ -207,7 +207,7 @@ void AddOnly(Verb verb, std::vector<std::string>& only, const char* former) {
   verb.Add("--only", only,
            "The Stagemarks that are meant, by name or by a pattern with * and ?; all without it")
       .Word("STAGEMARK...");
-  if (former) verb.Add(former, only, "As --only").Word("STAGEMARK").Hidden().Excludes("--only");
+  if (former) verb.Add(former, only, "").Word("STAGEMARK").Hidden().Excludes("--only");
 }
 
 }  // namespace commandline

@@ -52,7 +52,7 @@ std::string OnlyText(const Sides& sides, const ElementChange& change) {
 // So many values as are listed of an element, each by `text`.
 template <class Text>
 void AppendValues(const Sides& sides, const ElementChange& change, const Text& text,
-                  std::vector<ListRow>& rows) {
+                  std::vector<FactRow>& rows) {
   const std::string place = PlaceOf(sides, change);
   const std::size_t most = sides.whole ? kUnlimited : kMostValues;
   for (std::size_t i = 0; i < change.fields.size(); ++i) {
@@ -69,7 +69,7 @@ std::size_t ValueWidth(const Sides& sides) {
 }
 
 // The values of an element that only one side has are told where everything is.
-void AppendRows(const Sides& sides, const ElementChange& change, std::vector<ListRow>& rows) {
+void AppendRows(const Sides& sides, const ElementChange& change, std::vector<FactRow>& rows) {
   if (change.kind != ChangeKind::Changed)
     rows.push_back({PlaceOf(sides, change), "", OnlyText(sides, change)});
   if (change.kind != ChangeKind::Changed && !sides.whole) return;
@@ -98,7 +98,7 @@ class PartLists {
 
  private:
   void AddPart(engine::Part part, std::size_t begin, std::size_t end) {
-    std::vector<ListRow> rows;
+    std::vector<FactRow> rows;
     std::size_t more = 0;
     for (const ChangeKind kind :
          {ChangeKind::Changed, ChangeKind::OnlyLeft, ChangeKind::OnlyRight}) {
@@ -157,17 +157,17 @@ std::string WithoutBeginning(const std::string& path, std::size_t width) {
   return "…" + path.substr(begin);
 }
 
-void AddRows(const std::vector<ListRow>& rows, bool whole, Report& report) {
+void AddRows(const std::vector<FactRow>& rows, bool whole, Report& report) {
   std::size_t elements = 0;
   std::size_t fields = 0;
-  for (const ListRow& row : rows) {
+  for (const FactRow& row : rows) {
     elements = std::max(elements, engine::DisplayWidth(row.element));
     fields = std::max(fields, engine::DisplayWidth(row.field));
   }
   elements = std::min(elements, whole ? kWidestWhole : Terminal::Columns() * 2 / 5);
   fields = std::min(fields, kWidestField);
   const std::string* former = nullptr;
-  for (const ListRow& row : rows) {
+  for (const FactRow& row : rows) {
     const bool again = former && *former == row.element;
     former = &row.element;
     const std::string name = engine::Printable(row.element);
@@ -206,7 +206,7 @@ std::string ValuesText(const Sides& sides, const ElementChange& change, const Fi
   return value(sides.leftDoc, field.left) + " -> " + value(sides.rightDoc, field.right);
 }
 
-void AppendValuesLeft(const Sides& sides, const ElementChange& change, std::vector<ListRow>& rows) {
+void AppendValuesLeft(const Sides& sides, const ElementChange& change, std::vector<FactRow>& rows) {
   const host::LONG type = engine::TypeForFields(sides.leftDoc, change);
   const auto text = [&](const FieldChange& field) {
     return ShortValue(engine::FieldValueText(sides.leftDoc, type, field.field, field.left),

@@ -25,13 +25,13 @@ struct Sides {
 };
 
 // One line of a list in columns. The same element below itself is not named again.
-struct ListRow {
+struct FactRow {
   std::string element;
   std::string field;
   std::string value;
 };
 // Lines in columns that fit the terminal, unless `whole`; a long path loses its beginning.
-void AddRows(const std::vector<ListRow>& rows, bool whole, Report& report);
+void AddRows(const std::vector<FactRow>& rows, bool whole, Report& report);
 // "  label    text", the text broken at blanks.
 void AddLabeled(Report& report, const std::string& label, const std::string& text);
 
@@ -46,7 +46,7 @@ std::string ValuesText(const Sides& sides, const engine::ElementChange& change,
 
 // Rows with the values of the left side, what the right one would make of them left out.
 void AppendValuesLeft(const Sides& sides, const engine::ElementChange& change,
-                      std::vector<ListRow>& rows);
+                      std::vector<FactRow>& rows);
 
 // A line a part: "  Objects   8 changed, 1 only in "Day"".
 void AddCounts(const Sides& sides, const engine::Difference& difference, Report& report);

@@ -20,6 +20,14 @@ std::string ValueWord(const CLI::Option& option) {
   return type.substr(0, std::min(type.find(":{"), type.find(":UINT")));
 }
 
+// What is read for the sake of old scripts only has no description.
+bool IsHidden(const CLI::Option& option) { return option.get_description().empty(); }
+
+// "OUT", "NAMES..." where several are taken.
+std::string Place(const CLI::Option& positional) {
+  return positional.get_name() + (positional.get_expected_max() > 1 ? "..." : "");
+}
+
 class HelpFormat : public CLI::Formatter {
  public:
   explicit HelpFormat(std::size_t width);
@@ -28,7 +36,9 @@ class HelpFormat : public CLI::Formatter {
   std::string make_option_desc(const CLI::Option* option) const override;
   std::string make_group(std::string group, bool positional,
                          std::vector<const CLI::Option*> options) const override;
+  std::string make_option_usage(const CLI::Option* option) const override;
   std::string make_description(const CLI::App* app) const override;
+  std::string make_footer(const CLI::App* app) const override;
   std::string make_subcommand(const CLI::App* verb) const override;
 
  private:
@@ -58,9 +68,28 @@ std::string HelpFormat::make_option_desc(const CLI::Option* option) const {
 std::string HelpFormat::make_group(std::string group, bool positional,
                                    std::vector<const CLI::Option*> options) const {
   const bool isFirst = positional || group == "Options";
+  std::erase_if(options, [](const CLI::Option* option) { return IsHidden(*option); });
   const std::string text =
       CLI::Formatter::make_group(std::move(group), positional, std::move(options));
   return isFirst ? text : text.substr(1);
+}
+
+std::string HelpFormat::make_option_usage(const CLI::Option* option) const {
+  return option->get_required() ? Place(*option) : "[" + Place(*option) + "]";
+}
+
+// Commands to be typed stay on one line.
+std::string HelpFormat::make_footer(const CLI::App* app) const {
+  std::string text;
+  std::istringstream lines(app->get_footer());
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("  ")) {
+      text += line + "\n";
+      continue;
+    }
+    for (const std::string& piece : Wrapped(line, width_)) text += piece + "\n";
+  }
+  return text;
 }
 
 std::string HelpFormat::make_description(const CLI::App* app) const {
@@ -134,14 +163,8 @@ std::vector<const CLI::Option*> Positionals(const CLI::App& verb) {
 }
 
 std::vector<const CLI::Option*> NamedOptions(const CLI::App& verb) {
-  return verb.get_options([](const CLI::Option* option) {
-    return !option->get_positional() && !option->get_group().empty();
-  });
-}
-
-// "OUT", "NAMES..." where several are taken.
-std::string Place(const CLI::Option& positional) {
-  return positional.get_name() + (positional.get_expected_max() > 1 ? "..." : "");
+  return verb.get_options(
+      [](const CLI::Option* option) { return !option->get_positional() && !IsHidden(*option); });
 }
 
 std::string Usage(const CLI::App& verb) {

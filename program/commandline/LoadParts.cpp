@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/states/Difference.h"
+
 namespace commandline {
 
 namespace {
@@ -69,6 +71,25 @@ std::vector<std::string> WordsToLoad(Session& session, const PartChoice& choice)
     if (IsWanted(choice, WordOf(option), isOn)) words.push_back(WordOf(option));
   }
   return words;
+}
+
+std::string LeftAloneText(Session& session, const PartChoice& choice,
+                          const host::BaseContainer& record) {
+  if (!choice.parts.empty()) return "";
+  const engine::Parts off = ~PartsToLoad(session, choice) & PartsToShow(choice);
+  if (off.none()) return "";
+  engine::CompareOptions compare;
+  compare.parts = off;
+  compare.mostFields = 0;
+  const auto held = engine::ContentsOf(session.Document(), record, compare);
+  std::vector<std::string> labels;
+  for (const engine::PartRow& row : engine::kPartRows) {
+    if (off[engine::IndexOf(row.part)] && held.Of(row.part).Sum() > 0)
+      labels.emplace_back(row.label);
+  }
+  if (labels.empty()) return "";
+  return Listed(labels) + (labels.size() == 1 ? " is" : " are") +
+         " off in the options of the scene and left alone; --parts overrides that.";
 }
 
 std::string PartsText(const PartChoice& choice, const std::vector<std::string>& applied) {

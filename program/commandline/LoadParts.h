@@ -27,6 +27,10 @@ engine::Parts PartsToShow(const PartChoice& choice);
 // order of the dialog.
 engine::Parts PartsToLoad(Session& session, const PartChoice& choice);
 std::vector<std::string> WordsToLoad(Session& session, const PartChoice& choice);
+// A sentence about parts of a record that a load leaves alone because an option is off; empty for
+// none.
+std::string LeftAloneText(Session& session, const PartChoice& choice,
+                          const host::BaseContainer& record);
 // " (camera, layers only)" where a choice was made; `applied`: the words of what counts.
 std::string PartsText(const PartChoice& choice, const std::vector<std::string>& applied);
 

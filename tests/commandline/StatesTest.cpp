@@ -1,6 +1,7 @@
 // The verbs that look at what is recorded and change nothing: show, diff, a dry run of load; and
 // names with * and ?, in every verb that takes names of Stagemarks.
 #include <algorithm>
+#include <sstream>
 
 #include "tests/commandline/CommandLine.h"
 
@@ -193,6 +194,88 @@ TEST_F(States, NamesMayBePatterns) {
        {{"render", "--size", "8x6", "-o", Scene("{state}.png"), "--only", "*_2"}, 0, {"a_2.png"}},
        {{"sheet", "-o", Scene("s.png"), "--only", "q?"}, 2, {"matches \"q?\""}},
        {{"list", "--only", "a_3"}, 2, {"Did you mean \"a_1\""}}});
+}
+
+// The fields of a line of CSV (RFC 4180) that has no line break in a field.
+std::vector<std::string> CsvFields(const std::string& line) {
+  std::vector<std::string> fields{""};
+  bool quoted = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '"' && quoted && i + 1 < line.size() && line[i + 1] == '"') {
+      fields.back() += line[i++];
+    } else if (line[i] == '"') {
+      quoted = !quoted;
+    } else if (line[i] == ',' && !quoted) {
+      fields.emplace_back();
+    } else {
+      fields.back() += line[i];
+    }
+  }
+  return fields;
+}
+
+TEST_F(States, TheMatrixSaysWhatEachStateSays) {
+  const std::string scene = Edited();
+  Out({"rename", scene, "Day", "Day, \"wet\" <b>", "--write"});
+  Out({"set", scene, "--add-camera", "Side", "--write"});
+  Check(scene, {{{"matrix"},
+                 0,
+                 {"Day, \"wet\" <b>", "Kopf2 ", "Render mode   Undefined", "*Off",
+                  "no Stagemark knows it", "* changes from the Stagemark before it"}},
+                {{"matrix", "--only", "Night", "--parts", "camera"}, 0, {"Nothing differs"}},
+                {{"matrix", "--parts", "camera", "--all"}, 0, {"Scene camera", "\"Camera\""}},
+                {{"matrix", "--csv", "--json"}, 2, {"excludes"}},
+                {{"matrix", "--only", "D?"}, 2, {"No Stagemark of this scene matches"}}});
+  const json matrix = Json({"matrix", scene, "--parts", "objects"});
+  const json counts = JsonAnyway({"diff", scene, "Day*", "Night", "--parts", "objects"})["counts"];
+  const auto rows = [&](const auto& wanted) {
+    return static_cast<std::size_t>(std::ranges::count_if(matrix["rows"], wanted));
+  };
+  EXPECT_EQ(matrix["stagemarks"], (json{"Day, \"wet\" <b>", "Night"}));
+  EXPECT_EQ(rows([](const json& row) { return row["differs"].get<bool>(); }),
+            counts["objects"]["changed"]);
+  EXPECT_EQ(rows([](const json& row) { return row["cells"][0].is_null() && row["knownBy"] == 1; }),
+            counts["objects"]["onlyRight"]);
+  EXPECT_EQ(rows([](const json& row) { return row["knownBy"] == 0; }), 1U);
+
+  std::istringstream lines(Out({"matrix", scene, "--parts", "objects", "--csv"}));
+  std::size_t count = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    ASSERT_EQ(line.back(), '\r') << "lines end with both";
+    line.pop_back();
+    const std::vector<std::string> fields = CsvFields(line);
+    ASSERT_EQ(fields.size(), 7U) << line;
+    const json& row = count == 0 ? json() : matrix["rows"][count - 1];
+    EXPECT_EQ(fields[1], count == 0 ? "element" : row["element"].get<std::string>());
+    EXPECT_EQ(fields[5], count == 0                  ? "Day, \"wet\" <b>"
+                         : row["cells"][0].is_null() ? ""
+                                                     : row["cells"][0]["text"].get<std::string>());
+  }
+  EXPECT_EQ(count, matrix["rows"].size() + 1);
+
+  const std::string page = Out({"matrix", scene, "--html"});
+  EXPECT_EQ(page.rfind("<!DOCTYPE html>", 0), 0U);
+  EXPECT_NE(page.find("Day, &quot;wet&quot; &lt;b&gt;"), std::string::npos);
+  EXPECT_NE(page.find("<td class=\"changed\">Render mode Off</td>"), std::string::npos);
+  for (const char* foreign : {"<script", "src=", "href=", "http"})
+    EXPECT_EQ(page.find(foreign), std::string::npos) << foreign;
+}
+
+// What has no room beside the rest stands below it.
+TEST_F(States, AWideMatrixStandsInPieces) {
+  const std::string scene = Spider();
+  for (int i = 0; i < 12; ++i) {
+    Out({"set", scene, "--object", "Kopf", "--render", i % 2 == 0 ? "on" : "off", "--write"});
+    Out({"record", scene, "a rather long name " + std::to_string(i), "--write"});
+  }
+  std::istringstream lines(Out({"matrix", scene}));
+  std::size_t heads = 0;
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 100U + 10) << line;  // letters of several bytes
+    heads += line.find("Kopf ") != std::string::npos;
+  }
+  EXPECT_GT(heads, 2U);
+  EXPECT_NE(Out({"matrix", scene, "-v"}).find("a rather long name 10"), std::string::npos);
 }
 
 }  // namespace

@@ -99,6 +99,9 @@ TEST_F(Installed, TheShellCompletes) {
       {"stagemarks load shell.c4d Day ''", ""},
       {"stagemarks delete shell.c4d Day N", "Night\\,\\ rainy"},
       {"stagemarks update shell.c4d --only Day ''", "Day Night\\,\\ rainy"},
+      {"stagemarks diff shell.c4d Day N", "Night\\,\\ rainy"},
+      {"stagemarks render shell.c4d --only D", "Day"},
+      {"stagemarks check shell.c4d --fix l", "link-gone"},
       {"stagemarks load missing.c4d ''", ""},
   };
   const std::string script =

@@ -154,16 +154,9 @@ class CheckVerb {
     const std::size_t most = program_.verbose || program_.json ? SIZE_MAX : kMostListed;
     findings_ = engine::FindFindings(doc, &session_.Files(),
                                      engine::MissingTextures(session_.Files(), doc), most);
-    report_.PutList("findings");
-    for (const Finding& finding : findings_) {
-      report_.Append("findings", {{"code", finding.kind->code},
-                                  {"severity", WordsOf(finding.kind->severity).word},
-                                  {"stagemark", TextOrNothing(finding.state)},
-                                  {"place", TextOrNothing(finding.place)},
-                                  {"text", finding.text},
-                                  {"remedy", finding.kind->remedy},
-                                  {"fixable", finding.kind->fixable}});
-    }
+    report_.PutStream("findings", [this](const auto& append) {
+      for (const Finding& finding : findings_) append(Members(finding));
+    });
     AddSummary();
     for (std::size_t i = 0; i < findings_.size();) i = AddKind(i);
     if (!options_.fixes.empty()) return session_.Keep(report_);
@@ -171,13 +164,25 @@ class CheckVerb {
     return session_.CheckLedger();
   }
 
+  static JsonMembers Members(const Finding& finding) {
+    return {{"code", finding.kind->code},
+            {"severity", WordsOf(finding.kind->severity).word},
+            {"stagemark", TextOrNothing(finding.state)},
+            {"place", TextOrNothing(finding.place)},
+            {"text", finding.text},
+            {"remedy", finding.kind->remedy},
+            {"fixable", finding.kind->fixable}};
+  }
+
   static JsonValue TextOrNothing(const std::string& text) {
     return text.empty() ? JsonValue() : JsonValue(text);
   }
 
   std::size_t Count(Severity severity) const {
-    return static_cast<std::size_t>(std::ranges::count_if(
-        findings_, [&](const Finding& finding) { return finding.kind->severity == severity; }));
+    std::size_t count = 0;
+    for (const Finding& finding : findings_)
+      count += finding.kind->severity == severity ? finding.count : 0;
+    return count;
   }
 
   void AddSummary() {
@@ -195,7 +200,7 @@ class CheckVerb {
   std::size_t AddKind(std::size_t begin) {
     const FindingKind& kind = *findings_[begin].kind;
     const SeverityWords& words = WordsOf(kind.severity);
-    std::vector<ListRow> rows;
+    std::vector<FactRow> rows;
     std::size_t end = begin;
     for (; end < findings_.size() && findings_[end].kind == &kind; ++end) {
       const Finding& finding = findings_[end];
@@ -238,7 +243,7 @@ void AddCheck(Arguments& arguments, Program& program) {
       .OneWord()
       .Offers("CODE", FixableCodes());
   verb.AddFlag("--codes", options->codes, "List all codes with their meaning and remedy");
-  verb.Add("--only", options->only, "").Hidden();
+  verb.Add("--only", options->only, "").Word("STAGEMARK...").Hidden();
   AddKeeping(verb, program);
   verb.Footer(
       "Exit status: 0 nothing wrong, or notes only; 1 errors, with --strict warnings, too; 2 "

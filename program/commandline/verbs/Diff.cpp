@@ -97,6 +97,7 @@ class DiffVerb {
     leftDoc_ = rightDoc_ = &session_.Document();
     engine::CompareOptions compare = Compared();
     compare.parts = PartsToLoad(session_, options_.parts);
+    leftAlone_ = LeftAloneText(session_, options_.parts, left_.record);
     difference_ = engine::Mirrored(engine::CompareWithScene(*leftDoc_, left_.record, compare));
     return kDone;
   }
@@ -129,7 +130,7 @@ class DiffVerb {
   // How a side is called in a sentence; two of one name by their scenes, too.
   std::string Called(const Place& place, const std::string& name) const {
     const bool one = places_.size() < 2 || places_[0].scene == places_[1].scene;
-    return Listed({one ? name : fs::path(place.scene).filename().string() + ":" + name});
+    return Listed({one ? name : place.scene + ":" + name});
   }
 
   int Answer() {
@@ -148,6 +149,11 @@ class DiffVerb {
   }
 
   void AddLines(const Sides& sides, Report& report) {
+    AddDifference(sides, report);
+    if (!leftAlone_.empty()) report.Line("\n" + leftAlone_);
+  }
+
+  void AddDifference(const Sides& sides, Report& report) {
     const std::string parts = PartsText(options_.parts, options_.parts.parts);
     if (difference_.IsEmpty()) {
       report.Line(sides.left + " and " + sides.right + " are the same" + parts + ".");
@@ -169,6 +175,7 @@ class DiffVerb {
   engine::StoredState left_;
   engine::StoredState right_;
   engine::Difference difference_;
+  std::string leftAlone_;
 };
 
 }  // namespace

@@ -102,6 +102,7 @@ class DryRun {
     const Program& program = session.GetProgram();
     engine::CompareOptions compare;
     compare.parts = PartsToLoad(session, options.parts);
+    leftAlone_ = LeftAloneText(session, options.parts, state.record);
     if (!program.verbose && !program.json) compare.mostFields = kMostListed;
     found_ = engine::CompareWithScene(doc_, state.record, compare);
     const auto lost = engine::FindLost(doc_, engine::ReadStates(doc_), found_);
@@ -153,7 +154,7 @@ class DryRun {
   // What the scene has now; false when not all of it is listed.
   bool AddLost(Report& report) const {
     if (lost_.changes.empty()) return true;
-    std::vector<ListRow> rows;
+    std::vector<FactRow> rows;
     std::size_t listed = 0;
     for (const engine::ElementChange& change : lost_.changes) {
       if (!sides_.whole && (listed == kMostListed || change.fields.empty())) continue;
@@ -180,6 +181,8 @@ class DryRun {
                   (unknown_ == 1 ? "it is" : "they are") + ": " + sides_.right +
                   (unknown_ == 1 ? " does not know it." : " does not know them."));
     }
+    if (!leftAlone_.empty()) report.Line("");
+    if (!leftAlone_.empty()) report.Line(leftAlone_);
     if (!isWhole) report.Line("\n-v lists everything.");
   }
 
@@ -191,6 +194,7 @@ class DryRun {
   engine::Difference changes_;
   engine::Difference lost_;
   std::size_t unknown_ = 0;
+  std::string leftAlone_;
 };
 
 int TellWhatLoadWouldDo(Session& session, const LoadOptions& options, Report& report) {

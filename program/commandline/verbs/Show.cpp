@@ -1,7 +1,10 @@
 #include <algorithm>
+#include <array>
 #include <map>
 
+#include "engine/scene/NodeIds.h"
 #include "engine/states/FieldText.h"
+#include "engine/states/RecordList.h"
 #include "host/RenderData.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/ChangeLists.h"
@@ -22,14 +25,6 @@ struct ShowOptions {
   std::string name;
   PartChoice parts;
 };
-
-// The number that an element has in a field; nothing where the state says none.
-std::optional<host::LONG> NumberOf(const ElementChange& element, host::LONG field) {
-  for (const engine::FieldChange& one : element.fields) {
-    if (one.field == field && one.right) return one.right->GetLong();
-  }
-  return std::nullopt;
-}
 
 // What a person wants to know of a switch, and how many elements have it so.
 struct SwitchWords {
@@ -60,8 +55,14 @@ constexpr SwitchWords kSwitches[] = {
 // element.
 class Contents {
  public:
-  Contents(const host::BaseDocument& doc, const Difference& contents, bool whole)
-      : doc_(doc), contents_(contents), sides_{doc, doc, "", "", whole} {}
+  // With fields of all elements or of one of each part: the others are counted from the records.
+  Contents(const host::BaseDocument& doc, const host::BaseContainer& record,
+           const engine::Parts& parts, const Difference& contents, bool whole)
+      : doc_(doc), contents_(contents), sides_{doc, doc, "", "", whole} {
+    for (const engine::ListRow& row : engine::kRecordLists) {
+      if ((engine::PartsOfList(row.key) & parts).any()) CountRecords(row, record, parts);
+    }
+  }
 
   void AddLines(const engine::Parts& parts, Report& report) const {
     std::vector<std::string> missing;
@@ -92,11 +93,11 @@ class Contents {
     }
     report.PutObject("counts", counts);
     report.PutList("switches");
-    for (const SwitchWords& row : kSwitches) {
-      if (const std::size_t count = Count(row); count > 0)
-        report.Append(
-            "switches",
-            {{"part", engine::RowOf(row.part).word}, {"words", row.words}, {"count", count}});
+    for (std::size_t i = 0; i < std::size(kSwitches); ++i) {
+      if (switches_[i] > 0)
+        report.Append("switches", {{"part", engine::RowOf(kSwitches[i].part).word},
+                                   {"words", kSwitches[i].words},
+                                   {"count", switches_[i]}});
     }
     report.Put("gone", contents_.gone);
     report.PutStream("elements", [this](const auto& append) {
@@ -127,11 +128,29 @@ class Contents {
             {"fields", JsonValue::List(fields)}};
   }
 
-  std::size_t Count(const SwitchWords& row) const {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(contents_.changes, [&](const ElementChange& element) {
-          return element.part == row.part && NumberOf(element, row.field) == row.value;
-        }));
+  void CountRecords(const engine::ListRow& row, const host::BaseContainer& record,
+                    const engine::Parts& parts) {
+    const engine::RecordList list(record, row.key, row.link);
+    engine::NodeSet met;
+    engine::ForEachRecordBackwards(
+        list, met, [&](engine::NodeId id, const engine::ContainerBody* one) {
+          host::BaseList2D* element = engine::FindNode(&doc_, id);
+          const engine::PartRow* part =
+              element ? engine::PartOfElement(row.key, *element) : nullptr;
+          if (part && parts[engine::IndexOf(part->part)]) CountRecord(part->part, one);
+        });
+  }
+
+  void CountRecord(Part part, const engine::ContainerBody* record) {
+    if (part != Part::Objects && part != Part::Layers && part != Part::Materials) return;
+    for (const engine::FieldNow& field : engine::FieldsOfRecord(doc_, part, record)) {
+      if (part == Part::Materials)
+        ++materials_[engine::FieldValueText(doc_, host::Ttexture, field.field, field.value)];
+      for (std::size_t i = 0; i < std::size(kSwitches); ++i) {
+        switches_[i] += part == kSwitches[i].part && field.field == kSwitches[i].field &&
+                        field.value.GetLong() == kSwitches[i].value;
+      }
+    }
   }
 
   std::vector<std::string> Summary(Part part) const {
@@ -139,12 +158,10 @@ class Contents {
     if (part == Part::Camera) return {CameraText()};
     std::vector<std::string> lines{std::to_string(contents_.Of(part).onlyRight)};
     if (part == Part::Materials) lines[0] += ": " + MaterialsText();
-    for (const SwitchWords& row : kSwitches) {
-      if (row.part != part) continue;
-      const std::size_t count = Count(row);
-      if (count > 0)
-        lines.push_back(Counted(count, part == Part::Layers ? "layer" : "object") + ": " +
-                        row.words);
+    for (std::size_t i = 0; i < std::size(kSwitches); ++i) {
+      if (kSwitches[i].part == part && switches_[i] > 0)
+        lines.push_back(Counted(switches_[i], part == Part::Layers ? "layer" : "object") + ": " +
+                        kSwitches[i].words);
     }
     return lines;
   }
@@ -175,11 +192,7 @@ class Contents {
 
   // "Brick" 8, "Clay" 4 and 3 more materials; those with most tags first.
   std::string MaterialsText() const {
-    std::map<std::string, std::size_t> counts;
-    for (const ElementChange& tag : contents_.changes) {
-      if (tag.part == Part::Materials) ++counts[Value(tag, engine::kFieldTagMaterial)];
-    }
-    std::vector<std::pair<std::string, std::size_t>> sorted(counts.begin(), counts.end());
+    std::vector<std::pair<std::string, std::size_t>> sorted(materials_.begin(), materials_.end());
     std::ranges::stable_sort(sorted, std::ranges::greater(),
                              &std::pair<std::string, std::size_t>::second);
     std::string text;
@@ -194,7 +207,7 @@ class Contents {
 
   void AddElements(Report& report) const {
     for (const engine::PartRow& row : engine::kPartRows) {
-      std::vector<ListRow> rows;
+      std::vector<FactRow> rows;
       for (const ElementChange& element : contents_.changes) {
         if (element.part != row.part) continue;
         const host::LONG type = engine::TypeForFields(doc_, element);
@@ -214,6 +227,8 @@ class Contents {
   const host::BaseDocument& doc_;
   const Difference& contents_;
   Sides sides_;
+  std::array<std::size_t, std::size(kSwitches)> switches_{};  // elements that have it so
+  std::map<std::string, std::size_t> materials_;              // tags, by the material's name
 };
 
 int RunShow(Program& program, const ShowOptions& options) {
@@ -223,8 +238,10 @@ int RunShow(Program& program, const ShowOptions& options) {
   if (const int status = session.ReadMark(options.name, state); status != kDone) return status;
   engine::CompareOptions compare;
   compare.parts = PartsToShow(options.parts);
+  if (!program.verbose && !program.json) compare.mostFields = 1;
   const Difference difference = engine::ContentsOf(session.Document(), state.record, compare);
-  const Contents contents(session.Document(), difference, program.verbose);
+  const Contents contents(session.Document(), state.record, compare.parts, difference,
+                          program.verbose);
   Report report;
   report.Put("stagemark", state.name);
   report.Put("date", state.date.Text());
