@@ -47,7 +47,10 @@ LookReading::LookReading(const host::BaseDocument& doc, FileSystem& files, Rende
 std::uint32_t LookReading::LookOf(const host::BaseMaterial& material) {
   const auto [it, isNew] =
       looks_.try_emplace(&material, static_cast<std::uint32_t>(picture_.looks.size()));
-  if (isNew) picture_.looks.push_back(Read(it->second, *material.GetDataInstance()));
+  if (isNew) {
+    picture_.looks.push_back(Read(it->second, *material.GetDataInstance()));
+    picture_.looks.back().name = material.GetName().ToUtf8();
+  }
   return it->second;
 }
 

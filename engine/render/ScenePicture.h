@@ -29,6 +29,7 @@ struct SurfaceLook {
   float roughness = 0.5F;
   float metallic = 0;
   bool isDoubleSided = true;
+  std::string name;  // of the material, empty for none
   std::shared_ptr<const Texture> colorTexture;
   std::shared_ptr<const Texture> luminanceTexture;
   std::shared_ptr<const Texture> normalTexture;
@@ -43,6 +44,7 @@ struct LightSource {
   enum class Kind { Point, Spot, Sun, Area, Ambient };
 
   Kind kind = Kind::Point;
+  NodeId object = 0;
   Vec color{1, 1, 1};
   Vec position;
   Vec direction{0, 0, 1};  // in which it shines, unit

@@ -264,6 +264,7 @@ class SceneScan::Reader {
   void AddLight(const BaseObject& object, const Matrix& frame) {
     const host::BaseContainer& data = *object.GetDataInstance();
     LightSource light;
+    light.object = IdOf(object);
     light.kind = static_cast<LightSource::Kind>(
         std::clamp<host::LONG>(data.GetLong(host::LIGHT_TYPE), 0, 4));
     const bool colored = data.FindIndex(host::LIGHT_COLOR) != host::NOTOK;

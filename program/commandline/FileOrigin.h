@@ -10,9 +10,10 @@
 
 namespace commandline {
 
-// The bytes of a picture (PNG, TIFF) or a page (HTML) with the mark of `maker`, a word.
+// The bytes of a picture (PNG, TIFF) or a page (HTML) with the mark of `maker`, a word; those of a
+// published scene (GLB), whose maker is "publish".
 std::string WithMaker(const std::string& bytes, const std::string& maker);
-// The maker of a file with these bytes, a scene, too; empty where there is none or the file was
+// The maker of a file with these bytes, a scene or a published one, too; empty where there is none or the file was
 // changed since.
 std::string MakerOf(std::string_view bytes);
 // Whether a file of `maker` may be written at that absolute path without asking: nothing is there,

@@ -62,6 +62,7 @@ void AddDeleteAll(Arguments& arguments, Program& program);
 void AddCleanMaterials(Arguments& arguments, Program& program);
 void AddExport(Arguments& arguments, Program& program);
 void AddRender(Arguments& arguments, Program& program);
+void AddPublish(Arguments& arguments, Program& program);
 void AddSheet(Arguments& arguments, Program& program);
 void AddDemo(Arguments& arguments, Program& program);
 

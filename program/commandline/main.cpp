@@ -51,7 +51,8 @@ void AddVerbs(Arguments& arguments, Program& program) {
             AddDelete, AddDeleteAll, AddOptions});
   AddGroup(arguments, program, "Many Stagemarks at once",
            {AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
-  AddGroup(arguments, program, "Files and pictures", {AddExport, AddRender, AddSheet, AddDemo});
+  AddGroup(arguments, program, "Files and pictures",
+           {AddExport, AddPublish, AddRender, AddSheet, AddDemo});
 }
 
 int Run(int count, char** words) {

@@ -71,11 +71,14 @@ TEST_F(Saving, OnlyWhatACommandMadeItselfIsReplacedWithoutForce) {
       {{"export", scene, "--only", "Day", "--layout", "file", "--to", Scene("ex")},
        Scene("ex/spider Day.c4d"),
        false},
+      {{"publish", scene, "--only", "Day", "--to", Scene("pub")},
+       Scene("pub/spider Day.glb"),
+       true},
   };
   Out({"import", spider, Scene("bare.c4d")});
   for (const auto& row : kRows) {
     for (const std::string& made :
-         {Scene("p.png"), Scene("p.tif"), Scene("page"), Scene("ex"), out})
+         {Scene("p.png"), Scene("p.tif"), Scene("page"), Scene("ex"), Scene("pub"), out})
       fs::remove_all(made);
     fs::create_directories(fs::path(row.file).parent_path());
     const std::string what = testing::PrintToString(row.call) + row.file;

@@ -1,0 +1,199 @@
+// What is published is what a picture shows, in files that other programs can read.
+#include "engine/publish/Publish.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "engine/render/Image.h"
+#include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/Mesh.h"
+#include "host/Parameters.h"
+#include "tests/support/SceneBuilder.h"
+#include "tests/support/ScriptedServices.h"
+
+namespace {
+
+using nlohmann::json;
+using tests::SceneBuilder;
+
+std::uint32_t NumberAt(const std::string& bytes, std::size_t at) {
+  std::uint32_t number = 0;
+  std::memcpy(&number, bytes.data() + at, sizeof number);
+  return number;
+}
+
+class PublishTest : public testing::Test {
+ protected:
+  // The JSON part of the file; the bytes behind it go into `bytes_`.
+  json Publish(bool omitHidden = true) {
+    engine::PublishOptions options;
+    options.scene = "room";
+    options.state = "Day";
+    options.omitHidden = omitHidden;
+    auto published =
+        engine::PublishGltf(scene_.Doc(), services_.Get().files, options, caches_, geometries_);
+    EXPECT_TRUE(published.Ok()) << published.Message();
+    notes_ = published.Value().notes;
+    file_ = published.Value().bytes;
+    EXPECT_EQ(file_.substr(0, 4), "glTF");
+    EXPECT_EQ(NumberAt(file_, 8), file_.size());
+    const std::size_t length = NumberAt(file_, 12);
+    EXPECT_EQ(length % 4, 0U);
+    bytes_ = file_.size() > 28 + length ? file_.substr(28 + length) : "";
+    return json::parse(file_.substr(20, length));
+  }
+
+  // Names of the nodes, each with "/" and the one above it; "!" marks one that is not visible.
+  static std::string NodesOf(const json& file) {
+    std::map<std::size_t, std::size_t> above;
+    for (std::size_t i = 0; i < file.value("nodes", json::array()).size(); ++i) {
+      for (const json& child : file["nodes"][i].value("children", json::array()))
+        above[child.get<std::size_t>()] = i;
+    }
+    std::string text;
+    for (std::size_t i = 0; i < file.value("nodes", json::array()).size(); ++i) {
+      const json& node = file["nodes"][i];
+      text += text.empty() ? "" : " ";
+      if (above.contains(i)) text += file["nodes"][above[i]]["name"].get<std::string>() + "/";
+      text += node["name"].get<std::string>() + (node.contains("mesh") ? "*" : "");
+      if (node.contains("extensions") && node["extensions"].contains("KHR_node_visibility"))
+        text += "!";
+    }
+    return text;
+  }
+
+  std::vector<float> FloatsOf(const json& file, const json& accessor) const {
+    const json& one = file["accessors"][accessor.get<std::size_t>()];
+    const json& view = file["bufferViews"][one["bufferView"].get<std::size_t>()];
+    std::vector<float> numbers(view["byteLength"].get<std::size_t>() / sizeof(float));
+    std::memcpy(numbers.data(), bytes_.data() + view["byteOffset"].get<std::size_t>(),
+                numbers.size() * sizeof(float));
+    return numbers;
+  }
+
+  SceneBuilder scene_;
+  tests::ScriptedServices services_;
+  engine::RenderCaches caches_;
+  engine::GltfGeometries geometries_;
+  std::vector<std::string> notes_;
+  std::string file_;
+  std::string bytes_;
+};
+
+// Groups without anything in them are not there; what shows below something hidden keeps its place.
+TEST_F(PublishTest, HiddenObjectsAreLeftOutOrMarked) {
+  scene_.Cube("Room/Shown").Cube("Room/Off").Cube("Room/Off/Inside").Object("Empty");
+  scene_.Modes("Room/Off", host::MODE_UNDEF, host::MODE_OFF);
+  scene_.Modes("Room/Off/Inside", host::MODE_UNDEF, host::MODE_ON);
+  scene_.Cube("Layered").Layer("Hidden", {.render = host::FALSE}).OnLayer("Layered", "Hidden");
+  EXPECT_EQ(NodesOf(Publish()), "Room Room/Shown* Room/Off Off/Inside*");
+  const json marked = Publish(false);
+  EXPECT_EQ(NodesOf(marked),
+            "Room Room/Shown* Room/Off Off/Off*! Off/Inside* Layered Layered/Layered*!");
+  EXPECT_EQ(marked["extensionsUsed"], json::array({"KHR_node_visibility"}));
+}
+
+// Metres, y up, z towards the viewer, corners turned round with the mirroring; the geometry of two
+// objects stands in the file once, and materials come from the tags.
+TEST_F(PublishTest, GeometryIsThereOnceWithItsMaterials) {
+  engine::Mesh mesh;
+  mesh.points = {{0, 0, 100}, {100, 0, 100}, {0, 100, 100}, {500, 0, 0}};
+  mesh.polygons = {{0, 1, 2, -1}, {0, 1, 1, -1}, {0, 1, 9, -1}};
+  const auto shared = std::make_shared<const engine::Mesh>(mesh);
+  for (const char* name : {"A", "B", "C"}) {
+    scene_.Object(name, host::Opolygon);
+    engine::SetMesh(*scene_.Last(), shared);
+  }
+  scene_.Material("Red", host::Vector(1, 0, 0)).Texture("A", "Red").Texture("B", "Red");
+  const json file = Publish();
+  ASSERT_EQ(file["meshes"].size(), 2U) << "with the material, and without one";
+  EXPECT_EQ(file["meshes"][0]["primitives"][0]["attributes"],
+            file["meshes"][1]["primitives"][0]["attributes"]);
+  EXPECT_EQ(file["nodes"][0]["mesh"], file["nodes"][1]["mesh"]);
+  const json& material =
+      file["materials"][file["meshes"][0]["primitives"][0]["material"].get<std::size_t>()];
+  EXPECT_EQ(material["name"], "Red");
+  EXPECT_EQ(material["pbrMetallicRoughness"]["baseColorFactor"], json::array({1, 0, 0, 1}));
+  const json& primitive = file["meshes"][0]["primitives"][0];
+  EXPECT_EQ(FloatsOf(file, primitive["attributes"]["POSITION"]),
+            (std::vector<float>{0, 0, -1, 0, 1, -1, 1, 0, -1}));
+  const json& accessor = file["accessors"][primitive["attributes"]["POSITION"].get<std::size_t>()];
+  EXPECT_EQ(accessor["max"], json::array({1, 1, -1}));
+}
+
+// The scene camera is the file's first; a frame, a light and what the file says of its state.
+TEST_F(PublishTest, CamerasLightsAndFacts) {
+  scene_.Camera("One").Camera("Two").LookThrough("Two").At("Two", 100, 200, 300);
+  scene_.Object("Lamp", host::Olight);
+  host::BaseContainer& lamp = *scene_.Last()->GetDataInstance();
+  lamp.SetLong(host::LIGHT_TYPE, 1);
+  lamp.SetReal(host::LIGHT_BRIGHTNESS, 3);
+  scene_.Object("Ambient", host::Olight);
+  scene_.Last()->GetDataInstance()->SetLong(host::LIGHT_TYPE, 4);
+  const json file = Publish();
+  EXPECT_EQ(file["cameras"][0]["name"], "Two");
+  EXPECT_EQ(file["nodes"][1]["camera"], 0);
+  const json frame = file["nodes"][1]["matrix"];
+  EXPECT_EQ(frame[12], 1.0);
+  EXPECT_EQ(frame[13], 2.0);
+  EXPECT_EQ(frame[14], -3.0);
+  const json& light = file["extensions"]["KHR_lights_punctual"]["lights"];
+  ASSERT_EQ(light.size(), 1U) << "the format has no ambient light";
+  EXPECT_EQ(light[0]["type"], "spot");
+  EXPECT_EQ(light[0]["intensity"], 3.0);
+  EXPECT_LT(light[0]["spot"]["innerConeAngle"], light[0]["spot"]["outerConeAngle"]);
+  ASSERT_EQ(notes_.size(), 1U);
+  EXPECT_NE(notes_[0].find("Ambient"), std::string::npos);
+  EXPECT_EQ(file["scenes"][0]["name"], "Day");
+  EXPECT_EQ(file["scenes"][0]["extras"]["renderSize"], json::array({1280, 720}));
+}
+
+// Pictures of kinds that the format does not know become PNG; one that is not there is named, and
+// the rest of the file is whole.
+TEST_F(PublishTest, TexturesAreEmbedded) {
+  engine::Image image;
+  image.width = image.height = 2;
+  image.bytes.assign(16, 255);
+  engine::AddEmbeddedFile(scene_.Doc(), "wood.tif", engine::EncodeTiff(image).Value());
+  for (const char* name : {"wood.tif", "nowhere.png"}) {
+    scene_.Cube(name).Material(name).Texture(name, name);
+    host::BaseMaterial* material = scene_.GetMaterial(name);
+    material->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER,
+                                         scene_.Bitmap(material, name));
+  }
+  const json file = Publish();
+  ASSERT_EQ(file["images"].size(), 1U);
+  EXPECT_EQ(file["images"][0]["mimeType"], "image/png");
+  const json& view = file["bufferViews"][file["images"][0]["bufferView"].get<std::size_t>()];
+  const std::string picture =
+      bytes_.substr(view["byteOffset"].get<std::size_t>(), view["byteLength"].get<std::size_t>());
+  EXPECT_TRUE(engine::DecodeImage(picture).Ok());
+  EXPECT_TRUE(file["materials"][0]["pbrMetallicRoughness"].contains("baseColorTexture"));
+  EXPECT_FALSE(file["materials"][1]["pbrMetallicRoughness"].contains("baseColorTexture"));
+  ASSERT_EQ(notes_.size(), 1U);
+  EXPECT_NE(notes_[0].find("nowhere.png"), std::string::npos);
+}
+
+// Numbers that are none, names that are no text, chains that are deep: a file that can be read.
+TEST_F(PublishTest, OddScenesGiveFilesAllTheSame) {
+  EXPECT_FALSE(Publish().contains("nodes")) << "an empty list is not allowed";
+  std::string path = "Deep";
+  for (int i = 0; i < 300; ++i) path += "/x";
+  scene_.Cube(path);
+  scene_.Last()->SetName(host::String("\xff\"<"));
+  scene_.Object("Broken");
+  host::Matrix frame;
+  frame.off.x = std::numeric_limits<double>::quiet_NaN();
+  scene_.Last()->SetMl(frame);
+  scene_.Camera("Broken/Eye");
+  scene_.Last()->GetDataInstance()->SetReal(host::CAMERA_FOV,
+                                            std::numeric_limits<double>::infinity());
+  const json file = Publish();
+  EXPECT_EQ(file.dump().find("null"), std::string::npos);
+  EXPECT_EQ(notes_.size(), 1U);
+}
+
+}  // namespace
