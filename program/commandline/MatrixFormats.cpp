@@ -115,7 +115,7 @@ class TextTable {
       std::size_t end = begin;
       std::size_t used = Head("", "").size();
       while (end < count &&
-             (end == begin || whole_ || used + kGap + widths_[end] <= Terminal::Columns()))
+             (end == begin || whole_ || used + kGap + widths_[end] <= Terminal::ColumnsForTable()))
         used += kGap + widths_[end++];
       if (begin > 0) report_.Line("");
       AddBlock(begin, end);

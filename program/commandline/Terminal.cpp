@@ -17,6 +17,7 @@ namespace commandline {
 namespace {
 
 constexpr std::size_t kLongestWord = 400;
+constexpr std::size_t kUsualColumns = 100;
 
 volatile std::sig_atomic_t stopSignal = 0;
 
@@ -56,9 +57,13 @@ void Terminal::CatchInterrupts() {
 int Terminal::StopSignal() { return stopSignal; }
 
 std::size_t Terminal::Columns() {
+  return std::clamp<std::size_t>(ColumnsForTable(), 60, kUsualColumns);
+}
+
+std::size_t Terminal::ColumnsForTable() {
   winsize size{};
   const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return known ? std::clamp<std::size_t>(size.ws_col, 60, 100) : 100;
+  return known ? std::max<std::size_t>(size.ws_col, 60) : kUsualColumns;
 }
 
 void Terminal::Tell(const std::string& text) {

@@ -41,6 +41,8 @@ class Terminal : public engine::Person {
   // Width to write for: that of the terminal, within what reads well; a usual one where there is
   // none.
   static std::size_t Columns();
+  // The same for a table, which may be as wide as the terminal is.
+  static std::size_t ColumnsForTable();
 
   // Messages for a person, on stderr: plain, as a note (each once only) or as an error.
   void Say(const std::string& text);

@@ -62,7 +62,7 @@ TEST_F(States, ShowTellsWhatIsHeld) {
   const std::string scene = Staged();
   Check(scene, {{{"show", "Day"},
                  0,
-                 {"Day, recorded 20", "Render Settings", "1280 px x", "Objects", "21\n"}},
+                 {"Day, recorded 20", "Render Settings", "1280 x 720 px", "Objects", "21\n"}},
                 {{"show", "Night"},
                  0,
                  {"recorded or loaded last", "22 objects: hidden in renders", "Layers"}},
@@ -150,7 +150,8 @@ TEST_F(States, ADryRunTellsWhatLoadingDoesAndLoses) {
          {{"load", "Day", "-n", "--without", "objects"}, 0, {"(without objects) would change"}},
          {{"load", "Day"},
           0,
-          {"Render mode  Off -> Undefined", "and 13 more", "does not know",
+          {"Render mode  Off -> Undefined", "and 13 more",
+           "Stays as it is: 1 element of the scene is not in \"Day\"\n  Front  Camera",
            "note: nothing was written"}},
          {{"load", "Day", "-n", "-o", "x.c4d"}, 2, {"--output excludes --dry-run"}}});
   const json dry = Json({"load", scene, "Night", "-n"});

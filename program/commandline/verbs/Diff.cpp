@@ -61,7 +61,7 @@ class DiffVerb {
   int Run() {
     int status = ReadPlaces();
     if (status == kDone) status = session_.StartWithScene();
-    if (status == kDone) status = session_.ReadMark(places_[0].name, left_);
+    if (status == kDone) status = Read(places_[0], left_);
     if (status == kDone) status = options_.scene ? WithScene() : WithOther();
     // Not to be mistaken for "different".
     return status == kFailed ? kTrouble : status == kDone ? Answer() : status;
@@ -110,8 +110,7 @@ class DiffVerb {
       if (const int status = session_.Open(places_[1].scene); status != kDone) return status;
     }
     rightDoc_ = &session_.Document();
-    if (const int status = session_.ReadMark(places_[1].name, right_); status != kDone)
-      return status;
+    if (const int status = Read(places_[1], right_); status != kDone) return status;
     engine::CompareOptions compare = Compared();
     compare.parts = PartsToShow(options_.parts);
     difference_ =
@@ -121,6 +120,15 @@ class DiffVerb {
     return kDone;
   }
 
+  // Of two scenes, a message about one says which.
+  int Read(const Place& place, engine::StoredState& state) {
+    const int status = session_.ReadMark(place.name, state);
+    if (status != kDone && IsOfTwo()) program_.terminal.Say("The scene is " + place.scene + ".");
+    return status;
+  }
+
+  bool IsOfTwo() const { return places_.size() > 1 && places_[0].scene != places_[1].scene; }
+
   engine::CompareOptions Compared() const {
     engine::CompareOptions compare;
     if (!program_.verbose && !program_.json) compare.mostFields = kMostListed;
@@ -129,8 +137,7 @@ class DiffVerb {
 
   // How a side is called in a sentence; two of one name by their scenes, too.
   std::string Called(const Place& place, const std::string& name) const {
-    const bool one = places_.size() < 2 || places_[0].scene == places_[1].scene;
-    return Listed({one ? name : place.scene + ":" + name});
+    return Listed({IsOfTwo() ? place.scene + ":" + name : name});
   }
 
   int Answer() {

@@ -1,4 +1,7 @@
 
+#include <algorithm>
+
+#include "engine/states/FieldText.h"
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/ChangeLists.h"
@@ -117,7 +120,9 @@ class DryRun {
     report.Put("parts", applied);
     PutCounts(counts, report);
     PutChanges(sides_, changes_, report);
-    report.Put("unknown", unknown_);
+    report.PutStream("unknown", [this](const auto& append) {
+      for (const engine::ElementChange& change : unknown_) append(MembersOf(sides_, change));
+    });
     report.PutStream("lost", [this](const auto& append) {
       for (const engine::ElementChange& change : lost_.changes) append(MembersOf(sides_, change));
     });
@@ -131,9 +136,12 @@ class DryRun {
   // Changes from what the state knows nothing of, and once more those that are final.
   void SetApart(const std::vector<std::size_t>& lost) {
     for (const std::size_t at : lost) lost_.changes.push_back(found_.changes[at]);
-    unknown_ = std::erase_if(found_.changes, [](const engine::ElementChange& change) {
-      return change.kind != engine::ChangeKind::Changed;
-    });
+    std::vector<engine::ElementChange> changed;
+    for (engine::ElementChange& change : found_.changes) {
+      const bool isKnown = change.kind == engine::ChangeKind::Changed;
+      (isKnown ? changed : unknown_).push_back(std::move(change));
+    }
+    found_.changes = std::move(changed);
     for (engine::PartCount& count : found_.counts) count.onlyLeft = 0;
     changes_ = std::move(found_);
   }
@@ -172,15 +180,30 @@ class DryRun {
     return false;
   }
 
+  // What a load leaves alone, because the state says nothing of it; false when not all is listed.
+  bool AddUnknown(Report& report) const {
+    if (unknown_.empty()) return true;
+    const bool one = unknown_.size() == 1;
+    const std::size_t listed =
+        sides_.whole ? unknown_.size() : std::min(unknown_.size(), kMostListed);
+    std::vector<FactRow> rows;
+    for (std::size_t i = 0; i < listed; ++i) {
+      rows.push_back(
+          {PlaceOf(sides_, unknown_[i]), "", engine::ElementKind(doc_, unknown_[i].element)});
+    }
+    report.Line("");
+    report.Line("Stays as it is: " + Counted(unknown_.size(), "element") + " of the scene " +
+                (one ? "is" : "are") + " not in " + sides_.right);
+    AddRows(rows, sides_.whole, report);
+    if (listed < unknown_.size())
+      report.Line("  and " + std::to_string(unknown_.size() - listed) + " more");
+    return listed == unknown_.size();
+  }
+
   void AddLines(Report& report) {
     bool isWhole = AddChanges(sides_, changes_, report);
     isWhole = AddLost(report) && isWhole;
-    if (unknown_ > 0) {
-      report.Line("");
-      report.Line(Counted(unknown_, "element") + " of the scene would stay as " +
-                  (unknown_ == 1 ? "it is" : "they are") + ": " + sides_.right +
-                  (unknown_ == 1 ? " does not know it." : " does not know them."));
-    }
+    isWhole = AddUnknown(report) && isWhole;
     if (!leftAlone_.empty()) report.Line("");
     if (!leftAlone_.empty()) report.Line(leftAlone_);
     if (!isWhole) report.Line("\n-v lists everything.");
@@ -193,7 +216,7 @@ class DryRun {
   engine::Difference found_;
   engine::Difference changes_;
   engine::Difference lost_;
-  std::size_t unknown_ = 0;
+  std::vector<engine::ElementChange> unknown_;
   std::string leftAlone_;
 };
 

@@ -179,10 +179,10 @@ class Contents {
 
   std::string SettingsText() const {
     const ElementChange& settings = First(Part::RenderSettings);
+    const std::string width = Value(settings, host::RDATA_XRES);
     return Listed({engine::ElementPath(doc_, settings.element)}) + ": " +
-           Value(settings, host::RDATA_XRES) + " x " + Value(settings, host::RDATA_YRES) +
-           ", from " + Value(settings, host::RDATA_FRAMEFROM) + " to " +
-           Value(settings, host::RDATA_FRAMETO);
+           width.substr(0, width.find(' ')) + " x " + Value(settings, host::RDATA_YRES) + ", " +
+           Value(settings, host::RDATA_FRAMEFROM) + " to " + Value(settings, host::RDATA_FRAMETO);
   }
 
   std::string CameraText() const {
