@@ -266,6 +266,22 @@ class SceneWalk {
     return out_.Take();
   }
 
+  // Fills in the fields of these changes, by element.
+  void TellFields(std::unordered_map<NodeId, ElementChange*>& wanted) {
+    for (const ListRow& row : kRecordLists) {
+      if ((PartsOfList(row.key) & options_.parts).none()) continue;
+      BeginList(row);
+      const auto tell = [&](Part part, const BaseList2D& element, const ContainerBody* record) {
+        const auto found = wanted.find(IdOf(element));
+        if (found == wanted.end()) return;
+        found->second->fields = ChangedFields(part, element, record);
+        wanted.erase(found);
+      };
+      while (!wanted.empty() && VisitNext(tell)) {
+      }
+    }
+  }
+
  private:
   enum class Step { Scene, NextList, Records, Unknown };
 
@@ -530,6 +546,17 @@ StepwiseComparison::StepwiseComparison(const BaseDocument& doc, const BaseContai
 StepwiseComparison::~StepwiseComparison() = default;
 bool StepwiseComparison::Advance(std::size_t elements) { return walk_->walk.Advance(elements); }
 Difference StepwiseComparison::Take() { return walk_->walk.Take(); }
+
+void TellFields(const BaseDocument& doc, const BaseContainer& record, const CompareOptions& options,
+                Difference& toScene, const std::vector<std::size_t>& changes) {
+  std::unordered_map<NodeId, ElementChange*> wanted;
+  for (const std::size_t at : changes) {
+    ElementChange& change = toScene.changes[at];
+    if (change.kind == ChangeKind::Changed && change.fields.empty())
+      wanted.emplace(change.element, &change);
+  }
+  SceneWalk(doc, record, options).TellFields(wanted);
+}
 
 Difference ContentsOf(const BaseDocument& doc, const BaseContainer& record,
                       const CompareOptions& options) {

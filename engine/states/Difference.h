@@ -96,6 +96,12 @@ class StepwiseComparison {
   std::unique_ptr<Walk> walk_;
 };
 
+// Fills in the fields of some of the changes (indices) that CompareWithScene with these options has
+// found without them.
+void TellFields(const host::BaseDocument& doc, const host::BaseContainer& record,
+                const CompareOptions& options, Difference& toScene,
+                const std::vector<std::size_t>& changes);
+
 // Left and right exchanged.
 Difference Mirrored(Difference difference);
 
