@@ -1,6 +1,7 @@
 #include "program/commandline/ChangeLists.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 #include "engine/dialog/TextArea.h"
@@ -106,7 +107,7 @@ class PartLists {
       for (std::size_t i = begin; i < end; ++i) {
         const ElementChange& change = difference_.changes[i];
         if (change.kind != kind) continue;
-        // Only some of very many changes have been told with their fields.
+        // Only some of very many changes are told with their fields.
         const bool isTold = kind != ChangeKind::Changed || !change.fields.empty();
         if (sides_.whole || (isTold && listed < kMostListed)) {
           ++listed;
@@ -154,31 +155,30 @@ std::string WithoutBeginning(const std::string& path, std::size_t width) {
   while (begin < path.size() &&
          (isInside() || engine::DisplayWidth(std::string_view(path).substr(begin)) >= width))
     ++begin;
-  return "…" + path.substr(begin);
+  // From a name on where half of the text is left then.
+  const std::size_t slash = path.find('/', begin);
+  const bool isNear = slash != std::string::npos && slash - begin <= (path.size() - begin) / 2;
+  return "…" + path.substr(isNear ? slash : begin);
 }
 
-void AddRows(const std::vector<FactRow>& rows, bool whole, Report& report) {
+void AddRows(const std::vector<FactRow>& rows, bool whole, Report& report, std::size_t indent) {
+  const std::size_t widest = whole ? kWidestWhole : Terminal::Columns() * 2 / 5;
+  std::vector<std::string> names;
   std::size_t elements = 0;
   std::size_t fields = 0;
   for (const FactRow& row : rows) {
-    elements = std::max(elements, engine::DisplayWidth(row.element));
-    fields = std::max(fields, engine::DisplayWidth(row.field));
-  }
-  elements = std::min(elements, whole ? kWidestWhole : Terminal::Columns() * 2 / 5);
-  fields = std::min(fields, kWidestField);
-  const std::string* former = nullptr;
-  for (const FactRow& row : rows) {
-    const bool again = former && *former == row.element;
-    former = &row.element;
     const std::string name = engine::Printable(row.element);
-    std::string line = engine::PadRight(again   ? ""
-                                        : whole ? name
-                                                : WithoutBeginning(name, elements),
-                                        elements);
-    if (fields > 0) line += "  " + engine::PadRight(row.field, fields);
-    line += "  " + row.value;
+    names.push_back(whole ? name : WithoutBeginning(name, widest));
+    elements = std::max(elements, std::min(engine::DisplayWidth(names.back()), widest));
+    fields = std::max(fields, std::min(engine::DisplayWidth(row.field), kWidestField));
+  }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const bool again = i > 0 && rows[i - 1].element == rows[i].element;
+    std::string line = engine::PadRight(again ? "" : names[i], elements);
+    if (fields > 0) line += "  " + engine::PadRight(rows[i].field, fields);
+    line += "  " + rows[i].value;
     line.erase(line.find_last_not_of(' ') + 1);
-    report.Line("  " + line);
+    report.Line(std::string(indent, ' ') + line);
   }
 }
 
@@ -213,6 +213,20 @@ void AppendValuesLeft(const Sides& sides, const ElementChange& change, std::vect
                       2 * ValueWidth(sides));
   };
   AppendValues(sides, change, text, rows);
+}
+
+void TellListed(const host::BaseDocument& doc, const host::BaseContainer& record,
+                const engine::CompareOptions& options, const std::vector<std::size_t>& others,
+                Difference& toScene) {
+  std::vector<std::size_t> listed(others.begin(),
+                                  others.begin() + std::min(others.size(), kMostListed));
+  std::array<std::size_t, engine::kParts> counts{};
+  for (std::size_t i = 0; i < toScene.changes.size(); ++i) {
+    const ElementChange& change = toScene.changes[i];
+    if (change.kind == ChangeKind::Changed && counts[engine::IndexOf(change.part)]++ < kMostListed)
+      listed.push_back(i);
+  }
+  engine::TellFields(doc, record, options, toScene, listed);
 }
 
 void AddCounts(const Sides& sides, const Difference& difference, Report& report) {

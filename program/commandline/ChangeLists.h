@@ -31,7 +31,7 @@ struct FactRow {
   std::string value;
 };
 // Lines in columns that fit the terminal, unless `whole`; a long path loses its beginning.
-void AddRows(const std::vector<FactRow>& rows, bool whole, Report& report);
+void AddRows(const std::vector<FactRow>& rows, bool whole, Report& report, std::size_t indent = 2);
 // "  label    text", the text broken at blanks.
 void AddLabeled(Report& report, const std::string& label, const std::string& text);
 
@@ -47,6 +47,12 @@ std::string ValuesText(const Sides& sides, const engine::ElementChange& change,
 // Rows with the values of the left side, what the right one would make of them left out.
 void AppendValuesLeft(const Sides& sides, const engine::ElementChange& change,
                       std::vector<FactRow>& rows);
+
+// Of a difference from CompareWithScene: fills in the fields of those changes that are listed, the
+// first of each part and of `others` (indices).
+void TellListed(const host::BaseDocument& doc, const host::BaseContainer& record,
+                const engine::CompareOptions& options, const std::vector<std::size_t>& others,
+                engine::Difference& toScene);
 
 // A line a part: "  Objects   8 changed, 1 only in "Day"".
 void AddCounts(const Sides& sides, const engine::Difference& difference, Report& report);

@@ -150,7 +150,8 @@ TEST_F(States, ADryRunTellsWhatLoadingDoesAndLoses) {
          {{"load", "Day", "-n", "--without", "objects"}, 0, {"(without objects) would change"}},
          {{"load", "Day"},
           0,
-          {"Render mode  Off -> Undefined", "and 13 more",
+          {"Render mode  Off -> Undefined", "and 13 more", "Will be lost: 2 elements",
+           "Kopf               Render mode  On\n",
            "Stays as it is: 1 element of the scene is not in \"Day\"\n  Front  Camera",
            "note: nothing was written"}},
          {{"load", "Day", "-n", "-o", "x.c4d"}, 2, {"--output excludes --dry-run"}}});

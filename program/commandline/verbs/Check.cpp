@@ -208,10 +208,10 @@ class CheckVerb {
                       Readable(finding.place), Readable(finding.text)});
     }
     report_.Line("");
-    report_.Line(Colored(words.color, words.word) + " " + Colored(Color::Bold, kind.code) + "  " +
-                 kind.meaning);
-    AddRows(rows, program_.verbose, report_);
-    AddWrapped(RemedyOf(kind), 2, report_);
+    report_.Line(Colored(words.color, words.word) + " " + Colored(Color::Bold, kind.code));
+    AddWrapped(kind.meaning, 2, report_);
+    AddRows(rows, program_.verbose, report_, 6);
+    AddWrapped("What to do: " + RemedyOf(kind), 2, report_);
     return end;
   }
 

@@ -98,7 +98,9 @@ class DiffVerb {
     engine::CompareOptions compare = Compared();
     compare.parts = PartsToLoad(session_, options_.parts);
     leftAlone_ = LeftAloneText(session_, options_.parts, left_.record);
-    difference_ = engine::Mirrored(engine::CompareWithScene(*leftDoc_, left_.record, compare));
+    auto toScene = engine::CompareWithScene(*leftDoc_, left_.record, compare);
+    TellListed(*leftDoc_, left_.record, compare, {}, toScene);
+    difference_ = engine::Mirrored(std::move(toScene));
     return kDone;
   }
 

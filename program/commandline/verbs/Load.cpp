@@ -106,9 +106,10 @@ class DryRun {
     engine::CompareOptions compare;
     compare.parts = PartsToLoad(session, options.parts);
     leftAlone_ = LeftAloneText(session, options.parts, state.record);
-    if (!program.verbose && !program.json) compare.mostFields = kMostListed;
+    if (!program.verbose && !program.json) compare.mostFields = 1;
     found_ = engine::CompareWithScene(doc_, state.record, compare);
     const auto lost = engine::FindLost(doc_, engine::ReadStates(doc_), found_);
+    if (compare.mostFields == 1) TellListed(doc_, state.record, compare, lost, found_);
     SetApart(lost);
   }
 
