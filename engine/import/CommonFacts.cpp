@@ -126,16 +126,6 @@ std::string ReadAll(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The JSON chunk of a binary glTF file (glTF 2.0, section 4.4): after the file's head of 12 bytes a
-// length of four bytes and a type of four.
-std::string JsonChunk(const std::string& file) {
-  std::size_t length = 0;
-  for (std::size_t i = 0; i < 4 && file.size() >= 20; ++i) {
-    length |= static_cast<std::size_t>(static_cast<unsigned char>(file[12 + i])) << (8 * i);
-  }
-  return file.size() < 20 ? std::string() : file.substr(20, length);
-}
-
 double Largest(const std::vector<SourceLight>& lights, bool suns) {
   double largest = 0;
   for (const SourceLight& light : lights) {
@@ -192,15 +182,9 @@ SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::str
                        Notes& notes) {
   SceneFacts facts;
   facts.unitsPerFileUnit = UnitsPerFileUnit(scene, format);
-  const std::string file =
-      format == SourceFormat::Obj || format == SourceFormat::Fbx ? std::string() : ReadAll(path);
-  const bool isGltf = format == SourceFormat::Gltf || format == SourceFormat::Glb;
-  const bool known =
-      isGltf &&
-      AddGltfFacts(scene, format == SourceFormat::Glb ? JsonChunk(file) : file, facts, notes);
-  if (!known) AddCommonFacts(scene, format, facts);
+  AddCommonFacts(scene, format, facts);
   if (format == SourceFormat::Collada && scene.mNumCameras > 0)
-    MendColladaCameras(file, facts, notes);
+    MendColladaCameras(ReadAll(path), facts, notes);
   NormalizeLights(format, facts.lights);
   return facts;
 }

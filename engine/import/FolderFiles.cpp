@@ -36,7 +36,10 @@ bool FolderFiles::Exists(const char* file) const {
 
 Assimp::IOStream* FolderFiles::Open(const char* file, const char* mode) {
   const bool writes = std::strpbrk(mode, "wa+") != nullptr;
-  return !writes && IsInside(file) ? Assimp::DefaultIOSystem::Open(file, mode) : nullptr;
+  std::error_code error;
+  return !writes && IsInside(file) && fs::is_regular_file(file, error)
+             ? Assimp::DefaultIOSystem::Open(file, mode)
+             : nullptr;
 }
 
 }  // namespace engine

@@ -15,7 +15,7 @@ class FolderFiles : public Assimp::DefaultIOSystem {
  public:
   explicit FolderFiles(const std::string& scene);
   bool Exists(const char* file) const override;
-  // Null for a file that lies elsewhere, and for any mode that writes.
+  // Null for a file that lies elsewhere or is no plain one, and for any mode that writes.
   Assimp::IOStream* Open(const char* file, const char* mode) override;
 
   // The folders that may be read.

@@ -119,7 +119,7 @@ host::BaseMaterial* MaterialConversion::Make(unsigned index) {
   const aiMaterial& from = *scene_.mMaterials[index];
   host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
   if (material == nullptr) return nullptr;
-  material->SetName(from.GetName().length > 0 ? TextOf(from.GetName()) : host::String("Material"));
+  material->SetName(NameOf(index));
   doc_.AppendMaterial(material);
   SetColor(from, *material);
   SetAlpha(from, *material);
@@ -130,6 +130,13 @@ host::BaseMaterial* MaterialConversion::Make(unsigned index) {
             *material);
   NoteLosses(from);
   return material;
+}
+
+host::String MaterialConversion::NameOf(unsigned index) const {
+  if (index < facts_.materials.size() && !facts_.materials[index].name.empty())
+    return host::String(std::string_view(facts_.materials[index].name));
+  const aiString name = scene_.mMaterials[index]->GetName();
+  return name.length > 0 ? TextOf(name) : host::String("Material");
 }
 
 void MaterialConversion::SetColor(const aiMaterial& from, host::BaseMaterial& to) {

@@ -33,6 +33,7 @@ class MaterialConversion {
   struct TextureSlot;
   std::string Embed(const aiTexture& texture);
   host::BaseMaterial* Make(unsigned index);
+  host::String NameOf(unsigned index) const;
   void SetColor(const aiMaterial& from, host::BaseMaterial& to);
   void SetAlpha(const aiMaterial& from, host::BaseMaterial& to);
   void SetSurface(const aiMaterial& from, host::BaseMaterial& to);

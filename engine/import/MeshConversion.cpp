@@ -80,11 +80,13 @@ class UvConversion {
       : cosine_(std::cos(use.rotation)),
         sine_(std::sin(use.rotation)),
         scale_(use.scale),
-        offset_(use.offset) {}
+        offset_(use.offset),
+        fromTop_(use.fromTop) {}
 
   std::array<float, 2> operator()(const aiVector3D& uv) const {
     const double u = scale_[0] * uv.x;
-    const double v = scale_[1] * (1 - static_cast<double>(uv.y));
+    const double written = uv.y;
+    const double v = scale_[1] * (fromTop_ ? written : 1 - written);
     const double x = cosine_ * u + sine_ * v + offset_[0];
     const double y = cosine_ * v - sine_ * u + offset_[1];
     const bool usable = std::abs(x) < kLargest && std::abs(y) < kLargest;
@@ -97,6 +99,7 @@ class UvConversion {
   double sine_;
   std::array<double, 2> scale_;
   std::array<double, 2> offset_;
+  bool fromTop_;
 };
 
 void AddUvs(const aiVector3D* uvs, const UvConversion& convert, const aiFace& face, Mesh& mesh) {
@@ -117,8 +120,8 @@ std::vector<std::int32_t> AddPoints(const aiMesh& source, double scale, Mesh& me
 }
 
 void NoteLosses(const aiMesh& source, Notes& notes) {
-  notes.Count("Vertex colors are left out, meshes", source.GetNumColorChannels() > 0);
-  notes.Count("Skinned meshes are shown at rest", source.mNumBones > 0);
+  notes.Count(kVertexColorsLeftOut, source.GetNumColorChannels() > 0);
+  notes.Count(kSkinsAtRest, source.mNumBones > 0);
   notes.Count("Morph targets are left out", source.mNumAnimMeshes);
 }
 

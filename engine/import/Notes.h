@@ -9,6 +9,12 @@
 
 namespace engine {
 
+// What more than one reader leaves out.
+inline constexpr const char* kVertexColorsLeftOut = "Vertex colors are left out, meshes";
+inline constexpr const char* kSkinsAtRest = "Skinned meshes are shown at rest";
+inline constexpr const char* kAnimationsLeftOut =
+    "Animations are left out, the scene is shown at rest";
+
 class Notes {
  public:
   // A sentence of its own. The same one again counts nothing.

@@ -68,7 +68,6 @@ SceneConversion::SceneConversion(const aiScene& scene, SourceFormat format, cons
       materials_(scene, format, facts, doc, notes),
       scale_(facts.unitsPerFileUnit),
       meshes_(scene.mNumMeshes) {
-  if (facts.rootIsNode) return;
   // The root holds the file's unit and axes: its scale goes into the lengths, its turn into the
   // objects below it.
   const double unit = UniformScale(scene.mRootNode->mTransformation);
@@ -85,8 +84,7 @@ bool SceneConversion::Convert(const std::function<bool(double)>& progress) {
   materials_.Convert();
   const double total = static_cast<double>(NodeCount(scene_.mRootNode));
   const NodeFacts& root = FactsOf(facts_, *scene_.mRootNode);
-  if (facts_.rootIsNode || scene_.mRootNode->mNumMeshes > 0 || !root.cameras.empty() ||
-      !root.lights.empty()) {
+  if (scene_.mRootNode->mNumMeshes > 0 || !root.cameras.empty() || !root.lights.empty()) {
     pending_.push_back({scene_.mRootNode, nullptr, false});
   } else {
     PushChildren(*scene_.mRootNode, nullptr, true);
@@ -121,7 +119,7 @@ SceneConversion::Parts SceneConversion::PartsOf(const aiNode& node) {
 }
 
 host::Matrix SceneConversion::FrameOf(const aiNode& node, bool isTop) {
-  if (&node == scene_.mRootNode && !facts_.rootIsNode) return rootFrame_;
+  if (&node == scene_.mRootNode) return rootFrame_;
   const host::Matrix frame = ConvertFrame(node.mTransformation, scale_);
   if (IsFinite(frame)) return isTop ? Product(rootFrame_, frame) : frame;
   notes_.Count("Frames that are no numbers were set back");
@@ -254,12 +252,13 @@ host::LayerObject* SceneConversion::LayerNamed(const std::string& name) {
 
 host::String SceneConversion::NameOf(const aiNode& node, const NodeFacts& facts,
                                      const BaseObject& object) const {
-  return facts.isNamed && node.mName.length > 0 ? TextOf(node.mName) : object.GetTypeName();
+  if (!facts.name.empty()) return host::String(std::string_view(facts.name));
+  return node.mName.length > 0 ? TextOf(node.mName) : object.GetTypeName();
 }
 
 void SceneConversion::NoteLosses() {
   if (doc_.GetFirstObject() == nullptr) notes_.Add("The file holds no objects.");
-  notes_.Count("Animations are left out, the scene is shown at rest", scene_.mNumAnimations);
+  notes_.Count(kAnimationsLeftOut, scene_.mNumAnimations);
 }
 
 }  // namespace engine

@@ -1,5 +1,5 @@
-// SceneFacts: what the importing library loses or gets wrong, found out beside it: cameras, lights,
-// and what a file says about single nodes. Lengths are in units of the file, angles radians, frames
+// SceneFacts: what the importing library's scene has no place for, loses or gets wrong: cameras,
+// lights, and what a file says about single nodes and materials. Lengths are in units of the file, angles radians, frames
 // in the scene's axes. Lives in the child.
 #pragma once
 
@@ -47,9 +47,11 @@ struct UvUse {
   std::array<double, 2> offset{0, 0};
   std::array<double, 2> scale{1, 1};
   double rotation = 0;
+  bool fromTop = false;  // the mesh's v grows downwards already
 };
 
 struct MaterialFacts {
+  std::string name;  // as written, however long
   double emissiveStrength = 1;
   UvUse uvs;
 };
@@ -57,27 +59,25 @@ struct MaterialFacts {
 struct NodeFacts {
   std::vector<std::size_t> cameras;  // positions in SceneFacts
   std::vector<std::size_t> lights;
-  bool isNamed = true;
+  std::string name;  // as written, however long; empty: that of the library's node
   bool isVisible = true;
   std::string layer;  // empty: none
 };
 
 struct SceneFacts {
   double unitsPerFileUnit = 1;
-  bool rootIsNode = false;  // else the root only holds the scene and is no object
   std::vector<SourceCamera> cameras;
   std::vector<SourceLight> lights;
   std::unordered_map<const aiNode*, NodeFacts> nodes;
   std::vector<MaterialFacts> materials;  // by position in the file, may be fewer
 };
 
-// `path` is read again where the format's own text says more than the library tells.
+// For all formats but glTF of version 2. `path` is read again where the format's own text says more
+// than the library tells.
 SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path,
                        Notes& notes);
 
 // The parts of it.
-// False, adding nothing, for a file of version 1, whose lists are objects.
-bool AddGltfFacts(const aiScene& scene, const std::string& json, SceneFacts& facts, Notes& notes);
 void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts);
 void MendColladaCameras(const std::string& xml, SceneFacts& facts, Notes& notes);
 // Scales brightnesses so that lights given in physical units look as lights of brightness 0 to 1

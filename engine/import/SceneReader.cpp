@@ -10,6 +10,7 @@
 #include <set>
 
 #include "engine/import/FolderFiles.h"
+#include "engine/import/GltfReader.h"
 #include "engine/import/SceneConversion.h"
 #include "host/Filename.h"
 
@@ -19,6 +20,7 @@ namespace {
 // Reading takes the first part of the whole.
 constexpr double kReadingPart = 0.7;
 constexpr float kSmoothingDegrees = 40;
+constexpr const char* kStopped = "The import was stopped.";
 
 class Progress : public Assimp::ProgressHandler {
  public:
@@ -78,7 +80,7 @@ void Configure(Assimp::Importer& importer, const std::string& path,
   importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, kSmoothingDegrees);
 }
 
-// glTF asks for flat faces where it gives no normals (glTF 2.0, section 3.7.2.1).
+// glTF asks for flat faces where it gives no normals (glTF 1.0, "Meshes").
 unsigned StepsFor(SourceFormat format) {
   const unsigned steps = aiProcess_Triangulate | aiProcess_SortByPType;
   return IsGltf(format) ? steps : steps | aiProcess_GenSmoothNormals;
@@ -91,26 +93,54 @@ std::string ReasonOf(const Assimp::Importer& importer) {
   return reason.empty() ? "The file cannot be read." : "The file cannot be read: " + reason;
 }
 
-}  // namespace
+using Answer = Result<std::vector<std::string>>;
+using ProgressOfAll = std::function<bool(double)>;
 
-Result<std::vector<std::string>> ReadForeignScene(const std::string& path, host::BaseDocument& doc,
-                                                  const std::function<bool(double)>& progress) {
-  using Answer = Result<std::vector<std::string>>;
-  const SourceFormat format = FormatOf(path);
-  if (format == SourceFormat::None)
-    return Answer::Failure("The file's suffix is not one that is imported.");
+Answer Converted(const aiScene& scene, SourceFormat format, const SceneFacts& facts,
+                 host::BaseDocument& doc, const ProgressOfAll& progress, Notes& notes) {
+  const bool finished =
+      SceneConversion(scene, format, facts, doc, notes).Convert([&](double fraction) {
+        return progress(kReadingPart + (1 - kReadingPart) * fraction);
+      });
+  return finished ? Answer(notes.Sentences()) : Answer::Failure(kStopped);
+}
+
+// By the importing library.
+Answer ReadByLibrary(const std::string& path, SourceFormat format, host::BaseDocument& doc,
+                     const ProgressOfAll& progress) {
   Assimp::Importer importer;
   Configure(importer, path, progress);
   const aiScene* scene = importer.ReadFile(path, StepsFor(format));
   if (scene == nullptr || scene->mRootNode == nullptr) return Answer::Failure(ReasonOf(importer));
   Notes notes;
   const SceneFacts facts = GatherFacts(*scene, format, path, notes);
-  const bool finished =
-      SceneConversion(*scene, format, facts, doc, notes).Convert([&](double fraction) {
-        return progress(kReadingPart + (1 - kReadingPart) * fraction);
-      });
-  if (!finished) return Answer::Failure("The import was stopped.");
-  return notes.Sentences();
+  return Converted(*scene, format, facts, doc, progress, notes);
+}
+
+Answer ReadGltfFile(GltfFile& file, SourceFormat format, host::BaseDocument& doc,
+                    const ProgressOfAll& progress, Notes& notes) {
+  const GltfScene source = ReadGltf(
+      file, [&](double fraction) { return progress(kReadingPart * fraction); }, notes);
+  if (!source.scene) return Answer::Failure(kStopped);
+  return Converted(*source.scene, format, source.facts, doc, progress, notes);
+}
+
+}  // namespace
+
+Result<std::vector<std::string>> ReadForeignScene(const std::string& path, host::BaseDocument& doc,
+                                                  const std::function<bool(double)>& progress) {
+  const SourceFormat format = FormatOf(path);
+  if (format == SourceFormat::None)
+    return Answer::Failure("The file's suffix is not one that is imported.");
+  if (!IsGltf(format)) return ReadByLibrary(path, format, doc, progress);
+  try {
+    Notes notes;
+    GltfFile file(path, format == SourceFormat::Glb, notes);
+    if (!file.IsVersion1()) return ReadGltfFile(file, format, doc, progress, notes);
+  } catch (const UnreadableFile& why) {
+    return Answer::Failure(std::string("The file cannot be read: ") + why.what());
+  }
+  return ReadByLibrary(path, format, doc, progress);
 }
 
 }  // namespace engine

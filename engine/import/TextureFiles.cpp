@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <unordered_map>
 
+#include "engine/import/PercentCode.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/ShaderWalk.h"
 #include "host/BaseMaterial.h"
@@ -13,29 +14,9 @@
 namespace engine {
 namespace {
 
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const char lower = static_cast<char>(c | 0x20);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-// Percent-encoding of addresses (RFC 3986, section 2.1); what is none stays.
-std::string Decoded(const std::string& text) {
-  std::string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool complete = text[i] == '%' && i + 2 < text.size();
-    const int high = complete ? HexDigit(text[i + 1]) : -1;
-    const int low = complete ? HexDigit(text[i + 2]) : -1;
-    const bool encoded = high >= 0 && low >= 0 && high + low > 0;
-    result.push_back(encoded ? static_cast<char>(16 * high + low) : text[i]);
-    if (encoded) i += 2;
-  }
-  return result;
-}
-
 // Slashes only, without the scheme of an address.
-std::string Cleaned(std::string text) {
-  std::replace(text.begin(), text.end(), '\\', '/');
+std::string Cleaned(const std::string& written) {
+  std::string text = WithSlashes(written);
   if (text.rfind("file://", 0) == 0) text.erase(0, 7);
   return text;
 }
@@ -57,7 +38,7 @@ class TextureSearch {
 
  private:
   std::string Search(const std::string& written) {
-    for (const std::string& text : {written, Decoded(written)}) {
+    for (const std::string& text : {written, PercentDecoded(written)}) {
       std::string direct = AsWritten(text);
       if (!direct.empty()) return direct;
       std::string near = ByName(BareName(text));
@@ -75,7 +56,7 @@ class TextureSearch {
   }
 
   std::string ByName(const std::string& name) {
-    if (name.empty()) return {};
+    if (name.empty() || name.find('\0') != std::string::npos) return {};
     std::string found = ByNameIn(folder_, name);
     for (std::size_t i = 0; i < kTextureFolders.size() && found.empty(); ++i) {
       found = ByNameIn(folder_ + kTextureFolders[i] + "/", name);

@@ -182,17 +182,12 @@ TEST_F(Worker, AnImportShowsItsProgress) {
 }
 
 TEST_F(Worker, AChainOfNodesNeedsNoStack) {
-  // Below the depth at which the library itself gives up.
   std::string text =
       "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[";
-  constexpr int kDepth = 4000;
+  constexpr int kDepth = 200000;
   for (int i = 1; i < kDepth; ++i) text += "{\"children\":[" + std::to_string(i) + "]},";
   Open(Write("deep.gltf", text + "{}]}"));
   EXPECT_EQ(Counts().objects, static_cast<std::size_t>(kDepth));
-  // Far beyond it: a message.
-  text = "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[";
-  for (int i = 1; i < 300000; ++i) text += "{\"children\":[" + std::to_string(i) + "]},";
-  ExpectPart(Refusal(Write("deeper.gltf", text + "{}]}")), "was not imported. ");
 }
 
 }  // namespace

@@ -49,6 +49,7 @@ TEST_F(DebianPackage, SaysWhatItIsAndNeeds) {
       {"Package", "stagemarks\n"}, {"Version", TEST_VERSION "-1\n"},
       {"Section", "graphics\n"},   {"Depends", "fonts-dejavu-core"},
       {"Depends", "libembree3"},   {"Depends", "libassimp"},
+      {"Depends", "libdraco"},     {"Depends", "libmeshoptimizer"},
       {"Depends", "libc6 (>="},    {"Recommends", "pdf-viewer"},
       {"Recommends", "xdg-utils"}, {"Description", "the states of a 3D scene\n"},
   };

@@ -1,0 +1,214 @@
+// glTF 2.0, sections 3.8 and 3.9, KHR_texture_transform, KHR_materials_emissive_strength and
+// KHR_materials_pbrSpecularGlossiness.
+#include <assimp/GltfMaterial.h>
+#include <assimp/material.h>
+
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "engine/import/GltfReader.h"
+
+namespace engine {
+namespace {
+
+constexpr const char* kOldSurface = "KHR_materials_pbrSpecularGlossiness";
+
+const Json& PbrOf(const Json& material) { return Object(material, "pbrMetallicRoughness"); }
+
+// KHR_texture_transform: scaled, then turned anticlockwise, then moved.
+UvUse UvUseOf(const Json& texture) {
+  constexpr std::size_t kMostChannels = 64;
+  const Json& transform = Extension(texture, "KHR_texture_transform");
+  UvUse use;
+  const std::size_t channel = Index(transform, "texCoord", Index(texture, "texCoord", 0));
+  use.channel = channel < kMostChannels ? static_cast<unsigned>(channel) : 0;
+  use.offset = Numbers<2>(transform, "offset", use.offset);
+  use.scale = Numbers<2>(transform, "scale", use.scale);
+  use.rotation = Number(transform, "rotation", 0);
+  use.fromTop = true;
+  return use;
+}
+
+// A mesh has one set of coordinates: that of the first texture counts.
+UvUse UvUseOfMaterial(const Json& material) {
+  for (const Json* texture : {&Object(PbrOf(material), "baseColorTexture"),
+                              &Object(Extension(material, kOldSurface), "diffuseTexture"),
+                              &Object(material, "normalTexture")}) {
+    if (!texture->is_null()) return UvUseOf(*texture);
+  }
+  return UvUseOf(Object(material, "emissiveTexture"));
+}
+
+MaterialFacts FactsOf(const Json& material) {
+  MaterialFacts facts;
+  facts.name = Text(material, "name");
+  facts.emissiveStrength =
+      Number(Extension(material, "KHR_materials_emissive_strength"), "emissiveStrength", 1);
+  facts.uvs = UvUseOfMaterial(material);
+  return facts;
+}
+
+// The usual suffix of a picture, by its first bytes, else by the kind that the file tells.
+std::string KindOf(std::string_view bytes, const std::string& mimeType) {
+  for (const auto& [start, kind] :
+       {std::pair("\x89PNG", "png"), std::pair("\xFF\xD8\xFF", "jpg"), std::pair("RIFF", "webp"),
+        std::pair("\xABKTX", "ktx2"), std::pair("DDS ", "dds")}) {
+    if (bytes.substr(0, std::strlen(start)) == start) return kind;
+  }
+  const std::size_t slash = mimeType.find('/');
+  return slash == std::string::npos ? std::string() : mimeType.substr(slash + 1);
+}
+
+// Pictures: those within the file become textures of the scene, "*0" and so on.
+class Pictures {
+ public:
+  Pictures(GltfFile& file, Notes& notes) : file_(file), notes_(notes) {}
+
+  void Read() {
+    const Json& images = List(file_.Top(), "images");
+    for (std::size_t i = 0; i < SizeOf(images); ++i) names_.push_back(NameOf(images[i]));
+  }
+
+  // The address or name of the picture that a use of a texture shows; empty for none.
+  std::string PictureOf(const Json& use) const {
+    const Json& texture = file_.Entry("textures", Index(use, "index"));
+    std::size_t image = Index(texture, "source");
+    for (const char* other :
+         {"EXT_texture_webp", "KHR_texture_basisu", "MSFT_texture_dds", "EXT_texture_avif"}) {
+      if (image == kNowhere) image = Index(Extension(texture, other), "source");
+    }
+    file_.Entry("images", image);
+    return image == kNowhere ? std::string() : names_[image];
+  }
+
+  void HandOver(aiScene& scene) {
+    scene.mTextures = new aiTexture*[embedded_.size()];
+    for (std::unique_ptr<aiTexture>& texture : embedded_)
+      scene.mTextures[scene.mNumTextures++] = texture.release();
+  }
+
+ private:
+  std::string NameOf(const Json& image) {
+    const std::string address = Text(image, "uri");
+    const std::size_t view = Index(image, "bufferView");
+    if (!address.empty() && !GltfFile::IsData(address)) return address;
+    if (address.empty() && view == kNowhere) return {};
+    try {
+      if (!address.empty())
+        return Embed(image, GltfFile::DataOf(address),
+                     address.substr(5, address.find_first_of(";,") - 5));
+      return Embed(image, file_.View(view), Text(image, "mimeType"));
+    } catch (const UnreadableFile&) {
+      notes_.Count("Pictures within the file that are damaged are left out");
+      return {};
+    }
+  }
+
+  std::string Embed(const Json& image, std::string_view bytes, const std::string& mimeType) {
+    auto texture = std::make_unique<aiTexture>();
+    texture->mFilename.Set(Text(image, "name"));
+    const std::string kind = KindOf(bytes, mimeType);
+    kind.copy(texture->achFormatHint, HINTMAXTEXTURELEN - 1);
+    texture->mWidth = static_cast<unsigned>(bytes.size());
+    texture->pcData = new aiTexel[bytes.size() / sizeof(aiTexel) + 1];
+    std::memcpy(static_cast<void*>(texture->pcData), bytes.data(), bytes.size());
+    embedded_.push_back(std::move(texture));
+    return "*" + std::to_string(embedded_.size() - 1);
+  }
+
+  GltfFile& file_;
+  Notes& notes_;
+  std::vector<std::string> names_;
+  std::vector<std::unique_ptr<aiTexture>> embedded_;
+};
+
+class MaterialReader {
+ public:
+  MaterialReader(const Json& source, const Pictures& pictures)
+      : source_(source), pictures_(pictures), made_(std::make_unique<aiMaterial>()) {}
+
+  std::unique_ptr<aiMaterial> Read() {
+    const aiString name(Text(source_, "name"));
+    if (name.length > 0) made_->AddProperty(&name, AI_MATKEY_NAME);
+    if (Extension(source_, kOldSurface).is_null()) {
+      SetSurface();
+    } else {
+      SetOldSurface();
+    }
+    SetTexture(Object(source_, "normalTexture"), aiTextureType_NORMALS);
+    SetTexture(Object(source_, "occlusionTexture"), aiTextureType_LIGHTMAP);
+    SetTexture(Object(source_, "emissiveTexture"), aiTextureType_EMISSIVE);
+    SetTexture(Object(Extension(source_, "KHR_materials_transmission"), "transmissionTexture"),
+               aiTextureType_TRANSMISSION);
+    const auto emissive = Numbers<3>(source_, "emissiveFactor", {0, 0, 0});
+    SetColor({emissive[0], emissive[1], emissive[2], 1}, AI_MATKEY_COLOR_EMISSIVE);
+    SetAlpha();
+    return std::move(made_);
+  }
+
+ private:
+  void SetSurface() {
+    const Json& pbr = PbrOf(source_);
+    SetColor(Numbers<4>(pbr, "baseColorFactor", {1, 1, 1, 1}), AI_MATKEY_BASE_COLOR);
+    SetTexture(Object(pbr, "baseColorTexture"), aiTextureType_BASE_COLOR);
+    SetTexture(Object(pbr, "metallicRoughnessTexture"), aiTextureType_METALNESS);
+    SetNumber(Number(pbr, "metallicFactor", 1), AI_MATKEY_METALLIC_FACTOR);
+    SetNumber(Number(pbr, "roughnessFactor", 1), AI_MATKEY_ROUGHNESS_FACTOR);
+  }
+
+  // The surface that came before metal and roughness.
+  void SetOldSurface() {
+    const Json& old = Extension(source_, kOldSurface);
+    SetColor(Numbers<4>(old, "diffuseFactor", {1, 1, 1, 1}), AI_MATKEY_BASE_COLOR);
+    SetTexture(Object(old, "diffuseTexture"), aiTextureType_BASE_COLOR);
+    SetTexture(Object(old, "specularGlossinessTexture"), aiTextureType_SPECULAR);
+    SetNumber(0, AI_MATKEY_METALLIC_FACTOR);
+    SetNumber(1 - Number(old, "glossinessFactor", 1), AI_MATKEY_ROUGHNESS_FACTOR);
+  }
+
+  void SetAlpha() {
+    const std::string written = Text(source_, "alphaMode");
+    const aiString mode(written.empty() ? "OPAQUE" : written);
+    made_->AddProperty(&mode, AI_MATKEY_GLTF_ALPHAMODE);
+    SetNumber(Number(source_, "alphaCutoff", 0.5), AI_MATKEY_GLTF_ALPHACUTOFF);
+    const int isDoubleSided = Truth(source_, "doubleSided", false);
+    made_->AddProperty(&isDoubleSided, 1, AI_MATKEY_TWOSIDED);
+  }
+
+  void SetColor(const std::array<double, 4>& c, const char* key, unsigned type, unsigned index) {
+    const aiColor4D color(static_cast<float>(c[0]), static_cast<float>(c[1]),
+                          static_cast<float>(c[2]), static_cast<float>(c[3]));
+    made_->AddProperty(&color, 1, key, type, index);
+  }
+  void SetNumber(double number, const char* key, unsigned type, unsigned index) {
+    const auto value = static_cast<float>(number);
+    made_->AddProperty(&value, 1, key, type, index);
+  }
+  void SetTexture(const Json& use, aiTextureType type) {
+    const aiString picture(pictures_.PictureOf(use));
+    if (picture.length > 0) made_->AddProperty(&picture, AI_MATKEY_TEXTURE(type, 0));
+  }
+
+  const Json& source_;
+  const Pictures& pictures_;
+  std::unique_ptr<aiMaterial> made_;
+};
+
+}  // namespace
+
+void AddMaterials(GltfFile& file, aiScene& scene, SceneFacts& facts, Notes& notes) {
+  static const Json plain = Json::object();
+  Pictures pictures(file, notes);
+  pictures.Read();
+  const std::size_t count = file.Count("materials");
+  scene.mMaterials = new aiMaterial*[count + 1];
+  for (std::size_t i = 0; i <= count; ++i) {
+    const Json& source = i < count ? file.Entry("materials", i) : plain;
+    facts.materials.push_back(FactsOf(source));
+    scene.mMaterials[scene.mNumMaterials++] = MaterialReader(source, pictures).Read().release();
+  }
+  pictures.HandOver(scene);
+}
+
+}  // namespace engine

@@ -1,0 +1,424 @@
+// Small glTF files that the test writes itself: every way in which a file can hold its numbers,
+// skins, materials and names, and what is said about those that cannot be read.
+#include <cmath>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "engine/scene/Mesh.h"
+#include "host/Parameters.h"
+#include "tests/import/ImportSession.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace tests {
+namespace {
+
+using Json = nlohmann::json;
+using Points = std::vector<std::array<float, 3>>;
+
+constexpr int kByte = 5120, kUnsignedByte = 5121, kShort = 5122, kUnsignedShort = 5123;
+constexpr int kUnsignedInt = 5125, kFloat = 5126;
+
+template <class T>
+std::string Packed(const std::vector<double>& numbers) {
+  std::string bytes;
+  for (const double number : numbers) {
+    const T value = static_cast<T>(number);
+    bytes.append(reinterpret_cast<const char*>(&value), sizeof(T));
+  }
+  return bytes;
+}
+
+std::string Packed(int kind, const std::vector<double>& numbers) {
+  switch (kind) {
+    case kByte:
+      return Packed<std::int8_t>(numbers);
+    case kUnsignedByte:
+      return Packed<std::uint8_t>(numbers);
+    case kShort:
+      return Packed<std::int16_t>(numbers);
+    case kUnsignedShort:
+      return Packed<std::uint16_t>(numbers);
+    case kUnsignedInt:
+      return Packed<std::uint32_t>(numbers);
+    default:
+      return Packed<float>(numbers);
+  }
+}
+
+// A file in the making: its JSON, and one buffer that lies beside it.
+struct Source {
+  Json json = {{"asset", {{"version", "2.0"}}},
+               {"scenes", {{{"nodes", {0}}}}},
+               {"nodes", {{{"name", "N"}, {"mesh", 0}}}},
+               {"bufferViews", Json::array()},
+               {"accessors", Json::array()}};
+  std::string bytes;
+
+  int View(const std::string& data, int stride = 0) {
+    Json view = {{"buffer", 0}, {"byteOffset", bytes.size()}, {"byteLength", data.size()}};
+    if (stride > 0) view["byteStride"] = stride;
+    json["bufferViews"].push_back(view);
+    bytes += data;
+    return static_cast<int>(json["bufferViews"].size()) - 1;
+  }
+  int Accessor(int kind, const char* type, int count, int view, bool isNormalized = false) {
+    json["accessors"].push_back({{"componentType", kind},
+                                 {"type", type},
+                                 {"count", count},
+                                 {"bufferView", view},
+                                 {"normalized", isNormalized}});
+    return static_cast<int>(json["accessors"].size()) - 1;
+  }
+  int Numbers(int kind, const char* type, int count, const std::vector<double>& numbers,
+              bool isNormalized = false) {
+    return Accessor(kind, type, count, View(Packed(kind, numbers)), isNormalized);
+  }
+  // A mesh of one part with these points, three numbers each.
+  Json& Mesh(const std::vector<double>& points) {
+    const int position = Numbers(kFloat, "VEC3", static_cast<int>(points.size() / 3), points);
+    json["meshes"].push_back({{"primitives", {{{"attributes", {{"POSITION", position}}}}}}});
+    return json["meshes"].back()["primitives"][0];
+  }
+};
+
+// A triangle whose corners are told apart by their places.
+const std::vector<double> kTriangle = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+
+class GltfReader : public ImportSession {
+ protected:
+  std::string Write(Source source) {
+    if (!source.bytes.empty()) {
+      source.json["buffers"] = {{{"uri", "a%20b.bin"}, {"byteLength", source.bytes.size()}}};
+      WriteText(folder_ / "a b.bin", source.bytes);
+    }
+    WriteText(folder_ / "s.gltf", source.json.dump());
+    return folder_ / "s.gltf";
+  }
+  void Import(const Source& source) { Open(Write(source)); }
+  const engine::Mesh& OnlyMesh() {
+    const std::vector<host::BaseObject*> objects = OfType(host::Opolygon);
+    EXPECT_EQ(objects.size(), 1U);
+    static const engine::Mesh none;
+    return objects.size() == 1 ? *engine::MeshOf(*objects[0]) : none;
+  }
+  ScratchFolder folder_;
+};
+
+void ExpectPoints(const Points& points, const Points& expected, const std::string& what) {
+  ASSERT_EQ(points.size(), expected.size()) << what;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    for (std::size_t k = 0; k < 3; ++k)
+      EXPECT_NEAR(points[i][k], expected[i][k], 1e-3) << what << ", point " << i << ", " << k;
+  }
+}
+
+TEST_F(GltfReader, NumbersOfEveryKindMeanTheSame) {
+  struct Case {
+    int kind;
+    bool isNormalized;
+    double written;  // x of the second point
+    double meant;
+  };
+  const std::vector<Case> cases = {{kFloat, false, 0.25, 0.25},
+                                   {kByte, false, -100, -100},
+                                   {kByte, true, 127, 1},
+                                   {kByte, true, -128, -1},
+                                   {kByte, true, -64, -64 / 127.0},
+                                   {kUnsignedByte, false, 200, 200},
+                                   {kUnsignedByte, true, 51, 0.2},
+                                   {kShort, false, -30000, -30000},
+                                   {kShort, true, -16384, -0.50001526},
+                                   {kUnsignedShort, false, 4096, 4096},
+                                   {kUnsignedShort, true, 13107, 0.2},
+                                   {kUnsignedShort, true, 65535, 1}};
+  for (const Case& c : cases) {
+    const std::string what = std::to_string(c.kind) + (c.isNormalized ? " normalized" : "");
+    Source source;
+    const double one = c.written;
+    source.json["meshes"] = {{{"primitives", {{{"attributes", Json::object()}}}}}};
+    Json& attributes = source.json["meshes"][0]["primitives"][0]["attributes"];
+    attributes["POSITION"] =
+        source.Numbers(c.kind, "VEC3", 3, {0, 0, 0, one, 0, 0, 0, one, one}, c.isNormalized);
+    attributes["TEXCOORD_0"] =
+        source.Numbers(c.kind, "VEC2", 3, {0, 0, one, 0, 0, one}, c.isNormalized);
+    Import(source);
+    const engine::Mesh& mesh = OnlyMesh();
+    const auto m = static_cast<float>(c.meant * 100);
+    ExpectPoints(mesh.points, {{0, 0, 0}, {m, 0, 0}, {0, m, -m}}, what);
+    ASSERT_EQ(mesh.uvs.size(), 4U);
+    // The corners run the other way round.
+    EXPECT_NEAR(mesh.uvs[2][0], c.meant, 1e-6) << what;
+    EXPECT_NEAR(mesh.uvs[1][1], c.meant, 1e-6) << what;
+  }
+}
+
+TEST_F(GltfReader, InterleavedAndSparseNumbersAreFound) {
+  Source source;
+  // Point and coordinates in turns, 20 bytes each, behind four bytes of something else.
+  const int view =
+      source.View("skip" + Packed(kFloat, {0, 0, 0, .1, .2, 1, 0, 0, .3, .4, 0, 1, 0, .5, .6}), 20);
+  Json& part = source.Mesh(kTriangle);
+  const int points = source.Accessor(kFloat, "VEC3", 3, view);
+  const int uvs = source.Accessor(kFloat, "VEC2", 3, view);
+  source.json["accessors"][points]["byteOffset"] = 4;
+  source.json["accessors"][uvs]["byteOffset"] = 16;
+  const int places = source.View(Packed(kUnsignedByte, {1}));
+  const int values = source.View(Packed(kFloat, {7, 8, 9}));
+  source.json["accessors"][points]["sparse"] = {
+      {"count", 1},
+      {"indices", {{"bufferView", places}, {"componentType", kUnsignedByte}}},
+      {"values", {{"bufferView", values}}}};
+  part["attributes"] = {{"POSITION", points}, {"TEXCOORD_0", uvs}};
+  Import(source);
+  ExpectPoints(OnlyMesh().points, {{0, 0, 0}, {700, 800, -900}, {0, 100, 0}}, "sparse");
+  EXPECT_NEAR(OnlyMesh().uvs[2][0], .3, 1e-6);
+  EXPECT_NEAR(OnlyMesh().uvs[1][1], .6, 1e-6);
+}
+
+TEST_F(GltfReader, EveryWayToNameTrianglesGivesThem) {
+  struct Case {
+    const char* what;
+    int mode;
+    int kind;  // of the indices, 0 without
+    std::vector<double> indices;
+    std::vector<engine::Mesh::Polygon> expected;
+  };
+  const std::vector<Case> cases = {
+      {"bytes", 4, kUnsignedByte, {0, 1, 2}, {{0, 2, 1, -1}}},
+      {"shorts", 4, kUnsignedShort, {0, 1, 2, 2, 1, 3}, {{0, 2, 1, -1}, {2, 3, 1, -1}}},
+      {"longs", 4, kUnsignedInt, {1, 2, 3}, {{0, 2, 1, -1}}},
+      {"no indices", 4, 0, {}, {{0, 2, 1, -1}}},
+      {"strip", 5, kUnsignedShort, {0, 1, 2, 3}, {{0, 2, 1, -1}, {1, 2, 3, -1}}},
+      {"fan", 6, 0, {}, {{0, 2, 1, -1}, {0, 3, 2, -1}}},
+      {"beyond", 4, kUnsignedShort, {0, 1, 9, 0, 1, 2}, {{0, 2, 1, -1}}}};
+  for (const Case& c : cases) {
+    Source source;
+    Json& part = source.Mesh({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0});
+    part["mode"] = c.mode;
+    if (c.kind != 0)
+      part["indices"] =
+          source.Numbers(c.kind, "SCALAR", static_cast<int>(c.indices.size()), c.indices);
+    Import(source);
+    EXPECT_EQ(OnlyMesh().polygons, c.expected) << c.what;
+    EXPECT_EQ(HasNote("with missing points are left out: 1."), c.what == std::string("beyond"));
+  }
+}
+
+TEST_F(GltfReader, AnUnpackedMeshIsTheSame) {
+  Source source;
+  Json& part = source.Mesh({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0});
+  part["indices"] = source.Numbers(kUnsignedInt, "SCALAR", 6, std::vector<double>(6));
+  source.json["extensionsRequired"] = {"EXT_meshopt_compression"};
+  source.json["buffers"] = {
+      {{"byteLength", 72}},
+      {{"byteLength", 74},
+       {"uri",
+        "data:;base64,oAAAAT8AAAD///8BPwAAAH59fgAAAAEMAAAAgAAAAQMAAACAAQMAAAB/"
+        "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA="}},
+      {{"byteLength", 19}, {"uri", "data:;base64,4PAQAHaHVmd4qYZliWiYAWkAAA=="}}};
+  source.bytes.clear();
+  const auto packed = [&](int view, int buffer, int size, int stride, int count, const char* mode) {
+    source.json["bufferViews"][view]["extensions"]["EXT_meshopt_compression"] = {
+        {"buffer", buffer},
+        {"byteLength", size},
+        {"byteStride", stride},
+        {"count", count},
+        {"mode", mode}};
+  };
+  packed(0, 1, 74, 12, 4, "ATTRIBUTES");
+  packed(1, 2, 19, 4, 6, "TRIANGLES");
+  Import(source);
+  ExpectPoints(OnlyMesh().points, {{0, 0, 0}, {100, 0, 0}, {0, 200, 0}, {100, 200, 300}}, "");
+  EXPECT_EQ(OnlyMesh().polygons,
+            (std::vector<engine::Mesh::Polygon>{{0, 2, 1, -1}, {2, 3, 1, -1}}));
+  packed(0, 1, 60, 12, 4, "ATTRIBUTES");
+  EXPECT_NE(Refusal(Write(source)).find("buffer view 0 cannot be unpacked"), std::string::npos);
+  packed(0, 1, 74, 10, 4, "ATTRIBUTES");
+  EXPECT_NE(Refusal(Write(source)).find("packed in a way that is not known"), std::string::npos);
+}
+
+// A skin of two joints below a node that is elsewhere, turned and scaled itself.
+Source Skinned() {
+  Source source;
+  Json& part = source.Mesh(kTriangle);
+  part["attributes"]["JOINTS_0"] =
+      source.Numbers(kUnsignedByte, "VEC4", 3, {0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0});
+  part["attributes"]["WEIGHTS_0"] =
+      source.Numbers(kUnsignedByte, "VEC4", 3, {255, 0, 0, 0, 255, 0, 0, 0, 51, 204, 0, 0}, true);
+  std::vector<double> binds(32, 0);
+  for (const std::size_t i : {0, 5, 10, 15, 16, 21, 26, 31}) binds[i] = 1;
+  binds[28] = -1;  // the second joint was bound at x = 1
+  source.json["skins"] = {
+      {{"joints", {2, 3}}, {"inverseBindMatrices", source.Numbers(kFloat, "MAT4", 2, binds)}}};
+  source.json["scenes"][0]["nodes"] = {0, 1};
+  source.json["nodes"] = {
+      {{"name", "N"}, {"mesh", 0}, {"skin", 0}, {"translation", {5, 6, 7}}, {"scale", {2, 3, 4}}},
+      {{"name", "Armature"}, {"children", {2}}, {"translation", {0, 10, 0}}},
+      {{"name", "J0"}, {"children", {3}}, {"translation", {0, 0, 1}}},
+      {{"name", "J1"}, {"rotation", {0, 0, std::sqrt(0.5), std::sqrt(0.5)}}}};
+  return source;
+}
+
+TEST_F(GltfReader, ASkinnedMeshStandsWhereItsJointsBringIt) {
+  Import(Skinned());
+  const host::BaseObject* object = Only("N");
+  ASSERT_NE(object, nullptr);
+  EXPECT_NEAR(object->GetMl().off.x, 500, 1e-3) << "the node stays where it is";
+  // The first joint moves by (0, 10, 1); the second turns a quarter round z after x has lost 1:
+  // (1, 0, 0) comes to the origin and (0, 1, 0) to (-1, -1, 0), before both move as well.
+  const Points expected = {{0, 1000, -100}, {0, 1000, -100}, {-80, 1000 + 20 - 80, -100}};
+  const engine::Mesh& mesh = OnlyMesh();
+  ASSERT_EQ(mesh.points.size(), 2U) << "equal points are joined";
+  ASSERT_EQ(mesh.polygons.size(), 1U);
+  const auto at = [&](std::int32_t point) {
+    const auto& p = mesh.points[static_cast<std::size_t>(point)];
+    const host::Vector world = InWorld(object->GetMg(), p[0], p[1], p[2]);
+    return std::array<float, 3>{static_cast<float>(world.x), static_cast<float>(world.y),
+                                static_cast<float>(world.z)};
+  };
+  const engine::Mesh::Polygon& face = mesh.polygons[0];
+  ExpectPoints({at(face[0]), at(face[2]), at(face[1])}, expected, "in the world");
+  EXPECT_TRUE(HasNote("Skinned meshes are shown at rest: 1."));
+}
+
+TEST_F(GltfReader, MorphTargetsCountByTheirWeights) {
+  Source source;
+  Json& part = source.Mesh(kTriangle);
+  const int first = source.Numbers(kFloat, "VEC3", 3, {0, 0, 1, 0, 0, 0, 0, 0, 0});
+  const int second = source.Numbers(kFloat, "VEC3", 3, {0, 0, 0, 4, 0, 0, 0, 0, 0});
+  part["targets"] = {{{"POSITION", first}}, {{"POSITION", second}}};
+  source.json["meshes"][0]["weights"] = {0.5, 0};
+  source.json["nodes"].push_back({{"name", "Own"}, {"mesh", 0}, {"weights", {0, 0.25}}});
+  source.json["nodes"].push_back({{"name", "Same"}, {"mesh", 0}});
+  source.json["scenes"][0]["nodes"] = {0, 1, 2};
+  Import(source);
+  ExpectPoints(engine::MeshOf(*Only("N"))->points, {{0, 0, -50}, {100, 0, 0}, {0, 100, 0}}, "N");
+  ExpectPoints(engine::MeshOf(*Only("Own"))->points, {{0, 0, 0}, {200, 0, 0}, {0, 100, 0}}, "Own");
+  EXPECT_EQ(engine::MeshOf(*Only("N")), engine::MeshOf(*Only("Same")));
+}
+
+TEST_F(GltfReader, MaterialsKeepTheirTransformsWhateverUsesThemFirst) {
+  Source source;
+  Json& part = source.Mesh(kTriangle);
+  part["material"] = 2;
+  part["attributes"]["TEXCOORD_0"] = source.Numbers(kFloat, "VEC2", 3, {0, 0, 1, 0, 0, 1});
+  source.json["images"] = {{{"uri", "none.png"}}};
+  source.json["textures"] = {{{"source", 0}}};
+  const std::string longName(3000, 'm');
+  for (const auto& [name, scale] : {std::pair("Unused", 2), std::pair("B", 3), std::pair("C", 5)}) {
+    source.json["materials"].push_back(
+        {{"name", name},
+         {"emissiveFactor", {1, 1, 1}},
+         {"extensions", {{"KHR_materials_emissive_strength", {{"emissiveStrength", scale}}}}},
+         {"pbrMetallicRoughness",
+          {{"baseColorTexture",
+            {{"index", 0},
+             {"extensions", {{"KHR_texture_transform", {{"scale", {scale, scale}}}}}}}}}}});
+  }
+  source.json["materials"][1]["name"] = longName;
+  Import(source);
+  EXPECT_NEAR(OnlyMesh().uvs[2][0], 5, 1e-6);
+  std::string names;
+  double glow = 2;
+  for (host::BaseMaterial* material = Doc().GetFirstMaterial(); material != nullptr;
+       material = material->GetNext(), glow = glow == 2 ? 3 : 5) {
+    names += material->GetName().ToUtf8() + " ";
+    EXPECT_EQ(material->GetDataInstance()->GetVector(host::MATERIAL_LUMINANCE).x, glow);
+  }
+  EXPECT_EQ(names, "Unused " + longName + " C ");
+}
+
+TEST_F(GltfReader, ExtensionsThatAreNeededAreNamed) {
+  Source source;
+  source.Mesh(kTriangle);
+  source.json["extensionsUsed"] = {"EXT_of_nobody", "KHR_materials_variants", "EXT_other"};
+  source.json["extensionsRequired"] = {"KHR_materials_variants", "KHR_mesh_quantization"};
+  Import(source);
+  EXPECT_TRUE(HasNote("The extension EXT_of_nobody is left out."));
+  EXPECT_TRUE(
+      HasNote("The extension KHR_materials_variants is left out, although the file "
+              "requires it."));
+  source.json["extensionsRequired"].push_back("EXT_of_nobody");
+  EXPECT_NE(
+      Refusal(Write(source)).find("it needs the extension EXT_of_nobody, which is not known here."),
+      std::string::npos);
+}
+
+TEST_F(GltfReader, WhatIsDamagedIsSaid) {
+  struct Case {
+    const char* place;
+    Json value;
+    const char* message;
+  };
+  const std::vector<Case> cases = {
+      {"/bufferViews/0/byteLength", 3600, "buffer 0 is too short: it has 36 bytes, and 3600"},
+      {"/bufferViews/0/byteOffset", -1, "\"byteOffset\" is not a whole number from 0 on."},
+      {"/bufferViews/0/byteOffset", 18446744073709551615ULL, "\"byteOffset\" is not a whole"},
+      {"/bufferViews/0/buffer", 7, "entry 7 of \"buffers\" does not exist."},
+      {"/accessors/0/count", 4, "accessor 0 goes beyond its buffer view."},
+      {"/accessors/0/count", 4294967296, "accessor 0 has too many elements."},
+      {"/accessors/0/byteOffset", 18446744073709551614ULL, "accessor 0 goes beyond"},
+      {"/accessors/0/type", "VEC2", "the points of a mesh have 2 numbers each."},
+      {"/accessors/0/componentType", 5130, "numbers of the component type 5130 are not known."},
+      {"/meshes/0/primitives/0/mode", 9, "a mesh is of the mode 9, which is not known."},
+      {"/meshes/0/primitives/0/material", 3, "entry 3 of \"materials\" does not exist."},
+      {"/meshes/0/primitives", "none", "\"primitives\" is not a list."},
+      {"/nodes/0/mesh", 5, "entry 5 of \"meshes\" does not exist."},
+      {"/nodes/0/skin", 0, "entry 0 of \"skins\" does not exist."},
+      {"/nodes/0/matrix", {1, 2}, "a node's matrix has 2 numbers."},
+      {"/nodes/0/translation", {1, "x", 2}, "\"translation\" is not a number."},
+      {"/scenes/0/nodes", {4}, "entry 4 of \"nodes\" does not exist."},
+      {"/asset/version", "3.0", "it is of version 3.0 of glTF."}};
+  for (const Case& c : cases) {
+    Source source;
+    source.Mesh(kTriangle);
+    source.json[Json::json_pointer(c.place)] = c.value;
+    EXPECT_NE(Refusal(Write(source)).find(std::string("The file cannot be read: ") + c.message),
+              std::string::npos)
+        << c.place;
+  }
+  Source skinned = Skinned();
+  skinned.json["skins"][0]["joints"] = {2};
+  EXPECT_NE(Refusal(Write(skinned)).find("names joint 1, and its skin has 1."), std::string::npos);
+}
+
+TEST_F(GltfReader, NodesStandInOnePlaceEach) {
+  Source source;
+  source.json["nodes"] = {{{"name", "A"}, {"children", {1, 1, 2}}},
+                          {{"name", "B"}, {"children", {0}}},
+                          {{"name", "C"}, {"children", {1}}}};
+  Import(source);
+  EXPECT_EQ(Counts().objects, 3U);
+  EXPECT_TRUE(HasNote("Nodes that are named in several places stand in the first one only: 3."));
+  source.json.erase("scenes");
+  source.json["nodes"] = {{{"name", "A"}}, {{"name", "B"}, {"children", {0}}}};
+  Import(source);
+  EXPECT_EQ(Only("A")->GetUp(), Only("B")) << "without scenes the file's nodes are shown";
+}
+
+TEST_F(GltfReader, BinaryFilesAndTextsOfOldPrograms) {
+  Source source;
+  source.Mesh(kTriangle);
+  source.json["nodes"][0]["name"] = "Caf\xC3\xA9";
+  source.json["buffers"] = {{{"byteLength", source.bytes.size()}}};
+  std::string text = source.json.dump();
+  text.erase(text.find('\xC3'), 2).insert(text.find("Caf") + 3, "\xE9");
+  const auto binary = [&](std::size_t cut) {
+    text.resize((text.size() + 3) / 4 * 4, ' ');
+    const double size = static_cast<double>(text.size());
+    const double data = static_cast<double>(source.bytes.size());
+    const std::string file = "glTF" + Packed(kUnsignedInt, {2, 28 + size + data}) +
+                             Packed(kUnsignedInt, {size}) + "JSON" + text +
+                             Packed(kUnsignedInt, {data}) + std::string("BIN\0", 4) + source.bytes;
+    WriteText(folder_ / "s.glb", file.substr(0, file.size() - cut));
+    return folder_ / "s.glb";
+  };
+  Open(binary(0));
+  EXPECT_EQ(Only("Caf\xC3\xA9")->GetType(), host::Opolygon);
+  EXPECT_TRUE(HasNote("Texts that are no UTF-8 were taken for Latin-1."));
+  for (const std::size_t cut : {std::size_t{1}, source.bytes.size(), text.size()})
+    EXPECT_NE(Refusal(binary(cut)).find("The file cannot be read: "), std::string::npos) << cut;
+}
+
+}  // namespace
+}  // namespace tests
