@@ -38,10 +38,11 @@ class StateWorker {
     Order order;
     Status status = ReadOrder(order);
     if (status) status = Open(order);
-    if (status) status = TellStates();
-    if (status) status = ReadBox();
-    for (std::size_t state = 0; status && state < states_.size(); ++state)
-      status = SendPicture(state);
+    while (status) {
+      const auto asked = Read();
+      if (!asked) break;
+      status = Answer(asked->bytes);
+    }
     return status;
   }
   engine::FrameWriter& Output() { return output_; }
@@ -107,12 +108,18 @@ class StateWorker {
     }
   }
 
+  Status Answer(const std::string& asked) {
+    if (asked == kMeasureStates) return TellStates();
+    const auto request = RequestFromText(asked);
+    return request ? SendPicture(*request) : Status::Failure("\"" + asked + "\" is no request.");
+  }
+
   Status TellStates() {
-    for (Mark& mark : dialog_->Marks()) states_.push_back({{}, std::move(mark)});
-    if (states_.empty()) states_.emplace_back();
-    for (StateFacts& state : states_) {
-      if (Status status = Recall(state.mark); !status) return status;
-      state.size = SizeOf(Document());
+    std::vector<Mark> marks = dialog_->Marks();
+    if (marks.empty()) marks.emplace_back();
+    for (Mark& mark : marks) {
+      if (Status status = Recall(mark.name); !status) return status;
+      const StateFacts state{SizeOf(Document()), std::move(mark)};
       TakeBack();
       if (!output_.Write(FrameKind::State, StateAsText(state)))
         return Status::Failure("Nobody listens.");
@@ -121,17 +128,15 @@ class StateWorker {
     return {};
   }
 
-  Status ReadBox() {
-    const auto frame = Read();
-    const bool isBox =
-        frame && std::sscanf(frame->bytes.c_str(), "%u %u", &box_.width, &box_.height) == 2;
-    return isBox ? Status() : Status::Failure("The size of the pictures did not arrive.");
-  }
-
-  Status SendPicture(std::size_t index) {
-    const StateFacts& state = states_[index];
-    if (Status status = Recall(state.mark); !status) return status;
-    const PictureSize size = FittedInto(state.size, box_);
+  Status SendPicture(const PictureRequest& request) {
+    StateFacts state;
+    for (Mark& mark : dialog_->Marks()) {
+      if (mark.name == request.name) state.mark = std::move(mark);
+    }
+    if (Status status = Recall(request.name); !status) return status;
+    state.size = SizeOf(Document());
+    output_.Write(FrameKind::State, StateAsText(state));
+    const PictureSize size = FittedInto(state.size, request.box);
     engine::PictureSetup setup;
     setup.width = size.width;
     setup.height = size.height;
@@ -139,7 +144,7 @@ class StateWorker {
                                                   engine::RenderCaches::Shared());
     TakeBack();
     if (!begun)
-      return Status::Failure("\"" + state.mark.name + "\" was not rendered: " + begun.Message());
+      return Status::Failure("\"" + request.name + "\" was not rendered: " + begun.Message());
     for (const std::string& note : begun.Value()->Notes()) output_.Write(FrameKind::Note, note);
     const auto tell = [&](double done) {
       return output_.Write(FrameKind::Progress, std::to_string(static_cast<int>(done * 1000)));
@@ -154,11 +159,11 @@ class StateWorker {
     return {};
   }
 
-  Status Recall(const Mark& mark) {
-    if (mark.name.empty()) return {};
+  Status Recall(const std::string& name) {
+    if (name.empty()) return {};
     SetOptions();
-    if (!dialog_->Select(mark.name) || !dialog_->Press(kLoad))
-      return Status::Failure("\"" + mark.name + "\" was not loaded.");
+    if (!dialog_->Select(name) || !dialog_->Press(kLoad))
+      return Status::Failure("\"" + name + "\" was not loaded.");
     application_.DeliverEvents();
     return {};
   }
@@ -177,11 +182,25 @@ class StateWorker {
   engine::FrameWriter output_{STDOUT_FILENO};
   std::optional<StagemarksDialog> dialog_;
   std::unordered_map<std::string, bool> options_;
-  std::vector<StateFacts> states_;
-  PictureSize box_;
 };
 
 }  // namespace
+
+std::string RequestAsText(const PictureRequest& request) {
+  return "picture " + std::to_string(request.box.width) + " " + std::to_string(request.box.height) +
+         " " + request.name;
+}
+
+std::optional<PictureRequest> RequestFromText(const std::string& text) {
+  PictureRequest request;
+  int name = 0;
+  const int read =
+      std::sscanf(text.c_str(), "picture %u %u%n", &request.box.width, &request.box.height, &name);
+  const auto behind = static_cast<std::size_t>(name);
+  if (read != 2 || behind >= text.size() || text[behind] != ' ') return std::nullopt;
+  request.name = text.substr(behind + 1);
+  return request;
+}
 
 std::string StateAsText(const StateFacts& state) {
   const Mark& mark = state.mark;

@@ -1,13 +1,15 @@
-// StateWorker: the child that makes pictures of all states of a scene, `stagemarks --state-worker`.
+// StateWorker: the child that makes pictures of the states of a scene, `stagemarks --state-worker`.
 // A plug-in knows one dialog and one active document: what a child loads disturbs nobody at the
 // desktop. It is told all by its standard input and answers by its standard output, both in frames:
 //   in    a Note with the path of the document, empty where it has none; a Note for each option of
 //         the dialog, "1" or "0" and its label; the scene; Done
-//   out   a State for each state, see StateFacts; Done; or a Failure, which ends the child here and
-//         later
-//   in    a Note with the box that each picture fits into, "width height"
-//   out   for each state Progress and Notes, the Picture as bytes of red, green, blue, alpha, row
-//         by row, and Done
+// Then what it is asked for in Notes, as often as wanted, until the input ends:
+//   in    kMeasureStates
+//   out   a State for each state, see StateFacts; Done
+//   in    a PictureRequest as text
+//   out   the State; Progress and Notes; the Picture, fitted into the box, as bytes of red, green,
+//         blue, alpha, row by row; Done
+// A Failure ends the child, whatever it was asked.
 #pragma once
 
 #include <optional>
@@ -19,6 +21,17 @@
 namespace pictures {
 
 inline constexpr const char* kStateWorkerVerb = "--state-worker";
+
+inline constexpr const char* kMeasureStates = "measure";
+
+// Which state, by its name, and what its picture fits into; no name: the scene as it is.
+struct PictureRequest {
+  PictureSize box;
+  std::string name;
+};
+std::string RequestAsText(const PictureRequest& request);
+// Nothing for any other text.
+std::optional<PictureRequest> RequestFromText(const std::string& text);
 
 // One state as the child tells of it; one without a name: the scene as it is, which has no states.
 struct StateFacts {

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QToolBar>
 #include <QtTest/QTest>
 #include <filesystem>
@@ -23,9 +24,11 @@
 #include "host/LayerObject.h"
 #include "host/RenderData.h"
 #include "program/desktop/dialog/ListView.h"
+#include "program/desktop/panels/GalleryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "program/desktop/render/SheetWindow.h"
+#include "program/desktop/render/WipeWindow.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "tests/desktop/Desk.h"
 #include "tests/desktop/Fields.h"
@@ -137,6 +140,7 @@ class Story : public testing::Test {
   void RecordACamera();
   void Export();
   void MakeASheet();
+  void LookAtTheGallery();
   void DeleteOne();
   void SaveAsOther();
   void CloseAndComeBack();
@@ -398,6 +402,52 @@ void Story::MakeASheet() {
   EXPECT_EQ(Rows(), "[x] Other ground\n[x] Two hidden\n");
 }
 
+// Pictures come, keys and mouse choose and load, two are compared, and the next one is loaded from
+// anywhere.
+void Story::LookAtTheGallery() {
+  desk_.Raise("gallery");
+  auto& panel = desk_.Panel<desktop::GalleryPanel>("gallery");
+  desktop::GalleryGrid& grid = panel.Grid();
+  ASSERT_EQ(grid.model()->rowCount(), 2);
+  EXPECT_TRUE(pictures::WaitFor([&] {
+    const auto& model = grid.Model();
+    return panel.Pictures().Made() >= 2 && model.ThingsOf(model.States()[0].id) &&
+           model.ThingsOf(model.States()[1].id);
+  }));
+  EXPECT_TRUE(pictures::Write(Window(), "gallery-story"));
+  const auto current = [&] { return Window().States().Rows()[0].current; };
+  hands::Click(grid, grid.model()->index(1, 0));
+  EXPECT_EQ(Window().States().Chosen(), std::vector<std::string>{"Two hidden"});
+  hands::Press("Return");
+  EXPECT_FALSE(current());
+  hands::Press("Left");
+  EXPECT_EQ(Window().States().Chosen(), std::vector<std::string>{"Other ground"});
+  hands::Press("Return");
+  EXPECT_TRUE(current());
+  hands::Press("ctrl+Next");
+  EXPECT_FALSE(current());
+  hands::Press("ctrl+Next");
+  EXPECT_TRUE(Window().statusBar()->currentMessage().contains("is the last Stagemark"));
+  hands::Press("ctrl+Prior");
+  EXPECT_TRUE(current());
+  hands::Click(grid, grid.model()->index(0, 0));
+  hands::Press("ctrl+a");
+  hands::Press("ctrl+b");
+  QPointer<desktop::WipeWindow> both;
+  ASSERT_TRUE(pictures::WaitFor(
+      [&] { return both = dynamic_cast<desktop::WipeWindow*>(QApplication::activeWindow()); }));
+  EXPECT_TRUE(pictures::WaitFor([&] { return both->Rendered() >= 2; }));
+  hands::Click(both->View(), QPoint(both->View().width() / 4, both->View().height() / 2));
+  EXPECT_NEAR(both->View().Divider(), 0.25, 0.02);
+  hands::Press("Tab");
+  EXPECT_EQ(both->View().Side(0).name, "Two hidden");
+  EXPECT_TRUE(pictures::Write(*both, "wipe-story"));
+  hands::Press("Escape");
+  EXPECT_EQ(both, nullptr);
+  desk_.PluginDock()->raise();
+  Desk::Rest();
+}
+
 void Story::DeleteOne() {
   hands::Click(List(), List().model()->index(0, kName));
   ClickNext(QMessageBox::Yes, "question");
@@ -453,8 +503,8 @@ TEST_F(Story, FromTheSampleToTheNextStart) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return Window().View().IsFinished(); }, 60000));
   EXPECT_TRUE(pictures::Write(Window(), "main-window-story"));
   EXPECT_TRUE(pictures::Write(*desk_.PluginDock(), "dialog-story"));
-  live({&Story::RecordACamera, &Story::Export, &Story::MakeASheet, &Story::DeleteOne,
-        &Story::SaveAsOther, &Story::CloseAndComeBack});
+  live({&Story::RecordACamera, &Story::Export, &Story::MakeASheet, &Story::LookAtTheGallery,
+        &Story::DeleteOne, &Story::SaveAsOther, &Story::CloseAndComeBack});
 }
 
 }  // namespace

@@ -3,108 +3,21 @@
 // dialog, and the reverse. It shows what is stored and changes nothing itself. Main thread.
 #pragma once
 
-#include <QAbstractListModel>
 #include <QLineEdit>
-#include <QListView>
 #include <QSlider>
 #include <QTimer>
 #include <QWidget>
 #include <optional>
-#include <unordered_map>
 
 #include "engine/dialog/Dialogs.h"
 #include "engine/states/Difference.h"
 #include "program/desktop/background/Slices.h"
 #include "program/desktop/dialog/StatesDialog.h"
 #include "program/desktop/panels/DocumentView.h"
+#include "program/desktop/panels/GalleryGrid.h"
 #include "program/desktop/panels/PanelCommands.h"
-#include "program/desktop/render/StatePictures.h"
 
 namespace desktop {
-
-// The Stagemarks as a list model, in the order of the dialog's list. It keeps what was read at the
-// last Update; records are shared with the document.
-class GalleryModel : public QAbstractListModel {
- public:
-  enum Role { kDate = Qt::UserRole, kThings, kCurrent };
-
-  GalleryModel(const StatePictures& pictures, QObject* parent)
-      : QAbstractListModel(parent), pictures_(pictures) {}
-
-  // Takes over the Stagemarks of `doc`, null: none. What is counted is forgotten.
-  void Update(const host::BaseDocument* doc);
-  // Shows only those with the text in their names, small and capital letters alike.
-  void SetFilter(const QString& text);
-  const QString& Filter() const { return filter_; }
-  // All of them, also those that are not shown.
-  const std::vector<engine::StoredState>& States() const { return states_; }
-  // Null for an index of none.
-  const engine::StoredState* StateAt(const QModelIndex& index) const;
-  QModelIndex IndexOf(const std::string& name) const;
-  QModelIndex IndexOf(host::LONG id) const;
-  // In how many things it differs from the scene; nothing until it is counted.
-  void SetThings(host::LONG id, std::size_t things);
-  std::optional<std::size_t> ThingsOf(host::LONG id) const;
-  // The picture or its marks have changed; 0: of all.
-  void PictureChanged(host::LONG id);
-
-  int rowCount(const QModelIndex& parent = {}) const override {
-    return parent.isValid() ? 0 : static_cast<int>(shown_.size());
-  }
-  QVariant data(const QModelIndex& index, int role) const override;
-  const StatePicture& PictureAt(const QModelIndex& index) const;
-
- private:
-  std::vector<std::size_t> Matching() const;
-  QString Tip(const engine::StoredState& state) const;
-
-  const StatePictures& pictures_;
-  std::vector<engine::StoredState> states_;
-  std::vector<std::size_t> shown_;  // indices of states_
-  std::unordered_map<host::LONG, std::size_t> things_;
-  QString filter_;
-};
-
-// The pictures in rows as wide as the panel. Owns its model.
-class GalleryGrid : public QListView {
- public:
-  static constexpr int kLeastWidth = 110;  // of a picture, in pixels of scale 1
-  static constexpr int kMostWidth = 480;
-  static constexpr int kFirstWidth = 220;
-
-  GalleryGrid(const StatePictures& pictures, QWidget* parent);
-
-  GalleryModel& Model() { return *model_; }
-  int PictureWidth() const { return width_; }
-  void SetPictureWidth(int width);
-  // In pixels of the screen.
-  QSize PictureBox() const;
-  // In the order shown.
-  std::vector<std::string> Chosen() const;
-  // Selects the rows of these names, which is no act of a person.
-  void ShowChosen(const std::vector<std::string>& names);
-  // IDs of those that can be seen, from the top.
-  std::vector<host::LONG> Visible() const;
-
-  // A person has chosen others.
-  std::function<void()> chosen;
-  // A person turned the wheel with Ctrl; +1 larger, -1 smaller.
-  std::function<void(int way)> zoomed;
-  // What can be seen has changed.
-  std::function<void()> scrolled;
-
- protected:
-  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
-  void wheelEvent(QWheelEvent* event) override;
-  void paintEvent(QPaintEvent* event) override;
-  void scrollContentsBy(int dx, int dy) override;
-  void resizeEvent(QResizeEvent* event) override;
-
- private:
-  GalleryModel* model_;
-  int width_ = kFirstWidth;
-  bool showing_ = true;  // what changes in here is no act of a person
-};
 
 // The grid below its search field and buttons.
 class GalleryPanel : public QWidget, public DocumentView, private engine::DialogObserver {
@@ -120,6 +33,10 @@ class GalleryPanel : public QWidget, public DocumentView, private engine::Dialog
   // Loads the Stagemark of that name.
   std::function<void(const std::string& name)> load;
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
+
  private:
   void DialogOpened(host::GeDialog&) override { dialogChanged_ = true; }
   void DialogClosed(host::GeDialog&) override { dialogChanged_ = true; }
@@ -131,6 +48,15 @@ class GalleryPanel : public QWidget, public DocumentView, private engine::Dialog
   void ShowMenu(const QPoint& place);
   void Load();
   void Delete();
+  // The chosen ones, without any all.
+  void RenderAgain();
+  // The two that are chosen, in a window.
+  void CompareTwo();
+  bool CanBeSeen() const;
+  // Nobody renders or counts for a panel that nobody sees.
+  void Rest();
+  // Goes on with pictures and counting as soon as a person rests.
+  void WorkSoon() { rest_.start(); }
   // Switches off what cannot be done now.
   void ShowActions();
   // Takes over what is chosen in the dialog. Nothing chosen there leaves it as it is here.
@@ -140,6 +66,8 @@ class GalleryPanel : public QWidget, public DocumentView, private engine::Dialog
   bool CountOn();
   // Begins with the next one; false when none is left.
   bool CountNext(const host::BaseDocument& doc);
+  // The visible ones first.
+  void StartCounting();
   void ForgetCounting();
 
   const StatesDialog& dialog_;
@@ -149,13 +77,20 @@ class GalleryPanel : public QWidget, public DocumentView, private engine::Dialog
   QSlider* size_;
   GalleryGrid* grid_;
   QAction* load_ = nullptr;
+  QAction* wipe_ = nullptr;
+  QAction* render_ = nullptr;
+  QAction* stop_ = nullptr;
   QAction* delete_ = nullptr;
+  QWidget* dock_ = nullptr;  // that it is in
   host::ULLONG doc_ = 0;
   host::ULLONG seen_ = 0;
+  QString file_;          // of the scene
+  bool isSaved_ = false;  // the scene, as it is
   engine::Parts parts_;
   bool dialogChanged_ = true;
-  QTimer rest_;             // until a person has rested
-  host::LONG counted_ = 0;  // the Stagemark that is being counted
+  QTimer rest_;                        // until a person has rested
+  std::vector<host::LONG> uncounted_;  // the last one is the next
+  host::LONG counted_ = kNoState;      // the Stagemark that is being counted
   std::optional<engine::StepwiseComparison> comparison_;
   Slices counting_;
 };

@@ -1,0 +1,130 @@
+#include "program/desktop/render/StatePictureFiles.h"
+
+#include <QBuffer>
+#include <QCryptographicHash>
+#include <QImageReader>
+#include <QImageWriter>
+#include <algorithm>
+#include <filesystem>
+
+#include "program/desktop/Text.h"
+
+namespace desktop {
+
+namespace {
+
+namespace fs = std::filesystem;
+using engine::Status;
+
+constexpr const char* kSuffix = ".png";
+constexpr const char* kName = "Stagemark";
+constexpr const char* kRecorded = "Recorded";
+constexpr const char* kScene = "Scene";
+constexpr std::uint64_t kLargestFile = 16u << 20;
+constexpr int kLargestSide = 4096;  // pixels
+constexpr std::size_t kMostScenes = 60;
+constexpr int kQuick = 80;  // of the writer: little time rather than the last byte
+
+bool IsLink(const std::string& path) {
+  std::error_code error;
+  return fs::is_symlink(path, error);
+}
+
+std::string PathOf(const std::string& folder, host::LONG id) {
+  return folder + "/" + std::to_string(id) + kSuffix;
+}
+
+Status LinkInTheWay(const std::string& path) {
+  return Status::Failure("\"" + path + "\" is a link; nothing is written through it.");
+}
+
+std::string Encoded(const KeptPicture& picture) {
+  QBuffer bytes;
+  bytes.open(QIODevice::WriteOnly);
+  QImageWriter writer(&bytes, "png");
+  writer.setQuality(kQuick);
+  writer.setText(kName, ToQt(picture.name));
+  writer.setText(kRecorded, ToQt(picture.recorded));
+  writer.setText(kScene, QString::number(picture.fingerprint, 16));
+  return writer.write(picture.image) ? bytes.data().toStdString() : std::string();
+}
+
+std::optional<KeptPicture> Decoded(const std::string& bytes) {
+  QByteArray data = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
+  QBuffer buffer(&data);
+  QImageReader reader(&buffer, "png");
+  const QSize size = reader.size();
+  if (!size.isValid() || std::max(size.width(), size.height()) > kLargestSide) return std::nullopt;
+  KeptPicture picture;
+  picture.name = reader.text(kName).toStdString();
+  picture.recorded = reader.text(kRecorded).toStdString();
+  picture.fingerprint = reader.text(kScene).toULongLong(nullptr, 16);
+  picture.image = reader.read();
+  if (picture.image.isNull()) return std::nullopt;
+  return picture;
+}
+
+}  // namespace
+
+std::string StatePictureFiles::Root() const {
+  const std::string& cache = services_.folders.cache;
+  return cache.empty() ? "" : cache + "/gallery";
+}
+
+std::string StatePictureFiles::FolderOf(const host::BaseDocument& doc) const {
+  const std::string folder = doc.GetDocumentPath().GetString().ToUtf8();
+  if (folder.empty() || Root().empty()) return "";
+  const std::string path = folder + "/" + doc.GetDocumentName().GetString().ToUtf8();
+  std::error_code error;
+  const std::string real = fs::weakly_canonical(path, error).string();
+  const QByteArray hash = QCryptographicHash::hash(QByteArray::fromStdString(error ? path : real),
+                                                   QCryptographicHash::Sha1);
+  return Root() + "/" + hash.toHex().toStdString();
+}
+
+std::optional<KeptPicture> StatePictureFiles::Read(const std::string& folder, host::LONG id) const {
+  const std::string path = PathOf(folder, id);
+  if (folder.empty() || services_.files.Kind(path) != engine::FileKind::File) return std::nullopt;
+  const auto bytes = services_.files.ReadFile(path, kLargestFile);
+  return bytes ? Decoded(bytes.Value()) : std::nullopt;
+}
+
+Status StatePictureFiles::Prepare(const std::string& folder) const {
+  if (IsLink(Root())) return LinkInTheWay(Root());
+  if (IsLink(folder)) return LinkInTheWay(folder);
+  if (services_.files.Kind(folder) == engine::FileKind::Folder) return {};
+  Status status = services_.files.MakeFolders(folder);
+  if (status) RemoveOldest(folder);
+  return status;
+}
+
+// A new file that takes the place of the old one: a link there goes, what it leads to stays.
+Status StatePictureFiles::Keep(const std::string& folder, host::LONG id,
+                               const KeptPicture& picture) const {
+  Status status = Prepare(folder);
+  if (!status) return status;
+  const std::string path = PathOf(folder, id);
+  if (IsLink(path)) status = services_.files.RemoveFile(path);
+  return status ? services_.files.ReplaceFile(path, Encoded(picture)) : status;
+}
+
+void StatePictureFiles::Remove(const std::string& folder, host::LONG id) const {
+  const std::string path = PathOf(folder, id);
+  if (folder.empty() || IsLink(folder)) return;
+  if (services_.files.Kind(path) == engine::FileKind::File) (void)services_.files.RemoveFile(path);
+}
+
+void StatePictureFiles::RemoveOldest(const std::string& but) const {
+  const auto names = services_.files.ListFolders(Root());
+  if (!names || names.Value().size() <= kMostScenes) return;
+  std::vector<std::pair<std::int64_t, std::string>> folders;
+  for (const std::string& name : names.Value()) {
+    const std::string folder = Root() + "/" + name;
+    if (folder != but) folders.emplace_back(services_.files.Stamp(folder).changed, folder);
+  }
+  std::sort(folders.begin(), folders.end());
+  for (std::size_t i = 0; i + kMostScenes <= folders.size(); ++i)
+    (void)services_.files.RemoveFolder(folders[i].second);
+}
+
+}  // namespace desktop

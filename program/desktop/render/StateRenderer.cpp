@@ -1,0 +1,176 @@
+#include "program/desktop/render/StateRenderer.h"
+
+#include "engine/application/ProgramPlaces.h"
+#include "engine/scene/NewNodes.h"
+#include "engine/scenefile/SceneFile.h"
+#include "program/desktop/Text.h"
+#include "program/desktop/background/DocumentBusy.h"
+#include "program/pictures/SceneFingerprint.h"
+
+namespace desktop {
+
+namespace {
+
+using engine::FrameKind;
+using pictures::StagemarksDialog;
+
+// The options as they stand in the dialog: not all of them are kept in the scene.
+std::vector<std::string> OptionsOfDialog() {
+  std::vector<std::string> options;
+  for (host::GeDialog* open : engine::OpenDialogs()) {
+    StagemarksDialog dialog(*open);
+    if (!dialog.Fits()) continue;
+    for (const auto& [label, on] : dialog.Options()) options.push_back((on ? "1" : "0") + label);
+    return options;
+  }
+  return options;
+}
+
+}  // namespace
+
+StateRenderer::StateRenderer(const host::BaseDocument& doc, News news)
+    : doc_(IdentityOf(&doc)), news_(std::move(news)) {
+  child_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  connect(&child_, &QProcess::readyReadStandardOutput, this, [this] { Read(); });
+  connect(&child_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart)
+      Fail("\"" + child_.program().toStdString() + "\" cannot be run.");
+  });
+  connect(&child_, &QProcess::finished, this, [this] {
+    Read();
+    if (!stopped_) Fail("The program that renders the states ended too early.");
+  });
+  // In the middle of what a plug-in does the document is nothing whole.
+  const auto begin = [this] { WhenDocumentIsFree(this, [this] { Begin(); }); };
+  QMetaObject::invokeMethod(this, begin, Qt::QueuedConnection);
+}
+
+StateRenderer::~StateRenderer() { Stop(); }
+
+void StateRenderer::Stop() {
+  stopped_ = true;
+  writing_.Stop();
+  writing_.Finish();
+  deletion_.Take(std::move(copy_));
+  child_.disconnect(this);
+  child_.kill();
+  child_.waitForFinished();
+}
+
+void StateRenderer::Fail(const std::string& problem) {
+  Stop();
+  if (news_.failed) news_.failed(problem);
+}
+
+void StateRenderer::FailUnread() {
+  Fail("The program that renders the states sent what cannot be read.");
+}
+
+void StateRenderer::Measure() { Ask(pictures::kMeasureStates); }
+
+void StateRenderer::Render(const std::string& name, const pictures::PictureSize& box) {
+  Ask(pictures::RequestAsText({box, name}));
+}
+
+void StateRenderer::Ask(const std::string& text) {
+  asked_.push_back(text);
+  if (isUp_ && !stopped_) Send(FrameKind::Note, text);
+}
+
+void StateRenderer::Begin() {
+  if (stopped_) return;
+  host::BaseDocument* doc = FindOpenDocument(doc_);
+  if (!doc) return Fail("The document was closed before its states were read.");
+  const host::Filename path = doc->GetDocumentPath().Content()
+                                  ? doc->GetDocumentPath() + doc->GetDocumentName()
+                                  : doc->GetDocumentName();
+  order_ = OptionsOfDialog();
+  order_.insert(order_.begin(), path.GetString().ToUtf8());
+  copy_ = engine::CopyOf(*doc);
+  if (!copy_) return Fail("There was not enough memory for a copy of the scene.");
+  writing_.Start(
+      [this](const BackgroundJob::Control& job) {
+        fingerprint_ = pictures::FingerprintOf(*copy_);
+        scene_ = engine::WriteScene(*copy_, [&job](double) { return !job.IsStopped(); });
+      },
+      [this](const std::string& problem) { StartChild(problem); });
+}
+
+void StateRenderer::StartChild(const std::string& problem) {
+  if (stopped_) return;
+  deletion_.Take(std::move(copy_));
+  if (!problem.empty()) return Fail(problem);
+  if (!scene_) return Fail(scene_.Message());
+  child_.start(QString::fromStdString(engine::ImportWorkerProgram()), {pictures::kStateWorkerVerb});
+  for (const std::string& note : order_) Send(FrameKind::Note, note);
+  for (const std::string& piece : scene_.Value()) Send(FrameKind::Scene, piece);
+  Send(FrameKind::Done, "");
+  scene_ = std::vector<std::string>();
+  isUp_ = true;
+  for (const std::string& text : asked_) Send(FrameKind::Note, text);
+}
+
+void StateRenderer::Send(FrameKind kind, std::string_view bytes) {
+  const std::string frames = engine::AsFrames(kind, bytes);
+  child_.write(frames.data(), static_cast<qint64>(frames.size()));
+}
+
+void StateRenderer::Read() {
+  const QByteArray bytes = child_.readAllStandardOutput();
+  parser_.Feed({bytes.data(), static_cast<std::size_t>(bytes.size())});
+  while (!stopped_) {
+    const auto frame = parser_.Next();
+    if (!frame) break;
+    Take(*frame);
+  }
+  if (!stopped_ && parser_.Damaged()) FailUnread();
+}
+
+void StateRenderer::Take(const engine::Frame& frame) {
+  switch (frame.kind) {
+    case FrameKind::State:
+      return TakeState(frame.bytes);
+    case FrameKind::Progress:
+      if (news_.progress) news_.progress(std::atoi(frame.bytes.c_str()) / 1000.0);
+      return;
+    case FrameKind::Note:
+      if (news_.noted) news_.noted(frame.bytes);
+      return;
+    case FrameKind::Picture:
+      picture_.bytes.insert(picture_.bytes.end(), frame.bytes.begin(), frame.bytes.end());
+      return;
+    case FrameKind::Failure:
+      return Fail(frame.bytes);
+    case FrameKind::Done:
+      return TakeDone();
+    case FrameKind::Scene:
+      return;
+  }
+}
+
+void StateRenderer::TakeState(const std::string& text) {
+  auto state = pictures::StateFromText(text);
+  if (!state) return FailUnread();
+  state_ = std::move(*state);
+  const bool isMeasuring = !asked_.empty() && asked_.front() == pictures::kMeasureStates;
+  if (isMeasuring && news_.measured) news_.measured(state_);
+}
+
+void StateRenderer::TakeDone() {
+  if (asked_.empty()) return FailUnread();
+  const std::string answered = std::move(asked_.front());
+  asked_.pop_front();
+  const auto request = pictures::RequestFromText(answered);
+  if (!request) {
+    if (news_.allMeasured) news_.allMeasured();
+    return;
+  }
+  const pictures::PictureSize size = pictures::FittedInto(state_.size, request->box);
+  picture_.width = size.width;
+  picture_.height = size.height;
+  if (picture_.bytes.size() != picture_.PixelCount() * 4) return FailUnread();
+  engine::Image picture = std::exchange(picture_, {});
+  if (news_.rendered) news_.rendered(std::move(picture));
+}
+
+}  // namespace desktop
