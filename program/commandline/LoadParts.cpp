@@ -94,9 +94,7 @@ std::string LeftAloneText(Session& session, const PartChoice& choice,
 
 std::string PartsText(const PartChoice& choice, const std::vector<std::string>& applied) {
   const bool only = !choice.parts.empty();
-  std::string text;
-  for (const std::string& part : only ? applied : choice.without)
-    text += (text.empty() ? "" : ", ") + part;
+  const std::string text = Joined(only ? applied : choice.without);
   if (text.empty()) return "";
   return only ? " (" + text + " only)" : " (without " + text + ")";
 }

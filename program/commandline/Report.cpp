@@ -203,4 +203,10 @@ std::string HtmlText(const std::string& text) {
   return escaped;
 }
 
+std::string Joined(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
+  return text;
+}
+
 }  // namespace commandline

@@ -111,6 +111,9 @@ std::string JsonText(std::string_view text);
 // Text as a page for a browser has it between tags and in quotation marks.
 std::string HtmlText(const std::string& text);
 
+// "a, b, c".
+std::string Joined(const std::vector<std::string>& words);
+
 using outcome::Counted;
 using outcome::Listed;
 

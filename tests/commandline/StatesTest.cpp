@@ -216,10 +216,19 @@ std::vector<std::string> CsvFields(const std::string& line) {
   return fields;
 }
 
-TEST_F(States, TheMatrixSaysWhatEachStateSays) {
-  const std::string scene = Edited();
-  Out({"rename", scene, "Day", "Day, \"wet\" <b>", "--write"});
-  Out({"set", scene, "--add-camera", "Side", "--write"});
+class Matrix : public States {
+ protected:
+  // As Edited, with a name that has to be quoted everywhere and a camera that nobody knows.
+  std::string Awkward() const {
+    const std::string scene = Edited();
+    Out({"rename", scene, "Day", "Day, \"wet\" <b>", "--write"});
+    Out({"set", scene, "--add-camera", "Side", "--write"});
+    return scene;
+  }
+};
+
+TEST_F(Matrix, SaysWhatEachStateSays) {
+  const std::string scene = Awkward();
   Check(scene, {{{"matrix"},
                  0,
                  {"Day, \"wet\" <b>", "Kopf2 ", "Render mode   Undefined", "*Off",
@@ -239,7 +248,11 @@ TEST_F(States, TheMatrixSaysWhatEachStateSays) {
   EXPECT_EQ(rows([](const json& row) { return row["cells"][0].is_null() && row["knownBy"] == 1; }),
             counts["objects"]["onlyRight"]);
   EXPECT_EQ(rows([](const json& row) { return row["knownBy"] == 0; }), 1U);
+}
 
+TEST_F(Matrix, GoesIntoSpreadsheetsAndBrowsers) {
+  const std::string scene = Awkward();
+  const json matrix = Json({"matrix", scene, "--parts", "objects"});
   std::istringstream lines(Out({"matrix", scene, "--parts", "objects", "--csv"}));
   std::size_t count = 0;
   for (std::string line; std::getline(lines, line); ++count) {
@@ -264,7 +277,7 @@ TEST_F(States, TheMatrixSaysWhatEachStateSays) {
 }
 
 // What has no room beside the rest stands below it.
-TEST_F(States, AWideMatrixStandsInPieces) {
+TEST_F(Matrix, StandsInPiecesWhereItIsWide) {
   const std::string scene = Spider();
   for (int i = 0; i < 12; ++i) {
     Out({"set", scene, "--object", "Kopf", "--render", i % 2 == 0 ? "on" : "off", "--write"});
@@ -278,6 +291,44 @@ TEST_F(States, AWideMatrixStandsInPieces) {
   }
   EXPECT_GT(heads, 2U);
   EXPECT_NE(Out({"matrix", scene, "-v"}).find("a rather long name 10"), std::string::npos);
+}
+
+// A ? is a letter, however many bytes it has; a * backs off as far as it must.
+TEST_F(States, PatternsCountLetters) {
+  const std::string scene = Spider();
+  for (const char* name : {"\u00C41", "aXbXc", "[1]"}) Out({"record", scene, name, "--write"});
+  const std::pair<const char*, const char*> kRows[] = {
+      {"?1", "\u00C41 "}, {"a*Xc", "aXbXc "}, {"*X*X?", "aXbXc "}, {"[*", "[1] "}};
+  for (const auto& [typed, meant] : kRows)
+    EXPECT_EQ(ListedBy({"list", scene, "--only", typed}), meant) << typed;
+  for (const char* typed : {"??1", "a*Xd", "*X*X", "[1]?"})
+    EXPECT_EQ(Call({"list", scene, "--only", typed}).status, 2) << typed;
+}
+
+// After a load the scene says what the state says, whatever parts were loaded.
+TEST_F(States, NothingDiffersAfterALoad) {
+  const std::string scene = Edited();
+  for (const char* parts : {"objects", "camera,layers", "render-settings", "objects,materials"}) {
+    Out({"load", scene, "Night", "--parts", parts, "-o", Scene("after.c4d"), "--force"});
+    EXPECT_EQ(Call({"diff", Scene("after.c4d"), "Night", "--scene", "--parts", parts}).status, 0)
+        << parts;
+  }
+  Out({"options", scene, "--toggle", "Render Settings", "--write"});
+  Out({"load", scene, "Night", "-o", Scene("after.c4d"), "--force"});
+  Check(Scene("after.c4d"),
+        {{{"diff", "Night", "--scene"},
+          0,
+          {"are the same", "\"Render Settings\" is off in the options"}},
+         {{"load", "Night", "-n"}, 0, {"change nothing", "is off in the options"}},
+         {{"diff", "Night", "--scene", "--parts", "render-settings"}, 1, {"Width"}}});
+}
+
+TEST_F(States, OldWordsWorkAndAreInNoHelp) {
+  const std::string scene = Staged();
+  EXPECT_EQ(Out({"render", "--help"}).find("--state"), std::string::npos);
+  EXPECT_EQ(Out({"check", "--help"}).find("--only"), std::string::npos);
+  Out({"render", scene, "--state", "D*", "--size", "8x6", "-o", Scene("old.png")});
+  EXPECT_FALSE(ReadText(Scene("old.png")).empty());
 }
 
 }  // namespace

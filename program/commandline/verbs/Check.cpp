@@ -49,12 +49,6 @@ std::vector<std::string> FixableCodes() {
   return codes;
 }
 
-std::string Joined(const std::vector<std::string>& words) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
-  return text;
-}
-
 void AddWrapped(const std::string& text, std::size_t indent, Report& report) {
   for (const std::string& line : Wrapped(Readable(text), Terminal::Columns() - indent))
     report.Line(std::string(indent, ' ') + line);

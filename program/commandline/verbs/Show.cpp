@@ -106,12 +106,6 @@ class Contents {
   }
 
  private:
-  static std::string Joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
-    return text;
-  }
-
   // As of a change, with one value for each field.
   JsonMembers Members(const ElementChange& element) const {
     const host::LONG type = engine::TypeForFields(doc_, element);
