@@ -109,8 +109,9 @@ void MainWindow::BuildPanels() {
   panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea,
               new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
-  auto* gallery = panels_.Add("gallery", "Gallery", Qt::RightDockWidgetArea,
-                              new GalleryPanel(application_.GetServices(), states_, this));
+  auto* gallery =
+      panels_.Add("gallery", "Gallery", Qt::RightDockWidgetArea,
+                  new GalleryPanel(application_.GetServices(), settings_, states_, this));
   gallery->load = [this](const std::string& name) { LoadStagemark(*this, name); };
   panels_.ShowFirst();
   InspectWhatIsPressed(objects_->Tree(), engine::InspectedElements::kObjects);

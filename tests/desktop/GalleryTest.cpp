@@ -6,6 +6,7 @@
 
 #include <QMessageBox>
 #include <QStatusBar>
+#include <QWheelEvent>
 
 #include <filesystem>
 
@@ -378,6 +379,24 @@ TEST(Gallery, TwoCanBeWipedOverOneAnother) {
   QTest::keyClick(&view, Qt::Key_Escape);
   Desk::Rest();
   EXPECT_TRUE(watched.isNull());
+}
+
+TEST(Gallery, TheWheelMakesPicturesLargerAndTheSizeIsKept) {
+  WithGallery desk;
+  ASSERT_TRUE(desk.AllCome());
+  const int width = desk.Grid().PictureWidth();
+  const QPointF place(desk.Grid().viewport()->rect().center());
+  for (int turn = 0; turn < 5; ++turn) {
+    QWheelEvent wheel(place, desk.Grid().viewport()->mapToGlobal(place), {}, {0, 120}, {},
+                      Qt::ControlModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(desk.Grid().viewport(), &wheel);
+  }
+  EXPECT_EQ(desk.Grid().PictureWidth(), width + 100);
+  ASSERT_TRUE(pictures::WaitFor([&] {
+    return desk.Picture("Dawn").image.width() == desk.Grid().PictureBox().width();
+  })) << "rendered at the larger size";
+  desk.Restart();
+  EXPECT_EQ(desk.Grid().PictureWidth(), width + 100);
 }
 
 TEST(Gallery, PictureOfThePanel) {

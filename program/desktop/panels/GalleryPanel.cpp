@@ -18,13 +18,15 @@ namespace {
 // Nothing is counted while a person works on the scene.
 constexpr int kRest = 250;  // milliseconds
 constexpr int kZoomStep = 20;
+constexpr const char* kSize = "gallery/size";
 constexpr std::size_t kCountedAtOnce = 2000;  // elements
 
 }  // namespace
 
-GalleryPanel::GalleryPanel(const engine::Services& services, const StatesDialog& dialog,
-                           QWidget* parent)
+GalleryPanel::GalleryPanel(const engine::Services& services, Settings& settings,
+                           const StatesDialog& dialog, QWidget* parent)
     : QWidget(parent),
+      settings_(settings),
       dialog_(dialog),
       pictures_(services,
                 [this](LONG id) {
@@ -50,6 +52,7 @@ GalleryPanel::GalleryPanel(const engine::Services& services, const StatesDialog&
     if (!CanBeSeen()) return;
     pictures_.See(grid_->Visible(), grid_->PictureBox());
     StartCounting();
+    KeepSize();
   });
   engine::AddDialogObserver(*this);
 }
@@ -89,13 +92,28 @@ void GalleryPanel::BuildBar() {
   bar_->addWidget(search_);
   BuildActions();
   bar_->AddSpace();
+  BuildSize();
+}
+
+void GalleryPanel::BuildSize() {
   size_->setRange(GalleryGrid::kLeastWidth, GalleryGrid::kMostWidth);
-  size_->setValue(GalleryGrid::kFirstWidth);
+  size_->setValue(KeptSize());
+  grid_->SetPictureWidth(size_->value());
   size_->setPageStep(kZoomStep);
   size_->setMaximumWidth(100);
   size_->setToolTip("How large the pictures are (Ctrl and the wheel)");
   size_->setAccessibleName("Size of the pictures");
   bar_->addWidget(size_);
+}
+
+int GalleryPanel::KeptSize() const {
+  const int kept = settings_.Bytes(kSize).toInt();
+  return kept > 0 ? kept : GalleryGrid::kFirstWidth;
+}
+
+void GalleryPanel::KeepSize() {
+  // What fails here is in the ledger; the size holds for this run.
+  if (size_->value() != KeptSize()) (void)settings_.Set(kSize, QByteArray::number(size_->value()));
 }
 
 void GalleryPanel::BuildActions() {

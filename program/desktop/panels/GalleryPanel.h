@@ -11,6 +11,7 @@
 
 #include "engine/dialog/Dialogs.h"
 #include "engine/states/Difference.h"
+#include "program/desktop/Settings.h"
 #include "program/desktop/background/Slices.h"
 #include "program/desktop/dialog/StatesDialog.h"
 #include "program/desktop/panels/DocumentView.h"
@@ -22,8 +23,9 @@ namespace desktop {
 // The grid below its search field and buttons.
 class GalleryPanel : public QWidget, public DocumentView, private engine::DialogObserver {
  public:
-  // What is given outlives the panel.
-  GalleryPanel(const engine::Services& services, const StatesDialog& dialog, QWidget* parent);
+  // What is given outlives the panel. `settings`: where the size of the pictures is kept.
+  GalleryPanel(const engine::Services& services, Settings& settings, const StatesDialog& dialog,
+               QWidget* parent);
   ~GalleryPanel() override;
 
   void Follow(host::BaseDocument* doc) override;
@@ -43,6 +45,10 @@ class GalleryPanel : public QWidget, public DocumentView, private engine::Dialog
   void DialogChanged(host::GeDialog&, const engine::Gadget*) override { dialogChanged_ = true; }
 
   void BuildBar();
+  void BuildSize();
+  // The size of the pictures as it is kept between runs.
+  int KeptSize() const;
+  void KeepSize();
   void BuildActions();
   void Connect();
   void ShowMenu(const QPoint& place);
@@ -70,6 +76,7 @@ class GalleryPanel : public QWidget, public DocumentView, private engine::Dialog
   void StartCounting();
   void ForgetCounting();
 
+  Settings& settings_;
   const StatesDialog& dialog_;
   StatePictures pictures_;
   PanelBar* bar_;
