@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QMenuBar>
 #include <QPointer>
+#include <QProgressDialog>
 #include <QTimer>
 #include <functional>
 #include <memory>
@@ -19,7 +20,8 @@
 
 namespace desk {
 
-// Does `act` to the next modal dialog of a kind that comes up; one that is up already is not meant.
+// Does `act` to the next modal dialog of a kind that comes up; one that is up already is not meant,
+// nor is a box that only shows progress, which a busy machine brings up and a quick one does not.
 // Fails to end a test that waits for a box which never comes: so does life.
 template <class Dialog = QDialog>
 void AnswerNext(std::function<void(std::type_identity_t<Dialog>&)> act) {
@@ -28,6 +30,7 @@ void AnswerNext(std::function<void(std::type_identity_t<Dialog>&)> act) {
   QObject::connect(timer, &QTimer::timeout, timer, [timer, act, present] {
     auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
     if (!dialog || dialog == present) return;
+    if (!std::is_same_v<Dialog, QProgressDialog> && qobject_cast<QProgressDialog*>(dialog)) return;
     timer->stop();
     timer->deleteLater();
     act(*dialog);
