@@ -3,26 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <sstream>
 
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TextSearch.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using tests::Matches;
 using tests::ReadText;
 
-const fs::path kRoot = TEST_SOURCE_DIR;
-
-std::vector<std::string> Matches(const std::string& text, const std::string& pattern) {
-  std::vector<std::string> found;
-  const std::regex regex(pattern);
-  for (std::sregex_iterator it(text.begin(), text.end(), regex), end; it != end; ++it)
-    found.push_back((*it)[1]);
-  return found;
-}
+const fs::path kSources = TEST_SOURCE_DIR;
 
 // A label as a person reads it: without the mark of a shortcut, the dots of a menu entry and blanks
 // around it.
@@ -39,7 +32,7 @@ std::string AsRead(std::string label) {
 // Every text in the code below a folder.
 std::set<std::string> TextsIn(const fs::path& folder) {
   std::set<std::string> texts;
-  for (const auto& entry : fs::recursive_directory_iterator(kRoot / folder)) {
+  for (const auto& entry : fs::recursive_directory_iterator(kSources / folder)) {
     const fs::path suffix = entry.path().extension();
     if (suffix != ".h" && suffix != ".cpp") continue;
     for (const std::string& text : Matches(ReadText(entry.path()), "\"((?:[^\"\\\\\n]|\\\\.)*)\""))
@@ -53,7 +46,8 @@ TEST(Labels, OfManualAndReadmeAreOnTheScreen) {
   shown.merge(TextsIn("program/desktop"));
   std::size_t labels = 0;
   for (const char* document : {"help/manual.md", "README.md", "CHANGELOG.md"}) {
-    for (const std::string& bold : Matches(ReadText(kRoot / document), "\\*\\*([^*\n]+)\\*\\*")) {
+    for (const std::string& bold :
+         Matches(ReadText(kSources / document), "\\*\\*([^*\n]+)\\*\\*")) {
       if (bold.back() == '.') continue;  // the first words of a note
       std::istringstream path(bold);     // "File > Save As"
       for (std::string label; std::getline(path, label, '>'); ++labels) {
@@ -65,11 +59,11 @@ TEST(Labels, OfManualAndReadmeAreOnTheScreen) {
 }
 
 TEST(Labels, OfTheDialogAreInTheManual) {
-  const std::string manual = ReadText(kRoot / "help/manual.md");
+  const std::string manual = ReadText(kSources / "help/manual.md");
   std::size_t labels = 0;
   for (const char* keys :
        {"source/Stagemarks/keys/Gadgets.h", "source/Stagemarks/keys/Options.h"}) {
-    for (const std::string& label : Matches(ReadText(kRoot / keys), ", \"([A-Z][^\"]*)\"\\}")) {
+    for (const std::string& label : Matches(ReadText(kSources / keys), ", \"([A-Z][^\"]*)\"\\}")) {
       ++labels;
       EXPECT_NE(manual.find(label), std::string::npos) << label;
     }
@@ -79,11 +73,11 @@ TEST(Labels, OfTheDialogAreInTheManual) {
 
 // Messages stand in the manual word for word; "..." takes the place of a name.
 TEST(Labels, MessagesOfTheDialogAreInTheManual) {
-  const std::string manual = ReadText(kRoot / "help/manual.md");
+  const std::string manual = ReadText(kSources / "help/manual.md");
   const std::string page = manual.substr(manual.find("## Every message"));
   std::size_t messages = 0;
   for (const std::string& text :
-       Matches(ReadText(kRoot / "source/Stagemarks/keys/Messages.h"), "\"([^\"\n]+)\"")) {
+       Matches(ReadText(kSources / "source/Stagemarks/keys/Messages.h"), "\"([^\"\n]+)\"")) {
     const bool isMessage = text.find_first_of(".?!") != std::string::npos ||
                            text.find("irectory") != std::string::npos;
     if (!isMessage || text.ends_with(".h") || text[0] == '\\') continue;

@@ -5,17 +5,19 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <regex>
 
 #include "engine/render/Image.h"
 #include "tests/support/ChildProgram.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TextSearch.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
 using tests::ChildResult;
+using tests::Matches;
+using tests::WithReplaced;
 
 constexpr const char* kProgram = TEST_BINARY_DIR "/bin/stagemarks";
 
@@ -255,8 +257,7 @@ TEST_F(Pictures, AFullDiskLeavesWhatWasThere) {
        {"render '{scene}' -o '{out}/{state}.png' --size 640x480",
         "sheet '{scene}' -o '{out}/sheet.png'", "sheet '{scene}' --html '{out}' --force"}) {
     std::string line = std::string("ulimit -f 1; exec \"$0\" ") + call;
-    line = std::regex_replace(std::regex_replace(line, std::regex("\\{scene\\}"), scene),
-                              std::regex("\\{out\\}"), folder_ / "out");
+    line = WithReplaced(WithReplaced(line, "{scene}", scene), "{out}", folder_ / "out");
     const ChildResult result = Call({"-c", line, kProgram}, "/bin/sh");
     EXPECT_EQ(result.status, 1) << call << result.err;
     EXPECT_NE(result.err.find("Cannot write"), std::string::npos) << result.err;
@@ -326,12 +327,9 @@ TEST_F(Pictures, ThePageNeedsNothingButWhatLiesBesideIt) {
   EXPECT_EQ(
       Written(),
       "50% #1_.png | A_B.png | _script_alert(1)__script_ & _x'.png | a_b (2).png | index.html");
-  const std::regex source("src=\"([^\"]*)\"");
-  std::size_t pictures = 0;
-  for (std::sregex_iterator it(page.begin(), page.end(), source), end; it != end;
-       ++it, ++pictures) {
+  const std::vector<std::string> pictures = Matches(page, "src=\"([^\"]*)\"");
+  for (const std::string& address : pictures) {
     std::string file;
-    const std::string address = (*it)[1];
     for (std::size_t i = 0; i < address.size(); ++i) {
       if (address[i] == '%')
         file += static_cast<char>(std::stoi(address.substr(i + 1, 2), nullptr, 16));
@@ -340,7 +338,7 @@ TEST_F(Pictures, ThePageNeedsNothingButWhatLiesBesideIt) {
     }
     EXPECT_TRUE(fs::exists(Place(file))) << file;
   }
-  EXPECT_EQ(pictures, 4U);
+  EXPECT_EQ(pictures.size(), 4U);
 }
 
 }  // namespace

@@ -2,11 +2,11 @@
 // README's table is complete.
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
 #include "tests/commandline/CommandLine.h"
+#include "tests/support/TextSearch.h"
 
 namespace tests {
 namespace {
@@ -72,8 +72,7 @@ TEST_F(Readme, CommandsOfTheManualDoWhatTheySay) {
   for (std::string line; std::getline(manual, line);) {
     if (line.rfind("stagemarks ", 0) != 0) continue;
     ++commands;
-    const std::string there =
-        std::regex_replace(line, std::regex("shop\\.gltf"), "scenes/spider/spider.fbx");
+    const std::string there = WithReplaced(line, "shop.gltf", "scenes/spider/spider.fbx");
     const ChildResult result = Paste(folder_.Path(), TEST_BINARY_DIR "/bin", there);
     EXPECT_EQ(result.status, 0) << there << "\n" << result.out << result.err;
   }
@@ -128,21 +127,17 @@ TEST_F(Readme, PresetsExist) {
 
 // Every verb stands in the table of commands, and nothing else does.
 TEST_F(Readme, TableNamesEveryVerb) {
-  const std::regex name("`([a-z-]+)`");
   std::set<std::string> named;
   std::istringstream readme(ReadText(TEST_SOURCE_DIR "/README.md"));
   for (std::string line; std::getline(readme, line);) {
     if (line.rfind("| `", 0) != 0 || line.find('/') < line.find('|', 2)) continue;
     const std::string cell = line.substr(0, line.find('|', 2));
-    for (std::sregex_iterator it(cell.begin(), cell.end(), name), end; it != end; ++it)
-      named.insert((*it)[1]);
+    for (const std::string& name : Matches(cell, "`([a-z-]+)`")) named.insert(name);
   }
-  std::set<std::string> known;
   const std::string help = Out({"--help"});
-  const std::string list = help.substr(help.find("Scenes:"));
-  const std::regex verb("\n  ([a-z][a-z-]+) +[A-Z]");
-  for (std::sregex_iterator it(list.begin(), list.end(), verb), end; it != end; ++it)
-    known.insert((*it)[1]);
+  const std::vector<std::string> verbs =
+      Matches(help.substr(help.find("Scenes:")), "\n  ([a-z][a-z-]+) +[A-Z]");
+  const std::set<std::string> known(verbs.begin(), verbs.end());
   EXPECT_GT(known.size(), 15U);
   EXPECT_EQ(named, known);
 }

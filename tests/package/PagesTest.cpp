@@ -1,10 +1,10 @@
 // The pages for people and the completion, as installed: that they name everything that the
 // programs take.
 #include <filesystem>
-#include <regex>
 #include <set>
 
 #include "tests/package/Installed.h"
+#include "tests/support/TextSearch.h"
 
 namespace {
 
@@ -19,17 +19,13 @@ std::string ManualPage(const std::string& path) {
 
 // What stands first on the indented lines of a help text: verbs, or options where `options`.
 std::set<std::string> FirstWords(const std::string& help, bool options) {
-  std::set<std::string> words;
-  const std::regex line(options ? "\n  (?:-\\w, ?)?(--[a-z-]+)" : "\n  ([a-z][a-z-]+) {2,}");
-  for (std::sregex_iterator match(help.begin(), help.end(), line), end; match != end; ++match)
-    words.insert((*match)[1]);
-  return words;
+  const std::vector<std::string> words =
+      tests::Matches(help, options ? "\n  (?:-\\w, ?)?(--[a-z-]+)" : "\n  ([a-z][a-z-]+) {2,}");
+  return {words.begin(), words.end()};
 }
 
 // As it is written in a manual page, where a hyphen to be typed is escaped.
-std::string Typed(const std::string& name) {
-  return std::regex_replace(name, std::regex("-"), "\\-");
-}
+std::string Typed(const std::string& name) { return tests::WithReplaced(name, "-", "\\-"); }
 
 TEST_F(Installed, TheManualPageNamesEveryVerbAndOption) {
   const std::string page = ManualPage(At("share/man/man1/stagemarks.1.gz"));
