@@ -44,7 +44,7 @@ const struct {
   std::vector<std::string> arguments;
   int status;
   const char* says;
-} kCalls[] = {
+} kBulkCalls[] = {
     {{"list", "--only", "Night"}, 0, "1 Stagemark meant, marked with a cross."},
     {{"list", "--only", "Nigth"}, 2, "Did you mean \"Night\"?"},
     {{"update"}, 0, "Brought \"Day\" and \"Night\" up to date."},
@@ -87,7 +87,7 @@ const struct {
 TEST_F(BulkVerbs, EachSaysWhatItDid) {
   const std::string scene = Staged();
   const std::string before = ReadText(scene);
-  for (const auto& call : kCalls) {
+  for (const auto& call : kBulkCalls) {
     std::vector<std::string> arguments = call.arguments;
     arguments.insert(arguments.begin() + 1, scene);
     const ChildResult result = Call(arguments);

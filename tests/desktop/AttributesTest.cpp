@@ -20,6 +20,7 @@
 namespace {
 
 using desk::Desk;
+using desk::Scene;
 using fields::BoxOf;
 using fields::EditOf;
 using fields::Enter;
@@ -27,8 +28,6 @@ using fields::IsReadSoon;
 using fields::ListOf;
 using host::BaseObject;
 using host::Vector;
-
-host::BaseDocument& Scene() { return *host::GetActiveDocument(); }
 
 BaseObject* Add(host::LONG type, const char* name) {
   BaseObject* object = BaseObject::Alloc(type);

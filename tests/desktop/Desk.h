@@ -38,6 +38,9 @@ void AnswerNext(std::function<void(std::type_identity_t<Dialog>&)> act) {
   timer->start(5);
 }
 
+// The document that is worked on.
+inline host::BaseDocument& Scene() { return *host::GetActiveDocument(); }
+
 class Desk {
  public:
   Desk() {

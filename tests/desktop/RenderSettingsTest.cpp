@@ -14,13 +14,12 @@
 namespace {
 
 using desk::Desk;
+using desk::Scene;
 using desktop::RenderSettingsModel;
 using fields::BoxOf;
 using fields::EditOf;
 using fields::Enter;
 using host::RenderData;
-
-host::BaseDocument& Scene() { return *host::GetActiveDocument(); }
 
 struct WithSettings : Desk {
   RenderData* first = Scene().GetFirstRenderData();

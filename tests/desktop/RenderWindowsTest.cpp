@@ -23,10 +23,10 @@ using desk::Desk;
 using desktop::RenderWindow;
 using desktop::SheetWindow;
 
-struct WithStates : Desk {
+struct CubeOnStage : Desk {
   host::BaseObject* cube = host::BaseObject::Alloc(host::Ocube);
 
-  WithStates() {
+  CubeOnStage() {
     Doc().AppendObject(cube);
     SetSize(160, 90);
   }
@@ -51,7 +51,7 @@ struct WithStates : Desk {
 };
 
 TEST(RenderWindow, RendersWhatWasThereAndSavesIt) {
-  WithStates desk;
+  CubeOnStage desk;
   desk.Entry("Render", "Render to Window").trigger();
   auto* window = desk.Find<RenderWindow>();
   ASSERT_NE(window, nullptr);
@@ -80,7 +80,7 @@ TEST(RenderWindow, RendersWhatWasThereAndSavesIt) {
 }
 
 TEST(RenderWindow, CanBeStoppedAndClosedAtWork) {
-  WithStates desk;
+  CubeOnStage desk;
   desk.SetSize(4000, 3000);
   for (int i = 0; i < 2; ++i) {
     desk.Entry("Render", "Render to Window").trigger();
@@ -104,7 +104,7 @@ TEST(RenderWindow, CanBeStoppedAndClosedAtWork) {
 }
 
 TEST(PictureWindow, SaysWhatIsWrongWithTheObjectsOnceForEachDocument) {
-  WithStates desk;
+  CubeOnStage desk;
   const auto said = [&](std::vector<std::string> notes) {
     desktop::PictureWindow window(&desk.Window(), desk.Services(), "Render", desk.Doc());
     // At the beginning and at the end of the work.
@@ -121,7 +121,7 @@ TEST(PictureWindow, SaysWhatIsWrongWithTheObjectsOnceForEachDocument) {
 }
 
 TEST(RenderWindow, SaysFlatTrianglesOfTheSceneOnce) {
-  WithStates desk;
+  CubeOnStage desk;
   auto mesh = std::make_shared<engine::Mesh>();
   mesh->points = {{0, 0, 0}, {100, 0, 0}, {0, 100, 0}};
   mesh->polygons = {{0, 1, 2, -1}, {0, 1, 1, -1}};
@@ -141,7 +141,7 @@ TEST(RenderWindow, SaysFlatTrianglesOfTheSceneOnce) {
 }
 
 TEST(SheetWindow, ShowsEveryStateAndLeavesTheDocumentAlone) {
-  WithStates desk;
+  CubeOnStage desk;
   desk.Record("Shown");
   desk.cube->SetRenderMode(host::MODE_OFF);
   desk.Record("Hidden");
@@ -169,7 +169,7 @@ TEST(SheetWindow, ShowsEveryStateAndLeavesTheDocumentAlone) {
 
 // A person goes on with the scene, the dialog and other documents while the sheet is made.
 TEST(SheetWindow, DisturbsNobodyWhileItIsMade) {
-  WithStates desk;
+  CubeOnStage desk;
   for (const char* name : {"One", "Two", "Three", "Four"}) desk.Record(name);
   desk.cube->SetRenderMode(host::MODE_OFF);
   host::BaseDocument& scene = desk.Doc();
@@ -209,7 +209,7 @@ TEST(SheetWindow, DisturbsNobodyWhileItIsMade) {
 // Options that only the dialog knows go for the sheet, too: where objects are not loaded, the cube
 // stays hidden.
 TEST(SheetWindow, LoadsAsTheDialogStands) {
-  WithStates desk;
+  CubeOnStage desk;
   desk.Record("Shown");
   desk.cube->SetRenderMode(host::MODE_OFF);
   const auto sheetWith = [&](const char* name) {
@@ -226,7 +226,7 @@ TEST(SheetWindow, LoadsAsTheDialogStands) {
 }
 
 TEST(SheetWindow, StopsAndFailsWithoutAFile) {
-  WithStates desk;
+  CubeOnStage desk;
   desk.Record("One");
   const std::string file = desk.Folder() + "/sheet.png";
   SheetWindow stopped(&desk.Window(), desk.Services(), desk.Doc(), file);
@@ -243,7 +243,7 @@ TEST(SheetWindow, StopsAndFailsWithoutAFile) {
 }
 
 TEST(SheetWindow, WritesElsewhereWhatCouldNotBeWritten) {
-  WithStates desk;
+  CubeOnStage desk;
   desk.Record("One");
   const std::string blocked = desk.Folder() + "/no folder/sheet.png";
   SheetWindow sheet(&desk.Window(), desk.Services(), desk.Doc(), blocked);
@@ -267,7 +267,7 @@ TEST(SheetWindow, WritesElsewhereWhatCouldNotBeWritten) {
 
 // Written for people to look at.
 TEST(RenderWindowsPicture, OfTheSampleScene) {
-  WithStates desk;
+  CubeOnStage desk;
   desk::AnswerNext([](QDialog& box) { box.accept(); });
   ASSERT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/dungeon/dungeon.gltf"));
   desk.SetSize(960, 540);

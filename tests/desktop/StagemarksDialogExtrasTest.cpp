@@ -20,11 +20,10 @@ using desk::AnswerNext;
 using desk::CountStates;
 using desk::Desk;
 using desk::RecordState;
+using desk::Scene;
 using desk::StateList;
 
 constexpr int kName = 2;
-
-host::BaseDocument& Scene() { return *host::GetActiveDocument(); }
 
 struct WithStates : Desk {
   host::BaseObject* object = host::BaseObject::Alloc(host::Onull);

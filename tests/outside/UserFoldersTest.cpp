@@ -24,7 +24,7 @@ class Variable {
   std::optional<std::string> former_;
 };
 
-struct Case {
+struct UserFolder {
   std::string UserFolders::*folder;
   const char* variable;
   const char* standard;
@@ -32,12 +32,12 @@ struct Case {
 
 TEST(UserFolders, FollowTheEnvironmentOrTheStandard) {
   const Variable home("HOME", "/home/artist");
-  const Case cases[] = {
+  const UserFolder cases[] = {
       {&UserFolders::config, "XDG_CONFIG_HOME", "/home/artist/.config/stagemarks"},
       {&UserFolders::data, "XDG_DATA_HOME", "/home/artist/.local/share/stagemarks"},
       {&UserFolders::cache, "XDG_CACHE_HOME", "/home/artist/.cache/stagemarks"},
       {&UserFolders::state, "XDG_STATE_HOME", "/home/artist/.local/state/stagemarks"}};
-  for (const Case& one : cases) {
+  for (const UserFolder& one : cases) {
     for (const char* unfit : {static_cast<const char*>(nullptr), "", "relative/folder"}) {
       const Variable variable(one.variable, unfit);
       EXPECT_EQ(FindUserFolders().*one.folder, one.standard);

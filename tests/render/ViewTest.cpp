@@ -22,13 +22,13 @@ using engine::ScenePicture;
 using host::Vector;
 using tests::SceneBuilder;
 
-// A row of boxes, the third one with a sphere below it, a light and a camera.
 // Where the textures of scenes are looked for.
-engine::FileSystem& Files() {
+engine::FileSystem& SystemFiles() {
   static const engine::SystemServices services;
   return services.Get().files;
 }
 
+// A row of boxes, the third one with a sphere below it, a light and a camera.
 struct Row : SceneBuilder {
   Row() {
     Material("Red", Vector(0.8, 0.1, 0.1)).Layer("Layer");
@@ -49,7 +49,7 @@ struct Row : SceneBuilder {
 
 ScenePicture Read(const host::BaseDocument& doc, engine::RenderCaches& caches,
                   std::size_t step = 1000000) {
-  engine::SceneScan scan(doc, Files(), {}, caches);
+  engine::SceneScan scan(doc, SystemFiles(), {}, caches);
   while (!scan.Advance(step)) {
   }
   return scan.Take();
@@ -293,7 +293,7 @@ TEST(EditorView, IsRenderedFromACopyUnlessThereIsASceneCamera) {
   const auto seenFrom = [&] {
     const engine::OwnedDocument copy(
         static_cast<host::BaseDocument*>(scene.Doc().GetClone(host::COPY_DOCUMENT, nullptr)));
-    const auto begun = PictureInProgress::Begin(*copy, Files(), setup, caches);
+    const auto begun = PictureInProgress::Begin(*copy, SystemFiles(), setup, caches);
     const Vector place = begun.Value()->Camera().frame.off;
     return place;
   };

@@ -6,8 +6,6 @@
 namespace stagemarks {
 namespace {
 
-constexpr LONG kVRayTag = 1021738;
-
 class BulkEditTest : public StageTest {
  protected:
   BaseContainer& LiveElement(LONG id) {

@@ -10,8 +10,6 @@ namespace {
 
 namespace plain = tests::plain;
 
-constexpr LONG kVRayTag = 1021738;
-
 class BulkModelTest : public StageTest, public testing::WithParamInterface<unsigned> {
  protected:
   LONG Below(LONG end) { return static_cast<LONG>(random_() % static_cast<unsigned>(end)); }

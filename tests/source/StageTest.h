@@ -17,6 +17,8 @@
 
 namespace stagemarks {
 
+constexpr LONG kVRayTag = 1021738;  // of a plug-in: stored value by value
+
 class StageTest : public testing::Test, protected tests::PluginSession {
  protected:
   BaseObject* Object(const CHAR* name, BaseObject* parent = nullptr, LONG type = Onull) {

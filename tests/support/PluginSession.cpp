@@ -15,7 +15,7 @@ namespace {
 // Any moment that shows which field of the time went where.
 constexpr host::LocalFileTime kNow{2011, 3, 5, 14, 7, 59};
 
-host::String Text(const std::string& utf8) { return host::String(std::string_view(utf8)); }
+host::String HostText(const std::string& utf8) { return host::String(std::string_view(utf8)); }
 
 [[noreturn]] void Fail(const std::string& what) { throw std::runtime_error(what); }
 
@@ -46,8 +46,8 @@ host::BaseDocument& PluginSession::Doc() const {
 }
 
 void PluginSession::PretendSaved(const std::string& name) {
-  Doc().SetDocumentPath(host::Filename(Text(Folder())));
-  Doc().SetDocumentName(host::Filename(Text(name)));
+  Doc().SetDocumentPath(host::Filename(HostText(Folder())));
+  Doc().SetDocumentName(host::Filename(HostText(name)));
 }
 
 void PluginSession::SaveAs(const std::string& name) {
@@ -91,7 +91,7 @@ bool PluginSession::Menu(host::LONG entry) {
 }
 
 bool PluginSession::Type(host::LONG field, const std::string& text) {
-  const bool answer = engine::TypeText(*dialog_, field, Text(text));
+  const bool answer = engine::TypeText(*dialog_, field, HostText(text));
   Deliver();
   return answer;
 }

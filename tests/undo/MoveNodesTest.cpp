@@ -28,7 +28,7 @@ struct Letters : SceneBuilder {
   Letters() { Object("A/B").Object("A/C").Object("D").Object("E/F"); }
 };
 
-struct Case {
+struct Move {
   std::vector<std::string> objects;
   std::string parent;
   std::string pred;
@@ -36,7 +36,7 @@ struct Case {
 };
 
 TEST(MoveNodes, KeepsTheOrderGivenAndMakesNoCircle) {
-  const Case cases[] = {
+  const Move cases[] = {
       {{"D", "A/B"}, "", "E", "A >C E >F D B "},
       {{"E", "D"}, "A", "A/B", "A >B >E >>F >D >C "},
       {{"D"}, "E/F", "", "A >B >C E >F >>D "},
@@ -50,7 +50,7 @@ TEST(MoveNodes, KeepsTheOrderGivenAndMakesNoCircle) {
       {{"D", "D"}, "A", "", ""},
       {{}, "A", "", ""},
   };
-  for (const Case& c : cases) {
+  for (const Move& c : cases) {
     Letters scene;
     const std::string before = Shape(scene.Doc());
     const auto named = [&](const std::string& path) {

@@ -15,8 +15,8 @@ using tests::SceneBuilder;
 
 constexpr host::LONG kStyle = 1011012;
 
-struct Scene : SceneBuilder {
-  Scene() {
+struct StyledScene : SceneBuilder {
+  StyledScene() {
     Camera("Cam").Cube("Box").Cube("Ball").Material("Red").Material("Blue").Layer("L");
     Settings("HD")
         .Post("HD", 1)
@@ -48,31 +48,31 @@ std::string Summary(const engine::StepDifference& d) {
   return text + (d.activeSettings ? "A" : "") + (d.sceneCamera ? "C" : "");
 }
 
-struct Case {
+struct Difference {
   const char* name;
-  std::function<void(Scene&)> change;
+  std::function<void(StyledScene&)> change;
   const char* summary;
   const char* lines;
 };
 
-const Case kCases[] = {
-    {"nothing", [](Scene&) {}, "00000", ""},
+const Difference kCases[] = {
+    {"nothing", [](StyledScene&) {}, "00000", ""},
     {"registered and left alone",
-     [](Scene& s) {
+     [](StyledScene& s) {
        for (void* element : std::initializer_list<void*>{s.GetObject("Box"), &s.Paint(),
                                                          s.GetLayer("L"), s.GetSettings("HD")})
          s.Changing(element);
      },
      "00000", ""},
     {"written as it was",
-     [](Scene& s) {
+     [](StyledScene& s) {
        s.Changing(s.GetTag("Box", kStyle));
        s.Style().SetLong(5, 1);
        s.Style().RemoveData(5);
      },
      "00000", ""},
     {"changed and changed back, registered twice",
-     [](Scene& s) {
+     [](StyledScene& s) {
        s.Changing(s.GetObject("Box"));
        s.Modes("Box", host::MODE_OFF, host::MODE_OFF);
        s.Changing(s.GetObject("Box"));
@@ -80,7 +80,7 @@ const Case kCases[] = {
      },
      "00000", ""},
     {"switches",
-     [](Scene& s) {
+     [](StyledScene& s) {
        s.Changing(s.GetObject("Ball"));
        s.Changing(s.GetObject("Box"));
        s.Modes("Ball", host::MODE_OFF, host::MODE_ON, false)
@@ -91,7 +91,7 @@ const Case kCases[] = {
      "deform on -> off\n"
      "object \"Box\" render default -> off\n"},
     {"tags",
-     [](Scene& s) {
+     [](StyledScene& s) {
        s.Changing(&s.Paint());
        s.Paint().SetMaterial(s.GetMaterial("Blue"));
        s.Changing(s.GetTag("Box", kStyle));
@@ -103,7 +103,7 @@ const Case kCases[] = {
      "-> real 0.5\n"
      "tag \"Style\" of \"Box\" 8 nothing -> link \"Ball\"\n"},
     {"a layer",
-     [](Scene& s) {
+     [](StyledScene& s) {
        s.Changing(s.GetLayer("L"));
        host::LayerData flags;
        flags.view = false;
@@ -111,7 +111,7 @@ const Case kCases[] = {
      },
      "00100", "layer \"L\" view on -> off\n"},
     {"an effect of render settings",
-     [](Scene& s) {
+     [](StyledScene& s) {
        s.Changing(s.GetSettings("HD"));
        s.GetSettings("HD")->GetFirstVideoPost()->SetBit(host::BIT_DISABLED);
        s.Doc().SetActiveRenderData(s.GetSettings("Other"));
@@ -119,15 +119,15 @@ const Case kCases[] = {
      "00010A",
      "render settings \"HD\" effects and passes as they were -> others\nactive render settings "
      "\"HD\" -> \"Other\"\n"},
-    {"the camera", [](Scene& s) { s.LookThrough("Cam"); }, "00000C",
+    {"the camera", [](StyledScene& s) { s.LookThrough("Cam"); }, "00000C",
      "scene camera none -> \"Cam\"\n"},
 };
 
 TEST(StepDifference, SaysWhatIsNotAsItWas) {
-  for (const Case& one : kCases) {
+  for (const Difference& one : kCases) {
     SCOPED_TRACE(one.name);
-    Scene scene;
-    const engine::UndoScope scope(scene.Doc(), "Case");
+    StyledScene scene;
+    const engine::UndoScope scope(scene.Doc(), "Difference");
     one.change(scene);
     const auto difference = scope.Difference(10);
     ASSERT_TRUE(difference);
@@ -138,8 +138,8 @@ TEST(StepDifference, SaysWhatIsNotAsItWas) {
 }
 
 TEST(StepDifference, CountsAllDescribesSomeAndStops) {
-  Scene scene;
-  const engine::UndoScope scope(scene.Doc(), "Case");
+  StyledScene scene;
+  const engine::UndoScope scope(scene.Doc(), "Difference");
   for (const char* name : {"Cam", "Box", "Ball"}) {
     scene.Changing(scene.GetObject(name));
     scene.Modes(name, host::MODE_UNDEF, host::MODE_OFF);
