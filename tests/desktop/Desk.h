@@ -2,6 +2,8 @@
 // of its own, and hands that answer the boxes that come up.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QApplication>
 #include <QDialog>
 #include <QMenuBar>
@@ -22,11 +24,13 @@ namespace desk {
 
 // Does `act` to the next modal dialog of a kind that comes up; one that is up already is not meant,
 // nor is a box that only shows progress, which a busy machine brings up and a quick one does not.
-// Fails to end a test that waits for a box which never comes: so does life.
+// Fails to end a test that waits for a box which never comes: so does life. A desk that is left
+// while an answer is still waiting for its box fails its test.
 template <class Dialog = QDialog>
 void AnswerNext(std::function<void(std::type_identity_t<Dialog>&)> act) {
   const QPointer<QWidget> present = QApplication::activeModalWidget();
   auto* timer = new QTimer(QApplication::instance());
+  timer->setObjectName("answer");
   QObject::connect(timer, &QTimer::timeout, timer, [timer, act, present] {
     auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
     if (!dialog || dialog == present) return;
@@ -50,6 +54,13 @@ class Desk {
     }
     services_.emplace(person_);
     Begin(TEST_PLUGIN_DIR);
+  }
+  ~Desk() {
+    for (QTimer* answer : QApplication::instance()->findChildren<QTimer*>("answer")) {
+      if (!answer->isActive()) continue;  // given, and about to go
+      ADD_FAILURE() << "a box that was to be answered never came";
+      delete answer;
+    }
   }
 
   // Ends the program and starts it again, with the plug-ins of a folder.
