@@ -38,6 +38,10 @@ class Gathering {
     return told_[IndexOf(part)][static_cast<std::size_t>(kind)] < options_.mostFields;
   }
 
+  bool IsEmpty() const {
+    return std::ranges::all_of(byPart_, [](const auto& changes) { return changes.empty(); });
+  }
+
   void Add(Part part, ChangeKind kind, NodeId element, std::vector<FieldChange> fields) {
     Add(part, kind, element, element, std::move(fields));
   }
@@ -239,6 +243,7 @@ class SceneWalk {
     }
     return false;
   }
+  bool HasFound() const { return !out_.IsEmpty(); }
   Difference Take() { return out_.Take(); }
 
   Difference Contents() {
@@ -544,6 +549,7 @@ StepwiseComparison::StepwiseComparison(const BaseDocument& doc, const BaseContai
                                        const CompareOptions& options)
     : walk_(std::make_unique<Walk>(doc, record, options)) {}
 StepwiseComparison::~StepwiseComparison() = default;
+bool StepwiseComparison::HasFound() const { return walk_->walk.HasFound(); }
 bool StepwiseComparison::Advance(std::size_t elements) { return walk_->walk.Advance(elements); }
 Difference StepwiseComparison::Take() { return walk_->walk.Take(); }
 

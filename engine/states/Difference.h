@@ -88,6 +88,8 @@ class StepwiseComparison {
 
   // Looks at about so many more elements; false when all is done.
   bool Advance(std::size_t elements);
+  // Whether any difference has been found yet.
+  bool HasFound() const;
   // After the last step, once.
   Difference Take();
 

@@ -167,6 +167,7 @@ void MainWindow::Refresh() {
   tabs_->Follow(doc);
   view_->Follow(doc);
   cameraCommands_->Follow(doc);
+  currentState_.Follow(doc);
   panels_.Follow(doc);
 }
 

@@ -12,6 +12,7 @@
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/DocumentTabs.h"
 #include "program/desktop/Reports.h"
+#include "program/desktop/dialog/CurrentStateMark.h"
 #include "program/desktop/dialog/DialogDocks.h"
 #include "program/desktop/dialog/StatesDialog.h"
 #include "program/desktop/menus/CameraCommands.h"
@@ -96,6 +97,7 @@ class MainWindow : public QMainWindow {
   ObjectsPanel* objects_;
   EditMenu* editMenu_ = nullptr;
   CameraCommands* cameraCommands_ = nullptr;
+  CurrentStateMark currentState_{states_};
   // The document whose file was looked at since a person came back to it
   host::ULLONG lookedAtFile_ = 0;
   QTimer look_;

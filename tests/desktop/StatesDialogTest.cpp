@@ -56,4 +56,39 @@ TEST(StatesDialog, OptionsAreTheOnesOfTheDialog) {
   EXPECT_FALSE(states.Load("Any"));
 }
 
+TEST(CurrentState, StarIsHollowWhileTheSceneIsAnotherOne) {
+  Desk desk;
+  using Star = desktop::ListModel::Star;
+  host::BaseDocument* doc = host::GetActiveDocument();
+  host::BaseObject* cube = host::BaseObject::Alloc(host::Ocube);
+  doc->AppendObject(cube);
+  const auto star = [&](int row) {
+    return static_cast<Star>(
+        desk::StateList(desk).model()->index(row, 0).data(desktop::ListModel::kStar).toInt());
+  };
+  const auto change = [&](host::LONG mode) {
+    cube->SetEditorMode(mode);
+    host::EventAdd();
+    Desk::Rest();
+  };
+  desk::RecordState(desk, "A");
+  EXPECT_EQ(star(0), Star::Full);
+  change(host::MODE_OFF);
+  EXPECT_EQ(star(0), Star::Hollow);
+  EXPECT_EQ(desk::StateList(desk).model()->index(0, 0).data().toString().trimmed(), "*")
+      << "the row is the plug-in's";
+  change(host::MODE_UNDEF);
+  EXPECT_EQ(star(0), Star::Full) << "back again";
+  change(host::MODE_OFF);
+  desk::RecordState(desk, "B");
+  EXPECT_EQ(star(0), Star::None);
+  EXPECT_EQ(star(1), Star::Full);
+  // What the options leave out does not count.
+  change(host::MODE_ON);
+  EXPECT_EQ(star(1), Star::Hollow);
+  ASSERT_TRUE(pictures::StagemarksDialog(*desk.Dialog()).Choose("Objects"));
+  Desk::Rest();
+  EXPECT_EQ(star(1), Star::Full);
+}
+
 }  // namespace

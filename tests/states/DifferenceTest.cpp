@@ -186,6 +186,7 @@ TEST_P(RandomEdits, AreTheSameInSteps) {
   engine::StepwiseComparison steps(stage.Doc(), record);
   while (steps.Advance(static_cast<std::size_t>(1 + stage.Pick(3)))) {
   }
+  EXPECT_EQ(steps.HasFound(), !whole.IsEmpty());
   const Difference stepwise = steps.Take();
   EXPECT_EQ(stepwise.gone, whole.gone);
   EXPECT_GT(stepwise.gone, 0u);

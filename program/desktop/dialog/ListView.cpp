@@ -3,10 +3,13 @@
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
 
+#include "program/desktop/Icons.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/panels/EmptyText.h"
@@ -82,7 +85,18 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
   if (role == Qt::CheckStateRole && isCheck)
     return values->GetBool(column) ? Qt::Checked : Qt::Unchecked;
   if (role == Qt::DisplayRole && !isCheck) return Shortened(ToQt(values->GetString(column)));
+  const bool isMark = star_ != Star::None && index.column() == 0 && !isCheck &&
+                      !ToQt(values->GetString(column)).trimmed().isEmpty();
+  if (role == kStar) return static_cast<int>(isMark ? star_ : Star::None);
+  if ((role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) && isMark) return starTip_;
   return {};
+}
+
+void ListModel::SetStar(Star star, const QString& tip) {
+  if (star == star_ && tip == starTip_) return;
+  star_ = star;
+  starTip_ = tip;
+  if (rows_ > 0 && !columns_.empty()) emit dataChanged(index(0, 0), index(rows_ - 1, 0));
 }
 
 Qt::ItemFlags ListModel::flags(const QModelIndex& index) const {
@@ -107,8 +121,27 @@ namespace {
 constexpr QSize kSmallest(160, 96);
 constexpr int kNarrowestColumn = 12;
 constexpr int kMarkerCharacters = 5;
+constexpr int kStarSide = 14;
 // Of a text that takes the rest: below that the list is scrolled
 constexpr int kReadableCharacters = 18;
+
+// A mark in the first column as a star.
+class StarDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    const auto star = static_cast<ListModel::Star>(index.data(ListModel::kStar).toInt());
+    if (star == ListModel::Star::None) return QStyledItemDelegate::paint(painter, option, index);
+    option.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter,
+                                          option.widget);
+    const int side = std::min({kStarSide, option.rect.width(), option.rect.height()});
+    QRect place(0, 0, side, side);
+    place.moveCenter(option.rect.center());
+    (star == ListModel::Star::Full ? Icon("star") : Icon("star-hollow")).paint(painter, place);
+  }
+};
 
 bool SameSelection(const host::BaseSelect& a, const host::BaseSelect& b) {
   if (a.GetSegments() != b.GetSegments()) return false;
@@ -152,6 +185,11 @@ void ListView::Show(const engine::Gadget& list) {
   showing_ = false;
   setEnabled(list.enabled);
   FitColumns();
+}
+
+void ListView::ShowStar(ListModel::Star star, const QString& tip) {
+  if (!itemDelegateForColumn(0)) setItemDelegateForColumn(0, new StarDelegate(this));
+  model_->SetStar(star, tip);
 }
 
 void ListView::SetEmptyText(const QString& text) {
@@ -233,9 +271,12 @@ bool ListView::viewportEvent(QEvent* event) {
   const QRect cell = visualRect(index);
   const bool isWhole =
       viewport()->rect().contains(cell) && sizeHintForIndex(index).width() <= cell.width();
-  const QString text = index.data().toString().toHtmlEscaped();
-  QToolTip::showText(help->globalPos(),
-                     isWhole || text.isEmpty() ? toolTip() : "<qt>" + text + "</qt>", viewport());
+  const QString star = index.data(Qt::ToolTipRole).toString();
+  const QString text = (star.isEmpty() ? index.data().toString() : star).toHtmlEscaped();
+  QToolTip::showText(
+      help->globalPos(),
+      (isWhole && star.isEmpty()) || text.isEmpty() ? toolTip() : "<qt>" + text + "</qt>",
+      viewport());
   return true;
 }
 

@@ -17,9 +17,16 @@ class ListModel : public QAbstractTableModel {
  public:
   ListModel(SharedDialogLink link, host::LONG list, QObject* parent);
 
+  // Of a cell of the first column: how a star is drawn in place of the text, if it is.
+  enum Role { kStar = Qt::UserRole };
+  enum class Star { None, Full, Hollow };
+
   // Takes over what the gadget holds now.
   void Update();
   bool IsCheckColumn(int column) const;
+  // How the marks of the first column are drawn, with a tool tip for them.
+  void SetStar(Star star, const QString& tip);
+  Star GetStar() const { return star_; }
 
   int rowCount(const QModelIndex& parent = {}) const override {
     return parent.isValid() ? 0 : rows_;
@@ -42,6 +49,8 @@ class ListModel : public QAbstractTableModel {
   host::LONG list_;
   int rows_ = 0;
   std::vector<engine::Column> columns_;
+  Star star_ = Star::None;
+  QString starTip_;
 };
 
 // The widget; owns its model.
@@ -56,6 +65,9 @@ class ListView : public QTreeView {
   // Whether all selected lines are checked; and flipping their check boxes, as the blank key does.
   bool AllChecked() const;
   void ToggleSelected();
+  // Draws what marks a row in the first column as a star from now on; hollow for one that is not
+  // quite true any more.
+  void ShowStar(ListModel::Star star, const QString& tip);
   // Shown in place of rows while there are none.
   void SetEmptyText(const QString& text);
   QSize sizeHint() const override;

@@ -2,6 +2,8 @@
 
 #include <QAbstractButton>
 #include <QLocale>
+
+#include "program/desktop/dialog/ListView.h"
 namespace desktop {
 
 using pictures::StagemarksDialog;
@@ -16,6 +18,14 @@ host::GeDialog* StatesDialog::Find() const {
 std::vector<pictures::Mark> StatesDialog::Rows() const {
   host::GeDialog* dialog = Find();
   return dialog ? StagemarksDialog(*dialog).Marks() : std::vector<pictures::Mark>();
+}
+
+ListView* StatesDialog::List() const {
+  host::GeDialog* dialog = Find();
+  const engine::Gadget* list =
+      dialog ? StagemarksDialog(*dialog).Find(engine::GadgetKind::ListView) : nullptr;
+  DialogView* view = list ? docks_.ViewOf(*dialog) : nullptr;
+  return view ? dynamic_cast<ListView*>(view->WidgetOf(list->id)) : nullptr;
 }
 
 std::vector<std::string> StatesDialog::Chosen() const {

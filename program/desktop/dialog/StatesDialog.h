@@ -13,6 +13,8 @@
 
 namespace desktop {
 
+class ListView;
+
 class StatesDialog {
  public:
   // `docks` outlive this.
@@ -21,6 +23,8 @@ class StatesDialog {
   bool IsOpen() const { return Find() != nullptr; }
   // In the order shown; none while it is closed. O(rows).
   std::vector<pictures::Mark> Rows() const;
+  // Its list; null while it is closed.
+  ListView* List() const;
   // Names of the selected rows, in the order of the list. O(rows).
   std::vector<std::string> Chosen() const;
   // Of what the dialog's menu "Options" has loading bring back; all without a dialog.
