@@ -19,10 +19,12 @@
 #include "program/desktop/background/SlicedEdit.h"
 #include "program/desktop/menus/Menus.h"
 #include "program/desktop/menus/StatesMenu.h"
+#include "program/desktop/panels/ComparePanel.h"
 #include "program/desktop/panels/GalleryPanel.h"
 #include "program/desktop/panels/HistoryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
+#include "program/desktop/panels/MatrixPanel.h"
 #include "program/desktop/panels/RenderSettingsPanel.h"
 #include "program/desktop/recovery/RecoveryQuestion.h"
 
@@ -113,6 +115,8 @@ void MainWindow::BuildPanels() {
       panels_.Add("gallery", "Gallery", Qt::RightDockWidgetArea,
                   new GalleryPanel(application_.GetServices(), settings_, states_, this));
   gallery->load = [this](const std::string& name) { LoadStagemark(*this, name); };
+  panels_.AddBelow("gallery", "compare", "Compare", new ComparePanel(states_, inspected_, this));
+  panels_.AddBelow("gallery", "matrix", "Matrix", new MatrixPanel(states_, inspected_, this));
   panels_.ShowFirst();
   InspectWhatIsPressed(objects_->Tree(), engine::InspectedElements::kObjects);
   InspectWhatIsPressed(materials->Grid(), engine::InspectedElements::kMaterials);

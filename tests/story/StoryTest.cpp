@@ -1,7 +1,7 @@
 // One whole story, with mouse and keys only, on the sample scene: import, move objects and layers,
-// hide, record, change materials, record again, recall, undo, make a camera and fly it, export,
-// contact sheet, delete, save under another name, close and start again. Each chapter looks at what
-// came of it.
+// hide, record, change materials, record again, recall, undo, compare, make a camera and fly it,
+// export, contact sheet, delete, save under another name, close and start again. Each chapter looks
+// at what came of it.
 #include <gtest/gtest.h>
 
 #include <QFileDialog>
@@ -24,9 +24,11 @@
 #include "host/LayerObject.h"
 #include "host/RenderData.h"
 #include "program/desktop/dialog/ListView.h"
+#include "program/desktop/panels/ComparePanel.h"
 #include "program/desktop/panels/GalleryPanel.h"
 #include "program/desktop/panels/LayersPanel.h"
 #include "program/desktop/panels/MaterialsPanel.h"
+#include "program/desktop/panels/MatrixPanel.h"
 #include "program/desktop/render/SheetWindow.h"
 #include "program/desktop/render/WipeWindow.h"
 #include "source/Stagemarks/keys/Gadgets.h"
@@ -137,6 +139,7 @@ class Story : public testing::Test {
   void HideTwoAndRecord();
   void ChangeAMaterialAndRecord();
   void RecallAndUndo();
+  void Compare();
   void RecordACamera();
   void Export();
   void MakeASheet();
@@ -323,6 +326,29 @@ void Story::RecallAndUndo() {
   }
 }
 
+// What loading the chosen row would change, and the way from there to the scene and back.
+void Story::Compare() {
+  desk_.Raise("compare");
+  auto& panel = desk_.Panel<desktop::ComparePanel>("compare");
+  EXPECT_EQ(panel.Verdict(), "differs in 1 thing");
+  EXPECT_EQ(panel.Warning(), "") << "the other state holds it";
+  const QAbstractItemModel& rows = *panel.Tree().model();
+  const host::BaseObject* ground = Tree().Model().ObjectAt(RowOf("ground-tile.008"));
+  hands::Click(Tree(), RowOf("edge-column-3"));
+  EXPECT_NE(engine::SelectedObjects(Doc()).front(), ground);
+  hands::Click(panel.Tree(), rows.index(0, 0, rows.index(0, 0)));
+  ASSERT_EQ(engine::SelectedObjects(Doc()).size(), 1U);
+  EXPECT_EQ(engine::SelectedObjects(Doc()).front(), ground);
+  EXPECT_TRUE(pictures::Write(Window(), "compare-story"));
+  desk_.Raise("matrix");
+  auto& table = desk_.Panel<desktop::MatrixPanel>("matrix").Table();
+  hands::Click(Tree(), RowOf("edge-column-3"));
+  hands::Click(table, table.model()->index(0, 1));
+  EXPECT_EQ(Window().States().Chosen(), std::vector<std::string>{"Other ground"});
+  EXPECT_EQ(engine::SelectedObjects(Doc()).front(), ground);
+  EXPECT_TRUE(pictures::Write(Window(), "matrix-story"));
+}
+
 // From a view to a camera that a state holds: what one looks at meanwhile is nothing to it.
 void Story::RecordACamera() {
   desktop::Viewport& view = Window().View();
@@ -498,7 +524,7 @@ TEST_F(Story, FromTheSampleToTheNextStart) {
   };
   if (!live({&Story::OpenTheSample, &Story::MoveObjects, &Story::SortLayers,
              &Story::ChooseFromLists, &Story::HideTwoAndRecord, &Story::ChangeAMaterialAndRecord,
-             &Story::RecallAndUndo}))
+             &Story::RecallAndUndo, &Story::Compare}))
     return;
   EXPECT_TRUE(QTest::qWaitFor([this] { return Window().View().IsFinished(); }, 60000));
   EXPECT_TRUE(pictures::Write(Window(), "main-window-story"));

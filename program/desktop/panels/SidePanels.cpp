@@ -13,6 +13,7 @@ constexpr int kLeftWidth = 340;
 constexpr int kLeastLeftWidth = 280;  // for names to be read
 constexpr double kMostHeight = 0.3;
 constexpr double kMostWidth = 0.24;
+constexpr double kBelowDialog = 0.36;
 
 }  // namespace
 
@@ -23,18 +24,29 @@ SidePanels::SidePanels(QMainWindow& window) : window_(window) {
   window_.setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
 }
 
-void SidePanels::Place(const char* name, const QString& title, Qt::DockWidgetArea side,
-                       QWidget* widget, DocumentView* view) {
+const SidePanels::Panel* SidePanels::Find(const char* name) const {
+  const auto it = std::ranges::find_if(
+      panels_, [name](const Panel& panel) { return panel.dock->objectName() == name; });
+  return it == panels_.end() ? nullptr : &*it;
+}
+
+void SidePanels::Place(const char* name, const QString& title, Spot place, QWidget* widget,
+                       DocumentView* view) {
   auto* dock = new QDockWidget(title, &window_);
   dock->setObjectName(name);
   dock->setWidget(widget);
-  window_.addDockWidget(side, dock);
-  if (side != Qt::LeftDockWidgetArea) {
+  if (place.above) {
+    window_.splitDockWidget(place.above, dock, Qt::Vertical);
+  } else {
+    window_.addDockWidget(place.side, dock);
+  }
+  if (place.side != Qt::LeftDockWidgetArea) {
     for (const Panel& panel : panels_) {
-      if (panel.side == side) window_.tabifyDockWidget(panel.dock, dock);
+      if (panel.place.side == place.side && panel.place.above == place.above)
+        window_.tabifyDockWidget(panel.dock, dock);
     }
   }
-  panels_.push_back({dock, side, view});
+  panels_.push_back({dock, place, view});
 }
 
 void SidePanels::ShowFirst() {
@@ -43,10 +55,18 @@ void SidePanels::ShowFirst() {
       std::clamp(static_cast<int>(window_.width() * kMostWidth), kLeastLeftWidth, kLeftWidth);
   const auto first = [this](Qt::DockWidgetArea side) {
     return std::find_if(panels_.begin(), panels_.end(),
-                        [side](const Panel& panel) { return panel.side == side; });
+                        [side](const Panel& panel) { return panel.place.side == side; });
   };
   if (const auto left = first(Qt::LeftDockWidgetArea); left != panels_.end()) {
     window_.resizeDocks({left->dock}, {width}, Qt::Horizontal);
+  }
+  if (const auto below =
+          std::ranges::find_if(panels_, [](const Panel& panel) { return panel.place.above; });
+      below != panels_.end()) {
+    below->dock->raise();
+    const int lower = static_cast<int>(window_.height() * kBelowDialog);
+    window_.resizeDocks({below->place.above, below->dock}, {window_.height() - lower, lower},
+                        Qt::Vertical);
   }
   if (const auto bottom = first(Qt::BottomDockWidgetArea); bottom != panels_.end()) {
     bottom->dock->raise();

@@ -20,7 +20,13 @@ class SidePanels {
   // kept layout. The dock owns the widget.
   template <class View>
   View* Add(const char* name, const QString& title, Qt::DockWidgetArea side, View* view) {
-    Place(name, title, side, view, view);
+    Place(name, title, {side, nullptr}, view, view);
+    return view;
+  }
+  // The same in a dock below that of the panel `above`; all that stand below it are tabs.
+  template <class View>
+  View* AddBelow(const char* above, const char* name, const QString& title, View* view) {
+    Place(name, title, {Find(above)->place.side, Find(above)->dock}, view, view);
     return view;
   }
   // Brings the first of the tabs to the front and leaves the most of the window to the picture;
@@ -34,13 +40,19 @@ class SidePanels {
   std::vector<QAction*> ToggleActions() const;
 
  private:
+  struct Spot {
+    Qt::DockWidgetArea side;
+    QDockWidget* above;  // of the panel above; null: at the side by itself
+  };
   struct Panel {
     QDockWidget* dock;
-    Qt::DockWidgetArea side;
+    Spot place;
     DocumentView* view;
   };
-  void Place(const char* name, const QString& title, Qt::DockWidgetArea side, QWidget* widget,
+  void Place(const char* name, const QString& title, Spot place, QWidget* widget,
              DocumentView* view);
+  // Null where there is none of that name.
+  const Panel* Find(const char* name) const;
 
   QMainWindow& window_;
   std::vector<Panel> panels_;
