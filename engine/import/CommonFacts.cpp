@@ -1,13 +1,15 @@
 // Facts that the library's own scene holds: cameras and lights by the names of their nodes, and the
 // nodes' metadata.
+#include <assimp/ColladaMetaData.h>
 #include <strings.h>
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
+#include <filesystem>
 
 #include "engine/import/Axes.h"
+#include "engine/import/FolderFiles.h"
+#include "engine/import/ForeignText.h"
 #include "engine/import/SceneFacts.h"
 
 namespace engine {
@@ -121,9 +123,15 @@ double UnitsPerFileUnit(const aiScene& scene, SourceFormat format) {
   }
 }
 
-std::string ReadAll(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+// Names that the library invents where the file has none: the node's id, or the file's own name.
+std::string BetterName(const aiNode& node, SourceFormat format, const std::string& path) {
+  const std::string_view name(node.mName.data, node.mName.length);
+  if (format == SourceFormat::Collada && name.rfind("$ColladaAutoName$", 0) == 0) {
+    const std::string id = MetadataText(node, AI_METADATA_COLLADA_ID);
+    return id.empty() ? "Node" : id;
+  }
+  const bool isNameless = format == SourceFormat::Obj && name == "defaultobject";
+  return isNameless ? std::filesystem::path(path).stem().string() : std::string();
 }
 
 double Largest(const std::vector<SourceLight>& lights, bool suns) {
@@ -183,8 +191,11 @@ SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::str
   SceneFacts facts;
   facts.unitsPerFileUnit = UnitsPerFileUnit(scene, format);
   AddCommonFacts(scene, format, facts);
-  if (format == SourceFormat::Collada && scene.mNumCameras > 0)
-    MendColladaCameras(ReadAll(path), facts, notes);
+  for (auto& [node, known] : facts.nodes) known.name = BetterName(*node, format, path);
+  if (format == SourceFormat::Collada && scene.mNumCameras > 0) {
+    const std::string xml = FolderFiles(path).ReadWhole(path);
+    MendColladaCameras(IsMarkedUtf16(xml) ? FromUtf16(xml) : xml, facts, notes);
+  }
   NormalizeLights(format, facts.lights);
   return facts;
 }

@@ -16,12 +16,17 @@ class FolderFiles : public Assimp::DefaultIOSystem {
   explicit FolderFiles(const std::string& scene);
   bool Exists(const char* file) const override;
   // Null for a file that lies elsewhere or is no plain one, and for any mode that writes.
+  // OBJ, its materials and COLLADA come in the form that the library reads: UTF-16 as UTF-8,
+  // COLLADA without the blanks that it stumbles over.
   Assimp::IOStream* Open(const char* file, const char* mode) override;
+  // A file's bytes as they are; empty for one that may not or cannot be read.
+  std::string ReadWhole(const std::string& file);
 
   // The folders that may be read.
   static std::vector<std::string> FoldersOf(const std::string& scene);
 
  private:
+  Assimp::IOStream* OpenPlain(const char* file);
   bool IsInside(const std::string& file) const;
   std::vector<std::string> folders_;
 };

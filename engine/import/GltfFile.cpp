@@ -3,11 +3,9 @@
 
 #include <meshoptimizer.h>
 
-#include <assimp/IOStream.hpp>
-
 #include <cstdint>
-#include <memory>
 
+#include "engine/import/ForeignText.h"
 #include "engine/import/PercentCode.h"
 
 namespace engine {
@@ -23,14 +21,6 @@ std::uint32_t NumberOf4(std::string_view bytes, std::size_t at) {
   for (std::size_t i = 0; i < 4; ++i)
     number |= static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[at + i])) << (8 * i);
   return number;
-}
-
-std::string ReadWhole(FolderFiles& files, const std::string& path) {
-  const std::unique_ptr<Assimp::IOStream> file(files.Open(path.c_str(), "rb"));
-  if (!file) return {};
-  std::string bytes(file->FileSize(), '\0');
-  bytes.resize(file->Read(bytes.data(), 1, bytes.size()));
-  return bytes;
 }
 
 int SixBits(char c) {
@@ -57,21 +47,6 @@ std::string Base64Decoded(std::string_view text) {
     bytes.push_back(static_cast<char>(gathered >> bits & 0xFF));
   }
   return bytes;
-}
-
-// Names of old programs come in Latin-1: each byte is the character of its number.
-std::string FromLatin1(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x80) {
-      result.push_back(c);
-    } else {
-      result.push_back(static_cast<char>(0xC0 | byte >> 6));
-      result.push_back(static_cast<char>(0x80 | (byte & 0x3F)));
-    }
-  }
-  return result;
 }
 
 // What a packed view says of itself, checked for what the unpacking library takes for granted.
@@ -117,7 +92,7 @@ void ApplyFilter(const Packing& packing, std::string& data) {
 }  // namespace
 
 GltfFile::GltfFile(const std::string& path, bool isBinary, Notes& notes)
-    : folder_(path.substr(0, path.rfind('/') + 1)), files_(path), bytes_(ReadWhole(files_, path)) {
+    : folder_(path.substr(0, path.rfind('/') + 1)), files_(path), bytes_(files_.ReadWhole(path)) {
   if (isBinary) {
     ReadBinary(notes);
   } else {
@@ -154,7 +129,7 @@ void GltfFile::ParseText(std::string_view text, Notes& notes) {
   while (!text.empty() && text.back() == '\0') text.remove_suffix(1);
   top_ = Json::parse(text, nullptr, false);
   if (top_.is_discarded()) {
-    top_ = Json::parse(FromLatin1(text), nullptr, false);
+    top_ = Json::parse(Utf8Of(text), nullptr, false);
     if (!top_.is_discarded()) notes.Add("Texts that are no UTF-8 were taken for Latin-1.");
   }
   if (!top_.is_object()) throw UnreadableFile("its description is no JSON, or it is cut off.");
@@ -177,7 +152,7 @@ std::string GltfFile::ReadBeside(const std::string& address) {
   for (const std::string& name : {address, PercentDecoded(address), WithSlashes(address)}) {
     const std::string path = folder_ + name;
     if (name.find('\0') == std::string::npos && files_.Exists(path.c_str()))
-      return ReadWhole(files_, path);
+      return files_.ReadWhole(path);
   }
   throw UnreadableFile("its buffer \"" + address +
                        "\" is missing, or lies outside the scene's folder.");

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <optional>
 
+#include "engine/import/ForeignText.h"
 #include "host/Parameters.h"
 
 namespace engine {
@@ -66,7 +67,7 @@ std::string TextureOf(const aiMaterial& material, aiTextureType type) {
 }
 
 host::String TextOf(const aiString& text) {
-  return host::String(std::string_view(text.data, text.length));
+  return host::String(std::string_view(Utf8Of({text.data, text.length})));
 }
 
 // Phong's exponent as a roughness (Blinn's relation: exponent = 2 / roughness^2 - 2, roughness
@@ -222,8 +223,8 @@ bool MaterialConversion::AddShader(const aiMaterial& from, const TextureSlot& sl
   host::BaseShader* shader = host::BaseShader::Alloc(host::Xbitmap);
   if (shader == nullptr) return false;
   shader->SetName("Bitmap");
-  shader->GetDataInstance()->SetFilename(host::BITMAPSHADER_FILENAME,
-                                         host::Filename(host::String(std::string_view(file))));
+  shader->GetDataInstance()->SetFilename(
+      host::BITMAPSHADER_FILENAME, host::Filename(host::String(std::string_view(Utf8Of(file)))));
   to.InsertShader(shader);
   to.GetDataInstance()->SetLink(slot.link, shader);
   return true;

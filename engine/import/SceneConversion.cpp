@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "engine/import/Axes.h"
+#include "engine/import/ForeignText.h"
 #include "engine/import/MeshConversion.h"
 #include "engine/scene/DocumentState.h"
 #include "engine/scene/ElementState.h"
@@ -21,7 +22,7 @@ constexpr std::size_t kNodesPerProgress = 256;
 constexpr const char* kRenderSettings = "My Render Setting";
 
 host::String TextOf(const aiString& text) {
-  return host::String(std::string_view(text.data, text.length));
+  return host::String(std::string_view(Utf8Of({text.data, text.length})));
 }
 
 const NodeFacts& FactsOf(const SceneFacts& facts, const aiNode& node) {

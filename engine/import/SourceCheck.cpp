@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "engine/import/ForeignText.h"
 #include "host/Filename.h"
 
 namespace engine {
@@ -91,8 +92,10 @@ Status CheckHead(const std::string& path, int descriptor) {
   std::array<char, kHeadBytes> head;
   const ssize_t count = ::pread(descriptor, head.data(), head.size(), 0);
   if (count < 0) return Refusal(path, std::string("cannot be read: ") + std::strerror(errno) + ".");
-  if (BeginsAs(FormatOf(path), std::string_view(head.data(), static_cast<std::size_t>(count))))
-    return {};
+  const std::string_view bytes(head.data(), static_cast<std::size_t>(count));
+  const SourceFormat format = FormatOf(path);
+  const bool mayBeUtf16 = format == SourceFormat::Obj || format == SourceFormat::Collada;
+  if (BeginsAs(format, mayBeUtf16 && IsMarkedUtf16(bytes) ? FromUtf16(bytes) : bytes)) return {};
   return Refusal(path, "is not what its suffix says, or it is damaged.");
 }
 

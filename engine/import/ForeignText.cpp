@@ -1,0 +1,112 @@
+#include "engine/import/ForeignText.h"
+
+#include <cstdint>
+
+#include "engine/core/Utf8.h"
+
+namespace engine {
+namespace {
+
+constexpr std::uint32_t kReplacement = 0xFFFD;
+
+void Append(std::uint32_t code, std::string& text) {
+  const auto tail = [&](unsigned shift) {
+    text.push_back(static_cast<char>(0x80 | (code >> shift & 0x3F)));
+  };
+  if (code < 0x80) {
+    text.push_back(static_cast<char>(code));
+  } else if (code < 0x800) {
+    text.push_back(static_cast<char>(0xC0 | code >> 6));
+    tail(0);
+  } else if (code < 0x10000) {
+    text.push_back(static_cast<char>(0xE0 | code >> 12));
+    tail(6);
+    tail(0);
+  } else {
+    text.push_back(static_cast<char>(0xF0 | code >> 18));
+    tail(12);
+    tail(6);
+    tail(0);
+  }
+}
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+// Follows XML letter by letter: inside of a tag, and there inside of a quoted value.
+class TagScanner {
+ public:
+  // True where a tag has just ended.
+  bool Ends(char c) {
+    if (quote_ != 0) {
+      if (c == quote_) quote_ = 0;
+      return false;
+    }
+    if (isTag_ && (c == '"' || c == '\'')) quote_ = c;
+    const bool ends = isTag_ && c == '>';
+    isTag_ = c == '<' || (isTag_ && c != '>');
+    return ends;
+  }
+
+ private:
+  bool isTag_ = false;
+  char quote_ = 0;
+};
+
+}  // namespace
+
+bool IsUtf8(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t bytes = CharacterBytes(text, at);
+    if (bytes == 1 && static_cast<unsigned char>(text[at]) >= 0x80) return false;
+    at += bytes;
+  }
+  return true;
+}
+
+std::string Utf8Of(std::string_view text) {
+  if (IsUtf8(text)) return std::string(text);
+  std::string result;
+  for (const char c : text) Append(static_cast<unsigned char>(c), result);
+  return result;
+}
+
+bool IsMarkedUtf16(std::string_view bytes) {
+  return bytes.substr(0, 2) == "\xFF\xFE" || bytes.substr(0, 2) == "\xFE\xFF";
+}
+
+std::string FromUtf16(std::string_view bytes) {
+  const std::size_t low = bytes.substr(0, 1) == "\xFF" ? 0 : 1;
+  const auto unit = [&](std::size_t at) -> std::uint32_t {
+    return static_cast<unsigned char>(bytes[at + low]) |
+           static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[at + 1 - low])) << 8;
+  };
+  std::string text;
+  for (std::size_t at = 2; at + 1 < bytes.size(); at += 2) {
+    std::uint32_t code = unit(at);
+    const bool isHalf = code >= 0xD800 && code < 0xE000;
+    const std::uint32_t next = isHalf && at + 3 < bytes.size() ? unit(at + 2) : 0;
+    if (isHalf && code < 0xDC00 && next >= 0xDC00 && next < 0xE000) {
+      code = 0x10000 + ((code - 0xD800) << 10) + (next - 0xDC00);
+      at += 2;
+    } else if (isHalf) {
+      code = kReplacement;
+    }
+    Append(code, text);
+  }
+  return text;
+}
+
+std::string WithoutLeadingBlanks(std::string_view xml) {
+  std::string result;
+  result.reserve(xml.size());
+  TagScanner scanner;
+  bool isStart = false;
+  for (const char c : xml) {
+    if (isStart && IsBlank(c)) continue;
+    isStart = scanner.Ends(c);
+    result.push_back(c);
+  }
+  return result;
+}
+
+}  // namespace engine

@@ -1,0 +1,72 @@
+// Texts as other programs write them: OBJ and COLLADA in UTF-16, names in Latin-1 or missing, and
+// numbers behind blanks.
+#include "host/Parameters.h"
+#include "tests/import/ImportSession.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace tests {
+namespace {
+
+class ForeignText : public ImportSession {
+ protected:
+  void Import(const std::string& name, const std::string& text) {
+    WriteText(folder_ / name, text);
+    Open(folder_ / name);
+  }
+  std::string MaterialName() { return Doc().GetFirstMaterial()->GetName().ToUtf8(); }
+  ScratchFolder folder_;
+};
+
+// Texts of plain letters and the signs of two and four bytes that the tests use.
+std::string Utf16(const std::u16string& text, bool isBigEndian) {
+  std::string bytes;
+  for (const char16_t unit : u"\xFEFF" + text) {
+    const char low = static_cast<char>(unit & 0xFF);
+    const char high = static_cast<char>(unit >> 8);
+    bytes += isBigEndian ? std::string{high, low} : std::string{low, high};
+  }
+  return bytes;
+}
+
+const std::string kObjTriangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl ";
+
+TEST_F(ForeignText, NamesOfObjAreKeptHoweverTheyAreWritten) {
+  Import("plain.obj", kObjTriangle + "Caf\xC3\xA9\nf 1 2 3\n");
+  EXPECT_EQ(MaterialName(), "Caf\xC3\xA9");
+  EXPECT_EQ(Counts().objects, 1U);
+  EXPECT_NE(Only("plain"), nullptr) << "an object without a name has the file's";
+  Import("latin.obj", kObjTriangle + "Caf\xE9\nf 1 2 3\n");
+  EXPECT_EQ(MaterialName(), "Caf\xC3\xA9");
+  for (const bool isBigEndian : {false, true}) {
+    Import("wide.obj",
+           Utf16(u"v 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl Caf\u00E9\U0001F600\nf 1 2 3\n", isBigEndian));
+    EXPECT_EQ(MaterialName(), "Caf\xC3\xA9\xF0\x9F\x98\x80") << isBigEndian;
+    EXPECT_EQ(Counts().polygons, 1U);
+  }
+}
+
+const std::u16string kCollada =
+    u"<?xml version=\"1.0\"?><COLLADA "
+    u"xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\"><asset>"
+    u"<unit meter=\"0.01\"/><up_axis> Y_UP</up_axis></asset><library_lights>"
+    u"<light id=\"l\" name=\"l\"><technique_common><point><color>\n\t 1 0.5 0.25</color></point>"
+    u"</technique_common></light></library_lights>"
+    u"<library_visual_scenes><visual_scene id=\"s\"><node id=\"The id\"><translate>  1 2 3"
+    u"</translate><instance_light url=\"#l\"/></node><node id=\"b\" name=\"a>  b\"/>"
+    u"</visual_scene></library_visual_scenes><scene><instance_visual_scene url=\"#s\"/></scene>"
+    u"</COLLADA>";
+
+TEST_F(ForeignText, NumbersOfColladaMayStandBehindBlanks) {
+  for (const bool isWide : {false, true}) {
+    Import("s.dae",
+           isWide ? Utf16(kCollada, false) : std::string(kCollada.begin(), kCollada.end()));
+    const host::BaseObject* light = Only("The id");
+    ASSERT_NE(light, nullptr) << "a node without a name has its id";
+    EXPECT_NEAR(light->GetMg().off.y, 2, 1e-5);
+    EXPECT_NEAR(light->GetDataInstance()->GetVector(host::LIGHT_COLOR).z, 0.25, 1e-6);
+    EXPECT_NE(Only("a>  b"), nullptr);
+  }
+}
+
+}  // namespace
+}  // namespace tests
