@@ -3,6 +3,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLocale>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -379,8 +380,12 @@ void ComparePanel::BuildHead(QLayout& layout) {
   warning_ = new QWidget(this);
   auto* warned = new QHBoxLayout(warning_);
   warned->setContentsMargins(6, 0, 6, 4);
-  auto* sign = new QLabel(warning_);
-  sign->setPixmap(Icon("warning").pixmap(QSize(16, 16), devicePixelRatioF()));
+  // A button draws its icon in the colors of the present theme.
+  auto* sign = new QToolButton(warning_);
+  sign->setIcon(Icon("warning"));
+  sign->setAutoRaise(true);
+  sign->setFocusPolicy(Qt::NoFocus);
+  sign->setAttribute(Qt::WA_TransparentForMouseEvents);
   warningText_ = new QLabel(warning_);
   warningText_->setToolTip(
       "No Stagemark holds these as they are now: record the scene first to keep them");
