@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <sstream>
 
 #include "engine/import/Axes.h"
-#include "engine/import/FolderFiles.h"
 #include "engine/import/ForeignText.h"
 #include "engine/import/SceneFacts.h"
 
@@ -134,6 +134,36 @@ std::string BetterName(const aiNode& node, SourceFormat format, const std::strin
   return isNameless ? std::filesystem::path(path).stem().string() : std::string();
 }
 
+// The names of the materials that the OBJ's own files describe.
+std::set<std::string> DescribedMaterials(FolderFiles& files) {
+  std::set<std::string> names;
+  const std::vector<std::string> opened = files.Opened();
+  for (const std::string& file : opened) {
+    if (FormatOf(file) == SourceFormat::Obj) continue;
+    const std::string bytes = files.ReadWhole(file);
+    std::istringstream text(IsMarkedUtf16(bytes) ? FromUtf16(bytes) : bytes);
+    for (std::string line; std::getline(text, line);) {
+      std::istringstream words(line);
+      std::string word;
+      std::string name;
+      if (words >> word >> name && word == "newmtl") names.insert(name);
+    }
+  }
+  return names;
+}
+
+// The library gives what an OBJ names and nothing describes a darker gray than any program means.
+void FindUndefined(const aiScene& scene, FolderFiles& files, SceneFacts& facts, Notes& notes) {
+  const std::set<std::string> described = DescribedMaterials(files);
+  for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
+    const std::string name = scene.mMaterials[i]->GetName().C_Str();
+    if (described.count(name.substr(0, name.find(' '))) != 0) continue;
+    facts.undefined.insert(i);
+    notes.Count("Materials that no .mtl file describes are plain gray",
+                name != AI_DEFAULT_MATERIAL_NAME);
+  }
+}
+
 double Largest(const std::vector<SourceLight>& lights, bool suns) {
   double largest = 0;
   for (const SourceLight& light : lights) {
@@ -187,13 +217,14 @@ void NormalizeLights(SourceFormat format, std::vector<SourceLight>& lights) {
 }
 
 SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path,
-                       Notes& notes) {
+                       FolderFiles& files, Notes& notes) {
   SceneFacts facts;
   facts.unitsPerFileUnit = UnitsPerFileUnit(scene, format);
   AddCommonFacts(scene, format, facts);
   for (auto& [node, known] : facts.nodes) known.name = BetterName(*node, format, path);
+  if (format == SourceFormat::Obj) FindUndefined(scene, files, facts, notes);
   if (format == SourceFormat::Collada && scene.mNumCameras > 0) {
-    const std::string xml = FolderFiles(path).ReadWhole(path);
+    const std::string xml = files.ReadWhole(path);
     MendColladaCameras(IsMarkedUtf16(xml) ? FromUtf16(xml) : xml, facts, notes);
   }
   NormalizeLights(format, facts.lights);

@@ -71,6 +71,7 @@ std::string FolderFiles::ReadWhole(const std::string& file) {
 Assimp::IOStream* FolderFiles::Open(const char* file, const char* mode) {
   if (std::strpbrk(mode, "wa+") != nullptr) return nullptr;
   std::unique_ptr<Assimp::IOStream> stream(OpenPlain(file));
+  if (stream) opened_.emplace_back(file);
   if (!stream || !IsText(file)) return stream.release();
   std::string head(2, '\0');
   head.resize(stream->Read(head.data(), 1, head.size()));

@@ -22,6 +22,9 @@ class FolderFiles : public Assimp::DefaultIOSystem {
   // A file's bytes as they are; empty for one that may not or cannot be read.
   std::string ReadWhole(const std::string& file);
 
+  // The files that were opened, as they were asked for.
+  const std::vector<std::string>& Opened() const { return opened_; }
+
   // The folders that may be read.
   static std::vector<std::string> FoldersOf(const std::string& scene);
 
@@ -29,6 +32,7 @@ class FolderFiles : public Assimp::DefaultIOSystem {
   Assimp::IOStream* OpenPlain(const char* file);
   bool IsInside(const std::string& file) const;
   std::vector<std::string> folders_;
+  std::vector<std::string> opened_;
 };
 
 }  // namespace engine

@@ -58,6 +58,8 @@ host::Vector VectorOf(const aiColor4D& color, double factor = 1) {
   return host::Vector(color.r * factor, color.g * factor, color.b * factor);
 }
 
+const host::Vector kUndescribed(0.8);
+
 double Clamped(double value) { return std::clamp(value, 0.0, 1.0); }
 
 std::string TextureOf(const aiMaterial& material, aiTextureType type) {
@@ -123,6 +125,8 @@ host::BaseMaterial* MaterialConversion::Make(unsigned index) {
   material->SetName(NameOf(index));
   doc_.AppendMaterial(material);
   SetColor(from, *material);
+  if (facts_.undefined.count(index) != 0)
+    material->GetDataInstance()->SetVector(host::MATERIAL_COLOR, kUndescribed);
   SetAlpha(from, *material);
   SetSurface(from, *material);
   SetEmission(from, index, *material);
@@ -145,7 +149,7 @@ void MaterialConversion::SetColor(const aiMaterial& from, host::BaseMaterial& to
       from, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE, host::MATERIAL_COLOR_SHADER}, to);
   const auto base = Color(from, AI_MATKEY_BASE_COLOR);
   const auto diffuse = Color(from, AI_MATKEY_COLOR_DIFFUSE);
-  host::Vector color = base ? VectorOf(*base) : diffuse ? VectorOf(*diffuse) : host::Vector(0.8);
+  host::Vector color = base ? VectorOf(*base) : diffuse ? VectorOf(*diffuse) : kUndescribed;
   // Many programs write black below a texture, which would make it black as well.
   if (!IsGltf() && hasTexture && color == host::Vector()) color = host::Vector(1);
   to.GetDataInstance()->SetVector(host::MATERIAL_COLOR, color);

@@ -6,10 +6,12 @@
 #include <assimp/scene.h>
 
 #include <array>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "engine/import/FolderFiles.h"
 #include "engine/import/Notes.h"
 #include "engine/import/SourceCheck.h"
 #include "host/Math.h"
@@ -70,12 +72,13 @@ struct SceneFacts {
   std::vector<SourceLight> lights;
   std::unordered_map<const aiNode*, NodeFacts> nodes;
   std::vector<MaterialFacts> materials;  // by position in the file, may be fewer
+  std::set<unsigned> undefined;          // materials that are named, but described nowhere
 };
 
-// For all formats but glTF of version 2. `path` is read again where the format's own text says more
-// than the library tells.
+// For all formats but glTF of version 2. `files`, through which the library has read `path`, is
+// asked again where the format's own text says more than the library tells.
 SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path,
-                       Notes& notes);
+                       FolderFiles& files, Notes& notes);
 
 // The parts of it.
 void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts);

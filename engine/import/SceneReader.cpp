@@ -69,15 +69,18 @@ const char* SuffixOf(SourceFormat format) {
   }
 }
 
-void Configure(Assimp::Importer& importer, const std::string& path,
-               const std::function<bool(double)>& progress) {
+// The files belong to the importer.
+FolderFiles& Configure(Assimp::Importer& importer, const std::string& path,
+                       const std::function<bool(double)>& progress) {
+  auto* files = new FolderFiles(path);
   KeepLoadersOf(SuffixOf(FormatOf(path)), importer);
-  importer.SetIOHandler(new FolderFiles(path));
+  importer.SetIOHandler(files);
   importer.SetProgressHandler(new Progress(progress));
   importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
   importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, kSmoothingDegrees);
+  return *files;
 }
 
 // glTF asks for flat faces where it gives no normals (glTF 1.0, "Meshes").
@@ -109,11 +112,11 @@ Answer Converted(const aiScene& scene, SourceFormat format, const SceneFacts& fa
 Answer ReadByLibrary(const std::string& path, SourceFormat format, host::BaseDocument& doc,
                      const ProgressOfAll& progress) {
   Assimp::Importer importer;
-  Configure(importer, path, progress);
+  FolderFiles& files = Configure(importer, path, progress);
   const aiScene* scene = importer.ReadFile(path, StepsFor(format));
   if (scene == nullptr || scene->mRootNode == nullptr) return Answer::Failure(ReasonOf(importer));
   Notes notes;
-  const SceneFacts facts = GatherFacts(*scene, format, path, notes);
+  const SceneFacts facts = GatherFacts(*scene, format, path, files, notes);
   return Converted(*scene, format, facts, doc, progress, notes);
 }
 

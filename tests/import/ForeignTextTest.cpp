@@ -45,6 +45,15 @@ TEST_F(ForeignText, NamesOfObjAreKeptHoweverTheyAreWritten) {
   }
 }
 
+TEST_F(ForeignText, MaterialsThatNothingDescribesAreAsBrightAsNewOnes) {
+  WriteText(folder_ / "m.mtl", "newmtl there\nKd 0.6 0.6 0.6\n");
+  Import("m.obj", "mtllib m.mtl\n" + kObjTriangle + "there\nf 1 2 3\nusemtl gone\nf 3 2 1\n");
+  EXPECT_NEAR(Material("there")->GetDataInstance()->GetVector(host::MATERIAL_COLOR).x, 0.6, 1e-6);
+  EXPECT_EQ(Material("gone")->GetDataInstance()->GetVector(host::MATERIAL_COLOR),
+            host::Vector(0.8));
+  EXPECT_TRUE(HasNote("Materials that no .mtl file describes are plain gray: 1."));
+}
+
 const std::u16string kCollada =
     u"<?xml version=\"1.0\"?><COLLADA "
     u"xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\"><asset>"
