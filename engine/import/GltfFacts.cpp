@@ -47,7 +47,7 @@ constexpr std::array kKnown = {"KHR_lights_punctual",        "KHR_node_visibilit
                                "KHR_texture_transform",      "KHR_materials_emissive_strength",
                                "KHR_draco_mesh_compression", "KHR_materials_unlit",
                                "KHR_mesh_quantization",      "KHR_materials_pbrSpecularGlossiness",
-                               "EXT_meshopt_compression"};
+                               "EXT_meshopt_compression",    "KHR_materials_specular"};
 // The beginnings of those that only change how surfaces look or move: without them there is still a
 // scene to work on.
 constexpr std::array kAboutLooks = {"KHR_materials_", "KHR_texture_",  "EXT_texture_",

@@ -1,5 +1,5 @@
-// glTF 2.0, sections 3.8 and 3.9, KHR_texture_transform, KHR_materials_emissive_strength and
-// KHR_materials_pbrSpecularGlossiness.
+// glTF 2.0, sections 3.8 and 3.9, KHR_texture_transform, KHR_materials_emissive_strength,
+// KHR_materials_specular and KHR_materials_pbrSpecularGlossiness.
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
 
@@ -45,6 +45,7 @@ MaterialFacts FactsOf(const Json& material) {
   facts.name = Text(material, "name");
   facts.emissiveStrength =
       Number(Extension(material, "KHR_materials_emissive_strength"), "emissiveStrength", 1);
+  facts.specular = Number(Extension(material, "KHR_materials_specular"), "specularFactor", 1) / 2;
   facts.uvs = UvUseOfMaterial(material);
   return facts;
 }

@@ -128,7 +128,7 @@ host::BaseMaterial* MaterialConversion::Make(unsigned index) {
   if (facts_.undefined.count(index) != 0)
     material->GetDataInstance()->SetVector(host::MATERIAL_COLOR, kUndescribed);
   SetAlpha(from, *material);
-  SetSurface(from, *material);
+  SetSurface(from, index, *material);
   SetEmission(from, index, *material);
   AddShader(from,
             {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA, host::MATERIAL_NORMAL_SHADER},
@@ -181,15 +181,17 @@ void MaterialConversion::SetAlpha(const aiMaterial& from, host::BaseMaterial& to
   data.SetBool(host::MATERIAL_DOUBLE_SIDED, twoSided != 0);
 }
 
-void MaterialConversion::SetSurface(const aiMaterial& from, host::BaseMaterial& to) {
+void MaterialConversion::SetSurface(const aiMaterial& from, unsigned index,
+                                    host::BaseMaterial& to) {
   const auto specular = Color(from, AI_MATKEY_COLOR_SPECULAR);
   const double most =
       specular ? static_cast<double>(std::max({specular->r, specular->g, specular->b})) : 0.0;
   const double strength = Number(from, AI_MATKEY_SHININESS_STRENGTH).value_or(1);
   const double exponent = Number(from, AI_MATKEY_SHININESS).value_or(0);
   host::BaseContainer& data = *to.GetDataInstance();
-  // glTF's surfaces that are no metals reflect as specular 0.5 does.
-  data.SetReal(host::MATERIAL_SPECULAR, Clamped(IsGltf() ? 0.5 : most * strength));
+  // glTF's surfaces that are no metals reflect as specular 0.5 does, unless the file says less.
+  const double plain = index < facts_.materials.size() ? facts_.materials[index].specular : 0.5;
+  data.SetReal(host::MATERIAL_SPECULAR, Clamped(IsGltf() ? plain : most * strength));
   data.SetReal(host::MATERIAL_ROUGHNESS,
                Clamped(Number(from, AI_MATKEY_ROUGHNESS_FACTOR).value_or(RoughnessOf(exponent))));
   // A texture for it most often says "no metal" nearly everywhere, beside a factor of 1 that would

@@ -36,7 +36,7 @@ class MaterialConversion {
   host::String NameOf(unsigned index) const;
   void SetColor(const aiMaterial& from, host::BaseMaterial& to);
   void SetAlpha(const aiMaterial& from, host::BaseMaterial& to);
-  void SetSurface(const aiMaterial& from, host::BaseMaterial& to);
+  void SetSurface(const aiMaterial& from, unsigned index, host::BaseMaterial& to);
   void SetEmission(const aiMaterial& from, unsigned index, host::BaseMaterial& to);
   bool AddShader(const aiMaterial& from, const TextureSlot& slot, host::BaseMaterial& to);
   std::string FileNameOf(const std::string& texture) const;

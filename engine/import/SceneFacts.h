@@ -55,6 +55,7 @@ struct UvUse {
 struct MaterialFacts {
   std::string name;  // as written, however long
   double emissiveStrength = 1;
+  double specular = 0.5;  // of a surface that is no metal, as the scene counts it
   UvUse uvs;
 };
 

@@ -309,7 +309,9 @@ TEST_F(GltfReader, MaterialsKeepTheirTransformsWhateverUsesThemFirst) {
     source.json["materials"].push_back(
         {{"name", name},
          {"emissiveFactor", {1, 1, 1}},
-         {"extensions", {{"KHR_materials_emissive_strength", {{"emissiveStrength", scale}}}}},
+         {"extensions",
+          {{"KHR_materials_emissive_strength", {{"emissiveStrength", scale}}},
+           {"KHR_materials_specular", {{"specularFactor", scale / 10.0}}}}},
          {"pbrMetallicRoughness",
           {{"baseColorTexture",
             {{"index", 0},
@@ -324,6 +326,7 @@ TEST_F(GltfReader, MaterialsKeepTheirTransformsWhateverUsesThemFirst) {
        material = material->GetNext(), glow = glow == 2 ? 3 : 5) {
     names += material->GetName().ToUtf8() + " ";
     EXPECT_EQ(material->GetDataInstance()->GetVector(host::MATERIAL_LUMINANCE).x, glow);
+    EXPECT_DOUBLE_EQ(material->GetDataInstance()->GetReal(host::MATERIAL_SPECULAR), glow / 20);
   }
   EXPECT_EQ(names, "Unused " + longName + " C ");
 }
