@@ -225,7 +225,7 @@ std::string ChangedIn(const StateMatrix& matrix, std::size_t row) {
 
 bool GoesOn() { return std::cout.good() && !Terminal::Interrupted(); }
 
-constexpr const char* kStyle = R"css(
+constexpr const char* kTableStyle = R"css(
 :root { color-scheme: light dark; --ground: #fbfbfa; --head: #efefec; --edge: #d8d8d4; --text: #1f1f1e; --dim: #6a6a66;
   --changed: #fbe3b4; }
 @media (prefers-color-scheme: dark) { :root { --ground: #1e1e1e; --head: #282828; --edge: #3a3a3a; --text: #dcdcdc;
@@ -321,7 +321,7 @@ void PrintMatrixPage(const host::BaseDocument& doc, const StateMatrix& matrix,
                      const std::string& title) {
   std::cout << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
             << "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>"
-            << HtmlText(title) << "</title>\n<style>" << kStyle
+            << HtmlText(title) << "</title>\n<style>" << kTableStyle
             << "</style>\n</head>\n<body>\n<h1><bdi>" << HtmlText(title) << "</bdi></h1>\n<p>"
             << Counted(matrix.States().size(), "Stagemark") << ", "
             << Counted(matrix.Rows().size(), "row")

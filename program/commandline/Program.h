@@ -17,6 +17,8 @@ class Arguments;
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;  // it did not work
 inline constexpr int kUsage = 2;   // wrong usage or an unknown name
+// Of the verbs that answer with 1 that something was found: it did not work
+inline constexpr int kTrouble = 2;
 // Stopped by Ctrl-C; other signals that ask to stop give 128 + their number
 inline constexpr int kInterrupted = 130;
 

@@ -18,8 +18,6 @@ using engine::Severity;
 
 // Nothing wrong is kDone.
 constexpr int kFindings = 1;
-constexpr int kTrouble = 2;
-
 struct CheckOptions {
   std::vector<std::string> fixes;
   std::vector<std::string> only;  // of earlier versions

@@ -14,8 +14,6 @@ namespace fs = std::filesystem;
 // As diff(1) has it.
 constexpr int kEqual = 0;
 constexpr int kDifferent = 1;
-constexpr int kTrouble = 2;
-
 struct DiffOptions {
   std::vector<std::string> names;
   bool scene = false;
