@@ -349,6 +349,8 @@ TEST(MainWindow, ImportedScenesAskWhereToBeSaved) {
   std::filesystem::copy_file(TEST_SOURCE_DIR "/scenes/spider/spider.obj",
                              desk.Folder() + "/spider.obj");
   std::ofstream(desk.Folder() + "/spider.c4d") << "work of somebody";
+  // Its materials stand in a file that is not there, which is told.
+  AnswerNext<QMessageBox>([](QMessageBox& box) { box.accept(); });
   ASSERT_TRUE(desk.Window().Commands().Open(desk.Folder() + "/spider.obj"));
   QString proposed;
   AnswerNext<QFileDialog>([&](QFileDialog& chooser) {
