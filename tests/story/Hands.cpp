@@ -52,8 +52,8 @@ void Do(const QStringList& acts) {
   loop.exec();
 }
 
-void WaitFor(const std::function<bool()>& arrived, const char* what) {
-  if (!pictures::WaitFor(arrived)) throw std::runtime_error(std::string(what) + " does not arrive");
+void WaitFor(const std::function<bool()>& arrived, const std::string& what) {
+  if (!pictures::WaitFor(arrived)) throw std::runtime_error(what + " does not arrive");
 }
 
 // Until what the window system has sent so far has been handled with all that comes of it.
@@ -76,9 +76,12 @@ QPoint PlaceIn(const Cell& cell) {
 
 void Click(const QWidget& widget, QPoint place, int times) {
   const Arrivals arrivals;
+  const QString what = QString("a click on a %1 \"%2\" in \"%3\"")
+                           .arg(widget.metaObject()->className(), widget.objectName(),
+                                widget.window()->windowTitle());
   Do(At(widget, place) + QStringList{"sleep", "0.05", "click", "--repeat", QString::number(times),
                                      "--delay", "60", "1"});
-  WaitFor([&] { return arrivals.Of(QEvent::MouseButtonRelease) >= times; }, "a click");
+  WaitFor([&] { return arrivals.Of(QEvent::MouseButtonRelease) >= times; }, what.toStdString());
   Rest();
 }
 
