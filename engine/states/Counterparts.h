@@ -19,6 +19,8 @@ class Counterparts {
   // The element of `to` for one of `from`, 0 where there is none. The first one that is not found by
   // its identity costs a walk over both documents.
   NodeId Find(NodeId element);
+  // Whether two links say the same: both lead nowhere, or one to the other's counterpart.
+  bool AreSame(NodeId from, NodeId to) { return from == 0 ? to == 0 : to != 0 && Find(from) == to; }
 
  private:
   const host::BaseDocument& from_;

@@ -143,7 +143,7 @@ class StatesComparison {
     out_.result.heldLeft.set(IndexOf(Part::Camera), left.has_value());
     out_.result.heldRight.set(IndexOf(Part::Camera), right.has_value());
     if (!out_.Wants(Part::Camera)) return;
-    if (counterparts_ && left && right && counterparts_->Find(*left) == *right) return;
+    if (counterparts_ && left && right && counterparts_->AreSame(*left, *right)) return;
     AddCamera(out_, left, right);
   }
 
@@ -194,7 +194,7 @@ class StatesComparison {
     if (counterparts_) {
       std::erase_if(fields, [&](const FieldChange& field) {
         return field.left && field.right && LinkOf(*field.left) != 0 &&
-               counterparts_->Find(LinkOf(*field.left)) == LinkOf(*field.right);
+               counterparts_->AreSame(LinkOf(*field.left), LinkOf(*field.right));
       });
     }
     if (fields.empty()) return;

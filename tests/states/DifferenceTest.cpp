@@ -227,6 +227,29 @@ TEST(Difference, BetweenTwoDocumentsGoesByIdentityThenByPath) {
   EXPECT_EQ(difference.Of(Part::Objects).onlyRight, 1u);
 }
 
+// What leads to something that the other document does not have is not the same as what leads
+// nowhere.
+TEST(Difference, BetweenTwoDocumentsNothingIsNoCounterpart) {
+  engine::OwnedDocument former;
+  {
+    Stage stage;
+    stage.Build().Material("Gone").Camera("Old").LookThrough("Old");
+    static_cast<host::TextureTag*>(stage.Build().GetTag("Object 5", host::Ttexture))
+        ->SetMaterial(stage.Build().GetMaterial("Gone"));
+    stage.Record("A");
+    former.reset(
+        static_cast<host::BaseDocument*>(stage.Doc().GetClone(host::COPY_DOCUMENT, nullptr)));
+  }
+  Stage stage;
+  static_cast<host::TextureTag*>(stage.Build().GetTag("Object 5", host::Ttexture))
+      ->SetMaterial(nullptr);
+  stage.Record("A");
+  const Difference difference = engine::CompareStates(
+      *former, engine::ReadStates(*former).at(0).record, stage.Doc(), stage.State("A").record);
+  EXPECT_EQ(difference.Of(Part::Materials).changed, 1u);
+  EXPECT_EQ(difference.Of(Part::Camera).changed, 1u);
+}
+
 // Lost is what no Stagemark could bring back.
 TEST(Difference, FindsWhatWouldBeLost) {
   Stage stage;
