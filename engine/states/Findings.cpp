@@ -373,16 +373,11 @@ class Search {
 
   // Beside a scene whose side folder is there.
   void Previews() {
-    host::Filename name = doc_.GetDocumentName();
-    name.ClearSuffix();
-    const std::string folder =
-        (doc_.GetDocumentPath() + name).GetString().ToUtf8() + kSideFolderEnding;
-    if (doc_.GetDocumentPath().GetString().Content() == host::FALSE ||
-        files_->Kind(folder) != FileKind::Folder)
-      return;
+    const std::string folder = SideFolderOf(doc_);
+    if (folder.empty() || files_->Kind(folder) != FileKind::Folder) return;
     for (const StoredState& state : states_) {
-      if (state.name.find_first_of("/\\") != std::string::npos) continue;
-      const std::string file = folder + "/" + state.name + kPreviewEnding;
+      const std::string file = PreviewFileIn(folder, state.name);
+      if (file.empty()) continue;
       if (files_->Kind(file) != FileKind::File) {
         found_.Add(kPreviewMissing, state.name, "It has no preview.", file);
       } else if (files_->Stamp(file).changed / 1'000'000'000 < SecondsOf(state.date)) {
@@ -390,10 +385,6 @@ class Search {
       }
     }
   }
-
-  // Beside a scene file; the plug-in names them so.
-  static constexpr const char* kSideFolderEnding = "_SM";
-  static constexpr const char* kPreviewEnding = ".tif";
 
   const BaseDocument& doc_;
   FileSystem* files_;

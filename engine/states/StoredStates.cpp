@@ -55,6 +55,18 @@ StoredState FromEntry(LONG id, const BaseContainer& entry) {
 
 }  // namespace
 
+std::string SideFolderOf(const host::BaseDocument& doc) {
+  if (doc.GetDocumentPath().GetString().View().empty()) return "";
+  host::Filename name = doc.GetDocumentName();
+  name.ClearSuffix();
+  return (doc.GetDocumentPath() + name).GetString().ToUtf8() + kSideFolderEnding;
+}
+
+std::string PreviewFileIn(const std::string& sideFolder, const std::string& name) {
+  const bool isFileName = !name.empty() && name.find_first_of("/\\") == std::string::npos;
+  return sideFolder.empty() || !isFileName ? "" : sideFolder + "/" + name + kPreviewEnding;
+}
+
 std::string StoredDate::Text() const {
   if (*this == StoredDate()) return "";
   char text[80];

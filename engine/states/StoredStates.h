@@ -46,6 +46,15 @@ inline constexpr host::LONG kStoredCameraLink = 70000;
 inline constexpr host::LONG kStoredYear = 25008;
 inline constexpr int kStoredDateFields = 6;
 
+// Beside a scene file: the folder of previews has the scene's name and this, a preview the name of
+// its Stagemark and this.
+inline constexpr const char* kSideFolderEnding = "_SM";
+inline constexpr const char* kPreviewEnding = ".tif";
+// The folder of previews, whether or not it is there; empty for a scene without a file.
+std::string SideFolderOf(const host::BaseDocument& doc);
+// The preview of that name in it; empty where there is no folder, or the name leads elsewhere.
+std::string PreviewFileIn(const std::string& sideFolder, const std::string& name);
+
 // Local time of recording.
 struct StoredDate {
   host::LONG fields[kStoredDateFields] = {};  // year, month, day, hour, minute, second

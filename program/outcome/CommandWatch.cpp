@@ -5,6 +5,7 @@
 
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/TreeWalk.h"
+#include "engine/states/StoredStates.h"
 #include "host/Host.h"
 #include "program/outcome/BulkEdits.h"
 #include "program/outcome/Words.h"
@@ -16,7 +17,6 @@ using engine::Operation;
 
 namespace {
 
-constexpr const char* kPreviewEnding = ".tif";
 constexpr const char* kSceneEnding = ".c4d";
 constexpr const char* kOneRowNeeded = "Nothing was done: select exactly one Stagemark in the list.";
 constexpr const char* kCheckNeeded = "Nothing was done: check the Stagemarks that are meant.";
@@ -161,8 +161,9 @@ void CommandWatch::SayRecorded(bool answered, Outcome& outcome) {
   if (typed_.empty() || (!answered && !SceneDataChanged())) return;
   const bool anew = std::find(names_.begin(), names_.end(), typed_) != names_.end();
   outcome.summary = "Recorded " + Listed({typed_}) + (anew ? " anew" : "");
-  if (Has(Operation::ReplaceFile, kPreviewEnding, true)) outcome.summary += ", with preview";
-  if (!preview_ && Has(Operation::RemoveFile, kPreviewEnding, true))
+  if (Has(Operation::ReplaceFile, engine::kPreviewEnding, true))
+    outcome.summary += ", with preview";
+  if (!preview_ && Has(Operation::RemoveFile, engine::kPreviewEnding, true))
     outcome.summary += "; its old preview is gone";
   outcome.summary += ".";
   if (Has(Operation::ReplaceFile, "", false))

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <unordered_set>
 
+#include "engine/states/StoredStates.h"
 #include "program/outcome/Words.h"
 
 namespace outcome {
@@ -15,11 +16,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kSideFolderEnding = "_SM";
-
 // The folder of preview images beside a scene file.
 std::string SideFolderOf(const std::string& scene) {
-  return (fs::path(scene).parent_path() / fs::path(scene).stem()).string() + kSideFolderEnding;
+  return (fs::path(scene).parent_path() / fs::path(scene).stem()).string() +
+         engine::kSideFolderEnding;
 }
 
 bool Matters(engine::FileSystem& files, const LedgerEntry& failure) {

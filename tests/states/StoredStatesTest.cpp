@@ -6,6 +6,7 @@
 #include "engine/scene/NodeIds.h"
 #include "engine/states/RecordedParts.h"
 #include "source/Stagemarks/keys/ElementKeys.h"
+#include "source/Stagemarks/keys/FileNames.h"
 #include "source/Stagemarks/keys/Options.h"
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "source/Stagemarks/keys/TagTypes.h"
@@ -42,6 +43,8 @@ TEST(StoredStates, HaveThePlugInsNumbers) {
       {engine::kStoredTagLink, stagemarks::kTagLink},
       {engine::kStoredMaterialLink, stagemarks::kMaterialLink}};
   for (const auto& [here, there] : numbers) EXPECT_EQ(here, there);
+  EXPECT_STREQ(engine::kSideFolderEnding, stagemarks::kSideFolderEnding);
+  EXPECT_EQ(engine::kPreviewEnding, std::string(".") + stagemarks::kPreviewSuffix);
   for (std::size_t i = 0; i < engine::kCompositingParameters.size(); ++i) {
     EXPECT_EQ(engine::kCompositingParameters[i].parameter, stagemarks::kCompositing[i].parameter);
     EXPECT_EQ(engine::kCompositingParameters[i].key, stagemarks::kCompositing[i].key);

@@ -15,8 +15,6 @@ using host::LONG;
 
 namespace {
 
-constexpr const char* kSideFolderEnding = "_SM";
-constexpr const char* kPreviewSuffix = ".tif";
 constexpr std::uint64_t kLargestPreview = 8u << 20;
 constexpr std::size_t kReadAtOnce = 500;  // elements
 // Copying a larger scene is noticed: that is for a person to ask for.
@@ -32,16 +30,6 @@ std::string FolderIn(const host::BaseDocument& doc) {
 std::string PathIn(const host::BaseDocument& doc) {
   return FolderIn(doc).empty() ? ""
                                : FolderIn(doc) + "/" + doc.GetDocumentName().GetString().ToUtf8();
-}
-
-std::string PreviewFolder(const host::BaseDocument& doc) {
-  return FolderIn(doc).empty() ? ""
-                               : FolderIn(doc) + "/" + pictures::SceneName(doc) + kSideFolderEnding;
-}
-
-// Names that lead elsewhere have no preview.
-bool IsFileName(const std::string& name) {
-  return !name.empty() && name.find_first_of("/\\") == std::string::npos;
 }
 
 bool AreSame(const host::BaseContainer& a, const host::BaseContainer& b) {
@@ -76,7 +64,7 @@ void StatePictures::Follow(const host::BaseDocument* doc, const std::vector<Stor
   if (IdentityOf(doc) != doc_) Forget();
   const bool isOther = IdentityOf(doc) != doc_;
   doc_ = IdentityOf(doc);
-  previews_ = doc ? PreviewFolder(*doc) : "";
+  previews_ = doc ? engine::SideFolderOf(*doc) : "";
   const std::string path = doc ? PathIn(*doc) : "";
   TakeStates(states);
   if (path == path_ && !isOther) return;
@@ -194,10 +182,8 @@ void StatePictures::ReadFiles(Entry& entry) {
 }
 
 void StatePictures::ReadPreview(Entry& entry) {
-  const std::string path = previews_ + "/" + entry.state.name + kPreviewSuffix;
-  if (previews_.empty() || !IsFileName(entry.state.name) ||
-      services_.files.Kind(path) != engine::FileKind::File)
-    return;
+  const std::string path = engine::PreviewFileIn(previews_, entry.state.name);
+  if (path.empty() || services_.files.Kind(path) != engine::FileKind::File) return;
   const auto bytes = services_.files.ReadFile(path, kLargestPreview);
   if (!bytes) return;
   const auto image = engine::DecodeImage(bytes.Value());
