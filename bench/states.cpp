@@ -211,7 +211,7 @@ void LoadVerb(LONG count) {
   }
   const double parts = SecondsOfChild("/proc/self/exe", {"--parts", file, folder / "loaded.c4d"});
   const double verb =
-      SecondsOfChild(TEST_PLUGIN_DIR "/../../../bin/stagemarks",
+      SecondsOfChild(TEST_BINARY_DIR "/bin/stagemarks",
                      {"load", file, "A", "--quiet", "-o", folder / "verb.c4d", "--force"});
   std::printf("%d objects, half of them change; read, load, write %.0f ms\n", count, parts * 1e3);
   Row("stagemarks load -o", verb, parts, "read, load, write");

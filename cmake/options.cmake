@@ -4,6 +4,8 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
 if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
 endif()
@@ -15,7 +17,7 @@ option(STAGEMARKS_WERROR "Treat warnings as errors" OFF)
 option(STAGEMARKS_UNITY "Compile the files of tests and tools several at a time" ON)
 set(STAGEMARKS_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
 
-# Everything of a build lies as it will lie when installed: bin, the engine's library in lib/stagemarks, plug-ins in
+# Everything of a build lies as it will lie when installed: bin, the engine's library in the folder for libraries, plug-ins in
 # plugins/Stagemarks beside it, sample scenes in share/stagemarks. The programs find their parts from where they lie.
 if(CMAKE_LIBRARY_ARCHITECTURE)
   set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Where libraries are installed")
@@ -25,12 +27,16 @@ if(NOT CMAKE_INSTALL_DOCDIR)  # empty in a build folder from before documents we
 endif()
 include(GNUInstallDirs)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib/stagemarks)
-set(STAGEMARKS_PLUGIN_DIR ${CMAKE_BINARY_DIR}/lib/stagemarks/plugins)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR}/stagemarks)
+set(STAGEMARKS_PLUGIN_DIR ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/plugins)
 set(STAGEMARKS_INSTALL_LIBDIR ${CMAKE_INSTALL_LIBDIR}/stagemarks)
 set(STAGEMARKS_INSTALL_DATADIR ${CMAKE_INSTALL_DATADIR}/stagemarks)
 file(RELATIVE_PATH STAGEMARKS_SHARED_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/stagemarks)
 file(RELATIVE_PATH STAGEMARKS_LIBRARY_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/stagemarks)
+# Binaries of a build search where those of an installation do. A search path that is changed at the installation is filled up
+# with empty parts meanwhile, which stand for the current folder: whoever can write there could slip in a library.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
+set(CMAKE_INSTALL_RPATH "$ORIGIN/${STAGEMARKS_LIBRARY_FROM_PROGRAMS}")
 
 # With precompiled headers a cache has to be told that a header's time says nothing about what is in it.
 find_program(CCACHE ccache)
@@ -47,6 +53,20 @@ target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-r
 if(STAGEMARKS_WERROR)
   target_compile_options(project_options INTERFACE -Werror)
 endif()
+# What makes an error in the code hard to use for more than a crash; tests/architecture reads the binaries. Sanitizers bring
+# checks of their own.
+include(CheckCXXCompilerFlag)
+foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+  string(MAKE_C_IDENTIFIER "HAS${flag}" known)
+  check_cxx_compiler_flag(${flag} ${known})
+  if(${known})
+    add_compile_options(${flag})
+  endif()
+endforeach()
+if(NOT STAGEMARKS_SANITIZE)
+  add_compile_options($<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+endif()
+add_link_options(-Wl,-z,relro,-z,now)
 # For what waits for a person or for the engine: its files compile in about two thirds of the time.
 set(STAGEMARKS_QUICK_TO_COMPILE $<$<CONFIG:Release>:-O1>)
 if(STAGEMARKS_SANITIZE)

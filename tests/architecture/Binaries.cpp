@@ -1,0 +1,166 @@
+// What was built is hard to turn against its user: read from the binaries themselves, since a flag
+// in a build file says nothing about what came of it.
+#include <elf.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <utility>
+
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The tables of one ELF file of this machine's kind.
+class Binary {
+ public:
+  explicit Binary(std::string bytes) : bytes_(std::move(bytes)) {}
+
+  bool IsElf() const {
+    return bytes_.size() > sizeof(Elf64_Ehdr) && bytes_.compare(0, SELFMAG, ELFMAG) == 0;
+  }
+  Elf64_Ehdr Header() const { return At<Elf64_Ehdr>(0); }
+
+  // The flags of the segment of a type, nothing where the file has none.
+  std::optional<std::uint32_t> SegmentFlags(std::uint32_t type) const {
+    for (std::size_t i = 0; i < Header().e_phnum; ++i) {
+      const auto segment = At<Elf64_Phdr>(Header().e_phoff + i * sizeof(Elf64_Phdr));
+      if (segment.p_type == type) return segment.p_flags;
+    }
+    return std::nullopt;
+  }
+
+  // Values of the dynamic section by tag.
+  std::map<Elf64_Sxword, Elf64_Xword> Dynamic() const {
+    std::map<Elf64_Sxword, Elf64_Xword> values;
+    const Elf64_Shdr section = Section(SHT_DYNAMIC);
+    for (std::size_t i = 0; i < section.sh_size; i += sizeof(Elf64_Dyn)) {
+      const auto entry = At<Elf64_Dyn>(section.sh_offset + i);
+      values[entry.d_tag] = entry.d_un.d_val;
+    }
+    return values;
+  }
+  std::string DynamicText(std::size_t offset) const {
+    return bytes_.c_str() + SectionAt(Section(SHT_DYNAMIC).sh_link).sh_offset + offset;
+  }
+
+  bool Imports(const std::string& ending) const {
+    const auto symbols = Symbols();
+    return std::any_of(symbols.begin(), symbols.end(), [&](const Elf64_Sym& symbol) {
+      const std::string name = DynamicText(symbol.st_name);
+      return symbol.st_shndx == SHN_UNDEF && name.ends_with(ending);
+    });
+  }
+
+  // Exported functions, and how many of them begin with a mark for indirect calls.
+  std::pair<std::size_t, std::size_t> MarkedFunctions() const {
+    static constexpr char kEndBranch[] = "\xf3\x0f\x1e\xfa";
+    std::pair<std::size_t, std::size_t> counts{};
+    for (const Elf64_Sym& symbol : Symbols()) {
+      if (symbol.st_shndx == SHN_UNDEF || ELF64_ST_TYPE(symbol.st_info) != STT_FUNC) continue;
+      const Elf64_Shdr section = SectionAt(symbol.st_shndx);
+      const std::size_t place = symbol.st_value - section.sh_addr + section.sh_offset;
+      ++counts.first;
+      counts.second += bytes_.compare(place, 4, kEndBranch) == 0 ? 1 : 0;
+    }
+    return counts;
+  }
+
+ private:
+  template <class T>
+  T At(std::size_t offset) const {
+    T value{};
+    if (offset + sizeof(T) <= bytes_.size()) std::memcpy(&value, &bytes_[offset], sizeof(T));
+    return value;
+  }
+  Elf64_Shdr SectionAt(std::size_t index) const {
+    return At<Elf64_Shdr>(Header().e_shoff + index * sizeof(Elf64_Shdr));
+  }
+  Elf64_Shdr Section(std::uint32_t type) const {
+    for (std::size_t i = 0; i < Header().e_shnum; ++i) {
+      if (SectionAt(i).sh_type == type) return SectionAt(i);
+    }
+    return {};
+  }
+  std::vector<Elf64_Sym> Symbols() const {
+    const Elf64_Shdr section = Section(SHT_DYNSYM);
+    std::vector<Elf64_Sym> symbols;
+    for (std::size_t i = 0; i < section.sh_size; i += sizeof(Elf64_Sym))
+      symbols.push_back(At<Elf64_Sym>(section.sh_offset + i));
+    return symbols;
+  }
+
+  std::string bytes_;
+};
+
+// All programs and libraries of this build, by path.
+std::map<std::string, Binary> BuiltBinaries() {
+  std::map<std::string, Binary> binaries;
+  for (const char* folder : {"/bin", "/lib"}) {
+    for (const auto& entry :
+         fs::recursive_directory_iterator(TEST_BINARY_DIR + std::string(folder))) {
+      if (!entry.is_regular_file()) continue;
+      Binary binary(tests::ReadText(entry.path().string()));
+      if (binary.IsElf()) binaries.emplace(entry.path().string(), std::move(binary));
+    }
+  }
+  return binaries;
+}
+
+TEST(Binaries, AreLoadedAnywhereAndStayAsTheyWereLoaded) {
+  const auto binaries = BuiltBinaries();
+  EXPECT_GE(binaries.size(), 4U);
+  for (const auto& [path, binary] : binaries) {
+    SCOPED_TRACE(path);
+    const auto values = binary.Dynamic();
+    EXPECT_EQ(binary.Header().e_type, ET_DYN);
+    EXPECT_TRUE(binary.SegmentFlags(PT_GNU_RELRO).has_value());
+    EXPECT_TRUE(values.contains(DT_FLAGS) && (values.at(DT_FLAGS) & DF_BIND_NOW) != 0);
+    EXPECT_EQ(binary.SegmentFlags(PT_GNU_STACK).value_or(PF_X) & PF_X, 0U);
+    EXPECT_FALSE(values.contains(DT_TEXTREL));
+  }
+}
+
+// An empty or relative part stands for the folder from which a program is called.
+TEST(Binaries, SearchForLibrariesBesideThemselvesOnly) {
+  for (const auto& [path, binary] : BuiltBinaries()) {
+    SCOPED_TRACE(path);
+    const auto values = binary.Dynamic();
+    EXPECT_FALSE(values.contains(DT_RPATH));
+    if (!values.contains(DT_RUNPATH)) continue;
+    std::istringstream parts(binary.DynamicText(values.at(DT_RUNPATH)) + ":");
+    for (std::string part; std::getline(parts, part, ':');)
+      EXPECT_TRUE(part == "$ORIGIN" || part.starts_with("$ORIGIN/")) << '"' << part << '"';
+  }
+}
+
+TEST(Binaries, CarryTheCompilersChecks) {
+  int read = 0;
+  for (const auto& [path, binary] : BuiltBinaries()) {
+    SCOPED_TRACE(path);
+    const std::string name = fs::path(path).filename().string();
+    const bool isEngine = name == "libstagemarks-engine.so";
+    if (!isEngine && name != "Stagemarks.so" && name != "stagemarks" &&
+        name != "stagemarks-desktop")
+      continue;
+    ++read;
+    EXPECT_TRUE(binary.Imports("__stack_chk_fail"));
+#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    if (isEngine) {
+      EXPECT_TRUE(binary.Imports("_chk")) << "no fortified call";
+    }
+#endif
+#ifdef __CET__
+    const auto [functions, marked] = binary.MarkedFunctions();
+    EXPECT_EQ(marked, functions);
+#endif
+  }
+  EXPECT_GE(read, 3);
+}
+
+}  // namespace
