@@ -15,11 +15,11 @@ namespace {
 
 constexpr const char* kRecentFiles = "recentFiles";
 constexpr int kMostRecentFiles = 10;
-constexpr int kLongestTitle = 60;
+constexpr int kLongestFileName = 60;
 constexpr std::size_t kMostToldAtOnce = 5;
 constexpr const char* kOwnSuffix = ".c4d";
 
-std::string PathOf(const host::BaseDocument& doc) {
+std::string PathOfDocument(const host::BaseDocument& doc) {
   return doc.GetDocumentPath().Content()
              ? (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()
              : "";
@@ -29,7 +29,7 @@ bool IsOwnScene(const std::string& path) { return path.ends_with(kOwnSuffix); }
 
 // Beside the file that an imported document came from, else only a name.
 std::string ProposedPath(const host::BaseDocument& doc) {
-  std::string path = PathOf(doc);
+  std::string path = PathOfDocument(doc);
   if (IsOwnScene(path)) return path;
   const QFileInfo from(path.empty() ? DocumentTitle(doc) : ToQt(path));
   return (from.path() + "/" + from.completeBaseName()).toStdString() + kOwnSuffix;
@@ -61,7 +61,7 @@ QString DocumentTitle(const host::BaseDocument& doc) {
 
 QString ShortTitle(const host::BaseDocument& doc) {
   const QString title = DocumentTitle(doc).simplified();
-  return title.size() > kLongestTitle ? title.left(kLongestTitle - 1) + QChar(0x2026) : title;
+  return title.size() > kLongestFileName ? title.left(kLongestFileName - 1) + QChar(0x2026) : title;
 }
 
 DocumentCommands::DocumentCommands(engine::Application& application, DesktopPerson& person,
@@ -135,13 +135,13 @@ void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
   const auto documents = application_.Documents();
   if (documents.size() != 2) return;
   host::BaseDocument* other = documents[0] == opened ? documents[1] : documents[0];
-  if (PathOf(*other).empty() && !other->GetChanged() && !other->GetFirstObject())
+  if (PathOfDocument(*other).empty() && !other->GetChanged() && !other->GetFirstObject())
     host::KillDocument(other);
 }
 
 bool DocumentCommands::Save(host::BaseDocument& doc) {
-  if (!IsOwnScene(PathOf(doc)) || unplaced_.contains(IdentityOf(&doc))) return SaveAs(doc);
-  return Write(doc, PathOf(doc));
+  if (!IsOwnScene(PathOfDocument(doc)) || unplaced_.contains(IdentityOf(&doc))) return SaveAs(doc);
+  return Write(doc, PathOfDocument(doc));
 }
 
 // The file may change also while a question stands there, or while this waits for another program
@@ -169,14 +169,14 @@ bool DocumentCommands::Write(host::BaseDocument& doc, const std::string& path) {
 engine::Status DocumentCommands::WriteOnce(host::BaseDocument& doc, const std::string& path) {
   const engine::Services& services = application_.GetServices();
   const std::size_t mark = services.ledger.Mark();
-  const std::string former = PathOf(doc);
+  const std::string former = PathOfDocument(doc);
   const engine::Status saved = application_.SaveDocumentAs(doc, path);
   if (saved && told) told(outcome::OfSaving(services, mark, former, path));
   return saved;
 }
 
 void DocumentCommands::Reload(host::BaseDocument& doc) {
-  const auto opened = application_.OpenDocument(PathOf(doc));
+  const auto opened = application_.OpenDocument(PathOfDocument(doc));
   if (!opened) return person_.Warn(opened.Message());
   told_.erase(IdentityOf(&doc));
   host::KillDocument(&doc);
@@ -192,7 +192,7 @@ void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
     told_.erase(id);
     return;
   }
-  const engine::FileStamp stamp = application_.GetServices().files.Stamp(PathOf(doc));
+  const engine::FileStamp stamp = application_.GetServices().files.Stamp(PathOfDocument(doc));
   if (const auto before = told_.find(id); before != told_.end() && before->second == stamp) return;
   told_[id] = stamp;
   if (now == engine::FileNow::Gone) {
@@ -206,7 +206,7 @@ void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
   if (answer == ChangedFileAnswer::Reload) Reload(doc);
   if (answer == ChangedFileAnswer::SaveAs) SaveAs(doc);
   if (answer != ChangedFileAnswer::KeepMine ||
-      application_.GetServices().files.Stamp(PathOf(doc)) != stamp)
+      application_.GetServices().files.Stamp(PathOfDocument(doc)) != stamp)
     return;
   application_.AcceptFileOf(doc);
   // What is here is in no file any more.
@@ -220,7 +220,7 @@ bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
                                kOwnScenes);
   if (!path) return false;
   const bool saved = Write(doc, *path);
-  if (saved && PathOf(doc) == *path) {
+  if (saved && PathOfDocument(doc) == *path) {
     unplaced_.erase(IdentityOf(&doc));
     Remember(*path);
   }

@@ -15,11 +15,11 @@ namespace desktop {
 namespace {
 
 constexpr const char* kFolder = ":/icons/";
-constexpr const char* kSuffix = ".svg";
+constexpr const char* kIconSuffix = ".svg";
 constexpr double kFaint = 0.35;
 constexpr QRgb kMissing = 0xffff00ff;
 // As the files have them: the look's own take their place.
-constexpr const char* kLine = "#c8c8c8";
+constexpr const char* kLineColor = "#c8c8c8";
 constexpr const char* kAccent = "#c98a3d";
 
 // One for each theme, so that icons that are in use follow it.
@@ -29,7 +29,7 @@ struct Drawing {
 
   explicit Drawing(const QByteArray& file) : dark(file), light(Colored(file, LightTheme())) {}
   static QByteArray Colored(QByteArray file, const Theme& theme) {
-    file.replace(kLine, QColor(theme.iconLine).name().toLatin1());
+    file.replace(kLineColor, QColor(theme.iconLine).name().toLatin1());
     return file.replace(kAccent, QColor(theme.accent).name().toLatin1());
   }
   QSvgRenderer& Present() { return PresentTheme().isLight ? light : dark; }
@@ -81,7 +81,7 @@ class DrawnIcon : public QIconEngine {
 };
 
 QIcon Load(const QString& name) {
-  QFile file(kFolder + name + kSuffix);
+  QFile file(kFolder + name + kIconSuffix);
   auto drawing =
       std::make_shared<Drawing>(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
   if (!drawing->dark.isValid()) qWarning("There is no icon \"%s\".", qPrintable(name));
@@ -99,7 +99,7 @@ QIcon Icon(const QString& name) {
 QStringList IconNames() {
   QStringList names;
   for (const QString& file :
-       QDir(kFolder).entryList({QString("*") + kSuffix}, QDir::Files, QDir::Name)) {
+       QDir(kFolder).entryList({QString("*") + kIconSuffix}, QDir::Files, QDir::Name)) {
     names.append(file.chopped(4));
   }
   return names;

@@ -17,9 +17,8 @@ namespace {
 constexpr int kLeastLabel = 84;
 constexpr int kMostLabel = 120;
 constexpr int kLabelAir = 4;
-constexpr qsizetype kLongestTitle = 80;
-constexpr std::size_t kElementsAtOnce = 500;
-constexpr std::size_t kMostAtOnce = 5000;
+constexpr qsizetype kLongestHeading = 80;
+constexpr std::size_t kMostElementsHere = 5000;
 
 bool LookAlike(const std::vector<AttributeGroup>& a, const std::vector<AttributeGroup>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
@@ -129,7 +128,7 @@ void AttributesView::Follow(host::BaseDocument* doc, const engine::SharedIds& el
   }
   reading_.emplace(*doc, elements);
   // Of very many nothing is to be had at once, and others want their turn.
-  elements->size() > kMostAtOnce ? slices_.Start() : slices_.StartHere();
+  elements->size() > kMostElementsHere ? slices_.Start() : slices_.StartHere();
   // Until then the fields show other elements.
   if (reading_ && others) ShowWaiting();
 }
@@ -215,8 +214,8 @@ void AttributesView::AddGroup(const AttributeGroup& group, int labelWidth) {
 
 void AttributesView::ShowHeading(const host::BaseDocument* doc, const ElementList& elements) {
   const QString title = doc ? TitleOf(elements) : QString("No document is open");
-  title_->setText(title.left(kLongestTitle));
-  title_->setToolTip(title.size() > kLongestTitle ? title.left(10 * kLongestTitle) : QString());
+  title_->setText(title.left(kLongestHeading));
+  title_->setToolTip(title.size() > kLongestHeading ? title.left(10 * kLongestHeading) : QString());
   kinds_->setText(KindsOf(elements));
   kinds_->setVisible(!elements.empty());
 }

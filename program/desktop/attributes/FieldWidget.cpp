@@ -32,15 +32,14 @@ using host::BaseList2D;
 namespace {
 
 constexpr int kFewestLetters = 8;
-constexpr int kLongestName = 200;
-constexpr const char* kMixed = "\u2014";
+constexpr int kLongestLinkName = 200;
 
 const char* NoneText(engine::FieldKind kind) {
   return kind == engine::FieldKind::Camera ? "Editor camera" : "None";
 }
 
 QString NameOf(const BaseList2D& element) {
-  const QString name = ToQt(element.GetName()).left(kLongestName).simplified();
+  const QString name = ToQt(element.GetName()).left(kLongestLinkName).simplified();
   return name.isEmpty() ? "(no name)" : name;
 }
 

@@ -14,10 +14,19 @@ namespace desktop {
 
 namespace {
 
-constexpr const char* kMixed = "\u2014";
 constexpr const char* kRefusedLook = "border-color: #c7604f";
 constexpr int kFadingWidth = 14;
 constexpr int kMillisecondsTold = 4000;
+constexpr int kDecimals = 4;
+constexpr int kRoundDigits = 12;
+constexpr int kShownDigits = 6;
+constexpr int kFewestDigits = 3;
+constexpr int kFrame = 14;
+constexpr int kMarkWidth = 13;
+constexpr int kManySteps = 10;
+constexpr qint64 kMillisecondsOfOneEdit = 1000;
+constexpr double kHuge = 1e9;
+constexpr double kTiny = 1e-4;
 
 }  // namespace
 
@@ -130,22 +139,6 @@ void ConfirmedLineEdit::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
 }
 
-namespace {
-
-constexpr int kDecimals = 4;
-constexpr int kRoundDigits = 12;
-constexpr int kShownDigits = 6;
-constexpr int kFewestDigits = 3;
-constexpr int kFrame = 14;
-constexpr int kMarkWidth = 13;
-constexpr int kManySteps = 10;
-constexpr int kNotch = 120;
-constexpr qint64 kMillisecondsOfOneEdit = 1000;
-constexpr double kHuge = 1e9;
-constexpr double kTiny = 1e-4;
-
-}  // namespace
-
 QString NumberText(double number) {
   if (!std::isfinite(number)) return "?";
   const double size = std::abs(number);
@@ -252,8 +245,8 @@ void NumberLineEdit::keyPressEvent(QKeyEvent* event) {
 void NumberLineEdit::wheelEvent(QWheelEvent* event) {
   if (!hasFocus()) return event->ignore();
   wheel_ += event->angleDelta().y();
-  const int notches = wheel_ / kNotch;
-  wheel_ -= notches * kNotch;
+  const int notches = wheel_ / QWheelEvent::DefaultDeltasPerStep;
+  wheel_ -= notches * QWheelEvent::DefaultDeltasPerStep;
   if (notches != 0) Step(notches);
   event->accept();
 }

@@ -11,6 +11,9 @@
 
 namespace desktop {
 
+// Stands where several elements have several values.
+inline constexpr const char* kMixed = "\u2014";
+
 // A line of text that a person types and then confirms: Enter or leaving takes it, Escape brings
 // back what was there. Text that is refused stays, marked, until it is put right; on leaving it
 // goes back, and a tip says so.

@@ -6,20 +6,14 @@
 
 namespace desktop {
 
-namespace {
-
-constexpr std::size_t kElementsAtOnce = 500;
-constexpr std::size_t kLargeScene = 20'000;
-constexpr int kPause = 300;
-
-}  // namespace
+namespace {}  // namespace
 
 CurrentStateMark::CurrentStateMark(const StatesDialog& states)
     : states_(states),
       slices_(
           "comparing the scene", [this] { return Advance(); }, [this] { comparison_.reset(); }) {
   pause_.setSingleShot(true);
-  pause_.setInterval(kPause);
+  pause_.setInterval(kMomentAfterChange);
   QObject::connect(&pause_, &QTimer::timeout, &pause_, [this] { slices_.Start(); });
 }
 

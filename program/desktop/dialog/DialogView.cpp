@@ -41,7 +41,7 @@ void AddGadget(std::string& shape, const engine::Gadget& gadget) {
   AddText(shape, gadget.text);
 }
 
-void AddEntry(std::string& shape, const engine::MenuEntry& entry) {
+void AddPluginEntry(std::string& shape, const engine::MenuEntry& entry) {
   Add(shape, {entry.id, entry.separator, static_cast<host::LONG>(entry.children.size())});
   AddText(shape, entry.text);
 }
@@ -68,7 +68,7 @@ std::string ShapeOfMenus(const host::GeDialog& dialog) {
   while (!open.empty()) {
     const engine::MenuEntry* entry = open.back();
     open.pop_back();
-    AddEntry(shape, *entry);
+    AddPluginEntry(shape, *entry);
     for (const engine::MenuEntry& child : entry->children) open.push_back(&child);
   }
   return shape;
@@ -80,14 +80,14 @@ void ShowState(QAction& action, const engine::MenuEntry& entry) {
   action.setChecked(entry.checked);
 }
 
-void AddEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
-                const SharedDialogLink& link);
+void AddPluginEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
+                      const SharedDialogLink& link);
 
-void AddEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLink& link) {
+void AddPluginEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLink& link) {
   if (entry.separator) {
     menu.addSeparator();
   } else if (entry.id == 0) {
-    AddEntries(*menu.addMenu(Label(entry.text)), entry.children, link);
+    AddPluginEntries(*menu.addMenu(Label(entry.text)), entry.children, link);
   } else {
     QAction* action = menu.addAction(Label(entry.text));
     action->setData(entry.id);
@@ -111,9 +111,9 @@ void RefreshStates(const QMenu& menu, const SharedDialogLink& link) {
   }
 }
 
-void AddEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
-                const SharedDialogLink& link) {
-  for (const engine::MenuEntry& entry : entries) AddEntry(menu, entry, link);
+void AddPluginEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
+                      const SharedDialogLink& link) {
+  for (const engine::MenuEntry& entry : entries) AddPluginEntry(menu, entry, link);
   QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, link] { RefreshStates(menu, link); });
 }
 
@@ -126,7 +126,7 @@ void ShowMenus(QMenuBar& bar, const SharedDialogLink& link) {
   bar.clear();
   for (const engine::MenuEntry& entry : engine::DialogMenus(*link->dialog)) {
     QMenu* menu = bar.addMenu(Label(entry.text));
-    AddEntries(*menu, entry.children, link);
+    AddPluginEntries(*menu, entry.children, link);
   }
 }
 

@@ -11,7 +11,7 @@ constexpr host::LONG kAcrossWidth = 56;
 constexpr int kLargestSide = 4096;
 
 // Sizes with bits above the lowest sixteen count characters.
-int Pixels(host::LONG size, int characterSide) {
+int PixelsOf(host::LONG size, int characterSide) {
   const auto units = static_cast<std::int64_t>(size);
   const std::int64_t pixels = units > 0xFFFF ? (units >> 16) * characterSide : units;
   return static_cast<int>(std::clamp<std::int64_t>(pixels, 0, kLargestSide));
@@ -41,7 +41,7 @@ Qt::Alignment AlignmentOf(host::LONG flags) {
 }
 
 QSize AskedSize(const engine::Gadget& gadget, const QFontMetrics& font) {
-  return {Pixels(gadget.width, font.averageCharWidth()), Pixels(gadget.height, font.height())};
+  return {PixelsOf(gadget.width, font.averageCharWidth()), PixelsOf(gadget.height, font.height())};
 }
 
 }  // namespace desktop

@@ -25,8 +25,8 @@ using engine::GadgetKind;
 namespace {
 
 constexpr int kRealDecimals = 3;
-constexpr int kShownDigits = 9;
-constexpr int kFewestDigits = 5;
+constexpr int kGadgetDigits = 9;
+constexpr int kFewestGadgetDigits = 5;
 constexpr int kDigitsOfArrows = 4;
 
 }  // namespace
@@ -47,17 +47,17 @@ void NumberField::Show(const engine::Gadget& gadget) {
 
 QSize NumberField::sizeHint() const {
   const int digit = fontMetrics().horizontalAdvance('0');
-  return {digit * (kShownDigits + kDigitsOfArrows), QDoubleSpinBox::sizeHint().height()};
+  return {digit * (kGadgetDigits + kDigitsOfArrows), QDoubleSpinBox::sizeHint().height()};
 }
 
 QSize NumberField::minimumSizeHint() const {
-  return {fontMetrics().horizontalAdvance('0') * (kFewestDigits + kDigitsOfArrows),
+  return {fontMetrics().horizontalAdvance('0') * (kFewestGadgetDigits + kDigitsOfArrows),
           sizeHint().height()};
 }
 
 namespace {
 
-constexpr QSize kSmallest(64, 48);
+constexpr QSize kSmallestImage(64, 48);
 // Of the frame where there is nothing to show.
 constexpr QSize kUsualShape(4, 3);
 
@@ -78,11 +78,11 @@ PictureButton::PictureButton(engine::FileSystem& files, const engine::Gadget& ga
       asked_(AskedSize(gadget, fontMetrics())),
       border_(gadget.settings.GetBool(host::BITMAPBUTTON_BORDER)) {
   setAccessibleName(ToQt(gadget.text));
-  setMinimumSize(kSmallest);
+  setMinimumSize(kSmallestImage);
   setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
 }
 
-QSize PictureButton::sizeHint() const { return Fitted(asked_).expandedTo(kSmallest); }
+QSize PictureButton::sizeHint() const { return Fitted(asked_).expandedTo(kSmallestImage); }
 
 QSize PictureButton::Fitted(QSize room) const {
   return (picture_.isNull() ? kUsualShape : picture_.size()).scaled(room, Qt::KeepAspectRatio);

@@ -118,7 +118,7 @@ bool ListModel::setData(const QModelIndex& index, const QVariant& value, int rol
 
 namespace {
 
-constexpr QSize kSmallest(160, 96);
+constexpr QSize kSmallestList(160, 96);
 constexpr int kNarrowestColumn = 12;
 constexpr int kMarkerCharacters = 5;
 constexpr int kStarSide = 14;
@@ -173,10 +173,10 @@ ListView::ListView(SharedDialogLink link, const engine::Gadget& list, QWidget* p
   setAllColumnsShowFocus(true);
   setSelectionMode(ExtendedSelection);
   setHorizontalScrollMode(ScrollPerPixel);
-  setMinimumSize(kSmallest);
+  setMinimumSize(kSmallestList);
 }
 
-QSize ListView::sizeHint() const { return asked_.expandedTo(kSmallest); }
+QSize ListView::sizeHint() const { return asked_.expandedTo(kSmallestList); }
 
 void ListView::Show(const engine::Gadget& list) {
   showing_ = true;
@@ -330,7 +330,7 @@ int ListView::ReadableWidth() const {
   for (int column = 0; column < model_->columnCount(); ++column) {
     if (column != widths.filling) width += widths.columns[static_cast<std::size_t>(column)];
   }
-  return std::clamp(width, kSmallest.width(), sizeHint().width());
+  return std::clamp(width, kSmallestList.width(), sizeHint().width());
 }
 
 void ListView::FitColumns() {

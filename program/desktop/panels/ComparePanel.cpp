@@ -321,10 +321,6 @@ namespace {
 
 // Of so many elements the values are read and shown.
 constexpr std::size_t kMostFields = 5000;
-constexpr std::size_t kElementsAtOnce = 500;
-// A scene of more elements is compared when it has not been changed for a moment.
-constexpr std::size_t kLargeScene = 20'000;
-constexpr int kPause = 250;
 
 constexpr const char* kNoDialog =
     "Open Stagemarks in the menu Plug-ins: this panel compares its states with the scene";
@@ -352,7 +348,7 @@ ComparePanel::ComparePanel(const StatesDialog& states, engine::InspectedElements
   setFocusProxy(tree_);
   tree_->chosen = [this](const QModelIndex& row) { Select(row); };
   pause_.setSingleShot(true);
-  pause_.setInterval(kPause);
+  pause_.setInterval(kMomentAfterChange);
   connect(&pause_, &QTimer::timeout, this, [this] { slices_.Start(); });
 }
 

@@ -6,7 +6,7 @@ namespace desktop {
 
 namespace {
 
-constexpr int kMargin = 12;
+constexpr int kTextMargin = 12;
 constexpr int kFlags = Qt::AlignCenter | Qt::TextWordWrap;
 
 int HeightIn(const QFontMetrics& font, int width, const QString& text) {
@@ -28,7 +28,7 @@ int BalancedWidth(const QFontMetrics& font, int width, const QString& text) {
 
 void PaintEmptyText(QAbstractScrollArea& view, const QString& text) {
   QWidget* inside = view.viewport();
-  QRect place = inside->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin);
+  QRect place = inside->rect().adjusted(kTextMargin, kTextMargin, -kTextMargin, -kTextMargin);
   if (place.isEmpty()) return;
   const QPoint middle = place.center();
   place.setWidth(BalancedWidth(view.fontMetrics(), place.width(), text));

@@ -168,14 +168,14 @@ QVariant GalleryModel::data(const QModelIndex& index, int role) const {
 
 namespace {
 
-constexpr int kMargin = 6;
+constexpr int kCellMargin = 6;
 constexpr int kBetween = 8;  // difference and date
 constexpr std::size_t kManyThings = 9999;
 constexpr qsizetype kDay = 10;  // letters of a date
 constexpr double kMarkFont = 0.85;
 constexpr int kMarkEnds = 5;
 constexpr int kProgressHeight = 4;
-constexpr float kPillOpacity = 0.85F;
+constexpr float kBadgeOpacity = 0.85F;
 
 QSize BoxOf(int width) { return {width, width * 5 / 8}; }
 
@@ -185,15 +185,16 @@ class GalleryDelegate : public QStyledItemDelegate {
 
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
     const QSize box = BoxOf(grid_.PictureWidth());
-    return {box.width() + 2 * kMargin,
-            box.height() + 3 * kMargin + 2 * option.fontMetrics.lineSpacing()};
+    return {box.width() + 2 * kCellMargin,
+            box.height() + 3 * kCellMargin + 2 * option.fontMetrics.lineSpacing()};
   }
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
     painter->save();
     PaintGround(*painter, option);
-    const QRect box(option.rect.topLeft() + QPoint(kMargin, kMargin), BoxOf(grid_.PictureWidth()));
+    const QRect box(option.rect.topLeft() + QPoint(kCellMargin, kCellMargin),
+                    BoxOf(grid_.PictureWidth()));
     PaintPicture(*painter, option, box, index);
     PaintText(*painter, option, box, index);
     painter->restore();
@@ -254,13 +255,13 @@ class GalleryDelegate : public QStyledItemDelegate {
     font.setPointSizeF(font.pointSizeF() * kMarkFont);
     const QFontMetrics metrics(font);
     const QString shown =
-        metrics.elidedText(text, Qt::ElideRight, place.width() - 2 * kMargin - 2 * kMarkEnds);
+        metrics.elidedText(text, Qt::ElideRight, place.width() - 2 * kCellMargin - 2 * kMarkEnds);
     QRect pill(0, 0, metrics.horizontalAdvance(shown) + 2 * kMarkEnds, metrics.height());
     pill.moveBottomLeft(place.bottomLeft() + QPoint(kMarkEnds, -kMarkEnds));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     QColor ground(PresentTheme().window);
-    ground.setAlphaF(kPillOpacity);
+    ground.setAlphaF(kBadgeOpacity);
     painter.setBrush(ground);
     painter.drawRoundedRect(pill, pill.height() / 2.0, pill.height() / 2.0);
     painter.setPen(QColor(color));
@@ -271,7 +272,7 @@ class GalleryDelegate : public QStyledItemDelegate {
   static void PaintText(QPainter& painter, const QStyleOptionViewItem& option, const QRect& box,
                         const QModelIndex& index) {
     const int line = option.fontMetrics.lineSpacing();
-    const QRect name(box.left(), box.bottom() + kMargin, box.width(), line);
+    const QRect name(box.left(), box.bottom() + kCellMargin, box.width(), line);
     const bool isChosen = option.state & QStyle::State_Selected;
     painter.setPen(
         option.palette.color(isChosen ? QPalette::HighlightedText : QPalette::WindowText));

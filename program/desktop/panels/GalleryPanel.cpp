@@ -16,7 +16,6 @@ using host::LONG;
 namespace {
 
 // Nothing is counted while a person works on the scene.
-constexpr int kRest = 250;  // milliseconds
 constexpr int kZoomStep = 20;
 constexpr const char* kSize = "gallery/size";
 constexpr std::size_t kCountedAtOnce = 2000;  // elements
@@ -47,7 +46,7 @@ GalleryPanel::GalleryPanel(const engine::Services& services, Settings& settings,
   BuildBar();
   Connect();
   rest_.setSingleShot(true);
-  rest_.setInterval(kRest);
+  rest_.setInterval(kMomentAfterChange);
   connect(&rest_, &QTimer::timeout, this, [this] {
     if (!CanBeSeen()) return;
     pictures_.See(grid_->Visible(), grid_->PictureBox());

@@ -22,7 +22,7 @@ using host::BaseMaterial;
 
 namespace {
 
-constexpr int kLongestName = 200;
+constexpr int kLongestCaption = 200;
 
 }  // namespace
 
@@ -80,7 +80,7 @@ QVariant MaterialModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
       return NameInTip(material->GetName(), "Material");
     case Qt::DisplayRole:
-      return ToQt(material->GetName()).left(kLongestName).replace('\n', ' ');
+      return ToQt(material->GetName()).left(kLongestCaption).replace('\n', ' ');
     case Qt::DecorationRole:
       return thumbnails_->Of(*material, scale_());
     default:
@@ -112,18 +112,19 @@ QMimeData* MaterialModel::mimeData(const QModelIndexList& indexes) const {
 
 namespace {
 
-constexpr int kSide = MaterialThumbnails::kSide;
-constexpr int kMargin = 6;
-constexpr int kCellWidth = kSide + 4 * kMargin;
+constexpr int kThumbnailSide = MaterialThumbnails::kSide;
+constexpr int kThumbnailMargin = 6;
+constexpr int kCellWidth = kThumbnailSide + 4 * kThumbnailMargin;
 constexpr int kSpacing = 2;
 
 QRect BallIn(const QRect& cell) {
-  return {cell.left() + (cell.width() - kSide) / 2, cell.top() + kMargin, kSide, kSide};
+  return {cell.left() + (cell.width() - kThumbnailSide) / 2, cell.top() + kThumbnailMargin,
+          kThumbnailSide, kThumbnailSide};
 }
 
 QRect NameIn(const QRect& cell) {
-  return QRect(cell.left() + 2, cell.top() + kSide + kMargin, cell.width() - 4,
-               cell.height() - kSide - kMargin);
+  return QRect(cell.left() + 2, cell.top() + kThumbnailSide + kThumbnailMargin, cell.width() - 4,
+               cell.height() - kThumbnailSide - kThumbnailMargin);
 }
 
 class MaterialDelegate : public QStyledItemDelegate {
@@ -147,7 +148,7 @@ class MaterialDelegate : public QStyledItemDelegate {
   }
 
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
-    return {kCellWidth, kSide + 2 * kMargin + option.fontMetrics.height()};
+    return {kCellWidth, kThumbnailSide + 2 * kThumbnailMargin + option.fontMetrics.height()};
   }
 
   QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
@@ -252,7 +253,7 @@ void MaterialGrid::startDrag(Qt::DropActions) {
   drag->setMimeData(dragged);
   const auto ball = currentIndex().data(Qt::DecorationRole).value<QPixmap>();
   drag->setPixmap(ball);
-  drag->setHotSpot({kSide / 2, kSide / 2});
+  drag->setHotSpot({kThumbnailSide / 2, kThumbnailSide / 2});
   drag->exec(Qt::CopyAction);
 }
 

@@ -378,9 +378,6 @@ const std::array<engine::Parts, 4>& Sections() {
   return sections;
 }
 
-constexpr std::size_t kLargeScene = 20'000;
-constexpr int kPause = 400;
-
 host::BaseContainer StoredIn(const host::BaseDocument& doc) {
   return doc.GetDataInstance()->GetContainer(engine::kStagemarksId);
 }
@@ -403,7 +400,7 @@ MatrixPanel::MatrixPanel(const StatesDialog& states, engine::InspectedElements& 
   setFocusProxy(table_);
   table_->chosen = [this](const QModelIndex& cell) { Select(cell); };
   pause_.setSingleShot(true);
-  pause_.setInterval(kPause);
+  pause_.setInterval(kMomentAfterChange);
   connect(&pause_, &QTimer::timeout, this, [this] { slices_.Start(); });
 }
 

@@ -78,7 +78,7 @@ int FlatTree::PlaceOf(engine::NodeId id) const {
 
 namespace {
 
-constexpr int kLongestName = 500;
+constexpr int kLongestRow = 500;
 
 // The wanted elements in the order of the tree, each before what is below it: the order in which
 // they are put down again.
@@ -99,7 +99,7 @@ std::vector<engine::NodeId> InOrder(const FlatTree& shape,
 }  // namespace
 
 QString NameInRow(const host::String& name) {
-  return ToQt(name).left(kLongestName).replace('\n', ' ');
+  return ToQt(name).left(kLongestRow).replace('\n', ' ');
 }
 
 QString NameInTip(const host::String& name, const QString& about) {

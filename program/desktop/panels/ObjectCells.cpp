@@ -20,18 +20,18 @@ using host::BaseTag;
 
 namespace {
 
-constexpr int kSide = 16;
+constexpr int kTagSide = 16;
 constexpr int kBallSide = 14;
-constexpr int kPitch = 19;
+constexpr int kTagPitch = 19;
 constexpr int kMoreWidth = 28;
-constexpr int kLongestName = 100;
+constexpr int kLongestTip = 100;
 
 // A linear level as the screen shows it.
 float Shown(double level) { return static_cast<float>(std::pow(qBound(0.0, level, 1.0), 1 / 2.2)); }
 
 QRect PlaceOf(const QRect& cell, int number) {
-  return {cell.left() + 1 + number * kPitch, cell.top() + (cell.height() - kSide) / 2, kSide,
-          kSide};
+  return {cell.left() + 1 + number * kTagPitch, cell.top() + (cell.height() - kTagSide) / 2,
+          kTagSide, kTagSide};
 }
 
 host::BaseMaterial* MaterialOf(BaseTag& tag) {
@@ -57,7 +57,8 @@ QPixmap Shrunk(const QPixmap& picture) {
 void PaintBall(QPainter& painter, const QRect& place, const host::BaseMaterial& material) {
   const host::Vector color = material.GetDataInstance()->GetVector(host::MATERIAL_COLOR);
   const QColor shown = QColor::fromRgbF(Shown(color.x), Shown(color.y), Shown(color.z));
-  QRadialGradient light(place.center() - QPointF(kSide * 0.18, kSide * 0.22), kSide * 0.75);
+  QRadialGradient light(place.center() - QPointF(kTagSide * 0.18, kTagSide * 0.22),
+                        kTagSide * 0.75);
   light.setColorAt(0, shown.lighter(135));
   light.setColorAt(0.5, shown);
   light.setColorAt(1, shown.darker(220));
@@ -70,8 +71,9 @@ void PaintMaterial(QPainter& painter, const QRect& place, host::BaseMaterial& ma
                    const MaterialBall& ball) {
   const QPixmap picture = ball(material);
   if (picture.isNull()) return PaintBall(painter, place, material);
-  painter.drawPixmap(place.topLeft() + QPoint((kSide - kBallSide) / 2, (kSide - kBallSide) / 2),
-                     Shrunk(picture));
+  painter.drawPixmap(
+      place.topLeft() + QPoint((kTagSide - kBallSide) / 2, (kTagSide - kBallSide) / 2),
+      Shrunk(picture));
 }
 
 void PaintTag(QPainter& painter, const QRect& place, BaseTag& tag, const QPalette& palette,
@@ -92,8 +94,8 @@ TagsShown TagsFitting(const BaseObject& object, int width) {
   TagsShown shown;
   int count = 0;
   for (const BaseTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext()) ++count;
-  const bool allFit = count * kPitch <= width;
-  const int fitting = allFit ? count : std::max(0, (width - kMoreWidth) / kPitch);
+  const bool allFit = count * kTagPitch <= width;
+  const int fitting = allFit ? count : std::max(0, (width - kMoreWidth) / kTagPitch);
   shown.tags = TagsFrom(object, 0, static_cast<std::size_t>(fitting));
   shown.more = count - fitting;
   return shown;
@@ -120,8 +122,8 @@ void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object,
   for (BaseTag* tag : shown.tags) PaintTag(painter, PlaceOf(cell, number++), *tag, palette, ball);
   if (shown.more > 0) {
     painter.setPen(palette.color(QPalette::PlaceholderText));
-    const QRect rest(cell.left() + 1 + number * kPitch, cell.top(),
-                     cell.width() - 1 - number * kPitch, cell.height());
+    const QRect rest(cell.left() + 1 + number * kTagPitch, cell.top(),
+                     cell.width() - 1 - number * kTagPitch, cell.height());
     painter.drawText(rest, Qt::AlignVCenter | Qt::AlignLeft, "+" + QString::number(shown.more));
   }
   painter.restore();
@@ -129,7 +131,7 @@ void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object,
 
 TagHit TagAt(const QRect& cell, const QPoint& place, const BaseObject& object) {
   const TagsShown shown = TagsFitting(object, cell.width());
-  const int number = place.x() < cell.left() ? -1 : (place.x() - cell.left()) / kPitch;
+  const int number = place.x() < cell.left() ? -1 : (place.x() - cell.left()) / kTagPitch;
   if (number < 0) return {};
   if (number < static_cast<int>(shown.tags.size()))
     return {shown.tags[static_cast<std::size_t>(number)], false};
@@ -153,22 +155,22 @@ QString TagIcon(host::LONG type) {
 
 QString TagText(const BaseTag& tag) {
   const QString type = ToQt(engine::TypeName(tag.GetType()));
-  QString text = ToQt(tag.GetName()).left(kLongestName);
+  QString text = ToQt(tag.GetName()).left(kLongestTip);
   text = text.isEmpty() || text == type ? type : text + " (" + type + ")";
   const host::BaseMaterial* material = MaterialOf(const_cast<BaseTag&>(tag));
-  return material ? text + ": " + ToQt(material->GetName()).left(kLongestName) : text;
+  return material ? text + ": " + ToQt(material->GetName()).left(kLongestTip) : text;
 }
 
 namespace {
 
 constexpr double kDotRadius = 4.2;
-constexpr int kSwatchSide = 10;
-constexpr int kIconSide = 14;
+constexpr int kCellSwatchSide = 10;
+constexpr int kCellIconSide = 14;
 constexpr QRgb kOn = 0xff8fb26b;
 constexpr QRgb kOff = 0xffc7604f;
 constexpr QRgb kUndefined = 0xff7a7a7a;
 
-QRectF Centered(const QRect& cell, double side) {
+QRectF CenteredIn(const QRect& cell, double side) {
   const QPointF middle = QRectF(cell).center();
   return {middle.x() - side / 2, middle.y() - side / 2, side, side};
 }
@@ -225,7 +227,7 @@ class GeneratorCell : public Cell {
     const QVariant mode = index.data(ObjectModel::kMode);
     if (!mode.isValid()) return;
     Icon(mode.toInt() ? "generator-on" : "generator-off")
-        .paint(&painter, Centered(option.rect, kIconSide).toRect());
+        .paint(&painter, CenteredIn(option.rect, kCellIconSide).toRect());
   }
 };
 
@@ -239,7 +241,7 @@ class LayerCell : public Cell {
     const QVariant color = index.data(Qt::BackgroundRole);
     painter.setPen(color.isValid() ? Qt::NoPen : QPen(QColor(PresentTheme().idleBox)));
     painter.setBrush(color.isValid() ? QBrush(color.value<QColor>()) : QBrush(Qt::NoBrush));
-    painter.drawRoundedRect(Centered(option.rect, kSwatchSide), 2.5, 2.5);
+    painter.drawRoundedRect(CenteredIn(option.rect, kCellSwatchSide), 2.5, 2.5);
   }
 };
 

@@ -19,14 +19,14 @@ using host::LONG;
 
 namespace {
 
-constexpr int kLongestName = 500;
+constexpr int kLongestLayerName = 500;
 
-struct Heading {
+struct ColumnHeading {
   const char* icon;
   const char* help;
 };
 
-constexpr Heading kHeadings[ObjectModel::kColumnCount] = {
+constexpr ColumnHeading kHeadings[ObjectModel::kColumnCount] = {
     {"", ""},
     {"layer", "Layer: click to put the object on another one"},
     {"eye",
@@ -49,7 +49,7 @@ bool IsHidden(const BaseObject& object, engine::Switch which) {
   return decides && engine::SwitchOf(*decides, which) == host::MODE_OFF;
 }
 
-QString Explanation(const BaseObject& object, engine::Switch which) {
+QString SwitchExplanation(const BaseObject& object, engine::Switch which) {
   if (which == engine::Switch::kGenerator)
     return object.GetDeformMode() ? "Generator: on" : "Generator: off";
   const QString where = which == engine::Switch::kEditor ? "Editor" : "Render";
@@ -68,14 +68,16 @@ QVariant SwitchData(const BaseObject& object, engine::Switch which, int role) {
   if (role == ObjectModel::kMode) return engine::SwitchOf(object, which);
   if (role == ObjectModel::kHidden)
     return which != engine::Switch::kGenerator && IsHidden(object, which);
-  if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) return Explanation(object, which);
+  if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole)
+    return SwitchExplanation(object, which);
   return {};
 }
 
 QVariant LayerData(const BaseObject& object, int role) {
   const host::LayerObject* layer = object.GetLayerObject(object.GetDocument());
   if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole)
-    return layer ? "Layer: " + ToQt(layer->GetName()).left(kLongestName) : QString("On no layer");
+    return layer ? "Layer: " + ToQt(layer->GetName()).left(kLongestLayerName)
+                 : QString("On no layer");
   if (role != Qt::BackgroundRole || !layer) return {};
   return colors::Shown(engine::OwnLayerData(*layer).color);
 }

@@ -33,7 +33,7 @@ using host::BaseObject;
 
 namespace {
 
-constexpr int kSwitchColumn = 21;
+constexpr int kObjectSwitchWidth = 21;
 constexpr int kTagsColumn = 68;
 constexpr int kIndentation = 14;
 // Rows are unfolded by themselves down to here: the toolkit goes through them by recursion.
@@ -63,12 +63,12 @@ ObjectTree::ObjectTree(QWidget* parent)
   EnableRowDragging(*this);
   setAccessibleName("Objects");
   header()->setStretchLastSection(false);
-  header()->setMinimumSectionSize(kSwitchColumn);
+  header()->setMinimumSectionSize(kObjectSwitchWidth);
   header()->setSectionsMovable(false);
   header()->setSectionResizeMode(QHeaderView::Fixed);
   header()->setSectionResizeMode(ObjectModel::kName, QHeaderView::Stretch);
   for (int column = ObjectModel::kLayer; column <= ObjectModel::kGenerator; ++column)
-    setColumnWidth(column, kSwitchColumn);
+    setColumnWidth(column, kObjectSwitchWidth);
   setColumnWidth(ObjectModel::kTags, kTagsColumn);
   InstallObjectCells(*this, [this](host::BaseMaterial& material) {
     return thumbnails_ ? thumbnails_->Of(material, devicePixelRatioF()) : QPixmap();
@@ -302,7 +302,7 @@ namespace {
 // The mouse in the cells: switches and sweeps over them, tags, layers.
 
 constexpr std::size_t kMostMenuEntries = 60;
-constexpr int kSwatchSide = 12;
+constexpr int kEntrySwatchSide = 12;
 
 host::LONG NextValue(engine::Switch which, int value) {
   if (which == engine::Switch::kGenerator) return value ? 0 : 1;
@@ -316,14 +316,14 @@ host::LONG NextValue(engine::Switch which, int value) {
   }
 }
 
-constexpr int kLongestName = 60;
+constexpr int kLongestEntry = 60;
 
 QString MenuText(const host::String& name) {
-  return ToQt(name).left(kLongestName).replace('&', "&&");
+  return ToQt(name).left(kLongestEntry).replace('&', "&&");
 }
 
 QIcon Swatch(const host::Vector& color) {
-  QPixmap picture(kSwatchSide, kSwatchSide);
+  QPixmap picture(kEntrySwatchSide, kEntrySwatchSide);
   picture.fill(colors::Shown(color));
   return picture;
 }

@@ -11,7 +11,7 @@ namespace desktop {
 namespace {
 
 constexpr std::size_t kMostNamed = 8;
-constexpr int kLongestTitle = 60;
+constexpr int kLongestLine = 60;
 constexpr int kWidthOfText = 440;
 
 enum class Answer { Recover, Discard, Later };
@@ -24,7 +24,7 @@ QString Listed(const std::vector<LostDocument>& documents) {
       break;
     }
     QString title = document.title;
-    if (title.size() > kLongestTitle) title = title.left(kLongestTitle - 1) + QChar(0x2026);
+    if (title.size() > kLongestLine) title = title.left(kLongestLine - 1) + QChar(0x2026);
     lines.append(QString::fromUtf8("\xe2\x80\xa2 %1, kept %2")
                      .arg(title, QLocale().toString(document.kept, "d MMM yyyy, HH:mm")));
   }

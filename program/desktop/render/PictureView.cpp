@@ -14,7 +14,6 @@ namespace {
 constexpr double kSmallestZoom = 0.02;
 constexpr double kLargestZoom = 32;
 constexpr double kZoomPerNotch = 1.25;
-constexpr int kNotch = 120;
 constexpr QRgb kGround = 0xff1c1c1c;
 
 }  // namespace
@@ -102,7 +101,8 @@ void PictureView::resizeEvent(QResizeEvent*) {
 }
 
 void PictureView::wheelEvent(QWheelEvent* event) {
-  ZoomAt(Zoom() * std::pow(kZoomPerNotch, static_cast<double>(event->angleDelta().y()) / kNotch),
+  ZoomAt(Zoom() * std::pow(kZoomPerNotch,
+                           event->angleDelta().y() / double{QWheelEvent::DefaultDeltasPerStep}),
          event->position());
 }
 

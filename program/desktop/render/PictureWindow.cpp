@@ -17,7 +17,7 @@ namespace desktop {
 
 namespace {
 
-constexpr int kMargin = 8;
+constexpr int kPictureMargin = 8;
 constexpr int kMostNotes = 6;
 
 }  // namespace
@@ -39,7 +39,8 @@ PictureWindow::PictureWindow(QWidget* window, const engine::Services& services, 
   column->setSpacing(0);
   column->addWidget(MakeButtons());
   column->addWidget(view_, 1);
-  notes_->setContentsMargins(kMargin, kMargin / 2, kMargin, kMargin / 2);
+  notes_->setContentsMargins(kPictureMargin, kPictureMargin / 2, kPictureMargin,
+                             kPictureMargin / 2);
   notes_->setWordWrap(true);
   notes_->setTextFormat(Qt::PlainText);
   notes_->hide();
@@ -56,7 +57,7 @@ PictureWindow::PictureWindow(QWidget* window, const engine::Services& services, 
 QWidget* PictureWindow::MakeButtons() {
   auto* row = new QWidget(this);
   buttons_ = new QHBoxLayout(row);
-  buttons_->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  buttons_->setContentsMargins(kPictureMargin, kPictureMargin, kPictureMargin, kPictureMargin);
   fit_ = new QPushButton("Fit", row);
   fit_->setToolTip("Show the whole picture (0)");
   connect(fit_, &QPushButton::clicked, this, [this] { view_->Fit(); });
@@ -75,7 +76,8 @@ QWidget* PictureWindow::MakeButtons() {
 QWidget* PictureWindow::MakeBottom() {
   auto* row = new QWidget(this);
   auto* layout = new QHBoxLayout(row);
-  layout->setContentsMargins(kMargin, kMargin / 2, kMargin, kMargin / 2);
+  layout->setContentsMargins(kPictureMargin, kPictureMargin / 2, kPictureMargin,
+                             kPictureMargin / 2);
   progress_->setRange(0, 1000);
   progress_->setTextVisible(false);
   progress_->setFixedWidth(180);

@@ -16,12 +16,12 @@ namespace {
 namespace fs = std::filesystem;
 using engine::Status;
 
-constexpr const char* kSuffix = ".png";
+constexpr const char* kPictureSuffix = ".png";
 constexpr const char* kName = "Stagemark";
 constexpr const char* kRecorded = "Recorded";
 constexpr const char* kScene = "Scene";
 constexpr std::uint64_t kLargestFile = 16u << 20;
-constexpr int kLargestSide = 4096;  // pixels
+constexpr int kLargestPictureSide = 4096;  // pixels
 constexpr std::size_t kMostScenes = 60;
 constexpr int kQuick = 80;  // of the writer: little time rather than the last byte
 
@@ -30,8 +30,8 @@ bool IsLink(const std::string& path) {
   return fs::is_symlink(path, error);
 }
 
-std::string PathOf(const std::string& folder, host::LONG id) {
-  return folder + "/" + std::to_string(id) + kSuffix;
+std::string PathOfPicture(const std::string& folder, host::LONG id) {
+  return folder + "/" + std::to_string(id) + kPictureSuffix;
 }
 
 Status LinkInTheWay(const std::string& path) {
@@ -54,7 +54,8 @@ std::optional<KeptPicture> Decoded(const std::string& bytes) {
   QBuffer buffer(&data);
   QImageReader reader(&buffer, "png");
   const QSize size = reader.size();
-  if (!size.isValid() || std::max(size.width(), size.height()) > kLargestSide) return std::nullopt;
+  if (!size.isValid() || std::max(size.width(), size.height()) > kLargestPictureSide)
+    return std::nullopt;
   KeptPicture picture;
   picture.name = reader.text(kName).toStdString();
   picture.recorded = reader.text(kRecorded).toStdString();
@@ -83,7 +84,7 @@ std::string StatePictureFiles::FolderOf(const host::BaseDocument& doc) const {
 }
 
 std::optional<KeptPicture> StatePictureFiles::Read(const std::string& folder, host::LONG id) const {
-  const std::string path = PathOf(folder, id);
+  const std::string path = PathOfPicture(folder, id);
   if (folder.empty() || services_.files.Kind(path) != engine::FileKind::File) return std::nullopt;
   const auto bytes = services_.files.ReadFile(path, kLargestFile);
   return bytes ? Decoded(bytes.Value()) : std::nullopt;
@@ -103,13 +104,13 @@ Status StatePictureFiles::Keep(const std::string& folder, host::LONG id,
                                const KeptPicture& picture) const {
   Status status = Prepare(folder);
   if (!status) return status;
-  const std::string path = PathOf(folder, id);
+  const std::string path = PathOfPicture(folder, id);
   if (IsLink(path)) status = services_.files.RemoveFile(path);
   return status ? services_.files.ReplaceFile(path, Encoded(picture)) : status;
 }
 
 void StatePictureFiles::Remove(const std::string& folder, host::LONG id) const {
-  const std::string path = PathOf(folder, id);
+  const std::string path = PathOfPicture(folder, id);
   if (folder.empty() || IsLink(folder)) return;
   if (services_.files.Kind(path) == engine::FileKind::File) (void)services_.files.RemoveFile(path);
 }

@@ -15,11 +15,11 @@ namespace desktop {
 
 namespace {
 
-constexpr int kMargin = 8;
+constexpr int kWipeMargin = 8;
 constexpr double kStep = 0.02;
 constexpr double kLargeStep = 0.1;
 constexpr int kRest = 300;  // milliseconds until a new size is rendered
-constexpr QSize kFirstSize(960, 620);
+constexpr QSize kFirstWipeSize(960, 620);
 constexpr QSize kLeastSize(240, 180);
 constexpr float kPillOpacity = 0.85F;
 constexpr const char* kHint =
@@ -87,10 +87,11 @@ void WipeView::paintEvent(QPaintEvent*) {
 void WipeView::PaintName(QPainter& painter, const QRect& place, std::size_t side) const {
   const QString name = (side == 0 ? "A  " : "B  ") + ToQt(sides_[side].name).simplified();
   const QString text =
-      fontMetrics().elidedText(name, Qt::ElideRight, place.width() / 2 - 4 * kMargin);
-  QRect pill(0, place.top() + kMargin, fontMetrics().horizontalAdvance(text) + 2 * kMargin,
-             fontMetrics().height() + kMargin);
-  side == 0 ? pill.moveLeft(place.left() + kMargin) : pill.moveRight(place.right() - kMargin);
+      fontMetrics().elidedText(name, Qt::ElideRight, place.width() / 2 - 4 * kWipeMargin);
+  QRect pill(0, place.top() + kWipeMargin, fontMetrics().horizontalAdvance(text) + 2 * kWipeMargin,
+             fontMetrics().height() + kWipeMargin);
+  side == 0 ? pill.moveLeft(place.left() + kWipeMargin)
+            : pill.moveRight(place.right() - kWipeMargin);
   QColor ground(PresentTheme().window);
   ground.setAlphaF(kPillOpacity);
   painter.setRenderHint(QPainter::Antialiasing);
@@ -142,7 +143,7 @@ WipeWindow::WipeWindow(QWidget* window, const host::BaseDocument& doc, WipeSide 
   layout->setSpacing(0);
   layout->addWidget(view_, 1);
   layout->addWidget(text_);
-  text_->setContentsMargins(kMargin, kMargin / 2, kMargin, kMargin / 2);
+  text_->setContentsMargins(kWipeMargin, kWipeMargin / 2, kWipeMargin, kWipeMargin / 2);
   text_->setText(kHint);
   text_->setWordWrap(true);
   setFocusProxy(view_);
@@ -150,7 +151,7 @@ WipeWindow::WipeWindow(QWidget* window, const host::BaseDocument& doc, WipeSide 
   rest_.setSingleShot(true);
   rest_.setInterval(kRest);
   connect(&rest_, &QTimer::timeout, this, [this] { Render(); });
-  resize(FittingSize(*this, kFirstSize));
+  resize(FittingSize(*this, kFirstWipeSize));
 }
 
 void WipeWindow::Render() {

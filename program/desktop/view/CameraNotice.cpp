@@ -9,10 +9,10 @@ namespace desktop {
 
 namespace {
 
-constexpr int kMargin = 10;
+constexpr int kNoticeMargin = 10;
 constexpr int kShortestName = 80;
-constexpr int kGround = 170;
-constexpr double kRound = 4;
+constexpr int kNoticeOpacity = 170;
+constexpr double kNoticeRadius = 4;
 
 // On a picture, whose colors are none of the program's.
 const char* const kLook =
@@ -36,11 +36,11 @@ CameraNotice::CameraNotice(QWidget* parent)
       newCamera_(AddButton()) {
   setStyleSheet(kLook);
   auto* lines = new QVBoxLayout(this);
-  lines->setContentsMargins(kMargin, kMargin / 2, kMargin, kMargin / 2);
-  lines->setSpacing(kMargin / 2);
+  lines->setContentsMargins(kNoticeMargin, kNoticeMargin / 2, kNoticeMargin, kNoticeMargin / 2);
+  lines->setSpacing(kNoticeMargin / 2);
   const auto addLine = [&](std::initializer_list<QWidget*> widgets) {
     auto* line = new QHBoxLayout;
-    line->setSpacing(kMargin);
+    line->setSpacing(kNoticeMargin);
     for (QWidget* widget : widgets) line->addWidget(widget);
     line->addStretch();
     lines->addLayout(line);
@@ -88,7 +88,7 @@ void CameraNotice::Arrange() {
   makeSceneCamera_->setVisible(differs && state_.throughCamera);
   newCamera_->setVisible(differs && !state_.throughCamera);
   const auto fit = [this](QLabel& label, const QString& text, const QWidget& beside) {
-    const int taken = 5 * kMargin + (beside.isHidden() ? 0 : beside.sizeHint().width());
+    const int taken = 5 * kNoticeMargin + (beside.isHidden() ? 0 : beside.sizeHint().width());
     label.setText(fontMetrics().elidedText(text, Qt::ElideRight,
                                            std::max(kShortestName, room_.width() - taken)));
   };
@@ -97,15 +97,15 @@ void CameraNotice::Arrange() {
       state_.throughCamera ? *makeSceneCamera_ : *newCamera_);
   setToolTip(differs ? "Recordings hold the scene camera, not what is seen here." : QString());
   layout()->activate();
-  setGeometry(QRect({kMargin, kMargin}, sizeHint()));
+  setGeometry(QRect({kNoticeMargin, kNoticeMargin}, sizeHint()));
 }
 
 void CameraNotice::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(QColor(24, 24, 24, kGround));
-  painter.drawRoundedRect(rect(), kRound, kRound);
+  painter.setBrush(QColor(24, 24, 24, kNoticeOpacity));
+  painter.drawRoundedRect(rect(), kNoticeRadius, kNoticeRadius);
 }
 
 }  // namespace desktop

@@ -5,7 +5,7 @@ namespace desktop {
 namespace {
 
 constexpr std::size_t kObjectsAtOnce = 500;
-constexpr std::size_t kMostAtOnce = 5000;
+constexpr std::size_t kMostNodesHere = 5000;
 
 }  // namespace
 
@@ -40,7 +40,7 @@ void SceneFeed::Start(const host::BaseDocument& doc) {
   count_ = engine::ChangeCount(doc);
   scan_.emplace(doc, files_, how_, caches_);
   // Of a large scene nothing is to be had at once, and others want their turn.
-  engine::NodeCount(doc) > kMostAtOnce ? slices_.Start() : slices_.StartHere();
+  engine::NodeCount(doc) > kMostNodesHere ? slices_.Start() : slices_.StartHere();
 }
 
 void SceneFeed::GiveUp() {

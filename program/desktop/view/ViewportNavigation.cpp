@@ -18,8 +18,7 @@ namespace {
 constexpr double kRadiansPerPixel = 0.007;
 constexpr double kRadiansPerKey = 0.0873;
 constexpr double kSlidePerKey = 0.05;
-constexpr double kZoomPerNotch = 0.88;
-constexpr int kNotch = 120;
+constexpr double kDistancePerNotch = 0.88;
 // Pixels that are looked at along each side when the middle of the selection is sought.
 constexpr std::uint32_t kProbes = 160;
 
@@ -96,7 +95,8 @@ void Viewport::Pick(QPointF place, Qt::KeyboardModifiers keys) {
 void Viewport::wheelEvent(QWheelEvent* event) {
   if (!Shown()) return;
   ZoomAt(event->position(),
-         std::pow(kZoomPerNotch, static_cast<double>(event->angleDelta().y()) / kNotch));
+         std::pow(kDistancePerNotch,
+                  event->angleDelta().y() / double{QWheelEvent::DefaultDeltasPerStep}));
 }
 
 void Viewport::ZoomAt(QPointF place, double factor) {
@@ -136,9 +136,9 @@ void Viewport::keyPressEvent(QKeyEvent* event) {
       return go(0, 1);
     case Qt::Key_Plus:
     case Qt::Key_Equal:
-      return ZoomAt(rect().center(), kZoomPerNotch);
+      return ZoomAt(rect().center(), kDistancePerNotch);
     case Qt::Key_Minus:
-      return ZoomAt(rect().center(), 1 / kZoomPerNotch);
+      return ZoomAt(rect().center(), 1 / kDistancePerNotch);
     default:
       return QWidget::keyPressEvent(event);
   }
