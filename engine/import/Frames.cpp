@@ -8,7 +8,7 @@
 namespace engine {
 namespace {
 
-constexpr std::size_t kHeadBytes = 5;
+constexpr std::size_t kFrameHeadBytes = 5;
 constexpr std::string_view kKinds = "PNSFDTB";
 
 std::string Head(FrameKind kind, std::size_t length) {
@@ -58,12 +58,12 @@ bool FrameWriter::Write(FrameKind kind, std::string_view bytes) {
 
 std::optional<Frame> FrameParser::Next() {
   const std::string_view rest = std::string_view(pending_).substr(position_);
-  if (damaged_ || rest.size() < kHeadBytes) return std::nullopt;
+  if (damaged_ || rest.size() < kFrameHeadBytes) return std::nullopt;
   const std::size_t length = LengthAt(rest);
   damaged_ = length > kFrameLimit || kKinds.find(rest[0]) == std::string_view::npos;
-  if (damaged_ || rest.size() - kHeadBytes < length) return std::nullopt;
-  Frame frame{static_cast<FrameKind>(rest[0]), std::string(rest.substr(kHeadBytes, length))};
-  position_ += kHeadBytes + length;
+  if (damaged_ || rest.size() - kFrameHeadBytes < length) return std::nullopt;
+  Frame frame{static_cast<FrameKind>(rest[0]), std::string(rest.substr(kFrameHeadBytes, length))};
+  position_ += kFrameHeadBytes + length;
   if (position_ > kFrameLimit || position_ == pending_.size()) {
     pending_.erase(0, position_);
     position_ = 0;

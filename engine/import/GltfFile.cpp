@@ -11,7 +11,7 @@
 namespace engine {
 namespace {
 
-constexpr std::size_t kHeadBytes = 12;
+constexpr std::size_t kGlbHeadBytes = 12;
 constexpr std::size_t kChunkHeadBytes = 8;
 constexpr std::uint32_t kJsonChunk = 0x4E4F534A;
 constexpr std::uint32_t kBinaryChunk = 0x004E4942;
@@ -102,14 +102,14 @@ GltfFile::GltfFile(const std::string& path, bool isBinary, Notes& notes)
 }
 
 void GltfFile::ReadBinary(Notes& notes) {
-  if (bytes_.size() < kHeadBytes + kChunkHeadBytes) throw UnreadableFile("it is cut off.");
+  if (bytes_.size() < kGlbHeadBytes + kChunkHeadBytes) throw UnreadableFile("it is cut off.");
   const std::uint32_t version = NumberOf4(bytes_, 4);
   isVersion1_ = version == 1;
   if (isVersion1_) return;
   if (version != 2)
     throw UnreadableFile("it is of version " + std::to_string(version) + " of glTF.");
   bool hasText = false;
-  for (std::size_t at = kHeadBytes; at + kChunkHeadBytes <= bytes_.size();) {
+  for (std::size_t at = kGlbHeadBytes; at + kChunkHeadBytes <= bytes_.size();) {
     const std::size_t length = NumberOf4(bytes_, at);
     const std::uint32_t kind = NumberOf4(bytes_, at + 4);
     at += kChunkHeadBytes;

@@ -10,7 +10,7 @@ namespace engine {
 namespace {
 
 constexpr double kUnitsPerMetre = 100;
-constexpr std::size_t kNodesPerProgress = 64;
+constexpr std::size_t kNodesPerStep = 64;
 
 aiMatrix4x4 LibraryFrame(const host::Matrix& m) {
   const auto f = [](double number) { return static_cast<float>(number); };
@@ -60,8 +60,7 @@ class TreeReader {
     const double total = static_cast<double>(std::max<std::size_t>(isPlaced_.size(), 1));
     AddChildren(*result_.scene->mRootNode, Roots(file_));
     for (std::size_t done = 0; !pending_.empty(); ++done) {
-      if (done % kNodesPerProgress == 0 && !progress(static_cast<double>(done) / total))
-        return false;
+      if (done % kNodesPerStep == 0 && !progress(static_cast<double>(done) / total)) return false;
       const auto [index, node] = pending_.back();
       pending_.pop_back();
       Fill(index, *node);

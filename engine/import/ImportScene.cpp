@@ -19,7 +19,6 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kMostNotes = 1000;
-constexpr int kCannotRun = 127;
 
 // Received: collects what the child sends. It is not trusted: sizes and numbers are bounded, texts
 // are cleaned.

@@ -68,10 +68,6 @@ std::string TextureOf(const aiMaterial& material, aiTextureType type) {
                                                                             : std::string();
 }
 
-host::String TextOf(const aiString& text) {
-  return host::String(std::string_view(Utf8Of({text.data, text.length})));
-}
-
 // Phong's exponent as a roughness (Blinn's relation: exponent = 2 / roughness^2 - 2, roughness
 // squared once).
 double RoughnessOf(double exponent) { return std::sqrt(2 / (std::max(exponent, 0.0) + 2)); }

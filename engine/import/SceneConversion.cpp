@@ -21,10 +21,6 @@ using host::BaseObject;
 constexpr std::size_t kNodesPerProgress = 256;
 constexpr const char* kRenderSettings = "My Render Setting";
 
-host::String TextOf(const aiString& text) {
-  return host::String(std::string_view(Utf8Of({text.data, text.length})));
-}
-
 const NodeFacts& FactsOf(const SceneFacts& facts, const aiNode& node) {
   static const NodeFacts plain;
   const auto found = facts.nodes.find(&node);

@@ -26,7 +26,7 @@ constexpr std::array<Suffix, 5> kSuffixes = {{{"gltf", SourceFormat::Gltf},
                                               {"obj", SourceFormat::Obj},
                                               {"fbx", SourceFormat::Fbx},
                                               {"dae", SourceFormat::Collada}}};
-constexpr std::size_t kHeadBytes = 4096;
+constexpr std::size_t kBytesLookedAt = 4096;
 
 std::string_view SkipBlanks(std::string_view text) {
   if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
@@ -89,7 +89,7 @@ Status CheckKind(const std::string& path, const struct stat& about, std::uint64_
 }
 
 Status CheckHead(const std::string& path, int descriptor) {
-  std::array<char, kHeadBytes> head;
+  std::array<char, kBytesLookedAt> head;
   const ssize_t count = ::pread(descriptor, head.data(), head.size(), 0);
   if (count < 0) return Refusal(path, std::string("cannot be read: ") + std::strerror(errno) + ".");
   const std::string_view bytes(head.data(), static_cast<std::size_t>(count));

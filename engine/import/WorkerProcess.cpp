@@ -25,7 +25,6 @@ constexpr int kOutput = 3;  // the child's descriptor for its result
 // The parent's copies lie above all that the child wants to fill
 constexpr int kFirstFree = 10;
 constexpr int kLooksPerSecond = 20;  // how often the receiver hears of a silent child
-constexpr int kCannotRun = 127;
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool kSearchesLeaks = true;

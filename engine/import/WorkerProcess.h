@@ -15,6 +15,9 @@
 
 namespace engine {
 
+// Exit status of a child whose program could not be run, as shells have it.
+inline constexpr int kCannotRun = 127;
+
 // How a run ended.
 enum class WorkerEnd {
   Exited,     // by itself; the number is its exit status
@@ -38,8 +41,8 @@ class WorkerProcess {
   WorkerProcess& operator=(const WorkerProcess&) = delete;
   ~WorkerProcess();
 
-  // Starts `program kImportWorkerVerb path <descriptor>`; both are full paths. Exit status 127
-  // later means that it could not be run.
+  // Starts `program kImportWorkerVerb path <descriptor>`; both are full paths. Exit status
+  // kCannotRun later means that it could not be run.
   Status Start(const std::string& program, const std::string& path, const ImportLimits& limits);
   // Blocks until the run is over; `receive` is called at least every twentieth of a second.
   WorkerOutcome Run(const Receiver& receive);
