@@ -37,6 +37,7 @@ struct SurfaceLook {
   bool CanBeSeenThrough() const {
     return alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture);
   }
+  bool operator==(const SurfaceLook&) const = default;
 };
 
 // A light's place and direction in the world. The color has the brightness multiplied in.
@@ -49,6 +50,7 @@ struct LightSource {
   Vec position;
   Vec direction{0, 0, 1};  // in which it shines, unit
   bool castsShadows = true;
+  bool shown = true;  // as of an instance
   float innerCosine = 1;
   float outerCosine = 1;
   float range = 0;  // 0: no end
@@ -68,6 +70,7 @@ struct Instance {
   std::array<float, 2> uvOffset{0, 0};
   std::array<float, 2> uvTiles{1, 1};
   bool isGenerated = false;  // a primitive
+  bool shown = true;         // false: hidden, and there because SceneReading::hiddenToo asks for it
 };
 
 // A texture that a look wants: the files it may be in, in the order of trying.
@@ -98,6 +101,8 @@ struct SceneReading {
   // Follow the editor modes and the layers' view flags instead of the render modes and flags: for a
   // viewport.
   bool editorView = false;
+  // Take in what is hidden, too, marked as not shown; such a picture is not for rendering.
+  bool hiddenToo = false;
 };
 
 // Reads what can be seen and prepares it. Without a scene camera the camera is left at its

@@ -171,6 +171,7 @@ class SceneScan::Reader {
          RenderCaches& caches)
       : doc_(doc),
         editorView_(how.editorView),
+        hiddenToo_(how.hiddenToo),
         caches_(caches),
         layers_(doc, how.editorView),
         looks_(doc, files, caches, picture_),
@@ -210,7 +211,8 @@ class SceneScan::Reader {
     if (mode != host::MODE_UNDEF) here.shown = mode == host::MODE_ON;
     ReadTags(object, here);
     const LayerSwitches::Effect layer = layers_.EffectOn(object);
-    if (here.shown && layer.shown) Show(object, here, layer.generators);
+    const bool shown = here.shown && layer.shown;
+    if (shown || hiddenToo_) Show(object, here, layer.generators, shown);
     return here;
   }
 
@@ -230,24 +232,26 @@ class SceneScan::Reader {
     }
   }
 
-  void Show(const BaseObject& object, const Inherited& here, bool generators) {
+  void Show(const BaseObject& object, const Inherited& here, bool generators, bool shown) {
     const host::LONG type = object.GetType();
-    if (type == host::Olight) return AddLight(object, here.frame);
+    if (type == host::Olight) return AddLight(object, here.frame, shown);
     const bool primitive = IsPrimitive(type);
-    if (primitive && !(object.GetDeformMode() && generators)) return;
+    if (primitive && !(object.GetDeformMode() && generators)) shown = false;
+    if (!shown && !hiddenToo_) return;
     const std::shared_ptr<const Mesh> mesh =
         primitive ? caches_.PrimitiveOf(type, *object.GetDataInstance()) : MeshOf(object);
-    if (mesh) AddInstance(object, mesh, here);
+    if (mesh) AddInstance(object, mesh, here, shown);
   }
 
   void AddInstance(const BaseObject& object, const std::shared_ptr<const Mesh>& mesh,
-                   const Inherited& here) {
+                   const Inherited& here, bool shown) {
     if (!IsUsableFrame(here.frame)) {
       ++flatObjects_;
       return;
     }
     Instance instance;
     instance.mesh = mesh;
+    instance.shown = shown;
     instance.isGenerated = IsPrimitive(object.GetType());
     instance.frame = here.frame;
     instance.look = here.look;
@@ -261,10 +265,11 @@ class SceneScan::Reader {
     picture_.instances.push_back(std::move(instance));
   }
 
-  void AddLight(const BaseObject& object, const Matrix& frame) {
+  void AddLight(const BaseObject& object, const Matrix& frame, bool shown) {
     const host::BaseContainer& data = *object.GetDataInstance();
     LightSource light;
     light.object = IdOf(object);
+    light.shown = shown;
     light.kind = static_cast<LightSource::Kind>(
         std::clamp<host::LONG>(data.GetLong(host::LIGHT_TYPE), 0, 4));
     const bool colored = data.FindIndex(host::LIGHT_COLOR) != host::NOTOK;
@@ -308,6 +313,7 @@ class SceneScan::Reader {
 
   const host::BaseDocument& doc_;
   bool editorView_;
+  bool hiddenToo_;
   RenderCaches& caches_;
   ScenePicture picture_;
   LayerSwitches layers_;

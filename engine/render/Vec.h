@@ -13,6 +13,8 @@ struct Vec {
   float x = 0;
   float y = 0;
   float z = 0;
+
+  bool operator==(const Vec&) const = default;
 };
 
 inline Vec operator+(Vec a, Vec b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
