@@ -1,7 +1,6 @@
 #include "engine/publish/GltfBuffer.h"
 
-#include <cstdint>
-#include <limits>
+#include "engine/publish/GltfText.h"
 
 namespace engine {
 
@@ -11,96 +10,157 @@ constexpr int kVertexArray = 34962;
 constexpr int kIndexArray = 34963;
 constexpr int kFloat = 5126;
 constexpr int kUnsigned = 5125;
-constexpr std::uint32_t kMagic = 0x46546C67;      // "glTF"
-constexpr std::uint32_t kJsonChunk = 0x4E4F534A;  // "JSON"
-constexpr std::uint32_t kBytesChunk = 0x004E4942;
 
-void AppendNumber(std::string& to, std::uint64_t number) {
-  for (unsigned shift = 0; shift < 32; shift += 8) to += static_cast<char>(number >> shift & 0xFF);
-}
+// How the bytes of each kind are read.
+struct Layout {
+  const char* type;
+  int stride;  // bytes for a vertex; 0: no vertices
+};
+constexpr Layout kLayouts[] = {
+    {"SCALAR", 0}, {"VEC3", 12}, {"VEC3", 12}, {"VEC2", 8}, {"VEC4", 16}};
 
-void Fill(std::string& text, char with) {
-  while (text.size() % 4 != 0) text += with;
-}
+std::uint64_t Padded(std::uint64_t size) { return (size + 3) / 4 * 4; }
 
 }  // namespace
 
-std::size_t GltfBuffer::AddView(std::string_view bytes, int target) {
-  Fill(bytes_, '\0');
-  Json view = {{"buffer", 0}, {"byteOffset", bytes_.size()}, {"byteLength", bytes.size()}};
-  if (target != 0) view["target"] = target;
-  views_.push_back(std::move(view));
-  bytes_.append(bytes);
-  return views_.size() - 1;
+const std::string& GltfBuffer::BytesOf(const GltfGeometry& geometry, Kind kind) {
+  switch (kind) {
+    case Positions:
+      return geometry.positions;
+    case Normals:
+      return geometry.normals;
+    case Uvs:
+      return geometry.uvs;
+    case Tangents:
+      return geometry.tangents;
+    default:
+      return geometry.indices;
+  }
 }
 
-std::size_t GltfBuffer::AddBytes(std::string_view bytes) { return AddView(bytes, 0); }
+std::size_t GltfBuffer::AddBytes(std::string bytes) {
+  pictures_.push_back(std::move(bytes));
+  return pictures_.size() - 1;
+}
 
-std::size_t GltfBuffer::AddAccessor(std::string_view bytes, int target, int component,
-                                    std::size_t count, const char* type) {
-  accessors_.push_back({{"bufferView", AddView(bytes, target)},
-                        {"componentType", component},
-                        {"count", count},
-                        {"type", type}});
+std::size_t GltfBuffer::AddAccessor(Kind kind, const GltfGeometry& geometry) {
+  accessors_.push_back({kind, &geometry, sizes_[kind]});
+  sizes_[kind] += BytesOf(geometry, kind).size();
   return accessors_.size() - 1;
 }
 
-GltfBuffer::Json GltfBuffer::PrimitiveOf(const Mesh* mesh, const GltfGeometry& geometry,
-                                         bool withTangents) {
-  Json& plain = primitives_[mesh];
-  if (plain.is_null()) plain = MakePrimitive(geometry);
-  if (!withTangents || geometry.tangents.empty()) return plain;
-  Json primitive = plain;
-  const auto [place, isNew] = tangents_.try_emplace(mesh);
-  if (isNew)
-    place->second = AddAccessor(geometry.tangents, kVertexArray, kFloat, geometry.vertices, "VEC4");
-  primitive["attributes"]["TANGENT"] = place->second;
-  return primitive;
-}
-
-GltfBuffer::Json GltfBuffer::MakePrimitive(const GltfGeometry& geometry) {
-  Json attributes;
-  const auto add = [&](const char* name, const std::string& bytes, const char* type) {
-    if (!bytes.empty())
-      attributes[name] = AddAccessor(bytes, kVertexArray, kFloat, geometry.vertices, type);
-  };
-  add("POSITION", geometry.positions, "VEC3");
-  accessors_.back()["min"] = geometry.low;
-  accessors_.back()["max"] = geometry.high;
-  add("NORMAL", geometry.normals, "VEC3");
-  add("TEXCOORD_0", geometry.uvs, "VEC2");
-  return {{"attributes", attributes},
-          {"indices",
-           AddAccessor(geometry.indices, kIndexArray, kUnsigned, geometry.corners, "SCALAR")}};
-}
-
-Result<std::string> GltfBuffer::AsBinary(Json head) {
-  Fill(bytes_, '\0');
-  if (!accessors_.empty()) head["accessors"] = std::move(accessors_);
-  if (!views_.empty()) {
-    head["bufferViews"] = std::move(views_);
-    head["buffers"] = Json::array({{{"byteLength", bytes_.size()}}});
+const std::string& GltfBuffer::PrimitiveOf(const Mesh* mesh, const GltfGeometry& geometry,
+                                           bool withTangents) {
+  Primitive& primitive = primitives_[mesh];
+  if (primitive.plain.empty()) primitive.plain = MakePrimitive(geometry);
+  if (!withTangents || geometry.tangents.empty()) return primitive.plain;
+  if (primitive.withTangents.empty()) {
+    std::string tangents = ",\"TANGENT\":";
+    AppendCount(tangents, AddAccessor(Tangents, geometry));
+    primitive.withTangents = primitive.plain;
+    primitive.withTangents.insert(primitive.plain.find('}'), tangents);
   }
-  std::string json = head.dump(-1, ' ', false, Json::error_handler_t::replace);
-  Fill(json, ' ');
-  const std::uint64_t size =
-      12 + 8 + json.size() + (bytes_.empty() ? 0 : 8 + std::uint64_t{bytes_.size()});
-  if (size > std::numeric_limits<std::uint32_t>::max())
-    return Result<std::string>::Failure(
-        "The scene is larger than the 4 GiB that a binary glTF file can hold.");
-  std::string file;
-  file.reserve(size);
-  AppendNumber(file, kMagic);
-  AppendNumber(file, 2);
-  AppendNumber(file, size);
-  AppendNumber(file, json.size());
-  AppendNumber(file, kJsonChunk);
-  file += json;
-  if (bytes_.empty()) return file;
-  AppendNumber(file, bytes_.size());
-  AppendNumber(file, kBytesChunk);
-  file += bytes_;
-  return file;
+  return primitive.withTangents;
+}
+
+std::string GltfBuffer::MakePrimitive(const GltfGeometry& geometry) {
+  std::string text = "\"attributes\":{\"POSITION\":";
+  AppendCount(text, AddAccessor(Positions, geometry));
+  const auto add = [&](Kind kind, const char* name) {
+    if (BytesOf(geometry, kind).empty()) return;
+    text += name;
+    AppendCount(text, AddAccessor(kind, geometry));
+  };
+  add(Normals, ",\"NORMAL\":");
+  add(Uvs, ",\"TEXCOORD_0\":");
+  text += "},\"indices\":";
+  AppendCount(text, AddAccessor(Indices, geometry));
+  return text;
+}
+
+std::uint64_t GltfBuffer::Size(bool withPictures) const {
+  std::uint64_t size = 0;
+  for (const std::uint64_t kind : sizes_) size += Padded(kind);
+  for (std::size_t i = 0; withPictures && i < pictures_.size(); ++i)
+    size += Padded(pictures_[i].size());
+  return size;
+}
+
+void GltfBuffer::AppendTo(std::string& bytes, bool withPictures) const {
+  const std::size_t begin = bytes.size();
+  const auto fill = [&] { bytes.append(-(bytes.size() - begin) % 4, '\0'); };
+  for (std::size_t i = 0; withPictures && i < pictures_.size(); ++i) {
+    bytes += pictures_[i];
+    fill();
+  }
+  for (std::size_t kind = 0; kind < kKinds; ++kind) {
+    for (const Accessor& accessor : accessors_) {
+      if (accessor.kind == kind) bytes += BytesOf(*accessor.geometry, accessor.kind);
+    }
+    fill();
+  }
+}
+
+void GltfBuffer::AppendAccessor(std::string& to, const Accessor& accessor,
+                                const Places& places) const {
+  const GltfGeometry& geometry = *accessor.geometry;
+  to += "{\"bufferView\":";
+  AppendCount(to, places[accessor.kind]);
+  to += ",\"byteOffset\":";
+  AppendCount(to, accessor.offset);
+  to += ",\"componentType\":";
+  AppendCount(to, accessor.kind == Indices ? kUnsigned : kFloat);
+  to += ",\"count\":";
+  AppendCount(to, accessor.kind == Indices ? geometry.corners : geometry.vertices);
+  to.append(",\"type\":\"").append(kLayouts[accessor.kind].type).append("\"");
+  if (accessor.kind == Positions) {
+    AppendNumbers(to, "min", geometry.low);
+    AppendNumbers(to, "max", geometry.high);
+  }
+  to += "},";
+}
+
+std::string GltfBuffer::Views(bool withPictures, Places& places) const {
+  std::string text;
+  std::uint64_t offset = 0;
+  std::size_t count = 0;
+  const auto add = [&](std::uint64_t size) {
+    text += "{\"buffer\":0,\"byteOffset\":";
+    AppendCount(text, offset);
+    text += ",\"byteLength\":";
+    AppendCount(text, size);
+    offset += Padded(size);
+    return count++;
+  };
+  for (std::size_t i = 0; withPictures && i < pictures_.size(); ++i) {
+    add(pictures_[i].size());
+    text += "},";
+  }
+  for (std::size_t kind = 0; kind < kKinds; ++kind) {
+    if (sizes_[kind] == 0) continue;
+    places[kind] = add(sizes_[kind]);
+    const int stride = kLayouts[kind].stride;
+    if (stride > 0) text += ",\"byteStride\":" + std::to_string(stride);
+    text += ",\"target\":" + std::to_string(stride > 0 ? kVertexArray : kIndexArray) + "},";
+  }
+  text.back() = ']';
+  return text;
+}
+
+std::string GltfBuffer::Members(bool withPictures, const std::string& uri) const {
+  const std::uint64_t size = Size(withPictures);
+  if (size == 0) return "";
+  Places places{};
+  const std::string views = Views(withPictures, places);
+  std::string text;
+  if (!accessors_.empty()) {
+    text = ",\"accessors\":[";
+    for (const Accessor& accessor : accessors_) AppendAccessor(text, accessor, places);
+    text.back() = ']';
+  }
+  text += ",\"bufferViews\":[" + views + ",\"buffers\":[{\"byteLength\":" + std::to_string(size);
+  if (!uri.empty()) text += ",\"uri\":" + Quoted(uri);
+  return text + "}]";
 }
 
 }  // namespace engine

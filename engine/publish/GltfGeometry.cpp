@@ -41,12 +41,12 @@ Point Cross(const Point& a, const Point& b) {
 
 float Dot(const Point& a, const Point& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
-double LengthOf(const Point& a) {
+double Magnitude(const Point& a) {
   return std::sqrt(double{a[0]} * a[0] + double{a[1]} * a[1] + double{a[2]} * a[2]);
 }
 
 Point Unit(const Point& a) {
-  const double length = LengthOf(a);
+  const double length = Magnitude(a);
   const auto part = [&](float value) { return static_cast<float>(value / length); };
   return {part(a[0]), part(a[1]), part(a[2])};
 }
@@ -89,7 +89,7 @@ class Conversion {
       if (!AreNumbers(places[i])) return;
     }
     const Point across = Cross(Difference(places[1], places[0]), Difference(places[2], places[0]));
-    if (!AreNumbers(across) || !(LengthOf(across) > 0)) return;
+    if (!AreNumbers(across) || !(Magnitude(across) > 0)) return;
     std::array<Vertex, 3> triangle;
     for (std::size_t i = 0; i < 3; ++i) {
       const std::size_t corner = 4 * polygon + static_cast<std::size_t>(corners[i]);
@@ -127,7 +127,7 @@ class Conversion {
       const float along = Dot(axes_[i].right, normal);
       Point tangent = axes_[i].right;
       for (std::size_t k = 0; k < 3; ++k) tangent[k] -= along * normal[k];
-      if (!(LengthOf(tangent) > 1e-12))
+      if (!(Magnitude(tangent) > 1e-12))
         tangent = Cross(normal, std::abs(normal[1]) < 0.9F ? Point{0, 1, 0} : Point{1, 0, 0});
       tangent = Unit(tangent);
       const float turn = Dot(Cross(normal, tangent), axes_[i].up) < 0 ? -1.0F : 1.0F;
@@ -139,7 +139,7 @@ class Conversion {
   Point NormalAt(std::size_t corner, const Point& across) const {
     if (!hasNormals_) return {};
     const Point normal = Mirrored(mesh_.normals[corner], 1);
-    return AreNumbers(normal) && LengthOf(normal) > 1e-6 ? Unit(normal) : Unit(across);
+    return AreNumbers(normal) && Magnitude(normal) > 1e-6 ? Unit(normal) : Unit(across);
   }
 
   std::array<float, 2> UvAt(std::size_t corner) const {

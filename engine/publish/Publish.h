@@ -1,14 +1,18 @@
-// Publish: a scene as it stands in a format that browsers, engines and other programs read: binary
-// glTF 2.0. What the picture shows is what is written: objects that render, with their materials,
+// Publish: states of a scene in a format that browsers, engines and other programs read: glTF 2.0.
+// What a state's picture shows is what is written: objects that render, with their materials,
 // textures, lights and cameras. The document is left alone. Main thread.
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "engine/core/Progress.h"
 #include "engine/outside/FileSystem.h"
 #include "engine/publish/GltfGeometry.h"
+#include "engine/publish/NodeTexts.h"
 #include "engine/render/RenderCaches.h"
 #include "host/BaseDocument.h"
 
@@ -19,24 +23,62 @@ namespace engine {
 inline constexpr std::string_view kGltfGenerator = "Stagemarks publish 0000000000000000";
 
 struct PublishOptions {
-  std::string scene;  // names of the scene and its state, kept in the file
-  std::string state;
-  // Objects that do not render are left out; else they are there and marked as not visible by the
-  // extension for it.
+  std::string scene;  // its name, kept in the file
+  // Objects that render in none of the states are left out; else they are there and hidden.
   bool omitHidden = true;
+  // Each state is a material variant of its name, and the file says in its extras
+  // ("stagemarks") what else is particular to each. Else the file has one state.
+  bool asVariants = false;
+  // Bytes and pictures in files of their own, beside one of text.
+  bool inSeveralFiles = false;
+  std::uint64_t largest = 0xFFFFFFFF;  // bytes that a file can hold
+};
+
+// What a file tells of a state.
+struct StateFacts {
+  std::string name;  // empty for the scene as it is
+  host::LONG id = 0;
+  std::string date;  // of recording, ISO 8601; empty where it is not known
+};
+
+// What is made once for all files that are made of a scene.
+struct PublishCaches {
+  GltfGeometries geometries;
+  NodeTexts nodes;
+};
+
+struct PublishedFile {
+  std::string name;  // safe; it tells the content
+  std::string bytes;
 };
 
 struct PublishedScene {
-  std::string bytes;               // of a .glb file
-  std::vector<std::string> notes;  // what was left out or changed, a sentence each
-  std::size_t objects = 0;         // nodes with a mesh
+  std::string bytes;                  // of the .glb file, or of the .gltf file
+  std::vector<PublishedFile> beside;  // what a .gltf file refers to
+  std::vector<std::string> notes;     // what was left out or changed, a sentence each
+  std::size_t objects = 0;            // nodes with a mesh
   std::size_t triangles = 0;
 };
 
-// Fails where the file would be larger than the format can hold. `caches` and `geometries` are for
-// many states of one scene: each mesh is converted once.
-Result<PublishedScene> PublishGltf(const host::BaseDocument& doc, FileSystem& files,
-                                   const PublishOptions& options, RenderCaches& caches,
-                                   GltfGeometries& geometries);
+// One file in the making. The document is brought into each of its states by the caller: only what
+// a state holds may differ between them.
+class Publication {
+ public:
+  Publication(const host::BaseDocument& doc, FileSystem& files, const PublishOptions& options,
+              RenderCaches& renderCaches, PublishCaches& caches);
+  Publication(const Publication&) = delete;
+  Publication& operator=(const Publication&) = delete;
+  ~Publication();
+
+  // Takes the document as it stands in as one more state. A failure where it was stopped.
+  Status AddState(const StateFacts& state, const ProgressCallback& progress = {});
+  // The file with all these states; once. Fails where it was stopped or the file would be larger
+  // than the format can hold.
+  Result<PublishedScene> Finish(const ProgressCallback& progress = {});
+
+ private:
+  class Maker;
+  std::unique_ptr<Maker> maker_;
+};
 
 }  // namespace engine

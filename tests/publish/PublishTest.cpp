@@ -27,14 +27,29 @@ std::uint32_t NumberAt(const std::string& bytes, std::size_t at) {
 
 class PublishTest : public testing::Test {
  protected:
-  // The JSON part of the file; the bytes behind it go into `bytes_`.
-  json Publish(bool omitHidden = true) {
+  // The scene as it stands is one more state of `publication`.
+  static void Add(engine::Publication& publication, const std::string& name) {
+    ASSERT_TRUE(publication.AddState({name, 7, "2026-03-05T14:07:09"}).Ok());
+  }
+
+  engine::PublishOptions Options() const {
     engine::PublishOptions options;
     options.scene = "room";
-    options.state = "Day";
+    return options;
+  }
+
+  json Publish(bool omitHidden = true) {
+    engine::PublishOptions options = Options();
     options.omitHidden = omitHidden;
-    auto published =
-        engine::PublishGltf(scene_.Doc(), services_.Get().files, options, caches_, geometries_);
+    engine::Publication publication(scene_.Doc(), services_.Get().files, options, renderCaches_,
+                                    caches_);
+    Add(publication, "Day");
+    return Finished(publication);
+  }
+
+  // The JSON part of the file; the bytes behind it go into `bytes_`.
+  json Finished(engine::Publication& publication) {
+    auto published = publication.Finish();
     EXPECT_TRUE(published.Ok()) << published.Message();
     notes_ = published.Value().notes;
     file_ = published.Value().bytes;
@@ -68,16 +83,19 @@ class PublishTest : public testing::Test {
   std::vector<float> FloatsOf(const json& file, const json& accessor) const {
     const json& one = file["accessors"][accessor.get<std::size_t>()];
     const json& view = file["bufferViews"][one["bufferView"].get<std::size_t>()];
-    std::vector<float> numbers(view["byteLength"].get<std::size_t>() / sizeof(float));
-    std::memcpy(numbers.data(), bytes_.data() + view["byteOffset"].get<std::size_t>(),
+    const std::size_t stride = view["byteStride"].get<std::size_t>();
+    std::vector<float> numbers(one["count"].get<std::size_t>() * stride / sizeof(float));
+    std::memcpy(numbers.data(),
+                bytes_.data() + view["byteOffset"].get<std::size_t>() +
+                    one["byteOffset"].get<std::size_t>(),
                 numbers.size() * sizeof(float));
     return numbers;
   }
 
   SceneBuilder scene_;
   tests::ScriptedServices services_;
-  engine::RenderCaches caches_;
-  engine::GltfGeometries geometries_;
+  engine::RenderCaches renderCaches_;
+  engine::PublishCaches caches_;
   std::vector<std::string> notes_;
   std::string file_;
   std::string bytes_;
@@ -91,8 +109,7 @@ TEST_F(PublishTest, HiddenObjectsAreLeftOutOrMarked) {
   scene_.Cube("Layered").Layer("Hidden", {.render = host::FALSE}).OnLayer("Layered", "Hidden");
   EXPECT_EQ(NodesOf(Publish()), "Room Room/Shown* Room/Off Off/Inside*");
   const json marked = Publish(false);
-  EXPECT_EQ(NodesOf(marked),
-            "Room Room/Shown* Room/Off Off/Off*! Off/Inside* Layered Layered/Layered*!");
+  EXPECT_EQ(NodesOf(marked), "Room Room/Shown* Room/Off Off/Off*! Off/Inside* Layered*!");
   EXPECT_EQ(marked["extensionsUsed"], json::array({"KHR_node_visibility"}));
 }
 
@@ -136,10 +153,7 @@ TEST_F(PublishTest, CamerasLightsAndFacts) {
   const json file = Publish();
   EXPECT_EQ(file["cameras"][0]["name"], "Two");
   EXPECT_EQ(file["nodes"][1]["camera"], 0);
-  const json frame = file["nodes"][1]["matrix"];
-  EXPECT_EQ(frame[12], 1.0);
-  EXPECT_EQ(frame[13], 2.0);
-  EXPECT_EQ(frame[14], -3.0);
+  EXPECT_EQ(file["nodes"][1]["translation"], json::array({1, 2, -3}));
   const json& light = file["extensions"]["KHR_lights_punctual"]["lights"];
   ASSERT_EQ(light.size(), 1U) << "the format has no ambient light";
   EXPECT_EQ(light[0]["type"], "spot");
@@ -149,6 +163,49 @@ TEST_F(PublishTest, CamerasLightsAndFacts) {
   EXPECT_NE(notes_[0].find("Ambient"), std::string::npos);
   EXPECT_EQ(file["scenes"][0]["name"], "Day");
   EXPECT_EQ(file["scenes"][0]["extras"]["renderSize"], json::array({1280, 720}));
+}
+
+// One file for all states: what differs is said of each, and what does not is there once.
+TEST_F(PublishTest, StatesAreVariantsOfOneFile) {
+  scene_.Cube("Group").Cube("Group/Box").Cube("Leaf").Cube("Never").Camera("One").Camera("Two");
+  scene_.Object("Lamp", host::Olight).Layer("Props").Layer("Walls", {.render = host::FALSE});
+  scene_.Material("Red").Material("Blue").Texture("Group/Box", "Red").Texture("Leaf", "Red");
+  scene_.Modes("Never", host::MODE_UNDEF, host::MODE_OFF);
+  engine::PublishOptions options = Options();
+  options.asVariants = true;
+  engine::Publication publication(scene_.Doc(), services_.Get().files, options, renderCaches_,
+                                  caches_);
+  scene_.LookThrough("Two");
+  scene_.Modes("Group", host::MODE_UNDEF, host::MODE_OFF).Modes("Group/Box", 2, host::MODE_ON);
+  Add(publication, "Day");
+  scene_.LookThrough("One").Modes("Group", host::MODE_UNDEF, host::MODE_UNDEF);
+  scene_.Modes("Leaf", host::MODE_UNDEF, host::MODE_OFF).Modes("Lamp", 2, host::MODE_OFF);
+  static_cast<host::TextureTag*>(scene_.GetTag("Group/Box", host::Ttexture))
+      ->SetMaterial(scene_.GetMaterial("Blue"));
+  Add(publication, "Night");
+  const json file = Finished(publication);
+  EXPECT_EQ(NodesOf(file), "Group Group/Group*! Group/Box* Leaf* One Two Lamp");
+  EXPECT_EQ(file["cameras"][0]["name"], "Two");
+  EXPECT_EQ(file["extensions"]["KHR_materials_variants"],
+            json::parse(R"({"variants": [{"name": "Day"}, {"name": "Night"}]})"));
+  const auto primitiveOf = [&](std::size_t node) {
+    return file["meshes"][file["nodes"][node]["mesh"].get<std::size_t>()]["primitives"][0];
+  };
+  const json box = primitiveOf(2);
+  const std::size_t red = primitiveOf(3)["material"].get<std::size_t>();
+  EXPECT_FALSE(primitiveOf(3).contains("extensions"));
+  EXPECT_EQ(file["materials"][red]["name"], "Red");
+  EXPECT_EQ(box["material"], red);
+  const json mappings = box["extensions"]["KHR_materials_variants"]["mappings"];
+  ASSERT_EQ(mappings.size(), 2U);
+  EXPECT_EQ(mappings[0], (json{{"material", red}, {"variants", {0}}}));
+  EXPECT_EQ(file["materials"][mappings[1]["material"].get<std::size_t>()]["name"], "Blue");
+  EXPECT_EQ(box["attributes"], primitiveOf(1)["attributes"]) << "cubes are there once";
+  const json states = file["extras"]["stagemarks"]["states"];
+  EXPECT_EQ(states[0], json::parse(R"({"name": "Day", "id": 7, "date": "2026-03-05T14:07:09",
+    "variant": 0, "camera": 5, "hidden": [1], "size": [1280, 720], "layers": ["Props"]})"));
+  EXPECT_EQ(states[1]["hidden"], json::array({3, 6}));
+  EXPECT_EQ(states[1]["camera"], 4);
 }
 
 // Pictures of kinds that the format does not know become PNG; one that is not there is named, and

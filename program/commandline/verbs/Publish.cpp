@@ -1,5 +1,7 @@
 #include "engine/publish/Publish.h"
 
+#include <unordered_map>
+
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/FileOrigin.h"
@@ -13,16 +15,19 @@ struct PublishChoices {
   std::string folder;
   std::vector<std::string> only;
   std::string hidden = "omit";
+  bool allInOne = false;
 };
 
+// A file with the states from `first` on.
 struct PlannedFile {
-  Mark state;
   std::string name;  // for messages
   std::string path;
+  std::size_t first = 0;
+  std::size_t count = 1;
 };
 
-// Carries out one call of `publish`: names first, then state by state, each as it would be loaded
-// into the scene as it is now.
+// Carries out one call of `publish`: names first, then file by file, each of its states as it would
+// be loaded into the scene as it is now.
 class PublishVerb {
  public:
   PublishVerb(Program& program, const PublishChoices& choices)
@@ -34,8 +39,9 @@ class PublishVerb {
     if (status == kDone) status = session_.CheckTextures(report_);
     if (status == kDone) status = Plan();
     if (status != kDone) return status;
+    ReadFacts();
     report_.PutList("published");
-    for (std::size_t i = 0; i < plan_.size() && status == kDone; ++i) status = Publish(i);
+    for (std::size_t i = 0; i < plan_.size() && status == kDone; ++i) status = Publish(plan_[i]);
     report_.Line(status == kDone
                      ? "Published " + Counted(written_, "state") + " to " + folder_ + "."
                      : "Not everything was published.");
@@ -51,14 +57,19 @@ class PublishVerb {
 
   int Plan() {
     folder_ = AbsolutePath(choices_.folder);
-    std::vector<std::string> paths;
     const std::string scene = SceneName(session_.Document());
-    for (const Mark& state : states_.States()) {
-      const std::string name = states_.AsItIs() ? scene : scene + " " + state.name;
-      plan_.push_back({state, states_.AsItIs() ? scene : state.name,
-                       folder_ + "/" + SafeFileName(name) + ".glb"});
-      paths.push_back(plan_.back().path);
+    const auto add = [&](const std::string& name, const std::string& file, std::size_t count) {
+      const std::size_t first = plan_.empty() ? 0 : plan_.back().first + plan_.back().count;
+      plan_.push_back({name, folder_ + "/" + SafeFileName(file) + ".glb", first, count});
+    };
+    const std::vector<Mark>& states = states_.States();
+    if (choices_.allInOne || states_.AsItIs()) {
+      add(scene, scene, states.size());
+    } else {
+      for (const Mark& state : states) add(state.name, scene + " " + state.name, 1);
     }
+    std::vector<std::string> paths;
+    for (const PlannedFile& file : plan_) paths.push_back(file.path);
     if (const auto clash = FindClash(paths)) {
       return Fail("\"" + plan_[clash->first].name + "\" and \"" + plan_[clash->second].name +
                   "\" would be written to one file, " + paths[clash->second] +
@@ -71,39 +82,85 @@ class PublishVerb {
     return made ? kDone : Fail(made.Message());
   }
 
-  int Publish(std::size_t number) {
-    const PlannedFile& file = plan_[number];
-    const double done = static_cast<double>(number) / static_cast<double>(plan_.size());
-    if (!program_.terminal.Progress(done, "Publishing " + file.name)) return kInterrupted;
-    engine::UndoScope step(session_.Document(), "Load " + file.name);
-    if (const int status = states_.Recall(file.state); status != kDone) return status;
+  // What is stored of the states, by their names.
+  void ReadFacts() {
+    const std::vector<engine::StoredState> stored = engine::ReadStates(session_.Document());
+    for (const engine::StoredState& state : stored) {
+      std::string date = state.date.Text();
+      if (const std::size_t blank = date.find(' '); blank != std::string::npos) date[blank] = 'T';
+      facts_.emplace(state.name, engine::StateFacts{state.name, state.id, date});
+    }
+  }
+
+  int Publish(const PlannedFile& file) {
     engine::PublishOptions options;
     options.scene = SceneName(session_.Document());
-    options.state = states_.AsItIs() ? "" : file.state.name;
     options.omitHidden = choices_.hidden == "omit";
-    const auto published =
-        engine::PublishGltf(session_.Document(), session_.Files(), options, caches_, geometries_);
-    step.Cancel();
-    if (!published) return Fail("\"" + file.name + "\" was not published: " + published.Message());
-    for (const std::string& note : published.Value().notes) {
-      const bool wasNamed = note.find(" was not found ") != std::string::npos;
-      if (!wasNamed && said_.IsNew(note)) program_.terminal.Note(note);
+    options.asVariants = choices_.allInOne;
+    engine::Publication publication(session_.Document(), session_.Files(), options, renderCaches_,
+                                    caches_);
+    for (std::size_t i = 0; i < file.count; ++i) {
+      const int status = AddState(publication, states_.States()[file.first + i]);
+      if (status != kDone) return status;
     }
+    const auto published = publication.Finish(ProgressOf(file.name));
+    done_ += 1;
+    if (!published) return Refuse(file.name, published.Message());
+    Tell(published.Value().notes);
     const engine::Status written = session_.Files().ReplaceFile(
         file.path, WithMaker(published.Value().bytes, program_.verbName));
     if (!written) return Fail(written.Message());
-    Tell(file, published.Value());
+    AddToReport(file, published.Value());
     return kDone;
   }
 
-  void Tell(const PlannedFile& file, const engine::PublishedScene& scene) {
-    ++written_;
-    report_.Append("published", {{"stagemark", file.state.name},
-                                 {"file", file.path},
-                                 {"objects", scene.objects},
-                                 {"triangles", scene.triangles},
-                                 {"bytes", scene.bytes.size()}});
+  int AddState(engine::Publication& publication, const Mark& state) {
+    const std::string& name = states_.AsItIs() ? plan_[0].name : state.name;
+    const auto progress = ProgressOf(name);
+    if (!progress(0)) return kInterrupted;
+    engine::UndoScope step(session_.Document(), "Load " + name);
+    if (const int status = states_.Recall(state); status != kDone) return status;
+    const engine::Status read = publication.AddState(facts_[state.name], progress);
+    step.Cancel();
+    done_ += 1;
+    return read ? kDone : Refuse(name, read.Message());
+  }
+
+  // Reading a state and writing a file are a step each.
+  engine::ProgressCallback ProgressOf(const std::string& name) {
+    const auto steps = static_cast<double>(states_.States().size() + plan_.size());
+    return [this, steps, name](double share) {
+      return program_.terminal.Progress((done_ + share) / steps, "Publishing " + name);
+    };
+  }
+
+  int Refuse(const std::string& name, const std::string& why) {
+    if (Terminal::Interrupted()) return kInterrupted;
+    return Fail("\"" + name + "\" was not published: " + why);
+  }
+
+  void Tell(const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) {
+      const bool wasNamed = note.find(" was not found ") != std::string::npos;
+      if (!wasNamed && said_.IsNew(note)) program_.terminal.Note(note);
+    }
+  }
+
+  void AddToReport(const PlannedFile& file, const engine::PublishedScene& scene) {
+    written_ += file.count;
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < file.count; ++i)
+      names.push_back(states_.States()[file.first + i].name);
+    JsonMembers members = {{"file", file.path},
+                           {"objects", scene.objects},
+                           {"triangles", scene.triangles},
+                           {"bytes", scene.bytes.size()}};
+    members.insert(members.begin(), choices_.allInOne
+                                        ? std::pair<std::string, JsonValue>{"stagemarks", names}
+                                        : std::pair<std::string, JsonValue>{"stagemark", names[0]});
+    report_.Append("published", members);
     report_.Line("  " + Shown(file.path.substr(folder_.size() + 1)) + "  " +
+                 (choices_.allInOne ? Counted(names.size(), "state") + ", " : "") +
                  Counted(scene.objects, "object") + ", " + Counted(scene.triangles, "triangle"));
   }
 
@@ -114,9 +171,11 @@ class PublishVerb {
   Report report_;
   std::string folder_;
   std::vector<PlannedFile> plan_;
-  engine::RenderCaches caches_;
-  engine::GltfGeometries geometries_;
+  std::unordered_map<std::string, engine::StateFacts> facts_;  // by name
+  engine::RenderCaches renderCaches_;
+  engine::PublishCaches caches_;
   pictures::SaidNotes said_;
+  double done_ = 0;  // steps
   std::size_t written_ = 0;
 };
 
@@ -136,6 +195,9 @@ void AddPublish(Arguments& arguments, Program& program) {
       .OneOf({"omit", "mark"})
       .Default("omit")
       .Word("HOW");
+  verb.AddFlag("--all-in-one", choices->allInOne,
+               "One file with all states, each a material variant of its name; what is hidden in "
+               "which of them stands in the file's extras");
   AddStrict(verb, program);
   AddForce(verb, program);
   verb.Footer(
@@ -148,7 +210,8 @@ void AddPublish(Arguments& arguments, Program& program) {
       "without --force.\n\n"
       "Examples:\n"
       "  stagemarks publish room.c4d --to web\n"
-      "  stagemarks publish room.c4d --to web --only Day --hidden mark");
+      "  stagemarks publish room.c4d --to web --only Day --hidden mark\n"
+      "  stagemarks publish room.c4d --to web --all-in-one");
   verb.Does([&program, choices] { return PublishVerb(program, *choices).Run(); });
 }
 

@@ -1,0 +1,76 @@
+// GltfNodes: the tree of a glTF file (glTF 2.0, section 3.5): a node for each object that has
+// something to show, or something below it that has. A mesh or light that some state hides stands
+// on a node without children, because hiding a node hides all below it, while here something may
+// show below what is hidden. Refers to what it was given. Main thread.
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/core/Progress.h"
+#include "engine/core/Result.h"
+#include "engine/publish/CamerasAndLights.h"
+#include "engine/publish/GltfMeshes.h"
+#include "engine/publish/NodeTexts.h"
+#include "host/BaseDocument.h"
+
+namespace engine {
+
+class GltfNodes {
+ public:
+  GltfNodes(const VisibleParts& parts, GltfMeshes& meshes, CamerasAndLights& devices,
+            NodeTexts& texts)
+      : parts_(parts), meshes_(meshes), devices_(devices), texts_(texts) {}
+
+  // Writes the objects of the document; a failure where it was stopped.
+  Status Write(const host::BaseDocument& doc, const ProgressCallback& progress);
+
+  // The list of nodes without its brackets; empty where there are none.
+  std::string Text() const;
+  const std::vector<std::size_t>& Roots() const { return roots_; }
+  // The nodes that do not show in a state, in their order.
+  const std::vector<std::size_t>& HiddenIn(std::size_t state) const { return hidden_[state]; }
+  // Whether a node is hidden in the first state, which is that of the file as it stands.
+  bool HasHidden() const { return !hidden_[0].empty(); }
+  // The node of a camera object.
+  std::optional<std::size_t> CameraNode(NodeId object) const;
+  std::vector<std::string> Notes() const;
+  std::size_t Meshes() const { return meshNodes_; }
+  std::size_t Triangles() const { return triangles_; }
+
+ private:
+  // An object in the order of the tree.
+  struct Place {
+    const host::BaseObject* object;
+    std::size_t parent;
+    bool isWanted = false;
+    bool hasWantedBelow = false;
+    std::size_t node = 0;  // that its children hang on
+  };
+  struct Node {
+    std::string members;  // all but the children
+    std::vector<std::size_t> children;
+  };
+
+  void FindWanted(const host::BaseDocument& doc);
+  void AddObject(Place& place);
+  std::size_t AddNode(std::string members, std::size_t parent);
+  void AddParts(const Place& place);
+  void AddPart(std::size_t part, const host::BaseObject& object, std::size_t node);
+
+  const VisibleParts& parts_;
+  GltfMeshes& meshes_;
+  CamerasAndLights& devices_;
+  NodeTexts& texts_;
+  std::vector<Place> places_;
+  std::vector<Node> nodes_;
+  std::vector<std::size_t> roots_;
+  std::vector<std::vector<std::size_t>> hidden_;
+  std::unordered_map<NodeId, std::size_t> cameras_;
+  bool hasResetFrames_ = false;
+  std::size_t meshNodes_ = 0;
+  std::size_t triangles_ = 0;
+};
+
+}  // namespace engine

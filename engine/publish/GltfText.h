@@ -1,0 +1,46 @@
+// Text for the long lists of a glTF file (JSON), which are written straight away instead of through
+// a tree of values: a hundred thousand nodes have a million numbers. Pure functions, any thread.
+#pragma once
+
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+namespace engine {
+
+// The shortest text that reads back as the same number, which must be one; -0 becomes 0.
+inline void AppendNumber(std::string& to, double number) {
+  std::array<char, 32> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number + 0.0);
+  to.append(digits.data(), end.ptr);
+}
+
+inline void AppendCount(std::string& to, std::size_t count) {
+  std::array<char, 24> digits;
+  to.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), count).ptr);
+}
+
+// `,"key":[a,b,c]` for numbers, without the comma at the beginning of an object.
+template <class Numbers>
+void AppendNumbers(std::string& to, std::string_view key, const Numbers& numbers) {
+  to.append(to.empty() || to.back() == '{' ? "\"" : ",\"").append(key).append("\":[");
+  for (const auto number : numbers) {
+    if constexpr (std::is_floating_point_v<decltype(+number)>)
+      AppendNumber(to, number);
+    else
+      AppendCount(to, number);
+    to += ',';
+  }
+  to.back() = ']';
+}
+
+// In quotation marks; bytes that are no UTF-8 are replaced.
+inline std::string Quoted(const std::string& text) {
+  using Json = nlohmann::json;
+  return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace engine

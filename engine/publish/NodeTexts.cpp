@@ -1,0 +1,118 @@
+#include "engine/publish/NodeTexts.h"
+
+#include <array>
+#include <cmath>
+
+#include "engine/publish/GltfGeometry.h"
+#include "engine/publish/GltfText.h"
+#include "engine/scene/Vectors.h"
+
+namespace engine {
+
+namespace {
+
+using host::Matrix;
+using host::Vector;
+
+// Axes whose angles differ by more than this from a right one lean.
+constexpr double kUpright = 1e-5;
+
+bool IsUsable(const Matrix& m) {
+  for (const Vector* v : {&m.off, &m.v1, &m.v2, &m.v3}) {
+    if (!std::isfinite(v->x) || !std::isfinite(v->y) || !std::isfinite(v->z)) return false;
+  }
+  return true;
+}
+
+// The same frame where z points the other way and lengths are metres.
+Matrix Mirrored(const Matrix& m) {
+  return {{m.off.x * kMetresPerUnit, m.off.y * kMetresPerUnit, 0.0 - m.off.z * kMetresPerUnit},
+          {m.v1.x, m.v1.y, 0.0 - m.v1.z},
+          {m.v2.x, m.v2.y, 0.0 - m.v2.z},
+          {0.0 - m.v3.x, 0.0 - m.v3.y, m.v3.z}};
+}
+
+bool Lean(const Vector& a, const Vector& b) {
+  return std::abs(DotOf(a, b)) > kUpright * LengthOf(a) * LengthOf(b);
+}
+
+// Turns the frame's own axes until none leans, so that frame = upright x turn (one-sided Jacobi);
+// the turn goes into `turn`.
+Matrix Upright(Matrix frame, Matrix& turn) {
+  Matrix turned;
+  const std::array<Vector*, 3> axes = {&frame.v1, &frame.v2, &frame.v3};
+  const std::array<Vector*, 3> turns = {&turned.v1, &turned.v2, &turned.v3};
+  constexpr int kSweeps = 20;  // it is quadratic: five are enough
+  for (int sweep = 0; sweep < kSweeps; ++sweep) {
+    for (const auto& [p, q] : {std::pair(0U, 1U), {0U, 2U}, {1U, 2U}}) {
+      const double across = DotOf(*axes[p], *axes[q]);
+      if (across == 0) continue;
+      const double zeta = (DotOf(*axes[q], *axes[q]) - DotOf(*axes[p], *axes[p])) / (2 * across);
+      const double t = std::copysign(1.0, zeta) / (std::abs(zeta) + std::sqrt(1 + zeta * zeta));
+      const double c = 1 / std::sqrt(1 + t * t);
+      for (const auto& of : {axes, turns}) {
+        const Vector former = *of[p];
+        *of[p] = Sum(Scaled(former, c), Scaled(*of[q], -c * t));
+        *of[q] = Sum(Scaled(former, c * t), Scaled(*of[q], c));
+      }
+    }
+  }
+  turn = {{},
+          {turned.v1.x, turned.v2.x, turned.v3.x},
+          {turned.v1.y, turned.v2.y, turned.v3.y},
+          {turned.v1.z, turned.v2.z, turned.v3.z}};
+  return frame;
+}
+
+void AppendMatrix(std::string& to, const Matrix& m) {
+  AppendNumbers(to, "matrix",
+                std::array{m.v1.x, m.v1.y, m.v1.z, 0.0, m.v2.x, m.v2.y, m.v2.z, 0.0, m.v3.x, m.v3.y,
+                           m.v3.z, 0.0, m.off.x, m.off.y, m.off.z, 1.0});
+}
+
+// A frame that is flat in a direction shows nothing of what is in it.
+void AppendFrame(NodeText& text, const Matrix& m) {
+  const bool moves = m.off != Vector();
+  const bool turns = m.v1 != Vector(1, 0, 0) || m.v2 != Vector(0, 1, 0) || m.v3 != Vector(0, 0, 1);
+  const bool isFlat = !std::isnormal(Determinant(m));
+  if (!turns || isFlat) {
+    if (moves) AppendNumbers(text.members, "translation", std::array{m.off.x, m.off.y, m.off.z});
+    if (isFlat) AppendNumbers(text.members, "scale", std::array{0.0, 0.0, 0.0});
+  } else if (Lean(m.v1, m.v2) || Lean(m.v1, m.v3) || Lean(m.v2, m.v3)) {
+    Matrix turn;
+    AppendMatrix(text.members, Upright(m, turn));
+    AppendMatrix(text.inner, turn);
+  } else {
+    AppendMatrix(text.members, m);
+  }
+}
+
+NodeText TextOf(const host::BaseObject& object) {
+  NodeText text;
+  const std::string name = "\"name\":" + Quoted(NodeNameOf(object));
+  text.members = name;
+  const Matrix frame = object.GetMl();
+  text.wasReset = !IsUsable(frame);
+  if (!text.wasReset) AppendFrame(text, Mirrored(frame));
+  if (!text.inner.empty()) text.inner = name + "," + text.inner;
+  return text;
+}
+
+}  // namespace
+
+std::string NodeNameOf(const host::BaseList2D& element) {
+  const std::string name = element.GetName().ToUtf8();
+  return name.empty() ? element.GetTypeName().ToUtf8() : name;
+}
+
+const NodeText& NodeTexts::Of(const host::BaseObject& object) {
+  const auto [place, isNew] = kept_.try_emplace(IdOf(object));
+  Kept& kept = place->second;
+  host::String name = object.GetName();
+  const Matrix frame = object.GetMl();
+  if (isNew || !(kept.name == name) || kept.frame != frame)
+    kept = {std::move(name), frame, TextOf(object)};
+  return kept.text;
+}
+
+}  // namespace engine
