@@ -26,6 +26,8 @@ struct Mesh {
   // Empty, or one per corner in polygon order: 4 per polygon
   std::vector<std::array<float, 3>> normals;
   std::vector<std::array<float, 2>> uvs;  // empty, or 4 per polygon; v grows downwards
+  // Empty, or 4 per polygon: red, green, blue, linear, and opacity, times those of the material
+  std::vector<std::array<float, 4>> colors;
 
   bool operator==(const Mesh&) const = default;
 };

@@ -78,9 +78,11 @@ std::string MeshText(const Mesh& mesh) {
   std::uint64_t digest = 14695981039346656037u;
   digest = Digest(Digest(digest, mesh.points), mesh.polygons);
   digest = Digest(Digest(digest, mesh.normals), mesh.uvs);
+  const std::string colors =
+      mesh.colors.empty() ? "" : " colors " + std::to_string(Digest(digest, mesh.colors));
   return std::to_string(mesh.points.size()) + " points " + std::to_string(mesh.polygons.size()) +
          " polygons " + std::to_string(mesh.normals.size()) + " normals " +
-         std::to_string(mesh.uvs.size()) + " uvs digest " + std::to_string(digest);
+         std::to_string(mesh.uvs.size()) + " uvs digest " + std::to_string(digest) + colors;
 }
 
 // Writes everything, naming elements by running numbers in the order of the walk.

@@ -1,7 +1,10 @@
 #include "engine/scenefile/Meshes.h"
 
+#include <xxhash.h>
+
 #include <algorithm>
 #include <bit>
+#include <map>
 
 #include "engine/scenefile/Columns.h"
 
@@ -22,6 +25,8 @@ const char* FaultOf(const Mesh& mesh) {
     return "there is not one normal per corner";
   if (!mesh.uvs.empty() && mesh.uvs.size() != corners)
     return "there is not one texture coordinate per corner";
+  if (!mesh.colors.empty() && mesh.colors.size() != corners)
+    return "there is not one color per corner";
   return nullptr;
 }
 
@@ -78,7 +83,7 @@ void TakePolygons(Cursor& in, Mesh& mesh, std::size_t rows) {
   }
 }
 
-std::shared_ptr<const Mesh> TakeMesh(Cursor& in) {
+std::shared_ptr<Mesh> TakeMesh(Cursor& in) {
   auto mesh = std::make_shared<Mesh>();
   const std::uint64_t points = in.Varint();
   const std::uint64_t polygons = in.Varint();
@@ -92,6 +97,27 @@ std::shared_ptr<const Mesh> TakeMesh(Cursor& in) {
   return mesh;
 }
 
+// What colors name their mesh by, so that they are found again in a file that a program has written
+// which keeps them without knowing them: the sum of the mesh's bytes, and which of the meshes with
+// that sum it is.
+struct MeshTag {
+  std::uint64_t sum;
+  std::uint64_t number;
+
+  auto operator<=>(const MeshTag&) const = default;
+};
+
+class MeshTags {
+ public:
+  MeshTag Next(std::string_view bytes) {
+    const std::uint64_t sum = XXH3_64bits(bytes.data(), bytes.size());
+    return {sum, seen_[sum]++};
+  }
+
+ private:
+  std::unordered_map<std::uint64_t, std::uint64_t> seen_;
+};
+
 }  // namespace
 
 std::uint64_t MeshWriter::Row(const std::shared_ptr<const Mesh>& mesh) {
@@ -101,21 +127,75 @@ std::uint64_t MeshWriter::Row(const std::shared_ptr<const Mesh>& mesh) {
   if (const char* fault = FaultOf(*mesh))
     throw Damage{std::string("The scene holds a broken mesh: ") + fault + "."};
   meshes_.push_back(mesh);
+  hasColors_ = hasColors_ || !mesh->colors.empty();
   return row->second;
 }
 
-std::string MeshWriter::Contents() const {
-  std::string out;
-  PutVarint(out, meshes_.size());
-  for (const auto& mesh : meshes_) PutMesh(out, *mesh);
+MeshWriter::Sections MeshWriter::Contents() const {
+  Sections out;
+  std::string rows;
+  MeshTags tags;
+  std::uint64_t colored = 0;
+  PutVarint(out.meshes, meshes_.size());
+  for (const auto& mesh : meshes_) {
+    const std::size_t start = out.meshes.size();
+    PutMesh(out.meshes, *mesh);
+    if (!hasColors_) continue;
+    const MeshTag tag = tags.Next(std::string_view(out.meshes).substr(start));
+    if (mesh->colors.empty()) continue;
+    PutFixed64(rows, tag.sum);
+    PutVarint(rows, tag.number);
+    PutVarint(rows, mesh->polygons.size());
+    PutFloats(rows, mesh->colors);
+    ++colored;
+  }
+  if (hasColors_) {
+    PutVarint(out.colors, colored);
+    out.colors += rows;
+  }
   return out;
 }
 
-std::vector<std::shared_ptr<const Mesh>> ReadMeshes(std::string_view contents, Budget& budget) {
+namespace {
+
+using ColorTable = std::map<MeshTag, std::vector<std::array<float, 4>>>;
+
+ColorTable ReadColors(std::string_view contents, Budget& budget) {
+  Cursor in(contents, "COLORS", budget);
+  ColorTable table;
+  const std::size_t rows = in.Rows(sizeof(ColorTable::value_type));
+  for (std::size_t row = 0; row < rows; ++row) {
+    const std::uint64_t sum = in.Fixed64();
+    const MeshTag tag{sum, in.Varint()};
+    const std::uint64_t polygons = in.Varint();
+    in.CheckRows(polygons);
+    if (!table.try_emplace(tag, TakeFloats<4>(in, polygons * kCorners)).second)
+      in.Refuse("a mesh has colors twice");
+  }
+  in.End();
+  return table;
+}
+
+}  // namespace
+
+std::vector<std::shared_ptr<const Mesh>> ReadMeshes(std::string_view contents,
+                                                    const std::string* colors, Budget& budget) {
+  ColorTable table = colors ? ReadColors(*colors, budget) : ColorTable();
   Cursor in(contents, "MESHES", budget);
   const std::size_t rows = in.Rows(sizeof(Mesh));
   std::vector<std::shared_ptr<const Mesh>> meshes;
-  for (std::size_t row = 0; row < rows; ++row) meshes.push_back(TakeMesh(in));
+  MeshTags tags;
+  for (std::size_t row = 0; row < rows; ++row) {
+    const std::size_t left = in.Left();
+    const std::shared_ptr<Mesh> mesh = TakeMesh(in);
+    meshes.push_back(mesh);
+    if (table.empty()) continue;
+    const auto found =
+        table.find(tags.Next(contents.substr(contents.size() - left, left - in.Left())));
+    if (found == table.end()) continue;
+    mesh->colors = std::move(found->second);
+    if (const char* fault = FaultOf(*mesh)) in.Refuse(fault);
+  }
   in.End();
   return meshes;
 }

@@ -1,4 +1,5 @@
-// Meshes: section MESHES, every mesh of a scene once. One thread.
+// Meshes: section MESHES, every mesh of a scene once, and section COLORS, the colors of those that
+// have some. One thread.
 #pragma once
 
 #include <memory>
@@ -15,14 +16,21 @@ class MeshWriter {
  public:
   // 0 for null, else the mesh's row + 1. Throws Damage for one that a reader would refuse.
   std::uint64_t Row(const std::shared_ptr<const Mesh>& mesh);
-  std::string Contents() const;
+  // Of the two sections; the second is empty where no mesh has colors.
+  struct Sections {
+    std::string meshes;
+    std::string colors;
+  };
+  Sections Contents() const;
 
  private:
   std::vector<std::shared_ptr<const Mesh>> meshes_;
   std::unordered_map<const Mesh*, std::uint64_t> rows_;
+  bool hasColors_ = false;
 };
 
-// The meshes by row. Throws Damage.
-std::vector<std::shared_ptr<const Mesh>> ReadMeshes(std::string_view contents, Budget& budget);
+// The meshes by row; `colors` is null without that section. Throws Damage.
+std::vector<std::shared_ptr<const Mesh>> ReadMeshes(std::string_view contents,
+                                                    const std::string* colors, Budget& budget);
 
 }  // namespace engine

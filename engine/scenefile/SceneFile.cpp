@@ -57,7 +57,10 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::stri
     return Expand(NeededSection(sections, name), budget);
   };
   const ValueReader values(sections, budget);
-  SceneTables tables{values, ReadMeshes(contents("MESHES"), budget), {}, {}};
+  const bool hasColors = FindSection(sections, "COLORS") != nullptr;
+  const std::string colors = hasColors ? contents("COLORS") : "";
+  SceneTables tables{
+      values, ReadMeshes(contents("MESHES"), hasColors ? &colors : nullptr, budget), {}, {}};
   const ElementBounds bounds{values.texts.size(), values.containers.size(),
                              values.numbers.vectors.size(), values.numbers.matrices.size(),
                              tables.meshes.size()};

@@ -32,7 +32,9 @@ void SceneWriter::Write(SectionWriter& sections) {
   Collect();
   const std::string files = FilesContents(EmbeddedFilesOf(doc_), values_.texts);
   values_.Finish(sections);
-  sections.Add("MESHES", meshes_.Contents());
+  const MeshWriter::Sections meshes = meshes_.Contents();
+  sections.Add("MESHES", meshes.meshes);
+  if (!meshes.colors.empty()) sections.Add("COLORS", meshes.colors);
   sections.Add("DOCUMENT", DocumentContents());
   for (std::size_t section = 0; section < kElementSections; ++section) {
     meter_.Step(tables_[section].Rows());

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/Mesh.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/Bytes.h"
@@ -104,7 +105,7 @@ TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
   const std::string bytes = Bytes(*EverythingScene());
   const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
   for (const Section& left : sections) {
-    if (left.name == "FILES") continue;  // left out where there are none
+    if (left.name == "FILES" || left.name == "COLORS") continue;  // left out where there are none
     SectionWriter out(ContentKind::Scene);
     for (const Section& section : sections)
       if (section.name != left.name)
@@ -148,6 +149,9 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
        damaged + "VALUES at byte 8 of its contents: there is no type of value 1."},
       {"a key twice", "VALUES", std::string("\x01\x01\x01\x02\x01\x02\x00\x80\x00\x00\x00", 11),
        damaged + "VALUES at byte 11 of its contents: a container has a key twice."},
+      {"more colors than bytes", "COLORS", std::string("\x01sum of 8\x00\xFF\xFF\xFF\x7F", 14),
+       damaged + "COLORS at byte 14 of its contents: it names 268,435,455 rows, more than its "
+                 "bytes can hold."},
   };
   for (const HostileContents& hostile : cases)
     EXPECT_EQ(Refusal(WithSection(bytes, hostile.section, hostile.contents)), hostile.message)
@@ -214,6 +218,34 @@ TEST(SceneFileDamage, IdentitiesThatOccurTwiceAreRefused) {
   strange->AppendObject(twin);
   EXPECT_EQ(Refusal(WithSection(bytes, "OBJECTS", ContentsOf(Bytes(*strange), "OBJECTS"))),
             "The file is damaged: two elements have the same identity.");
+}
+
+// A program that keeps colors without knowing them may write the meshes in another order, or fewer.
+TEST(SceneFileDamage, ColorsFindTheirMesh) {
+  const auto scene = [](const std::string& names, bool colored) {
+    Document doc = EmptyScene();
+    for (const char name : names) {
+      Mesh mesh;
+      mesh.points = {{0, 0, 0}, {1, 0, 0}, {0, name == 'b' ? 2.0f : 1.0f, 0}};
+      mesh.polygons = {{0, 1, 2, -1}};
+      if (colored && name != 'a') mesh.colors.assign(4, {0, 0, name == 'b' ? 1.0f : 0.5f, 1});
+      host::BaseObject* object = host::BaseObject::Alloc(host::Opolygon);
+      SetMesh(*object, std::make_shared<const Mesh>(mesh));
+      doc->AppendObject(object);
+    }
+    return Bytes(*doc);
+  };
+  const std::string colors = ContentsOf(scene("abc", true), "COLORS");
+  const auto found = [&](const std::string& names) {
+    const Document doc = Reopened(WithSection(scene(names, false), "COLORS", colors));
+    std::string text;
+    for (const host::BaseObject* o = doc->GetFirstObject(); o; o = o->GetNext())
+      text += MeshOf(*o)->colors.empty() ? '-' : MeshOf(*o)->colors[0][2] == 1 ? 'b' : 'c';
+    return text;
+  };
+  EXPECT_EQ(found("abc"), "-bc") << "a and c are alike but for the color";
+  EXPECT_EQ(found("bac"), "b-c");
+  EXPECT_EQ(found("a"), "-");
 }
 
 TEST(SceneFileDamage, SectionsThatAreNotKnownAreWrittenBack) {

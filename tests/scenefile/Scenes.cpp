@@ -80,6 +80,7 @@ std::shared_ptr<const engine::Mesh> SmallMesh() {
   mesh->polygons = {{0, 1, 2, 3}, {0, 1, 2, -1}};
   mesh->normals.assign(8, {0, 0, 1});
   mesh->uvs.assign(8, {0.25f, 0.75f});
+  mesh->colors.assign(8, {1, 0.5f, 0, 0.25f});
   return mesh;
 }
 
