@@ -12,8 +12,12 @@ Result<Image> DecodeJpeg(std::string_view bytes);
 Result<Image> DecodeExr(std::string_view bytes);
 Result<Image> DecodeBmp(std::string_view bytes);
 Result<Image> DecodeTga(std::string_view bytes);
+// Still pictures only.
+Result<Image> DecodeWebp(std::string_view bytes);
 
 // A TGA file has no magic number: whether the header makes sense as one.
 bool LooksLikeTga(std::string_view bytes);
+// The magic number of a WebP file has the file's size in its middle.
+bool LooksLikeWebp(std::string_view bytes);
 
 }  // namespace engine

@@ -86,9 +86,10 @@ Result<Image> DecodeImage(std::string_view bytes) {
   for (const Kind& kind : kKinds) {
     if (bytes.substr(0, kind.magic.size()) == kind.magic) return kind.decode(bytes);
   }
+  if (LooksLikeWebp(bytes)) return DecodeWebp(bytes);
   if (LooksLikeTga(bytes)) return DecodeTga(bytes);
   return Result<Image>::Failure(
-      "This is no picture that can be read (TIFF, PNG, JPEG, OpenEXR, BMP, TGA).");
+      "This is no picture that can be read (TIFF, PNG, JPEG, OpenEXR, WebP, BMP, TGA).");
 }
 
 Image ToBytes(const Image& image) {

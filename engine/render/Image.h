@@ -32,7 +32,7 @@ struct Image {
 // with the size.
 Status CheckImageSize(std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel);
 
-// Reads a TIFF, PNG, JPEG, OpenEXR, BMP or TGA file held in memory; the kind is told by the
+// Reads a TIFF, PNG, JPEG, OpenEXR, WebP, BMP or TGA file held in memory; the kind is told by the
 // content. Fails with a message for anything else, for damage, and for pictures beyond the bounds.
 // OpenEXR gives floats, the others bytes.
 Result<Image> DecodeImage(std::string_view bytes);

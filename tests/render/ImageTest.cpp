@@ -18,8 +18,8 @@ std::string Picture(const std::string& name) {
 
 const std::vector<std::string>& PictureNames() {
   static const std::vector<std::string> names = {
-      "alpha.tif", "gray16.tif", "tiles.tif",   "baseline.jpg", "progressive.jpg",
-      "inks.jpg",  "light.exr",  "palette.bmp", "runs.tga",     "gradient.png"};
+      "alpha.tif", "gray16.tif",  "tiles.tif", "baseline.jpg", "progressive.jpg", "inks.jpg",
+      "light.exr", "palette.bmp", "runs.tga",  "alpha.webp",   "gradient.png"};
   return names;
 }
 
@@ -64,6 +64,7 @@ TEST(ImageFiles, GiveTheirPixels) {
       {"tiles.tif", "32 60 128 255", "192 200 128 255"},
       {"palette.bmp", "32 60 128 255", "192 200 128 255"},
       {"runs.tga", "0 60 128 255", "192 200 128 128"},
+      {"alpha.webp", "32 60 128 255", "192 200 128 128"},
       {"light.exr", "0.500 0.375 0.500 0.500", "3.000 1.250 0.500 0.500"},
   };
   for (const Case& c : cases) {
