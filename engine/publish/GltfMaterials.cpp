@@ -1,5 +1,7 @@
 #include "engine/publish/GltfMaterials.h"
 
+#include <cmath>
+
 #include "engine/render/Image.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/scene/EmbeddedFiles.h"
@@ -8,7 +10,7 @@ namespace engine {
 
 namespace {
 
-nlohmann::ordered_json ColorOf(Vec color) {
+nlohmann::ordered_json FactorOf(Vec color) {
   const auto share = [](float value) { return std::clamp(double{value}, 0.0, 1.0); };
   return nlohmann::ordered_json::array({share(color.x), share(color.y), share(color.z)});
 }
@@ -17,6 +19,46 @@ nlohmann::ordered_json ColorOf(Vec color) {
 const char* KindOfPicture(std::string_view bytes) {
   if (bytes.starts_with("\x89PNG\r\n\x1a\n")) return "image/png";
   return bytes.starts_with("\xFF\xD8\xFF") ? "image/jpeg" : "";
+}
+
+// A pixel of a picture at a place of one that may be larger; white without a picture.
+std::array<int, 4> PixelAt(const std::optional<Image>& image, const Image& larger, std::size_t x,
+                           std::size_t y) {
+  if (!image) return {255, 255, 255, 255};
+  const std::size_t at =
+      (y * image->height / larger.height) * image->width + x * image->width / larger.width;
+  const std::uint8_t* pixel = &image->bytes[at * 4];
+  return {pixel[0], pixel[1], pixel[2], pixel[3]};
+}
+
+template <class Join>
+Image Joined(const std::optional<Image>& a, const std::optional<Image>& b, Join join) {
+  const auto larger = [&](std::uint32_t Image::*side) {
+    return std::max(a ? (*a).*side : 1, b ? (*b).*side : 1);
+  };
+  Image image{larger(&Image::width), larger(&Image::height), {}, {}};
+  image.bytes.reserve(image.PixelCount() * 4);
+  for (std::size_t y = 0; y < image.height; ++y) {
+    for (std::size_t x = 0; x < image.width; ++x) {
+      for (const int part : join(PixelAt(a, image, x, y), PixelAt(b, image, x, y)))
+        image.bytes.push_back(static_cast<std::uint8_t>(part));
+    }
+  }
+  return image;
+}
+
+using Pixel = std::array<int, 4>;
+
+Image WithOpacity(const std::optional<Image>& color, const std::optional<Image>& opacity) {
+  return Joined(color, opacity, [](const Pixel& c, const Pixel& o) {
+    return Pixel{c[0], c[1], c[2], c[3] * (o[0] + o[1] + o[2]) * o[3] / (3 * 255 * 255)};
+  });
+}
+
+Image RoughAndMetal(const std::optional<Image>& rough, const std::optional<Image>& metal) {
+  return Joined(rough, metal, [](const Pixel& r, const Pixel& m) {
+    return Pixel{255, r[1], m[2], 255};
+  });
 }
 
 }  // namespace
@@ -34,29 +76,17 @@ std::size_t GltfMaterials::IndexOf(const Instance& instance) {
 
 GltfMaterials::Json GltfMaterials::Make(const Instance& instance) {
   const SurfaceLook& look = picture_.looks[instance.look];
-  Json surface = {{"baseColorFactor", ColorOf(look.color)},
-                  {"metallicFactor", look.metallic},
-                  {"roughnessFactor", look.roughness}};
-  surface["baseColorFactor"].push_back(look.alpha);
-  AddTexture(instance, &SurfaceLook::colorTexture, surface, "baseColorTexture");
   Json material;
   if (!look.name.empty()) material["name"] = look.name;
-  material["pbrMetallicRoughness"] = std::move(surface);
+  material["pbrMetallicRoughness"] = SurfaceOf(instance);
   AddTexture(instance, &SurfaceLook::normalTexture, material, "normalTexture");
+  if (material.contains("normalTexture") && look.normalStrength != 1)
+    material["normalTexture"]["scale"] = look.normalStrength;
+  AddTexture(instance, &SurfaceLook::occlusionTexture, material, "occlusionTexture");
+  if (material.contains("occlusionTexture") && look.occlusion != 1)
+    material["occlusionTexture"]["strength"] = look.occlusion;
   AddTexture(instance, &SurfaceLook::luminanceTexture, material, "emissiveTexture");
-  // Factors of up to 1; what shines brighter says by how much.
-  const float brightest = Largest(look.luminance);
-  if (brightest > 0)
-    material["emissiveFactor"] = ColorOf(look.luminance * (1 / std::max(brightest, 1.0F)));
-  if (brightest > 1) {
-    material["extensions"]["KHR_materials_emissive_strength"]["emissiveStrength"] = brightest;
-    extensions_.insert("KHR_materials_emissive_strength");
-  }
-  // The format's plain surface reflects as half of ours does.
-  if (look.specular < 0.5F) {
-    material["extensions"]["KHR_materials_specular"]["specularFactor"] = look.specular * 2;
-    extensions_.insert("KHR_materials_specular");
-  }
+  AddShine(look, material);
   if (look.alphaMode == SurfaceLook::AlphaMode::Cut) {
     material["alphaMode"] = "MASK";
     material["alphaCutoff"] = look.cutoff;
@@ -67,24 +97,115 @@ GltfMaterials::Json GltfMaterials::Make(const Instance& instance) {
   return material;
 }
 
-void GltfMaterials::AddTexture(const Instance& instance,
-                               std::shared_ptr<const Texture> SurfaceLook::*place, Json& material,
-                               const char* key) {
-  for (const TextureWish& wish : picture_.textures) {
-    if (wish.look != instance.look || wish.place != place) continue;
-    const std::optional<std::size_t> texture = TextureOf(wish.name);
-    if (!texture) return;
-    Json use = {{"index", *texture}};
-    const bool moves = instance.uvOffset != std::array<float, 2>{0, 0} ||
-                       instance.uvTiles != std::array<float, 2>{1, 1};
-    if (moves) {
-      use["extensions"]["KHR_texture_transform"] = {{"offset", instance.uvOffset},
-                                                    {"scale", instance.uvTiles}};
-      extensions_.insert("KHR_texture_transform");
-    }
-    material[key] = std::move(use);
-    return;
+GltfMaterials::Json GltfMaterials::SurfaceOf(const Instance& instance) {
+  const SurfaceLook& look = picture_.looks[instance.look];
+  Json surface = {{"baseColorFactor", FactorOf(look.color)},
+                  {"metallicFactor", look.metallic},
+                  {"roughnessFactor", look.roughness}};
+  surface["baseColorFactor"].push_back(look.alpha);
+  const Source color = ColorOf(instance.look);
+  AddTexture(instance, color, color.first.empty() ? look.alphaTexture : look.colorTexture, surface,
+             "baseColorTexture");
+  const Source rough = RoughAndMetalOf(instance.look);
+  AddTexture(instance, rough, rough.first.empty() ? look.metallicTexture : look.roughnessTexture,
+             surface, "metallicRoughnessTexture");
+  return surface;
+}
+
+void GltfMaterials::AddShine(const SurfaceLook& look, Json& material) {
+  // Factors of up to 1; what shines brighter says by how much.
+  const float brightest = Largest(look.luminance);
+  if (brightest > 0)
+    material["emissiveFactor"] = FactorOf(look.luminance * (1 / std::max(brightest, 1.0F)));
+  if (brightest > 1) {
+    material["extensions"]["KHR_materials_emissive_strength"]["emissiveStrength"] = brightest;
+    extensions_.insert("KHR_materials_emissive_strength");
   }
+  // The format's plain surface reflects as half of ours does.
+  if (look.specular < 0.5F) {
+    material["extensions"]["KHR_materials_specular"]["specularFactor"] = look.specular * 2;
+    extensions_.insert("KHR_materials_specular");
+  }
+}
+
+std::string GltfMaterials::NameOf(std::uint32_t look, TextureUse SurfaceLook::*place) {
+  for (; wishesKnown_ < picture_.textures.size(); ++wishesKnown_)
+    wishes_[picture_.textures[wishesKnown_].look].push_back(wishesKnown_);
+  for (const std::size_t wish : wishes_[look]) {
+    if (picture_.textures[wish].place == place) return picture_.textures[wish].name;
+  }
+  return "";
+}
+
+GltfMaterials::Source GltfMaterials::ColorOf(std::uint32_t look) {
+  const std::string color = NameOf(look, &SurfaceLook::colorTexture);
+  const std::string opacity = NameOf(look, &SurfaceLook::alphaTexture);
+  const bool isOpaque = picture_.looks[look].alphaMode == SurfaceLook::AlphaMode::Opaque;
+  if (isOpaque || opacity.empty()) return {Blend::Plain, color};
+  return {Blend::ColorAndOpacity, color, opacity};
+}
+
+// A picture whose other channel tells nothing, or is meant, stays as it is.
+GltfMaterials::Source GltfMaterials::RoughAndMetalOf(std::uint32_t look) {
+  const std::string rough = NameOf(look, &SurfaceLook::roughnessTexture);
+  const std::string metal = NameOf(look, &SurfaceLook::metallicTexture);
+  const bool isMetal = picture_.looks[look].metallic > 0;
+  if (rough == metal || !isMetal) return {Blend::Plain, rough};
+  return {Blend::RoughAndMetal, rough, metal};
+}
+
+void GltfMaterials::AddTexture(const Instance& instance, TextureUse SurfaceLook::*place,
+                               Json& material, const char* key) {
+  AddTexture(instance, Source{Blend::Plain, NameOf(instance.look, place)},
+             picture_.looks[instance.look].*place, material, key);
+}
+
+void GltfMaterials::AddTexture(const Instance& instance, const Source& source,
+                               const TextureUse& use, Json& material, const char* key) {
+  if (source.first.empty() && source.second.empty()) return;
+  const std::optional<std::size_t> image = ImageOf(source);
+  if (!image) return;
+  Json texture = {{"index", TextureOf(*image, use.wraps)}};
+  AddTransform(instance, use, texture);
+  material[key] = std::move(texture);
+}
+
+// First as the object's tag has it, then as the texture itself.
+void GltfMaterials::AddTransform(const Instance& instance, const TextureUse& use, Json& texture) {
+  std::array<float, 2> scale = use.tiles;
+  std::array<float, 2> moved;
+  for (std::size_t k = 0; k < 2; ++k) {
+    scale[k] *= instance.uvTiles[k];
+    moved[k] = use.tiles[k] * instance.uvOffset[k];
+  }
+  const float cosine = std::cos(use.rotation);
+  const float sine = std::sin(use.rotation);
+  const std::array<float, 2> offset = {cosine * moved[0] + sine * moved[1] + use.offset[0],
+                                       cosine * moved[1] - sine * moved[0] + use.offset[1]};
+  const bool isMoved = offset != std::array<float, 2>{0, 0};
+  const bool isScaled = scale != std::array<float, 2>{1, 1};
+  if (!isMoved && !isScaled && use.rotation == 0) return;
+  Json& transform = texture["extensions"]["KHR_texture_transform"];
+  if (isMoved) transform["offset"] = offset;
+  if (use.rotation != 0) transform["rotation"] = use.rotation;
+  if (isScaled) transform["scale"] = scale;
+  extensions_.insert("KHR_texture_transform");
+}
+
+std::size_t GltfMaterials::TextureOf(std::size_t image, Wraps wraps) {
+  static constexpr int kWraps[] = {10497, 33071, 33648};
+  const auto u = static_cast<std::size_t>(wraps.u);
+  const auto v = static_cast<std::size_t>(wraps.v);
+  const auto [place, isNew] = textureIndices_.try_emplace({image, u, v}, textures_.size());
+  if (!isNew) return place->second;
+  Json texture = {{"source", image}};
+  if (u != 0 || v != 0) {
+    const auto [sampler, isFirst] = samplerIndices_.try_emplace({u, v}, samplers_.size());
+    if (isFirst) samplers_.push_back({{"wrapS", kWraps[u]}, {"wrapT", kWraps[v]}});
+    texture["sampler"] = sampler->second;
+  }
+  textures_.push_back(std::move(texture));
+  return place->second;
 }
 
 std::string GltfMaterials::BytesOf(const std::string& name) {
@@ -99,27 +220,42 @@ std::string GltfMaterials::BytesOf(const std::string& name) {
   return bytes ? bytes.Value() : "";
 }
 
-std::optional<std::size_t> GltfMaterials::TextureOf(const std::string& name) {
-  const auto [place, isNew] = textureIndices_.try_emplace(name);
-  if (!isNew) return place->second;
-  std::string bytes = BytesOf(name);
+std::optional<Image> GltfMaterials::PixelsOf(const std::string& name) {
+  const std::string bytes = name.empty() ? "" : BytesOf(name);
   if (bytes.empty()) return std::nullopt;
-  std::string kind = KindOfPicture(bytes);
-  if (kind.empty()) {
-    const Result<Image> image = DecodeImage(bytes);
-    const Result<std::string> png =
-        image ? EncodePng(ToBytes(image.Value())) : Result<std::string>(image.GetStatus());
-    if (!png) {
-      notes_.push_back("The texture \"" + name + "\" is left out: " + png.Message());
-      return std::nullopt;
-    }
-    bytes = png.Value();
-    kind = "image/png";
+  Result<Image> image = DecodeImage(bytes);
+  if (image) return ToBytes(image.Value());
+  notes_.push_back("The texture \"" + name + "\" is left out: " + image.Message());
+  return std::nullopt;
+}
+
+std::string GltfMaterials::PictureOf(const Source& source) {
+  std::optional<Image> picture;
+  if (source.blend == Blend::Plain) {
+    std::string bytes = BytesOf(source.first);
+    if (bytes.empty() || *KindOfPicture(bytes)) return bytes;
+    picture = PixelsOf(source.first);
+  } else {
+    const std::optional<Image> first = PixelsOf(source.first);
+    const std::optional<Image> second = PixelsOf(source.second);
+    if (first || second)
+      picture = source.blend == Blend::ColorAndOpacity ? WithOpacity(first, second)
+                                                       : RoughAndMetal(first, second);
   }
-  images_.push_back(
-      {{"bufferView", buffer_.AddBytes(bytes)}, {"mimeType", kind}, {"name", SafeFileName(name)}});
-  textures_.push_back({{"source", images_.size() - 1}});
-  place->second = textures_.size() - 1;
+  const Result<std::string> png = picture ? EncodePng(*picture) : Result<std::string>::Failure("");
+  return png ? png.Value() : "";
+}
+
+std::optional<std::size_t> GltfMaterials::ImageOf(const Source& source) {
+  const auto [place, isNew] = imageIndices_.try_emplace(source);
+  if (!isNew) return place->second;
+  const std::string bytes = PictureOf(source);
+  if (bytes.empty()) return std::nullopt;
+  const std::string& name = source.first.empty() ? source.second : source.first;
+  images_.push_back({{"bufferView", buffer_.AddBytes(bytes)},
+                     {"mimeType", KindOfPicture(bytes)},
+                     {"name", SafeFileName(name)}});
+  place->second = images_.size() - 1;
   return place->second;
 }
 

@@ -1,6 +1,7 @@
 // GltfMaterials: the looks of a picture as materials of a glTF file (glTF 2.0, section 3.9), with
 // their textures as images in the buffer. A material is written when the first object uses it.
-// Refers to what it was given. Main thread.
+// Where the format has one picture for what a look has two of, they become one. Refers to what it
+// was given; looks and textures may come to the picture meanwhile. Main thread.
 #pragma once
 
 #include <map>
@@ -8,10 +9,12 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/outside/FileSystem.h"
 #include "engine/publish/GltfBuffer.h"
+#include "engine/render/Image.h"
 #include "engine/render/ScenePicture.h"
 
 namespace engine {
@@ -32,17 +35,41 @@ class GltfMaterials {
   const Json& Materials() const { return materials_; }
   const Json& Textures() const { return textures_; }
   const Json& Images() const { return images_; }
+  const Json& Samplers() const { return samplers_; }
   const std::set<std::string>& Extensions() const { return extensions_; }
   std::vector<std::string> TakeNotes() { return std::move(notes_); }
 
  private:
+  // What a picture of the file is made of.
+  enum class Blend { Plain, ColorAndOpacity, RoughAndMetal };
+  struct Source {
+    Blend blend = Blend::Plain;
+    std::string first = {};  // names of files; empty: white
+    std::string second = {};
+
+    auto operator<=>(const Source&) const = default;
+  };
+
   Json Make(const Instance& instance);
-  // Puts a texture into `material` where the look has one.
-  void AddTexture(const Instance& instance, std::shared_ptr<const Texture> SurfaceLook::*place,
+  Json SurfaceOf(const Instance& instance);
+  void AddShine(const SurfaceLook& look, Json& material);
+  // The name of the picture that a look wants there, empty for none.
+  std::string NameOf(std::uint32_t look, TextureUse SurfaceLook::*place);
+  Source ColorOf(std::uint32_t look);
+  Source RoughAndMetalOf(std::uint32_t look);
+  // Puts a picture into `material`, where there is one, as it lies on the object.
+  void AddTexture(const Instance& instance, const Source& source, const TextureUse& use,
                   Json& material, const char* key);
-  // The index of the texture in a file, nothing where it cannot be had.
-  std::optional<std::size_t> TextureOf(const std::string& name);
+  void AddTexture(const Instance& instance, TextureUse SurfaceLook::*place, Json& material,
+                  const char* key);
+  void AddTransform(const Instance& instance, const TextureUse& use, Json& texture);
+  std::size_t TextureOf(std::size_t image, Wraps wraps);
+  // Nothing where it cannot be had.
+  std::optional<std::size_t> ImageOf(const Source& source);
+  // Bytes of a picture of a kind that the format knows; empty where there are none.
+  std::string PictureOf(const Source& source);
   std::string BytesOf(const std::string& name);
+  std::optional<Image> PixelsOf(const std::string& name);
 
   const host::BaseDocument& doc_;
   FileSystem& files_;
@@ -50,12 +77,17 @@ class GltfMaterials {
   GltfBuffer& buffer_;
   std::map<std::tuple<std::uint32_t, std::array<float, 2>, std::array<float, 2>>, std::size_t>
       indices_;
-  std::map<std::string, std::optional<std::size_t>> textureIndices_;  // by the name of the file
+  std::map<Source, std::optional<std::size_t>> imageIndices_;
+  std::map<std::array<std::size_t, 3>, std::size_t> textureIndices_;  // by image and wraps
+  std::map<std::array<std::size_t, 2>, std::size_t> samplerIndices_;
+  std::unordered_map<std::uint32_t, std::vector<std::size_t>> wishes_;  // by look
+  std::size_t wishesKnown_ = 0;
   std::set<std::string> extensions_;
   std::vector<std::string> notes_;
   Json materials_ = Json::array();
   Json textures_ = Json::array();
   Json images_ = Json::array();
+  Json samplers_ = Json::array();
 };
 
 }  // namespace engine

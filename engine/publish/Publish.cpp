@@ -127,6 +127,7 @@ class Publication::Maker {
     put("materials", materials_.Materials());
     put("textures", materials_.Textures());
     put("images", materials_.Images());
+    put("samplers", materials_.Samplers());
     if (!devices.Lights().empty())
       head["extensions"]["KHR_lights_punctual"]["lights"] = devices.Lights();
     if (!options_.asVariants) return head;

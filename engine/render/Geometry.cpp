@@ -1,5 +1,7 @@
 #include "engine/render/Geometry.h"
 
+#include <algorithm>
+
 namespace engine {
 
 namespace {
@@ -33,7 +35,9 @@ class Cleaning {
       if (polygon[3] != -1 && polygon[3] != polygon[2]) AddTriangle({i, {0, 2, 3}});
     }
     MakeSafePoints();
-    if (mesh_.uvs.size() == mesh_.polygons.size() * 4) CopyUvs();
+    if (mesh_.uvs.size() == mesh_.polygons.size() * 4) CopyCorners(mesh_.uvs, 0, geometry_.uvs);
+    if (mesh_.colors.size() == mesh_.polygons.size() * 4)
+      CopyCorners(mesh_.colors, 1, geometry_.colors);
     if (mesh_.normals.size() == mesh_.polygons.size() * 4) {
       CopyNormals();
     } else {
@@ -67,13 +71,16 @@ class Cleaning {
     for (Vec& p : geometry_.points) p = IsUsable(p) ? p : Vec{};
   }
 
-  void CopyUvs() {
-    geometry_.uvs.resize(sources_.size());
+  // What is no number becomes `instead`, with all that belongs to it.
+  template <std::size_t N>
+  void CopyCorners(const std::vector<std::array<float, N>>& from, float instead,
+                   std::vector<std::array<std::array<float, N>, 3>>& to) const {
+    to.resize(sources_.size());
     for (std::size_t i = 0; i < sources_.size(); ++i) {
       for (std::size_t c = 0; c < 3; ++c) {
-        const auto& uv = mesh_.uvs[sources_[i].polygon * 4 + sources_[i].corners[c]];
-        const bool finite = std::isfinite(uv[0]) && std::isfinite(uv[1]);
-        geometry_.uvs[i][c] = finite ? uv : std::array<float, 2>{0, 0};
+        to[i][c] = from[sources_[i].polygon * 4 + sources_[i].corners[c]];
+        const bool finite = std::ranges::all_of(to[i][c], [](float x) { return std::isfinite(x); });
+        if (!finite) to[i][c].fill(instead);
       }
     }
   }

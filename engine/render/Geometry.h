@@ -23,6 +23,8 @@ struct Geometry {
   std::vector<Corners> triangles;
   std::vector<std::array<Vec, 3>> normals;               // unit, one per corner
   std::vector<std::array<std::array<float, 2>, 3>> uvs;  // empty, or one per corner
+  // Empty, or one per corner: linear, and opacity
+  std::vector<std::array<std::array<float, 4>, 3>> colors;
   // The mesh came with normals, so its faces have a front and a back
   bool hasFront = false;
   Box bounds;

@@ -1,16 +1,20 @@
 #include "engine/render/LookReading.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "engine/render/TextureSearch.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/PictureParameters.h"
 #include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 
 namespace engine {
 
 namespace {
+
+constexpr double kStrongestNormals = 1e3;
 
 float Share(const host::BaseContainer& data, host::LONG id, double preset) {
   const double value = data.GetReal(id, preset);
@@ -23,6 +27,26 @@ Vec ColorAt(const host::BaseContainer& data, host::LONG id, Vec preset) {
   return IsFinite(color)
              ? Vec{std::max(0.0F, color.x), std::max(0.0F, color.y), std::max(0.0F, color.z)}
              : preset;
+}
+
+std::array<float, 2> PairAt(const host::BaseContainer& data, host::LONG id, float preset) {
+  if (data.FindIndex(id) == host::NOTOK) return {preset, preset};
+  const Vec pair = ToVec(data.GetVector(id));
+  return IsFinite(pair) ? std::array<float, 2>{pair.x, pair.y} : std::array{preset, preset};
+}
+
+TextureWrap WrapAt(const host::BaseContainer& data, host::LONG id) {
+  return static_cast<TextureWrap>(std::clamp<host::LONG>(data.GetLong(id), 0, 2));
+}
+
+TextureUse UseOf(const host::BaseContainer& shader) {
+  TextureUse use;
+  use.offset = PairAt(shader, kBitmapOffset, 0);
+  use.tiles = PairAt(shader, kBitmapTiles, 1);
+  const auto rotation = static_cast<float>(shader.GetReal(kBitmapRotation, 0));
+  if (std::isfinite(rotation)) use.rotation = rotation;
+  use.wraps = {WrapAt(shader, kBitmapWrapU), WrapAt(shader, kBitmapWrapV)};
+  return use;
 }
 
 // The first bitmap or color shader at or below `shader`; layers and mixtures of shaders show their
@@ -66,23 +90,43 @@ SurfaceLook LookReading::Read(std::uint32_t index, const host::BaseContainer& da
   look.roughness = Share(data, host::MATERIAL_ROUGHNESS, 0.5);
   look.metallic = Share(data, host::MATERIAL_METALLIC, 0);
   look.isDoubleSided = data.GetBool(host::MATERIAL_DOUBLE_SIDED, host::TRUE);
-  ReadShader({index, &SurfaceLook::colorTexture}, data, host::MATERIAL_COLOR_SHADER, &look.color);
-  ReadShader({index, &SurfaceLook::luminanceTexture}, data, host::MATERIAL_LUMINANCE_SHADER,
-             &look.luminance);
-  ReadShader({index, &SurfaceLook::normalTexture}, data, host::MATERIAL_NORMAL_SHADER, nullptr);
+  look.occlusion = Share(data, kMaterialOcclusion, 1);
+  const double strength = data.GetReal(kMaterialNormalStrength, 1);
+  if (std::abs(strength) < kStrongestNormals) look.normalStrength = static_cast<float>(strength);
+  ReadPictures(index, data, look);
   return look;
 }
 
-void LookReading::ReadShader(TextureWish wish, const host::BaseContainer& data, host::LONG link,
-                             Vec* color) {
-  const host::BaseShader* shader = FirstPlainShader(data.GetLink(link, &doc_));
-  if (!shader) return;
-  const host::BaseContainer& own = *shader->GetDataInstance();
-  if (shader->GetType() == host::Xcolor) {
-    if (color) *color = ColorAt(own, host::COLORSHADER_COLOR, *color);
-    return;
+void LookReading::ReadPictures(std::uint32_t index, const host::BaseContainer& data,
+                               SurfaceLook& look) {
+  struct Row {
+    TextureUse SurfaceLook::*place;
+    host::LONG link;
+    Vec SurfaceLook::*color;  // what a plain color shader sets instead
+  };
+  static constexpr Row kRows[] = {
+      {&SurfaceLook::colorTexture, host::MATERIAL_COLOR_SHADER, &SurfaceLook::color},
+      {&SurfaceLook::luminanceTexture, host::MATERIAL_LUMINANCE_SHADER, &SurfaceLook::luminance},
+      {&SurfaceLook::normalTexture, host::MATERIAL_NORMAL_SHADER, nullptr},
+      {&SurfaceLook::roughnessTexture, kMaterialRoughnessShader, nullptr},
+      {&SurfaceLook::metallicTexture, kMaterialMetallicShader, nullptr},
+      {&SurfaceLook::occlusionTexture, kMaterialOcclusionShader, nullptr},
+      {&SurfaceLook::alphaTexture, kMaterialOpacityShader, nullptr}};
+  for (const Row& row : kRows) {
+    const host::BaseShader* shader = FirstPlainShader(data.GetLink(row.link, &doc_));
+    if (!shader) continue;
+    const host::BaseContainer& own = *shader->GetDataInstance();
+    if (shader->GetType() == host::Xcolor) {
+      if (row.color) look.*row.color = ColorAt(own, host::COLORSHADER_COLOR, look.*row.color);
+      continue;
+    }
+    look.*row.place = UseOf(own);
+    WantPicture({index, row.place}, own);
   }
-  wish.name = own.GetFilename(host::BITMAPSHADER_FILENAME).GetString().ToUtf8();
+}
+
+void LookReading::WantPicture(TextureWish wish, const host::BaseContainer& shader) {
+  wish.name = shader.GetFilename(host::BITMAPSHADER_FILENAME).GetString().ToUtf8();
   if (wish.name.empty()) return;
   FindFiles(wish);
   picture_.textures.push_back(std::move(wish));

@@ -21,9 +21,10 @@ class LookReading {
 
  private:
   SurfaceLook Read(std::uint32_t index, const host::BaseContainer& data);
-  // Wants the bitmap behind a link to a shader for the wish's place; a plain color shader goes
-  // into `*color` instead.
-  void ReadShader(TextureWish wish, const host::BaseContainer& data, host::LONG link, Vec* color);
+  // Wants the bitmaps behind the links to shaders for their places in the look; a plain color
+  // shader sets a color instead.
+  void ReadPictures(std::uint32_t index, const host::BaseContainer& data, SurfaceLook& look);
+  void WantPicture(TextureWish wish, const host::BaseContainer& shader);
   void FindFiles(TextureWish& wish);
 
   const host::BaseDocument& doc_;

@@ -28,7 +28,7 @@ void TakeTextures(ScenePicture& scene, RenderCaches& caches) {
       if (!texture) texture = caches.TextureOf(*file, &problem);
     }
     if (texture) {
-      scene.looks[wish.look].*wish.place = texture;
+      (scene.looks[wish.look].*wish.place).texture = texture;
     } else if (noted.insert(wish.name).second) {
       scene.notes.push_back("The texture \"" + wish.name + "\" is not shown: " + problem);
     }

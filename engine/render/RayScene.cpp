@@ -8,7 +8,10 @@ namespace {
 
 unsigned MaskOf(const Instance& instance, const SurfaceLook& look) {
   unsigned mask = instance.seenByCamera ? kSeenByCamera : 0;
-  if (instance.castsShadows) mask |= look.CanBeSeenThrough() ? kSeeThroughCaster : kOpaqueCaster;
+  const bool mayBeClear =
+      look.alphaMode != SurfaceLook::AlphaMode::Opaque && !instance.geometry->colors.empty();
+  if (instance.castsShadows)
+    mask |= mayBeClear || look.CanBeSeenThrough() ? kSeeThroughCaster : kOpaqueCaster;
   return mask;
 }
 
@@ -59,8 +62,39 @@ struct RayScene::Triangle {
   Vec edge1, edge2;
   std::array<float, 3> weights;
   const std::array<std::array<float, 2>, 3>* uvs = nullptr;
+  const std::array<std::array<float, 4>, 3>* colors = nullptr;
   std::array<float, 2> uv{0, 0};
   std::array<float, 2> uvEdge1{0, 0}, uvEdge2{0, 0};
+
+  // The same with the coordinates of an instance: as its tag moves and repeats them.
+  Triangle On(const Instance& instance) const {
+    Triangle triangle = *this;
+    for (std::size_t k = 0; k < 2; ++k) {
+      const auto at = [&](std::size_t c) { return (*uvs)[c][k] * instance.uvTiles[k]; };
+      triangle.uv[k] =
+          at(0) * weights[0] + at(1) * weights[1] + at(2) * weights[2] + instance.uvOffset[k];
+      triangle.uvEdge1[k] = at(1) - at(0);
+      triangle.uvEdge2[k] = at(2) - at(0);
+    }
+    return triangle;
+  }
+  // And with those of a texture.
+  Triangle On(const TextureUse& use) const {
+    if (use.IsPlain()) return *this;
+    Triangle triangle = *this;
+    const float cosine = std::cos(use.rotation);
+    const float sine = std::sin(use.rotation);
+    const auto turned = [&](const std::array<float, 2>& at) {
+      const float u = at[0] * use.tiles[0];
+      const float v = at[1] * use.tiles[1];
+      return std::array<float, 2>{cosine * u + sine * v, cosine * v - sine * u};
+    };
+    triangle.uv = turned(uv);
+    for (std::size_t k = 0; k < 2; ++k) triangle.uv[k] += use.offset[k];
+    triangle.uvEdge1 = turned(uvEdge1);
+    triangle.uvEdge2 = turned(uvEdge2);
+    return triangle;
+  }
 
   // Side in u and v of a square with side 1 in the world.
   float UvPerLength() const {
@@ -154,6 +188,7 @@ void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& c
       Turned(instance.frame, geometry.points[corners[2]] - geometry.points[corners[0]]);
   triangle.weights = {1 - hit.hit.u - hit.hit.v, hit.hit.u, hit.hit.v};
   if (!geometry.uvs.empty()) triangle.uvs = &geometry.uvs[hit.hit.primID];
+  if (!geometry.colors.empty()) triangle.colors = &geometry.colors[hit.hit.primID];
 
   finding->instance = &instance;
   finding->look = &picture_.looks[instance.look];
@@ -176,11 +211,11 @@ void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& c
 namespace {
 
 // The normal that a normal map asks for; its green channel points against v.
-Vec Bent(Vec normal, Vec alongU, Vec alongV, Vec map) {
+Vec Bent(Vec normal, Vec alongU, Vec alongV, Vec map, float strength) {
   const Vec u = Normalized(alongU - normal * Dot(normal, alongU));
   const Vec v = Normalized(alongV - normal * Dot(normal, alongV));
-  const Vec bent =
-      u * (map.x * 2 - 1) - v * (map.y * 2 - 1) + normal * std::max(0.05F, map.z * 2 - 1);
+  const Vec bent = u * ((map.x * 2 - 1) * strength) - v * ((map.y * 2 - 1) * strength) +
+                   normal * std::max(0.05F, map.z * 2 - 1);
   const Vec unit = Normalized(bent);
   return IsFinite(unit) && Dot(unit, unit) > 0.5F ? unit : normal;
 }
@@ -191,43 +226,65 @@ float AlphaOf(const SurfaceLook& look, float alpha) {
   return alpha < look.cutoff ? 0.0F : 1.0F;
 }
 
+float GrayOf(const Texel& texel) {
+  return (texel.color.x + texel.color.y + texel.color.z) * (1.0F / 3) * texel.alpha;
+}
+
 }  // namespace
 
-void RayScene::Color(const Triangle& hit, float detail, Finding* finding) const {
+void RayScene::Color(const Triangle& hit, float detail, Finding* finding) {
   const SurfaceLook& look = *finding->look;
-  const Instance& instance = *finding->instance;
+  float alpha = look.alpha;
   finding->color = look.color;
   finding->luminance = look.luminance;
-  finding->alpha = AlphaOf(look, look.alpha);
-  if (!hit.uvs) return;
-  Triangle triangle = hit;
-  for (std::size_t k = 0; k < 2; ++k) {
-    const auto at = [&](std::size_t c) { return (*hit.uvs)[c][k] * instance.uvTiles[k]; };
-    triangle.uv[k] = at(0) * hit.weights[0] + at(1) * hit.weights[1] + at(2) * hit.weights[2] +
-                     instance.uvOffset[k];
-    triangle.uvEdge1[k] = at(1) - at(0);
-    triangle.uvEdge2[k] = at(2) - at(0);
+  finding->roughness = look.roughness;
+  finding->metallic = look.metallic;
+  finding->occlusion = 1;
+  if (hit.colors) {
+    std::array<float, 4> sum{};
+    for (std::size_t c = 0; c < 3; ++c) {
+      for (std::size_t k = 0; k < 4; ++k) sum[k] += (*hit.colors)[c][k] * hit.weights[c];
+    }
+    finding->color = finding->color * Vec{sum[0], sum[1], sum[2]};
+    alpha *= sum[3];
   }
-  const float uvDetail = detail * triangle.UvPerLength();
+  if (hit.uvs) AddTextures(hit.On(*finding->instance), detail, &alpha, finding);
+  finding->alpha = AlphaOf(look, alpha);
+}
+
+void RayScene::AddTextures(const Triangle& triangle, float detail, float* alpha, Finding* finding) {
+  const SurfaceLook& look = *finding->look;
+  const auto sample = [&](const TextureUse& use, bool isColor = false) {
+    const Triangle on = triangle.On(use);
+    return use.texture->Sample(on.uv[0], on.uv[1], detail * on.UvPerLength(), isColor, use.wraps);
+  };
   if (look.colorTexture) {
-    const Texel texel = look.colorTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail);
-    finding->color = look.color * texel.color;
-    finding->alpha = AlphaOf(look, look.alpha * texel.alpha);
+    const Texel texel = sample(look.colorTexture, true);
+    finding->color = finding->color * texel.color;
+    *alpha *= texel.alpha;
   }
-  if (look.luminanceTexture) {
-    finding->luminance =
-        look.luminance *
-        look.luminanceTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail).color;
+  if (look.alphaTexture) *alpha *= GrayOf(sample(look.alphaTexture));
+  if (look.luminanceTexture)
+    finding->luminance = look.luminance * sample(look.luminanceTexture, true).color;
+  if (look.roughnessTexture || look.metallicTexture) {
+    const Texel rough = look.roughnessTexture ? sample(look.roughnessTexture) : Texel{{1, 1, 1}};
+    const bool same = look.metallicTexture == look.roughnessTexture;
+    const Texel metal = same                   ? rough
+                        : look.metallicTexture ? sample(look.metallicTexture)
+                                               : Texel{{1, 1, 1}};
+    finding->roughness *= rough.color.y;
+    finding->metallic *= metal.color.z;
   }
-  const float turn =
-      triangle.uvEdge1[0] * triangle.uvEdge2[1] - triangle.uvEdge1[1] * triangle.uvEdge2[0];
-  if (!look.normalTexture || std::abs(turn) < 1e-20F) return;
-  const Vec alongU =
-      (triangle.edge1 * triangle.uvEdge2[1] - triangle.edge2 * triangle.uvEdge1[1]) * (1 / turn);
-  const Vec alongV =
-      (triangle.edge2 * triangle.uvEdge1[0] - triangle.edge1 * triangle.uvEdge2[0]) * (1 / turn);
-  const Vec map = look.normalTexture->Sample(triangle.uv[0], triangle.uv[1], uvDetail, false).color;
-  finding->normal = Bent(finding->normal, alongU, alongV, map);
+  if (look.occlusionTexture)
+    finding->occlusion = 1 + look.occlusion * (sample(look.occlusionTexture).color.x - 1);
+  if (!look.normalTexture) return;
+  const Triangle on = triangle.On(look.normalTexture);
+  const float turn = on.uvEdge1[0] * on.uvEdge2[1] - on.uvEdge1[1] * on.uvEdge2[0];
+  if (std::abs(turn) < 1e-20F) return;
+  const Vec alongU = (on.edge1 * on.uvEdge2[1] - on.edge2 * on.uvEdge1[1]) * (1 / turn);
+  const Vec alongV = (on.edge2 * on.uvEdge1[0] - on.edge1 * on.uvEdge2[0]) * (1 / turn);
+  finding->normal =
+      Bent(finding->normal, alongU, alongV, sample(look.normalTexture).color, look.normalStrength);
 }
 
 }  // namespace engine

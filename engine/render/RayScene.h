@@ -27,7 +27,10 @@ struct Finding {
   Vec normal;      // unit, smooth, with the normal map applied
   Vec color;
   Vec luminance;
-  float alpha = 1;      // what the surface covers, 0..1
+  float alpha = 1;  // what the surface covers, 0..1
+  float roughness = 0.5F;
+  float metallic = 0;
+  float occlusion = 1;  // share of the light around that its picture lets through
   bool isBack = false;  // the back of a surface that has only a front
 };
 
@@ -65,7 +68,8 @@ class RayScene {
   void AddNormals(const host::Matrix& frame);
   void Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
                 Finding* finding) const;
-  void Color(const Triangle& triangle, float detail, Finding* finding) const;
+  static void Color(const Triangle& triangle, float detail, Finding* finding);
+  static void AddTextures(const Triangle& triangle, float detail, float* alpha, Finding* finding);
 
   const ScenePicture& picture_;
   std::vector<Normals> normals_;   // one per instance

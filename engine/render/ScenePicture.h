@@ -16,6 +16,23 @@
 
 namespace engine {
 
+// How a texture lies on a surface: u and v (growing downwards) are scaled, then turned
+// anticlockwise, then moved, as the extension for texture transforms of glTF has it.
+struct TextureUse {
+  std::shared_ptr<const Texture> texture;  // null: none, or not prepared
+  Wraps wraps;
+  std::array<float, 2> offset{0, 0};
+  std::array<float, 2> tiles{1, 1};
+  float rotation = 0;
+
+  explicit operator bool() const { return texture != nullptr; }
+  bool operator==(const TextureUse&) const = default;
+  bool IsPlain() const {
+    return rotation == 0 && offset == std::array<float, 2>{0, 0} &&
+           tiles == std::array<float, 2>{1, 1};
+  }
+};
+
 // How a material looks, parameters and textures resolved.
 struct SurfaceLook {
   enum class AlphaMode { Opaque, Cut, Blend };
@@ -29,16 +46,29 @@ struct SurfaceLook {
   float roughness = 0.5F;
   float metallic = 0;
   bool isDoubleSided = true;
-  std::string name;  // of the material, empty for none
-  std::shared_ptr<const Texture> colorTexture;
-  std::shared_ptr<const Texture> luminanceTexture;
-  std::shared_ptr<const Texture> normalTexture;
+  float normalStrength = 1;
+  float occlusion = 1;  // strength of its texture
+  std::string name;     // of the material, empty for none
+  TextureUse colorTexture;
+  TextureUse luminanceTexture;
+  TextureUse normalTexture;
+  TextureUse roughnessTexture;  // green
+  TextureUse metallicTexture;   // blue
+  TextureUse occlusionTexture;  // red
+  TextureUse alphaTexture;      // gray
 
+  // Of a mesh whose corners are opaque.
   bool CanBeSeenThrough() const {
-    return alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture);
+    return alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture || alphaTexture);
   }
   bool operator==(const SurfaceLook&) const = default;
 };
+
+// All textures of a look.
+inline constexpr TextureUse SurfaceLook::*kTexturePlaces[] = {
+    &SurfaceLook::colorTexture,     &SurfaceLook::luminanceTexture, &SurfaceLook::normalTexture,
+    &SurfaceLook::roughnessTexture, &SurfaceLook::metallicTexture,  &SurfaceLook::occlusionTexture,
+    &SurfaceLook::alphaTexture};
 
 // A light's place and direction in the world. The color has the brightness multiplied in.
 struct LightSource {
@@ -53,7 +83,8 @@ struct LightSource {
   bool shown = true;  // as of an instance
   float innerCosine = 1;
   float outerCosine = 1;
-  float range = 0;  // 0: no end
+  float range = 0;   // 0: no end
+  float radius = 0;  // of what shines, 0: a point
 };
 
 // One object in the picture.
@@ -76,7 +107,7 @@ struct Instance {
 // A texture that a look wants: the files it may be in, in the order of trying.
 struct TextureWish {
   std::uint32_t look = 0;
-  std::shared_ptr<const Texture> SurfaceLook::*place = nullptr;
+  TextureUse SurfaceLook::*place = nullptr;
   std::string name = {};
   std::vector<std::shared_ptr<TextureFile>> files = {};
 };

@@ -1,4 +1,5 @@
 // Taking what can be seen out of a document.
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <unordered_map>
@@ -11,6 +12,7 @@
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/PictureParameters.h"
 #include "engine/scene/TreeWalk.h"
 #include "engine/scene/Vectors.h"
 #include "host/Parameters.h"
@@ -28,6 +30,7 @@ class Fingerprint {
  public:
   void Add(const Instance& instance);
   void Add(const SurfaceLook& look);
+  void Add(const TextureUse& use);
   void Add(const TextureWish& wish);
   void Add(const LightSource& light);
   std::uint64_t Value() const { return value_; }
@@ -63,23 +66,32 @@ void Fingerprint::Add(const Instance& instance) {
 void Fingerprint::Add(const SurfaceLook& look) {
   Color(look.color);
   Color(look.luminance);
-  for (const float number : {look.alpha, look.cutoff, look.specular, look.roughness, look.metallic})
+  for (const float number : {look.alpha, look.cutoff, look.specular, look.roughness, look.metallic,
+                             look.normalStrength, look.occlusion})
     Number(number);
+  for (const auto place : kTexturePlaces) Add(look.*place);
   Word(static_cast<std::uint64_t>(look.alphaMode) << 1U | std::uint64_t{look.isDoubleSided});
+}
+
+void Fingerprint::Add(const TextureUse& use) {
+  Word(static_cast<std::uint64_t>(use.wraps.u) << 2U | static_cast<std::uint64_t>(use.wraps.v));
+  for (const float number :
+       {use.offset[0], use.offset[1], use.tiles[0], use.tiles[1], use.rotation})
+    Number(number);
 }
 
 void Fingerprint::Add(const TextureWish& wish) {
   Word(wish.look);
-  Word(wish.place == &SurfaceLook::colorTexture       ? 0
-       : wish.place == &SurfaceLook::luminanceTexture ? 1
-                                                      : 2);
+  Word(static_cast<std::uint64_t>(std::ranges::find(kTexturePlaces, wish.place) -
+                                  std::begin(kTexturePlaces)));
   for (const auto& file : wish.files) Word(reinterpret_cast<std::uintptr_t>(file.get()));
 }
 
 void Fingerprint::Add(const LightSource& light) {
   Word(static_cast<std::uint64_t>(light.kind) << 1U | std::uint64_t{light.castsShadows});
   for (const Vec v : {light.color, light.position, light.direction}) Color(v);
-  for (const float number : {light.innerCosine, light.outerCosine, light.range}) Number(number);
+  for (const float number : {light.innerCosine, light.outerCosine, light.range, light.radius})
+    Number(number);
 }
 
 // State that children take over from their parents.
@@ -283,6 +295,7 @@ class SceneScan::Reader {
     light.outerCosine = static_cast<float>(std::cos(outer / 2));
     light.innerCosine = static_cast<float>(std::cos(inner / 2));
     light.range = static_cast<float>(std::max(0.0, data.GetReal(host::LIGHT_RANGE)));
+    light.radius = static_cast<float>(std::clamp(data.GetReal(kLightRadius), 0.0, kFarthest));
     if (IsFinite(light.color) && IsFinite(light.position) && IsFinite(light.direction))
       picture_.lights.push_back(light);
   }

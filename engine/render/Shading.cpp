@@ -11,6 +11,7 @@ constexpr float kUsualOpenShare = 0.9F;
 constexpr float kOpenReach = 0.06F;  // how far, as a share of the scene
 constexpr float kWeakestReflection = 0.04F;
 constexpr float kSharpestRoughness = 0.06F;
+constexpr std::uint32_t kDiscTries = 4;  // places tried per sample on a light that is no point
 
 // A number without a pattern (the output permutation of PCG, by O'Neill).
 std::uint32_t Scrambled(std::uint32_t n) {
@@ -23,11 +24,56 @@ float ToShare(std::uint32_t n) { return static_cast<float>(n >> 8U) * (1.0F / 16
 
 float Fraction(float x) { return x - std::floor(x); }
 
+// The plastic number's sequence spreads evenly however many are taken of it (Roberts 2018): its
+// n-th pair, turned by `seed`.
+struct Pair {
+  float a;
+  float b;
+};
+Pair SpreadPair(std::uint32_t seedA, std::uint32_t seedB, std::uint32_t count) {
+  const auto n = static_cast<float>(count);
+  return {Fraction(ToShare(Scrambled(seedA)) + n * 0.7548776662F),
+          Fraction(ToShare(Scrambled(seedB)) + n * 0.5698402910F)};
+}
+
+// Two directions across a third one.
+struct Sides {
+  Vec side;
+  Vec other;
+
+  explicit Sides(Vec normal) {
+    const Vec helper = std::abs(normal.x) > 0.7F ? Vec{0, 1, 0} : Vec{1, 0, 0};
+    side = Normalized(Cross(helper, normal));
+    other = Cross(normal, side);
+  }
+};
+
+// A facet of a rough surface as the eye sees them (Heitz 2018), from two numbers of 0..1.
+Vec FacetToward(Vec toEye, Vec normal, float roughness, Pair pair) {
+  const Sides sides(normal);
+  const float width = roughness * roughness;
+  const Vec seen = Normalized({width * Dot(toEye, sides.side), width * Dot(toEye, sides.other),
+                               std::max(1e-3F, Dot(toEye, normal))});
+  const float across = seen.x * seen.x + seen.y * seen.y;
+  const Vec t1 = across > 0 ? Vec{-seen.y, seen.x, 0} * (1 / std::sqrt(across)) : Vec{1, 0, 0};
+  const Vec t2 = Cross(seen, t1);
+  const float r = std::sqrt(pair.a);
+  const float x = r * std::cos(2 * kPi * pair.b);
+  const float s = 0.5F * (1 + seen.z);
+  const float y =
+      (1 - s) * std::sqrt(std::max(0.0F, 1 - x * x)) + s * r * std::sin(2 * kPi * pair.b);
+  const Vec facet = t1 * x + t2 * y + seen * std::sqrt(std::max(0.0F, 1 - x * x - y * y));
+  return Normalized(sides.side * (width * facet.x) + sides.other * (width * facet.y) +
+                    normal * std::max(1e-6F, facet.z));
+}
+
+Vec Reflected(Vec direction, Vec normal) {
+  return Normalized(direction - normal * (2 * Dot(normal, direction)));
+}
+
 // A direction around `normal`, more often near it (by the cosine), from two numbers of 0..1.
 Vec Around(Vec normal, float a, float b) {
-  const Vec helper = std::abs(normal.x) > 0.7F ? Vec{0, 1, 0} : Vec{1, 0, 0};
-  const Vec side = Normalized(Cross(helper, normal));
-  const Vec other = Cross(normal, side);
+  const auto [side, other] = Sides(normal);
   const float r = std::sqrt(a);
   const float turn = 2 * kPi * b;
   return Normalized(side * (r * std::cos(turn)) + other * (r * std::sin(turn)) +
@@ -47,14 +93,14 @@ Vec Mirrored(Vec straight, float cosine) {
 
 Vec StraightReflection(const Finding& finding) {
   const float plain = 0.08F * finding.look->specular;
-  return Mix({plain, plain, plain}, finding.color, finding.look->metallic);
+  return Mix({plain, plain, plain}, finding.color, finding.metallic);
 }
 
 // The bright spot of a light on a rough surface: Trowbridge and Reitz's distribution with Smith's
 // shadowing (Karis 2013), scaled so that a white diffuse surface facing the light returns 1.
 float Gloss(const Finding& finding, Vec toLight, Vec toEye, float lightCosine) {
   const Vec half = Normalized(toLight + toEye);
-  const float rough = std::max(kSharpestRoughness, finding.look->roughness);
+  const float rough = std::max(kSharpestRoughness, finding.roughness);
   const float a2 = rough * rough * rough * rough;
   const float nh = std::max(0.0F, Dot(finding.normal, half));
   const float nv = std::max(1e-3F, Dot(finding.normal, toEye));
@@ -132,29 +178,78 @@ Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth,
 
 Vec Shading::LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const {
   const Vec toEye = -ray.direction;
-  const Vec straight = StraightReflection(finding);
-  const Vec diffuse = finding.color * (1 - finding.look->metallic);
-  const Vec ambient = AmbientOn(finding, tries);
+  const float metallic = finding.metallic;
+  const Vec diffuse = finding.color * (1 - metallic);
+  const float open =
+      (finding.instance->receivesShadows ? OpenShare(finding, tries) : 1) * finding.occlusion;
+  const Vec ambient = AmbientOn(finding, open);
   Vec light = finding.luminance + diffuse * ambient;
-  for (const LightSource& source : lights_) light += LightOf(source, finding, toEye);
-
-  const float smooth = 1 - finding.look->roughness;
-  const Vec mirrored =
-      Mirrored(straight, std::max(0.0F, Dot(finding.normal, toEye))) * (smooth * smooth);
-  const Vec blurred = straight * (1 - smooth * smooth);
-  const Vec direction =
-      Normalized(ray.direction - finding.normal * (2 * Dot(finding.normal, ray.direction)));
-  const Vec around = BackdropColor(direction);
-  light += blurred * ambient;
-  const bool traced = detail_ == ShadingDetail::Full && depth < kDeepestReflection &&
-                      Largest(mirrored) >= kWeakestReflection;
-  if (!traced) return light + mirrored * around * ambient;
-  const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
-                      std::numeric_limits<float>::infinity()};
-  return light + mirrored * LightAlong(reflected, around, tries, depth + 1);
+  for (const LightSource& source : lights_) light += LightOf(source, finding, toEye, tries);
+  if (metallic < 1) AddGloss(finding, ray, ambient, tries, depth, &light);
+  if (metallic > 0) light += MetalOn(finding, ray, open, tries, depth) * metallic;
+  return light;
 }
 
-Vec Shading::LightOf(const LightSource& light, const Finding& finding, Vec toEye) const {
+void Shading::AddGloss(const Finding& finding, const Ray& ray, Vec ambient, Tries tries, int depth,
+                       Vec* light) const {
+  const float plain = 0.08F * finding.look->specular;
+  const Vec straight{plain, plain, plain};
+  const float share = 1 - finding.metallic;
+  const float smooth = 1 - finding.roughness;
+  const float cosine = std::max(0.0F, -Dot(finding.normal, ray.direction));
+  const Vec mirrored = Mirrored(straight, cosine) * (smooth * smooth * share);
+  const Vec blurred = straight * ((1 - smooth * smooth) * share);
+  *light += blurred * ambient;
+  const Vec direction = Reflected(ray.direction, finding.normal);
+  const Vec around = BackdropColor(direction);
+  const bool traced = detail_ == ShadingDetail::Full && depth < kDeepestReflection &&
+                      Largest(mirrored) >= kWeakestReflection;
+  if (!traced) {
+    *light += mirrored * around * ambient;
+    return;
+  }
+  const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
+                      std::numeric_limits<float>::infinity()};
+  *light += mirrored * LightAlong(reflected, around, tries, depth + 1);
+}
+
+// Light that goes from facet to facet comes out again, so that nothing is taken off for shadowing:
+// a white metal in a white room is white.
+Vec Shading::MetalOn(const Finding& finding, const Ray& ray, float open, Tries tries,
+                     int depth) const {
+  const Vec toEye = -ray.direction;
+  if (detail_ == ShadingDetail::Quick || depth >= kDeepestReflection) {
+    const float cosine = std::max(0.0F, Dot(finding.normal, toEye));
+    const Vec direction = Reflected(ray.direction, finding.normal);
+    return Mirrored(finding.color, cosine) * RoomLight(direction, finding.roughness) * open;
+  }
+  const Pair pair =
+      SpreadPair(tries.pixel * 2 + 0x68bc21ebU, tries.pixel * 2 + 0x02e5be93U, tries.sample);
+  const Vec facet = FacetToward(toEye, finding.normal, finding.roughness, pair);
+  const Vec weight = Mirrored(finding.color, std::max(0.0F, Dot(facet, toEye)));
+  Vec direction = Reflected(ray.direction, facet);
+  if (Dot(direction, finding.normal) < 0) direction = Reflected(direction, finding.normal);
+  const Vec room = RoomLight(direction, 0);
+  if (Dot(direction, finding.faceNormal) <= 0) return weight * room * open;
+  const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
+                      std::numeric_limits<float>::infinity()};
+  return weight * LightAlong(reflected, room, tries, depth + 1);
+}
+
+Vec Shading::RoomLight(Vec direction, float roughness) const {
+  const Vec key{-0.497F, 0.746F, -0.443F};  // a large soft lamp in front above
+  const Vec rim{0.793F, 0.397F, 0.463F};    // a smaller one behind
+  const float wide = 0.3F * roughness;
+  const float shape = 0.45F + 0.45F * SmoothStep(-0.3F - wide, 0.35F + wide, direction.y) +
+                      2.4F * SmoothStep(0.7F - wide, 0.94F + wide, Dot(direction, key)) +
+                      1.3F * SmoothStep(0.75F - wide, 0.95F + wide, Dot(direction, rim));
+  const Vec ambient = Mix(groundAmbient_, skyAmbient_, direction.y * 0.5F + 0.5F);
+  const float level = (ambient.x + ambient.y + ambient.z) * (1.0F / 3) * shape;
+  return {level, level, level};
+}
+
+Vec Shading::LightOf(const LightSource& light, const Finding& finding, Vec toEye,
+                     Tries tries) const {
   Vec toLight = -light.direction;
   float distance = std::numeric_limits<float>::infinity();
   float strength = 1;
@@ -172,11 +267,13 @@ Vec Shading::LightOf(const LightSource& light, const Finding& finding, Vec toEye
   Vec passing{1, 1, 1};
   if (light.castsShadows && finding.instance->receivesShadows) {
     if (Dot(finding.faceNormal, toLight) <= 0) return {};
-    passing = Passing(finding, toLight, distance);
+    const bool isDisc = light.radius > 0 && light.kind != LightSource::Kind::Sun;
+    passing = isDisc && detail_ == ShadingDetail::Full ? PassingFromDisc(finding, light, tries)
+                                                       : Passing(finding, toLight, distance);
   }
   const Vec half = Normalized(toLight + toEye);
   const Vec mirrored = Mirrored(StraightReflection(finding), std::max(0.0F, Dot(half, toEye)));
-  const Vec diffuse = finding.color * (1 - finding.look->metallic) * (Vec{1, 1, 1} - mirrored);
+  const Vec diffuse = finding.color * (1 - finding.metallic) * (Vec{1, 1, 1} - mirrored);
   return light.color * passing * (diffuse + mirrored * Gloss(finding, toLight, toEye, cosine)) *
          (cosine * strength);
 }
@@ -198,22 +295,32 @@ Vec Shading::Passing(const Finding& from, Vec direction, float distance) const {
   return passing;
 }
 
-Vec Shading::AmbientOn(const Finding& finding, Tries tries) const {
-  const Vec ambient = Mix(groundAmbient_, skyAmbient_, finding.normal.y * 0.5F + 0.5F);
-  return finding.instance->receivesShadows ? ambient * OpenShare(finding, tries) : ambient;
+Vec Shading::PassingFromDisc(const Finding& from, const LightSource& light, Tries tries) const {
+  const Sides sides(Normalized(light.position - from.position));
+  Vec sum;
+  for (std::uint32_t i = 0; i < kDiscTries; ++i) {
+    const Pair pair = SpreadPair(tries.pixel * 2 + 0x967a889bU, tries.pixel * 2 + 0x368cc8b7U,
+                                 tries.sample * kDiscTries + i);
+    const float r = light.radius * std::sqrt(pair.a);
+    const Vec way = light.position + sides.side * (r * std::cos(2 * kPi * pair.b)) +
+                    sides.other * (r * std::sin(2 * kPi * pair.b)) - from.position;
+    sum += Passing(from, Normalized(way), Length(way));
+  }
+  return sum * (1.0F / kDiscTries);
+}
+
+Vec Shading::AmbientOn(const Finding& finding, float open) const {
+  return Mix(groundAmbient_, skyAmbient_, finding.normal.y * 0.5F + 0.5F) * open;
 }
 
 float Shading::OpenShare(const Finding& finding, Tries tries) const {
   if (detail_ == ShadingDetail::Quick) return kUsualOpenShare;
   const Vec start = finding.position + finding.faceNormal * (scene_.Gap(finding) * 2);
-  const float turnA = ToShare(Scrambled(tries.pixel * 2 + 1));
-  const float turnB = ToShare(Scrambled(tries.pixel * 2 + 0x9e3779b9U));
   float open = 0;
   for (std::uint32_t i = 0; i < kOpenTries; ++i) {
-    // The plastic number's sequence spreads evenly however many are taken of it (Roberts 2018).
-    const auto n = static_cast<float>(tries.sample * kOpenTries + i);
-    const Vec direction = Around(finding.normal, Fraction(turnA + n * 0.7548776662F),
-                                 Fraction(turnB + n * 0.5698402910F));
+    const Pair pair = SpreadPair(tries.pixel * 2 + 1, tries.pixel * 2 + 0x9e3779b9U,
+                                 tries.sample * kOpenTries + i);
+    const Vec direction = Around(finding.normal, pair.a, pair.b);
     const bool below = Dot(direction, finding.faceNormal) <= 0;
     if (below || !scene_.IsBlocked({start, direction, 0, scene_.Size() * kOpenReach})) open += 1;
   }

@@ -1,4 +1,5 @@
-// Shading: how much light comes along a ray. It refers to the scene and the camera, which must
+// Shading: how much light comes along a ray. Surfaces are those of metal and roughness: Trowbridge
+// and Reitz's facets with Smith's shadowing and Schlick's reflection (Karis 2013). It refers to the scene and the camera, which must
 // outlive it. Pure: the same ray and number give the same light, on any thread.
 #pragma once
 
@@ -39,10 +40,20 @@ class Shading {
   Vec LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const;
   Vec LightAlong(const Ray& ray, Vec beyond, Tries tries, int depth,
                  FirstHit* first = nullptr) const;
-  Vec LightOf(const LightSource& light, const Finding& finding, Vec toEye) const;
-  Vec AmbientOn(const Finding& finding, Tries tries) const;
+  Vec LightOf(const LightSource& light, const Finding& finding, Vec toEye, Tries tries) const;
+  // Light from around a surface, of which it sees the share `open`.
+  Vec AmbientOn(const Finding& finding, float open) const;
+  // What is mirrored by a surface as far as it is no metal, and by one that is.
+  void AddGloss(const Finding& finding, const Ray& ray, Vec ambient, Tries tries, int depth,
+                Vec* light) const;
+  Vec MetalOn(const Finding& finding, const Ray& ray, float open, Tries tries, int depth) const;
+  // The room that metals mirror where nothing of the scene is: soft, without a color, as bright as
+  // the light from around.
+  Vec RoomLight(Vec direction, float roughness) const;
   // Share of light that reaches a point from a direction, by color.
   Vec Passing(const Finding& from, Vec direction, float distance) const;
+  // The same of a light that is no point.
+  Vec PassingFromDisc(const Finding& from, const LightSource& light, Tries tries) const;
   float OpenShare(const Finding& finding, Tries tries) const;
 
   const RayScene& scene_;

@@ -56,7 +56,20 @@ struct Place {
   float share;
 };
 
-Place PlaceOf(float coordinate, std::uint32_t size) {
+// Within the picture, and never over its edge.
+Place PlaceWithin(float coordinate, std::uint32_t size) {
+  const float last = static_cast<float>(size) - 1;
+  const float pixel = std::clamp(coordinate * static_cast<float>(size) - 0.5F, 0.0F, last);
+  const auto first = static_cast<std::size_t>(pixel);
+  return {first, std::min<std::size_t>(first + 1, size - 1), pixel - std::floor(pixel)};
+}
+
+Place PlaceOf(float coordinate, std::uint32_t size, TextureWrap wrap) {
+  if (wrap == TextureWrap::Clamp) return PlaceWithin(std::clamp(coordinate, 0.0F, 1.0F), size);
+  if (wrap == TextureWrap::Mirror) {
+    const float pair = coordinate * 0.5F;
+    return PlaceWithin(1 - std::abs(1 - 2 * (pair - std::floor(pair))), size);
+  }
   const float inside = coordinate - std::floor(coordinate);
   const float pixel = inside * static_cast<float>(size) - 0.5F;
   const float below = std::floor(pixel);
@@ -77,21 +90,21 @@ Texture::Texture(Image image) {
     levels_.push_back(Halved(levels_.back()));
 }
 
-Texel Texture::Sample(float u, float v, float detail, bool isColor) const {
+Texel Texture::Sample(float u, float v, float detail, bool isColor, Wraps wraps) const {
   if (!std::isfinite(u) || !std::isfinite(v)) return {};
   const float pixels = detail * static_cast<float>(std::max(levels_[0].width, levels_[0].height));
   const float level = pixels > 1 ? std::log2(pixels) : 0.0F;
   const float last = static_cast<float>(levels_.size() - 1);
   const float upper = std::floor(std::min(level, last));
   const auto index = static_cast<std::size_t>(upper);
-  const Texel sharp = SampleLevel(levels_[index], u, v, isColor);
+  const Texel sharp = SampleLevel(levels_[index], u, v, isColor, wraps);
   if (level <= 0 || upper >= last) return sharp;
-  return MixTexels(sharp, SampleLevel(levels_[index + 1], u, v, isColor), level - upper);
+  return MixTexels(sharp, SampleLevel(levels_[index + 1], u, v, isColor, wraps), level - upper);
 }
 
-Texel Texture::SampleLevel(const Image& level, float u, float v, bool isColor) const {
-  const Place x = PlaceOf(u, level.width);
-  const Place y = PlaceOf(v, level.height);
+Texel Texture::SampleLevel(const Image& level, float u, float v, bool isColor, Wraps wraps) {
+  const Place x = PlaceOf(u, level.width, wraps.u);
+  const Place y = PlaceOf(v, level.height, wraps.v);
   const Texel top = MixTexels(PixelAt(level, x.first, y.first, isColor),
                               PixelAt(level, x.second, y.first, isColor), x.share);
   const Texel low = MixTexels(PixelAt(level, x.first, y.second, isColor),

@@ -12,12 +12,21 @@
 
 #include "engine/render/Image.h"
 #include "engine/render/Vec.h"
+#include "engine/scene/PictureParameters.h"
 
 namespace engine {
 
 struct Texel {
   Vec color;  // linear
   float alpha = 1;
+};
+
+// What lies beyond the edges of a picture.
+struct Wraps {
+  TextureWrap u = TextureWrap::Repeat;
+  TextureWrap v = TextureWrap::Repeat;
+
+  bool operator==(const Wraps&) const = default;
 };
 
 class Texture {
@@ -28,15 +37,14 @@ class Texture {
   // Takes the picture; one of no pixels is not allowed.
   explicit Texture(Image image);
 
-  // The color at u, v; v grows downwards; the picture repeats in both directions. `detail` is the
-  // side of the seen area in units of u and v: 0 shows every pixel. `isColor` false takes the bytes
-  // as plain numbers (normal maps).
-  Texel Sample(float u, float v, float detail, bool isColor = true) const;
+  // The color at u, v; v grows downwards. `detail` is the side of the seen area in units of u and
+  // v: 0 shows every pixel. `isColor` false takes the bytes as plain numbers (normal maps).
+  Texel Sample(float u, float v, float detail, bool isColor = true, Wraps wraps = {}) const;
 
   std::size_t Bytes() const;
 
  private:
-  Texel SampleLevel(const Image& level, float u, float v, bool isColor) const;
+  static Texel SampleLevel(const Image& level, float u, float v, bool isColor, Wraps wraps);
   std::vector<Image> levels_;  // full size first
 };
 
