@@ -1,9 +1,14 @@
 #include "engine/publish/GltfFile.h"
 
+#include <xxhash.h>
+
+#include <array>
+#include <cctype>
 #include <cstdio>
+#include <cstring>
+#include <map>
 
 #include "engine/publish/GltfText.h"
-#include "engine/scene/EmbeddedFiles.h"
 
 namespace engine {
 
@@ -14,6 +19,7 @@ using Json = nlohmann::ordered_json;
 constexpr std::uint32_t kMagic = 0x46546C67;      // "glTF"
 constexpr std::uint32_t kJsonChunk = 0x4E4F534A;  // "JSON"
 constexpr std::uint32_t kBytesChunk = 0x004E4942;
+constexpr std::size_t kHashDigits = 16;
 
 void AppendWord(std::string& to, std::uint64_t number) {
   for (unsigned shift = 0; shift < 32; shift += 8) to += static_cast<char>(number >> shift & 0xFF);
@@ -59,11 +65,75 @@ Result<PublishedScene> Binary(const GltfParts& parts, const GltfBuffer& buffer,
   return scene;
 }
 
+// A name with the hash of the content before its suffix.
+std::string NamedByContent(const std::string& begin, std::string_view bytes, const char* suffix) {
+  std::array<char, kHashDigits + 1> hash;
+  std::snprintf(hash.data(), hash.size(), "%016llx",
+                static_cast<unsigned long long>(XXH3_64bits(bytes.data(), bytes.size())));
+  return begin + "." + hash.data() + suffix;
+}
+
+// A file name as an address (RFC 3986, section 2.1).
+std::string AddressOf(const std::string& name) {
+  std::string address;
+  for (const char letter : name) {
+    const auto byte = static_cast<unsigned char>(letter);
+    if (byte < 0x80 && (std::isalnum(byte) != 0 || std::strchr("-._~", letter) != nullptr)) {
+      address += letter;
+      continue;
+    }
+    std::array<char, 4> code;
+    std::snprintf(code.data(), code.size(), "%%%02X", static_cast<unsigned>(byte));
+    address += code.data();
+  }
+  return address;
+}
+
+// The name of a picture without the suffix that it had, which need not be that of its bytes.
+PublishedFile PictureFile(const Json& image, const std::string& bytes) {
+  const std::string name = image.value("name", "texture");
+  const std::string type = image.value("mimeType", "");
+  const char* suffix = type == "image/jpeg" ? ".jpg" : type == "image/webp" ? ".webp" : ".png";
+  const std::string begin = name.substr(0, name.find_last_of('.'));
+  return {NamedByContent(begin.empty() ? "texture" : begin, bytes, suffix), bytes};
+}
+
+Result<PublishedScene> Text(GltfParts& parts, const GltfBuffer& buffer,
+                            const PublishOptions& options) {
+  PublishedScene scene;
+  std::map<std::string, std::string> addresses;  // by hash and suffix: equal pictures are one file
+  const auto add = [&](PublishedFile file) {
+    const std::string content = file.name.substr(file.name.find_last_of('.') - kHashDigits);
+    const auto [place, isNew] = addresses.try_emplace(content, AddressOf(file.name));
+    if (isNew) scene.beside.push_back(std::move(file));
+    return place->second;
+  };
+  if (parts.head.contains("images")) {
+    for (Json& image : parts.head["images"]) {
+      const std::size_t place = image["bufferView"].get<std::size_t>();
+      image["uri"] = add(PictureFile(image, buffer.Pictures()[place]));
+      image.erase("bufferView");
+    }
+  }
+  if (Status fits = CheckSize(buffer.Size(false), options); !fits) return fits;
+  std::string bytes;
+  bytes.reserve(buffer.Size(false));
+  buffer.AppendTo(bytes, false);
+  std::string address;
+  if (!bytes.empty()) {
+    std::string name = NamedByContent(options.beside, bytes, ".bin");
+    address = add({std::move(name), std::move(bytes)});
+  }
+  scene.bytes = TextOf(parts, buffer.Members(false, address));
+  if (Status fits = CheckSize(scene.bytes.size(), options); !fits) return fits;
+  return scene;
+}
+
 }  // namespace
 
 Result<PublishedScene> FinishGltfFile(GltfParts parts, const GltfBuffer& buffer,
                                       const PublishOptions& options) {
-  return Binary(parts, buffer, options);
+  return options.beside.empty() ? Binary(parts, buffer, options) : Text(parts, buffer, options);
 }
 
 }  // namespace engine

@@ -29,8 +29,9 @@ struct PublishOptions {
   // Each state is a material variant of its name, and the file says in its extras
   // ("stagemarks") what else is particular to each. Else the file has one state.
   bool asVariants = false;
-  // Bytes and pictures in files of their own, beside one of text.
-  bool inSeveralFiles = false;
+  // Not empty: bytes and pictures in files of their own, beside one of text; this is what the name
+  // of the one with bytes begins with.
+  std::string beside = {};
   std::uint64_t largest = 0xFFFFFFFF;  // bytes that a file can hold
 };
 
@@ -48,7 +49,7 @@ struct PublishCaches {
 };
 
 struct PublishedFile {
-  std::string name;  // safe; it tells the content
+  std::string name;  // a safe one, with a hash of the content (XXH3, 64 bits, as 16 digits)
   std::string bytes;
 };
 

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "engine/publish/Publish.h"
 #include "engine/scenefile/FileAsRead.h"
 #include "engine/scenefile/SceneOrigin.h"
+#include "program/publish/PublishedFiles.h"
 
 namespace commandline {
 
@@ -18,9 +18,7 @@ constexpr std::string_view kMark = "Made by stagemarks ";
 constexpr std::size_t kLongestMark = 100;
 constexpr std::string_view kPngBegin = "\x89PNG\r\n\x1a\n";
 constexpr std::string_view kPageBegin = "<!DOCTYPE html>";
-constexpr std::string_view kGlbBegin = "glTF";
-constexpr std::size_t kGlbHead = 200;  // bytes in which the generator is looked for
-constexpr std::size_t kPngEnd = 12;    // bytes of its last chunk
+constexpr std::size_t kPngEnd = 12;  // bytes of its last chunk
 constexpr std::string_view kChunk = "tEXtSoftware";
 
 std::string MarkText(std::string_view bytes, const std::string& maker) {
@@ -61,32 +59,9 @@ std::string WithoutMark(std::string_view bytes, std::size_t mark) {
   return std::string(bytes.substr(0, mark - std::min(mark, before)));
 }
 
-// Where the digits of the generator are, which stands at the beginning; npos where it is another's.
-std::size_t DigitsOfGlb(std::string_view bytes) {
-  const std::string_view words =
-      engine::kGltfGenerator.substr(0, engine::kGltfGenerator.size() - 16);
-  const std::size_t at = bytes.substr(0, kGlbHead).find(words);
-  return at == std::string_view::npos || bytes.size() < at + words.size() + 16
-             ? std::string_view::npos
-             : at + words.size();
-}
-
-// With the hash of the file, its digits counted as zeros.
-std::string WithGlbMark(std::string bytes) {
-  const std::size_t digits = DigitsOfGlb(bytes);
-  if (digits == std::string::npos) return bytes;
-  bytes.replace(digits, 16, 16, '0');
-  char hash[17];
-  const std::string_view all = bytes;
-  std::snprintf(hash, sizeof hash, "%016llx",
-                static_cast<unsigned long long>(engine::HashOfContent({&all, 1})));
-  return bytes.replace(digits, 16, hash);
-}
-
 }  // namespace
 
 std::string WithMaker(const std::string& bytes, const std::string& maker) {
-  if (bytes.starts_with(kGlbBegin)) return WithGlbMark(bytes);
   const std::string mark = MarkText(bytes, maker);
   if (bytes.starts_with(kPageBegin)) return bytes + "<!-- " + mark + " -->\n";
   if (!IsPng(bytes)) return bytes + mark + "\n";
@@ -98,10 +73,7 @@ std::string WithMaker(const std::string& bytes, const std::string& maker) {
 std::string MakerOf(std::string_view bytes) {
   const std::string scene = engine::SceneOriginOf(bytes);
   if (!scene.empty()) return scene;
-  if (bytes.starts_with(kGlbBegin)) {
-    const bool ours = DigitsOfGlb(bytes) != std::string_view::npos;
-    return ours && WithGlbMark(std::string(bytes)) == bytes ? "publish" : "";
-  }
+  if (publishing::IsPublished(bytes)) return publishing::HasMark(bytes) ? "publish" : "";
   const std::size_t tail = bytes.size() - std::min(bytes.size(), kLongestMark);
   const std::size_t mark = bytes.substr(tail).find(kMark);
   if (mark == std::string_view::npos) return "";

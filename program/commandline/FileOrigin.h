@@ -10,8 +10,7 @@
 
 namespace commandline {
 
-// The bytes of a picture (PNG, TIFF) or a page (HTML) with the mark of `maker`, a word; those of a
-// published scene (GLB), whose maker is "publish".
+// The bytes of a picture (PNG, TIFF) or a page (HTML) with the mark of `maker`, a word.
 std::string WithMaker(const std::string& bytes, const std::string& maker);
 // The maker of a file with these bytes, a scene or a published one, too; empty where there is none or the file was
 // changed since.

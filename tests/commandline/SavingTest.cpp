@@ -74,6 +74,9 @@ TEST_F(Saving, OnlyWhatACommandMadeItselfIsReplacedWithoutForce) {
       {{"publish", scene, "--only", "Day", "--to", Scene("pub")},
        Scene("pub/spider Day.glb"),
        true},
+      {{"publish", scene, "--only", "Day", "--to", Scene("pub"), "--as", "gltf"},
+       Scene("pub/spider Day.gltf"),
+       true},
   };
   Out({"import", spider, Scene("bare.c4d")});
   for (const auto& row : kRows) {

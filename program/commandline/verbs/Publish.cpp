@@ -4,8 +4,8 @@
 
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
-#include "program/commandline/FileOrigin.h"
 #include "program/commandline/StatePictures.h"
+#include "program/publish/PublishedFiles.h"
 
 namespace commandline {
 
@@ -14,6 +14,7 @@ namespace {
 struct PublishChoices {
   std::string folder;
   std::vector<std::string> only;
+  std::string as = "glb";
   std::string hidden = "omit";
   bool allInOne = false;
 };
@@ -21,6 +22,7 @@ struct PublishChoices {
 // A file with the states from `first` on.
 struct PlannedFile {
   std::string name;  // for messages
+  std::string stem;
   std::string path;
   std::size_t first = 0;
   std::size_t count = 1;
@@ -46,6 +48,10 @@ class PublishVerb {
                      ? "Published " + Counted(written_, "state") + " to " + folder_ + "."
                      : "Not everything was published.");
     report_.Print(program_.json);
+    if (status == kInterrupted) {
+      program_.terminal.Error("Interrupted after " + std::to_string(files_) + " of " +
+                              Counted(plan_.size(), "file") + ".");
+    }
     return status == kDone ? session_.CheckLedger() : status;
   }
 
@@ -60,7 +66,8 @@ class PublishVerb {
     const std::string scene = SceneName(session_.Document());
     const auto add = [&](const std::string& name, const std::string& file, std::size_t count) {
       const std::size_t first = plan_.empty() ? 0 : plan_.back().first + plan_.back().count;
-      plan_.push_back({name, folder_ + "/" + SafeFileName(file) + ".glb", first, count});
+      const std::string stem = SafeFileName(file);
+      plan_.push_back({name, stem, folder_ + "/" + stem + "." + choices_.as, first, count});
     };
     const std::vector<Mark>& states = states_.States();
     if (choices_.allInOne || states_.AsItIs()) {
@@ -97,20 +104,26 @@ class PublishVerb {
     options.scene = SceneName(session_.Document());
     options.omitHidden = choices_.hidden == "omit";
     options.asVariants = choices_.allInOne;
+    if (choices_.as == "gltf") options.beside = file.stem;
     engine::Publication publication(session_.Document(), session_.Files(), options, renderCaches_,
                                     caches_);
     for (std::size_t i = 0; i < file.count; ++i) {
       const int status = AddState(publication, states_.States()[file.first + i]);
       if (status != kDone) return status;
     }
-    const auto published = publication.Finish(ProgressOf(file.name));
+    auto published = publication.Finish(ProgressOf(file.name));
     done_ += 1;
     if (!published) return Refuse(file.name, published.Message());
     Tell(published.Value().notes);
-    const engine::Status written = session_.Files().ReplaceFile(
-        file.path, WithMaker(published.Value().bytes, program_.verbName));
+    const std::string line = LineOf(file, published.Value());
+    const JsonMembers members = MembersOf(file, published.Value());
+    const engine::Status written =
+        publishing::WriteScene(session_.Files(), file.path, published.Take(), program_.force);
     if (!written) return Fail(written.Message());
-    AddToReport(file, published.Value());
+    ++files_;
+    written_ += file.count;
+    report_.Line(line);
+    report_.Append("published", members);
     return kDone;
   }
 
@@ -146,22 +159,29 @@ class PublishVerb {
     }
   }
 
-  void AddToReport(const PlannedFile& file, const engine::PublishedScene& scene) {
-    written_ += file.count;
+  std::string LineOf(const PlannedFile& file, const engine::PublishedScene& scene) const {
+    return "  " + Shown(file.path.substr(folder_.size() + 1)) + "  " +
+           (choices_.allInOne ? Counted(file.count, "state") + ", " : "") +
+           Counted(scene.objects, "object") + ", " + Counted(scene.triangles, "triangle");
+  }
+
+  JsonMembers MembersOf(const PlannedFile& file, const engine::PublishedScene& scene) const {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < file.count; ++i)
       names.push_back(states_.States()[file.first + i].name);
-    JsonMembers members = {{"file", file.path},
-                           {"objects", scene.objects},
-                           {"triangles", scene.triangles},
-                           {"bytes", scene.bytes.size()}};
-    members.insert(members.begin(), choices_.allInOne
-                                        ? std::pair<std::string, JsonValue>{"stagemarks", names}
-                                        : std::pair<std::string, JsonValue>{"stagemark", names[0]});
-    report_.Append("published", members);
-    report_.Line("  " + Shown(file.path.substr(folder_.size() + 1)) + "  " +
-                 (choices_.allInOne ? Counted(names.size(), "state") + ", " : "") +
-                 Counted(scene.objects, "object") + ", " + Counted(scene.triangles, "triangle"));
+    std::size_t bytes = scene.bytes.size();
+    std::vector<std::string> beside;
+    for (const engine::PublishedFile& other : scene.beside) {
+      bytes += other.bytes.size();
+      beside.push_back(folder_ + "/" + other.name);
+    }
+    return {{choices_.allInOne ? "stagemarks" : "stagemark",
+             choices_.allInOne ? JsonValue(names) : JsonValue(names[0])},
+            {"file", file.path},
+            {"beside", beside},
+            {"objects", scene.objects},
+            {"triangles", scene.triangles},
+            {"bytes", bytes}};
   }
 
   Program& program_;
@@ -175,8 +195,9 @@ class PublishVerb {
   engine::RenderCaches renderCaches_;
   engine::PublishCaches caches_;
   pictures::SaidNotes said_;
-  double done_ = 0;  // steps
-  std::size_t written_ = 0;
+  double done_ = 0;          // steps
+  std::size_t written_ = 0;  // states
+  std::size_t files_ = 0;
 };
 
 }  // namespace
@@ -190,6 +211,11 @@ void AddPublish(Arguments& arguments, Program& program) {
       .Required()
       .Word("DIR");
   AddOnly(verb, choices->only);
+  verb.Add("--as", choices->as,
+           "glb: all in one binary file; gltf: text, with bytes and textures in files beside it")
+      .OneOf({"glb", "gltf"})
+      .Default("glb")
+      .Word("FORM");
   verb.Add("--hidden", choices->hidden,
            "What does not render: omit: is left out; mark: is there and marked as not visible")
       .OneOf({"omit", "mark"})
@@ -201,7 +227,7 @@ void AddPublish(Arguments& arguments, Program& program) {
   AddStrict(verb, program);
   AddForce(verb, program);
   verb.Footer(
-      "Each file (.glb, binary glTF 2.0) shows one state as a rendered picture does: objects with "
+      "Each file (glTF 2.0) shows one state as a rendered picture does: objects with "
       "their materials and\n"
       "textures, lights and cameras, the scene camera first. Browsers, engines and modellers read "
       "it. A scene without\n"
