@@ -137,13 +137,10 @@ void SendCoreMessage(host::LONG id, const host::BaseContainer& message);
 // True while a Command, CoreMessage or other plug-in call of any dialog is running.
 bool InsideDialogCall();
 
-// The dialog as text, as a person would see it: groups, fields with their values, the list with
-// columns lined up, the menus. The selected lines of a list begin with an arrow; a gadget that is
-// switched off stands between dots instead of blanks. Control characters and broken UTF-8 show as
-// replacement characters, so that a text cannot disturb a terminal.
-std::string DialogAsText(const host::GeDialog& dialog);
-// Only list `id`: one line per row, check boxes as [x], columns lined up, cells cut at `widestCell`
-// columns. Empty when there is no such list.
+// List `id` as text: one line per row, the selected ones behind an arrow, check boxes as [x], columns
+// lined up, cells cut at `widestCell` columns. Control characters and broken UTF-8 show as
+// replacement characters, so that a text cannot disturb a terminal. Empty when there is no such
+// list.
 std::string ListAsText(const host::GeDialog& dialog, host::LONG id,
                        std::size_t widestCell = std::string::npos);
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <limits>
 
-#include "engine/dialog/TextArea.h"
+#include "engine/dialog/TerminalText.h"
 #include "engine/states/FieldText.h"
 #include "program/commandline/Terminal.h"
 

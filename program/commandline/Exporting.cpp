@@ -5,7 +5,7 @@
 #include <map>
 #include <memory>
 
-#include "engine/dialog/TextArea.h"
+#include "engine/dialog/TerminalText.h"
 #include "engine/render/TextureSearch.h"
 #include "program/pictures/DialogLabels.h"
 

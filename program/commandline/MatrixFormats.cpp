@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "engine/dialog/TextArea.h"
+#include "engine/dialog/TerminalText.h"
 #include "engine/states/FieldText.h"
 #include "program/commandline/ChangeLists.h"
 #include "program/commandline/Terminal.h"

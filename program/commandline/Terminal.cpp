@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "engine/dialog/TextArea.h"
+#include "engine/dialog/TerminalText.h"
 
 namespace commandline {
 

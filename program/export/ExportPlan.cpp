@@ -5,7 +5,7 @@
 #include <map>
 #include <set>
 
-#include "engine/dialog/TextArea.h"
+#include "engine/dialog/TerminalText.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/scenefile/SceneFile.h"
 #include "host/Host.h"

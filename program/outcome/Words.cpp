@@ -1,6 +1,6 @@
 #include "program/outcome/Words.h"
 
-#include "engine/dialog/TextArea.h"
+#include "engine/dialog/TerminalText.h"
 
 namespace outcome {
 

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "engine/dialog/TextArea.h"
+#include "engine/dialog/TerminalText.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/states/Findings.h"
 #include "host/Host.h"

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "engine/dialog/TextArea.h"
+#include "engine/dialog/TerminalText.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/scene/DocumentState.h"
 #include "engine/scene/SceneDump.h"

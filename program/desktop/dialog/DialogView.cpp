@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "program/desktop/Text.h"
+#include "program/desktop/background/DocumentBusy.h"
 #include "program/desktop/dialog/GadgetGrid.h"
 #include "program/desktop/dialog/ListView.h"
 #include "program/desktop/dialog/PluginCall.h"
@@ -18,8 +19,6 @@ namespace desktop {
 namespace {
 
 // While plug-in code runs, for instance behind a question of its own, the dialog may be half
-// filled.
-constexpr int kMillisecondsBetweenTries = 20;
 constexpr int kNarrowBorder = 3;
 
 void Add(std::string& shape, std::initializer_list<host::LONG> numbers) {
@@ -145,8 +144,14 @@ DialogView::DialogView(host::GeDialog& dialog, engine::FileSystem& files, QWidge
   area_->setWidgetResizable(true);
   area_->setFrameShape(QFrame::NoFrame);
   catchUp_.setSingleShot(true);
+  // While plug-in code runs, for instance behind a question of its own, the dialog may be half
+  // filled.
   connect(&catchUp_, &QTimer::timeout, this, [this] {
-    engine::InsideDialogCall() ? catchUp_.start(kMillisecondsBetweenTries) : CatchUp();
+    if (std::exchange(isWaiting_, true)) return;
+    WhenDocumentIsFree(this, [this] {
+      isWaiting_ = false;
+      CatchUp();
+    });
   });
   engine::AddDialogObserver(*this);
   Build();

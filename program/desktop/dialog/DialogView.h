@@ -89,6 +89,7 @@ class DialogView : public QWidget, private engine::DialogObserver {
   bool changedWholly_ = false;
   // Runs CatchUp when the event loop has time.
   QTimer catchUp_;
+  bool isWaiting_ = false;  // to catch up when the documents are free
 };
 
 }  // namespace desktop
