@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "host/BaseContainer.h"
 
 namespace {

@@ -372,10 +372,9 @@ int Run(LONG objects, int stagemarks) {
   desktop::DesktopPerson person;
   const engine::SystemServices services(person);
   engine::Application application(services.Get(), {});
-  Require(
-      application.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so").outcome ==
-          engine::LoadOutcome::Loaded,
-      "the plug-in is not there");
+  Require(application.LoadPlugin(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so").outcome ==
+              engine::LoadOutcome::Loaded,
+          "the plug-in is not there");
   std::printf("%d objects, %d Stagemarks\n", objects, stagemarks);
   const Seconds plain =
       MakeAndMeasure(application, folder.Path() + "/big.c4d", objects, stagemarks);

@@ -189,9 +189,9 @@ void Measure(const std::string& name, host::BaseDocument& doc) {
 void MeasureSample(const std::string& file) {
   tests::ScriptedServices services;
   engine::ApplicationSetup setup;
-  setup.importWorker = std::string(TEST_BINARY_DIR) + "/bin/stagemarks";
+  setup.importWorker = TEST_BINARY_DIR "/bin/stagemarks";
   engine::Application application(services.Get(), setup);
-  const auto opened = application.OpenDocument(std::string(TEST_SOURCE_DIR) + "/scenes/" + file);
+  const auto opened = application.OpenDocument(TEST_SOURCE_DIR "/scenes/" + file);
   Require(opened.Ok(), opened.Message());
   Measure(file, *opened.Value());
 }

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scenefile/SceneFile.h"
 
 namespace {

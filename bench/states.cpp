@@ -57,7 +57,7 @@ class Stage {
   explicit Stage(LONG objects) : application_(services_.Get(), {}) {
     const double before = MemoryInUse();
     const engine::LoadReport report =
-        application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
+        application_.LoadPlugin(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so");
     Require(report.outcome == engine::LoadOutcome::Loaded, report.message.c_str());
     host::SetActiveDocument(application_.NewDocument());
     Require(application_.ExecuteCommand(stagemarks::kPluginId), "the dialog did not open");

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/core/Utf8.h"
 #include "engine/scenefile/FileAsRead.h"
 

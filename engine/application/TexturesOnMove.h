@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/outside/FileSystem.h"
 #include "host/BaseDocument.h"
 

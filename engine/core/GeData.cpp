@@ -4,8 +4,8 @@
 #include <cmath>
 #include <utility>
 
-#include "engine/core/ContainerAccess.h"
 #include "engine/core/ContainerBody.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/core/Value.h"
 
 namespace engine {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/render/RenderCaches.h"
 #include "engine/scene/EditorView.h"
 #include "host/BaseDocument.h"

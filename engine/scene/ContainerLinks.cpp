@@ -1,7 +1,7 @@
 // The link accessors of values and containers: core holds links as identities, the scene makes and
 // resolves them.
-#include "engine/core/ContainerAccess.h"
 #include "engine/core/ContainerBody.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"

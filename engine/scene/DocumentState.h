@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "host/BaseDocument.h"
 
 namespace engine {

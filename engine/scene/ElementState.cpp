@@ -1,6 +1,6 @@
 #include "engine/scene/ElementState.h"
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scene/NodeAccess.h"
 
 namespace engine {

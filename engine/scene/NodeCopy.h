@@ -4,7 +4,7 @@
 
 #include <unordered_map>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scene/NodeAccess.h"
 #include "engine/scene/Ownership.h"
 

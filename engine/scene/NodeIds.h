@@ -6,7 +6,7 @@
 
 #include <unordered_set>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "host/BaseDocument.h"
 
 namespace engine {

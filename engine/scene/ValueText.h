@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 
 namespace engine {
 

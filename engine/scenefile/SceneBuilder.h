@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/Ownership.h"
 #include "engine/scenefile/CarriedFiles.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "host/BaseDocument.h"
 
 namespace engine {

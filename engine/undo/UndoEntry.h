@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeAccess.h"
 #include "engine/scene/Ownership.h"

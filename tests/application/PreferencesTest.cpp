@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <limits>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/ScriptedServices.h"
 

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "host/BaseContainer.h"
 
 namespace {

@@ -1,4 +1,5 @@
 #include "host/BaseContainer.h"
+#include "tests/support/ContainerMemory.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "host/DescID.h"
 
 namespace {
@@ -267,7 +268,7 @@ TEST(Container, NestsDeeperThanTheStack) {
   const BaseContainer b = Nested(kDepth, 1);
   EXPECT_EQ(a, b);
   EXPECT_NE(a, Nested(kDepth, 2));
-  EXPECT_GT(engine::MemoryOf(a), kDepth * sizeof(void*));
+  EXPECT_GT(tests::MemoryOf(a), kDepth * sizeof(void*));
 }
 
 TEST(Container, EndsInstancesNestedDeeperThanTheStack) {
@@ -295,7 +296,7 @@ TEST(Container, ComparesSharedLevelsOnce) {
     return level;
   };
   EXPECT_EQ(tower(), tower());
-  EXPECT_LT(engine::MemoryOf(tower()), 60U * 200U);
+  EXPECT_LT(tests::MemoryOf(tower()), 60U * 200U);
 }
 
 }  // namespace

@@ -4,8 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "host/BaseContainer.h"
+#include "tests/support/ContainerMemory.h"
 
 namespace {
 
@@ -148,9 +149,9 @@ TEST_P(LongContainer, ACopySplitsByChunks) {
   BaseContainer both;
   both.SetContainer(1, container);
   container.SetLong(GetParam().key(50000), -1);
-  const std::size_t alone = engine::MemoryOf(container);
+  const std::size_t alone = tests::MemoryOf(container);
   both.SetContainer(2, container);
-  EXPECT_LT(engine::MemoryOf(both), alone + alone / 20);
+  EXPECT_LT(tests::MemoryOf(both), alone + alone / 20);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -167,12 +168,12 @@ TEST(LongContainerMemory, ForgetsKeysThatLeft) {
   for (const LONG leaving : {0, 1999}) {
     BaseContainer container;
     for (LONG i = 2000; i > 0; --i) container.SetLong(i, i);
-    const std::size_t before = engine::MemoryOf(container);
+    const std::size_t before = tests::MemoryOf(container);
     for (LONG i = 0; i < 100000; ++i) {
       container.RemoveData(container.GetIndexId(leaving));
       container.SetLong(10000 + i, i);
     }
-    EXPECT_LT(engine::MemoryOf(container), 4 * before) << leaving;
+    EXPECT_LT(tests::MemoryOf(container), 4 * before) << leaving;
   }
 }
 
@@ -187,10 +188,10 @@ TEST(LongContainerMemory, RecordingAgainUnchangedAddsNothing) {
   for (LONG i = 0; i < 5000; ++i) store.SetContainer(i, record(i));
   BaseContainer both;
   both.SetContainer(1, store);
-  const std::size_t before = engine::MemoryOf(both);
+  const std::size_t before = tests::MemoryOf(both);
   for (LONG i = 0; i < 5000; ++i) store.SetContainer(i, record(i));
   both.SetContainer(1, store);
-  EXPECT_EQ(engine::MemoryOf(both), before);
+  EXPECT_EQ(tests::MemoryOf(both), before);
   EXPECT_EQ(engine::BodyOf(both.GetContainer(1)), engine::BodyOf(store));
 }
 

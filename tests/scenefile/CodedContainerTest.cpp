@@ -5,7 +5,7 @@
 
 #include <limits>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scenefile/Columns.h"
 #include "engine/scenefile/ValueSections.h"
 #include "tests/scenefile/Scenes.h"

@@ -9,6 +9,7 @@
 #include "engine/scene/TreeWalk.h"
 #include "engine/scenefile/SceneFile.h"
 #include "tests/scenefile/Scenes.h"
+#include "tests/support/ContainerMemory.h"
 
 namespace tests {
 namespace {
@@ -145,7 +146,7 @@ TEST(SceneFileRoundTrip, EqualAndNearlyEqualStatesCostNextToNothing) {
   EXPECT_EQ(engine::BodyOf(data.GetContainer(1)), engine::BodyOf(data.GetContainer(2)));
   BaseContainer alone;
   alone.SetContainer(1, data.GetContainer(1));
-  EXPECT_LT(engine::MemoryOf(data), engine::MemoryOf(alone) + 40000);
+  EXPECT_LT(tests::MemoryOf(data), tests::MemoryOf(alone) + 40000);
 }
 
 TEST(SceneFileRoundTrip, ALongContainerOfMixedValuesComesBack) {

@@ -290,7 +290,7 @@ TEST_F(DialogTest, AboutTellsTheVersion) {
 
 // The manual lies beside the plug-in wherever the build could set it.
 TEST_F(DialogTest, HelpOpensTheManualWhereThereIsOne) {
-  const std::string manual = std::string(TEST_PLUGIN_DIR) + "/Stagemarks/help/SM_Manual.pdf";
+  const std::string manual = TEST_PLUGIN_DIR "/Stagemarks/help/SM_Manual.pdf";
   const bool there = GeFExist(Filename(String(manual.c_str())));
   EXPECT_EQ(there, TEST_WITH_MANUAL);
   EXPECT_TRUE(Menu(kHelp));

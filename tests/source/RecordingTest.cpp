@@ -1,7 +1,7 @@
 // What a recording takes from the scene.
 #include "tests/source/StageTest.h"
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "host/Parameters.h"
 #include "source/Stagemarks/keys/TagTypes.h"
 

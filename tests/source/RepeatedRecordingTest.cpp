@@ -2,7 +2,7 @@
 // reading and changes nothing.
 #include <functional>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "source/Stagemarks/keys/TagTypes.h"
 #include "tests/source/StageTest.h"
 

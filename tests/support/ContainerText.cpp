@@ -1,6 +1,6 @@
 #include "tests/support/ContainerText.h"
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scene/NodeTypes.h"
 
 namespace tests {

@@ -25,7 +25,7 @@ PluginSession::PluginSession(engine::ApplicationSetup setup)
     : services_(folder_.Path() + "/user"), application_(services_.Get(), std::move(setup)) {
   services_.clock.now = kNow;
   const engine::LoadReport report =
-      application_.LoadPlugin(std::string(TEST_PLUGIN_DIR) + "/Stagemarks/Stagemarks.so");
+      application_.LoadPlugin(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so");
   if (report.outcome != engine::LoadOutcome::Loaded) Fail(report.message);
   host::SetActiveDocument(application_.NewDocument());
   if (!application_.ExecuteCommand(stagemarks::kPluginId))

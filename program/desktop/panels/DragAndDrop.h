@@ -7,7 +7,7 @@
 #include <QTreeView>
 #include <vector>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 
 namespace desktop {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "engine/core/ContainerAccess.h"
+#include "engine/core/ContainerContents.h"
 #include "engine/scene/DocumentState.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/DocumentBusy.h"

@@ -1,4 +1,4 @@
-#include "engine/core/ContainerAccess.h"
+#include "tests/support/ContainerMemory.h"
 
 #include <unordered_set>
 #include <vector>
@@ -6,9 +6,11 @@
 #include "engine/core/ContainerBody.h"
 #include "engine/core/LongBody.h"
 
-namespace engine {
+namespace tests {
 
 namespace {
+
+using namespace engine;
 
 // Adds up blocks; a block with several owners counts where it is met first.
 class Measurement {
@@ -73,37 +75,8 @@ class Measurement {
 
 }  // namespace
 
-NodeId LinkOf(const host::BaseContainer& container, host::LONG id) {
-  const Entry* entry = FindEntry(ContainerAccess::Body(container), id);
-  return entry && entry->type == host::DA_ALIASLINK ? entry->bits : 0;
-}
-
-void SetLinkId(host::BaseContainer& container, host::LONG id, NodeId target) {
-  ContainerAccess::SetNumber(container, id, {host::DA_ALIASLINK, target});
-}
-
-const void* BodyOf(const host::BaseContainer& container) {
-  const ContainerBody* body = ContainerAccess::Body(container);
-  return SizeOf(body) == 0 && IdOf(body) == 0 ? nullptr : body;
-}
-
-void ForEachEntry(const host::BaseContainer& container,
-                  const std::function<void(host::LONG, const host::GeData&)>& visit) {
-  // A share of its own, so that the visitor may change the container.
-  const host::BaseContainer kept = ContainerAccess::Share(ContainerAccess::Body(container));
-  std::uint32_t next = 0;
-  for (auto some = NextEntries(ContainerAccess::Body(kept), next); !some.empty();
-       some = NextEntries(ContainerAccess::Body(kept), next)) {
-    for (const Entry& entry : some) visit(entry.key, ValueAccess::Share(entry.Get()));
-  }
-}
-
 std::size_t MemoryOf(const host::BaseContainer& container) {
-  return Measurement().Run(ContainerAccess::Body(container));
+  return Measurement().Run(engine::ContainerAccess::Body(container));
 }
 
-bool Identical(const host::BaseContainer& a, const host::BaseContainer& b) {
-  return SameBodies(ContainerAccess::Body(a), ContainerAccess::Body(b), OwnIds::kCompared);
-}
-
-}  // namespace engine
+}  // namespace tests

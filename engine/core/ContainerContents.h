@@ -1,4 +1,4 @@
-// What the engine, not the plug-in, may see of values and containers: link identities, walking
+// ContainerContents: what the engine, not the plug-in, may see of values and containers: link identities, walking
 // entries without copying them, and whether two containers share one body. Any thread that owns the
 // container.
 #pragma once
@@ -28,9 +28,6 @@ const void* BodyOf(const host::BaseContainer& container);
 // Calls `visit(key, value)` for every entry in order. O(n); sub-containers are shared, not copied.
 void ForEachEntry(const host::BaseContainer& container,
                   const std::function<void(host::LONG, const host::GeData&)>& visit);
-
-// Bytes of memory held by the container and all it reaches; what is shared inside it counts once.
-std::size_t MemoryOf(const host::BaseContainer& container);
 
 // Equal in everything, own IDs included, at every depth.
 bool Identical(const host::BaseContainer& a, const host::BaseContainer& b);
