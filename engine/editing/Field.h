@@ -66,6 +66,7 @@ struct Field {
   const char* unit = "";
   const char* tip = "";
   std::span<const FieldChoice> choices = {};
+  double preset = 0;  // as it is kept, of a number that an element may lack
 };
 
 // Fields of one type of element (a base type: of all derived from it) under a common title.

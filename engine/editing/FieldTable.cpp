@@ -2,6 +2,7 @@
 
 #include "engine/editing/Field.h"
 #include "engine/scene/PictureLimits.h"
+#include "engine/scene/PictureParameters.h"
 #include "host/BaseDocument.h"
 #include "host/BaseMaterial.h"
 #include "host/LayerObject.h"
@@ -43,6 +44,10 @@ constexpr Field Angle(LONG id, const char* label, double min, double max, const 
 }
 constexpr Field Percent(LONG id, const char* label, double max = 100, const char* tip = "") {
   return {id, label, Kind::Percent, 0, max, 5, " %", tip};
+}
+// Of a texture that may be missing.
+constexpr Field Strength(LONG id, const char* label, double max) {
+  return {id, label, Kind::Percent, 0, max, 5, " %", "Of the texture above.", {}, 1};
 }
 constexpr Field Switch(LONG id, const char* label, const char* tip = "") {
   return {id, label, Kind::Switch, 0, 1, 1, "", tip};
@@ -98,6 +103,7 @@ constexpr Field kLight[] = {
     Angle(LIGHT_INNER_ANGLE, "Inner angle", 0, 180, "Of a spot: the bright cone."),
     Angle(LIGHT_OUTER_ANGLE, "Outer angle", 0, 180, "Of a spot: where its light ends."),
     Number(LIGHT_RANGE, "Range", 0, kFar, 10, "0: no end."),
+    Number(kLightRadius, "Radius", 0, kFar, 1, "Of what shines: shadows are soft. 0: a point."),
 };
 constexpr Field kRadius = Number(PRIM_RADIUS, "Radius", 0);
 constexpr Field kHeight = Number(PRIM_HEIGHT, "Height", 0);
@@ -159,13 +165,19 @@ constexpr Field kMaterialLuminance[] = {Color(MATERIAL_LUMINANCE, "Color", 1e4),
 constexpr Field kMaterialSurface[] = {
     Percent(MATERIAL_SPECULAR, "Specular"),
     Percent(MATERIAL_ROUGHNESS, "Roughness"),
+    Texture(kMaterialRoughnessShader, "Rough texture"),
     Percent(MATERIAL_METALLIC, "Metallic"),
+    Texture(kMaterialMetallicShader, "Metal texture"),
     Texture(MATERIAL_NORMAL_SHADER, "Normals"),
+    Strength(kMaterialNormalStrength, "Strength", 1000),
+    Texture(kMaterialOcclusionShader, "Occlusion"),
+    Strength(kMaterialOcclusion, "Strength", 100),
     Switch(MATERIAL_DOUBLE_SIDED, "Both sides", "Off shows the front of a face only."),
 };
 constexpr Field kMaterialOpacity[] = {
     Choice(MATERIAL_ALPHA_MODE, "Mode", kAlphaModes),
     Percent(MATERIAL_ALPHA, "Opacity"),
+    Texture(kMaterialOpacityShader, "Texture"),
     Percent(MATERIAL_ALPHA_CUTOFF, "Cutoff", 100,
             "Of a cut-out material: what is less opaque is not shown."),
 };

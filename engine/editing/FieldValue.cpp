@@ -142,7 +142,7 @@ GeData Preset(LONG type, const Field& field) {
     case FieldKind::Real:
     case FieldKind::Angle:
     case FieldKind::Percent:
-      return host::Real(0);
+      return host::Real(field.preset);
     case FieldKind::File:
       return host::Filename();
     case FieldKind::Frame:

@@ -16,37 +16,80 @@ constexpr const char* kOldSurface = "KHR_materials_pbrSpecularGlossiness";
 
 const Json& PbrOf(const Json& material) { return Object(material, "pbrMetallicRoughness"); }
 
-// KHR_texture_transform: scaled, then turned anticlockwise, then moved.
-UvUse UvUseOf(const Json& texture) {
+// The uses of textures that the scene knows, by the names that the importing library has for them.
+struct TextureSlot {
+  aiTextureType type;
+  const Json& (*use)(const Json& material);
+};
+
+constexpr TextureSlot kSlots[] = {
+    {aiTextureType_BASE_COLOR,
+     [](const Json& material) -> const Json& {
+       const Json& old = Extension(material, kOldSurface);
+       return old.is_null() ? Object(PbrOf(material), "baseColorTexture")
+                            : Object(old, "diffuseTexture");
+     }},
+    {aiTextureType_NORMALS,
+     [](const Json& material) -> const Json& { return Object(material, "normalTexture"); }},
+    {aiTextureType_METALNESS,
+     [](const Json& material) -> const Json& {
+       return Object(PbrOf(material), "metallicRoughnessTexture");
+     }},
+    {aiTextureType_LIGHTMAP,
+     [](const Json& material) -> const Json& { return Object(material, "occlusionTexture"); }},
+    {aiTextureType_EMISSIVE,
+     [](const Json& material) -> const Json& { return Object(material, "emissiveTexture"); }},
+};
+
+std::size_t ChannelOf(const Json& use) {
   constexpr std::size_t kMostChannels = 64;
-  const Json& transform = Extension(texture, "KHR_texture_transform");
-  UvUse use;
-  const std::size_t channel = Index(transform, "texCoord", Index(texture, "texCoord", 0));
-  use.channel = channel < kMostChannels ? static_cast<unsigned>(channel) : 0;
-  use.offset = Numbers<2>(transform, "offset", use.offset);
-  use.scale = Numbers<2>(transform, "scale", use.scale);
-  use.rotation = Number(transform, "rotation", 0);
-  use.fromTop = true;
-  return use;
+  const Json& transform = Extension(use, "KHR_texture_transform");
+  const std::size_t channel = Index(transform, "texCoord", Index(use, "texCoord", 0));
+  return channel < kMostChannels ? channel : 0;
+}
+
+TextureWrap WrapOf(const Json& sampler, const char* key) {
+  constexpr std::size_t kClamp = 33071;
+  constexpr std::size_t kMirror = 33648;
+  const std::size_t wrap = Index(sampler, key);
+  return wrap == kClamp    ? TextureWrap::Clamp
+         : wrap == kMirror ? TextureWrap::Mirror
+                           : TextureWrap::Repeat;
+}
+
+// KHR_texture_transform: scaled, then turned anticlockwise, then moved.
+PictureFacts PictureFactsOf(const GltfFile& file, const Json& use) {
+  const Json& transform = Extension(use, "KHR_texture_transform");
+  PictureFacts facts;
+  facts.offset = Numbers<2>(transform, "offset", facts.offset);
+  facts.tiles = Numbers<2>(transform, "scale", facts.tiles);
+  facts.rotation = Number(transform, "rotation", 0);
+  const Json& texture = file.Entry("textures", Index(use, "index"));
+  const Json& sampler = file.Entry("samplers", Index(texture, "sampler"));
+  facts.wrapU = WrapOf(sampler, "wrapS");
+  facts.wrapV = WrapOf(sampler, "wrapT");
+  return facts;
 }
 
 // A mesh has one set of coordinates: that of the first texture counts.
-UvUse UvUseOfMaterial(const Json& material) {
-  for (const Json* texture : {&Object(PbrOf(material), "baseColorTexture"),
-                              &Object(Extension(material, kOldSurface), "diffuseTexture"),
-                              &Object(material, "normalTexture")}) {
-    if (!texture->is_null()) return UvUseOf(*texture);
-  }
-  return UvUseOf(Object(material, "emissiveTexture"));
-}
-
-MaterialFacts FactsOf(const Json& material) {
+MaterialFacts FactsOf(const GltfFile& file, const Json& material, Notes& notes) {
   MaterialFacts facts;
   facts.name = Text(material, "name");
   facts.emissiveStrength =
       Number(Extension(material, "KHR_materials_emissive_strength"), "emissiveStrength", 1);
   facts.specular = Number(Extension(material, "KHR_materials_specular"), "specularFactor", 1) / 2;
-  facts.uvs = UvUseOfMaterial(material);
+  facts.normalScale = Number(Object(material, "normalTexture"), "scale", 1);
+  facts.occlusionStrength = Number(Object(material, "occlusionTexture"), "strength", 1);
+  facts.uvs.fromTop = true;
+  for (const TextureSlot& slot : kSlots) {
+    const Json& use = slot.use(material);
+    if (use.is_null()) continue;
+    const auto channel = static_cast<unsigned>(ChannelOf(use));
+    if (facts.pictures.empty()) facts.uvs.channel = channel;
+    notes.Count("Textures are shown by the coordinates of another one of their material",
+                channel != facts.uvs.channel);
+    facts.pictures[slot.type] = PictureFactsOf(file, use);
+  }
   return facts;
 }
 
@@ -137,9 +180,7 @@ class MaterialReader {
     } else {
       SetOldSurface();
     }
-    SetTexture(Object(source_, "normalTexture"), aiTextureType_NORMALS);
-    SetTexture(Object(source_, "occlusionTexture"), aiTextureType_LIGHTMAP);
-    SetTexture(Object(source_, "emissiveTexture"), aiTextureType_EMISSIVE);
+    for (const TextureSlot& slot : kSlots) SetTexture(slot.use(source_), slot.type);
     SetTexture(Object(Extension(source_, "KHR_materials_transmission"), "transmissionTexture"),
                aiTextureType_TRANSMISSION);
     const auto emissive = Numbers<3>(source_, "emissiveFactor", {0, 0, 0});
@@ -152,8 +193,6 @@ class MaterialReader {
   void SetSurface() {
     const Json& pbr = PbrOf(source_);
     SetColor(Numbers<4>(pbr, "baseColorFactor", {1, 1, 1, 1}), AI_MATKEY_BASE_COLOR);
-    SetTexture(Object(pbr, "baseColorTexture"), aiTextureType_BASE_COLOR);
-    SetTexture(Object(pbr, "metallicRoughnessTexture"), aiTextureType_METALNESS);
     SetNumber(Number(pbr, "metallicFactor", 1), AI_MATKEY_METALLIC_FACTOR);
     SetNumber(Number(pbr, "roughnessFactor", 1), AI_MATKEY_ROUGHNESS_FACTOR);
   }
@@ -162,7 +201,6 @@ class MaterialReader {
   void SetOldSurface() {
     const Json& old = Extension(source_, kOldSurface);
     SetColor(Numbers<4>(old, "diffuseFactor", {1, 1, 1, 1}), AI_MATKEY_BASE_COLOR);
-    SetTexture(Object(old, "diffuseTexture"), aiTextureType_BASE_COLOR);
     SetTexture(Object(old, "specularGlossinessTexture"), aiTextureType_SPECULAR);
     SetNumber(0, AI_MATKEY_METALLIC_FACTOR);
     SetNumber(1 - Number(old, "glossinessFactor", 1), AI_MATKEY_ROUGHNESS_FACTOR);
@@ -206,7 +244,7 @@ void AddMaterials(GltfFile& file, aiScene& scene, SceneFacts& facts, Notes& note
   scene.mMaterials = new aiMaterial*[count + 1];
   for (std::size_t i = 0; i <= count; ++i) {
     const Json& source = i < count ? file.Entry("materials", i) : plain;
-    facts.materials.push_back(FactsOf(source));
+    facts.materials.push_back(FactsOf(file, source, notes));
     scene.mMaterials[scene.mNumMaterials++] = MaterialReader(source, pictures).Read().release();
   }
   pictures.HandOver(scene);

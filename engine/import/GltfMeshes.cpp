@@ -212,8 +212,16 @@ void SetFaces(const std::vector<std::uint32_t>& corners, aiMesh& part) {
   }
 }
 
-bool HasColors(const Json& source) {
-  return !Member(Object(source, "attributes"), "COLOR_0").is_null();
+void SetColors(GltfPrimitive& primitive, const UsedPoints& used, aiMesh& part) {
+  const std::optional<GltfNumbers> colors = primitive.Attribute("COLOR_0", 3);
+  if (!colors || used.kept.empty()) return;
+  const unsigned width = std::min(colors->components, 4U);
+  const std::vector<float> floats = Floats(colors, used, width);
+  part.mColors[0] = new aiColor4D[used.kept.size()];
+  for (std::size_t i = 0; i < used.kept.size(); ++i) {
+    const float* from = floats.data() + std::size_t{used.kept[i]} * width;
+    part.mColors[0][i] = aiColor4D(from[0], from[1], from[2], width > 3 ? from[3] : 1);
+  }
 }
 
 }  // namespace
@@ -237,8 +245,8 @@ std::unique_ptr<aiMesh> GltfMeshes::MakePart(const Json& source, const Pose& pos
   const bool isBent = Bend(primitive, used, pose.joints, shape);
   SetShape(shape, used, *part);
   SetUvs(primitive, used, materials_[part->mMaterialIndex].uvs.channel, *part);
+  SetColors(primitive, used, *part);
   SetFaces(corners, *part);
-  notes_.Count(kVertexColorsLeftOut, HasColors(source));
   notes_.Count(kSkinsAtRest, isBent);
   notes_.Count("Morph targets are shown at their default weights", SizeOf(primitive.Targets()));
   return part;

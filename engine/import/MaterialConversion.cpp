@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "engine/import/ForeignText.h"
+#include "engine/scene/PictureParameters.h"
 #include "host/Parameters.h"
 
 namespace engine {
@@ -30,11 +31,8 @@ struct LostTexture {
 };
 
 constexpr LostTexture kLostTextures[] = {
-    {aiTextureType_METALNESS, "Metallic and roughness textures are left out"},
-    {aiTextureType_LIGHTMAP, "Occlusion textures are left out"},
     {aiTextureType_SPECULAR, "Specular textures are left out"},
     {aiTextureType_HEIGHT, "Bump textures are left out"},
-    {aiTextureType_OPACITY, "Opacity textures are left out"},
     {aiTextureType_TRANSMISSION, "Transmission textures are left out"}};
 
 std::optional<double> Number(const aiMaterial& material, const char* key, unsigned type,
@@ -71,6 +69,21 @@ std::string TextureOf(const aiMaterial& material, aiTextureType type) {
 // Phong's exponent as a roughness (Blinn's relation: exponent = 2 / roughness^2 - 2, roughness
 // squared once).
 double RoughnessOf(double exponent) { return std::sqrt(2 / (std::max(exponent, 0.0) + 2)); }
+
+// What is as it usually is, is not said.
+void SetPlace(const PictureFacts& facts, host::BaseContainer& shader) {
+  if (facts.offset != std::array<double, 2>{0, 0})
+    shader.SetVector(kBitmapOffset, host::Vector(facts.offset[0], facts.offset[1], 0));
+  if (facts.tiles != std::array<double, 2>{1, 1})
+    shader.SetVector(kBitmapTiles, host::Vector(facts.tiles[0], facts.tiles[1], 0));
+  if (facts.rotation != 0) shader.SetReal(kBitmapRotation, facts.rotation);
+  if (facts.wrapU != TextureWrap::Repeat)
+    shader.SetLong(kBitmapWrapU, static_cast<host::LONG>(facts.wrapU));
+  if (facts.wrapV != TextureWrap::Repeat)
+    shader.SetLong(kBitmapWrapV, static_cast<host::LONG>(facts.wrapV));
+}
+
+constexpr unsigned kNoFacts = ~0U;  // an index of no material
 
 // The name that the file gives, with a suffix that tells what it is.
 std::string EmbeddedName(const aiTexture& texture) {
@@ -120,15 +133,13 @@ host::BaseMaterial* MaterialConversion::Make(unsigned index) {
   if (material == nullptr) return nullptr;
   material->SetName(NameOf(index));
   doc_.AppendMaterial(material);
-  SetColor(from, *material);
+  SetColor(from, index, *material);
   if (facts_.undefined.count(index) != 0)
     material->GetDataInstance()->SetVector(host::MATERIAL_COLOR, kUndescribed);
   SetAlpha(from, *material);
   SetSurface(from, index, *material);
   SetEmission(from, index, *material);
-  AddShader(from,
-            {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA, host::MATERIAL_NORMAL_SHADER},
-            *material);
+  SetPictures(from, index, *material);
   NoteLosses(from);
   return material;
 }
@@ -140,9 +151,10 @@ host::String MaterialConversion::NameOf(unsigned index) const {
   return name.length > 0 ? TextOf(name) : host::String("Material");
 }
 
-void MaterialConversion::SetColor(const aiMaterial& from, host::BaseMaterial& to) {
-  const bool hasTexture = AddShader(
-      from, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE, host::MATERIAL_COLOR_SHADER}, to);
+void MaterialConversion::SetColor(const aiMaterial& from, unsigned index, host::BaseMaterial& to) {
+  const bool hasTexture =
+      AddShader(from, index,
+                {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE, host::MATERIAL_COLOR_SHADER}, to);
   const auto base = Color(from, AI_MATKEY_BASE_COLOR);
   const auto diffuse = Color(from, AI_MATKEY_COLOR_DIFFUSE);
   host::Vector color = base ? VectorOf(*base) : diffuse ? VectorOf(*diffuse) : kUndescribed;
@@ -186,25 +198,61 @@ void MaterialConversion::SetSurface(const aiMaterial& from, unsigned index,
   const double exponent = Number(from, AI_MATKEY_SHININESS).value_or(0);
   host::BaseContainer& data = *to.GetDataInstance();
   // glTF's surfaces that are no metals reflect as specular 0.5 does, unless the file says less.
-  const double plain = index < facts_.materials.size() ? facts_.materials[index].specular : 0.5;
+  const double plain = FactsOf(index).specular;
   data.SetReal(host::MATERIAL_SPECULAR, Clamped(IsGltf() ? plain : most * strength));
   data.SetReal(host::MATERIAL_ROUGHNESS,
                Clamped(Number(from, AI_MATKEY_ROUGHNESS_FACTOR).value_or(RoughnessOf(exponent))));
-  // A texture for it most often says "no metal" nearly everywhere, beside a factor of 1 that would
-  // make all of it metal.
-  const double metallic = Number(from, AI_MATKEY_METALLIC_FACTOR).value_or(0);
-  const bool isTextured = from.GetTextureCount(aiTextureType_METALNESS) > 0;
-  data.SetReal(host::MATERIAL_METALLIC, isTextured && metallic >= 1 ? 0 : Clamped(metallic));
+  data.SetReal(host::MATERIAL_METALLIC,
+               Clamped(Number(from, AI_MATKEY_METALLIC_FACTOR).value_or(0)));
+}
+
+void MaterialConversion::SetPictures(const aiMaterial& from, unsigned index,
+                                     host::BaseMaterial& to) {
+  host::BaseContainer& data = *to.GetDataInstance();
+  AddShader(from, index,
+            {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA, host::MATERIAL_NORMAL_SHADER}, to);
+  const MaterialFacts& facts = FactsOf(index);
+  if (facts.normalScale != 1) data.SetReal(kMaterialNormalStrength, facts.normalScale);
+  // One picture holds both in glTF.
+  const aiTextureType rough = IsGltf() ? aiTextureType_METALNESS : aiTextureType_DIFFUSE_ROUGHNESS;
+  if (AddShader(from, index, {rough, rough, kMaterialRoughnessShader}, to) && !IsGltf())
+    data.SetReal(host::MATERIAL_ROUGHNESS, 1);
+  if (AddShader(from, index,
+                {aiTextureType_METALNESS, aiTextureType_METALNESS, kMaterialMetallicShader}, to) &&
+      !IsGltf())
+    data.SetReal(host::MATERIAL_METALLIC, 1);
+  const aiTextureType dark = IsGltf() ? aiTextureType_LIGHTMAP : aiTextureType_AMBIENT_OCCLUSION;
+  AddShader(from, index, {dark, dark, kMaterialOcclusionShader}, to);
+  if (facts.occlusionStrength != 1)
+    data.SetReal(kMaterialOcclusion, Clamped(facts.occlusionStrength));
+  SetOpacityPicture(from, to);
+}
+
+// The picture of the color again means its opacity, which shows without a link of its own.
+void MaterialConversion::SetOpacityPicture(const aiMaterial& from, host::BaseMaterial& to) {
+  const std::string opacity = TextureOf(from, aiTextureType_OPACITY);
+  if (opacity.empty()) return;
+  const bool isColor = opacity == TextureOf(from, aiTextureType_BASE_COLOR) ||
+                       opacity == TextureOf(from, aiTextureType_DIFFUSE);
+  if (!isColor &&
+      !AddShader(from, kNoFacts,
+                 {aiTextureType_OPACITY, aiTextureType_OPACITY, kMaterialOpacityShader}, to))
+    return;
+  to.GetDataInstance()->SetLong(host::MATERIAL_ALPHA_MODE, 2);
+}
+
+const MaterialFacts& MaterialConversion::FactsOf(unsigned index) const {
+  static const MaterialFacts plain;
+  return index < facts_.materials.size() ? facts_.materials[index] : plain;
 }
 
 void MaterialConversion::SetEmission(const aiMaterial& from, unsigned index,
                                      host::BaseMaterial& to) {
-  const double strength =
-      index < facts_.materials.size() ? facts_.materials[index].emissiveStrength : 1;
+  const double strength = FactsOf(index).emissiveStrength;
   const auto emissive = Color(from, AI_MATKEY_COLOR_EMISSIVE);
   if (emissive)
     to.GetDataInstance()->SetVector(host::MATERIAL_LUMINANCE, VectorOf(*emissive, strength));
-  AddShader(from,
+  AddShader(from, index,
             {aiTextureType_EMISSION_COLOR, aiTextureType_EMISSIVE, host::MATERIAL_LUMINANCE_SHADER},
             to);
 }
@@ -216,7 +264,7 @@ std::string MaterialConversion::FileNameOf(const std::string& texture) const {
   return known ? embeddedNames_[static_cast<std::size_t>(index)] : texture;
 }
 
-bool MaterialConversion::AddShader(const aiMaterial& from, const TextureSlot& slot,
+bool MaterialConversion::AddShader(const aiMaterial& from, unsigned index, const TextureSlot& slot,
                                    host::BaseMaterial& to) {
   std::string texture = TextureOf(from, slot.first);
   if (texture.empty()) texture = TextureOf(from, slot.second);
@@ -227,6 +275,9 @@ bool MaterialConversion::AddShader(const aiMaterial& from, const TextureSlot& sl
   shader->SetName("Bitmap");
   shader->GetDataInstance()->SetFilename(
       host::BITMAPSHADER_FILENAME, host::Filename(host::String(std::string_view(Utf8Of(file)))));
+  const std::map<aiTextureType, PictureFacts>& pictures = FactsOf(index).pictures;
+  if (const auto facts = pictures.find(slot.first); facts != pictures.end())
+    SetPlace(facts->second, *shader->GetDataInstance());
   to.InsertShader(shader);
   to.GetDataInstance()->SetLink(slot.link, shader);
   return true;
@@ -235,6 +286,8 @@ bool MaterialConversion::AddShader(const aiMaterial& from, const TextureSlot& sl
 UvUse MaterialConversion::UvUseOf(unsigned index) const {
   if (index < facts_.materials.size()) return facts_.materials[index].uvs;
   UvUse use;
+  // There they mark parts of a mesh, for whatever purpose.
+  use.showsColors = format_ != SourceFormat::Fbx;
   if (index >= scene_.mNumMaterials) return use;
   const aiMaterial& material = *scene_.mMaterials[index];
   int channel = 0;

@@ -1,6 +1,6 @@
 // MaterialConversion: materials of the importing library to the scene's, with a bitmap shader for
-// each texture that the scene knows: base color, normal, emission. File names stay as written;
-// embedded ones get the embedded file's name. Lives in the child.
+// each use of a texture that the scene knows. File names stay as written; embedded ones get the
+// embedded file's name. Lives in the child.
 #pragma once
 
 #include <assimp/scene.h>
@@ -34,12 +34,17 @@ class MaterialConversion {
   std::string Embed(const aiTexture& texture);
   host::BaseMaterial* Make(unsigned index);
   host::String NameOf(unsigned index) const;
-  void SetColor(const aiMaterial& from, host::BaseMaterial& to);
+  void SetColor(const aiMaterial& from, unsigned index, host::BaseMaterial& to);
   void SetAlpha(const aiMaterial& from, host::BaseMaterial& to);
   void SetSurface(const aiMaterial& from, unsigned index, host::BaseMaterial& to);
   void SetEmission(const aiMaterial& from, unsigned index, host::BaseMaterial& to);
-  bool AddShader(const aiMaterial& from, const TextureSlot& slot, host::BaseMaterial& to);
+  void SetPictures(const aiMaterial& from, unsigned index, host::BaseMaterial& to);
+  void SetOpacityPicture(const aiMaterial& from, host::BaseMaterial& to);
+  // False without a texture.
+  bool AddShader(const aiMaterial& from, unsigned index, const TextureSlot& slot,
+                 host::BaseMaterial& to);
   std::string FileNameOf(const std::string& texture) const;
+  const MaterialFacts& FactsOf(unsigned index) const;
   void NoteLosses(const aiMaterial& from);
   bool IsGltf() const { return format_ == SourceFormat::Gltf || format_ == SourceFormat::Glb; }
 

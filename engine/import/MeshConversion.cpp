@@ -1,5 +1,6 @@
 #include "engine/import/MeshConversion.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -102,6 +103,21 @@ class UvConversion {
   bool fromTop_;
 };
 
+// False where all are white, which is as good as none.
+bool AreSeen(const aiMesh& source, const UvUse& use) {
+  if (!use.showsColors || !source.HasVertexColors(0)) return false;
+  const aiColor4D* colors = source.mColors[0];
+  return std::any_of(colors, colors + source.mNumVertices,
+                     [](const aiColor4D& color) { return color != aiColor4D(1, 1, 1, 1); });
+}
+
+void AddColors(const aiColor4D* colors, const aiFace& face, Mesh& mesh) {
+  for (const int corner : kCornerOrder) {
+    const aiColor4D& color = colors[face.mIndices[corner]];
+    mesh.colors.push_back({color.r, color.g, color.b, color.a});
+  }
+}
+
 void AddUvs(const aiVector3D* uvs, const UvConversion& convert, const aiFace& face, Mesh& mesh) {
   for (const int corner : kCornerOrder) mesh.uvs.push_back(convert(uvs[face.mIndices[corner]]));
 }
@@ -119,8 +135,8 @@ std::vector<std::int32_t> AddPoints(const aiMesh& source, double scale, Mesh& me
   return places;
 }
 
-void NoteLosses(const aiMesh& source, Notes& notes) {
-  notes.Count(kVertexColorsLeftOut, source.GetNumColorChannels() > 0);
+void NoteLosses(const aiMesh& source, const UvUse& use, Notes& notes) {
+  notes.Count(kVertexColorsLeftOut, !use.showsColors && source.GetNumColorChannels() > 0);
   notes.Count(kSkinsAtRest, source.mNumBones > 0);
   notes.Count("Morph targets are left out", source.mNumAnimMeshes);
 }
@@ -145,6 +161,8 @@ Mesh ConvertMesh(const aiMesh& source, double scale, const UvUse& use, Notes& no
   mesh.polygons.reserve(source.mNumFaces);
   if (source.HasNormals()) mesh.normals.reserve(std::size_t{4} * source.mNumFaces);
   if (uvs != nullptr) mesh.uvs.reserve(std::size_t{4} * source.mNumFaces);
+  const bool hasColors = AreSeen(source, use);
+  if (hasColors) mesh.colors.reserve(std::size_t{4} * source.mNumFaces);
   for (unsigned i = 0; i < source.mNumFaces; ++i) {
     const aiFace& face = source.mFaces[i];
     if (!IsTriangle(face, source.mNumVertices)) continue;
@@ -152,10 +170,11 @@ Mesh ConvertMesh(const aiMesh& source, double scale, const UvUse& use, Notes& no
         {places[face.mIndices[0]], places[face.mIndices[2]], places[face.mIndices[1]], -1});
     if (source.HasNormals()) AddNormals(source, face, mesh);
     if (uvs != nullptr) AddUvs(uvs, convert, face, mesh);
+    if (hasColors) AddColors(source.mColors[0], face, mesh);
   }
   notes.Count("Faces without an area or with missing points are left out",
               source.mNumFaces - mesh.polygons.size());
-  NoteLosses(source, notes);
+  NoteLosses(source, use, notes);
   return mesh;
 }
 

@@ -6,6 +6,7 @@
 #include <assimp/scene.h>
 
 #include <array>
+#include <map>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -14,6 +15,7 @@
 #include "engine/import/FolderFiles.h"
 #include "engine/import/Notes.h"
 #include "engine/import/SourceCheck.h"
+#include "engine/scene/PictureParameters.h"
 #include "host/Math.h"
 
 namespace engine {
@@ -49,14 +51,27 @@ struct UvUse {
   std::array<double, 2> offset{0, 0};
   std::array<double, 2> scale{1, 1};
   double rotation = 0;
-  bool fromTop = false;  // the mesh's v grows downwards already
+  bool fromTop = false;     // the mesh's v grows downwards already
+  bool showsColors = true;  // the colors of its corners are meant to be seen
+};
+
+// How one picture of a material lies on a surface, as the scene's bitmap shaders have it.
+struct PictureFacts {
+  std::array<double, 2> offset{0, 0};
+  std::array<double, 2> tiles{1, 1};
+  double rotation = 0;
+  TextureWrap wrapU = TextureWrap::Repeat;
+  TextureWrap wrapV = TextureWrap::Repeat;
 };
 
 struct MaterialFacts {
   std::string name;  // as written, however long
   double emissiveStrength = 1;
   double specular = 0.5;  // of a surface that is no metal, as the scene counts it
+  double normalScale = 1;
+  double occlusionStrength = 1;
   UvUse uvs;
+  std::map<aiTextureType, PictureFacts> pictures;
 };
 
 struct NodeFacts {

@@ -16,8 +16,8 @@ struct Layout {
   const char* type;
   int stride;  // bytes for a vertex; 0: no vertices
 };
-constexpr Layout kLayouts[] = {
-    {"SCALAR", 0}, {"VEC3", 12}, {"VEC3", 12}, {"VEC2", 8}, {"VEC4", 16}};
+constexpr Layout kLayouts[] = {{"SCALAR", 0}, {"VEC3", 12}, {"VEC3", 12},
+                               {"VEC2", 8},   {"VEC4", 16}, {"VEC4", 16}};
 
 std::uint64_t Padded(std::uint64_t size) { return (size + 3) / 4 * 4; }
 
@@ -33,6 +33,8 @@ const std::string& GltfBuffer::BytesOf(const GltfGeometry& geometry, Kind kind) 
       return geometry.uvs;
     case Tangents:
       return geometry.tangents;
+    case Colors:
+      return geometry.colors;
     default:
       return geometry.indices;
   }
@@ -73,6 +75,7 @@ std::string GltfBuffer::MakePrimitive(const GltfGeometry& geometry) {
   };
   add(Normals, ",\"NORMAL\":");
   add(Uvs, ",\"TEXCOORD_0\":");
+  add(Colors, ",\"COLOR_0\":");
   text += "},\"indices\":";
   AppendCount(text, AddAccessor(Indices, geometry));
   return text;

@@ -16,6 +16,7 @@ struct Vertex {
   Point position;
   Point normal;
   std::array<float, 2> uv;
+  std::array<float, 4> color;
 
   bool operator==(const Vertex&) const = default;
 };
@@ -28,6 +29,8 @@ struct VertexHash {
     for (const float part : vertex.normal)
       hash = (hash ^ std::bit_cast<std::uint32_t>(part)) * 0x9E3779B97F4A7C15u;
     for (const float part : vertex.uv)
+      hash = (hash ^ std::bit_cast<std::uint32_t>(part)) * 0x9E3779B97F4A7C15u;
+    for (const float part : vertex.color)
       hash = (hash ^ std::bit_cast<std::uint32_t>(part)) * 0x9E3779B97F4A7C15u;
     return hash ^ hash >> 31;
   }
@@ -66,6 +69,7 @@ class Conversion {
   explicit Conversion(const Mesh& mesh) : mesh_(mesh) {
     hasNormals_ = mesh.normals.size() == 4 * mesh.polygons.size() && !mesh.normals.empty();
     hasUvs_ = mesh.uvs.size() == 4 * mesh.polygons.size() && !mesh.uvs.empty();
+    hasColors_ = mesh.colors.size() == 4 * mesh.polygons.size() && !mesh.colors.empty();
   }
 
   GltfGeometry Run() {
@@ -93,7 +97,7 @@ class Conversion {
     std::array<Vertex, 3> triangle;
     for (std::size_t i = 0; i < 3; ++i) {
       const std::size_t corner = 4 * polygon + static_cast<std::size_t>(corners[i]);
-      triangle[i] = {places[i], NormalAt(corner, across), UvAt(corner)};
+      triangle[i] = {places[i], NormalAt(corner, across), UvAt(corner), ColorAt(corner)};
     }
     const Axes axes = hasUvs_ ? AxesOf(triangle) : Axes();
     for (const Vertex& vertex : triangle) AddCorner(vertex, axes);
@@ -149,6 +153,16 @@ class Conversion {
                                                 : std::array<float, 2>{};
   }
 
+  std::array<float, 4> ColorAt(std::size_t corner) const {
+    std::array<float, 4> color{1, 1, 1, 1};
+    if (!hasColors_) return color;
+    for (std::size_t i = 0; i < 4; ++i) {
+      const float part = mesh_.colors[corner][i];
+      if (std::isfinite(part)) color[i] = std::clamp(part, 0.0F, 1.0F) + 0.0F;
+    }
+    return color;
+  }
+
   void AddCorner(const Vertex& vertex, const Axes& axes) {
     const auto [place, isNew] = vertices_.try_emplace(vertex, out_.vertices);
     if (isNew) AddVertex(vertex);
@@ -173,6 +187,7 @@ class Conversion {
     Append(out_.positions, vertex.position.data(), sizeof vertex.position);
     if (hasNormals_) Append(out_.normals, vertex.normal.data(), sizeof vertex.normal);
     if (hasUvs_) Append(out_.uvs, vertex.uv.data(), sizeof vertex.uv);
+    if (hasColors_) Append(out_.colors, vertex.color.data(), sizeof vertex.color);
   }
 
   static void Append(std::string& to, const void* bytes, std::size_t count) {
@@ -182,6 +197,7 @@ class Conversion {
   const Mesh& mesh_;
   bool hasNormals_ = false;
   bool hasUvs_ = false;
+  bool hasColors_ = false;
   GltfGeometry out_;
   std::vector<Axes> axes_;  // of each vertex, summed up over its triangles
   std::vector<Point> normals_;

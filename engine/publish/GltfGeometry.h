@@ -21,6 +21,7 @@ struct GltfGeometry {
   std::string positions;  // three floats each: metres, y up, +z towards the viewer
   std::string normals;    // three floats each, unit; empty where the mesh has none
   std::string uvs;        // two floats each, v grows downwards; empty where the mesh has none
+  std::string colors;     // four floats each, 0 to 1, linear; empty where the mesh has none
   std::string tangents;   // three floats each, unit, and 1 or -1; empty without one of these two
   std::uint32_t vertices = 0;
   std::uint32_t corners = 0;  // three for a triangle

@@ -1,5 +1,6 @@
 // Texts as other programs write them: OBJ and COLLADA in UTF-16, names in Latin-1 or missing, and
 // numbers behind blanks.
+#include "engine/scene/PictureParameters.h"
 #include "host/Parameters.h"
 #include "tests/import/ImportSession.h"
 #include "tests/support/ScratchFolder.h"
@@ -52,6 +53,22 @@ TEST_F(ForeignText, MaterialsThatNothingDescribesAreAsBrightAsNewOnes) {
   EXPECT_EQ(Material("gone")->GetDataInstance()->GetVector(host::MATERIAL_COLOR),
             host::Vector(0.8));
   EXPECT_TRUE(HasNote("Materials that no .mtl file describes are plain gray: 1."));
+}
+
+// A picture of opacity that is the picture of the color means the opacity in that.
+TEST_F(ForeignText, MaterialsOfObjBringTheirPictures) {
+  WriteText(folder_ / "m.mtl",
+            "newmtl a\nKd 1 1 1\nmap_Kd a.png\nmap_d d.png\nPr 0.3\nPm 0.8\nmap_Pr r.png\n"
+            "map_Pm m.png\nnewmtl b\nKd 1 1 1\nmap_Kd a.png\nmap_d a.png\n");
+  Import("m.obj", "mtllib m.mtl\n" + kObjTriangle + "a\nf 1 2 3\nusemtl b\nf 3 2 1\n");
+  const host::BaseMaterial& a = *Material("a");
+  EXPECT_EQ(ShaderFile(a, host::MATERIAL_COLOR_SHADER), "a.png");
+  EXPECT_EQ(ShaderFile(a, engine::kMaterialOpacityShader), "d.png");
+  EXPECT_EQ(ShaderFile(a, engine::kMaterialRoughnessShader), "r.png");
+  EXPECT_EQ(ShaderFile(a, engine::kMaterialMetallicShader), "m.png");
+  EXPECT_EQ(ShaderFile(*Material("b"), engine::kMaterialOpacityShader), "");
+  for (const char* name : {"a", "b"})
+    EXPECT_EQ(Material(name)->GetDataInstance()->GetLong(host::MATERIAL_ALPHA_MODE), 2) << name;
 }
 
 const std::u16string kCollada =

@@ -4,6 +4,7 @@
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/PictureParameters.h"
 #include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 #include "tests/import/ImportSession.h"
@@ -131,8 +132,9 @@ TEST_F(GltfFeatures, MaterialsKeepWhatTheSceneKnows) {
   const host::BaseContainer clear = Material("Clear")->GetData();
   EXPECT_EQ(clear.GetLong(host::MATERIAL_ALPHA_MODE), 2);
   EXPECT_NEAR(clear.GetReal(host::MATERIAL_ALPHA), 0.25, 1e-6);
-  EXPECT_EQ(clear.GetReal(host::MATERIAL_METALLIC), 0)
-      << "its texture is left out, and with it the factor 1";
+  EXPECT_EQ(clear.GetReal(host::MATERIAL_METALLIC), 1) << "times its texture";
+  for (const host::LONG link : {engine::kMaterialMetallicShader, engine::kMaterialRoughnessShader})
+    EXPECT_EQ(ShaderFile(*Material("Clear"), link), "nowhere\\missing.png");
   EXPECT_EQ(Counts().materials, 2U) << "the library's own default is used by nobody";
   host::TextureTag* tag = engine::AsTextureTag(Only("Two (Clear)")->GetTag(host::Ttexture));
   ASSERT_NE(tag, nullptr);
@@ -150,18 +152,23 @@ TEST_F(GltfFeatures, TexturesAreFoundNamedOrNotedAsMissing) {
   EXPECT_NE(engine::FindEmbeddedFile(Doc(), glow), nullptr);
 }
 
-TEST_F(GltfFeatures, TextureCoordinatesGrowDownwardsWithTheirTransform) {
+TEST_F(GltfFeatures, TextureCoordinatesGrowDownwards) {
   const engine::Mesh& mesh = *engine::MeshOf(*Named("A").at(0));
   ASSERT_EQ(mesh.uvs.size(), 16U);
-  // First face of the file: points 0, 2, 1 at (0, 0), (0, 1), (1, 0); scale (2, 3), then offset
-  // (0.5, 0.25).
+  // First face of the file: points 0, 2, 1 at (0, 0), (0, 1), (1, 0). The texture of the color is
+  // scaled by (2, 3), then moved by (0.5, 0.25).
+  const host::BaseShader* color = static_cast<const host::BaseShader*>(
+      Material("Cut")->GetDataInstance()->GetLink(host::MATERIAL_COLOR_SHADER, &Doc()));
+  ASSERT_NE(color, nullptr);
+  EXPECT_EQ(color->GetDataInstance()->GetVector(engine::kBitmapTiles), host::Vector(2, 3, 0));
+  EXPECT_EQ(color->GetDataInstance()->GetVector(engine::kBitmapOffset), host::Vector(0.5, 0.25, 0));
   const auto near = [](const std::array<float, 2>& a, float u, float v) {
     return std::abs(a[0] - u) + std::abs(a[1] - v) < 1e-5;
   };
   const engine::Mesh::Polygon& face = mesh.polygons[0];
   for (std::size_t i = 0; i < 3; ++i) {
-    const float u = face[i] == 1 ? 2.5f : 0.5f;
-    const float v = face[i] == 2 ? 3.25f : 0.25f;
+    const float u = face[i] == 1 ? 1 : 0;
+    const float v = face[i] == 2 ? 1 : 0;
     EXPECT_TRUE(near(mesh.uvs[i], u, v))
         << face[i] << ": " << mesh.uvs[i][0] << " " << mesh.uvs[i][1];
   }

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "engine/scene/Mesh.h"
+#include "engine/scene/PictureParameters.h"
 #include "host/Parameters.h"
 #include "tests/import/ImportSession.h"
 #include "tests/support/ScratchFolder.h"
@@ -319,7 +320,7 @@ TEST_F(GltfReader, MaterialsKeepTheirTransformsWhateverUsesThemFirst) {
   }
   source.json["materials"][1]["name"] = longName;
   Import(source);
-  EXPECT_NEAR(OnlyMesh().uvs[2][0], 5, 1e-6);
+  EXPECT_NEAR(OnlyMesh().uvs[2][0], 1, 1e-6) << "each picture has its own transform";
   std::string names;
   double glow = 2;
   for (host::BaseMaterial* material = Doc().GetFirstMaterial(); material != nullptr;
@@ -327,6 +328,8 @@ TEST_F(GltfReader, MaterialsKeepTheirTransformsWhateverUsesThemFirst) {
     names += material->GetName().ToUtf8() + " ";
     EXPECT_EQ(material->GetDataInstance()->GetVector(host::MATERIAL_LUMINANCE).x, glow);
     EXPECT_DOUBLE_EQ(material->GetDataInstance()->GetReal(host::MATERIAL_SPECULAR), glow / 20);
+    EXPECT_EQ(material->GetFirstShader()->GetDataInstance()->GetVector(engine::kBitmapTiles).x,
+              glow);
   }
   EXPECT_EQ(names, "Unused " + longName + " C ");
 }
@@ -421,6 +424,80 @@ TEST_F(GltfReader, BinaryFilesAndTextsOfOldPrograms) {
   EXPECT_TRUE(HasNote("Texts that are no UTF-8 were taken for Latin-1."));
   for (const std::size_t cut : {std::size_t{1}, source.bytes.size(), text.size()})
     EXPECT_NE(Refusal(binary(cut)).find("The file cannot be read: "), std::string::npos) << cut;
+}
+
+// As bytes or floats, with opacity or without; white ones are as good as none.
+TEST_F(GltfReader, ColorsOfCornersComeWithTheirMesh) {
+  struct Case {
+    int kind;
+    const char* type;
+    std::vector<double> numbers;
+    std::array<float, 4> meant;  // of the second point; all zero: no colors
+  };
+  const std::vector<Case> cases = {
+      {kFloat, "VEC4", {0, 0, 0, 1, .5, .25, 1, .75, 1, 1, 1, 1}, {.5f, .25f, 1, .75f}},
+      {kUnsignedByte, "VEC3", {0, 0, 0, 51, 102, 255, 0, 0, 0}, {.2f, .4f, 1, 1}},
+      {kUnsignedShort, "VEC4", {0, 0, 0, 0, 13107, 0, 0, 65535, 0, 0, 0, 0}, {.2f, 0, 0, 1}},
+      {kFloat, "VEC3", {1, 1, 1, 1, 1, 1, 1, 1, 1}, {}}};
+  for (const Case& c : cases) {
+    Source source;
+    Json& part = source.Mesh(kTriangle);
+    part["attributes"]["COLOR_0"] = source.Numbers(c.kind, c.type, 3, c.numbers, c.kind != kFloat);
+    Import(source);
+    const engine::Mesh& mesh = OnlyMesh();
+    if (c.meant == std::array<float, 4>{}) {
+      EXPECT_TRUE(mesh.colors.empty());
+      continue;
+    }
+    ASSERT_EQ(mesh.colors.size(), 4U);
+    for (std::size_t corner = 0; corner < 3; ++corner) {
+      if (mesh.points[static_cast<std::size_t>(mesh.polygons[0][corner])][0] == 0) continue;
+      for (std::size_t k = 0; k < 4; ++k) EXPECT_NEAR(mesh.colors[corner][k], c.meant[k], 1e-5);
+    }
+  }
+}
+
+// Each picture as it lies, whatever the others do.
+TEST_F(GltfReader, PicturesOfASurfaceComeWithTheirStrengthsAndSamplers) {
+  Source source;
+  source.Mesh(kTriangle)["material"] = 0;
+  source.json["images"] = {{{"uri", "a.png"}}, {{"uri", "b.webp"}}};
+  source.json["samplers"] = {{{"wrapS", 33071}, {"wrapT", 33648}}};
+  source.json["textures"] = {
+      {{"source", 0}}, {{"sampler", 0}, {"extensions", {{"EXT_texture_webp", {{"source", 1}}}}}}};
+  const Json turned = {{"index", 1},
+                       {"extensions", {{"KHR_texture_transform", {{"rotation", 0.5}}}}}};
+  Json material = {{"pbrMetallicRoughness",
+                    {{"baseColorTexture", {{"index", 0}}}, {"metallicRoughnessTexture", turned}}},
+                   {"normalTexture", {{"index", 0}, {"scale", 0.25}}},
+                   {"occlusionTexture", {{"index", 1}, {"strength", 0.75}, {"texCoord", 1}}}};
+  source.json["materials"] = {material};
+  Import(source);
+  const host::BaseMaterial& made = *Doc().GetFirstMaterial();
+  const host::BaseContainer& data = *made.GetDataInstance();
+  EXPECT_EQ(data.GetReal(engine::kMaterialNormalStrength), 0.25);
+  EXPECT_EQ(data.GetReal(engine::kMaterialOcclusion), 0.75);
+  EXPECT_EQ(data.GetReal(host::MATERIAL_METALLIC), 1);
+  struct Case {
+    host::LONG link;
+    const char* file;
+    double rotation;
+    host::LONG wraps;  // u * 10 + v
+  };
+  for (const Case& c : {Case{host::MATERIAL_COLOR_SHADER, "a.png", 0, 0},
+                        {host::MATERIAL_NORMAL_SHADER, "a.png", 0, 0},
+                        {engine::kMaterialRoughnessShader, "b.webp", 0.5, 12},
+                        {engine::kMaterialMetallicShader, "b.webp", 0.5, 12},
+                        {engine::kMaterialOcclusionShader, "b.webp", 0, 12}}) {
+    EXPECT_EQ(ShaderFile(made, c.link), c.file) << c.link;
+    const host::BaseContainer& shader =
+        *static_cast<const host::BaseShader*>(data.GetLink(c.link, &Doc()))->GetDataInstance();
+    EXPECT_EQ(shader.GetReal(engine::kBitmapRotation), c.rotation) << c.link;
+    EXPECT_EQ(shader.GetLong(engine::kBitmapWrapU) * 10 + shader.GetLong(engine::kBitmapWrapV),
+              c.wraps)
+        << c.link;
+  }
+  EXPECT_TRUE(HasNote("by the coordinates of another one of their material: 1."));
 }
 
 }  // namespace

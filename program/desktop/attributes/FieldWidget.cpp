@@ -330,7 +330,8 @@ void SwitchWidget::Show(const engine::FieldValue& value, const host::BaseDocumen
                                               : Qt::Unchecked);
 }
 
-constexpr const char* kPictures = "Pictures (*.png *.jpg *.jpeg *.tif *.tiff *.exr *.bmp *.tga)";
+constexpr const char* kPictures =
+    "Pictures (*.png *.jpg *.jpeg *.tif *.tiff *.exr *.webp *.bmp *.tga)";
 
 // A text; of a file, with a button that opens a chooser.
 class TextWidget : public FieldWidget {
