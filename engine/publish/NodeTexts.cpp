@@ -1,5 +1,6 @@
 #include "engine/publish/NodeTexts.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -15,7 +16,10 @@ using host::Matrix;
 using host::Vector;
 
 // Axes whose angles differ by more than this from a right one lean.
-constexpr double kUpright = 1e-5;
+constexpr double kUpright = 1e-6;
+// Other programs take matrices apart in single precision; with longer axes than this it is done
+// here.
+constexpr double kLongAxis = 10;
 
 bool IsUsable(const Matrix& m) {
   for (const Vector* v : {&m.off, &m.v1, &m.v2, &m.v3}) {
@@ -70,6 +74,47 @@ void AppendMatrix(std::string& to, const Matrix& m) {
                            m.v3.z, 0.0, m.off.x, m.off.y, m.off.z, 1.0});
 }
 
+// The turn as a quaternion (x, y, z, w) of a frame whose axes are upright and have length 1.
+std::array<double, 4> QuaternionOf(const Matrix& m) {
+  // Squares of the four parts, four times each; the largest one is divided by.
+  const std::array<double, 4> squares = {1 + m.v1.x - m.v2.y - m.v3.z, 1 - m.v1.x + m.v2.y - m.v3.z,
+                                         1 - m.v1.x - m.v2.y + m.v3.z,
+                                         1 + m.v1.x + m.v2.y + m.v3.z};
+  const std::array<std::array<double, 4>, 4> products = {{
+      {squares[0], m.v1.y + m.v2.x, m.v1.z + m.v3.x, m.v2.z - m.v3.y},
+      {m.v1.y + m.v2.x, squares[1], m.v2.z + m.v3.y, m.v3.x - m.v1.z},
+      {m.v1.z + m.v3.x, m.v2.z + m.v3.y, squares[2], m.v1.y - m.v2.x},
+      {m.v2.z - m.v3.y, m.v3.x - m.v1.z, m.v1.y - m.v2.x, squares[3]},
+  }};
+  const auto largest =
+      static_cast<std::size_t>(std::max_element(squares.begin(), squares.end()) - squares.begin());
+  std::array<double, 4> turn = products[largest];
+  double length = 0;
+  for (const double part : turn) length += part * part;
+  for (double& part : turn) part /= std::sqrt(length);
+  return turn;
+}
+
+// As a move, a turn and a scale; a mirrored frame has all its axes scaled below zero.
+void AppendParts(std::string& to, const Matrix& m) {
+  const double sign = Determinant(m) < 0 ? -1 : 1;
+  const std::array<double, 3> scale = {sign * LengthOf(m.v1), sign * LengthOf(m.v2),
+                                       sign * LengthOf(m.v3)};
+  AppendNumbers(to, "translation", std::array{m.off.x, m.off.y, m.off.z});
+  AppendNumbers(to, "rotation",
+                QuaternionOf({{},
+                              Scaled(m.v1, 1 / scale[0]),
+                              Scaled(m.v2, 1 / scale[1]),
+                              Scaled(m.v3, 1 / scale[2])}));
+  AppendNumbers(to, "scale", scale);
+}
+
+// The frame is upright.
+void AppendUpright(std::string& to, const Matrix& m) {
+  const double longest = std::max({LengthOf(m.v1), LengthOf(m.v2), LengthOf(m.v3)});
+  longest > kLongAxis ? AppendParts(to, m) : AppendMatrix(to, m);
+}
+
 // A frame that is flat in a direction shows nothing of what is in it.
 void AppendFrame(NodeText& text, const Matrix& m) {
   const bool moves = m.off != Vector();
@@ -80,10 +125,10 @@ void AppendFrame(NodeText& text, const Matrix& m) {
     if (isFlat) AppendNumbers(text.members, "scale", std::array{0.0, 0.0, 0.0});
   } else if (Lean(m.v1, m.v2) || Lean(m.v1, m.v3) || Lean(m.v2, m.v3)) {
     Matrix turn;
-    AppendMatrix(text.members, Upright(m, turn));
+    AppendUpright(text.members, Upright(m, turn));
     AppendMatrix(text.inner, turn);
   } else {
-    AppendMatrix(text.members, m);
+    AppendUpright(text.members, m);
   }
 }
 

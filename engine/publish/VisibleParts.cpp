@@ -42,6 +42,17 @@ std::vector<std::uint32_t> MergedLooks::Add(const ScenePicture& picture) {
   return places;
 }
 
+std::uint32_t MergedLooks::WithoutTextures(std::uint32_t look) {
+  if (wishes_[look].empty()) return look;
+  const auto [place, isNew] =
+      plain_.try_emplace(look, static_cast<std::uint32_t>(all_.looks.size()));
+  if (isNew) {
+    all_.looks.push_back(SurfaceLook(all_.looks[look]));
+    wishes_.emplace_back();
+  }
+  return place->second;
+}
+
 void VisibleParts::AddState(ScenePicture picture) {
   const std::vector<std::uint32_t> looks = looks_.Add(picture);
   states_.emplace_back(parts_.size(), kHidden);
@@ -58,6 +69,9 @@ void VisibleParts::Add(Instance& instance, const std::vector<std::uint32_t>& loo
   const bool shows = instance.shown && instance.seenByCamera;
   if (!shows && !keepHidden_) return;
   instance.look = looks[instance.look];
+  const Mesh& mesh = *instance.mesh;
+  if (mesh.uvs.size() != 4 * mesh.polygons.size() || mesh.uvs.empty())
+    instance.look = looks_.WithoutTextures(instance.look);
   const std::size_t part = PartOf(instance.object, instance.mesh);
   const auto material = static_cast<std::uint32_t>(materials_.IndexOf(instance));
   if (shows) {

@@ -22,6 +22,8 @@ class MergedLooks {
   const ScenePicture& All() const { return all_; }
   // The index among all looks for each look of the picture.
   std::vector<std::uint32_t> Add(const ScenePicture& picture);
+  // The same look for a mesh on which no texture can lie.
+  std::uint32_t WithoutTextures(std::uint32_t look);
 
  private:
   bool AreTexturesEqual(std::uint32_t known, const std::vector<const TextureWish*>& wishes) const;
@@ -29,6 +31,7 @@ class MergedLooks {
   ScenePicture all_;
   std::unordered_multimap<std::string, std::uint32_t> byName_;
   std::vector<std::vector<std::size_t>> wishes_;  // of each look, into the textures of all
+  std::unordered_map<std::uint32_t, std::uint32_t> plain_;
 };
 
 class VisibleParts {
