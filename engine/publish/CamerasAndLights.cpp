@@ -65,7 +65,7 @@ Json SpotOf(const host::BaseContainer& data) {
   return {{"innerConeAngle", std::min(inner, outer * 0.999)}, {"outerConeAngle", outer}};
 }
 
-Json LightJson(const host::BaseObject& object, int kind) {
+Json LightJson(const host::BaseObject& object, host::LONG kind) {
   static constexpr const char* kKinds[] = {"point", "spot", "directional", "point"};
   const host::BaseContainer& data = *object.GetDataInstance();
   const bool colored = data.FindIndex(host::LIGHT_COLOR) != host::NOTOK;
@@ -83,27 +83,18 @@ Json LightJson(const host::BaseObject& object, int kind) {
 
 }  // namespace
 
-void CamerasAndLights::Note(const char* sentence) {
-  if (std::find(notes_.begin(), notes_.end(), sentence) == notes_.end())
-    notes_.emplace_back(sentence);
-}
-
 std::size_t CamerasAndLights::CameraOf(const host::BaseObject& object) {
   const auto [place, isNew] = cameraIndices_.try_emplace(IdOf(object), cameras_.size());
   if (isNew) cameras_.push_back(CameraJson(object, aspect_));
   return place->second;
 }
 
-std::optional<std::size_t> CamerasAndLights::LightOf(const host::BaseObject& object) {
+std::size_t CamerasAndLights::LightOf(const host::BaseObject& object) {
   const auto kind =
-      std::clamp<host::LONG>(object.GetDataInstance()->GetLong(host::LIGHT_TYPE), 0, 4);
-  if (kind == 4) {
-    Note("Ambient lights are left out: the format has none.");
-    return std::nullopt;
-  }
-  if (kind == 3) Note("Area lights are written as point lights: the format has none.");
+      std::clamp<host::LONG>(object.GetDataInstance()->GetLong(host::LIGHT_TYPE), 0, 3);
+  hasAreaLights_ = hasAreaLights_ || kind == 3;
   const auto [place, isNew] = lightIndices_.try_emplace(IdOf(object), lights_.size());
-  if (isNew) lights_.push_back(LightJson(object, static_cast<int>(kind)));
+  if (isNew) lights_.push_back(LightJson(object, kind));
   return place->second;
 }
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <unordered_map>
 
 #include "engine/scene/NodeIds.h"
@@ -19,23 +18,21 @@ class CamerasAndLights {
 
   // Index of a camera object's camera.
   std::size_t CameraOf(const host::BaseObject& object);
-  // Index of a light object's light; nothing for a kind that the format does not have.
-  std::optional<std::size_t> LightOf(const host::BaseObject& object);
-  // What is written otherwise than it is, or not at all: a sentence each, each once.
-  const std::vector<std::string>& Notes() const { return notes_; }
+  // Index of a light object's light, which is no ambient one.
+  std::size_t LightOf(const host::BaseObject& object);
+  // These are written as point lights: the format has none.
+  bool HasAreaLights() const { return hasAreaLights_; }
 
   const Json& Cameras() const { return cameras_; }
   const Json& Lights() const { return lights_; }
 
  private:
-  void Note(const char* sentence);
-
   double aspect_;
   std::unordered_map<NodeId, std::size_t> cameraIndices_;
   std::unordered_map<NodeId, std::size_t> lightIndices_;
   Json cameras_ = Json::array();
   Json lights_ = Json::array();
-  std::vector<std::string> notes_;
+  bool hasAreaLights_ = false;
 };
 
 }  // namespace engine

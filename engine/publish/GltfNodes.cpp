@@ -99,9 +99,9 @@ void GltfNodes::AddPart(std::size_t part, const BaseObject& object, std::size_t 
       ++meshNodes_;
       triangles_ += meshes_.TrianglesOf(part);
     }
-  } else if (const auto light = devices_.LightOf(object)) {
+  } else {
     extensions = "\"KHR_lights_punctual\":{\"light\":";
-    AppendCount(extensions, *light);
+    AppendCount(extensions, devices_.LightOf(object));
     extensions += "}";
   }
   for (std::size_t state = 0; state < parts_.States(); ++state) {
@@ -127,11 +127,6 @@ std::string GltfNodes::Text() const {
 std::optional<std::size_t> GltfNodes::CameraNode(NodeId object) const {
   const auto found = cameras_.find(object);
   return found == cameras_.end() ? std::nullopt : std::optional(found->second);
-}
-
-std::vector<std::string> GltfNodes::Notes() const {
-  if (!hasResetFrames_) return {};
-  return {"Frames that are no numbers were set back."};
 }
 
 }  // namespace engine

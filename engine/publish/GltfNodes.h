@@ -35,7 +35,8 @@ class GltfNodes {
   bool HasHidden() const { return !hidden_[0].empty(); }
   // The node of a camera object.
   std::optional<std::size_t> CameraNode(NodeId object) const;
-  std::vector<std::string> Notes() const;
+  // Whether there were frames that are none of numbers, in whose place stands none.
+  bool HasResetFrames() const { return hasResetFrames_; }
   std::size_t Meshes() const { return meshNodes_; }
   std::size_t Triangles() const { return triangles_; }
 

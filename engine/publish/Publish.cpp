@@ -88,8 +88,12 @@ class Publication::Maker {
     scene.objects = nodes.Meshes();
     scene.triangles = nodes.Triangles();
     scene.notes = materials_.TakeNotes();
-    for (const auto& notes : {devices.Notes(), nodes.Notes()})
-      scene.notes.insert(scene.notes.end(), notes.begin(), notes.end());
+    const auto note = [&](bool isSo, const char* sentence) {
+      if (isSo) scene.notes.emplace_back(sentence);
+    };
+    note(parts_.HasAmbientLights(), "Ambient lights are left out: the format has none.");
+    note(devices.HasAreaLights(), "Area lights are written as point lights: the format has none.");
+    note(nodes.HasResetFrames(), "Frames that are no numbers were set back.");
     return file;
   }
 

@@ -59,6 +59,10 @@ void VisibleParts::AddState(ScenePicture picture) {
   guess_ = 0;
   for (Instance& instance : picture.instances) Add(instance, looks);
   for (const LightSource& light : picture.lights) {
+    if (light.kind == LightSource::Kind::Ambient) {
+      hasAmbientLights_ = true;
+      continue;
+    }
     if (!light.shown && !keepHidden_) continue;
     const std::size_t part = PartOf(light.object, nullptr);
     if (light.shown) Show(part, 0);

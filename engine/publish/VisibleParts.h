@@ -54,6 +54,8 @@ class VisibleParts {
   void AddState(ScenePicture picture);
 
   std::size_t States() const { return states_.size(); }
+  // These are no parts: the format has none.
+  bool HasAmbientLights() const { return hasAmbientLights_; }
   const Part& At(std::size_t part) const { return parts_[part]; }
   // The first part of an object, kNone where nothing of it can be seen.
   std::size_t FirstOf(NodeId object) const;
@@ -72,6 +74,7 @@ class VisibleParts {
   GltfMaterials& materials_;
   MergedLooks& looks_;
   bool keepHidden_;
+  bool hasAmbientLights_ = false;
   std::vector<Part> parts_;
   std::unordered_map<NodeId, std::size_t> first_;
   std::vector<std::vector<std::uint32_t>> states_;  // the material of each part
