@@ -15,6 +15,10 @@ Result<Image> DecodeTga(std::string_view bytes);
 // Still pictures only.
 Result<Image> DecodeWebp(std::string_view bytes);
 
+// The bytes of a JPEG file with the picture, whose alpha is left out; only for images of bytes.
+// `quality`: 1..100.
+Result<std::string> EncodeJpeg(const Image& image, int quality);
+
 // A TGA file has no magic number: whether the header makes sense as one.
 bool LooksLikeTga(std::string_view bytes);
 // The magic number of a WebP file has the file's size in its middle.

@@ -6,6 +6,8 @@
 #include <jerror.h>
 // clang-format on
 
+#include <cstdlib>
+
 #include "engine/render/Codecs.h"
 
 namespace engine {
@@ -16,17 +18,17 @@ namespace {
 constexpr int kMostScans = 200;
 
 // The library reports an error by calling a function that must not come back; it jumps to where
-// reading began.
+// reading or writing began.
 struct JpegErrors {
   jpeg_error_mgr base;
   std::jmp_buf back;
+  char message[JMSG_LENGTH_MAX];
 };
 
 struct JpegReading {
   jpeg_decompress_struct control{};
   JpegErrors errors{};
   jpeg_progress_mgr progress{};
-  char message[JMSG_LENGTH_MAX] = "";
   Status size;
   JpegReading() = default;
   JpegReading(const JpegReading&) = delete;
@@ -35,9 +37,9 @@ struct JpegReading {
 };
 
 void JumpBack(j_common_ptr common) {
-  auto* reading = reinterpret_cast<JpegReading*>(common->client_data);
-  common->err->format_message(common, reading->message);
-  std::longjmp(reading->errors.back, 1);
+  auto* errors = reinterpret_cast<JpegErrors*>(common->client_data);
+  common->err->format_message(common, errors->message);
+  std::longjmp(errors->back, 1);
 }
 
 // Damage that the library would paint over is an error here; bytes between two markers are common
@@ -55,9 +57,9 @@ void Begin(JpegReading& reading, std::string_view bytes) {
   reading.control.err = jpeg_std_error(&reading.errors.base);
   reading.errors.base.error_exit = JumpBack;
   reading.errors.base.emit_message = StopAtDamage;
-  reading.control.client_data = &reading;
+  reading.control.client_data = &reading.errors;
   jpeg_create_decompress(&reading.control);
-  reading.control.client_data = &reading;
+  reading.control.client_data = &reading.errors;
   reading.control.mem->max_memory_to_use = static_cast<long>(kLargestImageBytes);
   reading.progress.progress_monitor = StopAtManyScans;
   reading.control.progress = &reading.progress;
@@ -112,11 +114,65 @@ Result<Image> DecodeJpeg(std::string_view bytes) {
   Image image;
   if (!Read(reading, bytes, image)) {
     if (!reading.size) return reading.size;
-    return Result<Image>::Failure("The JPEG picture is damaged (" + std::string(reading.message) +
-                                  ").");
+    return Result<Image>::Failure("The JPEG picture is damaged (" +
+                                  std::string(reading.errors.message) + ").");
   }
   if (HasInk(reading.control)) InksToColors(image);
   return image;
+}
+
+namespace {
+
+struct JpegWriting {
+  jpeg_compress_struct control{};
+  JpegErrors errors{};
+  unsigned char* bytes = nullptr;  // of the library
+  unsigned long size = 0;
+  JpegWriting() = default;
+  JpegWriting(const JpegWriting&) = delete;
+  JpegWriting& operator=(const JpegWriting&) = delete;
+  ~JpegWriting() {
+    jpeg_destroy_compress(&control);
+    std::free(bytes);
+  }
+};
+
+// As Read: nothing in here has a destructor.
+bool Write(JpegWriting& writing, const Image& image, int quality) {
+  if (setjmp(writing.errors.back)) return false;
+  writing.control.err = jpeg_std_error(&writing.errors.base);
+  writing.errors.base.error_exit = JumpBack;
+  writing.control.client_data = &writing.errors;
+  jpeg_create_compress(&writing.control);
+  jpeg_mem_dest(&writing.control, &writing.bytes, &writing.size);
+  writing.control.image_width = image.width;
+  writing.control.image_height = image.height;
+  writing.control.input_components = 4;
+  writing.control.in_color_space = JCS_EXT_RGBX;
+  jpeg_set_defaults(&writing.control);
+  jpeg_set_quality(&writing.control, quality, TRUE);
+  jpeg_start_compress(&writing.control, TRUE);
+  while (writing.control.next_scanline < writing.control.image_height) {
+    const std::size_t at = static_cast<std::size_t>(writing.control.next_scanline) * image.width;
+    auto* row = const_cast<JSAMPLE*>(&image.bytes[at * 4]);  // which is only read
+    jpeg_write_scanlines(&writing.control, &row, 1);
+  }
+  jpeg_finish_compress(&writing.control);
+  return true;
+}
+
+}  // namespace
+
+Result<std::string> EncodeJpeg(const Image& image, int quality) {
+  if (Status size = CheckImageSize(image.width, image.height, 4); !size) return size;
+  if (image.bytes.size() != image.PixelCount() * 4)
+    return Result<std::string>::Failure("Only pictures of bytes can be written.");
+  JpegWriting writing;
+  if (!Write(writing, image, quality)) {
+    return Result<std::string>::Failure("The JPEG picture cannot be written (" +
+                                        std::string(writing.errors.message) + ").");
+  }
+  return std::string(reinterpret_cast<const char*>(writing.bytes), writing.size);
 }
 
 }  // namespace engine

@@ -1,4 +1,5 @@
 // Image files: what comes out of each kind, what is written, and that damage costs a message only.
+#include "engine/render/Codecs.h"
 #include "engine/render/Image.h"
 
 #include <gtest/gtest.h>
@@ -99,6 +100,18 @@ TEST(ImageFiles, WhatIsWrittenReadsBackExactly) {
   }
   const Image half = Gradient(5, 5, 100);
   EXPECT_EQ(engine::DecodeImage(engine::EncodePng(half).Take()).Value().bytes, half.bytes);
+}
+
+TEST(ImageFiles, JpegComesBackNearly) {
+  const Image image = Gradient(16, 12);
+  const auto file = engine::EncodeJpeg(image, 95);
+  const auto read = engine::DecodeImage(file.Value());
+  ASSERT_TRUE(read) << read.Message();
+  ASSERT_EQ(read.Value().bytes.size(), image.bytes.size());
+  for (std::size_t i = 0; i < image.bytes.size(); ++i)
+    ASSERT_NEAR(read.Value().bytes[i], image.bytes[i], 16) << i;
+  EXPECT_LT(engine::EncodeJpeg(image, 30).Value().size(), file.Value().size());
+  EXPECT_FALSE(engine::EncodeJpeg(Image(), 90));
 }
 
 // The tags of the first directory of a little-endian TIFF file: number and value, offsets followed
