@@ -11,7 +11,8 @@ any state back in one undo step. Many recorded states can be changed at once,
 and each can be exported as a scene file of its own with its textures.
 
 This package contains the plug-in with its manual, the command line
-stagemarks, the desktop stagemarks-desktop, and sample scenes.")
+stagemarks, the desktop stagemarks-desktop, the viewer of its web pages, and
+sample scenes.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

@@ -65,6 +65,7 @@ void AddCleanMaterials(Arguments& arguments, Program& program);
 void AddExport(Arguments& arguments, Program& program);
 void AddRender(Arguments& arguments, Program& program);
 void AddPublish(Arguments& arguments, Program& program);
+void AddPage(Arguments& arguments, Program& program);
 void AddSheet(Arguments& arguments, Program& program);
 void AddDemo(Arguments& arguments, Program& program);
 

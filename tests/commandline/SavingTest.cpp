@@ -77,11 +77,13 @@ TEST_F(Saving, OnlyWhatACommandMadeItselfIsReplacedWithoutForce) {
       {{"publish", scene, "--only", "Day", "--to", Scene("pub"), "--as", "gltf"},
        Scene("pub/spider Day.gltf"),
        true},
+      {{"page", scene, "--only", "Day", "--to", Scene("web")}, Scene("web/index.html"), true},
   };
   Out({"import", spider, Scene("bare.c4d")});
   for (const auto& row : kRows) {
-    for (const std::string& made :
-         {Scene("p.png"), Scene("p.tif"), Scene("page"), Scene("ex"), Scene("pub"), out})
+    if (row.call[0] == "page" && !fs::exists(TEST_BINARY_DIR "/share/stagemarks/page")) continue;
+    for (const std::string& made : {Scene("p.png"), Scene("p.tif"), Scene("page"), Scene("ex"),
+                                    Scene("pub"), Scene("web"), out})
       fs::remove_all(made);
     fs::create_directories(fs::path(row.file).parent_path());
     const std::string what = testing::PrintToString(row.call) + row.file;

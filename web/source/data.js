@@ -1,5 +1,5 @@
 // What the page holds besides the viewer: in one element what is to be read first (title, names,
-// dates, thumbnails), in the other the scene as a binary glTF file in base64.
+// dates, thumbnails), in others the scene as a binary glTF file in base64.
 
 // Text that is shown, never markup: whoever shows it uses textContent.
 const textOf = (value, otherwise = '') => (typeof value === 'string' ? value : otherwise);
@@ -18,20 +18,27 @@ export function readContents() {
   return { title: textOf(contents.title, 'Stagemarks'), states };
 }
 
-// The bytes of the scene. Throws where they are damaged.
+// The bytes of the scene, whose text may stand in several elements. Throws where they are damaged.
 export function readScene() {
-  const element = document.getElementById('scene');
-  const text = element.textContent.trim();
-  element.remove();
-  const padding = text.endsWith('==') ? 2 : text.endsWith('=') ? 1 : 0;
-  const bytes = new Uint8Array((text.length / 4) * 3 - padding);
-  // In pieces, so that a large scene is not in memory once more as a text of its bytes.
-  const step = 1 << 20;
-  for (let from = 0, to = 0; from < text.length; from += step) {
-    const piece = atob(text.slice(from, from + step));
-    for (let i = 0; i < piece.length; ++i) bytes[to++] = piece.charCodeAt(i);
+  const elements = [...document.querySelectorAll('script.scene')];
+  const texts = elements.map((element) => element.textContent.trim());
+  for (const element of elements) element.remove();
+  const bytes = new Uint8Array(texts.reduce((sum, text) => sum + lengthOf(text), 0));
+  let to = 0;
+  for (const text of texts) {
+    // In pieces, so that a large scene is not in memory once more as a text of its bytes.
+    for (let from = 0; from < text.length; from += 1 << 20) {
+      const piece = atob(text.slice(from, from + (1 << 20)));
+      for (let i = 0; i < piece.length; ++i) bytes[to++] = piece.charCodeAt(i);
+    }
   }
   return bytes.buffer;
+}
+
+// Of the bytes that the text stands for.
+function lengthOf(text) {
+  const padding = text.endsWith('==') ? 2 : text.endsWith('=') ? 1 : 0;
+  return (text.length / 4) * 3 - padding;
 }
 
 // "2026-11-22T08:10" in the reader's own way; what is no date as it stands.

@@ -39,7 +39,7 @@ function castShadows(light, bounds, size) {
   light.castShadow = true;
   light.shadow.mapSize.set(size, size);
   light.shadow.radius = 2;
-  light.shadow.bias = light.isDirectionalLight ? -0.001 : -0.0005;
+  light.shadow.bias = light.isDirectionalLight ? -0.002 : -0.0005;
   const camera = light.shadow.camera;
   Object.assign(camera, { near: radius * 0.002, far: radius * 4 });
   if (!light.isDirectionalLight) return;
@@ -125,17 +125,24 @@ export class Lighting {
 
 // What is seen where nothing of the scene is: a quiet gradient from ground to sky.
 const BACKDROPS = {
-  dark: { ground: [0.066, 0.075, 0.09], horizon: [0.34, 0.38, 0.43], zenith: [0.055, 0.085, 0.14] },
-  light: { ground: [0.62, 0.61, 0.59], horizon: [0.93, 0.93, 0.92], zenith: [0.72, 0.76, 0.8] },
+  dark: {
+    ground: [0.066, 0.075, 0.09],
+    distant: [0.211, 0.236, 0.267],
+    horizon: [0.34, 0.38, 0.43],
+    zenith: [0.055, 0.085, 0.14],
+  },
+  light: {
+    ground: [0.66, 0.66, 0.65],
+    distant: [0.84, 0.84, 0.83],
+    horizon: [0.93, 0.93, 0.92],
+    zenith: [0.79, 0.82, 0.85],
+  },
 };
 
 export class Backdrop {
   constructor() {
-    const uniforms = {
-      ground: { value: new Color() },
-      horizon: { value: new Color() },
-      zenith: { value: new Color() },
-    };
+    const uniforms = {};
+    for (const part of Object.keys(BACKDROPS.dark)) uniforms[part] = { value: new Color() };
     const material = new ShaderMaterial({
       uniforms,
       side: BackSide,
@@ -152,13 +159,13 @@ export class Backdrop {
       fragmentShader: `
         varying vec3 direction;
         uniform vec3 ground;
+        uniform vec3 distant;
         uniform vec3 horizon;
         uniform vec3 zenith;
         void main() {
           float up = normalize(direction).y;
-          vec3 far = horizon * 0.62;
-          vec3 color = up < 0.0 ? mix(far, ground, smoothstep(0.0, 0.55, -up))
-            : mix(mix(far, horizon, smoothstep(0.0, 0.035, up)), zenith, pow(up, 0.55));
+          vec3 color = up < 0.0 ? mix(distant, ground, smoothstep(0.0, 0.55, -up))
+            : mix(mix(distant, horizon, smoothstep(0.0, 0.035, up)), zenith, pow(up, 0.55));
           gl_FragColor = vec4(color, 1.0);
           #include <colorspace_fragment>
         }`,
