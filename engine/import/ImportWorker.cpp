@@ -9,6 +9,8 @@
 #include "engine/import/Frames.h"
 #include "engine/import/Import.h"
 #include "engine/import/SceneReader.h"
+#include "engine/scene/SeededIds.h"
+#include "engine/scenefile/FileAsRead.h"
 #include "engine/scenefile/SceneFile.h"
 
 namespace engine {
@@ -37,9 +39,17 @@ Status SendScene(const host::BaseDocument& doc, FrameWriter& output) {
   return {};
 }
 
+// From the file's bytes: the same file gives the same identities, wherever it lies.
+std::uint64_t SeedOf(const std::string& path) {
+  const std::string bytes = FolderFiles(path).ReadWhole(path);
+  const std::string_view whole = bytes;
+  return HashOfContent({&whole, 1});
+}
+
 Status Work(const std::string& path, FrameWriter& output) {
-  const OwnedDocument doc(host::BaseDocument::Alloc());
   AllowReadingOnly(FolderFiles::FoldersOf(path));
+  const SeededIds ids(SeedOf(path));
+  const OwnedDocument doc(host::BaseDocument::Alloc());
   ProgressSender progress(output);
   const auto notes =
       ReadForeignScene(path, *doc, [&](double fraction) { return progress.Tell(fraction); });

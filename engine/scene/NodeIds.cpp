@@ -4,6 +4,7 @@
 
 #include "engine/scene/DocumentBody.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/SeededIds.h"
 
 namespace engine {
 
@@ -11,6 +12,37 @@ using host::BaseDocument;
 using host::BaseList2D;
 using host::GeListNode;
 using A = NodeAccess;
+
+namespace {
+
+constexpr NodeId kRanges = (NodeId{1} << 39) - 1;
+
+// Of the innermost scope of SeededIds; null: ranges are drawn by chance.
+std::mt19937_64* seeded = nullptr;
+
+NodeId DrawnRange() {
+  static std::random_device device;
+  static std::uniform_int_distribution<NodeId> draw(1, kRanges);
+  return seeded != nullptr ? 1 + (*seeded)() % kRanges : draw(device);
+}
+
+// The next identity begins a range.
+void LeaveRange() {
+  NodeIds& ids = NodeIds::Instance();
+  ids.Seen(ids.Next() + 1);
+}
+
+}  // namespace
+
+SeededIds::SeededIds(std::uint64_t seed) : draw_(seed), former_(seeded) {
+  LeaveRange();
+  seeded = &draw_;
+}
+
+SeededIds::~SeededIds() {
+  seeded = former_;
+  LeaveRange();
+}
 
 NodeIds& NodeIds::Instance() {
   static NodeIds ids;
@@ -30,10 +62,8 @@ void NodeIds::Seen(NodeId id) {
 }
 
 NodeId NodeIds::FirstOfNewRange() {
-  static std::random_device device;
-  std::uniform_int_distribution<NodeId> draw(1, (NodeId{1} << 39) - 1);
-  NodeId range = draw(device);
-  while (!taken_.insert(range).second) range = draw(device);
+  NodeId range = DrawnRange();
+  while (!taken_.insert(range).second) range = DrawnRange();
   next_ = range * kRange;
   end_ = next_ + kRange;
   return next_++;
