@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <string_view>
 
 #include "engine/import/GltfReader.h"
@@ -47,7 +48,8 @@ constexpr std::array kKnown = {"KHR_lights_punctual",        "KHR_node_visibilit
                                "KHR_texture_transform",      "KHR_materials_emissive_strength",
                                "KHR_draco_mesh_compression", "KHR_materials_unlit",
                                "KHR_mesh_quantization",      "KHR_materials_pbrSpecularGlossiness",
-                               "EXT_meshopt_compression",    "KHR_materials_specular"};
+                               "EXT_meshopt_compression",    "KHR_materials_specular",
+                               "KHR_materials_variants"};
 // The beginnings of those that only change how surfaces look or move: without them there is still a
 // scene to work on.
 constexpr std::array kAboutLooks = {"KHR_materials_", "KHR_texture_",  "EXT_texture_",
@@ -61,6 +63,24 @@ bool IsKnown(const std::string& extension) {
 bool IsAboutLooks(const std::string& extension) {
   return std::any_of(kAboutLooks.begin(), kAboutLooks.end(),
                      [&](const char* start) { return extension.rfind(start, 0) == 0; });
+}
+
+// How often each extension is used, wherever it stands; at any depth, without recursion.
+std::map<std::string, std::size_t> UsesOfExtensions(const Json& top) {
+  std::map<std::string, std::size_t> uses;
+  std::vector<const Json*> pending{&top};
+  while (!pending.empty()) {
+    const Json& value = *pending.back();
+    pending.pop_back();
+    const Json& extensions = Member(value, "extensions");
+    if (extensions.is_object()) {
+      for (const auto& [name, ignored] : extensions.items()) ++uses[name];
+    }
+    for (const Json& below : value) {
+      if (below.is_structured()) pending.push_back(&below);
+    }
+  }
+  return uses;
 }
 
 std::vector<std::string> Texts(const Json& list) {
@@ -79,11 +99,20 @@ void CheckExtensions(const GltfFile& file, Notes& notes) {
     if (!IsKnown(extension) && !IsAboutLooks(extension))
       throw UnreadableFile("it needs the extension " + extension + ", which is not known here.");
   }
-  for (const std::string& extension : Texts(List(file.Top(), "extensionsUsed"))) {
+  std::vector<std::string> unknown = Texts(List(file.Top(), "extensionsUsed"));
+  std::erase_if(unknown, IsKnown);
+  if (unknown.empty()) return;
+  const std::map<std::string, std::size_t> uses = UsesOfExtensions(file.Top());
+  for (const std::string& extension : unknown) {
     const bool needed = std::find(required.begin(), required.end(), extension) != required.end();
-    if (IsKnown(extension)) continue;
-    notes.Add("The extension " + extension + " is left out" +
-              (needed ? ", although the file requires it." : "."));
+    const std::string what = "The extension " + extension + " is left out" +
+                             (needed ? ", although the file requires it" : "");
+    const auto found = uses.find(extension);
+    if (found == uses.end()) {
+      notes.Add(what + ".");
+    } else {
+      notes.Count(what + ", uses", found->second);
+    }
   }
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "engine/import/GltfPrimitive.h"
+#include "engine/import/GltfReader.h"
 #include "engine/scene/Vectors.h"
 
 namespace engine {
@@ -257,6 +258,7 @@ std::vector<unsigned> GltfMeshes::MakeParts(const Json& mesh, const Pose& pose) 
   const Json& primitives = List(mesh, "primitives");
   for (std::size_t i = 0; i < SizeOf(primitives); ++i) {
     made_.push_back(MakePart(primitives[i], pose));
+    variants_.push_back(VariantsOf(file_, primitives[i]));
     parts.push_back(static_cast<unsigned>(made_.size() - 1));
   }
   return parts;

@@ -26,6 +26,8 @@ class GltfMeshes {
   // Nodes that show the same shape share them.
   std::vector<unsigned> PartsOf(std::size_t node);
   std::vector<std::unique_ptr<aiMesh>>& Made() { return made_; }
+  // For each of these the material of each variant, empty where none changes it.
+  std::vector<std::vector<unsigned>>& Variants() { return variants_; }
 
  private:
   struct Pose;
@@ -39,6 +41,7 @@ class GltfMeshes {
   GltfFrames frames_;
   std::map<std::pair<std::size_t, std::vector<double>>, std::vector<unsigned>> shared_;
   std::vector<std::unique_ptr<aiMesh>> made_;
+  std::vector<std::vector<unsigned>> variants_;
 };
 
 }  // namespace engine

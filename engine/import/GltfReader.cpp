@@ -1,6 +1,7 @@
 #include "engine/import/GltfReader.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "engine/import/GltfFrames.h"
@@ -53,7 +54,9 @@ class TreeReader {
         result_(result),
         notes_(notes),
         meshes_(file, result.facts.materials, notes),
-        isPlaced_(file.Count("nodes"), false) {}
+        isPlaced_(file.Count("nodes"), false) {
+    result.facts.numbered.assign(isPlaced_.size(), nullptr);
+  }
 
   // False when `progress` stopped it.
   bool Read(const std::function<bool(double)>& progress) {
@@ -100,6 +103,7 @@ class TreeReader {
     const Json& source = file_.Entry("nodes", index);
     node.mTransformation = LibraryFrame(GltfFrameOf(source));
     result_.facts.nodes[&node] = NodeFactsOf(file_, source);
+    result_.facts.numbered[index] = &node;
     const std::vector<unsigned> parts = meshes_.PartsOf(index);
     if (!parts.empty()) {
       node.mMeshes = new unsigned[parts.size()];
@@ -114,6 +118,7 @@ class TreeReader {
     std::vector<std::unique_ptr<aiMesh>>& made = meshes_.Made();
     scene.mMeshes = new aiMesh*[made.size()];
     for (std::unique_ptr<aiMesh>& mesh : made) scene.mMeshes[scene.mNumMeshes++] = mesh.release();
+    result_.facts.variants = std::move(meshes_.Variants());
   }
 
   GltfFile& file_;
@@ -139,7 +144,8 @@ void SceneDeleter::operator()(aiScene* scene) const {
   delete scene;
 }
 
-GltfScene ReadGltf(GltfFile& file, const std::function<bool(double)>& progress, Notes& notes) {
+GltfScene ReadGltf(GltfFile& file, const std::string& path,
+                   const std::function<bool(double)>& progress, Notes& notes) {
   CheckExtensions(file, notes);
   GltfScene result{std::unique_ptr<aiScene, SceneDeleter>(new aiScene), {}};
   result.facts.unitsPerFileUnit = kUnitsPerMetre;
@@ -147,6 +153,8 @@ GltfScene ReadGltf(GltfFile& file, const std::function<bool(double)>& progress, 
   AddCamerasAndLights(file, result.facts);
   AddMaterials(file, *result.scene, result.facts, notes);
   if (!TreeReader(file, result, notes).Read(progress)) return {};
+  AddStates(file, path, result.facts);
+  NameMaterialsOfVariants(result.facts, *result.scene);
   NormalizeLights(SourceFormat::Gltf, result.facts.lights);
   const std::size_t scenes = file.Count("scenes");
   notes.Count("Other scenes of the file are left out", scenes > 0 ? scenes - 1 : 0);

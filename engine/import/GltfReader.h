@@ -7,6 +7,8 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "engine/import/GltfFile.h"
 #include "engine/import/SceneFacts.h"
@@ -25,7 +27,8 @@ struct GltfScene {
 
 // The chosen scene of the file, or the first one. `progress` hears 0..1 and stops the work by
 // answering false; there is no scene then. Throws UnreadableFile.
-GltfScene ReadGltf(GltfFile& file, const std::function<bool(double)>& progress, Notes& notes);
+GltfScene ReadGltf(GltfFile& file, const std::string& path,
+                   const std::function<bool(double)>& progress, Notes& notes);
 
 // The parts of it.
 // Throws where the file cannot be understood without an extension that is not known here; notes
@@ -35,5 +38,10 @@ void AddCamerasAndLights(const GltfFile& file, SceneFacts& facts);
 NodeFacts NodeFactsOf(const GltfFile& file, const Json& node);
 // Materials and embedded pictures, and behind the file's materials the one that is meant by none.
 void AddMaterials(GltfFile& file, aiScene& scene, SceneFacts& facts, Notes& notes);
+// The states that the file, which lies at `path`, holds.
+void AddStates(const GltfFile& file, const std::string& path, SceneFacts& facts);
+// The material of each variant for a part of a mesh; empty where none changes it.
+std::vector<unsigned> VariantsOf(const GltfFile& file, const Json& primitive);
+void NameMaterialsOfVariants(const SceneFacts& facts, aiScene& scene);
 
 }  // namespace engine

@@ -15,6 +15,22 @@ inline constexpr const char* kSkinsAtRest = "Skinned meshes are shown at rest";
 inline constexpr const char* kAnimationsLeftOut =
     "Animations are left out, the scene is shown at rest";
 
+// A sentence as the class below makes it: what, and how often, 0 where it is not counted.
+struct CountedNote {
+  std::string what;
+  std::size_t times = 0;
+};
+inline CountedNote AsCounted(const std::string& sentence) {
+  constexpr std::size_t kMostDigits = 18;
+  const std::size_t colon = sentence.rfind(": ");
+  if (colon == std::string::npos || sentence.back() != '.') return {sentence, 0};
+  const std::string number = sentence.substr(colon + 2, sentence.size() - colon - 3);
+  const bool isNumber = !number.empty() && number.size() <= kMostDigits &&
+                        number.find_first_not_of("0123456789") == std::string::npos;
+  return isNumber ? CountedNote{sentence.substr(0, colon), std::stoull(number)}
+                  : CountedNote{sentence, 0};
+}
+
 class Notes {
  public:
   // A sentence of its own. The same one again counts nothing.

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 #include "engine/import/Axes.h"
 #include "engine/import/ForeignText.h"
 #include "engine/import/MeshConversion.h"
 #include "engine/scene/DocumentState.h"
 #include "engine/scene/ElementState.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "host/BaseTag.h"
 #include "host/Parameters.h"
@@ -94,6 +96,7 @@ bool SceneConversion::Convert(const std::function<bool(double)>& progress) {
     if (object != nullptr) PushChildren(*next.node, object, false);
   }
   if (firstCamera_ != nullptr) doc_.GetRenderBaseDraw()->SetSceneCamera(firstCamera_, false);
+  KeepStates();
   NoteLosses();
   return true;
 }
@@ -135,6 +138,7 @@ BaseObject* SceneConversion::Place(const Pending& pending) {
   object->SetMl(frame);
   doc_.AppendObject(object, pending.parent);
   ApplyFacts(*parts.facts, *object);
+  if (!facts_.states.empty()) placed_.emplace(&node, object);
   if (isGroup) AddParts(parts, *object);
   return object;
 }
@@ -195,8 +199,11 @@ void SceneConversion::SetTags(BaseObject& object, unsigned mesh) {
   if (!meshes_[mesh]->normals.empty()) object.MakeTag(host::Tphong);
   host::BaseMaterial* material = materials_.At(scene_.mMeshes[mesh]->mMaterialIndex);
   if (material == nullptr) return;
-  if (host::TextureTag* tag = AsTextureTag(object.MakeTag(host::Ttexture)))
-    tag->SetMaterial(material);
+  host::TextureTag* tag = AsTextureTag(object.MakeTag(host::Ttexture));
+  if (tag == nullptr) return;
+  tag->SetMaterial(material);
+  const bool varies = mesh < facts_.variants.size() && !facts_.variants[mesh].empty();
+  if (varies) varied_.emplace_back(IdOf(*tag), mesh);
 }
 
 BaseObject* SceneConversion::MakeCamera(const SourceCamera& camera) {
@@ -251,6 +258,54 @@ host::String SceneConversion::NameOf(const aiNode& node, const NodeFacts& facts,
                                      const BaseObject& object) const {
   if (!facts.name.empty()) return host::String(std::string_view(facts.name));
   return node.mName.length > 0 ? TextOf(node.mName) : object.GetTypeName();
+}
+
+NodeId SceneConversion::ObjectOf(std::size_t node) const {
+  if (node >= facts_.numbered.size()) return 0;
+  const auto found = placed_.find(facts_.numbered[node]);
+  return found == placed_.end() ? 0 : IdOf(*found->second);
+}
+
+// The camera of a node that bears more than it is one of its parts.
+NodeId SceneConversion::CameraOf(const SourceState& source) const {
+  const BaseObject* object = AsObject(FindNode(&doc_, ObjectOf(source.camera)));
+  if (object == nullptr || object->GetType() == host::Ocamera) return object ? IdOf(*object) : 0;
+  for (const BaseObject* part = object->GetDown(); part != nullptr; part = part->GetNext()) {
+    if (part->GetType() == host::Ocamera) return IdOf(*part);
+  }
+  return 0;
+}
+
+ImportedState SceneConversion::StateOf(const SourceState& source) const {
+  ImportedState state;
+  state.name = source.name;
+  state.date = source.date;
+  state.camera = CameraOf(source);
+  state.width = source.width;
+  state.height = source.height;
+  for (const std::size_t node : source.hidden) {
+    if (const NodeId object = ObjectOf(node)) state.hidden.push_back(object);
+  }
+  for (const auto& [tag, mesh] : varied_) {
+    const std::vector<unsigned>& variants = facts_.variants[mesh];
+    unsigned index = source.variant < variants.size() ? variants[source.variant] : kOwnMaterial;
+    if (index == kOwnMaterial) index = scene_.mMeshes[mesh]->mMaterialIndex;
+    if (const host::BaseMaterial* material = materials_.At(index))
+      state.looks.emplace_back(tag, IdOf(*material));
+  }
+  return state;
+}
+
+void SceneConversion::KeepStates() {
+  ImportedStates kept;
+  std::unordered_set<NodeId> switched;
+  for (const SourceState& source : facts_.states) {
+    kept.states.push_back(StateOf(source));
+    for (const NodeId object : kept.states.back().hidden) {
+      if (switched.insert(object).second) kept.switched.push_back(object);
+    }
+  }
+  KeepImportedStates(doc_, kept);
 }
 
 void SceneConversion::NoteLosses() {

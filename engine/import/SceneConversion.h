@@ -9,8 +9,10 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
+#include "engine/import/ImportedStates.h"
 #include "engine/import/MaterialConversion.h"
 #include "engine/import/SceneFacts.h"
 #include "engine/scene/Mesh.h"
@@ -57,6 +59,10 @@ class SceneConversion {
   host::String NameOf(const aiNode& node, const NodeFacts& facts,
                       const host::BaseObject& object) const;
   void PushChildren(const aiNode& node, host::BaseObject* parent, bool isTop);
+  ImportedState StateOf(const SourceState& source) const;
+  NodeId CameraOf(const SourceState& source) const;
+  NodeId ObjectOf(std::size_t node) const;
+  void KeepStates();
   void NoteLosses();
 
   const aiScene& scene_;
@@ -70,6 +76,10 @@ class SceneConversion {
   std::unordered_map<std::string, host::LayerObject*> layers_;
   std::vector<Pending> pending_;
   host::BaseObject* firstCamera_ = nullptr;
+  // Where the file holds states: the objects of its nodes, and the texture tags that variants change
+  // with their meshes
+  std::unordered_map<const aiNode*, host::BaseObject*> placed_;
+  std::vector<std::pair<NodeId, unsigned>> varied_;
 };
 
 }  // namespace engine

@@ -1,5 +1,5 @@
 // SceneFacts: what the importing library's scene has no place for, loses or gets wrong: cameras,
-// lights, and what a file says about single nodes and materials. Lengths are in units of the file, angles radians, frames
+// lights, states, and what a file says about single nodes and materials. Lengths are in units of the file, angles radians, frames
 // in the scene's axes. Lives in the child.
 #pragma once
 
@@ -16,6 +16,7 @@
 #include "engine/import/Notes.h"
 #include "engine/import/SourceCheck.h"
 #include "engine/scene/PictureParameters.h"
+#include "host/Files.h"
 #include "host/Math.h"
 
 namespace engine {
@@ -82,6 +83,23 @@ struct NodeFacts {
   std::string layer;  // empty: none
 };
 
+// A state that the file holds: a variant of its materials, with what else it says of it. Nodes by
+// their numbers in the file.
+struct SourceState {
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  std::string name;
+  host::LocalFileTime date;
+  std::size_t variant = kNone;
+  std::size_t camera = kNone;
+  std::vector<std::size_t> hidden;
+  host::LONG width = 0;  // of its picture, 0: the file does not say
+  host::LONG height = 0;
+};
+
+// A variant that shows a mesh with its own material.
+inline constexpr unsigned kOwnMaterial = static_cast<unsigned>(-1);
+
 struct SceneFacts {
   double unitsPerFileUnit = 1;
   std::vector<SourceCamera> cameras;
@@ -89,6 +107,10 @@ struct SceneFacts {
   std::unordered_map<const aiNode*, NodeFacts> nodes;
   std::vector<MaterialFacts> materials;  // by position in the file, may be fewer
   std::set<unsigned> undefined;          // materials that are named, but described nowhere
+  std::vector<SourceState> states;
+  std::vector<const aiNode*> numbered;  // the nodes by their numbers in the file, null: not shown
+  // For each mesh the material of each variant, empty where none changes it
+  std::vector<std::vector<unsigned>> variants;
 };
 
 // For all formats but glTF of version 2. `files`, through which the library has read `path`, is

@@ -99,10 +99,10 @@ std::string ReasonOf(const Assimp::Importer& importer) {
 using Answer = Result<std::vector<std::string>>;
 using ProgressOfAll = std::function<bool(double)>;
 
-Answer Converted(const aiScene& scene, SourceFormat format, const SceneFacts& facts,
+Answer Converted(const aiScene& scene, const std::string& path, const SceneFacts& facts,
                  host::BaseDocument& doc, const ProgressOfAll& progress, Notes& notes) {
   const bool finished =
-      SceneConversion(scene, format, facts, doc, notes).Convert([&](double fraction) {
+      SceneConversion(scene, FormatOf(path), facts, doc, notes).Convert([&](double fraction) {
         return progress(kReadingPart + (1 - kReadingPart) * fraction);
       });
   return finished ? Answer(notes.Sentences()) : Answer::Failure(kStopped);
@@ -117,15 +117,15 @@ Answer ReadByLibrary(const std::string& path, SourceFormat format, host::BaseDoc
   if (scene == nullptr || scene->mRootNode == nullptr) return Answer::Failure(ReasonOf(importer));
   Notes notes;
   const SceneFacts facts = GatherFacts(*scene, format, path, files, notes);
-  return Converted(*scene, format, facts, doc, progress, notes);
+  return Converted(*scene, path, facts, doc, progress, notes);
 }
 
-Answer ReadGltfFile(GltfFile& file, SourceFormat format, host::BaseDocument& doc,
+Answer ReadGltfFile(GltfFile& file, const std::string& path, host::BaseDocument& doc,
                     const ProgressOfAll& progress, Notes& notes) {
   const GltfScene source = ReadGltf(
-      file, [&](double fraction) { return progress(kReadingPart * fraction); }, notes);
+      file, path, [&](double fraction) { return progress(kReadingPart * fraction); }, notes);
   if (!source.scene) return Answer::Failure(kStopped);
-  return Converted(*source.scene, format, source.facts, doc, progress, notes);
+  return Converted(*source.scene, path, source.facts, doc, progress, notes);
 }
 
 }  // namespace
@@ -139,7 +139,7 @@ Result<std::vector<std::string>> ReadForeignScene(const std::string& path, host:
   try {
     Notes notes;
     GltfFile file(path, format == SourceFormat::Glb, notes);
-    if (!file.IsVersion1()) return ReadGltfFile(file, format, doc, progress, notes);
+    if (!file.IsVersion1()) return ReadGltfFile(file, path, doc, progress, notes);
   } catch (const UnreadableFile& why) {
     return Answer::Failure(std::string("The file cannot be read: ") + why.what());
   }

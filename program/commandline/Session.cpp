@@ -11,6 +11,7 @@
 #include "program/commandline/SceneLookup.h"
 #include "program/outcome/Outcome.h"
 #include "program/pictures/DialogLabels.h"
+#include "program/recording/ImportedStates.h"
 
 namespace commandline {
 
@@ -114,9 +115,9 @@ int Session::LockScene() {
 }
 
 int Session::Open(const std::string& path) {
-  std::vector<std::string> notes;
   const std::string absolute = AbsolutePath(path);
-  const auto opened = application_->OpenDocument(absolute, &notes);
+  importNotes_.clear();
+  const auto opened = application_->OpenDocument(absolute, &importNotes_);
   if (!opened) {
     // The importer hears of Ctrl-C, too, and may end first.
     const bool stopped = Terminal::Interrupted() && engine::IsImportable(absolute);
@@ -124,8 +125,15 @@ int Session::Open(const std::string& path) {
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
   imported_ = fs::path(absolute).extension() != ".c4d";
-  for (const std::string& note : notes) program_.terminal.Note(note);
   application_->DeliverEvents();
+  if (dialog_) {
+    recording::RecordedStates recorded =
+        recording::RecordImportedStates(services_, *dialog_, Document());
+    importedMarks_ = std::move(recorded.names);
+    importNotes_.insert(importNotes_.end(), recorded.notes.begin(), recorded.notes.end());
+    application_->DeliverEvents();
+  }
+  for (const std::string& note : importNotes_) program_.terminal.Note(note);
   return kDone;
 }
 

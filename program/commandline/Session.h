@@ -43,8 +43,12 @@ class Session {
   // Refuses paths where there are files that were not made as `maker` (see FileOrigin.h), unless
   // --force was given.
   int CheckReplacing(const std::vector<std::string>& paths, const std::string& maker);
-  // Opens or imports a file and makes it the active document.
+  // Opens or imports a file and makes it the active document. States that an imported file holds
+  // become Stagemarks.
   int Open(const std::string& path);
+  // Of the last import: what it lost or mended, and the Stagemarks that it made.
+  const std::vector<std::string>& ImportNotes() const { return importNotes_; }
+  const std::vector<std::string>& ImportedMarks() const { return importedMarks_; }
 
   engine::Application& App() { return *application_; }
   const engine::Services& GetServices() { return services_; }
@@ -94,6 +98,8 @@ class Session {
   std::unique_ptr<StagemarksDialog> dialog_;
   engine::FileLock lock_;
   bool imported_ = false;
+  std::vector<std::string> importNotes_;
+  std::vector<std::string> importedMarks_;
   bool texturesChecked_ = false;
 };
 

@@ -337,12 +337,12 @@ TEST_F(GltfReader, MaterialsKeepTheirTransformsWhateverUsesThemFirst) {
 TEST_F(GltfReader, ExtensionsThatAreNeededAreNamed) {
   Source source;
   source.Mesh(kTriangle);
-  source.json["extensionsUsed"] = {"EXT_of_nobody", "KHR_materials_variants", "EXT_other"};
-  source.json["extensionsRequired"] = {"KHR_materials_variants", "KHR_mesh_quantization"};
+  source.json["extensionsUsed"] = {"EXT_of_nobody", "KHR_materials_of_nobody", "EXT_other"};
+  source.json["extensionsRequired"] = {"KHR_materials_of_nobody", "KHR_mesh_quantization"};
   Import(source);
   EXPECT_TRUE(HasNote("The extension EXT_of_nobody is left out."));
   EXPECT_TRUE(
-      HasNote("The extension KHR_materials_variants is left out, although the file "
+      HasNote("The extension KHR_materials_of_nobody is left out, although the file "
               "requires it."));
   source.json["extensionsRequired"].push_back("EXT_of_nobody");
   EXPECT_NE(

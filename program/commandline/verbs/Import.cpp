@@ -1,5 +1,6 @@
 
 #include "engine/import/Import.h"
+#include "engine/import/Notes.h"
 #include "engine/scene/DocumentState.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
@@ -7,6 +8,16 @@
 namespace commandline {
 
 namespace {
+
+// What is not as in the file, each with how often where that is counted.
+void PutNotes(const std::vector<std::string>& notes, Report& report) {
+  report.PutList("notes");
+  for (const std::string& note : notes) {
+    const engine::CountedNote counted = engine::AsCounted(note);
+    report.Append("notes", {{"note", counted.what},
+                            {"count", counted.times > 0 ? JsonValue(counted.times) : JsonValue()}});
+  }
+}
 
 int RunImport(Program& program) {
   if (!engine::IsImportable(program.scene)) {
@@ -17,6 +28,7 @@ int RunImport(Program& program) {
   }
   Session session(program);
   if (const int status = session.CheckTarget(); status != kDone) return status;
+  if (const int status = session.Start(); status != kDone) return status;
   if (const int status = session.Open(program.scene); status != kDone) return status;
   Report report;
   if (const int status = session.CheckTextures(report); status != kDone) return status;
@@ -25,6 +37,11 @@ int RunImport(Program& program) {
               Counted(counts.materials, "material") + ", " + Counted(counts.cameras, "camera") +
               ", " + Counted(counts.lights, "light") + ", " + Counted(counts.polygons, "polygon") +
               ".");
+  const std::vector<std::string>& marks = session.ImportedMarks();
+  if (!marks.empty())
+    report.Line("Recorded " + Counted(marks.size(), "Stagemark") + ": " + Listed(marks) + ".");
+  report.Put("recorded", marks);
+  PutNotes(session.ImportNotes(), report);
   report.Put("objects", counts.objects);
   report.Put("materials", counts.materials);
   report.Put("cameras", counts.cameras);

@@ -1,0 +1,129 @@
+// Files of other formats from the shell: their states become Stagemarks, and the same file gives the
+// same scene.
+#include <filesystem>
+#include <fstream>
+
+#include "tests/commandline/CommandLine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using tests::ChildResult;
+using tests::CommandLine;
+
+// One triangle.
+constexpr const char* kPoints =
+    "data:application/octet-stream;base64,"
+    "AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA";
+
+json Part(int material, const json& mappings = {}) {
+  json part = {{"attributes", {{"POSITION", 0}}}, {"material", material}};
+  if (!mappings.is_null()) part["extensions"]["KHR_materials_variants"]["mappings"] = mappings;
+  return part;
+}
+
+// A chair of two parts and a lamp; the variants paint the seat red, blue and green.
+json Chair() {
+  const json seat =
+      Part(0, {{{"material", 1}, {"variants", {1}}}, {{"material", 2}, {"variants", {2}}}});
+  return {
+      {"asset", {{"version", "2.0"}}},
+      {"extensionsUsed", {"KHR_materials_variants"}},
+      {"extensions",
+       {{"KHR_materials_variants",
+         {{"variants", {{{"name", "Beach"}}, {{"name", "Night"}}, {{"name", "Beach"}}}}}}}},
+      {"buffers", {{{"byteLength", 36}, {"uri", kPoints}}}},
+      {"bufferViews", {{{"buffer", 0}, {"byteLength", 36}}}},
+      {"accessors", {{{"bufferView", 0}, {"componentType", 5126}, {"count", 3}, {"type", "VEC3"}}}},
+      {"materials", {{{"name", "Red"}}, {{"name", "Blue"}}, {{"name", "Green"}}}},
+      {"meshes", {{{"primitives", {seat, Part(1)}}}, {{"primitives", {Part(2)}}}}},
+      {"cameras",
+       {{{"type", "perspective"}, {"perspective", {{"yfov", 1}, {"znear", 0.1}}}},
+        {{"type", "perspective"}, {"perspective", {{"yfov", 0.5}, {"znear", 0.1}}}}}},
+      {"nodes",
+       {{{"name", "Chair"}, {"mesh", 0}},
+        {{"name", "Lamp"}, {"mesh", 1}},
+        {{"name", "Front"}, {"camera", 0}},
+        {{"name", "Side"}, {"camera", 1}}}},
+      {"scenes", {{{"nodes", {0, 1, 2, 3}}}}},
+      {"scene", 0}};
+}
+
+class ImportVerb : public CommandLine {
+ protected:
+  std::string Write(const std::string& name, const json& file) {
+    fs::create_directories(fs::path(folder_ / name).parent_path());
+    std::ofstream(folder_ / name) << file;
+    return folder_ / name;
+  }
+};
+
+TEST_F(ImportVerb, MakesAStagemarkOfEachVariantOfTheMaterials) {
+  const std::string scene = folder_ / "chair.c4d";
+  const json imported = Json({"import", Write("chair.gltf", Chair()), scene});
+  EXPECT_EQ(imported["recorded"], json({"Beach", "Night", "Beach 2"}));
+  EXPECT_EQ(Marks(scene), "*Beach Beach 2 Night ") << "the file looks like its first variant";
+  const auto changes = [&](const std::string& mark) {
+    return Call({"diff", scene, "Beach", mark}).out;
+  };
+  EXPECT_NE(changes("Night").find("\"Blue\""), std::string::npos) << changes("Night");
+  EXPECT_NE(changes("Beach 2").find("\"Green\""), std::string::npos) << changes("Beach 2");
+  EXPECT_EQ(Call({"load", scene, "Beach", "--dry-run"}).out.find("\"Blue\""), std::string::npos);
+}
+
+// What files published from here say of their states beyond materials.
+TEST_F(ImportVerb, MakesStagemarksAsOurOwnFilesDescribeThem) {
+  json file = Chair();
+  file["extras"]["stagemarks"] = {{"version", 1},
+                                  {"states",
+                                   {{{"name", "Day"},
+                                     {"date", "2025-03-04T05:06:07"},
+                                     {"variant", 0},
+                                     {"camera", 2},
+                                     {"hidden", json::array()},
+                                     {"size", {640, 480}}},
+                                    {{"name", "Dark"},
+                                     {"variant", 1},
+                                     {"camera", 3},
+                                     {"hidden", {1, 99}},
+                                     {"size", {320, 200}}}}}};
+  const std::string scene = folder_ / "room.c4d";
+  EXPECT_EQ(Json({"import", Write("room.gltf", file), scene})["recorded"], json({"Day", "Dark"}));
+  EXPECT_NE(Out({"list", scene}).find("03/04/25 05:06"), std::string::npos);
+  const std::string diff = Call({"diff", scene, "Day", "Dark"}).out;
+  for (const char* part : {"Lamp", "\"Blue\"", "Side", "320", "200", "Off"})
+    EXPECT_NE(diff.find(part), std::string::npos) << part << "\n" << diff;
+}
+
+TEST_F(ImportVerb, GivesTheSameBytesForTheSameFile) {
+  const std::string file = Write("chair.gltf", Chair());
+  for (const char* folder : {"one", "two"}) {
+    fs::create_directory(folder_ / folder);
+    Out({"import", file, folder_ / (std::string(folder) + "/chair.c4d")});
+    Out({"import", TEST_SOURCE_DIR "/scenes/spider/spider.fbx",
+         folder_ / (std::string(folder) + "/spider.c4d")});
+  }
+  for (const char* name : {"/chair.c4d", "/spider.c4d"}) {
+    EXPECT_EQ(tests::ReadText(folder_ / (std::string("one") + name)),
+              tests::ReadText(folder_ / (std::string("two") + name)))
+        << name;
+  }
+}
+
+TEST_F(ImportVerb, TellsProgramsWhatIsLeftOutAndHowOften) {
+  json file = Chair();
+  file["animations"] = {{{"channels", json::array()}, {"samplers", json::array()}}};
+  file["extensionsUsed"].push_back("ACME_smell");
+  file["nodes"][1]["extensions"]["ACME_smell"] = {{"rose", 1}};
+  file["nodes"][2]["extensions"]["ACME_smell"] = {{"rose", 2}};
+  const json notes = Json({"import", Write("chair.gltf", file), folder_ / "chair.c4d"})["notes"];
+  std::string text;
+  for (const json& note : notes)
+    text += note["note"].get<std::string>() + "=" + note["count"].dump() + "\n";
+  EXPECT_NE(text.find("Animations are left out, the scene is shown at rest=1"), std::string::npos)
+      << text;
+  EXPECT_NE(text.find("The extension ACME_smell is left out, uses=2"), std::string::npos) << text;
+}
+
+}  // namespace
