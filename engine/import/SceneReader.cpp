@@ -11,6 +11,7 @@
 
 #include "engine/import/FolderFiles.h"
 #include "engine/import/GltfReader.h"
+#include "engine/import/ImportedElements.h"
 #include "engine/import/SceneConversion.h"
 #include "host/Filename.h"
 
@@ -105,6 +106,7 @@ Answer Converted(const aiScene& scene, const std::string& path, const SceneFacts
       SceneConversion(scene, FormatOf(path), facts, doc, notes).Convert([&](double fraction) {
         return progress(kReadingPart + (1 - kReadingPart) * fraction);
       });
+  KeepImportedElements(doc, DescribeElements(doc, path.substr(path.rfind('/') + 1)));
   return finished ? Answer(notes.Sentences()) : Answer::Failure(kStopped);
 }
 

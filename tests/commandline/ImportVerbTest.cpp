@@ -1,5 +1,5 @@
-// Files of other formats from the shell: their states become Stagemarks, and the same file gives the
-// same scene.
+// Files of other formats from the shell: their states become Stagemarks, a newer file is brought into
+// a scene that was worked on, textures come along, and the same file gives the same scene.
 #include <filesystem>
 #include <fstream>
 
@@ -124,6 +124,76 @@ TEST_F(ImportVerb, TellsProgramsWhatIsLeftOutAndHowOften) {
   EXPECT_NE(text.find("Animations are left out, the scene is shown at rest=1"), std::string::npos)
       << text;
   EXPECT_NE(text.find("The extension ACME_smell is left out, uses=2"), std::string::npos) << text;
+}
+
+class UpdateVerb : public ImportVerb {
+ protected:
+  UpdateVerb() {
+    Out({"import", Write("chair.gltf", Chair()), scene_});
+    Out({"set", scene_, "--object", "Lamp", "--render", "off", "--write"});
+    Out({"record", scene_, "No lamp", "--write"});
+  }
+  // The next day's model: the chair has moved, the lamp is gone, there is a rug.
+  std::string NextDay() {
+    json file = Chair();
+    file["nodes"][0]["translation"] = {1, 2, 3};
+    file["nodes"][1]["name"] = "Rug";
+    file["materials"][0]["pbrMetallicRoughness"]["baseColorFactor"] = {1, 0, 0, 1};
+    return Write("next/chair.gltf", file);
+  }
+
+  const std::string scene_ = folder_ / "chair.c4d";
+};
+
+TEST_F(UpdateVerb, KeepsTheStagemarks) {
+  const json updated = Json({"import", NextDay(), "--update", scene_, "--write"});
+  EXPECT_EQ(updated["objects"]["changed"][0]["path"], "Chair");
+  EXPECT_EQ(updated["objects"]["changed"][0]["what"], json({"place"}));
+  EXPECT_EQ(updated["objects"]["new"], json({"Rug"}));
+  EXPECT_EQ(updated["objects"]["gone"], json({"Lamp"}));
+  EXPECT_EQ(updated["materials"]["changed"][0]["path"], "Red");
+  EXPECT_EQ(updated["written"], scene_);
+  EXPECT_EQ(Marks(scene_), "Beach Beach 2 Night *No lamp ");
+  EXPECT_EQ(Call({"check", scene_}).out.find("error"), std::string::npos);
+  Out({"load", scene_, "Night", "--write"});
+  EXPECT_EQ(Json({"load", scene_, "Night", "--dry-run"})["changed"], false);
+  EXPECT_FALSE(Json({"import", NextDay(), "--update", scene_})["objects"]["changed"].size());
+}
+
+TEST_F(UpdateVerb, WritesOnlyWhereItIsTold) {
+  const std::string before = tests::ReadText(scene_);
+  for (const std::vector<std::string>& more :
+       std::vector<std::vector<std::string>>{{}, {"--dry-run"}}) {
+    std::vector<std::string> call = {"import", NextDay(), "--update", scene_};
+    call.insert(call.end(), more.begin(), more.end());
+    EXPECT_NE(Out(call).find("Would update"), std::string::npos);
+    EXPECT_EQ(tests::ReadText(scene_), before);
+  }
+  Out({"import", NextDay(), folder_ / "other.c4d", "--update", scene_, "--gone", "remove"});
+  EXPECT_EQ(tests::ReadText(scene_), before);
+  EXPECT_EQ(Marks(folder_ / "other.c4d"), Marks(scene_));
+  EXPECT_EQ(Json({"import", folder_ / "chair.gltf", "--update", scene_})["objects"]["goneCount"],
+            0);
+  for (const std::vector<std::string>& wrong : std::vector<std::vector<std::string>>{
+           {"import", NextDay()},
+           {"import", NextDay(), "--update", scene_, "--write", "--dry-run"},
+           {"import", NextDay(), folder_ / "x.c4d", "--gone", "remove"}}) {
+    EXPECT_EQ(Call(wrong).status, 2);
+  }
+}
+
+TEST_F(ImportVerb, CollectsTexturesBesideTheScene) {
+  fs::create_directory(folder_ / "out");
+  const std::string scene = folder_ / "out/spider.c4d";
+  const json imported =
+      Json({"import", TEST_SOURCE_DIR "/scenes/spider/spider.obj", scene, "--collect"});
+  EXPECT_EQ(imported["collected"].size(), 5U);
+  EXPECT_EQ(Files("out"), "spider.c4d | tex/*5");
+  fs::rename(folder_ / "out", folder_ / "moved");
+  EXPECT_EQ(Json({"info", folder_ / "moved/spider.c4d"})["missingTextures"], json::array());
+  Out({"import", TEST_SOURCE_DIR "/scenes/spider/spider.obj", folder_ / "moved/again.c4d",
+       "--collect"});
+  EXPECT_EQ(Files("moved"), "again.c4d | spider.c4d | tex/*5") << "the files were there already";
 }
 
 }  // namespace

@@ -1,0 +1,251 @@
+// What a newer import of a file brings into a scene that was worked on, and what it leaves alone.
+#include "engine/update/SceneUpdate.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "engine/import/ImportedElements.h"
+#include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/Mesh.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/SceneDump.h"
+#include "engine/scene/ShaderWalk.h"
+#include "engine/undo/Undo.h"
+#include "host/Parameters.h"
+#include "tests/support/SceneBuilder.h"
+
+namespace {
+
+using engine::SceneUpdate;
+using tests::SceneBuilder;
+
+std::shared_ptr<const engine::Mesh> Triangle(float size) {
+  auto mesh = std::make_shared<engine::Mesh>();
+  mesh->points = {{0, 0, 0}, {size, 0, 0}, {0, size, 0}};
+  mesh->polygons = {{0, 1, 2, -1}};
+  return mesh;
+}
+
+// A room with two lamps of one name, and a cup in a second place, as the file has it.
+void BuildFile(SceneBuilder& file) {
+  file.Material("Wood").Material("Brass", {0.9, 0.6, 0.1});
+  file.Object("Room").Object("Room/Table", host::Opolygon).At("Room/Table", 0, 10, 0);
+  engine::SetMesh(*file.Last(), Triangle(1));
+  file.Texture("Room/Table", "Wood").Object("Room/Table/Cup", host::Opolygon);
+  file.Object("Shelf").Object("Shelf/Lamp", host::Olight).Camera("View");
+}
+
+// Objects in tree order, each with "<" for every one above it.
+std::string TreeOf(const host::BaseDocument& doc) {
+  std::string text;
+  for (const host::BaseObject* object = doc.GetFirstObject(); object;
+       object = engine::NextInTree(object)) {
+    for (const host::BaseObject* up = object->GetUp(); up; up = up->GetUp()) text += '<';
+    text += object->GetName().ToUtf8() + ' ';
+  }
+  return text;
+}
+
+std::string Joined(const std::vector<std::string>& texts) {
+  std::string joined;
+  for (const std::string& text : texts) joined += (joined.empty() ? "" : ", ") + text;
+  return joined;
+}
+
+// "changed: Room/Table (place); new: X; gone: Y".
+std::string Said(const engine::ElementChanges& changes) {
+  std::string text;
+  for (const engine::ChangedElement& one : changes.changed)
+    text += "changed: " + one.path + " (" + Joined(one.what) + "); ";
+  if (!changes.added.empty()) text += "new: " + Joined(changes.added) + "; ";
+  if (!changes.gone.empty()) text += "gone: " + Joined(changes.gone) + "; ";
+  return text;
+}
+
+// All that a person can undo: what came from the file is remembered all the same.
+std::string Dump(host::BaseDocument& doc) {
+  const host::BaseContainer data = doc.GetData();
+  engine::KeepImportedElements(doc, {});
+  std::string dump = engine::DumpDocument(doc);
+  doc.SetData(data, host::FALSE);
+  return dump;
+}
+
+class Update : public testing::Test {
+ protected:
+  Update() {
+    BuildFile(scene_);
+    engine::KeepImportedElements(scene_.Doc(), engine::DescribeElements(scene_.Doc(), "room.glb"));
+    BuildFile(file_);
+  }
+
+  SceneUpdate Run(bool removeGone = false) {
+    engine::KeepImportedElements(file_.Doc(), engine::DescribeElements(file_.Doc(), "room.glb"));
+    return engine::UpdateScene(scene_.Doc(), file_.Doc(), {.removeGone = removeGone});
+  }
+  double TableHeight() { return scene_.GetObject("Room/Table")->GetMl().off.y; }
+
+  SceneBuilder scene_;
+  SceneBuilder file_;
+};
+
+TEST_F(Update, FromAnUnchangedFileLeavesTheWorkAlone) {
+  scene_.At("Room/Table", 5, 5, 5).Modes("Room/Table/Cup", host::MODE_OFF, host::MODE_OFF);
+  scene_.GetMaterial("Wood")->GetDataInstance()->SetReal(host::MATERIAL_ALPHA, 0.5);
+  const std::string before = Dump(scene_.Doc());
+  const SceneUpdate update = Run(true);
+  EXPECT_FALSE(update.ChangesAnything()) << Said(update.objects) << Said(update.materials);
+  EXPECT_EQ(update.objects.found, 6U);
+  EXPECT_EQ(Dump(scene_.Doc()), before);
+  EXPECT_FALSE(engine::CanUndo(scene_.Doc()));
+}
+
+struct FileChange {
+  const char* name;
+  std::function<void(SceneBuilder&)> change;
+  const char* objects;
+  const char* materials;
+};
+
+class OneChange : public Update, public testing::WithParamInterface<FileChange> {};
+
+// One undo step takes all of it back, and a second update has nothing to do.
+TEST_P(OneChange, ComesInAsOneStep) {
+  const std::string before = Dump(scene_.Doc());
+  GetParam().change(file_);
+  const SceneUpdate update = Run();
+  EXPECT_EQ(Said(update.objects), GetParam().objects);
+  EXPECT_EQ(Said(update.materials), GetParam().materials);
+  const std::string after = Dump(scene_.Doc());
+  EXPECT_NE(after, before);
+  SceneBuilder again;
+  BuildFile(again);
+  GetParam().change(again);
+  engine::KeepImportedElements(again.Doc(), engine::DescribeElements(again.Doc(), "room.glb"));
+  EXPECT_FALSE(engine::UpdateScene(scene_.Doc(), again.Doc(), {}).ChangesAnything());
+  EXPECT_EQ(engine::UndoName(scene_.Doc()), "Update from File");
+  EXPECT_TRUE(scene_.Doc().DoUndo());
+  EXPECT_EQ(engine::DumpDifference(before, Dump(scene_.Doc())), std::vector<std::string>());
+  EXPECT_FALSE(engine::CanUndo(scene_.Doc()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, OneChange,
+    testing::Values(
+        FileChange{"Place", [](SceneBuilder& file) { file.At("Room/Table", 1, 2, 3); },
+                   "changed: Room/Table (place); ", ""},
+        FileChange{
+            "Shape",
+            [](SceneBuilder& file) { engine::SetMesh(*file.GetObject("Room/Table"), Triangle(2)); },
+            "changed: Room/Table (shape); ", ""},
+        FileChange{"Lens",
+                   [](SceneBuilder& file) {
+                     file.GetObject("View")->GetDataInstance()->SetReal(host::CAMERA_FOV, 0.3);
+                   },
+                   "changed: View (settings); ", ""},
+        FileChange{"Material",
+                   [](SceneBuilder& file) {
+                     file.GetMaterial("Brass")->GetDataInstance()->SetReal(host::MATERIAL_ROUGHNESS,
+                                                                           0.1);
+                     file.Bitmap(file.GetMaterial("Brass"), "/pictures/brass.png");
+                   },
+                   "", "changed: Brass (settings); "},
+        FileChange{"Assignment",
+                   [](SceneBuilder& file) {
+                     static_cast<host::TextureTag*>(file.GetTag("Room/Table", host::Ttexture))
+                         ->SetMaterial(file.GetMaterial("Brass"));
+                   },
+                   "changed: Room/Table (material); ", ""},
+        FileChange{"NewBranch",
+                   [](SceneBuilder& file) {
+                     file.Material("Glass").Object("Shelf/Vase").Object("Shelf/Vase/Rose");
+                     file.Texture("Shelf/Vase/Rose", "Glass");
+                   },
+                   "new: Shelf/Vase; ", "new: Glass; "},
+        FileChange{"OtherParent",
+                   [](SceneBuilder& file) {
+                     host::BaseObject* lamp = file.GetObject("Shelf/Lamp");
+                     lamp->Remove();
+                     file.Doc().AppendObject(lamp, file.GetObject("Room"));
+                   },
+                   "changed: Shelf/Lamp (parent); ", ""}),
+    [](const auto& one) { return one.param.name; });
+
+TEST_F(Update, ThatChangesOneThingKeepsWhatWasDoneToOthers) {
+  scene_.At("Room/Table", 5, 5, 5).Modes("Room/Table", host::MODE_OFF, host::MODE_OFF);
+  scene_.Texture("Room/Table/Cup", "Brass").Layer("Props").OnLayer("Room/Table", "Props");
+  engine::SetMesh(*file_.GetObject("Room/Table"), Triangle(3));
+  const host::ULLONG id = engine::IdOf(*scene_.GetObject("Room/Table"));
+  EXPECT_EQ(Said(Run().objects), "changed: Room/Table (shape); ");
+  EXPECT_EQ(TableHeight(), 5);
+  EXPECT_EQ(engine::IdOf(*scene_.GetObject("Room/Table")), id);
+  EXPECT_EQ(scene_.GetObject("Room/Table")->GetRenderMode(), host::MODE_OFF);
+  EXPECT_EQ(scene_.GetObject("Room/Table")->GetLayerObject(&scene_.Doc()),
+            scene_.GetLayer("Props"));
+}
+
+TEST_F(Update, FindsWhatWasPutIntoGroupsOrMovedByTheFile) {
+  host::BaseObject* room = scene_.GetObject("Room");
+  room->Remove();
+  scene_.Object("Set");
+  scene_.Doc().AppendObject(room, scene_.GetObject("Set"));
+  file_.At("Room/Table", 1, 1, 1);
+  EXPECT_EQ(Said(Run().objects), "changed: Set/Room/Table (place); ");
+  EXPECT_EQ(TreeOf(scene_.Doc()), "Shelf <Lamp View Set <Room <<Table <<<Cup ");
+}
+
+TEST_F(Update, FindsWhatTheFileGaveAnotherNameByItsIdentity) {
+  for (SceneBuilder* one : {&scene_, &file_})
+    one->GetObject("Shelf")->GetDataInstance()->SetString(1059403, "{\"uuid\":\"a-1\"}");
+  file_.GetObject("Shelf")->SetName("Rack");
+  const host::ULLONG lamp = engine::IdOf(*scene_.GetObject("Shelf/Lamp"));
+  const SceneUpdate update = Run();
+  EXPECT_EQ(update.objects.found, 6U) << Said(update.objects);
+  EXPECT_EQ(engine::IdOf(*scene_.GetObject("Shelf/Lamp")), lamp);
+}
+
+// What is gone stays listed until it is removed; what was made here is never gone.
+TEST_F(Update, NamesWhatIsGoneAndRemovesItOnlyWhenTold) {
+  scene_.Object("Made here").Object("Shelf/Made here, too");
+  host::BaseObject* shelf = file_.GetObject("Shelf");
+  host::BaseObject* table = file_.GetObject("Room/Table");
+  host::BaseObject::Free(shelf);
+  host::BaseObject::Free(table);
+  EXPECT_EQ(Said(Run().objects), "gone: Room/Table, Shelf; ");
+  const std::string before = TreeOf(scene_.Doc());
+  EXPECT_EQ(before, "Room <Table <<Cup Shelf <Lamp <Made here, too View Made here ");
+  const SceneUpdate update = Run(true);
+  EXPECT_EQ(update.objects.goneCount, 4U);
+  EXPECT_EQ(update.removed, 3U) << "the shelf bears what was made here";
+  EXPECT_EQ(TreeOf(scene_.Doc()), "Room Shelf <Made here, too View Made here ");
+  EXPECT_TRUE(scene_.Doc().DoUndo());
+  EXPECT_EQ(TreeOf(scene_.Doc()), before);
+}
+
+TEST_F(Update, OfASceneThatDoesNotTellWhatCameFromAFileRemovesNothing) {
+  engine::KeepImportedElements(scene_.Doc(), {});
+  scene_.Object("Made here");
+  const SceneUpdate update = Run(true);
+  EXPECT_EQ(update.removed, 0U);
+  ASSERT_EQ(update.notes.size(), 1U);
+  EXPECT_NE(TreeOf(scene_.Doc()).find("Made here"), std::string::npos);
+}
+
+TEST_F(Update, BringsPicturesThatCameInsideTheFile) {
+  const auto embed = [](SceneBuilder& into, const std::string& bytes) {
+    const std::string name = engine::AddEmbeddedFile(into.Doc(), "wood.png", bytes);
+    into.Bitmap(into.GetMaterial("Wood"), name);
+  };
+  embed(scene_, "old");
+  engine::KeepImportedElements(scene_.Doc(), engine::DescribeElements(scene_.Doc(), "room.glb"));
+  embed(file_, "new");
+  EXPECT_EQ(Said(Run().materials), "changed: Wood (settings); ");
+  const host::BaseShader* shader = scene_.GetMaterial("Wood")->GetFirstShader();
+  const std::string* bytes = engine::FindEmbeddedFile(scene_.Doc(), engine::BitmapFileOf(*shader));
+  ASSERT_TRUE(bytes);
+  EXPECT_EQ(*bytes, "new");
+  EXPECT_EQ(shader->GetNext(), nullptr);
+}
+
+}  // namespace
