@@ -211,7 +211,9 @@ void NormalizeLights(SourceFormat format, std::vector<SourceLight>& lights) {
     const bool candela = !suns && (format == SourceFormat::Gltf || format == SourceFormat::Glb);
     if (!(largest > 0) || !std::isfinite(largest) || (largest <= kPlain && !candela)) continue;
     for (SourceLight& light : lights) {
-      if ((light.kind == LightKind::Sun) == suns) light.brightness /= largest;
+      if ((light.kind == LightKind::Sun) != suns) continue;
+      light.brightness /= largest;
+      light.unit = largest;
     }
   }
 }

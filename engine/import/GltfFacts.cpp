@@ -116,6 +116,13 @@ void CheckExtensions(const GltfFile& file, Notes& notes) {
   }
 }
 
+// Bytes that are no UTF-8 are replaced: the text has to be read again.
+std::string ExtrasText(const Json& value) {
+  const Json& extras = Member(value, "extras");
+  const bool isEmpty = extras.is_null() || (extras.is_structured() && extras.empty());
+  return isEmpty ? std::string() : extras.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 void AddCamerasAndLights(const GltfFile& file, SceneFacts& facts) {
   const Json& cameras = List(file.Top(), "cameras");
   for (std::size_t i = 0; i < SizeOf(cameras); ++i) facts.cameras.push_back(CameraOf(cameras[i]));
@@ -135,6 +142,8 @@ NodeFacts NodeFactsOf(const GltfFile& file, const Json& node) {
   // Extras are anybody's: what is no text is none of ours.
   const Json& layer = Member(Member(node, "extras"), "layer");
   if (layer.is_string()) facts.layer = layer.get<std::string>();
+  facts.extras = ExtrasText(node);
+  facts.meshExtras = ExtrasText(file.Entry("meshes", Index(node, "mesh")));
   return facts;
 }
 

@@ -90,6 +90,7 @@ MaterialFacts FactsOf(const GltfFile& file, const Json& material, Notes& notes) 
                 channel != facts.uvs.channel);
     facts.pictures[slot.type] = PictureFactsOf(file, use);
   }
+  facts.extras = ExtrasText(material);
   return facts;
 }
 

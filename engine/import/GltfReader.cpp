@@ -153,6 +153,8 @@ GltfScene ReadGltf(GltfFile& file, const std::string& path,
   AddCamerasAndLights(file, result.facts);
   AddMaterials(file, *result.scene, result.facts, notes);
   if (!TreeReader(file, result, notes).Read(progress)) return {};
+  if (file.Count("scenes") > 0)
+    result.facts.extras = ExtrasText(file.Entry("scenes", Index(file.Top(), "scene", 0)));
   AddStates(file, path, result.facts);
   NameMaterialsOfVariants(result.facts, *result.scene);
   NormalizeLights(SourceFormat::Gltf, result.facts.lights);

@@ -36,6 +36,8 @@ GltfScene ReadGltf(GltfFile& file, const std::string& path,
 void CheckExtensions(const GltfFile& file, Notes& notes);
 void AddCamerasAndLights(const GltfFile& file, SceneFacts& facts);
 NodeFacts NodeFactsOf(const GltfFile& file, const Json& node);
+// The text of what stands beside the format's own members; empty where there is nothing.
+std::string ExtrasText(const Json& value);
 // Materials and embedded pictures, and behind the file's materials the one that is meant by none.
 void AddMaterials(GltfFile& file, aiScene& scene, SceneFacts& facts, Notes& notes);
 // The states that the file, which lies at `path`, holds.

@@ -9,6 +9,7 @@
 #include "engine/import/MeshConversion.h"
 #include "engine/scene/DocumentState.h"
 #include "engine/scene/ElementState.h"
+#include "engine/scene/Extras.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "host/BaseTag.h"
@@ -81,6 +82,11 @@ SceneConversion::SceneConversion(const aiScene& scene, SourceFormat format, cons
 bool SceneConversion::Convert(const std::function<bool(double)>& progress) {
   doc_.GetActiveRenderData()->SetName(kRenderSettings);
   materials_.Convert();
+  SetExtras(doc_, facts_.extras);
+  for (unsigned i = 0; i < facts_.materials.size(); ++i) {
+    if (host::BaseMaterial* material = materials_.At(i))
+      SetExtras(*material, facts_.materials[i].extras);
+  }
   const double total = static_cast<double>(NodeCount(scene_.mRootNode));
   const NodeFacts& root = FactsOf(facts_, *scene_.mRootNode);
   if (scene_.mRootNode->mNumMeshes > 0 || !root.cameras.empty() || !root.lights.empty()) {
@@ -171,8 +177,9 @@ void SceneConversion::AddParts(const Parts& parts, BaseObject& under) {
   for (const unsigned mesh : parts.meshes) {
     const host::BaseMaterial* material = materials_.At(scene_.mMeshes[mesh]->mMaterialIndex);
     const host::String own = material ? material->GetName() : TextOf(scene_.mMeshes[mesh]->mName);
-    add(MakePolygons(mesh), parts.meshes.size() == 1 ? name : name + " (" + own + ")",
-        host::Matrix());
+    BaseObject* part = MakePolygons(mesh);
+    if (part != nullptr) SetExtras(*part, parts.facts->meshExtras, kMeshExtras);
+    add(part, parts.meshes.size() == 1 ? name : name + " (" + own + ")", host::Matrix());
   }
   for (const std::size_t i : parts.facts->cameras) {
     add(MakeCamera(facts_.cameras[i]), name, Scaled(facts_.cameras[i].frame, scale_));
@@ -234,11 +241,14 @@ BaseObject* SceneConversion::MakeLight(const SourceLight& light) {
     data.SetReal(host::LIGHT_INNER_ANGLE, light.innerAngle);
     data.SetReal(host::LIGHT_OUTER_ANGLE, light.outerAngle);
   }
+  if (light.unit != 1) data.SetReal(kLightUnit, light.unit);
   data.SetReal(host::LIGHT_RANGE, std::max(light.range, 0.0) * scale_);
   return object;
 }
 
 void SceneConversion::ApplyFacts(const NodeFacts& facts, BaseObject& object) {
+  SetExtras(object, facts.extras);
+  if (MeshOf(object)) SetExtras(object, facts.meshExtras, kMeshExtras);
   if (!facts.isVisible) SetModes(object, host::MODE_OFF, host::MODE_OFF, object.GetDeformMode());
   if (facts.layer.empty()) return;
   if (host::LayerObject* layer = LayerNamed(facts.layer)) object.SetLayerObject(layer);

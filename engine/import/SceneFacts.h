@@ -41,6 +41,7 @@ struct SourceLight {
   double innerAngle = 0;  // full angles
   double outerAngle = 0;
   double range = 0;    // 0: no end
+  double unit = 1;     // what a brightness of 1 is in the unit of the file
   host::Matrix frame;  // in its node
 };
 
@@ -73,6 +74,7 @@ struct MaterialFacts {
   double occlusionStrength = 1;
   UvUse uvs;
   std::map<aiTextureType, PictureFacts> pictures;
+  std::string extras;  // text of a JSON value, empty: none
 };
 
 struct NodeFacts {
@@ -80,7 +82,9 @@ struct NodeFacts {
   std::vector<std::size_t> lights;
   std::string name;  // as written, however long; empty: that of the library's node
   bool isVisible = true;
-  std::string layer;  // empty: none
+  std::string layer;   // empty: none
+  std::string extras;  // texts of JSON values, empty: none
+  std::string meshExtras;
 };
 
 // A state that the file holds: a variant of its materials, with what else it says of it. Nodes by
@@ -107,6 +111,7 @@ struct SceneFacts {
   std::unordered_map<const aiNode*, NodeFacts> nodes;
   std::vector<MaterialFacts> materials;  // by position in the file, may be fewer
   std::set<unsigned> undefined;          // materials that are named, but described nowhere
+  std::string extras;                    // of the scene, text of a JSON value, empty: none
   std::vector<SourceState> states;
   std::vector<const aiNode*> numbered;  // the nodes by their numbers in the file, null: not shown
   // For each mesh the material of each variant, empty where none changes it

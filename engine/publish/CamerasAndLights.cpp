@@ -5,6 +5,8 @@
 
 #include "engine/publish/GltfGeometry.h"
 #include "engine/publish/NodeTexts.h"
+#include "engine/scene/Extras.h"
+#include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 
 namespace engine {
@@ -15,6 +17,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kNearest = 0.01;   // metres, where a camera has no near limit
+constexpr int kSun = 2;             // of the kinds of lights
 constexpr double kFarthest = 1000;  // metres, of a parallel camera without a limit
 
 // The number where it is one, within bounds; else `other`.
@@ -65,7 +68,13 @@ Json SpotOf(const host::BaseContainer& data) {
   return {{"innerConeAngle", std::min(inner, outer * 0.999)}, {"outerConeAngle", outer}};
 }
 
-Json LightJson(const host::BaseObject& object, host::LONG kind) {
+// The format's own unit where the light came from a file that has one.
+double IntensityOf(const host::BaseContainer& data, double unit) {
+  return Within(data.GetReal(host::LIGHT_BRIGHTNESS, 1) * data.GetReal(kLightUnit, unit), 0, kMost,
+                1);
+}
+
+Json LightJson(const host::BaseObject& object, host::LONG kind, double unit) {
   static constexpr const char* kKinds[] = {"point", "spot", "directional", "point"};
   const host::BaseContainer& data = *object.GetDataInstance();
   const bool colored = data.FindIndex(host::LIGHT_COLOR) != host::NOTOK;
@@ -74,14 +83,25 @@ Json LightJson(const host::BaseObject& object, host::LONG kind) {
   Json light = {{"name", NodeNameOf(object)},
                 {"type", kKinds[kind]},
                 {"color", Json::array({share(color.x), share(color.y), share(color.z)})},
-                {"intensity", Within(data.GetReal(host::LIGHT_BRIGHTNESS, 1), 0, kMost, 1)}};
+                {"intensity", IntensityOf(data, unit)}};
   const double range = data.GetReal(host::LIGHT_RANGE) * kMetresPerUnit;
-  if (range > 0 && range < kMost && kind != 2) light["range"] = range;
+  if (range > 0 && range < kMost && kind != kSun) light["range"] = range;
   if (kind == 1) light["spot"] = SpotOf(data);
   return light;
 }
 
 }  // namespace
+
+LightUnits LightUnitsOf(const host::BaseDocument& doc) {
+  LightUnits units{0, 0};
+  for (const host::BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
+    if (object->GetType() != host::Olight) continue;
+    const host::BaseContainer& data = *object->GetDataInstance();
+    double& unit = data.GetLong(host::LIGHT_TYPE) == kSun ? units.lux : units.candela;
+    unit = std::max(unit, Within(data.GetReal(kLightUnit), 0, kMost, 0));
+  }
+  return {units.candela > 0 ? units.candela : 1, units.lux > 0 ? units.lux : 1};
+}
 
 std::size_t CamerasAndLights::CameraOf(const host::BaseObject& object) {
   const auto [place, isNew] = cameraIndices_.try_emplace(IdOf(object), cameras_.size());
@@ -94,7 +114,8 @@ std::size_t CamerasAndLights::LightOf(const host::BaseObject& object) {
       std::clamp<host::LONG>(object.GetDataInstance()->GetLong(host::LIGHT_TYPE), 0, 3);
   hasAreaLights_ = hasAreaLights_ || kind == 3;
   const auto [place, isNew] = lightIndices_.try_emplace(IdOf(object), lights_.size());
-  if (isNew) lights_.push_back(LightJson(object, kind));
+  const double unit = kind == kSun ? units_.lux : units_.candela;
+  if (isNew) lights_.push_back(LightJson(object, kind, unit));
   return place->second;
 }
 

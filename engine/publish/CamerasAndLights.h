@@ -6,15 +6,23 @@
 #include <unordered_map>
 
 #include "engine/scene/NodeIds.h"
-#include "host/BaseObject.h"
+#include "host/BaseDocument.h"
 
 namespace engine {
+
+// What a brightness of 1 is in the format's units, for lights that do not tell themselves: what it is
+// for the others of the scene, else 1.
+struct LightUnits {
+  double candela = 1;
+  double lux = 1;  // of suns
+};
+LightUnits LightUnitsOf(const host::BaseDocument& doc);
 
 class CamerasAndLights {
  public:
   using Json = nlohmann::ordered_json;
   // `aspect`: width over height of the pictures.
-  explicit CamerasAndLights(double aspect) : aspect_(aspect) {}
+  CamerasAndLights(double aspect, const LightUnits& units) : aspect_(aspect), units_(units) {}
 
   // Index of a camera object's camera.
   std::size_t CameraOf(const host::BaseObject& object);
@@ -28,6 +36,7 @@ class CamerasAndLights {
 
  private:
   double aspect_;
+  LightUnits units_;
   std::unordered_map<NodeId, std::size_t> cameraIndices_;
   std::unordered_map<NodeId, std::size_t> lightIndices_;
   Json cameras_ = Json::array();

@@ -2,6 +2,7 @@
 
 #include "engine/publish/GltfText.h"
 #include "engine/publish/NodeTexts.h"
+#include "engine/scene/Extras.h"
 
 namespace engine {
 
@@ -51,7 +52,9 @@ std::optional<std::size_t> GltfMeshes::IndexOf(std::size_t part, const host::Bas
   AppendCount(text_, what.material);
   if (!mappings.empty())
     text_ += ",\"extensions\":{\"KHR_materials_variants\":{\"mappings\":" + mappings + "}}";
-  text_ += "}]}";
+  text_ += "}]";
+  AppendExtras(text_, ExtrasOf(object, kMeshExtras));
+  text_ += '}';
   return place->second;
 }
 

@@ -37,6 +37,12 @@ void AppendNumbers(std::string& to, std::string_view key, const Numbers& numbers
   to.back() = ']';
 }
 
+// What an imported file had beside its own members (engine/scene/Extras.h), as the next member; what
+// is no JSON is left out.
+inline void AppendExtras(std::string& to, const std::string& extras) {
+  if (!extras.empty() && nlohmann::json::accept(extras)) to.append(",\"extras\":").append(extras);
+}
+
 // In quotation marks; bytes that are no UTF-8 are replaced.
 inline std::string Quoted(const std::string& text) {
   using Json = nlohmann::json;

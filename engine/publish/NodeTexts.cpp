@@ -6,6 +6,7 @@
 
 #include "engine/publish/GltfGeometry.h"
 #include "engine/publish/GltfText.h"
+#include "engine/scene/Extras.h"
 #include "engine/scene/Vectors.h"
 
 namespace engine {
@@ -140,6 +141,7 @@ NodeText TextOf(const host::BaseObject& object) {
   text.wasReset = !IsUsable(frame);
   if (!text.wasReset) AppendFrame(text, Mirrored(frame));
   if (!text.inner.empty()) text.inner = name + "," + text.inner;
+  AppendExtras(text.members, ExtrasOf(object));
   return text;
 }
 

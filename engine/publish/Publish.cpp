@@ -7,6 +7,7 @@
 #include "engine/publish/GltfNodes.h"
 #include "engine/render/SceneScan.h"
 #include "engine/scene/ElementState.h"
+#include "engine/scene/Extras.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
@@ -74,7 +75,8 @@ class Publication::Maker {
   }
 
   Result<PublishedScene> Finish(const ProgressCallback& progress) {
-    CamerasAndLights devices(static_cast<double>(states_[0].width) / states_[0].height);
+    CamerasAndLights devices(static_cast<double>(states_[0].width) / states_[0].height,
+                             LightUnitsOf(doc_));
     for (const ReadState& state : states_) {
       if (state.camera && state.camera->GetType() == host::Ocamera) devices.CameraOf(*state.camera);
     }
@@ -128,7 +130,7 @@ class Publication::Maker {
     head["scene"] = 0;
     head["scenes"] = Json::array({SceneOf(nodes)});
     put("cameras", devices.Cameras());
-    put("materials", materials_.Materials());
+    put("materials", WithExtras(materials_.Materials()));
     put("textures", materials_.Textures());
     put("images", materials_.Images());
     put("samplers", materials_.Samplers());
@@ -140,6 +142,26 @@ class Publication::Maker {
     return head;
   }
 
+  static Json Parsed(const std::string& extras) {
+    return extras.empty() ? Json() : Json::parse(extras, nullptr, false);
+  }
+
+  // Looks are known by the names of their materials.
+  Json WithExtras(Json materials) const {
+    std::unordered_map<std::string, Json> extras;
+    for (const host::BaseMaterial* material = doc_.GetFirstMaterial(); material;
+         material = material->GetNext()) {
+      Json parsed = Parsed(ExtrasOf(*material));
+      if (!parsed.is_null() && !parsed.is_discarded())
+        extras.try_emplace(NodeNameOf(*material), std::move(parsed));
+    }
+    for (Json& material : materials) {
+      const auto found = extras.find(material.value("name", std::string()));
+      if (found != extras.end()) material["extras"] = found->second;
+    }
+    return materials;
+  }
+
   const std::string& NameOf(const ReadState& state) const {
     return state.facts.name.empty() ? options_.scene : state.facts.name;
   }
@@ -148,6 +170,7 @@ class Publication::Maker {
     const ReadState& first = states_[0];
     Json scene = {{"name", options_.asVariants ? options_.scene : NameOf(first)}};
     if (!nodes.Roots().empty()) scene["nodes"] = nodes.Roots();
+    if (Json kept = Parsed(ExtrasOf(doc_)); kept.is_object()) scene["extras"] = std::move(kept);
     scene["extras"]["scene"] = options_.scene;
     if (options_.asVariants) return scene;
     scene["extras"]["stagemark"] = first.facts.name;

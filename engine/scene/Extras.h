@@ -1,6 +1,6 @@
-// Extras: what a file of another format says beside what the format itself means, as the text of a
-// JSON value in the element's data. It is read from there when the scene is written in that format
-// again. Any thread that may read the element.
+// Extras: what a file of another format says beyond what a scene has a place for, kept in the data of
+// its elements for when the scene is written in that format again. Any thread that may read the
+// element.
 #pragma once
 
 #include <string>
@@ -9,10 +9,12 @@
 
 namespace engine {
 
-// Entries in an element's data: a String, the text of the JSON value. An object has those of its
-// node and those of its mesh, a document those of its scene.
+// What a file says beside what the format itself means: a String, the text of the JSON value. An
+// object has that of its node and that of its mesh, a document that of its scene.
 inline constexpr host::LONG kExtras = 1059403;
 inline constexpr host::LONG kMeshExtras = 1059404;
+// Of a light, a REAL: what a brightness of 1 is in the unit of the file, candela or, of a sun, lux.
+inline constexpr host::LONG kLightUnit = 1059405;
 
 // Empty where there are none.
 inline std::string ExtrasOf(const host::BaseList2D& element, host::LONG which = kExtras) {

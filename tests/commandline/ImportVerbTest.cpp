@@ -1,5 +1,6 @@
 // Files of other formats from the shell: their states become Stagemarks, a newer file is brought into
 // a scene that was worked on, textures come along, and the same file gives the same scene.
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -124,6 +125,64 @@ TEST_F(ImportVerb, TellsProgramsWhatIsLeftOutAndHowOften) {
   EXPECT_NE(text.find("Animations are left out, the scene is shown at rest=1"), std::string::npos)
       << text;
   EXPECT_NE(text.find("The extension ACME_smell is left out, uses=2"), std::string::npos) << text;
+}
+
+// The JSON of a published file.
+json Published(const std::string& path) {
+  const std::string bytes = tests::ReadText(path);
+  std::uint32_t length = 0;
+  std::memcpy(&length, bytes.data() + 12, sizeof length);
+  return json::parse(bytes.substr(20, length));
+}
+
+TEST_F(ImportVerb, BringsBackWhatWasPublished) {
+  const std::string scene = folder_ / "chair.c4d";
+  Out({"import", Write("chair.gltf", Chair()), scene});
+  Out({"set", scene, "--object", "Lamp", "--render", "off", "--editor", "off", "--camera", "Side",
+       "--size", "640x360", "--write"});
+  Out({"record", scene, "No lamp", "--write"});
+  Out({"publish", scene, "--to", folder_ / "one", "--all-in-one"});
+  const std::string back = folder_ / "back/chair.c4d";
+  fs::create_directory(folder_ / "back");
+  Out({"import", folder_ / "one/chair.glb", back});
+  EXPECT_EQ(Marks(back), "*Beach Beach 2 Night No lamp ");
+  for (const char* state : {"Beach", "Beach 2", "Night", "No lamp"}) {
+    const ChildResult diff = Call({"diff", scene + ":" + state, back + ":" + state});
+    EXPECT_EQ(diff.status, 0) << diff.out << diff.err;
+  }
+  Out({"publish", back, "--to", folder_ / "two", "--all-in-one"});
+  const json one = Published(folder_ / "one/chair.glb");
+  const json two = Published(folder_ / "two/chair.glb");
+  for (const char* part : {"nodes", "meshes", "materials", "cameras", "scenes", "extensions"})
+    EXPECT_EQ(two[part], one[part]) << part;
+}
+
+TEST_F(ImportVerb, KeepsExtrasAndUnitsOfLightForPublishing) {
+  json file = Chair();
+  file["nodes"][0]["extras"] = {{"price", 12.5}, {"tags", {"oak", "\u00e9"}}};
+  file["meshes"][1]["extras"] = "shade";
+  file["materials"][1]["extras"] = {{"paint", 7}};
+  file["scenes"][0]["extras"] = {{"client", "Nobody"}};
+  file["extensionsUsed"].push_back("KHR_lights_punctual");
+  file["extensions"]["KHR_lights_punctual"]["lights"] = {{{"type", "point"}, {"intensity", 800}},
+                                                         {{"type", "point"}, {"intensity", 200}}};
+  for (int i : {0, 1}) {
+    file["nodes"].push_back(
+        {{"name", "L"}, {"extensions", {{"KHR_lights_punctual", {{"light", i}}}}}});
+    file["scenes"][0]["nodes"].push_back(4 + i);
+  }
+  const std::string scene = folder_ / "chair.c4d";
+  Out({"import", Write("chair.gltf", file), scene});
+  Out({"publish", scene, "--to", folder_ / "out", "--only", "Night"});
+  const json published = Published(folder_ / "out/chair Night.glb");
+  const json& nodes = published["nodes"];
+  EXPECT_EQ(nodes[0]["extras"], file["nodes"][0]["extras"]);
+  EXPECT_EQ(published["meshes"].back()["extras"], "shade");
+  EXPECT_EQ(published["materials"][0]["extras"], file["materials"][1]["extras"]);
+  EXPECT_EQ(published["scenes"][0]["extras"]["client"], "Nobody");
+  const json& lights = published["extensions"]["KHR_lights_punctual"]["lights"];
+  EXPECT_EQ(lights[0]["intensity"], 800);
+  EXPECT_EQ(lights[1]["intensity"], 200);
 }
 
 class UpdateVerb : public ImportVerb {
