@@ -19,19 +19,31 @@ using Json = nlohmann::ordered_json;
 constexpr std::uint32_t kMagic = 0x46546C67;      // "glTF"
 constexpr std::uint32_t kJsonChunk = 0x4E4F534A;  // "JSON"
 constexpr std::uint32_t kBytesChunk = 0x004E4942;
+constexpr std::size_t kHeadSize = 20;  // bytes before the text of a binary file
 constexpr std::size_t kHashDigits = 16;
 
 void AppendWord(std::string& to, std::uint64_t number) {
   for (unsigned shift = 0; shift < 32; shift += 8) to += static_cast<char>(number >> shift & 0xFF);
 }
 
+// Room for all that is appended keeps a long text from being copied as it grows.
+void Reserve(std::string& file, const GltfParts& parts, std::uint64_t further) {
+  constexpr std::size_t kHead = 1 << 16;
+  file.reserve(kHead + parts.nodes.TextSize() + parts.meshes.Text().size() + further);
+}
+
 // The parts put into one object.
-std::string TextOf(const GltfParts& parts, const std::string& ofBuffer) {
-  std::string text = parts.head.dump(-1, ' ', false, Json::error_handler_t::replace);
-  text.pop_back();
-  if (!parts.nodes.empty()) text.append(",\"nodes\":[").append(parts.nodes).append("]");
-  if (!parts.meshes.empty()) text.append(",\"meshes\":[").append(parts.meshes).append("]");
-  return text.append(ofBuffer).append("}");
+void AppendText(std::string& to, const GltfParts& parts, const std::string& ofBuffer) {
+  to += parts.head.dump(-1, ' ', false, Json::error_handler_t::replace);
+  to.pop_back();
+  if (parts.nodes.TextSize() > 0) {
+    to += ",\"nodes\":[";
+    parts.nodes.AppendText(to);
+    to += ']';
+  }
+  if (!parts.meshes.Text().empty())
+    to.append(",\"meshes\":[").append(parts.meshes.Text()).append("]");
+  to.append(ofBuffer).append("}");
 }
 
 Status CheckSize(std::uint64_t size, const PublishOptions& options) {
@@ -45,19 +57,21 @@ Result<PublishedScene> Binary(const GltfParts& parts, const GltfBuffer& buffer,
                               const PublishOptions& options) {
   const std::uint64_t bytes = buffer.Size(true);
   if (Status fits = CheckSize(bytes, options); !fits) return fits;
-  std::string json = TextOf(parts, buffer.Members(true, ""));
-  json.append(-json.size() % 4, ' ');
-  const std::uint64_t size = 12 + 8 + json.size() + (bytes == 0 ? 0 : 8 + bytes);
-  if (Status fits = CheckSize(size, options); !fits) return fits;
   PublishedScene scene;
   std::string& file = scene.bytes;
-  file.reserve(size);
-  AppendWord(file, kMagic);
-  AppendWord(file, 2);
-  AppendWord(file, size);
-  AppendWord(file, json.size());
-  AppendWord(file, kJsonChunk);
-  file += json;
+  const std::string ofBuffer = buffer.Members(true, "");
+  Reserve(file, parts, ofBuffer.size() + bytes);
+  file.assign(kHeadSize, '\0');
+  AppendText(file, parts, ofBuffer);
+  file.append(-file.size() % 4, ' ');
+  const std::uint64_t json = file.size() - kHeadSize;
+  const std::uint64_t size = file.size() + (bytes == 0 ? 0 : 8 + bytes);
+  if (Status fits = CheckSize(size, options); !fits) return fits;
+  std::string head;
+  for (const std::uint64_t word :
+       {std::uint64_t{kMagic}, std::uint64_t{2}, size, json, std::uint64_t{kJsonChunk}})
+    AppendWord(head, word);
+  file.replace(0, kHeadSize, head);
   if (bytes == 0) return scene;
   AppendWord(file, bytes);
   AppendWord(file, kBytesChunk);
@@ -124,7 +138,8 @@ Result<PublishedScene> Text(GltfParts& parts, const GltfBuffer& buffer,
     std::string name = NamedByContent(options.beside, bytes, ".bin");
     address = add({std::move(name), std::move(bytes)});
   }
-  scene.bytes = TextOf(parts, buffer.Members(false, address));
+  Reserve(scene.bytes, parts, 0);
+  AppendText(scene.bytes, parts, buffer.Members(false, address));
   if (Status fits = CheckSize(scene.bytes.size(), options); !fits) return fits;
   return scene;
 }

@@ -6,14 +6,15 @@
 #include <string>
 
 #include "engine/publish/GltfBuffer.h"
+#include "engine/publish/GltfNodes.h"
 #include "engine/publish/Publish.h"
 
 namespace engine {
 
 struct GltfParts {
   nlohmann::ordered_json head;  // all members but these lists and those of the buffer
-  std::string nodes;            // without brackets
-  std::string meshes;
+  const GltfNodes& nodes;
+  const GltfMeshes& meshes;
 };
 
 // Bytes and files of the scene. Fails where a file would be larger than it can be.

@@ -42,6 +42,7 @@ void GltfNodes::FindWanted(const host::BaseDocument& doc) {
 
 Status GltfNodes::Write(const host::BaseDocument& doc, const ProgressCallback& progress) {
   FindWanted(doc);
+  nodes_.reserve(places_.size());
   hidden_.resize(parts_.States());
   std::size_t objects = 0;
   std::size_t triangles = 0;
@@ -56,10 +57,12 @@ Status GltfNodes::Write(const host::BaseDocument& doc, const ProgressCallback& p
   return {};
 }
 
-std::size_t GltfNodes::AddNode(std::string members, std::size_t parent) {
+std::size_t GltfNodes::AddNode(std::string_view kept, std::string members, std::size_t parent) {
+  constexpr std::size_t kFurther = 64;  // bytes of what a node has mostly besides
+  textSize_ += kept.size() + kFurther;
   const std::size_t node = nodes_.size();
   (parent == kNone ? roots_ : nodes_[parent].children).push_back(node);
-  nodes_.push_back({std::move(members), {}});
+  nodes_.push_back({kept, std::move(members), {}});
   return node;
 }
 
@@ -68,8 +71,8 @@ void GltfNodes::AddObject(Place& place) {
   const NodeText& text = texts_.Of(object);
   hasResetFrames_ = hasResetFrames_ || text.wasReset;
   const std::size_t above = place.parent == kNone ? kNone : places_[place.parent].node;
-  place.node = AddNode(text.members, above);
-  if (!text.inner.empty()) place.node = AddNode(text.inner, place.node);
+  place.node = AddNode(text.members, "", above);
+  if (!text.inner.empty()) place.node = AddNode(text.inner, "", place.node);
   if (object.GetType() == host::Ocamera) {
     nodes_[place.node].members += ",\"camera\":";
     AppendCount(nodes_[place.node].members, devices_.CameraOf(object));
@@ -86,7 +89,7 @@ void GltfNodes::AddParts(const Place& place) {
     return AddPart(first, *place.object, place.node);
   const std::string name = "\"name\":" + Quoted(NodeNameOf(*place.object));
   for (std::size_t part = first; part != kNone; part = parts_.At(part).next)
-    AddPart(part, *place.object, AddNode(name, place.node));
+    AddPart(part, *place.object, AddNode("", name, place.node));
 }
 
 void GltfNodes::AddPart(std::size_t part, const BaseObject& object, std::size_t node) {
@@ -113,15 +116,13 @@ void GltfNodes::AddPart(std::size_t part, const BaseObject& object, std::size_t 
   if (!extensions.empty()) members += ",\"extensions\":{" + extensions + "}";
 }
 
-std::string GltfNodes::Text() const {
-  std::string text;
+void GltfNodes::AppendText(std::string& to) const {
   for (const Node& node : nodes_) {
-    text += text.empty() ? "{" : ",{";
-    text += node.members;
-    if (!node.children.empty()) AppendNumbers(text, "children", node.children);
-    text += '}';
+    to += &node == nodes_.data() ? "{" : ",{";
+    to.append(node.kept).append(node.members);
+    if (!node.children.empty()) AppendNumbers(to, "children", node.children);
+    to += '}';
   }
-  return text;
 }
 
 std::optional<std::size_t> GltfNodes::CameraNode(NodeId object) const {

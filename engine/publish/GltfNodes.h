@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -26,8 +27,9 @@ class GltfNodes {
   // Writes the objects of the document; a failure where it was stopped.
   Status Write(const host::BaseDocument& doc, const ProgressCallback& progress);
 
-  // The list of nodes without its brackets; empty where there are none.
-  std::string Text() const;
+  // The list of nodes without its brackets; nothing where there are none. `TextSize`: about.
+  void AppendText(std::string& to) const;
+  std::size_t TextSize() const { return textSize_; }
   const std::vector<std::size_t>& Roots() const { return roots_; }
   // The nodes that do not show in a state, in their order.
   const std::vector<std::size_t>& HiddenIn(std::size_t state) const { return hidden_[state]; }
@@ -50,13 +52,14 @@ class GltfNodes {
     std::size_t node = 0;  // that its children hang on
   };
   struct Node {
-    std::string members;  // all but the children
+    std::string_view kept;  // members that the texts of nodes keep
+    std::string members;    // further ones
     std::vector<std::size_t> children;
   };
 
   void FindWanted(const host::BaseDocument& doc);
   void AddObject(Place& place);
-  std::size_t AddNode(std::string members, std::size_t parent);
+  std::size_t AddNode(std::string_view kept, std::string members, std::size_t parent);
   void AddParts(const Place& place);
   void AddPart(std::size_t part, const host::BaseObject& object, std::size_t node);
 
@@ -70,6 +73,7 @@ class GltfNodes {
   std::vector<std::vector<std::size_t>> hidden_;
   std::unordered_map<NodeId, std::size_t> cameras_;
   bool hasResetFrames_ = false;
+  std::size_t textSize_ = 0;
   std::size_t meshNodes_ = 0;
   std::size_t triangles_ = 0;
 };

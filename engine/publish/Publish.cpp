@@ -84,7 +84,7 @@ class Publication::Maker {
     GltfNodes nodes(parts_, meshes, devices, caches_.nodes);
     if (Status written = nodes.Write(doc_, progress); !written) return written;
     Result<PublishedScene> file =
-        FinishGltfFile({Head(nodes, devices), nodes.Text(), meshes.Text()}, buffer_, options_);
+        FinishGltfFile({Head(nodes, devices), nodes, meshes}, buffer_, options_);
     if (!file) return file;
     PublishedScene& scene = file.Value();
     scene.objects = nodes.Meshes();

@@ -56,6 +56,11 @@ std::uint32_t MergedLooks::WithoutTextures(std::uint32_t look) {
 void VisibleParts::AddState(ScenePicture picture) {
   const std::vector<std::uint32_t> looks = looks_.Add(picture);
   states_.emplace_back(parts_.size(), kHidden);
+  if (parts_.empty()) {
+    parts_.reserve(picture.instances.size() + picture.lights.size());
+    first_.reserve(parts_.capacity());
+    states_.back().reserve(parts_.capacity());
+  }
   guess_ = 0;
   for (Instance& instance : picture.instances) Add(instance, looks);
   for (const LightSource& light : picture.lights) {
