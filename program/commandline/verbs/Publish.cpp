@@ -5,6 +5,7 @@
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/StatePictures.h"
+#include "program/publish/PageMaking.h"
 #include "program/publish/PublishedFiles.h"
 
 namespace commandline {
@@ -41,7 +42,7 @@ class PublishVerb {
     if (status == kDone) status = session_.CheckTextures(report_);
     if (status == kDone) status = Plan();
     if (status != kDone) return status;
-    ReadFacts();
+    facts_ = publishing::ReadStateFacts(session_.Document());
     report_.PutList("published");
     for (std::size_t i = 0; i < plan_.size() && status == kDone; ++i) status = Publish(plan_[i]);
     report_.Line(status == kDone
@@ -87,16 +88,6 @@ class PublishVerb {
       return status;
     const engine::Status made = session_.Files().MakeFolders(folder_);
     return made ? kDone : Fail(made.Message());
-  }
-
-  // What is stored of the states, by their names.
-  void ReadFacts() {
-    const std::vector<engine::StoredState> stored = engine::ReadStates(session_.Document());
-    for (const engine::StoredState& state : stored) {
-      std::string date = state.date.Text();
-      if (const std::size_t blank = date.find(' '); blank != std::string::npos) date[blank] = 'T';
-      facts_.emplace(state.name, engine::StateFacts{state.name, state.id, date});
-    }
   }
 
   int Publish(const PlannedFile& file) {
