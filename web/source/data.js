@@ -23,16 +23,24 @@ export function readScene() {
   const elements = [...document.querySelectorAll('script.scene')];
   const texts = elements.map((element) => element.textContent.trim());
   for (const element of elements) element.remove();
-  const bytes = new Uint8Array(texts.reduce((sum, text) => sum + lengthOf(text), 0));
+  const bytes = new Uint8Array(Math.ceil(texts.reduce((sum, text) => sum + lengthOf(text), 0)));
   let to = 0;
   for (const text of texts) {
     // In pieces, so that a large scene is not in memory once more as a text of its bytes.
     for (let from = 0; from < text.length; from += 1 << 20) {
-      const piece = atob(text.slice(from, from + (1 << 20)));
+      const piece = decoded(text.slice(from, from + (1 << 20)));
       for (let i = 0; i < piece.length; ++i) bytes[to++] = piece.charCodeAt(i);
     }
   }
   return bytes.buffer;
+}
+
+function decoded(text) {
+  try {
+    return atob(text);
+  } catch {
+    throw new Error('The scene in this page is damaged: a part of it is missing or was changed.');
+  }
 }
 
 // Of the bytes that the text stands for.

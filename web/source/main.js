@@ -206,7 +206,7 @@ class Page {
   }
 
   press(event) {
-    const isTyping = event.target.closest?.('input, select, dialog');
+    const isTyping = event.target.closest?.('input, select, dialog[open]');
     if (isTyping || event.ctrlKey || event.metaKey || event.altKey) return;
     const work = event.shiftKey ? this.shiftedKey(event.key) : this.plainKey(event.key);
     const any = work ?? this.anyKey(event.key);
@@ -285,10 +285,7 @@ function describe(shown) {
     settled: () => shown.view.settled(),
     visible: () => shown.scene.shownNames(),
     variant: () => shown.scene.states[shown.scene.current].variant ?? null,
-    materials: () =>
-      Object.fromEntries(
-        shown.scene.surfaces.map(({ object }) => [object.name, object.material.name]),
-      ),
+    shownMaterials: () => shown.scene.shownMaterials(),
     camera: () => ({
       position: camera().position.toArray(),
       direction: camera().getWorldDirection(camera().position.clone()).toArray(),

@@ -18,6 +18,12 @@ function differing(a, b) {
   return only;
 }
 
+// Whether it and all above it show.
+export function isShown(object) {
+  for (let up = object; up; up = up.parent) if (!up.visible) return false;
+  return true;
+}
+
 export class StateScene {
   // `bytes`: of the glTF file. Rejects with an Error for a person.
   static async read(bytes) {
@@ -170,15 +176,19 @@ export class StateScene {
     return width > 0 && height > 0 ? width / height : 16 / 9;
   }
 
-  // Names of the nodes with a surface that shows, as the file has them.
+  // Names of the nodes with a surface that shows, as the file has them, and of their materials.
+
   shownNames() {
     const names = new Set();
     for (const [index, object] of this.nodes) {
       const node = this.json.nodes[index];
-      let visible = node.mesh !== undefined;
-      for (let up = object; visible && up; up = up.parent) visible = up.visible;
-      if (visible) names.add(node.name);
+      if (node.mesh !== undefined && isShown(object)) names.add(node.name);
     }
     return [...names].sort();
+  }
+
+  shownMaterials() {
+    const shown = this.surfaces.filter(({ object }) => isShown(object));
+    return [...new Set(shown.map(({ object }) => object.material.name))].sort();
   }
 }

@@ -18,6 +18,7 @@ import {
 } from 'three';
 import { OrbitControls } from 'three/addons/controls/OrbitControls.js';
 import { Backdrop, Lighting } from './light.js';
+import { isShown } from './scene.js';
 
 const FLIGHT = 750; // milliseconds
 const UP = new Vector3(0, 1, 0);
@@ -250,11 +251,9 @@ export class View {
     if (this.triangles <= MOST_TRIANGLES_TO_SEARCH) {
       const caster = new Raycaster();
       caster.setFromCamera(new Vector2(0, 0), this.camera);
-      const isShown = ({ object }) => {
-        for (let up = object; up; up = up.parent) if (!up.visible) return false;
-        return true;
-      };
-      const hit = caster.intersectObject(this.scene.root, true).find(isShown);
+      const hit = caster
+        .intersectObject(this.scene.root, true)
+        .find(({ object }) => isShown(object));
       if (hit) return hit.distance;
     }
     const along = sphere.center.clone().sub(this.pose.position).dot(forward);
