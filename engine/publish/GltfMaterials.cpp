@@ -21,6 +21,12 @@ const char* KindOfPicture(std::string_view bytes) {
   return bytes.starts_with("\xFF\xD8\xFF") ? "image/jpeg" : "";
 }
 
+// Whether a picture of these kinds has its end, too.
+bool IsWhole(std::string_view bytes) {
+  const bool isPng = bytes.front() == '\x89';
+  return bytes.rfind(isPng ? std::string_view("IEND") : "\xFF\xD9") != std::string_view::npos;
+}
+
 // A pixel of a picture at a place of one that may be larger; white without a picture.
 std::array<int, 4> PixelAt(const std::optional<Image>& image, const Image& larger, std::size_t x,
                            std::size_t y) {
@@ -233,7 +239,7 @@ std::string GltfMaterials::PictureOf(const Source& source) {
   std::optional<Image> picture;
   if (source.blend == Blend::Plain) {
     std::string bytes = BytesOf(source.first);
-    if (bytes.empty() || *KindOfPicture(bytes)) return bytes;
+    if (bytes.empty() || (*KindOfPicture(bytes) && IsWhole(bytes))) return bytes;
     picture = PixelsOf(source.first);
   } else {
     const std::optional<Image> first = PixelsOf(source.first);

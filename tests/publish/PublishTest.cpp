@@ -208,30 +208,94 @@ TEST_F(PublishTest, StatesAreVariantsOfOneFile) {
   EXPECT_EQ(states[1]["camera"], 4);
 }
 
-// Pictures of kinds that the format does not know become PNG; one that is not there is named, and
-// the rest of the file is whole.
-TEST_F(PublishTest, TexturesAreEmbedded) {
+// Pictures of kinds that the format does not know become PNG; what cannot be read is named, and the
+// rest of the file is whole.
+TEST_F(PublishTest, TexturesAreEmbeddedOrNamed) {
   engine::Image image;
   image.width = image.height = 2;
   image.bytes.assign(16, 255);
-  engine::AddEmbeddedFile(scene_.Doc(), "wood.tif", engine::EncodeTiff(image).Value());
-  for (const char* name : {"wood.tif", "nowhere.png"}) {
+  const std::string png = engine::EncodePng(image).Value();
+  const struct {
+    const char* name;
+    std::optional<std::string> bytes;
+    bool isKept;
+  } kPictures[] = {
+      {"wood.tif", engine::EncodeTiff(image).Value(), true},
+      {"whole.png", png, true},
+      {"cut.png", png.substr(0, png.size() - 20), false},
+      {"cut.jpg", "\xFF\xD8\xFF\xE0 and no more", false},
+      {"layers.psd", "8BPS of another program", false},
+      {"nowhere.png", std::nullopt, false},
+  };
+  for (const auto& picture : kPictures) {
+    if (picture.bytes) engine::AddEmbeddedFile(scene_.Doc(), picture.name, *picture.bytes);
+    const std::string name = picture.name;
     scene_.Cube(name).Material(name).Texture(name, name);
     host::BaseMaterial* material = scene_.GetMaterial(name);
     material->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER,
                                          scene_.Bitmap(material, name));
   }
   const json file = Publish();
-  ASSERT_EQ(file["images"].size(), 1U);
-  EXPECT_EQ(file["images"][0]["mimeType"], "image/png");
-  const json& view = file["bufferViews"][file["images"][0]["bufferView"].get<std::size_t>()];
-  const std::string picture =
-      bytes_.substr(view["byteOffset"].get<std::size_t>(), view["byteLength"].get<std::size_t>());
-  EXPECT_TRUE(engine::DecodeImage(picture).Ok());
-  EXPECT_TRUE(file["materials"][0]["pbrMetallicRoughness"].contains("baseColorTexture"));
-  EXPECT_FALSE(file["materials"][1]["pbrMetallicRoughness"].contains("baseColorTexture"));
-  ASSERT_EQ(notes_.size(), 1U);
-  EXPECT_NE(notes_[0].find("nowhere.png"), std::string::npos);
+  ASSERT_EQ(file["images"].size(), 2U);
+  std::string notes;
+  for (const std::string& note : notes_) notes += note + "\n";
+  EXPECT_EQ(notes_.size(), 4U) << notes;
+  for (std::size_t i = 0; i < std::size(kPictures); ++i) {
+    EXPECT_EQ(file["materials"][i]["pbrMetallicRoughness"].contains("baseColorTexture"),
+              kPictures[i].isKept)
+        << kPictures[i].name;
+    EXPECT_EQ(notes.find(kPictures[i].name) == std::string::npos, kPictures[i].isKept) << notes;
+  }
+  for (const json& one : file["images"]) {
+    const json& view = file["bufferViews"][one["bufferView"].get<std::size_t>()];
+    const std::string picture =
+        bytes_.substr(view["byteOffset"].get<std::size_t>(), view["byteLength"].get<std::size_t>());
+    EXPECT_EQ(one["mimeType"], "image/png");
+    EXPECT_TRUE(engine::DecodeImage(picture).Ok());
+  }
+}
+
+// A chain of 100,000 objects, each inside the one before it, and shaders that lead to themselves.
+TEST_F(PublishTest, DeepScenesAndRingsOfLinksCome) {
+  host::BaseObject* above = nullptr;
+  constexpr std::size_t kDepth = 100000;
+  for (std::size_t i = 0; i < kDepth; ++i) {
+    host::BaseObject* object = host::BaseObject::Alloc(i + 1 < kDepth ? host::Onull : host::Ocube);
+    scene_.Doc().AppendObject(object, above);
+    above = object;
+  }
+  scene_.Cube("Box").Material("Ring").Texture("Box", "Ring");
+  host::BaseMaterial* material = scene_.GetMaterial("Ring");
+  host::BaseShader* outer = scene_.Bitmap(material, "nowhere.png");
+  host::BaseShader* inner = scene_.Bitmap(material, "nowhere.png", outer);
+  for (host::BaseShader* shader : {outer, inner})
+    shader->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, outer);
+  material->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, outer);
+  material->GetDataInstance()->SetLink(host::MATERIAL_LUMINANCE_SHADER, material);
+  const json file = Publish();
+  ASSERT_EQ(file["nodes"].size(), kDepth + 1);
+  EXPECT_TRUE(file["nodes"][kDepth - 1].contains("mesh"));
+  EXPECT_EQ(file["nodes"][kDepth - 2]["children"], json::array({kDepth - 1}));
+}
+
+// What is stopped or too large gives a reason and no file.
+TEST_F(PublishTest, AFileTooLargeAndOneStoppedAreRefused) {
+  for (int i = 0; i < 10000; ++i) scene_.Cube("Cube" + std::to_string(i));
+  for (const char* beside : {"", "room"}) {
+    engine::PublishOptions options = Options();
+    options.beside = beside;
+    options.largest = 1000;
+    engine::Publication publication(scene_.Doc(), services_.Get().files, options, renderCaches_,
+                                    caches_);
+    Add(publication, "Day");
+    EXPECT_NE(publication.Finish().Message().find("4 GiB"), std::string::npos) << beside;
+  }
+  engine::Publication publication(scene_.Doc(), services_.Get().files, Options(), renderCaches_,
+                                  caches_);
+  const auto stop = [](double) { return false; };
+  EXPECT_FALSE(publication.AddState({}, stop).Ok());
+  Add(publication, "Day");
+  EXPECT_FALSE(publication.Finish(stop).Ok());
 }
 
 // Numbers that are none, names that are no text, chains that are deep: a file that can be read.
