@@ -43,12 +43,16 @@ std::string JoinedNotes(const std::string& path, const std::vector<std::string>&
 }
 
 std::string Opened(engine::FileSystem& files, const std::string& path,
-                   const host::BaseDocument& doc) {
-  const std::string name = outcome::Listed({QFileInfo(ToQt(path)).fileName().toStdString()});
+                   const host::BaseDocument& doc, const std::vector<std::string>& states) {
+  std::string opened =
+      "Opened " + outcome::Listed({QFileInfo(ToQt(path)).fileName().toStdString()});
+  if (!states.empty())
+    opened +=
+        " with " + outcome::Counted(states.size(), "Stagemark") + ": " + outcome::Listed(states);
   const std::vector<std::string> missing = engine::MissingTextures(files, doc);
-  if (missing.empty()) return "Opened " + name + ".";
+  if (missing.empty()) return opened + ".";
   const std::string count = outcome::Counted(missing.size(), "texture");
-  return "Opened " + name + "; " + count + (missing.size() == 1 ? " was" : " were") +
+  return opened + "; " + count + (missing.size() == 1 ? " was" : " were") +
          " found nowhere: " + outcome::Listed(missing) + ".";
 }
 
@@ -111,7 +115,14 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   DropUntouched(opened.Value());
   Remember(path);
   host::EventAdd();
-  if (told) told({Opened(application_.GetServices().files, path, *opened.Value()), {}, {}, ""});
+  const recording::RecordedStates states =
+      recordStates ? recordStates() : recording::RecordedStates();
+  notes.insert(notes.end(), states.notes.begin(), states.notes.end());
+  if (told)
+    told({Opened(application_.GetServices().files, path, *opened.Value(), states.names),
+          {},
+          {},
+          ""});
   if (!notes.empty()) person_.Warn(JoinedNotes(path, notes));
   return {};
 }

@@ -11,6 +11,7 @@
 #include "program/desktop/DesktopPerson.h"
 #include "program/desktop/Settings.h"
 #include "program/outcome/Outcome.h"
+#include "program/recording/ImportedStates.h"
 
 namespace desktop {
 
@@ -50,6 +51,9 @@ class DocumentCommands {
   // Asks about every changed document; true when all may go.
   bool MayCloseAll();
   QStringList RecentFiles() const;
+  // Records the states that came in with the document that was just opened; their names, and what
+  // is to be said of them.
+  std::function<recording::RecordedStates()> recordStates;
   // Hears what came of opening and saving.
   std::function<void(const outcome::Outcome&)> told;
   DesktopPerson& Person() { return person_; }

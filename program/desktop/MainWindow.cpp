@@ -76,6 +76,7 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
   });
   docks_.around = [this](host::GeDialog& dialog, const std::string& label,
                          const std::function<bool()>& act) { reports_.Run(dialog, label, act); };
+  commands_.recordStates = [this] { return RecordWhatCameIn(*this); };
   commands_.told = [this](const outcome::Outcome& outcome) { reports_.Show(outcome); };
   autosave_.failed = [this](const std::string& message) { person_.ShowStatus(message); };
   connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,

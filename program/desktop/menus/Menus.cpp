@@ -5,6 +5,7 @@
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/StatesMenu.h"
+#include "program/desktop/menus/UpdateFromFile.h"
 #include "program/desktop/render/RenderWindow.h"
 #include "program/desktop/render/SheetWindow.h"
 
@@ -64,6 +65,7 @@ void BuildFileMenu(QMenu& menu, MainWindow& window) {
   AddEntry(menu, "&New", QKeySequence::New, [&commands] { commands.New(); });
   AddEntry(menu, "&Open...", QKeySequence::Open, [&commands] { commands.AskAndOpen(kAllScenes); });
   AddEntry(menu, "&Import...", {}, [&commands] { commands.AskAndOpen(kForeignScenes); });
+  AddEntry(menu, "&Update from File...", {}, [&window] { AskAndUpdate(window); });
   QMenu* recent = menu.addMenu("Open &Recent");
   QObject::connect(recent, &QMenu::aboutToShow, recent,
                    [recent, &commands] { FillRecentMenu(*recent, commands); });

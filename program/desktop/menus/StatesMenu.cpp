@@ -3,6 +3,7 @@
 #include <QStatusBar>
 #include <algorithm>
 
+#include "engine/import/ImportedStates.h"
 #include "program/desktop/MainWindow.h"
 #include "program/desktop/Text.h"
 #include "program/desktop/background/DocumentBusy.h"
@@ -54,6 +55,21 @@ void LoadNeighbor(MainWindow& window, int way) {
     return LoadStagemark(window, rows[static_cast<std::size_t>(next)].name);
   Say(window, "\"" + ToQt(current->name) + "\" is the " + (way > 0 ? "last" : "first") +
                   " Stagemark of the list.");
+}
+
+recording::RecordedStates RecordWhatCameIn(MainWindow& window) {
+  host::BaseDocument* doc = host::GetActiveDocument();
+  if (!doc || !engine::HasImportedStates(*doc) || !OpenDialog(window)) return {};
+  // The dialog hears of the new document.
+  window.App().DeliverEvents();
+  for (host::GeDialog* open : engine::OpenDialogs()) {
+    pictures::StagemarksDialog dialog(*open);
+    if (!dialog.Fits()) continue;
+    auto recorded = recording::RecordImportedStates(window.App().GetServices(), dialog, *doc);
+    window.App().DeliverEvents();
+    return recorded;
+  }
+  return {};
 }
 
 QList<QAction*> AddStateEntries(QMenu& menu, MainWindow& window) {
