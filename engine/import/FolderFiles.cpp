@@ -81,7 +81,7 @@ Assimp::IOStream* FolderFiles::Open(const char* file, const char* mode) {
   stream.reset();
   std::string text = ReadWhole(file);
   if (IsMarkedUtf16(text)) text = FromUtf16(text);
-  return InMemory(isXml ? WithoutLeadingBlanks(text) : text);
+  return InMemory(isXml ? WithNamedCameras(WithoutLeadingBlanks(text)) : text);
 }
 
 }  // namespace engine

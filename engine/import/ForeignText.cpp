@@ -109,4 +109,23 @@ std::string WithoutLeadingBlanks(std::string_view xml) {
   return result;
 }
 
+std::string WithNamedCameras(std::string_view xml) {
+  constexpr std::string_view kOpening = "<camera ";
+  constexpr std::string_view kId = " id=";
+  std::string result;
+  std::size_t done = 0;
+  for (std::size_t at = xml.find(kOpening); at != xml.npos; at = xml.find(kOpening, at + 1)) {
+    const std::string_view tag = xml.substr(at, xml.find('>', at) - at);
+    const std::size_t id = tag.find(kId);
+    if (id == tag.npos || tag.find(" name=") != tag.npos) continue;
+    const std::size_t open = id + kId.size();
+    const std::size_t close = open < tag.size() ? tag.find(tag[open], open + 1) : tag.npos;
+    if (close == tag.npos) continue;
+    result.append(xml.substr(done, at + close + 1 - done)).append(" name=");
+    result.append(tag.substr(open, close + 1 - open));
+    done = at + close + 1;
+  }
+  return result.append(xml.substr(done));
+}
+
 }  // namespace engine

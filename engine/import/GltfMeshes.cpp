@@ -237,7 +237,7 @@ std::unique_ptr<aiMesh> GltfMeshes::MakePart(const Json& source, const Pose& pos
   auto part = std::make_unique<aiMesh>();
   part->mMaterialIndex = MaterialOf(source);
   GltfPrimitive primitive(file_, source, notes_);
-  part->mPrimitiveTypes = aiPrimitiveType_LINE;
+  part->mPrimitiveTypes = primitive.Kind();
   if (!primitive.HasTriangles()) return part;
   std::vector<std::uint32_t> corners = primitive.Corners();
   const UsedPoints used(corners, primitive.Points());

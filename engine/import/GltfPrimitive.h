@@ -2,6 +2,8 @@
 // (KHR_draco_mesh_compression) or not. Lives in the child.
 #pragma once
 
+#include <assimp/mesh.h>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,6 +22,12 @@ class GltfPrimitive {
 
   // False for points, lines, and what has no positions.
   bool HasTriangles() const { return mode_ >= kTriangles && points_ > 0; }
+  // Points, lines or triangles, as the importing library has them; whether there are any or not.
+  unsigned Kind() const {
+    return mode_ >= kTriangles ? aiPrimitiveType_TRIANGLE
+           : mode_ > 0         ? aiPrimitiveType_LINE
+                               : aiPrimitiveType_POINT;
+  }
   std::size_t Points() const { return points_; }
   // None where it is missing; noted where it has too few elements for the points.
   std::optional<GltfNumbers> Attribute(const std::string& name, unsigned width);

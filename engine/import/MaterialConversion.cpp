@@ -3,6 +3,8 @@
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -85,13 +87,22 @@ void SetPlace(const PictureFacts& facts, host::BaseContainer& shader) {
 
 constexpr unsigned kNoFacts = ~0U;  // an index of no material
 
+constexpr const char* kPictureSuffixes[] = {"png", "jpg", "jpeg", "webp", "tif", "tiff", "bmp",
+                                            "tga", "exr", "hdr",  "dds",  "ktx", "ktx2", "gif"};
+
 // The name that the file gives, with a suffix that tells what it is.
 std::string EmbeddedName(const aiTexture& texture) {
   const std::string name =
       SafeFileName(texture.mFilename.length > 0 ? texture.mFilename.C_Str() : "texture");
   const std::string kind(texture.achFormatHint,
                          ::strnlen(texture.achFormatHint, HINTMAXTEXTURELEN));
-  return name.find('.') == std::string::npos && !kind.empty() ? name + "." + kind : name;
+  // A dot need not begin a suffix: "wood.001".
+  const std::size_t dot = name.rfind('.');
+  const std::string suffix = dot == std::string::npos ? "" : name.substr(dot + 1);
+  const bool tells =
+      std::any_of(std::begin(kPictureSuffixes), std::end(kPictureSuffixes),
+                  [&](const char* known) { return ::strcasecmp(known, suffix.c_str()) == 0; });
+  return kind.empty() || tells ? name : name + "." + kind;
 }
 
 }  // namespace

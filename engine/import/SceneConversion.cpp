@@ -45,6 +45,14 @@ double HorizontalAngle(double vertical, const host::BaseDocument& doc) {
   return 2 * std::atan(std::tan(vertical / 2) * width / height);
 }
 
+// The scene has no place for points and lines.
+const char* WhyLeftOut(const aiMesh* mesh) {
+  const unsigned kinds = mesh == nullptr ? 0 : mesh->mPrimitiveTypes;
+  if ((kinds & aiPrimitiveType_LINE) != 0) return "Lines are left out, meshes";
+  if ((kinds & aiPrimitiveType_POINT) != 0) return "Points are left out, meshes";
+  return "Meshes without anything in them are left out";
+}
+
 std::size_t NodeCount(const aiNode* root) {
   std::size_t count = 0;
   std::vector<const aiNode*> pending{root};
@@ -118,7 +126,8 @@ SceneConversion::Parts SceneConversion::PartsOf(const aiNode& node) {
   for (unsigned i = 0; i < node.mNumMeshes; ++i) {
     const unsigned mesh = node.mMeshes[i];
     const bool usable = mesh < scene_.mNumMeshes && HasPolygons(*scene_.mMeshes[mesh]);
-    notes_.Count("Meshes of points or lines are left out", !usable);
+    if (!usable)
+      notes_.Count(WhyLeftOut(mesh < scene_.mNumMeshes ? scene_.mMeshes[mesh] : nullptr));
     if (usable) parts.meshes.push_back(mesh);
   }
   return parts;

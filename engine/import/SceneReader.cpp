@@ -13,6 +13,7 @@
 #include "engine/import/GltfReader.h"
 #include "engine/import/ImportedElements.h"
 #include "engine/import/SceneConversion.h"
+#include "engine/import/Skins.h"
 #include "host/Filename.h"
 
 namespace engine {
@@ -118,6 +119,8 @@ Answer ReadByLibrary(const std::string& path, SourceFormat format, host::BaseDoc
   const aiScene* scene = importer.ReadFile(path, StepsFor(format));
   if (scene == nullptr || scene->mRootNode == nullptr) return Answer::Failure(ReasonOf(importer));
   Notes notes;
+  // The scene is the importer's, which is ours.
+  BendSkins(const_cast<aiScene&>(*scene));
   const SceneFacts facts = GatherFacts(*scene, format, path, files, notes);
   return Converted(*scene, path, facts, doc, progress, notes);
 }

@@ -35,7 +35,7 @@ TEST_F(GltfFeatures, TheHierarchyIsThatOfTheChosenScene) {
             "5100\n.Both 5103\nSecond root 5103\n");
   EXPECT_TRUE(HasNote("Other scenes of the file are left out: 1."));
   EXPECT_TRUE(HasNote("The extension EXT_of_nobody is left out."));
-  EXPECT_TRUE(HasNote("Meshes of points or lines are left out: 1."));
+  EXPECT_TRUE(HasNote("Lines are left out, meshes: 1."));
 }
 
 TEST_F(GltfFeatures, PlacesAreMirroredInZAndInCentimetres) {
