@@ -155,6 +155,7 @@ host::LONG FingerprintOf(const host::BaseMaterial& material, const host::BaseDoc
   auto addFile = [&](const host::BaseShader& shader) {
     const std::string file = BitmapFileOf(shader);
     print.Add(std::string_view(file));
+    print.Add(*shader.GetDataInstance());
     const std::string* bytes = FindEmbeddedFile(doc, file);
     const std::string_view whole = bytes ? std::string_view(*bytes) : std::string_view();
     if (bytes) print.Add(std::uint64_t{HashOfContent({&whole, 1})});
