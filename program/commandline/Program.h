@@ -61,6 +61,7 @@ void AddSetCamera(Arguments& arguments, Program& program);
 void AddRename(Arguments& arguments, Program& program);
 void AddDelete(Arguments& arguments, Program& program);
 void AddDeleteAll(Arguments& arguments, Program& program);
+void AddStates(Arguments& arguments, Program& program);
 void AddCleanMaterials(Arguments& arguments, Program& program);
 void AddExport(Arguments& arguments, Program& program);
 void AddRender(Arguments& arguments, Program& program);

@@ -48,7 +48,7 @@ void AddVerbs(Arguments& arguments, Program& program) {
   AddGroup(arguments, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet});
   AddGroup(arguments, program, "Stagemarks",
            {AddRecord, AddList, AddShow, AddDiff, AddMatrix, AddCheck, AddLoad, AddRename,
-            AddDelete, AddDeleteAll, AddOptions});
+            AddDelete, AddDeleteAll, AddOptions, AddStates});
   AddGroup(arguments, program, "Many Stagemarks at once",
            {AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
   AddGroup(arguments, program, "Files and pictures",

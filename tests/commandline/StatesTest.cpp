@@ -331,4 +331,22 @@ TEST_F(States, OldWordsWorkAndAreInNoHelp) {
   EXPECT_FALSE(ReadText(Scene("old.png")).empty());
 }
 
+TEST_F(States, GoIntoAnotherSceneAsText) {
+  const std::string scene = Staged();
+  const std::string text = folder_ / "states.json";
+  const std::string other = Scene("other.c4d");
+  Out({"import", TEST_SOURCE_DIR "/scenes/spider/spider.fbx", other});
+  tests::WriteText(text, Out({"states", "export", scene}));
+  const json said = Json({"states", "import", other, text, "--rename", "Day=Morning", "--write"});
+  EXPECT_EQ(said["stagemarks"].size(), 2U);
+  EXPECT_EQ(said["stagemarks"][0]["outcome"], "added");
+  EXPECT_EQ(said["missing"], json({"Props", "Front"}));
+  EXPECT_EQ(ListedBy({"list", other, "--json"}), "Morning Night ");
+  EXPECT_EQ(Call({"states", "import", other, text, "--only", "D*", "--rename", "Day=Morning",
+                  "--replace", "--dry-run"})
+                .out,
+            "Replaced \"Morning\".\nNothing was written (--dry-run).\n");
+  EXPECT_EQ(Call({"diff", scene + ":Day", other + ":Morning"}).status, 0);
+}
+
 }  // namespace

@@ -1,0 +1,49 @@
+// ElementPlaces: where each element of a document stands, told by its type and name, those of all
+// that it lies in, and its number among equals: so that an element of one scene is found in another.
+// Computed once; the document stays unchanged meanwhile. O(elements), however deep. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/core/ContainerContents.h"
+#include "host/BaseDocument.h"
+
+namespace engine {
+
+// Of a type and name inside a place; kTopPlace for what lies in the document itself. Equal in all
+// documents, but of one run of the program only.
+using PlaceKey = std::uint64_t;
+inline constexpr PlaceKey kTopPlace = 1;
+PlaceKey KeyInside(PlaceKey above, host::LONG type, std::string_view name);
+
+class ElementPlaces {
+ public:
+  explicit ElementPlaces(const host::BaseDocument& doc);
+
+  struct Place {
+    PlaceKey key = 0;
+    NodeId above = 0;          // the element that it lies in, 0 for none
+    std::size_t position = 0;  // among those of that key, in the order of the scene
+  };
+  // Null for what is not in the document.
+  const Place* Find(NodeId element) const;
+  // All at that place, in the order of the scene; all of that type and name.
+  const std::vector<NodeId>& At(PlaceKey key) const { return Of(places_, key); }
+  const std::vector<NodeId>& Named(host::LONG type, std::string_view name) const;
+  // In the order of the scene: whoever owns before what it owns.
+  const std::vector<NodeId>& All() const { return all_; }
+
+ private:
+  using Lists = std::unordered_map<PlaceKey, std::vector<NodeId>>;
+  static const std::vector<NodeId>& Of(const Lists& lists, PlaceKey key);
+
+  std::vector<NodeId> all_;
+  std::unordered_map<NodeId, Place> elements_;
+  Lists places_;
+  Lists names_;
+};
+
+}  // namespace engine
