@@ -10,14 +10,18 @@ constexpr int kVertexArray = 34962;
 constexpr int kIndexArray = 34963;
 constexpr int kFloat = 5126;
 constexpr int kUnsigned = 5125;
+constexpr int kUnsignedShort = 5123;
 
 // How the bytes of each kind are read.
 struct Layout {
   const char* type;
   int stride;  // bytes for a vertex; 0: no vertices
+  int component;
 };
-constexpr Layout kLayouts[] = {{"SCALAR", 0}, {"VEC3", 12}, {"VEC3", 12},
-                               {"VEC2", 8},   {"VEC4", 16}, {"VEC4", 16}};
+constexpr Layout kLayouts[] = {{"SCALAR", 0, kUnsigned}, {"SCALAR", 0, kUnsignedShort},
+                               {"VEC3", 12, kFloat},     {"VEC3", 12, kFloat},
+                               {"VEC2", 8, kFloat},      {"VEC4", 16, kFloat},
+                               {"VEC4", 16, kFloat}};
 
 std::uint64_t Padded(std::uint64_t size) { return (size + 3) / 4 * 4; }
 
@@ -77,7 +81,7 @@ std::string GltfBuffer::MakePrimitive(const GltfGeometry& geometry) {
   add(Uvs, ",\"TEXCOORD_0\":");
   add(Colors, ",\"COLOR_0\":");
   text += "},\"indices\":";
-  AppendCount(text, AddAccessor(Indices, geometry));
+  AppendCount(text, AddAccessor(geometry.hasShortIndices ? ShortIndices : Indices, geometry));
   return text;
 }
 
@@ -112,9 +116,9 @@ void GltfBuffer::AppendAccessor(std::string& to, const Accessor& accessor,
   to += ",\"byteOffset\":";
   AppendCount(to, accessor.offset);
   to += ",\"componentType\":";
-  AppendCount(to, accessor.kind == Indices ? kUnsigned : kFloat);
+  AppendCount(to, kLayouts[accessor.kind].component);
   to += ",\"count\":";
-  AppendCount(to, accessor.kind == Indices ? geometry.corners : geometry.vertices);
+  AppendCount(to, kLayouts[accessor.kind].stride == 0 ? geometry.corners : geometry.vertices);
   to.append(",\"type\":\"").append(kLayouts[accessor.kind].type).append("\"");
   if (accessor.kind == Positions) {
     AppendNumbers(to, "min", geometry.low);

@@ -31,8 +31,8 @@ class GltfBuffer {
   std::string Members(bool withPictures, const std::string& uri) const;
 
  private:
-  enum Kind : std::uint8_t { Indices, Positions, Normals, Uvs, Tangents, Colors };
-  static constexpr std::size_t kKinds = 6;
+  enum Kind : std::uint8_t { Indices, ShortIndices, Positions, Normals, Uvs, Tangents, Colors };
+  static constexpr std::size_t kKinds = 7;
   using Places = std::array<std::size_t, kKinds>;
   struct Accessor {
     Kind kind;

@@ -78,10 +78,23 @@ class Conversion {
       if (mesh_.polygons[polygon][3] >= 0) AddTriangle(polygon, 0, 2, 3);
     }
     if (hasNormals_ && hasUvs_) AddTangents();
+    if (out_.vertices <= kMostShort) ShortenIndices();
     return std::move(out_);
   }
 
  private:
+  // The greatest number of 16 bits must not be used.
+  static constexpr std::uint32_t kMostShort = 0xFFFF;
+
+  void ShortenIndices() {
+    std::string indices;
+    indices.reserve(out_.indices.size() / 2);
+    for (std::size_t at = 0; at < out_.indices.size(); at += sizeof(std::uint32_t))
+      indices.append(out_.indices, at, sizeof(std::uint16_t));
+    out_.indices = std::move(indices);
+    out_.hasShortIndices = true;
+  }
+
   // Mirroring turns corners round, so the last two change places to face outwards again.
   void AddTriangle(std::size_t polygon, int a, int b, int c) {
     const std::array<int, 3> corners = {a, c, b};

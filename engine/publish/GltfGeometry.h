@@ -17,7 +17,7 @@ namespace engine {
 inline constexpr double kMetresPerUnit = 0.01;
 
 struct GltfGeometry {
-  std::string indices;    // 32 bits each, three for a triangle
+  std::string indices;    // 16 bits each where these suffice, else 32; three for a triangle
   std::string positions;  // three floats each: metres, y up, +z towards the viewer
   std::string normals;    // three floats each, unit; empty where the mesh has none
   std::string uvs;        // two floats each, v grows downwards; empty where the mesh has none
@@ -25,6 +25,7 @@ struct GltfGeometry {
   std::string tangents;   // three floats each, unit, and 1 or -1; empty without one of these two
   std::uint32_t vertices = 0;
   std::uint32_t corners = 0;  // three for a triangle
+  bool hasShortIndices = false;
   std::array<float, 3> low{};
   std::array<float, 3> high{};
 };

@@ -142,8 +142,11 @@ class Publication::Maker {
     return head;
   }
 
+  // Without what is nested too deep for other programs, and for the writer.
   static Json Parsed(const std::string& extras) {
-    return extras.empty() ? Json() : Json::parse(extras, nullptr, false);
+    constexpr int kDeepest = 100;
+    const auto isWanted = [](int depth, Json::parse_event_t, Json&) { return depth < kDeepest; };
+    return extras.empty() ? Json() : Json::parse(extras, isWanted, false);
   }
 
   // Looks are known by the names of their materials.

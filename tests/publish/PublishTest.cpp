@@ -9,6 +9,7 @@
 
 #include "engine/render/Image.h"
 #include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/Extras.h"
 #include "engine/scene/Mesh.h"
 #include "host/Parameters.h"
 #include "tests/support/SceneBuilder.h"
@@ -107,9 +108,12 @@ TEST_F(PublishTest, HiddenObjectsAreLeftOutOrMarked) {
   scene_.Modes("Room/Off", host::MODE_UNDEF, host::MODE_OFF);
   scene_.Modes("Room/Off/Inside", host::MODE_UNDEF, host::MODE_ON);
   scene_.Cube("Layered").Layer("Hidden", {.render = host::FALSE}).OnLayer("Layered", "Hidden");
+  host::BaseContainer unseen;
+  unseen.SetBool(host::COMPOSITINGTAG_SEENBYCAMERA, host::FALSE);
+  scene_.Cube("Unseen").Tag("Unseen", host::Tcompositing, unseen);
   EXPECT_EQ(NodesOf(Publish()), "Room Room/Shown* Room/Off Off/Inside*");
   const json marked = Publish(false);
-  EXPECT_EQ(NodesOf(marked), "Room Room/Shown* Room/Off Off/Off*! Off/Inside* Layered*!");
+  EXPECT_EQ(NodesOf(marked), "Room Room/Shown* Room/Off Off/Off*! Off/Inside* Layered*! Unseen*!");
   EXPECT_EQ(marked["extensionsUsed"], json::array({"KHR_node_visibility"}));
 }
 
@@ -255,7 +259,8 @@ TEST_F(PublishTest, TexturesAreEmbeddedOrNamed) {
   }
 }
 
-// A chain of 100,000 objects, each inside the one before it, and shaders that lead to themselves.
+// A chain of 100,000 objects, each inside the one before it, lists of an imported file likewise, and
+// shaders that lead to themselves.
 TEST_F(PublishTest, DeepScenesAndRingsOfLinksCome) {
   host::BaseObject* above = nullptr;
   constexpr std::size_t kDepth = 100000;
@@ -272,8 +277,11 @@ TEST_F(PublishTest, DeepScenesAndRingsOfLinksCome) {
     shader->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, outer);
   material->GetDataInstance()->SetLink(host::MATERIAL_COLOR_SHADER, outer);
   material->GetDataInstance()->SetLink(host::MATERIAL_LUMINANCE_SHADER, material);
+  const std::string nested = std::string(kDepth, '[') + std::string(kDepth, ']');
+  engine::SetExtras(*material, R"({"kept": 1, "nested": )" + nested + "}");
   const json file = Publish();
   ASSERT_EQ(file["nodes"].size(), kDepth + 1);
+  EXPECT_EQ(file["materials"][1]["extras"]["kept"], 1);
   EXPECT_TRUE(file["nodes"][kDepth - 1].contains("mesh"));
   EXPECT_EQ(file["nodes"][kDepth - 2]["children"], json::array({kDepth - 1}));
 }
