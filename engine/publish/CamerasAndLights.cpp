@@ -115,7 +115,11 @@ std::size_t CamerasAndLights::LightOf(const host::BaseObject& object) {
   hasAreaLights_ = hasAreaLights_ || kind == 3;
   const auto [place, isNew] = lightIndices_.try_emplace(IdOf(object), lights_.size());
   const double unit = kind == kSun ? units_.lux : units_.candela;
-  if (isNew) lights_.push_back(LightJson(object, kind, unit));
+  if (isNew) {
+    const double brightness = object.GetDataInstance()->GetReal(host::LIGHT_BRIGHTNESS, 1);
+    lights_.push_back(LightJson(object, kind, unit));
+    brightness_.push_back(Within(brightness, 0, kMost, 1));
+  }
   return place->second;
 }
 

@@ -33,6 +33,9 @@ class CamerasAndLights {
 
   const Json& Cameras() const { return cameras_; }
   const Json& Lights() const { return lights_; }
+  // Of each light in the order of Lights: how bright it is in the pictures of this program, where 1 is
+  // full, whatever the unit of its intensity.
+  const Json& Brightness() const { return brightness_; }
 
  private:
   double aspect_;
@@ -41,6 +44,7 @@ class CamerasAndLights {
   std::unordered_map<NodeId, std::size_t> lightIndices_;
   Json cameras_ = Json::array();
   Json lights_ = Json::array();
+  Json brightness_ = Json::array();
   bool hasAreaLights_ = false;
 };
 

@@ -127,6 +127,8 @@ class Publication::Maker {
     };
     put("extensionsUsed", extensions);
     if (options_.asVariants) head["extras"]["stagemarks"] = StatesOf(nodes);
+    if (options_.asVariants && !devices.Brightness().empty())
+      head["extras"]["stagemarks"]["brightness"] = devices.Brightness();
     head["scene"] = 0;
     head["scenes"] = Json::array({SceneOf(nodes)});
     put("cameras", devices.Cameras());

@@ -223,6 +223,13 @@ describe('The dungeon', () => {
   test('shows each state by a click and by a key', async () => {
     const { page, seen, close } = await open(file());
     assert.ok(await isReady(page));
+    const lights = await ask(page, () => stagemarks.brightness());
+    assert.deepEqual(lights.map((light) => light.toFixed(2)).sort(), [
+      '0.80',
+      '0.80',
+      '1.00',
+      '1.00',
+    ]);
     const names = await ask(page, () => stagemarks.names());
     assert.deepEqual([...names].sort(), [...STATES].sort());
     for (const name of names) {
@@ -267,7 +274,11 @@ describe('The dungeon', () => {
   });
 
   test('flies to the camera of a state and comes to rest there', async () => {
-    const { page, seen, close } = await open(file(), { reducedMotion: 'no-preference' });
+    const { page, seen, close } = await open(file(), {
+      hash: '#state=Overview',
+      reducedMotion: 'no-preference',
+    });
+    await checkState(page, 'Overview');
     for (const key of ['2', '3', '1']) await page.keyboard.press(key);
     await checkState(page, (await ask(page, () => stagemarks.names()))[0]);
     assert.deepEqual(seen, []);

@@ -205,6 +205,7 @@ TEST_F(PublishTest, StatesAreVariantsOfOneFile) {
   EXPECT_EQ(mappings[0], (json{{"material", red}, {"variants", {0}}}));
   EXPECT_EQ(file["materials"][mappings[1]["material"].get<std::size_t>()]["name"], "Blue");
   EXPECT_EQ(box["attributes"], primitiveOf(1)["attributes"]) << "cubes are there once";
+  EXPECT_EQ(file["extras"]["stagemarks"]["brightness"], json::array({1}));
   const json states = file["extras"]["stagemarks"]["states"];
   EXPECT_EQ(states[0], json::parse(R"({"name": "Day", "id": 7, "date": "2026-03-05T14:07:09",
     "variant": 0, "camera": 5, "hidden": [1], "size": [1280, 720], "layers": ["Props"]})"));

@@ -68,9 +68,8 @@ function takeOver(lights, bounds) {
   let shadows = 0;
   const size = matchMedia('(pointer: coarse)').matches ? 1024 : 2048;
   for (const light of lights) {
-    const wasOn = light.intensity > 0;
     light.userData.brightness *= Math.PI;
-    if (wasOn) light.intensity = light.userData.brightness;
+    light.intensity = light.userData.brightness;
     if ('decay' in light) light.decay = 0;
     if (light.isDirectionalLight)
       aim(light, light.getWorldDirection(new Vector3()).negate(), bounds);

@@ -291,7 +291,7 @@ function describe(shown) {
       direction: camera().getWorldDirection(camera().position.clone()).toArray(),
       isParallel: camera().isOrthographicCamera === true,
     }),
-    brightness: () => shown.scene.lights.map((light) => light.intensity),
+    brightness: () => shown.scene.lights.map((light) => light.intensity / Math.PI),
   });
 }
 

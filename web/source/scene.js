@@ -35,7 +35,6 @@ export class StateScene {
     }
     const scene = new StateScene(gltf);
     await scene.readVariants(gltf.parser);
-    scene.show(0);
     return scene;
   }
 
@@ -75,6 +74,23 @@ export class StateScene {
       if (object.isLight) this.lights.push(object);
     });
     for (const light of this.lights) light.userData.brightness = light.intensity;
+    this.readBrightness();
+  }
+
+  // As the program's own pictures have it: the intensities of the file may be in candela.
+  readBrightness() {
+    const brightness = this.json.extras.stagemarks.brightness ?? [];
+    for (const [index, object] of this.nodes) {
+      const light = this.json.nodes[index].extensions?.KHR_lights_punctual?.light;
+      if (brightness[light] === undefined) continue;
+      for (const part of this.lightsOf(object)) part.userData.brightness = brightness[light];
+    }
+  }
+
+  // The light that a node is, or has beside a mesh.
+  lightsOf(object) {
+    if (object.isLight) return [object];
+    return object.children.filter((child) => child.isLight && !this.isNode(child));
   }
 
   addSurface(object, place) {
@@ -148,17 +164,15 @@ export class StateScene {
   setVisible(node, visible) {
     const object = this.nodes.get(node);
     if (!object) return;
-    const lights = object.isLight
-      ? [object]
-      : object.children.filter((child) => child.isLight && !this.isNode(child));
-    for (const light of lights) light.intensity = visible ? light.userData.brightness : 0;
+    for (const light of this.lightsOf(object)) {
+      light.intensity = visible ? light.userData.brightness : 0;
+    }
     if (!object.isLight) object.visible = visible;
   }
 
   isNode(object) {
-    return (
-      object.userData.isNode ?? (object.userData.isNode = [...this.nodes.values()].includes(object))
-    );
+    this.objects ??= new Set(this.nodes.values());
+    return this.objects.has(object);
   }
 
   // The camera of a state as the file has it, null where it has none; and its picture's shape.

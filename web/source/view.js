@@ -97,7 +97,6 @@ export class View {
     this.scene = scene;
     this.stage.add(scene.root);
     this.lighting = new Lighting(this.stage, this.renderer, scene);
-    scene.current = -1;
     scene.show(this.state);
     this.triangles = 0;
     for (const { object } of scene.surfaces) {
