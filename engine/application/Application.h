@@ -22,6 +22,7 @@ namespace engine {
 enum class LoadOutcome {
   Loaded,
   Missing,          // no file at the path
+  Untrusted,        // the path is relative, or others may change what lies there
   NotALibrary,      // the file is no loadable library
   NoEntryPoints,    // PluginStart, PluginMessage or PluginEnd is not exported
   ResourceRefused,  // PluginMessage(1) answered false

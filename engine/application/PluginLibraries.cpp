@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 #include <link.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <exception>
@@ -58,6 +60,28 @@ std::string WhyResourcesWereRefused(const std::string& folder, FileSystem& files
   return "its folder \"" + folder + "\" is missing; install the plug-in again";
 }
 
+// Whether somebody else than the user and the system may write there. A group of one's own counts
+// as oneself; in a folder with the sticky bit nobody can replace what is another's.
+bool OthersMayWrite(const std::string& path) {
+  struct stat facts {};
+  if (::stat(path.c_str(), &facts) != 0) return false;
+  const bool groupIsOwn = facts.st_gid == ::getegid() || facts.st_gid == 0;
+  if ((facts.st_mode & S_ISVTX) != 0) return false;
+  return (facts.st_mode & S_IWOTH) != 0 || ((facts.st_mode & S_IWGRP) != 0 && !groupIsOwn);
+}
+
+// Why code from there is not run, empty where it may be: a relative path leads to wherever the
+// program is called.
+std::string WhyUntrusted(const std::string& path) {
+  if (!path.starts_with('/'))
+    return "\"" + path + "\" is no full path; give STAGEMARKS_PLUGINS one that begins with a slash";
+  for (const std::string& place : {path, FolderOfPath(path), FolderOfPath(FolderOfPath(path))}) {
+    if (OthersMayWrite(place))
+      return "others may change \"" + place + "\"; take that right away (chmod go-w)";
+  }
+  return "";
+}
+
 }  // namespace
 
 const char* NameOf(LoadOutcome outcome) {
@@ -66,6 +90,8 @@ const char* NameOf(LoadOutcome outcome) {
       return "Loaded";
     case LoadOutcome::Missing:
       return "Missing";
+    case LoadOutcome::Untrusted:
+      return "Untrusted";
     case LoadOutcome::NotALibrary:
       return "NotALibrary";
     case LoadOutcome::NoEntryPoints:
@@ -98,6 +124,8 @@ LoadReport PluginLibraries::Load(const std::string& path, FileSystem& files, Sce
 
 LoadReport PluginLibraries::Open(Library& library, FileSystem& files) {
   const std::string& path = library.path;
+  if (const std::string reason = WhyUntrusted(path); !reason.empty())
+    return Report(LoadOutcome::Untrusted, path, reason);
   const FileKind kind = files.Kind(path);
   if (kind == FileKind::Missing)
     return Report(LoadOutcome::Missing, path, "there is no file \"" + path + "\"");

@@ -36,7 +36,8 @@ std::string ProgramFolder() {
 
 std::string PluginFolder() {
   const char* chosen = std::getenv("STAGEMARKS_PLUGINS");
-  return chosen != nullptr && *chosen != '\0' ? Clean(chosen) : EngineFolder() + "/plugins";
+  if (chosen == nullptr || *chosen == '\0') return EngineFolder() + "/plugins";
+  return *chosen == '/' ? Clean(chosen) : chosen;
 }
 
 // A build folder has the usual names, whatever was chosen for the installed tree.

@@ -10,8 +10,9 @@ namespace engine {
 // Folder of the running program, absolute, without a separator at its end; empty where the system
 // does not tell.
 std::string ProgramFolder();
-// Folder of the plug-ins: the one that the environment names in STAGEMARKS_PLUGINS, else "plugins"
-// beside the engine's library.
+// Folder of the plug-ins: the one that the environment names in STAGEMARKS_PLUGINS, as it stands
+// where that is no full path (nothing is loaded from there), else "plugins" beside the engine's
+// library.
 std::string PluginFolder();
 // Folder of what is shared by all machines, sample scenes among it: "share/stagemarks" beside the
 // program's folder.

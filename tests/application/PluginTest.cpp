@@ -67,6 +67,26 @@ TEST_F(Plugins, WhatIsNoLibraryIsNamed) {
   EXPECT_EQ(application->LoadPlugins(At("nowhere")).size(), 0U);
 }
 
+TEST_F(Plugins, CodeThatOthersMayChangeIsNotRun) {
+  namespace fs = std::filesystem;
+  const std::string path = Place("Good");
+  for (const std::string& place : {path, At("plugins/Good"), At("plugins")}) {
+    const fs::perms before = fs::status(place).permissions();
+    fs::permissions(place, before | fs::perms::others_write);
+    const LoadReport report = application->LoadPlugin(path);
+    EXPECT_EQ(report.message, "Plug-in \"Good\" was not loaded (Untrusted): others may change \"" +
+                                  place + "\"; take that right away (chmod go-w).");
+    EXPECT_FALSE(IsOpen(path));
+    fs::permissions(place, before);
+  }
+  const fs::path here = fs::current_path();
+  fs::current_path(At("plugins"));
+  EXPECT_EQ(application->LoadPlugin("Good/Good.so").outcome, LoadOutcome::Untrusted);
+  EXPECT_EQ(application->LoadPlugin("./Good/Good.so").outcome, LoadOutcome::Untrusted);
+  fs::current_path(here);
+  EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded);
+}
+
 TEST_F(Plugins, ALibraryIsLoadedOnce) {
   const std::string path = Place("Good");
   EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded);

@@ -254,6 +254,10 @@ TEST_F(CommandLine, DamagedScenesAndPluginsGetAMessage) {
                       {{"STAGEMARKS_PLUGINS", folder_ / "nowhere"}});
   EXPECT_EQ(noPlugin.status, 1);
   EXPECT_NE(noPlugin.err.find("Stagemarks.so"), std::string::npos) << noPlugin.err;
+  const ChildResult relative = tests::RunChild(TEST_BINARY_DIR "/bin/stagemarks", {"list", "x.c4d"},
+                                               {{"STAGEMARKS_PLUGINS", "plugins"}});
+  EXPECT_EQ(relative.status, 1);
+  EXPECT_NE(relative.err.find("is no full path"), std::string::npos) << relative.err;
 }
 
 TEST_F(CommandLine, TheDemoChecksItself) {
