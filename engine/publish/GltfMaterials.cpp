@@ -176,7 +176,7 @@ void GltfMaterials::AddTexture(const Instance& instance, const Source& source,
   material[key] = std::move(texture);
 }
 
-// First as the object's tag has it, then as the texture itself.
+// First as the object's tag has it, then as the texture itself. Numbers that are none move nothing.
 void GltfMaterials::AddTransform(const Instance& instance, const TextureUse& use, Json& texture) {
   std::array<float, 2> scale = use.tiles;
   std::array<float, 2> moved;
@@ -188,6 +188,9 @@ void GltfMaterials::AddTransform(const Instance& instance, const TextureUse& use
   const float sine = std::sin(use.rotation);
   const std::array<float, 2> offset = {cosine * moved[0] + sine * moved[1] + use.offset[0],
                                        cosine * moved[1] - sine * moved[0] + use.offset[1]};
+  for (const float number : {offset[0], offset[1], scale[0], scale[1], use.rotation}) {
+    if (!std::isfinite(number)) return;
+  }
   const bool isMoved = offset != std::array<float, 2>{0, 0};
   const bool isScaled = scale != std::array<float, 2>{1, 1};
   if (!isMoved && !isScaled && use.rotation == 0) return;

@@ -1,6 +1,7 @@
 #include "engine/publish/VisibleParts.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace engine {
 
@@ -77,6 +78,10 @@ void VisibleParts::AddState(ScenePicture picture) {
 void VisibleParts::Add(Instance& instance, const std::vector<std::uint32_t>& looks) {
   const bool shows = instance.shown && instance.seenByCamera;
   if (!shows && !keepHidden_) return;
+  for (std::size_t k = 0; k < 2; ++k) {
+    if (!std::isfinite(instance.uvOffset[k])) instance.uvOffset[k] = 0;
+    if (!std::isfinite(instance.uvTiles[k])) instance.uvTiles[k] = 1;
+  }
   instance.look = looks[instance.look];
   const Mesh& mesh = *instance.mesh;
   if (mesh.uvs.size() != 4 * mesh.polygons.size() || mesh.uvs.empty())

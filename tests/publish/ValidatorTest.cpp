@@ -6,7 +6,10 @@
 #include <limits>
 
 #include "engine/import/Import.h"
+#include "engine/render/Image.h"
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
+#include "engine/scene/PictureParameters.h"
 #include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 #include "program/publish/PublishedFiles.h"
@@ -127,6 +130,8 @@ TEST_F(ValidatorTest, FindsNothingInWhatIsPublishedOfOddScenes) {
       scene.Last()->GetDataInstance()->SetReal(number, *path == 'E' ? endless : nan);
   }
   scene.LookThrough("Eye");
+  engine::AddEmbeddedFile(scene.Doc(), "dot.png",
+                          engine::EncodePng({1, 1, {255, 255, 255, 255}, {}}).Value());
   for (const double number : {nan, endless, -1.0, 1e300}) {
     const std::string name = std::to_string(number);
     scene.Object(name, host::Olight);
@@ -137,6 +142,22 @@ TEST_F(ValidatorTest, FindsNothingInWhatIsPublishedOfOddScenes) {
                                        host::LIGHT_OUTER_ANGLE, host::LIGHT_INNER_ANGLE})
       light.SetReal(parameter, number);
     scene.Cube("Cube" + name).Material(name, host::Vector(number)).Texture("Cube" + name, name);
+    host::BaseContainer& surface = *scene.GetMaterial(name)->GetDataInstance();
+    for (const host::LONG parameter :
+         {host::MATERIAL_ALPHA, host::MATERIAL_ALPHA_CUTOFF, host::MATERIAL_SPECULAR,
+          host::MATERIAL_ROUGHNESS, host::MATERIAL_METALLIC})
+      surface.SetReal(parameter, number);
+    surface.SetVector(host::MATERIAL_LUMINANCE, host::Vector(number));
+    surface.SetLong(host::MATERIAL_ALPHA_MODE, 1);
+    surface.SetReal(engine::kMaterialOcclusion, number);
+    surface.SetReal(engine::kMaterialNormalStrength, number);
+    host::BaseShader* bitmap = scene.Bitmap(scene.GetMaterial(name), "dot.png");
+    for (const host::LONG link : {host::MATERIAL_COLOR_SHADER, host::MATERIAL_NORMAL_SHADER,
+                                  engine::kMaterialOcclusionShader})
+      surface.SetLink(link, bitmap);
+    for (const host::LONG parameter : {engine::kBitmapOffset, engine::kBitmapTiles})
+      bitmap->GetDataInstance()->SetVector(parameter, host::Vector(number));
+    bitmap->GetDataInstance()->SetReal(engine::kBitmapRotation, number);
     host::BaseContainer& tag = *scene.GetTag("Cube" + name, host::Ttexture)->GetDataInstance();
     tag.SetVector(host::TEXTURETAG_TILES, host::Vector(number));
     tag.SetVector(host::TEXTURETAG_OFFSET, host::Vector(number));
