@@ -218,13 +218,10 @@ void AddPublish(Arguments& arguments, Program& program) {
   AddStrict(verb, program);
   AddForce(verb, program);
   verb.Footer(
-      "Each file (glTF 2.0) shows one state as a rendered picture does: objects with "
-      "their materials and\n"
-      "textures, lights and cameras, the scene camera first. Browsers, engines and modellers read "
-      "it. A scene without\n"
-      "Stagemarks is published as it is. The scene itself is left alone, and only files that this "
-      "verb wrote are replaced\n"
-      "without --force.\n\n"
+      "Each file (glTF 2.0) shows one state as a rendered picture does: objects with their "
+      "materials and textures, lights and cameras, the scene camera first. Browsers, engines and "
+      "modellers read it. A scene without Stagemarks is published as it is. The scene itself is "
+      "left alone, and only files that this verb wrote are replaced without --force.\n\n"
       "Examples:\n"
       "  stagemarks publish room.c4d --to web\n"
       "  stagemarks publish room.c4d --to web --only Day --hidden mark\n"
