@@ -1,5 +1,6 @@
 #include <ImfIO.h>
 #include <ImfRgbaFile.h>
+#include <ImfStringAttribute.h>
 
 #include <algorithm>
 #include <cmath>
@@ -29,6 +30,24 @@ class MemoryStream : public Imf::IStream {
 
  private:
   std::string_view bytes_;
+  std::size_t position_ = 0;
+};
+
+class MemorySink : public Imf::OStream {
+ public:
+  MemorySink() : OStream("picture") {}
+  void write(const char bytes[], int count) override {
+    const std::size_t end = position_ + static_cast<std::size_t>(count);
+    if (end > text_.size()) text_.resize(end);
+    std::memcpy(text_.data() + position_, bytes, static_cast<std::size_t>(count));
+    position_ = end;
+  }
+  std::uint64_t tellp() override { return position_; }
+  void seekp(std::uint64_t position) override { position_ = position; }
+  std::string Take() { return std::move(text_); }
+
+ private:
+  std::string text_;
   std::size_t position_ = 0;
 };
 
@@ -69,7 +88,45 @@ Result<Image> Read(std::string_view bytes) {
   return image;
 }
 
+// What a half float holds; brighter light is as bright as that.
+float WithinHalf(float value) { return std::clamp(Finite(value), -65504.0F, 65504.0F); }
+
+std::string Write(const Image& image, const std::string& comments) {
+  bool isOpaque = true;
+  std::vector<Imf::Rgba> pixels(image.PixelCount());
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    const float* p = &image.floats[i * 4];
+    const float alpha = std::clamp(Finite(p[3]), 0.0F, 1.0F);
+    const auto channel = [&](float value) { return half(WithinHalf(value * alpha)); };
+    pixels[i] = {channel(p[0]), channel(p[1]), channel(p[2]), half(alpha)};
+    isOpaque = isOpaque && alpha == 1;
+  }
+  Imf::Header header(static_cast<int>(image.width), static_cast<int>(image.height));
+  header.compression() = Imf::ZIP_COMPRESSION;
+  if (!comments.empty()) header.insert("comments", Imf::StringAttribute(comments));
+  MemorySink sink;
+  {
+    Imf::RgbaOutputFile file(sink, header, isOpaque ? Imf::WRITE_RGB : Imf::WRITE_RGBA);
+    file.setFrameBuffer(pixels.data(), 1, image.width);
+    file.writePixels(static_cast<int>(image.height));
+  }
+  return sink.Take();
+}
+
 }  // namespace
+
+Result<std::string> EncodeExr(const Image& image, const std::string& comments) {
+  if (Status size = CheckImageSize(image.width, image.height, 4 * sizeof(float)); !size)
+    return size;
+  if (image.floats.size() != image.PixelCount() * 4)
+    return Result<std::string>::Failure("Only pictures of floats can be written as OpenEXR.");
+  try {
+    return Write(image, comments);
+  } catch (const std::exception& error) {
+    return Result<std::string>::Failure("The OpenEXR picture cannot be written (" +
+                                        std::string(error.what()) + ").");
+  }
+}
 
 Result<Image> DecodeExr(std::string_view bytes) {
   static const bool limited = [] {

@@ -103,6 +103,80 @@ Image ToBytes(const Image& image) {
   return result;
 }
 
+namespace {
+
+// The linear colors, multiplied by their alpha, and the alpha of a pixel.
+std::array<float, 4> LightOf(const Image& image, std::size_t pixel) {
+  std::array<float, 4> light;
+  const std::size_t at = pixel * 4;
+  if (image.IsFloat()) {
+    std::copy_n(&image.floats[at], 4, light.begin());
+  } else {
+    for (std::size_t i = 0; i < 3; ++i) light[i] = SrgbToLinear(image.bytes[at + i]);
+    light[3] = static_cast<float>(image.bytes[at + 3]) / 255;
+  }
+  for (std::size_t i = 0; i < 3; ++i) light[i] *= light[3];
+  return light;
+}
+
+// Which pixels of `from` a pixel of `to` stands for along one side, and with which share each.
+struct Stretch {
+  std::uint32_t first;
+  std::vector<float> shares;
+};
+std::vector<Stretch> StretchesOf(std::uint32_t from, std::uint32_t to) {
+  std::vector<Stretch> stretches(to);
+  const double step = static_cast<double>(from) / to;
+  for (std::uint32_t i = 0; i < to; ++i) {
+    const double begin = i * step;
+    const double end = std::min<double>(from, begin + step);
+    Stretch& stretch = stretches[i];
+    stretch.first = static_cast<std::uint32_t>(begin);
+    for (std::uint32_t at = stretch.first; at < end && at < from; ++at)
+      stretch.shares.push_back(
+          static_cast<float>((std::min(end, at + 1.0) - std::max<double>(begin, at)) / step));
+  }
+  return stretches;
+}
+
+void PutLight(const std::array<double, 4>& sum, std::size_t pixel, Image& image) {
+  const double factor = sum[3] > 0 ? 1 / sum[3] : 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const auto value = static_cast<float>(i < 3 ? sum[i] * factor : sum[i]);
+    if (!image.floats.empty()) image.floats[pixel * 4 + i] = value;
+    if (!image.bytes.empty())
+      image.bytes[pixel * 4 + i] = i < 3 ? LinearToSrgb(value) : ToByte(value);
+  }
+}
+
+}  // namespace
+
+Image ScaledDown(const Image& image, std::uint32_t width, std::uint32_t height) {
+  width = std::clamp(width, 1U, std::max(1U, image.width));
+  height = std::clamp(height, 1U, std::max(1U, image.height));
+  if (width == image.width && height == image.height) return image;
+  Image result{width, height, {}, {}};
+  (image.IsFloat() ? result.floats.resize(result.PixelCount() * 4)
+                   : result.bytes.resize(result.PixelCount() * 4));
+  const auto columns = StretchesOf(image.width, width);
+  const auto rows = StretchesOf(image.height, height);
+  for (std::uint32_t y = 0; y < height; ++y) {
+    for (std::uint32_t x = 0; x < width; ++x) {
+      std::array<double, 4> sum{};
+      for (std::size_t j = 0; j < rows[y].shares.size(); ++j) {
+        const std::size_t row = (rows[y].first + j) * image.width + columns[x].first;
+        for (std::size_t i = 0; i < columns[x].shares.size(); ++i) {
+          const std::array<float, 4> light = LightOf(image, row + i);
+          const double share = double{rows[y].shares[j]} * columns[x].shares[i];
+          for (std::size_t k = 0; k < 4; ++k) sum[k] += share * light[k];
+        }
+      }
+      PutLight(sum, static_cast<std::size_t>(y) * width + x, result);
+    }
+  }
+  return result;
+}
+
 std::uint8_t LinearToSrgb(float linear) {
   if (!(linear > 0)) return 0;
   static const ByteTable table;

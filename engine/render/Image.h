@@ -42,9 +42,16 @@ Result<Image> DecodeImage(std::string_view bytes);
 // opaque everywhere.
 Result<std::string> EncodeTiff(const Image& image);
 Result<std::string> EncodePng(const Image& image);
+// The same with half floats, linear; only for images of floats. OpenEXR: scan lines of red, green
+// and blue, alpha left out where it is 1 everywhere, ZIP compression. `comments` becomes the
+// attribute of that name where it is not empty.
+Result<std::string> EncodeExr(const Image& image, const std::string& comments = "");
 
 // The picture as bytes: floats become sRGB, clipped to 0..1.
 Image ToBytes(const Image& image);
+// A picture no larger than this one, each pixel the mean of those it stands for, averaged as light
+// is. Bytes stay bytes and floats floats.
+Image ScaledDown(const Image& image, std::uint32_t width, std::uint32_t height);
 
 // The transfer function of sRGB (IEC 61966-2-1) and its inverse; linear in 0..1, clipped.
 std::uint8_t LinearToSrgb(float linear);

@@ -34,6 +34,8 @@ float Shoulder(float light) {
                         : kFrom + (1 - kFrom) * (1 - std::exp((kFrom - light) / (1 - kFrom)));
 }
 
+Vec Bent(Vec light) { return {Shoulder(light.x), Shoulder(light.y), Shoulder(light.z)}; }
+
 // Thresholds of 0..1 that differ from all around (interleaved gradient noise, Jimenez 2014).
 float Threshold(std::uint32_t x, std::uint32_t y) {
   const auto fraction = [](float value) { return value - std::floor(value); };
@@ -148,7 +150,7 @@ void PictureInProgress::RenderPixel(std::uint32_t x, std::uint32_t y, std::uint3
     }
     // Each sample counts as what a screen can show, or one bright spot would leave stairs around
     // it.
-    pixel.sum += Vec{Shoulder(light.x), Shoulder(light.y), Shoulder(light.z)};
+    pixel.sum += setup_.isLinear ? light : Bent(light);
   }
 }
 
@@ -156,10 +158,14 @@ Vec PictureInProgress::ColorOf(const Pixel& pixel) const {
   return pixel.sum * (1.0F / static_cast<float>(pixel.samples));
 }
 
+Vec PictureInProgress::ShownColorOf(const Pixel& pixel) const {
+  return setup_.isLinear ? Bent(ColorOf(pixel)) : ColorOf(pixel);
+}
+
 void PictureInProgress::FindContrasts() {
   const std::size_t width = setup_.width;
   const auto shade = [&](std::size_t index) {
-    const Vec c = ColorOf(pixels_[index]);
+    const Vec c = ShownColorOf(pixels_[index]);
     return Vec{std::sqrt(std::max(0.0F, c.x)), std::sqrt(std::max(0.0F, c.y)),
                std::sqrt(std::max(0.0F, c.z))};
   };
@@ -195,6 +201,17 @@ Image PictureInProgress::Current() const {
   return image;
 }
 
+Image PictureInProgress::Light() const {
+  if (pass_ == 0) return {};
+  Image image{setup_.width, setup_.height, {}, {}};
+  image.floats.reserve(pixels_.size() * 4);
+  for (const Pixel& pixel : pixels_) {
+    const Vec color = ColorOf(pixel);
+    image.floats.insert(image.floats.end(), {color.x, color.y, color.z, 1.0F});
+  }
+  return image;
+}
+
 void PictureInProgress::ShowTiles(Image* image) {
   if (image->bytes.empty()) {
     *image = {setup_.width, setup_.height, {}, {}};
@@ -214,7 +231,7 @@ void PictureInProgress::CopyTile(std::uint32_t tile, Image& image) const {
   for (std::uint32_t y = top; y < std::min(top + kTileSide, setup_.height); ++y) {
     for (std::uint32_t x = left; x < std::min(left + kTileSide, setup_.width); ++x) {
       const std::size_t index = static_cast<std::size_t>(y) * setup_.width + x;
-      PutPixel(ColorOf(pixels_[index]), Threshold(x, y), &image.bytes[index * 4]);
+      PutPixel(ShownColorOf(pixels_[index]), Threshold(x, y), &image.bytes[index * 4]);
     }
   }
 }

@@ -27,6 +27,8 @@ struct PictureSetup {
   bool draft = false;
   // Takes down what is hit at each pixel.
   bool takesHits = false;
+  // Keeps light as bright as it is, for files that hold it: see Light.
+  bool isLinear = false;
 };
 
 class PictureInProgress {
@@ -50,6 +52,8 @@ class PictureInProgress {
 
   // The picture as it stands: 8-bit sRGB, opaque. Empty before the first pass is through.
   Image Current() const;
+  // The same as linear floats; of a linear setup with all the light that there is.
+  Image Light() const;
   // Brings `image`, kept from call to call and empty before the first, up to date with the tiles
   // that were finished since; what is not rendered yet is black. Also from inside `progress`.
   void ShowTiles(Image* image);
@@ -77,6 +81,8 @@ class PictureInProgress {
   // Marks the pixels of the last pass.
   void FindContrasts();
   Vec ColorOf(const Pixel& pixel) const;
+  // As a screen shows it.
+  Vec ShownColorOf(const Pixel& pixel) const;
   void CopyTile(std::uint32_t tile, Image& image) const;
 
   std::shared_ptr<const PreparedScene> scene_;
