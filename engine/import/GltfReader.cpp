@@ -155,7 +155,7 @@ GltfScene ReadGltf(GltfFile& file, const std::string& path,
   if (!TreeReader(file, result, notes).Read(progress)) return {};
   if (file.Count("scenes") > 0)
     result.facts.extras = ExtrasText(file.Entry("scenes", Index(file.Top(), "scene", 0)));
-  AddStates(file, path, result.facts);
+  AddStates(file, path, result.facts, notes);
   NameMaterialsOfVariants(result.facts, *result.scene);
   NormalizeLights(SourceFormat::Gltf, result.facts.lights);
   const std::size_t scenes = file.Count("scenes");

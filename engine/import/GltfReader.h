@@ -40,8 +40,8 @@ NodeFacts NodeFactsOf(const GltfFile& file, const Json& node);
 std::string ExtrasText(const Json& value);
 // Materials and embedded pictures, and behind the file's materials the one that is meant by none.
 void AddMaterials(GltfFile& file, aiScene& scene, SceneFacts& facts, Notes& notes);
-// The states that the file, which lies at `path`, holds.
-void AddStates(const GltfFile& file, const std::string& path, SceneFacts& facts);
+// The states that the file, which lies at `path`, holds; of very many the first ones.
+void AddStates(const GltfFile& file, const std::string& path, SceneFacts& facts, Notes& notes);
 // The material of each variant for a part of a mesh; empty where none changes it.
 std::vector<unsigned> VariantsOf(const GltfFile& file, const Json& primitive);
 void NameMaterialsOfVariants(const SceneFacts& facts, aiScene& scene);

@@ -13,6 +13,8 @@ namespace engine {
 namespace {
 
 constexpr const char* kVariants = "KHR_materials_variants";
+// Each is recorded with all that the scene holds.
+constexpr std::size_t kMostStates = 1000;
 constexpr host::LONG kLargestPicture = 1 << 16;
 
 const Json& VariantNames(const Json& top) { return List(Extension(top, kVariants), "variants"); }
@@ -91,13 +93,16 @@ std::vector<unsigned> VariantsOf(const GltfFile& file, const Json& primitive) {
   return materials;
 }
 
-void AddStates(const GltfFile& file, const std::string& path, SceneFacts& facts) {
+void AddStates(const GltfFile& file, const std::string& path, SceneFacts& facts, Notes& notes) {
   const Json& variants = VariantNames(file.Top());
   const Json& ours = Member(Member(file.Top(), "extras"), "stagemarks");
   const Json& listed = ListIn(ours, "states");
-  for (std::size_t i = 0; i < SizeOf(listed); ++i)
+  const std::size_t count = SizeOf(listed) > 0 ? SizeOf(listed) : SizeOf(variants);
+  const std::size_t most = std::min(count, kMostStates);
+  notes.Count("States beyond the first ones are left out", count - most);
+  for (std::size_t i = 0; i < SizeOf(listed) && i < most; ++i)
     facts.states.push_back(StateOf(listed[i], SizeOf(variants)));
-  for (std::size_t i = 0; i < SizeOf(variants) && SizeOf(listed) == 0; ++i) {
+  for (std::size_t i = 0; SizeOf(listed) == 0 && i < most; ++i) {
     SourceState& state = facts.states.emplace_back();
     state.name = Text(variants[i], "name");
     state.variant = i;

@@ -134,7 +134,7 @@ int Session::Open(const std::string& path) {
     application_->DeliverEvents();
   }
   for (const std::string& note : importNotes_) program_.terminal.Note(note);
-  return kDone;
+  return Terminal::Interrupted() ? kInterrupted : kDone;
 }
 
 int Session::ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names) {

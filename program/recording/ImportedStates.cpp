@@ -66,7 +66,7 @@ class Recording {
     const bool hasPreviews = dialog_.IsTicked(pictures::kGeneratePreview);
     dialog_.Tick(pictures::kGeneratePreview, false);
     asItCame_ = AsItStands();
-    for (std::size_t i = 0; i < kept_.states.size(); ++i) RecordOne(i);
+    RecordAll();
     Apply(asItCame_);
     // The one that the scene shows is the current one.
     if (!current_.empty() && dialog_.Select(current_)) dialog_.Press(pictures::kLoad);
@@ -76,6 +76,20 @@ class Recording {
   }
 
  private:
+  void RecordAll() {
+    const std::size_t count = kept_.states.size();
+    for (std::size_t i = 0; i < count; ++i) {
+      const double done = static_cast<double>(i) / static_cast<double>(count);
+      if (!services_.person.Progress(done, "Recording the file's states")) {
+        result_.notes.push_back("Recording was stopped; left out are " +
+                                outcome::Counted(count - i, "state") + ".");
+        return;
+      }
+      RecordOne(i);
+    }
+    services_.person.Progress(1, "Recording the file's states");
+  }
+
   // What a state holds is recorded only where its option is on.
   void SwitchOptionsOn() {
     const auto any = [&](auto has) {

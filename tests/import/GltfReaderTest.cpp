@@ -4,7 +4,9 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "engine/import/ImportedStates.h"
 #include "engine/scene/Mesh.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/scene/PictureParameters.h"
 #include "host/Parameters.h"
 #include "tests/import/ImportSession.h"
@@ -348,6 +350,39 @@ TEST_F(GltfReader, ExtensionsThatAreNeededAreNamed) {
   EXPECT_NE(
       Refusal(Write(source)).find("it needs the extension EXT_of_nobody, which is not known here."),
       std::string::npos);
+}
+
+// States that a file claims are believed only as far as they lead to something.
+TEST_F(GltfReader, StatesComeWithWhatTheyShowAndHide) {
+  Source source;
+  Json& part = source.Mesh(kTriangle);
+  source.json["materials"] = {{{"name", "A"}}, Json::object()};
+  part["material"] = 0;
+  part["extensions"]["KHR_materials_variants"]["mappings"] = {
+      {{"material", 1}, {"variants", {1000}}}};
+  for (int i = 0; i < 1001; ++i)
+    source.json["extensions"]["KHR_materials_variants"]["variants"].push_back({{"name", "V"}});
+  Import(source);
+  EXPECT_EQ(engine::TakeImportedStates(Doc()).states.size(), 1000U);
+  EXPECT_TRUE(HasNote("States beyond the first ones are left out: 1."));
+  source.json["extras"]["stagemarks"]["states"] = {
+      {{"name", 7}, {"date", "yesterday"}, {"variant", 1000}, {"camera", 0}, {"size", {-1, "x"}}},
+      {{"variant", 4000}, {"hidden", {0, 17, "x", nullptr}}},
+      "no state"};
+  Import(source);
+  const engine::ImportedStates kept = engine::TakeImportedStates(Doc());
+  ASSERT_EQ(kept.states.size(), 3U);
+  const engine::NodeId object = engine::IdOf(*Doc().GetFirstObject());
+  const auto material = [](const engine::ImportedState& state) { return state.looks.at(0).second; };
+  EXPECT_EQ(kept.switched, std::vector{object});
+  EXPECT_EQ(kept.states[1].hidden, std::vector{object});
+  EXPECT_NE(material(kept.states[0]), material(kept.states[1]));
+  EXPECT_EQ(material(kept.states[1]), engine::IdOf(*Material("A")));
+  EXPECT_EQ(kept.states[0].name, "");
+  EXPECT_EQ(kept.states[0].camera, 0U) << "the node bears no camera";
+  EXPECT_EQ(kept.states[0].width, 0);
+  EXPECT_GT(kept.states[0].date.year, 2000) << "that of the file";
+  EXPECT_FALSE(engine::HasImportedStates(Doc()));
 }
 
 TEST_F(GltfReader, WhatIsDamagedIsSaid) {

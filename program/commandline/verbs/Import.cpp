@@ -57,9 +57,20 @@ int Collect(Session& session, const std::string& scene, Report& report) {
   return kDone;
 }
 
+// Importing anew over a scene with Stagemarks is what updating is for.
+int CheckTarget(Session& session) {
+  const int status = session.CheckTarget();
+  Program& program = session.GetProgram();
+  if (status == kFailed &&
+      session.Files().Kind(AbsolutePath(program.output)) == engine::FileKind::File)
+    program.terminal.Note("--update " + program.output +
+                          " --write brings that scene up to date instead; its Stagemarks stay.");
+  return status;
+}
+
 int Import(Program& program, const ImportChoices& choices) {
   Session session(program);
-  if (const int status = session.CheckTarget(); status != kDone) return status;
+  if (const int status = CheckTarget(session); status != kDone) return status;
   if (const int status = session.Start(); status != kDone) return status;
   if (const int status = session.Open(program.scene); status != kDone) return status;
   Report report;
