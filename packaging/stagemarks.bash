@@ -50,10 +50,11 @@ _stagemarks_offer_parts() {
 # What fits in for the word that stands for a value or a place, as the help shows it.
 _stagemarks_offer_for() {
   case "$1" in
-    SCENE) _stagemarks_offer_files 'c4d|gltf|glb|fbx|obj|dae' ;;
+    ACTION) _stagemarks_offer_words 'submit status retry cancel collect run' ;;
+    SCENE*) _stagemarks_offer_files 'c4d|gltf|glb|fbx|obj|dae' ;;
     OUT) _stagemarks_offer_files 'c4d' ;;
-    FILE|FILES) _stagemarks_offer_files 'png|tif' ;;
-    DIR) _stagemarks_offer_files '/' ;;
+    FILE|FILES) _stagemarks_offer_files 'png|tif|exr' ;;
+    DIR*) _stagemarks_offer_files '/' ;;
     STAGEMARK*|OLD) _stagemarks_offer_names ;;
   esac
 }

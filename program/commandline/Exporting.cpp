@@ -31,7 +31,7 @@ bool IsSceneFile(const std::string& path) {
   return path.size() > 4 && path.compare(path.size() - 4, 4, ".c4d") == 0;
 }
 
-void Press(Session& session, const ExportOrder& order) {
+void PressOnce(Session& session, const ExportOrder& order) {
   StagemarksDialog& dialog = session.Dialog();
   dialog.ChooseLayout(exporting::EntryOf(LayoutOf(order.layout)));
   dialog.Tick(pictures::kChangeFrameRange, order.frames.has_value());
@@ -39,6 +39,18 @@ void Press(Session& session, const ExportOrder& order) {
   session.GetProgram().terminal.ChooseNextFile(order.folder);
   dialog.Press(pictures::kGenerateScenes);
   session.App().DeliverEvents();
+}
+
+// The dialog loads what is checked one after the other, so that what a state does not hold comes
+// from the one before.
+void Press(Session& session, const ExportOrder& order, const std::vector<std::string>& names) {
+  if (!order.isolated) return PressOnce(session, order);
+  for (const std::string& name : names) {
+    if (Terminal::Interrupted()) break;
+    session.Dialog().CheckOnly({name});
+    PressOnce(session, order);
+  }
+  session.Dialog().CheckOnly(names);
 }
 
 void ShowProgress(Session& session, std::size_t scenes) {
@@ -153,7 +165,7 @@ ExportResult Export(Session& session, const ExportOrder& order) {
   const std::size_t mark = ledger.Mark();
   result.begun = true;
   ShowProgress(session, names.size());
-  Press(session, order);
+  Press(session, order, names);
   session.Files().OnWritten(nullptr);
   ReadLedger(ledger, mark, result);
   const bool whole = result.scenes.size() == names.size() && result.plan.missing.empty() &&

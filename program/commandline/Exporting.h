@@ -20,6 +20,8 @@ struct ExportOrder {
   std::string folder;              // absolute; made where it is missing, but not its parents
   std::vector<std::string> only;
   std::optional<FrameRange> frames;
+  // Each state onto the scene as it is, instead of onto the state before it.
+  bool isolated = false;
 };
 
 struct ExportResult {

@@ -20,6 +20,7 @@ constexpr std::string_view kPngBegin = "\x89PNG\r\n\x1a\n";
 constexpr std::string_view kPageBegin = "<!DOCTYPE html>";
 constexpr std::size_t kPngEnd = 12;  // bytes of its last chunk
 constexpr std::string_view kChunk = "tEXtSoftware";
+constexpr std::string_view kRecordChunk = "tEXtComment";
 
 std::string MarkText(std::string_view bytes, const std::string& maker) {
   char hash[17];
@@ -35,8 +36,8 @@ std::string BigEndian(std::uint32_t number) {
 }
 
 // Text in a chunk of its own, which programs that show pictures skip or tell.
-std::string PngChunk(const std::string& text) {
-  const std::string body = std::string(kChunk) + '\0' + text;
+std::string PngChunk(std::string_view kind, const std::string& text) {
+  const std::string body = std::string(kind) + '\0' + text;
   const auto sum =
       crc32(0, reinterpret_cast<const Bytef*>(body.data()), static_cast<uInt>(body.size()));
   return BigEndian(static_cast<std::uint32_t>(body.size() - 4)) + body +
@@ -45,6 +46,12 @@ std::string PngChunk(const std::string& text) {
 
 bool IsPng(std::string_view bytes) {
   return bytes.starts_with(kPngBegin) && bytes.size() > kPngBegin.size() + kPngEnd;
+}
+
+bool IsTiff(std::string_view bytes) { return bytes.starts_with("II*") || bytes.starts_with("MM"); }
+
+std::string BeforePngEnd(const std::string& bytes, const std::string& chunk) {
+  return bytes.substr(0, bytes.size() - kPngEnd) + chunk + bytes.substr(bytes.size() - kPngEnd);
 }
 
 // The bytes without their mark, which begins at `mark`; what stands around it depends on the kind
@@ -65,8 +72,12 @@ std::string WithMaker(const std::string& bytes, const std::string& maker) {
   const std::string mark = MarkText(bytes, maker);
   if (bytes.starts_with(kPageBegin)) return bytes + "<!-- " + mark + " -->\n";
   if (!IsPng(bytes)) return bytes + mark + "\n";
-  return bytes.substr(0, bytes.size() - kPngEnd) + PngChunk(mark) +
-         bytes.substr(bytes.size() - kPngEnd);
+  return BeforePngEnd(bytes, PngChunk(kChunk, mark));
+}
+
+std::string WithRecord(const std::string& bytes, const std::string& text) {
+  if (IsPng(bytes)) return BeforePngEnd(bytes, PngChunk(kRecordChunk, text));
+  return IsTiff(bytes) ? bytes + text + "\n" : bytes;
 }
 
 // A mark is good when marking the rest again gives the same bytes.

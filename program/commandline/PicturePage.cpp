@@ -97,14 +97,15 @@ find.addEventListener('input', update);
 sort.addEventListener('change', update);
 )js";
 
-// A file name as an address: every byte that is not plainly a letter or digit as its number (RFC 3986).
+// A file's path as an address: every byte that is not plainly a letter, digit or separator as its
+// number (RFC 3986).
 std::string Address(const std::string& file) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string address;
   for (const char letter : file) {
     const auto byte = static_cast<unsigned char>(letter);
-    const bool plain =
-        byte < 0x80 && (std::isalnum(byte) || byte == '.' || byte == '-' || byte == '_');
+    const bool plain = byte < 0x80 && (std::isalnum(byte) || byte == '.' || byte == '-' ||
+                                       byte == '_' || byte == '/');
     if (plain) {
       address += letter;
     } else {

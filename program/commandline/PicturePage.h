@@ -14,7 +14,7 @@ using pictures::Mark;
 
 struct PageEntry {
   Mark state;
-  std::string file;  // name of the picture, in the folder of the page
+  std::string file;  // path of the picture, from the folder of the page
   std::uint32_t width = 0;
   std::uint32_t height = 0;
 };

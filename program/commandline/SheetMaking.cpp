@@ -10,15 +10,18 @@ namespace {
 
 constexpr PictureSize kPageBox{960, 720};
 constexpr const char* kPageFile = "index.html";
-// Makers: a sheet does not replace a picture of a page.
+constexpr const char* kPictureFolder = "pictures";
+// Makers: a sheet does not replace a picture of a page, and neither of them one of `render`.
 constexpr const char* kSheet = "sheet";
 constexpr const char* kPage = "page";
 
 namespace fs = std::filesystem;
 
-bool IsSameFolder(const fs::path& one, const fs::path& other) {
-  std::error_code error;
-  return fs::weakly_canonical(one / "", error) == fs::weakly_canonical(other / "", error);
+// Where a sheet or page keeps its own pictures; empty where it needs none.
+std::string KeptFolder(const SheetOrder& order) {
+  if (!order.folder.empty()) return order.folder + "/" + kPictureFolder;
+  return order.resume ? fs::path(order.sheet).replace_extension().string() + " " + kPictureFolder
+                      : "";
 }
 
 }  // namespace
@@ -27,12 +30,14 @@ int SheetMaking::Run(Report& report) {
   int status = kDone;
   for (const auto step :
        {&SheetMaking::Choose, &SheetMaking::NamePictures, &SheetMaking::CheckPlaces,
-        &SheetMaking::MakeFolders, &SheetMaking::LayOut, &SheetMaking::RenderAll}) {
+        &SheetMaking::MakeFolders, &SheetMaking::LayOut, &SheetMaking::MakeAll}) {
     if (status == kDone) status = (this->*step)();
   }
   if (status == kDone) status = Write(report);
   if (status == kInterrupted)
-    session_.GetProgram().terminal.Error("Interrupted; no sheet was written.");
+    session_.GetProgram().terminal.Error(
+        "Interrupted; no sheet was written." +
+        std::string(order_.resume ? " The same call takes up with what is missing." : ""));
   return status;
 }
 
@@ -46,15 +51,13 @@ int SheetMaking::Choose() {
   return pictures_.Choose(order_.states);
 }
 
-// A sheet in the folder of the page has its name first.
 int SheetMaking::NamePictures() {
-  if (order_.folder.empty()) return kDone;
-  const fs::path sheet = order_.sheet;
-  if (!order_.sheet.empty() && IsSameFolder(sheet.parent_path(), order_.folder))
-    files_.insert(FoldedCase(sheet.filename()));
+  kept_ = KeptFolder(order_);
   for (const Mark& state : pictures_.States()) {
-    entries_.push_back(
-        {state, FreeName(pictures_.AsItIs() ? pictures::kAsItIs : state.name), 0, 0});
+    Planned planned;
+    const std::string name = pictures_.AsItIs() ? pictures::kAsItIs : state.name;
+    if (!kept_.empty()) planned.file = kept_ + "/" + FreeName(name);
+    plan_.push_back(std::move(planned));
   }
   return kDone;
 }
@@ -64,15 +67,17 @@ int SheetMaking::CheckPlaces() {
     if (const int status = session_.CheckReplacing({order_.sheet}, kSheet); status != kDone)
       return status;
   }
-  if (order_.folder.empty()) return kDone;
-  std::vector<std::string> paths{order_.folder + "/" + kPageFile};
-  for (const PageEntry& entry : entries_) paths.push_back(order_.folder + "/" + entry.file);
+  std::vector<std::string> paths;
+  if (!order_.folder.empty()) paths.push_back(order_.folder + "/" + kPageFile);
+  for (const Planned& planned : plan_) {
+    if (!planned.file.empty()) paths.push_back(planned.file);
+  }
   return session_.CheckReplacing(paths, kPage);
 }
 
 int SheetMaking::MakeFolders() {
   for (const std::string& folder :
-       {order_.folder, std::filesystem::path(order_.sheet).parent_path().string()}) {
+       {order_.folder, kept_, std::filesystem::path(order_.sheet).parent_path().string()}) {
     if (folder.empty()) continue;
     if (const auto made = session_.Files().MakeFolders(folder); !made) return Fail(made.Message());
   }
@@ -80,47 +85,95 @@ int SheetMaking::MakeFolders() {
 }
 
 int SheetMaking::LayOut() {
-  for (const Mark& state : pictures_.States()) {
+  const pictures::SceneHashes hashes(session_.Document(), session_.Files());
+  settings_ = {SettingsHash(PictureKind::Png), SettingsHash(PictureKind::Tiff)};
+  std::vector<PictureSize> sizes;
+  for (std::size_t i = 0; i < plan_.size(); ++i) {
     if (Terminal::Interrupted()) return kInterrupted;
-    if (const int status = pictures_.Recall(state); status != kDone) return status;
-    sizes_.push_back(pictures_.Size());
-  }
-  subtitle_ = pictures::SheetSubtitle(pictures_.AsItIs() ? 0 : pictures_.States().size());
-  if (order_.sheet.empty()) return kDone;
-  auto sheet = pictures::ContactSheet::Make(session_.Files(), sizes_, title_, subtitle_);
-  if (!sheet) return Fail(sheet.Message());
-  sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
-  return kDone;
-}
-
-int SheetMaking::RenderAll() {
-  for (std::size_t i = 0; i < sizes_.size(); ++i) {
-    Mark state = pictures_.States()[i];
-    int status = pictures_.Recall(state);
-    if (pictures_.AsItIs()) state.name = pictures::kAsItIs;
-    if (status == kDone && sheet_) status = AddToSheet(i, state);
-    if (status == kDone && !order_.folder.empty()) status = AddToPage(i, state);
+    const int status = pictures_.InState(pictures_.States()[i], [&] {
+      plan_[i].own = pictures_.Size();
+      plan_[i].record = {hashes.Scene(), hashes.State(), settings_[0], {}, 0, STAGEMARKS_VERSION};
+      return kDone;
+    });
     if (status != kDone) return status;
+    sizes.push_back(plan_[i].own);
+  }
+  subtitle_ = pictures::SheetSubtitle(pictures_.AsItIs() ? 0 : plan_.size());
+  if (!order_.sheet.empty()) {
+    auto sheet =
+        pictures::ContactSheet::Make(session_.Files(), sizes, title_, subtitle_, order_.size);
+    if (!sheet) return Fail(sheet.Message());
+    sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
+  }
+  const PictureSize box = order_.size             ? *order_.size
+                          : order_.folder.empty() ? sheet_->Box()
+                                                  : kPageBox;
+  for (Planned& planned : plan_) {
+    planned.size = FittedInto(planned.own, box);
+    planned.record.size = planned.size;
+  }
+  finished_.LookIn(fs::path(order_.sheet.empty() ? order_.folder : order_.sheet).parent_path());
+  for (const std::string& folder : order_.from) finished_.LookIn(folder);
+  return kDone;
+}
+
+int SheetMaking::MakeAll() {
+  for (std::size_t i = 0; i < plan_.size(); ++i) {
+    if (Terminal::Interrupted()) return kInterrupted;
+    if (const int status = MakeOne(i); status != kDone) return status;
+    session_.GetProgram().terminal.Step(i + 1, plan_.size(), "Making the sheet");
   }
   return kDone;
 }
 
-int SheetMaking::AddToSheet(std::size_t index, const Mark& state) {
+int SheetMaking::MakeOne(std::size_t index) {
+  Mark state = pictures_.States()[index];
+  if (pictures_.AsItIs()) state.name = pictures::kAsItIs;
+  const Planned& planned = plan_[index];
   engine::Image picture;
-  const int status = pictures_.Render(FittedInto(sizes_[index], sheet_->Box()),
-                                      {index, sizes_.size()}, state.name, &picture);
-  if (status == kDone) sheet_->Place(index, picture, state);
-  return status;
+  if (const int status = Obtain(index, state.name, &picture); status != kDone) return status;
+  if (!order_.folder.empty())
+    entries_.push_back(
+        {state, std::string(kPictureFolder) + "/" + fs::path(planned.file).filename().string(),
+         planned.size.width, planned.size.height});
+  if (!sheet_) return kDone;
+  const PictureSize cell = FittedInto(planned.own, sheet_->Box());
+  sheet_->Place(index, engine::ScaledDown(picture, cell.width, cell.height), state);
+  return kDone;
 }
 
-int SheetMaking::AddToPage(std::size_t index, const Mark& state) {
-  const PictureSize size = FittedInto(sizes_[index], kPageBox);
-  engine::Image picture;
-  const int status = pictures_.Render(size, {index, sizes_.size()}, state.name, &picture);
-  if (status != kDone) return status;
-  PageEntry& entry = entries_[index];
-  entry = {state, entry.file, size.width, size.height};
-  return pictures_.Save(picture, order_.folder + "/" + entry.file, kPage);
+// The picture kept before, a finished one, or a new one.
+int SheetMaking::Obtain(std::size_t index, const std::string& name, engine::Image* picture) {
+  const Planned& planned = plan_[index];
+  if (order_.resume && TakeKept(planned, picture)) {
+    ++taken_;
+    return kDone;
+  }
+  auto found = finished_.Find(planned.record, settings_, planned.size);
+  taken_ += found ? 1 : 0;
+  int status = kDone;
+  if (found) {
+    *picture = std::move(*found);
+  } else {
+    status = pictures_.InState(pictures_.States()[index], [&] {
+      return pictures_.Render(planned.size, {index, plan_.size()}, name, picture);
+    });
+  }
+  return status != kDone || planned.file.empty()
+             ? status
+             : pictures_.Save(*picture, planned.file, kPage, &planned.record);
+}
+
+bool SheetMaking::TakeKept(const Planned& planned, engine::Image* picture) {
+  engine::FileSystem& files = session_.Files();
+  if (planned.file.empty() || files.Kind(planned.file) != engine::FileKind::File) return false;
+  const auto bytes = files.ReadFile(planned.file, engine::kLargestImageBytes);
+  if (!bytes || MakerOf(bytes.Value()) != kPage) return false;
+  const auto record = pictures::FindRecord(bytes.Value());
+  auto image = record && *record == planned.record ? engine::DecodeImage(bytes.Value())
+                                                   : engine::Result<engine::Image>::Failure("");
+  if (image) *picture = image.Take();
+  return image.Ok();
 }
 
 // Two names may become one once they are safe for files: the later ones get a number.
@@ -134,9 +187,13 @@ std::string SheetMaking::FreeName(const std::string& name) {
 }
 
 int SheetMaking::Write(Report& report) {
-  report.Put("states", pictures_.AsItIs() ? 0 : sizes_.size());
+  report.Put("states", pictures_.AsItIs() ? 0 : plan_.size());
+  report.Put("finishedPictures", taken_);
   report.Put("sheet", JsonValue());
   report.Put("page", JsonValue());
+  if (taken_ > 0)
+    report.Line("Used " + Counted(taken_, "finished picture") + ", rendered " +
+                std::to_string(plan_.size() - taken_) + ".");
   if (sheet_) {
     if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet, kSheet); status != kDone)
       return status;

@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "engine/render/Renderer.h"
+#include "engine/undo/Undo.h"
 #include "host/Host.h"
 #include "program/commandline/FileOrigin.h"
 #include "program/pictures/DialogLabels.h"
@@ -21,6 +22,19 @@ constexpr std::uint64_t kBytesPerPixel = 16;
 
 const host::BaseContainer& ActiveSettings(const host::BaseDocument& doc) {
   return *doc.GetActiveRenderData()->GetDataInstance();
+}
+
+// "month/day/year hour:minute", the year mostly without its century, as "year-month-day"; what is
+// no such date stays.
+std::string SortableDate(const std::string& shown) {
+  int month = 0;
+  int day = 0;
+  int year = 0;
+  if (std::sscanf(shown.c_str(), "%2d/%2d/%4d", &month, &day, &year) != 3)
+    return shown.empty() ? "no date" : shown;
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d", year < 100 ? 2000 + year : year, month, day);
+  return text;
 }
 
 }  // namespace
@@ -44,6 +58,7 @@ std::string SizeText(const PictureSize& size) {
 }
 
 int StatePictures::Fail(const std::string& why) {
+  lastFailure_ = why;
   session_.GetProgram().terminal.Error(why);
   return kFailed;
 }
@@ -68,6 +83,14 @@ int StatePictures::Recall(const Mark& state) {
   return kDone;
 }
 
+int StatePictures::InState(const Mark& state, const std::function<int()>& look) {
+  engine::UndoScope step(session_.Document(), "Load " + state.name);
+  int status = Recall(state);
+  if (status == kDone) status = look();
+  step.Cancel();
+  return status;
+}
+
 PictureSize StatePictures::Size() const { return pictures::SizeOf(session_.Document()); }
 
 PictureFacts StatePictures::Facts(const Mark& state) const {
@@ -77,6 +100,7 @@ PictureFacts StatePictures::Facts(const Mark& state) const {
   PictureFacts facts;
   facts.scene = SceneName(doc);
   facts.state = asItIs_ ? "as it is" : state.name;
+  facts.date = SortableDate(state.date);
   facts.camera = camera ? camera->GetName().ToUtf8() : "Editor camera";
   facts.frame =
       settings.GetTime(host::RDATA_FRAMEFROM).GetFrame(settings.GetLong(host::RDATA_FRAMERATE, 30));
@@ -85,11 +109,37 @@ PictureFacts StatePictures::Facts(const Mark& state) const {
 
 int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, const std::string& name,
                           engine::Image* picture) {
+  return RenderAs(false, size, turn, name, picture);
+}
+
+int StatePictures::Probe(const PictureSize& size, engine::Image* picture) {
+  engine::PictureSetup setup;
+  setup.width = size.width;
+  setup.height = size.height;
+  setup.threads = threads_;
+  auto begun = PictureInProgress::Begin(session_.Document(), session_.Files(), setup,
+                                        engine::RenderCaches::Shared());
+  const auto goesOn = [](double) { return !Terminal::Interrupted(); };
+  while (begun && !begun.Value()->IsFinished()) {
+    if (!begun.Value()->Refine(goesOn)) return kInterrupted;
+  }
+  if (begun && picture) *picture = begun.Value()->Current();
+  return begun ? kDone : kFailed;
+}
+
+int StatePictures::RenderLight(const PictureSize& size, const PictureTurn& turn,
+                               const std::string& name, engine::Image* picture) {
+  return RenderAs(true, size, turn, name, picture);
+}
+
+int StatePictures::RenderAs(bool isLinear, const PictureSize& size, const PictureTurn& turn,
+                            const std::string& name, engine::Image* picture) {
   Terminal& terminal = session_.GetProgram().terminal;
   engine::PictureSetup setup;
   setup.width = size.width;
   setup.height = size.height;
   setup.threads = threads_;
+  setup.isLinear = isLinear;
   auto begun = PictureInProgress::Begin(session_.Document(), session_.Files(), setup,
                                         engine::RenderCaches::Shared());
   if (!begun) return Fail("\"" + name + "\" was not rendered: " + begun.Message());
@@ -107,15 +157,20 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   while (!begun.Value()->IsFinished()) {
     if (!begun.Value()->Refine(progress)) return kInterrupted;
   }
-  *picture = begun.Value()->Current();
+  *picture = isLinear ? begun.Value()->Light() : begun.Value()->Current();
   return kDone;
 }
 
 int StatePictures::Save(const engine::Image& picture, const std::string& path,
-                        const std::string& maker) {
-  const Result<std::string> bytes = pictures::EncodePicture(picture, path);
-  if (!bytes) return Fail("\"" + path + "\" was not written: " + bytes.Message());
-  const Status written = session_.Files().ReplaceFile(path, WithMaker(bytes.Value(), maker));
+                        const std::string& maker, const PictureRecord* record,
+                        std::uint64_t* bytes) {
+  const std::string made = record ? RecordAsText(*record) : "";
+  Result<std::string> file = pictures::EncodePicture(picture, path, made);
+  if (!file) return Fail("\"" + path + "\" was not written: " + file.Message());
+  const std::string marked =
+      WithMaker(record ? WithRecord(file.Value(), made) : file.Value(), maker);
+  if (bytes) *bytes = marked.size();
+  const Status written = session_.Files().ReplaceFile(path, marked);
   return written ? kDone : Fail(written.Message());
 }
 

@@ -3,12 +3,14 @@
 // not own. What fails is said on the terminal and answered as an exit status. Main thread.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "engine/render/Image.h"
 #include "program/commandline/Session.h"
 #include "program/pictures/PictureNames.h"
+#include "program/pictures/PictureRecord.h"
 #include "program/pictures/PictureSize.h"
 #include "program/pictures/SaidNotes.h"
 
@@ -19,8 +21,11 @@ using pictures::FillPattern;
 using pictures::FindClash;
 using pictures::FittedInto;
 using pictures::FoldedCase;
-using pictures::IsTiffName;
+using pictures::HasPlaceholder;
+using pictures::KindOfName;
 using pictures::PictureFacts;
+using pictures::PictureKind;
+using pictures::PictureRecord;
 using pictures::PictureSize;
 using pictures::SafeFileName;
 using pictures::SceneName;
@@ -47,8 +52,11 @@ class StatePictures {
   const std::vector<Mark>& States() const { return states_; }
   bool AsItIs() const { return asItIs_; }
 
-  // Brings the scene into the state.
+  // Brings the scene into the state; the next one would be loaded onto it.
   int Recall(const Mark& state);
+  // Does something with the scene in the state and takes the state back, so that what comes next
+  // finds the scene as it was opened. Answers what `look` does.
+  int InState(const Mark& state, const std::function<int()>& look);
   // Of the scene as it stands: size by the active render settings, names for files.
   PictureSize Size() const;
   PictureFacts Facts(const Mark& state) const;
@@ -56,17 +64,30 @@ class StatePictures {
   // kInterrupted after Ctrl-C.
   int Render(const PictureSize& size, const PictureTurn& turn, const std::string& name,
              engine::Image* picture);
-  // Writes it whole or not at all; TIFF or PNG by the suffix. It tells that `maker` made it.
-  int Save(const engine::Image& picture, const std::string& path, const std::string& maker);
+  // The same of a picture that nobody gets to see, without progress and notes; `picture` may be
+  // null.
+  int Probe(const PictureSize& size, engine::Image* picture);
+  // As Render, but floats, for a file that holds all the light.
+  int RenderLight(const PictureSize& size, const PictureTurn& turn, const std::string& name,
+                  engine::Image* picture);
+  // Writes it whole or not at all, as the suffix says. It tells that `maker` made it and, with a
+  // record, from what. `*bytes` learns how long it is.
+  int Save(const engine::Image& picture, const std::string& path, const std::string& maker,
+           const PictureRecord* record = nullptr, std::uint64_t* bytes = nullptr);
+  // Why the last Render or Save failed, without an end of the program's own making.
+  const std::string& LastFailure() const { return lastFailure_; }
 
  private:
   int Fail(const std::string& why);
+  int RenderAs(bool isLinear, const PictureSize& size, const PictureTurn& turn,
+               const std::string& name, engine::Image* picture);
 
   Session& session_;
   unsigned threads_;
   pictures::SaidNotes said_;
   bool asItIs_ = false;
   std::vector<Mark> states_;
+  std::string lastFailure_;
 };
 
 }  // namespace commandline

@@ -68,8 +68,9 @@ std::size_t Terminal::ColumnsForTable() {
 
 void Terminal::Tell(const std::string& text) {
   EndProgressLine();
+  const bool isSaid = !told_.empty() && told_.back() == text;
   told_.push_back(text);
-  if (!choices_.quiet) std::cerr << Readable(text) << '\n';
+  if (!choices_.quiet && !isSaid) std::cerr << Readable(text) << '\n';
 }
 
 bool Terminal::Ask(const std::string& text) {
@@ -125,6 +126,13 @@ bool Terminal::Progress(double fraction, const std::string& what) {
     if (percent >= 100) EndProgressLine();
   }
   return !Interrupted();
+}
+
+void Terminal::Step(std::size_t done, std::size_t count, const std::string& what) {
+  if (choices_.quiet || isatty(STDERR_FILENO) || count < 2 || done == 0) return;
+  const std::size_t tenths = std::min<std::size_t>(10, count);
+  if (done * tenths / count == (done - 1) * tenths / count) return;
+  std::cerr << what << ": " << done << " of " << count << " (" << done * 100 / count << " %)\n";
 }
 
 void Terminal::EndProgressLine() {

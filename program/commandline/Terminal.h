@@ -31,6 +31,10 @@ class Terminal : public engine::Person {
   void ClearStatus() override;
   bool Progress(double fraction, const std::string& what) override;
 
+  // The same in lines, for a protocol where there is no terminal: one for each of few steps, and
+  // for each tenth of many.
+  void Step(std::size_t done, std::size_t count, const std::string& what);
+
   // What ChooseFile answers next: the verbs know the folder before the dialog asks for it.
   void ChooseNextFile(const std::string& path) { nextFile_ = path; }
   // How many questions were answered with no so far.

@@ -96,26 +96,30 @@ double CommonShape(const std::vector<PictureSize>& sizes) {
   return std::clamp(shape, 0.6, 2.4);
 }
 
-// The layout for so many cells, closest to the shape of a screen, for pictures that are `shape`
-// wide when 1 high.
-Result<SheetLayout> LayOutSheet(std::size_t count, double shape) {
-  count = std::max<std::size_t>(1, count);
+// The box of each of so many pictures that are `shape` wide when 1 high.
+PictureSize UsualBox(std::size_t count, double shape) {
   const auto& [most, width] = *std::find_if(std::begin(kWidths), std::end(kWidths) - 1,
                                             [&](auto& row) { return count <= row.first; });
-  const int height = static_cast<int>(width / shape);
+  return {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(width / shape)};
+}
+
+// The layout for so many cells, closest to the shape of a screen.
+Result<SheetLayout> LayOutSheet(std::size_t count, const PictureSize& box) {
+  const auto width = static_cast<int>(box.width);
+  const auto height = static_cast<int>(box.height);
   std::size_t columns = 1;
   for (std::size_t c = 2; c <= std::min<std::size_t>(count, 64); ++c) {
     if (Fault(count, c, width, height) < Fault(count, columns, width, height)) columns = c;
   }
   const std::size_t rows = (count + columns - 1) / columns;
-  SheetLayout layout{
-      columns, rows, {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)}, {}};
+  SheetLayout layout{columns, rows, box, {}};
   layout.sheet = {static_cast<std::uint32_t>(Width(columns, width)),
                   static_cast<std::uint32_t>(Height(rows, height))};
   if (!engine::CheckImageSize(layout.sheet.width, layout.sheet.height, 4)) {
     return Result<SheetLayout>::Failure(std::to_string(count) +
-                                        " states are too many for one sheet. Choose some of them, "
-                                        "or make a page for a browser instead.");
+                                        " states are too many for one sheet. Choose some of them "
+                                        "or smaller pictures, or make a page for a browser "
+                                        "instead.");
   }
   return layout;
 }
@@ -129,8 +133,10 @@ std::string SheetSubtitle(std::size_t states) {
 
 Result<ContactSheet> ContactSheet::Make(engine::FileSystem& files,
                                         const std::vector<PictureSize>& sizes,
-                                        const std::string& title, const std::string& subtitle) {
-  const auto layout = LayOutSheet(sizes.size(), CommonShape(sizes));
+                                        const std::string& title, const std::string& subtitle,
+                                        const std::optional<PictureSize>& box) {
+  const std::size_t count = std::max<std::size_t>(1, sizes.size());
+  const auto layout = LayOutSheet(count, box ? *box : UsualBox(count, CommonShape(sizes)));
   if (!layout) return layout.GetStatus();
   auto regular = Font::Load(files, Font::Weight::Regular);
   if (!regular) return regular.GetStatus();

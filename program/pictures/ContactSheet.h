@@ -3,6 +3,7 @@
 // that no more than one state's picture is in memory besides it. One thread at a time.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,10 +30,12 @@ class ContactSheet {
  public:
   // A sheet with the heading drawn and a cell for each picture, these being the sizes that the
   // pictures have by themselves. Its shape is close to that of a screen. Fails when it would be
-  // larger than an image may be, and when there is no font.
+  // larger than an image may be, and when there is no font. `box`: what each picture fits into,
+  // instead of one that suits their number.
   static engine::Result<ContactSheet> Make(engine::FileSystem& files,
                                            const std::vector<PictureSize>& sizes,
-                                           const std::string& title, const std::string& subtitle);
+                                           const std::string& title, const std::string& subtitle,
+                                           const std::optional<PictureSize>& box = {});
 
   // What each cell's picture fits into.
   const PictureSize& Box() const { return layout_.box; }

@@ -54,7 +54,7 @@ TEST_F(CommandLine, SignalsStopTheWorkAndLeaveNothing) {
       {"render", Scene("spider.c4d"), "--state", "Day", "--size", "600x600", "-o", Scene("p.png")},
       {{"100 %", "\x03"}});
   const std::string left = tests::Names(folder_.Path());
-  EXPECT_EQ(left, late.status == 130 ? "spider.c4d" : "p.png spider.c4d")
+  EXPECT_EQ(left, late.status == 130 ? "spider.c4d" : "p.png pictures.jsonl spider.c4d")
       << late.status << late.out;
 }
 

@@ -54,7 +54,8 @@ class Pictures : public testing::Test {
     if (!fs::exists(Place(""))) return names;
     std::vector<std::string> all;
     for (const auto& entry : fs::recursive_directory_iterator(Place(""))) {
-      if (!entry.is_directory()) all.push_back(fs::relative(entry.path(), Place("")));
+      const std::string name = fs::relative(entry.path(), Place(""));
+      if (!entry.is_directory() && entry.path().filename() != "pictures.jsonl") all.push_back(name);
     }
     std::sort(all.begin(), all.end());
     for (const std::string& name : all) names += (names.empty() ? "" : " | ") + name;
@@ -88,7 +89,8 @@ TEST_F(Pictures, NamesFollowThePatternAndStayInTheFolder) {
       {"{scene} {state}.tif", "shot Day.tif | shot _._.._up.tif"},
       {"{state}/{frame}.PNG", "Day/0000.PNG | _._.._up/0000.PNG"},
       {"{camera}-{state}{state}.tiff", "Camera-DayDay.tiff | Camera-_._.._up_._.._up.tiff"},
-      {"{state} }.png", "Day }.png | _._.._up }.png"},
+      {"{state} {{{size}}}.png", "Day {8x6}.png | _._.._up {8x6}.png"},
+      {"{index:03} {frame:02}{state:safe}.exr", "001 00_._.._up.exr | 002 00Day.exr"},
   };
   for (const auto& row : kRows) {
     Out({"render", scene, "-o", Place(row.pattern), "--size", "8x6"});
@@ -161,32 +163,6 @@ TEST_F(Pictures, TwoOfOneNameAreRefusedBeforeAnyIsRendered) {
   }
 }
 
-TEST_F(Pictures, ResumeRendersWhatIsMissing) {
-  const std::string scene = Scene({"A", "B", "C", "D"});
-  const std::vector<std::string> call{"render", scene, "-o", Place("{state}.png"), "--json"};
-  Out(call);
-  const std::string a = tests::ReadText(Place("A.png"));
-  const std::string b = tests::ReadText(Place("B.png"));
-  fs::remove(Place("A.png"));
-  tests::WriteText(Place("B.png"), b.substr(0, b.size() / 2));
-  Out({"render", scene, "--state", "C", "-o", Place("C.png"), "--size", "20x20"});
-  tests::WriteText(Place("D.png"), a);  // whole, so kept whatever it shows
-  std::vector<std::string> again = call;
-  again.push_back("--resume");
-  EXPECT_EQ(Call(again).status, 1) << "a broken picture may be another program's";
-  again.push_back("--force");
-  std::string results;
-  const json answer = json::parse(Out(again));
-  for (const json& picture : answer["pictures"])
-    results += picture["result"].get<std::string>() + " ";
-  EXPECT_EQ(results, "rendered rendered rendered there ");
-  EXPECT_EQ(tests::ReadText(Place("A.png")), a);
-  EXPECT_EQ(tests::ReadText(Place("B.png")), b);
-  EXPECT_EQ(tests::ReadText(Place("D.png")), a);
-  Out(call);
-  EXPECT_EQ(tests::ReadText(Place("D.png")), b) << "without --resume every picture is made anew";
-}
-
 TEST_F(Pictures, ImpossibleCallsAreRefused) {
   const std::string scene = Scene({"Evening"});
   tests::WriteText(folder_ / "file", "a file");
@@ -207,7 +183,16 @@ TEST_F(Pictures, ImpossibleCallsAreRefused) {
       {{"--state", "Evenin"}, 2, "Did you mean \"Evening\"?"},
       {{"--state", "Evening", "--all"}, 2, "--all"},
       {{"-o", "{mood}.png"}, 2, "{mood} is no placeholder"},
-      {{"-o", "{ {state}}.png"}, 2, "{ {state} is no placeholder"},
+      {{"-o", "{ {state}.png"}, 2, "{ {state} is no placeholder"},
+      {{"-o", "{state} }.png"}, 2, "has a } without its {"},
+      {{"-o", "{state:big}.png"}, 2, "{state:big} is no placeholder"},
+      {{"-o", "{index:3}.png"}, 2, "{index:3} is no placeholder"},
+      {{"-o", "{frame:}.png"}, 2, "{frame:} is no placeholder"},
+      {{"-o", "{state}.png", "--format", "exr"}, 2, "another format"},
+      {{"--format", "gif"}, 2, "--format"},
+      {{"--frames", "9:3"}, 2, "no frame range"},
+      {{"--frames", "0:9", "-o", "{state}.png"}, 2, "Put {frame} into the pattern"},
+      {{"--size", "8x6", "9x6", "-o", "{state}.png"}, 2, "Put {size} into the pattern"},
       {{"-o", "{state.png"}, 2, "has a { without its }"},
       {{"-o", "{scene} {state.png"}, 2, "\"{state.png\" has a { without its }"},
       {{"-o", "{state}"}, 2, "must end in .png or .tif"},
@@ -324,9 +309,9 @@ TEST_F(Pictures, ThePageNeedsNothingButWhatLiesBesideIt) {
   EXPECT_NE(page.find("&lt;script&gt;alert(1)&lt;/script&gt; &amp; &quot;x&#39;"),
             std::string::npos);
   EXPECT_EQ(page.find("http"), std::string::npos);
-  EXPECT_EQ(
-      Written(),
-      "50% #1_.png | A_B.png | _script_alert(1)__script_ & _x'.png | a_b (2).png | index.html");
+  EXPECT_EQ(Written(),
+            "index.html | pictures/50% #1_.png | pictures/A_B.png | "
+            "pictures/_script_alert(1)__script_ & _x'.png | pictures/a_b (2).png");
   const std::vector<std::string> pictures = Matches(page, "src=\"([^\"]*)\"");
   for (const std::string& address : pictures) {
     std::string file;

@@ -66,7 +66,9 @@ TEST_F(Saving, OnlyWhatACommandMadeItselfIsReplacedWithoutForce) {
        Scene("p.tif"),
        true},
       {{"sheet", scene, "--state", "Day", "-o", Scene("p.png")}, Scene("p.png"), true},
-      {{"sheet", scene, "--state", "Day", "--html", Scene("page")}, Scene("page/Day.png"), true},
+      {{"sheet", scene, "--state", "Day", "--html", Scene("page")},
+       Scene("page/pictures/Day.png"),
+       true},
       {{"sheet", scene, "--state", "Day", "--html", Scene("page")}, Scene("page/index.html"), true},
       {{"export", scene, "--only", "Day", "--layout", "file", "--to", Scene("ex")},
        Scene("ex/spider Day.c4d"),
@@ -144,9 +146,9 @@ TEST_F(Saving, ARefusedSaveLeavesNothing) {
 TEST_F(Saving, TheSheetAndThePageShareAFolder) {
   const std::string scene = Staged();
   Out({"sheet", scene, "-o", Scene("page/Day.png"), "--html", Scene("page")});
-  EXPECT_EQ(tests::Names(Scene("page")), "Day (2).png Day.png Night.png index.html");
-  EXPECT_NE(ReadText(Scene("page/index.html")).find("Day%20%282%29.png"), std::string::npos);
-  EXPECT_EQ(Call({"sheet", scene, "-o", Scene("page/Night.png")}).status, 1)
+  EXPECT_EQ(Files("page"), "Day.png | index.html | pictures/Day.png | pictures/Night.png");
+  EXPECT_NE(ReadText(Scene("page/index.html")).find("pictures/Day.png"), std::string::npos);
+  EXPECT_EQ(Call({"sheet", scene, "-o", Scene("page/pictures/Night.png")}).status, 1)
       << "a picture of the page is no sheet";
 }
 

@@ -91,6 +91,10 @@ void AddExport(Arguments& arguments, Program& program) {
   AddForce(verb, program);
   verb.Add("--frames", choices->frames, "Give every file this frame range, as 0:90")
       .Word("FROM:TO");
+  verb.AddFlag(
+      "--isolated", choices->order.isolated,
+      "Load each Stagemark onto the scene as it is, not onto the one before it, so that no "
+      "file depends on which others are exported");
   verb.AddFlag("-y,--yes", program.yes, "Answer every question with yes");
   verb.Footer(
       "Scene files of the same names are replaced with --force only, their textures always. The "

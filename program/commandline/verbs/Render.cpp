@@ -1,31 +1,24 @@
 #include <filesystem>
 #include <iostream>
+#include <memory>
+#include <set>
 
 #include "program/commandline/Arguments.h"
-#include "program/commandline/StatePictures.h"
+#include "program/commandline/PictureWork.h"
+#include "program/export/ExportPlan.h"
 
 namespace commandline {
 
 namespace {
 
-constexpr const char* kPattern = "{scene} {state}.png";
-constexpr const char* kPatternAsItIs = "{scene}.png";
+constexpr std::size_t kMostPicturesShown = 40;
 
 struct RenderOptions {
-  std::vector<std::string> states;
+  PictureOrder order;
   bool all = false;
-  std::string size;
   unsigned jobs = 0;
   bool resume = false;
-};
-
-struct PlannedPicture {
-  Mark state;
-  std::string name;  // for messages
-  std::string path;
-  PictureSize size;
-  bool isThere = false;
-  bool isRendered = false;
+  bool dryRun = false;
 };
 
 // Carries out one call of `render`: first everything is planned and checked, then rendered picture
@@ -36,103 +29,53 @@ class RenderVerb {
       : program_(program),
         options_(options),
         session_(program),
-        pictures_(session_, options.jobs) {}
+        pictures_(session_, options.jobs),
+        plan_(session_, pictures_, options.order) {}
 
   int Run() {
-    int status = CheckOptions();
-    for (const auto step : {&RenderVerb::Open, &RenderVerb::Plan, &RenderVerb::CheckNames,
-                            &RenderVerb::CheckPlaces, &RenderVerb::MakeFolders}) {
+    int status = plan_.CheckOrder();
+    for (const auto step : {&RenderVerb::Open, &RenderVerb::Plan, &RenderVerb::CheckPlaces}) {
       if (status == kDone) status = (this->*step)();
     }
     if (status != kDone) return status;
-    PrintPlan();
-    status = RenderAll();
+    TellPlan();
+    if (options_.dryRun) return PrintDryRun();
+    if (status = MakeFolders(); status != kDone) return status;
+    status = work_->Do(plan_.Pictures());
     PrintResult(status);
     return status == kDone ? session_.CheckLedger() : status;
   }
 
  private:
-  int Refuse(const std::string& why) {
-    program_.terminal.Error(why);
-    return kUsage;
-  }
-
-  int CheckOptions() {
-    if (!options_.size.empty()) {
-      const auto size = ParsePictureSize(options_.size);
-      if (!size) return Refuse(size.Message());
-      size_ = size.Value();
-    }
-    if (program_.output.empty()) return kDone;
-    const engine::Status pattern = CheckPattern(program_.output);
-    return pattern ? kDone : Refuse(pattern.Message());
-  }
-
+  // -o names pictures, not the scene, which is only read.
   int Open() {
     int status = session_.StartWithScene();
-    if (status == kDone) status = pictures_.Choose(options_.states);
-    return status == kDone ? session_.CheckTextures(result_) : status;
+    if (status == kDone) status = pictures_.Choose(options_.order.states);
+    return status == kDone ? plan_.CheckScene(result_) : status;
   }
 
-  // Names and sizes may differ from state to state, so each is recalled before any is rendered.
   int Plan() {
-    const std::string usual = pictures_.AsItIs() ? kPatternAsItIs : kPattern;
-    const std::string& pattern = program_.output.empty() ? usual : program_.output;
-    for (const Mark& state : pictures_.States()) {
-      if (Terminal::Interrupted()) return kInterrupted;
-      if (const int status = pictures_.Recall(state); status != kDone) return status;
-      const PictureFacts facts = pictures_.Facts(state);
-      const PictureSize size = size_.width > 0 ? size_ : pictures_.Size();
-      if (const auto fits = engine::CheckImageSize(size.width, size.height, 16); !fits) {
-        program_.terminal.Error("\"" + facts.state + "\": " + fits.Message() +
-                                " Give another size with --size.");
-        return kFailed;
-      }
-      plan_.push_back({state, facts.state, AbsolutePath(FillPattern(pattern, facts)), size});
-    }
-    return kDone;
-  }
-
-  int CheckNames() {
-    std::vector<std::string> paths;
-    for (const PlannedPicture& picture : plan_) paths.push_back(picture.path);
-    if (const auto clash = FindClash(paths)) {
-      return Refuse("\"" + plan_[clash->first].name + "\" and \"" + plan_[clash->second].name +
-                    "\" would be written to " +
-                    WhyOneFile(paths[clash->first], paths[clash->second]) +
-                    " Nothing was rendered.");
-    }
-    return kDone;
-  }
-
-  std::string WhyOneFile(const std::string& one, const std::string& other) const {
-    const bool hasState =
-        program_.output.empty() || program_.output.find("{state}") != std::string::npos;
-    if (one != other) {
-      return "\"" + one + "\" and \"" + other +
-             "\", which differ in upper and lower case only and are one file on some disks. Rename "
-             "one of them, or render them "
-             "apart.";
-    }
-    if (!hasState)
-      return "one file, " + other + ". Put {state} into the pattern, or render them apart.";
-    return "one file, " + other +
-           ", because what a file's name cannot hold is replaced in it. Rename one of them, or "
-           "render them apart.";
+    const int status = plan_.Make();
+    work_ = std::make_unique<PictureWork>(
+        session_, pictures_,
+        WorkRules{plan_.Folder() + "/" + pictures::kManifestName, options_.resume});
+    return status;
   }
 
   int CheckPlaces() {
     std::vector<std::string> paths;
-    for (PlannedPicture& picture : plan_) {
-      picture.isThere = options_.resume && IsWhole(picture);
+    for (PlannedPicture& picture : plan_.Pictures()) {
+      picture.isThere = options_.resume && work_->IsDone(picture);
       if (!picture.isThere) paths.push_back(picture.path);
     }
     return session_.CheckReplacing(paths, program_.verbName);
   }
 
   int MakeFolders() {
-    for (const PlannedPicture& picture : plan_) {
-      const auto folder = std::filesystem::path(picture.path).parent_path().string();
+    std::set<std::string> folders{plan_.Folder()};
+    for (const PlannedPicture& picture : plan_.Pictures())
+      folders.insert(std::filesystem::path(picture.path).parent_path().string());
+    for (const std::string& folder : folders) {
       if (const auto made = session_.Files().MakeFolders(folder); !made) {
         program_.terminal.Error(made.Message());
         return kFailed;
@@ -141,41 +84,65 @@ class RenderVerb {
     return kDone;
   }
 
-  // A picture of that size that can be read to its end.
-  bool IsWhole(const PlannedPicture& picture) {
-    if (session_.Files().Kind(picture.path) != engine::FileKind::File) return false;
-    const auto bytes = session_.Files().ReadFile(picture.path, engine::kLargestImageBytes);
-    if (!bytes) return false;
-    const auto image = engine::DecodeImage(bytes.Value());
-    return image && image.Value().width == picture.size.width &&
-           image.Value().height == picture.size.height;
+  // All that will be done, before anything is.
+  void TellPlan() {
+    estimate_ = plan_.Estimate();
+    const std::vector<PlannedPicture>& plan = plan_.Pictures();
+    result_.Put("pixels", static_cast<std::int64_t>(plan_.PixelsToRender()));
+    if (estimate_)
+      result_.PutObject("estimate",
+                        {{"seconds", static_cast<std::int64_t>(estimate_->seconds + 0.999)},
+                         {"bytes", static_cast<std::int64_t>(estimate_->bytes)}});
+    if (!program_.json) {
+      Report report;
+      AddPlan(plan, report);
+      report.Print(false);
+      std::cout.flush();
+    }
+    const auto space = session_.Files().Space(plan_.Folder());
+    if (estimate_ && space && space->free < estimate_->bytes)
+      program_.terminal.Note("only " + exporting::BytesText(space->free) +
+                             " are free where the pictures go, and they may take about " +
+                             exporting::BytesText(estimate_->bytes) + ".");
   }
 
-  void PrintPlan() {
-    if (program_.json) return;
-    Report report;
-    report.Line(Counted(plan_.size(), "picture") + ":");
-    for (const PlannedPicture& picture : plan_) {
-      report.Line("  " + picture.path + "  " + SizeText(picture.size) +
-                  (picture.isThere ? "  is there" : ""));
+  void AddPlan(const std::vector<PlannedPicture>& plan, Report& report) const {
+    report.Line(Counted(plan.size(), "picture") + ":");
+    const std::size_t shown = program_.verbose || plan.size() <= kMostPicturesShown
+                                  ? plan.size()
+                                  : kMostPicturesShown / 2;
+    for (std::size_t i = 0; i < shown; ++i) {
+      report.Line("  " + plan[i].path + "  " + SizeText(plan[i].size) +
+                  (plan[i].isThere ? "  is there" : ""));
     }
-    report.Print(false);
-    std::cout.flush();
+    if (shown < plan.size())
+      report.Line("  and " + std::to_string(plan.size() - shown) +
+                  " more, all of them with --verbose");
+    const std::uint64_t pixels = plan_.PixelsToRender();
+    if (estimate_)
+      report.Line(PixelsText(pixels) + " to render, about " + DurationText(estimate_->seconds) +
+                  " and " + exporting::BytesText(estimate_->bytes) + ".");
   }
 
-  int RenderAll() {
-    for (std::size_t i = 0; i < plan_.size(); ++i) {
-      PlannedPicture& picture = plan_[i];
-      if (picture.isThere) continue;
-      int status = pictures_.Recall(picture.state);
-      engine::Image image;
-      if (status == kDone)
-        status = pictures_.Render(picture.size, {i, plan_.size()}, picture.name, &image);
-      if (status == kDone) status = pictures_.Save(image, picture.path, program_.verbName);
-      if (status != kDone) return status;
-      picture.isRendered = true;
-    }
+  int PrintDryRun() {
+    result_.PutList("pictures");
+    for (const PlannedPicture& picture : plan_.Pictures()) Append(picture, "would render");
+    if (program_.json) result_.Print(true);
+    program_.terminal.Note("nothing was rendered (--dry-run).");
     return kDone;
+  }
+
+  void Append(const PlannedPicture& picture, const char* otherwise) {
+    result_.Append("pictures",
+                   {{"state", pictures_.AsItIs() ? JsonValue() : JsonValue(picture.state.name)},
+                    {"file", picture.path},
+                    {"width", picture.size.width},
+                    {"height", picture.size.height},
+                    {"frame", picture.frame},
+                    {"record", pictures::HashOfTexts({RecordAsText(picture.record)})},
+                    {"result", picture.isRendered ? "rendered"
+                               : picture.isThere  ? "there"
+                                                  : otherwise}});
   }
 
   void PrintResult(int status) {
@@ -183,17 +150,10 @@ class RenderVerb {
     std::size_t rendered = 0;
     std::size_t there = 0;
     report.PutList("pictures");
-    for (const PlannedPicture& picture : plan_) {
+    for (const PlannedPicture& picture : plan_.Pictures()) {
       rendered += picture.isRendered;
       there += picture.isThere;
-      report.Append("pictures",
-                    {{"state", pictures_.AsItIs() ? JsonValue() : JsonValue(picture.state.name)},
-                     {"file", picture.path},
-                     {"width", picture.size.width},
-                     {"height", picture.size.height},
-                     {"result", picture.isRendered ? "rendered"
-                                : picture.isThere  ? "there"
-                                                   : "missing"}});
+      Append(picture, "missing");
     }
     report.Line("Rendered " + Counted(rendered, "picture") +
                 (there > 0 ? ", " + Counted(there, "picture") + " kept." : "."));
@@ -201,7 +161,7 @@ class RenderVerb {
     if (status == kDone) return;
     program_.terminal.Error((status == kInterrupted ? "Interrupted" : "Stopped") +
                             std::string(" after ") + std::to_string(rendered + there) + " of " +
-                            Counted(plan_.size(), "picture") +
+                            Counted(plan_.Pictures().size(), "picture") +
                             "; the same call with --resume takes up with what is missing.");
   }
 
@@ -209,9 +169,10 @@ class RenderVerb {
   const RenderOptions& options_;
   Session session_;
   StatePictures pictures_;
+  PicturePlan plan_;
+  std::unique_ptr<PictureWork> work_;
+  std::optional<PictureEstimate> estimate_;
   Report result_;
-  PictureSize size_;
-  std::vector<PlannedPicture> plan_;
 };
 
 }  // namespace
@@ -220,33 +181,37 @@ void AddRender(Arguments& arguments, Program& program) {
   Verb verb = arguments.AddVerb("render", "Render a picture of each state");
   AddScene(verb, program);
   auto options = std::make_shared<RenderOptions>();
-  AddOnly(verb, options->states, "--state");
+  AddPictureOrder(verb, options->order, program.output);
   verb.AddFlag("--all", options->all, "Render every Stagemark, as without --only")
       .Excludes("--only")
       .Excludes("--state");
-  verb.Add("-o,--output", program.output,
-           "File names, ending in .png or .tif, with {scene}, {state}, {camera} and {frame}")
-      .Word("FILES")
-      .Default(kPattern);
-  verb.Add("--size", options->size,
-           "Picture size, as 1920x1080, instead of that of each state's render settings")
-      .Word("WIDTHxHEIGHT");
   AddStrict(verb, program);
   verb.Add("--jobs", options->jobs, "Number of threads; 0: one for each core")
       .Word("N")
       .Between(0, 1024);
   verb.AddFlag("--resume", options->resume,
-               "Keep whole pictures that are there and render what is missing");
+               "Keep pictures that are there and were made from the same, and render what is "
+               "missing; several such calls at once share the work");
+  verb.AddFlag("--dry-run", options->dryRun, "Say what would be rendered, and render nothing");
   AddForce(verb, program);
   verb.Footer(
-      "A scene without Stagemarks is rendered as it is. Pictures of an earlier `render` are "
-      "replaced, other files are not.\n\n"
+      "A scene without Stagemarks is rendered as it is. Each state is rendered as if it were "
+      "loaded into the scene as it was opened, whatever was rendered before it. Pictures of an "
+      "earlier `render` are replaced, other files are not.\n"
+      "Each picture holds a record of what it was made from: the scene with its textures, the "
+      "state, the settings and the size. The same stands in pictures.jsonl beside the pictures, "
+      "with time, machine and duration.\n\n"
       "Examples:\n"
       "  stagemarks render room.c4d\n"
       "  stagemarks render room.c4d --only \"shot_0*\" -o \"pictures/{scene} {camera} "
       "{frame}.tif\" "
-      "--size 640x360");
-  verb.Does([&program, options] { return RenderVerb(program, *options).Run(); });
+      "--size 640x360\n"
+      "  stagemarks render room.c4d --format exr -o \"{index:03} {state:safe} {size}\" --size "
+      "1920x1080 960x540");
+  verb.Does([&program, options] {
+    options->order.pattern = program.output;
+    return RenderVerb(program, *options).Run();
+  });
 }
 
 }  // namespace commandline

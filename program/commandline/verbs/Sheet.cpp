@@ -12,15 +12,25 @@ struct SheetOptions {
   bool html = false;
   std::string folder;
   unsigned jobs = 0;
+  std::string size;
+  std::vector<std::string> from;
+  bool resume = false;
 };
 
 // A sheet unless only a page is asked for; the page's folder has the name of the sheet where none
 // is given.
 SheetOrder OrderOf(const Program& program, const SheetOptions& options, const std::string& scene) {
-  SheetOrder order{options.states, "", "", options.jobs};
+  SheetOrder order;
+  order.states = options.states;
+  order.threads = options.jobs;
+  order.resume = options.resume;
+  for (const std::string& folder : options.from) order.from.push_back(AbsolutePath(folder));
+  if (!options.size.empty()) order.size = ParsePictureSize(options.size).Value();
+  PictureFacts facts;
+  facts.scene = scene;
   const std::string sheet =
       AbsolutePath(program.output.empty() ? SafeFileName(scene + " sheet") + ".png"
-                                          : FillPattern(program.output, {scene, "", "", 0}));
+                                          : FillPattern(program.output, facts));
   const bool onlyPage = options.html && program.output.empty() && !options.folder.empty();
   if (!onlyPage) order.sheet = sheet;
   if (!options.html) return order;
@@ -29,10 +39,26 @@ SheetOrder OrderOf(const Program& program, const SheetOptions& options, const st
   return order;
 }
 
+// A sheet is one file, of a kind that screens show.
+engine::Status CheckSheet(const std::string& pattern, const std::string& size) {
+  if (!size.empty()) {
+    if (const auto parsed = ParsePictureSize(size); !parsed) return parsed.GetStatus();
+  }
+  if (pattern.empty()) return {};
+  if (engine::Status checked = CheckPattern(pattern); !checked) return checked;
+  for (const char* name : {"state", "camera", "size", "frame", "date", "index"}) {
+    if (HasPlaceholder(pattern, name))
+      return engine::Status::Failure(
+          "A sheet shows many states: its name may have {scene}, and no {" + std::string(name) +
+          "}.");
+  }
+  if (KindOfName(pattern) != PictureKind::Exr) return {};
+  return engine::Status::Failure("A sheet is a .png or a .tif; \"" + pattern + "\" is neither.");
+}
+
 int RunSheet(Program& program, const SheetOptions& options) {
-  const auto name = program.output.empty() ? engine::Status() : CheckPattern(program.output);
-  if (!name) {
-    program.terminal.Error(name.Message());
+  if (const auto checked = CheckSheet(program.output, options.size); !checked) {
+    program.terminal.Error(checked.Message());
     return kUsage;
   }
   Session session(program);
@@ -62,15 +88,28 @@ void AddSheet(Arguments& arguments, Program& program) {
                "Write a page with search into this folder, the sheet's name by default")
           .Word("DIR")
           .Count(0, 1);
+  verb.Add("--size", options->size,
+           "What each picture fits into, as 480x270, instead of a size "
+           "that suits their number")
+      .Word("WIDTHxHEIGHT");
+  verb.Add("--from", options->from,
+           "Folders with pictures that `render` made; those made from the same are used instead of "
+           "rendering again. The folder of the sheet is looked in always")
+      .Word("DIR...");
+  verb.AddFlag("--resume", options->resume,
+               "Keep the sheet's own pictures in a folder beside it, and use those that are there "
+               "and were made from the same");
   AddStrict(verb, program);
   verb.Add("--jobs", options->jobs, "Number of threads; 0: one for each core")
       .Word("N")
       .Between(0, 1024);
   AddForce(verb, program);
   verb.Footer(
-      "Sheets and pages of an earlier `sheet` are replaced, other files are not.\n\n"
+      "Sheets and pages of an earlier `sheet` are replaced, other files are not. A page has its "
+      "pictures in a folder of their own, `pictures`.\n\n"
       "Examples:\n"
       "  stagemarks sheet room.c4d -o sheet.png\n"
+      "  stagemarks sheet room.c4d -o sheet.png --from pictures --size 480x270\n"
       "  stagemarks sheet room.c4d --only \"shot_0*\" --html pictures");
   verb.Does([&program, options, html] {
     options->html = html.IsGiven();

@@ -1,0 +1,55 @@
+#include "engine/outside/AppendedFile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "engine/outside/PathRules.h"
+
+namespace engine {
+
+Result<AppendedFile> AppendedFile::Open(const std::string& path) {
+  const Result<std::string> clean = PathForWriting(path);
+  if (!clean) return clean.GetStatus();
+  FileHandle file(open(clean.Value().c_str(),
+                       O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                       0666));
+  if (!file) return SystemFailure("Cannot write", path);
+  struct stat info;
+  if (fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode))
+    return FileFailure("Cannot write", path, "it is no plain file");
+  return AppendedFile(clean.Value(), std::move(file));
+}
+
+// Where the file system knows no locks, the lines of two programs may run into one another, and are
+// told apart by being no lines.
+Status AppendedFile::Append(std::string_view line) {
+  while (flock(file_.Get(), LOCK_EX) != 0 && errno == EINTR) {
+  }
+  Status status = Write(line);
+  (void)flock(file_.Get(), LOCK_UN);
+  return status;
+}
+
+Status AppendedFile::Write(std::string_view line) {
+  struct stat info;
+  if (fstat(file_.Get(), &info) != 0) return SystemFailure("Cannot write", path_);
+  char last = '\n';
+  if (info.st_size > 0 && pread(file_.Get(), &last, 1, info.st_size - 1) != 1)
+    return SystemFailure("Cannot read", path_);
+  const std::string bytes = (last == '\n' ? "" : "\n") + std::string(line) + "\n";
+  ssize_t written = 0;
+  do {
+    written = write(file_.Get(), bytes.data(), bytes.size());
+  } while (written < 0 && errno == EINTR);
+  if (written == static_cast<ssize_t>(bytes.size())) return {};
+  if (written >= 0) errno = ENOSPC;
+  const Status failure = SystemFailure("Cannot write", path_);
+  if (written > 0) (void)!ftruncate(file_.Get(), info.st_size);
+  return failure;
+}
+
+}  // namespace engine

@@ -1,0 +1,136 @@
+#include "program/commandline/PictureWork.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "program/commandline/FileOrigin.h"
+
+namespace commandline {
+
+namespace {
+
+constexpr const char* kMaker = "render";
+constexpr std::chrono::milliseconds kBetweenLooks{50};
+
+std::string NodeName() {
+  const char* node = std::getenv("SLURMD_NODENAME");
+  return node ? node : "";
+}
+
+}  // namespace
+
+// The mark at the end of the file holds a hash of all that stands before it.
+bool PictureWork::IsDone(const PlannedPicture& picture) {
+  engine::FileSystem& files = session_.Files();
+  if (files.Kind(picture.path) != engine::FileKind::File) return false;
+  const auto bytes = files.ReadFile(picture.path, engine::kLargestImageBytes);
+  if (!bytes) return false;
+  const auto record = pictures::FindRecord(bytes.Value());
+  return record && *record == picture.record && MakerOf(bytes.Value()) == kMaker;
+}
+
+int PictureWork::Do(std::vector<PlannedPicture>& plan) {
+  count_ = static_cast<std::size_t>(
+      std::ranges::count_if(plan, [](const PlannedPicture& picture) { return !picture.isThere; }));
+  std::size_t number = 0;
+  for (PlannedPicture& picture : plan) {
+    if (picture.isThere) continue;
+    if (const int status = DoOne(picture, number++); status != kDone) return status;
+    session_.GetProgram().terminal.Step(number - others_.size(), count_, "Rendering");
+  }
+  const int status = DoLeftToOthers();
+  return status == kDone && failed_ > 0 ? kFailed : status;
+}
+
+int PictureWork::DoOne(PlannedPicture& picture, std::size_t number) {
+  std::optional<engine::WorkClaim> claim;
+  if (rules_.isShared) {
+    auto claimed = engine::WorkClaim::Try(picture.path);
+    if (!claimed) {
+      session_.GetProgram().terminal.Error(claimed.Message());
+      return kFailed;
+    }
+    if (!claimed.Value()) {
+      others_.emplace_back(&picture, number);
+      return kDone;
+    }
+    claim.emplace(std::move(*claimed.Value()));
+    picture.isThere = IsDone(picture);
+    if (picture.isThere) return kDone;
+  }
+  const auto begin = std::chrono::steady_clock::now();
+  std::uint64_t bytes = 0;
+  const int status = RenderAndSave(picture, number, &bytes);
+  picture.isRendered = status == kDone;
+  if (status == kInterrupted || (status != kDone && Terminal::Interrupted())) return status;
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+  if (const int written = TakeDown(picture, status, seconds, bytes); written != kDone)
+    return written;
+  if (status == kDone) return kDone;
+  ++failed_;
+  return rules_.keepsGoing ? kDone : status;
+}
+
+// Whoever was at them is through with them, or gone, when they can be claimed.
+int PictureWork::DoLeftToOthers() {
+  bool isSaid = false;
+  while (!others_.empty()) {
+    if (Terminal::Interrupted()) return kInterrupted;
+    auto left = std::move(others_);
+    others_.clear();
+    for (const auto& [picture, number] : left) {
+      if (const int status = DoOne(*picture, number); status != kDone) return status;
+      session_.GetProgram().terminal.Step(count_ - others_.size(), count_, "Rendering");
+    }
+    if (others_.size() < left.size()) continue;
+    if (!std::exchange(isSaid, true))
+      session_.GetProgram().terminal.Say("Waiting for others, who are at " +
+                                         Counted(others_.size(), "picture") + ".");
+    std::this_thread::sleep_for(kBetweenLooks);
+  }
+  return kDone;
+}
+
+int PictureWork::RenderAndSave(const PlannedPicture& picture, std::size_t number,
+                               std::uint64_t* bytes) {
+  engine::Image image;
+  const PictureTurn turn{number, count_};
+  const int status = pictures_.InState(picture.state, [&] {
+    return KindOfName(picture.path) == PictureKind::Exr
+               ? pictures_.RenderLight(picture.size, turn, picture.name, &image)
+               : pictures_.Render(picture.size, turn, picture.name, &image);
+  });
+  return status == kDone ? pictures_.Save(image, picture.path, kMaker, &picture.record, bytes)
+                         : status;
+}
+
+int PictureWork::TakeDown(const PlannedPicture& picture, int status, double seconds,
+                          std::uint64_t bytes) {
+  const std::string folder = std::filesystem::path(rules_.manifest).parent_path().string();
+  pictures::ManifestLine line;
+  line.picture = pictures::RelativeTo(folder, picture.path);
+  line.state = picture.state.name;
+  line.record = picture.record;
+  line.failed = status != kDone;
+  line.why = line.failed ? pictures_.LastFailure() : "";
+  line.time = pictures::TimeNow();
+  line.host = pictures::HostName();
+  line.node = NodeName();
+  line.seconds = seconds;
+  line.bytes = bytes;
+  engine::Status written;
+  if (!manifest_) {
+    auto opened = engine::AppendedFile::Open(rules_.manifest);
+    if (opened) manifest_ = std::make_unique<engine::AppendedFile>(opened.Take());
+    if (!opened) written = opened.GetStatus();
+  }
+  if (manifest_) written = manifest_->Append(pictures::TextOf(line));
+  if (!written) session_.GetProgram().terminal.Error(written.Message());
+  return written ? kDone : kFailed;
+}
+
+}  // namespace commandline

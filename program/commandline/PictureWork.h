@@ -1,0 +1,51 @@
+// PictureWork: renders planned pictures one after the other, each from the scene as it was opened,
+// and keeps a manifest of what became of them. Several of these, of any number of programs and
+// machines that share the folders, may do one plan together: none does a picture that another one
+// is at. Works on a session it does not own. Main thread.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/outside/AppendedFile.h"
+#include "engine/outside/WorkClaim.h"
+#include "program/commandline/PicturePlan.h"
+#include "program/pictures/PictureManifest.h"
+
+namespace commandline {
+
+struct WorkRules {
+  std::string manifest;     // absolute path
+  bool isShared = false;    // leave out what is there, and share the rest with others
+  bool keepsGoing = false;  // with the next picture when one fails
+};
+
+class PictureWork {
+ public:
+  PictureWork(Session& session, StatePictures& pictures, WorkRules rules)
+      : session_(session), pictures_(pictures), rules_(std::move(rules)) {}
+
+  // Whether the picture is at its place, whole and made from the same. Reads the file.
+  bool IsDone(const PlannedPicture& picture);
+  // Renders what is not marked as being there. The first fault that is no picture's own, as
+  // Ctrl-C, ends it.
+  int Do(std::vector<PlannedPicture>& plan);
+  std::size_t Failed() const { return failed_; }
+
+ private:
+  int DoOne(PlannedPicture& picture, std::size_t number);
+  int DoLeftToOthers();
+  int RenderAndSave(const PlannedPicture& picture, std::size_t number, std::uint64_t* bytes);
+  int TakeDown(const PlannedPicture& picture, int status, double seconds, std::uint64_t bytes);
+
+  Session& session_;
+  StatePictures& pictures_;
+  WorkRules rules_;
+  std::size_t count_ = 0;  // pictures that were not there
+  std::size_t failed_ = 0;
+  std::vector<std::pair<PlannedPicture*, std::size_t>> others_;  // that somebody else was at
+  std::unique_ptr<engine::AppendedFile> manifest_;               // opened with the first line
+};
+
+}  // namespace commandline
