@@ -75,7 +75,7 @@ void GltfNodes::AddObject(Place& place) {
   if (!text.inner.empty()) place.node = AddNode(text.inner, "", place.node);
   if (object.GetType() == host::Ocamera) {
     nodes_[place.node].members += ",\"camera\":";
-    AppendCount(nodes_[place.node].members, devices_.CameraOf(object));
+    AppendCount(nodes_[place.node].members, camerasAndLights_.CameraOf(object));
     cameras_.emplace(IdOf(object), place.node);
   }
   AddParts(place);
@@ -104,7 +104,7 @@ void GltfNodes::AddPart(std::size_t part, const BaseObject& object, std::size_t 
     }
   } else {
     extensions = "\"KHR_lights_punctual\":{\"light\":";
-    AppendCount(extensions, devices_.LightOf(object));
+    AppendCount(extensions, camerasAndLights_.LightOf(object));
     extensions += "}";
   }
   for (std::size_t state = 0; state < parts_.States(); ++state) {

@@ -20,9 +20,9 @@ namespace engine {
 
 class GltfNodes {
  public:
-  GltfNodes(const VisibleParts& parts, GltfMeshes& meshes, CamerasAndLights& devices,
+  GltfNodes(const VisibleParts& parts, GltfMeshes& meshes, CamerasAndLights& camerasAndLights,
             NodeTexts& texts)
-      : parts_(parts), meshes_(meshes), devices_(devices), texts_(texts) {}
+      : parts_(parts), meshes_(meshes), camerasAndLights_(camerasAndLights), texts_(texts) {}
 
   // Writes the objects of the document; a failure where it was stopped.
   Status Write(const host::BaseDocument& doc, const ProgressCallback& progress);
@@ -65,7 +65,7 @@ class GltfNodes {
 
   const VisibleParts& parts_;
   GltfMeshes& meshes_;
-  CamerasAndLights& devices_;
+  CamerasAndLights& camerasAndLights_;
   NodeTexts& texts_;
   std::vector<Place> places_;
   std::vector<Node> nodes_;

@@ -75,16 +75,17 @@ class Publication::Maker {
   }
 
   Result<PublishedScene> Finish(const ProgressCallback& progress) {
-    CamerasAndLights devices(static_cast<double>(states_[0].width) / states_[0].height,
-                             LightUnitsOf(doc_));
+    CamerasAndLights camerasAndLights(static_cast<double>(states_[0].width) / states_[0].height,
+                                      LightUnitsOf(doc_));
     for (const ReadState& state : states_) {
-      if (state.camera && state.camera->GetType() == host::Ocamera) devices.CameraOf(*state.camera);
+      if (state.camera && state.camera->GetType() == host::Ocamera)
+        camerasAndLights.CameraOf(*state.camera);
     }
     GltfMeshes meshes(parts_, materials_, caches_.geometries, buffer_);
-    GltfNodes nodes(parts_, meshes, devices, caches_.nodes);
+    GltfNodes nodes(parts_, meshes, camerasAndLights, caches_.nodes);
     if (Status written = nodes.Write(doc_, progress); !written) return written;
     Result<PublishedScene> file =
-        FinishGltfFile({Head(nodes, devices), nodes, meshes}, buffer_, options_);
+        FinishGltfFile({Head(nodes, camerasAndLights), nodes, meshes}, buffer_, options_);
     if (!file) return file;
     PublishedScene& scene = file.Value();
     scene.objects = nodes.Meshes();
@@ -94,7 +95,8 @@ class Publication::Maker {
       if (isSo) scene.notes.emplace_back(sentence);
     };
     note(parts_.HasAmbientLights(), "Ambient lights are left out: the format has none.");
-    note(devices.HasAreaLights(), "Area lights are written as point lights: the format has none.");
+    note(camerasAndLights.HasAreaLights(),
+         "Area lights are written as point lights: the format has none.");
     note(nodes.HasResetFrames(), "Frames that are no numbers were set back.");
     return file;
   }
@@ -116,10 +118,10 @@ class Publication::Maker {
   }
 
   // Members without anything in them are not allowed.
-  Json Head(const GltfNodes& nodes, const CamerasAndLights& devices) {
+  Json Head(const GltfNodes& nodes, const CamerasAndLights& camerasAndLights) {
     Json head = {{"asset", {{"version", "2.0"}, {"generator", kGltfGenerator}}}};
     std::set<std::string> extensions = materials_.Extensions();
-    if (!devices.Lights().empty()) extensions.insert("KHR_lights_punctual");
+    if (!camerasAndLights.Lights().empty()) extensions.insert("KHR_lights_punctual");
     if (nodes.HasHidden()) extensions.insert("KHR_node_visibility");
     if (options_.asVariants) extensions.insert("KHR_materials_variants");
     const auto put = [&](const char* key, Json list) {
@@ -127,17 +129,17 @@ class Publication::Maker {
     };
     put("extensionsUsed", extensions);
     if (options_.asVariants) head["extras"]["stagemarks"] = StatesOf(nodes);
-    if (options_.asVariants && !devices.Brightness().empty())
-      head["extras"]["stagemarks"]["brightness"] = devices.Brightness();
+    if (options_.asVariants && !camerasAndLights.Brightness().empty())
+      head["extras"]["stagemarks"]["brightness"] = camerasAndLights.Brightness();
     head["scene"] = 0;
     head["scenes"] = Json::array({SceneOf(nodes)});
-    put("cameras", devices.Cameras());
+    put("cameras", camerasAndLights.Cameras());
     put("materials", WithExtras(materials_.Materials()));
     put("textures", materials_.Textures());
     put("images", materials_.Images());
     put("samplers", materials_.Samplers());
-    if (!devices.Lights().empty())
-      head["extensions"]["KHR_lights_punctual"]["lights"] = devices.Lights();
+    if (!camerasAndLights.Lights().empty())
+      head["extensions"]["KHR_lights_punctual"]["lights"] = camerasAndLights.Lights();
     if (!options_.asVariants) return head;
     for (const ReadState& state : states_)
       head["extensions"]["KHR_materials_variants"]["variants"].push_back({{"name", NameOf(state)}});
