@@ -75,6 +75,7 @@ class Publication::Maker {
   }
 
   Result<PublishedScene> Finish(const ProgressCallback& progress) {
+    if (states_.empty()) return Status::Failure("There is no state to publish.");
     CamerasAndLights camerasAndLights(static_cast<double>(states_[0].width) / states_[0].height,
                                       LightUnitsOf(doc_));
     for (const ReadState& state : states_) {

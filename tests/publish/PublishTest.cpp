@@ -303,6 +303,7 @@ TEST_F(PublishTest, AFileTooLargeAndOneStoppedAreRefused) {
                                   caches_);
   const auto stop = [](double) { return false; };
   EXPECT_FALSE(publication.AddState({}, stop).Ok());
+  EXPECT_NE(publication.Finish().Message().find("no state"), std::string::npos);
   Add(publication, "Day");
   EXPECT_FALSE(publication.Finish(stop).Ok());
 }
