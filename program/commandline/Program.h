@@ -65,6 +65,7 @@ void AddStates(Arguments& arguments, Program& program);
 void AddCleanMaterials(Arguments& arguments, Program& program);
 void AddExport(Arguments& arguments, Program& program);
 void AddRender(Arguments& arguments, Program& program);
+void AddFarm(Arguments& arguments, Program& program);
 void AddPublish(Arguments& arguments, Program& program);
 void AddPage(Arguments& arguments, Program& program);
 void AddSheet(Arguments& arguments, Program& program);

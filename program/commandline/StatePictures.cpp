@@ -84,10 +84,14 @@ int StatePictures::Recall(const Mark& state) {
 }
 
 int StatePictures::InState(const Mark& state, const std::function<int()>& look) {
-  engine::UndoScope step(session_.Document(), "Load " + state.name);
+  host::BaseDocument& doc = session_.Document();
+  engine::UndoScope step(doc, "Load " + state.name);
+  // No step takes back which Stagemark was loaded last.
+  const host::BaseContainer stored = *doc.GetDataInstance();
   int status = Recall(state);
   if (status == kDone) status = look();
   step.Cancel();
+  *doc.GetDataInstance() = stored;
   return status;
 }
 

@@ -52,7 +52,7 @@ void AddVerbs(Arguments& arguments, Program& program) {
   AddGroup(arguments, program, "Many Stagemarks at once",
            {AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
   AddGroup(arguments, program, "Files and pictures",
-           {AddExport, AddPublish, AddPage, AddRender, AddSheet, AddDemo});
+           {AddExport, AddPublish, AddPage, AddRender, AddFarm, AddSheet, AddDemo});
 }
 
 int Run(int count, char** words) {

@@ -1,0 +1,281 @@
+#include "program/commandline/farm/FarmReport.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "engine/dialog/TerminalText.h"
+#include "program/commandline/PicturePlan.h"
+
+namespace commandline {
+
+namespace {
+
+constexpr std::size_t kMostFailures = 5;
+constexpr std::size_t kLogLines = 3;
+constexpr std::uint64_t kLargestLog = 1ULL << 26;
+
+const char* WordFor(TaskState state) {
+  constexpr const char* kWords[] = {"waiting", "running", "done", "failed"};
+  return kWords[static_cast<int>(state)];
+}
+
+void Count(const TaskOutcome& outcome, FarmCounts& counts) {
+  ++counts.all;
+  counts.done += outcome.state == TaskState::Done;
+  counts.running += outcome.state == TaskState::Running;
+  counts.failed += outcome.state == TaskState::Failed;
+  if (outcome.state == TaskState::Done) counts.seconds += outcome.line.seconds;
+}
+
+std::string StateName(const pictures::ManifestLine& task) {
+  return task.state.empty() ? "As it is" : task.state;
+}
+
+std::string SecondsText(double seconds) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2f s", seconds);
+  return text;
+}
+
+std::string EachText(const FarmCounts& counts) {
+  return counts.done == 0 ? "" : SecondsText(counts.seconds / static_cast<double>(counts.done));
+}
+
+std::string Column(std::size_t number) { return number == 0 ? "-" : std::to_string(number); }
+
+std::vector<std::string> LastLines(const std::string& text, std::size_t count) {
+  std::vector<std::string> lines;
+  std::istringstream all(text);
+  for (std::string line; std::getline(all, line);) lines.push_back(line);
+  if (lines.size() > count)
+    lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(count));
+  return lines;
+}
+
+}  // namespace
+
+FarmReport::FarmReport(engine::FileSystem& files, const FarmJob& job)
+    : files_(files),
+      job_(job),
+      outcomes_(ReadOutcomes(files, job)),
+      stopped_(WhyStopped(files, job)) {
+  for (const TaskOutcome& outcome : outcomes_) Count(outcome, counts_);
+}
+
+void FarmReport::AskScheduler() {
+  std::vector<std::string> jobs;
+  for (const FarmSubmission& submission : job_.submissions) {
+    for (const std::string& number : {submission.job, submission.collect}) {
+      if (!number.empty()) jobs.push_back(number);
+    }
+  }
+  auto queue = SlurmQueue(jobs);
+  if (queue) queue_ = queue.Take();
+  if (!queue) unasked_ = queue.Message();
+}
+
+std::vector<std::size_t> FarmReport::Abandoned() const {
+  std::set<std::size_t> cared;
+  for (const QueuedTask& task : queue_) {
+    if (!IsAlive(task) || task.task < 0) continue;
+    for (const FarmSubmission& submission : job_.submissions) {
+      const auto chunk = static_cast<std::size_t>(task.task);
+      if (submission.job == task.job && chunk < submission.chunks.size())
+        cared.insert(submission.chunks[chunk].begin(), submission.chunks[chunk].end());
+    }
+  }
+  std::vector<std::size_t> abandoned;
+  for (std::size_t i = 0; i < outcomes_.size(); ++i) {
+    const bool isOpen =
+        outcomes_[i].state == TaskState::Waiting || outcomes_[i].state == TaskState::Failed;
+    if (isOpen && !cared.contains(i)) abandoned.push_back(i);
+  }
+  return abandoned;
+}
+
+double FarmReport::SecondsLeft() const {
+  const double each =
+      counts_.done > 0 ? counts_.seconds / static_cast<double>(counts_.done) : job_.each;
+  const auto open = static_cast<double>(counts_.Waiting() + counts_.running);
+  return each * open / static_cast<double>(std::max<std::size_t>(1, counts_.running));
+}
+
+std::string FarmReport::Summary() const {
+  std::string text =
+      Counted(counts_.all, "picture") + ": " + std::to_string(counts_.done) + " done";
+  for (const auto& [count, word] :
+       {std::pair{counts_.running, "running"}, std::pair{counts_.Waiting(), "waiting"},
+        std::pair{counts_.failed, "failed"}}) {
+    if (count > 0) text += ", " + std::to_string(count) + " " + word;
+  }
+  if (counts_.running > 0) text += "; about " + DurationText(SecondsLeft()) + " left";
+  return text + ".";
+}
+
+void FarmReport::AddTo(Report& report, bool all) const {
+  report.Put("job", job_.Name());
+  report.Put("folder", job_.folder);
+  report.Put("pictures", counts_.all);
+  report.Put("done", counts_.done);
+  report.Put("running", counts_.running);
+  report.Put("waiting", counts_.Waiting());
+  report.Put("failed", counts_.failed);
+  report.Put("stopped", stopped_.empty() ? JsonValue() : JsonValue(stopped_));
+  report.Line(Colored(Color::Bold, job_.Name()));
+  AddStates(report);
+  report.Line("");
+  report.Line(Summary());
+  if (!stopped_.empty()) report.Line("Stopped: " + stopped_);
+  AddFailures(report, all);
+  AddScheduler(report);
+  AddPictures(report);
+}
+
+// A line for each state.
+void FarmReport::AddStates(Report& report) const {
+  std::vector<std::string> order;
+  std::map<std::string, FarmCounts> counts;
+  std::size_t width = 5;
+  for (std::size_t i = 0; i < outcomes_.size(); ++i) {
+    const std::string name = Shown(StateName(job_.tasks[i]));
+    if (!counts.contains(name)) order.push_back(name);
+    width = std::max(width, engine::DisplayWidth(name));
+    Count(outcomes_[i], counts[name]);
+  }
+  const auto line = [&](const std::string& name, const std::vector<std::string>& columns) {
+    std::string text = engine::PadRight(name, width);
+    for (const std::string& column : columns)
+      text += std::string(10 - std::min<std::size_t>(9, column.size()), ' ') + column;
+    report.Line(text);
+  };
+  line("State", {"waiting", "running", "done", "failed", "each"});
+  for (const std::string& name : order) {
+    const FarmCounts& of = counts[name];
+    line(name, {Column(of.Waiting()), Column(of.running), Column(of.done), Column(of.failed),
+                EachText(of)});
+  }
+  report.PutList("states");
+  for (const std::string& name : order) {
+    const FarmCounts& of = counts[name];
+    report.Append("states", {{"state", name},
+                             {"waiting", of.Waiting()},
+                             {"running", of.running},
+                             {"done", of.done},
+                             {"failed", of.failed}});
+  }
+}
+
+// What the last task that was at the picture said; the last lines of it.
+std::string FarmReport::LogOf(std::size_t task) const {
+  for (auto at = job_.submissions.rbegin(); at != job_.submissions.rend(); ++at) {
+    for (std::size_t chunk = 0; chunk < at->chunks.size(); ++chunk) {
+      if (std::ranges::find(at->chunks[chunk], task) == at->chunks[chunk].end()) continue;
+      const std::string path =
+          job_.folder + "/log/" + at->job + "_" + std::to_string(chunk) + ".log";
+      if (files_.Kind(path) != engine::FileKind::File) return "";
+      const auto text = files_.ReadFile(path, kLargestLog);
+      return text ? text.Value() : "";
+    }
+  }
+  return "";
+}
+
+void FarmReport::AddFailures(Report& report, bool all) const {
+  std::size_t told = 0;
+  for (std::size_t i = 0; i < outcomes_.size(); ++i) {
+    if (outcomes_[i].state != TaskState::Failed) continue;
+    if (!all && told++ == kMostFailures) {
+      report.Line("... all failures with --verbose.");
+      return;
+    }
+    report.Line("");
+    report.Line(Colored(Color::Red, "failed") + " " + Shown(StateName(job_.tasks[i])) + "  " +
+                job_.tasks[i].picture);
+    report.Line("  " + Readable(outcomes_[i].line.why) + " (" + outcomes_[i].line.host +
+                (outcomes_[i].line.node.empty() ? "" : ", " + outcomes_[i].line.node) + ", " +
+                outcomes_[i].line.time + ")");
+    for (const std::string& line : LastLines(LogOf(i), kLogLines))
+      report.Line("  | " + Readable(line));
+  }
+}
+
+void FarmReport::AddPictures(Report& report) const {
+  report.PutStream("tasks", [this](const auto& append) {
+    for (std::size_t i = 0; i < outcomes_.size(); ++i) {
+      const pictures::ManifestLine& line = outcomes_[i].line;
+      append({{"state", StateName(job_.tasks[i])},
+              {"file", job_.tasks[i].picture},
+              {"result", WordFor(outcomes_[i].state)},
+              {"why", line.why.empty() ? JsonValue() : JsonValue(line.why)},
+              {"milliseconds", static_cast<std::int64_t>(line.seconds * 1000)},
+              {"host", line.host},
+              {"node", line.node}});
+    }
+  });
+}
+
+void FarmReport::AddScheduler(Report& report) const {
+  std::map<std::string, std::size_t> states;
+  for (const QueuedTask& task : queue_) {
+    const bool isPending = task.state == "PENDING" && task.reason != "None";
+    ++states[IsAlive(task) ? task.state + (isPending ? " (" + task.reason + ")" : "") : ""];
+  }
+  states.erase("");
+  report.PutList("scheduler");
+  std::vector<std::string> texts;
+  for (const auto& [state, count] : states) {
+    report.Append("scheduler", {{"state", state}, {"tasks", count}});
+    texts.push_back(Counted(count, "task") + " " + state);
+  }
+  if (!texts.empty()) report.Line("Slurm: " + Joined(texts) + ".");
+  if (!unasked_.empty() && !job_.submissions.empty()) report.Line("note: " + unasked_);
+  const std::size_t abandoned = unasked_.empty() ? Abandoned().size() : 0;
+  report.Put("abandoned", abandoned);
+  if (abandoned > 0)
+    report.Line("Nobody is going to do " + Counted(abandoned, "picture") +
+                " any more: `stagemarks farm retry " + job_.Name() + "` does.");
+}
+
+std::string FarmReport::Page() const {
+  std::string page =
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
+      HtmlText(job_.title) +
+      " - report</title>\n<style>\n"
+      ":root { color-scheme: dark; }\n"
+      "body { margin: 0; padding: 32px 40px; background: #1e1e1e; color: #d6d6d6; font: 15px/1.5 "
+      "system-ui, \"DejaVu Sans\", sans-serif; }\n"
+      "h1 { margin: 0; font-size: 22px; color: #ececec; } p { color: #9a9a9a; }\n"
+      "table { border-collapse: collapse; width: 100%; } th { text-align: left; color: #9a9a9a; "
+      "font-weight: 400; }\n"
+      "td, th { padding: 6px 18px 6px 0; border-bottom: 1px solid #343434; }\n"
+      "td.n { text-align: right; font-variant-numeric: tabular-nums; } a { color: #e8aa42; }\n"
+      ".failed { color: #ff7a6b; } .done { color: #86c98a; "
+      "}\n</style>\n</head>\n<body>\n<h1><bdi>" +
+      HtmlText(job_.title) + "</bdi></h1>\n<p>" + HtmlText(Summary()) +
+      (stopped_.empty() ? "" : " " + HtmlText("Stopped: " + stopped_)) + "</p>\n";
+  page +=
+      "<p><a href=\"sheet.png\">Contact sheet</a> &middot; <a href=\"page/index.html\">Page with "
+      "all "
+      "pictures</a></p>\n<table>\n<tr><th>State</th><th>Picture</th><th>Size</th><th>Result</th>"
+      "<th>Time</th><th>Machine</th></tr>\n";
+  for (std::size_t i = 0; i < outcomes_.size(); ++i) {
+    const pictures::ManifestLine& task = job_.tasks[i];
+    const pictures::ManifestLine& line = outcomes_[i].line;
+    const char* word = WordFor(outcomes_[i].state);
+    page += "<tr><td><bdi>" + HtmlText(StateName(task)) + "</bdi></td><td><bdi>" +
+            HtmlText(pictures::RelativeTo(job_.folder, task.picture)) + "</bdi></td><td>" +
+            std::to_string(task.record.size.width) + " x " +
+            std::to_string(task.record.size.height) + "</td><td class=\"" + word + "\">" + word +
+            (line.why.empty() ? "" : ": " + HtmlText(line.why)) + "</td><td class=\"n\">" +
+            (line.seconds > 0 ? SecondsText(line.seconds) : "") + "</td><td>" +
+            HtmlText(line.node.empty() ? line.host : line.node) + "</td></tr>\n";
+  }
+  return page + "</table>\n</body>\n</html>\n";
+}
+
+}  // namespace commandline

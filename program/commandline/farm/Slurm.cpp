@@ -1,0 +1,201 @@
+#include "program/commandline/farm/Slurm.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <sstream>
+#include <system_error>
+
+#include "engine/outside/FileHandle.h"
+
+extern char** environ;
+
+namespace commandline {
+
+using engine::FileHandle;
+using engine::Result;
+using engine::Status;
+
+namespace {
+
+struct Pipe {
+  FileHandle reading;
+  FileHandle writing;
+
+  static Pipe Make() {
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC) != 0) return {};
+    return {FileHandle(ends[0]), FileHandle(ends[1])};
+  }
+};
+
+// Both outputs until both have ended.
+void ReadBoth(const FileHandle& out, const FileHandle& err, ProgramAnswer& answer) {
+  std::array<pollfd, 2> inputs{{{out.Get(), POLLIN, 0}, {err.Get(), POLLIN, 0}}};
+  std::array<std::string*, 2> texts{&answer.out, &answer.err};
+  while (inputs[0].fd >= 0 || inputs[1].fd >= 0) {
+    if (poll(inputs.data(), inputs.size(), -1) < 0 && errno != EINTR) return;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+      if (inputs[i].fd < 0 || inputs[i].revents == 0) continue;
+      char bytes[4096];
+      const ssize_t count = read(inputs[i].fd, bytes, sizeof bytes);
+      if (count > 0) texts[i]->append(bytes, static_cast<std::size_t>(count));
+      if (count == 0 || (count < 0 && errno != EINTR)) inputs[i].fd = -1;
+    }
+  }
+}
+
+int EndOf(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0) {
+    if (errno != EINTR) return 1;
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string WithCommas(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : ",") + word;
+  return text;
+}
+
+// The last line that is not empty: what a command of Slurm says last is what is wrong.
+std::string LastLine(const std::string& text) {
+  std::istringstream lines(text);
+  std::string last;
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty()) last = line;
+  }
+  return last.empty() ? "it said nothing" : last;
+}
+
+Result<ProgramAnswer> AskSlurm(const std::vector<std::string>& words) {
+  auto answer = RunProgram(words);
+  if (!answer) {
+    return Result<ProgramAnswer>::Failure("Slurm's " + words[0] +
+                                          " was not found on this machine. Install Slurm's "
+                                          "commands (Debian: slurm-client) where jobs "
+                                          "are submitted.");
+  }
+  if (answer.Value().status == 0) return answer;
+  return Result<ProgramAnswer>::Failure("Slurm refused: " + LastLine(answer.Value().err) + " (" +
+                                        words[0] + ").");
+}
+
+}  // namespace
+
+Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words) {
+  Pipe out = Pipe::Make();
+  Pipe err = Pipe::Make();
+  std::vector<char*> call;
+  for (const std::string& word : words) call.push_back(const_cast<char*>(word.c_str()));
+  call.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, out.writing.Get(), STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, err.writing.Get(), STDERR_FILENO);
+  pid_t child = 0;
+  const int error = posix_spawnp(&child, call[0], &actions, nullptr, call.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0)
+    return Result<ProgramAnswer>::Failure(words[0] + ": " + std::generic_category().message(error));
+  out.writing.Close();
+  err.writing.Close();
+  ProgramAnswer answer;
+  ReadBoth(out.reading, err.reading, answer);
+  answer.status = EndOf(child);
+  return answer;
+}
+
+std::vector<std::string> SlurmCall(const SlurmOrder& order) {
+  std::vector<std::string> words{"sbatch",
+                                 "--parsable",
+                                 "--job-name=" + order.name,
+                                 "--output=" + order.log,
+                                 "--open-mode=append",
+                                 "--requeue"};
+  if (order.tasks > 0) words.push_back("--array=0-" + std::to_string(order.tasks - 1));
+  if (!order.after.empty()) words.push_back("--dependency=afterany:" + order.after);
+  if (!order.partition.empty()) words.push_back("--partition=" + order.partition);
+  words.insert(words.end(), order.options.begin(), order.options.end());
+  words.push_back(order.script);
+  return words;
+}
+
+Result<std::string> SubmitToSlurm(const SlurmOrder& order) {
+  const auto answer = AskSlurm(SlurmCall(order));
+  if (!answer) return answer.GetStatus();
+  const std::string& out = answer.Value().out;
+  const std::string number = out.substr(0, out.find_first_not_of("0123456789"));
+  if (!number.empty()) return number;
+  return Result<std::string>::Failure("Slurm gave no job number: " + LastLine(out) + ".");
+}
+
+Result<std::vector<QueuedTask>> SlurmQueue(const std::vector<std::string>& jobs) {
+  std::vector<QueuedTask> tasks;
+  if (jobs.empty()) return tasks;
+  const std::vector<std::string> call{"squeue",
+                                      "--noheader",
+                                      "--array",
+                                      "--states=all",
+                                      "--format=%F|%K|%T|%N|%r",
+                                      "--jobs=" + WithCommas(jobs)};
+  auto answer = RunProgram(call);
+  // Of jobs that it has forgotten, all of them, it says that they are invalid.
+  const bool isForgotten = answer && answer.Value().err.find("Invalid job id") != std::string::npos;
+  if (isForgotten) return tasks;
+  if (!answer || answer.Value().status != 0) {
+    const auto failed = AskSlurm(call);
+    if (!failed) return failed.GetStatus();
+  }
+  std::istringstream lines(answer.Value().out);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream columns(line);
+    QueuedTask task;
+    std::string number;
+    std::getline(columns, task.job, '|');
+    std::getline(columns, number, '|');
+    std::getline(columns, task.state, '|');
+    std::getline(columns, task.node, '|');
+    std::getline(columns, task.reason, '|');
+    const bool isNumber =
+        !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
+    if (isNumber) task.task = std::atoi(number.c_str());
+    tasks.push_back(std::move(task));
+  }
+  return tasks;
+}
+
+bool IsAlive(const QueuedTask& task) {
+  for (const char* state : {"PENDING", "RUNNING", "COMPLETING", "CONFIGURING", "SUSPENDED",
+                            "REQUEUED", "REQUEUE_HOLD", "RESIZING", "STOPPED"}) {
+    if (task.state == state) return true;
+  }
+  return false;
+}
+
+Status CancelInSlurm(const std::vector<std::string>& jobs) {
+  std::vector<std::string> words{"scancel"};
+  words.insert(words.end(), jobs.begin(), jobs.end());
+  const auto answer = RunProgram(words);
+  // One that has ended or was forgotten needs no end.
+  const bool isOver = answer && answer.Value().err.find("Invalid job id") != std::string::npos;
+  if (isOver) return {};
+  return answer && answer.Value().status == 0 ? Status() : AskSlurm(words).GetStatus();
+}
+
+std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char letter : text)
+    quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
+  return quoted + "'";
+}
+
+}  // namespace commandline
