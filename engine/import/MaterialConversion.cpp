@@ -120,9 +120,12 @@ std::string MaterialConversion::Embed(const aiTexture& texture) {
     notes_.Count("Embedded textures of raw pixels are left out");
     return {};
   }
-  return AddEmbeddedFile(
-      doc_, EmbeddedName(texture),
-      std::string(reinterpret_cast<const char*>(texture.pcData), texture.mWidth));
+  std::string bytes(reinterpret_cast<const char*>(texture.pcData), texture.mWidth);
+  // Pictures of one content are one file.
+  for (const EmbeddedFile& file : EmbeddedFilesOf(doc_)) {
+    if (*file.bytes == bytes) return file.name;
+  }
+  return AddEmbeddedFile(doc_, EmbeddedName(texture), std::move(bytes));
 }
 
 void MaterialConversion::Convert() {

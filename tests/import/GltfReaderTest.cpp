@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "engine/import/ImportedStates.h"
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/PictureParameters.h"
@@ -350,6 +351,22 @@ TEST_F(GltfReader, ExtensionsThatAreNeededAreNamed) {
   EXPECT_NE(
       Refusal(Write(source)).find("it needs the extension EXT_of_nobody, which is not known here."),
       std::string::npos);
+}
+
+TEST_F(GltfReader, PicturesOfOneContentAreOneFileWithASuffix) {
+  Source source;
+  source.Mesh(kTriangle)["material"] = 0;
+  for (int i = 0; i < 3; ++i) {
+    source.json["images"].push_back(
+        {{"name", i == 2 ? "other.PNG" : "wood.001"},
+         {"uri", std::string("data:image/png;base64,iVBORw0KGgo") + (i == 2 ? "B" : "A")}});
+    source.json["textures"].push_back({{"source", i}});
+    source.json["materials"].push_back(
+        {{"pbrMetallicRoughness", {{"baseColorTexture", {{"index", i}}}}}, {"name", "M"}});
+  }
+  Import(source);
+  EXPECT_EQ(TextureFiles(), (std::vector<std::string>{"other.PNG", "wood.001.png"}));
+  EXPECT_EQ(engine::EmbeddedFilesOf(Doc()).size(), 2U);
 }
 
 // States that a file claims are believed only as far as they lead to something.

@@ -134,7 +134,7 @@ class UpdateFromFile {
     notes.insert(notes.end(), update.notes.begin(), update.notes.end());
     for (const std::string& note : notes) program_.terminal.Note(note);
     PutNotes(notes, report_);
-    const std::string done = update.removed > 0 ? "removed" : "kept";
+    const std::string done = update.removed > 0 ? "removed" : "kept; --gone remove deletes them";
     report_.Line((WritesNothing() ? "Would update " : "Updated ") + Listed({program_.scene}) +
                  " from " + Listed({source_}) + ":");
     Tell("object", "objects", update.objects, done);
