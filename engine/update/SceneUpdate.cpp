@@ -80,6 +80,9 @@ class Updating {
         now_(ById(news_.objects)) {}
 
   SceneUpdate Run() {
+    if (!known_.file.empty() && known_.file != news_.file)
+      result_.notes.push_back("The scene came from \"" + known_.file + "\", and not from \"" +
+                              news_.file + "\".");
     NoteStates();
     {
       const UndoScope step(doc_, "Update from File");

@@ -223,6 +223,14 @@ TEST_F(Update, NamesWhatIsGoneAndRemovesItOnlyWhenTold) {
   EXPECT_EQ(TreeOf(scene_.Doc()), before);
 }
 
+TEST_F(Update, FromAFileOfAnotherNameSaysSo) {
+  engine::KeepImportedElements(file_.Doc(), engine::DescribeElements(file_.Doc(), "attic.glb"));
+  const SceneUpdate update = engine::UpdateScene(scene_.Doc(), file_.Doc(), {});
+  EXPECT_EQ(update.notes, std::vector<std::string>{
+                              "The scene came from \"room.glb\", and not from \"attic.glb\"."});
+  EXPECT_EQ(Run().notes.size(), 1U) << "the last file counts";
+}
+
 TEST_F(Update, OfASceneThatDoesNotTellWhatCameFromAFileRemovesNothing) {
   engine::KeepImportedElements(scene_.Doc(), {});
   scene_.Object("Made here");

@@ -229,16 +229,21 @@ void AddImport(Arguments& arguments, Program& program) {
   verb.AddFlag("-n,--dry-run", choices->dryRun, "Say what --update would change, write nothing")
       .Needs("--update")
       .Excludes("--write");
+  verb.Add("-o,--output", program.output, "The same as OUT")
+      .Word("OUT")
+      .Needs("--update")
+      .Excludes("--write");
   verb.AddFlag("--collect", choices->collect,
                "Copy linked textures into the folder \"tex\" beside the scene");
   AddStrict(verb, program);
   AddForce(verb, program);
   verb.Footer(
       "A glTF file with material variants comes in with one Stagemark per variant. --update finds "
-      "objects by their names\n"
-      "from the top and changes what the file says differently since the last import; what was "
-      "changed here stays. Like every\n"
-      "verb it writes only to OUT, or to SCENE with --write.\n\n"
+      "objects by their names from the top and changes what the file says differently since the "
+      "last "
+      "import; what was changed here stays. Like every verb it writes only to OUT, or to SCENE "
+      "with "
+      "--write.\n\n"
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"
       "  stagemarks import models/spider.fbx spider.c4d --collect\n"
