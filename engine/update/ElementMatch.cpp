@@ -19,9 +19,10 @@ constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 // What programs call the identity that they write beside a node.
 constexpr const char* kIdentityKeys[] = {"uuid", "guid", "uid", "id"};
 
-std::string KeyOf(const host::BaseList2D& element) {
-  return std::to_string(element.GetType()) + ':' + element.GetName().ToUtf8();
+std::string KeyOf(host::LONG type, const host::BaseList2D& element) {
+  return std::to_string(type) + ':' + element.GetName().ToUtf8();
 }
+std::string KeyOf(const host::BaseList2D& element) { return KeyOf(element.GetType(), element); }
 
 // Empty where the file gives none.
 std::string IdentityInFile(const BaseObject& object) {
@@ -118,7 +119,8 @@ class TreeMatch {
     }
   }
 
-  // The first of a name is the first of that name.
+  // The first of a name is the first of that name. A mesh of which the file has made several parts is
+  // a group there, and goes on as one here.
   void MatchChildren(const std::vector<std::size_t>& scene, const std::vector<std::size_t>& fresh) {
     struct Waiting {
       std::vector<std::size_t> children;
@@ -129,11 +131,18 @@ class TreeMatch {
       if (scene_.counterparts[child] == kNone)
         waiting[KeyOf(*scene_.objects[child])].children.push_back(child);
     }
-    for (const std::size_t child : fresh) {
-      if (fresh_.counterparts[child] != kNone) continue;
-      const auto found = waiting.find(KeyOf(*fresh_.objects[child]));
-      if (found == waiting.end() || found->second.next == found->second.children.size()) continue;
+    const auto pair = [&](std::size_t child, const std::string& key) {
+      const auto found = waiting.find(key);
+      if (found == waiting.end() || found->second.next == found->second.children.size()) return;
       Pair(found->second.children[found->second.next++], child);
+    };
+    for (const bool isGroupOfParts : {false, true}) {
+      for (const std::size_t child : fresh) {
+        const BaseObject& object = *fresh_.objects[child];
+        const bool counts = !isGroupOfParts || object.GetType() == host::Onull;
+        if (counts && fresh_.counterparts[child] == kNone)
+          pair(child, isGroupOfParts ? KeyOf(host::Opolygon, object) : KeyOf(object));
+      }
     }
   }
 

@@ -33,6 +33,7 @@ void BuildFile(SceneBuilder& file) {
   file.Object("Room").Object("Room/Table", host::Opolygon).At("Room/Table", 0, 10, 0);
   engine::SetMesh(*file.Last(), Triangle(1));
   file.Texture("Room/Table", "Wood").Object("Room/Table/Cup", host::Opolygon);
+  engine::SetMesh(*file.Last(), Triangle(1));
   file.Object("Shelf").Object("Shelf/Lamp", host::Olight).Camera("View");
 }
 
@@ -163,6 +164,17 @@ INSTANTIATE_TEST_SUITE_P(
                      file.Texture("Shelf/Vase/Rose", "Glass");
                    },
                    "new: Shelf/Vase; ", "new: Glass; "},
+        FileChange{"MeshOfSeveralParts",
+                   [](SceneBuilder& file) {
+                     host::BaseObject* cup = file.GetObject("Room/Table/Cup");
+                     host::BaseObject::Free(cup);
+                     for (const char* part : {"Room/Table/Cup/A", "Room/Table/Cup/B"}) {
+                       file.Object(part, host::Opolygon);
+                       engine::SetMesh(*file.Last(), Triangle(1));
+                     }
+                   },
+                   "changed: Room/Table/Cup (shape); new: Room/Table/Cup/A, Room/Table/Cup/B; ",
+                   ""},
         FileChange{"OtherParent",
                    [](SceneBuilder& file) {
                      host::BaseObject* lamp = file.GetObject("Shelf/Lamp");
