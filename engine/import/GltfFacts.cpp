@@ -34,6 +34,9 @@ SourceLight LightOf(const Json& light) {
   result.kind = KindOf(Text(light, "type"));
   result.brightness = Number(light, "intensity", 1);
   result.range = Number(light, "range", 0);
+  // Extras are anybody's: what is no number is none of ours.
+  const Json& radius = Member(Member(light, "extras"), "radius");
+  if (radius.is_number()) result.radius = std::max(radius.get<double>(), 0.0);
   const auto color = Numbers<3>(light, "color", {1, 1, 1});
   result.color = host::Vector(color[0], color[1], color[2]);
   // The file has half angles.
@@ -49,7 +52,7 @@ constexpr std::array kKnown = {"KHR_lights_punctual",        "KHR_node_visibilit
                                "KHR_draco_mesh_compression", "KHR_materials_unlit",
                                "KHR_mesh_quantization",      "KHR_materials_pbrSpecularGlossiness",
                                "EXT_meshopt_compression",    "KHR_materials_specular",
-                               "KHR_materials_variants"};
+                               "KHR_materials_variants",     "EXT_texture_webp"};
 // The beginnings of those that only change how surfaces look or move: without them there is still a
 // scene to work on.
 constexpr std::array kAboutLooks = {"KHR_materials_", "KHR_texture_",  "EXT_texture_",

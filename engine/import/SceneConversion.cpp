@@ -12,6 +12,7 @@
 #include "engine/scene/Extras.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/PictureParameters.h"
 #include "host/BaseTag.h"
 #include "host/Parameters.h"
 #include "host/RenderData.h"
@@ -252,6 +253,7 @@ BaseObject* SceneConversion::MakeLight(const SourceLight& light) {
   }
   if (light.unit != 1) data.SetReal(kLightUnit, light.unit);
   data.SetReal(host::LIGHT_RANGE, std::max(light.range, 0.0) * scale_);
+  if (light.radius > 0) data.SetReal(kLightRadius, light.radius * scale_);
   return object;
 }
 

@@ -42,6 +42,7 @@ struct SourceLight {
   double outerAngle = 0;
   double range = 0;    // 0: no end
   double unit = 1;     // what a brightness of 1 is in the unit of the file
+  double radius = 0;   // of what shines, 0: a point
   host::Matrix frame;  // in its node
 };
 

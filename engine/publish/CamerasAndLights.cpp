@@ -6,6 +6,7 @@
 #include "engine/publish/GltfGeometry.h"
 #include "engine/publish/NodeTexts.h"
 #include "engine/scene/Extras.h"
+#include "engine/scene/PictureParameters.h"
 #include "engine/scene/TreeWalk.h"
 #include "host/Parameters.h"
 
@@ -87,6 +88,9 @@ Json LightJson(const host::BaseObject& object, host::LONG kind, double unit) {
   const double range = data.GetReal(host::LIGHT_RANGE) * kMetresPerUnit;
   if (range > 0 && range < kMost && kind != kSun) light["range"] = range;
   if (kind == 1) light["spot"] = SpotOf(data);
+  // The format has no lamps of a size: what the importer reads.
+  const double radius = data.GetReal(kLightRadius) * kMetresPerUnit;
+  if (radius > 0 && radius < kMost && kind != kSun) light["extras"]["radius"] = radius;
   return light;
 }
 

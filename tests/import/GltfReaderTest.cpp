@@ -552,5 +552,22 @@ TEST_F(GltfReader, PicturesOfASurfaceComeWithTheirStrengthsAndSamplers) {
   EXPECT_TRUE(HasNote("by the coordinates of another one of their material: 1."));
 }
 
+TEST_F(GltfReader, LampsHaveTheSizeThatTheirExtrasSay) {
+  Source source;
+  source.Mesh(kTriangle);
+  const Json lights = {{{"type", "point"}, {"extras", {{"radius", 0.25}}}},
+                       {{"type", "point"}, {"extras", {{"radius", "large"}}}}};
+  source.json["extensions"]["KHR_lights_punctual"]["lights"] = lights;
+  for (int i = 0; i < 2; ++i) {
+    source.json["nodes"].push_back({{"extensions", {{"KHR_lights_punctual", {{"light", i}}}}}});
+    source.json["scenes"][0]["nodes"].push_back(i + 1);
+  }
+  Import(source);
+  const std::vector<host::BaseObject*> found = OfType(host::Olight);
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found[0]->GetDataInstance()->GetReal(engine::kLightRadius), 25);
+  EXPECT_EQ(found[1]->GetDataInstance()->GetReal(engine::kLightRadius), 0);
+}
+
 }  // namespace
 }  // namespace tests

@@ -11,6 +11,7 @@
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Extras.h"
 #include "engine/scene/Mesh.h"
+#include "engine/scene/PictureParameters.h"
 #include "host/Parameters.h"
 #include "tests/support/SceneBuilder.h"
 #include "tests/support/ScriptedServices.h"
@@ -152,6 +153,7 @@ TEST_F(PublishTest, CamerasLightsAndFacts) {
   host::BaseContainer& lamp = *scene_.Last()->GetDataInstance();
   lamp.SetLong(host::LIGHT_TYPE, 1);
   lamp.SetReal(host::LIGHT_BRIGHTNESS, 3);
+  lamp.SetReal(engine::kLightRadius, 25);
   scene_.Object("Ambient", host::Olight);
   scene_.Last()->GetDataInstance()->SetLong(host::LIGHT_TYPE, 4);
   const json file = Publish();
@@ -161,6 +163,7 @@ TEST_F(PublishTest, CamerasLightsAndFacts) {
   const json& light = file["extensions"]["KHR_lights_punctual"]["lights"];
   ASSERT_EQ(light.size(), 1U) << "the format has no ambient light";
   EXPECT_EQ(light[0]["type"], "spot");
+  EXPECT_EQ(light[0]["extras"]["radius"], 0.25);
   EXPECT_EQ(light[0]["intensity"], 3.0);
   EXPECT_LT(light[0]["spot"]["innerConeAngle"], light[0]["spot"]["outerConeAngle"]);
   ASSERT_EQ(notes_.size(), 1U);
