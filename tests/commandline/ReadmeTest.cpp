@@ -86,7 +86,9 @@ TEST_F(Readme, CommandsOfTheManualDoWhatTheySay) {
 TEST_F(Readme, ScriptsRun) {
   for (const char* name : {"run", "test"})
     fs::copy(std::string(TEST_SOURCE_DIR "/") + name, folder_ / name);
-  fs::copy(TEST_SOURCE_DIR "/cmake", folder_ / "cmake");
+  for (const char* folder : {"cmake", "scenes"})
+    fs::copy(std::string(TEST_SOURCE_DIR "/") + folder, folder_ / folder,
+             fs::copy_options::recursive);
   const std::string tools =
       Notetakers(folder_ / "tools",
                  {"cmake", "ninja", "ctest", "git", "clang-format", "clang-tidy", "dpkg-query"});
@@ -105,7 +107,7 @@ TEST_F(Readme, ScriptsRun) {
   const std::string said = ReadText(folder_ / "said");
   for (const char* call : {"ninja -C " TEST_BINARY_DIR " ", "ctest --test-dir " TEST_BINARY_DIR,
                            "-DSTAGEMARKS_SANITIZE=address,undefined", "ctest --test-dir build/asan",
-                           "git ls-files", "stagemarks-desktop scenes/dungeon/dungeon.gltf\n"}) {
+                           "git ls-files", "stagemarks-desktop desktop/sample/teapot.c4d\n"}) {
     EXPECT_NE(said.find(call), std::string::npos) << call << "\n" << said;
   }
 }
