@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,17 @@ inline constexpr int kTrouble = 2;
 // Stopped by Ctrl-C; other signals that ask to stop give 128 + their number
 inline constexpr int kInterrupted = 130;
 
+struct OpenScene;
+
 struct Program {
-  Terminal terminal;
+  Program() : own(std::make_unique<Terminal>()), terminal(*own) {}
+  // A step of `run`: with its terminal and its open scene.
+  Program(Terminal& shared, std::shared_ptr<OpenScene> opened)
+      : terminal(shared), open(std::move(opened)) {}
+
+  std::unique_ptr<Terminal> own;
+  Terminal& terminal;
+  std::shared_ptr<OpenScene> open;  // null but in a step
   std::function<int()> verb;
   std::string verbName;
 
@@ -40,6 +50,8 @@ struct Program {
   bool strict = false;
 };
 
+// Declares every verb.
+void AddVerbs(Arguments& arguments, Program& program);
 // One function per verb, in the order of the help.
 void AddNew(Arguments& arguments, Program& program);
 void AddImport(Arguments& arguments, Program& program);
@@ -61,6 +73,7 @@ void AddSetCamera(Arguments& arguments, Program& program);
 void AddRename(Arguments& arguments, Program& program);
 void AddDelete(Arguments& arguments, Program& program);
 void AddDeleteAll(Arguments& arguments, Program& program);
+void AddRun(Arguments& arguments, Program& program);
 void AddStates(Arguments& arguments, Program& program);
 void AddCleanMaterials(Arguments& arguments, Program& program);
 void AddExport(Arguments& arguments, Program& program);

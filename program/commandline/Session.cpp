@@ -41,34 +41,37 @@ std::string AbsolutePath(const std::string& typed) {
   return error ? typed : absolute.lexically_normal().string();
 }
 
-Session::Session(Program& program)
-    : program_(program),
-      system_(program.terminal),
-      files_(system_.Get().ledger, program.terminal),
-      services_{files_,
-                system_.Get().clock,
-                system_.Get().person,
-                system_.Get().ledger,
-                system_.Get().folders,
-                system_.Get().viewer} {
+OpenScene::OpenScene(Terminal& terminal)
+    : system(terminal),
+      files(system.Get().ledger, terminal),
+      services{files,
+               system.Get().clock,
+               system.Get().person,
+               system.Get().ledger,
+               system.Get().folders,
+               system.Get().viewer} {
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
-  application_ = std::make_unique<engine::Application>(services_, setup);
+  application = std::make_unique<engine::Application>(services, setup);
 }
+
+Session::Session(Program& program)
+    : program_(program),
+      open_(program.open ? program.open : std::make_shared<OpenScene>(program.terminal)) {}
 
 int Session::Start() { return LoadPlugin(); }
 
 int Session::LoadPlugin() {
   const std::string path = engine::PluginFolder() + "/" + kPlugin + "/" + kPlugin + ".so";
-  const engine::LoadReport report = application_->LoadPlugin(path);
+  const engine::LoadReport report = open_->application->LoadPlugin(path);
   if (report.outcome != engine::LoadOutcome::Loaded) {
     program_.terminal.Error(report.message);
     return kFailed;
   }
-  for (const engine::CommandPlugin& command : application_->Commands()) {
-    if (command.name.ToUtf8() == kPlugin && application_->ExecuteCommand(command.id) &&
+  for (const engine::CommandPlugin& command : open_->application->Commands()) {
+    if (command.name.ToUtf8() == kPlugin && open_->application->ExecuteCommand(command.id) &&
         !engine::OpenDialogs().empty()) {
-      dialog_ = std::make_unique<StagemarksDialog>(*engine::OpenDialogs().back());
+      open_->dialog = std::make_unique<StagemarksDialog>(*engine::OpenDialogs().back());
       return kDone;
     }
   }
@@ -77,6 +80,7 @@ int Session::LoadPlugin() {
 }
 
 int Session::StartWithScene() {
+  if (program_.open) return kDone;
   if (const int status = CheckTarget(); status != kDone) return status;
   int status = Start();
   if (status == kDone) status = LockScene();
@@ -97,7 +101,7 @@ int Session::LockScene() {
   if (!atOnce) terminal.Error(atOnce.Message());
   if (!atOnce) return kFailed;
   if (atOnce.Value()) {
-    lock_ = std::move(*atOnce.Value());
+    open_->lock = std::move(*atOnce.Value());
     return kDone;
   }
   if (program_.longestWait > 0)
@@ -105,7 +109,7 @@ int Session::LockScene() {
   const auto progress = [&](double share) { return terminal.Progress(share, "Waiting"); };
   auto lock = engine::FileLock::Take(scene, std::chrono::seconds(program_.longestWait), progress);
   if (lock) {
-    lock_ = lock.Take();
+    open_->lock = lock.Take();
     return kDone;
   }
   if (Terminal::Interrupted()) return kInterrupted;
@@ -116,30 +120,31 @@ int Session::LockScene() {
 
 int Session::Open(const std::string& path) {
   const std::string absolute = AbsolutePath(path);
-  importNotes_.clear();
-  const auto opened = application_->OpenDocument(absolute, &importNotes_);
+  open_->importNotes.clear();
+  const auto opened = open_->application->OpenDocument(absolute, &open_->importNotes);
   if (!opened) {
     // The importer hears of Ctrl-C, too, and may end first.
     const bool stopped = Terminal::Interrupted() && engine::IsImportable(absolute);
     program_.terminal.Error(stopped ? "The import was stopped." : opened.Message());
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
-  imported_ = fs::path(absolute).extension() != ".c4d";
-  application_->DeliverEvents();
-  if (dialog_) {
+  open_->imported = fs::path(absolute).extension() != ".c4d";
+  open_->application->DeliverEvents();
+  if (open_->dialog) {
     recording::RecordedStates recorded =
-        recording::RecordImportedStates(services_, *dialog_, Document());
-    importedMarks_ = std::move(recorded.names);
-    importNotes_.insert(importNotes_.end(), recorded.notes.begin(), recorded.notes.end());
-    application_->DeliverEvents();
+        recording::RecordImportedStates(open_->services, *open_->dialog, Document());
+    open_->importedMarks = std::move(recorded.names);
+    open_->importNotes.insert(open_->importNotes.end(), recorded.notes.begin(),
+                              recorded.notes.end());
+    open_->application->DeliverEvents();
   }
-  for (const std::string& note : importNotes_) program_.terminal.Note(note);
+  for (const std::string& note : open_->importNotes) program_.terminal.Note(note);
   return Terminal::Interrupted() ? kInterrupted : kDone;
 }
 
 int Session::ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names) {
   std::vector<std::string> known;
-  for (Mark& mark : dialog_->Marks()) known.push_back(std::move(mark.name));
+  for (Mark& mark : open_->dialog->Marks()) known.push_back(std::move(mark.name));
   if (typed.empty()) {
     names = std::move(known);
     return kDone;
@@ -208,14 +213,14 @@ int Session::Check(const std::vector<std::string>& typed) {
     return kFailed;
   }
   const bool checked =
-      typed.empty() ? dialog_->Choose(pictures::kCheckAll) : dialog_->CheckOnly(names);
+      typed.empty() ? open_->dialog->Choose(pictures::kCheckAll) : open_->dialog->CheckOnly(names);
   if (!checked) program_.terminal.Error("The rows could not be checked.");
   return checked ? kDone : kFailed;
 }
 
 int Session::CheckTextures(Report& report) {
-  const std::vector<std::string> missing = engine::MissingTextures(files_, Document());
-  texturesChecked_ = true;
+  const std::vector<std::string> missing = engine::MissingTextures(open_->files, Document());
+  open_->texturesChecked = true;
   report.Put("missingTextures", missing);
   TellMissing(program_.terminal, missing, program_.strict);
   if (!program_.strict || missing.empty()) return kDone;
@@ -226,7 +231,8 @@ int Session::CheckTextures(Report& report) {
 
 void Session::HoldSideFiles() {
   const host::BaseDocument& doc = Document();
-  files_.HoldChangesAt(Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
+  open_->files.HoldChangesAt(
+      Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
 }
 
 // Asked before anything is done.
@@ -253,7 +259,7 @@ int Session::CheckReplacing(const std::vector<std::string>& paths, const std::st
   if (program_.force) return kDone;
   std::vector<std::string> others;
   for (const std::string& path : paths) {
-    if (!MayReplace(files_, path, maker)) others.push_back(path);
+    if (!MayReplace(open_->files, path, maker)) others.push_back(path);
   }
   if (others.empty()) return kDone;
   const bool one = others.size() == 1;
@@ -270,13 +276,17 @@ std::string Session::Target() const {
 }
 
 int Session::Keep(Report& report) {
-  files_.StopHolding();
+  if (program_.open) {
+    report.Print(program_.json);
+    return CheckLedger();
+  }
+  open_->files.StopHolding();
   const std::string target = Target();
   report.Put("written", JsonValue());
   if (!target.empty()) return Write(target, report);
   report.Print(program_.json);
   program_.terminal.Note("nothing was written; -o OUT.c4d keeps the result" +
-                         std::string(imported_ ? "." : ", --write keeps it in place."));
+                         std::string(open_->imported ? "." : ", --write keeps it in place."));
   return CheckLedger();
 }
 
@@ -289,8 +299,8 @@ engine::Status Session::CheckAgain(const std::string& target, std::size_t refuse
         "was "
         "written. Give another name, or --force to replace what is there.");
   }
-  const bool allowed =
-      program_.output.empty() || program_.force || MayReplace(files_, target, program_.verbName);
+  const bool allowed = program_.output.empty() || program_.force ||
+                       MayReplace(open_->files, target, program_.verbName);
   return allowed
              ? engine::Status()
              : engine::Status::Failure("\"" + target + "\" was made by somebody else meanwhile.");
@@ -299,18 +309,18 @@ engine::Status Session::CheckAgain(const std::string& target, std::size_t refuse
 int Session::Write(const std::string& target, Report& report) {
   const std::size_t refused = program_.terminal.Refused();
   if (program_.force) program_.terminal.Choose({true, program_.quiet, program_.verbose});
-  const bool hasMarks = dialog_ && !dialog_->Marks().empty();
+  const bool hasMarks = open_->dialog && !open_->dialog->Marks().empty();
   if (!program_.output.empty() && !hasMarks) engine::SetSceneOrigin(Document(), program_.verbName);
   engine::SaveChoices choices;
   choices.longestWait = std::chrono::seconds(program_.longestWait);
-  if (lock_.Covers(target)) choices.lock = &lock_;
+  if (open_->lock.Covers(target)) choices.lock = &open_->lock;
   choices.ready = [&] { return CheckAgain(target, refused); };
-  if (const engine::Status saved = application_->SaveDocumentAs(Document(), target, choices);
+  if (const engine::Status saved = open_->application->SaveDocumentAs(Document(), target, choices);
       !saved) {
     program_.terminal.Error(saved.Message());
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
-  files_.CarryOut(Stem(target));
+  open_->files.CarryOut(Stem(target));
   report.Put("written", target);
   report.Line("Written: " + target);
   report.Print(program_.json);
@@ -319,7 +329,7 @@ int Session::Write(const std::string& target, Report& report) {
 
 int Session::CheckLedger() {
   const std::vector<std::string> failures =
-      outcome::Sentences(outcome::FailuresThatMatter(services_, 0));
+      outcome::Sentences(outcome::FailuresThatMatter(open_->services, 0));
   for (const std::string& failure : failures) program_.terminal.Error(failure);
   return failures.empty() ? kDone : kFailed;
 }

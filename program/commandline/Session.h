@@ -1,5 +1,5 @@
 // Session: the application with the plug-in loaded and its dialog open, and the scene that a verb
-// works on. It owns the application; files are written only by Keep. Every function that can fail
+// works on. It owns the application, alone or with the steps of a batch; files are written only by Keep. Every function that can fail
 // says why on the terminal and answers an exit status, kDone when all went well. Main thread.
 #pragma once
 
@@ -28,8 +28,25 @@ void TellMissing(Terminal& terminal, const std::vector<std::string>& textures, b
 // An absolute path for one as typed.
 std::string AbsolutePath(const std::string& typed);
 
+// What a session has open. The steps of `run` share one: its scene is read and written once.
+struct OpenScene {
+  explicit OpenScene(Terminal& terminal);
+
+  engine::SystemServices system;
+  DeferredFileSystem files;
+  const engine::Services services;
+  std::unique_ptr<engine::Application> application;
+  std::unique_ptr<StagemarksDialog> dialog;
+  engine::FileLock lock;
+  bool imported = false;
+  std::vector<std::string> importNotes;
+  std::vector<std::string> importedMarks;
+  bool texturesChecked = false;
+};
+
 class Session {
  public:
+  // Of the program's open scene where it has one, as a step has.
   explicit Session(Program& program);
 
   // Loads the plug-in and opens its dialog.
@@ -47,13 +64,15 @@ class Session {
   // become Stagemarks.
   int Open(const std::string& path);
   // Of the last import: what it lost or mended, and the Stagemarks that it made.
-  const std::vector<std::string>& ImportNotes() const { return importNotes_; }
-  const std::vector<std::string>& ImportedMarks() const { return importedMarks_; }
+  const std::vector<std::string>& ImportNotes() const { return open_->importNotes; }
+  const std::vector<std::string>& ImportedMarks() const { return open_->importedMarks; }
 
-  engine::Application& App() { return *application_; }
-  const engine::Services& GetServices() { return services_; }
-  DeferredFileSystem& Files() { return files_; }
-  StagemarksDialog& Dialog() { return *dialog_; }
+  engine::Application& App() { return *open_->application; }
+  const engine::Services& GetServices() { return open_->services; }
+  // For the steps of a batch, which keep nothing: Keep of this session does.
+  const std::shared_ptr<OpenScene>& Opened() const { return open_; }
+  DeferredFileSystem& Files() { return open_->files; }
+  StagemarksDialog& Dialog() { return *open_->dialog; }
   host::BaseDocument& Document() { return *host::GetActiveDocument(); }
   Program& GetProgram() { return program_; }
 
@@ -71,7 +90,7 @@ class Session {
   // Names the textures that pictures of the scene lack, on the terminal and as "missingTextures" in
   // the report. With --strict one of them is enough for kFailed; then a program has got the report.
   int CheckTextures(Report& report);
-  bool TexturesChecked() const { return texturesChecked_; }
+  bool TexturesChecked() const { return open_->texturesChecked; }
   // From now on the plug-in's changes to files beside the scene wait until Keep writes the scene.
   void HoldSideFiles();
   // The end of a verb that changes a scene: writes it where -o or --write say so and prints the
@@ -91,16 +110,7 @@ class Session {
   int Write(const std::string& target, Report& report);
 
   Program& program_;
-  engine::SystemServices system_;
-  DeferredFileSystem files_;
-  const engine::Services services_;
-  std::unique_ptr<engine::Application> application_;
-  std::unique_ptr<StagemarksDialog> dialog_;
-  engine::FileLock lock_;
-  bool imported_ = false;
-  std::vector<std::string> importNotes_;
-  std::vector<std::string> importedMarks_;
-  bool texturesChecked_ = false;
+  std::shared_ptr<OpenScene> open_;
 };
 
 }  // namespace commandline

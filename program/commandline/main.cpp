@@ -18,6 +18,29 @@
 namespace commandline {
 namespace {
 
+using AddVerb = void (*)(Arguments&, Program&);
+
+void AddGroup(Arguments& arguments, Program& program, const char* title,
+              std::initializer_list<AddVerb> verbs) {
+  arguments.BeginGroup(title);
+  for (const AddVerb add : verbs) add(arguments, program);
+}
+
+}  // namespace
+
+void AddVerbs(Arguments& arguments, Program& program) {
+  AddGroup(arguments, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet, AddRun});
+  AddGroup(arguments, program, "Stagemarks",
+           {AddRecord, AddList, AddShow, AddDiff, AddMatrix, AddCheck, AddLoad, AddRename,
+            AddDelete, AddDeleteAll, AddOptions, AddStates});
+  AddGroup(arguments, program, "Many Stagemarks at once",
+           {AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
+  AddGroup(arguments, program, "Files and pictures",
+           {AddExport, AddPublish, AddPage, AddRender, AddFarm, AddSheet, AddDemo});
+}
+
+namespace {
+
 // For the build, which makes the manual page and the completion of it: `stagemarks --describe
 // man|bash`.
 bool IsDescription(int count, char** words) {
@@ -34,25 +57,6 @@ bool IsImportWorker(int count, char** words) {
 // `stagemarks --state-worker`.
 bool IsStateWorker(int count, char** words) {
   return count == 2 && std::string_view(words[1]) == pictures::kStateWorkerVerb;
-}
-
-using AddVerb = void (*)(Arguments&, Program&);
-
-void AddGroup(Arguments& arguments, Program& program, const char* title,
-              std::initializer_list<AddVerb> verbs) {
-  arguments.BeginGroup(title);
-  for (const AddVerb add : verbs) add(arguments, program);
-}
-
-void AddVerbs(Arguments& arguments, Program& program) {
-  AddGroup(arguments, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet});
-  AddGroup(arguments, program, "Stagemarks",
-           {AddRecord, AddList, AddShow, AddDiff, AddMatrix, AddCheck, AddLoad, AddRename,
-            AddDelete, AddDeleteAll, AddOptions, AddStates});
-  AddGroup(arguments, program, "Many Stagemarks at once",
-           {AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
-  AddGroup(arguments, program, "Files and pictures",
-           {AddExport, AddPublish, AddPage, AddRender, AddFarm, AddSheet, AddDemo});
 }
 
 int Run(int count, char** words) {

@@ -160,7 +160,7 @@ class Import {
 
 int RunStates(Program& program, const StatesOptions& options) {
   const bool exports = options.action == kExport;
-  if (exports && (program.write || !program.output.empty())) {
+  if (exports && !program.open && (program.write || !program.output.empty())) {
     program.terminal.Error(
         "An export of states is printed: write it into a file with > FILE. The scene stays as it "
         "is.");
