@@ -3,10 +3,9 @@
 // path. Both documents outlive it unchanged. Main thread.
 #pragma once
 
-#include <string>
-#include <unordered_map>
+#include <optional>
 
-#include "engine/core/ContainerContents.h"
+#include "engine/states/ElementPlaces.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
@@ -25,13 +24,9 @@ class Counterparts {
  private:
   const host::BaseDocument& from_;
   const host::BaseDocument& to_;
-  bool hasPaths_ = false;
-  std::unordered_map<NodeId, std::string> paths_;   // in `from`
-  std::unordered_map<std::string, NodeId> places_;  // in `to`
+  // Once something is not found by its identity.
+  std::optional<ElementPlaces> here_;
+  std::optional<ElementPlaces> there_;
 };
-
-// Path of each object, tag, material, layer and render settings of a document, by identity: the
-// names from the top, with a number where siblings of one kind have the same name.
-std::unordered_map<NodeId, std::string> ExactPaths(const host::BaseDocument& doc);
 
 }  // namespace engine

@@ -16,16 +16,19 @@ namespace {
 // Stands above everything for the list of names.
 constexpr PlaceKey kAnywhere = 2;
 
+// The usual mix of two hashes (64 bits of the golden ratio).
+PlaceKey Mixed(PlaceKey key, std::uint64_t part) {
+  return key ^ (part + 0x9e3779b97f4a7c15 + (key << 6) + (key >> 2));
+}
+
 }  // namespace
 
-// The usual mix of two hashes (64 bits of the golden ratio).
-PlaceKey KeyInside(PlaceKey above, LONG type, std::string_view name) {
-  PlaceKey key = above;
-  for (const std::uint64_t part : {static_cast<std::uint64_t>(type),
-                                   static_cast<std::uint64_t>(std::hash<std::string_view>()(name))})
-    key ^= part + 0x9e3779b97f4a7c15 + (key << 6) + (key >> 2);
-  return key;
+PlaceKey KeyInside(PlaceKey inside, LONG type, std::string_view name) {
+  return Mixed(Mixed(inside, static_cast<std::uint64_t>(type)),
+               std::hash<std::string_view>()(name));
 }
+
+PlaceKey InsideOf(PlaceKey key, std::size_t position) { return Mixed(key, position); }
 
 ElementPlaces::ElementPlaces(const BaseDocument& doc) {
   for (const host::GeListNode* node = NextInside(doc, doc); node; node = NextInside(*node, doc)) {
@@ -35,8 +38,10 @@ ElementPlaces::ElementPlaces(const BaseDocument& doc) {
     const bool isTop = !owner || owner == &doc;
     Place place;
     place.above = isTop ? 0 : IdOf(*owner);
-    place.key =
-        KeyInside(isTop ? kTopPlace : elements_[place.above].key, element.GetType(), name.View());
+    PlaceKey inside = kTopPlace;
+    if (const Place* above = isTop ? nullptr : Find(place.above))
+      inside = InsideOf(above->key, above->position);
+    place.key = KeyInside(inside, element.GetType(), name.View());
     const NodeId id = IdOf(element);
     std::vector<NodeId>& equals = places_[place.key];
     place.position = equals.size();

@@ -13,11 +13,13 @@
 
 namespace engine {
 
-// Of a type and name inside a place; kTopPlace for what lies in the document itself. Equal in all
-// documents, but of one run of the program only.
+// Of a type and name inside an element, or in the document itself (kTopPlace); all equals have the
+// same one. The same in all documents, but of one run of the program only.
 using PlaceKey = std::uint64_t;
 inline constexpr PlaceKey kTopPlace = 1;
-PlaceKey KeyInside(PlaceKey above, host::LONG type, std::string_view name);
+PlaceKey KeyInside(PlaceKey inside, host::LONG type, std::string_view name);
+// What lies in the equal of that number lies inside this.
+PlaceKey InsideOf(PlaceKey key, std::size_t position);
 
 class ElementPlaces {
  public:
@@ -26,7 +28,7 @@ class ElementPlaces {
   struct Place {
     PlaceKey key = 0;
     NodeId above = 0;          // the element that it lies in, 0 for none
-    std::size_t position = 0;  // among those of that key, in the order of the scene
+    std::size_t position = 0;  // among those of that key, in the order of the scene; 0-based
   };
   // Null for what is not in the document.
   const Place* Find(NodeId element) const;

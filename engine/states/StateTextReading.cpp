@@ -115,14 +115,15 @@ class ElementFinder {
       way.push_back(RequiredText(json, "in"));
       if (way.size() > elements_.size()) throw UnreadableText("elements lie in themselves");
     }
-    PlaceKey key = kTopPlace;
+    PlaceKey key = 0;
+    PlaceKey inside = kTopPlace;
     for (; !way.empty(); way.pop_back()) {
+      const Json& json = Described(way.back());
       const auto [place, isNew] = keys_.try_emplace(way.back());
-      if (isNew) {
-        const Json& json = Described(way.back());
-        place->second = KeyInside(key, NumberOr(json, "type", 0), RequiredText(json, "name"));
-      }
+      if (isNew)
+        place->second = KeyInside(inside, NumberOr(json, "type", 0), RequiredText(json, "name"));
       key = place->second;
+      inside = InsideOf(key, static_cast<std::size_t>(NumberOr(json, "position", 0)));
     }
     return key;
   }
