@@ -1,7 +1,5 @@
 #include "engine/states/Findings.h"
 
-#include <utf8proc.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
@@ -9,6 +7,7 @@
 #include <memory>
 #include <unordered_map>
 
+#include "engine/outside/FoldedName.h"
 #include "engine/scene/DocumentState.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
@@ -107,15 +106,6 @@ class FindingList {
   std::map<std::pair<KindIndex, std::size_t>, Group> groups_;
 };
 
-// The name as file systems compare it that do not tell letters by their case.
-std::string Folded(const std::string& name) {
-  utf8proc_uint8_t* folded =
-      utf8proc_NFKC_Casefold(reinterpret_cast<const utf8proc_uint8_t*>(name.c_str()));
-  if (!folded) return name;
-  const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(folded, &std::free);
-  return reinterpret_cast<const char*>(folded);
-}
-
 // Seconds since 1970 of a local time.
 std::int64_t SecondsOf(const StoredDate& date) {
   std::tm local{};
@@ -174,7 +164,7 @@ class Search {
       }
       if (state.name.find_first_of("/\\") != std::string::npos)
         found_.Add(kFileNameUnfit, state.name, "The name holds a slash or a backslash.");
-      const auto [first, isNew] = folded.try_emplace(Folded(state.name), &state.name);
+      const auto [first, isNew] = folded.try_emplace(FoldedName(state.name), &state.name);
       if (!isNew && *first->second != state.name)
         found_.Add(kFileNameClash, state.name,
                    "\"" + *first->second + "\" differs from it by the case of letters only.");

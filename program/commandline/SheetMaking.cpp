@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "engine/outside/FoldedName.h"
 #include "program/commandline/FileOrigin.h"
 
 namespace commandline {
@@ -180,7 +181,8 @@ bool SheetMaking::TakeKept(const Planned& planned, engine::Image* picture) {
 std::string SheetMaking::FreeName(const std::string& name) {
   const std::string safe = SafeFileName(name);
   std::string free = safe + ".png";
-  for (std::size_t& number = numbers_[FoldedCase(safe)]; !files_.insert(FoldedCase(free)).second;) {
+  for (std::size_t& number = numbers_[engine::FoldedName(safe)];
+       !files_.insert(engine::FoldedName(free)).second;) {
     free = safe + " (" + std::to_string(++number + 1) + ").png";
   }
   return free;

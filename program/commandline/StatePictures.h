@@ -20,7 +20,6 @@ using pictures::CheckPattern;
 using pictures::FillPattern;
 using pictures::FindClash;
 using pictures::FittedInto;
-using pictures::FoldedCase;
 using pictures::HasPlaceholder;
 using pictures::KindOfName;
 using pictures::PictureFacts;

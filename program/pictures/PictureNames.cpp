@@ -1,13 +1,11 @@
 #include "program/pictures/PictureNames.h"
 
 #include <algorithm>
-#include <clocale>
-#include <cwchar>
-#include <cwctype>
 #include <filesystem>
 #include <map>
 
 #include "engine/core/Utf8.h"
+#include "engine/outside/FoldedName.h"
 
 namespace pictures {
 
@@ -222,35 +220,11 @@ engine::Result<std::string> EncodePicture(const engine::Image& picture, const st
   }
 }
 
-// Letters as small ones wherever the system's tables of Unicode know them; bytes that are no text
-// stay as they are.
-std::string FoldedCase(const std::string& text) {
-  static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  if (!unicode) return text;
-  const locale_t former = uselocale(unicode);
-  std::string folded;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t bytes = engine::CharacterBytes(text, at);
-    std::mbstate_t state{};
-    wchar_t wide = 0;
-    char small[16];
-    std::size_t count = std::mbrtowc(&wide, text.data() + at, bytes, &state);
-    if (count == bytes)
-      count = std::wcrtomb(
-          small, static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(wide))), &state);
-    const bool known = count > 0 && count <= sizeof small;
-    folded += known ? std::string(small, count) : text.substr(at, bytes);
-    at += bytes;
-  }
-  uselocale(former);
-  return folded;
-}
-
 std::optional<std::pair<std::size_t, std::size_t>> FindClash(
     const std::vector<std::string>& paths) {
   std::map<std::string, std::size_t> seen;
   for (std::size_t i = 0; i < paths.size(); ++i) {
-    const auto [first, isNew] = seen.try_emplace(FoldedCase(paths[i]), i);
+    const auto [first, isNew] = seen.try_emplace(engine::FoldedName(paths[i]), i);
     if (!isNew) return std::pair{first->second, i};
   }
   return std::nullopt;

@@ -51,8 +51,6 @@ std::string SafeFileName(const std::string& text);
 // text; of the others FileOrigin.h takes care.
 engine::Result<std::string> EncodePicture(const engine::Image& picture, const std::string& path,
                                           const std::string& note = "");
-// The text with small letters only: texts that some file systems would take for one become equal.
-std::string FoldedCase(const std::string& text);
 // Two of the paths that some file systems would take for one: equal up to letter case.
 std::optional<std::pair<std::size_t, std::size_t>> FindClash(const std::vector<std::string>& paths);
 
