@@ -21,6 +21,13 @@ std::string OwnNumber() {
   return number ? number : "";
 }
 
+// As many threads as the task was given cores, unless somebody says otherwise.
+unsigned Threads(const FarmOptions& options) {
+  const char* cores = std::getenv("SLURM_CPUS_ON_NODE");
+  const int given = cores ? std::atoi(cores) : 0;
+  return options.jobs > 0 || given < 1 ? options.jobs : static_cast<unsigned>(given);
+}
+
 // Carries out one call of `farm run`.
 class FarmRunning {
  public:
@@ -28,7 +35,7 @@ class FarmRunning {
       : program_(program),
         options_(options),
         session_(program),
-        pictures_(session_, options.jobs) {}
+        pictures_(session_, Threads(options)) {}
 
   int Run() {
     int status = kDone;
@@ -201,7 +208,7 @@ class FarmCollecting {
     order.folder = job_.folder + "/page";
     order.from = {job_.folder};
     order.resume = true;
-    order.threads = options_.jobs;
+    order.threads = Threads(options_);
     return SheetMaking(session_, order).Run(report_);
   }
 
