@@ -217,6 +217,43 @@ TEST(ImageFiles, SizesOutsideTheBoundsAreRefusedBeforeMemoryIsTaken) {
   EXPECT_FALSE(engine::EncodePng(Image{4, 4, {}, std::vector<float>(64)}));
 }
 
+// Light beyond white is kept, what a half float cannot hold is bounded, and the note is found.
+TEST(ImageFiles, OpenExrKeepsTheLight) {
+  const Image light{2, 1, {}, {0.25F, 4, 1000, 1, 1e9F, std::nanf(""), -2, 1}};
+  const std::string file = engine::EncodeExr(light, "made of nothing").Take();
+  EXPECT_NE(file.find("made of nothing"), std::string::npos);
+  EXPECT_EQ(file, engine::EncodeExr(light, "made of nothing").Value());
+  const auto read = engine::DecodeImage(file + "what others write behind it");
+  ASSERT_TRUE(read) << read.Message();
+  EXPECT_EQ(read.Value().floats, (std::vector<float>{0.25F, 4, 1000, 1, 65504, 0, -2, 1}));
+  const Image clear{1, 1, {}, {0.5F, 1, 2, 0.25F}};
+  EXPECT_EQ(engine::DecodeImage(engine::EncodeExr(clear).Take()).Value().floats, clear.floats);
+  EXPECT_FALSE(engine::EncodeExr(Gradient(4, 4)));
+}
+
+TEST(ImageFiles, ScaledDownIsTheMeanOfTheLight) {
+  const auto gray = [](std::vector<std::uint8_t> levels, std::uint32_t width) {
+    Image image{width, static_cast<std::uint32_t>(levels.size()) / width, {}, {}};
+    for (const std::uint8_t level : levels)
+      image.bytes.insert(image.bytes.end(), {level, level, level, 255});
+    return image;
+  };
+  EXPECT_EQ(PixelText(engine::ScaledDown(gray({0, 255, 255, 0}, 2), 1, 1), 0, 0),
+            "188 188 188 255");
+  const Image uneven = engine::ScaledDown(gray({0, 255, 255}, 3), 2, 1);
+  EXPECT_EQ(PixelText(uneven, 0, 0), "156 156 156 255") << "a third of white, two of black";
+  EXPECT_EQ(PixelText(uneven, 1, 0), "255 255 255 255");
+  Image half = gray({255, 0}, 2);
+  half.bytes[7] = 0;
+  EXPECT_EQ(PixelText(engine::ScaledDown(half, 1, 1), 0, 0), "255 255 255 128")
+      << "what is not there has no color";
+  const Image same = Gradient(7, 3);
+  EXPECT_EQ(engine::ScaledDown(same, 7, 3).bytes, same.bytes);
+  EXPECT_EQ(engine::ScaledDown(same, 70, 30).bytes, same.bytes) << "never larger";
+  const Image light{2, 1, {}, {4, 0, 0, 1, 0, 0, 0, 1}};
+  EXPECT_EQ(engine::ScaledDown(light, 1, 1).floats, (std::vector<float>{2, 0, 0, 1}));
+}
+
 TEST(Colors, SrgbAndBackIsExact) {
   for (int i = 0; i < 256; ++i) {
     const auto byte = static_cast<std::uint8_t>(i);
