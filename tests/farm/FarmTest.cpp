@@ -265,6 +265,9 @@ TEST_F(Farm, ImpossibleCallsAreRefused) {
     EXPECT_NE(result.err.find("is damaged"), std::string::npos) << result.err;
   }
   tests::WriteText(job + "/tasks.jsonl", tasks);
+  const ChildResult broken = Try("STAGEMARKS_PLUGINS=/nowhere stagemarks farm run");
+  EXPECT_EQ(broken.status, 1);
+  EXPECT_TRUE(Status()["stopped"].is_null()) << "what is wrong with one machine stops no other";
   const ChildResult stopped = Try("timeout --preserve-status -s TERM 0.05 stagemarks farm run");
   EXPECT_TRUE(stopped.status == 143 || stopped.status == 0) << stopped.status << stopped.err;
   Run("stagemarks farm run");

@@ -87,8 +87,9 @@ class FarmRunning {
     if (session_.Files().Kind(job_.scene) != engine::FileKind::File)
       return Stop("The frozen scene \"" + job_.scene + "\" is not to be seen from \"" +
                   pictures::HostName() + "\".");
-    program_.scene = job_.scene;
-    if (const int status = session_.StartWithScene(); status != kDone)
+    // A machine on which the program does not work is no reason to stop the others.
+    if (const int status = session_.Start(); status != kDone) return status;
+    if (const int status = session_.Open(job_.scene); status != kDone)
       return status == kInterrupted ? status : Stop("The frozen scene cannot be opened.");
     if (const int status = pictures_.Choose({}); status != kDone) return status;
     const pictures::SceneHashes hashes(session_.Document(), session_.Files());
