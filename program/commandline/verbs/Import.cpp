@@ -206,18 +206,12 @@ int RunImport(Program& program, const ImportChoices& choices) {
   return UpdateFromFile(program, choices, source).Run();
 }
 
-}  // namespace
-
-void AddImport(Arguments& arguments, Program& program) {
-  Verb verb =
-      arguments.AddVerb("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
-  AddScene(verb, program, "The file to import: .gltf, .glb, .fbx, .obj or .dae");
-  auto choices = std::make_shared<ImportChoices>();
-  verb.Add("OUT", program.output, "The .c4d file to write");
-  verb.Add("--update", choices->update,
+// The options of bringing a scene up to date; `choices` live until the verb has run.
+void AddUpdating(Verb verb, Program& program, ImportChoices& choices) {
+  verb.Add("--update", choices.update,
            "Bring a scene up to date that came from this file: its Stagemarks stay")
       .Word("SCENE");
-  verb.Add("--gone", choices->gone,
+  verb.Add("--gone", choices.gone,
            "With --update, what the file does not have any more: keep: stays in the scene; remove: "
            "is deleted")
       .OneOf({"keep", "remove"})
@@ -226,13 +220,24 @@ void AddImport(Arguments& arguments, Program& program) {
       .Needs("--update");
   verb.AddFlag("--write", program.write, "With --update, write the change into SCENE itself")
       .Needs("--update");
-  verb.AddFlag("-n,--dry-run", choices->dryRun, "Say what --update would change, write nothing")
+  verb.AddFlag("-n,--dry-run", choices.dryRun, "Say what --update would change, write nothing")
       .Needs("--update")
       .Excludes("--write");
   verb.Add("-o,--output", program.output, "The same as OUT")
       .Word("OUT")
       .Needs("--update")
       .Excludes("--write");
+}
+
+}  // namespace
+
+void AddImport(Arguments& arguments, Program& program) {
+  Verb verb =
+      arguments.AddVerb("import", "Turn a glTF, FBX, OBJ or COLLADA file into a scene of ours");
+  AddScene(verb, program, "The file to import: .gltf, .glb, .fbx, .obj or .dae");
+  auto choices = std::make_shared<ImportChoices>();
+  verb.Add("OUT", program.output, "The .c4d file to write");
+  AddUpdating(verb, program, *choices);
   verb.AddFlag("--collect", choices->collect,
                "Copy linked textures into the folder \"tex\" beside the scene");
   AddStrict(verb, program);
@@ -240,10 +245,8 @@ void AddImport(Arguments& arguments, Program& program) {
   verb.Footer(
       "A glTF file with material variants comes in with one Stagemark per variant. --update finds "
       "objects by their names from the top and changes what the file says differently since the "
-      "last "
-      "import; what was changed here stays. Like every verb it writes only to OUT, or to SCENE "
-      "with "
-      "--write.\n\n"
+      "last import; what was changed here stays. Like every verb it writes only to OUT, or to "
+      "SCENE with --write.\n\n"
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"
       "  stagemarks import models/spider.fbx spider.c4d --collect\n"
