@@ -10,7 +10,7 @@ namespace engine {
 
 namespace {
 
-constexpr int kDeepestRecursion = 16;
+constexpr int kDeepestComparison = 16;
 
 // Walks the entries of a body by stretches.
 struct Stretches {
@@ -86,7 +86,7 @@ class Comparison {
   bool Nested(const ContainerBody* a, const ContainerBody* b, int depth) {
     if (a && b && !a->owners.Unique() && !b->owners.Unique() && !met_.emplace(a, b).second)
       return true;
-    if (depth < kDeepestRecursion) return Bodies(a, b, depth + 1);
+    if (depth < kDeepestComparison) return Bodies(a, b, depth + 1);
     waiting_.emplace_back(a, b);
     return true;
   }
