@@ -15,7 +15,7 @@ option(STAGEMARKS_BENCH "Build the benchmarks" OFF)
 option(STAGEMARKS_DESKTOP "Build the desktop program" ON)
 option(STAGEMARKS_NODE "Fetch packages of Node, for web pages and some tests" ON)
 option(STAGEMARKS_WERROR "Treat warnings as errors" OFF)
-option(STAGEMARKS_UNITY "Compile the files of tests and tools several at a time" ON)
+option(STAGEMARKS_UNITY "Compile several files of a folder at a time" ON)
 set(STAGEMARKS_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
 
 # Everything of a build lies as it will lie when installed: bin, the engine's library in the folder for libraries, plug-ins in
@@ -98,8 +98,8 @@ function(precompile target header)
 endfunction()
 
 # Compiles eight files of the target at a time: what they include and instantiate is paid for once, which makes a clean build of
-# the tests twice as fast. So names in their unnamed namespaces must differ. ./test --lint, which asks for each file alone,
-# switches it off.
+# them twice as fast, and a build after one change slower: who works in one place switches it off. So names in their unnamed
+# namespaces must differ. ./test --lint, which asks for each file alone, switches it off, too.
 function(compile_together target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${STAGEMARKS_UNITY} UNITY_BUILD_BATCH_SIZE 8)
 endfunction()
