@@ -47,6 +47,35 @@ std::string EachText(const FarmCounts& counts) {
 
 std::string Column(std::size_t number) { return number == 0 ? "-" : std::to_string(number); }
 
+constexpr const char* kReportStyle = R"css(
+:root { color-scheme: dark; }
+body { margin: 0; padding: 32px 40px; background: #1e1e1e; color: #d6d6d6;
+  font: 15px/1.5 system-ui, "DejaVu Sans", sans-serif; }
+h1 { margin: 0; font-size: 22px; color: #ececec; overflow-wrap: anywhere; }
+p { color: #9a9a9a; }
+table { border-collapse: collapse; width: 100%; }
+th { text-align: left; color: #9a9a9a; font-weight: 400; }
+td, th { padding: 6px 18px 6px 0; border-bottom: 1px solid #343434; overflow-wrap: anywhere; }
+.n { text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; }
+a { color: #e8aa42; }
+.failed { color: #ff7a6b; }
+.done { color: #86c98a; }
+)css";
+
+// One picture on the report's page.
+std::string RowOf(const FarmJob& job, const pictures::ManifestLine& task,
+                  const TaskOutcome& outcome) {
+  const pictures::ManifestLine& line = outcome.line;
+  const std::string word = WordFor(outcome.state);
+  return "<tr><td><bdi>" + HtmlText(StateName(task)) + "</bdi></td><td><bdi>" +
+         HtmlText(pictures::RelativeTo(job.folder, task.picture)) + "</bdi></td><td>" +
+         std::to_string(task.record.size.width) + " x " + std::to_string(task.record.size.height) +
+         "</td><td class=\"" + word + "\">" + word +
+         (line.why.empty() ? "" : ": " + HtmlText(line.why)) + "</td><td class=\"n\">" +
+         (line.seconds > 0 ? SecondsText(line.seconds) : "") + "</td><td>" +
+         HtmlText(line.node.empty() ? line.host : line.node) + "</td></tr>\n";
+}
+
 std::vector<std::string> LastLines(const std::string& text, std::size_t count) {
   std::vector<std::string> lines;
   std::istringstream all(text);
@@ -241,40 +270,20 @@ void FarmReport::AddScheduler(Report& report) const {
 }
 
 std::string FarmReport::Page() const {
+  const std::string title = HtmlText(job_.title);
   std::string page =
       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-      HtmlText(job_.title) +
-      " - report</title>\n<style>\n"
-      ":root { color-scheme: dark; }\n"
-      "body { margin: 0; padding: 32px 40px; background: #1e1e1e; color: #d6d6d6; font: 15px/1.5 "
-      "system-ui, \"DejaVu Sans\", sans-serif; }\n"
-      "h1 { margin: 0; font-size: 22px; color: #ececec; } p { color: #9a9a9a; }\n"
-      "table { border-collapse: collapse; width: 100%; } th { text-align: left; color: #9a9a9a; "
-      "font-weight: 400; }\n"
-      "td, th { padding: 6px 18px 6px 0; border-bottom: 1px solid #343434; }\n"
-      "td.n { text-align: right; font-variant-numeric: tabular-nums; } a { color: #e8aa42; }\n"
-      ".failed { color: #ff7a6b; } .done { color: #86c98a; "
-      "}\n</style>\n</head>\n<body>\n<h1><bdi>" +
-      HtmlText(job_.title) + "</bdi></h1>\n<p>" + HtmlText(Summary()) +
+      title + " - report</title>\n<style>" + kReportStyle + "</style>\n</head>\n<body>\n<h1><bdi>" +
+      title + "</bdi></h1>\n<p>" + HtmlText(Summary()) +
       (stopped_.empty() ? "" : " " + HtmlText("Stopped: " + stopped_)) + "</p>\n";
   page +=
       "<p><a href=\"sheet.png\">Contact sheet</a> &middot; <a href=\"page/index.html\">Page with "
       "all "
       "pictures</a></p>\n<table>\n<tr><th>State</th><th>Picture</th><th>Size</th><th>Result</th>"
-      "<th>Time</th><th>Machine</th></tr>\n";
-  for (std::size_t i = 0; i < outcomes_.size(); ++i) {
-    const pictures::ManifestLine& task = job_.tasks[i];
-    const pictures::ManifestLine& line = outcomes_[i].line;
-    const char* word = WordFor(outcomes_[i].state);
-    page += "<tr><td><bdi>" + HtmlText(StateName(task)) + "</bdi></td><td><bdi>" +
-            HtmlText(pictures::RelativeTo(job_.folder, task.picture)) + "</bdi></td><td>" +
-            std::to_string(task.record.size.width) + " x " +
-            std::to_string(task.record.size.height) + "</td><td class=\"" + word + "\">" + word +
-            (line.why.empty() ? "" : ": " + HtmlText(line.why)) + "</td><td class=\"n\">" +
-            (line.seconds > 0 ? SecondsText(line.seconds) : "") + "</td><td>" +
-            HtmlText(line.node.empty() ? line.host : line.node) + "</td></tr>\n";
-  }
+      "<th class=\"n\">Time</th><th>Machine</th></tr>\n";
+  for (std::size_t i = 0; i < outcomes_.size(); ++i)
+    page += RowOf(job_, job_.tasks[i], outcomes_[i]);
   return page + "</table>\n</body>\n</html>\n";
 }
 

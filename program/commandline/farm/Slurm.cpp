@@ -75,6 +75,19 @@ std::string LastLine(const std::string& text) {
   return last.empty() ? "it said nothing" : last;
 }
 
+// A line of squeue: job|task|state|node|reason.
+QueuedTask TaskOf(const std::string& line) {
+  std::istringstream columns(line);
+  QueuedTask task;
+  std::string number;
+  for (std::string* column : {&task.job, &number, &task.state, &task.node, &task.reason})
+    std::getline(columns, *column, '|');
+  const bool isNumber =
+      !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
+  if (isNumber) task.task = std::atoi(number.c_str());
+  return task;
+}
+
 Result<ProgramAnswer> AskSlurm(const std::vector<std::string>& words) {
   auto answer = RunProgram(words);
   if (!answer) {
@@ -157,18 +170,7 @@ Result<std::vector<QueuedTask>> SlurmQueue(const std::vector<std::string>& jobs)
   }
   std::istringstream lines(answer.Value().out);
   for (std::string line; std::getline(lines, line);) {
-    std::istringstream columns(line);
-    QueuedTask task;
-    std::string number;
-    std::getline(columns, task.job, '|');
-    std::getline(columns, number, '|');
-    std::getline(columns, task.state, '|');
-    std::getline(columns, task.node, '|');
-    std::getline(columns, task.reason, '|');
-    const bool isNumber =
-        !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
-    if (isNumber) task.task = std::atoi(number.c_str());
-    tasks.push_back(std::move(task));
+    tasks.push_back(TaskOf(line));
   }
   return tasks;
 }

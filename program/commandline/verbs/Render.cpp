@@ -175,6 +175,22 @@ class RenderVerb {
   Report result_;
 };
 
+constexpr const char* kRenderFooter =
+    "A scene without Stagemarks is rendered as it is. Each state is rendered as if it were "
+    "loaded into the scene as it was opened, whatever was rendered before it. Pictures of an "
+    "earlier `render` are replaced, other files are not.\n"
+    "Each picture holds a record of what it was made from: the scene with its textures, the "
+    "state, the settings and the size. The same stands in pictures.jsonl beside the pictures, "
+    "with time, machine and duration. --strict refuses, too, what `check` warns of in these "
+    "Stagemarks.\n\n"
+    "Examples:\n"
+    "  stagemarks render room.c4d\n"
+    "  stagemarks render room.c4d --only \"shot_0*\" -o \"pictures/{scene} {camera} "
+    "{frame}.tif\" "
+    "--size 640x360\n"
+    "  stagemarks render room.c4d --format exr -o \"{index:03} {state:safe} {size}\" --size "
+    "1920x1080 960x540";
+
 }  // namespace
 
 void AddRender(Arguments& arguments, Program& program) {
@@ -194,20 +210,7 @@ void AddRender(Arguments& arguments, Program& program) {
                "missing; several such calls at once share the work");
   verb.AddFlag("--dry-run", options->dryRun, "Say what would be rendered, and render nothing");
   AddForce(verb, program);
-  verb.Footer(
-      "A scene without Stagemarks is rendered as it is. Each state is rendered as if it were "
-      "loaded into the scene as it was opened, whatever was rendered before it. Pictures of an "
-      "earlier `render` are replaced, other files are not.\n"
-      "Each picture holds a record of what it was made from: the scene with its textures, the "
-      "state, the settings and the size. The same stands in pictures.jsonl beside the pictures, "
-      "with time, machine and duration.\n\n"
-      "Examples:\n"
-      "  stagemarks render room.c4d\n"
-      "  stagemarks render room.c4d --only \"shot_0*\" -o \"pictures/{scene} {camera} "
-      "{frame}.tif\" "
-      "--size 640x360\n"
-      "  stagemarks render room.c4d --format exr -o \"{index:03} {state:safe} {size}\" --size "
-      "1920x1080 960x540");
+  verb.Footer(kRenderFooter);
   verb.Does([&program, options] {
     options->order.pattern = program.output;
     return RenderVerb(program, *options).Run();

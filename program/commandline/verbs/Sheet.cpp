@@ -72,6 +72,14 @@ int RunSheet(Program& program, const SheetOptions& options) {
   return session.CheckLedger();
 }
 
+constexpr const char* kSheetFooter =
+    "Sheets and pages of an earlier `sheet` are replaced, other files are not. A page has its "
+    "pictures in a folder of their own, `pictures`.\n\n"
+    "Examples:\n"
+    "  stagemarks sheet room.c4d -o sheet.png\n"
+    "  stagemarks sheet room.c4d -o sheet.png --from pictures --size 480x270\n"
+    "  stagemarks sheet room.c4d --only \"shot_0*\" --html pictures";
+
 }  // namespace
 
 void AddSheet(Arguments& arguments, Program& program) {
@@ -104,13 +112,7 @@ void AddSheet(Arguments& arguments, Program& program) {
       .Word("N")
       .Between(0, 1024);
   AddForce(verb, program);
-  verb.Footer(
-      "Sheets and pages of an earlier `sheet` are replaced, other files are not. A page has its "
-      "pictures in a folder of their own, `pictures`.\n\n"
-      "Examples:\n"
-      "  stagemarks sheet room.c4d -o sheet.png\n"
-      "  stagemarks sheet room.c4d -o sheet.png --from pictures --size 480x270\n"
-      "  stagemarks sheet room.c4d --only \"shot_0*\" --html pictures");
+  verb.Footer(kSheetFooter);
   verb.Does([&program, options, html] {
     options->html = html.IsGiven();
     return RunSheet(program, *options);
