@@ -1,5 +1,5 @@
 // Makes the page without its data: one HTML file with style and script in it, and the viewer
-// library's licence beside it. What may run on the page is told by the hashes of both; nothing else
+// library's license beside it. What may run on the page is told by the hashes of both; nothing else
 // can, whatever a scene is called.
 //   node build.mjs FOLDER   (writes FOLDER/page.html, FOLDER/LICENSE-three.txt)
 import { createHash } from 'node:crypto';

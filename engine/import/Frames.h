@@ -20,6 +20,7 @@ enum class FrameKind : char {
   Done = 'D',      // everything was sent
   State = 'T',     // one stored state
   Picture = 'B',   // the next bytes of its picture
+  Written = 'W',   // path of a file that stands
 };
 
 struct Frame {

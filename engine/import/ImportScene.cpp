@@ -65,6 +65,7 @@ class Received {
         return;
       case FrameKind::State:
       case FrameKind::Picture:
+      case FrameKind::Written:
         return;
     }
   }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "program/commandline/FileOrigin.h"
+#include "program/publish/FileOrigin.h"
 
 namespace commandline {
 
@@ -53,7 +53,8 @@ std::optional<engine::Image> FinishedPictures::Read(const pictures::ManifestLine
   const auto bytes = session_.Files().ReadFile(line.picture, engine::kLargestImageBytes);
   if (!bytes) return std::nullopt;
   const auto record = pictures::FindRecord(bytes.Value());
-  if (!record || *record != line.record || MakerOf(bytes.Value()) != "render") return std::nullopt;
+  if (!record || *record != line.record || publishing::MakerOf(bytes.Value()) != "render")
+    return std::nullopt;
   auto image = engine::DecodeImage(bytes.Value());
   return image ? std::optional(image.Take()) : std::nullopt;
 }

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "program/commandline/FileOrigin.h"
+#include "program/publish/FileOrigin.h"
 
 namespace commandline {
 
@@ -29,7 +29,7 @@ bool PictureWork::IsDone(const PlannedPicture& picture) {
   const auto bytes = files.ReadFile(picture.path, engine::kLargestImageBytes);
   if (!bytes) return false;
   const auto record = pictures::FindRecord(bytes.Value());
-  return record && *record == picture.record && MakerOf(bytes.Value()) == kMaker;
+  return record && *record == picture.record && publishing::MakerOf(bytes.Value()) == kMaker;
 }
 
 int PictureWork::Do(std::vector<PlannedPicture>& plan) {

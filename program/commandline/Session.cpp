@@ -7,10 +7,10 @@
 #include "engine/import/Import.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/scenefile/SceneOrigin.h"
-#include "program/commandline/FileOrigin.h"
 #include "program/commandline/SceneLookup.h"
 #include "program/outcome/Outcome.h"
 #include "program/pictures/DialogLabels.h"
+#include "program/publish/FileOrigin.h"
 #include "program/recording/ImportedStates.h"
 
 namespace commandline {
@@ -259,7 +259,7 @@ int Session::CheckReplacing(const std::vector<std::string>& paths, const std::st
   if (program_.force) return kDone;
   std::vector<std::string> others;
   for (const std::string& path : paths) {
-    if (!MayReplace(open_->files, path, maker)) others.push_back(path);
+    if (!publishing::MayReplace(open_->files, path, maker)) others.push_back(path);
   }
   if (others.empty()) return kDone;
   const bool one = others.size() == 1;
@@ -300,7 +300,7 @@ engine::Status Session::CheckAgain(const std::string& target, std::size_t refuse
         "written. Give another name, or --force to replace what is there.");
   }
   const bool allowed = program_.output.empty() || program_.force ||
-                       MayReplace(open_->files, target, program_.verbName);
+                       publishing::MayReplace(open_->files, target, program_.verbName);
   return allowed
              ? engine::Status()
              : engine::Status::Failure("\"" + target + "\" was made by somebody else meanwhile.");

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "engine/outside/FoldedName.h"
-#include "program/commandline/FileOrigin.h"
+#include "program/publish/FileOrigin.h"
 
 namespace commandline {
 
@@ -169,7 +169,7 @@ bool SheetMaking::TakeKept(const Planned& planned, engine::Image* picture) {
   engine::FileSystem& files = session_.Files();
   if (planned.file.empty() || files.Kind(planned.file) != engine::FileKind::File) return false;
   const auto bytes = files.ReadFile(planned.file, engine::kLargestImageBytes);
-  if (!bytes || MakerOf(bytes.Value()) != kPage) return false;
+  if (!bytes || publishing::MakerOf(bytes.Value()) != kPage) return false;
   const auto record = pictures::FindRecord(bytes.Value());
   auto image = record && *record == planned.record ? engine::DecodeImage(bytes.Value())
                                                    : engine::Result<engine::Image>::Failure("");
@@ -205,7 +205,7 @@ int SheetMaking::Write(Report& report) {
   if (order_.folder.empty()) return kDone;
   const std::string page = order_.folder + "/" + kPageFile;
   const auto written = session_.Files().ReplaceFile(
-      page, WithMaker(MakePicturePage(title_, subtitle_, entries_), kPage));
+      page, publishing::WithMaker(MakePicturePage(title_, subtitle_, entries_), kPage));
   if (!written) return Fail(written.Message());
   report.Put("page", page);
   report.Line("Written: " + page);

@@ -6,8 +6,8 @@
 #include "engine/render/Renderer.h"
 #include "engine/undo/Undo.h"
 #include "host/Host.h"
-#include "program/commandline/FileOrigin.h"
 #include "program/pictures/DialogLabels.h"
+#include "program/publish/FileOrigin.h"
 
 namespace commandline {
 
@@ -171,8 +171,8 @@ int StatePictures::Save(const engine::Image& picture, const std::string& path,
   const std::string made = record ? RecordAsText(*record) : "";
   Result<std::string> file = pictures::EncodePicture(picture, path, made);
   if (!file) return Fail("\"" + path + "\" was not written: " + file.Message());
-  const std::string marked =
-      WithMaker(record ? WithRecord(file.Value(), made) : file.Value(), maker);
+  const std::string marked = publishing::WithMaker(
+      record ? publishing::WithRecord(file.Value(), made) : file.Value(), maker);
   if (bytes) *bytes = marked.size();
   const Status written = session_.Files().ReplaceFile(path, marked);
   return written ? kDone : Fail(written.Message());

@@ -13,7 +13,7 @@
 #include "engine/import/Import.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Report.h"
-#include "program/pictures/StateWorker.h"
+#include "program/worker/StateWorker.h"
 
 namespace commandline {
 namespace {
@@ -56,7 +56,7 @@ bool IsImportWorker(int count, char** words) {
 // The desktop shows states with the pictures of a child, which is this program called as
 // `stagemarks --state-worker`.
 bool IsStateWorker(int count, char** words) {
-  return count == 2 && std::string_view(words[1]) == pictures::kStateWorkerVerb;
+  return count == 2 && std::string_view(words[1]) == worker::kStateWorkerVerb;
 }
 
 int Run(int count, char** words) {
@@ -92,7 +92,7 @@ int EndOutput(StandardOutput& output, int status) {
 int RunAndPrint(int count, char** words) {
   if (IsImportWorker(count, words))
     return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
-  if (IsStateWorker(count, words)) return pictures::RunStateWorker();
+  if (IsStateWorker(count, words)) return worker::RunStateWorker();
   StandardOutput output;
   return EndOutput(output, Run(count, words));
 }

@@ -4,6 +4,7 @@
 
 #include "engine/application/ProgramPlaces.h"
 #include "engine/render/Codecs.h"
+#include "program/publish/FileOrigin.h"
 
 namespace publishing {
 
@@ -97,6 +98,22 @@ std::string MakeStatePage(const PageViewer& viewer, const PageContents& contents
   }
   page += std::string_view(viewer.page).substr(place + kPlace.size());
   return page;
+}
+
+bool HasLicense(engine::FileSystem& files, const std::string& folder, const PageViewer& viewer) {
+  const std::string path = folder + "/" + kPageLicense;
+  if (files.Kind(path) != engine::FileKind::File) return false;
+  const auto there = files.ReadFile(path);
+  return there && there.Value() == viewer.license;
+}
+
+engine::Status WritePage(engine::FileSystem& files, const std::string& folder,
+                         const std::string& page, const PageViewer& viewer) {
+  engine::Status written;
+  if (!HasLicense(files, folder, viewer))
+    written = files.ReplaceFile(folder + "/" + kPageLicense, viewer.license);
+  return written ? files.ReplaceFile(folder + "/" + kPageFile, WithMaker(page, kPageMaker))
+                 : written;
 }
 
 }  // namespace publishing

@@ -39,6 +39,15 @@ inline constexpr std::uint32_t kThumbnailWidth = 480;
 inline constexpr std::uint32_t kThumbnailHeight = 360;
 engine::Result<std::string> EncodeThumbnail(const engine::Image& picture);
 
+// The mark of pages in FileOrigin.h: those of `sheet` have had the name of the verb `page` for longer.
+inline constexpr const char* kPageMaker = "state-page";
+// Whether the folder has the viewer's license already, letter by letter.
+bool HasLicense(engine::FileSystem& files, const std::string& folder, const PageViewer& viewer);
+// The page, as MakeStatePage gives it, and the license. The page is written last, with its mark: where
+// it is, all that belongs to it is there.
+engine::Status WritePage(engine::FileSystem& files, const std::string& folder,
+                         const std::string& page, const PageViewer& viewer);
+
 // The whole page, in UTF-8. Whatever the title and the names hold, they are data in it and nothing
 // else.
 std::string MakeStatePage(const PageViewer& viewer, const PageContents& contents);

@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-const publishing::PageViewer kViewer{"<head><body><!--DATA--><script>run</script>", "A licence"};
+const publishing::PageViewer kViewer{"<head><body><!--DATA--><script>run</script>", "A license"};
 
 std::string ContentsOf(const std::string& page) {
   const std::string begin = "<script type=\"application/json\" id=\"contents\">";

@@ -393,7 +393,7 @@ describe('The dungeon', () => {
     }
     await page.keyboard.press('?');
     await page.waitForSelector('dialog[open]');
-    assert.match(await page.locator('dialog').textContent(), /MIT licence/);
+    assert.match(await page.locator('dialog').textContent(), /MIT license/);
     await page.keyboard.press('Escape');
     await page.waitForSelector('dialog:not([open])', { state: 'attached' });
     await page.keyboard.press('t');
@@ -480,7 +480,7 @@ test('Without 3D the page says so and shows the pictures', async () => {
   await plain.close();
 });
 
-test('The folder of a page holds the page and a licence', () => {
+test('The folder of a page holds the page and a license', () => {
   assert.deepEqual(readdirSync(join(folder, 'dungeon')).sort(), [
     'LICENSE-three.txt',
     'index.html',

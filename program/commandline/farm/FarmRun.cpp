@@ -3,11 +3,11 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "program/commandline/FileOrigin.h"
 #include "program/commandline/PictureWork.h"
 #include "program/commandline/SheetMaking.h"
 #include "program/commandline/farm/FarmReport.h"
 #include "program/commandline/farm/FarmWork.h"
+#include "program/publish/FileOrigin.h"
 
 namespace commandline {
 
@@ -160,7 +160,7 @@ class FarmCollecting {
     state.AskScheduler();
     if (const int status = WriteManifest(state); status != kDone) return status;
     const int made = MakeSheet(state);
-    const std::string page = WithMaker(state.Page(), kReportMaker);
+    const std::string page = publishing::WithMaker(state.Page(), kReportMaker);
     const auto written = files.ReplaceFile(job_.folder + kReportFile, page);
     if (!written) return Fail(written.Message());
     report_.Put("report", job_.folder + kReportFile);

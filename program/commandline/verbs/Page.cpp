@@ -1,6 +1,5 @@
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
-#include "program/commandline/FileOrigin.h"
 #include "program/commandline/StatePictures.h"
 #include "program/pictures/ContactSheet.h"
 #include "program/publish/PageMaking.h"
@@ -9,8 +8,6 @@ namespace commandline {
 
 namespace {
 
-// A maker of its own: pages of `sheet` have had the name of this verb for longer.
-constexpr const char* kMaker = "state-page";
 constexpr PictureSize kThumbnail{publishing::kThumbnailWidth, publishing::kThumbnailHeight};
 
 struct PageChoices {
@@ -50,18 +47,12 @@ class PageVerb {
     if (const int status = session_.CheckTextures(report_); status != kDone) return status;
     folder_ = AbsolutePath(choices_.folder);
     std::vector<std::string> paths{folder_ + "/" + publishing::kPageFile};
-    if (!HasLicense()) paths.push_back(folder_ + "/" + publishing::kPageLicense);
-    if (const int status = session_.CheckReplacing(paths, kMaker); status != kDone) return status;
+    if (!publishing::HasLicense(session_.Files(), folder_, viewer_))
+      paths.push_back(folder_ + "/" + publishing::kPageLicense);
+    if (const int status = session_.CheckReplacing(paths, publishing::kPageMaker); status != kDone)
+      return status;
     const engine::Status made = session_.Files().MakeFolders(folder_);
     return made ? kDone : Fail(made.Message());
-  }
-
-  // The licence is nobody's mark but its own text.
-  bool HasLicense() {
-    const std::string path = folder_ + "/" + publishing::kPageLicense;
-    if (session_.Files().Kind(path) != engine::FileKind::File) return false;
-    const auto there = session_.Files().ReadFile(path);
-    return there && there.Value() == viewer_.license;
   }
 
   int Make() {
@@ -76,7 +67,7 @@ class PageVerb {
     for (const std::string& note : making.Scene().notes) {
       if (note.find(" was not found ") == std::string::npos) program_.terminal.Note(note);
     }
-    return Write(WithMaker(page.Value(), kMaker), making.Scene());
+    return Write(page.Value(), making.Scene());
   }
 
   int Add(const PictureTurn& turn, publishing::PageMaking& making) {
@@ -107,15 +98,9 @@ class PageVerb {
     return choices_.title.empty() ? SceneName(session_.Document()) : choices_.title;
   }
 
-  // The page is written last: where it is, all that belongs to it is there.
   int Write(const std::string& page, const engine::PublishedScene& scene) {
     const std::string path = folder_ + "/" + publishing::kPageFile;
-    engine::Status written;
-    if (!HasLicense()) {
-      written =
-          session_.Files().ReplaceFile(folder_ + "/" + publishing::kPageLicense, viewer_.license);
-    }
-    if (written) written = session_.Files().ReplaceFile(path, page);
+    const engine::Status written = publishing::WritePage(session_.Files(), folder_, page, viewer_);
     if (!written) return Fail(written.Message());
     const std::size_t count = states_.AsItIs() ? 0 : states_.States().size();
     report_.Put("page", path);
@@ -156,7 +141,7 @@ void AddPage(Arguments& arguments, Program& program) {
   AddStrict(verb, program);
   AddForce(verb, program);
   verb.Footer(
-      "The folder gets index.html, which holds everything, and the licence of the viewer's "
+      "The folder gets index.html, which holds everything, and the license of the viewer's "
       "library. "
       "Any browser opens it,\n"
       "from a disk, a mail or a server. Each state is one click or one key (1 to 9); two can be "

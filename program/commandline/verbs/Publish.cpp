@@ -6,6 +6,7 @@
 #include "program/commandline/Arguments.h"
 #include "program/commandline/StatePictures.h"
 #include "program/publish/PageMaking.h"
+#include "program/publish/PublishOrder.h"
 #include "program/publish/PublishedFiles.h"
 
 namespace commandline {
@@ -64,25 +65,20 @@ class PublishVerb {
 
   int Plan() {
     folder_ = AbsolutePath(choices_.folder);
-    const std::string scene = SceneName(session_.Document());
-    const auto add = [&](const std::string& name, const std::string& file, std::size_t count) {
-      const std::size_t first = plan_.empty() ? 0 : plan_.back().first + plan_.back().count;
-      const std::string stem = SafeFileName(file);
-      plan_.push_back({name, stem, folder_ + "/" + stem + "." + choices_.as, first, count});
-    };
-    const std::vector<Mark>& states = states_.States();
-    if (choices_.allInOne || states_.AsItIs()) {
-      add(scene, scene, states.size());
-    } else {
-      for (const Mark& state : states) add(state.name, scene + " " + state.name, 1);
+    publishing::PublishOrder order;
+    order.folder = folder_;
+    order.asText = choices_.as == "gltf";
+    order.allInOne = choices_.allInOne;
+    for (const Mark& state : states_.States()) {
+      if (!states_.AsItIs()) order.names.push_back(state.name);
     }
+    const auto files = publishing::FilesOf(order, SceneName(session_.Document()));
+    if (!files) return Fail(files.Message() + " `--only` chooses which.");
     std::vector<std::string> paths;
-    for (const PlannedFile& file : plan_) paths.push_back(file.path);
-    if (const auto clash = FindClash(paths)) {
-      return Fail("\"" + plan_[clash->first].name + "\" and \"" + plan_[clash->second].name +
-                  "\" would be written to one file, " + paths[clash->second] +
-                  ", at least on some disks. Rename one of them, or publish them apart with "
-                  "--only. Nothing was published.");
+    for (const publishing::OrderedFile& file : files.Value()) {
+      const std::size_t first = plan_.empty() ? 0 : plan_.back().first + plan_.back().count;
+      plan_.push_back({file.name, file.stem, file.path, first, file.states.size()});
+      paths.push_back(file.path);
     }
     if (const int status = session_.CheckReplacing(paths, program_.verbName); status != kDone)
       return status;

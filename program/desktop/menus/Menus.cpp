@@ -6,6 +6,7 @@
 #include "program/desktop/Text.h"
 #include "program/desktop/menus/StatesMenu.h"
 #include "program/desktop/menus/UpdateFromFile.h"
+#include "program/desktop/publish/PublishWindow.h"
 #include "program/desktop/render/RenderWindow.h"
 #include "program/desktop/render/SheetWindow.h"
 
@@ -74,6 +75,10 @@ void BuildFileMenu(QMenu& menu, MainWindow& window) {
            [&commands] { commands.Save(*host::GetActiveDocument()); });
   AddEntry(menu, "Save &As...", QKeySequence("Ctrl+Shift+S"),
            [&commands] { commands.SaveAs(*host::GetActiveDocument()); });
+  menu.addSeparator();
+  AddEntry(menu, "&Publish...", {}, [&window] { AskToPublish(window, PublishKind::Files); });
+  AddEntry(menu, "&Web Page...", {}, [&window] { AskToPublish(window, PublishKind::Page); });
+  menu.addSeparator();
   AddEntry(menu, "&Close", QKeySequence("Ctrl+W"),
            [&commands] { commands.Close(*host::GetActiveDocument()); });
   menu.addSeparator();

@@ -180,7 +180,7 @@ const host::BaseObject* ObjectOf(const QModelIndex& index) {
 }
 
 // Base of the delegates: paints the background, then the mark of the cell.
-class Cell : public QStyledItemDelegate {
+class ObjectCell : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
@@ -201,9 +201,9 @@ class Cell : public QStyledItemDelegate {
 
 // A full dot for a mode of the object's own; an empty one follows the parent, in the color of what
 // comes of it.
-class DotCell : public Cell {
+class DotCell : public ObjectCell {
  public:
-  using Cell::Cell;
+  using ObjectCell::ObjectCell;
 
  protected:
   void Mark(QPainter& painter, const QStyleOptionViewItem& option,
@@ -217,9 +217,9 @@ class DotCell : public Cell {
   }
 };
 
-class GeneratorCell : public Cell {
+class GeneratorCell : public ObjectCell {
  public:
-  using Cell::Cell;
+  using ObjectCell::ObjectCell;
 
  protected:
   void Mark(QPainter& painter, const QStyleOptionViewItem& option,
@@ -231,9 +231,9 @@ class GeneratorCell : public Cell {
   }
 };
 
-class LayerCell : public Cell {
+class LayerCell : public ObjectCell {
  public:
-  using Cell::Cell;
+  using ObjectCell::ObjectCell;
 
  protected:
   void Mark(QPainter& painter, const QStyleOptionViewItem& option,
@@ -245,9 +245,9 @@ class LayerCell : public Cell {
   }
 };
 
-class TagsCell : public Cell {
+class TagsCell : public ObjectCell {
  public:
-  TagsCell(MaterialBall ball, QObject* parent) : Cell(parent), ball_(std::move(ball)) {}
+  TagsCell(MaterialBall ball, QObject* parent) : ObjectCell(parent), ball_(std::move(ball)) {}
 
   bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                  const QModelIndex& index) override {

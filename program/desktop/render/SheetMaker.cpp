@@ -46,7 +46,7 @@ SheetMaker::SheetMaker(engine::FileSystem& files, const host::BaseDocument& doc,
 
 StateRenderer::News SheetMaker::Hearing() {
   StateRenderer::News hearing;
-  hearing.measured = [this](const pictures::StateFacts& state) {
+  hearing.measured = [this](const worker::StateFacts& state) {
     states_.push_back(state);
     Tell(0, false);
   };
@@ -77,7 +77,7 @@ std::string SheetMaker::NameOf(std::size_t state) const {
 void SheetMaker::LayOut() {
   if (states_.empty()) return Fail("The program that renders the states sent what cannot be read.");
   std::vector<pictures::PictureSize> sizes;
-  for (const pictures::StateFacts& state : states_) sizes.push_back(state.size);
+  for (const worker::StateFacts& state : states_) sizes.push_back(state.size);
   const std::size_t named = states_.front().mark.name.empty() ? 0 : states_.size();
   auto sheet = pictures::ContactSheet::Make(files_, sizes, title_, pictures::SheetSubtitle(named));
   if (!sheet) return Fail(sheet.Message());

@@ -45,7 +45,7 @@ class SheetMaker {
   engine::FileSystem& files_;
   std::function<void(const SheetNews&)> news_;
   std::string title_;
-  std::vector<pictures::StateFacts> states_;
+  std::vector<worker::StateFacts> states_;
   std::unique_ptr<pictures::ContactSheet> sheet_;
   std::size_t placed_ = 0;
   std::vector<std::string> notes_;

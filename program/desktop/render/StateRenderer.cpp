@@ -66,10 +66,14 @@ void StateRenderer::FailUnread() {
   Fail("The program that renders the states sent what cannot be read.");
 }
 
-void StateRenderer::Measure() { Ask(pictures::kMeasureStates); }
+void StateRenderer::Measure() { Ask(worker::kMeasureStates); }
 
 void StateRenderer::Render(const std::string& name, const pictures::PictureSize& box) {
-  Ask(pictures::RequestAsText({box, name}));
+  Ask(worker::RequestAsText({box, name}));
+}
+
+void StateRenderer::Publish(const publishing::PublishOrder& order) {
+  Ask(worker::OrderAsText(order));
 }
 
 void StateRenderer::Ask(const std::string& text) {
@@ -101,7 +105,7 @@ void StateRenderer::StartChild(const std::string& problem) {
   deletion_.Take(std::move(copy_));
   if (!problem.empty()) return Fail(problem);
   if (!scene_) return Fail(scene_.Message());
-  child_.start(QString::fromStdString(engine::ImportWorkerProgram()), {pictures::kStateWorkerVerb});
+  child_.start(QString::fromStdString(engine::ImportWorkerProgram()), {worker::kStateWorkerVerb});
   for (const std::string& note : order_) Send(FrameKind::Note, note);
   for (const std::string& piece : scene_.Value()) Send(FrameKind::Scene, piece);
   Send(FrameKind::Done, "");
@@ -139,6 +143,9 @@ void StateRenderer::Take(const engine::Frame& frame) {
     case FrameKind::Picture:
       picture_.bytes.insert(picture_.bytes.end(), frame.bytes.begin(), frame.bytes.end());
       return;
+    case FrameKind::Written:
+      if (news_.written) news_.written(frame.bytes);
+      return;
     case FrameKind::Failure:
       return Fail(frame.bytes);
     case FrameKind::Done:
@@ -149,10 +156,10 @@ void StateRenderer::Take(const engine::Frame& frame) {
 }
 
 void StateRenderer::TakeState(const std::string& text) {
-  auto state = pictures::StateFromText(text);
+  auto state = worker::StateFromText(text);
   if (!state) return FailUnread();
   state_ = std::move(*state);
-  const bool isMeasuring = !asked_.empty() && asked_.front() == pictures::kMeasureStates;
+  const bool isMeasuring = !asked_.empty() && asked_.front() == worker::kMeasureStates;
   if (isMeasuring && news_.measured) news_.measured(state_);
 }
 
@@ -160,7 +167,11 @@ void StateRenderer::TakeDone() {
   if (asked_.empty()) return FailUnread();
   const std::string answered = std::move(asked_.front());
   asked_.pop_front();
-  const auto request = pictures::RequestFromText(answered);
+  if (worker::OrderFromText(answered)) {
+    if (news_.published) news_.published();
+    return;
+  }
+  const auto request = worker::RequestFromText(answered);
   if (!request) {
     if (news_.allMeasured) news_.allMeasured();
     return;

@@ -14,7 +14,7 @@
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/background/BackgroundJob.h"
 #include "program/desktop/background/DeferredDeletion.h"
-#include "program/pictures/StateWorker.h"
+#include "program/worker/StateWorker.h"
 
 namespace desktop {
 
@@ -22,12 +22,15 @@ class StateRenderer : public QObject {
  public:
   // What is told of the work; each may be empty. None of them may destroy the renderer.
   struct News {
-    std::function<void(const pictures::StateFacts& state)> measured;
+    std::function<void(const worker::StateFacts& state)> measured;
     std::function<void()> allMeasured;
-    std::function<void(double done)> progress;  // share of the picture
+    std::function<void(double done)> progress;  // share of what was asked for
     std::function<void(const std::string& note)> noted;
     // Of the request that was made first and is not answered yet.
     std::function<void(engine::Image picture)> rendered;
+    // Of a publishing: a file stands, and all of them.
+    std::function<void(const std::string& path)> written;
+    std::function<void()> published;
     // The last that is told.
     std::function<void(const std::string& problem)> failed;
   };
@@ -40,6 +43,8 @@ class StateRenderer : public QObject {
   void Measure();
   // Has the picture of a state made, fitted into the box; no name: the scene as it is.
   void Render(const std::string& name, const pictures::PictureSize& box);
+  // Has Stagemarks published: files are written by the child, each whole or not at all.
+  void Publish(const publishing::PublishOrder& order);
   // Ends the child; nothing further is told.
   void Stop();
   // Whether something was asked for that is not answered yet.
@@ -65,8 +70,8 @@ class StateRenderer : public QObject {
   std::deque<std::string> asked_;   // the first one is being answered
   bool isUp_ = false;               // the child has its order
   bool stopped_ = false;
-  pictures::StateFacts state_;  // whose picture is arriving
-  engine::Image picture_;       // that is arriving
+  worker::StateFacts state_;  // whose picture is arriving
+  engine::Image picture_;     // that is arriving
   // The job's while it writes
   OwnedDocument copy_;
   std::uint64_t fingerprint_ = 0;

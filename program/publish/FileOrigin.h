@@ -8,7 +8,7 @@
 
 #include "engine/outside/FileSystem.h"
 
-namespace commandline {
+namespace publishing {
 
 // The bytes of a picture (PNG, TIFF) or a page (HTML) with the mark of `maker`, a word.
 std::string WithMaker(const std::string& bytes, const std::string& maker);
@@ -22,4 +22,4 @@ std::string MakerOf(std::string_view bytes);
 // or what it made itself. A folder or device is nobody's; writing there says why it cannot be.
 bool MayReplace(engine::FileSystem& files, const std::string& path, const std::string& maker);
 
-}  // namespace commandline
+}  // namespace publishing

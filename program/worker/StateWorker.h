@@ -1,4 +1,5 @@
-// StateWorker: the child that makes pictures of the states of a scene, `stagemarks --state-worker`.
+// StateWorker: the child that makes pictures of the states of a scene, and publishes them,
+// `stagemarks --state-worker`.
 // A plug-in knows one dialog and one active document: what a child loads disturbs nobody at the
 // desktop. It is told all by its standard input and answers by its standard output, both in frames:
 //   in    a Note with the path of the document, empty where it has none; a Note for each option of
@@ -9,6 +10,8 @@
 //   in    a PictureRequest as text
 //   out   the State; Progress and Notes; the Picture, fitted into the box, as bytes of red, green,
 //         blue, alpha, row by row; Done
+//   in    a PublishOrder as text
+//   out   Progress of the whole and Notes; Written for each file; Done
 // A Failure ends the child, whatever it was asked.
 #pragma once
 
@@ -17,8 +20,12 @@
 
 #include "program/pictures/PictureSize.h"
 #include "program/pictures/StagemarksDialog.h"
+#include "program/publish/PublishOrder.h"
 
-namespace pictures {
+namespace worker {
+
+using pictures::Mark;
+using pictures::PictureSize;
 
 inline constexpr const char* kStateWorkerVerb = "--state-worker";
 
@@ -33,6 +40,10 @@ std::string RequestAsText(const PictureRequest& request);
 // Nothing for any other text.
 std::optional<PictureRequest> RequestFromText(const std::string& text);
 
+std::string OrderAsText(const publishing::PublishOrder& order);
+// Nothing for any other text.
+std::optional<publishing::PublishOrder> OrderFromText(const std::string& text);
+
 // One state as the child tells of it; one without a name: the scene as it is, which has no states.
 struct StateFacts {
   PictureSize size;  // of the picture by itself
@@ -45,4 +56,4 @@ std::optional<StateFacts> StateFromText(const std::string& text);
 // The child's whole work; its exit status.
 int RunStateWorker();
 
-}  // namespace pictures
+}  // namespace worker

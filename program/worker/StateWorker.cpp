@@ -1,4 +1,4 @@
-#include "program/pictures/StateWorker.h"
+#include "program/worker/StateWorker.h"
 
 #include <unistd.h>
 
@@ -13,9 +13,13 @@
 #include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/scenefile/SceneFile.h"
+#include "program/pictures/ContactSheet.h"
 #include "program/pictures/DialogLabels.h"
+#include "program/publish/FileOrigin.h"
+#include "program/publish/PageMaking.h"
+#include "program/publish/PublishedFiles.h"
 
-namespace pictures {
+namespace worker {
 
 namespace {
 
@@ -24,6 +28,8 @@ using engine::FrameKind;
 using engine::Status;
 
 constexpr const char* kPlugin = "Stagemarks";
+
+constexpr PictureSize kThumbnail{publishing::kThumbnailWidth, publishing::kThumbnailHeight};
 
 // What the child was asked for.
 struct Order {
@@ -110,6 +116,7 @@ class StateWorker {
 
   Status Answer(const std::string& asked) {
     if (asked == kMeasureStates) return TellStates();
+    if (const auto order = OrderFromText(asked)) return Publish(*order);
     const auto request = RequestFromText(asked);
     return request ? SendPicture(*request) : Status::Failure("\"" + asked + "\" is no request.");
   }
@@ -119,7 +126,7 @@ class StateWorker {
     if (marks.empty()) marks.emplace_back();
     for (Mark& mark : marks) {
       if (Status status = Recall(mark.name); !status) return status;
-      const StateFacts state{SizeOf(Document()), std::move(mark)};
+      const StateFacts state{pictures::SizeOf(Document()), std::move(mark)};
       TakeBack();
       if (!output_.Write(FrameKind::State, StateAsText(state)))
         return Status::Failure("Nobody listens.");
@@ -134,9 +141,24 @@ class StateWorker {
       if (mark.name == request.name) state.mark = std::move(mark);
     }
     if (Status status = Recall(request.name); !status) return status;
-    state.size = SizeOf(Document());
+    state.size = pictures::SizeOf(Document());
     output_.Write(FrameKind::State, StateAsText(state));
-    const PictureSize size = FittedInto(state.size, request.box);
+    const auto picture = Render(request, [&](double done) { return Tell(done); });
+    if (!picture) return picture.GetStatus();
+    const std::vector<std::uint8_t>& bytes = picture.Value().bytes;
+    output_.Write(FrameKind::Picture, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    output_.Write(FrameKind::Done, "");
+    return {};
+  }
+
+  bool Tell(double done) {
+    return output_.Write(FrameKind::Progress, std::to_string(static_cast<int>(done * 1000)));
+  }
+
+  // The document as it stands, which is taken back as soon as it is read.
+  engine::Result<engine::Image> Render(const PictureRequest& request,
+                                       const engine::ProgressCallback& tell) {
+    const PictureSize size = pictures::FittedInto(pictures::SizeOf(Document()), request.box);
     engine::PictureSetup setup;
     setup.width = size.width;
     setup.height = size.height;
@@ -145,24 +167,91 @@ class StateWorker {
     TakeBack();
     if (!begun)
       return Status::Failure("\"" + request.name + "\" was not rendered: " + begun.Message());
-    for (const std::string& note : begun.Value()->Notes()) output_.Write(FrameKind::Note, note);
-    const auto tell = [&](double done) {
-      return output_.Write(FrameKind::Progress, std::to_string(static_cast<int>(done * 1000)));
-    };
+    Note(begun.Value()->Notes());
     while (!begun.Value()->IsFinished()) {
       if (!begun.Value()->Refine(tell)) return Status::Failure("Nobody listens.");
     }
-    const engine::Image picture = begun.Value()->Current();
-    output_.Write(FrameKind::Picture,
-                  {reinterpret_cast<const char*>(picture.bytes.data()), picture.bytes.size()});
-    output_.Write(FrameKind::Done, "");
+    return begun.Value()->Current();
+  }
+
+  void Note(const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) output_.Write(FrameKind::Note, note);
+  }
+
+  Status Publish(const publishing::PublishOrder& order) {
+    const auto files = publishing::FilesOf(order, pictures::SceneName(Document()));
+    if (!files) return files.GetStatus();
+    if (Status made = services_.Get().files.MakeFolders(order.folder); !made) return made;
+    const Status status = order.asPage ? MakePage(order) : MakeFiles(order, files.Value());
+    if (status) output_.Write(FrameKind::Done, "");
+    return status;
+  }
+
+  // One state takes as much as another; the work of a file at its end counts as one.
+  engine::ProgressCallback Turn(std::size_t number, std::size_t count) {
+    return [this, number, count](double done) {
+      return Tell((static_cast<double>(number) + done) / static_cast<double>(count));
+    };
+  }
+
+  Status MakePage(const publishing::PublishOrder& order) {
+    const auto viewer = publishing::ReadPageViewer(services_.Get().files);
+    if (!viewer) return viewer.GetStatus();
+    publishing::PageMaking making(Document(), services_.Get().files,
+                                  pictures::SceneName(Document()));
+    const std::vector<std::string> names =
+        order.names.empty() ? std::vector<std::string>{""} : order.names;
+    const std::size_t turns = names.size() + 1;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      if (Status status = Recall(names[i]); !status) return status;
+      const std::string shown = names[i].empty() ? pictures::kAsItIs : names[i];
+      if (Status status = making.AddState(shown, Turn(i, turns)); !status) return status;
+      const auto picture = Render({kThumbnail, shown}, Turn(i, turns));
+      if (!picture) return picture.GetStatus();
+      if (Status status = making.AddThumbnail(picture.Value()); !status) return status;
+    }
+    const auto page = making.Finish(viewer.Value(), order.title, Turn(names.size(), turns));
+    if (!page) return page.GetStatus();
+    Note(making.Scene().notes);
+    const Status written =
+        publishing::WritePage(services_.Get().files, order.folder, page.Value(), viewer.Value());
+    if (written) output_.Write(FrameKind::Written, order.folder + "/" + publishing::kPageFile);
+    return written;
+  }
+
+  Status MakeFiles(const publishing::PublishOrder& order,
+                   const std::vector<publishing::OrderedFile>& files) {
+    engine::RenderCaches renderCaches;
+    engine::PublishCaches caches;
+    auto facts = publishing::ReadStateFacts(Document());
+    const std::size_t turns = std::max<std::size_t>(order.names.size(), 1) + files.size();
+    std::size_t turn = 0;
+    for (const publishing::OrderedFile& file : files) {
+      engine::Publication publication(
+          Document(), services_.Get().files,
+          publishing::OptionsOf(order, pictures::SceneName(Document()), file), renderCaches,
+          caches);
+      for (const std::string& name : file.states) {
+        if (Status status = Recall(name); !status) return status;
+        const Status added = publication.AddState(facts[name], Turn(turn++, turns));
+        if (!name.empty()) TakeBack();
+        if (!added) return added;
+      }
+      auto scene = publication.Finish(Turn(turn++, turns));
+      if (!scene) return scene.GetStatus();
+      Note(scene.Value().notes);
+      const Status written =
+          publishing::WriteScene(services_.Get().files, file.path, scene.Take(), true);
+      if (!written) return written;
+      output_.Write(FrameKind::Written, file.path);
+    }
     return {};
   }
 
   Status Recall(const std::string& name) {
     if (name.empty()) return {};
     SetOptions();
-    if (!dialog_->Select(name) || !dialog_->Press(kLoad))
+    if (!dialog_->Select(name) || !dialog_->Press(pictures::kLoad))
       return Status::Failure("\"" + name + "\" was not loaded.");
     application_.DeliverEvents();
     return {};
@@ -180,7 +269,7 @@ class StateWorker {
   engine::Application application_{services_.Get(), {}};
   engine::FrameParser parser_;
   engine::FrameWriter output_{STDOUT_FILENO};
-  std::optional<StagemarksDialog> dialog_;
+  std::optional<pictures::StagemarksDialog> dialog_;
   std::unordered_map<std::string, bool> options_;
 };
 
@@ -200,6 +289,44 @@ std::optional<PictureRequest> RequestFromText(const std::string& text) {
   if (read != 2 || behind >= text.size() || text[behind] != ' ') return std::nullopt;
   request.name = text.substr(behind + 1);
   return request;
+}
+
+namespace {
+
+constexpr std::string_view kPublish = "publish";
+
+}  // namespace
+
+// The parts stand between bytes that no name has.
+std::string OrderAsText(const publishing::PublishOrder& order) {
+  std::string text(kPublish);
+  const auto add = [&](const std::string& part) { text += std::string(1, '\0') + part; };
+  for (const bool yes : {order.asPage, order.asText, order.allInOne, order.omitHidden})
+    add(yes ? "1" : "0");
+  add(order.folder);
+  add(order.title);
+  for (const std::string& name : order.names) add(name);
+  return text;
+}
+
+std::optional<publishing::PublishOrder> OrderFromText(const std::string& text) {
+  if (!text.starts_with(std::string(kPublish) + '\0')) return std::nullopt;
+  std::vector<std::string> parts;
+  for (std::size_t at = kPublish.size(); at < text.size();) {
+    const std::size_t end = std::min(text.find('\0', at + 1), text.size());
+    parts.push_back(text.substr(at + 1, end - at - 1));
+    at = end;
+  }
+  if (parts.size() < 6) return std::nullopt;
+  publishing::PublishOrder order;
+  order.asPage = parts[0] == "1";
+  order.asText = parts[1] == "1";
+  order.allInOne = parts[2] == "1";
+  order.omitHidden = parts[3] == "1";
+  order.folder = parts[4];
+  order.title = parts[5];
+  order.names.assign(parts.begin() + 6, parts.end());
+  return order;
 }
 
 std::string StateAsText(const StateFacts& state) {
@@ -238,4 +365,4 @@ int RunStateWorker() {
   return status ? 0 : 1;
 }
 
-}  // namespace pictures
+}  // namespace worker

@@ -1,4 +1,4 @@
-#include "program/commandline/FileOrigin.h"
+#include "program/publish/FileOrigin.h"
 
 #include <zlib.h>
 
@@ -10,7 +10,7 @@
 #include "engine/scenefile/SceneOrigin.h"
 #include "program/publish/PublishedFiles.h"
 
-namespace commandline {
+namespace publishing {
 
 namespace {
 
@@ -99,4 +99,4 @@ bool MayReplace(engine::FileSystem& files, const std::string& path, const std::s
   return bytes && MakerOf(bytes.Value()) == maker;
 }
 
-}  // namespace commandline
+}  // namespace publishing
