@@ -47,7 +47,7 @@ Status AppendedFile::Write(std::string_view line) {
   } while (written < 0 && errno == EINTR);
   if (written == static_cast<ssize_t>(bytes.size())) return {};
   if (written >= 0) errno = ENOSPC;
-  const Status failure = SystemFailure("Cannot write", path_);
+  Status failure = SystemFailure("Cannot write", path_);
   if (written > 0) (void)!ftruncate(file_.Get(), info.st_size);
   return failure;
 }

@@ -1,5 +1,6 @@
 #include "program/commandline/PicturePlan.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>

@@ -35,10 +35,11 @@ int SheetMaking::Run(Report& report) {
     if (status == kDone) status = (this->*step)();
   }
   if (status == kDone) status = Write(report);
-  if (status == kInterrupted)
+  if (status == kInterrupted) {
     session_.GetProgram().terminal.Error(
         "Interrupted; no sheet was written." +
         std::string(order_.resume ? " The same call takes up with what is missing." : ""));
+  }
   return status;
 }
 
@@ -133,10 +134,11 @@ int SheetMaking::MakeOne(std::size_t index) {
   const Planned& planned = plan_[index];
   engine::Image picture;
   if (const int status = Obtain(index, state.name, &picture); status != kDone) return status;
-  if (!order_.folder.empty())
+  if (!order_.folder.empty()) {
     entries_.push_back(
         {state, std::string(kPictureFolder) + "/" + fs::path(planned.file).filename().string(),
          planned.size.width, planned.size.height});
+  }
   if (!sheet_) return kDone;
   const PictureSize cell = FittedInto(planned.own, sheet_->Box());
   sheet_->Place(index, engine::ScaledDown(picture, cell.width, cell.height), state);

@@ -27,7 +27,7 @@ class PictureRecords : public CommandLine {
     for (const char* file : {"spider.obj", "spider.mtl"})
       fs::rename(folder_ / ("shot/textures/" + std::string(file)),
                  folder_ / ("shot/" + std::string(file)));
-    const std::string scene = folder_ / "shot/spider.c4d";
+    std::string scene = folder_ / "shot/spider.c4d";
     Out({"import", folder_ / "shot/spider.obj", scene});
     Out({"set", scene, "--size", "48x32", "--add-camera", "Near", "--camera", "Near", "--write"});
     Out({"record", scene, "Full", "--write"});

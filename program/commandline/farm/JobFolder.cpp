@@ -108,6 +108,7 @@ std::vector<std::string> JobsIn(FileSystem& files, const std::string& farm) {
   }
   std::ranges::sort(jobs);
   std::vector<std::string> folders;
+  folders.reserve(jobs.size());
   for (auto& job : jobs) folders.push_back(std::move(job.second));
   return folders;
 }
@@ -168,10 +169,11 @@ Status WriteJob(FileSystem& files, const FarmJob& job) {
 }
 
 Result<FarmJob> ReadJob(FileSystem& files, const std::string& folder) {
-  if (files.Kind(folder + kJobFile) != FileKind::File)
+  if (files.Kind(folder + kJobFile) != FileKind::File) {
     return Result<FarmJob>::Failure(
         "\"" + folder + "\" is no job of the farm, or it is not to be seen from this machine: " +
         "there is no job.json in it.");
+  }
   const auto json = ReadJson(files, folder + kJobFile);
   if (!json) return json.GetStatus();
   if (NumberOf(json.Value(), "format") != kFormat)
@@ -225,6 +227,7 @@ Result<std::string> FindJob(FileSystem& files, const std::string& farm, const st
     if (HasNumber(files, job, typed)) return job;
   }
   std::vector<std::string> names;
+  names.reserve(jobs.size());
   for (const std::string& job : jobs) names.push_back(fs::path(job).filename().string());
   return Result<std::string>::Failure(
       "There is no job " + Listed({typed}) + " in \"" + farm + "\"" +

@@ -107,6 +107,7 @@ Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words) {
   Pipe out = Pipe::Make();
   Pipe err = Pipe::Make();
   std::vector<char*> call;
+  call.reserve(words.size() + 1);
   for (const std::string& word : words) call.push_back(const_cast<char*>(word.c_str()));
   call.push_back(nullptr);
   posix_spawn_file_actions_t actions;

@@ -89,10 +89,11 @@ class RenderVerb {
     estimate_ = plan_.Estimate();
     const std::vector<PlannedPicture>& plan = plan_.Pictures();
     result_.Put("pixels", static_cast<std::int64_t>(plan_.PixelsToRender()));
-    if (estimate_)
+    if (estimate_) {
       result_.PutObject("estimate",
                         {{"seconds", static_cast<std::int64_t>(estimate_->seconds + 0.999)},
                          {"bytes", static_cast<std::int64_t>(estimate_->bytes)}});
+    }
     if (!program_.json) {
       Report report;
       AddPlan(plan, report);
@@ -100,10 +101,11 @@ class RenderVerb {
       std::cout.flush();
     }
     const auto space = session_.Files().Space(plan_.Folder());
-    if (estimate_ && space && space->free < estimate_->bytes)
+    if (estimate_ && space && space->free < estimate_->bytes) {
       program_.terminal.Note("only " + exporting::BytesText(space->free) +
                              " are free where the pictures go, and they may take about " +
                              exporting::BytesText(estimate_->bytes) + ".");
+    }
   }
 
   void AddPlan(const std::vector<PlannedPicture>& plan, Report& report) const {

@@ -47,10 +47,11 @@ engine::Status CheckSheet(const std::string& pattern, const std::string& size) {
   if (pattern.empty()) return {};
   if (engine::Status checked = CheckPattern(pattern); !checked) return checked;
   for (const char* name : {"state", "camera", "size", "frame", "date", "index"}) {
-    if (HasPlaceholder(pattern, name))
+    if (HasPlaceholder(pattern, name)) {
       return engine::Status::Failure(
           "A sheet shows many states: its name may have {scene}, and no {" + std::string(name) +
           "}.");
+    }
   }
   if (KindOfName(pattern) != PictureKind::Exr) return {};
   return engine::Status::Failure("A sheet is a .png or a .tif; \"" + pattern + "\" is neither.");
