@@ -25,16 +25,24 @@ float ToShare(std::uint32_t n) { return static_cast<float>(n >> 8U) * (1.0F / 16
 float Fraction(float x) { return x - std::floor(x); }
 
 // The plastic number's sequence spreads evenly however many are taken of it (Roberts 2018): its
-// n-th pair, turned by `seed`.
+// n-th pair, moved by two seeds.
 struct Pair {
   float a;
   float b;
 };
-Pair SpreadPair(std::uint32_t seedA, std::uint32_t seedB, std::uint32_t count) {
-  const auto n = static_cast<float>(count);
-  return {Fraction(ToShare(Scrambled(seedA)) + n * 0.7548776662F),
-          Fraction(ToShare(Scrambled(seedB)) + n * 0.5698402910F)};
-}
+class Spread {
+ public:
+  Spread(std::uint32_t seedA, std::uint32_t seedB)
+      : a_(ToShare(Scrambled(seedA))), b_(ToShare(Scrambled(seedB))) {}
+  Pair At(std::uint32_t count) const {
+    const auto n = static_cast<float>(count);
+    return {Fraction(a_ + n * 0.7548776662F), Fraction(b_ + n * 0.5698402910F)};
+  }
+
+ private:
+  float a_;
+  float b_;
+};
 
 // Two directions across a third one.
 struct Sides {
@@ -224,7 +232,7 @@ Vec Shading::MetalOn(const Finding& finding, const Ray& ray, float open, Tries t
     return Mirrored(finding.color, cosine) * RoomLight(direction, finding.roughness) * open;
   }
   const Pair pair =
-      SpreadPair(tries.pixel * 2 + 0x68bc21ebU, tries.pixel * 2 + 0x02e5be93U, tries.sample);
+      Spread(tries.pixel * 2 + 0x68bc21ebU, tries.pixel * 2 + 0x02e5be93U).At(tries.sample);
   const Vec facet = FacetToward(toEye, finding.normal, finding.roughness, pair);
   const Vec weight = Mirrored(finding.color, std::max(0.0F, Dot(facet, toEye)));
   Vec direction = Reflected(ray.direction, facet);
@@ -297,10 +305,10 @@ Vec Shading::Passing(const Finding& from, Vec direction, float distance) const {
 
 Vec Shading::PassingFromDisc(const Finding& from, const LightSource& light, Tries tries) const {
   const Sides sides(Normalized(light.position - from.position));
+  const Spread spread(tries.pixel * 2 + 0x967a889bU, tries.pixel * 2 + 0x368cc8b7U);
   Vec sum;
   for (std::uint32_t i = 0; i < kDiscTries; ++i) {
-    const Pair pair = SpreadPair(tries.pixel * 2 + 0x967a889bU, tries.pixel * 2 + 0x368cc8b7U,
-                                 tries.sample * kDiscTries + i);
+    const Pair pair = spread.At(tries.sample * kDiscTries + i);
     const float r = light.radius * std::sqrt(pair.a);
     const Vec way = light.position + sides.side * (r * std::cos(2 * kPi * pair.b)) +
                     sides.other * (r * std::sin(2 * kPi * pair.b)) - from.position;
@@ -316,10 +324,10 @@ Vec Shading::AmbientOn(const Finding& finding, float open) const {
 float Shading::OpenShare(const Finding& finding, Tries tries) const {
   if (detail_ == ShadingDetail::Quick) return kUsualOpenShare;
   const Vec start = finding.position + finding.faceNormal * (scene_.Gap(finding) * 2);
+  const Spread spread(tries.pixel * 2 + 1, tries.pixel * 2 + 0x9e3779b9U);
   float open = 0;
   for (std::uint32_t i = 0; i < kOpenTries; ++i) {
-    const Pair pair = SpreadPair(tries.pixel * 2 + 1, tries.pixel * 2 + 0x9e3779b9U,
-                                 tries.sample * kOpenTries + i);
+    const Pair pair = spread.At(tries.sample * kOpenTries + i);
     const Vec direction = Around(finding.normal, pair.a, pair.b);
     const bool below = Dot(direction, finding.faceNormal) <= 0;
     if (below || !scene_.IsBlocked({start, direction, 0, scene_.Size() * kOpenReach})) open += 1;
