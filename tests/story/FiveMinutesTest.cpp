@@ -121,9 +121,14 @@ void FiveMinutes::RecordTwo() {
   auto& grid = *desk_.Panel<QWidget>("materials").findChild<QAbstractItemView*>();
   const QModelIndex brass =
       grid.model()->match(grid.model()->index(0, 0), Qt::DisplayRole, "Brass").value(0);
+  Tree().scrollTo(ObjectRow("Tray"));
   hands::Drag({grid, brass}, {Tree(), ObjectRow("Tray")});
-  const std::string tray = State().substr(State().find("\"Tray\" tag"));
-  EXPECT_TRUE(Has(tray.substr(0, tray.find('\n')), "Brass")) << tray.substr(0, 200);
+  const auto tray = [&] {
+    const std::string state = State();
+    const std::size_t tag = state.find("\"Tray\" tag");
+    return state.substr(tag, state.find('\n', tag) - tag);
+  };
+  EXPECT_TRUE(pictures::WaitFor([&] { return Has(tray(), "Brass"); })) << tray();
   Record("8 Mine too");
 }
 

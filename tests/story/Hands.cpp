@@ -98,6 +98,8 @@ void Click(QAbstractItemView& view, const QModelIndex& cell) {
 void Drag(const Cell& from, const Cell& to) {
   if (!from.index.isValid() || !to.index.isValid())
     throw std::runtime_error("there is no such row");
+  if (!to.view.viewport()->rect().contains(PlaceIn(to)))
+    throw std::runtime_error("the row to drop on is not in sight");
   const SingleClicks single;
   const QWidget& start = *from.view.viewport();
   const QPoint hold = from.view.visualRect(from.index).center();

@@ -179,7 +179,8 @@ void AddRun(Arguments& arguments, Program& program) {
       "comment. "
       "The scene is read once and, after the last step, written once; the first step that fails "
       "ends the run, and nothing is written.\n\n"
-      "Example:\n"
+      "Examples:\n"
+      "  stagemarks run room.c4d steps.txt --write\n"
       "  printf 'set --object \"Lamp*\" --render off\\nrecord Night\\n' | stagemarks run room.c4d "
       "- "
       "--write");
