@@ -1,28 +1,44 @@
 // What was built is hard to turn against its user: read from the binaries themselves, since a flag
 // in a build file says nothing about what came of it.
 #include <elf.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <sstream>
+#include <string>
 #include <utility>
-
-#include "tests/support/ScratchFolder.h"
+#include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// The tables of one ELF file of this machine's kind.
+// The tables of one ELF file of this machine's kind. The file is mapped: a few pages of it are read.
 class Binary {
  public:
-  explicit Binary(std::string bytes) : bytes_(std::move(bytes)) {}
+  explicit Binary(const fs::path& path) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    size_ = static_cast<std::size_t>(fs::file_size(path));
+    void* mapped =
+        size_ == 0 ? MAP_FAILED : ::mmap(nullptr, size_, PROT_READ, MAP_PRIVATE, file, 0);
+    ::close(file);
+    if (mapped != MAP_FAILED) mapped_ = static_cast<const char*>(mapped);
+  }
+  Binary(const Binary&) = delete;
+  Binary& operator=(const Binary&) = delete;
+  ~Binary() {
+    if (mapped_) ::munmap(const_cast<char*>(mapped_), size_);
+  }
 
   bool IsElf() const {
-    return bytes_.size() > sizeof(Elf64_Ehdr) && bytes_.compare(0, SELFMAG, ELFMAG) == 0;
+    return mapped_ && size_ > sizeof(Elf64_Ehdr) && std::memcmp(mapped_, ELFMAG, SELFMAG) == 0;
   }
   Elf64_Ehdr Header() const { return At<Elf64_Ehdr>(0); }
 
@@ -46,7 +62,7 @@ class Binary {
     return values;
   }
   std::string DynamicText(std::size_t offset) const {
-    return bytes_.c_str() + SectionAt(Section(SHT_DYNAMIC).sh_link).sh_offset + offset;
+    return mapped_ + SectionAt(Section(SHT_DYNAMIC).sh_link).sh_offset + offset;
   }
 
   bool Imports(const std::string& ending) const {
@@ -66,7 +82,7 @@ class Binary {
       const Elf64_Shdr section = SectionAt(symbol.st_shndx);
       const std::size_t place = symbol.st_value - section.sh_addr + section.sh_offset;
       ++counts.first;
-      counts.second += bytes_.compare(place, 4, kEndBranch) == 0 ? 1 : 0;
+      counts.second += std::memcmp(mapped_ + place, kEndBranch, 4) == 0 ? 1 : 0;
     }
     return counts;
   }
@@ -75,7 +91,7 @@ class Binary {
   template <class T>
   T At(std::size_t offset) const {
     T value{};
-    if (offset + sizeof(T) <= bytes_.size()) std::memcpy(&value, &bytes_[offset], sizeof(T));
+    if (offset + sizeof(T) <= size_) std::memcpy(&value, mapped_ + offset, sizeof(T));
     return value;
   }
   Elf64_Shdr SectionAt(std::size_t index) const {
@@ -95,25 +111,27 @@ class Binary {
     return symbols;
   }
 
-  std::string bytes_;
+  const char* mapped_ = nullptr;
+  std::size_t size_ = 0;
 };
 
 // All programs and libraries of this build, by path.
-std::map<std::string, Binary> BuiltBinaries() {
-  std::map<std::string, Binary> binaries;
+const std::map<std::string, Binary>& BuiltBinaries() {
+  static std::map<std::string, Binary> binaries;
+  if (!binaries.empty()) return binaries;
   for (const char* folder : {"/bin", "/lib"}) {
     for (const auto& entry :
          fs::recursive_directory_iterator(TEST_BINARY_DIR + std::string(folder))) {
       if (!entry.is_regular_file()) continue;
-      Binary binary(tests::ReadText(entry.path().string()));
-      if (binary.IsElf()) binaries.emplace(entry.path().string(), std::move(binary));
+      const auto place = binaries.try_emplace(entry.path().string(), entry.path()).first;
+      if (!place->second.IsElf()) binaries.erase(place);
     }
   }
   return binaries;
 }
 
 TEST(Binaries, AreLoadedAnywhereAndStayAsTheyWereLoaded) {
-  const auto binaries = BuiltBinaries();
+  const auto& binaries = BuiltBinaries();
   EXPECT_GE(binaries.size(), 4U);
   for (const auto& [path, binary] : binaries) {
     SCOPED_TRACE(path);
