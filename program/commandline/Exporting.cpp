@@ -144,17 +144,6 @@ std::vector<std::string> LayoutNames() {
   return words;
 }
 
-engine::Result<FrameRange> ReadFrameRange(const std::string& text) {
-  constexpr int kLast = 300000;
-  int from = 0;
-  int to = 0;
-  char rest = 0;
-  const bool read = std::sscanf(text.c_str(), "%7d:%7d%c", &from, &to, &rest) == 2;
-  if (read && from >= 0 && from <= to && to <= kLast) return FrameRange(from, to);
-  return engine::Result<FrameRange>::Failure(
-      "\"" + text + "\" is no frame range; 0:90 is one, up to " + std::to_string(kLast) + ".");
-}
-
 ExportResult Export(Session& session, const ExportOrder& order) {
   ExportResult result;
   const std::vector<std::string> names = session.Dialog().CheckedNames();

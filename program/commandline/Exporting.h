@@ -13,7 +13,7 @@
 
 namespace commandline {
 
-using FrameRange = std::pair<int, int>;
+using pictures::FrameRange;
 
 struct ExportOrder {
   std::string layout = "folders";  // one of LayoutNames
@@ -36,8 +36,6 @@ struct ExportResult {
 
 // Words for the layouts, in the order of the dialog.
 std::vector<std::string> LayoutNames();
-// "0:90"; from at most to, both in the dialog's range.
-engine::Result<FrameRange> ReadFrameRange(const std::string& text);
 
 // Exports the Stagemarks whose rows are checked, all or, where one of them cannot be written or the
 // disk has too little room and nobody says yes, none. Shows progress. The scene stays as it is.

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "program/commandline/PicturePlan.h"
+#include "program/commandline/PictureOrders.h"
 #include "program/pictures/PictureManifest.h"
 
 namespace commandline {

@@ -9,19 +9,19 @@
 #include <vector>
 
 #include "program/commandline/Terminal.h"
+#include "program/outcome/ExitStatus.h"
 
 namespace commandline {
 
 class Arguments;
 
 // Exit statuses, as the manual lists them.
-inline constexpr int kDone = 0;
-inline constexpr int kFailed = 1;  // it did not work
-inline constexpr int kUsage = 2;   // wrong usage or an unknown name
+using outcome::kDone;
+using outcome::kFailed;
+using outcome::kInterrupted;
+using outcome::kUsage;
 // Of the verbs that answer with 1 that something was found: it did not work
 inline constexpr int kTrouble = 2;
-// Stopped by Ctrl-C; other signals that ask to stop give 128 + their number
-inline constexpr int kInterrupted = 130;
 
 struct OpenScene;
 

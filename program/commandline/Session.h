@@ -14,6 +14,7 @@
 #include "program/commandline/Program.h"
 #include "program/commandline/Report.h"
 #include "program/pictures/StagemarksDialog.h"
+#include "program/rendering/PictureScene.h"
 
 namespace commandline {
 
@@ -44,7 +45,7 @@ struct OpenScene {
   bool texturesChecked = false;
 };
 
-class Session {
+class Session : public rendering::PictureScene {
  public:
   // Of the program's open scene where it has one, as a step has.
   explicit Session(Program& program);
@@ -71,15 +72,17 @@ class Session {
   const engine::Services& GetServices() { return open_->services; }
   // For the steps of a batch, which keep nothing: Keep of this session does.
   const std::shared_ptr<OpenScene>& Opened() const { return open_; }
-  DeferredFileSystem& Files() { return open_->files; }
-  StagemarksDialog& Dialog() { return *open_->dialog; }
-  host::BaseDocument& Document() { return *host::GetActiveDocument(); }
+  DeferredFileSystem& Files() override { return open_->files; }
+  StagemarksDialog& Dialog() override { return *open_->dialog; }
+  host::BaseDocument& Document() override { return *host::GetActiveDocument(); }
+  Terminal& Listener() override { return program_.terminal; }
+  void DeliverEvents() override { open_->application->DeliverEvents(); }
   Program& GetProgram() { return program_; }
 
   // The Stagemarks that are meant by what was typed, as FindMarks of SceneLookup.h says; all where
   // nothing was. An unknown one is refused here, with the names that come close: the dialog would
   // take it for the first one.
-  int ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names);
+  int ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names) override;
   // The one that is meant; a pattern that means several is refused.
   int ChooseMark(const std::string& typed, std::string& name);
   // The same, as they are stored in the document; one without a record is refused.
@@ -90,7 +93,7 @@ class Session {
   // Names the textures that pictures of the scene lack, on the terminal and as "missingTextures" in
   // the report. With --strict one of them is enough for kFailed; then a program has got the report.
   int CheckTextures(Report& report);
-  bool TexturesChecked() const { return open_->texturesChecked; }
+  bool TexturesChecked() const override { return open_->texturesChecked; }
   // From now on the plug-in's changes to files beside the scene wait until Keep writes the scene.
   void HoldSideFiles();
   // The end of a verb that changes a scene: writes it where -o or --write say so and prints the

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "program/commandline/FinishedPictures.h"
+#include "program/commandline/PictureOrders.h"
 #include "program/commandline/PicturePage.h"
-#include "program/commandline/StatePictures.h"
 #include "program/pictures/ContactSheet.h"
 
 namespace commandline {

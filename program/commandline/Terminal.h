@@ -11,6 +11,7 @@
 
 #include "engine/outside/Person.h"
 #include "program/outcome/Words.h"
+#include "program/rendering/PictureScene.h"
 
 namespace commandline {
 
@@ -20,7 +21,7 @@ struct TerminalChoices {
   bool verbose = false;  // status texts, too
 };
 
-class Terminal : public engine::Person {
+class Terminal : public engine::Person, public rendering::PictureListener {
  public:
   void Choose(const TerminalChoices& choices) { choices_ = choices; }
 
@@ -33,7 +34,7 @@ class Terminal : public engine::Person {
 
   // The same in lines, for a protocol where there is no terminal: one for each of few steps, and
   // for each tenth of many.
-  void Step(std::size_t done, std::size_t count, const std::string& what);
+  void Step(std::size_t done, std::size_t count, const std::string& what) override;
 
   // What ChooseFile answers next: the verbs know the folder before the dialog asks for it.
   void ChooseNextFile(const std::string& path) { nextFile_ = path; }
@@ -49,15 +50,16 @@ class Terminal : public engine::Person {
   static std::size_t ColumnsForTable();
 
   // Messages for a person, on stderr: plain, as a note (each once only) or as an error.
-  void Say(const std::string& text);
-  void Note(const std::string& text);
-  void Error(const std::string& text);
+  void Say(const std::string& text) override;
+  void Note(const std::string& text) override;
+  void Error(const std::string& text) override;
 
   // Ctrl-C, and the signals of a closed terminal and of programs that end others, ask running work
   // to stop; a second one ends the program. What was to be ignored when the program was started
   // still is.
   static void CatchInterrupts();
   static bool Interrupted() { return StopSignal() != 0; }
+  bool IsStopped() const override { return Interrupted(); }
   // The signal that asked to stop; 0 when there was none.
   static int StopSignal();
 

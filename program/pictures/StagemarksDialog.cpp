@@ -1,6 +1,7 @@
 #include "program/pictures/StagemarksDialog.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <unordered_set>
 
 #include "program/pictures/DialogLabels.h"
@@ -220,6 +221,17 @@ std::string StagemarksDialog::ListText() const {
   std::string text = engine::ListAsText(*dialog_, List().id, kWidestName);
   while (!text.empty() && text.back() == '\n') text.pop_back();
   return text;
+}
+
+engine::Result<FrameRange> ReadFrameRange(const std::string& text) {
+  constexpr int kLast = 300000;
+  int from = 0;
+  int to = 0;
+  char rest = 0;
+  const bool read = std::sscanf(text.c_str(), "%7d:%7d%c", &from, &to, &rest) == 2;
+  if (read && from >= 0 && from <= to && to <= kLast) return FrameRange(from, to);
+  return engine::Result<FrameRange>::Failure(
+      "\"" + text + "\" is no frame range; 0:90 is one, up to " + std::to_string(kLast) + ".");
 }
 
 }  // namespace pictures

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/core/Result.h"
 #include "engine/dialog/Dialogs.h"
 
 namespace pictures {
@@ -18,6 +19,10 @@ struct Mark {
   bool checked = false;
   bool current = false;  // recorded or loaded last
 };
+
+using FrameRange = std::pair<int, int>;
+// "0:90"; from at most to, both in the dialog's range.
+engine::Result<FrameRange> ReadFrameRange(const std::string& text);
 
 class StagemarksDialog {
  public:

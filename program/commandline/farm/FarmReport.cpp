@@ -8,7 +8,7 @@
 #include <sstream>
 
 #include "engine/dialog/TerminalText.h"
-#include "program/commandline/PicturePlan.h"
+#include "program/commandline/PictureOrders.h"
 
 namespace commandline {
 

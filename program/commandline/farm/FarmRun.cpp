@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "program/commandline/PictureWork.h"
+#include "program/commandline/PictureOrders.h"
 #include "program/commandline/SheetMaking.h"
 #include "program/commandline/farm/FarmReport.h"
 #include "program/commandline/farm/FarmWork.h"

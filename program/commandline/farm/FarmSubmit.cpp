@@ -208,7 +208,7 @@ class FarmSubmitting {
     int status = session_.StartWithScene();
     job_.reading = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (status == kDone) status = pictures_.Choose(order_.states);
-    return status == kDone ? plan_.CheckScene(report_) : status;
+    return status == kDone ? CheckPictures(session_, plan_, report_) : status;
   }
 
   // The folder's name says what is in it: the same call gives the same job.

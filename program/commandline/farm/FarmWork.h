@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "program/commandline/PicturePlan.h"
+#include "program/commandline/PictureOrders.h"
 
 namespace commandline {
 

@@ -14,7 +14,7 @@ struct ExportChoices {
 
 int ReadFrames(Program& program, ExportChoices& choices) {
   if (choices.frames.empty()) return kDone;
-  const auto range = ReadFrameRange(choices.frames);
+  const auto range = pictures::ReadFrameRange(choices.frames);
   if (range) choices.order.frames = range.Value();
   if (!range) program.terminal.Error(range.Message());
   return range ? kDone : kUsage;

@@ -1,6 +1,6 @@
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
-#include "program/commandline/StatePictures.h"
+#include "program/commandline/PictureOrders.h"
 #include "program/pictures/ContactSheet.h"
 #include "program/publish/PageMaking.h"
 

@@ -4,7 +4,7 @@
 
 #include "engine/undo/Undo.h"
 #include "program/commandline/Arguments.h"
-#include "program/commandline/StatePictures.h"
+#include "program/commandline/PictureOrders.h"
 #include "program/publish/PageMaking.h"
 #include "program/publish/PublishOrder.h"
 #include "program/publish/PublishedFiles.h"

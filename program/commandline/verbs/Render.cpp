@@ -1,10 +1,8 @@
-#include <filesystem>
 #include <iostream>
 #include <memory>
-#include <set>
 
 #include "program/commandline/Arguments.h"
-#include "program/commandline/PictureWork.h"
+#include "program/commandline/PictureOrders.h"
 #include "program/export/ExportPlan.h"
 
 namespace commandline {
@@ -40,7 +38,7 @@ class RenderVerb {
     if (status != kDone) return status;
     TellPlan();
     if (options_.dryRun) return PrintDryRun();
-    if (status = MakeFolders(); status != kDone) return status;
+    if (status = plan_.MakeFolders(); status != kDone) return status;
     status = work_->Do(plan_.Pictures());
     PrintResult(status);
     return status == kDone ? session_.CheckLedger() : status;
@@ -51,7 +49,7 @@ class RenderVerb {
   int Open() {
     int status = session_.StartWithScene();
     if (status == kDone) status = pictures_.Choose(options_.order.states);
-    return status == kDone ? plan_.CheckScene(result_) : status;
+    return status == kDone ? CheckPictures(session_, plan_, result_) : status;
   }
 
   int Plan() {
@@ -69,19 +67,6 @@ class RenderVerb {
       if (!picture.isThere) paths.push_back(picture.path);
     }
     return session_.CheckReplacing(paths, program_.verbName);
-  }
-
-  int MakeFolders() {
-    std::set<std::string> folders{plan_.Folder()};
-    for (const PlannedPicture& picture : plan_.Pictures())
-      folders.insert(std::filesystem::path(picture.path).parent_path().string());
-    for (const std::string& folder : folders) {
-      if (const auto made = session_.Files().MakeFolders(folder); !made) {
-        program_.terminal.Error(made.Message());
-        return kFailed;
-      }
-    }
-    return kDone;
   }
 
   // All that will be done, before anything is.

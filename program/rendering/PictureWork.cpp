@@ -1,4 +1,4 @@
-#include "program/commandline/PictureWork.h"
+#include "program/rendering/PictureWork.h"
 
 #include <algorithm>
 #include <chrono>
@@ -8,7 +8,7 @@
 
 #include "program/publish/FileOrigin.h"
 
-namespace commandline {
+namespace rendering {
 
 namespace {
 
@@ -24,7 +24,7 @@ std::string NodeName() {
 
 // The mark at the end of the file holds a hash of all that stands before it.
 bool PictureWork::IsDone(const PlannedPicture& picture) {
-  engine::FileSystem& files = session_.Files();
+  engine::FileSystem& files = scene_.Files();
   if (files.Kind(picture.path) != engine::FileKind::File) return false;
   const auto bytes = files.ReadFile(picture.path, engine::kLargestImageBytes);
   if (!bytes) return false;
@@ -39,7 +39,7 @@ int PictureWork::Do(std::vector<PlannedPicture>& plan) {
   for (PlannedPicture& picture : plan) {
     if (picture.isThere) continue;
     if (const int status = DoOne(picture, number++); status != kDone) return status;
-    session_.GetProgram().terminal.Step(number - others_.size(), count_, "Rendering");
+    scene_.Listener().Step(number - others_.size(), count_, "Rendering");
   }
   const int status = DoLeftToOthers();
   return status == kDone && failed_ > 0 ? kFailed : status;
@@ -50,7 +50,7 @@ int PictureWork::DoOne(PlannedPicture& picture, std::size_t number) {
   if (rules_.isShared) {
     auto claimed = engine::WorkClaim::Try(picture.path);
     if (!claimed) {
-      session_.GetProgram().terminal.Error(claimed.Message());
+      scene_.Listener().Error(claimed.Message());
       return kFailed;
     }
     if (!claimed.Value()) {
@@ -65,7 +65,7 @@ int PictureWork::DoOne(PlannedPicture& picture, std::size_t number) {
   std::uint64_t bytes = 0;
   const int status = RenderAndSave(picture, number, &bytes);
   picture.isRendered = status == kDone;
-  if (status == kInterrupted || (status != kDone && Terminal::Interrupted())) return status;
+  if (status == kInterrupted || (status != kDone && scene_.Listener().IsStopped())) return status;
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
   if (const int written = TakeDown(picture, status, seconds, bytes); written != kDone)
@@ -79,17 +79,17 @@ int PictureWork::DoOne(PlannedPicture& picture, std::size_t number) {
 int PictureWork::DoLeftToOthers() {
   bool isSaid = false;
   while (!others_.empty()) {
-    if (Terminal::Interrupted()) return kInterrupted;
+    if (scene_.Listener().IsStopped()) return kInterrupted;
     auto left = std::move(others_);
     others_.clear();
     for (const auto& [picture, number] : left) {
       if (const int status = DoOne(*picture, number); status != kDone) return status;
-      session_.GetProgram().terminal.Step(count_ - others_.size(), count_, "Rendering");
+      scene_.Listener().Step(count_ - others_.size(), count_, "Rendering");
     }
     if (others_.size() < left.size()) continue;
     if (!std::exchange(isSaid, true))
-      session_.GetProgram().terminal.Say("Waiting for others, who are at " +
-                                         Counted(others_.size(), "picture") + ".");
+      scene_.Listener().Say("Waiting for others, who are at " + Counted(others_.size(), "picture") +
+                            ".");
     std::this_thread::sleep_for(kBetweenLooks);
   }
   return kDone;
@@ -129,8 +129,8 @@ int PictureWork::TakeDown(const PlannedPicture& picture, int status, double seco
     if (!opened) written = opened.GetStatus();
   }
   if (manifest_) written = manifest_->Append(pictures::TextOf(line));
-  if (!written) session_.GetProgram().terminal.Error(written.Message());
+  if (!written) scene_.Listener().Error(written.Message());
   return written ? kDone : kFailed;
 }
 
-}  // namespace commandline
+}  // namespace rendering

@@ -1,4 +1,4 @@
-#include "program/commandline/StatePictures.h"
+#include "program/rendering/StatePictures.h"
 
 #include <cstdio>
 #include <unordered_map>
@@ -9,7 +9,7 @@
 #include "program/pictures/DialogLabels.h"
 #include "program/publish/FileOrigin.h"
 
-namespace commandline {
+namespace rendering {
 
 using engine::PictureInProgress;
 using engine::Result;
@@ -59,15 +59,15 @@ std::string SizeText(const PictureSize& size) {
 
 int StatePictures::Fail(const std::string& why) {
   lastFailure_ = why;
-  session_.GetProgram().terminal.Error(why);
+  scene_.Listener().Error(why);
   return kFailed;
 }
 
 int StatePictures::Choose(const std::vector<std::string>& typed) {
   std::vector<std::string> names;
-  if (const int status = session_.ChooseMarks(typed, names); status != kDone) return status;
+  if (const int status = scene_.ChooseMarks(typed, names); status != kDone) return status;
   std::unordered_map<std::string, Mark> marks;
-  for (Mark& mark : session_.Dialog().Marks()) marks.emplace(mark.name, mark);
+  for (Mark& mark : scene_.Dialog().Marks()) marks.emplace(mark.name, mark);
   for (const std::string& name : names) states_.push_back(marks.at(name));
   asItIs_ = states_.empty();
   if (asItIs_) states_.emplace_back();
@@ -76,15 +76,16 @@ int StatePictures::Choose(const std::vector<std::string>& typed) {
 
 int StatePictures::Recall(const Mark& state) {
   if (asItIs_) return kDone;
-  if (!session_.Dialog().Select(state.name) || !session_.Dialog().Press(pictures::kLoad)) {
+  scene_.BeforeLoading();
+  if (!scene_.Dialog().Select(state.name) || !scene_.Dialog().Press(pictures::kLoad)) {
     return Fail("\"" + state.name + "\" was not loaded.");
   }
-  session_.App().DeliverEvents();
+  scene_.DeliverEvents();
   return kDone;
 }
 
 int StatePictures::InState(const Mark& state, const std::function<int()>& look) {
-  host::BaseDocument& doc = session_.Document();
+  host::BaseDocument& doc = scene_.Document();
   engine::UndoScope step(doc, "Load " + state.name);
   // No step takes back which Stagemark was loaded last.
   const host::BaseContainer stored = *doc.GetDataInstance();
@@ -95,10 +96,10 @@ int StatePictures::InState(const Mark& state, const std::function<int()>& look) 
   return status;
 }
 
-PictureSize StatePictures::Size() const { return pictures::SizeOf(session_.Document()); }
+PictureSize StatePictures::Size() const { return pictures::SizeOf(scene_.Document()); }
 
 PictureFacts StatePictures::Facts(const Mark& state) const {
-  host::BaseDocument& doc = session_.Document();
+  host::BaseDocument& doc = scene_.Document();
   const host::BaseContainer& settings = ActiveSettings(doc);
   const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
   PictureFacts facts;
@@ -121,9 +122,9 @@ int StatePictures::Probe(const PictureSize& size, engine::Image* picture) {
   setup.width = size.width;
   setup.height = size.height;
   setup.threads = threads_;
-  auto begun = PictureInProgress::Begin(session_.Document(), session_.Files(), setup,
+  auto begun = PictureInProgress::Begin(scene_.Document(), scene_.Files(), setup,
                                         engine::RenderCaches::Shared());
-  const auto goesOn = [](double) { return !Terminal::Interrupted(); };
+  const auto goesOn = [this](double) { return !scene_.Listener().IsStopped(); };
   while (begun && !begun.Value()->IsFinished()) {
     if (!begun.Value()->Refine(goesOn)) return kInterrupted;
   }
@@ -138,25 +139,25 @@ int StatePictures::RenderLight(const PictureSize& size, const PictureTurn& turn,
 
 int StatePictures::RenderAs(bool isLinear, const PictureSize& size, const PictureTurn& turn,
                             const std::string& name, engine::Image* picture) {
-  Terminal& terminal = session_.GetProgram().terminal;
+  PictureListener& listener = scene_.Listener();
   engine::PictureSetup setup;
   setup.width = size.width;
   setup.height = size.height;
   setup.threads = threads_;
   setup.isLinear = isLinear;
-  auto begun = PictureInProgress::Begin(session_.Document(), session_.Files(), setup,
+  auto begun = PictureInProgress::Begin(scene_.Document(), scene_.Files(), setup,
                                         engine::RenderCaches::Shared());
   if (!begun) return Fail("\"" + name + "\" was not rendered: " + begun.Message());
   for (const std::string& note : begun.Value()->Notes()) {
     const bool wasNamed =
-        session_.TexturesChecked() && note.ends_with(" is not shown: it was not found.");
-    if (!wasNamed && said_.IsNew(note)) terminal.Note(note);
+        scene_.TexturesChecked() && note.ends_with(" is not shown: it was not found.");
+    if (!wasNamed && said_.IsNew(note)) listener.Note(note);
   }
   const auto count = static_cast<double>(turn.count);
   const std::string what = "Rendering " + std::to_string(turn.number + 1) + " of " +
                            std::to_string(turn.count) + ": " + name;
   const auto progress = [&](double done) {
-    return terminal.Progress((static_cast<double>(turn.number) + done) / count, what);
+    return listener.Progress((static_cast<double>(turn.number) + done) / count, what);
   };
   while (!begun.Value()->IsFinished()) {
     if (!begun.Value()->Refine(progress)) return kInterrupted;
@@ -174,8 +175,8 @@ int StatePictures::Save(const engine::Image& picture, const std::string& path,
   const std::string marked = publishing::WithMaker(
       record ? publishing::WithRecord(file.Value(), made) : file.Value(), maker);
   if (bytes) *bytes = marked.size();
-  const Status written = session_.Files().ReplaceFile(path, marked);
+  const Status written = scene_.Files().ReplaceFile(path, marked);
   return written ? kDone : Fail(written.Message());
 }
 
-}  // namespace commandline
+}  // namespace rendering

@@ -1,7 +1,7 @@
 // PictureWork: renders planned pictures one after the other, each from the scene as it was opened,
 // and keeps a manifest of what became of them. Several of these, of any number of programs and
 // machines that share the folders, may do one plan together: none does a picture that another one
-// is at. Works on a session it does not own. Main thread.
+// is at. Works on a scene it does not own. Main thread.
 #pragma once
 
 #include <memory>
@@ -10,10 +10,10 @@
 
 #include "engine/outside/AppendedFile.h"
 #include "engine/outside/WorkClaim.h"
-#include "program/commandline/PicturePlan.h"
 #include "program/pictures/PictureManifest.h"
+#include "program/rendering/PicturePlan.h"
 
-namespace commandline {
+namespace rendering {
 
 struct WorkRules {
   std::string manifest;     // absolute path
@@ -23,8 +23,8 @@ struct WorkRules {
 
 class PictureWork {
  public:
-  PictureWork(Session& session, StatePictures& pictures, WorkRules rules)
-      : session_(session), pictures_(pictures), rules_(std::move(rules)) {}
+  PictureWork(PictureScene& scene, StatePictures& pictures, WorkRules rules)
+      : scene_(scene), pictures_(pictures), rules_(std::move(rules)) {}
 
   // Whether the picture is at its place, whole and made from the same. Reads the file.
   bool IsDone(const PlannedPicture& picture);
@@ -39,7 +39,7 @@ class PictureWork {
   int RenderAndSave(const PlannedPicture& picture, std::size_t number, std::uint64_t* bytes);
   int TakeDown(const PlannedPicture& picture, int status, double seconds, std::uint64_t bytes);
 
-  Session& session_;
+  PictureScene& scene_;
   StatePictures& pictures_;
   WorkRules rules_;
   std::size_t count_ = 0;  // pictures that were not there
@@ -48,4 +48,4 @@ class PictureWork {
   std::unique_ptr<engine::AppendedFile> manifest_;               // opened with the first line
 };
 
-}  // namespace commandline
+}  // namespace rendering

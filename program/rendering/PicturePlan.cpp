@@ -1,16 +1,15 @@
-#include "program/commandline/PicturePlan.h"
+#include "program/rendering/PicturePlan.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <set>
 
-#include "engine/render/TextureSearch.h"
 #include "engine/states/Findings.h"
-#include "program/commandline/Exporting.h"
 
-namespace commandline {
+namespace rendering {
 
 namespace {
 
@@ -22,50 +21,32 @@ constexpr std::size_t kMostPictures = 1000000;
 // Of the very small picture that an estimate rests on.
 constexpr PictureSize kProbeBox{128, 128};
 
-// The pattern up to the folder that holds its first placeholder.
-std::string FixedFolder(const std::string& pattern) {
-  const std::string fixed = pattern.substr(0, pattern.find('{'));
-  const std::size_t slash = fixed.rfind('/');
-  const std::string folder = slash == std::string::npos ? "." : fixed.substr(0, slash + 1);
-  std::string absolute = AbsolutePath(folder);
-  while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
-  if (absolute.ends_with("/.")) absolute.resize(absolute.size() - 2);
-  return absolute;
-}
-
 double SecondsSince(std::chrono::steady_clock::time_point begin) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
 }  // namespace
 
-void AddPictureOrder(Verb verb, PictureOrder& order, std::string& pattern) {
-  AddOnly(verb, order.states, "--state");
-  verb.Add("-o,--output", pattern,
-           "File names, ending in .png, .tif or .exr, with {scene}, {state}, {camera}, {size}, "
-           "{frame}, {date} and {index}; {index:03} has three digits, {state:safe} plain letters "
-           "only")
-      .Word("FILES")
-      .Default("{scene} {state}.png");
-  verb.Add("--format", order.format,
-           "png, tif: as a screen shows it; exr: OpenEXR with all the light, linear half floats")
-      .OneOf({"png", "tif", "exr"})
-      .Word("FORMAT");
-  verb.Add("--size", order.sizes,
-           "Picture sizes, as 1920x1080, instead of that of each state's render settings")
-      .Word("WIDTHxHEIGHT...");
-  verb.Add("--frames", order.frames,
-           "Frames from and to, as 0:90, instead of the first one of each state's render settings")
-      .Word("FROM:TO");
+std::string PicturePlan::Absolute(const std::string& path) const {
+  return (std::filesystem::path(order_.folder) / path).lexically_normal().string();
+}
+
+// The pattern up to the folder that holds its first placeholder.
+std::string PicturePlan::FixedFolder() const {
+  const std::string fixed = pattern_.substr(0, pattern_.find('{'));
+  const std::size_t slash = fixed.rfind('/');
+  std::string folder = Absolute(slash == std::string::npos ? "." : fixed.substr(0, slash + 1));
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  return folder;
 }
 
 int PicturePlan::Refuse(const std::string& why) {
-  session_.GetProgram().terminal.Error(why);
+  scene_.Listener().Error(why);
   return kUsage;
 }
 
 int PicturePlan::Fail(const std::string& why) {
-  session_.GetProgram().terminal.Error(why);
+  scene_.Listener().Error(why);
   return kFailed;
 }
 
@@ -76,7 +57,7 @@ int PicturePlan::CheckOrder() {
     sizes_.push_back(size.Value());
   }
   if (!order_.frames.empty()) {
-    const auto range = ReadFrameRange(order_.frames);
+    const auto range = pictures::ReadFrameRange(order_.frames);
     if (!range) return Refuse(range.Message());
     const auto [from, to] = range.Value();
     if (static_cast<std::size_t>(to - from) >= kMostFrames)
@@ -94,7 +75,7 @@ int PicturePlan::CheckPatternAndFormat() {
   const auto kind = KindOfName(pattern_);
   if (!format.empty() && !kind) pattern_ += "." + format;
   if (!format.empty() && kind && kind != pictures::KindOfWord(format)) {
-    return Refuse("\"" + pattern_ + "\" names pictures of another format than --format " + format +
+    return Refuse("\"" + pattern_ + "\" names pictures of another format than " + format +
                   ". Give one of the two.");
   }
   const engine::Status checked = CheckPattern(pattern_);
@@ -105,12 +86,12 @@ int PicturePlan::Make() {
   if (pattern_.empty())
     pattern_ = (pictures_.AsItIs() ? kPatternAsItIs : kPattern) +
                (order_.format.empty() ? "png" : order_.format);
-  folder_ = FixedFolder(pattern_);
-  const pictures::SceneHashes hashes(session_.Document(), session_.Files());
-  scene_ = hashes.Scene();
-  settings_ = SettingsHash(*KindOfName(pattern_));
+  folder_ = FixedFolder();
+  const pictures::SceneHashes hashes(scene_.Document(), scene_.Files());
+  sceneHash_ = hashes.Scene();
+  settingsHash_ = SettingsHash(*KindOfName(pattern_));
   for (const Mark& state : pictures_.States()) {
-    if (Terminal::Interrupted()) return kInterrupted;
+    if (scene_.Listener().IsStopped()) return kInterrupted;
     if (const int status = AddState(state, hashes); status != kDone) return status;
   }
   return CheckNames();
@@ -119,7 +100,7 @@ int PicturePlan::Make() {
 // Names and sizes may differ from state to state, so each is recalled before any is rendered.
 int PicturePlan::AddState(const Mark& state, const pictures::SceneHashes& hashes) {
   return pictures_.InState(state, [&] {
-    state_ = hashes.State();
+    stateHash_ = hashes.State();
     const std::vector<PictureSize> own{pictures_.Size()};
     const std::vector<int> first{pictures_.Facts(state).frame};
     for (const PictureSize& size : sizes_.empty() ? own : sizes_) {
@@ -134,21 +115,21 @@ int PicturePlan::AddState(const Mark& state, const pictures::SceneHashes& hashes
 int PicturePlan::AddPicture(const Mark& state, const PictureSize& size, int frame) {
   PictureFacts facts = pictures_.Facts(state);
   if (const auto fits = engine::CheckImageSize(size.width, size.height, 16); !fits) {
-    return Fail("\"" + facts.state + "\": " + fits.Message() + " Give another size with --size.");
+    return Fail("\"" + facts.state + "\": " + fits.Message() + " Choose another size.");
   }
   if (plan_.size() >= kMostPictures)
     return Fail("These are more pictures than one call renders, " + std::to_string(kMostPictures) +
-                ". Choose some of the states with --only.");
+                ". Choose some of the states only.");
   facts.frame = frame;
   facts.width = size.width;
   facts.height = size.height;
   facts.index = plan_.size() + 1;
   plan_.push_back({state,
                    facts.state,
-                   AbsolutePath(FillPattern(pattern_, facts)),
+                   Absolute(FillPattern(pattern_, facts)),
                    size,
                    frame,
-                   {scene_, state_, settings_, size, frame, kProgramVersion}});
+                   {sceneHash_, stateHash_, settingsHash_, size, frame, kProgramVersion}});
   return kDone;
 }
 
@@ -185,28 +166,34 @@ std::string PicturePlan::WhyOneFile(const PlannedPicture& one, const PlannedPict
          "} into the pattern, or render them apart.";
 }
 
-int PicturePlan::CheckScene(Report& report) {
-  const Program& program = session_.GetProgram();
-  if (const int status = session_.CheckTextures(report); status != kDone) return status;
-  std::size_t errors = 0;
-  std::size_t warnings = 0;
-  for (const auto& finding : engine::FindFindings(session_.Document(), nullptr, {})) {
+int PicturePlan::MakeFolders() {
+  std::set<std::string> folders{folder_};
+  for (const PlannedPicture& picture : plan_)
+    folders.insert(std::filesystem::path(picture.path).parent_path().string());
+  for (const std::string& folder : folders) {
+    if (const auto made = scene_.Files().MakeFolders(folder); !made) return Fail(made.Message());
+  }
+  return kDone;
+}
+
+PictureFindings PicturePlan::Findings() {
+  PictureFindings found;
+  for (const auto& finding : engine::FindFindings(scene_.Document(), nullptr, {})) {
     const bool isMeant =
         finding.state.empty() || std::ranges::any_of(pictures_.States(), [&](const Mark& state) {
           return state.name == finding.state;
         });
     if (!isMeant || std::string_view(finding.kind->code).starts_with("file-name")) continue;
-    errors += finding.kind->severity == engine::Severity::Error ? finding.count : 0;
-    warnings += finding.kind->severity == engine::Severity::Warning ? finding.count : 0;
+    found.errors += finding.kind->severity == engine::Severity::Error ? finding.count : 0;
+    found.warnings += finding.kind->severity == engine::Severity::Warning ? finding.count : 0;
   }
-  report.Put("findings", errors + warnings);
-  if (errors + warnings == 0) return kDone;
-  const std::string found =
-      "`stagemarks check` finds " + (errors > 0 ? Counted(errors, "error") : std::string()) +
-      (errors > 0 && warnings > 0 ? " and " : "") +
-      (warnings > 0 ? Counted(warnings, "warning") : std::string()) + " in these Stagemarks.";
-  if (!program.strict) session_.GetProgram().terminal.Note(found);
-  return program.strict ? Fail(found + " Nothing was rendered (--strict).") : kDone;
+  if (found.errors + found.warnings == 0) return found;
+  found.text = "`stagemarks check` finds " +
+               (found.errors > 0 ? Counted(found.errors, "error") : std::string()) +
+               (found.errors > 0 && found.warnings > 0 ? " and " : "") +
+               (found.warnings > 0 ? Counted(found.warnings, "warning") : std::string()) +
+               " in these Stagemarks.";
+  return found;
 }
 
 std::uint64_t PicturePlan::PixelsToRender() const {
@@ -266,4 +253,4 @@ std::string DurationText(double seconds) {
   return std::to_string(whole / 3600) + " h " + std::to_string(whole % 3600 / 60) + " min";
 }
 
-}  // namespace commandline
+}  // namespace rendering

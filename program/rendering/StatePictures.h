@@ -1,6 +1,6 @@
 // StatePictures: pictures of the states of the open scene: which states are meant, bringing the
-// scene into one through the dialog, and rendering it as it then stands. Works on a session it does
-// not own. What fails is said on the terminal and answered as an exit status. Main thread.
+// scene into one through the dialog, and rendering it as it then stands. Works on a scene it does not
+// own. What fails is said to its listener and answered as an exit status. Main thread.
 #pragma once
 
 #include <functional>
@@ -8,14 +8,21 @@
 #include <vector>
 
 #include "engine/render/Image.h"
-#include "program/commandline/Session.h"
+#include "program/outcome/ExitStatus.h"
+#include "program/outcome/Words.h"
 #include "program/pictures/PictureNames.h"
 #include "program/pictures/PictureRecord.h"
 #include "program/pictures/PictureSize.h"
 #include "program/pictures/SaidNotes.h"
+#include "program/rendering/PictureScene.h"
 
-namespace commandline {
+namespace rendering {
 
+using outcome::Counted;
+using outcome::kDone;
+using outcome::kFailed;
+using outcome::kInterrupted;
+using outcome::kUsage;
 using pictures::CheckPattern;
 using pictures::FillPattern;
 using pictures::FindClash;
@@ -42,7 +49,7 @@ struct PictureTurn {
 class StatePictures {
  public:
   // `threads`: 0 one for each core.
-  StatePictures(Session& session, unsigned threads) : session_(session), threads_(threads) {}
+  StatePictures(PictureScene& scene, unsigned threads) : scene_(scene), threads_(threads) {}
 
   // The states that are meant, all where nothing is typed; a scene without any gives one without a
   // name, which stands for the scene as it is. Unknown names answer kUsage.
@@ -81,7 +88,7 @@ class StatePictures {
   int RenderAs(bool isLinear, const PictureSize& size, const PictureTurn& turn,
                const std::string& name, engine::Image* picture);
 
-  Session& session_;
+  PictureScene& scene_;
   unsigned threads_;
   pictures::SaidNotes said_;
   bool asItIs_ = false;
@@ -89,4 +96,4 @@ class StatePictures {
   std::string lastFailure_;
 };
 
-}  // namespace commandline
+}  // namespace rendering

@@ -1,28 +1,26 @@
 // PicturePlan: which pictures a call asks for, with their names, sizes and what each will be made
-// from, all known and checked before the first pixel; and what they will cost. Works on a session
-// and its StatePictures, which it does not own. What is wrong is said on the terminal and answered
-// as an exit status. Main thread.
+// from, all known and checked before the first pixel; and what they will cost. Works on a scene and
+// its StatePictures, which it does not own. What is wrong is said to the scene's listener and
+// answered as an exit status. Main thread.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "program/commandline/Arguments.h"
-#include "program/commandline/StatePictures.h"
+#include "program/rendering/StatePictures.h"
 
-namespace commandline {
+namespace rendering {
 
 // As typed.
 struct PictureOrder {
   std::vector<std::string> states;  // empty: all
   std::vector<std::string> sizes;   // "640x360"; empty: that of each state
   std::string frames;               // "0:9"; empty: the first one of each state
+  std::string folder;               // absolute; a pattern that is not begins there
   std::string pattern;              // of the files' names; empty: the usual one
   std::string format;               // "png", "tif", "exr"; empty: as the pattern says
 };
-// -o, --only, --size, --frames and --format of a verb; `pattern` gets what -o says.
-void AddPictureOrder(Verb verb, PictureOrder& order, std::string& pattern);
 
 struct PlannedPicture {
   Mark state;
@@ -42,20 +40,27 @@ struct PictureEstimate {
   std::uint64_t bytes = 0;
 };
 
+// What `check` finds in the states of a plan, and what is said of it.
+struct PictureFindings {
+  std::size_t errors = 0;
+  std::size_t warnings = 0;
+  std::string text;  // empty where nothing was found
+};
+
 class PicturePlan {
  public:
-  PicturePlan(Session& session, StatePictures& pictures, const PictureOrder& order)
-      : session_(session), pictures_(pictures), order_(order) {}
+  PicturePlan(PictureScene& scene, StatePictures& pictures, const PictureOrder& order)
+      : scene_(scene), pictures_(pictures), order_(order) {}
 
   // Sizes, frames and pattern; before the scene is opened.
   int CheckOrder();
   // Names, sizes and records of all pictures of the chosen states; refuses two of one name.
   int Make();
-  // Says what speaks against the pictures: textures that are missing and what `check` finds in the
-  // states. With --strict a warning is enough for kFailed.
-  int CheckScene(Report& report);
+  PictureFindings Findings();
 
   std::vector<PlannedPicture>& Pictures() { return plan_; }
+  // Folders for all pictures and for their manifest.
+  int MakeFolders();
   // Above all pictures: the pattern up to its first placeholder.
   const std::string& Folder() const { return folder_; }
   std::uint64_t PixelsToRender() const;
@@ -70,18 +75,20 @@ class PicturePlan {
   int AddState(const Mark& state, const pictures::SceneHashes& hashes);
   int AddPicture(const Mark& state, const PictureSize& size, int frame);
   int CheckNames();
+  std::string Absolute(const std::string& path) const;
+  std::string FixedFolder() const;
   std::string WhyOneFile(const PlannedPicture& one, const PlannedPicture& other) const;
 
-  Session& session_;
+  PictureScene& scene_;
   StatePictures& pictures_;
   const PictureOrder& order_;
   std::string pattern_;
   std::string folder_;
   std::vector<PictureSize> sizes_;
   std::vector<int> frames_;
-  std::string scene_;  // hashes; that of the state which is being added
-  std::string state_;
-  std::string settings_;
+  std::string sceneHash_;
+  std::string stateHash_;  // of the state that is being added
+  std::string settingsHash_;
   std::vector<PlannedPicture> plan_;
 };
 
@@ -92,4 +99,4 @@ std::string SettingsHash(PictureKind kind);
 std::string PixelsText(std::uint64_t pixels);
 std::string DurationText(double seconds);
 
-}  // namespace commandline
+}  // namespace rendering
