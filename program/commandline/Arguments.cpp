@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "program/commandline/HelpText.h"
-#include "program/commandline/SceneLookup.h"
+#include "program/lookup/SceneLookup.h"
 
 namespace commandline {
 
@@ -20,7 +20,7 @@ std::string Complaint(const CLI::App& app, const CLI::ParseError& error,
   if (typed == words.end()) return "No verb was given.";
   std::vector<std::string> known;
   for (const CLI::App* verb : app.get_subcommands({})) known.push_back(verb->get_name());
-  return "There is no verb \"" + *typed + "\"." + DidYouMean(*typed, known);
+  return "There is no verb \"" + *typed + "\"." + lookup::DidYouMean(*typed, known);
 }
 
 // `--help` and `--version` come this way, too: they end the reading, and are no fault.

@@ -4,7 +4,6 @@
 #include <set>
 
 #include "engine/scene/TreeWalk.h"
-#include "program/commandline/SceneLookup.h"
 
 namespace commandline {
 

@@ -7,7 +7,6 @@
 #include "engine/import/Import.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/scenefile/SceneOrigin.h"
-#include "program/commandline/SceneLookup.h"
 #include "program/outcome/Outcome.h"
 #include "program/pictures/DialogLabels.h"
 #include "program/publish/FileOrigin.h"

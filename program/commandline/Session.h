@@ -13,11 +13,22 @@
 #include "program/commandline/DeferredFileSystem.h"
 #include "program/commandline/Program.h"
 #include "program/commandline/Report.h"
+#include "program/lookup/SceneLookup.h"
 #include "program/pictures/StagemarksDialog.h"
 #include "program/rendering/PictureScene.h"
 
 namespace commandline {
 
+using lookup::FindLayer;
+using lookup::FindLayers;
+using lookup::FindMarks;
+using lookup::FindMaterial;
+using lookup::FindObject;
+using lookup::FindObjects;
+using lookup::IsPattern;
+using lookup::MatchesPattern;
+using lookup::ObjectPaths;
+using lookup::PathOf;
 using pictures::Mark;
 using pictures::StagemarksDialog;
 

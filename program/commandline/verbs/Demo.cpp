@@ -18,7 +18,6 @@
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Exporting.h"
 #include "program/commandline/FramingCamera.h"
-#include "program/commandline/SceneLookup.h"
 #include "program/commandline/SheetMaking.h"
 #include "program/pictures/DialogLabels.h"
 

@@ -7,7 +7,6 @@
 #include "engine/scene/SceneDump.h"
 #include "engine/scene/TreeWalk.h"
 #include "program/commandline/Arguments.h"
-#include "program/commandline/SceneLookup.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {

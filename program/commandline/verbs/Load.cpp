@@ -65,7 +65,7 @@ int LoadMark(Session& session, const LoadOptions& options, engine::StepDifferenc
   const std::string& name = options.name;
   const engine::UndoScope step(session.Document(), "Load " + name);
   {
-    const PartsInUse parts(session, options.parts);
+    const PartsInUse parts(session.Dialog(), session.Document(), options.parts);
     if (!session.Dialog().Select(name) || !session.Dialog().Press(pictures::kLoad)) {
       terminal.Error("\"" + name + "\" was not loaded.");
       return kFailed;

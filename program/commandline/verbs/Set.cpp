@@ -7,7 +7,6 @@
 #include "engine/editing/RenderSettingsCommands.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/FramingCamera.h"
-#include "program/commandline/SceneLookup.h"
 #include "program/commandline/SceneSelection.h"
 #include "program/commandline/Session.h"
 

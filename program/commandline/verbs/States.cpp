@@ -5,7 +5,6 @@
 
 #include "engine/states/StateText.h"
 #include "program/commandline/Arguments.h"
-#include "program/commandline/SceneLookup.h"
 #include "program/commandline/Session.h"
 
 namespace commandline {

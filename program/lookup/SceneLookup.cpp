@@ -1,4 +1,4 @@
-#include "program/commandline/SceneLookup.h"
+#include "program/lookup/SceneLookup.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,14 +8,15 @@
 #include <unordered_set>
 
 #include "engine/scene/TreeWalk.h"
-#include "program/commandline/Terminal.h"
+#include "program/outcome/Words.h"
 
-namespace commandline {
+namespace lookup {
 
 using engine::NextInTree;
 using engine::Result;
 using host::BaseDocument;
 using host::BaseObject;
+using outcome::Shown;
 
 namespace {
 
@@ -295,4 +296,4 @@ std::string DidYouMean(const std::string& name, const std::vector<std::string>& 
   return text.empty() ? text : text + "\"?";
 }
 
-}  // namespace commandline
+}  // namespace lookup

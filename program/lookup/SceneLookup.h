@@ -10,7 +10,7 @@
 #include "engine/core/Result.h"
 #include "host/Host.h"
 
-namespace commandline {
+namespace lookup {
 
 // The path of an object: its names from the top, each after a slash.
 std::string PathOf(const host::BaseObject& object);
@@ -63,4 +63,4 @@ std::vector<std::string> NamesLike(const std::string& name, const std::vector<st
 // " Did you mean "A" or "B"?", empty where nothing is close.
 std::string DidYouMean(const std::string& name, const std::vector<std::string>& known);
 
-}  // namespace commandline
+}  // namespace lookup
