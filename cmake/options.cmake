@@ -34,6 +34,7 @@ set(STAGEMARKS_INSTALL_LIBDIR ${CMAKE_INSTALL_LIBDIR}/stagemarks)
 set(STAGEMARKS_INSTALL_DATADIR ${CMAKE_INSTALL_DATADIR}/stagemarks)
 file(RELATIVE_PATH STAGEMARKS_SHARED_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/stagemarks)
 file(RELATIVE_PATH STAGEMARKS_LIBRARY_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/stagemarks)
+file(RELATIVE_PATH STAGEMARKS_PROGRAMS_FROM_LIBRARY ${CMAKE_INSTALL_FULL_LIBDIR}/stagemarks ${CMAKE_INSTALL_FULL_BINDIR})
 # Binaries of a build search where those of an installation do. A search path that is changed at the installation is filled up
 # with empty parts meanwhile, which stand for the current folder: whoever can write there could slip in a library.
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)

@@ -10,6 +10,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kProgram = "stagemarks";
+
 // Without links and dots; what does not exist is only made absolute.
 std::string Clean(const fs::path& path) {
   std::error_code error;
@@ -29,8 +31,11 @@ std::string EngineFolder() {
 
 }  // namespace
 
+// An interpreter that has loaded the engine lies elsewhere.
 std::string ProgramFolder() {
   std::error_code error;
+  const std::string ours = Clean(EngineFolder() + "/" STAGEMARKS_PROGRAMS_FROM_LIBRARY);
+  if (fs::exists(fs::path(ours) / kProgram, error)) return ours;
   return fs::read_symlink("/proc/self/exe", error).parent_path().string();
 }
 
@@ -47,7 +52,7 @@ std::string SharedFolder() {
   return fs::exists(installed, error) ? installed : Clean(ProgramFolder() + "/../share/stagemarks");
 }
 
-std::string ImportWorkerProgram() { return ProgramFolder() + "/stagemarks"; }
+std::string ImportWorkerProgram() { return ProgramFolder() + "/" + kProgram; }
 
 std::string SampleScene() { return SharedFolder() + "/scenes/dungeon/dungeon.gltf"; }
 

@@ -7,8 +7,9 @@
 
 namespace engine {
 
-// Folder of the running program, absolute, without a separator at its end; empty where the system
-// does not tell.
+// Folder of the programs that belong to the engine's library, whatever program has loaded it; where
+// they are not there that of the running one. Absolute, without a separator at its end; empty where
+// the system does not tell.
 std::string ProgramFolder();
 // Folder of the plug-ins: the one that the environment names in STAGEMARKS_PLUGINS, as it stands
 // where that is no full path (nothing is loaded from there), else "plugins" beside the engine's

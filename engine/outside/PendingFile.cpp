@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <memory>
 #include <mutex>
 #include <random>
 #include <set>
@@ -24,8 +25,10 @@ constexpr std::string_view kHiddenBegin = ".stagemarks-";
 constexpr std::string_view kHiddenEnd = ".tmp";
 
 std::string HiddenName() {
-  thread_local std::mt19937_64 random{std::random_device{}()};
-  return std::string(kHiddenBegin) + std::to_string(getpid()) + "-" + std::to_string(random()) +
+  // Behind a pointer: a program that loads the engine late, as Python does, has little room for
+  // what is a thread's own.
+  thread_local const auto random = std::make_unique<std::mt19937_64>(std::random_device{}());
+  return std::string(kHiddenBegin) + std::to_string(getpid()) + "-" + std::to_string((*random)()) +
          std::string(kHiddenEnd);
 }
 
