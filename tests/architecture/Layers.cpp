@@ -61,14 +61,30 @@ std::string FolderOf(const Law& law, const std::string& path) {
 // system.
 std::string LibraryOf(const std::string& include) {
   static const std::vector<std::pair<std::string, std::string>> prefixes = {
-      {"assimp/", "assimp"},      {"draco/", "draco"},      {"meshoptimizer", "meshoptimizer"},
-      {"zstd", "zstd"},           {"xxhash", "xxhash"},     {"utf8proc", "utf8proc"},
-      {"zlib", "zlib"},           {"tiff", "tiff"},         {"png", "png"},
-      {"jpeg", "jpeg"},           {"jerror", "jpeg"},       {"OpenEXR/", "openexr"},
-      {"Imf", "openexr"},         {"embree3/", "embree"},   {"CLI/", "cli11"},
-      {"nlohmann/", "json"},      {"ft2build", "freetype"}, {"fribidi", "fribidi"},
-      {"gtest/", "gtest"},        {"gmock/", "gtest"},      {"rapidcheck", "rapidcheck"},
-      {"benchmark/", "benchmark"}};
+      {"assimp/", "assimp"},
+      {"draco/", "draco"},
+      {"meshoptimizer", "meshoptimizer"},
+      {"zstd", "zstd"},
+      {"xxhash", "xxhash"},
+      {"utf8proc", "utf8proc"},
+      {"zlib", "zlib"},
+      {"tiff", "tiff"},
+      {"png", "png"},
+      {"jpeg", "jpeg"},
+      {"jerror", "jpeg"},
+      {"OpenEXR/", "openexr"},
+      {"Imf", "openexr"},
+      {"embree3/", "embree"},
+      {"CLI/", "cli11"},
+      {"nlohmann/", "json"},
+      {"ft2build", "freetype"},
+      {"fribidi", "fribidi"},
+      {"gtest/", "gtest"},
+      {"gmock/", "gtest"},
+      {"rapidcheck", "rapidcheck"},
+      {"benchmark/", "benchmark"},
+      {"pybind11/", "pybind11"},
+      {"Python.h", "pybind11"}};
   for (const auto& [prefix, library] : prefixes) {
     if (include.rfind(prefix, 0) == 0) return library;
   }

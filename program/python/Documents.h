@@ -1,0 +1,44 @@
+// Documents for scripts: opening, saving, closing, undo. Numbers in, numbers out; every function
+// throws a Failure where it cannot. The thread of the session.
+#pragma once
+
+#include "program/python/Session.h"
+
+namespace scripting {
+
+struct Opened {
+  DocumentId document = 0;
+  Names notes;   // of an import: what was lost or mended
+  Names states;  // that came in with the file and are Stagemarks now
+};
+// Opens a scene, or imports one of another format, and makes it the active document.
+Opened Open(const std::string& path);
+Opened New();
+// With unsaved changes only where `discard` says so; steps that are open end.
+void Close(DocumentId document, bool discard);
+std::vector<DocumentId> AllDocuments();
+DocumentId ActiveDocument();  // 0 for none
+void Activate(DocumentId document);
+
+// Empty for a document that was never saved.
+std::string PathOfDocument(DocumentId document);
+std::string NameOfDocument(DocumentId document);
+bool IsChanged(DocumentId document);
+// In place where `path` is empty. Answers the absolute path. `overwrite`: also a file that is
+// another scene's, or was changed by somebody else since. `seconds`: how long to wait for another
+// program that changes the file.
+std::string Save(DocumentId document, const std::string& path, bool overwrite, double seconds);
+
+// False where there is nothing to take back or do again.
+bool Undo(DocumentId document);
+bool Redo(DocumentId document);
+// The oldest first; and the one first that Redo takes.
+Names DoneSteps(DocumentId document);
+Names UndoneSteps(DocumentId document);
+int BeginStep(DocumentId document, const std::string& name);
+void EndStep(int step, bool keep);
+
+// The folder of the program that reads other formats, and whether it is there.
+std::string ImporterPath();
+
+}  // namespace scripting

@@ -1,0 +1,440 @@
+"""Elements of a scene: objects, tags, materials, layers and render settings.
+
+An element is known by its identity: it stays the same element whatever its name or place is, and
+using one that was deleted raises a ClosedError. Undo brings it back.
+"""
+
+from __future__ import annotations
+
+from typing import (
+    TYPE_CHECKING,
+    Any,
+    Dict,
+    Generic,
+    Iterable,
+    Iterator,
+    List,
+    Optional,
+    Tuple,
+    Type,
+    TypeVar,
+    Union,
+    cast,
+    overload,
+)
+
+from . import _stagemarks as _core
+from ._fields import ALL, Attribute, Field, Fielded, Pair, Vector, to_core
+
+if TYPE_CHECKING:
+    from .documents import Document
+
+__all__ = [
+    "Camera",
+    "CompositingTag",
+    "Cone",
+    "Cube",
+    "Cylinder",
+    "Disc",
+    "Effect",
+    "Element",
+    "ElementList",
+    "Field",
+    "Layer",
+    "Light",
+    "Material",
+    "Object",
+    "ObjectList",
+    "Plane",
+    "RenderSettings",
+    "SettingsList",
+    "Sphere",
+    "Tag",
+    "TextureTag",
+    "Torus",
+]
+
+
+class Element(Fielded):
+    """Something that lives in a document. Two are equal when they are the same element."""
+
+    def __init__(self, document: Document, element: int, type: int) -> None:
+        self._document = document
+        self._number = document._number
+        self._element = element
+        self._type = type
+
+    def _wrap(self, kind: str, element: int) -> Any:
+        return self._document._wrap(kind, element)
+
+    @property
+    def document(self) -> Document:
+        """The document that it belongs to."""
+        return self._document
+
+    @property
+    def exists(self) -> bool:
+        """Whether it is still in its document, and that is open."""
+        return _core.is_there(self._number, self._element)
+
+    @property
+    def type(self) -> str:
+        """What kind of thing it is: "Cube", "Texture"."""
+        return _core.type_name_of(self._number, self._element)
+
+    @property
+    def path(self) -> str:
+        """Where it stands: "/Room/Lamp"; of a tag "Wood on Room/Lamp"."""
+        return _core.path_of(self._number, self._element)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Element):
+            return NotImplemented
+        return (self._number, self._element) == (other._number, other._element)
+
+    def __hash__(self) -> int:
+        return hash((self._number, self._element))
+
+    def __repr__(self) -> str:
+        try:
+            return f"<{type(self).__name__} {self.path!r}>"
+        except _core.Error:
+            return f"<{type(self).__name__}, gone>"
+
+
+class Named(Element):
+    """An element with a name."""
+
+    name = Attribute[str]("Basic", "Name")
+
+
+class Object(Named):
+    """An object of the scene."""
+
+    layer = Attribute[Optional["Layer"]]("Basic", "Layer")
+    editor_mode = Attribute[str]("Basic", "Editor mode")
+    render_mode = Attribute[str]("Basic", "Render mode")
+    deform_mode = Attribute[str]("Basic", "Deform mode")
+    position = Attribute[Vector]("Coordinates", "Position")
+    rotation = Attribute[Vector]("Coordinates", "Rotation")
+    scale = Attribute[Vector]("Coordinates", "Scale")
+
+    @property
+    def parent(self) -> Optional[Object]:
+        """The object that it hangs below, None at the top."""
+        element, type = _core.above(self._number, self._element)
+        return cast(Object, make(self._document, element, type, Object)) if element else None
+
+    @property
+    def children(self) -> List[Object]:
+        """The objects directly below it, in their order."""
+        found = _core.children(self._number, self._element)
+        return [cast(Object, make(self._document, *one, Object)) for one in found]
+
+    @property
+    def tags(self) -> List[Tag]:
+        """Its tags, in their order."""
+        found = _core.parts(self._number, self._element)
+        return [cast(Tag, make(self._document, *one, Tag)) for one in found]
+
+
+class Camera(Object):
+    """A camera. It looks along the Z axis of its frame."""
+
+    projection = Attribute[str]("Camera", "Projection")
+    field_of_view = Attribute[float]("Camera", "Field of view")
+    vertical_field = Attribute[float]("Camera", "Vertical field")
+    width = Attribute[float]("Camera", "Width")
+    near = Attribute[float]("Camera", "Near")
+    far = Attribute[float]("Camera", "Far")
+
+
+class Light(Object):
+    """A light. It shines along the Z axis of its frame."""
+
+    light_type = Attribute[str]("Light", "Type")
+    color = Attribute[Vector]("Light", "Color")
+    brightness = Attribute[float]("Light", "Brightness")
+    shadow = Attribute[str]("Light", "Shadow")
+    inner_angle = Attribute[float]("Light", "Inner angle")
+    outer_angle = Attribute[float]("Light", "Outer angle")
+    range = Attribute[float]("Light", "Range")
+    radius = Attribute[float]("Light", "Radius")
+
+
+class Cube(Object):
+    """A cube."""
+
+    size = Attribute[Vector]("Cube", "Size")
+
+
+class Sphere(Object):
+    """A sphere."""
+
+    radius = Attribute[float]("Sphere", "Radius")
+    segments = Attribute[int]("Sphere", "Segments")
+
+
+class Disc(Object):
+    """A disc."""
+
+    radius = Attribute[float]("Disc", "Radius")
+    segments = Attribute[int]("Disc", "Segments")
+
+
+class Cone(Object):
+    """A cone."""
+
+    radius = Attribute[float]("Cone", "Radius")
+    height = Attribute[float]("Cone", "Height")
+    segments = Attribute[int]("Cone", "Segments")
+
+
+class Cylinder(Object):
+    """A cylinder."""
+
+    radius = Attribute[float]("Cylinder", "Radius")
+    height = Attribute[float]("Cylinder", "Height")
+    segments = Attribute[int]("Cylinder", "Segments")
+
+
+class Torus(Object):
+    """A torus."""
+
+    radius = Attribute[float]("Torus", "Radius")
+    tube_radius = Attribute[float]("Torus", "Tube radius")
+    segments = Attribute[int]("Torus", "Segments")
+
+
+class Plane(Object):
+    """A plane."""
+
+    width = Attribute[float]("Plane", "Width")
+    depth = Attribute[float]("Plane", "Depth")
+    segments = Attribute[int]("Plane", "Segments")
+
+
+class Tag(Named):
+    """A tag of an object."""
+
+    layer = Attribute[Optional["Layer"]]("Basic", "Layer")
+
+    @property
+    def object(self) -> Object:
+        """The object that it belongs to."""
+        element, type = _core.above(self._number, self._element)
+        return cast(Object, make(self._document, element, type, Object))
+
+
+class TextureTag(Tag):
+    """Gives its object a material."""
+
+    material = Attribute[Optional["Material"]]("Texture", "Material")
+    offset = Attribute[Pair]("Texture", "Offset")
+    tiles = Attribute[Pair]("Texture", "Tiles")
+
+
+class CompositingTag(Tag):
+    """How its object takes part in pictures; its further values by label: tag["Switch 1003"]."""
+
+    cast_shadows = Attribute[bool]("Compositing", "Cast shadows")
+    receive_shadows = Attribute[bool]("Compositing", "Receive shadows")
+    seen_by_camera = Attribute[bool]("Compositing", "Seen by camera")
+
+
+class Material(Named):
+    """A material. Textures are file names."""
+
+    layer = Attribute[Optional["Layer"]]("Basic", "Layer")
+    color = Attribute[Vector]("Color", "Color")
+    color_texture = Attribute[str]("Color", "Texture")
+    luminance = Attribute[Vector]("Luminance", "Color")
+    luminance_texture = Attribute[str]("Luminance", "Texture")
+    specular = Attribute[float]("Surface", "Specular")
+    roughness = Attribute[float]("Surface", "Roughness")
+    roughness_texture = Attribute[str]("Surface", "Rough texture")
+    metallic = Attribute[float]("Surface", "Metallic")
+    metallic_texture = Attribute[str]("Surface", "Metal texture")
+    normal_texture = Attribute[str]("Surface", "Normals")
+    normal_strength = Attribute[float]("Surface", "Strength")
+    occlusion_texture = Attribute[str]("Surface", "Occlusion")
+    occlusion_strength = Attribute[float]("Surface", "Strength", 1)
+    both_sides = Attribute[bool]("Surface", "Both sides")
+    opacity_mode = Attribute[str]("Opacity", "Mode")
+    opacity = Attribute[float]("Opacity", "Opacity")
+    opacity_texture = Attribute[str]("Opacity", "Texture")
+    cutoff = Attribute[float]("Opacity", "Cutoff")
+
+
+class Layer(Named):
+    """A layer with its nine switches."""
+
+    color = Attribute[Vector]("Layer", "Color")
+    solo = Attribute[bool]("Layer", "Solo")
+    view = Attribute[bool]("Layer", "View")
+    render = Attribute[bool]("Layer", "Render")
+    manager = Attribute[bool]("Layer", "Manager")
+    locked = Attribute[bool]("Layer", "Locked")
+    generators = Attribute[bool]("Layer", "Generators")
+    deformers = Attribute[bool]("Layer", "Deformers")
+    expressions = Attribute[bool]("Layer", "Expressions")
+    animation = Attribute[bool]("Layer", "Animation")
+
+
+class RenderSettings(Element):
+    """Render settings. Sizes in pixels, times as numbers of frames."""
+
+    name = Attribute[str]("Output", "Name")
+    width = Attribute[int]("Output", "Width")
+    height = Attribute[int]("Output", "Height")
+    frames = Attribute[str]("Output", "Frames")
+    frame_from = Attribute[int]("Output", "From")
+    frame_to = Attribute[int]("Output", "To")
+    frame_rate = Attribute[int]("Output", "Frame rate")
+    save_alpha = Attribute[bool]("Saving", "Save alpha")
+    save_multipass = Attribute[bool]("Saving", "Save multi-pass")
+
+    @property
+    def effects(self) -> List[Effect]:
+        """Its post effects, then its multi-passes."""
+        found = _core.parts(self._number, self._element)
+        return [cast(Effect, make(self._document, *one, Effect)) for one in found]
+
+
+class Effect(Element):
+    """A post effect or a multi-pass of render settings. Values of an effect by label:
+    effect["Cache file"]."""
+
+    in_use = Attribute[bool]("Effect", "In use")
+
+
+_BY_SECTION: Dict[str, Type[Element]] = {
+    "Camera": Camera,
+    "Light": Light,
+    "Cube": Cube,
+    "Sphere": Sphere,
+    "Disc": Disc,
+    "Cone": Cone,
+    "Cylinder": Cylinder,
+    "Torus": Torus,
+    "Plane": Plane,
+    "Texture": TextureTag,
+    "Compositing": CompositingTag,
+}
+_BY_TYPE = {of.type: _BY_SECTION[of.section] for of in ALL if of.section in _BY_SECTION}
+
+
+def make(document: Document, element: int, type: int, base: Type[Element]) -> Element:
+    """An element as an object of the class for its type, `base` where there is none."""
+    return _BY_TYPE.get(type, base)(document, element, type)
+
+
+E = TypeVar("E", bound=Element)
+
+
+class ElementList(Generic[E]):
+    """The elements of one kind in a document: in their order, and by name."""
+
+    def __init__(self, document: Document, kind: _core.Kind, base: Type[E]) -> None:
+        self._document = document
+        self._kind = kind
+        self._base = base
+
+    def _make(self, found: Iterable[Tuple[int, int]]) -> List[E]:
+        return [cast(E, make(self._document, *one, self._base)) for one in found]
+
+    def _all(self) -> List[E]:
+        return self._make(_core.elements(self._document._number, self._kind))
+
+    def find(self, typed: str) -> List[E]:
+        """All that a name, a path, a pattern with * and ? or a position (#12) means; at least
+        one. NotFoundError for none, and for a name that several have: a pattern means them all."""
+        return self._make(_core.find(self._document._number, self._kind, typed))
+
+    def get(self, typed: str) -> Optional[E]:
+        """The one of that name or path; None where there is none or several."""
+        try:
+            found = self.find(typed)
+        except _core.NotFoundError:
+            return None
+        return found[0] if len(found) == 1 else None
+
+    def __iter__(self) -> Iterator[E]:
+        return iter(self._all())
+
+    def __len__(self) -> int:
+        return len(_core.elements(self._document._number, self._kind))
+
+    def __contains__(self, one: object) -> bool:
+        if isinstance(one, str):
+            return self.get(one) is not None
+        return one in self._all()
+
+    @overload
+    def __getitem__(self, which: Union[int, str]) -> E: ...
+
+    @overload
+    def __getitem__(self, which: slice) -> List[E]: ...
+
+    def __getitem__(self, which: Union[int, str, slice]) -> Union[E, List[E]]:
+        """By name, path or position; NotFoundError, IndexError where there is none."""
+        if not isinstance(which, str):
+            return self._all()[which]
+        found = self.find(which)
+        if len(found) > 1:
+            names = ", ".join(one.path for one in found[:8])
+            raise _core.NotFoundError(f'"{which}" means several: {names}. find() gives them all.')
+        return found[0]
+
+    def set(self, elements: Iterable[E], label: str, value: Any) -> None:
+        """Gives a field, by its label, of all these elements a value, in one undo step."""
+        these = list(elements)
+        if not these:
+            return
+        place = these[0]._place(label)
+        given = to_core(self._document._number, place, value)
+        _core.write(self._document._number, [one._element for one in these], place, given)
+
+    @property
+    def selected(self) -> List[E]:
+        """What is selected of them; assigning selects these and no others. No undo step."""
+        return self._make(_core.selected(self._document._number, self._kind))
+
+    @selected.setter
+    def selected(self, elements: Iterable[E]) -> None:
+        these = [one._element for one in elements]
+        _core.select(self._document._number, self._kind, these)
+
+    def __repr__(self) -> str:
+        try:
+            return repr(self._all())
+        except _core.Error:
+            return "<elements of a closed document>"
+
+
+class ObjectList(ElementList[Object]):
+    """The objects of a document, all levels, in the order of the tree."""
+
+    def __init__(self, document: Document) -> None:
+        super().__init__(document, _core.Kind.OBJECTS, Object)
+
+    @property
+    def roots(self) -> List[Object]:
+        """Those at the top."""
+        return [one for one in self if one.parent is None]
+
+
+class SettingsList(ElementList[RenderSettings]):
+    """The render settings of a document."""
+
+    def __init__(self, document: Document) -> None:
+        super().__init__(document, _core.Kind.SETTINGS, RenderSettings)
+
+    @property
+    def active(self) -> RenderSettings:
+        """Those that pictures are rendered with; assigning is an undo step."""
+        return self._document.render_settings
+
+    @active.setter
+    def active(self, settings: RenderSettings) -> None:
+        self._document.render_settings = settings

@@ -1,0 +1,135 @@
+"""Documents: open, save, close; undo and steps."""
+
+import os
+import unittest
+
+import support
+import stagemarks
+
+
+class Files(support.WithScene):
+    def test_a_scene_is_opened_changed_saved_and_opened_again(self):
+        self.doc.objects[0].render_mode = "off"
+        self.doc.states.record("Night")
+        self.assertTrue(self.doc.is_changed)
+        self.assertEqual(self.doc.save(), self.scene)
+        self.assertFalse(self.doc.is_changed)
+        self.doc.close()
+        with stagemarks.open(self.scene) as again:
+            self.assertEqual(again.objects[0].render_mode, "off")
+            self.assertEqual(again.states.names, ["Night"])
+
+    def test_other_files_are_replaced_when_that_is_said(self):
+        other = self.at("other.c4d")
+        with open(other, "w") as file:
+            file.write("mine")
+        with self.assertRaisesRegex(stagemarks.RefusedError, "overwrite=True"):
+            self.doc.save(other)
+        with open(other) as file:
+            self.assertEqual(file.read(), "mine")
+        self.doc.save(other, overwrite=True)
+        self.assertEqual(self.doc.path, other)
+
+    def test_what_cannot_be_a_place_is_refused(self):
+        for target, error in (
+            (self.at("scene.obj"), stagemarks.MisuseError),
+            (self.at("nowhere/scene.c4d"), stagemarks.Error),
+            ("", stagemarks.MisuseError),
+        ):
+            with self.subTest(target), self.assertRaises(error):
+                self.doc.save(target)
+        self.assertEqual(os.listdir(self.folder), ["spider.c4d"])
+
+    def test_imports_and_new_documents_have_no_file_yet(self):
+        for doc in (stagemarks.import_scene(support.SPIDER), stagemarks.new()):
+            self.assertIsNone(doc.path)
+            with self.assertRaisesRegex(stagemarks.MisuseError, "file name"):
+                doc.save()
+            self.assertTrue(os.path.exists(doc.save(self.at(f"{len(doc.objects)}.c4d"))))
+
+    def test_what_cannot_be_opened_says_why(self):
+        broken = self.at("broken.c4d")
+        with open(self.scene, "rb") as file, open(broken, "wb") as half:
+            half.write(file.read()[:500])
+        for path in (broken, self.at("missing.c4d"), self.folder, self.at("missing.gltf")):
+            with self.subTest(path), self.assertRaises(stagemarks.Error) as raised:
+                stagemarks.open(path)
+            self.assertGreater(len(str(raised.exception)), 20)
+        self.assertEqual(stagemarks.documents(), [self.doc])
+
+    def test_unsaved_changes_are_given_up_only_when_that_is_said(self):
+        self.doc.objects[0].name = "changed"
+        with self.assertRaisesRegex(stagemarks.RefusedError, "discard=True"):
+            self.doc.close()
+        self.doc.close(discard=True)
+        self.assertIsNone(stagemarks.active())
+        self.doc.close()
+
+    def test_the_active_document_is_the_one_opened_last_or_activated(self):
+        other = stagemarks.new()
+        self.assertEqual(stagemarks.active(), other)
+        self.doc.activate()
+        self.assertEqual(stagemarks.active(), self.doc)
+        self.doc.states.record("In the first")
+        other.states.record("In the second")
+        self.assertEqual(
+            (self.doc.states.names, other.states.names), (["In the first"], ["In the second"])
+        )
+
+    def test_names_need_not_be_utf8(self):
+        odd = self.at("caf\udce9.c4d")
+        self.doc.save(odd)
+        self.assertTrue(os.path.exists(os.fsencode(odd)))
+        self.doc.objects[0].name = "caf\udce9"
+        self.assertEqual(self.doc.objects["caf\udce9"].name, "caf\udce9")
+
+
+class Steps(support.WithScene):
+    def modes(self):
+        return [one.render_mode for one in self.doc.objects][:2]
+
+    def test_each_edit_is_a_step(self):
+        self.doc.objects[0].render_mode = "off"
+        self.doc.objects[1].render_mode = "on"
+        self.assertEqual(self.doc.undo_names, ["Render mode", "Render mode"])
+        for changed in (["off", "undefined"], ["undefined", "undefined"]):
+            self.assertTrue(self.doc.undo())
+            self.assertEqual(self.modes(), changed)
+        self.assertFalse(self.doc.undo())
+        self.assertTrue(self.doc.redo() and self.doc.redo())
+        self.assertFalse(self.doc.redo())
+        self.assertEqual(self.modes(), ["off", "on"])
+
+    def test_a_with_statement_is_one_step(self):
+        with self.doc.step("Night"):
+            for one in self.doc.objects:
+                one.render_mode = "off"
+            with self.doc.step("inside"):
+                self.doc.objects[0].name = "Body"
+        self.assertEqual(self.doc.undo_names, ["Night"])
+        self.doc.undo()
+        self.assertEqual(self.modes(), ["undefined", "undefined"])
+
+    def test_an_exception_takes_all_of_a_step_back(self):
+        self.doc.states.record("Day")
+        with self.assertRaises(ZeroDivisionError), self.doc.step("broken"):
+            self.doc.objects[0].render_mode = "off"
+            self.doc.states.record("Night")
+            1 / 0
+        self.assertEqual(self.modes()[0], "undefined")
+        self.assertEqual(self.doc.states.names, ["Day"])
+        self.assertEqual(self.doc.undo_names, [])
+
+    def test_an_inner_step_may_fail_alone(self):
+        with self.doc.step("outer"):
+            self.doc.objects[0].render_mode = "off"
+            with self.assertRaises(KeyError), self.doc.step("inner"):
+                self.doc.objects[1].render_mode = "off"
+                raise KeyError
+        self.assertEqual(self.modes(), ["off", "undefined"])
+        self.doc.undo()
+        self.assertEqual(self.modes(), ["undefined", "undefined"])
+
+
+if __name__ == "__main__":
+    support.main()

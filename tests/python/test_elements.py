@@ -1,0 +1,159 @@
+"""Elements and their fields."""
+
+import unittest
+
+import support
+import stagemarks
+from stagemarks import _fields, elements
+
+
+class Fields(support.WithScene):
+    def test_every_field_of_the_table_has_an_attribute(self):
+        named = set()
+        for kind in [stagemarks.Document] + [getattr(elements, name) for name in elements.__all__]:
+            for one in [one for base in kind.__mro__ for one in vars(base).values()]:
+                if isinstance(one, _fields.Attribute):
+                    named.update(one._found)
+        left = [_fields.ALL[place] for place in set(range(len(_fields.ALL))) - named]
+        # Values of effects, and those kept by number alone, are reached by their labels.
+        by_label = {"Other Recorded Values", "Global Illumination"}
+        self.assertEqual([(of.section, of.label) for of in left if of.section not in by_label], [])
+
+    def test_values_read_as_they_were_set(self):
+        camera = next(one for one in self.doc.objects if isinstance(one, stagemarks.Camera))
+        settings = self.doc.settings.active
+        material = self.doc.materials[0]
+        for element, name, value in (
+            (camera, "name", "Front"),
+            (camera, "render_mode", "off"),
+            (camera, "position", (1.5, -2.0, 1e6)),
+            (camera, "rotation", (10.0, 20.0, 30.0)),
+            (camera, "scale", (1.0, 2.0, 3.0)),
+            (camera, "field_of_view", 40.0),
+            (camera, "projection", "parallel"),
+            (settings, "width", 640),
+            (settings, "frame_to", 25),
+            (settings, "frames", "all frames"),
+            (settings, "save_alpha", True),
+            (material, "color", (0.25, 0.5, 0.75)),
+            (material, "roughness", 12.5),
+            (material, "color_texture", "wood.png"),
+            (material, "occlusion_strength", 30.0),
+            (material, "normal_strength", 70.0),
+            (material, "opacity_mode", "cut out"),
+            (self.doc, "camera", camera),
+            (self.doc, "camera", None),
+            (self.doc, "frame_rate", 25),
+        ):
+            with self.subTest(name):
+                setattr(element, name, value)
+                read = getattr(element, name)
+                if isinstance(value, (tuple, float)):
+                    pairs = zip(read, value) if isinstance(value, tuple) else [(read, value)]
+                    for one, other in pairs:
+                        self.assertAlmostEqual(one, other, 6)
+                else:
+                    self.assertEqual(read, value)
+
+    def test_fields_have_labels_units_and_choices(self):
+        settings = self.doc.settings.active
+        settings["Height"] = 480
+        self.assertEqual(settings.height, settings["Output/Height"])
+        field = next(one for one in settings.fields if one.label == "Frames")
+        self.assertEqual(field.choices, ("from - to", "current frame", "all frames"))
+        self.assertIn("Unit: px", stagemarks.RenderSettings.width.__doc__)
+        material = self.doc.materials[0]
+        material["Luminance/Color"] = (1, 2, 3)
+        self.assertEqual(material.luminance, (1, 2, 3))
+
+    def test_values_that_cannot_be_change_nothing(self):
+        settings = self.doc.settings.active
+        first = self.doc.objects[0]
+        before = (settings.width, first.render_mode, first.position, first.name)
+        for element, name, value, error in (
+            (settings, "width", 0, stagemarks.MisuseError),
+            (settings, "width", 10**30, (stagemarks.MisuseError, TypeError)),
+            (settings, "width", 1.5, TypeError),
+            (settings, "width", "640", TypeError),
+            (first, "render_mode", "sometimes", stagemarks.MisuseError),
+            (first, "render_mode", True, TypeError),
+            (first, "position", (1, 2), stagemarks.MisuseError),
+            (first, "position", (1, 2, float("nan")), stagemarks.MisuseError),
+            (first, "position", 5, TypeError),
+            (first, "name", None, TypeError),
+            (first, "layer", self.doc.materials[0], stagemarks.MisuseError),
+            (self.doc, "camera", first, stagemarks.MisuseError),
+            (self.doc, "render_settings", None, stagemarks.MisuseError),
+        ):
+            with self.subTest(f"{name} = {value}"), self.assertRaises(error) as raised:
+                setattr(element, name, value)
+            self.assertGreater(len(str(raised.exception)), 15)
+        self.assertEqual(
+            (settings.width, first.render_mode, first.position, first.name), before
+        )
+        with self.assertRaisesRegex(stagemarks.NotFoundError, "There are: Name, "):
+            first["Nonsense"] = 1
+        self.assertEqual(self.doc.undo_names, [])
+
+    def test_many_are_set_in_one_step(self):
+        objects = list(self.doc.objects)
+        self.doc.objects.set(objects, "Render mode", "off")
+        self.assertEqual({one.render_mode for one in objects}, {"off"})
+        self.doc.undo()
+        self.assertEqual({one.render_mode for one in objects}, {"undefined"})
+
+    def test_elements_of_other_documents_are_refused(self):
+        with stagemarks.open(self.scene) as other:
+            camera = next(one for one in other.objects if isinstance(one, stagemarks.Camera))
+            with self.assertRaisesRegex(stagemarks.MisuseError, "same document"):
+                self.doc.camera = camera
+
+
+class Trees(support.WithScene):
+    def test_objects_are_found_by_name_path_pattern_and_position(self):
+        objects = self.doc.objects
+        first = objects[0]
+        self.assertEqual(objects["#0"], first)
+        self.assertEqual(objects[first.path], first)
+        self.assertEqual(objects.find("*"), list(objects))
+        self.assertEqual(len(objects), len(list(objects)))
+        self.assertIn(first, objects)
+        self.assertIn(first.path, objects)
+        self.assertIsNone(objects.get("nobody"))
+        for missing, error in (("nobody", LookupError), (9999, IndexError)):
+            with self.assertRaises(error):
+                objects[missing]
+
+    def test_names_that_several_have_are_told(self):
+        self.doc.objects.set(list(self.doc.objects)[:2], "Name", "Twin")
+        with self.assertRaisesRegex(stagemarks.NotFoundError, "Twin"):
+            self.doc.objects["Twin"]
+        self.assertEqual(len(self.doc.objects.find("Twin*")), 2)
+
+    def test_parents_children_tags_and_owners_belong_together(self):
+        seen = []
+        pending = self.doc.objects.roots
+        while pending:
+            one = pending.pop(0)
+            seen.append(one)
+            for child in one.children:
+                self.assertEqual(child.parent, one)
+            pending = one.children + pending
+        self.assertEqual(seen, list(self.doc.objects))
+        tags = [tag for one in self.doc.objects for tag in one.tags]
+        self.assertEqual(tags, list(self.doc.tags))
+        texture = next(tag for tag in tags if isinstance(tag, stagemarks.TextureTag))
+        self.assertIn(texture, texture.object.tags)
+        self.assertIn(texture.material, self.doc.materials)
+
+    def test_the_selection_is_read_and_set(self):
+        objects = list(self.doc.objects)[:2]
+        self.doc.objects.selected = objects
+        self.assertEqual(self.doc.objects.selected, objects)
+        self.doc.objects.selected = []
+        self.assertEqual(self.doc.objects.selected, [])
+        self.assertEqual(self.doc.undo_names, [])
+
+
+if __name__ == "__main__":
+    support.main()
