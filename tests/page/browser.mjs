@@ -10,6 +10,8 @@ import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { pathToFileURL } from 'node:url';
 import { after, before, describe, test } from 'node:test';
+import { compare, similarity } from './pictures.mjs';
+import { METALS, NAMES, SIZE, circles, makeSpheres } from './spheres.mjs';
 
 const [build, source] = process.argv.slice(2);
 const browserNames = ['chromium', 'chromium-browser', 'google-chrome'];
@@ -36,9 +38,16 @@ const HOSTILE = [
 const SOFTWARE = ['--no-sandbox', '--use-angle=swiftshader', '--enable-unsafe-swiftshader'];
 const SIZES = { Overview: [640, 360], Emptier: [640, 360], Clay: [480, 480] };
 // A page and a ray-traced picture of the same state differ in soft shadows, reflections and the
-// smoothing of edges: 0.93 to 0.95 was seen. Another state in its place, with much of the same
-// background, comes to 0.59 to 0.85.
+// smoothing of edges: 0.95 to 0.97 was seen. Another state in its place, with much of the same
+// background, comes to 0.60 to 0.86.
 const ALIKE = 0.89;
+// The same of one surface, and by how many of 255 shades its mean color may differ. A surface that is
+// no metal comes to 0.93 and more, and no other one does in its place: the nearest, with another
+// roughness, comes to 0.91. Metals mirror their neighbors in the ray-traced picture and not in a
+// page; others of their color come to 0.56.
+const SURFACE_ALIKE = 0.92;
+const METAL_ALIKE = 0.7;
+const SURFACE_COLOR = 10;
 
 let folder;
 let browser;
@@ -117,54 +126,6 @@ async function checkState(page, name) {
     assert.ok(Math.abs(position[axis] - facts.camera[axis]) < 1e-3, name);
   assert.equal(await page.locator('.state[aria-current=true] .name').textContent(), name);
   assert.match(await page.locator('#status').textContent(), new RegExp(name));
-}
-
-// Mean structural similarity of two pictures of one size, in shades of gray, by windows of 8 x 8
-// (Wang and others 2004); the browser decodes the files.
-async function similarity(page, one, other) {
-  return page.evaluate(
-    async (files) => {
-      const shades = [];
-      for (const file of files) {
-        const image = new Image();
-        image.src = 'data:image/png;base64,' + file;
-        await image.decode();
-        const canvas = new OffscreenCanvas(image.width, image.height);
-        const context = canvas.getContext('2d');
-        context.drawImage(image, 0, 0);
-        const { data, width, height } = context.getImageData(0, 0, image.width, image.height);
-        const gray = new Float64Array(width * height);
-        for (let i = 0; i < gray.length; ++i)
-          gray[i] = 0.299 * data[4 * i] + 0.587 * data[4 * i + 1] + 0.114 * data[4 * i + 2];
-        shades.push({ gray, width, height });
-      }
-      const [{ gray: a, width, height }, { gray: b }] = shades;
-      if (a.length !== b.length) return -1;
-      let sum = 0;
-      let count = 0;
-      for (let top = 0; top + 8 <= height; top += 4) {
-        for (let left = 0; left + 8 <= width; left += 4, ++count) {
-          let [sa, sb, saa, sbb, sab] = [0, 0, 0, 0, 0];
-          for (let y = top; y < top + 8; ++y) {
-            for (let i = y * width + left; i < y * width + left + 8; ++i) {
-              ((sa += a[i]),
-                (sb += b[i]),
-                (saa += a[i] * a[i]),
-                (sbb += b[i] * b[i]),
-                (sab += a[i] * b[i]));
-            }
-          }
-          const [ma, mb] = [sa / 64, sb / 64];
-          const [va, vb, vab] = [saa / 64 - ma * ma, sbb / 64 - mb * mb, sab / 64 - ma * mb];
-          const [c1, c2] = [6.5025, 58.5225];
-          sum +=
-            ((2 * ma * mb + c1) * (2 * vab + c2)) / ((ma * ma + mb * mb + c1) * (va + vb + c2));
-        }
-      }
-      return sum / count;
-    },
-    [one, other].map((file) => file.toString('base64')),
-  );
 }
 
 // Only the picture, of that size: without the list and what stands over it.
@@ -422,6 +383,39 @@ describe('The dungeon', () => {
       await close();
     }
   });
+});
+
+test('Surfaces look as in the program\'s own pictures, and not like each other', async () => {
+  const [file, scene] = [join(folder, 'spheres.gltf'), join(folder, 'spheres.c4d')];
+  const own = join(folder, 'spheres.png');
+  writeFileSync(file, makeSpheres());
+  stagemarks('import', file, scene);
+  stagemarks('record', scene, 'Surfaces', '--write');
+  stagemarks('page', scene, '--to', join(folder, 'spheres'));
+  // Twice as large: rough metals are grainy in pictures.
+  stagemarks('render', scene, '--size', SIZE.map((side) => 2 * side).join('x'), '-o', own);
+  const { page, seen, close } = await open(join(folder, 'spheres/index.html'));
+  const shot = await screenshot(page, 'Surfaces', SIZE);
+  const boxes = circles().map(({ x, y, radius }) => ({
+    left: Math.ceil(x - radius),
+    top: Math.ceil(y - radius),
+    width: Math.floor(2 * radius),
+    height: Math.floor(2 * radius),
+  }));
+  const pairs = boxes.flatMap((a) => boxes.map((b) => [a, b]));
+  const results = await compare(page, shot, readFileSync(own), pairs);
+  for (const [i, name] of NAMES.entries()) {
+    for (const [j, other] of NAMES.entries()) {
+      const { structure, color } = results[i * NAMES.length + j];
+      const figures = `${name} beside ${other}: ${structure.toFixed(3)}, ${color.toFixed(1)}`;
+      const least = METALS.includes(name) ? METAL_ALIKE : SURFACE_ALIKE;
+      const isAlike = structure > least && color < SURFACE_COLOR;
+      if (i === j) console.log('# ' + figures);
+      assert.equal(isAlike, i === j, figures);
+    }
+  }
+  assert.deepEqual(seen, []);
+  await close();
 });
 
 test('Names cannot break out of the page', async () => {

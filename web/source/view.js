@@ -1,9 +1,10 @@
 // The picture: renderer, the camera with its flights from state to state, looking around by mouse,
 // touch and keys, and two states with a boundary between them. Drawn when something has changed.
 import {
+  CustomToneMapping,
+  HalfFloatType,
   MathUtils,
   Matrix4,
-  NeutralToneMapping,
   OrthographicCamera,
   PCFShadowMap,
   PerspectiveCamera,
@@ -12,6 +13,7 @@ import {
   Scene,
   Sphere,
   Spherical,
+  UnsignedByteType,
   Vector2,
   Vector3,
   WebGLRenderer,
@@ -62,6 +64,13 @@ function axisOf(turn) {
   return isStraight ? new Vector3(0, 1, 0).applyQuaternion(turn) : axis;
 }
 
+// What is seen through glass has to be added as light, before it becomes shades of a screen. That
+// takes a picture of larger numbers, which some old devices do not have.
+function pictureType() {
+  const context = document.createElement('canvas').getContext('webgl2');
+  return context?.getExtension('EXT_color_buffer_float') ? HalfFloatType : UnsignedByteType;
+}
+
 export class View {
   // Throws where the browser can draw no 3D. `changed`: told when a person looks around or is back.
   constructor(canvas, changed) {
@@ -70,9 +79,10 @@ export class View {
     this.renderer = new WebGLRenderer({
       canvas,
       antialias: true,
+      outputBufferType: pictureType(),
       powerPreference: 'high-performance',
     });
-    this.renderer.toneMapping = NeutralToneMapping;
+    this.renderer.toneMapping = CustomToneMapping;
     this.renderer.shadowMap.enabled = true;
     this.renderer.shadowMap.type = PCFShadowMap;
     this.renderer.shadowMap.autoUpdate = false;
