@@ -148,6 +148,8 @@ void Session::SetPlaced(DocumentId document, bool isPlaced) {
 }
 
 pictures::StagemarksDialog Session::DialogFor(host::BaseDocument& doc) {
+  const host::BaseDocument* active = host::GetActiveDocument();
+  if (active != &doc && active && formerlyActive_ == 0) formerlyActive_ = engine::NumberOf(*active);
   host::SetActiveDocument(&doc);
   auto dialog = OpenDialog();
   for (const engine::CommandPlugin& command : application_->Commands()) {
@@ -158,6 +160,13 @@ pictures::StagemarksDialog Session::DialogFor(host::BaseDocument& doc) {
     throw Failure(Fault::Failed, "The plug-in was loaded, but its dialog could not be opened.");
   application_->DeliverEvents();
   return *dialog;
+}
+
+void Session::ReturnToActive() {
+  const DocumentId former = std::exchange(formerlyActive_, 0);
+  for (host::BaseDocument* doc : application_->Documents()) {
+    if (engine::NumberOf(*doc) == former) host::SetActiveDocument(doc);
+  }
 }
 
 int Session::BeginStep(DocumentId document, const std::string& name) {
@@ -214,7 +223,10 @@ Call::Call() : session_(Session::Get()), mark_(session_.Services().ledger.Mark()
   if (session_.IsInDesktop()) published_.emplace(session_.Services());
 }
 
-Call::~Call() { session_.busy_ = false; }
+Call::~Call() {
+  session_.busy_ = false;
+  session_.ReturnToActive();
+}
 
 void Call::Finish() {
   session_.App().DeliverEvents();

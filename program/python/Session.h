@@ -97,7 +97,8 @@ class Session {
   // An imported document, whose path is only where its name came from, until it is saved.
   void SetPlaced(DocumentId document, bool isPlaced);
   bool IsPlaced(DocumentId document) const { return !unplaced_.contains(document); }
-  // The dialog, with the document as the active one; opened where it is closed.
+  // The dialog, with the document as the active one until the call is over; opened where it is
+  // closed.
   pictures::StagemarksDialog DialogFor(host::BaseDocument& doc);
 
   // Steps, the innermost last.
@@ -120,6 +121,7 @@ class Session {
   Session();
   void LoadPlugin();
   void CloseStep(bool keep);
+  void ReturnToActive();
 
   std::thread::id thread_ = std::this_thread::get_id();
   pid_t process_;
@@ -129,6 +131,7 @@ class Session {
   std::unique_ptr<engine::Services> services_;
   std::vector<OpenStep> steps_;
   std::set<DocumentId> unplaced_;
+  DocumentId formerlyActive_ = 0;  // while a call has another one as the active document
   int lastStep_ = 0;
   bool busy_ = false;
 };

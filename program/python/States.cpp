@@ -1,7 +1,7 @@
 #include "program/python/States.h"
 
 #include <algorithm>
-#include <functional>
+#include <unordered_map>
 
 #include "engine/editing/FieldValue.h"
 #include "engine/scene/DocumentState.h"
@@ -107,26 +107,36 @@ std::string LabelOfWord(const std::string& word) {
   throw Failure(Fault::Misused, "There is no part \"" + word + "\". Parts are: " + known + ".");
 }
 
+}  // namespace
+
 void CheckWords(const PartChoice& choice) {
   for (const Names& words : {choice.parts, choice.without}) {
     for (const std::string& word : words) LabelOfWord(word);
   }
 }
 
-}  // namespace
-
+// In the order of the dialog's list.
 std::vector<StateFacts> ListStates(DocumentId document) {
+  std::unordered_multimap<std::string, engine::StoredState> stored;
+  for (engine::StoredState& state : engine::ReadStates(Find(document))) {
+    std::string name = state.name;
+    stored.emplace(std::move(name), std::move(state));
+  }
   std::vector<StateFacts> facts;
-  for (const engine::StoredState& state : engine::ReadStates(Find(document))) {
-    if (state.hasEntry)
-      facts.push_back({state.name, state.date.Text(), state.current, state.hasRecord});
+  for (const pictures::Mark& mark : DialogOf(document).Marks()) {
+    StateFacts& fact = facts.emplace_back(StateFacts{mark.name, "", mark.current, false});
+    if (const auto found = stored.find(mark.name); found != stored.end()) {
+      fact.date = found->second.date.Text();
+      fact.isRecorded = found->second.hasRecord;
+      stored.erase(found);
+    }
   }
   return facts;
 }
 
 Names ChooseStates(DocumentId document, const Names& typed) {
   Names known;
-  for (StateFacts& state : ListStates(document)) known.push_back(std::move(state.name));
+  for (pictures::Mark& mark : DialogOf(document).Marks()) known.push_back(std::move(mark.name));
   if (typed.empty()) return known;
   auto found = lookup::FindMarks(typed, known);
   if (!found) throw Failure(Fault::NotFound, found.Message());

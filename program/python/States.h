@@ -13,6 +13,9 @@ namespace scripting {
 
 using pictures::PartChoice;
 
+// Throws for words that are no parts.
+void CheckWords(const PartChoice& choice);
+
 struct StateFacts {
   std::string name;
   std::string date;         // "2026-03-05 14:07:09", local time; empty where it is not known
@@ -53,5 +56,49 @@ Names CleanMaterials(DocumentId document);
 // What is recorded and loaded, by the words of engine/states/RecordedParts.h.
 std::map<std::string, bool> Options(DocumentId document);
 void SetOption(DocumentId document, const std::string& word, bool on);
+
+// --- Told without loading.
+struct FieldDifference {
+  std::string label;
+  std::string left;
+  std::string right;
+};
+struct ElementDifference {
+  std::string part;  // a word of RecordedParts.h
+  std::string kind;  // "changed", or where only it is, "left" or "right"
+  std::string path;
+  std::string type;       // of the element, "Cube"
+  ElementId element = 0;  // of the left side where that has it; 0 for the scene camera
+  std::vector<FieldDifference> fields;
+};
+// Of two Stagemarks, of one document or two; of one from the scene, as loading would change it,
+// where `right` is empty.
+std::vector<ElementDifference> Diff(DocumentId leftDocument, const std::string& left,
+                                    DocumentId rightDocument, const std::string& right,
+                                    const PartChoice& parts);
+
+struct FindingFacts {
+  std::string code;
+  std::string severity;  // "error", "warning", "note"
+  std::string state;
+  std::string place;
+  std::string text;
+  std::string remedy;
+  std::size_t count = 1;
+};
+std::vector<FindingFacts> CheckStates(DocumentId document);
+
+// As docs/STATES.md has it.
+std::string StatesAsText(DocumentId document, const Names& typed);
+
+struct Taken {
+  std::vector<std::pair<std::string, std::string>> states;  // name, "added", "replaced" or "kept"
+  Names missing;
+  Names ambiguous;
+};
+// `sameName`: "refuse", "replace" or "keep".
+Taken TakeStatesIn(DocumentId document, const std::string& text, const Names& only,
+                   const std::map<std::string, std::string>& renamed, const std::string& sameName,
+                   bool evenEmpty);
 
 }  // namespace scripting

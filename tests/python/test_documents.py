@@ -72,6 +72,7 @@ class Files(support.WithScene):
         self.assertEqual(stagemarks.active(), self.doc)
         self.doc.states.record("In the first")
         other.states.record("In the second")
+        self.assertEqual(stagemarks.active(), self.doc)
         self.assertEqual(
             (self.doc.states.names, other.states.names), (["In the first"], ["In the second"])
         )

@@ -96,5 +96,6 @@ void Define(py::module_& module, const char* name, Answer (*function)(Given...),
 
 void DefineElements(py::module_& module);
 void DefineStates(py::module_& module);
+void DefinePictures(py::module_& module);
 
 }  // namespace scripting

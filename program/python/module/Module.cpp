@@ -135,6 +135,7 @@ PYBIND11_MODULE(_stagemarks, module) {
   DefineDocuments(module);
   DefineElements(module);
   DefineStates(module);
+  DefinePictures(module);
   module.def("set_listener", &SetListener, py::arg("listener"),
              "Has a callable hear of progress (share from 0 to 1, text); False stops the work.");
   module.def("get_listener", &GetListener);

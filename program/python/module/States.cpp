@@ -21,6 +21,29 @@ void DefineFacts(py::module_& module) {
       .def_readonly("render_settings", &Loaded::renderSettings)
       .def_readonly("camera", &Loaded::camera)
       .def_readonly("parts", &Loaded::parts);
+  py::class_<FieldDifference>(module, "FieldDifference", "A value that is not the same.")
+      .def_readonly("label", &FieldDifference::label)
+      .def_readonly("left", &FieldDifference::left)
+      .def_readonly("right", &FieldDifference::right);
+  py::class_<ElementDifference>(module, "ElementDifference", "An element that is not the same.")
+      .def_readonly("part", &ElementDifference::part)
+      .def_readonly("kind", &ElementDifference::kind)
+      .def_readonly("path", &ElementDifference::path)
+      .def_readonly("type", &ElementDifference::type)
+      .def_readonly("element", &ElementDifference::element)
+      .def_readonly("fields", &ElementDifference::fields);
+  py::class_<FindingFacts>(module, "Finding", "Something wrong or odd about the states.")
+      .def_readonly("code", &FindingFacts::code)
+      .def_readonly("severity", &FindingFacts::severity)
+      .def_readonly("state", &FindingFacts::state)
+      .def_readonly("place", &FindingFacts::place)
+      .def_readonly("text", &FindingFacts::text)
+      .def_readonly("remedy", &FindingFacts::remedy)
+      .def_readonly("count", &FindingFacts::count);
+  py::class_<Taken>(module, "Taken", "What came of taking states in.")
+      .def_readonly("states", &Taken::states)
+      .def_readonly("missing", &Taken::missing)
+      .def_readonly("ambiguous", &Taken::ambiguous);
   py::enum_<Bulk>(module, "Bulk", "What is done to several states at once.")
       .value("UPDATE", Bulk::Update)
       .value("OBJECTS", Bulk::Objects)
@@ -49,6 +72,17 @@ void DefineStates(py::module_& module) {
   Define(module, "delete", &Delete, document, typed);
   Define(module, "edit", &Edit, document, py::arg("what"), typed, py::arg("elements"));
   Define(module, "clean_materials", &CleanMaterials, document);
+  module.def(
+      "diff",
+      [](DocumentId one, const std::string& left, DocumentId other, const std::string& right,
+         Names parts) {
+        return Run([&] { return Diff(one, left, other, right, PartChoice{parts, {}}); });
+      },
+      document, py::arg("left"), py::arg("other"), py::arg("right"), py::arg("parts"));
+  Define(module, "check", &CheckStates, document);
+  Define(module, "states_as_text", &StatesAsText, document, typed);
+  Define(module, "take_states_in", &TakeStatesIn, document, py::arg("text"), py::arg("only"),
+         py::arg("renamed"), py::arg("same_name"), py::arg("even_empty"));
   Define(module, "options", &Options, document);
   Define(module, "set_option", &SetOption, document, py::arg("word"), py::arg("on"));
 }

@@ -22,7 +22,7 @@ from .elements import (
     Tag,
     make,
 )
-from .states import States
+from .states import States, _render
 
 Path = Union[str, "os.PathLike[str]"]
 
@@ -170,6 +170,19 @@ class Document(Fielded):
 
     def __exit__(self, *_: object) -> None:
         self.close(discard=self._is_ours)
+
+    def render(
+        self,
+        path: Optional[Path] = None,
+        *,
+        width: int = 0,
+        height: int = 0,
+        overwrite: bool = False,
+        threads: int = 0,
+        progress: Optional[Progress] = None,
+    ) -> _core.Pixels:
+        """Renders the scene as it stands, see States.render."""
+        return _render(self, "", path, (width, height), overwrite, threads, progress)
 
     # Undo.
 

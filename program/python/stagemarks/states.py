@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import datetime
-from typing import TYPE_CHECKING, Dict, Iterable, Iterator, List, Optional, Union
+import os
+from typing import TYPE_CHECKING, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
 
 from . import _stagemarks as _core
 from ._calls import Progress, listening
@@ -12,6 +13,7 @@ from .elements import Camera, Layer, Object, Tag
 if TYPE_CHECKING:
     from .documents import Document
 
+Path = Union[str, "os.PathLike[str]"]
 Names = Union[str, "State", Iterable[Union[str, "State"]]]
 """States by name, by pattern with * and ?, or as State; one or several."""
 
@@ -80,6 +82,13 @@ class State:
         return self._document.states.load(
             self._name, parts=parts, without=without, progress=progress
         )
+
+    def diff(
+        self, other: Optional[Union[str, State]] = None, *, parts: Optional[Iterable[str]] = None
+    ) -> List[_core.ElementDifference]:
+        """In what it differs from another state, or without one from the scene as it stands; see
+        States.diff."""
+        return self._document.states.diff(self, other, parts=parts)
 
     def delete(self) -> None:
         """Deletes it with its preview image. No undo brings it back."""
@@ -237,3 +246,145 @@ class States:
         """Switches parts on or off: set_options(camera=False, render_settings=True)."""
         for part, on in parts.items():
             _core.set_option(self._number, _words([part])[0], on)
+
+    # Told without loading.
+
+    def diff(
+        self,
+        left: Union[str, State],
+        right: Optional[Union[str, State]] = None,
+        *,
+        parts: Optional[Iterable[str]] = None,
+    ) -> List[_core.ElementDifference]:
+        """In what two states differ, or without `right` a state from the scene as it stands: what
+        loading it would change. Nothing is loaded. `right` may be a state of another document.
+
+        Each answer is about one element: part, path, type, kind ("changed", or "left" or "right"
+        where only that side has it) and fields, each with label, left and right as texts.
+        """
+        other = right.document if isinstance(right, State) else self._document
+        name = "" if right is None else _names(right)[0]
+        return _core.diff(self._number, _names(left)[0], other._number, name, _words(parts))
+
+    def check(self) -> List[_core.Finding]:
+        """What is wrong or odd about the states of the document, the worst first: code, severity
+        ("error", "warning" or "note"), state, place, text and remedy."""
+        return _core.check(self._number)
+
+    # As text.
+
+    def to_text(self, names: Optional[Names] = None) -> str:
+        """States as JSON text for version control and other scenes, all without names."""
+        return _core.states_as_text(self._number, _names(names))
+
+    def take_in(
+        self,
+        text: str,
+        *,
+        only: Optional[Names] = None,
+        rename: Optional[Mapping[str, str]] = None,
+        same_name: str = "refuse",
+        even_empty: bool = False,
+    ) -> _core.Taken:
+        """Adds the states of a text that to_text() or `stagemarks states export` has made. Elements
+        are found by identity, path or unique name; what was found nowhere stands in `missing` and
+        `ambiguous` of the answer, and `states` are pairs of a name and "added", "replaced" or
+        "kept".
+
+        only: names or patterns of those that are meant; rename: new names by those in the text;
+        same_name: "refuse", "replace" or "keep" for names that the document has already;
+        even_empty: also those of which the document has no element.
+        """
+        return _core.take_states_in(
+            self._number, text, _names(only), dict(rename or {}), same_name, even_empty
+        )
+
+    # Pictures and files.
+
+    def render(
+        self,
+        name: Union[str, State],
+        path: Optional[Path] = None,
+        *,
+        width: int = 0,
+        height: int = 0,
+        overwrite: bool = False,
+        threads: int = 0,
+        progress: Optional[Progress] = None,
+    ) -> _core.Pixels:
+        """Renders the scene as it would be with a state loaded; the scene stays as it is.
+
+        Without a path the answer is a buffer of height x width x 4 bytes: red, green, blue (sRGB)
+        and alpha, from the top left; numpy.asarray() takes it without a copy. With a path the
+        picture is written there, as .png, .tif or .exr, and the buffer is empty. width, height: in
+        pixels; without them the render settings count, with one of them the shape of those.
+        threads: 0 for one for each core.
+        """
+        return _render(
+            self._document, _names(name)[0], path, (width, height), overwrite, threads, progress
+        )
+
+    def export(
+        self,
+        folder: Path,
+        names: Optional[Names] = None,
+        *,
+        layout: str = "folders",
+        frames: Optional[Tuple[int, int]] = None,
+        isolated: bool = False,
+        allow_missing: bool = False,
+        progress: Optional[Progress] = None,
+    ) -> _core.Exported:
+        """Exports states, all without names, as scene files into a folder, which is made where it is
+        missing: all, or with an Error what was possible. The answer has scenes, written (all files
+        and folders) and missing (textures).
+
+        layout: "file", "folders", "project" or "one-tex", as the dialog has them. frames: first and
+        last one of each scene. isolated: each state onto the scene as it is, not onto the state
+        before it. allow_missing: also without textures that are not there.
+        """
+        with listening(progress):
+            return _core.export(
+                self._number, os.fspath(folder), _names(names), layout, frames, isolated,
+                allow_missing,
+            )
+
+    def publish(
+        self,
+        folder: Path,
+        names: Optional[Names] = None,
+        *,
+        format: str = "glb",
+        all_in_one: bool = False,
+        omit_hidden: bool = True,
+        overwrite: bool = False,
+        progress: Optional[Progress] = None,
+    ) -> List[str]:
+        """Publishes states, all without names, as glTF 2.0: a file each, or one with a variant for
+        each. The paths of the files. RefusedError for files there that were not published, unless
+        they are to be replaced (overwrite).
+
+        format: "glb" or "gltf", which has other files beside it. omit_hidden: leave out objects that
+        render in none of the states.
+        """
+        with listening(progress):
+            return _core.publish(
+                self._number, os.fspath(folder), _names(names), format, all_in_one, omit_hidden,
+                overwrite,
+            )
+
+
+def _render(
+    document: Document,
+    name: str,
+    path: Optional[Path],
+    size: Tuple[int, int],
+    overwrite: bool,
+    threads: int,
+    progress: Optional[Progress],
+) -> _core.Pixels:
+    if min(size) < 0 or threads < 0:
+        raise _core.MisuseError("Sizes and threads cannot be below 0.")
+    target = "" if path is None else os.fspath(path)
+    with listening(progress):
+        return _core.render(document._number, name, size, target, overwrite, threads)

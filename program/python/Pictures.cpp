@@ -1,0 +1,317 @@
+#include "program/python/Pictures.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "engine/publish/Publish.h"
+#include "engine/render/TextureSearch.h"
+#include "engine/scene/DocumentState.h"
+#include "host/Application.h"
+#include "program/export/ExportPlan.h"
+#include "program/outcome/Words.h"
+#include "program/pictures/DialogLabels.h"
+#include "program/publish/FileOrigin.h"
+#include "program/publish/PageMaking.h"
+#include "program/publish/PublishOrder.h"
+#include "program/publish/PublishedFiles.h"
+#include "program/python/States.h"
+#include "program/rendering/StatePictures.h"
+
+namespace scripting {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using engine::PublishOptions;
+using pictures::StagemarksDialog;
+
+// The open scene as the makers of pictures see it; what they say is kept for the exception.
+class ScriptScene : public rendering::PictureScene, public rendering::PictureListener {
+ public:
+  explicit ScriptScene(DocumentId document)
+      : document_(document),
+        doc_(Session::Get().Document(document)),
+        dialog_(Session::Get().DialogFor(doc_)),
+        wasChanged_(doc_.GetChanged()) {}
+  ScriptScene(const ScriptScene&) = delete;
+  ScriptScene& operator=(const ScriptScene&) = delete;
+  // Looking at states is no change of the document.
+  ~ScriptScene() override {
+    if (!wasChanged_) engine::ClearChanged(doc_);
+    host::EventAdd();  // the dialog shows again which state was loaded last
+  }
+
+  host::BaseDocument& Document() override { return doc_; }
+  StagemarksDialog& Dialog() override { return dialog_; }
+  engine::FileSystem& Files() override { return Session::Get().Services().files; }
+  rendering::PictureListener& Listener() override { return *this; }
+  void DeliverEvents() override { Session::Get().App().DeliverEvents(); }
+  int ChooseMarks(const Names& typed, Names& names) override {
+    names = ChooseStates(document_, typed);
+    return rendering::kDone;
+  }
+
+  void Say(const std::string&) override {}
+  void Note(const std::string& text) override { notes_.push_back(text); }
+  void Error(const std::string& text) override { error_ = text; }
+  bool Progress(double share, const std::string& what) override {
+    return Session::Person().Progress(share, what);
+  }
+  void Step(std::size_t, std::size_t, const std::string&) override {}
+  bool IsStopped() const override { return Session::Person().WasStopped(); }
+
+  // Throws what was said where the work did not end well.
+  void Check(int status) const {
+    if (status != rendering::kDone) FailAs(error_.empty() ? "The work was stopped." : error_);
+  }
+  const Names& Notes() const { return notes_; }
+
+ private:
+  DocumentId document_;
+  host::BaseDocument& doc_;
+  StagemarksDialog dialog_;
+  bool wasChanged_;
+  Names notes_;
+  std::string error_;
+};
+
+void CheckPlace(const std::string& path, const std::string& maker, bool overwrite) {
+  if (overwrite || publishing::MayReplace(Session::Get().Services().files, path, maker)) return;
+  throw Failure(Fault::Refused, "\"" + path +
+                                    "\" exists already and was not made by this command. Give "
+                                    "another name, or overwrite=True to replace it.");
+}
+
+pictures::PictureSize SizeOf(const rendering::StatePictures& states,
+                             std::pair<std::uint32_t, std::uint32_t> wanted) {
+  pictures::PictureSize size = states.Size();
+  const auto [width, height] = wanted;
+  if (width != 0 && height != 0) return {width, height};
+  if (width != 0)
+    return {width, std::max(1U, static_cast<std::uint32_t>(std::uint64_t{width} * size.height /
+                                                           std::max(1U, size.width)))};
+  if (height != 0)
+    return {std::max(1U, static_cast<std::uint32_t>(std::uint64_t{height} * size.width /
+                                                    std::max(1U, size.height))),
+            height};
+  return size;
+}
+
+void CheckPictureName(const std::string& path) {
+  if (pictures::KindOfName(path)) return;
+  throw Failure(Fault::Misused,
+                "\"" + path + "\" has the name of no picture; .png, .tif and .exr are known.");
+}
+
+}  // namespace
+
+Picture Render(DocumentId document, const std::string& state,
+               std::pair<std::uint32_t, std::uint32_t> size, const std::string& path,
+               bool overwrite, unsigned threads) {
+  const std::string target = path.empty() ? "" : AbsolutePath(path);
+  if (!target.empty()) CheckPictureName(target);
+  if (!target.empty()) CheckPlace(target, "render", overwrite);
+  ScriptScene scene(document);
+  rendering::StatePictures states(scene, threads);
+  const std::string name = state.empty() ? "the scene" : state;
+  Picture picture;
+  engine::Image image;
+  const auto render = [&] {
+    const pictures::PictureSize wanted = SizeOf(states, size);
+    const bool isLight =
+        !target.empty() && pictures::KindOfName(target) == pictures::PictureKind::Exr;
+    const int status = isLight ? states.RenderLight(wanted, {}, name, &image)
+                               : states.Render(wanted, {}, name, &image);
+    return status != rendering::kDone || target.empty() ? status
+                                                        : states.Save(image, target, "render");
+  };
+  if (state.empty()) {
+    scene.Check(render());
+  } else {
+    states.Choose({state});
+    if (states.States().size() != 1) {
+      throw Failure(Fault::NotFound,
+                    "\"" + state + "\" means several Stagemarks, and here one is needed.");
+    }
+    scene.Check(states.InState(states.States().front(), render));
+  }
+  picture.width = image.width;
+  picture.height = image.height;
+  if (target.empty()) picture.pixels = std::move(image.bytes);
+  picture.notes = scene.Notes();
+  return picture;
+}
+
+namespace {
+
+constexpr std::pair<const char*, exporting::Layout> kLayouts[] = {
+    {"file", exporting::Layout::Files},
+    {"folders", exporting::Layout::Folders},
+    {"project", exporting::Layout::Project},
+    {"one-tex", exporting::Layout::OneTextureFolder}};
+
+exporting::Layout LayoutOf(const std::string& word) {
+  for (const auto& [name, layout] : kLayouts) {
+    if (word == name) return layout;
+  }
+  throw Failure(Fault::Misused, "\"" + word +
+                                    "\" is no layout. There are: file, folders, project and "
+                                    "one-tex.");
+}
+
+// Whether the export may begin, else why not.
+void CheckPlan(const ExportOrder& order, const exporting::ExportPlan& plan) {
+  if (!plan.obstacles.empty()) throw Failure(Fault::Failed, plan.obstacles.front());
+  if (!plan.missing.empty() && !order.allowMissing) {
+    throw Failure(Fault::Refused, "The texture \"" + plan.missing.front() +
+                                      "\" was not found. allow_missing=True exports without it.");
+  }
+  if (!exporting::Fits(plan)) {
+    throw Failure(Fault::Failed, "The export is " + exporting::Summary(plan) + ", and only " +
+                                     exporting::BytesText(*plan.free) + " are free where \"" +
+                                     order.folder + "\" is.");
+  }
+}
+
+void PressExport(StagemarksDialog& dialog, const ExportOrder& order, exporting::Layout layout,
+                 const std::string& folder) {
+  dialog.ChooseLayout(exporting::EntryOf(layout));
+  dialog.Tick(pictures::kChangeFrameRange, order.frames.has_value());
+  if (order.frames) dialog.TypeFrames(order.frames->first, order.frames->second);
+  Session::Person().ChooseNextFile(folder);
+  dialog.Press(pictures::kGenerateScenes);
+  Session::Get().App().DeliverEvents();
+}
+
+Exported ReadLedger(std::size_t mark) {
+  const engine::Ledger& ledger = Session::Get().Services().ledger;
+  Exported exported;
+  exported.written = ledger.WrittenSince(mark);
+  for (std::size_t i = mark; i < ledger.Entries().size(); ++i) {
+    const engine::LedgerEntry& entry = ledger.Entries()[i];
+    if (entry.succeeded && entry.operation == engine::Operation::ReplaceFile)
+      exported.scenes.push_back(entry.path);
+  }
+  return exported;
+}
+
+}  // namespace
+
+Exported Export(DocumentId document, const ExportOrder& order) {
+  const exporting::Layout layout = LayoutOf(order.layout);
+  const std::string folder = AbsolutePath(order.folder);
+  const Names names = ChooseStates(document, order.states);
+  if (names.empty()) throw Failure(Fault::NotFound, "There are no Stagemarks in this scene.");
+  ScriptScene scene(document);
+  const exporting::ExportPlan plan =
+      exporting::PlanExport(scene.Files(), scene.Document(), {layout, folder, names});
+  CheckPlan(order, plan);
+  Check(scene.Files().MakeFolder(folder));
+  const std::size_t mark = Session::Get().Services().ledger.Mark();
+  const Names checked = scene.Dialog().CheckedNames();
+  std::size_t done = 0;
+  for (const Names& some : order.isolated ? std::vector<Names>() : std::vector<Names>{names}) {
+    scene.Dialog().CheckOnly(some);
+    PressExport(scene.Dialog(), order, layout, folder);
+  }
+  for (const std::string& name : order.isolated ? names : Names()) {
+    const double share = static_cast<double>(done++) / static_cast<double>(names.size());
+    if (!scene.Progress(share, "Exporting " + name)) break;
+    scene.Dialog().CheckOnly({name});
+    PressExport(scene.Dialog(), order, layout, folder);
+  }
+  scene.Dialog().CheckOnly(checked);
+  Exported exported = ReadLedger(mark);
+  exported.missing = plan.missing;
+  if (exported.scenes.size() != names.size()) FailAs("Not every Stagemark was exported.");
+  return exported;
+}
+
+namespace {
+
+// One call of Publish.
+class Publishing {
+ public:
+  Publishing(DocumentId document, const PublishWishes& wishes)
+      : wishes_(wishes),
+        scene_(document),
+        states_(scene_, 0),
+        facts_(publishing::ReadStateFacts(scene_.Document())) {
+    order_.folder = AbsolutePath(wishes.folder);
+    order_.asText = wishes.format == "gltf";
+    if (!order_.asText && wishes.format != "glb")
+      throw Failure(Fault::Misused, "\"" + wishes.format + "\" is neither \"glb\" nor \"gltf\".");
+    order_.allInOne = wishes.allInOne;
+    order_.omitHidden = wishes.omitHidden;
+    states_.Choose(wishes.states);
+    for (const pictures::Mark& state : states_.States()) {
+      if (!states_.AsItIs()) order_.names.push_back(state.name);
+    }
+  }
+
+  Names Run() {
+    const std::string scene = pictures::SceneName(scene_.Document());
+    const auto files = publishing::FilesOf(order_, scene);
+    Check(files.GetStatus());
+    for (const publishing::OrderedFile& file : files.Value())
+      CheckPlace(file.path, "publish", wishes_.overwrite);
+    Check(scene_.Files().MakeFolders(order_.folder));
+    Names written;
+    std::size_t first = 0;
+    steps_ = static_cast<double>(states_.States().size() + files.Value().size());
+    for (const publishing::OrderedFile& file : files.Value()) {
+      Make(file, publishing::OptionsOf(order_, scene, file), first);
+      first += file.states.size();
+      written.push_back(file.path);
+    }
+    return written;
+  }
+
+ private:
+  engine::ProgressCallback Progress(const std::string& name) {
+    return [this, name](double share) {
+      return scene_.Progress((done_ + share) / steps_, "Publishing " + name);
+    };
+  }
+
+  void Make(const publishing::OrderedFile& file, const PublishOptions& options, std::size_t first) {
+    engine::Publication publication(scene_.Document(), scene_.Files(), options, renderCaches_,
+                                    caches_);
+    for (std::size_t i = 0; i < file.states.size(); ++i)
+      AddState(publication, states_.States()[first + i]);
+    auto published = publication.Finish(Progress(file.name));
+    Check(published.GetStatus());
+    Check(publishing::WriteScene(scene_.Files(), file.path, published.Take(), wishes_.overwrite));
+    done_ += 1;
+  }
+
+  void AddState(engine::Publication& publication, const pictures::Mark& state) {
+    engine::Status read;
+    const auto look = [&] {
+      read = publication.AddState(facts_[state.name], Progress(state.name));
+      return rendering::kDone;
+    };
+    scene_.Check(states_.AsItIs() ? look() : states_.InState(state, look));
+    Check(read);
+    done_ += 1;
+  }
+
+  const PublishWishes& wishes_;
+  ScriptScene scene_;
+  rendering::StatePictures states_;
+  std::unordered_map<std::string, engine::StateFacts> facts_;
+  publishing::PublishOrder order_;
+  engine::RenderCaches renderCaches_;
+  engine::PublishCaches caches_;
+  double done_ = 0;
+  double steps_ = 1;
+};
+
+}  // namespace
+
+Names Publish(DocumentId document, const PublishWishes& wishes) {
+  return Publishing(document, wishes).Run();
+}
+
+}  // namespace scripting
