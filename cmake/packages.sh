@@ -1,5 +1,5 @@
 # Debian packages that the build, the programs and the tests need, and the function that installs the missing ones.
-# Sourced by ./run and ./test.
+# Sourced by ./run, ./test and tests/reliability/soak.
 build_packages="g++ cmake ninja-build pkg-config libembree-dev libassimp-dev libdraco-dev libmeshoptimizer-dev
   libtiff-dev libpng-dev libjpeg-dev libopenexr-dev libwebp-dev libcli11-dev nlohmann-json3-dev libzstd-dev libxxhash-dev libutf8proc-dev zlib1g-dev
   qt6-base-dev qt6-svg-dev libfreetype-dev libfribidi-dev python3-dev pybind11-dev fonts-dejavu-core fonts-droid-fallback"
@@ -8,6 +8,8 @@ test_packages="libgtest-dev librapidcheck-dev xvfb xauth openbox xdotool python3
 # A browser for the tests of web pages, which are skipped without one.
 browser_packages="chromium"
 bench_packages="libbenchmark-dev"
+# A compiler that fuzzes, for tests/reliability/soak.
+fuzz_packages="clang libclang-rt-14-dev"
 lint_packages="clang-format clang-tidy git"
 
 install_missing() {

@@ -1,0 +1,45 @@
+// What a child of the program writes into its pipe, and it may write anything: however the bytes
+// arrive, the same frames come out of them, and none is longer than may be.
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+#include "engine/import/Frames.h"
+
+namespace {
+
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+struct Parsed {
+  std::vector<engine::Frame> frames;
+  bool damaged = false;
+};
+
+Parsed InPieces(std::string_view bytes, std::size_t piece) {
+  engine::FrameParser parser;
+  Parsed parsed;
+  for (std::size_t at = 0; at < bytes.size() && !parser.Damaged(); at += piece) {
+    parser.Feed(bytes.substr(at, piece));
+    while (auto frame = parser.Next()) parsed.frames.push_back(std::move(*frame));
+  }
+  parsed.damaged = parser.Damaged();
+  return parsed;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  const std::string_view bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
+  const Parsed whole = InPieces(bytes, size);
+  const Parsed pieces = InPieces(bytes, data[0] % 16 + 1u);
+  Require(whole.damaged == pieces.damaged && whole.frames.size() == pieces.frames.size());
+  for (std::size_t i = 0; i < whole.frames.size(); ++i) {
+    const engine::Frame& frame = whole.frames[i];
+    Require(frame.bytes.size() <= engine::kFrameLimit);
+    Require(frame.kind == pieces.frames[i].kind && frame.bytes == pieces.frames[i].bytes);
+  }
+  return 0;
+}

@@ -1,0 +1,59 @@
+// reliability: rounds of one kind, by number or by time.
+//   reliability KIND COUNT [SEED]       so many executions
+//   reliability KIND SECONDSs [SEED]    for so long, as "60s"
+// Prints a line for the ledger (kind, executions, findings, seed) and every finding; status 1 where
+// there is one.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <map>
+
+#include "tests/reliability/Rounds.h"
+
+namespace {
+
+using Rounds = tests::Findings (*)(std::uint64_t seed, const tests::GoOn& more);
+
+const std::map<std::string, Rounds> kKinds = {{"faults", tests::FaultRounds},
+                                              {"power-cuts", tests::PowerCuts},
+                                              {"hostile-names", tests::HostileNames},
+                                              {"undo", tests::UndoRounds}};
+
+tests::GoOn Limit(const std::string& amount) {
+  const std::uint64_t number = std::strtoull(amount.c_str(), nullptr, 10);
+  if (!amount.ends_with("s")) return [number](std::uint64_t done) { return done < number; };
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(number);
+  return [end](std::uint64_t) { return std::chrono::steady_clock::now() < end; };
+}
+
+int Run(Rounds rounds, const std::string& kind, const std::string& amount, std::uint64_t seed) {
+  const tests::Findings findings = rounds(seed, Limit(amount));
+  std::printf("%s\t%llu\t%zu\tseed %llu\n", kind.c_str(),
+              static_cast<unsigned long long>(findings.executions), findings.damages.size(),
+              static_cast<unsigned long long>(seed));
+  constexpr std::size_t kShown = 20;
+  for (std::size_t i = 0; i < std::min(findings.damages.size(), kShown); ++i)
+    std::printf("  %s\n", findings.damages[i].c_str());
+  return findings.damages.empty() && findings.executions > 0 ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const auto kind = count >= 3 ? kKinds.find(arguments[1]) : kKinds.end();
+  if (kind == kKinds.end()) {
+    std::fprintf(stderr,
+                 "reliability faults|power-cuts|hostile-names|undo COUNT|SECONDSs [SEED]\n");
+    return 2;
+  }
+  try {
+    const std::uint64_t seed =
+        count > 3 ? std::strtoull(arguments[3], nullptr, 10) : std::random_device()();
+    return Run(kind->second, kind->first, arguments[2], seed);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "reliability: %s\n", error.what());
+    return 2;
+  }
+}
