@@ -194,6 +194,27 @@ TEST_F(DialogTest, ChecksAreSetClearedAndInvertedAndSurviveARebuild) {
   EXPECT_EQ(Rows(), "[ ] * C\n[ ] Y\n[ ] Z\n");
 }
 
+// The host draws a list when it is told of a change, and not before.
+TEST_F(DialogTest, ChangingTheChecksTellsTheHostOnce) {
+  struct Watcher : engine::DialogObserver {
+    Watcher() { engine::AddDialogObserver(*this); }
+    ~Watcher() override { engine::RemoveDialogObserver(*this); }
+    void DialogOpened(GeDialog&) override {}
+    void DialogClosed(GeDialog&) override {}
+    void DialogChanged(GeDialog&, const engine::Gadget* gadget) override {
+      told += gadget && gadget->id == kList;
+    }
+    int told = 0;
+  };
+  for (const CHAR* name : {"A", "B"}) Record(name);
+  Watcher watcher;
+  for (const LONG entry : {kCheckAll, kUncheckAll, kInvertChecked}) {
+    watcher.told = 0;
+    engine::ChooseMenu(Dialog(), entry);
+    EXPECT_EQ(watcher.told, 1) << entry;
+  }
+}
+
 TEST_F(DialogTest, MarkingAnEmptyListDoesNothing) {
   for (const LONG entry : {kCheckAll, kUncheckAll, kInvertChecked}) EXPECT_TRUE(Menu(entry));
   EXPECT_EQ(Rows() + Transcript(), "");

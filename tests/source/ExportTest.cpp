@@ -103,6 +103,9 @@ TEST_F(ExportTest, EveryLayoutWritesTheStatesThatLoadingInListOrderGives) {
   const std::vector<std::string> states = StatesByLoading({"A", "B"});
   EXPECT_NE(states[0], states[1]);
   BaseDocument* const original = &Doc();
+  App().NewDocument()->SetDocumentName("Another.c4d");
+  SetActiveDocument(original);
+  Deliver();
   const std::string trees[] = {
       "Scene A.c4d\nScene B.c4d\n", "Scene A/Scene A.c4d\nScene B/Scene B.c4d\n",
       "Scene A/Scene A.c4d\nScene A/tex\nScene B/Scene B.c4d\nScene B/tex\n",
@@ -116,7 +119,7 @@ TEST_F(ExportTest, EveryLayoutWritesTheStatesThatLoadingInListOrderGives) {
     EXPECT_EQ(StateIn(folders ? "Scene A/Scene A.c4d" : "Scene A.c4d"), states[0]) << i;
     EXPECT_EQ(StateIn(folders ? "Scene B/Scene B.c4d" : "Scene B.c4d"), states[1]) << i;
     EXPECT_EQ(&Doc(), original);
-    EXPECT_EQ(App().Documents().size(), 1U);
+    EXPECT_EQ(App().Documents().size(), 2U);
   }
   EXPECT_EQ(engine::DumpDocument(Doc()), before);
   EXPECT_EQ(Rows(), "[x] A\n[x] * B\n");
@@ -198,6 +201,9 @@ TEST_F(CacheTest, TheScenesCacheIsReadFromOneFolderAndWrittenToTheOther) {
   Generate(kAsSaveFile);
   EXPECT_EQ(Tree(), "Illum/Scene A.gi\nScene A.c4d\n");
   EXPECT_EQ(tests::ReadText(Out("Illum/Scene A.gi")), "scene's");
+  tests::WriteText(Work("illum/Scene.gi"), "newer");
+  Generate(kAsSaveFile);
+  EXPECT_EQ(tests::ReadText(Out("Illum/Scene A.gi")), "newer");
 }
 
 TEST_F(CacheTest, AnEffectsOwnCacheGoesIntoTheElementsFolder) {

@@ -126,24 +126,31 @@ TEST_F(OptionsTest, MarksStayWithoutADocument) {
   EXPECT_EQ(Marks(), "101111111111");
 }
 
+// Four saved choices in which no two options are alike: one that is read as another one is seen.
 TEST(DefaultOptions, AreReadAtTheNextStart) {
   tests::ScratchFolder folder;
-  const auto start = [&folder](bool save) {
+  // The marks at a start, after which the options are brought to `wanted` and saved.
+  const auto start = [&folder](const std::string& wanted) {
     tests::ScriptedServices services(folder.Path());
     engine::Application application(services.Get(), {});
     application.LoadPlugin(TEST_PLUGIN_DIR "/Stagemarks/Stagemarks.so");
     SetActiveDocument(application.NewDocument());
     application.ExecuteCommand(kPluginId);
     GeDialog& dialog = *engine::OpenDialogs().front();
-    if (save) {
-      engine::ChooseMenu(dialog, 10059);
-      engine::ChooseMenu(dialog, kSaveDefaults);
+    std::string marks;
+    for (std::size_t i = 0; i < kOptions.size(); ++i) {
+      marks += engine::FindMenuEntry(dialog, kOptions[i].id)->checked ? '1' : '0';
+      if (marks[i] != wanted[i]) engine::ChooseMenu(dialog, kOptions[i].id);
     }
-    return engine::FindMenuEntry(dialog, 10059)->checked;
+    engine::ChooseMenu(dialog, kSaveDefaults);
+    return marks;
   };
-  EXPECT_TRUE(start(false));
-  EXPECT_FALSE(start(true));
-  EXPECT_FALSE(start(false));
+  std::string before = kAllOn;
+  for (const char* wanted : {"010101010101", "001100110011", "000011110000", "000000001111"}) {
+    EXPECT_EQ(start(wanted), before);
+    before = wanted;
+  }
+  EXPECT_EQ(start(before), before);
 }
 
 }  // namespace

@@ -245,6 +245,8 @@ TEST_F(RecallTest, RecordsUnderKeysThatAreNoPositionsAreNotApplied) {
   Load("A");
   EXPECT_EQ(Switches(cube_), "1 0 0");
   EXPECT_EQ(Switches(child_), "2 2 1");
+  EXPECT_EQ(texture_->GetMaterial(), steel_);
+  EXPECT_EQ(sketch_->GetDataInstance()->GetLong(1), 11);
   EXPECT_TRUE(layer_->GetLayerData(&Doc(), TRUE).solo);
 }
 

@@ -252,8 +252,6 @@ TEST_F(RecordingTest, ACompositingTagGivesFiftyKeysAndItsLink) {
   EXPECT_EQ(record.GetCount(), 51);
   EXPECT_EQ(record.GetIndexId(50), kTagLink);
   for (const LONG unused : {60015, 60016}) EXPECT_EQ(record.FindIndex(unused), NOTOK);
-  for (std::size_t i = 0; i < kCompositing.size(); ++i)
-    EXPECT_EQ(record.GetIndexId(static_cast<LONG>(i)), kCompositing[i].key);
   const auto text = [&record](LONG key) {
     BaseContainer one;
     one.SetData(key, record.GetData(key));
@@ -268,6 +266,49 @@ TEST_F(RecordingTest, ACompositingTagGivesFiftyKeysAndItsLink) {
   EXPECT_EQ(text(60007), "{60007 \"list\"}") << "a failed read repeats the value before";
   EXPECT_EQ(text(60009), "{60009 real 2.5}");
   EXPECT_EQ(text(60044), "{60044 real 2.5}");
+}
+
+// The numbers by heart: scene files hold them. Each parameter alone is not 0, so that one that is
+// recorded under another's key is seen; B: a switch, L: a whole number, R, P: as it is.
+TEST_F(RecordingTest, EachCompositingParameterHasItsKey) {
+  struct Row {
+    LONG parameter;
+    LONG key;
+  };
+  constexpr Row kRows[] = {
+      {1000, 60000}, {1001, 60001}, {1002, 60002}, {1003, 60003}, {1017, 60004}, {1004, 60006},
+      {1005, 60011}, {1006, 60012}, {1007, 60013}, {1016, 60014}, {1158, 60045}, {1151, 60047},
+      {1150, 60046}, {1152, 60048}, {1154, 60049}, {1155, 60050}, {1156, 60051}, {1010, 60019},
+      {1011, 60020}, {1012, 60021}, {1013, 60022}, {1014, 60023}, {1015, 60024}, {1136, 60025},
+      {1137, 60026}, {1138, 60027}, {1139, 60028}, {1140, 60029}, {1141, 60030}, {1110, 60031},
+      {1111, 60032}, {1112, 60033}, {1113, 60034}, {1114, 60035}, {1115, 60036}, {1120, 60037},
+      {1121, 60038}, {1122, 60039}, {1123, 60040}, {1124, 60041}, {1125, 60042}, {1126, 60005},
+      {1127, 60007}, {1129, 60008}, {1128, 60009}, {1142, 60010}, {1143, 60017}, {1144, 60018},
+      {1131, 60043}, {1130, 60044}};
+  const std::string kinds = "BBBBBBBLLRBRRRBBBBBBBBBBBBBBBLLLLLLLLLLLLPPPPPPPPP";
+  ASSERT_EQ(std::size(kRows), kinds.size());
+  BaseContainer& data = *Tag(Object("Cube"), Tcompositing)->GetDataInstance();
+  OnlyOptions({Option::CompositingTags});
+  for (std::size_t i = 0; i < kinds.size(); ++i) {
+    data.FlushAll();
+    std::string meant = "0 {";
+    for (const Row& row : kRows) {
+      const bool isSet = &row == &kRows[i];
+      isSet ? data.SetReal(row.parameter, row.parameter + 0.5) : data.SetLong(row.parameter, 0);
+      const char kind = kinds[static_cast<std::size_t>(&row - kRows)];
+      const std::string whole = std::to_string(row.parameter);
+      meant += std::to_string(row.key) +
+               (isSet || kind == 'R' ? kind == 'B'   ? " 1"
+                                       : kind == 'L' ? " " + whole
+                                       : isSet       ? " real " + whole + ".5"
+                                                     : " real 0"
+                                     : " 0") +
+               ", ";
+    }
+    Record("A");
+    EXPECT_EQ(Part(0, kTags), meant + "40000 ->tag 5637 of Cube}\n") << kRows[i].parameter;
+    Answer(true);
+  }
 }
 
 TEST_F(RecordingTest, TheFirstUnreadableParameterIsNil) {
