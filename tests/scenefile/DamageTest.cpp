@@ -2,6 +2,8 @@
 // crash.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeIds.h"
@@ -10,6 +12,7 @@
 #include "engine/scenefile/Columns.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Sections.h"
+#include "engine/scenefile/ValueSections.h"
 #include "host/RenderData.h"
 #include "tests/scenefile/Scenes.h"
 
@@ -156,6 +159,136 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
   for (const HostileContents& hostile : cases)
     EXPECT_EQ(Refusal(WithSection(bytes, hostile.section, hostile.contents)), hostile.message)
         << hostile.name;
+}
+
+// --- Numbers that point beyond what there is: the first that is too much is refused by name, the
+// last that is not too much has no such fault.
+
+// One container with one value of that type.
+std::string OneValue(LONG type, std::uint64_t word) {
+  std::string out("\x01\x01\x01\x01", 4);
+  PutInts(out, ColumnValues{5});
+  PutInts(out, ColumnValues{static_cast<std::uint64_t>(type)});
+  PutInts(out, ColumnValues{0});
+  PutInts(out, ColumnValues{word});
+  return out;
+}
+
+// A triangle or quadrangle with these corners, of three points.
+std::string OnePolygon(std::array<std::int64_t, 4> corners) {
+  std::string out("\x01\x03\x01\x00\x00", 5);
+  out += std::string(36, '\0');
+  for (const std::int64_t corner : corners)
+    PutInts(out, ColumnValues{static_cast<std::uint64_t>(corner)});
+  return out;
+}
+
+TEST(SceneFileDamage, ReferencesAreBounded) {
+  const std::string bytes = Bytes(*EverythingScene());
+  Budget budget(1 << 30);
+  const ValueReader all(ReadSections(bytes, ContentKind::Scene), budget);
+  const auto row = [](std::size_t count) { return static_cast<std::uint64_t>(count); };
+  struct Case {
+    const char* section;
+    std::string inside, beyond;
+    const char* fault;
+  };
+  const auto value = [](LONG type, std::uint64_t bound, const char* fault) {
+    return Case{"VALUES", OneValue(type, bound - 1), OneValue(type, bound), fault};
+  };
+  const Case cases[] = {
+      value(host::DA_STRING, row(all.texts.size()), "a text is out of range"),
+      value(host::DA_FILENAME, row(all.texts.size()), "a text is out of range"),
+      value(host::DA_VECTOR, row(all.numbers.vectors.size()), "a vector is out of range"),
+      value(host::DA_TIME, row(all.numbers.times.size()), "a time is out of range"),
+      value(host::DA_CONTAINER, 1,
+            "VALUES at byte 13 of its contents: a container is out of range"),
+      value(host::DA_LONG, 1U << 31U, "a number is no 32-bit number"),
+      {"VALUES", OneValue(15, 1), OneValue(17, 1), "there is no type of value 17"},
+      {"MESHES", OnePolygon({0, 1, 2, -1}), OnePolygon({0, 1, 3, -1}), "a polygon names a point"},
+      {"MESHES", OnePolygon({0, 1, 2, 2}), OnePolygon({0, 1, 2, 3}), "a polygon names a point"},
+      {"MESHES", OnePolygon({0, 0, 0, -1}), OnePolygon({0, 1, 2, -2}), "a polygon names a point"},
+      {"MESHES", OnePolygon({0, 1, 2, -1}), OnePolygon({-1, 1, 2, 0}), "a polygon names a point"},
+  };
+  for (const Case& c : cases) {
+    const std::string inside = Refusal(WithSection(bytes, c.section, c.inside));
+    EXPECT_EQ(inside.find(c.fault), std::string::npos) << inside;
+    const std::string beyond = Refusal(WithSection(bytes, c.section, c.beyond));
+    EXPECT_NE(beyond.find(c.fault), std::string::npos) << c.fault << ": " << beyond;
+  }
+}
+
+// A table of elements with one number of it exchanged.
+std::string WithCell(const std::string& contents, std::size_t column, std::size_t row,
+                     std::uint64_t value) {
+  Budget budget(1 << 30);
+  Cursor in(contents, "TABLE", budget);
+  const auto rows = static_cast<std::size_t>(in.Varint());
+  std::string out;
+  PutVarint(out, rows);
+  for (std::size_t at = 0; in.Left() > 0; ++at) {
+    ColumnValues values = TakeInts(in, rows);
+    if (at == column) values.at(row) = value;
+    PutInts(out, values);
+  }
+  return out;
+}
+
+TEST(SceneFileDamage, ElementsReferToWhatThereIs) {
+  const std::string bytes = Bytes(*EverythingScene());
+  Budget budget(1 << 30);
+  const ValueReader all(ReadSections(bytes, ContentKind::Scene), budget);
+  enum Column : std::size_t { Owner, Depth, Type, Id, Name, Bits, NBits, Layer, Data, More };
+  struct Case {
+    const char* section;
+    std::size_t column, row;
+    std::uint64_t first;  // that is refused
+    const char* fault;
+  };
+  const auto texts = all.texts.size();
+  const auto containers = all.containers.size();
+  const Case cases[] = {
+      {"OBJECTS", Name, 1, texts, "a name is out of range"},
+      {"OBJECTS", Data, 1, containers, "a data container is out of range"},
+      {"SHADERS", Name, 0, texts, "a name is out of range"},
+      {"OBJECTS", Type, 1, 1U << 31U, "a type is no 32-bit number"},
+      {"OBJECTS", Bits, 1, 1U << 31U, "a set of bits is no 32-bit number"},
+      {"LAYERS", More, 0, 1U << 9U, "a set of layer flags is out of range"},
+      {"LAYERS", More + 1, 0, all.numbers.vectors.size(), "a color is out of range"},
+      {"OBJECTS", More, 1, 3, "an editor mode is out of range"},
+      {"OBJECTS", More + 1, 1, 3, "a render mode is out of range"},
+      {"OBJECTS", More + 2, 1, 2, "a deform mode is out of range"},
+      {"OBJECTS", More + 3, 1, all.numbers.matrices.size() + 1, "a matrix is out of range"},
+      {"OBJECTS", More + 4, 1, 2, "a mesh is out of range"},
+      {"OBJECTS", Depth, 0, 1, "an element hangs below none"},
+      {"OBJECTS", Depth, 1, 2, "an element hangs below none"},
+      {"MATERIAL", Depth, 1, 1, "an element hangs below none"},
+      {"OBJECTS", Owner, 5, 1, "an owner is no element that can own one"},
+      {"NODES", Depth, 0, 1, "an element hangs below none"},
+      {"NODES", Depth, 1, 2, "an element hangs below none"},
+      {"LAYERS", Type, 0, 5, "an element has a type that there is not"},
+      {"RENDER", Type, 1, 5, "an element has a type that there is not"},
+      {"NODES", Type, 0, 5, "a node master or root has a strange type"},
+      {"NODES", Type, 1, 5, "a node master or root has a strange type"},
+      {"NODES", Depth, 4, 1, "an expression has two masters or roots"},
+      {"POSTS", Owner, 0, 0, "an owner is no element that can own one"},
+      {"PASSES", Owner, 0, 0, "an owner is no element that can own one"},
+      {"TAGS", Owner, 0, 0, "an owner is no element that can own one"},
+      {"NODES", Owner, 0, 0, "an owner is no element that can own one"},
+      {"SHADERS", Owner, 2, 0, "owners do not rise"},
+      {"OBJECTS", Id, 1, 0, "an element has no identity"},
+  };
+  for (const Case& c : cases) {
+    const auto refusal = [&](std::uint64_t value) {
+      return Refusal(WithSection(bytes, c.section,
+                                 WithCell(ContentsOf(bytes, c.section), c.column, c.row, value)));
+    };
+    const std::string what = std::string(c.section) + " " + std::to_string(c.column);
+    EXPECT_NE(refusal(c.first).find(c.fault), std::string::npos) << what << refusal(c.first);
+    const bool bounded = std::string_view(c.fault).find(" range") != std::string_view::npos ||
+                         std::string_view(c.fault).find("32-bit") != std::string_view::npos;
+    EXPECT_TRUE(!bounded || refusal(c.first - 1).find(c.fault) == std::string::npos) << what;
+  }
 }
 
 // Saving puts embedded files beside the scene: none may be put elsewhere.
