@@ -21,6 +21,9 @@ struct Documents : tests::Stage {
       const std::string name = doc->GetDocumentName().GetString().ToUtf8();
       text += doc == host::GetActiveDocument() ? "[" + name + "]" : name;
     }
+    for (host::GeListNode *node = nullptr, *next = host::GetFirstDocument(); next != nullptr;
+         node = next, next = next->GetNext())
+      EXPECT_EQ(next->GetPred(), node);
     return text;
   }
 
@@ -36,6 +39,13 @@ TEST_F(Documents, KillingTheActiveOneActivatesAnother) {
   BaseDocument* a = New("a");
   BaseDocument* b = New("b");
   BaseDocument* c = New("c");
+  EXPECT_EQ(Chain(), "ab[c]");
+  BaseDocument* middle = New("middle");
+  New("last");
+  EXPECT_TRUE(application->ReleaseDocument(middle));
+  EXPECT_EQ(Chain(), "abc[last]") << "the active one stays";
+  BaseDocument::Free(middle);
+  host::KillDocument(host::GetActiveDocument());
   EXPECT_EQ(Chain(), "ab[c]");
   host::SetActiveDocument(b);
   EXPECT_TRUE(TakeEvent());

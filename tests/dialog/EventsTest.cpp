@@ -153,6 +153,10 @@ TEST(CoreMessages, ReachOpenDialogsOnly) {
   second->Heard();
   engine::SendCoreMessage(host::EVMSG_CHANGE, host::BaseContainer());
   EXPECT_EQ(first->Heard() + second->Heard() + closed.Heard(), "core 604core 604");
+  first->onCommand = [&] { second->Close(); };
+  engine::SendCoreMessage(host::EVMSG_CHANGE, host::BaseContainer());
+  EXPECT_EQ(first->Heard() + second->Heard(), "core 604destroyed");
+  second->OpenIt();
   first->onCommand = [&] { second.reset(); };
   engine::SendCoreMessage(host::EVMSG_CHANGE, host::BaseContainer());
   EXPECT_EQ(first->Heard(), "core 604");

@@ -48,6 +48,15 @@ class Stage {
   void SetLayer(host::LayerData flags) {
     scene_.GetLayer("Layer")->SetLayerData(&scene_.Doc(), flags);
   }
+  // Puts the layer below another one with these flags.
+  void Outer(host::LayerData flags) {
+    host::LayerObject* outer = host::LayerObject::Alloc();
+    scene_.Doc().AppendLayer(outer);
+    host::LayerObject* layer = scene_.GetLayer("Layer");
+    layer->Remove();
+    scene_.Doc().AppendLayer(layer, outer);
+    outer->SetLayerData(&scene_.Doc(), flags);
+  }
 
  private:
   SceneBuilder scene_;
@@ -96,6 +105,9 @@ constexpr SwitchCase kSwitches[] = {
     {"layer not rendered", [](Stage& s) { s.SetLayer({.render = false}); }, 100},
     {"generators of the layer off", [](Stage& s) { s.SetLayer({.generators = false}); }, 100},
     {"solo layer", [](Stage& s) { s.SetLayer({.solo = true}); }, 400},
+    {"layer above not rendered", [](Stage& s) { s.Outer({.render = false}); }, 100},
+    {"generators of the layer above off", [](Stage& s) { s.Outer({.generators = false}); }, 100},
+    {"solo layer above", [](Stage& s) { s.Outer({.solo = true}); }, 400},
     {"deform mode off", [](Stage& s) { s.Scene().Modes("Group/Box", 2, 2, false); }, 100},
     {"another material", [](Stage& s) { s.Scene().Texture("Group/Box", "Green"); }, 100},
     {"casts no shadow",
@@ -172,10 +184,13 @@ TEST(Render, SwitchesWithoutAMeaningChangeNothing) {
        }},
       {"deform mode of the null above", [](Stage& s) { s.Scene().Modes("Group", 2, 2, false); }},
       {"layer not viewed", [](Stage& s) { s.SetLayer({.view = false}); }},
-      {"compositing all on", [](Stage& s) { s.MakeTag("Group/Box", host::Tcompositing); }},
-      {"texture tag without a material", [](Stage& s) { s.MakeTag("Group/Box", host::Ttexture); }},
-      {"alpha of an opaque material",
-       [](Stage& s) { s.Look("Red").SetReal(host::MATERIAL_ALPHA, 0.1); }},
+      {"layer above not viewed", [](Stage& s) { s.Outer({.view = false}); }},
+      {"what lights are unless told", [](Stage& s) { s.Data("Light").FlushAll(); }},
+      {"what materials are unless told",
+       [](Stage& s) {
+         s.Look("Red").FlushAll();
+         s.Look("Red").SetVector(host::MATERIAL_COLOR, Vector(0.8, 0.05, 0.05));
+       }},
   };
   const std::vector<std::uint8_t> plain = Render(Stage().Scene().Doc());
   for (const Case& c : cases) {

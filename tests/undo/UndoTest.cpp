@@ -359,20 +359,52 @@ TEST(Undo, SkipsWhatWasDestroyedWithoutIt) {
   EXPECT_EQ(scene.GetObject("In")->GetName(), "In");
 }
 
+// A, B, C and D stand in Room. One of them is deleted, then others go away or elsewhere: it comes
+// back where its former neighbors tell, one before first.
 TEST(Undo, FindsAPlaceAmongNeighborsThatMoved) {
-  SceneBuilder scene;
-  BaseDocument& doc = scene.Doc();
-  scene.Object("A").Object("B").Object("C").Object("D");
-  BaseObject* c = scene.GetObject("C");
-  doc.StartUndo();
-  doc.AddUndo(host::UNDO_DELETE, c);
-  BaseObject::Free(c);
-  doc.EndUndo();
-  BaseObject* b = scene.GetObject("B");
-  BaseObject::Free(b);
-  doc.DoUndo();
-  EXPECT_EQ(scene.GetObject("A")->GetNext(), scene.GetObject("C"));
-  EXPECT_EQ(scene.GetObject("C")->GetNext(), scene.GetObject("D"));
+  struct PlaceCase {
+    const char* deleted;
+    const char* away;    // destroyed
+    const char* moved;   // into another object
+    const char* toLast;  // moved to the end
+    const char* order;
+  };
+  const PlaceCase cases[] = {{"C", "B", "", "", "ACD"},  {"C", "", "B", "", "ACD"},
+                             {"A", "", "", "B", "CDAB"}, {"A", "B", "", "", "ACD"},
+                             {"A", "", "B", "", "ACD"},  {"B", "", "", "A", "CDAB"},
+                             {"B", "A", "", "C", "DBC"}, {"D", "C", "", "", "ABD"},
+                             {"B", "A", "C", "", "DB"},  {"D", "", "C", "A", "BAD"}};
+  for (const PlaceCase& c : cases) {
+    SceneBuilder scene;
+    BaseDocument& doc = scene.Doc();
+    scene.Object("Other").Object("Room/A").Object("Room/B").Object("Room/C").Object("Room/D");
+    BaseObject* const room = scene.GetObject("Room");
+    const auto named = [&](const std::string& name) { return scene.GetObject("Room/" + name); };
+    BaseObject* object = named(c.deleted);
+    doc.StartUndo();
+    doc.AddUndo(host::UNDO_DELETE, object);
+    BaseObject::Free(object);
+    doc.EndUndo();
+    if (*c.away) {
+      BaseObject* away = named(c.away);
+      BaseObject::Free(away);
+    }
+    if (*c.moved) {
+      BaseObject* moved = named(c.moved);
+      moved->Remove();
+      doc.AppendObject(moved, scene.GetObject("Other"));
+    }
+    if (*c.toLast) {
+      BaseObject* last = named(c.toLast);
+      last->Remove();
+      doc.AppendObject(last, room);
+    }
+    EXPECT_TRUE(doc.DoUndo());
+    std::string order;
+    for (BaseObject* child = room->GetDown(); child; child = child->GetNext())
+      order += child->GetName().ToUtf8();
+    EXPECT_EQ(order, c.order) << c.deleted << " " << c.away << " " << c.moved << " " << c.toLast;
+  }
 }
 
 TEST(Undo, FreeingAfterTheGroupDestroys) {
