@@ -45,8 +45,8 @@ Result<StepwiseEdit> PlaceObjects(host::BaseDocument& doc,
                                   const std::vector<host::BaseObject*>& objects,
                                   const Placement& placement);
 
-// A new object below `parent` (null: at the top level), behind all others there; its frame is that of
-// the scene, where the parent's is not flat. Without a name it gets that of its type, made
+// A new object below `parent` (null: at the top level), behind all others there; its frame is that
+// of the scene, where the parent's is not flat. Without a name it gets that of its type, made
 // unique. Nothing is selected. Belongs to the document.
 host::BaseObject* AddObject(host::BaseDocument& doc, host::LONG type, const std::string& name,
                             const host::Matrix& frame, host::BaseObject* parent = nullptr);

@@ -49,21 +49,31 @@ void PutRuns(std::string& out, Symbols kind, std::span<const std::uint64_t> symb
   PutLiteral(out, kind, symbols.subspan(literal));
 }
 
-ColumnValues TakeRuns(Cursor& in, Symbols kind, std::size_t rows) {
+// Hands every symbol to `each` with how many rows it is for.
+template <class Each>
+void ForRuns(Cursor& in, Symbols kind, std::size_t rows, const Each& each) {
   in.CheckRows(rows);
-  in.Memory().Charge(rows, sizeof(std::uint64_t));
-  ColumnValues column(rows);
   for (std::size_t at = 0; at < rows;) {
     const std::size_t code = in.Byte();
     const bool literal = code < kLongestLiteral;
     const std::size_t count = literal ? code + 1 : code - kRunCode;
     if (count > rows - at) in.Refuse("a run goes beyond its column");
     if (literal)
-      for (std::size_t i = 0; i < count; ++i) column[at + i] = TakeSymbol(in, kind);
+      for (std::size_t i = 0; i < count; ++i) each(TakeSymbol(in, kind), std::size_t{1});
     else
-      std::fill_n(column.begin() + static_cast<std::ptrdiff_t>(at), count, TakeSymbol(in, kind));
+      each(TakeSymbol(in, kind), count);
     at += count;
   }
+}
+
+ColumnValues TakeRuns(Cursor& in, Symbols kind, std::size_t rows) {
+  in.CheckRows(rows);
+  in.Memory().Charge(rows, sizeof(std::uint64_t));
+  ColumnValues column(rows);
+  auto next = column.begin();
+  ForRuns(in, kind, rows, [&next](std::uint64_t symbol, std::size_t count) {
+    next = std::fill_n(next, count, symbol);
+  });
   return column;
 }
 
@@ -99,6 +109,39 @@ ColumnValues TakeInts(Cursor& in, std::size_t rows) {
 }
 
 ColumnValues TakeWords(Cursor& in, std::size_t rows) { return TakeRuns(in, Symbols::Words, rows); }
+
+void SkipInts(Cursor& in, std::size_t rows) {
+  ForRuns(in, Symbols::Varints, rows, [](std::uint64_t, std::size_t) {});
+}
+
+void SkipWords(Cursor& in, std::size_t rows) {
+  ForRuns(in, Symbols::Words, rows, [](std::uint64_t, std::size_t) {});
+}
+
+ColumnValues PickInts(Cursor& in, std::size_t rows, std::span<const std::size_t> wanted) {
+  ColumnValues picked;
+  std::uint64_t value = 0;
+  std::size_t end = 0;
+  ForRuns(in, Symbols::Varints, rows, [&](std::uint64_t symbol, std::size_t count) {
+    const std::uint64_t delta = UnZigZag(symbol);
+    for (; picked.size() < wanted.size() && wanted[picked.size()] < end + count;)
+      picked.push_back(value + delta * (wanted[picked.size()] - end + 1));
+    value += delta * count;
+    end += count;
+  });
+  return picked;
+}
+
+std::map<std::uint64_t, std::size_t> TallyInts(Cursor& in, std::size_t rows) {
+  std::map<std::uint64_t, std::size_t> counts;
+  std::uint64_t value = 0;
+  ForRuns(in, Symbols::Varints, rows, [&](std::uint64_t symbol, std::size_t count) {
+    const std::uint64_t delta = UnZigZag(symbol);
+    if (delta == 0) counts[value] += count;
+    for (std::size_t i = 0; delta != 0 && i < count; ++i) ++counts[value += delta];
+  });
+  return counts;
+}
 
 std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows) {
   const std::string_view bytes =

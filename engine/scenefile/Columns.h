@@ -2,6 +2,7 @@
 // docs/SCENE_FILE.md. The number of rows is not part of a column. Any thread.
 #pragma once
 
+#include <map>
 #include <span>
 #include <vector>
 
@@ -29,6 +30,14 @@ void PutPlanes(std::string& out, std::span<const std::uint32_t> values);
 ColumnValues TakeInts(Cursor& in, std::size_t rows);
 ColumnValues TakeWords(Cursor& in, std::size_t rows);
 std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows);
+
+// The same for whoever wants little of a column: goes over it; the values at rows that rise, which
+// must lie in it; how often each value occurs. O(bytes), or O(rows) where no two neighbors differ by
+// the same.
+void SkipInts(Cursor& in, std::size_t rows);
+void SkipWords(Cursor& in, std::size_t rows);
+ColumnValues PickInts(Cursor& in, std::size_t rows, std::span<const std::size_t> wanted);
+std::map<std::uint64_t, std::size_t> TallyInts(Cursor& in, std::size_t rows);
 
 // Every value must lie in [0, end).
 void CheckBelow(const Cursor& in, std::span<const std::uint64_t> values, std::uint64_t end,

@@ -13,6 +13,7 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kNameLength = 8;
+constexpr std::size_t kStoredAt = 8;
 constexpr std::size_t kSumAt = 24;
 constexpr std::size_t kHeadLength = 32;
 constexpr std::size_t kMagicLength = 8;
@@ -52,111 +53,119 @@ bool IsName(std::string_view name) {
   });
 }
 
+[[noreturn]] void RefuseSection(const std::string& name, std::uint64_t offset, const char* what) {
+  throw Damage{"The file is damaged in section " + name + " (from byte " + Grouped(offset) +
+               "): " + what + "."};
+}
+
+std::uint64_t NumberAt(std::string_view bytes, std::size_t at, unsigned length) {
+  std::uint64_t value = 0;
+  for (unsigned i = 0; i < length; ++i)
+    value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(bytes[at + i])) << (8 * i);
+  return value;
+}
+
+// Of the first bytes of a file: kStartLength, or all that it has.
+void CheckStart(std::string_view start, ContentKind kind) {
+  const std::string_view magic = MagicOf(kind);
+  const std::string_view common = start.substr(0, kMagicLength);
+  if (common.empty() || common != magic.substr(0, common.size()))
+    throw Damage{"This is no scene file."};
+  if (start.size() < kStartLength)
+    throw Damage{"The file is cut off: it ends within its first " + Grouped(kStartLength) +
+                 " bytes."};
+  const std::uint64_t version = NumberAt(start, kMagicLength, 4);
+  if (version > kVersion)
+    throw Damage{"The file is of version " + Grouped(version) +
+                 ", and this program reads versions up to " + Grouped(kVersion) +
+                 ". Open it with a newer program."};
+  if (version == 0) throw Damage{"The file is damaged: it names version 0, which never was."};
+}
+
+void CheckCount(std::size_t sections) {
+  if (sections == kMostSections)
+    throw Damage{"The file is damaged: it has more than " + Grouped(kMostSections) + " sections."};
+}
+
+[[noreturn]] void RefuseCutOff(const std::string& name, std::uint64_t missing) {
+  throw Damage{"The file is cut off: section " + name + " needs " + Grouped(missing) +
+               " bytes more."};
+}
+
+// The section whose head this is, without its payload; `head` has kHeadLength bytes, or all that
+// are left of the file.
+Section SectionOfHead(std::string_view head, std::uint64_t offset) {
+  if (head.empty())
+    throw Damage{"The file is cut off at byte " + Grouped(offset) +
+                 ": its end section is missing."};
+  const std::string_view field = head.substr(0, kNameLength);
+  if (field.size() < kNameLength)
+    throw Damage{"The file is cut off: the head of the section at byte " + Grouped(offset) +
+                 " needs " + Grouped(kHeadLength - field.size()) + " bytes more."};
+  const std::string_view name = field.substr(0, field.find_last_not_of('\0') + 1);
+  if (!IsName(name))
+    throw Damage{"The file is damaged at byte " + Grouped(offset) + ": no section begins there."};
+  Section section;
+  section.name = name;
+  section.offset = offset;
+  if (head.size() < kHeadLength) RefuseCutOff(section.name, kHeadLength - head.size());
+  section.rawLength = NumberAt(head, kStoredAt + 8, 8);
+  return section;
+}
+
+void CheckSum(const Section& section, std::string_view head) {
+  std::string expected;
+  PutFixed64(expected, SumOf(head, section.payload));
+  if (head.substr(kSumAt) != expected)
+    RefuseSection(section.name, section.offset, "its checksum is wrong");
+}
+
+// `sums`: those of all sections before it, one after the other.
+void CheckEndSection(const Section& section, const std::string& sums, std::uint64_t behind) {
+  std::string expected;
+  PutVarint(expected, sums.size() / 8);
+  PutFixed64(expected, XXH3_64bits(sums.data(), sums.size()));
+  if (section.payload != expected)
+    RefuseSection(section.name, section.offset, "sections before it are missing or exchanged");
+  if (behind > 0)
+    throw Damage{"The file is damaged: " + Grouped(behind) + " bytes follow its end."};
+}
+
 // Reads the frame from front to back.
 class FrameReader {
  public:
-  FrameReader(std::string_view bytes, ContentKind kind) : bytes_(bytes), magic_(MagicOf(kind)) {}
+  explicit FrameReader(std::string_view bytes) : bytes_(bytes) {}
 
-  std::vector<Section> Read() {
-    CheckStart();
+  std::vector<Section> Read(ContentKind kind) {
+    CheckStart(bytes_.substr(0, kStartLength), kind);
+    at_ = kStartLength;
     for (Section section = Next(); section.name != kEnd; section = Next()) {
       if (FindSection(sections_, section.name))
-        Refuse(section.name, section.offset, "it occurs twice");
-      if (sections_.size() == kMostSections)
-        throw Damage{"The file is damaged: it has more than " + Grouped(kMostSections) +
-                     " sections."};
+        RefuseSection(section.name, section.offset, "it occurs twice");
+      CheckCount(sections_.size());
       sections_.push_back(std::move(section));
     }
     return std::move(sections_);
   }
 
  private:
-  void CheckStart() {
-    const std::string_view common = bytes_.substr(0, kMagicLength);
-    if (common.empty() || common != magic_.substr(0, common.size()))
-      throw Damage{"This is no scene file."};
-    if (bytes_.size() < kStartLength)
-      throw Damage{"The file is cut off: it ends within its first " + Grouped(kStartLength) +
-                   " bytes."};
-    const std::uint64_t version = Number(kMagicLength, 4);
-    if (version > kVersion)
-      throw Damage{"The file is of version " + Grouped(version) +
-                   ", and this program reads versions up to " + Grouped(kVersion) +
-                   ". Open it with a newer program."};
-    if (version == 0) throw Damage{"The file is damaged: it names version 0, which never was."};
-    at_ = kStartLength;
-  }
-
   Section Next() {
-    if (at_ == bytes_.size())
-      throw Damage{"The file is cut off at byte " + Grouped(at_) + ": its end section is missing."};
-    Section section;
-    section.offset = at_;
-    section.name = TakeName();
-    CheckLeft(section.name, kHeadLength);
-    const std::uint64_t stored = Number(at_ + 8, 8);
-    section.rawLength = Number(at_ + 16, 8);
     const std::string_view head = bytes_.substr(at_, kHeadLength);
+    Section section = SectionOfHead(head, at_);
+    const std::uint64_t stored = NumberAt(head, kStoredAt, 8);
     at_ += kHeadLength;
-    CheckLeft(section.name, stored);
+    if (stored > bytes_.size() - at_) RefuseCutOff(section.name, stored - (bytes_.size() - at_));
     section.payload = bytes_.substr(at_, static_cast<std::size_t>(stored));
     at_ += section.payload.size();
     CheckSum(section, head);
+    if (section.name == kEnd)
+      CheckEndSection(section, sums_, bytes_.size() - at_);
+    else
+      sums_ += head.substr(kSumAt);
     return section;
   }
 
-  std::string TakeName() {
-    const std::string_view field = bytes_.substr(at_, kNameLength);
-    if (field.size() < kNameLength)
-      throw Damage{"The file is cut off: the head of the section at byte " + Grouped(at_) +
-                   " needs " + Grouped(kHeadLength - field.size()) + " bytes more."};
-    const std::string_view name = field.substr(0, field.find_last_not_of('\0') + 1);
-    if (!IsName(name))
-      throw Damage{"The file is damaged at byte " + Grouped(at_) + ": no section begins there."};
-    return std::string(name);
-  }
-
-  void CheckSum(const Section& section, std::string_view head) {
-    const std::string sum(head.substr(kSumAt));
-    std::string expected;
-    PutFixed64(expected, SumOf(head, section.payload));
-    if (sum != expected) Refuse(section.name, section.offset, "its checksum is wrong");
-    if (section.name == kEnd) return CheckEnd(section);
-    sums_ += sum;
-  }
-
-  void CheckEnd(const Section& section) {
-    std::string expected;
-    PutVarint(expected, sections_.size());
-    PutFixed64(expected, XXH3_64bits(sums_.data(), sums_.size()));
-    if (section.payload != expected)
-      Refuse(section.name, section.offset, "sections before it are missing or exchanged");
-    if (at_ != bytes_.size())
-      throw Damage{"The file is damaged: " + Grouped(bytes_.size() - at_) +
-                   " bytes follow its end."};
-  }
-
-  void CheckLeft(const std::string& name, std::uint64_t wanted) {
-    const std::uint64_t left = bytes_.size() - at_;
-    if (wanted > left)
-      throw Damage{"The file is cut off: section " + name + " needs " + Grouped(wanted - left) +
-                   " bytes more."};
-  }
-
-  std::uint64_t Number(std::size_t at, unsigned bytes) const {
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < bytes; ++i)
-      value |= static_cast<std::uint64_t>(static_cast<std::uint8_t>(bytes_[at + i])) << (8 * i);
-    return value;
-  }
-
-  [[noreturn]] static void Refuse(const std::string& name, std::uint64_t offset, const char* what) {
-    throw Damage{"The file is damaged in section " + name + " (from byte " + Grouped(offset) +
-                 "): " + what + "."};
-  }
-
   std::string_view bytes_;
-  std::string_view magic_;
   std::size_t at_ = 0;
   std::vector<Section> sections_;
   std::string sums_;
@@ -225,8 +234,56 @@ std::vector<std::string> SectionWriter::Finish() {
   return std::move(pieces_);
 }
 
+SectionParts::SectionParts(ReadPart read, std::uint64_t size, ContentKind kind)
+    : read_(std::move(read)) {
+  CheckStart(read_(0, std::min<std::uint64_t>(size, kStartLength)), kind);
+  std::uint64_t at = kStartLength;
+  while (places_.empty() || places_.back().section.name != kEnd) {
+    CheckCount(places_.size());
+    Place place;
+    place.head = read_(at, std::min<std::uint64_t>(size - at, kHeadLength));
+    place.section = SectionOfHead(place.head, at);
+    place.stored = NumberAt(place.head, kStoredAt, 8);
+    at += kHeadLength;
+    if (place.stored > size - at) RefuseCutOff(place.section.name, place.stored - (size - at));
+    at += place.stored;
+    const auto isSame = [&](const Place& other) {
+      return other.section.name == place.section.name;
+    };
+    if (std::ranges::any_of(places_, isSame))
+      RefuseSection(place.section.name, place.section.offset, "it occurs twice");
+    places_.push_back(std::move(place));
+  }
+  CheckEnd(places_.back(), size - at);
+}
+
+void SectionParts::CheckEnd(const Place& end, std::uint64_t behind) const {
+  constexpr std::uint64_t kLongestEnd = 32;
+  std::string sums;
+  for (const Place& place : places_) sums += &place == &end ? "" : place.head.substr(kSumAt);
+  const std::string payload =
+      read_(end.section.offset + kHeadLength, std::min(end.stored, kLongestEnd));
+  Section section = end.section;
+  section.payload = payload;
+  CheckSum(section, end.head);
+  CheckEndSection(section, sums, behind);
+}
+
+std::string SectionParts::Contents(std::string_view name, Budget& budget) const {
+  for (const Place& place : places_) {
+    if (place.section.name != name) continue;
+    budget.Charge(place.stored);
+    const std::string payload = read_(place.section.offset + kHeadLength, place.stored);
+    Section section = place.section;
+    section.payload = payload;
+    CheckSum(section, place.head);
+    return Expand(section, budget);
+  }
+  throw Damage{"The file is damaged: its section " + std::string(name) + " is missing."};
+}
+
 std::vector<Section> ReadSections(std::string_view bytes, ContentKind kind) {
-  return FrameReader(bytes, kind).Read();
+  return FrameReader(bytes).Read(kind);
 }
 
 std::uint64_t SumBefore(std::string_view bytes, const std::vector<Section>& sections,

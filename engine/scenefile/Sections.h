@@ -3,6 +3,7 @@
 // thread.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,6 +42,31 @@ class SectionWriter {
  private:
   std::vector<std::string> pieces_;
   std::string sums_;
+};
+
+// A file of which some sections are read and the others passed over: all of its frame is checked
+// but the sums of those that nobody asks for. One thread.
+class SectionParts {
+ public:
+  // Bytes of the file, as many as asked for; throws Damage where they cannot be had.
+  using ReadPart = std::function<std::string(std::uint64_t offset, std::uint64_t length)>;
+
+  // Throws Damage.
+  SectionParts(ReadPart read, std::uint64_t size, ContentKind kind);
+  // The contents of a section, which must be there; charges their memory. Throws Damage.
+  std::string Contents(std::string_view name, Budget& budget) const;
+
+ private:
+  struct Place {
+    Section section;  // without its payload
+    std::uint64_t stored = 0;
+    std::string head;
+  };
+
+  void CheckEnd(const Place& end, std::uint64_t behind) const;
+
+  ReadPart read_;
+  std::vector<Place> places_;
 };
 
 // All sections but the end, checked as far as the frame goes. Throws Damage.

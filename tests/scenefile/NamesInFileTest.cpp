@@ -1,0 +1,130 @@
+// Names read from a file without its scene: the same as those of the scene, in every form that
+// containers have in a file, and damage told.
+#include "engine/scenefile/NamesInFile.h"
+
+#include <gtest/gtest.h>
+
+#include "engine/scenefile/SceneFile.h"
+#include "tests/support/SceneBuilder.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace {
+
+using host::BaseContainer;
+using tests::SceneBuilder;
+
+constexpr engine::NamedStore kStore{700, 20, 21};
+using Names = std::vector<std::string>;
+
+// A store with so many named containers, every seventh of them emptied and every fifth with no name.
+BaseContainer Store(int count, bool noted = true) {
+  BaseContainer store;
+  for (int i = 0; i < count; ++i) {
+    BaseContainer one(i);
+    if (i % 7 != 6) one.SetLong(3, i);
+    if (i % 7 != 6 && i % 5 != 4)
+      one.SetString(20, host::String(std::string_view("State " + std::to_string(i * 37 % 100))));
+    one.SetReal(4, i * 0.5);
+    store.SetContainer(i * 2, i % 7 == 6 ? BaseContainer() : one);
+  }
+  store.SetString(5, host::String("no container"));
+  if (noted) store.SetBool(21, host::TRUE);
+  return store;
+}
+
+Names NamesOf(const BaseContainer& store) {
+  Names names;
+  for (host::LONG i = 0; i < store.GetCount(); ++i) {
+    const BaseContainer* one = store.GetContainerInstance(store.GetIndexId(i));
+    if (one && one->GetCount() > 0) names.push_back(one->GetString(20).ToUtf8());
+  }
+  return names;
+}
+
+class NamesInFile : public testing::Test {
+ protected:
+  std::string Save(const host::BaseDocument& doc) const {
+    const auto pieces = engine::WriteScene(doc);
+    std::string bytes;
+    for (const std::string& piece : pieces.Value()) bytes += piece;
+    tests::WriteText(path_, bytes);
+    return bytes;
+  }
+
+  tests::ScratchFolder folder_;
+  std::string path_ = folder_ / "scene.c4d";
+};
+
+TEST_F(NamesInFile, AreThoseOfTheStoreWhateverItsSize) {
+  for (const int count : {0, 1, 30, 64, 65, 400}) {
+    SceneBuilder scene;
+    BaseContainer& data = *scene.Doc().GetDataInstance();
+    // Long lists that differ little from one another stand as changes of the first.
+    for (int copy = 0; copy < 3; ++copy) {
+      BaseContainer other = Store(count);
+      other.SetLong(5, copy);
+      data.SetContainer(600 + copy, other);
+    }
+    data.SetContainer(700, Store(count));
+    Save(scene.Doc());
+    const auto names = engine::NamesInStore(path_, kStore);
+    ASSERT_TRUE(names) << names.Message();
+    ASSERT_TRUE(names.Value()) << count;
+    EXPECT_EQ(*names.Value(), NamesOf(Store(count))) << count;
+  }
+}
+
+TEST_F(NamesInFile, SayWhenTheStoreDoesNotTellOfAll) {
+  SceneBuilder scene;
+  Save(scene.Doc());
+  EXPECT_FALSE(engine::NamesInStore(path_, kStore).Value());
+  scene.Doc().GetDataInstance()->SetContainer(700, Store(5, false));
+  Save(scene.Doc());
+  EXPECT_FALSE(engine::NamesInStore(path_, kStore).Value());
+}
+
+TEST_F(NamesInFile, ElementsByKindAndType) {
+  SceneBuilder scene;
+  scene.Cube("A").Camera("A/Cam").Object("B").Material("Red").Material("Red").Layer("L/M");
+  Save(scene.Doc());
+  const auto names = [&](engine::ElementSection section, host::LONG type) {
+    return engine::NamesInSection(path_, section, type).Value();
+  };
+  EXPECT_EQ(names(engine::kObjectRows, 0), (Names{"A", "Cam", "B"}));
+  EXPECT_EQ(names(engine::kObjectRows, host::Ocamera), Names{"Cam"});
+  EXPECT_EQ(names(engine::kMaterialRows, 0), (Names{"Red", "Red"}));
+  EXPECT_EQ(names(engine::kLayerRows, 0), (Names{"L", "M"}));
+}
+
+// What is read is checked as when the scene is opened; a byte elsewhere may be wrong.
+TEST_F(NamesInFile, DamageIsToldWithThePlace) {
+  SceneBuilder scene;
+  scene.Cube("A").Material("Red");
+  scene.Doc().GetDataInstance()->SetContainer(700, Store(100));
+  const std::string bytes = Save(scene.Doc());
+  std::size_t refused = 0;
+  const auto check = [&](const std::string& damaged, const std::string& what) {
+    tests::WriteText(path_, damaged);
+    const auto names = engine::NamesInStore(path_, kStore);
+    const auto opened = engine::ReadScene(damaged);
+    EXPECT_FALSE(opened) << what;
+    if (names) return;
+    ++refused;
+    EXPECT_TRUE(names.Message().starts_with("\"" + path_ + "\": The file is ") ||
+                names.Message().ends_with("This is no scene file."))
+        << names.Message();
+  };
+  for (std::size_t length = 0; length < bytes.size(); length += 41)
+    check(bytes.substr(0, length), "cut at " + std::to_string(length));
+  EXPECT_EQ(refused, (bytes.size() + 40) / 41) << "what is cut off is always told";
+  for (std::size_t at = 0; at < bytes.size(); at += 7) {
+    std::string damaged = bytes;
+    damaged[at] = static_cast<char>(damaged[at] ^ 0x55);
+    check(damaged, "changed at " + std::to_string(at));
+  }
+  EXPECT_GT(refused, bytes.size() / 20);
+  EXPECT_FALSE(engine::NamesInStore(folder_ / "nowhere.c4d", kStore));
+  EXPECT_FALSE(engine::NamesInStore(folder_.Path(), kStore));
+}
+
+}  // namespace
