@@ -56,13 +56,9 @@ Tags TagsOfType(const Objects& objects, const std::string& type) {
   return tags;
 }
 
-LayerObject* FirstLayer(const host::BaseDocument& doc) {
-  return static_cast<LayerObject*>(doc.GetLayerObjectRoot()->GetFirst());
-}
-
 std::size_t SelectedLayers(const host::BaseDocument& doc) {
   std::size_t count = 0;
-  for (const LayerObject* layer = FirstLayer(doc); layer; layer = engine::NextInTree(layer)) {
+  for (const LayerObject* layer = FirstLayerOf(doc); layer; layer = engine::NextInTree(layer)) {
     count += layer->GetBit(host::BIT_ACTIVE) ? 1 : 0;
   }
   return count;
@@ -122,7 +118,7 @@ int SelectLayers(Session& session, const std::vector<std::string>& typed, std::s
     if (!some) return Refuse(session, some.Message());
     layers.insert(layers.end(), some.Value().begin(), some.Value().end());
   }
-  for (LayerObject* layer = typed.empty() ? nullptr : FirstLayer(doc); layer;
+  for (LayerObject* layer = typed.empty() ? nullptr : FirstLayerOf(doc); layer;
        layer = engine::NextInTree(layer)) {
     layer->DelBit(host::BIT_ACTIVE);
   }

@@ -7,6 +7,7 @@
 #include <tuple>
 #include <unordered_set>
 
+#include "engine/dialog/TerminalText.h"
 #include "engine/scene/TreeWalk.h"
 #include "program/outcome/Words.h"
 
@@ -16,11 +17,13 @@ using engine::NextInTree;
 using engine::Result;
 using host::BaseDocument;
 using host::BaseObject;
+using host::LONG;
 using outcome::Shown;
 
 namespace {
 
 constexpr std::size_t kCandidatesShown = 8;
+constexpr std::string_view kMark = "\uFFFD";
 
 // Where the letter after the one at `at` begins.
 std::size_t NextLetter(std::string_view text, std::size_t at) {
@@ -30,93 +33,176 @@ std::size_t NextLetter(std::string_view text, std::size_t at) {
   return at;
 }
 
+// Whether something typed may be what was printed in place of a name, with the letters that stand
+// for those that cannot be printed or were left out.
+bool IsAsPrinted(const std::string& typed) {
+  return typed.find(kMark) != std::string::npos || typed.find("\u2026") != std::string::npos;
+}
+
+// As printed, with one mark for several letters in a row that cannot be: how many marks these get
+// differs between lines and JSON.
+std::string WithOneMark(const std::string& text) {
+  const std::string printed = engine::Printable(text);
+  std::string marked;
+  for (std::size_t at = 0; at < printed.size();) {
+    const bool isMark = printed.compare(at, kMark.size(), kMark) == 0;
+    if (!isMark || !marked.ends_with(kMark))
+      marked += printed.substr(at, isMark ? kMark.size() : 1);
+    at += isMark ? kMark.size() : 1;
+  }
+  return marked;
+}
+
 // Something typed: a name or a path, plain or with * and ?.
 class Wanted {
  public:
-  explicit Wanted(const std::string& typed) : typed_(typed), isPattern_(IsPattern(typed)) {}
+  // As a person reads it, where `asPrinted`.
+  explicit Wanted(const std::string& typed, bool asPrinted = false)
+      : typed_(typed), isPattern_(IsPattern(typed)), asPrinted_(asPrinted) {}
 
   bool Matches(std::string_view text) const {
-    return isPattern_ ? MatchesPattern(text, typed_) : text == typed_;
+    return isPattern_   ? MatchesPattern(text, typed_)
+           : asPrinted_ ? MeansPrinted(std::string(text), typed_)
+                        : text == typed_;
   }
 
  private:
   const std::string& typed_;
   bool isPattern_;
+  bool asPrinted_;
 };
+
+// What `find` finds of something typed, as it stands or else as it is printed.
+template <class Find>
+auto FoundByName(const std::string& typed, const Find& find) {
+  auto found = find(Wanted(typed));
+  if (found.empty() && IsAsPrinted(typed)) found = find(Wanted(typed, true));
+  return found;
+}
 
 bool IsPosition(const std::string& typed) {
   return typed.size() > 1 && typed[0] == '#' &&
          typed.find_first_not_of("0123456789", 1) == std::string::npos;
 }
 
-Result<std::vector<BaseObject*>> ByPosition(const BaseDocument& doc, const std::string& typed) {
+std::string NounOf(LONG type) {
+  return type == host::Ocamera ? "camera" : type == host::Olight ? "light" : "object";
+}
+
+// That of the position typed, in a tree of things called `noun`.
+template <class T>
+Result<std::vector<T*>> ByPosition(T* first, const std::string& typed, const std::string& noun) {
   std::size_t wanted = 0;
   const auto read = std::from_chars(typed.data() + 1, typed.data() + typed.size(), wanted);
   std::size_t position = 0;
-  for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object), ++position) {
-    if (position == wanted && read.ec == std::errc()) return std::vector<BaseObject*>{object};
+  for (T* item = first; item; item = NextInTree(item), ++position) {
+    if (position == wanted && read.ec == std::errc()) return std::vector<T*>{item};
   }
-  return Result<std::vector<BaseObject*>>::Failure("There is no object " + typed +
-                                                   "; the scene has " + std::to_string(position) +
-                                                   ", the first is #0.");
+  return Result<std::vector<T*>>::Failure("There is no " + noun + " " + typed + "; the scene has " +
+                                          std::to_string(position) +
+                                          (position > 0 ? ", the first is #0." : "."));
 }
+
+bool IsOfType(const BaseObject& object, LONG type) { return type == 0 || object.GetType() == type; }
 
 // A pattern is compared only where a path has as many slashes, so that a deep tree does not cost
 // its depth at each step; for the same reason no * stands for a slash.
-std::vector<BaseObject*> ByPath(const BaseDocument& doc, const std::string& typed) {
-  const Wanted wanted(typed);
+std::vector<BaseObject*> ByPath(const BaseDocument& doc, const std::string& typed, LONG type) {
   const auto slashes = static_cast<std::size_t>(std::count(typed.begin(), typed.end(), '/'));
-  std::vector<BaseObject*> found;
-  ObjectPaths paths;
-  for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
-    const std::string& path = paths.StepTo(*object);
-    if (paths.Slashes() == slashes && wanted.Matches(path)) found.push_back(object);
-  }
-  return found;
+  return FoundByName(typed, [&](const Wanted& wanted) {
+    std::vector<BaseObject*> found;
+    ObjectPaths paths;
+    for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
+      const std::string& path = paths.StepTo(*object);
+      if (paths.Slashes() == slashes && IsOfType(*object, type) && wanted.Matches(path))
+        found.push_back(object);
+    }
+    return found;
+  });
 }
 
-std::vector<BaseObject*> ByName(const BaseDocument& doc, const std::string& typed) {
-  const Wanted wanted(typed);
-  std::vector<BaseObject*> found;
-  for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
-    if (wanted.Matches(object->GetName().ToUtf8())) found.push_back(object);
+std::vector<BaseObject*> ByName(const BaseDocument& doc, const std::string& typed, LONG type) {
+  return FoundByName(typed, [&](const Wanted& wanted) {
+    std::vector<BaseObject*> found;
+    for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
+      if (IsOfType(*object, type) && wanted.Matches(object->GetName().ToUtf8()))
+        found.push_back(object);
+    }
+    return found;
+  });
+}
+
+// The first of `found` with their positions in the tree, a line each with what `called` says.
+template <class T, class Called>
+std::string Candidates(T* first, const std::vector<T*>& found, const Called& called) {
+  std::string text;
+  std::size_t position = 0;
+  std::size_t shown = 0;
+  for (T* item = first; item && shown < std::min(found.size(), kCandidatesShown);
+       item = NextInTree(item), ++position) {
+    if (item != found[shown]) continue;
+    text += "\n  #" + std::to_string(position) + "  " + called(*item);
+    ++shown;
   }
-  return found;
+  return found.size() > shown ? text + "\n  ..." : text;
 }
 
 std::string Ambiguity(const std::string& typed, const std::vector<BaseObject*>& found,
-                      const BaseDocument& doc) {
-  std::string text = "\"" + typed + "\" names " + std::to_string(found.size()) + " objects:";
-  std::size_t position = 0;
-  std::size_t shown = 0;
-  for (BaseObject* object = doc.GetFirstObject();
-       object && shown < std::min(found.size(), kCandidatesShown); object = NextInTree(object)) {
-    if (object == found[shown]) {
-      text += "\n  #" + std::to_string(position) + "  " + PathOf(*object);
-      ++shown;
-    }
-    ++position;
-  }
-  if (found.size() > shown) text += "\n  ...";
-  return text + "\nGive the path, the position, or a pattern with * for all of them.";
+                      const BaseDocument& doc, LONG type) {
+  return "\"" + Shown(typed) + "\" names " + std::to_string(found.size()) + " " + NounOf(type) +
+         "s:" + Candidates(doc.GetFirstObject(), found, PathOf) +
+         "\nGive the path, the position, or a pattern with * for all of them.";
+}
+
+std::string NoneNamed(const std::string& typed, const std::string& noun, const std::string& known) {
+  return "There is no " + noun + " \"" + Shown(typed) + "\"." +
+         (known.empty() ? "" : " There are: " + known + ".");
 }
 
 template <class T>
-Result<T*> FindNamed(T* first, const std::string& name, const std::string& kind) {
-  T* found = nullptr;
+Result<std::vector<T*>> FindNamed(T* first, const std::string& typed, const std::string& noun,
+                                  bool severalOk) {
   std::string known;
-  for (T* item = first; item; item = NextInTree(item)) {
-    if (item->GetName().View() == name) {
-      if (found)
-        return Result<T*>::Failure("There are several " + kind + "s \"" + name +
-                                   "\". Rename one first.");
-      found = item;
+  std::vector<T*> found = FoundByName(typed, [&](const Wanted& wanted) {
+    std::vector<T*> some;
+    for (T* item = first; item; item = NextInTree(item)) {
+      if (wanted.Matches(item->GetName().View())) some.push_back(item);
     }
-    if (known.size() < 400) known += (known.empty() ? "" : ", ") + item->GetName().ToUtf8();
+    return some;
+  });
+  if (found.empty() && IsPosition(typed)) return ByPosition(first, typed, noun);
+  for (T* item = found.empty() ? first : nullptr; item && known.size() < 400;
+       item = NextInTree(item))
+    known += (known.empty() ? "" : ", ") + item->GetName().ToUtf8();
+  if (found.empty()) return Result<std::vector<T*>>::Failure(NoneNamed(typed, noun, known));
+  if (found.size() == 1 || severalOk || IsPattern(typed)) return found;
+  const auto called = [](const T& item) { return item.GetName().ToUtf8(); };
+  return Result<std::vector<T*>>::Failure(
+      "There are " + std::to_string(found.size()) + " " + noun + "s \"" + Shown(typed) +
+      "\":" + Candidates(first, found, called) + "\nGive the position.");
+}
+
+template <class T>
+Result<T*> TheOne(const Result<std::vector<T*>>& found, const std::string& typed,
+                  const std::string& noun) {
+  if (!found) return found.GetStatus();
+  if (found.Value().size() == 1) return found.Value().front();
+  return Result<T*>::Failure("\"" + Shown(typed) + "\" means " +
+                             std::to_string(found.Value().size()) + " " + noun +
+                             "s, and here one is needed.");
+}
+
+// Those that a pattern means, or what was printed of a name; each once.
+std::vector<std::string> MarksMeant(const std::string& typed,
+                                    const std::vector<std::string>& known) {
+  if (!IsPattern(typed) && !IsAsPrinted(typed)) return {};
+  const Wanted wanted(typed, true);
+  std::vector<std::string> meant;
+  std::unordered_set<std::string> met;
+  for (const std::string& name : known) {
+    if (wanted.Matches(name) && met.insert(name).second) meant.push_back(name);
   }
-  if (found) return found;
-  return Result<T*>::Failure("There is no " + kind + " \"" + name + "\"." +
-                             (known.empty() ? "" : " There are: " + known + "."));
+  return meant;
 }
 
 constexpr std::size_t kLongestCompared = 200;  // longer names are not compared
@@ -171,49 +257,60 @@ const std::string& ObjectPaths::StepTo(const BaseObject& object) {
   return path_;
 }
 
-Result<std::vector<BaseObject*>> FindObjects(const BaseDocument& doc, const std::string& typed) {
-  if (IsPosition(typed)) return ByPosition(doc, typed);
-  const bool isPath = !typed.empty() && typed[0] == '/';
-  std::vector<BaseObject*> found = isPath ? ByPath(doc, typed) : ByName(doc, typed);
-  if (found.empty()) {
-    return Result<std::vector<BaseObject*>>::Failure(
-        "There is no object \"" + typed + "\". `stagemarks info SCENE --tree` shows them.");
+Result<std::vector<BaseObject*>> FindObjects(const BaseDocument& doc, const std::string& typed,
+                                             const WantedObjects& wanted) {
+  using Found = Result<std::vector<BaseObject*>>;
+  if (IsPosition(typed)) {
+    auto found = ByPosition(doc.GetFirstObject(), typed, "object");
+    if (!found || IsOfType(*found.Value().front(), wanted.type)) return found;
+    return Found::Failure(typed + " is no " + NounOf(wanted.type) + ", it is " +
+                          PathOf(*found.Value().front()) + ".");
   }
-  if (found.size() > 1 && !IsPattern(typed))
-    return Result<std::vector<BaseObject*>>::Failure(Ambiguity(typed, found, doc));
+  const bool isPath = !typed.empty() && typed[0] == '/';
+  std::vector<BaseObject*> found =
+      isPath ? ByPath(doc, typed, wanted.type) : ByName(doc, typed, wanted.type);
+  if (found.empty()) {
+    return Found::Failure("There is no " + NounOf(wanted.type) + " \"" + Shown(typed) +
+                          "\". `stagemarks info SCENE --tree` shows them.");
+  }
+  if (found.size() > 1 && !IsPattern(typed) && !wanted.severalOk)
+    return Found::Failure(Ambiguity(typed, found, doc, wanted.type));
   return found;
 }
 
-Result<BaseObject*> FindObject(const BaseDocument& doc, const std::string& typed) {
-  auto found = FindObjects(doc, typed);
+Result<BaseObject*> FindObject(const BaseDocument& doc, const std::string& typed,
+                               const WantedObjects& wanted) {
+  auto found = FindObjects(doc, typed, wanted);
   if (!found) return found.GetStatus();
   if (found.Value().size() != 1)
-    return Result<BaseObject*>::Failure(Ambiguity(typed, found.Value(), doc));
+    return Result<BaseObject*>::Failure(Ambiguity(typed, found.Value(), doc, wanted.type));
   return found.Value().front();
 }
 
-Result<host::BaseMaterial*> FindMaterial(const BaseDocument& doc, const std::string& name) {
-  return FindNamed(doc.GetFirstMaterial(), name, "material");
-}
-
-Result<host::LayerObject*> FindLayer(const BaseDocument& doc, const std::string& name) {
-  return FindNamed(static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()), name,
-                   "layer");
+Result<std::vector<host::BaseMaterial*>> FindMaterials(const BaseDocument& doc,
+                                                       const std::string& typed, bool severalOk) {
+  return FindNamed(doc.GetFirstMaterial(), typed, "material", severalOk);
 }
 
 Result<std::vector<host::LayerObject*>> FindLayers(const BaseDocument& doc,
-                                                   const std::string& typed) {
-  std::vector<host::LayerObject*> found;
-  const Wanted wanted(typed);
-  auto* first = static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst());
-  for (host::LayerObject* layer = first; layer; layer = NextInTree(layer)) {
-    if (wanted.Matches(layer->GetName().ToUtf8())) found.push_back(layer);
-  }
-  if (found.empty() || !IsPattern(typed)) {
-    const auto one = FindLayer(doc, typed);
-    if (!one) return one.GetStatus();
-  }
-  return found;
+                                                   const std::string& typed, bool severalOk) {
+  return FindNamed(FirstLayerOf(doc), typed, "layer", severalOk);
+}
+
+Result<host::BaseMaterial*> FindMaterial(const BaseDocument& doc, const std::string& typed) {
+  return TheOne(FindMaterials(doc, typed), typed, "material");
+}
+
+Result<host::LayerObject*> FindLayer(const BaseDocument& doc, const std::string& typed) {
+  return TheOne(FindLayers(doc, typed), typed, "layer");
+}
+
+host::LayerObject* FirstLayerOf(const BaseDocument& doc) {
+  return static_cast<host::LayerObject*>(doc.GetLayerObjectRoot()->GetFirst());
+}
+
+bool MeansPrinted(const std::string& name, const std::string& typed) {
+  return typed == Shown(name) || WithOneMark(name) == WithOneMark(typed);
 }
 
 bool IsPattern(const std::string& typed) { return typed.find_first_of("*?") != std::string::npos; }
@@ -257,13 +354,13 @@ Result<std::vector<std::string>> FindMarks(const std::vector<std::string>& typed
       add(name);
       continue;
     }
-    bool isMeant = false;
-    for (const std::string& other : known) {
-      if (!IsPattern(name) || !MatchesPattern(other, name)) continue;
-      isMeant = true;
-      add(other);
-    }
-    if (isMeant) continue;
+    const std::vector<std::string> meant = MarksMeant(name, known);
+    if (meant.size() > 1 && !IsPattern(name))
+      return Result<std::vector<std::string>>::Failure(
+          "Several Stagemarks are shown as \"" + Shown(name) +
+          "\". A pattern with ? or * for what cannot be shown means them.");
+    std::ranges::for_each(meant, add);
+    if (!meant.empty()) continue;
     const std::string near = DidYouMean(name, known);
     return Result<std::vector<std::string>>::Failure(
         (IsPattern(name) ? "No Stagemark of this scene matches \"" + Shown(name) + "\"."

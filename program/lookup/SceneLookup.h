@@ -1,6 +1,8 @@
 // SceneLookup: finds things of a scene by what a person types: a name, a path from the top
 // ("/Room/Lamp"), a pattern with * and ?, or "#12" for the object at position 12 (0-based) of the
-// tree; and names that may have been meant by one that is not there. Nothing is owned. Main thread.
+// tree, or the material or layer of that number; and names that may have been meant by one that is
+// not there. A name that cannot be printed as it is means the same as what is printed for it.
+// Nothing is owned. Main thread.
 #pragma once
 
 #include <string>
@@ -35,23 +37,37 @@ class ObjectPaths {
   std::vector<Level> levels_;
 };
 
-// Every object that a pattern matches; without * or ? exactly one. A failure says what is missing
-// or ambiguous.
+// Which objects may be meant.
+struct WantedObjects {
+  host::LONG type = 0;     // only of this type, 0: of all
+  bool severalOk = false;  // a plain name may mean all that have it
+};
+// Every object that a pattern matches; without * or ? exactly one, unless several may be meant. A
+// failure says what is missing, or which ones a name means.
 engine::Result<std::vector<host::BaseObject*>> FindObjects(const host::BaseDocument& doc,
-                                                           const std::string& typed);
+                                                           const std::string& typed,
+                                                           const WantedObjects& wanted = {});
 engine::Result<host::BaseObject*> FindObject(const host::BaseDocument& doc,
-                                             const std::string& typed);
+                                             const std::string& typed,
+                                             const WantedObjects& wanted = {});
 engine::Result<host::BaseMaterial*> FindMaterial(const host::BaseDocument& doc,
-                                                 const std::string& name);
+                                                 const std::string& typed);
 engine::Result<host::LayerObject*> FindLayer(const host::BaseDocument& doc,
-                                             const std::string& name);
-// Every layer that a name or a pattern matches, at least one.
+                                             const std::string& typed);
+// As FindObjects.
+engine::Result<std::vector<host::BaseMaterial*>> FindMaterials(const host::BaseDocument& doc,
+                                                               const std::string& typed,
+                                                               bool severalOk = false);
 engine::Result<std::vector<host::LayerObject*>> FindLayers(const host::BaseDocument& doc,
-                                                           const std::string& typed);
+                                                           const std::string& typed,
+                                                           bool severalOk = false);
+host::LayerObject* FirstLayerOf(const host::BaseDocument& doc);
 
 // Whether something typed has a * for any text or a ? for one letter, and what such a pattern means.
 bool IsPattern(const std::string& typed);
 bool MatchesPattern(std::string_view text, std::string_view pattern);
+// Whether `typed` is what this program prints of a name, in lines or in JSON.
+bool MeansPrinted(const std::string& name, const std::string& typed);
 // The names of Stagemarks among `known` that are meant by names and patterns, in the order typed,
 // those of a pattern in the order of `known`, each once. A name that is there stands for itself,
 // whatever letters it has. A failure says what means none of them.
