@@ -1,6 +1,8 @@
 #include "engine/states/StoredStates.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
@@ -72,6 +74,29 @@ std::string StoredDate::Text() const {
   char text[80];
   std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", fields[0], fields[1], fields[2],
                 fields[3], fields[4], fields[5]);
+  return text;
+}
+
+std::string StoredDate::WithZone() const {
+  std::tm local{};
+  local.tm_year = fields[0] - 1900;
+  local.tm_mon = fields[1] - 1;
+  local.tm_mday = fields[2];
+  local.tm_hour = fields[3];
+  local.tm_min = fields[4];
+  local.tm_sec = fields[5];
+  local.tm_isdst = -1;
+  const std::tm wanted = local;
+  // A date that is none is moved to one.
+  if (fields[0] < 1 || fields[0] > 9999 || std::mktime(&local) == -1 ||
+      local.tm_mon != wanted.tm_mon || local.tm_mday != wanted.tm_mday ||
+      local.tm_min != wanted.tm_min || local.tm_sec != wanted.tm_sec)
+    return "";
+  const long minutes = std::labs(local.tm_gmtoff) / 60;
+  char text[40];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d%c%02ld:%02ld", fields[0],
+                fields[1], fields[2], fields[3], fields[4], fields[5],
+                local.tm_gmtoff < 0 ? '-' : '+', minutes / 60, minutes % 60);
   return text;
 }
 

@@ -62,6 +62,9 @@ struct StoredDate {
   auto operator<=>(const StoredDate&) const = default;
   // "2026-03-05 14:07:09"; empty where nothing was recorded.
   std::string Text() const;
+  // "2026-03-05T14:07:09+01:00", ISO 8601 with what this machine's zone had then; empty for what
+  // is no date.
+  std::string WithZone() const;
 };
 
 struct StoredState {

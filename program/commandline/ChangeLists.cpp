@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "engine/dialog/TerminalText.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/states/FieldText.h"
 #include "program/commandline/Terminal.h"
 
@@ -240,20 +241,46 @@ bool AddChanges(const Sides& sides, const Difference& difference, Report& report
   return PartLists(sides, difference, report).Add();
 }
 
+JsonValue RawValue(const host::BaseDocument& doc, const host::GeData& value) {
+  switch (value.GetType()) {
+    case host::DA_LONG:
+      return value.GetLong();
+    case host::DA_REAL:
+      return value.GetReal();
+    case host::DA_TIME:
+      return value.GetTime().Get();
+    case host::DA_VECTOR: {
+      const host::Vector vector = value.GetVector();
+      return JsonValue::List({vector.x, vector.y, vector.z});
+    }
+    case host::DA_STRING:
+      return value.GetString().ToUtf8();
+    case host::DA_FILENAME:
+      return value.GetFilename().GetString().ToUtf8();
+    case host::DA_ALIASLINK: {
+      const engine::NodeId id = engine::LinkOf(value);
+      return engine::FindNode(&doc, id) ? JsonValue(engine::ElementPath(doc, id)) : JsonValue();
+    }
+    default:
+      return {};
+  }
+}
+
 JsonMembers MembersOf(const Sides& sides, const ElementChange& change) {
   const host::LONG type = engine::TypeForFields(DocOf(sides, change), change);
   std::vector<JsonValue> fields;
   for (const FieldChange& field : change.fields) {
     JsonMembers members = {{"name", engine::FieldLabel(type, field.field)},
                            {"number", field.field}};
-    const auto add = [&](const char* key, const host::BaseDocument& doc,
+    const auto add = [&](const char* key, const char* raw, const host::BaseDocument& doc,
                          const std::optional<host::GeData>& value) {
       members.emplace_back(
           key,
           value ? JsonValue(engine::FieldValueText(doc, type, field.field, value)) : JsonValue());
+      members.emplace_back(raw, value ? RawValue(doc, *value) : JsonValue());
     };
-    add("left", sides.leftDoc, field.left);
-    add("right", sides.rightDoc, field.right);
+    add("left", "leftRaw", sides.leftDoc, field.left);
+    add("right", "rightRaw", sides.rightDoc, field.right);
     fields.push_back(JsonValue::Object(members));
   }
   return {{"part", engine::RowOf(change.part).word},

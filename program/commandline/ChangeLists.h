@@ -60,6 +60,8 @@ void AddCounts(const Sides& sides, const engine::Difference& difference, Report&
 bool AddChanges(const Sides& sides, const engine::Difference& difference, Report& report);
 // "counts" and "differences", made while the report is printed: both must outlive that.
 void PutChanges(const Sides& sides, const engine::Difference& difference, Report& report);
+// A value for a program, as its type has it: a time in seconds, a link as the path of its element.
+JsonValue RawValue(const host::BaseDocument& doc, const host::GeData& value);
 // Members of one change: part, change, element, kind and fields.
 JsonMembers MembersOf(const Sides& sides, const engine::ElementChange& change);
 

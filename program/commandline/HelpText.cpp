@@ -209,7 +209,11 @@ void TablesOfVerb(std::ostream& out, const CLI::App& verb) {
     }
   }
   std::string places;
-  for (const CLI::Option* option : Positionals(verb)) places += " " + Place(*option);
+  for (const CLI::Option* option : Positionals(verb)) {
+    places += " " + Place(*option);
+    if (!AllowedValues(*option).empty())
+      Assign(out, "allowed", verb.get_name() + " " + Place(*option), AllowedValues(*option));
+  }
   Assign(out, "options", verb.get_name(), all);
   Assign(out, "places", verb.get_name(), places);
 }

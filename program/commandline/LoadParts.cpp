@@ -6,12 +6,6 @@ namespace commandline {
 
 namespace {
 
-std::vector<std::string> AllWords() {
-  std::vector<std::string> words;
-  for (const engine::PartRow& row : engine::kPartRows) words.emplace_back(row.word);
-  return words;
-}
-
 void AddChoice(Verb verb, PartChoice& choice, const char* only, const char* butThese) {
   Option parts = verb.Add("--parts", choice.parts, only);
   Option without = verb.Add("--without", choice.without, butThese);
@@ -22,6 +16,12 @@ void AddChoice(Verb verb, PartChoice& choice, const char* only, const char* butT
 }
 
 }  // namespace
+
+std::vector<std::string> AllWords() {
+  std::vector<std::string> words;
+  for (const engine::PartRow& row : engine::kPartRows) words.emplace_back(row.word);
+  return words;
+}
 
 void AddParts(Verb verb, PartChoice& choice) {
   AddChoice(verb, choice, "Apply these only, whatever the options say, with commas between them",

@@ -19,6 +19,8 @@ using pictures::PartsInUse;
 using pictures::PartsToShow;
 using pictures::PutBack;
 
+// The words for all parts.
+std::vector<std::string> AllWords();
 // The options --parts and --without of a load, and of a verb that looks at what is recorded.
 void AddParts(Verb verb, PartChoice& choice);
 void AddPartsToShow(Verb verb, PartChoice& choice);

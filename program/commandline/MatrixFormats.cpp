@@ -269,10 +269,11 @@ JsonValue CellValue(const host::BaseDocument& doc, const StateMatrix& matrix, st
   if (!matrix.Holds(row, state)) return {};
   std::vector<JsonValue> fields;
   for (const engine::FieldNow& field : matrix.CellFields(row, state)) {
-    fields.push_back(JsonValue::Object(
-        {{"name", engine::FieldLabel(type, field.field)},
-         {"number", field.field},
-         {"value", engine::FieldValueText(doc, type, field.field, field.value)}}));
+    fields.push_back(
+        JsonValue::Object({{"name", engine::FieldLabel(type, field.field)},
+                           {"number", field.field},
+                           {"value", engine::FieldValueText(doc, type, field.field, field.value)},
+                           {"raw", RawValue(doc, field.value)}}));
   }
   return JsonValue::Object({{"changed", matrix.IsChanged(row, state)},
                             {"text", matrix.Text(row, state)},

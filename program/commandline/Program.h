@@ -48,6 +48,9 @@ struct Program {
   bool quiet = false;
   bool verbose = false;
   bool strict = false;
+
+  // For its terminal.
+  TerminalChoices Choices() const { return {yes, quiet, verbose, json}; }
 };
 
 // Declares every verb.

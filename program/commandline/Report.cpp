@@ -8,7 +8,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "program/commandline/Terminal.h"
+#include "program/commandline/Program.h"
 
 namespace commandline {
 
@@ -69,6 +69,8 @@ JsonValue::JsonValue(bool yes) : json_(std::make_shared<json>(yes)) {}
 
 JsonValue::JsonValue(std::int64_t number) : json_(std::make_shared<json>(number)) {}
 
+JsonValue::JsonValue(double number) : json_(std::make_shared<json>(number)) {}
+
 JsonValue JsonValue::Object(const JsonMembers& members) {
   JsonValue value;
   value.json_ = std::make_shared<json>(JsonOf(members));
@@ -80,6 +82,13 @@ JsonValue JsonValue::List(const std::vector<JsonValue>& values) {
   for (const JsonValue& one : values) list.push_back(one.Json());
   JsonValue value;
   value.json_ = std::make_shared<json>(std::move(list));
+  return value;
+}
+
+JsonValue JsonValue::Parsed(const std::string& text) {
+  JsonValue value(text);
+  json parsed = json::parse(text, nullptr, false);
+  if (!parsed.is_discarded()) value.json_ = std::make_shared<json>(std::move(parsed));
   return value;
 }
 
@@ -104,18 +113,21 @@ void Report::PutStream(const char* key, JsonStream stream) {
   streams_[key] = std::move(stream);
 }
 
-void Report::Print(bool asJson) const {
-  if (asJson) {
-    const char* before = "{\n  ";
-    for (const auto& [key, value] : json_->items()) {
-      std::cout << std::exchange(before, ",\n  ") << Printed(json(key), -1) << ": ";
-      const auto stream = streams_.find(key);
-      stream == streams_.end() ? void(std::cout << Indented(value, 2)) : PrintList(stream->second);
+void Report::Print(const Program& program) const {
+  if (!program.json) {
+    for (const std::string& line : lines_) {
+      if (!program.quiet) std::cout << line << '\n';
     }
-    std::cout << (json_->empty() ? "{}\n" : "\n}\n");
     return;
   }
-  for (const std::string& line : lines_) std::cout << line << '\n';
+  std::cout << "{\n  \"version\": " << kJsonVersion
+            << ",\n  \"verb\": " << Printed(json(program.verbName), -1);
+  for (const auto& [key, value] : json_->items()) {
+    std::cout << ",\n  " << Printed(json(key), -1) << ": ";
+    const auto stream = streams_.find(key);
+    stream == streams_.end() ? void(std::cout << Indented(value, 2)) : PrintList(stream->second);
+  }
+  std::cout << "\n}\n";
 }
 
 // A reader that has had enough is an error like any other here, not a signal that ends the program
@@ -167,6 +179,17 @@ std::streamsize StandardOutput::xsputn(const char* text, std::streamsize count) 
 }
 
 int StandardOutput::sync() { return Flush() ? 0 : -1; }
+
+void PrintNames(const std::vector<std::string>& names, const std::string& begin) {
+  constexpr std::size_t kMostOffered = 500;
+  const bool forPerson = isatty(STDOUT_FILENO) != 0;
+  std::size_t printed = 0;
+  for (const std::string& name : names) {
+    if (!name.starts_with(begin)) continue;
+    std::cout << (forPerson ? Shown(name) : name) << '\n';
+    if (!begin.empty() && ++printed == kMostOffered) return;
+  }
+}
 
 std::string ValidUtf8(const std::string& text) {
   return json::parse(Printed(json(text), -1)).get<std::string>();

@@ -1,6 +1,6 @@
 // Report: what a verb found or did, for a person (lines on stdout) or for a program (one JSON
-// object on stdout), owned by the verb; and the standard output that it is printed to, owned by
-// main. Main thread.
+// object on stdout, see docs/JSON.md), owned by the verb; and the standard output that it is
+// printed to, owned by main. Main thread.
 #pragma once
 
 #include <array>
@@ -20,8 +20,13 @@
 
 namespace commandline {
 
-// A value in the object for a program: nothing, yes or no, a whole number, a text or texts. Bytes
-// of texts that are no valid UTF-8 are replaced when they are printed.
+struct Program;
+
+// The version of what is printed for programs: grows when a key goes or means something else.
+inline constexpr int kJsonVersion = 1;
+
+// A value in the object for a program: nothing, yes or no, a number, a text or texts. Bytes of
+// texts that are no valid UTF-8 are replaced when they are printed.
 class JsonValue {
  public:
   JsonValue();
@@ -30,11 +35,18 @@ class JsonValue {
   JsonValue(const std::vector<std::string>& texts);
   JsonValue(bool yes);
   JsonValue(std::int64_t number);
+  JsonValue(double number);
   template <std::integral T>
   JsonValue(T number) : JsonValue(static_cast<std::int64_t>(number)) {}
 
   static JsonValue Object(const std::vector<std::pair<std::string, JsonValue>>& members);
   static JsonValue List(const std::vector<JsonValue>& values);
+  // What a text of JSON says; a text that is none stands for itself.
+  static JsonValue Parsed(const std::string& text);
+  // The text, nothing where it is empty.
+  static JsonValue OrNothing(const std::string& text) {
+    return text.empty() ? JsonValue() : JsonValue(text);
+  }
 
   const nlohmann::json& Json() const { return *json_; }
 
@@ -66,8 +78,9 @@ class Report {
   // A list that is made while it is printed, because it may be very long.
   void PutStream(const char* key, JsonStream stream);
 
-  // Prints one of the two.
-  void Print(bool asJson) const;
+  // Prints the object with version and verb where the call says --json, else the lines, unless it
+  // is to be quiet.
+  void Print(const Program& program) const;
 
  private:
   std::vector<std::string> lines_;
@@ -103,6 +116,11 @@ class StandardOutput : public std::streambuf {
   int error_ = 0;
   std::streambuf* former_;
 };
+
+// For the shell: nothing but names, one a line, of none nothing at all; with a beginning those that
+// have it, and not more of them than anybody looks through. A program gets them byte by byte, to
+// give them back.
+void PrintNames(const std::vector<std::string>& names, const std::string& begin = "");
 
 // Text as valid UTF-8: bytes that are none are replaced.
 std::string ValidUtf8(const std::string& text);

@@ -224,7 +224,7 @@ int Session::CheckTextures(Report& report) {
   TellMissing(program_.terminal, missing, program_.strict);
   if (!program_.strict || missing.empty()) return kDone;
   program_.terminal.Error(kStrictRefusal);
-  if (program_.json) report.Print(true);
+  if (program_.json) report.Print(program_);
   return kFailed;
 }
 
@@ -276,14 +276,14 @@ std::string Session::Target() const {
 
 int Session::Keep(Report& report) {
   if (program_.open) {
-    report.Print(program_.json);
+    report.Print(program_);
     return CheckLedger();
   }
   open_->files.StopHolding();
   const std::string target = Target();
   report.Put("written", JsonValue());
   if (!target.empty()) return Write(target, report);
-  report.Print(program_.json);
+  report.Print(program_);
   program_.terminal.Note("nothing was written; -o OUT.c4d keeps the result" +
                          std::string(open_->imported ? "." : ", --write keeps it in place."));
   return CheckLedger();
@@ -307,7 +307,11 @@ engine::Status Session::CheckAgain(const std::string& target, std::size_t refuse
 
 int Session::Write(const std::string& target, Report& report) {
   const std::size_t refused = program_.terminal.Refused();
-  if (program_.force) program_.terminal.Choose({true, program_.quiet, program_.verbose});
+  if (program_.force) {
+    TerminalChoices choices = program_.Choices();
+    choices.yes = true;
+    program_.terminal.Choose(choices);
+  }
   const bool hasMarks = open_->dialog && !open_->dialog->Marks().empty();
   if (!program_.output.empty() && !hasMarks) engine::SetSceneOrigin(Document(), program_.verbName);
   engine::SaveChoices choices;
@@ -322,7 +326,7 @@ int Session::Write(const std::string& target, Report& report) {
   open_->files.CarryOut(Stem(target));
   report.Put("written", target);
   report.Line("Written: " + target);
-  report.Print(program_.json);
+  report.Print(program_);
   return CheckLedger();
 }
 

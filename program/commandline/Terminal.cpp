@@ -11,6 +11,7 @@
 #include <iostream>
 
 #include "engine/dialog/TerminalText.h"
+#include "program/commandline/Report.h"
 
 namespace commandline {
 
@@ -47,6 +48,19 @@ bool UsesColor() {
 
 }  // namespace
 
+void PrintMessage(bool asJson, const char* level, const std::string& text) {
+  if (asJson) {
+    std::cerr << "{\"version\": " << kJsonVersion << ", \"level\": \"" << level
+              << "\", \"text\": \"" << JsonText(text) << "\"}\n";
+    return;
+  }
+  const std::string_view kind = level;
+  std::cerr << (kind == "error"  ? "stagemarks: "
+                : kind == "note" ? "note: "
+                                 : "")
+            << Readable(text) << '\n';
+}
+
 // A file that grows beyond what the system allows fails to be written, as on a full disk, and ends
 // nothing.
 void Terminal::CatchInterrupts() {
@@ -70,7 +84,7 @@ void Terminal::Tell(const std::string& text) {
   EndProgressLine();
   const bool isSaid = !told_.empty() && told_.back() == text;
   told_.push_back(text);
-  if (!choices_.quiet && !isSaid) std::cerr << Readable(text) << '\n';
+  if (!choices_.quiet && !isSaid) PrintMessage(choices_.json, "message", text);
 }
 
 bool Terminal::Ask(const std::string& text) {
@@ -80,8 +94,9 @@ bool Terminal::Ask(const std::string& text) {
     return true;
   }
   const bool yes = CanAsk() && AskHere(text);
-  if (!CanAsk())
-    std::cerr << Readable(text) << " no (nobody can be asked here; --yes answers yes)\n";
+  if (!CanAsk() && !choices_.quiet)
+    PrintMessage(choices_.json, "question",
+                 text + " no (nobody can be asked here; --yes answers yes)");
   if (!yes) ++refused_;
   return yes;
 }
@@ -114,14 +129,15 @@ std::optional<std::string> Terminal::ChooseFile(const engine::FileQuestion&) {
 }
 
 void Terminal::ShowStatus(const std::string& text) {
-  if (choices_.verbose) std::cerr << text << '\n';
+  if (choices_.verbose && !choices_.quiet) PrintMessage(choices_.json, "status", text);
 }
 
 void Terminal::ClearStatus() {}
 
 bool Terminal::Progress(double fraction, const std::string& what) {
   const int percent = static_cast<int>(fraction * 100);
-  if (!choices_.quiet && isatty(STDERR_FILENO) && shownPercent_.exchange(percent) != percent) {
+  if (!choices_.quiet && !choices_.json && isatty(STDERR_FILENO) &&
+      shownPercent_.exchange(percent) != percent) {
     std::fprintf(stderr, "\r\033[K%s %d %%", what.c_str(), percent);
     if (percent >= 100) EndProgressLine();
   }
@@ -132,7 +148,9 @@ void Terminal::Step(std::size_t done, std::size_t count, const std::string& what
   if (choices_.quiet || isatty(STDERR_FILENO) || count < 2 || done == 0) return;
   const std::size_t tenths = std::min<std::size_t>(10, count);
   if (done * tenths / count == (done - 1) * tenths / count) return;
-  std::cerr << what << ": " << done << " of " << count << " (" << done * 100 / count << " %)\n";
+  PrintMessage(choices_.json, "progress",
+               what + ": " + std::to_string(done) + " of " + std::to_string(count) + " (" +
+                   std::to_string(done * 100 / count) + " %)");
 }
 
 void Terminal::EndProgressLine() {
@@ -141,16 +159,17 @@ void Terminal::EndProgressLine() {
 
 void Terminal::Say(const std::string& text) {
   EndProgressLine();
-  if (!choices_.quiet) std::cerr << Readable(text) << '\n';
+  if (!choices_.quiet) PrintMessage(choices_.json, "message", text);
 }
 
 void Terminal::Note(const std::string& text) {
-  if (noted_.insert(text).second) Say("note: " + text);
+  EndProgressLine();
+  if (noted_.insert(text).second && !choices_.quiet) PrintMessage(choices_.json, "note", text);
 }
 
 void Terminal::Error(const std::string& text) {
   EndProgressLine();
-  std::cerr << "stagemarks: " << Readable(text) << '\n';
+  PrintMessage(choices_.json, "error", text);
 }
 
 std::string Readable(const std::string& message) {

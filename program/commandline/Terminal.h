@@ -1,6 +1,7 @@
 // Terminal: the person before the command line: questions on the terminal (answered by --yes, else
-// taken as no where nobody can be asked), messages and progress on stderr. Owned by main. Main
-// thread; Progress from any thread.
+// taken as no where nobody can be asked), messages and progress on stderr. For a program each
+// message is a line of JSON there (see docs/JSON.md). Owned by main. Main thread; Progress from any
+// thread.
 #pragma once
 
 #include <atomic>
@@ -19,7 +20,11 @@ struct TerminalChoices {
   bool yes = false;      // answer every question with yes
   bool quiet = false;    // no messages but errors
   bool verbose = false;  // status texts, too
+  bool json = false;     // for a program
 };
+
+// A message on stderr: "error", "note", "message", "question", "status" or "progress".
+void PrintMessage(bool asJson, const char* level, const std::string& text);
 
 class Terminal : public engine::Person, public rendering::PictureListener {
  public:

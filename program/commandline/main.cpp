@@ -1,8 +1,8 @@
 // The command line `stagemarks`. The verbs declare themselves, one is chosen by what was typed, and
 // that one runs and answers the exit status.
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <initializer_list>
@@ -59,8 +59,17 @@ bool IsStateWorker(int count, char** words) {
   return count == 2 && std::string_view(words[1]) == worker::kStateWorkerVerb;
 }
 
+// Also where the words could not be read.
+bool IsForProgram(int count, char** words) {
+  const auto isEnd = [](std::string_view word) { return word == "--"; };
+  char** const end = std::find_if(words + 1, words + count, isEnd);
+  return std::find(words + 1, end, std::string_view("--json")) != end;
+}
+
 int Run(int count, char** words) {
   Program program;
+  program.json = IsForProgram(count, words);
+  program.terminal.Choose(program.Choices());
   Arguments arguments(program);
   AddVerbs(arguments, program);
   if (IsDescription(count, words)) {
@@ -70,18 +79,19 @@ int Run(int count, char** words) {
   }
   if (const auto status = arguments.Read(count, words)) return *status;
   Terminal::CatchInterrupts();
-  program.terminal.Choose({program.yes, program.quiet, program.verbose});
+  program.terminal.Choose(program.Choices());
   const int status = program.verb();
   return status != kDone && Terminal::Interrupted() ? 128 + Terminal::StopSignal() : status;
 }
 
 // A reader that has had enough, as `head`, ends this program as it ends others: without a word.
-int EndOutput(StandardOutput& output, int status) {
+int EndOutput(StandardOutput& output, int status, bool forProgram) {
   const int error = output.Finish();
   if (error == 0) return status;
   if (error != EPIPE) {
-    std::fprintf(stderr, "stagemarks: Not all results could be printed: %s.\n",
-                 std::generic_category().message(error).c_str());
+    PrintMessage(
+        forProgram, "error",
+        "Not all results could be printed: " + std::generic_category().message(error) + ".");
   } else if (status == kDone) {
     std::signal(SIGPIPE, SIG_DFL);
     (void)std::raise(SIGPIPE);
@@ -94,7 +104,7 @@ int RunAndPrint(int count, char** words) {
     return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
   if (IsStateWorker(count, words)) return worker::RunStateWorker();
   StandardOutput output;
-  return EndOutput(output, Run(count, words));
+  return EndOutput(output, Run(count, words), IsForProgram(count, words));
 }
 
 }  // namespace
@@ -102,12 +112,16 @@ int RunAndPrint(int count, char** words) {
 
 // What nobody expected, such as no memory where it is needed, still gets a message.
 int main(int count, char** words) {
+  const auto fail = [&](const std::string& why) {
+    commandline::PrintMessage(commandline::IsForProgram(count, words), "error",
+                              "it cannot go on" + why + ".");
+    return commandline::kFailed;
+  };
   try {
     return commandline::RunAndPrint(count, words);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "stagemarks: it cannot go on (%s).\n", error.what());
+    return fail(std::string(" (") + error.what() + ")");
   } catch (...) {
-    std::fputs("stagemarks: it cannot go on.\n", stderr);
+    return fail("");
   }
-  return commandline::kFailed;
 }

@@ -132,7 +132,7 @@ class FarmRunning {
     report.Put("failed", failed);
     report.Line("Rendered " + Counted(rendered, "picture") + " of " + std::to_string(plan.size()) +
                 (failed > 0 ? ", " + std::to_string(failed) + " failed." : "."));
-    report.Print(program_.json);
+    report.Print(program_);
   }
 
   Program& program_;
@@ -166,7 +166,7 @@ class FarmCollecting {
     report_.Put("report", job_.folder + kReportFile);
     report_.Line("Written: " + job_.folder + kReportFile);
     state.AddTo(report_, program_.verbose);
-    report_.Print(program_.json);
+    report_.Print(program_);
     return made != kDone ? made : session_.CheckLedger();
   }
 

@@ -193,7 +193,7 @@ class FarmSubmitting {
     for (const auto step : {&FarmSubmitting::Open, &FarmSubmitting::Plan, &FarmSubmitting::Write}) {
       if (status == kDone) status = (this->*step)();
     }
-    if (status == kDone) report_.Print(program_.json);
+    if (status == kDone) report_.Print(program_);
     return status == kDone ? session_.CheckLedger() : status;
   }
 
@@ -359,7 +359,7 @@ int RetryOnFarm(Program& program, const FarmOptions& options) {
     if (options.dryRun) again.Show(report);
     if (!options.dryRun) status = again.Submit(report);
   }
-  if (status == kDone) report.Print(program.json);
+  if (status == kDone) report.Print(program);
   return status;
 }
 

@@ -1,6 +1,7 @@
 // The verbs that edit all checked Stagemarks at once: update, set-objects, set-tags, set-layers,
 // set-camera.
 #include <functional>
+#include <unordered_map>
 
 #include "program/commandline/Arguments.h"
 #include "program/commandline/SceneSelection.h"
@@ -22,9 +23,23 @@ struct BulkChoices {
 // Makes what is edited the selection; the text is what a person reads about it.
 using Selection = std::function<int(Session&, const BulkChoices&, std::string&)>;
 
+// Those whose records are not what they were.
+std::vector<std::string> ChangedSince(const std::vector<engine::StoredState>& before,
+                                      const std::vector<engine::StoredState>& now) {
+  std::unordered_map<host::LONG, const host::BaseContainer*> records;
+  for (const engine::StoredState& state : before) records.emplace(state.id, &state.record);
+  std::vector<std::string> names;
+  for (const engine::StoredState& state : now) {
+    const auto former = records.find(state.id);
+    if (former == records.end() || !(*former->second == state.record)) names.push_back(state.name);
+  }
+  return names;
+}
+
 int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   const std::vector<std::string> names = session.Dialog().CheckedNames();
   const host::BaseContainer before = *session.Document().GetDataInstance();
+  const auto statesBefore = engine::ReadStates(session.Document());
   const std::size_t told = session.GetProgram().terminal.Told().size();
   session.Dialog().Choose(edit.entry);
   session.App().DeliverEvents();
@@ -33,6 +48,8 @@ int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   Report report;
   report.Put("stagemarks", names);
   report.Put("changed", changed);
+  report.Put("changedStagemarks",
+             ChangedSince(statesBefore, engine::ReadStates(session.Document())));
   if (!selected.empty()) report.Put("selected", selected);
   report.Line(outcome::Sentence(edit, changed, selected, names));
   return session.Keep(report);

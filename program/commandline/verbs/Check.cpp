@@ -75,7 +75,7 @@ int PrintCodes(const Program& program) {
     AddWrapped(kind.meaning, 4, report);
     AddWrapped(RemedyOf(kind), 4, report);
   }
-  report.Print(program.json);
+  report.Print(program);
   return kDone;
 }
 
@@ -152,22 +152,18 @@ class CheckVerb {
     AddSummary();
     for (std::size_t i = 0; i < findings_.size();) i = AddKind(i);
     if (!options_.fixes.empty()) return session_.Keep(report_);
-    report_.Print(program_.json);
+    report_.Print(program_);
     return session_.CheckLedger();
   }
 
   static JsonMembers Members(const Finding& finding) {
     return {{"code", finding.kind->code},
             {"severity", WordsOf(finding.kind->severity).word},
-            {"stagemark", TextOrNothing(finding.state)},
-            {"place", TextOrNothing(finding.place)},
+            {"stagemark", JsonValue::OrNothing(finding.state)},
+            {"place", JsonValue::OrNothing(finding.place)},
             {"text", finding.text},
             {"remedy", finding.kind->remedy},
             {"fixable", finding.kind->fixable}};
-  }
-
-  static JsonValue TextOrNothing(const std::string& text) {
-    return text.empty() ? JsonValue() : JsonValue(text);
   }
 
   std::size_t Count(Severity severity) const {

@@ -171,13 +171,14 @@ int Demo::Run() {
                       Recall(states_.back()) && SaveAndReopen() && MakeContactSheet() &&
                       RecallStates() && ExportStates();
   if (worked) ShowResult();
-  if (session_.GetProgram().json) report_.Print(true);
+  if (session_.GetProgram().json) report_.Print(session_.GetProgram());
   return worked ? session_.CheckLedger() : kFailed;
 }
 
 // At once, so that a person sees how far it is; for a program everything comes at the end.
 void Demo::Say(const std::string& line) const {
-  if (!session_.GetProgram().json) std::cout << line << std::endl;
+  const Program& program = session_.GetProgram();
+  if (!program.json && !program.quiet) std::cout << line << std::endl;
 }
 
 bool Demo::Step(const std::string& text, bool worked, const std::vector<std::string>& why) {

@@ -151,7 +151,7 @@ class DiffVerb {
     report.Put("equal", difference_.IsEmpty());
     PutChanges(sides, difference_, report);
     AddLines(sides, report);
-    report.Print(program_.json);
+    report.Print(program_);
     return difference_.IsEmpty() ? kEqual : kDifferent;
   }
 

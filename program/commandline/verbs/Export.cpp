@@ -66,7 +66,7 @@ int RunExport(Program& program, ExportChoices choices) {
   for (const std::string& failure : result.failures) program.terminal.Error(failure);
   Report report;
   AddResult(choices.order, result, program.verbose, report);
-  report.Print(program.json);
+  report.Print(program);
   return result.status != kDone && Terminal::Interrupted() ? kInterrupted : result.status;
 }
 

@@ -137,7 +137,7 @@ int TellFarmStatus(Program& program, const FarmOptions& options) {
     if (isLast || !WaitForNextLook()) {
       Report report;
       state.AddTo(report, program.verbose);
-      report.Print(program.json);
+      report.Print(program);
       return Terminal::Interrupted() ? kInterrupted : kDone;
     }
   }
@@ -165,7 +165,7 @@ int CancelOnFarm(Program& program, const FarmOptions& options) {
   report.Line(numbers.empty() ? "Nothing of this job is in Slurm."
                               : "Cancelled Slurm's " + Joined(numbers) + ". " +
                                     FarmReport(session.Files(), job.Value()).Summary());
-  report.Print(program.json);
+  report.Print(program);
   return kDone;
 }
 

@@ -115,7 +115,7 @@ class UpdateFromFile {
     if (choices_.dryRun) {
       report_.Put("written", JsonValue());
       report_.Line("Nothing was written (--dry-run).");
-      report_.Print(program_.json);
+      report_.Print(program_);
       return session_.CheckLedger();
     }
     const std::string scene = program_.output.empty() ? program_.scene : program_.output;

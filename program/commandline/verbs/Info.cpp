@@ -156,7 +156,8 @@ void AddFacts(engine::FileSystem& files, const host::BaseDocument& doc, std::siz
 // Writes what the scene holds as it goes, as lines or as the text of one JSON object. What cannot
 // be written ends it; why is said when the program ends, as of all results.
 int PrintDump(const host::BaseDocument& doc, Program& program) {
-  if (program.json) std::cout << "{\n  \"dump\": \"";
+  if (program.json)
+    std::cout << "{\n  \"version\": " << kJsonVersion << ",\n  \"verb\": \"info\",\n  \"dump\": \"";
   const bool whole = engine::DumpDocument(doc, [&program](std::string_view piece) {
     if (program.json) {
       std::cout << JsonText(piece);
@@ -177,7 +178,7 @@ int RunInfo(Program& program, const InfoOptions& options) {
   Report report;
   AddFacts(session.Files(), doc, session.Dialog().Marks().size(), report);
   if (options.tree) AddTree(doc, report);
-  report.Print(program.json);
+  report.Print(program);
   const auto missing =
       program.strict ? engine::MissingTextures(session.Files(), doc) : std::vector<std::string>();
   TellMissing(program.terminal, missing, true);

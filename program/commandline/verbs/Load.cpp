@@ -228,7 +228,7 @@ int TellWhatLoadWouldDo(Session& session, const LoadOptions& options, Report& re
   dryRun.Describe(report);
   if (!options.dryRun) return session.Keep(report);
   report.Put("written", JsonValue());
-  report.Print(session.GetProgram().json);
+  report.Print(session.GetProgram());
   return kDone;
 }
 

@@ -49,7 +49,7 @@ int RunMatrix(Program& program, const MatrixOptions& options) {
     Report report;
     PutMatrix(doc, matrix, report);
     if (!program.json) AddLines(doc, matrix, options.all, program.verbose, report);
-    report.Print(program.json);
+    report.Print(program);
   }
   return Terminal::Interrupted() ? kInterrupted : kDone;
 }

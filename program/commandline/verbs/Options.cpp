@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cctype>
+#include <optional>
 
 #include "program/commandline/Arguments.h"
 #include "program/commandline/LoadParts.h"
@@ -10,23 +12,48 @@ namespace {
 
 struct OptionChoices {
   std::vector<std::string> toggles;
+  std::vector<std::string> on;
+  std::vector<std::string> off;
   bool save = false;
+
+  bool IsEmpty() const { return toggles.empty() && on.empty() && off.empty(); }
 };
 
-int ToggleAll(Session& session, const std::vector<std::string>& names) {
-  for (const std::string& name : names) {
-    const auto options = session.Dialog().Options();
-    const bool known = std::any_of(options.begin(), options.end(),
-                                   [&](const auto& option) { return option.first == name; });
-    if (!known) {
-      std::string text = "There is no option \"" + name + "\". There are:";
-      for (const auto& option : options) text += "\n  " + option.first;
-      session.GetProgram().terminal.Error(text);
-      return kUsage;
+bool AreSameWord(const std::string& a, const std::string& b) {
+  return std::ranges::equal(a, b, [](unsigned char one, unsigned char other) {
+    return std::tolower(one) == std::tolower(other);
+  });
+}
+
+// The dialog's own spelling; also by the word that --parts has for it.
+int FindOption(Session& session, const std::string& typed, std::pair<std::string, bool>& found) {
+  std::string text = "There is no option \"" + Shown(typed) + "\". There are:";
+  for (const auto& option : session.Dialog().Options()) {
+    const engine::PartRow* part = engine::FindPartByLabel(option.first);
+    if (AreSameWord(option.first, typed) || (part && AreSameWord(part->word, typed))) {
+      found = option;
+      return kDone;
     }
-    session.Dialog().Choose(name);
+    text += "\n  " + option.first;
+  }
+  session.GetProgram().terminal.Error(text);
+  return kUsage;
+}
+
+// `wanted`: on or off; nothing turns it round.
+int TurnAll(Session& session, const std::vector<std::string>& names, std::optional<bool> wanted) {
+  for (const std::string& name : names) {
+    std::pair<std::string, bool> option;
+    if (const int status = FindOption(session, name, option); status != kDone) return status;
+    if (wanted != option.second) session.Dialog().Choose(option.first);
   }
   return kDone;
+}
+
+int Turn(Session& session, const OptionChoices& choices) {
+  int status = TurnAll(session, choices.toggles, std::nullopt);
+  if (status == kDone) status = TurnAll(session, choices.on, true);
+  return status == kDone ? TurnAll(session, choices.off, false) : status;
 }
 
 using States = std::vector<std::pair<std::string, bool>>;
@@ -64,6 +91,11 @@ std::vector<std::string> NotKept(Session& session, const States& before, const S
   return lost;
 }
 
+std::size_t CountTurned(const States& before, const States& now) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      now, [&](const auto& option) { return option.second != IsOn(before, option.first); }));
+}
+
 // The scene's own choice comes with its first Stagemark.
 void SayNotKept(Session& session, const std::vector<std::string>& lost) {
   const bool hasMarks = !session.Dialog().Marks().empty();
@@ -80,10 +112,11 @@ int RunOptions(Program& program, const OptionChoices& choices) {
   if (const int status = session.StartWithScene(); status != kDone) return status;
   const States before = session.Dialog().Options();
   const host::BaseContainer old = *session.Document().GetDataInstance();
-  if (const int status = ToggleAll(session, choices.toggles); status != kDone) return status;
+  if (const int status = Turn(session, choices); status != kDone) return status;
   const States wanted = session.Dialog().Options();
   Report report;
   report.PutObject("options", JsonMembers(wanted.begin(), wanted.end()));
+  report.Put("changed", CountTurned(before, wanted));
   for (const auto& [name, on] : wanted) {
     report.Line(std::string(on ? "[x] " : "[ ] ") + name);
   }
@@ -92,16 +125,16 @@ int RunOptions(Program& program, const OptionChoices& choices) {
     report.Line("Saved as the defaults for scenes without a choice of their own.");
   }
   const auto lost =
-      choices.toggles.empty() ? std::vector<std::string>() : NotKept(session, before, wanted, old);
+      choices.IsEmpty() ? std::vector<std::string>() : NotKept(session, before, wanted, old);
   report.Put("notKept", lost);
   const bool keeps = program.write || !program.output.empty();
-  if (!choices.toggles.empty()) {
+  if (!choices.IsEmpty()) {
     const int status = session.Keep(report);
     if (status != kDone || lost.empty() || !keeps) return status;
     SayNotKept(session, lost);
     return choices.save ? kDone : kFailed;
   }
-  report.Print(program.json);
+  report.Print(program);
   return session.CheckLedger();
 }
 
@@ -112,9 +145,11 @@ void AddOptions(Arguments& arguments, Program& program) {
       arguments.AddVerb("options", "Show or change what a recording takes in and a recall applies");
   AddScene(verb, program);
   auto choices = std::make_shared<OptionChoices>();
-  verb.Add("--toggle", choices->toggles,
-           "Turn an option on or off, by the name in the list; may be given several times")
-      .Word("OPTION");
+  verb.Add("--on", choices->on, "Turn options on, by their names in the list, in any case")
+      .Offers("OPTION...", AllWords());
+  verb.Add("--off", choices->off, "Turn options off").Offers("OPTION...", AllWords());
+  verb.Add("--toggle", choices->toggles, "Turn options that are on off, and others on")
+      .Offers("OPTION...", AllWords());
   verb.AddFlag("--save-default", choices->save,
                "Make these the defaults for scenes without a choice of their own");
   AddKeeping(verb, program);
@@ -123,7 +158,8 @@ void AddOptions(Arguments& arguments, Program& program) {
       "and --without for one load.\n\n"
       "Examples:\n"
       "  stagemarks options room.c4d\n"
-      "  stagemarks options room.c4d --toggle Layers --toggle Materials --write");
+      "  stagemarks options room.c4d --on layers materials --off camera --write\n"
+      "  stagemarks options room.c4d --toggle Layers --write");
   verb.Does([&program, choices] { return RunOptions(program, *choices); });
 }
 

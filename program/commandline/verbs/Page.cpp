@@ -29,7 +29,7 @@ class PageVerb {
     }
     if (status == kInterrupted) program_.terminal.Error("Interrupted; no page was written.");
     if (status != kDone) return status;
-    report_.Print(program_.json);
+    report_.Print(program_);
     return session_.CheckLedger();
   }
 

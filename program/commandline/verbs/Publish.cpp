@@ -49,7 +49,7 @@ class PublishVerb {
     report_.Line(status == kDone
                      ? "Published " + Counted(written_, "state") + " to " + folder_ + "."
                      : "Not everything was published.");
-    report_.Print(program_.json);
+    report_.Print(program_);
     if (status == kInterrupted) {
       program_.terminal.Error("Interrupted after " + std::to_string(files_) + " of " +
                               Counted(plan_.size(), "file") + ".");

@@ -82,7 +82,7 @@ class RenderVerb {
     if (!program_.json) {
       Report report;
       AddPlan(plan, report);
-      report.Print(false);
+      report.Print(program_);
       std::cout.flush();
     }
     const auto space = session_.Files().Space(plan_.Folder());
@@ -114,7 +114,7 @@ class RenderVerb {
   int PrintDryRun() {
     result_.PutList("pictures");
     for (const PlannedPicture& picture : plan_.Pictures()) Append(picture, "would render");
-    if (program_.json) result_.Print(true);
+    if (program_.json) result_.Print(program_);
     program_.terminal.Note("nothing was rendered (--dry-run).");
     return kDone;
   }
@@ -144,7 +144,7 @@ class RenderVerb {
     }
     report.Line("Rendered " + Counted(rendered, "picture") +
                 (there > 0 ? ", " + Counted(there, "picture") + " kept." : "."));
-    report.Print(program_.json);
+    report.Print(program_);
     if (status == kDone) return;
     program_.terminal.Error((status == kInterrupted ? "Interrupted" : "Stopped") +
                             std::string(" after ") + std::to_string(rendered + there) + " of " +

@@ -15,9 +15,15 @@ using Words = std::vector<std::string>;
 
 // Verbs that work on the scene that is open and on nothing else.
 constexpr const char* kSteps[] = {
-    "set",  "record",      "list",     "show",       "diff",       "matrix",         "check",
-    "load", "rename",      "delete",   "delete-all", "options",    "states",         "update",
-    "info", "set-objects", "set-tags", "set-layers", "set-camera", "clean-materials"};
+    "set",     "record",      "list",      "show",       "diff",       "matrix",          "check",
+    "load",    "rename",      "delete",    "delete-all", "options",    "states",          "update",
+    "info",    "set-objects", "set-tags",  "set-layers", "set-camera", "clean-materials"};
+// Of these the ones whose action comes before the scene.
+constexpr const char* kStepsWithAction[] = {"states"};
+
+bool HasAction(const std::string& verb) {
+  return std::ranges::find(kStepsWithAction, verb) != std::end(kStepsWithAction);
+}
 
 struct BatchOptions {
   std::string steps;
@@ -85,10 +91,11 @@ class BatchRun {
     if (const int status = ReadSteps(text); status != kDone) return status;
     if (const int status = session_.StartWithScene(); status != kDone) return status;
     session_.HoldSideFiles();
+    report_.PutList("results");
     std::istringstream lines(text);
     std::string line;
     for (std::size_t number = 1; std::getline(lines, line); ++number) {
-      const int status = Terminal::Interrupted() ? kInterrupted : Step(line);
+      const int status = Terminal::Interrupted() ? kInterrupted : Step(line, number);
       if (status == kDone) continue;
       program_.terminal.Error("Line " + std::to_string(number) + " failed: " + line +
                               "\nNothing was written.");
@@ -110,7 +117,7 @@ class BatchRun {
     return kDone;
   }
 
-  int Step(const std::string& line) {
+  int Step(const std::string& line, std::size_t number) {
     Words words;
     if (!LineWords(line).Read(words)) {
       program_.terminal.Error("A quotation mark has no end.");
@@ -122,18 +129,18 @@ class BatchRun {
                               Joined({std::begin(kSteps), std::end(kSteps)}) + ".");
       return kUsage;
     }
-    // Where the shell has the scene; behind the action of `states`.
-    const std::size_t place = words[0] == "states" ? 2 : 1;
+    const std::size_t place = HasAction(words[0]) ? 2 : 1;  // where the shell has the scene
     words.insert(words.begin() + static_cast<long>(std::min(place, words.size())), program_.scene);
     words.insert(words.begin(), "stagemarks");
-    return Do(words);
+    return Do(words, number, line);
   }
 
-  int Do(Words& words) {
+  int Do(Words& words, std::size_t number, const std::string& line) {
     Program step(program_.terminal, session_.Opened());
     step.yes = program_.yes;
     step.quiet = program_.quiet;
     step.verbose = program_.verbose;
+    step.json = program_.json;
     Arguments arguments(step);
     AddVerbs(arguments, step);
     std::vector<char*> given;
@@ -146,23 +153,36 @@ class BatchRun {
       return kUsage;
     }
     step.write = true;  // what is changed is kept, by the run
-    program_.terminal.Choose({step.yes, step.quiet, step.verbose});
-    const int status = step.verb();
+    program_.terminal.Choose(step.Choices());
+    const int status = program_.json ? DoForProgram(step, number, line) : step.verb();
+    program_.terminal.Choose(program_.Choices());
     session_.App().DeliverEvents();
     ++done_;
     return status;
   }
 
+  // What the step prints becomes a part of what the run prints.
+  int DoForProgram(Program& step, std::size_t number, const std::string& line) {
+    std::ostringstream printed;
+    std::streambuf* const former = std::cout.rdbuf(printed.rdbuf());
+    const int status = step.verb();
+    std::cout.rdbuf(former);
+    report_.Append(
+        "results",
+        {{"line", number}, {"step", line}, {"result", JsonValue::Parsed(printed.str())}});
+    return status;
+  }
+
   int Finish() {
-    Report report;
-    report.Put("steps", done_);
-    report.Line("Ran " + Counted(done_, "step") + ".");
-    return session_.Keep(report);
+    report_.Put("steps", done_);
+    report_.Line("Ran " + Counted(done_, "step") + ".");
+    return session_.Keep(report_);
   }
 
   Program& program_;
   const BatchOptions& options_;
   Session session_;
+  Report report_;
   std::size_t done_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #include <array>
 #include <cstdio>
+#include <unordered_set>
 
 #include "engine/editing/LayerCommands.h"
 #include "engine/editing/MaterialCommands.h"
@@ -73,6 +74,11 @@ class SetVerb {
     Report report;
     for (const std::string& what : done_) report.Line(what);
     report.Put("changed", done_);
+    report.PutObject("counts", {{"objects", counts_.objects},
+                                {"layers", counts_.layers},
+                                {"sceneCamera", counts_.sceneCamera},
+                                {"renderSettings", counts_.renderSettings},
+                                {"added", counts_.added}});
     return session_.Keep(report);
   }
 
@@ -85,15 +91,18 @@ class SetVerb {
                      : engine::MakeCamera(doc, changes_.addCamera,
                                           engine::LookAt({at[0], at[1], at[2]},
                                                          {lookAt[0], lookAt[1], lookAt[2]}));
+      ++counts_.added;
       done_.push_back("Added the camera " + PathOf(*camera) + ".");
     }
     if (!changes_.addLayer.empty()) {
       engine::MakeLayer(doc, changes_.addLayer);
+      ++counts_.added;
       done_.push_back("Added the layer " + changes_.addLayer + ".");
     }
     if (!changes_.addMaterial.empty()) {
       engine::MakeMaterial(doc, changes_.addMaterial,
                            {changes_.color[0], changes_.color[1], changes_.color[2]});
+      ++counts_.added;
       done_.push_back("Added the material " + changes_.addMaterial + ".");
     }
     return kDone;
@@ -110,10 +119,13 @@ class SetVerb {
     Objects objects;
     if (const int status = FindAllObjects(session_, changes_.objects, objects); status != kDone)
       return status;
-    if (const int status = ChangeModes(objects); status != kDone) return status;
+    ChangeModes(objects);
     if (const int status = ChangeMaterial(objects); status != kDone) return status;
     if (const int status = ChangeAssignedLayer(objects); status != kDone) return status;
-    done_.push_back("Changed " + Counted(objects.size(), "object") + ".");
+    counts_.objects = changed_.size();
+    done_.push_back(changed_.empty() ? "No object changed: " + Counted(objects.size(), "object") +
+                                           (objects.size() == 1 ? " is" : " are") + " so already."
+                                     : "Changed " + Counted(changed_.size(), "object") + ".");
     return kDone;
   }
 
@@ -121,14 +133,22 @@ class SetVerb {
     return word == "on" ? host::MODE_ON : word == "off" ? host::MODE_OFF : host::MODE_UNDEF;
   }
 
-  int ChangeModes(const Objects& objects) {
+  void ChangeModes(const Objects& objects) {
+    const std::pair<engine::Switch, std::string> switches[] = {
+        {engine::Switch::kEditor, changes_.editor}, {engine::Switch::kRender, changes_.render}};
     for (host::BaseObject* object : objects) {
-      session_.Document().AddUndo(host::UNDO_CHANGE, object);
-      if (!changes_.editor.empty()) object->SetEditorMode(Mode(changes_.editor));
-      if (!changes_.render.empty()) object->SetRenderMode(Mode(changes_.render));
-      if (!changes_.deform.empty()) object->SetDeformMode(changes_.deform == "on");
+      for (const auto& [which, word] : switches) {
+        if (!word.empty()) Switch(*object, which, Mode(word));
+      }
+      if (!changes_.deform.empty())
+        Switch(*object, engine::Switch::kGenerator, changes_.deform == "on" ? 1 : 0);
     }
-    return kDone;
+  }
+
+  void Switch(host::BaseObject& object, engine::Switch which, host::LONG value) {
+    if (engine::SwitchOf(object, which) == value) return;
+    engine::ChangeSwitch(session_.Document(), {&object}, which, value);
+    changed_.insert(&object);
   }
 
   int ChangeMaterial(const Objects& objects) {
@@ -139,21 +159,29 @@ class SetVerb {
       if (!found) return Refuse(found.Message());
       material = found.Value();
     }
-    for (host::BaseObject* object : objects)
+    for (host::BaseObject* object : objects) {
+      const host::TextureTag* tag = engine::ShownTextureTag(*object);
+      if ((tag ? tag->GetMaterial() : nullptr) == material) continue;
       engine::GiveMaterial(session_.Document(), *object, material);
+      changed_.insert(object);
+    }
     return kDone;
   }
 
   int ChangeAssignedLayer(const Objects& objects) {
     if (changes_.assignLayer.empty()) return kDone;
+    host::BaseDocument& doc = session_.Document();
     host::LayerObject* layer = nullptr;
     if (changes_.assignLayer != "none") {
-      const auto found = FindLayer(session_.Document(), changes_.assignLayer);
+      const auto found = FindLayer(doc, changes_.assignLayer);
       if (!found) return Refuse(found.Message());
       layer = found.Value();
     }
-    for (host::BaseObject* object : objects)
-      engine::PutOnLayer(session_.Document(), *object, layer);
+    for (host::BaseObject* object : objects) {
+      if (object->GetLayerObject(&doc) == layer) continue;
+      engine::PutOnLayer(doc, *object, layer);
+      changed_.insert(object);
+    }
     return kDone;
   }
 
@@ -169,8 +197,10 @@ class SetVerb {
   int ChangeLayer() {
     if (changes_.layerFlags.empty()) return kDone;
     if (changes_.layer.empty()) return Refuse("Say which layer is meant with --layer.");
-    const auto layer = FindLayer(session_.Document(), changes_.layer);
+    const host::BaseDocument& doc = session_.Document();
+    const auto layer = FindLayer(doc, changes_.layer);
     if (!layer) return Refuse(layer.Message());
+    const host::LayerData before = layer.Value()->GetLayerData(&doc);
     for (const std::string& flag : changes_.layerFlags) {
       const auto equals = flag.find('=');
       const std::string value = equals == std::string::npos ? "" : flag.substr(equals + 1);
@@ -184,6 +214,7 @@ class SetVerb {
       engine::SetLayerSwitch(session_.Document(), {layer.Value()}, *number, value == "on");
       done_.push_back("Layer " + changes_.layer + ": " + flag + ".");
     }
+    counts_.layers = before == layer.Value()->GetLayerData(&doc) ? 0 : 1;
     return kDone;
   }
 
@@ -197,7 +228,9 @@ class SetVerb {
         return Refuse("\"" + changes_.camera + "\" is no camera.");
       camera = found.Value();
     }
-    session_.Document().GetRenderBaseDraw()->SetSceneCamera(camera, host::FALSE);
+    const host::BaseDocument& doc = session_.Document();
+    counts_.sceneCamera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc) != camera;
+    doc.GetRenderBaseDraw()->SetSceneCamera(camera, host::FALSE);
     done_.push_back("The scene camera is now " + (camera ? PathOf(*camera) : "the editor camera") +
                     ".");
     return kDone;
@@ -206,6 +239,8 @@ class SetVerb {
   int ChangeRenderSettings() {
     std::array<int, 2> numbers{};
     char rest = 0;
+    const host::RenderData& settings = *session_.Document().GetActiveRenderData();
+    const host::BaseContainer before = *settings.GetDataInstance();
     if (!changes_.size.empty()) {
       if (std::sscanf(changes_.size.c_str(), "%dx%d%c", &numbers[0], &numbers[1], &rest) != 2 ||
           numbers[0] < 1 || numbers[1] < 1 || numbers[0] > 16384 || numbers[1] > 16384) {
@@ -223,6 +258,7 @@ class SetVerb {
       engine::SetRenderFrames(session_.Document(), numbers[0], numbers[1]);
       done_.push_back("Frames " + changes_.frames + ".");
     }
+    counts_.renderSettings = !(before == *settings.GetDataInstance());
     return kDone;
   }
 
@@ -230,6 +266,15 @@ class SetVerb {
   const Changes& changes_;
   Session session_;
   std::vector<std::string> done_;
+  std::unordered_set<const host::BaseObject*> changed_;
+  // What is not as it was.
+  struct {
+    std::size_t objects = 0;
+    std::size_t layers = 0;
+    bool sceneCamera = false;
+    bool renderSettings = false;
+    std::size_t added = 0;
+  } counts_;
 };
 
 void AddObjectChanges(Verb verb, Changes& changes) {
@@ -245,21 +290,29 @@ void AddObjectChanges(Verb verb, Changes& changes) {
       .Word("MODE")
       .OneOf(modes);
   verb.Add("--deform", changes.deform, "Generator on or off").Word("MODE").OneOf({"on", "off"});
-  verb.Add("--material", changes.material, "Material of the texture tag, or none").Word("NAME");
+  verb.Add("--material", changes.material, "Material of the texture tag, or none").Word("MATERIAL");
   verb.Add("--assign-layer", changes.assignLayer, "Layer to put the objects on, or none")
-      .Word("NAME");
+      .Word("LAYER");
   verb.Add("--select", changes.select, "Select exactly these objects").Word("OBJECT");
+}
+
+std::vector<std::string> LayerFlags() {
+  std::vector<std::string> flags;
+  for (const engine::LayerSwitch& row : engine::kLayerSwitchTable) {
+    for (const char* value : {"=on", "=off"}) flags.push_back(std::string(row.key) + value);
+  }
+  return flags;
 }
 
 void AddSceneChanges(Verb verb, Changes& changes) {
   verb.BeginSection("Layers and picture");
-  verb.Add("--layer", changes.layer, "Layer whose flags --flag changes").Word("NAME");
+  verb.Add("--layer", changes.layer, "Layer whose flags --flag changes").Word("LAYER");
   verb.Add("--flag", changes.layerFlags,
            "A flag of that layer: solo, view, render, manager, locked, generators, "
            "deformers, expressions or animation; "
            "may be given several times")
-      .Word("FLAG=on|off");
-  verb.Add("--camera", changes.camera, "Camera to render through, or none").Word("NAME");
+      .Offers("FLAG=on|off", LayerFlags());
+  verb.Add("--camera", changes.camera, "Camera to render through, or none").Word("CAMERA");
   verb.Add("--size", changes.size, "Picture size of the active render settings, as 1920x1080")
       .Word("WIDTHxHEIGHT");
   verb.Add("--frames", changes.frames, "Frame range of the active render settings, as 0:90")

@@ -69,7 +69,7 @@ int RunSheet(Program& program, const SheetOptions& options) {
   if (const int status = session.CheckTextures(report); status != kDone) return status;
   const int status = SheetMaking(session, order).Run(report);
   if (status != kDone) return status;
-  report.Print(program.json);
+  report.Print(program);
   return session.CheckLedger();
 }
 

@@ -114,7 +114,8 @@ class Contents {
       fields.push_back(JsonValue::Object(
           {{"name", engine::FieldLabel(type, field.field)},
            {"number", field.field},
-           {"value", engine::FieldValueText(doc_, type, field.field, field.right)}}));
+           {"value", engine::FieldValueText(doc_, type, field.field, field.right)},
+           {"raw", field.right ? RawValue(doc_, *field.right) : JsonValue()}}));
     }
     return {{"part", engine::RowOf(element.part).word},
             {"element", PlaceOf(sides_, element)},
@@ -239,13 +240,14 @@ int RunShow(Program& program, const ShowOptions& options) {
   Report report;
   report.Put("stagemark", state.name);
   report.Put("date", state.date.Text());
+  report.Put("recordedAt", JsonValue::OrNothing(state.date.WithZone()));
   report.Put("current", state.current);
   contents.Put(report);
   const std::string date = state.date.Text();
   report.Line(Colored(Color::Bold, Shown(state.name)) + (date.empty() ? "" : ", recorded " + date) +
               (state.current ? ", the one recorded or loaded last" : ""));
   contents.AddLines(compare.parts, report);
-  report.Print(program.json);
+  report.Print(program);
   return kDone;
 }
 

@@ -137,7 +137,7 @@ class Import {
     AddElements(report, "Several of that name, none at that place", taken.ambiguous);
     if (!options_.dryRun) return session_.Keep(report);
     report.Line("Nothing was written (--dry-run).");
-    report.Print(program_.json);
+    report.Print(program_);
     return kDone;
   }
 
