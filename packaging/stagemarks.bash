@@ -1,10 +1,11 @@
-# Completion of `stagemarks` for bash: verbs, options, their values, scenes, and the names of a scene's Stagemarks.
+# Completion of `stagemarks` for bash: verbs, options, their values, scenes, and the names in a scene.
 declare -A _stagemarks_options _stagemarks_places _stagemarks_value _stagemarks_allowed
 @VERBS@
 
 # Adds those of the lines read that begin with what was typed so far.
 _stagemarks_offer() {
   local word typed="${cur#[\"\']}"
+  [[ $cur == [\"\']* ]] || typed="${typed//\\/}"
   while IFS= read -r word; do
     [[ $word == "$typed"* ]] || continue
     # Inside a quote the shell wants the name as it is.
@@ -28,13 +29,18 @@ _stagemarks_offer_files() {
   done < <(compgen -f -- "${cur#[\"\']}")
 }
 
-# The names in the scene of this command line. Only our own scenes: an import takes too long for a key.
+# Names that the scene of this command line holds, of Stagemarks or of elements of a kind. Only our own scenes: an import takes
+# too long for a key.
 _stagemarks_offer_names() {
-  local scene="${given[0]}"
+  local i scene="" typed="${cur#[\"\']}"
+  [[ $cur == [\"\']* ]] || typed="${typed//\\/}"
+  for ((i = 0; i < ${#places[@]} && i < ${#given[@]}; i++)); do
+    [[ ${places[i]} == SCENE* ]] && scene="${given[i]}"
+  done
   scene="${scene//[\"\'\\]/}"
   scene="${scene/#\~/$HOME}"
   [[ $scene == *.c4d && -f $scene ]] || return
-  _stagemarks_offer < <(timeout 3 "${COMP_WORDS[0]}" list "$scene" --names 2>/dev/null)
+  _stagemarks_offer < <(timeout 3 "${COMP_WORDS[0]}" ${1:+"$1"} list "$scene" --names --begin="$typed" 2>/dev/null)
 }
 
 # One of several with commas between them: what stands before the last comma stays.
@@ -47,15 +53,29 @@ _stagemarks_offer_parts() {
   done
 }
 
+# What a verb with actions takes behind the scene.
+_stagemarks_offer_elements() {
+  case "$verb ${given[0]}" in
+    *\ add) ;;
+    states\ import) _stagemarks_offer_files 'json' ;;
+    states*) _stagemarks_offer_names ;;
+    *) _stagemarks_offer_names "$verb" ;;
+  esac
+}
+
 # What fits in for the word that stands for a value or a place, as the help shows it.
 _stagemarks_offer_for() {
   case "$1" in
-    ACTION) _stagemarks_offer_words 'submit status retry cancel collect run' ;;
     SCENE*) _stagemarks_offer_files 'c4d|gltf|glb|fbx|obj|dae' ;;
     OUT) _stagemarks_offer_files 'c4d' ;;
     FILE|FILES) _stagemarks_offer_files 'png|tif|exr' ;;
     DIR*) _stagemarks_offer_files '/' ;;
     STAGEMARK*|OLD) _stagemarks_offer_names ;;
+    OBJECT*) _stagemarks_offer_names objects ;;
+    CAMERA) _stagemarks_offer_names cameras ;;
+    MATERIAL) _stagemarks_offer_names materials ;;
+    LAYER*) _stagemarks_offer_names layers ;;
+    NAMES*) _stagemarks_offer_elements ;;
   esac
 }
 
@@ -91,7 +111,9 @@ _stagemarks() {
   elif [[ -n $open && -n $value ]]; then
     _stagemarks_offer_for "$value"
   elif ((${#given[@]} < ${#places[@]})); then
-    _stagemarks_offer_for "${places[${#given[@]}]}"
+    local place="${places[${#given[@]}]}"
+    allowed="${_stagemarks_allowed["$verb $place"]}"
+    if [[ -n $allowed ]]; then _stagemarks_offer_words "$allowed"; else _stagemarks_offer_for "$place"; fi
   elif ((${#places[@]} > 0)) && [[ ${places[-1]} == *... ]]; then
     _stagemarks_offer_for "${places[-1]}"
   fi

@@ -34,11 +34,15 @@ std::vector<engine::Vec> PointsOf(const BaseDocument& doc) {
 
 }  // namespace
 
-BaseObject* MakeFramingCamera(BaseDocument& doc, const std::string& name, double turn) {
+engine::PictureCamera FramingView(const BaseDocument& doc, double turn) {
   const host::BaseContainer& settings = *doc.GetActiveRenderData()->GetDataInstance();
   const double width = std::max<LONG>(1, settings.GetLong(host::RDATA_XRES));
   const double height = std::max<LONG>(1, settings.GetLong(host::RDATA_YRES));
-  const engine::PictureCamera view = engine::FramingCamera(PointsOf(doc), width / height, turn);
+  return engine::FramingCamera(PointsOf(doc), width / height, turn);
+}
+
+BaseObject* MakeFramingCamera(BaseDocument& doc, const std::string& name, double turn) {
+  const engine::PictureCamera view = FramingView(doc, turn);
   BaseObject* camera = engine::MakeCamera(doc, name, view.frame);
   camera->GetDataInstance()->SetReal(host::CAMERA_FOV, view.fov);
   return camera;

@@ -3,9 +3,13 @@
 
 #include <string>
 
+#include "engine/scene/EditorView.h"
 #include "host/Host.h"
 
 namespace commandline {
+
+// Where such a camera stands; nothing is made.
+engine::PictureCamera FramingView(const host::BaseDocument& doc, double turn = 0.65);
 
 // At the end of the top level, as a part of the open undo group; it belongs to the document. It is
 // placed so that pictures in the size of the active render settings and narrower ones show all that

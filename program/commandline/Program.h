@@ -67,6 +67,7 @@ void AddMatrix(Arguments& arguments, Program& program);
 void AddLoad(Arguments& arguments, Program& program);
 void AddSet(Arguments& arguments, Program& program);
 void AddOptions(Arguments& arguments, Program& program);
+void AddElementVerbs(Arguments& arguments, Program& program);  // objects, cameras, lights, ...
 void AddCheck(Arguments& arguments, Program& program);
 void AddUpdate(Arguments& arguments, Program& program);
 void AddSetObjects(Arguments& arguments, Program& program);

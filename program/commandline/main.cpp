@@ -30,6 +30,7 @@ void AddGroup(Arguments& arguments, Program& program, const char* title,
 
 void AddVerbs(Arguments& arguments, Program& program) {
   AddGroup(arguments, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet, AddRun});
+  AddGroup(arguments, program, "Elements of a scene", {AddElementVerbs});
   AddGroup(arguments, program, "Stagemarks",
            {AddRecord, AddList, AddShow, AddDiff, AddMatrix, AddCheck, AddLoad, AddRename,
             AddDelete, AddDeleteAll, AddOptions, AddStates});

@@ -78,7 +78,9 @@ TEST_F(Installed, TheShellCompletes) {
   for (const std::vector<std::string>& call : std::vector<std::vector<std::string>>{
            {"import", At("share/stagemarks/scenes/spider/spider.fbx"), Home() + "/shell.c4d"},
            {"record", Home() + "/shell.c4d", "Day", "--write"},
-           {"record", Home() + "/shell.c4d", "Night, rainy", "--write"}}) {
+           {"record", Home() + "/shell.c4d", "Night, rainy", "--write"},
+           {"cameras", "add", Home() + "/shell.c4d", "Front view", "--write"},
+           {"layers", "add", Home() + "/shell.c4d", "Props", "--write"}}) {
     ASSERT_EQ(Run("stagemarks", call).status, 0);
   }
   // The line up to the cursor, its last word still open, and what the shell offers for that.
@@ -99,6 +101,19 @@ TEST_F(Installed, TheShellCompletes) {
       {"stagemarks render shell.c4d --only D", "Day"},
       {"stagemarks check shell.c4d --fix l", "link-gone"},
       {"stagemarks load missing.c4d ''", ""},
+      {"stagemarks options shell.c4d --on rend", "render-settings render-tags"},
+      {"stagemarks set shell.c4d --layer P", "Props"},
+      {"stagemarks set shell.c4d --layer Props --flag so", "solo=on solo=off"},
+      {"stagemarks set shell.c4d --camera F", "Front\\ view"},
+      {"stagemarks set shell.c4d --camera 'Front\\ v'", "Front\\ view"},
+      {"stagemarks set shell.c4d --object Kop", "Kopf2 Kopf"},
+      {"stagemarks cameras re", "rename remove"},
+      {"stagemarks cameras remove sh", "shell.c4d"},
+      {"stagemarks cameras remove shell.c4d F", "Front\\ view"},
+      {"stagemarks layers rename shell.c4d ''", "Props"},
+      {"stagemarks layers add shell.c4d ''", ""},
+      {"stagemarks states export shell.c4d D", "Day"},
+      {"stagemarks farm su", "submit"},
   };
   const std::string script =
       "source '" + At("share/bash-completion/completions/stagemarks") + "'\ncd '" + Home() +

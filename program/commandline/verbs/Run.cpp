@@ -17,9 +17,11 @@ using Words = std::vector<std::string>;
 constexpr const char* kSteps[] = {
     "set",     "record",      "list",      "show",       "diff",       "matrix",          "check",
     "load",    "rename",      "delete",    "delete-all", "options",    "states",          "update",
-    "info",    "set-objects", "set-tags",  "set-layers", "set-camera", "clean-materials"};
+    "info",    "set-objects", "set-tags",  "set-layers", "set-camera", "clean-materials", "objects",
+    "cameras", "lights",      "materials", "layers"};
 // Of these the ones whose action comes before the scene.
-constexpr const char* kStepsWithAction[] = {"states"};
+constexpr const char* kStepsWithAction[] = {"states", "objects",   "cameras",
+                                            "lights", "materials", "layers"};
 
 bool HasAction(const std::string& verb) {
   return std::ranges::find(kStepsWithAction, verb) != std::end(kStepsWithAction);
