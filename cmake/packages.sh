@@ -1,7 +1,7 @@
 # Debian packages that the build, the programs and the tests need, and the function that installs the missing ones.
 # Sourced by ./run, ./test and tests/reliability/soak.
 build_packages="g++ cmake ninja-build pkg-config libembree-dev libassimp-dev libdraco-dev libmeshoptimizer-dev
-  libtiff-dev libpng-dev libjpeg-dev libopenexr-dev libwebp-dev libcli11-dev nlohmann-json3-dev libzstd-dev libxxhash-dev libutf8proc-dev zlib1g-dev
+  libtiff-dev libpng-dev libjpeg-dev libopenexr-dev libwebp-dev libcli11-dev nlohmann-json3-dev libseccomp-dev libzstd-dev libxxhash-dev libutf8proc-dev zlib1g-dev
   qt6-base-dev qt6-svg-dev libfreetype-dev libfribidi-dev python3-dev pybind11-dev fonts-dejavu-core fonts-droid-fallback"
 test_packages="libgtest-dev librapidcheck-dev xvfb xauth openbox xdotool python3 python3-numpy mypy dpkg-dev desktop-file-utils appstream shared-mime-info
   slurmctld slurmd munge slurm-client"

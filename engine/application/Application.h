@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/core/Result.h"
+#include "engine/import/Import.h"
 #include "engine/outside/FileLock.h"
 #include "engine/outside/Services.h"
 #include "engine/scenefile/FileAsRead.h"
@@ -48,6 +49,7 @@ struct CommandPlugin {
 struct ApplicationSetup {
   std::string importWorker;               // program that is run as the import child
   std::vector<std::string> texturePaths;  // global texture paths, at most 10
+  ImportLimits importLimits = {};
 };
 
 // How a document is saved.

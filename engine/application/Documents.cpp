@@ -22,7 +22,8 @@ std::string SavedPath(const host::BaseDocument& doc) {
 
 Result<OwnedDocument> Import(const ApplicationBody& body, const std::string& path,
                              std::vector<std::string>* notes) {
-  Result<Imported> imported = ImportScene(body.services, path, body.setup.importWorker);
+  Result<Imported> imported =
+      ImportScene(body.services, path, body.setup.importWorker, body.setup.importLimits);
   if (!imported) return imported.GetStatus();
   if (notes != nullptr) *notes = std::move(imported.Value().notes);
   return std::move(imported.Value().document);

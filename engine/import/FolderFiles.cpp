@@ -1,11 +1,19 @@
 #include "engine/import/FolderFiles.h"
 
 #include <assimp/MemoryIOWrapper.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
-#include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <map>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "engine/import/ForeignText.h"
 #include "engine/import/SourceCheck.h"
@@ -22,66 +30,142 @@ bool IsText(const std::string& file) {
          fs::path(file).extension() == ".mtl";
 }
 
-Assimp::IOStream* InMemory(const std::string& text) {
-  auto* bytes = new std::uint8_t[text.size()];
-  std::memcpy(bytes, text.data(), text.size());
-  return new Assimp::MemoryIOStream(bytes, text.size(), true);
+struct HeldText {
+  std::string text;
+};
+class HeldStream : HeldText, public Assimp::MemoryIOStream {
+ public:
+  explicit HeldStream(std::string held)
+      : HeldText{std::move(held)},
+        MemoryIOStream(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()) {}
+};
+
+// `name` below `folder`, part by part and through no link: for kernels that cannot look after it.
+int WalkBelow(int folder, const fs::path& name) {
+  int at = ::dup(folder);
+  for (auto part = name.begin(); part != name.end() && at >= 0; ++part) {
+    const bool isLast = std::next(part) == name.end();
+    const int flags = O_CLOEXEC | O_NOFOLLOW | (isLast ? O_RDONLY | O_NONBLOCK : O_PATH);
+    const int next = *part == ".." ? -1 : ::openat(at, part->c_str(), flags);
+    ::close(at);
+    at = next;
+  }
+  return at;
+}
+
+// A descriptor, or -1. Links that lead out of the folder are refused.
+int OpenBelow(const std::string& folder, const std::string& name) {
+  const int place = ::open(folder.c_str(), O_PATH | O_CLOEXEC | O_DIRECTORY);
+  if (place < 0) return -1;
+  open_how how{};
+  how.flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+  auto file = static_cast<int>(::syscall(SYS_openat2, place, name.c_str(), &how, sizeof(how)));
+  if (file < 0 && (errno == ENOSYS || errno == EPERM)) file = WalkBelow(place, name);
+  ::close(place);
+  return file;
+}
+
+// The C library's own fstat is one that a path could be given to.
+bool IsPlain(int file, struct stat& about) {
+#ifdef SYS_fstat
+  return ::syscall(SYS_fstat, file, &about) == 0 && S_ISREG(about.st_mode);
+#else
+  return ::fstat(file, &about) == 0 && S_ISREG(about.st_mode);
+#endif
+}
+
+// Closed with its scope.
+class OpenPlainFile {
+ public:
+  explicit OpenPlainFile(int descriptor) : descriptor_(descriptor) {
+    isPlain_ = descriptor_ >= 0 && IsPlain(descriptor_, about_);
+  }
+  OpenPlainFile(const OpenPlainFile&) = delete;
+  OpenPlainFile& operator=(const OpenPlainFile&) = delete;
+  ~OpenPlainFile() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  explicit operator bool() const { return isPlain_; }
+  int Get() const { return descriptor_; }
+  const struct stat& About() const { return about_; }
+
+ private:
+  int descriptor_;
+  struct stat about_ {};
+  bool isPlain_ = false;
+};
+
+std::string ReadAll(int file, std::size_t size) {
+  std::string bytes(size, '\0');
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t count = ::read(file, bytes.data() + done, size - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) break;
+    done += static_cast<std::size_t>(count);
+  }
+  bytes.resize(done);
+  return bytes;
 }
 
 }  // namespace
 
-std::vector<std::string> FolderFiles::FoldersOf(const std::string& scene) {
+const std::vector<std::string>& FolderFiles::FoldersOf(const std::string& scene) {
+  static std::map<std::string, std::vector<std::string>> known;
+  const auto [entry, isNew] = known.try_emplace(scene);
+  std::vector<std::string>& folders = entry->second;
+  if (!isNew) return folders;
   std::error_code error;
-  std::vector<std::string> folders{
-      fs::weakly_canonical(fs::path(scene).parent_path(), error).string()};
+  folders.push_back(fs::weakly_canonical(fs::path(scene).parent_path(), error).string());
   const std::string target = fs::weakly_canonical(scene, error).parent_path().string();
   if (target != folders.front()) folders.push_back(target);
   return folders;
 }
 
-FolderFiles::FolderFiles(const std::string& scene) : folders_(FoldersOf(scene)) {}
+FolderFiles::FolderFiles(const std::string& scene)
+    : written_(fs::path(scene).parent_path().lexically_normal()), folders_(FoldersOf(scene)) {}
 
-bool FolderFiles::IsInside(const std::string& file) const {
-  std::error_code error;
-  const std::string path = fs::weakly_canonical(file, error).string();
-  return !error && std::any_of(folders_.begin(), folders_.end(), [&](const std::string& folder) {
-    return path.rfind(folder == "/" ? folder : folder + "/", 0) == 0;
-  });
+// A descriptor, or -1.
+int FolderFiles::OpenInside(const std::string& file) const {
+  const std::string path = fs::path(file).lexically_normal();
+  const auto below = [&](const std::string& as, const std::string& folder) {
+    const std::string start = as.ends_with('/') ? as : as + "/";
+    return path.starts_with(start) ? OpenBelow(folder, path.substr(start.size())) : -1;
+  };
+  int opened = below(written_, folders_.front());
+  for (std::size_t i = 0; i < folders_.size() && opened < 0; ++i)
+    opened = below(folders_[i], folders_[i]);
+  // Beside the target of a scene that is a link.
+  if (opened < 0 && folders_.size() > 1) opened = below(written_, folders_[1]);
+  return opened;
 }
 
 bool FolderFiles::Exists(const char* file) const {
-  return IsInside(file) && Assimp::DefaultIOSystem::Exists(file);
+  return static_cast<bool>(OpenPlainFile(OpenInside(file)));
 }
 
-Assimp::IOStream* FolderFiles::OpenPlain(const char* file) {
-  std::error_code error;
-  return IsInside(file) && fs::is_regular_file(file, error)
-             ? Assimp::DefaultIOSystem::Open(file, "rb")
-             : nullptr;
+std::string FolderFiles::ReadWhole(const std::string& file) const {
+  const OpenPlainFile opened(OpenInside(file));
+  return opened ? ReadAll(opened.Get(), static_cast<std::size_t>(opened.About().st_size))
+                : std::string();
 }
 
-std::string FolderFiles::ReadWhole(const std::string& file) {
-  const std::unique_ptr<Assimp::IOStream> stream(OpenPlain(file.c_str()));
-  if (!stream) return {};
-  std::string bytes(stream->FileSize(), '\0');
-  bytes.resize(stream->Read(bytes.data(), 1, bytes.size()));
-  return bytes;
+std::time_t FolderFiles::ChangedAt(const std::string& file) const {
+  const OpenPlainFile opened(OpenInside(file));
+  return opened ? opened.About().st_mtime : 0;
 }
 
 Assimp::IOStream* FolderFiles::Open(const char* file, const char* mode) {
-  if (std::strpbrk(mode, "wa+") != nullptr) return nullptr;
-  std::unique_ptr<Assimp::IOStream> stream(OpenPlain(file));
-  if (stream) opened_.emplace_back(file);
-  if (!stream || !IsText(file)) return stream.release();
-  std::string head(2, '\0');
-  head.resize(stream->Read(head.data(), 1, head.size()));
-  stream->Seek(0, aiOrigin_SET);
-  const bool isXml = FormatOf(file) == SourceFormat::Collada;
-  if (!isXml && !IsMarkedUtf16(head)) return stream.release();
-  stream.reset();
+  if (std::strpbrk(mode, "wa+") != nullptr || !Exists(file)) return nullptr;
+  opened_.emplace_back(file);
   std::string text = ReadWhole(file);
-  if (IsMarkedUtf16(text)) text = FromUtf16(text);
-  return InMemory(isXml ? WithNamedCameras(WithoutLeadingBlanks(text)) : text);
+  if (IsText(file)) {
+    if (IsMarkedUtf16(text)) text = FromUtf16(text);
+    if (FormatOf(file) == SourceFormat::Collada)
+      text = WithNamedCameras(WithoutLeadingBlanks(text));
+  }
+  return new HeldStream(std::move(text));
 }
 
 }  // namespace engine

@@ -1,11 +1,11 @@
 // FolderFiles: the importer's view of the disk: it reads files below the scene's own folder (and,
 // where the scene is a link, below the folder of its target) and nothing else, so that a file
-// cannot pull in what lies elsewhere.
+// cannot pull in what lies elsewhere. Works in a process that may not ask what a path leads to.
 #pragma once
 
 #include <assimp/DefaultIOSystem.h>
 
-#include <filesystem>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -20,18 +20,21 @@ class FolderFiles : public Assimp::DefaultIOSystem {
   // COLLADA without the blanks that it stumbles over.
   Assimp::IOStream* Open(const char* file, const char* mode) override;
   // A file's bytes as they are; empty for one that may not or cannot be read.
-  std::string ReadWhole(const std::string& file);
+  std::string ReadWhole(const std::string& file) const;
+  // When its contents changed last; 0 as above.
+  std::time_t ChangedAt(const std::string& file) const;
 
   // The files that were opened, as they were asked for.
   const std::vector<std::string>& Opened() const { return opened_; }
 
-  // The folders that may be read.
-  static std::vector<std::string> FoldersOf(const std::string& scene);
+  // The folders that may be read. Found when asked first: a process that is confined since then
+  // gets the same answer again.
+  static const std::vector<std::string>& FoldersOf(const std::string& scene);
 
  private:
-  Assimp::IOStream* OpenPlain(const char* file);
-  bool IsInside(const std::string& file) const;
-  std::vector<std::string> folders_;
+  int OpenInside(const std::string& file) const;
+  std::string written_;  // the scene's folder as it was named
+  const std::vector<std::string>& folders_;
   std::vector<std::string> opened_;
 };
 

@@ -9,7 +9,7 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kFrameHeadBytes = 5;
-constexpr std::string_view kKinds = "PNSFDTBW";
+constexpr std::string_view kKinds = "PNKSFDTBW";
 
 std::string Head(FrameKind kind, std::size_t length) {
   std::string head(1, static_cast<char>(kind));

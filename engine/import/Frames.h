@@ -15,6 +15,7 @@ inline constexpr std::size_t kFrameLimit = 1u << 20;
 enum class FrameKind : char {
   Progress = 'P',  // thousandths as decimal text
   Note = 'N',      // one sentence
+  Weakness = 'K',  // one sentence about what this system cannot keep the child from
   Scene = 'S',     // the next bytes of the native scene
   Failure = 'F',   // why there is no scene
   Done = 'D',      // everything was sent

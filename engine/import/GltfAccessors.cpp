@@ -9,6 +9,9 @@
 namespace engine {
 namespace {
 
+// Numbers that no buffer holds are zeros, of which a file of a few bytes can name without end.
+constexpr std::size_t kMostZeros = std::size_t{64} << 20;
+
 GltfKind KindOf(const Json& accessor) {
   const std::size_t code = Index(accessor, "componentType", 0);
   const bool known = code >= 5120 && code <= 5126 && code != 5124;
@@ -164,6 +167,9 @@ GltfNumbers FindNumbers(GltfFile& file, std::size_t accessor) {
     numbers.stride = stride > 0 ? stride : size;
     numbers.bytes = Part(file.View(index), Index(entry, "byteOffset", 0), numbers.count,
                          numbers.stride, size, accessor);
+  } else if (numbers.count > kMostZeros / size) {
+    throw UnreadableFile("accessor " + std::to_string(accessor) +
+                         " has more elements than it gives numbers for.");
   }
   const Json& sparse = Object(entry, "sparse");
   if (!sparse.is_null()) AddSparse(file, sparse, accessor, numbers);

@@ -204,6 +204,10 @@ std::string GltfFile::Unpacked(const Json& packing, std::size_t view) {
   const std::string_view packed = Range(Index(packing, "buffer"), Index(packing, "byteOffset", 0),
                                         Index(packing, "byteLength", 0));
   const Packing how = PackingOf(packing);
+  // Two bits stand for sixteen bytes at the least.
+  constexpr std::size_t kMostUnpacked = 64;
+  if (how.count > packed.size() * kMostUnpacked / how.stride + kMostUnpacked)
+    throw UnreadableFile("buffer view " + std::to_string(view) + " claims more than it holds.");
   std::string data(how.count * how.stride, '\0');
   const auto* bytes = reinterpret_cast<const unsigned char*>(packed.data());
   int failed = 0;

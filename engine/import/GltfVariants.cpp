@@ -1,12 +1,11 @@
 // KHR_materials_variants, and what files that were published by this program say of their states
 // besides: which nodes each of them hides, its camera, its picture's size and its date.
 #include <assimp/material.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
 
+#include "engine/import/FolderFiles.h"
 #include "engine/import/GltfReader.h"
 
 namespace engine {
@@ -44,10 +43,9 @@ host::LocalFileTime DateOf(const std::string& text) {
 
 // The file's own date, which is the same at every import.
 host::LocalFileTime DateOfFile(const std::string& path) {
-  struct stat about {};
+  const std::time_t changed = FolderFiles(path).ChangedAt(path);
   std::tm local{};
-  if (::stat(path.c_str(), &about) != 0 || ::localtime_r(&about.st_mtime, &local) == nullptr)
-    return {};
+  if (changed == 0 || ::localtime_r(&changed, &local) == nullptr) return {};
   return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
           local.tm_hour,        local.tm_min,     local.tm_sec};
 }

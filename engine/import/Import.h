@@ -17,12 +17,27 @@
 
 namespace engine {
 
+// What becomes of textures that lie outside the folder of the imported file, where a file from
+// elsewhere may name whatever this person may read.
+enum class OutsideTextures {
+  Ask,    // the person, once for all of a file
+  Take,   // as they are
+  Leave,  // the scene gets their bare names
+};
+
 struct ImportLimits {
-  std::uint64_t memoryBytes = 4ull << 30;  // address space of the child
+  std::uint64_t memoryBytes = 3ull << 29;  // address space of the child
   std::uint64_t fileBytes = 2ull << 30;    // size of the file to import
   std::uint64_t resultBytes = 4ull << 30;  // what the child may send back
-  unsigned seconds = 120;                  // processor time and time on the clock
+  unsigned seconds = 30;                   // processor time and time on the clock
+  OutsideTextures outside = OutsideTextures::Ask;
 };
+
+// The limits that a person has chosen for files that need more: STAGEMARKS_IMPORT_MEMORY (GiB, as
+// "4" or "2.5") and STAGEMARKS_IMPORT_SECONDS. The person hears of a value that cannot be followed.
+ImportLimits ChosenImportLimits(Person& person);
+inline constexpr const char* kImportMemoryVariable = "STAGEMARKS_IMPORT_MEMORY";
+inline constexpr const char* kImportSecondsVariable = "STAGEMARKS_IMPORT_SECONDS";
 
 struct Imported {
   OwnedDocument document;          // path and name as if saved beside the source, suffix c4d
@@ -40,8 +55,9 @@ bool IsImportable(const std::string& path);
 Result<Imported> ImportScene(const Services& services, const std::string& path,
                              const std::string& worker, const ImportLimits& limits = {});
 
-// The child's side: confines the process for good, reads `path` and writes the scene in the native
-// format and the notes to file descriptor `output`. Returns the process's exit status.
-int RunImportWorker(const std::string& path, int output, const ImportLimits& limits = {});
+// The child's side: confines the process for good, within the limits of its parent, reads `path`
+// and writes the scene in the native format and the notes to file descriptor `output`. Returns the
+// process's exit status.
+int RunImportWorker(const std::string& path, int output);
 
 }  // namespace engine

@@ -4,6 +4,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <set>
 #include <utility>
 
 #include "engine/import/Frames.h"
@@ -45,6 +49,7 @@ class Received {
   const std::string& Scene() const { return scene_; }
   const std::string& What() const { return what_; }
   std::vector<std::string>& NotesSent() { return notes_; }
+  const std::vector<std::string>& Weaknesses() const { return weaknesses_; }
 
  private:
   void Take(Frame& frame) {
@@ -53,6 +58,9 @@ class Received {
         return SetProgress(frame.bytes);
       case FrameKind::Note:
         if (notes_.size() < kMostNotes) notes_.push_back(Clean(frame.bytes));
+        return;
+      case FrameKind::Weakness:
+        if (weaknesses_.size() < kMostNotes) weaknesses_.push_back(Clean(frame.bytes));
         return;
       case FrameKind::Scene:
         scene_ += frame.bytes;
@@ -95,11 +103,21 @@ class Received {
   std::string failure_;
   std::string scene_;
   std::vector<std::string> notes_;
+  std::vector<std::string> weaknesses_;
 };
+
+// Each only once in the life of this process.
+void NoteWeaknesses(const std::vector<std::string>& weaknesses, std::vector<std::string>& notes) {
+  static std::set<std::string> told;
+  for (const std::string& weakness : weaknesses) {
+    if (told.insert(weakness).second) notes.push_back(weakness);
+  }
+}
 
 std::string SlowMessage(const ImportLimits& limits) {
   return "The import took longer than " + std::to_string(limits.seconds) +
-         " seconds and was stopped.";
+         " seconds and was stopped. For a file that you trust set " + kImportSecondsVariable +
+         " to more.";
 }
 
 std::string SignalMessage(int signal, const ImportLimits& limits) {
@@ -137,11 +155,35 @@ void SetOrigin(const std::string& path, host::BaseDocument& doc) {
   doc.SetDocumentName(name);
 }
 
+// A number above 0 and below `end`; what it stands for is said where it is none.
+std::optional<double> NumberIn(const char* variable, double end, const char* unit, Person& person) {
+  const char* const text = std::getenv(variable);
+  if (text == nullptr || *text == '\0') return std::nullopt;
+  double number = 0;
+  const char* const textEnd = text + std::strlen(text);
+  const auto [stop, error] = std::from_chars(text, textEnd, number);
+  if (error == std::errc() && stop == textEnd && number > 0 && number < end) return number;
+  person.Tell(std::string(variable) + "=\"" + text + "\" is no number of " + unit +
+              " and is not followed.");
+  return std::nullopt;
+}
+
 Status Failed(const std::string& path, const std::string& why) {
   return Status::Failure("\"" + path + "\" was not imported. " + why);
 }
 
 }  // namespace
+
+ImportLimits ChosenImportLimits(Person& person) {
+  constexpr double kMostGibibytes = 65536;
+  constexpr double kMostSeconds = 1e6;
+  ImportLimits limits;
+  if (const auto memory = NumberIn(kImportMemoryVariable, kMostGibibytes, "GiB", person))
+    limits.memoryBytes = static_cast<std::uint64_t>(*memory * (1ull << 30));
+  if (const auto seconds = NumberIn(kImportSecondsVariable, kMostSeconds, "seconds", person))
+    limits.seconds = static_cast<unsigned>(std::max(1.0, *seconds));
+  return limits;
+}
 
 Result<Imported> ImportScene(const Services& services, const std::string& path,
                              const std::string& worker, const ImportLimits& limits) {
@@ -164,7 +206,9 @@ Result<Imported> ImportScene(const Services& services, const std::string& path,
   if (!scene) return Failed(path, "The importer's answer is damaged: " + scene.Message());
   Imported imported{scene.Take(), std::move(received.NotesSent())};
   SetOrigin(path, *imported.document);
-  for (const std::string& note : ResolveTextures(services.files, *imported.document, path))
+  NoteWeaknesses(received.Weaknesses(), imported.notes);
+  for (const std::string& note :
+       ResolveTextures(services, *imported.document, path, limits.outside))
     imported.notes.push_back(note);
   ClearChanged(*imported.document);
   services.person.Progress(1, received.What());

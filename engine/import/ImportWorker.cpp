@@ -1,14 +1,14 @@
 // The import child: confines itself, reads the file, sends what came out.
-#include <unistd.h>
-
+#include <cstdio>
+#include <ctime>
 #include <exception>
 #include <new>
 
-#include "engine/import/Confinement.h"
 #include "engine/import/FolderFiles.h"
 #include "engine/import/Frames.h"
 #include "engine/import/Import.h"
 #include "engine/import/SceneReader.h"
+#include "engine/outside/Confinement.h"
 #include "engine/scene/SeededIds.h"
 #include "engine/scenefile/FileAsRead.h"
 #include "engine/scenefile/SceneFile.h"
@@ -46,8 +46,23 @@ std::uint64_t SeedOf(const std::string& path) {
   return HashOfContent({&whole, 1});
 }
 
+// For good. What the kernel cannot do is said, and the reading goes on: it has limits all the same.
+void Confine(const std::string& path, FrameWriter& output) {
+  ::tzset();  // while the zone's file can be read
+  DropPrivileges();
+  const bool areFilesConfined = AllowReadingOnly(FolderFiles::FoldersOf(path));
+  if (!areFilesConfined)
+    output.Write(FrameKind::Weakness,
+                 "This system cannot keep the importer from reading other files (Landlock), so "
+                 "import only what you trust.");
+  if (!AllowComputingOnly(areFilesConfined))
+    output.Write(FrameKind::Weakness,
+                 "This system cannot keep the importer from what it has no need of (seccomp), so "
+                 "import only what you trust.");
+}
+
 Status Work(const std::string& path, FrameWriter& output) {
-  AllowReadingOnly(FolderFiles::FoldersOf(path));
+  Confine(path, output);
   const SeededIds ids(SeedOf(path));
   const OwnedDocument doc(host::BaseDocument::Alloc());
   ProgressSender progress(output);
@@ -58,11 +73,28 @@ Status Work(const std::string& path, FrameWriter& output) {
   return SendScene(*doc, output);
 }
 
+Status TooLittleMemory() {
+  const double gibibytes = static_cast<double>(MemoryLimit()) / (1ull << 30);
+  char text[200];
+  std::snprintf(text, sizeof(text),
+                "The scene needs more memory than an import may use (%.3g GiB). For one that you "
+                "trust set %s to more, in GiB.",
+                gibibytes, kImportMemoryVariable);
+  return Status::Failure(text);
+}
+
+// The importing library has words of its own for it.
+bool IsAboutMemory(const std::string& message) {
+  return message.find("bad_alloc") != std::string::npos ||
+         message.find("bad allocation") != std::string::npos;
+}
+
 Status WorkGuarded(const std::string& path, FrameWriter& output) {
   try {
-    return Work(path, output);
+    Status status = Work(path, output);
+    return !status && IsAboutMemory(status.Message()) ? TooLittleMemory() : status;
   } catch (const std::bad_alloc&) {
-    return Status::Failure("The scene needs more memory than an import may use.");
+    return TooLittleMemory();
   } catch (const std::exception& error) {
     return Status::Failure(std::string("The file cannot be read: ") + error.what());
   }
@@ -70,8 +102,7 @@ Status WorkGuarded(const std::string& path, FrameWriter& output) {
 
 }  // namespace
 
-int RunImportWorker(const std::string& path, int output, const ImportLimits& limits) {
-  SetProcessLimits(limits);
+int RunImportWorker(const std::string& path, int output) {
   FrameWriter writer(output);
   const Status status = WorkGuarded(path, writer);
   const bool sent = writer.Write(status ? FrameKind::Done : FrameKind::Failure, status.Message());

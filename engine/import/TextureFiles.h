@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/outside/FileSystem.h"
+#include "engine/import/Import.h"
+#include "engine/outside/Services.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
@@ -14,8 +15,11 @@ namespace engine {
 // Gives every bitmap shader of the materials the full path of its file where it is found: as
 // written, below the scene's folder, or by its bare name in that folder and the usual ones below it
 // ("tex", "textures", "images", "maps"), letter case aside. Embedded files keep their bare name.
-// What is not found stays as written; the result is one note for each.
-std::vector<std::string> ResolveTextures(FileSystem& files, host::BaseDocument& doc,
-                                         const std::string& scene);
+// What is found nowhere else but outside the scene's folder is taken as `outside` says, for which
+// the person may be asked, and only if it is a picture; otherwise the shader gets its bare name, so
+// that nothing reads or copies it. What is not found stays as written. The result is one note for
+// each that is missing, left out or no picture.
+std::vector<std::string> ResolveTextures(const Services& services, host::BaseDocument& doc,
+                                         const std::string& scene, OutsideTextures outside);
 
 }  // namespace engine

@@ -3,8 +3,6 @@
 // object. Main thread.
 #pragma once
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <functional>
 #include <string>
@@ -12,11 +10,9 @@
 
 #include "engine/core/Result.h"
 #include "engine/import/Import.h"
+#include "engine/outside/ConfinedChild.h"
 
 namespace engine {
-
-// Exit status of a child whose program could not be run, as shells have it.
-inline constexpr int kCannotRun = 127;
 
 // How a run ended.
 enum class WorkerEnd {
@@ -36,11 +32,6 @@ class WorkerProcess {
   // Takes what arrived (empty: nothing new for a while); false stops the child.
   using Receiver = std::function<bool(std::string_view)>;
 
-  WorkerProcess() = default;
-  WorkerProcess(const WorkerProcess&) = delete;
-  WorkerProcess& operator=(const WorkerProcess&) = delete;
-  ~WorkerProcess();
-
   // Starts `program kImportWorkerVerb path <descriptor>`; both are full paths. Exit status
   // kCannotRun later means that it could not be run.
   Status Start(const std::string& program, const std::string& path, const ImportLimits& limits);
@@ -49,12 +40,8 @@ class WorkerProcess {
 
  private:
   bool Step(const Receiver& receive);
-  void Kill();
-  bool HasEnded() const;
-  WorkerOutcome Wait();
 
-  pid_t child_ = -1;
-  int input_ = -1;
+  ConfinedChild child_;
   std::chrono::steady_clock::time_point deadline_;
   bool timedOut_ = false;
   bool stopped_ = false;

@@ -48,6 +48,7 @@ struct Program {
   bool quiet = false;
   bool verbose = false;
   bool strict = false;
+  bool allowOutside = false;  // textures outside the folder of an imported file
 
   // For its terminal.
   TerminalChoices Choices() const { return {yes, quiet, verbose, json}; }

@@ -40,7 +40,7 @@ std::string AbsolutePath(const std::string& typed) {
   return error ? typed : absolute.lexically_normal().string();
 }
 
-OpenScene::OpenScene(Terminal& terminal)
+OpenScene::OpenScene(Terminal& terminal, bool allowOutside)
     : system(terminal),
       files(system.Get().ledger, terminal),
       services{files,
@@ -51,12 +51,16 @@ OpenScene::OpenScene(Terminal& terminal)
                system.Get().viewer} {
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
+  setup.importLimits = engine::ChosenImportLimits(terminal);
+  setup.importLimits.outside =
+      allowOutside ? engine::OutsideTextures::Take : engine::OutsideTextures::Leave;
   application = std::make_unique<engine::Application>(services, setup);
 }
 
 Session::Session(Program& program)
     : program_(program),
-      open_(program.open ? program.open : std::make_shared<OpenScene>(program.terminal)) {}
+      open_(program.open ? program.open
+                         : std::make_shared<OpenScene>(program.terminal, program.allowOutside)) {}
 
 int Session::Start() { return LoadPlugin(); }
 

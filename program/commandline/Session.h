@@ -44,7 +44,7 @@ std::string AbsolutePath(const std::string& typed);
 
 // What a session has open. The steps of `run` share one: its scene is read and written once.
 struct OpenScene {
-  explicit OpenScene(Terminal& terminal);
+  OpenScene(Terminal& terminal, bool allowOutside);
 
   engine::SystemServices system;
   DeferredFileSystem files;

@@ -101,8 +101,7 @@ int EndOutput(StandardOutput& output, int status, bool forProgram) {
 }
 
 int RunAndPrint(int count, char** words) {
-  if (IsImportWorker(count, words))
-    return engine::RunImportWorker(words[2], std::atoi(words[3]), {});
+  if (IsImportWorker(count, words)) return engine::RunImportWorker(words[2], std::atoi(words[3]));
   if (IsStateWorker(count, words)) return worker::RunStateWorker();
   StandardOutput output;
   return EndOutput(output, Run(count, words), IsForProgram(count, words));

@@ -50,6 +50,7 @@ int Run(const QCommandLineParser& parser) {
   const engine::SystemServices services(there);
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
+  setup.importLimits = engine::ChosenImportLimits(there);
   engine::Application application(services.Get(), setup);
   application.NewDocument();
   MainWindow window(application, there, SettingsFile(services.Get().folders.config));

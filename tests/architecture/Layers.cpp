@@ -67,6 +67,7 @@ std::string LibraryOf(const std::string& include) {
       {"zstd", "zstd"},
       {"xxhash", "xxhash"},
       {"utf8proc", "utf8proc"},
+      {"seccomp", "seccomp"},
       {"zlib", "zlib"},
       {"tiff", "tiff"},
       {"png", "png"},

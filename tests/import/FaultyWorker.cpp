@@ -7,10 +7,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <utility>
 
-#include "engine/import/Confinement.h"
 #include "engine/import/Frames.h"
+#include "engine/outside/Confinement.h"
+#include "engine/scene/Ownership.h"
+#include "engine/scenefile/SceneFile.h"
+#include "tests/import/HostileWorker.h"
 
 namespace {
 
@@ -47,20 +49,20 @@ std::string Leaks() {
   return found.empty() ? "nothing" : found;
 }
 
-// What can still be opened after confinement to the folder of `path`.
-std::string Openable(const std::string& path) {
-  const std::string folder = path.substr(0, path.rfind('/'));
-  engine::AllowReadingOnly({folder});
-  std::string opened;
-  for (const auto& [name, flags] : {std::pair(path, O_RDONLY),
-                                    {path, O_WRONLY},
-                                    {folder + "/new", O_WRONLY | O_CREAT},
-                                    {std::string("/etc/passwd"), O_RDONLY}}) {
-    const int descriptor = ::open(name.c_str(), flags, 0600);
-    opened += descriptor >= 0 ? "yes " : "no ";
-    if (descriptor >= 0) ::close(descriptor);
-  }
-  return opened;
+// An end that the walls must let through.
+void AbortConfined() {
+  engine::DropPrivileges();
+  engine::AllowComputingOnly(engine::AllowReadingOnly({"/"}));
+  std::abort();
+}
+
+// A scene without a fault from a child that its system could not confine.
+void ImportUnconfined(FrameWriter& writer) {
+  const engine::OwnedDocument doc(host::BaseDocument::Alloc());
+  writer.Write(FrameKind::Weakness, "This system cannot confine anything.");
+  const auto scene = engine::WriteScene(*doc);
+  for (const std::string& piece : scene.Value()) writer.Write(FrameKind::Scene, piece);
+  writer.Write(FrameKind::Done, "");
 }
 
 void Write(int output, const char* text) {
@@ -81,7 +83,9 @@ int Behave(const std::string& how, const std::string& path, int output) {
   if (how == "noise") Write(output, "this is no frame at all");
   if (how == "flood") Flood(writer);
   if (how == "leaks") writer.Write(FrameKind::Failure, Leaks());
-  if (how == "confined") writer.Write(FrameKind::Failure, Openable(path));
+  if (how == "hostile") writer.Write(FrameKind::Failure, tests::OpenDoors(path));
+  if (how == "confined") AbortConfined();
+  if (how == "unconfined") ImportUnconfined(writer);
   if (how == "control") writer.Write(FrameKind::Failure, "line\nline\x1b[31m");
   if (how == "garbage") writer.Write(FrameKind::Scene, "not a scene");
   if (how == "garbage" || how == "silent") writer.Write(FrameKind::Done, "");
@@ -89,7 +93,7 @@ int Behave(const std::string& how, const std::string& path, int output) {
     for (int i = 0; writer.Write(FrameKind::Progress, std::to_string(i % 1000)); ++i)
       ::usleep(1000);
   }
-  return how == "leaks" || how == "control" || how == "confined" ? 1 : 0;
+  return how == "leaks" || how == "control" || how == "hostile" ? 1 : 0;
 }
 
 }  // namespace

@@ -40,6 +40,7 @@ TEST_F(Worker, EveryEndOfTheChildHasItsMessage) {
   const std::vector<std::pair<const char*, const char*>> ends = {
       {"crash", "The importer stopped (signal 11). The file is damaged or not supported."},
       {"abort", "The importer stopped (signal 6). The file is damaged or not supported."},
+      {"confined", "The importer stopped (signal 6). The file is damaged or not supported."},
       {"killed", "The importer was ended by the system, probably for lack of memory."},
       {"status", "The importer stopped (status 3). The file is damaged or not supported."},
       {"nothing", "The importer stopped (status 0). The file is damaged or not supported."},
@@ -60,12 +61,40 @@ TEST_F(Worker, TheChildInheritsNothing) {
   ExpectPart(Ended("leaks"), "was not imported. nothing");
 }
 
-TEST_F(Worker, TheChildCanOnlyReadBelowTheScene) {
-  const std::string said = Ended("confined");
-  if (said.find("yes yes") != std::string::npos)
-    GTEST_SKIP() << "this kernel cannot confine file access (Landlock)";
-  ExpectPart(said, "was not imported. yes no no no");
-  EXPECT_EQ(ReadText(folder_ / "new"), "(missing)");
+TEST_F(Worker, AChildThatWasTakenOverCanOnlyReadBelowTheScene) {
+  const std::string said = Ended("hostile");
+  if (said.find("no means") != std::string::npos)
+    GTEST_SKIP() << "this kernel cannot confine processes (Landlock, seccomp)";
+  ExpectPart(said, "was not imported. nothing");
+  EXPECT_EQ(Names(folder_.Path()), "hostile.obj");
+  EXPECT_EQ(ReadText(folder_ / "hostile.obj"), "v 0 0 0\n");
+}
+
+TEST_F(Worker, WhatASystemCannotConfineIsSaidOnce) {
+  const std::string scene = Write("unconfined.obj", "v 0 0 0\n");
+  for (const std::size_t notes : {1, 0}) {
+    const auto imported = engine::ImportScene(services_.Get(), scene, FAULTY_WORKER);
+    ASSERT_TRUE(imported) << imported.Message();
+    EXPECT_EQ(imported.Value().notes.size(), notes);
+  }
+}
+
+TEST_F(Worker, APersonMayChooseOtherLimits) {
+  const auto chosen = [&](const char* memory, const char* seconds) {
+    ::setenv(engine::kImportMemoryVariable, memory, 1);
+    ::setenv(engine::kImportSecondsVariable, seconds, 1);
+    const engine::ImportLimits limits = engine::ChosenImportLimits(services_.person);
+    ::unsetenv(engine::kImportMemoryVariable);
+    ::unsetenv(engine::kImportSecondsVariable);
+    return std::to_string(limits.memoryBytes >> 20) + " " + std::to_string(limits.seconds);
+  };
+  EXPECT_EQ(chosen("", ""), "1536 30");
+  EXPECT_EQ(chosen("2.5", "600"), "2560 600");
+  EXPECT_EQ(services_.person.TakeTranscript(), "");
+  for (const char* no : {"much", "0", "-1", "4 GiB", "1e9", "nan"}) {
+    EXPECT_EQ(chosen(no, no), "1536 30") << no;
+    ExpectPart(services_.person.TakeTranscript(), "is no number of GiB and is not followed.");
+  }
 }
 
 TEST_F(Worker, TimeIsLimited) {
@@ -101,6 +130,15 @@ TEST_F(Worker, MemoryIsLimited) {
     if (!imported) ExpectPart(imported.Message(), "was not imported. ");
     EXPECT_TRUE(!imported || megabytes > 8) << megabytes;
   }
+  // Points that take no room in the file, as glTF allows.
+  limits.memoryBytes = 512U << 20;
+  const std::string said = Refusal(
+      Write("zeros.gltf",
+            R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],)"
+            R"("meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"accessors":[)"
+            R"({"componentType":5126,"count":1000000000,"type":"VEC3"}]})"),
+      limits);
+  ExpectPart(said, "accessor 0 has more elements than it gives numbers for.");
 }
 
 TEST_F(Worker, AMissingProgramIsNamed) {

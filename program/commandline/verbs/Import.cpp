@@ -103,8 +103,11 @@ class UpdateFromFile {
 
   int Run() {
     if (const int status = session_.StartWithScene(); status != kDone) return status;
+    engine::ImportLimits limits = engine::ChosenImportLimits(program_.terminal);
+    limits.outside =
+        program_.allowOutside ? engine::OutsideTextures::Take : engine::OutsideTextures::Leave;
     auto fresh = engine::ImportScene(session_.GetServices(), AbsolutePath(source_),
-                                     engine::ImportWorkerProgram());
+                                     engine::ImportWorkerProgram(), limits);
     if (!fresh) {
       program_.terminal.Error(fresh.Message());
       return Terminal::Interrupted() ? kInterrupted : kFailed;
@@ -240,13 +243,19 @@ void AddImport(Arguments& arguments, Program& program) {
   AddUpdating(verb, program, *choices);
   verb.AddFlag("--collect", choices->collect,
                "Copy linked textures into the folder \"tex\" beside the scene");
+  verb.AddFlag(
+      "--allow-outside", program.allowOutside,
+      "Use pictures outside the folder of the file, too; else they are named and left out");
   AddStrict(verb, program);
   AddForce(verb, program);
   verb.Footer(
       "A glTF file with material variants comes in with one Stagemark per variant. --update finds "
       "objects by their names from the top and changes what the file says differently since the "
       "last import; what was changed here stays. Like every verb it writes only to OUT, or to "
-      "SCENE with --write.\n\n"
+      "SCENE with --write. The file is read by a child with 1.5 GiB of memory and 30 seconds; for "
+      "a "
+      "giant one that you trust STAGEMARKS_IMPORT_MEMORY (GiB) and STAGEMARKS_IMPORT_SECONDS set "
+      "other limits.\n\n"
       "Examples:\n"
       "  stagemarks import room.gltf room.c4d\n"
       "  stagemarks import models/spider.fbx spider.c4d --collect\n"

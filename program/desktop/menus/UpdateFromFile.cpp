@@ -54,7 +54,9 @@ void AskAndUpdate(MainWindow& window) {
 
 void UpdateFromFile(MainWindow& window, const std::string& path) {
   const host::ULLONG id = IdentityOf(host::GetActiveDocument());
-  auto fresh = engine::ImportScene(window.App().GetServices(), path, engine::ImportWorkerProgram());
+  const engine::Services& services = window.App().GetServices();
+  auto fresh = engine::ImportScene(services, path, engine::ImportWorkerProgram(),
+                                   engine::ChosenImportLimits(services.person));
   if (!fresh) return window.Commands().Person().Warn(fresh.Message());
   host::BaseDocument* doc = FindOpenDocument(id);
   if (!doc) return;

@@ -150,6 +150,7 @@ void StateRenderer::Take(const engine::Frame& frame) {
       return Fail(frame.bytes);
     case FrameKind::Done:
       return TakeDone();
+    case FrameKind::Weakness:
     case FrameKind::Scene:
       return;
   }

@@ -1,0 +1,104 @@
+// Which files an imported scene may name as its textures: those beside it and below, those outside
+// only where the person wants them, and pictures only.
+#include <filesystem>
+
+#include "engine/import/TextureFiles.h"
+#include "tests/import/ImportSession.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace tests {
+namespace {
+
+using engine::OutsideTextures;
+
+constexpr const char* kPicture = "\x89PNG\r\n\x1a\n and so on";
+
+class TextureFilesOutside : public ImportSession {
+ protected:
+  TextureFilesOutside() {
+    std::filesystem::create_directories(folder_ / "model/maps");
+    WriteText(folder_ / "wood.png", kPicture);
+    WriteText(folder_ / "other.png", kPicture);
+    WriteText(folder_ / "secret", "not for others");
+    WriteText(folder_ / "model/near.png", kPicture);
+    WriteText(folder_ / "model/maps/other.png", kPicture);
+    WriteText(folder_ / "model/notes.txt", "text");
+    std::filesystem::create_symlink(folder_ / "secret", folder_ / "model/link.png");
+  }
+
+  // The file that a scene ends up with for a texture of that name, seen from the scratch folder.
+  std::string Texture(const std::string& name, OutsideTextures outside) {
+    WriteText(folder_ / "model/scene.mtl", "newmtl a\nKd 1 1 1\nmap_Kd " + name + "\n");
+    WriteText(folder_ / "model/scene.obj",
+              "mtllib scene.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl a\nf 1 2 3\n");
+    engine::ImportLimits limits;
+    limits.outside = outside;
+    auto imported =
+        engine::ImportScene(services_.Get(), folder_ / "model/scene.obj", IMPORT_WORKER, limits);
+    EXPECT_TRUE(imported) << imported.Message();
+    if (!imported) return "";
+    document_ = std::move(imported.Value().document);
+    notes_ = imported.Value().notes;
+    const std::vector<std::string> files = TextureFiles();
+    const std::string file = files.empty() ? "none" : files.front();
+    return file.starts_with(folder_ / "") ? file.substr(folder_.Path().size() + 1) : file;
+  }
+
+  ScratchFolder folder_;
+};
+
+TEST_F(TextureFilesOutside, AreTakenOnlyWhereTheyAreWanted) {
+  struct Case {
+    std::string name;
+    const char* taken;    // where the person wants them
+    const char* left;     // where not
+    const char* problem;  // "" for none
+  };
+  const Case cases[] = {
+      {"near.png", "model/near.png", "model/near.png", ""},
+      {folder_ / "model/near.png", "model/near.png", "model/near.png", ""},
+      {"notes.txt", "model/notes.txt", "model/notes.txt", "is no picture."},
+      {"../wood.png", "wood.png", "wood.png", "lies outside the folder of the imported file"},
+      {folder_ / "wood.png", "wood.png", "wood.png", "lies outside the folder"},
+      {folder_ / "other.png", "model/maps/other.png", "model/maps/other.png", ""},
+      {"../secret", "secret", "secret", "is no picture and was left out"},
+      {"link.png", "link.png", "link.png", "is no picture and was left out"},
+      {"../nothing.png", "../nothing.png", "../nothing.png", "was not found."},
+  };
+  for (const Case& c : cases) {
+    for (const auto how : {OutsideTextures::Take, OutsideTextures::Leave, OutsideTextures::Ask}) {
+      const std::string file = Texture(c.name, how);
+      const bool takes = how == OutsideTextures::Take;
+      EXPECT_EQ(file, takes ? c.taken : c.left) << c.name;
+      const std::string note = Notes().empty() ? "" : Notes().front();
+      const bool isOnlyFar = std::string(c.problem).starts_with("lies outside");
+      if (takes && isOnlyFar) {
+        EXPECT_EQ(note, "") << c.name;
+      } else {
+        EXPECT_NE(note.find(c.problem), std::string::npos) << c.name << ": " << note;
+        EXPECT_EQ(note.empty(), *c.problem == '\0') << c.name << ": " << note;
+      }
+      // Only a picture that lies outside is worth a question.
+      const std::string asked = services_.person.TakeTranscript();
+      EXPECT_EQ(asked.find("names pictures outside") != std::string::npos,
+                isOnlyFar && how == OutsideTextures::Ask)
+          << c.name << ": " << asked;
+      // What was left out is named without its folder, so that nothing reads or copies it.
+      if (!takes && isOnlyFar) {
+        EXPECT_EQ(TextureFiles().front(), "wood.png");
+      }
+    }
+  }
+}
+
+TEST_F(TextureFilesOutside, APersonIsAskedOnceAndSeesTheNames) {
+  services_.person.AnswerNext(true);
+  EXPECT_EQ(Texture("../wood.png", OutsideTextures::Ask), "wood.png");
+  const std::string asked = services_.person.TakeTranscript();
+  EXPECT_NE(asked.find((folder_ / "wood.png")), std::string::npos) << asked;
+  EXPECT_EQ(TextureFiles().front(), folder_ / "wood.png") << "the file itself";
+  EXPECT_TRUE(Notes().empty());
+}
+
+}  // namespace
+}  // namespace tests
