@@ -24,6 +24,8 @@ class ContainerWriter {
   // The file's numbers, by what Add answered.
   std::span<const std::uint32_t> Numbers() const { return numbers_; }
   std::string Contents() const;
+  // Bytes that a reader takes for them, rather too many than too few.
+  std::uint64_t MemoryToRead() const;
 
  private:
   static constexpr std::uint32_t kUnknown = 0xFFFFFFFF;

@@ -131,6 +131,14 @@ std::uint64_t MeshWriter::Row(const std::shared_ptr<const Mesh>& mesh) {
   return row->second;
 }
 
+std::uint64_t MeshWriter::MemoryToRead() const {
+  std::uint64_t bytes = 0;
+  for (const auto& mesh : meshes_)
+    bytes += 2 * sizeof(Mesh) + mesh->points.size() * 48 + mesh->polygons.size() * 128 +
+             mesh->normals.size() * 48 + mesh->uvs.size() * 32 + mesh->colors.size() * 64;
+  return bytes;
+}
+
 MeshWriter::Sections MeshWriter::Contents() const {
   Sections out;
   std::string rows;

@@ -22,6 +22,8 @@ class MeshWriter {
     std::string colors;
   };
   Sections Contents() const;
+  // Bytes that a reader takes for them, rather too many than too few.
+  std::uint64_t MemoryToRead() const;
 
  private:
   std::vector<std::shared_ptr<const Mesh>> meshes_;

@@ -1,7 +1,5 @@
 #include "engine/scenefile/SceneFile.h"
 
-#include <unistd.h>
-
 #include "engine/scene/DocumentState.h"
 #include "engine/scenefile/CarriedFiles.h"
 #include "engine/scenefile/Damage.h"
@@ -74,13 +72,11 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::stri
   return doc;
 }
 
-// Bytes of memory of this machine: a file that needs more could not be used anyway.
-std::uint64_t MemoryOfMachine() {
-  const long pages = sysconf(_SC_PHYS_PAGES);
-  const long bytes = sysconf(_SC_PAGESIZE);
-  return pages > 0 && bytes > 0
-             ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(bytes)
-             : std::uint64_t{4} << 30;
+// A reader takes no more memory than the size of the file allows. A scene of very many alike
+// elements is shorter than that: zeros fill it up.
+void MakeRoom(std::uint64_t memory, SectionWriter& sections) {
+  if (const std::uint64_t room = RoomFor(memory, sections.Bytes()))
+    sections.AddAsItIs(kRoomSection, room, std::string(static_cast<std::size_t>(room), '\0'));
 }
 
 ProgressCallback Telling(Person& person, const char* doing, const std::string& path) {
@@ -100,7 +96,9 @@ Result<std::vector<std::string>> WriteScene(const BaseDocument& doc,
   return Guarded<std::vector<std::string>>([&] {
     SectionWriter sections(ContentKind::Scene);
     ProgressMeter meter(progress);
-    SceneWriter(doc, meter, folder).Write(sections);
+    SceneWriter writer(doc, meter, folder);
+    writer.Write(sections);
+    MakeRoom(writer.MemoryToRead() + 3 * sections.ContentBytes(), sections);
     AddKeptSections(doc, sections);
     return sections.Finish();
   });
@@ -109,7 +107,7 @@ Result<std::vector<std::string>> WriteScene(const BaseDocument& doc,
 Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimit,
                                 const ProgressCallback& progress, const std::string& folder) {
   return Guarded<OwnedDocument>([&] {
-    Budget budget(memoryLimit ? memoryLimit : MemoryOfMachine());
+    Budget budget(memoryLimit ? memoryLimit : MemoryFor(bytes.size()));
     ProgressMeter meter(progress);
     return ReadDocument(ReadSections(bytes, ContentKind::Scene), folder, budget, meter);
   });

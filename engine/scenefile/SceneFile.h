@@ -25,7 +25,7 @@ Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc,
                                             const std::string& folder = "");
 
 // A new document without path and name. One that would
-// need more than `memoryLimit` bytes (0: the memory of the machine) is refused. Names relative to
+// need more than `memoryLimit` bytes (0: what a file of its size may take) is refused. Names relative to
 // the file become absolute where its `folder` is given.
 Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0,
                                 const ProgressCallback& progress = {},

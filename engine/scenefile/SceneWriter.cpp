@@ -145,6 +145,13 @@ std::uint64_t SceneWriter::MatrixRow(const host::Matrix& matrix) {
   return std::bit_cast<Words>(matrix) == identity ? 0 : values_.numbers.Row(matrix) + 1;
 }
 
+std::uint64_t SceneWriter::MemoryToRead() const {
+  constexpr std::uint64_t kElementBytes = 1200;  // twice what the reader reckons with, columns too
+  return rows_.size() * kElementBytes + values_.texts.MemoryToRead() +
+         values_.numbers.MemoryToRead() + values_.containers.MemoryToRead() +
+         meshes_.MemoryToRead();
+}
+
 std::string SceneWriter::DocumentContents() const {
   std::string out;
   PutFixed64(out, IdOf(doc_));

@@ -24,6 +24,8 @@ class SceneWriter {
   // Everything but the sections that were kept. Throws Damage for a scene that no reader would
   // take.
   void Write(SectionWriter& sections);
+  // Bytes that a reader takes for what was written, rather too many than too few.
+  std::uint64_t MemoryToRead() const;
 
  private:
   void Collect();

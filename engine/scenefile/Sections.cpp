@@ -220,7 +220,14 @@ void SectionWriter::AddAsItIs(const std::string& name, std::uint64_t rawLength,
   std::string head = HeadOf(name, rawLength, payload);
   sums_.append(head, kSumAt);
   head.append(payload);
+  contentBytes_ += rawLength;
   pieces_.push_back(std::move(head));
+}
+
+std::uint64_t SectionWriter::Bytes() const {
+  std::uint64_t bytes = 0;
+  for (const std::string& piece : pieces_) bytes += piece.size();
+  return bytes;
 }
 
 std::uint64_t SectionWriter::Sum() const { return XXH3_64bits(sums_.data(), sums_.size()); }

@@ -18,6 +18,9 @@ inline constexpr std::uint32_t kVersion = 1;
 // A scene file, or a single container, which the tests write and read.
 enum class ContentKind { Scene, Container };
 
+// Filled with zeros, for nothing but the size of the file.
+inline constexpr const char* kRoomSection = "ROOM";
+
 // A section as it stands in the file, compressed or not.
 struct Section {
   std::string name;
@@ -34,6 +37,9 @@ class SectionWriter {
   void Add(const std::string& name, std::string_view contents);
   // Takes a section as it was read.
   void AddAsItIs(const std::string& name, std::uint64_t rawLength, std::string_view payload);
+  // Of all that was added so far: as it stands in the file, and of the contents.
+  std::uint64_t Bytes() const;
+  std::uint64_t ContentBytes() const { return contentBytes_; }
   // One number for what was added so far: that of SumBefore.
   std::uint64_t Sum() const;
   // The file with its end, to be written piece by piece.
@@ -42,6 +48,7 @@ class SectionWriter {
  private:
   std::vector<std::string> pieces_;
   std::string sums_;
+  std::uint64_t contentBytes_ = 0;
 };
 
 // A file of which some sections are read and the others passed over: all of its frame is checked

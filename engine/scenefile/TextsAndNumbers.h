@@ -19,6 +19,8 @@ class TextWriter {
   // The row of a text. Asking for the text asked for last is quick.
   std::uint64_t Row(std::string_view text);
   std::string Contents() const;
+  // Bytes that a reader takes for them, rather too many than too few.
+  std::uint64_t MemoryToRead() const { return bytes_.size() * 4 + starts_.size() * 200; }
 
  private:
   std::string_view At(std::size_t row) const {
@@ -42,6 +44,7 @@ class TupleWriter {
   std::uint64_t Row(std::span<const std::uint64_t> words);
   // Appends the number of rows and the columns.
   void Put(std::string& out) const;
+  std::uint64_t MemoryToRead() const { return words_.size() * 48; }
 
  private:
   std::size_t width_;
@@ -54,6 +57,9 @@ struct NumberWriter {
   std::uint64_t Row(const host::BaseTime& time);
   std::uint64_t Row(const host::Matrix& matrix);
   std::string Contents() const;
+  std::uint64_t MemoryToRead() const {
+    return vectors.MemoryToRead() + times.MemoryToRead() + matrices.MemoryToRead();
+  }
 
   TupleWriter vectors{3};
   TupleWriter times{2};

@@ -322,8 +322,39 @@ TEST(SceneFileDamage, ExpansionIsBounded) {
   for (const std::string& piece : bomb.Finish()) file += piece;
   EXPECT_LT(file.size(), 20000u);
   EXPECT_EQ(engine::ReadScene(file, std::uint64_t{16} << 20).Message(),
-            "The file needs more memory than may be used for it (16 MB). Open it on a machine with "
-            "more memory.");
+            "The file needs more memory than may be used for it (16 MB). If you trust it, set "
+            "STAGEMARKS_OPEN_MEMORY to more, in GiB.");
+}
+
+// What a file may take grows with its size; a scene of alike elements that is shorter is filled up
+// when it is written, so that what was saved can be opened.
+TEST(SceneFileDamage, WhatAFileMayTakeGrowsWithItsSize) {
+  constexpr std::uint64_t kMega = 1 << 20;
+  EXPECT_EQ(engine::MemoryFor(0), 256 * kMega);
+  EXPECT_EQ(engine::MemoryFor(1093) / kMega, 257U);
+  EXPECT_EQ(engine::MemoryFor(263000) / kMega, 512U);
+  EXPECT_EQ(engine::RoomFor(256 * kMega, 0), 0U);
+  EXPECT_EQ(engine::RoomFor(512 * kMega, 263000), 0U);
+  EXPECT_EQ(engine::RoomFor(1024 * kMega, 0), 768 * kMega / 1024 + 1);
+  EXPECT_EQ(engine::RoomFor(std::uint64_t{1} << 50, std::uint64_t{1} << 40), 0U);
+
+  const Document many = EmptyScene();
+  for (int i = 0; i < 600000; ++i) many->AppendObject(host::BaseObject::Alloc(host::Onull));
+  const std::string bytes = Bytes(*many);
+  const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
+  ASSERT_NE(FindSection(sections, kRoomSection), nullptr);
+  SectionWriter shorter(ContentKind::Scene);
+  for (const Section& section : sections) {
+    if (section.name != kRoomSection)
+      shorter.AddAsItIs(section.name, section.rawLength, section.payload);
+  }
+  std::string file;
+  for (const std::string& piece : shorter.Finish()) file += piece;
+  EXPECT_LT(file.size(), 100000U);
+  EXPECT_NE(Refusal(file).find("needs more memory than may be used for it (2"), std::string::npos);
+  const auto opened = engine::ReadScene(bytes);
+  ASSERT_TRUE(opened) << opened.Message();
+  EXPECT_EQ(Bytes(*opened.Value()), bytes) << "the room is not kept twice";
 }
 
 // Each container holds the one before it twice: 40 rows, 2^40 entries.
