@@ -6,6 +6,13 @@
 
 namespace engine {
 
+// Memory that a file of so many bytes may ask for: flat pictures of 8192 pixels a side are short
+// in any format, and more takes more.
+std::uint64_t MemoryForImage(std::size_t fileBytes);
+// As CheckImageSize, and whether a file of `fileBytes` may claim that much.
+Status CheckImageClaim(std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel,
+                       std::size_t fileBytes);
+
 Result<Image> DecodeTiff(std::string_view bytes);
 Result<Image> DecodePng(std::string_view bytes);
 Result<Image> DecodeJpeg(std::string_view bytes);

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "engine/render/Codecs.h"
+#include "engine/render/ExrHead.h"
 
 namespace engine {
 
@@ -65,14 +66,16 @@ void Unpack(const Imf::Rgba& pixel, float* channels) {
 }
 
 Result<Image> Read(std::string_view bytes) {
+  if (Status claims = CheckExrClaims(bytes); !claims) return claims;
   MemoryStream stream(bytes);
   Imf::RgbaInputFile file(stream, 1);
   const Imath::Box2i window = file.dataWindow();
   const std::int64_t width = std::int64_t{window.max.x} - window.min.x + 1;
   const std::int64_t height = std::int64_t{window.max.y} - window.min.y + 1;
   if (width <= 0 || height <= 0) return Result<Image>::Failure("The OpenEXR picture is empty.");
-  const Status size = CheckImageSize(static_cast<std::uint64_t>(width),
-                                     static_cast<std::uint64_t>(height), 4 * sizeof(float));
+  const Status size =
+      CheckImageClaim(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height),
+                      4 * sizeof(float), bytes.size());
   if (!size) return size;
   Image image{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), {}, {}};
   image.floats.resize(image.PixelCount() * 4);

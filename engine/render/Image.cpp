@@ -82,6 +82,23 @@ Status CheckImageSize(std::uint64_t width, std::uint64_t height, std::uint64_t b
   return {};
 }
 
+std::uint64_t MemoryForImage(std::size_t fileBytes) {
+  constexpr std::uint64_t kOfAnyFile = 256U << 20;
+  constexpr std::uint64_t kPerByte = 4096;
+  return fileBytes > kLargestImageBytes / kPerByte
+             ? kLargestImageBytes
+             : std::min(kLargestImageBytes, kOfAnyFile + fileBytes * kPerByte);
+}
+
+Status CheckImageClaim(std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel,
+                       std::size_t fileBytes) {
+  if (Status size = CheckImageSize(width, height, bytesPerPixel); !size) return size;
+  if (width * height * bytesPerPixel <= MemoryForImage(fileBytes)) return {};
+  return Status::Failure("The picture claims " + std::to_string(width) + " x " +
+                         std::to_string(height) + " pixels, which a file of " +
+                         std::to_string(fileBytes) + " bytes is too short for.");
+}
+
 Result<Image> DecodeImage(std::string_view bytes) {
   for (const Kind& kind : kKinds) {
     if (bytes.substr(0, kind.magic.size()) == kind.magic) return kind.decode(bytes);

@@ -86,7 +86,8 @@ bool Read(JpegReading& reading, std::string_view bytes, Image& image) {
   if (setjmp(reading.errors.back)) return false;
   Begin(reading, bytes);
   jpeg_read_header(&reading.control, TRUE);
-  reading.size = CheckImageSize(reading.control.image_width, reading.control.image_height, 4);
+  reading.size =
+      CheckImageClaim(reading.control.image_width, reading.control.image_height, 4, bytes.size());
   if (!reading.size) return false;
   image.width = reading.control.image_width;
   image.height = reading.control.image_height;

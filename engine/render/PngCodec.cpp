@@ -42,7 +42,8 @@ Result<Image> DecodePng(std::string_view bytes) {
   if (!png_image_begin_read_from_memory(&control.image, bytes.data(), bytes.size())) {
     return control.Failure("The PNG picture cannot be read");
   }
-  if (Status size = CheckImageSize(control.image.width, control.image.height, 4); !size)
+  if (Status size = CheckImageClaim(control.image.width, control.image.height, 4, bytes.size());
+      !size)
     return size;
   control.image.format = PNG_FORMAT_RGBA;
   Image image{control.image.width, control.image.height, {}, {}};

@@ -151,7 +151,7 @@ bool LooksLikeTga(std::string_view bytes) {
 
 Result<Image> DecodeTga(std::string_view bytes) {
   Image image{Number16(bytes, 12), Number16(bytes, 14), {}, {}};
-  if (Status size = CheckImageSize(image.width, image.height, 4); !size) return size;
+  if (Status size = CheckImageClaim(image.width, image.height, 4, bytes.size()); !size) return size;
   const std::size_t start = kTgaHeaderSize + ByteAt(bytes, 0);
   if (start > bytes.size()) return Broken("TGA");
   const bool topDown = (ByteAt(bytes, 17) & kTgaTopDown) != 0;

@@ -73,11 +73,11 @@ struct CloseTiff {
 };
 using TiffFile = std::unique_ptr<TIFF, CloseTiff>;
 
-TiffFile Open(MemoryFile& file, const char* mode) {
+TiffFile Open(MemoryFile& file, const char* mode, std::uint64_t memory = kLargestImageBytes) {
   const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
                                                                              TIFFOpenOptionsFree);
   if (!options) return nullptr;
-  TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(kLargestImageBytes));
+  TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(memory));
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), KeepComplaint, &file);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), DropWarning, nullptr);
   return TiffFile(TIFFClientOpenExt("picture", mode, &file, ReadProc, WriteProc, SeekProc,
@@ -94,14 +94,16 @@ std::uint8_t Unmultiplied(std::uint32_t channel, std::uint32_t alpha) {
       alpha == 0 ? 0 : std::min<std::uint32_t>(255, (channel * 255 + alpha / 2) / alpha));
 }
 
-void Unpack(const std::vector<std::uint32_t>& raster, Image& image) {
-  image.bytes.resize(raster.size() * 4);
-  for (std::size_t i = 0; i < raster.size(); ++i) {
-    const std::uint32_t alpha = TIFFGetA(raster[i]);
-    image.bytes[i * 4] = Unmultiplied(TIFFGetR(raster[i]), alpha);
-    image.bytes[i * 4 + 1] = Unmultiplied(TIFFGetG(raster[i]), alpha);
-    image.bytes[i * 4 + 2] = Unmultiplied(TIFFGetB(raster[i]), alpha);
-    image.bytes[i * 4 + 3] = static_cast<std::uint8_t>(alpha);
+// In place: the bytes hold the pixels as the library packs them.
+void Unpack(std::vector<std::uint8_t>& bytes) {
+  for (std::size_t i = 0; i < bytes.size(); i += 4) {
+    std::uint32_t packed;
+    std::memcpy(&packed, &bytes[i], sizeof(packed));
+    const std::uint32_t alpha = TIFFGetA(packed);
+    bytes[i] = Unmultiplied(TIFFGetR(packed), alpha);
+    bytes[i + 1] = Unmultiplied(TIFFGetG(packed), alpha);
+    bytes[i + 2] = Unmultiplied(TIFFGetB(packed), alpha);
+    bytes[i + 3] = static_cast<std::uint8_t>(alpha);
   }
 }
 
@@ -132,18 +134,19 @@ bool WriteRows(TIFF* tiff, const Image& image) {
 
 Result<Image> DecodeTiff(std::string_view bytes) {
   MemoryFile file{bytes, nullptr, 0, {}};
-  const TiffFile tiff = Open(file, "rm");
+  const TiffFile tiff = Open(file, "rm", MemoryForImage(bytes.size()));
   if (!tiff) return Problem(file, "The TIFF picture cannot be read");
   Image image;
   TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &image.width);
   TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &image.height);
-  if (Status size = CheckImageSize(image.width, image.height, 4); !size) return size;
-  std::vector<std::uint32_t> raster(image.PixelCount());
-  if (TIFFReadRGBAImageOriented(tiff.get(), image.width, image.height, raster.data(),
+  if (Status size = CheckImageClaim(image.width, image.height, 4, bytes.size()); !size) return size;
+  image.bytes.resize(image.PixelCount() * 4);
+  if (TIFFReadRGBAImageOriented(tiff.get(), image.width, image.height,
+                                reinterpret_cast<std::uint32_t*>(image.bytes.data()),
                                 ORIENTATION_TOPLEFT, 1) != 1) {
     return Problem(file, "The TIFF picture is damaged or of an unusual kind");
   }
-  Unpack(raster, image);
+  Unpack(image.bytes);
   return image;
 }
 

@@ -18,7 +18,7 @@ Result<Image> DecodeWebp(std::string_view bytes) {
     return Answer::Failure("The WebP picture moves; only still ones are read.");
   const auto width = static_cast<std::uint32_t>(features.width);
   const auto height = static_cast<std::uint32_t>(features.height);
-  if (Status size = CheckImageSize(width, height, 4); !size) return size;
+  if (Status size = CheckImageClaim(width, height, 4, bytes.size()); !size) return size;
   Image image{width, height, {}, {}};
   image.bytes.resize(image.PixelCount() * 4);
   if (!WebPDecodeRGBAInto(data, bytes.size(), image.bytes.data(), image.bytes.size(),

@@ -3,8 +3,12 @@
 #include "engine/render/Image.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
+#include <functional>
 #include <map>
 
 #include "tests/support/ScratchFolder.h"
@@ -215,6 +219,78 @@ TEST(ImageFiles, SizesOutsideTheBoundsAreRefusedBeforeMemoryIsTaken) {
   EXPECT_TRUE(engine::CheckImageSize(16384, 16384, 4));
   EXPECT_FALSE(engine::EncodeTiff(Image()));
   EXPECT_FALSE(engine::EncodePng(Image{4, 4, {}, std::vector<float>(64)}));
+}
+
+// The most memory that decoding takes, in MiB; of a child, which is a copy of this process.
+long MebibytesToDecode(const std::string& file, std::string& message) {
+  const auto run = [](const std::function<void()>& work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      work();
+      ::_exit(0);
+    }
+    int status = 0;
+    rusage used{};
+    ::wait4(child, &status, 0, &used);
+    EXPECT_EQ(status, 0);
+    return used.ru_maxrss;
+  };
+  message = engine::DecodeImage(file).Message();
+  const long nothing = run([] {});
+  return (run([&] { (void)engine::DecodeImage(file); }) - nothing) / 1024;
+}
+
+// What such files claim is held against their size before memory is taken for it.
+TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
+  const auto patched = [](std::string file, std::size_t at, const std::string& bytes) {
+    return file.replace(at, bytes.size(), bytes);
+  };
+  const std::string exr = Picture("light.exr");
+  const auto exrWith = [&](const std::string& attribute, std::size_t skipped,
+                           const std::string& bytes) {
+    const std::size_t at = exr.find(attribute + '\0');
+    EXPECT_NE(at, std::string::npos) << attribute;
+    return patched(exr, at + attribute.size() + 1 + skipped, bytes);
+  };
+  const std::string large("\x70\x17\0\0\x70\x17\0\0", 8);  // 6000 twice
+  const std::string tga = std::string("\0\0\x0a\0\0\0\0\0\0\0\0\0\xff\x3f\xff\x3f\x18\0", 18);
+  // A head is "box2i", four bytes of length, left, top, right, bottom.
+  const std::size_t window = std::string("box2i").size() + 1 + 4 + 8;
+  std::string wide = engine::EncodeTiff(Gradient(16, 12)).Take();
+  for (const auto& [tag, size] : {std::pair(256, 16383U), {257, 16383U}, {278, 16383U}}) {
+    for (std::size_t at = 0; at + 12 <= wide.size(); ++at) {
+      const bool isTag = wide[at] == static_cast<char>(tag & 0xff) && wide[at + 1] == 1 &&
+                         (wide[at + 2] == 3 || wide[at + 2] == 4) && wide[at + 3] == 0 &&
+                         wide.substr(at + 4, 4) == std::string("\1\0\0\0", 4);
+      if (isTag)
+        wide = patched(wide, at + 8, {static_cast<char>(size), static_cast<char>(size >> 8U)});
+    }
+  }
+  struct Case {
+    const char* name;
+    std::string file;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"EXR window", exrWith("dataWindow", window, large), "which a file of"},
+      {"EXR length of an attribute", exrWith("dataWindow", 6, std::string("\xff\xff\xff\x7f", 4)),
+       "its head is damaged"},
+      {"TIFF", wide, "which a file of"},
+      {"TGA", tga + std::string(40, '\x81'), "which a file of"},
+      {"WebP",
+       std::string("RIFF\x1e\0\0\0WEBPVP8L\x11\0\0\0\x2f\xff\xff\xff\x0f", 25) +
+           std::string(12, '\0'),
+       ""},
+  };
+  for (const Case& c : cases) {
+    std::string message;
+    const long taken = MebibytesToDecode(c.file, message);
+    EXPECT_NE(message, "") << c.name;
+    EXPECT_NE(message.find(c.message), std::string::npos) << c.name << ": " << message;
+    EXPECT_LT(taken, 64) << c.name;
+  }
+  EXPECT_TRUE(engine::DecodeImage(engine::EncodePng(Gradient(4096, 2048)).Take()))
+      << "flat, and fine";
 }
 
 // Light beyond white is kept, what a half float cannot hold is bounded, and the note is found.
