@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <exception>
 
+#include "engine/application/PluginTrial.h"
+
 namespace engine {
 namespace {
 
@@ -110,7 +112,9 @@ LoadReport PluginLibraries::Load(const std::string& path, FileSystem& files, Sce
   libraries_.push_back(std::make_unique<Library>());
   Library& library = *libraries_.back();
   library.path = path;
-  LoadReport report = Open(library, files);
+  LoadReport report = CheckFile(library, files);
+  if (report.outcome == LoadOutcome::Loaded) report = Try(library, files, hooks);
+  if (report.outcome == LoadOutcome::Loaded) report = Open(library);
   if (report.outcome == LoadOutcome::Loaded) report = Start(library, files);
   if (report.outcome == LoadOutcome::Loaded) {
     for (const RegisteredHook& hook : library.hooks) hooks.Add(hook);
@@ -122,15 +126,41 @@ LoadReport PluginLibraries::Load(const std::string& path, FileSystem& files, Sce
   return report;
 }
 
-LoadReport PluginLibraries::Open(Library& library, FileSystem& files) {
+LoadReport PluginLibraries::CheckFile(const Library& library, FileSystem& files) const {
   const std::string& path = library.path;
   if (const std::string reason = WhyUntrusted(path); !reason.empty())
     return Report(LoadOutcome::Untrusted, path, reason);
   const FileKind kind = files.Kind(path);
   if (kind == FileKind::Missing)
     return Report(LoadOutcome::Missing, path, "there is no file \"" + path + "\"");
+  if (kind != FileKind::File)
+    return Report(LoadOutcome::NotALibrary, path,
+                  "the file \"" + path + "\" is no loadable library");
+  return Report(LoadOutcome::Loaded, path, "");
+}
+
+// A damaged file can end whoever loads it, in the loader already; so a child does all of it first,
+// from the loading to the unloading.
+LoadReport PluginLibraries::Try(Library& library, FileSystem& files, SceneHooks& hooks) {
+  const std::string why = WhyItWouldEnd([&] {
+    if (Open(library).outcome != LoadOutcome::Loaded) return;
+    if (Start(library, files).outcome == LoadOutcome::Loaded) {
+      for (const RegisteredHook& hook : library.hooks) hooks.Add(hook);
+      library.entries.end();
+      for (const RegisteredHook& hook : library.hooks) hooks.Remove(hook.id);
+    }
+    TakeBack(library);
+    dlclose(library.handle);
+  });
+  if (why.empty()) return Report(LoadOutcome::Loaded, library.path, "");
+  return Report(LoadOutcome::NotALibrary, library.path,
+                "the file \"" + library.path + "\" is damaged: when it is loaded, " + why +
+                    "; install the plug-in again");
+}
+
+LoadReport PluginLibraries::Open(Library& library) {
+  const std::string& path = library.path;
   const std::string noLibrary = "the file \"" + path + "\" is no loadable library";
-  if (kind != FileKind::File) return Report(LoadOutcome::NotALibrary, path, noLibrary);
   library.handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library.handle == nullptr)
     return Report(LoadOutcome::NotALibrary, path, noLibrary + " (" + dlerror() + ")");

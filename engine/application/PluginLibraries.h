@@ -51,7 +51,9 @@ class PluginLibraries {
     host::LONG takenId = 0;
   };
 
-  LoadReport Open(Library& library, FileSystem& files);
+  LoadReport CheckFile(const Library& library, FileSystem& files) const;
+  LoadReport Try(Library& library, FileSystem& files, SceneHooks& hooks);
+  LoadReport Open(Library& library);
   LoadReport Start(Library& library, FileSystem& files);
   bool IsTaken(host::LONG id) const;
   bool ClaimId(host::LONG id);

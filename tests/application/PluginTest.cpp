@@ -1,3 +1,8 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <map>
+
 #include "engine/dialog/Dialogs.h"
 #include "host/Host.h"
 #include "tests/application/Stage.h"
@@ -65,6 +70,44 @@ TEST_F(Plugins, WhatIsNoLibraryIsNamed) {
                             At("plugins/Text/Text.so") + "\" is no loadable library (";
   EXPECT_EQ(reports[2].message.substr(0, start.size()), start);
   EXPECT_EQ(application->LoadPlugins(At("nowhere")).size(), 0U);
+}
+
+// Cut files, and such with a byte flipped in what the system's loader reads: whatever comes of it, the
+// program lives. Each in a copy of this process, which says by its exit what it was told.
+TEST_F(Plugins, ADamagedFileEndsNothing) {
+  constexpr int kRefused = 1;
+  constexpr int kWouldEnd = 2;
+  const std::string path = Place("Good");
+  const std::string whole = tests::ReadText(path);
+  const auto load = [&](const std::string& bytes) {
+    std::filesystem::remove(path);  // no mapping of an earlier one sees the change
+    tests::WriteText(path, bytes);
+    const pid_t child = ::fork();
+    if (child == 0) {
+      const LoadReport report = application->LoadPlugin(path);
+      application->UnloadPlugins();
+      const bool wouldEnd = report.message.find("ends by signal") != std::string::npos;
+      ::_exit(wouldEnd ? kWouldEnd : report.outcome == LoadOutcome::Loaded ? 0 : kRefused);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  };
+  ASSERT_EQ(load(whole), 0);
+  std::map<int, int> ends;
+  for (std::size_t part = 0; part < 16; ++part)
+    ++ends[load(whole.substr(0, whole.size() * part / 16))];
+  std::string died;
+  for (std::size_t at = 24; at < whole.size(); at += std::max<std::size_t>(whole.size() / 150, 1)) {
+    std::string flipped = whole;
+    flipped[at] = static_cast<char>(flipped[at] ^ 0x5a);
+    const int end = load(flipped);
+    ++ends[end];
+    if (end < 0) died += std::to_string(at) + " ";
+  }
+  EXPECT_EQ(died, "");
+  EXPECT_GE(ends[kRefused], 8) << "what is cut off behind the loaded parts is never missed";
+  EXPECT_GE(ends[kWouldEnd], 1) << "or this test shows nothing";
 }
 
 TEST_F(Plugins, CodeThatOthersMayChangeIsNotRun) {
