@@ -86,7 +86,8 @@ std::vector<LedgerEntry> Ledger::FailuresSince(std::size_t mark) const {
 std::vector<std::string> Ledger::NotesSince(std::size_t mark) const {
   std::vector<std::string> notes;
   for (std::size_t i = mark; i < entries_.size(); ++i) {
-    if (entries_[i].operation == Operation::Note) notes.push_back(entries_[i].message);
+    if (entries_[i].operation == Operation::Note && entries_[i].succeeded)
+      notes.push_back(entries_[i].message);
   }
   return notes;
 }

@@ -157,7 +157,7 @@ class Cleaning {
 };
 
 void Index(RTCDevice device, Geometry& geometry) {
-  geometry.scene = rtcNewScene(device);
+  TracerScene& scene = geometry.scene.emplace(device);
   RTCGeometry triangles = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
   rtcSetSharedGeometryBuffer(triangles, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
                              geometry.triangles.data(), 0, sizeof(Geometry::Corners),
@@ -167,16 +167,12 @@ void Index(RTCDevice device, Geometry& geometry) {
   rtcSetSharedGeometryBuffer(triangles, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
                              geometry.points.data(), 0, sizeof(Vec), geometry.points.size());
   rtcCommitGeometry(triangles);
-  rtcAttachGeometry(geometry.scene, triangles);
+  rtcAttachGeometry(scene.Get(), triangles);
   rtcReleaseGeometry(triangles);
-  rtcCommitScene(geometry.scene);
+  scene.Build();
 }
 
 }  // namespace
-
-Geometry::~Geometry() {
-  if (scene) rtcReleaseScene(scene);
-}
 
 std::shared_ptr<const Geometry> MakeGeometry(RTCDevice device, const Mesh& mesh) {
   auto geometry = std::make_shared<Geometry>();

@@ -8,9 +8,11 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "engine/render/TracerScene.h"
 #include "engine/render/Vec.h"
 #include "engine/scene/Mesh.h"
 
@@ -30,12 +32,10 @@ struct Geometry {
   Box bounds;
   // Triangles left out because they have no area, no points or no finite ones
   std::size_t dropped = 0;
-  RTCScene scene = nullptr;
+  std::optional<TracerScene> scene;
 
-  Geometry() = default;
-  Geometry(const Geometry&) = delete;
-  Geometry& operator=(const Geometry&) = delete;
-  ~Geometry();
+  // Whether memory was too short for its search structure.
+  bool IsBroken() const { return scene && scene->IsBroken(); }
 };
 
 // Splits, cleans and indexes a mesh; null when nothing of it can be seen. Corners without normals

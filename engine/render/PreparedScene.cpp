@@ -1,5 +1,6 @@
 #include "engine/render/PreparedScene.h"
 
+#include <algorithm>
 #include <new>
 #include <set>
 
@@ -82,8 +83,14 @@ Result<std::shared_ptr<const PreparedScene>> PreparedScene::Make(ScenePicture sc
   if (!caches.Device()) return Answer::Failure("The ray tracer could not be started.");
   try {
     if (!Prepare(scene, caches, progress)) return Answer::Failure("The picture was stopped.");
-    std::shared_ptr<const PreparedScene> made(new PreparedScene(std::move(scene), caches.Device()));
-    if (caches.TakeError())
+    bool isShort = std::ranges::any_of(scene.instances, [](const Instance& instance) {
+      return instance.geometry && instance.geometry->IsBroken();
+    });
+    std::shared_ptr<const PreparedScene> made;
+    if (!isShort) made.reset(new PreparedScene(std::move(scene), caches.Device()));
+    isShort = isShort || made->rays_.IsBroken();
+    if (isShort) caches.ForgetGeometry();
+    if (isShort)
       return Answer::Failure("There is not enough memory for the geometry of the scene.");
     return made;
   } catch (const std::bad_alloc&) {

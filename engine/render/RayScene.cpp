@@ -105,30 +105,28 @@ struct RayScene::Triangle {
 };
 
 RayScene::RayScene(const ScenePicture& picture, RTCDevice device)
-    : picture_(picture), scene_(rtcNewScene(device)) {
+    : picture_(picture), scene_(device) {
   normals_.reserve(picture.instances.size());
   for (std::size_t i = 0; i < picture.instances.size(); ++i) {
     if (picture.instances[i].geometry)
       Attach(picture.instances[i], static_cast<unsigned>(i), device);
     AddNormals(picture.instances[i].frame);
   }
-  rtcCommitScene(scene_);
+  scene_.Build();
   if (!picture.bounds.IsEmpty()) size_ = Length(picture.bounds.high - picture.bounds.low);
 }
-
-RayScene::~RayScene() { rtcReleaseScene(scene_); }
 
 void RayScene::Attach(const Instance& instance, unsigned index, RTCDevice device) {
   const host::Matrix& m = instance.frame;
   const Vec columns[4] = {ToVec(m.v1), ToVec(m.v2), ToVec(m.v3), ToVec(m.off)};
   RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_INSTANCE);
-  rtcSetGeometryInstancedScene(geometry, instance.geometry->scene);
+  rtcSetGeometryInstancedScene(geometry, instance.geometry->scene->Get());
   rtcSetGeometryTransform(geometry, 0, RTC_FORMAT_FLOAT3X4_COLUMN_MAJOR, columns);
   const unsigned mask = MaskOf(instance, picture_.looks[instance.look]);
   hasSeeThroughCasters_ = hasSeeThroughCasters_ || (mask & kSeeThroughCaster);
   rtcSetGeometryMask(geometry, mask);
   rtcCommitGeometry(geometry);
-  rtcAttachGeometryByID(scene_, geometry, index);
+  rtcAttachGeometryByID(scene_.Get(), geometry, index);
   rtcReleaseGeometry(geometry);
 }
 
@@ -143,7 +141,7 @@ void RayScene::AddNormals(const host::Matrix& m) {
 
 bool RayScene::Find(const Ray& ray, unsigned mask, const RayCamera& camera,
                     Finding* finding) const {
-  const RTCRayHit hit = Shoot(scene_, ray, mask);
+  const RTCRayHit hit = Shoot(scene_.Get(), ray, mask);
   if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
   Describe(hit, ray, camera, finding);
   return true;
@@ -165,7 +163,7 @@ bool RayScene::IsBlocked(const Ray& ray) const {
   Fill(shadow, ray, kOpaqueCaster);
   RTCIntersectContext context;
   rtcInitIntersectContext(&context);
-  rtcOccluded1(scene_, &context, &shadow);
+  rtcOccluded1(scene_.Get(), &context, &shadow);
   return shadow.tfar < 0;
 }
 

@@ -6,6 +6,7 @@
 #include <embree3/rtcore.h>
 
 #include "engine/render/RayCamera.h"
+#include "engine/render/TracerScene.h"
 
 namespace engine {
 
@@ -39,7 +40,8 @@ class RayScene {
   RayScene(const ScenePicture& picture, RTCDevice device);
   RayScene(const RayScene&) = delete;
   RayScene& operator=(const RayScene&) = delete;
-  ~RayScene();
+  // Whether memory was too short for it: nothing is found in it then.
+  bool IsBroken() const { return scene_.IsBroken(); }
 
   // The nearest surface; `pixelSize` is the side of the seen area per distance and at no distance,
   // for the detail of textures.
@@ -74,7 +76,7 @@ class RayScene {
   const ScenePicture& picture_;
   std::vector<Normals> normals_;   // one per instance
   std::vector<float> handedness_;  // -1 where the frame of an instance mirrors
-  RTCScene scene_;
+  TracerScene scene_;
   bool hasSeeThroughCasters_ = false;
   float size_ = 1;
 };

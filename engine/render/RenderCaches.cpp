@@ -125,11 +125,9 @@ std::shared_ptr<const Texture> RenderCaches::TextureOf(TextureFile& file, std::s
   return texture;
 }
 
-bool RenderCaches::TakeError() {
-  if (rtcGetDeviceError(device_) == RTC_ERROR_NONE) return false;
+void RenderCaches::ForgetGeometry() {
   const std::lock_guard lock(geometriesLock_);
   geometries_.clear();
-  return true;
 }
 
 void RenderCaches::TidyGeometry() {

@@ -57,9 +57,8 @@ class RenderCaches {
   // The texture in a file, decoded when it is asked for the first time. Null, with the reason in
   // `*problem`, when it cannot be read; that is remembered, too.
   std::shared_ptr<const Texture> TextureOf(TextureFile& file, std::string* problem);
-  // Whether the ray tracer complained to this thread since the last call (it does when memory is
-  // short). All geometry is forgotten then.
-  bool TakeError();
+  // All of it, as when memory was too short for some: it is made anew when it is asked for.
+  void ForgetGeometry();
   // Forgets geometry whose mesh is gone. Called after each scene was prepared.
   void TidyGeometry();
 

@@ -32,10 +32,19 @@ Bool Show(const engine::Image& image, BaseBitmap& bitmap) {
   return TRUE;
 }
 
+std::string PathOf(const BaseDocument& doc) {
+  return (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
+}
+
 void TellNotes(engine::Ledger& ledger, const BaseDocument& doc,
                const std::vector<std::string>& notes) {
-  const std::string path = (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
-  for (const std::string& note : notes) ledger.AddNote(path, note);
+  for (const std::string& note : notes) ledger.AddNote(PathOf(doc), note);
+}
+
+// Who asked for the picture may save what there is of it and say nothing.
+void TellFailure(engine::Ledger& ledger, const BaseDocument& doc, const std::string& why) {
+  ledger.Add(
+      {engine::Operation::Note, PathOf(doc), "", false, "The picture was not rendered: " + why});
 }
 
 }  // namespace
@@ -55,7 +64,7 @@ LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHo
                                                 engine::RenderCaches::Shared(), report);
   if (!begun) {
     if (!goes) return RENDERRESULT_USERBREAK;
-    TellNotes(services.ledger, *doc, {"The picture was not rendered: " + begun.Message()});
+    TellFailure(services.ledger, *doc, begun.Message());
     return RENDERRESULT_FAILED;
   }
   engine::PictureInProgress& picture = *begun.Value();
@@ -64,10 +73,12 @@ LONG RenderDocument(BaseDocument* doc, const BaseContainer& settings, ProgressHo
     while (!picture.IsFinished()) {
       if (!picture.Refine(report)) return RENDERRESULT_USERBREAK;
     }
-    return Show(picture.Current(), *bitmap) ? RENDERRESULT_OK : RENDERRESULT_OUTOFMEMORY;
+    if (Show(picture.Current(), *bitmap)) return RENDERRESULT_OK;
   } catch (const std::bad_alloc&) {
-    return RENDERRESULT_OUTOFMEMORY;
+    // Told below.
   }
+  TellFailure(services.ledger, *doc, "There is not enough memory for it.");
+  return RENDERRESULT_OUTOFMEMORY;
 }
 
 }  // namespace host

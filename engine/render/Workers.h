@@ -3,7 +3,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <system_error>
+#include <exception>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -15,16 +16,28 @@ inline unsigned CoreCount(unsigned asked) {
 }
 
 // Runs `work(isCaller)` on that many threads, the calling one among them; fewer when the system has
-// no more. What the caller's own share throws comes out when the others have ended.
+// no more. What the caller's own share throws comes out when the others have ended; so does
+// std::bad_alloc where memory was too short for another's share.
 template <class Work>
 void OnThreads(unsigned count, const Work& work) {
-  std::vector<std::jthread> others;
-  try {
-    for (unsigned i = 1; i < count; ++i) others.emplace_back([&work] { work(false); });
-  } catch (const std::system_error&) {
-    // The others take the whole work over.
+  std::atomic<bool> isShort{false};
+  const auto share = [&] {
+    try {
+      work(false);
+    } catch (const std::bad_alloc&) {
+      isShort = true;
+    }
+  };
+  {
+    std::vector<std::jthread> others;
+    try {
+      for (unsigned i = 1; i < count; ++i) others.emplace_back(share);
+    } catch (const std::exception&) {
+      // No more threads, or no memory for them: those that run take the whole work over.
+    }
+    work(true);
   }
-  work(true);
+  if (isShort) throw std::bad_alloc();
 }
 
 }  // namespace engine

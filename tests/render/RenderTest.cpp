@@ -530,7 +530,7 @@ TEST(RenderDocument, TakesItsSizeFromTheSettings) {
   EXPECT_EQ(bitmap->GetBw(), 20);
   for (const host::LONG size : {-1, 100000, 2147483647})
     EXPECT_EQ(render(size, size), host::RENDERRESULT_FAILED);
-  EXPECT_EQ(services.ledger.NotesSince(0).size(), 4U);
+  EXPECT_EQ(services.ledger.FailuresSince(0).size(), 4U);
   EXPECT_EQ(host::RenderDocument(nullptr, {}, nullptr, nullptr, bitmap, 0, nullptr),
             host::RENDERRESULT_FAILED);
   host::BaseBitmap::Free(bitmap);
