@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "engine/render/Codecs.h"
+#include "engine/render/ImageDecoder.h"
 
 namespace engine {
 
@@ -99,7 +100,7 @@ Status CheckImageClaim(std::uint64_t width, std::uint64_t height, std::uint64_t 
                          std::to_string(fileBytes) + " bytes is too short for.");
 }
 
-Result<Image> DecodeImage(std::string_view bytes) {
+Result<Image> DecodeImageHere(std::string_view bytes) {
   for (const Kind& kind : kKinds) {
     if (bytes.substr(0, kind.magic.size()) == kind.magic) return kind.decode(bytes);
   }

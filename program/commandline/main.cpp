@@ -10,7 +10,9 @@
 #include <string_view>
 #include <system_error>
 
+#include "engine/application/ProgramPlaces.h"
 #include "engine/import/Import.h"
+#include "engine/render/ImageDecoder.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Report.h"
 #include "program/worker/StateWorker.h"
@@ -52,6 +54,11 @@ bool IsDescription(int count, char** words) {
 // DESCRIPTOR`.
 bool IsImportWorker(int count, char** words) {
   return count == 4 && std::string_view(words[1]) == engine::kImportWorkerVerb;
+}
+
+// So does the decoding of pictures: `stagemarks --decode-images DESCRIPTOR`.
+bool IsImageDecoder(int count, char** words) {
+  return count == 3 && std::string_view(words[1]) == engine::kImageDecoderVerb;
 }
 
 // The desktop shows states with the pictures of a child, which is this program called as
@@ -102,6 +109,8 @@ int EndOutput(StandardOutput& output, int status, bool forProgram) {
 
 int RunAndPrint(int count, char** words) {
   if (IsImportWorker(count, words)) return engine::RunImportWorker(words[2], std::atoi(words[3]));
+  if (IsImageDecoder(count, words)) return engine::RunImageDecoder(std::atoi(words[2]));
+  engine::DecodeImagesBy(engine::ImportWorkerProgram());
   if (IsStateWorker(count, words)) return worker::RunStateWorker();
   StandardOutput output;
   return EndOutput(output, Run(count, words), IsForProgram(count, words));

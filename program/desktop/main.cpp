@@ -8,6 +8,7 @@
 
 #include "engine/application/ProgramPlaces.h"
 #include "engine/outside/SystemServices.h"
+#include "engine/render/ImageDecoder.h"
 #include "program/desktop/Appearance.h"
 #include "program/desktop/ApplicationStyle.h"
 #include "program/desktop/MainWindow.h"
@@ -51,6 +52,7 @@ int Run(const QCommandLineParser& parser) {
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
   setup.importLimits = engine::ChosenImportLimits(there);
+  engine::DecodeImagesBy(setup.importWorker);
   engine::Application application(services.Get(), setup);
   application.NewDocument();
   MainWindow window(application, there, SettingsFile(services.Get().folders.config));

@@ -8,6 +8,7 @@
 #include "engine/application/ProgramPlaces.h"
 #include "engine/dialog/Dialogs.h"
 #include "engine/editing/FieldValue.h"
+#include "engine/render/ImageDecoder.h"
 #include "engine/scene/DocumentState.h"
 #include "host/Application.h"
 #include "program/outcome/Outcome.h"
@@ -110,6 +111,8 @@ Session::Session() : process_(getpid()) {
     system_ = std::make_unique<engine::SystemServices>(Person());
     engine::ApplicationSetup setup;
     setup.importWorker = engine::ImportWorkerProgram();
+    setup.importLimits = engine::ChosenImportLimits(Person());
+    engine::DecodeImagesBy(setup.importWorker);
     own_ = std::make_unique<engine::Application>(system_->Get(), setup);
     application_ = own_.get();
   } else {
