@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <set>
 #include <thread>
 
+#include "engine/outside/Services.h"
 #include "host/C4DThread.h"
 
 namespace engine {
@@ -23,6 +25,7 @@ struct ThreadBody {
   std::thread thread;
   std::thread::id runsOn;  // guarded by RunningThreads
   std::atomic<bool> stop{false};
+  std::atomic<bool> failed{false};
 };
 
 namespace {
@@ -85,14 +88,33 @@ class RunningThreads {
   std::set<ThreadBody*> running_;
 };
 
+// It has left also when Main throws: who waits for it would wait for ever.
 void Run(ThreadBody& body) {
-  RunningThreads::Get().Begin(body);
+  struct Stay {
+    explicit Stay(ThreadBody& given) : body(given) { RunningThreads::Get().Begin(body); }
+    Stay(const Stay&) = delete;
+    Stay& operator=(const Stay&) = delete;
+    ~Stay() { RunningThreads::Get().Leave(body); }
+    ThreadBody& body;
+  };
+  const Stay stay(body);
   body.owner.Main();
-  RunningThreads::Get().Leave(body);
+}
+
+// On a thread of its own, where nobody else could catch it.
+void RunBeside(ThreadBody& body) {
+  try {
+    Run(body);
+  } catch (...) {
+    body.failed = true;
+  }
 }
 
 void Join(ThreadBody& body) {
   if (body.thread.joinable()) body.thread.join();
+  if (body.failed.exchange(false))
+    PublishedServices().ledger.Add({Operation::Note, "thread", "", false,
+                                    "Work beside the scene failed, probably for lack of memory."});
 }
 
 }  // namespace
@@ -116,7 +138,12 @@ Bool C4DThread::Start(LONG mode, LONG) {
   if (mode == 0) {
     engine::Run(*body_);
   } else {
-    body_->thread = std::thread([body = body_.get()] { engine::Run(*body); });
+    try {
+      body_->thread = std::thread([body = body_.get()] { engine::RunBeside(*body); });
+    } catch (const std::exception&) {
+      RunningThreads::Get().Leave(*body_);  // the system has no thread for it, or no memory
+      return FALSE;
+    }
   }
   return TRUE;
 }
