@@ -31,8 +31,8 @@ void DropPrivileges();
 // From now on this process can compute, take memory, read what it may open, and write to what is
 // open: every other system call fails. No sockets, no processes or threads, no programs, no signals
 // but to itself, no code made in memory, no change to a file or its rights, no look at what a path
-// leads to. `areFilesConfined`: as AllowReadingOnly answered. False where the kernel has no means for
-// it (seccomp): nothing is confined then.
+// leads to. `areFilesConfined`: as AllowReadingOnly answered. False where the kernel has no means
+// for it (seccomp): nothing is confined then.
 bool AllowComputingOnly(bool areFilesConfined);
 
 }  // namespace engine

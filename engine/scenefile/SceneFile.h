@@ -25,8 +25,8 @@ Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc,
                                             const std::string& folder = "");
 
 // A new document without path and name. One that would
-// need more than `memoryLimit` bytes (0: what a file of its size may take) is refused. Names relative to
-// the file become absolute where its `folder` is given.
+// need more than `memoryLimit` bytes (0: what a file of its size may take) is refused. Names
+// relative to the file become absolute where its `folder` is given.
 Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0,
                                 const ProgressCallback& progress = {},
                                 const std::string& folder = "");

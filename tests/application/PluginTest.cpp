@@ -72,8 +72,8 @@ TEST_F(Plugins, WhatIsNoLibraryIsNamed) {
   EXPECT_EQ(application->LoadPlugins(At("nowhere")).size(), 0U);
 }
 
-// Cut files, and such with a byte flipped in what the system's loader reads: whatever comes of it, the
-// program lives. Each in a copy of this process, which says by its exit what it was told.
+// Cut files, and such with a byte flipped in what the system's loader reads: whatever comes of it,
+// the program lives. Each in a copy of this process, which says by its exit what it was told.
 TEST_F(Plugins, ADamagedFileEndsNothing) {
   constexpr int kRefused = 1;
   constexpr int kWouldEnd = 2;

@@ -67,8 +67,8 @@ class ShortMemory : public testing::Test, protected tests::PluginSession {
 
   std::string File(const std::string& name) const { return Folder() + "/" + name; }
 
-  // Lets one taking of memory of `act` fail, each of the first and some of all others, until it runs
-  // through; `check` looks after each. Both hear nothing of it.
+  // Lets one taking of memory of `act` fail, each of the first and some of all others, until it
+  // runs through; `check` looks after each. Both hear nothing of it.
   void FailAnywhere(const std::function<void()>& act, const std::function<void()>& check) {
     act();
     takings = 0;

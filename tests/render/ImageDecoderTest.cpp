@@ -1,5 +1,5 @@
-// Pictures decoded by a child: as in this process, and however the child ends, a message is all that
-// comes of it.
+// Pictures decoded by a child: as in this process, and however the child ends, a message is all
+// that comes of it.
 #include "engine/render/ImageDecoder.h"
 
 #include <gtest/gtest.h>
