@@ -19,6 +19,7 @@ inline constexpr const char* kAllScenes = "Scenes (*.c4d *.gltf *.glb *.obj *.fb
 inline constexpr const char* kOwnScenes = "Stagemarks scenes (*.c4d)";
 inline constexpr const char* kForeignScenes = "Scenes to import (*.gltf *.glb *.obj *.fbx *.dae)";
 inline constexpr const char* kPictureFiles = "Pictures (*.png *.tif *.tiff)";
+inline constexpr const char* kScripts = "Python scripts (*.py)";
 inline constexpr const char* kAnything = "All files (*)";
 
 // The absolute path chosen; nothing when canceled. Saving asks before a file is replaced and adds

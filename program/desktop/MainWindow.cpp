@@ -112,6 +112,8 @@ void MainWindow::BuildPanels() {
   panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea,
               new RenderSettingsPanel(this));
   panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
+  console_ = panels_.Add("console", "Console", Qt::BottomDockWidgetArea,
+                         new ScriptConsole(scripts_, this));
   auto* gallery =
       panels_.Add("gallery", "Gallery", Qt::RightDockWidgetArea,
                   new GalleryPanel(application_.GetServices(), settings_, states_, this));
@@ -143,6 +145,7 @@ void MainWindow::BuildMenus() {
   appearanceMenu_ = new AppearanceMenu(*view, settings_, this);
   BuildRenderMenu(*menuBar()->addMenu("&Render"), *this);
   BuildPluginMenu(*menuBar()->addMenu("&Plug-ins"), *this);
+  BuildScriptMenu(*menuBar()->addMenu("&Script"), *this);
   BuildWindowMenu(*menuBar()->addMenu("&Window"), *this);
   BuildHelpMenu(*menuBar()->addMenu("&Help"), *this);
   PutIcons(*menuBar());

@@ -21,6 +21,7 @@
 #include "program/desktop/panels/ObjectsPanel.h"
 #include "program/desktop/panels/SidePanels.h"
 #include "program/desktop/recovery/Autosave.h"
+#include "program/desktop/script/ScriptConsole.h"
 #include "program/desktop/view/Viewport.h"
 
 namespace desktop {
@@ -44,6 +45,7 @@ class MainWindow : public QMainWindow {
   ObjectTree& Objects() { return objects_->Tree(); }
   // The elements that the attributes panel shows; a panel may put its own there.
   engine::InspectedElements& Inspected() { return inspected_; }
+  ScriptConsole& Console() { return *console_; }
   EditMenu& Edit() { return *editMenu_; }
   CameraCommands& Cameras() { return *cameraCommands_; }
   AppearanceMenu& Appearance() { return *appearanceMenu_; }
@@ -95,6 +97,8 @@ class MainWindow : public QMainWindow {
   DocumentTabs* tabs_;
   Viewport* view_;
   ObjectsPanel* objects_;
+  ScriptRunner scripts_{person_};
+  ScriptConsole* console_ = nullptr;
   EditMenu* editMenu_ = nullptr;
   CameraCommands* cameraCommands_ = nullptr;
   CurrentStateMark currentState_{states_};

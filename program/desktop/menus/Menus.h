@@ -35,6 +35,7 @@ void BuildViewMenu(QMenu& menu, QMenu& create, MainWindow& window);
 void BuildRenderMenu(QMenu& menu, MainWindow& window);
 // Filled whenever it opens: plug-ins may be loaded later.
 void BuildPluginMenu(QMenu& menu, MainWindow& window);
+void BuildScriptMenu(QMenu& menu, MainWindow& window);
 void BuildWindowMenu(QMenu& menu, MainWindow& window);
 void BuildHelpMenu(QMenu& menu, MainWindow& window);
 
