@@ -28,4 +28,27 @@ set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-droid-fallback, evince | pdf-viewer, 
 if(STAGEMARKS_DESKTOP)
   set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
 endif()
+# What Python has is a package of its own: who does not write scripts needs no Python.
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_COMPONENTS_ALL Unspecified)
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME stagemarks)
+set(CPACK_DEBIAN_UNSPECIFIED_FILE_NAME DEB-DEFAULT)
+if(STAGEMARKS_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  math(EXPR next_python "${Python_VERSION_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-stagemarks)
+  set(CPACK_DEBIAN_PYTHON_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "stagemarks (= ${PROJECT_VERSION}-1), python3 (>= 3.${Python_VERSION_MINOR}), python3 (<< 3.${next_python})")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-numpy")
+  set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+"record, recall and export the states of a 3D scene (Python)
+Stagemarks records the state of a 3D scene under a name and brings it back.
+
+This package contains the Python module stagemarks, and what the desktop
+needs for its scripts and its console.")
+  set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SUGGESTS "python3-stagemarks")
+endif()
 include(CPack)

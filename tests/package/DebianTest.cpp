@@ -19,7 +19,9 @@ class DebianPackage : public testing::Test {
         {"-G", "DEB", "--config", TEST_BINARY_DIR "/CPackConfig.cmake", "-B", scratch_->Path()});
     EXPECT_EQ(made.status, 0) << made.out << made.err;
     for (const auto& entry : fs::directory_iterator(scratch_->Path())) {
-      if (entry.path().extension() == ".deb") file_ = entry.path().string();
+      if (entry.path().extension() != ".deb") continue;
+      const bool isPython = entry.path().filename().string().starts_with("python3-");
+      (isPython ? python_ : file_) = entry.path().string();
     }
     fs::create_directories(At("home"));
     fs::permissions(At("home"), fs::perms::owner_all);
@@ -39,10 +41,12 @@ class DebianPackage : public testing::Test {
 
   static std::unique_ptr<tests::ScratchFolder> scratch_;
   static std::string file_;
+  static std::string python_;
 };
 
 std::unique_ptr<tests::ScratchFolder> DebianPackage::scratch_;
 std::string DebianPackage::file_;
+std::string DebianPackage::python_;
 
 TEST_F(DebianPackage, SaysWhatItIsAndNeeds) {
   std::vector<std::pair<std::string, std::string>> parts{
@@ -87,6 +91,25 @@ TEST_F(DebianPackage, WorksWhereItIsUnpacked) {
   EXPECT_EQ(tests::ReadText(At("root/usr/" TEST_PARTS "/plugins/Stagemarks/help/SM_Manual.pdf"))
                 .substr(0, 5),
             "%PDF-");
+}
+
+// Scripts have a package of their own, which brings them to the programs of the same version.
+TEST_F(DebianPackage, PythonHasItsOwn) {
+  if (!tests::kHasPython) GTEST_SKIP() << "built without Python";
+  ASSERT_NE(python_, "");
+  const auto field = [](const char* name) {
+    return tests::RunChild("/usr/bin/dpkg-deb", {"-f", python_, name}).out;
+  };
+  EXPECT_EQ(field("Package"), "python3-stagemarks\n");
+  for (const char* needed : {"stagemarks (= " TEST_VERSION "-1)", "python3 (>= 3.", "libpython3."})
+    EXPECT_NE(field("Depends").find(needed), std::string::npos) << field("Depends");
+  EXPECT_EQ(Field("Depends").find("python"), std::string::npos) << Field("Depends");
+  for (const std::string& file : {file_, python_})
+    ASSERT_EQ(tests::RunChild("/usr/bin/dpkg-deb", {"-x", file, At("both")}).status, 0);
+  const ChildResult result = tests::RunBare(
+      TEST_PYTHON, {"-c", "import stagemarks; print(len(stagemarks.new().settings))"}, At("home"),
+      {{"PYTHONPATH", At("both/usr/lib/python3/dist-packages")}});
+  EXPECT_EQ(result.out, "1\n") << result.err;
 }
 
 TEST_F(DebianPackage, IsCleanToThePackageChecker) {

@@ -39,6 +39,12 @@ TEST_F(Installed, EveryPartLiesWhereOthersLookForIt) {
                   "share/man/man1/stagemarks-desktop.1.gz",
                   "share/metainfo/stagemarks-desktop.metainfo.xml"});
   }
+  if (tests::kHasPython) {
+    files.insert(files.end(), {"lib/python3/dist-packages/stagemarks/__init__.py",
+                               "lib/python3/dist-packages/stagemarks/_stagemarks.pyi",
+                               "lib/python3/dist-packages/stagemarks/py.typed",
+                               kParts + "/stagemarks-interpreter.so"});
+  }
   for (const std::string& file : files) EXPECT_TRUE(fs::is_regular_file(At(file))) << file;
   EXPECT_EQ(fs::exists(At("bin/stagemarks-desktop")), tests::kHasDesktop);
   // Pictures, and the manual where the toolkit to set it is there.
@@ -55,8 +61,9 @@ TEST_F(Installed, NothingRefersToTheBuild) {
     const ChildResult dynamic = tests::RunChild("/usr/bin/readelf", {"-d", path});
     ASSERT_EQ(dynamic.status, 0) << path;
     EXPECT_EQ(dynamic.out.find(TEST_BINARY_DIR), std::string::npos) << dynamic.out;
-    EXPECT_NE(dynamic.out.find("$ORIGIN/..") == std::string::npos,
-              path.find("engine") == std::string::npos)
+    EXPECT_NE(
+        dynamic.out.find("$ORIGIN/..") == std::string::npos,
+        path.find("engine") == std::string::npos && path.find("interpreter") == std::string::npos)
         << dynamic.out;
   }
 }
@@ -123,6 +130,24 @@ TEST_F(Installed, TheDesktopSaysWhatIsMissing) {
     EXPECT_NE((result.out + result.err).find(call.says), std::string::npos)
         << result.out << result.err;
   }
+}
+
+// The package finds engine, plug-in and importer from where it lies itself.
+TEST_F(Installed, PythonFindsItsPartsWhereItWasMoved) {
+  if (!tests::kHasPython) GTEST_SKIP() << "built without Python";
+  const ChildResult result = tests::RunBare(
+      TEST_PYTHON,
+      {"-c",
+       "import stagemarks, sys\n"
+       "with stagemarks.import_scene(sys.argv[1]) as doc:\n"
+       "    doc.states.record('Day')\n"
+       "    print(len(doc.objects), doc.states.names, stagemarks.__file__)\n"
+       "    print(stagemarks._stagemarks.importer_path())",
+       At(kSample)},
+      Home(), {{"PYTHONPATH", At("lib/python3/dist-packages")}, {"PYTHONDONTWRITEBYTECODE", "1"}});
+  EXPECT_EQ(result.out, "85 ['Day'] " + At("lib/python3/dist-packages/stagemarks/__init__.py") +
+                            "\n" + At("bin/stagemarks") + "\n")
+      << result.err;
 }
 
 // A file manager knows a scene by its first bytes.

@@ -15,6 +15,7 @@
 namespace tests {
 
 constexpr bool kHasDesktop = TEST_DESKTOP;
+constexpr bool kHasPython = TEST_WITH_PYTHON;
 
 // Whether a program that a test needs is installed on this machine.
 bool CanRun(const std::string& program);
