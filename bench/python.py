@@ -1,10 +1,13 @@
-"""What a script on one open scene costs beside calls of the program: the same steps, in turn a state loaded,
-an object switched and the scene recorded, in one process, as a call of the program each, and as lines of a
-few calls of `run`. All in one run and in turns, so that whatever else the machine does counts for all.
+"""What a script on one open scene costs beside calls of the program: the same steps, in turn a
+state loaded, an object switched and the scene recorded, in one process, as a call of the program
+each, and as lines of a few calls of `run`. All in one run and in turns, so that whatever else the
+machine does counts for all.
 
-    PYTHONPATH=build/release/lib/python3/dist-packages /usr/bin/python3 bench/python.py PROGRAM SCENE [STEPS]
+    PYTHONPATH=build/release/lib/python3/dist-packages \\
+        /usr/bin/python3 bench/python.py PROGRAM SCENE [STEPS]
 
-SCENE has Stagemarks. STEPS is 600 at first. Prints seconds, and the share of the calls that the module takes.
+SCENE has Stagemarks. STEPS is 600 at first. Prints seconds, and the share of the calls that the
+module takes.
 """
 
 import os

@@ -65,27 +65,18 @@ FoundList Meant(engine::Result<std::vector<T*>> found) {
   return list;
 }
 
-template <class T>
-FoundList Meant(engine::Result<T*> found) {
-  if (!found) throw Failure(Fault::NotFound, found.Message());
-  return {FoundOf(*found.Value())};
-}
-
 // By name or pattern, of what the shell has no words for.
-FoundList FindNamed(const BaseDocument& doc, Kind kind, const std::string& typed) {
+FoundList FindNamed(const BaseDocument& doc, const FoundList& all, const std::string& what,
+                    const std::string& typed) {
   FoundList found;
   const bool isPattern = lookup::IsPattern(typed);
-  for (const GeListNode* node = FirstOf(doc, kind); node; node = engine::NextInTree(node)) {
-    const std::string name = static_cast<const BaseList2D*>(node)->GetName().ToUtf8();
-    if (isPattern ? lookup::MatchesPattern(name, typed) : name == typed)
-      found.push_back(FoundOf(*node));
+  for (const Found& one : all) {
+    const std::string name = engine::FindNode(&doc, one.first)->GetName().ToUtf8();
+    if (isPattern ? lookup::MatchesPattern(name, typed) : name == typed) found.push_back(one);
   }
-  const char* const word = kind == Kind::Settings ? "render settings" : "material";
-  if (found.empty())
-    throw Failure(Fault::NotFound, "There is no " + std::string(word) + " \"" + typed + "\".");
+  if (found.empty()) throw Failure(Fault::NotFound, "There is no " + what + " \"" + typed + "\".");
   if (found.size() > 1 && !isPattern)
-    throw Failure(Fault::NotFound, "There are several " + std::string(word) + " \"" + typed +
-                                       "\". Rename one first.");
+    throw Failure(Fault::NotFound, "There are several " + what + " \"" + typed + "\".");
   return found;
 }
 
@@ -104,9 +95,9 @@ FoundList FindIn(DocumentId document, Kind kind, const std::string& typed) {
   const BaseDocument& doc = Find(document);
   if (kind == Kind::Objects) return Meant(lookup::FindObjects(doc, typed));
   if (kind == Kind::Layers) return Meant(lookup::FindLayers(doc, typed));
-  if (kind == Kind::Materials && !lookup::IsPattern(typed))
-    return Meant(lookup::FindMaterial(doc, typed));
-  return FindNamed(doc, kind, typed);
+  if (kind == Kind::Materials) return Meant(lookup::FindMaterials(doc, typed));
+  return FindNamed(doc, List(document, kind), kind == Kind::Tags ? "tags" : "render settings",
+                   typed);
 }
 
 bool IsThere(DocumentId document, ElementId element) {

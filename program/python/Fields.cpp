@@ -1,5 +1,5 @@
-// The fields of elements for scripts: values as the attributes show them, checked before anything is
-// changed.
+// The fields of elements for scripts: values as the attributes show them, checked before anything
+// is changed.
 #include <algorithm>
 #include <cctype>
 #include <cmath>

@@ -1,5 +1,5 @@
-// Pictures and files of states for scripts: rendered, exported, published. The document is as before
-// afterwards. Every function throws a Failure where it cannot. The thread of the session.
+// Pictures and files of states for scripts: rendered, exported, published. The document is as
+// before afterwards. Every function throws a Failure where it cannot. The thread of the session.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Session: what scripts work on: the application with the plug-in loaded, its documents by number
 // and the steps that are open. The first call makes it, or finds the application of the desktop
-// that the script runs in. Scripts hold numbers only, so that nothing they keep can dangle: whatever
-// is gone is refused with a Failure. It belongs to the thread that made it.
+// that the script runs in. Scripts hold numbers only, so that nothing they keep can dangle:
+// whatever is gone is refused with a Failure. It belongs to the thread that made it.
 #pragma once
 
 #include <sys/types.h>

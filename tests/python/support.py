@@ -1,4 +1,4 @@
-"""What the tests of the package share: a folder of their own, settings of their own, a small scene."""
+"""What the tests of the package share: a folder and settings of their own, and a small scene."""
 
 import os
 import shutil

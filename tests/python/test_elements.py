@@ -145,6 +145,12 @@ class Trees(support.WithScene):
         texture = next(tag for tag in tags if isinstance(tag, stagemarks.TextureTag))
         self.assertIn(texture, texture.object.tags)
         self.assertIn(texture.material, self.doc.materials)
+        self.assertEqual(self.doc.materials.find("*"), list(self.doc.materials))
+        texture.name = "Wood"
+        self.assertEqual(self.doc.tags.find("W*"), [texture])
+        self.assertEqual(self.doc.tags["Wood"], texture)
+        with self.assertRaises(stagemarks.NotFoundError):
+            self.doc.settings["Wood"]
 
     def test_the_selection_is_read_and_set(self):
         objects = list(self.doc.objects)[:2]
@@ -152,6 +158,64 @@ class Trees(support.WithScene):
         self.assertEqual(self.doc.objects.selected, objects)
         self.doc.objects.selected = []
         self.assertEqual(self.doc.objects.selected, [])
+        self.assertEqual(self.doc.undo_names, [])
+
+
+class Additions(support.WithScene):
+    def test_what_is_added_stands_where_it_shall(self):
+        group = self.doc.objects.add("null", "Rig", at=(100, 0, 0), scale=(2, 2, 2))
+        camera = self.doc.objects.add("Camera", "Front", parent=group, at=(0, 50, -900),
+                                      look_at=(0, 50, 0))
+        self.assertIsInstance(camera, stagemarks.Camera)
+        self.assertEqual((camera.parent, camera.path), (group, "/Rig/Front"))
+        for one, other in zip(camera.position, (-50, 25, -450)):
+            self.assertAlmostEqual(one, other, 6)
+        camera.place(rotation=(0, 90, 0))
+        self.assertAlmostEqual(camera.rotation[1], 90, 6)
+        sizes = [len(self.doc.materials), len(self.doc.layers), len(self.doc.settings)]
+        red = self.doc.materials.add("Red", (1, 0, 0))
+        camera.set_material(red)
+        camera.layer = self.doc.layers.add("Rigs")
+        self.doc.settings.active = self.doc.settings.add("Large")
+        self.assertEqual(red.color, (1, 0, 0))
+        self.assertEqual([tag.material for tag in camera.tags], [red])
+        while self.doc.undo():
+            pass
+        self.assertFalse(camera.exists or group.exists)
+        self.assertEqual(
+            [len(self.doc.materials), len(self.doc.layers), len(self.doc.settings)], sizes
+        )
+
+    def test_what_is_removed_comes_back_by_undo(self):
+        first, second = list(self.doc.objects)[:2]
+        material = self.doc.materials[0]
+        count = len(self.doc.objects)
+        for remove, gone in (
+            (first.remove, [first]),
+            (lambda: self.doc.objects.remove([first, second]), [first, second]),
+            (material.remove, [material]),
+            (self.doc.tags[0].remove, [self.doc.tags[0]]),
+        ):
+            remove()
+            self.assertEqual([one for one in gone if one.exists], [])
+            with self.assertRaisesRegex(stagemarks.ClosedError, "not in the document"):
+                gone[0].path
+            self.assertTrue(self.doc.undo())
+            self.assertEqual([one for one in gone if not one.exists], [])
+        self.assertEqual(len(self.doc.objects), count)
+        self.doc.settings.active.remove()
+        self.assertEqual(len(self.doc.settings), 1)
+
+    def test_what_cannot_be_added_or_placed_changes_nothing(self):
+        first = self.doc.objects[0]
+        for call, error in (
+            (lambda: self.doc.objects.add("teapot"), "Cube"),
+            (lambda: self.doc.objects.add("cube", at=(1, 2)), "Three numbers"),
+            (lambda: first.place(at=(1, 2, float("inf"))), "Three numbers"),
+            (lambda: self.doc.objects.remove([first, self.doc.settings.active]), "one kind"),
+        ):
+            with self.assertRaisesRegex(ValueError, error):
+                call()
         self.assertEqual(self.doc.undo_names, [])
 
 

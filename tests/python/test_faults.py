@@ -1,4 +1,4 @@
-"""What scripts do wrong: things that are gone, threads, forks, callbacks that fail, interruptions."""
+"""What scripts do wrong: things that are gone, threads, forks, failing callbacks, interruptions."""
 
 import gc
 import os

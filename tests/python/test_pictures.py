@@ -70,7 +70,8 @@ class Pictures(support.WithScene):
     def test_states_are_exported(self):
         exported = self.doc.states.export(self.at("out"), layout="file", allow_missing=True)
         self.assertEqual(
-            sorted(os.path.basename(one) for one in exported.scenes), ["spider Day.c4d", "spider Night.c4d"]
+            sorted(os.path.basename(one) for one in exported.scenes),
+            ["spider Day.c4d", "spider Night.c4d"],
         )
         with stagemarks.open(exported.scenes[1]) as night:
             self.assertEqual(night.objects[0].render_mode, "off")
@@ -110,7 +111,8 @@ class Texts(support.WithScene):
         self.assertEqual((change.part, change.kind), ("objects", "changed"))
         self.assertEqual("/" + change.path, self.first.path)
         (field,) = change.fields
-        self.assertEqual((field.label, field.left, field.right), ("Render mode", "Undefined", "Off"))
+        values = (field.label, field.left, field.right)
+        self.assertEqual(values, ("Render mode", "Undefined", "Off"))
         self.assertEqual(self.doc.states["Night"].diff(), [])
         self.assertEqual(len(self.doc.states["Day"].diff()), 1)
         self.assertEqual(self.doc.states["Day"].diff(parts=["camera"]), [])

@@ -15,7 +15,9 @@ try:
 except ImportError:
     numpy = None
 
-RECIPE = re.compile(r"^### (\d+)\. (.*?)\n+```python\n(.*?)```\n(?:\n```text\n(.*?)```\n)?", re.M | re.S)
+RECIPE = re.compile(
+    r"^### (\d+)\. (.*?)\n+```python\n(.*?)```\n(?:\n```text\n(.*?)```\n)?", re.M | re.S
+)
 
 
 def recipes():

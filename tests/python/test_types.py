@@ -1,5 +1,5 @@
-"""The types of the package: the stub of the compiled part against that part, and the package by a type
-checker, where there is one; CI has it."""
+"""The types of the package: the stub of the compiled part against that part, and the package by a
+type checker, where there is one; CI has it."""
 
 import ast
 import importlib.util

@@ -1,11 +1,44 @@
 // Elements and their fields, as functions of the module.
-#include "program/python/Elements.h"
+#include "program/python/Additions.h"
 
 #include "program/python/module/Binding.h"
 
 namespace scripting {
 
-void DefineElements(py::module_& module) {
+namespace {
+
+using Numbers = std::vector<double>;
+
+void DefineAdditions(py::module_& module) {
+  const auto document = py::arg("document");
+  const auto name = py::arg("name");
+  module.def(
+      "add_object",
+      [](DocumentId number, const std::string& type, const std::string& called, ElementId parent,
+         Numbers at, Numbers lookAt, Numbers rotation, Numbers scale) {
+        return Run([&] {
+          return AddObjectOf(number, type, called, parent, {at, lookAt, rotation, scale});
+        });
+      },
+      document, py::arg("type"), name, py::arg("parent"), py::arg("at"), py::arg("look_at"),
+      py::arg("rotation"), py::arg("scale"));
+  module.def(
+      "place",
+      [](DocumentId number, const std::vector<ElementId>& objects, Numbers at, Numbers lookAt,
+         Numbers rotation, Numbers scale) {
+        return Run([&] { return Place(number, objects, {at, lookAt, rotation, scale}); });
+      },
+      document, py::arg("objects"), py::arg("at"), py::arg("look_at"), py::arg("rotation"),
+      py::arg("scale"));
+  Define(module, "add_material", &AddMaterialOf, document, name, py::arg("color"));
+  Define(module, "add_layer", &AddLayerOf, document, name);
+  Define(module, "add_settings", &AddSettingsOf, document, name);
+  Define(module, "remove", &Remove, document, py::arg("elements"));
+  Define(module, "give_material", &GiveMaterialTo, document, py::arg("objects"),
+         py::arg("material"));
+}
+
+void DefineKinds(py::module_& module) {
   py::enum_<Kind>(module, "Kind", "What a list of a document holds.")
       .value("OBJECTS", Kind::Objects)
       .value("MATERIALS", Kind::Materials)
@@ -23,6 +56,12 @@ void DefineElements(py::module_& module) {
       .def_readonly("tip", &FieldFacts::tip)
       .def_readonly("choices", &FieldFacts::choices);
   module.def("all_fields", [] { return AllFields(); });
+}
+
+}  // namespace
+
+void DefineElements(py::module_& module) {
+  DefineKinds(module);
   const auto document = py::arg("document");
   const auto element = py::arg("element");
   const auto elements = py::arg("elements");
@@ -39,6 +78,7 @@ void DefineElements(py::module_& module) {
   Define(module, "select", &Select, document, kind, elements);
   Define(module, "fields_of", &FieldsOfType, document, element);
   Define(module, "read", &ReadValue, document, element, py::arg("field"));
+  DefineAdditions(module);
   Define(module, "write", &WriteValue, document, elements, py::arg("field"), py::arg("value"));
 }
 

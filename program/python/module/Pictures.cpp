@@ -5,7 +5,9 @@
 
 namespace scripting {
 
-void DefinePictures(py::module_& module) {
+namespace {
+
+void DefineAnswers(py::module_& module) {
   py::class_<Picture>(module, "Pixels", py::buffer_protocol(),
                       "A picture in memory: a buffer of height x width x 4 bytes.")
       .def_buffer([](Picture& picture) {
@@ -22,6 +24,12 @@ void DefinePictures(py::module_& module) {
       .def_readonly("scenes", &Exported::scenes)
       .def_readonly("written", &Exported::written)
       .def_readonly("missing", &Exported::missing);
+}
+
+}  // namespace
+
+void DefinePictures(py::module_& module) {
+  DefineAnswers(module);
   const auto document = py::arg("document");
   Define(module, "render", &Render, document, py::arg("state"), py::arg("size"), py::arg("path"),
          py::arg("overwrite"), py::arg("threads"));

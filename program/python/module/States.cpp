@@ -7,7 +7,7 @@ namespace scripting {
 
 namespace {
 
-void DefineFacts(py::module_& module) {
+void DefineRecorded(py::module_& module) {
   py::class_<StateFacts>(module, "StateFacts", "A Stagemark as the list shows it.")
       .def_readonly("name", &StateFacts::name)
       .def_readonly("date", &StateFacts::date)
@@ -21,6 +21,15 @@ void DefineFacts(py::module_& module) {
       .def_readonly("render_settings", &Loaded::renderSettings)
       .def_readonly("camera", &Loaded::camera)
       .def_readonly("parts", &Loaded::parts);
+  py::enum_<Bulk>(module, "Bulk", "What is done to several states at once.")
+      .value("UPDATE", Bulk::Update)
+      .value("OBJECTS", Bulk::Objects)
+      .value("TAGS", Bulk::Tags)
+      .value("LAYERS", Bulk::Layers)
+      .value("CAMERA", Bulk::Camera);
+}
+
+void DefineTold(py::module_& module) {
   py::class_<FieldDifference>(module, "FieldDifference", "A value that is not the same.")
       .def_readonly("label", &FieldDifference::label)
       .def_readonly("left", &FieldDifference::left)
@@ -44,18 +53,13 @@ void DefineFacts(py::module_& module) {
       .def_readonly("states", &Taken::states)
       .def_readonly("missing", &Taken::missing)
       .def_readonly("ambiguous", &Taken::ambiguous);
-  py::enum_<Bulk>(module, "Bulk", "What is done to several states at once.")
-      .value("UPDATE", Bulk::Update)
-      .value("OBJECTS", Bulk::Objects)
-      .value("TAGS", Bulk::Tags)
-      .value("LAYERS", Bulk::Layers)
-      .value("CAMERA", Bulk::Camera);
 }
 
 }  // namespace
 
 void DefineStates(py::module_& module) {
-  DefineFacts(module);
+  DefineRecorded(module);
+  DefineTold(module);
   const auto document = py::arg("document");
   const auto name = py::arg("name");
   const auto typed = py::arg("typed");

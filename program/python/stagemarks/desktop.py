@@ -115,7 +115,7 @@ def _steps(name: str) -> Iterator[None]:
 
 
 def _shown(error: BaseException) -> str:
-    """Prints what a script failed with, without the insides of this package; the last line of it."""
+    """Prints what a script failed with, without the insides of this package; its last line."""
     told = traceback.TracebackException.from_exception(error)
     one: Optional[traceback.TracebackException] = told
     while one is not None:

@@ -14,7 +14,9 @@ from .elements import (
     Element,
     ElementList,
     Layer,
+    LayerList,
     Material,
+    MaterialList,
     Object,
     ObjectList,
     RenderSettings,
@@ -88,14 +90,14 @@ class Document(Fielded):
         return ElementList(self, _core.Kind.TAGS, Tag)
 
     @property
-    def materials(self) -> ElementList[Material]:
+    def materials(self) -> MaterialList:
         """All materials."""
-        return ElementList(self, _core.Kind.MATERIALS, Material)
+        return MaterialList(self)
 
     @property
-    def layers(self) -> ElementList[Layer]:
+    def layers(self) -> LayerList:
         """All layers."""
-        return ElementList(self, _core.Kind.LAYERS, Layer)
+        return LayerList(self)
 
     @property
     def settings(self) -> SettingsList:

@@ -41,8 +41,10 @@ __all__ = [
     "ElementList",
     "Field",
     "Layer",
+    "LayerList",
     "Light",
     "Material",
+    "MaterialList",
     "Object",
     "ObjectList",
     "Plane",
@@ -53,6 +55,10 @@ __all__ = [
     "TextureTag",
     "Torus",
 ]
+
+
+def _numbers(given: Optional[Iterable[float]]) -> List[float]:
+    return [] if given is None else [float(number) for number in given]
 
 
 class Element(Fielded):
@@ -86,6 +92,10 @@ class Element(Fielded):
     def path(self) -> str:
         """Where it stands: "/Room/Lamp"; of a tag "Wood on Room/Lamp"."""
         return _core.path_of(self._number, self._element)
+
+    def remove(self) -> None:
+        """Takes it out of its document, with all below it; an undo step."""
+        _core.remove(self._number, [self._element])
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Element):
@@ -124,6 +134,24 @@ class Object(Named):
         """The object that it hangs below, None at the top."""
         element, type = _core.above(self._number, self._element)
         return cast(Object, make(self._document, element, type, Object)) if element else None
+
+    def place(
+        self,
+        at: Optional[Iterable[float]] = None,
+        look_at: Optional[Iterable[float]] = None,
+        *,
+        rotation: Optional[Iterable[float]] = None,
+        scale: Optional[Iterable[float]] = None,
+    ) -> None:
+        """Puts it somewhere in the scene, whatever it hangs below, in one undo step; what is not
+        given stays as it is. Three numbers each, angles in degrees. Looking at a point, cameras and
+        lights face it upright."""
+        where = [_numbers(one) for one in (at, look_at, rotation, scale)]
+        _core.place(self._number, [self._element], *where)
+
+    def set_material(self, material: Optional[Material]) -> None:
+        """Gives its texture tag a material, or none; an object without such a tag gets one."""
+        _core.give_material(self._number, [self._element], material._element if material else 0)
 
     @property
     def children(self) -> List[Object]:
@@ -395,6 +423,10 @@ class ElementList(Generic[E]):
         given = to_core(self._document._number, place, value)
         _core.write(self._document._number, [one._element for one in these], place, given)
 
+    def remove(self, elements: Iterable[E]) -> None:
+        """Takes elements out of the document, with all below them, in one undo step."""
+        _core.remove(self._document._number, [one._element for one in elements])
+
     @property
     def selected(self) -> List[E]:
         """What is selected of them; assigning selects these and no others. No undo step."""
@@ -418,10 +450,52 @@ class ObjectList(ElementList[Object]):
     def __init__(self, document: Document) -> None:
         super().__init__(document, _core.Kind.OBJECTS, Object)
 
+    def add(
+        self,
+        type: str,
+        name: str = "",
+        *,
+        parent: Optional[Object] = None,
+        at: Optional[Iterable[float]] = None,
+        look_at: Optional[Iterable[float]] = None,
+        rotation: Optional[Iterable[float]] = None,
+        scale: Optional[Iterable[float]] = None,
+    ) -> Object:
+        """A new object, in one undo step: "null", "cube", "sphere", "cone", "disc", "cylinder",
+        "torus", "plane", "camera" or "light". Where it stands is told in coordinates of the scene,
+        see Object.place; without a name it gets that of its type."""
+        where = [_numbers(one) for one in (at, look_at, rotation, scale)]
+        above = parent._element if parent else 0
+        made = _core.add_object(self._document._number, type, name, above, *where)
+        return self._make([made])[0]
+
     @property
     def roots(self) -> List[Object]:
         """Those at the top."""
         return [one for one in self if one.parent is None]
+
+
+class MaterialList(ElementList[Material]):
+    """The materials of a document."""
+
+    def __init__(self, document: Document) -> None:
+        super().__init__(document, _core.Kind.MATERIALS, Material)
+
+    def add(self, name: str, color: Optional[Iterable[float]] = None) -> Material:
+        """A new material with a plain color, in one undo step."""
+        made = _core.add_material(self._document._number, name, _numbers(color))
+        return self._make([made])[0]
+
+
+class LayerList(ElementList[Layer]):
+    """The layers of a document, all levels."""
+
+    def __init__(self, document: Document) -> None:
+        super().__init__(document, _core.Kind.LAYERS, Layer)
+
+    def add(self, name: str) -> Layer:
+        """A new layer, in one undo step."""
+        return self._make([_core.add_layer(self._document._number, name)])[0]
 
 
 class SettingsList(ElementList[RenderSettings]):
@@ -429,6 +503,10 @@ class SettingsList(ElementList[RenderSettings]):
 
     def __init__(self, document: Document) -> None:
         super().__init__(document, _core.Kind.SETTINGS, RenderSettings)
+
+    def add(self, name: str) -> RenderSettings:
+        """New render settings with the host's defaults, in one undo step."""
+        return self._make([_core.add_settings(self._document._number, name)])[0]
 
     @property
     def active(self) -> RenderSettings:

@@ -335,8 +335,8 @@ class States:
         allow_missing: bool = False,
         progress: Optional[Progress] = None,
     ) -> _core.Exported:
-        """Exports states, all without names, as scene files into a folder, which is made where it is
-        missing: all, or with an Error what was possible. The answer has scenes, written (all files
+        """Exports states, all without names, as scene files into a folder, which is made where it
+        is missing: all, or with an Error what was possible. The answer has scenes, written (all files
         and folders) and missing (textures).
 
         layout: "file", "folders", "project" or "one-tex", as the dialog has them. frames: first and
@@ -364,8 +364,8 @@ class States:
         each. The paths of the files. RefusedError for files there that were not published, unless
         they are to be replaced (overwrite).
 
-        format: "glb" or "gltf", which has other files beside it. omit_hidden: leave out objects that
-        render in none of the states.
+        format: "glb" or "gltf", which has other files beside it. omit_hidden: leave out objects
+        that render in none of the states.
         """
         with listening(progress):
             return _core.publish(
