@@ -45,6 +45,11 @@ std::string CheckTarget(const host::BaseDocument& doc, const std::string& path, 
   return target;
 }
 
+void CheckNoStep(DocumentId document) {
+  if (!Session::Get().HasStep(document)) return;
+  throw Failure(Fault::Misused, "A step of this document is open: undo works between steps.");
+}
+
 }  // namespace
 
 Opened Open(const std::string& path) {
@@ -119,12 +124,14 @@ std::string Save(DocumentId document, const std::string& path, bool overwrite, d
 }
 
 bool Undo(DocumentId document) {
+  CheckNoStep(document);
   const bool done = Find(document).DoUndo();
   if (done) host::EventAdd();
   return done;
 }
 
 bool Redo(DocumentId document) {
+  CheckNoStep(document);
   const bool done = Find(document).DoRedo();
   if (done) host::EventAdd();
   return done;

@@ -201,6 +201,11 @@ void Session::EndStep(int step, bool keep) {
   }
 }
 
+bool Session::HasStep(DocumentId document) const {
+  return std::ranges::any_of(
+      steps_, [document](const OpenStep& open) { return open.document == document; });
+}
+
 void Session::DropSteps(DocumentId document) {
   const auto isOfIt = [document](const OpenStep& open) { return open.document == document; };
   std::erase_if(steps_, isOfIt);

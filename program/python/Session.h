@@ -106,6 +106,7 @@ class Session {
   // Of the innermost one; else all inside it end with it. Without `keep` everything is taken back,
   // what is recorded too.
   void EndStep(int step, bool keep);
+  bool HasStep(DocumentId document) const;
   // Ends the steps of a document.
   void DropSteps(DocumentId document);
 

@@ -107,6 +107,8 @@ class Steps(support.WithScene):
                 one.render_mode = "off"
             with self.doc.step("inside"):
                 self.doc.objects[0].name = "Body"
+            with self.assertRaisesRegex(stagemarks.MisuseError, "between steps"):
+                self.doc.undo()
         self.assertEqual(self.doc.undo_names, ["Night"])
         self.doc.undo()
         self.assertEqual(self.modes(), ["undefined", "undefined"])
