@@ -72,7 +72,7 @@ TEST(Scripts, WhatFailsLeavesTheScenesAsTheyWere) {
       {"os._exit(1)", "It ended with 1."},
       {"os.fork()", "cannot be forked"},
       {"doc.states.load('Nothing')", "There is no Stagemark"},
-      {"doc.close(discard=False)", "unsaved changes"},
+      {"doc.close(discard=True)", "a person closes it"},
       {"def", "SyntaxError"},
   };
   for (const auto& [last, why] : kEnds) {

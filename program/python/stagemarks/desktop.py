@@ -18,6 +18,7 @@ from typing import Any, Callable, Dict, Iterator, List, Optional, Tuple
 import stagemarks
 
 from . import _stagemarks as _core
+from .documents import _kept
 
 Ended = Tuple[bool, bool, str]
 """Needs more lines, succeeded, what went wrong."""
@@ -98,6 +99,7 @@ def begin(write: Callable[[str, bool], None], goes_on: Callable[[], bool]) -> No
 def _steps(name: str) -> Iterator[None]:
     """One step in each open document; after an exception those that were opened meanwhile close."""
     before = stagemarks.documents()
+    _kept.update(doc._number for doc in before)
     active = stagemarks.active()
     with contextlib.ExitStack() as stack:
         try:
@@ -110,6 +112,7 @@ def _steps(name: str) -> Iterator[None]:
                     doc.close(discard=True)
             raise
         finally:
+            _kept.clear()
             if active is not None and active.is_open:
                 active.activate()
 

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from types import TracebackType
-from typing import Any, List, Optional, Tuple, Type, Union, cast
+from typing import Any, List, Optional, Set, Tuple, Type, Union, cast
 
 from . import _stagemarks as _core
 from ._calls import Progress, listening
@@ -27,6 +27,9 @@ from .elements import (
 from .states import States, _render
 
 Path = Union[str, "os.PathLike[str]"]
+
+# Documents that a person has open while a script runs at the desktop.
+_kept: Set[int] = set()
 
 _BASES = {"layer": Layer, "material": Material, "camera": Camera, "settings": RenderSettings}
 
@@ -160,6 +163,8 @@ class Document(Fielded):
     def close(self, *, discard: bool = False) -> None:
         """Closes it. RefusedError for one with unsaved changes, unless they are to be given up.
         Nothing happens to one that is closed."""
+        if self._number in _kept:
+            raise _core.RefusedError(f'"{self.name}" is open at the desktop: a person closes it.')
         if self.is_open:
             _core.close(self._number, discard)
 
@@ -171,7 +176,8 @@ class Document(Fielded):
         return self
 
     def __exit__(self, *_: object) -> None:
-        self.close(discard=self._is_ours)
+        if self._number not in _kept:
+            self.close(discard=self._is_ours)
 
     def render(
         self,
@@ -194,7 +200,7 @@ class Document(Fielded):
 
     def undo(self) -> bool:
         """Takes back the last step; False where there is none. States that were recorded stay, as
-        at the desktop."""
+        at the desktop. Not while a step is open, as always in a script at the desktop."""
         return _core.undo(self._number)
 
     def redo(self) -> bool:
