@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/outside/FileSystem.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scene/ValueText.h"
 #include "engine/states/StoredStates.h"
 
@@ -56,5 +57,10 @@ struct TakenIn {
 // of the document, which the caller announces.
 Result<TakenIn> TakeInStates(host::BaseDocument& doc, std::string_view text,
                              const TakeInOptions& options);
+
+// A document that holds what a text tells: its elements, in their places and with their identities
+// but without anything else of theirs, and the Stagemarks. So texts are looked at and compared as
+// scenes are. Fails with a reason for a person.
+Result<OwnedDocument> SceneOfText(std::string_view text);
 
 }  // namespace engine

@@ -9,8 +9,10 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 
 #include "engine/core/ContainerContents.h"
+#include "engine/core/Result.h"
 #include "engine/states/StoredStates.h"
 #include "host/RenderData.h"
 
@@ -22,11 +24,44 @@ using Json = nlohmann::ordered_json;
 inline constexpr const char* kStateTextFormat = "stagemarks-states";
 inline constexpr int kStateTextVersion = 1;
 
+struct TakenIn;
+struct TakeInOptions;
+
 // Why a text cannot be read, as the end of a sentence for a person.
 class UnreadableText : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+// What a text consists of: its Stagemarks, and its elements by the names that it has for them.
+using TextElements = std::unordered_map<std::string, Json>;
+struct StateTextContents {
+  Json states;
+  TextElements elements;
+};
+// Throws UnreadableText for what is no such text of a version that is known. O(text).
+StateTextContents ParseStateText(std::string_view text);
+// As TakeInStates; throws for what cannot be read.
+Result<TakenIn> TakeInContents(host::BaseDocument& doc, const StateTextContents& text,
+                               const TakeInOptions& options);
+// What `work` answers, or a failure with what it threw, for a person.
+template <class T, class Work>
+Result<T> WhereReadable(const Work& work) {
+  try {
+    return work();
+  } catch (const UnreadableText& error) {
+    return Result<T>::Failure(std::string("The text cannot be read: ") + error.what() + ".");
+  } catch (const Json::exception& error) {
+    return Result<T>::Failure(std::string("The text cannot be read: ") + error.what() + ".");
+  }
+}
+// The element of that name; throws where the text does not describe it.
+const Json& ElementCalled(const TextElements& elements, const std::string& name);
+// Of an element, 0 for none; and as it is written. Throws for what is no identity.
+NodeId IdentityOf(const Json& element);
+NodeId IdentityFromText(const std::string& text);
+// A whole number among the members of an object.
+host::LONG NumberOr(const Json& object, const char* name, host::LONG otherwise);
 
 // A link as text and back. Reading may say that the element is not there, by nothing.
 using LinkToText = std::function<Json(NodeId)>;

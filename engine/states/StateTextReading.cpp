@@ -1,6 +1,5 @@
 // Taking in Stagemarks from a text: everything is read and found first, and only then written into
 // the document.
-#include <charconv>
 #include <set>
 
 #include "engine/scene/NodeIds.h"
@@ -19,29 +18,11 @@ using host::LONG;
 
 namespace {
 
-LONG NumberOr(const Json& object, const char* name, LONG otherwise) {
-  if (!object.contains(name)) return otherwise;
-  if (!object[name].is_number_integer())
-    throw UnreadableText(std::string("\"") + name + "\" is no number");
-  return object[name].get<LONG>();
-}
-
-// Whole numbers as identities are written.
-NodeId Identity(const std::string& text) {
-  NodeId id = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
-  if (error != std::errc() || end != text.data() + text.size())
-    throw UnreadableText("\"" + text + "\" is no identity");
-  return id;
-}
-
 // The elements that a text names, found in a document: each once.
 class ElementFinder {
  public:
-  ElementFinder(const BaseDocument& doc, const Json& elements, TakenIn& found)
-      : doc_(doc), elements_(elements), found_(found) {
-    if (!elements.is_object()) throw UnreadableText("\"elements\" is no object");
-  }
+  ElementFinder(const BaseDocument& doc, const TextElements& elements, TakenIn& found)
+      : doc_(doc), elements_(elements), found_(found) {}
 
   // Nothing for an element that is not there, which is counted once.
   std::optional<NodeId> Find(const Json& text) {
@@ -57,7 +38,7 @@ class ElementFinder {
   // By its identity, type and name only; 0 where that is not there. Not counted.
   NodeId FindExactly(const Json& text) const {
     const Json& json = Described(text.get<std::string>());
-    const NodeId id = json.contains("identity") ? Identity(RequiredText(json, "identity")) : 0;
+    const NodeId id = IdentityOf(json);
     const BaseList2D* element = FindNode(&doc_, id);
     return element && element->GetType() == NumberOr(json, "type", 0) &&
                    element->GetName().View() == RequiredText(json, "name")
@@ -70,16 +51,11 @@ class ElementFinder {
   }
 
  private:
-  const Json& Described(const std::string& name) const {
-    const auto found = elements_.find(name);
-    if (found == elements_.end() || !found->is_object())
-      throw UnreadableText("\"" + name + "\" is not among the elements");
-    return *found;
-  }
+  const Json& Described(const std::string& name) const { return ElementCalled(elements_, name); }
 
   // What was gone there stays so here: an element of that identity would be another one.
   NodeId IdOfGone(const Json& text) const {
-    const NodeId id = Identity(RequiredText(text, "gone"));
+    const NodeId id = IdentityFromText(RequiredText(text, "gone"));
     return FindNode(&doc_, id) ? 0 : id;
   }
 
@@ -129,7 +105,7 @@ class ElementFinder {
   }
 
   const BaseDocument& doc_;
-  const Json& elements_;
+  const TextElements& elements_;
   TakenIn& found_;
   std::optional<ElementPlaces> places_;  // once something is not found by its identity
   std::unordered_map<std::string, std::optional<NodeId>> known_;
@@ -209,17 +185,16 @@ bool Holds(const BaseContainer& store, LONG id) {
 
 class TakingIn {
  public:
-  TakingIn(BaseDocument& doc, const Json& text, const TakeInOptions& options)
+  TakingIn(BaseDocument& doc, const StateTextContents& text, const TakeInOptions& options)
       : doc_(doc),
         options_(options),
-        elements_(doc, Required(text, "elements"), result_),
+        elements_(doc, text.elements, result_),
         records_(doc.GetDataInstance()->GetContainer(kStagemarksId)),
         entries_(doc.GetDataInstance()->GetContainer(kStoredEntries)) {
     for (const StoredState& state : ReadStates(doc)) present_.emplace(state.name, state.id);
   }
 
   Result<TakenIn> Run(const Json& states) {
-    if (!states.is_array()) throw UnreadableText("\"states\" is no list");
     for (const Json& state : states) {
       const Status status = Read(state);
       if (!status) return Result<TakenIn>::Failure(status.Message());
@@ -409,34 +384,16 @@ class TakingIn {
   mutable LONG lastFree_ = 0;
 };
 
-Json Parsed(std::string_view text) {
-  try {
-    return Json::parse(text);
-  } catch (const Json::exception& error) {
-    // Behind the library's own mark: "[json.exception.parse_error.101] parse error at line 3, ..."
-    const std::string message = error.what();
-    const std::size_t mark = message.find("] ");
-    throw UnreadableText(mark == std::string::npos ? message : message.substr(mark + 2));
-  }
-}
-
 }  // namespace
+
+Result<TakenIn> TakeInContents(BaseDocument& doc, const StateTextContents& text,
+                               const TakeInOptions& options) {
+  return TakingIn(doc, text, options).Run(text.states);
+}
 
 Result<TakenIn> TakeInStates(BaseDocument& doc, std::string_view text,
                              const TakeInOptions& options) {
-  try {
-    const Json json = Parsed(text);
-    if (RequiredText(json, "format") != kStateTextFormat)
-      throw UnreadableText("it is no text of Stagemarks");
-    if (const Json& version = Required(json, "version"); version != kStateTextVersion)
-      throw UnreadableText("its version is " + version.dump() + ", and this program reads " +
-                           std::to_string(kStateTextVersion));
-    return TakingIn(doc, json, options).Run(Required(json, "states"));
-  } catch (const UnreadableText& error) {
-    return Result<TakenIn>::Failure(std::string("The text cannot be read: ") + error.what() + ".");
-  } catch (const Json::exception& error) {
-    return Result<TakenIn>::Failure(std::string("The text cannot be read: ") + error.what() + ".");
-  }
+  return WhereReadable<TakenIn>([&] { return TakeInContents(doc, ParseStateText(text), options); });
 }
 
 }  // namespace engine

@@ -233,6 +233,12 @@ std::string Replaced(std::string text, const std::string& what, const std::strin
   return text.replace(found, what.size(), by);
 }
 
+std::string Members(int count) {
+  std::string text = "{";
+  for (int i = 0; i < count; ++i) text += (i > 0 ? ",\"" : "\"") + std::to_string(i) + "\":0";
+  return text + "}";
+}
+
 TEST(StateText, DamageIsNamedAndChangesNothing) {
   Stage stage;
   stage.Record("Day");
@@ -254,6 +260,14 @@ TEST(StateText, DamageIsNamedAndChangesNothing) {
        "\"Nobody\" is not among the elements"},
       {Replaced(text, "\"date\": \"", "\"date\": \"x"), "is no date"},
       {Replaced(text, "\"identity\":\"", "\"identity\":\"x"), "is no identity"},
+      {Replaced(text, "\"elements\": {", "\"elements\": {\"Object 0\": {}, "),
+       "\"Object 0\" stands twice among the elements"},
+      {Replaced(text, "\"type\":", "\"type\":99999999999, \"kind\":"), "is no number of 32 bits"},
+      {Replaced(text, "\"scene\": ",
+                "\"more\": " + std::string(300, '[') + std::string(300, ']') + ", \"scene\": "),
+       "nested too deeply"},
+      {Replaced(text, "\"scene\": ", "\"more\": " + Members(20000) + ", \"scene\": "),
+       "more than 10,000 members"},
   };
   const BaseContainer before = stage.Doc().GetData();
   for (const auto& [bad, words] : damaged) {
@@ -264,6 +278,83 @@ TEST(StateText, DamageIsNamedAndChangesNothing) {
   for (std::size_t end = 0; end + 3 < text.size(); end += text.size() / 50)
     EXPECT_FALSE(engine::TakeInStates(stage.Doc(), text.substr(0, end), kReplace).Ok()) << end;
   EXPECT_TRUE(engine::Identical(stage.Doc().GetData(), before));
+}
+
+// Compared as scenes are, by the same code: so it must be the same scene as far as the text goes.
+TEST(StateText, MakesASceneOfItsOwn) {
+  for (unsigned seed = 0; seed < 6; ++seed) {
+    SCOPED_TRACE(seed);
+    Stage stage(seed);
+    stage.Build().Layer("Outer/Inner").Cube("Box").Cube("Object 1/Box").Cube("Object 1/Box");
+    for (const char* name : {"Day", "Night"}) {
+      stage.SwitchAtRandom();
+      for (const auto& [key, element] : stage.Elements()) {
+        if (stage.Pick(3) == 0) stage.Change(key, element);
+      }
+      stage.Record(name);
+    }
+    const auto scene = engine::SceneOfText(TextOf(stage.Doc()));
+    ASSERT_TRUE(scene.Ok()) << scene.Message();
+    const host::BaseDocument& made = *scene.Value();
+    const auto states = engine::ReadStates(made);
+    ASSERT_EQ(states.size(), 2U);
+    for (const engine::StoredState& state : states) {
+      const auto same =
+          engine::CompareStates(stage.Doc(), stage.State(state.name).record, made, state.record);
+      EXPECT_TRUE(same.IsEmpty()) << state.name;
+    }
+    const auto there =
+        engine::CompareStates(stage.Doc(), stage.State("Day").record, stage.State("Night").record);
+    const auto here = engine::CompareStates(made, states[0].record, states[1].record);
+    ASSERT_EQ(here.changes.size(), there.changes.size());
+    for (std::size_t i = 0; i < here.changes.size(); ++i) {
+      EXPECT_EQ(here.changes[i].part, there.changes[i].part);
+      EXPECT_EQ(here.changes[i].fields.size(), there.changes[i].fields.size());
+      const bool isOfScene = here.changes[i].part <= engine::Part::Camera;
+      EXPECT_TRUE(isOfScene || here.changes[i].element == there.changes[i].element);
+    }
+  }
+}
+
+TEST(StateText, ScenesOfDamagedTextsAreRefused) {
+  Stage stage;
+  stage.Build().Tag("Object 0", host::Tphong);
+  stage.Record("Day");
+  const std::string text = TextOf(stage.Doc());
+  const std::string lamp = "\"name\":\"Wide\",";
+  const std::pair<std::string, const char*> damaged[] = {
+      {Replaced(text, lamp, lamp + "\"position\":2000000000,"), "beyond all measure"},
+      {Replaced(text, lamp, lamp + "\"position\":-1,"), "is below 0"},
+      {Replaced(text, lamp, lamp + "\"in\":\"Wide\","), "lie in themselves"},
+      {Replaced(text, lamp, lamp + "\"in\":\"Nowhere\","), "\"Nowhere\" is not among the elements"},
+      {text.substr(0, text.size() / 2), "parse error"},
+  };
+  for (const auto& [bad, words] : damaged) {
+    const auto scene = engine::SceneOfText(bad);
+    EXPECT_FALSE(scene.Ok()) << words;
+    EXPECT_NE(scene.Message().find(words), std::string::npos) << scene.Message();
+  }
+}
+
+// Nothing in it is looked for one by one.
+TEST(StateText, ManyElementsAreReadInOneGo) {
+  std::string records;
+  std::string elements;
+  constexpr int kCount = 100'000;
+  for (int i = 0; i < kCount; ++i) {
+    const std::string name = "\"Part " + std::to_string(i) + "\"";
+    const char* const comma = i > 0 ? "," : "";
+    records += comma + ("{\"element\":" + name) +
+               ",\"editor\":\"off\",\"render\":\"off\",\"deform\":true}";
+    elements += comma + name + ":{\"name\":" + name + ",\"kind\":\"Cube\",\"type\":5159}";
+  }
+  const auto scene = engine::SceneOfText(
+      R"({"format":"stagemarks-states","version":1,"states":[{"name":"All","id":0,"objects":[)" +
+      records + "]}],\"elements\":{" + elements + "}}");
+  ASSERT_TRUE(scene.Ok()) << scene.Message();
+  const auto states = engine::ReadStates(*scene.Value());
+  ASSERT_EQ(states.size(), 1U);
+  EXPECT_EQ(states[0].record.GetContainerInstance(engine::kStoredObjects)->GetCount(), kCount);
 }
 
 TEST(StateText, DeepScenesMakeNoLongerLines) {
