@@ -290,7 +290,7 @@ JsonMembers MembersOf(const Sides& sides, const ElementChange& change) {
           {"fields", JsonValue::List(fields)}};
 }
 
-void PutChanges(const Sides& sides, const Difference& difference, Report& report) {
+JsonMembers CountsOf(const Difference& difference) {
   JsonMembers counts;
   for (const engine::PartRow& row : engine::kPartRows) {
     const engine::PartCount& count = difference.Of(row.part);
@@ -299,7 +299,11 @@ void PutChanges(const Sides& sides, const Difference& difference, Report& report
                                                      {"onlyLeft", count.onlyLeft},
                                                      {"onlyRight", count.onlyRight}}));
   }
-  report.PutObject("counts", counts);
+  return counts;
+}
+
+void PutChanges(const Sides& sides, const Difference& difference, Report& report) {
+  report.PutObject("counts", CountsOf(difference));
   report.PutStream("differences", [&sides, &difference](const auto& append) {
     for (const ElementChange& change : difference.changes) append(MembersOf(sides, change));
   });

@@ -62,6 +62,8 @@ bool AddChanges(const Sides& sides, const engine::Difference& difference, Report
 void PutChanges(const Sides& sides, const engine::Difference& difference, Report& report);
 // A value for a program, as its type has it: a time in seconds, a link as the path of its element.
 JsonValue RawValue(const host::BaseDocument& doc, const host::GeData& value);
+// Members of "counts": how many elements of each part, by its word.
+JsonMembers CountsOf(const engine::Difference& difference);
 // Members of one change: part, change, element, kind and fields.
 JsonMembers MembersOf(const Sides& sides, const engine::ElementChange& change);
 

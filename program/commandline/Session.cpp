@@ -1,12 +1,15 @@
 #include "program/commandline/Session.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <unordered_map>
 
 #include "engine/application/ProgramPlaces.h"
 #include "engine/import/Import.h"
+#include "engine/outside/FileParts.h"
 #include "engine/render/TextureSearch.h"
 #include "engine/scenefile/SceneOrigin.h"
+#include "engine/states/StateText.h"
 #include "program/outcome/Outcome.h"
 #include "program/pictures/DialogLabels.h"
 #include "program/publish/FileOrigin.h"
@@ -143,6 +146,35 @@ int Session::Open(const std::string& path) {
   }
   for (const std::string& note : open_->importNotes) program_.terminal.Note(note);
   return Terminal::Interrupted() ? kInterrupted : kDone;
+}
+
+bool Session::IsStatesText(const std::string& path) {
+  if (engine::IsImportable(path)) return false;
+  constexpr std::uint64_t kFirstBytes = 64;
+  const auto file = engine::FileParts::Open(AbsolutePath(path));
+  const auto begin = file ? file.Value().Read(0, std::min(kFirstBytes, file.Value().Size()))
+                          : engine::Result<std::string>(file.GetStatus());
+  if (!begin) return false;
+  const std::size_t first = begin.Value().find_first_not_of(" \t\r\n");
+  return first != std::string::npos && begin.Value()[first] == '{';
+}
+
+int Session::OpenStatesText(const std::string& path) {
+  const std::string absolute = AbsolutePath(path);
+  const auto text = open_->files.ReadFile(absolute);
+  auto scene = text ? engine::SceneOfText(text.Value())
+                    : engine::Result<engine::OwnedDocument>(text.GetStatus());
+  if (!scene) {
+    program_.terminal.Error(text ? "\"" + path + "\": " + scene.Message() : scene.Message());
+    return kFailed;
+  }
+  host::BaseDocument* doc = scene.Take().release();
+  const host::Filename file{host::String(std::string_view(absolute))};
+  doc->SetDocumentName(file.GetFile());
+  host::InsertBaseDocument(doc);
+  host::SetActiveDocument(doc);
+  open_->application->DeliverEvents();
+  return kDone;
 }
 
 int Session::ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names) {

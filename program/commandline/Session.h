@@ -77,6 +77,10 @@ class Session : public rendering::PictureScene {
   // Opens or imports a file and makes it the active document. States that an imported file holds
   // become Stagemarks.
   int Open(const std::string& path);
+  // A text of Stagemarks, by its first letter; and the scene that it tells of, made the active
+  // document.
+  bool IsStatesText(const std::string& path);
+  int OpenStatesText(const std::string& path);
   // Of the last import: what it lost or mended, and the Stagemarks that it made.
   const std::vector<std::string>& ImportNotes() const { return open_->importNotes; }
   const std::vector<std::string>& ImportedMarks() const { return open_->importedMarks; }

@@ -126,11 +126,9 @@ TEST_F(States, DiffReadsTwoScenesWhateverColonsTheyHave) {
   const struct {
     std::string left, right;
     int status;
-  } kRows[] = {{scene + ":Day", other + ":Day", 0},
-               {scene + ":Night", other + ":x:y", 1},
-               {other + ":x:y", other + ":x:y", 0},
-               {scene + ":Day", other + ":y", 2},
-               {scene + ":Day", other, 2}};
+  } kRows[] = {{scene + ":Day", other + ":Day", 0}, {scene + ":Night", other + ":x:y", 1},
+               {other + ":x:y", other + ":x:y", 0}, {scene + ":Day", other + ":y", 2},
+               {scene + ":Day", other, 0},          {scene + ":Dusk", other, 2}};
   for (const auto& row : kRows)
     EXPECT_EQ(Call({"diff", row.left, row.right}).status, row.status) << row.left << row.right;
   EXPECT_NE(
@@ -347,6 +345,57 @@ TEST_F(States, GoIntoAnotherSceneAsText) {
                 .out,
             "Replaced \"Morning\".\nNothing was written (--dry-run).\n");
   EXPECT_EQ(Call({"diff", scene + ":Day", other + ":Morning"}).status, 0);
+}
+
+// What is said, without the names of the files.
+std::string WithoutFiles(std::string text, const std::vector<std::string>& files) {
+  for (const std::string& file : files) {
+    for (std::size_t at = 0; (at = text.find(file)) != std::string::npos;)
+      text.erase(at, file.size());
+  }
+  return text;
+}
+
+TEST_F(States, TextsAreComparedAsScenesAre) {
+  const std::string scene = Staged();
+  const std::string later = Scene("later.c4d");
+  Out({"set", scene, "--object", "Kopf*", "--render", "off", "--camera", "Front", "-o", later});
+  Out({"record", later, "Day", "--yes", "--write"});
+  Out({"record", later, "Dusk", "--write"});
+  const auto text = [&](const std::string& of, const std::string& name) {
+    const std::string path = Scene(name);
+    tests::WriteText(path, Out({"states", "export", of}));
+    return path;
+  };
+  const std::string a = text(scene, "a.json");
+  const std::string b = text(later, "b.json");
+  const std::vector<std::pair<std::string, std::string>> kinds{{scene, later}, {a, b}, {scene, b}};
+  const std::string one =
+      WithoutFiles(Call({"diff", scene + ":Day", later + ":Day", "-v"}).out, {scene, later});
+  EXPECT_NE(one.find("Front"), std::string::npos) << one;
+  json whole;
+  for (const auto& [left, right] : kinds) {
+    const ChildResult day = Call({"diff", left + ":Day", right + ":Day", "-v"});
+    EXPECT_EQ(day.status, 1) << day.err;
+    EXPECT_EQ(WithoutFiles(day.out, {left, right}), one) << left << " " << right;
+    json files = JsonAnyway({"diff", left, right});
+    EXPECT_EQ(files["onlyRight"], json::array({"Dusk"})) << files;
+    EXPECT_EQ(files["onlyLeft"], json::array());
+    EXPECT_EQ(files["stagemarks"][1]["equal"], true) << "Night is as it was";
+    if (whole.is_null()) whole = files["stagemarks"];
+    EXPECT_EQ(files["stagemarks"], whole);
+    EXPECT_EQ(Call({"diff", right + ":Night", left}).status, 0) << "by its name";
+    EXPECT_EQ(Call({"diff", left, left}).status, 0);
+  }
+  EXPECT_EQ(Call({"diff", b + ":Dusk", a}).status, 2) << "which has none of this name";
+  EXPECT_EQ(Call({"diff", a, "Day", "Night"}).status, 1) << "two of one text";
+  EXPECT_EQ(Call({"diff", a, "Day", "--scene"}).status, 2) << "there is none";
+  tests::WriteText(Scene("cut.json"), ReadText(a).substr(0, 500));
+  for (const char* file : {"cut.json", "nowhere.json"}) {
+    const ChildResult result = Call({"diff", scene, Scene(file)});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err, "");
+  }
 }
 
 }  // namespace

@@ -233,6 +233,26 @@ TEST_F(CommandLine, NamesGoThroughAPipeUnchanged) {
   EXPECT_EQ(CallOnTerminal({"list", scene, "--names"}, {}).out.find('\x1b'), std::string::npos);
 }
 
+// In any letters, straight from the file: the same as the dialog has them.
+TEST_F(CommandLine, NamesCanBeAddressedByWhatIsPrinted) {
+  const std::string scene = Spider();
+  const std::string odd = "caf\xe9 \x1b[1m";
+  for (const std::string& name : {std::string("Zoo"), odd, std::string("a"), std::string("B")})
+    Out({"record", scene, name, "--write"});
+  Out({"objects", "rename", scene, "Kopf2", "\xff\xfehead", "--write"});
+  EXPECT_EQ(Out({"list", scene, "--names"}), "B\nZoo\na\n" + odd + "\n");
+  EXPECT_EQ(Out({"list", scene, "--names", "--only", "?"}), "B\na\n");
+  const std::string inJson = Json({"list", scene})["stagemarks"][3]["name"];
+  const std::string onScreen = "caf\uFFFD \uFFFD[1m";
+  for (const std::string& typed : {odd, inJson, onScreen})
+    EXPECT_EQ(Json({"load", scene, typed})["wouldLoad"], inJson) << typed;
+  Out({"record", scene, "caf\xea \x1b[1m", "--write"});
+  EXPECT_EQ(Call({"load", scene, onScreen}).status, 2) << "two are printed so";
+  EXPECT_EQ(Json({"load", scene, odd})["wouldLoad"], inJson);
+  EXPECT_EQ(Json({"set", scene, "--object", "\uFFFDhead", "--editor", "off"})["counts"]["objects"],
+            1);
+}
+
 TEST_F(CommandLine, APreviewOfANameThatIsNoFileNameIsRefusedWithTheReason) {
   const std::string scene = Spider();
   const ChildResult result = Call({"record", scene, "/abs", "--preview", "--write"});
