@@ -37,6 +37,8 @@ class Cursor {
     const std::uint8_t first = Byte();
     return first < 0x80 ? first : LongVarint(first);
   }
+  // Goes past so many varints without making numbers of them; they may be longer than allowed.
+  void SkipVarints(std::size_t count);
   std::uint64_t Fixed64();
   std::string_view Take(std::uint64_t count);
   // A varint that must lie below `end`; `what` names it in the refusal.

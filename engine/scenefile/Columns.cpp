@@ -66,6 +66,19 @@ void ForRuns(Cursor& in, Symbols kind, std::size_t rows, const Each& each) {
   }
 }
 
+void SkipRuns(Cursor& in, Symbols kind, std::size_t rows) {
+  in.CheckRows(rows);
+  for (std::size_t at = 0; at < rows;) {
+    const std::size_t code = in.Byte();
+    const bool literal = code < kLongestLiteral;
+    const std::size_t count = literal ? code + 1 : code - kRunCode;
+    if (count > rows - at) in.Refuse("a run goes beyond its column");
+    const std::size_t symbols = literal ? count : 1;
+    kind == Symbols::Varints ? in.SkipVarints(symbols) : void(in.Take(8 * symbols));
+    at += count;
+  }
+}
+
 ColumnValues TakeRuns(Cursor& in, Symbols kind, std::size_t rows) {
   in.CheckRows(rows);
   in.Memory().Charge(rows, sizeof(std::uint64_t));
@@ -110,13 +123,9 @@ ColumnValues TakeInts(Cursor& in, std::size_t rows) {
 
 ColumnValues TakeWords(Cursor& in, std::size_t rows) { return TakeRuns(in, Symbols::Words, rows); }
 
-void SkipInts(Cursor& in, std::size_t rows) {
-  ForRuns(in, Symbols::Varints, rows, [](std::uint64_t, std::size_t) {});
-}
+void SkipInts(Cursor& in, std::size_t rows) { SkipRuns(in, Symbols::Varints, rows); }
 
-void SkipWords(Cursor& in, std::size_t rows) {
-  ForRuns(in, Symbols::Words, rows, [](std::uint64_t, std::size_t) {});
-}
+void SkipWords(Cursor& in, std::size_t rows) { SkipRuns(in, Symbols::Words, rows); }
 
 ColumnValues PickInts(Cursor& in, std::size_t rows, std::span<const std::size_t> wanted) {
   ColumnValues picked;

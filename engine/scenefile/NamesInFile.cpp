@@ -13,9 +13,6 @@ namespace {
 
 using host::LONG;
 
-// Enough for the names of any scene that could be opened here.
-constexpr std::uint64_t kMostMemory = std::uint64_t{8} << 30;
-
 void SkipColumn(Cursor& in, LONG type, std::size_t rows) {
   if (type == host::DA_NIL) return;
   type == host::DA_REAL ? SkipWords(in, rows) : SkipInts(in, rows);
@@ -297,8 +294,8 @@ SectionParts PartsOf(const FileParts& file) {
 
 // The number of the document's data container.
 std::uint64_t DataContainer(const SectionParts& parts, Budget& budget) {
-  const std::string contents = parts.Contents("DOCUMENT", budget);
-  Cursor in(contents, "DOCUMENT", budget);
+  const SectionBytes contents = parts.Contents("DOCUMENT", budget);
+  Cursor in(contents.View(), "DOCUMENT", budget);
   in.Fixed64();
   in.Long("a set of bits");
   in.Fixed64();
@@ -307,10 +304,10 @@ std::uint64_t DataContainer(const SectionParts& parts, Budget& budget) {
 }
 
 std::optional<std::vector<std::string>> StoreNames(const FileParts& file, const NamedStore& store) {
-  Budget budget(kMostMemory);
+  Budget budget(MemoryFor(file.Size()));
   const SectionParts parts = PartsOf(file);
-  const std::string values = parts.Contents("VALUES", budget);
-  const SkimmedContainers containers(values, budget);
+  const SectionBytes values = parts.Contents("VALUES", budget);
+  const SkimmedContainers containers(values.View(), budget);
   std::uint64_t stored = 0;
   for (const CodedEntry& entry : containers.Entries(DataContainer(parts, budget))) {
     if (entry.key == store.store && entry.type == host::DA_CONTAINER) stored = entry.word;
@@ -322,8 +319,8 @@ std::optional<std::vector<std::string>> StoreNames(const FileParts& file, const 
     if (entry.type == host::DA_CONTAINER) numbers.push_back(entry.word);
   }
   if (!hasNote) return std::nullopt;
-  const std::string bytes = parts.Contents("TEXTS", budget);
-  const SkimmedTexts texts(bytes, budget);
+  const SectionBytes bytes = parts.Contents("TEXTS", budget);
+  const SkimmedTexts texts(bytes.View(), budget);
   std::vector<std::string> names;
   for (const auto& found : containers.Texts(numbers, store.name)) {
     if (found.hasContents) names.push_back(found.text ? texts.At(*found.text) : "");
@@ -332,19 +329,19 @@ std::optional<std::vector<std::string>> StoreNames(const FileParts& file, const 
 }
 
 std::vector<std::string> SectionNames(const FileParts& file, ElementSection section, LONG type) {
-  Budget budget(kMostMemory);
+  Budget budget(MemoryFor(file.Size()));
   const SectionParts parts = PartsOf(file);
   const char* const name = kElementRules[section].name;
-  const std::string contents = parts.Contents(name, budget);
-  Cursor in(contents, name, budget);
+  const SectionBytes contents = parts.Contents(name, budget);
+  Cursor in(contents.View(), name, budget);
   const std::size_t rows = in.Rows(0);
   SkipInts(in, rows);  // owners
   SkipInts(in, rows);  // depths
   const ColumnValues types = TakeInts(in, rows);
   SkipInts(in, rows);  // identities
   const ColumnValues named = TakeInts(in, rows);
-  const std::string bytes = parts.Contents("TEXTS", budget);
-  const SkimmedTexts texts(bytes, budget);
+  const SectionBytes bytes = parts.Contents("TEXTS", budget);
+  const SkimmedTexts texts(bytes.View(), budget);
   std::vector<std::string> names;
   for (std::size_t row = 0; row < rows; ++row) {
     if (type == 0 || static_cast<LONG>(types[row]) == type) names.push_back(texts.At(named[row]));

@@ -199,6 +199,20 @@ bool ExpandPiece(const Section& section, ZSTD_DCtx* context, ZSTD_inBuffer& in, 
   return hint != 0;
 }
 
+// Into memory of the length that is promised, which costs nothing until it is written to.
+SectionBytes ExpandAtOnce(const Section& section, Budget& budget) {
+  budget.Charge(section.rawLength);
+  SectionBytes contents(static_cast<std::size_t>(section.rawLength));
+  if (section.rawLength == section.payload.size()) {
+    std::ranges::copy(section.payload, contents.Data());
+    return contents;
+  }
+  const std::size_t size = ZSTD_decompress(contents.Data(), contents.Size(), section.payload.data(),
+                                           section.payload.size());
+  if (ZSTD_isError(size) || size != contents.Size()) RefuseExpansion(section);
+  return contents;
+}
+
 }  // namespace
 
 SectionWriter::SectionWriter(ContentKind kind) {
@@ -276,7 +290,7 @@ void SectionParts::CheckEnd(const Place& end, std::uint64_t behind) const {
   CheckEndSection(section, sums, behind);
 }
 
-std::string SectionParts::Contents(std::string_view name, Budget& budget) const {
+SectionBytes SectionParts::Contents(std::string_view name, Budget& budget) const {
   for (const Place& place : places_) {
     if (place.section.name != name) continue;
     budget.Charge(place.stored);
@@ -284,7 +298,7 @@ std::string SectionParts::Contents(std::string_view name, Budget& budget) const 
     Section section = place.section;
     section.payload = payload;
     CheckSum(section, place.head);
-    return Expand(section, budget);
+    return ExpandAtOnce(section, budget);
   }
   throw Damage{"The file is damaged: its section " + std::string(name) + " is missing."};
 }

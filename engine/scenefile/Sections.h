@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,6 +52,22 @@ class SectionWriter {
   std::uint64_t contentBytes_ = 0;
 };
 
+// Bytes that nobody has filled with zeros first: of a million names that takes as long as reading
+// them.
+class SectionBytes {
+ public:
+  explicit SectionBytes(std::size_t size)
+      : bytes_(std::make_unique_for_overwrite<char[]>(size)), size_(size) {}
+
+  char* Data() { return bytes_.get(); }
+  std::size_t Size() const { return size_; }
+  std::string_view View() const { return {bytes_.get(), size_}; }
+
+ private:
+  std::unique_ptr<char[]> bytes_;
+  std::size_t size_;
+};
+
 // A file of which some sections are read and the others passed over: all of its frame is checked
 // but the sums of those that nobody asks for. One thread.
 class SectionParts {
@@ -61,7 +78,7 @@ class SectionParts {
   // Throws Damage.
   SectionParts(ReadPart read, std::uint64_t size, ContentKind kind);
   // The contents of a section, which must be there; charges their memory. Throws Damage.
-  std::string Contents(std::string_view name, Budget& budget) const;
+  SectionBytes Contents(std::string_view name, Budget& budget) const;
 
  private:
   struct Place {
