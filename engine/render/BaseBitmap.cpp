@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "engine/outside/Services.h"
-#include "engine/render/Image.h"
+#include "engine/render/ImageDecoder.h"
 
 namespace host {
 
@@ -59,7 +59,9 @@ LONG BaseBitmap::Init(const Filename& file) {
   if (services.files.Kind(path) != engine::FileKind::File) return IMAGERESULT_NOTEXISTING;
   const engine::Result<std::string> bytes = services.files.ReadFile(path, kLargestFile);
   if (!bytes) return IMAGERESULT_FILEERROR;
-  const engine::Result<engine::Image> decoded = engine::DecodeImage(bytes.Value());
+  // Plug-ins ask for pictures of their own, which are trusted as their code is: a child for an icon
+  // would cost each start of the program more than all the rest of it.
+  const engine::Result<engine::Image> decoded = engine::DecodeImageHere(bytes.Value());
   if (!decoded) {
     services.ledger.AddNote(path, "Cannot show \"" + path + "\": " + decoded.Message());
     return IMAGERESULT_WRONGTYPE;
