@@ -257,7 +257,8 @@ class States:
         parts: Optional[Iterable[str]] = None,
     ) -> List[_core.ElementDifference]:
         """In what two states differ, or without `right` a state from the scene as it stands: what
-        loading it would change. Nothing is loaded. `right` may be a state of another document.
+        loading it would change, the state left and the scene right. Nothing is loaded. `right` may
+        be a state of another document.
 
         Each answer is about one element: part, path, type, kind ("changed", or "left" or "right"
         where only that side has it) and fields, each with label, left and right as texts.
@@ -336,8 +337,8 @@ class States:
         progress: Optional[Progress] = None,
     ) -> _core.Exported:
         """Exports states, all without names, as scene files into a folder, which is made where it
-        is missing: all, or with an Error what was possible. The answer has scenes, written (all files
-        and folders) and missing (textures).
+        is missing: all, or with an Error what was possible. The answer has scenes, written (all
+        files and folders) and missing (textures).
 
         layout: "file", "folders", "project" or "one-tex", as the dialog has them. frames: first and
         last one of each scene. isolated: each state onto the scene as it is, not onto the state
