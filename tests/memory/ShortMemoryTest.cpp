@@ -1,7 +1,11 @@
 // Memory that runs out at any place of what a person does most: a message or std::bad_alloc, never
 // the end of the program; files on the disk are the old or the new ones, and the same act works
 // when there is memory again.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -203,6 +207,45 @@ TEST_F(ShortMemory, Importing) {
         EXPECT_EQ(imported.Ok(), imported.Message().empty());
       },
       [] {});
+}
+
+// Runs the program with that much address space; its exit status, or -1 where a signal ended it, as
+// one that never comes to an end is.
+int ExitWithin(rlim_t mebibytes, const std::string& scene, const std::string& picture) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const rlimit limit{mebibytes << 20, mebibytes << 20};
+    ::setrlimit(RLIMIT_AS, &limit);
+    const int nowhere = ::open("/dev/null", O_RDWR);
+    for (int standard = 0; standard < 3; ++standard) ::dup2(nowhere, standard);
+    ::alarm(120);
+    ::execl(TEST_BINARY_DIR "/bin/stagemarks", "stagemarks", "sheet", scene.c_str(), "-o",
+            picture.c_str(), "--force", nullptr);
+    ::_exit(127);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// The libraries' own takings of memory and their threads, too: from what the program can hardly
+// start with to more than it needs.
+TEST_F(ShortMemory, NoLimitOnAddressSpaceEndsTheProgram) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers map more address space than any limit allows";
+#endif
+  Record("A");
+  SaveAs("shot.c4d");
+  int done = 0;
+  for (rlim_t mebibytes = 60; mebibytes <= 420; mebibytes += mebibytes < 180 ? 20 : 6) {
+    fs::remove(File("sheet.png"));
+    const int status = ExitWithin(mebibytes, File("shot.c4d"), File("sheet.png"));
+    EXPECT_GE(status, 0) << mebibytes << " MiB";
+    EXPECT_EQ(status == 0, fs::exists(File("sheet.png"))) << mebibytes << " MiB";
+    done += status == 0;
+    if (done > 3) return;
+  }
+  EXPECT_GE(done, 1) << "the last limits are large enough for it";
 }
 
 }  // namespace
