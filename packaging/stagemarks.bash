@@ -40,7 +40,7 @@ _stagemarks_offer_names() {
   scene="${scene//[\"\'\\]/}"
   scene="${scene/#\~/$HOME}"
   [[ $scene == *.c4d && -f $scene ]] || return
-  _stagemarks_offer < <(timeout 3 "${COMP_WORDS[0]}" ${1:+"$1"} list "$scene" --names --begin="$typed" 2>/dev/null)
+  _stagemarks_offer < <(timeout 3 "${COMP_WORDS[0]}" ${1:+"$1"} list "$scene" --names ${typed:+--begin="$typed"} 2>/dev/null)
 }
 
 # One of several with commas between them: what stands before the last comma stays.
