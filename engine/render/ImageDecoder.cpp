@@ -118,6 +118,17 @@ class Decoder {
   std::optional<Result<Image>> Decode(std::string_view bytes) {
     const std::lock_guard lock(lock_);
     if (!IsReady()) return std::nullopt;
+    try {
+      return Exchange(bytes);
+    } catch (...) {
+      // No memory for an answer, of which the rest would be taken for the next one.
+      child_.reset();
+      throw;
+    }
+  }
+
+ private:
+  Result<Image> Exchange(std::string_view bytes) {
     const Transfer transfer(child_->Talk());
     const std::uint64_t length = bytes.size();
     AnswerHead head{};
@@ -138,7 +149,6 @@ class Decoder {
     return whole ? Result<Image>(std::move(image)) : Broken();
   }
 
- private:
   bool IsReady() {
     if (program_.empty()) return false;
     // A copy of this process must not talk to its child, nor end it.
