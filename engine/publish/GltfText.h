@@ -45,8 +45,7 @@ inline void AppendExtras(std::string& to, const std::string& extras) {
 
 // In quotation marks; bytes that are no UTF-8 are replaced.
 inline std::string Quoted(const std::string& text) {
-  using Json = nlohmann::json;
-  return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 }  // namespace engine

@@ -344,7 +344,7 @@ QString MatrixTable::SelectedText() const {
   std::vector<int> columns;
   for (const QModelIndex& cell : cells) columns.push_back(cell.column());
   std::ranges::sort(columns);
-  columns.erase(std::ranges::unique(columns).begin(), columns.end());
+  columns.erase(std::unique(columns.begin(), columns.end()), columns.end());
   QString text;
   for (const int column : columns)
     text += model_->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString() +
