@@ -163,6 +163,11 @@ TEST(SceneFileRoundTrip, ALongContainerOfMixedValuesComesBack) {
   mixed.SetString(mixed.GetIndexId(0), "another type in a patch");
   mixed.GetContainerInstance(mixed.GetIndexId(3))->SetId(-1);
   doc->GetDataInstance()->SetContainer(2, mixed);
+  // The same values, one of them under another key.
+  BaseContainer renamed(3);
+  for (LONG i = 0; i < mixed.GetCount(); ++i)
+    renamed.SetData(i == 100 ? 200000 : mixed.GetIndexId(i), mixed.GetIndexData(i));
+  doc->GetDataInstance()->SetContainer(3, renamed);
   const Document opened = Reopened(Bytes(*doc));
   EXPECT_TRUE(engine::Identical(*opened->GetDataInstance(), *doc->GetDataInstance()));
 }
