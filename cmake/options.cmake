@@ -11,11 +11,13 @@ if(NOT CMAKE_BUILD_TYPE)
 endif()
 
 option(STAGEMARKS_TESTS "Build the tests" ON)
+option(STAGEMARKS_TESTS_WITH_PROGRAMS "Build the programs and the plug-in with each test program" ON)
 option(STAGEMARKS_BENCH "Build the benchmarks" OFF)
 option(STAGEMARKS_DESKTOP "Build the desktop program" ON)
 option(STAGEMARKS_NODE "Fetch packages of Node, for web pages and some tests" ON)
 option(STAGEMARKS_WERROR "Treat warnings as errors" OFF)
 option(STAGEMARKS_UNITY "Compile several files of a folder at a time" ON)
+set(STAGEMARKS_ALONE "" CACHE STRING "Targets each file of which is compiled alone all the same")
 set(STAGEMARKS_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
 
 # Everything of a build lies as it will lie when installed: bin, the engine's library in the folder for libraries, plug-ins in
@@ -104,5 +106,9 @@ endfunction()
 # them twice as fast, and a build after one change slower: who works in one place switches it off. So names in their unnamed
 # namespaces must differ. ./test --lint, which asks for each file alone, switches it off, too.
 function(compile_together target)
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ${STAGEMARKS_UNITY} UNITY_BUILD_BATCH_SIZE 8)
+  set(together ${STAGEMARKS_UNITY})
+  if(target IN_LIST STAGEMARKS_ALONE)
+    set(together OFF)
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${together} UNITY_BUILD_BATCH_SIZE 8)
 endfunction()
