@@ -9,7 +9,7 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kFrameHeadBytes = 5;
-constexpr std::string_view kKinds = "PNKSFDTBW";
+constexpr std::string_view kKinds = "PNKSFDTBWI";
 
 std::string Head(FrameKind kind, std::size_t length) {
   std::string head(1, static_cast<char>(kind));

@@ -22,6 +22,7 @@ enum class FrameKind : char {
   State = 'T',     // one stored state
   Picture = 'B',   // the next bytes of its picture
   Written = 'W',   // path of a file that stands
+  Pictures = 'I',  // news of pictures that are written as files
 };
 
 struct Frame {

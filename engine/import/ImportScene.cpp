@@ -74,6 +74,7 @@ class Received {
       case FrameKind::State:
       case FrameKind::Picture:
       case FrameKind::Written:
+      case FrameKind::Pictures:
         return;
     }
   }

@@ -12,7 +12,6 @@ namespace rendering {
 
 namespace {
 
-constexpr const char* kMaker = "render";
 constexpr std::chrono::milliseconds kBetweenLooks{50};
 
 std::string NodeName() {
@@ -29,7 +28,7 @@ bool PictureWork::IsDone(const PlannedPicture& picture) {
   const auto bytes = files.ReadFile(picture.path, engine::kLargestImageBytes);
   if (!bytes) return false;
   const auto record = pictures::FindRecord(bytes.Value());
-  return record && *record == picture.record && publishing::MakerOf(bytes.Value()) == kMaker;
+  return record && *record == picture.record && publishing::MakerOf(bytes.Value()) == kPictureMaker;
 }
 
 int PictureWork::Do(std::vector<PlannedPicture>& plan) {
@@ -59,17 +58,23 @@ int PictureWork::DoOne(PlannedPicture& picture, std::size_t number) {
     }
     claim.emplace(std::move(*claimed.Value()));
     picture.isThere = IsDone(picture);
+    if (picture.isThere && rules_.ended) rules_.ended(picture, nullptr, "");
     if (picture.isThere) return kDone;
   }
+  if (rules_.begun) rules_.begun(picture);
   const auto begin = std::chrono::steady_clock::now();
+  engine::Image image;
   std::uint64_t bytes = 0;
-  const int status = RenderAndSave(picture, number, &bytes);
+  const int status = RenderAndSave(picture, number, &image, &bytes);
   picture.isRendered = status == kDone;
   if (status == kInterrupted || (status != kDone && scene_.Listener().IsStopped())) return status;
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
   if (const int written = TakeDown(picture, status, seconds, bytes); written != kDone)
     return written;
+  if (rules_.ended)
+    rules_.ended(picture, status == kDone ? &image : nullptr,
+                 status == kDone ? "" : pictures_.LastFailure());
   if (status == kDone) return kDone;
   ++failed_;
   return rules_.keepsGoing ? kDone : status;
@@ -96,16 +101,16 @@ int PictureWork::DoLeftToOthers() {
 }
 
 int PictureWork::RenderAndSave(const PlannedPicture& picture, std::size_t number,
-                               std::uint64_t* bytes) {
-  engine::Image image;
+                               engine::Image* image, std::uint64_t* bytes) {
   const PictureTurn turn{number, count_};
   const int status = pictures_.InState(picture.state, [&] {
     return KindOfName(picture.path) == PictureKind::Exr
-               ? pictures_.RenderLight(picture.size, turn, picture.name, &image)
-               : pictures_.Render(picture.size, turn, picture.name, &image);
+               ? pictures_.RenderLight(picture.size, turn, picture.name, image)
+               : pictures_.Render(picture.size, turn, picture.name, image);
   });
-  return status == kDone ? pictures_.Save(image, picture.path, kMaker, &picture.record, bytes)
-                         : status;
+  return status == kDone
+             ? pictures_.Save(*image, picture.path, kPictureMaker, &picture.record, bytes)
+             : status;
 }
 
 int PictureWork::TakeDown(const PlannedPicture& picture, int status, double seconds,

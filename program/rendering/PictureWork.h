@@ -15,10 +15,18 @@
 
 namespace rendering {
 
+// Of files with a picture of a state, see FileOrigin.h.
+inline constexpr const char* kPictureMaker = "render";
+
 struct WorkRules {
   std::string manifest;     // absolute path
   bool isShared = false;    // leave out what is there, and share the rest with others
   bool keepsGoing = false;  // with the next picture when one fails
+  // Who hears of each picture; both may be empty. `image`: null unless it was rendered here; `why`
+  // it failed, empty where it did not.
+  std::function<void(const PlannedPicture&)> begun = {};
+  std::function<void(const PlannedPicture&, const engine::Image* image, const std::string& why)>
+      ended = {};
 };
 
 class PictureWork {
@@ -36,7 +44,8 @@ class PictureWork {
  private:
   int DoOne(PlannedPicture& picture, std::size_t number);
   int DoLeftToOthers();
-  int RenderAndSave(const PlannedPicture& picture, std::size_t number, std::uint64_t* bytes);
+  int RenderAndSave(const PlannedPicture& picture, std::size_t number, engine::Image* image,
+                    std::uint64_t* bytes);
   int TakeDown(const PlannedPicture& picture, int status, double seconds, std::uint64_t bytes);
 
   PictureScene& scene_;

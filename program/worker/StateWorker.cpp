@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -18,6 +19,7 @@
 #include "program/publish/FileOrigin.h"
 #include "program/publish/PageMaking.h"
 #include "program/publish/PublishedFiles.h"
+#include "program/worker/PictureFiles.h"
 
 namespace worker {
 
@@ -31,6 +33,15 @@ constexpr const char* kPlugin = "Stagemarks";
 
 constexpr PictureSize kThumbnail{publishing::kThumbnailWidth, publishing::kThumbnailHeight};
 
+std::atomic<bool> stopAsked{false};
+
+// What is being read for may be waited for without end.
+void ListenForStop() {
+  struct sigaction action {};
+  action.sa_handler = [](int) { stopAsked = true; };
+  sigaction(SIGTERM, &action, nullptr);
+}
+
 // What the child was asked for.
 struct Order {
   std::string path;
@@ -38,7 +49,7 @@ struct Order {
   std::string scene;
 };
 
-class StateWorker {
+class StateWorker : public rendering::PictureScene, public rendering::PictureListener {
  public:
   Status Run() {
     Order order;
@@ -52,6 +63,41 @@ class StateWorker {
     return status;
   }
   engine::FrameWriter& Output() { return output_; }
+
+  host::BaseDocument& Document() override { return *host::GetActiveDocument(); }
+  pictures::StagemarksDialog& Dialog() override { return *dialog_; }
+  engine::FileSystem& Files() override { return services_.Get().files; }
+  rendering::PictureListener& Listener() override { return *this; }
+  void DeliverEvents() override { application_.DeliverEvents(); }
+  void BeforeLoading() override { SetOptions(); }
+  // The plan names them.
+  bool TexturesChecked() const override { return true; }
+  // The desktop knows the names.
+  int ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names) override {
+    const std::vector<Mark> marks = dialog_->Marks();
+    if (typed.empty()) {
+      for (const Mark& mark : marks) names.push_back(mark.name);
+    }
+    for (const std::string& name : typed) {
+      const bool isThere =
+          std::ranges::any_of(marks, [&](const Mark& mark) { return mark.name == name; });
+      if (isThere) names.push_back(name);
+      if (!isThere) Error("There is no Stagemark \"" + name + "\" any more.");
+      if (!isThere) return outcome::kUsage;
+    }
+    return outcome::kDone;
+  }
+
+  void Say(const std::string& text) override { output_.Write(FrameKind::Note, text); }
+  void Note(const std::string& text) override { output_.Write(FrameKind::Note, text); }
+  void Error(const std::string& text) override {
+    complaints_ += (complaints_.empty() ? "" : " ") + text;
+  }
+  bool Progress(double share, const std::string&) override { return Tell(share) && !IsStopped(); }
+  void Step(std::size_t done, std::size_t count, const std::string&) override {
+    Tell(static_cast<double>(done) / static_cast<double>(count));
+  }
+  bool IsStopped() const override { return stopAsked; }
 
  private:
   std::optional<Frame> Read() {
@@ -117,8 +163,26 @@ class StateWorker {
   Status Answer(const std::string& asked) {
     if (asked == kMeasureStates) return TellStates();
     if (const auto order = OrderFromText(asked)) return Publish(*order);
+    if (const auto order = PicturesFromText(asked)) return WritePictures(*order);
     const auto request = RequestFromText(asked);
     return request ? SendPicture(*request) : Status::Failure("\"" + asked + "\" is no request.");
+  }
+
+  Status WritePictures(const PicturesOrder& order) {
+    complaints_.clear();
+    if (!files_) {
+      files_.emplace(
+          *this,
+          [this](const PictureNews& news) { output_.Write(FrameKind::Pictures, NewsAsText(news)); },
+          [this](const engine::Image& small) { Send(small); });
+    }
+    if (!files_->Do(order, [this] { return complaints_; })) return Status::Failure("Stopped.");
+    return output_.Write(FrameKind::Done, "") ? Status() : Status::Failure("Nobody listens.");
+  }
+
+  void Send(const engine::Image& picture) {
+    const std::vector<std::uint8_t>& bytes = picture.bytes;
+    output_.Write(FrameKind::Picture, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   }
 
   Status TellStates() {
@@ -145,8 +209,7 @@ class StateWorker {
     output_.Write(FrameKind::State, StateAsText(state));
     const auto picture = Render(request, [&](double done) { return Tell(done); });
     if (!picture) return picture.GetStatus();
-    const std::vector<std::uint8_t>& bytes = picture.Value().bytes;
-    output_.Write(FrameKind::Picture, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    Send(picture.Value());
     output_.Write(FrameKind::Done, "");
     return {};
   }
@@ -167,15 +230,15 @@ class StateWorker {
     TakeBack();
     if (!begun)
       return Status::Failure("\"" + request.name + "\" was not rendered: " + begun.Message());
-    Note(begun.Value()->Notes());
+    TellNotes(begun.Value()->Notes());
     while (!begun.Value()->IsFinished()) {
       if (!begun.Value()->Refine(tell)) return Status::Failure("Nobody listens.");
     }
     return begun.Value()->Current();
   }
 
-  void Note(const std::vector<std::string>& notes) {
-    for (const std::string& note : notes) output_.Write(FrameKind::Note, note);
+  void TellNotes(const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) Note(note);
   }
 
   Status Publish(const publishing::PublishOrder& order) {
@@ -212,7 +275,7 @@ class StateWorker {
     }
     const auto page = making.Finish(viewer.Value(), order.title, Turn(names.size(), turns));
     if (!page) return page.GetStatus();
-    Note(making.Scene().notes);
+    TellNotes(making.Scene().notes);
     const Status written =
         publishing::WritePage(services_.Get().files, order.folder, page.Value(), viewer.Value());
     if (written) output_.Write(FrameKind::Written, order.folder + "/" + publishing::kPageFile);
@@ -239,7 +302,7 @@ class StateWorker {
       }
       auto scene = publication.Finish(Turn(turn++, turns));
       if (!scene) return scene.GetStatus();
-      Note(scene.Value().notes);
+      TellNotes(scene.Value().notes);
       const Status written =
           publishing::WriteScene(services_.Get().files, file.path, scene.Take(), true);
       if (!written) return written;
@@ -263,14 +326,14 @@ class StateWorker {
     application_.DeliverEvents();
   }
 
-  host::BaseDocument& Document() { return *host::GetActiveDocument(); }
-
   engine::SystemServices services_;
   engine::Application application_{services_.Get(), {}};
   engine::FrameParser parser_;
   engine::FrameWriter output_{STDOUT_FILENO};
   std::optional<pictures::StagemarksDialog> dialog_;
   std::unordered_map<std::string, bool> options_;
+  std::string complaints_;  // while pictures are written
+  std::optional<PictureFiles> files_;
 };
 
 }  // namespace
@@ -354,6 +417,7 @@ std::optional<StateFacts> StateFromText(const std::string& text) {
 int RunStateWorker() {
   // A desktop that is gone ends the writing, not the child in the middle of it.
   std::signal(SIGPIPE, SIG_IGN);
+  ListenForStop();
   StateWorker worker;
   Status status;
   try {

@@ -12,6 +12,9 @@
 //         blue, alpha, row by row; Done
 //   in    a PublishOrder as text
 //   out   Progress of the whole and Notes; Written for each file; Done
+//   in    a PicturesOrder as text, see PictureFiles.h
+//   out   Progress and Notes; Pictures, with a Picture before each that was rendered; Done
+// SIGTERM ends it in the middle of a picture, and leaves nothing of that behind.
 // A Failure ends the child, whatever it was asked.
 #pragma once
 

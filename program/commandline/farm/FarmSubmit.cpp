@@ -242,6 +242,8 @@ class FarmSubmitting {
   }
 
   void Tell(const std::optional<PictureEstimate>& estimate) {
+    report_.Put("job", job_.Name());
+    report_.Put("folder", job_.folder);
     report_.Put("pictures", job_.tasks.size());
     report_.Put("pixels", static_cast<std::int64_t>(plan_.PixelsToRender()));
     report_.Line(Counted(job_.tasks.size(), "picture") + ", " + PixelsText(plan_.PixelsToRender()) +

@@ -7,6 +7,7 @@
 #include "program/desktop/menus/StatesMenu.h"
 #include "program/desktop/menus/UpdateFromFile.h"
 #include "program/desktop/publish/PublishWindow.h"
+#include "program/desktop/render/RenderStatesWindow.h"
 #include "program/desktop/render/RenderWindow.h"
 #include "program/desktop/render/SheetWindow.h"
 
@@ -92,6 +93,8 @@ void BuildRenderMenu(QMenu& menu, MainWindow& window) {
   });
   render->setShortcuts({QKeySequence("Ctrl+R"), QKeySequence("F9")});
   render->setIcon(Icon("render"));
+  AddEntry(menu, "Render &States...", QKeySequence("Shift+F9"),
+           [&window] { AskToRenderStates(window); });
   QAction* sheet = AddEntry(menu, "&Contact Sheet of All Stagemarks...", {},
                             [&window] { AskForSheet(window, window.App().GetServices()); });
   sheet->setIcon(Icon("sheet"));

@@ -6,7 +6,6 @@
 #include <QMessageBox>
 #include <QVBoxLayout>
 
-#include "engine/states/StoredStates.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/FileDialogs.h"
 #include "program/desktop/MainWindow.h"
@@ -23,14 +22,6 @@ constexpr int kPublishSteps = 1000;
 
 // What the entries of the list of kinds of files mean.
 enum FileForm { kBinary, kText, kAllInOne };
-
-std::vector<std::string> RecordedNames(const host::BaseDocument& doc) {
-  std::vector<std::string> names;
-  for (const engine::StoredState& state : engine::ReadStates(doc)) {
-    if (state.hasEntry && state.hasRecord) names.push_back(state.name);
-  }
-  return names;
-}
 
 // Beside the scene, or in the home folder where that has no file.
 QString ProposedFolder(const host::BaseDocument& doc, const std::string& scene, PublishKind kind) {
@@ -54,37 +45,20 @@ PublishWindow::PublishWindow(QWidget* window, const engine::Services& services,
       kind_(kind),
       doc_(IdentityOf(&doc)),
       scene_(pictures::SceneName(doc)),
-      all_(RecordedNames(doc)),
-      chosen_(std::move(chosen)),
       choices_(new QWidget(this)),
-      form_(new QFormLayout(choices_)) {
+      form_(new QFormLayout(choices_)),
+      states_(new StateChoice(doc, std::move(chosen))) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle((kind == PublishKind::Page ? "Web Page - " : "Publish - ") + ShortTitle(doc));
   setMinimumWidth(kPublishWidth);
   form_->setContentsMargins(0, 0, 0, 0);
   form_->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-  AddStates();
+  form_->addRow("Stagemarks", states_);
   AddFields();
   folder_->setText(ProposedFolder(doc, scene_, kind));
   AddBottom();
   Enable(false);
   begin_->setFocus();
-}
-
-void PublishWindow::AddStates() {
-  if (all_.empty()) {
-    form_->addRow("Stagemarks", new QLabel("None are recorded: the scene goes out as it is."));
-    return;
-  }
-  auto* row = new QHBoxLayout;
-  auto* all = new QRadioButton(QString("&All (%1)").arg(all_.size()));
-  onlyChosen_ = new QRadioButton(QString("&Selected in the list (%1)").arg(chosen_.size()));
-  onlyChosen_->setEnabled(!chosen_.empty());
-  (chosen_.size() > 1 ? onlyChosen_ : all)->setChecked(true);
-  row->addWidget(all);
-  row->addWidget(onlyChosen_);
-  row->addStretch();
-  form_->addRow("Stagemarks", row);
 }
 
 void PublishWindow::AddFields() {
@@ -176,7 +150,7 @@ publishing::PublishOrder PublishWindow::Order() const {
   publishing::PublishOrder order;
   order.asPage = kind_ == PublishKind::Page;
   order.folder = QDir::cleanPath(folder_->text().trimmed()).toStdString();
-  order.names = onlyChosen_ && onlyChosen_->isChecked() ? chosen_ : all_;
+  order.names = states_->Names().value_or(std::vector<std::string>());
   if (title_) order.title = title_->text().trimmed().toStdString();
   if (order.title.empty()) order.title = scene_.empty() ? "Scene" : scene_;
   if (!files_) return order;
@@ -215,6 +189,8 @@ void PublishWindow::Begin() {
     if (const auto viewer = publishing::ReadPageViewer(services_.files); !viewer)
       return said_->setText(ToQt(viewer.Message()));
   }
+  if (!states_->Names())
+    return said_->setText("No Stagemark has such a name. * stands for any text, ? for one letter.");
   if (MayReplace()) Start();
 }
 

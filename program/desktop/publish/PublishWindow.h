@@ -10,10 +10,10 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QRadioButton>
 #include <memory>
 
 #include "engine/outside/Services.h"
+#include "program/desktop/render/StateChoice.h"
 #include "program/desktop/render/StateRenderer.h"
 #include "program/publish/PublishOrder.h"
 
@@ -37,7 +37,6 @@ class PublishWindow : public QDialog {
   QString Said() const { return said_->text(); }
 
  private:
-  void AddStates();
   void AddFields();
   void AddFileFields();
   void AddBottom();
@@ -55,13 +54,11 @@ class PublishWindow : public QDialog {
   const PublishKind kind_;
   host::ULLONG doc_;
   std::string scene_;
-  std::vector<std::string> all_;
-  std::vector<std::string> chosen_;
   std::vector<std::string> written_;
   std::vector<std::string> notes_;
   QWidget* choices_;
   QFormLayout* form_;
-  QRadioButton* onlyChosen_ = nullptr;
+  StateChoice* states_;
   QLineEdit* folder_ = nullptr;
   QLineEdit* title_ = nullptr;  // of a page
   QComboBox* files_ = nullptr;  // of files, and the next one

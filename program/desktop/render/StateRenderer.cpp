@@ -14,8 +14,12 @@ namespace {
 using engine::FrameKind;
 using pictures::StagemarksDialog;
 
-// The options as they stand in the dialog: not all of them are kept in the scene.
-std::vector<std::string> OptionsOfDialog() {
+// Of a child that was asked to end, in milliseconds; it looks between two pieces of a picture.
+constexpr int kLongestEnd = 3000;
+
+}  // namespace
+
+std::vector<std::string> StateRenderer::OptionsOfDialog() {
   std::vector<std::string> options;
   for (host::GeDialog* open : engine::OpenDialogs()) {
     StagemarksDialog dialog(*open);
@@ -25,8 +29,6 @@ std::vector<std::string> OptionsOfDialog() {
   }
   return options;
 }
-
-}  // namespace
 
 StateRenderer::StateRenderer(const host::BaseDocument& doc, News news)
     : doc_(IdentityOf(&doc)), news_(std::move(news)) {
@@ -53,6 +55,10 @@ void StateRenderer::Stop() {
   writing_.Finish();
   deletion_.Take(std::move(copy_));
   child_.disconnect(this);
+  // In the middle of files it has something to take back.
+  const bool writesFiles = !asked_.empty() && worker::PicturesFromText(asked_.front());
+  if (writesFiles) child_.terminate();
+  if (writesFiles && child_.waitForFinished(kLongestEnd)) return;
   child_.kill();
   child_.waitForFinished();
 }
@@ -74,6 +80,10 @@ void StateRenderer::Render(const std::string& name, const pictures::PictureSize&
 
 void StateRenderer::Publish(const publishing::PublishOrder& order) {
   Ask(worker::OrderAsText(order));
+}
+
+void StateRenderer::WritePictures(const worker::PicturesOrder& order) {
+  Ask(worker::PicturesAsText(order));
 }
 
 void StateRenderer::Ask(const std::string& text) {
@@ -146,6 +156,8 @@ void StateRenderer::Take(const engine::Frame& frame) {
     case FrameKind::Written:
       if (news_.written) news_.written(frame.bytes);
       return;
+    case FrameKind::Pictures:
+      return TakeNews(frame.bytes);
     case FrameKind::Failure:
       return Fail(frame.bytes);
     case FrameKind::Done:
@@ -164,12 +176,30 @@ void StateRenderer::TakeState(const std::string& text) {
   if (isMeasuring && news_.measured) news_.measured(state_);
 }
 
+void StateRenderer::TakeNews(const std::string& text) {
+  const auto news = worker::NewsFromText(text);
+  engine::Image thumbnail;
+  const bool isRendered = news && news->kind == worker::PictureNews::Kind::Rendered;
+  if (isRendered) {
+    thumbnail = std::exchange(picture_, {});
+    thumbnail.width = news->size.width;
+    thumbnail.height = news->size.height;
+  }
+  if (!news || (isRendered && thumbnail.bytes.size() != thumbnail.PixelCount() * 4))
+    return FailUnread();
+  if (news_.pictured) news_.pictured(*news, thumbnail);
+}
+
 void StateRenderer::TakeDone() {
   if (asked_.empty()) return FailUnread();
   const std::string answered = std::move(asked_.front());
   asked_.pop_front();
   if (worker::OrderFromText(answered)) {
     if (news_.published) news_.published();
+    return;
+  }
+  if (worker::PicturesFromText(answered)) {
+    if (news_.pictureFilesDone) news_.pictureFilesDone();
     return;
   }
   const auto request = worker::RequestFromText(answered);

@@ -14,6 +14,7 @@
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/background/BackgroundJob.h"
 #include "program/desktop/background/DeferredDeletion.h"
+#include "program/worker/PictureFiles.h"
 #include "program/worker/StateWorker.h"
 
 namespace desktop {
@@ -31,6 +32,9 @@ class StateRenderer : public QObject {
     // Of a publishing: a file stands, and all of them.
     std::function<void(const std::string& path)> written;
     std::function<void()> published;
+    // Of pictures as files; `thumbnail`: of one that was rendered, else empty. And the end.
+    std::function<void(const worker::PictureNews& news, const engine::Image& thumbnail)> pictured;
+    std::function<void()> pictureFilesDone;
     // The last that is told.
     std::function<void(const std::string& problem)> failed;
   };
@@ -45,10 +49,15 @@ class StateRenderer : public QObject {
   void Render(const std::string& name, const pictures::PictureSize& box);
   // Has Stagemarks published: files are written by the child, each whole or not at all.
   void Publish(const publishing::PublishOrder& order);
-  // Ends the child; nothing further is told.
+  // Has pictures planned or written as files, by the child, each whole or not at all.
+  void WritePictures(const worker::PicturesOrder& order);
+  // Ends the child; nothing further is told. What it was writing is not there.
   void Stop();
   // Whether something was asked for that is not answered yet.
   bool IsBusy() const { return !stopped_ && !asked_.empty(); }
+  // The options as they stand in the plug-in's dialog, which count for what is asked for: not all of
+  // them are kept in the scene.
+  static std::vector<std::string> OptionsOfDialog();
   // The scene as it was copied, see SceneFingerprint; 0 before it is written.
   std::uint64_t Fingerprint() const { return fingerprint_; }
 
@@ -60,6 +69,7 @@ class StateRenderer : public QObject {
   void Read();
   void Take(const engine::Frame& frame);
   void TakeState(const std::string& text);
+  void TakeNews(const std::string& text);
   void TakeDone();
   void Fail(const std::string& problem);
   void FailUnread();

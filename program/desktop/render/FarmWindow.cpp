@@ -1,0 +1,318 @@
+#include "program/desktop/render/FarmWindow.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QMessageBox>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+#include <chrono>
+
+#include "engine/application/ProgramPlaces.h"
+#include "program/desktop/DocumentCommands.h"
+#include "program/desktop/FileDialogs.h"
+#include "program/desktop/MainWindow.h"
+#include "program/desktop/ScreenFit.h"
+#include "program/desktop/Text.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLooks{2000};
+constexpr QSize kFarmSize(640, 520);
+constexpr const char* kSubmitCommand = "sbatch";
+constexpr int kCountWidth = 84;
+constexpr int kMostInTask = 1000000;
+constexpr const char* kCounts[] = {"waiting", "running", "done", "failed"};
+
+// What a command says is wrong, of all that it says: an object a line.
+QString ProblemOf(const QByteArray& said) {
+  QStringList problems;
+  for (const QByteArray& line : said.split('\n')) {
+    const QJsonObject object = QJsonDocument::fromJson(line).object();
+    if (object.value("level").toString() == "error")
+      problems.append(object.value("text").toString());
+  }
+  if (!problems.isEmpty()) return problems.join('\n');
+  return said.trimmed().isEmpty() ? QString("The command `stagemarks farm` said nothing.")
+                                  : QString::fromUtf8(said.trimmed());
+}
+
+}  // namespace
+
+bool IsFarmThere() { return !QStandardPaths::findExecutable(kSubmitCommand).isEmpty(); }
+
+FarmWindow::FarmWindow(QWidget* window, const engine::Services& services, const std::string& scene,
+                       rendering::PictureOrder order)
+    : QDialog(window),
+      services_(services),
+      scene_(scene),
+      order_(std::move(order)),
+      choices_(new QWidget(this)),
+      form_(new QFormLayout(choices_)) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setWindowTitle("On the Farm - " + QFileInfo(ToQt(scene)).fileName());
+  form_->setContentsMargins(0, 0, 0, 0);
+  form_->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+  AddFields();
+  AddBottom();
+  next_.setSingleShot(true);
+  connect(&next_, &QTimer::timeout, this, [this] { AskStatus(); });
+  connect(&call_, &QProcess::finished, this, [this](int status) { TakeAnswer(status); });
+  connect(&call_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart)
+      said_->setText("\"" + call_.program() + "\" cannot be run.");
+  });
+  resize(FittingSize(*this, kFarmSize));
+  Enable();
+  submit_->setFocus();
+}
+
+FarmWindow::~FarmWindow() {
+  call_.disconnect(this);
+  call_.terminate();
+  call_.waitForFinished();
+}
+
+void FarmWindow::AddFields() {
+  auto* row = new QHBoxLayout;
+  farm_ = new QLineEdit(QFileInfo(ToQt(scene_)).path() + "/farm");
+  farm_->setObjectName("farm");
+  auto* label = new QLabel("&Farm folder");
+  label->setBuddy(farm_);
+  auto* browse = new QPushButton("&Browse...");
+  browse->setAutoDefault(false);
+  connect(browse, &QPushButton::clicked, this, [this] { Browse(); });
+  row->addWidget(farm_);
+  row->addWidget(browse);
+  form_->addRow(label, row);
+  partition_ = new QLineEdit;
+  partition_->setPlaceholderText("Slurm's usual one");
+  form_->addRow("&Partition", partition_);
+  chunk_ = new QSpinBox;
+  chunk_->setRange(0, kMostInTask);
+  chunk_->setSpecialValueText("As many as reading the scene is worth");
+  form_->addRow("Pictures in a &task", chunk_);
+}
+
+void FarmWindow::AddBottom() {
+  auto* rows = new QVBoxLayout(this);
+  rows->addWidget(choices_);
+  table_ = new QTreeWidget;
+  table_->setHeaderLabels({"Stagemark", "Waiting", "Running", "Done", "Failed"});
+  table_->setRootIsDecorated(false);
+  table_->setUniformRowHeights(true);
+  table_->setAccessibleName("Pictures on the farm");
+  table_->header()->setStretchLastSection(false);
+  table_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+  for (int column = 1; column < table_->columnCount(); ++column) {
+    table_->header()->resizeSection(column, kCountWidth);
+    table_->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
+  }
+  rows->addWidget(table_, 1);
+  progress_ = new QProgressBar;
+  rows->addWidget(progress_);
+  said_ = new QLabel("All machines must see this folder, and that of the pictures, " +
+                     ToQt(order_.folder) +
+                     ", by the same paths. The scene is copied once as it is saved now.");
+  said_->setWordWrap(true);
+  said_->setTextFormat(Qt::PlainText);
+  rows->addWidget(said_);
+  AddButtons();
+}
+
+void FarmWindow::AddButtons() {
+  auto* buttons = new QHBoxLayout;
+  const auto add = [&](const QString& text, const QString& tip, std::function<void()> work) {
+    auto* button = new QPushButton(text);
+    button->setAutoDefault(false);
+    button->setToolTip(tip);
+    connect(button, &QPushButton::clicked, this, std::move(work));
+    buttons->addWidget(button);
+    return button;
+  };
+  openFolder_ = add("&Open Folder", "Show the folder of the job", [this] {
+    const engine::Status opened = services_.viewer.Open(jobFolder_.toStdString());
+    if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
+  });
+  collect_ = add("&Report", "Make the contact sheet and the report of what is there, and open it",
+                 [this] { Collect(); });
+  retry_ = add("Re&try", "Hand over again what failed or was lost", [this] { Retry(); });
+  cancel_ = add("&Cancel Job", "Take the job out of Slurm; pictures that are done stay",
+                [this] { Cancel(); });
+  buttons->addStretch();
+  latest_ = add("Show &Latest Job", "What became of the job that was handed over last",
+                [this] { ShowLatest(); });
+  submit_ = add("&Submit", "Hand these pictures to Slurm", [this] { Submit(); });
+  submit_->setDefault(true);
+  static_cast<QVBoxLayout*>(layout())->addLayout(buttons);
+}
+
+void FarmWindow::Browse() {
+  const engine::FileQuestion question{host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY,
+                                      "Choose the farm's folder",
+                                      QFileInfo(farm_->text()).path().toStdString()};
+  if (const auto folder = ChooseFile(this, question, kAnything, &services_.files))
+    farm_->setText(ToQt(*folder));
+}
+
+void FarmWindow::Enable() {
+  const bool isWorking = !doing_.isEmpty();
+  const auto count = [this](const char* what) { return status_.value(what).toInt(); };
+  const bool hasJob = !job_.isEmpty();
+  choices_->setEnabled(!isWorking && !hasJob);
+  submit_->setVisible(!hasJob);
+  latest_->setVisible(!hasJob);
+  for (QPushButton* button : {openFolder_, collect_, retry_, cancel_}) button->setVisible(hasJob);
+  submit_->setEnabled(!isWorking);
+  latest_->setEnabled(!isWorking);
+  retry_->setEnabled(!isWorking && count("abandoned") + count("failed") > 0);
+  cancel_->setEnabled(!isWorking && count("waiting") + count("running") > 0);
+  collect_->setEnabled(!isWorking && count("done") > 0);
+  progress_->setVisible(hasJob);
+  table_->setVisible(hasJob);
+}
+
+void FarmWindow::Call(const QStringList& words, const QString& doing, Answer answer) {
+  next_.stop();
+  if (!IsIdle() && !doing_.isEmpty()) return;
+  if (!IsIdle()) {
+    const QSignalBlocker silent(call_);
+    call_.terminate();
+    call_.waitForFinished();
+  }
+  doing_ = doing;
+  answer_ = std::move(answer);
+  if (!doing.isEmpty()) said_->setText(doing);
+  Enable();
+  call_.start(ToQt(engine::ImportWorkerProgram()),
+              QStringList{"farm"} + words + QStringList{"--farm=" + farm_->text(), "--json"});
+}
+
+void FarmWindow::TakeAnswer(int status) {
+  const QByteArray printed = call_.readAllStandardOutput();
+  const QByteArray said = call_.readAllStandardError();
+  const bool wasWorking = !std::exchange(doing_, {}).isEmpty();
+  if (status == 0) {
+    answer_(QJsonDocument::fromJson(printed).object());
+  } else {
+    said_->setText(ProblemOf(said));
+    if (!wasWorking) next_.start(kBetweenLooks);
+  }
+  Enable();
+}
+
+QStringList FarmWindow::OnJob(const QString& action) const { return {action, job_}; }
+
+void FarmWindow::Submit() {
+  QStringList words{"submit", ToQt(scene_)};
+  for (const std::string& name : order_.states) words.append("--only=" + ToQt(name));
+  for (const std::string& size : order_.sizes) words.append("--size=" + ToQt(size));
+  const std::string names = order_.pattern.empty() ? "{scene} {state}" : order_.pattern;
+  words.append("--output=" + ToQt(order_.folder + "/" + names));
+  if (!order_.format.empty()) words.append("--format=" + ToQt(order_.format));
+  words.append("--chunk=" + QString::number(chunk_->value()));
+  if (!partition_->text().trimmed().isEmpty())
+    words.append("--partition=" + partition_->text().trimmed());
+  Call(words, "Copying the scene and handing its pictures over.", [this](const QJsonObject& made) {
+    job_ = QFileInfo(made.value("folder").toString()).fileName();
+    Watch();
+  });
+}
+
+void FarmWindow::ShowLatest() {
+  Call({"status"}, "Looking for the latest job.",
+       [this](const QJsonObject& status) { TakeStatus(status); });
+}
+
+void FarmWindow::Retry() {
+  Call(OnJob("retry"), "Handing over again what is missing.",
+       [this](const QJsonObject&) { Watch(); });
+}
+
+void FarmWindow::Cancel() {
+  const QString text =
+      "Take the job out of Slurm? Pictures that are done stay, and Retry takes up the others.";
+  if (QMessageBox::question(this, windowTitle(), text) != QMessageBox::Yes) return;
+  Call(OnJob("cancel"), "Taking the job out of Slurm.", [this](const QJsonObject&) { Watch(); });
+}
+
+void FarmWindow::Collect() {
+  Call(OnJob("collect"), "Making the contact sheet and the report.",
+       [this](const QJsonObject& made) {
+         const engine::Status opened =
+             services_.viewer.Open(made.value("report").toString().toStdString());
+         if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
+         Watch();
+       });
+}
+
+// As soon as the answer that is being taken has been.
+void FarmWindow::Watch() { next_.start(0); }
+
+void FarmWindow::AskStatus() {
+  if (!IsIdle()) return;
+  Call(OnJob("status"), {}, [this](const QJsonObject& status) { TakeStatus(status); });
+}
+
+void FarmWindow::TakeStatus(const QJsonObject& status) {
+  status_ = status;
+  job_ = status.value("job").toString();
+  jobFolder_ = status.value("folder").toString();
+  const int all = status.value("pictures").toInt();
+  const int done = status.value("done").toInt();
+  progress_->setRange(0, std::max(1, all));
+  progress_->setValue(done);
+  FillTable(status);
+  QStringList parts;
+  for (const char* what : {"done", "running", "waiting", "failed"}) {
+    const int count = status.value(what).toInt();
+    if (count > 0) parts.append(QString("%1 %2").arg(count).arg(what));
+  }
+  QString text = QString(all == 1 ? "%1 picture: " : "%1 pictures: ").arg(all) + parts.join(", ");
+  const QString stopped = status.value("stopped").toString();
+  if (!stopped.isEmpty()) text += ". Stopped: " + stopped;
+  for (const QJsonValue& task : status.value("tasks").toArray()) {
+    const QString why = task.toObject().value("why").toString();
+    if (why.isEmpty() || task.toObject().value("result").toString() != "failed") continue;
+    text += "\n" + task.toObject().value("state").toString() + ": " + why;
+    break;
+  }
+  said_->setText(text + (done < all ? "\nClosing this window leaves the job alone." : ""));
+  if (done < all) next_.start(kBetweenLooks);
+}
+
+void FarmWindow::FillTable(const QJsonObject& status) {
+  const QJsonArray states = status.value("states").toArray();
+  while (table_->topLevelItemCount() > states.size()) delete table_->takeTopLevelItem(0);
+  while (table_->topLevelItemCount() < states.size()) table_->addTopLevelItem(new QTreeWidgetItem);
+  for (int i = 0; i < states.size(); ++i) {
+    const QJsonObject state = states[i].toObject();
+    QTreeWidgetItem& item = *table_->topLevelItem(i);
+    item.setText(0, state.value("state").toString());
+    int column = 1;
+    for (const char* what : kCounts) {
+      const int count = state.value(what).toInt();
+      item.setText(column, count > 0 ? QString::number(count) : QString("-"));
+      item.setTextAlignment(column++, Qt::AlignRight | Qt::AlignVCenter);
+    }
+  }
+}
+
+void AskForFarm(MainWindow& window, host::BaseDocument& doc, const rendering::PictureOrder& order) {
+  const bool isSaved = doc.GetDocumentPath().Content() && !doc.GetChanged();
+  if (!isSaved) {
+    const auto answer = QMessageBox::question(
+        &window, "On the Farm", "The farm renders the scene as it is saved. Save it now?",
+        QMessageBox::Save | QMessageBox::Cancel, QMessageBox::Save);
+    if (answer != QMessageBox::Save || !window.Commands().Save(doc)) return;
+  }
+  const std::string scene = (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
+  (new FarmWindow(&window, window.App().GetServices(), scene, order))->show();
+}
+
+}  // namespace desktop
