@@ -1,12 +1,11 @@
 // What does a picture cost beside the bare search for what its rays hit? Spheres of a mesh of their
 // own each, then the same number of instances of one mesh; prepared for the first time, prepared
-// again after a switch, and rendered on one thread. The baseline is one ray a pixel that looks for
-// the nearest surface and does nothing with it.
+// again after a switch, and rendered on one thread. The baseline is the very rays of the picture,
+// traced once more with nothing around them (KeptRays.h).
 #include <cstdio>
-#include <ctime>
-#include <functional>
 #include <string>
 
+#include "bench/KeptRays.h"
 #include "engine/outside/SystemServices.h"
 #include "engine/render/Primitives.h"
 #include "engine/render/Renderer.h"
@@ -16,14 +15,12 @@
 
 namespace {
 
-constexpr std::uint32_t kWidth = 640;
-constexpr std::uint32_t kHeight = 480;
+constexpr std::uint32_t kWidth = 320;
+constexpr std::uint32_t kHeight = 240;
 
-// Of this process, all threads together, so that other programs on the machine count little.
-double Milliseconds(const std::function<void()>& work) {
-  const std::clock_t begin = std::clock();
-  work();
-  return 1000.0 * static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+template <class Work>
+double Milliseconds(const Work& work) {
+  return 1e3 * Seconds(work);
 }
 
 std::shared_ptr<const engine::Mesh> Sphere(host::LONG segments) {
@@ -55,21 +52,15 @@ std::unique_ptr<engine::PictureInProgress> Begin(const host::BaseDocument& doc,
       .Take();
 }
 
-// The bare search.
+// Renders the whole picture once to keep its rays; the bare search for them.
 double SearchTime(const host::BaseDocument& doc, engine::RenderCaches& caches) {
-  engine::ScenePicture scene = engine::ReadScenePicture(doc, Files(), {}, caches);
-  scene.camera = engine::FramingCamera(engine::OutlineOf(scene), double{kWidth} / kHeight);
-  const engine::RayScene rays(scene, caches.Device());
-  const engine::RayCamera camera(scene.camera, kWidth, kHeight);
-  std::size_t hits = 0;
-  const double time = Milliseconds([&] {
-    for (std::uint32_t y = 0; y < kHeight; ++y) {
-      for (std::uint32_t x = 0; x < kWidth; ++x)
-        hits += rays.IsBlocked(camera.Through(static_cast<float>(x), static_cast<float>(y)));
-    }
-  });
-  std::printf("  %zu of %u rays hit something\n", hits, kWidth * kHeight);
-  return time;
+  const auto picture = Begin(doc, caches);
+  tracing.rays.clear();
+  tracing.keeps = true;
+  while (!picture->IsFinished()) picture->Refine();
+  tracing.keeps = false;
+  std::printf("  %zu rays\n", tracing.rays.size());
+  return 1e3 * TraceAgain();
 }
 
 void Measure(const char* name, int side, host::LONG segments, bool shared) {
@@ -94,9 +85,8 @@ void Measure(const char* name, int side, host::LONG segments, bool shared) {
   const double moving = Milliseconds([&] { quick->Refine(); });
   std::printf("  prepared first %10.1f ms\n  after a switch %10.1f ms\n", first, again);
   std::printf("  search alone   %10.1f ms\n", search);
-  std::printf("  quick draft    %10.1f ms (%.1f times the search)\n", moving, moving / search);
-  std::printf("  first pass     %10.1f ms (%.1f times the search)\n", draft, draft / search);
-  std::printf("  whole picture  %10.1f ms (%.1f times the search)\n", draft + rest,
+  std::printf("  quick draft    %10.1f ms\n  first pass     %10.1f ms\n", moving, draft);
+  std::printf("  whole picture  %10.1f ms (%.2f times the search)\n", draft + rest,
               (draft + rest) / search);
 }
 

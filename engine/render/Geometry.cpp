@@ -1,6 +1,7 @@
 #include "engine/render/Geometry.h"
 
 #include <algorithm>
+#include <span>
 
 namespace engine {
 
@@ -28,7 +29,10 @@ class Cleaning {
   Cleaning(const Mesh& mesh, Geometry& geometry) : mesh_(mesh), geometry_(geometry) {}
 
   void Run() {
+    // The ray tracer reads points 16 bytes at a time and may look past the last one.
+    geometry_.points.reserve(mesh_.points.size() + 2);
     for (const auto& p : mesh_.points) geometry_.points.push_back({p[0], p[1], p[2]});
+    Reserve();
     for (std::size_t i = 0; i < mesh_.polygons.size(); ++i) {
       AddTriangle({i, {0, 1, 2}});
       const Mesh::Polygon& polygon = mesh_.polygons[i];
@@ -46,6 +50,16 @@ class Cleaning {
   }
 
  private:
+  void Reserve() {
+    std::size_t triangles = mesh_.polygons.size();
+    for (const Mesh::Polygon& polygon : mesh_.polygons)
+      triangles += polygon[3] != -1 && polygon[3] != polygon[2];
+    geometry_.triangles.reserve(triangles);
+    sources_.reserve(triangles);
+    faceNormals_.reserve(triangles);
+    units_.reserve(triangles);
+  }
+
   void AddTriangle(const Source& source) {
     Geometry::Corners corners;
     for (std::size_t c = 0; c < 3; ++c) {
@@ -62,6 +76,7 @@ class Cleaning {
     geometry_.triangles.push_back(corners);
     sources_.push_back(source);
     faceNormals_.push_back(normal);
+    units_.push_back(normal * (1 / size));
   }
 
   void Drop() { ++geometry_.dropped; }
@@ -93,58 +108,71 @@ class Cleaning {
         const auto& n = mesh_.normals[sources_[i].polygon * 4 + sources_[i].corners[c]];
         const Vec normal = Normalized({n[0], n[1], n[2]});
         const bool usable = IsFinite(normal) && Dot(normal, normal) > 0.5F;
-        geometry_.normals[i][c] = usable ? normal : Normalized(faceNormals_[i]);
+        geometry_.normals[i][c] = usable ? normal : units_[i];
       }
     }
   }
 
-  // Triangles around each point, as one list with the place where each point's part begins.
-  void CollectFaces() {
-    firstFace_.assign(geometry_.points.size() + 1, 0);
+  // Corners at each point, as one list with the place where each point's part begins. Corner c of
+  // triangle i is number i * 3 + c.
+  void CollectCorners() {
+    firstCorner_.assign(geometry_.points.size() + 1, 0);
     for (const auto& t : geometry_.triangles) {
-      for (const std::uint32_t c : t) ++firstFace_[c + 1];
+      for (const std::uint32_t point : t) ++firstCorner_[point + 1];
     }
-    for (std::size_t i = 1; i < firstFace_.size(); ++i) firstFace_[i] += firstFace_[i - 1];
-    faces_.resize(geometry_.triangles.size() * 3);
-    std::vector<std::size_t> next(firstFace_.begin(), firstFace_.end() - 1);
-    for (std::size_t i = 0; i < geometry_.triangles.size(); ++i) {
-      for (const std::uint32_t c : geometry_.triangles[i]) faces_[next[c]++] = i;
+    for (std::size_t i = 1; i < firstCorner_.size(); ++i) firstCorner_[i] += firstCorner_[i - 1];
+    corners_.resize(geometry_.triangles.size() * 3);
+    std::vector<std::size_t> next(firstCorner_.begin(), firstCorner_.end() - 1);
+    std::size_t corner = 0;
+    for (const auto& t : geometry_.triangles) {
+      for (const std::uint32_t point : t) corners_[next[point]++] = corner++;
     }
   }
 
-  // Sum of all face normals around each point with many faces; others stay zero.
-  std::vector<Vec> SumsOfCrowdedPoints() const {
-    std::vector<Vec> sums(geometry_.points.size());
-    for (std::size_t p = 0; p < sums.size(); ++p) {
-      if (firstFace_[p + 1] - firstFace_[p] <= kMostFacesCompared) continue;
-      for (std::size_t k = firstFace_[p]; k < firstFace_[p + 1]; ++k)
-        sums[p] += faceNormals_[faces_[k]];
-    }
-    return sums;
+  using CornersOfPoint = std::span<const std::size_t>;
+
+  bool IsSmooth(std::size_t corner, std::size_t other) const {
+    return Dot(units_[corner / 3], units_[other / 3]) > kSmoothCosine;
   }
 
-  Vec SumOfSmoothFaces(std::uint32_t point, std::size_t face) const {
-    const Vec own = Normalized(faceNormals_[face]);
-    Vec sum;
-    for (std::size_t k = firstFace_[point]; k < firstFace_[point + 1]; ++k) {
-      const Vec other = faceNormals_[faces_[k]];
-      if (Dot(own, Normalized(other)) > kSmoothCosine) sum += other;
+  // Whether each face around a point is smooth with each other one: then they have one normal.
+  bool AreAllSmooth(CornersOfPoint corners) const {
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+      for (std::size_t k = i; k < corners.size(); ++k) {
+        if (!IsSmooth(corners[i], corners[k])) return false;
+      }
     }
-    return sum;
+    return true;
+  }
+
+  void SetNormal(std::size_t corner, Vec normal) {
+    const bool usable = IsFinite(normal) && Dot(normal, normal) > 0.5F;
+    geometry_.normals[corner / 3][corner % 3] = usable ? normal : units_[corner / 3];
+  }
+
+  void SmoothPoint(CornersOfPoint corners) {
+    if (corners.size() > kMostFacesCompared || AreAllSmooth(corners)) {
+      Vec sum;
+      for (const std::size_t corner : corners) sum += faceNormals_[corner / 3];
+      const Vec normal = Normalized(sum);
+      for (const std::size_t corner : corners) SetNormal(corner, normal);
+      return;
+    }
+    for (const std::size_t corner : corners) {
+      Vec sum;
+      for (const std::size_t other : corners) {
+        if (IsSmooth(corner, other)) sum += faceNormals_[other / 3];
+      }
+      SetNormal(corner, Normalized(sum));
+    }
   }
 
   void SmoothNormals() {
-    CollectFaces();
-    const std::vector<Vec> crowded = SumsOfCrowdedPoints();
+    CollectCorners();
     geometry_.normals.resize(geometry_.triangles.size());
-    for (std::size_t i = 0; i < geometry_.triangles.size(); ++i) {
-      for (std::size_t c = 0; c < 3; ++c) {
-        const std::uint32_t p = geometry_.triangles[i][c];
-        const bool isCrowded = firstFace_[p + 1] - firstFace_[p] > kMostFacesCompared;
-        const Vec sum = Normalized(isCrowded ? crowded[p] : SumOfSmoothFaces(p, i));
-        const bool usable = IsFinite(sum) && Dot(sum, sum) > 0.5F;
-        geometry_.normals[i][c] = usable ? sum : Normalized(faceNormals_[i]);
-      }
+    for (std::size_t p = 0; p + 1 < firstCorner_.size(); ++p) {
+      const std::size_t count = firstCorner_[p + 1] - firstCorner_[p];
+      SmoothPoint(CornersOfPoint(corners_).subspan(firstCorner_[p], count));
     }
   }
 
@@ -152,8 +180,9 @@ class Cleaning {
   Geometry& geometry_;
   std::vector<Source> sources_;
   std::vector<Vec> faceNormals_;  // as long as twice the area
-  std::vector<std::size_t> firstFace_;
-  std::vector<std::size_t> faces_;
+  std::vector<Vec> units_;        // the same of length 1
+  std::vector<std::size_t> firstCorner_;
+  std::vector<std::size_t> corners_;
 };
 
 void Index(RTCDevice device, Geometry& geometry) {
@@ -162,8 +191,6 @@ void Index(RTCDevice device, Geometry& geometry) {
   rtcSetSharedGeometryBuffer(triangles, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
                              geometry.triangles.data(), 0, sizeof(Geometry::Corners),
                              geometry.triangles.size());
-  // The library reads points 16 bytes at a time and may look past the last one.
-  geometry.points.reserve(geometry.points.size() + 2);
   rtcSetSharedGeometryBuffer(triangles, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
                              geometry.points.data(), 0, sizeof(Vec), geometry.points.size());
   rtcCommitGeometry(triangles);

@@ -224,6 +224,12 @@ float AlphaOf(const SurfaceLook& look, float alpha) {
   return alpha < look.cutoff ? 0.0F : 1.0F;
 }
 
+bool HasTextures(const SurfaceLook& look) {
+  return look.colorTexture || look.luminanceTexture || look.normalTexture ||
+         look.roughnessTexture || look.metallicTexture || look.occlusionTexture ||
+         look.alphaTexture;
+}
+
 float GrayOf(const Texel& texel) {
   return (texel.color.x + texel.color.y + texel.color.z) * (1.0F / 3) * texel.alpha;
 }
@@ -246,15 +252,20 @@ void RayScene::Color(const Triangle& hit, float detail, Finding* finding) {
     finding->color = finding->color * Vec{sum[0], sum[1], sum[2]};
     alpha *= sum[3];
   }
-  if (hit.uvs) AddTextures(hit.On(*finding->instance), detail, &alpha, finding);
+  if (hit.uvs && HasTextures(look))
+    AddTextures(hit.On(*finding->instance), detail, &alpha, finding);
   finding->alpha = AlphaOf(look, alpha);
 }
 
 void RayScene::AddTextures(const Triangle& triangle, float detail, float* alpha, Finding* finding) {
   const SurfaceLook& look = *finding->look;
+  const float plainDetail = detail * triangle.UvPerLength();
   const auto sample = [&](const TextureUse& use, bool isColor = false) {
+    const Texture& texture = *use.texture;
+    if (use.IsPlain())
+      return texture.Sample(triangle.uv[0], triangle.uv[1], plainDetail, isColor, use.wraps);
     const Triangle on = triangle.On(use);
-    return use.texture->Sample(on.uv[0], on.uv[1], detail * on.UvPerLength(), isColor, use.wraps);
+    return texture.Sample(on.uv[0], on.uv[1], detail * on.UvPerLength(), isColor, use.wraps);
   };
   if (look.colorTexture) {
     const Texel texel = sample(look.colorTexture, true);

@@ -164,22 +164,23 @@ Vec PictureInProgress::ShownColorOf(const Pixel& pixel) const {
 
 void PictureInProgress::FindContrasts() {
   const std::size_t width = setup_.width;
-  const auto shade = [&](std::size_t index) {
-    const Vec c = ShownColorOf(pixels_[index]);
-    return Vec{std::sqrt(std::max(0.0F, c.x)), std::sqrt(std::max(0.0F, c.y)),
-               std::sqrt(std::max(0.0F, c.z))};
-  };
   refined_.assign(pixels_.size(), 0);
-  const auto compare = [&](std::size_t a, std::size_t b) {
-    const Vec d = shade(a) - shade(b);
+  const auto compare = [&](std::size_t a, Vec shadeA, std::size_t b, Vec shadeB) {
+    const Vec d = shadeA - shadeB;
     if (std::max({std::abs(d.x), std::abs(d.y), std::abs(d.z)}) > kContrast)
       refined_[a] = refined_[b] = 1;
   };
-  for (std::size_t y = 0; y < setup_.height; ++y) {
+  // Of a row and the one above it: each pixel is looked at once.
+  std::vector<Vec> above(width);
+  std::vector<Vec> row(width);
+  for (std::size_t y = 0; y < setup_.height; ++y, std::swap(above, row)) {
     for (std::size_t x = 0; x < width; ++x) {
       const std::size_t here = y * width + x;
-      if (x + 1 < width) compare(here, here + 1);
-      if (y + 1 < setup_.height) compare(here, here + width);
+      const Vec c = ShownColorOf(pixels_[here]);
+      row[x] = {std::sqrt(std::max(0.0F, c.x)), std::sqrt(std::max(0.0F, c.y)),
+                std::sqrt(std::max(0.0F, c.z))};
+      if (x > 0) compare(here, row[x], here - 1, row[x - 1]);
+      if (y > 0) compare(here, row[x], here - width, above[x]);
     }
   }
 }

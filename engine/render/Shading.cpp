@@ -22,7 +22,8 @@ std::uint32_t Scrambled(std::uint32_t n) {
 
 float ToShare(std::uint32_t n) { return static_cast<float>(n >> 8U) * (1.0F / 16777216.0F); }
 
-float Fraction(float x) { return x - std::floor(x); }
+// Of what is not negative and far below the end of the whole numbers: no call of a function.
+float Fraction(float x) { return x - static_cast<float>(static_cast<std::int32_t>(x)); }
 
 // The plastic number's sequence spreads evenly however many are taken of it (Roberts 2018): its
 // n-th pair, moved by two seeds.
@@ -80,8 +81,8 @@ Vec Reflected(Vec direction, Vec normal) {
 }
 
 // A direction around `normal`, more often near it (by the cosine), from two numbers of 0..1.
-Vec Around(Vec normal, float a, float b) {
-  const auto [side, other] = Sides(normal);
+Vec Around(Vec normal, const Sides& sides, float a, float b) {
+  const auto& [side, other] = sides;
   const float r = std::sqrt(a);
   const float turn = 2 * kPi * b;
   return Normalized(side * (r * std::cos(turn)) + other * (r * std::sin(turn)) +
@@ -161,13 +162,13 @@ Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCa
 
 Vec Shading::LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample,
                      FirstHit* first) const {
-  const Vec light =
-      LightAlong(camera_.Through(x, y), BackdropColor(camera_.BackdropDirection(x, y)),
-                 {pixel, sample}, 0, first);
+  const auto backdrop = [&] { return BackdropColor(camera_.BackdropDirection(x, y)); };
+  const Vec light = LightAlong(camera_.Through(x, y), backdrop, {pixel, sample}, 0, first);
   return IsFinite(light) ? light : Vec{};
 }
 
-Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth,
+template <class Beyond>
+Vec Shading::LightAlong(const Ray& start, const Beyond& beyond, Tries tries, int depth,
                         FirstHit* first) const {
   Ray ray = start;
   Vec light;
@@ -181,7 +182,7 @@ Vec Shading::LightAlong(const Ray& start, Vec beyond, Tries tries, int depth,
     if (open < 0.004F) return light;
     ray.near = finding.distance + scene_.Gap(finding);
   }
-  return light + beyond * open;
+  return light + beyond() * open;
 }
 
 Vec Shading::LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const {
@@ -209,11 +210,11 @@ void Shading::AddGloss(const Finding& finding, const Ray& ray, Vec ambient, Trie
   const Vec blurred = straight * ((1 - smooth * smooth) * share);
   *light += blurred * ambient;
   const Vec direction = Reflected(ray.direction, finding.normal);
-  const Vec around = BackdropColor(direction);
+  const auto around = [&] { return BackdropColor(direction); };
   const bool traced = detail_ == ShadingDetail::Full && depth < kDeepestReflection &&
                       Largest(mirrored) >= kWeakestReflection;
   if (!traced) {
-    *light += mirrored * around * ambient;
+    *light += mirrored * around() * ambient;
     return;
   }
   const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
@@ -237,8 +238,8 @@ Vec Shading::MetalOn(const Finding& finding, const Ray& ray, float open, Tries t
   const Vec weight = Mirrored(finding.color, std::max(0.0F, Dot(facet, toEye)));
   Vec direction = Reflected(ray.direction, facet);
   if (Dot(direction, finding.normal) < 0) direction = Reflected(direction, finding.normal);
-  const Vec room = RoomLight(direction, 0);
-  if (Dot(direction, finding.faceNormal) <= 0) return weight * room * open;
+  const auto room = [&] { return RoomLight(direction, 0); };
+  if (Dot(direction, finding.faceNormal) <= 0) return weight * room() * open;
   const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
                       std::numeric_limits<float>::infinity()};
   return weight * LightAlong(reflected, room, tries, depth + 1);
@@ -279,6 +280,7 @@ Vec Shading::LightOf(const LightSource& light, const Finding& finding, Vec toEye
     passing = isDisc && detail_ == ShadingDetail::Full ? PassingFromDisc(finding, light, tries)
                                                        : Passing(finding, toLight, distance);
   }
+  if (!(Largest(passing) > 0)) return {};
   const Vec half = Normalized(toLight + toEye);
   const Vec mirrored = Mirrored(StraightReflection(finding), std::max(0.0F, Dot(half, toEye)));
   const Vec diffuse = finding.color * (1 - finding.metallic) * (Vec{1, 1, 1} - mirrored);
@@ -325,10 +327,11 @@ float Shading::OpenShare(const Finding& finding, Tries tries) const {
   if (detail_ == ShadingDetail::Quick) return kUsualOpenShare;
   const Vec start = finding.position + finding.faceNormal * (scene_.Gap(finding) * 2);
   const Spread spread(tries.pixel * 2 + 1, tries.pixel * 2 + 0x9e3779b9U);
+  const Sides sides(finding.normal);
   float open = 0;
   for (std::uint32_t i = 0; i < kOpenTries; ++i) {
     const Pair pair = spread.At(tries.sample * kOpenTries + i);
-    const Vec direction = Around(finding.normal, pair.a, pair.b);
+    const Vec direction = Around(finding.normal, sides, pair.a, pair.b);
     const bool below = Dot(direction, finding.faceNormal) <= 0;
     if (below || !scene_.IsBlocked({start, direction, 0, scene_.Size() * kOpenReach})) open += 1;
   }

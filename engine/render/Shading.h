@@ -38,7 +38,9 @@ class Shading {
 
   // Light that a surface sends against the ray. `depth` counts reflections on the way.
   Vec LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const;
-  Vec LightAlong(const Ray& ray, Vec beyond, Tries tries, int depth,
+  // `beyond`: the light behind everything, asked for where it is seen only.
+  template <class Beyond>
+  Vec LightAlong(const Ray& ray, const Beyond& beyond, Tries tries, int depth,
                  FirstHit* first = nullptr) const;
   Vec LightOf(const LightSource& light, const Finding& finding, Vec toEye, Tries tries) const;
   // Light from around a surface, of which it sees the share `open`.

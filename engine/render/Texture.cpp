@@ -1,5 +1,7 @@
 #include "engine/render/Texture.h"
 
+#include <array>
+
 namespace engine {
 
 namespace {
@@ -35,18 +37,44 @@ Image Halved(const Image& image) {
   return half;
 }
 
-Texel PixelAt(const Image& image, std::size_t x, std::size_t y, bool isColor) {
+// What a byte stands for.
+struct ByteValues {
+  std::array<float, 256> light;   // of a color
+  std::array<float, 256> number;  // of a plain number
+  std::array<float, 256> share;   // of opacity
+
+  ByteValues() {
+    for (std::size_t byte = 0; byte < light.size(); ++byte) {
+      light[byte] = SrgbToLinear(static_cast<std::uint8_t>(byte));
+      number[byte] = static_cast<float>(byte) * (1.0F / 255);
+      share[byte] = static_cast<float>(byte) / 255;
+    }
+  }
+};
+
+const ByteValues& ValuesOfBytes() {
+  static const ByteValues values;
+  return values;
+}
+
+Texel PixelAt(const Image& image, std::size_t x, std::size_t y, bool isColor,
+              const ByteValues& values) {
   const std::size_t at = (y * image.width + x) * 4;
   if (image.IsFloat()) {
     const float* p = &image.floats[at];
     return {{p[0], p[1], p[2]}, p[3]};
   }
   const std::uint8_t* p = &image.bytes[at];
-  const float alpha = static_cast<float>(p[3]) / 255;
-  if (isColor) return {{SrgbToLinear(p[0]), SrgbToLinear(p[1]), SrgbToLinear(p[2])}, alpha};
-  return {Vec{static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2])} *
-              (1.0F / 255),
-          alpha};
+  const auto& of = isColor ? values.light : values.number;
+  return {{of[p[0]], of[p[1]], of[p[2]]}, values.share[p[3]]};
+}
+
+// The same as std::floor, but no call of a function for what textures have for coordinates.
+float Floor(float x) {
+  constexpr float kWhole = 8388608;  // from here on every float is a whole number
+  if (!(std::abs(x) < kWhole)) return std::floor(x);
+  const auto whole = static_cast<float>(static_cast<std::int32_t>(x));
+  return whole > x ? whole - 1 : whole;
 }
 
 // The pixel column or row of a coordinate, the next one after it, and how far between them it lies.
@@ -61,20 +89,21 @@ Place PlaceWithin(float coordinate, std::uint32_t size) {
   const float last = static_cast<float>(size) - 1;
   const float pixel = std::clamp(coordinate * static_cast<float>(size) - 0.5F, 0.0F, last);
   const auto first = static_cast<std::size_t>(pixel);
-  return {first, std::min<std::size_t>(first + 1, size - 1), pixel - std::floor(pixel)};
+  return {first, std::min<std::size_t>(first + 1, size - 1), pixel - Floor(pixel)};
 }
 
 Place PlaceOf(float coordinate, std::uint32_t size, TextureWrap wrap) {
   if (wrap == TextureWrap::Clamp) return PlaceWithin(std::clamp(coordinate, 0.0F, 1.0F), size);
   if (wrap == TextureWrap::Mirror) {
     const float pair = coordinate * 0.5F;
-    return PlaceWithin(1 - std::abs(1 - 2 * (pair - std::floor(pair))), size);
+    return PlaceWithin(1 - std::abs(1 - 2 * (pair - Floor(pair))), size);
   }
-  const float inside = coordinate - std::floor(coordinate);
+  const float inside = coordinate - Floor(coordinate);
   const float pixel = inside * static_cast<float>(size) - 0.5F;
-  const float below = std::floor(pixel);
+  const float below = Floor(pixel);
   const auto first = static_cast<std::size_t>(below < 0 ? static_cast<float>(size) - 1 : below);
-  return {std::min<std::size_t>(first, size - 1), (first + 1) % size, pixel - below};
+  const std::size_t next = first + 1;
+  return {std::min<std::size_t>(first, size - 1), next < size ? next : next - size, pixel - below};
 }
 
 Texel MixTexels(const Texel& a, const Texel& b, float t) {
@@ -95,7 +124,7 @@ Texel Texture::Sample(float u, float v, float detail, bool isColor, Wraps wraps)
   const float pixels = detail * static_cast<float>(std::max(levels_[0].width, levels_[0].height));
   const float level = pixels > 1 ? std::log2(pixels) : 0.0F;
   const float last = static_cast<float>(levels_.size() - 1);
-  const float upper = std::floor(std::min(level, last));
+  const float upper = Floor(std::min(level, last));
   const auto index = static_cast<std::size_t>(upper);
   const Texel sharp = SampleLevel(levels_[index], u, v, isColor, wraps);
   if (level <= 0 || upper >= last) return sharp;
@@ -105,10 +134,12 @@ Texel Texture::Sample(float u, float v, float detail, bool isColor, Wraps wraps)
 Texel Texture::SampleLevel(const Image& level, float u, float v, bool isColor, Wraps wraps) {
   const Place x = PlaceOf(u, level.width, wraps.u);
   const Place y = PlaceOf(v, level.height, wraps.v);
-  const Texel top = MixTexels(PixelAt(level, x.first, y.first, isColor),
-                              PixelAt(level, x.second, y.first, isColor), x.share);
-  const Texel low = MixTexels(PixelAt(level, x.first, y.second, isColor),
-                              PixelAt(level, x.second, y.second, isColor), x.share);
+  const ByteValues& values = ValuesOfBytes();
+  const auto at = [&](std::size_t column, std::size_t row) {
+    return PixelAt(level, column, row, isColor, values);
+  };
+  const Texel top = MixTexels(at(x.first, y.first), at(x.second, y.first), x.share);
+  const Texel low = MixTexels(at(x.first, y.second), at(x.second, y.second), x.share);
   return MixTexels(top, low, y.share);
 }
 
