@@ -129,6 +129,30 @@ void Row(const char* what, double seconds, double baseline, const char* beside) 
   std::printf("%-52s %10.3f ms   %7.2f x %s\n", what, seconds * 1e3, seconds / baseline, beside);
 }
 
+void DryRuns(Stage& stage, const StoredState& a, std::size_t count) {
+  engine::CompareOptions dry;
+  dry.everyEntry = true;
+  dry.unknown = false;
+  dry.mostFields = 24;
+  // There and back in turn, so that each load has as much to do as the dry run before it.
+  for (const std::size_t step : {std::size_t{1}, count / 1000}) {
+    double dryRun = 1e9;
+    double load = 1e9;
+    for (int i = 0; i < 3; ++i) {
+      stage.Load(0);
+      stage.Change(0, step);
+      dryRun = std::min(
+          dryRun,
+          Seconds(
+              [&] { sink += engine::CompareWithScene(stage.Doc(), a.record, dry).changes.size(); },
+              1));
+      load = std::min(load, Seconds([&] { stage.Load(0); }, 1));
+    }
+    Row(step == 1 ? "dry run, all objects change" : "dry run, 1,000 objects change", dryRun, load,
+        "load");
+  }
+}
+
 void BigScene(LONG count) {
   Stage stage(count);
   const StoredState a = stage.Record("A");
@@ -145,25 +169,7 @@ void BigScene(LONG count) {
         sink += engine::CompareStates(doc, a.record, thousand.record).changes.size();
       }),
       walk, "walk");
-  engine::CompareOptions dry;
-  dry.everyEntry = true;
-  dry.unknown = false;
-  dry.mostFields = 24;
-  // There and back in turn, so that each load has as much to do as the dry run before it.
-  for (const std::size_t step : {std::size_t{1}, static_cast<std::size_t>(count) / 1000}) {
-    double dryRun = 1e9;
-    double load = 1e9;
-    for (int i = 0; i < 3; ++i) {
-      stage.Load(0);
-      stage.Change(0, step);
-      dryRun = std::min(
-          dryRun,
-          Seconds([&] { sink += engine::CompareWithScene(doc, a.record, dry).changes.size(); }, 1));
-      load = std::min(load, Seconds([&] { stage.Load(0); }, 1));
-    }
-    Row(step == 1 ? "dry run, all objects change" : "dry run, 1,000 objects change", dryRun, load,
-        "load");
-  }
+  DryRuns(stage, a, static_cast<std::size_t>(count));
   const double before = MemoryInUse();
   const engine::Difference difference = engine::CompareStates(doc, a.record, thousand.record);
   std::printf("memory of that difference: %.2f %% of the scene\n",

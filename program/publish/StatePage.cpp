@@ -18,16 +18,16 @@ constexpr int kThumbnailQuality = 82;
 constexpr std::size_t kPiece = std::size_t{3} << 22U;
 
 void AppendBase64(std::string& text, std::string_view bytes) {
-  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   const auto at = [&](std::size_t i) {
     return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U;
   };
   for (std::size_t i = 0; i < bytes.size(); i += 3) {
     const unsigned three = at(i) << 16U | at(i + 1) << 8U | at(i + 2);
-    text += kDigits[three >> 18U];
-    text += kDigits[three >> 12U & 63U];
-    text += i + 1 < bytes.size() ? kDigits[three >> 6U & 63U] : '=';
-    text += i + 2 < bytes.size() ? kDigits[three & 63U] : '=';
+    text += kBase64Digits[three >> 18U];
+    text += kBase64Digits[three >> 12U & 63U];
+    text += i + 1 < bytes.size() ? kBase64Digits[three >> 6U & 63U] : '=';
+    text += i + 2 < bytes.size() ? kBase64Digits[three & 63U] : '=';
   }
 }
 

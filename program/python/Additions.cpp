@@ -24,8 +24,6 @@ constexpr host::LONG kObjectTypes[] = {host::Onull,   host::Ocube,     host::Osp
                                        host::Odisc,   host::Ocylinder, host::Otorus,  host::Oplane,
                                        host::Ocamera, host::Olight};
 
-BaseDocument& Find(DocumentId document) { return Session::Get().Document(document); }
-
 BaseObject& FindObjectAt(BaseDocument& doc, ElementId element) {
   if (BaseObject* object = engine::AsObject(&Session::Get().Element(doc, element))) return *object;
   throw Failure(Fault::Misused, "An object is needed here.");
@@ -42,8 +40,6 @@ engine::Elements FindAll(BaseDocument& doc, const std::vector<ElementId>& ids) {
   for (const ElementId id : ids) elements.push_back(&Session::Get().Element(doc, id));
   return elements;
 }
-
-Found FoundOf(const host::GeListNode& node) { return {engine::IdOf(node), node.GetType()}; }
 
 host::LONG ObjectTypeOf(const std::string& typed) {
   std::string known;

@@ -15,8 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-host::BaseDocument& Find(DocumentId document) { return Session::Get().Document(document); }
-
 std::string SavedPath(const host::BaseDocument& doc) {
   const bool isPlaced = Session::Get().IsPlaced(engine::NumberOf(doc));
   if (!isPlaced || !doc.GetDocumentPath().Content()) return "";

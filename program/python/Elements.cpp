@@ -21,12 +21,9 @@ using host::BaseList2D;
 using host::BaseObject;
 using host::GeListNode;
 
-BaseDocument& Find(DocumentId document) { return Session::Get().Document(document); }
 BaseList2D& FindOne(DocumentId document, ElementId element) {
   return Session::Get().Element(Find(document), element);
 }
-
-Found FoundOf(const GeListNode& node) { return {engine::IdOf(node), node.GetType()}; }
 
 FoundList Siblings(const GeListNode* first) {
   FoundList found;
@@ -81,6 +78,8 @@ FoundList FindNamed(const BaseDocument& doc, const FoundList& all, const std::st
 }
 
 }  // namespace
+
+Found FoundOf(const GeListNode& node) { return {engine::IdOf(node), node.GetType()}; }
 
 FoundList List(DocumentId document, Kind kind) {
   const BaseDocument& doc = Find(document);

@@ -18,6 +18,8 @@ using FoundList = std::vector<Found>;
 // What lists of a document hold, the parts of render settings besides.
 enum class Kind { Objects, Materials, Layers, Settings, Tags };
 
+Found FoundOf(const host::GeListNode& node);
+
 // Objects, layers and settings in the order of their trees, all levels; tags: of all objects.
 FoundList List(DocumentId document, Kind kind);
 // By name, path, pattern or position, as the shell has it; without * or ? exactly one.

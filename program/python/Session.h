@@ -154,6 +154,9 @@ class Call {
   std::size_t mark_;
 };
 
+// The document of a number that was given out; throws where it is closed.
+inline host::BaseDocument& Find(DocumentId document) { return Session::Get().Document(document); }
+
 // Throws the sentence of what went wrong: of what the plug-in told or asked, else this one.
 // `argument`: how a script says yes to what was asked, "overwrite=True".
 [[noreturn]] void FailAs(const std::string& sentence, const std::string& argument = "");

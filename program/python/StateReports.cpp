@@ -18,8 +18,6 @@ namespace {
 using engine::ChangeKind;
 using host::BaseDocument;
 
-BaseDocument& Find(DocumentId document) { return Session::Get().Document(document); }
-
 [[noreturn]] void RefuseUnrecorded(const std::string& name) {
   throw Failure(Fault::Failed, "The Stagemark " + outcome::Listed({name}) +
                                    " stands in the list, but nothing of it is recorded. "

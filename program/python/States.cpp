@@ -22,7 +22,6 @@ namespace {
 using outcome::Listed;
 using pictures::StagemarksDialog;
 
-host::BaseDocument& Find(DocumentId document) { return Session::Get().Document(document); }
 StagemarksDialog DialogOf(DocumentId document) { return Session::Get().DialogFor(Find(document)); }
 void Deliver() { Session::Get().App().DeliverEvents(); }
 

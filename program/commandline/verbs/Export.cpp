@@ -70,6 +70,17 @@ int RunExport(Program& program, ExportChoices choices) {
   return result.status != kDone && Terminal::Interrupted() ? kInterrupted : result.status;
 }
 
+constexpr const char* kExportFooter =
+    "Scene files of the same names are replaced with --force only, their textures always. The "
+    "scene itself is left alone.\n"
+    "Before anything is written, the files are reckoned up: names that cannot be those of files "
+    "are refused, and where the disk has too little room you are asked.\n"
+    "A texture that was not found and a file that could not be written are named and make the "
+    "exit status 1.\n\n"
+    "Examples:\n"
+    "  stagemarks export room.c4d --layout project --to out\n"
+    "  stagemarks export room.c4d --layout file --to out --only \"shot_0*\" --frames 0:90";
+
 }  // namespace
 
 void AddExport(Arguments& arguments, Program& program) {
@@ -96,18 +107,7 @@ void AddExport(Arguments& arguments, Program& program) {
       "Load each Stagemark onto the scene as it is, not onto the one before it, so that no "
       "file depends on which others are exported");
   verb.AddFlag("-y,--yes", program.yes, "Answer every question with yes");
-  verb.Footer(
-      "Scene files of the same names are replaced with --force only, their textures always. The "
-      "scene itself is left alone.\n"
-      "Before anything is written, the files are reckoned up: names that cannot be those of files "
-      "are refused, and where the "
-      "disk "
-      "has too little room you are asked.\n"
-      "A texture that was not found and a file that could not be written are named and make the "
-      "exit status 1.\n\n"
-      "Examples:\n"
-      "  stagemarks export room.c4d --layout project --to out\n"
-      "  stagemarks export room.c4d --layout file --to out --only \"shot_0*\" --frames 0:90");
+  verb.Footer(kExportFooter);
   verb.Does([&program, choices] { return RunExport(program, *choices); });
 }
 

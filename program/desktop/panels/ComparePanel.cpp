@@ -344,6 +344,7 @@ ComparePanel::ComparePanel(const StatesDialog& states, engine::InspectedElements
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   BuildHead(*layout);
+  BuildWarning(*layout);
   layout->addWidget(tree_);
   setFocusProxy(tree_);
   tree_->chosen = [this](const QModelIndex& row) { Select(row); };
@@ -373,6 +374,9 @@ void ComparePanel::BuildHead(QLayout& layout) {
   });
   line->addWidget(load_);
   layout.addWidget(head);
+}
+
+void ComparePanel::BuildWarning(QLayout& layout) {
   warning_ = new QWidget(this);
   auto* warned = new QHBoxLayout(warning_);
   warned->setContentsMargins(6, 0, 6, 4);

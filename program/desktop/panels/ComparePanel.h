@@ -152,6 +152,7 @@ class ComparePanel : public QWidget, public DocumentView {
   };
 
   void BuildHead(QLayout& layout);
+  void BuildWarning(QLayout& layout);
   Question Ask(const host::BaseDocument* doc) const;
   void Begin();
   // Compares on; false when nothing is left to do.
