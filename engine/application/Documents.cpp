@@ -66,6 +66,7 @@ class Saving {
         listed_(body.documents.Holds(&doc)) {}
 
   Status Run() {
+    body_.services.files.FollowScene(path_);
     Status status = TakeLock();
     if (status) status = CheckFile();
     if (status)
@@ -116,8 +117,8 @@ class Saving {
     do {
       written_ = ChangeCount(doc_);
       FileAsRead now;
-      saved = SaveSceneFile(
-          body_.services, doc_, path_, [this] { return BeforePlacingIt(); }, &now);
+      saved = SaveSceneFile(body_.services, doc_, path_, {[this] { return BeforePlacingIt(); }, ""},
+                            &now);
       if (saved) Know(body_, doc_, path_, now);
     } while (saved && ChangeCount(doc_) != written_);
     return saved;
@@ -156,6 +157,7 @@ host::BaseDocument* Application::NewDocument() {
 
 Result<host::BaseDocument*> Application::OpenDocument(const std::string& path,
                                                       std::vector<std::string>* notes) {
+  body_->services.files.FollowScene(path);
   FileAsRead file;
   const bool imports = IsImportable(path);
   Result<OwnedDocument> read =

@@ -410,6 +410,7 @@ const host::BaseContainer* Preferences::Get(host::LONG id) {
 
 Status Preferences::Set(host::LONG id, host::BaseContainer data, bool merge) {
   Status status = Read();
+  if (!status) ledger_.Add({Operation::ReplaceFile, File(), "", false, status.Message()});
   host::BaseContainer& stored = stored_[id];
   if (merge) {
     stored.MergeContainer(data);
@@ -420,6 +421,8 @@ Status Preferences::Set(host::LONG id, host::BaseContainer data, bool merge) {
   if (status) status = files_.MakeFolders(folder_);
   if (!status) return status;
   const Result<std::string> text = TextOf(stored_);
+  // A person may keep such files elsewhere, with a link here.
+  files_.Follow(File());
   if (text) return files_.ReplaceFile(File(), text.Value());
   session_.erase(id);
   read_ = false;

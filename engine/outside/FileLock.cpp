@@ -19,9 +19,12 @@ FileHandle OpenForLocking(const std::string& path, int access) {
   return FileHandle(open(path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
-bool IsPlainFile(const std::string& path) {
+// Fails where the system does not say.
+Result<bool> IsPlainFile(const std::string& path) {
   struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+  if (stat(path.c_str(), &info) == 0) return S_ISREG(info.st_mode);
+  if (errno == ENOENT || errno == ENOTDIR) return false;
+  return engine::SystemFailure("Cannot lock", path);
 }
 
 // 0, or the system's error.
@@ -55,7 +58,10 @@ bool FileLock::Covers(const std::string& path) const {
 
 Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
   // The file may be replaced between opening and locking, and the new one is the one to hold then.
-  while (IsPlainFile(path)) {
+  for (;;) {
+    const Result<bool> isPlain = IsPlainFile(path);
+    if (!isPlain) return isPlain.GetStatus();
+    if (!isPlain.Value()) break;
     FileHandle file = OpenForLocking(path, O_RDONLY);
     if (!file) file = OpenForLocking(path, O_WRONLY);
     if (!file && errno == ENOENT) continue;

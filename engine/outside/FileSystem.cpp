@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/outside/FileHandle.h"
 #include "engine/outside/PathRules.h"
 
 namespace engine {
@@ -45,9 +46,41 @@ Status FileSystem::ChangeTwo(Operation operation, const std::string& from, const
                work(source.Value(), target.Value()));
 }
 
+void FileSystem::Follow(const std::string& path) {
+  if (Result<std::string> clean = PathForReading(path)) named_.insert(clean.Take());
+}
+
+void FileSystem::FollowScene(const std::string& path) {
+  Follow(path);
+  const Result<std::string> clean = PathForReading(path);
+  if (clean && clean.Value().size() > 1) Follow(FolderAndName(clean.Value()).first);
+}
+
+std::size_t FileSystem::NamedPart(const std::string& path) const {
+  for (std::size_t end = path.size(); end > 0; end = path.rfind('/', end - 1)) {
+    if (named_.contains(path.substr(0, end))) return end;
+  }
+  return path.rfind('/');
+}
+
+void FileSystem::Note(const std::string& path, const std::string& message) {
+  ledger_.AddNote(path, message);
+}
+
+Status FileSystem::CheckWay(const std::string& path) {
+  const Result<std::string> clean = PathForWriting(path);
+  return clean ? DoCheckWay(clean.Value()) : clean.GetStatus();
+}
+
 FileKind FileSystem::Kind(const std::string& path) {
   const Result<std::string> clean = PathForReading(path);
   return clean ? DoKind(clean.Value()) : FileKind::Missing;
+}
+
+Result<FileKind> FileSystem::Look(const std::string& path) {
+  const FileKind kind = Kind(path);
+  if (kind != FileKind::Unknown) return kind;
+  return Enter({Operation::Look, path, "", false, ""}, SystemFailure("Cannot look at", path));
 }
 
 FileStamp FileSystem::Stamp(const std::string& path) {
@@ -72,9 +105,9 @@ Result<std::string> FileSystem::ReadFile(const std::string& path, std::uint64_t 
 }
 
 Status FileSystem::ReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                               const BeforePlacing& ready) {
+                               const Replacing& how) {
   return Change(Operation::ReplaceFile, path,
-                [&](const std::string& clean) { return DoReplaceFile(clean, pieces, ready); });
+                [&](const std::string& clean) { return DoReplaceFile(clean, pieces, how); });
 }
 
 Status FileSystem::MakeFolder(const std::string& path) {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -17,7 +18,8 @@
 
 namespace engine {
 
-enum class FileKind { Missing, File, Folder, Other };
+// Unknown: the system does not say, as with a broken disk or without the right to look.
+enum class FileKind { Missing, File, Folder, Other, Unknown };
 
 // What tells whether a file is still the one read before. Differing stamps need not mean differing
 // bytes: a copied file and one whose rights changed have new ones.
@@ -41,8 +43,22 @@ struct DiskSpace {
 // as it was.
 using BeforePlacing = std::function<Status()>;
 
+// How a file is replaced.
+struct Replacing {
+  BeforePlacing ready = {};
+  // Where the replaced file is kept, in place of what is there; empty: nowhere. Its folder is made.
+  // That it could not be kept is a note in the ledger and no failure.
+  std::string former = {};
+};
+
 // Paths are absolute UTF-8 texts. Reading operations refuse relative paths; the others refuse
 // relative paths, ".." components and NUL bytes. Failure messages name the path.
+//
+// A path has two parts: one that a person named, and behind it the program's own. In the own part
+// nothing is written, made, renamed or removed through a symbolic link, whatever becomes of the
+// folders meanwhile; the refusal names the link. A link itself is removed or renamed. What Follow
+// was told of, and the folders on the way to it, are named; of any other path all but the last
+// name.
 class FileSystem {
  public:
   explicit FileSystem(Ledger& ledger) : ledger_(ledger) {}
@@ -50,8 +66,19 @@ class FileSystem {
   FileSystem& operator=(const FileSystem&) = delete;
   virtual ~FileSystem() = default;
 
-  // Links are followed. Never fails: a refused or unreadable path is Missing. Not in the ledger.
+  // A person named this file or folder: from now on links on the way to it are followed, and where
+  // it is a link itself, what that leads to is meant. The rest of a path below it is the program's
+  // own. A path that is refused for reading is passed over.
+  void Follow(const std::string& path);
+  // The same of a scene and the folder that it is in, where the program puts more.
+  void FollowScene(const std::string& path);
+  // Fails only where a link lies in the program's own part of `path`, so that nothing could be made
+  // there. Changes nothing and is not in the ledger.
+  Status CheckWay(const std::string& path);
+  // Links are followed. Never fails: a refused path is Missing. Not in the ledger.
   FileKind Kind(const std::string& path);
+  // The same, where that the system does not say is a failure, and in the ledger.
+  Result<FileKind> Look(const std::string& path);
   // What `path` leads to; zeros where it is Missing. Not in the ledger.
   FileStamp Stamp(const std::string& path);
   // Of the disk that `path`, or the nearest folder above it that is there, is on; nothing where the
@@ -62,10 +89,10 @@ class FileSystem {
   Result<std::string> ReadFile(const std::string& path, std::uint64_t limit = 16ull << 30);
   // Atomic and durable: a temporary file in the same folder, everything written, sync checked,
   // rename, folder sync checked. On failure the old file is whole and the temporary one is gone.
-  // `pieces` are written in order. A link to a file stays a link and the file it points to is
-  // replaced; a write-protected file is refused.
+  // `pieces` are written in order. A followed link to a file stays a link and the file it points to
+  // is replaced; a write-protected file is refused.
   Status ReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                     const BeforePlacing& ready = {});
+                     const Replacing& how = {});
   Status ReplaceFile(const std::string& path, std::string_view bytes) {
     return ReplaceFile(path, std::span(&bytes, 1));
   }
@@ -90,14 +117,22 @@ class FileSystem {
   Result<std::vector<std::string>> ListFolders(const std::string& folder);
 
  protected:
-  // The real work behind the public functions; paths are checked already.
+  // Length of the part of a clean path that a person named; all of it is for a path that Follow was
+  // told of.
+  std::size_t NamedPart(const std::string& path) const;
+  // Something a person should know about `path`.
+  void Note(const std::string& path, const std::string& message);
+
+  // The real work behind the public functions; paths are checked already. Of what is Unknown, errno
+  // says why.
   virtual FileKind DoKind(const std::string& path) = 0;
+  virtual Status DoCheckWay(const std::string& path) = 0;
   virtual FileStamp DoStamp(const std::string& path) = 0;
   // `path` is there.
   virtual std::optional<DiskSpace> DoSpace(const std::string& path) = 0;
   virtual Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) = 0;
   virtual Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                               const BeforePlacing& ready) = 0;
+                               const Replacing& how) = 0;
   virtual Status DoMakeFolder(const std::string& path) = 0;
   virtual Status DoCopyFile(const std::string& from, const std::string& to, bool replace) = 0;
   virtual Status DoRemoveFile(const std::string& path) = 0;
@@ -117,6 +152,7 @@ class FileSystem {
   Status ChangeTwo(Operation operation, const std::string& from, const std::string& to, Work work);
 
   Ledger& ledger_;
+  std::set<std::string> named_;
 };
 
 }  // namespace engine

@@ -10,6 +10,7 @@
 namespace engine {
 
 enum class Operation {
+  Look,  // only where the system does not say what is there
   ReadFile,
   ReplaceFile,
   MakeFolder,

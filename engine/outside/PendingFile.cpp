@@ -2,35 +2,29 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <stdlib.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <random>
-#include <set>
-#include <tuple>
+#include <utility>
+
+#include "engine/outside/FilePlace.h"
 
 namespace engine {
 namespace {
 
-constexpr const char* kCannotWrite = "Cannot write";
-
 constexpr std::string_view kHiddenBegin = ".stagemarks-";
 constexpr std::string_view kHiddenEnd = ".tmp";
-
-std::string HiddenName() {
-  // Behind a pointer: a program that loads the engine late, as Python does, has little room for
-  // what is a thread's own.
-  thread_local const auto random = std::make_unique<std::mt19937_64>(std::random_device{}());
-  return std::string(kHiddenBegin) + std::to_string(getpid()) + "-" + std::to_string((*random)()) +
-         std::string(kHiddenEnd);
-}
 
 // The way to a file without a name, for giving it one.
 std::string PathOfHandle(const FileHandle& file) {
@@ -58,24 +52,41 @@ void RemoveWhenDead(int folder, const char* name) {
     unlinkat(folder, name, 0);
 }
 
-// Once for each folder and program: folders with many files are not read again for each of them.
-void RemoveDeadFiles(int folder, const std::string& path) {
-  static std::mutex guard;
-  static std::set<std::string> seen;
-  {
-    const std::lock_guard<std::mutex> lock(guard);
-    if (!seen.insert(path).second) return;
+// For each folder, how many more files are written there before it is read again: as many as it
+// had entries, so that reading costs less than writing however many there are.
+class Readings {
+ public:
+  bool IsDue(const std::string& folder) {
+    const std::lock_guard<std::mutex> lock(guard_);
+    std::size_t& left = left_[folder];
+    return left == 0 || --left == 0;
   }
+  void Put(const std::string& folder, std::size_t entries) {
+    const std::lock_guard<std::mutex> lock(guard_);
+    left_[folder] = entries;
+  }
+
+ private:
+  std::mutex guard_;
+  std::map<std::string, std::size_t> left_;
+};
+
+void RemoveDeadFiles(int folder, const std::string& path) {
+  static Readings readings;
+  if (!readings.IsDue(path)) return;
   FileHandle listing(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   DIR* entries = listing ? fdopendir(listing.Get()) : nullptr;
   if (entries == nullptr) return;
   (void)listing.Release();
+  std::size_t count = 0;
   while (const dirent* entry = readdir(entries)) {
+    ++count;
     const std::string_view name = entry->d_name;
     if (name.starts_with(kHiddenBegin) && name.ends_with(kHiddenEnd))
       RemoveWhenDead(folder, entry->d_name);
   }
   closedir(entries);
+  readings.Put(path, count);
 }
 
 // Some file systems cannot sync a folder and say so with these; nothing more can be done there.
@@ -101,6 +112,22 @@ bool RenameByLink(int fromFolder, const std::string& from, int toFolder, const s
 
 }  // namespace
 
+std::string HiddenName() {
+  // Behind a pointer: a program that loads the engine late, as Python does, has little room for
+  // what is a thread's own.
+  thread_local const auto random = std::make_unique<std::mt19937_64>(std::random_device{}());
+  return std::string(kHiddenBegin) + std::to_string(getpid()) + "-" + std::to_string((*random)()) +
+         std::string(kHiddenEnd);
+}
+
+ssize_t ReadSome(const FileHandle& file, char* to, std::size_t size) {
+  ssize_t count = -1;
+  do {
+    count = read(file.Get(), to, size);
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
+
 bool RenameWithoutReplacing(int fromFolder, const std::string& from, int toFolder,
                             const std::string& to) {
   if (renameat2(fromFolder, from.c_str(), toFolder, to.c_str(), RENAME_NOREPLACE) == 0) return true;
@@ -122,22 +149,27 @@ Status PendingFile::Begin() {
 
 Status PendingFile::FollowLink() {
   struct stat info;
+  if (named_ < path_.size()) return {};
   if (lstat(path_.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return {};
   char* real = realpath(path_.c_str(), nullptr);
   if (real == nullptr) return FileFailure(kCannotWrite, path_, "it is a link that leads nowhere");
   path_ = real;
+  named_ = path_.size();
   free(real);
   return {};
 }
 
 Status PendingFile::CheckPlace() {
-  std::string folder;
-  std::tie(folder, name_) = FolderAndName(path_);
-  folder_ = OpenFolder(folder);
+  Result<FilePlace> place = FindPlace(kCannotWrite, path_, named_);
+  if (!place) return place.GetStatus();
+  name_ = place.Value().name;
+  folder_ = FileHandle(openat(place.Value().folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder_) return SystemFailure(kCannotWrite, path_);
-  RemoveDeadFiles(folder_.Get(), folder);
+  RemoveDeadFiles(folder_.Get(), FolderAndName(path_).first);
   struct stat info;
-  if (fstatat(folder_.Get(), name_.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return {};
+  if (fstatat(folder_.Get(), name_.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0)
+    return errno == ENOENT ? Status() : SystemFailure(kCannotWrite, path_);
+  if (S_ISLNK(info.st_mode)) return LinkRefusal(kCannotWrite, path_, path_);
   if (S_ISDIR(info.st_mode)) return FileFailure(kCannotWrite, path_, "a folder is in its place");
   if (!S_ISREG(info.st_mode))
     return FileFailure(kCannotWrite, path_, "something that is no plain file is in its place");
@@ -197,6 +229,27 @@ Status PendingFile::Write(std::string_view bytes) {
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
   return {};
+}
+
+Status PendingFile::WriteAllOf(const FileHandle& file, const std::string& path,
+                               const std::function<bool()>& isWanted) {
+  if (ioctl(file_.Get(), FICLONE, file.Get()) == 0) return {};
+  std::string buffer(std::size_t{1} << 18, '\0');
+  for (;;) {
+    const ssize_t count = ReadSome(file, buffer.data(), buffer.size());
+    if (count < 0) return SystemFailure("Cannot read", path);
+    if (count == 0) return {};
+    Status written = Write(std::string_view(buffer).substr(0, static_cast<std::size_t>(count)));
+    if (!written) return written;
+    if (!isWanted()) return FileFailure("Did not write", path_, "the work was stopped");
+  }
+}
+
+Status PendingFile::TakeRightsOf(const FileHandle& file) {
+  struct stat info;
+  const bool taken =
+      fstat(file.Get(), &info) == 0 && fchmod(file_.Get(), info.st_mode & 0777U) == 0;
+  return taken ? Status() : SystemFailure(kCannotWrite, path_);
 }
 
 // A name cannot be given to a file in place of another one, so that the file has a hidden one for a

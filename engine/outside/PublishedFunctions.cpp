@@ -19,7 +19,8 @@ std::string PathOf(const Filename& name) { return name.GetString().ToUtf8(); }
 }  // namespace
 
 Bool GeFExist(const Filename& name, Bool isDirectory) {
-  return Files().Kind(PathOf(name)) == (isDirectory ? FileKind::Folder : FileKind::File);
+  const engine::Result<FileKind> kind = Files().Look(PathOf(name));
+  return kind && kind.Value() == (isDirectory ? FileKind::Folder : FileKind::File);
 }
 
 Bool GeFCreateDir(const Filename& folder) { return Files().MakeFolder(PathOf(folder)).Ok(); }
@@ -45,6 +46,7 @@ Bool FileSelect(Filename& name, LONG type, LONG flags, const String& title) {
   const std::optional<std::string> chosen =
       Person().ChooseFile({type, flags, title.ToUtf8(), PathOf(name)});
   if (!chosen) return FALSE;
+  Files().Follow(*chosen);
   name = Filename(String(std::string_view(*chosen)));
   return TRUE;
 }

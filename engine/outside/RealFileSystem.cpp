@@ -7,16 +7,16 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <functional>
+#include <climits>
 
+#include "engine/outside/FilePlace.h"
+#include "engine/outside/FormerFile.h"
 #include "engine/outside/PendingFile.h"
 
 namespace engine {
 namespace {
 
 constexpr const char* kCannotRead = "Cannot read";
-
 FileKind KindOfMode(mode_t mode) {
   if (S_ISREG(mode)) return FileKind::File;
   return S_ISDIR(mode) ? FileKind::Folder : FileKind::Other;
@@ -38,15 +38,6 @@ Result<FileHandle> OpenPlainFile(const std::string& path, struct stat& info) {
   return file;
 }
 
-// Up to `size` bytes into `to`; fewer at the end of the file, -1 on an error.
-ssize_t ReadSome(int file, char* to, std::size_t size) {
-  ssize_t count = -1;
-  do {
-    count = read(file, to, size);
-  } while (count < 0 && errno == EINTR);
-  return count;
-}
-
 Status TooLarge(const std::string& path, std::uint64_t limit) {
   return FileFailure(kCannotRead, path, "it is larger than " + std::to_string(limit) + " bytes");
 }
@@ -55,25 +46,33 @@ Status Stopped(const std::string& path) {
   return FileFailure("Did not write", path, "the work was stopped");
 }
 
-// `isWanted`: asked now and then.
-Status CopyBytes(int from, const std::string& path, PendingFile& to,
-                 const std::function<bool()>& isWanted) {
-  std::string buffer(std::size_t{1} << 18, '\0');
-  for (;;) {
-    const ssize_t count = ReadSome(from, buffer.data(), buffer.size());
-    if (count < 0) return SystemFailure(kCannotRead, path);
-    if (count == 0) return {};
-    Status written = to.Write(std::string_view(buffer).substr(0, static_cast<std::size_t>(count)));
-    if (!written) return written;
-    if (!isWanted()) return Stopped(path);
+// A name that is too long for every file is that of none.
+bool CanBeThere(const std::string& path) {
+  for (std::size_t begin = 0; begin < path.size();) {
+    const std::size_t end = std::min(path.find('/', begin), path.size());
+    if (end - begin > NAME_MAX) return false;
+    begin = end + 1;
   }
+  return true;
 }
 
 }  // namespace
 
 FileKind RealFileSystem::DoKind(const std::string& path) {
   struct stat info;
-  return stat(path.c_str(), &info) == 0 ? KindOfMode(info.st_mode) : FileKind::Missing;
+  if (stat(path.c_str(), &info) == 0) return KindOfMode(info.st_mode);
+  const int error = errno;
+  const bool isMissing =
+      error == ENOENT || error == ENOTDIR || (error == ENAMETOOLONG && !CanBeThere(path));
+  errno = error;
+  return isMissing ? FileKind::Missing : FileKind::Unknown;
+}
+
+Status RealFileSystem::DoCheckWay(const std::string& path) {
+  const Result<FilePlace> place = FindPlace(kCannotWrite, path, NamedPart(path));
+  if (!place) return errno == ELOOP ? place.GetStatus() : Status();
+  const bool isRefused = NamedPart(path) < path.size() && IsLink(place.Value());
+  return isRefused ? LinkRefusal(kCannotWrite, path, path) : Status();
 }
 
 Result<std::string> RealFileSystem::DoReadFile(const std::string& path, std::uint64_t limit) {
@@ -85,8 +84,7 @@ Result<std::string> RealFileSystem::DoReadFile(const std::string& path, std::uin
   std::string bytes(static_cast<std::size_t>(info.st_size) + 1, '\0');
   std::size_t filled = 0;
   for (;;) {
-    const ssize_t count =
-        ReadSome(file.Value().Get(), bytes.data() + filled, bytes.size() - filled);
+    const ssize_t count = ReadSome(file.Value(), bytes.data() + filled, bytes.size() - filled);
     if (count < 0) return SystemFailure(kCannotRead, path);
     if (count == 0) break;
     filled += static_cast<std::size_t>(count);
@@ -114,19 +112,31 @@ std::optional<DiskSpace> RealFileSystem::DoSpace(const std::string& path) {
 
 Status RealFileSystem::DoReplaceFile(const std::string& path,
                                      std::span<const std::string_view> pieces,
-                                     const BeforePlacing& ready) {
+                                     const Replacing& how) {
   if (!person_.Writing(path)) return Stopped(path);
-  PendingFile file(path);
+  PendingFile file(path, NamedPart(path));
   Status status = file.Begin();
   for (std::size_t i = 0; status && i < pieces.size(); ++i) status = file.Write(pieces[i]);
-  if (status && ready) status = ready();
-  return status ? file.Commit(true) : status;
+  if (status && how.ready) status = how.ready();
+  if (!status) return status;
+  if (how.former.empty()) return file.Commit(true);
+  FormerFile former(file.Path(), how.former);
+  Status kept = former.Hold();
+  status = file.Commit(true);
+  if (status && kept) kept = former.Keep();
+  if (status && !kept) Note(path, "The version before was not kept. " + kept.Message());
+  return status;
 }
 
 Status RealFileSystem::DoMakeFolder(const std::string& path) {
-  if (mkdir(path.c_str(), 0777) == 0) return {};
-  if (errno == EEXIST && DoKind(path) == FileKind::Folder) return {};
-  return SystemFailure("Cannot make the folder", path);
+  constexpr const char* kCannotMake = "Cannot make the folder";
+  const Result<FilePlace> place = FindPlace(kCannotMake, path, NamedPart(path));
+  if (!place) return place.GetStatus();
+  if (mkdirat(place.Value().folder.Get(), place.Value().name.c_str(), 0777) == 0) return {};
+  const int error = errno;
+  if (error == EEXIST && DoKind(path) == FileKind::Folder) return {};
+  errno = error;
+  return SystemFailure(kCannotMake, path);
 }
 
 Status RealFileSystem::DoCopyFile(const std::string& from, const std::string& to, bool replace) {
@@ -136,27 +146,39 @@ Status RealFileSystem::DoCopyFile(const std::string& from, const std::string& to
   struct stat target;
   if (stat(to.c_str(), &target) == 0) {
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) return {};
-    if (!replace) return FileFailure("Cannot write", to, "it exists already");
+    if (!replace) return FileFailure(kCannotWrite, to, "it exists already");
   }
   const auto isWanted = [&] { return person_.Writing(to); };
   if (!isWanted()) return Stopped(to);
-  PendingFile copy(to);
+  PendingFile copy(to, NamedPart(to));
   Status status = copy.Begin();
-  if (status) status = CopyBytes(file.Value().Get(), from, copy, isWanted);
+  if (status) status = copy.WriteAllOf(file.Value(), from, isWanted);
   return status ? copy.Commit(replace) : status;
 }
 
 Status RealFileSystem::DoRemoveFile(const std::string& path) {
+  const Result<FilePlace> place = FindPlace(kCannotRemove, path, NamedPart(path));
+  if (!place) return place.GetStatus();
+  const int folder = place.Value().folder.Get();
+  const char* name = place.Value().name.c_str();
   struct stat info;
-  if (lstat(path.c_str(), &info) != 0) return SystemFailure("Cannot remove", path);
+  if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+    return SystemFailure(kCannotRemove, path);
   if (!S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode))
-    return FileFailure("Cannot remove", path, "it is no plain file");
-  return unlink(path.c_str()) == 0 ? Status() : SystemFailure("Cannot remove", path);
+    return FileFailure(kCannotRemove, path, "it is no plain file");
+  return unlinkat(folder, name, 0) == 0 ? Status() : SystemFailure(kCannotRemove, path);
 }
 
 Status RealFileSystem::DoRename(const std::string& from, const std::string& to) {
-  if (RenameWithoutReplacing(AT_FDCWD, from, AT_FDCWD, to)) return {};
-  return SystemFailure("Cannot rename \"" + from + "\" to", to);
+  const std::string cannot = "Cannot rename \"" + from + "\" to";
+  const Result<FilePlace> source = FindPlace("Cannot rename", from, NamedPart(from));
+  if (!source) return source.GetStatus();
+  const Result<FilePlace> target = FindPlace(cannot.c_str(), to, NamedPart(to));
+  if (!target) return target.GetStatus();
+  if (RenameWithoutReplacing(source.Value().folder.Get(), source.Value().name,
+                             target.Value().folder.Get(), target.Value().name))
+    return {};
+  return SystemFailure(cannot, to);
 }
 
 }  // namespace engine

@@ -14,11 +14,12 @@ class RealFileSystem : public FileSystem {
 
  protected:
   FileKind DoKind(const std::string& path) override;
+  Status DoCheckWay(const std::string& path) override;
   FileStamp DoStamp(const std::string& path) override;
   std::optional<DiskSpace> DoSpace(const std::string& path) override;
   Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override;
   Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                       const BeforePlacing& ready) override;
+                       const Replacing& how) override;
   Status DoMakeFolder(const std::string& path) override;
   Status DoCopyFile(const std::string& from, const std::string& to, bool replace) override;
   Status DoRemoveFile(const std::string& path) override;

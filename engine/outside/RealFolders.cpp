@@ -10,13 +10,12 @@
 #include <cerrno>
 #include <memory>
 
-#include "engine/outside/FileHandle.h"
+#include "engine/outside/FilePlace.h"
 #include "engine/outside/RealFileSystem.h"
 
 namespace engine {
 namespace {
 
-constexpr const char* kCannotRemove = "Cannot remove";
 constexpr const char* kCannotList = "Cannot list";
 
 struct Entry {
@@ -34,8 +33,11 @@ bool ReadEntries(int folder, std::vector<Entry>& entries) {
     const std::string name = entry->d_name;
     struct stat info;
     if (name == "." || name == "..") continue;
-    if (fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0)
+    if (fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0) {
       entries.push_back({name, info.st_mode});
+    } else if (errno != ENOENT) {
+      return false;
+    }
     errno = 0;
   }
   return errno == 0;
@@ -46,10 +48,11 @@ class TreeRemoval {
  public:
   explicit TreeRemoval(std::string path) : path_(std::move(path)) {}
 
-  Status Run(const std::string& folder, const std::string& name) {
-    current_ = OpenFolder(folder);
+  Status Run(FilePlace place) {
+    const std::string name = std::move(place.name);
+    current_ = std::move(place.folder);
     struct stat info;
-    if (!current_ || fstat(current_.Get(), &info) != 0) return Failure();
+    if (fstat(current_.Get(), &info) != 0) return Failure();
     levels_.push_back({"", info.st_dev, info.st_ino, {}});
     Status status = Enter(name);
     while (status && levels_.size() > 1) {
@@ -121,6 +124,8 @@ class TreeRemoval {
   std::vector<Level> levels_;
 };
 
+bool LeadsNowhere(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
+
 // Names of what is of that kind (a file type of stat, links followed), in byte order.
 Result<std::vector<std::string>> ListKind(const std::string& path, mode_t kind) {
   const FileHandle folder = OpenFolder(path);
@@ -128,11 +133,12 @@ Result<std::vector<std::string>> ListKind(const std::string& path, mode_t kind) 
   if (!folder || !ReadEntries(folder.Get(), entries)) return SystemFailure(kCannotList, path);
   std::vector<std::string> names;
   for (Entry& entry : entries) {
-    struct stat info;
-    const bool link =
-        S_ISLNK(entry.mode) && fstatat(folder.Get(), entry.name.c_str(), &info, 0) == 0;
-    if (((link ? info.st_mode : entry.mode) & S_IFMT) == kind)
-      names.push_back(std::move(entry.name));
+    struct stat info {};
+    info.st_mode = entry.mode;
+    if (S_ISLNK(entry.mode) && fstatat(folder.Get(), entry.name.c_str(), &info, 0) != 0 &&
+        !LeadsNowhere(errno))
+      return SystemFailure(kCannotList, path + "/" + entry.name);
+    if ((info.st_mode & S_IFMT) == kind) names.push_back(std::move(entry.name));
   }
   std::sort(names.begin(), names.end());
   return names;
@@ -143,15 +149,19 @@ Result<std::vector<std::string>> ListKind(const std::string& path, mode_t kind) 
 // Of a link to a folder only the link. Stops at the first thing that cannot be removed, and at the
 // edge of another file system.
 Status RealFileSystem::DoRemoveFolder(const std::string& path) {
+  Result<FilePlace> place = FindPlace(kCannotRemove, path, NamedPart(path));
+  if (!place) return place.GetStatus();
+  const int folder = place.Value().folder.Get();
+  const char* name = place.Value().name.c_str();
   struct stat itself;
   struct stat target;
-  if (lstat(path.c_str(), &itself) != 0 || stat(path.c_str(), &target) != 0)
+  if (fstatat(folder, name, &itself, AT_SYMLINK_NOFOLLOW) != 0 ||
+      fstatat(folder, name, &target, 0) != 0)
     return SystemFailure(kCannotRemove, path);
   if (!S_ISDIR(target.st_mode)) return FileFailure(kCannotRemove, path, "it is no folder");
   if (S_ISLNK(itself.st_mode))
-    return unlink(path.c_str()) == 0 ? Status() : SystemFailure(kCannotRemove, path);
-  const auto [folder, name] = FolderAndName(path);
-  return TreeRemoval(path).Run(folder, name);
+    return unlinkat(folder, name, 0) == 0 ? Status() : SystemFailure(kCannotRemove, path);
+  return TreeRemoval(path).Run(place.Take());
 }
 
 Result<std::vector<std::string>> RealFileSystem::DoListFiles(const std::string& folder) {

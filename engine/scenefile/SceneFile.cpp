@@ -114,13 +114,16 @@ Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimi
 }
 
 Status SaveSceneFile(const Services& services, const BaseDocument& doc, const std::string& path,
-                     const BeforePlacing& ready, FileAsRead* now) {
+                     Replacing how, FileAsRead* now) {
   const Result<std::vector<std::string>> pieces =
       WriteScene(doc, Telling(services.person, "Saving ", path), FolderOf(path));
   if (!pieces) return Status::Failure(At(path) + pieces.Message());
   const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
-  Status saved = services.files.ReplaceFile(path, views, ready);
-  if (saved && now != nullptr) *now = {services.files.Stamp(path), HashOfContent(views)};
+  const std::uint64_t content = now != nullptr ? HashOfContent(views) : 0;
+  if (now != nullptr && now->content == content && now->stamp == services.files.Stamp(path))
+    how.former.clear();
+  Status saved = services.files.ReplaceFile(path, views, how);
+  if (saved && now != nullptr) *now = {services.files.Stamp(path), content};
   return saved;
 }
 

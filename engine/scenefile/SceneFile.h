@@ -33,11 +33,11 @@ Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimi
 
 // The same with a file. The person hears of the progress of scenes with many elements and may stop
 // it: then nothing is opened, and a file that is there stays as it is. Saving leaves the
-// document's path, name and "changed" as they are; opening sets path and name. `ready` is asked
-// when all is written, before the file takes its place. `now` learns what the file then is.
+// document's path, name and "changed" as they are; opening sets path and name. `now` says what the
+// file is, as far as that is known, and learns what it then is: where nothing changes, no former
+// version is kept.
 Status SaveSceneFile(const Services& services, const host::BaseDocument& doc,
-                     const std::string& path, const BeforePlacing& ready = {},
-                     FileAsRead* now = nullptr);
+                     const std::string& path, Replacing how = {}, FileAsRead* now = nullptr);
 Result<OwnedDocument> OpenSceneFile(const Services& services, const std::string& path,
                                     FileAsRead* now = nullptr);
 

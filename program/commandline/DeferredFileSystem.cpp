@@ -1,5 +1,7 @@
 #include "program/commandline/DeferredFileSystem.h"
 
+#include <iterator>
+
 #include "program/commandline/Terminal.h"
 
 namespace commandline {
@@ -23,10 +25,29 @@ void DeferredFileSystem::HoldChangesAt(const std::string& prefix) {
 
 void DeferredFileSystem::CarryOut(const std::string& prefix) {
   StopHolding();
-  const std::vector<Change> changes = std::move(held_);
+  std::vector<Change> changes = std::move(held_);
   held_.clear();
   heldFolders_.clear();
+  SpareReplaced(changes);
   for (const Change& change : changes) Do(change, prefix);
+}
+
+// What a later file takes the place of stays until that one is complete. Where names or folders
+// change in between, everything is done as it was asked for.
+void DeferredFileSystem::SpareReplaced(std::vector<Change>& changes) {
+  std::set<std::string> replaced;
+  std::vector<Change> wanted;
+  for (auto change = changes.rbegin(); change != changes.rend(); ++change) {
+    if (change->operation == Operation::ReplaceFile) {
+      replaced.insert(change->path);
+    } else if (change->operation == Operation::RemoveFile) {
+      if (replaced.contains(change->path)) continue;
+    } else {
+      replaced.clear();
+    }
+    wanted.push_back(std::move(*change));
+  }
+  changes.assign(std::make_move_iterator(wanted.rbegin()), std::make_move_iterator(wanted.rend()));
 }
 
 void DeferredFileSystem::Do(const Change& change, const std::string& prefix) {
@@ -60,9 +81,9 @@ FileKind DeferredFileSystem::DoKind(const std::string& path) {
 
 Status DeferredFileSystem::DoReplaceFile(const std::string& path,
                                          std::span<const std::string_view> pieces,
-                                         const engine::BeforePlacing& ready) {
+                                         const engine::Replacing& how) {
   if (Terminal::Interrupted()) return Stopped(path);
-  if (!Holds(path)) return Written(path, RealFileSystem::DoReplaceFile(path, pieces, ready));
+  if (!Holds(path)) return Written(path, RealFileSystem::DoReplaceFile(path, pieces, how));
   std::string bytes;
   for (const std::string_view piece : pieces) bytes += piece;
   return Hold({Operation::ReplaceFile, path, "", std::move(bytes)});

@@ -32,7 +32,7 @@ class DeferredFileSystem : public engine::RealFileSystem {
  protected:
   engine::FileKind DoKind(const std::string& path) override;
   engine::Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                               const engine::BeforePlacing& ready) override;
+                               const engine::Replacing& how) override;
   engine::Status DoMakeFolder(const std::string& path) override;
   engine::Status DoCopyFile(const std::string& from, const std::string& to, bool replace) override;
   engine::Status DoRemoveFile(const std::string& path) override;
@@ -52,6 +52,7 @@ class DeferredFileSystem : public engine::RealFileSystem {
   }
   engine::Status Hold(Change change);
   engine::Status Written(const std::string& path, engine::Status status);
+  static void SpareReplaced(std::vector<Change>& changes);
   void Do(const Change& change, const std::string& prefix);
 
   bool holding_ = false;

@@ -287,10 +287,21 @@ int Session::CheckTarget() {
         (inPlace ? "-o OUT.c4d" : "a name that ends in .c4d") + " instead.");
     return kUsage;
   }
-  return program_.output.empty() ? kDone : CheckReplacing({Target()}, program_.verbName);
+  if (program_.output.empty()) return kDone;
+  open_->files.Follow(fs::path(Target()).parent_path().string());
+  return CheckMakers({Target()}, program_.verbName);
 }
 
 int Session::CheckReplacing(const std::vector<std::string>& paths, const std::string& maker) {
+  for (const std::string& path : paths) {
+    const engine::Status way = open_->files.CheckWay(path);
+    if (!way) program_.terminal.Error(way.Message());
+    if (!way) return kFailed;
+  }
+  return CheckMakers(paths, maker);
+}
+
+int Session::CheckMakers(const std::vector<std::string>& paths, const std::string& maker) {
   if (program_.force) return kDone;
   std::vector<std::string> others;
   for (const std::string& path : paths) {

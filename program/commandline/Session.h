@@ -71,8 +71,8 @@ class Session : public rendering::PictureScene {
   // Refuses a result that cannot be where it was wanted: on standard output, under the name of
   // another format, or in place of a file that this verb may not replace.
   int CheckTarget();
-  // Refuses paths where there are files that were not made as `maker` (see FileOrigin.h), unless
-  // --force was given.
+  // Refuses paths with a link in the program's own part, and those where there are files that were
+  // not made as `maker` (see FileOrigin.h), unless --force was given.
   int CheckReplacing(const std::vector<std::string>& paths, const std::string& maker);
   // Opens or imports a file and makes it the active document. States that an imported file holds
   // become Stagemarks.
@@ -122,6 +122,7 @@ class Session : public rendering::PictureScene {
 
  private:
   int LoadPlugin();
+  int CheckMakers(const std::vector<std::string>& paths, const std::string& maker);
   int LockScene();
   engine::Status CheckAgain(const std::string& target, std::size_t refused);
   int RefuseUnrecorded(const std::string& name);

@@ -65,6 +65,7 @@ int SheetMaking::NamePictures() {
 }
 
 int SheetMaking::CheckPlaces() {
+  if (!order_.folder.empty()) session_.Files().Follow(order_.folder);
   if (!order_.sheet.empty()) {
     if (const int status = session_.CheckReplacing({order_.sheet}, kSheet); status != kDone)
       return status;

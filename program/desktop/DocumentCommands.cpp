@@ -132,6 +132,7 @@ engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::s
   auto opened = application_.OpenDocument(kept);
   if (!opened) return opened;
   host::BaseDocument& doc = *opened.Value();
+  application_.GetServices().files.FollowScene(path);
   const host::Filename place{ToHost(ToQt(path))};
   doc.SetDocumentPath(place.GetDirectory());
   doc.SetDocumentName(place.GetFile());

@@ -43,6 +43,8 @@ engine::Status Settings::Keep(const QString& key, const QJsonValue& value) {
   engine::Status status = Read();
   if (file_.empty()) return {};
   if (status) status = files_.MakeFolders(file_.substr(0, file_.rfind('/')));
+  // A person may keep such files elsewhere, with a link here.
+  files_.Follow(file_);
   return status ? files_.ReplaceFile(file_, QJsonDocument(values_).toJson().toStdString()) : status;
 }
 

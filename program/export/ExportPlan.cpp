@@ -207,13 +207,25 @@ class Planning {
                               " cannot be that of a file: " + WhyNot(name) + ".");
   }
 
+  // A link is told of once, whatever is to be written behind it.
+  bool HasWay(const std::string& path) {
+    const bool isTold = std::ranges::any_of(
+        refused_, [&](const std::string& other) { return (path + "/").starts_with(other + "/"); });
+    const engine::Status way = isTold ? engine::Status() : files_.CheckWay(path);
+    if (way) return !isTold;
+    plan_.obstacles.push_back(way.Message());
+    refused_.push_back(path);
+    return false;
+  }
   void CheckFolder(const std::string& path) {
+    if (!HasWay(path)) return;
     const FileKind kind = files_.Kind(path);
     if (kind == FileKind::Missing || kind == FileKind::Folder || !checked_.insert(path).second)
       return;
     plan_.obstacles.push_back("Cannot make the folder \"" + path + "\": a file is in its place.");
   }
   void CheckFile(const std::string& path) {
+    if (!HasWay(path)) return;
     if (files_.Kind(path) != FileKind::Folder || !checked_.insert(path).second) return;
     plan_.obstacles.push_back("Cannot write \"" + path + "\": a folder is in its place.");
   }
@@ -226,6 +238,7 @@ class Planning {
   std::string document_;  // its name without suffix
   std::vector<std::string> caches_;
   std::set<std::string> checked_;
+  std::vector<std::string> refused_;  // where a link is in the way
   ExportPlan plan_;
 };
 

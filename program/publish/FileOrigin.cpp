@@ -94,7 +94,8 @@ std::string MakerOf(std::string_view bytes) {
 }
 
 bool MayReplace(engine::FileSystem& files, const std::string& path, const std::string& maker) {
-  if (files.Kind(path) != engine::FileKind::File) return true;
+  const engine::FileKind kind = files.Kind(path);
+  if (kind != engine::FileKind::File) return kind != engine::FileKind::Unknown;
   const auto bytes = files.ReadFile(path);
   return bytes && MakerOf(bytes.Value()) == maker;
 }

@@ -47,8 +47,8 @@ std::string MarkOf(std::string_view bytes, std::size_t digits) {
 Status WriteBeside(FileSystem& files, const std::string& folder, const PublishedFile& file,
                    bool force, std::vector<std::string>& made) {
   const std::string path = folder + "/" + file.name;
-  const bool isThere = files.Kind(path) == FileKind::File;
-  if (isThere) {
+  const FileKind kind = files.Kind(path);
+  if (kind == FileKind::File) {
     const auto bytes = files.ReadFile(path);
     if (bytes && bytes.Value() == file.bytes) return {};
     if (!force) {
@@ -57,7 +57,7 @@ Status WriteBeside(FileSystem& files, const std::string& folder, const Published
                              "another folder, or --force to replace it.");
     }
   }
-  if (!isThere) made.push_back(path);
+  if (kind == FileKind::Missing) made.push_back(path);
   return files.ReplaceFile(path, file.bytes);
 }
 

@@ -87,6 +87,7 @@ int PicturePlan::Make() {
     pattern_ = (pictures_.AsItIs() ? kPatternAsItIs : kPattern) +
                (order_.format.empty() ? "png" : order_.format);
   folder_ = FixedFolder();
+  scene_.Files().Follow(folder_);
   const pictures::SceneHashes hashes(scene_.Document(), scene_.Files());
   sceneHash_ = hashes.Scene();
   settingsHash_ = SettingsHash(*KindOfName(pattern_));

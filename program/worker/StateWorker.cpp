@@ -244,6 +244,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
   Status Publish(const publishing::PublishOrder& order) {
     const auto files = publishing::FilesOf(order, pictures::SceneName(Document()));
     if (!files) return files.GetStatus();
+    services_.Get().files.Follow(order.folder);
     if (Status made = services_.Get().files.MakeFolders(order.folder); !made) return made;
     const Status status = order.asPage ? MakePage(order) : MakeFiles(order, files.Value());
     if (status) output_.Write(FrameKind::Done, "");

@@ -29,7 +29,7 @@ class OneFile : public tests::FaultyFileSystem {
     return bytes.value();
   }
   engine::Status DoReplaceFile(const std::string&, std::span<const std::string_view> pieces,
-                               const engine::BeforePlacing&) override {
+                               const engine::Replacing&) override {
     bytes.emplace();
     for (const std::string_view piece : pieces) *bytes += piece;
     return {};

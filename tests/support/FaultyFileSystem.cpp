@@ -47,6 +47,13 @@ std::optional<Fault> FaultyFileSystem::Next(Operation operation) {
   return --left_ == 0 ? std::optional(fault_) : std::nullopt;
 }
 
+engine::FileKind FaultyFileSystem::DoKind(const std::string& path) {
+  if (hidden_.empty() || !(path + "/").starts_with(hidden_ + "/"))
+    return RealFileSystem::DoKind(path);
+  errno = EIO;
+  return engine::FileKind::Unknown;
+}
+
 std::optional<engine::DiskSpace> FaultyFileSystem::DoSpace(const std::string& path) {
   return space_ ? engine::DiskSpace{*space_, 4096} : RealFileSystem::DoSpace(path);
 }
@@ -71,9 +78,9 @@ Result<std::vector<std::string>> FaultyFileSystem::DoListFolders(const std::stri
 
 Status FaultyFileSystem::DoReplaceFile(const std::string& path,
                                        std::span<const std::string_view> pieces,
-                                       const engine::BeforePlacing& ready) {
+                                       const engine::Replacing& how) {
   return Next(Operation::ReplaceFile) ? InputOutputError(path)
-                                      : RealFileSystem::DoReplaceFile(path, pieces, ready);
+                                      : RealFileSystem::DoReplaceFile(path, pieces, how);
 }
 
 Status FaultyFileSystem::DoMakeFolder(const std::string& path) {

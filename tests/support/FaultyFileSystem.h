@@ -24,16 +24,19 @@ class FaultyFileSystem : public engine::RealFileSystem {
   // As Break, and every counted operation after it fails, too: a disk that is full or gone.
   void BreakFrom(std::size_t number, std::optional<engine::Operation> only = std::nullopt);
   void Mend() { left_ = 0; }
+  // What this is and what lies below it cannot be looked at; empty: everything can.
+  void HideFromView(const std::string& path) { hidden_ = path; }
   // Operations seen so far that the present rule counts.
   std::size_t Count() const { return count_; }
   // Every disk has this much room, in blocks of 4096 bytes; nothing: what the system says.
   void SetSpace(std::optional<std::uint64_t> free) { space_ = free; }
 
  protected:
+  engine::FileKind DoKind(const std::string& path) override;
   std::optional<engine::DiskSpace> DoSpace(const std::string& path) override;
   engine::Result<std::string> DoReadFile(const std::string& path, std::uint64_t limit) override;
   engine::Status DoReplaceFile(const std::string& path, std::span<const std::string_view> pieces,
-                               const engine::BeforePlacing& ready) override;
+                               const engine::Replacing& how) override;
   engine::Status DoMakeFolder(const std::string& path) override;
   engine::Status DoCopyFile(const std::string& from, const std::string& to, bool replace) override;
   engine::Status DoRemoveFile(const std::string& path) override;
@@ -52,6 +55,7 @@ class FaultyFileSystem : public engine::RealFileSystem {
   std::optional<engine::Operation> only_;
   std::size_t count_ = 0;
   std::optional<std::uint64_t> space_;
+  std::string hidden_;
 };
 
 }  // namespace tests

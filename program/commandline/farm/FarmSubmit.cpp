@@ -186,6 +186,7 @@ class FarmSubmitting {
         plan_(session_, pictures_, order_) {}
 
   int Run() {
+    session_.Files().Follow(farm_);
     if (order_.pattern.empty())
       order_.pattern = farm_ + "/jobs/" + kFolderMark + "/pictures/{index:04} {state}." +
                        (order_.format.empty() ? "png" : order_.format);

@@ -210,6 +210,7 @@ std::string SubmissionScript(const FarmJob& job, std::size_t number) {
 }
 
 Result<std::string> FindJob(FileSystem& files, const std::string& farm, const std::string& typed) {
+  files.Follow(farm);
   const std::vector<std::string> jobs = JobsIn(files, farm);
   if (typed.empty()) {
     if (!jobs.empty()) return jobs.front();
@@ -218,8 +219,10 @@ Result<std::string> FindJob(FileSystem& files, const std::string& farm, const st
         "\". `stagemarks farm submit SCENE` makes one; --farm DIR names another farm.");
   }
   const std::string folder = fs::absolute(typed).lexically_normal().string();
-  if (files.Kind(folder + kJobFile) == FileKind::File)
+  if (files.Kind(folder + kJobFile) == FileKind::File) {
+    files.Follow(folder);
     return folder.ends_with('/') ? folder.substr(0, folder.size() - 1) : folder;
+  }
   for (const std::string& job : jobs) {
     if (fs::path(job).filename() == typed) return job;
   }

@@ -254,6 +254,7 @@ bool Demo::UndoRecall() {
 
 // Previews need a saved scene: they lie beside it.
 bool Demo::Save() {
+  session_.Files().Follow(folder_);
   if (const engine::Status made = session_.Files().MakeFolders(folder_); !made)
     return Step("Making " + folder_, false, {made.Message()});
   saved_ = folder_ + "/" + std::filesystem::path(scene_).stem().string() + ".c4d";
@@ -346,8 +347,11 @@ constexpr const char* kFolder = "stagemarks-demo";
 // A demo that was worked on is not replaced by the next one.
 std::string FreeFolder(Session& session) {
   std::string folder = kFolder;
-  for (int number = 2; session.Files().Kind(AbsolutePath(folder)) != engine::FileKind::Missing;
-       ++number) {
+  const auto isTaken = [&] {
+    const engine::FileKind kind = session.Files().Kind(AbsolutePath(folder));
+    return kind != engine::FileKind::Missing && kind != engine::FileKind::Unknown;
+  };
+  for (int number = 2; isTaken(); ++number) {
     folder = kFolder + ("-" + std::to_string(number));
   }
   return AbsolutePath(folder);

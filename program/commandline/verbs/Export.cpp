@@ -57,6 +57,7 @@ int RunExport(Program& program, ExportChoices choices) {
   if (const int status = ReadFrames(program, choices); status != kDone) return status;
   choices.order.folder = AbsolutePath(choices.order.folder);
   Session session(program);
+  session.Files().Follow(choices.order.folder);
   if (const int status = session.StartWithScene(); status != kDone) return status;
   if (const int status = session.Check(choices.order.only); status != kDone) return status;
   const auto scenes = PlannedScenes(session, choices.order);

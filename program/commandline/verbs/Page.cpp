@@ -46,6 +46,7 @@ class PageVerb {
     if (const int status = states_.Choose(choices_.only); status != kDone) return status;
     if (const int status = session_.CheckTextures(report_); status != kDone) return status;
     folder_ = AbsolutePath(choices_.folder);
+    session_.Files().Follow(folder_);
     std::vector<std::string> paths{folder_ + "/" + publishing::kPageFile};
     if (!publishing::HasLicense(session_.Files(), folder_, viewer_))
       paths.push_back(folder_ + "/" + publishing::kPageLicense);

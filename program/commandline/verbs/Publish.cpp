@@ -65,6 +65,7 @@ class PublishVerb {
 
   int Plan() {
     folder_ = AbsolutePath(choices_.folder);
+    session_.Files().Follow(folder_);
     publishing::PublishOrder order;
     order.folder = folder_;
     order.asText = choices_.as == "gltf";

@@ -36,7 +36,11 @@ std::string AutosaveFolder::NewPlace(const std::string& root) const {
       QString::asprintf("/%04d-%02d-%02d-%02d%02d%02d-%d", now.year, now.month, now.day, now.hour,
                         now.minute, now.second, static_cast<int>(getpid()));
   std::string place = root + start.toStdString();
-  for (int more = 2; files_.Kind(place) != engine::FileKind::Missing; ++more) {
+  const auto isTaken = [&] {
+    const engine::FileKind kind = files_.Kind(place);
+    return kind != engine::FileKind::Missing && kind != engine::FileKind::Unknown;
+  };
+  for (int more = 2; isTaken(); ++more) {
     place = root + start.toStdString() + "-" + std::to_string(more);
   }
   return place;

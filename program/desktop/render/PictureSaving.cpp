@@ -41,6 +41,7 @@ class Saving : public QObject {
 
  private:
   void Write() {
+    services_.files.Follow(path_.substr(0, path_.rfind('/')));
     const engine::Status status =
         bytes_ ? services_.files.ReplaceFile(path_, bytes_.Value())
                : engine::Status::Failure("\"" + path_ + "\" was not written: " + bytes_.Message());
