@@ -63,6 +63,10 @@ struct SaveChoices {
   BeforePlacing ready = {};
 };
 
+// Where the version of a scene that saving replaces is kept: in a hidden folder of the user's,
+// beside the scene as "scene.c4d~", or nowhere. The numbers stand in the preferences.
+enum class FormerPlace { Hidden = 0, Beside = 1, Nowhere = 2 };
+
 struct ApplicationBody;
 
 class Application {
@@ -111,6 +115,14 @@ class Application {
   FileNow LookAtFileOf(const host::BaseDocument& doc);
   // From now on the file as it is now is the one that saving replaces, whoever changed it.
   void AcceptFileOf(const host::BaseDocument& doc);
+  // --- The version of a scene file that its last saving as the host's replaced, one for each.
+  FormerPlace PlaceOfFormerVersions() const;
+  Status SetPlaceOfFormerVersions(FormerPlace place);
+  // The file that it is kept in; empty where there is none.
+  std::string FormerVersionOf(const std::string& path) const;
+  // Brings it back to `path`, whatever is there, which becomes the former version: doing it again
+  // takes it back. Open documents stay as they are. Refused where it is damaged.
+  Status RestoreFormerVersion(const std::string& path, const SaveChoices& choices = {});
   std::vector<host::BaseDocument*> Documents() const;
   // As closing it, but hands the document to the caller, who frees it. False when it is none of the
   // application's.

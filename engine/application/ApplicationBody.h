@@ -8,6 +8,7 @@
 
 #include "engine/application/Application.h"
 #include "engine/application/DocumentList.h"
+#include "engine/application/FormerVersions.h"
 #include "engine/application/PluginLibraries.h"
 #include "engine/application/Preferences.h"
 #include "engine/application/SceneHooks.h"
@@ -35,6 +36,7 @@ struct ApplicationBody {
   const PublishedServicesScope published{services};
   ApplicationSetup setup;
   Preferences preferences{services};
+  FormerVersions formerVersions{services, preferences};
   SceneHooks hooks;
   PluginLibraries plugins;
   DocumentList documents{hooks};

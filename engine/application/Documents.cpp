@@ -53,6 +53,14 @@ bool IsSameFile(FileSystem& files, const std::string& one, const std::string& ot
          (first.number != 0 && first.device == second.device && first.number == second.number);
 }
 
+Result<FileLock> LockOn(const Services& services, const std::string& path,
+                        std::chrono::milliseconds longest) {
+  const std::string what =
+      "Waiting for another program that changes " + path.substr(path.rfind('/') + 1);
+  return FileLock::Take(path, longest,
+                        [&](double share) { return services.person.Progress(share, what); });
+}
+
 // One saving of a document, from taking the lock to the new path and name.
 class Saving {
  public:
@@ -86,11 +94,7 @@ class Saving {
  private:
   Status TakeLock() {
     if (choices_.lock != nullptr) return {};
-    const std::string what =
-        "Waiting for another program that changes " + path_.substr(path_.rfind('/') + 1);
-    Result<FileLock> lock = FileLock::Take(path_, choices_.longestWait, [&](double share) {
-      return body_.services.person.Progress(share, what);
-    });
+    Result<FileLock> lock = LockOn(body_.services, path_, choices_.longestWait);
     if (lock) lock_ = lock.Take();
     return lock.GetStatus();
   }
@@ -114,14 +118,22 @@ class Saving {
   // Hooks hear of it once; where one of them changes the document, that is written, too.
   Status Write() {
     Status saved;
+    std::string former = body_.formerVersions.PlaceFor(path_);
     do {
       written_ = ChangeCount(doc_);
-      FileAsRead now;
-      saved = SaveSceneFile(body_.services, doc_, path_, {[this] { return BeforePlacingIt(); }, ""},
-                            &now);
+      FileAsRead now = FileBefore();
+      saved =
+          SaveSceneFile(body_.services, doc_, path_,
+                        {[this] { return BeforePlacingIt(); }, std::exchange(former, "")}, &now);
       if (saved) Know(body_, doc_, path_, now);
     } while (saved && ChangeCount(doc_) != written_);
+    if (saved) body_.formerVersions.RemoveOldest();
     return saved;
+  }
+
+  FileAsRead FileBefore() {
+    const KnownFile* known = FileKnownOf(body_, doc_);
+    return known != nullptr && known->path == path_ ? known->file : FileAsRead();
   }
 
   Status BeforePlacingIt() {
@@ -196,6 +208,38 @@ void Application::AcceptFileOf(const host::BaseDocument& doc) {
   if (!bytes) return;
   const std::string_view whole = bytes.Value();
   known->file = {stamp, HashOfContent({&whole, 1})};
+}
+
+FormerPlace Application::PlaceOfFormerVersions() const { return body_->formerVersions.Place(); }
+
+Status Application::SetPlaceOfFormerVersions(FormerPlace place) {
+  return body_->formerVersions.SetPlace(place);
+}
+
+std::string Application::FormerVersionOf(const std::string& path) const {
+  return body_->formerVersions.Find(path);
+}
+
+Status Application::RestoreFormerVersion(const std::string& path, const SaveChoices& choices) {
+  const Services& services = body_->services;
+  services.files.FollowScene(path);
+  const std::string former = FormerVersionOf(path);
+  if (former.empty())
+    return FileFailure("Cannot restore", path, "no version from before its last saving is kept");
+  FileLock lock;
+  if (choices.lock == nullptr) {
+    Result<FileLock> taken = LockOn(services, path, choices.longestWait);
+    if (!taken) return taken.GetStatus();
+    lock = taken.Take();
+  }
+  const Result<std::string> bytes = services.files.ReadFile(former);
+  if (!bytes) return bytes.GetStatus();
+  if (const Result<OwnedDocument> whole = ReadScene(bytes.Value()); !whole) {
+    return Status::Failure("The version before is damaged, and nothing was changed. \"" + former +
+                           "\": " + whole.Message());
+  }
+  const std::string_view view = bytes.Value();
+  return services.files.ReplaceFile(path, {&view, 1}, {choices.ready, former});
 }
 
 std::vector<host::BaseDocument*> Application::Documents() const { return body_->documents.All(); }

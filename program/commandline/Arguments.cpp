@@ -185,12 +185,16 @@ void AddKeeping(Verb verb, Program& program) {
   verb.AddFlag("--write", program.write, "Write the change into the scene file itself")
       .Excludes("--output");
   AddForce(verb, program);
+  AddWait(verb, program);
+  verb.AddFlag("-y,--yes", program.yes, "Answer every question with yes");
+}
+
+void AddWait(Verb verb, Program& program) {
   verb.Add("--wait", program.longestWait,
            "Seconds to wait for another program that changes the scene")
       .Word("SECONDS")
       .Between(0, 86400)
       .Default("60");
-  verb.AddFlag("-y,--yes", program.yes, "Answer every question with yes");
 }
 
 void AddStrict(Verb verb, Program& program) {

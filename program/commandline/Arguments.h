@@ -113,6 +113,8 @@ inline constexpr const char* kAnyScene =
     "The scene: a .c4d file, or a .gltf, .glb, .fbx, .obj or .dae that is imported on the fly";
 void AddScene(Verb verb, Program& program, const char* help = kAnyScene);
 void AddKeeping(Verb verb, Program& program);
+// --wait of a verb that replaces a scene.
+void AddWait(Verb verb, Program& program);
 // --strict of a verb for which a missing texture may be a fault.
 void AddStrict(Verb verb, Program& program);
 // --force of a verb that writes files.

@@ -79,6 +79,7 @@ void AddRename(Arguments& arguments, Program& program);
 void AddDelete(Arguments& arguments, Program& program);
 void AddDeleteAll(Arguments& arguments, Program& program);
 void AddRun(Arguments& arguments, Program& program);
+void AddRestore(Arguments& arguments, Program& program);
 void AddStates(Arguments& arguments, Program& program);
 void AddCleanMaterials(Arguments& arguments, Program& program);
 void AddExport(Arguments& arguments, Program& program);

@@ -365,11 +365,14 @@ int Session::Write(const std::string& target, Report& report) {
   choices.longestWait = std::chrono::seconds(program_.longestWait);
   if (open_->lock.Covers(target)) choices.lock = &open_->lock;
   choices.ready = [&] { return CheckAgain(target, refused); };
+  const std::size_t mark = open_->services.ledger.Mark();
   if (const engine::Status saved = open_->application->SaveDocumentAs(Document(), target, choices);
       !saved) {
     program_.terminal.Error(saved.Message());
     return Terminal::Interrupted() ? kInterrupted : kFailed;
   }
+  for (const std::string& note : outcome::NotesOn(open_->services.ledger, mark, target))
+    program_.terminal.Note(note);
   open_->files.CarryOut(Stem(target));
   report.Put("written", target);
   report.Line("Written: " + target);

@@ -31,7 +31,7 @@ void AddGroup(Arguments& arguments, Program& program, const char* title,
 }  // namespace
 
 void AddVerbs(Arguments& arguments, Program& program) {
-  AddGroup(arguments, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet, AddRun});
+  AddGroup(arguments, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet, AddRun, AddRestore});
   AddGroup(arguments, program, "Elements of a scene", {AddElementVerbs});
   AddGroup(arguments, program, "Stagemarks",
            {AddRecord, AddList, AddShow, AddDiff, AddMatrix, AddCheck, AddLoad, AddRename,

@@ -1,7 +1,10 @@
 #include "program/desktop/DocumentCommands.h"
 
+#include <QDateTime>
 #include <QFileInfo>
+#include <QLocale>
 #include <QMessageBox>
+#include <QPushButton>
 
 #include "engine/render/TextureSearch.h"
 #include "program/desktop/FileDialogs.h"
@@ -193,6 +196,48 @@ void DocumentCommands::Reload(host::BaseDocument& doc) {
   told_.erase(IdentityOf(&doc));
   host::KillDocument(&doc);
   host::EventAdd();
+}
+
+bool DocumentCommands::HasPrevious(const host::BaseDocument& doc) const {
+  const std::string path = PathOfDocument(doc);
+  return IsOwnScene(path) && !unplaced_.contains(IdentityOf(&doc)) &&
+         !application_.FormerVersionOf(path).empty();
+}
+
+void DocumentCommands::RevertToPrevious(host::BaseDocument& doc) {
+  const host::ULLONG id = IdentityOf(&doc);
+  const std::string path = PathOfDocument(doc);
+  if (!HasPrevious(doc)) return;
+  const std::string former = application_.FormerVersionOf(path);
+  const engine::FileStamp stamp = application_.GetServices().files.Stamp(former);
+  QMessageBox box(QMessageBox::Question, "Revert to Previous",
+                  "Bring back \"" + ShortTitle(doc) + "\" as it was saved on " +
+                      QLocale().toString(QDateTime::fromMSecsSinceEpoch(stamp.changed / 1000000),
+                                         QLocale::ShortFormat) +
+                      "?",
+                  QMessageBox::Cancel, window_);
+  QPushButton* revert = box.addButton("Revert", QMessageBox::AcceptRole);
+  box.setTextFormat(Qt::PlainText);
+  box.setInformativeText(
+      QString(doc.GetChanged() ? "The changes since the last saving are lost. " : "") +
+      "The version in the file now is kept: the same command brings it back.");
+  // What would be lost for good is lost by no key.
+  if (doc.GetChanged()) {
+    box.setDefaultButton(QMessageBox::Cancel);
+  } else {
+    box.setDefaultButton(revert);
+  }
+  box.exec();
+  if (box.clickedButton() != revert || FindOpenDocument(id) != &doc) return;
+  const engine::Status restored = application_.RestoreFormerVersion(path);
+  if (!restored) return person_.Warn(restored.Message());
+  Reload(doc);
+  if (told) told({"Reverted to the version before the last saving.", {}, {}, ""});
+}
+
+void DocumentCommands::KeepPrevious(engine::FormerPlace place) {
+  const engine::Status kept = application_.SetPlaceOfFormerVersions(place);
+  if (!kept) person_.Warn("The choice was not kept. " + kept.Message());
 }
 
 void DocumentCommands::LookAtFile(host::BaseDocument& doc) {

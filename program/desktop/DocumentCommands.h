@@ -41,6 +41,14 @@ class DocumentCommands {
   // for the changed file.
   bool Save(host::BaseDocument& doc);
   bool SaveAs(host::BaseDocument& doc);
+  // Asks, then brings back the scene as it was before its last saving, in the file and here. The
+  // version that is in the file now changes places with it.
+  void RevertToPrevious(host::BaseDocument& doc);
+  // Whether there is a version to bring back.
+  bool HasPrevious(const host::BaseDocument& doc) const;
+  // Where previous versions are kept from now on.
+  void KeepPrevious(engine::FormerPlace place);
+  engine::FormerPlace PlaceOfPrevious() const { return application_.PlaceOfFormerVersions(); }
   // Asks what to do when another program has changed the file of the document, once for each
   // change; says so in the status line when the file is gone. For when a person comes back to the
   // window or to the document.

@@ -49,11 +49,23 @@ std::vector<std::string> Sentences(const std::vector<LedgerEntry>& failures) {
   return sentences;
 }
 
+std::vector<std::string> NotesOn(const engine::Ledger& ledger, std::size_t mark,
+                                 const std::string& path) {
+  std::vector<std::string> notes;
+  for (std::size_t i = mark; i < ledger.Entries().size(); ++i) {
+    const LedgerEntry& entry = ledger.Entries()[i];
+    if (entry.operation == Operation::Note && entry.path == path) notes.push_back(entry.message);
+  }
+  return notes;
+}
+
 Outcome OfSaving(const engine::Services& services, std::size_t mark, const std::string& former,
                  const std::string& path) {
   Outcome outcome;
   outcome.summary = "Saved " + Listed({fs::path(path).filename().string()});
   outcome.problems = Sentences(FailuresThatMatter(services, mark));
+  for (std::string& note : NotesOn(services.ledger, mark, path))
+    outcome.problems.push_back(std::move(note));
   const std::string from = SideFolderOf(former) + "/";
   const std::string to = SideFolderOf(path);
   const std::vector<LedgerEntry>& entries = services.ledger.Entries();

@@ -25,6 +25,10 @@ std::vector<engine::LedgerEntry> FailuresThatMatter(const engine::Services& serv
 // Their sentences, each once.
 std::vector<std::string> Sentences(const std::vector<engine::LedgerEntry>& failures);
 
+// The notes in the ledger from `mark` on about the file at `path`.
+std::vector<std::string> NotesOn(const engine::Ledger& ledger, std::size_t mark,
+                                 const std::string& path);
+
 // What came of saving a scene, which went well, as far as the ledger shows it from `mark` on: the
 // scene's name and what was taken along to the new place. `former`: the path of the scene before,
 // empty for none.

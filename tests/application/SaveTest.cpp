@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include "host/Host.h"
 #include "tests/application/Stage.h"
 
@@ -106,7 +108,43 @@ TEST_F(Saving, WhicheverOperationFailsTheOldFileStaysWhole) {
   }
   EXPECT_GE(failures, 1U);
   EXPECT_NE(tests::ReadText(At("scene.c4d")), old);
-  EXPECT_EQ(tests::Names(scratch.Path()), "scene.c4d");
+  EXPECT_EQ(tests::Names(scratch.Path()), "scene.c4d user");
+}
+
+TEST_F(Saving, TheVersionBeforeIsTheOneThatTheLastChangeReplaced) {
+  const std::string path = At("scene.c4d");
+  BaseDocument* doc = New("shot");
+  ASSERT_TRUE(application->SaveDocumentAs(*doc, path));
+  EXPECT_EQ(application->FormerVersionOf(path), "");
+  const std::string first = tests::ReadText(path);
+  const std::uint64_t number = services.files.Stamp(path).number;
+  const auto change = [&] {
+    doc->InsertObject(host::BaseObject::Alloc(host::Ocube), nullptr, nullptr);
+  };
+  change();
+  ASSERT_TRUE(application->SaveDocument(*doc));
+  ASSERT_TRUE(application->SaveDocument(*doc)) << "again, as people do";
+  const std::string former = application->FormerVersionOf(path);
+  EXPECT_EQ(tests::ReadText(former), first);
+  EXPECT_EQ(services.files.Stamp(former).number, number) << "the file itself, and no copy";
+  change();
+  const auto refuse = [] { return Status::Failure("No."); };
+  EXPECT_FALSE(application->SaveDocument(*doc, {.ready = refuse}).Ok());
+  EXPECT_EQ(tests::ReadText(former), first) << "nothing was replaced";
+  services.files.Break(1, tests::Fault::Fail, engine::Operation::ReplaceFile);
+  EXPECT_FALSE(application->RestoreFormerVersion(path).Ok());
+  ASSERT_TRUE(application->RestoreFormerVersion(path));
+  EXPECT_EQ(tests::ReadText(path), first);
+  EXPECT_EQ(application->LookAtFileOf(*doc), FileNow::Changed) << "the document is older";
+  // Of more scenes than are kept the oldest go.
+  for (int scene = 0; scene < 101; ++scene) {
+    const std::string other = At("s" + std::to_string(scene) + ".c4d");
+    tests::WriteText(other, "before");
+    ASSERT_TRUE(application->SaveDocumentAs(*doc, other));
+  }
+  EXPECT_EQ(application->FormerVersionOf(path), "");
+  EXPECT_NE(application->FormerVersionOf(At("s100.c4d")), "");
+  EXPECT_NE(application->FormerVersionOf(At("s1.c4d")), "");
 }
 
 TEST_F(Saving, AFileChangedBySomebodyElseIsNotReplacedWithoutAWord) {
@@ -186,14 +224,15 @@ TEST_F(Saving, HooksHearNothingOfASaveThatCannotBe) {
   ASSERT_TRUE(application->SaveDocumentAs(*doc, At("first.c4d")));
   fs::create_directory(At("folder"));
   Heard();
-  EXPECT_FALSE(application->SaveDocumentAs(*doc, "/dev/full").Ok());
+  mkfifo(At("pipe").c_str(), 0600);
+  EXPECT_FALSE(application->SaveDocumentAs(*doc, At("pipe")).Ok());
   EXPECT_FALSE(application->SaveDocumentAs(*doc, At("folder")).Ok());
   EXPECT_FALSE(application->SaveDocumentAs(*doc, At("missing/scene.c4d")).Ok());
   EXPECT_EQ(Heard(), "");
   const auto refuse = [] { return Status::Failure("No."); };
   EXPECT_EQ(application->SaveDocumentAs(*doc, At("second.c4d"), {.ready = refuse}).Message(),
             "No.");
-  EXPECT_EQ(tests::Names(scratch.Path()), "first.c4d folder plugins");
+  EXPECT_EQ(tests::Names(scratch.Path()), "first.c4d folder pipe plugins");
 }
 
 TEST_F(Saving, ThePluginsSaveTellsNobodyAndKeepsPathAndName) {

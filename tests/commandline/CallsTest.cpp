@@ -51,8 +51,9 @@ TEST_F(CommandLine, EveryCallOfTheTable) {
     const CallLine call = Split(line);
     const std::string command =
         "cd '" + here + "' && '" TEST_BINARY_DIR "/bin/stagemarks' " + call.arguments;
-    const ChildResult result =
-        tests::RunChild("/bin/sh", {"-c", command}, {{"XDG_CONFIG_HOME", here + "/config"}});
+    const ChildResult result = tests::RunChild(
+        "/bin/sh", {"-c", command},
+        {{"XDG_CONFIG_HOME", here + "/config"}, {"XDG_STATE_HOME", here + "/state"}});
     EXPECT_EQ(std::to_string(result.status), call.status) << line;
     EXPECT_EQ(result.out, whole(call.out)) << line;
     EXPECT_EQ(result.err, whole(call.err)) << line;

@@ -21,7 +21,7 @@ std::vector<std::string> WithJson(std::vector<std::string> arguments) {
 }  // namespace
 
 std::map<std::string, std::string> CommandLine::Environment() const {
-  return {{"XDG_CONFIG_HOME", folder_ / "config"}, {"XDG_STATE_HOME", folder_ / "state"}};
+  return {{"XDG_CONFIG_HOME", settings_ / "config"}, {"XDG_STATE_HOME", settings_ / "state"}};
 }
 
 ChildResult CommandLine::Call(const std::vector<std::string>& arguments) const {

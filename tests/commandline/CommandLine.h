@@ -40,6 +40,8 @@ class CommandLine : public testing::Test {
   std::string Files(const std::string& name) const;
 
   ScratchFolder folder_;
+  // With the folders "config" and "state".
+  ScratchFolder settings_;
 
  private:
   std::map<std::string, std::string> Environment() const;

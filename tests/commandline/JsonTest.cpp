@@ -143,6 +143,7 @@ class JsonOutput : public CommandLine {
             {"check", "--codes"},
             {"load", scene, "Day"},
             {"load", scene, "Day", "-o", Scene("loaded.c4d")},
+            {"restore", scene, "--dry-run", "--keep", "hidden"},
             {"rename", scene, "Day", "Dawn"},
             {"delete", scene, "Day", "--yes"},
             {"delete-all", scene, "--yes"},

@@ -103,6 +103,40 @@ TEST(FilesOnDisk, KeepMineWritesOverItWithTheNextSaving) {
   EXPECT_EQ(desk.asked, 1);
 }
 
+TEST(FilesOnDisk, RevertChangesPlacesWithTheVersionBefore) {
+  OnDisk desk;
+  const auto revert = [&](const QString& button) {
+    QAction& entry = desk.Entry("File", "Revert to Previous");
+    if (!entry.isEnabled()) return false;
+    AnswerNext<QMessageBox>([&](QMessageBox& box) {
+      EXPECT_TRUE(pictures::Write(box, "question-revert"));
+      EXPECT_EQ(box.informativeText().contains("are lost"), desk.Doc().GetChanged());
+      for (QAbstractButton* one : box.buttons()) {
+        if (one->text().remove('&').startsWith(button)) one->click();
+      }
+    });
+    entry.trigger();
+    Desk::Rest();
+    return true;
+  };
+  EXPECT_FALSE(revert("Revert")) << "nothing was replaced yet";
+  desk.Doc().GetFirstObject()->SetName("Second");
+  EXPECT_TRUE(desk.Window().Commands().Save(desk.Doc()));
+  EXPECT_TRUE(revert("Cancel"));
+  EXPECT_EQ(desk.Shown(), "Second");
+  desk.Doc().GetFirstObject()->SetName("Not saved");
+  desk.Doc().SetChanged();
+  EXPECT_TRUE(revert("Revert"));
+  EXPECT_EQ(desk.Shown() + ", " + desk.InFile(desk.file), "Mine, Mine");
+  EXPECT_EQ(desk.App().Documents().size(), 1U);
+  EXPECT_TRUE(revert("Revert"));
+  EXPECT_EQ(desk.Shown() + ", " + desk.InFile(desk.file), "Second, Second");
+  desk.Window().Commands().KeepPrevious(engine::FormerPlace::Beside);
+  desk.Doc().GetFirstObject()->SetName("Third");
+  EXPECT_TRUE(desk.Window().Commands().Save(desk.Doc()));
+  EXPECT_EQ(desk.InFile(desk.file + "~"), "Second");
+}
+
 TEST(FilesOnDisk, LaterAsksAgainBeforeSavingAndEnterLosesNothing) {
   OnDisk desk;
   desk.Add("More of mine");

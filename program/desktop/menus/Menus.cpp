@@ -1,5 +1,7 @@
 #include "program/desktop/menus/Menus.h"
 
+#include <QActionGroup>
+
 #include "program/desktop/FileDialogs.h"
 #include "program/desktop/Icons.h"
 #include "program/desktop/MainWindow.h"
@@ -60,6 +62,31 @@ void FillRecentMenu(QMenu& menu, DocumentCommands& commands) {
   if (menu.isEmpty()) menu.addAction("No files yet")->setEnabled(false);
 }
 
+void AddPreviousVersion(QMenu& menu, DocumentCommands& commands) {
+  QAction* revert = AddEntry(menu, "Re&vert to Previous...", {}, [&commands] {
+    commands.RevertToPrevious(*host::GetActiveDocument());
+  });
+  QMenu* places = menu.addMenu("&Keep Previous Version");
+  auto* const group = new QActionGroup(places);
+  const std::pair<const char*, engine::FormerPlace> kPlaces[] = {
+      {"In a &Hidden Folder", engine::FormerPlace::Hidden},
+      {"&Beside the Scene", engine::FormerPlace::Beside},
+      {"&Nowhere", engine::FormerPlace::Nowhere}};
+  for (const auto& [text, place] : kPlaces) {
+    QAction* entry =
+        AddEntry(*places, text, {}, [&commands, place = place] { commands.KeepPrevious(place); });
+    entry->setCheckable(true);
+    entry->setActionGroup(group);
+    QObject::connect(places, &QMenu::aboutToShow, entry, [entry, &commands, place = place] {
+      entry->setChecked(commands.PlaceOfPrevious() == place);
+    });
+  }
+  QObject::connect(&menu, &QMenu::aboutToShow, revert, [revert, &commands] {
+    const host::BaseDocument* doc = host::GetActiveDocument();
+    revert->setEnabled(doc != nullptr && commands.HasPrevious(*doc));
+  });
+}
+
 }  // namespace
 
 void BuildFileMenu(QMenu& menu, MainWindow& window) {
@@ -76,6 +103,7 @@ void BuildFileMenu(QMenu& menu, MainWindow& window) {
            [&commands] { commands.Save(*host::GetActiveDocument()); });
   AddEntry(menu, "Save &As...", QKeySequence("Ctrl+Shift+S"),
            [&commands] { commands.SaveAs(*host::GetActiveDocument()); });
+  AddPreviousVersion(menu, commands);
   menu.addSeparator();
   AddEntry(menu, "&Publish...", {}, [&window] { AskToPublish(window, PublishKind::Files); });
   AddEntry(menu, "&Web Page...", {}, [&window] { AskToPublish(window, PublishKind::Page); });
