@@ -90,4 +90,26 @@ TEST_F(Restoring, TheOldPreviewStaysUntilTheNewOneIsThere) {
   EXPECT_FALSE(fs::exists(Scene("s_SM/A.tif"))) << "without a new one the old one is not of A";
 }
 
+TEST_F(Restoring, DefaultsThatWereNotSavedAreSaidToBe) {
+  const std::string scene = Scene("s.c4d");
+  Out({"new", scene});
+  EXPECT_NE(Out({"options", scene, "--save-default"}).find("Saved as the defaults"),
+            std::string::npos);
+  for (const std::string& obstacle :
+       {std::string("stagemarks preferences 99 0\n{}\n"), std::string()}) {
+    const std::string file = settings_ / "config/stagemarks/preferences";
+    fs::remove_all(settings_ / "config");
+    if (obstacle.empty()) {
+      tests::WriteText(settings_ / "config", "no folder");
+    } else {
+      fs::create_directories(settings_ / "config/stagemarks");
+      tests::WriteText(file, obstacle);
+    }
+    const ChildResult failed = Call({"options", scene, "--save-default"});
+    EXPECT_EQ(failed.status, 1) << obstacle << failed.out;
+    EXPECT_EQ(failed.out.find("Saved"), std::string::npos) << failed.out;
+    EXPECT_NE(failed.err.find("were not saved"), std::string::npos) << failed.err;
+  }
+}
+
 }  // namespace

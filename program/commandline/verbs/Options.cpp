@@ -107,6 +107,16 @@ void SayNotKept(Session& session, const std::vector<std::string>& lost) {
                   "makes them your own."));
 }
 
+// The dialog says nothing either way.
+bool SaveDefaults(Session& session) {
+  const engine::Ledger& ledger = session.GetServices().ledger;
+  const std::size_t mark = ledger.Mark();
+  session.Dialog().Choose(pictures::kSaveDefaults);
+  if (ledger.FailuresSince(mark).empty()) return true;
+  session.GetProgram().terminal.Error("The options were not saved as the defaults.");
+  return false;
+}
+
 int RunOptions(Program& program, const OptionChoices& choices) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;
@@ -120,10 +130,9 @@ int RunOptions(Program& program, const OptionChoices& choices) {
   for (const auto& [name, on] : wanted) {
     report.Line(std::string(on ? "[x] " : "[ ] ") + name);
   }
-  if (choices.save) {
-    session.Dialog().Choose(pictures::kSaveDefaults);
+  const bool isSaved = !choices.save || SaveDefaults(session);
+  if (choices.save && isSaved)
     report.Line("Saved as the defaults for scenes without a choice of their own.");
-  }
   const auto lost =
       choices.IsEmpty() ? std::vector<std::string>() : NotKept(session, before, wanted, old);
   report.Put("notKept", lost);
@@ -132,7 +141,7 @@ int RunOptions(Program& program, const OptionChoices& choices) {
     const int status = session.Keep(report);
     if (status != kDone || lost.empty() || !keeps) return status;
     SayNotKept(session, lost);
-    return choices.save ? kDone : kFailed;
+    return choices.save && isSaved ? kDone : kFailed;
   }
   report.Print(program);
   return session.CheckLedger();
