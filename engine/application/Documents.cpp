@@ -7,6 +7,7 @@
 #include "engine/import/Import.h"
 #include "engine/scene/DocumentState.h"
 #include "engine/scenefile/SceneFile.h"
+#include "engine/scenefile/Trash.h"
 
 namespace engine {
 namespace {
@@ -88,6 +89,7 @@ class Saving {
     doc_.SetDocumentPath(file_.GetDirectory());
     doc_.SetDocumentName(file_.GetFile());
     ClearChanged(doc_);
+    KeepPackedOnly(DeletedStatesOf(doc_));
     return status;
   }
 

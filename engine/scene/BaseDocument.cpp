@@ -106,7 +106,10 @@ void BaseDocument::InsertLayer(LayerObject* layer, LayerObject* parent, LayerObj
 
 void BaseDocument::InsertRenderData(RenderData* settings, RenderData* parent, RenderData* pred) {
   RenderData* active = body_->activeSettings;
+  const bool isNew = settings && !settings->GetDocument();
   Insert(*this, settings, parent, engine::kSettings, pred);
+  if (isNew && settings->GetDocument() == this && body_->undo)
+    body_->undo->SettingsInserted(*settings);
   SetActiveRenderData(active);
 }
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "engine/scene/DeletedStates.h"
 #include "engine/scene/DocumentListener.h"
 #include "engine/scene/EditorView.h"
 #include "engine/scene/EmbeddedFiles.h"
@@ -41,6 +42,7 @@ struct DocumentBody {
 
   std::shared_ptr<const void> kept;               // see KeepWith
   std::shared_ptr<const EmbeddedFiles> embedded;  // null: none
+  SharedDeletedStates deletedStates;              // null: none; not copied
   std::unique_ptr<DocumentListener> listener;
   std::unique_ptr<UndoAttachment> undo;
 };

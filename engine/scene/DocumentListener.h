@@ -29,6 +29,8 @@ class UndoAttachment {
   virtual bool Claim(host::BaseList2D& node) = 0;
   // The document itself made a node and put it into its place.
   virtual void Made(host::BaseList2D& node) = 0;
+  // Somebody has put render settings into the document that were in none.
+  virtual void SettingsInserted(host::BaseList2D& settings) = 0;
 };
 
 }  // namespace engine

@@ -26,8 +26,8 @@ struct KeptList {
 constexpr const char* kOrigin = "ORIGIN";
 
 bool IsKnown(std::string_view name) {
-  constexpr std::string_view kOthers[] = {"TEXTS",    "VECTORS", "VALUES", "MESHES",    "COLORS",
-                                          "DOCUMENT", "FILES",   kOrigin,  kRoomSection};
+  constexpr std::string_view kOthers[] = {"TEXTS",    "VECTORS", "VALUES", "MESHES", "COLORS",
+                                          "DOCUMENT", "FILES",   "TRASH",  kOrigin,  kRoomSection};
   return std::ranges::find(kOthers, name) != std::end(kOthers) ||
          std::ranges::find(kElementRules, name, &ElementRule::name) != kElementRules.end();
 }

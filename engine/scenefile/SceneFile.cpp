@@ -7,6 +7,7 @@
 #include "engine/scenefile/ProgressMeter.h"
 #include "engine/scenefile/SceneBuilder.h"
 #include "engine/scenefile/SceneWriter.h"
+#include "engine/scenefile/Trash.h"
 
 namespace engine {
 
@@ -68,6 +69,8 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::stri
   OwnedDocument doc = SceneBuilder(tables, meter, folder).Build();
   if (FindSection(sections, "FILES"))
     SetEmbeddedFiles(*doc, ReadFiles(contents("FILES"), values.texts, budget));
+  if (FindSection(sections, kTrashSection))
+    SetDeletedStates(*doc, ReadTrash(contents(kTrashSection), budget));
   KeepUnknownSections(*doc, sections, budget);
   return doc;
 }
@@ -98,6 +101,8 @@ Result<std::vector<std::string>> WriteScene(const BaseDocument& doc,
     ProgressMeter meter(progress);
     SceneWriter writer(doc, meter, folder);
     writer.Write(sections);
+    if (!DeletedStatesOf(doc).empty())
+      sections.Add(kTrashSection, TrashContents(DeletedStatesOf(doc)));
     MakeRoom(writer.MemoryToRead() + 3 * sections.ContentBytes(), sections);
     AddKeptSections(doc, sections);
     return sections.Finish();

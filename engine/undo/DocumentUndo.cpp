@@ -73,6 +73,8 @@ std::optional<StepDifference> UndoScope::Difference(std::size_t most,
 
 void UndoScope::Cancel() { UndoHistory::Of(doc_).TakeBack(begin_); }
 
+const std::string& PresentAct() { return UndoHistory::actName; }
+
 ActName::ActName(std::string name)
     : former_(std::exchange(UndoHistory::actName, std::move(name))) {}
 

@@ -177,6 +177,8 @@ struct Difference {
   }
   bool operator()(const ParkedNode&) const { return false; }
   bool operator()(const NodePlace&) const { return false; }
+  // What is stored is not the scene's.
+  bool operator()(const std::unique_ptr<KeptStores>&) const { return false; }
 };
 
 // Lines for everything that is not as it was kept.
@@ -198,6 +200,7 @@ struct DifferenceLines {
   }
   void operator()(const ParkedNode&) const {}
   void operator()(const NodePlace&) const {}
+  void operator()(const std::unique_ptr<KeptStores>&) const {}
 
  private:
   void Links(const KeptContents&) const {}

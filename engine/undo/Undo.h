@@ -55,6 +55,9 @@ class UndoScope {
   std::size_t begin_;
 };
 
+// What a person is doing, as ActName has it; empty where nobody said so.
+const std::string& PresentAct();
+
 // While it lives, a group that ends without a name of its own gets this one: so a program names the
 // steps of a plug-in, which names none, after what a person pressed. The innermost counts.
 class ActName {

@@ -9,6 +9,7 @@
 #include "engine/scene/NodeTree.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/TreeWalk.h"
+#include "engine/undo/StoredData.h"
 
 namespace engine {
 
@@ -170,9 +171,14 @@ struct StateExchange {
     }
     kept = live;
   }
+
+  void operator()(std::unique_ptr<KeptStores>& kept) const { kept->Exchange(doc); }
 };
 
 }  // namespace
+
+KeptStores::KeptStores() = default;
+KeptStores::~KeptStores() = default;
 
 KeptContents::KeptContents(BaseList2D& node)
     : name(A::Name(node)), data(A::Data(node)), bits(A::Bits(node)), layer(A::Layer(node)) {
@@ -211,6 +217,10 @@ UndoEntry UndoEntry::Parked(BaseList2D& node) {
 }
 
 UndoEntry UndoEntry::Moved(const BaseList2D& node) { return {A::Id(node), PlaceOf(node)}; }
+
+UndoEntry UndoEntry::Stores(const BaseDocument& doc, std::unique_ptr<KeptStores> kept) {
+  return {A::Id(doc), std::move(kept)};
+}
 
 void UndoEntry::Exchange(BaseDocument& doc) { std::visit(StateExchange{doc, node_}, state_); }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/core/ContainerContents.h"
+#include "engine/scene/DeletedStates.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeAccess.h"
 #include "engine/scene/Ownership.h"
@@ -59,6 +60,20 @@ struct ParkedNode {
   NodePlace place;  // that it had; only while `node` is here
 };
 
+class OutsideChange;
+
+// What a document stores for plug-ins; see StoredDataScope.
+struct KeptStores {
+  KeptStores();
+  ~KeptStores();
+  void Exchange(host::BaseDocument& doc);
+
+  host::BaseContainer data;
+  std::vector<host::LONG> keys;  // of the containers in it that are exchanged
+  SharedDeletedStates deleted;
+  std::unique_ptr<OutsideChange> outside;  // may be null
+};
+
 class UndoEntry {
  public:
   // The state of `node` as it is now.
@@ -70,10 +85,17 @@ class UndoEntry {
   // Remembers the place of `node`, which is about to get another one: undo puts it back there.
   static UndoEntry Moved(const host::BaseList2D& node);
 
+  static UndoEntry Stores(const host::BaseDocument& doc, std::unique_ptr<KeptStores> kept);
+
   // Exchanges the kept state with the live one; does nothing when the element is gone.
   void Exchange(host::BaseDocument& doc);
 
   NodeId Node() const { return node_; }
+  // The element that is kept out of the scene now, null where none is.
+  host::BaseList2D* Parked() const {
+    const auto* parked = std::get_if<ParkedNode>(&state_);
+    return parked ? parked->node.get() : nullptr;
+  }
   bool KeepsPlace() const {
     return std::holds_alternative<ParkedNode>(state_) || std::holds_alternative<NodePlace>(state_);
   }
@@ -88,7 +110,7 @@ class UndoEntry {
  private:
   // The NodePlace is another place of an element that is in the scene all the time.
   using State = std::variant<KeptObject, KeptTextureTag, KeptLayer, KeptSettings, KeptOther,
-                             ParkedNode, NodePlace>;
+                             ParkedNode, NodePlace, std::unique_ptr<KeptStores>>;
   UndoEntry(NodeId node, State state) : node_(node), state_(std::move(state)) {}
   static State StateOf(host::BaseList2D& node);
 

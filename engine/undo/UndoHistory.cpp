@@ -59,13 +59,13 @@ void UndoHistory::End() {
   undone_.clear();
   Name(actName);
   done_.push_back(std::move(open_));
-  entries_ += done_.back()->entries.Size();
+  entries_ += done_.back()->Size();
   DropOldest();
 }
 
 void UndoHistory::DropOldest() {
   while (done_.size() > kMostSteps || (entries_ > kMostEntries && done_.size() > 1)) {
-    entries_ -= done_.front()->entries.Size();
+    entries_ -= done_.front()->Size();
     done_.pop_front();
   }
 }
@@ -94,12 +94,32 @@ void UndoHistory::Move(BaseList2D& node, BaseList2D& owner, host::GeListNode* pr
 }
 
 bool UndoHistory::Claim(BaseList2D& node) {
-  if (!open_ || running_ || claims_.erase(A::Id(node)) == 0) return false;
+  if (!open_ || running_) return false;
+  const bool isFollowed = followsSettings_ && A::Kind(node) == NodeKind::RenderSettings;
+  if (claims_.erase(A::Id(node)) == 0 && !isFollowed) return false;
   open_->entries.Add(UndoEntry::Parked(node));
   return true;
 }
 
 void UndoHistory::Made(BaseList2D& node) { Add(host::UNDO_NEW, node); }
+
+void UndoHistory::SettingsInserted(BaseList2D& settings) {
+  if (followsSettings_) Add(host::UNDO_NEW, settings);
+}
+
+BaseList2D* UndoHistory::ParkedNode(NodeId id) const {
+  for (std::size_t i = open_ ? open_->entries.Size() : 0; i-- > 0;) {
+    const UndoEntry& entry = std::as_const(open_->entries)[i];
+    if (entry.Node() == id && entry.Parked()) return entry.Parked();
+  }
+  return nullptr;
+}
+
+void UndoHistory::AddStores(std::unique_ptr<KeptStores> kept, std::size_t weight) {
+  if (!open_ || running_) return;
+  open_->entries.Add(UndoEntry::Stores(doc_, std::move(kept)));
+  open_->weight += weight;
+}
 
 UndoHistory::Remembered UndoHistory::Present() const {
   const host::BaseObject* active = doc_.GetActiveObject();
@@ -144,7 +164,7 @@ bool UndoHistory::Undo() {
   Exchange(*done_.back(), true, 0);
   undone_.push_back(std::move(done_.back()));
   done_.pop_back();
-  entries_ -= undone_.back()->entries.Size();
+  entries_ -= undone_.back()->Size();
   return true;
 }
 
@@ -160,7 +180,7 @@ bool UndoHistory::Redo() {
   }
   done_.back() = std::move(undone_.back());
   undone_.pop_back();
-  entries_ += done_.back()->entries.Size();
+  entries_ += done_.back()->Size();
   return true;
 }
 

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "engine/core/Progress.h"
@@ -123,8 +124,19 @@ class UndoHistory : public UndoAttachment {
   std::optional<StepDifference> Difference(std::size_t from, std::size_t most,
                                            const ProgressCallback& progress) const;
 
+  // While it is on, render settings that are freed are parked in the open group as if that had been
+  // registered, and those inserted are registered. Answers whether it was on.
+  bool FollowSettings(bool on) { return std::exchange(followsSettings_, on); }
+  // The element of that identity that the open group keeps; null where it keeps none.
+  host::BaseList2D* ParkedNode(NodeId id) const;
+  // Adds to the open group; `weight` counts as so many entries.
+  void AddStores(std::unique_ptr<KeptStores> kept, std::size_t weight);
+  // Makes no step of the open group, whatever was registered.
+  void Abandon() { open_->entries.Shrink(0); }
+
   bool Claim(host::BaseList2D& node) override;
   void Made(host::BaseList2D& node) override;
+  void SettingsInserted(host::BaseList2D& settings) override;
 
  private:
   // Facts of its document that a group remembers when it opens and gives back on undo.
@@ -138,6 +150,9 @@ class UndoHistory : public UndoAttachment {
     EntryList entries;
     std::string name;
     Remembered remembered;
+    std::size_t weight = 0;  // entries that others count as
+
+    std::size_t Size() const { return entries.Size() + weight; }
   };
 
   Remembered Present() const;
@@ -154,6 +169,7 @@ class UndoHistory : public UndoAttachment {
   std::vector<std::unique_ptr<Step>> undone_;
   // Registered for deletion in the open group and not yet freed
   std::unordered_set<NodeId> claims_;
+  bool followsSettings_ = false;
   std::size_t entries_ = 0;  // in done_
   int scopes_ = 0;
   bool running_ = false;

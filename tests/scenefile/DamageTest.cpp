@@ -12,6 +12,7 @@
 #include "engine/scenefile/Columns.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Sections.h"
+#include "engine/scenefile/Trash.h"
 #include "engine/scenefile/ValueSections.h"
 #include "host/RenderData.h"
 #include "tests/scenefile/Scenes.h"
@@ -82,6 +83,13 @@ TEST(SceneFileDamage, ChangedContentsBehindARightChecksumDoNoHarm) {
       changed[at] = static_cast<char>(changed[at] ^ (1 << (at % 8)));
       const auto doc = engine::ReadScene(WithSection(bytes, section.name, changed), 1 << 28);
       if (doc) engine::DumpDocument(*doc.Value());
+      // What is read only when it is asked for tells then.
+      if (doc && section.name == "TRASH") {
+        for (const engine::DeletedState& state : engine::DeletedStatesOf(*doc.Value())) {
+          const auto unpacked = engine::Unpack(*state.packed);
+          if (unpacked) engine::PartsOfScene(*unpacked.Value());
+        }
+      }
       EXPECT_FALSE(engine::ReadScene(WithSection(bytes, section.name, contents.substr(0, at))).Ok())
           << section.name << at;
     }
@@ -108,7 +116,8 @@ TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
   const std::string bytes = Bytes(*EverythingScene());
   const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
   for (const Section& left : sections) {
-    if (left.name == "FILES" || left.name == "COLORS") continue;  // left out where there are none
+    // Left out where there are none.
+    if (left.name == "FILES" || left.name == "COLORS" || left.name == "TRASH") continue;
     SectionWriter out(ContentKind::Scene);
     for (const Section& section : sections)
       if (section.name != left.name)
@@ -155,6 +164,12 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
       {"more colors than bytes", "COLORS", std::string("\x01sum of 8\x00\xFF\xFF\xFF\x7F", 14),
        damaged + "COLORS at byte 14 of its contents: it names 268,435,455 rows, more than its "
                  "bytes can hold."},
+      {"more deleted Stagemarks than bytes", "TRASH", "\xFF\xFF\x03",
+       damaged + "TRASH at byte 3 of its contents: it is too short for what it counts."},
+      {"a Stagemark deleted for no reason", "TRASH", std::string("\x01\x01N\x00\x00\x07\x01x", 8),
+       damaged + "TRASH at byte 6 of its contents: a reason is unknown."},
+      {"a deleted Stagemark without a scene", "TRASH", std::string("\x01\x01N\x00\x00\x01\x00", 7),
+       damaged + "TRASH at byte 7 of its contents: a Stagemark in it is empty."},
   };
   for (const HostileContents& hostile : cases)
     EXPECT_EQ(Refusal(WithSection(bytes, hostile.section, hostile.contents)), hostile.message)

@@ -8,6 +8,7 @@
 #include "engine/scene/SceneDump.h"
 #include "engine/scene/TreeWalk.h"
 #include "engine/scenefile/SceneFile.h"
+#include "engine/scenefile/Trash.h"
 #include "tests/scenefile/Scenes.h"
 #include "tests/support/ContainerMemory.h"
 
@@ -45,6 +46,31 @@ TEST(SceneFileRoundTrip, KeepsEverything) {
   ASSERT_TRUE(opened);
   EXPECT_EQ(engine::DumpDocument(*opened), engine::DumpDocument(*doc));
   ExpectIdentical(*doc, *opened);
+}
+
+TEST(SceneFileRoundTrip, KeepsDeletedStatesAsTheyWere) {
+  const Document doc = EverythingScene();
+  const Document opened = Reopened(Bytes(*doc));
+  ASSERT_TRUE(opened);
+  ASSERT_EQ(engine::DeletedStatesOf(*opened).size(), 1U);
+  const engine::DeletedState& was = engine::DeletedStatesOf(*doc)[0];
+  const engine::DeletedState& is = engine::DeletedStatesOf(*opened)[0];
+  EXPECT_EQ(std::tie(is.name, is.recorded, is.deleted, is.overwritten),
+            std::tie(was.name, was.recorded, was.deleted, was.overwritten));
+  const auto scene = engine::Unpack(*is.packed);
+  ASSERT_TRUE(scene) << scene.Message();
+  const engine::StateParts parts = engine::PartsOfScene(*scene.Value());
+  const engine::StateParts before = engine::PartsOfScene(*was.packed->scene);
+  EXPECT_TRUE(engine::Identical(parts.record, before.record));
+  EXPECT_TRUE(engine::Identical(parts.entry, before.entry));
+  EXPECT_EQ(*parts.preview, "a picture");
+  ASSERT_TRUE(parts.settings);
+  EXPECT_EQ(engine::IdOf(*parts.settings), engine::IdOf(*doc->GetFirstRenderData()));
+  // Packed once, and of what has been packed only the bytes stay.
+  const std::string packed = is.packed->bytes;
+  engine::KeepPackedOnly(engine::DeletedStatesOf(*doc));
+  EXPECT_FALSE(was.packed->scene);
+  EXPECT_EQ(was.packed->bytes, packed);
 }
 
 TEST(SceneFileRoundTrip, TheSameSceneGivesTheSameBytes) {

@@ -5,6 +5,7 @@
 #include <limits>
 #include <numeric>
 
+#include "engine/scene/DeletedStates.h"
 #include "engine/scene/ElementState.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
@@ -195,6 +196,13 @@ Document EverythingScene() {
   doc->SetActiveTag(doc->GetFirstObject()->GetDown()->GetFirstTag(), host::SELECTION_ADD);
   engine::AddEmbeddedFile(*doc, "wood.png", std::string("not\0really a picture", 20));
   engine::AddEmbeddedFile(*doc, "empty.png", "");
+  auto packed = std::make_shared<engine::PackedScene>();
+  packed->scene = engine::SceneOfState({Records(2, 3), EveryValue(doc->GetFirstObject()),
+                                        doc->GetFirstRenderData(),
+                                        std::make_shared<const std::string>("a picture")});
+  engine::SetDeletedStates(
+      *doc, std::make_shared<engine::DeletedStates>(engine::DeletedStates{
+                {"Night", "2026-03-05 14:07:09", "2026-03-06 09:00:00", true, packed}}));
   return doc;
 }
 

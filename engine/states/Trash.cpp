@@ -1,0 +1,287 @@
+#include "engine/states/Trash.h"
+
+#include <algorithm>
+
+#include "engine/scene/NodeIds.h"
+#include "engine/scenefile/Trash.h"
+#include "engine/states/RecordList.h"
+#include "engine/states/StoredStates.h"
+
+namespace engine {
+
+using host::BaseContainer;
+using host::BaseDocument;
+using host::LONG;
+
+namespace {
+
+const BaseContainer* Stored(const BaseContainer* store, LONG id) {
+  const BaseContainer* one = store ? store->GetContainerInstance(id) : nullptr;
+  return one && one->GetCount() > 0 ? one : nullptr;
+}
+
+std::string TextOf(const host::LocalFileTime& time) {
+  return StoredDate{{time.year, time.month, time.day, time.hour, time.minute, time.second}}.Text();
+}
+
+// Its records, as far as they may be its own.
+std::size_t RecordsIn(const BaseContainer& record) {
+  std::size_t count = 1;
+  for (const ListRow& row : kRecordLists) {
+    if (const BaseContainer* list = record.GetContainerInstance(row.key))
+      count += static_cast<std::size_t>(list->GetCount());
+  }
+  return count;
+}
+
+// A Stagemark that is not stored any more.
+struct Gone {
+  const BaseContainer* record;
+  const BaseContainer* entry;  // null where it stood in no list
+  bool overwritten;
+};
+
+std::string NameOf(const Gone& gone) {
+  return (gone.entry ? *gone.entry : *gone.record).GetString(kStoredName).ToUtf8();
+}
+
+std::vector<Gone> FindGone(const BaseContainer& before, const BaseContainer& now,
+                           const std::string& recorded) {
+  std::vector<Gone> found;
+  const BaseContainer* records = before.GetContainerInstance(kStagemarksId);
+  const BaseContainer* entries = before.GetContainerInstance(kStoredEntries);
+  const BaseContainer* left = now.GetContainerInstance(kStagemarksId);
+  for (LONG i = 0; records && i < records->GetCount(); ++i) {
+    const LONG id = records->GetIndexId(i);
+    const BaseContainer* record = Stored(records, id);
+    const BaseContainer* same = Stored(left, id);
+    if (!record || (same && (recorded.empty() || BodyOf(*same) == BodyOf(*record)))) continue;
+    const Gone gone{record, Stored(entries, id), same != nullptr};
+    if (!same || NameOf(gone) == recorded) found.push_back(gone);
+  }
+  return found;
+}
+
+DeletedState Packed(const Gone& gone, const StoredDataScope& scope, const KeptPreviews& previews,
+                    const std::string& now) {
+  StateParts parts;
+  parts.record = *gone.record;
+  if (gone.entry) parts.entry = *gone.entry;
+  const BaseContainer* holder = gone.record->GetContainerInstance(kStoredSettings);
+  if (holder) parts.settings = scope.Removed(LinkOf(*holder, kStoredSettings));
+  DeletedState state;
+  state.name = NameOf(gone);
+  parts.preview = previews.Of(state.name);
+  if (const BaseContainer* date = gone.record->GetContainerInstance(kStoredDate)) {
+    StoredDate recorded;
+    for (int i = 0; i < kStoredDateFields; ++i) recorded.fields[i] = date->GetLong(kStoredYear + i);
+    state.recorded = recorded.Text();
+  }
+  state.deleted = now;
+  state.overwritten = gone.overwritten;
+  auto packed = std::make_shared<PackedScene>();
+  packed->scene = SceneOfState(parts);
+  state.packed = std::move(packed);
+  return state;
+}
+
+}  // namespace
+
+std::vector<LONG> StoresOfStates() { return {kStagemarksId, kStoredEntries}; }
+
+void KeptPreviews::Take(const BaseDocument& doc, const std::string& name) {
+  const std::string path = PreviewFileIn(SideFolderOf(doc), name);
+  if (path.empty() || kept_.contains(name)) return;
+  Kept kept;
+  if (services_.files.Kind(path) == FileKind::File) {
+    kept.stamp = services_.files.Stamp(path);
+    kept.isLost = kept.stamp.size > kMostBytesOfOne || bytes_ + kept.stamp.size > kMostBytes;
+    if (!kept.isLost) {
+      auto bytes = services_.files.ReadFile(path, kMostBytesOfOne);
+      kept.isLost = !bytes;
+      if (bytes) kept.sides[0] = std::make_shared<const std::string>(bytes.Take());
+    }
+    if (kept.sides[0]) bytes_ += kept.sides[0]->size();
+  }
+  kept_.emplace(name, std::move(kept));
+}
+
+KeptPreviews::Bytes KeptPreviews::Of(const std::string& name) const {
+  const auto found = kept_.find(name);
+  return found == kept_.end() ? nullptr : found->second.sides[0];
+}
+
+bool KeptPreviews::KeepChanged(const BaseDocument& doc) {
+  const std::string folder = SideFolderOf(doc);
+  std::erase_if(kept_, [&](const auto& item) {
+    const std::string path = PreviewFileIn(folder, item.first);
+    return path.empty() || services_.files.Stamp(path) == item.second.stamp;
+  });
+  return !kept_.empty();
+}
+
+void KeptPreviews::Wish(const std::string& name, Bytes bytes) {
+  live_ = 0;
+  kept_[name].sides[1] = std::move(bytes);
+}
+
+void KeptPreviews::Exchange(BaseDocument& doc) noexcept {
+  try {
+    const std::string folder = SideFolderOf(doc);
+    for (auto& [name, kept] : kept_) {
+      const std::string path = PreviewFileIn(folder, name);
+      if (!path.empty()) ExchangeOne(path, kept);
+    }
+  } catch (const std::bad_alloc&) {
+    // Those that are left keep both sides.
+  }
+  live_ = 1 - live_;
+}
+
+// What cannot be written is kept, and written when the step comes round again.
+void KeptPreviews::ExchangeOne(const std::string& path, Kept& kept) const {
+  FileSystem& files = services_.files;
+  const bool isThere = files.Kind(path) == FileKind::File;
+  if (kept.isLive && !kept.isLost) {
+    auto bytes = isThere ? files.ReadFile(path, kMostBytesOfOne) : Result<std::string>("");
+    kept.isLost = !bytes;
+    kept.sides[live_] =
+        bytes && isThere ? std::make_shared<const std::string>(bytes.Take()) : nullptr;
+  }
+  if (kept.isLost) {
+    services_.ledger.Add({Operation::ReplaceFile, path, "", false,
+                          "\"" + path + "\" could not be kept and stays as it is."});
+    return;
+  }
+  const Bytes& wanted = kept.sides[1 - live_];
+  Status done;
+  if (wanted) {
+    const std::string folder = path.substr(0, path.rfind('/'));
+    if (files.Kind(folder) == FileKind::Missing) done = files.MakeFolder(folder);
+    if (done) done = files.ReplaceFile(path, *wanted);
+  } else if (isThere) {
+    done = files.RemoveFile(path);
+  }
+  kept.isLive = done.Ok();
+}
+
+void MoveToTrash(const Services& services, StoredDataScope& scope, BaseDocument& doc,
+                 const std::string& recorded, const KeptPreviews& previews) {
+  const std::vector<Gone> gone = FindGone(scope.Before(), *doc.GetDataInstance(), recorded);
+  if (gone.empty()) return;
+  std::size_t weight = 0;
+  for (const Gone& one : gone) weight += RecordsIn(*one.record);
+  scope.Weigh(weight);
+  auto states = std::make_shared<DeletedStates>(DeletedStatesOf(doc));
+  const std::size_t passedOver =
+      gone.size() > kMostDeletedStates ? gone.size() - kMostDeletedStates : 0;
+  const std::string now = TextOf(services.clock.Now());
+  for (std::size_t i = passedOver; i < gone.size(); ++i)
+    states->push_back(Packed(gone[i], scope, previews, now));
+  if (states->size() > kMostDeletedStates)
+    states->erase(states->begin(), states->end() - kMostDeletedStates);
+  SetDeletedStates(doc, std::move(states));
+}
+
+namespace {
+
+// Where a Stagemark comes back: under its old ID, where that is free and still found by its name,
+// else under the first one that is free, as recording chooses it.
+LONG PlaceFor(const BaseContainer& record, const BaseContainer& records,
+              const BaseContainer& entries) {
+  const auto isFree = [&](LONG id) { return !Stored(&records, id) && !Stored(&entries, id); };
+  const LONG old = record.GetId();
+  if (old >= 0 && entries.FindIndex(old) != host::NOTOK && old < entries.GetCount() - 1 &&
+      isFree(old))
+    return old;
+  LONG id = 0;
+  while (!isFree(id)) ++id;
+  return id;
+}
+
+class Restoring {
+ public:
+  Restoring(BaseDocument& doc, StateParts parts, std::string name)
+      : doc_(doc), parts_(std::move(parts)), name_(std::move(name)) {}
+
+  void Run() {
+    BaseContainer& data = *doc_.GetDataInstance();
+    BaseContainer records = data.GetContainer(kStagemarksId);
+    BaseContainer entries = data.GetContainer(kStoredEntries);
+    const bool isFirst = entries.GetCount() == 0;
+    const LONG id = PlaceFor(parts_.record, records, entries);
+    GiveSettings();
+    for (BaseContainer* one : {&parts_.record, &parts_.entry}) {
+      one->SetId(id);
+      one->SetString(kStoredName, host::String(std::string_view(name_)));
+    }
+    if (parts_.entry.GetBool(kStoredCurrent)) parts_.entry.SetBool(kStoredCurrent, host::FALSE);
+    records.SetContainer(id, parts_.record);
+    entries.SetContainer(id, parts_.entry);
+    if (isFirst) entries.SetBool(kStoredListBuilt, host::TRUE);
+    data.SetContainer(kStagemarksId, records);
+    data.SetContainer(kStoredEntries, entries);
+    doc_.SetChanged();
+  }
+
+ private:
+  void GiveSettings() {
+    BaseContainer* holder = parts_.record.GetContainerInstance(kStoredSettings);
+    if (!parts_.settings || !holder) return;
+    host::RenderData& copy = InsertCopy(doc_, *parts_.settings);
+    copy.SetName(host::String(std::string_view(name_)));
+    SetLinkId(*holder, kStoredSettings, IdOf(copy));
+  }
+
+  BaseDocument& doc_;
+  StateParts parts_;
+  std::string name_;
+};
+
+// The trash without the one at that position.
+SharedDeletedStates Without(const BaseDocument& doc, std::size_t position) {
+  auto states = std::make_shared<DeletedStates>(DeletedStatesOf(doc));
+  states->erase(states->begin() + static_cast<std::ptrdiff_t>(position));
+  return states;
+}
+
+}  // namespace
+
+Result<std::string> RestoreDeleted(const Services& services, BaseDocument& doc,
+                                   std::size_t position, const std::string& as) {
+  using Failure = Result<std::string>;
+  if (position >= DeletedStatesOf(doc).size())
+    return Failure::Failure("There is no such Stagemark in the trash.");
+  const DeletedState state = DeletedStatesOf(doc)[position];
+  const std::string name = as.empty() ? state.name : as;
+  for (const StoredState& present : ReadStates(doc)) {
+    if (present.name == name)
+      return Failure::Failure("There is a Stagemark \"" + name +
+                              "\" already. Give the restored one another name.");
+  }
+  auto scene = Unpack(*state.packed);
+  if (!scene)
+    return Failure::Failure("\"" + state.name + "\" cannot be restored. " + scene.Message());
+  StateParts parts = PartsOfScene(*scene.Value());
+  if (parts.record.GetCount() == 0)
+    return Failure::Failure("\"" + state.name + "\" cannot be restored: nothing is left of it.");
+  StoredDataScope scope(doc, "Restore " + name, StoresOfStates());
+  if (parts.preview) {
+    auto preview = std::make_unique<KeptPreviews>(services);
+    preview->Wish(name, parts.preview);
+    preview->Exchange(doc);
+    scope.Add(std::move(preview));
+  }
+  Restoring(doc, std::move(parts), name).Run();
+  SetDeletedStates(doc, Without(doc, position));
+  return name;
+}
+
+void EmptyTrash(BaseDocument& doc) {
+  if (DeletedStatesOf(doc).empty()) return;
+  const StoredDataScope scope(doc, "Empty Trash", StoresOfStates());
+  SetDeletedStates(doc, nullptr);
+  doc.SetChanged();
+}
+
+}  // namespace engine
