@@ -26,6 +26,7 @@
 #include "program/desktop/panels/MaterialsPanel.h"
 #include "program/desktop/panels/MatrixPanel.h"
 #include "program/desktop/panels/RenderSettingsPanel.h"
+#include "program/desktop/panels/TrashPanel.h"
 #include "program/desktop/recovery/RecoveryQuestion.h"
 
 namespace desktop {
@@ -111,7 +112,10 @@ void MainWindow::BuildPanels() {
   auto* layers = panels_.Add("layers", "Layers", Qt::BottomDockWidgetArea, new LayersPanel(this));
   panels_.Add("render-settings", "Render Settings", Qt::BottomDockWidgetArea,
               new RenderSettingsPanel(this));
-  panels_.Add("history", "History", Qt::BottomDockWidgetArea, new HistoryPanel(application_, this));
+  panels_.Add("history", "History", Qt::BottomDockWidgetArea,
+              new HistoryPanel(application_, reports_, this));
+  panels_.Add("trash", "Trash", Qt::BottomDockWidgetArea,
+              new TrashPanel(application_.GetServices(), reports_, this));
   console_ = panels_.Add("console", "Console", Qt::BottomDockWidgetArea,
                          new ScriptConsole(scripts_, this));
   auto* gallery =

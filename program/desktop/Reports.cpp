@@ -11,6 +11,7 @@
 
 #include "host/Application.h"
 #include "program/desktop/Text.h"
+#include "program/pictures/UndoableCommand.h"
 
 namespace desktop {
 
@@ -91,7 +92,11 @@ void Reports::Run(host::GeDialog& dialog, const std::string& label,
   person_.choosing = [&](const engine::FileQuestion& question, const std::string& path) {
     return !(question.flags & host::FILESELECT_DIRECTORY) || MayWriteInto(path, dialog, watch);
   };
-  const bool answered = act();
+  bool answered = false;
+  {
+    const pictures::UndoableCommand step(services_, dialog, label);
+    answered = act();
+  }
   person_.choosing = {};
   Show(watch.Finish(answered));
 }
@@ -124,6 +129,15 @@ bool Reports::MayExport(const exporting::ExportPlan& plan, const std::string& fo
   if (!text.empty() && !person_.Ask(text + "\n\nExport all the same?")) return false;
   const std::string room = plan.free ? "; " + exporting::BytesText(*plan.free) + " are free" : "";
   person_.ShowStatus("Exporting " + exporting::Summary(plan) + room);
+  return true;
+}
+
+bool Reports::Step(engine::Application& application, bool (engine::Application::*go)()) {
+  const std::size_t mark = services_.ledger.Mark();
+  if (!(application.*go)()) return false;
+  outcome::Outcome outcome;
+  outcome.problems = outcome::Sentences(outcome::FailuresThatMatter(services_, mark));
+  Show(outcome);
   return true;
 }
 

@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <functional>
 
+#include "engine/application/Application.h"
 #include "host/GeDialog.h"
 #include "program/desktop/DesktopPerson.h"
 #include "program/export/ExportPlan.h"
@@ -24,6 +25,14 @@ class Reports {
   // entry.
   void Run(host::GeDialog& dialog, const std::string& label, const std::function<bool()>& act);
   void Show(const outcome::Outcome& outcome);
+  // Goes one undo step back, or forward, and tells which files could not go along. False where there
+  // is none.
+  bool Undo(engine::Application& application) {
+    return Step(application, &engine::Application::Undo);
+  }
+  bool Redo(engine::Application& application) {
+    return Step(application, &engine::Application::Redo);
+  }
   // Says what an export into `folder` will write; where not all of it can be written, asks whether
   // it shall begin all the same.
   bool MayExport(const exporting::ExportPlan& plan, const std::string& folder);
@@ -31,6 +40,7 @@ class Reports {
   QDialog* Window() const { return open_; }
 
  private:
+  bool Step(engine::Application& application, bool (engine::Application::*go)());
   // Before the first byte into a folder that was chosen. False when the person would rather not.
   bool MayWriteInto(const std::string& folder, host::GeDialog& dialog,
                     outcome::CommandWatch& watch);

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <unordered_set>
 
 #include "program/pictures/DialogLabels.h"
+#include "program/pictures/UndoableCommand.h"
 
 namespace pictures {
 
@@ -116,12 +118,18 @@ bool StagemarksDialog::TypeName(const std::string& name) {
 
 bool StagemarksDialog::Press(const std::string& button) {
   const Gadget* gadget = Labeled(*dialog_, GadgetKind::Button, button);
-  return gadget && engine::PressButton(*dialog_, gadget->id);
+  if (!gadget) return false;
+  std::optional<UndoableCommand> step;
+  if (services_) step.emplace(*services_, *dialog_, button);
+  return engine::PressButton(*dialog_, gadget->id);
 }
 
 bool StagemarksDialog::Choose(const std::string& menuEntry) {
   const MenuEntry* entry = EntryLabeled(engine::DialogMenus(*dialog_), menuEntry);
-  return entry && engine::ChooseMenu(*dialog_, entry->id);
+  if (!entry) return false;
+  std::optional<UndoableCommand> step;
+  if (services_) step.emplace(*services_, *dialog_, menuEntry);
+  return engine::ChooseMenu(*dialog_, entry->id);
 }
 
 bool StagemarksDialog::Tick(const std::string& checkbox, bool on) {

@@ -9,6 +9,7 @@
 
 #include "engine/core/Result.h"
 #include "engine/dialog/Dialogs.h"
+#include "engine/outside/Services.h"
 
 namespace pictures {
 
@@ -26,7 +27,10 @@ engine::Result<FrameRange> ReadFrameRange(const std::string& text);
 
 class StagemarksDialog {
  public:
-  explicit StagemarksDialog(host::GeDialog& dialog) : dialog_(&dialog) {}
+  // With `services`, which outlive it, each command that changes what is stored is an undo step and
+  // fills the trash of the document; see UndoableCommand.
+  explicit StagemarksDialog(host::GeDialog& dialog, const engine::Services* services = nullptr)
+      : dialog_(&dialog), services_(services) {}
 
   host::GeDialog& Get() { return *dialog_; }
   // Whether the dialog is what this is for: it has the list and can load.
@@ -70,6 +74,7 @@ class StagemarksDialog {
   const engine::Gadget& List() const;
 
   host::GeDialog* dialog_;
+  const engine::Services* services_;  // may be null
 };
 
 }  // namespace pictures

@@ -72,7 +72,8 @@ TEST(HistoryPanel, StepsOfAPlugInAreCalledAfterWhatWasPressed) {
   }
   Desk::Rest();
   EXPECT_EQ(engine::DoneNames(*doc),
-            (std::vector<std::string>{"Load Overview & more", "Clean Material Editor"}));
+            (std::vector<std::string>{"Record Overview & more", "Load Overview & more",
+                                      "Clean Material Editor"}));
   engine::SelectAll(*doc);
   engine::RunWhole(*doc, engine::DeleteSelected(*doc));
   EXPECT_EQ(engine::UndoName(*doc), "Delete") << "a name of its own stays";

@@ -10,6 +10,7 @@
 #include "engine/undo/Undo.h"
 #include "host/Application.h"
 #include "program/desktop/Text.h"
+#include "program/pictures/DialogLabels.h"
 #include "program/pictures/StagemarksDialog.h"
 
 namespace desktop {
@@ -39,6 +40,8 @@ std::string StepName(host::GeDialog& dialog, const host::String& label, About ab
   const auto chosen = about == About::kChosenRow && states.Fits() ? states.SelectedNames()
                                                                   : std::vector<std::string>();
   if (chosen.size() == 1) name += " " + QString::fromStdString(chosen.front()).simplified();
+  if (label == host::String(pictures::kRecord) && states.Fits())
+    name = "Record " + QString::fromStdString(states.TypedName()).simplified();
   return (name.size() > kLongest ? name.left(kLongest - 1) + QChar(0x2026) : name).toStdString();
 }
 
@@ -77,8 +80,8 @@ void CallPlugin(const SharedDialogLink& link, const QObject& from, const host::S
                 About about, const std::function<bool(host::GeDialog&)>& act) {
   host::GeDialog* const dialog = link->dialog;
   if (!dialog) return;
+  const engine::ActName named(StepName(*dialog, label, about));
   const auto run = [&] {
-    const engine::ActName named(StepName(*dialog, label, about));
     std::optional<BusyIndicator> busy;
     if (WouldBeNoticed(*dialog)) busy.emplace(from, ToQt(label).simplified() + QChar(0x2026));
     const CallSubject concern(link->concerns ? link->concerns(label) : QString());

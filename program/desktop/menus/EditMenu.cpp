@@ -22,9 +22,10 @@ QString NamedStep(const QString& verb, const std::string& name) {
 EditMenu::EditMenu(QMenu& menu, MainWindow& window)
     : QObject(&menu),
       window_(window),
-      undo_(AddEntry(menu, "&Undo", QKeySequence::Undo, [&window] { window.App().Undo(); })),
+      undo_(AddEntry(menu, "&Undo", QKeySequence::Undo,
+                     [&window] { window.Reporting().Undo(window.App()); })),
       redo_(AddEntry(menu, "&Redo", QKeySequence("Ctrl+Shift+Z"),
-                     [&window] { window.App().Redo(); })) {
+                     [&window] { window.Reporting().Redo(window.App()); })) {
   menu.addSeparator();
   onScene_.push_back(AddCommand(menu, "Select &All", QKeySequence::SelectAll,
                                 [&window](auto&) { window.Objects().selectAll(); }));

@@ -15,8 +15,8 @@ QStringList Texts(const std::vector<std::string>& names) {
 
 }  // namespace
 
-HistoryPanel::HistoryPanel(engine::Application& application, QWidget* parent)
-    : QListWidget(parent), application_(application) {
+HistoryPanel::HistoryPanel(engine::Application& application, Reports& reports, QWidget* parent)
+    : QListWidget(parent), application_(application), reports_(reports) {
   setUniformItemSizes(true);
   setAlternatingRowColors(true);
   connect(this, &QListWidget::itemClicked, this,
@@ -60,9 +60,9 @@ void HistoryPanel::GoTo(int row) {
   const host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || doc != host::GetActiveDocument()) return;
   int steps = row - static_cast<int>(engine::DoneNames(*doc).size());
-  for (; steps < 0 && application_.Undo(); ++steps) {
+  for (; steps < 0 && reports_.Undo(application_); ++steps) {
   }
-  for (; steps > 0 && application_.Redo(); --steps) {
+  for (; steps > 0 && reports_.Redo(application_); --steps) {
   }
 }
 

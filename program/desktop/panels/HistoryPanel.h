@@ -4,14 +4,15 @@
 
 #include <QListWidget>
 
-#include "engine/application/Application.h"
+#include "program/desktop/Reports.h"
 #include "program/desktop/panels/DocumentView.h"
 
 namespace desktop {
 
 class HistoryPanel : public QListWidget, public DocumentView {
  public:
-  HistoryPanel(engine::Application& application, QWidget* parent);
+  // Both outlive it.
+  HistoryPanel(engine::Application& application, Reports& reports, QWidget* parent);
 
   void Follow(host::BaseDocument* doc) override;
   QSize sizeHint() const override { return {240, 160}; }
@@ -24,6 +25,7 @@ class HistoryPanel : public QListWidget, public DocumentView {
   void GoTo(int row);
 
   engine::Application& application_;
+  Reports& reports_;
   // The document that is shown and its change count then.
   engine::NodeId doc_ = 0;
   host::ULLONG seen_ = 0;
