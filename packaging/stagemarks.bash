@@ -56,7 +56,7 @@ _stagemarks_offer_parts() {
 # What a verb with actions takes behind the scene.
 _stagemarks_offer_elements() {
   case "$verb ${given[0]}" in
-    *\ add) ;;
+    *\ add|trash*) ;;
     states\ import) _stagemarks_offer_files 'json' ;;
     states*) _stagemarks_offer_names ;;
     *) _stagemarks_offer_names "$verb" ;;

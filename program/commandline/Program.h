@@ -81,6 +81,7 @@ void AddDeleteAll(Arguments& arguments, Program& program);
 void AddRun(Arguments& arguments, Program& program);
 void AddRestore(Arguments& arguments, Program& program);
 void AddStates(Arguments& arguments, Program& program);
+void AddTrash(Arguments& arguments, Program& program);
 void AddCleanMaterials(Arguments& arguments, Program& program);
 void AddExport(Arguments& arguments, Program& program);
 void AddRender(Arguments& arguments, Program& program);

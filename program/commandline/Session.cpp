@@ -77,7 +77,8 @@ int Session::LoadPlugin() {
   for (const engine::CommandPlugin& command : open_->application->Commands()) {
     if (command.name.ToUtf8() == kPlugin && open_->application->ExecuteCommand(command.id) &&
         !engine::OpenDialogs().empty()) {
-      open_->dialog = std::make_unique<StagemarksDialog>(*engine::OpenDialogs().back());
+      open_->dialog =
+          std::make_unique<StagemarksDialog>(*engine::OpenDialogs().back(), &open_->services);
       return kDone;
     }
   }

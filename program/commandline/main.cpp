@@ -35,7 +35,7 @@ void AddVerbs(Arguments& arguments, Program& program) {
   AddGroup(arguments, program, "Elements of a scene", {AddElementVerbs});
   AddGroup(arguments, program, "Stagemarks",
            {AddRecord, AddList, AddShow, AddDiff, AddMatrix, AddCheck, AddLoad, AddRename,
-            AddDelete, AddDeleteAll, AddOptions, AddStates});
+            AddDelete, AddDeleteAll, AddTrash, AddOptions, AddStates});
   AddGroup(arguments, program, "Many Stagemarks at once",
            {AddUpdate, AddSetObjects, AddSetTags, AddSetLayers, AddSetCamera, AddCleanMaterials});
   AddGroup(arguments, program, "Files and pictures",

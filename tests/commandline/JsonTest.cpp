@@ -147,6 +147,9 @@ class JsonOutput : public CommandLine {
             {"rename", scene, "Day", "Dawn"},
             {"delete", scene, "Day", "--yes"},
             {"delete-all", scene, "--yes"},
+            {"trash", "list", scene},
+            {"trash", "restore", scene, "Gone", "--as", "Back"},
+            {"trash", "empty", scene, "--yes"},
             {"options", scene, "--off", "LAYERS", "objects"},
             {"states", "import", scene, folder_ / "states.json", "--replace", "--dry-run"},
             {"update", scene},
@@ -168,6 +171,8 @@ TEST_F(JsonOutput, EveryVerbPrintsWhatTheSchemaSays) {
   const Schema schema;
   const std::string scene = Staged();
   tests::WriteText(folder_ / "states.json", Out({"states", "export", scene}));
+  Out({"record", scene, "Gone", "--write"});
+  Out({"delete", scene, "Gone", "--yes", "--write"});
   std::set<std::string> seen{"page"};  // made where the viewer is
   for (Words call : Calls(scene)) {
     call.emplace_back("--json");
