@@ -15,6 +15,7 @@
 #include "engine/scenefile/SceneFile.h"
 #include "program/desktop/recovery/LostWork.h"
 #include "tests/desktop/Desk.h"
+#include "tests/desktop/Victim.h"
 
 namespace {
 
@@ -172,31 +173,85 @@ TEST_F(Recovery, SavingClosingUndoneAndEndingWellLeaveNothing) {
   EXPECT_TRUE(fs::is_empty(root));
 }
 
-TEST_F(Recovery, ChangesAreKeptByThemselves) {
-  struct Case {
-    desktop::AutosaveRules rules;
-    int acts;
-    bool isKept;
-  };
-  using std::chrono::milliseconds;
-  for (const Case& each : {Case{{3, milliseconds(1), milliseconds(1000000)}, 2, false},
-                           Case{{3, milliseconds(1), milliseconds(1000000)}, 3, true},
-                           Case{{1000, milliseconds(1), milliseconds(20)}, 1, true},
-                           Case{{1, milliseconds(1000000), milliseconds(1)}, 1, true}}) {
-    desktop::Autosave autosave(desk.App(), each.rules);
-    for (int i = 0; i < each.acts; ++i) {
+// An autosave whose seconds pass when the test says so.
+class Seconds {
+ public:
+  explicit Seconds(const engine::Application& application)
+      : autosave_(application, {}, [this] { return now_; }) {}
+  ~Seconds() { autosave_.End(); }
+
+  // A second goes by, at whose beginning something is done or nothing.
+  void Pass(bool acts) {
+    if (acts) {
       AddObject("Act");
-      autosave.Follow();
+      waits_.push_back(now_);
+      last_ = now_;
     }
-    // A timer with the rhythm of its own has come round as often.
-    int rounds = 0;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&] { ++rounds; });
-    timer.start(1);
-    EXPECT_TRUE(pictures::WaitFor([&] { return each.isKept ? !Kept().empty() : rounds > 20; }));
-    EXPECT_EQ(!Kept().empty(), each.isKept);
-    autosave.End();
-    EXPECT_TRUE(Kept().empty());
+    autosave_.Follow();
+    autosave_.Tick();
+    if (autosave_.IsBusy()) {
+      ++kept_;
+      waits_.clear();
+    }
+    EXPECT_TRUE(pictures::WaitFor([&] { return !autosave_.IsBusy(); }));
+    now_ += std::chrono::seconds(1);
+  }
+  // How long ago that was which would be lost now; 0 for nothing.
+  int Lost() const { return waits_.empty() ? 0 : Since(waits_.front()); }
+  int Idle() const { return Since(last_); }
+  int Kept() const { return kept_; }
+
+ private:
+  int Since(desktop::Autosave::Clock::time_point then) const {
+    return static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(now_ - then).count());
+  }
+
+  desktop::Autosave::Clock::time_point now_{std::chrono::hours(1)};
+  desktop::Autosave::Clock::time_point last_ = now_;
+  std::vector<desktop::Autosave::Clock::time_point> waits_;  // acts that are not kept
+  int kept_ = 0;
+  desktop::Autosave autosave_;
+};
+
+TEST_F(Recovery, WhatIsDoneIsKeptWithinSeconds) {
+  Seconds work(desk.App());
+  for (int i = 0; i < 30; ++i) work.Pass(false);
+  EXPECT_EQ(work.Kept(), 0) << "nothing to keep";
+  work.Pass(true);
+  EXPECT_EQ(work.Kept(), 1) << "the first act at once";
+  for (int i = 0; i < 60; ++i) {
+    work.Pass(true);
+    EXPECT_LE(work.Lost(), 30);
+  }
+  EXPECT_LE(work.Kept(), 5) << "not with every act";
+  unsigned seed = 7;
+  for (int i = 0; i < 300; ++i) {
+    seed = seed * 1664525U + 1013904223U;
+    // Stretches of work, and of looking at it.
+    work.Pass(seed / 65536U % 100 < (i / 50 % 2 == 0 ? 70U : 10U));
+    EXPECT_LE(work.Lost(), 30);
+    EXPECT_TRUE(work.Idle() <= 10 || work.Lost() == 0);
+  }
+}
+
+// Killed without a word, in the middle of whatever it does.
+TEST_F(Recovery, AKilledDesktopLosesTheLastSecondsOnly) {
+  for (int round = 1; round <= 10; ++round) {
+    const std::string folder = desk.Folder() + "/victim" + std::to_string(round);
+    const desk::Victim victim(folder);
+    const int kept = victim.KillAfter(1 + round * 7 % 60);
+    engine::UserFolders folders = desk.Services().folders;
+    folders.state = folder;
+    const engine::Services& own = desk.Services();
+    const desktop::LostWork lost(
+        {own.files, own.clock, own.person, own.ledger, folders, own.viewer});
+    ASSERT_EQ(lost.Documents().size(), kept > 0 ? 1U : lost.Documents().size());
+    if (lost.Documents().empty()) continue;
+    const auto opened = engine::OpenSceneFile(own, lost.Documents()[0].files.scene);
+    ASSERT_TRUE(opened) << opened.Message();
+    int objects = 0;
+    for (auto* each = opened.Value()->GetFirstObject(); each; each = each->GetNext()) ++objects;
+    EXPECT_GE(objects, kept) << round;
   }
 }
 

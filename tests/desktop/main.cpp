@@ -4,6 +4,7 @@
 #include <QApplication>
 
 #include "program/desktop/ApplicationStyle.h"
+#include "tests/desktop/Victim.h"
 
 int main(int count, char** words) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
@@ -12,6 +13,7 @@ int main(int count, char** words) {
   }
   QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   QApplication application(count, words);
+  if (const std::optional<int> status = desk::WorkAsVictim()) return *status;
   desktop::ApplyTheme(application);
   testing::InitGoogleTest(&count, words);
   return RUN_ALL_TESTS();

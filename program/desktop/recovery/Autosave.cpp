@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "engine/scene/NewNodes.h"
+#include "engine/scenefile/Trash.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/Text.h"
@@ -14,7 +15,7 @@ namespace desktop {
 
 namespace {
 
-constexpr std::chrono::milliseconds kBetweenTicks{2000};
+constexpr std::chrono::milliseconds kBetweenTicks{1000};
 
 std::string NoteOf(const host::BaseDocument& doc) {
   const host::Filename folder = doc.GetDocumentPath();
@@ -25,12 +26,14 @@ std::string NoteOf(const host::BaseDocument& doc) {
 
 }  // namespace
 
-Autosave::Autosave(const engine::Application& application, AutosaveRules rules)
+Autosave::Autosave(const engine::Application& application, AutosaveRules rules,
+                   std::function<Clock::time_point()> now)
     : application_(application),
       rules_(rules),
+      now_(std::move(now)),
       folder_(application.GetServices()),
       worker_(application.GetServices().ledger) {
-  tick_.setInterval(std::min({kBetweenTicks, rules.pause, rules.longest}));
+  tick_.setInterval(std::min({kBetweenTicks, rules.idle, rules.longest}));
   connect(&tick_, &QTimer::timeout, this, [this] { Tick(); });
 }
 
@@ -48,9 +51,9 @@ void Autosave::Follow() {
 void Autosave::FollowOne(const host::BaseDocument& doc, Kept& state) {
   const host::ULLONG count = engine::ChangeCount(doc);
   if (count == state.seen) return;
-  if (state.seen == state.kept) state.changed = Clock::now();
+  state.last = now_();
+  if (state.seen == state.kept) state.first = state.last;
   state.seen = count;
-  ++state.acts;
   if (!tick_.isActive()) tick_.start();
 }
 
@@ -81,9 +84,9 @@ void Autosave::Tick() {
 }
 
 bool Autosave::IsDue(const Kept& state) const {
-  const Clock::time_point now = Clock::now();
-  if (now - state.tried < rules_.pause) return false;
-  return state.acts >= rules_.acts || now - state.changed >= rules_.longest;
+  const Clock::time_point now = now_();
+  if (now < state.next) return false;
+  return state.kept == 0 || now - state.last >= rules_.idle || now - state.first >= rules_.longest;
 }
 
 void Autosave::KeepNow() {
@@ -100,13 +103,18 @@ void Autosave::KeepNow() {
 void Autosave::Keep(host::BaseDocument& doc, Kept& state) {
   const host::ULLONG document = IdentityOf(&doc);
   const host::ULLONG count = state.seen;
-  state.tried = Clock::now();
-  state.acts = 0;
+  const Clock::time_point begin = now_();
+  state.next = begin + rules_.longestPause;
   if (const engine::Status ready = folder_.Prepare(); !ready) return Done(document, count, ready);
   AutosaveJob job;
   job.copy = engine::CopyOf(doc);
+  // Copies have no trash of their own.
+  engine::SetDeletedStates(*job.copy, engine::SharedDeletedStatesOf(doc));
   job.files = folder_.FilesOf(document);
   job.note = NoteOf(doc);
+  state.next = std::min(begin + rules_.costs * (now_() - begin), begin + rules_.longestPause);
+  // What is done from here on is not in the copy.
+  state.first = begin;
   worker_.Start(std::move(job), [this, document, count](const engine::Status& status) {
     Done(document, count, status);
   });
@@ -119,8 +127,14 @@ void Autosave::Done(host::ULLONG document, host::ULLONG count, const engine::Sta
   const auto it = documents_.find(document);
   if (it == documents_.end()) return folder_.Remove(document);  // saved or closed meanwhile
   Kept& state = it->second;
-  if (status) state.kept = count;
-  state.changed = Clock::now();
+  if (status) {
+    state.kept = count;
+  } else {
+    state.next = now_() + rules_.longestPause;
+    state.first = {};  // what waited longest still does
+  }
+  if (const host::BaseDocument* doc = FindOpenDocument(document))
+    engine::KeepPackedOnly(engine::DeletedStatesOf(*doc));
 }
 
 void Autosave::Adopt(const LostDocument& lost, const host::BaseDocument& doc) {

@@ -16,17 +16,23 @@
 
 namespace desktop {
 
-// When a changed document is due: after so many acts, but not more often than `pause`; and
-// `longest` after its first change.
+// When a changed document is due, by what would be lost: at once after the first act since it was
+// opened or saved; then when nothing was done for `idle`, and `longest` after the first act that is
+// not kept. Taking a copy holds the person up, so that the next one waits `costs` times as long as
+// that took, but no longer than `longestPause`.
 struct AutosaveRules {
-  int acts = 25;
-  std::chrono::milliseconds pause{15000};
-  std::chrono::milliseconds longest{120000};
+  std::chrono::milliseconds idle{4000};
+  std::chrono::milliseconds longest{20000};
+  int costs = 50;
+  std::chrono::milliseconds longestPause{8000};
 };
 
 class Autosave : public QObject {
  public:
-  explicit Autosave(const engine::Application& application, AutosaveRules rules = {});
+  using Clock = std::chrono::steady_clock;
+  // `now`: tells the time.
+  explicit Autosave(const engine::Application& application, AutosaveRules rules = {},
+                    std::function<Clock::time_point()> now = &Clock::now);
   // Leaves what was kept, as a crash does.
   ~Autosave() override;
 
@@ -35,6 +41,10 @@ class Autosave : public QObject {
 
   // Takes up what changed since the last call. Cheap when nothing did.
   void Follow();
+  // Keeps one document that is due; comes round by itself as long as something is not kept.
+  void Tick();
+  // While a copy is being written.
+  bool IsBusy() const { return worker_.IsBusy(); }
   // Keeps every changed document and waits until that is done.
   void KeepNow();
   // The lost document that was opened as `doc` is kept here from now on.
@@ -43,24 +53,23 @@ class Autosave : public QObject {
   void End();
 
  private:
-  using Clock = std::chrono::steady_clock;
   struct Kept {
-    host::ULLONG seen = 0;  // change counts: the last one seen and the one that is kept
-    host::ULLONG kept = 0;
-    int acts = 0;
-    Clock::time_point changed;  // the first change that is not kept
-    Clock::time_point tried;
+    host::ULLONG seen = 0;    // change counts: the last one seen and the one that is kept
+    host::ULLONG kept = 0;    // 0: none yet
+    Clock::time_point first;  // change that is not kept, and the last one
+    Clock::time_point last;
+    Clock::time_point next;  // not tried before
   };
 
   void FollowOne(const host::BaseDocument& doc, Kept& state);
   void ForgetClosed(const std::vector<host::BaseDocument*>& open);
-  void Tick();
   bool IsDue(const Kept& state) const;
   void Keep(host::BaseDocument& doc, Kept& state);
   void Done(host::ULLONG document, host::ULLONG count, const engine::Status& status);
 
   const engine::Application& application_;
   AutosaveRules rules_;
+  std::function<Clock::time_point()> now_;
   AutosaveFolder folder_;
   std::unordered_map<host::ULLONG, Kept> documents_;  // the changed ones, by number
   bool told_ = false;
