@@ -1,9 +1,10 @@
 #!/bin/sh
 # What the farm costs beside a plain loop: the same pictures as tasks of Slurm on one core and by one `render` on another core, at the
 # same time, so that whatever else the machine does counts for both.
-#   SLURM_CONF=... bench/farm.sh PROGRAM SCENE SIZE NODE
+#   SLURM_CONF=... [LONG=1] bench/farm.sh PROGRAM SCENE SIZE NODE
 # SCENE has Stagemarks; NODE is a node of one core on this machine, whose daemon and its children are bound to core 0 here. Prints a
-# table: pictures, in how many tasks, seconds of both, their ratio.
+# table: pictures, in how many tasks, seconds of both, their ratio. With LONG two more rows, of 200 pictures for each Stagemark: of five
+# that is the most tasks that a job has.
 set -eu
 program=$1 scene=$2 size=$3 node=$4
 states=$("$program" list "$scene" --names | wc -l)
@@ -12,7 +13,8 @@ trap 'rm -rf "$folder"' EXIT INT TERM
 now() { date +%s.%N; }
 for daemon in $(pgrep -f "slurmd -N $node") $(pgrep -x slurmctld); do taskset -acp 0 "$daemon" >/dev/null; done
 printf '%9s %6s %9s %9s %6s\n' pictures tasks farm local ratio
-for row in "2 1" "2 0" "20 1" "20 0"; do
+# Frames of each state, and pictures in a task; 0: as many as usual.
+for row in "2 1" "2 0" "20 1" "20 0" ${LONG:+"200 1" "200 0"}; do
   set -- $row
   frames=$1 chunk=$2
   {

@@ -1,5 +1,7 @@
 // The farm from the shell: what is submitted is rendered, whatever happens meanwhile, once each, and
 // to the very bytes of a render on one machine; and what goes wrong is said.
+#include <unistd.h>
+
 #include <filesystem>
 #include <memory>
 
@@ -178,6 +180,22 @@ TEST_F(FarmOnSlurm, SaysWhatSlurmRefuses) {
   EXPECT_NE(Status()["stopped"].get<std::string>().find("cannot be opened"), std::string::npos);
 }
 
+// Whoever runs the tests, the job is that of a user who may do nothing but his own work.
+TEST_F(FarmOnSlurm, AnOrdinaryUserSubmits) {
+  std::string as;
+  if (geteuid() == 0) {
+    as = "setpriv --reuid=nobody --regid=nogroup --clear-groups env HOME=$PWD ";
+    Run("chown nobody:nogroup . && chown -R nobody:nogroup shot");
+    if (Try(as + "stagemarks --version").status != 0)
+      GTEST_SKIP() << "another user may not read this build";
+  }
+  Run(as + "stagemarks farm submit shot/s.c4d --frames 0:3 --chunk 4");
+  ASSERT_TRUE(Until([&] { return AllDone(); })) << Status();
+  EXPECT_TRUE(Until([&] { return fs::exists(Job() + "/report.html"); }));
+  const std::string owner = Run("stat -c %U .");
+  EXPECT_EQ(Run("stat -c %U farm/jobs/*/pictures/*.png | sort -u"), owner);
+}
+
 TEST_F(Farm, WorksWithoutSlurm) {
   const ChildResult none =
       Try("mkdir bin; ln -s $(command -v stagemarks) bin; PATH=$PWD/bin stagemarks farm submit "
@@ -220,6 +238,62 @@ TEST_F(Farm, AFullDiskCostsThePicturesThatDoNotFit) {
   Run("stagemarks farm run");
   EXPECT_TRUE(AllDone());
   EXPECT_EQ(Count("failed"), 0);
+}
+
+// A file system of the test's own, which nobody else sees and which ends with its shell.
+class FarmOnItsDisk : public Farm {
+ protected:
+  void SetUp() override {
+    if (Shell("mkdir disk && " + Mounted("true")).status != 0)
+      GTEST_SKIP() << "this user may not mount a file system";
+    Farm::SetUp();
+  }
+  static std::string Mounted(const std::string& script) {
+    return "unshare --mount sh -c 'mount -t tmpfs -o size=16m tmpfs disk && { " + script + "; }'";
+  }
+  // Says what each command ends with.
+  ChildResult OnDisk(const std::string& script) const {
+    return Try("mkdir bin; ln -s $(command -v stagemarks) bin; " +
+               Mounted("f=\"--farm disk/farm\"; PATH=$PWD/bin:$PATH; "
+                       "run() { stagemarks farm \"$@\" $f -q; echo $1 $?; }; "
+                       "submit() { PATH=$PWD/bin stagemarks farm submit shot/s.c4d $f -q; }; " +
+                       script));
+  }
+};
+
+TEST_F(FarmOnItsDisk, FullItIsSaidAndWithRoomAgainAllIsDone) {
+  const ChildResult result = OnDisk(
+      "submit; dd if=/dev/zero of=disk/fill bs=4096 2>/dev/null; run run; stagemarks farm status "
+      "$f; rm disk/fill; run run; stagemarks farm status $f; ls -A disk/farm/jobs/*/pictures");
+  EXPECT_EQ(result.out.find("run 1\n"), 0U) << result.out << result.err;
+  EXPECT_NE(result.err.find("No space left on device"), std::string::npos) << result.err;
+  EXPECT_NE(result.out.find("3 pictures: 0 done, 3 waiting."), std::string::npos) << result.out;
+  EXPECT_NE(result.out.find("run 0\n"), std::string::npos) << result.out << result.err;
+  EXPECT_NE(result.out.find("3 pictures: 3 done."), std::string::npos) << result.out;
+  EXPECT_EQ(result.out.find(".claim"), std::string::npos) << result.out;
+}
+
+TEST_F(FarmOnItsDisk, ReadOnlyItIsSaidAndCanBeLookedAt) {
+  const ChildResult result = OnDisk(
+      "submit; mount -o remount,ro disk; run run; run retry; run collect; run status; "
+      "mount -o remount,rw disk; run run");
+  EXPECT_EQ(result.out, "run 1\nretry 1\ncollect 1\nstatus 0\nrun 0\n") << result.err;
+  EXPECT_NE(result.err.find("Read-only file system"), std::string::npos) << result.err;
+}
+
+TEST_F(Farm, StrictRefusesWhatCheckFinds) {
+  Run("stagemarks cameras remove shot/s.c4d C --write");
+  for (const char* call :
+       {"render shot/s.c4d -o 'out/{state}.png'", "farm submit shot/s.c4d --farm out/farm"}) {
+    const ChildResult strict = Try("stagemarks " + std::string(call) + " --strict");
+    EXPECT_EQ(strict.status, 1) << call;
+    EXPECT_NE(strict.err.find("`stagemarks check` finds 3 warnings"), std::string::npos)
+        << strict.err;
+    EXPECT_FALSE(fs::exists(folder_ / "out")) << call;
+  }
+  const ChildResult said = Try("stagemarks render shot/s.c4d -o 'out/{state}.png' --dry-run");
+  EXPECT_EQ(said.status, 0);
+  EXPECT_NE(said.err.find("finds 3 warnings"), std::string::npos) << said.err;
 }
 
 TEST_F(Farm, ImpossibleCallsAreRefused) {
