@@ -15,7 +15,7 @@ constexpr float kFarthest = 1e9F;
 
 // The origin of the triangles of a mesh: which polygon and corners each triangle came from.
 struct Source {
-  std::size_t polygon;
+  std::uint32_t polygon;
   std::array<std::uint8_t, 3> corners;
 };
 
@@ -32,20 +32,27 @@ class Cleaning {
     // The ray tracer reads points 16 bytes at a time and may look past the last one.
     geometry_.points.reserve(mesh_.points.size() + 2);
     for (const auto& p : mesh_.points) geometry_.points.push_back({p[0], p[1], p[2]});
+    allUsable_ = std::ranges::all_of(geometry_.points, IsUsable);
+    isUsed_.assign(geometry_.points.size(), 0);
     Reserve();
-    for (std::size_t i = 0; i < mesh_.polygons.size(); ++i) {
+    for (std::uint32_t i = 0; i < mesh_.polygons.size(); ++i) {
       AddTriangle({i, {0, 1, 2}});
       const Mesh::Polygon& polygon = mesh_.polygons[i];
       if (polygon[3] != -1 && polygon[3] != polygon[2]) AddTriangle({i, {0, 2, 3}});
     }
-    MakeSafePoints();
+    for (std::size_t p = 0; p < isUsed_.size(); ++p) {
+      if (isUsed_[p]) geometry_.bounds.Add(geometry_.points[p]);
+    }
+    if (!allUsable_) MakeSafePoints();
     if (mesh_.uvs.size() == mesh_.polygons.size() * 4) CopyCorners(mesh_.uvs, 0, geometry_.uvs);
     if (mesh_.colors.size() == mesh_.polygons.size() * 4)
       CopyCorners(mesh_.colors, 1, geometry_.colors);
     if (mesh_.normals.size() == mesh_.polygons.size() * 4) {
       CopyNormals();
     } else {
-      SmoothNormals();
+      const bool isSmall =
+          geometry_.triangles.size() < std::numeric_limits<std::uint32_t>::max() / 3;
+      isSmall ? SmoothNormals<std::uint32_t>() : SmoothNormals<std::size_t>();
     }
   }
 
@@ -55,7 +62,8 @@ class Cleaning {
     for (const Mesh::Polygon& polygon : mesh_.polygons)
       triangles += polygon[3] != -1 && polygon[3] != polygon[2];
     geometry_.triangles.reserve(triangles);
-    sources_.reserve(triangles);
+    hasCorners_ = !mesh_.uvs.empty() || !mesh_.colors.empty() || !mesh_.normals.empty();
+    if (hasCorners_) sources_.reserve(triangles);
     faceNormals_.reserve(triangles);
     units_.reserve(triangles);
   }
@@ -66,15 +74,15 @@ class Cleaning {
       const std::int32_t index = mesh_.polygons[source.polygon][source.corners[c]];
       if (index < 0 || static_cast<std::size_t>(index) >= geometry_.points.size()) return Drop();
       corners[c] = static_cast<std::uint32_t>(index);
-      if (!IsUsable(geometry_.points[corners[c]])) return Drop();
+      if (!allUsable_ && !IsUsable(geometry_.points[corners[c]])) return Drop();
     }
     const Vec normal = Cross(geometry_.points[corners[1]] - geometry_.points[corners[0]],
                              geometry_.points[corners[2]] - geometry_.points[corners[0]]);
     const float size = Length(normal);
     if (!(size > 0) || !std::isfinite(size)) return Drop();
-    for (const std::uint32_t c : corners) geometry_.bounds.Add(geometry_.points[c]);
+    for (const std::uint32_t c : corners) isUsed_[c] = 1;
     geometry_.triangles.push_back(corners);
-    sources_.push_back(source);
+    if (hasCorners_) sources_.push_back(source);
     faceNormals_.push_back(normal);
     units_.push_back(normal * (1 / size));
   }
@@ -113,33 +121,59 @@ class Cleaning {
     }
   }
 
-  // Corners at each point, as one list with the place where each point's part begins. Corner c of
+  // Corners at each point, as one list with the place where each point's part ends. Corner c of
   // triangle i is number i * 3 + c.
-  void CollectCorners() {
-    firstCorner_.assign(geometry_.points.size() + 1, 0);
+  template <class Number>
+  void SmoothNormals() {
+    std::vector<Number> ends(geometry_.points.size() + 1, 0);
     for (const auto& t : geometry_.triangles) {
-      for (const std::uint32_t point : t) ++firstCorner_[point + 1];
+      for (const std::uint32_t point : t) ++ends[point + 1];
     }
-    for (std::size_t i = 1; i < firstCorner_.size(); ++i) firstCorner_[i] += firstCorner_[i - 1];
-    corners_.resize(geometry_.triangles.size() * 3);
-    std::vector<std::size_t> next(firstCorner_.begin(), firstCorner_.end() - 1);
-    std::size_t corner = 0;
+    for (std::size_t i = 1; i < ends.size(); ++i) ends[i] += ends[i - 1];
+    std::vector<Number> corners(geometry_.triangles.size() * 3);
+    Number corner = 0;
+    // Each place moves on to its own end, which is where the next point's begins.
     for (const auto& t : geometry_.triangles) {
-      for (const std::uint32_t point : t) corners_[next[point]++] = corner++;
+      for (const std::uint32_t point : t) corners[ends[point]++] = corner++;
+    }
+    geometry_.normals.resize(geometry_.triangles.size());
+    std::size_t begin = 0;
+    for (std::size_t p = 0; p < geometry_.points.size(); ++p) {
+      SmoothPoint(std::span<const Number>(corners).subspan(begin, ends[p] - begin));
+      begin = ends[p];
     }
   }
 
-  using CornersOfPoint = std::span<const std::size_t>;
-
-  bool IsSmooth(std::size_t corner, std::size_t other) const {
-    return Dot(units_[corner / 3], units_[other / 3]) > kSmoothCosine;
+  template <class Number>
+  void SmoothPoint(std::span<const Number> corners) {
+    const std::size_t count = corners.size();
+    std::array<Vec, kMostFacesCompared> units;
+    const bool isCrowded = count > kMostFacesCompared;
+    for (std::size_t i = 0; i < count && !isCrowded; ++i) units[i] = units_[corners[i] / 3];
+    const std::span<const Vec> faces(units.data(), isCrowded ? 0 : count);
+    if (AreAllSmooth(faces)) {
+      Vec sum;
+      for (const Number corner : corners) sum += faceNormals_[corner / 3];
+      const Vec normal = Normalized(sum);
+      for (const Number corner : corners) SetNormal(corner, normal);
+      return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+      Vec sum;
+      for (std::size_t k = 0; k < count; ++k) {
+        if (IsSmooth(faces[i], faces[k])) sum += faceNormals_[corners[k] / 3];
+      }
+      SetNormal(corners[i], Normalized(sum));
+    }
   }
+
+  static bool IsSmooth(Vec unit, Vec other) { return Dot(unit, other) > kSmoothCosine; }
 
   // Whether each face around a point is smooth with each other one: then they have one normal.
-  bool AreAllSmooth(CornersOfPoint corners) const {
-    for (std::size_t i = 0; i < corners.size(); ++i) {
-      for (std::size_t k = i; k < corners.size(); ++k) {
-        if (!IsSmooth(corners[i], corners[k])) return false;
+  static bool AreAllSmooth(std::span<const Vec> units) {
+    for (std::size_t i = 0; i < units.size(); ++i) {
+      for (std::size_t k = i; k < units.size(); ++k) {
+        if (!IsSmooth(units[i], units[k])) return false;
       }
     }
     return true;
@@ -150,39 +184,14 @@ class Cleaning {
     geometry_.normals[corner / 3][corner % 3] = usable ? normal : units_[corner / 3];
   }
 
-  void SmoothPoint(CornersOfPoint corners) {
-    if (corners.size() > kMostFacesCompared || AreAllSmooth(corners)) {
-      Vec sum;
-      for (const std::size_t corner : corners) sum += faceNormals_[corner / 3];
-      const Vec normal = Normalized(sum);
-      for (const std::size_t corner : corners) SetNormal(corner, normal);
-      return;
-    }
-    for (const std::size_t corner : corners) {
-      Vec sum;
-      for (const std::size_t other : corners) {
-        if (IsSmooth(corner, other)) sum += faceNormals_[other / 3];
-      }
-      SetNormal(corner, Normalized(sum));
-    }
-  }
-
-  void SmoothNormals() {
-    CollectCorners();
-    geometry_.normals.resize(geometry_.triangles.size());
-    for (std::size_t p = 0; p + 1 < firstCorner_.size(); ++p) {
-      const std::size_t count = firstCorner_[p + 1] - firstCorner_[p];
-      SmoothPoint(CornersOfPoint(corners_).subspan(firstCorner_[p], count));
-    }
-  }
-
   const Mesh& mesh_;
   Geometry& geometry_;
   std::vector<Source> sources_;
-  std::vector<Vec> faceNormals_;  // as long as twice the area
-  std::vector<Vec> units_;        // the same of length 1
-  std::vector<std::size_t> firstCorner_;
-  std::vector<std::size_t> corners_;
+  std::vector<Vec> faceNormals_;      // as long as twice the area
+  std::vector<Vec> units_;            // the same of length 1
+  std::vector<std::uint8_t> isUsed_;  // by point, whether a triangle has it
+  bool allUsable_ = true;             // all points
+  bool hasCorners_ = false;           // the mesh says something of the corners of its polygons
 };
 
 void Index(RTCDevice device, Geometry& geometry) {

@@ -30,13 +30,13 @@ void Fill(RTCRay& to, const Ray& ray, unsigned mask) {
   to.flags = 0;
 }
 
-// The ray tracer ends the process over a ray that leads nowhere.
-bool IsSane(const Ray& ray) {
+// The ray tracer ends the process over a ray that leads nowhere. What is no number is not below.
+inline bool IsSane(const Ray& ray) {
   constexpr float kFarthestOrigin = 4e9F;
-  return Largest({std::abs(ray.origin.x), std::abs(ray.origin.y), std::abs(ray.origin.z)}) <
-             kFarthestOrigin &&
-         IsFinite(ray.origin) && std::abs(Dot(ray.direction, ray.direction) - 1) < 0.01F &&
-         ray.near >= 0 && ray.far >= ray.near;
+  return std::abs(ray.origin.x) < kFarthestOrigin && std::abs(ray.origin.y) < kFarthestOrigin &&
+         std::abs(ray.origin.z) < kFarthestOrigin &&
+         std::abs(Dot(ray.direction, ray.direction) - 1) < 0.01F && ray.near >= 0 &&
+         ray.far >= ray.near;
 }
 
 RTCRayHit Shoot(RTCScene scene, const Ray& ray, unsigned mask) {

@@ -57,17 +57,21 @@ const ByteValues& ValuesOfBytes() {
   return values;
 }
 
-Texel PixelAt(const Image& image, std::size_t x, std::size_t y, bool isColor,
-              const ByteValues& values) {
+// Red, green, blue and opacity at once; each is reckoned as by itself.
+using Four = float __attribute__((vector_size(16)));
+
+Four PixelAt(const Image& image, std::size_t x, std::size_t y, const std::array<float, 256>& of,
+             const std::array<float, 256>& share) {
   const std::size_t at = (y * image.width + x) * 4;
   if (image.IsFloat()) {
     const float* p = &image.floats[at];
-    return {{p[0], p[1], p[2]}, p[3]};
+    return Four{p[0], p[1], p[2], p[3]};
   }
   const std::uint8_t* p = &image.bytes[at];
-  const auto& of = isColor ? values.light : values.number;
-  return {{of[p[0]], of[p[1]], of[p[2]]}, values.share[p[3]]};
+  return Four{of[p[0]], of[p[1]], of[p[2]], share[p[3]]};
 }
+
+Four MixFour(Four a, Four b, float t) { return a + (b - a) * t; }
 
 // The same as std::floor, but no call of a function for what textures have for coordinates.
 float Floor(float x) {
@@ -135,12 +139,14 @@ Texel Texture::SampleLevel(const Image& level, float u, float v, bool isColor, W
   const Place x = PlaceOf(u, level.width, wraps.u);
   const Place y = PlaceOf(v, level.height, wraps.v);
   const ByteValues& values = ValuesOfBytes();
+  const auto& of = isColor ? values.light : values.number;
   const auto at = [&](std::size_t column, std::size_t row) {
-    return PixelAt(level, column, row, isColor, values);
+    return PixelAt(level, column, row, of, values.share);
   };
-  const Texel top = MixTexels(at(x.first, y.first), at(x.second, y.first), x.share);
-  const Texel low = MixTexels(at(x.first, y.second), at(x.second, y.second), x.share);
-  return MixTexels(top, low, y.share);
+  const Four top = MixFour(at(x.first, y.first), at(x.second, y.first), x.share);
+  const Four low = MixFour(at(x.first, y.second), at(x.second, y.second), x.share);
+  const Four texel = MixFour(top, low, y.share);
+  return {{texel[0], texel[1], texel[2]}, texel[3]};
 }
 
 std::size_t Texture::Bytes() const {
