@@ -96,6 +96,16 @@ TEST(SceneFileDamage, ChangedContentsBehindARightChecksumDoNoHarm) {
   }
 }
 
+TEST(SceneFileDamage, NothingMayFollowTheEndOfASection) {
+  const std::string bytes = Bytes(*EverythingScene());
+  for (const Section& section : ReadSections(bytes, ContentKind::Scene)) {
+    const std::string longer = ContentsOf(bytes, section.name) + '\0';
+    EXPECT_NE(Refusal(WithSection(bytes, section.name, longer)).find("1 bytes are left over"),
+              std::string::npos)
+        << section.name;
+  }
+}
+
 TEST(SceneFileDamage, ForeignFilesAreNamedAsSuch) {
   for (const std::string& foreign :
        {std::string(), std::string("solid cube\n facet normal 0 0 1\n"),
@@ -170,6 +180,9 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
        damaged + "TRASH at byte 6 of its contents: a reason is unknown."},
       {"a deleted Stagemark without a scene", "TRASH", std::string("\x01\x01N\x00\x00\x01\x00", 7),
        damaged + "TRASH at byte 7 of its contents: a Stagemark in it is empty."},
+      {"more polygons than bytes", "MESHES", std::string("\x01\x00\xFF\xFF\xFF\xFF\x7F\x00\x00", 9),
+       damaged + "MESHES at byte 9 of its contents: it names 34,359,738,367 rows, more than its "
+                 "bytes can hold."},
   };
   for (const HostileContents& hostile : cases)
     EXPECT_EQ(Refusal(WithSection(bytes, hostile.section, hostile.contents)), hostile.message)
