@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
+#include <cstdlib>
+#include <memory>
 #include <vector>
 
 #include "engine/scenefile/FileAsRead.h"
@@ -17,11 +18,23 @@ constexpr host::LONG kFormerPlace = 1;
 constexpr std::size_t kMostKept = 100;
 constexpr std::size_t kLongestName = 150;
 
-// The file itself for a link to it: that is what saving replaces.
+// Texts rather than the standard library's paths, which end the program where memory fails within
+// them.
+
+std::string RealPath(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                         &std::free);
+  return real ? real.get() : "";
+}
+
+// The file itself for a link to it: that is what saving replaces. It need not be there.
 std::string FileItself(const std::string& path) {
-  std::error_code error;
-  const std::filesystem::path file = std::filesystem::weakly_canonical(path, error);
-  return error ? path : file.string();
+  std::string real = RealPath(path);
+  if (!real.empty()) return real;
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return path;
+  const std::string folder = RealPath(path.substr(0, slash + 1));
+  return folder.empty() ? path : folder + path.substr(slash);
 }
 
 // Not in the middle of a letter.
@@ -48,8 +61,9 @@ std::string FormerVersions::HiddenPlace(const std::string& file) const {
   char hash[17];
   std::snprintf(hash, sizeof hash, "%016llx",
                 static_cast<unsigned long long>(HashOfContent({&whole, 1})));
-  const std::filesystem::path name(file);
-  return folder_ + "/" + Cut(name.stem().string()) + "-" + hash + name.extension().string();
+  const std::string name = file.substr(file.rfind('/') + 1);
+  const std::size_t dot = std::min(name.rfind('.'), name.size());
+  return folder_ + "/" + Cut(name.substr(0, dot)) + "-" + hash + name.substr(dot);
 }
 
 FormerPlace FormerVersions::Place() {

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
+#include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <string_view>
-#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -72,10 +72,38 @@ bool IsPicture(const std::string& path) {
   return std::ranges::any_of(kPictureHeads, [&](auto start) { return head.starts_with(start); });
 }
 
-// Where links lead to, with a slash at its end.
+// The standard library's paths end the program where memory fails within them, so both functions
+// work on texts.
+
+// Where links lead to; empty for what is not there.
+std::string RealPath(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                         &std::free);
+  return real ? real.get() : "";
+}
+
+// The same of a folder, with a slash at its end.
 std::string RealFolder(const std::string& folder) {
-  std::error_code error;
-  return (std::filesystem::weakly_canonical(folder, error) / "").string();
+  std::string real = RealPath(folder);
+  if (real.empty()) real = folder;
+  if (!real.ends_with('/')) real += '/';
+  return real;
+}
+
+// An absolute path without "." and ".." components, by its words alone.
+std::string Normal(const std::string& path) {
+  std::string normal;
+  for (std::size_t at = 0; at < path.size();) {
+    const std::size_t end = std::min(path.find('/', at + 1), path.size());
+    const std::string_view part = std::string_view(path).substr(at, end - at);
+    if (part == "/..") {
+      normal.resize(normal.empty() ? 0 : normal.rfind('/'));
+    } else if (part != "/" && part != "/.") {
+      normal += part;
+    }
+    at = end;
+  }
+  return normal;
 }
 
 // Looks for texture files of one scene; every folder is listed once.
@@ -101,11 +129,7 @@ class TextureSearch {
   }
 
  private:
-  bool IsInside(const std::string& path) const {
-    std::error_code error;
-    const std::string real = std::filesystem::weakly_canonical(path, error).string();
-    return !error && real.starts_with(real_);
-  }
+  bool IsInside(const std::string& path) const { return RealPath(path).starts_with(real_); }
 
   // Inside where it is there, too.
   std::string Search(const std::string& written) {
@@ -122,9 +146,7 @@ class TextureSearch {
 
   std::string AsWritten(const std::string& text) const {
     if (text.empty() || text.find('\0') != std::string::npos) return {};
-    const std::string path = std::filesystem::path(text.front() == '/' ? text : folder_ + text)
-                                 .lexically_normal()
-                                 .string();
+    const std::string path = Normal(text.front() == '/' ? text : folder_ + text);
     return files_.Kind(path) == FileKind::File ? path : std::string();
   }
 

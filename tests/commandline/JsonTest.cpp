@@ -224,6 +224,8 @@ TEST_F(JsonOutput, ErrorsAreLinesOfJsonAndLeaveTheResultAlone) {
 
 TEST_F(JsonOutput, QuietCallsPrintErrorsOnly) {
   const std::string scene = Staged();
+  Out({"record", scene, "Gone", "--write"});
+  Out({"delete", scene, "Gone", "--yes", "--write"});
   tests::WriteText(folder_ / "states.json", Out({"states", "export", scene}));
   for (Words call : Calls(scene)) {
     // What is asked for as data is printed: a dump, and the text among the steps.

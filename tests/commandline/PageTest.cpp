@@ -90,7 +90,7 @@ TEST_F(Page, SaysWhatToDoWithoutTheViewer) {
   const std::string scene = Spider();
   fs::create_directory(Scene("bin"));
   fs::copy_file(TEST_BINARY_DIR "/bin/stagemarks", Scene("bin/stagemarks"));
-  fs::create_directory_symlink(TEST_BINARY_DIR "/lib", Scene("lib"));
+  fs::copy(TEST_BINARY_DIR "/lib", Scene("lib"), fs::copy_options::recursive);
   const ChildResult refused =
       RunChild(Scene("bin/stagemarks"), {"page", scene, "--to", Scene("web")}, {});
   EXPECT_EQ(refused.status, 1);

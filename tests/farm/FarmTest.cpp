@@ -184,7 +184,8 @@ TEST_F(FarmOnSlurm, SaysWhatSlurmRefuses) {
 TEST_F(FarmOnSlurm, AnOrdinaryUserSubmits) {
   std::string as;
   if (geteuid() == 0) {
-    as = "setpriv --reuid=nobody --regid=nogroup --clear-groups env HOME=$PWD ";
+    as = "setpriv --reuid=nobody --regid=nogroup --clear-groups env HOME=$PWD "
+         "XDG_CONFIG_HOME=$PWD/config XDG_STATE_HOME=$PWD/state ";
     Run("chown nobody:nogroup . && chown -R nobody:nogroup shot");
     if (Try(as + "stagemarks --version").status != 0)
       GTEST_SKIP() << "another user may not read this build";
