@@ -37,7 +37,7 @@ void Check(const Round& round, const ChildResult& result, const Workshop& worksh
   findings.Require(files.contains(Workshop::kScene), text + "the scene is gone");
   for (const auto& [name, bytes] : files) {
     if (name.find(".stagemarks-") != std::string::npos) {
-      findings.Require(killed, text + "left \"" + name + "\"");
+      findings.Require(killed || round.kind == "stay", text + "left \"" + name + "\"");
     } else {
       findings.Require(workshop.IsWhole(name, bytes, clean.files),
                        text + "\"" + name + "\" is damaged");

@@ -92,8 +92,10 @@ void FiveMinutes::LoadTheOpenLid() {
   ExpectBack(before);
 }
 
-// From the one that was loaded last.
+// From the one that was loaded last, which undo and redo know, too.
 void FiveMinutes::GoThroughTheStates() {
+  hands::Press("ctrl+shift+z");
+  EXPECT_TRUE(pictures::WaitFor([&] { return Has(State(), "scene camera \"Close-up\""); }));
   hands::Press("ctrl+Next");
   EXPECT_TRUE(pictures::WaitFor([&] { return Has(State(), "scene camera \"From above\""); }));
   hands::Press("ctrl+Prior");
