@@ -28,8 +28,8 @@ constexpr Command kCommands[] = {
     {kRecord, Touches::Typed},          {kLoad, Touches::Nothing},
     {kDelete, Touches::Selected},       {kRename, Touches::Both},
     {kDeleteChecked, Touches::Checked}, {kDeleteAll, Touches::All},
-    {kUpdateChecked, Touches::Nothing},    {kSetObjects, Touches::Nothing},
-    {kSetTags, Touches::Nothing},          {kSetLayers, Touches::Nothing},
+    {kUpdateChecked, Touches::Nothing}, {kSetObjects, Touches::Nothing},
+    {kSetTags, Touches::Nothing},       {kSetLayers, Touches::Nothing},
     {kSetCamera, Touches::Nothing},
 };
 

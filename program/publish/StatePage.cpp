@@ -18,7 +18,8 @@ constexpr int kThumbnailQuality = 82;
 constexpr std::size_t kPiece = std::size_t{3} << 22U;
 
 void AppendBase64(std::string& text, std::string_view bytes) {
-  constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  constexpr char kBase64Digits[] =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   const auto at = [&](std::size_t i) {
     return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U;
   };

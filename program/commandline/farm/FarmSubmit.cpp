@@ -15,9 +15,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Share of a task that reading the scene may take, and what a scheduler needs for a task, seconds.
+// Share of a task that reading the scene may take, and what a task costs beside, seconds: see
+// docs/FARM.md.
 constexpr double kReadingShare = 0.1;
-constexpr double kPerTask = 0.3;
+constexpr double kPerTask = 1.1;
 // Most tasks of one array, which Slurm has unless it was told otherwise.
 constexpr std::size_t kMostTasks = 1000;
 constexpr const char* kFolderMark = "@";
