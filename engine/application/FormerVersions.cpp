@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 #include <vector>
 
+#include "engine/outside/FilePlace.h"
 #include "engine/scenefile/FileAsRead.h"
 
 namespace engine {
@@ -17,15 +16,6 @@ constexpr host::LONG kFormerPlace = 1;
 
 constexpr std::size_t kMostKept = 100;
 constexpr std::size_t kLongestName = 150;
-
-// Texts rather than the standard library's paths, which end the program where memory fails within
-// them.
-
-std::string RealPath(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
-                                                         &std::free);
-  return real ? real.get() : "";
-}
 
 // The file itself for a link to it: that is what saving replaces. It need not be there.
 std::string FileItself(const std::string& path) {

@@ -4,14 +4,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <fstream>
-#include <memory>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "engine/import/PercentCode.h"
+#include "engine/outside/FilePlace.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/ShaderWalk.h"
 #include "host/BaseMaterial.h"
@@ -72,17 +71,7 @@ bool IsPicture(const std::string& path) {
   return std::ranges::any_of(kPictureHeads, [&](auto start) { return head.starts_with(start); });
 }
 
-// The standard library's paths end the program where memory fails within them, so both functions
-// work on texts.
-
-// Where links lead to; empty for what is not there.
-std::string RealPath(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
-                                                         &std::free);
-  return real ? real.get() : "";
-}
-
-// The same of a folder, with a slash at its end.
+// Where links to a folder lead, with a slash at its end.
 std::string RealFolder(const std::string& folder) {
   std::string real = RealPath(folder);
   if (real.empty()) real = folder;

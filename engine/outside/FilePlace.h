@@ -26,6 +26,10 @@ struct FilePlace {
 // "Cannot write".
 Result<FilePlace> FindPlace(const char* cannot, const std::string& path, std::size_t named);
 
+// The absolute path of what is there behind all links; empty where nothing is. By text: the
+// standard library's paths end the program where memory fails within them.
+std::string RealPath(const std::string& path);
+
 // Whether a link has the name.
 bool IsLink(const FilePlace& place);
 

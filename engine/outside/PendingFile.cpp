@@ -151,11 +151,10 @@ Status PendingFile::FollowLink() {
   struct stat info;
   if (named_ < path_.size()) return {};
   if (lstat(path_.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return {};
-  char* real = realpath(path_.c_str(), nullptr);
-  if (real == nullptr) return FileFailure(kCannotWrite, path_, "it is a link that leads nowhere");
-  path_ = real;
+  std::string real = RealPath(path_);
+  if (real.empty()) return FileFailure(kCannotWrite, path_, "it is a link that leads nowhere");
+  path_ = std::move(real);
   named_ = path_.size();
-  free(real);
   return {};
 }
 

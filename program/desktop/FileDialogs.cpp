@@ -80,6 +80,14 @@ std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestio
   return dialog.selectedFiles().first().toStdString();
 }
 
+void BrowseForFolder(QWidget* parent, const char* title, QLineEdit& field,
+                     engine::FileSystem& files) {
+  const engine::FileQuestion question{host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY,
+                                      title, QFileInfo(field.text()).path().toStdString()};
+  if (const auto folder = ChooseFile(parent, question, kAnything, &files))
+    field.setText(ToQt(*folder));
+}
+
 namespace {
 
 QString Explanation(bool hasOwnChanges, bool saves) {

@@ -2,6 +2,7 @@
 // where another program has changed the file of an open document. Main thread.
 #pragma once
 
+#include <QLineEdit>
 #include <QString>
 #include <QWidget>
 #include <optional>
@@ -27,6 +28,11 @@ inline constexpr const char* kAnything = "All files (*)";
 // pictures. A new folder is made in `files`, where there are some, when its name is typed.
 std::optional<std::string> ChooseFile(QWidget* parent, const engine::FileQuestion& question,
                                       const QString& filter, engine::FileSystem* files = nullptr);
+
+// Asks for a folder, beginning beside the one that stands in `field`, and puts it there; canceled,
+// the field stays. Typed names of new folders are made in `files`.
+void BrowseForFolder(QWidget* parent, const char* title, QLineEdit& field,
+                     engine::FileSystem& files);
 
 // The answers to the question about a file that another program has changed.
 enum class ChangedFileAnswer {

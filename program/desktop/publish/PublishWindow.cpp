@@ -69,7 +69,8 @@ void PublishWindow::AddFields() {
   label->setBuddy(folder_);
   auto* browse = new QPushButton("&Browse...");
   browse->setAutoDefault(false);
-  connect(browse, &QPushButton::clicked, this, [this] { Browse(); });
+  connect(browse, &QPushButton::clicked, this,
+          [this] { BrowseForFolder(this, "Choose the folder", *folder_, services_.files); });
   row->addWidget(folder_);
   row->addWidget(browse);
   form_->addRow(label, row);
@@ -127,14 +128,6 @@ void PublishWindow::AddButtons() {
   begin_->setDefault(true);
   add("&Close", [this] { close(); });
   static_cast<QVBoxLayout*>(layout())->addLayout(buttons);
-}
-
-void PublishWindow::Browse() {
-  const engine::FileQuestion question{host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY,
-                                      "Choose the folder",
-                                      QFileInfo(folder_->text()).path().toStdString()};
-  if (const auto folder = ChooseFile(this, question, kAnything, &services_.files))
-    folder_->setText(ToQt(*folder));
 }
 
 void PublishWindow::Enable(bool isRunning) {

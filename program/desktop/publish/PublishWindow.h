@@ -41,7 +41,6 @@ class PublishWindow : public QDialog {
   void AddFileFields();
   void AddBottom();
   void AddButtons();
-  void Browse();
   void Enable(bool isRunning);
   bool MayReplace();
   void Start();

@@ -86,7 +86,8 @@ void FarmWindow::AddFields() {
   label->setBuddy(farm_);
   auto* browse = new QPushButton("&Browse...");
   browse->setAutoDefault(false);
-  connect(browse, &QPushButton::clicked, this, [this] { Browse(); });
+  connect(browse, &QPushButton::clicked, this,
+          [this] { BrowseForFolder(this, "Choose the farm's folder", *farm_, services_.files); });
   row->addWidget(farm_);
   row->addWidget(browse);
   form_->addRow(label, row);
@@ -150,14 +151,6 @@ void FarmWindow::AddButtons() {
   submit_ = add("&Submit", "Hand these pictures to Slurm", [this] { Submit(); });
   submit_->setDefault(true);
   static_cast<QVBoxLayout*>(layout())->addLayout(buttons);
-}
-
-void FarmWindow::Browse() {
-  const engine::FileQuestion question{host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY,
-                                      "Choose the farm's folder",
-                                      QFileInfo(farm_->text()).path().toStdString()};
-  if (const auto folder = ChooseFile(this, question, kAnything, &services_.files))
-    farm_->setText(ToQt(*folder));
 }
 
 void FarmWindow::Enable() {

@@ -51,7 +51,6 @@ class FarmWindow : public QDialog {
   void AddFields();
   void AddBottom();
   void AddButtons();
-  void Browse();
   void Enable();
   // Runs `stagemarks farm` with these words; one call at a time, a status is dropped for another.
   void Call(const QStringList& words, const QString& doing, Answer answer);

@@ -100,7 +100,10 @@ void RenderStatesWindow::AddPlaces(const host::BaseDocument& doc) {
   folder_->setObjectName("folder");
   auto* browse = new QPushButton("&Browse...");
   browse->setAutoDefault(false);
-  connect(browse, &QPushButton::clicked, this, [this] { Browse(); });
+  connect(browse, &QPushButton::clicked, this, [this] {
+    BrowseForFolder(this, "Choose the folder", *folder_, services_.files);
+    Plan();
+  });
   names_ = new QLineEdit(kUsualNames);
   names_->setObjectName("names");
   format_ = new QComboBox;
@@ -198,15 +201,6 @@ void RenderStatesWindow::AddButtons() {
   begin_->setDefault(true);
   add("&Close", [this] { close(); });
   static_cast<QVBoxLayout*>(layout())->addLayout(buttons);
-}
-
-void RenderStatesWindow::Browse() {
-  const engine::FileQuestion question{host::FILESELECTTYPE_ANYTHING, host::FILESELECT_DIRECTORY,
-                                      "Choose the folder",
-                                      QFileInfo(folder_->text()).path().toStdString()};
-  if (const auto folder = ChooseFile(this, question, kAnything, &services_.files))
-    folder_->setText(ToQt(*folder));
-  Plan();
 }
 
 void RenderStatesWindow::Enable(bool isRendering) {

@@ -50,7 +50,6 @@ class RenderStatesWindow : public QDialog {
   void AddTable();
   void AddBottom();
   void AddButtons();
-  void Browse();
   void Enable(bool isRendering);
   // What is wrong with the fields is said; then there is none.
   std::optional<worker::PicturesOrder> Order();
