@@ -1,16 +1,14 @@
 // What a child of the program writes into its pipe, and it may write anything: however the bytes
 // arrive, the same frames come out of them, and none is longer than may be.
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 #include "engine/import/Frames.h"
+#include "tests/fuzz/Require.h"
 
 namespace {
 
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
+using fuzz::Require;
 
 struct Parsed {
   std::vector<engine::Frame> frames;

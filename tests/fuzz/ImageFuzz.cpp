@@ -2,15 +2,13 @@
 // message. What was read can be written, and reads back as the same pixels. Start it with a folder
 // of its own for what it finds, and tests/render/pictures as the corpus.
 #include <cstdint>
-#include <cstdlib>
 
 #include "engine/render/Image.h"
+#include "tests/fuzz/Require.h"
 
 namespace {
 
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
+using fuzz::Require;
 
 void WriteAndReadBack(const engine::Image& image) {
   const auto file = engine::EncodePng(image);

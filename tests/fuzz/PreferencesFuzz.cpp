@@ -1,19 +1,17 @@
 // The file of preferences, with a true checksum before whatever it holds: there comes out what can
 // be set, written and read again, or the file is kept aside and somebody hears of it.
 #include <cstdint>
-#include <cstdlib>
 
 #include "engine/application/Preferences.h"
 #include "engine/scenefile/FileAsRead.h"
+#include "tests/fuzz/Require.h"
 #include "tests/support/ScriptedServices.h"
 
 namespace {
 
 constexpr const char* kTitle = "stagemarks preferences 2 ";
 
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
+using fuzz::Require;
 
 // Files in memory: the only one is that of the preferences.
 class OneFile : public tests::FaultyFileSystem {

@@ -3,13 +3,13 @@
 // file of a scene that holds one of everything; or, for a first byte beyond the sections, a bare
 // file. What opens must save to bytes that open as the same again.
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Sections.h"
+#include "tests/fuzz/Require.h"
 #include "tests/scenefile/CodedContainer.h"
 #include "tests/scenefile/Scenes.h"
 
@@ -47,9 +47,7 @@ std::string FileWith(std::size_t changed, const std::string& contents) {
   return file;
 }
 
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
+using fuzz::Require;
 
 void CheckScene(const std::string& file) {
   const auto opened = engine::ReadScene(file, kMemory);

@@ -1,18 +1,16 @@
 // Stagemarks as text, taken into a scene. What is refused changes nothing and says why; what is
 // taken in leaves a scene that can be saved, opened and written as text again.
 #include <cstdint>
-#include <cstdlib>
 
 #include "engine/scenefile/SceneFile.h"
 #include "engine/states/StateText.h"
+#include "tests/fuzz/Require.h"
 #include "tests/support/PluginSession.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
 
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
+using fuzz::Require;
 
 std::string Bytes(const host::BaseDocument& doc) {
   std::string bytes;

@@ -3,11 +3,11 @@
 // lists, loads, renames, records, updates and deletes without a crash, one step takes a load back,
 // and the scene can be saved and opened.
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 
 #include "engine/scenefile/SceneFile.h"
 #include "source/Stagemarks/keys/PluginIds.h"
+#include "tests/fuzz/Require.h"
 #include "tests/support/PluginSession.h"
 #include "tests/support/SceneBuilder.h"
 
@@ -17,9 +17,7 @@ using host::BaseContainer;
 using host::GeData;
 using host::LONG;
 
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
+using fuzz::Require;
 
 // Takes bytes from the input, zeros behind its end.
 class Input {

@@ -45,7 +45,7 @@ TESTS = {
 # What the build calls a folder of code.
 TARGETS = {folder: folder.replace('/', '_') for folder in TESTS}
 TARGETS['source/Stagemarks'] = 'stagemarks_code'
-PROGRAMS_NEEDED_BY = {'test_application', 'test_source', 'test_states', 'test_editing'}
+PROGRAMS_NEEDED_BY = {'test_application', 'test_source', 'test_states', 'test_editing', 'test_render'}
 
 # What a mutant may take beyond what the tests take by themselves.
 CPU_FACTOR = 5

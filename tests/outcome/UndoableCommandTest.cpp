@@ -3,8 +3,8 @@
 #include "program/pictures/UndoableCommand.h"
 
 #include <filesystem>
-#include <fstream>
 #include <functional>
+#include <set>
 
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/SceneFile.h"
@@ -112,10 +112,10 @@ TEST_F(UndoableCommandTest, EveryCommandIsOneStepWithItsName) {
   };
   for (const auto& command : commands) {
     checkA();
-    if (command.label == std::string("Set Selected Tags on Checked Elements"))
+    if (command.label == std::string("Set Selected Tags on Checked Elements")) {
       Doc().GetFirstMaterial()->SetName("Green");
-    if (command.label == std::string("Set Selected Tags on Checked Elements"))
       static_cast<TextureTag*>(lamp_->GetFirstTag())->SetMaterial(Material("Blue"));
+    }
     if (command.label == std::string("Set Selected Layers on Checked Elements")) {
       LayerData flags = layer_->GetLayerData(&Doc());
       flags.solo = !flags.solo;
@@ -125,7 +125,6 @@ TEST_F(UndoableCommandTest, EveryCommandIsOneStepWithItsName) {
       Doc().SetActiveObject(camera_, SELECTION_NEW);
     SelectRows({"A"});
     Type(kNameField, command.label == std::string("Rename") ? "A2" : "A");
-    if (command.label == std::string("Rename")) SelectRows({"A"}), Type(kNameField, "A2");
     const std::string before = Everything();
     const std::size_t steps = engine::DoneNames(Doc()).size();
     Do(command.label, command.act);
@@ -255,9 +254,8 @@ TEST_F(UndoableCommandTest, TheTrashTravelsInTheFileAndNotInCopies) {
       static_cast<BaseDocument*>(doc.GetClone(COPY_DOCUMENT, nullptr)));
   EXPECT_TRUE(engine::DeletedStatesOf(*copy).empty());
   ASSERT_TRUE(engine::RestoreDeleted(Services().Get(), doc, 0));
-  const engine::StoredState* state =
-      engine::FindState(doc, engine::ReadStates(doc), "A") ? &engine::ReadStates(doc)[0] : nullptr;
-  ASSERT_TRUE(state);
+  const auto states = engine::ReadStates(doc);
+  ASSERT_TRUE(engine::FindState(doc, states, "A"));
   const auto settings = engine::FindSettingsOfStates(&doc);
   EXPECT_EQ(settings.size(), 2U) << "each has its copy";
   EXPECT_TRUE(fs::exists(Folder() + "/shot_SM/A.tif"));

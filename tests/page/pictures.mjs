@@ -1,5 +1,5 @@
-// How alike pictures are. A browser decodes the files, and brings the second one to the size of the
-// first.
+// How alike pictures are. A browser decodes the files; for parts of them it brings the second one to
+// the size of the first.
 
 // Runs in the page.
 async function compareThere([files, pairs]) {
@@ -9,6 +9,8 @@ async function compareThere([files, pairs]) {
     image.src = 'data:image/png;base64,' + file;
     await image.decode();
     const { width, height } = images[0] ?? image;
+    const differs = image.width !== width || image.height !== height;
+    if (differs && !pairs) return [{ structure: -1, color: 255 }];
     const context = new OffscreenCanvas(width, height).getContext('2d');
     context.imageSmoothingQuality = 'high';
     context.drawImage(image, 0, 0, width, height);
@@ -68,7 +70,7 @@ export function compare(page, one, other, pairs) {
   return page.evaluate(compareThere, [files, pairs]);
 }
 
-// The structural similarity of whole pictures.
+// The structural similarity of whole pictures, -1 for those of different sizes.
 export async function similarity(page, one, other) {
   return (await compare(page, one, other, null))[0].structure;
 }

@@ -2,7 +2,6 @@
 
 #include "engine/application/Application.h"
 #include "engine/scenefile/SceneFile.h"
-#include "engine/states/StoredStates.h"
 #include "tests/reliability/Rounds.h"
 #include "tests/support/PluginSession.h"
 
@@ -94,12 +93,6 @@ void CheckPlaces(PluginSession& session, std::size_t mark, const std::string& wh
     for (const std::string& place : {entry.path, entry.target})
       findings.Require(IsBelow(place, session.Folder()), what + "changed \"" + place + "\"");
   }
-}
-
-std::string NamesIn(const host::BaseDocument& doc) {
-  std::string names;
-  for (const engine::StoredState& state : engine::ReadStates(doc)) names += state.name + "\n";
-  return names;
 }
 
 // Saved and opened again, all names are what they were.

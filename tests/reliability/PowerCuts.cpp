@@ -113,10 +113,10 @@ void CutAll(Workshop& workshop, std::size_t command, std::mt19937_64& random, co
   findings.Require(!steps.empty(), "nothing was written by " + Workshop::Commands()[command][0]);
   for (std::size_t i = 0; i < steps.size() && more(findings.executions); ++i) {
     disk.Take(steps[i]);
+    const std::string text = Workshop::Commands()[command][0] + ", power cut after step " +
+                             std::to_string(i + 1) + " (" + steps[i].what + "): ";
     for (int cut = 0; cut < kCutsPerStep; ++cut, ++findings.executions) {
       const Workshop::Files files = disk.Cut(random);
-      const std::string text = Workshop::Commands()[command][0] + ", power cut after step " +
-                               std::to_string(i + 1) + " (" + steps[i].what + "): ";
       findings.Require(files.contains(folder + "/" + Workshop::kScene), text + "the scene is gone");
       for (const auto& [path, bytes] : files) {
         if (path.find(".stagemarks-") != std::string::npos) continue;

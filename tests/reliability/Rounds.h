@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "host/BaseDocument.h"
 #include "tests/support/ChildProgram.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -67,9 +68,9 @@ class Workshop {
   // Whether a file is as it was, or as one of those that a command makes.
   bool IsWhole(const std::string& name, const std::string& bytes, const Files& made) const;
   std::string Folder() const { return scratch_ / "work"; }
-  std::string Place(const std::string& name) const { return scratch_ / name; }
 
  private:
+  std::string Place(const std::string& name) const { return scratch_ / name; }
   void Reset() const;
 
   ScratchFolder scratch_;
@@ -77,7 +78,9 @@ class Workshop {
   std::map<std::size_t, Clean> cleans_;
 };
 
-// The names of the Stagemarks in a scene file's bytes, a line each, or "(damaged)".
+// The names of the Stagemarks of a document, a line each.
+std::string NamesIn(const host::BaseDocument& doc);
+// The same of a scene file's bytes, or "(damaged)".
 std::string StatesIn(const std::string& bytes);
 
 }  // namespace tests

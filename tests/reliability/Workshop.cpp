@@ -103,13 +103,15 @@ bool Workshop::IsWhole(const std::string& name, const std::string& bytes, const 
 
 Workshop::Files Workshop::After() const { return FilesBelow(Folder()); }
 
+std::string NamesIn(const host::BaseDocument& doc) {
+  std::string names;
+  for (const engine::StoredState& state : engine::ReadStates(doc)) names += state.name + "\n";
+  return names;
+}
+
 std::string StatesIn(const std::string& bytes) {
   const auto scene = engine::ReadScene(bytes);
-  if (!scene) return "(damaged)";
-  std::string names;
-  for (const engine::StoredState& state : engine::ReadStates(*scene.Value()))
-    names += state.name + "\n";
-  return names;
+  return scene ? NamesIn(*scene.Value()) : "(damaged)";
 }
 
 }  // namespace tests
