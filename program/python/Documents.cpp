@@ -53,10 +53,12 @@ void CheckNoStep(DocumentId document) {
 Opened Open(const std::string& path) {
   Session& session = Session::Get();
   Opened opened;
+  const DocumentId activeBefore = ActiveDocument();
   const auto document = session.App().OpenDocument(AbsolutePath(path), &opened.notes);
   Check(document.GetStatus());
   host::BaseDocument& doc = *document.Value();
   opened.document = engine::NumberOf(doc);
+  session.Opening(opened.document, activeBefore);
   if (!engine::IsImportable(path)) return opened;
   session.SetPlaced(opened.document, false);
   pictures::StagemarksDialog dialog = session.DialogFor(doc);

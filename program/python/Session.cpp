@@ -172,6 +172,18 @@ void Session::ReturnToActive() {
   }
 }
 
+void Session::Opening(DocumentId document, DocumentId activeBefore) {
+  opening_ = document;
+  formerlyActive_ = activeBefore;
+}
+
+void Session::CloseOpening() {
+  const DocumentId opening = std::exchange(opening_, 0);
+  for (host::BaseDocument* doc : application_->Documents()) {
+    if (engine::NumberOf(*doc) == opening) return host::KillDocument(doc);
+  }
+}
+
 int Session::BeginStep(DocumentId document, const std::string& name) {
   host::BaseDocument& doc = Document(document);
   steps_.push_back({++lastStep_, document, *doc.GetDataInstance(),
@@ -233,6 +245,7 @@ Call::Call() : session_(Session::Get()), mark_(session_.Services().ledger.Mark()
 
 Call::~Call() {
   session_.busy_ = false;
+  session_.CloseOpening();
   session_.ReturnToActive();
 }
 
@@ -243,6 +256,7 @@ void Call::Finish() {
   if (Session::Person().WasStopped())
     throw Failure(Fault::Stopped, failures.empty() ? "The work was stopped." : Joined(failures));
   if (!failures.empty()) throw Failure(Fault::Failed, Joined(failures));
+  if (std::exchange(session_.opening_, 0) != 0) session_.formerlyActive_ = 0;
 }
 
 void FailAs(const std::string& sentence, const std::string& argument) {

@@ -100,6 +100,9 @@ class Session {
   // The dialog, with the document as the active one until the call is over; opened where it is
   // closed.
   pictures::StagemarksDialog DialogFor(host::BaseDocument& doc);
+  // A document that this call opened: closed again where the call fails after all, with the one
+  // that was active before as the active one.
+  void Opening(DocumentId document, DocumentId activeBefore);
 
   // Steps, the innermost last.
   int BeginStep(DocumentId document, const std::string& name);
@@ -123,6 +126,7 @@ class Session {
   void LoadPlugin();
   void CloseStep(bool keep);
   void ReturnToActive();
+  void CloseOpening();
 
   std::thread::id thread_ = std::this_thread::get_id();
   pid_t process_;
@@ -133,6 +137,7 @@ class Session {
   std::vector<OpenStep> steps_;
   std::set<DocumentId> unplaced_;
   DocumentId formerlyActive_ = 0;  // while a call has another one as the active document
+  DocumentId opening_ = 0;         // by the call that is at work
   int lastStep_ = 0;
   bool busy_ = false;
 };

@@ -68,6 +68,24 @@ class Callbacks(support.WithScene):
             self.assertEqual(stagemarks.documents(), before)
         self.heard(None)
 
+    def test_stopping_at_any_moment_opens_nothing(self):
+        """The last moment is when all is read already."""
+        before, active = stagemarks.documents(), stagemarks.active()
+        for last in range(1, 1000):
+            heard = []
+
+            def stops(*told):
+                heard.append(told)
+                return len(heard) < last
+
+            try:
+                self.heard(stops)
+                break
+            except stagemarks.StoppedError:
+                self.assertEqual(stagemarks.documents(), before, heard[-1])
+                self.assertEqual(stagemarks.active(), active)
+        self.assertGreater(last, 1)
+
     def test_a_callback_cannot_call_back(self):
         def calls(share, what):
             self.doc.undo()
