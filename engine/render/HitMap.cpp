@@ -62,15 +62,15 @@ HitMap Enlarged(const HitMap& hits, std::uint32_t width, std::uint32_t height,
     for (std::uint32_t x = 0; x < width; ++x) {
       const std::size_t near = from + std::uint64_t{x} * hits.width / width;
       const std::size_t here = std::size_t{y} * width + x;
-      Finding finding;
+      SurfaceHit surface;
       if (!edges[near]) {
         map.instances[here] = hits.instances[near];
         map.distances[here] = hits.distances[near];
       } else if (rays.FindVisible(
                      camera.Through(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F),
-                     camera, &finding)) {
-        map.instances[here] = 1 + rays.IndexOf(*finding.instance);
-        map.distances[here] = finding.distance;
+                     camera, &surface)) {
+        map.instances[here] = 1 + rays.IndexOf(*surface.instance);
+        map.distances[here] = surface.distance;
       }
     }
   };

@@ -140,19 +140,19 @@ void RayScene::AddNormals(const host::Matrix& m) {
 }
 
 bool RayScene::Find(const Ray& ray, unsigned mask, const RayCamera& camera,
-                    Finding* finding) const {
+                    SurfaceHit* surface) const {
   const RTCRayHit hit = Shoot(scene_.Get(), ray, mask);
   if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
-  Describe(hit, ray, camera, finding);
+  Describe(hit, ray, camera, surface);
   return true;
 }
 
-bool RayScene::FindVisible(const Ray& ray, const RayCamera& camera, Finding* finding) const {
+bool RayScene::FindVisible(const Ray& ray, const RayCamera& camera, SurfaceHit* surface) const {
   Ray rest = ray;
   for (int layer = 0; layer < kMostLayers; ++layer) {
-    if (!Find(rest, kSeenByCamera, camera, finding)) return false;
-    if (!finding->isBack && finding->alpha > 0) return true;
-    rest.near = finding->distance + Gap(*finding);
+    if (!Find(rest, kSeenByCamera, camera, surface)) return false;
+    if (!surface->isBack && surface->alpha > 0) return true;
+    rest.near = surface->distance + Gap(*surface);
   }
   return false;
 }
@@ -167,14 +167,14 @@ bool RayScene::IsBlocked(const Ray& ray) const {
   return shadow.tfar < 0;
 }
 
-float RayScene::Gap(const Finding& finding) const {
-  const Vec p = finding.position;
-  const float farthest = std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z), finding.distance});
+float RayScene::Gap(const SurfaceHit& surface) const {
+  const Vec p = surface.position;
+  const float farthest = std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z), surface.distance});
   return 1e-5F * farthest + 1e-6F * size_;
 }
 
 void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
-                        Finding* finding) const {
+                        SurfaceHit* surface) const {
   const std::size_t index = hit.hit.instID[0];
   const Instance& instance = picture_.instances[index];
   const Geometry& geometry = *instance.geometry;
@@ -188,22 +188,22 @@ void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& c
   if (!geometry.uvs.empty()) triangle.uvs = &geometry.uvs[hit.hit.primID];
   if (!geometry.colors.empty()) triangle.colors = &geometry.colors[hit.hit.primID];
 
-  finding->instance = &instance;
-  finding->look = &picture_.looks[instance.look];
-  finding->distance = hit.ray.tfar;
-  finding->position = ray.origin + ray.direction * hit.ray.tfar;
-  finding->faceNormal = Normalized(Cross(triangle.edge1, triangle.edge2));
+  surface->instance = &instance;
+  surface->look = &picture_.looks[instance.look];
+  surface->distance = hit.ray.tfar;
+  surface->position = ray.origin + ray.direction * hit.ray.tfar;
+  surface->faceNormal = Normalized(Cross(triangle.edge1, triangle.edge2));
   const auto& n = geometry.normals[hit.hit.primID];
   const Vec inside =
       n[0] * triangle.weights[0] + n[1] * triangle.weights[1] + n[2] * triangle.weights[2];
   const Normals& turn = normals_[index];
-  finding->normal = Normalized(turn.x * inside.x + turn.y * inside.y + turn.z * inside.z);
-  const bool hasBack = !finding->look->isDoubleSided && geometry.hasFront;
-  finding->isBack = hasBack && Dot(finding->normal, ray.direction) * handedness_[index] > 0;
-  if (Dot(finding->faceNormal, ray.direction) > 0) finding->faceNormal = -finding->faceNormal;
-  if (Dot(finding->normal, finding->faceNormal) < 0) finding->normal = -finding->normal;
-  const float slant = std::max(0.15F, std::abs(Dot(finding->faceNormal, ray.direction)));
-  Color(triangle, camera.PixelSize(finding->distance) / std::sqrt(slant), finding);
+  surface->normal = Normalized(turn.x * inside.x + turn.y * inside.y + turn.z * inside.z);
+  const bool hasBack = !surface->look->isDoubleSided && geometry.hasFront;
+  surface->isBack = hasBack && Dot(surface->normal, ray.direction) * handedness_[index] > 0;
+  if (Dot(surface->faceNormal, ray.direction) > 0) surface->faceNormal = -surface->faceNormal;
+  if (Dot(surface->normal, surface->faceNormal) < 0) surface->normal = -surface->normal;
+  const float slant = std::max(0.15F, std::abs(Dot(surface->faceNormal, ray.direction)));
+  Color(triangle, camera.PixelSize(surface->distance) / std::sqrt(slant), surface);
 }
 
 namespace {
@@ -236,29 +236,30 @@ float GrayOf(const Texel& texel) {
 
 }  // namespace
 
-void RayScene::Color(const Triangle& hit, float detail, Finding* finding) {
-  const SurfaceLook& look = *finding->look;
+void RayScene::Color(const Triangle& hit, float detail, SurfaceHit* surface) {
+  const SurfaceLook& look = *surface->look;
   float alpha = look.alpha;
-  finding->color = look.color;
-  finding->luminance = look.luminance;
-  finding->roughness = look.roughness;
-  finding->metallic = look.metallic;
-  finding->occlusion = 1;
+  surface->color = look.color;
+  surface->luminance = look.luminance;
+  surface->roughness = look.roughness;
+  surface->metallic = look.metallic;
+  surface->occlusion = 1;
   if (hit.colors) {
     std::array<float, 4> sum{};
     for (std::size_t c = 0; c < 3; ++c) {
       for (std::size_t k = 0; k < 4; ++k) sum[k] += (*hit.colors)[c][k] * hit.weights[c];
     }
-    finding->color = finding->color * Vec{sum[0], sum[1], sum[2]};
+    surface->color = surface->color * Vec{sum[0], sum[1], sum[2]};
     alpha *= sum[3];
   }
   if (hit.uvs && HasTextures(look))
-    AddTextures(hit.On(*finding->instance), detail, &alpha, finding);
-  finding->alpha = AlphaOf(look, alpha);
+    AddTextures(hit.On(*surface->instance), detail, &alpha, surface);
+  surface->alpha = AlphaOf(look, alpha);
 }
 
-void RayScene::AddTextures(const Triangle& triangle, float detail, float* alpha, Finding* finding) {
-  const SurfaceLook& look = *finding->look;
+void RayScene::AddTextures(const Triangle& triangle, float detail, float* alpha,
+                           SurfaceHit* surface) {
+  const SurfaceLook& look = *surface->look;
   const float plainDetail = detail * triangle.UvPerLength();
   const auto sample = [&](const TextureUse& use, bool isColor = false) {
     const Texture& texture = *use.texture;
@@ -269,31 +270,31 @@ void RayScene::AddTextures(const Triangle& triangle, float detail, float* alpha,
   };
   if (look.colorTexture) {
     const Texel texel = sample(look.colorTexture, true);
-    finding->color = finding->color * texel.color;
+    surface->color = surface->color * texel.color;
     *alpha *= texel.alpha;
   }
   if (look.alphaTexture) *alpha *= GrayOf(sample(look.alphaTexture));
   if (look.luminanceTexture)
-    finding->luminance = look.luminance * sample(look.luminanceTexture, true).color;
+    surface->luminance = look.luminance * sample(look.luminanceTexture, true).color;
   if (look.roughnessTexture || look.metallicTexture) {
     const Texel rough = look.roughnessTexture ? sample(look.roughnessTexture) : Texel{{1, 1, 1}};
     const bool same = look.metallicTexture == look.roughnessTexture;
     const Texel metal = same                   ? rough
                         : look.metallicTexture ? sample(look.metallicTexture)
                                                : Texel{{1, 1, 1}};
-    finding->roughness *= rough.color.y;
-    finding->metallic *= metal.color.z;
+    surface->roughness *= rough.color.y;
+    surface->metallic *= metal.color.z;
   }
   if (look.occlusionTexture)
-    finding->occlusion = 1 + look.occlusion * (sample(look.occlusionTexture).color.x - 1);
+    surface->occlusion = 1 + look.occlusion * (sample(look.occlusionTexture).color.x - 1);
   if (!look.normalTexture) return;
   const Triangle on = triangle.On(look.normalTexture);
   const float turn = on.uvEdge1[0] * on.uvEdge2[1] - on.uvEdge1[1] * on.uvEdge2[0];
   if (std::abs(turn) < 1e-20F) return;
   const Vec alongU = (on.edge1 * on.uvEdge2[1] - on.edge2 * on.uvEdge1[1]) * (1 / turn);
   const Vec alongV = (on.edge2 * on.uvEdge1[0] - on.edge1 * on.uvEdge2[0]) * (1 / turn);
-  finding->normal =
-      Bent(finding->normal, alongU, alongV, sample(look.normalTexture).color, look.normalStrength);
+  surface->normal =
+      Bent(surface->normal, alongU, alongV, sample(look.normalTexture).color, look.normalStrength);
 }
 
 }  // namespace engine

@@ -18,8 +18,8 @@ inline constexpr unsigned kSeeThroughCaster = 4;
 // Surfaces that are seen through one after the other.
 inline constexpr int kMostLayers = 24;
 
-// The surface that a ray found.
-struct Finding {
+// What a ray found of a surface.
+struct SurfaceHit {
   const Instance* instance = nullptr;
   const SurfaceLook* look = nullptr;
   float distance = 0;
@@ -45,10 +45,10 @@ class RayScene {
 
   // The nearest surface; `pixelSize` is the side of the seen area per distance and at no distance,
   // for the detail of textures.
-  bool Find(const Ray& ray, unsigned mask, const RayCamera& camera, Finding* finding) const;
+  bool Find(const Ray& ray, unsigned mask, const RayCamera& camera, SurfaceHit* surface) const;
   // The first hit as an eye sees it: through backs of surfaces that have only a front, and through
   // what is wholly transparent.
-  bool FindVisible(const Ray& ray, const RayCamera& camera, Finding* finding) const;
+  bool FindVisible(const Ray& ray, const RayCamera& camera, SurfaceHit* surface) const;
   // Whether something wholly opaque lies within the ray.
   bool IsBlocked(const Ray& ray) const;
   // Place of an instance that was found, among those of the picture.
@@ -58,7 +58,7 @@ class RayScene {
   bool HasSeeThroughCasters() const { return hasSeeThroughCasters_; }
   // Diagonal of everything, and what a ray's start must keep from the surface it leaves.
   float Size() const { return size_; }
-  float Gap(const Finding& finding) const;
+  float Gap(const SurfaceHit& surface) const;
 
  private:
   struct Normals {
@@ -69,9 +69,10 @@ class RayScene {
   void Attach(const Instance& instance, unsigned index, RTCDevice device);
   void AddNormals(const host::Matrix& frame);
   void Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
-                Finding* finding) const;
-  static void Color(const Triangle& triangle, float detail, Finding* finding);
-  static void AddTextures(const Triangle& triangle, float detail, float* alpha, Finding* finding);
+                SurfaceHit* surface) const;
+  static void Color(const Triangle& triangle, float detail, SurfaceHit* surface);
+  static void AddTextures(const Triangle& triangle, float detail, float* alpha,
+                          SurfaceHit* surface);
 
   const ScenePicture& picture_;
   std::vector<Normals> normals_;   // one per instance

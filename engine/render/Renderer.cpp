@@ -239,8 +239,8 @@ void PictureInProgress::CopyTile(std::uint32_t tile, Image& image) const {
 
 NodeId PictureInProgress::ObjectAt(std::uint32_t x, std::uint32_t y) const {
   const Ray ray = camera_.Through(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F);
-  Finding finding;
-  return scene_->Rays().FindVisible(ray, camera_, &finding) ? finding.instance->object : 0;
+  SurfaceHit surface;
+  return scene_->Rays().FindVisible(ray, camera_, &surface) ? surface.instance->object : 0;
 }
 
 }  // namespace engine

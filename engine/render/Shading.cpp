@@ -100,19 +100,19 @@ Vec Mirrored(Vec straight, float cosine) {
   return straight + (Vec{1, 1, 1} - straight) * grazing;
 }
 
-Vec StraightReflection(const Finding& finding) {
-  const float plain = 0.08F * finding.look->specular;
-  return Mix({plain, plain, plain}, finding.color, finding.metallic);
+Vec StraightReflection(const SurfaceHit& surface) {
+  const float plain = 0.08F * surface.look->specular;
+  return Mix({plain, plain, plain}, surface.color, surface.metallic);
 }
 
 // The bright spot of a light on a rough surface: Trowbridge and Reitz's distribution with Smith's
 // shadowing (Karis 2013), scaled so that a white diffuse surface facing the light returns 1.
-float Gloss(const Finding& finding, Vec toLight, Vec toEye, float lightCosine) {
+float Gloss(const SurfaceHit& surface, Vec toLight, Vec toEye, float lightCosine) {
   const Vec half = Normalized(toLight + toEye);
-  const float rough = std::max(kSharpestRoughness, finding.roughness);
+  const float rough = std::max(kSharpestRoughness, surface.roughness);
   const float a2 = rough * rough * rough * rough;
-  const float nh = std::max(0.0F, Dot(finding.normal, half));
-  const float nv = std::max(1e-3F, Dot(finding.normal, toEye));
+  const float nh = std::max(0.0F, Dot(surface.normal, half));
+  const float nv = std::max(1e-3F, Dot(surface.normal, toEye));
   const float d = nh * nh * (a2 - 1) + 1;
   const float k = (rough + 1) * (rough + 1) / 8;
   const float shadowing = 1 / ((nv * (1 - k) + k) * (lightCosine * (1 - k) + k) * 4);
@@ -174,42 +174,42 @@ Vec Shading::LightAlong(const Ray& start, const Beyond& beyond, Tries tries, int
   Vec light;
   float open = 1;
   for (int layer = 0; layer < kMostLayers; ++layer) {
-    Finding finding;
-    if (!scene_.FindVisible(ray, camera_, &finding)) break;
-    if (first && layer == 0) *first = {finding.instance, finding.distance};
-    light += LightFrom(finding, ray, tries, depth) * (open * finding.alpha);
-    open *= 1 - finding.alpha;
+    SurfaceHit surface;
+    if (!scene_.FindVisible(ray, camera_, &surface)) break;
+    if (first && layer == 0) *first = {surface.instance, surface.distance};
+    light += LightFrom(surface, ray, tries, depth) * (open * surface.alpha);
+    open *= 1 - surface.alpha;
     if (open < 0.004F) return light;
-    ray.near = finding.distance + scene_.Gap(finding);
+    ray.near = surface.distance + scene_.Gap(surface);
   }
   return light + beyond() * open;
 }
 
-Vec Shading::LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const {
+Vec Shading::LightFrom(const SurfaceHit& surface, const Ray& ray, Tries tries, int depth) const {
   const Vec toEye = -ray.direction;
-  const float metallic = finding.metallic;
-  const Vec diffuse = finding.color * (1 - metallic);
+  const float metallic = surface.metallic;
+  const Vec diffuse = surface.color * (1 - metallic);
   const float open =
-      (finding.instance->receivesShadows ? OpenShare(finding, tries) : 1) * finding.occlusion;
-  const Vec ambient = AmbientOn(finding, open);
-  Vec light = finding.luminance + diffuse * ambient;
-  for (const LightSource& source : lights_) light += LightOf(source, finding, toEye, tries);
-  if (metallic < 1) AddGloss(finding, ray, ambient, tries, depth, &light);
-  if (metallic > 0) light += MetalOn(finding, ray, open, tries, depth) * metallic;
+      (surface.instance->receivesShadows ? OpenShare(surface, tries) : 1) * surface.occlusion;
+  const Vec ambient = AmbientOn(surface, open);
+  Vec light = surface.luminance + diffuse * ambient;
+  for (const LightSource& source : lights_) light += LightOf(source, surface, toEye, tries);
+  if (metallic < 1) AddGloss(surface, ray, ambient, tries, depth, &light);
+  if (metallic > 0) light += MetalOn(surface, ray, open, tries, depth) * metallic;
   return light;
 }
 
-void Shading::AddGloss(const Finding& finding, const Ray& ray, Vec ambient, Tries tries, int depth,
-                       Vec* light) const {
-  const float plain = 0.08F * finding.look->specular;
+void Shading::AddGloss(const SurfaceHit& surface, const Ray& ray, Vec ambient, Tries tries,
+                       int depth, Vec* light) const {
+  const float plain = 0.08F * surface.look->specular;
   const Vec straight{plain, plain, plain};
-  const float share = 1 - finding.metallic;
-  const float smooth = 1 - finding.roughness;
-  const float cosine = std::max(0.0F, -Dot(finding.normal, ray.direction));
+  const float share = 1 - surface.metallic;
+  const float smooth = 1 - surface.roughness;
+  const float cosine = std::max(0.0F, -Dot(surface.normal, ray.direction));
   const Vec mirrored = Mirrored(straight, cosine) * (smooth * smooth * share);
   const Vec blurred = straight * ((1 - smooth * smooth) * share);
   *light += blurred * ambient;
-  const Vec direction = Reflected(ray.direction, finding.normal);
+  const Vec direction = Reflected(ray.direction, surface.normal);
   const auto around = [&] { return BackdropColor(direction); };
   const bool traced = detail_ == ShadingDetail::Full && depth < kDeepestReflection &&
                       Largest(mirrored) >= kWeakestReflection;
@@ -217,30 +217,30 @@ void Shading::AddGloss(const Finding& finding, const Ray& ray, Vec ambient, Trie
     *light += mirrored * around() * ambient;
     return;
   }
-  const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
+  const Ray reflected{surface.position + surface.faceNormal * scene_.Gap(surface), direction, 0,
                       std::numeric_limits<float>::infinity()};
   *light += mirrored * LightAlong(reflected, around, tries, depth + 1);
 }
 
 // Light that goes from facet to facet comes out again, so that nothing is taken off for shadowing:
 // a white metal in a white room is white.
-Vec Shading::MetalOn(const Finding& finding, const Ray& ray, float open, Tries tries,
+Vec Shading::MetalOn(const SurfaceHit& surface, const Ray& ray, float open, Tries tries,
                      int depth) const {
   const Vec toEye = -ray.direction;
   if (detail_ == ShadingDetail::Quick || depth >= kDeepestReflection) {
-    const float cosine = std::max(0.0F, Dot(finding.normal, toEye));
-    const Vec direction = Reflected(ray.direction, finding.normal);
-    return Mirrored(finding.color, cosine) * RoomLight(direction, finding.roughness) * open;
+    const float cosine = std::max(0.0F, Dot(surface.normal, toEye));
+    const Vec direction = Reflected(ray.direction, surface.normal);
+    return Mirrored(surface.color, cosine) * RoomLight(direction, surface.roughness) * open;
   }
   const Pair pair =
       Spread(tries.pixel * 2 + 0x68bc21ebU, tries.pixel * 2 + 0x02e5be93U).At(tries.sample);
-  const Vec facet = FacetToward(toEye, finding.normal, finding.roughness, pair);
-  const Vec weight = Mirrored(finding.color, std::max(0.0F, Dot(facet, toEye)));
+  const Vec facet = FacetToward(toEye, surface.normal, surface.roughness, pair);
+  const Vec weight = Mirrored(surface.color, std::max(0.0F, Dot(facet, toEye)));
   Vec direction = Reflected(ray.direction, facet);
-  if (Dot(direction, finding.normal) < 0) direction = Reflected(direction, finding.normal);
+  if (Dot(direction, surface.normal) < 0) direction = Reflected(direction, surface.normal);
   const auto room = [&] { return RoomLight(direction, 0); };
-  if (Dot(direction, finding.faceNormal) <= 0) return weight * room() * open;
-  const Ray reflected{finding.position + finding.faceNormal * scene_.Gap(finding), direction, 0,
+  if (Dot(direction, surface.faceNormal) <= 0) return weight * room() * open;
+  const Ray reflected{surface.position + surface.faceNormal * scene_.Gap(surface), direction, 0,
                       std::numeric_limits<float>::infinity()};
   return weight * LightAlong(reflected, room, tries, depth + 1);
 }
@@ -257,13 +257,13 @@ Vec Shading::RoomLight(Vec direction, float roughness) const {
   return {level, level, level};
 }
 
-Vec Shading::LightOf(const LightSource& light, const Finding& finding, Vec toEye,
+Vec Shading::LightOf(const LightSource& light, const SurfaceHit& surface, Vec toEye,
                      Tries tries) const {
   Vec toLight = -light.direction;
   float distance = std::numeric_limits<float>::infinity();
   float strength = 1;
   if (light.kind != LightSource::Kind::Sun) {
-    const Vec way = light.position - finding.position;
+    const Vec way = light.position - surface.position;
     distance = Length(way);
     toLight = Normalized(way);
     if (light.kind == LightSource::Kind::Spot) {
@@ -271,24 +271,24 @@ Vec Shading::LightOf(const LightSource& light, const Finding& finding, Vec toEye
     }
     if (light.range > 0) strength *= 1 - SmoothStep(0, light.range, distance);
   }
-  const float cosine = Dot(finding.normal, toLight);
+  const float cosine = Dot(surface.normal, toLight);
   if (cosine <= 0 || strength <= 0) return {};
   Vec passing{1, 1, 1};
-  if (light.castsShadows && finding.instance->receivesShadows) {
-    if (Dot(finding.faceNormal, toLight) <= 0) return {};
+  if (light.castsShadows && surface.instance->receivesShadows) {
+    if (Dot(surface.faceNormal, toLight) <= 0) return {};
     const bool isDisc = light.radius > 0 && light.kind != LightSource::Kind::Sun;
-    passing = isDisc && detail_ == ShadingDetail::Full ? PassingFromDisc(finding, light, tries)
-                                                       : Passing(finding, toLight, distance);
+    passing = isDisc && detail_ == ShadingDetail::Full ? PassingFromDisc(surface, light, tries)
+                                                       : Passing(surface, toLight, distance);
   }
   if (!(Largest(passing) > 0)) return {};
   const Vec half = Normalized(toLight + toEye);
-  const Vec mirrored = Mirrored(StraightReflection(finding), std::max(0.0F, Dot(half, toEye)));
-  const Vec diffuse = finding.color * (1 - finding.metallic) * (Vec{1, 1, 1} - mirrored);
-  return light.color * passing * (diffuse + mirrored * Gloss(finding, toLight, toEye, cosine)) *
+  const Vec mirrored = Mirrored(StraightReflection(surface), std::max(0.0F, Dot(half, toEye)));
+  const Vec diffuse = surface.color * (1 - surface.metallic) * (Vec{1, 1, 1} - mirrored);
+  return light.color * passing * (diffuse + mirrored * Gloss(surface, toLight, toEye, cosine)) *
          (cosine * strength);
 }
 
-Vec Shading::Passing(const Finding& from, Vec direction, float distance) const {
+Vec Shading::Passing(const SurfaceHit& from, Vec direction, float distance) const {
   const float gap = scene_.Gap(from);
   Ray ray{from.position + from.faceNormal * gap, direction, 0, distance - 2 * gap};
   if (!(ray.far > 0)) return {1, 1, 1};
@@ -296,16 +296,16 @@ Vec Shading::Passing(const Finding& from, Vec direction, float distance) const {
   Vec passing{1, 1, 1};
   if (!scene_.HasSeeThroughCasters()) return passing;
   for (int layer = 0; layer < kMostLayers && ray.near < ray.far; ++layer) {
-    Finding finding;
-    if (!scene_.Find(ray, kSeeThroughCaster, camera_, &finding)) break;
-    passing = passing * (1 - finding.alpha);
+    SurfaceHit surface;
+    if (!scene_.Find(ray, kSeeThroughCaster, camera_, &surface)) break;
+    passing = passing * (1 - surface.alpha);
     if (Largest(passing) < 0.004F) return {};
-    ray.near = finding.distance + scene_.Gap(finding);
+    ray.near = surface.distance + scene_.Gap(surface);
   }
   return passing;
 }
 
-Vec Shading::PassingFromDisc(const Finding& from, const LightSource& light, Tries tries) const {
+Vec Shading::PassingFromDisc(const SurfaceHit& from, const LightSource& light, Tries tries) const {
   const Sides sides(Normalized(light.position - from.position));
   const Spread spread(tries.pixel * 2 + 0x967a889bU, tries.pixel * 2 + 0x368cc8b7U);
   Vec sum;
@@ -319,20 +319,20 @@ Vec Shading::PassingFromDisc(const Finding& from, const LightSource& light, Trie
   return sum * (1.0F / kDiscTries);
 }
 
-Vec Shading::AmbientOn(const Finding& finding, float open) const {
-  return Mix(groundAmbient_, skyAmbient_, finding.normal.y * 0.5F + 0.5F) * open;
+Vec Shading::AmbientOn(const SurfaceHit& surface, float open) const {
+  return Mix(groundAmbient_, skyAmbient_, surface.normal.y * 0.5F + 0.5F) * open;
 }
 
-float Shading::OpenShare(const Finding& finding, Tries tries) const {
+float Shading::OpenShare(const SurfaceHit& surface, Tries tries) const {
   if (detail_ == ShadingDetail::Quick) return kUsualOpenShare;
-  const Vec start = finding.position + finding.faceNormal * (scene_.Gap(finding) * 2);
+  const Vec start = surface.position + surface.faceNormal * (scene_.Gap(surface) * 2);
   const Spread spread(tries.pixel * 2 + 1, tries.pixel * 2 + 0x9e3779b9U);
-  const Sides sides(finding.normal);
+  const Sides sides(surface.normal);
   float open = 0;
   for (std::uint32_t i = 0; i < kOpenTries; ++i) {
     const Pair pair = spread.At(tries.sample * kOpenTries + i);
-    const Vec direction = Around(finding.normal, sides, pair.a, pair.b);
-    const bool below = Dot(direction, finding.faceNormal) <= 0;
+    const Vec direction = Around(surface.normal, sides, pair.a, pair.b);
+    const bool below = Dot(direction, surface.faceNormal) <= 0;
     if (below || !scene_.IsBlocked({start, direction, 0, scene_.Size() * kOpenReach})) open += 1;
   }
   return 0.25F + 0.75F * open / static_cast<float>(kOpenTries);

@@ -37,26 +37,26 @@ class Shading {
   };
 
   // Light that a surface sends against the ray. `depth` counts reflections on the way.
-  Vec LightFrom(const Finding& finding, const Ray& ray, Tries tries, int depth) const;
+  Vec LightFrom(const SurfaceHit& surface, const Ray& ray, Tries tries, int depth) const;
   // `beyond`: the light behind everything, asked for where it is seen only.
   template <class Beyond>
   Vec LightAlong(const Ray& ray, const Beyond& beyond, Tries tries, int depth,
                  FirstHit* first = nullptr) const;
-  Vec LightOf(const LightSource& light, const Finding& finding, Vec toEye, Tries tries) const;
+  Vec LightOf(const LightSource& light, const SurfaceHit& surface, Vec toEye, Tries tries) const;
   // Light from around a surface, of which it sees the share `open`.
-  Vec AmbientOn(const Finding& finding, float open) const;
+  Vec AmbientOn(const SurfaceHit& surface, float open) const;
   // What is mirrored by a surface as far as it is no metal, and by one that is.
-  void AddGloss(const Finding& finding, const Ray& ray, Vec ambient, Tries tries, int depth,
+  void AddGloss(const SurfaceHit& surface, const Ray& ray, Vec ambient, Tries tries, int depth,
                 Vec* light) const;
-  Vec MetalOn(const Finding& finding, const Ray& ray, float open, Tries tries, int depth) const;
+  Vec MetalOn(const SurfaceHit& surface, const Ray& ray, float open, Tries tries, int depth) const;
   // The room that metals mirror where nothing of the scene is: soft, without a color, as bright as
   // the light from around.
   Vec RoomLight(Vec direction, float roughness) const;
   // Share of light that reaches a point from a direction, by color.
-  Vec Passing(const Finding& from, Vec direction, float distance) const;
+  Vec Passing(const SurfaceHit& from, Vec direction, float distance) const;
   // The same of a light that is no point.
-  Vec PassingFromDisc(const Finding& from, const LightSource& light, Tries tries) const;
-  float OpenShare(const Finding& finding, Tries tries) const;
+  Vec PassingFromDisc(const SurfaceHit& from, const LightSource& light, Tries tries) const;
+  float OpenShare(const SurfaceHit& surface, Tries tries) const;
 
   const RayScene& scene_;
   const RayCamera& camera_;
