@@ -129,11 +129,7 @@ Picture Render(DocumentId document, const std::string& state,
   if (state.empty()) {
     scene.Check(render());
   } else {
-    states.Choose({state});
-    if (states.States().size() != 1) {
-      throw Failure(Fault::NotFound,
-                    "\"" + state + "\" means several Stagemarks, and here one is needed.");
-    }
+    states.Choose({ChooseState(document, state)});
     scene.Check(states.InState(states.States().front(), render));
   }
   picture.width = image.width;

@@ -25,10 +25,10 @@ using host::BaseDocument;
 }
 
 engine::StoredState ReadState(DocumentId document, const std::string& typed) {
-  const Names names = ChooseStates(document, {typed});
+  const std::string name = ChooseState(document, typed);
   const std::vector<engine::StoredState> states = engine::ReadStates(Find(document));
-  const engine::StoredState* found = engine::FindState(Find(document), states, names.front());
-  if (!found || !found->hasRecord) RefuseUnrecorded(names.front());
+  const engine::StoredState* found = engine::FindState(Find(document), states, name);
+  if (!found || !found->hasRecord) RefuseUnrecorded(name);
   return *found;
 }
 

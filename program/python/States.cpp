@@ -25,14 +25,6 @@ using pictures::StagemarksDialog;
 StagemarksDialog DialogOf(DocumentId document) { return Session::Get().DialogFor(Find(document)); }
 void Deliver() { Session::Get().App().DeliverEvents(); }
 
-std::string ChooseOne(DocumentId document, const std::string& typed) {
-  const Names names = ChooseStates(document, {typed});
-  if (names.size() == 1) return names.front();
-  throw Failure(Fault::NotFound, "\"" + outcome::Shown(typed) + "\" means " + Listed(names) +
-                                     ", and here one Stagemark is needed. Give one of these "
-                                     "names.");
-}
-
 // Nobody asks before it deletes: that a script says what to delete is the answer.
 bool PressDelete(StagemarksDialog& dialog, const Names& names) {
   Session::Person().Answer(true);
@@ -142,6 +134,17 @@ Names ChooseStates(DocumentId document, const Names& typed) {
   return found.Take();
 }
 
+std::string ChooseState(DocumentId document, const std::string& typed) {
+  return TheOnly(typed, ChooseStates(document, {typed}));
+}
+
+std::string TheOnly(const std::string& typed, const Names& meant) {
+  if (meant.size() == 1) return meant.front();
+  throw Failure(Fault::NotFound, "\"" + outcome::Shown(typed) + "\" means " + Listed(meant) +
+                                     ", and here one Stagemark is needed. Give one of these "
+                                     "names.");
+}
+
 void Record(DocumentId document, const std::string& name, bool overwrite, bool preview) {
   const std::string obstacle = preview ? exporting::WhyNoFileName(name + ".tif") : "";
   if (!obstacle.empty()) {
@@ -165,7 +168,7 @@ void Record(DocumentId document, const std::string& name, bool overwrite, bool p
 
 Loaded Load(DocumentId document, const std::string& typed, const PartChoice& parts) {
   CheckWords(parts);
-  const std::string name = ChooseOne(document, typed);
+  const std::string name = ChooseState(document, typed);
   StagemarksDialog dialog = DialogOf(document);
   host::BaseDocument& doc = Find(document);
   Loaded loaded;
@@ -188,7 +191,7 @@ Loaded Load(DocumentId document, const std::string& typed, const PartChoice& par
 }
 
 void Rename(DocumentId document, const std::string& typed, const std::string& to) {
-  const std::string from = ChooseOne(document, typed);
+  const std::string from = ChooseState(document, typed);
   StagemarksDialog dialog = DialogOf(document);
   if (from != to && dialog.Has(to)) {
     throw Failure(Fault::Refused,

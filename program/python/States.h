@@ -25,6 +25,10 @@ struct StateFacts {
 std::vector<StateFacts> ListStates(DocumentId document);
 // The names that are meant by names and patterns; all where none is given.
 Names ChooseStates(DocumentId document, const Names& typed);
+// The one that is meant. Throws for a pattern that means several, with their names.
+std::string ChooseState(DocumentId document, const std::string& typed);
+// The only one of the names that `typed` means; throws as ChooseState.
+std::string TheOnly(const std::string& typed, const Names& meant);
 
 void Record(DocumentId document, const std::string& name, bool overwrite, bool preview);
 

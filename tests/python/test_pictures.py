@@ -121,6 +121,17 @@ class Texts(support.WithScene):
             self.assertEqual(self.doc.states["Day"].diff(other.states["Day"]), [])
             self.assertEqual(len(self.doc.states["Day"].diff(other.states["Night"])), 1)
 
+    def test_one_state_is_meant_where_one_is_needed(self):
+        for use in (
+            lambda: self.doc.states.diff("*"),
+            lambda: self.doc.states.diff("Day", "*"),
+            lambda: self.doc.states.render("*"),
+            lambda: self.doc.states.load("*"),
+            lambda: self.doc.states.rename("*", "Noon"),
+        ):
+            with self.assertRaisesRegex(stagemarks.NotFoundError, '"Day" and "Night", and here one'):
+                use()
+
     def test_findings_say_what_to_do(self):
         self.assertEqual([one for one in self.doc.states.check() if one.severity == "error"], [])
         self.doc.states.rename("Day", "a/b")
