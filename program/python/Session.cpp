@@ -32,9 +32,10 @@ std::string Joined(const Names& sentences) {
   return text;
 }
 
-std::optional<pictures::StagemarksDialog> OpenDialog() {
-  for (host::GeDialog* dialog : engine::OpenDialogs()) {
-    if (pictures::StagemarksDialog(*dialog).Fits()) return pictures::StagemarksDialog(*dialog);
+std::optional<pictures::StagemarksDialog> OpenDialog(const engine::Services& services) {
+  for (host::GeDialog* open : engine::OpenDialogs()) {
+    const pictures::StagemarksDialog dialog(*open, &services);
+    if (dialog.Fits()) return dialog;
   }
   return std::nullopt;
 }
@@ -154,10 +155,10 @@ pictures::StagemarksDialog Session::DialogFor(host::BaseDocument& doc) {
   const host::BaseDocument* active = host::GetActiveDocument();
   if (active != &doc && active && formerlyActive_ == 0) formerlyActive_ = engine::NumberOf(*active);
   host::SetActiveDocument(&doc);
-  auto dialog = OpenDialog();
+  auto dialog = OpenDialog(*services_);
   for (const engine::CommandPlugin& command : application_->Commands()) {
     if (dialog || command.name.ToUtf8() != kPlugin) continue;
-    if (application_->ExecuteCommand(command.id)) dialog = OpenDialog();
+    if (application_->ExecuteCommand(command.id)) dialog = OpenDialog(*services_);
   }
   if (!dialog)
     throw Failure(Fault::Failed, "The plug-in was loaded, but its dialog could not be opened.");

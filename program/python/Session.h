@@ -98,7 +98,7 @@ class Session {
   void SetPlaced(DocumentId document, bool isPlaced);
   bool IsPlaced(DocumentId document) const { return !unplaced_.contains(document); }
   // The dialog, with the document as the active one until the call is over; opened where it is
-  // closed.
+  // closed. What it changes of the states is an undo step, as at the desktop.
   pictures::StagemarksDialog DialogFor(host::BaseDocument& doc);
   // A document that this call opened: closed again where the call fails after all, with the one
   // that was active before as the active one.

@@ -2,10 +2,14 @@
 #include <algorithm>
 
 #include "engine/render/TextureSearch.h"
+#include "engine/scene/NodeIds.h"
 #include "engine/states/Difference.h"
 #include "engine/states/FieldText.h"
 #include "engine/states/Findings.h"
 #include "engine/states/StateText.h"
+#include "engine/states/StoredStates.h"
+#include "engine/states/Trash.h"
+#include "engine/undo/Undo.h"
 #include "host/Application.h"
 #include "program/lookup/SceneLookup.h"
 #include "program/outcome/Words.h"
@@ -81,6 +85,22 @@ std::string Advice(const std::string& message) {
   return message.ends_with("is in the scene.") ? " even_empty=True takes it in all the same." : "";
 }
 
+// What it changes in place are the render settings of states that it replaces.
+auto TakeInAsStep(BaseDocument& doc, const std::string& text,
+                  const engine::TakeInOptions& options) {
+  const engine::StoredDataScope stored(doc, "", engine::StoresOfStates());
+  if (options.sameName == engine::SameName::Replaced) {
+    for (const engine::StoredState& state : engine::ReadStates(doc)) {
+      const host::BaseContainer* holder =
+          state.record.GetContainerInstance(engine::kStoredSettings);
+      if (!holder) continue;
+      if (auto* settings = engine::FindNode(&doc, engine::LinkOf(*holder, engine::kStoredSettings)))
+        doc.AddUndo(host::UNDO_CHANGE, settings);
+    }
+  }
+  return engine::TakeInStates(doc, text, options);
+}
+
 bool IsMeant(const Names& typed, const std::string& name) {
   return typed.empty() || std::ranges::any_of(typed, [&](const std::string& one) {
            return name == one || (lookup::IsPattern(one) && lookup::MatchesPattern(name, one));
@@ -152,7 +172,10 @@ Taken TakeStatesIn(DocumentId document, const std::string& text, const Names& on
   options.names = renamed;
   options.sameName = SameNameOf(sameName);
   options.evenEmpty = evenEmpty;
-  const auto taken = engine::TakeInStates(Find(document), text, options);
+  BaseDocument& doc = Find(document);
+  engine::UndoScope step(doc, "Import Stagemarks");
+  const auto taken = TakeInAsStep(doc, text, options);
+  if (!taken) step.Cancel();
   if (!taken) throw Failure(Fault::Failed, taken.Message() + Advice(taken.Message()));
   host::EventAdd();
   static constexpr const char* kOutcomes[] = {"added", "replaced", "kept"};

@@ -6,6 +6,7 @@
 #include "engine/editing/FieldValue.h"
 #include "engine/scene/DocumentState.h"
 #include "engine/states/StoredStates.h"
+#include "engine/undo/Undo.h"
 #include "host/Application.h"
 #include "host/Host.h"
 #include "program/export/ExportPlan.h"
@@ -25,10 +26,18 @@ using pictures::StagemarksDialog;
 StagemarksDialog DialogOf(DocumentId document) { return Session::Get().DialogFor(Find(document)); }
 void Deliver() { Session::Get().App().DeliverEvents(); }
 
+// As at the desktop.
+std::string StepName(const char* act, const std::string& name) {
+  return act + outcome::Shown(name);
+}
+
 // Nobody asks before it deletes: that a script says what to delete is the answer.
 bool PressDelete(StagemarksDialog& dialog, const Names& names) {
   Session::Person().Answer(true);
-  if (names.size() == 1) return dialog.Select(names.front()) && dialog.Press(pictures::kDelete);
+  if (names.size() == 1) {
+    const engine::ActName act(StepName("Delete ", names.front()));
+    return dialog.Select(names.front()) && dialog.Press(pictures::kDelete);
+  }
   return dialog.CheckOnly(names) && dialog.Choose(pictures::kDeleteChecked);
 }
 
@@ -157,6 +166,7 @@ void Record(DocumentId document, const std::string& name, bool overwrite, bool p
   const bool ticked = dialog.IsTicked(pictures::kGeneratePreview);
   dialog.TypeName(name);
   dialog.Tick(pictures::kGeneratePreview, preview);
+  const engine::ActName act(StepName("Record ", name));
   const bool recorded = dialog.Press(pictures::kRecord);
   Deliver();
   dialog.Tick(pictures::kGeneratePreview, ticked);
@@ -199,6 +209,7 @@ void Rename(DocumentId document, const std::string& typed, const std::string& to
   }
   dialog.Select(from);
   dialog.TypeName(to);
+  const engine::ActName act(StepName("Rename ", from));
   dialog.Press(pictures::kRename);
   Deliver();
   if (to.empty() || !dialog.Has(to)) FailAs("\"" + from + "\" was not renamed.");

@@ -48,6 +48,23 @@ void Rename(DocumentId document, const std::string& from, const std::string& to)
 // The names of those that are gone; with their preview images.
 Names Delete(DocumentId document, const Names& typed);
 
+// A Stagemark that was deleted or recorded over.
+struct DeletedFacts {
+  std::uint64_t number = 0;  // of this one, whatever else comes and goes
+  std::string name;
+  std::string recorded;  // as StateFacts has it
+  std::string deleted;
+  bool isOverwritten = false;
+};
+// The trash of the document, the one deleted last first.
+std::vector<DeletedFacts> ListDeleted(DocumentId document);
+// Gives one back, under the name `as`, or its own where that is empty; the name it has. `number`: 0
+// for the one of that name or pattern that was deleted last.
+std::string Restore(DocumentId document, const std::string& typed, std::uint64_t number,
+                    const std::string& as);
+// Empties the trash; how many were in it.
+std::size_t ForgetDeleted(DocumentId document);
+
 // What the menu "Edit" of the dialog does with the checked Stagemarks.
 enum class Bulk { Update, Objects, Tags, Layers, Camera };
 // With these elements as what is selected, which is as before afterwards. A sentence about what

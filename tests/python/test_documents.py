@@ -86,6 +86,18 @@ class Files(support.WithScene):
 
 
 class Steps(support.WithScene):
+    def shown(self):
+        states = self.doc.states
+        return states.names, hash(states.to_text()), states.current, states.deleted
+
+    def previews(self):
+        folder = self.at("spider_SM")
+        found = {}
+        for name in os.listdir(folder) if os.path.exists(folder) else ():
+            with open(os.path.join(folder, name), "rb") as file:
+                found[name] = file.read()
+        return found
+
     def modes(self):
         return [one.render_mode for one in self.doc.objects][:2]
 
@@ -113,6 +125,38 @@ class Steps(support.WithScene):
         self.doc.undo()
         self.assertEqual(self.modes(), ["undefined", "undefined"])
 
+    def test_what_is_done_to_states_is_taken_back_and_done_again(self):
+        states, first = self.doc.states, self.doc.objects[0]
+        camera = next(one for one in self.doc.objects if isinstance(one, stagemarks.Camera))
+        self.doc.camera = None
+        for name, act in (
+            ("Record Day", lambda: states.record("Day", preview=True)),
+            ("Record Day", lambda: states.record("Day", overwrite=True, preview=True)),
+            ("Record Night", lambda: states.record("Night")),
+            ("Load Day", lambda: states.load("Day")),
+            ("Rename Day", lambda: states.rename("Day", "Morning")),
+            ("Set Selected Objects on Checked Elements", lambda: states.set_objects([first])),
+            ("Set Render Camera on Checked Elements", lambda: states.set_camera(camera)),
+            ("Import Stagemarks", lambda: states.take_in(other, same_name="replace")),
+            ("Delete Night", lambda: states.delete("Night")),
+            ("Restore Night", lambda: states.restore("Night")),
+            ("Delete Checked Elements", lambda: states.delete("*")),
+            ("Empty Trash", states.forget_deleted),
+        ):
+            with self.subTest(name):
+                first.render_mode = "on" if name.startswith("Set") else "off"
+                other = states.to_text().replace('"Width": 1280', '"Width": 640')
+                before, previews = self.shown(), self.previews()
+                act()
+                after, previews_after = self.shown(), self.previews()
+                self.assertNotEqual(before, after)
+                self.assertEqual(self.doc.undo_names[-1], name)
+                for _ in range(2):
+                    self.doc.undo()
+                    self.assertEqual((self.shown(), self.previews()), (before, previews))
+                    self.doc.redo()
+                    self.assertEqual((self.shown(), self.previews()), (after, previews_after))
+
     def test_an_exception_takes_all_of_a_step_back(self):
         self.doc.states.record("Day")
         with self.assertRaises(ZeroDivisionError), self.doc.step("broken"):
@@ -121,7 +165,7 @@ class Steps(support.WithScene):
             1 / 0
         self.assertEqual(self.modes()[0], "undefined")
         self.assertEqual(self.doc.states.names, ["Day"])
-        self.assertEqual(self.doc.undo_names, [])
+        self.assertEqual(self.doc.undo_names, ["Record Day"])
 
     def test_an_inner_step_may_fail_alone(self):
         with self.doc.step("outer"):

@@ -81,6 +81,40 @@ class States(support.WithScene):
             with self.assertRaises(stagemarks.NotFoundError):
                 use()
 
+    def test_the_trash_gives_back_what_was_deleted(self):
+        states = self.doc.states
+        for mode in ("on", "off"):
+            self.first.render_mode = mode
+            states.record("Noon")
+            states.delete("Noon")
+        states.record("Day", overwrite=True)
+        self.doc.save()
+        with stagemarks.open(self.scene) as again:
+            self.assertEqual([one.name for one in again.states.deleted], ["Day", "Noon", "Noon"])
+        day, late, early = states.deleted
+        self.assertEqual([day.is_overwritten, late.is_overwritten], [True, False])
+        self.assertLess(abs(datetime.datetime.now() - late.deleted), datetime.timedelta(hours=1))
+        self.assertLessEqual(early.date, late.deleted)
+        self.assertEqual(states.restore("N*"), states["Noon"])
+        with self.assertRaisesRegex(stagemarks.RefusedError, "rename="):
+            states.restore("Noon")
+        self.assertEqual(early.restore(rename="Early").name, "Early")
+        for name, mode in (("Early", "on"), ("Noon", "off")):
+            states.load(name)
+            self.assertEqual(self.first.render_mode, mode)
+        self.assertEqual(states.deleted, [day])
+        states.delete("Early")
+        with stagemarks.new() as other:
+            for call, error in (
+                (lambda: states.restore("Dya"), 'Did you mean "Day"'),
+                (lambda: states.restore("*"), "one Stagemark is needed"),
+                (early.restore, "not in the trash"),
+                (lambda: other.states.restore(day), "another document"),
+            ):
+                with self.assertRaisesRegex(stagemarks.Error, error):
+                    call()
+        self.assertEqual((states.forget_deleted(), states.deleted), (2, []))
+
     def test_previews_lie_beside_the_scene_and_go_along(self):
         previews = self.at("spider_SM")
         self.doc.states.record("Seen", preview=True)

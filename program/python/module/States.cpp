@@ -13,6 +13,12 @@ void DefineRecorded(py::module_& module) {
       .def_readonly("date", &StateFacts::date)
       .def_readonly("is_current", &StateFacts::isCurrent)
       .def_readonly("is_recorded", &StateFacts::isRecorded);
+  py::class_<DeletedFacts>(module, "DeletedFacts", "A Stagemark in the trash.")
+      .def_readonly("number", &DeletedFacts::number)
+      .def_readonly("name", &DeletedFacts::name)
+      .def_readonly("recorded", &DeletedFacts::recorded)
+      .def_readonly("deleted", &DeletedFacts::deleted)
+      .def_readonly("is_overwritten", &DeletedFacts::isOverwritten);
   py::class_<Loaded>(module, "Loaded", "What loading a state changed.")
       .def_readonly("objects", &Loaded::objects)
       .def_readonly("tags", &Loaded::tags)
@@ -74,6 +80,9 @@ void DefineStates(py::module_& module) {
       document, name, py::arg("parts"), py::arg("without"));
   Define(module, "rename", &Rename, document, name, py::arg("to"));
   Define(module, "delete", &Delete, document, typed);
+  Define(module, "deleted", &ListDeleted, document);
+  Define(module, "restore", &Restore, document, typed, py::arg("number"), py::arg("rename"));
+  Define(module, "forget_deleted", &ForgetDeleted, document);
   Define(module, "edit", &Edit, document, py::arg("what"), typed, py::arg("elements"));
   Define(module, "clean_materials", &CleanMaterials, document);
   module.def(

@@ -49,7 +49,7 @@ from .elements import (
     TextureTag,
     Torus,
 )
-from .states import State, States
+from .states import DeletedState, State, States
 
 __all__ = [
     "Camera",
@@ -58,6 +58,7 @@ __all__ = [
     "Cone",
     "Cube",
     "Cylinder",
+    "DeletedState",
     "Disc",
     "Document",
     "Effect",

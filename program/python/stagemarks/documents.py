@@ -199,8 +199,8 @@ class Document(Fielded):
         return Step(self, name)
 
     def undo(self) -> bool:
-        """Takes back the last step; False where there is none. States that were recorded stay, as
-        at the desktop. Not while a step is open, as always in a script at the desktop."""
+        """Takes back the last step, recording and deleting of states, too; False where there is
+        none. Not while a step is open, as always in a script at the desktop."""
         return _core.undo(self._number)
 
     def redo(self) -> bool:

@@ -26,6 +26,10 @@ def _names(given: Optional[Names]) -> List[str]:
     return [one.name if isinstance(one, State) else one for one in given]
 
 
+def _moment(text: str) -> Optional[datetime.datetime]:
+    return datetime.datetime.fromisoformat(text) if text else None
+
+
 def _words(parts: Optional[Iterable[str]]) -> List[str]:
     if isinstance(parts, str):
         parts = [parts]
@@ -63,8 +67,7 @@ class State:
     @property
     def date(self) -> Optional[datetime.datetime]:
         """When it was recorded, local time; None where that is not known."""
-        date = self._facts().date
-        return datetime.datetime.fromisoformat(date) if date else None
+        return _moment(self._facts().date)
 
     @property
     def is_current(self) -> bool:
@@ -91,7 +94,7 @@ class State:
         return self._document.states.diff(self, other, parts=parts)
 
     def delete(self) -> None:
-        """Deletes it with its preview image. No undo brings it back."""
+        """Deletes it with its preview image, into the trash; an undo step."""
         self._document.states.delete(self)
 
     def __eq__(self, other: object) -> bool:
@@ -106,12 +109,55 @@ class State:
         return f"<State {self._name!r}>"
 
 
+class DeletedState:
+    """A state in the trash of its document, see States.deleted."""
+
+    def __init__(self, document: Document, facts: _core.DeletedFacts) -> None:
+        self._document = document
+        self._facts = facts
+
+    @property
+    def name(self) -> str:
+        """The name that it had."""
+        return self._facts.name
+
+    @property
+    def date(self) -> Optional[datetime.datetime]:
+        """When it was recorded, local time; None where that is not known."""
+        return _moment(self._facts.recorded)
+
+    @property
+    def deleted(self) -> Optional[datetime.datetime]:
+        """When it came into the trash, local time; None where that is not known."""
+        return _moment(self._facts.deleted)
+
+    @property
+    def is_overwritten(self) -> bool:
+        """Whether it was recorded over; else it was deleted."""
+        return self._facts.is_overwritten
+
+    def restore(self, *, rename: Optional[str] = None) -> State:
+        """Gives it back to its document; see States.restore."""
+        return self._document.states.restore(self, rename=rename)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, DeletedState):
+            return NotImplemented
+        return self._facts.number == other._facts.number
+
+    def __hash__(self) -> int:
+        return hash(self._facts.number)
+
+    def __repr__(self) -> str:
+        return f"<DeletedState {self.name!r}>"
+
+
 class States:
     """The states of a document, in the order of its list: doc.states["Day"], len(doc.states).
 
     Where several are meant, names and patterns do: doc.states.delete("shot_0*"). Recording,
-    renaming, deleting and editing of states is kept in the document at once; as at the desktop, no
-    undo takes it back, but for a step that ends with an exception.
+    renaming, deleting and editing of states is kept in the document at once, and is an undo step
+    as every edit is; preview images come and go with it.
     """
 
     def __init__(self, document: Document) -> None:
@@ -204,8 +250,31 @@ class States:
         return State(self._document, to)
 
     def delete(self, names: Names) -> List[str]:
-        """Deletes states with their preview images; their names. No undo brings them back."""
+        """Deletes states with their preview images; their names. They go into the trash, and undo
+        brings them back."""
         return _core.delete(self._number, _names(names))
+
+    @property
+    def deleted(self) -> List[DeletedState]:
+        """The trash: the last 20 states that were deleted or recorded over, the latest first. It is
+        saved with the scene."""
+        return [DeletedState(self._document, facts) for facts in _core.deleted(self._number)]
+
+    def restore(
+        self, which: Union[str, DeletedState], *, rename: Optional[str] = None
+    ) -> State:
+        """Gives a state back from the trash, with its render settings and its preview image; an
+        undo step. Of several of that name it is the one that was deleted last. RefusedError where
+        there is a state of that name, unless it gets another one (rename)."""
+        if isinstance(which, DeletedState) and which._document != self._document:
+            raise _core.MisuseError(f"{which!r} is in the trash of another document.")
+        number = which._facts.number if isinstance(which, DeletedState) else 0
+        name = which.name if isinstance(which, DeletedState) else which
+        return State(self._document, _core.restore(self._number, name, number, rename or ""))
+
+    def forget_deleted(self) -> int:
+        """Empties the trash, an undo step; how many states were in it."""
+        return _core.forget_deleted(self._number)
 
     def update(self, names: Optional[Names] = None) -> bool:
         """Adds objects, tags and layers that are new in the scene to states, all without names.
