@@ -95,6 +95,22 @@ class Fields(support.WithScene):
             first["Nonsense"] = 1
         self.assertEqual(self.doc.undo_names, [])
 
+    def test_what_a_field_refers_to_has_fields_of_its_own_kind(self):
+        """Of each kind the first element that is met is one that a field refers to."""
+        camera = next(one for one in self.doc.objects if isinstance(one, stagemarks.Camera))
+        camera.layer = self.doc.layers.add("Rigs")
+        tag = next(one for one in self.doc.tags if isinstance(one, stagemarks.TextureTag))
+        self.doc.camera = camera
+        for one, name in (
+            (camera.layer, "Rigs"),
+            (self.doc.camera, camera["Name"]),
+            (tag.material, tag.material["Name"]),
+            (self.doc.render_settings, self.doc.render_settings["Name"]),
+        ):
+            self.assertEqual(one.name, name)
+        self.doc.camera.layer = None
+        self.assertIsNone(camera.layer)
+
     def test_many_are_set_in_one_step(self):
         objects = list(self.doc.objects)
         self.doc.objects.set(objects, "Render mode", "off")

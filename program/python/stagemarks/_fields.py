@@ -101,7 +101,6 @@ class Fielded:
 
     _number: int
     _element: int
-    _type: int
 
     def _wrap(self, kind: str, element: int) -> Any:
         raise NotImplementedError
@@ -151,34 +150,39 @@ class Attribute(Generic[T]):
     """A field as an attribute: reading reads it, assigning is an undo step of its own."""
 
     def __init__(self, section: str, label: str, nth: int = 0) -> None:
-        found = [
+        self._section = section
+        self._label = label
+        self._nth = nth
+        self._known: Dict[type, int] = {}  # by the class of the owner
+
+    def __set_name__(self, owner: type, name: str) -> None:
+        # One row for each kind of element that has such a section, "Basic" say.
+        self._found = [
             place
             for place, of in enumerate(ALL)
-            if of.section == section and of.label == label
+            if (of.section, of.label) == (self._section, self._label)
         ]
-        # One row for each kind of element that has such a section, "Basic" say.
-        self._found = found
-        self._nth = nth
-        self._known: Dict[int, int] = {}
-        of = ALL[found[nth]]
+        if len(self._found) <= self._nth:
+            raise TypeError(f"{owner.__name__}.{name}: no field {self._section}/{self._label}.")
+        self.__doc__ = self._told()
+
+    def _told(self) -> str:
+        of = ALL[self._found[self._nth]]
         unit = f" Unit: {of.unit.strip()}." if of.unit else ""
         choices = " One of: " + ", ".join(f'"{c}"' for c in of.choices) + "." if of.choices else ""
         number = of.kind in ("real", "whole", "vector", "pair")
         limits = f" From {of.min:g} to {of.max:g}." if number and of.max < 1e9 else ""
-        self.__doc__ = f"{of.label}.{' ' if of.tip else ''}{of.tip}{unit}{choices}{limits}"
-
-    def __set_name__(self, owner: type, name: str) -> None:
-        self.name = name
+        return f"{of.label}.{' ' if of.tip else ''}{of.tip}{unit}{choices}{limits}"
 
     def place(self, owner: Fielded) -> int:
-        """Its place in the table, for elements of this type."""
+        """Its place in the table, for elements of this class."""
         if len(self._found) == 1:
             return self._found[0]
-        place = self._known.get(owner._type)
+        place = self._known.get(type(owner))
         if place is None:
             has = _core.fields_of(owner._number, owner._element)
             place = [place for place in self._found if place in has][self._nth]
-            self._known[owner._type] = place
+            self._known[type(owner)] = place
         return place
 
     @overload

@@ -73,7 +73,6 @@ class Document(Fielded):
     def __init__(self, number: int) -> None:
         self._number = number
         self._element = 0
-        self._type = 0
         self._is_ours = False
         self._notes: Tuple[str, ...] = ()
 

@@ -64,11 +64,10 @@ def _numbers(given: Optional[Iterable[float]]) -> List[float]:
 class Element(Fielded):
     """Something that lives in a document. Two are equal when they are the same element."""
 
-    def __init__(self, document: Document, element: int, type: int) -> None:
+    def __init__(self, document: Document, element: int) -> None:
         self._document = document
         self._number = document._number
         self._element = element
-        self._type = type
 
     def _wrap(self, kind: str, element: int) -> Any:
         return self._document._wrap(kind, element)
@@ -354,7 +353,7 @@ _BY_TYPE = {of.type: _BY_SECTION[of.section] for of in ALL if of.section in _BY_
 
 def make(document: Document, element: int, type: int, base: Type[Element]) -> Element:
     """An element as an object of the class for its type, `base` where there is none."""
-    return _BY_TYPE.get(type, base)(document, element, type)
+    return _BY_TYPE.get(type, base)(document, element)
 
 
 E = TypeVar("E", bound=Element)
