@@ -123,6 +123,25 @@ class Fields(support.WithScene):
             camera = next(one for one in other.objects if isinstance(one, stagemarks.Camera))
             with self.assertRaisesRegex(stagemarks.MisuseError, "same document"):
                 self.doc.camera = camera
+            first, objects, states = self.doc.objects[0], self.doc.objects, self.doc.states
+            states.record("Day")
+            done = self.doc.undo_names
+            for refused in (
+                lambda: objects.set([first, camera], "Render mode", "off"),
+                lambda: objects.remove([camera]),
+                lambda: setattr(objects, "selected", [camera]),
+                lambda: first.set_material(other.materials[0]),
+                lambda: objects.add("cube", parent=camera),
+                lambda: states.set_objects([camera]),
+                lambda: states.set_tags(other.tags),
+                lambda: states.set_layers([other.layers.add("Theirs")]),
+                lambda: states.set_camera(camera),
+            ):
+                with self.assertRaisesRegex(stagemarks.MisuseError, "another document"):
+                    refused()
+            self.assertEqual(self.doc.undo_names, done)
+            with self.assertRaises(TypeError):
+                objects.remove(["Lamp"])
 
 
 class Trees(support.WithScene):

@@ -57,6 +57,18 @@ __all__ = [
 ]
 
 
+def ids(document: Document, elements: Iterable[Element]) -> List[int]:
+    """The identities of elements of that document; MisuseError for those of another one."""
+    found = []
+    for one in elements:
+        if not isinstance(one, Element):
+            raise TypeError(f"An element is needed, not {type(one).__name__}.")
+        if one._number != document._number:
+            raise _core.MisuseError(f"{one!r} is an element of another document.")
+        found.append(one._element)
+    return found
+
+
 def _numbers(given: Optional[Iterable[float]]) -> List[float]:
     return [] if given is None else [float(number) for number in given]
 
@@ -150,7 +162,8 @@ class Object(Named):
 
     def set_material(self, material: Optional[Material]) -> None:
         """Gives its texture tag a material, or none; an object without such a tag gets one."""
-        _core.give_material(self._number, [self._element], material._element if material else 0)
+        given = ids(self._document, [material]) if material is not None else [0]
+        _core.give_material(self._number, [self._element], given[0])
 
     @property
     def children(self) -> List[Object]:
@@ -416,15 +429,16 @@ class ElementList(Generic[E]):
     def set(self, elements: Iterable[E], label: str, value: Any) -> None:
         """Gives a field, by its label, of all these elements a value, in one undo step."""
         these = list(elements)
+        numbers = ids(self._document, these)
         if not these:
             return
         place = these[0]._place(label)
         given = to_core(self._document._number, place, value)
-        _core.write(self._document._number, [one._element for one in these], place, given)
+        _core.write(self._document._number, numbers, place, given)
 
     def remove(self, elements: Iterable[E]) -> None:
         """Takes elements out of the document, with all below them, in one undo step."""
-        _core.remove(self._document._number, [one._element for one in elements])
+        _core.remove(self._document._number, ids(self._document, elements))
 
     @property
     def selected(self) -> List[E]:
@@ -433,8 +447,7 @@ class ElementList(Generic[E]):
 
     @selected.setter
     def selected(self, elements: Iterable[E]) -> None:
-        these = [one._element for one in elements]
-        _core.select(self._document._number, self._kind, these)
+        _core.select(self._document._number, self._kind, ids(self._document, elements))
 
     def __repr__(self) -> str:
         try:
@@ -464,8 +477,8 @@ class ObjectList(ElementList[Object]):
         "torus", "plane", "camera" or "light". Where it stands is told in coordinates of the scene,
         see Object.place; without a name it gets that of its type."""
         where = [_numbers(one) for one in (at, look_at, rotation, scale)]
-        above = parent._element if parent else 0
-        made = _core.add_object(self._document._number, type, name, above, *where)
+        above = ids(self._document, [parent]) if parent is not None else [0]
+        made = _core.add_object(self._document._number, type, name, above[0], *where)
         return self._make([made])[0]
 
     @property

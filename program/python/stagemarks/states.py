@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Dict, Iterable, Iterator, List, Mapping, Optio
 
 from . import _stagemarks as _core
 from ._calls import Progress, listening
-from .elements import Camera, Layer, Object, Tag
+from .elements import Camera, Layer, Object, Tag, ids
 
 if TYPE_CHECKING:
     from .documents import Document
@@ -284,23 +284,24 @@ class States:
     def set_objects(self, objects: Iterable[Object], names: Optional[Names] = None) -> bool:
         """Puts the present switches of objects into states, all without names. Whether anything
         changed."""
-        ids = [one._element for one in objects]
-        return _core.edit(self._number, _core.Bulk.OBJECTS, _names(names), ids)[1]
+        given = ids(self._document, objects)
+        return _core.edit(self._number, _core.Bulk.OBJECTS, _names(names), given)[1]
 
     def set_tags(self, tags: Iterable[Tag], names: Optional[Names] = None) -> bool:
         """The same of the present settings of tags."""
-        ids = [one._element for one in tags]
-        return _core.edit(self._number, _core.Bulk.TAGS, _names(names), ids)[1]
+        given = ids(self._document, tags)
+        return _core.edit(self._number, _core.Bulk.TAGS, _names(names), given)[1]
 
     def set_layers(self, layers: Iterable[Layer], names: Optional[Names] = None) -> bool:
         """The same of the present switches of layers."""
-        ids = [one._element for one in layers]
-        return _core.edit(self._number, _core.Bulk.LAYERS, _names(names), ids)[1]
+        given = ids(self._document, layers)
+        return _core.edit(self._number, _core.Bulk.LAYERS, _names(names), given)[1]
 
     def set_camera(self, camera: Camera, names: Optional[Names] = None) -> bool:
         """Makes a camera the render camera of states, all without names. Whether anything
         changed."""
-        return _core.edit(self._number, _core.Bulk.CAMERA, _names(names), [camera._element])[1]
+        given = ids(self._document, [camera])
+        return _core.edit(self._number, _core.Bulk.CAMERA, _names(names), given)[1]
 
     def clean_materials(self) -> List[str]:
         """Deletes the materials that no state uses; their names."""
