@@ -1,12 +1,13 @@
 """What scripts do wrong: things that are gone, threads, forks, failing callbacks, interruptions."""
 
+import contextlib
 import gc
+import io
 import os
 import signal
 import subprocess
 import sys
 import threading
-import unittest
 
 import support
 import stagemarks
@@ -101,6 +102,25 @@ class Callbacks(support.WithScene):
             self.heard(interrupts)
             for _ in range(1000):
                 self.doc.undo()
+
+
+class Scripts(support.WithScene):
+    """What the desktop runs scripts with."""
+
+    def test_a_script_is_a_program_of_its_own(self):
+        from stagemarks import desktop
+
+        path, before = self.at("script.py"), list(sys.path)
+        for text, ended in (
+            ("class A:\n    x: int\nassert A.__annotations__['x'] is int\n", (True, "")),
+            ("import sys\nsys.path.clear()\n", (True, "")),
+            ("import sys\nsys.path.clear()\nsys.exit('not today')\n", (False, "not today")),
+        ):
+            with open(path, "w") as file:
+                file.write(text)
+            with contextlib.redirect_stderr(io.StringIO()):
+                self.assertEqual(desktop.run_file(path, "Script"), (False, *ended))
+            sys.path[:] = before
 
 
 class Processes(support.WithScene):

@@ -154,7 +154,7 @@ def run_file(path: str, step: str) -> Ended:
     """Runs a file as a program, with its folder as the first place of what it imports."""
     try:
         with open(path, "rb") as file:
-            compiled = compile(file.read(), path, "exec")
+            compiled = compile(file.read(), path, "exec", dont_inherit=True)
     except (OSError, SyntaxError, ValueError) as error:
         return False, False, _shown(error)
     sys.argv = [path]
@@ -163,7 +163,8 @@ def run_file(path: str, step: str) -> Ended:
     try:
         return _run(compiled, {"__name__": "__main__", "__file__": path}, step)
     finally:
-        sys.path.remove(os.path.dirname(path))
+        with contextlib.suppress(ValueError):  # the script may have taken it out itself
+            sys.path.remove(os.path.dirname(path))
         sys.argv = [""]
         # What lies beside the file may be another text the next time.
         for name in set(sys.modules) - known:
