@@ -1,7 +1,6 @@
 """Documents: open, save, close; undo and steps."""
 
 import os
-import unittest
 
 import support
 import stagemarks

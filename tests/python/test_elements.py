@@ -1,7 +1,5 @@
 """Elements and their fields."""
 
-import unittest
-
 import support
 import stagemarks
 from stagemarks import _fields, elements

@@ -2,7 +2,6 @@
 
 import datetime
 import os
-import unittest
 
 import support
 import stagemarks

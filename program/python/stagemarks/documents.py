@@ -4,20 +4,18 @@ from __future__ import annotations
 
 import os
 from types import TracebackType
-from typing import Any, List, Optional, Set, Tuple, Type, Union, cast
+from typing import Any, List, Optional, Set, Tuple, Type, Union
 
 from . import _stagemarks as _core
 from ._calls import Progress, listening
 from ._fields import Attribute, Fielded
 from .elements import (
     Camera,
-    Element,
     ElementList,
     Layer,
     LayerList,
     Material,
     MaterialList,
-    Object,
     ObjectList,
     RenderSettings,
     SettingsList,
