@@ -4,9 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "engine/scene/NodeIds.h"
-#include "engine/scene/NodeTypes.h"
-#include "engine/states/StoredStates.h"
+#include "engine/states/RecordList.h"
 #include "engine/states/Trash.h"
 #include "engine/undo/Undo.h"
 #include "host/Host.h"
@@ -48,11 +46,8 @@ void RegisterSettings(host::BaseDocument& doc, const std::vector<std::string>& s
   if (selected.size() != 1) return;
   const auto states = engine::ReadStates(doc);
   const engine::StoredState* state = engine::FindState(doc, states, selected.front());
-  const host::BaseContainer* holder =
-      state ? state->record.GetContainerInstance(engine::kStoredSettings) : nullptr;
-  if (!holder) return;
-  if (auto* settings = engine::FindNode(&doc, engine::LinkOf(*holder, engine::kStoredSettings)))
-    doc.AddUndo(host::UNDO_CHANGE, settings);
+  host::RenderData* settings = state ? engine::RecordedSettings(doc, state->record) : nullptr;
+  if (settings) doc.AddUndo(host::UNDO_CHANGE, settings);
 }
 
 }  // namespace
