@@ -23,6 +23,9 @@ inline constexpr const char* kPictureFiles = "Pictures (*.png *.tif *.tiff)";
 inline constexpr const char* kScripts = "Python scripts (*.py)";
 inline constexpr const char* kAnything = "All files (*)";
 
+// What is said where a folder has to be named by its absolute path and is not.
+inline constexpr const char* kNoWholePath = "Choose a folder first: its whole path, from the root.";
+
 // The absolute path chosen; nothing when canceled. Saving asks before a file is replaced and adds
 // ".c4d" where the filter is our own scenes and the name has no suffix, ".png" where it is
 // pictures. A new folder is made in `files`, where there are some, when its name is typed.

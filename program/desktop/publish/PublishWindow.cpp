@@ -176,14 +176,12 @@ bool PublishWindow::MayReplace() {
 }
 
 void PublishWindow::Begin() {
-  if (!QDir::isAbsolutePath(folder_->text().trimmed()))
-    return said_->setText("Choose a folder first: its whole path, from the root.");
+  if (!QDir::isAbsolutePath(folder_->text().trimmed())) return said_->setText(kNoWholePath);
   if (kind_ == PublishKind::Page) {
     if (const auto viewer = publishing::ReadPageViewer(services_.files); !viewer)
       return said_->setText(ToQt(viewer.Message()));
   }
-  if (!states_->Names())
-    return said_->setText("No Stagemark has such a name. * stands for any text, ? for one letter.");
+  if (!states_->Names()) return said_->setText(kNoSuchState);
   if (MayReplace()) Start();
 }
 

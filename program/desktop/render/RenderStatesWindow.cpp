@@ -6,7 +6,6 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QMessageBox>
-#include <QStandardPaths>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -217,11 +216,11 @@ std::optional<worker::PicturesOrder> RenderStatesWindow::Order() {
   worker::PicturesOrder order;
   const auto names = states_->Names();
   if (!names) {
-    said_->setText("No Stagemark has such a name. * stands for any text, ? for one letter.");
+    said_->setText(kNoSuchState);
     return std::nullopt;
   }
   if (!QDir::isAbsolutePath(folder_->text().trimmed())) {
-    said_->setText("Choose a folder first: its whole path, from the root.");
+    said_->setText(kNoWholePath);
     return std::nullopt;
   }
   order.keepsFinished = keep_->isChecked();

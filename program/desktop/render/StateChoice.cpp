@@ -2,10 +2,9 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QRegularExpression>
 
 #include "engine/states/StoredStates.h"
-#include "program/desktop/Text.h"
+#include "program/lookup/SceneLookup.h"
 
 namespace desktop {
 
@@ -17,14 +16,6 @@ std::vector<std::string> RecordedNames(const host::BaseDocument& doc) {
     if (state.hasEntry && state.hasRecord) names.push_back(state.name);
   }
   return names;
-}
-
-// As in the shell: * for any text, ? for one letter.
-QRegularExpression PatternOf(const QString& typed) {
-  QString pattern = QRegularExpression::escape(typed);
-  pattern.replace("\\*", ".*").replace("\\?", ".");
-  return QRegularExpression(QRegularExpression::anchoredPattern(pattern),
-                            QRegularExpression::DotMatchesEverythingOption);
 }
 
 }  // namespace
@@ -65,12 +56,8 @@ StateChoice::StateChoice(const host::BaseDocument& doc, std::vector<std::string>
 std::optional<std::vector<std::string>> StateChoice::Names() const {
   if (onlyChosen_ && onlyChosen_->isChecked()) return chosen_;
   if (!byPattern_ || !byPattern_->isChecked()) return all_;
-  const QRegularExpression pattern = PatternOf(pattern_->text());
-  std::vector<std::string> names;
-  for (const std::string& name : all_) {
-    if (pattern.match(ToQt(name)).hasMatch()) names.push_back(name);
-  }
-  return names.empty() ? std::nullopt : std::optional(names);
+  auto meant = lookup::FindMarks({pattern_->text().toStdString()}, all_);
+  return meant ? std::optional(meant.Take()) : std::nullopt;
 }
 
 }  // namespace desktop

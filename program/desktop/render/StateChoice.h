@@ -13,6 +13,10 @@
 
 namespace desktop {
 
+// What is said where Names has nothing.
+inline constexpr const char* kNoSuchState =
+    "No Stagemark has such a name. * stands for any text, ? for one letter.";
+
 class StateChoice : public QWidget {
  public:
   // `chosen`: names of the selected rows; several of them are what is proposed. `changed` is called
@@ -21,7 +25,7 @@ class StateChoice : public QWidget {
               std::function<void()> changed = {});
 
   // In the order of the list; without a name where nothing is recorded, which stands for the scene
-  // as it is. Nothing where the pattern matches no name.
+  // as it is. Nothing where what was typed means no name; it means the same as in the shell.
   std::optional<std::vector<std::string>> Names() const;
 
  private:

@@ -4,7 +4,6 @@
 
 #include "engine/core/ContainerContents.h"
 #include "engine/scene/DocumentState.h"
-#include "program/desktop/Text.h"
 #include "program/desktop/background/DocumentBusy.h"
 #include "program/desktop/render/RenderJob.h"
 
