@@ -22,13 +22,15 @@ std::string NodeName() {
 }  // namespace
 
 // The mark at the end of the file holds a hash of all that stands before it.
-bool PictureWork::IsDone(const PlannedPicture& picture) {
+PictureAtPlace PictureWork::Look(const PlannedPicture& picture) {
   engine::FileSystem& files = scene_.Files();
-  if (files.Kind(picture.path) != engine::FileKind::File) return false;
+  const engine::FileKind kind = files.Kind(picture.path);
+  if (kind == engine::FileKind::Unknown) return PictureAtPlace::Foreign;
+  if (kind != engine::FileKind::File) return PictureAtPlace::None;
   const auto bytes = files.ReadFile(picture.path, engine::kLargestImageBytes);
-  if (!bytes) return false;
+  if (!bytes || publishing::MakerOf(bytes.Value()) != kPictureMaker) return PictureAtPlace::Foreign;
   const auto record = pictures::FindRecord(bytes.Value());
-  return record && *record == picture.record && publishing::MakerOf(bytes.Value()) == kPictureMaker;
+  return record && *record == picture.record ? PictureAtPlace::Finished : PictureAtPlace::Other;
 }
 
 int PictureWork::Do(std::vector<PlannedPicture>& plan) {

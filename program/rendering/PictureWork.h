@@ -29,13 +29,22 @@ struct WorkRules {
       ended = {};
 };
 
+// What stands where a picture goes.
+enum class PictureAtPlace : std::uint8_t {
+  None,      // nothing, or no file, and writing says why it cannot be
+  Finished,  // whole and made from the same
+  Other,     // a picture of a state, made from something else
+  Foreign,   // nobody may replace it unasked
+};
+
 class PictureWork {
  public:
   PictureWork(PictureScene& scene, StatePictures& pictures, WorkRules rules)
       : scene_(scene), pictures_(pictures), rules_(std::move(rules)) {}
 
-  // Whether the picture is at its place, whole and made from the same. Reads the file.
-  bool IsDone(const PlannedPicture& picture);
+  // Reads the file.
+  PictureAtPlace Look(const PlannedPicture& picture);
+  bool IsDone(const PlannedPicture& picture) { return Look(picture) == PictureAtPlace::Finished; }
   // Renders what is not marked as being there. The first fault that is no picture's own, as
   // Ctrl-C, ends it.
   int Do(std::vector<PlannedPicture>& plan);

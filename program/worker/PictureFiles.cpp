@@ -4,14 +4,13 @@
 
 #include "engine/render/TextureSearch.h"
 #include "program/pictures/PictureManifest.h"
-#include "program/publish/FileOrigin.h"
 
 namespace worker {
 
 using outcome::kDone;
 using outcome::kFailed;
 using outcome::kInterrupted;
-using outcome::kUsage;
+using rendering::PictureAtPlace;
 using rendering::PlannedPicture;
 
 namespace {
@@ -191,13 +190,13 @@ std::size_t PictureFiles::TellPlan(const PicturesOrder& order, rendering::Pictur
   missing_ = 0;
   for (PlannedPicture& picture : planned_->plan.Pictures()) {
     picture.isRendered = false;
-    picture.isThere = order.keepsFinished && work.IsDone(picture);
+    const PictureAtPlace there = work.Look(picture);
+    picture.isThere = order.keepsFinished && there == PictureAtPlace::Finished;
     PictureNews news;
     news.index = IndexOf(picture);
     news.size = picture.size;
     news.isThere = picture.isThere;
-    news.isForeign = !picture.isThere && !publishing::MayReplace(scene_.Files(), picture.path,
-                                                                 rendering::kPictureMaker);
+    news.isForeign = there == PictureAtPlace::Foreign;
     news.state = picture.name;
     news.text = picture.path;
     foreign += news.isForeign ? 1 : 0;
