@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <exception>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "engine/application/Application.h"
 #include "engine/application/ProgramPlaces.h"
@@ -16,7 +17,6 @@
 #include "engine/scenefile/SceneFile.h"
 #include "program/pictures/ContactSheet.h"
 #include "program/pictures/DialogLabels.h"
-#include "program/publish/FileOrigin.h"
 #include "program/publish/PageMaking.h"
 #include "program/publish/PublishedFiles.h"
 #include "program/worker/PictureFiles.h"
@@ -30,6 +30,7 @@ using engine::FrameKind;
 using engine::Status;
 
 constexpr const char* kPlugin = "Stagemarks";
+constexpr const char* kStopped = "Stopped.";
 
 constexpr PictureSize kThumbnail{publishing::kThumbnailWidth, publishing::kThumbnailHeight};
 
@@ -74,16 +75,15 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
   bool TexturesChecked() const override { return true; }
   // The desktop knows the names.
   int ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names) override {
-    const std::vector<Mark> marks = dialog_->Marks();
-    if (typed.empty()) {
-      for (const Mark& mark : marks) names.push_back(mark.name);
+    std::unordered_set<std::string> known;
+    for (Mark& mark : dialog_->Marks()) {
+      if (typed.empty()) names.push_back(mark.name);
+      known.insert(std::move(mark.name));
     }
     for (const std::string& name : typed) {
-      const bool isThere =
-          std::ranges::any_of(marks, [&](const Mark& mark) { return mark.name == name; });
-      if (isThere) names.push_back(name);
-      if (!isThere) Error("There is no Stagemark \"" + name + "\" any more.");
-      if (!isThere) return outcome::kUsage;
+      if (!known.contains(name)) Error("There is no Stagemark \"" + name + "\" any more.");
+      if (!known.contains(name)) return outcome::kUsage;
+      names.push_back(name);
     }
     return outcome::kDone;
   }
@@ -93,7 +93,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
   void Error(const std::string& text) override {
     complaints_ += (complaints_.empty() ? "" : " ") + text;
   }
-  bool Progress(double share, const std::string&) override { return Tell(share) && !IsStopped(); }
+  bool Progress(double share, const std::string&) override { return Tell(share); }
   void Step(std::size_t done, std::size_t count, const std::string&) override {
     Tell(static_cast<double>(done) / static_cast<double>(count));
   }
@@ -103,6 +103,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
   std::optional<Frame> Read() {
     for (;;) {
       if (auto frame = parser_.Next()) return frame;
+      if (IsStopped()) return std::nullopt;
       char bytes[1 << 16];
       const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
       if (count <= 0 || parser_.Damaged()) return std::nullopt;
@@ -176,7 +177,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
           [this](const PictureNews& news) { output_.Write(FrameKind::Pictures, NewsAsText(news)); },
           [this](const engine::Image& small) { Send(small); });
     }
-    if (!files_->Do(order, [this] { return complaints_; })) return Status::Failure("Stopped.");
+    if (!files_->Do(order, [this] { return complaints_; })) return Status::Failure(kStopped);
     return output_.Write(FrameKind::Done, "") ? Status() : Status::Failure("Nobody listens.");
   }
 
@@ -214,8 +215,10 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
     return {};
   }
 
+  // False when the work is to end.
   bool Tell(double done) {
-    return output_.Write(FrameKind::Progress, std::to_string(static_cast<int>(done * 1000)));
+    const std::string share = std::to_string(static_cast<int>(done * 1000));
+    return output_.Write(FrameKind::Progress, share) && !IsStopped();
   }
 
   // The document as it stands, which is taken back as soon as it is read.
@@ -313,6 +316,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
   }
 
   Status Recall(const std::string& name) {
+    if (IsStopped()) return Status::Failure(kStopped);
     if (name.empty()) return {};
     SetOptions();
     if (!dialog_->Select(name) || !dialog_->Press(pictures::kLoad))
@@ -426,7 +430,8 @@ int RunStateWorker() {
   } catch (const std::exception& error) {
     status = Status::Failure(std::string("The states cannot be shown: ") + error.what());
   }
-  if (!status) worker.Output().Write(FrameKind::Failure, status.Message());
+  if (!status)
+    worker.Output().Write(FrameKind::Failure, worker.IsStopped() ? kStopped : status.Message());
   return status ? 0 : 1;
 }
 

@@ -8,6 +8,7 @@
 
 #include "engine/scene/DocumentState.h"
 #include "engine/scene/SceneDump.h"
+#include "engine/scenefile/SceneFile.h"
 #include "program/desktop/render/FarmWindow.h"
 #include "program/desktop/render/RenderStatesWindow.h"
 #include "tests/desktop/Desk.h"
@@ -192,6 +193,41 @@ TEST(RenderStates, StoppedInAPictureLeavesNothingOfIt) {
   EXPECT_TRUE(window.IsFinished());
   EXPECT_EQ(window.Said(), "Stopped; nothing was rendered.");
   EXPECT_EQ(desk.FilesThere(), "");
+}
+
+// Whatever it is at.
+TEST(RenderStates, TheChildEndsWhenItIsAskedTo) {
+  constexpr int kManyPictures = 40;
+  const desk::WithCube desk;
+  QProcess child;
+  const auto send = [&](engine::FrameKind kind, std::string_view bytes) {
+    const std::string frames = engine::AsFrames(kind, bytes);
+    child.write(frames.data(), static_cast<qint64>(frames.size()));
+  };
+  child.start(TEST_BINARY_DIR "/bin/stagemarks", {worker::kStateWorkerVerb});
+  send(engine::FrameKind::Note, "");
+  const auto scene = engine::WriteScene(desk::Scene(), {});
+  ASSERT_TRUE(scene);
+  for (const std::string& piece : scene.Value()) send(engine::FrameKind::Scene, piece);
+  send(engine::FrameKind::Done, "");
+  for (int times = 0; times < kManyPictures; ++times)
+    send(engine::FrameKind::Note, worker::RequestAsText({{2000, 2000}, ""}));
+  engine::FrameParser parser;
+  std::string told;
+  const auto hears = [&](engine::FrameKind kind) {
+    const QByteArray bytes = child.readAllStandardOutput();
+    parser.Feed({bytes.data(), static_cast<std::size_t>(bytes.size())});
+    while (const auto frame = parser.Next()) {
+      told = frame->bytes;
+      if (frame->kind == kind) return true;
+    }
+    return false;
+  };
+  ASSERT_TRUE(QTest::qWaitFor([&] { return hears(engine::FrameKind::Progress); }, 60000));
+  child.terminate();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return hears(engine::FrameKind::Failure); }, 60000));
+  EXPECT_EQ(told, "Stopped.");
+  EXPECT_TRUE(QTest::qWaitFor([&] { return child.state() == QProcess::NotRunning; }, 60000));
 }
 
 TEST(RenderStates, OrdersAndNewsSurviveTheirTextsAndDamagedOnesAreRefused) {

@@ -3,7 +3,6 @@
 #include "engine/application/ProgramPlaces.h"
 #include "engine/scene/NewNodes.h"
 #include "engine/scenefile/SceneFile.h"
-#include "program/desktop/Text.h"
 #include "program/desktop/background/DocumentBusy.h"
 #include "program/pictures/SceneFingerprint.h"
 
@@ -56,7 +55,8 @@ void StateRenderer::Stop() {
   deletion_.Take(std::move(copy_));
   child_.disconnect(this);
   // In the middle of files it has something to take back.
-  const bool writesFiles = !asked_.empty() && worker::PicturesFromText(asked_.front());
+  const auto order = asked_.empty() ? std::nullopt : worker::PicturesFromText(asked_.front());
+  const bool writesFiles = order && order->renders;
   if (writesFiles) child_.terminate();
   if (writesFiles && child_.waitForFinished(kLongestEnd)) return;
   child_.kill();
