@@ -172,6 +172,10 @@ TEST(RenderStates, AsksBeforeFilesOfOthersGoAndSaysWhatFails) {
   TwoShots::Press(window, "Render");
   ASSERT_TRUE(TwoShots::Finishes(window));
   EXPECT_TRUE(window.Said().contains("Untitled Shown.png")) << window.Said().toStdString();
+  // It stays to be read.
+  Desk::Rest();
+  EXPECT_TRUE(window.IsFinished());
+  EXPECT_TRUE(window.Said().contains("Untitled Shown.png")) << window.Said().toStdString();
   TwoShots::Type(window, "folder", "here");
   TwoShots::Press(window, "Render");
   EXPECT_TRUE(window.Said().startsWith("Choose a folder")) << window.Said().toStdString();

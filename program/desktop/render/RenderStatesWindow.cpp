@@ -306,10 +306,11 @@ void RenderStatesWindow::Take(const worker::PictureNews& news, const engine::Ima
 
 void RenderStatesWindow::TakeEnd() {
   rows_.EndPlan();
+  const bool wasRendering = isRendering_;
   if (!refused_.empty()) {
     rendersNext_ = false;
     End(ToQt(refused_));
-  } else if (isRendering_) {
+  } else if (wasRendering) {
     const auto counts = rows_.Count();
     End(QString("%1 rendered").arg(CountedPictures(counts.rendered)) +
         (counts.there > 0 ? QString(", %1 there already").arg(counts.there) : "") +
@@ -319,6 +320,8 @@ void RenderStatesWindow::TakeEnd() {
   } else {
     SayPlan();
   }
+  // What came of it stays to be read.
+  if (wasRendering) return;
   // What was changed meanwhile; not from within what the child is just telling.
   QMetaObject::invokeMethod(
       this, [this] { rendersNext_ ? BeginPlanned() : Plan(); }, Qt::QueuedConnection);
