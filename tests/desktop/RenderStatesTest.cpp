@@ -301,12 +301,17 @@ TEST(RenderStates, GoToTheFarmAndAreWatchedThere) {
   ASSERT_TRUE(WithSlurm::Says(window, "2 pictures: 2 waiting")) << window.Said().toStdString();
   const std::string calls = tests::ReadText(desk.Folder() + "/slurm/calls");
   EXPECT_NE(calls.find("--array=0-"), std::string::npos) << calls;
-  // Nobody is going to do them: the job can be handed over again. Then a machine does them.
+  EXPECT_TRUE(window.Said().contains("Nobody is going to do 2")) << window.Said().toStdString();
+  // The job can be handed over again. Then a machine does it, of which Slurm knows nothing.
   TwoShots::Press(window, "Retry");
-  ASSERT_TRUE(QTest::qWaitFor([&] { return window.IsIdle(); }, 60000));
+  ASSERT_TRUE(WithSlurm::Says(window, "2 pictures: 2 waiting")) << window.Said().toStdString();
   const QString job = QString::fromStdString(desk.Folder() + "/farm/jobs/") + window.Job();
   EXPECT_EQ(QProcess::execute(TEST_BINARY_DIR "/bin/stagemarks", {"farm", "run", job, "--quiet"}),
             0);
+  EXPECT_FALSE(window.IsWatching());
+  QEvent back(QEvent::ActivationChange);
+  QApplication::setActiveWindow(&window);
+  QApplication::sendEvent(&window, &back);
   ASSERT_TRUE(WithSlurm::Says(window, "2 pictures: 2 done")) << window.Said().toStdString();
   const auto& table = *window.findChild<QTreeWidget*>();
   EXPECT_EQ(table.topLevelItemCount(), 2);
@@ -334,6 +339,71 @@ TEST(RenderStates, WhatTheFarmRefusesIsSaid) {
   TwoShots::Press(window, "Submit");
   EXPECT_TRUE(WithSlurm::Says(window, "/file")) << window.Said().toStdString();
   EXPECT_TRUE(window.Job().isEmpty());
+}
+
+// A farm window over a command line that says what the test has put down.
+class WithFarmWindow : public desk::Desk {
+ public:
+  explicit WithFarmWindow(const std::string& program)
+      : window(*new FarmWindow(&Window(), Services(), Folder() + "/shot.c4d", {}, program)) {
+    window.show();
+  }
+  // As the command line would write it, with counts of pictures.
+  void Put(const std::string& counts) const {
+    tests::WriteText(Folder() + "/status", R"({"job": "shot", "pictures": 3, )" + counts + "}");
+  }
+  bool Look() const {
+    window.ShowLatest();
+    return QTest::qWaitFor([this] { return window.IsIdle(); }, 60000);
+  }
+
+  FarmWindow& window;
+};
+
+TEST(RenderStates, JobsAreWatchedForAsLongAsSomethingMayCome) {
+  const tests::ScratchFolder program;
+  const std::string path = program.Path() + "/program";
+  const WithFarmWindow desk(path);
+  tests::WriteText(path, "#!/bin/sh\n[ \"$2\" = status ] && exec cat '" + desk.Folder() +
+                             "/status'\n" +
+                             R"(echo '{"level": "error", "text": "Slurm is down."}' >&2; exit 1)");
+  fs::permissions(path, fs::perms::owner_all);
+  const struct {
+    const char* counts;
+    bool isWatched;
+  } kCases[] = {
+      {R"("waiting": 3)", true},
+      {R"("done": 2, "running": 1)", true},
+      {R"("done": 3)", false},
+      {R"("done": 1, "failed": 2, "abandoned": 2)", false},
+      {R"("done": 1, "failed": 1, "running": 1, "abandoned": 1)", true},
+      {R"("waiting": 3, "abandoned": 3)", false},
+      {R"("done": 2, "failed": 1)", true},  // it is being tried again
+  };
+  for (const auto& row : kCases) {
+    desk.Put(row.counts);
+    ASSERT_TRUE(desk.Look());
+    EXPECT_EQ(desk.window.IsWatching(), row.isWatched) << row.counts;
+  }
+  // What a command says to be wrong does not end it, and stands beside what comes next.
+  for (void (FarmWindow::*const command)() : {&FarmWindow::Retry, &FarmWindow::Collect}) {
+    ASSERT_TRUE(desk.Look());
+    (desk.window.*command)();
+    EXPECT_TRUE(WithSlurm::Says(desk.window, "1 failed")) << desk.window.Said().toStdString();
+    EXPECT_TRUE(desk.window.Said().contains("Slurm is down."));
+    EXPECT_TRUE(desk.window.IsWatching());
+  }
+}
+
+TEST(RenderStates, AFarmThatCannotBeCalledLeavesTheWindowInUse) {
+  const WithFarmWindow desk("/nowhere/program");
+  for (int times = 0; times < 2; ++times) {
+    TwoShots::Press(desk.window, "Submit");
+    EXPECT_TRUE(WithSlurm::Says(desk.window, "cannot be run")) << desk.window.Said().toStdString();
+    TwoShots::Press(desk.window, "Show Latest Job");
+    EXPECT_TRUE(WithSlurm::Says(desk.window, "cannot be run"));
+    EXPECT_TRUE(desk.window.findChild<QLineEdit*>("farm")->isEnabled());
+  }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "program/desktop/render/FarmWindow.h"
 
-#include <QDir>
+#include <QEvent>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -42,16 +42,42 @@ QString ProblemOf(const QByteArray& said) {
                                   : QString::fromUtf8(said.trimmed());
 }
 
+// What a status says, without what may be done about it.
+QString StatusText(const QJsonObject& status) {
+  const int all = status.value("pictures").toInt();
+  QStringList parts;
+  for (const char* what : {"done", "running", "waiting", "failed"}) {
+    const int count = status.value(what).toInt();
+    if (count > 0) parts.append(QString("%1 %2").arg(count).arg(what));
+  }
+  QString text = QString(all == 1 ? "%1 picture: " : "%1 pictures: ").arg(all) + parts.join(", ");
+  const QString stopped = status.value("stopped").toString();
+  if (!stopped.isEmpty()) text += ". Stopped: " + stopped;
+  for (const QJsonValue& task : status.value("tasks").toArray()) {
+    const QString why = task.toObject().value("why").toString();
+    if (why.isEmpty() || task.toObject().value("result").toString() != "failed") continue;
+    return text + "\n" + task.toObject().value("state").toString() + ": " + why;
+  }
+  return text;
+}
+
+// How many pictures somebody is at or will be; those that are abandoned count as waiting or failed.
+int CountOpen(const QJsonObject& status) {
+  const auto count = [&](const char* what) { return status.value(what).toInt(); };
+  return count("waiting") + count("running") + count("failed") - count("abandoned");
+}
+
 }  // namespace
 
 bool IsFarmThere() { return !QStandardPaths::findExecutable(kSubmitCommand).isEmpty(); }
 
 FarmWindow::FarmWindow(QWidget* window, const engine::Services& services, const std::string& scene,
-                       rendering::PictureOrder order)
+                       rendering::PictureOrder order, std::string program)
     : QDialog(window),
       services_(services),
       scene_(scene),
       order_(std::move(order)),
+      program_(std::move(program)),
       choices_(new QWidget(this)),
       form_(new QFormLayout(choices_)) {
   setAttribute(Qt::WA_DeleteOnClose);
@@ -64,8 +90,7 @@ FarmWindow::FarmWindow(QWidget* window, const engine::Services& services, const 
   connect(&next_, &QTimer::timeout, this, [this] { AskStatus(); });
   connect(&call_, &QProcess::finished, this, [this](int status) { TakeAnswer(status); });
   connect(&call_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-    if (error == QProcess::FailedToStart)
-      said_->setText("\"" + call_.program() + "\" cannot be run.");
+    if (error == QProcess::FailedToStart) TakeProblem("\"" + call_.program() + "\" cannot be run.");
   });
   resize(FittingSize(*this, kFarmSize));
   Enable();
@@ -180,22 +205,31 @@ void FarmWindow::Call(const QStringList& words, const QString& doing, Answer ans
   }
   doing_ = doing;
   answer_ = std::move(answer);
+  if (!doing.isEmpty()) problem_.clear();
   if (!doing.isEmpty()) said_->setText(doing);
   Enable();
-  call_.start(ToQt(engine::ImportWorkerProgram()),
+  call_.start(ToQt(program_),
               QStringList{"farm"} + words + QStringList{"--farm=" + farm_->text(), "--json"});
 }
 
 void FarmWindow::TakeAnswer(int status) {
   const QByteArray printed = call_.readAllStandardOutput();
   const QByteArray said = call_.readAllStandardError();
-  const bool wasWorking = !std::exchange(doing_, {}).isEmpty();
-  if (status == 0) {
-    answer_(QJsonDocument::fromJson(printed).object());
-  } else {
-    said_->setText(ProblemOf(said));
-    if (!wasWorking) next_.start(kBetweenLooks);
-  }
+  if (status != 0) return TakeProblem(ProblemOf(said));
+  doing_.clear();
+  answer_(QJsonDocument::fromJson(printed).object());
+  Enable();
+}
+
+// The job that is shown goes on all the same.
+void FarmWindow::TakeProblem(const QString& problem) {
+  const bool wasLooking = std::exchange(doing_, {}).isEmpty();
+  said_->setText(problem);
+  if (!wasLooking) problem_ = "\n" + problem;
+  if (wasLooking)
+    next_.start(kBetweenLooks);
+  else if (!job_.isEmpty())
+    Watch();
   Enable();
 }
 
@@ -261,22 +295,21 @@ void FarmWindow::TakeStatus(const QJsonObject& status) {
   progress_->setRange(0, std::max(1, all));
   progress_->setValue(done);
   FillTable(status);
-  QStringList parts;
-  for (const char* what : {"done", "running", "waiting", "failed"}) {
-    const int count = status.value(what).toInt();
-    if (count > 0) parts.append(QString("%1 %2").arg(count).arg(what));
-  }
-  QString text = QString(all == 1 ? "%1 picture: " : "%1 pictures: ").arg(all) + parts.join(", ");
-  const QString stopped = status.value("stopped").toString();
-  if (!stopped.isEmpty()) text += ". Stopped: " + stopped;
-  for (const QJsonValue& task : status.value("tasks").toArray()) {
-    const QString why = task.toObject().value("why").toString();
-    if (why.isEmpty() || task.toObject().value("result").toString() != "failed") continue;
-    text += "\n" + task.toObject().value("state").toString() + ": " + why;
-    break;
-  }
-  said_->setText(text + (done < all ? "\nClosing this window leaves the job alone." : ""));
-  if (done < all) next_.start(kBetweenLooks);
+  QString text = StatusText(status);
+  const int abandoned = status.value("abandoned").toInt();
+  if (abandoned > 0)
+    text += QString("\nNobody is going to do %1 of them any more. Retry hands them over again.")
+                .arg(abandoned);
+  const bool isOpen = CountOpen(status) > 0;
+  if (isOpen) text += "\nClosing this window leaves the job alone.";
+  if (isOpen) next_.start(kBetweenLooks);
+  said_->setText(text + problem_);
+}
+
+void FarmWindow::changeEvent(QEvent* event) {
+  QDialog::changeEvent(event);
+  const bool isBack = event->type() == QEvent::ActivationChange && isActiveWindow();
+  if (isBack && !job_.isEmpty() && !IsWatching()) AskStatus();
 }
 
 void FarmWindow::FillTable(const QJsonObject& status) {
@@ -305,7 +338,8 @@ void AskForFarm(MainWindow& window, host::BaseDocument& doc, const rendering::Pi
     if (answer != QMessageBox::Save || !window.Commands().Save(doc)) return;
   }
   const std::string scene = (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
-  (new FarmWindow(&window, window.App().GetServices(), scene, order))->show();
+  (new FarmWindow(&window, window.App().GetServices(), scene, order, engine::ImportWorkerProgram()))
+      ->show();
 }
 
 }  // namespace desktop

@@ -28,9 +28,10 @@ bool IsFarmThere();
 
 class FarmWindow : public QDialog {
  public:
-  // `scene`: absolute, the saved file. Stands in front of `window`, which owns it.
+  // `scene`: absolute, the saved file; `program`: of the command line, absolute. Stands in front
+  // of `window`, which owns it.
   FarmWindow(QWidget* window, const engine::Services& services, const std::string& scene,
-             rendering::PictureOrder order);
+             rendering::PictureOrder order, std::string program);
   ~FarmWindow() override;
 
   void Submit();
@@ -44,6 +45,12 @@ class FarmWindow : public QDialog {
   QString Said() const { return said_->text(); }
   // The job that is shown, by its name; empty for none.
   const QString& Job() const { return job_; }
+  // Whether it is going to look after the job again; it is not when nothing more will come of it.
+  bool IsWatching() const { return next_.isActive(); }
+
+ protected:
+  // Looks after a job that is not watched any more when a person comes back to the window.
+  void changeEvent(QEvent* event) override;
 
  private:
   using Answer = std::function<void(const QJsonObject&)>;
@@ -55,6 +62,7 @@ class FarmWindow : public QDialog {
   // Runs `stagemarks farm` with these words; one call at a time, a status is dropped for another.
   void Call(const QStringList& words, const QString& doing, Answer answer);
   void TakeAnswer(int status);
+  void TakeProblem(const QString& problem);
   QStringList OnJob(const QString& action) const;
   void Watch();
   void AskStatus();
@@ -64,10 +72,12 @@ class FarmWindow : public QDialog {
   const engine::Services& services_;
   std::string scene_;
   rendering::PictureOrder order_;
+  std::string program_;
   QString job_;
   QString jobFolder_;
   QJsonObject status_;
-  QString doing_;  // empty: it looks after the job
+  QString doing_;    // empty: it looks after the job
+  QString problem_;  // of the last command that was no look
   Answer answer_;
   QWidget* choices_;
   QFormLayout* form_;
