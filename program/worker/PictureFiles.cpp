@@ -99,8 +99,8 @@ std::string NewsAsText(const PictureNews& news) {
   for (const std::uint64_t number :
        {static_cast<std::uint64_t>(news.kind), std::uint64_t{news.index},
         std::uint64_t{news.size.width}, std::uint64_t{news.size.height},
-        std::uint64_t{news.isThere}, std::uint64_t{news.isForeign}, news.seconds, news.bytes,
-        news.pixels})
+        static_cast<std::uint64_t>(news.frame), std::uint64_t{news.isThere},
+        std::uint64_t{news.isForeign}, news.seconds, news.bytes, news.pixels})
     parts.push_back(std::to_string(number));
   parts.push_back(news.state);
   parts.push_back(news.text);
@@ -116,6 +116,7 @@ std::optional<PictureNews> NewsFromText(const std::string& text) {
   news.index = parts.Number();
   news.size.width = static_cast<std::uint32_t>(parts.Number());
   news.size.height = static_cast<std::uint32_t>(parts.Number());
+  news.frame = static_cast<int>(parts.Number());
   news.isThere = parts.Number() == 1;
   news.isForeign = parts.Number() == 1;
   for (std::uint64_t* const number : {&news.seconds, &news.bytes, &news.pixels})
@@ -195,6 +196,7 @@ std::size_t PictureFiles::TellPlan(const PicturesOrder& order, rendering::Pictur
     PictureNews news;
     news.index = IndexOf(picture);
     news.size = picture.size;
+    news.frame = picture.frame;
     news.isThere = picture.isThere;
     news.isForeign = there == PictureAtPlace::Foreign;
     news.state = picture.name;

@@ -35,8 +35,9 @@ struct PictureNews {
     Refused,   // the whole work; `text` says why
   };
   Kind kind = Kind::Planned;
-  std::size_t index = 0;   // which picture, from 0
-  PictureSize size;        // of the picture as planned, or of the thumbnail
+  std::size_t index = 0;  // which picture, from 0
+  PictureSize size;       // of the picture as planned, or of the thumbnail
+  int frame = 0;
   bool isThere = false;    // made from the same, so it is left alone
   bool isForeign = false;  // something else stands at its place
   std::uint64_t seconds = 0;

@@ -131,22 +131,28 @@ TEST(RenderStates, MakesTheNamesThatTheFieldsSay) {
   const struct {
     const char* states;
     const char* sizes;
+    const char* frames;
     const char* names;
     const char* rows;  // or what is said
   } kCases[] = {
-      {"Sh*", "64x48", "{state}", "Shown.png: To be rendered\n"},
-      {"*d?n", "64x48", "{index:03}/{state}", "Hidden.png: To be rendered\n"},
-      {"Shown", "64x48 32x24", "{state} {size}",
+      {"Sh*", "64x48", "", "{state}", "Shown.png: To be rendered\n"},
+      {"*d?n", "64x48", "", "{index:03}/{state}", "Hidden.png: To be rendered\n"},
+      {"Shown", "64x48 32x24", "", "{state} {size}",
        "Shown 64x48.png: To be rendered\nShown 32x24.png: To be rendered\n"},
-      {"*", "64x48", "{scene}", "would be written to one file"},
-      {"*", "64x48", "{sta}", "{sta}"},
-      {"*", "64", "{state}", "is no picture size"},
-      {"*", "64x48", "{state}.tif", "names pictures of another format"},
-      {"None*", "64x48", "{state}", "No Stagemark has such a name"},
+      {"Hidden", "64x48", "7:8", "{state} {frame}",
+       "Hidden 0007.png: To be rendered\nHidden 0008.png: To be rendered\n"},
+      {"Hidden", "64x48", "7:8", "{state}", "Put {frame} into the pattern"},
+      {"*", "64x48", "8:7", "{state} {frame}", "8:7"},
+      {"*", "64x48", "", "{scene}", "would be written to one file"},
+      {"*", "64x48", "", "{sta}", "{sta}"},
+      {"*", "64", "", "{state}", "is no picture size"},
+      {"*", "64x48", "", "{state}.tif", "names pictures of another format"},
+      {"None*", "64x48", "", "{state}", "No Stagemark has such a name"},
   };
   for (const auto& row : kCases) {
     TwoShots::Type(window, "names", row.names);
     TwoShots::Type(window, "sizes", row.sizes);
+    TwoShots::Type(window, "frames", row.frames);
     TwoShots::Type(window, "pattern", row.states);
     const std::string rows = TwoShots::Rows(window);
     const bool isRefused = std::string(row.rows).find('\n') == std::string::npos;
@@ -293,18 +299,20 @@ class WithSlurm : public TwoShots {
 TEST(RenderStates, GoToTheFarmAndAreWatchedThere) {
   WithSlurm desk;
   RenderStatesWindow& states = desk.Open();
+  TwoShots::Type(states, "frames", "0:1");
+  TwoShots::Type(states, "names", "{scene} {state} {frame}");
   TwoShots::Rows(states);
   desk.SaveWhenAsked();
   TwoShots::Press(states, "On the Farm...");
   auto& window = TwoShots::Opened<FarmWindow>();
   TwoShots::Press(window, "Submit");
-  ASSERT_TRUE(WithSlurm::Says(window, "2 pictures: 2 waiting")) << window.Said().toStdString();
+  ASSERT_TRUE(WithSlurm::Says(window, "4 pictures: 4 waiting")) << window.Said().toStdString();
   const std::string calls = tests::ReadText(desk.Folder() + "/slurm/calls");
   EXPECT_NE(calls.find("--array=0-"), std::string::npos) << calls;
-  EXPECT_TRUE(window.Said().contains("Nobody is going to do 2")) << window.Said().toStdString();
+  EXPECT_TRUE(window.Said().contains("Nobody is going to do 4")) << window.Said().toStdString();
   // The job can be handed over again. Then a machine does it, of which Slurm knows nothing.
   TwoShots::Press(window, "Retry");
-  ASSERT_TRUE(WithSlurm::Says(window, "2 pictures: 2 waiting")) << window.Said().toStdString();
+  ASSERT_TRUE(WithSlurm::Says(window, "4 pictures: 4 waiting")) << window.Said().toStdString();
   const QString job = QString::fromStdString(desk.Folder() + "/farm/jobs/") + window.Job();
   EXPECT_EQ(QProcess::execute(TEST_BINARY_DIR "/bin/stagemarks", {"farm", "run", job, "--quiet"}),
             0);
@@ -312,18 +320,18 @@ TEST(RenderStates, GoToTheFarmAndAreWatchedThere) {
   QEvent back(QEvent::ActivationChange);
   QApplication::setActiveWindow(&window);
   QApplication::sendEvent(&window, &back);
-  ASSERT_TRUE(WithSlurm::Says(window, "2 pictures: 2 done")) << window.Said().toStdString();
+  ASSERT_TRUE(WithSlurm::Says(window, "4 pictures: 4 done")) << window.Said().toStdString();
   const auto& table = *window.findChild<QTreeWidget*>();
   EXPECT_EQ(table.topLevelItemCount(), 2);
-  EXPECT_EQ(table.topLevelItem(0)->text(0) + table.topLevelItem(0)->text(3), "Shown1");
-  EXPECT_TRUE(fs::exists(desk.Out() + "/shot Shown.png"));
+  EXPECT_EQ(table.topLevelItem(0)->text(0) + table.topLevelItem(0)->text(3), "Shown2");
+  EXPECT_TRUE(fs::exists(desk.Out() + "/shot Shown 0001.png"));
   EXPECT_TRUE(pictures::Write(window, "farm"));
   window.close();
   Desk::Rest();
   TwoShots::Press(states, "On the Farm...");
   auto& again = TwoShots::Opened<FarmWindow>();
   TwoShots::Press(again, "Show Latest Job");
-  EXPECT_TRUE(WithSlurm::Says(again, "2 pictures: 2 done")) << again.Said().toStdString();
+  EXPECT_TRUE(WithSlurm::Says(again, "4 pictures: 4 done")) << again.Said().toStdString();
 }
 
 TEST(RenderStates, WhatTheFarmRefusesIsSaid) {

@@ -242,6 +242,7 @@ void FarmWindow::Submit() {
   const std::string names = order_.pattern.empty() ? "{scene} {state}" : order_.pattern;
   words.append("--output=" + ToQt(order_.folder + "/" + names));
   if (!order_.format.empty()) words.append("--format=" + ToQt(order_.format));
+  if (!order_.frames.empty()) words.append("--frames=" + ToQt(order_.frames));
   words.append("--chunk=" + QString::number(chunk_->value()));
   if (!partition_->text().trimmed().isEmpty())
     words.append("--partition=" + partition_->text().trimmed());

@@ -98,6 +98,8 @@ QString PictureRows::TextOf(const Row& row, int column) const {
       return ToQt(row.planned.state);
     case kSize:
       return QString("%1 x %2").arg(row.planned.size.width).arg(row.planned.size.height);
+    case kFrame:
+      return QString::number(row.planned.frame);
     default:
       break;
   }
@@ -117,7 +119,7 @@ QString PictureRows::TextOf(const Row& row, int column) const {
 }
 
 QVariant PictureRows::headerData(int section, Qt::Orientation orientation, int role) const {
-  constexpr const char* kTitles[] = {"Picture", "Stagemark", "Size", "Result"};
+  constexpr const char* kTitles[] = {"Picture", "Stagemark", "Size", "Frame", "Result"};
   if (role != Qt::DisplayRole || orientation != Qt::Horizontal || section >= kColumns) return {};
   return kTitles[section];
 }

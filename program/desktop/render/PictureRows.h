@@ -15,7 +15,7 @@ namespace desktop {
 
 class PictureRows : public QAbstractTableModel {
  public:
-  enum Column { kFile, kState, kSize, kResult, kColumns };
+  enum Column { kFile, kState, kSize, kFrame, kResult, kColumns };
   struct Row {
     worker::PictureNews planned;
     enum class Result { Planned, Rendering, Rendered, Kept, Failed } result = Result::Planned;

@@ -31,11 +31,14 @@ struct Placeholder {
   const char* text;
   const char* meaning;
 };
-constexpr Placeholder kPlaceholders[] = {
-    {"{scene}", "name of the scene"},   {"{state}", "name of the Stagemark"},
-    {"{camera}", "name of the camera"}, {"{size}", "as 1920x1080"},
-    {"{date}", "day of recording"},     {"{index:03}", "number in this list, 3 digits"},
-    {"{frame}", "number of the frame"}, {"{state:safe}", "plain letters only"}};
+constexpr Placeholder kPlaceholders[] = {{"{scene}", "name of the scene"},
+                                         {"{state}", "name of the Stagemark"},
+                                         {"{camera}", "name of the camera"},
+                                         {"{size}", "as 1920x1080"},
+                                         {"{date}", "day of recording"},
+                                         {"{index:03}", "number in this list, 3 digits"},
+                                         {"{frame}", "number of the frame, 4 digits"},
+                                         {"{state:safe}", "plain letters only"}};
 
 QString CountedPictures(std::size_t count) {
   return QString::number(count) + (count == 1 ? " picture" : " pictures");
@@ -91,6 +94,12 @@ void RenderStatesWindow::AddFields(std::vector<std::string> chosen, const host::
   sizes_->setPlaceholderText("As each state's render settings say; or 1920x1080 960x540");
   sizes_->setToolTip("Several sizes, with blanks between them, give a picture each");
   form_->addRow("S&izes", sizes_);
+  frames_ = new QLineEdit;
+  frames_->setObjectName("frames");
+  frames_->setPlaceholderText(
+      "The first one of each state's render settings; or from and to, 0:99");
+  frames_->setToolTip("Each of them gives a picture; {frame} in the names tells them apart");
+  form_->addRow("Fram&es", frames_);
 }
 
 void RenderStatesWindow::AddPlaces(const host::BaseDocument& doc) {
@@ -122,7 +131,7 @@ void RenderStatesWindow::AddPlaces(const host::BaseDocument& doc) {
   keep_ = new QCheckBox("&Keep pictures that are there and were made from the same");
   keep_->setChecked(true);
   form_->addRow("", keep_);
-  for (QLineEdit* field : {sizes_, folder_, names_})
+  for (QLineEdit* field : {sizes_, frames_, folder_, names_})
     connect(field, &QLineEdit::editingFinished, this, [this] { Plan(); });
   connect(format_, &QComboBox::activated, this, [this] { Plan(); });
   connect(keep_, &QCheckBox::clicked, this, [this] { Plan(); });
@@ -158,6 +167,7 @@ void RenderStatesWindow::AddTable() {
   header.resizeSection(PictureRows::kFile, 330);
   header.resizeSection(PictureRows::kState, 190);
   header.resizeSection(PictureRows::kSize, 110);
+  header.resizeSection(PictureRows::kFrame, 60);
   connect(table_, &QTreeView::activated, this, [this](const QModelIndex& index) {
     OpenFile(rows_.Rows()[static_cast<std::size_t>(index.row())].planned.text);
   });
@@ -227,6 +237,7 @@ std::optional<worker::PicturesOrder> RenderStatesWindow::Order() {
   order.pictures.states = *names;
   for (const QString& size : sizes_->text().split(' ', Qt::SkipEmptyParts))
     order.pictures.sizes.push_back(size.toStdString());
+  order.pictures.frames = frames_->text().trimmed().toStdString();
   order.pictures.folder = QDir::cleanPath(folder_->text().trimmed()).toStdString();
   order.pictures.pattern = names_->text().trimmed().toStdString();
   order.pictures.format = format_->currentData().toString().toStdString();
@@ -244,6 +255,7 @@ void RenderStatesWindow::Plan() {
   if (IsCopied() && asked_ == PlanText(*order) && !rendersNext_) return;
   if (!Ask(*order)) return;
   asked_ = PlanText(*order);
+  table_->setColumnHidden(PictureRows::kFrame, order->pictures.frames.empty());
   said_->setText("Looking at the states.");
 }
 
@@ -316,7 +328,6 @@ void RenderStatesWindow::TakeEnd() {
         (counts.there > 0 ? QString(", %1 there already").arg(counts.there) : "") +
         (counts.failed > 0 ? QString(", %1 failed").arg(counts.failed) : "") + ": " +
         folder_->text());
-    return;
   } else {
     SayPlan();
   }

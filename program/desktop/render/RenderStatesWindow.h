@@ -85,6 +85,7 @@ class RenderStatesWindow : public QDialog {
   QFormLayout* form_;
   StateChoice* states_ = nullptr;
   QLineEdit* sizes_ = nullptr;
+  QLineEdit* frames_ = nullptr;
   QLineEdit* folder_ = nullptr;
   QLineEdit* names_ = nullptr;
   QComboBox* format_ = nullptr;
