@@ -200,13 +200,13 @@ void ContainerWriter::Number() {
 }
 
 std::uint64_t ContainerWriter::MemoryToRead() const {
-  constexpr std::uint64_t kContainerBytes = 160;
-  constexpr std::uint64_t kEntryBytes = 120;
+  constexpr std::uint64_t kContainerInMemory = 160;
+  constexpr std::uint64_t kEntryInMemory = 120;
   std::uint64_t entries = 0;
   for (const RecordBlock& block : records_.Blocks())
     entries += block.first.size() * block.keys.size();
   for (const ListBlock& block : lists_.Blocks()) entries += block.entries.size();
-  return heights_.size() * kContainerBytes + entries * kEntryBytes;
+  return heights_.size() * kContainerInMemory + entries * kEntryInMemory;
 }
 
 std::string ContainerWriter::Contents() const {
