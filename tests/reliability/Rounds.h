@@ -41,6 +41,14 @@ Findings HostileNames(std::uint64_t seed, const GoOn& more);
 // Random changes are taken back and done again: the scene is, step by step, what it was.
 Findings UndoRounds(std::uint64_t seed, const GoOn& more);
 
+// Random hands at the desktop, on copies of the sample scenes: it goes on, what was done can be
+// taken back to the start and done again, and what is saved opens as the same.
+Findings WindowEvents(std::uint64_t seed, const GoOn& more);
+
+// The kinds of the program that is linked, by name.
+using Rounds = Findings (*)(std::uint64_t seed, const GoOn& more);
+const std::map<std::string, Rounds>& Kinds();
+
 // A small scene with the Stagemarks "Day" and "Night", previews too, and commands that change it.
 class Workshop {
  public:

@@ -1,6 +1,6 @@
-// reliability: rounds of one kind, by number or by time.
-//   reliability KIND COUNT [SEED]       so many executions
-//   reliability KIND SECONDSs [SEED]    for so long, as "60s"
+// reliability, reliability_window: rounds of one kind, by number or by time.
+//   PROGRAM KIND COUNT [SEED]       so many executions
+//   PROGRAM KIND SECONDSs [SEED]    for so long, as "60s"
 // Prints a line for the ledger (kind, executions, findings, seed) and every finding; status 1 where
 // there is one.
 #include <algorithm>
@@ -8,18 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <map>
 
 #include "tests/reliability/Rounds.h"
 
 namespace {
-
-using Rounds = tests::Findings (*)(std::uint64_t seed, const tests::GoOn& more);
-
-const std::map<std::string, Rounds> kKinds = {{"faults", tests::FaultRounds},
-                                              {"power-cuts", tests::PowerCuts},
-                                              {"hostile-names", tests::HostileNames},
-                                              {"undo", tests::UndoRounds}};
 
 tests::GoOn Limit(const std::string& amount) {
   const std::uint64_t number = std::strtoull(amount.c_str(), nullptr, 10);
@@ -28,7 +20,8 @@ tests::GoOn Limit(const std::string& amount) {
   return [end](std::uint64_t) { return std::chrono::steady_clock::now() < end; };
 }
 
-int Run(Rounds rounds, const std::string& kind, const std::string& amount, std::uint64_t seed) {
+int Run(tests::Rounds rounds, const std::string& kind, const std::string& amount,
+        std::uint64_t seed) {
   const tests::Findings findings = rounds(seed, Limit(amount));
   std::printf("%s\t%llu\t%zu\tseed %llu\n", kind.c_str(),
               static_cast<unsigned long long>(findings.executions), findings.damages.size(),
@@ -42,10 +35,10 @@ int Run(Rounds rounds, const std::string& kind, const std::string& amount, std::
 }  // namespace
 
 int main(int count, char** arguments) {
-  const auto kind = count >= 3 ? kKinds.find(arguments[1]) : kKinds.end();
-  if (kind == kKinds.end()) {
-    std::fprintf(stderr,
-                 "reliability faults|power-cuts|hostile-names|undo COUNT|SECONDSs [SEED]\n");
+  const auto kind = count >= 3 ? tests::Kinds().find(arguments[1]) : tests::Kinds().end();
+  if (kind == tests::Kinds().end()) {
+    std::fprintf(stderr, "KIND COUNT|SECONDSs [SEED], of the kinds:\n");
+    for (const auto& known : tests::Kinds()) std::fprintf(stderr, "  %s\n", known.first.c_str());
     return 2;
   }
   try {
