@@ -4,14 +4,17 @@
 #include <sys/resource.h>
 #include <sys/time.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "engine/scene/Ownership.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/states/StoredStates.h"
 #include "tests/support/ChildProgram.h"
+#include "tests/support/SceneBytes.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace {
@@ -88,10 +91,7 @@ std::string MakeScene(const tests::ScratchFolder& folder, int objects, States st
   doc->GetDataInstance()->SetContainer(engine::kStagemarksId, records);
   doc->GetDataInstance()->SetContainer(engine::kStoredEntries, entries);
   const std::string path = folder / (std::to_string(objects) + ".c4d");
-  const auto pieces = engine::WriteScene(*doc);
-  std::string bytes;
-  for (const std::string& piece : pieces.Value()) bytes += piece;
-  tests::WriteText(path, bytes);
+  tests::WriteText(path, tests::Bytes(*doc));
   return path;
 }
 

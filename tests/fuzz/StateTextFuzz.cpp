@@ -7,17 +7,12 @@
 #include "tests/fuzz/Require.h"
 #include "tests/support/PluginSession.h"
 #include "tests/support/SceneBuilder.h"
+#include "tests/support/SceneBytes.h"
 
 namespace {
 
 using fuzz::Require;
-
-std::string Bytes(const host::BaseDocument& doc) {
-  std::string bytes;
-  const auto pieces = engine::WriteScene(doc);
-  for (const std::string& piece : pieces.Value()) bytes += piece;
-  return bytes;
-}
+using tests::Bytes;
 
 std::string Text(const host::BaseDocument& doc) {
   std::string text;

@@ -10,6 +10,7 @@
 #include "tests/fuzz/Require.h"
 #include "tests/support/PluginSession.h"
 #include "tests/support/SceneBuilder.h"
+#include "tests/support/SceneBytes.h"
 
 namespace {
 
@@ -101,10 +102,7 @@ void Try(const std::function<void()>& act) {
 }
 
 void CheckFile(const host::BaseDocument& doc) {
-  std::string bytes;
-  const auto pieces = engine::WriteScene(doc);
-  for (const std::string& piece : pieces.Value()) bytes += piece;
-  Require(engine::ReadScene(bytes).Ok());
+  Require(engine::ReadScene(tests::Bytes(doc)).Ok());
 }
 
 }  // namespace

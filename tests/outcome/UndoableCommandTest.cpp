@@ -12,6 +12,7 @@
 #include "engine/states/Trash.h"
 #include "engine/undo/Undo.h"
 #include "tests/source/StageTest.h"
+#include "tests/support/SceneBytes.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace stagemarks {
@@ -245,11 +246,7 @@ TEST_F(UndoableCommandTest, TheTrashTravelsInTheFileAndNotInCopies) {
   BaseDocument& doc = *opened.Value();
   ASSERT_EQ(engine::DeletedStatesOf(doc).size(), 1U);
   EXPECT_EQ(engine::DeletedStatesOf(doc)[0].deleted, "2011-03-05 14:07:59");
-  const auto again = engine::WriteScene(doc);
-  ASSERT_TRUE(again);
-  std::string bytes;
-  for (const std::string& piece : again.Value()) bytes += piece;
-  EXPECT_TRUE(bytes == tests::ReadText(Folder() + "/shot.c4d")) << "kept as it is";
+  EXPECT_TRUE(tests::Bytes(doc) == tests::ReadText(Folder() + "/shot.c4d")) << "kept as it is";
   const engine::OwnedDocument copy(
       static_cast<BaseDocument*>(doc.GetClone(COPY_DOCUMENT, nullptr)));
   EXPECT_TRUE(engine::DeletedStatesOf(*copy).empty());

@@ -4,6 +4,7 @@
 #include "engine/scenefile/SceneFile.h"
 #include "tests/reliability/Rounds.h"
 #include "tests/support/PluginSession.h"
+#include "tests/support/SceneBytes.h"
 
 namespace tests {
 
@@ -97,12 +98,12 @@ void CheckPlaces(PluginSession& session, std::size_t mark, const std::string& wh
 
 // Saved and opened again, all names are what they were.
 void CheckSaved(PluginSession& session, const std::string& what, Findings& findings) {
-  std::string bytes;
-  const auto pieces = engine::WriteScene(session.Doc());
-  findings.Require(pieces.Ok(), what + "the scene cannot be written");
-  if (!pieces) return;
-  for (const std::string& piece : pieces.Value()) bytes += piece;
-  findings.Require(StatesIn(bytes) == NamesIn(session.Doc()), what + "names were lost in the file");
+  try {
+    findings.Require(StatesIn(Bytes(session.Doc())) == NamesIn(session.Doc()),
+                     what + "names were lost in the file");
+  } catch (const std::runtime_error& error) {
+    findings.Require(false, what + "the scene cannot be written: " + error.what());
+  }
 }
 
 void ChangeOnce(PluginSession& session, std::mt19937_64& random, std::vector<std::string>& known,

@@ -23,25 +23,6 @@ namespace {
 using namespace engine;
 using host::LONG;
 
-// The file with the contents of one section exchanged, its frame whole.
-std::string WithSection(const std::string& bytes, const std::string& name,
-                        const std::string& contents) {
-  SectionWriter out(ContentKind::Scene);
-  for (const Section& section : ReadSections(bytes, ContentKind::Scene)) {
-    if (section.name != name) out.AddAsItIs(section.name, section.rawLength, section.payload);
-  }
-  out.Add(name, contents);
-  std::string file;
-  for (const std::string& piece : out.Finish()) file += piece;
-  return file;
-}
-
-std::string ContentsOf(const std::string& bytes, const std::string& name) {
-  Budget budget(1 << 30);
-  const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
-  return Expand(*FindSection(sections, name), budget);
-}
-
 TEST(SceneFileDamage, ACutFileIsRefusedAtEveryByte) {
   const std::string bytes = Bytes(*EverythingScene());
   for (std::size_t length = 1; length < bytes.size(); ++length) {
@@ -132,15 +113,13 @@ TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
     for (const Section& section : sections)
       if (section.name != left.name)
         out.AddAsItIs(section.name, section.rawLength, section.payload);
-    std::string file;
-    for (const std::string& piece : out.Finish()) file += piece;
+    const std::string file = Joined(out.Finish());
     EXPECT_EQ(Refusal(file), "The file is damaged: its section " + left.name + " is missing.");
   }
   SectionWriter twice(ContentKind::Scene);
   twice.Add("TEXTS", "");
   twice.Add("TEXTS", "");
-  std::string file;
-  for (const std::string& piece : twice.Finish()) file += piece;
+  const std::string file = Joined(twice.Finish());
   EXPECT_EQ(Refusal(file), "The file is damaged in section TEXTS (from byte 44): it occurs twice.");
 }
 
@@ -343,11 +322,9 @@ TEST(SceneFileDamage, ExpansionIsBounded) {
     texts ? bomb.Add("TEXTS", Repeated(std::size_t{64} << 20, '\0'))
           : bomb.AddAsItIs(section.name, section.rawLength, section.payload);
   }
-  std::string file;
-  for (const std::string& piece : liar.Finish()) file += piece;
+  std::string file = Joined(liar.Finish());
   EXPECT_NE(Refusal(file).find("section TEXTS"), std::string::npos) << Refusal(file);
-  file.clear();
-  for (const std::string& piece : bomb.Finish()) file += piece;
+  file = Joined(bomb.Finish());
   EXPECT_LT(file.size(), 20000u);
   EXPECT_EQ(engine::ReadScene(file, std::uint64_t{16} << 20).Message(),
             "The file needs more memory than may be used for it (16 MB). If you trust it, set "
@@ -376,8 +353,7 @@ TEST(SceneFileDamage, WhatAFileMayTakeGrowsWithItsSize) {
     if (section.name != kRoomSection)
       shorter.AddAsItIs(section.name, section.rawLength, section.payload);
   }
-  std::string file;
-  for (const std::string& piece : shorter.Finish()) file += piece;
+  const std::string file = Joined(shorter.Finish());
   EXPECT_LT(file.size(), 100000U);
   EXPECT_NE(Refusal(file).find("needs more memory than may be used for it (2"), std::string::npos);
   const auto opened = engine::ReadScene(bytes);

@@ -6,6 +6,7 @@
 
 #include "engine/scenefile/SceneFile.h"
 #include "tests/support/SceneBuilder.h"
+#include "tests/support/SceneBytes.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace {
@@ -44,9 +45,7 @@ Names NamesOf(const BaseContainer& store) {
 class NamesInFile : public testing::Test {
  protected:
   std::string Save(const host::BaseDocument& doc) const {
-    const auto pieces = engine::WriteScene(doc);
-    std::string bytes;
-    for (const std::string& piece : pieces.Value()) bytes += piece;
+    const std::string bytes = tests::Bytes(doc);
     tests::WriteText(path_, bytes);
     return bytes;
   }

@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <numeric>
 
 #include "engine/scene/DeletedStates.h"
 #include "engine/scene/ElementState.h"
 #include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scenefile/SceneFile.h"
+#include "engine/scenefile/Sections.h"
 #include "host/BaseMaterial.h"
 #include "host/GvNode.h"
 #include "host/LayerObject.h"
@@ -206,17 +206,26 @@ Document EverythingScene() {
   return doc;
 }
 
-std::string Bytes(const BaseDocument& doc) {
-  const auto pieces = engine::WriteScene(doc);
-  EXPECT_TRUE(pieces.Ok()) << pieces.Message();
-  if (!pieces) return "";
-  return std::accumulate(pieces.Value().begin(), pieces.Value().end(), std::string());
-}
-
 Document Reopened(const std::string& bytes) {
   auto doc = engine::ReadScene(bytes);
   EXPECT_TRUE(doc.Ok()) << doc.Message();
   return doc ? doc.Take() : nullptr;
+}
+
+std::string ContentsOf(const std::string& bytes, const std::string& section) {
+  engine::Budget budget(1 << 30);
+  const auto sections = engine::ReadSections(bytes, engine::ContentKind::Scene);
+  return engine::Expand(*engine::FindSection(sections, section), budget);
+}
+
+std::string WithSection(const std::string& bytes, const std::string& section,
+                        const std::string& contents) {
+  engine::SectionWriter out(engine::ContentKind::Scene);
+  for (const engine::Section& each : engine::ReadSections(bytes, engine::ContentKind::Scene)) {
+    if (each.name != section) out.AddAsItIs(each.name, each.rawLength, each.payload);
+  }
+  out.Add(section, contents);
+  return Joined(out.Finish());
 }
 
 std::string Refusal(const std::string& bytes) {

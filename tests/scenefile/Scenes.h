@@ -9,6 +9,7 @@
 #include "host/BaseContainer.h"
 #include "host/BaseDocument.h"
 #include "host/BaseList2D.h"
+#include "tests/support/SceneBytes.h"
 
 namespace tests {
 
@@ -25,10 +26,12 @@ host::BaseContainer Records(host::LONG count, host::LONG seed);
 Document EverythingScene();
 Document EmptyScene();
 
-// The whole file; "" and a test failure where writing fails.
-std::string Bytes(const host::BaseDocument& doc);
 // The document read; null and a test failure where reading fails.
 Document Reopened(const std::string& bytes);
+// The contents of one section; and the file with others, its frame right.
+std::string ContentsOf(const std::string& bytes, const std::string& section);
+std::string WithSection(const std::string& bytes, const std::string& section,
+                        const std::string& contents);
 // The message that reading fails with; "opened" where it does not.
 std::string Refusal(const std::string& bytes);
 
