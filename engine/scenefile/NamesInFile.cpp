@@ -50,7 +50,7 @@ class SkimmedContainers {
     in.End();
   }
 
-  // The entries of a container; none of number 0 or one that is not there.
+  // The entries of a container; none of number 0.
   std::vector<CodedEntry> Entries(std::uint64_t number) const {
     // A patch changes what another one is.
     std::vector<const Block*> patches;
@@ -106,9 +106,14 @@ class SkimmedContainers {
     return {contents_.substr(block.offset), kSection, budget_};
   }
 
+  // The block that the container is in, null for number 0.
   const Block* BlockOf(std::uint64_t number) const {
+    if (number == 0) return nullptr;
     const auto after = std::ranges::upper_bound(blocks_, number, {}, &Block::first);
-    return number == 0 || after == blocks_.begin() ? nullptr : &*(after - 1);
+    if (after == blocks_.begin() || number - (after - 1)->first >= (after - 1)->rows)
+      throw Damage{"The file is damaged: it names container " + Grouped(number) +
+                   ", which there is not."};
+    return &*(after - 1);
   }
 
   Block SkipBlock(Cursor& in, std::uint64_t first) const {

@@ -260,10 +260,10 @@ SectionParts::SectionParts(ReadPart read, std::uint64_t size, ContentKind kind)
   CheckStart(read_(0, std::min<std::uint64_t>(size, kStartLength)), kind);
   std::uint64_t at = kStartLength;
   while (places_.empty() || places_.back().section.name != kEnd) {
-    CheckCount(places_.size());
     Place place;
     place.head = read_(at, std::min<std::uint64_t>(size - at, kHeadLength));
     place.section = SectionOfHead(place.head, at);
+    if (place.section.name != kEnd) CheckCount(places_.size());
     place.stored = NumberAt(place.head, kStoredAt, 8);
     at += kHeadLength;
     if (place.stored > size - at) RefuseCutOff(place.section.name, place.stored - (size - at));

@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/scenefile/Bytes.h"
 #include "engine/scenefile/SceneFile.h"
+#include "engine/scenefile/Sections.h"
+#include "tests/scenefile/Scenes.h"
 #include "tests/support/SceneBuilder.h"
 #include "tests/support/SceneBytes.h"
 #include "tests/support/ScratchFolder.h"
@@ -124,6 +127,42 @@ TEST_F(NamesInFile, DamageIsToldWithThePlace) {
   EXPECT_GT(refused, bytes.size() / 20);
   EXPECT_FALSE(engine::NamesInStore(folder_ / "nowhere.c4d", kStore));
   EXPECT_FALSE(engine::NamesInStore(folder_.Path(), kStore));
+}
+
+// What no program wrote, in a frame that is right.
+TEST_F(NamesInFile, AContainerThatIsNotThereIsDamage) {
+  SceneBuilder scene;
+  scene.Doc().GetDataInstance()->SetContainer(700, Store(3));
+  for (const std::uint64_t number : {std::uint64_t{60}, ~std::uint64_t{0}}) {
+    // Identity, bits of one byte, and two numbers of eight.
+    std::string crafted(25, '\0');
+    engine::PutVarint(crafted, number);
+    tests::WriteText(path_, tests::WithSection(tests::Bytes(scene.Doc()), "DOCUMENT", crafted));
+    const auto names = engine::NamesInStore(path_, kStore);
+    ASSERT_FALSE(names);
+    EXPECT_EQ(names.Message(), "\"" + path_ + "\": The file is damaged: it names container " +
+                                   engine::Grouped(number) + ", which there is not.");
+  }
+}
+
+// As many sections as a scene may have, the end not counted; then one more.
+TEST_F(NamesInFile, AreReadOfAllThatOpens) {
+  SceneBuilder scene;
+  scene.Cube("A");
+  const std::string bytes = tests::Bytes(scene.Doc());
+  engine::SectionWriter out(engine::ContentKind::Scene);
+  const auto sections = engine::ReadSections(bytes, engine::ContentKind::Scene);
+  for (const engine::Section& section : sections)
+    out.AddAsItIs(section.name, section.rawLength, section.payload);
+  for (std::size_t i = sections.size(); i < 4096; ++i) out.Add("X" + std::to_string(i), "");
+  for (const bool opens : {true, false}) {
+    engine::SectionWriter whole = out;
+    if (!opens) whole.Add("ONEMORE", "");
+    const std::string file = tests::Joined(whole.Finish());
+    tests::WriteText(path_, file);
+    EXPECT_EQ(engine::ReadScene(file).Ok(), opens);
+    EXPECT_EQ(engine::NamesInSection(path_, engine::kObjectRows, 0).Ok(), opens);
+  }
 }
 
 }  // namespace
