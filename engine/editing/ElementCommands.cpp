@@ -1,12 +1,12 @@
 #include "engine/editing/ElementCommands.h"
 
-#include <cmath>
 #include <unordered_set>
 
 #include "engine/editing/ObjectCommands.h"
 #include "engine/editing/ObjectFrame.h"
 #include "engine/editing/Selection.h"
 #include "engine/scene/NewNodes.h"
+#include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/TreeWalk.h"
 #include "engine/scene/Vectors.h"
@@ -69,14 +69,6 @@ std::vector<std::string> NumberedNames(const BaseDocument& doc, const Elements& 
   return names;
 }
 
-void Destroy(BaseList2D& element) {
-  if (BaseObject* object = AsObject(&element)) return BaseObject::Free(object);
-  if (host::BaseMaterial* material = AsMaterial(&element))
-    return host::BaseMaterial::Free(material);
-  if (host::LayerObject* layer = AsLayer(&element)) return host::LayerObject::Free(layer);
-  if (host::BaseTag* tag = AsTag(&element)) host::BaseTag::Free(tag);
-}
-
 Matrix SpaceOf(const BaseObject& object) {
   const BaseObject* parent = object.GetUp();
   return parent ? parent->GetMg() : Matrix();
@@ -122,7 +114,7 @@ StepwiseEdit RemoveElements(BaseDocument& doc, const Elements& elements) {
   return {"Delete", steps,
           [&doc, topmost = std::move(topmost)](std::size_t i) {
             doc.AddUndo(host::UNDO_DELETE, topmost[i]);
-            Destroy(*topmost[i]);
+            FreeNode(topmost[i]);
           },
           [&doc] {
             doc.SetChanged();

@@ -22,19 +22,6 @@ constexpr std::array<std::array<double, 3>, 8> kColors = {{{0.79, 0.54, 0.24},
                                                            {0.40, 0.66, 0.64},
                                                            {0.75, 0.52, 0.62}}};
 
-host::Vector ColorOfNumber(std::size_t number) {
-  const auto& color = kColors[number % kColors.size()];
-  return {color[0], color[1], color[2]};
-}
-
-std::size_t CountLayers(const BaseDocument& doc) {
-  std::size_t count = 0;
-  for (const host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node;
-       node = NextInTree(node))
-    ++count;
-  return count;
-}
-
 bool IsOf(const BaseDocument& doc, const LayerObject* layer) {
   return layer && layer->GetDocument() == &doc;
 }
@@ -61,17 +48,27 @@ void Append(BaseDocument& doc, LayerObject* layer) {
 
 }  // namespace
 
-LayerObject* MakeLayer(BaseDocument& doc, const std::string& name) {
+LayerObject* MakeLayer(BaseDocument& doc, const std::string& name, const host::LayerData& data) {
   LayerObject* layer = LayerObject::Alloc();
   layer->SetName(host::String(std::string_view(name)));
+  layer->SetLayerData(&doc, data);
   Append(doc, layer);
   return layer;
+}
+
+host::Vector NextLayerColor(const BaseDocument& doc) {
+  std::size_t count = 0;
+  for (const host::GeListNode* node = doc.GetLayerObjectRoot()->GetFirst(); node;
+       node = NextInTree(node))
+    ++count;
+  const auto& color = kColors[count % kColors.size()];
+  return {color[0], color[1], color[2]};
 }
 
 LayerObject* AddLayer(BaseDocument& doc) {
   LayerObject* layer = LayerObject::Alloc();
   host::LayerData data;
-  data.color = ColorOfNumber(CountLayers(doc));
+  data.color = NextLayerColor(doc);
   layer->SetName("Layer");
   layer->SetLayerData(&doc, data);
   MakeNameUnique(*layer, static_cast<LayerObject*>(doc.GetLayerObjectRoot()->GetFirst()));

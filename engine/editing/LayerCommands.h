@@ -43,8 +43,11 @@ std::optional<std::size_t> FindLayerSwitch(std::string_view key);
 
 // A new one below all others, with a name and, by turns, a color of its own.
 host::LayerObject* AddLayer(host::BaseDocument& doc);
-// One of that name, as a part of the open undo group; nothing is posted.
-host::LayerObject* MakeLayer(host::BaseDocument& doc, const std::string& name);
+// One of that name, as a part of the open undo group; nothing is selected or posted.
+host::LayerObject* MakeLayer(host::BaseDocument& doc, const std::string& name,
+                             const host::LayerData& data = {});
+// The color that a new layer has by turns. O(layers).
+host::Vector NextLayerColor(const host::BaseDocument& doc);
 // With the layers below them.
 void DeleteLayers(host::BaseDocument& doc, const LayerList& layers);
 void RenameLayer(host::BaseDocument& doc, host::LayerObject& layer, const host::String& name);

@@ -69,6 +69,16 @@ TEST_F(ElementVerbs, WhatCanBeDoneToThem) {
   }
 }
 
+// As with all that is added: what a person has selected stays selected.
+TEST_F(ElementVerbs, ANewLayerIsNotSelected) {
+  const std::string scene = Room();
+  Out({"record", scene, "Day", "--write"});
+  Out({"layers", "add", scene, "Set", "--write"});
+  const ChildResult nothing = Call({"set-layers", scene});
+  EXPECT_EQ(nothing.status, 2);
+  EXPECT_NE(nothing.err.find("No layer is selected"), std::string::npos) << nothing.err;
+}
+
 TEST_F(ElementVerbs, WhatIsMeantMustBeClear) {
   const std::string scene = Room();
   const std::string before = tests::ReadText(scene);

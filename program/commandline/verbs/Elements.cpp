@@ -302,8 +302,9 @@ class ElementWork {
     if (verb_.elements == ElementClass::Materials) {
       made = engine::MakeMaterial(doc, name, VectorFrom(options_.color));
     } else if (verb_.elements == ElementClass::Layers) {
-      made = engine::AddLayer(doc);
-      made->SetName(host::String(std::string_view(name)));
+      host::LayerData data;
+      data.color = engine::NextLayerColor(doc);
+      made = engine::MakeLayer(doc, name, data);
     } else if (const int status = AddObject(made); status != kDone) {
       return status;
     }
