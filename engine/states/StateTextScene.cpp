@@ -7,6 +7,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "engine/scene/NewNodes.h"
+#include "engine/scene/NodeFactory.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "engine/states/RecordedParts.h"
@@ -24,8 +26,6 @@ namespace {
 // Elements that stand before one of the same name and type, and that the text says nothing of, are
 // made too, so that places are right; more of them than this are no scene's.
 constexpr std::size_t kMostStandIns = 10'000'000;
-
-enum class TextClass { Object, Tag, Layer, Material, Shader, Settings };
 
 class SceneFromText {
  public:
@@ -61,13 +61,13 @@ class SceneFromText {
   using Place = std::tuple<BaseList2D*, LONG, std::string>;
   struct Equal {
     std::size_t position;
-    TextClass kind;
+    NodeKind kind;
     BaseList2D* element;  // until it is in its place
   };
 
   void ReadClasses(const Json& states) {
-    const std::pair<const char*, TextClass> lists[] = {
-        {"objects", TextClass::Object}, {"tags", TextClass::Tag}, {"layers", TextClass::Layer}};
+    const std::pair<const char*, NodeKind> lists[] = {
+        {"objects", NodeKind::Object}, {"tags", NodeKind::Tag}, {"layers", NodeKind::Layer}};
     for (const Json& state : states) {
       for (const auto& [member, kind] : lists) {
         if (!state.is_object() || !state.contains(member)) continue;
@@ -88,34 +88,25 @@ class SceneFromText {
 
   // The text says of records what their elements are; the others are known by their type, or by
   // what they lie in.
-  TextClass ClassOf(const std::string& name, LONG type) const {
-    if (type == host::Mmaterial) return TextClass::Material;
-    if (type == host::Olayer) return TextClass::Layer;
-    if (type == host::Rbase) return TextClass::Settings;
+  NodeKind ClassOf(const std::string& name, LONG type) const {
+    if (type == host::Mmaterial) return NodeKind::Material;
+    if (type == host::Olayer) return NodeKind::Layer;
+    if (type == host::Rbase) return NodeKind::RenderSettings;
     if (const auto known = classes_.find(name); known != classes_.end()) return known->second;
     const auto above = Above(name);
     const auto owner = above ? made_.find(*above) : made_.end();
     const bool isInObject = owner == made_.end() || !owner->second || AsObject(owner->second);
-    if (!isInObject) return AsLayer(owner->second) ? TextClass::Layer : TextClass::Shader;
+    if (!isInObject) return AsLayer(owner->second) ? NodeKind::Layer : NodeKind::Shader;
     const bool isTag = FindPartOfTag(type) || type == host::Tphong || type == host::Texpresso;
-    return above && isTag ? TextClass::Tag : TextClass::Object;
+    return above && isTag ? NodeKind::Tag : NodeKind::Object;
   }
 
-  static BaseList2D* NewOf(TextClass kind, LONG type) {
-    switch (kind) {
-      case TextClass::Object:
-        return host::BaseObject::Alloc(type);
-      case TextClass::Tag:
-        return host::BaseTag::Alloc(type);
-      case TextClass::Layer:
-        return host::LayerObject::Alloc();
-      case TextClass::Material:
-        return host::BaseMaterial::Alloc(type);
-      case TextClass::Shader:
-        return host::BaseShader::Alloc(type);
-      default:
-        return nullptr;
-    }
+  // Null for render settings: a text tells what a Stagemark records of them, not that they are in
+  // the scene.
+  static BaseList2D* NewOf(NodeKind kind, LONG type) {
+    if (kind == NodeKind::RenderSettings) return nullptr;
+    if (kind == NodeKind::Layer) return MakeNode(kind, host::Olayer);
+    return MakeNode(kind == NodeKind::Tag ? TagKind(type) : kind, type);
   }
 
   // Put in its place at once, behind those of its kind; its number among equals is seen to at the
@@ -123,7 +114,7 @@ class SceneFromText {
   void Make(const std::string& name) {
     const Json& json = Described(name);
     const LONG type = NumberOr(json, "type", 0);
-    const TextClass kind = ClassOf(name, type);
+    const NodeKind kind = ClassOf(name, type);
     const LONG position = NumberOr(json, "position", 0);
     if (position < 0) throw UnreadableText("\"position\" of \"" + name + "\" is below 0");
     const auto above = Above(name);
@@ -171,19 +162,19 @@ class SceneFromText {
     }
   }
 
-  void InsertOne(BaseList2D* owner, TextClass kind, BaseList2D* element) {
+  void InsertOne(BaseList2D* owner, NodeKind kind, BaseList2D* element) {
     BaseList2D*& last = last_[{owner, kind}];
     switch (kind) {
-      case TextClass::Object:
+      case NodeKind::Object:
         doc_.InsertObject(AsObject(element), AsObject(owner), AsObject(last));
         break;
-      case TextClass::Layer:
+      case NodeKind::Layer:
         doc_.InsertLayer(AsLayer(element), AsLayer(owner), AsLayer(last));
         break;
-      case TextClass::Material:
+      case NodeKind::Material:
         doc_.InsertMaterial(AsMaterial(element), AsMaterial(last));
         break;
-      case TextClass::Tag:
+      case NodeKind::Tag:
         if (host::BaseObject* object = AsObject(owner))
           object->InsertTag(AsTag(element), AsTag(last));
         else
@@ -199,12 +190,12 @@ class SceneFromText {
 
   const TextElements& elements_;
   BaseDocument& doc_;
-  std::unordered_map<std::string, TextClass> classes_;  // by the element's name in the text
+  std::unordered_map<std::string, NodeKind> classes_;  // by the element's name in the text
   std::unordered_map<std::string, BaseList2D*> made_;
   std::unordered_set<NodeId> identities_;
   std::vector<std::pair<Place, std::vector<Equal>>> places_;
   std::unordered_map<std::string, std::size_t> index_;
-  std::map<std::pair<BaseList2D*, TextClass>, BaseList2D*> last_;
+  std::map<std::pair<BaseList2D*, NodeKind>, BaseList2D*> last_;
   std::size_t standIns_ = 0;
 };
 
