@@ -15,22 +15,8 @@ using host::LONG;
 
 namespace {
 
-// What is stored under an ID, null for nothing: deleting leaves an empty container there.
-const BaseContainer* Stored(const BaseContainer* store, LONG id) {
-  const BaseContainer* one = store ? store->GetContainerInstance(id) : nullptr;
-  return one && one->GetCount() > 0 ? one : nullptr;
-}
-
 const BaseContainer* Store(const host::BaseDocument& doc, LONG id) {
   return doc.GetDataInstance()->GetContainerInstance(id);
-}
-
-StoredDate DateOf(const BaseContainer& holder) {
-  StoredDate date;
-  if (const BaseContainer* fields = holder.GetContainerInstance(kStoredDate)) {
-    for (int i = 0; i < kStoredDateFields; ++i) date.fields[i] = fields->GetLong(kStoredYear + i);
-  }
-  return date;
 }
 
 StoredState FromRecord(LONG id, const BaseContainer& record, const BaseContainer* entry) {
@@ -77,6 +63,14 @@ std::string StoredDate::Text() const {
   return text;
 }
 
+StoredDate StoredDate::FromText(const std::string& text) {
+  StoredDate date;
+  LONG* f = date.fields;
+  const int read =
+      std::sscanf(text.c_str(), "%d-%d-%d %d:%d:%d", f, f + 1, f + 2, f + 3, f + 4, f + 5);
+  return read == kStoredDateFields && date.Text() == text ? date : StoredDate();
+}
+
 std::string StoredDate::WithZone() const {
   std::tm local{};
   local.tm_year = fields[0] - 1900;
@@ -100,19 +94,32 @@ std::string StoredDate::WithZone() const {
   return text;
 }
 
+const BaseContainer* StoredUnder(const BaseContainer* store, LONG id) {
+  const BaseContainer* one = store ? store->GetContainerInstance(id) : nullptr;
+  return one && one->GetCount() > 0 ? one : nullptr;
+}
+
+StoredDate DateOf(const BaseContainer& holder) {
+  StoredDate date;
+  if (const BaseContainer* fields = holder.GetContainerInstance(kStoredDate)) {
+    for (int i = 0; i < kStoredDateFields; ++i) date.fields[i] = fields->GetLong(kStoredYear + i);
+  }
+  return date;
+}
+
 std::vector<StoredState> ReadStates(const host::BaseDocument& doc) {
   std::vector<StoredState> states;
   const BaseContainer* records = Store(doc, kStagemarksId);
   const BaseContainer* entries = Store(doc, kStoredEntries);
   for (LONG i = 0; records && i < records->GetCount(); ++i) {
     const LONG id = records->GetIndexId(i);
-    if (const BaseContainer* record = Stored(records, id))
-      states.push_back(FromRecord(id, *record, Stored(entries, id)));
+    if (const BaseContainer* record = StoredUnder(records, id))
+      states.push_back(FromRecord(id, *record, StoredUnder(entries, id)));
   }
   for (LONG i = 0; entries && i < entries->GetCount(); ++i) {
     const LONG id = entries->GetIndexId(i);
-    const BaseContainer* entry = Stored(entries, id);
-    if (entry && !Stored(records, id)) states.push_back(FromEntry(id, *entry));
+    const BaseContainer* entry = StoredUnder(entries, id);
+    if (entry && !StoredUnder(records, id)) states.push_back(FromEntry(id, *entry));
   }
   return states;
 }

@@ -15,11 +15,6 @@ using host::LONG;
 
 namespace {
 
-const BaseContainer* Stored(const BaseContainer* store, LONG id) {
-  const BaseContainer* one = store ? store->GetContainerInstance(id) : nullptr;
-  return one && one->GetCount() > 0 ? one : nullptr;
-}
-
 std::string TextOf(const host::LocalFileTime& time) {
   return StoredDate{{time.year, time.month, time.day, time.hour, time.minute, time.second}}.Text();
 }
@@ -53,10 +48,10 @@ std::vector<Gone> FindGone(const BaseContainer& before, const BaseContainer& now
   const BaseContainer* left = now.GetContainerInstance(kStagemarksId);
   for (LONG i = 0; records && i < records->GetCount(); ++i) {
     const LONG id = records->GetIndexId(i);
-    const BaseContainer* record = Stored(records, id);
-    const BaseContainer* same = Stored(left, id);
+    const BaseContainer* record = StoredUnder(records, id);
+    const BaseContainer* same = StoredUnder(left, id);
     if (!record || (same && (recorded.empty() || BodyOf(*same) == BodyOf(*record)))) continue;
-    const Gone gone{record, Stored(entries, id), same != nullptr};
+    const Gone gone{record, StoredUnder(entries, id), same != nullptr};
     if (!same || NameOf(gone) == recorded) found.push_back(gone);
   }
   return found;
@@ -72,11 +67,7 @@ DeletedState Packed(const Gone& gone, const StoredDataScope& scope, const KeptPr
   DeletedState state;
   state.name = NameOf(gone);
   parts.preview = previews.Of(state.name);
-  if (const BaseContainer* date = gone.record->GetContainerInstance(kStoredDate)) {
-    StoredDate recorded;
-    for (int i = 0; i < kStoredDateFields; ++i) recorded.fields[i] = date->GetLong(kStoredYear + i);
-    state.recorded = recorded.Text();
-  }
+  state.recorded = DateOf(*gone.record).Text();
   state.deleted = now;
   state.overwritten = gone.overwritten;
   auto packed = std::make_shared<PackedScene>();
@@ -189,7 +180,9 @@ namespace {
 // else under the first one that is free, as recording chooses it.
 LONG PlaceFor(const BaseContainer& record, const BaseContainer& records,
               const BaseContainer& entries) {
-  const auto isFree = [&](LONG id) { return !Stored(&records, id) && !Stored(&entries, id); };
+  const auto isFree = [&](LONG id) {
+    return !StoredUnder(&records, id) && !StoredUnder(&entries, id);
+  };
   const LONG old = record.GetId();
   if (old >= 0 && entries.FindIndex(old) != host::NOTOK && old < entries.GetCount() - 1 &&
       isFree(old))

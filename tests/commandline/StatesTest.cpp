@@ -356,6 +356,25 @@ std::string WithoutFiles(std::string text, const std::vector<std::string>& files
   return text;
 }
 
+// In whatever letters: Chinese ones are two columns wide and three bytes long.
+TEST_F(States, TheTrashLinesUpAndKnowsTheZone) {
+  const std::string scene = Scene("room.c4d");
+  Out({"new", scene});
+  for (const char* name : {"\u663C\u9593", "Evening"}) Out({"record", scene, name, "--write"});
+  Out({"delete", scene, "*", "--yes", "--write"});
+  const std::string out = Out({"trash", "list", scene});
+  EXPECT_NE(out.find("\u663C\u9593     deleted"), std::string::npos) << out;
+  EXPECT_NE(out.find("Evening  deleted"), std::string::npos) << out;
+  const json trash = Json({"trash", "list", scene})["trash"];
+  for (const json& one : trash) {
+    for (const char* key : {"recorded", "deleted"}) {
+      std::string date = one[key];
+      date[10] = 'T';
+      EXPECT_TRUE(one[std::string(key) + "At"].get<std::string>().starts_with(date)) << one;
+    }
+  }
+}
+
 TEST_F(States, TextsAreComparedAsScenesAre) {
   const std::string scene = Staged();
   const std::string later = Scene("later.c4d");

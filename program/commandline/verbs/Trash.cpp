@@ -1,6 +1,7 @@
 // The verb trash: what was deleted or recorded over in a scene, and getting it back.
 #include <algorithm>
 
+#include "engine/dialog/TerminalText.h"
 #include "engine/states/Trash.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/Session.h"
@@ -28,10 +29,16 @@ const char* Reason(const DeletedState& state) {
   return state.overwritten ? "recorded over" : "deleted      ";
 }
 
+JsonValue WithZone(const std::string& date) {
+  return JsonValue::OrNothing(engine::StoredDate::FromText(date).WithZone());
+}
+
 JsonMembers Members(const DeletedState& state) {
   return {{"name", state.name},
           {"recorded", JsonValue::OrNothing(state.recorded)},
+          {"recordedAt", WithZone(state.recorded)},
           {"deleted", JsonValue::OrNothing(state.deleted)},
+          {"deletedAt", WithZone(state.deleted)},
           {"overwritten", state.overwritten}};
 }
 
@@ -40,15 +47,13 @@ int ListTrash(Session& session) {
   const DeletedStates& states = engine::DeletedStatesOf(session.Document());
   std::size_t width = 0;
   for (const DeletedState& state : states)
-    width = std::max(width, std::min(Shown(state.name).size(), kWidestName));
+    width = std::max(width, std::min(engine::DisplayWidth(Shown(state.name)), kWidestName));
   Report report;
   report.PutList("trash");
   for (auto state = states.rbegin(); state != states.rend(); ++state) {
     report.Append("trash", Members(*state));
-    std::string name = Shown(state->name);
-    if (name.size() < width) name.resize(width, ' ');
-    report.Line(name + "  " + Reason(*state) + " " + state->deleted +
-                (state->recorded.empty() ? "" : ", recorded " + state->recorded));
+    report.Line(engine::PadRight(Shown(state->name), width) + "  " + Reason(*state) + " " +
+                state->deleted + (state->recorded.empty() ? "" : ", recorded " + state->recorded));
   }
   if (states.empty()) report.Line("The trash of this scene is empty.");
   report.Print(session.GetProgram());
