@@ -1,7 +1,6 @@
 // The verbs that edit all checked Stagemarks at once: update, set-objects, set-tags, set-layers,
 // set-camera.
 #include <functional>
-#include <unordered_map>
 
 #include "program/commandline/Arguments.h"
 #include "program/commandline/SceneSelection.h"
@@ -23,15 +22,15 @@ struct BulkChoices {
 // Makes what is edited the selection; the text is what a person reads about it.
 using Selection = std::function<int(Session&, const BulkChoices&, std::string&)>;
 
-// Those whose records are not what they were.
-std::vector<std::string> ChangedSince(const std::vector<engine::StoredState>& before,
-                                      const std::vector<engine::StoredState>& now) {
-  std::unordered_map<host::LONG, const host::BaseContainer*> records;
-  for (const engine::StoredState& state : before) records.emplace(state.id, &state.record);
+// Those whose records are not what they were. `before`: the document's data at that time.
+std::vector<std::string> ChangedSince(const host::BaseContainer& before,
+                                      const host::BaseDocument& doc) {
+  const host::BaseContainer* records = before.GetContainerInstance(engine::kStagemarksId);
   std::vector<std::string> names;
-  for (const engine::StoredState& state : now) {
-    const auto former = records.find(state.id);
-    if (former == records.end() || !(*former->second == state.record)) names.push_back(state.name);
+  for (const engine::StoredState& state : engine::ReadStates(doc)) {
+    if (!state.hasRecord) continue;
+    const host::BaseContainer* former = engine::StoredUnder(records, state.id);
+    if (!former || !(*former == state.record)) names.push_back(state.name);
   }
   return names;
 }
@@ -39,7 +38,6 @@ std::vector<std::string> ChangedSince(const std::vector<engine::StoredState>& be
 int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   const std::vector<std::string> names = session.Dialog().CheckedNames();
   const host::BaseContainer before = *session.Document().GetDataInstance();
-  const auto statesBefore = engine::ReadStates(session.Document());
   const std::size_t told = session.GetProgram().terminal.Told().size();
   session.Dialog().Choose(edit.entry);
   session.App().DeliverEvents();
@@ -48,8 +46,7 @@ int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   Report report;
   report.Put("stagemarks", names);
   report.Put("changed", changed);
-  report.Put("changedStagemarks",
-             ChangedSince(statesBefore, engine::ReadStates(session.Document())));
+  report.Put("changedStagemarks", ChangedSince(before, session.Document()));
   if (!selected.empty()) report.Put("selected", selected);
   report.Line(outcome::Sentence(edit, changed, selected, names));
   return session.Keep(report);
