@@ -406,6 +406,11 @@ TEST_F(States, TextsAreComparedAsScenesAre) {
     EXPECT_EQ(Call({"diff", right + ":Night", left}).status, 0) << "by its name";
     EXPECT_EQ(Call({"diff", left, left}).status, 0);
   }
+  Out({"delete", later, "Dusk", "Night", "--yes", "--write"});
+  Out({"delete", scene, "Night", "--yes", "--write"});
+  const json single = JsonAnyway({"diff", scene, later});
+  EXPECT_EQ(single["stagemarks"], json::array({whole[0]})) << "the same form with one in each";
+  EXPECT_EQ(single["differences"], whole[0]["differences"]);
   EXPECT_EQ(Call({"diff", b + ":Dusk", a}).status, 2) << "which has none of this name";
   EXPECT_EQ(Call({"diff", a, "Day", "Night"}).status, 1) << "two of one text";
   EXPECT_EQ(Call({"diff", a, "Day", "--scene"}).status, 2) << "there is none";

@@ -29,6 +29,7 @@ struct DiffOptions {
 struct Place {
   std::string scene;
   std::optional<std::string> name;
+  bool isText = false;
 };
 
 // Two Stagemarks beside each other.
@@ -73,6 +74,7 @@ class DiffVerb {
 
   int Run() {
     int status = ReadPlaces();
+    for (Place& place : places_) place.isText = session_.IsStatesText(place.scene);
     if (status == kDone) status = OpenLeft();
     if (status == kDone) status = options_.scene ? WithScene() : WithOther();
     // Not to be mistaken for "different".
@@ -111,7 +113,7 @@ class DiffVerb {
 
   int OpenLeft() {
     const std::string& scene = places_[0].scene;
-    const bool isText = !program_.open && session_.IsStatesText(scene);
+    const bool isText = !program_.open && places_[0].isText;
     int status = isText ? session_.Start() : session_.StartWithScene();
     if (isText && options_.scene)
       return Refuse(Listed({scene}) + " is a text of Stagemarks, which says nothing of a scene.");
@@ -159,7 +161,7 @@ class DiffVerb {
 
   int OpenRight() {
     const std::string& scene = places_[1].scene;
-    return session_.IsStatesText(scene) ? session_.OpenStatesText(scene) : session_.Open(scene);
+    return places_[1].isText ? session_.OpenStatesText(scene) : session_.Open(scene);
   }
 
   bool IsOneScene() const {
@@ -195,9 +197,7 @@ class DiffVerb {
     }
   }
 
-  bool IsText() {
-    return session_.IsStatesText(places_[0].scene) || session_.IsStatesText(places_[1].scene);
-  }
+  bool IsText() const { return places_[0].isText || places_[1].isText; }
 
   void Compare(ComparedStates& pair) const {
     engine::CompareOptions compare = Compared();
@@ -249,6 +249,8 @@ class DiffVerb {
                                {"stagemark", options_.scene ? JsonValue() : compared.right.name}});
     report.Put("equal", compared.difference.IsEmpty());
     PutChanges(sides, compared.difference, report);
+    // However many a file holds, who reads of two files finds them under the same keys.
+    if (places_.size() > 1 && !places_[0].name && !places_[1].name) PutPairs(report);
     const bool isWhole = AddDifference(sides, compared.difference, report);
     if (!isWhole) report.Line(kMoreWithVerbose);
     if (!leftAlone_.empty()) report.Line("\n" + leftAlone_);
@@ -265,8 +267,7 @@ class DiffVerb {
     report.PutObject("right", {{"scene", places_[1].scene}, {"stagemark", JsonValue()}});
     const bool isEqual = differing == 0 && onlyLeft_.empty() && onlyRight_.empty();
     report.Put("equal", isEqual);
-    report.Put("onlyLeft", onlyLeft_);
-    report.Put("onlyRight", onlyRight_);
+    PutPairs(report);
     report.Line(Listed({places_[0].scene}) + " -> " + Listed({places_[1].scene}) + ": " +
                 (differing == 0 ? "none" : std::to_string(differing)) + " of " +
                 Counted(compared_.size(), "Stagemark") + " of the same name " +
@@ -282,11 +283,16 @@ class DiffVerb {
       isWhole = AddDifference(SidesOf(pair), pair.difference, report) && isWhole;
     }
     if (!isWhole) report.Line(kMoreWithVerbose);
+    report.Print(program_);
+    return isEqual ? kEqual : kDifferent;
+  }
+
+  void PutPairs(Report& report) const {
+    report.Put("onlyLeft", onlyLeft_);
+    report.Put("onlyRight", onlyRight_);
     report.PutStream("stagemarks", [this](const auto& append) {
       for (const ComparedStates& pair : compared_) append(MembersOfPair(pair));
     });
-    report.Print(program_);
-    return isEqual ? kEqual : kDifferent;
   }
 
   JsonMembers MembersOfPair(const ComparedStates& pair) const {
