@@ -43,6 +43,16 @@ std::string AbsolutePath(const std::string& typed) {
   return error ? typed : absolute.lexically_normal().string();
 }
 
+namespace {
+
+engine::ImportLimits LimitsChosen(Terminal& terminal, bool allowOutside) {
+  engine::ImportLimits limits = engine::ChosenImportLimits(terminal);
+  limits.outside = allowOutside ? engine::OutsideTextures::Take : engine::OutsideTextures::Leave;
+  return limits;
+}
+
+}  // namespace
+
 OpenScene::OpenScene(Terminal& terminal, bool allowOutside)
     : system(terminal),
       files(system.Get().ledger, terminal),
@@ -51,12 +61,11 @@ OpenScene::OpenScene(Terminal& terminal, bool allowOutside)
                system.Get().person,
                system.Get().ledger,
                system.Get().folders,
-               system.Get().viewer} {
+               system.Get().viewer},
+      importLimits(LimitsChosen(terminal, allowOutside)) {
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
-  setup.importLimits = engine::ChosenImportLimits(terminal);
-  setup.importLimits.outside =
-      allowOutside ? engine::OutsideTextures::Take : engine::OutsideTextures::Leave;
+  setup.importLimits = importLimits;
   application = std::make_unique<engine::Application>(services, setup);
 }
 

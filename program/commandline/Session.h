@@ -49,6 +49,7 @@ struct OpenScene {
   engine::SystemServices system;
   DeferredFileSystem files;
   const engine::Services services;
+  const engine::ImportLimits importLimits;  // as this person chose them
   std::unique_ptr<engine::Application> application;
   std::unique_ptr<StagemarksDialog> dialog;
   engine::FileLock lock;

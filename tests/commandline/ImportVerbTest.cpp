@@ -219,6 +219,17 @@ TEST_F(UpdateVerb, KeepsTheStagemarks) {
   EXPECT_FALSE(Json({"import", NextDay(), "--update", scene_})["objects"]["changed"].size());
 }
 
+TEST_F(UpdateVerb, WhatCannotBeFollowedIsSaidOnce) {
+  NextDay();
+  const ChildResult result =
+      Shell("STAGEMARKS_IMPORT_SECONDS=soon stagemarks import next/chair.gltf --update chair.c4d");
+  EXPECT_EQ(result.status, 0) << result.err;
+  const std::size_t first = result.err.find("STAGEMARKS_IMPORT_SECONDS");
+  EXPECT_NE(first, std::string::npos) << result.err;
+  EXPECT_EQ(result.err.find("STAGEMARKS_IMPORT_SECONDS", first + 1), std::string::npos)
+      << result.err;
+}
+
 TEST_F(UpdateVerb, WritesOnlyWhereItIsTold) {
   const std::string before = tests::ReadText(scene_);
   for (const std::vector<std::string>& more :

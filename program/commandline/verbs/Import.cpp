@@ -103,11 +103,9 @@ class UpdateFromFile {
 
   int Run() {
     if (const int status = session_.StartWithScene(); status != kDone) return status;
-    engine::ImportLimits limits = engine::ChosenImportLimits(program_.terminal);
-    limits.outside =
-        program_.allowOutside ? engine::OutsideTextures::Take : engine::OutsideTextures::Leave;
-    auto fresh = engine::ImportScene(session_.GetServices(), AbsolutePath(source_),
-                                     engine::ImportWorkerProgram(), limits);
+    auto fresh =
+        engine::ImportScene(session_.GetServices(), AbsolutePath(source_),
+                            engine::ImportWorkerProgram(), session_.Opened()->importLimits);
     if (!fresh) {
       program_.terminal.Error(fresh.Message());
       return Terminal::Interrupted() ? kInterrupted : kFailed;
