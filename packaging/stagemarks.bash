@@ -4,8 +4,7 @@ declare -A _stagemarks_options _stagemarks_places _stagemarks_value _stagemarks_
 
 # Adds those of the lines read that begin with what was typed so far.
 _stagemarks_offer() {
-  local word typed="${cur#[\"\']}"
-  [[ $cur == [\"\']* ]] || typed="${typed//\\/}"
+  local word
   while IFS= read -r word; do
     [[ $word == "$typed"* ]] || continue
     # Inside a quote the shell wants the name as it is.
@@ -32,8 +31,7 @@ _stagemarks_offer_files() {
 # Names that the scene of this command line holds, of Stagemarks or of elements of a kind. Only our own scenes: an import takes
 # too long for a key.
 _stagemarks_offer_names() {
-  local i scene="" typed="${cur#[\"\']}"
-  [[ $cur == [\"\']* ]] || typed="${typed//\\/}"
+  local i scene=""
   for ((i = 0; i < ${#places[@]} && i < ${#given[@]}; i++)); do
     [[ ${places[i]} == SCENE* ]] && scene="${given[i]}"
   done
@@ -81,6 +79,9 @@ _stagemarks_offer_for() {
 
 _stagemarks() {
   local cur="${COMP_WORDS[COMP_CWORD]}" verb="" open="" word i
+  # As the name is, without what the shell makes of it.
+  local typed="${cur#[\"\']}"
+  [[ $cur == [\"\']* ]] || typed="${typed//\\/}"
   local -a given=()
   COMPREPLY=()
   for ((i = 1; i < COMP_CWORD; i++)); do

@@ -1,7 +1,6 @@
 #include "program/commandline/Exporting.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
 #include <memory>
 
