@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "engine/core/ContainerBody.h"
+#include "engine/core/ContainerCompare.h"
+#include "engine/core/LongBody.h"
 #include "engine/core/Value.h"
 #include "host/DescID.h"
 
@@ -10,10 +11,26 @@ namespace engine {
 
 namespace {
 
-void ReplaceValue(Entry& entry, Value value) {
+void ReplaceValue(ContainerBody* body, host::LONG key, Value value) {
+  if (body->IsLong()) return ReplaceLong(*AsLong(body), key, value);
+  Entry& entry = *WritableEntry(body, key);
   const Value before = entry.Get();
-  FillEntry(entry, entry.key, value);
+  FillEntry(entry, key, value);
   Release(before);
+}
+
+// Whether a long list with its positions for keys holds that very record, or one alike to the bit,
+// under the key. Recording what has not changed asks nothing else.
+bool HoldsAlike(const ContainerBody* list, host::LONG key, const ContainerBody* record) {
+  if (!list || !list->IsLong() || AsLong(list)->order != KeyOrder::kDense) return false;
+  const auto position = static_cast<std::uint32_t>(key);
+  if (position >= list->size) return false;
+  const Chunk& chunk = *AsLong(list)->chunks[position >> kChunkShift].chunk;
+  const Entry& entry = chunk.Entries()[position % kChunkEntries];
+  if (entry.type != host::DA_CONTAINER) return false;
+  FetchRecordAhead(chunk, position % kChunkEntries);
+  const auto* held = BlockOf<const ContainerBody>(entry.bits);
+  return held == record || (held && record && AlikeShort(*held, *record));
 }
 
 }  // namespace
@@ -29,7 +46,7 @@ void ContainerAccess::ReplaceAt(host::BaseContainer& container, host::LONG key, 
   Retain(value);
   PrepareWrite(container);
   DropInstance(container, key);
-  ReplaceValue(*WritableEntry(container.body_, key), value);
+  ReplaceValue(container.body_, key, value);
 }
 
 void ContainerAccess::Append(host::BaseContainer& container, host::LONG key, Value value) {
@@ -240,6 +257,7 @@ void BaseContainer::SetTime(LONG id, const BaseTime& value) { SetData(id, GeData
 void BaseContainer::SetString(LONG id, const String& value) { SetData(id, GeData(value)); }
 void BaseContainer::SetFilename(LONG id, const Filename& value) { SetData(id, GeData(value)); }
 void BaseContainer::SetContainer(LONG id, const BaseContainer& value) {
+  if (engine::HoldsAlike(body_, id, value.body_)) return;
   ContainerAccess::Set(*this, id, {DA_CONTAINER, engine::BitsOf(value.body_)});
 }
 

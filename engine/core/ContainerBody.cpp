@@ -83,19 +83,9 @@ bool SmallBlocks::Open(Stock& stock) {
 }
 
 constexpr int kDeepestRecursion = 16;
-constexpr std::uint32_t kFetchedAhead = 8;
 
 std::size_t ShortBytes(std::uint32_t capacity) {
   return sizeof(ContainerBody) + capacity * sizeof(Entry) + IndexBytes(capacity);
-}
-
-// Records are read one after the other: the memory of one that follows is fetched while this one is
-// read.
-void FetchRecord(const Entry& entry) {
-  if (entry.type != host::DA_CONTAINER) return;
-  constexpr std::uint64_t kCacheLine = 64;
-  __builtin_prefetch(BlockOf<const char>(entry.bits));
-  __builtin_prefetch(BlockOf<const char>(entry.bits + kCacheLine));
 }
 
 ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
@@ -244,8 +234,7 @@ const Entry* FindLongEntry(const ContainerBody& body, host::LONG key) {
   const Spot spot = FindSpot(*AsLong(&body), key);
   if (!spot.Found()) return nullptr;
   const Chunk& chunk = *AsLong(&body)->chunks[spot.chunk].chunk;
-  if (spot.offset + kFetchedAhead < chunk.size)
-    FetchRecord(chunk.Entries()[spot.offset + kFetchedAhead]);
+  FetchRecordAhead(chunk, spot.offset);
   return chunk.Entries() + spot.offset;
 }
 
@@ -291,7 +280,10 @@ ContainerBody* SplitBody(ContainerBody* body) {
 
 Entry* WritableLongEntry(ContainerBody& body, host::LONG key) {
   const Spot spot = FindSpot(*AsLong(&body), key);
-  return spot.Found() ? WritableChunk(*AsLong(&body), spot.chunk).Entries() + spot.offset : nullptr;
+  if (!spot.Found()) return nullptr;
+  Chunk& chunk = WritableChunk(*AsLong(&body), spot.chunk);
+  chunk.links = {};  // whatever is written into it
+  return chunk.Entries() + spot.offset;
 }
 
 ContainerBody* AppendWithGrowth(ContainerBody* body, host::LONG key, Value value) {

@@ -1,10 +1,10 @@
 // Comparing containers of any depth: explicitly, not by recursion to match.
+#include "engine/core/ContainerCompare.h"
+
 #include <algorithm>
 #include <set>
 #include <utility>
 #include <vector>
-
-#include "engine/core/ContainerBody.h"
 
 namespace engine {
 
@@ -97,17 +97,6 @@ class Comparison {
   // compared along every way to them.
   std::set<std::pair<const ContainerBody*, const ContainerBody*>> met_;
 };
-
-// True for short bodies that are alike to the bit: nothing nested needs a look. Records mostly are.
-bool AlikeShort(const ContainerBody& a, const ContainerBody& b) {
-  if (a.IsLong() || b.IsLong() || a.size != b.size || a.id != b.id) return false;
-  const Entry* left = a.Entries();
-  const Entry* right = b.Entries();
-  for (const Entry* end = left + a.size; left != end; ++left, ++right) {
-    if (((KeyAndType(*left) ^ KeyAndType(*right)) | (left->bits ^ right->bits)) != 0) return false;
-  }
-  return true;
-}
 
 [[gnu::noinline]] bool Compare(const ContainerBody* a, const ContainerBody* b, OwnIds ids) {
   return Comparison(ids).Run(a, b);

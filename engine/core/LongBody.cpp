@@ -21,6 +21,8 @@ Chunk* NewChunk(std::uint32_t capacity) {
 void ReplaceChunk(SharedReference<Chunk>& chunk, std::uint32_t capacity) {
   Chunk* copy = NewChunk(capacity);
   copy->size = chunk->size;
+  copy->linkKey = chunk->linkKey;
+  copy->links = chunk->links;
   std::copy_n(chunk->Entries(), chunk->size, copy->Entries());
   if (chunk->owners.Unique()) {
     FreeChunkMemory(chunk.release());  // the entries have moved
@@ -78,6 +80,19 @@ Chunk& ChunkForOneMore(LongBody& body, host::LONG key) {
   return WritableChunk(body, static_cast<std::uint32_t>(body.chunks.size()) - 1);
 }
 
+// The range of the chunk's links once a record with that link comes behind them.
+void ExtendLinks(Chunk& chunk, RecordLink link) {
+  const bool isFirst = chunk.size == 0;
+  const bool follows = link.key == chunk.linkKey && link.target > chunk.links.greatest;
+  if (link.target == 0 || !(isFirst || follows)) {
+    chunk.links = {};
+    return;
+  }
+  chunk.linkKey = link.key;
+  if (isFirst) chunk.links.least = link.target;
+  chunk.links.greatest = link.target;
+}
+
 Spot FindAscending(const LongBody& body, host::LONG key) {
   const auto& chunks = body.chunks;
   const auto after = std::ranges::upper_bound(chunks, key, {}, &ChunkPlace::leastKey);
@@ -120,6 +135,17 @@ void Compact(LongBody& body) {
 
 }  // namespace
 
+RecordLink RecordLink::Of(Value record) {
+  if (record.type != host::DA_CONTAINER) return {};
+  const auto* body = BlockOf<ContainerBody>(record.bits);
+  if (!body || body->IsLong()) return {};
+  for (std::uint32_t i = body->size; i-- > 0;) {
+    const Entry& entry = body->Entries()[i];
+    if (entry.type == host::DA_ALIASLINK) return {entry.key, entry.bits};
+  }
+  return {};
+}
+
 LongBody::LongBody(const LongBody& other)
     : chunks(other.chunks), index(other.index), order(other.order), greatestKey(other.greatestKey) {
   id = other.id;
@@ -160,11 +186,22 @@ void AppendLong(LongBody& body, host::LONG key, Value value) {
   if (order == KeyOrder::kMixed && body.order != order) MakeMixed(body);
   body.order = order;
   Chunk& chunk = ChunkForOneMore(body, key);
+  if (chunk.size == 0 || chunk.links.IsKnown()) ExtendLinks(chunk, RecordLink::Of(value));
   FillEntry(chunk.Entries()[chunk.size++], key, value);
   ++body.size;
   body.greatestKey = key;
   if (order == KeyOrder::kMixed)
     PutInIndex(body, key, {static_cast<std::uint32_t>(body.chunks.size()) - 1, chunk.size - 1});
+}
+
+void ReplaceLong(LongBody& body, host::LONG key, Value value) {
+  const Spot spot = FindSpot(body, key);
+  Chunk& chunk = WritableChunk(body, spot.chunk);
+  Entry& entry = chunk.Entries()[spot.offset];
+  const Value before = entry.Get();
+  if (chunk.links.IsKnown() && RecordLink::Of(before) != RecordLink::Of(value)) chunk.links = {};
+  FillEntry(entry, key, value);
+  Release(before);
 }
 
 bool RemoveLong(LongBody& body, host::LONG key) {

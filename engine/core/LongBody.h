@@ -13,6 +13,28 @@ namespace engine {
 
 inline constexpr std::uint32_t kChunkShift = 9;
 inline constexpr std::uint32_t kChunkEntries = 1U << kChunkShift;  // most entries of a chunk
+// How far ahead of the entry in hand the record of another one is fetched
+inline constexpr std::uint32_t kFetchedAhead = 8;
+
+// The last link among the values of a record, by which records name what they are of; 0 and 0 for
+// any other value.
+struct RecordLink {
+  host::LONG key = 0;
+  std::uint64_t target = 0;
+
+  static RecordLink Of(Value record);
+  bool operator==(const RecordLink&) const = default;
+};
+
+// Between which targets the records of a chunk lie. Known while every entry is a record, the last
+// link of each stands under the same key, and each target is greater than the one before; so no two
+// are the same. Removing leaves the range wider than it need be.
+struct LinkRange {
+  std::uint64_t least = 1;
+  std::uint64_t greatest = 0;
+
+  bool IsKnown() const { return least <= greatest; }
+};
 
 struct Chunk {
   // Releases the entries and the memory of a chunk without owners.
@@ -21,7 +43,8 @@ struct Chunk {
   SharedCount owners;
   std::uint32_t size = 0;
   std::uint32_t capacity = 0;
-  std::uint32_t unused = 0;  // keeps the entries aligned
+  host::LONG linkKey = 0;  // of `links` while they are known
+  LinkRange links;         // kept by whoever writes an entry
 
   Entry* Entries() { return static_cast<Entry*>(static_cast<void*>(this + 1)); }
   const Entry* Entries() const {
@@ -33,7 +56,7 @@ struct Chunk {
     return sizeof(Chunk) + capacity * sizeof(Entry);
   }
 };
-static_assert(sizeof(Chunk) == 16);
+static_assert(sizeof(Chunk) % alignof(Entry) == 0);
 
 struct ChunkPlace {
   SharedReference<Chunk> chunk;  // never null; may be empty
@@ -75,12 +98,24 @@ inline Spot FindSpot(const LongBody& body, host::LONG key) {
   return position < body.size ? Spot{position >> kChunkShift, position % kChunkEntries} : Spot{};
 }
 Spot SpotAt(const LongBody& body, std::uint32_t position);
-// The chunk, with one owner.
+// The chunk, with one owner. Its range of links is as before.
 Chunk& WritableChunk(LongBody& body, std::uint32_t chunk);
 // Takes the value's share. The key is not there yet.
 void AppendLong(LongBody& body, host::LONG key, Value value);
+// Takes the value's share and releases the one of the value before. The key is there.
+void ReplaceLong(LongBody& body, host::LONG key, Value value);
 bool RemoveLong(LongBody& body, host::LONG key);
 // Of a chunk whose entries are released or have moved elsewhere.
 void FreeChunkMemory(Chunk* chunk);
+
+// Records are read one after the other: the memory of one that follows is fetched while this one is
+// read. Nothing comes of it where the entry is no record.
+inline void FetchRecordAhead(const Chunk& chunk, std::uint32_t offset) {
+  constexpr std::uint64_t kCacheLine = 64;
+  if (offset + kFetchedAhead >= chunk.size) return;
+  const std::uint64_t record = chunk.Entries()[offset + kFetchedAhead].bits;
+  __builtin_prefetch(BlockOf<const char>(record));
+  __builtin_prefetch(BlockOf<const char>(record + kCacheLine));
+}
 
 }  // namespace engine

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/core/ContainerContents.h"
+#include "engine/core/LongBody.h"
 #include "host/BaseContainer.h"
 #include "tests/support/ContainerMemory.h"
 
@@ -174,6 +175,78 @@ TEST(LongContainerMemory, ForgetsKeysThatLeft) {
       container.SetLong(10000 + i, i);
     }
     EXPECT_LT(tests::MemoryOf(container), 4 * before) << leaving;
+  }
+}
+
+BaseContainer RecordOf(engine::NodeId element, LONG value) {
+  BaseContainer record;
+  engine::SetLinkId(record, 30000, element);
+  record.SetLong(30001, value);
+  return record;
+}
+
+// The chunks that know the range of their links. Of those, each record has one, in ascending order.
+std::size_t ChunksWithRange(const BaseContainer& container) {
+  const engine::ContainerBody* body = engine::ContainerAccess::Body(container);
+  std::size_t known = 0;
+  for (const engine::ChunkPlace& place : engine::AsLong(body)->chunks) {
+    const engine::Chunk& chunk = *place.chunk;
+    if (!chunk.links.IsKnown()) continue;
+    ++known;
+    std::uint64_t last = 0;
+    for (const engine::Entry& entry : chunk.All()) {
+      const auto link = engine::RecordLink::Of(entry.Get());
+      EXPECT_EQ(link.key, chunk.linkKey);
+      EXPECT_GT(link.target, last);
+      EXPECT_TRUE(link.target >= chunk.links.least && link.target <= chunk.links.greatest);
+      last = link.target;
+    }
+  }
+  return known;
+}
+
+// One write into a list of records, and what it leaves known of the ranges of its four chunks.
+struct RangeWrite {
+  const char* name;
+  void (*write)(BaseContainer& list);
+  std::size_t known;
+};
+const RangeWrite kRangeWrites[] = {
+    {"the same record", [](BaseContainer& list) { list.SetContainer(7, RecordOf(1070, 0)); }, 4},
+    {"another value", [](BaseContainer& list) { list.SetContainer(7, RecordOf(1070, 1)); }, 4},
+    {"another element", [](BaseContainer& list) { list.SetContainer(7, RecordOf(5, 0)); }, 3},
+    {"no record", [](BaseContainer& list) { list.SetLong(7, 7); }, 3},
+    {"one without entries", [](BaseContainer& list) { list.SetContainer(7, {}); }, 3},
+    {"one taken out", [](BaseContainer& list) { list.RemoveData(7); }, 4},
+    {"the next", [](BaseContainer& list) { list.SetContainer(2000, RecordOf(99999, 0)); }, 4},
+    {"an earlier one", [](BaseContainer& list) { list.SetContainer(2000, RecordOf(5, 0)); }, 3},
+    {"no element", [](BaseContainer& list) { list.SetContainer(2000, RecordOf(0, 0)); }, 3},
+    {"in place",
+     [](BaseContainer& list) { engine::SetLinkId(*list.GetContainerInstance(600), 30000, 5); }, 3},
+    {"in place, deeper",
+     [](BaseContainer& list) {
+       BaseContainer inner;
+       inner.SetContainer(1, RecordOf(3, 0));
+       list.SetContainer(600, inner);
+       engine::SetLinkId(*list.GetContainerInstance(600)->GetContainerInstance(1), 30000, 5);
+     },
+     3},
+};
+
+TEST(LongContainerLinks, RangesAreKnownWhereTheyHold) {
+  BaseContainer list;
+  for (LONG i = 0; i < 2000; ++i)
+    list.SetContainer(i, RecordOf(static_cast<engine::NodeId>(1000 + 10 * i), 0));
+  ASSERT_EQ(ChunksWithRange(list), 4u);
+  for (const RangeWrite& row : kRangeWrites) {
+    SCOPED_TRACE(row.name);
+    for (const bool shared : {true, false}) {
+      BaseContainer copy = list;
+      if (!shared) copy.SetContainer(1999, RecordOf(20990, 1));
+      row.write(copy);
+      EXPECT_EQ(ChunksWithRange(copy), row.known);
+      EXPECT_EQ(ChunksWithRange(list), 4u);
+    }
   }
 }
 
