@@ -245,8 +245,9 @@ class SMDialog : public GeDialog {
   BaseContainer objectsBc_;
   BaseContainer cameraBc_;
   BaseContainer tagsBc_;
-  std::array<BaseContainer, kCaptures> tagRecords_;  // by capture, written over for each tag
-  RecordedCompositing recordedCompositing_;
+  BaseContainer textureRecord_;  // written over for each texture tag
+  RememberedTags compositingTags_{Capture::Compositing};
+  RememberedTags genericTags_{Capture::Generic};
 
   LONG frameFrom_ = 0;
   LONG frameTo_ = 0;

@@ -1,4 +1,4 @@
-// Compositing tags recorded again and again: what the plug-in remembers of them saves it the
+// Tags with many values recorded again and again: what the plug-in remembers of them saves it the
 // reading and changes nothing.
 #include <functional>
 
@@ -29,11 +29,18 @@ constexpr LONG kNested = 1126;  // a parameter that is recorded whatever its typ
 
 class RepeatedRecordingTest : public StageTest {
  protected:
-  RepeatedRecordingTest() { OnlyOptions({Option::CompositingTags, Option::Materials}); }
+  static constexpr LONG kStyle = 1011012;  // recorded as its whole data
 
-  // A tag whose values are its own, unless `number` is 0.
+  RepeatedRecordingTest() {
+    OnlyOptions({Option::CompositingTags, Option::Materials, Option::SketchStyleTags});
+  }
+
   BaseTag* Compositing(BaseObject* object, LONG number) {
-    BaseTag* tag = Tag(object, Tcompositing);
+    return Numbered(object, Tcompositing, number);
+  }
+  // A tag whose values are its own, unless `number` is 0.
+  BaseTag* Numbered(BaseObject* object, LONG type, LONG number) {
+    BaseTag* tag = Tag(object, type);
     if (number != 0) tag->GetDataInstance()->SetLong(1006, number);
     return tag;
   }
@@ -50,6 +57,12 @@ class RepeatedRecordingTest : public StageTest {
   static BaseContainer Plain(const BaseTag& tag, LONG index) {
     const BaseContainer& data = *tag.GetDataInstance();
     BaseContainer record(index);
+    if (tag.GetType() == kStyle) {
+      record = data;
+      record.SetId(index);
+      record.SetLink(kTagLink, &tag);
+      return record;
+    }
     GeData parameter;
     for (const CompositingRow& row : kCompositing) {
       if (row.reading == Reading::Parameter) data.GetParameter(DescID(row.parameter), parameter);
@@ -90,12 +103,17 @@ TEST_F(RepeatedRecordingTest, ReadsTagsThatAreAlikeOnce) {
 
 // Whatever comes between two recordings, an element's records are those that a dialog which
 // remembers nothing makes.
-TEST_F(RepeatedRecordingTest, RecordsWhatTheTagsHold) {
+class RepeatedTypeTest : public RepeatedRecordingTest, public testing::WithParamInterface<LONG> {
+ protected:
+  BaseTag* Own(BaseObject* object, LONG number) { return Numbered(object, GetParam(), number); }
+};
+
+TEST_P(RepeatedTypeTest, RecordsWhatTheTagsHold) {
   BaseObject* first = Object("First");
   BaseObject* second = Object("Second");
-  BaseTag* one = Compositing(first, 1);
-  BaseTag* other = Compositing(second, 1);
-  BaseTag* third = Compositing(second, 2);
+  BaseTag* one = Own(first, 1);
+  BaseTag* other = Own(second, 1);
+  BaseTag* third = Own(second, 2);
   const auto inner = [](LONG id) {
     BaseContainer container(id);
     container.SetLong(1, 1);
@@ -114,12 +132,13 @@ TEST_F(RepeatedRecordingTest, RecordsWhatTheTagsHold) {
          *other->GetDataInstance() = one->GetData();
          other->GetDataInstance()->SetContainer(kNested, inner(5));
        }},
+      {"a load", [&] { Load("Start"); }},
       {"a tag less", [&] { BaseTag::Free(third); }},
-      {"another tag with the values of one that went", [&] { third = Compositing(second, 2); }},
+      {"another tag with the values of one that went", [&] { third = Own(second, 2); }},
       {"one that moved to the end",
        [&] {
          BaseTag::Free(one);
-         one = Compositing(second, 9);
+         one = Own(second, 9);
        }},
   };
   LONG element = 0;
@@ -132,13 +151,15 @@ TEST_F(RepeatedRecordingTest, RecordsWhatTheTagsHold) {
     LONG index = 0;
     for (BaseObject* object = first; object; object = object->GetNext()) {
       for (BaseTag* tag = object->GetFirstTag(); tag; tag = tag->GetNext(), ++index) {
-        if (tag->GetType() != Tcompositing) continue;
+        if (tag->GetType() != GetParam()) continue;
         EXPECT_TRUE(engine::Identical(Tags(element).GetContainer(index), Plain(*tag, index)))
             << tests::ContainerText(Tags(element).GetContainer(index), &Doc());
       }
     }
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Types, RepeatedTypeTest, testing::Values(Tcompositing, 1011012));
 
 // Tags that are alike and get alike values share what comes out; others do not.
 TEST_F(RepeatedRecordingTest, RecallSharesWhatComesOutAlike) {

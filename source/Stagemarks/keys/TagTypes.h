@@ -13,7 +13,6 @@ namespace stagemarks {
 // Texture: the material link only. Compositing: fifty parameters renumbered. Generic: the whole
 // data container.
 enum class Capture { Texture, Compositing, Generic };
-inline constexpr std::size_t kCaptures = 3;
 
 struct TagTypeRow {
   LONG type;

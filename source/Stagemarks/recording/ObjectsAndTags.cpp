@@ -52,9 +52,11 @@ Bool SMDialog::RecordObjectAndTagSettings() {
   const BaseContainer current = CurrentRecord();
   BorrowedRecords objects(objectsBc_, current.GetContainer(kObjects));
   BorrowedRecords tags(tagsBc_, current.GetContainer(kTags));
-  recordedCompositing_.Begin();
+  compositingTags_.Begin();
+  genericTags_.Begin();
   LoopThroughOM(doc, doc->GetFirstObject());
-  recordedCompositing_.End();
+  compositingTags_.End();
+  genericTags_.End();
   objects.GiveBackFrom(IsOn(Option::Objects) ? objectCount_ : 0);
   tags.GiveBackFrom(tagCount_);
   return TRUE;
@@ -78,14 +80,15 @@ Bool SMDialog::RecordTags(BaseObject* op) {
   for (BaseTag* tag = op->GetFirstTag(); tag; tag = tag->GetNext()) {
     const TagTypeRow* type = FindTagType(tag->GetType());
     if (!type || !IsOn(type->option)) continue;
-    if (type->capture == Capture::Compositing) {
-      tagsBc_.SetContainer(tagCount_, recordedCompositing_.RecordOf(*tag, tagCount_));
+    if (type->capture == Capture::Texture) {
+      WriteTexture(textureRecord_, static_cast<const TextureTag&>(*tag));
+      textureRecord_.SetId(tagCount_);
+      textureRecord_.SetLink(kTagLink, tag);
+      tagsBc_.SetContainer(tagCount_, textureRecord_);
     } else {
-      BaseContainer& record = tagRecords_[static_cast<std::size_t>(type->capture)];
-      WriteTagSettings(record, *tag, type->capture);
-      record.SetId(tagCount_);
-      record.SetLink(kTagLink, tag);
-      tagsBc_.SetContainer(tagCount_, record);
+      RememberedTags& recorded =
+          type->capture == Capture::Compositing ? compositingTags_ : genericTags_;
+      recorded.Record(*tag, tagsBc_, tagCount_);
     }
     ++tagCount_;
   }

@@ -8,14 +8,18 @@ namespace stagemarks {
 
 namespace {
 
-void WriteTexture(BaseContainer& settings, const TextureTag& tag) {
-  settings.SetLink(kMaterialLink, tag.GetMaterial(FALSE));
-}
-
-BaseContainer Captured(const BaseTag& tag, Capture capture) {
+BaseContainer CapturedFrom(const BaseTag& tag, Capture capture) {
   BaseContainer settings;
   WriteTagSettings(settings, tag, capture);
   return settings;
+}
+
+Bool HoldsContainers(const BaseContainer& data) {
+  const LONG count = data.GetCount();
+  for (LONG i = 0; i < count; ++i) {
+    if (data.GetType(data.GetIndexId(i)) == DA_CONTAINER) return TRUE;
+  }
+  return FALSE;
 }
 
 }  // namespace
@@ -48,6 +52,10 @@ BaseContainer LayerRecord(const BaseList2D& layer, const BaseDocument* doc, LONG
   record.SetLink(kLayerLink, &layer);
   WriteLayerFlags(record, layer, doc);
   return record;
+}
+
+void WriteTexture(BaseContainer& settings, const TextureTag& tag) {
+  settings.SetLink(kMaterialLink, tag.GetMaterial(FALSE));
 }
 
 // One value serves all reads through the parameter interface: a parameter that the tag lacks
@@ -92,41 +100,56 @@ void WriteTagSettings(BaseContainer& settings, const BaseTag& tag, Capture captu
 }
 
 BaseContainer SMDialog::CaptureTag(BaseTag* tag, Capture capture) const {
-  return Captured(*tag, capture);
+  return CapturedFrom(*tag, capture);
 }
 BaseContainer SMDialog::GetTtextureSettings(BaseTag* tag) const {
-  return Captured(*tag, Capture::Texture);
+  return CapturedFrom(*tag, Capture::Texture);
 }
 BaseContainer SMDialog::GetTgenericSettings(BaseTag* tag) const {
-  return Captured(*tag, Capture::Generic);
+  return CapturedFrom(*tag, Capture::Generic);
 }
 BaseContainer SMDialog::GetTcompositingSettings(BaseTag* tag) const {
-  return Captured(*tag, Capture::Compositing);
+  return CapturedFrom(*tag, Capture::Compositing);
 }
 
-const BaseContainer& RecordedCompositing::RecordOf(const BaseTag& tag, LONG index) {
+Bool RememberedTags::Remembered::IsSame(const BaseContainer& other) {
+  if (isFlat == Flat::No || data != other) return FALSE;
+  if (isFlat == Flat::Unknown) isFlat = HoldsContainers(data) ? Flat::No : Flat::Yes;
+  return isFlat == Flat::Yes;
+}
+
+// A new record of fifty values is written over that of the tag before. Whether there are containers
+// in a whole data container is asked once it is met again.
+RememberedTags::Flat RememberedTags::Write(BaseContainer& record, const BaseTag& tag, Bool isNew) {
+  if (capture_ != Capture::Compositing) {
+    WriteTagSettings(record, tag, capture_);
+    return Flat::Unknown;
+  }
+  Remembered* before = next_ > 1 ? &tags_[next_ - 2] : nullptr;
+  const Bool isLikeBefore = before && before->IsSame(*tag.GetDataInstance());
+  if (isLikeBefore || (isNew && before)) record = before->record;
+  return isLikeBefore || WriteCompositing(record, tag) ? Flat::Yes : Flat::No;
+}
+
+void RememberedTags::Record(const BaseTag& tag, BaseContainer& records, LONG index) {
   if (next_ == tags_.size()) tags_.emplace_back();
-  Recorded& last = tags_[next_++];
+  Remembered& last = tags_[next_++];
   const BaseContainer& data = *tag.GetDataInstance();
   const GeData link(&tag);
-  const Bool isSame = last.isFlat && last.data == data;
-  if (isSame && last.index == index && last.tag == link) return last.record;
-  if (isSame) {
-    work_ = last.record;
-    isFlat_ = TRUE;
-  } else if (!isFlat_ || data_ != data) {
-    isFlat_ = WriteCompositing(work_, tag);
-  }
-  data_ = data;
-  work_.SetId(index);
-  work_.SetLink(kTagLink, &tag);
-  // A record that comes out alike goes on sharing its entries with the stores.
-  if (!isFlat_ || last.record.GetId() != index || last.record != work_) last.record = work_;
+  const Bool isSame = last.IsSame(data);
+  if (isSame && last.index == index && last.tag == link)
+    return records.SetContainer(index, last.record);
+  last.isFlat = Flat::No;  // until all is written, which may fail for want of memory
+  const Flat isFlat = isSame ? Flat::Yes : Write(last.record, tag, last.index == NOTOK);
+  last.record.SetId(index);
+  last.record.SetLink(kTagLink, &tag);
+  records.SetContainer(index, last.record);
+  // One that came out alike goes on sharing its entries with the stores.
+  last.record = records.GetContainer(index);
+  last.data = data;
   last.tag = link;
   last.index = index;
-  last.isFlat = isFlat_;
-  last.data = data;
-  return last.record;
+  last.isFlat = isFlat;
 }
 
 }  // namespace stagemarks

@@ -1,10 +1,10 @@
 // The records of single objects, tags and layers, written alike by recording and by the bulk edits.
-// A record's own ID is the key it is stored under. RecordedCompositing spares a recording the
-// reading of compositing tags that are as they were. Main thread.
+// A record's own ID is the key it is stored under. RememberedTags spares a recording the reading of
+// tags with many values that are as they were. Main thread.
 #pragma once
 
 #include <cstddef>
-#include <vector>
+#include <deque>
 
 #include "source/Stagemarks/Host.h"
 #include "source/Stagemarks/keys/TagTypes.h"
@@ -18,6 +18,8 @@ void WriteObjectSwitches(BaseContainer& record, const BaseObject& object);
 void WriteObjectRecord(BaseContainer& record, const BaseObject& object, LONG index);
 BaseContainer ObjectRecord(const BaseObject& object, LONG index);
 
+// The link to the texture tag's material.
+void WriteTexture(BaseContainer& settings, const TextureTag& tag);
 // What a capture takes of a tag. Writing over a record of the same capture leaves nothing of the
 // other tag but its link.
 void WriteTagSettings(BaseContainer& settings, const BaseTag& tag, Capture capture);
@@ -30,36 +32,43 @@ void WriteLayerFlags(BaseContainer& record, const BaseList2D& layer, const BaseD
 // The link to the layer and its flags.
 BaseContainer LayerRecord(const BaseList2D& layer, const BaseDocument* doc, LONG index);
 
-// What was recorded of the scene's compositing tags last, in the order of the walk. A tag whose
-// data is what it was then is recorded again without reading its fifty values, and so is one whose
-// data is that of the tag before. The copies of data and records share their entries with tags and
-// stores.
-class RecordedCompositing {
+// What was recorded of the scene's tags of one capture last, in the order of the walk. A tag whose
+// data is what it was then is recorded again without reading its values, and so is a compositing
+// tag whose data is that of the tag before. The copies of data and records share their entries with
+// tags and stores.
+class RememberedTags {
  public:
+  explicit RememberedTags(Capture capture) : capture_(capture) {}
+
   // Begins a walk over all tags anew.
   void Begin() { next_ = 0; }
-  // The record of the walk's next tag, own ID and link to the tag included; valid until the next
-  // call.
-  const BaseContainer& RecordOf(const BaseTag& tag, LONG index);
+  // Puts the record of the walk's next tag, own ID and link to the tag included, into `records`
+  // under `index`.
+  void Record(const BaseTag& tag, BaseContainer& records, LONG index);
   // Forgets the tags behind the last one of the walk.
   void End() { tags_.resize(next_); }
 
  private:
-  struct Recorded {
+  // Whether equal data gives an equal record. Containers are equal whatever their own IDs, which a
+  // record keeps; so it does where there are none inside.
+  enum class Flat { No, Yes, Unknown };
+
+  struct Remembered {
     BaseContainer data;
     BaseContainer record;
     GeData tag;  // a link
     LONG index = NOTOK;
-    // Whether equal data gives an equal record. Containers are equal whatever their own IDs, which
-    // a record keeps.
-    Bool isFlat = FALSE;
+    Flat isFlat = Flat::No;
+
+    // Whether a tag with that data has this record, but for own ID and link.
+    Bool IsSame(const BaseContainer& other);
   };
 
-  std::vector<Recorded> tags_;
+  Flat Write(BaseContainer& record, const BaseTag& tag, Bool isNew);
+
+  Capture capture_;
+  std::deque<Remembered> tags_;
   std::size_t next_ = 0;
-  BaseContainer data_;  // of the tag before
-  BaseContainer work_;  // its record, written over for the next one
-  Bool isFlat_ = FALSE;
 };
 
 }  // namespace stagemarks
