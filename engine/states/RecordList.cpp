@@ -1,6 +1,5 @@
 #include "engine/states/RecordList.h"
 
-#include "engine/core/LongBody.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "host/BaseObject.h"
@@ -37,6 +36,7 @@ class Cursor {
  public:
   explicit Cursor(const std::vector<Stretch>& stretches) : stretches_(stretches) { SkipEmpty(); }
   bool AtEnd() const { return next_ == stretches_.size(); }
+  std::size_t Number() const { return next_; }  // of the stretch
   Stretch Rest() const { return stretches_[next_].subspan(done_); }
   void Advance(std::size_t count) {
     done_ += count;
@@ -57,63 +57,53 @@ class Cursor {
   std::size_t done_ = 0;
 };
 
-// Walks through two lists side by side: `same(entries)` for what is at the same place in both,
-// `other(left, right)` for the rest, null behind the end of one.
-template <class Same, class Other>
-void WalkBoth(const RecordList& left, const RecordList& right, Same same, Other other) {
+// Walks through two lists side by side: `visit(left, right, stretch)` for what is not the same at
+// the same place, null behind the end of one; the stretch is the left one's number.
+template <class Visit>
+void ForEachUnshared(const RecordList& left, const RecordList& right, Visit visit) {
   Cursor a(left.Stretches());
   Cursor b(right.Stretches());
   while (!a.AtEnd() && !b.AtEnd()) {
     const std::size_t count = std::min(a.Rest().size(), b.Rest().size());
     const Entry* one = a.Rest().data();
     const Entry* two = b.Rest().data();
-    if (one == two) {
-      same(Stretch(one, count));
-    } else {
-      for (std::size_t i = 0; i < count; ++i) {
-        if (one[i].bits == two[i].bits && one[i].type == two[i].type) {
-          same(Stretch(one + i, 1));
-        } else {
-          other(one + i, two + i);
-        }
-      }
+    for (std::size_t i = one == two ? count : 0; i < count; ++i) {
+      if (one[i].bits != two[i].bits || one[i].type != two[i].type)
+        visit(one + i, two + i, a.Number());
     }
     a.Advance(count);
     b.Advance(count);
   }
-  for (; !a.AtEnd(); a.Advance(1)) other(a.Rest().data(), nullptr);
-  for (; !b.AtEnd(); b.Advance(1)) other(nullptr, b.Rest().data());
+  for (; !a.AtEnd(); a.Advance(1)) visit(a.Rest().data(), nullptr, a.Number());
+  for (; !b.AtEnd(); b.Advance(1)) visit(nullptr, b.Rest().data(), 0);
 }
 
 // Collects what is not shared. While each element occurs once in each list, pairs are known at
 // once; else the lists are gone through again for the elements in question.
 class UnsharedWalk {
  public:
-  UnsharedWalk(const RecordList& left, const RecordList& right) : left_(left), right_(right) {}
+  UnsharedWalk(const RecordList& left, const RecordList& right)
+      : left_(left), right_(right), unshared_(left.Stretches().size()) {}
 
   std::vector<RecordPair> Run() {
-    WalkBoth(
-        left_, right_, [](Stretch) {}, [this](const Entry* a, const Entry* b) { Meet(a, b); });
+    ForEachUnshared(left_, right_, [this](const Entry* a, const Entry* b, std::size_t stretch) {
+      Meet(a, b, stretch);
+    });
     if (pairs_.empty()) return {};
-    if (!repeated_) {
-      WalkBoth(
-          left_, right_, [this](Stretch entries) { LookForRepeated(entries); },
-          [](const Entry*, const Entry*) {});
-    }
+    if (!repeated_) repeated_ = OccursAmongShared();
     if (repeated_) Recollect();
     return std::move(pairs_);
   }
 
  private:
-  void Meet(const Entry* a, const Entry* b) {
+  void Meet(const Entry* a, const Entry* b, std::size_t stretch) {
     const ContainerBody* one = a ? RecordOf(*a) : nullptr;
     const ContainerBody* two = b ? RecordOf(*b) : nullptr;
     const NodeId left = left_.ElementOf(one);
     const NodeId right = right_.ElementOf(two);
     if (left != 0 && !inLeft_.Insert(left)) repeated_ = true;
     if (right != 0 && !inRight_.Insert(right)) repeated_ = true;
-    inAny_.Insert(left);
-    inAny_.Insert(right);
+    if (left != 0) ++unshared_[stretch];
     if (left == right) {
       if (left != 0) pairs_.push_back({left, one, two});
       return;
@@ -128,15 +118,46 @@ class UnsharedWalk {
     return pairs_[place->second];
   }
 
-  // Records lie anywhere in memory, so that those some steps ahead are fetched meanwhile.
-  void LookForRepeated(Stretch shared) {
-    constexpr std::size_t kAhead = 16;
-    for (std::size_t i = 0; i < shared.size() && !repeated_; ++i) {
-      if (i + kAhead < shared.size())
-        __builtin_prefetch(BlockOf<ContainerBody>(shared[i + kAhead].bits) + 1);
-      const NodeId element = left_.ElementOf(RecordOf(shared[i]));
-      repeated_ = element != 0 && inAny_.Has(element);
+  // Whether a record that both lists share is of an element in question. Of the unshared records of
+  // a stretch no two are of the same element here, so the elements in question that the stretch has
+  // beyond these are those of shared ones.
+  bool OccursAmongShared() const {
+    std::vector<NodeId> wanted;
+    wanted.reserve(pairs_.size());
+    for (const RecordPair& pair : pairs_) wanted.push_back(pair.element);
+    if (!std::ranges::is_sorted(wanted)) std::ranges::sort(wanted);
+    NodeSet met;
+    for (std::size_t i = 0; i < unshared_.size(); ++i) {
+      const Stretch entries = left_.Stretches()[i];
+      const LinkRange range = left_.ElementsOf(i);
+      if (unshared_[i] == entries.size()) continue;
+      if (range.IsKnown() && CountBetween(wanted, range) == unshared_[i]) continue;
+      if (met.IsEmpty()) {
+        for (const NodeId element : wanted) met.Insert(element);
+      }
+      if (CountOf(entries, met) != unshared_[i]) return true;
     }
+    return false;
+  }
+
+  static std::size_t CountBetween(const std::vector<NodeId>& wanted, LinkRange range) {
+    const auto first = std::ranges::lower_bound(wanted, range.least);
+    return static_cast<std::size_t>(std::ranges::upper_bound(first, wanted.end(), range.greatest) -
+                                    first);
+  }
+
+  // The records of these elements. They lie anywhere in memory, so that those some steps
+  // ahead are fetched meanwhile.
+  std::size_t CountOf(Stretch entries, const NodeSet& elements) const {
+    constexpr std::size_t kAhead = 16;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      if (i + kAhead < entries.size())
+        __builtin_prefetch(BlockOf<ContainerBody>(entries[i + kAhead].bits) + 1);
+      const NodeId element = left_.ElementOf(RecordOf(entries[i]));
+      if (element != 0 && elements.Has(element)) ++count;
+    }
+    return count;
   }
 
   // The last record of each element in question, in both lists.
@@ -168,7 +189,7 @@ class UnsharedWalk {
   std::unordered_map<NodeId, std::size_t> moved_;  // elements met at different places
   NodeSet inLeft_;
   NodeSet inRight_;
-  NodeSet inAny_;
+  std::vector<std::size_t> unshared_;  // records of elements, by stretch of the left list
   bool repeated_ = false;
 };
 
@@ -207,10 +228,11 @@ RecordList::RecordList(const host::BaseContainer& state, host::LONG key, host::L
   const host::BaseContainer* list = state.GetContainerInstance(key);
   const ContainerBody* body = list ? ContainerAccess::Body(*list) : nullptr;
   if (IsDense(body)) {
-    std::uint32_t next = 0;
-    for (Stretch entries = NextEntries(body, next); !entries.empty();
-         entries = NextEntries(body, next))
-      stretches_.push_back(entries);
+    if (body && body->IsLong()) {
+      for (const ChunkPlace& place : AsLong(body)->chunks) Add(*place.chunk);
+    } else if (SizeOf(body) > 0) {
+      stretches_.emplace_back(body->Entries(), body->size);
+    }
     count_ = SizeOf(body);
     return;
   }
@@ -220,6 +242,11 @@ RecordList::RecordList(const host::BaseContainer& state, host::LONG key, host::L
   }
   stretches_.emplace_back(gathered_);
   count_ = gathered_.size();
+}
+
+void RecordList::Add(const Chunk& chunk) {
+  stretches_.push_back(chunk.All());
+  ranges_.push_back(chunk.linkKey == link_ ? chunk.links : LinkRange());
 }
 
 std::vector<RecordPair> UnsharedRecords(const RecordList& left, const RecordList& right) {

@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/core/ContainerBody.h"
+#include "engine/core/LongBody.h"
 #include "engine/states/RecordedParts.h"
 #include "engine/states/StoredStates.h"
 #include "host/RenderData.h"
@@ -44,6 +44,7 @@ class NodeSet {
     word |= bit;
     return isNew;
   }
+  bool IsEmpty() const { return pages_.empty(); }
   bool Has(NodeId id) const {
     if (near_ != id >> kPageBits) GoTo(id >> kPageBits);
     return nearPage_ && ((*nearPage_)[(id >> 6) % kWords] >> (id % 64) & 1) != 0;
@@ -96,13 +97,21 @@ class RecordList {
   using Stretch = std::span<const Entry>;
   // Lists that hold the same entries have stretches at the same addresses.
   const std::vector<Stretch>& Stretches() const { return stretches_; }
+  // Between which elements those of a stretch lie, by its number, where that is known: then each of
+  // its records has an element, and no two the same.
+  LinkRange ElementsOf(std::size_t stretch) const {
+    return ranges_.empty() ? LinkRange() : ranges_[stretch];
+  }
   std::size_t Count() const { return count_; }
   bool IsEmpty() const { return count_ == 0; }
   NodeId ElementOf(const ContainerBody* record) const { return LinkIn(record, link_); }
 
  private:
+  void Add(const Chunk& chunk);
+
   std::vector<Stretch> stretches_;
-  std::vector<Entry> gathered_;  // where keys are no positions
+  std::vector<LinkRange> ranges_;  // of the stretches of a long list
+  std::vector<Entry> gathered_;    // where keys are no positions
   std::size_t count_ = 0;
   host::LONG link_;
 };
@@ -115,8 +124,9 @@ struct RecordPair {
   const ContainerBody* right;
 };
 // All elements whose records are not the very same block in both lists: those of the left in its
-// order, then those that only the right has. Cost: what is not shared, and where that is anything,
-// one look at the links of the left list.
+// order, then those that only the right has. Cost: what is not shared; and where that is anything,
+// one look at each stretch of the left list, or at the links in one that does not know its elements
+// or has others among them that are asked about.
 std::vector<RecordPair> UnsharedRecords(const RecordList& left, const RecordList& right);
 
 // Calls `visit(element, record)` for the record of each element that counts, from the last to the
