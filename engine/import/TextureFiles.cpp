@@ -27,7 +27,7 @@ std::string Cleaned(const std::string& written) {
 
 std::string BareName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-// What pictures begin with, those that are not read here among them. Four bytes at least tell.
+// What pictures begin with, those that are not read here among them.
 constexpr std::array<std::string_view, 27> kPictureHeads = {std::string_view("\x89PNG"),
                                                             "\xff\xd8\xff",
                                                             std::string_view("II*\0", 4),
@@ -65,7 +65,7 @@ bool IsPicture(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   file.read(bytes.data(), bytes.size());
   const std::string_view head(bytes.data(), static_cast<std::size_t>(file.gcount()));
-  if (head.substr(4, 4) == "ftyp") return true;  // HEIF and AVIF
+  if (head.size() >= 8 && head.substr(4, 4) == "ftyp") return true;  // HEIF and AVIF
   // TGA has no head of its own; the third byte is the kind, 1 to 3 and 9 to 11.
   if (HasTgaSuffix(path)) return head.size() > 18 && (head[2] & ~8) >= 1 && (head[2] & ~8) <= 3;
   return std::ranges::any_of(kPictureHeads, [&](auto start) { return head.starts_with(start); });

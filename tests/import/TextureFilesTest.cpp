@@ -23,6 +23,10 @@ class TextureFilesOutside : public ImportSession {
     WriteText(folder_ / "model/near.png", kPicture);
     WriteText(folder_ / "model/maps/other.png", kPicture);
     WriteText(folder_ / "model/notes.txt", "text");
+    for (const char* name : {"cut.png", "cut.webp", "cut.exr"}) {
+      WriteText(folder_ / (std::string("model/") + name), std::string(kPicture, 3));
+      WriteText(folder_ / (std::string("model/maps/no") + name), "");
+    }
     std::filesystem::create_symlink(folder_ / "secret", folder_ / "model/link.png");
   }
 
@@ -58,6 +62,9 @@ TEST_F(TextureFilesOutside, AreTakenOnlyWhereTheyAreWanted) {
       {"near.png", "model/near.png", "model/near.png", ""},
       {folder_ / "model/near.png", "model/near.png", "model/near.png", ""},
       {"notes.txt", "model/notes.txt", "model/notes.txt", "is no picture."},
+      {"cut.png", "model/cut.png", "model/cut.png", "is no picture."},
+      {"cut.webp", "model/cut.webp", "model/cut.webp", "is no picture."},
+      {"nocut.exr", "model/maps/nocut.exr", "model/maps/nocut.exr", "is no picture."},
       {"../wood.png", "wood.png", "wood.png", "lies outside the folder of the imported file"},
       {folder_ / "wood.png", "wood.png", "wood.png", "lies outside the folder"},
       {folder_ / "other.png", "model/maps/other.png", "model/maps/other.png", ""},

@@ -120,6 +120,7 @@ TEST_F(Textures, ThatCannotBeShownCostANote) {
   };
   const Case cases[] = {
       {"", "This is no picture"},
+      {"\x89PN", "This is no picture"},
       {"no picture", "This is no picture"},
       {Picture().substr(0, 50), ""},
       {enormous, ""},
