@@ -2,6 +2,8 @@
 // thread.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <string>
 #include <utility>
 
@@ -31,14 +33,24 @@ class FileHandle {
   int descriptor_ = -1;
 };
 
+// How messages begin.
+inline constexpr const char* kCannotRead = "Cannot read";
+inline constexpr const char* kCannotWrite = "Cannot write";
+inline constexpr const char* kCannotRemove = "Cannot remove";
+
 // "<what> "<path>": <text of errno>."
 Status SystemFailure(const std::string& what, const std::string& path);
 // The same with a reason of our own.
 Status FileFailure(const std::string& what, const std::string& path, const std::string& reason);
+// Of a file that was not written because somebody wanted no more of it.
+Status Stopped(const std::string& path);
 
 // The part before the last '/' ("/" for a name in the root folder) and the part after it, of a
 // cleaned absolute path.
 std::pair<std::string, std::string> FolderAndName(const std::string& path);
 FileHandle OpenFolder(const std::string& path);
+// A plain file for reading, by any path; `info` is about it. Pipes and devices are refused before
+// they are opened, since opening alone can wait or act.
+Result<FileHandle> OpenPlainFile(const std::string& path, struct stat& info);
 
 }  // namespace engine

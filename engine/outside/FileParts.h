@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "engine/core/Result.h"
+#include "engine/outside/FileHandle.h"
 
 namespace engine {
 
@@ -14,20 +14,15 @@ class FileParts {
  public:
   // A file on the disk, by any path; folders, pipes and devices are refused.
   static Result<FileParts> Open(const std::string& path);
-  FileParts(FileParts&& other) noexcept;
-  FileParts& operator=(FileParts&&) = delete;
-  FileParts(const FileParts&) = delete;
-  FileParts& operator=(const FileParts&) = delete;
-  ~FileParts();
 
   std::uint64_t Size() const { return size_; }
   // Exactly these bytes; fails where the file does not have them any more.
   Result<std::string> Read(std::uint64_t offset, std::uint64_t length) const;
 
  private:
-  FileParts(int file, std::uint64_t size) : file_(file), size_(size) {}
+  FileParts(FileHandle file, std::uint64_t size) : file_(std::move(file)), size_(size) {}
 
-  int file_;
+  FileHandle file_;
   std::uint64_t size_;
 };
 

@@ -11,10 +11,6 @@
 
 namespace engine {
 
-// How messages begin.
-inline constexpr const char* kCannotWrite = "Cannot write";
-inline constexpr const char* kCannotRemove = "Cannot remove";
-
 struct FilePlace {
   FileHandle folder;  // for finding names in it only, unless opened for reading
   std::string name;

@@ -236,11 +236,11 @@ Status PendingFile::WriteAllOf(const FileHandle& file, const std::string& path,
   std::string buffer(std::size_t{1} << 18, '\0');
   for (;;) {
     const ssize_t count = ReadSome(file, buffer.data(), buffer.size());
-    if (count < 0) return SystemFailure("Cannot read", path);
+    if (count < 0) return SystemFailure(kCannotRead, path);
     if (count == 0) return {};
     Status written = Write(std::string_view(buffer).substr(0, static_cast<std::size_t>(count)));
     if (!written) return written;
-    if (!isWanted()) return FileFailure("Did not write", path_, "the work was stopped");
+    if (!isWanted()) return Stopped(path_);
   }
 }
 

@@ -16,7 +16,6 @@
 namespace engine {
 namespace {
 
-constexpr const char* kCannotRead = "Cannot read";
 FileKind KindOfMode(mode_t mode) {
   if (S_ISREG(mode)) return FileKind::File;
   return S_ISDIR(mode) ? FileKind::Folder : FileKind::Other;
@@ -26,24 +25,8 @@ std::int64_t Nanoseconds(const timespec& time) {
   return std::int64_t{time.tv_sec} * 1000000000 + time.tv_nsec;
 }
 
-// An open plain file. Pipes and devices are refused before they are opened, since opening alone can
-// wait or act; the second look is for what was put in place in between.
-Result<FileHandle> OpenPlainFile(const std::string& path, struct stat& info) {
-  if (stat(path.c_str(), &info) != 0) return SystemFailure(kCannotRead, path);
-  if (S_ISDIR(info.st_mode)) return FileFailure(kCannotRead, path, "it is a folder");
-  if (!S_ISREG(info.st_mode)) return FileFailure(kCannotRead, path, "it is no plain file");
-  FileHandle file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (!file || fstat(file.Get(), &info) != 0) return SystemFailure(kCannotRead, path);
-  if (!S_ISREG(info.st_mode)) return FileFailure(kCannotRead, path, "it is no plain file");
-  return file;
-}
-
 Status TooLarge(const std::string& path, std::uint64_t limit) {
   return FileFailure(kCannotRead, path, "it is larger than " + std::to_string(limit) + " bytes");
-}
-
-Status Stopped(const std::string& path) {
-  return FileFailure("Did not write", path, "the work was stopped");
 }
 
 // A name that is too long for every file is that of none.
