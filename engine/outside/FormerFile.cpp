@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 
 #include "engine/outside/FilePlace.h"
 #include "engine/outside/PendingFile.h"
@@ -15,6 +14,18 @@ namespace engine {
 namespace {
 
 constexpr const char* kCannotKeep = "Cannot keep";
+
+// Makes each folder on the way to a file that is not there. By text: the standard library's paths
+// end the program where memory fails within them.
+Status MakeWayTo(const std::string& path) {
+  for (std::size_t end = path.find('/', 1); end != std::string::npos;
+       end = path.find('/', end + 1)) {
+    const std::string folder = path.substr(0, end);
+    if (mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST && access(folder.c_str(), F_OK) != 0)
+      return SystemFailure(kCannotKeep, path);
+  }
+  return {};
+}
 
 }  // namespace
 
@@ -26,9 +37,7 @@ Status FormerFile::Hold() {
   constexpr int kOpening = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   bytes_ = FileHandle(open(file_.c_str(), kOpening));
   if (!bytes_) return errno == ENOENT ? Status() : SystemFailure(kCannotKeep, file_);
-  std::error_code error;
-  std::filesystem::create_directories(FolderAndName(place_).first, error);
-  if (error) return FileFailure(kCannotKeep, place_, error.message());
+  if (Status made = MakeWayTo(place_); !made) return made;
   Result<FilePlace> place = FindPlace(kCannotKeep, place_, place_.rfind('/'));
   if (!place) return place.GetStatus();
   folder_ = std::move(place.Value().folder);
