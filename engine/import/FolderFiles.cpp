@@ -17,6 +17,7 @@
 
 #include "engine/import/ForeignText.h"
 #include "engine/import/SourceCheck.h"
+#include "engine/outside/FileHandle.h"
 
 namespace engine {
 namespace {
@@ -75,32 +76,22 @@ bool IsPlain(int file, struct stat& about) {
 #endif
 }
 
-// Closed with its scope.
-class OpenPlainFile {
- public:
-  explicit OpenPlainFile(int descriptor) : descriptor_(descriptor) {
-    isPlain_ = descriptor_ >= 0 && IsPlain(descriptor_, about_);
+// Nothing where the descriptor is that of anything else, which is closed.
+struct PlainFile {
+  explicit PlainFile(int descriptor) : handle(descriptor) {
+    if (!handle || !IsPlain(descriptor, about)) handle.Close();
   }
-  OpenPlainFile(const OpenPlainFile&) = delete;
-  OpenPlainFile& operator=(const OpenPlainFile&) = delete;
-  ~OpenPlainFile() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  explicit operator bool() const { return isPlain_; }
-  int Get() const { return descriptor_; }
-  const struct stat& About() const { return about_; }
+  explicit operator bool() const { return static_cast<bool>(handle); }
 
- private:
-  int descriptor_;
-  struct stat about_ {};
-  bool isPlain_ = false;
+  FileHandle handle;
+  struct stat about {};
 };
 
-std::string ReadAll(int file, std::size_t size) {
-  std::string bytes(size, '\0');
+std::string ReadAll(const PlainFile& file) {
+  std::string bytes(static_cast<std::size_t>(file.about.st_size), '\0');
   std::size_t done = 0;
-  while (done < size) {
-    const ssize_t count = ::read(file, bytes.data() + done, size - done);
+  while (done < bytes.size()) {
+    const ssize_t count = ::read(file.handle.Get(), bytes.data() + done, bytes.size() - done);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) break;
     done += static_cast<std::size_t>(count);
@@ -142,24 +133,25 @@ int FolderFiles::OpenInside(const std::string& file) const {
 }
 
 bool FolderFiles::Exists(const char* file) const {
-  return static_cast<bool>(OpenPlainFile(OpenInside(file)));
+  return static_cast<bool>(PlainFile(OpenInside(file)));
 }
 
 std::string FolderFiles::ReadWhole(const std::string& file) const {
-  const OpenPlainFile opened(OpenInside(file));
-  return opened ? ReadAll(opened.Get(), static_cast<std::size_t>(opened.About().st_size))
-                : std::string();
+  const PlainFile opened(OpenInside(file));
+  return opened ? ReadAll(opened) : std::string();
 }
 
 std::time_t FolderFiles::ChangedAt(const std::string& file) const {
-  const OpenPlainFile opened(OpenInside(file));
-  return opened ? opened.About().st_mtime : 0;
+  const PlainFile opened(OpenInside(file));
+  return opened ? opened.about.st_mtime : 0;
 }
 
 Assimp::IOStream* FolderFiles::Open(const char* file, const char* mode) {
-  if (std::strpbrk(mode, "wa+") != nullptr || !Exists(file)) return nullptr;
+  if (std::strpbrk(mode, "wa+") != nullptr) return nullptr;
+  const PlainFile opened(OpenInside(file));
+  if (!opened) return nullptr;
   opened_.emplace_back(file);
-  std::string text = ReadWhole(file);
+  std::string text = ReadAll(opened);
   if (IsText(file)) {
     if (IsMarkedUtf16(text)) text = FromUtf16(text);
     if (FormatOf(file) == SourceFormat::Collada)
