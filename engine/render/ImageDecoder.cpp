@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -138,7 +138,7 @@ class Decoder {
     if (!transfer.Receive(&head, sizeof(head))) return Broken();
     if (head.messageBytes > 0) return Refusal(transfer, head);
     if (!CheckImageSize(head.width, head.height, head.isFloat ? 4 * sizeof(float) : 4))
-      return Broken();
+      return Nonsense();
     image.width = head.width;
     image.height = head.height;
     const std::size_t channels = image.PixelCount() * 4;
@@ -173,20 +173,27 @@ class Decoder {
 
   Result<Image> Refusal(const Transfer& transfer, const AnswerHead& head) {
     std::string message(std::min<std::size_t>(head.messageBytes, kLongestMessage), '\0');
-    if (!transfer.Receive(message.data(), message.size()) || head.messageBytes > kLongestMessage)
-      return Broken();
+    if (!transfer.Receive(message.data(), message.size())) return Broken();
+    if (head.messageBytes > kLongestMessage) return Nonsense();
     for (char& letter : message) letter = static_cast<unsigned char>(letter) < 0x20 ? ' ' : letter;
     return Result<Image>::Failure(message);
   }
 
+  // The child gave no answer, or not all of it.
   Result<Image> Broken() {
     child_->Kill();
     const ConfinedChild::End end = child_->Wait();
+    if (!end.bySignal) return Damaged("gave up on it");
+    return Damaged(end.number == SIGKILL ? "came to no end with it"
+                                         : "stopped (signal " + std::to_string(end.number) + ")");
+  }
+
+  // Whatever comes next from the child is not to be believed either.
+  Result<Image> Nonsense() { return Damaged("gave an answer that cannot be"); }
+
+  Result<Image> Damaged(const std::string& itsReader) {
     child_.reset();
-    return Result<Image>::Failure("The picture is damaged: its reader " +
-                                  (end.bySignal && end.number != SIGKILL
-                                       ? "stopped (signal " + std::to_string(end.number) + ")."
-                                       : std::string("came to no end with it.")));
+    return Result<Image>::Failure("The picture is damaged: its reader " + itsReader + ".");
   }
 
   std::mutex lock_;
