@@ -67,8 +67,7 @@ std::string EndOf(pid_t child, bool inTime) {
   } while (ended < 0 && errno == EINTR);
   if (!inTime) return "it does not come to an end";
   if (ended == child && WIFSIGNALED(status))
-    return "it ends by signal " + std::to_string(WTERMSIG(status)) + " (" +
-           ::strsignal(WTERMSIG(status)) + ")";
+    return std::string("it crashes (") + ::strsignal(WTERMSIG(status)) + ")";
   if (ended == child && WEXITSTATUS(status) != kCameToItsEnd) return "it ends the program";
   return "";
 }
