@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "engine/core/Utf8.h"
 #include "engine/outside/FilePlace.h"
 #include "engine/scenefile/FileAsRead.h"
 
@@ -27,15 +28,6 @@ std::string FileItself(const std::string& path) {
   return folder.empty() ? path : folder + path.substr(slash);
 }
 
-// Not in the middle of a letter.
-std::string Cut(std::string name) {
-  if (name.size() <= kLongestName) return name;
-  std::size_t end = kLongestName;
-  while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0U) == 0x80U) --end;
-  name.resize(end);
-  return name;
-}
-
 std::string BesidePlace(const std::string& file) { return file + "~"; }
 
 }  // namespace
@@ -53,7 +45,9 @@ std::string FormerVersions::HiddenPlace(const std::string& file) const {
                 static_cast<unsigned long long>(HashOfContent({&whole, 1})));
   const std::string name = file.substr(file.rfind('/') + 1);
   const std::size_t dot = std::min(name.rfind('.'), name.size());
-  return folder_ + "/" + Cut(name.substr(0, dot)) + "-" + hash + name.substr(dot);
+  std::string stem = name.substr(0, dot);
+  CutTo(stem, kLongestName);
+  return folder_ + "/" + stem + "-" + hash + name.substr(dot);
 }
 
 FormerPlace FormerVersions::Place() {

@@ -25,4 +25,10 @@ std::size_t ByteOffset(std::string_view text, std::size_t index) {
   return at;
 }
 
+void CutTo(std::string& text, std::size_t bytes) {
+  if (text.size() <= bytes) return;
+  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;
+  text.resize(bytes);
+}
+
 }  // namespace engine

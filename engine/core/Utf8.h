@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace engine {
@@ -17,5 +18,8 @@ std::size_t CountCharacters(std::string_view text);
 // Byte offset at which character `index` (0-based) starts; the size of the text where there are
 // fewer.
 std::size_t ByteOffset(std::string_view text, std::size_t index);
+
+// Cuts a text to at most that many bytes, so that no character of several bytes is cut apart.
+void CutTo(std::string& text, std::size_t bytes);
 
 }  // namespace engine

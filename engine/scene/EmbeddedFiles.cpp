@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/core/Utf8.h"
 #include "engine/scene/DocumentBody.h"
 
 namespace engine {
@@ -13,13 +14,6 @@ constexpr std::string_view kReserved = ":*?\"<>|";
 bool IsPlain(char c) {
   return static_cast<unsigned char>(c) >= 0x20 && c != 0x7f &&
          kReserved.find(c) == std::string_view::npos;
-}
-
-// Cuts a stem so that no character of several bytes is cut apart.
-void CutTo(std::string& text, std::size_t bytes) {
-  if (text.size() <= bytes) return;
-  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;
-  text.resize(bytes);
 }
 
 // Position of the suffix's dot, or the end.
