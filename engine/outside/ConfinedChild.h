@@ -40,7 +40,6 @@ class ConfinedChild {
   // A socket to the child, -1 when it was not started: what it sends is read here, and what it is
   // told is written.
   int Talk() const { return talk_; }
-  bool IsStarted() const { return child_ > 0; }
   void Kill();
   // Whether it is over; its end is still to be waited for.
   bool HasEnded() const;

@@ -46,7 +46,7 @@ void SetProcessLimits(const ProcessLimits& limits) {
   Lower(RLIMIT_CORE, 0, 0);
   Lower(RLIMIT_NOFILE, kDescriptors, kDescriptors);
   Lower(RLIMIT_NPROC, 0, 0);
-  // A pipe has no size, so this stops files only; the error is enough, no signal is needed.
+  // A socket has no size, so this stops files only; the error is enough, no signal is needed.
   ::signal(SIGXFSZ, SIG_IGN);
   Lower(RLIMIT_FSIZE, 0, 0);
 }
@@ -109,7 +109,7 @@ void Allow(int rules, const std::string& folder) {
 
 }  // namespace
 
-bool AllowReadingOnly(const std::vector<std::string>& folders) {
+bool AllowReadingOnly([[maybe_unused]] const std::vector<std::string>& folders) {
 #ifdef SYS_landlock_create_ruleset
   const long version = ::syscall(SYS_landlock_create_ruleset, nullptr, 0, kAskVersion);
   if (version < 1) return false;
@@ -123,7 +123,7 @@ bool AllowReadingOnly(const std::vector<std::string>& folders) {
   ::close(rules);
   return done == 0;
 #else
-  return folders.empty() && false;
+  return false;
 #endif
 }
 

@@ -42,7 +42,7 @@ class Ledger {
   std::size_t Mark() const { return entries_.size(); }
   // Failures from `mark` on; a file that is merely not there when asked for counts as none.
   std::vector<LedgerEntry> FailuresSince(std::size_t mark) const;
-  // Texts of the notes from `mark` on.
+  // Texts of the notes from `mark` on that are no failures: those are among FailuresSince.
   std::vector<std::string> NotesSince(std::size_t mark) const;
   // Paths written (replaced, copied to, renamed to, made) with success from `mark` on and not
   // removed or renamed again, in order, each once.

@@ -19,6 +19,8 @@ struct Source {
   std::array<std::uint8_t, 3> corners;
 };
 
+bool IsQuad(const Mesh::Polygon& polygon) { return polygon[3] != -1 && polygon[3] != polygon[2]; }
+
 bool IsUsable(const Vec& p) {
   return IsFinite(p) && std::abs(p.x) < kFarthest && std::abs(p.y) < kFarthest &&
          std::abs(p.z) < kFarthest;
@@ -37,8 +39,7 @@ class Cleaning {
     Reserve();
     for (std::uint32_t i = 0; i < mesh_.polygons.size(); ++i) {
       AddTriangle({i, {0, 1, 2}});
-      const Mesh::Polygon& polygon = mesh_.polygons[i];
-      if (polygon[3] != -1 && polygon[3] != polygon[2]) AddTriangle({i, {0, 2, 3}});
+      if (IsQuad(mesh_.polygons[i])) AddTriangle({i, {0, 2, 3}});
     }
     for (std::size_t p = 0; p < isUsed_.size(); ++p) {
       if (isUsed_[p]) geometry_.bounds.Add(geometry_.points[p]);
@@ -58,9 +59,9 @@ class Cleaning {
 
  private:
   void Reserve() {
-    std::size_t triangles = mesh_.polygons.size();
-    for (const Mesh::Polygon& polygon : mesh_.polygons)
-      triangles += polygon[3] != -1 && polygon[3] != polygon[2];
+    const std::size_t triangles =
+        mesh_.polygons.size() +
+        static_cast<std::size_t>(std::ranges::count_if(mesh_.polygons, IsQuad));
     geometry_.triangles.reserve(triangles);
     hasCorners_ = !mesh_.uvs.empty() || !mesh_.colors.empty() || !mesh_.normals.empty();
     if (hasCorners_) sources_.reserve(triangles);
