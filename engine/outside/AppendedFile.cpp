@@ -7,21 +7,20 @@
 
 #include <cerrno>
 
+#include "engine/outside/FilePlace.h"
 #include "engine/outside/PathRules.h"
 
 namespace engine {
 
-Result<AppendedFile> AppendedFile::Open(const std::string& path) {
+Result<AppendedFile> AppendedFile::Open(const FileSystem& files, const std::string& path) {
   const Result<std::string> clean = PathForWriting(path);
   if (!clean) return clean.GetStatus();
-  FileHandle file(open(clean.Value().c_str(),
-                       O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-                       0666));
-  if (!file) return SystemFailure("Cannot write", path);
-  struct stat info;
-  if (fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode))
-    return FileFailure("Cannot write", path, "it is no plain file");
-  return AppendedFile(clean.Value(), std::move(file));
+  const Result<FilePlace> place =
+      FindPlace(kCannotWrite, clean.Value(), files.NamedPart(clean.Value()));
+  if (!place) return place.GetStatus();
+  Result<FileHandle> file = OpenOrMake(place.Value(), clean.Value(), O_APPEND);
+  if (!file) return file.GetStatus();
+  return AppendedFile(clean.Value(), file.Take());
 }
 
 // Where the file system knows no locks, the lines of two programs may run into one another, and are
@@ -36,10 +35,10 @@ Status AppendedFile::Append(std::string_view line) {
 
 Status AppendedFile::Write(std::string_view line) {
   struct stat info;
-  if (fstat(file_.Get(), &info) != 0) return SystemFailure("Cannot write", path_);
+  if (fstat(file_.Get(), &info) != 0) return SystemFailure(kCannotWrite, path_);
   char last = '\n';
   if (info.st_size > 0 && pread(file_.Get(), &last, 1, info.st_size - 1) != 1)
-    return SystemFailure("Cannot read", path_);
+    return SystemFailure(kCannotRead, path_);
   const std::string bytes = (last == '\n' ? "" : "\n") + std::string(line) + "\n";
   ssize_t written = 0;
   do {
@@ -47,7 +46,7 @@ Status AppendedFile::Write(std::string_view line) {
   } while (written < 0 && errno == EINTR);
   if (written == static_cast<ssize_t>(bytes.size())) return {};
   if (written >= 0) errno = ENOSPC;
-  Status failure = SystemFailure("Cannot write", path_);
+  Status failure = SystemFailure(kCannotWrite, path_);
   if (written > 0) (void)!ftruncate(file_.Get(), info.st_size);
   return failure;
 }

@@ -9,14 +9,15 @@
 
 #include "engine/core/Result.h"
 #include "engine/outside/FileHandle.h"
+#include "engine/outside/FileSystem.h"
 
 namespace engine {
 
 class AppendedFile {
  public:
-  // Opens the file or makes it; its folder must be there. A link is refused, so that nothing is
-  // written through one.
-  static Result<AppendedFile> Open(const std::string& path);
+  // Opens the file or makes it; its folder must be there. `files` knows what a person named of the
+  // path: a link behind that, or the file itself being one, is refused.
+  static Result<AppendedFile> Open(const FileSystem& files, const std::string& path);
 
   // Appends a line break, too; the line has none.
   Status Append(std::string_view line);

@@ -49,11 +49,30 @@ bool KnowsNoLocks(int error) {
 
 }  // namespace
 
-bool FileLock::Covers(const std::string& path) const {
+bool FileLock::IsOn(const struct stat& now) const {
   struct stat held;
+  return file_ && fstat(file_.Get(), &held) == 0 && held.st_dev == now.st_dev &&
+         held.st_ino == now.st_ino;
+}
+
+bool FileLock::Covers(const std::string& path) const {
   struct stat now;
-  return file_ && fstat(file_.Get(), &held) == 0 && stat(path.c_str(), &now) == 0 &&
-         held.st_dev == now.st_dev && held.st_ino == now.st_ino;
+  return stat(path.c_str(), &now) == 0 && IsOn(now);
+}
+
+bool FileLock::Covers(const FilePlace& place) const {
+  struct stat now;
+  return fstatat(place.folder.Get(), place.name.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0 &&
+         IsOn(now);
+}
+
+Result<std::optional<FileLock>> FileLock::TryOpen(FileHandle file, const std::string& path) {
+  const int error = LockNow(file, path);
+  if (error == EWOULDBLOCK) return std::optional<FileLock>();
+  if (KnowsNoLocks(error)) return std::optional(FileLock());
+  errno = error;
+  if (error != 0) return SystemFailure("Cannot lock", path);
+  return std::optional(FileLock(std::move(file)));
 }
 
 Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
@@ -61,20 +80,15 @@ Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
   for (;;) {
     const Result<bool> isPlain = IsPlainFile(path);
     if (!isPlain) return isPlain.GetStatus();
-    if (!isPlain.Value()) break;
+    if (!isPlain.Value()) return std::optional(FileLock());
     FileHandle file = OpenForLocking(path, O_RDONLY);
     if (!file) file = OpenForLocking(path, O_WRONLY);
     if (!file && errno == ENOENT) continue;
     if (!file) return SystemFailure("Cannot lock", path);
-    const int error = LockNow(file, path);
-    if (error == EWOULDBLOCK) return std::optional<FileLock>();
-    if (KnowsNoLocks(error)) break;
-    errno = error;
-    if (error != 0) return SystemFailure("Cannot lock", path);
-    FileLock lock(std::move(file));
-    if (lock.Covers(path)) return std::optional(std::move(lock));
+    Result<std::optional<FileLock>> lock = TryOpen(std::move(file), path);
+    const bool isHeld = lock && lock.Value() && lock.Value()->file_;
+    if (!isHeld || lock.Value()->Covers(path)) return lock;
   }
-  return std::optional(FileLock());
 }
 
 Result<FileLock> FileLock::Take(const std::string& path, std::chrono::milliseconds longest,

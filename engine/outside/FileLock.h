@@ -11,7 +11,7 @@
 
 #include "engine/core/Progress.h"
 #include "engine/core/Result.h"
-#include "engine/outside/FileHandle.h"
+#include "engine/outside/FilePlace.h"
 
 namespace engine {
 
@@ -24,6 +24,8 @@ class FileLock {
   // At once; nothing where somebody else has the lock. Links are followed. Fails where the file
   // cannot be opened.
   static Result<std::optional<FileLock>> Try(const std::string& path);
+  // The same of a file that is open for writing; `path` is for messages.
+  static Result<std::optional<FileLock>> TryOpen(FileHandle file, const std::string& path);
   // Waits for it at most that long; `progress` is asked meanwhile with the share of the time that
   // has passed. Fails when the time is over or `progress` answers false.
   static Result<FileLock> Take(const std::string& path, std::chrono::milliseconds longest,
@@ -31,9 +33,13 @@ class FileLock {
 
   // Whether it is on the file that `path` leads to now.
   bool Covers(const std::string& path) const;
+  // Whether it is on the file that has the name now; a link there is none.
+  bool Covers(const FilePlace& place) const;
 
  private:
   explicit FileLock(FileHandle file) : file_(std::move(file)) {}
+  bool IsOn(const struct stat& now) const;
+
   FileHandle file_;
 };
 

@@ -29,6 +29,16 @@ Status LinkRefusal(const char* cannot, const std::string& path, const std::strin
                          "through one. Take it away, or put a real file or folder in its place");
 }
 
+Result<FileHandle> OpenOrMake(const FilePlace& place, const std::string& path, int more) {
+  constexpr int kOpening = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  FileHandle file(openat(place.folder.Get(), place.name.c_str(), kOpening | more, 0666));
+  if (!file && errno == ELOOP) return LinkRefusal(kCannotWrite, path, path);
+  struct stat info;
+  if (!file || fstat(file.Get(), &info) != 0) return SystemFailure(kCannotWrite, path);
+  if (!S_ISREG(info.st_mode)) return FileFailure(kCannotWrite, path, "it is no plain file");
+  return file;
+}
+
 // One folder at a time on every system, where one call of newer ones would do: there is one way to
 // test, it knows the link's name, and the program's own part is seldom deeper than two folders.
 Result<FilePlace> FindPlace(const char* cannot, const std::string& path, std::size_t named) {

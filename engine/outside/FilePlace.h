@@ -26,6 +26,11 @@ Result<FilePlace> FindPlace(const char* cannot, const std::string& path, std::si
 // standard library's paths end the program where memory fails within them.
 std::string RealPath(const std::string& path);
 
+// The plain file at a place, made where nothing is there, for reading and writing; `more`: further
+// flags for opening it, as O_APPEND. Refuses a link, and what is no plain file. `path`: of the
+// place, for messages.
+Result<FileHandle> OpenOrMake(const FilePlace& place, const std::string& path, int more = 0);
+
 // Whether a link has the name.
 bool IsLink(const FilePlace& place);
 

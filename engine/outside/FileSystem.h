@@ -72,6 +72,9 @@ class FileSystem {
   void Follow(const std::string& path);
   // The same of a scene and the folder that it is in, where the program puts more.
   void FollowScene(const std::string& path);
+  // Length of the part of a clean path that a person named; all of it is for a path that Follow was
+  // told of.
+  std::size_t NamedPart(const std::string& path) const;
   // Fails only where a link lies in the program's own part of `path`, so that nothing could be made
   // there. Changes nothing and is not in the ledger.
   Status CheckWay(const std::string& path);
@@ -117,9 +120,6 @@ class FileSystem {
   Result<std::vector<std::string>> ListFolders(const std::string& folder);
 
  protected:
-  // Length of the part of a clean path that a person named; all of it is for a path that Follow was
-  // told of.
-  std::size_t NamedPart(const std::string& path) const;
   // Something a person should know about `path`.
   void Note(const std::string& path, const std::string& message);
 

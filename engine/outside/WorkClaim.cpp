@@ -1,6 +1,5 @@
 #include "engine/outside/WorkClaim.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include "engine/outside/PathRules.h"
@@ -18,29 +17,29 @@ std::string ClaimFileOf(const std::string& path) {
 
 }  // namespace
 
-Result<std::optional<WorkClaim>> WorkClaim::Try(const std::string& path) {
+Result<std::optional<WorkClaim>> WorkClaim::Try(const FileSystem& files, const std::string& path) {
   using Claimed = Result<std::optional<WorkClaim>>;
   const Result<std::string> clean = PathForWriting(path);
   if (!clean) return clean.GetStatus();
   const std::string file = ClaimFileOf(clean.Value());
+  Result<FilePlace> place = FindPlace(kCannotWrite, file, files.NamedPart(clean.Value()));
+  if (!place) return place.GetStatus();
   // The former owner may take the file away after it was opened here. Where there are no locks, no
   // lock ever covers it.
   for (int tries = 0; tries < kTries; ++tries) {
-    const FileHandle made(open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (!made) return SystemFailure("Cannot write", file);
-    auto lock = FileLock::Try(file);
+    Result<FileHandle> made = OpenOrMake(place.Value(), file);
+    if (!made) return made.GetStatus();
+    auto lock = FileLock::TryOpen(made.Take(), file);
     if (!lock) return lock.GetStatus();
     if (!lock.Value()) return Claimed(std::nullopt);
-    if (lock.Value()->Covers(file)) return Claimed(WorkClaim(file, std::move(*lock.Value())));
+    if (lock.Value()->Covers(place.Value()))
+      return Claimed(WorkClaim(place.Take(), std::move(*lock.Value())));
   }
-  return Claimed(WorkClaim(file, FileLock()));
+  return Claimed(WorkClaim(place.Take(), FileLock()));
 }
 
-WorkClaim::WorkClaim(WorkClaim&& other) noexcept
-    : file_(std::exchange(other.file_, {})), lock_(std::move(other.lock_)) {}
-
 WorkClaim::~WorkClaim() {
-  if (!file_.empty()) (void)unlink(file_.c_str());
+  if (place_.folder) (void)unlinkat(place_.folder.Get(), place_.name.c_str(), 0);
 }
 
 bool WorkClaim::IsTaken(const std::string& path) {

@@ -9,15 +9,17 @@
 #include <string>
 
 #include "engine/outside/FileLock.h"
+#include "engine/outside/FileSystem.h"
 
 namespace engine {
 
 class WorkClaim {
  public:
   // Claims the file that is going to be at `path`; its folder must be there. Nothing where somebody
-  // else is at it.
-  static Result<std::optional<WorkClaim>> Try(const std::string& path);
-  WorkClaim(WorkClaim&& other) noexcept;
+  // else is at it. `files` knows what a person named of the path: a link behind that, or in the
+  // place of the hidden file, is refused.
+  static Result<std::optional<WorkClaim>> Try(const FileSystem& files, const std::string& path);
+  WorkClaim(WorkClaim&& other) noexcept = default;
   WorkClaim& operator=(WorkClaim&& other) = delete;
   // Ends the claim.
   ~WorkClaim();
@@ -26,9 +28,9 @@ class WorkClaim {
   static bool IsTaken(const std::string& path);
 
  private:
-  WorkClaim(std::string file, FileLock lock) : file_(std::move(file)), lock_(std::move(lock)) {}
+  WorkClaim(FilePlace place, FileLock lock) : place_(std::move(place)), lock_(std::move(lock)) {}
 
-  std::string file_;  // empty once moved from
+  FilePlace place_;  // of the hidden file; without a folder once moved from
   FileLock lock_;
 };
 

@@ -49,7 +49,7 @@ int PictureWork::Do(std::vector<PlannedPicture>& plan) {
 int PictureWork::DoOne(PlannedPicture& picture, std::size_t number) {
   std::optional<engine::WorkClaim> claim;
   if (rules_.isShared) {
-    auto claimed = engine::WorkClaim::Try(picture.path);
+    auto claimed = engine::WorkClaim::Try(scene_.Files(), picture.path);
     if (!claimed) {
       scene_.Listener().Error(claimed.Message());
       return kFailed;
@@ -131,7 +131,7 @@ int PictureWork::TakeDown(const PlannedPicture& picture, int status, double seco
   line.bytes = bytes;
   engine::Status written;
   if (!manifest_) {
-    auto opened = engine::AppendedFile::Open(rules_.manifest);
+    auto opened = engine::AppendedFile::Open(scene_.Files(), rules_.manifest);
     if (opened) manifest_ = std::make_unique<engine::AppendedFile>(opened.Take());
     if (!opened) written = opened.GetStatus();
   }

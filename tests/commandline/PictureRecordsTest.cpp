@@ -8,6 +8,7 @@
 #include "engine/outside/WorkClaim.h"
 #include "engine/render/Image.h"
 #include "tests/commandline/CommandLine.h"
+#include "tests/support/ScriptedServices.h"
 
 namespace {
 
@@ -235,7 +236,8 @@ TEST_F(PictureRecords, SeveralCallsShareTheWork) {
   EXPECT_EQ(tests::Names(folder_ / "out").find(".claim"), std::string::npos);
 
   fs::remove(folder_ / "out/Far 0003.png");
-  auto claim = engine::WorkClaim::Try(folder_ / "out/Far 0003.png");
+  const tests::ScriptedServices services;
+  auto claim = engine::WorkClaim::Try(services.files, folder_ / "out/Far 0003.png");
   ASSERT_TRUE(claim && claim.Value());
   EXPECT_TRUE(engine::WorkClaim::IsTaken(folder_ / "out/Far 0003.png"));
   ChildResult waiting;

@@ -9,7 +9,9 @@
 #include <functional>
 #include <thread>
 
+#include "engine/outside/AppendedFile.h"
 #include "engine/outside/SystemServices.h"
+#include "engine/outside/WorkClaim.h"
 #include "host/Files.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/ScriptedServices.h"
@@ -108,6 +110,42 @@ TEST_F(Links, WhatAPersonNamedIsFollowed) {
   EXPECT_TRUE(files.ReplaceFile(At("project/out/sub/x"), "x"));
   fs::create_directory_symlink(At("elsewhere"), At("project/out/deep"));
   EXPECT_FALSE(files.ReplaceFile(At("project/out/deep/x"), "x"));
+}
+
+// Manifests and claims are no files that are replaced.
+TEST_F(Links, ClaimsAndGrowingFilesGoThroughNone) {
+  MakeSideFolderALink();
+  fs::create_symlink(At("elsewhere/N.tif"), At("project/log"));
+  fs::create_symlink(At("elsewhere/N.tif"), At("project/.N.claim"));
+  const std::string before = Elsewhere();
+  const std::pair<const char*, const char*> kRows[] = {{"project/s_SM/N", "project/s_SM"},
+                                                       {"project/s_SM/sub/N", "project/s_SM"},
+                                                       {"project/log", "project/log"},
+                                                       {"project/N", "project/.N.claim"}};
+  for (const auto& [path, link] : kRows) {
+    const std::string refusal = "\"" + At(link) + "\" is a symbolic link";
+    const auto file = engine::AppendedFile::Open(files, At(path));
+    const auto claim = engine::WorkClaim::Try(files, At(path));
+    const bool isClaimOnly = std::string(link).ends_with(".claim");
+    const bool isFileOnly = std::string(link).ends_with("log");
+    EXPECT_EQ(file.Message().find(refusal) != std::string::npos, !isClaimOnly) << file.Message();
+    EXPECT_EQ(claim.Message().find(refusal) != std::string::npos, !isFileOnly) << claim.Message();
+  }
+  EXPECT_EQ(Elsewhere(), before);
+
+  // Where it is what a person named, a link is a way like others.
+  files.Follow(At("project/s_SM"));
+  {
+    auto file = engine::AppendedFile::Open(files, At("project/s_SM/lines"));
+    ASSERT_TRUE(file && file.Value().Append("one") && file.Value().Append("two"));
+    const auto claim = engine::WorkClaim::Try(files, At("project/s_SM/N.tif"));
+    ASSERT_TRUE(claim && claim.Value());
+    EXPECT_TRUE(engine::WorkClaim::IsTaken(At("elsewhere/N.tif")));
+    const auto second = engine::WorkClaim::Try(files, At("elsewhere/N.tif"));
+    EXPECT_TRUE(second && !second.Value());
+  }
+  EXPECT_EQ(tests::Names(At("elsewhere")), "N.tif lines sub") << "a claim that ended is gone";
+  EXPECT_EQ(ReadText(At("elsewhere/lines")), "one\ntwo\n");
 }
 
 // Somebody swaps a folder of ours for a link as fast as he can.
