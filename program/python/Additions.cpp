@@ -70,11 +70,13 @@ engine::Placement PlacementOf(const Where& where) {
           PointOf(where.scale)};
 }
 
-// All of an edit, with its progress.
-void RunEdit(BaseDocument& doc, engine::StepwiseEdit edit) {
-  const std::string name = edit.name;
-  const auto goesOn = [&name](double share) { return Session::Person().Progress(share, name); };
-  if (!engine::RunWhole(doc, std::move(edit), goesOn)) FailAs("The work was stopped.");
+host::Vector ColorOf(const std::vector<double>& numbers) {
+  if (numbers.empty()) return {0.8, 0.8, 0.8};
+  const bool isColor = numbers.size() == 3 && std::ranges::all_of(numbers, [](double number) {
+                         return number >= 0 && number <= 1;
+                       });
+  if (!isColor) throw Failure(Fault::Misused, "A color is three numbers from 0 to 1.");
+  return {numbers[0], numbers[1], numbers[2]};
 }
 
 host::String TextOf(const std::string& text) { return host::String(std::string_view(text)); }
@@ -100,10 +102,9 @@ void Place(DocumentId document, const std::vector<ElementId>& objects, const Whe
 Found AddMaterialOf(DocumentId document, const std::string& name,
                     const std::vector<double>& color) {
   BaseDocument& doc = Find(document);
+  const host::Vector plain = ColorOf(color);
   const engine::UndoScope step(doc, "New Material");
-  const auto plain = PointOf(color);
-  const Found made =
-      FoundOf(*engine::MakeMaterial(doc, name, plain ? *plain : host::Vector(0.8, 0.8, 0.8)));
+  const Found made = FoundOf(*engine::MakeMaterial(doc, name, plain));
   host::EventAdd();
   return made;
 }

@@ -19,7 +19,7 @@ struct Where {
 Found AddObjectOf(DocumentId document, const std::string& type, const std::string& name,
                   ElementId parent, const Where& where);
 void Place(DocumentId document, const std::vector<ElementId>& objects, const Where& where);
-// `color`: empty for a light gray.
+// `color`: red, green and blue from 0 to 1; empty for a light gray.
 Found AddMaterialOf(DocumentId document, const std::string& name, const std::vector<double>& color);
 Found AddLayerOf(DocumentId document, const std::string& name);
 Found AddSettingsOf(DocumentId document, const std::string& name);

@@ -277,9 +277,7 @@ void WriteValue(DocumentId document, const std::vector<ElementId>& elements, std
     RowOf(*found.back(), field);
   }
   const engine::FieldEdit edit{Kept(doc, meant, value)};
-  const auto goesOn = [&](double share) { return Session::Person().Progress(share, meant.label); };
-  if (!engine::RunWhole(doc, engine::SetField(doc, std::move(found), meant, edit), goesOn))
-    FailAs("The work was stopped.");
+  RunEdit(doc, engine::SetField(doc, std::move(found), meant, edit));
 }
 
 }  // namespace scripting

@@ -260,6 +260,12 @@ void Call::Finish() {
   if (std::exchange(session_.opening_, 0) != 0) session_.formerlyActive_ = 0;
 }
 
+void RunEdit(host::BaseDocument& doc, engine::StepwiseEdit edit) {
+  const std::string name = edit.name;
+  const auto goesOn = [&name](double share) { return Session::Person().Progress(share, name); };
+  if (!engine::RunWhole(doc, std::move(edit), goesOn)) FailAs("The work was stopped.");
+}
+
 void FailAs(const std::string& sentence, const std::string& argument) {
   const ScriptPerson& person = Session::Person();
   if (person.WasStopped()) throw Failure(Fault::Stopped, "The work was stopped.");

@@ -18,6 +18,7 @@
 
 #include "engine/application/Application.h"
 #include "engine/core/ContainerContents.h"
+#include "engine/editing/StepwiseEdit.h"
 #include "engine/outside/SystemServices.h"
 #include "engine/undo/Undo.h"
 #include "program/pictures/StagemarksDialog.h"
@@ -158,6 +159,9 @@ class Call {
   std::optional<engine::PublishedServicesScope> published_;
   std::size_t mark_;
 };
+
+// All of an edit, with its progress; throws where it was stopped, and nothing is changed then.
+void RunEdit(host::BaseDocument& doc, engine::StepwiseEdit edit);
 
 // The document of a number that was given out; throws where it is closed.
 inline host::BaseDocument& Find(DocumentId document) { return Session::Get().Document(document); }

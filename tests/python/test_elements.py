@@ -245,6 +245,9 @@ class Additions(support.WithScene):
             (lambda: self.doc.objects.add("teapot"), "Cube"),
             (lambda: self.doc.objects.add("cube", at=(1, 2)), "Three numbers"),
             (lambda: first.place(at=(1, 2, float("inf"))), "Three numbers"),
+            (lambda: self.doc.materials.add("Red", (255, 0, 0)), "from 0 to 1"),
+            (lambda: self.doc.materials.add("Red", (1, 0)), "from 0 to 1"),
+            (lambda: self.doc.materials.add("Red", (1, 0, float("nan"))), "from 0 to 1"),
             (lambda: self.doc.objects.remove([first, self.doc.settings.active]), "one kind"),
         ):
             with self.assertRaisesRegex(ValueError, error):

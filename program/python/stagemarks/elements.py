@@ -494,7 +494,8 @@ class MaterialList(ElementList[Material]):
         super().__init__(document, _core.Kind.MATERIALS, Material)
 
     def add(self, name: str, color: Optional[Iterable[float]] = None) -> Material:
-        """A new material with a plain color, in one undo step."""
+        """A new material with a plain color (red, green and blue from 0 to 1; without one a light
+        gray), in one undo step. MisuseError for another color."""
         made = _core.add_material(self._document._number, name, _numbers(color))
         return self._make([made])[0]
 
