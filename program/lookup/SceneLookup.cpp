@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <limits>
 #include <numeric>
 #include <tuple>
 #include <unordered_set>
@@ -31,6 +32,13 @@ std::size_t NextLetter(std::string_view text, std::size_t at) {
     ++at;
   } while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U);
   return at;
+}
+
+// The largest number for one that is larger.
+std::size_t NumberIn(std::string_view digits) {
+  std::size_t number = 0;
+  const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return read.ec == std::errc() ? number : std::numeric_limits<std::size_t>::max();
 }
 
 // Whether something typed may be what was printed in place of a name, with the letters that stand
@@ -80,10 +88,7 @@ auto FoundByName(const std::string& typed, const Find& find) {
   return found;
 }
 
-bool IsPosition(const std::string& typed) {
-  return typed.size() > 1 && typed[0] == '#' &&
-         typed.find_first_not_of("0123456789", 1) == std::string::npos;
-}
+bool IsPosition(const std::string& typed) { return PositionIn(typed).has_value(); }
 
 std::string NounOf(LONG type) {
   return type == host::Ocamera ? "camera" : type == host::Olight ? "light" : "object";
@@ -92,11 +97,10 @@ std::string NounOf(LONG type) {
 // That of the position typed, in a tree of things called `noun`.
 template <class T>
 Result<std::vector<T*>> ByPosition(T* first, const std::string& typed, const std::string& noun) {
-  std::size_t wanted = 0;
-  const auto read = std::from_chars(typed.data() + 1, typed.data() + typed.size(), wanted);
+  const std::optional<std::size_t> wanted = PositionIn(typed);
   std::size_t position = 0;
   for (T* item = first; item; item = NextInTree(item), ++position) {
-    if (position == wanted && read.ec == std::errc()) return std::vector<T*>{item};
+    if (position == wanted) return std::vector<T*>{item};
   }
   return Result<std::vector<T*>>::Failure("There is no " + noun + " " + typed + "; the scene has " +
                                           std::to_string(position) +
@@ -311,6 +315,13 @@ host::LayerObject* FirstLayerOf(const BaseDocument& doc) {
 
 bool MeansPrinted(const std::string& name, const std::string& typed) {
   return typed == Shown(name) || WithOneMark(name) == WithOneMark(typed);
+}
+
+std::optional<std::size_t> PositionIn(const std::string& typed) {
+  const bool isPosition = typed.size() > 1 && typed[0] == '#' &&
+                          typed.find_first_not_of("0123456789", 1) == std::string::npos;
+  if (!isPosition) return std::nullopt;
+  return NumberIn(std::string_view(typed).substr(1));
 }
 
 bool IsPattern(const std::string& typed) { return typed.find_first_of("*?") != std::string::npos; }

@@ -5,6 +5,7 @@
 // Nothing is owned. Main thread.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,6 +64,8 @@ engine::Result<std::vector<host::LayerObject*>> FindLayers(const host::BaseDocum
                                                            bool severalOk = false);
 host::LayerObject* FirstLayerOf(const host::BaseDocument& doc);
 
+// The position that "#12" means; nothing where something else was typed.
+std::optional<std::size_t> PositionIn(const std::string& typed);
 // Whether something typed has a * for any text or a ? for one letter, and what such a pattern means.
 bool IsPattern(const std::string& typed);
 bool MatchesPattern(std::string_view text, std::string_view pattern);

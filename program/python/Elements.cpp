@@ -11,6 +11,7 @@
 #include "engine/states/FieldText.h"
 #include "host/Application.h"
 #include "program/lookup/SceneLookup.h"
+#include "program/outcome/Words.h"
 
 namespace scripting {
 
@@ -62,7 +63,7 @@ FoundList Meant(engine::Result<std::vector<T*>> found) {
   return list;
 }
 
-// By name or pattern, of what the shell has no words for.
+// By name, pattern or position, of what the shell has no words for.
 FoundList FindNamed(const BaseDocument& doc, const FoundList& all, const std::string& what,
                     const std::string& typed) {
   FoundList found;
@@ -71,9 +72,15 @@ FoundList FindNamed(const BaseDocument& doc, const FoundList& all, const std::st
     const std::string name = engine::FindNode(&doc, one.first)->GetName().ToUtf8();
     if (isPattern ? lookup::MatchesPattern(name, typed) : name == typed) found.push_back(one);
   }
-  if (found.empty()) throw Failure(Fault::NotFound, "There is no " + what + " \"" + typed + "\".");
-  if (found.size() > 1 && !isPattern)
-    throw Failure(Fault::NotFound, "There are several " + what + " \"" + typed + "\".");
+  if (found.empty()) {
+    if (const auto place = lookup::PositionIn(typed); place && *place < all.size())
+      return {all[*place]};
+    throw Failure(Fault::NotFound, "There are no " + what + " \"" + outcome::Shown(typed) + "\".");
+  }
+  if (found.size() > 1 && !isPattern) {
+    throw Failure(Fault::NotFound, "There are several " + what + " \"" + outcome::Shown(typed) +
+                                       "\". A position, as #0, means one of them.");
+  }
   return found;
 }
 

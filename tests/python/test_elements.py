@@ -182,6 +182,11 @@ class Trees(support.WithScene):
         texture.name = "Wood"
         self.assertEqual(self.doc.tags.find("W*"), [texture])
         self.assertEqual(self.doc.tags["Wood"], texture)
+        self.assertEqual(self.doc.tags["#0"], tags[0])
+        self.assertEqual(self.doc.settings["#0"], self.doc.settings[0])
+        for missing in ("#9999", "#", "#-1", "#99999999999999999999999"):
+            with self.assertRaises(stagemarks.NotFoundError):
+                self.doc.settings[missing]
         with self.assertRaises(stagemarks.NotFoundError):
             self.doc.settings["Wood"]
 
