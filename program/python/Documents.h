@@ -38,7 +38,7 @@ Names UndoneSteps(DocumentId document);
 int BeginStep(DocumentId document, const std::string& name);
 void EndStep(int step, bool keep);
 
-// The folder of the program that reads other formats, and whether it is there.
+// The full path of the program that reads files of other formats; it need not be there.
 std::string ImporterPath();
 
 }  // namespace scripting

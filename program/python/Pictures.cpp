@@ -207,14 +207,15 @@ Exported Export(DocumentId document, const ExportOrder& order) {
   const std::size_t mark = Session::Get().Services().ledger.Mark();
   const Names checked = scene.Dialog().CheckedNames();
   std::size_t done = 0;
-  for (const Names& some : order.isolated ? std::vector<Names>() : std::vector<Names>{names}) {
-    scene.Dialog().CheckOnly(some);
-    PressExport(scene.Dialog(), order, layout, folder);
+  std::vector<Names> rounds{names};
+  if (order.isolated) {
+    rounds.clear();
+    for (const std::string& name : names) rounds.push_back({name});
   }
-  for (const std::string& name : order.isolated ? names : Names()) {
-    const double share = static_cast<double>(done++) / static_cast<double>(names.size());
-    if (!scene.Progress(share, "Exporting " + name)) break;
-    scene.Dialog().CheckOnly({name});
+  for (const Names& round : rounds) {
+    const double share = static_cast<double>(done++) / static_cast<double>(rounds.size());
+    if (!scene.Progress(share, "Exporting " + outcome::Listed(round))) break;
+    scene.Dialog().CheckOnly(round);
     PressExport(scene.Dialog(), order, layout, folder);
   }
   scene.Dialog().CheckOnly(checked);

@@ -124,10 +124,9 @@ std::vector<StateFacts> ListStates(DocumentId document) {
   }
   std::vector<StateFacts> facts;
   for (const pictures::Mark& mark : DialogOf(document).Marks()) {
-    StateFacts& fact = facts.emplace_back(StateFacts{mark.name, "", mark.current, false});
+    StateFacts& fact = facts.emplace_back(StateFacts{mark.name, "", mark.current});
     if (const auto found = stored.find(mark.name); found != stored.end()) {
       fact.date = found->second.date.Text();
-      fact.isRecorded = found->second.hasRecord;
       stored.erase(found);
     }
   }
@@ -249,8 +248,8 @@ std::pair<std::string, bool> Edit(DocumentId document, Bulk what, const Names& t
 
 Names CleanMaterials(DocumentId document) {
   host::BaseDocument& doc = Find(document);
-  if (ListStates(document).empty()) throw Failure(Fault::Failed, outcome::kNoMarksForMaterials);
   StagemarksDialog dialog = DialogOf(document);
+  if (dialog.Marks().empty()) throw Failure(Fault::Failed, outcome::kNoMarksForMaterials);
   const Names before = MaterialNames(doc);
   Session::Person().Answer(true);
   dialog.Choose(pictures::kCleanMaterials);

@@ -18,9 +18,8 @@ void CheckWords(const PartChoice& choice);
 
 struct StateFacts {
   std::string name;
-  std::string date;         // "2026-03-05 14:07:09", local time; empty where it is not known
-  bool isCurrent = false;   // recorded or loaded last
-  bool isRecorded = false;  // false: it stands in the list only
+  std::string date;        // "2026-03-05 14:07:09", local time; empty where it is not known
+  bool isCurrent = false;  // recorded or loaded last
 };
 std::vector<StateFacts> ListStates(DocumentId document);
 // The names that are meant by names and patterns; all where none is given.

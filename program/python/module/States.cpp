@@ -11,8 +11,7 @@ void DefineRecorded(py::module_& module) {
   py::class_<StateFacts>(module, "StateFacts", "A Stagemark as the list shows it.")
       .def_readonly("name", &StateFacts::name)
       .def_readonly("date", &StateFacts::date)
-      .def_readonly("is_current", &StateFacts::isCurrent)
-      .def_readonly("is_recorded", &StateFacts::isRecorded);
+      .def_readonly("is_current", &StateFacts::isCurrent);
   py::class_<DeletedFacts>(module, "DeletedFacts", "A Stagemark in the trash.")
       .def_readonly("number", &DeletedFacts::number)
       .def_readonly("name", &DeletedFacts::name)

@@ -167,7 +167,7 @@ class States:
     @property
     def names(self) -> List[str]:
         """Their names."""
-        return [facts.name for facts in _core.states(self._number)]
+        return _core.choose_states(self._number, [])
 
     @property
     def current(self) -> Optional[State]:
