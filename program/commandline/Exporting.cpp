@@ -14,16 +14,8 @@ namespace {
 
 using exporting::Layout;
 
-constexpr std::pair<const char*, Layout> kLayouts[] = {{"file", Layout::Files},
-                                                       {"folders", Layout::Folders},
-                                                       {"project", Layout::Project},
-                                                       {"one-tex", Layout::OneTextureFolder}};
-
-Layout LayoutOf(const std::string& word) {
-  for (const auto& [name, layout] : kLayouts) {
-    if (word == name) return layout;
-  }
-  return Layout::Folders;
+Layout LayoutOf(const ExportOrder& order) {
+  return exporting::LayoutOfWord(order.layout).value_or(Layout::Folders);
 }
 
 bool IsSceneFile(const std::string& path) {
@@ -32,7 +24,7 @@ bool IsSceneFile(const std::string& path) {
 
 void PressOnce(Session& session, const ExportOrder& order) {
   StagemarksDialog& dialog = session.Dialog();
-  dialog.ChooseLayout(exporting::EntryOf(LayoutOf(order.layout)));
+  dialog.ChooseLayout(exporting::EntryOf(LayoutOf(order)));
   dialog.Tick(pictures::kChangeFrameRange, order.frames.has_value());
   if (order.frames) dialog.TypeFrames(order.frames->first, order.frames->second);
   session.GetProgram().terminal.ChooseNextFile(order.folder);
@@ -75,7 +67,7 @@ bool HasRoom(Session& session, const ExportOrder& order, const exporting::Export
 // Whether the export may begin; all that speaks against it goes into the result.
 bool MayBegin(Session& session, const ExportOrder& order, ExportResult& result) {
   const bool strict = session.GetProgram().strict;
-  const bool gathers = exporting::GathersTextures(LayoutOf(order.layout));
+  const bool gathers = exporting::GathersTextures(LayoutOf(order));
   result.missing =
       gathers ? result.plan.missing : engine::MissingTextures(session.Files(), session.Document());
   result.failures = result.plan.obstacles;
@@ -94,11 +86,7 @@ void ReadLedger(const engine::Ledger& ledger, std::size_t mark, ExportResult& re
   for (const engine::LedgerEntry& failure : ledger.FailuresSince(mark))
     result.failures.push_back(failure.message);
   result.written = ledger.WrittenSince(mark);
-  for (std::size_t i = mark; i < ledger.Entries().size(); ++i) {
-    const engine::LedgerEntry& entry = ledger.Entries()[i];
-    if (entry.succeeded && entry.operation == engine::Operation::ReplaceFile)
-      result.scenes.push_back(entry.path);
-  }
+  result.scenes = exporting::ScenesWritten(ledger, mark);
 }
 
 struct Folder {
@@ -137,17 +125,11 @@ void PrintFolder(const Folder& folder, const std::string& indent, bool all,
 
 }  // namespace
 
-std::vector<std::string> LayoutNames() {
-  std::vector<std::string> words;
-  for (const auto& [word, layout] : kLayouts) words.emplace_back(word);
-  return words;
-}
-
 ExportResult Export(Session& session, const ExportOrder& order) {
   ExportResult result;
   const std::vector<std::string> names = session.Dialog().CheckedNames();
   result.plan = exporting::PlanExport(session.Files(), session.Document(),
-                                      {LayoutOf(order.layout), order.folder, names});
+                                      {LayoutOf(order), order.folder, names});
   if (!MayBegin(session, order, result)) return result;
   const engine::Ledger& ledger = session.GetServices().ledger;
   const std::size_t mark = ledger.Mark();

@@ -16,7 +16,7 @@ namespace commandline {
 using pictures::FrameRange;
 
 struct ExportOrder {
-  std::string layout = "folders";  // one of LayoutNames
+  std::string layout = "folders";  // one of exporting::LayoutWords
   std::string folder;              // absolute; made where it is missing, but not its parents
   std::vector<std::string> only;
   std::optional<FrameRange> frames;
@@ -33,9 +33,6 @@ struct ExportResult {
   std::vector<std::string> missing;   // textures that were found nowhere
   std::vector<std::string> failures;  // one sentence each
 };
-
-// Words for the layouts, in the order of the dialog.
-std::vector<std::string> LayoutNames();
 
 // Exports the Stagemarks whose rows are checked, all or, where one of them cannot be written or the
 // disk has too little room and nobody says yes, none. Shows progress. The scene stays as it is.

@@ -37,12 +37,6 @@ void TellMissing(Terminal& terminal, const std::vector<std::string>& textures, b
   }
 }
 
-std::string AbsolutePath(const std::string& typed) {
-  std::error_code error;
-  const fs::path absolute = fs::absolute(typed, error);
-  return error ? typed : absolute.lexically_normal().string();
-}
-
 namespace {
 
 engine::ImportLimits LimitsChosen(Terminal& terminal, bool allowOutside) {

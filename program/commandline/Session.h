@@ -19,6 +19,7 @@
 
 namespace commandline {
 
+using lookup::AbsolutePath;
 using lookup::FindLayer;
 using lookup::FindLayers;
 using lookup::FindMarks;
@@ -38,9 +39,6 @@ inline constexpr const char* kStrictRefusal =
     "Nothing was written, because a texture is missing (--strict).";
 // One line for each, all verbs alike.
 void TellMissing(Terminal& terminal, const std::vector<std::string>& textures, bool isFault);
-
-// An absolute path for one as typed.
-std::string AbsolutePath(const std::string& typed);
 
 // What a session has open. The steps of `run` share one: its scene is read and written once.
 struct OpenScene {

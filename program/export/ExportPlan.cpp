@@ -20,16 +20,17 @@ namespace {
 
 struct LayoutRow {
   Layout layout;
+  const char* word;
   const char* entry;
   bool elementFolders;
   bool textures;
 };
 
 constexpr LayoutRow kLayouts[] = {
-    {Layout::Files, "As Save File", false, false},
-    {Layout::Folders, "As Save File (Into Folders)", true, false},
-    {Layout::Project, "As Save Project", true, true},
-    {Layout::OneTextureFolder, "As Save Project (One Tex Folder)", false, true}};
+    {Layout::Files, "file", "As Save File", false, false},
+    {Layout::Folders, "folders", "As Save File (Into Folders)", true, false},
+    {Layout::Project, "project", "As Save Project", true, true},
+    {Layout::OneTextureFolder, "one-tex", "As Save Project (One Tex Folder)", false, true}};
 
 constexpr host::LONG kGlobalTexturePaths = 10;
 // Bytes of a file's name, and of a path, on the systems we know
@@ -257,11 +258,34 @@ std::optional<Layout> LayoutOfEntry(const std::string& entry) {
 
 const char* EntryOf(Layout layout) { return RowOf(layout).entry; }
 
+std::vector<std::string> LayoutWords() {
+  std::vector<std::string> words;
+  for (const LayoutRow& row : kLayouts) words.emplace_back(row.word);
+  return words;
+}
+
+std::optional<Layout> LayoutOfWord(const std::string& word) {
+  for (const LayoutRow& row : kLayouts) {
+    if (word == row.word) return row.layout;
+  }
+  return std::nullopt;
+}
+
 bool GathersTextures(Layout layout) { return RowOf(layout).textures; }
 
 ExportPlan PlanExport(FileSystem& files, const host::BaseDocument& doc,
                       const ExportRequest& request) {
   return Planning(files, doc, request).Make();
+}
+
+std::vector<std::string> ScenesWritten(const engine::Ledger& ledger, std::size_t mark) {
+  std::vector<std::string> scenes;
+  for (std::size_t i = mark; i < ledger.Entries().size(); ++i) {
+    const engine::LedgerEntry& entry = ledger.Entries()[i];
+    if (entry.succeeded && entry.operation == engine::Operation::ReplaceFile)
+      scenes.push_back(entry.path);
+  }
+  return scenes;
 }
 
 std::string WhyNoFileName(const std::string& name) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/outside/FileSystem.h"
+#include "engine/outside/Ledger.h"
 #include "host/BaseDocument.h"
 
 namespace exporting {
@@ -20,6 +21,10 @@ enum class Layout { Files, Folders, Project, OneTextureFolder };
 std::optional<Layout> LayoutOfEntry(const std::string& entry);
 // What the dialog calls it.
 const char* EntryOf(Layout layout);
+// The words that stand for them in a shell and in scripts, in the order of the dialog; and the
+// layout of one, nothing for another word.
+std::vector<std::string> LayoutWords();
+std::optional<Layout> LayoutOfWord(const std::string& word);
 // Whether the scene's textures are gathered beside the scene files.
 bool GathersTextures(Layout layout);
 
@@ -49,6 +54,9 @@ struct ExportPlan {
 // disk.
 ExportPlan PlanExport(engine::FileSystem& files, const host::BaseDocument& doc,
                       const ExportRequest& request);
+
+// The scene files that an export has written, in order, where `mark` is that of the ledger before.
+std::vector<std::string> ScenesWritten(const engine::Ledger& ledger, std::size_t mark);
 
 // Why a file cannot have this name, "it holds a slash"; empty where it can.
 std::string WhyNoFileName(const std::string& name);

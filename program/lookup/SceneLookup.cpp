@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <filesystem>
 #include <limits>
 #include <numeric>
 #include <tuple>
@@ -315,6 +316,12 @@ host::LayerObject* FirstLayerOf(const BaseDocument& doc) {
 
 bool MeansPrinted(const std::string& name, const std::string& typed) {
   return typed == Shown(name) || WithOneMark(name) == WithOneMark(typed);
+}
+
+std::string AbsolutePath(const std::string& typed) {
+  std::error_code error;
+  const std::filesystem::path absolute = std::filesystem::absolute(typed, error);
+  return error ? typed : absolute.lexically_normal().string();
 }
 
 std::optional<std::size_t> PositionIn(const std::string& typed) {

@@ -66,6 +66,20 @@ host::LayerObject* FirstLayerOf(const host::BaseDocument& doc);
 
 // The position that "#12" means; nothing where something else was typed.
 std::optional<std::size_t> PositionIn(const std::string& typed);
+// What objects that can be added are called.
+struct ObjectTypeWord {
+  const char* word;
+  host::LONG type;
+};
+inline constexpr ObjectTypeWord kObjectTypeWords[] = {
+    {"null", host::Onull},  {"camera", host::Ocamera},     {"light", host::Olight},
+    {"cube", host::Ocube},  {"sphere", host::Osphere},     {"cone", host::Ocone},
+    {"disc", host::Odisc},  {"cylinder", host::Ocylinder}, {"plane", host::Oplane},
+    {"torus", host::Otorus}};
+
+// An absolute path for one as typed.
+std::string AbsolutePath(const std::string& typed);
+
 // Whether something typed has a * for any text or a ? for one letter, and what such a pattern means.
 bool IsPattern(const std::string& typed);
 bool MatchesPattern(std::string_view text, std::string_view pattern);

@@ -10,6 +10,7 @@
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "host/Application.h"
+#include "program/lookup/SceneLookup.h"
 
 namespace scripting {
 
@@ -20,10 +21,6 @@ using host::BaseList2D;
 using host::BaseObject;
 
 constexpr double kPi = 3.14159265358979323846;
-constexpr host::LONG kObjectTypes[] = {host::Onull,   host::Ocube,     host::Osphere, host::Ocone,
-                                       host::Odisc,   host::Ocylinder, host::Otorus,  host::Oplane,
-                                       host::Ocamera, host::Olight};
-
 BaseObject& FindObjectAt(BaseDocument& doc, ElementId element) {
   if (BaseObject* object = engine::AsObject(&Session::Get().Element(doc, element))) return *object;
   throw Failure(Fault::Misused, "An object is needed here.");
@@ -43,13 +40,12 @@ engine::Elements FindAll(BaseDocument& doc, const std::vector<ElementId>& ids) {
 
 host::LONG ObjectTypeOf(const std::string& typed) {
   std::string known;
-  for (const host::LONG type : kObjectTypes) {
-    const std::string name = engine::TypeName(type).ToUtf8();
-    const bool isIt = std::ranges::equal(name, typed, [](unsigned char a, unsigned char b) {
-      return std::tolower(a) == std::tolower(b);
-    });
-    if (isIt) return type;
-    known += (known.empty() ? "" : ", ") + name;
+  for (const lookup::ObjectTypeWord& row : lookup::kObjectTypeWords) {
+    const bool isIt =
+        std::ranges::equal(std::string_view(row.word), typed,
+                           [](char own, unsigned char c) { return own == std::tolower(c); });
+    if (isIt) return row.type;
+    known += (known.empty() ? "" : ", ") + std::string(row.word);
   }
   throw Failure(
       Fault::Misused,

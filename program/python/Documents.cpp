@@ -7,6 +7,7 @@
 #include "engine/import/Import.h"
 #include "engine/scene/DocumentState.h"
 #include "host/Application.h"
+#include "program/lookup/SceneLookup.h"
 #include "program/recording/ImportedStates.h"
 
 namespace scripting {
@@ -26,7 +27,7 @@ std::string CheckTarget(const host::BaseDocument& doc, const std::string& path, 
   const std::string own = SavedPath(doc);
   if (path.empty() && own.empty())
     throw Failure(Fault::Misused, "The document was never saved; it needs a file name.");
-  const std::string target = path.empty() ? own : AbsolutePath(path);
+  const std::string target = path.empty() ? own : lookup::AbsolutePath(path);
   if (engine::IsImportable(target)) {
     throw Failure(Fault::Misused,
                   "\"" + target +
@@ -54,7 +55,7 @@ Opened Open(const std::string& path) {
   Session& session = Session::Get();
   Opened opened;
   const DocumentId activeBefore = ActiveDocument();
-  const auto document = session.App().OpenDocument(AbsolutePath(path), &opened.notes);
+  const auto document = session.App().OpenDocument(lookup::AbsolutePath(path), &opened.notes);
   Check(document.GetStatus());
   host::BaseDocument& doc = *document.Value();
   opened.document = engine::NumberOf(doc);

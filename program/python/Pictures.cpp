@@ -8,6 +8,7 @@
 #include "engine/scene/DocumentState.h"
 #include "host/Application.h"
 #include "program/export/ExportPlan.h"
+#include "program/lookup/SceneLookup.h"
 #include "program/outcome/Words.h"
 #include "program/pictures/DialogLabels.h"
 #include "program/publish/FileOrigin.h"
@@ -109,7 +110,7 @@ void CheckPictureName(const std::string& path) {
 Picture Render(DocumentId document, const std::string& state,
                std::pair<std::uint32_t, std::uint32_t> size, const std::string& path,
                bool overwrite, unsigned threads) {
-  const std::string target = path.empty() ? "" : AbsolutePath(path);
+  const std::string target = path.empty() ? "" : lookup::AbsolutePath(path);
   if (!target.empty()) CheckPictureName(target);
   if (!target.empty()) CheckPlace(target, "render", overwrite);
   ScriptScene scene(document);
@@ -141,19 +142,12 @@ Picture Render(DocumentId document, const std::string& state,
 
 namespace {
 
-constexpr std::pair<const char*, exporting::Layout> kLayouts[] = {
-    {"file", exporting::Layout::Files},
-    {"folders", exporting::Layout::Folders},
-    {"project", exporting::Layout::Project},
-    {"one-tex", exporting::Layout::OneTextureFolder}};
-
 exporting::Layout LayoutOf(const std::string& word) {
-  for (const auto& [name, layout] : kLayouts) {
-    if (word == name) return layout;
-  }
-  throw Failure(Fault::Misused, "\"" + word +
-                                    "\" is no layout. There are: file, folders, project and "
-                                    "one-tex.");
+  if (const auto layout = exporting::LayoutOfWord(word)) return *layout;
+  std::string known;
+  for (const std::string& one : exporting::LayoutWords())
+    known += (known.empty() ? "" : ", ") + one;
+  throw Failure(Fault::Misused, "\"" + word + "\" is no layout. There are: " + known + ".");
 }
 
 // Whether the export may begin, else why not.
@@ -180,23 +174,11 @@ void PressExport(StagemarksDialog& dialog, const ExportOrder& order, exporting::
   Session::Get().App().DeliverEvents();
 }
 
-Exported ReadLedger(std::size_t mark) {
-  const engine::Ledger& ledger = Session::Get().Services().ledger;
-  Exported exported;
-  exported.written = ledger.WrittenSince(mark);
-  for (std::size_t i = mark; i < ledger.Entries().size(); ++i) {
-    const engine::LedgerEntry& entry = ledger.Entries()[i];
-    if (entry.succeeded && entry.operation == engine::Operation::ReplaceFile)
-      exported.scenes.push_back(entry.path);
-  }
-  return exported;
-}
-
 }  // namespace
 
 Exported Export(DocumentId document, const ExportOrder& order) {
   const exporting::Layout layout = LayoutOf(order.layout);
-  const std::string folder = AbsolutePath(order.folder);
+  const std::string folder = lookup::AbsolutePath(order.folder);
   const Names names = ChooseStates(document, order.states);
   if (names.empty()) throw Failure(Fault::NotFound, "There are no Stagemarks in this scene.");
   ScriptScene scene(document);
@@ -219,8 +201,9 @@ Exported Export(DocumentId document, const ExportOrder& order) {
     PressExport(scene.Dialog(), order, layout, folder);
   }
   scene.Dialog().CheckOnly(checked);
-  Exported exported = ReadLedger(mark);
-  exported.missing = plan.missing;
+  const engine::Ledger& ledger = Session::Get().Services().ledger;
+  Exported exported{exporting::ScenesWritten(ledger, mark), ledger.WrittenSince(mark),
+                    plan.missing};
   if (exported.scenes.size() != names.size()) FailAs("Not every Stagemark was exported.");
   return exported;
 }
@@ -235,7 +218,7 @@ class Publishing {
         scene_(document),
         states_(scene_, 0),
         facts_(publishing::ReadStateFacts(scene_.Document())) {
-    order_.folder = AbsolutePath(wishes.folder);
+    order_.folder = lookup::AbsolutePath(wishes.folder);
     order_.asText = wishes.format == "gltf";
     if (!order_.asText && wishes.format != "glb")
       throw Failure(Fault::Misused, "\"" + wishes.format + "\" is neither \"glb\" nor \"gltf\".");

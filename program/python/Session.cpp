@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "engine/application/ProgramPlaces.h"
 #include "engine/dialog/Dialogs.h"
@@ -17,8 +16,6 @@
 namespace scripting {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* kPlugin = "Stagemarks";
 
@@ -274,12 +271,6 @@ void FailAs(const std::string& sentence, const std::string& argument) {
                                       (argument.empty() ? "" : " " + argument + " answers yes."));
   }
   throw Failure(Fault::Failed, person.Told().empty() ? sentence : Joined(person.Told()));
-}
-
-std::string AbsolutePath(const std::string& path) {
-  std::error_code error;
-  const fs::path absolute = fs::absolute(path, error);
-  return error ? path : absolute.lexically_normal().string();
 }
 
 }  // namespace scripting

@@ -170,7 +170,4 @@ inline host::BaseDocument& Find(DocumentId document) { return Session::Get().Doc
 // `argument`: how a script says yes to what was asked, "overwrite=True".
 [[noreturn]] void FailAs(const std::string& sentence, const std::string& argument = "");
 
-// An absolute path for one as given.
-std::string AbsolutePath(const std::string& path);
-
 }  // namespace scripting

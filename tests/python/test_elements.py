@@ -247,7 +247,7 @@ class Additions(support.WithScene):
     def test_what_cannot_be_added_or_placed_changes_nothing(self):
         first = self.doc.objects[0]
         for call, error in (
-            (lambda: self.doc.objects.add("teapot"), "Cube"),
+            (lambda: self.doc.objects.add("teapot"), "null, camera, .*cube"),
             (lambda: self.doc.objects.add("cube", at=(1, 2)), "Three numbers"),
             (lambda: first.place(at=(1, 2, float("inf"))), "Three numbers"),
             (lambda: self.doc.materials.add("Red", (255, 0, 0)), "from 0 to 1"),

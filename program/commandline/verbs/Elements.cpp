@@ -73,19 +73,9 @@ constexpr ElementVerb kElementVerbs[] = {
      "  stagemarks layers list room.c4d"},
 };
 
-struct TypeWord {
-  const char* word;
-  host::LONG type;
-};
-constexpr TypeWord kTypeWords[] = {{"null", host::Onull},     {"camera", host::Ocamera},
-                                   {"light", host::Olight},   {"cube", host::Ocube},
-                                   {"sphere", host::Osphere}, {"cone", host::Ocone},
-                                   {"disc", host::Odisc},     {"cylinder", host::Ocylinder},
-                                   {"plane", host::Oplane},   {"torus", host::Otorus}};
-
 std::vector<std::string> TypeWords() {
   std::vector<std::string> words;
-  for (const TypeWord& type : kTypeWords) words.emplace_back(type.word);
+  for (const lookup::ObjectTypeWord& type : lookup::kObjectTypeWords) words.emplace_back(type.word);
   return words;
 }
 
@@ -341,7 +331,7 @@ class ElementWork {
   }
 
   host::LONG TypeTyped() const {
-    for (const TypeWord& type : kTypeWords) {
+    for (const lookup::ObjectTypeWord& type : lookup::kObjectTypeWords) {
       if (options_.type == type.word) return type.type;
     }
     return host::Onull;

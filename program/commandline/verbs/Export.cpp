@@ -95,7 +95,7 @@ void AddExport(Arguments& arguments, Program& program) {
            "file: scene files side by side; folders: each in a folder of its own; project: "
            "the same with the textures beside "
            "it; one-tex: side by side with one folder of textures")
-      .OneOf(LayoutNames())
+      .OneOf(exporting::LayoutWords())
       .Default("folders")
       .Word("LAYOUT");
   AddOnly(verb, choices->order.only);
