@@ -151,6 +151,13 @@ class Trees(support.WithScene):
         self.assertEqual(objects.find("*"), list(objects))
         self.assertEqual(len(objects), len(list(objects)))
         self.assertIn(first, objects)
+        for other in (self.doc.materials[0], first.tags[0], "nobody", None, 0):
+            self.assertNotIn(other, objects)
+        with stagemarks.open(self.scene) as twin:
+            self.assertNotIn(twin.objects[0], objects)
+        gone = objects.add("cube")
+        gone.remove()
+        self.assertNotIn(gone, objects)
         self.assertIn(first.path, objects)
         self.assertIsNone(objects.get("nobody"))
         for missing, error in (("nobody", LookupError), (9999, IndexError)):

@@ -408,7 +408,9 @@ class ElementList(Generic[E]):
     def __contains__(self, one: object) -> bool:
         if isinstance(one, str):
             return self.get(one) is not None
-        return one in self._all()
+        if not isinstance(one, self._base) or one._number != self._document._number:
+            return False
+        return _core.is_there(one._number, one._element)
 
     @overload
     def __getitem__(self, which: Union[int, str]) -> E: ...
