@@ -12,8 +12,8 @@ namespace {
 constexpr PictureSize kPageBox{960, 720};
 constexpr const char* kPageFile = "index.html";
 constexpr const char* kPictureFolder = "pictures";
-// Makers: a sheet does not replace a picture of a page, and neither of them one of `render`.
-constexpr const char* kSheet = "sheet";
+// The maker of a page with its pictures: a sheet does not replace those, and neither of them one of
+// `render`.
 constexpr const char* kPage = "page";
 
 namespace fs = std::filesystem;
@@ -67,7 +67,8 @@ int SheetMaking::NamePictures() {
 int SheetMaking::CheckPlaces() {
   if (!order_.folder.empty()) session_.Files().Follow(order_.folder);
   if (!order_.sheet.empty()) {
-    if (const int status = session_.CheckReplacing({order_.sheet}, kSheet); status != kDone)
+    if (const int status = session_.CheckReplacing({order_.sheet}, pictures::kSheetMaker);
+        status != kDone)
       return status;
   }
   std::vector<std::string> paths;
@@ -200,7 +201,8 @@ int SheetMaking::Write(Report& report) {
     report.Line("Used " + Counted(taken_, "finished picture") + ", rendered " +
                 std::to_string(plan_.size() - taken_) + ".");
   if (sheet_) {
-    if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet, kSheet); status != kDone)
+    if (const int status = pictures_.Save(sheet_->Picture(), order_.sheet, pictures::kSheetMaker);
+        status != kDone)
       return status;
     report.Put("sheet", order_.sheet);
     report.Line("Written: " + order_.sheet);

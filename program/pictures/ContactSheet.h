@@ -25,6 +25,8 @@ struct SheetLayout {
 // is, under this name.
 std::string SheetSubtitle(std::size_t states);
 inline constexpr const char* kAsItIs = "As it is";
+// The mark of sheets in publish/FileOrigin.h.
+inline constexpr const char* kSheetMaker = "sheet";
 
 class ContactSheet {
  public:

@@ -6,6 +6,8 @@
 #include "engine/application/ProgramPlaces.h"
 #include "engine/import/Import.h"
 #include "engine/scene/DocumentState.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/SeededIds.h"
 #include "host/Application.h"
 #include "program/lookup/SceneLookup.h"
 #include "program/recording/ImportedStates.h"
@@ -51,8 +53,9 @@ void CheckNoStep(DocumentId document) {
 
 }  // namespace
 
-Opened Open(const std::string& path) {
+Opened Open(const std::string& path, bool allowOutside) {
   Session& session = Session::Get();
+  Session::Person().Answer(allowOutside);
   Opened opened;
   const DocumentId activeBefore = ActiveDocument();
   const auto document = session.App().OpenDocument(lookup::AbsolutePath(path), &opened.notes);
@@ -122,6 +125,28 @@ std::string Save(DocumentId document, const std::string& path, bool overwrite, d
   Check(session.App().SaveDocumentAs(doc, target, choices));
   session.SetPlaced(document, true);
   return target;
+}
+
+engine::SceneUpdate UpdateFrom(DocumentId document, const std::string& path, bool removeGone,
+                               bool allowOutside) {
+  host::BaseDocument& doc = Find(document);
+  if (!engine::IsImportable(path)) {
+    throw Failure(Fault::Misused,
+                  "\"" + path +
+                      "\" is of no format that can be imported. Those are .gltf, .glb, .fbx, .obj "
+                      "and .dae.");
+  }
+  engine::ImportLimits limits = engine::ChosenImportLimits(Session::Person());
+  limits.outside = allowOutside ? engine::OutsideTextures::Take : engine::OutsideTextures::Leave;
+  const auto fresh = engine::ImportScene(Session::Get().Services(), lookup::AbsolutePath(path),
+                                         engine::ImportWorkerProgram(), limits);
+  Check(fresh.GetStatus());
+  host::BaseDocument& imported = *fresh.Value().document;
+  const engine::SeededIds ids(engine::IdOf(imported));
+  engine::SceneUpdate update = engine::UpdateScene(doc, imported, {.removeGone = removeGone});
+  update.notes.insert(update.notes.begin(), fresh.Value().notes.begin(), fresh.Value().notes.end());
+  host::EventAdd();
+  return update;
 }
 
 bool Undo(DocumentId document) {

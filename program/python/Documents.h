@@ -2,6 +2,7 @@
 // throws a Failure where it cannot. The thread of the session.
 #pragma once
 
+#include "engine/update/SceneUpdate.h"
 #include "program/python/Session.h"
 
 namespace scripting {
@@ -12,7 +13,8 @@ struct Opened {
   Names states;  // that came in with the file and are Stagemarks now
 };
 // Opens a scene, or imports one of another format, and makes it the active document.
-Opened Open(const std::string& path);
+// `allowOutside`: also with pictures that lie outside the folder of an imported file.
+Opened Open(const std::string& path, bool allowOutside);
 Opened New();
 // With unsaved changes only where `discard` says so; steps that are open end.
 void Close(DocumentId document, bool discard);
@@ -28,6 +30,11 @@ bool IsChanged(DocumentId document);
 // another scene's, or was changed by somebody else since. `seconds`: how long to wait for another
 // program that changes the file.
 std::string Save(DocumentId document, const std::string& path, bool overwrite, double seconds);
+
+// Brings a document up to a newer version of the file that it was imported from, in one undo step.
+// `removeGone`: what the file does not have any more is deleted.
+engine::SceneUpdate UpdateFrom(DocumentId document, const std::string& path, bool removeGone,
+                               bool allowOutside);
 
 // False where there is nothing to take back or do again.
 bool Undo(DocumentId document);

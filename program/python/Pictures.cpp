@@ -1,88 +1,25 @@
 #include "program/python/Pictures.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "engine/publish/Publish.h"
 #include "engine/render/TextureSearch.h"
-#include "engine/scene/DocumentState.h"
-#include "host/Application.h"
 #include "program/export/ExportPlan.h"
 #include "program/lookup/SceneLookup.h"
 #include "program/outcome/Words.h"
 #include "program/pictures/DialogLabels.h"
-#include "program/publish/FileOrigin.h"
 #include "program/publish/PageMaking.h"
 #include "program/publish/PublishOrder.h"
 #include "program/publish/PublishedFiles.h"
+#include "program/python/ScriptScene.h"
 #include "program/python/States.h"
-#include "program/rendering/StatePictures.h"
 
 namespace scripting {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 using engine::PublishOptions;
 using pictures::StagemarksDialog;
-
-// The open scene as the makers of pictures see it; what they say is kept for the exception.
-class ScriptScene : public rendering::PictureScene, public rendering::PictureListener {
- public:
-  explicit ScriptScene(DocumentId document)
-      : document_(document),
-        doc_(Session::Get().Document(document)),
-        dialog_(Session::Get().DialogFor(doc_)),
-        wasChanged_(doc_.GetChanged()) {}
-  ScriptScene(const ScriptScene&) = delete;
-  ScriptScene& operator=(const ScriptScene&) = delete;
-  // Looking at states is no change of the document.
-  ~ScriptScene() override {
-    if (!wasChanged_) engine::ClearChanged(doc_);
-    host::EventAdd();  // the dialog shows again which state was loaded last
-  }
-
-  host::BaseDocument& Document() override { return doc_; }
-  StagemarksDialog& Dialog() override { return dialog_; }
-  engine::FileSystem& Files() override { return Session::Get().Services().files; }
-  rendering::PictureListener& Listener() override { return *this; }
-  void DeliverEvents() override { Session::Get().App().DeliverEvents(); }
-  int ChooseMarks(const Names& typed, Names& names) override {
-    names = ChooseStates(document_, typed);
-    return rendering::kDone;
-  }
-
-  void Say(const std::string&) override {}
-  void Note(const std::string& text) override { notes_.push_back(text); }
-  void Error(const std::string& text) override { error_ = text; }
-  bool Progress(double share, const std::string& what) override {
-    return Session::Person().Progress(share, what);
-  }
-  void Step(std::size_t, std::size_t, const std::string&) override {}
-  bool IsStopped() const override { return Session::Person().WasStopped(); }
-
-  // Throws what was said where the work did not end well.
-  void Check(int status) const {
-    if (status != rendering::kDone) FailAs(error_.empty() ? "The work was stopped." : error_);
-  }
-  const Names& Notes() const { return notes_; }
-
- private:
-  DocumentId document_;
-  host::BaseDocument& doc_;
-  StagemarksDialog dialog_;
-  bool wasChanged_;
-  Names notes_;
-  std::string error_;
-};
-
-void CheckPlace(const std::string& path, const std::string& maker, bool overwrite) {
-  if (overwrite || publishing::MayReplace(Session::Get().Services().files, path, maker)) return;
-  throw Failure(Fault::Refused, "\"" + path +
-                                    "\" exists already and was not made by this command. Give "
-                                    "another name, or overwrite=True to replace it.");
-}
 
 pictures::PictureSize SizeOf(const rendering::StatePictures& states,
                              std::pair<std::uint32_t, std::uint32_t> wanted) {

@@ -1,4 +1,5 @@
-// Pictures and files of states for scripts: rendered, exported, published. The document is as
+// Pictures and files of states for scripts: rendered, exported, published, shown
+// together. The document is as
 // before afterwards. Every function throws a Failure where it cannot. The thread of the session.
 #pragma once
 
@@ -48,5 +49,25 @@ struct PublishWishes {
 };
 // The files, without what is beside them.
 Names Publish(DocumentId document, const PublishWishes& wishes);
+
+struct PageWishes {
+  std::string folder;  // made where it is missing
+  Names states;        // by names and patterns, none: all, or the scene as it is
+  std::string title;   // empty: the scene's name
+  bool overwrite = false;
+};
+// A web page that shows the states in 3D; its file.
+std::string MakePage(DocumentId document, const PageWishes& wishes);
+
+struct SheetWishes {
+  std::string path;  // .png or .tif
+  Names states;      // as of a page
+  // What each picture fits into; without it a size that suits their number.
+  std::optional<std::pair<std::uint32_t, std::uint32_t>> size;
+  bool overwrite = false;
+  unsigned threads = 0;  // 0: one for each core
+};
+// A contact sheet of the states; its file.
+std::string MakeSheet(DocumentId document, const SheetWishes& wishes);
 
 }  // namespace scripting

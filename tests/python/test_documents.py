@@ -84,6 +84,65 @@ class Files(support.WithScene):
         self.assertEqual(self.doc.objects["caf\udce9"].name, "caf\udce9")
 
 
+class Updates(support.WithScene):
+    def write(self, **heights):
+        path = self.at("model.obj")
+        with open(path, "w") as file:
+            for number, (name, height) in enumerate(heights.items()):
+                file.write(f"o {name}\nv 0 0 0\nv 1 0 0\nv 0 {height} 0\n")
+                file.write("f {} {} {}\n".format(*range(3 * number + 1, 3 * number + 4)))
+        return path
+
+    def test_a_newer_file_comes_into_the_scene_and_states_stay(self):
+        doc = stagemarks.import_scene(self.write(Table=1, Chair=1, Lamp=1))
+        doc.objects["Lamp"].render_mode = "off"
+        doc.states.record("Night")
+        path = self.write(Table=1, Chair=2, Bed=1)
+        update = doc.update_from(path)
+        self.assertEqual([(one.path, one.what) for one in update.objects.changed],
+                         [("Chair", ["shape"])])
+        self.assertEqual((update.objects.added, update.objects.gone), (["Bed"], ["Lamp"]))
+        self.assertEqual((update.objects.found, update.removed), (2, 0))
+        self.assertEqual(doc.undo_names[-1], "Update from File")
+        self.assertEqual((doc.states.names, doc.objects["Lamp"].render_mode), (["Night"], "off"))
+        doc.undo()
+        self.assertIsNone(doc.objects.get("Bed"))
+        self.assertEqual(doc.update_from(path, remove_gone=True).removed, 1)
+        self.assertIsNone(doc.objects.get("Lamp"))
+
+    def test_what_cannot_be_read_changes_nothing(self):
+        doc = stagemarks.import_scene(self.write(Table=1))
+        broken = self.at("broken.gltf")
+        with open(broken, "w") as file:
+            file.write("{")
+        for path, error in (
+            (self.scene, stagemarks.MisuseError),
+            (broken, stagemarks.Error),
+            (self.at("missing.obj"), stagemarks.Error),
+        ):
+            with self.subTest(path), self.assertRaises(error):
+                doc.update_from(path)
+        with self.assertRaises(stagemarks.StoppedError):
+            doc.update_from(self.write(Table=2), progress=lambda *_: False)
+        self.assertEqual((len(doc.objects), doc.undo_names), (1, []))
+
+    def test_pictures_outside_of_the_folder_come_in_when_that_is_said(self):
+        os.mkdir(self.at("in"))
+        with open(self.at("wood.png"), "wb") as file:
+            file.write(b"\x89PNG\r\n\x1a\n")
+        for name, text in (
+            ("model.obj", "mtllib model.mtl\nusemtl Wood\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"),
+            ("model.mtl", "newmtl Wood\nmap_Kd ../wood.png\n"),
+        ):
+            with open(self.at(os.path.join("in", name)), "w") as file:
+                file.write(text)
+        taken = []
+        for allow_outside in (False, True):
+            doc = stagemarks.import_scene(self.at("in/model.obj"), allow_outside=allow_outside)
+            taken.append([one.color_texture for one in doc.materials if one.color_texture])
+        self.assertEqual([os.path.dirname(one) != "" for (one,) in taken], [False, True])
+
+
 class Steps(support.WithScene):
     def shown(self):
         states = self.doc.states

@@ -2,9 +2,15 @@
 
 import json
 import os
+import unittest
 
 import support
 import stagemarks
+
+# The viewer of web pages, as the build beside the package has it.
+VIEWER = os.path.join(
+    os.path.dirname(stagemarks.__file__), "../../../../share/stagemarks/page/page.html"
+)
 
 try:
     import numpy
@@ -95,6 +101,60 @@ class Pictures(support.WithScene):
         self.doc.states.publish(self.at("web"), format="gltf")
         with self.assertRaisesRegex(ValueError, "glb"):
             self.doc.states.publish(self.at("web"), format="fbx")
+
+
+    def picture(self, path):
+        """Width and height of a PNG file."""
+        with open(path, "rb") as file:
+            head = file.read(24)
+        return tuple(int.from_bytes(head[at : at + 4], "big") for at in (16, 20))
+
+    def test_states_are_shown_together_on_a_sheet(self):
+        path = self.doc.sheet(self.at("sheet.png"), size=(40, 30))
+        self.assertEqual(path, self.at("sheet.png"))
+        both = self.picture(path)
+        self.doc.sheet(path, "Day", size=(40, 30))
+        self.assertLess(self.picture(path)[0], both[0])
+        self.assertEqual((self.doc.is_changed, self.doc.objects[0].render_mode),
+                         (False, "undefined"))
+        with open(self.at("mine.png"), "w") as file:
+            file.write("mine")
+        for path, options, error in (
+            (self.at("mine.png"), {}, stagemarks.RefusedError),
+            (self.at("sheet.exr"), {}, stagemarks.MisuseError),
+            (self.at("sheet.png"), {"size": (0, 30)}, stagemarks.MisuseError),
+            (self.at("sheet.png"), {"size": (10**6, 30)}, stagemarks.MisuseError),
+            (self.at("sheet.png"), {"states": "Noon"}, stagemarks.NotFoundError),
+            (self.at("sheet.png"), {"progress": lambda *_: False}, stagemarks.StoppedError),
+        ):
+            with self.subTest(options), self.assertRaises(error):
+                self.doc.sheet(path, **options)
+        self.doc.sheet(self.at("mine.png"), size=(40, 30), overwrite=True)
+        with stagemarks.new() as empty:
+            self.assertTrue(os.path.exists(empty.sheet(self.at("empty.tif"), size=(40, 30))))
+
+    @unittest.skipUnless(
+        os.path.exists(VIEWER) or os.environ.get("CI") == "true",
+        "built without the viewer: node and npm are missing, or the network is",
+    )
+    def test_states_are_shown_on_a_web_page(self):
+        path = self.doc.page(self.at("web"), "N*", title="A <b> & c")
+        self.assertEqual(path, self.at("web/index.html"))
+        with open(path, encoding="utf-8") as file:
+            text = file.read()
+        begin = text.index('id="contents">') + len('id="contents">')
+        contents = json.loads(text[begin : text.index("</script>", begin)])
+        self.assertEqual(contents["title"], "A <b> & c")
+        self.assertEqual([one["name"] for one in contents["states"]], ["Night"])
+        self.doc.page(self.at("web"))
+        self.assertEqual((self.doc.is_changed, self.doc.states.current.name), (False, "Day"))
+        with open(path, "w") as file:
+            file.write("mine")
+        with self.assertRaisesRegex(stagemarks.RefusedError, "overwrite=True"):
+            self.doc.page(self.at("web"))
+        with self.assertRaises(stagemarks.StoppedError):
+            self.doc.page(self.at("other"), progress=lambda *_: False)
+        self.assertEqual(os.listdir(self.at("other")), [])
 
 
 class Texts(support.WithScene):

@@ -98,7 +98,25 @@ void DefineDocuments(py::module_& module) {
       .def_readonly("document", &Opened::document, "Its number.")
       .def_readonly("notes", &Opened::notes, "What an import lost or mended.")
       .def_readonly("states", &Opened::states, "Stagemarks that came in with the file.");
-  Define(module, "open", &Open, py::arg("path"));
+  py::class_<engine::ChangedElement>(module, "ChangedElement", "An element that an update changed.")
+      .def_readonly("path", &engine::ChangedElement::path)
+      .def_readonly("what", &engine::ChangedElement::what);
+  py::class_<engine::ElementChanges>(module, "ElementChanges",
+                                     "What an update found, changed, added and missed.")
+      .def_readonly("found", &engine::ElementChanges::found)
+      .def_readonly("changed", &engine::ElementChanges::changed)
+      .def_readonly("added", &engine::ElementChanges::added)
+      .def_readonly("added_count", &engine::ElementChanges::addedCount)
+      .def_readonly("gone", &engine::ElementChanges::gone)
+      .def_readonly("gone_count", &engine::ElementChanges::goneCount);
+  py::class_<engine::SceneUpdate>(module, "SceneUpdate", "What came of an update.")
+      .def_readonly("objects", &engine::SceneUpdate::objects)
+      .def_readonly("materials", &engine::SceneUpdate::materials)
+      .def_readonly("removed", &engine::SceneUpdate::removed)
+      .def_readonly("notes", &engine::SceneUpdate::notes);
+  Define(module, "open", &Open, py::arg("path"), py::arg("allow_outside"));
+  Define(module, "update_from", &UpdateFrom, py::arg("document"), py::arg("path"),
+         py::arg("remove_gone"), py::arg("allow_outside"));
   Define(module, "new", &New);
   Define(module, "close", &Close, py::arg("document"), py::arg("discard"));
   Define(module, "documents", &AllDocuments);

@@ -53,6 +53,21 @@ void DefinePictures(py::module_& module) {
       },
       document, py::arg("folder"), py::arg("states"), py::arg("format"), py::arg("all_in_one"),
       py::arg("omit_hidden"), py::arg("overwrite"));
+  module.def(
+      "page",
+      [](DocumentId number, std::string folder, Names states, std::string title, bool overwrite) {
+        return Run([&] { return MakePage(number, {folder, states, title, overwrite}); });
+      },
+      document, py::arg("folder"), py::arg("states"), py::arg("title"), py::arg("overwrite"));
+  module.def(
+      "sheet",
+      [](DocumentId number, std::string path, Names states,
+         std::optional<std::pair<std::uint32_t, std::uint32_t>> size, bool overwrite,
+         unsigned threads) {
+        return Run([&] { return MakeSheet(number, {path, states, size, overwrite, threads}); });
+      },
+      document, py::arg("path"), py::arg("states"), py::arg("size"), py::arg("overwrite"),
+      py::arg("threads"));
 }
 
 }  // namespace scripting

@@ -22,7 +22,7 @@ from .elements import (
     Tag,
     make,
 )
-from .states import States, _render
+from .states import Names, States, _names, _render
 
 Path = Union[str, "os.PathLike[str]"]
 
@@ -189,6 +189,64 @@ class Document(Fielded):
         """Renders the scene as it stands, see States.render."""
         return _render(self, "", path, (width, height), overwrite, threads, progress)
 
+    def page(
+        self,
+        folder: Path,
+        states: Optional[Names] = None,
+        *,
+        title: Optional[str] = None,
+        overwrite: bool = False,
+        progress: Optional[Progress] = None,
+    ) -> str:
+        """Makes a web page that shows states in 3D, all without `states`, a scene without any as it
+        stands; any browser opens it, without a server or network. The path of its file, index.html
+        in the folder, which is made where it is missing. RefusedError for a file there that is no
+        such page, unless it is to be replaced (overwrite). Nothing is loaded."""
+        with listening(progress):
+            return _core.page(
+                self._number, os.fspath(folder), _names(states), title or "", overwrite
+            )
+
+    def sheet(
+        self,
+        path: Path,
+        states: Optional[Names] = None,
+        *,
+        size: Optional[Tuple[int, int]] = None,
+        overwrite: bool = False,
+        threads: int = 0,
+        progress: Optional[Progress] = None,
+    ) -> str:
+        """Makes a contact sheet of states, as page() has them: one picture, .png or .tif. Its
+        absolute path. size: width and height in pixels that each picture on it fits into; without
+        it they suit their number. threads: 0 for one for each core."""
+        if threads < 0 or (size is not None and min(size) < 0):
+            raise _core.MisuseError("Sizes and threads cannot be below 0.")
+        with listening(progress):
+            return _core.sheet(
+                self._number, os.fspath(path), _names(states), size, overwrite, threads
+            )
+
+    def update_from(
+        self,
+        path: Path,
+        *,
+        remove_gone: bool = False,
+        allow_outside: bool = False,
+        progress: Optional[Progress] = None,
+    ) -> _core.SceneUpdate:
+        """Brings the scene up to a newer version of the file that it was imported from, in one undo
+        step: states stay, and so does what was changed here and not in the file.
+
+        The answer has objects and materials, each with found (a number), changed (path and what:
+        "parent", "place", "shape", "settings", "material"), added and gone (paths of the topmost;
+        added_count and gone_count count all); removed (a number) and notes. remove_gone: deletes
+        objects that the file does not have any more; else they stay. allow_outside: also takes
+        textures that lie outside the folder of the file.
+        """
+        with listening(progress):
+            return _core.update_from(self._number, os.fspath(path), remove_gone, allow_outside)
+
     # Undo.
 
     def step(self, name: str) -> Step:
@@ -240,13 +298,18 @@ def open(path: Path, *, progress: Optional[Progress] = None) -> Document:
     """Opens a scene file and makes it the active document. A file of another format (glTF, FBX,
     OBJ, COLLADA) is imported, see import_scene. Error where that fails: the message says why."""
     with listening(progress):
-        return _opened(_core.open(os.fspath(path)))
+        return _opened(_core.open(os.fspath(path), False))
 
 
-def import_scene(path: Path, *, progress: Optional[Progress] = None) -> Document:
+def import_scene(
+    path: Path, *, allow_outside: bool = False, progress: Optional[Progress] = None
+) -> Document:
     """Imports a scene of another format as a new document without a file. What was lost or mended
-    stands in its notes; states that the file holds, such as variants of materials, are recorded."""
-    return open(path, progress=progress)
+    stands in its notes; states that the file holds, such as variants of materials, are recorded.
+    allow_outside: also takes textures that lie outside the folder of the file; else they are named
+    and left out."""
+    with listening(progress):
+        return _opened(_core.open(os.fspath(path), allow_outside))
 
 
 def new() -> Document:
