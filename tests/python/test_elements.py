@@ -109,6 +109,15 @@ class Fields(support.WithScene):
         self.doc.camera.layer = None
         self.assertIsNone(camera.layer)
 
+    def test_what_is_misspelled_is_no_attribute(self):
+        state = self.doc.states.record("Day")
+        tag = next(one for one in self.doc.tags if isinstance(one, stagemarks.TextureTag))
+        of_each = [self.doc.objects[0], tag, tag.material, self.doc.settings.active, self.doc,
+                   self.doc.objects, self.doc.settings, self.doc.states, state]
+        for one in of_each + [self.doc.layers.add("Rigs"), self.doc.step("Night")]:
+            with self.subTest(type(one)), self.assertRaises(AttributeError):
+                one.rendermode = "off"
+
     def test_many_are_set_in_one_step(self):
         objects = list(self.doc.objects)
         self.doc.objects.set(objects, "Render mode", "off")

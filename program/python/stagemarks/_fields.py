@@ -99,6 +99,8 @@ def to_core(document: int, place: int, value: Any) -> Any:
 class Fielded:
     """Something with fields: an element, or a document, which is element 0 of itself."""
 
+    __slots__ = ("_number", "_element")
+
     _number: int
     _element: int
 

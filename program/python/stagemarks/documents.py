@@ -39,6 +39,8 @@ class Step:
         ...
     """
 
+    __slots__ = ("_document", "_name", "_step")
+
     def __init__(self, document: Document, name: str) -> None:
         self._document = document
         self._name = name
@@ -63,6 +65,8 @@ class Step:
 class Document(Fielded):
     """An open scene. Closed by close(), or at the end of a with statement, where what was not saved
     is given up. Using it or its elements afterwards raises a ClosedError."""
+
+    __slots__ = ("_is_ours", "_notes")
 
     camera = Attribute[Optional[Camera]]("Document", "Camera")
     render_settings = Attribute[RenderSettings]("Document", "Render settings")

@@ -76,6 +76,8 @@ def _numbers(given: Optional[Iterable[float]]) -> List[float]:
 class Element(Fielded):
     """Something that lives in a document. Two are equal when they are the same element."""
 
+    __slots__ = ("_document",)
+
     def __init__(self, document: Document, element: int) -> None:
         self._document = document
         self._number = document._number
@@ -126,11 +128,15 @@ class Element(Fielded):
 class Named(Element):
     """An element with a name."""
 
+    __slots__ = ()
+
     name = Attribute[str]("Basic", "Name")
 
 
 class Object(Named):
     """An object of the scene."""
+
+    __slots__ = ()
 
     layer = Attribute[Optional["Layer"]]("Basic", "Layer")
     editor_mode = Attribute[str]("Basic", "Editor mode")
@@ -181,6 +187,8 @@ class Object(Named):
 class Camera(Object):
     """A camera. It looks along the Z axis of its frame."""
 
+    __slots__ = ()
+
     projection = Attribute[str]("Camera", "Projection")
     field_of_view = Attribute[float]("Camera", "Field of view")
     vertical_field = Attribute[float]("Camera", "Vertical field")
@@ -191,6 +199,8 @@ class Camera(Object):
 
 class Light(Object):
     """A light. It shines along the Z axis of its frame."""
+
+    __slots__ = ()
 
     light_type = Attribute[str]("Light", "Type")
     color = Attribute[Vector]("Light", "Color")
@@ -205,11 +215,15 @@ class Light(Object):
 class Cube(Object):
     """A cube."""
 
+    __slots__ = ()
+
     size = Attribute[Vector]("Cube", "Size")
 
 
 class Sphere(Object):
     """A sphere."""
+
+    __slots__ = ()
 
     radius = Attribute[float]("Sphere", "Radius")
     segments = Attribute[int]("Sphere", "Segments")
@@ -218,12 +232,16 @@ class Sphere(Object):
 class Disc(Object):
     """A disc."""
 
+    __slots__ = ()
+
     radius = Attribute[float]("Disc", "Radius")
     segments = Attribute[int]("Disc", "Segments")
 
 
 class Cone(Object):
     """A cone."""
+
+    __slots__ = ()
 
     radius = Attribute[float]("Cone", "Radius")
     height = Attribute[float]("Cone", "Height")
@@ -233,6 +251,8 @@ class Cone(Object):
 class Cylinder(Object):
     """A cylinder."""
 
+    __slots__ = ()
+
     radius = Attribute[float]("Cylinder", "Radius")
     height = Attribute[float]("Cylinder", "Height")
     segments = Attribute[int]("Cylinder", "Segments")
@@ -240,6 +260,8 @@ class Cylinder(Object):
 
 class Torus(Object):
     """A torus."""
+
+    __slots__ = ()
 
     radius = Attribute[float]("Torus", "Radius")
     tube_radius = Attribute[float]("Torus", "Tube radius")
@@ -249,6 +271,8 @@ class Torus(Object):
 class Plane(Object):
     """A plane."""
 
+    __slots__ = ()
+
     width = Attribute[float]("Plane", "Width")
     depth = Attribute[float]("Plane", "Depth")
     segments = Attribute[int]("Plane", "Segments")
@@ -256,6 +280,8 @@ class Plane(Object):
 
 class Tag(Named):
     """A tag of an object."""
+
+    __slots__ = ()
 
     layer = Attribute[Optional["Layer"]]("Basic", "Layer")
 
@@ -269,6 +295,8 @@ class Tag(Named):
 class TextureTag(Tag):
     """Gives its object a material."""
 
+    __slots__ = ()
+
     material = Attribute[Optional["Material"]]("Texture", "Material")
     offset = Attribute[Pair]("Texture", "Offset")
     tiles = Attribute[Pair]("Texture", "Tiles")
@@ -277,6 +305,8 @@ class TextureTag(Tag):
 class CompositingTag(Tag):
     """How its object takes part in pictures; its further values by label: tag["Switch 1003"]."""
 
+    __slots__ = ()
+
     cast_shadows = Attribute[bool]("Compositing", "Cast shadows")
     receive_shadows = Attribute[bool]("Compositing", "Receive shadows")
     seen_by_camera = Attribute[bool]("Compositing", "Seen by camera")
@@ -284,6 +314,8 @@ class CompositingTag(Tag):
 
 class Material(Named):
     """A material. Textures are file names."""
+
+    __slots__ = ()
 
     layer = Attribute[Optional["Layer"]]("Basic", "Layer")
     color = Attribute[Vector]("Color", "Color")
@@ -309,6 +341,8 @@ class Material(Named):
 class Layer(Named):
     """A layer with its nine switches."""
 
+    __slots__ = ()
+
     color = Attribute[Vector]("Layer", "Color")
     solo = Attribute[bool]("Layer", "Solo")
     view = Attribute[bool]("Layer", "View")
@@ -323,6 +357,8 @@ class Layer(Named):
 
 class RenderSettings(Element):
     """Render settings. Sizes in pixels, times as numbers of frames."""
+
+    __slots__ = ()
 
     name = Attribute[str]("Output", "Name")
     width = Attribute[int]("Output", "Width")
@@ -344,6 +380,8 @@ class RenderSettings(Element):
 class Effect(Element):
     """A post effect or a multi-pass of render settings. Values of an effect by label:
     effect["Cache file"]."""
+
+    __slots__ = ()
 
     in_use = Attribute[bool]("Effect", "In use")
 
@@ -374,6 +412,8 @@ E = TypeVar("E", bound=Element)
 
 class ElementList(Generic[E]):
     """The elements of one kind in a document: in their order, and by name."""
+
+    __slots__ = ("_document", "_kind", "_base")
 
     def __init__(self, document: Document, kind: _core.Kind, base: Type[E]) -> None:
         self._document = document
@@ -461,6 +501,8 @@ class ElementList(Generic[E]):
 class ObjectList(ElementList[Object]):
     """The objects of a document, all levels, in the order of the tree."""
 
+    __slots__ = ()
+
     def __init__(self, document: Document) -> None:
         super().__init__(document, _core.Kind.OBJECTS, Object)
 
@@ -492,6 +534,8 @@ class ObjectList(ElementList[Object]):
 class MaterialList(ElementList[Material]):
     """The materials of a document."""
 
+    __slots__ = ()
+
     def __init__(self, document: Document) -> None:
         super().__init__(document, _core.Kind.MATERIALS, Material)
 
@@ -505,6 +549,8 @@ class MaterialList(ElementList[Material]):
 class LayerList(ElementList[Layer]):
     """The layers of a document, all levels."""
 
+    __slots__ = ()
+
     def __init__(self, document: Document) -> None:
         super().__init__(document, _core.Kind.LAYERS, Layer)
 
@@ -515,6 +561,8 @@ class LayerList(ElementList[Layer]):
 
 class SettingsList(ElementList[RenderSettings]):
     """The render settings of a document."""
+
+    __slots__ = ()
 
     def __init__(self, document: Document) -> None:
         super().__init__(document, _core.Kind.SETTINGS, RenderSettings)

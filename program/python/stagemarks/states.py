@@ -39,6 +39,8 @@ def _words(parts: Optional[Iterable[str]]) -> List[str]:
 class State:
     """A state by its name. One that is not there anymore raises a NotFoundError."""
 
+    __slots__ = ("_document", "_name")
+
     def __init__(self, document: Document, name: str) -> None:
         self._document = document
         self._name = name
@@ -112,6 +114,8 @@ class State:
 class DeletedState:
     """A state in the trash of its document, see States.deleted."""
 
+    __slots__ = ("_document", "_facts")
+
     def __init__(self, document: Document, facts: _core.DeletedFacts) -> None:
         self._document = document
         self._facts = facts
@@ -159,6 +163,8 @@ class States:
     renaming, deleting and editing of states is kept in the document at once, and is an undo step
     as every edit is; preview images come and go with it.
     """
+
+    __slots__ = ("_document", "_number")
 
     def __init__(self, document: Document) -> None:
         self._document = document
