@@ -7,7 +7,6 @@
 #include "engine/editing/LayerCommands.h"
 #include "engine/editing/MaterialCommands.h"
 #include "engine/editing/RenderSettingsCommands.h"
-#include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
 #include "host/Application.h"
 #include "program/lookup/SceneLookup.h"

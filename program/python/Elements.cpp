@@ -1,7 +1,5 @@
 #include "program/python/Elements.h"
 
-#include <algorithm>
-
 #include "engine/editing/FieldValue.h"
 #include "engine/editing/Selection.h"
 #include "engine/scene/DocumentState.h"
@@ -9,7 +7,6 @@
 #include "engine/scene/NodeTypes.h"
 #include "engine/scene/TreeWalk.h"
 #include "engine/states/FieldText.h"
-#include "host/Application.h"
 #include "program/lookup/SceneLookup.h"
 #include "program/outcome/Words.h"
 

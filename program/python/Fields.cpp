@@ -2,12 +2,10 @@
 // is changed.
 #include <algorithm>
 #include <cctype>
-#include <cmath>
 
 #include "engine/editing/FieldValue.h"
 #include "engine/scene/NodeTypes.h"
 #include "host/Parameters.h"
-#include "host/RenderData.h"
 #include "program/python/Elements.h"
 
 namespace scripting {

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "engine/publish/Publish.h"
-#include "engine/render/TextureSearch.h"
 #include "program/export/ExportPlan.h"
 #include "program/lookup/SceneLookup.h"
 #include "program/outcome/Words.h"

@@ -11,7 +11,6 @@
 #include "engine/scene/DocumentState.h"
 #include "host/Application.h"
 #include "program/outcome/Outcome.h"
-#include "program/outcome/Words.h"
 
 namespace scripting {
 

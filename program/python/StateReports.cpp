@@ -2,10 +2,10 @@
 #include <algorithm>
 
 #include "engine/render/TextureSearch.h"
-#include "engine/scene/NodeIds.h"
 #include "engine/states/Difference.h"
 #include "engine/states/FieldText.h"
 #include "engine/states/Findings.h"
+#include "engine/states/RecordList.h"
 #include "engine/states/StateText.h"
 #include "engine/states/StoredStates.h"
 #include "engine/states/Trash.h"
@@ -91,10 +91,7 @@ auto TakeInAsStep(BaseDocument& doc, const std::string& text,
   const engine::StoredDataScope stored(doc, "", engine::StoresOfStates());
   if (options.sameName == engine::SameName::Replaced) {
     for (const engine::StoredState& state : engine::ReadStates(doc)) {
-      const host::BaseContainer* holder =
-          state.record.GetContainerInstance(engine::kStoredSettings);
-      if (!holder) continue;
-      if (auto* settings = engine::FindNode(&doc, engine::LinkOf(*holder, engine::kStoredSettings)))
+      if (auto* settings = engine::RecordedSettings(doc, state.record))
         doc.AddUndo(host::UNDO_CHANGE, settings);
     }
   }

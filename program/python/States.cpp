@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "engine/editing/FieldValue.h"
-#include "engine/scene/DocumentState.h"
 #include "engine/states/StoredStates.h"
 #include "engine/undo/Undo.h"
-#include "host/Application.h"
 #include "host/Host.h"
 #include "program/export/ExportPlan.h"
 #include "program/lookup/SceneLookup.h"
