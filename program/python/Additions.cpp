@@ -106,8 +106,10 @@ Found AddMaterialOf(DocumentId document, const std::string& name,
 
 Found AddLayerOf(DocumentId document, const std::string& name) {
   BaseDocument& doc = Find(document);
+  host::LayerData data;
+  data.color = engine::NextLayerColor(doc);
   const engine::UndoScope step(doc, "New Layer");
-  const Found made = FoundOf(*engine::MakeLayer(doc, name));
+  const Found made = FoundOf(*engine::MakeLayer(doc, name, data));
   host::EventAdd();
   return made;
 }

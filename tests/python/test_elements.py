@@ -232,6 +232,7 @@ class Additions(support.WithScene):
         camera.layer = self.doc.layers.add("Rigs")
         self.doc.settings.active = self.doc.settings.add("Large")
         self.assertEqual(red.color, (1, 0, 0))
+        self.assertNotEqual(camera.layer.color, self.doc.layers.add("Props").color)
         self.assertEqual([tag.material for tag in camera.tags], [red])
         while self.doc.undo():
             pass

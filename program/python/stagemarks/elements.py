@@ -555,7 +555,7 @@ class LayerList(ElementList[Layer]):
         super().__init__(document, _core.Kind.LAYERS, Layer)
 
     def add(self, name: str) -> Layer:
-        """A new layer, in one undo step."""
+        """A new layer, in one undo step. It gets one of eight colors by turns."""
         return self._make([_core.add_layer(self._document._number, name)])[0]
 
 
