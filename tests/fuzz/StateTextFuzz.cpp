@@ -4,6 +4,7 @@
 
 #include "engine/scenefile/SceneFile.h"
 #include "engine/states/StateText.h"
+#include "tests/fuzz/KeptPlugin.h"
 #include "tests/fuzz/Require.h"
 #include "tests/support/PluginSession.h"
 #include "tests/support/SceneBuilder.h"

@@ -7,6 +7,7 @@
 
 #include "engine/scenefile/SceneFile.h"
 #include "source/Stagemarks/keys/PluginIds.h"
+#include "tests/fuzz/KeptPlugin.h"
 #include "tests/fuzz/Require.h"
 #include "tests/support/PluginSession.h"
 #include "tests/support/SceneBuilder.h"
