@@ -4,7 +4,10 @@
 #include <functional>
 #include <thread>
 
+#include "engine/scene/NewNodes.h"
 #include "host/C4DThread.h"
+#include "tests/support/SceneBytes.h"
+#include "tests/undo/RandomEdits.h"
 
 namespace {
 
@@ -120,6 +123,26 @@ TEST(Thread, ManyStartsAndStops) {
     i % 2 == 0 ? work.End() : work.Wait(false);
   }
   EXPECT_EQ(runs, 500);
+}
+
+// As unsaved work is kept, and as pictures of states are made.
+TEST(Thread, CopiesStayAsTheyAreWhileTheSceneChanges) {
+  tests::SceneBuilder scene;
+  tests::RandomEdits::Build(scene);
+  tests::RandomEdits edits(scene.Doc(), 1);
+  for (int round = 0; round < 10; ++round) {
+    const engine::OwnedDocument copy = engine::CopyOf(scene.Doc());
+    const std::string before = tests::Bytes(*copy);
+    std::string beside;
+    {
+      const std::jthread writer([&] { beside = tests::Bytes(*copy) + tests::Bytes(*copy); });
+      for (int i = 0; i < 20; ++i) edits.Step();
+      while (scene.Doc().DoUndo()) {
+      }
+    }
+    ASSERT_EQ(beside, before + before);
+    for (int i = 0; i <= round; ++i) edits.Step();
+  }
 }
 
 TEST(BaseThread, WithoutAThreadNothingStops) {
