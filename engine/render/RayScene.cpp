@@ -1,5 +1,9 @@
 #include "engine/render/RayScene.h"
 
+#include <bit>
+#include <cstddef>
+
+#include "engine/render/Four.h"
 #include "engine/scene/Vectors.h"
 
 namespace engine {
@@ -15,19 +19,16 @@ unsigned MaskOf(const Instance& instance, const SurfaceLook& look) {
   return mask;
 }
 
-void Fill(RTCRay& to, const Ray& ray, unsigned mask) {
-  to.org_x = ray.origin.x;
-  to.org_y = ray.origin.y;
-  to.org_z = ray.origin.z;
-  to.dir_x = ray.direction.x;
-  to.dir_y = ray.direction.y;
-  to.dir_z = ray.direction.z;
-  to.tnear = ray.near;
-  to.tfar = ray.far;
-  to.time = 0;
-  to.mask = mask;
-  to.id = 0;
-  to.flags = 0;
+// Written as the ray tracer reads it, 16 bytes at a time: a processor waits for what is written in
+// smaller pieces.
+RTCRay ToTracerRay(const Ray& ray, unsigned mask) {
+  static_assert(sizeof(RTCRay) == 3 * sizeof(Four) && offsetof(RTCRay, tnear) == 12 &&
+                offsetof(RTCRay, dir_x) == 16 && offsetof(RTCRay, tfar) == 32 &&
+                offsetof(RTCRay, mask) == 36);
+  return std::bit_cast<RTCRay>(
+      std::array<Four, 3>{Four{ray.origin.x, ray.origin.y, ray.origin.z, ray.near},
+                          Four{ray.direction.x, ray.direction.y, ray.direction.z, 0},
+                          Four{ray.far, std::bit_cast<float>(mask), 0, 0}});
 }
 
 // The ray tracer ends the process over a ray that leads nowhere. What is no number is not below.
@@ -41,7 +42,7 @@ inline bool IsSane(const Ray& ray) {
 
 RTCRayHit Shoot(RTCScene scene, const Ray& ray, unsigned mask) {
   RTCRayHit hit;
-  Fill(hit.ray, ray, mask);
+  hit.ray = ToTracerRay(ray, mask);
   hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
   hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
   if (!IsSane(ray)) return hit;
@@ -51,70 +52,109 @@ RTCRayHit Shoot(RTCScene scene, const Ray& ray, unsigned mask) {
   return hit;
 }
 
-Vec Turned(const host::Matrix& m, Vec v) {
-  return ToVec(m.v1) * v.x + ToVec(m.v2) * v.y + ToVec(m.v3) * v.z;
+// The directions of a frame.
+struct Axes {
+  Vec x, y, z;
+
+  Vec Turned(Vec v) const { return x * v.x + y * v.y + z * v.z; }
+};
+
+// What turns normals as the frame turns points.
+Axes NormalAxes(const host::Matrix& m) {
+  const host::Vector x = CrossOf(m.v2, m.v3);
+  const host::Vector y = CrossOf(m.v3, m.v1);
+  const host::Vector z = CrossOf(m.v1, m.v2);
+  const double scale = 1 / std::sqrt(std::max({DotOf(x, x), DotOf(y, y), DotOf(z, z)}));
+  return {ToVec(Scaled(x, scale)), ToVec(Scaled(y, scale)), ToVec(Scaled(z, scale))};
 }
+
+bool HasTextures(const SurfaceLook& look) {
+  return std::ranges::any_of(kTexturePlaces, [&](auto place) { return bool(look.*place); });
+}
+
+// Coordinates in a texture, at a place of a triangle and along its edges.
+struct Coordinates {
+  std::array<float, 2> at{0, 0};
+  std::array<float, 2> edge1{0, 0}, edge2{0, 0};
+
+  // The same as a texture lies on the surface.
+  Coordinates On(const TextureUse& use) const {
+    const float cosine = std::cos(use.rotation);
+    const float sine = std::sin(use.rotation);
+    const auto turned = [&](const std::array<float, 2>& uv) {
+      const float u = uv[0] * use.tiles[0];
+      const float v = uv[1] * use.tiles[1];
+      return std::array<float, 2>{cosine * u + sine * v, cosine * v - sine * u};
+    };
+    Coordinates on{turned(at), turned(edge1), turned(edge2)};
+    for (std::size_t k = 0; k < 2; ++k) on.at[k] += use.offset[k];
+    return on;
+  }
+
+  // Of the edges' parallelogram; negative where it is turned over.
+  float Area() const { return edge1[0] * edge2[1] - edge1[1] * edge2[0]; }
+};
 
 }  // namespace
 
+// What of an instance is asked for with each hit, close together.
+struct RayScene::Placed {
+  const Instance* instance;
+  const Geometry* geometry;
+  const SurfaceLook* look;
+  Axes axes;
+  Axes normals;
+  float handedness;  // -1 where the frame mirrors
+  bool hasBack;
+  bool hasTextures;
+
+  Placed(const Instance& of, const SurfaceLook& itsLook)
+      : instance(&of),
+        geometry(of.geometry.get()),
+        look(&itsLook),
+        axes{ToVec(of.frame.v1), ToVec(of.frame.v2), ToVec(of.frame.v3)},
+        normals(NormalAxes(of.frame)),
+        handedness(Determinant(of.frame) < 0 ? -1.0F : 1.0F),
+        hasBack(geometry && !look->isDoubleSided && geometry->hasFront),
+        hasTextures(geometry && !geometry->uvs.empty() && HasTextures(itsLook)) {}
+};
+
 // The triangle that was hit, in the world.
 struct RayScene::Triangle {
-  Vec edge1, edge2;
+  std::size_t index;  // in its geometry
   std::array<float, 3> weights;
-  const std::array<std::array<float, 2>, 3>* uvs = nullptr;
-  const std::array<std::array<float, 4>, 3>* colors = nullptr;
-  std::array<float, 2> uv{0, 0};
-  std::array<float, 2> uvEdge1{0, 0}, uvEdge2{0, 0};
+  Vec edge1, edge2;
+  float area;  // of the edges' parallelogram
 
-  // The same with the coordinates of an instance: as its tag moves and repeats them.
-  Triangle On(const Instance& instance) const {
-    Triangle triangle = *this;
+  // As the tag of an instance moves and repeats its picture.
+  Coordinates On(const Placed& placed) const {
+    Coordinates on;
+    const auto& uvs = placed.geometry->uvs[index];
+    const Instance& instance = *placed.instance;
     for (std::size_t k = 0; k < 2; ++k) {
-      const auto at = [&](std::size_t c) { return (*uvs)[c][k] * instance.uvTiles[k]; };
-      triangle.uv[k] =
+      const auto at = [&](std::size_t c) { return uvs[c][k] * instance.uvTiles[k]; };
+      on.at[k] =
           at(0) * weights[0] + at(1) * weights[1] + at(2) * weights[2] + instance.uvOffset[k];
-      triangle.uvEdge1[k] = at(1) - at(0);
-      triangle.uvEdge2[k] = at(2) - at(0);
+      on.edge1[k] = at(1) - at(0);
+      on.edge2[k] = at(2) - at(0);
     }
-    return triangle;
-  }
-  // And with those of a texture.
-  Triangle On(const TextureUse& use) const {
-    if (use.IsPlain()) return *this;
-    Triangle triangle = *this;
-    const float cosine = std::cos(use.rotation);
-    const float sine = std::sin(use.rotation);
-    const auto turned = [&](const std::array<float, 2>& at) {
-      const float u = at[0] * use.tiles[0];
-      const float v = at[1] * use.tiles[1];
-      return std::array<float, 2>{cosine * u + sine * v, cosine * v - sine * u};
-    };
-    triangle.uv = turned(uv);
-    for (std::size_t k = 0; k < 2; ++k) triangle.uv[k] += use.offset[k];
-    triangle.uvEdge1 = turned(uvEdge1);
-    triangle.uvEdge2 = turned(uvEdge2);
-    return triangle;
-  }
-
-  // Side in u and v of a square with side 1 in the world.
-  float UvPerLength() const {
-    const float area = Length(Cross(edge1, edge2));
-    const float uvArea = std::abs(uvEdge1[0] * uvEdge2[1] - uvEdge1[1] * uvEdge2[0]);
-    return area > 0 ? std::sqrt(uvArea / area) : 0;
+    return on;
   }
 };
 
 RayScene::RayScene(const ScenePicture& picture, RTCDevice device)
     : picture_(picture), scene_(device) {
-  normals_.reserve(picture.instances.size());
+  placed_.reserve(picture.instances.size());
   for (std::size_t i = 0; i < picture.instances.size(); ++i) {
-    if (picture.instances[i].geometry)
-      Attach(picture.instances[i], static_cast<unsigned>(i), device);
-    AddNormals(picture.instances[i].frame);
+    const Instance& instance = picture.instances[i];
+    if (instance.geometry) Attach(instance, static_cast<unsigned>(i), device);
+    placed_.emplace_back(instance, picture.looks[instance.look]);
   }
   scene_.Build();
   if (!picture.bounds.IsEmpty()) size_ = Length(picture.bounds.high - picture.bounds.low);
 }
+
+RayScene::~RayScene() = default;
 
 void RayScene::Attach(const Instance& instance, unsigned index, RTCDevice device) {
   const host::Matrix& m = instance.frame;
@@ -128,15 +168,6 @@ void RayScene::Attach(const Instance& instance, unsigned index, RTCDevice device
   rtcCommitGeometry(geometry);
   rtcAttachGeometryByID(scene_.Get(), geometry, index);
   rtcReleaseGeometry(geometry);
-}
-
-void RayScene::AddNormals(const host::Matrix& m) {
-  const host::Vector x = CrossOf(m.v2, m.v3);
-  const host::Vector y = CrossOf(m.v3, m.v1);
-  const host::Vector z = CrossOf(m.v1, m.v2);
-  const double scale = 1 / std::sqrt(std::max({DotOf(x, x), DotOf(y, y), DotOf(z, z)}));
-  handedness_.push_back(Determinant(m) < 0 ? -1.0F : 1.0F);
-  normals_.push_back({ToVec(Scaled(x, scale)), ToVec(Scaled(y, scale)), ToVec(Scaled(z, scale))});
 }
 
 bool RayScene::Find(const Ray& ray, unsigned mask, const RayCamera& camera,
@@ -159,8 +190,7 @@ bool RayScene::FindVisible(const Ray& ray, const RayCamera& camera, SurfaceHit* 
 
 bool RayScene::IsBlocked(const Ray& ray) const {
   if (!IsSane(ray)) return false;
-  RTCRay shadow;
-  Fill(shadow, ray, kOpaqueCaster);
+  RTCRay shadow = ToTracerRay(ray, kOpaqueCaster);
   RTCIntersectContext context;
   rtcInitIntersectContext(&context);
   rtcOccluded1(scene_.Get(), &context, &shadow);
@@ -171,39 +201,6 @@ float RayScene::Gap(const SurfaceHit& surface) const {
   const Vec p = surface.position;
   const float farthest = std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z), surface.distance});
   return 1e-5F * farthest + 1e-6F * size_;
-}
-
-void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
-                        SurfaceHit* surface) const {
-  const std::size_t index = hit.hit.instID[0];
-  const Instance& instance = picture_.instances[index];
-  const Geometry& geometry = *instance.geometry;
-  const Geometry::Corners& corners = geometry.triangles[hit.hit.primID];
-  Triangle triangle;
-  triangle.edge1 =
-      Turned(instance.frame, geometry.points[corners[1]] - geometry.points[corners[0]]);
-  triangle.edge2 =
-      Turned(instance.frame, geometry.points[corners[2]] - geometry.points[corners[0]]);
-  triangle.weights = {1 - hit.hit.u - hit.hit.v, hit.hit.u, hit.hit.v};
-  if (!geometry.uvs.empty()) triangle.uvs = &geometry.uvs[hit.hit.primID];
-  if (!geometry.colors.empty()) triangle.colors = &geometry.colors[hit.hit.primID];
-
-  surface->instance = &instance;
-  surface->look = &picture_.looks[instance.look];
-  surface->distance = hit.ray.tfar;
-  surface->position = ray.origin + ray.direction * hit.ray.tfar;
-  surface->faceNormal = Normalized(Cross(triangle.edge1, triangle.edge2));
-  const auto& n = geometry.normals[hit.hit.primID];
-  const Vec inside =
-      n[0] * triangle.weights[0] + n[1] * triangle.weights[1] + n[2] * triangle.weights[2];
-  const Normals& turn = normals_[index];
-  surface->normal = Normalized(turn.x * inside.x + turn.y * inside.y + turn.z * inside.z);
-  const bool hasBack = !surface->look->isDoubleSided && geometry.hasFront;
-  surface->isBack = hasBack && Dot(surface->normal, ray.direction) * handedness_[index] > 0;
-  if (Dot(surface->faceNormal, ray.direction) > 0) surface->faceNormal = -surface->faceNormal;
-  if (Dot(surface->normal, surface->faceNormal) < 0) surface->normal = -surface->normal;
-  const float slant = std::max(0.15F, std::abs(Dot(surface->faceNormal, ray.direction)));
-  Color(triangle, camera.PixelSize(surface->distance) / std::sqrt(slant), surface);
 }
 
 namespace {
@@ -224,77 +221,135 @@ float AlphaOf(const SurfaceLook& look, float alpha) {
   return alpha < look.cutoff ? 0.0F : 1.0F;
 }
 
-bool HasTextures(const SurfaceLook& look) {
-  return look.colorTexture || look.luminanceTexture || look.normalTexture ||
-         look.roughnessTexture || look.metallicTexture || look.occlusionTexture ||
-         look.alphaTexture;
-}
-
 float GrayOf(const Texel& texel) {
   return (texel.color.x + texel.color.y + texel.color.z) * (1.0F / 3) * texel.alpha;
 }
 
-}  // namespace
-
-void RayScene::Color(const Triangle& hit, float detail, SurfaceHit* surface) {
+// What the material says, before its textures; `alpha` is that of it and of the corners.
+void Color(const Geometry& geometry, std::size_t triangle, const std::array<float, 3>& weights,
+           float* alpha, SurfaceHit* surface) {
   const SurfaceLook& look = *surface->look;
-  float alpha = look.alpha;
+  *alpha = look.alpha;
   surface->color = look.color;
   surface->luminance = look.luminance;
   surface->roughness = look.roughness;
   surface->metallic = look.metallic;
   surface->occlusion = 1;
-  if (hit.colors) {
-    std::array<float, 4> sum{};
-    for (std::size_t c = 0; c < 3; ++c) {
-      for (std::size_t k = 0; k < 4; ++k) sum[k] += (*hit.colors)[c][k] * hit.weights[c];
-    }
-    surface->color = surface->color * Vec{sum[0], sum[1], sum[2]};
-    alpha *= sum[3];
+  if (geometry.colors.empty()) return;
+  std::array<float, 4> sum{};
+  for (std::size_t c = 0; c < 3; ++c) {
+    for (std::size_t k = 0; k < 4; ++k) sum[k] += geometry.colors[triangle][c][k] * weights[c];
   }
-  if (hit.uvs && HasTextures(look))
-    AddTextures(hit.On(*surface->instance), detail, &alpha, surface);
-  surface->alpha = AlphaOf(look, alpha);
+  surface->color = surface->color * Vec{sum[0], sum[1], sum[2]};
+  *alpha *= sum[3];
 }
 
-void RayScene::AddTextures(const Triangle& triangle, float detail, float* alpha,
-                           SurfaceHit* surface) {
+}  // namespace
+
+void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
+                        SurfaceHit* surface) const {
+  const Placed& placed = placed_[hit.hit.instID[0]];
+  const Geometry& geometry = *placed.geometry;
+  const Geometry::Corners& corners = geometry.triangles[hit.hit.primID];
+  const Vec corner = geometry.points[corners[0]];
+  Triangle triangle;
+  triangle.index = hit.hit.primID;
+  triangle.weights = {1 - hit.hit.u - hit.hit.v, hit.hit.u, hit.hit.v};
+  triangle.edge1 = placed.axes.Turned(geometry.points[corners[1]] - corner);
+  triangle.edge2 = placed.axes.Turned(geometry.points[corners[2]] - corner);
+  const Vec across = Cross(triangle.edge1, triangle.edge2);
+  triangle.area = Length(across);
+
+  surface->instance = placed.instance;
+  surface->look = placed.look;
+  surface->distance = hit.ray.tfar;
+  surface->position = ray.origin + ray.direction * hit.ray.tfar;
+  surface->faceNormal = triangle.area > 0 ? across * (1 / triangle.area) : across;
+  const auto& n = geometry.normals[triangle.index];
+  surface->normal = Normalized(placed.normals.Turned(
+      n[0] * triangle.weights[0] + n[1] * triangle.weights[1] + n[2] * triangle.weights[2]));
+  surface->isBack = placed.hasBack && Dot(surface->normal, ray.direction) * placed.handedness > 0;
+  const float slant = Dot(surface->faceNormal, ray.direction);
+  if (slant > 0) surface->faceNormal = -surface->faceNormal;
+  if (Dot(surface->normal, surface->faceNormal) < 0) surface->normal = -surface->normal;
+
+  float alpha = 1;
+  Color(geometry, triangle.index, triangle.weights, &alpha, surface);
+  if (placed.hasTextures) {
+    const float pixel = camera.PixelSize(surface->distance);
+    AddTextures(placed, triangle, pixel / std::sqrt(std::max(0.15F, std::abs(slant))), &alpha,
+                surface);
+  }
+  surface->alpha = AlphaOf(*placed.look, alpha);
+}
+
+namespace {
+
+// Reads the textures of a surface at a hit.
+class TextureReading {
+ public:
+  TextureReading(const Coordinates& plain, float detail, float area)
+      : plain_(plain), detail_(detail), area_(area) {}
+
+  Texel Color(const TextureUse& use) { return use.texture->ColorAt(SpotOf(use)); }
+  Texel Numbers(const TextureUse& use) { return use.texture->NumbersAt(SpotOf(use)); }
+
+ private:
+  void FindSpot(const TextureUse& use, const Coordinates& on) {
+    const float perLength = area_ > 0 ? std::sqrt(std::abs(on.Area()) / area_) : 0;
+    spot_ = use.texture->SpotAt(on.at[0], on.at[1], detail_ * perLength, use.wraps);
+  }
+  // Most textures of a surface are of one size and lie on it alike: their spot is found once.
+  const Texture::Spot& SpotOf(const TextureUse& use) {
+    const bool isPlain = use.IsPlain();
+    const bool isSame =
+        isPlain && found_ && found_->wraps == use.wraps && found_->texture->IsLike(*use.texture);
+    if (!isSame) FindSpot(use, isPlain ? plain_ : plain_.On(use));
+    found_ = isPlain ? &use : nullptr;
+    return spot_;
+  }
+
+  const Coordinates& plain_;
+  float detail_;                       // side of the seen area
+  float area_;                         // in the world, of what has the coordinates' area
+  const TextureUse* found_ = nullptr;  // what the spot is of, null where it is not plain
+  Texture::Spot spot_;
+};
+
+}  // namespace
+
+void RayScene::AddTextures(const Placed& placed, const Triangle& triangle, float detail,
+                           float* alpha, SurfaceHit* surface) {
   const SurfaceLook& look = *surface->look;
-  const float plainDetail = detail * triangle.UvPerLength();
-  const auto sample = [&](const TextureUse& use, bool isColor = false) {
-    const Texture& texture = *use.texture;
-    if (use.IsPlain())
-      return texture.Sample(triangle.uv[0], triangle.uv[1], plainDetail, isColor, use.wraps);
-    const Triangle on = triangle.On(use);
-    return texture.Sample(on.uv[0], on.uv[1], detail * on.UvPerLength(), isColor, use.wraps);
-  };
+  const Coordinates plain = triangle.On(placed);
+  TextureReading read(plain, detail, triangle.area);
   if (look.colorTexture) {
-    const Texel texel = sample(look.colorTexture, true);
+    const Texel texel = read.Color(look.colorTexture);
     surface->color = surface->color * texel.color;
     *alpha *= texel.alpha;
   }
-  if (look.alphaTexture) *alpha *= GrayOf(sample(look.alphaTexture));
+  if (look.alphaTexture) *alpha *= GrayOf(read.Numbers(look.alphaTexture));
   if (look.luminanceTexture)
-    surface->luminance = look.luminance * sample(look.luminanceTexture, true).color;
+    surface->luminance = look.luminance * read.Color(look.luminanceTexture).color;
   if (look.roughnessTexture || look.metallicTexture) {
-    const Texel rough = look.roughnessTexture ? sample(look.roughnessTexture) : Texel{{1, 1, 1}};
+    const auto numbers = [&](const TextureUse& use) {
+      return use ? read.Numbers(use) : Texel{{1, 1, 1}};
+    };
+    const Texel rough = numbers(look.roughnessTexture);
     const bool same = look.metallicTexture == look.roughnessTexture;
-    const Texel metal = same                   ? rough
-                        : look.metallicTexture ? sample(look.metallicTexture)
-                                               : Texel{{1, 1, 1}};
     surface->roughness *= rough.color.y;
-    surface->metallic *= metal.color.z;
+    surface->metallic *= (same ? rough : numbers(look.metallicTexture)).color.z;
   }
   if (look.occlusionTexture)
-    surface->occlusion = 1 + look.occlusion * (sample(look.occlusionTexture).color.x - 1);
+    surface->occlusion = 1 + look.occlusion * (read.Numbers(look.occlusionTexture).color.x - 1);
   if (!look.normalTexture) return;
-  const Triangle on = triangle.On(look.normalTexture);
-  const float turn = on.uvEdge1[0] * on.uvEdge2[1] - on.uvEdge1[1] * on.uvEdge2[0];
+  const Coordinates on = look.normalTexture.IsPlain() ? plain : plain.On(look.normalTexture);
+  const float turn = on.Area();
   if (std::abs(turn) < 1e-20F) return;
-  const Vec alongU = (on.edge1 * on.uvEdge2[1] - on.edge2 * on.uvEdge1[1]) * (1 / turn);
-  const Vec alongV = (on.edge2 * on.uvEdge1[0] - on.edge1 * on.uvEdge2[0]) * (1 / turn);
-  surface->normal =
-      Bent(surface->normal, alongU, alongV, sample(look.normalTexture).color, look.normalStrength);
+  const Vec alongU = (triangle.edge1 * on.edge2[1] - triangle.edge2 * on.edge1[1]) * (1 / turn);
+  const Vec alongV = (triangle.edge2 * on.edge1[0] - triangle.edge1 * on.edge2[0]) * (1 / turn);
+  surface->normal = Bent(surface->normal, alongU, alongV, read.Numbers(look.normalTexture).color,
+                         look.normalStrength);
 }
 
 }  // namespace engine

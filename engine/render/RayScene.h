@@ -38,6 +38,7 @@ struct SurfaceHit {
 class RayScene {
  public:
   RayScene(const ScenePicture& picture, RTCDevice device);
+  ~RayScene();
   RayScene(const RayScene&) = delete;
   RayScene& operator=(const RayScene&) = delete;
   // Whether memory was too short for it: nothing is found in it then.
@@ -61,22 +62,17 @@ class RayScene {
   float Gap(const SurfaceHit& surface) const;
 
  private:
-  struct Normals {
-    Vec x, y, z;  // columns of the matrix that turns normals
-  };
+  struct Placed;
   struct Triangle;
 
   void Attach(const Instance& instance, unsigned index, RTCDevice device);
-  void AddNormals(const host::Matrix& frame);
   void Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
                 SurfaceHit* surface) const;
-  static void Color(const Triangle& triangle, float detail, SurfaceHit* surface);
-  static void AddTextures(const Triangle& triangle, float detail, float* alpha,
-                          SurfaceHit* surface);
+  static void AddTextures(const Placed& placed, const Triangle& triangle, float detail,
+                          float* alpha, SurfaceHit* surface);
 
   const ScenePicture& picture_;
-  std::vector<Normals> normals_;   // one per instance
-  std::vector<float> handedness_;  // -1 where the frame of an instance mirrors
+  std::vector<Placed> placed_;  // one per instance
   TracerScene scene_;
   bool hasSeeThroughCasters_ = false;
   float size_ = 1;

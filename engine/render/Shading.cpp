@@ -1,5 +1,7 @@
 #include "engine/render/Shading.h"
 
+#include "engine/render/Four.h"
+
 namespace engine {
 
 namespace {
@@ -37,10 +39,24 @@ class Spread {
       : a_(ToShare(Scrambled(seedA))), b_(ToShare(Scrambled(seedB))) {}
   Pair At(std::uint32_t count) const {
     const auto n = static_cast<float>(count);
-    return {Fraction(a_ + n * 0.7548776662F), Fraction(b_ + n * 0.5698402910F)};
+    return {Fraction(a_ + n * kStepA), Fraction(b_ + n * kStepB)};
+  }
+  // That one and the three after it.
+  struct FourPairs {
+    Four a;
+    Four b;
+  };
+  FourPairs FourFrom(std::uint32_t count) const {
+    const Four n{static_cast<float>(count), static_cast<float>(count + 1),
+                 static_cast<float>(count + 2), static_cast<float>(count + 3)};
+    const Four a = a_ + n * kStepA;
+    const Four b = b_ + n * kStepB;
+    return {a - ToFour(WholeOf(a)), b - ToFour(WholeOf(b))};
   }
 
  private:
+  static constexpr float kStepA = 0.7548776662F;
+  static constexpr float kStepB = 0.5698402910F;
   float a_;
   float b_;
 };
@@ -80,13 +96,34 @@ Vec Reflected(Vec direction, Vec normal) {
   return Normalized(direction - normal * (2 * Dot(normal, direction)));
 }
 
-// A direction around `normal`, more often near it (by the cosine), from two numbers of 0..1.
-Vec Around(Vec normal, const Sides& sides, float a, float b) {
-  const auto& [side, other] = sides;
-  const float r = std::sqrt(a);
-  const float turn = 2 * kPi * b;
-  return Normalized(side * (r * std::cos(turn)) + other * (r * std::sin(turn)) +
-                    normal * std::sqrt(std::max(0.0F, 1 - a)));
+// Four directions.
+struct FourVecs {
+  Four x, y, z;
+
+  Vec At(int i) const { return {x[i], y[i], z[i]}; }
+  Four Dot(Vec v) const { return x * v.x + y * v.y + z * v.z; }
+};
+
+// Directions around `normal`, more often near it (by the cosine), from pairs of numbers of 0..1.
+FourVecs Around(Vec normal, const Spread::FourPairs& pairs) {
+  const Sides sides(normal);
+  const Four r = Root(pairs.a);
+  const Four turn = 2 * kPi * pairs.b;
+  const Four along =
+      r * Four{std::cos(turn[0]), std::cos(turn[1]), std::cos(turn[2]), std::cos(turn[3])};
+  const Four across =
+      r * Four{std::sin(turn[0]), std::sin(turn[1]), std::sin(turn[2]), std::sin(turn[3])};
+  const Four below = 1 - pairs.a;
+  const Four up = Root(below > 0 ? below : Four{});
+  const auto sum = [&](float side, float other, float straight) {
+    return side * along + other * across + straight * up;
+  };
+  const FourVecs way{sum(sides.side.x, sides.other.x, normal.x),
+                     sum(sides.side.y, sides.other.y, normal.y),
+                     sum(sides.side.z, sides.other.z, normal.z)};
+  const Four length = Root(way.x * way.x + way.y * way.y + way.z * way.z);
+  const Four scale = length > 0 ? 1 / length : Four{1, 1, 1, 1};
+  return {way.x * scale, way.y * scale, way.z * scale};
 }
 
 float SmoothStep(float low, float high, float x) {
@@ -107,8 +144,8 @@ Vec StraightReflection(const SurfaceHit& surface) {
 
 // The bright spot of a light on a rough surface: Trowbridge and Reitz's distribution with Smith's
 // shadowing (Karis 2013), scaled so that a white diffuse surface facing the light returns 1.
-float Gloss(const SurfaceHit& surface, Vec toLight, Vec toEye, float lightCosine) {
-  const Vec half = Normalized(toLight + toEye);
+// `half` is the direction between those to the light and to the eye.
+float Gloss(const SurfaceHit& surface, Vec half, Vec toEye, float lightCosine) {
   const float rough = std::max(kSharpestRoughness, surface.roughness);
   const float a2 = rough * rough * rough * rough;
   const float nh = std::max(0.0F, Dot(surface.normal, half));
@@ -284,7 +321,7 @@ Vec Shading::LightOf(const LightSource& light, const SurfaceHit& surface, Vec to
   const Vec half = Normalized(toLight + toEye);
   const Vec mirrored = Mirrored(StraightReflection(surface), std::max(0.0F, Dot(half, toEye)));
   const Vec diffuse = surface.color * (1 - surface.metallic) * (Vec{1, 1, 1} - mirrored);
-  return light.color * passing * (diffuse + mirrored * Gloss(surface, toLight, toEye, cosine)) *
+  return light.color * passing * (diffuse + mirrored * Gloss(surface, half, toEye, cosine)) *
          (cosine * strength);
 }
 
@@ -327,14 +364,13 @@ float Shading::OpenShare(const SurfaceHit& surface, Tries tries) const {
   if (detail_ == ShadingDetail::Quick) return kUsualOpenShare;
   const Vec start = surface.position + surface.faceNormal * (scene_.Gap(surface) * 2);
   const Spread spread(tries.pixel * 2 + 1, tries.pixel * 2 + 0x9e3779b9U);
-  const Sides sides(surface.normal);
+  static_assert(kOpenTries == 4);
+  const FourVecs ways = Around(surface.normal, spread.FourFrom(tries.sample * kOpenTries));
+  const Four up = ways.Dot(surface.faceNormal);
+  const float reach = scene_.Size() * kOpenReach;
   float open = 0;
-  for (std::uint32_t i = 0; i < kOpenTries; ++i) {
-    const Pair pair = spread.At(tries.sample * kOpenTries + i);
-    const Vec direction = Around(surface.normal, sides, pair.a, pair.b);
-    const bool below = Dot(direction, surface.faceNormal) <= 0;
-    if (below || !scene_.IsBlocked({start, direction, 0, scene_.Size() * kOpenReach})) open += 1;
-  }
+  for (int i = 0; i < 4; ++i)
+    if (up[i] <= 0 || !scene_.IsBlocked({start, ways.At(i), 0, reach})) open += 1;
   return 0.25F + 0.75F * open / static_cast<float>(kOpenTries);
 }
 

@@ -57,22 +57,6 @@ const ByteValues& ValuesOfBytes() {
   return values;
 }
 
-// Red, green, blue and opacity at once; each is reckoned as by itself.
-using Four = float __attribute__((vector_size(16)));
-
-Four PixelAt(const Image& image, std::size_t x, std::size_t y, const std::array<float, 256>& of,
-             const std::array<float, 256>& share) {
-  const std::size_t at = (y * image.width + x) * 4;
-  if (image.IsFloat()) {
-    const float* p = &image.floats[at];
-    return Four{p[0], p[1], p[2], p[3]};
-  }
-  const std::uint8_t* p = &image.bytes[at];
-  return Four{of[p[0]], of[p[1]], of[p[2]], share[p[3]]};
-}
-
-Four MixFour(Four a, Four b, float t) { return a + (b - a) * t; }
-
 // The same as std::floor, but no call of a function for what textures have for coordinates.
 float Floor(float x) {
   constexpr float kWhole = 8388608;  // from here on every float is a whole number
@@ -81,37 +65,26 @@ float Floor(float x) {
   return whole > x ? whole - 1 : whole;
 }
 
-// The pixel column or row of a coordinate, the next one after it, and how far between them it lies.
-struct Place {
-  std::size_t first;
-  std::size_t second;
-  float share;
-};
-
-// Within the picture, and never over its edge.
-Place PlaceWithin(float coordinate, std::uint32_t size) {
-  const float last = static_cast<float>(size) - 1;
-  const float pixel = std::clamp(coordinate * static_cast<float>(size) - 0.5F, 0.0F, last);
-  const auto first = static_cast<std::size_t>(pixel);
-  return {first, std::min<std::size_t>(first + 1, size - 1), pixel - Floor(pixel)};
+// The coordinate within the picture, 0..1, that stands for one which may lie outside.
+float Inside(float coordinate, TextureWrap wrap) {
+  if (wrap == TextureWrap::Clamp) return std::clamp(coordinate, 0.0F, 1.0F);
+  if (wrap == TextureWrap::Repeat) return coordinate - Floor(coordinate);
+  const float pair = coordinate * 0.5F;
+  return 1 - std::abs(1 - 2 * (pair - Floor(pair)));
 }
 
-Place PlaceOf(float coordinate, std::uint32_t size, TextureWrap wrap) {
-  if (wrap == TextureWrap::Clamp) return PlaceWithin(std::clamp(coordinate, 0.0F, 1.0F), size);
-  if (wrap == TextureWrap::Mirror) {
-    const float pair = coordinate * 0.5F;
-    return PlaceWithin(1 - std::abs(1 - 2 * (pair - Floor(pair))), size);
-  }
-  const float inside = coordinate - Floor(coordinate);
-  const float pixel = inside * static_cast<float>(size) - 0.5F;
-  const float below = Floor(pixel);
-  const auto first = static_cast<std::size_t>(below < 0 ? static_cast<float>(size) - 1 : below);
-  const std::size_t next = first + 1;
-  return {std::min<std::size_t>(first, size - 1), next < size ? next : next - size, pixel - below};
-}
-
-Texel MixTexels(const Texel& a, const Texel& b, float t) {
-  return {Mix(a.color, b.color, t), a.alpha + (b.alpha - a.alpha) * t};
+// Red, green, blue and opacity between the four pixels around a spot; `i` is where its numbers of
+// that level begin.
+template <class PixelAt>
+Four Between(const Image& image, const Texture::Spot& spot, int i, const PixelAt& pixelAt) {
+  const std::size_t upper = static_cast<std::size_t>(spot.first[i + 1]) * image.width;
+  const std::size_t lower = static_cast<std::size_t>(spot.second[i + 1]) * image.width;
+  const auto left = static_cast<std::size_t>(spot.first[i]);
+  const auto right = static_cast<std::size_t>(spot.second[i]);
+  const float share = spot.share[i];
+  const Four top = Mix(pixelAt((upper + left) * 4), pixelAt((upper + right) * 4), share);
+  const Four low = Mix(pixelAt((lower + left) * 4), pixelAt((lower + right) * 4), share);
+  return Mix(top, low, spot.share[i + 1]);
 }
 
 }  // namespace
@@ -123,29 +96,65 @@ Texture::Texture(Image image) {
     levels_.push_back(Halved(levels_.back()));
 }
 
-Texel Texture::Sample(float u, float v, float detail, bool isColor, Wraps wraps) const {
-  if (!std::isfinite(u) || !std::isfinite(v)) return {};
+Texture::Spot Texture::SpotAt(float u, float v, float detail, Wraps wraps) const {
+  Spot spot;
+  if (!std::isfinite(u) || !std::isfinite(v)) return spot;
   const float pixels = detail * static_cast<float>(std::max(levels_[0].width, levels_[0].height));
   const float level = pixels > 1 ? std::log2(pixels) : 0.0F;
-  const float last = static_cast<float>(levels_.size() - 1);
-  const float upper = Floor(std::min(level, last));
-  const auto index = static_cast<std::size_t>(upper);
-  const Texel sharp = SampleLevel(levels_[index], u, v, isColor, wraps);
-  if (level <= 0 || upper >= last) return sharp;
-  return MixTexels(sharp, SampleLevel(levels_[index + 1], u, v, isColor, wraps), level - upper);
+  const std::size_t last = levels_.size() - 1;
+  const float upper = Floor(std::min(level, static_cast<float>(last)));
+  spot.isSomewhere = true;
+  spot.level = static_cast<std::size_t>(upper);
+  spot.coarser = spot.level < last ? level - upper : 0;
+
+  const Image& fine = levels_[spot.level];
+  const Image& coarse = levels_[std::min(spot.level + 1, last)];
+  const FourWhole size{
+      static_cast<std::int32_t>(fine.width), static_cast<std::int32_t>(fine.height),
+      static_cast<std::int32_t>(coarse.width), static_cast<std::int32_t>(coarse.height)};
+  const std::int32_t endsU = wraps.u == TextureWrap::Repeat ? 0 : -1;
+  const std::int32_t endsV = wraps.v == TextureWrap::Repeat ? 0 : -1;
+  const FourWhole ends{endsU, endsV, endsU, endsV};
+  const float insideU = Inside(u, wraps.u);
+  const float insideV = Inside(v, wraps.v);
+  Four pixel = Four{insideU, insideV, insideU, insideV} * ToFour(size) - 0.5F;
+  const Four edge = ToFour(size - 1);
+  const Four notBefore = pixel < 0 ? Four{} : pixel;
+  const Four within = edge < notBefore ? edge : notBefore;
+  pixel = ends ? within : pixel;
+  const Four below = Floor(pixel);
+  spot.share = pixel - below;
+  spot.first = WholeOf(below < 0 ? edge : below);
+  const FourWhole next = spot.first + 1;
+  spot.second = next < size ? next : (ends ? size - 1 : FourWhole{});
+  return spot;
 }
 
-Texel Texture::SampleLevel(const Image& level, float u, float v, bool isColor, Wraps wraps) {
-  const Place x = PlaceOf(u, level.width, wraps.u);
-  const Place y = PlaceOf(v, level.height, wraps.v);
-  const ByteValues& values = ValuesOfBytes();
-  const auto& of = isColor ? values.light : values.number;
-  const auto at = [&](std::size_t column, std::size_t row) {
-    return PixelAt(level, column, row, of, values.share);
+bool Texture::IsLike(const Texture& other) const {
+  return levels_[0].width == other.levels_[0].width && levels_[0].height == other.levels_[0].height;
+}
+
+Texel Texture::ColorAt(const Spot& spot) const { return At(spot, ValuesOfBytes().light); }
+
+Texel Texture::NumbersAt(const Spot& spot) const { return At(spot, ValuesOfBytes().number); }
+
+Texel Texture::At(const Spot& spot, const std::array<float, 256>& of) const {
+  if (!spot.isSomewhere) return {};
+  const auto& share = ValuesOfBytes().share;
+  const auto between = [&](const Image& image, int i) {
+    if (image.IsFloat()) {
+      return Between(image, spot, i, [&](std::size_t at) {
+        const float* p = &image.floats[at];
+        return Four{p[0], p[1], p[2], p[3]};
+      });
+    }
+    return Between(image, spot, i, [&](std::size_t at) {
+      const std::uint8_t* p = &image.bytes[at];
+      return Four{of[p[0]], of[p[1]], of[p[2]], share[p[3]]};
+    });
   };
-  const Four top = MixFour(at(x.first, y.first), at(x.second, y.first), x.share);
-  const Four low = MixFour(at(x.first, y.second), at(x.second, y.second), x.share);
-  const Four texel = MixFour(top, low, y.share);
+  Four texel = between(levels_[spot.level], 0);
+  if (spot.coarser > 0) texel = Mix(texel, between(levels_[spot.level + 1], 2), spot.coarser);
   return {{texel[0], texel[1], texel[2]}, texel[3]};
 }
 

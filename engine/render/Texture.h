@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/render/Four.h"
 #include "engine/render/Image.h"
 #include "engine/render/Vec.h"
 #include "engine/scene/PictureParameters.h"
@@ -37,14 +38,30 @@ class Texture {
   // Takes the picture; one of no pixels is not allowed.
   explicit Texture(Image image);
 
-  // The color at u, v; v grows downwards. `detail` is the side of the seen area in units of u and
-  // v: 0 shows every pixel. `isColor` false takes the bytes as plain numbers (normal maps).
-  Texel Sample(float u, float v, float detail, bool isColor = true, Wraps wraps = {}) const;
+  // A place in textures of one size, with the pixels around it.
+  struct Spot {
+    bool isSomewhere = false;
+    std::size_t level = 0;
+    float coarser = 0;  // share of the level after it, 0 where that is not needed
+    // Of the level in u and v, and of the one after it
+    FourWhole first{};
+    FourWhole second{};
+    Four share{};  // how far from the first pixel to the second one
+  };
+
+  // The place at u, v; v grows downwards. `detail` is the side of the seen area in units of u and
+  // v: 0 shows every pixel. It is the same in every texture that IsLike this one.
+  Spot SpotAt(float u, float v, float detail, Wraps wraps = {}) const;
+  bool IsLike(const Texture& other) const;
+  // The color there, black where u or v was no number.
+  Texel ColorAt(const Spot& spot) const;
+  // The same with the bytes taken as plain numbers (normal maps).
+  Texel NumbersAt(const Spot& spot) const;
 
   std::size_t Bytes() const;
 
  private:
-  static Texel SampleLevel(const Image& level, float u, float v, bool isColor, Wraps wraps);
+  Texel At(const Spot& spot, const std::array<float, 256>& of) const;
   std::vector<Image> levels_;  // full size first
 };
 

@@ -170,4 +170,63 @@ TEST_F(Textures, AreReadAgainOnlyWhenTheirFileChanges) {
   EXPECT_EQ(notes_.size(), 1U);
 }
 
+// A level of a square texture, reckoned the plainest way.
+struct PlainLevel {
+  int side;
+  std::vector<double> pixels;
+
+  double Pixel(int x, int y, engine::Wraps wraps) const {
+    const auto inside = [&](int i, engine::TextureWrap wrap) {
+      if (wrap == engine::TextureWrap::Clamp) return std::clamp(i, 0, side - 1);
+      const int around = ((i % side) + side) % side;
+      const bool isTurned = wrap == engine::TextureWrap::Mirror && (i < 0 ? ~i : i) / side % 2;
+      const int mirrored = i < 0 && wrap == engine::TextureWrap::Mirror ? ~i % side : around;
+      return isTurned ? side - 1 - mirrored : mirrored;
+    };
+    return pixels[static_cast<std::size_t>(inside(y, wraps.v) * side + inside(x, wraps.u))];
+  }
+  double At(double u, double v, engine::Wraps wraps) const {
+    const double x = u * side - 0.5, y = v * side - 0.5;
+    const int left = static_cast<int>(std::floor(x)), top = static_cast<int>(std::floor(y));
+    const double across = x - left, down = y - top;
+    return (Pixel(left, top, wraps) * (1 - across) + Pixel(left + 1, top, wraps) * across) *
+               (1 - down) +
+           (Pixel(left, top + 1, wraps) * (1 - across) + Pixel(left + 1, top + 1, wraps) * across) *
+               down;
+  }
+};
+
+TEST(TextureSpots, LieBetweenTheRightPixelsOfTwoLevels) {
+  PlainLevel fine{4, {}}, coarse{2, {}};
+  engine::Image image{4, 4, {}, {}};
+  for (int i = 0; i < 16; ++i) {
+    fine.pixels.push_back(i * i % 23);
+    image.floats.insert(image.floats.end(), {static_cast<float>(fine.pixels.back()), 0, 0, 1});
+  }
+  for (int i = 0; i < 4; ++i) {
+    const int x = i % 2 * 2, y = i / 2 * 2;
+    coarse.pixels.push_back((fine.pixels[y * 4 + x] + fine.pixels[y * 4 + x + 1] +
+                             fine.pixels[y * 4 + x + 4] + fine.pixels[y * 4 + x + 5]) /
+                            4);
+  }
+  const engine::Texture texture(image);
+  using enum engine::TextureWrap;
+  for (const engine::Wraps wraps : {engine::Wraps{Repeat, Repeat}, engine::Wraps{Clamp, Mirror},
+                                    engine::Wraps{Mirror, Clamp}, engine::Wraps{Repeat, Clamp}}) {
+    for (int i = 0; i < 400; ++i) {
+      const float u =
+          static_cast<float>(i % 20) * 0.25F - 2.3F + 0.01F * static_cast<float>(i / 20);
+      const float v = static_cast<float>(i / 20) * 0.25F - 2.1F;
+      const auto at = [&](float detail) {
+        return texture.NumbersAt(texture.SpotAt(u, v, detail, wraps)).color.x;
+      };
+      const double sharp = fine.At(u, v, wraps), blurred = coarse.At(u, v, wraps);
+      ASSERT_NEAR(at(0), sharp, 1e-3) << u << ' ' << v;
+      ASSERT_NEAR(at(0.5F), blurred, 1e-3) << u << ' ' << v;
+      ASSERT_NEAR(at(std::sqrt(0.125F)), (sharp + blurred) / 2, 1e-3) << u << ' ' << v;
+    }
+  }
+  EXPECT_EQ(texture.ColorAt(texture.SpotAt(NAN, 0, 0)).color, engine::Vec{});
+}
+
 }  // namespace

@@ -1,0 +1,25 @@
+// Four: four floats that are reckoned with at once, each exactly as it would be by itself. Values;
+// any thread.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+
+namespace engine {
+
+using Four = float __attribute__((vector_size(16)));
+using FourWhole = std::int32_t __attribute__((vector_size(16)));
+
+inline Four Mix(Four a, Four b, float t) { return a + (b - a) * t; }
+// What is cut off by WholeOf is the fraction; of numbers that fit into 32 bits.
+inline FourWhole WholeOf(Four x) { return __builtin_convertvector(x, FourWhole); }
+inline Four ToFour(FourWhole x) { return __builtin_convertvector(x, Four); }
+inline Four Floor(Four x) {
+  const Four whole = ToFour(WholeOf(x));
+  return whole > x ? whole - 1 : whole;
+}
+inline Four Root(Four x) {
+  return Four{std::sqrt(x[0]), std::sqrt(x[1]), std::sqrt(x[2]), std::sqrt(x[3])};
+}
+
+}  // namespace engine
