@@ -133,8 +133,9 @@ float SmoothStep(float low, float high, float x) {
 
 // Share of light that a surface mirrors at that cosine (Schlick's approximation).
 Vec Mirrored(Vec straight, float cosine) {
-  const float grazing = std::pow(std::clamp(1 - cosine, 0.0F, 1.0F), 5.0F);
-  return straight + (Vec{1, 1, 1} - straight) * grazing;
+  const float away = std::clamp(1 - cosine, 0.0F, 1.0F);
+  const float square = away * away;
+  return straight + (Vec{1, 1, 1} - straight) * (square * square * away);
 }
 
 Vec StraightReflection(const SurfaceHit& surface) {
