@@ -1,6 +1,9 @@
 #include "engine/render/Geometry.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <bit>
 #include <span>
 
 namespace engine {
@@ -21,9 +24,28 @@ struct Source {
 
 bool IsQuad(const Mesh::Polygon& polygon) { return polygon[3] != -1 && polygon[3] != polygon[2]; }
 
+struct Face {
+  Vec normal;       // as long as twice the area
+  float perLength;  // what makes it one of length 1
+
+  Vec Unit() const { return normal * perLength; }
+};
+
 bool IsUsable(const Vec& p) {
   return IsFinite(p) && std::abs(p.x) < kFarthest && std::abs(p.y) < kFarthest &&
          std::abs(p.z) < kFarthest;
+}
+
+// Asks for room of that many elements in large pages where there are such: what is filled for the
+// first time is handed out by the system page by page, which takes longer than filling it.
+template <class Element>
+void ReserveLarge(std::vector<Element>& elements, std::size_t count) {
+  constexpr std::size_t kLargePage = 2 << 20;
+  elements.reserve(count);
+  void* begin = elements.data();
+  std::size_t bytes = count * sizeof(Element);
+  if (bytes >= 2 * kLargePage && std::align(kLargePage, kLargePage, begin, bytes))
+    (void)madvise(begin, bytes / kLargePage * kLargePage, MADV_HUGEPAGE);
 }
 
 class Cleaning {
@@ -32,17 +54,17 @@ class Cleaning {
 
   void Run() {
     // The ray tracer reads points 16 bytes at a time and may look past the last one.
-    geometry_.points.reserve(mesh_.points.size() + 2);
+    ReserveLarge(geometry_.points, mesh_.points.size() + 2);
     for (const auto& p : mesh_.points) geometry_.points.push_back({p[0], p[1], p[2]});
     allUsable_ = std::ranges::all_of(geometry_.points, IsUsable);
-    isUsed_.assign(geometry_.points.size(), 0);
+    uses_.assign(geometry_.points.size() + 1, 0);
     Reserve();
     for (std::uint32_t i = 0; i < mesh_.polygons.size(); ++i) {
       AddTriangle({i, {0, 1, 2}});
       if (IsQuad(mesh_.polygons[i])) AddTriangle({i, {0, 2, 3}});
     }
-    for (std::size_t p = 0; p < isUsed_.size(); ++p) {
-      if (isUsed_[p]) geometry_.bounds.Add(geometry_.points[p]);
+    for (std::size_t p = 0; p < geometry_.points.size(); ++p) {
+      if (uses_[p + 1] > 0) geometry_.bounds.Add(geometry_.points[p]);
     }
     if (!allUsable_) MakeSafePoints();
     if (mesh_.uvs.size() == mesh_.polygons.size() * 4) CopyCorners(mesh_.uvs, 0, geometry_.uvs);
@@ -62,11 +84,10 @@ class Cleaning {
     const std::size_t triangles =
         mesh_.polygons.size() +
         static_cast<std::size_t>(std::ranges::count_if(mesh_.polygons, IsQuad));
-    geometry_.triangles.reserve(triangles);
+    ReserveLarge(geometry_.triangles, triangles);
     hasCorners_ = !mesh_.uvs.empty() || !mesh_.colors.empty() || !mesh_.normals.empty();
-    if (hasCorners_) sources_.reserve(triangles);
-    faceNormals_.reserve(triangles);
-    units_.reserve(triangles);
+    if (hasCorners_) ReserveLarge(sources_, triangles);
+    ReserveLarge(faces_, triangles);
   }
 
   void AddTriangle(const Source& source) {
@@ -81,11 +102,10 @@ class Cleaning {
                              geometry_.points[corners[2]] - geometry_.points[corners[0]]);
     const float size = Length(normal);
     if (!(size > 0) || !std::isfinite(size)) return Drop();
-    for (const std::uint32_t c : corners) isUsed_[c] = 1;
+    for (const std::uint32_t c : corners) ++uses_[c + 1];
     geometry_.triangles.push_back(corners);
     if (hasCorners_) sources_.push_back(source);
-    faceNormals_.push_back(normal);
-    units_.push_back(normal * (1 / size));
+    faces_.push_back({normal, 1 / size});
   }
 
   void Drop() { ++geometry_.dropped; }
@@ -117,7 +137,7 @@ class Cleaning {
         const auto& n = mesh_.normals[sources_[i].polygon * 4 + sources_[i].corners[c]];
         const Vec normal = Normalized({n[0], n[1], n[2]});
         const bool usable = IsFinite(normal) && Dot(normal, normal) > 0.5F;
-        geometry_.normals[i][c] = usable ? normal : units_[i];
+        geometry_.normals[i][c] = usable ? normal : faces_[i].Unit();
       }
     }
   }
@@ -126,17 +146,17 @@ class Cleaning {
   // triangle i is number i * 3 + c.
   template <class Number>
   void SmoothNormals() {
-    std::vector<Number> ends(geometry_.points.size() + 1, 0);
-    for (const auto& t : geometry_.triangles) {
-      for (const std::uint32_t point : t) ++ends[point + 1];
-    }
+    std::vector<std::size_t>& ends = uses_;
     for (std::size_t i = 1; i < ends.size(); ++i) ends[i] += ends[i - 1];
-    std::vector<Number> corners(geometry_.triangles.size() * 3);
+    std::vector<Number> corners;
+    ReserveLarge(corners, geometry_.triangles.size() * 3);
+    corners.resize(geometry_.triangles.size() * 3);
     Number corner = 0;
     // Each place moves on to its own end, which is where the next point's begins.
     for (const auto& t : geometry_.triangles) {
       for (const std::uint32_t point : t) corners[ends[point]++] = corner++;
     }
+    ReserveLarge(geometry_.normals, geometry_.triangles.size());
     geometry_.normals.resize(geometry_.triangles.size());
     std::size_t begin = 0;
     for (std::size_t p = 0; p < geometry_.points.size(); ++p) {
@@ -147,52 +167,57 @@ class Cleaning {
 
   template <class Number>
   void SmoothPoint(std::span<const Number> corners) {
-    const std::size_t count = corners.size();
-    std::array<Vec, kMostFacesCompared> units;
-    const bool isCrowded = count > kMostFacesCompared;
-    for (std::size_t i = 0; i < count && !isCrowded; ++i) units[i] = units_[corners[i] / 3];
-    const std::span<const Vec> faces(units.data(), isCrowded ? 0 : count);
-    if (AreAllSmooth(faces)) {
+    if (corners.size() > kMostFacesCompared) return SmoothAll(corners);
+    if (CompareFaces(corners)) return SmoothAll(corners);
+    for (std::size_t i = 0; i < corners.size(); ++i) {
       Vec sum;
-      for (const Number corner : corners) sum += faceNormals_[corner / 3];
-      const Vec normal = Normalized(sum);
-      for (const Number corner : corners) SetNormal(corner, normal);
-      return;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-      Vec sum;
-      for (std::size_t k = 0; k < count; ++k) {
-        if (IsSmooth(faces[i], faces[k])) sum += faceNormals_[corners[k] / 3];
-      }
+      for (std::uint64_t rest = smooth_[i]; rest != 0; rest &= rest - 1)
+        sum += faces_[corners[static_cast<std::size_t>(std::countr_zero(rest))] / 3].normal;
       SetNormal(corners[i], Normalized(sum));
     }
   }
 
-  static bool IsSmooth(Vec unit, Vec other) { return Dot(unit, other) > kSmoothCosine; }
+  // One normal for all of the corners around a point.
+  template <class Number>
+  void SmoothAll(std::span<const Number> corners) {
+    Vec sum;
+    for (const Number corner : corners) sum += faces_[corner / 3].normal;
+    const Vec normal = Normalized(sum);
+    for (const Number corner : corners) SetNormal(corner, normal);
+  }
 
-  // Whether each face around a point is smooth with each other one: then they have one normal.
-  static bool AreAllSmooth(std::span<const Vec> units) {
-    for (std::size_t i = 0; i < units.size(); ++i) {
-      for (std::size_t k = i; k < units.size(); ++k) {
-        if (!IsSmooth(units[i], units[k])) return false;
+  // Finds out which of the faces around a point are smooth with each other; whether all are.
+  template <class Number>
+  bool CompareFaces(std::span<const Number> corners) {
+    bool areAll = true;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+      units_[i] = faces_[corners[i] / 3].Unit();
+      smooth_[i] = 0;
+      for (std::size_t k = 0; k <= i; ++k) {
+        const bool isSmooth = Dot(units_[i], units_[k]) > kSmoothCosine;
+        areAll = areAll && isSmooth;
+        smooth_[i] |= std::uint64_t{isSmooth} << k;
+        smooth_[k] |= std::uint64_t{isSmooth} << i;
       }
     }
-    return true;
+    return areAll;
   }
 
   void SetNormal(std::size_t corner, Vec normal) {
     const bool usable = IsFinite(normal) && Dot(normal, normal) > 0.5F;
-    geometry_.normals[corner / 3][corner % 3] = usable ? normal : units_[corner / 3];
+    geometry_.normals[corner / 3][corner % 3] = usable ? normal : faces_[corner / 3].Unit();
   }
 
   const Mesh& mesh_;
   Geometry& geometry_;
   std::vector<Source> sources_;
-  std::vector<Vec> faceNormals_;      // as long as twice the area
-  std::vector<Vec> units_;            // the same of length 1
-  std::vector<std::uint8_t> isUsed_;  // by point, whether a triangle has it
-  bool allUsable_ = true;             // all points
-  bool hasCorners_ = false;           // the mesh says something of the corners of its polygons
+  std::vector<Face> faces_;        // by triangle
+  std::vector<std::size_t> uses_;  // at a point's number + 1: corners of triangles there
+  // Of the faces around one point: their directions, and with which others each is smooth
+  std::array<Vec, kMostFacesCompared> units_;
+  std::array<std::uint64_t, kMostFacesCompared> smooth_{};
+  bool allUsable_ = true;    // all points
+  bool hasCorners_ = false;  // the mesh says something of the corners of its polygons
 };
 
 void Index(RTCDevice device, Geometry& geometry) {
