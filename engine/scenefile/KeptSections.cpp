@@ -8,6 +8,8 @@
 #include "engine/scenefile/Damage.h"
 #include "engine/scenefile/Elements.h"
 #include "engine/scenefile/SceneOrigin.h"
+#include "engine/scenefile/StateNames.h"
+#include "engine/scenefile/Trash.h"
 
 namespace engine {
 namespace {
@@ -26,8 +28,9 @@ struct KeptList {
 constexpr const char* kOrigin = "ORIGIN";
 
 bool IsKnown(std::string_view name) {
-  constexpr std::string_view kOthers[] = {"TEXTS",    "VECTORS", "VALUES", "MESHES", "COLORS",
-                                          "DOCUMENT", "FILES",   "TRASH",  kOrigin,  kRoomSection};
+  constexpr std::string_view kOthers[] = {"TEXTS",       "VECTORS",  "VALUES",    "MESHES",
+                                          "COLORS",      "DOCUMENT", "FILES",     kTrashSection,
+                                          kNamesSection, kOrigin,    kRoomSection};
   return std::ranges::find(kOthers, name) != std::end(kOthers) ||
          std::ranges::find(kElementRules, name, &ElementRule::name) != kElementRules.end();
 }

@@ -311,6 +311,10 @@ std::uint64_t DataContainer(const SectionParts& parts, Budget& budget) {
 std::optional<std::vector<std::string>> StoreNames(const FileParts& file, const NamedStore& store) {
   Budget budget(MemoryFor(file.Size()));
   const SectionParts parts = PartsOf(file);
+  if (store == kListOfStates && parts.Has(kNamesSection)) {
+    StateNames known = ReadStateNames(parts.Contents(kNamesSection, budget).View(), budget);
+    if (known.sum == parts.SumOf(kSourcesOfNames)) return std::move(known.names);
+  }
   const SectionBytes values = parts.Contents("VALUES", budget);
   const SkimmedContainers containers(values.View(), budget);
   std::uint64_t stored = 0;

@@ -9,20 +9,15 @@
 
 #include "engine/core/Result.h"
 #include "engine/scenefile/Elements.h"
+#include "engine/scenefile/StateNames.h"
 #include "host/Types.h"
 
 namespace engine {
 
-// Containers that the document's data holds below one key, each with its name.
-struct NamedStore {
-  host::LONG store;  // the key of the store in the document's data
-  host::LONG name;   // of the name in each container of the store
-  host::LONG note;   // a key that the store must have to tell of all
-};
-
 // The names of those containers of the store that hold anything, in its order; nothing where the
 // store has no such note or is not there. A damaged file fails with a sentence like that of opening
-// it, as far as the sections that are read show the damage.
+// it, as far as the sections that are read show the damage. Those of kListOfStates come from the
+// section that is kept for them, where it is there and belongs to the rest.
 Result<std::optional<std::vector<std::string>>> NamesInStore(const std::string& path,
                                                              const NamedStore& store);
 // The names of the elements in a section, in its order; of one type, 0: of all.

@@ -7,6 +7,7 @@
 #include "engine/scenefile/ProgressMeter.h"
 #include "engine/scenefile/SceneBuilder.h"
 #include "engine/scenefile/SceneWriter.h"
+#include "engine/scenefile/StateNames.h"
 #include "engine/scenefile/Trash.h"
 
 namespace engine {
@@ -71,6 +72,8 @@ OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::stri
     SetEmbeddedFiles(*doc, ReadFiles(contents("FILES"), values.texts, budget));
   if (FindSection(sections, kTrashSection))
     SetDeletedStates(*doc, ReadTrash(contents(kTrashSection), budget));
+  // They come from the list each time the scene is saved; that they can be read is all that counts.
+  if (FindSection(sections, kNamesSection)) ReadStateNames(contents(kNamesSection), budget);
   KeepUnknownSections(*doc, sections, budget);
   return doc;
 }
@@ -103,6 +106,7 @@ Result<std::vector<std::string>> WriteScene(const BaseDocument& doc,
     writer.Write(sections);
     if (!DeletedStatesOf(doc).empty())
       sections.Add(kTrashSection, TrashContents(DeletedStatesOf(doc)));
+    AddStateNames(doc, sections);
     MakeRoom(writer.MemoryToRead() + 3 * sections.ContentBytes(), sections);
     AddKeptSections(doc, sections);
     return sections.Finish();

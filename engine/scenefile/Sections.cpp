@@ -47,6 +47,12 @@ std::string HeadOf(const std::string& name, std::uint64_t rawLength, std::string
   return head;
 }
 
+// In the first bytes of a head.
+std::string_view NameIn(std::string_view head) {
+  const std::string_view field = head.substr(0, kNameLength);
+  return field.substr(0, field.find_last_not_of('\0') + 1);
+}
+
 bool IsName(std::string_view name) {
   return !name.empty() && std::ranges::all_of(name, [](char c) {
     return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
@@ -102,7 +108,7 @@ Section SectionOfHead(std::string_view head, std::uint64_t offset) {
   if (field.size() < kNameLength)
     throw Damage{"The file is cut off: the head of the section at byte " + Grouped(offset) +
                  " needs " + Grouped(kHeadLength - field.size()) + " bytes more."};
-  const std::string_view name = field.substr(0, field.find_last_not_of('\0') + 1);
+  const std::string_view name = NameIn(head);
   if (!IsName(name))
     throw Damage{"The file is damaged at byte " + Grouped(offset) + ": no section begins there."};
   Section section;
@@ -246,6 +252,17 @@ std::uint64_t SectionWriter::Bytes() const {
 
 std::uint64_t SectionWriter::Sum() const { return XXH3_64bits(sums_.data(), sums_.size()); }
 
+std::uint64_t SectionWriter::SumOf(std::span<const std::string_view> names) const {
+  std::string sums;
+  for (const std::string_view name : names) {
+    for (std::size_t i = 1; i < pieces_.size(); ++i) {
+      const std::string_view head = std::string_view(pieces_[i]).substr(0, kHeadLength);
+      if (NameIn(head) == name) sums += head.substr(kSumAt);
+    }
+  }
+  return XXH3_64bits(sums.data(), sums.size());
+}
+
 std::vector<std::string> SectionWriter::Finish() {
   std::string end;
   PutVarint(end, sums_.size() / 8);
@@ -268,10 +285,7 @@ SectionParts::SectionParts(ReadPart read, std::uint64_t size, ContentKind kind)
     at += kHeadLength;
     if (place.stored > size - at) RefuseCutOff(place.section.name, place.stored - (size - at));
     at += place.stored;
-    const auto isSame = [&](const Place& other) {
-      return other.section.name == place.section.name;
-    };
-    if (std::ranges::any_of(places_, isSame))
+    if (Has(place.section.name))
       RefuseSection(place.section.name, place.section.offset, "it occurs twice");
     places_.push_back(std::move(place));
   }
@@ -290,17 +304,33 @@ void SectionParts::CheckEnd(const Place& end, std::uint64_t behind) const {
   CheckEndSection(section, sums, behind);
 }
 
-SectionBytes SectionParts::Contents(std::string_view name, Budget& budget) const {
-  for (const Place& place : places_) {
-    if (place.section.name != name) continue;
-    budget.Charge(place.stored);
-    const std::string payload = read_(place.section.offset + kHeadLength, place.stored);
-    Section section = place.section;
-    section.payload = payload;
-    CheckSum(section, place.head);
-    return ExpandAtOnce(section, budget);
-  }
+const SectionParts::Place* SectionParts::Find(std::string_view name) const {
+  const auto found =
+      std::ranges::find_if(places_, [&](const Place& place) { return place.section.name == name; });
+  return found == places_.end() ? nullptr : &*found;
+}
+
+bool SectionParts::Has(std::string_view name) const { return Find(name) != nullptr; }
+
+const SectionParts::Place& SectionParts::Needed(std::string_view name) const {
+  if (const Place* place = Find(name)) return *place;
   throw Damage{"The file is damaged: its section " + std::string(name) + " is missing."};
+}
+
+std::uint64_t SectionParts::SumOf(std::span<const std::string_view> names) const {
+  std::string sums;
+  for (const std::string_view name : names) sums += Needed(name).head.substr(kSumAt);
+  return XXH3_64bits(sums.data(), sums.size());
+}
+
+SectionBytes SectionParts::Contents(std::string_view name, Budget& budget) const {
+  const Place& place = Needed(name);
+  budget.Charge(place.stored);
+  const std::string payload = read_(place.section.offset + kHeadLength, place.stored);
+  Section section = place.section;
+  section.payload = payload;
+  CheckSum(section, place.head);
+  return ExpandAtOnce(section, budget);
 }
 
 std::vector<Section> ReadSections(std::string_view bytes, ContentKind kind) {

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,8 @@ class SectionWriter {
   std::uint64_t ContentBytes() const { return contentBytes_; }
   // One number for what was added so far: that of SumBefore.
   std::uint64_t Sum() const;
+  // One number for those sections, which were added.
+  std::uint64_t SumOf(std::span<const std::string_view> names) const;
   // The file with its end, to be written piece by piece.
   std::vector<std::string> Finish();
 
@@ -79,6 +82,9 @@ class SectionParts {
   SectionParts(ReadPart read, std::uint64_t size, ContentKind kind);
   // The contents of a section, which must be there; charges their memory. Throws Damage.
   SectionBytes Contents(std::string_view name, Budget& budget) const;
+  bool Has(std::string_view name) const;
+  // One number for those sections, which must be there: that of SectionWriter. Throws Damage.
+  std::uint64_t SumOf(std::span<const std::string_view> names) const;
 
  private:
   struct Place {
@@ -87,6 +93,8 @@ class SectionParts {
     std::string head;
   };
 
+  const Place* Find(std::string_view name) const;
+  const Place& Needed(std::string_view name) const;
   void CheckEnd(const Place& end, std::uint64_t behind) const;
 
   ReadPart read_;

@@ -6,6 +6,7 @@
 
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scenefile/StateNames.h"
 #include "host/RenderData.h"
 
 namespace engine {
@@ -14,6 +15,9 @@ using host::BaseContainer;
 using host::LONG;
 
 namespace {
+
+static_assert(kListOfStates == NamedStore{kStoredEntries, kStoredName, kStoredListBuilt},
+              "scene files keep the names of the list");
 
 const BaseContainer* Store(const host::BaseDocument& doc, LONG id) {
   return doc.GetDataInstance()->GetContainerInstance(id);

@@ -2,6 +2,7 @@
 // crash.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 
 #include "engine/scene/EmbeddedFiles.h"
@@ -108,7 +109,8 @@ TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
   const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
   for (const Section& left : sections) {
     // Left out where there are none.
-    if (left.name == "FILES" || left.name == "COLORS" || left.name == "TRASH") continue;
+    constexpr std::string_view kLeftOut[] = {"FILES", "COLORS", "TRASH", "NAMES"};
+    if (std::ranges::find(kLeftOut, left.name) != std::end(kLeftOut)) continue;
     SectionWriter out(ContentKind::Scene);
     for (const Section& section : sections)
       if (section.name != left.name)
@@ -159,6 +161,10 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
        damaged + "TRASH at byte 6 of its contents: a reason is unknown."},
       {"a deleted Stagemark without a scene", "TRASH", std::string("\x01\x01N\x00\x00\x01\x00", 7),
        damaged + "TRASH at byte 7 of its contents: a Stagemark in it is empty."},
+      {"more names than bytes", "NAMES", std::string("sum of 8\x02\x00", 10),
+       damaged + "NAMES at byte 9 of its contents: it is too short for what it counts."},
+      {"a name beyond the bytes", "NAMES", std::string("sum of 8\x01\x05N", 11),
+       damaged + "NAMES at byte 10 of its contents: 4 bytes more are needed."},
       {"more polygons than bytes", "MESHES", std::string("\x01\x00\xFF\xFF\xFF\xFF\x7F\x00\x00", 9),
        damaged + "MESHES at byte 9 of its contents: it names 34,359,738,367 rows, more than its "
                  "bytes can hold."},

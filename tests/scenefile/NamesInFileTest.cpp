@@ -145,6 +145,77 @@ TEST_F(NamesInFile, AContainerThatIsNotThereIsDamage) {
   }
 }
 
+// Names of Stagemarks have a section of their own, which nothing else is read for.
+class NamesOfStates : public NamesInFile {
+ protected:
+  static engine::OwnedDocument SceneWith(const Names& names) {
+    engine::OwnedDocument doc = tests::EmptyScene();
+    BaseContainer list;
+    list.SetBool(kList.note, host::TRUE);
+    for (const std::string& name : names) {
+      BaseContainer entry;
+      entry.SetString(kList.name, host::String(std::string_view(name)));
+      list.SetContainer(list.GetCount(), entry);
+    }
+    doc->GetDataInstance()->SetContainer(kList.store, list);
+    return doc;
+  }
+  std::string Found(const std::string& bytes) const {
+    tests::WriteText(path_, bytes);
+    const auto names = engine::NamesInStore(path_, kList);
+    if (!names) return names.Message();
+    std::string found;
+    for (const std::string& name : names.Value().value_or(Names{"no list"})) found += name + "|";
+    return found;
+  }
+  static std::size_t Where(const std::string& bytes, const std::string& section) {
+    const auto sections = engine::ReadSections(bytes, engine::ContentKind::Scene);
+    const engine::Section* found = engine::FindSection(sections, section);
+    return found ? found->offset : std::string::npos;
+  }
+
+  static constexpr engine::NamedStore kList = engine::kListOfStates;
+  static constexpr std::size_t kHead = 32;
+};
+
+TEST_F(NamesOfStates, AreReadWithoutTheRest) {
+  const std::string whole = tests::Bytes(*SceneWith({"Day", "", "Night"}));
+  EXPECT_EQ(tests::Bytes(*tests::Reopened(whole)), whole);
+  std::string bytes = whole;
+  for (const char* section : {"TEXTS", "VALUES", "DOCUMENT"})
+    bytes[Where(whole, section) + kHead] ^= '\x55';
+  EXPECT_EQ(Found(bytes), "Day||Night|") << "nobody has looked at what is damaged";
+  EXPECT_NE(tests::Refusal(bytes), "opened");
+  bytes[Where(whole, "NAMES") + kHead] ^= '\x55';
+  EXPECT_NE(Found(bytes).find("section NAMES"), std::string::npos) << Found(bytes);
+}
+
+// Programs that do not know the section keep it, whatever becomes of the scene.
+TEST_F(NamesOfStates, AreThoseOfTheListWhereTheSectionIsStale) {
+  const std::string bytes = tests::Bytes(*SceneWith({"Day", "Dusk"}));
+  const std::string former = tests::ContentsOf(tests::Bytes(*SceneWith({"Night"})), "NAMES");
+  const std::string stale = tests::WithSection(bytes, "NAMES", former);
+  EXPECT_EQ(Found(stale), "Day|Dusk|");
+  EXPECT_EQ(tests::Bytes(*tests::Reopened(stale)), bytes) << "saved again it is right";
+  std::string other = tests::ContentsOf(bytes, "NAMES");
+  other[3] ^= '\x10';
+  EXPECT_EQ(Found(tests::WithSection(bytes, "NAMES", other)), "Day|Dusk|") << "a wrong sum";
+  EXPECT_EQ(Found(tests::WithSection(bytes, "NAMES", other.substr(0, other.size() - 1))),
+            "\"" + path_ +
+                "\": The file is damaged in section NAMES at byte 14 of its contents: 1 "
+                "bytes more are needed.");
+}
+
+TEST_F(NamesOfStates, AreLeftOutWhereThereAreNone) {
+  EXPECT_EQ(Where(tests::Bytes(*tests::EmptyScene()), "NAMES"), std::string::npos);
+  EXPECT_EQ(Where(tests::Bytes(*SceneWith({})), "NAMES"), std::string::npos);
+  EXPECT_EQ(Found(tests::Bytes(*SceneWith({}))), "");
+  const auto noted = SceneWith({"Day"});
+  noted->GetDataInstance()->GetContainerInstance(kList.store)->RemoveData(kList.note);
+  EXPECT_EQ(Where(tests::Bytes(*noted), "NAMES"), std::string::npos);
+  EXPECT_EQ(Found(tests::Bytes(*noted)), "no list|");
+}
+
 // As many sections as a scene may have, the end not counted; then one more.
 TEST_F(NamesInFile, AreReadOfAllThatOpens) {
   SceneBuilder scene;

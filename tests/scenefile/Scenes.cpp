@@ -10,6 +10,7 @@
 #include "engine/scene/Mesh.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Sections.h"
+#include "engine/scenefile/StateNames.h"
 #include "host/BaseMaterial.h"
 #include "host/GvNode.h"
 #include "host/LayerObject.h"
@@ -191,6 +192,14 @@ Document EverythingScene() {
                                            false);
   doc->SetData(EveryValue(doc->GetFirstObject()), host::FALSE);
   doc->GetDataInstance()->SetContainer(100, Records(3, 2));
+  host::BaseContainer list;
+  list.SetBool(engine::kListOfStates.note, host::TRUE);
+  for (const char* name : {"Day", ""}) {
+    host::BaseContainer entry(list.GetCount());
+    entry.SetString(engine::kListOfStates.name, host::String(name));
+    list.SetContainer(list.GetCount(), entry);
+  }
+  doc->GetDataInstance()->SetContainer(engine::kListOfStates.store, list);
   doc->SetActiveObject(doc->GetFirstObject()->GetDown(), host::SELECTION_ADD);
   doc->SetActiveObject(doc->GetFirstObject(), host::SELECTION_ADD);
   doc->SetActiveTag(doc->GetFirstObject()->GetDown()->GetFirstTag(), host::SELECTION_ADD);

@@ -24,8 +24,7 @@ struct ListOptions {
 engine::Result<std::optional<std::vector<std::string>>> NamesFromFile(const std::string& path) {
   using Names = std::optional<std::vector<std::string>>;
   if (engine::IsImportable(path)) return Names();
-  auto names = engine::NamesInStore(
-      path, {engine::kStoredEntries, engine::kStoredName, engine::kStoredListBuilt});
+  auto names = engine::NamesInStore(path, engine::kListOfStates);
   if (names && names.Value()) {
     Names sorted = names.Take();
     std::ranges::stable_sort(*sorted);
