@@ -274,13 +274,13 @@ class SkimmedTexts {
     if (end != bytes_.size()) in.Refuse("bytes are left over");
   }
 
-  std::string At(std::uint64_t row) const {
+  std::string_view At(std::uint64_t row) const {
     if (row >= lengths_.size())
       throw Damage{"The file is damaged: it names text " + Grouped(row) + " of " +
                    Grouped(lengths_.size()) + "."};
     const auto end = lengths_[static_cast<std::size_t>(row)];
     const auto begin = row == 0 ? 0 : lengths_[static_cast<std::size_t>(row) - 1];
-    return std::string(bytes_.substr(begin, end - begin));
+    return bytes_.substr(begin, end - begin);
   }
 
  private:
@@ -332,12 +332,13 @@ std::optional<std::vector<std::string>> StoreNames(const FileParts& file, const 
   const SkimmedTexts texts(bytes.View(), budget);
   std::vector<std::string> names;
   for (const auto& found : containers.Texts(numbers, store.name)) {
-    if (found.hasContents) names.push_back(found.text ? texts.At(*found.text) : "");
+    if (found.hasContents) names.emplace_back(found.text ? texts.At(*found.text) : "");
   }
   return names;
 }
 
-std::vector<std::string> SectionNames(const FileParts& file, ElementSection section, LONG type) {
+std::vector<std::string> SectionNames(const FileParts& file, ElementSection section, LONG type,
+                                      std::string_view begin) {
   Budget budget(MemoryFor(file.Size()));
   const SectionParts parts = PartsOf(file);
   const char* const name = kElementRules[section].name;
@@ -346,14 +347,17 @@ std::vector<std::string> SectionNames(const FileParts& file, ElementSection sect
   const std::size_t rows = in.Rows(0);
   SkipInts(in, rows);  // owners
   SkipInts(in, rows);  // depths
-  const ColumnValues types = TakeInts(in, rows);
+  ColumnValues types;
+  type == 0 ? SkipInts(in, rows) : void(types = TakeInts(in, rows));
   SkipInts(in, rows);  // identities
   const ColumnValues named = TakeInts(in, rows);
   const SectionBytes bytes = parts.Contents("TEXTS", budget);
   const SkimmedTexts texts(bytes.View(), budget);
   std::vector<std::string> names;
   for (std::size_t row = 0; row < rows; ++row) {
-    if (type == 0 || static_cast<LONG>(types[row]) == type) names.push_back(texts.At(named[row]));
+    if (type != 0 && static_cast<LONG>(types[row]) != type) continue;
+    const std::string_view text = texts.At(named[row]);
+    if (text.starts_with(begin)) names.emplace_back(text);
   }
   return names;
 }
@@ -375,9 +379,9 @@ Result<std::optional<std::vector<std::string>>> NamesInStore(const std::string& 
 }
 
 Result<std::vector<std::string>> NamesInSection(const std::string& path, ElementSection section,
-                                                LONG type) {
+                                                LONG type, std::string_view begin) {
   return FromFile<std::vector<std::string>>(
-      path, [&](const FileParts& file) { return SectionNames(file, section, type); });
+      path, [&](const FileParts& file) { return SectionNames(file, section, type, begin); });
 }
 
 }  // namespace engine

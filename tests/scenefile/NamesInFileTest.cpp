@@ -94,6 +94,8 @@ TEST_F(NamesInFile, ElementsByKindAndType) {
   };
   EXPECT_EQ(names(engine::kObjectRows, 0), (Names{"A", "Cam", "B"}));
   EXPECT_EQ(names(engine::kObjectRows, host::Ocamera), Names{"Cam"});
+  EXPECT_EQ(engine::NamesInSection(path_, engine::kMaterialRows, 0, "Re").Value().size(), 2U);
+  EXPECT_EQ(engine::NamesInSection(path_, engine::kObjectRows, 0, "Ca").Value(), Names{"Cam"});
   EXPECT_EQ(names(engine::kMaterialRows, 0), (Names{"Red", "Red"}));
   EXPECT_EQ(names(engine::kLayerRows, 0), (Names{"L", "M"}));
 }

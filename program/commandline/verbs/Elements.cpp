@@ -229,7 +229,7 @@ class ElementWork {
                                verb_.elements == ElementClass::Materials ? engine::kMaterialRows
                                : verb_.elements == ElementClass::Layers  ? engine::kLayerRows
                                                                          : engine::kObjectRows,
-                               verb_.type);
+                               verb_.type, options_.begin);
     if (!names) {
       program_.terminal.Error(names.Message());
       return kFailed;
