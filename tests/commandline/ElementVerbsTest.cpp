@@ -69,6 +69,36 @@ TEST_F(ElementVerbs, WhatCanBeDoneToThem) {
   }
 }
 
+TEST_F(ElementVerbs, WhatIsRemovedMayBeHeldByStagemarks) {
+  const std::string scene = Room();
+  for (const char* name : {"A", "B", "C"}) Out({"record", scene, name, "--write"});
+  Out({"objects", "add", scene, "New", "--write"});
+  Out({"materials", "add", scene, "Ash", "--write"});
+  Out({"set", scene, "--object", "/Box", "--material", "#0", "--write"});
+  Out({"options", scene, "--on", "materials", "--write"});
+  Out({"record", scene, "D", "--write"});
+  const struct {
+    std::vector<std::string> what;
+    const char* heldBy;
+    const char* says;
+  } rows[] = {
+      {{"objects", "Room"},
+       R"(["A","B","C","D"])",
+       R"(4 Stagemarks hold something of it: "A", "B", "C" and "D". Loading passes over)"},
+      {{"objects", "New"}, R"(["D"])", R"(1 Stagemark holds something of it: "D".)"},
+      {{"layers", "Props"}, R"(["A","B","C","D"])", "4 Stagemarks"},
+      {{"materials", "#0"}, R"(["D"])", "1 Stagemark holds"},
+      {{"materials", "Ash"}, "[]", ""},
+  };
+  for (const auto& [what, heldBy, says] : rows) {
+    const std::vector<std::string> call{what[0], "remove", scene, what[1]};
+    EXPECT_EQ(Json(call)["heldBy"].dump(), heldBy) << what[1];
+    const std::string err = Call(call).err;
+    EXPECT_NE(err.find(says), std::string::npos) << err;
+    EXPECT_EQ(err.find("hold") != std::string::npos, *says != '\0') << err;
+  }
+}
+
 // As with all that is added: what a person has selected stays selected.
 TEST_F(ElementVerbs, ANewLayerIsNotSelected) {
   const std::string scene = Room();

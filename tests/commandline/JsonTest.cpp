@@ -133,6 +133,8 @@ class JsonOutput : public CommandLine {
             {"lights", "remove", scene, "*"},
             {"materials", "rename", scene, "Skin", "Hide"},
             {"layers", "list", scene},
+            {"objects", "remove", scene, "Kopf"},
+            {"layers", "remove", scene, "Props"},
             {"record", scene, "New"},
             {"list", scene},
             {"show", scene, "Day"},

@@ -15,6 +15,7 @@
 #include "engine/scene/TreeWalk.h"
 #include "engine/scene/Vectors.h"
 #include "engine/scenefile/NamesInFile.h"
+#include "engine/states/StatesHolding.h"
 #include "program/commandline/Arguments.h"
 #include "program/commandline/FramingCamera.h"
 #include "program/commandline/Session.h"
@@ -388,10 +389,17 @@ class ElementWork {
       called.push_back(CalledOf(*element));
       report_.Append("elements", MembersOf(*element));
     }
+    const std::vector<std::string> holders = engine::StatesHolding(session_.Document(), found);
     if (const int status = Carry(engine::RemoveElements(session_.Document(), found));
         status != kDone)
       return status;
     Tell(found.size(), "Removed", Listed(called));
+    report_.Put("heldBy", holders);
+    // Their records stay.
+    if (!holders.empty())
+      program_.terminal.Note(
+          Counted(holders.size(), "Stagemark") + (holders.size() == 1 ? " holds" : " hold") +
+          " something of it: " + Listed(holders) + ". Loading passes over what is gone.");
     return kDone;
   }
 
