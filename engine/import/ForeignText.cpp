@@ -1,5 +1,6 @@
 #include "engine/import/ForeignText.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "engine/core/Utf8.h"
@@ -30,27 +31,16 @@ void Append(std::uint32_t code, std::string& text) {
   }
 }
 
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-// Follows XML letter by letter: inside of a tag, and there inside of a quoted value.
-class TagScanner {
- public:
-  // True where a tag has just ended.
-  bool Ends(char c) {
-    if (quote_ != 0) {
-      if (c == quote_) quote_ = 0;
-      return false;
-    }
-    if (isTag_ && (c == '"' || c == '\'')) quote_ = c;
-    const bool ends = isTag_ && c == '>';
-    isTag_ = c == '<' || (isTag_ && c != '>');
-    return ends;
+// Behind the next tag, or the end of the text; a '>' in a quoted value of the tag ends nothing.
+std::size_t EndOfNextTag(std::string_view xml, std::size_t from) {
+  std::size_t at = xml.find('<', from);
+  while (at != xml.npos) {
+    at = xml.find_first_of("\"'>", at + 1);
+    if (at == xml.npos || xml[at] == '>') break;
+    at = xml.find(xml[at], at + 1);
   }
-
- private:
-  bool isTag_ = false;
-  char quote_ = 0;
-};
+  return at == xml.npos ? xml.size() : at + 1;
+}
 
 }  // namespace
 
@@ -99,19 +89,18 @@ std::string FromUtf16(std::string_view bytes) {
 std::string WithoutLeadingBlanks(std::string_view xml) {
   std::string result;
   result.reserve(xml.size());
-  TagScanner scanner;
-  bool isStart = false;
-  for (const char c : xml) {
-    if (isStart && IsBlank(c)) continue;
-    isStart = scanner.Ends(c);
-    result.push_back(c);
+  for (std::size_t at = 0; at < xml.size();) {
+    const std::size_t end = EndOfNextTag(xml, at);
+    result.append(xml.substr(at, end - at));
+    at = std::min(xml.find_first_not_of(" \t\r\n", end), xml.size());
   }
   return result;
 }
 
-std::string WithNamedCameras(std::string_view xml) {
+std::string WithNamedCameras(std::string text) {
   constexpr std::string_view kOpening = "<camera ";
   constexpr std::string_view kId = " id=";
+  const std::string_view xml = text;
   std::string result;
   std::size_t done = 0;
   for (std::size_t at = xml.find(kOpening); at != xml.npos; at = xml.find(kOpening, at + 1)) {
@@ -125,6 +114,7 @@ std::string WithNamedCameras(std::string_view xml) {
     result.append(tag.substr(open, close + 1 - open));
     done = at + close + 1;
   }
+  if (done == 0) return text;
   return result.append(xml.substr(done));
 }
 

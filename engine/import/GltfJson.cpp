@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <string_view>
 
 namespace engine {
 namespace {
@@ -34,9 +35,10 @@ double FiniteNumber(const Json& value, const char* key) {
 }  // namespace
 
 const Json& Member(const Json& value, const char* key) {
-  if (!value.is_object()) return kNone;
-  const auto found = value.find(key);
-  return found == value.end() ? kNone : *found;
+  const auto* const members = value.get_ptr<const Json::object_t*>();
+  if (members == nullptr) return kNone;
+  const auto found = members->find(std::string_view(key));
+  return found == members->end() ? kNone : found->second;
 }
 
 const Json& At(const Json& list, std::size_t index) {

@@ -64,13 +64,15 @@ void Confine(const std::string& path, FrameWriter& output) {
 Status Work(const std::string& path, FrameWriter& output) {
   Confine(path, output);
   const SeededIds ids(SeedOf(path));
-  const OwnedDocument doc(host::BaseDocument::Alloc());
+  OwnedDocument doc(host::BaseDocument::Alloc());
   ProgressSender progress(output);
   const auto notes =
       ReadForeignScene(path, *doc, [&](double fraction) { return progress.Tell(fraction); });
   if (!notes) return notes.GetStatus();
   for (const std::string& note : notes.Value()) output.Write(FrameKind::Note, note);
-  return SendScene(*doc, output);
+  Status sent = SendScene(*doc, output);
+  (void)doc.release();  // the process ends now, which frees it at once
+  return sent;
 }
 
 Status TooLittleMemory() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -38,11 +39,11 @@ class Notes {
     if (Find(sentence) == entries_.end()) entries_.emplace_back(sentence, 0);
   }
   // `what` goes before the number of its occurrences: "Vertex colors are left out: 3".
-  void Count(const std::string& what, std::size_t times = 1) {
+  void Count(std::string_view what, std::size_t times = 1) {
     if (times == 0) return;
     const auto found = Find(what);
     if (found == entries_.end()) {
-      entries_.emplace_back(what, times);
+      entries_.emplace_back(std::string(what), times);
     } else {
       found->second += times;
     }
@@ -58,7 +59,7 @@ class Notes {
  private:
   using Entry = std::pair<std::string, std::size_t>;
   // The kinds are few.
-  std::vector<Entry>::iterator Find(const std::string& text) {
+  std::vector<Entry>::iterator Find(std::string_view text) {
     return std::find_if(entries_.begin(), entries_.end(),
                         [&](const Entry& entry) { return entry.first == text; });
   }

@@ -3,10 +3,12 @@
 #include <assimp/BaseImporter.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>
+#include <memory>
 #include <set>
 
 #include "engine/import/FolderFiles.h"
@@ -14,6 +16,7 @@
 #include "engine/import/ImportedElements.h"
 #include "engine/import/SceneConversion.h"
 #include "engine/import/Skins.h"
+#include "engine/outside/Confinement.h"
 #include "host/Filename.h"
 
 namespace engine {
@@ -98,6 +101,26 @@ std::string ReasonOf(const Assimp::Importer& importer) {
   return reason.empty() ? "The file cannot be read." : "The file cannot be read: " + reason;
 }
 
+// What was read, which the end of the process frees at once: that is near, and to take apart
+// millions of small pieces is a tenth of the work. Where memory is short for what is still to be
+// done it is freed all the same.
+template <class T>
+class LeftToTheEnd {
+ public:
+  explicit LeftToTheEnd(std::unique_ptr<T> value) : value_(std::move(value)) {}
+  LeftToTheEnd(const LeftToTheEnd&) = delete;
+  LeftToTheEnd& operator=(const LeftToTheEnd&) = delete;
+  ~LeftToTheEnd() {
+    const struct mallinfo2 taken = ::mallinfo2();
+    if (taken.uordblks + taken.hblkhd < MemoryLimit() / 4) (void)value_.release();
+  }
+  T& operator*() const { return *value_; }
+  T* operator->() const { return value_.get(); }
+
+ private:
+  std::unique_ptr<T> value_;
+};
+
 using Answer = Result<std::vector<std::string>>;
 using ProgressOfAll = std::function<bool(double)>;
 
@@ -114,10 +137,10 @@ Answer Converted(const aiScene& scene, const std::string& path, const SceneFacts
 // By the importing library.
 Answer ReadByLibrary(const std::string& path, SourceFormat format, host::BaseDocument& doc,
                      const ProgressOfAll& progress) {
-  Assimp::Importer importer;
-  FolderFiles& files = Configure(importer, path, progress);
-  const aiScene* scene = importer.ReadFile(path, StepsFor(format));
-  if (scene == nullptr || scene->mRootNode == nullptr) return Answer::Failure(ReasonOf(importer));
+  const LeftToTheEnd importer(std::make_unique<Assimp::Importer>());
+  FolderFiles& files = Configure(*importer, path, progress);
+  const aiScene* scene = importer->ReadFile(path, StepsFor(format));
+  if (scene == nullptr || scene->mRootNode == nullptr) return Answer::Failure(ReasonOf(*importer));
   Notes notes;
   // The scene is the importer's, which is ours.
   BendSkins(const_cast<aiScene&>(*scene));
@@ -127,10 +150,10 @@ Answer ReadByLibrary(const std::string& path, SourceFormat format, host::BaseDoc
 
 Answer ReadGltfFile(GltfFile& file, const std::string& path, host::BaseDocument& doc,
                     const ProgressOfAll& progress, Notes& notes) {
-  const GltfScene source = ReadGltf(
-      file, path, [&](double fraction) { return progress(kReadingPart * fraction); }, notes);
-  if (!source.scene) return Answer::Failure(kStopped);
-  return Converted(*source.scene, path, source.facts, doc, progress, notes);
+  const LeftToTheEnd source(std::make_unique<GltfScene>(ReadGltf(
+      file, path, [&](double fraction) { return progress(kReadingPart * fraction); }, notes)));
+  if (!source->scene) return Answer::Failure(kStopped);
+  return Converted(*source->scene, path, source->facts, doc, progress, notes);
 }
 
 }  // namespace
@@ -143,8 +166,8 @@ Result<std::vector<std::string>> ReadForeignScene(const std::string& path, host:
   if (!IsGltf(format)) return ReadByLibrary(path, format, doc, progress);
   try {
     Notes notes;
-    GltfFile file(path, format == SourceFormat::Glb, notes);
-    if (!file.IsVersion1()) return ReadGltfFile(file, path, doc, progress, notes);
+    const LeftToTheEnd file(std::make_unique<GltfFile>(path, format == SourceFormat::Glb, notes));
+    if (!file->IsVersion1()) return ReadGltfFile(*file, path, doc, progress, notes);
   } catch (const UnreadableFile& why) {
     return Answer::Failure(std::string("The file cannot be read: ") + why.what());
   }

@@ -69,9 +69,10 @@ void ResetSignals() {
   ::_exit(kCannotRun);
 }
 
-// The child's environment, ended by null: this process's own. A search for leaks at the child's end
-// would need files and processes that it may not have.
-std::vector<char*> ChildEnvironment(std::string& noLeakSearch) {
+// The child's environment, ended by null: this process's own, and memory in large pages where the
+// system has them: a child lives for so short a time that asking for small ones is a fifth of its
+// work. A search for leaks at the child's end would need files and processes that it may not have.
+std::vector<char*> ChildEnvironment(std::string& noLeakSearch, std::string& largePages) {
   const std::string name = "ASAN_OPTIONS=";
   const char* options = std::getenv("ASAN_OPTIONS");
   noLeakSearch =
@@ -82,6 +83,7 @@ std::vector<char*> ChildEnvironment(std::string& noLeakSearch) {
       variables.push_back(*variable);
   }
   if (kSearchesLeaks) variables.push_back(noLeakSearch.data());
+  if (std::getenv("GLIBC_TUNABLES") == nullptr) variables.push_back(largePages.data());
   variables.push_back(nullptr);
   return variables;
 }
@@ -131,7 +133,8 @@ Status ConfinedChild::Start(const std::string& what, const std::string& program,
   line.push_back(std::to_string(kTalk));
   const std::vector<char*> arguments = Pointers(line);
   std::string noLeakSearch;
-  const std::vector<char*> environment = ChildEnvironment(noLeakSearch);
+  std::string largePages = "GLIBC_TUNABLES=glibc.malloc.hugetlb=1";
+  const std::vector<char*> environment = ChildEnvironment(noLeakSearch, largePages);
   const Launch launch{
       arguments.data(), environment.data(), talk, nothing, life == Life::OfThread ? ::getpid() : 0,
       &limits};
