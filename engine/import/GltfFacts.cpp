@@ -52,7 +52,8 @@ constexpr std::array kKnown = {"KHR_lights_punctual",        "KHR_node_visibilit
                                "KHR_draco_mesh_compression", "KHR_materials_unlit",
                                "KHR_mesh_quantization",      "KHR_materials_pbrSpecularGlossiness",
                                "EXT_meshopt_compression",    "KHR_materials_specular",
-                               "KHR_materials_variants",     "EXT_texture_webp"};
+                               "KHR_materials_variants",     "EXT_texture_webp",
+                               "KHR_materials_transmission"};
 // The beginnings of those that only change how surfaces look or move: without them there is still a
 // scene to work on.
 constexpr std::array kAboutLooks = {"KHR_materials_", "KHR_texture_",  "EXT_texture_",

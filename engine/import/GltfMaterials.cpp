@@ -1,9 +1,11 @@
 // glTF 2.0, sections 3.8 and 3.9, KHR_texture_transform, KHR_materials_emissive_strength,
-// KHR_materials_specular and KHR_materials_pbrSpecularGlossiness.
+// KHR_materials_specular, KHR_materials_transmission and
+// KHR_materials_pbrSpecularGlossiness.
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
 
 #include <cstring>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -19,26 +21,45 @@ const Json& PbrOf(const Json& material) { return Object(material, "pbrMetallicRo
 // The uses of textures that the scene knows, by the names that the importing library has for them.
 struct TextureSlot {
   aiTextureType type;
+  const char* pictures;  // what a person calls them
   const Json& (*use)(const Json& material);
 };
 
 constexpr TextureSlot kSlots[] = {
-    {aiTextureType_BASE_COLOR,
+    {aiTextureType_BASE_COLOR, "Color pictures",
      [](const Json& material) -> const Json& {
        const Json& old = Extension(material, kOldSurface);
        return old.is_null() ? Object(PbrOf(material), "baseColorTexture")
                             : Object(old, "diffuseTexture");
      }},
-    {aiTextureType_NORMALS,
+    {aiTextureType_NORMALS, "Normal maps",
      [](const Json& material) -> const Json& { return Object(material, "normalTexture"); }},
-    {aiTextureType_METALNESS,
+    {aiTextureType_METALNESS, "Roughness and metal pictures",
      [](const Json& material) -> const Json& {
        return Object(PbrOf(material), "metallicRoughnessTexture");
      }},
-    {aiTextureType_LIGHTMAP,
+    {aiTextureType_LIGHTMAP, "Occlusion pictures",
      [](const Json& material) -> const Json& { return Object(material, "occlusionTexture"); }},
-    {aiTextureType_EMISSIVE,
+    {aiTextureType_EMISSIVE, "Emission pictures",
      [](const Json& material) -> const Json& { return Object(material, "emissiveTexture"); }},
+};
+
+// Pictures that cannot be shown, by their use, with the first material that has one.
+class LeftOut {
+ public:
+  void Add(const TextureSlot& slot, const std::string& material) {
+    auto& [first, count] = uses_[slot.pictures];
+    if (count++ == 0) first = material;
+  }
+  void Tell(Notes& notes) const {
+    for (const auto& [pictures, use] : uses_)
+      notes.Count(pictures + " that lie by other texture coordinates than the rest of their " +
+                      "material are left out, as in \"" + use.first + "\"",
+                  use.second);
+  }
+
+ private:
+  std::map<std::string, std::pair<std::string, std::size_t>> uses_;
 };
 
 std::size_t ChannelOf(const Json& use) {
@@ -68,15 +89,20 @@ PictureFacts PictureFactsOf(const GltfFile& file, const Json& use) {
   const Json& sampler = file.Entry("samplers", Index(texture, "sampler"));
   facts.wrapU = WrapOf(sampler, "wrapS");
   facts.wrapV = WrapOf(sampler, "wrapT");
+  constexpr std::size_t kNearest = 9728;
+  facts.isSharp = Index(sampler, "magFilter") == kNearest;
   return facts;
 }
 
-// A mesh has one set of coordinates: that of the first texture counts.
-MaterialFacts FactsOf(const GltfFile& file, const Json& material, Notes& notes) {
+// A mesh of the scene has one set of coordinates: that of the first picture counts, and by it those
+// that lie by another one would be rubbish.
+MaterialFacts FactsOf(const GltfFile& file, const Json& material, LeftOut& leftOut) {
   MaterialFacts facts;
   facts.name = Text(material, "name");
   facts.emissiveStrength =
       Number(Extension(material, "KHR_materials_emissive_strength"), "emissiveStrength", 1);
+  facts.transmission =
+      Number(Extension(material, "KHR_materials_transmission"), "transmissionFactor", 0);
   facts.specular = Number(Extension(material, "KHR_materials_specular"), "specularFactor", 1) / 2;
   facts.normalScale = Number(Object(material, "normalTexture"), "scale", 1);
   facts.occlusionStrength = Number(Object(material, "occlusionTexture"), "strength", 1);
@@ -86,9 +112,11 @@ MaterialFacts FactsOf(const GltfFile& file, const Json& material, Notes& notes) 
     if (use.is_null()) continue;
     const auto channel = static_cast<unsigned>(ChannelOf(use));
     if (facts.pictures.empty()) facts.uvs.channel = channel;
-    notes.Count("Textures are shown by the coordinates of another one of their material",
-                channel != facts.uvs.channel);
-    facts.pictures[slot.type] = PictureFactsOf(file, use);
+    if (channel == facts.uvs.channel) {
+      facts.pictures[slot.type] = PictureFactsOf(file, use);
+    } else {
+      leftOut.Add(slot, facts.name);
+    }
   }
   facts.extras = ExtrasText(material);
   return facts;
@@ -170,8 +198,11 @@ class Pictures {
 
 class MaterialReader {
  public:
-  MaterialReader(const Json& source, const Pictures& pictures)
-      : source_(source), pictures_(pictures), made_(std::make_unique<aiMaterial>()) {}
+  MaterialReader(const Json& source, const MaterialFacts& facts, const Pictures& pictures)
+      : source_(source),
+        facts_(facts),
+        pictures_(pictures),
+        made_(std::make_unique<aiMaterial>()) {}
 
   std::unique_ptr<aiMaterial> Read() {
     const aiString name(Text(source_, "name"));
@@ -181,7 +212,9 @@ class MaterialReader {
     } else {
       SetOldSurface();
     }
-    for (const TextureSlot& slot : kSlots) SetTexture(slot.use(source_), slot.type);
+    for (const TextureSlot& slot : kSlots) {
+      if (facts_.pictures.contains(slot.type)) SetTexture(slot.use(source_), slot.type);
+    }
     SetTexture(Object(Extension(source_, "KHR_materials_transmission"), "transmissionTexture"),
                aiTextureType_TRANSMISSION);
     const auto emissive = Numbers<3>(source_, "emissiveFactor", {0, 0, 0});
@@ -231,6 +264,7 @@ class MaterialReader {
   }
 
   const Json& source_;
+  const MaterialFacts& facts_;
   const Pictures& pictures_;
   std::unique_ptr<aiMaterial> made_;
 };
@@ -241,13 +275,16 @@ void AddMaterials(GltfFile& file, aiScene& scene, SceneFacts& facts, Notes& note
   static const Json plain = Json::object();
   Pictures pictures(file, notes);
   pictures.Read();
+  LeftOut leftOut;
   const std::size_t count = file.Count("materials");
   scene.mMaterials = new aiMaterial*[count + 1];
   for (std::size_t i = 0; i <= count; ++i) {
     const Json& source = i < count ? file.Entry("materials", i) : plain;
-    facts.materials.push_back(FactsOf(file, source, notes));
-    scene.mMaterials[scene.mNumMaterials++] = MaterialReader(source, pictures).Read().release();
+    facts.materials.push_back(FactsOf(file, source, leftOut));
+    scene.mMaterials[scene.mNumMaterials++] =
+        MaterialReader(source, facts.materials.back(), pictures).Read().release();
   }
+  leftOut.Tell(notes);
   pictures.HandOver(scene);
 }
 

@@ -83,6 +83,7 @@ void SetPlace(const PictureFacts& facts, host::BaseContainer& shader) {
     shader.SetLong(kBitmapWrapU, static_cast<host::LONG>(facts.wrapU));
   if (facts.wrapV != TextureWrap::Repeat)
     shader.SetLong(kBitmapWrapV, static_cast<host::LONG>(facts.wrapV));
+  if (facts.isSharp) shader.SetBool(kBitmapIsSharp, host::TRUE);
 }
 
 constexpr unsigned kNoFacts = ~0U;  // an index of no material
@@ -218,6 +219,8 @@ void MaterialConversion::SetSurface(const aiMaterial& from, unsigned index,
                Clamped(Number(from, AI_MATKEY_ROUGHNESS_FACTOR).value_or(RoughnessOf(exponent))));
   data.SetReal(host::MATERIAL_METALLIC,
                Clamped(Number(from, AI_MATKEY_METALLIC_FACTOR).value_or(0)));
+  const double transmission = Clamped(FactsOf(index).transmission);
+  if (transmission > 0) data.SetReal(kMaterialTransmission, transmission);
 }
 
 void MaterialConversion::SetPictures(const aiMaterial& from, unsigned index,

@@ -65,17 +65,19 @@ struct PictureFacts {
   double rotation = 0;
   TextureWrap wrapU = TextureWrap::Repeat;
   TextureWrap wrapV = TextureWrap::Repeat;
+  bool isSharp = false;
 };
 
 struct MaterialFacts {
   std::string name;  // as written, however long
   double emissiveStrength = 1;
   double specular = 0.5;  // of a surface that is no metal, as the scene counts it
+  double transmission = 0;
   double normalScale = 1;
   double occlusionStrength = 1;
   UvUse uvs;
-  std::map<aiTextureType, PictureFacts> pictures;
-  std::string extras;  // text of a JSON value, empty: none
+  std::map<aiTextureType, PictureFacts> pictures;  // that are shown
+  std::string extras;                              // text of a JSON value, empty: none
 };
 
 struct NodeFacts {

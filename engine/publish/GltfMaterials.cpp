@@ -21,6 +21,15 @@ const char* KindOfPicture(std::string_view bytes) {
   return bytes.starts_with("\xFF\xD8\xFF") ? "image/jpeg" : "";
 }
 
+nlohmann::ordered_json SamplerOf(const Sampling& sampling) {
+  static constexpr int kWraps[] = {10497, 33071, 33648};
+  constexpr int kNearestFilter = 9728;
+  nlohmann::ordered_json sampler = {{"wrapS", kWraps[static_cast<std::size_t>(sampling.u)]},
+                                    {"wrapT", kWraps[static_cast<std::size_t>(sampling.v)]}};
+  if (sampling.isSharp) sampler["magFilter"] = kNearestFilter;
+  return sampler;
+}
+
 // Whether a picture of these kinds has its end, too.
 bool IsWhole(std::string_view bytes) {
   const bool isPng = bytes.front() == '\x89';
@@ -123,15 +132,19 @@ void GltfMaterials::AddShine(const SurfaceLook& look, Json& material) {
   const float brightest = Largest(look.luminance);
   if (brightest > 0)
     material["emissiveFactor"] = FactorOf(look.luminance * (1 / std::max(brightest, 1.0F)));
-  if (brightest > 1) {
-    material["extensions"]["KHR_materials_emissive_strength"]["emissiveStrength"] = brightest;
-    extensions_.insert("KHR_materials_emissive_strength");
-  }
+  if (brightest > 1)
+    AddFactor("KHR_materials_emissive_strength", "emissiveStrength", brightest, material);
   // The format's plain surface reflects as half of ours does.
-  if (look.specular < 0.5F) {
-    material["extensions"]["KHR_materials_specular"]["specularFactor"] = look.specular * 2;
-    extensions_.insert("KHR_materials_specular");
-  }
+  if (look.specular < 0.5F)
+    AddFactor("KHR_materials_specular", "specularFactor", look.specular * 2, material);
+  if (look.transmission > 0)
+    AddFactor("KHR_materials_transmission", "transmissionFactor", look.transmission, material);
+}
+
+void GltfMaterials::AddFactor(const char* extension, const char* factor, float value,
+                              Json& material) {
+  material["extensions"][extension][factor] = value;
+  extensions_.insert(extension);
 }
 
 std::string GltfMaterials::NameOf(std::uint32_t look, TextureUse SurfaceLook::*place) {
@@ -171,7 +184,7 @@ void GltfMaterials::AddTexture(const Instance& instance, const Source& source,
   if (source.first.empty() && source.second.empty()) return;
   const std::optional<std::size_t> image = ImageOf(source);
   if (!image) return;
-  Json texture = {{"index", TextureOf(*image, use.wraps)}};
+  Json texture = {{"index", TextureOf(*image, use.sampling)}};
   AddTransform(instance, use, texture);
   material[key] = std::move(texture);
 }
@@ -201,16 +214,13 @@ void GltfMaterials::AddTransform(const Instance& instance, const TextureUse& use
   extensions_.insert("KHR_texture_transform");
 }
 
-std::size_t GltfMaterials::TextureOf(std::size_t image, Wraps wraps) {
-  static constexpr int kWraps[] = {10497, 33071, 33648};
-  const auto u = static_cast<std::size_t>(wraps.u);
-  const auto v = static_cast<std::size_t>(wraps.v);
-  const auto [place, isNew] = textureIndices_.try_emplace({image, u, v}, textures_.size());
+std::size_t GltfMaterials::TextureOf(std::size_t image, const Sampling& sampling) {
+  const auto [place, isNew] = textureIndices_.try_emplace({image, sampling}, textures_.size());
   if (!isNew) return place->second;
   Json texture = {{"source", image}};
-  if (u != 0 || v != 0) {
-    const auto [sampler, isFirst] = samplerIndices_.try_emplace({u, v}, samplers_.size());
-    if (isFirst) samplers_.push_back({{"wrapS", kWraps[u]}, {"wrapT", kWraps[v]}});
+  if (sampling != Sampling{}) {
+    const auto [sampler, isFirst] = samplerIndices_.try_emplace(sampling, samplers_.size());
+    if (isFirst) samplers_.push_back(SamplerOf(sampling));
     texture["sampler"] = sampler->second;
   }
   textures_.push_back(std::move(texture));

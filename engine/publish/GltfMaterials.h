@@ -53,6 +53,7 @@ class GltfMaterials {
   Json Make(const Instance& instance);
   Json SurfaceOf(const Instance& instance);
   void AddShine(const SurfaceLook& look, Json& material);
+  void AddFactor(const char* extension, const char* factor, float value, Json& material);
   // The name of the picture that a look wants there, empty for none.
   std::string NameOf(std::uint32_t look, TextureUse SurfaceLook::*place);
   Source ColorOf(std::uint32_t look);
@@ -63,7 +64,7 @@ class GltfMaterials {
   void AddTexture(const Instance& instance, TextureUse SurfaceLook::*place, Json& material,
                   const char* key);
   void AddTransform(const Instance& instance, const TextureUse& use, Json& texture);
-  std::size_t TextureOf(std::size_t image, Wraps wraps);
+  std::size_t TextureOf(std::size_t image, const Sampling& sampling);
   // Nothing where it cannot be had.
   std::optional<std::size_t> ImageOf(const Source& source);
   // Bytes of a picture of a kind that the format knows; empty where there are none.
@@ -78,8 +79,8 @@ class GltfMaterials {
   std::map<std::tuple<std::uint32_t, std::array<float, 2>, std::array<float, 2>>, std::size_t>
       indices_;
   std::map<Source, std::optional<std::size_t>> imageIndices_;
-  std::map<std::array<std::size_t, 3>, std::size_t> textureIndices_;  // by image and wraps
-  std::map<std::array<std::size_t, 2>, std::size_t> samplerIndices_;
+  std::map<std::pair<std::size_t, Sampling>, std::size_t> textureIndices_;  // by image
+  std::map<Sampling, std::size_t> samplerIndices_;
   std::unordered_map<std::uint32_t, std::vector<std::size_t>> wishes_;  // by look
   std::size_t wishesKnown_ = 0;
   std::set<std::string> extensions_;

@@ -45,7 +45,8 @@ TextureUse UseOf(const host::BaseContainer& shader) {
   use.tiles = PairAt(shader, kBitmapTiles, 1);
   const auto rotation = static_cast<float>(shader.GetReal(kBitmapRotation, 0));
   if (std::isfinite(rotation)) use.rotation = rotation;
-  use.wraps = {WrapAt(shader, kBitmapWrapU), WrapAt(shader, kBitmapWrapV)};
+  use.sampling = {WrapAt(shader, kBitmapWrapU), WrapAt(shader, kBitmapWrapV),
+                  shader.GetBool(kBitmapIsSharp) != 0};
   return use;
 }
 
@@ -89,6 +90,7 @@ SurfaceLook LookReading::Read(std::uint32_t index, const host::BaseContainer& da
   look.specular = Share(data, host::MATERIAL_SPECULAR, 0.5);
   look.roughness = Share(data, host::MATERIAL_ROUGHNESS, 0.5);
   look.metallic = Share(data, host::MATERIAL_METALLIC, 0);
+  look.transmission = Share(data, kMaterialTransmission, 0);
   look.isDoubleSided = data.GetBool(host::MATERIAL_DOUBLE_SIDED, host::TRUE);
   look.occlusion = Share(data, kMaterialOcclusion, 1);
   const double strength = data.GetReal(kMaterialNormalStrength, 1);

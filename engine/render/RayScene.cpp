@@ -221,6 +221,9 @@ float AlphaOf(const SurfaceLook& look, float alpha) {
   return alpha < look.cutoff ? 0.0F : 1.0F;
 }
 
+// Even the clearest glass shows a little of itself.
+constexpr float kMostTransmitted = 0.75F;
+
 float GrayOf(const Texel& texel) {
   return (texel.color.x + texel.color.y + texel.color.z) * (1.0F / 3) * texel.alpha;
 }
@@ -280,7 +283,8 @@ void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& c
     AddTextures(placed, triangle, pixel / std::sqrt(std::max(0.15F, std::abs(slant))), &alpha,
                 surface);
   }
-  surface->alpha = AlphaOf(*placed.look, alpha);
+  surface->alpha = AlphaOf(*placed.look, alpha) *
+                   (1 - kMostTransmitted * placed.look->transmission * (1 - surface->metallic));
 }
 
 namespace {
@@ -297,13 +301,13 @@ class TextureReading {
  private:
   void FindSpot(const TextureUse& use, const Coordinates& on) {
     const float perLength = area_ > 0 ? std::sqrt(std::abs(on.Area()) / area_) : 0;
-    spot_ = use.texture->SpotAt(on.at[0], on.at[1], detail_ * perLength, use.wraps);
+    spot_ = use.texture->SpotAt(on.at[0], on.at[1], detail_ * perLength, use.sampling);
   }
   // Most textures of a surface are of one size and lie on it alike: their spot is found once.
   const Texture::Spot& SpotOf(const TextureUse& use) {
     const bool isPlain = use.IsPlain();
-    const bool isSame =
-        isPlain && found_ && found_->wraps == use.wraps && found_->texture->IsLike(*use.texture);
+    const bool isSame = isPlain && found_ && found_->sampling == use.sampling &&
+                        found_->texture->IsLike(*use.texture);
     if (!isSame) FindSpot(use, isPlain ? plain_ : plain_.On(use));
     found_ = isPlain ? &use : nullptr;
     return spot_;

@@ -20,7 +20,7 @@ namespace engine {
 // anticlockwise, then moved, as the extension for texture transforms of glTF has it.
 struct TextureUse {
   std::shared_ptr<const Texture> texture;  // null: none, or not prepared
-  Wraps wraps;
+  Sampling sampling;
   std::array<float, 2> offset{0, 0};
   std::array<float, 2> tiles{1, 1};
   float rotation = 0;
@@ -45,6 +45,7 @@ struct SurfaceLook {
   float specular = 0.5F;
   float roughness = 0.5F;
   float metallic = 0;
+  float transmission = 0;
   bool isDoubleSided = true;
   float normalStrength = 1;
   float occlusion = 1;  // strength of its texture
@@ -59,7 +60,8 @@ struct SurfaceLook {
 
   // Of a mesh whose corners are opaque.
   bool CanBeSeenThrough() const {
-    return alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture || alphaTexture);
+    return transmission > 0 ||
+           (alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture || alphaTexture));
   }
   bool operator==(const SurfaceLook&) const = default;
 };

@@ -67,14 +67,15 @@ void Fingerprint::Add(const SurfaceLook& look) {
   Color(look.color);
   Color(look.luminance);
   for (const float number : {look.alpha, look.cutoff, look.specular, look.roughness, look.metallic,
-                             look.normalStrength, look.occlusion})
+                             look.transmission, look.normalStrength, look.occlusion})
     Number(number);
   for (const auto place : kTexturePlaces) Add(look.*place);
   Word(static_cast<std::uint64_t>(look.alphaMode) << 1U | std::uint64_t{look.isDoubleSided});
 }
 
 void Fingerprint::Add(const TextureUse& use) {
-  Word(static_cast<std::uint64_t>(use.wraps.u) << 2U | static_cast<std::uint64_t>(use.wraps.v));
+  Word(static_cast<std::uint64_t>(use.sampling.u) << 3U |
+       static_cast<std::uint64_t>(use.sampling.v) << 1U | std::uint64_t{use.sampling.isSharp});
   for (const float number :
        {use.offset[0], use.offset[1], use.tiles[0], use.tiles[1], use.rotation})
     Number(number);

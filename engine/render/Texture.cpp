@@ -96,7 +96,7 @@ Texture::Texture(Image image) {
     levels_.push_back(Halved(levels_.back()));
 }
 
-Texture::Spot Texture::SpotAt(float u, float v, float detail, Wraps wraps) const {
+Texture::Spot Texture::SpotAt(float u, float v, float detail, const Sampling& sampling) const {
   Spot spot;
   if (!std::isfinite(u) || !std::isfinite(v)) return spot;
   const float pixels = detail * static_cast<float>(std::max(levels_[0].width, levels_[0].height));
@@ -112,11 +112,11 @@ Texture::Spot Texture::SpotAt(float u, float v, float detail, Wraps wraps) const
   const FourWhole size{
       static_cast<std::int32_t>(fine.width), static_cast<std::int32_t>(fine.height),
       static_cast<std::int32_t>(coarse.width), static_cast<std::int32_t>(coarse.height)};
-  const std::int32_t endsU = wraps.u == TextureWrap::Repeat ? 0 : -1;
-  const std::int32_t endsV = wraps.v == TextureWrap::Repeat ? 0 : -1;
+  const std::int32_t endsU = sampling.u == TextureWrap::Repeat ? 0 : -1;
+  const std::int32_t endsV = sampling.v == TextureWrap::Repeat ? 0 : -1;
   const FourWhole ends{endsU, endsV, endsU, endsV};
-  const float insideU = Inside(u, wraps.u);
-  const float insideV = Inside(v, wraps.v);
+  const float insideU = Inside(u, sampling.u);
+  const float insideV = Inside(v, sampling.v);
   Four pixel = Four{insideU, insideV, insideU, insideV} * ToFour(size) - 0.5F;
   const Four edge = ToFour(size - 1);
   const Four notBefore = pixel < 0 ? Four{} : pixel;
@@ -124,6 +124,9 @@ Texture::Spot Texture::SpotAt(float u, float v, float detail, Wraps wraps) const
   pixel = ends ? within : pixel;
   const Four below = Floor(pixel);
   spot.share = pixel - below;
+  if (sampling.isSharp && spot.level == 0) {
+    for (const int i : {0, 1}) spot.share[i] = spot.share[i] < 0.5F ? 0.0F : 1.0F;
+  }
   spot.first = WholeOf(below < 0 ? edge : below);
   const FourWhole next = spot.first + 1;
   spot.second = next < size ? next : (ends ? size - 1 : FourWhole{});

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -22,12 +23,14 @@ struct Texel {
   float alpha = 1;
 };
 
-// What lies beyond the edges of a picture.
-struct Wraps {
+// How a picture is looked up: what lies beyond its edges, and whether its pixels are squares of one
+// color where they are seen from near.
+struct Sampling {
   TextureWrap u = TextureWrap::Repeat;
   TextureWrap v = TextureWrap::Repeat;
+  bool isSharp = false;
 
-  bool operator==(const Wraps&) const = default;
+  auto operator<=>(const Sampling&) const = default;
 };
 
 class Texture {
@@ -51,7 +54,7 @@ class Texture {
 
   // The place at u, v; v grows downwards. `detail` is the side of the seen area in units of u and
   // v: 0 shows every pixel. It is the same in every texture that IsLike this one.
-  Spot SpotAt(float u, float v, float detail, Wraps wraps = {}) const;
+  Spot SpotAt(float u, float v, float detail, const Sampling& sampling = {}) const;
   bool IsLike(const Texture& other) const;
   // The color there, black where u or v was no number.
   Texel ColorAt(const Spot& spot) const;

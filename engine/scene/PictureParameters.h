@@ -17,6 +17,8 @@ inline constexpr host::LONG kMaterialOcclusion = 91004;        // REAL, its stre
 inline constexpr host::LONG kMaterialNormalStrength = 91005;   // REAL, of the normal map, 1
 // Link: its gray, times the opacity.
 inline constexpr host::LONG kMaterialOpacityShader = 91006;
+// REAL, 0: the share of the light that goes through the surface rather than into it.
+inline constexpr host::LONG kMaterialTransmission = 91007;
 
 // Bitmap shader (Xbitmap): u and v (growing downwards) of the surface are scaled, then turned
 // anticlockwise, then moved.
@@ -26,6 +28,8 @@ inline constexpr host::LONG kBitmapRotation = 92003;  // REAL, radians
 // LONG: what lies beyond the picture's edges, see TextureWrap
 inline constexpr host::LONG kBitmapWrapU = 92004;
 inline constexpr host::LONG kBitmapWrapV = 92005;
+// BOOL: seen from near, each pixel is a square of one color, as it is meant for pictures of few
+inline constexpr host::LONG kBitmapIsSharp = 92006;
 
 // Light (Olight) with a place: REAL, the radius of what shines; 0: a point, with hard shadows.
 inline constexpr host::LONG kLightRadius = 92101;

@@ -105,9 +105,10 @@ const std::vector<Formats::Row>& Formats::Rows() {
       {"Normal maps", [](F& f) { return f.HasLink(host::MATERIAL_NORMAL_SHADER); },
        "Bump textures are left out"},
       {"Roughness and metal pictures",
-       [](F& f) { return f.HasLink(engine::kMaterialRoughnessShader); }, "Metallic and roughness"},
+       [](F& f) { return f.HasLink(engine::kMaterialRoughnessShader); },
+       "Roughness and metal pictures that lie"},
       {"Occlusion pictures", [](F& f) { return f.HasLink(engine::kMaterialOcclusionShader); },
-       "Occlusion textures"},
+       "Occlusion pictures that lie"},
       {"Emission",
        [](F& f) {
          return f.AnyMaterial([](const Data& data) {
@@ -117,8 +118,10 @@ const std::vector<Formats::Row>& Formats::Rows() {
        nullptr},
       {"Transparency",
        [](F& f) {
-         return f.AnyMaterial(
-             [](const Data& data) { return data.GetLong(host::MATERIAL_ALPHA_MODE) != 0; });
+         return f.AnyMaterial([](const Data& data) {
+           return data.GetLong(host::MATERIAL_ALPHA_MODE) != 0 ||
+                  data.GetReal(engine::kMaterialTransmission) > 0;
+         });
        },
        "Opacity textures"},
       {"Perspective cameras",

@@ -514,7 +514,7 @@ TEST_F(GltfReader, PicturesOfASurfaceComeWithTheirStrengthsAndSamplers) {
   Source source;
   source.Mesh(kTriangle)["material"] = 0;
   source.json["images"] = {{{"uri", "a.png"}}, {{"uri", "b.webp"}}};
-  source.json["samplers"] = {{{"wrapS", 33071}, {"wrapT", 33648}}};
+  source.json["samplers"] = {{{"wrapS", 33071}, {"wrapT", 33648}, {"magFilter", 9728}}};
   source.json["textures"] = {
       {{"source", 0}}, {{"sampler", 0}, {"extensions", {{"EXT_texture_webp", {{"source", 1}}}}}}};
   const Json turned = {{"index", 1},
@@ -522,7 +522,8 @@ TEST_F(GltfReader, PicturesOfASurfaceComeWithTheirStrengthsAndSamplers) {
   Json material = {{"pbrMetallicRoughness",
                     {{"baseColorTexture", {{"index", 0}}}, {"metallicRoughnessTexture", turned}}},
                    {"normalTexture", {{"index", 0}, {"scale", 0.25}}},
-                   {"occlusionTexture", {{"index", 1}, {"strength", 0.75}, {"texCoord", 1}}}};
+                   {"occlusionTexture", {{"index", 1}, {"strength", 0.75}}},
+                   {"extensions", {{"KHR_materials_transmission", {{"transmissionFactor", 0.5}}}}}};
   source.json["materials"] = {material};
   Import(source);
   const host::BaseMaterial& made = *Doc().GetFirstMaterial();
@@ -530,6 +531,7 @@ TEST_F(GltfReader, PicturesOfASurfaceComeWithTheirStrengthsAndSamplers) {
   EXPECT_EQ(data.GetReal(engine::kMaterialNormalStrength), 0.25);
   EXPECT_EQ(data.GetReal(engine::kMaterialOcclusion), 0.75);
   EXPECT_EQ(data.GetReal(host::MATERIAL_METALLIC), 1);
+  EXPECT_EQ(data.GetReal(engine::kMaterialTransmission), 0.5);
   struct Case {
     host::LONG link;
     const char* file;
@@ -548,8 +550,33 @@ TEST_F(GltfReader, PicturesOfASurfaceComeWithTheirStrengthsAndSamplers) {
     EXPECT_EQ(shader.GetLong(engine::kBitmapWrapU) * 10 + shader.GetLong(engine::kBitmapWrapV),
               c.wraps)
         << c.link;
+    EXPECT_EQ(shader.GetBool(engine::kBitmapIsSharp) != 0, c.wraps != 0) << c.link;
   }
-  EXPECT_TRUE(HasNote("by the coordinates of another one of their material: 1."));
+}
+
+TEST_F(GltfReader, PicturesThatLieByOtherCoordinatesAreNamedAndNotShown) {
+  Source source;
+  Json& mesh = source.Mesh(kTriangle);
+  mesh["material"] = 0;
+  for (const int set : {0, 1})
+    mesh["attributes"]["TEXCOORD_" + std::to_string(set)] =
+        source.Numbers(kFloat, "VEC2", 3, {5. * set, 0, 1 + 5. * set, 0, 0, 1});
+  source.json["images"] = {{{"uri", "a.png"}}};
+  source.json["textures"] = {{{"source", 0}}};
+  for (const auto& [color, dark] :
+       {std::pair(0, 0), std::pair(0, 1), std::pair(1, 1), std::pair(-1, 1)}) {
+    Json material = {{"name", "Wall"}, {"occlusionTexture", {{"index", 0}, {"texCoord", dark}}}};
+    if (color >= 0)
+      material["pbrMetallicRoughness"]["baseColorTexture"] = {{"index", 0}, {"texCoord", color}};
+    source.json["materials"] = {material};
+    Import(source);
+    const bool isLeftOut = color == 0 && dark == 1;
+    const engine::Mesh& shown = *engine::MeshOf(*Doc().GetFirstObject());
+    EXPECT_EQ(shown.uvs[2][0], color == 0 ? 1 : 6);
+    EXPECT_EQ(ShaderFile(*Doc().GetFirstMaterial(), engine::kMaterialOcclusionShader),
+              isLeftOut ? "" : "a.png");
+    EXPECT_EQ(HasNote("are left out, as in \"Wall\": 1."), isLeftOut);
+  }
 }
 
 TEST_F(GltfReader, LampsHaveTheSizeThatTheirExtrasSay) {

@@ -67,6 +67,7 @@ TEST_F(PublishedMaterials, SayHowEachPictureLies) {
   host::BaseContainer& color = Picture(host::MATERIAL_COLOR_SHADER, "a.png", {1, 2, 3, 255});
   color.SetLong(engine::kBitmapWrapU, 1);
   color.SetLong(engine::kBitmapWrapV, 2);
+  color.SetBool(engine::kBitmapIsSharp, host::TRUE);
   color.SetReal(engine::kBitmapRotation, 1.5707963267948966);
   color.SetVector(engine::kBitmapTiles, Vector(2, 3, 0));
   color.SetVector(engine::kBitmapOffset, Vector(0.5, 0.25, 0));
@@ -74,6 +75,7 @@ TEST_F(PublishedMaterials, SayHowEachPictureLies) {
   Picture(engine::kMaterialOcclusionShader, "o.png", {9, 9, 9, 255});
   Data().SetReal(engine::kMaterialNormalStrength, 0.5);
   Data().SetReal(engine::kMaterialOcclusion, 0.25);
+  Data().SetReal(engine::kMaterialTransmission, 0.75);
   host::BaseContainer& tag = *scene_.GetTag("Box", host::Ttexture)->GetDataInstance();
   tag.SetVector(host::TEXTURETAG_OFFSET, Vector(0.125, 0, 0));
   tag.SetVector(host::TEXTURETAG_TILES, Vector(4, 1, 0));
@@ -84,9 +86,10 @@ TEST_F(PublishedMaterials, SayHowEachPictureLies) {
   // The tag's 0.125 is scaled by 2, then turned by a quarter: -u becomes v.
   EXPECT_NEAR(transform["offset"][0].get<double>(), 0.5, 1e-6);
   EXPECT_NEAR(transform["offset"][1].get<double>(), 0, 1e-6);
-  EXPECT_EQ(samplers_, json::parse(R"([{"wrapS": 33071, "wrapT": 33648}])"));
+  EXPECT_EQ(samplers_, json::parse(R"([{"wrapS": 33071, "wrapT": 33648, "magFilter": 9728}])"));
   EXPECT_EQ(material["normalTexture"]["scale"], 0.5);
   EXPECT_EQ(material["occlusionTexture"]["strength"], 0.25);
+  EXPECT_EQ(material["extensions"]["KHR_materials_transmission"]["transmissionFactor"], 0.75);
   EXPECT_FALSE(
       textures_[material["normalTexture"]["index"].get<std::size_t>()].contains("sampler"));
 }

@@ -326,6 +326,38 @@ TEST_F(Surfaces, PicturesLieAsTheirShadersSay) {
   }
 }
 
+// Between the middles of two pixels there is a mixture of them, or an edge.
+TEST_F(Surfaces, PicturesOfFewPixelsAreSharpWhereTheyAreMeantSo) {
+  Shine(Vector(0.6));
+  host::BaseContainer& shader =
+      Picture(host::MATERIAL_LUMINANCE_SHADER, {{255, 0, 0, 255}, {0, 0, 255, 255}});
+  const auto redAt = [&](double middle) {
+    const auto bytes = Bytes();
+    return Mean(bytes, middle - 0.03, middle + 0.03)[0];
+  };
+  EXPECT_LT(redAt(0.45), 0.5);
+  EXPECT_GT(redAt(0.55), 0.1);
+  shader.SetBool(engine::kBitmapIsSharp, host::TRUE);
+  EXPECT_NEAR(redAt(0.45), 0.6, 0.02);
+  EXPECT_LT(redAt(0.55), 0.05);
+}
+
+TEST_F(Surfaces, WhatLetsLightThroughIsSeenThrough) {
+  Look().SetVector(host::MATERIAL_COLOR, Vector(0));
+  Look().SetReal(host::MATERIAL_SPECULAR, 0);
+  const auto seen = [&](double transmission, double metallic) {
+    Look().SetReal(engine::kMaterialTransmission, transmission);
+    Look().SetReal(host::MATERIAL_METALLIC, metallic);
+    return Seen()[2];
+  };
+  const double closed = seen(0, 0);
+  const double half = seen(0.5, 0);
+  const double open = seen(1, 0);
+  EXPECT_GT(half, closed + 0.02);
+  EXPECT_GT(open, half + 0.02);
+  EXPECT_NEAR(seen(1, 1), closed, 0.02) << "no light goes through metal";
+}
+
 TEST_F(Surfaces, ALargeLampHasSoftShadows) {
   Look().SetVector(host::MATERIAL_COLOR, Vector(0.8));
   scene_.Object("Lamp", host::Olight).At("Lamp", 0, 0, -400);

@@ -175,7 +175,7 @@ struct PlainLevel {
   int side;
   std::vector<double> pixels;
 
-  double Pixel(int x, int y, engine::Wraps wraps) const {
+  double Pixel(int x, int y, engine::Sampling wraps) const {
     const auto inside = [&](int i, engine::TextureWrap wrap) {
       if (wrap == engine::TextureWrap::Clamp) return std::clamp(i, 0, side - 1);
       const int around = ((i % side) + side) % side;
@@ -185,7 +185,7 @@ struct PlainLevel {
     };
     return pixels[static_cast<std::size_t>(inside(y, wraps.v) * side + inside(x, wraps.u))];
   }
-  double At(double u, double v, engine::Wraps wraps) const {
+  double At(double u, double v, engine::Sampling wraps) const {
     const double x = u * side - 0.5, y = v * side - 0.5;
     const int left = static_cast<int>(std::floor(x)), top = static_cast<int>(std::floor(y));
     const double across = x - left, down = y - top;
@@ -211,8 +211,9 @@ TEST(TextureSpots, LieBetweenTheRightPixelsOfTwoLevels) {
   }
   const engine::Texture texture(image);
   using enum engine::TextureWrap;
-  for (const engine::Wraps wraps : {engine::Wraps{Repeat, Repeat}, engine::Wraps{Clamp, Mirror},
-                                    engine::Wraps{Mirror, Clamp}, engine::Wraps{Repeat, Clamp}}) {
+  for (const engine::Sampling wraps :
+       {engine::Sampling{Repeat, Repeat}, engine::Sampling{Clamp, Mirror},
+        engine::Sampling{Mirror, Clamp}, engine::Sampling{Repeat, Clamp}}) {
     for (int i = 0; i < 400; ++i) {
       const float u =
           static_cast<float>(i % 20) * 0.25F - 2.3F + 0.01F * static_cast<float>(i / 20);
