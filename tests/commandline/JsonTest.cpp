@@ -169,8 +169,22 @@ class JsonOutput : public CommandLine {
   }
 };
 
-TEST_F(JsonOutput, EveryVerbPrintsWhatTheSchemaSays) {
+// The object that was printed is that of the verb, and each message is one.
+void ExpectDescribed(const ChildResult& result, const std::string& verb) {
   const Schema schema;
+  const std::string told = result.out + result.err;
+  const json printed = json::parse(result.out, nullptr, false);
+  ASSERT_FALSE(printed.is_discarded()) << told;
+  EXPECT_EQ(printed.value("verb", ""), verb) << told;
+  EXPECT_EQ(schema.Fault(printed, schema.Definition("verb-" + verb)), "") << told;
+  std::istringstream messages(result.err);
+  for (std::string line; std::getline(messages, line);) {
+    EXPECT_EQ(schema.Fault(json::parse(line, nullptr, false), schema.Definition("message")), "")
+        << told;
+  }
+}
+
+TEST_F(JsonOutput, EveryVerbPrintsWhatTheSchemaSays) {
   const std::string scene = Staged();
   tests::WriteText(folder_ / "states.json", Out({"states", "export", scene}));
   Out({"record", scene, "Gone", "--write"});
@@ -178,23 +192,46 @@ TEST_F(JsonOutput, EveryVerbPrintsWhatTheSchemaSays) {
   std::set<std::string> seen{"page"};  // made where the viewer is
   for (Words call : Calls(scene)) {
     call.emplace_back("--json");
-    const ChildResult result = Call(call);
-    const json printed = json::parse(result.out, nullptr, false);
-    const std::string told = testing::PrintToString(call) + "\n" + result.out + result.err;
-    ASSERT_FALSE(printed.is_discarded()) << told;
-    const std::string verb = printed.value("verb", "");
-    EXPECT_EQ(verb, call[0]) << told;
-    EXPECT_EQ(schema.Fault(printed, schema.Definition("verb-" + verb)), "") << told;
-    std::istringstream messages(result.err);
-    for (std::string line; std::getline(messages, line);) {
-      EXPECT_EQ(schema.Fault(json::parse(line, nullptr, false), schema.Definition("message")), "")
-          << told;
-    }
-    seen.insert(verb);
+    SCOPED_TRACE(testing::PrintToString(call));
+    ExpectDescribed(Call(call), call[0]);
+    seen.insert(call[0]);
   }
+  const Schema schema;
   for (const json& verb : schema.Root()["anyOf"]) {
     const std::string name = verb["$ref"].get<std::string>().substr(8);
     EXPECT_TRUE(name == "message" || seen.contains(name.substr(5))) << name << " is not called";
+  }
+}
+
+// With a scheduler that takes every job and knows none; a machine of which it knows nothing does it.
+TEST_F(JsonOutput, TheFarmPrintsWhatTheSchemaSays) {
+  const std::string scene = Staged();
+  const std::pair<const char*, const char*> commands[] = {
+      {"sbatch", "echo 77"},
+      {"squeue", "echo 'slurm_load_jobs error: Invalid job id specified' >&2; exit 1"},
+      {"scancel", "exit 0"}};
+  std::string slurm = "mkdir slurm";
+  for (const auto& [name, text] : commands)
+    slurm += std::string("; printf '%s\\n' '#!/bin/sh' \"") + text + "\" >slurm/" + name;
+  ASSERT_EQ(Shell(slurm + "; chmod +x slurm/*").status, 0);
+  std::string job;
+  for (const std::string action :
+       {"submit", "status", "retry", "run", "collect", "status", "cancel"}) {
+    SCOPED_TRACE(action);
+    const std::string what = action == "submit" ? "'" + scene + "' --farm farm --size 8x6"
+                             : action == "run"  ? "'" + job + "' --jobs 1"
+                                                : "'" + job + "'";
+    const ChildResult result =
+        Shell("PATH=$PWD/slurm:$PATH; stagemarks farm " + action + " " + what + " --json");
+    EXPECT_EQ(result.status, 0) << result.err;
+    ExpectDescribed(result, "farm");
+    const json printed = json::parse(result.out, nullptr, false);
+    if (action == "submit") job = printed.value("folder", "");
+    if (action == "run") {
+      EXPECT_EQ(printed.value("rendered", 0), 2);
+    } else if (action == "collect") {
+      EXPECT_EQ(printed["tasks"][0].value("result", ""), "done");
+    }
   }
 }
 
