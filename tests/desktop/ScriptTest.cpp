@@ -51,6 +51,8 @@ TEST(Scripts, AFileIsOneStep) {
   desk.Entry("Edit", "Undo").trigger();
   EXPECT_EQ(desk.cube->GetRenderMode(), host::MODE_UNDEF);
   EXPECT_EQ(desk.cube->GetName().ToUtf8(), "Cube");
+  desk::Desk::Rest();
+  EXPECT_EQ(desk::CountStates(desk), 0);
 }
 
 TEST(Scripts, WhatFailsLeavesTheScenesAsTheyWere) {
@@ -118,6 +120,19 @@ TEST(Scripts, TheConsoleKeepsNamesAndPrintsValues) {
   EXPECT_TRUE(desk.Type({"1 / 0"}).contains("ZeroDivisionError"));
   EXPECT_TRUE(desk.Type({"x ="}).contains("SyntaxError"));
   EXPECT_TRUE(desk.Type({"cube.name"}).endsWith("'B'\n"));
+}
+
+TEST(Scripts, LinesThatAreTypedAheadRunWhenTheirTurnComes) {
+  Scripts desk;
+  {
+    const desktop::DocumentBusy busy;
+    EXPECT_EQ(desk.Type({"for name in ('A', 'B'):", "    doc.objects[0].name = name", "", "1 + 1"}),
+              "");
+    EXPECT_EQ(desk.cube->GetName().ToUtf8(), "Cube");
+  }
+  desk::Desk::Rest();
+  EXPECT_EQ(desk.cube->GetName().ToUtf8(), "B");
+  EXPECT_TRUE(desk.Console().Printed().endsWith("2\n"));
 }
 
 TEST(Scripts, TheConsoleRemembersAndCompletes) {

@@ -7,6 +7,7 @@
 
 #include "program/desktop/Text.h"
 #include "program/desktop/Theme.h"
+#include "program/desktop/background/DocumentBusy.h"
 
 namespace desktop {
 
@@ -87,13 +88,21 @@ scripting::ScriptEnd ScriptConsole::RunFile(const std::string& path) {
 }
 
 void ScriptConsole::Enter() {
-  if (runner_.IsRunning()) return;
   const QString text = line_->text();
   line_->clear();
   if (!text.trimmed().isEmpty() && (history_.isEmpty() || history_.last() != text))
     history_.append(text);
   while (history_.size() > kMostRemembered) history_.removeFirst();
   place_ = history_.size();
+  // What is typed ahead runs when its turn comes.
+  ahead_.append(text);
+  if (ahead_.size() > 1) return;
+  WhenDocumentIsFree(this, [this] {
+    while (!ahead_.isEmpty()) Run(ahead_.takeFirst());
+  });
+}
+
+void ScriptConsole::Run(const QString& text) {
   Show((begun_.isEmpty() ? ">>> " : "... ") + text + "\n", false, true);
   if (begun_.isEmpty() && text.trimmed().isEmpty()) return;
   begun_ += begun_.isEmpty() ? text : "\n" + text;

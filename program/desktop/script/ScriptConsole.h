@@ -31,6 +31,7 @@ class ScriptConsole : public QWidget, public DocumentView {
  private:
   void Show(const QString& text, bool isError, bool isTyped = false);
   void Enter();
+  void Run(const QString& text);
   void Complete();
   void Browse(int way);
   void SetPrompt();
@@ -39,7 +40,8 @@ class ScriptConsole : public QWidget, public DocumentView {
   QPlainTextEdit* output_;
   QLabel* prompt_;
   QLineEdit* line_;
-  QString begun_;  // lines of something that needs more
+  QStringList ahead_;  // lines that wait for what runs
+  QString begun_;      // lines of something that needs more
   QStringList history_;
   qsizetype place_ = 0;  // in the history; its size: the line that is being typed
   QString typed_;        // that line, while others are shown
