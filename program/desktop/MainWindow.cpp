@@ -27,7 +27,7 @@
 #include "program/desktop/panels/MatrixPanel.h"
 #include "program/desktop/panels/RenderSettingsPanel.h"
 #include "program/desktop/panels/TrashPanel.h"
-#include "program/desktop/recovery/RecoveryQuestion.h"
+#include "program/desktop/recovery/LostWork.h"
 
 namespace desktop {
 

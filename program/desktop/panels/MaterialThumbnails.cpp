@@ -4,16 +4,72 @@
 #include <QPainterPath>
 #include <QTimer>
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "engine/render/SceneScan.h"
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/Ownership.h"
 #include "engine/scene/TreeWalk.h"
+#include "host/Parameters.h"
 
 namespace desktop {
 
 namespace {
+
+constexpr double kRadius = 100;
+constexpr double kDistance = 400;
+constexpr double kPitch = 0.22;
+constexpr double kTurn = 0.5;
+
+void AddBall(host::BaseDocument& doc, host::BaseMaterial* material) {
+  host::BaseObject* ball = host::BaseObject::Alloc(host::Osphere);
+  ball->GetDataInstance()->SetReal(host::PRIM_RADIUS, kRadius);
+  ball->GetDataInstance()->SetLong(host::PRIM_SEGMENTS, 64);
+  auto* tag = static_cast<host::TextureTag*>(ball->MakeTag(host::Ttexture));
+  doc.AppendObject(ball);
+  tag->SetMaterial(material);
+}
+
+// A tiny document with a ball that has one material. It has a copy of the material and shares
+// textures with the document.
+class MaterialPreviewScene {
+ public:
+  // `material` is one of `doc`.
+  MaterialPreviewScene(const host::BaseDocument& doc, host::BaseMaterial& material);
+
+  const host::BaseDocument& Document() const { return *doc_; }
+  // A camera that sees the ball from side to side in a square picture.
+  static engine::PictureCamera Camera();
+
+ private:
+  engine::OwnedDocument doc_;
+};
+
+MaterialPreviewScene::MaterialPreviewScene(const host::BaseDocument& doc,
+                                           host::BaseMaterial& material)
+    : doc_(host::BaseDocument::Alloc()) {
+  doc_->SetDocumentPath(doc.GetDocumentPath());
+  engine::SetEmbeddedFiles(*doc_, engine::EmbeddedFilesOf(doc));
+  host::BaseMaterial* copy = engine::AsMaterial(material.GetClone(0, nullptr));
+  if (copy) doc_->AppendMaterial(copy);
+  AddBall(*doc_, copy);
+}
+
+engine::PictureCamera MaterialPreviewScene::Camera() {
+  engine::PictureCamera camera;
+  const double up = std::sin(kPitch), flat = std::cos(kPitch);
+  const double across = std::sin(kTurn), along = std::cos(kTurn);
+  camera.frame.v1 = {along, 0, across};
+  camera.frame.v3 = {-across * flat, -up, along * flat};
+  camera.frame.v2 = {-across * up, flat, along * up};
+  camera.frame.off = {across * flat * kDistance, up * kDistance, -along * flat * kDistance};
+  camera.isParallel = true;
+  camera.width = 2 * kRadius;
+  return camera;
+}
 
 // All are forgotten beyond this many; those that can be seen are made again.
 constexpr std::size_t kMostThumbnails = 3000;

@@ -8,10 +8,10 @@
 #include <map>
 
 #include "engine/outside/Services.h"
+#include "engine/render/Renderer.h"
 #include "host/BaseMaterial.h"
 #include "program/desktop/OpenDocument.h"
 #include "program/desktop/background/BackgroundJob.h"
-#include "program/desktop/panels/MaterialPreviewScene.h"
 
 namespace desktop {
 

@@ -3,8 +3,11 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <algorithm>
+#include <utility>
 
+#include "engine/outside/RealFileSystem.h"
 #include "engine/scene/NewNodes.h"
+#include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Trash.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/OpenDocument.h"
@@ -25,6 +28,35 @@ std::string NoteOf(const host::BaseDocument& doc) {
 }
 
 }  // namespace
+
+void AutosaveWorker::Start(AutosaveJob order, std::function<void(const engine::Status&)> done) {
+  order_ = std::move(order);
+  done_ = std::move(done);
+  job_.Start([this](const BackgroundJob::Control&) { Write(); },
+             [this](const std::string& problem) { End(problem); });
+}
+
+void AutosaveWorker::End(const std::string& problem) {
+  deletion_.Take(std::move(order_.copy));
+  order_ = {};
+  for (engine::LedgerEntry& entry : entries_) ledger_.Add(std::move(entry));
+  entries_.clear();
+  std::exchange(done_, {})(problem.empty() ? status_ : engine::Status::Failure(problem));
+}
+
+void AutosaveWorker::Write() {
+  engine::AbsentPerson nobody;
+  engine::Ledger ledger;
+  engine::RealFileSystem files(ledger, nobody);
+  const auto pieces = engine::WriteScene(*order_.copy);
+  status_ = pieces.GetStatus();
+  if (pieces) status_ = files.ReplaceFile(order_.files.note, order_.note);
+  if (pieces && status_) {
+    const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
+    status_ = files.ReplaceFile(order_.files.scene, views);
+  }
+  entries_ = ledger.Entries();
+}
 
 Autosave::Autosave(const engine::Application& application, AutosaveRules rules,
                    std::function<Clock::time_point()> now)

@@ -1,15 +1,20 @@
 // LostWork: the unsaved work that desktops kept which did not end well. Its folders are held as
 // long as this lives, so that two desktops that start together do not both offer it. What is
-// neither recovered nor discarded is found again next time. Main thread.
+// neither recovered nor discarded is found again next time. And what a person is asked about it at
+// the start. Main thread.
 #pragma once
 
 #include <QDateTime>
 #include <QString>
+#include <QWidget>
 #include <vector>
 
 #include "program/desktop/recovery/AutosaveFolder.h"
 
 namespace desktop {
+
+class Autosave;
+class DocumentCommands;
 
 struct LostDocument {
   AutosaveFiles files;
@@ -46,5 +51,10 @@ class LostWork {
   std::vector<Folder> folders_;
   std::vector<LostDocument> documents_;
 };
+
+// Asks where there is lost work and does what is answered. Recovered documents are open and changed
+// afterwards, and kept by `autosave`; what cannot be opened is told and stays in the state folder.
+void OfferLostWork(const engine::Services& services, DocumentCommands& commands, Autosave& autosave,
+                   QWidget* window);
 
 }  // namespace desktop
