@@ -310,6 +310,26 @@ TEST(Gallery, KeepsPicturesForTheNextTimeAndNeverThroughALink) {
   EXPECT_EQ(desk.Kept().size(), 2U);
 }
 
+// Whoever puts the link there: the cache is all that a person has named.
+TEST(Gallery, KeepsNothingInALinkedFolder) {
+  for (const std::string link : {"/gallery", "/gallery/scene"}) {
+    Desk desk;
+    const std::string cache = desk.Services().folders.cache;
+    const std::string away = desk.Folder() + "/away";
+    fs::create_directories(away + "/scene");
+    for (const char* place : {"/1.png", "/scene/1.png"}) tests::WriteText(away + place, "mine");
+    fs::create_directories(fs::path(cache + link).parent_path());
+    fs::create_directory_symlink(away, cache + link);
+    const desktop::StatePictureFiles kept(desk.Services());
+    desktop::KeptPicture picture;
+    picture.image = QImage(4, 4, QImage::Format_RGB32);
+    const engine::Status status = kept.Keep(cache + "/gallery/scene", 1, picture);
+    EXPECT_NE(status.Message().find(cache + link), std::string::npos) << status.Message();
+    kept.Remove(cache + "/gallery/scene", 1);
+    EXPECT_EQ(tests::ReadText(cache + "/gallery/scene/1.png"), "mine") << link;
+  }
+}
+
 TEST(Gallery, RendersForNobodyWhereItIsHiddenOrStopped) {
   WithGallery desk;
   ASSERT_TRUE(desk.AllCome());

@@ -34,10 +34,6 @@ std::string PathOfPicture(const std::string& folder, host::LONG id) {
   return folder + "/" + std::to_string(id) + kPictureSuffix;
 }
 
-Status LinkInTheWay(const std::string& path) {
-  return Status::Failure("\"" + path + "\" is a link; nothing is written through it.");
-}
-
 std::string Encoded(const KeptPicture& picture) {
   QBuffer bytes;
   bytes.open(QIODevice::WriteOnly);
@@ -67,6 +63,10 @@ std::optional<KeptPicture> Decoded(const std::string& bytes) {
 
 }  // namespace
 
+StatePictureFiles::StatePictureFiles(const engine::Services& services) : services_(services) {
+  services_.files.Follow(services_.folders.cache);
+}
+
 std::string StatePictureFiles::Root() const {
   const std::string& cache = services_.folders.cache;
   return cache.empty() ? "" : cache + "/gallery";
@@ -91,8 +91,6 @@ std::optional<KeptPicture> StatePictureFiles::Read(const std::string& folder, ho
 }
 
 Status StatePictureFiles::Prepare(const std::string& folder) const {
-  if (IsLink(Root())) return LinkInTheWay(Root());
-  if (IsLink(folder)) return LinkInTheWay(folder);
   if (services_.files.Kind(folder) == engine::FileKind::Folder) return {};
   Status status = services_.files.MakeFolders(folder);
   if (status) RemoveOldest(folder);
@@ -111,7 +109,7 @@ Status StatePictureFiles::Keep(const std::string& folder, host::LONG id,
 
 void StatePictureFiles::Remove(const std::string& folder, host::LONG id) const {
   const std::string path = PathOfPicture(folder, id);
-  if (folder.empty() || IsLink(folder)) return;
+  if (folder.empty()) return;
   if (services_.files.Kind(path) == engine::FileKind::File) (void)services_.files.RemoveFile(path);
 }
 

@@ -1,6 +1,6 @@
 // StatePictureFiles: where the gallery keeps the pictures of a scene's Stagemarks between runs:
-// "<cache>/gallery/<hash of the scene's path>/<ID>.png", with what they show in the files. Nothing
-// is written through a symbolic link. What cannot be read is as if it were not there. Main thread.
+// "<cache>/gallery/<hash of the scene's path>/<ID>.png", with what they show in the files. Behind the
+// cache nothing is changed through a symbolic link. What cannot be read is as if it were not there. Main thread.
 #pragma once
 
 #include <QImage>
@@ -20,7 +20,7 @@ struct KeptPicture {
 
 class StatePictureFiles {
  public:
-  explicit StatePictureFiles(const engine::Services& services) : services_(services) {}
+  explicit StatePictureFiles(const engine::Services& services);
 
   // Of the scene in that file; empty where it has none, and where there is no cache.
   std::string FolderOf(const host::BaseDocument& doc) const;
