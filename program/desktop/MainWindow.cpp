@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QStatusBar>
@@ -36,6 +37,19 @@ namespace {
 constexpr const char* kGeometry = "window/geometry";
 constexpr const char* kState = "window/state";
 constexpr QSize kFirstSize(1480, 860);
+
+// While a menu is open, keys are its own: the toolkit would carry out the commands of the panel that
+// keeps the focus behind it.
+class OpenMenuFilter : public QObject {
+ public:
+  using QObject::QObject;
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() != QEvent::ShortcutOverride || !qobject_cast<QMenu*>(watched)) return false;
+    event->accept();
+    return true;
+  }
+};
 
 }  // namespace
 
@@ -138,6 +152,7 @@ void MainWindow::InspectWhatIsPressed(QAbstractItemView& view,
 }
 
 void MainWindow::BuildMenus() {
+  QApplication::instance()->installEventFilter(new OpenMenuFilter(this));
   BuildFileMenu(*menuBar()->addMenu("&File"), *this);
   editMenu_ = new EditMenu(*menuBar()->addMenu("&Edit"), *this);
   cameraCommands_ = new CameraCommands(*this);

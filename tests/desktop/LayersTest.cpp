@@ -253,6 +253,36 @@ TEST(Layers, ColorSquaresInTheTreeAndNotItsColumn) {
   for (const char* object : {"Lamp", "Tree"}) EXPECT_LT(in(object, false), 64) << object;
 }
 
+// As the window system would send them: to the window that has the focus.
+TEST(Layers, KeysReachNothingBehindTheMenuOfAnObject) {
+  WithLayers desk;
+  auto& tree = desk.Panel<desktop::ObjectsPanel>("objects").Tree();
+  host::BaseObject* const lamp = desk.scene.GetObject("Lamp");
+  engine::SelectOnly(desk.Doc(), {lamp});
+  Desk::Rest();
+  bool wasOpen = false;
+  QTimer::singleShot(20, [&] {
+    auto* menu = dynamic_cast<QMenu*>(QApplication::activePopupWidget());
+    if (!menu) return;
+    wasOpen = true;
+    for (const auto keys : {QKeySequence::SelectAll, QKeySequence::Delete})
+      QTest::keySequence(desk.Window().windowHandle(), QKeySequence(keys));
+    for (QAction* action : menu->actions()) {
+      if (action->text() == "Garden") menu->setActiveAction(action);
+    }
+    QTest::keyClick(menu, Qt::Key_Return);
+  });
+  QTest::mouseClick(
+      tree.viewport(), Qt::LeftButton, {},
+      tree.visualRect(tree.Model().IndexOf(engine::IdOf(*lamp), desktop::ObjectModel::kLayer))
+          .center());
+  Desk::Rest();
+  EXPECT_TRUE(wasOpen);
+  EXPECT_EQ(lamp->GetLayerObject(&desk.Doc()), desk.scene.GetLayer("Garden"));
+  EXPECT_EQ(desk.scene.GetObject("Tree")->GetLayerObject(&desk.Doc()), nullptr);
+  EXPECT_EQ(engine::SelectedObjects(desk.Doc()), std::vector{lamp});
+}
+
 TEST(LayersPicture, Some) {
   WithLayers desk;
   desk.scene.Layer("Sky", {.view = false, .locked = true, .color = host::Vector(0.3, 0.5, 0.8)});
