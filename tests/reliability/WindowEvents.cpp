@@ -296,8 +296,11 @@ void CheckPlaces(const desk::Desk& desk, engine::Ledger& ledger, const std::stri
     findings.Require(path.starts_with(desk.Folder()), what + "wrote \"" + path + "\"");
 }
 
-// The document but for what is selected, which is nothing that undo gives back.
-std::string DumpUnselected(host::BaseDocument& doc) {
+// The document but for what undo does not give back: what is selected, and the bit that the plug-in
+// turns over for each layer that it loads, so that the host looks at the layers again.
+std::string DumpWhatUndoKnows(host::BaseDocument& doc) {
+  constexpr host::LONG kLayersChangedBit = 32;
+  doc.ChangeNBit(kLayersChangedBit, host::NBIT_CLEAR);
   for (host::GeListNode* node = engine::NextInside(doc, doc); node;
        node = engine::NextInside(*node, doc)) {
     const engine::NodeKind kind = engine::KindOf(*node);
@@ -309,13 +312,13 @@ std::string DumpUnselected(host::BaseDocument& doc) {
 
 void CheckUndo(host::BaseDocument& doc, const std::string& first, const std::string& what,
                Findings& findings) {
-  const std::string last = DumpUnselected(doc);
+  const std::string last = DumpWhatUndoKnows(doc);
   int steps = 0;
   while (doc.DoUndo()) ++steps;
-  const std::string back = DumpUnselected(doc);
+  const std::string back = DumpWhatUndoKnows(doc);
   findings.Require(back == first, what + "undo to the start:" + Difference(first, back));
   for (int i = 0; i < steps; ++i) doc.DoRedo();
-  const std::string again = DumpUnselected(doc);
+  const std::string again = DumpWhatUndoKnows(doc);
   findings.Require(again == last, what + "redo to the end:" + Difference(last, again));
 }
 
@@ -332,7 +335,7 @@ void OneRound(const Samples& samples, std::uint64_t seed, const GoOn& more, Find
   desk::RecordState(desk, "Dawn");
   host::BaseDocument* const doc = &desk::Scene();
   engine::ClearUndo(*doc);
-  const std::string first = DumpUnselected(*doc);
+  const std::string first = DumpWhatUndoKnows(*doc);
   int count = 0;
   while (count < kEventsInOneRound && more(findings.executions + static_cast<std::uint64_t>(count)))
     ++count;
