@@ -2,10 +2,13 @@
 #include <utility>
 
 #include "engine/application/ApplicationBody.h"
-#include "engine/application/TexturesOnMove.h"
 #include "engine/import/EmbeddedTextures.h"
 #include "engine/import/Import.h"
+#include "engine/render/TextureSearch.h"
 #include "engine/scene/DocumentState.h"
+#include "engine/scene/EmbeddedFiles.h"
+#include "engine/scene/NodeIds.h"
+#include "engine/scene/ShaderWalk.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Trash.h"
 
@@ -29,6 +32,40 @@ Result<OwnedDocument> Import(const ApplicationBody& body, const std::string& pat
   if (notes != nullptr) *notes = std::move(imported.Value().notes);
   return std::move(imported.Value().document);
 }
+
+// A scene that is saved into another folder goes on using its textures: those that were found from
+// the old folder by a name that leads elsewhere, or nowhere, from the new one get the full path of
+// their file.
+class TexturesOnMove {
+ public:
+  // Changes the document's bitmap shaders, without undo. Embedded files and names that lead nowhere
+  // already stay as they are.
+  TexturesOnMove(FileSystem& files, host::BaseDocument& doc, const std::string& folder)
+      : doc_(doc) {
+    const std::string old = doc.GetDocumentPath().GetString().ToUtf8();
+    if (old.empty() || old == folder) return;
+    ForEachBitmapShader(doc, [&](host::BaseShader& shader) {
+      const std::string name = BitmapFileOf(shader);
+      if (name.empty() || name.front() == '/' || FindEmbeddedFile(doc, name) != nullptr) return;
+      const std::string file = FindTexture(files, name, old);
+      if (file.empty() || FindTexture(files, name, folder) == file) return;
+      former_.emplace_back(IdOf(shader), name);
+      SetBitmapFile(shader, file);
+    });
+  }
+
+  // The names as they were, for a document that could not be saved. It must be there still.
+  void TakeBack() {
+    for (const auto& [id, name] : former_) {
+      if (host::BaseList2D* shader = FindNode(&doc_, id))
+        SetBitmapFile(static_cast<host::BaseShader&>(*shader), name);
+    }
+  }
+
+ private:
+  host::BaseDocument& doc_;
+  std::vector<std::pair<NodeId, std::string>> former_;
+};
 
 // Remembers the file of a document and forgets those of documents that are no more.
 void Know(ApplicationBody& body, const host::BaseDocument& doc, const std::string& path,
