@@ -110,6 +110,11 @@ class TgaPixels {
  public:
   TgaPixels(std::string_view data, std::size_t channels, bool runs)
       : data_(data), channels_(channels), runs_(runs) {}
+  // As many as the data can hold at most.
+  std::size_t Most() const {
+    constexpr std::size_t kLongestRun = 128;
+    return runs_ ? data_.size() / (1 + channels_) * kLongestRun : data_.size() / channels_;
+  }
   // False at the end of the data.
   bool Next(std::uint8_t* to) {
     if (runs_ && packet_ == 0 && !BeginPacket()) return false;
@@ -156,6 +161,7 @@ Result<Image> DecodeTga(std::string_view bytes) {
   if (start > bytes.size()) return Broken("TGA");
   const bool topDown = (ByteAt(bytes, 17) & kTgaTopDown) != 0;
   TgaPixels pixels(bytes.substr(start), ByteAt(bytes, 16) / 8U, ByteAt(bytes, 2) >= kTgaRuns);
+  if (image.PixelCount() > pixels.Most()) return Broken("TGA");
   image.bytes.resize(image.PixelCount() * 4);
   for (std::size_t y = 0; y < image.height; ++y) {
     const std::size_t line = topDown ? y : image.height - 1 - y;

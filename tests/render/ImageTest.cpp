@@ -277,6 +277,9 @@ TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
        "its head is damaged"},
       {"TIFF", wide, "which a file of"},
       {"TGA", tga + std::string(40, '\x81'), "which a file of"},
+      {"TGA of fewer pixels",
+       patched(tga, 12, std::string("\x18\x18\x18\x18")) + std::string(80, '\x18'),
+       "damaged or cut off"},
       {"WebP",
        std::string("RIFF\x1e\0\0\0WEBPVP8L\x11\0\0\0\x2f\xff\xff\xff\x0f", 25) +
            std::string(12, '\0'),
