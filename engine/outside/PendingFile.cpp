@@ -201,11 +201,11 @@ bool PendingFile::OpenHidden() {
 }
 
 bool PendingFile::NameIt() {
-  const std::string name = HiddenName();
+  std::string name = HiddenName();
   if (linkat(AT_FDCWD, PathOfHandle(file_).c_str(), folder_.Get(), name.c_str(),
              AT_SYMLINK_FOLLOW) != 0)
     return false;
-  hidden_ = name;
+  hidden_ = std::move(name);  // a copy could fail where memory is short, and leave the file there
   return true;
 }
 

@@ -148,6 +148,13 @@ TEST_F(ShortMemory, Loading) {
   EXPECT_EQ(Doc().GetFirstObject()->GetEditorMode(), host::MODE_OFF);
 }
 
+// So short that each taking of memory fails once.
+TEST_F(ShortMemory, ReplacingAFileLeavesNoOther) {
+  const std::string before = tests::Names(Folder());
+  FailAnywhere([&] { (void)Services().files.ReplaceFile(File("shot.c4d"), "other"); },
+               [&] { EXPECT_EQ(tests::Names(Folder()), before); });
+}
+
 TEST_F(ShortMemory, SavingAndOpening) {
   Record("A");
   SaveAs("shot.c4d");
