@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdlib>
 
 #include "program/commandline/HelpText.h"
 #include "program/lookup/SceneLookup.h"
@@ -78,6 +79,14 @@ Option& Option::OneOf(const std::vector<std::string>& values) {
 
 Option& Option::Between(unsigned least, unsigned most) {
   option_->check(CLI::Range(least, most));
+  return *this;
+}
+
+Option& Option::Shares() {
+  option_->check([](const std::string& typed) {
+    const double share = std::strtod(typed.c_str(), nullptr);
+    return share >= 0 && share <= 1 ? std::string() : "Value " + typed + " is not from 0 to 1";
+  });
   return *this;
 }
 

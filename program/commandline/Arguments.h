@@ -41,6 +41,8 @@ class Option {
   // Refuses every other value. The help names them, and so does the completion of the shell.
   Option& OneOf(const std::vector<std::string>& values);
   Option& Between(unsigned least, unsigned most);
+  // Refuses numbers that are not from 0 to 1.
+  Option& Shares();
   // Offered by the completion of the shell; other values are read as well.
   Option& Offers(const char* word, const std::vector<std::string>& values);
   // Read, but shown nowhere.

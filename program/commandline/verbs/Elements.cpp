@@ -490,7 +490,8 @@ void AddElementVerb(Arguments& arguments, Program& program, const ElementVerb& r
     verb.Add("--color", options->color, "Of a new one: its color, from 0 to 1")
         .Word("R,G,B")
         .Separated(',')
-        .Count(3);
+        .Count(3)
+        .Shares();
   verb.BeginSection("Options");
   AddKeeping(verb, program);
   verb.Footer(row.footer);

@@ -333,7 +333,8 @@ void AddSceneChanges(Verb verb, Changes& changes) {
   verb.Add("--color", changes.color, "Its color, from 0 to 1")
       .Word("R,G,B")
       .Separated(',')
-      .Count(3);
+      .Count(3)
+      .Shares();
 }
 
 }  // namespace
