@@ -25,6 +25,7 @@ struct KeptRay {
   RTCScene scene;
   RTCRayHit ray;
   bool isShadow;
+  float far;  // as it was before it was traced
 };
 
 // What passed through.
@@ -45,13 +46,13 @@ extern "C" {
 
 void rtcIntersect1(RTCScene scene, RTCIntersectContext* context, RTCRayHit* hit) {
   static auto* const real = Real<void(RTCScene, RTCIntersectContext*, RTCRayHit*)>("rtcIntersect1");
-  if (tracing.keeps) tracing.rays.push_back({scene, *hit, false});
+  if (tracing.keeps) tracing.rays.push_back({scene, *hit, false, hit->ray.tfar});
   real(scene, context, hit);
 }
 
 void rtcOccluded1(RTCScene scene, RTCIntersectContext* context, RTCRay* ray) {
   static auto* const real = Real<void(RTCScene, RTCIntersectContext*, RTCRay*)>("rtcOccluded1");
-  if (tracing.keeps) tracing.rays.push_back({scene, {*ray, {}}, true});
+  if (tracing.keeps) tracing.rays.push_back({scene, {*ray, {}}, true, ray->tfar});
   real(scene, context, ray);
 }
 
@@ -63,13 +64,18 @@ void rtcCommitScene(RTCScene scene) {
 
 namespace {
 
-// Traces what was kept once more and throws the answers away.
+// Traces what was kept once more and throws the answers away. As often as wanted.
 double TraceAgain() {
   static auto* const intersect =
       Real<void(RTCScene, RTCIntersectContext*, RTCRayHit*)>("rtcIntersect1");
   static auto* const occluded = Real<void(RTCScene, RTCIntersectContext*, RTCRay*)>("rtcOccluded1");
   RTCIntersectContext context;
   rtcInitIntersectContext(&context);
+  for (KeptRay& kept : tracing.rays) {
+    kept.ray.ray.tfar = kept.far;
+    kept.ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+    kept.ray.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+  }
   return Seconds([&] {
     for (KeptRay& kept : tracing.rays) {
       if (kept.isShadow) {
