@@ -1,9 +1,11 @@
-// Four: four floats that are reckoned with at once, each exactly as it would be by itself. Values;
-// any thread.
+// Four: four floats that are reckoned with at once, each exactly as it would be by itself, and four
+// directions of them. Values; any thread.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
+
+#include "engine/render/Vec.h"
 
 namespace engine {
 
@@ -21,5 +23,11 @@ inline Four Floor(Four x) {
 inline Four Root(Four x) {
   return Four{std::sqrt(x[0]), std::sqrt(x[1]), std::sqrt(x[2]), std::sqrt(x[3])};
 }
+
+struct FourVecs {
+  Four x, y, z;
+
+  Four Dot(Vec v) const { return x * v.x + y * v.y + z * v.z; }
+};
 
 }  // namespace engine

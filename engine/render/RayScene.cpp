@@ -3,7 +3,6 @@
 #include <bit>
 #include <cstddef>
 
-#include "engine/render/Four.h"
 #include "engine/scene/Vectors.h"
 
 namespace engine {
@@ -21,22 +20,31 @@ unsigned MaskOf(const Instance& instance, const SurfaceLook& look) {
 
 // Written as the ray tracer reads it, 16 bytes at a time: a processor waits for what is written in
 // smaller pieces.
-RTCRay ToTracerRay(const Ray& ray, unsigned mask) {
+RTCRay ToTracerRay(Four originAndNear, Four direction, float far, unsigned mask) {
   static_assert(sizeof(RTCRay) == 3 * sizeof(Four) && offsetof(RTCRay, tnear) == 12 &&
                 offsetof(RTCRay, dir_x) == 16 && offsetof(RTCRay, tfar) == 32 &&
                 offsetof(RTCRay, mask) == 36);
   return std::bit_cast<RTCRay>(
-      std::array<Four, 3>{Four{ray.origin.x, ray.origin.y, ray.origin.z, ray.near},
-                          Four{ray.direction.x, ray.direction.y, ray.direction.z, 0},
-                          Four{ray.far, std::bit_cast<float>(mask), 0, 0}});
+      std::array<Four, 3>{originAndNear, direction, Four{far, std::bit_cast<float>(mask), 0, 0}});
+}
+
+RTCRay ToTracerRay(const Ray& ray, unsigned mask) {
+  return ToTracerRay(Four{ray.origin.x, ray.origin.y, ray.origin.z, ray.near},
+                     Four{ray.direction.x, ray.direction.y, ray.direction.z, 0}, ray.far, mask);
 }
 
 // The ray tracer ends the process over a ray that leads nowhere. What is no number is not below.
-inline bool IsSane(const Ray& ray) {
+inline bool IsSaneOrigin(Vec origin) {
   constexpr float kFarthestOrigin = 4e9F;
-  return std::abs(ray.origin.x) < kFarthestOrigin && std::abs(ray.origin.y) < kFarthestOrigin &&
-         std::abs(ray.origin.z) < kFarthestOrigin &&
-         std::abs(Dot(ray.direction, ray.direction) - 1) < 0.01F && ray.near >= 0 &&
+  return std::abs(origin.x) < kFarthestOrigin && std::abs(origin.y) < kFarthestOrigin &&
+         std::abs(origin.z) < kFarthestOrigin;
+}
+
+constexpr float kUnitTolerance = 0.01F;
+
+inline bool IsSane(const Ray& ray) {
+  return IsSaneOrigin(ray.origin) &&
+         std::abs(Dot(ray.direction, ray.direction) - 1) < kUnitTolerance && ray.near >= 0 &&
          ray.far >= ray.near;
 }
 
@@ -195,6 +203,25 @@ bool RayScene::IsBlocked(const Ray& ray) const {
   rtcInitIntersectContext(&context);
   rtcOccluded1(scene_.Get(), &context, &shadow);
   return shadow.tfar < 0;
+}
+
+int RayScene::CountBlocked(Vec origin, const FourVecs& ways, FourWhole asked,
+                           float distance) const {
+  if (!IsSaneOrigin(origin) || !(distance >= 0)) return 0;
+  const Four excess = ways.x * ways.x + ways.y * ways.y + ways.z * ways.z - 1;
+  const FourWhole looked = asked & (excess < kUnitTolerance) & (excess > -kUnitTolerance);
+  const Four from{origin.x, origin.y, origin.z, 0};
+  RTCIntersectContext context;
+  rtcInitIntersectContext(&context);
+  int blocked = 0;
+  for (int i = 0; i < 4; ++i) {
+    if (looked[i] == 0) continue;
+    RTCRay shadow =
+        ToTracerRay(from, Four{ways.x[i], ways.y[i], ways.z[i], 0}, distance, kOpaqueCaster);
+    rtcOccluded1(scene_.Get(), &context, &shadow);
+    blocked += shadow.tfar < 0;
+  }
+  return blocked;
 }
 
 float RayScene::Gap(const SurfaceHit& surface) const {

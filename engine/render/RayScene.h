@@ -52,6 +52,9 @@ class RayScene {
   bool FindVisible(const Ray& ray, const RayCamera& camera, SurfaceHit* surface) const;
   // Whether something wholly opaque lies within the ray.
   bool IsBlocked(const Ray& ray) const;
+  // The same of four directions, unit, from one place up to a distance: how many of those which
+  // `asked` has -1 for, and not 0, are blocked.
+  int CountBlocked(Vec origin, const FourVecs& ways, FourWhole asked, float distance) const;
   // Place of an instance that was found, among those of the picture.
   std::uint32_t IndexOf(const Instance& instance) const {
     return static_cast<std::uint32_t>(&instance - picture_.instances.data());

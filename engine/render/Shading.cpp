@@ -1,7 +1,5 @@
 #include "engine/render/Shading.h"
 
-#include "engine/render/Four.h"
-
 namespace engine {
 
 namespace {
@@ -95,14 +93,6 @@ Vec FacetToward(Vec toEye, Vec normal, float roughness, Pair pair) {
 Vec Reflected(Vec direction, Vec normal) {
   return Normalized(direction - normal * (2 * Dot(normal, direction)));
 }
-
-// Four directions.
-struct FourVecs {
-  Four x, y, z;
-
-  Vec At(int i) const { return {x[i], y[i], z[i]}; }
-  Four Dot(Vec v) const { return x * v.x + y * v.y + z * v.z; }
-};
 
 // Directions around `normal`, more often near it (by the cosine), from pairs of numbers of 0..1.
 FourVecs Around(Vec normal, const Spread::FourPairs& pairs) {
@@ -303,7 +293,7 @@ Vec Shading::LightOf(const LightSource& light, const SurfaceHit& surface, Vec to
   if (light.kind != LightSource::Kind::Sun) {
     const Vec way = light.position - surface.position;
     distance = Length(way);
-    toLight = Normalized(way);
+    toLight = distance > 0 ? way * (1 / distance) : way;
     if (light.kind == LightSource::Kind::Spot) {
       strength = SmoothStep(light.outerCosine, light.innerCosine, -Dot(toLight, light.direction));
     }
@@ -367,11 +357,10 @@ float Shading::OpenShare(const SurfaceHit& surface, Tries tries) const {
   const Spread spread(tries.pixel * 2 + 1, tries.pixel * 2 + 0x9e3779b9U);
   static_assert(kOpenTries == 4);
   const FourVecs ways = Around(surface.normal, spread.FourFrom(tries.sample * kOpenTries));
-  const Four up = ways.Dot(surface.faceNormal);
-  const float reach = scene_.Size() * kOpenReach;
-  float open = 0;
-  for (int i = 0; i < 4; ++i)
-    if (up[i] <= 0 || !scene_.IsBlocked({start, ways.At(i), 0, reach})) open += 1;
+  // Those below the face see nothing.
+  const FourWhole above = ways.Dot(surface.faceNormal) > 0;
+  const int blocked = scene_.CountBlocked(start, ways, above, scene_.Size() * kOpenReach);
+  const auto open = static_cast<float>(static_cast<int>(kOpenTries) - blocked);
   return 0.25F + 0.75F * open / static_cast<float>(kOpenTries);
 }
 
