@@ -53,7 +53,9 @@ class Readme : public CommandLine {
 TEST_F(Readme, CommandsDoWhatTheySay) {
   fs::create_directory_symlink(TEST_SOURCE_DIR "/scenes", folder_ / "scenes");
   const std::vector<std::string> commands = Commands("stagemarks ");
+  const bool hasViewer = fs::exists(TEST_BINARY_DIR "/share/stagemarks/page/page.html");
   for (const std::string& line : commands) {
+    if (!hasViewer && line.starts_with("stagemarks page ")) continue;  // the test of pages says so
     const ChildResult result = Paste(folder_.Path(), TEST_BINARY_DIR "/bin", line);
     EXPECT_EQ(result.status, 0) << line << "\n" << result.out << result.err;
   }
