@@ -15,6 +15,7 @@
 #include "engine/dialog/Dialogs.h"
 #include "engine/scene/TreeWalk.h"
 #include "engine/states/Findings.h"
+#include "engine/states/LostSearch.h"
 #include "engine/states/StateMatrix.h"
 #include "source/Stagemarks/keys/Gadgets.h"
 #include "source/Stagemarks/keys/PluginIds.h"
@@ -153,6 +154,42 @@ void DryRuns(Stage& stage, const StoredState& a, std::size_t count) {
   }
 }
 
+// The longest of the steps in which a window has something done, each of 500 elements.
+template <class Stepwise>
+double LongestStep(Stepwise& work) {
+  double longest = 0;
+  for (bool goes = true; goes;) {
+    const double begin = Now();
+    goes = work.Advance(500);
+    longest = std::max(longest, Now() - begin);
+  }
+  return longest;
+}
+
+// What a panel compares while a person works, where every object differs.
+void Steps(Stage& stage, const StoredState& a) {
+  stage.Change(0, 1);
+  const StoredState other = stage.Record("D");
+  stage.Change(0, 1);
+  const host::BaseDocument& doc = stage.Doc();
+  const double states = Seconds(
+      [&] { sink += engine::CompareStates(doc, a.record, other.record).changes.size(); }, 1);
+  engine::StepwiseComparison twoStates(doc, a.record, other.record);
+  Row("longest step, two Stagemarks", LongestStep(twoStates), states, "all of it");
+  const double scene =
+      Seconds([&] { sink += engine::CompareWithScene(doc, a.record).changes.size(); }, 1);
+  engine::StepwiseComparison withScene(doc, a.record);
+  Row("longest step, scene and Stagemark", LongestStep(withScene), scene, "all of it");
+  const engine::Difference toScene = withScene.Take();
+  const std::vector<StoredState> all = engine::ReadStates(doc);
+  const double lost = Seconds([&] { sink += engine::FindLost(doc, all, toScene).size(); }, 1);
+  const double begin = Now();
+  engine::LostSearch search(doc, all, toScene);
+  const double beginning = Now() - begin;
+  Row("longest step, what is in no Stagemark", std::max(beginning, LongestStep(search)), lost,
+      "all of it");
+}
+
 void BigScene(LONG count) {
   Stage stage(count);
   const StoredState a = stage.Record("A");
@@ -174,6 +211,7 @@ void BigScene(LONG count) {
   const engine::Difference difference = engine::CompareStates(doc, a.record, thousand.record);
   std::printf("memory of that difference: %.2f %% of the scene\n",
               100 * (MemoryInUse() - before) / stage.Memory());
+  Steps(stage, a);
 }
 
 double ChildrenNow() {

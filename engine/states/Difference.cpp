@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <memory>
-#include <unordered_set>
 #include <utility>
+#include <variant>
 
 #include "engine/scene/DocumentState.h"
 #include "engine/scene/ElementState.h"
@@ -108,19 +108,38 @@ class StatesComparison {
   }
 
   Difference Run() {
-    Settings();
-    Camera();
-    for (const ListRow& row : kRecordLists) {
-      const RecordList left(left_, row.key, row.link);
-      const RecordList right(right_, row.key, row.link);
-      if (!left.IsEmpty()) out_.result.heldLeft |= PartsOfList(row.key);
-      if (!right.IsEmpty()) out_.result.heldRight |= PartsOfList(row.key);
-      for (const RecordPair& pair : Pairs(left, right)) Compare(row.key, pair);
+    while (Advance(SIZE_MAX)) {
     }
     return out_.Take();
   }
 
+  // Compares about so many pairs of records more; false when all is done.
+  bool Advance(std::size_t elements) {
+    if (nextPair_ == pairs_.size()) return BeginNextList();
+    for (; elements > 0 && nextPair_ < pairs_.size(); --elements)
+      Compare(kRecordLists[nextList_ - 1].key, pairs_[nextPair_++]);
+    return true;
+  }
+  bool HasFound() const { return !out_.IsEmpty(); }
+  Difference Take() { return out_.Take(); }
+
  private:
+  bool BeginNextList() {
+    if (nextList_ == kRecordLists.size()) return false;
+    if (nextList_ == 0) {
+      Settings();
+      Camera();
+    }
+    const ListRow& row = kRecordLists[nextList_++];
+    const RecordList left(left_, row.key, row.link);
+    const RecordList right(right_, row.key, row.link);
+    if (!left.IsEmpty()) out_.result.heldLeft |= PartsOfList(row.key);
+    if (!right.IsEmpty()) out_.result.heldRight |= PartsOfList(row.key);
+    pairs_ = Pairs(left, right);
+    nextPair_ = 0;
+    return true;
+  }
+
   void Settings() {
     const RenderData* left = RecordedSettings(leftDoc_, left_);
     const RenderData* right = RecordedSettings(rightDoc_, right_);
@@ -208,6 +227,10 @@ class StatesComparison {
   const BaseContainer& right_;
   std::unique_ptr<Counterparts> counterparts_;  // between two documents
   Gathering out_;
+  // The list after the one in hand, and what is left of this.
+  std::size_t nextList_ = 0;
+  std::vector<RecordPair> pairs_;
+  std::size_t nextPair_ = 0;
 };
 
 // --- The scene and a Stagemark.
@@ -446,75 +469,6 @@ class SceneWalk {
   const host::GeListNode* unknown_ = nullptr;  // the next object or layer that may be unknown
 };
 
-// --- What no state brings back.
-
-class LostSearch {
- public:
-  LostSearch(const BaseDocument& doc, const Difference& toScene)
-      : doc_(doc), same_(doc, false), changes_(toScene.changes) {
-    for (std::size_t i = 0; i < changes_.size(); ++i) {
-      if (changes_[i].kind != ChangeKind::Changed) continue;
-      lost_.push_back(i);
-      if (changes_[i].element != 0) wanted_.emplace(changes_[i].element, &changes_[i]);
-    }
-  }
-
-  void LookAt(const BaseContainer& record) {
-    if (const RenderData* kept = RecordedSettings(doc_, record)) LookAtSettings(*kept);
-    if (RecordedCamera(doc_, record) == CameraNow(doc_)) cameraKept_ = true;
-    for (const ListRow& row : kRecordLists) {
-      const RecordList list(record, row.key, row.link);
-      for (const RecordList::Stretch entries : list.Stretches()) {
-        if (!entries.empty() && seen_.insert({entries.data(), entries.size()}).second)
-          LookAtStretch(list, entries);
-      }
-    }
-  }
-
-  std::vector<std::size_t> Take() {
-    std::erase_if(lost_, [this](std::size_t i) {
-      const ElementChange& change = changes_[i];
-      return change.part == Part::Camera ? cameraKept_ : !wanted_.contains(change.element);
-    });
-    return std::move(lost_);
-  }
-
- private:
-  void LookAtSettings(const RenderData& kept) {
-    const RenderData* first = doc_.GetFirstRenderData();
-    const auto wanted = first ? wanted_.find(IdOf(*first)) : wanted_.end();
-    if (wanted != wanted_.end() && ActiveRenderDataIdOf(doc_) == IdOf(*first) &&
-        FieldsThatDiffer(FieldsOfSettings(*first), FieldsOfSettings(kept)).empty())
-      wanted_.erase(wanted);
-  }
-
-  void LookAtStretch(const RecordList& list, RecordList::Stretch entries) {
-    for (const Entry& entry : entries) {
-      if (wanted_.empty()) return;
-      const ContainerBody* record = RecordOf(entry);
-      const auto wanted = wanted_.find(list.ElementOf(record));
-      if (wanted == wanted_.end()) continue;
-      const BaseList2D* element = FindNode(&doc_, wanted->first);
-      if (element && same_.IsAsRecorded(wanted->second->part, *element, record))
-        wanted_.erase(wanted);
-    }
-  }
-
-  struct StretchHash {
-    std::size_t operator()(const std::pair<const Entry*, std::size_t>& stretch) const {
-      return std::hash<const Entry*>()(stretch.first) ^ stretch.second;
-    }
-  };
-
-  const BaseDocument& doc_;
-  SceneComparison same_;
-  const std::vector<ElementChange>& changes_;
-  std::vector<std::size_t> lost_;
-  std::unordered_map<NodeId, const ElementChange*> wanted_;  // of which no state has been found
-  std::unordered_set<std::pair<const Entry*, std::size_t>, StretchHash> seen_;
-  bool cameraKept_ = false;
-};
-
 }  // namespace
 
 Difference CompareStates(const BaseDocument& doc, const BaseContainer& left,
@@ -537,21 +491,45 @@ Difference CompareWithScene(const BaseDocument& doc, const BaseContainer& record
 }
 
 struct StepwiseComparison::Walk {
+  BaseContainer left;
   BaseContainer record;
   CompareOptions options;
-  SceneWalk walk;
+  std::variant<std::monostate, SceneWalk, StatesComparison> walk;
 
   Walk(const BaseDocument& doc, const BaseContainer& compared, const CompareOptions& given)
-      : record(compared), options(given), walk(doc, record, options) {}
+      : record(compared), options(given) {
+    walk.emplace<SceneWalk>(doc, record, options);
+  }
+  Walk(const BaseDocument& doc, const BaseContainer& one, const BaseContainer& other,
+       const CompareOptions& given)
+      : left(one), record(other), options(given) {
+    walk.emplace<StatesComparison>(doc, left, doc, record, options);
+  }
+
+  // Calls `work` with the walk that there is.
+  template <class Work>
+  auto With(Work work) {
+    SceneWalk* scene = std::get_if<SceneWalk>(&walk);
+    return scene ? work(*scene) : work(std::get<StatesComparison>(walk));
+  }
 };
 
 StepwiseComparison::StepwiseComparison(const BaseDocument& doc, const BaseContainer& record,
                                        const CompareOptions& options)
     : walk_(std::make_unique<Walk>(doc, record, options)) {}
+StepwiseComparison::StepwiseComparison(const BaseDocument& doc, const BaseContainer& left,
+                                       const BaseContainer& right, const CompareOptions& options)
+    : walk_(std::make_unique<Walk>(doc, left, right, options)) {}
 StepwiseComparison::~StepwiseComparison() = default;
-bool StepwiseComparison::HasFound() const { return walk_->walk.HasFound(); }
-bool StepwiseComparison::Advance(std::size_t elements) { return walk_->walk.Advance(elements); }
-Difference StepwiseComparison::Take() { return walk_->walk.Take(); }
+bool StepwiseComparison::HasFound() const {
+  return walk_->With([](auto& walk) { return walk.HasFound(); });
+}
+bool StepwiseComparison::Advance(std::size_t elements) {
+  return walk_->With([elements](auto& walk) { return walk.Advance(elements); });
+}
+Difference StepwiseComparison::Take() {
+  return walk_->With([](auto& walk) { return walk.Take(); });
+}
 
 void TellFields(const BaseDocument& doc, const BaseContainer& record, const CompareOptions& options,
                 Difference& toScene, const std::vector<std::size_t>& changes) {
@@ -582,13 +560,6 @@ Difference Mirrored(Difference difference) {
     for (FieldChange& field : change.fields) std::swap(field.left, field.right);
   }
   return difference;
-}
-
-std::vector<std::size_t> FindLost(const BaseDocument& doc, const std::vector<StoredState>& states,
-                                  const Difference& toScene) {
-  LostSearch search(doc, toScene);
-  for (const StoredState& state : states) search.LookAt(state.record);
-  return search.Take();
 }
 
 }  // namespace engine

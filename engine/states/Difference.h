@@ -76,12 +76,15 @@ Difference CompareStates(const host::BaseDocument& leftDoc, const host::BaseCont
 Difference CompareWithScene(const host::BaseDocument& doc, const host::BaseContainer& record,
                             const CompareOptions& options = {});
 
-// The same in steps, so that a window lives on meanwhile. The document must neither change nor go
-// between them; the record is shared.
+// These in steps, so that a window lives on meanwhile. The document must neither change nor go
+// between them; the records are shared.
 class StepwiseComparison {
  public:
   StepwiseComparison(const host::BaseDocument& doc, const host::BaseContainer& record,
                      const CompareOptions& options = {});
+  // Two Stagemarks of one document.
+  StepwiseComparison(const host::BaseDocument& doc, const host::BaseContainer& left,
+                     const host::BaseContainer& right, const CompareOptions& options = {});
   StepwiseComparison(const StepwiseComparison&) = delete;
   StepwiseComparison& operator=(const StepwiseComparison&) = delete;
   ~StepwiseComparison();
@@ -108,8 +111,7 @@ void TellFields(const host::BaseDocument& doc, const host::BaseContainer& record
 Difference Mirrored(Difference difference);
 
 // Of what loading would change, that which no Stagemark of the document could bring back: indices
-// of `toScene.changes`, which came from CompareWithScene. Each stretch of records is looked at
-// once, however many states share it.
+// of `toScene.changes`, which came from CompareWithScene. LostSearch.h does it in steps.
 std::vector<std::size_t> FindLost(const host::BaseDocument& doc,
                                   const std::vector<StoredState>& states,
                                   const Difference& toScene);

@@ -122,6 +122,9 @@ class UnsharedWalk {
   // a stretch no two are of the same element here, so the elements in question that the stretch has
   // beyond these are those of shared ones.
   bool OccursAmongShared() const {
+    if (std::ranges::equal(unshared_, left_.Stretches(), {}, {},
+                           [](Stretch entries) { return entries.size(); }))
+      return false;
     std::vector<NodeId> wanted;
     wanted.reserve(pairs_.size());
     for (const RecordPair& pair : pairs_) wanted.push_back(pair.element);
@@ -251,8 +254,8 @@ void RecordList::Add(const Chunk& chunk) {
 
 std::vector<RecordPair> UnsharedRecords(const RecordList& left, const RecordList& right) {
   std::vector<RecordPair> pairs = UnsharedWalk(left, right).Run();
-  std::stable_partition(pairs.begin(), pairs.end(),
-                        [](const RecordPair& pair) { return pair.left != nullptr; });
+  const auto isLeft = [](const RecordPair& pair) { return pair.left != nullptr; };
+  if (!std::ranges::is_partitioned(pairs, isLeft)) std::ranges::stable_partition(pairs, isLeft);
   return pairs;
 }
 

@@ -2,6 +2,7 @@
 // changes.
 #include "engine/scene/Ownership.h"
 #include "engine/states/FieldText.h"
+#include "engine/states/LostSearch.h"
 #include "engine/states/RecordedFields.h"
 #include "host/Parameters.h"
 #include "tests/states/Stage.h"
@@ -195,6 +196,26 @@ TEST_P(RandomEdits, AreTheSameInSteps) {
     EXPECT_EQ(ElementsOf(stepwise, kind), ElementsOf(whole, kind));
 }
 
+TEST_P(RandomEdits, BetweenTwoRecordingsAreTheSameInSteps) {
+  Stage stage(GetParam());
+  stage.Record("A");
+  ChangeSome(stage);
+  stage.AddObject("Late");
+  stage.Record("B");
+  const host::BaseContainer a = stage.State("A").record;
+  const host::BaseContainer b = stage.State("B").record;
+  const Difference whole = engine::CompareStates(stage.Doc(), a, b);
+  engine::StepwiseComparison steps(stage.Doc(), a, b);
+  while (steps.Advance(static_cast<std::size_t>(1 + stage.Pick(3)))) {
+  }
+  EXPECT_TRUE(steps.HasFound());
+  const Difference stepwise = steps.Take();
+  EXPECT_EQ(stepwise.heldLeft, whole.heldLeft);
+  EXPECT_EQ(stepwise.heldRight, whole.heldRight);
+  for (const ChangeKind kind : {ChangeKind::Changed, ChangeKind::OnlyRight})
+    EXPECT_EQ(ElementsOf(stepwise, kind), ElementsOf(whole, kind));
+}
+
 // Two files that were copies of each other once: by identity, and by path where it is another
 // object.
 TEST(Difference, BetweenTwoDocumentsGoesByIdentityThenByPath) {
@@ -250,22 +271,42 @@ TEST(Difference, BetweenTwoDocumentsNothingIsNoCounterpart) {
   EXPECT_EQ(difference.Of(Part::Camera).changed, 1u);
 }
 
-// Lost is what no Stagemark could bring back.
+// Lost is what no Stagemark could bring back, in lists of any length and order.
 TEST(Difference, FindsWhatWouldBeLost) {
-  Stage stage;
-  stage.Record("A");
-  host::BaseObject* kept = stage.Build().GetObject("Object 1");
-  kept->SetRenderMode(host::MODE_OFF);
-  stage.Record("B");
-  host::BaseObject* lost = stage.Build().GetObject("Object 2");
-  lost->SetRenderMode(host::MODE_OFF);
-  stage.Build().LookThrough("Near");
-  const Difference toA = engine::CompareWithScene(stage.Doc(), stage.State("A").record);
-  std::set<Key> found;
-  for (const std::size_t i : engine::FindLost(stage.Doc(), engine::ReadStates(stage.Doc()), toA))
-    found.insert({toA.changes[i].part, toA.changes[i].element});
-  EXPECT_EQ(toA.changes.size(), 3u);
-  EXPECT_EQ(found, (std::set<Key>{{Part::Camera, 0}, {Part::Objects, engine::IdOf(*lost)}}));
+  for (const int objects : {12, 700}) {
+    for (const bool turned : {false, true}) {
+      SCOPED_TRACE(std::to_string(objects) + (turned ? " backwards" : ""));
+      Stage stage(1, objects);
+      const auto object = [&](int i) {
+        return stage.Build().GetObject("Object " + std::to_string(i));
+      };
+      for (int i = 0; turned && i < objects; ++i) {
+        host::BaseObject* moved = object(i);
+        moved->Remove();
+        stage.Doc().InsertObject(moved, nullptr, nullptr);
+      }
+      stage.Record("A");
+      for (int i = 1; i < objects; i += 3) object(i)->SetRenderMode(host::MODE_OFF);
+      stage.Record("B");
+      std::set<Key> lost = {{Part::Camera, 0}};
+      for (int i = 2; i < objects; i += 3) {
+        object(i)->SetRenderMode(host::MODE_OFF);
+        lost.insert({Part::Objects, engine::IdOf(*object(i))});
+      }
+      stage.Build().LookThrough("Near");
+      const Difference toA = engine::CompareWithScene(stage.Doc(), stage.State("A").record);
+      EXPECT_EQ(toA.changes.size(), 1 + static_cast<std::size_t>(2 * objects / 3));
+      const std::vector<engine::StoredState> states = engine::ReadStates(stage.Doc());
+      engine::LostSearch search(stage.Doc(), states, toA);
+      while (search.Advance(static_cast<std::size_t>(1 + stage.Pick(3)))) {
+      }
+      std::set<Key> found;
+      for (const std::size_t i : search.Take())
+        found.insert({toA.changes[i].part, toA.changes[i].element});
+      EXPECT_EQ(found, lost);
+      EXPECT_EQ(engine::FindLost(stage.Doc(), states, toA), search.Take());
+    }
+  }
 }
 
 // As a person reads it.

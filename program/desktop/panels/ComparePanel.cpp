@@ -447,16 +447,10 @@ bool ComparePanel::Advance() {
     if (work_->steps->Advance(kElementsAtOnce)) return true;
     work_->result.difference = work_->steps->Take();
     work_->steps.reset();
-    const auto& changes = work_->result.difference.changes;
-    for (std::size_t i = 0; i < changes.size(); ++i) {
-      if (changes[i].kind != ChangeKind::Changed) continue;
-      work_->lost.push_back(i);
-      work_->rest.changes.push_back(
-          {changes[i].part, changes[i].kind, changes[i].element, changes[i].counterpart, {}});
-    }
+    if (work_->result.isScene) work_->lost.emplace(*doc, work_->states, work_->result.difference);
     return true;
   }
-  if (AdvanceLost(*doc)) return true;
+  if (work_->lost && work_->lost->Advance(kElementsAtOnce)) return true;
   Finish();
   return false;
 }
@@ -476,36 +470,18 @@ void ComparePanel::BeginWork(const host::BaseDocument& doc) {
   work->result.left = work->result.isScene ? QString("Scene") : ToQt(asked_.chosen.front());
   work->result.right = ToQt(asked_.chosen.back());
   const engine::CompareOptions options{.parts = asked_.parts, .mostFields = kMostFields};
-  if (work->result.isScene) {
-    work->steps =
-        std::make_unique<engine::StepwiseComparison>(doc, work->chosen.front()->record, options);
-  } else {
-    work->result.difference = engine::CompareStates(doc, work->chosen.front()->record,
-                                                    work->chosen.back()->record, options);
-  }
+  const host::BaseContainer& first = work->chosen.front()->record;
+  const host::BaseContainer& last = work->chosen.back()->record;
+  work->steps = work->result.isScene
+                    ? std::make_unique<engine::StepwiseComparison>(doc, first, options)
+                    : std::make_unique<engine::StepwiseComparison>(doc, first, last, options);
   work_ = std::move(work);
-}
-
-// Each state takes away what it could bring back.
-bool ComparePanel::AdvanceLost(const host::BaseDocument& doc) {
-  if (work_->lost.empty() || work_->nextState == work_->states.size()) return false;
-  const std::vector<std::size_t> left =
-      engine::FindLost(doc, {work_->states[work_->nextState++]}, work_->rest);
-  if (left.size() == work_->lost.size()) return true;
-  std::vector<std::size_t> lost;
-  std::vector<ElementChange> rest;
-  for (const std::size_t i : left) {
-    lost.push_back(work_->lost[i]);
-    rest.push_back(std::move(work_->rest.changes[i]));
-  }
-  work_->lost = std::move(lost);
-  work_->rest.changes = std::move(rest);
-  return true;
 }
 
 void ComparePanel::Finish() {
   isWanted_ = false;
-  work_->result.lost = std::move(work_->lost);
+  if (work_->lost) work_->result.lost = work_->lost->Take();
+  work_->lost.reset();  // it reads what is handed over now
   const bool isScene = work_->result.isScene;
   tree_->Show(FindOpenDocument(asked_.doc), std::move(work_->result));
   tree_->SetEmptyText(isScene ? "Loading would change nothing" : "Both hold the same");

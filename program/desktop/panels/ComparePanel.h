@@ -11,7 +11,7 @@
 #include <optional>
 
 #include "engine/editing/InspectedElements.h"
-#include "engine/states/Difference.h"
+#include "engine/states/LostSearch.h"
 #include "program/desktop/background/Slices.h"
 #include "program/desktop/dialog/StatesDialog.h"
 #include "program/desktop/panels/DocumentView.h"
@@ -146,9 +146,7 @@ class ComparePanel : public QWidget, public DocumentView {
     std::vector<const engine::StoredState*> chosen;
     std::unique_ptr<engine::StepwiseComparison> steps;  // null once through
     Compared result;
-    std::vector<std::size_t> lost;  // candidates, while states are looked at
-    engine::Difference rest;        // these alone
-    std::size_t nextState = 0;
+    std::optional<engine::LostSearch> lost;  // afterwards, of a comparison with the scene
   };
 
   void BuildHead(QLayout& layout);
@@ -158,7 +156,6 @@ class ComparePanel : public QWidget, public DocumentView {
   // Compares on; false when nothing is left to do.
   bool Advance();
   void BeginWork(const host::BaseDocument& doc);
-  bool AdvanceLost(const host::BaseDocument& doc);
   void Finish();
   void ShowNothing(const QString& text);
   void ShowHead();
