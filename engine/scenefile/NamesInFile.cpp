@@ -348,7 +348,11 @@ std::vector<std::string> SectionNames(const FileParts& file, ElementSection sect
   SkipInts(in, rows);  // owners
   SkipInts(in, rows);  // depths
   ColumnValues types;
-  type == 0 ? SkipInts(in, rows) : void(types = TakeInts(in, rows));
+  if (type == 0) {
+    SkipInts(in, rows);
+  } else {
+    types = TakeInts(in, rows);
+  }
   SkipInts(in, rows);  // identities
   const ColumnValues named = TakeInts(in, rows);
   const SectionBytes bytes = parts.Contents("TEXTS", budget);
