@@ -60,7 +60,7 @@ std::vector<std::string> StatesHolding(const host::BaseDocument& doc,
                                        const std::vector<host::BaseList2D*>& elements) {
   SearchForElements search(elements);
   std::vector<std::string> names;
-  for (const StoredState& state : ReadStates(doc)) {
+  for (const StoredState& state : ListedStates(doc)) {
     if (state.hasRecord && search.IsIn(doc, state.record)) names.push_back(state.name);
   }
   return names;

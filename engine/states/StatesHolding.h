@@ -11,7 +11,7 @@ namespace engine {
 
 // The names of those that have a record of one of the elements or of anything inside them, tags
 // among it, look through one as their camera, or give one as the material of a tag; in the order of
-// the records. Cost: what is inside, and for each the records up to the first such; lists that are
+// the list. Cost: what is inside, and for each the records up to the first such; lists that are
 // shared are searched once.
 std::vector<std::string> StatesHolding(const host::BaseDocument& doc,
                                        const std::vector<host::BaseList2D*>& elements);

@@ -1,8 +1,10 @@
 #include "engine/states/StoredStates.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <utility>
 
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
@@ -125,6 +127,20 @@ std::vector<StoredState> ReadStates(const host::BaseDocument& doc) {
     const BaseContainer* entry = StoredUnder(entries, id);
     if (entry && !StoredUnder(records, id)) states.push_back(FromEntry(id, *entry));
   }
+  return states;
+}
+
+std::vector<StoredState> ListedStates(const host::BaseDocument& doc) {
+  std::vector<std::pair<host::String, StoredState>> named;
+  for (StoredState& state : ReadStates(doc)) {
+    if (!state.hasEntry) continue;
+    host::String name{std::string_view(state.name)};
+    named.emplace_back(std::move(name), std::move(state));
+  }
+  std::stable_sort(named.begin(), named.end(),
+                   [](const auto& a, const auto& b) { return a.first.Compare(b.first) < 0; });
+  std::vector<StoredState> states;
+  for (auto& [name, state] : named) states.push_back(std::move(state));
   return states;
 }
 

@@ -88,6 +88,9 @@ struct StoredState {
 // All Stagemarks of a document in the order of their records; behind them those that stand in the
 // list only. An empty container under an ID is a deleted one. O(Stagemarks).
 std::vector<StoredState> ReadStates(const host::BaseDocument& doc);
+// Those in the list, as the dialog shows them: by name, those of one name in the order of their
+// records.
+std::vector<StoredState> ListedStates(const host::BaseDocument& doc);
 
 // The ID of the Stagemark that loading by this name brings back: IDs are looked up by position, so
 // that one whose ID is not below the number of list entries is never found, and 0 stands for a name

@@ -71,7 +71,7 @@ TEST_F(ElementVerbs, WhatCanBeDoneToThem) {
 
 TEST_F(ElementVerbs, WhatIsRemovedMayBeHeldByStagemarks) {
   const std::string scene = Room();
-  for (const char* name : {"A", "B", "C"}) Out({"record", scene, name, "--write"});
+  for (const char* name : {"B", "A", "C"}) Out({"record", scene, name, "--write"});
   Out({"objects", "add", scene, "New", "--write"});
   Out({"materials", "add", scene, "Ash", "--write"});
   Out({"set", scene, "--object", "/Box", "--material", "#0", "--write"});

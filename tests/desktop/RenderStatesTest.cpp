@@ -99,7 +99,7 @@ TEST(RenderStates, TellsThenRendersThenKeepsAndLeavesTheDocumentAlone) {
   const std::string before = engine::DumpState(desk::Scene());
   RenderStatesWindow& window = desk.Open();
   EXPECT_EQ(TwoShots::Rows(window),
-            "Untitled Shown.png: To be rendered\nUntitled Hidden.png: To be rendered\n");
+            "Untitled Hidden.png: To be rendered\nUntitled Shown.png: To be rendered\n");
   EXPECT_TRUE(window.Said().startsWith("2 pictures; 6144 pixels to render"))
       << window.Said().toStdString();
   EXPECT_FALSE(fs::exists(desk.Out()));
@@ -115,14 +115,14 @@ TEST(RenderStates, TellsThenRendersThenKeepsAndLeavesTheDocumentAlone) {
   const std::string shown = tests::ReadText(desk.Out() + "/Untitled Shown.png");
   EXPECT_NE(shown, tests::ReadText(desk.Out() + "/Untitled Hidden.png"));
   EXPECT_EQ(TwoShots::Rows(window),
-            "Untitled Shown.png: Is there\nUntitled Hidden.png: Is there\n");
+            "Untitled Hidden.png: Is there\nUntitled Shown.png: Is there\n");
   EXPECT_EQ(engine::DumpState(desk::Scene()), before);
   // What is seen in all of them has changed.
   host::Matrix moved = desk.cube->GetMl();
   moved.off.x = 150;
   desk.cube->SetMl(moved);
   EXPECT_EQ(TwoShots::Rows(window),
-            "Untitled Shown.png: To be rendered\nUntitled Hidden.png: To be rendered\n");
+            "Untitled Hidden.png: To be rendered\nUntitled Shown.png: To be rendered\n");
 }
 
 TEST(RenderStates, MakesTheNamesThatTheFieldsSay) {
@@ -323,7 +323,7 @@ TEST(RenderStates, GoToTheFarmAndAreWatchedThere) {
   ASSERT_TRUE(WithSlurm::Says(window, "4 pictures: 4 done")) << window.Said().toStdString();
   const auto& table = *window.findChild<QTreeWidget*>();
   EXPECT_EQ(table.topLevelItemCount(), 2);
-  EXPECT_EQ(table.topLevelItem(0)->text(0) + table.topLevelItem(0)->text(3), "Shown2");
+  EXPECT_EQ(table.topLevelItem(0)->text(0) + table.topLevelItem(0)->text(3), "Hidden2");
   EXPECT_TRUE(fs::exists(desk.Out() + "/shot Shown 0001.png"));
   EXPECT_TRUE(pictures::Write(window, "farm"));
   window.close();

@@ -21,21 +21,9 @@ namespace {
 
 constexpr qsizetype kMostOfName = 200;
 
-// As the dialog's list has them: by name, those of one name in the order of recording; what is in
-// no list is not loaded by name.
+// What is in no list is not loaded by name.
 std::vector<StoredState> Listed(const host::BaseDocument* doc) {
-  std::vector<std::pair<host::String, StoredState>> named;
-  if (!doc) return {};
-  for (StoredState& state : engine::ReadStates(*doc)) {
-    if (!state.hasEntry) continue;
-    host::String name{std::string_view(state.name)};
-    named.emplace_back(std::move(name), std::move(state));
-  }
-  std::stable_sort(named.begin(), named.end(),
-                   [](const auto& a, const auto& b) { return a.first.Compare(b.first) < 0; });
-  std::vector<StoredState> states;
-  for (auto& [name, state] : named) states.push_back(std::move(state));
-  return states;
+  return doc ? engine::ListedStates(*doc) : std::vector<StoredState>();
 }
 
 bool AreSame(const std::vector<StoredState>& a, const std::vector<StoredState>& b) {

@@ -12,8 +12,8 @@ namespace {
 
 std::vector<std::string> RecordedNames(const host::BaseDocument& doc) {
   std::vector<std::string> names;
-  for (const engine::StoredState& state : engine::ReadStates(doc)) {
-    if (state.hasEntry && state.hasRecord) names.push_back(state.name);
+  for (const engine::StoredState& state : engine::ListedStates(doc)) {
+    if (state.hasRecord) names.push_back(state.name);
   }
   return names;
 }
