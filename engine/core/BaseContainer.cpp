@@ -28,7 +28,7 @@ bool HoldsAlike(const ContainerBody* list, host::LONG key, const ContainerBody* 
   const Chunk& chunk = *AsLong(list)->chunks[position >> kChunkShift].chunk;
   const Entry& entry = chunk.Entries()[position % kChunkEntries];
   if (entry.type != host::DA_CONTAINER) return false;
-  FetchRecordAhead(chunk, position % kChunkEntries);
+  FetchRecordAhead(chunk.All(), position % kChunkEntries);
   const auto* held = BlockOf<const ContainerBody>(entry.bits);
   return held == record || (held && record && AlikeShort(*held, *record));
 }

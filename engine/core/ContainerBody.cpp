@@ -234,7 +234,7 @@ const Entry* FindLongEntry(const ContainerBody& body, host::LONG key) {
   const Spot spot = FindSpot(*AsLong(&body), key);
   if (!spot.Found()) return nullptr;
   const Chunk& chunk = *AsLong(&body)->chunks[spot.chunk].chunk;
-  FetchRecordAhead(chunk, spot.offset);
+  FetchRecordAhead(chunk.All(), spot.offset);
   return chunk.Entries() + spot.offset;
 }
 

@@ -4,6 +4,7 @@
 // binary search while they ascend, else by KeyIndex.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "engine/core/ContainerBody.h"
@@ -110,10 +111,10 @@ void FreeChunkMemory(Chunk* chunk);
 
 // Records are read one after the other: the memory of one that follows is fetched while this one is
 // read. Nothing comes of it where the entry is no record.
-inline void FetchRecordAhead(const Chunk& chunk, std::uint32_t offset) {
+inline void FetchRecordAhead(std::span<const Entry> entries, std::size_t at) {
   constexpr std::uint64_t kCacheLine = 64;
-  if (offset + kFetchedAhead >= chunk.size) return;
-  const std::uint64_t record = chunk.Entries()[offset + kFetchedAhead].bits;
+  if (at + kFetchedAhead >= entries.size()) return;
+  const std::uint64_t record = entries[at + kFetchedAhead].bits;
   __builtin_prefetch(BlockOf<const char>(record));
   __builtin_prefetch(BlockOf<const char>(record + kCacheLine));
 }

@@ -23,11 +23,6 @@ using host::RenderData;
 
 namespace {
 
-NodeId CameraNow(const BaseDocument& doc) {
-  const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
-  return camera ? IdOf(*camera) : 0;
-}
-
 // Gathers changes by part and counts them.
 class Gathering {
  public:

@@ -65,8 +65,7 @@ bool LostSearch::BeginNextList() {
 }
 
 void LostSearch::LookAtScene(const BaseContainer& record) {
-  const host::BaseObject* camera = doc_.GetRenderBaseDraw()->GetSceneCamera(&doc_);
-  if (RecordedCamera(doc_, record) == (camera ? IdOf(*camera) : 0)) isCameraKept_ = true;
+  if (RecordedCamera(doc_, record) == CameraNow(doc_)) isCameraKept_ = true;
   const RenderData* kept = RecordedSettings(doc_, record);
   const RenderData* first = doc_.GetFirstRenderData();
   if (!kept || !first || ActiveRenderDataIdOf(doc_) != IdOf(*first)) return;
@@ -78,7 +77,6 @@ void LostSearch::LookAtScene(const BaseContainer& record) {
 }
 
 std::size_t LostSearch::LookAtStretch(std::size_t number) {
-  constexpr std::size_t kAhead = 16;
   const Stretch entries = list_->Stretches()[number];
   if (entries.empty() || !seen_.insert({entries.data(), entries.size()}).second) return 1;
   const LinkRange range = list_->ElementsOf(number);
@@ -90,8 +88,7 @@ std::size_t LostSearch::LookAtStretch(std::size_t number) {
     if (at == end) return 1;
   }
   for (std::size_t i = 0; i < entries.size(); ++i) {
-    if (i + kAhead < entries.size())
-      __builtin_prefetch(BlockOf<ContainerBody>(entries[i + kAhead].bits) + 1);
+    FetchRecordAhead(entries, i);
     const ContainerBody* record = RecordOf(entries[i]);
     const NodeId element = list_->ElementOf(record);
     if (range.IsKnown()) {

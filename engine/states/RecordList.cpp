@@ -149,14 +149,11 @@ class UnsharedWalk {
                                     first);
   }
 
-  // The records of these elements. They lie anywhere in memory, so that those some steps
-  // ahead are fetched meanwhile.
+  // The number of records of these elements.
   std::size_t CountOf(Stretch entries, const NodeSet& elements) const {
-    constexpr std::size_t kAhead = 16;
     std::size_t count = 0;
     for (std::size_t i = 0; i < entries.size(); ++i) {
-      if (i + kAhead < entries.size())
-        __builtin_prefetch(BlockOf<ContainerBody>(entries[i + kAhead].bits) + 1);
+      FetchRecordAhead(entries, i);
       const NodeId element = left_.ElementOf(RecordOf(entries[i]));
       if (element != 0 && elements.Has(element)) ++count;
     }
@@ -216,6 +213,11 @@ host::RenderData* RecordedSettings(const host::BaseDocument& doc,
                                    const host::BaseContainer& record) {
   const host::BaseContainer* kept = record.GetContainerInstance(kStoredSettings);
   return kept ? AsRenderData(kept->GetLink(kStoredSettings, &doc)) : nullptr;
+}
+
+NodeId CameraNow(const host::BaseDocument& doc) {
+  const host::BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
+  return camera ? IdOf(*camera) : 0;
 }
 
 std::optional<NodeId> RecordedCamera(const host::BaseDocument& doc,

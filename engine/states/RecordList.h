@@ -86,6 +86,8 @@ host::RenderData* RecordedSettings(const host::BaseDocument& doc,
 // Its camera, 0 for none; nothing where it says nothing of it.
 std::optional<NodeId> RecordedCamera(const host::BaseDocument& doc,
                                      const host::BaseContainer& record);
+// The scene's camera, 0 for none.
+NodeId CameraNow(const host::BaseDocument& doc);
 
 class RecordList {
  public:
