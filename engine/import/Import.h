@@ -50,6 +50,8 @@ inline constexpr const char* kImportWorkerVerb = "--import-worker";
 
 // True for a suffix that Import reads (letter case aside).
 bool IsImportable(const std::string& path);
+// The sentence that refuses a file with another suffix, and names those that are read.
+std::string WhyNotImportable(const std::string& path);
 // The person hears of its progress and can stop it. `worker`: full path of the
 // program to run as the child.
 Result<Imported> ImportScene(const Services& services, const std::string& path,

@@ -111,6 +111,11 @@ SourceFormat FormatOf(const std::string& path) {
 
 bool IsImportable(const std::string& path) { return FormatOf(path) != SourceFormat::None; }
 
+std::string WhyNotImportable(const std::string& path) {
+  return "\"" + path +
+         "\" is of no format that can be imported. Those are .gltf, .glb, .fbx, .obj and .dae.";
+}
+
 Status CheckSource(const std::string& path, const ImportLimits& limits) {
   if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos) {
     return Refusal(path, "is not a full path.");

@@ -130,12 +130,7 @@ std::string Save(DocumentId document, const std::string& path, bool overwrite, d
 engine::SceneUpdate UpdateFrom(DocumentId document, const std::string& path, bool removeGone,
                                bool allowOutside) {
   host::BaseDocument& doc = Find(document);
-  if (!engine::IsImportable(path)) {
-    throw Failure(Fault::Misused,
-                  "\"" + path +
-                      "\" is of no format that can be imported. Those are .gltf, .glb, .fbx, .obj "
-                      "and .dae.");
-  }
+  if (!engine::IsImportable(path)) throw Failure(Fault::Misused, engine::WhyNotImportable(path));
   engine::ImportLimits limits = engine::ChosenImportLimits(Session::Person());
   limits.outside = allowOutside ? engine::OutsideTextures::Take : engine::OutsideTextures::Leave;
   const auto fresh = engine::ImportScene(Session::Get().Services(), lookup::AbsolutePath(path),

@@ -36,9 +36,7 @@ void PutNotes(const std::vector<std::string>& notes, Report& report) {
 }
 
 int RefuseFormat(Program& program) {
-  program.terminal.Error(
-      "\"" + program.scene +
-      "\" is of no format that can be imported. Those are .gltf, .glb, .fbx, .obj and .dae.");
+  program.terminal.Error(engine::WhyNotImportable(program.scene));
   return kUsage;
 }
 
