@@ -8,6 +8,7 @@
 
 #include "engine/outside/FileSystem.h"
 #include "engine/render/Image.h"
+#include "program/pictures/PictureSize.h"
 
 namespace publishing {
 
@@ -34,9 +35,8 @@ struct PageContents {
   std::string scene;              // bytes of a .glb file that holds them all
 };
 
-// What a thumbnail fits into, in pixels; and the bytes of its file.
-inline constexpr std::uint32_t kThumbnailWidth = 480;
-inline constexpr std::uint32_t kThumbnailHeight = 360;
+// What a thumbnail fits into; and the bytes of its file.
+inline constexpr pictures::PictureSize kThumbnail{480, 360};
 engine::Result<std::string> EncodeThumbnail(const engine::Image& picture);
 
 // The mark of pages in FileOrigin.h: those of `sheet` have had the name of the verb `page` for longer.

@@ -15,8 +15,6 @@ using publishing::PageViewer;
 using rendering::PictureTurn;
 using rendering::StatePictures;
 
-constexpr PictureSize kThumbnail{publishing::kThumbnailWidth, publishing::kThumbnailHeight};
-
 std::string NameOf(const StatePictures& states, std::size_t number) {
   return states.AsItIs() ? pictures::kAsItIs : states.States()[number].name;
 }
@@ -30,8 +28,8 @@ void AddToPage(ScriptScene& scene, StatePictures& states, const PictureTurn& tur
   engine::Image picture;
   const auto look = [&] {
     added = making.AddState(name, goesOn);
-    return added ? states.Render(pictures::FittedInto(states.Size(), kThumbnail), turn, name,
-                                 &picture)
+    return added ? states.Render(pictures::FittedInto(states.Size(), publishing::kThumbnail), turn,
+                                 name, &picture)
                  : rendering::kDone;
   };
   scene.Check(states.InState(states.States()[turn.number], look));

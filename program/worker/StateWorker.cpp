@@ -32,8 +32,6 @@ using engine::Status;
 constexpr const char* kPlugin = "Stagemarks";
 constexpr const char* kStopped = "Stopped.";
 
-constexpr PictureSize kThumbnail{publishing::kThumbnailWidth, publishing::kThumbnailHeight};
-
 std::atomic<bool> stopAsked{false};
 
 // What is being read for may be waited for without end.
@@ -81,8 +79,10 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
       known.insert(std::move(mark.name));
     }
     for (const std::string& name : typed) {
-      if (!known.contains(name)) Error("There is no Stagemark \"" + name + "\" any more.");
-      if (!known.contains(name)) return outcome::kUsage;
+      if (!known.contains(name)) {
+        Error("There is no Stagemark \"" + name + "\" any more.");
+        return outcome::kUsage;
+      }
       names.push_back(name);
     }
     return outcome::kDone;
@@ -273,7 +273,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
       if (Status status = Recall(names[i]); !status) return status;
       const std::string shown = names[i].empty() ? pictures::kAsItIs : names[i];
       if (Status status = making.AddState(shown, Turn(i, turns)); !status) return status;
-      const auto picture = Render({kThumbnail, shown}, Turn(i, turns));
+      const auto picture = Render({publishing::kThumbnail, shown}, Turn(i, turns));
       if (!picture) return picture.GetStatus();
       if (Status status = making.AddThumbnail(picture.Value()); !status) return status;
     }

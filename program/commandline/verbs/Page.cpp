@@ -8,8 +8,6 @@ namespace commandline {
 
 namespace {
 
-constexpr PictureSize kThumbnail{publishing::kThumbnailWidth, publishing::kThumbnailHeight};
-
 struct PageChoices {
   std::string folder;
   std::vector<std::string> only;
@@ -80,7 +78,8 @@ class PageVerb {
     const engine::Status added = making.AddState(name, ProgressOf(done, "Reading " + name));
     if (!added) return Refuse("\"" + name + "\" cannot be on the page: ", added.Message());
     engine::Image picture;
-    const int status = states_.Render(FittedInto(states_.Size(), kThumbnail), turn, name, &picture);
+    const int status =
+        states_.Render(FittedInto(states_.Size(), publishing::kThumbnail), turn, name, &picture);
     step.Cancel();
     if (status != kDone) return status;
     const engine::Status taken = making.AddThumbnail(picture);
