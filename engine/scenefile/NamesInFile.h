@@ -20,7 +20,8 @@ namespace engine {
 // section that is kept for them, where it is there and belongs to the rest.
 Result<std::optional<std::vector<std::string>>> NamesInStore(const std::string& path,
                                                              const NamedStore& store);
-// The names of the elements in a section that begin like this, in its order; of one type, 0: of all.
+// The names of the elements in a section that begin like this, in its order; of one type, 0: of
+// all.
 Result<std::vector<std::string>> NamesInSection(const std::string& path, ElementSection section,
                                                 host::LONG type, std::string_view begin = "");
 

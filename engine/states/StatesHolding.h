@@ -1,5 +1,5 @@
-// StatesHolding: which Stagemarks hold some elements of the scene, for whoever is about to take them
-// away. Main thread.
+// StatesHolding: which Stagemarks hold some elements of the scene, for whoever is about to take
+// them away. Main thread.
 #pragma once
 
 #include <string>

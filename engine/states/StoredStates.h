@@ -69,8 +69,8 @@ struct StoredDate {
   std::string WithZone() const;
 };
 
-// What stands in one of the stores under an ID, null for nothing: deleting leaves an empty container
-// there. The store may be null.
+// What stands in one of the stores under an ID, null for nothing: deleting leaves an empty
+// container there. The store may be null.
 const host::BaseContainer* StoredUnder(const host::BaseContainer* store, host::LONG id);
 // The date in a record or a list entry; no date where there is none.
 StoredDate DateOf(const host::BaseContainer& holder);

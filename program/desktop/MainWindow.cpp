@@ -38,8 +38,8 @@ constexpr const char* kGeometry = "window/geometry";
 constexpr const char* kState = "window/state";
 constexpr QSize kFirstSize(1480, 860);
 
-// While a menu is open, keys are its own: the toolkit would carry out the commands of the panel that
-// keeps the focus behind it.
+// While a menu is open, keys are its own: the toolkit would carry out the commands of the panel
+// that keeps the focus behind it.
 class OpenMenuFilter : public QObject {
  public:
   using QObject::QObject;

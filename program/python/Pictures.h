@@ -1,6 +1,6 @@
-// Pictures and files of states for scripts: rendered, exported, published, shown
-// together. The document is as
-// before afterwards. Every function throws a Failure where it cannot. The thread of the session.
+// Pictures and files of states for scripts: rendered, exported, published, shown together. The
+// document is as before afterwards. Every function throws a Failure where it cannot. The thread of
+// the session.
 #pragma once
 
 #include <cstdint>

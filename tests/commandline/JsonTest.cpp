@@ -203,7 +203,8 @@ TEST_F(JsonOutput, EveryVerbPrintsWhatTheSchemaSays) {
   }
 }
 
-// With a scheduler that takes every job and knows none; a machine of which it knows nothing does it.
+// With a scheduler that takes every job and knows none; a machine of which it knows nothing does
+// it.
 TEST_F(JsonOutput, TheFarmPrintsWhatTheSchemaSays) {
   const std::string scene = Staged();
   const std::pair<const char*, const char*> commands[] = {

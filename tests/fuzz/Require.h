@@ -1,4 +1,5 @@
-// Require: what has to hold of every input. A fuzzer keeps an input that ends the program. Any thread.
+// Require: what has to hold of every input. A fuzzer keeps an input that ends the program. Any
+// thread.
 #pragma once
 
 #include <cstdlib>

@@ -38,8 +38,8 @@ void* Take(std::size_t bytes) {
 }  // namespace
 
 #if defined(__SANITIZE_ADDRESS__)
-// Plug-ins free by hand what they took by hand: of one in whose middle memory fails nothing is asked
-// but that the program goes on.
+// Plug-ins free by hand what they took by hand: of one in whose middle memory fails nothing is
+// asked but that the program goes on.
 extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
 #endif
 

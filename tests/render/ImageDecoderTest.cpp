@@ -29,7 +29,8 @@ TEST_F(ImageDecoder, AnswersAsThisProcessDoes) {
   for (const auto& entry :
        std::filesystem::directory_iterator(TEST_SOURCE_DIR "/tests/render/pictures")) {
     const std::string file = tests::ReadText(entry.path());
-    for (const std::string& bytes : {file, file.substr(0, file.size() / 2), file.substr(0, 3), std::string()}) {
+    for (const std::string& bytes :
+         {file, file.substr(0, file.size() / 2), file.substr(0, 3), std::string()}) {
       const auto here = engine::DecodeImageHere(bytes);
       const auto there = engine::DecodeImage(bytes);
       ASSERT_EQ(here.Ok(), there.Ok()) << entry.path() << there.Message();

@@ -1,7 +1,7 @@
 // AttributeReading: which fields are shown for the elements that are looked at, in groups with
 // titles, and what the elements have in common in them. It reads in steps as large as one likes, so
-// that a window stays alive while very many are read, and refers to the document, which must neither
-// change nor go between its steps. Owns no element. Main thread.
+// that a window stays alive while very many are read, and refers to the document, which must
+// neither change nor go between its steps. Owns no element. Main thread.
 #pragma once
 
 #include <QString>

@@ -225,11 +225,12 @@ void FarmWindow::TakeAnswer(int status) {
 void FarmWindow::TakeProblem(const QString& problem) {
   const bool wasLooking = std::exchange(doing_, {}).isEmpty();
   said_->setText(problem);
-  if (!wasLooking) problem_ = "\n" + problem;
-  if (wasLooking)
+  if (wasLooking) {
     next_.start(kBetweenLooks);
-  else if (!job_.isEmpty())
-    Watch();
+  } else {
+    problem_ = "\n" + problem;
+    if (!job_.isEmpty()) Watch();
+  }
   Enable();
 }
 

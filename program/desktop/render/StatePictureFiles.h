@@ -1,6 +1,7 @@
 // StatePictureFiles: where the gallery keeps the pictures of a scene's Stagemarks between runs:
-// "<cache>/gallery/<hash of the scene's path>/<ID>.png", with what they show in the files. Behind the
-// cache nothing is changed through a symbolic link. What cannot be read is as if it were not there. Main thread.
+// "<cache>/gallery/<hash of the scene's path>/<ID>.png", with what they show in the files. Behind
+// the cache nothing is changed through a symbolic link. What cannot be read is as if it were not
+// there. Main thread.
 #pragma once
 
 #include <QImage>
