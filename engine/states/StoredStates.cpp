@@ -8,7 +8,6 @@
 
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodeTypes.h"
-#include "engine/scenefile/StateNames.h"
 #include "host/RenderData.h"
 
 namespace engine {
@@ -17,9 +16,6 @@ using host::BaseContainer;
 using host::LONG;
 
 namespace {
-
-static_assert(kListOfStates == NamedStore{kStoredEntries, kStoredName, kStoredListBuilt},
-              "scene files keep the names of the list");
 
 const BaseContainer* Store(const host::BaseDocument& doc, LONG id) {
   return doc.GetDataInstance()->GetContainerInstance(id);

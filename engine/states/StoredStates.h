@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/core/ContainerContents.h"
+#include "engine/scenefile/StateNames.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
@@ -15,14 +16,14 @@ namespace engine {
 // Containers in the document's data: of all records under their IDs, which is the plug-in's own
 // number, of the list entries under the same IDs, and of the options that the scene has.
 inline constexpr host::LONG kStagemarksId = 1021477;
-inline constexpr host::LONG kStoredEntries = 1023294;
+inline constexpr host::LONG kStoredEntries = kListOfStates.store;
 inline constexpr host::LONG kStoredOptions = 1026486;
 // Among the options: the scene has options of its own. Among the list entries: no entry, a note.
 inline constexpr host::LONG kStoredOptionsSaved = 10061;
-inline constexpr host::LONG kStoredListBuilt = 20003;
+inline constexpr host::LONG kStoredListBuilt = kListOfStates.note;
 
 // In a record; name and date in the list entry, too, and whether it was recorded or loaded last.
-inline constexpr host::LONG kStoredName = 20000;
+inline constexpr host::LONG kStoredName = kListOfStates.name;
 inline constexpr host::LONG kStoredDate = 20002;
 inline constexpr host::LONG kStoredCurrent = 25007;
 // In a record: a container for its render settings with the link to its copy of them under the same
