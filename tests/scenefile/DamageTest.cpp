@@ -1,6 +1,7 @@
 // Files that are cut, damaged, foreign, from the future or hostile: a message, no document, no
 // crash.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -22,6 +23,7 @@ namespace tests {
 namespace {
 
 using namespace engine;
+using host::BaseContainer;
 using host::LONG;
 
 TEST(SceneFileDamage, ACutFileIsRefusedAtEveryByte) {
@@ -306,13 +308,20 @@ TEST(SceneFileDamage, ElementsReferToWhatThereIs) {
 
 // Saving puts embedded files beside the scene: none may be put elsewhere.
 TEST(SceneFileDamage, EmbeddedFilesMustHaveBareNames) {
-  for (const char* name : {"../evil.png", "/etc/evil", "..", "", "a\\b", "line\nbreak"}) {
+  const auto refusal = [](const std::string& name) {
     const Document doc = EmptyScene();
     engine::SetEmbeddedFiles(*doc, {{name, std::make_shared<const std::string>("x")}});
-    EXPECT_NE(Refusal(Bytes(*doc)).find("a file has a name that leads elsewhere"),
-              std::string::npos)
+    return Refusal(Bytes(*doc));
+  };
+  for (const std::string& name :
+       {std::string("../evil.png"), std::string("/etc/evil"), std::string(".hidden"), std::string(),
+        std::string("a\\b"), std::string("line\nbreak"), std::string(256, 'n')}) {
+    EXPECT_NE(refusal(name).find("a file has a name that leads elsewhere"), std::string::npos)
         << name;
   }
+  for (const std::string& name :
+       {std::string("old wood.png"), std::string("\xC3\xBC.."), std::string(255, 'n')})
+    EXPECT_EQ(refusal(name), "opened") << name;
 }
 
 // A frame that promises more than it holds costs no memory, and one that expands without end is
@@ -335,6 +344,19 @@ TEST(SceneFileDamage, ExpansionIsBounded) {
   EXPECT_EQ(engine::ReadScene(file, std::uint64_t{16} << 20).Message(),
             "The file needs more memory than may be used for it (16 MB). If you trust it, set "
             "STAGEMARKS_OPEN_MEMORY to more, in GiB.");
+
+  // Each is the list before it with some of its entries changed: nearly all of it is copied.
+  const Document patched = EmptyScene();
+  BaseContainer list;
+  for (LONG i = 0; i < 20000; ++i) list.SetLong(i, i);
+  for (LONG copy = 1; copy <= 60; ++copy) {
+    for (LONG i = 0; i < 20000; i += 40) list.SetLong(i, copy);
+    patched->GetDataInstance()->SetContainer(copy, list);
+  }
+  file = Bytes(*patched);
+  EXPECT_LT(file.size(), 100000u);
+  EXPECT_FALSE(engine::ReadScene(file, std::uint64_t{16} << 20));
+  EXPECT_TRUE(engine::ReadScene(file, std::uint64_t{64} << 20));
 }
 
 // What a file may take grows with its size; a scene of alike elements that is shorter is filled up
@@ -344,6 +366,10 @@ TEST(SceneFileDamage, WhatAFileMayTakeGrowsWithItsSize) {
   EXPECT_EQ(engine::MemoryFor(0), 256 * kMega);
   EXPECT_EQ(engine::MemoryFor(1093) / kMega, 257U);
   EXPECT_EQ(engine::MemoryFor(263000) / kMega, 512U);
+  const auto pages = static_cast<std::uint64_t>(::sysconf(_SC_PHYS_PAGES));
+  const auto machine = pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+  EXPECT_EQ(engine::MemoryFor(machine) / kMega, machine / 4 * 3 / kMega)
+      << "the rest is for others";
   EXPECT_EQ(engine::RoomFor(256 * kMega, 0), 0U);
   EXPECT_EQ(engine::RoomFor(512 * kMega, 263000), 0U);
   EXPECT_EQ(engine::RoomFor(1024 * kMega, 0), 768 * kMega / 1024 + 1);

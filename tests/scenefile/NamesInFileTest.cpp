@@ -20,7 +20,8 @@ using tests::SceneBuilder;
 constexpr engine::NamedStore kStore{700, 20, 21};
 using Names = std::vector<std::string>;
 
-// A store with so many named containers, every seventh of them emptied and every fifth with no name.
+// A store with so many named containers, every seventh of them emptied and every fifth with no name;
+// one is so long that it is stored by itself.
 BaseContainer Store(int count, bool noted = true) {
   BaseContainer store;
   for (int i = 0; i < count; ++i) {
@@ -29,9 +30,13 @@ BaseContainer Store(int count, bool noted = true) {
     if (i % 7 != 6 && i % 5 != 4)
       one.SetString(20, host::String(std::string_view("State " + std::to_string(i * 37 % 100))));
     one.SetReal(4, i * 0.5);
+    one.SetData(6, host::GeData());
+    for (int key = 100; i == 3 && key < 200; ++key) one.SetString(key, host::String("no name"));
     store.SetContainer(i * 2, i % 7 == 6 ? BaseContainer() : one);
   }
   store.SetString(5, host::String("no container"));
+  store.SetReal(7, 0.25);
+  store.SetData(9, host::GeData());
   if (noted) store.SetBool(21, host::TRUE);
   return store;
 }
@@ -65,6 +70,7 @@ TEST_F(NamesInFile, AreThoseOfTheStoreWhateverItsSize) {
     for (int copy = 0; copy < 3; ++copy) {
       BaseContainer other = Store(count);
       other.SetLong(5, copy);
+      other.SetContainer(20, Store(1));
       data.SetContainer(600 + copy, other);
     }
     data.SetContainer(700, Store(count));
@@ -147,6 +153,32 @@ TEST_F(NamesInFile, AContainerThatIsNotThereIsDamage) {
   }
 }
 
+// A frame whose parts are right, one by one, and do not fit together.
+TEST_F(NamesInFile, AFrameThatDoesNotFitTogetherIsDamage) {
+  SceneBuilder scene;
+  for (int i = 0; i < 20; ++i) scene.Cube("A cube like others, " + std::to_string(i));
+  const std::string bytes = tests::Bytes(scene.Doc());
+  const auto refusal = [&](const std::string& file) {
+    tests::WriteText(path_, file);
+    return engine::NamesInSection(path_, engine::kObjectRows, 0).Message();
+  };
+  EXPECT_EQ(refusal(bytes), "");
+  EXPECT_NE(refusal(bytes + "x").find("1 bytes follow its end"), std::string::npos);
+  const auto sections = engine::ReadSections(bytes, engine::ContentKind::Scene);
+  const std::size_t first = sections[0].offset, second = sections[1].offset;
+  EXPECT_NE(refusal(bytes.substr(0, first) + bytes.substr(second)).find("missing or exchanged"),
+            std::string::npos);
+  for (const int more : {-1, 1}) {
+    engine::SectionWriter liar(engine::ContentKind::Scene);
+    for (const engine::Section& section : sections) {
+      const bool isTexts = section.name == "TEXTS";
+      ASSERT_TRUE(!isTexts || section.rawLength > section.payload.size() + 1);
+      liar.AddAsItIs(section.name, section.rawLength + (isTexts ? more : 0), section.payload);
+    }
+    EXPECT_NE(refusal(tests::Joined(liar.Finish())).find("in section TEXTS"), std::string::npos);
+  }
+}
+
 // Names of Stagemarks have a section of their own, which nothing else is read for.
 class NamesOfStates : public NamesInFile {
  protected:
@@ -208,10 +240,13 @@ TEST_F(NamesOfStates, AreThoseOfTheListWhereTheSectionIsStale) {
                 "bytes more are needed.");
 }
 
-TEST_F(NamesOfStates, AreLeftOutWhereThereAreNone) {
+TEST_F(NamesOfStates, AreLeftOutWhereThereAreNoStates) {
   EXPECT_EQ(Where(tests::Bytes(*tests::EmptyScene()), "NAMES"), std::string::npos);
   EXPECT_EQ(Where(tests::Bytes(*SceneWith({})), "NAMES"), std::string::npos);
   EXPECT_EQ(Found(tests::Bytes(*SceneWith({}))), "");
+  const std::string unnamed = tests::Bytes(*SceneWith({"", ""}));
+  EXPECT_EQ(Found(unnamed), "||");
+  EXPECT_EQ(tests::Refusal(unnamed), "opened");
   const auto noted = SceneWith({"Day"});
   noted->GetDataInstance()->GetContainerInstance(kList.store)->RemoveData(kList.note);
   EXPECT_EQ(Where(tests::Bytes(*noted), "NAMES"), std::string::npos);

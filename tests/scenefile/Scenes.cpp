@@ -186,6 +186,7 @@ Document EverythingScene() {
   AddSettings(*doc);
   AddObjects(*doc, doc->GetFirstMaterial(), layer);
   doc->InsertShader(Shader(host::Xcolor, "on the document"));
+  doc->SetLayerObject(layer->GetNext());
   doc->SetFps(24);
   doc->ChangeNBit(5, host::NBIT_SET);
   doc->GetRenderBaseDraw()->SetSceneCamera(doc->GetFirstObject()->GetDown()->GetNext()->GetNext(),
