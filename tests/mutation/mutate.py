@@ -37,7 +37,9 @@ TESTS = {
     'engine/editing': ['test_editing'],
     'engine/states': ['test_states'],
     'engine/scenefile': ['test_scenefile'],
+    'engine/import': ['test_import'],
     'engine/render': ['test_render'],
+    'engine/publish': ['test_publish'],
     'engine/dialog': ['test_dialog'],
     'engine/application': ['test_application'],
     'source/Stagemarks': ['test_source'],
@@ -45,7 +47,14 @@ TESTS = {
 # What the build calls a folder of code.
 TARGETS = {folder: folder.replace('/', '_') for folder in TESTS}
 TARGETS['source/Stagemarks'] = 'stagemarks_code'
-PROGRAMS_NEEDED_BY = {'test_application', 'test_source', 'test_states', 'test_editing', 'test_render'}
+PROGRAMS_NEEDED_BY = {
+    'test_application',
+    'test_editing',
+    'test_publish',
+    'test_render',
+    'test_source',
+    'test_states',
+}
 
 # What a mutant may take beyond what the tests take by themselves.
 CPU_FACTOR = 5
