@@ -70,4 +70,14 @@ TEST_F(ImageDecoder, AChildThatFailsCostsAMessage) {
   EXPECT_TRUE(engine::DecodeImage(file)) << "without a child this process does it";
 }
 
+TEST_F(ImageDecoder, OneChildDecodesManyPictures) {
+  const std::string refusal = "\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\1\\0\\0\\0";
+  engine::DecodeImagesBy(Script(": > \"$0.$$\"; printf 'x" + refusal + "a" + refusal +
+                                "b' >&3; read x <&3; read x <&3"));
+  EXPECT_EQ(engine::DecodeImage("picture").Message(), "a");
+  EXPECT_EQ(engine::DecodeImage("another").Message(), "b");
+  using Entries = std::filesystem::directory_iterator;
+  EXPECT_EQ(std::distance(Entries(scratch_.Path()), Entries()), 2) << "it and what one start left";
+}
+
 }  // namespace

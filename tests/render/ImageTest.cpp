@@ -252,6 +252,14 @@ TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
     EXPECT_NE(at, std::string::npos) << attribute;
     return patched(exr, at + attribute.size() + 1 + skipped, bytes);
   };
+  // With one attribute more.
+  const auto exrAnd = [&](const std::string& name, const std::string& type,
+                          const std::string& value) {
+    std::string file = exr;
+    return file.insert(
+        file.find("channels"),
+        name + '\0' + type + '\0' + static_cast<char>(value.size()) + std::string(3, '\0') + value);
+  };
   const std::string large("\x70\x17\0\0\x70\x17\0\0", 8);  // 6000 twice
   const std::string tga = std::string("\0\0\x0a\0\0\0\0\0\0\0\0\0\xff\x3f\xff\x3f\x18\0", 18);
   // A head is "box2i", four bytes of length, left, top, right, bottom.
@@ -274,6 +282,16 @@ TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
   const Case cases[] = {
       {"EXR window", exrWith("dataWindow", window, large), "which a file of"},
       {"EXR length of an attribute", exrWith("dataWindow", 6, std::string("\xff\xff\xff\x7f", 4)),
+       "its head is damaged"},
+      {"EXR lines without packing",
+       patched(exrWith("dataWindow", window, std::string("\0\0\0\0\xb8\x0b\0\0", 8)),
+               exr.find("compression") + 2 * std::string("compression").size() + 2 + 4,
+               std::string(1, '\0')),
+       "claims more than its 461 bytes can hold"},
+      {"EXR texts", exrAnd("views", "stringvector", "\xff\xff\xff\x7fname"), "its head is damaged"},
+      {"EXR preview", exrAnd("preview", "preview", "\xff\xff\xff\x3f\1\1\1\1rgba"),
+       "its head is damaged"},
+      {"EXR tiles of no size", exrAnd("tiles", "tiledesc", std::string(9, '\0')),
        "its head is damaged"},
       {"TIFF", wide, "which a file of"},
       {"TGA", tga + std::string(40, '\x81'), "which a file of"},
