@@ -257,7 +257,8 @@ void RecordList::Add(const Chunk& chunk) {
 std::vector<RecordPair> UnsharedRecords(const RecordList& left, const RecordList& right) {
   std::vector<RecordPair> pairs = UnsharedWalk(left, right).Run();
   const auto isLeft = [](const RecordPair& pair) { return pair.left != nullptr; };
-  if (!std::ranges::is_partitioned(pairs, isLeft)) std::ranges::stable_partition(pairs, isLeft);
+  if (!std::ranges::is_partitioned(pairs, isLeft))
+    std::stable_partition(pairs.begin(), pairs.end(), isLeft);
   return pairs;
 }
 
