@@ -41,7 +41,7 @@ TESTS = {
     'engine/render': ['test_render'],
     'engine/publish': ['test_publish'],
     'engine/dialog': ['test_dialog'],
-    'engine/application': ['test_application'],
+    'engine/application': ['test_application', 'test_threads'],
     'source/Stagemarks': ['test_source'],
 }
 # What the build calls a folder of code.
