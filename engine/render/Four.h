@@ -2,6 +2,10 @@
 // directions of them. Values; any thread.
 #pragma once
 
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
+
 #include <cmath>
 #include <cstdint>
 
@@ -21,7 +25,11 @@ inline Four Floor(Four x) {
   return whole > x ? whole - 1 : whole;
 }
 inline Four Root(Four x) {
+#if defined(__SSE__)
+  return _mm_sqrt_ps(x);
+#else
   return Four{std::sqrt(x[0]), std::sqrt(x[1]), std::sqrt(x[2]), std::sqrt(x[3])};
+#endif
 }
 
 struct FourVecs {

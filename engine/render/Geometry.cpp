@@ -1,10 +1,11 @@
 #include "engine/render/Geometry.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <bit>
-#include <span>
+#include <cstring>
+#include <utility>
+
+#include "engine/render/Four.h"
 
 namespace engine {
 
@@ -36,58 +37,109 @@ bool IsUsable(const Vec& p) {
          std::abs(p.z) < kFarthest;
 }
 
-// Asks for room of that many elements in large pages where there are such: what is filled for the
-// first time is handed out by the system page by page, which takes longer than filling it.
-template <class Element>
-void ReserveLarge(std::vector<Element>& elements, std::size_t count) {
-  constexpr std::size_t kLargePage = 2 << 20;
-  elements.reserve(count);
-  void* begin = elements.data();
-  std::size_t bytes = count * sizeof(Element);
-  if (bytes >= 2 * kLargePage && std::align(kLargePage, kLargePage, begin, bytes))
-    (void)madvise(begin, bytes / kLargePage * kLargePage, MADV_HUGEPAGE);
-}
+// A corner of a triangle, as one number: four times the triangle's and its own, 0 to 2.
+using CornerNumber = std::uint64_t;
+constexpr CornerNumber kNoCorner = ~CornerNumber{0};
+constexpr std::size_t TriangleOf(CornerNumber corner) { return corner / 4; }
+
+// The faces around one point, component by component, so that four are looked at together.
+class FacesAround {
+ public:
+  std::size_t Count() const { return count_; }
+  bool IsFull() const { return count_ == kMostFacesCompared; }
+  CornerNumber Corner(std::size_t i) const { return corners_[i]; }
+  void Clear() { count_ = 0; }
+
+  void Add(CornerNumber corner, const Face& face) {
+    const Vec unit = face.Unit();
+    corners_[count_] = corner;
+    unitX_[count_] = unit.x;
+    unitY_[count_] = unit.y;
+    unitZ_[count_] = unit.z;
+    normalX_[count_] = face.normal.x;
+    normalY_[count_] = face.normal.y;
+    normalZ_[count_] = face.normal.z;
+    ++count_;
+  }
+
+  Vec Unit(std::size_t i) const { return {unitX_[i], unitY_[i], unitZ_[i]}; }
+
+  // For four faces from the first on: the sum of all that are smooth with each, in their order,
+  // with length 1; the face's own direction where that is none.
+  FourVecs SmoothNormals(std::size_t first) const {
+    const FourVecs own{FourAt(unitX_, first), FourAt(unitY_, first), FourAt(unitZ_, first)};
+    FourVecs sum{};
+    for (std::size_t i = count_; i-- > 0;) {
+      const FourWhole isSmooth = own.Dot(Unit(i)) > kSmoothCosine;
+      sum.x += Where(isSmooth, normalX_[i]);
+      sum.y += Where(isSmooth, normalY_[i]);
+      sum.z += Where(isSmooth, normalZ_[i]);
+    }
+    const Four scale = 1 / Root(Squares(sum));
+    const FourVecs normal{sum.x * scale, sum.y * scale, sum.z * scale};
+    const FourWhole isUsable = Squares(normal) > 0.5F;
+    return {isUsable ? normal.x : own.x, isUsable ? normal.y : own.y, isUsable ? normal.z : own.z};
+  }
+
+ private:
+  using Components = std::array<float, kMostFacesCompared>;
+
+  static Four FourAt(const Components& from, std::size_t first) {
+    return Four{from[first], from[first + 1], from[first + 2], from[first + 3]};
+  }
+  static Four Squares(const FourVecs& v) { return v.x * v.x + v.y * v.y + v.z * v.z; }
+  static Four Where(FourWhole mask, float number) {
+    return std::bit_cast<Four>(mask &
+                               std::bit_cast<FourWhole>(Four{number, number, number, number}));
+  }
+
+  std::array<CornerNumber, kMostFacesCompared> corners_{};
+  Components unitX_{}, unitY_{}, unitZ_{}, normalX_{}, normalY_{}, normalZ_{};
+  std::size_t count_ = 0;
+};
 
 class Cleaning {
  public:
   Cleaning(const Mesh& mesh, Geometry& geometry) : mesh_(mesh), geometry_(geometry) {}
 
   void Run() {
-    // The ray tracer reads points 16 bytes at a time and may look past the last one.
-    ReserveLarge(geometry_.points, mesh_.points.size() + 2);
-    for (const auto& p : mesh_.points) geometry_.points.push_back({p[0], p[1], p[2]});
-    allUsable_ = std::ranges::all_of(geometry_.points, IsUsable);
-    uses_.assign(geometry_.points.size() + 1, 0);
+    TakePoints();
     Reserve();
     for (std::uint32_t i = 0; i < mesh_.polygons.size(); ++i) {
       AddTriangle({i, {0, 1, 2}});
       if (IsQuad(mesh_.polygons[i])) AddTriangle({i, {0, 2, 3}});
     }
+    geometry_.normals.resize(geometry_.triangles.size());
     for (std::size_t p = 0; p < geometry_.points.size(); ++p) {
-      if (uses_[p + 1] > 0) geometry_.bounds.Add(geometry_.points[p]);
+      if (lasts_[p] != kNoCorner) geometry_.bounds.Add(geometry_.points[p]);
     }
     if (!allUsable_) MakeSafePoints();
     if (mesh_.uvs.size() == mesh_.polygons.size() * 4) CopyCorners(mesh_.uvs, 0, geometry_.uvs);
     if (mesh_.colors.size() == mesh_.polygons.size() * 4)
       CopyCorners(mesh_.colors, 1, geometry_.colors);
-    if (mesh_.normals.size() == mesh_.polygons.size() * 4) {
-      CopyNormals();
-    } else {
-      const bool isSmall =
-          geometry_.triangles.size() < std::numeric_limits<std::uint32_t>::max() / 3;
-      isSmall ? SmoothNormals<std::uint32_t>() : SmoothNormals<std::size_t>();
-    }
+    mesh_.normals.size() == mesh_.polygons.size() * 4 ? CopyNormals() : SmoothNormals();
   }
 
  private:
+  // The ray tracer reads points 16 bytes at a time and may look past the last one.
+  void TakePoints() {
+    geometry_.points.reserve(mesh_.points.size() + 2);
+    for (const auto& p : mesh_.points) {
+      geometry_.points.push_back({p[0], p[1], p[2]});
+      allUsable_ = allUsable_ && IsUsable(geometry_.points.back());
+    }
+  }
+
   void Reserve() {
     const std::size_t triangles =
         mesh_.polygons.size() +
         static_cast<std::size_t>(std::ranges::count_if(mesh_.polygons, IsQuad));
-    ReserveLarge(geometry_.triangles, triangles);
+    geometry_.triangles.reserve(triangles);
+    geometry_.normals.resize(triangles);
     hasCorners_ = !mesh_.uvs.empty() || !mesh_.colors.empty() || !mesh_.normals.empty();
-    if (hasCorners_) ReserveLarge(sources_, triangles);
-    ReserveLarge(faces_, triangles);
+    if (hasCorners_) sources_.reserve(triangles);
+    faces_.reserve(triangles);
+    lasts_.assign(geometry_.points.size(), kNoCorner);
   }
 
   void AddTriangle(const Source& source) {
@@ -102,13 +154,28 @@ class Cleaning {
                              geometry_.points[corners[2]] - geometry_.points[corners[0]]);
     const float size = Length(normal);
     if (!(size > 0) || !std::isfinite(size)) return Drop();
-    for (const std::uint32_t c : corners) ++uses_[c + 1];
+    const CornerNumber first = geometry_.triangles.size() * 4;
+    for (std::size_t c = 0; c < 3; ++c)
+      PutBefore(first + c, std::exchange(lasts_[corners[c]], first + c));
     geometry_.triangles.push_back(corners);
     if (hasCorners_) sources_.push_back(source);
     faces_.push_back({normal, 1 / size});
   }
 
   void Drop() { ++geometry_.dropped; }
+
+  Vec& NormalAt(CornerNumber corner) { return geometry_.normals[TriangleOf(corner)][corner % 4]; }
+
+  // The corners at one point, from the last one on: each has the one before it where its normal
+  // will be.
+  void PutBefore(CornerNumber corner, CornerNumber before) {
+    std::memcpy(static_cast<void*>(&NormalAt(corner)), &before, sizeof before);
+  }
+  CornerNumber Before(CornerNumber corner) {
+    CornerNumber before = 0;
+    std::memcpy(&before, &NormalAt(corner), sizeof before);
+    return before;
+  }
 
   // Points that no triangle uses may still be anything.
   void MakeSafePoints() {
@@ -118,7 +185,7 @@ class Cleaning {
   // What is no number becomes `instead`, with all that belongs to it.
   template <std::size_t N>
   void CopyCorners(const std::vector<std::array<float, N>>& from, float instead,
-                   std::vector<std::array<std::array<float, N>, 3>>& to) const {
+                   PagedVector<std::array<std::array<float, N>, 3>>& to) const {
     to.resize(sources_.size());
     for (std::size_t i = 0; i < sources_.size(); ++i) {
       for (std::size_t c = 0; c < 3; ++c) {
@@ -131,7 +198,6 @@ class Cleaning {
 
   void CopyNormals() {
     geometry_.hasFront = true;
-    geometry_.normals.resize(sources_.size());
     for (std::size_t i = 0; i < sources_.size(); ++i) {
       for (std::size_t c = 0; c < 3; ++c) {
         const auto& n = mesh_.normals[sources_[i].polygon * 4 + sources_[i].corners[c]];
@@ -142,80 +208,51 @@ class Cleaning {
     }
   }
 
-  // Corners at each point, as one list with the place where each point's part ends. Corner c of
-  // triangle i is number i * 3 + c.
-  template <class Number>
   void SmoothNormals() {
-    std::vector<std::size_t>& ends = uses_;
-    for (std::size_t i = 1; i < ends.size(); ++i) ends[i] += ends[i - 1];
-    std::vector<Number> corners;
-    ReserveLarge(corners, geometry_.triangles.size() * 3);
-    corners.resize(geometry_.triangles.size() * 3);
-    Number corner = 0;
-    // Each place moves on to its own end, which is where the next point's begins.
-    for (const auto& t : geometry_.triangles) {
-      for (const std::uint32_t point : t) corners[ends[point]++] = corner++;
-    }
-    ReserveLarge(geometry_.normals, geometry_.triangles.size());
-    geometry_.normals.resize(geometry_.triangles.size());
-    std::size_t begin = 0;
-    for (std::size_t p = 0; p < geometry_.points.size(); ++p) {
-      SmoothPoint(std::span<const Number>(corners).subspan(begin, ends[p] - begin));
-      begin = ends[p];
+    for (const CornerNumber last : lasts_) {
+      around_.Clear();
+      CornerNumber corner = last;
+      for (; corner != kNoCorner && !around_.IsFull(); corner = Before(corner))
+        around_.Add(corner, faces_[TriangleOf(corner)]);
+      corner == kNoCorner ? SmoothAround() : SmoothAll(last);
     }
   }
 
-  template <class Number>
-  void SmoothPoint(std::span<const Number> corners) {
-    if (corners.size() > kMostFacesCompared) return SmoothAll(corners);
-    if (CompareFaces(corners)) return SmoothAll(corners);
-    for (std::size_t i = 0; i < corners.size(); ++i) {
-      Vec sum;
-      for (std::uint64_t rest = smooth_[i]; rest != 0; rest &= rest - 1)
-        sum += faces_[corners[static_cast<std::size_t>(std::countr_zero(rest))] / 3].normal;
-      SetNormal(corners[i], Normalized(sum));
+  void SmoothAround() {
+    for (std::size_t first = 0; first < around_.Count(); first += 4) {
+      const FourVecs normals = around_.SmoothNormals(first);
+      const std::size_t end = std::min<std::size_t>(4, around_.Count() - first);
+      for (std::size_t i = 0; i < end; ++i)
+        NormalAt(around_.Corner(first + i)) = {normals.x[i], normals.y[i], normals.z[i]};
     }
   }
 
   // One normal for all of the corners around a point.
-  template <class Number>
-  void SmoothAll(std::span<const Number> corners) {
-    Vec sum;
-    for (const Number corner : corners) sum += faces_[corner / 3].normal;
-    const Vec normal = Normalized(sum);
-    for (const Number corner : corners) SetNormal(corner, normal);
-  }
-
-  // Finds out which of the faces around a point are smooth with each other; whether all are.
-  template <class Number>
-  bool CompareFaces(std::span<const Number> corners) {
-    bool areAll = true;
-    for (std::size_t i = 0; i < corners.size(); ++i) {
-      units_[i] = faces_[corners[i] / 3].Unit();
-      smooth_[i] = 0;
-      for (std::size_t k = 0; k <= i; ++k) {
-        const bool isSmooth = Dot(units_[i], units_[k]) > kSmoothCosine;
-        areAll = areAll && isSmooth;
-        smooth_[i] |= std::uint64_t{isSmooth} << k;
-        smooth_[k] |= std::uint64_t{isSmooth} << i;
-      }
+  void SmoothAll(CornerNumber last) {
+    CornerNumber first = kNoCorner;
+    while (last != kNoCorner) {
+      const CornerNumber before = Before(last);
+      PutBefore(last, std::exchange(first, last));
+      last = before;
     }
-    return areAll;
-  }
-
-  void SetNormal(std::size_t corner, Vec normal) {
-    const bool usable = IsFinite(normal) && Dot(normal, normal) > 0.5F;
-    geometry_.normals[corner / 3][corner % 3] = usable ? normal : faces_[corner / 3].Unit();
+    Vec sum;
+    for (CornerNumber corner = first; corner != kNoCorner; corner = Before(corner))
+      sum += faces_[TriangleOf(corner)].normal;
+    const Vec normal = Normalized(sum);
+    const bool isUsable = IsFinite(normal) && Dot(normal, normal) > 0.5F;
+    while (first != kNoCorner) {
+      const CornerNumber next = Before(first);
+      NormalAt(first) = isUsable ? normal : faces_[TriangleOf(first)].Unit();
+      first = next;
+    }
   }
 
   const Mesh& mesh_;
   Geometry& geometry_;
-  std::vector<Source> sources_;
-  std::vector<Face> faces_;        // by triangle
-  std::vector<std::size_t> uses_;  // at a point's number + 1: corners of triangles there
-  // Of the faces around one point: their directions, and with which others each is smooth
-  std::array<Vec, kMostFacesCompared> units_;
-  std::array<std::uint64_t, kMostFacesCompared> smooth_{};
+  PagedVector<Source> sources_;
+  PagedVector<Face> faces_;          // by triangle
+  PagedVector<CornerNumber> lasts_;  // by point: the last corner there
+  FacesAround around_;
   bool allUsable_ = true;    // all points
   bool hasCorners_ = false;  // the mesh says something of the corners of its polygons
 };

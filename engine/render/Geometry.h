@@ -10,8 +10,8 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "engine/render/PageAllocator.h"
 #include "engine/render/TracerScene.h"
 #include "engine/render/Vec.h"
 #include "engine/scene/Mesh.h"
@@ -21,12 +21,12 @@ namespace engine {
 struct Geometry {
   using Corners = std::array<std::uint32_t, 3>;
 
-  std::vector<Vec> points;
-  std::vector<Corners> triangles;
-  std::vector<std::array<Vec, 3>> normals;               // unit, one per corner
-  std::vector<std::array<std::array<float, 2>, 3>> uvs;  // empty, or one per corner
+  PagedVector<Vec> points;
+  PagedVector<Corners> triangles;
+  PagedVector<std::array<Vec, 3>> normals;               // unit, one per corner
+  PagedVector<std::array<std::array<float, 2>, 3>> uvs;  // empty, or one per corner
   // Empty, or one per corner: linear, and opacity
-  std::vector<std::array<std::array<float, 4>, 3>> colors;
+  PagedVector<std::array<std::array<float, 4>, 3>> colors;
   // The mesh came with normals, so its faces have a front and a back
   bool hasFront = false;
   Box bounds;

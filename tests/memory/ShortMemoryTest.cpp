@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <new>
 
@@ -16,6 +17,7 @@
 #include "engine/import/Import.h"
 #include "engine/render/ImageDecoder.h"
 #include "engine/render/Renderer.h"
+#include "engine/scene/Mesh.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/SceneFile.h"
 #include "host/BaseMaterial.h"
@@ -208,6 +210,39 @@ TEST_F(ShortMemory, Rendering) {
         if (picture) (void)picture.Value()->Refine();
       },
       [] {});
+}
+
+// Their arrays are no takings of the heap.
+TEST_F(ShortMemory, RenderingALargeMesh) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers map more address space than any limit allows";
+#endif
+  constexpr std::int32_t kSide = 600;
+  auto mesh = std::make_shared<engine::Mesh>();
+  for (std::int32_t i = 0; i < kSide * kSide; ++i)
+    mesh->points.push_back({static_cast<float>(i % kSide), 0, static_cast<float>(i / kSide)});
+  for (std::int32_t i = 0; i + kSide + 1 < kSide * kSide; ++i)
+    mesh->polygons.push_back({i, i + kSide, i + kSide + 1, i + 1});
+  host::BaseObject* const object = host::BaseObject::Alloc(host::Opolygon);
+  Doc().AppendObject(object);
+  engine::SetMesh(*object, mesh);
+  engine::RenderCaches caches;
+  engine::PictureSetup setup;
+  setup.width = 40;
+  setup.height = 30;
+  const auto begin = [&] {
+    return engine::PictureInProgress::Begin(Doc(), Services().files, setup, caches);
+  };
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_AS, &before), 0);
+  long pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  const rlimit tight{static_cast<rlim_t>(pages * ::getpagesize()) + (3 << 20), before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_AS, &tight), 0);
+  const auto refused = begin();
+  ::setrlimit(RLIMIT_AS, &before);
+  EXPECT_EQ(refused.Message(), "There is not enough memory for the picture.");
+  EXPECT_TRUE(begin());
 }
 
 TEST_F(ShortMemory, DecodingByAChild) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <random>
 
 #include "engine/render/RenderCaches.h"
@@ -26,12 +27,12 @@ Vec FaceNormal(const Geometry& geometry, std::size_t face) {
 }
 
 // For each corner all faces at its point, one by one.
-std::vector<std::array<Vec, 3>> PlainNormals(const Geometry& geometry) {
+engine::PagedVector<std::array<Vec, 3>> PlainNormals(const Geometry& geometry) {
   std::vector<std::vector<std::size_t>> faces(geometry.points.size());
   for (std::size_t i = 0; i < geometry.triangles.size(); ++i) {
     for (const std::uint32_t point : geometry.triangles[i]) faces[point].push_back(i);
   }
-  std::vector<std::array<Vec, 3>> normals(geometry.triangles.size());
+  engine::PagedVector<std::array<Vec, 3>> normals(geometry.triangles.size());
   for (std::size_t i = 0; i < normals.size(); ++i) {
     const Vec own = Normalized(FaceNormal(geometry, i));
     for (std::size_t c = 0; c < 3; ++c) {
@@ -84,6 +85,25 @@ TEST(Geometry, NormalsAreThoseOfThePlainWayToTheBit) {
     EXPECT_GT(geometry->dropped, 0U);
     EXPECT_EQ(geometry->normals, PlainNormals(*geometry)) << "seed " << seed - 1;
   }
+}
+
+TEST(PageAllocator, KeepsWhatIsGivenBackForArraysOfAboutThatSize) {
+  constexpr std::size_t kMiB = 1 << 20;
+  engine::GivePagesBack(engine::TakePages(8 * kMiB), 8 * kMiB);
+  const std::size_t kept = engine::KeptPageBytes();
+  EXPECT_GE(kept, 8 * kMiB);
+  void* const again = engine::TakePages(8 * kMiB);
+  EXPECT_EQ(engine::KeptPageBytes(), kept - 8 * kMiB);
+  std::memset(again, 1, 8 * kMiB);
+  engine::GivePagesBack(again, 8 * kMiB);
+  // Nobody keeps more than the bound, and nothing of it when there is no more memory.
+  constexpr std::size_t kLarge = engine::kMostKeptPageBytes / 2 + 1;
+  void* const large[] = {engine::TakePages(kLarge), engine::TakePages(kLarge)};
+  for (void* const pages : large) engine::GivePagesBack(pages, kLarge);
+  EXPECT_LE(engine::KeptPageBytes(), engine::kMostKeptPageBytes);
+  EXPECT_THROW(engine::TakePages(std::size_t{1} << 60), std::bad_alloc);
+  EXPECT_EQ(engine::KeptPageBytes(), 0U);
+  EXPECT_THROW(engine::PagedVector<Vec>().reserve(std::size_t{1} << 58), std::exception);
 }
 
 }  // namespace
