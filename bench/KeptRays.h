@@ -40,6 +40,15 @@ Function* Real(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+void KeepPacket(RTCScene scene, const int* valid, RTCRay8& packet, bool isShadow) {
+  for (unsigned i = 0; i < 8; ++i) {
+    if (valid[i] == 0) continue;
+    RTCRayHit one{};
+    one.ray = rtcGetRayFromRayN(reinterpret_cast<RTCRayN*>(&packet), 8, i);
+    tracing.rays.push_back({scene, one, isShadow, one.ray.tfar});
+  }
+}
+
 }  // namespace
 
 extern "C" {
@@ -54,6 +63,22 @@ void rtcOccluded1(RTCScene scene, RTCIntersectContext* context, RTCRay* ray) {
   static auto* const real = Real<void(RTCScene, RTCIntersectContext*, RTCRay*)>("rtcOccluded1");
   if (tracing.keeps) tracing.rays.push_back({scene, {*ray, {}}, true, ray->tfar});
   real(scene, context, ray);
+}
+
+// Those of a packet are kept one by one: how a picture groups its rays is its own affair.
+void rtcIntersect8(const int* valid, RTCScene scene, RTCIntersectContext* context,
+                   RTCRayHit8* packet) {
+  static auto* const real =
+      Real<void(const int*, RTCScene, RTCIntersectContext*, RTCRayHit8*)>("rtcIntersect8");
+  if (tracing.keeps) KeepPacket(scene, valid, packet->ray, false);
+  real(valid, scene, context, packet);
+}
+
+void rtcOccluded8(const int* valid, RTCScene scene, RTCIntersectContext* context, RTCRay8* packet) {
+  static auto* const real =
+      Real<void(const int*, RTCScene, RTCIntersectContext*, RTCRay8*)>("rtcOccluded8");
+  if (tracing.keeps) KeepPacket(scene, valid, *packet, true);
+  real(valid, scene, context, packet);
 }
 
 void rtcCommitScene(RTCScene scene) {

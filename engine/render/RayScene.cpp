@@ -20,45 +20,58 @@ unsigned MaskOf(const Instance& instance, const SurfaceLook& look) {
 
 // Written as the ray tracer reads it, 16 bytes at a time: a processor waits for what is written in
 // smaller pieces.
-RTCRay ToTracerRay(Four originAndNear, Four direction, float far, unsigned mask) {
+RTCRay ToTracerRay(const Ray& ray, unsigned mask) {
   static_assert(sizeof(RTCRay) == 3 * sizeof(Four) && offsetof(RTCRay, tnear) == 12 &&
                 offsetof(RTCRay, dir_x) == 16 && offsetof(RTCRay, tfar) == 32 &&
                 offsetof(RTCRay, mask) == 36);
   return std::bit_cast<RTCRay>(
-      std::array<Four, 3>{originAndNear, direction, Four{far, std::bit_cast<float>(mask), 0, 0}});
-}
-
-RTCRay ToTracerRay(const Ray& ray, unsigned mask) {
-  return ToTracerRay(Four{ray.origin.x, ray.origin.y, ray.origin.z, ray.near},
-                     Four{ray.direction.x, ray.direction.y, ray.direction.z, 0}, ray.far, mask);
+      std::array<Four, 3>{Four{ray.origin.x, ray.origin.y, ray.origin.z, ray.near},
+                          Four{ray.direction.x, ray.direction.y, ray.direction.z, 0},
+                          Four{ray.far, std::bit_cast<float>(mask), 0, 0}});
 }
 
 // The ray tracer ends the process over a ray that leads nowhere. What is no number is not below.
-inline bool IsSaneOrigin(Vec origin) {
-  constexpr float kFarthestOrigin = 4e9F;
-  return std::abs(origin.x) < kFarthestOrigin && std::abs(origin.y) < kFarthestOrigin &&
-         std::abs(origin.z) < kFarthestOrigin;
-}
-
-constexpr float kUnitTolerance = 0.01F;
-
 inline bool IsSane(const Ray& ray) {
-  return IsSaneOrigin(ray.origin) &&
+  constexpr float kFarthestOrigin = 4e9F;
+  constexpr float kUnitTolerance = 0.01F;
+  return std::abs(ray.origin.x) < kFarthestOrigin && std::abs(ray.origin.y) < kFarthestOrigin &&
+         std::abs(ray.origin.z) < kFarthestOrigin &&
          std::abs(Dot(ray.direction, ray.direction) - 1) < kUnitTolerance && ray.near >= 0 &&
          ray.far >= ray.near;
 }
 
-RTCRayHit Shoot(RTCScene scene, const Ray& ray, unsigned mask) {
-  RTCRayHit hit;
-  hit.ray = ToTracerRay(ray, mask);
-  hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-  hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
-  if (!IsSane(ray)) return hit;
-  RTCIntersectContext context;
-  rtcInitIntersectContext(&context);
-  rtcIntersect1(scene, &context, &hit);
-  return hit;
+// From how many rays on a packet is quicker; never on a processor that knows none of that size.
+int FewestTogether(RTCDevice device) {
+  constexpr int kFewest = 2;
+  return rtcGetDeviceProperty(device, RTC_DEVICE_PROPERTY_NATIVE_RAY8_SUPPORTED)
+             ? kFewest
+             : static_cast<int>(kPacketSize) + 1;
 }
+
+// Says which of the rays are asked for, as the ray tracer reads it.
+struct AskedRays {
+  alignas(32) PerRay<int> valid{};
+
+  // Gives it those of the rays that lead somewhere.
+  void Put(const PerRay<Ray>& rays, Lanes asked, unsigned mask, RTCRay8* to) {
+    static_assert(sizeof(RTCRay8) == 12 * sizeof(PerRay<int>));
+    *to = {};
+    for (const std::size_t i : asked) {
+      const Ray& ray = rays[i];
+      if (!IsSane(ray)) continue;
+      valid[i] = -1;
+      to->org_x[i] = ray.origin.x;
+      to->org_y[i] = ray.origin.y;
+      to->org_z[i] = ray.origin.z;
+      to->tnear[i] = ray.near;
+      to->dir_x[i] = ray.direction.x;
+      to->dir_y[i] = ray.direction.y;
+      to->dir_z[i] = ray.direction.z;
+      to->tfar[i] = ray.far;
+      to->mask[i] = mask;
+    }
+  }
+};
 
 // The directions of a frame.
 struct Axes {
@@ -151,7 +164,7 @@ struct RayScene::Triangle {
 };
 
 RayScene::RayScene(const ScenePicture& picture, RTCDevice device)
-    : picture_(picture), scene_(device) {
+    : picture_(picture), scene_(device), fewestTogether_(FewestTogether(device)) {
   placed_.reserve(picture.instances.size());
   for (std::size_t i = 0; i < picture.instances.size(); ++i) {
     const Instance& instance = picture.instances[i];
@@ -178,10 +191,50 @@ void RayScene::Attach(const Instance& instance, unsigned index, RTCDevice device
   rtcReleaseGeometry(geometry);
 }
 
+bool RayScene::Shoot(const Ray& ray, unsigned mask, TriangleHit* hit) const {
+  if (!IsSane(ray)) return false;
+  RTCRayHit found;
+  found.ray = ToTracerRay(ray, mask);
+  found.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+  found.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+  RTCIntersectContext context;
+  rtcInitIntersectContext(&context);
+  rtcIntersect1(scene_.Get(), &context, &found);
+  if (found.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
+  *hit = {found.hit.instID[0], found.hit.primID, found.hit.u, found.hit.v, found.ray.tfar};
+  return true;
+}
+
+Lanes RayScene::Shoot(const PerRay<Ray>& rays, Lanes asked, unsigned mask,
+                      PerRay<TriangleHit>* hits) const {
+  Lanes found;
+  if (!AreTracedTogether(asked)) {
+    for (const std::size_t i : asked) {
+      if (Shoot(rays[i], mask, &(*hits)[i])) found.Add(i);
+    }
+    return found;
+  }
+  RTCRayHit8 packet;
+  AskedRays together;
+  together.Put(rays, asked, mask, &packet.ray);
+  std::ranges::fill(packet.hit.geomID, RTC_INVALID_GEOMETRY_ID);
+  std::ranges::fill(packet.hit.instID[0], RTC_INVALID_GEOMETRY_ID);
+  RTCIntersectContext context;
+  rtcInitIntersectContext(&context);
+  rtcIntersect8(together.valid.data(), scene_.Get(), &context, &packet);
+  for (const std::size_t i : asked) {
+    if (packet.hit.geomID[i] == RTC_INVALID_GEOMETRY_ID) continue;
+    found.Add(i);
+    (*hits)[i] = {packet.hit.instID[0][i], packet.hit.primID[i], packet.hit.u[i], packet.hit.v[i],
+                  packet.ray.tfar[i]};
+  }
+  return found;
+}
+
 bool RayScene::Find(const Ray& ray, unsigned mask, const RayCamera& camera,
                     SurfaceHit* surface) const {
-  const RTCRayHit hit = Shoot(scene_.Get(), ray, mask);
-  if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
+  TriangleHit hit;
+  if (!Shoot(ray, mask, &hit)) return false;
   Describe(hit, ray, camera, surface);
   return true;
 }
@@ -190,10 +243,25 @@ bool RayScene::FindVisible(const Ray& ray, const RayCamera& camera, SurfaceHit* 
   Ray rest = ray;
   for (int layer = 0; layer < kMostLayers; ++layer) {
     if (!Find(rest, kSeenByCamera, camera, surface)) return false;
-    if (!surface->isBack && surface->alpha > 0) return true;
+    if (surface->IsVisible()) return true;
     rest.near = surface->distance + Gap(*surface);
   }
   return false;
+}
+
+Lanes RayScene::FindVisible(const PerRay<Ray>& rays, Lanes asked, const RayCamera& camera,
+                            PerRay<SurfaceHit>* surfaces) const {
+  PerRay<TriangleHit> hits;
+  Lanes seen = Shoot(rays, asked, kSeenByCamera, &hits);
+  for (const std::size_t i : seen) {
+    SurfaceHit& surface = (*surfaces)[i];
+    Describe(hits[i], rays[i], camera, &surface);
+    if (surface.IsVisible()) continue;
+    Ray rest = rays[i];
+    rest.near = surface.distance + Gap(surface);
+    if (!FindVisible(rest, camera, &surface)) seen.Remove(i);
+  }
+  return seen;
 }
 
 bool RayScene::IsBlocked(const Ray& ray) const {
@@ -205,21 +273,22 @@ bool RayScene::IsBlocked(const Ray& ray) const {
   return shadow.tfar < 0;
 }
 
-int RayScene::CountBlocked(Vec origin, const FourVecs& ways, FourWhole asked,
-                           float distance) const {
-  if (!IsSaneOrigin(origin) || !(distance >= 0)) return 0;
-  const Four excess = ways.x * ways.x + ways.y * ways.y + ways.z * ways.z - 1;
-  const FourWhole looked = asked & (excess < kUnitTolerance) & (excess > -kUnitTolerance);
-  const Four from{origin.x, origin.y, origin.z, 0};
+Lanes RayScene::FindBlocked(const PerRay<Ray>& rays, Lanes asked) const {
+  Lanes blocked;
+  if (!AreTracedTogether(asked)) {
+    for (const std::size_t i : asked) {
+      if (IsBlocked(rays[i])) blocked.Add(i);
+    }
+    return blocked;
+  }
+  RTCRay8 packet;
+  AskedRays together;
+  together.Put(rays, asked, kOpaqueCaster, &packet);
   RTCIntersectContext context;
   rtcInitIntersectContext(&context);
-  int blocked = 0;
-  for (int i = 0; i < 4; ++i) {
-    if (looked[i] == 0) continue;
-    RTCRay shadow =
-        ToTracerRay(from, Four{ways.x[i], ways.y[i], ways.z[i], 0}, distance, kOpaqueCaster);
-    rtcOccluded1(scene_.Get(), &context, &shadow);
-    blocked += shadow.tfar < 0;
+  rtcOccluded8(together.valid.data(), scene_.Get(), &context, &packet);
+  for (const std::size_t i : asked) {
+    if (packet.tfar[i] < 0) blocked.Add(i);
   }
   return blocked;
 }
@@ -276,15 +345,15 @@ void Color(const Geometry& geometry, std::size_t triangle, const std::array<floa
 
 }  // namespace
 
-void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
+void RayScene::Describe(const TriangleHit& hit, const Ray& ray, const RayCamera& camera,
                         SurfaceHit* surface) const {
-  const Placed& placed = placed_[hit.hit.instID[0]];
+  const Placed& placed = placed_[hit.instance];
   const Geometry& geometry = *placed.geometry;
-  const Geometry::Corners& corners = geometry.triangles[hit.hit.primID];
+  const Geometry::Corners& corners = geometry.triangles[hit.triangle];
   const Vec corner = geometry.points[corners[0]];
   Triangle triangle;
-  triangle.index = hit.hit.primID;
-  triangle.weights = {1 - hit.hit.u - hit.hit.v, hit.hit.u, hit.hit.v};
+  triangle.index = hit.triangle;
+  triangle.weights = {1 - hit.u - hit.v, hit.u, hit.v};
   triangle.edge1 = placed.axes.Turned(geometry.points[corners[1]] - corner);
   triangle.edge2 = placed.axes.Turned(geometry.points[corners[2]] - corner);
   const Vec across = Cross(triangle.edge1, triangle.edge2);
@@ -292,8 +361,8 @@ void RayScene::Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& c
 
   surface->instance = placed.instance;
   surface->look = placed.look;
-  surface->distance = hit.ray.tfar;
-  surface->position = ray.origin + ray.direction * hit.ray.tfar;
+  surface->distance = hit.distance;
+  surface->position = ray.origin + ray.direction * hit.distance;
   surface->faceNormal = triangle.area > 0 ? across * (1 / triangle.area) : across;
   const auto& n = geometry.normals[triangle.index];
   surface->normal = Normalized(placed.normals.Turned(

@@ -5,7 +5,7 @@
 
 #include <embree3/rtcore.h>
 
-#include "engine/render/RayCamera.h"
+#include "engine/render/RayPacket.h"
 #include "engine/render/TracerScene.h"
 
 namespace engine {
@@ -33,6 +33,8 @@ struct SurfaceHit {
   float metallic = 0;
   float occlusion = 1;  // share of the light around that its picture lets through
   bool isBack = false;  // the back of a surface that has only a front
+
+  bool IsVisible() const { return !isBack && alpha > 0; }
 };
 
 class RayScene {
@@ -50,11 +52,11 @@ class RayScene {
   // The first hit as an eye sees it: through backs of surfaces that have only a front, and through
   // what is wholly transparent.
   bool FindVisible(const Ray& ray, const RayCamera& camera, SurfaceHit* surface) const;
-  // Whether something wholly opaque lies within the ray.
-  bool IsBlocked(const Ray& ray) const;
-  // The same of four directions, unit, from one place up to a distance: how many of those which
-  // `asked` has -1 for, and not 0, are blocked.
-  int CountBlocked(Vec origin, const FourVecs& ways, FourWhole asked, float distance) const;
+  // The same for the rays of a packet that are asked for: those that see a surface.
+  Lanes FindVisible(const PerRay<Ray>& rays, Lanes asked, const RayCamera& camera,
+                    PerRay<SurfaceHit>* surfaces) const;
+  // The rays within which something wholly opaque lies.
+  Lanes FindBlocked(const PerRay<Ray>& rays, Lanes asked) const;
   // Place of an instance that was found, among those of the picture.
   std::uint32_t IndexOf(const Instance& instance) const {
     return static_cast<std::uint32_t>(&instance - picture_.instances.data());
@@ -67,9 +69,23 @@ class RayScene {
  private:
   struct Placed;
   struct Triangle;
+  // Where a ray hit a triangle.
+  struct TriangleHit {
+    unsigned instance;
+    unsigned triangle;
+    float u, v;
+    float distance;
+  };
 
   void Attach(const Instance& instance, unsigned index, RTCDevice device);
-  void Describe(const RTCRayHit& hit, const Ray& ray, const RayCamera& camera,
+  // Rays that hit something, and where.
+  Lanes Shoot(const PerRay<Ray>& rays, Lanes asked, unsigned mask,
+              PerRay<TriangleHit>* spots) const;
+  bool Shoot(const Ray& ray, unsigned mask, TriangleHit* hit) const;
+  bool IsBlocked(const Ray& ray) const;
+  // Whether that many rays are quicker together than one by one.
+  bool AreTracedTogether(Lanes lanes) const { return lanes.Count() >= fewestTogether_; }
+  void Describe(const TriangleHit& hit, const Ray& ray, const RayCamera& camera,
                 SurfaceHit* surface) const;
   static void AddTextures(const Placed& placed, const Triangle& triangle, float detail,
                           float* alpha, SurfaceHit* surface);
@@ -77,6 +93,7 @@ class RayScene {
   const ScenePicture& picture_;
   std::vector<Placed> placed_;  // one per instance
   TracerScene scene_;
+  int fewestTogether_;
   bool hasSeeThroughCasters_ = false;
   float size_ = 1;
 };

@@ -125,32 +125,42 @@ bool PictureInProgress::Refine(const ProgressCallback& progress) {
   return true;
 }
 
+// Which looks are taken together depends on nothing but the tile, or threads would show in the
+// picture.
 void PictureInProgress::RenderTile(std::uint32_t tile, std::uint32_t samples) {
   const std::uint32_t left = tile % tilesAcross_ * kTileSide;
   const std::uint32_t top = tile / tilesAcross_ * kTileSide;
+  PerRay<Shading::Look> looks;
+  std::size_t count = 0;
   for (std::uint32_t y = top; y < std::min(top + kTileSide, setup_.height); ++y) {
-    for (std::uint32_t x = left; x < std::min(left + kTileSide, setup_.width); ++x)
-      RenderPixel(x, y, samples);
+    for (std::uint32_t x = left; x < std::min(left + kTileSide, setup_.width); ++x) {
+      const std::uint32_t index = y * setup_.width + x;
+      if (!refined_.empty() && !refined_[index]) continue;
+      for (std::uint32_t i = pixels_[index].samples; i < samples; ++i) {
+        looks[count++] = {static_cast<float>(x) + SampleX(i), static_cast<float>(y) + SampleY(i),
+                          index, i};
+        if (count < looks.size()) continue;
+        TakeLooks(looks, count);
+        count = 0;
+      }
+    }
   }
+  TakeLooks(looks, count);
 }
 
-void PictureInProgress::RenderPixel(std::uint32_t x, std::uint32_t y, std::uint32_t samples) {
-  const std::size_t index = static_cast<std::size_t>(y) * setup_.width + x;
-  if (!refined_.empty() && !refined_[index]) return;
-  Pixel& pixel = pixels_[index];
-  for (; pixel.samples < samples; ++pixel.samples) {
-    const float px = static_cast<float>(x) + SampleX(pixel.samples);
-    const float py = static_cast<float>(y) + SampleY(pixel.samples);
-    FirstHit first;
-    const Vec light =
-        shading_.LightAt(px, py, static_cast<std::uint32_t>(index), pixel.samples, &first);
-    if (pixel.samples == 0 && setup_.takesHits && first.instance) {
-      hits_.instances[index] = 1 + scene_->Rays().IndexOf(*first.instance);
-      hits_.distances[index] = first.distance;
+void PictureInProgress::TakeLooks(const PerRay<Shading::Look>& looks, std::size_t count) {
+  PerRay<FirstHit> first;
+  const PerRay<Vec> light = shading_.LightAt(looks, count, &first);
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint32_t index = looks[i].pixel;
+    if (looks[i].sample == 0 && setup_.takesHits && first[i].instance) {
+      hits_.instances[index] = 1 + scene_->Rays().IndexOf(*first[i].instance);
+      hits_.distances[index] = first[i].distance;
     }
     // Each sample counts as what a screen can show, or one bright spot would leave stairs around
     // it.
-    pixel.sum += setup_.isLinear ? light : Bent(light);
+    pixels_[index].sum += setup_.isLinear ? light[i] : Bent(light[i]);
+    ++pixels_[index].samples;
   }
 }
 

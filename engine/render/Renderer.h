@@ -15,6 +15,10 @@
 
 namespace engine {
 
+// Raised with each change after which a document may give other bytes, so that a picture made
+// before is not taken for one made after.
+inline constexpr int kPictureVersion = 2;
+
 struct PictureSetup {
   std::uint32_t width = 0;
   std::uint32_t height = 0;
@@ -77,7 +81,8 @@ class PictureInProgress {
 
   PictureInProgress(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup);
   void RenderTile(std::uint32_t tile, std::uint32_t samples);
-  void RenderPixel(std::uint32_t x, std::uint32_t y, std::uint32_t samples);
+  // Adds the light of the first `count` of the looks to their pixels.
+  void TakeLooks(const PerRay<Shading::Look>& looks, std::size_t count);
   // Marks the pixels of the last pass.
   void FindContrasts();
   Vec ColorOf(const Pixel& pixel) const;

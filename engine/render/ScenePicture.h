@@ -87,6 +87,8 @@ struct LightSource {
   float outerCosine = 1;
   float range = 0;   // 0: no end
   float radius = 0;  // of what shines, 0: a point
+
+  bool IsDisc() const { return radius > 0 && kind != Kind::Sun; }
 };
 
 // One object in the picture.

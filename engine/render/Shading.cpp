@@ -12,6 +12,7 @@ constexpr float kOpenReach = 0.06F;  // how far, as a share of the scene
 constexpr float kWeakestReflection = 0.04F;
 constexpr float kSharpestRoughness = 0.06F;
 constexpr std::uint32_t kDiscTries = 4;  // places tried per sample on a light that is no point
+constexpr float kLeastOpen = 0.004F;     // what less of the light behind passes is not seen
 
 // A number without a pattern (the output permutation of PCG, by O'Neill).
 std::uint32_t Scrambled(std::uint32_t n) {
@@ -147,6 +148,55 @@ float Gloss(const SurfaceHit& surface, Vec half, Vec toEye, float lightCosine) {
   return a2 / (d * d) * shadowing;
 }
 
+// A facet of a rough surface that is seen along a direction, another one for each look.
+Vec FacetSeen(const SurfaceHit& surface, Vec way, const Shading::Look& look) {
+  const Spread spread(look.pixel * 2 + 0x68bc21ebU, look.pixel * 2 + 0x02e5be93U);
+  return FacetToward(-way, surface.normal, surface.roughness, spread.At(look.sample));
+}
+
+// Where a surface reflects a ray to; `gap` keeps that from the surface.
+Ray ReflectedRay(const SurfaceHit& surface, Vec direction, float gap) {
+  return {surface.position + surface.faceNormal * gap, direction, 0,
+          std::numeric_limits<float>::infinity()};
+}
+
+// A light as a surface sees it.
+Facing Face(const LightSource& light, const SurfaceHit& surface) {
+  Facing facing;
+  facing.direction = -light.direction;
+  if (light.kind != LightSource::Kind::Sun) {
+    const Vec way = light.position - surface.position;
+    facing.distance = Length(way);
+    facing.direction = facing.distance > 0 ? way * (1 / facing.distance) : way;
+    if (light.kind == LightSource::Kind::Spot) {
+      facing.strength =
+          SmoothStep(light.outerCosine, light.innerCosine, -Dot(facing.direction, light.direction));
+    }
+    if (light.range > 0) facing.strength *= 1 - SmoothStep(0, light.range, facing.distance);
+  }
+  facing.cosine = Dot(surface.normal, facing.direction);
+  return facing;
+}
+
+// Share of a light, by color, that a surface sends to the eye.
+Vec Returned(const SurfaceHit& surface, const Facing& facing, Vec toEye) {
+  const Vec half = Normalized(facing.direction + toEye);
+  const Vec mirrored = Mirrored(StraightReflection(surface), std::max(0.0F, Dot(half, toEye)));
+  const Vec diffuse = surface.color * (1 - surface.metallic) * (Vec{1, 1, 1} - mirrored);
+  return diffuse + mirrored * Gloss(surface, half, toEye, facing.cosine);
+}
+
+// The way to a place on a light that is no point, another one for each look and attempt.
+Vec WayToDisc(const LightSource& light, Vec from, const Shading::Look& look,
+              std::uint32_t attempt) {
+  const Sides sides(Normalized(light.position - from));
+  const Spread spread(look.pixel * 2 + 0x967a889bU, look.pixel * 2 + 0x368cc8b7U);
+  const Pair pair = spread.At(look.sample * kDiscTries + attempt);
+  const float r = light.radius * std::sqrt(pair.a);
+  return light.position + sides.side * (r * std::cos(2 * kPi * pair.b)) +
+         sides.other * (r * std::sin(2 * kPi * pair.b)) - from;
+}
+
 // The light of a scene that has none: one from behind the shoulder of whoever looks.
 LightSource ShoulderLight(const RayCamera& camera) {
   LightSource light;
@@ -188,89 +238,142 @@ Shading::Shading(const ScenePicture& picture, const RayScene& scene, const RayCa
   groundAmbient_ = Vec{0.150F, 0.140F, 0.128F} * fill + ambient;
 }
 
-Vec Shading::LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample,
-                     FirstHit* first) const {
-  const auto backdrop = [&] { return BackdropColor(camera_.BackdropDirection(x, y)); };
-  const Vec light = LightAlong(camera_.Through(x, y), backdrop, {pixel, sample}, 0, first);
-  return IsFinite(light) ? light : Vec{};
-}
-
-template <class Beyond>
-Vec Shading::LightAlong(const Ray& start, const Beyond& beyond, Tries tries, int depth,
-                        FirstHit* first) const {
-  Ray ray = start;
-  Vec light;
-  float open = 1;
-  for (int layer = 0; layer < kMostLayers; ++layer) {
-    SurfaceHit surface;
-    if (!scene_.FindVisible(ray, camera_, &surface)) break;
-    if (first && layer == 0) *first = {surface.instance, surface.distance};
-    light += LightFrom(surface, ray, tries, depth) * (open * surface.alpha);
-    open *= 1 - surface.alpha;
-    if (open < 0.004F) return light;
-    ray.near = surface.distance + scene_.Gap(surface);
+PerRay<Vec> Shading::LightAt(const PerRay<Look>& looks, std::size_t count,
+                             PerRay<FirstHit>* first) const {
+  const Lanes all = Lanes::First(count);
+  Rays rays{{}, looks};
+  for (const std::size_t i : all) rays.ray[i] = camera_.Through(looks[i].x, looks[i].y);
+  const auto backdrop = [&](std::size_t i) {
+    return BackdropColor(camera_.BackdropDirection(looks[i].x, looks[i].y));
+  };
+  PerRay<Vec> light = LightAlong(rays, all, backdrop, first);
+  for (const std::size_t i : all) {
+    if (!IsFinite(light[i])) light[i] = {};
   }
-  return light + beyond() * open;
-}
-
-Vec Shading::LightFrom(const SurfaceHit& surface, const Ray& ray, Tries tries, int depth) const {
-  const Vec toEye = -ray.direction;
-  const float metallic = surface.metallic;
-  const Vec diffuse = surface.color * (1 - metallic);
-  const float open =
-      (surface.instance->receivesShadows ? OpenShare(surface, tries) : 1) * surface.occlusion;
-  const Vec ambient = AmbientOn(surface, open);
-  Vec light = surface.luminance + diffuse * ambient;
-  for (const LightSource& source : lights_) light += LightOf(source, surface, toEye, tries);
-  if (metallic < 1) AddGloss(surface, ray, ambient, tries, depth, &light);
-  if (metallic > 0) light += MetalOn(surface, ray, open, tries, depth) * metallic;
   return light;
 }
 
-void Shading::AddGloss(const SurfaceHit& surface, const Ray& ray, Vec ambient, Tries tries,
-                       int depth, Vec* light) const {
-  const float plain = 0.08F * surface.look->specular;
-  const Vec straight{plain, plain, plain};
-  const float share = 1 - surface.metallic;
-  const float smooth = 1 - surface.roughness;
-  const float cosine = std::max(0.0F, -Dot(surface.normal, ray.direction));
-  const Vec mirrored = Mirrored(straight, cosine) * (smooth * smooth * share);
-  const Vec blurred = straight * ((1 - smooth * smooth) * share);
-  *light += blurred * ambient;
-  const Vec direction = Reflected(ray.direction, surface.normal);
-  const auto around = [&] { return BackdropColor(direction); };
-  const bool traced = detail_ == ShadingDetail::Full && depth < kDeepestReflection &&
-                      Largest(mirrored) >= kWeakestReflection;
-  if (!traced) {
-    *light += mirrored * around() * ambient;
-    return;
+// Rays that go on from surfaces, and what the light along each counts for there.
+struct Shading::Reflections {
+  explicit Reflections(const Rays& from) : rays{{}, from.looks, from.depth + 1} {}
+  void Send(std::size_t i, const Ray& ray, Vec weight) {
+    rays.ray[i] = ray;
+    weights[i] = weight;
+    sent.Add(i);
   }
-  const Ray reflected{surface.position + surface.faceNormal * scene_.Gap(surface), direction, 0,
-                      std::numeric_limits<float>::infinity()};
-  *light += mirrored * LightAlong(reflected, around, tries, depth + 1);
+
+  Rays rays;
+  PerRay<Vec> weights;
+  Lanes sent;
+};
+
+template <class Beyond>
+PerRay<Vec> Shading::LightAlong(const Rays& start, Lanes lanes, const Beyond& beyond,
+                                PerRay<FirstHit>* first) const {
+  Rays rays = start;
+  PerRay<Vec> light{};
+  PerRay<float> open;
+  open.fill(1);
+  Lanes going = lanes;
+  for (int layer = 0; layer < kMostLayers && going; ++layer) {
+    Surfaces surfaces;
+    going = scene_.FindVisible(rays.ray, going, camera_, &surfaces);
+    const PerRay<Vec> sent = LightFrom(surfaces, going, rays);
+    for (const std::size_t i : going) {
+      const SurfaceHit& surface = surfaces[i];
+      if (first && layer == 0) (*first)[i] = {surface.instance, surface.distance};
+      light[i] += sent[i] * (open[i] * surface.alpha);
+      open[i] *= 1 - surface.alpha;
+      rays.ray[i].near = surface.distance + scene_.Gap(surface);
+      if (open[i] >= kLeastOpen) continue;
+      going.Remove(i);
+      lanes.Remove(i);
+    }
+  }
+  for (const std::size_t i : lanes) light[i] += beyond(i) * open[i];
+  return light;
+}
+
+PerRay<Vec> Shading::LightFrom(const Surfaces& surfaces, Lanes lanes, const Rays& rays) const {
+  PerRay<Vec> light;
+  if (!lanes) return light;
+  PerRay<float> open = OpenShares(surfaces, lanes, rays);
+  PerRay<Vec> ambient;
+  for (const std::size_t i : lanes) {
+    const SurfaceHit& surface = surfaces[i];
+    open[i] *= surface.occlusion;
+    ambient[i] = AmbientOn(surface, open[i]);
+    light[i] = surface.luminance + surface.color * (1 - surface.metallic) * ambient[i];
+  }
+  for (const LightSource& source : lights_) AddLight(source, surfaces, lanes, rays, &light);
+  AddGloss(surfaces, lanes, rays, ambient, &light);
+  AddMetal(surfaces, lanes, rays, open, &light);
+  return light;
+}
+
+void Shading::AddGloss(const Surfaces& surfaces, Lanes lanes, const Rays& rays,
+                       const PerRay<Vec>& ambient, PerRay<Vec>* sum) const {
+  Reflections reflected(rays);
+  for (const std::size_t i : lanes) {
+    const SurfaceHit& surface = surfaces[i];
+    if (!(surface.metallic < 1)) continue;
+    const Vec way = rays.ray[i].direction;
+    const float plain = 0.08F * surface.look->specular;
+    const Vec straight{plain, plain, plain};
+    const float share = 1 - surface.metallic;
+    const float smooth = 1 - surface.roughness;
+    const float cosine = std::max(0.0F, -Dot(surface.normal, way));
+    const Vec mirrored = Mirrored(straight, cosine) * (smooth * smooth * share);
+    const Vec blurred = straight * ((1 - smooth * smooth) * share);
+    (*sum)[i] += blurred * ambient[i];
+    const Vec direction = Reflected(way, surface.normal);
+    if (detail_ == ShadingDetail::Full && rays.depth < kDeepestReflection &&
+        Largest(mirrored) >= kWeakestReflection) {
+      reflected.Send(i, ReflectedRay(surface, direction, scene_.Gap(surface)), mirrored);
+    } else {
+      (*sum)[i] += mirrored * BackdropColor(direction) * ambient[i];
+    }
+  }
+  const auto around = [&](std::size_t i) { return BackdropColor(reflected.rays.ray[i].direction); };
+  AddReflections(reflected, around, sum);
 }
 
 // Light that goes from facet to facet comes out again, so that nothing is taken off for shadowing:
 // a white metal in a white room is white.
-Vec Shading::MetalOn(const SurfaceHit& surface, const Ray& ray, float open, Tries tries,
-                     int depth) const {
-  const Vec toEye = -ray.direction;
-  if (detail_ == ShadingDetail::Quick || depth >= kDeepestReflection) {
-    const float cosine = std::max(0.0F, Dot(surface.normal, toEye));
-    const Vec direction = Reflected(ray.direction, surface.normal);
-    return Mirrored(surface.color, cosine) * RoomLight(direction, surface.roughness) * open;
+void Shading::AddMetal(const Surfaces& surfaces, Lanes lanes, const Rays& rays,
+                       const PerRay<float>& open, PerRay<Vec>* sum) const {
+  Reflections reflected(rays);
+  for (const std::size_t i : lanes) {
+    const SurfaceHit& surface = surfaces[i];
+    if (!(surface.metallic > 0)) continue;
+    const Vec way = rays.ray[i].direction;
+    if (detail_ == ShadingDetail::Quick || rays.depth >= kDeepestReflection) {
+      const float cosine = std::max(0.0F, -Dot(surface.normal, way));
+      const Vec direction = Reflected(way, surface.normal);
+      (*sum)[i] += Mirrored(surface.color, cosine) * RoomLight(direction, surface.roughness) *
+                   (open[i] * surface.metallic);
+      continue;
+    }
+    const Vec facet = FacetSeen(surface, way, rays.looks[i]);
+    const Vec weight = Mirrored(surface.color, std::max(0.0F, -Dot(facet, way))) * surface.metallic;
+    Vec direction = Reflected(way, facet);
+    if (Dot(direction, surface.normal) < 0) direction = Reflected(direction, surface.normal);
+    if (Dot(direction, surface.faceNormal) > 0) {
+      reflected.Send(i, ReflectedRay(surface, direction, scene_.Gap(surface)), weight);
+    } else {
+      (*sum)[i] += weight * RoomLight(direction, 0) * open[i];
+    }
   }
-  const Pair pair =
-      Spread(tries.pixel * 2 + 0x68bc21ebU, tries.pixel * 2 + 0x02e5be93U).At(tries.sample);
-  const Vec facet = FacetToward(toEye, surface.normal, surface.roughness, pair);
-  const Vec weight = Mirrored(surface.color, std::max(0.0F, Dot(facet, toEye)));
-  Vec direction = Reflected(ray.direction, facet);
-  if (Dot(direction, surface.normal) < 0) direction = Reflected(direction, surface.normal);
-  const auto room = [&] { return RoomLight(direction, 0); };
-  if (Dot(direction, surface.faceNormal) <= 0) return weight * room() * open;
-  const Ray reflected{surface.position + surface.faceNormal * scene_.Gap(surface), direction, 0,
-                      std::numeric_limits<float>::infinity()};
-  return weight * LightAlong(reflected, room, tries, depth + 1);
+  const auto room = [&](std::size_t i) { return RoomLight(reflected.rays.ray[i].direction, 0); };
+  AddReflections(reflected, room, sum);
+}
+
+template <class Beyond>
+void Shading::AddReflections(const Reflections& reflected, const Beyond& beyond,
+                             PerRay<Vec>* sum) const {
+  if (!reflected.sent) return;
+  const PerRay<Vec> light = LightAlong(reflected.rays, reflected.sent, beyond);
+  for (const std::size_t i : reflected.sent) (*sum)[i] += reflected.weights[i] * light[i];
 }
 
 Vec Shading::RoomLight(Vec direction, float roughness) const {
@@ -285,83 +388,115 @@ Vec Shading::RoomLight(Vec direction, float roughness) const {
   return {level, level, level};
 }
 
-Vec Shading::LightOf(const LightSource& light, const SurfaceHit& surface, Vec toEye,
-                     Tries tries) const {
-  Vec toLight = -light.direction;
-  float distance = std::numeric_limits<float>::infinity();
-  float strength = 1;
-  if (light.kind != LightSource::Kind::Sun) {
-    const Vec way = light.position - surface.position;
-    distance = Length(way);
-    toLight = distance > 0 ? way * (1 / distance) : way;
-    if (light.kind == LightSource::Kind::Spot) {
-      strength = SmoothStep(light.outerCosine, light.innerCosine, -Dot(toLight, light.direction));
-    }
-    if (light.range > 0) strength *= 1 - SmoothStep(0, light.range, distance);
+void Shading::AddLight(const LightSource& light, const Surfaces& surfaces, Lanes lanes,
+                       const Rays& rays, PerRay<Vec>* sum) const {
+  PerRay<Facing> facing;
+  Lanes lit;
+  Lanes maybeShadowed;
+  for (const std::size_t i : lanes) {
+    const SurfaceHit& surface = surfaces[i];
+    facing[i] = Face(light, surface);
+    if (facing[i].cosine <= 0 || facing[i].strength <= 0) continue;
+    const bool takesShadows = light.castsShadows && surface.instance->receivesShadows;
+    if (takesShadows && Dot(surface.faceNormal, facing[i].direction) <= 0) continue;
+    lit.Add(i);
+    if (takesShadows) maybeShadowed.Add(i);
   }
-  const float cosine = Dot(surface.normal, toLight);
-  if (cosine <= 0 || strength <= 0) return {};
-  Vec passing{1, 1, 1};
-  if (light.castsShadows && surface.instance->receivesShadows) {
-    if (Dot(surface.faceNormal, toLight) <= 0) return {};
-    const bool isDisc = light.radius > 0 && light.kind != LightSource::Kind::Sun;
-    passing = isDisc && detail_ == ShadingDetail::Full ? PassingFromDisc(surface, light, tries)
-                                                       : Passing(surface, toLight, distance);
+  PerRay<Vec> passing;
+  passing.fill({1, 1, 1});
+  if (light.IsDisc() && detail_ == ShadingDetail::Full) {
+    LetPassFromDisc(surfaces, maybeShadowed, light, rays, &passing);
+  } else {
+    LetPass(surfaces, maybeShadowed, facing, &passing);
   }
-  if (!(Largest(passing) > 0)) return {};
-  const Vec half = Normalized(toLight + toEye);
-  const Vec mirrored = Mirrored(StraightReflection(surface), std::max(0.0F, Dot(half, toEye)));
-  const Vec diffuse = surface.color * (1 - surface.metallic) * (Vec{1, 1, 1} - mirrored);
-  return light.color * passing * (diffuse + mirrored * Gloss(surface, half, toEye, cosine)) *
-         (cosine * strength);
+  for (const std::size_t i : lit) {
+    if (!(Largest(passing[i]) > 0)) continue;
+    (*sum)[i] += light.color * passing[i] *
+                 Returned(surfaces[i], facing[i], -rays.ray[i].direction) *
+                 (facing[i].cosine * facing[i].strength);
+  }
 }
 
-Vec Shading::Passing(const SurfaceHit& from, Vec direction, float distance) const {
-  const float gap = scene_.Gap(from);
-  Ray ray{from.position + from.faceNormal * gap, direction, 0, distance - 2 * gap};
-  if (!(ray.far > 0)) return {1, 1, 1};
-  if (scene_.IsBlocked(ray)) return {};
+void Shading::LetPass(const Surfaces& from, Lanes lanes, const PerRay<Facing>& facing,
+                      PerRay<Vec>* passing) const {
+  PerRay<Ray> rays;
+  Lanes sent;
+  for (const std::size_t i : lanes) {
+    const float gap = scene_.Gap(from[i]);
+    rays[i] = {from[i].position + from[i].faceNormal * gap, facing[i].direction, 0,
+               facing[i].distance - 2 * gap};
+    if (rays[i].far > 0) sent.Add(i);
+  }
+  const Lanes blocked = scene_.FindBlocked(rays, sent);
+  for (const std::size_t i : blocked) (*passing)[i] = {};
+  if (!scene_.HasSeeThroughCasters()) return;
+  for (const std::size_t i : sent) {
+    if (!blocked.Has(i)) (*passing)[i] = PassingThrough(rays[i]);
+  }
+}
+
+Vec Shading::PassingThrough(Ray ray) const {
   Vec passing{1, 1, 1};
-  if (!scene_.HasSeeThroughCasters()) return passing;
   for (int layer = 0; layer < kMostLayers && ray.near < ray.far; ++layer) {
     SurfaceHit surface;
     if (!scene_.Find(ray, kSeeThroughCaster, camera_, &surface)) break;
     passing = passing * (1 - surface.alpha);
-    if (Largest(passing) < 0.004F) return {};
+    if (Largest(passing) < kLeastOpen) return {};
     ray.near = surface.distance + scene_.Gap(surface);
   }
   return passing;
 }
 
-Vec Shading::PassingFromDisc(const SurfaceHit& from, const LightSource& light, Tries tries) const {
-  const Sides sides(Normalized(light.position - from.position));
-  const Spread spread(tries.pixel * 2 + 0x967a889bU, tries.pixel * 2 + 0x368cc8b7U);
-  Vec sum;
-  for (std::uint32_t i = 0; i < kDiscTries; ++i) {
-    const Pair pair = spread.At(tries.sample * kDiscTries + i);
-    const float r = light.radius * std::sqrt(pair.a);
-    const Vec way = light.position + sides.side * (r * std::cos(2 * kPi * pair.b)) +
-                    sides.other * (r * std::sin(2 * kPi * pair.b)) - from.position;
-    sum += Passing(from, Normalized(way), Length(way));
+void Shading::LetPassFromDisc(const Surfaces& from, Lanes lanes, const LightSource& light,
+                              const Rays& rays, PerRay<Vec>* passing) const {
+  for (const std::size_t i : lanes) (*passing)[i] = {};
+  for (std::uint32_t attempt = 0; attempt < kDiscTries; ++attempt) {
+    PerRay<Facing> facing;
+    for (const std::size_t i : lanes) {
+      const Vec way = WayToDisc(light, from[i].position, rays.looks[i], attempt);
+      facing[i].direction = Normalized(way);
+      facing[i].distance = Length(way);
+    }
+    PerRay<Vec> share;
+    share.fill({1, 1, 1});
+    LetPass(from, lanes, facing, &share);
+    for (const std::size_t i : lanes) (*passing)[i] += share[i] * (1.0F / kDiscTries);
   }
-  return sum * (1.0F / kDiscTries);
 }
 
 Vec Shading::AmbientOn(const SurfaceHit& surface, float open) const {
   return Mix(groundAmbient_, skyAmbient_, surface.normal.y * 0.5F + 0.5F) * open;
 }
 
-float Shading::OpenShare(const SurfaceHit& surface, Tries tries) const {
-  if (detail_ == ShadingDetail::Quick) return kUsualOpenShare;
-  const Vec start = surface.position + surface.faceNormal * (scene_.Gap(surface) * 2);
-  const Spread spread(tries.pixel * 2 + 1, tries.pixel * 2 + 0x9e3779b9U);
+PerRay<float> Shading::OpenShares(const Surfaces& surfaces, Lanes lanes, const Rays& rays) const {
+  PerRay<float> open;
+  open.fill(1);
   static_assert(kOpenTries == 4);
-  const FourVecs ways = Around(surface.normal, spread.FourFrom(tries.sample * kOpenTries));
-  // Those below the face see nothing.
-  const FourWhole above = ways.Dot(surface.faceNormal) > 0;
-  const int blocked = scene_.CountBlocked(start, ways, above, scene_.Size() * kOpenReach);
-  const auto open = static_cast<float>(static_cast<int>(kOpenTries) - blocked);
-  return 0.25F + 0.75F * open / static_cast<float>(kOpenTries);
+  std::array<PerRay<Ray>, kOpenTries> ways;
+  std::array<Lanes, kOpenTries> sent;
+  for (const std::size_t i : lanes) {
+    const SurfaceHit& surface = surfaces[i];
+    if (!surface.instance->receivesShadows) continue;
+    open[i] = kUsualOpenShare;
+    if (detail_ == ShadingDetail::Quick) continue;
+    const Vec start = surface.position + surface.faceNormal * (scene_.Gap(surface) * 2);
+    const Look& look = rays.looks[i];
+    const Spread spread(look.pixel * 2 + 1, look.pixel * 2 + 0x9e3779b9U);
+    const FourVecs around = Around(surface.normal, spread.FourFrom(look.sample * kOpenTries));
+    // Those below the face see nothing.
+    const FourWhole above = around.Dot(surface.faceNormal) > 0;
+    for (std::size_t k = 0; k < kOpenTries; ++k) {
+      if (above[k] == 0) continue;
+      ways[k][i] = {start, {around.x[k], around.y[k], around.z[k]}, 0, scene_.Size() * kOpenReach};
+      sent[k].Add(i);
+    }
+    open[i] = 1;
+  }
+  for (std::size_t k = 0; k < kOpenTries; ++k) {
+    for (const std::size_t i : scene_.FindBlocked(ways[k], sent[k]))
+      open[i] -= 0.75F / static_cast<float>(kOpenTries);
+  }
+  return open;
 }
 
 }  // namespace engine

@@ -1,6 +1,8 @@
 // Shading: how much light comes along a ray. Surfaces are those of metal and roughness: Trowbridge
-// and Reitz's facets with Smith's shadowing and Schlick's reflection (Karis 2013). It refers to the scene and the camera, which must
-// outlive it. Pure: the same ray and number give the same light, on any thread.
+// and Reitz's facets with Smith's shadowing and Schlick's reflection (Karis 2013). It refers to the
+// scene and the camera, which must outlive it. Eight rays are followed at a time, and with them
+// those that go on from what they hit. Pure: the same rays and numbers give the same light, on any
+// thread.
 #pragma once
 
 #include "engine/render/RayScene.h"
@@ -19,44 +21,75 @@ struct FirstHit {
   float distance = 0;  // along the ray from the eye
 };
 
+// Where a light is for a surface, and how strongly it shines on it.
+struct Facing {
+  Vec direction;  // to the light
+  float distance = std::numeric_limits<float>::infinity();
+  float strength = 1;
+  float cosine = 0;  // between the direction and the surface's normal
+};
+
 class Shading {
  public:
   Shading(const ScenePicture& picture, const RayScene& scene, const RayCamera& camera,
           ShadingDetail detail = ShadingDetail::Full);
 
-  // Light at a place of the picture, in pixels. `pixel` and `sample` choose the directions that are
-  // tried out. `first`, unless null, takes the nearest surface that the eye sees there; it stays as
-  // it is where there is none.
-  Vec LightAt(float x, float y, std::uint32_t pixel, std::uint32_t sample,
-              FirstHit* first = nullptr) const;
-
- private:
-  struct Tries {
-    std::uint32_t pixel;
-    std::uint32_t sample;
+  // A place in the picture, in pixels, that is looked at. `pixel` and `sample` choose the
+  // directions that are tried out.
+  struct Look {
+    float x = 0;
+    float y = 0;
+    std::uint32_t pixel = 0;
+    std::uint32_t sample = 0;
   };
 
-  // Light that a surface sends against the ray. `depth` counts reflections on the way.
-  Vec LightFrom(const SurfaceHit& surface, const Ray& ray, Tries tries, int depth) const;
-  // `beyond`: the light behind everything, asked for where it is seen only.
+  // Light at the first `count` of the places. `first`, unless null, takes the nearest surface that
+  // the eye sees there; it stays as it is where there is none.
+  PerRay<Vec> LightAt(const PerRay<Look>& looks, std::size_t count,
+                      PerRay<FirstHit>* first = nullptr) const;
+
+ private:
+  // Rays on their way, and how many times they were reflected.
+  struct Rays {
+    PerRay<Ray> ray;
+    const PerRay<Look>& looks;
+    int depth = 0;
+  };
+  struct Reflections;
+  using Surfaces = PerRay<SurfaceHit>;
+
+  // Light along those of the rays. `beyond` gives the light behind everything for a ray; it is
+  // asked where that is seen only.
   template <class Beyond>
-  Vec LightAlong(const Ray& ray, const Beyond& beyond, Tries tries, int depth,
-                 FirstHit* first = nullptr) const;
-  Vec LightOf(const LightSource& light, const SurfaceHit& surface, Vec toEye, Tries tries) const;
+  PerRay<Vec> LightAlong(const Rays& rays, Lanes lanes, const Beyond& beyond,
+                         PerRay<FirstHit>* first = nullptr) const;
+  // Light that surfaces send against the rays.
+  PerRay<Vec> LightFrom(const Surfaces& surfaces, Lanes lanes, const Rays& rays) const;
+  // Adds what of a light they send.
+  void AddLight(const LightSource& light, const Surfaces& surfaces, Lanes lanes, const Rays& rays,
+                PerRay<Vec>* sum) const;
   // Light from around a surface, of which it sees the share `open`.
   Vec AmbientOn(const SurfaceHit& surface, float open) const;
-  // What is mirrored by a surface as far as it is no metal, and by one that is.
-  void AddGloss(const SurfaceHit& surface, const Ray& ray, Vec ambient, Tries tries, int depth,
-                Vec* light) const;
-  Vec MetalOn(const SurfaceHit& surface, const Ray& ray, float open, Tries tries, int depth) const;
+  // Adds what is mirrored by surfaces as far as they are no metal, and as far as they are.
+  void AddGloss(const Surfaces& surfaces, Lanes lanes, const Rays& rays, const PerRay<Vec>& ambient,
+                PerRay<Vec>* sum) const;
+  void AddMetal(const Surfaces& surfaces, Lanes lanes, const Rays& rays, const PerRay<float>& open,
+                PerRay<Vec>* sum) const;
+  template <class Beyond>
+  void AddReflections(const Reflections& reflected, const Beyond& beyond, PerRay<Vec>* sum) const;
   // The room that metals mirror where nothing of the scene is: soft, without a color, as bright as
   // the light from around.
   Vec RoomLight(Vec direction, float roughness) const;
-  // Share of light that reaches a point from a direction, by color.
-  Vec Passing(const SurfaceHit& from, Vec direction, float distance) const;
+  // Puts the share of light, by color, that reaches surfaces where something may be in its way.
+  void LetPass(const Surfaces& from, Lanes lanes, const PerRay<Facing>& facing,
+               PerRay<Vec>* passing) const;
   // The same of a light that is no point.
-  Vec PassingFromDisc(const SurfaceHit& from, const LightSource& light, Tries tries) const;
-  float OpenShare(const SurfaceHit& surface, Tries tries) const;
+  void LetPassFromDisc(const Surfaces& from, Lanes lanes, const LightSource& light,
+                       const Rays& rays, PerRay<Vec>* passing) const;
+  // What of the light along a ray passes what can be seen through.
+  Vec PassingThrough(Ray ray) const;
+  // How much of what is around them the surfaces see.
+  PerRay<float> OpenShares(const Surfaces& surfaces, Lanes lanes, const Rays& rays) const;
 
   const RayScene& scene_;
   const RayCamera& camera_;

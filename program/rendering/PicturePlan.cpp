@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <set>
 
+#include "engine/render/Renderer.h"
 #include "engine/states/Findings.h"
 
 namespace rendering {
@@ -237,7 +238,7 @@ std::optional<PictureEstimate> PicturePlan::Estimate() {
 }
 
 std::string SettingsHash(PictureKind kind) {
-  return pictures::HashOfTexts({pictures::WordOf(kind)});
+  return pictures::HashOfTexts({pictures::WordOf(kind), std::to_string(engine::kPictureVersion)});
 }
 
 std::string PixelsText(std::uint64_t pixels) {
