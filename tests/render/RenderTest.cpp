@@ -536,16 +536,49 @@ TEST(RenderDocument, TakesItsSizeFromTheSettings) {
   host::BaseBitmap::Free(bitmap);
 }
 
+// Before the first pixel and later.
 TEST(RenderDocument, StopsWhenAskedTo) {
-  tests::ScriptedServices services;
-  const engine::PublishedServicesScope published(services.Get());
-  services.person.StopProgressAt(2);
-  Stage stage;
-  host::BaseBitmap* bitmap = host::BaseBitmap::Alloc();
-  bitmap->Init(64, 48);
-  EXPECT_EQ(host::RenderDocument(&stage.Scene().Doc(), {}, nullptr, nullptr, bitmap, 0, nullptr),
-            host::RENDERRESULT_USERBREAK);
-  host::BaseBitmap::Free(bitmap);
+  for (const int call : {1, 2, 3, 5}) {
+    tests::ScriptedServices services;
+    const engine::PublishedServicesScope published(services.Get());
+    services.person.StopProgressAt(call);
+    Stage stage;
+    host::BaseBitmap* bitmap = host::BaseBitmap::Alloc();
+    bitmap->Init(64, 48);
+    EXPECT_EQ(host::RenderDocument(&stage.Scene().Doc(), {}, nullptr, nullptr, bitmap, 0, nullptr),
+              host::RENDERRESULT_USERBREAK)
+        << call;
+    EXPECT_TRUE(services.ledger.FailuresSince(0).empty()) << "who stopped it knows";
+    host::BaseBitmap::Free(bitmap);
+  }
+}
+
+TEST(RenderDocument, SaysWhenThereIsNotEnoughMemory) {
+  struct Case {
+    host::ProgressHook* takesMemory;
+    host::LONG result;
+  };
+  const Case cases[] = {
+      {[](host::Real, host::LONG, void*) { throw std::bad_alloc(); }, host::RENDERRESULT_FAILED},
+      {[](host::Real done, host::LONG, void*) {
+         if (done > 0) throw std::bad_alloc();
+       },
+       host::RENDERRESULT_OUTOFMEMORY}};
+  for (const Case& c : cases) {
+    tests::ScriptedServices services;
+    const engine::PublishedServicesScope published(services.Get());
+    Stage stage;
+    host::BaseBitmap* bitmap = host::BaseBitmap::Alloc();
+    bitmap->Init(64, 48);
+    EXPECT_EQ(
+        host::RenderDocument(&stage.Scene().Doc(), {}, c.takesMemory, nullptr, bitmap, 0, nullptr),
+        c.result);
+    const auto failures = services.ledger.FailuresSince(0);
+    ASSERT_EQ(failures.size(), 1U);
+    EXPECT_NE(failures[0].message.find("not enough memory"), std::string::npos)
+        << failures[0].message;
+    host::BaseBitmap::Free(bitmap);
+  }
 }
 
 }  // namespace

@@ -67,6 +67,39 @@ TEST(StoredStates, HaveThePlugInsParts) {
   }
 }
 
+// Of several with one name it is the one that loading finds: by its place in the list, whose ID may
+// be another.
+TEST(StoredStates, AreFoundByNameAsLoadingFindsThem) {
+  struct Case {
+    std::vector<std::pair<host::LONG, const char*>> entries;  // own ID, name
+    bool hasNote;
+    host::LONG loaded;
+  };
+  const Case cases[] = {{{{0, "Day"}, {1, "Twin"}, {2, "Twin"}}, true, 1},
+                        {{{0, "Twin"}, {1, "Day"}, {2, "Twin"}}, true, 0},
+                        {{{2, "Twin"}, {1, "Day"}, {0, "Twin"}}, true, 2},
+                        {{{1, "Twin"}, {0, "Day"}}, false, 1},
+                        {{{0, "Day"}, {1, "Dusk"}}, true, 0}};
+  for (const Case& c : cases) {
+    tests::SceneBuilder scene;
+    host::BaseContainer entries;
+    std::vector<engine::StoredState> states;
+    for (const auto& [id, name] : c.entries) {
+      host::BaseContainer entry(id);
+      entry.SetString(stagemarks::kName, name);
+      entries.SetContainer(entries.GetCount(), entry);
+      states.emplace_back();
+      states.back().id = id;
+      states.back().name = name;
+    }
+    if (c.hasNote) entries.SetBool(stagemarks::kListBuilt, true);
+    scene.Doc().GetDataInstance()->SetContainer(stagemarks::kListStore, entries);
+    EXPECT_EQ(engine::LoadedId(scene.Doc(), "Twin"), c.loaded);
+    const engine::StoredState* found = engine::FindState(scene.Doc(), states, "Twin");
+    EXPECT_EQ(found ? found->id : 0, c.loaded);
+  }
+}
+
 // Records with settings, without any, with settings that are gone, and something else in between.
 TEST(StoredStates, TellWhoseRenderSettingsAreWhose) {
   tests::SceneBuilder scene;
