@@ -14,7 +14,7 @@ namespace engine {
 struct GltfParts {
   nlohmann::ordered_json head;  // all members but these lists and those of the buffer
   const GltfNodes& nodes;
-  const GltfMeshes& meshes;
+  const PublishedMeshes& meshes;
 };
 
 // Bytes and files of the scene. Fails where a file would be larger than it can be.

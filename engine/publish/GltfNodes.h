@@ -12,15 +12,15 @@
 #include "engine/core/Progress.h"
 #include "engine/core/Result.h"
 #include "engine/publish/CamerasAndLights.h"
-#include "engine/publish/GltfMeshes.h"
 #include "engine/publish/NodeTexts.h"
+#include "engine/publish/PublishedMeshes.h"
 #include "host/BaseDocument.h"
 
 namespace engine {
 
 class GltfNodes {
  public:
-  GltfNodes(const VisibleParts& parts, GltfMeshes& meshes, CamerasAndLights& camerasAndLights,
+  GltfNodes(const VisibleParts& parts, PublishedMeshes& meshes, CamerasAndLights& camerasAndLights,
             NodeTexts& texts)
       : parts_(parts), meshes_(meshes), camerasAndLights_(camerasAndLights), texts_(texts) {}
 
@@ -64,7 +64,7 @@ class GltfNodes {
   void AddPart(std::size_t part, const host::BaseObject& object, std::size_t node);
 
   const VisibleParts& parts_;
-  GltfMeshes& meshes_;
+  PublishedMeshes& meshes_;
   CamerasAndLights& camerasAndLights_;
   NodeTexts& texts_;
   std::vector<Place> places_;

@@ -82,7 +82,7 @@ class Publication::Maker {
       if (state.camera && state.camera->GetType() == host::Ocamera)
         camerasAndLights.CameraOf(*state.camera);
     }
-    GltfMeshes meshes(parts_, materials_, caches_.geometries, buffer_);
+    PublishedMeshes meshes(parts_, materials_, caches_.geometries, buffer_);
     GltfNodes nodes(parts_, meshes, camerasAndLights, caches_.nodes);
     if (Status written = nodes.Write(doc_, progress); !written) return written;
     Result<PublishedScene> file =

@@ -147,6 +147,30 @@ TEST(Layers, BreachesAreSeen) {
   EXPECT_EQ(Breach(law, "program/desktop/X.cpp", true, "QWidget"), "");
 }
 
+// Where two classes of one name come into one binary, each may be given the other's destructor.
+TEST(Layers, EachNameOfAClassStandsInOneHeader) {
+  std::map<std::string, std::string> headers;
+  for (const fs::path& file : CodeFiles()) {
+    const std::string path = fs::relative(file, TEST_SOURCE_DIR);
+    if (file.extension() != ".h" || IsInside(path, "tests") || IsInside(path, "bench")) continue;
+    std::string space;
+    std::istringstream text(ReadText(file));
+    for (std::string line; std::getline(text, line);) {
+      std::istringstream words(line);
+      std::string kind, name;
+      words >> kind >> name;
+      if (name == "[[nodiscard]]") words >> name;
+      if (line.starts_with("namespace ")) space = name;
+      const bool isClass = line.starts_with("class ") || line.starts_with("struct ");
+      if (!isClass || line.find(';') != std::string::npos || name.find(':') != std::string::npos)
+        continue;
+      const auto [at, isNew] = headers.emplace(space + "::" + name, path);
+      EXPECT_TRUE(isNew) << at->first << " of " << path << " is in " << at->second << ", too";
+    }
+  }
+  EXPECT_GT(headers.size(), 300U);
+}
+
 TEST(Layers, HaveNoCycle) {
   const Law law = ReadLaw();
   const auto reaches = [&](auto&& self, const std::string& from, const std::string& to,

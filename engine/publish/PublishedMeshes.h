@@ -1,4 +1,4 @@
-// GltfMeshes: the meshes of a glTF file (glTF 2.0, section 3.7): one for each geometry and the
+// PublishedMeshes: the meshes of a glTF file (glTF 2.0, section 3.7): one for each geometry and the
 // materials that it has in the states, which are variants in a file of several states. Refers to
 // what it was given. Main thread.
 #pragma once
@@ -12,10 +12,10 @@
 
 namespace engine {
 
-class GltfMeshes {
+class PublishedMeshes {
  public:
-  GltfMeshes(const VisibleParts& parts, const GltfMaterials& materials, GltfGeometries& geometries,
-             GltfBuffer& buffer)
+  PublishedMeshes(const VisibleParts& parts, const GltfMaterials& materials,
+                  GltfGeometries& geometries, GltfBuffer& buffer)
       : parts_(parts), materials_(materials), geometries_(geometries), buffer_(buffer) {}
 
   // The mesh of a part, named as the object is that has it first. Nothing where nothing of it can

@@ -1,4 +1,4 @@
-#include "engine/publish/GltfMeshes.h"
+#include "engine/publish/PublishedMeshes.h"
 
 #include "engine/publish/GltfText.h"
 #include "engine/publish/NodeTexts.h"
@@ -7,7 +7,7 @@
 namespace engine {
 
 // Empty where all states in which the part shows have one material.
-std::string GltfMeshes::MappingsOf(std::size_t part) const {
+std::string PublishedMeshes::MappingsOf(std::size_t part) const {
   std::map<std::uint32_t, std::vector<std::size_t>> states;
   for (std::size_t state = 0; state < parts_.States() && states.empty(); ++state) {
     if (parts_.Shows(part, state) && parts_.MaterialIn(part, state) != parts_.At(part).material)
@@ -29,7 +29,7 @@ std::string GltfMeshes::MappingsOf(std::size_t part) const {
   return text;
 }
 
-bool GltfMeshes::WantsTangents(std::size_t part) const {
+bool PublishedMeshes::WantsTangents(std::size_t part) const {
   if (materials_.HasNormalMap(parts_.At(part).material)) return true;
   for (std::size_t state = 1; state < parts_.States(); ++state) {
     const std::uint32_t material = parts_.MaterialIn(part, state);
@@ -38,7 +38,8 @@ bool GltfMeshes::WantsTangents(std::size_t part) const {
   return false;
 }
 
-std::optional<std::size_t> GltfMeshes::IndexOf(std::size_t part, const host::BaseList2D& object) {
+std::optional<std::size_t> PublishedMeshes::IndexOf(std::size_t part,
+                                                    const host::BaseList2D& object) {
   const VisibleParts::Part& what = parts_.At(part);
   const GltfGeometry& geometry = geometries_.Of(what.mesh);
   if (geometry.corners == 0) return std::nullopt;
@@ -58,7 +59,7 @@ std::optional<std::size_t> GltfMeshes::IndexOf(std::size_t part, const host::Bas
   return place->second;
 }
 
-std::size_t GltfMeshes::TrianglesOf(std::size_t part) {
+std::size_t PublishedMeshes::TrianglesOf(std::size_t part) {
   return geometries_.Of(parts_.At(part).mesh).corners / 3;
 }
 
