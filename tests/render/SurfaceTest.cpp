@@ -244,7 +244,9 @@ TEST_F(Surfaces, AreCutAndSeenThroughAsTheirPicturesSay) {
                         {"blended", 2, host::MATERIAL_COLOR_SHADER, opacities, 1, 0.2, 0.8},
                         {"factor", 2, host::MATERIAL_COLOR_SHADER, opacities, 0.5, 0.1, 0.4},
                         {"gray", 2, engine::kMaterialOpacityShader, grays, 1, 0.2, 0.8},
-                        {"gray, cut", 1, engine::kMaterialOpacityShader, grays, 1, 0, 1}};
+                        {"gray, cut", 1, engine::kMaterialOpacityShader, grays, 1, 0, 1},
+                        {"above all modes", 9, host::MATERIAL_COLOR_SHADER, opacities, 1, 0.2, 0.8},
+                        {"below them", -3, host::MATERIAL_COLOR_SHADER, opacities, 1, 1, 1}};
   for (const Case& c : cases) {
     for (const host::LONG link : {host::MATERIAL_COLOR_SHADER, engine::kMaterialOpacityShader})
       Look().RemoveData(link);

@@ -213,6 +213,31 @@ TEST(PictureInProgress, ShowsTilesWhileAPassRuns) {
   }
 }
 
+TEST(PictureInProgress, ItsLightIsWhatItShows) {
+  Row scene;
+  PictureSetup setup;
+  setup.width = 64;
+  setup.height = 48;
+  setup.isLinear = true;
+  engine::RenderCaches caches;
+  auto picture = PictureInProgress::Begin(Prepared(scene.Doc(), caches), setup).Take();
+  EXPECT_TRUE(picture->Light().floats.empty());
+  while (!picture->IsFinished()) picture->Refine();
+  const engine::Image light = picture->Light();
+  const engine::Image shown = picture->Current();
+  ASSERT_EQ(light.floats.size(), shown.bytes.size());
+  int wrong = 0;
+  int plain = 0;  // that no shoulder bends
+  for (std::size_t i = 0; i < light.floats.size(); ++i) {
+    wrong += i % 4 == 3 && light.floats[i] != 1;
+    if (i % 4 == 3 || light.floats[i] > 0.8F) continue;
+    ++plain;
+    wrong += std::abs(engine::LinearToSrgb(light.floats[i]) - shown.bytes[i]) > 1;
+  }
+  EXPECT_EQ(wrong, 0);
+  EXPECT_GT(plain, 64 * 48);
+}
+
 TEST(PictureInProgress, TellsItsCallerWhatIsThrownWhileAPassRuns) {
   Row scene;
   engine::RenderCaches caches;
@@ -277,6 +302,25 @@ TEST(Framing, APictureShowsAllOfAViewAndNoMore) {
         EXPECT_NEAR(std::min(w / wide, h / high), 1, 1e-9)
             << parallel << " " << vertical << " " << aspect;
       }
+    }
+  }
+}
+
+TEST(Framing, AnglesThatNoLensHasAreTheNearestThatOneHas) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const struct {
+    double asked, meant;
+  } kRows[] = {{3.2, 3.1}, {7, 3.1}, {0, 0.001}, {-1, 0.001}, {nan, 0.001}, {1, 1}};
+  for (const auto& row : kRows) {
+    for (const bool vertical : {false, true}) {
+      const auto corner = [vertical](double angle) {
+        engine::PictureCamera camera;
+        (vertical ? camera.fovVertical : camera.fov) = angle;
+        return engine::RayCamera(camera, 64, 48).Through(0, 0).direction;
+      };
+      // No vertical angle is that which goes with the horizontal one.
+      if (vertical && !(row.asked > 0)) continue;
+      EXPECT_EQ(corner(row.asked), corner(row.meant)) << row.asked;
     }
   }
 }
