@@ -1,7 +1,7 @@
 // KeptRays: every call into the ray tracing library passes through here, so that the rays of a
-// picture can be counted, kept and traced once more with nothing around them: that is the least a
-// picture of these rays can cost. Included once by a program that links the engine. One thread, time
-// of the processor.
+// picture can be counted, kept and traced once more, one by one, with nothing around them: that is
+// the least a picture of these rays can cost that does not trace several together. Included once by
+// a program that links the engine. One thread, time of the processor.
 #pragma once
 
 #include <dlfcn.h>
@@ -89,7 +89,7 @@ void rtcCommitScene(RTCScene scene) {
 
 namespace {
 
-// Traces what was kept once more and throws the answers away. As often as wanted.
+// Traces what was kept once more, ray by ray, and throws the answers away. As often as wanted.
 double TraceAgain() {
   static auto* const intersect =
       Real<void(RTCScene, RTCIntersectContext*, RTCRayHit*)>("rtcIntersect1");
