@@ -8,8 +8,8 @@ test_packages="libgtest-dev librapidcheck-dev xvfb xauth openbox xdotool python3
 # A browser for the tests of web pages, which are skipped without one.
 browser_packages="chromium"
 bench_packages="libbenchmark-dev"
-# A compiler that fuzzes, for tests/reliability/soak.
-fuzz_packages="clang libclang-rt-14-dev"
+# A compiler that fuzzes, with what names the places in its sanitizers' reports: for ./test --sanitize, --fuzz and soak.
+fuzz_packages="clang libclang-rt-14-dev llvm"
 lint_packages="clang-format clang-tidy git"
 
 install_missing() {

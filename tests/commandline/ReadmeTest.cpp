@@ -92,12 +92,15 @@ TEST_F(Readme, ScriptsRun) {
     fs::copy(std::string(TEST_SOURCE_DIR "/") + folder, folder_ / folder,
              fs::copy_options::recursive);
   const std::string tools =
-      Notetakers(folder_ / "tools",
-                 {"cmake", "ninja", "ctest", "git", "clang-format", "clang-tidy", "dpkg-query"});
+      Notetakers(folder_ / "tools", {"cmake", "ninja", "ctest", "git", "clang-format", "clang-tidy",
+                                     "clang++", "setarch", "dpkg-query"});
   std::ofstream(fs::path(tools) / "dpkg-query") << "#!/bin/sh\necho install ok installed\n";
   Notetakers(folder_ / "desktop/bin", {"stagemarks-desktop"});
+  Notetakers(folder_ / "build/threads/bin", {"test_threads"});
+  Notetakers(folder_ / "build/fuzz/bin", {"SceneFileFuzz", "ImageFuzz", "StoreFuzz",
+                                          "StateTextFuzz", "PreferencesFuzz", "FramesFuzz"});
   std::vector<std::string> commands = Commands("./");
-  EXPECT_EQ(commands.size(), 8U);
+  EXPECT_EQ(commands.size(), 10U);
   for (const std::string& line : commands) {
     const bool opensWindow = line.rfind("./run --desktop", 0) == 0;
     const ChildResult result =
@@ -109,6 +112,8 @@ TEST_F(Readme, ScriptsRun) {
   const std::string said = ReadText(folder_ / "said");
   for (const char* call : {"ninja -C " TEST_BINARY_DIR " ", "ctest --test-dir " TEST_BINARY_DIR,
                            "-DSTAGEMARKS_SANITIZE=address,undefined", "ctest --test-dir build/asan",
+                           "-DCMAKE_CXX_COMPILER=clang++", "StoreFuzz -seed=1 -runs=",
+                           "FramesFuzz -seed=1 -runs=", "-DSTAGEMARKS_SANITIZE=thread",
                            "git ls-files", "stagemarks-desktop desktop/sample/teapot.c4d\n"}) {
     EXPECT_NE(said.find(call), std::string::npos) << call << "\n" << said;
   }
