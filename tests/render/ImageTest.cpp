@@ -246,6 +246,7 @@ TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
     return file.replace(at, bytes.size(), bytes);
   };
   const std::string exr = Picture("light.exr");
+  const std::string jpeg = Picture("baseline.jpg");
   const auto exrWith = [&](const std::string& attribute, std::size_t skipped,
                            const std::string& bytes) {
     const std::size_t at = exr.find(attribute + '\0');
@@ -293,6 +294,8 @@ TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
        "its head is damaged"},
       {"EXR tiles of no size", exrAnd("tiles", "tiledesc", std::string(9, '\0')),
        "its head is damaged"},
+      {"JPEG", patched(jpeg, jpeg.find("\xff\xc0") + 5, std::string("\x3f\xff\x3f\xff")),
+       "which a file of"},
       {"TIFF", wide, "which a file of"},
       {"TGA", tga + std::string(40, '\x81'), "which a file of"},
       {"TGA of fewer pixels",

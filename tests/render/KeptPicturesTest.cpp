@@ -131,8 +131,8 @@ TEST_F(KeptPictures, OfEveryKindOfObject) {
 TEST_F(KeptPictures, OfEveryKindOfLight) {
   Floor(-60);
   Make("Box", host::Ocube, Vector(-160, 0, 60), Vector(0.7, 0.6, 0.5));
-  Ball("Ball", Vector(40, 0, 0), 60, Vector(0.8));
-  Ball("Veil", Vector(200, 10, -60), 60, Vector(0.9, 0.4, 0.4));
+  Ball("Ball", Vector(60, 60, 0), 60, Vector(0.8));
+  Ball("Veil", Vector(190, 70, -60), 60, Vector(0.9, 0.4, 0.4));
   Look("Veil").SetLong(host::MATERIAL_ALPHA_MODE, 2);
   Look("Veil").SetReal(host::MATERIAL_ALPHA, 0.4);
   const auto light = [this](const char* name, host::LONG type, Vector place, Vector color,
@@ -141,19 +141,20 @@ TEST_F(KeptPictures, OfEveryKindOfLight) {
     data.SetLong(host::LIGHT_TYPE, type);
     data.SetVector(host::LIGHT_COLOR, color);
     data.SetReal(host::LIGHT_BRIGHTNESS, brightness);
+    data.SetLong(host::LIGHT_SHADOW, 1);
     return data;
   };
-  host::BaseContainer& lamp = light("Lamp", 0, Vector(250, 260, -260), Vector(1, 0.8, 0.6), 0.7);
+  host::BaseContainer& lamp = light("Lamp", 0, Vector(-40, 440, -200), Vector(1, 0.8, 0.6), 1);
   lamp.SetReal(engine::kLightRadius, 40);
   lamp.SetReal(host::LIGHT_RANGE, 1500);
   host::BaseContainer& spot = light("Spot", 1, Vector(-160, 400, -300), Vector(0.5, 0.7, 1), 0.6);
   spot.SetReal(host::LIGHT_INNER_ANGLE, 0.4);
   spot.SetReal(host::LIGHT_OUTER_ANGLE, 0.7);
   Tilt("Spot", 0.95);
-  light("Sun", 2, Vector(0), Vector(0.3, 0.4, 0.3), 0.5);
+  light("Sun", 2, Vector(0), Vector(0.3, 0.4, 0.3), 0.3);
   Tilt("Sun", 0.5);
-  light("Around", 4, Vector(0), Vector(0.2, 0.2, 0.3), 0.4);
-  light("Fill", 0, Vector(-500, 80, -200), Vector(0.3, 0.1, 0.1), 0.6)
+  light("Around", 4, Vector(0), Vector(0.2, 0.2, 0.3), 0.2);
+  light("Fill", 0, Vector(-500, 80, -200), Vector(0.3, 0.1, 0.1), 0.3)
       .SetLong(host::LIGHT_SHADOW, 0);
   Camera("Camera").At("Camera", 0, 300, -760).LookThrough("Camera");
   GetObject("Camera")->GetDataInstance()->SetReal(host::CAMERA_FOV_VERTICAL, 0.55);
@@ -198,6 +199,7 @@ TEST_F(KeptPictures, OfEveryKindOfSurface) {
   Look("Lamp").SetVector(host::MATERIAL_LUMINANCE, Vector(0.9, 0.5, 0.1));
   host::BaseContainer& sun = Make("Sun", host::Olight, Vector(0));
   sun.SetLong(host::LIGHT_TYPE, 2);
+  sun.SetLong(host::LIGHT_SHADOW, 1);
   Tilt("Sun", 0.9);
   Camera("Camera").At("Camera", 0, 250, -500).LookThrough("Camera");
   host::BaseContainer& camera = *GetObject("Camera")->GetDataInstance();

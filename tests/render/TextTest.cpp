@@ -88,6 +88,10 @@ TEST_F(Text, IsDrawnWhereItIsMeant) {
   EXPECT_NEAR(right, 30 + line.width - 2, 3);
   EXPECT_NEAR(top, 40 - 15, 2);
   EXPECT_EQ(bottom, 39) << "capitals stand on the baseline";
+  Image wide = Black(3000, 60);
+  const TextLine longer = font_.Set(std::string(150, 'H'), 20, kWide);
+  font_.Draw(longer, 30, 40, {255, 255, 255}, wide);
+  EXPECT_NEAR(Inked(wide)[2], 30 + longer.width - 2, 3);
   std::set<int> shades;
   for (std::size_t i = 0; i < image.PixelCount(); ++i) shades.insert(image.bytes[i * 4]);
   EXPECT_GT(shades.size(), 4U) << "edges are smooth";

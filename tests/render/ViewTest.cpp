@@ -9,6 +9,7 @@
 #include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/render/SceneScan.h"
+#include "engine/scene/Mesh.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/Ownership.h"
 #include "host/Host.h"
@@ -213,6 +214,20 @@ TEST(PictureInProgress, ShowsTilesWhileAPassRuns) {
   }
 }
 
+TEST(PictureInProgress, IsWholeWhateverItsSize) {
+  Row scene;
+  engine::RenderCaches caches;
+  const auto prepared = Prepared(scene.Doc(), caches);
+  for (const std::uint32_t side : {1U, 15U, 16U, 17U, 31U, 32U, 33U, 64U, 65U}) {
+    for (const auto& [width, height] : {std::pair(side, 3U), {3U, side}}) {
+      const auto bytes = Drawn(prepared, width, height, true)->Current().bytes;
+      std::size_t set = 0;
+      for (std::size_t i = 3; i < bytes.size(); i += 4) set += bytes[i] == 255 && bytes[i - 1] > 0;
+      EXPECT_EQ(set, 3 * side) << width << " x " << height;
+    }
+  }
+}
+
 TEST(PictureInProgress, ItsLightIsWhatItShows) {
   Row scene;
   PictureSetup setup;
@@ -281,6 +296,21 @@ TEST(Framing, ShowsWhatIsAskedForAsTheCameraIsTurned) {
     EXPECT_NE(picture->ObjectAt(75, 0), box);
     EXPECT_NE(picture->ObjectAt(75, 99), box);
   }
+}
+
+TEST(Framing, LooksAtEveryCornerOfASmallMesh) {
+  SceneBuilder scene;
+  scene.Object("Triangle", host::Opolygon);
+  engine::Mesh mesh;
+  mesh.points = {{-300, 0, 0}, {50, 0, 0}, {0, 70, 0}};
+  mesh.polygons = {{0, 1, 2, -1}};
+  engine::SetMesh(*scene.Last(), std::make_shared<const engine::Mesh>(mesh));
+  engine::RenderCaches caches;
+  engine::Box box;
+  for (const engine::Vec& p : engine::OutlineOf(Prepared(scene.Doc(), caches)->Scene(), nullptr))
+    box.Add(p);
+  EXPECT_EQ(box.low, (engine::Vec{-300, 0, 0}));
+  EXPECT_EQ(box.high, (engine::Vec{50, 70, 0}));
 }
 
 TEST(Framing, APictureShowsAllOfAViewAndNoMore) {
