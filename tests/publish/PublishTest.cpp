@@ -144,6 +144,22 @@ TEST_F(PublishTest, GeometryIsThereOnceWithItsMaterials) {
             (std::vector<float>{0, 0, -1, 0, 1, -1, 1, 0, -1}));
   const json& accessor = file["accessors"][primitive["attributes"]["POSITION"].get<std::size_t>()];
   EXPECT_EQ(accessor["max"], json::array({1, 1, -1}));
+  EXPECT_EQ(file["accessors"][primitive["indices"].get<std::size_t>()]["componentType"], 5123);
+}
+
+TEST_F(PublishTest, IndicesOfALargeMeshAreOf32Bits) {
+  engine::Mesh mesh;
+  for (std::int32_t i = 0; i < 70000; ++i) {
+    mesh.points.push_back({static_cast<float>(i), static_cast<float>(i % 2), 0});
+    if (i >= 2) mesh.polygons.push_back({i - 2, i - 1, i, -1});
+  }
+  scene_.Object("Large", host::Opolygon);
+  engine::SetMesh(*scene_.Last(), std::make_shared<const engine::Mesh>(mesh));
+  const json file = Publish();
+  const json& indices = file["meshes"][0]["primitives"][0]["indices"];
+  const json& accessor = file["accessors"][indices.get<std::size_t>()];
+  EXPECT_EQ(accessor["componentType"], 5125);
+  EXPECT_EQ(accessor["count"], 3 * 69998);
 }
 
 // The scene camera is the file's first; a frame, a light and what the file says of its state.
