@@ -56,6 +56,18 @@ bool AreAlike(const Seen& a, std::size_t i, const Seen& b, std::size_t k) {
          std::max({std::abs(d.x), std::abs(d.y), std::abs(d.z)}) < 1e-3F;
 }
 
+// Looks at places far apart, so that nearly every packet has rays of several kinds.
+PerRay<Shading::Look> LooksFrom(std::uint32_t place, std::uint32_t step, std::size_t count) {
+  PerRay<Shading::Look> looks;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const std::uint32_t pixel = place + i * step;
+    const std::uint32_t row = pixel / kWidth;
+    looks[i] = {static_cast<float>(pixel % kWidth) + 0.5F, static_cast<float>(row) + 0.5F, pixel,
+                i};
+  }
+  return looks;
+}
+
 TEST(Packets, SeeWhatEachOfTheirRaysSees) {
   tests::SceneBuilder scene;
   Furnish(scene);
@@ -71,14 +83,9 @@ TEST(Packets, SeeWhatEachOfTheirRaysSees) {
   std::size_t different = 0;
   const std::uint32_t places = kWidth * kHeight / kPacketSize;
   for (std::uint32_t place = 0; place < places; ++place) {
-    // Far apart, so that nearly every packet has rays of several kinds, and not always all of them.
-    PerRay<Shading::Look> looks;
+    // Not always all of a packet.
     const std::size_t count = 2 + place % (kPacketSize - 1);
-    for (std::uint32_t i = 0; i < count; ++i) {
-      const std::uint32_t pixel = place + i * places;
-      looks[i] = {static_cast<float>(pixel % kWidth) + 0.5F,
-                  static_cast<float>(pixel / kWidth) + 0.5F, pixel, i};
-    }
+    const PerRay<Shading::Look> looks = LooksFrom(place, places, count);
     Seen together;
     together.light = shading.LightAt(looks, count, &together.first);
     for (std::size_t i = 0; i < count; ++i) {
