@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/scenefile/Bytes.h"
+#include "engine/scenefile/Columns.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Sections.h"
 #include "tests/scenefile/Scenes.h"
@@ -150,6 +151,26 @@ TEST_F(NamesInFile, AContainerThatIsNotThereIsDamage) {
     ASSERT_FALSE(names);
     EXPECT_EQ(names.Message(), "\"" + path_ + "\": The file is damaged: it names container " +
                                    engine::Grouped(number) + ", which there is not.");
+  }
+}
+
+TEST_F(NamesInFile, APatchStaysWithinWhatItChanges) {
+  SceneBuilder scene;
+  for (const std::uint64_t position : {0U, 1U, 1000000U}) {
+    // Two containers: a list of one number, and the same with another number at that position.
+    std::string values("\x02\x02\x01\x00", 4);
+    for (const std::uint64_t key : {5U, 15U, 7U})
+      engine::PutInts(values, engine::ColumnValues{key});
+    values += std::string("\x03\x01\x00\x01\x00", 5);
+    for (const std::uint64_t part : {position, std::uint64_t{15}, std::uint64_t{8}})
+      engine::PutInts(values, engine::ColumnValues{part});
+    const std::string document = std::string(25, '\0') + '\x02';
+    const std::string bytes = tests::WithSection(tests::Bytes(scene.Doc()), "VALUES", values);
+    tests::WriteText(path_, tests::WithSection(bytes, "DOCUMENT", document));
+    const auto names = engine::NamesInStore(path_, kStore);
+    EXPECT_EQ(names.Ok(), position == 0) << names.Message();
+    EXPECT_EQ(names.Message().find("a position in a patch is out of range") != std::string::npos,
+              position > 0);
   }
 }
 
