@@ -235,15 +235,25 @@ void MeasureGrowth(LONG objects) {
 
 }  // namespace
 
-// With a number: the big scene has so many objects instead of a million.
+// With a number: the big scene has so many objects instead of a million. With a second one: only
+// that scene, from 0 on, and nothing about growth.
 int main(int count, char** arguments) {
   const LONG objects = count > 1 ? std::atoi(arguments[1]) : 1000000;
-  MeasureScene("", objects, {});
-  MeasureScene(" with two texture tags each", objects / 10, {host::Ttexture, host::Ttexture});
-  MeasureScene(" with a texture and a style tag each", objects / 10, {host::Ttexture, kStyleTag});
-  MeasureScene(" with a texture and a compositing tag each", objects / 10,
-               {host::Ttexture, host::Tcompositing});
-  MeasureScene(" with a texture and a compositing tag of its own each", objects / 10,
-               {host::Ttexture, kCompositingOfItsOwn});
-  MeasureGrowth(objects / 10);
+  const int only = count > 2 ? std::atoi(arguments[2]) : -1;
+  const struct {
+    const char* title;
+    std::vector<LONG> tags;
+  } scenes[] = {
+      {"", {}},
+      {" with two texture tags each", {host::Ttexture, host::Ttexture}},
+      {" with a texture and a style tag each", {host::Ttexture, kStyleTag}},
+      {" with a texture and a compositing tag each", {host::Ttexture, host::Tcompositing}},
+      {" with a texture and a compositing tag of its own each",
+       {host::Ttexture, kCompositingOfItsOwn}},
+  };
+  for (int i = 0; i < static_cast<int>(std::size(scenes)); ++i) {
+    if (only < 0 || only == i)
+      MeasureScene(scenes[i].title, i == 0 ? objects : objects / 10, scenes[i].tags);
+  }
+  if (only < 0) MeasureGrowth(objects / 10);
 }

@@ -11,14 +11,6 @@ namespace engine {
 
 namespace {
 
-void ReplaceValue(ContainerBody* body, host::LONG key, Value value) {
-  if (body->IsLong()) return ReplaceLong(*AsLong(body), key, value);
-  Entry& entry = *WritableEntry(body, key);
-  const Value before = entry.Get();
-  FillEntry(entry, key, value);
-  Release(before);
-}
-
 // Whether a long list with its positions for keys holds that very record, or one alike to the bit,
 // under the key. Recording what has not changed asks nothing else.
 bool HoldsAlike(const ContainerBody* list, host::LONG key, const ContainerBody* record) {
@@ -36,7 +28,7 @@ bool HoldsAlike(const ContainerBody* list, host::LONG key, const ContainerBody* 
 }  // namespace
 
 void ContainerAccess::Set(host::BaseContainer& container, host::LONG key, Value value) {
-  const Entry* present = FindEntry(container.body_, key);
+  const std::optional<Entry> present = FindEntry(container.body_, key);
   if (!present) return Append(container, key, value);
   if (!SameValues(present->Get(), value, OwnIds::kCompared)) ReplaceAt(container, key, value);
 }
@@ -46,7 +38,7 @@ void ContainerAccess::ReplaceAt(host::BaseContainer& container, host::LONG key, 
   Retain(value);
   PrepareWrite(container);
   DropInstance(container, key);
-  ReplaceValue(container.body_, key, value);
+  Moved(container, ReplaceEntry(container.body_, key, value));
 }
 
 void ContainerAccess::Append(host::BaseContainer& container, host::LONG key, Value value) {
@@ -59,12 +51,12 @@ void ContainerAccess::Append(host::BaseContainer& container, host::LONG key, Val
 void ContainerAccess::SearchAndSetNumber(host::BaseContainer& container, host::LONG key,
                                          Value value) {
   if (!HoldsOwnShort(container)) return Set(container, key, value);
-  Entry* entry = WritableEntry(container.body_, key);
-  if (!entry) return AppendNumber(container, key, value);
-  if (entry->type != value.type) return Set(container, key, value);
-  entry->bits = value.bits;
-  if (!container.body_->IsLong())
-    container.body_->behind = static_cast<std::uint16_t>(entry - container.body_->Entries() + 1);
+  ContainerBody& body = *container.body_;
+  const std::uint32_t position = FindShort(body, key);
+  if (position == kNoPosition) return AppendNumber(container, key, value);
+  if (ShortEntryAt(body, position).type != value.type) return Set(container, key, value);
+  body.BitsAt(position) = value.bits;
+  body.behind = static_cast<std::uint16_t>(position + 1);
 }
 
 void ContainerAccess::SetIdOfShared(host::BaseContainer& container, host::LONG id) {
@@ -89,7 +81,7 @@ using engine::ValueAccess;
 
 namespace {
 
-Value ValueOf(const Entry* entry) { return entry ? entry->Get() : Value(); }
+Value ValueOf(const std::optional<Entry>& entry) { return entry ? entry->Get() : Value(); }
 
 }  // namespace
 
@@ -136,7 +128,7 @@ void BaseContainer::SetId(LONG id) { ContainerAccess::SetId(*this, id); }
 LONG BaseContainer::GetId() const { return engine::IdOf(body_); }
 
 LONG BaseContainer::GetIndexId(LONG index) const {
-  const Entry* entry = engine::EntryAt(body_, static_cast<ULONG>(index));
+  const std::optional<Entry> entry = engine::EntryAt(body_, static_cast<ULONG>(index));
   return entry ? entry->key : NOTOK;
 }
 
@@ -167,7 +159,8 @@ Bool BaseContainer::SetParameter(const DescID& id, const GeData& value) {
 }
 
 Bool BaseContainer::GetParameter(const DescID& id, GeData& value) const {
-  const Entry* entry = id.GetDepth() == 0 ? nullptr : engine::FindEntry(body_, id[0].id);
+  if (id.GetDepth() == 0) return FALSE;
+  const std::optional<Entry> entry = engine::FindEntry(body_, id[0].id);
   if (!entry) return FALSE;
   value = ValueAccess::Share(entry->Get());
   return TRUE;
@@ -177,7 +170,8 @@ Bool BaseContainer::RemoveData(LONG id) {
   if (!engine::FindEntry(body_, id)) return FALSE;
   ContainerAccess::PrepareWrite(*this);
   ContainerAccess::DropInstance(*this, id);
-  return engine::RemoveEntry(body_, id);
+  ContainerAccess::Moved(*this, engine::RemoveEntry(body_, id));
+  return TRUE;
 }
 
 void BaseContainer::FlushAll() {
@@ -211,17 +205,17 @@ Bool BaseContainer::operator==(const BaseContainer& other) const {
 }
 
 Bool BaseContainer::GetBool(LONG id, Bool preset) const {
-  const Entry* entry = engine::FindEntry(body_, id);
+  const std::optional<Entry> entry = engine::FindEntry(body_, id);
   return entry ? engine::BoolOf(entry->Get()) : preset;
 }
 
 LONG BaseContainer::GetLong(LONG id, LONG preset) const {
-  const Entry* entry = engine::FindEntry(body_, id);
+  const std::optional<Entry> entry = engine::FindEntry(body_, id);
   return entry ? engine::LongOf(entry->Get()) : preset;
 }
 
 Real BaseContainer::GetReal(LONG id, Real preset) const {
-  const Entry* entry = engine::FindEntry(body_, id);
+  const std::optional<Entry> entry = engine::FindEntry(body_, id);
   return entry ? engine::RealOf(entry->Get()) : preset;
 }
 

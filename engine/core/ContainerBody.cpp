@@ -93,9 +93,25 @@ ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
       capacity == kFirstEntries ? SmallBlocks::Take() : ::operator new(ShortBytes(capacity));
   auto* body = new (memory) ContainerBody;
   body->id = id;
-  body->capacity = static_cast<std::uint16_t>(capacity);
+  body->capacity = static_cast<std::uint8_t>(capacity);
   body->Entries()->key = 0;  // the first key is looked at before the size is
   return body;
+}
+
+ContainerBody* NewLaidOut(host::LONG id, std::uint32_t capacity, SharedReference<Layout> layout) {
+  void* memory = ::operator new(sizeof(ContainerBody) + (1 + capacity) * sizeof(std::uint64_t));
+  auto* body = new (memory) ContainerBody;
+  body->id = id;
+  body->form = BodyForm::kLaidOut;
+  body->capacity = static_cast<std::uint8_t>(capacity);
+  std::construct_at(&body->Keys(), std::move(layout));
+  return body;
+}
+
+void FreeLaidOut(ContainerBody* body) {
+  std::destroy_at(&body->Keys());
+  body->~ContainerBody();
+  ::operator delete(body);
 }
 
 void FreeShort(ContainerBody* body) {
@@ -109,16 +125,23 @@ void FreeShort(ContainerBody* body) {
 }
 
 void FreeBodyMemory(ContainerBody* body) {
-  if (body->IsLong()) {
-    delete AsLong(body);
-  } else {
-    FreeShort(body);
+  switch (body->form) {
+    case BodyForm::kShort:
+      FreeShort(body);
+      break;
+    case BodyForm::kLaidOut:
+      FreeLaidOut(body);
+      break;
+    case BodyForm::kLong:
+      delete AsLong(body);
+      break;
   }
 }
 
 bool HoldsNumbersOnly(const ContainerBody& body) {
-  for (std::uint32_t i = 0; i < body.size; ++i) {
-    if (IsShared(body.Entries()[i].type)) return false;
+  if (body.IsLaidOut() && body.Keys().numbersOnly) return true;
+  for (const Entry& entry : body.All()) {
+    if (IsShared(entry.type)) return false;
   }
   return true;
 }
@@ -141,7 +164,7 @@ class Destruction {
     if (body->IsLong()) {
       for (ChunkPlace& place : AsLong(body)->chunks) EndChunk(place.chunk.release(), depth);
     } else {
-      EndEntries({body->Entries(), body->size}, depth);
+      EndEntries(body->All(), depth);
     }
     FreeBodyMemory(body);
   }
@@ -152,7 +175,7 @@ class Destruction {
     FreeChunkMemory(chunk);
   }
 
-  void EndEntries(std::span<const Entry> entries, int depth) {
+  void EndEntries(EntrySpan entries, int depth) {
     for (const Entry& entry : entries) {
       if (entry.type != host::DA_CONTAINER) {
         Release(entry.Get());
@@ -183,73 +206,135 @@ ContainerBody* CopyShort(const ContainerBody& body) {
   return copy;
 }
 
-// The entries of a short body, with their shares, in a new body with more room.
-ContainerBody* Grow(ContainerBody* body) {
-  ContainerBody* grown = nullptr;
-  if (body->capacity < kShortEntries) {
-    grown = NewShort(body->id, 2 * body->capacity);
-    std::copy_n(body->Entries(), body->size, grown->Entries());
-    grown->size = body->size;
-    IndexAgain(grown->Entries(), grown->capacity, grown->size);
-  } else {
-    auto entries = std::make_unique<LongBody>();
-    entries->id = body->id;
-    try {
-      for (std::uint32_t i = 0; i < body->size; ++i)
-        AppendLong(*entries, body->Entries()[i].key, body->Entries()[i].Get());
-    } catch (...) {
-      // The short body still owns the shares.
-      for (ChunkPlace& place : entries->chunks) FreeChunkMemory(place.chunk.release());
-      throw;
-    }
-    grown = entries.release();
+// With no more room than it needs: most copies are records, which stay as large as they are.
+ContainerBody* CopyLaidOut(ContainerBody& body) {
+  ContainerBody* copy = NewLaidOut(body.id, std::max(body.size, kFirstKeys), body.Keys());
+  std::copy_n(body.Values(), body.size, copy->Values());
+  copy->size = body.size;
+  if (!copy->Keys()->numbersOnly) {
+    for (const Entry& entry : copy->All()) Retain(entry.Get());
   }
+  return copy;
+}
+
+bool HoldsContainer(const ContainerBody& body) {
+  const std::span entries(body.Entries(), body.size);
+  return std::ranges::any_of(entries,
+                             [](const Entry& entry) { return entry.type == host::DA_CONTAINER; });
+}
+
+// These put the entries of a body, with their shares, into a new one with more room.
+ContainerBody* GrowShort(ContainerBody* body) {
+  ContainerBody* grown = NewShort(body->id, 2u * body->capacity);
+  std::copy_n(body->Entries(), body->size, grown->Entries());
+  grown->size = body->size;
+  IndexAgain(grown->Entries(), grown->capacity, grown->size);
   FreeBodyMemory(body);
   return grown;
 }
 
-bool RemoveShort(ContainerBody& body, host::LONG key) {
-  const Entry* found = FindShortEntry(body, key);
-  if (!found) return false;
-  const Value value = found->Get();
-  Entry* hole = body.Entries() + (found - body.Entries());
+ContainerBody* GrowLaidOut(ContainerBody* body) {
+  const std::uint32_t most = std::max<std::uint32_t>(body->Keys()->size, 2u * body->capacity);
+  ContainerBody* grown = NewLaidOut(body->id, std::min(most, kShortEntries), body->Keys());
+  std::copy_n(body->Values(), body->size, grown->Values());
+  grown->size = body->size;
+  FreeBodyMemory(body);
+  return grown;
+}
+
+// These give a body another form and put one more entry in. The body before keeps its entries where
+// memory fails.
+ContainerBody* LayOut(ContainerBody* body, host::LONG key, Value value) {
+  std::uint64_t keys[kFirstKeys];
+  for (std::uint32_t i = 0; i < kFirstKeys; ++i) keys[i] = KeyAndType(body->Entries()[i]);
+  SharedReference<Layout> layout = LayoutBeginningWith(keys);
+  PutKeyBehind(layout, kFirstKeys, KeyAndType(key, value.type));
+  // Who begins with these keys mostly has all the others, too.
+  const auto capacity = std::clamp<std::uint32_t>(layout->size, kIndexedEntries, kShortEntries);
+  ContainerBody* grown = NewLaidOut(body->id, capacity, std::move(layout));
+  for (std::uint32_t i = 0; i < kFirstKeys; ++i) grown->Values()[i] = body->Entries()[i].bits;
+  grown->Values()[kFirstKeys] = value.bits;
+  grown->size = kFirstKeys + 1;
+  FreeBodyMemory(body);
+  return grown;
+}
+
+ContainerBody* MakeLong(ContainerBody* body, host::LONG key, Value value) {
+  auto entries = std::make_unique<LongBody>();
+  entries->id = body->id;
+  try {
+    for (const Entry& entry : body->All()) AppendLong(*entries, entry.key, entry.Get());
+    AppendLong(*entries, key, value);
+  } catch (...) {
+    for (ChunkPlace& place : entries->chunks) FreeChunkMemory(place.chunk.release());
+    throw;
+  }
+  FreeBodyMemory(body);
+  return entries.release();
+}
+
+// A laid-out body in the short form, with room for one more where there may be any.
+ContainerBody* MakeShort(ContainerBody* body) {
+  const std::uint32_t capacity =
+      std::clamp(std::bit_ceil(body->size + 1), kFirstEntries, kShortEntries);
+  ContainerBody* entries = NewShort(body->id, capacity);
+  for (std::uint32_t i = 0; i < body->size; ++i) entries->Entries()[i] = ShortEntryAt(*body, i);
+  entries->size = body->size;
+  IndexAgain(entries->Entries(), entries->capacity, entries->size);
+  FreeBodyMemory(body);
+  return entries;
+}
+
+ContainerBody* AppendLaidOut(ContainerBody* body, host::LONG key, Value value) {
+  PutKeyBehind(body->Keys(), body->size, KeyAndType(key, value.type));
+  if (body->size == body->capacity) body = GrowLaidOut(body);
+  body->Values()[body->size++] = value.bits;
+  return body;
+}
+
+void RemoveShort(ContainerBody& body, std::uint32_t position) {
+  Entry* hole = body.Entries() + position;
   std::copy(hole + 1, body.Entries() + body.size, hole);
   --body.size;
   IndexAgain(body.Entries(), body.capacity, body.size);
-  Release(value);
-  return true;
+}
+
+void RemoveLaidOut(ContainerBody& body, std::uint32_t position) {
+  TakeKeyOut(body.Keys(), body.size, position);
+  std::uint64_t* hole = body.Values() + position;
+  std::copy(hole + 1, body.Values() + body.size, hole);
+  --body.size;
 }
 
 }  // namespace
 
 void EndBody(ContainerBody* body) {
   if (!body->IsLong() && HoldsNumbersOnly(*body)) {
-    FreeShort(body);
+    FreeBodyMemory(body);
   } else {
     Destruction().Run(body);
   }
 }
 
-const Entry* FindLongEntry(const ContainerBody& body, host::LONG key) {
+std::optional<Entry> FindLongEntry(const ContainerBody& body, host::LONG key) {
   const Spot spot = FindSpot(*AsLong(&body), key);
-  if (!spot.Found()) return nullptr;
+  if (!spot.Found()) return {};
   const Chunk& chunk = *AsLong(&body)->chunks[spot.chunk].chunk;
   FetchRecordAhead(chunk.All(), spot.offset);
-  return chunk.Entries() + spot.offset;
+  return chunk.Entries()[spot.offset];
 }
 
-const Entry* EntryAt(const ContainerBody* body, std::uint32_t position) {
-  if (position >= SizeOf(body)) return nullptr;
-  if (!body->IsLong()) return body->Entries() + position;
+std::optional<Entry> EntryAt(const ContainerBody* body, std::uint32_t position) {
+  if (position >= SizeOf(body)) return {};
+  if (!body->IsLong()) return ShortEntryAt(*body, position);
   const Spot spot = SpotAt(*AsLong(body), position);
-  return AsLong(body)->chunks[spot.chunk].chunk->Entries() + spot.offset;
+  return AsLong(body)->chunks[spot.chunk].chunk->Entries()[spot.offset];
 }
 
 host::LONG FindPosition(const ContainerBody* body, host::LONG key) {
   if (!body) return host::NOTOK;
   if (!body->IsLong()) {
-    const Entry* entry = FindShortEntry(*body, key);
-    return entry ? static_cast<host::LONG>(entry - body->Entries()) : host::NOTOK;
+    return static_cast<host::LONG>(FindShort(*body, key));  // kNoPosition is -1
   }
   const Spot spot = FindSpot(*AsLong(body), key);
   return spot.Found()
@@ -257,11 +342,9 @@ host::LONG FindPosition(const ContainerBody* body, host::LONG key) {
              : host::NOTOK;
 }
 
-std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& next) {
+EntrySpan NextEntries(const ContainerBody* body, std::uint32_t& next) {
   if (!body) return {};
-  if (!body->IsLong())
-    return next++ == 0 ? std::span<const Entry>(body->Entries(), body->size)
-                       : std::span<const Entry>();
+  if (!body->IsLong()) return next++ == 0 ? body->All() : EntrySpan();
   const auto& chunks = AsLong(body)->chunks;
   while (next < chunks.size()) {
     const Chunk& chunk = *chunks[next++].chunk;
@@ -273,28 +356,67 @@ std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& nex
 ContainerBody* NewBody(host::LONG id) { return NewShort(id, kFirstEntries); }
 
 ContainerBody* SplitBody(ContainerBody* body) {
-  ContainerBody* copy = body->IsLong() ? new LongBody(*AsLong(body)) : CopyShort(*body);
+  ContainerBody* copy = body->IsLong()      ? new LongBody(*AsLong(body))
+                        : body->IsLaidOut() ? CopyLaidOut(*body)
+                                            : CopyShort(*body);
   ReleaseBody(body);
   return copy;
 }
 
-Entry* WritableLongEntry(ContainerBody& body, host::LONG key) {
+std::uint64_t& ContainerBits(ContainerBody& body, host::LONG key) {
+  if (!body.IsLong()) return body.BitsAt(FindShort(body, key));
   const Spot spot = FindSpot(*AsLong(&body), key);
-  if (!spot.Found()) return nullptr;
   Chunk& chunk = WritableChunk(*AsLong(&body), spot.chunk);
   chunk.links = {};  // whatever is written into it
-  return chunk.Entries() + spot.offset;
+  return chunk.Entries()[spot.offset].bits;
 }
 
-ContainerBody* AppendWithGrowth(ContainerBody* body, host::LONG key, Value value) {
-  if (!body->IsLong()) body = Grow(body);
-  if (!body->IsLong()) return AppendEntry(body, key, value);
-  AppendLong(*AsLong(body), key, value);
+ContainerBody* AppendOtherwise(ContainerBody* body, host::LONG key, Value value) {
+  if (body->IsLong()) {
+    AppendLong(*AsLong(body), key, value);
+    return body;
+  }
+  if (body->size == kShortEntries) return MakeLong(body, key, value);
+  const bool isContainer = value.type == host::DA_CONTAINER;
+  if (body->IsLaidOut()) {
+    return isContainer ? AppendEntry(MakeShort(body), key, value) : AppendLaidOut(body, key, value);
+  }
+  const bool mayBeLaidOut = body->size == kFirstKeys && !isContainer && !HoldsContainer(*body);
+  return mayBeLaidOut ? LayOut(body, key, value) : AppendEntry(GrowShort(body), key, value);
+}
+
+ContainerBody* ReplaceEntry(ContainerBody* body, host::LONG key, Value value) {
+  if (body->IsLong()) {
+    ReplaceLong(*AsLong(body), key, value);
+    return body;
+  }
+  if (body->IsLaidOut() && value.type == host::DA_CONTAINER) body = MakeShort(body);
+  const std::uint32_t position = FindShort(*body, key);
+  const Value before = ShortEntryAt(*body, position).Get();
+  if (body->IsLaidOut()) {
+    PutKeyAt(body->Keys(), body->size, position, KeyAndType(key, value.type));
+    body->Values()[position] = value.bits;
+  } else {
+    FillEntry(body->Entries()[position], key, value);
+  }
+  Release(before);
   return body;
 }
 
-bool RemoveEntry(ContainerBody* body, host::LONG key) {
-  return body->IsLong() ? RemoveLong(*AsLong(body), key) : RemoveShort(*body, key);
+ContainerBody* RemoveEntry(ContainerBody* body, host::LONG key) {
+  if (body->IsLong()) {
+    RemoveLong(*AsLong(body), key);
+    return body;
+  }
+  const std::uint32_t position = FindShort(*body, key);
+  const Value value = ShortEntryAt(*body, position).Get();
+  if (body->IsLaidOut()) {
+    RemoveLaidOut(*body, position);
+  } else {
+    RemoveShort(*body, position);
+  }
+  Release(value);
+  return body;
 }
 
 ContainerBody* ClearEntries(ContainerBody* body) {
@@ -303,10 +425,10 @@ ContainerBody* ClearEntries(ContainerBody* body) {
     ReleaseBody(body);
     return empty;
   }
-  const std::uint32_t size = body->size;
+  const EntrySpan entries = body->All();
   body->size = 0;
-  IndexAgain(body->Entries(), body->capacity, 0);
-  for (std::uint32_t i = 0; i < size; ++i) Release(body->Entries()[i].Get());
+  if (body->IsShort()) IndexAgain(body->Entries(), body->capacity, 0);
+  for (const Entry& entry : entries) Release(entry.Get());
   return body;
 }
 

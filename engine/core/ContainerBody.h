@@ -1,8 +1,9 @@
-// ContainerBody: the counted entries and own ID behind BaseContainer, in two forms. The short form
-// keeps up to kShortEntries entries right behind its header, and behind them, once there are more
-// than a few, an index of their keys (Entries.h). The long form keeps a table of chunks, each
-// counted on its own, so that a write into a copy of a long container copies one chunk and the
-// table, not everything.
+// ContainerBody: the counted entries and own ID behind BaseContainer, in three forms. The short
+// form keeps up to kShortEntries entries right behind its header, and behind them, once there are
+// more than a few, an index of their keys (Entries.h). The laid-out form is for as many: more than
+// a few values without containers among them, beside a share of their keys (Layout.h). The long
+// form keeps a table of chunks, each counted on its own, so that a write into a copy of a long
+// container copies one chunk and the table, not everything.
 //
 // The law of sharing and of writing in place:
 //  1. A body or chunk with more than one owner is never changed. A writer makes every body on the
@@ -22,26 +23,34 @@
 // Threads: any number may read and copy one body; the counts are atomic.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "engine/core/Entries.h"
+#include "engine/core/Layout.h"
 
 namespace engine {
 
 inline constexpr std::uint32_t kFirstEntries = 4;  // room of a new body
-// Most entries of the short form; the largest records have 51
+// Most entries of the short and the laid-out form; the largest records have 51
 inline constexpr std::uint32_t kShortEntries = 64;
+
+enum class BodyForm : std::uint8_t { kShort, kLaidOut, kLong };
 
 struct ContainerBody {
   SharedCount owners;
   host::LONG id = 0;
   std::uint32_t size = 0;
-  std::uint16_t capacity = 0;  // room of the short form; 0 marks the long form
+  BodyForm form = BodyForm::kShort;
+  std::uint8_t capacity = 0;  // room, but of the long form
   // The position behind the one that a number was written to last, where the next one mostly goes
   std::uint16_t behind = 0;
 
-  bool IsLong() const { return capacity == 0; }
+  bool IsLong() const { return form == BodyForm::kLong; }
+  bool IsShort() const { return form == BodyForm::kShort; }
+  bool IsLaidOut() const { return form == BodyForm::kLaidOut; }
   // The entries of the short form.
   Entry* Entries() { return static_cast<Entry*>(static_cast<void*>(this + 1)); }
   const Entry* Entries() const {
@@ -49,8 +58,29 @@ struct ContainerBody {
   }
   // Of the short form.
   bool IsIndexed() const { return capacity >= kIndexedEntries; }
+  // Of the laid-out form: its keys, and the values' bits.
+  SharedReference<Layout>& Keys() {
+    return *static_cast<SharedReference<Layout>*>(static_cast<void*>(this + 1));
+  }
+  const Layout& Keys() const {
+    return **static_cast<const SharedReference<Layout>*>(static_cast<const void*>(this + 1));
+  }
+  std::uint64_t* Values() { return static_cast<std::uint64_t*>(static_cast<void*>(this + 1)) + 1; }
+  const std::uint64_t* Values() const {
+    return static_cast<const std::uint64_t*>(static_cast<const void*>(this + 1)) + 1;
+  }
+  // The entries of the short or the laid-out form.
+  EntrySpan All() const {
+    return IsShort() ? EntrySpan(std::span(Entries(), size))
+                     : EntrySpan(Keys().Keys(), Values(), size);
+  }
+  // Of those forms: the value's bits at a position.
+  std::uint64_t& BitsAt(std::uint32_t position) {
+    return IsShort() ? Entries()[position].bits : Values()[position];
+  }
 };
 static_assert(sizeof(ContainerBody) == 16);
+static_assert(sizeof(SharedReference<Layout>) == sizeof(std::uint64_t));
 
 inline void RetainBody(ContainerBody* body) {
   if (body) body->owners.Retain();
@@ -64,32 +94,41 @@ inline void ReleaseBody(ContainerBody* body) {
 inline host::LONG IdOf(const ContainerBody* body) { return body ? body->id : 0; }
 inline std::uint32_t SizeOf(const ContainerBody* body) { return body ? body->size : 0; }
 
-inline const Entry* FindShortEntry(const ContainerBody& body, host::LONG key) {
+// The position of a key in the short or the laid-out form; kNoPosition where it is not.
+inline std::uint32_t FindShort(const ContainerBody& body, host::LONG key) {
+  if (body.IsLaidOut()) return body.Keys().Find(key, body.size);
   const Entry* entries = body.Entries();
   // Most short containers count their keys up from the first one.
   const std::uint32_t guess =
       static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
-  if (guess < body.size && entries[guess].key == key) return entries + guess;
+  if (guess < body.size && entries[guess].key == key) return guess;
   if (body.IsIndexed()) return FindIndexed(entries, body.capacity, key);
-  for (const Entry* end = entries + body.size; entries != end; ++entries) {
-    if (entries->key == key) return entries;
+  for (std::uint32_t i = 0; i < body.size; ++i) {
+    if (entries[i].key == key) return i;
   }
-  return nullptr;
+  return kNoPosition;
 }
-const Entry* FindLongEntry(const ContainerBody& body, host::LONG key);
+inline Entry ShortEntryAt(const ContainerBody& body, std::uint32_t position) {
+  return body.IsShort() ? body.Entries()[position]
+                        : EntryOf(body.Keys().Keys()[position], body.Values()[position]);
+}
+std::optional<Entry> FindLongEntry(const ContainerBody& body, host::LONG key);
 
-// The entry with that key, or at that position; null where there is none. Position of the key, -1
-// where there is none.
-inline const Entry* FindEntry(const ContainerBody* body, host::LONG key) {
-  if (!body) return nullptr;
-  return body->IsLong() ? FindLongEntry(*body, key) : FindShortEntry(*body, key);
+// The entry with that key, or at that position; nothing where there is none. Position of the key,
+// -1 where there is none.
+inline std::optional<Entry> FindEntry(const ContainerBody* body, host::LONG key) {
+  if (!body) return {};
+  if (body->IsLong()) return FindLongEntry(*body, key);
+  const std::uint32_t position = FindShort(*body, key);
+  if (position == kNoPosition) return {};
+  return ShortEntryAt(*body, position);
 }
-const Entry* EntryAt(const ContainerBody* body, std::uint32_t position);
+std::optional<Entry> EntryAt(const ContainerBody* body, std::uint32_t position);
 host::LONG FindPosition(const ContainerBody* body, host::LONG key);
 
 // The stretches of entries that lie together, in order: `next` is 0 at first and counts up; empty
 // at the end.
-std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& next);
+EntrySpan NextEntries(const ContainerBody* body, std::uint32_t& next);
 
 [[nodiscard]] ContainerBody* NewBody(host::LONG id);
 // A copy with one owner, instead of one share of `body`.
@@ -100,26 +139,22 @@ std::span<const Entry> NextEntries(const ContainerBody* body, std::uint32_t& nex
   return body->owners.Unique() ? body : SplitBody(body);
 }
 
-// These change a body that has one owner. WritableEntry: null where there is no such key.
-// AppendEntry: the key is not there yet; takes the value's share and gives back the body, which may
-// have moved. RemoveEntry: closes the gap; false where there is no such key. ClearEntries: only the
-// own ID stays.
-Entry* WritableLongEntry(ContainerBody& body, host::LONG key);
-inline Entry* WritableEntry(ContainerBody* body, host::LONG key) {
-  if (body->IsLong()) return WritableLongEntry(*body, key);
-  const Entry* entry = FindShortEntry(*body, key);
-  return entry ? body->Entries() + (entry - body->Entries()) : nullptr;
-}
-// AppendEntry where the short form has no room left, or in the long form.
-[[nodiscard]] ContainerBody* AppendWithGrowth(ContainerBody* body, host::LONG key, Value value);
+// These change a body that has one owner and give back the body, which may have moved. AppendEntry:
+// the key is not there yet; takes the value's share. ReplaceEntry: the key is there; takes the
+// value's share and releases the one of the value before. RemoveEntry: closes the gap; the key is
+// there. ClearEntries: only the own ID stays.
+[[nodiscard]] ContainerBody* AppendOtherwise(ContainerBody* body, host::LONG key, Value value);
 [[nodiscard]] inline ContainerBody* AppendEntry(ContainerBody* body, host::LONG key, Value value) {
-  if (body->size >= body->capacity) return AppendWithGrowth(body, key, value);
+  if (!body->IsShort() || body->size >= body->capacity) return AppendOtherwise(body, key, value);
   FillEntry(body->Entries()[body->size], key, value);
-  if (body->IsIndexed()) IndexEntry(body->Entries(), body->capacity, body->size);
+  if (body->IsIndexed()) IndexItem(body->Entries(), body->capacity, body->size);
   ++body->size;
   return body;
 }
-bool RemoveEntry(ContainerBody* body, host::LONG key);
+[[nodiscard]] ContainerBody* ReplaceEntry(ContainerBody* body, host::LONG key, Value value);
+[[nodiscard]] ContainerBody* RemoveEntry(ContainerBody* body, host::LONG key);
+// Where a body of one owner keeps the bits of the container under a key.
+std::uint64_t& ContainerBits(ContainerBody& body, host::LONG key);
 [[nodiscard]] ContainerBody* ClearEntries(ContainerBody* body);
 
 enum class OwnIds { kIgnored, kCompared };
@@ -151,6 +186,7 @@ struct ContainerAccess {
   static void SetNumber(host::BaseContainer& container, host::LONG key, Value value) {
     if (HoldsOwnShort(container)) {
       ContainerBody& body = *container.body_;
+      if (body.IsLaidOut()) return SetLaidOut(container, key, value);
       Entry* entries = body.Entries();
       if (body.behind < body.size &&
           KeyAndType(entries[body.behind]) == KeyAndType(key, value.type)) {
@@ -199,7 +235,23 @@ struct ContainerAccess {
   static ContainerAnchor*& Anchor(host::BaseContainer& container) { return container.anchor_; }
 
  private:
-  // A short body that nobody shares, in a container without instances that is none itself.
+  // SetNumber in a laid-out body that nobody shares. The key that comes next in the layout is not
+  // among those before it.
+  static void SetLaidOut(host::BaseContainer& container, host::LONG key, Value value) {
+    ContainerBody& body = *container.body_;
+    const Layout& layout = *body.Keys();
+    const std::uint64_t keyAndType = KeyAndType(key, value.type);
+    if (body.behind < body.size && layout.Keys()[body.behind] == keyAndType) {
+      body.Values()[body.behind++] = value.bits;
+    } else if (body.size < std::min<std::uint32_t>(body.capacity, layout.size) &&
+               layout.Keys()[body.size] == keyAndType) {
+      body.Values()[body.size++] = value.bits;
+    } else {
+      SearchAndSetNumber(container, key, value);
+    }
+  }
+  // A short or laid-out body that nobody shares, in a container without instances that is none
+  // itself.
   static bool HoldsOwnShort(const host::BaseContainer& container) {
     const ContainerBody* body = container.body_;
     return body && !container.anchor_ && !body->IsLong() && body->owners.Unique();

@@ -16,7 +16,7 @@ constexpr int kDeepestComparison = 16;
 struct Stretches {
   const ContainerBody* body;
   std::uint32_t next = 0;
-  std::span<const Entry> current = {};
+  EntrySpan current = {};
 
   // False at the end.
   bool Fill() {
@@ -61,7 +61,7 @@ class Comparison {
       const std::size_t count = std::min(left.current.size(), right.current.size());
       // Copies share their chunks.
       if (left.current.data() != right.current.data() &&
-          !Entries(left.current.data(), right.current.data(), count, depth))
+          !Entries(left.current, right.current, count, depth))
         return false;
       left.current = left.current.subspan(count);
       right.current = right.current.subspan(count);
@@ -69,10 +69,12 @@ class Comparison {
     return true;
   }
 
-  bool Entries(const Entry* a, const Entry* b, std::size_t count, int depth) {
+  bool Entries(const EntrySpan& a, const EntrySpan& b, std::size_t count, int depth) {
     for (std::size_t i = 0; i < count; ++i) {
-      if (a[i].key != b[i].key || a[i].type != b[i].type) return false;
-      if (a[i].bits != b[i].bits && !Shared(a[i].Get(), b[i].Get(), depth)) return false;
+      const Entry one = a[i];
+      const Entry two = b[i];
+      if (one.key != two.key || one.type != two.type) return false;
+      if (one.bits != two.bits && !Shared(one.Get(), two.Get(), depth)) return false;
     }
     return true;
   }
@@ -103,6 +105,12 @@ class Comparison {
 }
 
 }  // namespace
+
+bool AlikeLaidOut(const ContainerBody& a, const ContainerBody& b) {
+  const std::uint64_t* keys = a.Keys().Keys();
+  return (keys == b.Keys().Keys() || std::equal(keys, keys + a.size, b.Keys().Keys())) &&
+         std::equal(a.Values(), a.Values() + a.size, b.Values());
+}
 
 bool SameBodies(const ContainerBody* a, const ContainerBody* b, OwnIds ids) {
   return a == b || (a && b && AlikeShort(*a, *b)) || Compare(a, b, ids);

@@ -6,10 +6,14 @@
 
 namespace engine {
 
-// True for short bodies with the same entries and own ID to the bit: nothing nested needs a look.
-// False says nothing.
+// Of two laid-out bodies of one size: the same entries to the bit.
+bool AlikeLaidOut(const ContainerBody& a, const ContainerBody& b);
+
+// True for bodies of one form, but long ones, with the same entries and own ID to the bit: nothing
+// nested needs a look. False says nothing.
 inline bool AlikeShort(const ContainerBody& a, const ContainerBody& b) {
-  if (a.IsLong() || b.IsLong() || a.size != b.size || a.id != b.id) return false;
+  if (a.form != b.form || a.IsLong() || a.size != b.size || a.id != b.id) return false;
+  if (a.IsLaidOut()) return AlikeLaidOut(a, b);
   const Entry* left = a.Entries();
   const Entry* right = b.Entries();
   for (const Entry* end = left + a.size; left != end; ++left, ++right) {

@@ -5,7 +5,7 @@
 namespace engine {
 
 NodeId LinkOf(const host::BaseContainer& container, host::LONG id) {
-  const Entry* entry = FindEntry(ContainerAccess::Body(container), id);
+  const std::optional<Entry> entry = FindEntry(ContainerAccess::Body(container), id);
   return entry && entry->type == host::DA_ALIASLINK ? entry->bits : 0;
 }
 

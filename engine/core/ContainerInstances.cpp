@@ -66,15 +66,15 @@ ContainerAnchor* OwnerOf(host::BaseContainer& container) {
   return anchor ? anchor->owner : nullptr;
 }
 
-// The entry of an instance in its owner, whose chain has been made writable.
-Entry& OwnersEntry(const ContainerAnchor& anchor) {
-  return *WritableEntry(ContainerAccess::Body(*anchor.owner->self), anchor.key);
+// Where the owner of an instance, whose chain has been made writable, keeps its body.
+std::uint64_t& OwnersBits(const ContainerAnchor& anchor) {
+  return ContainerBits(*ContainerAccess::Body(*anchor.owner->self), anchor.key);
 }
 
 void MakeInstanceUnique(const ContainerAnchor& anchor) {
-  Entry& entry = OwnersEntry(anchor);
-  ContainerBody* body = MakeUnique(BlockOf<ContainerBody>(entry.bits));
-  entry.bits = BitsOf(body);
+  std::uint64_t& bits = OwnersBits(anchor);
+  ContainerBody* body = MakeUnique(BlockOf<ContainerBody>(bits));
+  bits = BitsOf(body);
   ContainerAccess::BodySlot(*anchor.self) = body;
 }
 
@@ -108,7 +108,7 @@ bool ContainerAccess::IsInstance(host::BaseContainer& container) {
 }
 
 void ContainerAccess::TellOwner(host::BaseContainer& container, ContainerBody* body) {
-  if (OwnerOf(container)) OwnersEntry(*container.anchor_).bits = BitsOf(body);
+  if (OwnerOf(container)) OwnersBits(*container.anchor_) = BitsOf(body);
 }
 
 void ContainerAccess::Replace(host::BaseContainer& container, ContainerBody* body) {
@@ -116,15 +116,15 @@ void ContainerAccess::Replace(host::BaseContainer& container, ContainerBody* bod
   ContainerBody* before = container.body_;
   if (owner) {
     PrepareWrite(*owner->self);
-    Entry& entry = OwnersEntry(*container.anchor_);
-    before = BlockOf<ContainerBody>(std::exchange(entry.bits, BitsOf(body)));
+    std::uint64_t& bits = OwnersBits(*container.anchor_);
+    before = BlockOf<ContainerBody>(std::exchange(bits, BitsOf(body)));
   }
   container.body_ = body;
   ReleaseBody(before);
 }
 
 host::BaseContainer* ContainerAccess::Instance(host::BaseContainer& container, host::LONG key) {
-  const Entry* entry = FindEntry(container.body_, key);
+  const std::optional<Entry> entry = FindEntry(container.body_, key);
   if (!entry || entry->type != host::DA_CONTAINER) return nullptr;
   if (!container.anchor_) container.anchor_ = new ContainerAnchor(&container);
   ContainerAnchor& anchor = *container.anchor_;

@@ -139,8 +139,9 @@ RecordLink RecordLink::Of(Value record) {
   if (record.type != host::DA_CONTAINER) return {};
   const auto* body = BlockOf<ContainerBody>(record.bits);
   if (!body || body->IsLong()) return {};
-  for (std::uint32_t i = body->size; i-- > 0;) {
-    const Entry& entry = body->Entries()[i];
+  const EntrySpan entries = body->All();
+  for (std::size_t i = entries.size(); i-- > 0;) {
+    const Entry entry = entries[i];
     if (entry.type == host::DA_ALIASLINK) return {entry.key, entry.bits};
   }
   return {};
@@ -148,6 +149,7 @@ RecordLink RecordLink::Of(Value record) {
 
 LongBody::LongBody(const LongBody& other)
     : chunks(other.chunks), index(other.index), order(other.order), greatestKey(other.greatestKey) {
+  form = BodyForm::kLong;
   id = other.id;
   size = other.size;
 }
@@ -204,9 +206,8 @@ void ReplaceLong(LongBody& body, host::LONG key, Value value) {
   Release(before);
 }
 
-bool RemoveLong(LongBody& body, host::LONG key) {
+void RemoveLong(LongBody& body, host::LONG key) {
   const Spot spot = FindSpot(body, key);
-  if (!spot.Found()) return false;
   if (body.order == KeyOrder::kDense) body.order = KeyOrder::kAscending;
   Chunk& chunk = WritableChunk(body, spot.chunk);
   Entry* hole = chunk.Entries() + spot.offset;
@@ -218,7 +219,6 @@ bool RemoveLong(LongBody& body, host::LONG key) {
   if (body.size == 0 || body.chunks.size() > 2 * (body.size >> kChunkShift) + kSpareChunks)
     Compact(body);
   Release(value);
-  return true;
 }
 
 }  // namespace engine

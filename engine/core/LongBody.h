@@ -73,7 +73,7 @@ struct LongBody : ContainerBody {
   KeyOrder order = KeyOrder::kDense;
   host::LONG greatestKey = 0;  // while keys ascend: not less than the last one
 
-  LongBody() = default;
+  LongBody() { form = BodyForm::kLong; }
   // Shares all chunks.
   LongBody(const LongBody& other);
   LongBody& operator=(const LongBody&) = delete;
@@ -105,7 +105,8 @@ Chunk& WritableChunk(LongBody& body, std::uint32_t chunk);
 void AppendLong(LongBody& body, host::LONG key, Value value);
 // Takes the value's share and releases the one of the value before. The key is there.
 void ReplaceLong(LongBody& body, host::LONG key, Value value);
-bool RemoveLong(LongBody& body, host::LONG key);
+// The key is there.
+void RemoveLong(LongBody& body, host::LONG key);
 // Of a chunk whose entries are released or have moved elsewhere.
 void FreeChunkMemory(Chunk* chunk);
 

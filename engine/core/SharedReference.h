@@ -18,7 +18,9 @@ class SharedCount {
   [[nodiscard]] bool Release() {
     return Unique() || owners_.fetch_sub(1, std::memory_order_acq_rel) == 1;
   }
-  bool Unique() const { return owners_.load(std::memory_order_acquire) == 1; }
+  bool Unique() const { return Count() == 1; }
+  // Of use only to one who knows who the owners are.
+  std::uint32_t Count() const { return owners_.load(std::memory_order_acquire); }
 
  private:
   std::atomic<std::uint32_t> owners_{1};

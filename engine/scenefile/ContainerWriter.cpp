@@ -83,7 +83,7 @@ void ContainerWriter::Open(const ContainerBody* body) {
   }
 }
 
-void ContainerWriter::OpenStretch(std::span<const Entry> stretch) {
+void ContainerWriter::OpenStretch(EntrySpan stretch) {
   for (const Entry& entry : stretch) {
     if (entry.type != host::DA_CONTAINER) {
       entries_.push_back({entry.key, entry.type, WordOf(entry)});
@@ -136,7 +136,7 @@ std::uint32_t ContainerWriter::StoreList(const ContainerBody* body,
   return container;
 }
 
-const ContainerWriter::Stretch* ContainerWriter::FindStretch(const Entry* entries) {
+const ContainerWriter::Stretch* ContainerWriter::FindStretch(const void* entries) {
   const std::uint32_t* row = stretchIndex_.Find(
       HashOf(entries), [&](std::uint32_t at) { return stretches_[at].entries == entries; });
   return row ? &stretches_[*row] : nullptr;

@@ -41,7 +41,7 @@ class ContainerWriter {
   };
   // Where the entries of a stretch that long containers share have been done before.
   struct Stretch {
-    const Entry* entries;
+    const void* entries;  // EntrySpan::data
     std::uint32_t list;
     std::size_t position;
   };
@@ -51,11 +51,11 @@ class ContainerWriter {
   std::uint32_t KnownRecord(const ContainerBody* body);
   std::uint32_t& Remembered(const ContainerBody* body);
   void Open(const ContainerBody* body);
-  void OpenStretch(std::span<const Entry> stretch);
+  void OpenStretch(EntrySpan stretch);
   std::uint32_t Close(const Frame& frame);
   std::uint32_t Store(std::int32_t ownId, std::span<const CodedEntry> entries);
   std::uint32_t StoreList(const ContainerBody* body, std::span<const CodedEntry> entries);
-  const Stretch* FindStretch(const Entry* entries);
+  const Stretch* FindStretch(const void* entries);
   std::uint64_t WordOf(const Entry& entry);
   std::uint32_t HeightOf(std::span<const CodedEntry> entries) const;
 

@@ -335,7 +335,7 @@ class Search {
     for (const Entry& record : stretch) {
       std::uint64_t one = 1;
       std::uint32_t next = 0;
-      for (RecordList::Stretch values = NextEntries(RecordOf(record), next); !values.empty();
+      for (EntrySpan values = NextEntries(RecordOf(record), next); !values.empty();
            values = NextEntries(RecordOf(record), next)) {
         for (const Entry& value : values) {
           if (!IsShared(value.type)) one = Mixed(one, Mixed(KeyAndType(value), value.bits));

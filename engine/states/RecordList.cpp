@@ -23,6 +23,7 @@ namespace {
 bool IsDense(const ContainerBody* body) {
   if (!body) return true;
   if (body->IsLong()) return AsLong(body)->order == KeyOrder::kDense;
+  if (body->IsLaidOut()) return false;  // holds no records
   for (std::uint32_t i = 0; i < body->size; ++i) {
     if (body->Entries()[i].key != static_cast<host::LONG>(i)) return false;
   }
@@ -242,7 +243,7 @@ RecordList::RecordList(const host::BaseContainer& state, host::LONG key, host::L
     return;
   }
   for (std::uint32_t i = 0; i < SizeOf(body); ++i) {
-    if (const Entry* entry = FindEntry(body, static_cast<host::LONG>(i)))
+    if (const std::optional<Entry> entry = FindEntry(body, static_cast<host::LONG>(i)))
       gathered_.push_back(*entry);
   }
   stretches_.emplace_back(gathered_);

@@ -24,11 +24,11 @@ inline const ContainerBody* RecordOf(const Entry& entry) {
 }
 // The link or number under a key of a record; 0 where there is none.
 inline NodeId LinkIn(const ContainerBody* record, host::LONG key) {
-  const Entry* entry = FindEntry(record, key);
+  const std::optional<Entry> entry = FindEntry(record, key);
   return entry && entry->type == host::DA_ALIASLINK ? entry->bits : 0;
 }
 inline host::LONG NumberIn(const ContainerBody* record, host::LONG key) {
-  const Entry* entry = FindEntry(record, key);
+  const std::optional<Entry> entry = FindEntry(record, key);
   return entry ? LongOf(entry->Get()) : 0;
 }
 

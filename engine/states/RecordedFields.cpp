@@ -30,14 +30,14 @@ constexpr host::Bool host::LayerData::*kFlags[] = {
     &host::LayerData::deformers, &host::LayerData::expressions, &host::LayerData::animation};
 
 GeData ValueIn(const ContainerBody* record, LONG key) {
-  const Entry* entry = FindEntry(record, key);
+  const std::optional<Entry> entry = FindEntry(record, key);
   return entry ? ValueAccess::Share(entry->Get()) : GeData();
 }
 
 template <class Visit>
 void ForEachStored(const ContainerBody* body, Visit visit) {
   std::uint32_t next = 0;
-  for (std::span<const Entry> entries = NextEntries(body, next); !entries.empty();
+  for (EntrySpan entries = NextEntries(body, next); !entries.empty();
        entries = NextEntries(body, next)) {
     for (const Entry& entry : entries) visit(entry);
   }
@@ -65,9 +65,11 @@ bool SameBlocks(const ContainerBody* a, const ContainerBody* b) {
 // Alike but for the link to the tag.
 bool SameButLink(const ContainerBody* a, const ContainerBody* b) {
   if (!a || !b || SizeOf(a) != SizeOf(b) || a->IsLong() || b->IsLong()) return false;
-  for (std::uint32_t i = 0; i < a->size; ++i) {
-    const Entry& one = a->Entries()[i];
-    const Entry& two = b->Entries()[i];
+  const EntrySpan left = a->All();
+  const EntrySpan right = b->All();
+  for (std::size_t i = 0; i < left.size(); ++i) {
+    const Entry one = left[i];
+    const Entry two = right[i];
     if (one.key != two.key) return false;
     if (one.key != kStoredTagLink && !SameValues(one.Get(), two.Get(), OwnIds::kIgnored))
       return false;
@@ -222,8 +224,8 @@ bool SceneComparison::IsCompositingAsRecorded(const BaseList2D& tag, const Conta
   likeResult_ = true;
   const ContainerBody* body = DataOf(tag);
   for (const auto& [parameter, key] : kCompositingParameters) {
-    const Entry* was = FindEntry(body, parameter);
-    const Entry* recorded = FindEntry(record, key);
+    const std::optional<Entry> was = FindEntry(body, parameter);
+    const std::optional<Entry> recorded = FindEntry(record, key);
     const Value is = recorded ? recorded->Get() : Value();
     if (was ? SameValues(was->Get(), is, OwnIds::kIgnored)
             : !everyEntry_ && IsZero(ValueAccess::Share(is)))

@@ -36,10 +36,14 @@ class Measurement {
   }
 
   void Add(const ContainerBody& body) {
-    if (!body.IsLong()) {
+    if (body.IsShort()) {
       bytes_ += sizeof(body) + body.capacity * sizeof(Entry) + IndexBytes(body.capacity);
-      AddEntries({body.Entries(), body.size});
-      return;
+      return AddEntries(body.All());
+    }
+    if (body.IsLaidOut()) {
+      bytes_ += sizeof(body) + (1 + body.capacity) * sizeof(std::uint64_t);
+      if (IsNew(&body.Keys())) bytes_ += Layout::Bytes(body.Keys().capacity);
+      return AddEntries(body.All());
     }
     const LongBody& entries = *AsLong(&body);
     bytes_ += sizeof(entries) + entries.chunks.capacity() * sizeof(ChunkPlace);
@@ -51,7 +55,7 @@ class Measurement {
     }
   }
 
-  void AddEntries(std::span<const Entry> entries) {
+  void AddEntries(EntrySpan entries) {
     for (const Entry& entry : entries) {
       if (IsShared(entry.type)) AddShared(entry.Get());
     }
