@@ -25,6 +25,8 @@ using Names = std::vector<std::string>;
 // one is so long that it is stored by itself.
 BaseContainer Store(int count, bool noted = true) {
   BaseContainer store;
+  store.SetReal(7, 0.3);
+  store.SetData(9, host::GeData());
   for (int i = 0; i < count; ++i) {
     BaseContainer one(i);
     if (i % 7 != 6) one.SetLong(3, i);
@@ -36,8 +38,6 @@ BaseContainer Store(int count, bool noted = true) {
     store.SetContainer(i * 2, i % 7 == 6 ? BaseContainer() : one);
   }
   store.SetString(5, host::String("no container"));
-  store.SetReal(7, 0.25);
-  store.SetData(9, host::GeData());
   if (noted) store.SetBool(21, host::TRUE);
   return store;
 }
