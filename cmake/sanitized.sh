@@ -22,8 +22,8 @@ build_sanitized() {
     -DSTAGEMARKS_DESKTOP=OFF -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON $arguments" "$@"
 }
 
-# build_fuzzers "CMAKE ARGUMENTS": the fuzz targets and what they need.
-build_fuzzers() { build_sanitized "$fuzz_folder" "-DCMAKE_CXX_COMPILER=clang++ -DSTAGEMARKS_NODE=OFF $1" fuzz_targets Stagemarks; }
+# The fuzz targets and what they need.
+build_fuzzers() { build_sanitized "$fuzz_folder" "-DCMAKE_CXX_COMPILER=clang++ -DSTAGEMARKS_NODE=OFF" fuzz_targets Stagemarks; }
 
 # fuzz TARGET LEARNED FLAGS...: over the kept inputs and those in the folder LEARNED, where new ones are put, and from these on as
 # the flags of libFuzzer say. Status 1 where something was found; what and where is printed.

@@ -14,10 +14,9 @@
 #include "host/RenderData.h"
 
 namespace engine {
+namespace {
 
 using Json = nlohmann::ordered_json;
-
-namespace {
 
 constexpr std::size_t kObjectsAtOnce = 5000;
 
