@@ -196,7 +196,7 @@ TEST_F(NamesInFile, AFrameThatDoesNotFitTogetherIsDamage) {
       ASSERT_TRUE(!isTexts || section.rawLength > section.payload.size() + 1);
       liar.AddAsItIs(section.name, section.rawLength + (isTexts ? more : 0), section.payload);
     }
-    EXPECT_NE(refusal(tests::Joined(liar.Finish())).find("in section TEXTS"), std::string::npos);
+    EXPECT_NE(refusal(tests::Joined(liar.Finish())).find("does not expand"), std::string::npos);
   }
 }
 
