@@ -97,24 +97,6 @@ find.addEventListener('input', update);
 sort.addEventListener('change', update);
 )js";
 
-// A file's path as an address: every byte that is not plainly a letter, digit or separator as its
-// number (RFC 3986).
-std::string Address(const std::string& file) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string address;
-  for (const char letter : file) {
-    const auto byte = static_cast<unsigned char>(letter);
-    const bool plain = byte < 0x80 && (std::isalnum(byte) || byte == '.' || byte == '-' ||
-                                       byte == '_' || byte == '/');
-    if (plain) {
-      address += letter;
-    } else {
-      address += {'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
-    }
-  }
-  return address;
-}
-
 // "month/day/year hour:minute" as text whose order is that of time.
 std::string Sortable(const std::string& date) {
   const std::size_t blank = date.find(' ');
@@ -138,6 +120,22 @@ std::string EntryText(const PageEntry& entry, std::size_t at) {
 }
 
 }  // namespace
+
+std::string Address(const std::string& file) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string address;
+  for (const char letter : file) {
+    const auto byte = static_cast<unsigned char>(letter);
+    const bool plain = byte < 0x80 && (std::isalnum(byte) || byte == '.' || byte == '-' ||
+                                       byte == '_' || byte == '/');
+    if (plain) {
+      address += letter;
+    } else {
+      address += {'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
+    }
+  }
+  return address;
+}
 
 std::string MakePicturePage(const std::string& title, const std::string& subtitle,
                             const std::vector<PageEntry>& entries) {

@@ -1,5 +1,6 @@
 #include "program/commandline/SheetMaking.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "engine/outside/FoldedName.h"
@@ -31,7 +32,8 @@ int SheetMaking::Run(Report& report) {
   int status = kDone;
   for (const auto step :
        {&SheetMaking::Choose, &SheetMaking::NamePictures, &SheetMaking::CheckPlaces,
-        &SheetMaking::MakeFolders, &SheetMaking::LayOut, &SheetMaking::MakeAll}) {
+        &SheetMaking::MakeFolders, &SheetMaking::MeasureStates, &SheetMaking::LayOut,
+        &SheetMaking::MakeAll}) {
     if (status == kDone) status = (this->*step)();
   }
   if (status == kDone) status = Write(report);
@@ -88,24 +90,45 @@ int SheetMaking::MakeFolders() {
   return kDone;
 }
 
-int SheetMaking::LayOut() {
+PictureSize SheetMaking::Fitted(const Planned& planned, const PictureSize& box) const {
+  if (order_.made.empty()) return FittedInto(planned.own, box);
+  return FittedInto(planned.own, {std::min(box.width, planned.own.width),
+                                  std::min(box.height, planned.own.height)});
+}
+
+int SheetMaking::MeasureStates() {
   const pictures::SceneHashes hashes(session_.Document(), session_.Files());
   settings_ = {SettingsHash(PictureKind::Png), SettingsHash(PictureKind::Tiff)};
-  std::vector<PictureSize> sizes;
   for (std::size_t i = 0; i < plan_.size(); ++i) {
     if (Terminal::Interrupted()) return kInterrupted;
+    const auto made = order_.made.find(pictures_.AsItIs() ? "" : pictures_.States()[i].name);
     const int status = pictures_.InState(pictures_.States()[i], [&] {
-      plan_[i].own = pictures_.Size();
+      plan_[i].own = made == order_.made.end() ? pictures_.Size() : made->second;
       plan_[i].record = {hashes.Scene(), hashes.State(), settings_[0], {}, 0, STAGEMARKS_VERSION};
       return kDone;
     });
     if (status != kDone) return status;
-    sizes.push_back(plan_[i].own);
+  }
+  return kDone;
+}
+
+int SheetMaking::LayOut() {
+  std::vector<PictureSize> sizes;
+  PictureSize largest{0, 0};
+  for (const Planned& planned : plan_) {
+    sizes.push_back(planned.own);
+    largest = {std::max(largest.width, planned.own.width),
+               std::max(largest.height, planned.own.height)};
   }
   subtitle_ = pictures::SheetSubtitle(pictures_.AsItIs() ? 0 : plan_.size());
   if (!order_.sheet.empty()) {
     auto sheet =
         pictures::ContactSheet::Make(session_.Files(), sizes, title_, subtitle_, order_.size);
+    const bool isRoomy = sheet && !order_.made.empty() &&
+                         sheet.Value().Box().width > largest.width &&
+                         sheet.Value().Box().height > largest.height;
+    if (isRoomy)
+      sheet = pictures::ContactSheet::Make(session_.Files(), sizes, title_, subtitle_, largest);
     if (!sheet) return Fail(sheet.Message());
     sheet_ = std::make_unique<pictures::ContactSheet>(sheet.Take());
   }
@@ -113,7 +136,7 @@ int SheetMaking::LayOut() {
                           : order_.folder.empty() ? sheet_->Box()
                                                   : kPageBox;
   for (Planned& planned : plan_) {
-    planned.size = FittedInto(planned.own, box);
+    planned.size = Fitted(planned, box);
     planned.record.size = planned.size;
   }
   finished_.LookIn(fs::path(order_.sheet.empty() ? order_.folder : order_.sheet).parent_path());
@@ -142,7 +165,7 @@ int SheetMaking::MakeOne(std::size_t index) {
          planned.size.width, planned.size.height});
   }
   if (!sheet_) return kDone;
-  const PictureSize cell = FittedInto(planned.own, sheet_->Box());
+  const PictureSize cell = Fitted(planned, sheet_->Box());
   sheet_->Place(index, engine::ScaledDown(picture, cell.width, cell.height), state);
   return kDone;
 }

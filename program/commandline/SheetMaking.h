@@ -25,6 +25,9 @@ struct SheetOrder {
   std::optional<PictureSize> size = {};  // what each picture fits into, instead of what is usual
   std::vector<std::string> from = {};    // absolute paths of folders with finished pictures
   bool resume = false;                   // keep own pictures, and use those kept
+  // By name of the state: as large as these at most, and of their shape, instead of what its render
+  // settings say. Those of finished pictures need no rendering.
+  std::map<std::string, PictureSize> made = {};
 };
 
 class SheetMaking {
@@ -39,17 +42,20 @@ class SheetMaking {
  private:
   // One state's picture as it is going to be.
   struct Planned {
-    PictureSize own;  // of the state by itself
+    PictureSize own;  // of the state by itself, or of a finished picture of it
     PictureSize size;
     PictureRecord record;
     std::string file;  // where it is kept, absolute; empty: nowhere
   };
 
   int Fail(const std::string& why);
+  // As large as fits into the box, and no larger than a finished picture that it shows.
+  PictureSize Fitted(const Planned& planned, const PictureSize& box) const;
   int Choose();
   int NamePictures();
   int CheckPlaces();
   int MakeFolders();
+  int MeasureStates();
   int LayOut();
   int MakeAll();
   int MakeOne(std::size_t index);

@@ -200,7 +200,7 @@ TEST_F(FarmOnSlurm, AnOrdinaryUserSubmits) {
 TEST_F(Farm, WorksWithoutSlurm) {
   const ChildResult none =
       Try("mkdir bin; ln -s $(command -v stagemarks) bin; PATH=$PWD/bin stagemarks farm submit "
-          "shot/s.c4d --frames 0:3");
+          "shot/s.c4d --frames 0:3 --size 48x48");
   EXPECT_EQ(none.status, 1);
   EXPECT_NE(none.err.find("sbatch was not found"), std::string::npos) << none.err;
   EXPECT_EQ(Count("waiting"), 12);
@@ -213,18 +213,54 @@ TEST_F(Farm, WorksWithoutSlurm) {
     return json::parse(ReadText(folder_ / file))["rendered"].get<int>();
   };
   EXPECT_EQ(rendered("1") + rendered("2"), 12);
-  Run("stagemarks farm collect");
-  EXPECT_TRUE(fs::exists(Job() + "/report.html"));
+  // What was made is shown, however small; nothing is rendered once more.
+  const json collected = json::parse(Run("stagemarks farm collect --json"));
+  EXPECT_EQ(collected["finishedPictures"], 3);
+  EXPECT_EQ(collected["states"][0]["state"], "A");
+  const std::string report = ReadText(Job() + "/report.html");
+  for (const char* part :
+       {"src=\"sheet.png\"", "href=\"pictures/0001%20A.png\"", "<h2>Machines</h2>"})
+    EXPECT_NE(report.find(part), std::string::npos) << part << "\n" << report;
   // The same again copies nothing; another size needs no second copy of the scene either.
   const auto copied = [&](const std::string& more) {
     return Run("stagemarks farm submit shot/s.c4d --dry-run " + more).find("Nothing was written");
   };
-  EXPECT_NE(copied("--frames 0:3"), std::string::npos);
+  EXPECT_NE(copied("--frames 0:3 --size 48x48"), std::string::npos);
   Try("PATH=$PWD/bin stagemarks farm submit shot/s.c4d --size 8x6");
   std::size_t scenes = 0;
   for (const auto& entry : fs::directory_iterator(folder_ / "farm/scenes"))
     scenes += entry.is_directory();
   EXPECT_EQ(scenes, 1U);
+}
+
+// Programs of the test's own stand for those of Slurm.
+TEST_F(Farm, LeavesNothingWithSlurmThatItCannotWriteDownAndWaitsForNoAnswer) {
+  const auto script = [&](const std::string& name, const std::string& text) {
+    tests::WriteText(folder_ / ("bin/" + name), "#!/bin/sh\n" + text + "\n");
+    fs::permissions(folder_ / ("bin/" + name), fs::perms::owner_all);
+  };
+  fs::create_directory(folder_ / "bin");
+  const std::string farm = "PATH=$PWD/bin:$PATH stagemarks farm ";
+  script("scancel", "echo $* > cancelled");
+  script("sbatch", "for f in farm/jobs/*/submissions; do rm -r $f; touch $f; done; echo 77");
+  const ChildResult lost = Try(farm + "submit shot/s.c4d");
+  EXPECT_EQ(lost.status, 1) << lost.out;
+  EXPECT_NE(lost.err.find("Slurm's 77"), std::string::npos) << lost.err;
+  EXPECT_EQ(ReadText(folder_ / "cancelled").substr(0, 2), "77");
+  fs::remove_all(folder_ / "farm");
+  script("sbatch", "echo 77");
+  Run(farm + "submit shot/s.c4d");
+  // Who is not told what is alive hands nothing over once more.
+  script("squeue", "echo no controller >&2; exit 1");
+  const ChildResult retried = Try(farm + "retry");
+  EXPECT_EQ(retried.status, 1) << retried.out;
+  EXPECT_NE(retried.err.find("no controller"), std::string::npos) << retried.err;
+  EXPECT_EQ(Files("farm/jobs/" + fs::path(Job()).filename().string() + "/submissions").find("002"),
+            std::string::npos);
+  script("squeue", "touch asked; exec sleep 600");
+  EXPECT_EQ(
+      Try(farm + "status & p=$!; until [ -e asked ]; do :; done; kill -TERM $p; wait $p").status,
+      143);
 }
 
 // A limit on the size of files stands for a disk that is full.

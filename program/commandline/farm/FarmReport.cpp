@@ -1,6 +1,7 @@
 #include "program/commandline/farm/FarmReport.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -9,6 +10,7 @@
 
 #include "engine/dialog/TerminalText.h"
 #include "program/commandline/PictureOrders.h"
+#include "program/commandline/PicturePage.h"
 
 namespace commandline {
 
@@ -16,6 +18,7 @@ namespace {
 
 constexpr std::size_t kMostFailures = 5;
 constexpr std::size_t kLogLines = 3;
+constexpr const char* kSheetFile = "/sheet.png";
 constexpr std::uint64_t kLargestLog = 1ULL << 26;
 
 const char* WordFor(TaskState state) {
@@ -41,39 +44,67 @@ std::string SecondsText(double seconds) {
   return text;
 }
 
+double SecondsEach(const FarmCounts& counts) {
+  return counts.seconds / static_cast<double>(std::max<std::size_t>(1, counts.done));
+}
+
 std::string EachText(const FarmCounts& counts) {
-  return counts.done == 0 ? "" : SecondsText(counts.seconds / static_cast<double>(counts.done));
+  return counts.done == 0 ? "" : SecondsText(SecondsEach(counts));
+}
+
+JsonValue MillisecondsEach(const FarmCounts& counts) {
+  return counts.done == 0 ? JsonValue()
+                          : JsonValue(static_cast<std::int64_t>(SecondsEach(counts) * 1000));
 }
 
 std::string Column(std::size_t number) { return number == 0 ? "-" : std::to_string(number); }
 
 constexpr const char* kReportStyle = R"css(
 :root { color-scheme: dark; }
-body { margin: 0; padding: 32px 40px; background: #1e1e1e; color: #d6d6d6;
+body { margin: 0; padding: 32px 40px 60px; background: #1e1e1e; color: #d6d6d6;
   font: 15px/1.5 system-ui, "DejaVu Sans", sans-serif; }
 h1 { margin: 0; font-size: 22px; color: #ececec; overflow-wrap: anywhere; }
-p { color: #9a9a9a; }
-table { border-collapse: collapse; width: 100%; }
-th { text-align: left; color: #9a9a9a; font-weight: 400; }
-td, th { padding: 6px 18px 6px 0; border-bottom: 1px solid #343434; overflow-wrap: anywhere; }
+h2 { margin: 34px 0 8px; font-size: 17px; color: #ececec; }
+p { margin: 8px 0; color: #9a9a9a; overflow-wrap: anywhere; }
+.sheet { display: block; max-width: 100%; max-height: 70vh; margin: 20px 0 12px; outline: 1px solid #343434; }
+.scroll { overflow-x: auto; }
+table { border-collapse: collapse; min-width: 100%; }
+th { text-align: left; color: #9a9a9a; font-weight: 400; white-space: nowrap; }
+td, th { padding: 6px 24px 6px 0; border-bottom: 1px solid #343434; }
+td { overflow-wrap: anywhere; }
 .n { text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; }
 a { color: #e8aa42; }
+:focus-visible { outline: 2px solid #e8aa42; outline-offset: 2px; }
 .failed { color: #ff7a6b; }
 .done { color: #86c98a; }
 )css";
 
-// One picture on the report's page.
+std::string MachineOf(const pictures::ManifestLine& line) {
+  return line.node.empty() ? line.host : line.node;
+}
+
+std::string Cell(const std::string& html, const std::string& kind = "") {
+  return "<td" + (kind.empty() ? "" : " class=\"" + kind + "\"") + ">" + html + "</td>";
+}
+
+// One picture on the report's page, which lies in the job's folder.
 std::string RowOf(const FarmJob& job, const pictures::ManifestLine& task,
                   const TaskOutcome& outcome) {
   const pictures::ManifestLine& line = outcome.line;
   const std::string word = WordFor(outcome.state);
-  return "<tr><td><bdi>" + HtmlText(StateName(task)) + "</bdi></td><td><bdi>" +
-         HtmlText(pictures::RelativeTo(job.folder, task.picture)) + "</bdi></td><td>" +
-         std::to_string(task.record.size.width) + " x " + std::to_string(task.record.size.height) +
-         "</td><td class=\"" + word + "\">" + word +
-         (line.why.empty() ? "" : ": " + HtmlText(line.why)) + "</td><td class=\"n\">" +
-         (line.seconds > 0 ? SecondsText(line.seconds) : "") + "</td><td>" +
-         HtmlText(line.node.empty() ? line.host : line.node) + "</td></tr>\n";
+  std::string file = "<bdi>" + HtmlText(pictures::RelativeTo(job.folder, task.picture)) + "</bdi>";
+  if (outcome.state == TaskState::Done) {
+    const auto path = std::filesystem::path(task.picture).lexically_relative(job.folder);
+    file = "<a href=\"" + HtmlText(Address(path.string())) + "\">" + file + "</a>";
+  }
+  return "<tr>" + Cell("<bdi>" + HtmlText(StateName(task)) + "</bdi>") + Cell(file) +
+         Cell(std::to_string(task.record.size.width) + " x " +
+                  std::to_string(task.record.size.height),
+              "n") +
+         Cell(std::to_string(task.record.frame), "n") +
+         Cell(word + (line.why.empty() ? "" : ": " + HtmlText(line.why)), word) +
+         Cell(line.seconds > 0 ? SecondsText(line.seconds) : "", "n") +
+         Cell(HtmlText(MachineOf(line))) + "</tr>\n";
 }
 
 std::vector<std::string> LastLines(const std::string& text, std::size_t count) {
@@ -95,7 +126,7 @@ FarmReport::FarmReport(engine::FileSystem& files, const FarmJob& job)
   for (const TaskOutcome& outcome : outcomes_) Count(outcome, counts_);
 }
 
-void FarmReport::AskScheduler() {
+engine::Status FarmReport::AskScheduler() {
   std::vector<std::string> jobs;
   for (const FarmSubmission& submission : job_.submissions) {
     for (const std::string& number : {submission.job, submission.collect}) {
@@ -103,8 +134,12 @@ void FarmReport::AskScheduler() {
     }
   }
   auto queue = SlurmQueue(jobs);
-  if (queue) queue_ = queue.Take();
-  if (!queue) unasked_ = queue.Message();
+  if (!queue) {
+    unasked_ = queue.Message();
+    return queue.GetStatus();
+  }
+  queue_ = queue.Take();
+  return {};
 }
 
 std::vector<std::size_t> FarmReport::Abandoned() const {
@@ -126,9 +161,14 @@ std::vector<std::size_t> FarmReport::Abandoned() const {
   return abandoned;
 }
 
+// What to type for the job in the folder where the command was called.
+std::string FarmReport::Typed() const {
+  const bool isUsual = job_.folder == AbsolutePath(kFarmFolder) + "/jobs/" + job_.Name();
+  return AsTyped(isUsual ? job_.Name() : job_.folder);
+}
+
 double FarmReport::SecondsLeft() const {
-  const double each =
-      counts_.done > 0 ? counts_.seconds / static_cast<double>(counts_.done) : job_.each;
+  const double each = counts_.done > 0 ? SecondsEach(counts_) : job_.each;
   const auto open = static_cast<double>(counts_.Waiting() + counts_.running);
   return each * open / static_cast<double>(std::max<std::size_t>(1, counts_.running));
 }
@@ -153,6 +193,9 @@ void FarmReport::AddTo(Report& report, bool all) const {
   report.Put("running", counts_.running);
   report.Put("waiting", counts_.Waiting());
   report.Put("failed", counts_.failed);
+  report.Put("secondsLeft", counts_.running == 0
+                                ? JsonValue()
+                                : JsonValue(static_cast<std::int64_t>(std::ceil(SecondsLeft()))));
   report.Put("stopped", stopped_.empty() ? JsonValue() : JsonValue(stopped_));
   report.Line(Colored(Color::Bold, job_.Name()));
   AddStates(report);
@@ -194,7 +237,8 @@ void FarmReport::AddStates(Report& report) const {
                              {"waiting", of.Waiting()},
                              {"running", of.running},
                              {"done", of.done},
-                             {"failed", of.failed}});
+                             {"failed", of.failed},
+                             {"milliseconds", MillisecondsEach(of)}});
   }
 }
 
@@ -261,12 +305,48 @@ void FarmReport::AddScheduler(Report& report) const {
     texts.push_back(Counted(count, "task") + " " + state);
   }
   if (!texts.empty()) report.Line("Slurm: " + Joined(texts) + ".");
-  if (!unasked_.empty() && !job_.submissions.empty()) report.Line("note: " + unasked_);
+  const bool isUnasked = !unasked_.empty() && !job_.submissions.empty();
+  if (isUnasked) report.Line("note: " + unasked_);
+  report.Put("unasked", isUnasked ? JsonValue(unasked_) : JsonValue());
+  report.Put("slurmJob", job_.submissions.empty() ? "" : job_.submissions.back().job);
   const std::size_t abandoned = unasked_.empty() ? Abandoned().size() : 0;
   report.Put("abandoned", abandoned);
   if (abandoned > 0)
     report.Line("Nobody is going to do " + Counted(abandoned, "picture") +
-                " any more: `stagemarks farm retry " + job_.Name() + "` does.");
+                " any more: `stagemarks farm retry " + Typed() + "` does.");
+}
+
+// What each machine did.
+std::string FarmReport::MachinesOnPage() const {
+  std::map<std::string, FarmCounts> machines;
+  for (const TaskOutcome& outcome : outcomes_) {
+    if (!outcome.line.time.empty()) Count(outcome, machines[MachineOf(outcome.line)]);
+  }
+  if (machines.empty()) return "";
+  std::string text =
+      "<h2>Machines</h2>\n<div class=\"scroll\"><table>\n<tr><th>Machine</th>"
+      "<th class=\"n\">Done</th><th class=\"n\">Failed</th><th class=\"n\">Time</th>"
+      "<th class=\"n\">Each</th></tr>\n";
+  for (const auto& [name, counts] : machines)
+    text += "<tr>" + Cell(HtmlText(name)) + Cell(Column(counts.done), "n") +
+            Cell(Column(counts.failed), "n") + Cell(DurationText(counts.seconds), "n") +
+            Cell(EachText(counts), "n") + "</tr>\n";
+  return text + "</table></div>\n";
+}
+
+std::string FarmReport::PicturesOnPage() const {
+  std::string text =
+      "<h2>Pictures</h2>\n<div class=\"scroll\"><table>\n<tr><th>State</th><th>Picture</th>"
+      "<th class=\"n\">Size</th><th class=\"n\">Frame</th><th>Result</th>"
+      "<th class=\"n\">Time</th><th>Machine</th></tr>\n";
+  // What a person has to look after stands first.
+  for (const bool isFailed : {true, false}) {
+    for (std::size_t i = 0; i < outcomes_.size(); ++i) {
+      if ((outcomes_[i].state == TaskState::Failed) == isFailed)
+        text += RowOf(job_, job_.tasks[i], outcomes_[i]);
+    }
+  }
+  return text + "</table></div>\n";
 }
 
 std::string FarmReport::Page() const {
@@ -276,15 +356,20 @@ std::string FarmReport::Page() const {
       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
       title + " - report</title>\n<style>" + kReportStyle + "</style>\n</head>\n<body>\n<h1><bdi>" +
       title + "</bdi></h1>\n<p>" + HtmlText(Summary()) +
-      (stopped_.empty() ? "" : " " + HtmlText("Stopped: " + stopped_)) + "</p>\n";
-  page +=
-      "<p><a href=\"sheet.png\">Contact sheet</a> &middot; <a href=\"page/index.html\">Page with "
-      "all "
-      "pictures</a></p>\n<table>\n<tr><th>State</th><th>Picture</th><th>Size</th><th>Result</th>"
-      "<th class=\"n\">Time</th><th>Machine</th></tr>\n";
-  for (std::size_t i = 0; i < outcomes_.size(); ++i)
-    page += RowOf(job_, job_.tasks[i], outcomes_[i]);
-  return page + "</table>\n</body>\n</html>\n";
+      (stopped_.empty() ? "" : " " + HtmlText("Stopped: " + stopped_)) + "</p>\n<p>Job " +
+      HtmlText(job_.Name());
+  const char* before = ", handed over ";
+  for (const FarmSubmission& submission : job_.submissions) {
+    page += before + HtmlText(submission.time) +
+            (submission.job.empty() ? "" : " as Slurm job " + HtmlText(submission.job));
+    before = ", again ";
+  }
+  page += "</p>\n";
+  if (files_.Kind(job_.folder + kSheetFile) == engine::FileKind::File)
+    page +=
+        "<p><a href=\"sheet.png\"><img class=\"sheet\" src=\"sheet.png\" "
+        "alt=\"Contact sheet\"></a><a href=\"page/index.html\">Page with all states</a></p>\n";
+  return page + PicturesOnPage() + MachinesOnPage() + "</body>\n</html>\n";
 }
 
 }  // namespace commandline

@@ -25,8 +25,8 @@ class FarmReport {
  public:
   // As the folder is now.
   FarmReport(engine::FileSystem& files, const FarmJob& job);
-  // Asks the scheduler, too.
-  void AskScheduler();
+  // Asks the scheduler, too. A failure says why it does not answer, and so does the report.
+  engine::Status AskScheduler();
 
   const FarmCounts& Counts() const { return counts_; }
   const std::vector<TaskOutcome>& Outcomes() const { return outcomes_; }
@@ -37,6 +37,7 @@ class FarmReport {
   // "60 pictures: 12 done, 3 running, 45 waiting; about 4 min left".
   std::string Summary() const;
   void AddTo(Report& report, bool all) const;
+  // Lies in the job's folder, and shows the contact sheet there where there is one.
   std::string Page() const;
 
  private:
@@ -44,6 +45,9 @@ class FarmReport {
   void AddFailures(Report& report, bool all) const;
   void AddPictures(Report& report) const;
   void AddScheduler(Report& report) const;
+  std::string Typed() const;
+  std::string MachinesOnPage() const;
+  std::string PicturesOnPage() const;
   std::string LogOf(std::size_t task) const;
   double SecondsLeft() const;
 

@@ -157,7 +157,7 @@ class FarmCollecting {
     if (!job) return Fail(job.Message());
     job_ = job.Take();
     FarmReport state(files, job_);
-    state.AskScheduler();
+    (void)state.AskScheduler().Ok();
     if (const int status = WriteManifest(state); status != kDone) return status;
     const int made = MakeSheet(state);
     const std::string page = publishing::WithMaker(state.Page(), kReportMaker);
@@ -192,14 +192,16 @@ class FarmCollecting {
   }
 
   int MakeSheet(const FarmReport& state) {
-    std::set<std::string> seen;
     SheetOrder order;
     for (std::size_t i = 0; i < job_.tasks.size(); ++i) {
       const std::string& name = job_.tasks[i].state;
-      if (state.Outcomes()[i].state == TaskState::Done && seen.insert(name).second && !name.empty())
-        order.states.push_back(name);
+      if (state.Outcomes()[i].state != TaskState::Done) continue;
+      const PictureSize& size = job_.tasks[i].record.size;
+      const auto [made, isNew] = order.made.emplace(name, size);
+      if (isNew && !name.empty()) order.states.push_back(name);
+      if (size.width > made->second.width) made->second = size;
     }
-    if (seen.empty()) {
+    if (order.made.empty()) {
       program_.terminal.Note("no picture is there yet, so there is no sheet.");
       return kDone;
     }

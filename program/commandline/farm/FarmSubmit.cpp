@@ -98,7 +98,7 @@ class HandOver {
       report.Line("  " + Indented(*script));
       std::string call;
       for (const std::string& word : SlurmCall(*order))
-        call += (call.empty() ? "" : " ") + (IsPlainWord(word) ? word : Quoted(word));
+        call += (call.empty() ? "" : " ") + AsTyped(word);
       report.Line("Call:");
       report.Line("  " + call);
     }
@@ -109,10 +109,14 @@ class HandOver {
     if (status) status = files_.ReplaceFile(last_.script, lastScript_);
     // Before the first task may want to know of it.
     if (status) status = WriteSubmission(files_, job_, submission_);
-    if (!status) return Fail(status.Message());
+    if (!status) {
+      (void)files_.RemoveFile(array_.script).Ok();
+      return Fail(status.Message());
+    }
     const auto array = SubmitToSlurm(array_);
     if (!array) {
       (void)files_.RemoveFile(fs::path(array_.script).replace_extension(".json")).Ok();
+      (void)files_.RemoveFile(array_.script).Ok();
       return Fail(array.Message() + " The job folder is ready: `stagemarks farm run " +
                   Quoted(job_.folder) +
                   "` renders it here and on every machine that sees the folder.");
@@ -123,17 +127,12 @@ class HandOver {
     if (last) submission_.collect = last.Value();
     if (!last) program_.terminal.Note("there will be no report by itself: " + last.Message());
     if (const auto written = WriteSubmission(files_, job_, submission_); !written)
-      return Fail(written.Message());
+      return TakeBack(written.Message());
     Tell(report);
     return kDone;
   }
 
  private:
-  static bool IsPlainWord(const std::string& word) {
-    return word.find_first_not_of(
-               "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
-               "-_=./:,%") == std::string::npos;
-  }
   static std::string Indented(const std::string& text) {
     std::string indented;
     for (const char letter : text.substr(0, text.size() - 1))
@@ -143,6 +142,15 @@ class HandOver {
   int Fail(const std::string& why) {
     program_.terminal.Error(why);
     return kFailed;
+  }
+
+  // Of tasks whose numbers are written nowhere nobody could ask or take them out.
+  int TakeBack(const std::string& why) {
+    std::vector<std::string> numbers{submission_.job};
+    if (!submission_.collect.empty()) numbers.push_back(submission_.collect);
+    const auto cancelled = CancelInSlurm(numbers);
+    return Fail(why + (cancelled ? " Slurm's " + Joined(numbers) + " was cancelled again."
+                                 : " Slurm has the job all the same: " + cancelled.Message()));
   }
 
   void Tell(Report& report) const {
@@ -158,9 +166,10 @@ class HandOver {
         "Submitted " + Counted(pictures, "picture") + " in " +
         Counted(submission_.chunks.size(), "task") + " as Slurm job " + submission_.job +
         (submission_.collect.empty() ? "." : ", the report as " + submission_.collect + "."));
-    const std::string farm = options_.farm.empty() ? "" : " --farm " + Quoted(options_.farm);
-    report.Line("  stagemarks farm status " + job_.Name() + farm + " --watch");
-    report.Line("  stagemarks farm cancel " + job_.Name() + farm);
+    const std::string farm = options_.farm.empty() ? "" : " --farm " + AsTyped(options_.farm);
+    const std::string job = AsTyped(job_.Name());
+    report.Line("  stagemarks farm status " + job + farm + " --watch");
+    report.Line("  stagemarks farm cancel " + job + farm);
   }
 
   Program& program_;
@@ -302,7 +311,7 @@ class FarmSubmitting {
     const FarmJob& job = former.Value();
     (void)session_.Files().RemoveFile(job.folder + "/stopped.json").Ok();
     FarmReport state(session_.Files(), job);
-    state.AskScheduler();
+    if (const auto asked = state.AskScheduler(); !asked) return Fail(asked.Message());
     const std::vector<std::size_t> missing = state.Abandoned();
     if (missing.empty()) {
       report_.Line("All of it is done or on its way: " + state.Summary());
@@ -347,7 +356,11 @@ int RetryOnFarm(Program& program, const FarmOptions& options) {
     return kFailed;
   }
   FarmReport state(files, job.Value());
-  state.AskScheduler();
+  // What it does not tell of may yet be done.
+  if (const auto asked = state.AskScheduler(); !asked) {
+    program.terminal.Error(asked.Message());
+    return kFailed;
+  }
   const std::vector<std::size_t> missing = state.Abandoned();
   Report report;
   report.Put("submitted", missing.size());

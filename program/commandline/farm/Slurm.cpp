@@ -8,11 +8,14 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include "engine/outside/FileHandle.h"
+#include "program/commandline/Terminal.h"
 
 extern char** environ;
 
@@ -23,6 +26,8 @@ using engine::Result;
 using engine::Status;
 
 namespace {
+
+constexpr int kBetweenSignals = 50;  // milliseconds
 
 struct Pipe {
   FileHandle reading;
@@ -35,12 +40,15 @@ struct Pipe {
   }
 };
 
-// Both outputs until both have ended.
-void ReadBoth(const FileHandle& out, const FileHandle& err, ProgramAnswer& answer) {
+// Both outputs until both have ended. `child` is told to end when this program is; 0: none is.
+void ReadBoth(const FileHandle& out, const FileHandle& err, pid_t child, ProgramAnswer& answer) {
   std::array<pollfd, 2> inputs{{{out.Get(), POLLIN, 0}, {err.Get(), POLLIN, 0}}};
   std::array<std::string*, 2> texts{&answer.out, &answer.err};
   while (inputs[0].fd >= 0 || inputs[1].fd >= 0) {
-    if (poll(inputs.data(), inputs.size(), -1) < 0 && errno != EINTR) return;
+    if (child > 0 && Terminal::Interrupted()) kill(std::exchange(child, 0), SIGTERM);
+    const int ready = poll(inputs.data(), inputs.size(), child > 0 ? kBetweenSignals : -1);
+    if (ready < 0 && errno != EINTR) return;
+    if (ready <= 0) continue;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
       if (inputs[i].fd < 0 || inputs[i].revents == 0) continue;
       char bytes[4096];
@@ -88,8 +96,8 @@ QueuedTask TaskOf(const std::string& line) {
   return task;
 }
 
-Result<ProgramAnswer> AskSlurm(const std::vector<std::string>& words) {
-  auto answer = RunProgram(words);
+Result<ProgramAnswer> Understood(Result<ProgramAnswer> answer,
+                                 const std::vector<std::string>& words) {
   if (!answer) {
     return Result<ProgramAnswer>::Failure("Slurm's " + words[0] +
                                           " was not found on this machine. Install Slurm's "
@@ -103,7 +111,7 @@ Result<ProgramAnswer> AskSlurm(const std::vector<std::string>& words) {
 
 }  // namespace
 
-Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words) {
+Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words, Purpose purpose) {
   Pipe out = Pipe::Make();
   Pipe err = Pipe::Make();
   std::vector<char*> call;
@@ -123,7 +131,7 @@ Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words) {
   out.writing.Close();
   err.writing.Close();
   ProgramAnswer answer;
-  ReadBoth(out.reading, err.reading, answer);
+  ReadBoth(out.reading, err.reading, purpose == Purpose::Looks ? child : 0, answer);
   answer.status = EndOf(child);
   return answer;
 }
@@ -144,7 +152,8 @@ std::vector<std::string> SlurmCall(const SlurmOrder& order) {
 }
 
 Result<std::string> SubmitToSlurm(const SlurmOrder& order) {
-  const auto answer = AskSlurm(SlurmCall(order));
+  const auto call = SlurmCall(order);
+  const auto answer = Understood(RunProgram(call), call);
   if (!answer) return answer.GetStatus();
   const std::string& out = answer.Value().out;
   const std::string number = out.substr(0, out.find_first_not_of("0123456789"));
@@ -161,14 +170,11 @@ Result<std::vector<QueuedTask>> SlurmQueue(const std::vector<std::string>& jobs)
                                       "--states=all",
                                       "--format=%F|%K|%T|%N|%r",
                                       "--jobs=" + WithCommas(jobs)};
-  auto answer = RunProgram(call);
+  const auto answer = RunProgram(call, Purpose::Looks);
   // Of jobs that it has forgotten, all of them, it says that they are invalid.
   const bool isForgotten = answer && answer.Value().err.find("Invalid job id") != std::string::npos;
   if (isForgotten) return tasks;
-  if (!answer || answer.Value().status != 0) {
-    const auto failed = AskSlurm(call);
-    if (!failed) return failed.GetStatus();
-  }
+  if (const auto failed = Understood(answer, call); !failed) return failed.GetStatus();
   std::istringstream lines(answer.Value().out);
   for (std::string line; std::getline(lines, line);) {
     tasks.push_back(TaskOf(line));
@@ -191,7 +197,7 @@ Status CancelInSlurm(const std::vector<std::string>& jobs) {
   // One that has ended or was forgotten needs no end.
   const bool isOver = answer && answer.Value().err.find("Invalid job id") != std::string::npos;
   if (isOver) return {};
-  return answer && answer.Value().status == 0 ? Status() : AskSlurm(words).GetStatus();
+  return Understood(answer, words).GetStatus();
 }
 
 std::string Quoted(const std::string& text) {
@@ -199,6 +205,13 @@ std::string Quoted(const std::string& text) {
   for (const char letter : text)
     quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
   return quoted + "'";
+}
+
+std::string AsTyped(const std::string& text) {
+  constexpr const char* kPlain =
+      "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_=./:,%";
+  const bool isPlain = !text.empty() && text.find_first_not_of(kPlain) == std::string::npos;
+  return isPlain ? text : Quoted(text);
 }
 
 }  // namespace commandline

@@ -16,8 +16,11 @@ struct ProgramAnswer {
   std::string out;
   std::string err;
 };
-// Fails when there is no such program.
-engine::Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words);
+// Fails when there is no such program. One that only looks is ended when this program is
+// interrupted; any other may have done its work already, and comes to its end.
+enum class Purpose { Looks, Acts };
+engine::Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words,
+                                         Purpose purpose = Purpose::Acts);
 
 // One array of tasks, or one task behind an array.
 struct SlurmOrder {
@@ -50,5 +53,7 @@ engine::Status CancelInSlurm(const std::vector<std::string>& jobs);
 
 // Text that a shell reads as one word.
 std::string Quoted(const std::string& text);
+// The same, left as it is where a shell reads it as one word anyway.
+std::string AsTyped(const std::string& text);
 
 }  // namespace commandline

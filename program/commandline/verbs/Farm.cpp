@@ -128,7 +128,7 @@ int TellFarmStatus(Program& program, const FarmOptions& options) {
       return kFailed;
     }
     FarmReport state(session.Files(), job.Value());
-    state.AskScheduler();
+    (void)state.AskScheduler().Ok();
     const std::string summary = state.Summary();
     const bool isLast =
         !options.watch || state.IsOver() || !WhyStopped(session.Files(), job.Value()).empty();
