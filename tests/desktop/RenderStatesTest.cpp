@@ -387,13 +387,29 @@ TEST(RenderStates, JobsAreWatchedForAsLongAsSomethingMayCome) {
       {R"("done": 1, "failed": 1, "running": 1, "abandoned": 1)", true},
       {R"("waiting": 3, "abandoned": 3)", false},
       {R"("done": 2, "failed": 1)", true},  // it is being tried again
+      {R"("done": 3, "scheduler": [{"state": "RUNNING", "tasks": 1}])", true},  // the report
   };
   for (const auto& row : kCases) {
     desk.Put(row.counts);
     ASSERT_TRUE(desk.Look());
     EXPECT_EQ(desk.window.IsWatching(), row.isWatched) << row.counts;
   }
+  // What Slurm says is shown, or why it says nothing; so is how long it takes.
+  desk.Put(R"-("done": 1, "running": 2, "secondsLeft": 75, "slurmJob": "7", "scheduler":
+      [{"state": "PENDING (Resources)", "tasks": 2
+}], "states": [{"state": "A", "done": 1,
+      "milliseconds": 1250}, {"state": "B", "running": 2, "milliseconds": null}])-");
+  ASSERT_TRUE(desk.Look());
+  EXPECT_TRUE(desk.window.Said().contains("about 1 min 15 s left"))
+      << desk.window.Said().toStdString();
+  EXPECT_TRUE(desk.window.Said().contains("Slurm: 2 tasks PENDING (Resources)."));
+  const auto& table = *desk.window.findChild<QTreeWidget*>();
+  EXPECT_EQ(table.topLevelItem(0)->text(5) + table.topLevelItem(1)->text(5), "1.3 s-");
+  desk.Put(R"("waiting": 3, "unasked": "Slurm does not answer.")");
+  ASSERT_TRUE(desk.Look());
+  EXPECT_TRUE(desk.window.Said().contains("Slurm does not answer."));
   // What a command says to be wrong does not end it, and stands beside what comes next.
+  desk.Put(R"("done": 2, "failed": 1)");
   for (void (FarmWindow::*const command)() : {&FarmWindow::Retry, &FarmWindow::Collect}) {
     ASSERT_TRUE(desk.Look());
     (desk.window.*command)();

@@ -28,6 +28,7 @@ constexpr const char* kSubmitCommand = "sbatch";
 constexpr int kCountWidth = 84;
 constexpr int kMostInTask = 1000000;
 constexpr const char* kCounts[] = {"waiting", "running", "done", "failed"};
+constexpr int kEachColumn = 5;
 
 // What a command says is wrong, of all that it says: an object a line.
 QString ProblemOf(const QByteArray& said) {
@@ -51,6 +52,9 @@ QString StatusText(const QJsonObject& status) {
     if (count > 0) parts.append(QString("%1 %2").arg(count).arg(what));
   }
   QString text = QString(all == 1 ? "%1 picture: " : "%1 pictures: ").arg(all) + parts.join(", ");
+  const QJsonValue left = status.value("secondsLeft");
+  if (left.isDouble())
+    text += "; about " + ToQt(rendering::DurationText(left.toDouble())) + " left";
   const QString stopped = status.value("stopped").toString();
   if (!stopped.isEmpty()) text += ". Stopped: " + stopped;
   for (const QJsonValue& task : status.value("tasks").toArray()) {
@@ -59,6 +63,28 @@ QString StatusText(const QJsonObject& status) {
     return text + "\n" + task.toObject().value("state").toString() + ": " + why;
   }
   return text;
+}
+
+// What Slurm itself says of the job; empty where that is nothing.
+QString SchedulerText(const QJsonObject& status) {
+  const QString unasked = status.value("unasked").toString();
+  if (!unasked.isEmpty()) return "\n" + unasked;
+  QStringList parts;
+  for (const QJsonValue& value : status.value("scheduler").toArray()) {
+    const int tasks = value.toObject().value("tasks").toInt();
+    parts.append(QString(tasks == 1 ? "%1 task %2" : "%1 tasks %2")
+                     .arg(tasks)
+                     .arg(value.toObject().value("state").toString()));
+  }
+  return parts.isEmpty() ? QString() : "\nSlurm: " + parts.join(", ") + ".";
+}
+
+// Where its pictures lie.
+QString FolderOf(const QJsonObject& status) {
+  const QString picture = status.value("tasks").toArray().at(0).toObject().value("file").toString();
+  const QString folder = QFileInfo(picture).path();
+  return !picture.isEmpty() && QFileInfo(folder).isDir() ? folder
+                                                         : status.value("folder").toString();
 }
 
 // How many pictures somebody is at or will be; those that are abandoned count as waiting or failed.
@@ -72,7 +98,7 @@ int CountOpen(const QJsonObject& status) {
 bool IsFarmThere() { return !QStandardPaths::findExecutable(kSubmitCommand).isEmpty(); }
 
 FarmWindow::FarmWindow(QWidget* window, const engine::Services& services, const std::string& scene,
-                       rendering::PictureOrder order, std::string program)
+                       rendering::PictureOrder order, std::string program, const QString& plan)
     : QDialog(window),
       services_(services),
       scene_(scene),
@@ -85,7 +111,7 @@ FarmWindow::FarmWindow(QWidget* window, const engine::Services& services, const 
   form_->setContentsMargins(0, 0, 0, 0);
   form_->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
   AddFields();
-  AddBottom();
+  AddBottom(plan);
   next_.setSingleShot(true);
   connect(&next_, &QTimer::timeout, this, [this] { AskStatus(); });
   connect(&call_, &QProcess::finished, this, [this](int status) { TakeAnswer(status); });
@@ -125,13 +151,12 @@ void FarmWindow::AddFields() {
   form_->addRow("Pictures in a &task", chunk_);
 }
 
-void FarmWindow::AddBottom() {
-  auto* rows = new QVBoxLayout(this);
-  rows->addWidget(choices_);
+void FarmWindow::AddTable() {
   table_ = new QTreeWidget;
-  table_->setHeaderLabels({"Stagemark", "Waiting", "Running", "Done", "Failed"});
+  table_->setHeaderLabels({"Stagemark", "Waiting", "Running", "Done", "Failed", "Each"});
   table_->setRootIsDecorated(false);
   table_->setUniformRowHeights(true);
+  table_->setAlternatingRowColors(true);
   table_->setAccessibleName("Pictures on the farm");
   table_->header()->setStretchLastSection(false);
   table_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
@@ -139,15 +164,32 @@ void FarmWindow::AddBottom() {
     table_->header()->resizeSection(column, kCountWidth);
     table_->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
   }
-  rows->addWidget(table_, 1);
-  progress_ = new QProgressBar;
-  rows->addWidget(progress_);
-  said_ = new QLabel("All machines must see this folder, and that of the pictures, " +
+  table_->headerItem()->setToolTip(kEachColumn, "Time of one picture");
+  connect(table_, &QTreeWidget::itemActivated, this, [this](const QTreeWidgetItem* item) {
+    OpenPictureOf(table_->indexOfTopLevelItem(const_cast<QTreeWidgetItem*>(item)));
+  });
+}
+
+void FarmWindow::AddBottom(const QString& plan) {
+  auto* rows = new QVBoxLayout(this);
+  heading_ = new QLabel;
+  heading_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  said_ = new QLabel(plan + (plan.isEmpty() ? "" : "\n") +
+                     "All machines must see this folder, and that of the pictures, " +
                      ToQt(order_.folder) +
                      ", by the same paths. The scene is copied once as it is saved now.");
-  said_->setWordWrap(true);
-  said_->setTextFormat(Qt::PlainText);
+  for (QLabel* label : {heading_, said_}) {
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+  }
+  AddTable();
+  progress_ = new QProgressBar;
+  rows->addWidget(choices_);
+  rows->addWidget(heading_);
+  rows->addWidget(table_, 1);
+  rows->addWidget(progress_);
   rows->addWidget(said_);
+  rows->addStretch();
   AddButtons();
 }
 
@@ -161,10 +203,8 @@ void FarmWindow::AddButtons() {
     buttons->addWidget(button);
     return button;
   };
-  openFolder_ = add("&Open Folder", "Show the folder of the job", [this] {
-    const engine::Status opened = services_.viewer.Open(jobFolder_.toStdString());
-    if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
-  });
+  openFolder_ =
+      add("&Open Folder", "Show the folder of the pictures", [this] { Open(FolderOf(status_)); });
   collect_ = add("&Report", "Make the contact sheet and the report of what is there, and open it",
                  [this] { Collect(); });
   retry_ = add("Re&try", "Hand over again what failed or was lost", [this] { Retry(); });
@@ -175,6 +215,7 @@ void FarmWindow::AddButtons() {
                 [this] { ShowLatest(); });
   submit_ = add("&Submit", "Hand these pictures to Slurm", [this] { Submit(); });
   submit_->setDefault(true);
+  add("Clos&e", "The job goes on without this window", [this] { close(); });
   static_cast<QVBoxLayout*>(layout())->addLayout(buttons);
 }
 
@@ -183,6 +224,8 @@ void FarmWindow::Enable() {
   const auto count = [this](const char* what) { return status_.value(what).toInt(); };
   const bool hasJob = !job_.isEmpty();
   choices_->setEnabled(!isWorking && !hasJob);
+  choices_->setVisible(!hasJob);
+  heading_->setVisible(hasJob);
   submit_->setVisible(!hasJob);
   latest_->setVisible(!hasJob);
   for (QPushButton* button : {openFolder_, collect_, retry_, cancel_}) button->setVisible(hasJob);
@@ -273,11 +316,23 @@ void FarmWindow::Cancel() {
 void FarmWindow::Collect() {
   Call(OnJob("collect"), "Making the contact sheet and the report.",
        [this](const QJsonObject& made) {
-         const engine::Status opened =
-             services_.viewer.Open(made.value("report").toString().toStdString());
-         if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
+         Open(made.value("report").toString());
          Watch();
        });
+}
+
+void FarmWindow::Open(const QString& path) {
+  const engine::Status opened = services_.viewer.Open(path.toStdString());
+  if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
+}
+
+void FarmWindow::OpenPictureOf(int row) {
+  const QJsonValue state = status_.value("states").toArray().at(row).toObject().value("state");
+  for (const QJsonValue& task : status_.value("tasks").toArray()) {
+    const QJsonObject picture = task.toObject();
+    if (picture.value("state") == state && picture.value("result").toString() == "done")
+      return Open(picture.value("file").toString());
+  }
 }
 
 // As soon as the answer that is being taken has been.
@@ -291,20 +346,22 @@ void FarmWindow::AskStatus() {
 void FarmWindow::TakeStatus(const QJsonObject& status) {
   status_ = status;
   job_ = status.value("job").toString();
-  jobFolder_ = status.value("folder").toString();
+  const QString number = status.value("slurmJob").toString();
+  heading_->setText("Job " + job_ + (number.isEmpty() ? "" : ", in Slurm " + number));
   const int all = status.value("pictures").toInt();
   const int done = status.value("done").toInt();
   progress_->setRange(0, std::max(1, all));
   progress_->setValue(done);
   FillTable(status);
-  QString text = StatusText(status);
+  QString text = StatusText(status) + SchedulerText(status);
   const int abandoned = status.value("abandoned").toInt();
   if (abandoned > 0)
     text += QString("\nNobody is going to do %1 of them any more. Retry hands them over again.")
                 .arg(abandoned);
   const bool isOpen = CountOpen(status) > 0;
   if (isOpen) text += "\nClosing this window leaves the job alone.";
-  if (isOpen) next_.start(kBetweenLooks);
+  const bool isInSlurm = !status.value("scheduler").toArray().isEmpty();
+  if (isOpen || isInSlurm) next_.start(kBetweenLooks);
   said_->setText(text + problem_);
 }
 
@@ -323,6 +380,10 @@ void FarmWindow::FillTable(const QJsonObject& status) {
     QTreeWidgetItem& item = *table_->topLevelItem(i);
     item.setText(0, state.value("state").toString());
     int column = 1;
+    const QJsonValue each = state.value("milliseconds");
+    item.setTextAlignment(kEachColumn, Qt::AlignRight | Qt::AlignVCenter);
+    item.setText(kEachColumn,
+                 each.isDouble() ? QString("%1 s").arg(each.toDouble() / 1000, 0, 'f', 1) : "-");
     for (const char* what : kCounts) {
       const int count = state.value(what).toInt();
       item.setText(column, count > 0 ? QString::number(count) : QString("-"));
@@ -331,7 +392,8 @@ void FarmWindow::FillTable(const QJsonObject& status) {
   }
 }
 
-void AskForFarm(MainWindow& window, host::BaseDocument& doc, const rendering::PictureOrder& order) {
+void AskForFarm(MainWindow& window, host::BaseDocument& doc, const rendering::PictureOrder& order,
+                const QString& plan) {
   const bool isSaved = doc.GetDocumentPath().Content() && !doc.GetChanged();
   if (!isSaved) {
     const auto answer = QMessageBox::question(
@@ -340,7 +402,8 @@ void AskForFarm(MainWindow& window, host::BaseDocument& doc, const rendering::Pi
     if (answer != QMessageBox::Save || !window.Commands().Save(doc)) return;
   }
   const std::string scene = (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
-  (new FarmWindow(&window, window.App().GetServices(), scene, order, engine::ImportWorkerProgram()))
+  (new FarmWindow(&window, window.App().GetServices(), scene, order, engine::ImportWorkerProgram(),
+                  plan))
       ->show();
 }
 

@@ -28,10 +28,10 @@ bool IsFarmThere();
 
 class FarmWindow : public QDialog {
  public:
-  // `scene`: absolute, the saved file; `program`: of the command line, absolute. Stands in front
-  // of `window`, which owns it.
+  // `scene`: absolute, the saved file; `program`: of the command line, absolute; `plan`: what is
+  // known of these pictures already, a sentence. Stands in front of `window`, which owns it.
   FarmWindow(QWidget* window, const engine::Services& services, const std::string& scene,
-             rendering::PictureOrder order, std::string program);
+             rendering::PictureOrder order, std::string program, const QString& plan = {});
   ~FarmWindow() override;
 
   void Submit();
@@ -56,7 +56,8 @@ class FarmWindow : public QDialog {
   using Answer = std::function<void(const QJsonObject&)>;
 
   void AddFields();
-  void AddBottom();
+  void AddTable();
+  void AddBottom(const QString& plan);
   void AddButtons();
   void Enable();
   // Runs `stagemarks farm` with these words; one call at a time, a status is dropped for another.
@@ -68,19 +69,22 @@ class FarmWindow : public QDialog {
   void AskStatus();
   void TakeStatus(const QJsonObject& status);
   void FillTable(const QJsonObject& status);
+  void Open(const QString& path);
+  // The first picture of the state in this row that is done.
+  void OpenPictureOf(int row);
 
   const engine::Services& services_;
   std::string scene_;
   rendering::PictureOrder order_;
   std::string program_;
   QString job_;
-  QString jobFolder_;
   QJsonObject status_;
   QString doing_;    // empty: it looks after the job
   QString problem_;  // of the last command that was no look
   Answer answer_;
   QWidget* choices_;
   QFormLayout* form_;
+  QLabel* heading_ = nullptr;
   QLineEdit* farm_ = nullptr;
   QLineEdit* partition_ = nullptr;
   QSpinBox* chunk_ = nullptr;
@@ -98,6 +102,7 @@ class FarmWindow : public QDialog {
 };
 
 // Asks to save the scene where need be, then opens the window for these pictures of it.
-void AskForFarm(MainWindow& window, host::BaseDocument& doc, const rendering::PictureOrder& order);
+void AskForFarm(MainWindow& window, host::BaseDocument& doc, const rendering::PictureOrder& order,
+                const QString& plan);
 
 }  // namespace desktop

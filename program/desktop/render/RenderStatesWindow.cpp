@@ -436,7 +436,10 @@ void RenderStatesWindow::OpenFile(const std::string& path) {
 void RenderStatesWindow::SendToFarm() {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   const auto order = Order();
-  if (doc && order) AskForFarm(window_, *doc, order->pictures);
+  if (!doc || !order) return;
+  const bool isPlanned = IsFinished() && refused_.empty() && asked_ == PlanText(*order);
+  AskForFarm(window_, *doc, order->pictures,
+             isPlanned ? CountedPictures(rows_.Rows().size()) + " will be handed over." : "");
 }
 
 void AskToRenderStates(MainWindow& window) {

@@ -32,7 +32,7 @@ StateChoice::StateChoice(const host::BaseDocument& doc, std::vector<std::string>
   auto* all = new QRadioButton(QString("&All (%1)").arg(all_.size()));
   onlyChosen_ = new QRadioButton(QString("&Selected in the list (%1)").arg(chosen_.size()));
   onlyChosen_->setEnabled(!chosen_.empty());
-  byPattern_ = new QRadioButton("&Named");
+  byPattern_ = new QRadioButton("Name&d");
   byPattern_->setAccessibleName("Named by a pattern");
   pattern_ = new QLineEdit;
   pattern_->setObjectName("pattern");
