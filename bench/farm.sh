@@ -11,7 +11,7 @@ states=$("$program" list "$scene" --names | wc -l)
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT INT TERM
 now() { date +%s.%N; }
-for daemon in $(pgrep -f "slurmd -N $node") $(pgrep -x slurmctld); do taskset -acp 0 "$daemon" >/dev/null; done
+for daemon in $(pgrep -f "slurmd .*-N $node") $(pgrep -x slurmctld); do taskset -acp 0 "$daemon" >/dev/null; done
 printf '%9s %6s %9s %9s %6s\n' pictures tasks farm local ratio
 # Frames of each state, and pictures in a task; 0: as many as usual.
 for row in "2 1" "2 0" "20 1" "20 0" ${LONG:+"200 1" "200 0"}; do
