@@ -1,14 +1,19 @@
 #include "engine/application/PluginLibraries.h"
 
 #include <dlfcn.h>
+#include <grp.h>
 #include <link.h>
+#include <pwd.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <exception>
+#include <set>
 
 #include "engine/application/PluginTrial.h"
+#include "engine/outside/FilePlace.h"
 
 namespace engine {
 namespace {
@@ -62,24 +67,85 @@ std::string WhyResourcesWereRefused(const std::string& folder, FileSystem& files
   return "its folder \"" + folder + "\" is missing; install the plug-in again";
 }
 
-// Whether somebody else than the user and the system may write there. A group of one's own counts
-// as oneself; in a folder with the sticky bit nobody can replace what is another's.
-bool OthersMayWrite(const std::string& path) {
-  struct stat facts {};
-  if (::stat(path.c_str(), &facts) != 0) return false;
-  const bool groupIsOwn = facts.st_gid == ::getegid() || facts.st_gid == 0;
-  if ((facts.st_mode & S_ISVTX) != 0) return false;
-  return (facts.st_mode & S_IWOTH) != 0 || ((facts.st_mode & S_IWGRP) != 0 && !groupIsOwn);
+// The folders on the way to a path, and the path.
+std::vector<std::string> WayTo(const std::string& path) {
+  std::vector<std::string> way{"/"};
+  for (std::size_t end = 0; end < path.size();) {
+    end = std::min(path.find('/', end + 1), path.size());
+    way.push_back(path.substr(0, end));
+  }
+  return way;
 }
 
+// Many systems give each user a group that nobody else is in, with the user's name or number.
+bool IsOwnGroup(gid_t group) {
+  if (group == 0 || (group == ::getegid() && group == ::geteuid())) return true;
+  const passwd* user = group == ::getegid() ? ::getpwuid(::geteuid()) : nullptr;
+  const std::string name = user ? user->pw_name : "";
+  const struct group* facts = user ? ::getgrgid(group) : nullptr;
+  return facts && name == facts->gr_name;
+}
+
+bool NamesOthers(const std::string& path) {
+  return ::getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
+}
+
+// Says of places whether somebody else than the user, the system and those who may change this very
+// program may put other code there.
+class CodePlaces {
+ public:
+  CodePlaces() {
+    Dl_info own{};
+    if (::dladdr(reinterpret_cast<const void*>(&WayTo), &own) == 0) return;
+    for (const std::string& place : WayTo(RealPath(own.dli_fname))) {
+      struct stat facts {};
+      if (::stat(place.c_str(), &facts) != 0) continue;
+      own_.insert(place);
+      users_.insert(facts.st_uid);
+      if ((facts.st_mode & S_IWGRP) != 0) groups_.insert(facts.st_gid);
+    }
+  }
+
+  // Empty where nobody may. Where there is nothing, nobody may.
+  std::string WhyNot(const std::string& place) const {
+    struct stat facts {};
+    if (own_.contains(place) || ::stat(place.c_str(), &facts) != 0) return "";
+    if (!users_.contains(facts.st_uid)) {
+      const passwd* user = ::getpwuid(facts.st_uid);
+      return "\"" + place + "\" belongs to \"" +
+             (user ? user->pw_name : std::to_string(facts.st_uid)) +
+             "\", who may change it; make it your own or the system's (chown)";
+    }
+    return MayBeWritten(place, facts)
+               ? "others may change \"" + place + "\"; take that right away (chmod go-w)"
+               : "";
+  }
+
+ private:
+  // In a folder with the sticky bit nobody can replace what is another's.
+  bool MayBeWritten(const std::string& place, const struct stat& facts) const {
+    if (S_ISDIR(facts.st_mode) && (facts.st_mode & S_ISVTX) != 0) return false;
+    const bool byGroup = (facts.st_mode & S_IWGRP) != 0;
+    return (facts.st_mode & S_IWOTH) != 0 ||
+           (byGroup &&
+            (NamesOthers(place) || (!groups_.contains(facts.st_gid) && !IsOwnGroup(facts.st_gid))));
+  }
+
+  std::set<std::string> own_;
+  std::set<uid_t> users_{0, ::geteuid()};
+  std::set<gid_t> groups_;
+};
+
 // Why code from there is not run, empty where it may be: a relative path leads to wherever the
-// program is called.
+// program is called, and of any folder on the way another one may be made.
 std::string WhyUntrusted(const std::string& path) {
   if (!path.starts_with('/'))
     return "\"" + path + "\" is no full path; give STAGEMARKS_PLUGINS one that begins with a slash";
-  for (const std::string& place : {path, FolderOfPath(path), FolderOfPath(FolderOfPath(path))}) {
-    if (OthersMayWrite(place))
-      return "others may change \"" + place + "\"; take that right away (chmod go-w)";
+  const CodePlaces places;
+  for (const std::string& way : {path, RealPath(path)}) {
+    for (const std::string& place : WayTo(way)) {
+      if (std::string reason = places.WhyNot(place); !reason.empty()) return reason;
+    }
   }
   return "";
 }

@@ -1,4 +1,5 @@
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <map>
@@ -122,11 +123,50 @@ TEST_F(Plugins, CodeThatOthersMayChangeIsNotRun) {
     EXPECT_FALSE(IsOpen(path));
     fs::permissions(place, before);
   }
+  const fs::perms before = fs::status(At("")).permissions();
+  fs::permissions(At(""), before | fs::perms::others_write);
+  EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Untrusted) << "a folder above";
+  fs::permissions(At(""), before | fs::perms::others_write | fs::perms::sticky_bit);
+  EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded) << "as that of scratch";
+  application->UnloadPlugins();
+  fs::permissions(At(""), before);
   const fs::path here = fs::current_path();
   fs::current_path(At("plugins"));
   EXPECT_EQ(application->LoadPlugin("Good/Good.so").outcome, LoadOutcome::Untrusted);
   EXPECT_EQ(application->LoadPlugin("./Good/Good.so").outcome, LoadOutcome::Untrusted);
   fs::current_path(here);
+  EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded);
+}
+
+// Rights of single users stand in a list beside the mode: here those of one to write.
+TEST_F(Plugins, CodeThatAnotherUserMayChangeIsNotRun) {
+  const std::string path = Place("Good");
+  constexpr std::uint32_t kNoId = 0xffffffff;
+  constexpr std::uint32_t kSomebody = 4242;
+  struct Right {
+    std::uint16_t whose, what;
+    std::uint32_t id;
+  };
+  const struct {
+    std::uint32_t version = 2;
+    Right rights[5] = {
+        {1, 7, kNoId}, {2, 7, kSomebody}, {4, 5, kNoId}, {16, 7, kNoId}, {32, 5, kNoId}};
+  } list;
+  static_assert(sizeof list == 44);
+  if (::setxattr(path.c_str(), "system.posix_acl_access", &list, sizeof list, 0) == 0) {
+    EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Untrusted);
+    ASSERT_EQ(::removexattr(path.c_str(), "system.posix_acl_access"), 0);
+    std::filesystem::permissions(path, std::filesystem::perms(0755));
+  }
+  // Only the system gives files away.
+  for (const std::string& place : {path, At("plugins/Good"), At("plugins")}) {
+    if (::chown(place.c_str(), kSomebody, kNoId) != 0) continue;
+    EXPECT_EQ(application->LoadPlugin(path).message,
+              "Plug-in \"Good\" was not loaded (Untrusted): \"" + place +
+                  "\" belongs to \"4242\", who may change it; make it your own or the system's "
+                  "(chown).");
+    ASSERT_EQ(::chown(place.c_str(), ::geteuid(), kNoId), 0);
+  }
   EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded);
 }
 
