@@ -174,6 +174,10 @@ bool AddRules(scmp_filter_ctx filter, bool areFilesConfined) {
   allow(SCMP_SYS(openat), {2, SCMP_CMP_MASKED_EQ, kChangesFiles, 0});
   // What this is told lies in memory, where nobody can check it.
   if (areFilesConfined) allowAlways(SCMP_SYS(openat2));
+  // How much memory it may have: of itself, and nothing is set.
+  const scmp_arg_cmp asksOfItself[] = {{0, SCMP_CMP_EQ, 0, 0}, {2, SCMP_CMP_EQ, 0, 0}};
+  added = added &&
+          seccomp_rule_add_array(filter, SCMP_ACT_ALLOW, SCMP_SYS(prlimit64), 2, asksOfItself) == 0;
   // As abort does it.
   allow(SCMP_SYS(tgkill), {0, SCMP_CMP_EQ, static_cast<scmp_datum_t>(::getpid()), 0});
   return added;

@@ -112,6 +112,11 @@ std::vector<Attempt> OnOthers() {
          rlimit limit{};
          return long{::prlimit(parent, RLIMIT_NOFILE, nullptr, &limit)};
        }},
+      {"limit itself",
+       [] {
+         const rlimit limit{};
+         return long{::prlimit(0, RLIMIT_NOFILE, &limit, nullptr)};
+       }},
       {"shared memory", [] { return long{::shmget(IPC_PRIVATE, 4096, 0600)}; }}};
 }
 

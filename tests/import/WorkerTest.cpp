@@ -139,6 +139,13 @@ TEST_F(Worker, MemoryIsLimited) {
             R"({"componentType":5126,"count":1000000000,"type":"VEC3"}]})"),
       limits);
   ExpectPart(said, "accessor 0 has more elements than it gives numbers for.");
+  // The importing library believes what a file claims.
+  const std::string claim =
+      R"(<?xml version="1.0"?><COLLADA version="1.4.1"><library_geometries><geometry id="g"><mesh>)"
+      R"(<source id="p"><float_array id="f" count="4000000000">1 2 3</float_array>)"
+      R"(</source></mesh></geometry></library_geometries></COLLADA>)";
+  ExpectPart(Refusal(Write("claim.dae", claim), limits),
+             "The scene needs more memory than an import may use (0.5 GiB).");
 }
 
 TEST_F(Worker, AMissingProgramIsNamed) {
