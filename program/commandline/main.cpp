@@ -122,15 +122,16 @@ int RunAndPrint(int count, char** words) {
 // What nobody expected, such as no memory where it is needed, still gets a message.
 int main(int count, char** words) {
   const auto fail = [&](const std::string& why) {
-    commandline::PrintMessage(commandline::IsForProgram(count, words), "error",
-                              "it cannot go on" + why + ".");
+    commandline::PrintMessage(commandline::IsForProgram(count, words), "error", why);
     return commandline::kFailed;
   };
   try {
     return commandline::RunAndPrint(count, words);
+  } catch (const std::bad_alloc&) {
+    return fail("There is not enough memory. Close other programs and try again.");
   } catch (const std::exception& error) {
-    return fail(std::string(" (") + error.what() + ")");
+    return fail(std::string("it cannot go on (") + error.what() + ").");
   } catch (...) {
-    return fail("");
+    return fail("it cannot go on.");
   }
 }

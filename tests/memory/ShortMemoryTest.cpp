@@ -270,17 +270,20 @@ TEST_F(ShortMemory, Importing) {
       [] {});
 }
 
-// Runs the program with that much address space; its exit status, or -1 where a signal ended it, as
-// one that never comes to an end is.
-int ExitWithin(rlim_t mebibytes, const std::string& scene, const std::string& picture) {
+// Runs the program with that much address space, what it says in the file `said`; its exit status,
+// or -1 where a signal ended it, as one that never comes to an end is.
+int ExitWithin(rlim_t mebibytes, const char* verb, const std::string& scene,
+               const std::string& picture, const std::string& said) {
   const pid_t child = ::fork();
   if (child == 0) {
     const rlimit limit{mebibytes << 20, mebibytes << 20};
-    ::setrlimit(RLIMIT_AS, &limit);
+    const int text = ::open(said.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     const int nowhere = ::open("/dev/null", O_RDWR);
-    for (int standard = 0; standard < 3; ++standard) ::dup2(nowhere, standard);
+    for (int standard = 0; standard < 3; ++standard)
+      ::dup2(standard == 2 ? text : nowhere, standard);
+    ::setrlimit(RLIMIT_AS, &limit);
     ::alarm(120);
-    ::execl(TEST_BINARY_DIR "/bin/stagemarks", "stagemarks", "sheet", scene.c_str(), "-o",
+    ::execl(TEST_BINARY_DIR "/bin/stagemarks", "stagemarks", verb, scene.c_str(), "-o",
             picture.c_str(), "--force", nullptr);
     ::_exit(127);
   }
@@ -300,8 +303,12 @@ TEST_F(ShortMemory, NoLimitOnAddressSpaceEndsTheProgram) {
   int done = 0;
   for (rlim_t mebibytes = 60; mebibytes <= 420; mebibytes += mebibytes < 180 ? 20 : 6) {
     fs::remove(File("sheet.png"));
-    const int status = ExitWithin(mebibytes, File("shot.c4d"), File("sheet.png"));
+    const char* verb = mebibytes / 2 % 2 == 0 ? "sheet" : "render";
+    const int status =
+        ExitWithin(mebibytes, verb, File("shot.c4d"), File("sheet.png"), File("said.txt"));
     EXPECT_GE(status, 0) << mebibytes << " MiB";
+    EXPECT_EQ(tests::ReadText(File("said.txt")).find("std::"), std::string::npos)
+        << mebibytes << " MiB: " << tests::ReadText(File("said.txt"));
     EXPECT_EQ(status == 0, fs::exists(File("sheet.png"))) << mebibytes << " MiB";
     done += status == 0;
     if (done > 3) return;
