@@ -364,11 +364,15 @@ class Search {
   // Beside a scene whose side folder is there.
   void Previews() {
     const std::string folder = SideFolderOf(doc_);
-    if (folder.empty() || files_->Kind(folder) != FileKind::Folder) return;
+    if (folder.empty()) return;
+    const auto side = files_->Look(folder);
+    if (!side || side.Value() != FileKind::Folder) return;
     for (const StoredState& state : states_) {
       const std::string file = PreviewFileIn(folder, state.name);
       if (file.empty()) continue;
-      if (files_->Kind(file) != FileKind::File) {
+      const auto there = files_->Look(file);
+      if (!there) return;  // nor is it of the others
+      if (there.Value() != FileKind::File) {
         found_.Add(kPreviewMissing, state.name, "It has no preview.", file);
       } else if (files_->Stamp(file).changed / 1'000'000'000 < SecondsOf(state.date)) {
         found_.Add(kPreviewOld, state.name, "Its preview is older than the Stagemark.", file);

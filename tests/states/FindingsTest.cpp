@@ -2,6 +2,7 @@
 // leaves what loading brings back.
 #include "engine/states/Findings.h"
 
+#include <filesystem>
 #include <functional>
 
 #include "engine/outside/RealFileSystem.h"
@@ -214,6 +215,12 @@ TEST(Findings, TellOfPreviews) {
   for (const engine::Finding& finding : engine::FindFindings(stage.Doc(), &files, {}))
     codes.insert(finding.kind->code + (" " + finding.state));
   EXPECT_EQ(codes, (std::multiset<std::string>{"preview-missing Night", "preview-old Day"}));
+  // Where the system does not say what is there, nothing is missing.
+  std::filesystem::remove_all(folder);
+  std::filesystem::create_symlink("room_SM", folder);
+  const std::size_t mark = stage.App().GetServices().ledger.Mark();
+  EXPECT_TRUE(engine::FindFindings(stage.Doc(), &files, {}).empty());
+  EXPECT_EQ(stage.App().GetServices().ledger.FailuresSince(mark).size(), 1u);
 }
 
 // Of very many of one kind the first are told, and how many more there are.
