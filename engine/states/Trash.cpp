@@ -15,6 +15,12 @@ using host::LONG;
 
 namespace {
 
+// Why a preview is not kept for undo.
+constexpr const char* kTooLarge = "previews larger than 16 MB are not kept for undo";
+constexpr const char* kTooMany = "one step keeps previews up to 256 MB together";
+constexpr const char* kLinked = "it was reached through a symbolic link";
+constexpr const char* kUnreadable = "it could not be read";
+
 std::string TextOf(const host::LocalFileTime& time) {
   return StoredDate{{time.year, time.month, time.day, time.hour, time.minute, time.second}}.Text();
 }
@@ -80,19 +86,28 @@ DeletedState Packed(const Gone& gone, const StoredDataScope& scope, const KeptPr
 
 std::vector<LONG> StoresOfStates() { return {kStagemarksId, kStoredEntries}; }
 
+// What a link leads to may be anything of this person's, which is not to get into the trash of a scene
+// that others read.
 void KeptPreviews::Take(const BaseDocument& doc, const std::string& name) {
   const std::string path = PreviewFileIn(SideFolderOf(doc), name);
   if (path.empty() || kept_.contains(name)) return;
   Kept kept;
-  if (services_.files.Kind(path) == FileKind::File) {
+  const FileKind kind = services_.files.Kind(path);
+  if (kind == FileKind::Unknown) kept.notKept = kUnreadable;
+  if (kind == FileKind::File) {
     kept.stamp = services_.files.Stamp(path);
-    kept.isLost = kept.stamp.size > kMostBytesOfOne || bytes_ + kept.stamp.size > kMostBytes;
-    if (!kept.isLost) {
-      auto bytes = services_.files.ReadFile(path, kMostBytesOfOne);
-      kept.isLost = !bytes;
-      if (bytes) kept.sides[0] = std::make_shared<const std::string>(bytes.Take());
+    if (!services_.files.CheckWay(path)) {
+      kept.notKept = kLinked;
+    } else if (kept.stamp.size > kMostBytesOfOne) {
+      kept.notKept = kTooLarge;
+    } else if (bytes_ + kept.stamp.size > kMostBytes) {
+      kept.notKept = kTooMany;
+    } else if (auto bytes = services_.files.ReadFile(path, kMostBytesOfOne)) {
+      bytes_ += bytes.Value().size();
+      kept.sides[0] = std::make_shared<const std::string>(bytes.Take());
+    } else {
+      kept.notKept = kUnreadable;
     }
-    if (kept.sides[0]) bytes_ += kept.sides[0]->size();
   }
   kept_.emplace(name, std::move(kept));
 }
@@ -113,7 +128,9 @@ bool KeptPreviews::KeepChanged(const BaseDocument& doc) {
 
 void KeptPreviews::Wish(const std::string& name, Bytes bytes) {
   live_ = 0;
-  kept_[name].sides[1] = std::move(bytes);
+  Kept& kept = kept_[name];
+  kept.sides[1] = std::move(bytes);
+  kept.onDisk = 0;
 }
 
 void KeptPreviews::Exchange(BaseDocument& doc) noexcept {
@@ -121,7 +138,7 @@ void KeptPreviews::Exchange(BaseDocument& doc) noexcept {
     const std::string folder = SideFolderOf(doc);
     for (auto& [name, kept] : kept_) {
       const std::string path = PreviewFileIn(folder, name);
-      if (!path.empty()) ExchangeOne(path, kept);
+      if (!path.empty()) ExchangeOne(name, path, kept);
     }
   } catch (const std::bad_alloc&) {
     // Those that are left keep both sides.
@@ -130,30 +147,38 @@ void KeptPreviews::Exchange(BaseDocument& doc) noexcept {
 }
 
 // What cannot be written is kept, and written when the step comes round again.
-void KeptPreviews::ExchangeOne(const std::string& path, Kept& kept) const {
+void KeptPreviews::ExchangeOne(const std::string& name, const std::string& path, Kept& kept) const {
   FileSystem& files = services_.files;
-  const bool isThere = files.Kind(path) == FileKind::File;
-  if (kept.isLive && !kept.isLost) {
-    auto bytes = isThere ? files.ReadFile(path, kMostBytesOfOne) : Result<std::string>("");
-    kept.isLost = !bytes;
-    kept.sides[live_] =
-        bytes && isThere ? std::make_shared<const std::string>(bytes.Take()) : nullptr;
+  const int wanted = 1 - live_;
+  if (kept.onDisk == wanted) return;
+  const FileKind kind = files.Kind(path);
+  std::string why = wanted == 0 ? kept.notKept : "";
+  if (kind == FileKind::Unknown) why = kUnreadable;
+  Bytes there;
+  if (why.empty() && kind == FileKind::File && files.Stamp(path).size > kMostBytesOfOne) {
+    why = kTooLarge;
+  } else if (why.empty() && kind == FileKind::File) {
+    auto bytes = files.ReadFile(path, kMostBytesOfOne);
+    if (bytes) there = std::make_shared<const std::string>(bytes.Take());
+    if (!bytes) why = kUnreadable;
   }
-  if (kept.isLost) {
-    services_.ledger.Add({Operation::ReplaceFile, path, "", false,
-                          "\"" + path + "\" could not be kept and stays as it is."});
+  if (!why.empty()) {
+    const char* what =
+        kind == FileKind::Missing ? "\" does not come back: " : "\" stays as it is: ";
+    services_.ledger.Add(
+        {Operation::ReplaceFile, path, "", false, "The preview of \"" + name + what + why + "."});
     return;
   }
-  const Bytes& wanted = kept.sides[1 - live_];
+  kept.sides[live_] = std::move(there);
   Status done;
-  if (wanted) {
+  if (kept.sides[wanted]) {
     const std::string folder = path.substr(0, path.rfind('/'));
     if (files.Kind(folder) == FileKind::Missing) done = files.MakeFolder(folder);
-    if (done) done = files.ReplaceFile(path, *wanted);
-  } else if (isThere) {
+    if (done) done = files.ReplaceFile(path, *kept.sides[wanted]);
+  } else if (kind == FileKind::File) {
     done = files.RemoveFile(path);
   }
-  kept.isLive = done.Ok();
+  if (done) kept.onDisk = wanted;
 }
 
 void MoveToTrash(const Services& services, StoredDataScope& scope, BaseDocument& doc,

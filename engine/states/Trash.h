@@ -47,15 +47,15 @@ class KeptPreviews : public OutsideChange {
   struct Kept {
     Bytes sides[2];
     FileStamp stamp;
-    bool isLost = false;  // too large or unreadable: it stays as it is
-    bool isLive = true;   // the disk has what belongs to the live side
+    std::string notKept;  // why the one before is not
+    int onDisk = 1;       // the side that the disk has: not the live one where writing failed
   };
-  void ExchangeOne(const std::string& path, Kept& kept) const;
+  void ExchangeOne(const std::string& name, const std::string& path, Kept& kept) const;
 
   const Services services_;
   std::map<std::string, Kept> kept_;  // by the names of the Stagemarks
   std::uint64_t bytes_ = 0;
-  int live_ = 1;  // the side that is on the disk
+  int live_ = 1;  // the side that belongs to the document as it is
 };
 
 // Puts the Stagemarks that `scope` has seen go into the trash of `doc`: those that were stored when

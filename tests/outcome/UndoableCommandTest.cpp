@@ -155,6 +155,49 @@ TEST_F(UndoableCommandTest, WhatIsCalledOffOrChangesNothingLeavesNoStep) {
   EXPECT_EQ(Trash(), "");
 }
 
+// The state comes back, and the person hears what does not; redo has nothing to tell.
+TEST_F(UndoableCommandTest, PreviewsThatAreTooLargeAreNamedWithTheirStagemark) {
+  RecordIt("A");
+  engine::ClearUndo(Doc());
+  const std::string preview = Folder() + "/shot_SM/A.tif";
+  const auto told = [&](bool undoes) {
+    const std::size_t mark = Services().Get().ledger.Mark();
+    EXPECT_TRUE(undoes ? Undo() : Redo());
+    const auto failures = Services().Get().ledger.FailuresSince(mark);
+    return failures.empty() ? std::string() : failures.front().message;
+  };
+  fs::resize_file(preview, engine::KeptPreviews::kMostBytesOfOne + 1);
+  DeleteIt("A");
+  EXPECT_EQ(told(true),
+            "The preview of \"A\" does not come back: previews larger than 16 MB are not kept for "
+            "undo.");
+  EXPECT_EQ(Rows(), "[ ] * A\n");
+  EXPECT_EQ(told(false), "");
+  ASSERT_TRUE(Undo());
+  // One that grew since is not taken away.
+  RecordIt("A");
+  fs::resize_file(preview, engine::KeptPreviews::kMostBytesOfOne + 1);
+  EXPECT_EQ(
+      told(true),
+      "The preview of \"A\" stays as it is: previews larger than 16 MB are not kept for undo.");
+  EXPECT_TRUE(fs::exists(preview));
+  EXPECT_EQ(told(false), "");
+}
+
+// Somebody else put a link into the folder, so that another file would travel in the scene.
+TEST_F(UndoableCommandTest, WhatALinkLeadsToIsNotInTheTrash) {
+  RecordIt("A");
+  const std::string preview = Folder() + "/shot_SM/A.tif";
+  tests::WriteText(Folder() + "/secret", "nobody's business");
+  fs::remove(preview);
+  fs::create_symlink(Folder() + "/secret", preview);
+  DeleteIt("A");
+  EXPECT_FALSE(fs::is_symlink(preview));
+  ASSERT_TRUE(engine::RestoreDeleted(Services().Get(), Doc(), 0));
+  EXPECT_FALSE(fs::exists(preview));
+  EXPECT_EQ(tests::ReadText(Folder() + "/secret"), "nobody's business");
+}
+
 // What nobody registers stands on its own: an option that is switched later stays switched.
 TEST_F(UndoableCommandTest, OnlyWhatTheCommandChangedGoesBack) {
   RecordIt("A");
