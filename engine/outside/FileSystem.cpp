@@ -30,6 +30,7 @@ Status FileSystem::Change(Operation operation, const std::string& path, Work wor
   if (!clean) return Enter({operation, path, "", false, ""}, clean.GetStatus());
   const bool removes = operation == Operation::RemoveFile || operation == Operation::RemoveFolder;
   const bool absent = removes && DoKind(clean.Value()) == FileKind::Missing;
+  if (!absent) TellBefore(operation, clean.Value());
   return Enter({operation, clean.Value(), "", false, "", absent}, work(clean.Value()));
 }
 
@@ -42,6 +43,8 @@ Status FileSystem::ChangeTwo(Operation operation, const std::string& from, const
   if (!source) return Enter({operation, from, to, false, ""}, source.GetStatus());
   if (!target) return Enter({operation, from, to, false, ""}, target.GetStatus());
   const bool absent = operation == Operation::Rename && DoKind(source.Value()) == FileKind::Missing;
+  if (operation == Operation::Rename && !absent) TellBefore(operation, source.Value());
+  if (!absent) TellBefore(operation, target.Value());
   return Enter({operation, source.Value(), target.Value(), false, "", absent},
                work(source.Value(), target.Value()));
 }

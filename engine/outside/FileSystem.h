@@ -66,6 +66,10 @@ class FileSystem {
   FileSystem& operator=(const FileSystem&) = delete;
   virtual ~FileSystem() = default;
 
+  // Called before a file or folder is replaced, removed or renamed, with a clean path of what is
+  // going to be another one; for whoever keeps what is there. It may use these files.
+  std::function<void(Operation, const std::string&)> beforeChange;
+
   // A person named this file or folder: from now on links on the way to it are followed, and where
   // it is a link itself, what that leads to is meant. The rest of a path below it is the program's
   // own. A path that is refused for reading is passed over.
@@ -150,6 +154,10 @@ class FileSystem {
   Status Change(Operation operation, const std::string& path, Work work);
   template <class Work>
   Status ChangeTwo(Operation operation, const std::string& from, const std::string& to, Work work);
+
+  void TellBefore(Operation operation, const std::string& path) const {
+    if (beforeChange && operation != Operation::MakeFolder) beforeChange(operation, path);
+  }
 
   Ledger& ledger_;
   std::set<std::string> named_;

@@ -146,12 +146,13 @@ std::vector<std::string> CommandWatch::SelectedInScene() const {
 
 bool CommandWatch::SceneDataChanged() const { return !(data_ == *doc_->GetDataInstance()); }
 
+// An empty path stands for a name that no file can have.
 bool CommandWatch::Has(Operation operation, const char* ending, bool succeeded) const {
   const std::vector<engine::LedgerEntry>& entries = services_.ledger.Entries();
   return std::any_of(entries.begin() + static_cast<std::ptrdiff_t>(mark_), entries.end(),
                      [&](const engine::LedgerEntry& entry) {
                        return entry.operation == operation && entry.succeeded == succeeded &&
-                              entry.path.ends_with(ending);
+                              (entry.path.empty() || entry.path.ends_with(ending));
                      });
 }
 
@@ -166,7 +167,7 @@ void CommandWatch::SayRecorded(bool answered, Outcome& outcome) {
   if (!preview_ && Has(Operation::RemoveFile, engine::kPreviewEnding, true))
     outcome.summary += "; its old preview is gone";
   outcome.summary += ".";
-  if (Has(Operation::ReplaceFile, "", false))
+  if (Has(Operation::ReplaceFile, engine::kPreviewEnding, false))
     outcome.problems.push_back("The preview of " + Listed({typed_}) + " was not written.");
   if (!answered)
     outcome.problems.push_back("There was not enough memory for the preview of " +

@@ -64,9 +64,13 @@ Autosave::Autosave(const engine::Application& application, AutosaveRules rules,
       rules_(rules),
       now_(std::move(now)),
       folder_(application.GetServices()),
+      previews_(application, folder_),
       worker_(application.GetServices().ledger) {
   tick_.setInterval(std::min({kBetweenTicks, rules.idle, rules.longest}));
   connect(&tick_, &QTimer::timeout, this, [this] { Tick(); });
+  previews_.failed = [this](const std::string& message) {
+    if (failed) failed(message);
+  };
 }
 
 Autosave::~Autosave() = default;
@@ -74,6 +78,7 @@ Autosave::~Autosave() = default;
 void Autosave::Follow() {
   if (ended_) return;
   const auto open = application_.Documents();
+  previews_.Follow(open);
   for (const host::BaseDocument* doc : open) {
     if (doc->GetChanged()) FollowOne(*doc, documents_[IdentityOf(doc)]);
   }
@@ -174,6 +179,7 @@ void Autosave::Adopt(const LostDocument& lost, const host::BaseDocument& doc) {
   Kept& state = documents_[IdentityOf(&doc)];
   state.seen = engine::ChangeCount(doc);
   if (adopted) state.kept = state.seen;
+  previews_.Adopt(doc);
 }
 
 void Autosave::End() {
@@ -181,6 +187,7 @@ void Autosave::End() {
   tick_.stop();
   documents_.clear();
   worker_.Finish();
+  previews_.End();
   folder_.RemoveAll();
 }
 

@@ -15,6 +15,7 @@
 #include "program/desktop/background/DeferredDeletion.h"
 #include "program/desktop/recovery/AutosaveFolder.h"
 #include "program/desktop/recovery/LostWork.h"
+#include "program/desktop/recovery/SavedPreviews.h"
 
 namespace desktop {
 
@@ -105,6 +106,7 @@ class Autosave : public QObject {
   AutosaveRules rules_;
   std::function<Clock::time_point()> now_;
   AutosaveFolder folder_;
+  SavedPreviews previews_;
   std::unordered_map<host::ULLONG, Kept> documents_;  // the changed ones, by number
   bool told_ = false;
   bool ended_ = false;

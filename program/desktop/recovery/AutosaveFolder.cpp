@@ -11,7 +11,8 @@ std::string AutosaveRoot(const engine::UserFolders& folders) {
 }
 
 AutosaveFiles AutosaveFilesIn(const std::string& folder, const std::string& name) {
-  return {folder + "/" + name + ".c4d", folder + "/" + name + ".json"};
+  const std::string file = folder + "/" + name;
+  return {file + ".c4d", file + ".json", file + kSavedPreviewsEnding};
 }
 
 engine::Status AutosaveFolder::Prepare() {
@@ -56,6 +57,8 @@ engine::Status AutosaveFolder::Adopt(const AutosaveFiles& files, host::ULLONG do
   // The note may be missing; the scene counts.
   if (status && files_.Kind(files.note) == engine::FileKind::File)
     status = files_.Rename(files.note, own.note);
+  if (status && files_.Kind(files.previews) == engine::FileKind::Folder)
+    status = files_.Rename(files.previews, own.previews);
   return status ? files_.Rename(files.scene, own.scene) : status;
 }
 
@@ -68,7 +71,15 @@ void AutosaveFolder::Remove(host::ULLONG document) {
 }
 
 void AutosaveFolder::RemoveAll() {
-  if (held_) (void)files_.RemoveFolder(folder_);
+  if (!held_) return;
+  const auto previews = files_.ListFolders(folder_);
+  if (previews && !previews.Value().empty()) {
+    const auto names = files_.ListFiles(folder_);
+    for (const std::string& name : names ? names.Value() : std::vector<std::string>())
+      if ("/" + name != kHeldFile) (void)files_.RemoveFile(folder_ + "/" + name);
+  } else {
+    (void)files_.RemoveFolder(folder_);
+  }
   held_.Close();
 }
 

@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <algorithm>
 
+#include "engine/outside/FileHandle.h"
 #include "program/desktop/DocumentCommands.h"
 #include "program/desktop/recovery/Autosave.h"
 
@@ -38,6 +39,7 @@ void LostWork::Find(const std::string& path) {
   auto held = engine::HoldFile(path + kHeldFile);
   if (!held) return;
   folders_.push_back({path, held.Take()});
+  GiveBackPreviewsIn(path, false);
   const auto names = files_.ListFiles(path);
   if (!names) return;
   for (const std::string& name : names.Value()) {
@@ -59,14 +61,32 @@ LostDocument LostWork::Describe(const AutosaveFiles& files) const {
   return {files, note.value("path").toString().toStdString(), title, kept};
 }
 
+void LostWork::GiveBackPreviewsIn(const std::string& folder, bool ofKeptScenes) const {
+  const auto names = files_.ListFolders(folder);
+  for (const std::string& name : names ? names.Value() : std::vector<std::string>()) {
+    if (!name.ends_with(kSavedPreviewsEnding)) continue;
+    const std::string number = name.substr(0, name.rfind('.'));
+    const AutosaveFiles files = AutosaveFilesIn(folder, number);
+    if (ofKeptScenes || files_.Kind(files.scene) == engine::FileKind::Missing)
+      (void)GiveBackPreviews(files_, files.previews);
+  }
+}
+
+// Previews that cannot be given back yet keep their folder.
 void LostWork::Discard() {
-  for (const Folder& folder : folders_) (void)files_.RemoveFolder(folder.path);
-  folders_.clear();
+  for (const LostDocument& document : documents_) {
+    for (const std::string& file : {document.files.scene, document.files.note})
+      if (files_.Kind(file) == engine::FileKind::File) (void)files_.RemoveFile(file);
+    GiveBackPreviewsIn(engine::FolderAndName(document.files.scene).first, true);
+  }
   documents_.clear();
+  Tidy();
+  folders_.clear();
 }
 
 std::string LostWork::KeepAside(const LostDocument& document) {
   const std::string aside = document.files.scene + ".damaged";
+  (void)GiveBackPreviews(files_, document.files.previews);
   return files_.Rename(document.files.scene, aside) ? aside : document.files.scene;
 }
 
@@ -81,7 +101,9 @@ bool LostWork::IsEmpty(const std::string& folder) const {
   const auto isScene = [](const std::string& name) {
     return name.find(kSceneSuffix) != std::string::npos;
   };
-  return names && std::none_of(names.Value().begin(), names.Value().end(), isScene);
+  const auto previews = files_.ListFolders(folder);
+  return names && std::none_of(names.Value().begin(), names.Value().end(), isScene) && previews &&
+         previews.Value().empty();
 }
 
 namespace {

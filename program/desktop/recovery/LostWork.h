@@ -25,15 +25,16 @@ struct LostDocument {
 
 class LostWork {
  public:
-  // Looks for it; folders in which nothing is left are removed.
+  // Looks for it; folders in which nothing is left are removed. Previews that were changed without
+  // any work being kept come back at once, as they were saved.
   explicit LostWork(const engine::Services& services);
 
   // The latest first.
   const std::vector<LostDocument>& Documents() const { return documents_; }
-  // Removes all of it.
+  // Removes all of it; the previews come back as they were saved.
   void Discard();
   // Keeps a document that cannot be opened under another name, so that it is not offered again.
-  // Gives the new path.
+  // Gives the new path. Its previews come back.
   std::string KeepAside(const LostDocument& document);
   // Removes the folders in which nothing is left.
   void Tidy();
@@ -44,6 +45,7 @@ class LostWork {
     engine::FileHandle held;
   };
   void Find(const std::string& path);
+  void GiveBackPreviewsIn(const std::string& folder, bool ofKeptScenes) const;
   LostDocument Describe(const AutosaveFiles& files) const;
   bool IsEmpty(const std::string& folder) const;
 
