@@ -86,8 +86,8 @@ DeletedState Packed(const Gone& gone, const StoredDataScope& scope, const KeptPr
 
 std::vector<LONG> StoresOfStates() { return {kStagemarksId, kStoredEntries}; }
 
-// What a link leads to may be anything of this person's, which is not to get into the trash of a scene
-// that others read.
+// What a link leads to may be anything of this person's, which is not to get into the trash of a
+// scene that others read.
 void KeptPreviews::Take(const BaseDocument& doc, const std::string& name) {
   const std::string path = PreviewFileIn(SideFolderOf(doc), name);
   if (path.empty() || kept_.contains(name)) return;

@@ -17,8 +17,8 @@ std::string AutosaveRoot(const engine::UserFolders& folders);
 // The file in such a folder that its desktop holds.
 inline constexpr const char* kHeldFile = "/running";
 
-// The files of one document: the scene, and where it stood and how it was called as JSON; the folder
-// of its previews as its file has them (SavedPreviews).
+// The files of one document: the scene, and where it stood and how it was called as JSON; the
+// folder of its previews as its file has them (SavedPreviews).
 struct AutosaveFiles {
   std::string scene;
   std::string note;

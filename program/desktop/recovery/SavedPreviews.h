@@ -15,9 +15,9 @@
 
 namespace desktop {
 
-// Gives back what is in such a folder of AutosaveFiles, and removes it. Where the scene was saved by
-// somebody else meanwhile, only what is missing comes back. What fails is in the ledger of `files`;
-// the folder stays then, and the answer is false.
+// Gives back what is in such a folder of AutosaveFiles, and removes it. Where the scene was saved
+// by somebody else meanwhile, only what is missing comes back. What fails is in the ledger of
+// `files`; the folder stays then, and the answer is false.
 bool GiveBackPreviews(engine::FileSystem& files, const std::string& kept);
 
 class SavedPreviews {
