@@ -27,7 +27,7 @@ using engine::Status;
 
 namespace {
 
-constexpr int kBetweenSignals = 50;  // milliseconds
+constexpr int kMillisecondsBetweenSignals = 50;
 
 struct Pipe {
   FileHandle reading;
@@ -46,7 +46,8 @@ void ReadBoth(const FileHandle& out, const FileHandle& err, pid_t child, Program
   std::array<std::string*, 2> texts{&answer.out, &answer.err};
   while (inputs[0].fd >= 0 || inputs[1].fd >= 0) {
     if (child > 0 && Terminal::Interrupted()) kill(std::exchange(child, 0), SIGTERM);
-    const int ready = poll(inputs.data(), inputs.size(), child > 0 ? kBetweenSignals : -1);
+    const int ready =
+        poll(inputs.data(), inputs.size(), child > 0 ? kMillisecondsBetweenSignals : -1);
     if (ready < 0 && errno != EINTR) return;
     if (ready <= 0) continue;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
