@@ -3,6 +3,7 @@
 // there is one safe answer. Main thread.
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,7 @@ struct FindingKind {
   const char* remedy;   // one sentence: what a person does
   bool fixable;         // FixFindings has one safe answer
 };
-const std::vector<FindingKind>& FindingKinds();
+std::span<const FindingKind> FindingKinds();
 // Null for a code that there is not.
 const FindingKind* FindFindingKind(const std::string& code);
 
