@@ -55,7 +55,7 @@ void Check(const Round& round, const ChildResult& result, const Workshop& worksh
 
 }  // namespace
 
-Findings FaultRounds(std::uint64_t seed, const GoOn& more) {
+Findings FaultRounds(std::uint64_t seed, const RoundBudget& more) {
   Workshop workshop;
   std::mt19937_64 random(seed);
   const auto below = [&](std::size_t limit) { return random() % limit; };

@@ -139,7 +139,7 @@ void ChangeOnce(PluginSession& session, std::mt19937_64& random, std::vector<std
 
 }  // namespace
 
-Findings HostileNames(std::uint64_t seed, const GoOn& more) {
+Findings HostileNames(std::uint64_t seed, const RoundBudget& more) {
   constexpr std::uint64_t kInOneScene = 200;
   std::mt19937_64 random(seed);
   Findings findings;

@@ -103,8 +103,8 @@ class Disk {
 };
 
 // Cuts the power many times after each call of one command.
-void CutAll(Workshop& workshop, std::size_t command, std::mt19937_64& random, const GoOn& more,
-            Findings& findings) {
+void CutAll(Workshop& workshop, std::size_t command, std::mt19937_64& random,
+            const RoundBudget& more, Findings& findings) {
   constexpr int kCutsPerStep = 8;
   const Workshop::Clean& clean = workshop.WithoutFaults(command);
   const std::string folder = workshop.Folder();
@@ -130,7 +130,7 @@ void CutAll(Workshop& workshop, std::size_t command, std::mt19937_64& random, co
 
 }  // namespace
 
-Findings PowerCuts(std::uint64_t seed, const GoOn& more) {
+Findings PowerCuts(std::uint64_t seed, const RoundBudget& more) {
   Workshop workshop;
   std::mt19937_64 random(seed);
   Findings findings;

@@ -26,27 +26,27 @@ struct Findings {
 };
 
 // Whether to go on after so many executions: by number or by time, as the caller was told.
-using GoOn = std::function<bool(std::uint64_t executions)>;
+using RoundBudget = std::function<bool(std::uint64_t executions)>;
 
 // One system call of the program goes wrong, of any kind, in any place, with any error: the scene
 // is the old one or the new one, whole; the status says so; nothing is left behind.
-Findings FaultRounds(std::uint64_t seed, const GoOn& more);
+Findings FaultRounds(std::uint64_t seed, const RoundBudget& more);
 // The power fails after any call, and of what was not yet made durable any part is lost: each file
 // is as it was or as it was meant to be.
-Findings PowerCuts(std::uint64_t seed, const GoOn& more);
+Findings PowerCuts(std::uint64_t seed, const RoundBudget& more);
 // Stagemarks and scenes with names that nobody should give: nothing outside of the scene's folder
 // is touched, and what was written is found by the same name.
-Findings HostileNames(std::uint64_t seed, const GoOn& more);
+Findings HostileNames(std::uint64_t seed, const RoundBudget& more);
 
 // Random changes are taken back and done again: the scene is, step by step, what it was.
-Findings UndoRounds(std::uint64_t seed, const GoOn& more);
+Findings UndoRounds(std::uint64_t seed, const RoundBudget& more);
 
 // Random hands at the desktop, on copies of the sample scenes: it goes on, what was done can be
 // taken back to the start and done again, and what is saved opens as the same.
-Findings WindowEvents(std::uint64_t seed, const GoOn& more);
+Findings WindowEvents(std::uint64_t seed, const RoundBudget& more);
 
 // The kinds of the program that is linked, by name.
-using Rounds = Findings (*)(std::uint64_t seed, const GoOn& more);
+using Rounds = Findings (*)(std::uint64_t seed, const RoundBudget& more);
 const std::map<std::string, Rounds>& Kinds();
 
 // A small scene with the Stagemarks "Day" and "Night", previews too, and commands that change it.

@@ -24,7 +24,7 @@ bool Walk(host::BaseDocument& doc, bool back, const std::vector<std::string>& du
 
 }  // namespace
 
-Findings UndoRounds(std::uint64_t seed, const GoOn& more) {
+Findings UndoRounds(std::uint64_t seed, const RoundBudget& more) {
   Findings findings;
   for (auto scene = static_cast<unsigned>(seed); more(findings.executions); ++scene) {
     SceneBuilder builder;

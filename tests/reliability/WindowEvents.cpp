@@ -322,7 +322,8 @@ void CheckUndo(host::BaseDocument& doc, const std::string& first, const std::str
   findings.Require(again == last, what + "redo to the end:" + Difference(last, again));
 }
 
-void OneRound(const Samples& samples, std::uint64_t seed, const GoOn& more, Findings& findings) {
+void OneRound(const Samples& samples, std::uint64_t seed, const RoundBudget& more,
+              Findings& findings) {
   desk::Desk desk;
   samples.CopyTo(desk.Folder(), seed);
   fs::current_path(desk.Folder());
@@ -350,7 +351,7 @@ void OneRound(const Samples& samples, std::uint64_t seed, const GoOn& more, Find
 
 }  // namespace
 
-Findings WindowEvents(std::uint64_t seed, const GoOn& more) {
+Findings WindowEvents(std::uint64_t seed, const RoundBudget& more) {
   constexpr unsigned kSecondsForOneRound = 300;  // longer is a hang
   qputenv("QT_QPA_PLATFORM",
           "offscreen:configfile=" TEST_SOURCE_DIR "/tests/desktop/screens/large.json");

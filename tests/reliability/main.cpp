@@ -13,7 +13,7 @@
 
 namespace {
 
-tests::GoOn Limit(const std::string& amount) {
+tests::RoundBudget Limit(const std::string& amount) {
   const std::uint64_t number = std::strtoull(amount.c_str(), nullptr, 10);
   if (!amount.ends_with("s")) return [number](std::uint64_t done) { return done < number; };
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(number);
