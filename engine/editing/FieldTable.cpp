@@ -49,7 +49,7 @@ constexpr Field Percent(LONG id, const char* label, double max = 100, const char
 constexpr Field Strength(LONG id, const char* label, double max) {
   return {id, label, Kind::Percent, 0, max, 5, " %", "Of the texture above.", {}, 1};
 }
-constexpr Field Switch(LONG id, const char* label, const char* tip = "") {
+constexpr Field SwitchField(LONG id, const char* label, const char* tip = "") {
   return {id, label, Kind::Switch, 0, 1, 1, "", tip};
 }
 constexpr Field Choice(LONG id, const char* label, std::span<const FieldChoice> choices,
@@ -123,13 +123,13 @@ constexpr Field kTextureTag[] = {
     {TEXTURETAG_TILES, "Tiles", Kind::Pair, 0, 1e6, 1, "", "Repetitions in U and V. 0: once."},
 };
 constexpr Field kCompositing[] = {
-    Switch(COMPOSITINGTAG_CASTSHADOW, "Cast shadows"),
-    Switch(COMPOSITINGTAG_RECEIVESHADOW, "Receive shadows"),
-    Switch(COMPOSITINGTAG_SEENBYCAMERA, "Seen by camera"),
+    SwitchField(COMPOSITINGTAG_CASTSHADOW, "Cast shadows"),
+    SwitchField(COMPOSITINGTAG_RECEIVESHADOW, "Receive shadows"),
+    SwitchField(COMPOSITINGTAG_SEENBYCAMERA, "Seen by camera"),
 };
 constexpr const char* kByNumber =
     "Recorded and recalled under this number; the picture here does not follow it.";
-constexpr Field KeptSwitch(LONG id, const char* label) { return Switch(id, label, kByNumber); }
+constexpr Field KeptSwitch(LONG id, const char* label) { return SwitchField(id, label, kByNumber); }
 constexpr Field KeptWhole(LONG id, const char* label) {
   return {id, label, Kind::Whole, -2147483648.0, 2147483647.0, 1, "", kByNumber};
 }
@@ -172,7 +172,7 @@ constexpr Field kMaterialSurface[] = {
     Strength(kMaterialNormalStrength, "Strength", 1000),
     Texture(kMaterialOcclusionShader, "Occlusion"),
     Strength(kMaterialOcclusion, "Strength", 100),
-    Switch(MATERIAL_DOUBLE_SIDED, "Both sides", "Off shows the front of a face only."),
+    SwitchField(MATERIAL_DOUBLE_SIDED, "Both sides", "Off shows the front of a face only."),
 };
 constexpr Field kMaterialOpacity[] = {
     Choice(MATERIAL_ALPHA_MODE, "Mode", kAlphaModes),
@@ -184,16 +184,16 @@ constexpr Field kMaterialOpacity[] = {
 
 constexpr Field kLayerFlags[] = {
     {kFieldLayerColor, "Color", Kind::ScreenColor, 0, 1, 0.05},
-    Switch(kFieldLayerFlags, "Solo",
-           "While any layer is solo, only objects on solo layers are shown."),
-    Switch(kFieldLayerFlags - 1, "View"),
-    Switch(kFieldLayerFlags - 2, "Render"),
-    Switch(kFieldLayerFlags - 3, "Manager"),
-    Switch(kFieldLayerFlags - 4, "Locked"),
-    Switch(kFieldLayerFlags - 5, "Generators"),
-    Switch(kFieldLayerFlags - 6, "Deformers"),
-    Switch(kFieldLayerFlags - 7, "Expressions"),
-    Switch(kFieldLayerFlags - 8, "Animation"),
+    SwitchField(kFieldLayerFlags, "Solo",
+                "While any layer is solo, only objects on solo layers are shown."),
+    SwitchField(kFieldLayerFlags - 1, "View"),
+    SwitchField(kFieldLayerFlags - 2, "Render"),
+    SwitchField(kFieldLayerFlags - 3, "Manager"),
+    SwitchField(kFieldLayerFlags - 4, "Locked"),
+    SwitchField(kFieldLayerFlags - 5, "Generators"),
+    SwitchField(kFieldLayerFlags - 6, "Deformers"),
+    SwitchField(kFieldLayerFlags - 7, "Expressions"),
+    SwitchField(kFieldLayerFlags - 8, "Animation"),
 };
 constexpr Field kOnlyName[] = {kName};
 
@@ -207,13 +207,13 @@ constexpr Field kOutput[] = {
     {RDATA_FRAMERATE, "Frame rate", Kind::Whole, 1, 1000, 1, " fps",
      "The times stay as they are; their frames are counted anew."},
 };
-constexpr Field kSaving[] = {Switch(5076, "Save alpha"), Switch(5202, "Save multi-pass")};
+constexpr Field kSaving[] = {SwitchField(5076, "Save alpha"), SwitchField(5202, "Save multi-pass")};
 constexpr Field kIllumination[] = {
-    Switch(GI_USE_CACHE_FILE, "Keep a cache"),
-    Switch(GI_OWN_CACHE_FILE, "Own cache file"),
+    SwitchField(GI_USE_CACHE_FILE, "Keep a cache"),
+    SwitchField(GI_OWN_CACHE_FILE, "Own cache file"),
     {GI_CACHE_FILENAME, "Cache file", Kind::File},
 };
-constexpr Field kInUse = Switch(kFieldInUse, "In use");
+constexpr Field kInUse = SwitchField(kFieldInUse, "In use");
 
 constexpr Field kDocument[] = {
     {kFieldSceneCamera, "Camera", Kind::Camera, 0, 0, 0, "",

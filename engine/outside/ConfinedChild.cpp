@@ -96,7 +96,7 @@ int MoveUp(int descriptor) {
   return moved;
 }
 
-Status SystemFailure(const std::string& who, const char* what) {
+Status StartFailure(const std::string& who, const char* what) {
   return Status::Failure(who + " could not be started: " + what + ": " + std::strerror(errno) +
                          ".");
 }
@@ -124,7 +124,7 @@ Status ConfinedChild::Start(const std::string& what, const std::string& program,
                             Life life) {
   std::array<int, 2> ends{-1, -1};
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
-    return SystemFailure(what, "socketpair");
+    return StartFailure(what, "socketpair");
   talk_ = ends[0];
   const int talk = MoveUp(ends[1]);
   const int nothing = MoveUp(::open("/dev/null", O_RDWR | O_CLOEXEC));
@@ -140,7 +140,7 @@ Status ConfinedChild::Start(const std::string& what, const std::string& program,
       &limits};
   child_ = talk >= 0 && nothing >= 0 ? ::fork() : -1;
   if (child_ == 0) BecomeChild(launch);
-  Status result = child_ > 0 ? Status() : SystemFailure(what, "fork");
+  Status result = child_ > 0 ? Status() : StartFailure(what, "fork");
   if (talk >= 0) ::close(talk);
   if (nothing >= 0) ::close(nothing);
   return result;

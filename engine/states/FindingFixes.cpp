@@ -8,6 +8,7 @@
 #include "engine/scene/NodeIds.h"
 #include "engine/states/Findings.h"
 #include "engine/states/RecordList.h"
+#include "engine/states/StoredStates.h"
 
 namespace engine {
 
@@ -16,12 +17,6 @@ using host::BaseDocument;
 using host::LONG;
 
 namespace {
-
-// Deleting leaves an empty container under an ID.
-bool Holds(const BaseContainer& store, LONG id) {
-  const BaseContainer* one = store.GetContainerInstance(id);
-  return one && one->GetCount() > 0;
-}
 
 class Mending {
  public:
@@ -34,7 +29,7 @@ class Mending {
   void DropEntriesWithoutRecord() {
     for (LONG i = entries_.GetCount(); i-- > 0;) {
       const LONG id = entries_.GetIndexId(i);
-      if (!Holds(entries_, id) || Holds(records_, id)) continue;
+      if (!StoredUnder(&entries_, id) || StoredUnder(&records_, id)) continue;
       entries_.RemoveData(id);
       ++count_;
     }
@@ -43,7 +38,7 @@ class Mending {
   void AddMissingEntries() {
     for (LONG i = 0; i < records_.GetCount(); ++i) {
       const LONG id = records_.GetIndexId(i);
-      if (!Holds(records_, id) || Holds(entries_, id)) continue;
+      if (!StoredUnder(&records_, id) || StoredUnder(&entries_, id)) continue;
       const BaseContainer* record = records_.GetContainerInstance(id);
       BaseContainer entry(id);
       entry.SetString(kStoredName, record->GetString(kStoredName));
@@ -58,7 +53,7 @@ class Mending {
     std::vector<LONG> ids;
     for (const BaseContainer* store : {&records_, &entries_}) {
       for (LONG i = 0; i < store->GetCount(); ++i) {
-        if (Holds(*store, store->GetIndexId(i))) ids.push_back(store->GetIndexId(i));
+        if (StoredUnder(store, store->GetIndexId(i))) ids.push_back(store->GetIndexId(i));
       }
     }
     std::ranges::sort(ids);
@@ -73,7 +68,7 @@ class Mending {
   void DropRecords(const Goes& goes) {
     for (LONG i = 0; i < records_.GetCount(); ++i) {
       const LONG id = records_.GetIndexId(i);
-      if (!Holds(records_, id)) continue;
+      if (!StoredUnder(&records_, id)) continue;
       BaseContainer record = records_.GetContainer(id);
       bool changed = false;
       for (const ListRow& row : kRecordLists) changed |= DropFrom(record, row, goes);
@@ -95,7 +90,7 @@ class Mending {
   BaseContainer Renumbered(const BaseContainer& store, const std::vector<LONG>& ids) {
     BaseContainer result(store.GetId());
     for (std::size_t i = 0; i < ids.size(); ++i) {
-      if (!Holds(store, ids[i])) continue;
+      if (!StoredUnder(&store, ids[i])) continue;
       BaseContainer one = store.GetContainer(ids[i]);
       const auto id = static_cast<LONG>(i);
       if (one.GetId() != id || ids[i] != id) ++count_;

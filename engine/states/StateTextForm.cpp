@@ -26,7 +26,7 @@ constexpr const char* kLayerFlagNames[] = {"solo",      "view",        "render",
 constexpr const char* kModes[] = {"on", "off", "undefined"};
 static_assert(host::MODE_ON == 0 && host::MODE_OFF == 1 && host::MODE_UNDEF == 2);
 // As deep as a text may nest values: more than a plug-in's data does.
-constexpr int kDeepest = 64;
+constexpr int kDeepestValue = 64;
 
 [[noreturn]] void Refuse(const std::string& what) { throw UnreadableText(what); }
 
@@ -108,7 +108,7 @@ const Json& ListOf(const Json& json, std::size_t count, const char* what) {
 GeData FromObject(const Json& json, const TextToLink& link, int depth);
 
 GeData FromJson(const Json& json, const TextToLink& link, int depth) {
-  if (depth > kDeepest) Refuse("values lie too deep in one another");
+  if (depth > kDeepestValue) Refuse("values lie too deep in one another");
   if (json.is_null()) return {};
   if (json.is_number_integer()) return NumberFromJson(json);
   if (json.is_number_float()) return json.get<double>();

@@ -10,7 +10,7 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kMostMembers = 10'000;  // of an object; what is stored has some hundred
-constexpr std::size_t kDeepest = 200;
+constexpr std::size_t kDeepestText = 200;
 
 // Behind the library's own mark: "[json.exception.parse_error.101] parse error at line 3, ..."
 std::string WithoutMark(const std::string& message) {
@@ -71,7 +71,7 @@ class TextGathering : public nlohmann::json_sax<Json> {
     return true;
   }
   bool Open(Json value) {
-    if (open_.size() == kDeepest) throw UnreadableText("it is nested too deeply");
+    if (open_.size() == kDeepestText) throw UnreadableText("it is nested too deeply");
     open_.push_back(&Place(std::move(value)));
     return true;
   }

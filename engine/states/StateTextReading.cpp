@@ -8,6 +8,7 @@
 #include "engine/states/RecordList.h"
 #include "engine/states/StateText.h"
 #include "engine/states/StateTextForm.h"
+#include "engine/states/StoredStates.h"
 
 namespace engine {
 
@@ -177,12 +178,6 @@ void Exchange(host::RenderData& settings, Effect* first, const std::vector<Effec
   }
 }
 
-// Deleting leaves an empty container under an ID.
-bool Holds(const BaseContainer& store, LONG id) {
-  const BaseContainer* one = store.GetContainerInstance(id);
-  return one && one->GetCount() > 0;
-}
-
 class TakingIn {
  public:
   TakingIn(BaseDocument& doc, const StateTextContents& text, const TakeInOptions& options)
@@ -316,7 +311,7 @@ class TakingIn {
   // The first one that is free, as recording chooses it.
   LONG FreeId() const {
     LONG id = lastFree_;
-    while (Holds(entries_, id) || Holds(records_, id)) ++id;
+    while (StoredUnder(&entries_, id) || StoredUnder(&records_, id)) ++id;
     return lastFree_ = id;
   }
 

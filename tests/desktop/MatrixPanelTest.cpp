@@ -122,10 +122,9 @@ TEST(MatrixPanel, ACellChoosesObjectAndState) {
   WithMatrix desk;
   const host::BaseDocument& doc = *host::GetActiveDocument();
   using Objects = std::vector<host::BaseObject*>;
-  using Names = std::vector<std::string>;
   desk.Click(desk.Cell("Table", 2));
   EXPECT_EQ(engine::SelectedObjects(doc), Objects{&desk.Object("Table")});
-  EXPECT_EQ(desk.Window().States().Chosen(), Names{"B"});
+  EXPECT_EQ(desk.Window().States().Chosen(), std::vector<std::string>{"B"});
   EXPECT_EQ(desk.Table().currentIndex(), desk.Cell("Table", 2));
   // By keys, and the element alone chooses no state.
   QTest::keyClick(&desk.Table(), Qt::Key_Up);
@@ -134,7 +133,7 @@ TEST(MatrixPanel, ACellChoosesObjectAndState) {
   QTest::keyClick(&desk.Table(), Qt::Key_Return);
   Desk::Rest();
   EXPECT_EQ(engine::SelectedObjects(doc), Objects{&desk.Object("Room/Lamp")});
-  EXPECT_EQ(desk.Window().States().Chosen(), Names{"B"});
+  EXPECT_EQ(desk.Window().States().Chosen(), std::vector<std::string>{"B"});
 }
 
 TEST(MatrixPanel, IsCopiedAsText) {
