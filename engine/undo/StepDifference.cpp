@@ -51,6 +51,7 @@ std::vector<std::size_t> UndoHistory::FirstEntries(std::size_t from) const {
   const auto sameNode = [](const auto& a, const auto& b) { return a.first == b.first; };
   entries.erase(std::unique(entries.begin(), entries.end(), sameNode), entries.end());
   std::vector<std::size_t> positions;
+  positions.reserve(entries.size());
   for (const auto& entry : entries) positions.push_back(entry.second);
   std::sort(positions.begin(), positions.end());
   return positions;
