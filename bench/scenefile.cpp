@@ -16,7 +16,6 @@
 
 namespace {
 
-using engine::NodeId;
 using host::BaseContainer;
 using host::BaseDocument;
 using host::BaseObject;

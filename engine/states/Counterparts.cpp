@@ -4,7 +4,6 @@
 
 namespace engine {
 
-using host::BaseDocument;
 using host::BaseList2D;
 
 NodeId Counterparts::Find(NodeId element) {

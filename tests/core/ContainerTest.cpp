@@ -15,7 +15,6 @@ namespace {
 
 using host::BaseContainer;
 using host::BaseTime;
-using host::Filename;
 using host::GeData;
 using host::LONG;
 using host::Real;

@@ -15,7 +15,6 @@
 namespace {
 
 using desk::Desk;
-using desktop::CompareModel;
 
 struct WithCompare : Desk {
   tests::SceneBuilder build{*host::GetActiveDocument()};

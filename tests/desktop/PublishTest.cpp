@@ -12,7 +12,6 @@
 namespace {
 
 using desk::Desk;
-using desktop::PublishKind;
 using desktop::PublishWindow;
 
 namespace fs = std::filesystem;

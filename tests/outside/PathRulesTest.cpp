@@ -8,7 +8,6 @@
 
 namespace {
 
-using engine::Status;
 using tests::ScratchFolder;
 using namespace std::string_literals;
 

@@ -11,7 +11,6 @@
 
 namespace {
 
-using engine::Part;
 using tests::Stage;
 
 struct Fault {

@@ -10,7 +10,6 @@
 namespace {
 
 using host::BaseContainer;
-using host::BaseTag;
 using tests::SceneBuilder;
 
 constexpr host::LONG kStyle = 1011012;
