@@ -43,6 +43,8 @@ TEST_F(SceneFileOnDisk, FilesBesideTheSceneMoveWithIt) {
   host::BaseVideoPost& post = *scene.GetSettings("R")->GetFirstVideoPost();
   post.GetDataInstance()->SetFilename(host::GI_CACHE_FILENAME,
                                       host::Filename((folder_ / "a/illum/own.gi").c_str()));
+  // A plug-in's own, of which nobody knows what it means.
+  scene.GetObject("O")->GetDataInstance()->SetFilename(1, host::Filename(names[0].c_str()));
   const std::string before = engine::DumpDocument(scene.Doc());
   for (const char* folder : {"a", "ab"}) ASSERT_TRUE(services_.files.MakeFolder(folder_ / folder));
   ASSERT_TRUE(engine::SaveSceneFile(services_.Get(), scene.Doc(), folder_ / "a/scene.c4d"));
@@ -60,6 +62,7 @@ TEST_F(SceneFileOnDisk, FilesBesideTheSceneMoveWithIt) {
   EXPECT_EQ(found, (std::vector<std::string>{
                        folder_ / "b/wood.png", folder_ / "b/tex/deep/wood.png", names[2], names[3],
                        names[4], names[5], names[6], names[7], folder_ / "b/below.png"}));
+  EXPECT_EQ(moved->GetFirstObject()->GetData().GetFilename(1).GetString().ToUtf8(), names[0]);
   const host::RenderData* settings = moved->GetFirstRenderData();
   while (!settings->GetFirstVideoPost()) settings = settings->GetNext();
   EXPECT_EQ(settings->GetFirstVideoPost()
