@@ -326,7 +326,7 @@ void Story::RecallAndUndo() {
   }
 }
 
-// What loading the chosen row would change, and the way from there to the scene and back.
+// The changes that loading the chosen row would make, and the way from there to the scene and back.
 void Story::Compare() {
   desk_.Raise("compare");
   auto& panel = desk_.Panel<desktop::ComparePanel>("compare");
@@ -491,6 +491,7 @@ void Story::SaveAsOther() {
   EXPECT_NE(TakeTold().find("Stagemark directory"), std::string::npos);
   EXPECT_TRUE(fs::exists(desk_.Folder() + "/other_SM/Two hidden.tif"));
   EXPECT_TRUE(fs::exists(desk_.Folder() + "/dungeon_SM/Two hidden.tif"));
+  EXPECT_FALSE(fs::exists(desk_.Folder() + "/other_SM/Other ground.tif"));
   EXPECT_EQ(Window().windowTitle(), "other.c4d[*]");
   EXPECT_FALSE(Window().isWindowModified());
 }

@@ -150,7 +150,7 @@ void Autosave::Keep(host::BaseDocument& doc, Kept& state) {
   job.files = folder_.FilesOf(document);
   job.note = NoteOf(doc);
   state.next = std::min(begin + rules_.costs * (now_() - begin), begin + rules_.longestPause);
-  // What is done from here on is not in the copy.
+  // Changes from here on are not in the copy.
   state.first = begin;
   worker_.Start(std::move(job), [this, document, count](const engine::Status& status) {
     Done(document, count, status);

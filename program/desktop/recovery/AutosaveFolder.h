@@ -34,7 +34,7 @@ class AutosaveFolder {
 
   // Makes the folder and holds it, unless that is done already.
   engine::Status Prepare();
-  // Of a document by its number; after Prepare.
+  // Files of a document by its number; after Prepare.
   AutosaveFiles FilesOf(host::ULLONG document) const;
   // Takes over files that another desktop left.
   engine::Status Adopt(const AutosaveFiles& files, host::ULLONG document);

@@ -54,7 +54,7 @@ bool GiveBackOne(engine::FileSystem& files, const std::string& kept, const std::
 
 }  // namespace
 
-bool GiveBackPreviews(engine::FileSystem& files, const std::string& kept) {
+bool GiveBackPreviews(engine::FileSystem& files, const std::string& kept, GivenBack which) {
   if (files.Kind(kept) != FileKind::Folder) return true;
   const auto text = files.ReadFile(kept + kNote, kLongestPlaceNote);
   const QJsonObject note =
@@ -66,8 +66,8 @@ bool GiveBackPreviews(engine::FileSystem& files, const std::string& kept) {
   bool isDone = true;
   if (files.Kind(scene) == FileKind::File) {
     files.FollowScene(scene);
-    const bool isSame =
-        note.value("stamp").toString().toStdString() == StampText(files.Stamp(scene));
+    const bool isSame = which == GivenBack::All && note.value("stamp").toString().toStdString() ==
+                                                       StampText(files.Stamp(scene));
     for (const std::string& name : names.Value()) {
       if (!IsPreview(name)) continue;
       isDone = GiveBackOne(files, kept + "/" + name, side + "/" + name, isSame) && isDone;
@@ -117,7 +117,7 @@ void SavedPreviews::BeforeChange(engine::Operation operation, const std::string&
     if (IsPreview(name)) Keep(*doc, path + "/" + name);
 }
 
-// What is no plain file no command changes. What a link leads to is not ours to copy.
+// Commands change plain files only. The target of a link is not ours to copy.
 void SavedPreviews::Keep(const host::BaseDocument& doc, const std::string& preview) {
   const FileKind kind = own_.Kind(preview);
   if (kind != FileKind::File && kind != FileKind::Missing) return;
@@ -158,17 +158,21 @@ void SavedPreviews::Follow(const std::vector<host::BaseDocument*>& open) {
       ++at;
       continue;
     }
-    // Saved under another name it has a new place, and the scene in the old one is as it was.
-    isThere ? (void)own_.RemoveFolder(folder_.FilesOf(at->first).previews) : GiveBack(at->first);
+    if (isThere) {
+      (void)own_.RemoveFolder(folder_.FilesOf(at->first).previews);
+    } else {
+      // Saved under another name, its new previews may be in the old place only.
+      GiveBack(at->first, found == open.end() ? GivenBack::All : GivenBack::Missing);
+    }
     at = scenes_.erase(at);
   }
 }
 
-void SavedPreviews::GiveBack(host::ULLONG document) {
+void SavedPreviews::GiveBack(host::ULLONG document, GivenBack which) {
   const QScopedValueRollback<bool> working(isWorking_, true);
   engine::FileSystem& files = application_.GetServices().files;
   const std::size_t mark = application_.GetServices().ledger.Mark();
-  if (GiveBackPreviews(files, folder_.FilesOf(document).previews) || !failed) return;
+  if (GiveBackPreviews(files, folder_.FilesOf(document).previews, which) || !failed) return;
   const auto failures = application_.GetServices().ledger.FailuresSince(mark);
   failed("Not all previews are again as they were saved. " +
          (failures.empty() ? "" : failures.front().message));
@@ -181,7 +185,7 @@ void SavedPreviews::Adopt(const host::BaseDocument& doc) {
 
 void SavedPreviews::End() {
   Follow(application_.Documents());
-  for (const auto& [document, scene] : scenes_) GiveBack(document);
+  for (const auto& [document, scene] : scenes_) GiveBack(document, GivenBack::All);
   scenes_.clear();
 }
 

@@ -15,14 +15,17 @@
 
 namespace desktop {
 
+enum class GivenBack { All, Missing };  // Missing: nothing is replaced or removed
+
 // Gives back what is in such a folder of AutosaveFiles, and removes it. Where the scene was saved
 // by somebody else meanwhile, only what is missing comes back. What fails is in the ledger of
 // `files`; the folder stays then, and the answer is false.
-bool GiveBackPreviews(engine::FileSystem& files, const std::string& kept);
+bool GiveBackPreviews(engine::FileSystem& files, const std::string& kept,
+                      GivenBack which = GivenBack::All);
 
 class SavedPreviews {
  public:
-  // From now on it hears of every change of a file. The `folder` is prepared when it is needed.
+  // Listens to all changes of files from now on. The `folder` is prepared when it is needed.
   SavedPreviews(const engine::Application& application, AutosaveFolder& folder);
   SavedPreviews(const SavedPreviews&) = delete;
   SavedPreviews& operator=(const SavedPreviews&) = delete;
@@ -44,7 +47,7 @@ class SavedPreviews {
   const host::BaseDocument* OwnerOf(const std::string& path) const;
   void Keep(const host::BaseDocument& doc, const std::string& preview);
   engine::Status Begin(const host::BaseDocument& doc);
-  void GiveBack(host::ULLONG document);
+  void GiveBack(host::ULLONG document, GivenBack which);
 
   const engine::Application& application_;
   AutosaveFolder& folder_;
