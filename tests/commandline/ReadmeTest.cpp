@@ -99,6 +99,9 @@ TEST_F(Readme, ScriptsRun) {
   Notetakers(folder_ / "build/threads/bin", {"test_threads"});
   Notetakers(folder_ / "build/fuzz/bin", {"SceneFileFuzz", "ImageFuzz", "StoreFuzz",
                                           "StateTextFuzz", "PreferencesFuzz", "FramesFuzz"});
+  fs::create_directories(folder_ / "build/UnifiedSource");
+  std::ofstream(folder_ / "build/UnifiedSource/compile_commands.json")
+      << "  \"file\": \"" << folder_.Path() << "/engine/some.cpp\"\n";
   std::vector<std::string> commands = Commands("./");
   EXPECT_EQ(commands.size(), 10U);
   for (const std::string& line : commands) {
@@ -114,7 +117,8 @@ TEST_F(Readme, ScriptsRun) {
                            "-DSTAGEMARKS_SANITIZE=address,undefined", "ctest --test-dir build/asan",
                            "-DCMAKE_CXX_COMPILER=clang++", "StoreFuzz -seed=1 -runs=",
                            "FramesFuzz -seed=1 -runs=", "-DSTAGEMARKS_SANITIZE=thread",
-                           "git ls-files", "stagemarks-desktop desktop/sample/teapot.c4d\n"}) {
+                           "git ls-files", "UnifiedSource --checks=-bugprone-suspicious-include",
+                           "stagemarks-desktop desktop/sample/teapot.c4d\n"}) {
     EXPECT_NE(said.find(call), std::string::npos) << call << "\n" << said;
   }
 }
