@@ -3,7 +3,6 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <QThread>
 #include <csignal>
 #include <stdexcept>
 
@@ -12,7 +11,6 @@ namespace story {
 namespace {
 
 constexpr int kMillisecondsToStart = 30000;
-constexpr int kMostTries = 100;
 
 // However this program ends, what it started ends with it.
 void EndWithParent(pid_t parent) {
@@ -28,6 +26,15 @@ void Start(QProcess& program, const QString& name, const QStringList& arguments)
     throw std::runtime_error("cannot start " + name.toStdString());
 }
 
+// The next line that it prints, without its end.
+QByteArray LineOf(QProcess& program) {
+  while (!program.canReadLine()) {
+    if (!program.waitForReadyRead(kMillisecondsToStart))
+      throw std::runtime_error(program.program().toStdString() + " does not start");
+  }
+  return program.readLine().trimmed();
+}
+
 void End(QProcess& program) {
   program.terminate();
   if (!program.waitForFinished(5000)) program.kill();
@@ -38,18 +45,11 @@ void End(QProcess& program) {
 
 Screen::Screen() {
   Start(server_, "Xvfb", {"-displayfd", "1", "-screen", "0", "1600x1000x24", "-nolisten", "tcp"});
-  while (!server_.canReadLine()) {
-    if (!server_.waitForReadyRead(kMillisecondsToStart))
-      throw std::runtime_error("the X server does not start");
-  }
-  qputenv("DISPLAY", ":" + server_.readLine().trimmed());
+  qputenv("DISPLAY", ":" + LineOf(server_));
   qputenv("QT_QPA_PLATFORM", "xcb");
-  Start(windowManager_, "openbox", {"--sm-disable"});
-  // It answers this question once it is ready.
-  for (int tries = 0; QProcess::execute("xdotool", {"get_num_desktops"}) != 0; ++tries) {
-    if (tries == kMostTries) throw std::runtime_error("the window manager does not start");
-    QThread::msleep(100);
-  }
+  // The command runs once the window manager is ready.
+  Start(windowManager_, "openbox", {"--sm-disable", "--startup", "echo ready"});
+  LineOf(windowManager_);
 }
 
 Screen::~Screen() {
