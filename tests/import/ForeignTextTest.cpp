@@ -94,5 +94,21 @@ TEST_F(ForeignText, NumbersOfColladaMayStandBehindBlanks) {
   }
 }
 
+TEST_F(ForeignText, LightsOfColladaAreShownInPlainNumbers) {
+  struct Case {
+    std::string color;
+    double brightness;
+  };
+  const std::string text(kCollada.begin(), kCollada.end());
+  const std::string color = "1 0.5 0.25";
+  for (const Case& light : std::vector<Case>{
+           {"1 0.5 0.25", 1}, {"0.08 0.04 0.02", 0.08}, {"3 1.5 0.75", 3}, {"800 400 200", 1}}) {
+    Import("s.dae", std::string(text).replace(text.find(color), color.size(), light.color));
+    const host::BaseContainer& data = *Only("The id")->GetDataInstance();
+    EXPECT_NEAR(data.GetReal(host::LIGHT_BRIGHTNESS), light.brightness, 1e-6) << light.color;
+    EXPECT_NEAR(data.GetVector(host::LIGHT_COLOR).z, 0.25, 1e-6) << light.color;
+  }
+}
+
 }  // namespace
 }  // namespace tests
