@@ -28,7 +28,7 @@ struct KeptRay {
   float far;  // as it was before it was traced
 };
 
-// What passed through.
+// Rays kept while `keeps` is set, and the time spent on building scenes.
 struct Tracing {
   bool keeps = false;
   std::vector<KeptRay> rays;

@@ -24,7 +24,7 @@ using tests::PluginSession;
 namespace plain = tests::plain;
 namespace sm = stagemarks;
 
-// Of this process's work, so that other programs on the machine count little.
+// Processor time of this process, so that other programs on the machine count little.
 double WorkMilliseconds(const std::function<void()>& work) {
   const std::clock_t begin = std::clock();
   work();

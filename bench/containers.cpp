@@ -1,5 +1,5 @@
-// What containers cost per entry at a million records, beside plain vectors of structures and
-// shared pointers.
+// Cost of containers per entry at a million records, beside plain vectors of structures and shared
+// pointers.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -94,7 +94,7 @@ void BuildAgainUnchanged(benchmark::State& state) {
   CountRecords(state);
 }
 
-// The same beside an earlier recording that shares it: every record changes.
+// Builds the store again where every record changes and an earlier recording shares it.
 void BuildAgainChanged(benchmark::State& state) {
   const BaseContainer kept = Store();
   for (auto _ : state) {

@@ -145,7 +145,7 @@ double SelectAllInPlainList(LONG rows) {
   });
 }
 
-// What each act takes without a window.
+// Time of each act without a window, by its name.
 using Seconds = std::map<std::string, double>;
 
 // The names and places of all that is selected, as attributes show them.

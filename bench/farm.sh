@@ -1,10 +1,12 @@
 #!/bin/sh
-# What the farm costs beside a plain loop: the same pictures as tasks of Slurm on one core and by one `render` on another core, at the
-# same time, so that whatever else the machine does counts for both.
+# Cost of the farm beside a plain loop: the same pictures as tasks of Slurm on one core and by one
+# `render` on another core, at the same time, so that whatever else the machine does counts for
+# both.
 #   SLURM_CONF=... [LONG=1] bench/farm.sh PROGRAM SCENE SIZE NODE
-# SCENE has Stagemarks; NODE is a node of one core on this machine, whose daemon and its children are bound to core 0 here. Prints a
-# table: pictures, in how many tasks, seconds of both, their ratio. With LONG two more rows, of 200 pictures for each Stagemark: of five
-# that is the most tasks that a job has.
+# SCENE has Stagemarks; NODE is a node of one core on this machine, whose daemon and its children
+# are bound to core 0 here. Prints a table: pictures, in how many tasks, seconds of both, their
+# ratio. With LONG two more rows, of 200 pictures for each Stagemark: with five Stagemarks that is
+# the most tasks that a job has.
 set -eu
 program=$1 scene=$2 size=$3 node=$4
 states=$("$program" list "$scene" --names | wc -l)

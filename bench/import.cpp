@@ -1,7 +1,8 @@
-// What does it cost to open a scene of another format? 20,000 objects, each with a mesh of its own
-// or two hundred of one, beside the importing library, which reads the same file in a child, too,
-// and makes nothing of it. Processor time of all processes: the child that reads, its walls, the
-// way of the scene to this process and reading it here. Wanted: at most 1.3 times the library's.
+// Cost of opening a scene of another format: 20,000 objects, each with a mesh of its own or two
+// hundred of one, beside the importing library, which reads the same file in a child, too, and
+// makes nothing of it. Processor time of all processes: the child that reads, its confinement, the
+// transfer of the scene to this process and reading it here. Wanted: at most 1.3 times the
+// library's.
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 #include <sys/resource.h>

@@ -1,6 +1,6 @@
-// What does the shell wait for when it completes a name? `list --names`, `objects list --names` and the
-// whole `list` beside a program that only says its version, for scenes of growing size with ten
-// Stagemarks that hold every object: the first must not grow.
+// Delay of the shell when it completes a name: `list --names`, `objects list --names` and the whole
+// `list` beside a program that only says its version, for scenes of growing size with ten
+// Stagemarks that hold every object. The time of the first must not grow.
 #include <malloc.h>
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -26,7 +26,7 @@ using host::LONG;
 constexpr const char* kProgram = TEST_BINARY_DIR "/bin/stagemarks";
 constexpr LONG kStates = 10;
 
-// Of the children that have ended: what they computed, whoever else computes meanwhile.
+// Processor time of the children that have ended; other programs do not count.
 double ChildSeconds() {
   rusage usage{};
   getrusage(RUSAGE_CHILDREN, &usage);

@@ -1,6 +1,6 @@
-// What does a preview cost beside the ray tracer alone (KeptRays.h)? One thread, time of the
-// processor, pictures of 160 x 120. A preview traces rays together and the baseline does not, so
-// that a share may be more than a hundred.
+// Cost of a preview beside the ray tracer alone (KeptRays.h). One thread, processor time, pictures
+// of 160 x 120. A preview traces rays together and the baseline does not, so that a share may be
+// more than a hundred.
 #include <algorithm>
 #include <array>
 #include <cmath>

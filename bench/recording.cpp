@@ -1,6 +1,6 @@
-// What does it cost to record and to recall a big scene, through the loaded plug-in as the dialog
-// drives it? Beside it stands what the same work costs at least: the switches of every object
-// copied into plain arrays, and written back after a hash look-up of each object.
+// Cost of recording and recalling a big scene, through the loaded plug-in as the dialog drives it.
+// Beside it stands the least that the same work can cost: the switches of every object copied into
+// plain arrays, and written back after a hash look-up of each object.
 #include <malloc.h>
 
 #include <algorithm>
@@ -173,7 +173,8 @@ void MeasureAgain(Stage& stage, LONG objects) {
        (MemoryInUse() - before) / objects / kRuns);
 }
 
-// What recording, recalling and undoing cost per object, beside the plain copy and its way back.
+// Time and memory per object of recording, recalling and undoing, beside the plain copy and its
+// way back.
 void MeasureStates(Stage& stage, LONG objects, double copy, double back) {
   const auto measure = [&](const char* what, double baseline, const std::function<void()>& work) {
     const double before = MemoryInUse();

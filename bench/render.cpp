@@ -1,4 +1,4 @@
-// What does a picture cost beside the bare search for what its rays hit? Spheres of a mesh of their
+// Cost of a picture beside the bare search for the hits of its rays: spheres with a mesh of their
 // own each, then the same number of instances of one mesh; prepared for the first time, prepared
 // again after a switch, and rendered on one thread. The baseline is the very rays of the picture,
 // traced once more with nothing around them (KeptRays.h).

@@ -1,7 +1,6 @@
-// What does it cost to save and to open a big scene, and how long is the file? A million null
-// objects and ten states of a record per object, equal or not, shared or not. Beside it stands the
-// least that would do: the same numbers as plain structs, copied and written to a file, read and
-// copied back.
+// Cost of saving and opening a big scene, and the length of the file: a million null objects and
+// ten states of a record per object, equal or not, shared or not. Beside it stands the least that
+// would do: the same numbers as plain structs, copied and written to a file, read and copied back.
 #include <malloc.h>
 
 #include <cstdio>
@@ -23,7 +22,7 @@ using host::LONG;
 
 constexpr LONG kStates = 10;
 
-// Of the processor: what other programs do meanwhile counts nowhere.
+// Processor time of the work; other programs do not count.
 template <class Work>
 double Seconds(const Work& work) {
   const std::clock_t begin = std::clock();
@@ -90,7 +89,7 @@ void WriteTo(std::FILE* file, const void* bytes, std::size_t size) {
   if (std::fwrite(bytes, 1, size, file) != size || std::fflush(file) != 0) std::abort();
 }
 
-// What the scene is at least: 48 bytes an object, 24 a record.
+// Saves and opens a block of the scene's least size: 48 bytes an object, 24 a record.
 void Plain(LONG objects, States states) {
   const std::size_t size =
       static_cast<std::size_t>(objects) * (48 + (states == States::None ? 0 : 24 * kStates));

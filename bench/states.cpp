@@ -1,6 +1,6 @@
-// What does it cost to know before one acts? Comparing two Stagemarks of a big scene beside a walk
-// over the pointers of both lists; the dry run of a load beside the load; the check of many
-// Stagemarks beside reading each of their records once; and the memory that all this takes.
+// Cost of knowing before one acts: comparing two Stagemarks of a big scene beside a walk over the
+// pointers of both lists; the dry run of a load beside the load; the check of many Stagemarks
+// beside reading each of their records once; and the memory that all this takes.
 #include <malloc.h>
 #include <sys/resource.h>
 
@@ -166,7 +166,8 @@ double LongestStep(Stepwise& work) {
   return longest;
 }
 
-// What a panel compares while a person works, where every object differs.
+// Longest step of the comparisons that a panel makes while a person works, where every object
+// differs.
 void Steps(Stage& stage, const StoredState& a) {
   stage.Change(0, 1);
   const StoredState other = stage.Record("D");
@@ -235,7 +236,7 @@ double SecondsOfChild(const std::string& program, const std::vector<std::string>
   return least;
 }
 
-// What `stagemarks load` has to do at least: read the file, the plug-in's load, write the file.
+// The least that `stagemarks load` has to do: read the file, the plug-in's load, write the file.
 int Parts(const std::string& from, const std::string& to) {
   Stage stage(0);
   stage.Open(from);

@@ -1,6 +1,6 @@
-// What does it cost to bring a scene up to a newer model? An update that finds nothing new and one in
-// which every object has moved, beside a copy of the document, for scenes that are wide, deep or of
-// one name only, at two sizes: the ratio must not grow with the size.
+// Cost of bringing a scene up to a newer model: an update that finds nothing new and one in which
+// every object has moved, beside a copy of the document, for scenes that are wide, deep or of one
+// name only, at two sizes. The ratio must not grow with the size.
 #include <algorithm>
 #include <cstdio>
 #include <ctime>

@@ -57,8 +57,8 @@ target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-r
 if(STAGEMARKS_WERROR)
   target_compile_options(project_options INTERFACE -Werror)
 endif()
-# What makes an error in the code hard to use for more than a crash; tests/architecture reads the binaries. Sanitizers bring
-# checks of their own.
+# Hardening: an error in the code is hard to use for more than a crash. tests/architecture looks for
+# it in the binaries. Sanitizers bring checks of their own.
 include(CheckCXXCompilerFlag)
 foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
   string(MAKE_C_IDENTIFIER "HAS${flag}" known)

@@ -1,7 +1,7 @@
 # Builds with the address and undefined-behavior sanitizers, and fuzzing in one. Sourced by ./test and tests/reliability/soak, after
 # packages.sh.
 fuzz_folder=build/fuzz
-# In front of a program: it finds its memory in the same places each time, where the system lets it.
+# Prefix of a command: its memory is at the same addresses each time, where the system allows it.
 same_places=""
 ! setarch -R true 2>/dev/null || same_places="setarch -R"
 fuzz_targets="SceneFileFuzz ImageFuzz StoreFuzz StateTextFuzz PreferencesFuzz FramesFuzz"

@@ -93,7 +93,7 @@ class BaseContainer {
   // owned.
   void SetLink(LONG id, const BaseList2D* target);
   BaseList2D* GetLink(LONG id, const BaseDocument* doc) const;
-  // The same, and null unless the target is an object or a material.
+  // As GetLink, but null unless the target is an object or a material, respectively.
   BaseObject* GetObjectLink(LONG id, const BaseDocument* doc) const;
   BaseMaterial* GetMaterialLink(LONG id, const BaseDocument* doc) const;
 

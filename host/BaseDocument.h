@@ -74,7 +74,7 @@ class BaseDocument : public BaseList2D {
   void InsertLayer(LayerObject* layer, LayerObject* parent = nullptr, LayerObject* pred = nullptr);
   // Changes nothing about which settings are active.
   void InsertRenderData(RenderData* settings, RenderData* parent, RenderData* pred);
-  // The same at the end of the list in question. O(1).
+  // As the Insert functions, at the end of the list in question. O(1).
   void AppendObject(BaseObject* op, BaseObject* parent = nullptr);
   void AppendMaterial(BaseMaterial* material);
   void AppendLayer(LayerObject* layer, LayerObject* parent = nullptr);

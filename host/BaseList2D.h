@@ -19,8 +19,8 @@ class BaseList2D : public GeListNode {
  public:
   String GetName() const { return name_; }
   void SetName(const String& name);
-  // What the host calls this kind of element: "Bitmap", "Camera", ...; for a type the host does not
-  // know, "Unknown".
+  // The host's name for this kind of element: "Bitmap", "Camera", ...; "Unknown" for a type the
+  // host does not know.
   String GetTypeName() const;
 
   // A copy of the parameters; the live ones in place (owned by this element); replacing or, with

@@ -61,7 +61,7 @@ class C4DAtom {
   UCHAR modes_[3] = {2, 2, 1};
 };
 
-// What a link can point to.
+// Base class of all that a link can point to.
 class C4DAtomGoal : public C4DAtom {
  protected:
   using C4DAtom::C4DAtom;

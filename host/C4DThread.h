@@ -14,7 +14,7 @@ namespace host {
 
 class BaseDocument;
 
-// What a long operation asks whether it shall stop. Owned by its C4DThread.
+// Handle that a long operation polls to learn whether it shall stop. Owned by its C4DThread.
 class BaseThread {
  public:
   // True once the thread was asked to end or the C4DThread's own test says so.
@@ -45,7 +45,7 @@ class C4DThread {
   void Wait(Bool checkEvents);
   Bool IsRunning() const;
   Bool TestBreak();
-  // What to hand to long operations; owned by this.
+  // The handle to pass to long operations; owned by this.
   BaseThread* Get() const;
 
  private:

@@ -19,12 +19,12 @@ class Filename {
   String GetString() const { return path_; }
   void SetString(const String& path) { path_ = path; }
 
-  // What follows the last separator, as a file name or as text; all of it where there is no
+  // The part after the last separator, as a file name or as text; the whole path where there is no
   // separator.
   Filename GetFile() const;
   String GetFileString() const;
   void SetFile(const Filename& file);
-  // What precedes the last separator; empty where there is none. The root keeps its separator.
+  // The part before the last separator; empty where there is none. The root keeps its separator.
   Filename GetDirectory() const;
   void SetDirectory(const Filename& directory);
 

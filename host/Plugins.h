@@ -1,5 +1,5 @@
-// What a plug-in derives from and registers, and the entry points that its library exports. The
-// host owns registered command objects and hooks. Main thread.
+// The classes that a plug-in derives from, their registration, and the entry points that its
+// library exports. The host owns registered command objects and hooks. Main thread.
 #pragma once
 
 #include "host/BaseBitmap.h"

@@ -1,4 +1,4 @@
-// What the tests of the desktop read.
+// Precompiled headers of the desktop's tests.
 #pragma once
 #include <QtTest/QTest>
 

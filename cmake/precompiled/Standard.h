@@ -1,4 +1,4 @@
-// What most files of the engine and the plug-in read of the standard library.
+// Standard library headers that most files of the engine and the plug-in include, precompiled.
 #pragma once
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-// What the tests read.
+// Precompiled headers of the tests.
 #pragma once
 #include <gtest/gtest.h>
 

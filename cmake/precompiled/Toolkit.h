@@ -1,4 +1,4 @@
-// What many of the desktop's files read of the toolkit.
+// Toolkit headers that many of the desktop's files include, precompiled.
 #pragma once
 #include <QAbstractItemModel>
 #include <QApplication>

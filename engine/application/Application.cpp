@@ -96,7 +96,7 @@ bool Application::Redo() {
 
 void Application::DeliverEvents() {
   if (body_->commandDepth > 0 || InsideDialogCall()) return;
-  // What is posted while the dialogs hear of this waits for the next round.
+  // Events posted while the dialogs hear of this wait for the next round.
   if (body_->eventPosted.exchange(false))
     SendCoreMessage(host::EVMSG_CHANGE, host::BaseContainer());
 }

@@ -110,12 +110,12 @@ class Application {
                         const SaveChoices& choices = {});
   // Same with the document's own path; fails for one never saved.
   Status SaveDocument(host::BaseDocument& doc, const SaveChoices& choices = {});
-  // What has become of the file since the document was read from it or last saved to it; AsRead for
-  // a document that is of no scene file. Cheap: see LookAtFile.
+  // Whether the document's file was changed or removed since the document was read from it or last
+  // saved to it; AsRead for a document that is of no scene file. Cheap: see LookAtFile.
   FileNow LookAtFileOf(const host::BaseDocument& doc);
   // From now on the file as it is now is the one that saving replaces, whoever changed it.
   void AcceptFileOf(const host::BaseDocument& doc);
-  // --- The version of a scene file that its last saving as the host's replaced, one for each.
+  // --- Former versions: the file that the last Save or Save As replaced, one for each scene.
   FormerPlace PlaceOfFormerVersions() const;
   Status SetPlaceOfFormerVersions(FormerPlace place);
   // The file that it is kept in; empty where there is none.

@@ -26,7 +26,7 @@ class DocumentList {
   // Ends the scene hooks of a document and destroys it; the next one (else the one before, else
   // none) becomes active when it was. False, changing nothing, for one that is not in the list.
   bool Kill(host::BaseDocument* doc);
-  // The same without destroying it: the caller owns it then.
+  // As Kill, but does not destroy the document: the caller owns it then.
   bool Release(host::BaseDocument* doc);
   void KillAll();
 

@@ -22,7 +22,7 @@ class FormerVersions {
   std::string PlaceFor(const std::string& path);
   // The file that the version before the one at `path` is kept in; empty where there is none.
   std::string Find(const std::string& path);
-  // Of more scenes than are kept, those go that were saved longest ago.
+  // Removes the versions of the scenes saved longest ago where there are more than are kept.
   void RemoveOldest();
 
  private:

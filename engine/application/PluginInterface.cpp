@@ -1,6 +1,6 @@
-// What a plug-in derives from, the registrations, and what depends on which plug-in calls: its
-// folder, its resources, its pictures. The last find out by the address they return to, so they
-// must stay functions of their own that a plug-in really calls.
+// Base classes of plug-ins, their registration, and the functions that depend on which plug-in
+// calls: for its folder, its resources, its pictures. These find the plug-in by the address they
+// return to, so they must stay functions of their own that a plug-in really calls.
 #include "engine/application/ApplicationBody.h"
 #include "engine/application/ProgramPlaces.h"
 #include "host/BaseBitmap.h"

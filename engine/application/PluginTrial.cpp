@@ -21,7 +21,8 @@ namespace {
 constexpr int kLongestTrial = 20000;  // milliseconds
 constexpr int kCameToItsEnd = 0;
 
-// What a crash would leave behind, and what others would see of it.
+// Called in the child: a crash leaves no core file, prints nothing and runs no signal handler; the
+// child ends with its parent.
 void KeepQuiet() {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   sigset_t none;

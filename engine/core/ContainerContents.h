@@ -1,6 +1,6 @@
-// ContainerContents: what the engine, not the plug-in, may see of values and containers: link identities, walking
-// entries without copying them, and whether two containers share one body. Any thread that owns the
-// container.
+// ContainerContents: what the engine, not the plug-in, may see of values and containers: link
+// identities, walking entries without copying them, and whether two containers share one body. Any
+// thread that owns the container.
 #pragma once
 
 #include <functional>

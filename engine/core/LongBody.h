@@ -27,9 +27,9 @@ struct RecordLink {
   bool operator==(const RecordLink&) const = default;
 };
 
-// Between which targets the records of a chunk lie. Known while every entry is a record, the last
-// link of each stands under the same key, and each target is greater than the one before; so no two
-// are the same. Removing leaves the range wider than it need be.
+// The range of the records' targets in a chunk. Known while every entry is a record, the last link
+// of each stands under the same key, and each target is greater than the one before; so no two are
+// the same. Removing leaves the range wider than it need be.
 struct LinkRange {
   std::uint64_t least = 1;
   std::uint64_t greatest = 0;

@@ -79,7 +79,7 @@ struct Gadget {
 
   // Custom gadgets.
   host::BaseContainer settings;
-  host::Filename image;  // what a bitmap button shows, empty for nothing
+  host::Filename image;  // of a bitmap button, empty for none
 };
 
 struct MenuEntry {
@@ -107,7 +107,7 @@ void RemoveDialogObserver(DialogObserver& observer);
 
 // Dialogs that are open now, in the order of opening.
 std::vector<host::GeDialog*> OpenDialogs();
-// What Open was called with last: 0 before.
+// The plug-in ID of the last Open, 0 before the first.
 host::LONG DialogPluginId(const host::GeDialog& dialog);
 host::String DialogTitle(const host::GeDialog& dialog);
 // The root group; its children are what CreateLayout added. The menu bar: one entry per sub-menu.

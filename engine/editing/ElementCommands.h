@@ -1,6 +1,6 @@
-// What a person does to elements that were named instead of selected, whatever class they are of:
-// renaming and removing them, adding objects, and putting objects where they shall stand. Each is
-// one undo step where it changes anything, and posts the change. Main thread.
+// Commands on elements that are named instead of selected, of any class: renaming and removing
+// them, adding objects, and placing objects. Each is one undo step where it changes anything, and
+// posts the change. Main thread.
 #pragma once
 
 #include <optional>
@@ -39,7 +39,7 @@ struct Placement {
 // The frame with that placement; facing keeps its scale.
 host::Matrix Placed(const host::Matrix& frame, const Placement& placement);
 
-// Those that stand there already are no steps. Fails, with the reason for a person, for an
+// Objects that stand there already are no steps. Fails, with the reason for a person, for an
 // object in a frame that is flat in a direction: no place in it can be named.
 Result<StepwiseEdit> PlaceObjects(host::BaseDocument& doc,
                                   const std::vector<host::BaseObject*>& objects,

@@ -79,7 +79,7 @@ struct FieldSection {
 
 // In the order of showing.
 std::span<const FieldSection> FieldSections();
-// What a post effect or a pass shows: whether it is in use.
+// The field that is shown for a post effect or a pass: whether it is in use.
 const Field& InUseField();
 // The document's scene camera, which is shown with render settings, too.
 const Field& SceneCameraField();

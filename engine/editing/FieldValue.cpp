@@ -133,7 +133,7 @@ host::Bool& SwitchOf(host::LayerData& data, LONG id) {
   return data.*(kLayerSwitchTable.at(static_cast<std::size_t>(kFieldLayerFlags - id)).flag);
 }
 
-// What an element of that type starts with.
+// The initial value of the field in an element of that type.
 GeData Preset(LONG type, const Field& field) {
   const host::BaseContainer data = DefaultData(type);
   if (data.FindIndex(field.id) != host::NOTOK) return data.GetData(field.id);

@@ -12,14 +12,14 @@
 
 namespace engine {
 
-// What many elements have in common in one field.
+// The common value of many elements in one field.
 struct FieldValue {
   host::GeData value;  // of the first element
   // Whether the elements differ, for each of the parts of the value.
   std::array<bool, 3> mixed{};
 };
 
-// What is to become of a field: a value, and which of its parts are meant.
+// A change of a field: the new value, and which of its parts are set.
 struct FieldEdit {
   host::GeData value;
   std::array<bool, 3> parts{true, true, true};
@@ -29,8 +29,8 @@ struct FieldEdit {
 
 // A parameter that the element does not hold reads as what its type starts with.
 host::GeData ReadField(const host::BaseList2D& element, const Field& field);
-// What elements have in common in one field, found by looking at one after the other. They outlive
-// it.
+// Finds the common value of elements in one field, looking at one after the other. The elements
+// must outlive it.
 class CommonValue {
  public:
   CommonValue(const Field& field, const host::BaseList2D& first);

@@ -1,7 +1,7 @@
-// What a person does to layers: making, deleting, switching them and putting objects on them. Each
-// is one undo step and posts the change, but for those that say that they are a part of the open
-// undo group. Layers that are not of the document are left alone. What they make belongs to the
-// document. Main thread.
+// Commands on layers: making, deleting, switching them and putting objects on them. Each is one
+// undo step and posts the change, but for those that say that they are a part of the open undo
+// group. Layers that are not of the document are left alone. New elements belong to the document.
+// Main thread.
 #pragma once
 
 #include <array>

@@ -1,6 +1,6 @@
-// What a person does to materials: making, deleting and giving them to objects. Each is one undo
-// step and posts the change, but for those that say that they are a part of the open undo group.
-// What they make belongs to the document. Main thread.
+// Commands on materials: making, deleting and giving them to objects. Each is one undo step and
+// posts the change, but for those that say that they are a part of the open undo group. New
+// elements belong to the document. Main thread.
 #pragma once
 
 #include <string>
@@ -19,7 +19,7 @@ host::BaseMaterial* MakeMaterial(host::BaseDocument& doc, const std::string& nam
                                  const host::Vector& color);
 // A copy behind each, with its shaders and a name of its own; the copies become the selected ones.
 void DuplicateMaterials(host::BaseDocument& doc, const MaterialList& materials);
-// Texture tags that have them show nothing then, and get them back with undo.
+// Texture tags with deleted materials show nothing, and get the materials back with undo.
 void DeleteMaterials(host::BaseDocument& doc, const MaterialList& materials);
 void RenameMaterial(host::BaseDocument& doc, host::BaseMaterial& material,
                     const host::String& name);

@@ -1,7 +1,7 @@
-// What a person does to the objects of a scene: putting new ones in, deleting, duplicating,
-// switching. Each is one undo step where it changes anything, and posts the change, but for those
-// that say that they are a part of the open undo group; what may change very many elements is a row
-// of steps for whoever runs it. What they make belongs to the document. Main thread.
+// Commands on the objects of a scene: putting new ones in, deleting, duplicating, switching. Each
+// is one undo step where it changes anything, and posts the change, but for those that say that
+// they are a part of the open undo group; an edit that may change very many elements is a row of
+// steps for whoever runs it. New elements belong to the document. Main thread.
 #pragma once
 
 #include <string>

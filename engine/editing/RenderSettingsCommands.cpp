@@ -60,7 +60,7 @@ void DeleteRenderSettings(BaseDocument& doc, const SettingsList& settings) {
   {
     const UndoScope scope(doc, "Delete Render Settings");
     for (RenderData* each : settings) {
-      // What hung below another one has gone with it.
+      // Settings below deleted ones are gone with them.
       if (!IsOf(doc, each)) continue;
       isLeft = isLeft || IsLast(doc, each);
       if (IsLast(doc, each)) continue;

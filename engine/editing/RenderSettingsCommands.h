@@ -1,6 +1,6 @@
-// What a person does to the render settings of a document. Each is one undo step and posts the
-// change, but for those that say that they are a part of the open undo group. Settings that are
-// gone are left out. Main thread.
+// Commands on the render settings of a document. Each is one undo step and posts the change, but
+// for those that say that they are a part of the open undo group. Settings that are gone are left
+// out. Main thread.
 #pragma once
 
 #include <vector>

@@ -28,7 +28,7 @@ void SelectAll(host::BaseDocument& doc);
 void SelectNone(host::BaseDocument& doc);
 // Selects these objects and nothing else; the last one becomes the active one.
 void SelectOnly(host::BaseDocument& doc, const std::vector<host::BaseObject*>& objects);
-// Selects a tag; unless `add`, and nothing else.
+// Selects a tag and nothing else; with `add`, flips the tag's selection and leaves all others.
 void SelectTag(host::BaseTag& tag, bool add);
 // Makes these the selected materials or layers.
 void SelectMaterials(host::BaseDocument& doc, const MaterialList& materials);

@@ -14,7 +14,7 @@ namespace engine {
 struct [[nodiscard]] StepwiseEdit {
   std::string name;  // of the undo step
   std::size_t steps = 0;
-  // Does one of them; called once for each number from 0 to `steps` - 1, in this order.
+  // Does one step; called once for each number from 0 to `steps` - 1, in this order.
   std::function<void(std::size_t)> step;
   // After the last step and still within the undo step: selects and posts the change. May be empty.
   std::function<void()> finish;
@@ -29,10 +29,9 @@ class StepwiseRun {
   StepwiseRun& operator=(const StepwiseRun&) = delete;
   ~StepwiseRun();
 
-  // Does the next step, after the last one what finishes the edit. False when nothing is left to
-  // do.
+  // Does the next step; after the last one, finishes the edit. False when nothing is left to do.
   bool Advance();
-  // Of the steps those that are done, 0..1.
+  // Share of the steps that are done, 0..1.
   double Share() const;
   const std::string& Name() const { return edit_.name; }
   // Takes back all that was done, without leaving a step to redo. Nothing is left to do then.

@@ -111,7 +111,7 @@ double FbxUnit(const aiScene& scene) {
   return std::isfinite(unit) && unit > 0 ? static_cast<double>(unit) : 1;
 }
 
-// Scene units are centimetres.
+// Scene units are centimeters.
 double UnitsPerFileUnit(const aiScene& scene, SourceFormat format) {
   switch (format) {
     case SourceFormat::Fbx:

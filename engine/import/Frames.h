@@ -30,7 +30,7 @@ struct Frame {
   std::string bytes;
 };
 
-// The same as Write of a FrameWriter sends it.
+// The bytes that FrameWriter::Write sends for these contents.
 std::string AsFrames(FrameKind kind, std::string_view bytes);
 
 // Writes frames to a descriptor, which it does not own.

@@ -9,7 +9,7 @@
 namespace engine {
 namespace {
 
-// Numbers that no buffer holds are zeros, of which a file of a few bytes can name without end.
+// Numbers that no buffer holds are zeros; a file of a few bytes can ask for any number of them.
 constexpr std::size_t kMostZeros = std::size_t{64} << 20;
 
 GltfKind KindOf(const Json& accessor) {
@@ -36,7 +36,7 @@ unsigned ComponentsOf(const Json& accessor) {
   throw UnreadableFile("accessor " + std::to_string(accessor) + " goes beyond its buffer view.");
 }
 
-// From the offset on, where `count` elements of `size` bytes fit.
+// The bytes of a view from the offset on. Throws where `count` elements of `size` bytes do not fit.
 std::string_view Part(std::string_view view, std::size_t offset, std::size_t count,
                       std::size_t stride, std::size_t size, std::size_t accessor) {
   if (count == 0) return {};
@@ -46,7 +46,7 @@ std::string_view Part(std::string_view view, std::size_t offset, std::size_t cou
   return view.substr(offset);
 }
 
-// What goes through each number as a visitor does: `T` is the type in the file.
+// Calls `visit` with a zero of the C++ type of that kind.
 template <class Visit>
 void ForKind(GltfKind kind, Visit visit) {
   switch (kind) {

@@ -1,6 +1,6 @@
 // GltfAccessors: the numbers of a glTF file: all component types, normalized or not, interleaved,
-// sparse. A GltfNumbers is where they lie, with its bounds checked; its bytes belong to the file, or
-// to what unpacked them. What cannot be read throws UnreadableFile. Lives in the child.
+// sparse. A GltfNumbers is where they lie, with its bounds checked; its bytes belong to the file,
+// or to what unpacked them. What cannot be read throws UnreadableFile. Lives in the child.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace engine {
 
-// As in the file.
+// Component types, by their numbers in the file.
 enum class GltfKind : unsigned {
   Byte = 5120,
   UnsignedByte = 5121,
@@ -35,9 +35,9 @@ struct GltfNumbers {
 
 // Bytes of one number.
 std::size_t BytesOf(GltfKind kind);
-// What the file says of an accessor, without its bytes.
+// Kind, components and count of an accessor; its bytes are not read.
 GltfNumbers DescribeNumbers(const GltfFile& file, std::size_t accessor);
-// With its bytes. Every element lies within them.
+// An accessor with its bytes. Every element lies within them.
 GltfNumbers FindNumbers(GltfFile& file, std::size_t accessor);
 
 // Writes `width` numbers of each of `count` elements from `first` on to `out`, one element after

@@ -21,7 +21,7 @@ class DracoMesh {
   explicit DracoMesh(std::string_view packed);
   ~DracoMesh();
 
-  // Three for each triangle.
+  // Point indices, three for each triangle.
   std::vector<std::uint32_t> Corners() const;
   // Gives `numbers` the values of the attribute of that number within the packed mesh, one for each
   // of its points, in the kind and width that `numbers` has. The bytes belong to this object.

@@ -46,7 +46,7 @@ SourceLight LightOf(const Json& light) {
   return result;
 }
 
-// What the reader understands, in whole or as far as the scene has a place for it.
+// Extensions that the reader supports, in whole or as far as the scene has a place for them.
 constexpr std::array kKnown = {"KHR_lights_punctual",        "KHR_node_visibility",
                                "KHR_texture_transform",      "KHR_materials_emissive_strength",
                                "KHR_draco_mesh_compression", "KHR_materials_unlit",
@@ -54,7 +54,7 @@ constexpr std::array kKnown = {"KHR_lights_punctual",        "KHR_node_visibilit
                                "EXT_meshopt_compression",    "KHR_materials_specular",
                                "KHR_materials_variants",     "EXT_texture_webp",
                                "KHR_materials_transmission"};
-// The beginnings of those that only change how surfaces look or move: without them there is still a
+// Prefixes of extensions that only change how surfaces look or move: without them there is still a
 // scene to work on.
 constexpr std::array kAboutLooks = {"KHR_materials_", "KHR_texture_",  "EXT_texture_",
                                     "MSFT_texture_",  "KHR_technique", "KHR_animation_",

@@ -49,7 +49,8 @@ std::string Base64Decoded(std::string_view text) {
   return bytes;
 }
 
-// What a packed view says of itself, checked for what the unpacking library takes for granted.
+// Parameters of a compressed buffer view, checked for what the decompressing library takes for
+// granted.
 struct Packing {
   std::size_t count;
   std::size_t stride;
@@ -125,7 +126,7 @@ void GltfFile::ReadBinary(Notes& notes) {
 }
 
 void GltfFile::ParseText(std::string_view text, Notes& notes) {
-  // A chunk is filled up, by some programs with zeros.
+  // A chunk is padded, by some programs with zeros.
   while (!text.empty() && text.back() == '\0') text.remove_suffix(1);
   top_ = Json::parse(text, nullptr, false);
   if (top_.is_discarded()) {

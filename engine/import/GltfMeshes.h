@@ -18,12 +18,12 @@ namespace engine {
 
 class GltfMeshes {
  public:
-  // `materials`: those of the file, in its order, and behind them the one that is meant by none.
+  // `materials`: those of the file, in its order; behind them the one for meshes that name none.
   GltfMeshes(GltfFile& file, const std::vector<MaterialFacts>& materials, Notes& notes)
       : file_(file), materials_(materials), notes_(notes), frames_(file) {}
 
-  // The parts of the mesh that a node bears, one for each of its primitives, as positions in Made().
-  // Nodes that show the same shape share them.
+  // The parts of the mesh that a node bears, one for each of its primitives, as positions in
+  // Made(). Nodes that show the same shape share them.
   std::vector<unsigned> PartsOf(std::size_t node);
   std::vector<std::unique_ptr<aiMesh>>& Made() { return made_; }
   // For each of these the material of each variant, empty where none changes it.

@@ -29,12 +29,12 @@ class GltfPrimitive {
                                : aiPrimitiveType_POINT;
   }
   std::size_t Points() const { return points_; }
-  // None where it is missing; noted where it has too few elements for the points.
+  // Nothing where it is missing; noted where it has too few elements for the points.
   std::optional<GltfNumbers> Attribute(const std::string& name, unsigned width);
-  // The same of one of its morph targets.
+  // Attribute of one of its morph targets.
   std::optional<GltfNumbers> Attribute(const Json& target, const char* name, unsigned width);
   const Json& Targets() const { return List(source_, "targets"); }
-  // Three for each triangle; they may name points that do not exist.
+  // Point indices, three for each triangle; they may name points that do not exist.
   std::vector<std::uint32_t> Corners();
 
  private:

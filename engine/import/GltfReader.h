@@ -30,15 +30,15 @@ struct GltfScene {
 GltfScene ReadGltf(GltfFile& file, const std::string& path,
                    const std::function<bool(double)>& progress, Notes& notes);
 
-// The parts of it.
+// The steps of ReadGltf.
 // Throws where the file cannot be understood without an extension that is not known here; notes
 // the others that are left out.
 void CheckExtensions(const GltfFile& file, Notes& notes);
 void AddCamerasAndLights(const GltfFile& file, SceneFacts& facts);
 NodeFacts NodeFactsOf(const GltfFile& file, const Json& node);
-// The text of what stands beside the format's own members; empty where there is nothing.
+// The text of the members beside the format's own; empty where there are none.
 std::string ExtrasText(const Json& value);
-// Materials and embedded pictures, and behind the file's materials the one that is meant by none.
+// Materials and embedded pictures; behind the file's materials the one for meshes that name none.
 void AddMaterials(GltfFile& file, aiScene& scene, SceneFacts& facts, Notes& notes);
 // The states that the file, which lies at `path`, holds; of very many the first ones.
 void AddStates(const GltfFile& file, const std::string& path, SceneFacts& facts, Notes& notes);

@@ -2,9 +2,9 @@
 // runs in a child process with limits on memory, time and file access, so that a broken or hostile
 // file costs a message and nothing else. Main thread.
 //
-// What comes out: left-handed, Y up, 1 unit = 1 cm; glTF and COLLADA metres and FBX units are
-// converted, an OBJ unit stays a unit. Nodes become nulls, polygon objects, cameras and lights; a
-// node of several parts becomes a null with one child a part.
+// Results: left-handed, Y up, 1 unit = 1 cm; glTF and COLLADA meters and FBX units are converted,
+// an OBJ unit stays a unit. Nodes become nulls, polygon objects, cameras and lights; a node of
+// several parts becomes a null with one child for each part.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@
 
 namespace engine {
 
-// What becomes of textures that lie outside the folder of the imported file, where a file from
-// elsewhere may name whatever this person may read.
+// Treatment of textures outside the folder of the imported file: a file from elsewhere may name
+// anything that this person may read.
 enum class OutsideTextures {
   Ask,    // the person, once for all of a file
   Take,   // as they are

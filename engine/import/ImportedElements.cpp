@@ -19,13 +19,13 @@ namespace {
 using host::BaseContainer;
 using host::LONG;
 
-// In the document's data.
+// Key in the document's data.
 constexpr LONG kImportedElements = 1059402;
-// In it: the file, then links and fingerprints of objects and materials.
+// Keys in that container: the file, then links and fingerprints of objects and materials.
 constexpr LONG kFile = 0;
 constexpr LONG kAllObjects = 1;
 constexpr LONG kAllMaterials = 2;
-// In these.
+// Keys in the containers of objects and of materials.
 constexpr LONG kLinks = 0;
 constexpr LONG kPlaces = 1;
 constexpr LONG kSettings = 2;

@@ -6,11 +6,11 @@ namespace {
 using host::BaseContainer;
 using host::LONG;
 
-// In the document's data.
+// Key in the document's data.
 constexpr LONG kImportedStates = 1059401;
-// In it: the switched objects, then the states under 1, 2, ...
+// Key in that container: the switched objects; the states follow under 1, 2, ...
 constexpr LONG kSwitched = 0;
-// In a state.
+// Keys in the container of a state.
 constexpr LONG kName = 1;
 constexpr LONG kDate = 2;
 constexpr LONG kCamera = 3;

@@ -72,7 +72,7 @@ std::string TextureOf(const aiMaterial& material, aiTextureType type) {
 // squared once).
 double RoughnessOf(double exponent) { return std::sqrt(2 / (std::max(exponent, 0.0) + 2)); }
 
-// What is as it usually is, is not said.
+// Writes only the values that differ from the defaults.
 void SetPlace(const PictureFacts& facts, host::BaseContainer& shader) {
   if (facts.offset != std::array<double, 2>{0, 0})
     shader.SetVector(kBitmapOffset, host::Vector(facts.offset[0], facts.offset[1], 0));

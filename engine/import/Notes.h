@@ -10,7 +10,7 @@
 
 namespace engine {
 
-// What more than one reader leaves out.
+// Notes that more than one reader makes.
 inline constexpr const char* kVertexColorsLeftOut = "Vertex colors are left out, meshes";
 inline constexpr const char* kSkinsAtRest = "Skinned meshes are shown at rest";
 inline constexpr const char* kAnimationsLeftOut =

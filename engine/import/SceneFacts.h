@@ -1,6 +1,6 @@
 // SceneFacts: what the importing library's scene has no place for, loses or gets wrong: cameras,
-// lights, states, and what a file says about single nodes and materials. Lengths are in units of the file, angles radians, frames
-// in the scene's axes. Lives in the child.
+// lights, states, and what a file says about single nodes and materials. Lengths are in units of
+// the file, angles radians, frames in the scene's axes. Lives in the child.
 #pragma once
 
 #include <assimp/scene.h>
@@ -121,12 +121,12 @@ struct SceneFacts {
   std::vector<std::vector<unsigned>> variants;
 };
 
-// For all formats but glTF of version 2. `files`, through which the library has read `path`, is
-// asked again where the format's own text says more than the library tells.
+// Facts of all formats but glTF of version 2. `files`, through which the library has read `path`,
+// is asked again where the format's own text says more than the library tells.
 SceneFacts GatherFacts(const aiScene& scene, SourceFormat format, const std::string& path,
                        FolderFiles& files, Notes& notes);
 
-// The parts of it.
+// The steps of GatherFacts.
 void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts);
 void MendColladaCameras(const std::string& xml, SceneFacts& facts, Notes& notes);
 // Scales brightnesses so that lights given in physical units look as lights of brightness 0 to 1

@@ -44,7 +44,7 @@ bool IsGltf(SourceFormat format) {
   return format == SourceFormat::Gltf || format == SourceFormat::Glb;
 }
 
-// Other importers would be asked about a file that its own one refuses.
+// Removes the other importers: they would be asked about a file that its own one refuses.
 void KeepLoadersOf(const std::string& suffix, Assimp::Importer& importer) {
   std::vector<Assimp::BaseImporter*> others;
   for (std::size_t i = 0; i < importer.GetImporterCount(); ++i) {
@@ -101,9 +101,9 @@ std::string ReasonOf(const Assimp::Importer& importer) {
   return reason.empty() ? "The file cannot be read." : "The file cannot be read: " + reason;
 }
 
-// What was read, which the end of the process frees at once: that is near, and to take apart
+// Owns what was read, and leaves freeing it to the end of the process, which is near: taking apart
 // millions of small pieces is a tenth of the work. Where memory is short for what is still to be
-// done it is freed all the same.
+// done, it is freed all the same.
 template <class T>
 class LeftToTheEnd {
  public:
@@ -134,7 +134,7 @@ Answer Converted(const aiScene& scene, const std::string& path, const SceneFacts
   return finished ? Answer(notes.Sentences()) : Answer::Failure(kStopped);
 }
 
-// By the importing library.
+// Reads a file with the importing library.
 Answer ReadByLibrary(const std::string& path, SourceFormat format, host::BaseDocument& doc,
                      const ProgressOfAll& progress) {
   const LeftToTheEnd importer(std::make_unique<Assimp::Importer>());

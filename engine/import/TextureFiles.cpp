@@ -27,7 +27,7 @@ std::string Cleaned(const std::string& written) {
 
 std::string BareName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-// What pictures begin with, those that are not read here among them.
+// First bytes of picture files, including formats that are not read here.
 constexpr std::array<std::string_view, 27> kPictureHeads = {std::string_view("\x89PNG"),
                                                             "\xff\xd8\xff",
                                                             std::string_view("II*\0", 4),
@@ -182,7 +182,7 @@ bool MayTake(const std::vector<std::string>& outside, const std::string& scene, 
   return person.Ask(question + "\n\nUse them? Exported projects take them along.");
 }
 
-// What is said of a texture, empty where all is well.
+// A sentence for the person about a texture; empty where all is well.
 std::string NoteOn(const std::string& written, const TextureSearch::Place& place, bool isTaken,
                    OutsideTextures choice) {
   const std::string name = "The texture \"" + written + "\" ";

@@ -15,10 +15,10 @@ namespace engine {
 // Gives every bitmap shader of the materials the full path of its file where it is found: as
 // written, below the scene's folder, or by its bare name in that folder and the usual ones below it
 // ("tex", "textures", "images", "maps"), letter case aside. Embedded files keep their bare name.
-// What is found nowhere else but outside the scene's folder is taken as `outside` says, for which
-// the person may be asked, and only if it is a picture; otherwise the shader gets its bare name, so
-// that nothing reads or copies it. What is not found stays as written. The result is one note for
-// each that is missing, left out or no picture.
+// A file found only outside the scene's folder is taken as `outside` says, for which the person may
+// be asked, and only if it is a picture; otherwise the shader gets its bare name, so that nothing
+// reads or copies it. A path where nothing is found stays as written. The result is one note for
+// each texture that is missing, left out or no picture.
 std::vector<std::string> ResolveTextures(const Services& services, host::BaseDocument& doc,
                                          const std::string& scene, OutsideTextures outside);
 

@@ -24,7 +24,7 @@ Status WorkerProcess::Start(const std::string& program, const std::string& path,
   return started;
 }
 
-// One look at what it sends; false at its end.
+// Looks once at what the child sends; false at its end.
 bool WorkerProcess::Step(const Receiver& receive) {
   pollfd watched{child_.Talk(), POLLIN, 0};
   const int ready = ::poll(&watched, 1, 1000 / kLooksPerSecond);

@@ -172,9 +172,9 @@ bool AddRules(scmp_filter_ctx filter, bool areFilesConfined) {
   allow(SCMP_SYS(mmap), {2, SCMP_CMP_MASKED_EQ, PROT_EXEC, 0});
   allow(SCMP_SYS(mprotect), {2, SCMP_CMP_MASKED_EQ, PROT_EXEC, 0});
   allow(SCMP_SYS(openat), {2, SCMP_CMP_MASKED_EQ, kChangesFiles, 0});
-  // What this is told lies in memory, where nobody can check it.
+  // Its flags lie in memory, where no filter can check them.
   if (areFilesConfined) allowAlways(SCMP_SYS(openat2));
-  // How much memory it may have: of itself, and nothing is set.
+  // Its own limits, as that on memory, may be read but not set.
   const scmp_arg_cmp asksOfItself[] = {{0, SCMP_CMP_EQ, 0, 0}, {2, SCMP_CMP_EQ, 0, 0}};
   added = added &&
           seccomp_rule_add_array(filter, SCMP_ACT_ALLOW, SCMP_SYS(prlimit64), 2, asksOfItself) == 0;
@@ -185,8 +185,8 @@ bool AddRules(scmp_filter_ctx filter, bool areFilesConfined) {
 
 }  // namespace
 
-// What is not allowed fails with "not permitted" rather than ending the process: a library that
-// asks for a clock or a language goes on without.
+// Every other call fails with "not permitted" rather than ending the process: a library that asks
+// for a clock or a language goes on without.
 bool AllowComputingOnly(bool areFilesConfined) {
   const Filter filter(seccomp_init(SCMP_ACT_ERRNO(EPERM)), seccomp_release);
   return filter && AddRules(filter.get(), areFilesConfined) && seccomp_load(filter.get()) == 0;

@@ -40,9 +40,9 @@ inline constexpr const char* kCannotRemove = "Cannot remove";
 
 // "<what> "<path>": <text of errno>."
 Status SystemFailure(const std::string& what, const std::string& path);
-// The same with a reason of our own.
+// "<what> "<path>": <reason>."
 Status FileFailure(const std::string& what, const std::string& path, const std::string& reason);
-// Of a file that was not written because somebody wanted no more of it.
+// The failure for a file that was not written because the work was stopped.
 Status Stopped(const std::string& path);
 
 // The part before the last '/' ("/" for a name in the root folder) and the part after it, of a

@@ -17,23 +17,23 @@ namespace engine {
 
 class FileLock {
  public:
-  // Of nothing, which is also what Try and Take give where there is no plain file at `path` or its
+  // A lock on nothing. Try and Take give one, too, where there is no plain file at `path` or its
   // file system knows no locks.
   FileLock() = default;
 
-  // At once; nothing where somebody else has the lock. Links are followed. Fails where the file
-  // cannot be opened.
+  // Takes the lock at once; nothing where somebody else has it. Links are followed. Fails where the
+  // file cannot be opened.
   static Result<std::optional<FileLock>> Try(const std::string& path);
-  // The same of a file that is open for writing; `path` is for messages.
+  // Try for a file that is open for writing; `path` is for messages.
   static Result<std::optional<FileLock>> TryOpen(FileHandle file, const std::string& path);
-  // Waits for it at most that long; `progress` is asked meanwhile with the share of the time that
-  // has passed. Fails when the time is over or `progress` answers false.
+  // Waits for the lock at most that long; `progress` is asked meanwhile with the share of the time
+  // that has passed. Fails when the time is over or `progress` answers false.
   static Result<FileLock> Take(const std::string& path, std::chrono::milliseconds longest,
                                const ProgressCallback& progress = {});
 
-  // Whether it is on the file that `path` leads to now.
+  // Whether the lock is on the file that `path` leads to now.
   bool Covers(const std::string& path) const;
-  // Whether it is on the file that has the name now; a link there is none.
+  // Whether the lock is on the file that has the name now; a link there is none.
   bool Covers(const FilePlace& place) const;
 
  private:

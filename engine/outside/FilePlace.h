@@ -1,6 +1,6 @@
-// FilePlace: where a file or folder stands or is going to stand, as an open folder and a name in it, so
-// that whoever swaps folders meanwhile does not lead elsewhere. It owns the folder's handle. Any
-// thread.
+// FilePlace: where a file or folder stands or is going to stand, as an open folder and a name in
+// it, so that whoever swaps folders meanwhile does not lead elsewhere. It owns the folder's handle.
+// Any thread.
 #pragma once
 
 #include <cstddef>
@@ -34,7 +34,7 @@ Result<FileHandle> OpenOrMake(const FilePlace& place, const std::string& path, i
 // Whether a link has the name.
 bool IsLink(const FilePlace& place);
 
-// What a refusal says when `link` is a symbolic link in the program's own part of `path`.
+// The refusal where `link` is a symbolic link in the program's own part of `path`.
 Status LinkRefusal(const char* cannot, const std::string& path, const std::string& link);
 
 }  // namespace engine

@@ -21,7 +21,7 @@ namespace engine {
 // Unknown: the system does not say, as with a broken disk or without the right to look.
 enum class FileKind { Missing, File, Folder, Other, Unknown };
 
-// What tells whether a file is still the one read before. Differing stamps need not mean differing
+// Tells whether a file is still the one read before. Differing stamps need not mean differing
 // bytes: a copied file and one whose rights changed have new ones.
 struct FileStamp {
   std::uint64_t size = 0;
@@ -74,7 +74,7 @@ class FileSystem {
   // it is a link itself, what that leads to is meant. The rest of a path below it is the program's
   // own. A path that is refused for reading is passed over.
   void Follow(const std::string& path);
-  // The same of a scene and the folder that it is in, where the program puts more.
+  // Follow for a scene and for the folder that it is in, where the program puts more files.
   void FollowScene(const std::string& path);
   // Length of the part of a clean path that a person named; all of it is for a path that Follow was
   // told of.
@@ -84,12 +84,12 @@ class FileSystem {
   Status CheckWay(const std::string& path);
   // Links are followed. Never fails: a refused path is Missing. Not in the ledger.
   FileKind Kind(const std::string& path);
-  // The same, where that the system does not say is a failure, and in the ledger.
+  // Kind, but Unknown is a failure, and in the ledger.
   Result<FileKind> Look(const std::string& path);
-  // What `path` leads to; zeros where it is Missing. Not in the ledger.
+  // Links are followed; zeros where `path` is Missing. Not in the ledger.
   FileStamp Stamp(const std::string& path);
-  // Of the disk that `path`, or the nearest folder above it that is there, is on; nothing where the
-  // system does not tell. Not in the ledger.
+  // Space on the disk that `path`, or the nearest folder above it that is there, is on; nothing
+  // where the system does not tell. Not in the ledger.
   std::optional<DiskSpace> Space(const std::string& path);
   // The whole file; one larger than `limit` bytes, a folder, pipe or device is refused without
   // reading it.
@@ -103,7 +103,7 @@ class FileSystem {
   Status ReplaceFile(const std::string& path, std::string_view bytes) {
     return ReplaceFile(path, std::span(&bytes, 1));
   }
-  // No parents; success when the folder is there afterwards.
+  // Makes no parents; success when the folder is there afterwards.
   Status MakeFolder(const std::string& path);
   // MakeFolder for each missing parent, too. For the program's own folders.
   Status MakeFolders(const std::string& path);
@@ -111,24 +111,24 @@ class FileSystem {
   // left alone. Without `replace` an existing target is refused. `from` is read only, so
   // that a ".." component in it is no reason to refuse.
   Status CopyFile(const std::string& from, const std::string& to, bool replace);
-  // A plain file or a symbolic link itself.
+  // Removes a plain file, or a symbolic link itself.
   Status RemoveFile(const std::string& path);
-  // The folder and all in it, by directory handles, never following a link; of a link to a folder
-  // the link only.
+  // Removes the folder and all in it, by directory handles, never following a link; of a link to a
+  // folder the link only.
   Status RemoveFolder(const std::string& path);
   // Refuses when the target exists.
   Status Rename(const std::string& from, const std::string& to);
   // Names of the plain files (links followed) at the top level, in byte order.
   Result<std::vector<std::string>> ListFiles(const std::string& folder);
-  // The same of the folders in it.
+  // Names of the folders (links followed) at the top level, in byte order.
   Result<std::vector<std::string>> ListFolders(const std::string& folder);
 
  protected:
   // Something a person should know about `path`.
   void Note(const std::string& path, const std::string& message);
 
-  // The real work behind the public functions; paths are checked already. Of what is Unknown, errno
-  // says why.
+  // The real work behind the public functions; paths are checked already. Where DoKind answers
+  // Unknown, errno says why.
   virtual FileKind DoKind(const std::string& path) = 0;
   virtual Status DoCheckWay(const std::string& path) = 0;
   virtual FileStamp DoStamp(const std::string& path) = 0;

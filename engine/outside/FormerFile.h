@@ -12,12 +12,12 @@ namespace engine {
 
 class FormerFile {
  public:
-  // Both cleaned and absolute; `file` leads through no link.
+  // Both paths are cleaned and absolute; `file` leads through no link.
   FormerFile(std::string file, std::string place)
       : file_(std::move(file)), place_(std::move(place)) {}
   FormerFile(const FormerFile&) = delete;
   FormerFile& operator=(const FormerFile&) = delete;
-  // What is in `place` stays as it is unless Keep was called.
+  // Leaves `place` as it is unless Keep was called.
   ~FormerFile();
 
   // Takes hold of the file, and makes the folder for it; does nothing where no file is there.

@@ -11,8 +11,8 @@ namespace engine {
 // The path with doubled separators, "." components and trailing separators taken away; fails for
 // one that is empty, relative or holds a NUL byte.
 Result<std::string> PathForReading(const std::string& path);
-// The same; fails for a ".." component besides, counting '\' as a separator, too, and for the root
-// folder.
+// PathForReading that also fails for a ".." component, counting '\' as a separator, too, and for
+// the root folder.
 Result<std::string> PathForWriting(const std::string& path);
 
 }  // namespace engine

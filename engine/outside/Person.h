@@ -10,7 +10,7 @@
 
 namespace engine {
 
-// What a plug-in or a command asks a person to choose.
+// The file dialog that a plug-in or a command asks for.
 struct FileQuestion {
   host::LONG type;
   host::LONG flags;

@@ -21,9 +21,9 @@ struct Services {
   Viewer& viewer;
 };
 
-// What the published functions work with, which have no parameter for it: the services of the
-// innermost PublishedServicesScope, else the system's own without a person. Nothing else asks here.
-// Any thread.
+// Services for the published functions, which have no parameter for them: those of the innermost
+// PublishedServicesScope, else the system's own without a person. Nothing else asks here. Any
+// thread.
 const Services& PublishedServices();
 
 // The published functions work with these services while it lives, then with the former ones again.

@@ -10,8 +10,8 @@
 
 namespace engine {
 
-// What a brightness of 1 is in the format's units, for lights that do not tell themselves: what it is
-// for the others of the scene, else 1.
+// A brightness of 1 in the format's units, for lights without such a number of their own: the
+// largest of the scene's other lights, else 1.
 struct LightUnits {
   double candela = 1;
   double lux = 1;  // of suns

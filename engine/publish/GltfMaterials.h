@@ -40,7 +40,7 @@ class GltfMaterials {
   std::vector<std::string> TakeNotes() { return std::move(notes_); }
 
  private:
-  // What a picture of the file is made of.
+  // A picture of the glTF file: the image files it is made of, and how they are combined.
   enum class Blend { Plain, ColorAndOpacity, RoughAndMetal };
   struct Source {
     Blend blend = Blend::Plain;

@@ -15,7 +15,7 @@ constexpr std::size_t kTrianglesPerReport = 20000;
 
 }  // namespace
 
-// What has content, and everything above it.
+// Marks the objects with content and everything above them as wanted.
 void GltfNodes::FindWanted(const host::BaseDocument& doc) {
   std::size_t parent = kNone;
   for (const BaseObject* object = doc.GetFirstObject(); object;) {

@@ -27,7 +27,7 @@ class GltfNodes {
   // Writes the objects of the document; a failure where it was stopped.
   Status Write(const host::BaseDocument& doc, const ProgressCallback& progress);
 
-  // The list of nodes without its brackets; nothing where there are none. `TextSize`: about.
+  // The list of nodes without its brackets; nothing where there are none. TextSize: approximate.
   void AppendText(std::string& to) const;
   std::size_t TextSize() const { return textSize_; }
   const std::vector<std::size_t>& Roots() const { return roots_; }
@@ -37,7 +37,7 @@ class GltfNodes {
   bool HasHidden() const { return !hidden_[0].empty(); }
   // The node of a camera object.
   std::optional<std::size_t> CameraNode(NodeId object) const;
-  // Whether there were frames that are none of numbers, in whose place stands none.
+  // Whether any frame held numbers that are not finite; such frames are left out of the file.
   bool HasResetFrames() const { return hasResetFrames_; }
   std::size_t Meshes() const { return meshNodes_; }
   std::size_t Triangles() const { return triangles_; }

@@ -37,8 +37,8 @@ void AppendNumbers(std::string& to, std::string_view key, const Numbers& numbers
   to.back() = ']';
 }
 
-// What an imported file had beside its own members (engine/scene/Extras.h), as the next member; what
-// is no JSON is left out.
+// Appends the extras of an imported file (engine/scene/Extras.h) as the next member; text that is
+// not JSON is left out.
 inline void AppendExtras(std::string& to, const std::string& extras) {
   if (!extras.empty() && nlohmann::json::accept(extras)) to.append(",\"extras\":").append(extras);
 }

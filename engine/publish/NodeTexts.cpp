@@ -29,7 +29,7 @@ bool IsUsable(const Matrix& m) {
   return true;
 }
 
-// The same frame where z points the other way and lengths are metres.
+// The frame with z pointing the other way and lengths in meters.
 Matrix Mirrored(const Matrix& m) {
   return {{m.off.x * kMetresPerUnit, m.off.y * kMetresPerUnit, 0.0 - m.off.z * kMetresPerUnit},
           {m.v1.x, m.v1.y, 0.0 - m.v1.z},

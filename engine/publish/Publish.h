@@ -1,6 +1,6 @@
 // Publish: states of a scene in a format that browsers, engines and other programs read: glTF 2.0.
-// What a state's picture shows is what is written: objects that render, with their materials,
-// textures, lights and cameras. The document is left alone. Main thread.
+// A state is written as its picture shows it: objects that render, with their materials, textures,
+// lights and cameras. The document is left alone. Main thread.
 #pragma once
 
 #include <cstdint>
@@ -35,14 +35,14 @@ struct PublishOptions {
   std::uint64_t largest = 0xFFFFFFFF;  // bytes that a file can hold
 };
 
-// What a file tells of a state.
+// Facts about a state, written into its file.
 struct StateFacts {
   std::string name;  // empty for the scene as it is
   host::LONG id = 0;
   std::string date;  // of recording, ISO 8601; empty where it is not known
 };
 
-// What is made once for all files that are made of a scene.
+// Made once and shared by all files of a scene.
 struct PublishCaches {
   GltfGeometries geometries;
   NodeTexts nodes;
@@ -55,8 +55,8 @@ struct PublishedFile {
 
 struct PublishedScene {
   std::string bytes;                  // of the .glb file, or of the .gltf file
-  std::vector<PublishedFile> beside;  // what a .gltf file refers to
-  std::vector<std::string> notes;     // what was left out or changed, a sentence each
+  std::vector<PublishedFile> beside;  // files that a .gltf file refers to
+  std::vector<std::string> notes;     // on things left out or changed, a sentence each
   std::size_t objects = 0;            // nodes with a mesh
   std::size_t triangles = 0;
 };

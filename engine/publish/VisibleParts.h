@@ -22,7 +22,7 @@ class MergedLooks {
   const ScenePicture& All() const { return all_; }
   // The index among all looks for each look of the picture.
   std::vector<std::uint32_t> Add(const ScenePicture& picture);
-  // The same look for a mesh on which no texture can lie.
+  // The index of that look without its textures, for a mesh on which none can lie.
   std::uint32_t WithoutTextures(std::uint32_t look);
 
  private:
@@ -46,7 +46,7 @@ class VisibleParts {
     std::uint32_t material = kHidden;  // of the first state in which it shows; any if it never does
   };
 
-  // `keepHidden`: what never shows is a part, too.
+  // `keepHidden`: meshes and lights that never show are parts, too.
   VisibleParts(GltfMaterials& materials, MergedLooks& looks, bool keepHidden)
       : materials_(materials), looks_(looks), keepHidden_(keepHidden) {}
 
@@ -54,7 +54,7 @@ class VisibleParts {
   void AddState(ScenePicture picture);
 
   std::size_t States() const { return states_.size(); }
-  // These are no parts: the format has none.
+  // Ambient lights are no parts: the format has none.
   bool HasAmbientLights() const { return hasAmbientLights_; }
   const Part& At(std::size_t part) const { return parts_[part]; }
   // The first part of an object, kNone where nothing of it can be seen.

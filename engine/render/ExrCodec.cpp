@@ -91,7 +91,7 @@ Result<Image> Read(std::string_view bytes) {
   return image;
 }
 
-// What a half float holds; brighter light is as bright as that.
+// Clamps to the range of a half float: brighter light becomes its largest value.
 float WithinHalf(float value) { return std::clamp(Finite(value), -65504.0F, 65504.0F); }
 
 std::string Write(const Image& image, const std::string& comments) {

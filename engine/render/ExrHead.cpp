@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kHeadsAt = 8;  // behind magic number and version
 constexpr std::uint32_t kSeveralParts = 0x1000;
 
-// Lines that are packed together, by the number of the compression; the last for unknown ones.
+// Lines in one chunk, by the number of the compression; the last is for unknown ones.
 constexpr std::array<std::uint64_t, 11> kLinesPacked = {1, 1, 1, 16, 32, 16, 32, 32, 32, 256, 256};
 constexpr std::array<std::uint64_t, 3> kPixelBytes = {4, 2, 4};  // whole, half, float
 
@@ -114,7 +114,8 @@ bool ReadHead(Bytes& in, Head& head) {
   return true;
 }
 
-// What the library takes for one chunk, and the places of all chunks, which the file holds.
+// Fails where the picture or one of its chunks asks for more memory than a file of that size may,
+// or where the file is too short to hold the offsets of all its chunks.
 Status CheckHead(const Head& head, std::size_t fileBytes) {
   if (Status size = CheckImageClaim(head.width, head.height, sizeof(float) * 4, fileBytes); !size)
     return size;

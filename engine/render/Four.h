@@ -17,7 +17,7 @@ using Four = float __attribute__((vector_size(16)));
 using FourWhole = std::int32_t __attribute__((vector_size(16)));
 
 inline Four Mix(Four a, Four b, float t) { return a + (b - a) * t; }
-// What is cut off by WholeOf is the fraction; of numbers that fit into 32 bits.
+// Cuts off the fraction; only for numbers that fit into 32 bits.
 inline FourWhole WholeOf(Four x) { return __builtin_convertvector(x, FourWhole); }
 inline Four ToFour(FourWhole x) { return __builtin_convertvector(x, Four); }
 inline Four Floor(Four x) {

@@ -182,7 +182,7 @@ class Cleaning {
     for (Vec& p : geometry_.points) p = IsUsable(p) ? p : Vec{};
   }
 
-  // What is no number becomes `instead`, with all that belongs to it.
+  // A corner with a value that is not finite gets `instead` for all its values.
   template <std::size_t N>
   void CopyCorners(const std::vector<std::array<float, N>>& from, float instead,
                    PagedVector<std::array<std::array<float, N>, 3>>& to) const {

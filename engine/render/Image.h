@@ -42,9 +42,9 @@ Result<Image> DecodeImage(std::string_view bytes);
 // opaque everywhere.
 Result<std::string> EncodeTiff(const Image& image);
 Result<std::string> EncodePng(const Image& image);
-// The same with half floats, linear; only for images of floats. OpenEXR: scan lines of red, green
-// and blue, alpha left out where it is 1 everywhere, ZIP compression. `comments` becomes the
-// attribute of that name where it is not empty.
+// The bytes of an OpenEXR file with half floats, linear; only for images of floats. Scan lines of
+// red, green and blue, alpha left out where it is 1 everywhere, ZIP compression. `comments` becomes
+// the attribute of that name where it is not empty.
 Result<std::string> EncodeExr(const Image& image, const std::string& comments = "");
 
 // The picture as bytes: floats become sRGB, clipped to 0..1.

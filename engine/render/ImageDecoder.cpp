@@ -26,7 +26,7 @@ constexpr ProcessLimits kLimits{std::uint64_t{4} << 30, 7 * 24 * 3600};
 constexpr std::chrono::seconds kLongestAnswer{120};
 constexpr std::size_t kLongestMessage = 1000;
 
-// What goes before an answer. Pixels follow, or a message.
+// Begins an answer; the pixels follow, or a message.
 struct AnswerHead {
   std::uint32_t width;
   std::uint32_t height;
@@ -79,7 +79,7 @@ class Transfer {
   std::chrono::steady_clock::time_point deadline_;
 };
 
-// The child's own, which may call little more than these two.
+// Reading and writing in the child, which may make few system calls but these two.
 bool ReadAll(int talk, void* to, std::size_t bytes) {
   for (std::size_t done = 0; done < bytes;) {
     const ssize_t count = ::read(talk, static_cast<char*>(to) + done, bytes - done);

@@ -23,8 +23,8 @@ struct Block {
   std::size_t bytes = 0;
 };
 
-// What was given back. Outlives everything that may still hold an array at the end of the process:
-// it needs no end of its own.
+// Blocks that were given back, for use again. Has nothing to destroy, so that it outlives all
+// that may still hold an array at the end of the process.
 struct Kept {
   std::mutex lock;
   std::array<Block, 32> blocks;
@@ -36,7 +36,7 @@ void Unmap(void* pages, std::size_t bytes) {
   if (bytes > 0) munmap(pages, bytes);
 }
 
-// Begins where a large page does; null where there is no more.
+// New pages, which begin where a large page does; null where there are no more.
 void* Map(std::size_t bytes) {
   const std::size_t room = bytes + kLargePage;
   void* const mapped =
@@ -50,7 +50,8 @@ void* Map(std::size_t bytes) {
   return begin + before;
 }
 
-// The smallest that is large enough, unless most of it would be too much; null where there is none.
+// The smallest kept block that is large enough, unless most of it would be left over; null where
+// there is none.
 void* TakeKept(std::size_t bytes) {
   const std::lock_guard hold(kept.lock);
   Block* best = nullptr;

@@ -12,19 +12,19 @@
 
 namespace engine {
 
-// From this on arrays have pages of their own.
+// Arrays of this many bytes and more have pages of their own.
 inline constexpr std::size_t kLeastPagedBytes = 2 << 20;
-// Most that is kept of what was given back.
+// Pages that were given back are kept for reuse up to this many bytes.
 inline constexpr std::size_t kMostKeptPageBytes = 96 << 20;
 
 // Throws std::bad_alloc when there is no more. Whatever was there before may be in it.
 void* TakePages(std::size_t bytes);
-// Of what TakePages gave for as many bytes.
+// `pages` came from TakePages for as many bytes.
 void GivePagesBack(void* pages, std::size_t bytes) noexcept;
 // Bytes that are kept at this moment.
 std::size_t KeptPageBytes();
 
-// Elements that are made without a value have none: who asks for them fills them.
+// Elements that are made without a value are not initialized: who asks for them fills them.
 template <class Element>
 class PageAllocator {
  public:

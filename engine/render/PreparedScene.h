@@ -24,7 +24,7 @@ class PreparedScene {
   const ScenePicture& Scene() const { return scene_; }
   const RayScene& Rays() const { return rays_; }
   RTCDevice Device() const { return device_; }
-  // By instance: the object. May be kept longer than the scene.
+  // The object of each instance. May be kept longer than the scene.
   const std::shared_ptr<const std::vector<NodeId>>& Objects() const { return objects_; }
   // The scene camera, or one that frames everything in a picture of that width over height.
   PictureCamera UsualCamera(double aspect) const;

@@ -13,7 +13,7 @@ namespace engine {
 
 inline constexpr std::size_t kPacketSize = 8;
 
-// One of something for each ray of a packet.
+// One value for each ray of a packet.
 template <class T>
 using PerRay = std::array<T, kPacketSize>;
 

@@ -48,11 +48,11 @@ int FewestTogether(RTCDevice device) {
              : static_cast<int>(kPacketSize) + 1;
 }
 
-// Says which of the rays are asked for, as the ray tracer reads it.
+// The mask of the rays that are asked for, as the ray tracer reads it.
 struct AskedRays {
   alignas(32) PerRay<int> valid{};
 
-  // Gives it those of the rays that lead somewhere.
+  // Gives the ray tracer those of the asked rays that lead somewhere.
   void Put(const PerRay<Ray>& rays, Lanes asked, unsigned mask, RTCRay8* to) {
     static_assert(sizeof(RTCRay8) == 12 * sizeof(PerRay<int>));
     *to = {};
@@ -80,7 +80,7 @@ struct Axes {
   Vec Turned(Vec v) const { return x * v.x + y * v.y + z * v.z; }
 };
 
-// What turns normals as the frame turns points.
+// Turns normals as the frame turns points: its cofactor matrix, the longest axis scaled to 1.
 Axes NormalAxes(const host::Matrix& m) {
   const host::Vector x = CrossOf(m.v2, m.v3);
   const host::Vector y = CrossOf(m.v3, m.v1);
@@ -98,7 +98,7 @@ struct Coordinates {
   std::array<float, 2> at{0, 0};
   std::array<float, 2> edge1{0, 0}, edge2{0, 0};
 
-  // The same as a texture lies on the surface.
+  // Tiled, rotated and moved as a texture lies on the surface.
   Coordinates On(const TextureUse& use) const {
     const float cosine = std::cos(use.rotation);
     const float sine = std::sin(use.rotation);
@@ -118,7 +118,7 @@ struct Coordinates {
 
 }  // namespace
 
-// What of an instance is asked for with each hit, close together.
+// Data of an instance that every hit needs, close together in memory.
 struct RayScene::Placed {
   const Instance* instance;
   const Geometry* geometry;
@@ -147,7 +147,7 @@ struct RayScene::Triangle {
   Vec edge1, edge2;
   float area;  // of the edges' parallelogram
 
-  // As the tag of an instance moves and repeats its picture.
+  // Texture coordinates, moved and repeated as the instance's texture tag says.
   Coordinates On(const Placed& placed) const {
     Coordinates on;
     const auto& uvs = placed.geometry->uvs[index];
@@ -324,7 +324,8 @@ float GrayOf(const Texel& texel) {
   return (texel.color.x + texel.color.y + texel.color.z) * (1.0F / 3) * texel.alpha;
 }
 
-// What the material says, before its textures; `alpha` is that of it and of the corners.
+// Puts the material's values into `surface`, before its textures and with the colors of the
+// corners; `alpha` gets the opacity of both.
 void Color(const Geometry& geometry, std::size_t triangle, const std::array<float, 3>& weights,
            float* alpha, SurfaceHit* surface) {
   const SurfaceLook& look = *surface->look;

@@ -15,10 +15,10 @@ inline constexpr unsigned kSeenByCamera = 1;
 inline constexpr unsigned kOpaqueCaster = 2;
 inline constexpr unsigned kSeeThroughCaster = 4;
 
-// Surfaces that are seen through one after the other.
+// A ray is followed through this many see-through surfaces at most.
 inline constexpr int kMostLayers = 24;
 
-// What a ray found of a surface.
+// The point where a ray hit a surface, and the surface's look there.
 struct SurfaceHit {
   const Instance* instance = nullptr;
   const SurfaceLook* look = nullptr;
@@ -52,17 +52,17 @@ class RayScene {
   // The first hit as an eye sees it: through backs of surfaces that have only a front, and through
   // what is wholly transparent.
   bool FindVisible(const Ray& ray, const RayCamera& camera, SurfaceHit* surface) const;
-  // The same for the rays of a packet that are asked for: those that see a surface.
+  // FindVisible for the `asked` rays of a packet; the result is those that see a surface.
   Lanes FindVisible(const PerRay<Ray>& rays, Lanes asked, const RayCamera& camera,
                     PerRay<SurfaceHit>* surfaces) const;
-  // The rays within which something wholly opaque lies.
+  // The `asked` rays that something wholly opaque blocks.
   Lanes FindBlocked(const PerRay<Ray>& rays, Lanes asked) const;
-  // Place of an instance that was found, among those of the picture.
+  // Index of an instance that was found, among those of the picture.
   std::uint32_t IndexOf(const Instance& instance) const {
     return static_cast<std::uint32_t>(&instance - picture_.instances.data());
   }
   bool HasSeeThroughCasters() const { return hasSeeThroughCasters_; }
-  // Diagonal of everything, and what a ray's start must keep from the surface it leaves.
+  // Diagonal of everything, and the least distance of a ray's start from the surface it leaves.
   float Size() const { return size_; }
   float Gap(const SurfaceHit& surface) const;
 

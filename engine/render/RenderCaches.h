@@ -40,7 +40,7 @@ class RenderCaches {
   std::shared_ptr<const Mesh> PrimitiveOf(host::LONG type, const host::BaseContainer& data);
   // The image file at a path, read again when its size or date have changed.
   std::shared_ptr<TextureFile> FileAt(FileSystem& files, const std::string& path);
-  // That there is no file where one was looked for.
+  // Remembers that a file was looked for at a path and is not there.
   void Missed(const std::string& path);
   // Forgets the files whose size or date have changed since they were read, and those missed that
   // are there now. Whether there were any: then scenes are worth reading again. It looks at each
@@ -57,7 +57,7 @@ class RenderCaches {
   // The texture in a file, decoded when it is asked for the first time. Null, with the reason in
   // `*problem`, when it cannot be read; that is remembered, too.
   std::shared_ptr<const Texture> TextureOf(TextureFile& file, std::string* problem);
-  // All of it, as when memory was too short for some: it is made anew when it is asked for.
+  // Forgets all geometry, as when memory was too short for some: it is made anew when asked for.
   void ForgetGeometry();
   // Forgets geometry whose mesh is gone. Called after each scene was prepared.
   void TidyGeometry();
@@ -85,7 +85,7 @@ class RenderCaches {
   };
   using PrimitiveKey = std::vector<double>;  // type and sizes
 
-  // By path, or by the address of bytes in memory.
+  // A path, or the address of bytes in memory.
   using FileKey = std::pair<std::string, const std::string*>;
 
   std::shared_ptr<CachedGeometry> SlotOf(const std::shared_ptr<const Mesh>& mesh);

@@ -43,7 +43,8 @@ class PictureInProgress {
   // prepared, says no.
   static Begun Begin(const host::BaseDocument& doc, FileSystem& files, const PictureSetup& setup,
                      RenderCaches& caches, const ProgressCallback& progress = {});
-  // The same of a scene that was read and prepared before; any thread.
+  // For a scene that was read and prepared before; any thread. Fails for such sizes and when memory
+  // is short.
   static Begun Begin(std::shared_ptr<const PreparedScene> scene, const PictureSetup& setup);
   PictureInProgress(const PictureInProgress&) = delete;
   PictureInProgress& operator=(const PictureInProgress&) = delete;
@@ -56,18 +57,19 @@ class PictureInProgress {
 
   // The picture as it stands: 8-bit sRGB, opaque. Empty before the first pass is through.
   Image Current() const;
-  // The same as linear floats; of a linear setup with all the light that there is.
+  // Current as linear floats: with the full brightness of the light where the setup is linear, else
+  // dimmed to what a screen can show.
   Image Light() const;
   // Brings `image`, kept from call to call and empty before the first, up to date with the tiles
   // that were finished since; what is not rendered yet is black. Also from inside `progress`.
   void ShowTiles(Image* image);
-  // After the first pass of a setup that takes them: at the size of the picture.
+  // Filled after the first pass of a setup that takes hits; has the size of the picture.
   const HitMap& Hits() const { return hits_; }
   // The object nearest to the eye at a pixel, 0 for none.
   NodeId ObjectAt(std::uint32_t x, std::uint32_t y) const;
   // The camera that is looked through.
   const PictureCamera& Camera() const { return look_; }
-  // What of the scene was left out and why.
+  // Parts of the scene that were left out, and why.
   const std::vector<std::string>& Notes() const { return scene_->Scene().notes; }
 
  private:
@@ -99,7 +101,7 @@ class PictureInProgress {
   std::uint32_t tileCount_;
   std::vector<Pixel> pixels_;
   std::vector<std::uint8_t> refined_;  // by pixel: whether the last pass looks at it
-  // Of the current pass: 1, and 2 when it was shown; atomic while a pass runs
+  // By tile, 1 when the current pass has finished it, 2 when it was shown; atomic while a pass runs
   std::vector<std::uint8_t> tilesDone_;
   HitMap hits_;
   int pass_ = 0;

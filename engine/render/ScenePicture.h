@@ -58,7 +58,7 @@ struct SurfaceLook {
   TextureUse occlusionTexture;  // red
   TextureUse alphaTexture;      // gray
 
-  // Of a mesh whose corners are opaque.
+  // For a mesh whose corners are opaque.
   bool CanBeSeenThrough() const {
     return transmission > 0 ||
            (alphaMode != AlphaMode::Opaque && (alpha < 1 || colorTexture || alphaTexture));
@@ -156,7 +156,7 @@ std::vector<Vec> OutlineOf(const ScenePicture& picture,
 // around the vertical axis, 0 from the front, a little above; a three-quarter view unless told.
 // Without any point it looks at the origin.
 PictureCamera FramingCamera(std::vector<Vec> points, double aspect, double turn = 0.65);
-// The same with the direction and lens of a camera.
+// FramingCamera with the direction and lens of `camera`.
 PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, double aspect);
 // A camera that shows all that is seen in a view in a picture of that width over height, and no
 // more than it must.

@@ -15,7 +15,7 @@ class SceneScan {
 
   // Reads so many more objects; true when all are read.
   bool Advance(std::size_t objects);
-  // What was read, not yet prepared; once, after the last step.
+  // The scene as read, not yet prepared; to be called once, after the last step.
   ScenePicture Take();
 
  private:

@@ -23,7 +23,7 @@ std::uint32_t Scrambled(std::uint32_t n) {
 
 float ToShare(std::uint32_t n) { return static_cast<float>(n >> 8U) * (1.0F / 16777216.0F); }
 
-// Of what is not negative and far below the end of the whole numbers: no call of a function.
+// For numbers from 0 to far below the largest 32-bit integer, without a function call.
 float Fraction(float x) { return x - static_cast<float>(static_cast<std::int32_t>(x)); }
 
 // The plastic number's sequence spreads evenly however many are taken of it (Roberts 2018): its
@@ -40,7 +40,7 @@ class Spread {
     const auto n = static_cast<float>(count);
     return {Fraction(a_ + n * kStepA), Fraction(b_ + n * kStepB)};
   }
-  // That one and the three after it.
+  // The pairs At(count) to At(count + 3).
   struct FourPairs {
     Four a;
     Four b;

@@ -12,8 +12,8 @@ namespace engine {
 // Color of the sky and the ground below it in that direction, linear.
 Vec BackdropColor(Vec direction);
 
-// How much is looked for: Quick leaves out what lies around a point and what is mirrored in it, at
-// about a quarter of the cost.
+// Quick leaves out the shade of things nearby and mirrored surroundings, at about a quarter of the
+// cost.
 enum class ShadingDetail { Full, Quick };
 
 struct FirstHit {
@@ -21,7 +21,7 @@ struct FirstHit {
   float distance = 0;  // along the ray from the eye
 };
 
-// Where a light is for a surface, and how strongly it shines on it.
+// A light as a surface sees it: where it is, and how strongly it shines.
 struct Facing {
   Vec direction;  // to the light
   float distance = std::numeric_limits<float>::infinity();
@@ -58,19 +58,19 @@ class Shading {
   struct Reflections;
   using Surfaces = PerRay<SurfaceHit>;
 
-  // Light along those of the rays. `beyond` gives the light behind everything for a ray; it is
-  // asked where that is seen only.
+  // Light along the rays in `lanes`. `beyond` gives the light behind everything for a ray; it is
+  // asked only where that is seen.
   template <class Beyond>
   PerRay<Vec> LightAlong(const Rays& rays, Lanes lanes, const Beyond& beyond,
                          PerRay<FirstHit>* first = nullptr) const;
   // Light that surfaces send against the rays.
   PerRay<Vec> LightFrom(const Surfaces& surfaces, Lanes lanes, const Rays& rays) const;
-  // Adds what of a light they send.
+  // Adds the part of one light that surfaces send against the rays.
   void AddLight(const LightSource& light, const Surfaces& surfaces, Lanes lanes, const Rays& rays,
                 PerRay<Vec>* sum) const;
   // Light from around a surface, of which it sees the share `open`.
   Vec AmbientOn(const SurfaceHit& surface, float open) const;
-  // Adds what is mirrored by surfaces as far as they are no metal, and as far as they are.
+  // Add the reflections of surfaces as far as they are no metal, and as far as they are metal.
   void AddGloss(const Surfaces& surfaces, Lanes lanes, const Rays& rays, const PerRay<Vec>& ambient,
                 PerRay<Vec>* sum) const;
   void AddMetal(const Surfaces& surfaces, Lanes lanes, const Rays& rays, const PerRay<float>& open,
@@ -80,15 +80,16 @@ class Shading {
   // The room that metals mirror where nothing of the scene is: soft, without a color, as bright as
   // the light from around.
   Vec RoomLight(Vec direction, float roughness) const;
-  // Puts the share of light, by color, that reaches surfaces where something may be in its way.
+  // Puts the share of light, by color, that reaches surfaces into `passing`, where something may be
+  // in its way.
   void LetPass(const Surfaces& from, Lanes lanes, const PerRay<Facing>& facing,
                PerRay<Vec>* passing) const;
-  // The same of a light that is no point.
+  // LetPass for a light with an extent.
   void LetPassFromDisc(const Surfaces& from, Lanes lanes, const LightSource& light,
                        const Rays& rays, PerRay<Vec>* passing) const;
-  // What of the light along a ray passes what can be seen through.
+  // Share of the light along a ray, by color, that passes the see-through surfaces in its way.
   Vec PassingThrough(Ray ray) const;
-  // How much of what is around them the surfaces see.
+  // Shares of their surroundings that the surfaces see, 0..1.
   PerRay<float> OpenShares(const Surfaces& surfaces, Lanes lanes, const Rays& rays) const;
 
   const RayScene& scene_;

@@ -37,7 +37,7 @@ Image Halved(const Image& image) {
   return half;
 }
 
-// What a byte stands for.
+// The value of each byte, by its use.
 struct ByteValues {
   std::array<float, 256> light;   // of a color
   std::array<float, 256> number;  // of a plain number
@@ -57,7 +57,7 @@ const ByteValues& ValuesOfBytes() {
   return values;
 }
 
-// The same as std::floor, but no call of a function for what textures have for coordinates.
+// std::floor without a function call for the usual texture coordinates.
 float Floor(float x) {
   constexpr float kWhole = 8388608;  // from here on every float is a whole number
   if (!(std::abs(x) < kWhole)) return std::floor(x);

@@ -58,7 +58,7 @@ class Texture {
   bool IsLike(const Texture& other) const;
   // The color there, black where u or v was no number.
   Texel ColorAt(const Spot& spot) const;
-  // The same with the bytes taken as plain numbers (normal maps).
+  // ColorAt with the bytes taken as plain numbers (normal maps).
   Texel NumbersAt(const Spot& spot) const;
 
   std::size_t Bytes() const;

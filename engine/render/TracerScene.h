@@ -22,7 +22,7 @@ class TracerScene {
     if (scene_ && !isBroken_) rtcReleaseScene(scene_);
   }
 
-  // After all that is in it was attached.
+  // To be called once everything in it is attached.
   void Build() {
     if (scene_) rtcCommitScene(scene_);
     isBroken_ = !scene_ || rtcGetDeviceError(device_) != RTC_ERROR_NONE;

@@ -26,7 +26,7 @@ struct PackedScene {
 struct DeletedState {
   std::string name;
   std::string recorded;      // "2026-03-05 14:07:09", local time; empty where nothing says so
-  std::string deleted;       // the same
+  std::string deleted;       // in the same form
   bool overwritten = false;  // recorded over; else deleted
   std::shared_ptr<const PackedScene> packed;
 };
@@ -35,11 +35,11 @@ using SharedDeletedStates = std::shared_ptr<const DeletedStates>;
 
 // Empty where there are none.
 const DeletedStates& DeletedStatesOf(const host::BaseDocument& doc);
-// The same as the document has it, null for none; and giving it another list.
+// The document's list itself, null for none; and giving it another list.
 const SharedDeletedStates& SharedDeletedStatesOf(const host::BaseDocument& doc);
 void SetDeletedStates(host::BaseDocument& doc, SharedDeletedStates states);
 
-// What a Stagemark is made of, in and out of a packed scene.
+// The contents of a Stagemark, in and out of a packed scene.
 struct StateParts {
   host::BaseContainer record;
   host::BaseContainer entry;
@@ -48,7 +48,7 @@ struct StateParts {
 };
 // A scene with copies of all that; the settings keep their identity.
 OwnedDocument SceneOfState(const StateParts& parts);
-// What such a scene holds; borrows from it.
+// The contents of such a scene; borrows from it.
 StateParts PartsOfScene(const host::BaseDocument& scene);
 // Puts a copy of the settings behind the first ones of `doc`, with the same identity where that is
 // free there.

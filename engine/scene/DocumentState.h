@@ -1,7 +1,7 @@
-// What a host knows of a document beyond the published interface: counts of its changes, for views
-// and caches; scene camera and active settings by identity; selection in its order; what it keeps
-// for its reader; its place in the chain of open documents. Main thread; a document that no other
-// thread changes may be read on any.
+// The state of a document beyond the published interface: counts of its changes, for views and
+// caches; scene camera and active settings by identity; selection in its order; data kept for its
+// reader; its place in the chain of open documents. Main thread; a document that no other thread
+// changes may be read on any.
 #pragma once
 
 #include <cstddef>
@@ -36,8 +36,8 @@ std::vector<host::BaseList2D*> SelectedInOrder(const host::BaseDocument& doc);
 // The tag selected last that is still selected, or null, as GetActiveObject tells the object.
 host::BaseTag* ActiveTagOf(const host::BaseDocument& doc);
 
-// What else a reader wants to keep with a document, given to copies of the document, too: sections
-// that it does not know, say.
+// Further data that a reader keeps with a document, such as sections that it does not know; copies
+// of the document get it, too.
 void KeepWith(host::BaseDocument& doc, std::shared_ptr<const void> kept);
 const std::shared_ptr<const void>& KeptWith(const host::BaseDocument& doc);
 

@@ -26,7 +26,7 @@ struct EditorView {
   double aspect = 1;  // width over height of what is seen
 };
 
-// Neither is a change of the document. None: nobody looks at it.
+// Setting the view is no change of the document. None: nobody looks at it.
 void SetEditorView(host::BaseDocument& doc, const std::optional<EditorView>& view);
 const std::optional<EditorView>& EditorViewOf(const host::BaseDocument& doc);
 

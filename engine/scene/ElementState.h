@@ -1,7 +1,7 @@
-// What elements hold, as readers, writers and pictures of scenes take it: bits, modes, links by
-// identity and layer flags as they are. Setting here marks no document changed and tells no view:
-// it is for elements that are being made. Main thread; reading on any thread that may read the
-// scene.
+// The contents of elements, as readers, writers and pictures of scenes take them: bits, modes,
+// links by identity and layer flags as they are. Setting here marks no document changed and tells
+// no view: it is for elements that are being made. Main thread; reading on any thread that may read
+// the scene.
 #pragma once
 
 #include "engine/scene/NodeIds.h"

@@ -9,8 +9,8 @@
 
 namespace engine {
 
-// What a file says beside what the format itself means: a String, the text of the JSON value. An
-// object has that of its node and that of its mesh, a document that of its scene.
+// Data of a file beyond what its format defines: a String, the text of the JSON value. An object
+// has that of its node and that of its mesh, a document that of its scene.
 inline constexpr host::LONG kExtras = 1059403;
 inline constexpr host::LONG kMeshExtras = 1059404;
 // Of a light, a REAL: what a brightness of 1 is in the unit of the file, candela or, of a sun, lux.

@@ -1,7 +1,7 @@
 // New elements beyond what the published classes make: of any class by its kind, a copy of a whole
-// document, and a name that none of an element's neighbors has; JointCopy.h copies several elements.
-// What is returned is in no place and belongs to the caller, who puts it into a scene or destroys
-// it. Main thread.
+// document, and a name that none of an element's neighbors has; JointCopy.h copies several
+// elements. New elements are in no place and belong to the caller, who puts them into a scene or
+// destroys them. Main thread.
 #pragma once
 
 #include "engine/scene/NodeTypes.h"

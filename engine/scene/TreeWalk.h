@@ -8,8 +8,8 @@
 
 namespace engine {
 
-// What owns an element: parent, object of a tag, settings of a post, element of a shader, document;
-// null for one in no place.
+// The owner of an element: parent, object of a tag, settings of a post, element of a shader,
+// document; null for one in no place.
 host::BaseList2D* OwnerOf(const host::GeListNode& node);
 
 // The next node of a depth-first pre-order walk that stays below `root` (null: walks on through the

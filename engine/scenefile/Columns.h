@@ -31,9 +31,9 @@ ColumnValues TakeInts(Cursor& in, std::size_t rows);
 ColumnValues TakeWords(Cursor& in, std::size_t rows);
 std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows);
 
-// The same for whoever wants little of a column: goes over it; the values at rows that rise, which
-// must lie in it; how often each value occurs. O(bytes), or O(rows) where no two neighbors differ by
-// the same.
+// For callers that want little of a column, with the same checks: Skip passes over it; PickInts
+// gives the values at the rows `wanted`, which rise and must lie in it; TallyInts gives how often
+// each value occurs. O(bytes), or O(rows) where no two neighbors differ by the same.
 void SkipInts(Cursor& in, std::size_t rows);
 void SkipWords(Cursor& in, std::size_t rows);
 ColumnValues PickInts(Cursor& in, std::size_t rows, std::span<const std::size_t> wanted);

@@ -24,7 +24,7 @@ class ContainerWriter {
   // The file's numbers, by what Add answered.
   std::span<const std::uint32_t> Numbers() const { return numbers_; }
   std::string Contents() const;
-  // Bytes that a reader takes for them, rather too many than too few.
+  // Memory that a reader takes for them, in bytes: an estimate, rather too high than too low.
   std::uint64_t MemoryToRead() const;
 
  private:

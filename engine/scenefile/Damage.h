@@ -19,11 +19,11 @@ struct Damage {
 // Decimal digits in groups of three: 1204 gives "1,204".
 std::string Grouped(std::uint64_t number);
 
-// What a file of so many bytes may take in memory when it is opened: more the larger it is, and
-// never what this machine does not have, so that a short file that unfolds without end is refused
-// while the program that opens it lives on. STAGEMARKS_OPEN_MEMORY (GiB) allows another amount.
+// Bytes of memory that opening a file of so many bytes may take: more the larger it is, and never
+// more than this machine has, so that a short file that unfolds without end is refused while the
+// program that opens it lives on. STAGEMARKS_OPEN_MEMORY (GiB) allows another amount.
 std::uint64_t MemoryFor(std::uint64_t fileBytes);
-// Bytes that a file of `fileBytes` needs besides so that one that takes `memory` may be opened.
+// Bytes to add to a file of `fileBytes` so that opening it may take `memory` bytes.
 std::uint64_t RoomFor(std::uint64_t memory, std::uint64_t fileBytes);
 
 class Budget {

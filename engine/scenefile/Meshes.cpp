@@ -97,9 +97,9 @@ std::shared_ptr<Mesh> TakeMesh(Cursor& in) {
   return mesh;
 }
 
-// What colors name their mesh by, so that they are found again in a file that a program has written
-// which keeps them without knowing them: the sum of the mesh's bytes, and which of the meshes with
-// that sum it is.
+// Identifies a mesh in section COLORS: the sum of the mesh's bytes, and which of the meshes with
+// that sum it is. So colors find their mesh again in a file written by a program that keeps them
+// without knowing them.
 struct MeshTag {
   std::uint64_t sum;
   std::uint64_t number;

@@ -22,7 +22,7 @@ class MeshWriter {
     std::string colors;
   };
   Sections Contents() const;
-  // Bytes that a reader takes for them, rather too many than too few.
+  // Memory that a reader takes for them, in bytes: an estimate, rather too high than too low.
   std::uint64_t MemoryToRead() const;
 
  private:

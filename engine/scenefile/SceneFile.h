@@ -24,18 +24,18 @@ Result<std::vector<std::string>> WriteScene(const host::BaseDocument& doc,
                                             const ProgressCallback& progress = {},
                                             const std::string& folder = "");
 
-// A new document without path and name. One that would
-// need more than `memoryLimit` bytes (0: what a file of its size may take) is refused. Names
-// relative to the file become absolute where its `folder` is given.
+// A new document without path and name. One that would need more than `memoryLimit` bytes (0: what
+// a file of its size may take) is refused. Names relative to the file become absolute where its
+// `folder` is given.
 Result<OwnedDocument> ReadScene(std::string_view bytes, std::uint64_t memoryLimit = 0,
                                 const ProgressCallback& progress = {},
                                 const std::string& folder = "");
 
-// The same with a file. The person hears of the progress of scenes with many elements and may stop
-// it: then nothing is opened, and a file that is there stays as it is. Saving leaves the
-// document's path, name and "changed" as they are; opening sets path and name. `now` says what the
-// file is, as far as that is known, and learns what it then is: where nothing changes, no former
-// version is kept.
+// WriteScene to a file and ReadScene from one. The person hears of the progress of scenes with many
+// elements and may stop it: then nothing is opened, and a file that is there stays as it is. Saving
+// leaves the document's path, name and "changed" as they are; opening sets path and name. `now`
+// says what the file is, as far as that is known, and learns what it then is: where nothing
+// changes, no former version is kept.
 Status SaveSceneFile(const Services& services, const host::BaseDocument& doc,
                      const std::string& path, Replacing how = {}, FileAsRead* now = nullptr);
 Result<OwnedDocument> OpenSceneFile(const Services& services, const std::string& path,

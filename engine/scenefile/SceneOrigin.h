@@ -11,7 +11,7 @@ class BaseDocument;
 
 namespace engine {
 
-// From now on the files that this document is saved to tell `origin`, a word; empty: nothing.
+// Sets the word that files of this document tell when it is saved from now on; empty: none.
 // Opening a file forgets it.
 void SetSceneOrigin(host::BaseDocument& doc, const std::string& origin);
 

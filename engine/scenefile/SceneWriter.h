@@ -24,7 +24,7 @@ class SceneWriter {
   // Everything but the sections that were kept. Throws Damage for a scene that no reader would
   // take.
   void Write(SectionWriter& sections);
-  // Bytes that a reader takes for what was written, rather too many than too few.
+  // Memory that a reader takes for the file, in bytes: an estimate, rather too high than too low.
   std::uint64_t MemoryToRead() const;
 
  private:

@@ -25,7 +25,7 @@ struct NamedStore {
 inline constexpr NamedStore kListOfStates{1023294, 20000, 20003};
 
 inline constexpr const char* kNamesSection = "NAMES";
-// What the names come from: they are right as long as these sections are the same.
+// Sections that the names come from: the names are right as long as these are the same.
 inline constexpr std::string_view kSourcesOfNames[] = {"TEXTS", "VALUES", "DOCUMENT"};
 
 struct StateNames {
@@ -36,7 +36,7 @@ struct StateNames {
 // Goes behind those sections; nothing is added where the list has no Stagemarks or does not tell of
 // all.
 void AddStateNames(const host::BaseDocument& doc, SectionWriter& out);
-// What the section holds, right or not any more. Throws Damage.
+// Reads the section, whether its names are still right or not. Throws Damage.
 StateNames ReadStateNames(std::string_view contents, Budget& budget);
 
 }  // namespace engine

@@ -19,7 +19,7 @@ class TextWriter {
   // The row of a text. Asking for the text asked for last is quick.
   std::uint64_t Row(std::string_view text);
   std::string Contents() const;
-  // Bytes that a reader takes for them, rather too many than too few.
+  // Memory that a reader takes for them, in bytes: an estimate, rather too high than too low.
   std::uint64_t MemoryToRead() const { return bytes_.size() * 4 + starts_.size() * 200; }
 
  private:

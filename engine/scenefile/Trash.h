@@ -19,8 +19,8 @@ std::string TrashContents(const DeletedStates& states);
 // Looks into none of the packed scenes. Throws Damage.
 SharedDeletedStates ReadTrash(std::string_view contents, Budget& budget);
 
-// The scene of a deleted Stagemark as a document of the caller's own; why not, for a person, where
-// it is damaged.
+// The scene of a deleted Stagemark as a document that the caller owns. Fails, with the reason for a
+// person, where it is damaged.
 Result<OwnedDocument> Unpack(const PackedScene& packed);
 // Frees the documents of those that have been packed. Main thread.
 void KeepPackedOnly(const DeletedStates& states);

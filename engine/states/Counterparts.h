@@ -15,8 +15,8 @@ class Counterparts {
   Counterparts(const host::BaseDocument& from, const host::BaseDocument& to)
       : from_(from), to_(to) {}
 
-  // The element of `to` for one of `from`, 0 where there is none. The first one that is not found by
-  // its identity costs a walk over both documents.
+  // The element of `to` for one of `from`, 0 where there is none. The first one that is not found
+  // by its identity costs a walk over both documents.
   NodeId Find(NodeId element);
   // Whether two links say the same: both lead nowhere, or one to the other's counterpart.
   bool AreSame(NodeId from, NodeId to) { return from == 0 ? to == 0 : to != 0 && Find(from) == to; }
@@ -24,7 +24,7 @@ class Counterparts {
  private:
   const host::BaseDocument& from_;
   const host::BaseDocument& to_;
-  // Once something is not found by its identity.
+  // Made once something is not found by its identity.
   std::optional<ElementPlaces> here_;
   std::optional<ElementPlaces> there_;
 };

@@ -53,7 +53,7 @@ class Gathering {
     }
     byPart_[IndexOf(part)].push_back({part, kind, element, counterpart, std::move(fields)});
   }
-  // Of a part whose changes were found from the last to the first.
+  // For a part whose changes were found from the last to the first.
   void Reverse(Part part) { std::ranges::reverse(byPart_[IndexOf(part)]); }
 
   Difference Take() {
@@ -353,7 +353,7 @@ class SceneWalk {
     held_.reset();
   }
 
-  // From the last entry to the first, null when there is none left.
+  // Steps from the last entry to the first; null when there is none left.
   const Entry* PreviousEntry() {
     while (entriesLeft_ == 0) {
       if (stretchesLeft_ <= 1) return nullptr;
@@ -398,7 +398,7 @@ class SceneWalk {
                                                          : std::vector<FieldChange>());
   }
 
-  // The list is through: on to what it does not know.
+  // At the end of a list: goes on to the elements that it does not have.
   void BeginUnknown() {
     EndList();
     step_ = Step::Unknown;

@@ -21,7 +21,7 @@ struct ElementChange {
   // Object, tag or layer; of the render settings those of the left side (else of the right), of the
   // camera 0, because it is a fact of the scene.
   NodeId element;
-  // The same element in the document of the right side.
+  // `element` in the document of the right side.
   NodeId counterpart;
   // Empty for an element beyond CompareOptions::mostFields. Of one that only one side has: all that
   // it says of it.
@@ -37,7 +37,7 @@ struct PartCount {
 };
 
 struct Difference {
-  // By part; within a part first what the left side has in its order.
+  // By part; within a part first the elements of the left side, in its order.
   std::vector<ElementChange> changes;
   std::array<PartCount, kParts> counts{};
   // Records of elements that are in the scene no more, which apply to nothing: as far as the right
@@ -54,12 +54,14 @@ struct Difference {
 
 struct CompareOptions {
   Parts parts = AllParts();
-  // Of so many elements of each part and kind of change the fields are told, whichever these are;
-  // of the others, that they differ.
+  // Most elements of each part and kind of change whose fields are told, whichever these are; of
+  // the others, only that they differ.
   std::size_t mostFields = SIZE_MAX;
-  // Of the scene: what the state says nothing of, in parts that it holds, counts as only there.
+  // In CompareWithScene: elements that the state says nothing of, in parts that it holds, count as
+  // only in the scene.
   bool unknown = true;
-  // Of the scene: also what means nothing (see SceneComparison), as loading would write it.
+  // In CompareWithScene: also values that mean nothing (see SceneComparison), as loading would
+  // write them.
   bool everyEntry = false;
 };
 
@@ -76,8 +78,8 @@ Difference CompareStates(const host::BaseDocument& leftDoc, const host::BaseCont
 Difference CompareWithScene(const host::BaseDocument& doc, const host::BaseContainer& record,
                             const CompareOptions& options = {});
 
-// These in steps, so that a window lives on meanwhile. The document must neither change nor go
-// between them; the records are shared.
+// The comparisons above in steps, so that a window stays alive meanwhile. The document must neither
+// change nor go between the steps; the records are shared.
 class StepwiseComparison {
  public:
   StepwiseComparison(const host::BaseDocument& doc, const host::BaseContainer& record,
@@ -93,7 +95,7 @@ class StepwiseComparison {
   bool Advance(std::size_t elements);
   // Whether any difference has been found yet.
   bool HasFound() const;
-  // After the last step, once.
+  // To be called once, after the last step.
   Difference Take();
 
  private:
@@ -107,11 +109,11 @@ void TellFields(const host::BaseDocument& doc, const host::BaseContainer& record
                 const CompareOptions& options, Difference& toScene,
                 const std::vector<std::size_t>& changes);
 
-// Left and right exchanged.
+// The difference with left and right exchanged.
 Difference Mirrored(Difference difference);
 
-// Of what loading would change, that which no Stagemark of the document could bring back: indices
-// of `toScene.changes`, which came from CompareWithScene. LostSearch.h does it in steps.
+// Values that loading would change and no Stagemark of the document could bring back: indices of
+// `toScene.changes`, which came from CompareWithScene. LostSearch.h does it in steps.
 std::vector<std::size_t> FindLost(const host::BaseDocument& doc,
                                   const std::vector<StoredState>& states,
                                   const Difference& toScene);

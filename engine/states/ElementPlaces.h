@@ -1,6 +1,7 @@
 // ElementPlaces: where each element of a document stands, told by its type and name, those of all
-// that it lies in, and its number among equals: so that an element of one scene is found in another.
-// Computed once; the document stays unchanged meanwhile. O(elements), however deep. Main thread.
+// that it lies in, and its number among equals: so that an element of one scene is found in
+// another. Computed once; the document stays unchanged meanwhile. O(elements), however deep. Main
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -13,12 +14,12 @@
 
 namespace engine {
 
-// Of a type and name inside an element, or in the document itself (kTopPlace); all equals have the
-// same one. The same in all documents, but of one run of the program only.
+// Stands for a type and name inside an element, or in the document itself (kTopPlace); all equals
+// have the same one. The same in all documents, but only within one run of the program.
 using PlaceKey = std::uint64_t;
 inline constexpr PlaceKey kTopPlace = 1;
 PlaceKey KeyInside(PlaceKey inside, host::LONG type, std::string_view name);
-// What lies in the equal of that number lies inside this.
+// `inside` for the children of the element with that key and that position among its equals.
 PlaceKey InsideOf(PlaceKey key, std::size_t position);
 
 class ElementPlaces {

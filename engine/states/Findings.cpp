@@ -49,7 +49,7 @@ std::string Counted(std::size_t count, std::string noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-// What a record list is about, one of it.
+// Noun for one element of a record list.
 const char* NounOf(LONG list) {
   return list == kStoredObjects ? "object" : list == kStoredLayers ? "layer" : "tag";
 }
@@ -57,7 +57,7 @@ const char* NounOf(Part part) {
   return part == Part::Objects ? "object" : part == Part::Layers ? "layer" : "tag";
 }
 
-// What is odd about a stretch of records, which several states may share.
+// Oddities in a stretch of records, which several states may share.
 struct StretchFacts {
   std::size_t size = 0;
   std::size_t gone = 0;                 // records of elements that are in the scene no more
@@ -311,7 +311,7 @@ class Search {
     return a ^ a >> 29;
   }
 
-  // The same for Stagemarks that say the same, but for elements that one records twice.
+  // Equal for Stagemarks that say the same, but for elements that one records twice.
   std::uint64_t DigestOf(const StoredState& state) {
     std::uint64_t digest = RecordedCamera(doc_, state.record).value_or(1);
     if (const host::RenderData* settings = RecordedSettings(doc_, state.record)) {
@@ -361,7 +361,7 @@ class Search {
     }
   }
 
-  // Beside a scene whose side folder is there.
+  // Only for a scene whose side folder is there.
   void Previews() {
     const std::string folder = SideFolderOf(doc_);
     if (folder.empty()) return;

@@ -24,7 +24,7 @@ struct FindingKind {
   bool fixable;         // FixFindings has one safe answer
 };
 std::span<const FindingKind> FindingKinds();
-// Null for a code that there is not.
+// Null for an unknown code.
 const FindingKind* FindFindingKind(const std::string& code);
 
 struct Finding {

@@ -83,7 +83,7 @@ const PartRow* PartOfElement(host::LONG list, host::BaseList2D& element);
 // A state's copy of render settings, null where it has none that is still there.
 host::RenderData* RecordedSettings(const host::BaseDocument& doc,
                                    const host::BaseContainer& record);
-// Its camera, 0 for none; nothing where it says nothing of it.
+// A state's camera, 0 for none; nothing where the state does not record it.
 std::optional<NodeId> RecordedCamera(const host::BaseDocument& doc,
                                      const host::BaseContainer& record);
 // The scene's camera, 0 for none.
@@ -99,8 +99,8 @@ class RecordList {
   using Stretch = std::span<const Entry>;
   // Lists that hold the same entries have stretches at the same addresses.
   const std::vector<Stretch>& Stretches() const { return stretches_; }
-  // Between which elements those of a stretch lie, by its number, where that is known: then each of
-  // its records has an element, and no two the same.
+  // The range of the elements in a stretch (by its number), where it is known: then each of its
+  // records has an element, and no two the same.
   LinkRange ElementsOf(std::size_t stretch) const {
     return ranges_.empty() ? LinkRange() : ranges_[stretch];
   }
@@ -118,8 +118,8 @@ class RecordList {
   host::LONG link_;
 };
 
-// What two lists say differently of one element; null for a list that does not have it. Both may
-// say the same in another block.
+// Records of one element in two lists, null for a list that does not have it. They are different
+// blocks, but may say the same.
 struct RecordPair {
   NodeId element;
   const ContainerBody* left;

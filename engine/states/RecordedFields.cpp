@@ -62,7 +62,7 @@ bool SameBlocks(const ContainerBody* a, const ContainerBody* b) {
   return SameBodies(a, b, OwnIds::kIgnored);
 }
 
-// Alike but for the link to the tag.
+// Whether two records are alike but for the link to the tag.
 bool SameButLink(const ContainerBody* a, const ContainerBody* b) {
   if (!a || !b || SizeOf(a) != SizeOf(b) || a->IsLong() || b->IsLong()) return false;
   const EntrySpan left = a->All();
@@ -87,7 +87,7 @@ bool IsZero(const GeData& value) {
           value.GetReal() == 0);
 }
 
-// 0 where the material is gone.
+// `id`, or 0 where the material is gone.
 NodeId LiveMaterial(const host::BaseDocument& doc, NodeId id) {
   return AsMaterial(FindNode(&doc, id)) ? id : 0;
 }

@@ -24,11 +24,11 @@ using Fields = std::vector<FieldNow>;
 // with all its values: -100, -101, ...
 inline constexpr host::LONG kFieldEffects = -100;
 
-// Of a record of that part: an object's modes, a layer's flags, a tag's parameters. Values that
-// apply alike read alike: a mode outside the three there are is undefined, a flag is 0 or 1, a link
-// to a material that is gone is a null link. A record that is null says nothing.
+// Fields of a record: an object's modes, a layer's flags, a tag's parameters. Values that apply
+// alike read alike: a mode outside the three there are is undefined, a flag is 0 or 1, a link to a
+// material that is gone is a null link. None for a record that is null.
 Fields FieldsOfRecord(const host::BaseDocument& doc, Part part, const ContainerBody* record);
-// The same of the element in the scene; it is of the kind that the part is about.
+// Those fields of the element in the scene, which must be of the kind that the part is about.
 Fields FieldsInScene(const host::BaseDocument& doc, Part part, const host::BaseList2D& element);
 // All parameters, and all effects and passes. The name is not among them: loading keeps it.
 Fields FieldsOfSettings(const host::RenderData& settings);

@@ -131,7 +131,7 @@ class MatrixBuilder {
     return parts;
   }
 
-  // What is not the same block in all states.
+  // Elements whose records are not the same block in all states.
   void FindCandidates() {
     for (std::size_t i = 1; i < lists_.size(); ++i) {
       for (const RecordPair& pair : UnsharedRecords(*lists_[i - 1], *lists_[i]))

@@ -41,16 +41,17 @@ class StateMatrix {
   bool Holds(std::size_t row, std::size_t state) const { return Cell(row, state) != nullptr; }
   // Whether it says otherwise than the nearest state before it that holds the element.
   bool IsChanged(std::size_t row, std::size_t state) const;
-  // What it says, as a person reads it: the fields in which the states differ with their names, of
-  // camera and materials the value alone; "held" where all that hold it agree; empty where it does
-  // not hold the element.
+  // A cell for a person: the fields in which the states differ, with their names, of camera and
+  // materials the value alone; "held" where all states that hold the element agree; empty where
+  // this one does not hold it.
   std::string Text(std::size_t row, std::size_t state) const;
-  // All fields, for a program.
+  // All fields of a cell, for a program.
   Fields CellFields(std::size_t row, std::size_t state) const;
 
  private:
   friend class MatrixBuilder;
-  // What states say from one of them on, until the next run of the row; null: they do not hold it.
+  // The record of all states from `state` to the next run of the row; null: they do not hold the
+  // element.
   struct Run {
     std::uint32_t row;
     std::uint32_t state;

@@ -19,7 +19,7 @@ using host::LONG;
 
 namespace {
 
-// Of the names above an element so many bytes are shown at most.
+// Most bytes that are shown of the names above an element.
 constexpr std::size_t kLongestPath = 240;
 
 std::string Dump(const Json& json) {
@@ -54,7 +54,7 @@ class ElementTexts {
     return found->second;
   }
 
-  // Of a text that TextOf gave.
+  // The element of a text that TextOf gave.
   NodeId IdOfText(const Json& text) const {
     if (text.is_null()) return 0;
     if (text.is_object()) return std::stoull(text["gone"].get<std::string>());

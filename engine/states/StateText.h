@@ -22,7 +22,7 @@ namespace engine {
 bool WriteStatesAsText(const host::BaseDocument& doc, const std::vector<StoredState>& states,
                        const std::string& scene, TextSink sink);
 
-// What becomes of a Stagemark whose name the scene has already.
+// Treatment of a Stagemark whose name the scene has already.
 enum class SameName { Refused, Replaced, Kept };
 
 struct TakeInOptions {
@@ -33,7 +33,7 @@ struct TakeInOptions {
   bool evenEmpty = false;  // those, too, of which the scene has no element
 };
 
-// What was taken in, and which elements of the text were found in the scene by what.
+// The Stagemarks that were taken in, and how the elements of the text were found in the scene.
 struct TakenIn {
   enum class Outcome { Added, Replaced, Kept };
   struct State {

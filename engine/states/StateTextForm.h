@@ -33,7 +33,7 @@ class UnreadableText : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// What a text consists of: its Stagemarks, and its elements by the names that it has for them.
+// The parts of a text: its Stagemarks, and its elements by the names that it has for them.
 using TextElements = std::unordered_map<std::string, Json>;
 struct StateTextContents {
   Json states;
@@ -44,7 +44,7 @@ StateTextContents ParseStateText(std::string_view text);
 // As TakeInStates; throws for what cannot be read.
 Result<TakenIn> TakeInContents(host::BaseDocument& doc, const StateTextContents& text,
                                const TakeInOptions& options);
-// What `work` answers, or a failure with what it threw, for a person.
+// The result of `work`, or a failure with the message of its exception, for a person.
 template <class T, class Work>
 Result<T> WhereReadable(const Work& work) {
   try {
@@ -57,21 +57,21 @@ Result<T> WhereReadable(const Work& work) {
 }
 // The element of that name; throws where the text does not describe it.
 const Json& ElementCalled(const TextElements& elements, const std::string& name);
-// Of an element, 0 for none; and as it is written. Throws for what is no identity.
+// The identity of an element, 0 for none; and one from its text. Throws for what is no identity.
 NodeId IdentityOf(const Json& element);
 NodeId IdentityFromText(const std::string& text);
 // A whole number among the members of an object.
 host::LONG NumberOr(const Json& object, const char* name, host::LONG otherwise);
 
-// A link as text and back. Reading may say that the element is not there, by nothing.
+// A link as text and back. Reading gives nothing where the element is not there.
 using LinkToText = std::function<Json(NodeId)>;
 using TextToLink = std::function<std::optional<NodeId>(const Json&)>;
 
 // The names of the keys of one kind of container.
 class KeyNames {
  public:
-  // Of a record in that list (kStoredObjects, kStoredLayers, kStoredTags), for tags by their type;
-  // of the data of render settings for host::Rbase.
+  // Names for a record in that list (kStoredObjects, kStoredLayers, kStoredTags), for tags by their
+  // type; for host::Rbase, names for the data of render settings.
   static const KeyNames& Of(host::LONG list, host::LONG type);
 
   std::string NameOf(host::LONG key) const;
@@ -115,9 +115,9 @@ struct RecordContents {
   std::optional<host::BaseContainer> tags;
   std::optional<host::BaseContainer> date;
 };
-// That for the list of objects, layers or tags.
+// The container for the list of objects, layers or tags.
 std::optional<host::BaseContainer>& PartOf(RecordContents& contents, host::LONG list);
-// Put together as recording does.
+// A record put together from its contents as recording does it.
 host::BaseContainer Assembled(const RecordContents& contents);
 // A container with one link under its own number or another one.
 host::BaseContainer LinkHolder(host::LONG key, NodeId target);

@@ -1,5 +1,5 @@
-// From the bytes of a text of states to its JSON. Elements, of which there may be a million, go into
-// a table: members of an object are looked for one by one.
+// From the bytes of a text of states to its JSON. Elements, of which there may be a million, go
+// into a table: members of an object are looked for one by one.
 #include <charconv>
 #include <limits>
 
@@ -18,7 +18,7 @@ std::string WithoutMark(const std::string& message) {
   return mark == std::string::npos ? message : message.substr(mark + 2);
 }
 
-// What the parser tells, piece by piece.
+// Gathers the contents of a text from the events of the parser.
 class TextGathering : public nlohmann::json_sax<Json> {
  public:
   StateTextContents contents;

@@ -54,7 +54,8 @@ class ElementFinder {
  private:
   const Json& Described(const std::string& name) const { return ElementCalled(elements_, name); }
 
-  // What was gone there stays so here: an element of that identity would be another one.
+  // An element that was gone when the text was written stays gone: one of that identity here would
+  // be another one.
   NodeId IdOfGone(const Json& text) const {
     const NodeId id = IdentityFromText(RequiredText(text, "gone"));
     return FindNode(&doc_, id) ? 0 : id;

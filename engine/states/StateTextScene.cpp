@@ -43,7 +43,7 @@ class SceneFromText {
 
   void Build() {
     for (const auto& [name, json] : elements_) {
-      // What it lies in comes first.
+      // The elements that it lies in come first.
       std::vector<std::string> way{name};
       while (!made_.contains(way.back()) && Above(way.back())) {
         way.push_back(*Above(way.back()));

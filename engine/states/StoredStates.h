@@ -63,15 +63,15 @@ struct StoredDate {
   auto operator<=>(const StoredDate&) const = default;
   // "2026-03-05 14:07:09"; empty where nothing was recorded.
   std::string Text() const;
-  // What Text gave; no date for another text.
+  // Inverse of Text; no date for any other text.
   static StoredDate FromText(const std::string& text);
   // "2026-03-05T14:07:09+01:00", ISO 8601 with what this machine's zone had then; empty for what
   // is no date.
   std::string WithZone() const;
 };
 
-// What stands in one of the stores under an ID, null for nothing: deleting leaves an empty
-// container there. The store may be null.
+// The container under an ID in one of the stores; null where there is none or an empty one, which
+// deleting leaves there. The store may be null.
 const host::BaseContainer* StoredUnder(const host::BaseContainer* store, host::LONG id);
 // The date in a record or a list entry; no date where there is none.
 StoredDate DateOf(const host::BaseContainer& holder);

@@ -25,7 +25,7 @@ std::string TextOf(const host::LocalFileTime& time) {
   return StoredDate{{time.year, time.month, time.day, time.hour, time.minute, time.second}}.Text();
 }
 
-// Its records, as far as they may be its own.
+// Records of a Stagemark, as far as they may be its own.
 std::size_t RecordsIn(const BaseContainer& record) {
   std::size_t count = 1;
   for (const ListRow& row : kRecordLists) {
@@ -86,8 +86,8 @@ DeletedState Packed(const Gone& gone, const StoredDataScope& scope, const KeptPr
 
 std::vector<LONG> StoresOfStates() { return {kStagemarksId, kStoredEntries}; }
 
-// What a link leads to may be anything of this person's, which is not to get into the trash of a
-// scene that others read.
+// A link may lead to any file of this person's, which must not get into the trash of a scene that
+// others read.
 void KeptPreviews::Take(const BaseDocument& doc, const std::string& name) {
   const std::string path = PreviewFileIn(SideFolderOf(doc), name);
   if (path.empty() || kept_.contains(name)) return;
@@ -146,7 +146,7 @@ void KeptPreviews::Exchange(BaseDocument& doc) noexcept {
   live_ = 1 - live_;
 }
 
-// What cannot be written is kept, and written when the step comes round again.
+// A preview that cannot be written is kept, and written when the step comes round again.
 void KeptPreviews::ExchangeOne(const std::string& name, const std::string& path, Kept& kept) const {
   FileSystem& files = services_.files;
   const int wanted = 1 - live_;

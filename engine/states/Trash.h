@@ -1,6 +1,6 @@
-// Trash: Stagemarks that were deleted or recorded over go into the trash of their document, and come
-// back from it. The plug-in has no part in this. Previews are files and come back with them. Main
-// thread.
+// Trash: Stagemarks that were deleted or recorded over go into the trash of their document, and
+// come back from it. The plug-in has no part in this. Previews are files and come back with them.
+// Main thread.
 #pragma once
 
 #include <map>
@@ -33,7 +33,7 @@ class KeptPreviews : public OutsideChange {
   explicit KeptPreviews(const Services& services) : services_(services) {}
   // Reads the preview of that Stagemark.
   void Take(const host::BaseDocument& doc, const std::string& name);
-  // What Take read; null where there is none.
+  // The preview that Take read; null where there is none.
   Bytes Of(const std::string& name) const;
   // Forgets those that are on the disk as they were. False when none is left.
   bool KeepChanged(const host::BaseDocument& doc);
@@ -63,9 +63,9 @@ class KeptPreviews : public OutsideChange {
 void MoveToTrash(const Services& services, StoredDataScope& scope, host::BaseDocument& doc,
                  const std::string& recorded, const KeptPreviews& previews);
 
-// Gives back the Stagemark at that position of the trash, under the name `as`, or its own where that
-// is empty, as one undo step; the name it has. Its preview is written beside the scene. On failure,
-// with a reason for a person, nothing is changed.
+// Gives back the Stagemark at that position of the trash as one undo step, under the name `as`, or
+// its own where that is empty. The result is the name it has. Its preview is written beside the
+// scene. On failure, with a reason for a person, nothing is changed.
 Result<std::string> RestoreDeleted(const Services& services, host::BaseDocument& doc,
                                    std::size_t position, const std::string& as = "");
 // Forgets what is in the trash, as one undo step.

@@ -177,7 +177,7 @@ struct Difference {
   }
   bool operator()(const ParkedNode&) const { return false; }
   bool operator()(const NodePlace&) const { return false; }
-  // What is stored is not the scene's.
+  // Data stored for plug-ins is not part of the scene.
   bool operator()(const std::unique_ptr<KeptStores>&) const { return false; }
 };
 

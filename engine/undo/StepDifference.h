@@ -20,7 +20,7 @@ struct StepDifference {
   std::size_t others = 0;
   bool activeSettings = false;  // other render settings are the active ones
   bool sceneCamera = false;
-  // The same for a person, one fact a line, "was -> is", of the first elements.
+  // The differences as text for a person, one fact a line, "was -> is", of the first elements.
   std::vector<std::string> lines;
 
   bool IsEmpty() const {

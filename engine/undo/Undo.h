@@ -20,8 +20,8 @@ bool CanRedo(const host::BaseDocument& doc);
 // never named.
 std::string UndoName(const host::BaseDocument& doc);
 std::string RedoName(const host::BaseDocument& doc);
-// The same of all steps there are: those done, the oldest first, and those undone, the one that
-// Redo takes first.
+// Names of all steps, empty for one never named: of those done, the oldest first; of those undone,
+// the one that Redo takes first.
 std::vector<std::string> DoneNames(const host::BaseDocument& doc);
 std::vector<std::string> UndoneNames(const host::BaseDocument& doc);
 // Names the open group; the first name stays. Outside a group nothing happens.
@@ -45,8 +45,9 @@ class UndoScope {
   // Takes back everything registered since the scope began, without leaving a step to redo.
   void Cancel();
 
-  // What is not as it was when the scope began (of scene camera and active render settings: when
-  // the outermost one did), with lines of the first `most` elements. Nothing when it was stopped.
+  // Differences from the state when the scope began (for scene camera and active render settings:
+  // when the outermost one did), with lines of the first `most` elements. Nothing when it was
+  // stopped.
   std::optional<StepDifference> Difference(std::size_t most,
                                            const ProgressCallback& progress = {}) const;
 
@@ -55,7 +56,7 @@ class UndoScope {
   std::size_t begin_;
 };
 
-// What a person is doing, as ActName has it; empty where nobody said so.
+// The name that the innermost ActName gives; empty where there is none.
 const std::string& PresentAct();
 
 // While it lives, a group that ends without a name of its own gets this one: so a program names the

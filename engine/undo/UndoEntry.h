@@ -62,7 +62,7 @@ struct ParkedNode {
 
 class OutsideChange;
 
-// What a document stores for plug-ins; see StoredDataScope.
+// The data that a document stores for plug-ins; see StoredDataScope.
 struct KeptStores {
   KeptStores();
   ~KeptStores();

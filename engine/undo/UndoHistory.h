@@ -105,8 +105,8 @@ class UndoHistory : public UndoAttachment {
   bool CanRedo() const { return !undone_.empty() && !HoldsChange(); }
   std::string DoneName() const;
   std::string UndoneName() const;
-  // All there are: of the steps done, the oldest first, and of those undone, the one that Redo
-  // takes first.
+  // Names of all steps: of those done, the oldest first; of those undone, the one that Redo takes
+  // first.
   std::vector<std::string> DoneNames() const;
   std::vector<std::string> UndoneNames() const;
   void Name(const std::string& name);
@@ -119,8 +119,7 @@ class UndoHistory : public UndoAttachment {
   void TakeBack(std::size_t from);
   // Compares the states that the open group's entries from there on keep with the live ones; camera
   // and active settings compare with the group's beginning. Lines of the first `most` elements that
-  // differ. Nothing when it was
-  // stopped.
+  // differ. Nothing when it was stopped.
   std::optional<StepDifference> Difference(std::size_t from, std::size_t most,
                                            const ProgressCallback& progress) const;
 

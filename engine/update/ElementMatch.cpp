@@ -16,7 +16,7 @@ using host::BaseMaterial;
 using host::BaseObject;
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-// What programs call the identity that they write beside a node.
+// Keys under which programs write an identity beside a node.
 constexpr const char* kIdentityKeys[] = {"uuid", "guid", "uid", "id"};
 
 std::string KeyOf(host::LONG type, const host::BaseList2D& element) {

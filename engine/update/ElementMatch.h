@@ -17,14 +17,14 @@ namespace engine {
 
 class ElementMatch {
  public:
-  // `imported`: identities of what came from the file; empty: nobody knows, all may have.
+  // `imported`: identities of elements that came from the file; empty: not known, all may have.
   ElementMatch(const host::BaseDocument& scene, const host::BaseDocument& fresh,
                const std::unordered_set<NodeId>& imported);
 
   // The element of the scene for one of the fresh import, null where there is none.
   host::BaseObject* ObjectFor(const host::BaseObject& fresh) const;
   host::BaseMaterial* MaterialFor(const host::BaseMaterial& fresh) const;
-  // Of those that came from the file, or may have, what the fresh import does not have; a tree in
+  // Elements that came from the file, or may have, and are not in the fresh import; a tree in
   // order.
   const std::vector<host::BaseObject*>& GoneObjects() const { return goneObjects_; }
   const std::vector<host::BaseMaterial*>& GoneMaterials() const { return goneMaterials_; }

@@ -24,7 +24,7 @@ class MaterialUpdate {
   ElementChanges Run();
   // The material of the scene for one of the fresh import, 0 for none.
   NodeId CounterpartOf(NodeId fresh) const;
-  // What to remember of the file's materials until the next time.
+  // The file's materials, to be remembered until the next update.
   const std::vector<ImportedElement>& Counterparts() const { return remembered_; }
 
  private:

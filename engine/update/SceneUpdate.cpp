@@ -249,7 +249,7 @@ class Updating {
     }
   }
 
-  // What has anything below it that stays, stays as well.
+  // Gone objects with anything below them that stays are kept as well.
   void RemoveGone() {
     if (gone_.empty()) return;
     if (known_.file.empty()) {
@@ -281,7 +281,7 @@ class Updating {
                               std::to_string(gone_.size() - removed.size()) + ".");
   }
 
-  // What is gone and still there is gone the next time, too.
+  // Objects that are gone from the file but still in the scene count as gone the next time, too.
   void Remember(const std::vector<ImportedElement>& materials) {
     kept_.file = news_.file;
     kept_.materials = materials;

@@ -38,7 +38,7 @@ struct SceneUpdate {
   ElementChanges objects;
   ElementChanges materials;
   std::size_t removed = 0;         // of the objects that are gone
-  std::vector<std::string> notes;  // what else a person should know, a sentence each
+  std::vector<std::string> notes;  // other facts for the person, a sentence each
 
   bool ChangesAnything() const;
 };

@@ -11,8 +11,7 @@ namespace commandline {
 
 namespace {
 
-// What is wrong with the arguments; a verb that does not exist is what a person wants to hear of
-// first.
+// The message for a parse error; an unknown verb is named before any other fault.
 std::string Complaint(const CLI::App& app, const CLI::ParseError& error,
                       const std::vector<std::string>& words) {
   const auto typed = std::find_if(words.begin(), words.end(),

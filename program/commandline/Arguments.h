@@ -28,7 +28,7 @@ class Option {
 
   // The word for its value in the help, as "DIR".
   Option& Word(const char* word);
-  // What the help names as the value where none is typed; the variable is left as it is.
+  // The default value that the help names; the variable is left as it is.
   Option& Default(const char* text);
   Option& Required();
   // Exactly `count` values, or from `least` to `most`.
@@ -47,7 +47,7 @@ class Option {
   Option& Offers(const char* word, const std::vector<std::string>& values);
   // Read, but shown nowhere.
   Option& Hidden();
-  // Not together with that option, or only together with it.
+  // Refused together with that option, or without it.
   Option& Excludes(const char* other);
   Option& Needs(const char* other);
   // True when it was typed, with or without a value.
@@ -70,9 +70,9 @@ class Verb {
   Option AddFlag(const char* names, bool& isOn, const char* help) const;
   // The help shows what is declared from now on below `title`.
   void BeginSection(const char* title) const;
-  // What the help says below the options; lines that are indented are commands to be typed.
+  // Help text below the options; indented lines are commands to type.
   void Footer(const char* text) const;
-  // What is done when this verb was typed; answers the exit status.
+  // Sets the function that runs when this verb was typed; it returns the exit status.
   void Does(std::function<int()> work) const;
 
  private:
@@ -82,7 +82,7 @@ class Verb {
 
 class Arguments {
  public:
-  // With the options of every verb, which set `program`.
+  // Declares the options of every verb, which set `program`.
   explicit Arguments(Program& program);
   Arguments(const Arguments&) = delete;
   Arguments& operator=(const Arguments&) = delete;

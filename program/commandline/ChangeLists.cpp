@@ -156,7 +156,7 @@ std::string WithoutBeginning(const std::string& path, std::size_t width) {
   while (begin < path.size() &&
          (isInside() || engine::DisplayWidth(std::string_view(path).substr(begin)) >= width))
     ++begin;
-  // From a name on where half of the text is left then.
+  // Begins with a whole name where at least half of the text is left then.
   const std::size_t slash = path.find('/', begin);
   const bool isNear = slash != std::string::npos && slash - begin <= (path.size() - begin) / 2;
   return "…" + path.substr(isNear ? slash : begin);

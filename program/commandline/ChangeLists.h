@@ -11,8 +11,8 @@
 
 namespace commandline {
 
-// Of one part and kind so many elements are listed, of one element so many values, unless all are
-// asked for.
+// How many elements of one part and kind, and how many values of one element, are listed unless all
+// are asked for.
 inline constexpr std::size_t kMostListed = 8;
 inline constexpr std::size_t kMostValues = 6;
 
@@ -44,12 +44,12 @@ std::string PlaceOf(const Sides& sides, const engine::ElementChange& change);
 std::string ValuesText(const Sides& sides, const engine::ElementChange& change,
                        const engine::FieldChange& field, std::size_t width);
 
-// Rows with the values of the left side, what the right one would make of them left out.
+// Adds rows with the values of the left side, without those of the right one.
 void AppendValuesLeft(const Sides& sides, const engine::ElementChange& change,
                       std::vector<FactRow>& rows);
 
-// Of a difference from CompareWithScene: fills in the fields of those changes that are listed, the
-// first of each part and of `others` (indices).
+// Fills in the fields of the listed changes in a difference from CompareWithScene: the first of
+// each part and of `others` (indices).
 void TellListed(const host::BaseDocument& doc, const host::BaseContainer& record,
                 const engine::CompareOptions& options, const std::vector<std::size_t>& others,
                 engine::Difference& toScene);
@@ -58,7 +58,8 @@ void TellListed(const host::BaseDocument& doc, const host::BaseContainer& record
 void AddCounts(const Sides& sides, const engine::Difference& difference, Report& report);
 // The elements, part by part; false when some were left out.
 bool AddChanges(const Sides& sides, const engine::Difference& difference, Report& report);
-// "counts" and "differences", made while the report is printed: both must outlive that.
+// Puts the members "counts" and "differences". They are made while the report is printed: both
+// arguments must outlive that.
 void PutChanges(const Sides& sides, const engine::Difference& difference, Report& report);
 // A value for a program, as its type has it: a time in seconds, a link as the path of its element.
 JsonValue RawValue(const host::BaseDocument& doc, const host::GeData& value);

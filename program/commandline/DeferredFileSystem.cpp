@@ -32,8 +32,8 @@ void DeferredFileSystem::CarryOut(const std::string& prefix) {
   for (const Change& change : changes) Do(change, prefix);
 }
 
-// What a later file takes the place of stays until that one is complete. Where names or folders
-// change in between, everything is done as it was asked for.
+// Drops the removal of files that a later change replaces: the old file stays until the new one is
+// complete. Where names or folders change in between, everything is done as it was asked for.
 void DeferredFileSystem::SpareReplaced(std::vector<Change>& changes) {
   std::set<std::string> replaced;
   std::vector<Change> wanted;
@@ -101,7 +101,7 @@ Status DeferredFileSystem::DoCopyFile(const std::string& from, const std::string
   return Written(to, RealFileSystem::DoCopyFile(from, to, replace));
 }
 
-// What would fail now is asked at once, so that it fails with the system's own words.
+// A removal that would fail now is not held back, so that it fails with the system's own message.
 Status DeferredFileSystem::DoRemoveFile(const std::string& path) {
   if (!Holds(path) || DoKind(path) == FileKind::Missing) return RealFileSystem::DoRemoveFile(path);
   return Hold({Operation::RemoveFile, path});

@@ -54,8 +54,8 @@ void ShowProgress(Session& session, std::size_t scenes) {
       });
 }
 
-// Where there is too little room, a person may know better: what a disk compresses or shares takes
-// less.
+// Asks where there is too little room, because a person may know better: files that a disk
+// compresses or shares take less.
 bool HasRoom(Session& session, const ExportOrder& order, const exporting::ExportPlan& plan) {
   Terminal& terminal = session.GetProgram().terminal;
   if (exporting::Fits(plan)) return true;
@@ -108,7 +108,7 @@ void AddPath(Folder& root, const std::string& path) {
   }
 }
 
-// As deep as an export nests its folders, so this may call itself.
+// Recursive, but no deeper than an export nests its folders.
 void PrintFolder(const Folder& folder, const std::string& indent, bool all,
                  std::vector<std::string>& lines) {
   for (const auto& [name, entry] : folder.entries) {

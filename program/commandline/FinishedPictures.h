@@ -1,7 +1,7 @@
-// FinishedPictures: pictures that `render` made before, found through the manifests beside them, for
-// whoever would else render the same again. A picture counts only when its own record, and the hash
-// of its bytes, say that it is what the manifest tells. Works on a session it does not own. Main
-// thread.
+// FinishedPictures: pictures that `render` made before, found through the manifests beside them,
+// for whoever would else render the same again. A picture counts only when its own record, and the
+// hash of its bytes, say that it is what the manifest tells. Works on a session it does not own.
+// Main thread.
 #pragma once
 
 #include <map>
@@ -18,10 +18,11 @@ class FinishedPictures {
  public:
   explicit FinishedPictures(Session& session) : session_(session) {}
 
-  // The pictures of the manifest in that folder; one without is none's fault. Absolute path.
+  // Adds the pictures of the manifest in a folder, an absolute path; without a manifest, none.
   void LookIn(const std::string& folder);
-  // One of that scene and state, made with one of these settings, that has the shape of `size` and
-  // is no smaller, scaled down to it. The smallest one will do.
+  // A picture of that scene and state, made with one of these settings, that has the shape of
+  // `size` and is no smaller, scaled down to it; of several the smallest. Nothing where there is
+  // none.
   std::optional<engine::Image> Find(const PictureRecord& wanted,
                                     const std::vector<std::string>& settings,
                                     const PictureSize& size);

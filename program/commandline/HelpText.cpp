@@ -20,7 +20,7 @@ std::string ValueWord(const CLI::Option& option) {
   return type.substr(0, std::min(type.find(":{"), type.find(":UINT")));
 }
 
-// What is read for the sake of old scripts only has no description.
+// Options without a description are kept for old scripts only.
 bool IsHidden(const CLI::Option& option) { return option.get_description().empty(); }
 
 // "OUT", "NAMES..." where several are taken.
@@ -183,7 +183,7 @@ std::vector<std::string> Names(const CLI::Option& option) {
   return names;
 }
 
-// What a check allows, as "on off"; empty where it allows many.
+// The values that a check of the option allows, as "on off"; empty where they are not a list.
 std::string AllowedValues(const CLI::Option& option) {
   const std::string type = option.get_type_name();
   const std::size_t start = type.find(":{");

@@ -25,8 +25,8 @@ std::vector<std::string> AllWords();
 void AddParts(Verb verb, PartChoice& choice);
 void AddPartsToShow(Verb verb, PartChoice& choice);
 
-// What a load would apply: the dialog's options as they stand, but for the choice; the words in the
-// order of the dialog.
+// The parts that a load would apply: the dialog's options as they stand, except where `choice` says
+// otherwise; the words in the order of the dialog.
 engine::Parts PartsToLoad(Session& session, const PartChoice& choice);
 std::vector<std::string> WordsToLoad(Session& session, const PartChoice& choice);
 // A sentence about parts of a record that a load leaves alone because an option is off; empty for

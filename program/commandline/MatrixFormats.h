@@ -14,13 +14,14 @@ namespace commandline {
 // columns have room beside one another, the table stands in several pieces.
 void AddMatrixText(const host::BaseDocument& doc, const engine::StateMatrix& matrix, bool whole,
                    Report& report);
-// To standard output. A row begins with its part, the path and kind of the element, how many
+// Prints to standard output. A row begins with its part, the path and kind of the element, how many
 // Stagemarks know it, and the names of those in which it changes.
 void PrintMatrixCsv(const host::BaseDocument& doc, const engine::StateMatrix& matrix);
-// One file that needs no other, light or dark as the browser is; to standard output.
+// Prints to standard output one file that needs no other, light or dark as the browser is.
 void PrintMatrixPage(const host::BaseDocument& doc, const engine::StateMatrix& matrix,
                      const std::string& title);
-// "stagemarks" and "rows", made while the report is printed: the matrix must outlive that.
+// Puts the members "stagemarks" and "rows". They are made while the report is printed: the matrix
+// must outlive that.
 void PutMatrix(const host::BaseDocument& doc, const engine::StateMatrix& matrix, Report& report);
 
 }  // namespace commandline

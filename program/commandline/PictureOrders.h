@@ -34,7 +34,7 @@ using rendering::SizeText;
 using rendering::StatePictures;
 using rendering::WorkRules;
 
-// -o, --only, --size, --frames and --format of a verb; `pattern` gets what -o says.
+// Adds -o, --only, --size, --frames and --format to a verb; `pattern` gets the value of -o.
 void AddPictureOrder(Verb verb, PictureOrder& order, std::string& pattern);
 // Says what speaks against the pictures: textures that are missing and what `check` finds in the
 // states. With --strict a warning is enough for kFailed.

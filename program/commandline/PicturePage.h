@@ -23,8 +23,8 @@ struct PageEntry {
 std::string MakePicturePage(const std::string& title, const std::string& subtitle,
                             const std::vector<PageEntry>& entries);
 
-// A file's path as an address in a page: every byte that is not plainly a letter, digit or separator
-// as its number (RFC 3986).
+// A file's path as an address in a page: every byte that is not plainly a letter, digit or
+// separator as its number (RFC 3986).
 std::string Address(const std::string& file);
 
 }  // namespace commandline

@@ -20,7 +20,7 @@ using outcome::kDone;
 using outcome::kFailed;
 using outcome::kInterrupted;
 using outcome::kUsage;
-// Of the verbs that answer with 1 that something was found: it did not work
+// Failure of the verbs whose status 1 says that something was found
 inline constexpr int kTrouble = 2;
 
 struct OpenScene;
@@ -50,7 +50,7 @@ struct Program {
   bool strict = false;
   bool allowOutside = false;  // textures outside the folder of an imported file
 
-  // For its terminal.
+  // The choices for its terminal.
   TerminalChoices Choices() const { return {yes, quiet, verbose, json}; }
 };
 

@@ -41,7 +41,7 @@ class JsonValue {
 
   static JsonValue Object(const std::vector<std::pair<std::string, JsonValue>>& members);
   static JsonValue List(const std::vector<JsonValue>& values);
-  // What a text of JSON says; a text that is none stands for itself.
+  // The value of a JSON text; a text that is not JSON becomes a string.
   static JsonValue Parsed(const std::string& text);
   // The text, nothing where it is empty.
   static JsonValue OrNothing(const std::string& text) {
@@ -88,10 +88,10 @@ class Report {
   std::map<std::string, JsonStream> streams_;
 };
 
-// What std::cout writes to while it lives: the program's standard output, with the system's reason
-// when it takes no more. From then on nothing is written to it. Closed standard streams are opened
-// such that nothing can be read from or written to them, because the next file that is opened would
-// take their place. One at a time.
+// The buffer of std::cout while this lives: it writes to the program's standard output and keeps
+// the system's error when that takes no more. From then on nothing is written to it. Closed
+// standard streams are opened such that nothing can be read from or written to them, because the
+// next file that is opened would take their place. One at a time.
 class StandardOutput : public std::streambuf {
  public:
   StandardOutput();
@@ -117,9 +117,8 @@ class StandardOutput : public std::streambuf {
   std::streambuf* former_;
 };
 
-// For the shell: nothing but names, one a line, of none nothing at all; with a beginning those that
-// have it, and not more of them than anybody looks through. A program gets them byte by byte, to
-// give them back.
+// Prints names for the shell, one a line and nothing else; with a beginning those that have it, and
+// not more of them than anybody looks through. A program gets them byte by byte, to give them back.
 void PrintNames(const std::vector<std::string>& names, const std::string& begin = "");
 
 // Text as valid UTF-8: bytes that are none are replaced.

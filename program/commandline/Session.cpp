@@ -97,8 +97,8 @@ int Session::StartWithScene() {
   return status == kDone ? Open(program_.scene) : status;
 }
 
-// From reading to writing: what somebody else writes in between would be lost. Without --write only
-// where -o names the scene.
+// Locks the scene from reading to writing: changes that somebody else writes in between would be
+// lost. Without --write only where -o names the scene itself.
 int Session::LockScene() {
   const std::string scene = AbsolutePath(program_.scene);
   std::error_code error;

@@ -1,6 +1,7 @@
 // Session: the application with the plug-in loaded and its dialog open, and the scene that a verb
-// works on. It owns the application, alone or with the steps of a batch; files are written only by Keep. Every function that can fail
-// says why on the terminal and answers an exit status, kDone when all went well. Main thread.
+// works on. It owns the application, alone or with the steps of a batch; files are written only by
+// Keep. Every function that can fail says why on the terminal and answers an exit status, kDone
+// when all went well. Main thread.
 #pragma once
 
 #include <memory>
@@ -40,7 +41,7 @@ inline constexpr const char* kStrictRefusal =
 // One line for each, all verbs alike.
 void TellMissing(Terminal& terminal, const std::vector<std::string>& textures, bool isFault);
 
-// What a session has open. The steps of `run` share one: its scene is read and written once.
+// The open scene of a session. The steps of `run` share one: it is read and written once.
 struct OpenScene {
   OpenScene(Terminal& terminal, bool allowOutside);
 
@@ -59,7 +60,7 @@ struct OpenScene {
 
 class Session : public rendering::PictureScene {
  public:
-  // Of the program's open scene where it has one, as a step has.
+  // Shares the program's open scene where it has one, as a step of `run` has.
   explicit Session(Program& program);
 
   // Loads the plug-in and opens its dialog.
@@ -80,13 +81,13 @@ class Session : public rendering::PictureScene {
   // document.
   bool IsStatesText(const std::string& path);
   int OpenStatesText(const std::string& path);
-  // Of the last import: what it lost or mended, and the Stagemarks that it made.
+  // Notes of the last import on what it lost or mended, and the Stagemarks that it made.
   const std::vector<std::string>& ImportNotes() const { return open_->importNotes; }
   const std::vector<std::string>& ImportedMarks() const { return open_->importedMarks; }
 
   engine::Application& App() { return *open_->application; }
   const engine::Services& GetServices() { return open_->services; }
-  // For the steps of a batch, which keep nothing: Keep of this session does.
+  // The open scene for the steps of a batch, which write nothing: Keep of this session does.
   const std::shared_ptr<OpenScene>& Opened() const { return open_; }
   DeferredFileSystem& Files() override { return open_->files; }
   StagemarksDialog& Dialog() override { return *open_->dialog; }
@@ -101,7 +102,8 @@ class Session : public rendering::PictureScene {
   int ChooseMarks(const std::vector<std::string>& typed, std::vector<std::string>& names) override;
   // The one that is meant; a pattern that means several is refused.
   int ChooseMark(const std::string& typed, std::string& name);
-  // The same, as they are stored in the document; one without a record is refused.
+  // ChooseMarks and ChooseMark for the states as the document stores them; one without a record is
+  // refused.
   int ReadMarks(const std::vector<std::string>& typed, std::vector<engine::StoredState>& states);
   int ReadMark(const std::string& typed, engine::StoredState& state);
   // Checks exactly the rows that are meant; a scene without Stagemarks is refused.
@@ -125,7 +127,7 @@ class Session : public rendering::PictureScene {
   int LockScene();
   engine::Status CheckAgain(const std::string& target, std::size_t refused);
   int RefuseUnrecorded(const std::string& name);
-  // Where -o or --write say that the scene goes, absolute; empty for nowhere.
+  // The absolute path that -o or --write give for the scene; empty for none.
   std::string Target() const;
   int Write(const std::string& target, Report& report);
 

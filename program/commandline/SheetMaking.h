@@ -1,6 +1,6 @@
-// SheetMaking: puts pictures of the states of the open scene onto a contact sheet, into a page for a
-// browser, or both; finished ones where there are any, else it renders them, once for both. Works on
-// a session it does not own. Main thread.
+// SheetMaking: puts pictures of the states of the open scene onto a contact sheet, into a page for
+// a browser, or both; finished ones where there are any, else it renders them, once for both. Works
+// on a session it does not own. Main thread.
 #pragma once
 
 #include <map>
@@ -49,7 +49,7 @@ class SheetMaking {
   };
 
   int Fail(const std::string& why);
-  // As large as fits into the box, and no larger than a finished picture that it shows.
+  // The largest size that fits into the box and is no larger than a finished picture that it shows.
   PictureSize Fitted(const Planned& planned, const PictureSize& box) const;
   int Choose();
   int NamePictures();

@@ -37,21 +37,21 @@ class Terminal : public engine::Person, public rendering::PictureListener {
   void ClearStatus() override;
   bool Progress(double fraction, const std::string& what) override;
 
-  // The same in lines, for a protocol where there is no terminal: one for each of few steps, and
-  // for each tenth of many.
+  // Progress as lines of a log, where stderr is no terminal: one for each of few steps, and for
+  // each tenth of many.
   void Step(std::size_t done, std::size_t count, const std::string& what) override;
 
-  // What ChooseFile answers next: the verbs know the folder before the dialog asks for it.
+  // Sets the next answer of ChooseFile: the verbs know the folder before the dialog asks for it.
   void ChooseNextFile(const std::string& path) { nextFile_ = path; }
   // How many questions were answered with no so far.
   std::size_t Refused() const { return refused_; }
-  // What plug-ins told since the start, in order.
+  // Messages of plug-ins since the start, in order.
   const std::vector<std::string>& Told() const { return told_; }
 
   // Width to write for: that of the terminal, within what reads well; a usual one where there is
   // none.
   static std::size_t Columns();
-  // The same for a table, which may be as wide as the terminal is.
+  // Width for a table, which may fill the terminal.
   static std::size_t ColumnsForTable();
 
   // Messages for a person, on stderr: plain, as a note (each once only) or as an error.
@@ -70,7 +70,7 @@ class Terminal : public engine::Person, public rendering::PictureListener {
 
  private:
   void EndProgressLine();
-  // Until a line can be read; false when interrupted.
+  // Waits until a line can be read; false when interrupted.
   static bool WaitForLine();
   bool AskHere(const std::string& text);
 

@@ -119,7 +119,7 @@ int RunAndPrint(int count, char** words) {
 }  // namespace
 }  // namespace commandline
 
-// What nobody expected, such as no memory where it is needed, still gets a message.
+// Unexpected exceptions, such as running out of memory, still get a message.
 int main(int count, char** words) {
   const auto fail = [&](const std::string& why) {
     commandline::PrintMessage(commandline::IsForProgram(count, words), "error", why);

@@ -19,7 +19,7 @@ class SystemAppearance : public QObject {
  public:
   explicit SystemAppearance(std::function<void(bool light)> told);
 
-  // Of the service's number: 1 dark, 2 light; others are no preference.
+  // Reads the service's number: 1 dark, 2 light; others are no preference.
   static std::optional<bool> IsLight(uint scheme);
 
  private:

@@ -16,7 +16,7 @@ namespace desktop {
 namespace {
 
 constexpr double kRound = 4;
-// Of a progress bar that runs to and fro.
+// Width of the runner of a busy progress bar, as a share of the bar.
 constexpr double kRunnerShare = 0.3;
 
 // Painter settings for shapes with soft edges, taken back at the end.
@@ -54,7 +54,7 @@ QRgb EdgeOf(const QStyleOption& option) {
                                                                     : PresentTheme().edge;
 }
 
-// Of something one types into or chooses from.
+// Draws the box of a field to type into or to choose from.
 void DrawField(QPainter& painter, const QStyleOption& option, bool isButton) {
   const bool enabled = Is(option, QStyle::State_Enabled);
   const bool lit = enabled && Is(option, QStyle::State_MouseOver);

@@ -221,7 +221,7 @@ void DocumentCommands::RevertToPrevious(host::BaseDocument& doc) {
   box.setInformativeText(
       QString(doc.GetChanged() ? "The changes since the last saving are lost. " : "") +
       "The version in the file now is kept: the same command brings it back.");
-  // What would be lost for good is lost by no key.
+  // Unsaved changes would be lost for good: Enter alone does not discard them.
   if (doc.GetChanged()) {
     box.setDefaultButton(QMessageBox::Cancel);
   } else {
@@ -242,7 +242,7 @@ void DocumentCommands::KeepPrevious(engine::FormerPlace place) {
 
 void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
   const host::ULLONG id = IdentityOf(&doc);
-  // What is still to get a place was not read from there.
+  // A document that still needs a place to be saved was not read from the file at its path.
   const engine::FileNow now =
       unplaced_.contains(id) ? engine::FileNow::AsRead : application_.LookAtFileOf(doc);
   if (now == engine::FileNow::AsRead) {
@@ -253,7 +253,7 @@ void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
   if (const auto before = told_.find(id); before != told_.end() && before->second == stamp) return;
   told_[id] = stamp;
   if (now == engine::FileNow::Gone) {
-    // So that closing it asks.
+    // Closing the document asks then.
     doc.SetChanged();
     return person_.ShowStatus("The file of \"" + ShortTitle(doc).toStdString() +
                               "\" is not there any more. Save writes it again.");
@@ -266,7 +266,7 @@ void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
       application_.GetServices().files.Stamp(PathOfDocument(doc)) != stamp)
     return;
   application_.AcceptFileOf(doc);
-  // What is here is in no file any more.
+  // The scene as it is here is in no file any more.
   doc.SetChanged();
 }
 

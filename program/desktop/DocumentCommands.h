@@ -17,7 +17,7 @@ namespace desktop {
 
 // "Name" or "Untitled" as a window shows it.
 QString DocumentTitle(const host::BaseDocument& doc);
-// The same on one line and cut where it is very long.
+// DocumentTitle on one line, cut where it is very long.
 QString ShortTitle(const host::BaseDocument& doc);
 
 class DocumentCommands {
@@ -72,7 +72,7 @@ class DocumentCommands {
   // Asks what to do where another program has changed the file; false when nothing was written,
   // which was told then.
   bool Write(host::BaseDocument& doc, const std::string& path);
-  // Without questions; tells what came of it where it went well.
+  // Writes without questions; tells the result where it went well.
   engine::Status WriteOnce(host::BaseDocument& doc, const std::string& path);
   // Opens the file of the document anew in its place.
   void Reload(host::BaseDocument& doc);

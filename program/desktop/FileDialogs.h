@@ -23,7 +23,7 @@ inline constexpr const char* kPictureFiles = "Pictures (*.png *.tif *.tiff)";
 inline constexpr const char* kScripts = "Python scripts (*.py)";
 inline constexpr const char* kAnything = "All files (*)";
 
-// What is said where a folder has to be named by its absolute path and is not.
+// Message where a folder has to be named by its absolute path and is not.
 inline constexpr const char* kNoWholePath = "Choose a folder first: its whole path, from the root.";
 
 // The absolute path chosen; nothing when canceled. Saving asks before a file is replaced and adds

@@ -18,7 +18,7 @@ constexpr const char* kFolder = ":/icons/";
 constexpr const char* kIconSuffix = ".svg";
 constexpr double kFaint = 0.35;
 constexpr QRgb kMissing = 0xffff00ff;
-// As the files have them: the look's own take their place.
+// Colors in the icon files, replaced by those of the theme.
 constexpr const char* kLineColor = "#c8c8c8";
 constexpr const char* kAccent = "#c98a3d";
 

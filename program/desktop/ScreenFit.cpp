@@ -9,7 +9,7 @@ namespace desktop {
 
 namespace {
 
-// Of a window that has none yet: what title bars and edges usually take.
+// Usual size of title bar and edges, for a window that has none yet.
 constexpr QMargins kUsualFrame(4, 32, 4, 4);
 
 QMargins FrameOf(const QWidget& window) {

@@ -19,7 +19,7 @@ enum class Layout { Files, Folders, Project, OneTextureFolder };
 
 // The layout that the dialog's list of layouts calls so; nothing for an unknown entry.
 std::optional<Layout> LayoutOfEntry(const std::string& entry);
-// What the dialog calls it.
+// The entry of the dialog's list for a layout.
 const char* EntryOf(Layout layout);
 // The words that stand for them in a shell and in scripts, in the order of the dialog; and the
 // layout of one, nothing for another word.
@@ -38,7 +38,7 @@ struct ExportPlan {
   std::size_t scenes = 0;
   std::size_t textures = 0;  // copies of textures, in all folders together
   std::size_t caches = 0;
-  // What the disk must have free: the most that is taken at any time, files that are replaced
+  // Free space needed on the disk: the most that is taken at any time, files that are replaced
   // counted. Scene files are taken to be as large as the scene is now.
   std::uint64_t bytes = 0;
   std::optional<std::uint64_t> free;  // nothing where the system does not tell

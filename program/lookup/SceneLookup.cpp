@@ -48,8 +48,8 @@ bool IsAsPrinted(const std::string& typed) {
   return typed.find(kMark) != std::string::npos || typed.find("\u2026") != std::string::npos;
 }
 
-// As printed, with one mark for several letters in a row that cannot be: how many marks these get
-// differs between lines and JSON.
+// The text as printed, with one mark for several letters in a row that cannot be: how many marks
+// these get differs between lines and JSON.
 std::string WithOneMark(const std::string& text) {
   const std::string printed = engine::Printable(text);
   std::string marked;
@@ -65,7 +65,7 @@ std::string WithOneMark(const std::string& text) {
 // Something typed: a name or a path, plain or with * and ?.
 class Wanted {
  public:
-  // As a person reads it, where `asPrinted`.
+  // `asPrinted`: compares names as a person reads them.
   explicit Wanted(const std::string& typed, bool asPrinted = false)
       : typed_(typed), isPattern_(IsPattern(typed)), asPrinted_(asPrinted) {}
 
@@ -81,7 +81,7 @@ class Wanted {
   bool asPrinted_;
 };
 
-// What `find` finds of something typed, as it stands or else as it is printed.
+// The results of `find` for the typed text as it stands or, if there are none, read as printed.
 template <class Find>
 auto FoundByName(const std::string& typed, const Find& find) {
   auto found = find(Wanted(typed));
@@ -95,7 +95,7 @@ std::string NounOf(LONG type) {
   return type == host::Ocamera ? "camera" : type == host::Olight ? "light" : "object";
 }
 
-// That of the position typed, in a tree of things called `noun`.
+// The element at the position typed, in a tree of things called `noun`.
 template <class T>
 Result<std::vector<T*>> ByPosition(T* first, const std::string& typed, const std::string& noun) {
   const std::optional<std::size_t> wanted = PositionIn(typed);
@@ -197,7 +197,7 @@ Result<T*> TheOne(const Result<std::vector<T*>>& found, const std::string& typed
                              "s, and here one is needed.");
 }
 
-// Those that a pattern means, or what was printed of a name; each once.
+// The names that a pattern means, or that are printed like the typed one; each once.
 std::vector<std::string> MarksMeant(const std::string& typed,
                                     const std::vector<std::string>& known) {
   if (!IsPattern(typed) && !IsAsPrinted(typed)) return {};
@@ -333,7 +333,7 @@ std::optional<std::size_t> PositionIn(const std::string& typed) {
 
 bool IsPattern(const std::string& typed) { return typed.find_first_of("*?") != std::string::npos; }
 
-// Where it goes wrong behind a *, that one takes a letter more; no earlier one has to.
+// Goes back to the last * at a mismatch, which then takes a letter more; no earlier one has to.
 bool MatchesPattern(std::string_view text, std::string_view pattern) {
   std::size_t at = 0;
   std::size_t typed = 0;

@@ -66,7 +66,7 @@ host::LayerObject* FirstLayerOf(const host::BaseDocument& doc);
 
 // The position that "#12" means; nothing where something else was typed.
 std::optional<std::size_t> PositionIn(const std::string& typed);
-// What objects that can be added are called.
+// The words for the types of objects that can be added.
 struct ObjectTypeWord {
   const char* word;
   host::LONG type;
@@ -80,7 +80,8 @@ inline constexpr ObjectTypeWord kObjectTypeWords[] = {
 // An absolute path for one as typed.
 std::string AbsolutePath(const std::string& typed);
 
-// Whether something typed has a * for any text or a ? for one letter, and what such a pattern means.
+// Whether something typed has a * for any text or a ? for one letter, and what such a pattern
+// means.
 bool IsPattern(const std::string& typed);
 bool MatchesPattern(std::string_view text, std::string_view pattern);
 // Whether `typed` is what this program prints of a name, in lines or in JSON.

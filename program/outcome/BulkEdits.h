@@ -14,7 +14,7 @@ struct BulkEdit {
   const char* selected;  // what has to be selected in the scene, empty for nothing
 };
 
-// Null for an entry that is none.
+// Null for an entry of another kind.
 const BulkEdit* FindBulkEdit(const std::string& entry);
 // `selected`: what was selected, as a person reads it; `names`: of the Stagemarks.
 std::string Sentence(const BulkEdit& edit, bool changed, const std::string& selected,

@@ -80,8 +80,8 @@ std::string CleanedSentence(const std::vector<std::string>& gone) {
                       : "Deleted " + Counted(gone.size(), "material") + ": " + Listed(gone) + ".";
 }
 
-// What is said after each command. Those of the list and of the options are not here: they show by
-// themselves.
+// A command and the function that tells its outcome. Those of the list and of the options are not
+// here: they show by themselves.
 struct CommandWatch::Command {
   const char* label;
   void (CommandWatch::*say)(bool answered, Outcome& outcome);
@@ -212,7 +212,7 @@ void CommandWatch::SaySavedDefaults(bool, Outcome& outcome) {
     outcome.summary = "Kept these options as your defaults.";
 }
 
-// What the camera needs the dialog says itself.
+// Says nothing where the camera is missing: the dialog does so itself.
 void CommandWatch::SayBulkEdit(bool, Outcome& outcome) {
   const BulkEdit& edit = *FindBulkEdit(label_);
   const bool isCamera = label_ == pictures::kSetCamera;

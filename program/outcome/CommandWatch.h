@@ -18,14 +18,14 @@ class CommandWatch {
   void ChoseFolder(const std::string& folder) { folder_ = folder; }
   // Textures that are not there to be exported.
   void Lacks(std::vector<std::string> textures) { missing_ = std::move(textures); }
-  // What came of it; `answered`: what the dialog's Command answered. Empty for what shows by itself
-  // and for what a person called off.
+  // The outcome of the command; `answered`: the result of the dialog's Command. Empty for commands
+  // whose effect shows by itself and for those that a person called off.
   Outcome Finish(bool answered);
 
  private:
   struct Command;
   static const Command* Find(const std::string& label);
-  // What each command says. They read what was before and is now, and may add problems.
+  // The outcome of each command. They compare the states before and after, and may add problems.
   void SayRecorded(bool answered, Outcome& outcome);
   void SayLoaded(bool answered, Outcome& outcome);
   void SayDeleted(bool answered, Outcome& outcome);
@@ -63,7 +63,7 @@ class CommandWatch {
 std::vector<std::string> NamesGone(const std::vector<std::string>& before,
                                    const std::vector<std::string>& after);
 
-// What is said where these materials were deleted, because no Stagemark uses them.
+// A sentence about the deletion of these materials, which no Stagemark uses.
 std::string CleanedSentence(const std::vector<std::string>& gone);
 inline constexpr const char* kNoMarksForMaterials =
     "There are no Stagemarks in this scene that could say which materials are used. Nothing was "

@@ -29,9 +29,9 @@ std::vector<std::string> Sentences(const std::vector<engine::LedgerEntry>& failu
 std::vector<std::string> NotesOn(const engine::Ledger& ledger, std::size_t mark,
                                  const std::string& path);
 
-// What came of saving a scene, which went well, as far as the ledger shows it from `mark` on: the
-// scene's name and what was taken along to the new place. `former`: the path of the scene before,
-// empty for none.
+// The outcome of saving a scene, which went well, as far as the ledger shows it from `mark` on: the
+// scene's name and the files that were taken along to the new place. `former`: the path of the
+// scene before, empty for none.
 Outcome OfSaving(const engine::Services& services, std::size_t mark, const std::string& former,
                  const std::string& path);
 

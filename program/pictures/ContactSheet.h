@@ -21,8 +21,8 @@ struct SheetLayout {
   PictureSize sheet;  // the whole
 };
 
-// What the line below the title says of so many states; without any the sheet shows the scene as it
-// is, under this name.
+// The line below the title for so many states. Without any, the sheet shows the scene as it is,
+// with kAsItIs as its name.
 std::string SheetSubtitle(std::size_t states);
 inline constexpr const char* kAsItIs = "As it is";
 // The mark of sheets in publish/FileOrigin.h.
@@ -39,7 +39,7 @@ class ContactSheet {
                                            const std::string& title, const std::string& subtitle,
                                            const std::optional<PictureSize>& box = {});
 
-  // What each cell's picture fits into.
+  // Largest size of a cell's picture, in pixels.
   const PictureSize& Box() const { return layout_.box; }
 
   // Puts a picture no larger than the box into the cell `index`, counted from 0 along the rows,

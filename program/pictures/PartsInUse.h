@@ -17,10 +17,10 @@ struct PartChoice {
   std::vector<std::string> without;  // all that the options say but these
 };
 
-// What is looked at, whatever the options say.
+// The chosen parts, whatever the options say.
 engine::Parts PartsToShow(const PartChoice& choice);
-// What a load would apply: the dialog's options as they stand, but for the choice; the words in the
-// order of the dialog.
+// The parts that a load would apply: the dialog's options as they stand, except where `choice` says
+// otherwise; the words in the order of the dialog.
 engine::Parts PartsToLoad(const StagemarksDialog& dialog, const PartChoice& choice);
 std::vector<std::string> WordsToLoad(const StagemarksDialog& dialog, const PartChoice& choice);
 

@@ -11,7 +11,7 @@
 
 namespace pictures {
 
-// Beside the pictures of one call.
+// Name of the manifest file beside the pictures of one call.
 inline constexpr const char* kManifestName = "pictures.jsonl";
 
 struct ManifestLine {
@@ -27,12 +27,12 @@ struct ManifestLine {
   std::uint64_t bytes = 0;  // of the file
 };
 
-// Without a line break.
+// The line as JSON, without a line break.
 std::string TextOf(const ManifestLine& line);
 // All lines that can be read; others, which a killed program may leave, are counted in `*broken`.
 std::vector<ManifestLine> ReadManifest(std::string_view text, std::size_t* broken = nullptr);
 
-// Now, as a line has it; this machine's name.
+// The present time and the name of this machine, as a line has them.
 std::string TimeNow();
 std::string HostName();
 // A path as a manifest in that folder gives it, and back.

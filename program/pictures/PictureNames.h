@@ -12,7 +12,7 @@
 
 namespace pictures {
 
-// What the placeholders stand for: {scene}, {state}, {camera}, {size}, {frame}, {date} and {index}.
+// Values of the placeholders {scene}, {state}, {camera}, {size}, {frame}, {date} and {index}.
 struct PictureFacts {
   std::string scene;
   std::string state;
@@ -26,7 +26,7 @@ struct PictureFacts {
 
 // The kinds of picture files, by their suffixes and as words for a person.
 enum class PictureKind { Png, Tiff, Exr };
-// Nothing for another suffix, whatever its letter case.
+// The kind by a file's suffix, in any letter case; nothing for another suffix.
 std::optional<PictureKind> KindOfName(const std::string& path);
 // "png", "tif" or "exr"; and back, nothing for another word.
 const char* WordOf(PictureKind kind);

@@ -93,7 +93,7 @@ class SceneHashes::Reader {
 
   std::string Value() const { return hasher_.Value(); }
 
-  // What stays, whatever is loaded.
+  // Hashes the properties of an element that no load changes.
   void Element(const host::GeListNode& node) {
     const host::BaseList2D* owner = engine::OwnerOf(node);
     const auto& element = static_cast<const host::BaseList2D&>(node);
@@ -107,7 +107,7 @@ class SceneHashes::Reader {
     if (!IsRecordedTag(node)) Container(*element.GetDataInstance());
   }
 
-  // What Stagemarks record of it.
+  // Hashes the properties of an element that Stagemarks record.
   void Switches(const host::GeListNode& node) {
     auto* atom = const_cast<host::GeListNode*>(&node);
     if (const auto* object = engine::AsObject(atom)) Modes(*object);

@@ -42,9 +42,9 @@ class SceneHashes {
   SceneHashes(const SceneHashes&) = delete;
   SceneHashes& operator=(const SceneHashes&) = delete;
 
-  // Of all that can be seen apart from what Stagemarks record.
+  // The hash of all that can be seen apart from the properties that Stagemarks record.
   const std::string& Scene() const { return scene_; }
-  // Of what Stagemarks record, as the document stands now. O(elements).
+  // The hash of the properties that Stagemarks record, as the document stands now. O(elements).
   std::string State() const;
 
  private:
@@ -56,7 +56,7 @@ class SceneHashes {
   std::string scene_;
 };
 
-// Of texts in their order.
+// The hash of texts in their order.
 std::string HashOfTexts(const std::vector<std::string>& texts);
 
 }  // namespace pictures

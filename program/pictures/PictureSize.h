@@ -16,7 +16,7 @@ struct PictureSize {
 
 // The largest size of the same shape that fits into `box`.
 PictureSize FittedInto(const PictureSize& size, const PictureSize& box);
-// What the active render settings ask for, 0 for what is no size.
+// The size in the active render settings, with 0 for a side that is no size.
 PictureSize SizeOf(const host::BaseDocument& doc);
 // The name of the scene's file without its suffix.
 std::string SceneName(const host::BaseDocument& doc);

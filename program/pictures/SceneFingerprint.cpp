@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t kSampledPoints = 32;
 
-// What Stagemarks record as a whole, or what nobody sees.
+// Whether Stagemarks record the element as a whole, or nobody sees it.
 bool IsLeftOut(const host::GeListNode& node) {
   switch (engine::KindOf(node)) {
     case NodeKind::RenderSettings:

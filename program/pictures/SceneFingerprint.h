@@ -15,9 +15,9 @@ class SceneFingerprint {
  public:
   explicit SceneFingerprint(const host::BaseDocument& doc);
 
-  // Looks at so many more elements; false when all is done.
+  // Reads the next `elements` elements; false when all are done.
   bool Advance(std::size_t elements);
-  // After the last step; not 0.
+  // Valid after the last step; never 0.
   std::uint64_t Value() const { return value_ | 1; }
 
  private:

@@ -44,7 +44,7 @@ class StagemarksDialog {
   // Name of the row with the marker, empty where there is none.
   std::string Current() const;
 
-  // What stands in the name field, and whether a check box of that label is ticked.
+  // The text of the name field, and whether a check box of that label is ticked.
   std::string TypedName() const;
   bool IsTicked(const std::string& checkbox) const;
 
@@ -58,7 +58,7 @@ class StagemarksDialog {
   std::string ChosenLayout() const;
   bool TypeFrames(int from, int to);
   bool Select(const std::string& name);
-  // Names of the selected rows; and selecting those of them that there are.
+  // Names of the selected rows; SelectNames selects the rows that exist among them.
   std::vector<std::string> SelectedNames() const;
   bool SelectNames(const std::vector<std::string>& names);
   // Checks exactly the rows with these names. O(rows + names).

@@ -93,7 +93,7 @@ UndoableCommand::~UndoableCommand() {
                           *body_->previews);
     if (body_->previews->KeepChanged(body_->doc)) body_->scope.Add(std::move(body_->previews));
   } catch (const std::bad_alloc&) {
-    // What was deleted is not in the trash then; undo brings it back all the same.
+    // Without memory the deleted Stagemarks do not reach the trash; undo still restores them.
   }
 }
 

@@ -1,7 +1,7 @@
-// UndoableCommand: stands around a command of the Stagemarks dialog that changes what is stored, and
-// makes one undo step of it, which the plug-in does not: containers, render settings, previews. What
-// is deleted or recorded over goes into the trash of the document. Around anything else it does
-// nothing. Main thread.
+// UndoableCommand: stands around a command of the Stagemarks dialog that changes what is stored,
+// and makes one undo step of it, which the plug-in does not: containers, render settings, previews.
+// Stagemarks that are deleted or recorded over go into the trash of the document. Around anything
+// else it does nothing. Main thread.
 #pragma once
 
 #include <memory>

@@ -10,7 +10,7 @@
 
 namespace publishing {
 
-// What stands in the scene of its Stagemarks, by their names: of equal names the first.
+// Facts about the Stagemarks stored in the scene, by their names: of equal names the first.
 std::unordered_map<std::string, engine::StateFacts> ReadStateFacts(const host::BaseDocument& doc);
 
 class PageMaking {
@@ -18,15 +18,15 @@ class PageMaking {
   // `scene`: its name.
   PageMaking(const host::BaseDocument& doc, engine::FileSystem& files, const std::string& scene);
 
-  // Takes the document as it stands in as the Stagemark of that name; one without is shown under
-  // that name, too. A failure where it was stopped.
+  // Adds the document as it stands as the state `name`, whether or not there is a Stagemark of that
+  // name. A failure where it was stopped.
   engine::Status AddState(const std::string& name, const engine::ProgressCallback& progress);
-  // Of the state added last; fitted into the box of StatePage.h.
+  // Sets the thumbnail of the state added last; fitted into the box of StatePage.h.
   engine::Status AddThumbnail(const engine::Image& picture);
-  // The page with all states; once.
+  // The page with all states; called once.
   engine::Result<std::string> Finish(const PageViewer& viewer, const std::string& title,
                                      const engine::ProgressCallback& progress);
-  // Afterwards: what the scene in the page is; its bytes are gone.
+  // Facts about the scene in the page, after Finish; its bytes are gone.
   const engine::PublishedScene& Scene() const { return scene_; }
 
  private:

@@ -26,11 +26,11 @@ struct OrderedFile {
   std::vector<std::string> states;  // in it; an empty name: the scene as it is
 };
 
-// In the order of the names. Fails where two of them would become one file, at least on some disks.
-// `scene`: its name, empty where it has none yet.
+// The files in the order of the names. Fails where two of them would become one file, at least on
+// some disks. `scene`: its name, empty where it has none yet.
 engine::Result<std::vector<OrderedFile>> FilesOf(const PublishOrder& order,
                                                  const std::string& scene);
-// For one of these files, which is no page.
+// The options for one of these files, which is no page.
 engine::PublishOptions OptionsOf(const PublishOrder& order, const std::string& scene,
                                  const OrderedFile& file);
 

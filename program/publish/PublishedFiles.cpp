@@ -20,7 +20,8 @@ constexpr std::size_t kHead = 200;  // bytes in which the generator is looked fo
 constexpr std::size_t kDigits = 16;
 constexpr std::string_view kZeros = "0000000000000000";
 
-// Where the digits of the generator are, which stands at the beginning; npos where it is another's.
+// The position of the digits in the generator's name, which stands near the beginning; npos in the
+// file of another generator.
 std::size_t DigitsIn(std::string_view bytes) {
   const std::string_view words =
       engine::kGltfGenerator.substr(0, engine::kGltfGenerator.size() - kDigits);

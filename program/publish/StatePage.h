@@ -35,16 +35,17 @@ struct PageContents {
   std::string scene;              // bytes of a .glb file that holds them all
 };
 
-// What a thumbnail fits into; and the bytes of its file.
+// Largest size of a thumbnail, in pixels; and the bytes of its file, a JPEG.
 inline constexpr pictures::PictureSize kThumbnail{480, 360};
 engine::Result<std::string> EncodeThumbnail(const engine::Image& picture);
 
-// The mark of pages in FileOrigin.h: those of `sheet` have had the name of the verb `page` for longer.
+// The mark of pages in FileOrigin.h: those of `sheet` have had the name of the verb `page` for
+// longer.
 inline constexpr const char* kPageMaker = "state-page";
 // Whether the folder has the viewer's license already, letter by letter.
 bool HasLicense(engine::FileSystem& files, const std::string& folder, const PageViewer& viewer);
-// The page, as MakeStatePage gives it, and the license. The page is written last, with its mark: where
-// it is, all that belongs to it is there.
+// Writes the page, as MakeStatePage gives it, and the license. The page is written last, with its
+// mark: where it is, all that belongs to it is there.
 engine::Status WritePage(engine::FileSystem& files, const std::string& folder,
                          const std::string& page, const PageViewer& viewer);
 

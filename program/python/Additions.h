@@ -6,7 +6,7 @@
 
 namespace scripting {
 
-// Where an object stands, in the coordinates of the scene; what is empty is not meant. Three
+// Where an object stands, in the coordinates of the scene; empty members change nothing. Three
 // numbers each, angles in degrees; an object that looks at a point does so along +z, upright.
 struct Where {
   std::vector<double> at = {};
@@ -14,8 +14,8 @@ struct Where {
   std::vector<double> rotation = {};
   std::vector<double> scale = {};
 };
-// `type` as the host calls it, in any case: "cube". Below `parent`, 0: at the top. Without a name
-// it gets that of its type.
+// Adds an object below `parent`, 0: at the top. `type` as the host calls it, in any case: "cube".
+// Without a name it gets that of its type.
 Found AddObjectOf(DocumentId document, const std::string& type, const std::string& name,
                   ElementId parent, const Where& where);
 void Place(DocumentId document, const std::vector<ElementId>& objects, const Where& where);
@@ -23,7 +23,7 @@ void Place(DocumentId document, const std::vector<ElementId>& objects, const Whe
 Found AddMaterialOf(DocumentId document, const std::string& name, const std::vector<double>& color);
 Found AddLayerOf(DocumentId document, const std::string& name);
 Found AddSettingsOf(DocumentId document, const std::string& name);
-// With all below them. Render settings only among themselves; the last ones stay.
+// Removes elements with all below them. Render settings only among themselves; the last ones stay.
 void Remove(DocumentId document, const std::vector<ElementId>& elements);
 // The texture tag of each object gets the material, 0: none.
 void GiveMaterialTo(DocumentId document, const std::vector<ElementId>& objects, ElementId material);

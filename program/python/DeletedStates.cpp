@@ -27,7 +27,7 @@ std::uint64_t NumberOf(const DeletedState& state) {
   return found->second;
 }
 
-// Where the last one that fits stands; throws with `missing` where none does.
+// The position of the last one that fits; throws with `missing` where none does.
 template <class Fits>
 std::size_t LastOf(const DeletedStates& states, const Fits& fits, const std::string& missing) {
   const auto found = std::find_if(states.rbegin(), states.rend(), fits);

@@ -24,7 +24,7 @@ std::string SavedPath(const host::BaseDocument& doc) {
   return (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
 }
 
-// Where a scene may be written, absolute.
+// The absolute path to save a scene at; throws where it may not be written there.
 std::string CheckTarget(const host::BaseDocument& doc, const std::string& path, bool overwrite) {
   const std::string own = SavedPath(doc);
   if (path.empty() && own.empty())

@@ -16,7 +16,7 @@ struct Opened {
 // `allowOutside`: also with pictures that lie outside the folder of an imported file.
 Opened Open(const std::string& path, bool allowOutside);
 Opened New();
-// With unsaved changes only where `discard` says so; steps that are open end.
+// Closes a document, one with unsaved changes only where `discard` says so; its open steps end.
 void Close(DocumentId document, bool discard);
 std::vector<DocumentId> AllDocuments();
 DocumentId ActiveDocument();  // 0 for none
@@ -26,9 +26,9 @@ void Activate(DocumentId document);
 std::string PathOfDocument(DocumentId document);
 std::string NameOfDocument(DocumentId document);
 bool IsChanged(DocumentId document);
-// In place where `path` is empty. Answers the absolute path. `overwrite`: also a file that is
-// another scene's, or was changed by somebody else since. `seconds`: how long to wait for another
-// program that changes the file.
+// Saves in place where `path` is empty. Answers the absolute path. `overwrite`: also replaces a
+// file that is another scene's, or was changed by somebody else since. `seconds`: how long to wait
+// for another program that changes the file.
 std::string Save(DocumentId document, const std::string& path, bool overwrite, double seconds);
 
 // Brings a document up to a newer version of the file that it was imported from, in one undo step.
@@ -39,7 +39,7 @@ engine::SceneUpdate UpdateFrom(DocumentId document, const std::string& path, boo
 // False where there is nothing to take back or do again.
 bool Undo(DocumentId document);
 bool Redo(DocumentId document);
-// The oldest first; and the one first that Redo takes.
+// Names of the steps: done ones with the oldest first, undone ones with the next of Redo first.
 Names DoneSteps(DocumentId document);
 Names UndoneSteps(DocumentId document);
 int BeginStep(DocumentId document, const std::string& name);

@@ -60,7 +60,7 @@ FoundList Meant(engine::Result<std::vector<T*>> found) {
   return list;
 }
 
-// By name, pattern or position, of what the shell has no words for.
+// Finds by name, pattern or position elements that the shell has no words for.
 FoundList FindNamed(const BaseDocument& doc, const FoundList& all, const std::string& what,
                     const std::string& typed) {
   FoundList found;

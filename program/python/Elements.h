@@ -15,7 +15,7 @@ namespace scripting {
 // An element and its type (C4DAtom::GetType).
 using Found = std::pair<ElementId, host::LONG>;
 using FoundList = std::vector<Found>;
-// What lists of a document hold, the parts of render settings besides.
+// The elements that a list of a document holds. Parts of render settings have no such list.
 enum class Kind { Objects, Materials, Layers, Settings, Tags };
 
 Found FoundOf(const host::GeListNode& node);
@@ -27,7 +27,7 @@ FoundList FindIn(DocumentId document, Kind kind, const std::string& typed);
 bool IsThere(DocumentId document, ElementId element);
 std::string PathOfElement(DocumentId document, ElementId element);
 std::string TypeNameOf(DocumentId document, ElementId element);
-// What hangs directly below it; its tags, or of render settings the effects, then the passes.
+// The elements directly below it; and its tags, or of render settings the effects, then the passes.
 FoundList Children(DocumentId document, ElementId element);
 FoundList Parts(DocumentId document, ElementId element);
 // The element above it, of a tag its object; 0 for none.
@@ -59,7 +59,7 @@ const std::vector<FieldFacts>& AllFields();
 // The places of the fields that elements of this type have.
 std::vector<std::size_t> FieldsOfType(DocumentId document, ElementId element);
 Value ReadValue(DocumentId document, ElementId element, std::size_t field);
-// Of all these elements in one step.
+// Sets the field of all these elements in one step.
 void WriteValue(DocumentId document, const std::vector<ElementId>& elements, std::size_t field,
                 const Value& value);
 

@@ -17,9 +17,9 @@ struct Picture {
   std::vector<std::uint8_t> pixels;  // red, green, blue, alpha, row by row from the top left
   Names notes;                       // what of the scene was left out
 };
-// Of a state as if it were loaded, of the scene as it stands where `state` is empty. `size`: 0 for
-// what the render settings say; of one that is 0 the other and the shape count. `path`: where the
-// picture is written, empty for nowhere; then it has no pixels.
+// Renders a state as if it were loaded, or the scene as it stands where `state` is empty. `size`: 0
+// for that of the render settings; where one side is 0, the other and the shape count. `path`:
+// where the picture is written, empty for nowhere; a written one is answered without pixels.
 Picture Render(DocumentId document, const std::string& state,
                std::pair<std::uint32_t, std::uint32_t> size, const std::string& path,
                bool overwrite, unsigned threads);
@@ -47,7 +47,7 @@ struct PublishWishes {
   bool omitHidden = true;
   bool overwrite = false;
 };
-// The files, without what is beside them.
+// Publishes states; answers the scene files, without those beside them.
 Names Publish(DocumentId document, const PublishWishes& wishes);
 
 struct PageWishes {
@@ -56,18 +56,18 @@ struct PageWishes {
   std::string title;   // empty: the scene's name
   bool overwrite = false;
 };
-// A web page that shows the states in 3D; its file.
+// Makes a web page that shows the states in 3D; answers its file.
 std::string MakePage(DocumentId document, const PageWishes& wishes);
 
 struct SheetWishes {
   std::string path;  // .png or .tif
   Names states;      // as of a page
-  // What each picture fits into; without it a size that suits their number.
+  // Largest size of each picture, in pixels; without it a size that suits their number.
   std::optional<std::pair<std::uint32_t, std::uint32_t>> size;
   bool overwrite = false;
   unsigned threads = 0;  // 0: one for each core
 };
-// A contact sheet of the states; its file.
+// Makes a contact sheet of the states; answers its file.
 std::string MakeSheet(DocumentId document, const SheetWishes& wishes);
 
 }  // namespace scripting

@@ -29,7 +29,7 @@ using DocumentId = host::ULLONG;  // engine::NumberOf
 using ElementId = engine::NodeId;
 using Names = std::vector<std::string>;
 
-// What is wrong, for a script to catch; the message is for a person.
+// The kind of a failure, for a script to catch; the message is for a person.
 enum class Fault {
   Failed,       // it did not work
   NotFound,     // no such thing, or several of that name
@@ -62,10 +62,10 @@ class ScriptPerson : public engine::Person {
   void ClearStatus() override;
   bool Progress(double fraction, const std::string& what) override;
 
-  // What every question of the next call is answered with, and the next choice of a file.
+  // Set the answer to every question of the next call, and the next choice of a file.
   void Answer(bool yes) { yes_ = yes; }
   void ChooseNextFile(const std::string& path) { nextFile_ = path; }
-  // Since the call began.
+  // Forget clears all at the start of a call; the others tell of that call.
   void Forget();
   const Names& Told() const { return told_; }
   const Names& Refused() const { return refused_; }
@@ -81,11 +81,11 @@ class ScriptPerson : public engine::Person {
 
 class Session {
  public:
-  // The one there is, made where there is none. Throws where the plug-in cannot be loaded.
+  // The only session, made by the first call. Throws where the plug-in cannot be loaded.
   static Session& Get();
   // Closes all documents and ends the application, if it was made here. Nothing works afterwards.
   static void End();
-  // The same person in every session.
+  // One person for all sessions.
   static ScriptPerson& Person();
 
   engine::Application& App() { return *application_; }
@@ -107,8 +107,8 @@ class Session {
 
   // Steps, the innermost last.
   int BeginStep(DocumentId document, const std::string& name);
-  // Of the innermost one; else all inside it end with it. Without `keep` everything is taken back,
-  // what is recorded too.
+  // Ends a step, and with it all steps inside it. Without `keep` everything is taken back,
+  // recorded Stagemarks too.
   void EndStep(int step, bool keep);
   bool HasStep(DocumentId document) const;
   // Ends the steps of a document.
@@ -160,7 +160,7 @@ class Call {
   std::size_t mark_;
 };
 
-// All of an edit, with its progress; throws where it was stopped, and nothing is changed then.
+// Runs all of an edit, with progress; throws where it was stopped, and nothing is changed then.
 void RunEdit(host::BaseDocument& doc, engine::StepwiseEdit edit);
 
 // The document of a number that was given out; throws where it is closed.

@@ -1,4 +1,4 @@
-// What is told of states without loading them: differences, findings, and states as text.
+// Reports on states without loading them: differences, findings, and states as text.
 #include <algorithm>
 
 #include "engine/render/TextureSearch.h"
@@ -85,7 +85,8 @@ std::string Advice(const std::string& message) {
   return message.ends_with("is in the scene.") ? " even_empty=True takes it in all the same." : "";
 }
 
-// What it changes in place are the render settings of states that it replaces.
+// Takes states in as one undo step, with the render settings of the states that it replaces: it
+// changes these in place.
 auto TakeInAsStep(BaseDocument& doc, const std::string& text,
                   const engine::TakeInOptions& options) {
   const engine::StoredDataScope stored(doc, "", engine::StoresOfStates());

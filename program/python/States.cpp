@@ -23,7 +23,7 @@ using pictures::StagemarksDialog;
 StagemarksDialog DialogOf(DocumentId document) { return Session::Get().DialogFor(Find(document)); }
 void Deliver() { Session::Get().App().DeliverEvents(); }
 
-// As at the desktop.
+// The name of an undo step, as at the desktop.
 std::string StepName(const char* act, const std::string& name) {
   return act + outcome::Shown(name);
 }
@@ -58,7 +58,7 @@ std::vector<ElementId> IdsOf(const FoundList& found) {
   return ids;
 }
 
-// What is selected for an edit, and as before again afterwards.
+// Selects elements for an edit while it lives, and restores the former selection.
 class SelectedMeanwhile {
  public:
   SelectedMeanwhile(DocumentId document, const BulkRow& row, const std::vector<ElementId>& elements)
@@ -112,7 +112,7 @@ void CheckWords(const PartChoice& choice) {
   }
 }
 
-// In the order of the dialog's list.
+// The states in the order of the dialog's list.
 std::vector<StateFacts> ListStates(DocumentId document) {
   std::unordered_multimap<std::string, engine::StoredState> stored;
   for (engine::StoredState& state : engine::ReadStates(Find(document))) {

@@ -40,11 +40,11 @@ struct Loaded {
   bool camera = false;
   Names parts;  // the words of what was applied
 };
-// One undo step. What it changed.
+// Loads in one undo step; answers what changed.
 Loaded Load(DocumentId document, const std::string& name, const PartChoice& parts);
 
 void Rename(DocumentId document, const std::string& from, const std::string& to);
-// The names of those that are gone; with their preview images.
+// Deletes states with their preview images; answers their names.
 Names Delete(DocumentId document, const Names& typed);
 
 // A Stagemark that was deleted or recorded over.
@@ -57,23 +57,23 @@ struct DeletedFacts {
 };
 // The trash of the document, the one deleted last first.
 std::vector<DeletedFacts> ListDeleted(DocumentId document);
-// Gives one back, under the name `as`, or its own where that is empty; the name it has. `number`: 0
-// for the one of that name or pattern that was deleted last.
+// Gives one back, under the name `as`, or its own where that is empty; answers its name. `number`:
+// 0 for the one of that name or pattern that was deleted last.
 std::string Restore(DocumentId document, const std::string& typed, std::uint64_t number,
                     const std::string& as);
-// Empties the trash; how many were in it.
+// Empties the trash; answers how many were in it.
 std::size_t ForgetDeleted(DocumentId document);
 
-// What the menu "Edit" of the dialog does with the checked Stagemarks.
+// The commands of the dialog's menu "Edit", which change the checked Stagemarks.
 enum class Bulk { Update, Objects, Tags, Layers, Camera };
-// With these elements as what is selected, which is as before afterwards. A sentence about what
-// came of it, and whether anything changed.
+// Does the command with these elements selected, and restores the selection. Answers a sentence
+// about the outcome, and whether anything changed.
 std::pair<std::string, bool> Edit(DocumentId document, Bulk what, const Names& typed,
                                   const std::vector<ElementId>& elements);
-// Names of the materials that are gone.
+// Deletes the materials that no Stagemark uses; answers their names.
 Names CleanMaterials(DocumentId document);
 
-// What is recorded and loaded, by the words of engine/states/RecordedParts.h.
+// The options of recording and loading, by the words of engine/states/RecordedParts.h.
 std::map<std::string, bool> Options(DocumentId document);
 void SetOption(DocumentId document, const std::string& word, bool on);
 
@@ -91,8 +91,8 @@ struct ElementDifference {
   ElementId element = 0;  // of the left side where that has it; 0 for the scene camera
   std::vector<FieldDifference> fields;
 };
-// Of two Stagemarks, of one document or two; of one from the scene, as loading would change it,
-// where `right` is empty.
+// The differences of two Stagemarks, of one document or two; where `right` is empty, of one from
+// the scene, as loading would change it.
 std::vector<ElementDifference> Diff(DocumentId leftDocument, const std::string& left,
                                     DocumentId rightDocument, const std::string& right,
                                     const PartChoice& parts);
@@ -108,7 +108,7 @@ struct FindingFacts {
 };
 std::vector<FindingFacts> CheckStates(DocumentId document);
 
-// As docs/STATES.md has it.
+// The text that docs/STATES.md describes.
 std::string StatesAsText(DocumentId document, const Names& typed);
 
 struct Taken {

@@ -90,7 +90,7 @@ class Recording {
     services_.person.Progress(1, "Recording the file's states");
   }
 
-  // What a state holds is recorded only where its option is on.
+  // Each part of a state is recorded only where its option is on.
   void SwitchOptionsOn() {
     const auto any = [&](auto has) {
       return std::any_of(kept_.states.begin(), kept_.states.end(), has);
@@ -213,7 +213,7 @@ class Recording {
 RecordedStates RecordImportedStates(const engine::Services& services,
                                     pictures::StagemarksDialog& dialog, BaseDocument& doc) {
   if (!engine::HasImportedStates(doc)) return {};
-  // The same file gives the same scene.
+  // Seeded, so that importing a file twice gives the same scene.
   const engine::SeededIds ids(engine::IdOf(doc));
   RecordedStates recorded = Recording(services, dialog, doc).Run();
   engine::ClearUndo(doc);

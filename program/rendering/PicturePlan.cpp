@@ -19,7 +19,7 @@ constexpr const char* kPatternAsItIs = "{scene}.";
 constexpr const char* kProgramVersion = STAGEMARKS_VERSION;
 constexpr std::size_t kMostFrames = 100000;
 constexpr std::size_t kMostPictures = 1000000;
-// Of the very small picture that an estimate rests on.
+// Largest size of the very small picture that an estimate rests on, in pixels.
 constexpr PictureSize kProbeBox{128, 128};
 
 double SecondsSince(std::chrono::steady_clock::time_point begin) {

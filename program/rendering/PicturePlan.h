@@ -12,7 +12,7 @@
 
 namespace rendering {
 
-// As typed.
+// An order of pictures, in the words that were typed.
 struct PictureOrder {
   std::vector<std::string> states;  // empty: all
   std::vector<std::string> sizes;   // "640x360"; empty: that of each state
@@ -33,14 +33,14 @@ struct PlannedPicture {
   bool isRendered = false;  // now
 };
 
-// About; of pictures that are still to be rendered.
+// Estimated cost of the pictures that are still to be rendered.
 struct PictureEstimate {
   double seconds = 0;
   double reading = 0;  // seconds of these for the first picture before any other
   std::uint64_t bytes = 0;
 };
 
-// What `check` finds in the states of a plan, and what is said of it.
+// Findings of `check` in the states of a plan, and a text about them.
 struct PictureFindings {
   std::size_t errors = 0;
   std::size_t warnings = 0;
@@ -52,16 +52,16 @@ class PicturePlan {
   PicturePlan(PictureScene& scene, StatePictures& pictures, const PictureOrder& order)
       : scene_(scene), pictures_(pictures), order_(order) {}
 
-  // Sizes, frames and pattern; before the scene is opened.
+  // Checks sizes, frames and pattern, before the scene is opened.
   int CheckOrder();
-  // Names, sizes and records of all pictures of the chosen states; refuses two of one name.
+  // Finds names, sizes and records of all pictures of the chosen states; refuses two of one name.
   int Make();
   PictureFindings Findings();
 
   std::vector<PlannedPicture>& Pictures() { return plan_; }
-  // Folders for all pictures and for their manifest.
+  // Makes the folders for all pictures and for their manifest.
   int MakeFolders();
-  // Above all pictures: the pattern up to its first placeholder.
+  // The folder above all pictures: the pattern up to its first placeholder.
   const std::string& Folder() const { return folder_; }
   std::uint64_t PixelsToRender() const;
   // Renders the first missing picture very small to learn what the missing ones will cost; nothing
@@ -92,7 +92,7 @@ class PicturePlan {
   std::vector<PlannedPicture> plan_;
 };
 
-// The hash of what else makes a picture, for its record.
+// The hash of the other settings that a picture depends on, for its record.
 std::string SettingsHash(PictureKind kind);
 
 // "3.1 megapixels"; "2 min 5 s".

@@ -21,9 +21,9 @@ class PictureListener {
   virtual void Say(const std::string& text) = 0;
   virtual void Note(const std::string& text) = 0;
   virtual void Error(const std::string& text) = 0;
-  // Of the whole work, 0..1, within one picture; false asks the work to stop.
+  // Hears the share of the whole work, 0..1, within one picture; false asks the work to stop.
   virtual bool Progress(double share, const std::string& what) = 0;
-  // Between pictures.
+  // Hears how many pictures are done, after each.
   virtual void Step(std::size_t done, std::size_t count, const std::string& what) = 0;
   virtual bool IsStopped() const = 0;
 };

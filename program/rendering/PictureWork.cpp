@@ -82,7 +82,7 @@ int PictureWork::DoOne(PlannedPicture& picture, std::size_t number) {
   return rules_.keepsGoing ? kDone : status;
 }
 
-// Whoever was at them is through with them, or gone, when they can be claimed.
+// Takes the pictures that others were at: once they can be claimed, the others are through or gone.
 int PictureWork::DoLeftToOthers() {
   bool isSaid = false;
   while (!others_.empty()) {

@@ -15,21 +15,21 @@
 
 namespace rendering {
 
-// Of files with a picture of a state, see FileOrigin.h.
+// The mark of files with a picture of a state, see FileOrigin.h.
 inline constexpr const char* kPictureMaker = "render";
 
 struct WorkRules {
   std::string manifest;     // absolute path
   bool isShared = false;    // leave out what is there, and share the rest with others
   bool keepsGoing = false;  // with the next picture when one fails
-  // Who hears of each picture; both may be empty. `image`: null unless it was rendered here; `why`
-  // it failed, empty where it did not.
+  // Called for each picture; both may be empty. `image`: null unless it was rendered here; `why` it
+  // failed, empty where it did not.
   std::function<void(const PlannedPicture&)> begun = {};
   std::function<void(const PlannedPicture&, const engine::Image* image, const std::string& why)>
       ended = {};
 };
 
-// What stands where a picture goes.
+// The file found at the path of a picture.
 enum class PictureAtPlace : std::uint8_t {
   None,      // nothing, or no file, and writing says why it cannot be
   Finished,  // whole and made from the same
@@ -45,8 +45,8 @@ class PictureWork {
   // Reads the file.
   PictureAtPlace Look(const PlannedPicture& picture);
   bool IsDone(const PlannedPicture& picture) { return Look(picture) == PictureAtPlace::Finished; }
-  // Renders what is not marked as being there. The first fault that is no picture's own, as
-  // Ctrl-C, ends it.
+  // Renders the pictures without isThere. The first fault that is no picture's own, as Ctrl-C, ends
+  // it.
   int Do(std::vector<PlannedPicture>& plan);
   std::size_t Failed() const { return failed_; }
 

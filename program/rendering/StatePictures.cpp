@@ -17,7 +17,7 @@ using engine::Status;
 
 namespace {
 
-// What the renderer keeps for each pixel.
+// Memory of the renderer for each pixel.
 constexpr std::uint64_t kBytesPerPixel = 16;
 
 const host::BaseContainer& ActiveSettings(const host::BaseDocument& doc) {

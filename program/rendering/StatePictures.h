@@ -1,6 +1,6 @@
 // StatePictures: pictures of the states of the open scene: which states are meant, bringing the
-// scene into one through the dialog, and rendering it as it then stands. Works on a scene it does not
-// own. What fails is said to its listener and answered as an exit status. Main thread.
+// scene into one through the dialog, and rendering it as it then stands. Works on a scene it does
+// not own. What fails is said to its listener and answered as an exit status. Main thread.
 #pragma once
 
 #include <functional>
@@ -36,8 +36,8 @@ using pictures::PictureSize;
 using pictures::SafeFileName;
 using pictures::SceneName;
 
-// "1280x720", both 1..16384 and together not more than can be rendered; a failure says what is
-// wrong.
+// The size in a text as "1280x720", both sides 1..16384 and together not more than can be rendered;
+// a failure says what is wrong.
 engine::Result<PictureSize> ParsePictureSize(const std::string& typed);
 std::string SizeText(const PictureSize& size);
 // How far the whole work is while one picture of it is rendered.
@@ -51,10 +51,10 @@ class StatePictures {
   // `threads`: 0 one for each core.
   StatePictures(PictureScene& scene, unsigned threads) : scene_(scene), threads_(threads) {}
 
-  // The states that are meant, all where nothing is typed; a scene without any gives one without a
-  // name, which stands for the scene as it is. Unknown names answer kUsage.
+  // Chooses the states that are meant, all where nothing is typed; a scene without any gives one
+  // without a name, which stands for the scene as it is. Unknown names answer kUsage.
   int Choose(const std::vector<std::string>& typed);
-  // In the order chosen; the current one as it was before anything was recalled.
+  // The chosen states in their order, as they were before any was recalled.
   const std::vector<Mark>& States() const { return states_; }
   bool AsItIs() const { return asItIs_; }
 
@@ -63,21 +63,20 @@ class StatePictures {
   // Does something with the scene in the state and takes the state back, so that what comes next
   // finds the scene as it was opened. Answers what `look` does.
   int InState(const Mark& state, const std::function<int()>& look);
-  // Of the scene as it stands: size by the active render settings, names for files.
+  // Facts about the scene as it stands: size by the active render settings, names for files.
   PictureSize Size() const;
   PictureFacts Facts(const Mark& state) const;
   // Renders the scene as it stands, and says what is left out of it where that was not said before.
   // kInterrupted after Ctrl-C.
   int Render(const PictureSize& size, const PictureTurn& turn, const std::string& name,
              engine::Image* picture);
-  // The same of a picture that nobody gets to see, without progress and notes; `picture` may be
-  // null.
+  // Renders a picture that nobody gets to see, without progress and notes; `picture` may be null.
   int Probe(const PictureSize& size, engine::Image* picture);
-  // As Render, but floats, for a file that holds all the light.
+  // Does as Render, but gives floats, for a file that holds all the light.
   int RenderLight(const PictureSize& size, const PictureTurn& turn, const std::string& name,
                   engine::Image* picture);
-  // Writes it whole or not at all, as the suffix says. It tells that `maker` made it and, with a
-  // record, from what. `*bytes` learns how long it is.
+  // Writes the picture whole or not at all, in the format of the suffix. The file tells that
+  // `maker` made it and, with a record, from what. `*bytes` gets its length.
   int Save(const engine::Image& picture, const std::string& path, const std::string& maker,
            const PictureRecord* record = nullptr, std::uint64_t* bytes = nullptr);
   // Why the last Render or Save failed, without an end of the program's own making.

@@ -50,7 +50,7 @@ std::string NewsAsText(const PictureNews& news);
 // Nothing when it is damaged.
 std::optional<PictureNews> NewsFromText(const std::string& text);
 
-// Larger pictures are scaled down to it for a list of them.
+// Largest size of a thumbnail for a list of pictures, in pixels.
 inline constexpr PictureSize kThumbnailBox{128, 80};
 
 class PictureFiles {
@@ -65,7 +65,7 @@ class PictureFiles {
   bool Do(const PicturesOrder& order, const std::function<std::string()>& complaints);
 
  private:
-  // One order's plan; kept for the next one like it.
+  // The plan of one order; kept for the next one like it.
   struct Planned {
     Planned(rendering::PictureScene& scene, const PicturesOrder& wanted)
         : order(wanted), pictures(scene, 0), plan(scene, pictures, order.pictures) {}

@@ -34,14 +34,14 @@ constexpr const char* kStopped = "Stopped.";
 
 std::atomic<bool> stopAsked{false};
 
-// What is being read for may be waited for without end.
+// Without SA_RESTART: SIGTERM must end a read, which could wait forever.
 void ListenForStop() {
   struct sigaction action {};
   action.sa_handler = [](int) { stopAsked = true; };
   sigaction(SIGTERM, &action, nullptr);
 }
 
-// What the child was asked for.
+// The scene that the child is to open: its path, the dialog's options by label, the file's bytes.
 struct Order {
   std::string path;
   std::unordered_map<std::string, bool> options;

@@ -34,7 +34,8 @@ inline constexpr const char* kStateWorkerVerb = "--state-worker";
 
 inline constexpr const char* kMeasureStates = "measure";
 
-// Which state, by its name, and what its picture fits into; no name: the scene as it is.
+// A request for the picture of a state, by its name, fitted into `box`; no name: the scene as it
+// is.
 struct PictureRequest {
   PictureSize box;
   std::string name;
@@ -47,7 +48,7 @@ std::string OrderAsText(const publishing::PublishOrder& order);
 // Nothing for any other text.
 std::optional<publishing::PublishOrder> OrderFromText(const std::string& text);
 
-// One state as the child tells of it; one without a name: the scene as it is, which has no states.
+// Facts that the child tells of a state; without a name: of the scene as it is, without states.
 struct StateFacts {
   PictureSize size;  // of the picture by itself
   Mark mark;
@@ -56,7 +57,7 @@ std::string StateAsText(const StateFacts& state);
 // Nothing when it is damaged.
 std::optional<StateFacts> StateFromText(const std::string& text);
 
-// The child's whole work; its exit status.
+// Does the child's whole work; answers its exit status.
 int RunStateWorker();
 
 }  // namespace worker

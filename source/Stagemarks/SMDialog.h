@@ -58,14 +58,14 @@ class SMDialog : public GeDialog {
   void LoopThroughOM(BaseDocument* doc, BaseObject* op);
   // The tags of one object. Always true.
   Bool RecordTags(BaseObject* op);
-  // What a tag record holds, without the link to the tag; own ID 0 or that of the tag's data.
+  // Contents of a tag record, without the link to the tag; own ID 0 or that of the tag's data.
   BaseContainer GetTtextureSettings(BaseTag* tag) const;
   BaseContainer GetTgenericSettings(BaseTag* tag) const;
   BaseContainer GetTcompositingSettings(BaseTag* tag) const;
   // The one of the three that a tag type asks for.
   BaseContainer CaptureTag(BaseTag* tag, Capture capture) const;
-  // Which camera the render view looks through; an empty link for none, and, with false, where the
-  // option is off.
+  // Records the camera that the render view looks through; an empty link for none, and, with false,
+  // where the option is off.
   Bool RecordCameraSettings();
   Bool RecordLayerSettings();
   // Records `layer`, its following siblings and all below them in pre-order. Null records nothing.
@@ -141,8 +141,8 @@ class SMDialog : public GeDialog {
   Filename GetPreviewImage(const String& name) const;
   // Renders the element being recorded into `folder`; false when memory ran out.
   Bool GenerateBitmapPreview(const Filename& folder);
-  // In the bitmap button: the element's preview, else the default image; what it showed where
-  // neither exists.
+  // Shows the element's preview in the bitmap button, else the default image; the button does not
+  // change where neither exists.
   void ShowPreview(const String& name);
   void ShowDefaultImage();
 

@@ -1,5 +1,5 @@
-// What was built is hard to turn against its user: read from the binaries themselves, since a flag
-// in a build file says nothing about what came of it.
+// Hardening of the built programs and libraries against attacks on their user: read from the
+// binaries themselves, since a flag in a build file says nothing about its effect.
 #include <elf.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>

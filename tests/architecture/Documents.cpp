@@ -63,7 +63,7 @@ std::set<std::string> WordsOf(const std::string& text) {
   return words;
 }
 
-// What the tree holds.
+// Names, words and build files of the source tree, which the documents are checked against.
 struct Tree {
   std::set<std::string> files;  // names, without their folders
   std::set<std::string> words;  // of all code

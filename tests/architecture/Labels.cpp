@@ -1,5 +1,4 @@
-// What the manual and the README say that a person reads on the screen is on the screen: labels (in
-// bold type) and messages.
+// Labels (in bold type) and messages that the manual and the README quote are shown on the screen.
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -16,7 +16,7 @@ namespace tests {
 class CommandLine : public testing::Test {
  protected:
   ChildResult Call(const std::vector<std::string>& arguments) const;
-  // The same on a terminal.
+  // As Call, but on a terminal of its own, at which `typing` is typed.
   ChildResult CallOnTerminal(const std::vector<std::string>& arguments,
                              const std::vector<Typing>& typing) const;
   // A script of the shell in the scratch folder, where `stagemarks` is the program.

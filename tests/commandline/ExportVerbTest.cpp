@@ -21,7 +21,7 @@ class ExportVerb : public CommandLine {
     return missing;
   }
 
-  // What was reckoned beforehand is what was written, but for the rounding to blocks.
+  // The counts and sizes reckoned beforehand are those written, but for the rounding to blocks.
   void ExpectReckoned(const json& result, const std::string& folder) {
     std::size_t textures = 0;
     std::uint64_t bytes = 0;

@@ -73,7 +73,7 @@ TEST_F(ImportVerb, MakesAStagemarkOfEachVariantOfTheMaterials) {
   EXPECT_EQ(Call({"load", scene, "Beach", "--dry-run"}).out.find("\"Blue\""), std::string::npos);
 }
 
-// What files published from here say of their states beyond materials.
+// States in files published from here hold more than materials: date, camera, hidden nodes, size.
 TEST_F(ImportVerb, MakesStagemarksAsOurOwnFilesDescribeThem) {
   json file = Chair();
   file["extras"]["stagemarks"] = {{"version", 1},

@@ -1,5 +1,5 @@
-// What is printed for programs: of every verb, held against the schema that describes it; messages
-// on standard error; and how quiet a quiet call is.
+// Output for programs: of every verb, held against the schema that describes it; messages on
+// standard error; and how quiet a quiet call is.
 #include <regex>
 #include <set>
 #include <sstream>
@@ -23,7 +23,7 @@ class Schema {
   const json& Definition(const std::string& name) const { return root_.at("$defs").at(name); }
   const json& Root() const { return root_; }
 
-  // What is wrong with a value, empty for nothing.
+  // The first violation of the schema by a value, empty for none.
   std::string Fault(const json& value, const json& schema, const std::string& at = "") const {
     std::string fault;
     for (const auto& [word, rule] : schema.items()) {
@@ -268,7 +268,7 @@ TEST_F(JsonOutput, QuietCallsPrintErrorsOnly) {
   Out({"delete", scene, "Gone", "--yes", "--write"});
   tests::WriteText(folder_ / "states.json", Out({"states", "export", scene}));
   for (Words call : Calls(scene)) {
-    // What is asked for as data is printed: a dump, and the text among the steps.
+    // Data that a call asks for is printed: a dump, and the text among the steps.
     const bool isData = call[0] == "run" || call.back() == "--dump";
     call.insert(call.end(), {"--quiet"});
     const ChildResult result = Call(call);

@@ -1,4 +1,4 @@
-// What the program makes beside a scene or in a chosen folder goes through no symbolic link.
+// Files that the program makes beside a scene or in a chosen folder go through no symbolic link.
 #include <filesystem>
 
 #include "tests/commandline/CommandLine.h"

@@ -1,5 +1,5 @@
-// What a picture was made from stands in it, and decides what is rendered again: nothing that is
-// still the same, everything that is not; and no state's picture depends on the others.
+// Every picture file records its inputs, which decide what is rendered again: nothing that is still
+// the same, everything that is not; and no state's picture depends on the others.
 #include <algorithm>
 #include <filesystem>
 #include <random>

@@ -1,4 +1,4 @@
-// What may replace what: scenes that several programs change at once, results in place of other
+// Rules for replacing files: scenes that several programs change at once, results in place of other
 // files, and what a refusal leaves.
 #include <filesystem>
 

@@ -274,7 +274,7 @@ TEST_F(Matrix, GoesIntoSpreadsheetsAndBrowsers) {
     EXPECT_EQ(page.find(foreign), std::string::npos) << foreign;
 }
 
-// What has no room beside the rest stands below it.
+// Columns that have no room beside the rest stand below it.
 TEST_F(Matrix, StandsInPiecesWhereItIsWide) {
   const std::string scene = Spider();
   for (int i = 0; i < 12; ++i) {
@@ -347,7 +347,7 @@ TEST_F(States, GoIntoAnotherSceneAsText) {
   EXPECT_EQ(Call({"diff", scene + ":Day", other + ":Morning"}).status, 0);
 }
 
-// What is said, without the names of the files.
+// The text without the names of the files, for comparing messages about different ones.
 std::string WithoutFiles(std::string text, const std::vector<std::string>& files) {
   for (const std::string& file : files) {
     for (std::size_t at = 0; (at = text.find(file)) != std::string::npos;)

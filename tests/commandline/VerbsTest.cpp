@@ -116,7 +116,7 @@ TEST_F(CommandLine, DumpIsWrittenPieceByPiece) {
   EXPECT_NE(text.find("\"Lamp 4999\""), std::string::npos);
   EXPECT_EQ(Json({"info", scene, "--dump"})["dump"], text);
 
-  // What a shell starts in the background ignores Ctrl-C unless `env` undoes that.
+  // Programs that a shell starts in the background ignore Ctrl-C unless `env` undoes that.
   // Nobody reads on until Ctrl-C has come, so that the program stands before a full pipe.
   WriteText(Scene("stop.sh"),
             "mkfifo pipe\nenv --default-signal=INT \"$1\" info many.gltf --dump >pipe & "

@@ -178,7 +178,7 @@ TEST(Layout, ThreadsShareKeysWithoutSeeingEachOther) {
     for (LONG i = 0; i < 4; ++i) EXPECT_EQ(result.FindIndex(t + 2 * i), 19 + i);
     EXPECT_EQ(result.GetReal(5007), 0.5);
   }
-  // What a thread leaves behind may be changed by others.
+  // Containers that a thread leaves behind may be changed by other threads.
   results[0].SetLong(9, 9);
   EXPECT_EQ(results[0].FindIndex(9), 23);
 }

@@ -117,7 +117,7 @@ TEST_P(LongContainer, CopiesStayWhatTheyWere) {
   EXPECT_EQ(before.FindIndex(GetParam().key(10)), 10);
 }
 
-// The same entries compare equal however they are spread over chunks.
+// Containers with equal entries compare equal however the entries are spread over chunks.
 TEST_P(LongContainer, ComparesEntriesNotChunks) {
   BaseContainer thinned;
   BaseContainer fresh;

@@ -432,8 +432,7 @@ TEST(Attributes, EditTheDocumentWhenNothingIsSelected) {
   EXPECT_EQ(Scene().GetRenderBaseDraw()->GetSceneCamera(&Scene()), nullptr);
 }
 
-// What the desktop shows for a parameter is what its element keeps: a field that writes another
-// type would be recorded as such.
+// Fields of the desktop keep the types of their parameters: another type would be recorded as such.
 TEST(Attributes, FieldsKeepTheTypesOfTheirParameters) {
   for (const engine::FieldSection& section : engine::FieldSections()) {
     const host::BaseContainer data = engine::DefaultData(section.type);

@@ -164,7 +164,7 @@ TEST(ComparePanel, AClickOrEnterSelectsInTheScene) {
   EXPECT_EQ(desk.Window().Inspected().Elements()->front(), engine::IdOf(*layer));
 }
 
-// What a person has closed or chosen stays so while rows come and go.
+// Rows that a person has closed or chosen stay so while others come and go.
 TEST(ComparePanel, RowsStayAsAPersonLeftThem) {
   WithCompare desk;
   desk::RecordState(desk, "Day");

@@ -92,7 +92,7 @@ class Desk {
   Widget& Gadget(host::LONG id) {
     return dynamic_cast<Widget&>(*window_->Docks().ViewOf(*Dialog())->WidgetOf(id));
   }
-  // What stands in the dock of that name.
+  // The widget in the dock of that object name.
   template <class Widget>
   Widget& Panel(const char* name) {
     return dynamic_cast<Widget&>(*window_->findChild<QDockWidget*>(name)->widget());

@@ -16,7 +16,7 @@
 
 namespace fields {
 
-// What has that label. Fails by exception.
+// The field with that label, not in a hidden part. Throws std::runtime_error if there is none.
 inline QWidget& FieldOf(QWidget& view, const QString& label) {
   for (QWidget* widget : view.findChildren<QWidget*>()) {
     if (widget->accessibleName() == label && !widget->parentWidget()->isHidden()) return *widget;

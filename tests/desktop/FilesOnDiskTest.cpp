@@ -1,4 +1,4 @@
-// What another program does to the files of open documents: noticed on coming back, on turning to
+// Changes by another program to the files of open documents: noticed on coming back, on turning to
 // the document and before saving.
 #include <gtest/gtest.h>
 

@@ -59,7 +59,7 @@ struct WithGallery : Desk {
       names.append(Grid().model()->index(row, 0).data().toString());
     return names.join(" ");
   }
-  // What it says of each once all are counted.
+  // How each state differs from the scene, in the words of the gallery, once all are counted.
   QString Things() {
     QStringList things;
     for (const char* name : {"Dawn", "Midnight", "Noon"}) {
@@ -236,7 +236,7 @@ TEST(Gallery, MarksWhatIsOlderAndRendersItWhenThatIsMeant) {
   WithGallery desk;
   desk.SaveAs("room.c4d");
   ASSERT_TRUE(desk.AllCome());
-  // What no Stagemark records: the pictures stay, with a mark, until the scene is saved.
+  // A change that no Stagemark records: the pictures stay, with a mark, until the scene is saved.
   const auto older = [&] {
     return desk.Picture("Dawn").olderThanScene && desk.Picture("Noon").olderThanScene;
   };

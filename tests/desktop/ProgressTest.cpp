@@ -228,7 +228,7 @@ void ChooseInDialogMenu(Desk& desk, const QString& text) {
   }
 }
 
-// What the plug-in does without a word is announced before it begins, where it may take a while.
+// Silent acts of the plug-in are announced before they begin, where they may take a while.
 TEST(Progress, OfActsThatSayNothingIsTheirNameAndAWaitingPointer) {
   AtWork desk;
   QStringList said;

@@ -117,7 +117,7 @@ TEST(RenderStates, TellsThenRendersThenKeepsAndLeavesTheDocumentAlone) {
   EXPECT_EQ(TwoShots::Rows(window),
             "Untitled Hidden.png: Is there\nUntitled Shown.png: Is there\n");
   EXPECT_EQ(engine::DumpState(desk::Scene()), before);
-  // What is seen in all of them has changed.
+  // A change that is seen in all of them.
   host::Matrix moved = desk.cube->GetMl();
   moved.off.x = 150;
   desk.cube->SetMl(moved);
@@ -394,7 +394,7 @@ TEST(RenderStates, JobsAreWatchedForAsLongAsSomethingMayCome) {
     ASSERT_TRUE(desk.Look());
     EXPECT_EQ(desk.window.IsWatching(), row.isWatched) << row.counts;
   }
-  // What Slurm says is shown, or why it says nothing; so is how long it takes.
+  // Slurm's answer is shown, or the reason why there is none; so are the times that the work takes.
   desk.Put(R"-("done": 1, "running": 2, "secondsLeft": 75, "slurmJob": "7", "scheduler":
       [{"state": "PENDING (Resources)", "tasks": 2
 }], "states": [{"state": "A", "done": 1,
@@ -408,7 +408,7 @@ TEST(RenderStates, JobsAreWatchedForAsLongAsSomethingMayCome) {
   desk.Put(R"("waiting": 3, "unasked": "Slurm does not answer.")");
   ASSERT_TRUE(desk.Look());
   EXPECT_TRUE(desk.window.Said().contains("Slurm does not answer."));
-  // What a command says to be wrong does not end it, and stands beside what comes next.
+  // An error from a command does not end the watching, and stands beside the next status.
   desk.Put(R"("done": 2, "failed": 1)");
   for (void (FarmWindow::*const command)() : {&FarmWindow::Retry, &FarmWindow::Collect}) {
     ASSERT_TRUE(desk.Look());

@@ -1,5 +1,4 @@
-// What the desktop tells after a command: a line for what went well, a window for what did not and
-// for exports.
+// Reports after a command: a line for what went well, a window for what did not and for exports.
 #include "program/desktop/Reports.h"
 
 #include <gtest/gtest.h>

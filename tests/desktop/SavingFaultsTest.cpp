@@ -56,7 +56,7 @@ class FaultyDesk {
   bool Save(const std::string& path) {
     return static_cast<bool>(application_->SaveDocumentAs(Doc(), path));
   }
-  // What is in the file, as it would be opened; the reason where it cannot be.
+  // A dump of the document in the file; the reason where it cannot be opened.
   std::string InFile(const std::string& path) {
     auto doc = engine::OpenSceneFile(system_->Get(), path);
     return doc ? engine::DumpDocument(*doc.Value()) : doc.Message();

@@ -24,7 +24,7 @@ using desk::Desk;
   return ::testing::AssertionFailure() << said.toStdString();
 }
 
-// What is not cut off by whatever it stands in.
+// Whether no part of the widget is cut off by the widgets around it; says how much is seen if not.
 ::testing::AssertionResult IsWhole(const QWidget& widget) {
   const QRect seen = widget.visibleRegion().boundingRect();
   if (seen == widget.rect()) return ::testing::AssertionSuccess();

@@ -1,5 +1,5 @@
-// What the desktop keeps between runs: written whole or not at all, and
-// never at the cost of what is there.
+// Settings that the desktop keeps between runs: written whole or not at all, and never at the cost
+// of those already there.
 #include "program/desktop/Settings.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// What the panels beside the Stagemarks dialog see of it, and what they do in it.
+// The Stagemarks dialog as the panels beside it see it, and their actions in it.
 #include "program/desktop/dialog/StatesDialog.h"
 
 #include <gtest/gtest.h>
@@ -83,7 +83,7 @@ TEST(CurrentState, StarIsHollowWhileTheSceneIsAnotherOne) {
   desk::RecordState(desk, "B");
   EXPECT_EQ(star(0), Star::None);
   EXPECT_EQ(star(1), Star::Full);
-  // What the options leave out does not count.
+  // Differences that the options leave out do not count.
   change(host::MODE_ON);
   EXPECT_EQ(star(1), Star::Hollow);
   ASSERT_TRUE(pictures::StagemarksDialog(*desk.Dialog()).Choose("Objects"));

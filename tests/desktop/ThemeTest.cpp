@@ -199,7 +199,7 @@ TEST(ThemePicture, MenuAndQuestion) {
   EXPECT_TRUE(pictures::Write(question, "question"));
 }
 
-// What is told is shown whole, however long its lines are.
+// Message boxes show all of their text, however long its lines are.
 TEST(Boxes, ShowAllOfTheirText) {
   const std::string line =
       "\"a scene with a long name.gltf\" was opened. Not all of it came along, and that is said "

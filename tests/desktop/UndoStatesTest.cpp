@@ -141,7 +141,8 @@ TEST(UndoStates, APreviewThatCannotComeBackIsTold) {
   desk.Window().Reporting().Window()->close();
 }
 
-// The same, saved; with what may be done to the previews, and hands that give it up again.
+// WithPreviews, saved after recording; with commands that change or delete previews, and ways to
+// give the scene up again: closing and restarting.
 struct WithSavedPreviews : WithPreviews {
   std::string path = Folder() + "/room.c4d";
   std::string saved;
@@ -313,8 +314,8 @@ TEST(UndoStates, OfPreviewsThatAreLinksNothingIsPutAside) {
   }
 }
 
-// What another program saved meanwhile stays: only what is missing comes back. What cannot be given
-// back now is tried again at the next start.
+// Files that another program saved meanwhile stay: only missing previews come back. Those that
+// cannot be given back now are tried again at the next start.
 TEST(UndoStates, PreviewsOfOthersStayAndThoseThatCannotComeBackWait) {
   WithSavedPreviews desk;
   desk.Delete(0);

@@ -146,7 +146,7 @@ TEST(Viewport, OutlinesWhatIsSelectedWithoutRenderingAgain) {
   EXPECT_TRUE(desk.View().IsFinished()) << "a selection is no reason for another picture";
   const int around = AmberPixels(desk.View().Outline());
   EXPECT_GT(around, 200);
-  // What hangs below something selected is selected with it.
+  // Objects below a selected one are selected with it.
   host::BaseObject* parent = host::BaseObject::Alloc(host::Onull);
   host::GetActiveDocument()->SetActiveObject(nullptr);
   host::GetActiveDocument()->AppendObject(parent);
@@ -319,7 +319,7 @@ TEST(ViewportPicture, WithSelections) {
        {std::tuple("selection-spider", "spider/spider.obj", "Kopf"),
         std::tuple("selection-dungeon", "dungeon/dungeon.gltf", "")}) {
     Desk desk;
-    // What of the scene did not come along.
+    // Closes the report on the parts of the scene that did not come along.
     if (!*wanted) desk::AnswerNext([](QDialog& box) { box.accept(); });
     ASSERT_TRUE(desk.Window().Commands().Open(std::string(TEST_SOURCE_DIR "/scenes/") + scene));
     host::BaseDocument& doc = *host::GetActiveDocument();

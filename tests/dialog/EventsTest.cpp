@@ -1,4 +1,4 @@
-// What a person does: the value changes, then one Command arrives.
+// A person's input to gadgets: the value changes, then one Command arrives.
 #include <gtest/gtest.h>
 
 #include <limits>

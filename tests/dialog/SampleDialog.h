@@ -86,7 +86,7 @@ class SampleDialog : public host::GeDialog {
 
   bool OpenIt() { return Open(host::DLG_TYPE_ASYNC, 4711, -1, -1, 0, 0, 0); }
 
-  // What was heard since the last call, joined by commas.
+  // The callbacks heard since the last call, joined by commas.
   std::string Heard() {
     std::string text;
     for (const std::string& one : heard) text += (text.empty() ? "" : ", ") + one;

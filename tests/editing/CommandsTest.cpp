@@ -1,5 +1,4 @@
-// What a person does to a scene: each one undo step, in the order of the tree, with names of their
-// own for copies.
+// Edits of a scene: each one undo step, in the order of the tree, copies with names of their own.
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -1,5 +1,5 @@
-// What an export is reckoned to write: files by layout, room by what is there already, and what
-// stands in the way.
+// The plan of an export before it writes: files by layout, room by the files already there, and
+// what stands in the way.
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -148,7 +148,7 @@ TEST_F(FarmOnSlurm, OutlivesWhatBreaks) {
   EXPECT_NE(down.out.find("note: Slurm refused: "), std::string::npos) << down.out;
   EXPECT_EQ(Try("stagemarks farm retry").status, 1);
   cluster_->StartController();
-  // What is not done in the end was forgotten, or killed.
+  // Pictures that are not done in the end were forgotten, or their tasks killed.
   ASSERT_TRUE(Until([&] { return AllDone() || Count("abandoned") > 0; })) << Status();
   ASSERT_TRUE(Until([&] {
     if (Count("abandoned") > 0) Try("stagemarks farm retry --chunk 2");
@@ -213,7 +213,7 @@ TEST_F(Farm, WorksWithoutSlurm) {
     return json::parse(ReadText(folder_ / file))["rendered"].get<int>();
   };
   EXPECT_EQ(rendered("1") + rendered("2"), 12);
-  // What was made is shown, however small; nothing is rendered once more.
+  // Finished pictures are shown, however small; nothing is rendered once more.
   const json collected = json::parse(Run("stagemarks farm collect --json"));
   EXPECT_EQ(collected["finishedPictures"], 3);
   EXPECT_EQ(collected["states"][0]["state"], "A");
@@ -221,7 +221,7 @@ TEST_F(Farm, WorksWithoutSlurm) {
   for (const char* part :
        {"src=\"sheet.png\"", "href=\"pictures/0001%20A.png\"", "<h2>Machines</h2>"})
     EXPECT_NE(report.find(part), std::string::npos) << part << "\n" << report;
-  // The same again copies nothing; another size needs no second copy of the scene either.
+  // An equal submission copies nothing; another size needs no second copy of the scene either.
   const auto copied = [&](const std::string& more) {
     return Run("stagemarks farm submit shot/s.c4d --dry-run " + more).find("Nothing was written");
   };

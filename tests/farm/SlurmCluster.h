@@ -27,7 +27,7 @@ class SlurmCluster {
   bool IsReady() const;
   // For SLURM_CONF of whoever calls its commands.
   std::string Configuration() const { return folder_ + "/slurm.conf"; }
-  // What its programs wrote, for the message of a failed test.
+  // The log files of its programs, for the message of a failed test.
   std::string Logs() const;
 
   // A node as if its machine had lost power: daemon, steps and what they run. And switched on again.

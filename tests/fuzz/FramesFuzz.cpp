@@ -1,5 +1,5 @@
-// What a child of the program writes into its pipe, and it may write anything: however the bytes
-// arrive, the same frames come out of them, and none is longer than may be.
+// Bytes from the pipe into which a child of the program writes, and it may write anything: however
+// they arrive, the same frames come out of them, and none is longer than engine::kFrameLimit.
 #include <cstdint>
 #include <vector>
 

@@ -2,7 +2,7 @@
 // begins, and then over so many inputs made from these by random changes, always the same for a
 // seed.
 //   TARGET FOLDER [FIRST-BYTE|-] [TRIES SEED]    every file is preceded by that byte
-// What a try dies of is said with the number that repeats it alone: as TRIES 1 and that as SEED.
+// A crash is reported with the number that repeats its try alone: as TRIES 1 and that as SEED.
 #include <unistd.h>
 
 #include <algorithm>

@@ -30,8 +30,8 @@ void Flood(FrameWriter& output) {
   }
 }
 
-// What this process still holds of its parent: descriptors, working directory, the right to write a
-// file.
+// Leaks from the parent into this process: descriptors, working directory, the right to write a
+// file. "nothing" if there are none.
 std::string Leaks() {
   std::string found;
   for (int descriptor = 4; descriptor < 256; ++descriptor) {

@@ -32,7 +32,7 @@ const char* FormatOf(const fs::path& file) {
   return found == formats.end() ? nullptr : found->second;
 }
 
-// What a scene holds, and what its notes say.
+// Features of file formats: whether a scene brings them, and whether its notes tell of a loss.
 class Formats : public ImportSession {
  protected:
   struct Row {
@@ -199,7 +199,7 @@ std::vector<fs::path> ScenesBelow(const std::vector<fs::path>& folders) {
   return {scenes.begin(), scenes.end()};
 }
 
-// What the repository's scenes lack, the smallest file of its kind.
+// Scenes for features that the repository's scenes lack, each the smallest file of its kind.
 void WriteSmallScenes(const ScratchFolder& folder) {
   const std::string points =
       "\"buffers\":[{\"byteLength\":36,\"uri\":\"data:application/octet-stream;base64,"

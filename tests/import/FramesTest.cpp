@@ -15,7 +15,7 @@ using engine::FrameKind;
 using engine::FrameParser;
 using engine::FrameWriter;
 
-// What a writer puts into a pipe.
+// The bytes that a writer puts into a pipe.
 template <class Write>
 std::string Sent(Write write) {
   std::array<int, 2> ends{};

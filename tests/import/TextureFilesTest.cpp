@@ -90,7 +90,7 @@ TEST_F(TextureFilesOutside, AreTakenOnlyWhereTheyAreWanted) {
       EXPECT_EQ(asked.find("names pictures outside") != std::string::npos,
                 isOnlyFar && how == OutsideTextures::Ask)
           << c.name << ": " << asked;
-      // What was left out is named without its folder, so that nothing reads or copies it.
+      // A texture left out is named without its folder, so that nothing reads or copies it.
       if (!takes && isOnlyFar) {
         EXPECT_EQ(TextureFiles().front(), "wood.png");
       }

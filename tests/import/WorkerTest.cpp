@@ -20,7 +20,7 @@ class Worker : public ImportSession {
     WriteText(folder_ / name, text);
     return folder_ / name;
   }
-  // What is said about an import that the faulty child of that name carries out.
+  // The message about an import that the faulty child of that name carries out.
   std::string Ended(const std::string& how, const engine::ImportLimits& limits = {}) {
     return Refusal(Write(how + ".obj", "v 0 0 0\n"), limits, FAULTY_WORKER);
   }

@@ -93,7 +93,7 @@ class ShortMemory : public testing::Test, protected tests::PluginSession {
       try {
         act();
       } catch (const std::exception&) {
-        // What the programs tell as their last resort.
+        // The programs report such exceptions as their last resort.
       }
       takingsLeft = -1;
       host::EventAdd();  // as the next thing that a person does: lists are made anew

@@ -44,7 +44,7 @@ TESTS = {
     'engine/application': ['test_application', 'test_threads'],
     'source/Stagemarks': ['test_source'],
 }
-# What the build calls a folder of code.
+# Build targets by folder of code.
 TARGETS = {folder: folder.replace('/', '_') for folder in TESTS}
 TARGETS['source/Stagemarks'] = 'stagemarks_code'
 PROGRAMS_NEEDED_BY = {
@@ -56,7 +56,8 @@ PROGRAMS_NEEDED_BY = {
     'test_states',
 }
 
-# What a mutant may take beyond what the tests take by themselves.
+# Limits for the tests of a mutant: CPU time, as a multiple of their usual time plus some
+# seconds, and bytes of address space.
 CPU_FACTOR = 5
 CPU_MORE = 10  # seconds
 MEMORY = 6 << 30

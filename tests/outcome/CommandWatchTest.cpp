@@ -1,5 +1,5 @@
-// What is said after each command of the dialog: from the loaded plug-in, which keeps silent about
-// most of it.
+// Reports after each command of the dialog: with the loaded plug-in, which itself says
+// nothing about most of it.
 #include "program/outcome/CommandWatch.h"
 
 #include <filesystem>
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 class CommandWatchTest : public StageTest {
  protected:
-  // What is said after the button of that label: the summary and the problems, a line each.
+  // The report after the button of that label: the summary and the problems, a line each.
   std::string After(const char* label, const std::function<bool()>& act) {
     outcome::CommandWatch watch(Services().Get(), Dialog(), label);
     watch.ChoseFolder(folder_);

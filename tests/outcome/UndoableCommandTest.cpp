@@ -1,5 +1,5 @@
-// What the programs take back of the commands of the dialog, and what they keep in the trash: with
-// the loaded plug-in, compared by the whole document and all preview files.
+// Undo and trash of the programs for the dialog's commands: with the loaded plug-in, compared by
+// the whole document and all preview files.
 #include "program/pictures/UndoableCommand.h"
 
 #include <filesystem>
@@ -198,7 +198,7 @@ TEST_F(UndoableCommandTest, WhatALinkLeadsToIsNotInTheTrash) {
   EXPECT_EQ(tests::ReadText(Folder() + "/secret"), "nobody's business");
 }
 
-// What nobody registers stands on its own: an option that is switched later stays switched.
+// Unregistered changes stand on their own: an option that is switched later stays switched.
 TEST_F(UndoableCommandTest, OnlyWhatTheCommandChangedGoesBack) {
   RecordIt("A");
   RecordIt("B");
@@ -236,7 +236,7 @@ TEST_F(UndoableCommandTest, DeletedAndOverwrittenOnesAreInTheTrashAndComeBack) {
   EXPECT_TRUE(fs::exists(Folder() + "/shot_SM/B.tif"));
   EventAdd();
   Deliver();
-  // What a load needs is all there, its render settings under their old identity.
+  // All that a load needs is there, the render settings under their old identity.
   EXPECT_EQ(Rows(), "[ ] A\n[ ] B\n[ ] * C\n");
   EXPECT_EQ(engine::LoadedId(Doc(), "B"), 1);
   ASSERT_TRUE(Undo());
@@ -370,7 +370,7 @@ TEST_P(RandomActs, GoBackToTheStartAndForwardToTheEnd) {
   SetSwitches(lamp_, 0, 0, TRUE);
   Doc().SetActiveObject(lamp_, SELECTION_NEW);
   std::vector<std::string> pictures;
-  // What stands before each step, and after it: switches are set between, which is no step.
+  // Dumps before each step, and after it: switches are set between, which is no step.
   for (int i = 0; i < 40; ++i) {
     const std::size_t steps = engine::DoneNames(Doc()).size();
     Act();

@@ -20,7 +20,7 @@ struct Case {
 
 class PathRules : public testing::TestWithParam<Case> {
  protected:
-  // What is relative is relative to the scratch folder.
+  // Relative paths start in the scratch folder.
   PathRules() { std::filesystem::current_path(scratch_.Path()); }
   ~PathRules() override { std::filesystem::current_path(former_); }
 

@@ -17,7 +17,7 @@ std::string ManualPage(const std::string& path) {
   return page.out;
 }
 
-// What stands first on the indented lines of a help text: verbs, or options where `options`.
+// The first words of the indented lines of a help text: verbs, or options where `options`.
 std::set<std::string> FirstWords(const std::string& help, bool options) {
   const std::vector<std::string> words =
       tests::Matches(help, options ? "\n  (?:-\\w, ?)?(--[a-z-]+)" : "\n  ([a-z][a-z-]+) {2,}");

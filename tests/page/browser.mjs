@@ -41,10 +41,10 @@ const SIZES = { Overview: [640, 360], Emptier: [640, 360], Clay: [480, 480] };
 // smoothing of edges: 0.95 to 0.97 was seen. Another state in its place, with much of the same
 // background, comes to 0.60 to 0.86.
 const ALIKE = 0.89;
-// The same of one surface, and by how many of 255 shades its mean color may differ. A surface that is
-// no metal comes to 0.93 and more, and no other one does in its place: the nearest, with another
-// roughness, comes to 0.91. Metals mirror their neighbors in the ray-traced picture and not in a
-// page; others of their color come to 0.56.
+// Least likeness of one surface, and by how many of 255 shades its mean color may differ. A surface
+// that is no metal comes to 0.93 and more, and no other one does in its place: the nearest, with
+// another roughness, comes to 0.91. Metals mirror their neighbors in the ray-traced picture and not
+// in a page; others of their color come to 0.56.
 const SURFACE_ALIKE = 0.92;
 const METAL_ALIKE = 0.7;
 const SURFACE_COLOR = 10;
@@ -102,8 +102,8 @@ function readGlb(path) {
   return JSON.parse(bytes.subarray(20, 20 + bytes.readUInt32LE(12)).toString('utf8'));
 }
 
-// What a file with one state shows: names of nodes with a mesh, materials by them, and where the
-// first camera is, which stands at the root.
+// Facts of a file with one state: names of nodes with a mesh, their materials, and the position of
+// the first camera, which stands at the root.
 function factsOf(file) {
   const nodes = file.nodes ?? [];
   const shown = nodes.filter((node) => node.mesh !== undefined);
@@ -435,7 +435,7 @@ test('Names cannot break out of the page', async () => {
     assert.equal(await page.locator('#name').textContent(), name);
     assert.equal(page.url(), pathToFileURL(file).href + '#state=' + encodeURIComponent(name));
   }
-  // What a name that broke out could do.
+  // Even if a name broke out, its handler, script and picture would be refused.
   assert.deepEqual(seen, []);
   await ask(page, () => {
     document.body.insertAdjacentHTML(

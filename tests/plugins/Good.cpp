@@ -52,8 +52,7 @@ class GoodCommand : public CommandData {
   GoodDialog dialog_;
 };
 
-// What the hook sees of a document: its path and name, and whether the target of the save is there
-// already.
+// Path and name of a document, as the hook sees them.
 String Seen(GeListNode* node) {
   const auto* doc = static_cast<BaseDocument*>(node);
   return (doc->GetDocumentPath() + doc->GetDocumentName()).GetString();
@@ -68,6 +67,7 @@ class GoodHook : public SceneHookData {
     return TRUE;
   }
   void Free(GeListNode* node) override { Record("hook free " + Seen(node)); }
+  // Says of a save, too, whether its target is there already.
   Bool Message(GeListNode* node, LONG type, void* data) override {
     if (type != MSG_DOCUMENTINFO) return FALSE;
     const auto* info = static_cast<DocumentInfoData*>(data);

@@ -1,4 +1,4 @@
-// What is published is what a picture shows, in files that other programs can read.
+// Published files hold the things that a picture shows, in forms that other programs can read.
 #include "engine/publish/Publish.h"
 
 #include <gtest/gtest.h>
@@ -306,7 +306,7 @@ TEST_F(PublishTest, DeepScenesAndRingsOfLinksCome) {
   EXPECT_EQ(file["nodes"][kDepth - 2]["children"], json::array({kDepth - 1}));
 }
 
-// What is stopped or too large gives a reason and no file.
+// Publications that are stopped or too large give a reason and no file.
 TEST_F(PublishTest, AFileTooLargeAndOneStoppedAreRefused) {
   for (int i = 0; i < 10000; ++i) scene_.Cube("Cube" + std::to_string(i));
   for (const char* beside : {"", "room"}) {

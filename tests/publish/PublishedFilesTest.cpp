@@ -56,9 +56,9 @@ class PublishedFilesTest : public testing::Test {
   engine::RenderCaches renderCaches_;
 };
 
-// What the text refers to lies beside it, pictures by their content (here one for two) and with the
-// suffix of what they are. Bytes of the former file go when the new one stands; what only looks
-// like them stays.
+// Files that the text refers to lie beside it, pictures named by their content (here one for two)
+// and with the suffix of their format. Bytes of the former file go when the new one stands; files
+// that only look like them stay.
 TEST_F(PublishedFilesTest, TextWithFilesBesideIt) {
   WriteText(folder_ / "room Day.0123456789abcdef.bin", "somebody else's");
   const auto first = Publish().beside;

@@ -31,8 +31,8 @@ void Resolve(Object& holder, const char* key, const Object& list) {
   if (holder.contains(key)) holder[key] = list[holder[key].get<std::size_t>()];
 }
 
-// What a file says of its nodes, each with all that it uses; how the bytes lie is left out. Points
-// that only rounding keeps apart may become one.
+// The nodes of a file, each with all that it uses; how the bytes lie is left out. Points that only
+// rounding keeps apart may become one.
 Object Described(const std::string& path) {
   Object file = JsonIn(path);
   for (Object& image : file["images"]) image.erase("bufferView");

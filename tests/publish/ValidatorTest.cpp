@@ -1,5 +1,5 @@
-// What is published from any scene of the repository, in every form, passes the format's own
-// validator. It is fetched when the build is configured.
+// Files published from any scene of the repository, in every form, pass the format's own validator.
+// It is fetched when the build is configured.
 #include <gtest/gtest.h>
 
 #include <filesystem>

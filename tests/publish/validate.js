@@ -9,7 +9,7 @@ const path = require('path');
 const [modules, ...files] = process.argv.slice(2);
 const validator = require(path.join(modules, 'gltf-validator'));
 
-// What the validator knows no rules for: nodes are shown or not.
+// Errors in the visibility of nodes, for which the validator has no rules.
 function checkVisibility(file, bytes) {
   const text = bytes.subarray(0, 4).toString() === 'glTF'
     ? bytes.subarray(20, 20 + bytes.readUInt32LE(12)) : bytes;

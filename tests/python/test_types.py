@@ -16,7 +16,7 @@ from stagemarks import _stagemarks
 
 PACKAGE = os.path.dirname(stagemarks.__file__)
 STUB = os.path.join(PACKAGE, "_stagemarks.pyi")
-# What Python has no word for in a signature.
+# Functions whose types in the stub are not those that the bound signature states.
 FREER = {"get_listener", "set_listener", "read"}
 
 

@@ -7,7 +7,7 @@ namespace tests {
 
 namespace {
 
-// What disks, quotas and full tables answer. EINTR is none of it: it asks to be tried again.
+// Errors of disks, quotas and full tables. EINTR is none of them: it asks to be tried again.
 constexpr int kErrors[] = {EIO, ENOSPC, EACCES, EMFILE, ENOMEM, EDQUOT, EROFS, ELOOP};
 constexpr const char* kKinds[] = {"fail", "fail", "stay", "short", "kill"};
 

@@ -30,8 +30,9 @@ std::vector<Step> ReadJournal(const std::string& text) {
   return steps;
 }
 
-// What a disk is sure to hold, and what it may. Bytes are sure once their file was synced, names
-// once a folder was; before that any first part of either may have reached the disk.
+// A disk at a power cut: contents that it holds for sure, and those that it may hold. Bytes are
+// sure once their file was synced, names once a folder was; before that any first part of either
+// may have reached the disk.
 class Disk {
  public:
   Disk(const Workshop::Files& files, const std::string& folder) {

@@ -55,7 +55,7 @@ class Workshop {
   Workshop();
 
   using Files = std::map<std::string, std::string>;  // by path relative to the folder
-  // What comes of a command when nothing goes wrong.
+  // The result of a command when nothing goes wrong.
   struct Clean {
     long calls = 0;  // those on files of the folder
     Files files;
@@ -88,7 +88,7 @@ class Workshop {
 
 // The names of the Stagemarks of a document, a line each.
 std::string NamesIn(const host::BaseDocument& doc);
-// The same of a scene file's bytes, or "(damaged)".
+// The names of the Stagemarks in the bytes of a scene file, a line each, or "(damaged)".
 std::string StatesIn(const std::string& bytes);
 
 }  // namespace tests

@@ -228,7 +228,7 @@ class Hands : public QObject {
   bool works_ = false;
 };
 
-// What repeats the present round, for whoever finds the program dead or hanging.
+// Message with the seed that repeats this round, for whoever finds the program dead or hanging.
 char present[100];
 
 extern "C" void SayWhichRound(int signal) {
@@ -237,7 +237,7 @@ extern "C" void SayWhichRound(int signal) {
   raise(signal);
 }
 
-// What a screen that is none does not do is no news.
+// Leaves out messages about actions that a screen in memory does not support.
 void SayWhatIsNew(QtMsgType, const QMessageLogContext&, const QString& text) {
   if (!text.startsWith("This plugin does not support")) std::cerr << text.toStdString() << "\n";
 }

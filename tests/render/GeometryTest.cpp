@@ -1,5 +1,5 @@
-// What becomes of a mesh before rays meet it: the quick way to its normals gives, to the bit, what
-// the plain one does, so that no picture changes.
+// Preparation of a mesh before rays meet it: the quick way to its normals gives, to the bit, the
+// results of the plain one, so that no picture changes.
 #include <gtest/gtest.h>
 
 #include <algorithm>

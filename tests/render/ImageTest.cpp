@@ -240,7 +240,7 @@ long MebibytesToDecode(const std::string& file, std::string& message) {
   return (run([&] { (void)engine::DecodeImage(file); }) - nothing) / 1024;
 }
 
-// What such files claim is held against their size before memory is taken for it.
+// Claims of a file about its contents are held against its size before memory is taken for them.
 TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
   const auto patched = [](std::string file, std::size_t at, const std::string& bytes) {
     return file.replace(at, bytes.size(), bytes);

@@ -73,7 +73,7 @@ class KeptPictures : public testing::Test, protected tests::SceneBuilder {
     const engine::Image seen = picture->Current();
     const auto kept =
         engine::DecodeImage(tests::ReadText(TEST_SOURCE_DIR "/tests/render/pictures/" + name));
-    // What differs between processors and compilers is far below this.
+    // Differences between processors and compilers are far below these limits.
     int sum = 0;
     std::size_t far = 0;
     for (std::size_t i = 0; kept && i < seen.bytes.size(); ++i) {

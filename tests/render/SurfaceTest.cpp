@@ -1,5 +1,5 @@
-// What surfaces look like, measured: small scenes whose light can be reckoned by hand, with a sheet
-// of 2 x 2 m that fills the picture. Colors are linear.
+// The look of surfaces, measured: small scenes whose light can be reckoned by hand, with a sheet of
+// 2 x 2 m that fills the picture. Colors are linear.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -288,7 +288,7 @@ TEST_F(Surfaces, OcclusionTakesFromTheLightAroundOnly) {
   ExpectNear(Seen(), open * 0.7 + Color{0.36, 0.36, 0.36}, 0.015, "a sun is no light around");
 }
 
-// What four fields show of a row of four pixels, scaled, moved and continued over its edges.
+// Four fields of the sheet show a row of four pixels, scaled, moved and continued over its edges.
 TEST_F(Surfaces, PicturesLieAsTheirShadersSay) {
   const Pixels pixels = {
       {255, 0, 0, 255}, {0, 255, 0, 255}, {0, 0, 255, 255}, {255, 255, 255, 255}};

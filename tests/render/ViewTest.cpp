@@ -1,4 +1,4 @@
-// What a view needs of the renderer: reading in steps, knowing whether anything looks different,
+// Services of the renderer for a view: reading in steps, knowing whether anything looks different,
 // what is hit at a pixel, tiles while a pass runs, and cameras that frame what is asked for.
 #include <gtest/gtest.h>
 

@@ -1,5 +1,4 @@
-// What a document promises: selection, render settings, scene camera, messages and changes,
-// textures.
+// Promises of a document: selection, render settings, scene camera, messages and changes, textures.
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -249,7 +249,7 @@ class TreeModel {
   void Add(BaseObject* object) { below_[nullptr].push_back(object); }
   const std::vector<BaseObject*>& Below(BaseObject* parent) { return below_[parent]; }
 
-  // What InsertObject should do.
+  // The expected effect of InsertObject.
   void Move(BaseObject* moved, BaseObject* parent, BaseObject* pred) {
     for (BaseObject* above = parent; above; above = parentOf_[above]) {
       if (above == moved) return;

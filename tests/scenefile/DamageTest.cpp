@@ -67,7 +67,7 @@ TEST(SceneFileDamage, ChangedContentsBehindARightChecksumDoNoHarm) {
       changed[at] = static_cast<char>(changed[at] ^ (1 << (at % 8)));
       const auto doc = engine::ReadScene(WithSection(bytes, section.name, changed), 1 << 28);
       if (doc) engine::DumpDocument(*doc.Value());
-      // What is read only when it is asked for tells then.
+      // Sections that are read only on demand report the damage then.
       if (doc && section.name == "TRASH") {
         for (const engine::DeletedState& state : engine::DeletedStatesOf(*doc.Value())) {
           const auto unpacked = engine::Unpack(*state.packed);
@@ -359,8 +359,8 @@ TEST(SceneFileDamage, ExpansionIsBounded) {
   EXPECT_TRUE(engine::ReadScene(file, std::uint64_t{64} << 20));
 }
 
-// What a file may take grows with its size; a scene of alike elements that is shorter is filled up
-// when it is written, so that what was saved can be opened.
+// The memory that a file may take grows with its size; the file of many alike elements, too short
+// for them, is filled up when it is written, so that it can be opened again.
 TEST(SceneFileDamage, WhatAFileMayTakeGrowsWithItsSize) {
   constexpr std::uint64_t kMega = 1 << 20;
   EXPECT_EQ(engine::MemoryFor(0), 256 * kMega);

@@ -107,7 +107,7 @@ TEST_F(NamesInFile, ElementsByKindAndType) {
   EXPECT_EQ(names(engine::kLayerRows, 0), (Names{"L", "M"}));
 }
 
-// What is read is checked as when the scene is opened; a byte elsewhere may be wrong.
+// Bytes that are read are checked as when the scene is opened; one elsewhere may be wrong.
 TEST_F(NamesInFile, DamageIsToldWithThePlace) {
   SceneBuilder scene;
   scene.Cube("A").Material("Red");
@@ -138,7 +138,7 @@ TEST_F(NamesInFile, DamageIsToldWithThePlace) {
   EXPECT_FALSE(engine::NamesInStore(folder_.Path(), kStore));
 }
 
-// What no program wrote, in a frame that is right.
+// Contents that no program wrote, in a frame that is right.
 TEST_F(NamesInFile, AContainerThatIsNotThereIsDamage) {
   SceneBuilder scene;
   scene.Doc().GetDataInstance()->SetContainer(700, Store(3));

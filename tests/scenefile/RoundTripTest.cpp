@@ -1,4 +1,4 @@
-// What is saved comes back: every kind of element, every field, sharing, order, identities.
+// Saved scenes come back: every kind of element, every field, sharing, order, identities.
 #include <gtest/gtest.h>
 
 #include "engine/scene/DocumentState.h"
@@ -189,7 +189,7 @@ TEST(SceneFileRoundTrip, ALongContainerOfMixedValuesComesBack) {
   mixed.SetString(mixed.GetIndexId(0), "another type in a patch");
   mixed.GetContainerInstance(mixed.GetIndexId(3))->SetId(-1);
   doc->GetDataInstance()->SetContainer(2, mixed);
-  // The same values, one of them under another key.
+  // Equal values, one of them under another key.
   BaseContainer renamed(3);
   for (LONG i = 0; i < mixed.GetCount(); ++i)
     renamed.SetData(i == 100 ? 200000 : mixed.GetIndexId(i), mixed.GetIndexData(i));

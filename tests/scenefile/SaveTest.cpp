@@ -29,7 +29,7 @@ TEST_F(SceneFileOnDisk, OpeningSetsPathAndName) {
   EXPECT_FALSE(opened->GetChanged());
 }
 
-// What lies beside or below the scene moves with it; the document that was saved keeps its names.
+// Files beside or below the scene move with it; the document that was saved keeps its names.
 TEST_F(SceneFileOnDisk, FilesBesideTheSceneMoveWithIt) {
   SceneBuilder scene;
   scene.Material("M").Object("O").Settings("R").Post("R", host::VPglobalillumination);

@@ -1,4 +1,4 @@
-// What updating and setting write into the checked elements.
+// Records that updating and setting write into the checked elements.
 #include "engine/scene/DocumentState.h"
 #include "source/Stagemarks/keys/TagTypes.h"
 #include "tests/source/StageTest.h"

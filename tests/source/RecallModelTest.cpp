@@ -11,8 +11,8 @@ namespace {
 
 class RecallModelTest : public StageTest, public testing::WithParamInterface<unsigned> {
  protected:
-  // What is recorded of one object: its switches, the material of its texture tag, the value in its
-  // style tag.
+  // The recorded values of one object: its switches, the material of its texture tag, the value in
+  // its style tag.
   struct Look {
     LONG editor;
     LONG render;

@@ -1,4 +1,4 @@
-// What loading an element does to the scene, and what one Undo takes back.
+// Effects of loading an element on the scene, and of one Undo after it.
 #include "engine/scene/SceneDump.h"
 #include "source/Stagemarks/keys/TagTypes.h"
 #include "tests/source/StageTest.h"

@@ -1,4 +1,4 @@
-// What a recording takes from the scene.
+// Data that a recording takes from the scene.
 #include "tests/source/StageTest.h"
 
 #include "engine/core/ContainerContents.h"

@@ -1,5 +1,4 @@
-// What the project layouts do with textures: which files are gathered, and which paths are cut down
-// to names.
+// Textures in the project layouts: which files are gathered, and which paths are cut down to names.
 #include <sys/stat.h>
 
 #include <filesystem>

@@ -1,5 +1,5 @@
-// What is said of two Stagemarks, and of one and the scene, is what was changed and what a load
-// changes.
+// Differences between two Stagemarks are the changes made between them; those between one and the
+// scene are the changes that a load makes.
 #include "engine/scene/Ownership.h"
 #include "engine/states/FieldText.h"
 #include "engine/states/LostSearch.h"
@@ -31,7 +31,7 @@ std::set<Key> ChangeSome(Stage& stage) {
   return changed;
 }
 
-// What one says of the render settings is known under the copy that it has.
+// The keys, with a Stagemark's copy of the render settings in place of the scene's.
 std::set<Key> WithSettingsOf(std::set<Key> keys, engine::NodeId scene, engine::NodeId copy) {
   if (keys.erase({Part::RenderSettings, scene}) > 0) keys.insert({Part::RenderSettings, copy});
   return keys;
@@ -248,8 +248,7 @@ TEST(Difference, BetweenTwoDocumentsGoesByIdentityThenByPath) {
   EXPECT_EQ(difference.Of(Part::Objects).onlyRight, 1u);
 }
 
-// What leads to something that the other document does not have is not the same as what leads
-// nowhere.
+// A link to something that the other document does not have differs from a link to nothing.
 TEST(Difference, BetweenTwoDocumentsNothingIsNoCounterpart) {
   engine::OwnedDocument former;
   {

@@ -152,8 +152,8 @@ TEST(Findings, NameEachFaultByItsCode) {
   }
 }
 
-// What a recording of fewer elements leaves behind is found with the values that disagree; mended,
-// loading brings back what it brought back.
+// Records that a recording of fewer elements leaves behind are found with the values that disagree;
+// once they are mended, loading brings back the same as before.
 TEST(Findings, RecordsOfOneElementBehindOneAnother) {
   Stage stage;
   Prepare(stage);

@@ -1,4 +1,4 @@
-// What the programs read of the Stagemarks in a scene is what the plug-in keeps there.
+// Stagemarks that the programs read from a scene are those that the plug-in keeps there.
 #include "engine/states/StoredStates.h"
 
 #include <gtest/gtest.h>

@@ -65,7 +65,7 @@ class FiveMinutes : public testing::Test {
     pictures::Settle();
   }
 
-  // What is typed while a state is still being loaded is taken afterwards.
+  // Waits for the state: keys typed while it is still being loaded are taken afterwards.
   void ExpectBack(const std::string& state) {
     (void)pictures::WaitFor([&] { return State() == state; });
     EXPECT_EQ(engine::DumpDifference(state, State()), Same());

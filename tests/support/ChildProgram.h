@@ -18,13 +18,13 @@ struct ChildResult {
 ChildResult RunChild(const std::string& program, const std::vector<std::string>& arguments,
                      const std::map<std::string, std::string>& environment = {});
 
-// What is typed once a text has appeared; "\x03" is Ctrl-C.
+// Keys typed once a text has appeared; "\x03" is Ctrl-C.
 struct Typing {
   std::string after;
   std::string keys;
 };
 
-// The same on a terminal of its own, where both outputs come together in `out`.
+// As RunChild, but on a terminal of its own, where both outputs come together in `out`.
 ChildResult RunOnTerminal(const std::string& program, const std::vector<std::string>& arguments,
                           const std::map<std::string, std::string>& environment,
                           const std::vector<Typing>& typing);

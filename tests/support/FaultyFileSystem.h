@@ -24,7 +24,7 @@ class FaultyFileSystem : public engine::RealFileSystem {
   // As Break, and every counted operation after it fails, too: a disk that is full or gone.
   void BreakFrom(std::size_t number, std::optional<engine::Operation> only = std::nullopt);
   void Mend() { left_ = 0; }
-  // What this is and what lies below it cannot be looked at; empty: everything can.
+  // Looking at `path` or anything below it fails with EIO; empty: everything can be looked at.
   void HideFromView(const std::string& path) { hidden_ = path; }
   // Operations seen so far that the present rule counts.
   std::size_t Count() const { return count_; }

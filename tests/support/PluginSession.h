@@ -63,7 +63,7 @@ class PluginSession {
   std::string Picture() const;
   // The menu's check mark.
   bool Marked(host::LONG entry) const;
-  // What was told, asked and shown since the last call, a line each.
+  // All that was told, asked and shown since the last call, a line each.
   std::string Transcript() { return Person().TakeTranscript(); }
 
   // --- The stores of the active document.

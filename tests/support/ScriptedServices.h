@@ -21,7 +21,7 @@ class ScriptedPerson : public engine::Person {
   // canceled.
   void AnswerNext(bool yes) { answers_.push_back(yes); }
   void ChooseNext(std::optional<std::string> path) { choices_.push_back(std::move(path)); }
-  // What is answered when no answer is left.
+  // The answer to questions when no answer is left.
   void AnswerOthers(bool yes) { otherAnswer_ = yes; }
   // Work is asked to stop from its `call`-th report of progress on (1 is the next); 0: never.
   void StopProgressAt(int call) { stopAt_ = call == 0 ? 0 : progressCalls_ + call; }

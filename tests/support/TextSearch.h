@@ -7,7 +7,7 @@
 
 namespace tests {
 
-// What the first group of the pattern, in the syntax of ECMAScript, took at each match, in order.
+// The first group of the pattern (in the syntax of ECMAScript) at each match, in order.
 std::vector<std::string> Matches(const std::string& text, const std::string& pattern);
 // The text with each `what`, taken literally, replaced.
 std::string WithReplaced(std::string text, const std::string& what, const std::string& by);

@@ -1,5 +1,5 @@
-// What the programs do on other threads while a person goes on changing the scene: keeping unsaved
-// work, and pictures. The desktop's jobs without the toolkit, whose waiting the thread sanitizer
+// Work of the programs on other threads while a person goes on changing the scene: keeping unsaved
+// changes, and pictures. The desktop's jobs without the toolkit, whose waiting the thread sanitizer
 // does not see; ./test --threads builds them with it.
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ TEST(BackgroundWork, UnsavedWorkIsKeptWhileTheSceneChanges) {
   }
 }
 
-// What a view has of the sample scene, whose materials have textures.
+// A view of the sample scene, whose materials have textures.
 class View {
  public:
   engine::ScenePicture Read() {

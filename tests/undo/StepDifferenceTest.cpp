@@ -1,4 +1,4 @@
-// What a scope says it has changed.
+// Changes as an undo scope reports them.
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -1,4 +1,4 @@
-// What a newer import of a file brings into a scene that was worked on, and what it leaves alone.
+// Effects of a newer import of a file on a scene that was worked on, and what it leaves alone.
 #include "engine/update/SceneUpdate.h"
 
 #include <gtest/gtest.h>
@@ -217,7 +217,7 @@ TEST_F(Update, FindsWhatTheFileGaveAnotherNameByItsIdentity) {
   EXPECT_EQ(engine::IdOf(*scene_.GetObject("Shelf/Lamp")), lamp);
 }
 
-// What is gone stays listed until it is removed; what was made here is never gone.
+// Elements that are gone stay listed until they are removed; those made here are never gone.
 TEST_F(Update, NamesWhatIsGoneAndRemovesItOnlyWhenTold) {
   scene_.Object("Made here").Object("Shelf/Made here, too");
   host::BaseObject* shelf = file_.GetObject("Shelf");

@@ -26,7 +26,7 @@ inline const QMarginsF kPageMargins(Points(74), Points(78), Points(74), Points(7
 inline constexpr double kHeaderHeight = Points(48);
 inline constexpr double kFooterHeight = Points(44);
 inline constexpr double kTallestPicture = 0.46;  // of the page's height
-// Of a picture's pixels: 128 to the inch at least
+// At this scale a picture has 128 pixels to the inch; smaller ones have more
 inline constexpr double kLargestPictureScale = 0.75;
 
 // Fonts, sizes in points. They are of one family, which the system must have; `MissingFonts` names

@@ -60,8 +60,8 @@ bool IsTorn(const QTextDocument& document, const std::vector<SetItem>& items, st
   }
 }
 
-// What goes to the next page with an item: the headings before it, and the paragraph that leads to
-// a panel or picture.
+// First of the items that go to the next page with the one at `index`: the headings before it go
+// with it, and so does the paragraph that leads to a panel or picture.
 std::size_t FirstToMove(const std::vector<SetItem>& items, std::size_t index) {
   if (items[index].frame && index > 0 && items[index - 1].kind == Kind::Paragraph) --index;
   while (index > 0 && items[index - 1].kind == Kind::Heading) --index;

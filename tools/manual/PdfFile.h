@@ -23,7 +23,7 @@ struct Destination {
 
 class PdfFile {
  public:
-  // Nothing where the bytes are no PDF of the plain kind that is expected here.
+  // Reads a PDF of the plain kind that is expected here; nothing where the bytes are none.
   static std::optional<PdfFile> Read(const QByteArray& bytes);
 
   // Takes the time out: the same text gives the same file.

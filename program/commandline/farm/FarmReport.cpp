@@ -161,7 +161,7 @@ std::vector<std::size_t> FarmReport::Abandoned() const {
   return abandoned;
 }
 
-// What to type for the job in the folder where the command was called.
+// The job as an argument of a command that is typed in the current folder.
 std::string FarmReport::Typed() const {
   const bool isUsual = job_.folder == AbsolutePath(kFarmFolder) + "/jobs/" + job_.Name();
   return AsTyped(isUsual ? job_.Name() : job_.folder);
@@ -242,7 +242,7 @@ void FarmReport::AddStates(Report& report) const {
   }
 }
 
-// What the last task that was at the picture said; the last lines of it.
+// The log of the task that worked on the picture last; empty without one.
 std::string FarmReport::LogOf(std::size_t task) const {
   for (auto at = job_.submissions.rbegin(); at != job_.submissions.rend(); ++at) {
     for (std::size_t chunk = 0; chunk < at->chunks.size(); ++chunk) {
@@ -316,7 +316,7 @@ void FarmReport::AddScheduler(Report& report) const {
                 " any more: `stagemarks farm retry " + Typed() + "` does.");
 }
 
-// What each machine did.
+// A table with the counts and times of each machine; empty before the first picture.
 std::string FarmReport::MachinesOnPage() const {
   std::map<std::string, FarmCounts> machines;
   for (const TaskOutcome& outcome : outcomes_) {
@@ -339,7 +339,7 @@ std::string FarmReport::PicturesOnPage() const {
       "<h2>Pictures</h2>\n<div class=\"scroll\"><table>\n<tr><th>State</th><th>Picture</th>"
       "<th class=\"n\">Size</th><th class=\"n\">Frame</th><th>Result</th>"
       "<th class=\"n\">Time</th><th>Machine</th></tr>\n";
-  // What a person has to look after stands first.
+  // Failed pictures first: a person has to look after them.
   for (const bool isFailed : {true, false}) {
     for (std::size_t i = 0; i < outcomes_.size(); ++i) {
       if ((outcomes_[i].state == TaskState::Failed) == isFailed)

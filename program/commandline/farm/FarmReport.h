@@ -23,7 +23,7 @@ struct FarmCounts {
 
 class FarmReport {
  public:
-  // As the folder is now.
+  // Reads the job's folder as it is now.
   FarmReport(engine::FileSystem& files, const FarmJob& job);
   // Asks the scheduler, too. A failure says why it does not answer, and so does the report.
   engine::Status AskScheduler();
@@ -37,7 +37,7 @@ class FarmReport {
   // "60 pictures: 12 done, 3 running, 45 waiting; about 4 min left".
   std::string Summary() const;
   void AddTo(Report& report, bool all) const;
-  // Lies in the job's folder, and shows the contact sheet there where there is one.
+  // The HTML page for the job's folder; it shows the contact sheet there where there is one.
   std::string Page() const;
 
  private:

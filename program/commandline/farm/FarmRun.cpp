@@ -51,7 +51,7 @@ class FarmRunning {
     return kFailed;
   }
 
-  // What is wrong with the scene is wrong for every picture.
+  // Stops the whole job: a fault of the scene concerns every picture.
   int Stop(const std::string& why) {
     StopJob(session_.Files(), job_, why);
     if (const std::string number = OwnNumber(); !number.empty()) (void)CancelInSlurm({number}).Ok();
@@ -176,7 +176,7 @@ class FarmCollecting {
     return kFailed;
   }
 
-  // One line for each picture that is there, whoever made it.
+  // Writes one line for each picture that is there, whoever made it.
   int WriteManifest(const FarmReport& state) {
     std::string text;
     for (std::size_t i = 0; i < job_.tasks.size(); ++i) {

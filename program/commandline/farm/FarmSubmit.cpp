@@ -50,7 +50,7 @@ std::string ScriptText(const FarmJob& job, const std::string& call) {
          Quoted(engine::ProgramFolder() + "/stagemarks") + " farm " + call + "\n";
 }
 
-// What sbatch would take for placeholders is doubled.
+// The path of a log, with each % of the folder doubled: sbatch would take it for a placeholder.
 std::string LogPattern(const FarmJob& job, const char* name) {
   std::string path;
   for (const char letter : job.folder)
@@ -89,7 +89,7 @@ class HandOver {
     lastScript_ = ScriptText(job, "collect " + folder);
   }
 
-  // What would be done.
+  // Shows the scripts and calls without doing anything.
   void Show(Report& report) const {
     for (const auto& [order, script] :
          {std::pair{&array_, &arrayScript_}, std::pair{&last_, &lastScript_}}) {
@@ -144,7 +144,8 @@ class HandOver {
     return kFailed;
   }
 
-  // Of tasks whose numbers are written nowhere nobody could ask or take them out.
+  // Cancels the tasks: with their numbers written nowhere, nobody could ask for or cancel them
+  // later.
   int TakeBack(const std::string& why) {
     std::vector<std::string> numbers{submission_.job};
     if (!submission_.collect.empty()) numbers.push_back(submission_.collect);
@@ -269,7 +270,7 @@ class FarmSubmitting {
                    SizeText(task.record.size));
   }
 
-  // Of the scene as it was opened; every state is in it.
+  // The hash of the scene as it was opened; every state is in it.
   std::string Content() {
     const std::string file = AbsolutePath(options_.place);
     const auto bytes = session_.Files().ReadFile(file);
@@ -356,7 +357,7 @@ int RetryOnFarm(Program& program, const FarmOptions& options) {
     return kFailed;
   }
   FarmReport state(files, job.Value());
-  // What it does not tell of may yet be done.
+  // Without an answer of the scheduler, a picture that looks abandoned may still be waiting there.
   if (const auto asked = state.AskScheduler(); !asked) {
     program.terminal.Error(asked.Message());
     return kFailed;

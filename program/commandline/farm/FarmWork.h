@@ -1,5 +1,5 @@
-// FarmWork: what the verb `farm` does, one function for each action. Each answers an exit status and
-// says on the terminal what goes wrong. Main thread.
+// FarmWork: what the verb `farm` does, one function for each action. Each answers an exit status
+// and says on the terminal what goes wrong. Main thread.
 #pragma once
 
 #include <string>
@@ -29,12 +29,12 @@ std::string FarmFolder(const FarmOptions& options);
 
 // Freezes the scene, writes the job and hands it to Slurm.
 int SubmitToFarm(Program& program, const FarmOptions& options);
-// Hands over what nobody is going to do any more.
+// Hands the pictures over again that nobody is going to do any more.
 int RetryOnFarm(Program& program, const FarmOptions& options);
 // Renders pictures of a job here: those of one task, or all that are missing, together with whoever
 // else is at it.
 int RunOnFarm(Program& program, const FarmOptions& options);
-// Makes sheet, page and report of what is there.
+// Makes sheet, page and report of the finished pictures.
 int CollectFromFarm(Program& program, const FarmOptions& options);
 int TellFarmStatus(Program& program, const FarmOptions& options);
 int CancelOnFarm(Program& program, const FarmOptions& options);

@@ -14,7 +14,7 @@ namespace commandline {
 engine::Result<std::string> FreezeScene(Session& session, const std::string& farm,
                                         const std::string& title, const std::string& content,
                                         bool* copied);
-// Where it is or would be.
+// The path that FreezeScene answers, whether or not the file is there.
 std::string FrozenPath(const std::string& farm, const std::string& title,
                        const std::string& content);
 

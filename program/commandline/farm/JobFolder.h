@@ -64,11 +64,11 @@ std::string SubmissionScript(const FarmJob& job, std::size_t number);
 engine::Result<std::string> FindJob(engine::FileSystem& files, const std::string& farm,
                                     const std::string& typed);
 
-// What became of all pictures, by the manifests and a look at each file and claim; O(lines).
+// The outcomes of all pictures, by the manifests and a look at each file and claim; O(lines).
 std::vector<TaskOutcome> ReadOutcomes(engine::FileSystem& files, const FarmJob& job);
 
-// Why nothing more is begun; empty where nothing stands against it. StopJob never fails: who calls
-// it has a reason to give already.
+// Why the job was stopped, so that no more pictures are begun; empty where it was not. StopJob
+// never fails: its callers have a reason to give already.
 std::string WhyStopped(engine::FileSystem& files, const FarmJob& job);
 void StopJob(engine::FileSystem& files, const FarmJob& job, const std::string& why);
 

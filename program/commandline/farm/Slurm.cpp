@@ -172,7 +172,7 @@ Result<std::vector<QueuedTask>> SlurmQueue(const std::vector<std::string>& jobs)
                                       "--format=%F|%K|%T|%N|%r",
                                       "--jobs=" + WithCommas(jobs)};
   const auto answer = RunProgram(call, Purpose::Looks);
-  // Of jobs that it has forgotten, all of them, it says that they are invalid.
+  // Where the scheduler has forgotten all of the jobs, it calls them invalid.
   const bool isForgotten = answer && answer.Value().err.find("Invalid job id") != std::string::npos;
   if (isForgotten) return tasks;
   if (const auto failed = Understood(answer, call); !failed) return failed.GetStatus();
@@ -195,7 +195,7 @@ Status CancelInSlurm(const std::vector<std::string>& jobs) {
   std::vector<std::string> words{"scancel"};
   words.insert(words.end(), jobs.begin(), jobs.end());
   const auto answer = RunProgram(words);
-  // One that has ended or was forgotten needs no end.
+  // A job that has ended or was forgotten needs no cancellation.
   const bool isOver = answer && answer.Value().err.find("Invalid job id") != std::string::npos;
   if (isOver) return {};
   return Understood(answer, words).GetStatus();

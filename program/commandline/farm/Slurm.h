@@ -10,7 +10,7 @@
 
 namespace commandline {
 
-// What a program printed, and its exit status; 128 and the signal's number where one ended it.
+// Output and exit status of a program; 128 plus the signal's number where one ended it.
 struct ProgramAnswer {
   int status = 0;
   std::string out;
@@ -45,7 +45,7 @@ struct QueuedTask {
   std::string node;
   std::string reason;
 };
-// Those of the jobs that the scheduler still knows. Fails when it cannot be asked.
+// The tasks of these jobs that the scheduler still knows. Fails when it cannot be asked.
 engine::Result<std::vector<QueuedTask>> SlurmQueue(const std::vector<std::string>& jobs);
 // Whether the task is yet to end by itself.
 bool IsAlive(const QueuedTask& task);
@@ -53,7 +53,7 @@ engine::Status CancelInSlurm(const std::vector<std::string>& jobs);
 
 // Text that a shell reads as one word.
 std::string Quoted(const std::string& text);
-// The same, left as it is where a shell reads it as one word anyway.
+// Quoted only where a shell would not read the text as one word anyway.
 std::string AsTyped(const std::string& text);
 
 }  // namespace commandline

@@ -22,7 +22,7 @@ struct BulkChoices {
 // Makes what is edited the selection; the text is what a person reads about it.
 using Selection = std::function<int(Session&, const BulkChoices&, std::string&)>;
 
-// Those whose records are not what they were. `before`: the document's data at that time.
+// Names of the Stagemarks whose records have changed. `before`: the document's former data.
 std::vector<std::string> ChangedSince(const host::BaseContainer& before,
                                       const host::BaseDocument& doc) {
   const host::BaseContainer* records = before.GetContainerInstance(engine::kStagemarksId);

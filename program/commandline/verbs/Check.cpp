@@ -52,7 +52,7 @@ void AddWrapped(const std::string& text, std::size_t indent, Report& report) {
     report.Line(std::string(indent, ' ') + line);
 }
 
-// What is to be done about a kind of finding; where it says --fix, the words to type.
+// The remedy for a kind of finding; --fix in it becomes the words to type.
 std::string RemedyOf(const FindingKind& kind) {
   std::string remedy = kind.remedy;
   const std::size_t fix = remedy.find("--fix");

@@ -94,7 +94,7 @@ constexpr DemoState kStates[] = {
     {"Clay", "one plain material, the layer \"Props\" left out, a square picture", MakeClay},
 };
 
-// What the states switch between.
+// Makes the cameras, the material, the layer and the tags that the states switch between.
 void PrepareDemo(BaseDocument& doc) {
   MakeFramingCamera(doc, kFront);
   MakeFramingCamera(doc, kSide, 2.2);
@@ -109,7 +109,7 @@ void PrepareDemo(BaseDocument& doc) {
 
 std::string FileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-// As a person in the present folder would type it.
+// The path as a person in the present folder would type it.
 std::string Shortest(const std::string& path) {
   std::error_code error;
   const std::string relative = std::filesystem::proximate(path, error).string();

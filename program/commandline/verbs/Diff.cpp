@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// As diff(1) has it.
+// Exit statuses, as diff(1) has them.
 constexpr int kEqual = 0;
 constexpr int kDifferent = 1;
 constexpr const char* kMoreWithVerbose = "\n-v lists everything.";
@@ -147,7 +147,7 @@ class DiffVerb {
     if (status != kDone) return status;
     Pair(std::move(left), std::move(right));
     if (places_[0].name || places_[1].name) {
-      // Of one that is named the other file has to have it; what else that has is not asked for.
+      // The other file has to have a Stagemark that is named; its other ones are not asked for.
       if (compared_.empty())
         return Refuse("There is no Stagemark " +
                       Listed({places_[0].name ? onlyLeft_[0] : onlyRight_[0]}) + " in " +
@@ -169,13 +169,13 @@ class DiffVerb {
     return fs::equivalent(places_[0].scene, places_[1].scene, error);
   }
 
-  // All of a file, or the one that is named.
+  // Reads all states of a file, or the one that is named.
   int ReadStates(const Place& place, std::vector<engine::StoredState>& states) {
     if (!place.name) return session_.ReadMarks({}, states);
     return Read(place, states.emplace_back());
   }
 
-  // Those of one name; two that stand alone whatever their names are.
+  // Pairs states of one name; two that stand alone whatever their names are.
   void Pair(std::vector<engine::StoredState> left, std::vector<engine::StoredState> right) {
     if (left.size() == 1 && right.size() == 1 && (places_[0].name || places_[1].name || IsText())) {
       compared_.push_back({std::move(left[0]), std::move(right[0]), {}});
@@ -209,7 +209,7 @@ class DiffVerb {
                                     compare);
   }
 
-  // Of two scenes, a message about one says which.
+  // Reads the named state. With two scenes, a message says which of them it is about.
   int Read(const Place& place, engine::StoredState& state) {
     const int status = session_.ReadMark(*place.name, state);
     if (status != kDone && IsOfTwo()) program_.terminal.Say("The scene is " + place.scene + ".");

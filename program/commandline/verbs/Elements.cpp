@@ -210,7 +210,7 @@ class ElementWork {
     return JsonValue::List({JsonValue(v.x), JsonValue(v.y), JsonValue(v.z)});
   }
 
-  // Of one object where it stands, in the coordinates of the scene.
+  // Members of one object with its place, in the coordinates of the scene.
   JsonMembers PlaceOf(const host::BaseObject& object) const {
     JsonMembers members = MembersOf(object);
     members.emplace_back("at", JsonOf(object.GetMg().off));

@@ -25,7 +25,7 @@ struct ImportChoices {
 
 constexpr std::size_t kMostLines = 12;  // of one list, for a person
 
-// What is not as in the file, each with how often where that is counted.
+// Reports the differences from the file, each with its count where it is counted.
 void PutNotes(const std::vector<std::string>& notes, Report& report) {
   report.PutList("notes");
   for (const std::string& note : notes) {

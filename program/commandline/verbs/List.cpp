@@ -19,8 +19,8 @@ struct ListOptions {
   std::string begin;
 };
 
-// As the dialog sorts them, straight from a file of ours; nothing where it has to be opened for
-// that: a scene of another format, or one from before there was a list in scenes.
+// The names in the dialog's order, read without opening the scene. Nothing where it has to be
+// opened for that: a scene of another format, or one from before there was a list in scenes.
 engine::Result<std::optional<std::vector<std::string>>> NamesFromFile(const std::string& path) {
   using Names = std::optional<std::vector<std::string>>;
   if (engine::IsImportable(path)) return Names();

@@ -94,7 +94,7 @@ int LoadAndKeep(Session& session, const LoadOptions& options, Report& report) {
   return session.Keep(report);
 }
 
-// What loading would do, computed from what is recorded: nothing is loaded.
+// The effects of a load, computed from the record: nothing is loaded.
 class DryRun {
  public:
   DryRun(Session& session, const LoadOptions& options, const engine::StoredState& state)
@@ -160,7 +160,8 @@ class DryRun {
     return counts;
   }
 
-  // What the scene has now; false when not all of it is listed.
+  // Lists the present values that no Stagemark has and that a load would lose; false when not all
+  // are listed.
   bool AddLost(Report& report) const {
     if (lost_.changes.empty()) return true;
     std::vector<FactRow> rows;
@@ -181,7 +182,8 @@ class DryRun {
     return false;
   }
 
-  // What a load leaves alone, because the state says nothing of it; false when not all is listed.
+  // Lists the elements that a load leaves alone, because the state does not have them; false when
+  // not all are listed.
   bool AddUnknown(Report& report) const {
     if (unknown_.empty()) return true;
     const bool one = unknown_.size() == 1;

@@ -58,7 +58,7 @@ int Turn(Session& session, const OptionChoices& choices) {
 
 using States = std::vector<std::pair<std::string, bool>>;
 
-// What the dialog says once it has read the scene anew, of a scene with this data.
+// The dialog's options after it has read the scene's present data anew.
 States ReadAnew(Session& session) {
   host::EventAdd();
   session.App().DeliverEvents();
@@ -70,8 +70,8 @@ bool IsOn(const States& states, const std::string& option) {
                      [&](const auto& state) { return state.first == option && state.second; });
 }
 
-// Those of the options that were turned and that the scene will not have so when it is opened
-// again. Objects is never kept in a scene, and one without a choice of its own keeps nothing.
+// The options that were turned and that the scene will not have so when it is opened again. Objects
+// is never kept in a scene, and one without a choice of its own keeps nothing.
 std::vector<std::string> NotKept(Session& session, const States& before, const States& wanted,
                                  const host::BaseContainer& old) {
   host::BaseContainer& data = *session.Document().GetDataInstance();

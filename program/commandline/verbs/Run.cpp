@@ -19,7 +19,7 @@ constexpr const char* kSteps[] = {
     "load",    "rename",      "delete",    "delete-all", "options",    "states",          "update",
     "info",    "set-objects", "set-tags",  "set-layers", "set-camera", "clean-materials", "objects",
     "cameras", "lights",      "materials", "layers"};
-// Of these the ones whose action comes before the scene.
+// The steps whose action comes before the scene.
 constexpr const char* kStepsWithAction[] = {"states", "objects",   "cameras",
                                             "lights", "materials", "layers"};
 
@@ -163,7 +163,7 @@ class BatchRun {
     return status;
   }
 
-  // What the step prints becomes a part of what the run prints.
+  // Does a step with its output captured, which becomes a part of the run's report.
   int DoForProgram(Program& step, std::size_t number, const std::string& line) {
     std::ostringstream printed;
     std::streambuf* const former = std::cout.rdbuf(printed.rdbuf());

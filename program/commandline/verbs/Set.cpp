@@ -267,7 +267,7 @@ class SetVerb {
   Session session_;
   std::vector<std::string> done_;
   std::unordered_set<const host::BaseObject*> changed_;
-  // What is not as it was.
+  // Numbers of changed and added elements, for the report.
   struct {
     std::size_t objects = 0;
     std::size_t layers = 0;

@@ -26,7 +26,8 @@ struct ShowOptions {
   PartChoice parts;
 };
 
-// What a person wants to know of a switch, and how many elements have it so.
+// A value of a switch that a person wants to know of: `words` follow the number of elements that
+// have it.
 struct SwitchWords {
   Part part;
   host::LONG field;
@@ -51,8 +52,8 @@ constexpr SwitchWords kSwitches[] = {
     {Part::Layers, engine::kFieldLayerFlags - 8, 0, "without animation"},
 };
 
-// What one Stagemark holds, part by part: first a line each, then, where all is asked for, every
-// element.
+// The contents of one Stagemark, part by part: first a line each, then, where all is asked for,
+// every element.
 class Contents {
  public:
   // With fields of all elements or of one of each part: the others are counted from the records.
@@ -106,7 +107,7 @@ class Contents {
   }
 
  private:
-  // As of a change, with one value for each field.
+  // The members as of a change, with one value for each field.
   JsonMembers Members(const ElementChange& element) const {
     const host::LONG type = engine::TypeForFields(doc_, element);
     std::vector<JsonValue> fields;

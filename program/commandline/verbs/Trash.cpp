@@ -60,7 +60,7 @@ int ListTrash(Session& session) {
   return kDone;
 }
 
-// Of several of one name the one deleted last.
+// The position of that name; of several the one deleted last.
 std::size_t PositionOf(const DeletedStates& states, const std::string& name) {
   std::size_t position = states.size();
   while (position > 0 && states[position - 1].name != name) --position;

@@ -65,7 +65,7 @@ void AddSwitches(std::vector<AttributeGroup>& groups, const char* title, const N
   if (!group.lines.empty()) groups.push_back(std::move(group));
 }
 
-// What belongs to one render settings besides its own fields.
+// Groups of one render settings besides its own fields: post effects and multi-passes.
 void AddOfSettings(std::vector<AttributeGroup>& groups, const host::RenderData& settings) {
   AddSwitches(groups, "Post Effects", settings.GetFirstVideoPost());
   AddSwitches(groups, "Multi-Pass", settings.GetFirstMultipass());

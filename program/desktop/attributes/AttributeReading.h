@@ -38,14 +38,14 @@ using ElementList = std::vector<host::BaseList2D*>;
 // itself. At least one.
 std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements,
                                       const engine::SharedIds& ids);
-// What is looked at in a few words: a name, "3 objects", "Nothing is selected"; and what it is:
-// "Cube", "Null, Cube".
+// Title of the elements in a few words: a name, "3 objects", "Nothing is selected"; and their
+// kinds: "Cube", "Null, Cube".
 QString TitleOf(const ElementList& elements);
 QString KindsOf(const ElementList& elements);
 
 class AttributeReading {
  public:
-  // Those of the elements that live in `doc`; without any the document's own fields.
+  // Reads the elements that live in `doc`; without any, the document's own fields.
   AttributeReading(host::BaseDocument& doc, engine::SharedIds elements);
 
   // Looks at about so many more elements; true when all is read.

@@ -127,7 +127,7 @@ void AttributesView::Follow(host::BaseDocument* doc, const engine::SharedIds& el
     return ShowHeading(nullptr, {});
   }
   reading_.emplace(*doc, elements);
-  // Of very many nothing is to be had at once, and others want their turn.
+  // Very many elements take several turns of the event loop.
   elements->size() > kMostElementsHere ? slices_.Start() : slices_.StartHere();
   // Until then the fields show other elements.
   if (reading_ && others) ShowWaiting();
@@ -136,7 +136,7 @@ void AttributesView::Follow(host::BaseDocument* doc, const engine::SharedIds& el
 bool AttributesView::Advance() {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!reading_) return false;
-  // Which is followed before the loop waits
+  // A document that has changed is followed anew before the loop waits.
   if (!doc || engine::ChangeCount(*doc) != seen_) return reading_.reset(), false;
   if (!reading_->Advance(kElementsAtOnce)) return true;
   ShowRead(*doc);
@@ -221,7 +221,7 @@ void AttributesView::ShowHeading(const host::BaseDocument* doc, const ElementLis
 }
 
 void AttributesView::Edit(std::size_t line, const engine::FieldEdit& edit) {
-  // What loses the focus to the box of other work is taken after that.
+  // A field that loses the focus to the box of other work is applied after that work.
   WhenDocumentIsFree(this, [this, doc = doc_, line = lines_[line].line, edit] {
     if (host::BaseDocument* still = FindOpenDocument(doc))
       editing_.Set(*still, line.elements, *line.field, edit);

@@ -72,7 +72,7 @@ class ChoiceWidget : public FieldWidget {
     explicit Box(ChoiceWidget& line) : QComboBox(&line), line_(line) {}
     void showPopup() override;
     void hidePopup() override;
-    // From when the popup opens until what is chosen in it was told.
+    // True from opening the popup until the choice in it was told.
     bool IsChosenFrom() const;
 
    protected:

@@ -28,7 +28,7 @@ class ConfirmedLineEdit : public QLineEdit {
   // Shows what there is, in place of what was typed. `mixed`: there are several texts.
   void ShowText(const QString& text, bool mixed = false);
   bool IsTyped() const { return isModified(); }
-  // As leaving does.
+  // Finishes the typing, as leaving the field does.
   void Finish();
 
  protected:

@@ -12,7 +12,7 @@ namespace desktop {
 
 class BackgroundJob : public QObject {
  public:
-  // What the work sees of its job, on its thread.
+  // The job as the work sees it, on the work's thread.
   class Control {
    public:
     // Whether the work is to end soon.

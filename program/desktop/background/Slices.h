@@ -12,7 +12,7 @@ namespace desktop {
 
 // How long one slice takes: little enough that nobody notices a delay of the window.
 constexpr std::chrono::milliseconds kSliceTime{20};
-// What looks at every element of a scene looks at so many, and then asks whether the slice is over.
+// Elements that a walk over a whole scene visits before it asks whether the slice is over.
 constexpr std::size_t kElementsAtOnce = 500;
 // A scene of more nodes is looked at when it has not been changed for a moment.
 constexpr std::size_t kLargeScene = 20'000;

@@ -18,8 +18,8 @@ class DialogDocks final : private engine::DialogObserver {
 
   // Null when the dialog is not open.
   DialogView* ViewOf(const host::GeDialog& dialog) const;
-  // Of each dialog that was open since the start: what opened it, its title, and whether it is
-  // open. In the order of opening.
+  // A dialog that was open since the start: the plug-in that opened it, its title, and whether it
+  // is open. Listed in the order of opening.
   struct Known {
     host::LONG plugin;
     QString title;
@@ -47,7 +47,7 @@ class DialogDocks final : private engine::DialogObserver {
   QMainWindow& window_;
   engine::FileSystem& files_;
   std::vector<Known> known_;
-  // Of the dialogs that are open.
+  // Docks of the dialogs that are open.
   std::unordered_map<const host::GeDialog*, QDockWidget*> docks_;
 };
 

@@ -259,7 +259,7 @@ void DialogView::SetBorders(bool wide) {
   UpdateLayouts();
 }
 
-// From the innermost group outwards: the toolkit would do so only when the event loop comes round.
+// Updates from the innermost group outwards; the toolkit itself does so only in the event loop.
 void DialogView::UpdateLayouts() {
   std::for_each(groups_.rbegin(), groups_.rend(),
                 [](const auto& group) { group.first->parentWidget()->updateGeometry(); });

@@ -60,7 +60,7 @@ class DialogView : public QWidget, private engine::DialogObserver {
 
   // Builds menus and widgets anew, each only where its shape has changed.
   void Build();
-  // With all gadgets below it. The caller puts it into a layout.
+  // Makes the group with all gadgets below it. The caller puts it into a layout.
   QWidget* BuildGroup(const engine::Gadget& group, QWidget* parent);
   // Makes the widget of `child` and puts it into the cell.
   void Place(const engine::Gadget& child, Cell cell, QGridLayout& grid, QWidget& group);
@@ -69,7 +69,7 @@ class DialogView : public QWidget, private engine::DialogObserver {
   void FitToWidth();
   // In pixels; 0 or less where everything has room.
   int MissingWidth() const;
-  // With the borders that the plug-in asks for, or with narrow ones.
+  // Sets the borders that the plug-in asks for, or narrow ones.
   void SetBorders(bool wide);
   // Lets the layouts measure what has changed in them at once.
   void UpdateLayouts();

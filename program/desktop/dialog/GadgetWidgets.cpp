@@ -58,7 +58,7 @@ QSize NumberField::minimumSizeHint() const {
 namespace {
 
 constexpr QSize kSmallestImage(64, 48);
-// Of the frame where there is nothing to show.
+// Shape of the frame where there is no image.
 constexpr QSize kUsualShape(4, 3);
 
 QImage ToPicture(const engine::Image& image) {
@@ -180,7 +180,7 @@ GadgetWidget MakeNumberField(const SharedDialogLink& link, const Gadget& gadget,
   return {field, [field](const Gadget& now) { field->Show(now); }};
 }
 
-// In characters, as far as a field in a dialog goes.
+// Length of the longest entry in characters, at most that of a field in a dialog.
 int LongestText(const QComboBox& combo) {
   constexpr int kMost = 32;
   int longest = 0;

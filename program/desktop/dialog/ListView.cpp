@@ -122,7 +122,7 @@ constexpr QSize kSmallestList(160, 96);
 constexpr int kNarrowestColumn = 12;
 constexpr int kMarkerCharacters = 5;
 constexpr int kStarSide = 14;
-// Of a text that takes the rest: below that the list is scrolled
+// Least characters of the column that takes the rest; below that the list is scrolled
 constexpr int kReadableCharacters = 18;
 
 // A mark in the first column as a star.

@@ -17,7 +17,7 @@ class ListModel : public QAbstractTableModel {
  public:
   ListModel(SharedDialogLink link, host::LONG list, QObject* parent);
 
-  // Of a cell of the first column: how a star is drawn in place of the text, if it is.
+  // Star that a cell of the first column shows in place of its text, if any.
   enum Role { kStar = Qt::UserRole };
   enum class Star { None, Full, Hollow };
 
@@ -88,7 +88,7 @@ class ListView : public QTreeView {
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  // As ranges of lines, 0-based, as the published interface has them.
+  // Selected lines as ranges, 0-based, in the form of the published interface.
   host::BaseSelect SelectedLines() const;
   // Selects these lines without an event of the dialog.
   void ShowSelection(const host::BaseSelect& selection);
@@ -100,14 +100,14 @@ class ListView : public QTreeView {
     int filling = -1;
     int readable = 0;
   };
-  // In pixels. O(rows that can be seen).
+  // Widths in pixels. O(visible rows).
   Widths Measure() const;
   // Gives each column the width of what it shows, and the rest to one text.
   void FitColumns();
 
   SharedDialogLink link_;
   host::LONG id_;
-  // In pixels, as the plug-in asks for it.
+  // Size that the plug-in asks for, in pixels.
   QSize asked_;
   ListModel* model_;
   QString emptyText_;

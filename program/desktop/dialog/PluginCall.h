@@ -36,8 +36,7 @@ class NormalPointer {
   ~NormalPointer();
 };
 
-// What the act that goes on is about, as long as this lives. Acts may begin within acts. Main
-// thread.
+// Subject of the act in progress, as long as this lives. Acts may begin within acts. Main thread.
 class CallSubject {
  public:
   explicit CallSubject(const QString& text);
@@ -52,8 +51,8 @@ class CallSubject {
   const CallSubject* around_;
 };
 
-// What of a dialog an act is about: the row that is chosen in its list, or nothing more than its
-// label says.
+// Subject of an act in a dialog: the row that is chosen in its list, or nothing more than the label
+// says.
 enum class About { kChosenRow, kNothingMore };
 // Sends an act of a person to the dialog of the link, unless that is closed. `label`: of the
 // gadget, as the dialog has it. Undo steps that the plug-in makes get that name, with the chosen

@@ -17,7 +17,7 @@ class ListView;
 
 class StagemarksDialogExtras : public QObject {
  public:
-  // Of a dialog for which StagemarksDialog::Fits.
+  // `view` shows a dialog for which StagemarksDialog::Fits.
   explicit StagemarksDialogExtras(DialogView& view);
 
  private:

@@ -27,14 +27,14 @@ class StatesDialog {
   ListView* List() const;
   // Names of the selected rows, in the order of the list. O(rows).
   std::vector<std::string> Chosen() const;
-  // Of what the dialog's menu "Options" has loading bring back; all without a dialog.
+  // Parts that loading brings back, by the dialog's menu "Options"; all without a dialog.
   engine::Parts PartsInForce() const;
   // Selects the rows of these names; false without such a dialog.
   bool Choose(const std::vector<std::string>& names) const;
   // Selects the row and presses the button "Load", with the questions and the report that come with
   // it. False where the dialog is closed, has no such row or cannot load now.
   bool Load(const std::string& name) const { return Press(name, pictures::kLoad); }
-  // The same with "Delete", which asks first.
+  // As Load, with the button "Delete", which asks first.
   bool Delete(const std::string& name) const { return Press(name, pictures::kDelete); }
 
  private:

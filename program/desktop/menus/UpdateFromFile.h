@@ -10,8 +10,8 @@ class MainWindow;
 
 // Asks for the file.
 void AskAndUpdate(MainWindow& window);
-// What came of it is told in the status line, and what a person should look at in a report; a file
-// that cannot be read in a box.
+// Tells the result in the status line, and what a person should look at in a report; a box says
+// that a file cannot be read.
 void UpdateFromFile(MainWindow& window, const std::string& path);
 
 }  // namespace desktop

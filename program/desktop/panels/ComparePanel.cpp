@@ -22,8 +22,8 @@ using engine::Part;
 
 namespace {
 
-// What a model index of that level carries: a group nothing, an element its group, a field the
-// place of its element.
+// Internal IDs of model indexes: 0 for a group, the number of its group for an element, the place
+// of its element for a field; elements and fields count from these.
 constexpr quintptr kFirstElementId = 1;
 constexpr quintptr kFirstFieldId = quintptr{1} << 32;
 
@@ -191,7 +191,7 @@ QVariant CompareModel::ElementData(const ElementChange& change, int column, int 
   return NameInTip(ToHost(name), about);
 }
 
-// Of an element that has no rows below it.
+// Data of an element that has no rows below it.
 QVariant CompareModel::ElementValue(const ElementChange& change, int column, int role) const {
   if (IsOneField(change)) return FieldData(change, 0, column, role);
   if (role != Qt::DisplayRole) return {};
@@ -268,7 +268,7 @@ void CompareTree::Show(const host::BaseDocument* doc, Compared compared) {
 CompareTree::Key CompareTree::KeyOf(const QModelIndex& index) const {
   const ElementChange* change = model_->ChangeAt(index);
   if (change) return {static_cast<int>(change->part), change->element};
-  // Of a group: its part, under an identity that no element has.
+  // A group has its part, under an identity that no element has.
   const ElementChange* first = model_->ChangeAt(model_->index(0, 0, index));
   const int part = first && !(first->kind == ChangeKind::OnlyLeft && model_->Shown().isScene)
                        ? static_cast<int>(first->part)
@@ -319,7 +319,7 @@ void CompareTree::resizeEvent(QResizeEvent* event) {
 
 namespace {
 
-// Of so many elements the values are read and shown.
+// Most elements whose values are read and shown.
 constexpr std::size_t kMostFields = 5000;
 
 constexpr const char* kNoDialog =

@@ -129,7 +129,7 @@ class ComparePanel : public QWidget, public DocumentView {
   QSize sizeHint() const override { return {420, 240}; }
 
  private:
-  // What is compared, and when: nothing is done until one of these differs.
+  // Inputs of the comparison: nothing is done until one of these differs.
   struct Question {
     host::ULLONG doc = 0;
     host::ULLONG changes = 0;

@@ -10,7 +10,7 @@
 
 namespace desktop {
 
-// Of the kind of element, or of the part where it is gone or none.
+// Icon of the kind of element, or of its part where the element is gone or none.
 QIcon ElementIcon(const host::BaseDocument& doc, engine::Part part, engine::NodeId element);
 
 // Selects the object, the object that the tag is on, or the layer, and has the attributes show the

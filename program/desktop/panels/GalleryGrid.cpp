@@ -21,7 +21,7 @@ namespace {
 
 constexpr qsizetype kMostOfName = 200;
 
-// What is in no list is not loaded by name.
+// Only Stagemarks in the list can be loaded by name.
 std::vector<StoredState> Listed(const host::BaseDocument* doc) {
   return doc ? engine::ListedStates(*doc) : std::vector<StoredState>();
 }

@@ -31,7 +31,7 @@ class GalleryModel : public QAbstractListModel {
   const engine::StoredState* StateAt(const QModelIndex& index) const;
   QModelIndex IndexOf(const std::string& name) const;
   QModelIndex IndexOf(host::LONG id) const;
-  // In how many things it differs from the scene; nothing until it is counted.
+  // Number of differences of a state from the scene; nothing until they are counted.
   void SetThings(host::LONG id, std::size_t things);
   std::optional<std::size_t> ThingsOf(host::LONG id) const;
   // The picture or its marks have changed; kNoState: of all.
@@ -82,7 +82,7 @@ class GalleryGrid : public QListView {
   std::function<void()> chosen;
   // A person turned the wheel with Ctrl; +1 larger, -1 smaller.
   std::function<void(int way)> zoomed;
-  // What can be seen has changed.
+  // Called when other entries may have come into sight: scrolled, zoomed or resized.
   std::function<void()> scrolled;
 
  protected:

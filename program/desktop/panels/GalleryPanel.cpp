@@ -111,7 +111,7 @@ int GalleryPanel::KeptSize() const {
 }
 
 void GalleryPanel::KeepSize() {
-  // What fails here is in the ledger; the size holds for this run.
+  // A failure to save it is in the ledger; the size holds for this run.
   if (size_->value() != KeptSize()) (void)settings_.Set(kSize, QByteArray::number(size_->value()));
 }
 

@@ -23,7 +23,7 @@ namespace desktop {
 // The grid below its search field and buttons.
 class GalleryPanel : public QWidget, public DocumentView, private engine::DialogObserver {
  public:
-  // What is given outlives the panel. `settings`: where the size of the pictures is kept.
+  // The references outlive the panel. `settings`: where the size of the pictures is kept.
   GalleryPanel(const engine::Services& services, Settings& settings, const StatesDialog& dialog,
                QWidget* parent);
   ~GalleryPanel() override;

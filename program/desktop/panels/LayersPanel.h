@@ -30,7 +30,7 @@ class LayerModel : public NodeTreeModel {
 
   // Null where there is none any more.
   host::LayerObject* LayerAt(const QModelIndex& index) const;
-  // Those of the rows that still are.
+  // Layers of the rows that still exist.
   engine::LayerList LayersAt(const QModelIndexList& rows) const;
   static bool IsSwitch(const QModelIndex& index) {
     return index.isValid() && index.column() >= kFirstSwitch;
@@ -51,7 +51,7 @@ class LayerModel : public NodeTreeModel {
                     const QModelIndex& parent) override;
 
  private:
-  // Of switch `number`, in the order of kLayerSwitchTable.
+  // Data of switch `number`, in the order of kLayerSwitchTable.
   QVariant SwitchData(const host::LayerData& layer, std::size_t number, int role) const;
 };
 

@@ -173,7 +173,7 @@ void MaterialThumbnails::MakeNext() {
   }
 }
 
-// What is cheap is taken out of the document here; textures are read on the other thread.
+// Reads the cheap parts from the document here; textures are read on the other thread.
 void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc,
                                host::BaseMaterial& material) {
   const MaterialPreviewScene ball(doc, material);

@@ -19,11 +19,11 @@ class MaterialThumbnails {
  public:
   static constexpr int kSide = 64;  // of the pictures, in pixels of scale 1
 
-  // What is given outlives them.
+  // Both arguments outlive the thumbnails.
   MaterialThumbnails(const engine::Services& services, engine::RenderCaches& caches);
 
-  // What there is now, maybe of a former state, maybe null; a new one is made when it is needed.
-  // Cheap: called while painting.
+  // The present thumbnail, maybe of a former state, maybe null; a new one is made when it is
+  // needed. Cheap: called while painting.
   QPixmap Of(host::BaseMaterial& material, double scale);
   // Makes those that are looked at anew, since files that they use have changed.
   void MakeAgain();

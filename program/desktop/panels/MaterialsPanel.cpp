@@ -265,7 +265,7 @@ void MaterialGrid::paintEvent(QPaintEvent* event) {
 
 namespace {
 
-// Of several the first one counts: an object shows one material.
+// Assigns the first of several materials: an object shows one.
 void AssignToSelection(host::BaseDocument& doc, const engine::MaterialList& materials) {
   RunEdit(doc, engine::AssignMaterial(*materials.front(), engine::SelectedObjects(doc)));
 }

@@ -42,7 +42,7 @@ class MatrixModel : public QAbstractTableModel {
   // Rows there are without a filter.
   std::size_t Rows() const { return rows_.size(); }
 
-  // What stands in a row, null beside the rows; and of a column, null for that of the elements.
+  // Row at an index, null beside the rows; state of a column, null for that of the elements.
   const engine::StateMatrix::Row* RowAt(const QModelIndex& index) const;
   const engine::StoredState* StateAt(int column) const;
   // The camera that the state of a cell holds, 0 for none.
@@ -95,8 +95,8 @@ class MatrixTable : public QTableView {
   // Keeps the chosen cell where it still is one.
   void Show(const host::BaseDocument* doc, std::unique_ptr<StateTable> table);
   void SetEmptyText(const QString& text);
-  // What is selected, with the heading of each column where that is more than a cell: lines of
-  // columns with tabs between.
+  // The selected cells: lines of columns with tabs between, below the heading of each column where
+  // there is more than one cell.
   QString SelectedText() const;
   // A cell that comes into sight is not covered by the column that stays.
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
@@ -144,7 +144,7 @@ class MatrixPanel : public QWidget, public DocumentView {
 
   const StatesDialog& states_;
   engine::InspectedElements& inspected_;
-  // What is shown, or being read: the document and its counts, and what it had stored.
+  // The document shown or being read: its identity and counts, and what it had stored.
   host::ULLONG doc_ = 0;
   host::ULLONG changes_ = 0;
   host::ULLONG treeChanges_ = 0;

@@ -97,7 +97,7 @@ class NodeTreeModel : public QAbstractItemModel {
     return shape_.At(index.isValid() ? static_cast<int>(index.internalId()) : 0);
   }
 
-  // Of the document; 0 for none.
+  // Identity of the document; 0 for none.
   engine::NodeId doc_ = 0;
   FlatTree shape_;
 };

@@ -17,10 +17,10 @@ class ObjectModel : public NodeTreeModel {
  public:
   enum Column { kName, kLayer, kEditor, kRender, kGenerator, kTags, kColumnCount };
   enum Role {
-    // Of a switch: MODE_ number, or 0 and 1 for a generator; invalid where the object has no such
-    // switch
+    // Value of a switch: MODE_ number, or 0 and 1 for a generator; invalid where the object has no
+    // such switch
     kMode = Qt::UserRole,
-    // Of a visibility: whether the object is hidden, by itself or by what is above it
+    // Whether the object is hidden, by itself or by an object above it; for a visibility
     kHidden
   };
 
@@ -29,8 +29,8 @@ class ObjectModel : public NodeTreeModel {
   // Takes over the shape of the tree, looking at the objects only when some came or went. True when
   // that reset the model.
   bool Update(host::BaseDocument* doc);
-  // From the next update on only objects with this text in their names are rows, and what is above
-  // them; empty: all objects.
+  // From the next update on only objects with this text in their names are rows, and the objects
+  // above them; empty: all objects.
   void SetFilter(const QString& text);
   bool IsFiltered() const { return !filter_.isEmpty(); }
   const QString& Filter() const { return filter_; }
@@ -43,7 +43,7 @@ class ObjectModel : public NodeTreeModel {
   static bool IsSwitch(const QModelIndex& index) {
     return index.column() >= kEditor && index.column() <= kGenerator;
   }
-  // Which one a switch column shows.
+  // The switch that a column shows.
   static engine::Switch SwitchIn(int column) {
     return static_cast<engine::Switch>(column - kEditor);
   }
@@ -64,9 +64,9 @@ class ObjectModel : public NodeTreeModel {
                     const QModelIndex& parent) override;
 
  private:
-  // Of the first column.
+  // Data of the first column.
   QVariant NameData(const host::BaseObject& object, int role) const;
-  // Of the whole tree what the search finds.
+  // The part of the tree that the search finds.
   FlatTree Found(const host::BaseDocument* doc) const;
 
   // The count of objects that came or went when the tree was read last.

@@ -63,7 +63,7 @@ class ObjectTree : public QTreeView, public DocumentView {
   // the press to the release.
   struct Sweep {
     host::ULLONG doc;
-    // Of ObjectModel; `value` is what all switches of the sweep are set to.
+    // Column of ObjectModel; all switches of the sweep are set to `value`.
     int column;
     host::LONG value;
     int y;
@@ -113,7 +113,7 @@ class ObjectTree : public QTreeView, public DocumentView {
   std::unordered_map<host::ULLONG, Unfolded> unfolded_;  // by document
   // Set while rows unfold by the program: a person has unfolded nothing then.
   bool unfolding_ = false;
-  // From a press in a cell to its release, of which the toolkit hears nothing.
+  // True from a press in a cell to its release; the toolkit gets none of its events.
   bool cellPressed_ = false;
   bool rowHeld_ = false;  // the last press took hold of a row, to drag it
   std::optional<Sweep> sweep_;

@@ -337,7 +337,7 @@ void RenderSettingsPanel::BuildActions(QWidget& side) {
                       });
 }
 
-// Those below the chosen ones go with them.
+// Settings below the chosen ones are deleted with them.
 bool RenderSettingsPanel::MayDelete(const host::BaseDocument& doc,
                                     const engine::SettingsList& settings) {
   const engine::SettingsOfStates all = engine::FindSettingsOfStates(&doc);

@@ -58,7 +58,7 @@ class RenderSettingsModel : public NodeTreeModel {
   // The tool tip or accessible text of settings that belong to a Stagemark; invalid for others.
   QVariant BelongsText(const QModelIndex& index, int role) const;
 
-  // As at the last Update: found out once for all rows, since it reads every recording.
+  // State of the last Update, read once for all rows, since it takes reading every recording.
   engine::SettingsOfStates stagemarks_;
 };
 

@@ -23,7 +23,7 @@ class SidePanels {
     Place(name, title, {side, nullptr}, view, view);
     return view;
   }
-  // The same in a dock below that of the panel `above`; all that stand below it are tabs.
+  // As Add, in a dock below that of the panel `above`; all that stand below it are tabs.
   template <class View>
   View* AddBelow(const char* above, const char* name, const QString& title, View* view) {
     Place(name, title, {Find(above)->place.side, Find(above)->dock}, view, view);

@@ -20,7 +20,7 @@ namespace {
 constexpr int kPublishWidth = 560;
 constexpr int kPublishSteps = 1000;
 
-// What the entries of the list of kinds of files mean.
+// Entries of the list of file kinds, in its order.
 enum FileForm { kBinary, kText, kAllInOne };
 
 // Beside the scene, or in the home folder where that has no file.

@@ -30,7 +30,7 @@ class PublishWindow : public QDialog {
   PublishWindow(QWidget* window, const engine::Services& services, const host::BaseDocument& doc,
                 PublishKind kind, std::vector<std::string> chosen);
 
-  // As its fields say. Asks before files are replaced.
+  // Publishes as the fields say. Asks before files are replaced.
   void Begin();
   void Stop();
   bool IsFinished() const { return !renderer_ || !renderer_->IsBusy(); }

@@ -30,7 +30,7 @@ constexpr int kMostInTask = 1000000;
 constexpr const char* kCounts[] = {"waiting", "running", "done", "failed"};
 constexpr int kEachColumn = 5;
 
-// What a command says is wrong, of all that it says: an object a line.
+// The errors in the output of a command, a JSON object a line; all of the output where it has none.
 QString ProblemOf(const QByteArray& said) {
   QStringList problems;
   for (const QByteArray& line : said.split('\n')) {
@@ -43,7 +43,7 @@ QString ProblemOf(const QByteArray& said) {
                                   : QString::fromUtf8(said.trimmed());
 }
 
-// What a status says, without what may be done about it.
+// Text of a status, without what may be done about it.
 QString StatusText(const QJsonObject& status) {
   const int all = status.value("pictures").toInt();
   QStringList parts;
@@ -65,7 +65,7 @@ QString StatusText(const QJsonObject& status) {
   return text;
 }
 
-// What Slurm itself says of the job; empty where that is nothing.
+// Slurm's own account of the job; empty where there is none.
 QString SchedulerText(const QJsonObject& status) {
   const QString unasked = status.value("unasked").toString();
   if (!unasked.isEmpty()) return "\n" + unasked;
@@ -335,7 +335,7 @@ void FarmWindow::OpenPictureOf(int row) {
   }
 }
 
-// As soon as the answer that is being taken has been.
+// Asks as soon as the present answer has been handled.
 void FarmWindow::Watch() { next_.start(0); }
 
 void FarmWindow::AskStatus() {

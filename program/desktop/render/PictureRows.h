@@ -32,7 +32,7 @@ class PictureRows : public QAbstractTableModel {
   void Take(const worker::PictureNews& news, const engine::Image& thumbnail);
   // The plan is whole; nothing where none was on its way.
   void EndPlan();
-  // Of what was being rendered nothing will come.
+  // Pictures that were being rendered will not be finished.
   void EndWork();
 
   const std::vector<Row>& Rows() const { return rows_; }

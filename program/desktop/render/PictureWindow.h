@@ -60,14 +60,14 @@ class PictureView : public QAbstractScrollArea {
 
 class PictureWindow : public QWidget {
  public:
-  // Of a document, which may be closed meanwhile. Stands in front of `window`, which owns it; the
-  // title is `kind` and the document.
+  // A picture of `doc`, which may be closed meanwhile. Stands in front of `window`, which owns it;
+  // the title is `kind` and the document.
   PictureWindow(QWidget* window, const engine::Services& services, const QString& kind,
                 const host::BaseDocument& doc);
 
   PictureView& View() { return *view_; }
   QProgressBar& Progress() { return *progress_; }
-  // What the line at the bottom says.
+  // Sets the text of the line at the bottom.
   void Say(const QString& text);
   // Asks where to and writes the picture; nothing before there is one to keep.
   void SaveAs();

@@ -44,7 +44,7 @@ class RenderJob {
 
 // The image for a widget, with pixels of its own.
 QImage ToQImage(const engine::Image& image);
-// The same without a copy; the image lives as long as it.
+// ToQImage without a copy; the image lives as long as the result.
 QImage Viewed(std::shared_ptr<const engine::Image> image);
 
 }  // namespace desktop

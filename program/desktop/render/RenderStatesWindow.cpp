@@ -44,7 +44,7 @@ QString CountedPictures(std::size_t count) {
   return QString::number(count) + (count == 1 ? " picture" : " pictures");
 }
 
-// What an order says without whether it is carried out.
+// An order as text, without whether it is carried out.
 std::string PlanText(worker::PicturesOrder order) {
   order.renders = order.replaces = false;
   return worker::PicturesAsText(order);
@@ -331,9 +331,9 @@ void RenderStatesWindow::TakeEnd() {
   } else {
     SayPlan();
   }
-  // What came of it stays to be read.
+  // The result stays to be read.
   if (wasRendering) return;
-  // What was changed meanwhile; not from within what the child is just telling.
+  // Takes up changes made meanwhile; queued, since a message of the child is being handled here.
   QMetaObject::invokeMethod(
       this, [this] { rendersNext_ ? BeginPlanned() : Plan(); }, Qt::QueuedConnection);
 }
@@ -412,7 +412,7 @@ void RenderStatesWindow::End(const QString& text) {
   ShowNotes();
   const bool wasRendering = isRendering_;
   Enable(false);
-  // What is there now is another plan.
+  // The pictures that are there now make another plan.
   if (wasRendering) asked_.clear();
   if (wasRendering) (openFolder_->isEnabled() ? openFolder_ : begin_)->setFocus();
 }

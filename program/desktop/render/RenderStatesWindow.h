@@ -1,7 +1,7 @@
 // RenderStatesWindow: pictures of Stagemarks as files: which, how large, where to and under which
 // names; each in a table before anything is rendered, with what came of it. A child works on a copy
 // of the scene as it was when the work began, while a person goes on; closing the window ends it.
-// The same order goes to a farm of machines where there is one. Main thread.
+// Where there is a farm of machines, the order can go there instead. Main thread.
 #pragma once
 
 #include <QCheckBox>
@@ -51,7 +51,7 @@ class RenderStatesWindow : public QDialog {
   void AddBottom();
   void AddButtons();
   void Enable(bool isRendering);
-  // What is wrong with the fields is said; then there is none.
+  // The order in the fields; nothing where a field is wrong, and the window says so.
   std::optional<worker::PicturesOrder> Order();
   // Whether the child has the document as it is.
   bool IsCopied() const;
@@ -71,7 +71,7 @@ class RenderStatesWindow : public QDialog {
   MainWindow& window_;
   const engine::Services& services_;
   host::ULLONG doc_;
-  // What the child has: change count of the document, options of the dialog; nothing without one.
+  // The child's copy: change count of the document, options of the dialog; nothing without a child.
   std::optional<std::pair<host::ULLONG, std::vector<std::string>>> copied_;
   std::string asked_;  // the order that the table shows or will show, as text
   worker::PictureNews cost_;

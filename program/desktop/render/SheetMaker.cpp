@@ -12,7 +12,7 @@ namespace {
 
 using pictures::Mark;
 
-// Of the whole work: finding out the sizes.
+// Share of the whole work that finding out the sizes takes.
 constexpr double kMeasuring = 0.1;
 
 // A large sheet is shown by every so manyth pixel until it is finished.

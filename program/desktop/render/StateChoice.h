@@ -13,7 +13,7 @@
 
 namespace desktop {
 
-// What is said where Names has nothing.
+// Message where Names returns nothing.
 inline constexpr const char* kNoSuchState =
     "No Stagemark has such a name. * stands for any text, ? for one letter.";
 

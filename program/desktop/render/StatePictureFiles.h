@@ -23,7 +23,7 @@ class StatePictureFiles {
  public:
   explicit StatePictureFiles(const engine::Services& services);
 
-  // Of the scene in that file; empty where it has none, and where there is no cache.
+  // Folder of the scene; empty where the scene has no file, and where there is no cache.
   std::string FolderOf(const host::BaseDocument& doc) const;
   std::optional<KeptPicture> Read(const std::string& folder, host::LONG id) const;
   // Makes the folder when it is not there; folders of scenes that were not looked at for long go

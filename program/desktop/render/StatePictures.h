@@ -51,7 +51,7 @@ class StatePictures {
   bool IsStopped() const { return stopped_; }
   // Whether very large scenes wait for RenderAgain, as this one does.
   bool WaitsForOrder() const { return waitsForOrder_; }
-  // What is being rendered, kNoState for nothing, and which share of it is done.
+  // State whose picture is being rendered, kNoState for none, and the share that is done.
   host::LONG Rendering() const { return rendering_; }
   double Progress() const { return progress_; }
   // How many pictures were rendered so far.

@@ -13,7 +13,7 @@ namespace {
 using engine::FrameKind;
 using pictures::StagemarksDialog;
 
-// Of a child that was asked to end, in milliseconds; it looks between two pieces of a picture.
+// Longest wait for a child asked to end, in milliseconds; it looks between two pieces of a picture.
 constexpr int kLongestEnd = 3000;
 
 }  // namespace
@@ -41,7 +41,7 @@ StateRenderer::StateRenderer(const host::BaseDocument& doc, News news)
     Read();
     if (!stopped_) Fail("The program that renders the states ended too early.");
   });
-  // In the middle of what a plug-in does the document is nothing whole.
+  // While a plug-in works on it, the document is not in a consistent state.
   const auto begin = [this] { WhenDocumentIsFree(this, [this] { Begin(); }); };
   QMetaObject::invokeMethod(this, begin, Qt::QueuedConnection);
 }
@@ -54,7 +54,7 @@ void StateRenderer::Stop() {
   writing_.Finish();
   deletion_.Take(std::move(copy_));
   child_.disconnect(this);
-  // In the middle of files it has something to take back.
+  // A child that is writing files has something to take back.
   const auto order = asked_.empty() ? std::nullopt : worker::PicturesFromText(asked_.front());
   const bool writesFiles = order && order->renders;
   if (writesFiles) child_.terminate();

@@ -21,18 +21,18 @@ namespace desktop {
 
 class StateRenderer : public QObject {
  public:
-  // What is told of the work; each may be empty. None of them may destroy the renderer.
+  // Callbacks about the work; each may be empty. None of them may destroy the renderer.
   struct News {
     std::function<void(const worker::StateFacts& state)> measured;
     std::function<void()> allMeasured;
     std::function<void(double done)> progress;  // share of what was asked for
     std::function<void(const std::string& note)> noted;
-    // Of the request that was made first and is not answered yet.
+    // Answer to the earliest request that is not answered yet.
     std::function<void(engine::Image picture)> rendered;
-    // Of a publishing: a file stands, and all of them.
+    // Publishing: a file is written, and all of them are.
     std::function<void(const std::string& path)> written;
     std::function<void()> published;
-    // Of pictures as files; `thumbnail`: of one that was rendered, else empty. And the end.
+    // Pictures as files, and their end; `thumbnail`: of one that was rendered, else empty.
     std::function<void(const worker::PictureNews& news, const engine::Image& thumbnail)> pictured;
     std::function<void()> pictureFilesDone;
     // The last that is told.

@@ -26,7 +26,7 @@ class WipeView : public QWidget {
 
   // 0: A, 1: B.
   const WipeSide& Side(std::size_t side) const { return sides_[side]; }
-  // Of whichever side has that name.
+  // Shows the image on the side of that name.
   void Show(const std::string& name, const QImage& image);
   void Swap();
   // The share of the width that A has.

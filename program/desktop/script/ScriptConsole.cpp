@@ -18,7 +18,7 @@ constexpr qsizetype kMostRemembered = 500;
 constexpr const char* kWelcome =
     "Python: doc is the active document, stagemarks the package. help(doc) tells more.\n";
 
-// What all words begin with.
+// Longest common prefix; `words` is not empty.
 QString CommonBeginning(const std::vector<std::string>& words) {
   QString common = ToQt(words.front());
   for (const std::string& word : words) {
@@ -94,7 +94,7 @@ void ScriptConsole::Enter() {
     history_.append(text);
   while (history_.size() > kMostRemembered) history_.removeFirst();
   place_ = history_.size();
-  // What is typed ahead runs when its turn comes.
+  // A line typed ahead runs when its turn comes.
   ahead_.append(text);
   if (ahead_.size() > 1) return;
   WhenDocumentIsFree(this, [this] {
@@ -108,7 +108,7 @@ void ScriptConsole::Run(const QString& text) {
   begun_ += begun_.isEmpty() ? text : "\n" + text;
   const scripting::ScriptEnd end = runner_.RunLines(begun_.toStdString());
   if (!end.needsMore) begun_.clear();
-  // What Python itself has to say it prints.
+  // Python prints its own messages; only the failure to load it is shown here.
   if (!runner_.IsLoaded()) Show(ToQt(end.problem) + "\n", true);
   SetPrompt();
 }

@@ -16,7 +16,7 @@ using scripting::ScriptEnd;
 
 constexpr double kUnknownShare = -1;
 
-// Of this process: Python cannot be started twice. Whose output it is goes to the runner that runs.
+// One per process: Python cannot be started twice. Its output goes to the runner that runs.
 ScriptRunner* running = nullptr;
 std::function<bool()> goesOn;
 

@@ -45,7 +45,7 @@ class EditorCamera {
   engine::PictureCamera lens_;
   host::Matrix lean_;  // the frame within the upright one
   host::Vector target_;
-  // Of the target, in units of the scene; the angles are radians.
+  // Distance to the target, in units of the scene; the angles are radians.
   double distance_ = 1000;
   double heading_ = 0;
   double pitch_ = 0;

@@ -7,7 +7,7 @@ namespace desktop {
 namespace {
 
 constexpr QRgb kAmber = 0xffc98a3d;
-// Of the line's outer edge, in pixels of a plain screen.
+// Distance of the line's outer edge, in pixels of a plain screen.
 constexpr double kReach = 1.9;
 
 struct Step {

@@ -20,7 +20,7 @@ enum class Framing { None, All, Selection };
 
 struct PictureOrder {
   std::unique_ptr<engine::ScenePicture> scene;  // null: the scene of the order before
-  // In pixels; empty: the scene is not needed any more
+  // Size in pixels; empty: the scene is not needed any more
   QSize size;
   QSize hits;  // size of the map of what is hit
   // Pixels of the screen for a plain one, for the width of lines
@@ -28,7 +28,7 @@ struct PictureOrder {
   std::optional<engine::PictureCamera> camera;  // none: one that frames everything
   Framing framing = Framing::None;              // moves the camera so that it shows all of this
   bool draft = false;
-  // Of the scene; their outline is exact in the map also of a draft
+  // Marks of the scene; their outline is exact in the map also of a draft
   std::shared_ptr<const Marks> marks;
 };
 

@@ -39,7 +39,7 @@ void SceneFeed::Forget() {
 void SceneFeed::Start(const host::BaseDocument& doc) {
   count_ = engine::ChangeCount(doc);
   scan_.emplace(doc, files_, how_, caches_);
-  // Of a large scene nothing is to be had at once, and others want their turn.
+  // A large scene takes several turns of the event loop.
   engine::NodeCount(doc) > kMostNodesHere ? slices_.Start() : slices_.StartHere();
 }
 

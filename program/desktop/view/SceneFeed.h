@@ -21,7 +21,7 @@ class SceneFeed {
 
   // Begins to read where the document is another one or has changed since; null reads nothing.
   void Follow(const host::BaseDocument* doc);
-  // Nothing that is read has changed since the document had that change count.
+  // The caller knows that nothing of the scene as read has changed since that change count.
   void TakeAsRead(const host::BaseDocument& doc, host::ULLONG since);
   // Forgets what was read: the next Follow reads again.
   void Forget();

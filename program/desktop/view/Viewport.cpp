@@ -343,7 +343,7 @@ void Viewport::TakeCameraOf(const PicturePass& pass) {
     }
     sentCamera_ = PresentCamera();
   } else if (!PresentCamera() && !pass.bounds.IsEmpty()) {
-    // From now on it stays where it is, whatever is shown and hidden.
+    // The camera stays there from now on, whatever is shown and hidden.
     editor_.emplace(pass.camera, pass.bounds);
     sentCamera_ = PresentCamera();
   }

@@ -36,7 +36,7 @@ class Viewport : public QWidget, public DocumentView {
   void FrameSelection();
   // Back to the scene camera, or to a view of everything where there is none.
   void LookThroughSceneCamera();
-  // From where the picture is seen now.
+  // Starts at the present point of view.
   void LookThroughEditorCamera();
   // A camera object of the document.
   void LookThrough(engine::NodeId camera);
@@ -185,7 +185,7 @@ class Viewport : public QWidget, public DocumentView {
   bool draftWanted_ = false;
   bool isDraft_ = false;
   bool finished_ = false;
-  // In pixels of the widget; `draggedTo_` is the last place of a drag.
+  // Places in pixels of the widget; `draggedTo_` is the last one of a drag.
   QPointF pressedAt_;
   QPointF draggedTo_;
   // The center of the present orbit.

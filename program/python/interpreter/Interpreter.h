@@ -11,7 +11,7 @@
 namespace scripting {
 
 struct ScriptHooks {
-  // What a script prints.
+  // Gets all that a script prints.
   std::function<void(const std::string& text, bool isError)> write;
   // Asked many times a second while a script runs; false stops it. May handle events.
   std::function<bool()> goesOn;
@@ -31,7 +31,7 @@ class Interpreter {
   virtual ScriptEnd RunFile(const std::string& path, const std::string& step) = 0;
   // Lines of a console, which keeps its names; the value of an expression is printed.
   virtual ScriptEnd RunLines(const std::string& lines, const std::string& step) = 0;
-  // What the end of the line may become, whole words.
+  // Completions of the last word of the line, as whole words.
   virtual std::vector<std::string> Complete(const std::string& line) = 0;
 };
 

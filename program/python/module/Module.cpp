@@ -9,7 +9,7 @@ namespace scripting {
 
 namespace {
 
-// What a script wants to hear; null for nothing.
+// The script's callable for progress; null for none.
 PyObject* listener = nullptr;
 constexpr std::chrono::milliseconds kBetweenLooks{20};
 

@@ -84,7 +84,7 @@ def begin(write: Callable[[str, bool], None], goes_on: Callable[[], bool]) -> No
     sys.stdin = open(os.devnull)
     sys.argv = [""]
     time.sleep = _sleep
-    # What would end or double the program ends the script.
+    # Calls that would end the program end the script; those that would fork it are refused.
     for name in ("_exit", "abort"):
         setattr(os, name, _exit)
     for name in ("fork", "forkpty"):
@@ -166,7 +166,7 @@ def run_file(path: str, step: str) -> Ended:
         with contextlib.suppress(ValueError):  # the script may have taken it out itself
             sys.path.remove(os.path.dirname(path))
         sys.argv = [""]
-        # What lies beside the file may be another text the next time.
+        # Modules beside the file are loaded anew the next time: their text may have changed.
         for name in set(sys.modules) - known:
             beside = getattr(sys.modules[name], "__file__", None) or ""
             if beside.startswith(os.path.dirname(path) + os.sep):

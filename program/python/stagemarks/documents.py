@@ -81,7 +81,7 @@ class Document(Fielded):
     def _wrap(self, kind: str, element: int) -> Any:
         return make(self, element, 0, _BASES[kind])
 
-    # What it holds.
+    # Contents.
 
     @property
     def objects(self) -> ObjectList:

@@ -1,5 +1,5 @@
-// Which items of the scene an element's records hold. The link alone is an item's identity: names,
-// types and the records' keys play no part.
+// Search of an element's records for items of the scene. The link alone is an item's identity:
+// names, types and the records' keys play no part.
 #include "source/Stagemarks/SMDialog.h"
 #include "source/Stagemarks/bulk/RecordFinder.h"
 #include "source/Stagemarks/keys/ElementKeys.h"

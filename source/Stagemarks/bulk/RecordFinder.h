@@ -1,5 +1,5 @@
-// Which items of a scene some records link to, found in one pass over the records: ItemIndex knows
-// the items' places in a list, RecordFinder the records' positions, kept right while records are
+// Search for the items of a scene that records link to, in one pass over them. ItemIndex knows the
+// items' places in a list, RecordFinder the records' positions, kept right while records are
 // written. The link alone is an item's identity. They own neither items nor records, which must
 // outlive them. Main thread.
 #pragma once
@@ -46,7 +46,7 @@ class RecordFinder {
   // Position of the first record that links to the item at place `item` of the list; -1 when there
   // is none.
   LONG Position(std::size_t item) const { return first_[item]; }
-  // What the record at `position` links to now; null for position -1 and for a link that is gone.
+  // Present target of the record at `position`; null for position -1 and for a link that is gone.
   const BaseList2D* Target(LONG position) const;
   // The record at `position`, which linked to `before`, was written: takes note of what it links to
   // now.

@@ -11,7 +11,7 @@ namespace stagemarks {
 // name, date and current flag. Element IDs count from 0; a record's own ID is its element ID.
 inline constexpr LONG kName = 20000;
 inline constexpr LONG kDate = 20002;
-// In the list store itself: its entries were built from the records once.
+// Entry of the list store itself: its entries were built from the records once.
 inline constexpr LONG kListBuilt = 20003;
 inline constexpr LONG kRender = 25000;  // container, and inside it the link to the recorded copy
 inline constexpr LONG kLayers = 25003;

@@ -19,8 +19,8 @@ inline constexpr const CHAR* kManualSuffix = "pdf";
 inline constexpr const CHAR* kSideFolderEnding = "_SM";
 inline constexpr const CHAR* kPreviewSuffix = "tif";
 
-// In a folder of generated files. The illumination cache is read from one spelling and written to
-// the other.
+// Names in a folder of generated files. The illumination cache is read from one spelling and
+// written to the other.
 inline constexpr const CHAR* kSceneSuffix = "c4d";
 inline constexpr const CHAR* kCacheSuffix = "gi";
 inline constexpr const CHAR* kTextureFolder = "tex";

@@ -1,5 +1,5 @@
-// What the plug-in tells and asks the user, and what it shows while it works. The wording is fixed,
-// double blanks after full stops included: scripts answer these very texts.
+// Messages and questions of the plug-in to the user, and the texts that it shows while it works.
+// The wording is fixed, double blanks after full stops included: scripts answer these very texts.
 #pragma once
 
 #include "source/Stagemarks/Host.h"

@@ -1,4 +1,4 @@
-// Which tags are recorded: the option that asks for each type, how its settings are captured, and
+// The tag types that are recorded: the option that asks for each, the capture of its settings, and
 // the keys of the compositing tag's fifty parameters. The numbers stand in scene files: never
 // renumber.
 #pragma once

@@ -10,7 +10,7 @@ namespace {
 // The document's bit that the host watches for changed layers.
 constexpr LONG kLayersChangedBit = 32;
 
-// What the record does not hold, the color above all, keeps its value.
+// Values that the record does not hold, the color above all, stay as they are.
 void ApplyLayer(BaseDocument& doc, BaseList2D& layer, const BaseContainer& record) {
   doc.AddUndo(UNDO_CHANGE, &layer);
   LayerData data = layer.GetLayerData(&doc, TRUE);

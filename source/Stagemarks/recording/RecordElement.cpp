@@ -6,7 +6,7 @@
 
 namespace stagemarks {
 
-// Without the memory for a preview the element is there all the same, and so is its row.
+// Where memory for a preview is lacking, the element and its row are recorded all the same.
 Bool SMDialog::RecordElement() {
   GetString(kNameField, elementName_);
   if (!elementName_.Content()) {

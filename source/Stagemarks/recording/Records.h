@@ -20,8 +20,8 @@ BaseContainer ObjectRecord(const BaseObject& object, LONG index);
 
 // The link to the texture tag's material.
 void WriteTexture(BaseContainer& settings, const TextureTag& tag);
-// What a capture takes of a tag. Writing over a record of the same capture leaves nothing of the
-// other tag but its link.
+// The settings of a tag that the capture records. Writing over a record of the same capture leaves
+// nothing of the other tag but its link.
 void WriteTagSettings(BaseContainer& settings, const BaseTag& tag, Capture capture);
 
 // The fifty parameters of a compositing tag, likewise. False when one of them is a container.
@@ -32,9 +32,9 @@ void WriteLayerFlags(BaseContainer& record, const BaseList2D& layer, const BaseD
 // The link to the layer and its flags.
 BaseContainer LayerRecord(const BaseList2D& layer, const BaseDocument* doc, LONG index);
 
-// What was recorded of the scene's tags of one capture last, in the order of the walk. A tag whose
-// data is what it was then is recorded again without reading its values, and so is a compositing
-// tag whose data is that of the tag before. The copies of data and records share their entries with
+// The last recording of the scene's tags of one capture, in the order of the walk. A tag whose data
+// is unchanged since then is recorded again without reading its values, and so is a compositing tag
+// whose data is that of the tag before. The copies of data and records share their entries with
 // tags and stores.
 class RememberedTags {
  public:
