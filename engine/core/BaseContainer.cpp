@@ -1,5 +1,6 @@
 #include "host/BaseContainer.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "engine/core/ContainerCompare.h"
@@ -11,10 +12,15 @@ namespace engine {
 
 namespace {
 
-// Whether a long list with its positions for keys holds that very record, or one alike to the bit,
-// under the key. Recording what has not changed asks nothing else.
+// A long list with its positions for keys.
+bool IsNumbered(const ContainerBody* list) {
+  return list && list->IsLong() && AsLong(list)->order == KeyOrder::kDense;
+}
+
+// Whether such a list holds that very record, or a short one alike to the bit, under the key.
+// Recording what has not changed asks nothing else. False says nothing.
 bool HoldsAlike(const ContainerBody* list, host::LONG key, const ContainerBody* record) {
-  if (!list || !list->IsLong() || AsLong(list)->order != KeyOrder::kDense) return false;
+  if (!IsNumbered(list)) return false;
   const auto position = static_cast<std::uint32_t>(key);
   if (position >= list->size) return false;
   const Chunk& chunk = *AsLong(list)->chunks[position >> kChunkShift].chunk;
@@ -22,12 +28,17 @@ bool HoldsAlike(const ContainerBody* list, host::LONG key, const ContainerBody* 
   if (entry.type != host::DA_CONTAINER) return false;
   FetchRecordAhead(chunk.All(), position % kChunkEntries);
   const auto* held = BlockOf<const ContainerBody>(entry.bits);
-  return held == record || (held && record && AlikeShort(*held, *record));
+  return held == record ||
+         (held && record && record->IsShort() && held->IsShort() && AlikeShort(*held, *record));
 }
 
 }  // namespace
 
 void ContainerAccess::Set(host::BaseContainer& container, host::LONG key, Value value) {
+  const ContainerBody* body = container.body_;
+  // A recording's lists grow by their next number.
+  if (IsNumbered(body) && static_cast<std::uint32_t>(key) == body->size)
+    return Append(container, key, value);
   const std::optional<Entry> present = FindEntry(container.body_, key);
   if (!present) return Append(container, key, value);
   if (!SameValues(present->Get(), value, OwnIds::kCompared)) ReplaceAt(container, key, value);
@@ -47,16 +58,30 @@ void ContainerAccess::Append(host::BaseContainer& container, host::LONG key, Val
   Moved(container, AppendEntry(container.body_, key, value));
 }
 
+// The key that comes next in the layout is not among those before it.
+void ContainerAccess::SetLaidOut(host::BaseContainer& container, host::LONG key, Value value) {
+  ContainerBody& body = *container.body_;
+  const Layout& layout = *body.Keys();
+  const std::uint64_t keyAndType = KeyAndType(key, value.type);
+  if (body.behind < body.size && layout.Keys()[body.behind] == keyAndType) {
+    body.Values()[body.behind++] = value.bits;
+  } else if (body.size < std::min<std::uint32_t>(body.capacity, layout.size) &&
+             layout.Keys()[body.size] == keyAndType) {
+    body.Values()[body.size++] = value.bits;
+  } else {
+    SearchAndSetNumber(container, key, value);
+  }
+}
+
 // Calls nothing but at its ends, as does AppendNumber: each costs little more than its search.
 void ContainerAccess::SearchAndSetNumber(host::BaseContainer& container, host::LONG key,
                                          Value value) {
-  if (!HoldsOwnShort(container)) return Set(container, key, value);
   ContainerBody& body = *container.body_;
   const std::uint32_t position = FindShort(body, key);
   if (position == kNoPosition) return AppendNumber(container, key, value);
   if (ShortEntryAt(body, position).type != value.type) return Set(container, key, value);
   body.BitsAt(position) = value.bits;
-  body.behind = static_cast<std::uint16_t>(position + 1);
+  body.ExpectBehind(position);
 }
 
 void ContainerAccess::SetIdOfShared(host::BaseContainer& container, host::LONG id) {

@@ -83,10 +83,15 @@ bool SmallBlocks::Open(Stock& stock) {
 }
 
 constexpr int kDeepestRecursion = 16;
+constexpr std::uint32_t kFewest = 2;  // least room of a short body
 
 std::size_t ShortBytes(std::uint32_t capacity) {
   return sizeof(ContainerBody) + capacity * sizeof(Entry) + IndexBytes(capacity);
 }
+
+// The place of the first entry is looked at before the size is: where there is none, it is of no
+// type.
+void MarkNoEntry(ContainerBody& body) { FillEntry(*body.Entries(), 0, {host::NOTOK, 0}); }
 
 ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
   void* memory =
@@ -94,7 +99,7 @@ ContainerBody* NewShort(host::LONG id, std::uint32_t capacity) {
   auto* body = new (memory) ContainerBody;
   body->id = id;
   body->capacity = static_cast<std::uint8_t>(capacity);
-  body->Entries()->key = 0;  // the first key is looked at before the size is
+  MarkNoEntry(*body);
   return body;
 }
 
@@ -196,11 +201,17 @@ class Destruction {
   std::vector<ContainerBody*> waiting_;
 };
 
+// Of one or two entries with no more room than for these: most copies are records, which stay as
+// large as they are, and those of texture tags have two.
 ContainerBody* CopyShort(const ContainerBody& body) {
-  ContainerBody* copy = NewShort(body.id, body.capacity);
-  const std::size_t indexed = ShortBytes(body.capacity) - sizeof(ContainerBody);
-  std::memcpy(copy->Entries(), body.Entries(),
-              body.IsIndexed() ? indexed : body.size * sizeof(Entry));
+  ContainerBody* copy = NewShort(body.id, body.size <= kFewest ? kFewest : body.capacity);
+  const std::size_t indexed = ShortBytes(copy->capacity) - sizeof(ContainerBody);
+  if (body.size == kFirstEntries && copy->capacity == kFirstEntries) {
+    std::copy_n(body.Entries(), kFirstEntries, copy->Entries());  // most records: not by a call
+  } else {
+    std::memcpy(copy->Entries(), body.Entries(),
+                copy->IsIndexed() ? indexed : body.size * sizeof(Entry));
+  }
   copy->size = body.size;
   for (std::uint32_t i = 0; i < copy->size; ++i) Retain(copy->Entries()[i].Get());
   return copy;
@@ -296,6 +307,8 @@ void RemoveShort(ContainerBody& body, std::uint32_t position) {
   Entry* hole = body.Entries() + position;
   std::copy(hole + 1, body.Entries() + body.size, hole);
   --body.size;
+  body.behind = 0;
+  if (body.size == 0) MarkNoEntry(body);
   IndexAgain(body.Entries(), body.capacity, body.size);
 }
 
@@ -427,8 +440,12 @@ ContainerBody* ClearEntries(ContainerBody* body) {
   }
   const EntrySpan entries = body->All();
   body->size = 0;
-  if (body->IsShort()) IndexAgain(body->Entries(), body->capacity, 0);
+  body->behind = 0;
   for (const Entry& entry : entries) Release(entry.Get());
+  if (body->IsShort()) {
+    MarkNoEntry(*body);
+    IndexAgain(body->Entries(), body->capacity, 0);
+  }
   return body;
 }
 

@@ -23,7 +23,6 @@
 // Threads: any number may read and copy one body; the counts are atomic.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -45,8 +44,14 @@ struct ContainerBody {
   std::uint32_t size = 0;
   BodyForm form = BodyForm::kShort;
   std::uint8_t capacity = 0;  // room, but of the long form
-  // The position behind the one that a number was written to last, where the next one mostly goes
+  // Where the next number is mostly written: behind the one written last, and behind the last entry
+  // at the first. Of the short form always the position of an entry; 0 where there is none.
   std::uint16_t behind = 0;
+
+  // A number was written at that position.
+  void ExpectBehind(std::uint32_t position) {
+    behind = static_cast<std::uint16_t>(position + 1 < size ? position + 1 : 0);
+  }
 
   bool IsLong() const { return form == BodyForm::kLong; }
   bool IsShort() const { return form == BodyForm::kShort; }
@@ -182,30 +187,22 @@ struct ContainerAccess {
   // `value`.
   static void Set(host::BaseContainer& container, host::LONG key, Value value);
   // Set for a number, a link or nil, which hold no share. Most of them meet an entry of their type
-  // behind the one written last or where its key is looked for first, in a short body of one owner.
+  // where the next one is expected, in a short body of one owner.
   static void SetNumber(host::BaseContainer& container, host::LONG key, Value value) {
-    if (HoldsOwnShort(container)) {
-      ContainerBody& body = *container.body_;
-      if (body.IsLaidOut()) return SetLaidOut(container, key, value);
-      Entry* entries = body.Entries();
-      if (body.behind < body.size &&
-          KeyAndType(entries[body.behind]) == KeyAndType(key, value.type)) {
-        entries[body.behind++].bits = value.bits;
-        return;
-      }
-      const std::uint32_t guess =
-          static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(entries->key);
-      if (guess < body.size && KeyAndType(entries[guess]) == KeyAndType(key, value.type)) {
-        entries[guess].bits = value.bits;
-        body.behind = static_cast<std::uint16_t>(guess + 1);
-        return;
-      }
-    }
-    SearchAndSetNumber(container, key, value);
+    ContainerBody* body = container.body_;
+    if (!HoldsOwnShort(container)) return Set(container, key, value);
+    if (body->IsLaidOut()) return SetLaidOut(container, key, value);
+    Entry& entry = body->Entries()[body->behind];
+    if (KeyAndType(entry) != KeyAndType(key, value.type))
+      return SearchAndSetNumber(container, key, value);
+    entry.bits = value.bits;
+    body->ExpectBehind(body->behind);
   }
+  // A record that gets another own ID is mostly written over from its first entry on.
   static void SetId(host::BaseContainer& container, host::LONG id) {
     if (!HoldsOwnShort(container)) return SetIdOfShared(container, id);
     container.body_->id = id;
+    container.body_->behind = 0;
   }
   // Every body from the owner of all down to this container has one owner afterwards.
   static void PrepareWrite(host::BaseContainer& container) {
@@ -235,28 +232,17 @@ struct ContainerAccess {
   static ContainerAnchor*& Anchor(host::BaseContainer& container) { return container.anchor_; }
 
  private:
-  // SetNumber in a laid-out body that nobody shares. The key that comes next in the layout is not
-  // among those before it.
-  static void SetLaidOut(host::BaseContainer& container, host::LONG key, Value value) {
-    ContainerBody& body = *container.body_;
-    const Layout& layout = *body.Keys();
-    const std::uint64_t keyAndType = KeyAndType(key, value.type);
-    if (body.behind < body.size && layout.Keys()[body.behind] == keyAndType) {
-      body.Values()[body.behind++] = value.bits;
-    } else if (body.size < std::min<std::uint32_t>(body.capacity, layout.size) &&
-               layout.Keys()[body.size] == keyAndType) {
-      body.Values()[body.size++] = value.bits;
-    } else {
-      SearchAndSetNumber(container, key, value);
-    }
-  }
+  // SetNumber in a laid-out body that nobody shares.
+  [[gnu::noinline]] static void SetLaidOut(host::BaseContainer& container, host::LONG key,
+                                           Value value);
   // A short or laid-out body that nobody shares, in a container without instances that is none
   // itself.
   static bool HoldsOwnShort(const host::BaseContainer& container) {
     const ContainerBody* body = container.body_;
     return body && !container.anchor_ && !body->IsLong() && body->owners.Unique();
   }
-  // Not inlined, so that SetNumber stays lean.
+  // SetNumber in a short or laid-out body that nobody shares. Not inlined, so that SetNumber stays
+  // lean.
   [[gnu::noinline]] static void SearchAndSetNumber(host::BaseContainer& container, host::LONG key,
                                                    Value value);
   [[gnu::noinline]] static void AppendNumber(host::BaseContainer& container, host::LONG key,

@@ -133,16 +133,24 @@ void Compact(LongBody& body) {
   }
 }
 
+RecordLink LastLink(const EntrySpan& entries) {
+  for (std::size_t i = entries.size(); i-- > 0;) {
+    const Entry entry = entries[i];
+    if (entry.type == host::DA_ALIASLINK) return {entry.key, entry.bits};
+  }
+  return {};
+}
+
 }  // namespace
 
 RecordLink RecordLink::Of(Value record) {
   if (record.type != host::DA_CONTAINER) return {};
   const auto* body = BlockOf<ContainerBody>(record.bits);
   if (!body || body->IsLong()) return {};
-  const EntrySpan entries = body->All();
-  for (std::size_t i = entries.size(); i-- > 0;) {
-    const Entry entry = entries[i];
-    if (entry.type == host::DA_ALIASLINK) return {entry.key, entry.bits};
+  if (body->IsLaidOut()) return LastLink(body->All());
+  const Entry* entries = body->Entries();
+  for (std::uint32_t i = body->size; i-- > 0;) {
+    if (entries[i].type == host::DA_ALIASLINK) return {entries[i].key, entries[i].bits};
   }
   return {};
 }

@@ -103,17 +103,21 @@ TEST(Container, KeepsOrderAndPosition) {
 }
 
 // Short containers look keys up in an index from some size on, which has to follow growth, removal
-// and copies.
-TEST(Container, FindsScatteredKeysAtEverySize) {
+// and copies. One container among the values gives them another form.
+void FindScatteredKeys(LONG holder) {
   for (LONG size = 1; size <= 70; ++size) {
     const auto key = [](LONG i) {
       return static_cast<LONG>(static_cast<host::ULONG>(i) * 0x01000193U + 7U * (i % 3));
     };
     BaseContainer container;
     for (LONG i = 0; i < size; ++i) container.SetLong(key(i), i);
+    if (holder < size) container.SetContainer(key(holder), BaseContainer());
     BaseContainer thinned = container;
     for (LONG i = 0; i < size; i += 2) EXPECT_TRUE(thinned.RemoveData(key(i)));
+    BaseContainer split = thinned;
+    split.SetId(size);
     for (LONG i = 0; i < 2 * size; ++i) {
+      ASSERT_EQ(split.FindIndex(key(i)), thinned.FindIndex(key(i))) << size << " " << i;
       ASSERT_EQ(container.FindIndex(key(i)), i < size ? i : host::NOTOK) << size << " " << i;
       ASSERT_EQ(thinned.FindIndex(key(i)), i < size && i % 2 == 1 ? i / 2 : host::NOTOK)
           << size << " " << i;
@@ -123,6 +127,58 @@ TEST(Container, FindsScatteredKeysAtEverySize) {
     ASSERT_EQ(thinned.FindIndex(key(0)), host::NOTOK);
     ASSERT_EQ(thinned.FindIndex(key(1)), 0);
   }
+}
+
+TEST(Container, FindsScatteredKeysAtEverySize) {
+  FindScatteredKeys(70);
+  FindScatteredKeys(1);
+}
+
+// Numbers are mostly written in the order of the entries, over and over; what they meet where the
+// next one is expected may have gone or changed its type.
+TEST(Container, NumbersGoWhereTheirKeyIs) {
+  constexpr LONG kSizes[] = {1, 2, 3, 4, 5, 9, 20, 64, 65};
+  for (const LONG size : kSizes) {
+    SCOPED_TRACE(size);
+    BaseContainer container;
+    const auto fill = [&](LONG number) {
+      for (LONG i = 0; i < size; ++i) container.SetLong(9 - i, number + i);
+    };
+    const auto expect = [&](LONG number, LONG from) {
+      ASSERT_EQ(container.GetCount(), size - from);
+      for (LONG i = from; i < size; ++i) EXPECT_EQ(container.GetLong(9 - i), number + i);
+    };
+    for (const LONG number : {100, 200, 300}) {
+      fill(number);
+      expect(number, 0);
+    }
+    container.SetLong(10 - size, 400 + size - 1);  // the last one, then from the second one on
+    for (LONG i = 1; i < size; ++i) container.SetLong(9 - i, 400 + i);
+    container.RemoveData(9);
+    expect(400, 1);
+    container.SetReal(9, 0.5);
+    for (LONG i = 1; i < size; ++i) container.SetReal(9 - i, 0.5);
+    container.SetLong(9, 7);
+    EXPECT_EQ(container.GetType(9), host::DA_LONG);
+    EXPECT_EQ(container.FindIndex(9), size - 1);
+    const BaseContainer copy = container;
+    container.FlushAll();
+    EXPECT_EQ(copy.GetCount(), size);
+    container.SetData(0, GeData());
+    EXPECT_EQ(Keys(container), "0 ");
+  }
+}
+
+TEST(Container, NilUnderNoughtIsAnEntryOfAnEmptiedOne) {
+  BaseContainer emptied(3);
+  for (int round = 0; round < 2; ++round) {
+    emptied.SetData(0, GeData());
+    EXPECT_EQ(Keys(emptied), "0 ");
+    round == 0 ? emptied.FlushAll() : void(emptied.RemoveData(0));
+    EXPECT_EQ(emptied.GetCount(), 0);
+  }
+  emptied.SetData(0, GeData());
+  EXPECT_EQ(emptied.GetCount(), 1);
 }
 
 TEST(Container, EmptyValuesAreEntries) {
@@ -227,6 +283,19 @@ TEST(Container, WritingTheSameValueSplitsNothing) {
   EXPECT_EQ(engine::BodyOf(copy), engine::BodyOf(original));
   copy.GetContainerInstance(132)->SetId(4);
   EXPECT_NE(engine::BodyOf(copy), engine::BodyOf(original));
+}
+
+TEST(Container, GivesUpWhatItSharesAtItsEnd) {
+  BaseContainer inner;
+  inner.SetLong(1, 1);
+  {
+    BaseContainer outer;
+    outer.SetContainer(2, inner);
+    outer.SetString(3, "text");
+  }
+  const void* body = engine::BodyOf(inner);
+  inner.SetLong(1, 2);
+  EXPECT_EQ(engine::BodyOf(inner), body) << "written in place, since nobody else has it";
 }
 
 TEST(Container, HoldsItselfByValue) {

@@ -133,6 +133,24 @@ TEST_F(RecordingTest, AfterALoadNothingOfTheLoadedElementIsLeftInTheNextOne) {
   EXPECT_EQ(Part(2, kObjects) + Part(2, kTags), "");
 }
 
+// Only an edit from outside leaves records under such keys.
+TEST_F(RecordingTest, RecordsStandInTheirOrderWhateverTheOrderOfTheLoadedOnes) {
+  for (const CHAR* name : {"O", "P"}) Object(name);
+  Record("A");
+  BaseContainer* record =
+      Doc().GetDataInstance()->GetContainerInstance(kRecordStore)->GetContainerInstance(0);
+  const BaseContainer objects = record->GetContainer(kObjects);
+  BaseContainer moved;
+  moved.SetContainer(2, objects.GetContainer(0));
+  moved.SetContainer(1, objects.GetContainer(1));
+  record->SetContainer(kObjects, moved);
+  Load("A");
+  Object("Q");
+  Record("B");
+  const BaseContainer written = Element(1).GetContainer(kObjects);
+  for (LONG i = 0; i < 3; ++i) EXPECT_EQ(written.GetIndexId(i), i);
+}
+
 // As the manual tells it: the object behind the deleted one is recorded twice, and the old record
 // is applied last.
 TEST_F(RecordingTest, AfterADeletionOldRecordsHaveTheLastWordUnlessLoadWasPressedBefore) {
@@ -176,6 +194,29 @@ TEST_F(RecordingTest, ObjectsAndLayersAreNumberedInPreOrder) {
               " ";
   }
   EXPECT_EQ(layers, "L L1 M ");
+}
+
+TEST_F(RecordingTest, EachObjectHasItsOwnSwitches) {
+  // One switch after the other changes from an object to the next, and all are as before at times.
+  constexpr LONG kModes[][3] = {{2, 2, 1}, {2, 2, 1}, {1, 2, 1}, {1, 0, 1}, {1, 0, 0},
+                                {1, 0, 0}, {0, 1, 1}, {2, 2, 1}, {2, 2, 0}};
+  std::string records;
+  for (const auto& modes : kModes) {
+    const std::string number = std::to_string(&modes - kModes);
+    const std::string name = "o" + number;
+    BaseObject* object = Object(name.c_str());
+    object->SetEditorMode(modes[0]);
+    object->SetRenderMode(modes[1]);
+    object->SetDeformMode(modes[2] != 0);
+    records += number + (number == "0" ? " " : " #" + number) + "{30000 ->" + name;
+    for (LONG i = 0; i < 3; ++i)
+      records += ", " + std::to_string(30001 + i) + " " + std::to_string(modes[i]);
+    records += "}\n";
+  }
+  for (LONG element = 0; element < 2; ++element) {
+    Record(element == 0 ? "A" : "B");
+    EXPECT_EQ(Part(element, kObjects), records);
+  }
 }
 
 struct TagCase {

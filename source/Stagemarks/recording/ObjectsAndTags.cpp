@@ -65,12 +65,9 @@ Bool SMDialog::RecordObjectAndTagSettings() {
 void SMDialog::LoopThroughOM(BaseDocument*, BaseObject* op) {
   const BaseObject* above = op ? op->GetUp() : nullptr;
   const Bool objects = IsOn(Option::Objects);
-  BaseContainer record;
+  ObjectRecords records;
   for (; op; op = NextInOrder(op, above)) {
-    if (objects) {
-      WriteObjectRecord(record, *op, objectCount_);
-      objectsBc_.SetContainer(objectCount_, record);
-    }
+    if (objects) objectsBc_.SetContainer(objectCount_, records.Next(*op, objectCount_));
     if (op->GetFirstTag()) RecordTags(op);
     ++objectCount_;
   }
@@ -81,8 +78,8 @@ Bool SMDialog::RecordTags(BaseObject* op) {
     const TagTypeRow* type = FindTagType(tag->GetType());
     if (!type || !IsOn(type->option)) continue;
     if (type->capture == Capture::Texture) {
-      WriteTexture(textureRecord_, static_cast<const TextureTag&>(*tag));
       textureRecord_.SetId(tagCount_);
+      WriteTexture(textureRecord_, static_cast<const TextureTag&>(*tag));
       textureRecord_.SetLink(kTagLink, tag);
       tagsBc_.SetContainer(tagCount_, textureRecord_);
     } else {

@@ -30,16 +30,23 @@ void WriteObjectSwitches(BaseContainer& record, const BaseObject& object) {
   record.SetLong(kDeformMode, object.GetDeformMode() ? 1 : 0);
 }
 
-void WriteObjectRecord(BaseContainer& record, const BaseObject& object, LONG index) {
-  record.SetId(index);
-  record.SetLink(kObjectLink, &object);
-  WriteObjectSwitches(record, object);
+BaseContainer ObjectRecord(const BaseObject& object, LONG index) {
+  return ObjectRecords().Next(object, index);
 }
 
-BaseContainer ObjectRecord(const BaseObject& object, LONG index) {
-  BaseContainer record;
-  WriteObjectRecord(record, object, index);
-  return record;
+const BaseContainer& ObjectRecords::Next(const BaseObject& object, LONG index) {
+  record_.SetId(index);
+  record_.SetLink(kObjectLink, &object);
+  const LONG editorMode = object.GetEditorMode();
+  const LONG renderMode = object.GetRenderMode();
+  const Bool deformMode = object.GetDeformMode();
+  if (editorMode == editorMode_ && renderMode == renderMode_ && deformMode == deformMode_)
+    return record_;
+  WriteObjectSwitches(record_, object);
+  editorMode_ = editorMode;
+  renderMode_ = renderMode;
+  deformMode_ = deformMode;
+  return record_;
 }
 
 void WriteLayerFlags(BaseContainer& record, const BaseList2D& layer, const BaseDocument* doc) {
@@ -143,9 +150,10 @@ void RememberedTags::Record(const BaseTag& tag, BaseContainer& records, LONG ind
   const Flat isFlat = isSame ? Flat::Yes : Write(last.record, tag, last.index == NOTOK);
   last.record.SetId(index);
   last.record.SetLink(kTagLink, &tag);
+  const LONG count = records.GetCount();
   records.SetContainer(index, last.record);
   // One that came out alike goes on sharing its entries with the stores.
-  last.record = records.GetContainer(index);
+  if (records.GetCount() == count) last.record = records.GetContainer(index);
   last.data = data;
   last.tag = link;
   last.index = index;

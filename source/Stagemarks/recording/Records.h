@@ -13,10 +13,23 @@ namespace stagemarks {
 
 // The object's three switches.
 void WriteObjectSwitches(BaseContainer& record, const BaseObject& object);
-// The link to the object and its switches. Writing over the record of another object leaves nothing
-// of that one.
-void WriteObjectRecord(BaseContainer& record, const BaseObject& object, LONG index);
+// The link to the object and its switches.
 BaseContainer ObjectRecord(const BaseObject& object, LONG index);
+
+// Makes the records of one object after the other, each written over the one before: of most
+// objects the switches are those of the object before.
+class ObjectRecords {
+ public:
+  // As ObjectRecord; valid until the next call.
+  const BaseContainer& Next(const BaseObject& object, LONG index);
+
+ private:
+  BaseContainer record_;
+  // As in the record; of none yet
+  LONG editorMode_ = NOTOK;
+  LONG renderMode_ = NOTOK;
+  Bool deformMode_ = FALSE;
+};
 
 // The link to the texture tag's material.
 void WriteTexture(BaseContainer& settings, const TextureTag& tag);
