@@ -1,6 +1,6 @@
 // Geometry: a mesh made ready for rays: triangles that can be trusted, normals at their corners and
-// the search structure over them. Never changes once made, so that pictures share it. Making needs
-// no lock; any thread may look.
+// the search structure over them. Looks the same forever once made, so that pictures share it.
+// Making needs no lock; any thread may look.
 #pragma once
 
 #include <embree3/rtcore.h>
@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 
-#include "engine/render/PageAllocator.h"
+#include "engine/render/SmoothNormals.h"
 #include "engine/render/TracerScene.h"
 #include "engine/render/Vec.h"
 #include "engine/scene/Mesh.h"
@@ -19,11 +19,12 @@
 namespace engine {
 
 struct Geometry {
-  using Corners = std::array<std::uint32_t, 3>;
+  using Corners = SmoothNormals::Corners;
 
   PagedVector<Vec> points;
   PagedVector<Corners> triangles;
-  PagedVector<std::array<Vec, 3>> normals;               // unit, one per corner
+  PagedVector<std::array<Vec, 3>> ownNormals;            // empty, or one per corner
+  std::optional<SmoothNormals> smoothNormals;            // where the mesh has none of its own
   PagedVector<std::array<std::array<float, 2>, 3>> uvs;  // empty, or one per corner
   // Empty, or one per corner: linear, and opacity
   PagedVector<std::array<std::array<float, 4>, 3>> colors;
@@ -34,6 +35,10 @@ struct Geometry {
   std::size_t dropped = 0;
   std::optional<TracerScene> scene;
 
+  // Unit, one per corner.
+  std::array<Vec, 3> NormalsOf(std::size_t triangle) const {
+    return smoothNormals ? smoothNormals->Of(triangle) : ownNormals[triangle];
+  }
   // Whether memory was too short for its search structure.
   bool IsBroken() const { return scene && scene->IsBroken(); }
 };

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <mutex>
 #include <utility>
 
@@ -12,11 +11,9 @@ namespace engine {
 
 namespace {
 
-constexpr std::size_t kLargePage = 2 << 20;
+constexpr std::size_t kPage = 4 << 10;
 
-constexpr std::size_t kSmallPage = 4 << 10;
-
-std::size_t Whole(std::size_t bytes) { return (bytes + kSmallPage - 1) / kSmallPage * kSmallPage; }
+std::size_t Whole(std::size_t bytes) { return (bytes + kPage - 1) / kPage * kPage; }
 
 struct Block {
   void* pages = nullptr;
@@ -36,18 +33,11 @@ void Unmap(void* pages, std::size_t bytes) {
   if (bytes > 0) munmap(pages, bytes);
 }
 
-// New pages, which begin where a large page does; null where there are no more.
+// New pages; null where there are no more.
 void* Map(std::size_t bytes) {
-  const std::size_t room = bytes + kLargePage;
-  void* const mapped =
-      mmap(nullptr, room, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (mapped == MAP_FAILED) return nullptr;
-  auto* const begin = static_cast<char*>(mapped);
-  const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) % kLargePage;
-  Unmap(begin, before);
-  Unmap(begin + before + bytes, kLargePage - before);
-  (void)madvise(begin + before, bytes, MADV_HUGEPAGE);
-  return begin + before;
+  void* const pages =
+      mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  return pages == MAP_FAILED ? nullptr : pages;
 }
 
 // The smallest kept block that is large enough, unless most of it would be left over; null where

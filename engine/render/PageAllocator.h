@@ -1,7 +1,7 @@
-// PageAllocator: memory for the large arrays of a renderer, in pages of their own: large ones where
-// the system has them, since handing out small ones takes longer than filling them. What is given
-// back is kept for the next array, up to a bound; the system may take it away when memory gets
-// short. Small arrays come from the heap. Any thread.
+// PageAllocator: memory for the large arrays of a renderer, in pages of their own. One that is
+// never written to takes none. What is given back is kept for the next array, up to a bound, since
+// handing out new pages takes longer than filling them; the system may take it away when memory
+// gets short. Small arrays come from the heap. Any thread.
 #pragma once
 
 #include <cstddef>

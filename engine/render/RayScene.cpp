@@ -365,7 +365,7 @@ void RayScene::Describe(const TriangleHit& hit, const Ray& ray, const RayCamera&
   surface->distance = hit.distance;
   surface->position = ray.origin + ray.direction * hit.distance;
   surface->faceNormal = triangle.area > 0 ? across * (1 / triangle.area) : across;
-  const auto& n = geometry.normals[triangle.index];
+  const std::array<Vec, 3> n = geometry.NormalsOf(triangle.index);
   surface->normal = Normalized(placed.normals.Turned(
       n[0] * triangle.weights[0] + n[1] * triangle.weights[1] + n[2] * triangle.weights[2]));
   surface->isBack = placed.hasBack && Dot(surface->normal, ray.direction) * placed.handedness > 0;

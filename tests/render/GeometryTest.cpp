@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <random>
+#include <thread>
 
 #include "engine/render/RenderCaches.h"
 
@@ -26,13 +28,15 @@ Vec FaceNormal(const Geometry& geometry, std::size_t face) {
                geometry.points[t[2]] - geometry.points[t[0]]);
 }
 
+using Normals = std::vector<std::array<Vec, 3>>;
+
 // For each corner all faces at its point, one by one.
-engine::PagedVector<std::array<Vec, 3>> PlainNormals(const Geometry& geometry) {
+Normals PlainNormals(const Geometry& geometry) {
   std::vector<std::vector<std::size_t>> faces(geometry.points.size());
   for (std::size_t i = 0; i < geometry.triangles.size(); ++i) {
     for (const std::uint32_t point : geometry.triangles[i]) faces[point].push_back(i);
   }
-  engine::PagedVector<std::array<Vec, 3>> normals(geometry.triangles.size());
+  Normals normals(geometry.triangles.size());
   for (std::size_t i = 0; i < normals.size(); ++i) {
     const Vec own = Normalized(FaceNormal(geometry, i));
     for (std::size_t c = 0; c < 3; ++c) {
@@ -47,6 +51,16 @@ engine::PagedVector<std::array<Vec, 3>> PlainNormals(const Geometry& geometry) {
       normals[i][c] = engine::IsFinite(sum) && Dot(sum, sum) > 0.5F ? sum : own;
     }
   }
+  return normals;
+}
+
+// Asked for in an order of its own for each seed, as rays do.
+Normals NormalsOf(const Geometry& geometry, unsigned seed) {
+  std::vector<std::size_t> order(geometry.triangles.size());
+  std::iota(order.begin(), order.end(), 0U);
+  std::ranges::shuffle(order, std::mt19937(seed));
+  Normals normals(order.size());
+  for (const std::size_t triangle : order) normals[triangle] = geometry.NormalsOf(triangle);
   return normals;
 }
 
@@ -83,8 +97,23 @@ TEST(Geometry, NormalsAreThoseOfThePlainWayToTheBit) {
     const auto geometry = engine::MakeGeometry(caches.Device(), mesh);
     ASSERT_TRUE(geometry);
     EXPECT_GT(geometry->dropped, 0U);
-    EXPECT_EQ(geometry->normals, PlainNormals(*geometry)) << "seed " << seed - 1;
+    EXPECT_EQ(NormalsOf(*geometry, seed), PlainNormals(*geometry)) << "seed " << seed - 1;
   }
+}
+
+TEST(Geometry, NormalsAreTheSameForThreadsThatNeedThemTogether) {
+  engine::RenderCaches caches;
+  const Mesh mesh = RandomMesh(7, 3000, 9000, 0.05F);
+  const auto geometry = engine::MakeGeometry(caches.Device(), mesh);
+  ASSERT_TRUE(geometry);
+  std::array<Normals, 4> found;
+  {
+    std::vector<std::jthread> threads;
+    for (unsigned i = 0; i < found.size(); ++i)
+      threads.emplace_back([&, i] { found[i] = NormalsOf(*geometry, i); });
+  }
+  const Normals plain = PlainNormals(*geometry);
+  for (const Normals& normals : found) EXPECT_EQ(normals, plain);
 }
 
 TEST(PageAllocator, KeepsWhatIsGivenBackForArraysOfAboutThatSize) {
