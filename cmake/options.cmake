@@ -50,7 +50,12 @@ if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 add_library(project_options INTERFACE)
-target_compile_options(project_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+# Where files are compiled together clang takes a constant of one file for shadowed by a local name of another.
+set(shadows -Wshadow)
+if(STAGEMARKS_UNITY AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  set(shadows "")
+endif()
+target_compile_options(project_options INTERFACE -Wall -Wextra -Wpedantic ${shadows} -Wconversion -Wno-sign-conversion
                                                  -Wnon-virtual-dtor -Woverloaded-virtual)
 # GCC 12 sees overlapping copies in plain string sums that have none.
 target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)

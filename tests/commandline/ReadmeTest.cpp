@@ -97,8 +97,8 @@ TEST_F(Readme, ScriptsRun) {
   std::ofstream(fs::path(tools) / "dpkg-query") << "#!/bin/sh\necho install ok installed\n";
   Notetakers(folder_ / "desktop/bin", {"stagemarks-desktop"});
   Notetakers(folder_ / "build/threads/bin", {"test_threads"});
-  Notetakers(folder_ / "build/fuzz/bin", {"SceneFileFuzz", "ImageFuzz", "StoreFuzz",
-                                          "StateTextFuzz", "PreferencesFuzz", "FramesFuzz"});
+  Notetakers(folder_ / "build/sanitized/bin", {"SceneFileFuzz", "ImageFuzz", "StoreFuzz",
+                                               "StateTextFuzz", "PreferencesFuzz", "FramesFuzz"});
   fs::create_directories(folder_ / "build/UnifiedSource");
   std::ofstream(folder_ / "build/UnifiedSource/compile_commands.json")
       << "  \"file\": \"" << folder_.Path() << "/engine/some.cpp\"\n";
@@ -113,12 +113,13 @@ TEST_F(Readme, ScriptsRun) {
         << "./run comes first and does the main job";
   }
   const std::string said = ReadText(folder_ / "said");
-  for (const char* call : {"ninja -C " TEST_BINARY_DIR " ", "ctest --test-dir " TEST_BINARY_DIR,
-                           "-DSTAGEMARKS_SANITIZE=address,undefined", "ctest --test-dir build/asan",
-                           "-DCMAKE_CXX_COMPILER=clang++", "StoreFuzz -seed=1 -runs=",
-                           "FramesFuzz -seed=1 -runs=", "-DSTAGEMARKS_SANITIZE=thread",
-                           "git ls-files", "UnifiedSource --checks=-bugprone-suspicious-include",
-                           "stagemarks-desktop desktop/sample/teapot.c4d\n"}) {
+  for (const char* call :
+       {"ninja -C " TEST_BINARY_DIR " ", "ctest --test-dir " TEST_BINARY_DIR,
+        "-DSTAGEMARKS_SANITIZE=address,undefined", "ctest --test-dir build/sanitized",
+        "-DCMAKE_CXX_COMPILER=clang++",
+        "StoreFuzz -seed=1 -runs=", "FramesFuzz -seed=1 -runs=", "-DSTAGEMARKS_SANITIZE=thread",
+        "git ls-files", "UnifiedSource --checks=-bugprone-suspicious-include",
+        "stagemarks-desktop desktop/sample/teapot.c4d\n"}) {
     EXPECT_NE(said.find(call), std::string::npos) << call << "\n" << said;
   }
 }
