@@ -64,7 +64,8 @@ struct StretchFacts {
   std::vector<NodeId> withoutMaterial;  // texture tags whose recorded material is gone
 };
 
-// Gathers findings; of one kind and state not more than are wanted.
+// Gathers findings; of one kind and state not more than are wanted. A scene of a million objects
+// can have a million findings of one kind; the rest is counted.
 class FindingList {
  public:
   explicit FindingList(std::size_t most) : most_(most) {}
@@ -82,6 +83,7 @@ class FindingList {
     for (auto& [key, group] : groups_) {
       if (group.count > most_) {
         Finding rest = group.findings.back();
+        // It has the kind and state of the last one that is told.
         rest.element = 0;
         rest.count = group.count - most_;
         rest.place.clear();
@@ -90,6 +92,7 @@ class FindingList {
       }
       std::ranges::move(group.findings, std::back_inserter(all));
     }
+    // The map has them by kind and state already.
     std::ranges::stable_sort(all, [](const Finding& a, const Finding& b) {
       return a.kind->severity > b.kind->severity;
     });
@@ -115,10 +118,14 @@ std::int64_t SecondsOf(const StoredDate& date) {
   local.tm_hour = date.fields[3];
   local.tm_min = date.fields[4];
   local.tm_sec = date.fields[5];
+  // The C library finds out whether it was summer time.
   local.tm_isdst = -1;
   return std::mktime(&local);
 }
 
+// Most states of a scene share most of their records. Whatever is found out about a stretch of
+// records is kept under the place where it lies, so that a stretch is looked at once however many
+// states share it.
 class Search {
  public:
   Search(const BaseDocument& doc, FileSystem* files, std::size_t most)
@@ -150,6 +157,7 @@ class Search {
     }
   }
 
+  // A name is told once: where two have it, the ID that hides one of them is no finding of its own.
   void Names() {
     std::unordered_map<std::string, std::size_t> count;
     for (const StoredState& state : states_) ++count[state.name];
@@ -171,6 +179,7 @@ class Search {
     }
   }
 
+  // A link that was never set is no loss; only one to an element that is gone is told.
   void Links(const StoredState& state) {
     const BaseContainer* camera = state.record.GetContainerInstance(kStoredCamera);
     if (camera && LinkOf(*camera, kStoredCameraLink) != 0 &&
@@ -190,22 +199,24 @@ class Search {
     for (const RecordList::Stretch stretch : list.Stretches()) {
       const StretchFacts& facts = FactsOf(row, list, stretch);
       gone += facts.gone;
-      for (const NodeId tag : facts.withoutMaterial)
+      for (const NodeId tag : facts.withoutMaterial) {
         found_.Add(kMaterialGone, state.name,
                    "The material that it records for this tag is in the scene no more.",
                    ElementPath(doc_, tag), tag);
+      }
     }
-    if (gone > 0)
+    if (gone > 0) {
       found_.Add(kLinkGone, state.name,
                  std::to_string(gone) + " of its " + Counted(list.Count(), NounOf(row.key)) +
                      (gone == 1 ? " is" : " are") + " in the scene no more.");
+    }
     Repeated(state, row, list);
   }
 
   const StretchFacts& FactsOf(const ListRow& row, const RecordList& list,
                               RecordList::Stretch stretch) {
     StretchFacts& facts = facts_[stretch.data()];
-    if (facts.size == stretch.size()) return facts;
+    if (list.LiesInContainer() && facts.size == stretch.size()) return facts;
     facts = StretchFacts();
     facts.size = stretch.size();
     for (const Entry& entry : stretch) {
@@ -226,9 +237,10 @@ class Search {
   void Repeated(const StoredState& state, const ListRow& row, const RecordList& list) {
     const auto key = std::pair(list.Stretches().front().data(), list.Count());
     const auto [place, isNew] = repeated_.try_emplace(key);
-    if (isNew) {
+    if (isNew || !list.LiesInContainer()) {
       NodeSet met;
       std::vector<NodeId>& twice = place->second;
+      twice.clear();
       for (const RecordList::Stretch stretch : list.Stretches()) {
         for (const Entry& entry : stretch) {
           const NodeId id = list.ElementOf(RecordOf(entry));
@@ -237,6 +249,7 @@ class Search {
       }
     }
     if (place->second.empty()) return;
+    // A second walk, over all records of the list but only where some element has several.
     std::unordered_map<NodeId, std::vector<const ContainerBody*>> records;
     for (const NodeId id : place->second) records[id];
     for (const RecordList::Stretch stretch : list.Stretches()) {
@@ -250,6 +263,8 @@ class Search {
     }
   }
 
+  // Only the last two records are compared: those are what loading does and what it would do
+  // without the last one.
   void SayRepeated(const StoredState& state, const ListRow& row, NodeId id,
                    const std::vector<const ContainerBody*>& records) {
     BaseList2D* element = FindNode(&doc_, id);
@@ -287,7 +302,7 @@ class Search {
   }
 
   // Of Stagemarks that say the same each later one names the first. Only those with the same digest
-  // are compared.
+  // are compared. Comparing each with each would grow with the square of the Stagemarks.
   void Equal() {
     CompareOptions options;
     options.mostFields = 0;
@@ -320,16 +335,17 @@ class Search {
     }
     for (const ListRow& row : kRecordLists) {
       const RecordList list(state.record, row.key, row.link);
+      // A sum: equal records may stand in another order, or in chunks that begin elsewhere.
       std::uint64_t sum = 0;
-      for (const RecordList::Stretch stretch : list.Stretches()) sum += DigestOf(stretch);
+      for (const RecordList::Stretch stretch : list.Stretches()) sum += DigestOf(list, stretch);
       digest = Mixed(digest, sum);
     }
     return digest;
   }
 
-  std::uint64_t DigestOf(RecordList::Stretch stretch) {
+  std::uint64_t DigestOf(const RecordList& list, RecordList::Stretch stretch) {
     auto& [size, digest] = digests_[stretch.data()];
-    if (size == stretch.size()) return digest;
+    if (list.LiesInContainer() && size == stretch.size()) return digest;
     size = stretch.size();
     digest = 0;
     for (const Entry& record : stretch) {
@@ -338,6 +354,8 @@ class Search {
       for (EntrySpan values = NextEntries(RecordOf(record), next); !values.empty();
            values = NextEntries(RecordOf(record), next)) {
         for (const Entry& value : values) {
+          // Of texts, containers and the like only the address is at hand, and equal ones may lie
+          // at two.
           if (!IsShared(value.type)) one = Mixed(one, Mixed(KeyAndType(value), value.bits));
         }
       }
@@ -354,14 +372,17 @@ class Search {
       const std::string name = one->GetName().ToUtf8();
       const bool named = std::ranges::any_of(
           states_, [&](const StoredState& state) { return state.name == name; });
-      if (named && !used.contains(IdOf(*one)) && IdOf(*one) != ActiveRenderDataIdOf(doc_))
+      // Settings that were made by hand and happen to have another name are a person's own.
+      if (named && !used.contains(IdOf(*one)) && IdOf(*one) != ActiveRenderDataIdOf(doc_)) {
         found_.Add(kSettingsUnused, "",
                    "These render settings have the name of a Stagemark that does not use them.",
                    name, IdOf(*one));
+      }
     }
   }
 
-  // Only for a scene whose side folder is there.
+  // Only for a scene whose side folder is there. Whole seconds are compared: a Stagemark's date has
+  // no finer ones, and its preview is written in the second in which it is recorded, or later.
   void Previews() {
     const std::string folder = SideFolderOf(doc_);
     if (folder.empty()) return;

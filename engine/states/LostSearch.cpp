@@ -50,6 +50,8 @@ std::vector<std::size_t> LostSearch::Take() const {
   return lost;
 }
 
+// Once nothing is left to be found, the lists are passed over, but not the states: each may still
+// be the one that has the scene's camera.
 bool LostSearch::BeginNextList() {
   if (left_ > 0 && nextList_ < kRecordLists.size()) {
     const ListRow& row = kRecordLists[nextList_++];
@@ -68,6 +70,7 @@ void LostSearch::LookAtScene(const BaseContainer& record) {
   if (RecordedCamera(doc_, record) == CameraNow(doc_)) isCameraKept_ = true;
   const RenderData* kept = RecordedSettings(doc_, record);
   const RenderData* first = doc_.GetFirstRenderData();
+  // Loading makes the first settings the active ones, so no Stagemark brings back that others are.
   if (!kept || !first || ActiveRenderDataIdOf(doc_) != IdOf(*first)) return;
   const auto wanted = std::ranges::lower_bound(wanted_, IdOf(*first), {}, &Wanted::element);
   if (wanted == wanted_.end() || wanted->element != IdOf(*first) || isKept_[wanted->change]) return;
@@ -76,9 +79,14 @@ void LostSearch::LookAtScene(const BaseContainer& record) {
   --left_;
 }
 
+// In a stretch that knows its elements records and wanted ones are merged, both in ascending order;
+// in any other each record is looked for by halving. A stretch of none of those wanted costs no
+// look at its records, each of which would be a miss of the cache.
 std::size_t LostSearch::LookAtStretch(std::size_t number) {
   const Stretch entries = list_->Stretches()[number];
-  if (entries.empty() || !seen_.insert({entries.data(), entries.size()}).second) return 1;
+  const bool isSeen =
+      list_->LiesInContainer() && !seen_.insert({entries.data(), entries.size()}).second;
+  if (entries.empty() || isSeen) return 1;
   const LinkRange range = list_->ElementsOf(number);
   auto at = wanted_.begin();
   auto end = wanted_.end();

@@ -97,8 +97,11 @@ class RecordList {
   RecordList& operator=(const RecordList&) = delete;
 
   using Stretch = std::span<const Entry>;
-  // Lists that hold the same entries have stretches at the same addresses.
+  // Lists that hold the same entries have stretches at the same addresses, as far as these lie in
+  // the container.
   const std::vector<Stretch>& Stretches() const { return stretches_; }
+  // Else the entries are gathered in this list, and another one's may come to lie where they were.
+  bool LiesInContainer() const { return gathered_.empty(); }
   // The range of the elements in a stretch (by its number), where it is known: then each of its
   // records has an element, and no two the same.
   LinkRange ElementsOf(std::size_t stretch) const {

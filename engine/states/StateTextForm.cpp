@@ -72,6 +72,7 @@ double RealFromJson(const Json& json) {
   return std::bit_cast<double>(bits);
 }
 
+// The library refuses to write text that is not UTF-8.
 Json TextToJson(std::string_view text) {
   Json json = std::string(text);
   try {
@@ -148,6 +149,7 @@ GeData FromObject(const Json& json, const TextToLink& link, int depth) {
 
 }  // namespace
 
+// Two values of one label are told apart by their keys, so that reading finds each again.
 void KeyNames::Add(LONG key, std::string name) {
   if (keys_.contains(name)) name += " (" + std::to_string(key) + ")";
   keys_.emplace(name, key);
@@ -163,6 +165,9 @@ void KeyNames::AddFields(LONG type) {
   }
 }
 
+// Tables are made when they are first asked for and stay; references into the map are not moved by
+// further ones. A record of a compositing tag stores parameters under keys of its own, which get
+// the parameters' names; the table of these is the one of the negative type.
 const KeyNames& KeyNames::Of(LONG list, LONG type) {
   static std::map<std::pair<LONG, LONG>, KeyNames> known;
   const auto [place, isNew] = known.try_emplace({list, type});
@@ -201,8 +206,10 @@ std::string KeyNames::NameOf(LONG key) const {
 LONG KeyNames::KeyOf(const std::string& name) const {
   if (const auto found = keys_.find(name); found != keys_.end()) return found->second;
   LONG key = 0;
-  const auto [end, error] = std::from_chars(name.data() + 1, name.data() + name.size(), key);
-  if (!name.starts_with('#') || error != std::errc() || end != name.data() + name.size())
+  const bool isNumber = name.starts_with('#');
+  const char* const last = name.data() + name.size();
+  const auto [end, error] = std::from_chars(name.data() + (isNumber ? 1 : 0), last, key);
+  if (!isNumber || error != std::errc() || end != last)
     Refuse("\"" + name + "\" is no name of a value here");
   return key;
 }
@@ -243,6 +250,8 @@ Json MembersToJson(const BaseContainer& data, const KeyNames& names, const LinkT
   ForEachEntry(data, [&](LONG key, const GeData& value) {
     if (key == but) return;
     Json& member = members[names.NameOf(key)];
+    // A switch or mode with any other value is written as the number that it is, and comes back as
+    // that.
     const LONG number = value.GetType() == host::DA_LONG ? value.GetLong() : -1;
     if (names.IsSwitch(key) && (number == 0 || number == 1)) {
       member = number == 1;
@@ -292,6 +301,7 @@ std::optional<BaseContainer>& PartOf(RecordContents& contents, LONG list) {
   return list == kStoredLayers ? contents.layers : contents.tags;
 }
 
+// In the order in which recording writes them; order is part of what makes two records equal.
 BaseContainer Assembled(const RecordContents& contents) {
   BaseContainer record(contents.id);
   record.SetString(kStoredName, contents.name);

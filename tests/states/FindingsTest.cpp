@@ -152,6 +152,38 @@ TEST(Findings, NameEachFaultByItsCode) {
   }
 }
 
+// Stores the objects' records of a Stagemark under keys in falling order; `gone`: without that
+// many elements.
+void TurnRound(Stage& stage, host::LONG id, host::LONG gone) {
+  EditStore(stage, engine::kStagemarksId, [&](host::BaseContainer& store) {
+    host::BaseContainer* record = store.GetContainerInstance(id);
+    const host::BaseContainer before = record->GetContainer(engine::kStoredObjects);
+    host::BaseContainer list;
+    for (host::LONG i = before.GetCount(); i-- > 0;) {
+      host::BaseContainer one = before.GetContainer(i);
+      if (i < gone) engine::SetLinkId(one, engine::kStoredObjectLink, engine::NodeId{1} << 40);
+      list.SetContainer(i, one);
+    }
+    record->SetContainer(engine::kStoredObjects, list);
+  });
+}
+
+// Such lists are gathered anew for each look, one where the last one lay.
+TEST(Findings, ListsInOtherOrdersAreToldApart) {
+  Stage stage;
+  Prepare(stage);
+  stage.Record("Again");
+  for (host::LONG id = 0; id < 3; ++id) TurnRound(stage, id, id);
+  std::string text;
+  for (const engine::Finding& finding : engine::FindFindings(stage.Doc(), nullptr, {})) {
+    if (std::string(finding.kind->code) == "link-gone")
+      text += finding.state + ": " + finding.text + "\n";
+  }
+  EXPECT_EQ(text,
+            "Night: 1 of its 14 objects is in the scene no more.\n"
+            "Again: 2 of its 14 objects are in the scene no more.\n");
+}
+
 // Records that a recording of fewer elements leaves behind are found with the values that disagree;
 // once they are mended, loading brings back the same as before.
 TEST(Findings, RecordsOfOneElementBehindOneAnother) {

@@ -253,6 +253,7 @@ TEST(StateText, DamageIsNamedAndChangesNothing) {
       {Replaced(text, "\"name\": \"Day\"", "\"nome\": \"Day\""), "\"name\" is missing"},
       {Replaced(text, "\"editor\"", "\"edited\""), "\"edited\" is no name of a value here"},
       {Replaced(text, "\"render\":\"undefined\"", "\"#x\":1"), "\"#x\" is no name"},
+      {Replaced(text, "\"render\":\"undefined\"", "\"\":1"), "\"\" is no name of a value here"},
       {Replaced(text, "\"render\":\"undefined\"", "\"render\":99999999999"), "no whole number"},
       {Replaced(text, "\"render\":\"undefined\"", "\"render\":" + deep), "no vector"},
       {Replaced(text, "\"objects\": [", "\"objects\": [5, "), "holds what is no record"},
