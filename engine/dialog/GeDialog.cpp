@@ -19,6 +19,7 @@ void TakeOffScreen(GeDialog& dialog) {
   engine::TellClosed(dialog);
 }
 
+// A dialog that fails to build keeps nothing, so that the next Open begins anew.
 Bool LayOut(GeDialog& dialog) {
   const Bool built = dialog.CreateLayout();
   DialogBody* body = engine::BodyIfAlive(&dialog);
@@ -32,6 +33,7 @@ Bool LayOut(GeDialog& dialog) {
 // False also when the dialog destroyed itself meanwhile.
 Bool BuildAndFill(GeDialog& dialog) {
   const DialogCall call;
+  // The layout is built once; InitValues fills it at each opening.
   if (!DialogBody::Of(dialog).laidOut && !LayOut(dialog)) return FALSE;
   return dialog.InitValues() && DialogWorld::Get().IsAlive(&dialog);
 }
@@ -57,6 +59,7 @@ LONG GeDialog::Message(const BaseContainer&, BaseContainer&) { return 0; }
 void GeDialog::DestroyWindow() {}
 
 Bool GeDialog::Open(LONG type, LONG pluginid, LONG, LONG, LONG, LONG, LONG subid) {
+  // From within its own CreateLayout or InitValues.
   if (body_->opening) return FALSE;
   if (!body_->open) {
     body_->type = type;
@@ -70,6 +73,7 @@ Bool GeDialog::Open(LONG type, LONG pluginid, LONG, LONG, LONG, LONG, LONG subid
     body_->open = true;
     DialogWorld::Get().open.push_back(this);
   }
+  // Also of one that is open already, which comes to the front.
   engine::TellOpened(*this);
   return TRUE;
 }
@@ -78,10 +82,12 @@ Bool GeDialog::RestoreLayout(LONG pluginid, LONG subid, void*) {
   return Open(DLG_TYPE_ASYNC, pluginid, -1, -1, 0, 0, subid);
 }
 
+// AskClose and DestroyWindow may be where the plug-in ends the dialog.
 Bool GeDialog::Close() {
   if (!body_->open) return FALSE;
   const DialogCall call;
   if (AskClose()) return FALSE;
+  if (!DialogWorld::Get().IsAlive(this)) return TRUE;
   DestroyWindow();
   if (DialogWorld::Get().IsAlive(this) && body_->open) TakeOffScreen(*this);
   return TRUE;

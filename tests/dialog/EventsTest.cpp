@@ -25,34 +25,48 @@ TEST_F(DialogEvents, ArriveAsOneCommandAfterTheValueChanged) {
     const char* name;
     bool (*act)(host::GeDialog&);
     const char* heard;
+    host::LONG drawn;
   };
   const Case cases[] = {
       {"button", [](host::GeDialog& d) { return engine::PressButton(d, sample::kButton); },
-       "command 1 from 1"},
+       "command 1 from 1", 0},
       {"picture", [](host::GeDialog& d) { return engine::PressButton(d, sample::kPicture); },
-       "command 8 from 8"},
+       "command 8 from 8", 0},
       {"menu", [](host::GeDialog& d) { return engine::ChooseMenu(d, sample::kMarkedEntry); },
-       "command 61 from 61"},
+       "command 61 from 61", 0},
       {"check box",
        [](host::GeDialog& d) { return engine::SetCheckbox(d, sample::kCheckbox, true); },
-       "command 2 from 2"},
+       "command 2 from 2", sample::kCheckbox},
       {"text", [](host::GeDialog& d) { return engine::TypeText(d, sample::kField, "typed"); },
-       "command 4 from 4"},
+       "command 4 from 4", sample::kField},
       {"number", [](host::GeDialog& d) { return engine::TypeNumber(d, sample::kNumber, 12.5); },
-       "command 5 from 5"},
+       "command 5 from 5", sample::kNumber},
       {"combo", [](host::GeDialog& d) { return engine::ChooseFromCombo(d, sample::kCombo, 51); },
-       "command 6 from 6"},
+       "command 6 from 6", sample::kCombo},
       {"selection",
        [](host::GeDialog& d) {
          return engine::SelectLines(d, sample::kList, {2, 0});
        },
-       "command 7 from 7"},
+       "command 7 from 7", sample::kList},
       {"row's box", [](host::GeDialog& d) { return engine::ToggleLine(d, sample::kList, 1, 70); },
-       "command 7 from 7"},
+       "command 7 from 7", sample::kList},
+  };
+  // Whoever draws the dialog hears of values, and of nothing where none has changed.
+  struct Drawing : engine::DialogObserver {
+    Drawing() { engine::AddDialogObserver(*this); }
+    ~Drawing() override { engine::RemoveDialogObserver(*this); }
+    void DialogOpened(host::GeDialog&) override {}
+    void DialogClosed(host::GeDialog&) override {}
+    void DialogChanged(host::GeDialog&, const engine::Gadget* gadget) override {
+      drawn = gadget ? gadget->id : 0;
+    }
+    host::LONG drawn = 0;
   };
   for (const Case& c : cases) {
+    Drawing drawing;
     EXPECT_TRUE(c.act(dialog_)) << c.name;
     EXPECT_EQ(dialog_.Heard(), c.heard) << c.name;
+    EXPECT_EQ(drawing.drawn, c.drawn) << c.name;
   }
   EXPECT_FALSE(engine::InsideDialogCall());
   EXPECT_EQ(engine::ListAsText(dialog_, sample::kList), "▸ [ ] row\n  [x] row\n▸ [ ] row\n");
@@ -81,6 +95,8 @@ TEST_F(DialogEvents, AreRefusedWithoutAWord) {
        [](host::GeDialog& d) {
          return engine::TypeNumber(d, sample::kNumber, std::numeric_limits<double>::quiet_NaN());
        }},
+      {"no such choices",
+       [](host::GeDialog& d) { return engine::ChooseFromCombo(d, sample::kNoSuchGadget, 51); }},
       {"no such choice",
        [](host::GeDialog& d) { return engine::ChooseFromCombo(d, sample::kCombo, 1); }},
       {"line behind the end",
@@ -130,6 +146,20 @@ TEST(DialogEnds, InsideItsOwnCommandWithoutHarm) {
   EXPECT_TRUE(engine::PressButton(*dialog, 1));
   EXPECT_TRUE(engine::OpenDialogs().empty());
   EXPECT_FALSE(engine::InsideDialogCall());
+}
+
+struct VanishingWhenAsked : host::GeDialog {
+  host::Bool AskClose() override {
+    delete this;
+    return host::FALSE;
+  }
+};
+
+TEST(DialogEnds, WhenAskedToCloseWithoutHarm) {
+  auto* dialog = new VanishingWhenAsked;
+  ASSERT_TRUE(dialog->Open(0, 0, 0, 0, 0, 0, 0));
+  EXPECT_TRUE(dialog->Close());
+  EXPECT_TRUE(engine::OpenDialogs().empty());
 }
 
 TEST_F(DialogEvents, NestAndCountTheirDepth) {
