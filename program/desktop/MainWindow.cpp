@@ -1,3 +1,6 @@
+// The heart of the desktop is Refresh: the event loop calls it each time before it waits, and
+// everything that shows a document compares its change count and follows. So there are no signals
+// about single changes, and a burst of them is shown once.
 #include "program/desktop/MainWindow.h"
 
 #include <QAbstractEventDispatcher>
@@ -36,6 +39,7 @@ namespace {
 
 constexpr const char* kGeometry = "window/geometry";
 constexpr const char* kState = "window/state";
+// Of a first start. On a smaller screen the window begins maximized instead.
 constexpr QSize kFirstSize(1480, 860);
 
 // While a menu is open, keys are its own: the toolkit would carry out the commands of the panel
@@ -53,6 +57,8 @@ class OpenMenuFilter : public QObject {
 
 }  // namespace
 
+// Members are made in the order of the header, parts before those that use them. The callbacks are
+// set when everything is there: none of them fires before the event loop runs.
 MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
                        const std::string& settingsFile)
     : application_(application),
@@ -68,7 +74,9 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
       tabs_(new DocumentTabs(application, commands_, this)),
       view_(new Viewport(application.GetServices().files, this)),
       objects_(new ObjectsPanel(this)) {
-  setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
+  // Without AnimatedDocks: a dock on its way is lost when the layout changes meanwhile, and with it
+  // the program.
+  setDockOptions(AllowNestedDocks | AllowTabbedDocks);
   setAcceptDrops(true);
   resize(FittingSize(*this, kFirstSize));
   if (size() != kFirstSize) setWindowState(Qt::WindowMaximized);
@@ -98,6 +106,8 @@ MainWindow::MainWindow(engine::Application& application, DesktopPerson& person,
           [this] { Refresh(); });
 }
 
+// An edit in slices holds the document that is going. The person outlives the window and must not
+// call into it; the dispatcher would call Refresh on half of it.
 MainWindow::~MainWindow() {
   StopEdit();
   person_.status = {};
@@ -115,6 +125,8 @@ void MainWindow::BuildCenter() {
   setCentralWidget(center);
 }
 
+// The order of adding is the order of the tabs; the gallery stands behind the plug-in's dialog
+// (decision 51).
 void MainWindow::BuildPanels() {
   objects_->Tree().ShowMaterialsAs(thumbnails_);
   panels_.Add("objects", "Objects", Qt::LeftDockWidgetArea, objects_);
@@ -152,6 +164,7 @@ void MainWindow::InspectWhatIsPressed(QAbstractItemView& view,
 }
 
 void MainWindow::BuildMenus() {
+  // For all menus, also the context menus that come later.
   QApplication::instance()->installEventFilter(new OpenMenuFilter(this));
   BuildFileMenu(*menuBar()->addMenu("&File"), *this);
   editMenu_ = new EditMenu(*menuBar()->addMenu("&Edit"), *this);
@@ -170,6 +183,8 @@ void MainWindow::BuildMenus() {
   PutIcons(*menuBar());
 }
 
+// A click beside everything selects nothing, but with Shift or Ctrl it is a slip and keeps what is
+// selected.
 void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {
   host::BaseDocument* doc = host::GetActiveDocument();
   host::BaseObject* chosen = engine::AsObject(engine::FindNode(doc, object));
@@ -183,6 +198,9 @@ void MainWindow::Choose(engine::NodeId object, Viewport::Picking how) {
   host::EventAdd();
 }
 
+// Events first, because a plug-in that hears of them may change what is shown. Nothing is asked of
+// a document in the middle of an edit or of a plug-in's call: the next turn of the loop comes back
+// here.
 void MainWindow::Refresh() {
   if (IsDocumentBusy()) return;
   if (application_.HasPendingEvents()) application_.DeliverEvents();
@@ -198,6 +216,8 @@ void MainWindow::Refresh() {
   panels_.Follow(doc);
 }
 
+// Not in here, because the question is a box with an event loop of its own, and this runs before
+// the loop waits. Not while another box or a menu is open.
 void MainWindow::CheckFileSoon(const host::BaseDocument* doc) {
   if (IdentityOf(doc) == lookedAtFile_ || look_.isActive() || QApplication::activeModalWidget() ||
       QApplication::activePopupWidget())
@@ -218,6 +238,8 @@ void MainWindow::OfferLostWork() {
   desktop::OfferLostWork(application_.GetServices(), commands_, autosave_, this);
 }
 
+// Dialogs come first: a layout can only place docks that are there. The layout as it is then,
+// before that of the last run, is the one to come back to.
 void MainWindow::RestoreLayout() {
   application_.RestoreLayouts();
   firstLayout_ = saveState();
@@ -232,6 +254,7 @@ void MainWindow::ResetLayout() {
   if (!firstLayout_.isEmpty()) restoreState(firstLayout_);
 }
 
+// Questions first, one for each changed document; Cancel in one of them keeps all.
 void MainWindow::closeEvent(QCloseEvent* event) {
   StopEdit();
   // A plug-in that asks or works would come back to a window that is gone.

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractItemModelTester>
+#include <QAbstractItemView>
 #include <QDragEnterEvent>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -14,6 +16,8 @@
 #include <QtTest/QTest>
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <typeinfo>
 
 #include "engine/scene/SceneDump.h"
 #include "host/BaseObject.h"
@@ -207,6 +211,25 @@ TEST(MainWindow, SavesAsReopensAndRemembers) {
   Desk::Rest();
   EXPECT_EQ(CountStates(desk), 1);
   EXPECT_EQ(desk.App().Documents().size(), 1U) << "the empty document of the start stays";
+}
+
+// Among them: no place in a table is one, too. It is what Ctrl+C asks for before a row was chosen.
+TEST(MainWindow, EachTableAnswersWhateverAViewMayAsk) {
+  Desk desk;
+  RecordState(desk, "Morning");
+  desk.Entry("Render", "Render States").trigger();
+  Desk::Rest();
+  std::set<std::string> models;
+  for (QWidget* widget : QApplication::allWidgets()) {
+    auto* view = qobject_cast<QAbstractItemView*>(widget);
+    if (!view || !view->model()) continue;
+    QAbstractItemModel& model = *view->model();
+    models.insert(typeid(model).name());
+    const QAbstractItemModelTester tester(&model,
+                                          QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QTest::keyClick(view, Qt::Key_C, Qt::ControlModifier);
+  }
+  EXPECT_GE(models.size(), 8U);
 }
 
 TEST(MainWindow, SwitchingDocumentsKeepsTheDialogInStep) {
@@ -407,6 +430,21 @@ TEST(MainWindow, WorksWithoutAPlugin) {
   EXPECT_TRUE(desk.Window().Commands().Open(TEST_SOURCE_DIR "/scenes/spider/spider.obj"));
   Desk::Rest();
   EXPECT_TRUE(desk.Window().close());
+}
+
+TEST(MainWindow, ADockThatWasJustDroppedGoesBackWithTheLayout) {
+  Desk desk;
+  auto* dock = desk.Window().findChild<QDockWidget*>("objects");
+  for (int i = 1; i <= 5; ++i) {
+    const QPoint title(dock->width() / 2, 8);
+    QTest::mousePress(dock, Qt::LeftButton, {}, title);
+    for (int move = 1; move <= 3; ++move)
+      QTest::mouseMove(dock, title + QPoint(100 * move * i, 60 * move * i));
+    QTest::mouseRelease(dock, Qt::LeftButton, {}, title);
+    desk.Entry("Window", "Reset Layout").trigger();
+    EXPECT_FALSE(dock->isFloating()) << i;
+    EXPECT_EQ(desk.Window().dockWidgetArea(dock), Qt::LeftDockWidgetArea) << i;
+  }
 }
 
 TEST(MainWindow, ClosedDocksComeBackFromTheMenuAndTheLayout) {

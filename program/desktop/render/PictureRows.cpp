@@ -12,6 +12,7 @@ namespace {
 using Kind = worker::PictureNews::Kind;
 using Result = PictureRows::Row::Result;
 
+// 16 kilobytes each; the oldest go.
 constexpr std::size_t kMostThumbnails = 1000;
 constexpr QSize kThumbnailSize(80, 50);
 
@@ -27,6 +28,8 @@ const QPixmap& NoThumbnail() {
 
 }  // namespace
 
+// A plan comes row by row and is shown when it is whole: what stood there before stays until then.
+// Counts are kept along, so that news of a thousand pictures cost no thousand walks.
 void PictureRows::Take(const worker::PictureNews& news, const engine::Image& thumbnail) {
   if (news.kind == Kind::Planned) {
     planned_.push_back({news, news.isThere ? Result::Kept : Result::Planned, {}});
@@ -56,6 +59,7 @@ void PictureRows::EndPlan() {
   endResetModel();
 }
 
+// A picture that was being rendered when the work was stopped is not there.
 void PictureRows::EndWork() {
   planned_.clear();
   for (Row& row : rows_) {
@@ -81,6 +85,7 @@ int PictureRows::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant PictureRows::data(const QModelIndex& index, int role) const {
+  if (!index.isValid()) return {};
   const Row& row = rows_[static_cast<std::size_t>(index.row())];
   if (role == Qt::DisplayRole) return TextOf(row, index.column());
   if (role == Qt::ToolTipRole)
@@ -124,6 +129,7 @@ QVariant PictureRows::headerData(int section, Qt::Orientation orientation, int r
   return kTitles[section];
 }
 
+// By path: the next plan of the same pictures has them at once.
 void PictureRows::KeepThumbnail(const QString& path, const engine::Image& image) {
   const QImage fitted =
       ToQImage(image).scaled(kThumbnailSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
