@@ -2,7 +2,10 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QPointer>
 #include <QProcess>
+#include <QWindow>
+#include <QtTest/QTest>
 #include <functional>
 #include <stdexcept>
 
@@ -27,6 +30,31 @@ class Arrivals : public QObject {
 
  private:
   QHash<QEvent::Type, int> counts_;
+};
+
+// Where in a window the window system says that the pointer is. A window that has just come up may
+// be moved by the window manager, and knows of it later.
+class Pointer : public QObject {
+ public:
+  Pointer() { qApp->installEventFilter(this); }
+  bool IsAt(const QWidget& widget, QPoint place) const {
+    const QWidget& window = *widget.window();
+    return window_ == window.windowHandle() && place_ == widget.mapTo(&window, place);
+  }
+
+ protected:
+  bool eventFilter(QObject* receiver, QEvent* event) override {
+    const bool isMove = event->type() == QEvent::MouseMove || event->type() == QEvent::Enter;
+    if (isMove && receiver->isWindowType()) {
+      window_ = receiver;
+      place_ = static_cast<const QSinglePointEvent*>(event)->position().toPoint();
+    }
+    return false;
+  }
+
+ private:
+  QPointer<QObject> window_;
+  QPoint place_;
 };
 
 QStringList At(const QWidget& widget, QPoint place) {
@@ -62,6 +90,19 @@ void Rest() {
   pictures::Settle();
 }
 
+// The place is looked up anew until the pointer is there. By way of the place beside it, since one
+// that is there already would not be told of.
+void MoveOnto(const QWidget& widget, QPoint place, const std::string& what) {
+  constexpr int kTries = 30;
+  constexpr int kLongestWay = 1000;
+  const Pointer pointer;
+  for (int i = 0; i < kTries; ++i) {
+    Do(At(widget, place + QPoint(1, 0)) + At(widget, place));
+    if (QTest::qWaitFor([&] { return pointer.IsAt(widget, place); }, kLongestWay)) return;
+  }
+  throw std::runtime_error("the pointer for " + what + " does not arrive");
+}
+
 // Where to let go: in the middle, or just inside the edge, which the toolkit takes for the place
 // between two rows.
 QPoint PlaceIn(const Cell& cell) {
@@ -75,13 +116,14 @@ QPoint PlaceIn(const Cell& cell) {
 }  // namespace
 
 void Click(const QWidget& widget, QPoint place, int times) {
+  const std::string what = QString("a click on a %1 \"%2\" in \"%3\"")
+                               .arg(widget.metaObject()->className(), widget.objectName(),
+                                    widget.window()->windowTitle())
+                               .toStdString();
+  MoveOnto(widget, place, what);
   const Arrivals arrivals;
-  const QString what = QString("a click on a %1 \"%2\" in \"%3\"")
-                           .arg(widget.metaObject()->className(), widget.objectName(),
-                                widget.window()->windowTitle());
-  Do(At(widget, place) + QStringList{"sleep", "0.05", "click", "--repeat", QString::number(times),
-                                     "--delay", "60", "1"});
-  WaitFor([&] { return arrivals.Of(QEvent::MouseButtonRelease) >= times; }, what.toStdString());
+  Do({"click", "--repeat", QString::number(times), "--delay", "60", "1"});
+  WaitFor([&] { return arrivals.Of(QEvent::MouseButtonRelease) >= times; }, what);
   Rest();
 }
 
