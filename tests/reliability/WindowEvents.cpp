@@ -19,6 +19,7 @@
 #include "engine/scenefile/SceneFile.h"
 #include "engine/undo/Undo.h"
 #include "program/desktop/ApplicationStyle.h"
+#include "program/desktop/OpenDocument.h"
 #include "tests/desktop/States.h"
 #include "tests/reliability/Rounds.h"
 
@@ -335,6 +336,7 @@ void OneRound(const Samples& samples, std::uint64_t seed, const RoundBudget& mor
   desk::Desk::Rest();
   desk::RecordState(desk, "Dawn");
   host::BaseDocument* const doc = &desk::Scene();
+  const host::ULLONG document = desktop::IdentityOf(doc);
   engine::ClearUndo(*doc);
   const std::string first = DumpWhatUndoKnows(*doc);
   int count = 0;
@@ -343,7 +345,9 @@ void OneRound(const Samples& samples, std::uint64_t seed, const RoundBudget& mor
   Hands(desk, seed).Work(count);
   findings.executions += static_cast<std::uint64_t>(count);
   constexpr std::size_t kStepsKept = 100;
-  if (&desk::Scene() == doc && engine::DoneNames(*doc).size() < kStepsKept)
+  // Another document may stand where this one was.
+  if (desktop::IdentityOf(&desk::Scene()) == document &&
+      engine::DoneNames(*doc).size() < kStepsKept)
     CheckUndo(*doc, first, what, findings);
   CheckSaved(desk, what, findings);
   CheckPlaces(desk, desk.Services().ledger, what, findings);
