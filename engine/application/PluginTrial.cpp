@@ -46,6 +46,7 @@ void KeepQuiet() {
   } catch (...) {
     // That is an answer, too: it will be thrown again where it is caught.
   }
+  // Nothing of the parent's is ended or written a second time.
   ::_exit(kCameToItsEnd);
 }
 
@@ -77,11 +78,12 @@ std::string EndOf(pid_t child, bool inTime) {
 
 std::string WhyItWouldEnd(const std::function<void()>& work) {
   std::array<int, 2> ends{-1, -1};
+  // The child has the other end until it is over, whatever ends it.
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) return "";
   const pid_t child = ::fork();
   if (child == 0) Try(work);
   ::close(ends[1]);
-  const std::string why = child > 0 ? EndOf(child, EndsInTime(ends[0])) : "";
+  std::string why = child > 0 ? EndOf(child, EndsInTime(ends[0])) : "";
   ::close(ends[0]);
   return why;
 }

@@ -34,7 +34,7 @@ std::string EngineFolder() {
 // An interpreter that has loaded the engine lies elsewhere.
 std::string ProgramFolder() {
   std::error_code error;
-  const std::string ours = Clean(EngineFolder() + "/" STAGEMARKS_PROGRAMS_FROM_LIBRARY);
+  std::string ours = Clean(EngineFolder() + "/" STAGEMARKS_PROGRAMS_FROM_LIBRARY);
   if (fs::exists(fs::path(ours) / kProgram, error)) return ours;
   return fs::read_symlink("/proc/self/exe", error).parent_path().string();
 }

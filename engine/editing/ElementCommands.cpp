@@ -48,9 +48,11 @@ std::vector<T*> EachOnce(const std::vector<T*>& elements) {
   return once;
 }
 
-// A name for each, none of which any other element of the class has.
+// A name for each, none of which any other element of the class has. Those that are renamed do not
+// count as taken: renaming them again gives the same names.
 std::vector<std::string> NumberedNames(const BaseDocument& doc, const Elements& elements,
                                        const std::string& name) {
+  // One element may have the name of another one, as in the attributes.
   if (elements.size() == 1) return {name};
   const std::unordered_set<const host::GeListNode*> renamed(elements.begin(), elements.end());
   std::unordered_set<std::string> taken;
@@ -74,6 +76,7 @@ Matrix SpaceOf(const BaseObject& object) {
   return parent ? parent->GetMg() : Matrix();
 }
 
+// A billionth of the length, far below what a person can type or see.
 bool AreClose(const Vector& a, const Vector& b) {
   const double limit = 1e-9 * (1 + LengthOf(a));
   return LengthOf(Sum(a, Scaled(b, -1))) <= limit;
@@ -108,12 +111,14 @@ StepwiseEdit RenameElements(BaseDocument& doc, const Elements& given, const std:
 }
 
 StepwiseEdit RemoveElements(BaseDocument& doc, const Elements& elements) {
+  // An element below another one goes with it, and must not be freed again.
   Elements topmost = Topmost(EachOnce(elements));
   std::erase_if(topmost, [](BaseList2D* element) { return AsRenderData(element) != nullptr; });
   const std::size_t steps = topmost.size();
   return {"Delete", steps,
           [&doc, topmost = std::move(topmost)](std::size_t i) {
             doc.AddUndo(host::UNDO_DELETE, topmost[i]);
+            // Whatever its class; the deletion was registered, so that the undo step keeps it.
             FreeNode(topmost[i]);
           },
           [&doc] {
@@ -122,6 +127,7 @@ StepwiseEdit RemoveElements(BaseDocument& doc, const Elements& elements) {
           }};
 }
 
+// The target is faced from where the object then is, so the place comes first.
 Matrix Placed(const Matrix& frame, const Placement& placement) {
   Matrix placed = frame;
   if (placement.at) placed.off = *placement.at;
@@ -140,10 +146,12 @@ Result<StepwiseEdit> PlaceObjects(BaseDocument& doc, const std::vector<BaseObjec
   std::vector<BaseObject*> moved;
   for (BaseObject* object : EachOnce(objects)) {
     if (StandsThere(*object, placement)) continue;
-    if (!FrameInside(SpaceOf(*object), Matrix()))
+    // Before the first step, so that nothing is placed where one of many cannot be.
+    if (!FrameInside(SpaceOf(*object), Matrix())) {
       return Result<StepwiseEdit>::Failure("\"" + object->GetName().ToUtf8() +
                                            "\" lies below an object that is scaled to nothing in a "
                                            "direction. Scale that one first.");
+    }
     moved.push_back(object);
   }
   const std::size_t steps = moved.size();

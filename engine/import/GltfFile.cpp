@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::size_t kGlbHeadBytes = 12;
 constexpr std::size_t kChunkHeadBytes = 8;
+// "JSON" and "BIN" as four bytes, lowest first. Chunks of other kinds are passed over, as the
+// format asks.
 constexpr std::uint32_t kJsonChunk = 0x4E4F534A;
 constexpr std::uint32_t kBinaryChunk = 0x004E4942;
 
@@ -27,6 +29,7 @@ int SixBits(char c) {
   if (c >= 'A' && c <= 'Z') return c - 'A';
   if (c >= 'a' && c <= 'z') return c - 'a' + 26;
   if (c >= '0' && c <= '9') return c - '0' + 52;
+  // Also of the alphabet for addresses, which some programs write.
   if (c == '+' || c == '-') return 62;
   return c == '/' || c == '_' ? 63 : -1;
 }
@@ -130,6 +133,7 @@ void GltfFile::ParseText(std::string_view text, Notes& notes) {
   while (!text.empty() && text.back() == '\0') text.remove_suffix(1);
   top_ = Json::parse(text, nullptr, false);
   if (top_.is_discarded()) {
+    // The parser refuses a whole file for one name in another encoding.
     top_ = Json::parse(Utf8Of(text), nullptr, false);
     if (!top_.is_discarded()) notes.Add("Texts that are no UTF-8 were taken for Latin-1.");
   }
@@ -140,6 +144,7 @@ void GltfFile::CheckVersion() {
   // Version 1 was written as a number, too.
   const Json& written = Member(Object(top_, "asset"), "version");
   const std::string version = written.is_string() ? written.get<std::string>() : written.dump();
+  // Files of version 1 need not name it, but have objects of names where version 2 has lists.
   isVersion1_ = version == "1" || version.rfind("1.", 0) == 0 || Member(top_, "nodes").is_object();
   if (!isVersion1_ && !written.is_null() && version != "2" && version.rfind("2.", 0) != 0)
     throw UnreadableFile("it is of version " + version + " of glTF.");
@@ -150,6 +155,7 @@ const Json& GltfFile::Entry(const char* list, std::size_t index) const {
 }
 
 std::string GltfFile::ReadBeside(const std::string& address) {
+  // As written first: a file may be called "50%20.bin".
   for (const std::string& name : {address, PercentDecoded(address), WithSlashes(address)}) {
     const std::string path = folder_ + name;
     if (name.find('\0') == std::string::npos && files_.Exists(path.c_str()))
@@ -178,16 +184,18 @@ std::string_view GltfFile::Buffer(std::size_t index) {
   }
   const auto found = buffers_.find(index);
   if (found != buffers_.end()) return found->second;
+  // Unpacked or read once, however many views there are; the map's values stay where they are.
   return buffers_[index] = IsData(address) ? DataOf(address) : ReadBeside(address);
 }
 
 std::string_view GltfFile::Range(std::size_t buffer, std::size_t offset, std::size_t length) {
   if (buffer == kNowhere) throw UnreadableFile("a buffer view names no buffer.");
   const std::string_view bytes = Buffer(buffer);
-  if (offset > bytes.size() || length > bytes.size() - offset)
+  if (offset > bytes.size() || length > bytes.size() - offset) {
     throw UnreadableFile("buffer " + std::to_string(buffer) + " is too short: it has " +
                          std::to_string(bytes.size()) + " bytes, and " + std::to_string(length) +
                          " from byte " + std::to_string(offset) + " on are asked for.");
+  }
   return bytes.substr(offset, length);
 }
 

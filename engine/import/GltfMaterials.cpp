@@ -25,6 +25,7 @@ struct TextureSlot {
   const Json& (*use)(const Json& material);
 };
 
+// In the order in which their texture coordinates count (decision 81).
 constexpr TextureSlot kSlots[] = {
     {aiTextureType_BASE_COLOR, "Color pictures",
      [](const Json& material) -> const Json& {
@@ -52,10 +53,11 @@ class LeftOut {
     if (count++ == 0) first = material;
   }
   void Tell(Notes& notes) const {
-    for (const auto& [pictures, use] : uses_)
+    for (const auto& [pictures, use] : uses_) {
       notes.Count(pictures + " that lie by other texture coordinates than the rest of their " +
                       "material are left out, as in \"" + use.first + "\"",
                   use.second);
+    }
   }
 
  private:
@@ -65,6 +67,7 @@ class LeftOut {
 std::size_t ChannelOf(const Json& use) {
   constexpr std::size_t kMostChannels = 64;
   const Json& transform = Extension(use, "KHR_texture_transform");
+  // The extension's own channel replaces the one beside it.
   const std::size_t channel = Index(transform, "texCoord", Index(use, "texCoord", 0));
   return channel < kMostChannels ? channel : 0;
 }
@@ -146,6 +149,7 @@ class Pictures {
   // The address or name of the picture that a use of a texture shows; empty for none.
   std::string PictureOf(const Json& use) const {
     const Json& texture = file_.Entry("textures", Index(use, "index"));
+    // The plain picture goes before one that needs an extension.
     std::size_t image = Index(texture, "source");
     for (const char* other :
          {"EXT_texture_webp", "KHR_texture_basisu", "MSFT_texture_dds", "EXT_texture_avif"}) {
@@ -163,7 +167,7 @@ class Pictures {
 
  private:
   std::string NameOf(const Json& image) {
-    const std::string address = Text(image, "uri");
+    std::string address = Text(image, "uri");
     const std::size_t view = Index(image, "bufferView");
     if (!address.empty() && !GltfFile::IsData(address)) return address;
     if (address.empty() && view == kNowhere) return {};
@@ -173,6 +177,7 @@ class Pictures {
                      address.substr(5, address.find_first_of(";,") - 5));
       return Embed(image, file_.View(view), Text(image, "mimeType"));
     } catch (const UnreadableFile&) {
+      // A scene without one of its pictures is still a scene.
       notes_.Count("Pictures within the file that are damaged are left out");
       return {};
     }
@@ -183,6 +188,7 @@ class Pictures {
     texture->mFilename.Set(Text(image, "name"));
     const std::string kind = KindOf(bytes, mimeType);
     kind.copy(texture->achFormatHint, HINTMAXTEXTURELEN - 1);
+    // With a height of 0 the library means bytes of a file rather than pixels.
     texture->mWidth = static_cast<unsigned>(bytes.size());
     texture->pcData = new aiTexel[bytes.size() / sizeof(aiTexel) + 1];
     std::memcpy(static_cast<void*>(texture->pcData), bytes.data(), bytes.size());
@@ -277,6 +283,7 @@ void AddMaterials(GltfFile& file, aiScene& scene, SceneFacts& facts, Notes& note
   pictures.Read();
   LeftOut leftOut;
   const std::size_t count = file.Count("materials");
+  // Raw arrays, because the library's scene owns and deletes them.
   scene.mMaterials = new aiMaterial*[count + 1];
   for (std::size_t i = 0; i <= count; ++i) {
     const Json& source = i < count ? file.Entry("materials", i) : plain;

@@ -51,14 +51,16 @@ void Confine(const std::string& path, FrameWriter& output) {
   ::tzset();  // while the zone's file can be read
   DropPrivileges();
   const bool areFilesConfined = AllowReadingOnly(FolderFiles::FoldersOf(path));
-  if (!areFilesConfined)
+  if (!areFilesConfined) {
     output.Write(FrameKind::Weakness,
                  "This system cannot keep the importer from reading other files (Landlock), so "
                  "import only what you trust.");
-  if (!AllowComputingOnly(areFilesConfined))
+  }
+  if (!AllowComputingOnly(areFilesConfined)) {
     output.Write(FrameKind::Weakness,
                  "This system cannot keep the importer from what it has no need of (seccomp), so "
                  "import only what you trust.");
+  }
 }
 
 Status Work(const std::string& path, FrameWriter& output) {
@@ -104,6 +106,7 @@ Status WorkGuarded(const std::string& path, FrameWriter& output) {
 
 }  // namespace
 
+// The status is that of the whole answer: a scene whose end the parent did not get is none.
 int RunImportWorker(const std::string& path, int output) {
   FrameWriter writer(output);
   const Status status = WorkGuarded(path, writer);

@@ -46,9 +46,10 @@ class Collection {
   Result<std::string> CopyOf(const std::string& file) {
     const auto known = bySource_.find(file);
     if (known != bySource_.end()) return known->second;
-    const Result<std::string> bytes = services_.files.ReadFile(file);
+    Result<std::string> bytes = services_.files.ReadFile(file);
     if (!bytes) return bytes;
     const std::string_view whole = bytes.Value();
+    // By size and 64 bits of hash, which no two pictures share by chance.
     std::string& copy = byContent_[{whole.size(), HashOfContent({&whole, 1})}];
     if (copy.empty()) {
       Result<std::string> placed = Place(file, bytes.Value());

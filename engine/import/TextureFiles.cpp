@@ -60,6 +60,8 @@ bool HasTgaSuffix(const std::string& path) {
   return path.size() > 4 && ::strcasecmp(path.c_str() + path.size() - 4, ".tga") == 0;
 }
 
+// A scene from elsewhere may name any file that this person can read; only what is a picture is
+// taken along into exports.
 bool IsPicture(const std::string& path) {
   std::array<char, 32> bytes{};
   std::ifstream file(path, std::ios::binary);
@@ -120,7 +122,8 @@ class TextureSearch {
  private:
   bool IsInside(const std::string& path) const { return RealPath(path).starts_with(real_); }
 
-  // Inside where it is there, too.
+  // Inside where it is there, too. As the name is written, then as an address; of each the place
+  // that it names, then the usual folders.
   std::string Search(const std::string& written) {
     std::string outside;
     for (const std::string& text : {written, PercentDecoded(written)}) {
@@ -187,10 +190,11 @@ std::string NoteOn(const std::string& written, const TextureSearch::Place& place
                    OutsideTextures choice) {
   const std::string name = "The texture \"" + written + "\" ";
   if (place.path.empty()) return name + "was not found.";
-  if (!place.isPicture)
+  if (!place.isPicture) {
     return name + (place.isOutside ? "is no picture and was left out: it lies "
                                      "outside the folder of the imported file."
                                    : "is no picture.");
+  }
   if (isTaken) return "";
   return name + "lies outside the folder of the imported file and was left out" +
          (choice == OutsideTextures::Leave ? "; --allow-outside takes it." : ".");

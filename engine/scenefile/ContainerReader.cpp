@@ -28,6 +28,7 @@ ContainerReader::ContainerReader(std::string_view contents, const std::vector<ho
       times_(numbers.times.begin(), numbers.times.end()) {}
 
 std::vector<BaseContainer> ContainerReader::Read() {
+  // Not believed: each block is refused where it brings more than are left of the number.
   expected_ = in_.Varint();
   containers_.emplace_back();
   sizes_.push_back(0);
@@ -71,6 +72,8 @@ void ContainerReader::ReadRecords() {
   }
 }
 
+// Setting the entries one by one builds the container as a program would have, so that its form in
+// memory is the same as before it was written.
 void ContainerReader::ReadList() {
   const std::size_t size = in_.Rows(kEntryBytes);
   BaseContainer container(in_.Long("an own ID"));
@@ -82,6 +85,7 @@ void ContainerReader::ReadList() {
   Keep(std::move(container), size, total);
 }
 
+// A copy of the base is changed, so that both share in memory what they share in the file.
 void ContainerReader::ReadPatch() {
   const auto base = static_cast<std::size_t>(in_.Below(containers_.size(), "the base of a patch"));
   BaseContainer container = containers_[base];
@@ -102,6 +106,7 @@ void ContainerReader::ReadPatch() {
                                  : static_cast<LONG>(keys[i - changes]);
     ContainerAccess::Set(container, key, NextOf(values, i, total));
   }
+  // Setting a value compares it with the one that is there, down to the deepest entry.
   in_.Memory().Charge(total - sizes_[base]);
   Keep(std::move(container), size + added, total);
 }
@@ -121,14 +126,16 @@ ColumnValues ContainerReader::Keys(std::size_t rows) {
 
 ColumnValues ContainerReader::Types(std::size_t rows) {
   ColumnValues types = TakeInts(in_, rows);
-  for (const std::uint64_t type : types)
+  for (const std::uint64_t type : types) {
     if (type > static_cast<std::uint64_t>(host::DA_ALIASLINK) ||
         std::ranges::find(kValueTypes, static_cast<LONG>(type)) == std::end(kValueTypes))
       in_.Refuse("there is no type of value " + Grouped(type));
+  }
   return types;
 }
 
-// A checked column. Containers are those read so far, so that none can hold itself.
+// A checked column. Containers are those read so far, so that none can hold itself. The caller has
+// passed the type through Types.
 ColumnValues ContainerReader::Words(LONG type, std::size_t rows) {
   if (type == host::DA_NIL) {
     in_.Memory().Charge(rows, sizeof(std::uint64_t));
@@ -169,6 +176,7 @@ Value ContainerReader::NextOf(Values& values, std::size_t position, std::uint64_
 std::uint64_t ContainerReader::SizeWith(std::uint64_t size, LONG type, std::uint64_t word) const {
   const std::uint64_t inner =
       type == host::DA_CONTAINER ? sizes_[static_cast<std::size_t>(word)] : 0;
+  // Held at one more than is allowed, so that it never wraps around.
   return std::min(size + inner + 1, kMostEntries + 1);
 }
 
@@ -190,6 +198,7 @@ Value ContainerReader::ValueOf(LONG type, std::uint64_t word) const {
 }
 
 void ContainerReader::Keep(BaseContainer container, std::size_t entries, std::uint64_t size) {
+  // Setting a key a second time has replaced the first one.
   if (static_cast<std::size_t>(container.GetCount()) != entries)
     in_.Refuse("a container has a key twice");
   if (size > kMostEntries) in_.Refuse("containers in containers multiply beyond all measure");

@@ -13,13 +13,15 @@ namespace {
 
 constexpr std::size_t kCorners = 4;
 
-// Why a reader would refuse the mesh, null where it would not.
+// Why a reader would refuse the mesh, null where it would not. Asked by writer and reader alike:
+// better no file than one that nobody can open again.
 const char* FaultOf(const Mesh& mesh) {
   const auto points = static_cast<std::int64_t>(mesh.points.size());
-  for (const Mesh::Polygon& polygon : mesh.polygons)
+  for (const Mesh::Polygon& polygon : mesh.polygons) {
     for (std::size_t corner = 0; corner < kCorners; ++corner)
       if (polygon[corner] < (corner == 3 ? -1 : 0) || polygon[corner] >= points)
         return "a polygon names a point that there is not";
+  }
   const std::size_t corners = mesh.polygons.size() * kCorners;
   if (!mesh.normals.empty() && mesh.normals.size() != corners)
     return "there is not one normal per corner";
@@ -149,6 +151,7 @@ MeshWriter::Sections MeshWriter::Contents() const {
     const std::size_t start = out.meshes.size();
     PutMesh(out.meshes, *mesh);
     if (!hasColors_) continue;
+    // Meshes without colors are counted, too: the number is that among all with these bytes.
     const MeshTag tag = tags.Next(std::string_view(out.meshes).substr(start));
     if (mesh->colors.empty()) continue;
     PutFixed64(rows, tag.sum);
@@ -200,6 +203,7 @@ std::vector<std::shared_ptr<const Mesh>> ReadMeshes(std::string_view contents,
     if (table.empty()) continue;
     const auto found =
         table.find(tags.Next(contents.substr(contents.size() - left, left - in.Left())));
+    // Colors whose mesh is gone are left over and forgotten.
     if (found == table.end()) continue;
     mesh->colors = std::move(found->second);
     if (const char* fault = FaultOf(*mesh)) in.Refuse(fault);

@@ -12,6 +12,7 @@
 namespace engine {
 namespace {
 
+// Places in the head of a section. The sum covers what stands before it and the payload.
 constexpr std::size_t kNameLength = 8;
 constexpr std::size_t kStoredAt = 8;
 constexpr std::size_t kSumAt = 24;
@@ -28,6 +29,7 @@ std::string_view MagicOf(ContentKind kind) {
                                     : std::string_view("\x8ASMV\r\n\x1A\n", kMagicLength);
 }
 
+// With the version as its seed: the bytes of one version are damaged for another.
 std::uint64_t SumOf(std::string_view head, std::string_view payload) {
   const std::unique_ptr<XXH3_state_t, decltype(&XXH3_freeState)> state(XXH3_createState(),
                                                                        &XXH3_freeState);
@@ -81,13 +83,15 @@ void CheckStart(std::string_view start, ContentKind kind) {
     throw Damage{"The file is cut off: it ends within its first " + Grouped(kStartLength) +
                  " bytes."};
   const std::uint64_t version = NumberAt(start, kMagicLength, 4);
-  if (version > kVersion)
+  if (version > kVersion) {
     throw Damage{"The file is of version " + Grouped(version) +
                  ", and this program reads versions up to " + Grouped(kVersion) +
                  ". Open it with a newer program."};
+  }
   if (version == 0) throw Damage{"The file is damaged: it names version 0, which never was."};
 }
 
+// Each section is looked for among all before it, so their number must not be a file's to choose.
 void CheckCount(std::size_t sections) {
   if (sections == kMostSections)
     throw Damage{"The file is damaged: it has more than " + Grouped(kMostSections) + " sections."};
@@ -137,7 +141,8 @@ void CheckEndSection(const Section& section, const std::string& sums, std::uint6
     throw Damage{"The file is damaged: " + Grouped(behind) + " bytes follow its end."};
 }
 
-// Reads the frame from front to back.
+// Reads the frame from front to back. Sums are checked before anything is expanded, so that neither
+// zstd nor the readers of sections see bytes that were damaged by accident.
 class FrameReader {
  public:
   explicit FrameReader(std::string_view bytes) : bytes_(bytes) {}
@@ -198,6 +203,7 @@ bool ExpandPiece(const Section& section, ZSTD_DCtx* context, ZSTD_inBuffer& in, 
   out.resize(start + piece);
   ZSTD_outBuffer target{out.data(), out.size(), start};
   const std::size_t hint = ZSTD_decompressStream(context, &target, &in);
+  // The frame wants more bytes, and there are none.
   const bool stuck = target.pos == start && in.pos == in.size;
   if (ZSTD_isError(hint) || target.pos > section.rawLength || (hint != 0 && stuck))
     RefuseExpansion(section);
@@ -230,6 +236,7 @@ void SectionWriter::Add(const std::string& name, std::string_view contents) {
   std::string packed(ZSTD_compressBound(contents.size()), '\0');
   const std::size_t size =
       ZSTD_compress(packed.data(), packed.size(), contents.data(), contents.size(), kCompression);
+  // Equal lengths mean "kept plain", so what does not become smaller is kept plain.
   if (ZSTD_isError(size) || size >= contents.size())
     return AddAsItIs(name, contents.size(), contents);
   AddAsItIs(name, contents.size(), std::string_view(packed).substr(0, size));
@@ -250,6 +257,7 @@ std::uint64_t SectionWriter::Bytes() const {
   return bytes;
 }
 
+// Of the sums of the sections: their bytes need not be gone through again.
 std::uint64_t SectionWriter::Sum() const { return XXH3_64bits(sums_.data(), sums_.size()); }
 
 std::uint64_t SectionWriter::SumOf(std::span<const std::string_view> names) const {
@@ -276,6 +284,7 @@ SectionParts::SectionParts(ReadPart read, std::uint64_t size, ContentKind kind)
     : read_(std::move(read)) {
   CheckStart(read_(0, std::min<std::uint64_t>(size, kStartLength)), kind);
   std::uint64_t at = kStartLength;
+  // Heads only: what lies between is passed over unread.
   while (places_.empty() || places_.back().section.name != kEnd) {
     Place place;
     place.head = read_(at, std::min<std::uint64_t>(size - at, kHeadLength));

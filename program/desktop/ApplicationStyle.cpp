@@ -1,3 +1,6 @@
+// Three things make the look: a style that draws the controls, a palette, and a style sheet for
+// what the toolkit styles by sheets only. All take their colors from the theme in use; ShowTheme
+// replaces palette and sheet, and the style reads the theme whenever it draws.
 #include "program/desktop/ApplicationStyle.h"
 
 #include <QApplication>
@@ -6,7 +9,6 @@
 #include <QProxyStyle>
 #include <QStyleOption>
 #include <QTabBar>
-#include <QTime>
 #include <QToolButton>
 
 #include "program/desktop/Icons.h"
@@ -16,8 +18,6 @@ namespace desktop {
 namespace {
 
 constexpr double kRound = 4;
-// Width of the runner of a busy progress bar, as a share of the bar.
-constexpr double kRunnerShare = 0.3;
 
 // Painter settings for shapes with soft edges, taken back at the end.
 class SoftPainter {
@@ -42,6 +42,7 @@ QPointF At(const QRectF& rect, double x, double y) {
   return {rect.left() + x * rect.width(), rect.top() + y * rect.height()};
 }
 
+// Half a pixel inwards: a line of width 1 lies on pixels, not between them.
 void DrawBox(QPainter& painter, const QRect& rect, QRgb ground, QRgb edge, double round = kRound) {
   SoftPainter soft(painter);
   soft->setPen(QColor(edge));
@@ -68,6 +69,7 @@ void DrawField(QPainter& painter, const QStyleOption& option, bool isButton) {
           EdgeOf(option));
 }
 
+// Points down at 0 quarter turns, then left, up and right.
 void DrawChevron(QPainter& painter, const QRect& rect, int quarterTurns, bool enabled) {
   constexpr double kHalfWidth = 3.2;
   SoftPainter soft(painter);
@@ -79,6 +81,7 @@ void DrawChevron(QPainter& painter, const QRect& rect, int quarterTurns, bool en
       {{-kHalfWidth, -kHalfWidth / 2}, {0, kHalfWidth / 2}, {kHalfWidth, -kHalfWidth / 2}}));
 }
 
+// In shares of the box, so that it fits any size that a font asks for.
 void DrawTick(QPainter& painter, const QRectF& box, QRgb color) {
   SoftPainter soft(painter);
   soft->setPen(QPen(QColor(color), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
@@ -148,6 +151,7 @@ void DrawSlider(QPainter& painter, const QStyleOptionSlider& slider, const QRect
   const bool lit = enabled && (slider.state & (QStyle::State_MouseOver | QStyle::State_HasFocus));
   const QPoint middle = groove.center();
   const bool flat = slider.orientation == Qt::Horizontal;
+  // One pixel down or right: the middle of an even number of pixels lies between two.
   const QRect line = flat ? QRect(groove.left(), middle.y() - kLine / 2 + 1, groove.width(), kLine)
                           : QRect(middle.x() - kLine / 2 + 1, groove.top(), kLine, groove.height());
   DrawBox(painter, line, PresentTheme().field, PresentTheme().edge, kLine / 2.0);
@@ -176,22 +180,12 @@ void DrawHeader(QPainter& painter, const QStyleOption& option) {
   painter.drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
 }
 
-// Where nobody knows how much there is to do, a short piece runs to and fro whenever the bar is
-// drawn: 0..1.
-double RunnerPlace() {
-  constexpr int kWay = 1200;  // milliseconds
-  const int now = QTime::currentTime().msecsSinceStartOfDay() % (2 * kWay);
-  return (now < kWay ? now : 2 * kWay - now) / static_cast<double>(kWay);
-}
-
+// Only for a bar with a range.
 void DrawProgress(QPainter& painter, const QStyleOptionProgressBar& bar) {
   DrawBox(painter, bar.rect, PresentTheme().field, PresentTheme().edge);
   const double whole = static_cast<double>(bar.maximum) - bar.minimum;
-  const double share = whole > 0 ? (bar.progress - bar.minimum) / whole : kRunnerShare;
   QRect done = bar.rect.adjusted(2, 2, -2, -2);
-  const int room = done.width();
-  done.setWidth(static_cast<int>(room * share));
-  if (whole <= 0) done.translate(static_cast<int>((room - done.width()) * RunnerPlace()), 0);
+  done.setWidth(static_cast<int>(done.width() * ((bar.progress - bar.minimum) / whole)));
   const QRgb color = Is(bar, QStyle::State_Enabled) ? PresentTheme().accent : PresentTheme().edge;
   if (done.width() > 1) DrawBox(painter, done, color, color, 2.5);
 }
@@ -296,8 +290,10 @@ void ApplicationStyle::drawControl(ControlElement element, const QStyleOption* o
       return DrawHeader(*painter, *option);
     case CE_Splitter:
       return DrawSplitter(*painter, *option);
+    // Drawn with the contents.
     case CE_ProgressBarGroove:
       return;
+    // A bar without a range is left to the toolkit, which animates it.
     case CE_ProgressBarContents:
       if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option);
           bar && bar->maximum > bar->minimum) {
@@ -339,6 +335,7 @@ void ApplicationStyle::drawComplexControl(ComplexControl control, const QStyleOp
   QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
 
+// All fields get one height, so that they align where they stand side by side.
 QSize ApplicationStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
                                          const QSize& size, const QWidget* widget) const {
   constexpr int kAroundText = 10;
@@ -358,6 +355,7 @@ QRect ApplicationStyle::subElementRect(SubElement element, const QStyleOption* o
   return isField ? rect.adjusted(kBesideText, 0, -kBesideText, 0) : rect;
 }
 
+// Buttons of boxes without icons; the list of a combo box below it instead of over it.
 int ApplicationStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                                 QStyleHintReturn* more) const {
   switch (hint) {
@@ -411,7 +409,9 @@ QPalette PaletteOf(const Theme& theme) {
   return palette;
 }
 
-// A color of the theme stands as "@" and its name.
+// A color of the theme stands as "@" and its name. Only for what a style cannot draw alone. Once a
+// widget has a rule here the toolkit draws all of it from the sheet and asks the style no more, so
+// fields are left out.
 const char* const kStyleSheet = R"(
   QMainWindow::separator { background: @gap; width: 4px; height: 4px; }
   QMainWindow::separator:hover { background: @accent; }
@@ -490,6 +490,7 @@ constexpr NamedColor kNamed[] = {
     {"@bar", &Theme::bar},
 };
 
+// Replaced in the order of the table, longer names first where one begins with another.
 QString SheetOf(const Theme& theme) {
   QString sheet = kStyleSheet;
   for (const NamedColor& row : kNamed) sheet.replace(row.name, QColor(theme.*row.color).name());
@@ -504,6 +505,7 @@ void ApplyTheme(QApplication&) {
   ShowTheme(DarkTheme());
 }
 
+// A new sheet has every widget laid out again, so the look in use is not set twice.
 void ShowTheme(const Theme& theme) {
   if (&PresentTheme() == &theme && !qApp->styleSheet().isEmpty()) return;
   UseTheme(theme);

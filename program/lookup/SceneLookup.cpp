@@ -24,10 +24,11 @@ using outcome::Shown;
 
 namespace {
 
+// Rows of an answer that still fit on a screen with the question.
 constexpr std::size_t kCandidatesShown = 8;
 constexpr std::string_view kMark = "\uFFFD";
 
-// Where the letter after the one at `at` begins.
+// Where the letter after the one at `at` begins. UTF-8: continuation bytes begin with the bits 10.
 std::size_t NextLetter(std::string_view text, std::size_t at) {
   do {
     ++at;
@@ -95,7 +96,8 @@ std::string NounOf(LONG type) {
   return type == host::Ocamera ? "camera" : type == host::Olight ? "light" : "object";
 }
 
-// The element at the position typed, in a tree of things called `noun`.
+// The element at the position typed, in a tree of things called `noun`. The number counts a
+// pre-order walk from 0; O(position).
 template <class T>
 Result<std::vector<T*>> ByPosition(T* first, const std::string& typed, const std::string& noun) {
   const std::optional<std::size_t> wanted = PositionIn(typed);
@@ -138,6 +140,7 @@ std::vector<BaseObject*> ByName(const BaseDocument& doc, const std::string& type
 }
 
 // The first of `found` with their positions in the tree, a line each with what `called` says.
+// `found` is in the order of the walk, so one pass tells the position of each.
 template <class T, class Called>
 std::string Candidates(T* first, const std::vector<T*>& found, const Called& called) {
   std::string text;
@@ -164,6 +167,8 @@ std::string NoneNamed(const std::string& typed, const std::string& noun, const s
          (known.empty() ? "" : " There are: " + known + ".");
 }
 
+// Names win over positions: a material may well be called "#1". Of the known names a message shows
+// as many as fit into a few lines.
 template <class T>
 Result<std::vector<T*>> FindNamed(T* first, const std::string& typed, const std::string& noun,
                                   bool severalOk) {
@@ -210,6 +215,7 @@ std::vector<std::string> MarksMeant(const std::string& typed,
   return meant;
 }
 
+// The comparison takes time by the product of both lengths, for each name of the scene.
 constexpr std::size_t kLongestCompared = 200;  // longer names are not compared
 constexpr std::size_t kMostMeant = 3;
 
@@ -230,7 +236,9 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
   return row[b.size()];
 }
 
-// How far apart two names are, more than anything where they are not close.
+// How far apart two names are, more than anything where they are not close. Close means a third of
+// the letters mistyped, two in a short name, but not all of them; a part of a longer name is close
+// however long that is.
 std::size_t Distance(const std::string& name, const std::string& known) {
   constexpr std::size_t kFar = 1000;
   if (name.empty() || name.size() > kLongestCompared || known.size() > kLongestCompared)
@@ -251,6 +259,8 @@ std::string PathOf(const BaseObject& object) {
   return path;
 }
 
+// In a pre-order walk the parent of the next object is on the stack already; what is deeper is
+// done. Slashes inside of names count, too: a path that was typed has them as well.
 const std::string& ObjectPaths::StepTo(const BaseObject& object) {
   while (!levels_.empty() && levels_.back().object != object.GetUp()) levels_.pop_back();
   path_.resize(levels_.empty() ? 0 : levels_.back().length);
@@ -262,6 +272,8 @@ const std::string& ObjectPaths::StepTo(const BaseObject& object) {
   return path_;
 }
 
+// A position is what was meant where it looks like one: a name that begins so can be given as a
+// pattern or a path.
 Result<std::vector<BaseObject*>> FindObjects(const BaseDocument& doc, const std::string& typed,
                                              const WantedObjects& wanted) {
   using Found = Result<std::vector<BaseObject*>>;
@@ -333,7 +345,8 @@ std::optional<std::size_t> PositionIn(const std::string& typed) {
 
 bool IsPattern(const std::string& typed) { return typed.find_first_of("*?") != std::string::npos; }
 
-// Goes back to the last * at a mismatch, which then takes a letter more; no earlier one has to.
+// Goes back to the last * at a mismatch, which then takes a letter more; no earlier one has to. At
+// worst the product of both lengths, without recursion.
 bool MatchesPattern(std::string_view text, std::string_view pattern) {
   std::size_t at = 0;
   std::size_t typed = 0;
@@ -359,6 +372,8 @@ bool MatchesPattern(std::string_view text, std::string_view pattern) {
   return pattern.find_first_not_of('*', typed) == std::string_view::npos;
 }
 
+// A set of the known names makes a list of a thousand plain ones cheap; only patterns and misprints
+// walk over all. The first one that means nothing ends it: half of a choice is worse than none.
 Result<std::vector<std::string>> FindMarks(const std::vector<std::string>& typed,
                                            const std::vector<std::string>& known) {
   const std::unordered_set<std::string> there(known.begin(), known.end());
@@ -373,10 +388,11 @@ Result<std::vector<std::string>> FindMarks(const std::vector<std::string>& typed
       continue;
     }
     const std::vector<std::string> meant = MarksMeant(name, known);
-    if (meant.size() > 1 && !IsPattern(name))
+    if (meant.size() > 1 && !IsPattern(name)) {
       return Result<std::vector<std::string>>::Failure(
           "Several Stagemarks are shown as \"" + Shown(name) +
           "\". A pattern with ? or * for what cannot be shown means them.");
+    }
     std::ranges::for_each(meant, add);
     if (!meant.empty()) continue;
     const std::string near = DidYouMean(name, known);

@@ -1,3 +1,6 @@
+// A mark is "Made by stagemarks MAKER HASH", HASH being that of the file without it: in a tEXt
+// chunk of PNG, in a comment at the end of a page, as a last line of anything else. Decision 14
+// says why the mark is in the file.
 #include "program/publish/FileOrigin.h"
 
 #include <zlib.h>
@@ -15,6 +18,8 @@ namespace publishing {
 namespace {
 
 constexpr std::string_view kMark = "Made by stagemarks ";
+// The mark is looked for in so many bytes at the end of a file and nowhere else, so that a large
+// file costs one look and a mark that was copied into the middle counts for nothing.
 constexpr std::size_t kLongestMark = 100;
 constexpr std::string_view kPngBegin = "\x89PNG\r\n\x1a\n";
 constexpr std::string_view kPageBegin = "<!DOCTYPE html>";
@@ -35,7 +40,9 @@ std::string BigEndian(std::uint32_t number) {
   return bytes;
 }
 
-// Text in a chunk of its own, which programs that show pictures skip or tell.
+// Text in a chunk of its own, which programs that show pictures skip or tell. Length, kind,
+// keyword, a NUL, text, CRC of kind and rest, all numbers big-endian (PNG specification, 11.3.4.3
+// tEXt). The four bytes of the kind do not count for the length.
 std::string PngChunk(std::string_view kind, const std::string& text) {
   const std::string body = std::string(kind) + '\0' + text;
   const auto sum =
@@ -44,6 +51,7 @@ std::string PngChunk(std::string_view kind, const std::string& text) {
          BigEndian(static_cast<std::uint32_t>(sum));
 }
 
+// Long enough to end in the empty IEND chunk of 12 bytes, which stays the last one.
 bool IsPng(std::string_view bytes) {
   return bytes.starts_with(kPngBegin) && bytes.size() > kPngBegin.size() + kPngEnd;
 }
@@ -55,7 +63,8 @@ std::string BeforePngEnd(const std::string& bytes, const std::string& chunk) {
 }
 
 // The bytes without their mark, which begins at `mark`; what stands around it depends on the kind
-// of file.
+// of file. In a PNG file length, kind, keyword and NUL stand before the mark, in a page the begin
+// of a comment.
 std::string WithoutMark(std::string_view bytes, std::size_t mark) {
   if (IsPng(bytes)) {
     const std::size_t before = 4 + kChunk.size() + 1;
@@ -75,14 +84,17 @@ std::string WithMaker(const std::string& bytes, const std::string& maker) {
   return BeforePngEnd(bytes, PngChunk(kChunk, mark));
 }
 
+// Readers of TIFF follow offsets from the head and never see bytes behind the last one.
 std::string WithRecord(const std::string& bytes, const std::string& text) {
   if (IsPng(bytes)) return BeforePngEnd(bytes, PngChunk(kRecordChunk, text));
   return IsTiff(bytes) ? bytes + text + "\n" : bytes;
 }
 
-// A mark is good when marking the rest again gives the same bytes.
+// A mark is good when marking the rest again gives the same bytes. Scenes and published files have
+// marks of their own kind. Hashing the whole file again is what makes the answer safe: any change
+// by somebody else makes it nobody's.
 std::string MakerOf(std::string_view bytes) {
-  const std::string scene = engine::SceneOriginOf(bytes);
+  std::string scene = engine::SceneOriginOf(bytes);
   if (!scene.empty()) return scene;
   if (publishing::IsPublished(bytes)) return publishing::HasMark(bytes) ? "publish" : "";
   const std::size_t tail = bytes.size() - std::min(bytes.size(), kLongestMark);

@@ -1,3 +1,7 @@
+// The child's side. It reads an order (the scene as bytes, its path, the dialog's options), then
+// one request after the other, each answered by frames that end in Done or Failure. Every state is
+// loaded onto the scene as it came and taken back by undo. Decision 19 says why this is a process
+// of its own.
 #include "program/worker/StateWorker.h"
 
 #include <unistd.h>
@@ -32,6 +36,8 @@ using engine::Status;
 constexpr const char* kPlugin = "Stagemarks";
 constexpr const char* kStopped = "Stopped.";
 
+// Written by the signal handler, which may do nothing else; lock-free on every machine that this
+// runs on.
 std::atomic<bool> stopAsked{false};
 
 // Without SA_RESTART: SIGTERM must end a read, which could wait forever.
@@ -48,6 +54,7 @@ struct Order {
   std::string scene;
 };
 
+// A request that fails ends the child: what of it is still sound is not asked.
 class StateWorker : public rendering::PictureScene, public rendering::PictureListener {
  public:
   Status Run() {
@@ -100,6 +107,8 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
   bool IsStopped() const override { return stopAsked; }
 
  private:
+  // Nothing at the end of the input, when the pipe is damaged and when a stop is asked for: either
+  // way there is no more work.
   std::optional<Frame> Read() {
     for (;;) {
       if (auto frame = parser_.Next()) return frame;
@@ -111,6 +120,8 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
     }
   }
 
+  // The first note is the path of the scene, which may be empty, the others are options ("1" or "0"
+  // before the label); the scene comes in pieces, and Done ends it.
   Status ReadOrder(Order& order) {
     bool hasPath = false;
     for (auto frame = Read(); frame; frame = Read()) {
@@ -126,6 +137,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
     return Status::Failure("The scene did not arrive.");
   }
 
+  // The bytes are the desktop's unsaved document, the path only says where its textures lie.
   Status Open(const Order& order) {
     auto read = engine::ReadScene(order.scene);
     if (!read) return read.GetStatus();
@@ -186,6 +198,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
     output_.Write(FrameKind::Picture, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   }
 
+  // Sizes differ from state to state, so each is loaded, though nothing is rendered.
   Status TellStates() {
     std::vector<Mark> marks = dialog_->Marks();
     if (marks.empty()) marks.emplace_back();
@@ -249,7 +262,7 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
     if (!files) return files.GetStatus();
     services_.Get().files.Follow(order.folder);
     if (Status made = services_.Get().files.MakeFolders(order.folder); !made) return made;
-    const Status status = order.asPage ? MakePage(order) : MakeFiles(order, files.Value());
+    Status status = order.asPage ? MakePage(order) : MakeFiles(order, files.Value());
     if (status) output_.Write(FrameKind::Done, "");
     return status;
   }
@@ -280,12 +293,14 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
     const auto page = making.Finish(viewer.Value(), order.title, Turn(names.size(), turns));
     if (!page) return page.GetStatus();
     TellNotes(making.Scene().notes);
-    const Status written =
+    Status written =
         publishing::WritePage(services_.Get().files, order.folder, page.Value(), viewer.Value());
     if (written) output_.Write(FrameKind::Written, order.folder + "/" + publishing::kPageFile);
     return written;
   }
 
+  // One set of caches for all files: states share most of their meshes and textures. What stands
+  // there already is replaced: the desktop has asked about it.
   Status MakeFiles(const publishing::PublishOrder& order,
                    const std::vector<publishing::OrderedFile>& files) {
     engine::RenderCaches renderCaches;
@@ -300,15 +315,14 @@ class StateWorker : public rendering::PictureScene, public rendering::PictureLis
           caches);
       for (const std::string& name : file.states) {
         if (Status status = Recall(name); !status) return status;
-        const Status added = publication.AddState(facts[name], Turn(turn++, turns));
+        Status added = publication.AddState(facts[name], Turn(turn++, turns));
         if (!name.empty()) TakeBack();
         if (!added) return added;
       }
       auto scene = publication.Finish(Turn(turn++, turns));
       if (!scene) return scene.GetStatus();
       TellNotes(scene.Value().notes);
-      const Status written =
-          publishing::WriteScene(services_.Get().files, file.path, scene.Take(), true);
+      Status written = publishing::WriteScene(services_.Get().files, file.path, scene.Take(), true);
       if (!written) return written;
       output_.Write(FrameKind::Written, file.path);
     }
@@ -348,6 +362,8 @@ std::string RequestAsText(const PictureRequest& request) {
          " " + request.name;
 }
 
+// The name is the rest, whatever stands in it; sscanf is asked how far it came (%n), because a name
+// may begin with blanks.
 std::optional<PictureRequest> RequestFromText(const std::string& text) {
   PictureRequest request;
   int name = 0;
@@ -397,6 +413,7 @@ std::optional<publishing::PublishOrder> OrderFromText(const std::string& text) {
   return order;
 }
 
+// The length of the date stands in the first line: both it and the name may hold anything.
 std::string StateAsText(const StateFacts& state) {
   const Mark& mark = state.mark;
   return std::to_string(state.size.width) + " " + std::to_string(state.size.height) + " " +

@@ -1,3 +1,6 @@
+// Everything is read from the job folder (decision 63): which pictures there are to be, what the
+// manifests of all machines say of them, and what lies at their places. The scheduler is only asked
+// who still cares for a picture.
 #include "program/commandline/farm/FarmReport.h"
 
 #include <algorithm>
@@ -16,11 +19,13 @@ namespace commandline {
 
 namespace {
 
+// Most failures have one cause.
 constexpr std::size_t kMostFailures = 5;
 constexpr std::size_t kLogLines = 3;
 constexpr const char* kSheetFile = "/sheet.png";
 constexpr std::uint64_t kLargestLog = 1ULL << 26;
 
+// In the order of TaskState; the words are those of --json.
 const char* WordFor(TaskState state) {
   constexpr const char* kWords[] = {"waiting", "running", "done", "failed"};
   return kWords[static_cast<int>(state)];
@@ -44,6 +49,7 @@ std::string SecondsText(double seconds) {
   return text;
 }
 
+// Of pictures that are done; there is no division by none.
 double SecondsEach(const FarmCounts& counts) {
   return counts.seconds / static_cast<double>(std::max<std::size_t>(1, counts.done));
 }
@@ -87,7 +93,8 @@ std::string Cell(const std::string& html, const std::string& kind = "") {
   return "<td" + (kind.empty() ? "" : " class=\"" + kind + "\"") + ">" + html + "</td>";
 }
 
-// One picture on the report's page, which lies in the job's folder.
+// One picture on the report's page, which lies in the job's folder. Links are relative to the job's
+// folder, which may be seen under another path.
 std::string RowOf(const FarmJob& job, const pictures::ManifestLine& task,
                   const TaskOutcome& outcome) {
   const pictures::ManifestLine& line = outcome.line;
@@ -126,6 +133,7 @@ FarmReport::FarmReport(engine::FileSystem& files, const FarmJob& job)
   for (const TaskOutcome& outcome : outcomes_) Count(outcome, counts_);
 }
 
+// The last job of each hand-over, which collects, counts as well.
 engine::Status FarmReport::AskScheduler() {
   std::vector<std::string> jobs;
   for (const FarmSubmission& submission : job_.submissions) {
@@ -142,6 +150,8 @@ engine::Status FarmReport::AskScheduler() {
   return {};
 }
 
+// Waiting or failed, and in no task that the scheduler still has: nobody will do it without being
+// told to.
 std::vector<std::size_t> FarmReport::Abandoned() const {
   std::set<std::size_t> cared;
   for (const QueuedTask& task : queue_) {
@@ -167,6 +177,8 @@ std::string FarmReport::Typed() const {
   return AsTyped(isUsual ? job_.Name() : job_.folder);
 }
 
+// By the pictures done so far, else by what the submission measured; as many side by side as are
+// running.
 double FarmReport::SecondsLeft() const {
   const double each = counts_.done > 0 ? SecondsEach(counts_) : job_.each;
   const auto open = static_cast<double>(counts_.Waiting() + counts_.running);
@@ -207,7 +219,7 @@ void FarmReport::AddTo(Report& report, bool all) const {
   AddPictures(report);
 }
 
-// A line for each state.
+// A line for each state. States are told apart by what is printed of them. In the order of the job.
 void FarmReport::AddStates(Report& report) const {
   std::vector<std::string> order;
   std::map<std::string, FarmCounts> counts;
@@ -257,6 +269,7 @@ std::string FarmReport::LogOf(std::size_t task) const {
   return "";
 }
 
+// With the last lines of the task's own log, where the reason often stands.
 void FarmReport::AddFailures(Report& report, bool all) const {
   std::size_t told = 0;
   for (std::size_t i = 0; i < outcomes_.size(); ++i) {
@@ -291,6 +304,7 @@ void FarmReport::AddPictures(Report& report) const {
   });
 }
 
+// Tasks are counted by state; of waiting ones the scheduler's reason is told.
 void FarmReport::AddScheduler(Report& report) const {
   std::map<std::string, std::size_t> states;
   for (const QueuedTask& task : queue_) {
@@ -316,7 +330,8 @@ void FarmReport::AddScheduler(Report& report) const {
                 " any more: `stagemarks farm retry " + Typed() + "` does.");
 }
 
-// A table with the counts and times of each machine; empty before the first picture.
+// A table with the counts and times of each machine; empty before the first picture. A machine that
+// is slow or fails alone shows here.
 std::string FarmReport::MachinesOnPage() const {
   std::map<std::string, FarmCounts> machines;
   for (const TaskOutcome& outcome : outcomes_) {
@@ -327,10 +342,11 @@ std::string FarmReport::MachinesOnPage() const {
       "<h2>Machines</h2>\n<div class=\"scroll\"><table>\n<tr><th>Machine</th>"
       "<th class=\"n\">Done</th><th class=\"n\">Failed</th><th class=\"n\">Time</th>"
       "<th class=\"n\">Each</th></tr>\n";
-  for (const auto& [name, counts] : machines)
+  for (const auto& [name, counts] : machines) {
     text += "<tr>" + Cell(HtmlText(name)) + Cell(Column(counts.done), "n") +
             Cell(Column(counts.failed), "n") + Cell(DurationText(counts.seconds), "n") +
             Cell(EachText(counts), "n") + "</tr>\n";
+  }
   return text + "</table></div>\n";
 }
 
@@ -365,10 +381,11 @@ std::string FarmReport::Page() const {
     before = ", again ";
   }
   page += "</p>\n";
-  if (files_.Kind(job_.folder + kSheetFile) == engine::FileKind::File)
+  if (files_.Kind(job_.folder + kSheetFile) == engine::FileKind::File) {
     page +=
         "<p><a href=\"sheet.png\"><img class=\"sheet\" src=\"sheet.png\" "
         "alt=\"Contact sheet\"></a><a href=\"page/index.html\">Page with all states</a></p>\n";
+  }
   return page + PicturesOnPage() + MachinesOnPage() + "</body>\n</html>\n";
 }
 

@@ -31,6 +31,7 @@ struct SeverityWords {
   const char* key;  // for a program
   Color color;
 };
+// In the order of gravity, in which they are summed up.
 constexpr SeverityWords kSeverities[] = {{Severity::Error, "error", "errors", Color::Red},
                                          {Severity::Warning, "warning", "warnings", Color::Yellow},
                                          {Severity::Note, "note", "notes", Color::Bold}};
@@ -79,6 +80,8 @@ int PrintCodes(const Program& program) {
   return kDone;
 }
 
+// Looking changes nothing. --fix mends first and looks afterwards, so that the answer is about what
+// is left.
 class CheckVerb {
  public:
   CheckVerb(Program& program, const CheckOptions& options)
@@ -100,21 +103,24 @@ class CheckVerb {
     return kUsage;
   }
 
+  // Before the scene is opened, which may take long.
   int CheckArguments() {
-    if (!options_.only.empty())
+    if (!options_.only.empty()) {
       return Refuse(
           "What a list of names means is shown by `stagemarks list SCENE --only NAMES`. `check` "
           "looks for what is wrong with the Stagemarks of the whole scene.");
+    }
     if (program_.scene.empty())
       return Refuse("SCENE is required\n`stagemarks check --help` explains it.");
     if (options_.fixes.empty() && (program_.write || !program_.output.empty()))
       return Refuse("There is nothing to write without --fix: looking changes nothing.");
     for (const std::string& code : options_.fixes) {
       const FindingKind* kind = engine::FindFindingKind(code);
-      if (!kind)
+      if (!kind) {
         return Refuse("There is no code " + Listed({code}) +
                       ". `stagemarks check --codes` lists all; these can be fixed: " +
                       Joined(FixableCodes()) + ".");
+      }
       if (!kind->fixable)
         return Refuse(Listed({code}) + " has no answer that is safe without a person: " +
                       kind->remedy + " These can be fixed: " + Joined(FixableCodes()) + ".");
@@ -141,6 +147,7 @@ class CheckVerb {
     return kDone;
   }
 
+  // For a person of each kind only as many as are shown; the others are counted in Finding::count.
   int Answer() {
     const host::BaseDocument& doc = session_.Document();
     const std::size_t most = program_.verbose || program_.json ? SIZE_MAX : kMostListed;
@@ -203,6 +210,7 @@ class CheckVerb {
     return end;
   }
 
+  // Notes never fail.
   int Verdict() const {
     const bool fails =
         Count(Severity::Error) > 0 || (options_.strict && Count(Severity::Warning) > 0);

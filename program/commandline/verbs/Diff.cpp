@@ -1,3 +1,6 @@
+// Two Stagemarks of one scene, of two scenes or of texts; all of two files by name; or one and the
+// scene. Nothing is loaded: records are compared (decision 43). Both scenes are open at once, and
+// the left one is active again at the end.
 #include <filesystem>
 #include <optional>
 #include <unordered_map>
@@ -51,8 +54,8 @@ std::string WhichIsMeant(const std::string& scene) {
          "name and --scene.";
 }
 
-// "room.c4d:Day", or a file alone. Files and Stagemarks may have colons in their names: the shortest
-// beginning that is a file is the scene.
+// "room.c4d:Day", or a file alone. Files and Stagemarks may have colons in their names: the
+// shortest beginning that is a file is the scene.
 engine::Result<Place> ReadPlace(const std::string& typed) {
   if (IsFile(typed)) return Place{typed, std::nullopt};
   for (std::size_t colon = typed.find(':'); colon != std::string::npos;
@@ -88,6 +91,8 @@ class DiffVerb {
     return kUsage;
   }
 
+  // Enough names: all are of the scene. One too few: everything that was typed names a place of its
+  // own.
   int ReadPlaces() {
     const std::size_t wanted = options_.scene ? 1 : 2;
     std::vector<std::string> typed = options_.names;
@@ -95,10 +100,11 @@ class DiffVerb {
       for (const std::string& name : typed) places_.push_back({program_.scene, name});
       return kDone;
     }
-    if (typed.size() + 1 != wanted)
+    if (typed.size() + 1 != wanted) {
       return Refuse(
           "Two Stagemarks are needed: SCENE A B, or SCENE1:A SCENE2:B, or SCENE A --scene; or two "
           "files.");
+    }
     typed.insert(typed.begin(), program_.scene);
     for (const std::string& place : typed) {
       auto read = ReadPlace(place);
@@ -148,10 +154,11 @@ class DiffVerb {
     Pair(std::move(left), std::move(right));
     if (places_[0].name || places_[1].name) {
       // The other file has to have a Stagemark that is named; its other ones are not asked for.
-      if (compared_.empty())
+      if (compared_.empty()) {
         return Refuse("There is no Stagemark " +
                       Listed({places_[0].name ? onlyLeft_[0] : onlyRight_[0]}) + " in " +
                       Listed({places_[places_[0].name ? 1 : 0].scene}) + ".");
+      }
       onlyLeft_.clear();
       onlyRight_.clear();
     }
@@ -164,6 +171,7 @@ class DiffVerb {
     return places_[1].isText ? session_.OpenStatesText(scene) : session_.Open(scene);
   }
 
+  // By the file itself, whichever link leads to it.
   bool IsOneScene() const {
     std::error_code error;
     return fs::equivalent(places_[0].scene, places_[1].scene, error);
@@ -199,6 +207,7 @@ class DiffVerb {
 
   bool IsText() const { return places_[0].isText || places_[1].isText; }
 
+  // Elements of one document are the same by identity, of two also by path.
   void Compare(ComparedStates& pair) const {
     engine::CompareOptions compare = Compared();
     compare.parts = PartsToShow(options_.parts);

@@ -109,7 +109,7 @@ host::Vector VectorFrom(const std::vector<double>& numbers) {
   return {numbers[0], numbers[1], numbers[2]};
 }
 
-// "0,100,-5".
+// "0,100,-5". Nothing for anything else; never by the locale.
 std::optional<host::Vector> ReadVector(const std::string& typed) {
   std::array<double, 3> numbers{};
   const char* at = typed.data();
@@ -220,6 +220,7 @@ class ElementWork {
   // --- list
 
   // Straight from a file of ours, without opening the scene; nothing where more is wanted.
+  // Completion asks this with each press of Tab.
   std::optional<int> ListNamesOfFile() {
     const std::string path = AbsolutePath(program_.scene);
     if (!options_.namesOnly || options_.action != kListing || !options_.names.empty() ||
@@ -246,6 +247,7 @@ class ElementWork {
     return ListAll(session_.Document().GetFirstObject());
   }
 
+  // Positions count all elements, also those that are not listed: they are what "#12" means.
   template <class T>
   int ListAll(T* first) {
     Found meant;
@@ -309,6 +311,7 @@ class ElementWork {
     return kDone;
   }
 
+  // Cameras and lights without a place stand where a camera sees everything.
   int AddObject(host::BaseList2D*& made) {
     host::BaseDocument& doc = session_.Document();
     engine::Placement placement;
@@ -338,6 +341,7 @@ class ElementWork {
     return host::Onull;
   }
 
+  // Angles are typed in degrees. Three numbers are a place before they may be a name.
   int ReadPlacement(engine::Placement& placement) {
     if (!options_.at.empty()) placement.at = VectorFrom(options_.at);
     if (!options_.scale.empty()) placement.scale = VectorFrom(options_.scale);
@@ -361,10 +365,11 @@ class ElementWork {
     Found found;
     if (const int status = Find({options_.names[0]}, found); status != kDone) return status;
     if (options_.names[1].empty()) return Refuse("A name is needed.");
-    if (found.size() > 1 && !options_.all)
+    if (found.size() > 1 && !options_.all) {
       return Refuse("\"" + Shown(options_.names[0]) + "\" means " +
                     Counted(found.size(), verb_.noun) +
                     ". --all gives all of them the new name, with numbers behind it.");
+    }
     std::vector<std::string> before;
     for (const host::BaseList2D* element : found) before.push_back(CalledOf(*element));
     auto edit = engine::RenameElements(session_.Document(), found, options_.names[1]);
@@ -381,6 +386,7 @@ class ElementWork {
     return kDone;
   }
 
+  // Names and holders are read before the elements go.
   int Remove() {
     Found found;
     if (const int status = Find(options_.names, found); status != kDone) return status;
@@ -396,10 +402,11 @@ class ElementWork {
     Tell(found.size(), "Removed", Listed(called));
     report_.Put("heldBy", holders);
     // Their records stay.
-    if (!holders.empty())
+    if (!holders.empty()) {
       program_.terminal.Note(
           Counted(holders.size(), "Stagemark") + (holders.size() == 1 ? " holds" : " hold") +
           " something of it: " + Listed(holders) + ". Loading passes over what is gone.");
+    }
     return kDone;
   }
 
@@ -424,6 +431,7 @@ class ElementWork {
     return kDone;
   }
 
+  // Interrupted, the edit is taken back as a whole.
   int Carry(engine::StepwiseEdit edit) {
     const std::string what = edit.name;
     const bool done = engine::RunWhole(session_.Document(), std::move(edit), [&](double share) {
@@ -460,6 +468,11 @@ void AddPlacement(Verb verb, ElementOptions& options) {
       .Count(3);
 }
 
+std::string NamesHelp(bool havePaths) {
+  return std::string("Those that are meant: name, ") + (havePaths ? "/path, " : "") +
+         "#position, or a pattern with * for several; for add the new name, for rename OLD and NEW";
+}
+
 void AddElementVerb(Arguments& arguments, Program& program, const ElementVerb& row) {
   Verb verb = arguments.AddVerb(row.name, row.help);
   auto options = std::make_shared<ElementOptions>();
@@ -467,11 +480,7 @@ void AddElementVerb(Arguments& arguments, Program& program, const ElementVerb& r
   if (row.IsOfObjects()) actions.emplace_back(kPlace);
   verb.Add("ACTION", options->action, "What to do").OneOf(actions).Required();
   AddScene(verb, program);
-  verb.Add("NAMES", options->names,
-           row.IsOfObjects() ? "Those that are meant: name, /path, #position, or a pattern with * "
-                               "for several; for add the new name, for rename OLD and NEW"
-                             : "Those that are meant: name, #position, or a pattern with * for "
-                               "several; for add the new name, for rename OLD and NEW");
+  verb.Add("NAMES", options->names, NamesHelp(row.IsOfObjects()).c_str());
   verb.AddFlag("--all", options->all, "A name that several have means all of them");
   verb.AddFlag("--names", options->namesOnly, "Of a list the names only, one a line")
       .Excludes("--json");
@@ -486,12 +495,13 @@ void AddElementVerb(Arguments& arguments, Program& program, const ElementVerb& r
     verb.Add("--under", options->under, "The object below which to add it").Word("OBJECT");
     AddPlacement(verb, *options);
   }
-  if (row.elements == ElementClass::Materials)
+  if (row.elements == ElementClass::Materials) {
     verb.Add("--color", options->color, "Of a new one: its color, from 0 to 1")
         .Word("R,G,B")
         .Separated(',')
         .Count(3)
         .Shares();
+  }
   verb.BeginSection("Options");
   AddKeeping(verb, program);
   verb.Footer(row.footer);

@@ -34,6 +34,7 @@ struct SwitchWords {
   host::LONG value;
   const char* words;
 };
+// The flags of a layer are fields that count down from kFieldLayerFlags, in the host's order.
 constexpr SwitchWords kSwitches[] = {
     {Part::Objects, engine::kFieldEditorMode, host::MODE_OFF, "hidden in the editor"},
     {Part::Objects, engine::kFieldRenderMode, host::MODE_OFF, "hidden in renders"},
@@ -95,10 +96,11 @@ class Contents {
     report.PutObject("counts", counts);
     report.PutList("switches");
     for (std::size_t i = 0; i < std::size(kSwitches); ++i) {
-      if (switches_[i] > 0)
+      if (switches_[i] > 0) {
         report.Append("switches", {{"part", engine::RowOf(kSwitches[i].part).word},
                                    {"words", kSwitches[i].words},
                                    {"count", switches_[i]}});
+      }
     }
     report.Put("gone", contents_.gone);
     report.PutStream("elements", [this](const auto& append) {

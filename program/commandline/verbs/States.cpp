@@ -28,6 +28,7 @@ struct StatesOptions {
   bool dryRun = false;
 };
 
+// Streamed: the text of a large scene is larger than the scene.
 int Export(Session& session, const StatesOptions& options) {
   std::vector<engine::StoredState> states;
   if (const int status = session.ReadMarks(options.names, states); status != kDone) return status;
@@ -99,6 +100,7 @@ class Import {
     });
   }
 
+  // By the end of the sentence: the engine's messages know no options of this program.
   static std::string Advice(const std::string& message) {
     if (message.ends_with("already."))
       return " Give it another name with --rename, or say --replace or --keep.";
@@ -129,10 +131,11 @@ class Import {
         {{"byIdentity", taken.byIdentity}, {"byPath", taken.byPath}, {"byName", taken.byName}});
     report.Put("ambiguous", taken.ambiguous);
     report.Put("missing", taken.missing);
-    if (taken.byPath + taken.byName > 0)
+    if (taken.byPath + taken.byName > 0) {
       report.Line("Found " + Counted(taken.byIdentity, "element") + " by identity, " +
                   std::to_string(taken.byPath) + " at the same place, " +
                   std::to_string(taken.byName) + " by name alone.");
+    }
     AddElements(report, "Not in the scene", taken.missing);
     AddElements(report, "Several of that name, none at that place", taken.ambiguous);
     if (!options_.dryRun) return session_.Keep(report);
@@ -141,6 +144,7 @@ class Import {
     return kDone;
   }
 
+  // For a person only the first few, unless -v asks for all; the report for a program has all.
   void AddElements(Report& report, const char* title, const Names& elements) const {
     constexpr std::size_t kMostListed = 10;
     if (elements.empty()) return;
@@ -157,6 +161,8 @@ class Import {
   const StatesOptions& options_;
 };
 
+// An export changes nothing, so a place to keep the scene is a mistake. In a `run` each step is
+// told to write, which says nothing of what was typed.
 int RunStates(Program& program, const StatesOptions& options) {
   const bool exports = options.action == kExport;
   if (exports && !program.open && (program.write || !program.output.empty())) {

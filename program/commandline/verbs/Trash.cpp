@@ -25,6 +25,7 @@ struct TrashOptions {
   std::string as;
 };
 
+// Padded, so that what follows stands in a column.
 const char* Reason(const DeletedState& state) {
   return state.overwritten ? "recorded over" : "deleted      ";
 }
@@ -67,6 +68,8 @@ std::size_t PositionOf(const DeletedStates& states, const std::string& name) {
   return position - 1;
 }
 
+// All names are looked up before the first is given back; positions are asked anew, since they
+// move.
 int Restore(Session& session, const TrashOptions& options) {
   Program& program = session.GetProgram();
   host::BaseDocument& doc = session.Document();
@@ -93,9 +96,8 @@ int Restore(Session& session, const TrashOptions& options) {
     const auto restored = engine::RestoreDeleted(
         session.GetServices(), doc, PositionOf(engine::DeletedStatesOf(doc), name), options.as);
     if (!restored) {
-      program.terminal.Error(restored.Message() + (restored.Message().ends_with("another name.")
-                                                       ? " --as NEW does."
-                                                       : ""));
+      const bool isTaken = restored.Message().ends_with("another name.");
+      program.terminal.Error(restored.Message() + (isTaken ? " --as NEW does." : ""));
       return kFailed;
     }
     report.Append("restored", {{"name", name}, {"as", restored.Value()}});

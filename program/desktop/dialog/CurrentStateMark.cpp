@@ -1,3 +1,5 @@
+// A comparison that stops at the first thing that differs: hollow is found out soon, and only full
+// needs a look at everything.
 #include "program/desktop/dialog/CurrentStateMark.h"
 
 #include <algorithm>
@@ -5,8 +7,6 @@
 #include "program/desktop/dialog/ListView.h"
 
 namespace desktop {
-
-namespace {}  // namespace
 
 CurrentStateMark::CurrentStateMark(const StatesDialog& states)
     : states_(states),
@@ -17,6 +17,9 @@ CurrentStateMark::CurrentStateMark(const StatesDialog& states)
   QObject::connect(&pause_, &QTimer::timeout, &pause_, [this] { slices_.Start(); });
 }
 
+// The star stays as it is until the comparison is through, except in another document or list. A
+// large scene is compared when it has rested for a moment: during a drag each comparison would be
+// for nothing.
 void CurrentStateMark::Follow(host::BaseDocument* doc) {
   Question question;
   question.list = states_.List();
@@ -38,6 +41,7 @@ void CurrentStateMark::Follow(host::BaseDocument* doc) {
   pause_.start();
 }
 
+// The state that is current and still has a record; without one the star stays full.
 bool CurrentStateMark::Advance() {
   const host::BaseDocument* doc = FindOpenDocument(asked_.doc);
   // Changed since: the next Follow begins anew.
