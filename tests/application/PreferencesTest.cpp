@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <iomanip>
 #include <limits>
+#include <sstream>
 
 #include "engine/core/ContainerContents.h"
 #include "tests/support/ScratchFolder.h"
@@ -226,6 +229,26 @@ TEST_F(WorldData, FilesOfVersion1AreReadAndWrittenAnew) {
   ASSERT_NE(reader.Get(kId), nullptr);
   EXPECT_TRUE(engine::Identical(*reader.Get(kId), expected));
   EXPECT_EQ(tests::Names(folder), "preferences");
+}
+
+// Their sum is that of what they hold, and what they hold makes no sense.
+TEST_F(WorldData, FilesOfVersion1ThatMakeNoSenseAreRefused) {
+  const std::pair<const char*, host::LONG> rows[] = {
+      {"container 5 3\nlong 1 77\nend\n", 77},  {"end\ncontainer 5 3\nlong 1 77\nend\n", -1},
+      {"container 5 3\nlong 1 77\n", -1},       {"long 1 77\n", -1},
+      {"container 5 3\nlong 1\nend\n", -1},     {"container 5 3\nlink 1\nend\n", -1},
+      {"container 5 3\nlength 1 77\nend\n", -1}};
+  ASSERT_TRUE(services.files.MakeFolders(folder));
+  for (const auto& [body, stored] : rows) {
+    const std::string text = std::string("stagemarks preferences 1\n") + body;
+    std::uint64_t sum = 14695981039346656037U;
+    for (const char c : text) sum = (sum ^ static_cast<unsigned char>(c)) * 1099511628211U;
+    std::ostringstream line;
+    line << "checksum " << std::hex << std::setw(16) << std::setfill('0') << sum << "\n";
+    tests::WriteText(file, text + line.str());
+    EXPECT_EQ(Stored(5), stored) << body;
+    EXPECT_EQ(std::filesystem::exists(file), stored == 77) << body;
+  }
 }
 
 TEST_F(WorldData, WithoutAUserFolderNothingIsWritten) {

@@ -1,5 +1,5 @@
-// Files of other formats from the shell: their states become Stagemarks, a newer file is brought into
-// a scene that was worked on, textures come along, and the same file gives the same scene.
+// Files of other formats from the shell: their states become Stagemarks, a newer file is brought
+// into a scene that was worked on, textures come along, and the same file gives the same scene.
 #include <cstring>
 #include <filesystem>
 #include <fstream>

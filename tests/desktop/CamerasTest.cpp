@@ -107,6 +107,7 @@ TEST(Cameras, NewOneSeesTheSameAndIsOneStep) {
       host::BaseObject* flat = desk.AddCamera("Flat", At(-900));
       flat->GetDataInstance()->SetLong(host::CAMERA_PROJECTION, 1);
       flat->GetDataInstance()->SetReal(host::CAMERA_WIDTH, 777);
+      flat->GetDataInstance()->SetReal(host::CAMERA_FOV_VERTICAL, 0.5);
       desk.View().LookThrough(engine::IdOf(*flat));
       ASSERT_TRUE(desk.WaitForPicture());
     }
@@ -122,8 +123,8 @@ TEST(Cameras, NewOneSeesTheSameAndIsOneStep) {
       EXPECT_EQ(desk.View().CameraObject(), made);
       const auto its = engine::CameraOf(*made);
       EXPECT_EQ(its->frame, seen.frame);
-      EXPECT_EQ(std::tuple(its->fov, its->isParallel, its->width),
-                std::tuple(seen.fov, parallel, seen.width));
+      EXPECT_EQ(std::tuple(its->fov, its->fovVertical, its->isParallel, its->width),
+                std::tuple(seen.fov, parallel ? 0.5 : 0, parallel, seen.width));
     }
     EXPECT_EQ(desk.Steps(), steps + 2);
     desk.App().Undo();

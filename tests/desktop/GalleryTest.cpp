@@ -1,5 +1,5 @@
-// The gallery: every Stagemark with its picture and what it says of it, chosen and loaded with mouse
-// and keys, and the keys that load the next one from anywhere.
+// The gallery: every Stagemark with its picture and what it says of it, chosen and loaded with
+// mouse and keys, and the keys that load the next one from anywhere.
 #include "program/desktop/panels/GalleryPanel.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// A file with states at the desktop: they come in as Stagemarks, and a newer file is brought into the
-// scene in one undo step without disturbing them.
+// A file with states at the desktop: they come in as Stagemarks, and a newer file is brought into
+// the scene in one undo step without disturbing them.
 #include <QStatusBar>
 #include <nlohmann/json.hpp>
 

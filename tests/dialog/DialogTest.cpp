@@ -92,9 +92,12 @@ TEST(Dialog, AnIdIsTakenOnce) {
   EXPECT_FALSE(dialog.AddChild(sample::kCombo, sample::kFirstChoice, "again"));
   EXPECT_FALSE(dialog.AddChild(sample::kButton, 1, "no combo"));
   EXPECT_FALSE(dialog.MenuAddString(sample::kEntry, "again"));
+  EXPECT_FALSE(dialog.GroupBegin(sample::kField, 0, 1, 0, "again", 0));
   EXPECT_FALSE(dialog.GroupEnd());
   EXPECT_EQ(dialog.AddCustomGui(500, 12345, "unknown kind", 0, 0, 0, host::BaseContainer()),
             nullptr);
+  EXPECT_EQ(dialog.FindCustomGui(sample::kPicture, host::CUSTOMGUI_BITMAPBUTTON), dialog.picture);
+  EXPECT_EQ(dialog.FindCustomGui(sample::kPicture, 12345), nullptr);
   EXPECT_TRUE(dialog.AddSeparatorV(0));
   EXPECT_TRUE(dialog.AddSeparatorV(0));
 }
@@ -200,6 +203,8 @@ TEST(DialogMenus, EntriesAreFoundAndMarkedAtEveryDepth) {
   dialog.MenuFlushAll();
   EXPECT_EQ(engine::FindMenuEntry(dialog, sample::kEntry), nullptr);
   EXPECT_FALSE(dialog.MenuSubEnd());
+  EXPECT_FALSE(dialog.MenuAddString(0, "as good as a separator"));
+  EXPECT_TRUE(dialog.MenuAddString(1, "the lowest ID"));
 }
 
 }  // namespace

@@ -136,6 +136,17 @@ TEST_F(List, OnlyExistingLinesCanBeSelected) {
   EXPECT_EQ(Selected(), 2);
 }
 
+TEST_F(List, OnlyExistingLinesAreFound) {
+  Add(7, "first");
+  Add(3, "second");
+  std::string found;
+  for (host::LONG line = -1; line <= 2; ++line) {
+    host::LONG id = 0;
+    found += list_.GetItemLine(line, &id, nullptr) ? std::to_string(id) + " " : "- ";
+  }
+  EXPECT_EQ(found, "- 7 3 - ");
+}
+
 TEST_F(List, TellsOncePerDataChanged) {
   ChangeCounter counter;
   list_.RemoveAll();

@@ -15,15 +15,16 @@ TEST(ListText, LinesUpCellsOfEveryWidth) {
   columns.SetLong(1, host::LV_COLUMN_TEXT);
   columns.SetLong(2, host::LV_COLUMN_TEXT);
   ASSERT_TRUE(dialog.list.SetLayout(2, columns));
-  const char* names[] = {"plain", "日本", "e\xcc\x81t\xc3\xa9", "esc\x1b[2J", "cut\xe6\x97"};
+  const char* names[] = {"pl\xc2\xa0in", "日本", "e\xcc\x81t\xc3\xa9", "esc\x1b[2J", "cut\xe6\x97"};
   for (host::LONG i = 0; i < 5; ++i) {
     host::BaseContainer row;
     row.SetString(1, names[i]);
     row.SetLong(2, i);
     dialog.list.SetItem(i, row);
   }
-  EXPECT_EQ(engine::ListAsText(dialog, sample::kList),
-            "  plain   0\n  日本    1\n  e\xcc\x81t\xc3\xa9     2\n  esc�[2J 3\n  cut��   4\n");
+  EXPECT_EQ(
+      engine::ListAsText(dialog, sample::kList),
+      "  pl\xc2\xa0in   0\n  日本    1\n  e\xcc\x81t\xc3\xa9     2\n  esc�[2J 3\n  cut��   4\n");
   EXPECT_EQ(engine::ListAsText(dialog, sample::kButton), "");
 }
 

@@ -17,6 +17,8 @@ using engine::Placement;
 using host::Vector;
 using tests::SceneBuilder;
 
+constexpr double kQuarterTurn = 1.57079632679489661923;
+
 struct NamedScene : SceneBuilder {
   NamedScene() {
     Cube("A").Object("A/In").Camera("B").Object("A.1").Material("Red").Material("Blue");
@@ -80,7 +82,9 @@ TEST(ElementCommands, PlacesAreThoseOfTheSceneWhateverIsAbove) {
       {{.at = Vector(0, 0, 0), .target = {}, .angles = {}, .scale = Vector(1, 1, 1)},
        {0, 0, 0},
        {0, 0, 1}},
-      {{.at = {}, .target = {}, .angles = Vector(0, 0, 0), .scale = {}}, {0, 0, 0}, {0, 0, 1}},
+      {{.at = {}, .target = {}, .angles = Vector(0, kQuarterTurn, 0), .scale = {}},
+       {0, 0, 0},
+       {1, 0, 0}},
   };
   for (std::size_t i = 0; i < std::size(rows); ++i) {
     auto edit = engine::PlaceObjects(scene.Doc(), {&inner}, rows[i].placement);

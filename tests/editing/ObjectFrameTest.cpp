@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "engine/editing/ObjectCommands.h"
 #include "engine/editing/ObjectFrame.h"
 
 namespace {
@@ -34,6 +35,25 @@ TEST(ObjectFrame, GivesBackAnglesAndScales) {
         }
       }
     }
+  }
+}
+
+TEST(ObjectFrame, LooksAtAPlaceAndStandsUpright) {
+  struct Case {
+    Vector target;
+    Vector right;
+    Vector up;
+    Vector way;
+  };
+  const Vector at(1, 2, 3);
+  for (const Case& c : {Case{{4, 2, 7}, {0.8, 0, -0.6}, {0, 1, 0}, {0.6, 0, 0.8}},
+                        Case{{1, 7, 3}, {-1, 0, 0}, {0, 0, 1}, {0, 1, 0}},
+                        Case{at, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}) {
+    const Matrix frame = engine::LookAt(at, c.target);
+    EXPECT_EQ(frame.off, at);
+    ExpectNear(frame.v1, c.right);
+    ExpectNear(frame.v2, c.up);
+    ExpectNear(frame.v3, c.way);
   }
 }
 

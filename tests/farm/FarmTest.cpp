@@ -1,5 +1,5 @@
-// The farm from the shell: what is submitted is rendered, whatever happens meanwhile, once each, and
-// to the very bytes of a render on one machine; and what goes wrong is said.
+// The farm from the shell: what is submitted is rendered, whatever happens meanwhile, once each,
+// and to the very bytes of a render on one machine; and what goes wrong is said.
 #include <unistd.h>
 
 #include <filesystem>

@@ -1,6 +1,6 @@
-// SlurmCluster: a scheduler of the tests' own: controller, three nodes and their authentication, all
-// on this machine and in one folder, on free ports of the loopback. Its programs are children of
-// the test and end with it, however it ends; what they started is ended by the destructor. Main
+// SlurmCluster: a scheduler of the tests' own: controller, three nodes and their authentication,
+// all on this machine and in one folder, on free ports of the loopback. Its programs are children
+// of the test and end with it, however it ends; what they started is ended by the destructor. Main
 // thread; one at a time.
 #pragma once
 
@@ -30,7 +30,8 @@ class SlurmCluster {
   // The log files of its programs, for the message of a failed test.
   std::string Logs() const;
 
-  // A node as if its machine had lost power: daemon, steps and what they run. And switched on again.
+  // A node as if its machine had lost power: daemon, steps and what they run. And switched on
+  // again.
   void KillNode(const std::string& node);
   void StartNode(const std::string& node);
   // Ends the controller in order, and starts it again.

@@ -40,8 +40,9 @@ TEST_F(ForeignText, NamesOfObjAreKeptHoweverTheyAreWritten) {
   EXPECT_EQ(MaterialName(), "Caf\xC3\xA9");
   for (const bool isBigEndian : {false, true}) {
     Import("wide.obj",
-           Utf16(u"v 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl Caf\u00E9\U0001F600\nf 1 2 3\n", isBigEndian));
-    EXPECT_EQ(MaterialName(), "Caf\xC3\xA9\xF0\x9F\x98\x80") << isBigEndian;
+           Utf16(u"v 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl Caf\u00E9\U0001F600\uE000\xDFFF\nf 1 2 3\n",
+                 isBigEndian));
+    EXPECT_EQ(MaterialName(), "Caf\xC3\xA9\xF0\x9F\x98\x80\xEE\x80\x80\xEF\xBF\xBD") << isBigEndian;
     EXPECT_EQ(Counts().polygons, 1U);
   }
 }
@@ -77,8 +78,10 @@ const std::u16string kCollada =
     u"<unit meter=\"0.01\"/><up_axis> Y_UP</up_axis></asset><library_lights>"
     u"<light id=\"l\" name=\"l\"><technique_common><point><color>\n\t 1 0.5 0.25</color></point>"
     u"</technique_common></light></library_lights>"
-    u"<library_visual_scenes><visual_scene id=\"s\"><node id=\"The id\"><translate>  1 2 3"
-    u"</translate><instance_light url=\"#l\"/></node><node id=\"b\" name=\"a>  b\"/>"
+    u"<library_visual_scenes><visual_scene id=\"s\"><node id=\"The id\">"
+    u"<translate sid=\"t\">  1 2 3"
+    u"</translate><scale>0 3 1</scale><instance_light url=\"#l\"/></node><node id=\"b\" name=\"a>  "
+    u"b\"/>"
     u"</visual_scene></library_visual_scenes><scene><instance_visual_scene url=\"#s\"/></scene>"
     u"</COLLADA>";
 
@@ -89,6 +92,8 @@ TEST_F(ForeignText, NumbersOfColladaMayStandBehindBlanks) {
     const host::BaseObject* light = Only("The id");
     ASSERT_NE(light, nullptr) << "a node without a name has its id";
     EXPECT_NEAR(light->GetMg().off.y, 2, 1e-5);
+    EXPECT_EQ(light->GetMl().v1, host::Vector(0)) << "an axis without a length has none";
+    EXPECT_NEAR(light->GetMl().v2.y, 1, 1e-6);
     EXPECT_NEAR(light->GetDataInstance()->GetVector(host::LIGHT_COLOR).z, 0.25, 1e-6);
     EXPECT_NE(Only("a>  b"), nullptr);
   }

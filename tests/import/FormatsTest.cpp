@@ -1,6 +1,6 @@
 // The table of docs/FORMATS.md is what imports of this repository's scenes bring, format by format.
-// With STAGEMARKS_EXTRA_SCENES and STAGEMARKS_FORMATS_TABLE set, a table of all scenes below the first
-// is written to the second.
+// With STAGEMARKS_EXTRA_SCENES and STAGEMARKS_FORMATS_TABLE set, a table of all scenes below the
+// first is written to the second.
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>

@@ -1,7 +1,6 @@
 // Small glTF files that the test writes itself: every way in which a file can hold its numbers,
 // skins, materials and names, and what is said about those that cannot be read.
 #include <cmath>
-#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "engine/import/ImportedStates.h"
@@ -198,7 +197,7 @@ TEST_F(GltfReader, EveryWayToNameTrianglesGivesThem) {
   for (const Case& c : cases) {
     Source source;
     Json& part = source.Mesh({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0});
-    part["mode"] = c.mode;
+    part["mode"] = c.mode * 1.0;  // 4.0 for 4, as some programs write
     if (c.kind != 0)
       part["indices"] =
           source.Numbers(c.kind, "SCALAR", static_cast<int>(c.indices.size()), c.indices);
@@ -256,8 +255,8 @@ Source Skinned() {
       {{"joints", {2, 3}}, {"inverseBindMatrices", source.Numbers(kFloat, "MAT4", 2, binds)}}};
   source.json["scenes"][0]["nodes"] = {0, 1};
   source.json["nodes"] = {
-      {{"name", "N"}, {"mesh", 0}, {"skin", 0}, {"translation", {5, 6, 7}}, {"scale", {2, 3, 4}}},
       {{"name", "Armature"}, {"children", {2}}, {"translation", {0, 10, 0}}},
+      {{"name", "N"}, {"mesh", 0}, {"skin", 0}, {"translation", {5, 6, 7}}, {"scale", {2, 3, 4}}},
       {{"name", "J0"}, {"children", {3}}, {"translation", {0, 0, 1}}},
       {{"name", "J1"}, {"rotation", {0, 0, std::sqrt(0.5), std::sqrt(0.5)}}}};
   return source;
@@ -408,36 +407,37 @@ TEST_F(GltfReader, WhatIsDamagedIsSaid) {
     Json value;
     const char* message;
   };
-  const std::vector<Case> cases = {
-      {"/bufferViews/0/byteLength", 3600, "buffer 0 is too short: it has 36 bytes, and 3600"},
-      {"/bufferViews/0/byteOffset", -1, "\"byteOffset\" is not a whole number from 0 on."},
-      {"/bufferViews/0/byteOffset", 18446744073709551615ULL, "\"byteOffset\" is not a whole"},
-      {"/bufferViews/0/buffer", 7, "entry 7 of \"buffers\" does not exist."},
-      {"/accessors/0/count", 4, "accessor 0 goes beyond its buffer view."},
-      {"/accessors/0/count", 4294967296, "accessor 0 has too many elements."},
-      {"/accessors/0/byteOffset", 18446744073709551614ULL, "accessor 0 goes beyond"},
-      {"/accessors/0/type", "VEC2", "the points of a mesh have 2 numbers each."},
-      {"/accessors/0/componentType", 5130, "numbers of the component type 5130 are not known."},
-      {"/meshes/0/primitives/0/mode", 9, "a mesh is of the mode 9, which is not known."},
-      {"/meshes/0/primitives/0/material", 3, "entry 3 of \"materials\" does not exist."},
-      {"/meshes/0/primitives", "none", "\"primitives\" is not a list."},
-      {"/nodes/0/mesh", 5, "entry 5 of \"meshes\" does not exist."},
-      {"/nodes/0/skin", 0, "entry 0 of \"skins\" does not exist."},
-      {"/nodes/0/matrix", {1, 2}, "a node's matrix has 2 numbers."},
-      {"/nodes/0/translation", {1, "x", 2}, "\"translation\" is not a number."},
-      {"/scenes/0/nodes", {4}, "entry 4 of \"nodes\" does not exist."},
-      {"/asset/version", "3.0", "it is of version 3.0 of glTF."}};
-  for (const Case& c : cases) {
+  for (const Case& c : std::vector<Case>{
+           {"/bufferViews/0/byteLength", 3600, "buffer 0 is too short: it has 36 bytes, and 3600"},
+           {"/bufferViews/0/byteOffset", -1, "\"byteOffset\" is not a whole number from 0 on."},
+           {"/bufferViews/0/byteOffset", 18446744073709551615ULL, "\"byteOffset\" is not a whole"},
+           {"/bufferViews/0/buffer", 7, "entry 7 of \"buffers\" does not exist."},
+           {"/accessors/0/count", 4, "accessor 0 goes beyond its buffer view."},
+           {"/accessors/0/count", 4294967296, "accessor 0 has too many elements."},
+           {"/accessors/0/byteOffset", 18446744073709551614ULL, "accessor 0 goes beyond"},
+           {"/accessors/0/type", "VEC2", "the points of a mesh have 2 numbers each."},
+           {"/accessors/0/componentType", 5130, "of the component type 5130 are not known."},
+           {"/meshes/0/primitives/0/mode", 9, "a mesh is of the mode 9, which is not known."},
+           {"/meshes/0/primitives/0/material", 3, "entry 3 of \"materials\" does not exist."},
+           {"/meshes/0/primitives", "none", "\"primitives\" is not a list."},
+           {"/nodes/0/mesh", 0.5, "\"mesh\" is not a whole number from 0 on."},
+           {"/nodes/0/mesh", 5, "entry 5 of \"meshes\" does not exist."},
+           {"/nodes/0/skin", 0, "entry 0 of \"skins\" does not exist."},
+           {"/nodes/0/matrix", {1, 2}, "a node's matrix has 2 numbers."},
+           {"/nodes/0/translation", {1, "x", 2}, "\"translation\" is not a number."},
+           {"/scenes/0/nodes", {4}, "entry 4 of \"nodes\" does not exist."},
+           {"/asset/version", "3.0", "it is of version 3.0 of glTF."}}) {
     Source source;
     source.Mesh(kTriangle);
     source.json[Json::json_pointer(c.place)] = c.value;
-    EXPECT_NE(Refusal(Write(source)).find(std::string("The file cannot be read: ") + c.message),
-              std::string::npos)
-        << c.place;
+    const std::string why = std::string("The file cannot be read: ") + c.message;
+    EXPECT_NE(Refusal(Write(source)).find(why), std::string::npos) << c.place;
   }
   Source skinned = Skinned();
   skinned.json["skins"][0]["joints"] = {2};
   EXPECT_NE(Refusal(Write(skinned)).find("names joint 1, and its skin has 1."), std::string::npos);
+  skinned.json["skins"][0]["joints"] = {99};
+  EXPECT_NE(Refusal(Write(skinned)).find("entry 99 of \"nodes\" does not"), std::string::npos);
 }
 
 TEST_F(GltfReader, NodesStandInOnePlaceEach) {
@@ -524,7 +524,7 @@ TEST_F(GltfReader, PicturesOfASurfaceComeWithTheirStrengthsAndSamplers) {
                    {"normalTexture", {{"index", 0}, {"scale", 0.25}}},
                    {"occlusionTexture", {{"index", 1}, {"strength", 0.75}}},
                    {"extensions", {{"KHR_materials_transmission", {{"transmissionFactor", 0.5}}}}}};
-  source.json["materials"] = {material};
+  source.json["materials"] = Json::array({material});
   Import(source);
   const host::BaseMaterial& made = *Doc().GetFirstMaterial();
   const host::BaseContainer& data = *made.GetDataInstance();
@@ -568,7 +568,7 @@ TEST_F(GltfReader, PicturesThatLieByOtherCoordinatesAreNamedAndNotShown) {
     Json material = {{"name", "Wall"}, {"occlusionTexture", {{"index", 0}, {"texCoord", dark}}}};
     if (color >= 0)
       material["pbrMetallicRoughness"]["baseColorTexture"] = {{"index", 0}, {"texCoord", color}};
-    source.json["materials"] = {material};
+    source.json["materials"] = Json::array({material});
     Import(source);
     const bool isLeftOut = color == 0 && dark == 1;
     const engine::Mesh& shown = *engine::MeshOf(*Doc().GetFirstObject());

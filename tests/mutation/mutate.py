@@ -38,18 +38,20 @@ TESTS = {
     'engine/states': ['test_states'],
     'engine/scenefile': ['test_scenefile'],
     'engine/import': ['test_import'],
+    'engine/update': ['test_update'],
     'engine/render': ['test_render'],
     'engine/publish': ['test_publish'],
     'engine/dialog': ['test_dialog'],
     'engine/application': ['test_application', 'test_threads'],
-    'source/Stagemarks': ['test_source'],
+    'source': ['test_source', 'test_hostcalls'],
 }
 # Build targets by folder of code.
 TARGETS = {folder: folder.replace('/', '_') for folder in TESTS}
-TARGETS['source/Stagemarks'] = 'stagemarks_code'
+TARGETS['source'] = 'stagemarks_code'
 PROGRAMS_NEEDED_BY = {
     'test_application',
     'test_editing',
+    'test_hostcalls',
     'test_publish',
     'test_render',
     'test_source',

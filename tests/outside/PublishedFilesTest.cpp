@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <future>
 
+#include "engine/outside/Viewer.h"
 #include "host/Application.h"
 #include "host/Files.h"
 #include "tests/support/ScratchFolder.h"
@@ -108,6 +112,26 @@ TEST_F(PublishedFiles, PromptsStatusViewerAndClockGoToTheServices) {
   host::GeGetCurrentTime(time);
   EXPECT_EQ(time.year * 10000 + time.month * 100 + time.day, 20110203);
   EXPECT_EQ(time.hour * 10000 + time.minute * 100 + time.second, 40506);
+}
+
+// The system's own program for opening files is one of the test's, which fails.
+TEST_F(PublishedFiles, AViewerThatFailsIsHeardOf) {
+  const std::string program = scratch / "xdg-open";
+  tests::WriteText(program, "#!/bin/sh\nexit 3\n");
+  fs::permissions(program, fs::perms::owner_all);
+  tests::WriteText(scratch / "a.pdf", "x");
+  const std::string path = std::getenv("PATH");
+  ::setenv("PATH", (scratch.Path() + ":" + path).c_str(), 1);
+  std::promise<std::string> failed;
+  engine::ListenForFailedViewers([&failed](const std::string& file) { failed.set_value(file); });
+  engine::SystemViewer viewer(services.files, services.ledger);
+  EXPECT_TRUE(viewer.Open(scratch / "a.pdf"));
+  std::future<std::string> heard = failed.get_future();
+  const bool came = heard.wait_for(std::chrono::minutes(1)) == std::future_status::ready;
+  engine::ListenForFailedViewers({});
+  ::setenv("PATH", path.c_str(), 1);
+  ASSERT_TRUE(came);
+  EXPECT_EQ(heard.get(), scratch / "a.pdf");
 }
 
 }  // namespace

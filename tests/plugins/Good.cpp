@@ -79,9 +79,24 @@ class GoodHook : public SceneHookData {
 
 Filename PathHandedOn() { return GeGetPluginPath(); }
 
+// What nobody could call is refused. A hook that makes no instance is none.
+void RegisterNothing() {
+  CommandData* nameless = new CommandData;
+  if (RegisterCommandPlugin(test_plugins::kNothing, "Nothing", 0, nullptr, "", nullptr) ||
+      RegisterCommandPlugin(test_plugins::kNothing, "", 0, nullptr, "", nameless)) {
+    Record("nothing is registered");
+  } else {
+    delete nameless;
+  }
+  RegisterSceneHookPlugin(
+      test_plugins::kNothing, "No Hook", 0, []() -> SceneHookData* { return nullptr; }, 999, 0,
+      nullptr);
+}
+
 }  // namespace
 
 Bool PluginStart() {
+  RegisterNothing();
   Record("start in " + (GeGetPluginPath() == PathHandedOn() ? GeGetPluginPath().GetString()
                                                             : String("two folders")));
   const AutoBitmap icon("icon.png");

@@ -11,6 +11,7 @@ inline constexpr host::LONG kGoodHook = 1900002;
 inline constexpr host::LONG kRefusedCommand = 1900003;
 inline constexpr host::LONG kRefusedHook = 1900004;
 inline constexpr host::LONG kSecondCommand = 1900005;
+inline constexpr host::LONG kNothing = 1900006;
 inline constexpr host::LONG kGoodButton = 1001;
 
 }  // namespace test_plugins

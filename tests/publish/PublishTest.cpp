@@ -279,8 +279,8 @@ TEST_F(PublishTest, TexturesAreEmbeddedOrNamed) {
   }
 }
 
-// A chain of 100,000 objects, each inside the one before it, lists of an imported file likewise, and
-// shaders that lead to themselves.
+// A chain of 100,000 objects, each inside the one before it, lists of an imported file likewise,
+// and shaders that lead to themselves.
 TEST_F(PublishTest, DeepScenesAndRingsOfLinksCome) {
   host::BaseObject* above = nullptr;
   constexpr std::size_t kDepth = 100000;

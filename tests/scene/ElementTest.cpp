@@ -4,6 +4,7 @@
 #include "engine/scene/NewNodes.h"
 #include "engine/scene/SceneDump.h"
 #include "host/Parameters.h"
+#include "tests/support/ContainerText.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {
@@ -65,6 +66,44 @@ TEST(Element, StartsWithSensibleParameters) {
   EXPECT_EQ(box.GetEditorMode(), host::MODE_UNDEF);
   EXPECT_EQ(box.GetRenderMode(), host::MODE_UNDEF);
   EXPECT_TRUE(box.GetDeformMode());
+}
+
+// What an artist sees of a new element, and what a parameter reads as that an element lacks.
+TEST(Element, StartsWithTheseParameters) {
+  struct Case {
+    NodeKind kind;
+    host::LONG type;
+    const char* data;
+  };
+  const Case cases[] = {
+      {NodeKind::Object, host::Ocamera,
+       "{1001 0, 1002 real 0.9272934315845873, 1003 real 0, 1004 real 1000, 1005 real 1, 1006 real "
+       "0}"},
+      {NodeKind::Object, host::Olight,
+       "{90001 0, 90002 type 23, 90003 real 1, 90004 0, 90005 real 0.5235987755982988, 90006 real "
+       "0.7853981633974483, 90007 real 0}"},
+      {NodeKind::Object, host::Ocube, "{1100 type 23}"},
+      {NodeKind::Object, host::Osphere, "{1110 real 100, 1114 36}"},
+      {NodeKind::Object, host::Ocone, "{1110 real 100, 1112 real 200, 1114 36}"},
+      {NodeKind::Object, host::Otorus, "{1110 real 100, 1111 real 30, 1114 36}"},
+      {NodeKind::Object, host::Odisc, "{1110 real 100, 1114 36}"},
+      {NodeKind::Object, host::Oplane, "{1112 real 400, 1113 real 400, 1114 36}"},
+      {NodeKind::Object, host::Ocylinder, "{1110 real 50, 1112 real 200, 1114 36}"},
+      {NodeKind::Material, host::Mmaterial,
+       "{2100 type 23, 2110 real 1, 2111 0, 2112 real 0.5, 2120 type 23, 2130 real 0.5, 2131 real "
+       "0.5, 2132 real 0, 2150 1}"},
+      {NodeKind::TextureTag, host::Ttexture, "{1101 type 23, 1102 type 23}"},
+      {NodeKind::Tag, host::Tcompositing,
+       "{1000 1, 1001 1, 1002 1, 1003 1, 1017 1, 1004 1, 1005 0, 1006 3, 1007 16, 1016 real 0.1}"},
+      {NodeKind::RenderSettings, host::Rbase,
+       "{5008 1280, 5009 720, 5016 1, 5017 time 0, 5018 time 3, 5020 30, 5076 0, 5202 0, 5300 0}"},
+      {NodeKind::Shader, host::Xcolor, "{1000 type 23}"},
+  };
+  for (const Case& c : cases) {
+    host::BaseList2D* node = engine::MakeNode(c.kind, c.type);
+    EXPECT_EQ(tests::ContainerText(node->GetData(), nullptr), c.data) << c.type;
+    engine::DestroyNode(node);
+  }
 }
 
 TEST(Element, DefaultParametersAreNotShared) {

@@ -109,6 +109,7 @@ TEST(Tree, TagsShadersAndExpressionNodesKeepTheirOrder) {
   EXPECT_EQ(root->GetUp(), nullptr);
   host::GvNode* node = master->CreateNode(root, 400001);
   EXPECT_EQ(root->GetDown(), node);
+  EXPECT_EQ(master->CreateNode(nullptr, 400001), nullptr);
   root->Remove();
   EXPECT_EQ(master->GetRoot(), root) << "an expression is never without its root";
 }

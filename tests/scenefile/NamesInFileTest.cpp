@@ -21,8 +21,8 @@ using tests::SceneBuilder;
 constexpr engine::NamedStore kStore{700, 20, 21};
 using Names = std::vector<std::string>;
 
-// A store with so many named containers, every seventh of them emptied and every fifth with no name;
-// one is so long that it is stored by itself.
+// A store with so many named containers, every seventh of them emptied and every fifth with no
+// name; one is so long that it is stored by itself.
 BaseContainer Store(int count, bool noted = true) {
   BaseContainer store;
   store.SetReal(7, 0.3);

@@ -143,6 +143,18 @@ TEST_F(BulkEditTest, ALinkInATagsOwnDataGoesIntoItsRecord) {
   EXPECT_EQ(Part(0, kTags), "0 {40000 ->tag 1021738 of O}\n1 #1{40000 ->tag 1021738 of O}\n");
 }
 
+TEST_F(BulkEditTest, ATagIsWrittenIntoTheFirstRecordThatLinksToItMeanwhile) {
+  BaseTag* first = Tag(Object("O"), kVRayTag);
+  BaseTag* second = Tag(Object("P"), kVRayTag);
+  Record("A");
+  first->GetDataInstance()->SetLink(kTagLink, second);
+  second->GetDataInstance()->SetLong(2, 20);
+  for (BaseTag* tag : {first, second}) Doc().SetActiveTag(tag, SELECTION_ADD);
+  Check("A");
+  Menu(kSetTags);
+  EXPECT_EQ(Part(0, kTags), "0 {40000 ->tag 1021738 of P, 2 20}\n1 #1{40000 ->tag 1021738 of P}\n");
+}
+
 TEST_F(BulkEditTest, SettingLayersRefreshesAndAppendsWithoutSelectionIsAChangeAllTheSame) {
   LayerObject* known = Layer("Known");
   Layer("Other");
@@ -183,15 +195,15 @@ TEST_F(BulkEditTest, OnlyTheActiveCameraBecomesTheElementsCamera) {
   EXPECT_EQ(Transcript(), "");
 }
 
-struct Nothing {
+struct BulkEntry {
   const char* name;
   LONG entry;
-  bool changed;
+  bool changed;  // with nothing checked
 };
 
-class NothingCheckedTest : public BulkEditTest, public testing::WithParamInterface<Nothing> {};
+class BulkEntryTest : public BulkEditTest, public testing::WithParamInterface<BulkEntry> {};
 
-TEST_P(NothingCheckedTest, NothingIsWritten) {
+TEST_P(BulkEntryTest, WritesNothingWhereNothingIsChecked) {
   BaseObject* camera = Object("Eye", nullptr, Ocamera);
   Layer("L")->SetBit(BIT_ACTIVE);
   Record("A");
@@ -203,12 +215,32 @@ TEST_P(NothingCheckedTest, NothingIsWritten) {
   EXPECT_EQ(StoreText(kRecordStore), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Entries, NothingCheckedTest,
-                         testing::Values(Nothing{"Update", kUpdateChecked, false},
-                                         Nothing{"Objects", kSetObjects, false},
-                                         Nothing{"Tags", kSetTags, false},
-                                         Nothing{"Layers", kSetLayers, true},
-                                         Nothing{"Camera", kSetCamera, false}),
+// Somebody else has exchanged two names, and the rows are still those of before.
+TEST_P(BulkEntryTest, WritesIntoTheElementThatHasTheNameInTheDocument) {
+  BaseObject* camera = Object("Eye", nullptr, Ocamera);
+  Record("A");
+  Record("B");
+  Check("A");
+  SetSwitches(camera, MODE_OFF, MODE_OFF, FALSE);
+  Doc().SetActiveObject(camera, SELECTION_NEW);
+  Doc().SetActiveTag(Texture(camera, nullptr), SELECTION_ADD);
+  Layer("L")->SetBit(BIT_ACTIVE);
+  BaseContainer* entries = Doc().GetDataInstance()->GetContainerInstance(kListStore);
+  entries->GetContainerInstance(0)->SetString(kName, "B");
+  entries->GetContainerInstance(1)->SetString(kName, "A");
+  const std::string before = tests::ContainerText(Element(0), &Doc());
+  const std::string other = tests::ContainerText(Element(1), &Doc());
+  Menu(GetParam().entry);
+  EXPECT_EQ(tests::ContainerText(Element(0), &Doc()), before);
+  EXPECT_NE(tests::ContainerText(Element(1), &Doc()), other);
+}
+
+INSTANTIATE_TEST_SUITE_P(Entries, BulkEntryTest,
+                         testing::Values(BulkEntry{"Update", kUpdateChecked, false},
+                                         BulkEntry{"Objects", kSetObjects, false},
+                                         BulkEntry{"Tags", kSetTags, false},
+                                         BulkEntry{"Layers", kSetLayers, true},
+                                         BulkEntry{"Camera", kSetCamera, false}),
                          [](const auto& test) { return std::string(test.param.name); });
 
 struct Broken {

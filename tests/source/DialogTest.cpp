@@ -301,6 +301,10 @@ TEST_F(DialogTest, SelectingARowShowsItsPreviewElseTheDefaultImage) {
   EXPECT_EQ(Picture(), "default_image.tif")
       << "a change of the document shows the default image again";
   EXPECT_EQ(NameField(), "A") << "and keeps the name field";
+  SelectRows({"A"});
+  Answer(true);
+  Press(kDelete);
+  EXPECT_EQ(Picture(), "default_image.tif") << "whoever deletes an element tells of a change";
 }
 
 TEST_F(DialogTest, AboutTellsTheVersion) {

@@ -117,6 +117,15 @@ TEST_F(OptionsTest, FreezingCountsAsSavedAtOnce) {
   EXPECT_EQ(Defaults().substr(0, 8), "{10061 1") << "before the host has told of the change";
 }
 
+TEST_F(OptionsTest, FreezingLooksAtTheDocumentThatIsRecorded) {
+  Record("A");
+  SetActiveDocument(App().NewDocument());
+  engine::TypeText(Dialog(), kNameField, "B");
+  engine::PressButton(Dialog(), kRecord);
+  EXPECT_EQ(StoreText(kPreferences), kFrozen)
+      << "before the dialog has heard of the other document";
+}
+
 TEST_F(OptionsTest, MarksStayWithoutADocument) {
   Menu(Id(Option::Layers));
   while (BaseDocument* doc = GetActiveDocument()) KillDocument(doc);

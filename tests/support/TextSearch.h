@@ -1,5 +1,5 @@
-// Searching in texts. The standard library's regular expressions cost each file that includes them seconds
-// to compile: here they are compiled once for all tests.
+// Searching in texts. The standard library's regular expressions cost each file that includes them
+// seconds to compile: here they are compiled once for all tests.
 #pragma once
 
 #include <string>

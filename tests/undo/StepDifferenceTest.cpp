@@ -118,6 +118,24 @@ const Difference kCases[] = {
      "00010A",
      "render settings \"HD\" effects and passes as they were -> others\nactive render settings "
      "\"HD\" -> \"Other\"\n"},
+    {"from one value to another",
+     [](StyledScene& s) {
+       BaseContainer inner;
+       inner.SetLong(1, 2);
+       s.Modes("Ball", host::MODE_OFF, host::MODE_ON);
+       s.Style().SetContainer(9, inner);
+       s.Style().SetLong(10, 1);
+       s.Changing(s.GetObject("Ball"));
+       s.Changing(s.GetTag("Box", kStyle));
+       s.Modes("Ball", host::MODE_ON, host::MODE_OFF);
+       inner.SetLong(1, 3);
+       s.Style().SetContainer(9, inner);
+       s.Style().SetContainer(10, inner);
+     },
+     "11000",
+     "object \"Ball\" editor off -> on\nobject \"Ball\" render on -> off\n"
+     "tag \"Style\" of \"Box\" 9 container 0 of 1 -> another container 0 of 1\n"
+     "tag \"Style\" of \"Box\" 10 1 -> container 0 of 1\n"},
     {"the camera", [](StyledScene& s) { s.LookThrough("Cam"); }, "00000C",
      "scene camera none -> \"Cam\"\n"},
 };

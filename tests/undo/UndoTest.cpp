@@ -8,6 +8,7 @@
 #include "engine/undo/MoveNodes.h"
 #include "engine/undo/Undo.h"
 #include "engine/undo/UndoEntry.h"
+#include "engine/undo/UndoHistory.h"
 #include "host/Parameters.h"
 #include "tests/support/SceneBuilder.h"
 
@@ -506,6 +507,25 @@ TEST(Undo, AnInnerScopeCancelsItsOwnPart) {
   EXPECT_EQ(engine::DumpDifference(before, scene.Dump()), kSame);
 }
 
+TEST(Undo, DeletedRenderSettingsComeBackIfTheyWereRegistered) {
+  for (const bool isRegistered : {false, true}) {
+    SceneBuilder scene;
+    scene.Settings("Other").Object("A");
+    const auto& history = engine::UndoHistory::Of(scene.Doc());
+    EXPECT_EQ(history.ParkedNode(engine::IdOf(*scene.GetSettings("Other"))), nullptr);
+    {
+      const engine::UndoScope scope(scene.Doc(), "Delete");
+      scene.Doc().AddUndo(host::UNDO_CHANGE, scene.GetObject("A"));
+      scene.GetObject("A")->SetName("B");
+      host::RenderData* other = scene.GetSettings("Other");
+      if (isRegistered) scene.Doc().AddUndo(host::UNDO_DELETE, other);
+      host::RenderData::Free(other);
+    }
+    ASSERT_TRUE(scene.Doc().DoUndo());
+    EXPECT_EQ(scene.Doc().GetFirstRenderData()->GetNext() != nullptr, isRegistered);
+  }
+}
+
 // A load of a million objects makes as many entries.
 TEST(Undo, EntriesStaySmall) { EXPECT_LE(sizeof(engine::UndoEntry), 72u); }
 
@@ -537,6 +557,16 @@ TEST(Undo, WhoCountsChangesOfTheSelectionMissesNone) {
   })) << "it was selected";
   EXPECT_TRUE(grows([&] { doc.DoUndo(); })) << "it is again";
   EXPECT_TRUE(grows([&] { doc.GetFirstMaterial()->SetBit(host::BIT_ACTIVE); }));
+  for (const char* name : {"Other", "Second"})
+    doc.SetActiveObject(scene.GetObject(name), host::SELECTION_ADD);
+  {
+    const engine::UndoScope scope(doc, "Rename");
+    doc.AddUndo(host::UNDO_CHANGE, doc.GetFirstMaterial());
+    doc.GetFirstMaterial()->SetName("Blue");
+    doc.SetActiveObject(first, host::SELECTION_ADD);
+  }
+  EXPECT_TRUE(grows([&] { doc.DoUndo(); })) << "the same are selected, and another one is active";
+  EXPECT_EQ(doc.GetActiveObject(), scene.GetObject("Second"));
 }
 
 }  // namespace
