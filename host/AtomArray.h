@@ -10,12 +10,15 @@ namespace host {
 
 class AtomArray {
  public:
+  // Made and given back by the caller, best by AutoAlloc. The array is no part of any document.
   static AtomArray* Alloc();
   static void Free(AtomArray*& array);
 
   LONG GetCount() const { return static_cast<LONG>(atoms_.size()); }
   // The element at `index` (0-based), null outside.
   C4DAtom* GetIndex(LONG index) const;
+  // Null and repetitions are kept. An element that is freed meanwhile leaves its pointer behind:
+  // use a list before anything can be deleted.
   void Append(C4DAtom* atom);
   void Flush() { atoms_.clear(); }
 

@@ -37,13 +37,15 @@ class BaseContainer {
 
   // Key of the entry at position `index` (0-based), -1 outside.
   LONG GetIndexId(LONG index) const;
-  // Position of `id`, -1 when there is no such entry.
+  // Position of `id`, -1 when there is no such entry. Near constant time in a long container: what
+  // is looked up by key needs no index of one's own.
   LONG FindIndex(LONG id) const;
   // Type of the entry's value (DA_...), DA_NIL when there is none.
   LONG GetType(LONG id) const;
   // Number of entries.
   LONG GetCount() const;
-  // Value at position `index`; nil outside.
+  // Value at position `index`; nil outside. Positions move when an entry before them is removed;
+  // walk backwards to remove while walking.
   GeData GetIndexData(LONG index) const;
 
   // Value under `id`; nil when there is none.
@@ -58,11 +60,13 @@ class BaseContainer {
   Bool RemoveData(LONG id);
   // Removes all entries and keeps the own ID.
   void FlushAll();
-  // Sets every entry of `source`, in its order; other entries and the own ID stay.
+  // Sets every entry of `source`, in its order; other entries and the own ID stay. Merging a
+  // container into itself changes nothing.
   void MergeContainer(const BaseContainer& source);
 
   // Typed access. A getter answers `preset` when the key is absent, and the default of its type
-  // when the stored type does not fit. A Bool is stored as LONG 0 or 1.
+  // when the stored type does not fit. A Bool is stored as LONG 0 or 1. "Unfitting" leaves out
+  // numbers: GetLong truncates a REAL, GetReal converts a LONG.
   Bool GetBool(LONG id, Bool preset = FALSE) const;
   LONG GetLong(LONG id, LONG preset = 0) const;
   Real GetReal(LONG id, Real preset = 0) const;
@@ -90,7 +94,7 @@ class BaseContainer {
 
   // Links are held as identities. A link resolves to its target if that is alive and now belongs to
   // `doc`, anywhere in its trees; otherwise, and without a document, to null. The target is not
-  // owned.
+  // owned. Null makes a null link, which is an entry.
   void SetLink(LONG id, const BaseList2D* target);
   BaseList2D* GetLink(LONG id, const BaseDocument* doc) const;
   // As GetLink, but null unless the target is an object or a material, respectively.

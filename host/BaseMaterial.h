@@ -17,7 +17,8 @@ inline constexpr LONG Xfusion = 1011109;
 
 class BaseMaterial : public BaseList2D {
  public:
-  // A new material, owned by the caller until inserted.
+  // A new material, owned by the caller until inserted. Types that the host does not know are kept
+  // as data.
   static BaseMaterial* Alloc(LONG type);
   // As BaseObject::Free.
   static void Free(BaseMaterial*& material);
@@ -40,6 +41,7 @@ class BaseShader : public BaseList2D {
   // As BaseObject::Free.
   static void Free(BaseShader*& shader);
 
+  // Neighbors among the shaders of one owner; up and down among shaders that hold shaders.
   BaseShader* GetNext() const { return static_cast<BaseShader*>(GeListNode::GetNext()); }
   BaseShader* GetPred() const { return static_cast<BaseShader*>(GeListNode::GetPred()); }
   BaseShader* GetUp() const { return static_cast<BaseShader*>(GeListNode::GetUp()); }

@@ -27,7 +27,8 @@ inline constexpr LONG Odisc = 5164;
 inline constexpr LONG Oplane = 5168;
 inline constexpr LONG Ocylinder = 5170;
 
-// Editor and render modes. Undefined follows the parent; a top-level undefined is on.
+// Editor and render modes. Undefined follows the parent; a top-level undefined is on. Any other
+// number that is set counts as undefined.
 inline constexpr LONG MODE_ON = 0;
 inline constexpr LONG MODE_OFF = 1;
 inline constexpr LONG MODE_UNDEF = 2;
@@ -54,21 +55,25 @@ class BaseObject : public BaseList2D {
   Bool GetDeformMode() const { return modes_[2] != 0; }
   void SetDeformMode(Bool mode);
 
-  // Frame relative to the parent, and in the world.
+  // Frame relative to the parent, and in the world. GetMg is the product of the frames of all
+  // parents: O(depth), so keep it where it is asked more than once. There is no setter for the
+  // world's frame.
   Matrix GetMl() const;
   void SetMl(const Matrix& matrix);
   Matrix GetMg() const;
 
-  // First tag, or null; the others follow by GetNext. The first one of a type, or null.
+  // First tag, or null; the others follow by GetNext. The first one of a type, or null. An object
+  // may have several tags of one type.
   BaseTag* GetFirstTag() const { return static_cast<BaseTag*>(kin_); }
   BaseTag* GetTag(LONG type) const;
-  // Makes a tag of `type` and appends it, or puts it after `pred`. Owned by the object.
+  // Makes a tag of `type` and appends it, or puts it after `pred`. Owned by the object. No undo is
+  // registered: AddUndo(UNDO_NEW, tag) afterwards, in the open group.
   BaseTag* MakeTag(LONG type, BaseTag* pred = nullptr);
   // Takes ownership of `tag`.
   void InsertTag(BaseTag* tag, BaseTag* pred = nullptr);
 
   // Puts this object (owned by nobody) as first or last child below `parent`, or beside
-  // `neighbor`.
+  // `neighbor`. Null, itself and one of its own children as parent change nothing.
   void InsertUnder(BaseObject* parent);
   void InsertUnderLast(BaseObject* parent);
   void InsertAfter(BaseObject* neighbor);

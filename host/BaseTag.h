@@ -19,7 +19,8 @@ inline constexpr LONG Texpresso = 1001149;
 
 class BaseTag : public BaseList2D {
  public:
-  // A new tag of `type`, owned by the caller until inserted.
+  // A new tag of `type`, owned by the caller until inserted. Ttexture makes a TextureTag and
+  // Texpresso an XPressoTag: cast by GetType.
   static BaseTag* Alloc(LONG type);
   // As BaseObject::Free.
   static void Free(BaseTag*& tag);
@@ -43,7 +44,8 @@ class TextureTag : public BaseTag {
   // The material if it lives in the tag's document, else null. `ignoreDocument` is there for the
   // host's signature and changes nothing.
   BaseMaterial* GetMaterial(Bool ignoreDocument = FALSE) const;
-  // Null takes the material off.
+  // Null takes the material off. One of another document is kept and reads as none until the tag is
+  // in that document.
   void SetMaterial(BaseMaterial* material);
 
  protected:

@@ -28,23 +28,28 @@ class C4DAtom {
 
   // The registered type number: 5616 for a texture tag, say.
   LONG GetType() const { return type_; }
-  // True for the own type and for the base types it is derived from (Obase, Tbase, ...).
+  // True for the own type and for the base types it is derived from (Obase, Tbase, ...). Ask this
+  // before a static_cast: there is no other run-time type.
   Bool IsInstanceOf(LONG type) const;
 
   // A copy that belongs to no document, owned by the caller; null when it cannot be made. A copied
   // element gets an identity of its own, a copied document (COPY_DOCUMENT) keeps those of all its
-  // elements.
+  // elements. `trans` may be null and changes nothing. Links inside of the copied part follow the
+  // copy, links out of it stay.
   C4DAtom* GetClone(LONG flags, AliasTrans* trans);
   // Writes name, data, bits, video posts and multi-passes of this element (and what else its kind
   // holds) over `dst`; never identity and place. Onto itself: nothing happens. False for unlike
   // kinds.
   Bool CopyTo(C4DAtom* dst, LONG flags, AliasTrans* trans);
 
-  // Reads a parameter. False, with `value` as it was, when there is none.
+  // Reads a parameter. False, with `value` as it was, when there is none. `flags` change nothing.
+  // Setting creates the parameter where it is missing; false for an empty path only.
   Bool GetParameter(const DescID& id, GeData& value, LONG flags) const;
   Bool SetParameter(const DescID& id, const GeData& value, LONG flags);
 
-  // Sends a message to the element: true when something took it. Number 5 is "update".
+  // Sends a message to the element: true when something took it. Number 5 is "update". `data` is
+  // what the message's number says it is, owned by the sender. A document hands it on to its scene
+  // hooks before this returns. An element of no document takes nothing.
   Bool Message(LONG type, void* data = nullptr);
 
  protected:

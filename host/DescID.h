@@ -28,6 +28,7 @@ class DescID {
   DescID(const DescLevel& first) : levels_{first}, depth_(1) {}
   DescID(const DescLevel& first, const DescLevel& second) : levels_{first, second}, depth_(2) {}
 
+  // 0 for the empty path, which names no parameter.
   LONG GetDepth() const { return depth_; }
   // Level `pos` (0-based); one with id 0 outside the path.
   DescLevel operator[](LONG pos) const {

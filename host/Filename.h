@@ -23,12 +23,15 @@ class Filename {
   // separator.
   Filename GetFile() const;
   String GetFileString() const;
+  // Another file in the same folder.
   void SetFile(const Filename& file);
   // The part before the last separator; empty where there is none. The root keeps its separator.
   Filename GetDirectory() const;
+  // The same file part in another folder.
   void SetDirectory(const Filename& directory);
 
-  // Text after the last dot of the file part; empty where there is none.
+  // Text after the last dot of the file part; empty where there is none. Without the dot, in its
+  // own letter case.
   String GetSuffix() const;
   // Replaces the suffix, or adds one where there is none.
   void SetSuffix(const String& suffix);

@@ -17,9 +17,11 @@ Bool GeFCopyFile(const Filename& from, const Filename& to, LONG flags);
 // Deletes a plain file (flag 0), or with flag 1 a folder and all in it; of a symbolic link only the
 // link. False when it is missing or something else.
 Bool GeFKill(const Filename& name, LONG flags);
-// False, without change, when the source is missing or the target exists.
+// False, without change, when the source is missing or the target exists. Nothing is copied: across
+// file systems it fails.
 Bool GeFRename(const Filename& from, const Filename& to);
-// Opens a file with the system's viewer for it.
+// Opens a file with the system's viewer for it. Returns when the viewer was started, not when it is
+// closed; false when there is none.
 Bool GeExecuteFile(const Filename& file);
 
 // Kinds and flags of FileSelect.
@@ -28,7 +30,7 @@ inline constexpr LONG FILESELECT_LOAD = 0;
 inline constexpr LONG FILESELECT_SAVE = 1;
 inline constexpr LONG FILESELECT_DIRECTORY = 2;
 // Asks the user for a file or folder and puts it into `name`. True when confirmed, else `name`
-// stays.
+// stays. `name` is what the person finds chosen at first.
 Bool FileSelect(Filename& name, LONG type, LONG flags, const String& title);
 
 // Lists the plain files of one folder in name order.
@@ -37,6 +39,7 @@ class BrowseFiles {
   static BrowseFiles* Alloc();
   static void Free(BrowseFiles*& browser);
   // Starts over with `folder`; flags 0: its top level. A folder that cannot be read lists nothing.
+  // Before the first file: GetNext goes to it. Files that come or go afterwards are not noticed.
   void Init(const Filename& folder, LONG flags);
   // Goes to the next file; false behind the last one.
   Bool GetNext();

@@ -31,6 +31,7 @@ class GeData {
  public:
   // Nil.
   GeData() = default;
+  // A Bool goes in as LONG 0 or 1. The text of a null CHAR pointer is the empty one.
   GeData(LONG value);
   GeData(Real value);
   GeData(const Vector& value);
@@ -60,7 +61,8 @@ class GeData {
   String GetString() const;
   Filename GetFilename() const;
   BaseContainer GetContainer() const;
-  // The target if it lives in `doc`, else null; see BaseContainer::GetLink.
+  // The target if it lives in `doc`, else null; see BaseContainer::GetLink. Not owned by the
+  // caller, and dead when that element is freed: ask again rather than keep it.
   BaseList2D* GetLink(const BaseDocument* doc) const;
 
   // Same type and value; containers compare as BaseContainer does.

@@ -23,11 +23,14 @@ class GeListNode : public C4DAtomGoal {
   // The document this node belongs to, or null. O(1).
   BaseDocument* GetDocument() const { return document_; }
 
-  // Takes the node with its subtree out of its place; the caller owns it from then on.
+  // Takes the node with its subtree out of its place; the caller owns it from then on. It is
+  // for putting a node elsewhere; to delete one, call its class's Free instead. The root of an
+  // expression stays in its place.
   void Remove();
 
   // A bit of the node's own second set by its number: control value 0 clears, 1 sets, 2 toggles.
-  // False for a bit number outside 0..63.
+  // False for a bit number outside 0..63. Saved with the scene; free for the program around, no
+  // meaning here.
   Bool ChangeNBit(LONG bit, LONG control);
   Bool GetNBit(LONG bit) const;
 

@@ -27,7 +27,8 @@ class GvNodeMaster : public BaseList2D {
  public:
   // The root node, made with the master; never null.
   GvNode* GetRoot() const { return static_cast<GvNode*>(GeListNode::GetDown()); }
-  // Makes a node of operator type `id` as last child of `parent`. Owned by the master.
+  // Makes a node of operator type `id` as last child of `parent`. Owned by the master. Null without
+  // a parent. `id` needs not be known: the node is kept as data.
   GvNode* CreateNode(GvNode* parent, LONG id);
 
  protected:

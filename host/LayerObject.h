@@ -8,7 +8,9 @@ namespace host {
 
 inline constexpr LONG Olayer = 100004801;
 
-// Nine flags in the host's order, then the color (0..1 per channel).
+// Nine flags in the host's order, then the color (0..1 per channel). A value: read it by
+// GetLayerData, change it, write it back by SetLayerData. Solo of one layer hides what is on all
+// others.
 struct LayerData {
   Bool solo = FALSE;
   Bool view = TRUE;

@@ -6,6 +6,7 @@
 
 namespace host {
 
+// A point, a direction, a size, or a color (red, green, blue).
 struct Vector {
   Real x = 0;
   Real y = 0;
@@ -42,7 +43,8 @@ class BaseTime {
   Real Get() const { return denominator_ == 0 ? 0 : numerator_ / denominator_; }
   Real GetNumerator() const { return numerator_; }
   Real GetDenominator() const { return denominator_; }
-  // The frame at `rate` frames per second, rounded to the nearest one.
+  // The frame at `rate` frames per second, rounded to the nearest one. Counts from 0 at time 0; a
+  // negative time has negative frames.
   LONG GetFrame(Real rate) const;
 
   // Equal pairs, not equal seconds.

@@ -22,6 +22,7 @@ inline constexpr LONG RDATA_FRAMERATE = 5020;      // LONG, frames per second
 
 class BaseVideoPost : public BaseList2D {
  public:
+  // Owned by the caller until inserted. BIT_DISABLED switches it off.
   static BaseVideoPost* Alloc(LONG type);
   static void Free(BaseVideoPost*& post);
   BaseVideoPost* GetNext() const { return static_cast<BaseVideoPost*>(GeListNode::GetNext()); }
@@ -63,6 +64,7 @@ class RenderData : public BaseList2D {
   RenderData* GetUp() const { return static_cast<RenderData*>(GeListNode::GetUp()); }
   RenderData* GetDown() const { return static_cast<RenderData*>(GeListNode::GetDown()); }
 
+  // Null where there is none; the others follow by GetNext.
   BaseVideoPost* GetFirstVideoPost() const;
   MultipassObject* GetFirstMultipass() const;
   // Appends, or puts after `pred`. Takes ownership.

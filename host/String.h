@@ -30,7 +30,8 @@ class String {
 
   // Length in characters.
   LONG GetLength() const;
-  // True when the text has at least one character.
+  // True when the text has at least one character. Constant time, while GetLength counts: ask this
+  // for "is it empty".
   Bool Content() const;
 
   // 0 only for equal texts, else negative or positive; case-sensitive, by code point.
@@ -48,7 +49,8 @@ class String {
   Bool FindFirst(const String& text, LONG* pos, LONG start = 0) const;
   Bool FindLast(const String& text, LONG* pos) const;
 
-  // The leading number of the text; 0 where there is none. Never follows the locale.
+  // The leading number of the text; 0 where there is none. Never follows the locale. White space
+  // and a plus sign may precede it. What is too large for a LONG gives the nearest one.
   LONG ToLong() const;
   Real ToReal() const;
 
