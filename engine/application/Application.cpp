@@ -29,9 +29,12 @@ class CommandRun {
 
 Application::Application(const Services& services, ApplicationSetup setup)
     : body_(std::make_unique<ApplicationBody>(services, std::move(setup))) {
+  // One application may live within the life of another, as in tests.
   body_->former = std::exchange(current, this);
 }
 
+// Plug-ins first: PluginEnd may still look at documents, and their scene hooks end while these
+// live.
 Application::~Application() {
   UnloadPlugins();
   body_->documents.KillAll();
@@ -69,6 +72,7 @@ bool Application::ExecuteCommand(host::LONG id) {
   for (const CommandPlugin& command : Commands()) {
     if (command.id != id) continue;
     host::BaseDocument* doc = body_->documents.Active();
+    // Asked now, as a menu would be grayed: what was possible before need not be any more.
     if ((command.data->GetState(doc) & kEnabled) == 0) return false;
     const CommandRun run(body_->commandDepth);
     return command.data->Execute(doc);

@@ -14,6 +14,7 @@ bool DocumentList::Holds(const host::BaseDocument* doc) const {
 
 bool DocumentList::Insert(host::BaseDocument* doc) {
   if (doc == nullptr || Holds(doc)) return false;
+  // Before its hooks hear of it, which may walk over the open documents.
   ChainDocument(*doc, documents_.empty() ? nullptr : documents_.back());
   documents_.push_back(doc);
   hooks_.Attach(*doc);
@@ -35,6 +36,7 @@ bool DocumentList::Kill(host::BaseDocument* doc) {
 bool DocumentList::Release(host::BaseDocument* doc) {
   const auto it = std::find(documents_.begin(), documents_.end(), doc);
   if (doc == nullptr || it == documents_.end()) return false;
+  // While the document is still in the list: hooks may ask for it in their Free.
   hooks_.Detach(*doc);
   const std::size_t place = static_cast<std::size_t>(it - documents_.begin());
   documents_.erase(it);

@@ -84,6 +84,7 @@ KnownFile* FileKnownOf(ApplicationBody& body, const host::BaseDocument& doc) {
   return known == body.files.end() ? nullptr : &known->second;
 }
 
+// By device and number, too: a link and its target are one file.
 bool IsSameFile(FileSystem& files, const std::string& one, const std::string& other) {
   const FileStamp first = files.Stamp(one);
   const FileStamp second = files.Stamp(other);
@@ -111,6 +112,9 @@ class Saving {
         choices_(choices),
         listed_(body.documents.Holds(&doc)) {}
 
+  // From what is easily refused to what cannot be taken back: lock, place, textures, and last the
+  // file itself. Where a hook closes the document while it is being saved, nothing of it is touched
+  // any more.
   Status Run() {
     body_.services.files.FollowScene(path_);
     Status status = TakeLock();
@@ -170,12 +174,14 @@ class Saving {
     return saved;
   }
 
+  // Only for the same path: a former version is kept whenever another file is replaced.
   FileAsRead FileBefore() {
     const KnownFile* known = FileKnownOf(body_, doc_);
     return known != nullptr && known->path == path_ ? known->file : FileAsRead();
   }
 
   Status BeforePlacingIt() {
+    // Once more, since writing a large scene takes long enough for somebody else to save it.
     if (Status unchanged = CheckFile(); !unchanged) return unchanged;
     if (!std::exchange(told_, true)) {
       host::DocumentInfoData info{host::MSG_DOCUMENTINFO_TYPE_SAVE_BEFORE, file_};
@@ -273,6 +279,8 @@ Status Application::RestoreFormerVersion(const std::string& path, const SaveChoi
   }
   const Result<std::string> bytes = services.files.ReadFile(former);
   if (!bytes) return bytes.GetStatus();
+  // Read as a whole and thrown away: a damaged version must not take the place of a scene that
+  // opens.
   if (const Result<OwnedDocument> whole = ReadScene(bytes.Value()); !whole) {
     return Status::Failure("The version before is damaged, and nothing was changed. \"" + former +
                            "\": " + whole.Message());
@@ -321,6 +329,7 @@ BaseDocument* GetFirstDocument() {
 
 Bool SaveDocument(BaseDocument* doc, const Filename& file, LONG, LONG format) {
   if (doc == nullptr || format != FORMAT_C4DEXPORT) return FALSE;
+  // Without messages, lock and new name: plug-ins write copies with it.
   return engine::SaveSceneFile(engine::PublishedServices(), *doc, file.GetString().ToUtf8()).Ok();
 }
 

@@ -15,6 +15,7 @@ namespace {
 constexpr host::LONG kOwnPreferences = 1;
 constexpr host::LONG kFormerPlace = 1;
 
+// Of scenes; and bytes of a name, which get a hash behind them.
 constexpr std::size_t kMostKept = 100;
 constexpr std::size_t kLongestName = 150;
 
@@ -88,6 +89,7 @@ void FormerVersions::RemoveOldest() {
   if (!names || names.Value().size() <= kMostKept) return;
   std::vector<std::pair<std::int64_t, std::string>> kept;
   for (const std::string& name : names.Value())
+    // By the system's own date: the file's is that of an earlier saving.
     kept.emplace_back(files_.Stamp(folder_ + "/" + name).touched, folder_ + "/" + name);
   std::sort(kept.begin(), kept.end());
   for (std::size_t i = 0; i + kMostKept < kept.size(); ++i) (void)files_.RemoveFile(kept[i].second);

@@ -41,6 +41,7 @@ Bool RegisterCommandPlugin(LONG id, const String& name, LONG, BaseBitmap* icon, 
   engine::ApplicationBody* body = engine::ApplicationBody::Current();
   if (body == nullptr || !name.Content() || data == nullptr) return FALSE;
   BaseBitmap* copy = icon != nullptr ? BaseBitmap::Alloc() : nullptr;
+  // A copy, since the plug-in's bitmap mostly ends with the function that registers it.
   if (copy != nullptr) *copy = *icon;
   const Bool registered = body->plugins.Register(engine::CommandPlugin{id, name, help, data, copy});
   if (!registered) BaseBitmap::Free(copy);
@@ -61,6 +62,7 @@ Bool RegisterSceneHookPlugin(LONG id, const String& name, LONG info, DataAllocat
 }
 
 Bool GeResource::Init(const Filename& path) {
+  // Fails where the folder cannot be read, which a plug-in answers to PluginMessage.
   if (!engine::PublishedServices().files.ListFiles(path.GetString().ToUtf8())) return FALSE;
   path_ = path;
   return TRUE;

@@ -38,7 +38,7 @@ void DestroyCommand(CommandPlugin& command) {
   host::BaseBitmap::Free(command.icon);
 }
 
-// Sets a pointer for a while.
+// Sets a pointer for a while. Also where the plug-in throws.
 template <class T>
 class Meanwhile {
  public:
@@ -101,6 +101,8 @@ class CodePlaces {
       struct stat facts {};
       if (::stat(place.c_str(), &facts) != 0) continue;
       own_.insert(place);
+      // Whoever may change this program could put the same code into it: loading it from elsewhere
+      // adds no danger.
       users_.insert(facts.st_uid);
       if ((facts.st_mode & S_IWGRP) != 0) groups_.insert(facts.st_gid);
     }
@@ -142,6 +144,7 @@ std::string WhyUntrusted(const std::string& path) {
   if (!path.starts_with('/'))
     return "\"" + path + "\" is no full path; give STAGEMARKS_PLUGINS one that begins with a slash";
   const CodePlaces places;
+  // The way as it is written, whose links could be turned, and the way to what it leads to now.
   for (const std::string& way : {path, RealPath(path)}) {
     for (const std::string& place : WayTo(way)) {
       if (std::string reason = places.WhyNot(place); !reason.empty()) return reason;
@@ -227,12 +230,15 @@ LoadReport PluginLibraries::Try(Library& library, FileSystem& files, SceneHooks&
 LoadReport PluginLibraries::Open(Library& library) {
   const std::string& path = library.path;
   const std::string noLibrary = "the file \"" + path + "\" is no loadable library";
+  // All symbols now, so that a missing one is told here and does not end the program in the middle
+  // of a command; local, so that plug-ins do not meet in their names.
   library.handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library.handle == nullptr)
     return Report(LoadOutcome::NotALibrary, path, noLibrary + " (" + dlerror() + ")");
   const auto same = [&](const auto& other) {
     return other.get() != &library && other->handle == library.handle;
   };
+  // The loader gives one handle for one file, however often it is loaded.
   if (std::any_of(libraries_.begin(), libraries_.end(), same))
     return Report(LoadOutcome::IdTaken, path, "it is loaded already");
   const auto find = [&](const char* name, auto& entry) {
@@ -258,6 +264,7 @@ LoadReport PluginLibraries::Start(Library& library, FileSystem& files) {
   }
   const Meanwhile starting(starting_, &library);
   const bool started = Succeeds([&] { return library.entries.start(); });
+  // Told even where the plug-in goes on regardless and says that it has started.
   if (library.idTaken) {
     return Report(LoadOutcome::IdTaken, path,
                   "the plug-in ID " + std::to_string(library.takenId) + " is taken already");
@@ -266,6 +273,8 @@ LoadReport PluginLibraries::Start(Library& library, FileSystem& files) {
   return Report(LoadOutcome::Loaded, path, "");
 }
 
+// Three rounds: all plug-ins hear of the end before anything of theirs is destroyed, and no code
+// goes while objects of it live.
 void PluginLibraries::UnloadAll(SceneHooks& hooks) {
   for (auto it = libraries_.rbegin(); it != libraries_.rend(); ++it) {
     const Meanwhile running(running_, it->get());
@@ -324,6 +333,7 @@ bool PluginLibraries::Register(const RegisteredHook& hook) {
 std::optional<std::string> PluginLibraries::FolderOf(const void* address) const {
   Dl_info info;
   void* map = nullptr;
+  // By the loader's own record: a path may be written in several ways.
   if (dladdr1(address, &info, &map, RTLD_DL_LINKMAP) != 0) {
     for (const auto& library : libraries_) {
       void* own = nullptr;

@@ -42,6 +42,7 @@ constexpr std::uint64_t kMostBytes = 64 << 20;
 constexpr std::string_view kTitle = "stagemarks preferences ";
 constexpr int kVersion = 2;
 constexpr int kFormerVersion = 1;
+// Reading and writing recurse.
 constexpr std::size_t kDeepest = 1000;
 constexpr const char* kChecksumMismatch = "the checksum does not fit";
 constexpr std::pair<const char*, Real> kNoNumbers[] = {
@@ -424,6 +425,7 @@ Status Preferences::Set(host::LONG id, host::BaseContainer data, bool merge) {
   // A person may keep such files elsewhere, with a link here.
   files_.Follow(File());
   if (text) return files_.ReplaceFile(File(), text.Value());
+  // Cannot be kept: it is forgotten, so that it does not stand in the way of what is set next.
   session_.erase(id);
   read_ = false;
   return text.GetStatus();
@@ -451,10 +453,13 @@ Status Preferences::Read() {
       stored_ = std::move(answer.Value().containers);
     }
   }
+  // Settings of this session count more than those that another program has written since under the
+  // same ID.
   for (const auto& [id, data] : session_) stored_[id] = data;
   return status;
 }
 
+// Copied first and removed then: where there is no room for the copy, the only one stays.
 Status Preferences::KeepAside(const std::string& reason) {
   const std::string aside = File() + ".damaged";
   Status kept = files_.CopyFile(File(), aside, true);

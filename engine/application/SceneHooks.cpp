@@ -53,6 +53,7 @@ void SceneHooks::Attach(host::BaseDocument& doc) {
 void SceneHooks::Detach(host::BaseDocument& doc) {
   const auto it = instances_.find(&doc);
   if (it == instances_.end()) return;
+  // Nothing reaches the hooks once their end has begun.
   SetListener(doc, nullptr);
   const Instances instances = std::move(it->second);
   instances_.erase(it);
@@ -87,6 +88,7 @@ void SceneHooks::Make(const RegisteredHook& hook, host::BaseDocument& doc, Insta
   const auto later = [](host::LONG priority, const Instance& other) {
     return priority < other.priority;
   };
+  // Where a hook comes in later, it takes its place among those that are there.
   instances.insert(std::upper_bound(instances.begin(), instances.end(), hook.priority, later),
                    {hook.id, hook.priority, data});
 }

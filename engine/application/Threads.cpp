@@ -30,7 +30,7 @@ struct ThreadBody {
 
 namespace {
 
-// The bodies whose Main runs now, in whatever thread.
+// The bodies whose Main runs now, in whatever thread. One lock for all: threads are few and long.
 class RunningThreads {
  public:
   static RunningThreads& Get() {
@@ -133,6 +133,7 @@ Bool C4DThread::TestDBreak() { return FALSE; }
 
 Bool C4DThread::Start(LONG mode, LONG) {
   if (!RunningThreads::Get().Enter(*body_)) return FALSE;
+  // The former run is over, but its thread may still be there to be joined.
   engine::Join(*body_);
   body_->stop = false;
   if (mode == 0) {
@@ -154,6 +155,7 @@ void C4DThread::End(Bool wait) {
 }
 
 void C4DThread::Wait(Bool) {
+  // From inside itself it would wait for ever.
   if (RunningThreads::Get().Wait(*body_)) engine::Join(*body_);
 }
 

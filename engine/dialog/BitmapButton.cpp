@@ -17,6 +17,7 @@ Bool IsReadableImage(const Filename& file) {
 }  // namespace
 
 Bool BitmapButtonCustomGui::SetImage(const Filename& file) {
+  // The former image stays where the new one cannot be read.
   if (!gadget_ || !IsReadableImage(file)) return FALSE;
   gadget_->image = file;
   // Told even for the same path: the file behind it may show another picture now.

@@ -9,6 +9,8 @@ Gadget* DialogBody::Find(host::LONG id) const {
   return it == gadgets.end() ? nullptr : it->second;
 }
 
+// Gadgets stand on the heap one by one: pointers to them live in groups, tables and buttons while
+// further ones are added.
 Gadget* DialogBody::Add(GadgetKind kind, host::LONG id, host::LONG flags, host::LONG width,
                         host::LONG height, const host::String& text) {
   if (id != 0 && gadgets.count(id)) return nullptr;
@@ -32,6 +34,7 @@ host::BitmapButtonCustomGui* DialogBody::AddBitmapButton(host::GeDialog& dialog,
   return (bitmapButtons[gadget.id] = std::move(gui)).get();
 }
 
+// By indices from the top: pointers into the lists would not live while entries are added.
 std::vector<MenuEntry>& DialogBody::MenuBeingBuilt() {
   std::vector<MenuEntry>* entries = &menus;
   for (const std::size_t index : menuPath) entries = &(*entries)[index].children;

@@ -137,8 +137,8 @@ void SendCoreMessage(host::LONG id, const host::BaseContainer& message);
 // True while a Command, CoreMessage or other plug-in call of any dialog is running.
 bool InsideDialogCall();
 
-// List `id` as text: one line per row, the selected ones behind an arrow, check boxes as [x], columns
-// lined up, cells cut at `widestCell` columns. Control characters and broken UTF-8 show as
+// List `id` as text: one line per row, the selected ones behind an arrow, check boxes as [x],
+// columns lined up, cells cut at `widestCell` columns. Control characters and broken UTF-8 show as
 // replacement characters, so that a text cannot disturb a terminal. Empty when there is no such
 // list.
 std::string ListAsText(const host::GeDialog& dialog, host::LONG id,

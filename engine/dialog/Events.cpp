@@ -24,6 +24,7 @@ bool SendCommand(host::GeDialog& dialog, host::LONG id) {
 
 bool ChangeAndSend(host::GeDialog& dialog, Gadget& gadget, const host::GeData& value) {
   gadget.value = value;
+  // Kept, because an observer may have the layout built anew.
   const host::LONG id = gadget.id;
   TellChanged(dialog, &gadget);
   return SendCommand(dialog, id);
@@ -81,6 +82,7 @@ bool SelectLines(host::GeDialog& dialog, host::LONG list, const std::vector<host
   if (!gadget || !std::all_of(lines.begin(), lines.end(),
                               [&](host::LONG line) { return IsLine(*gadget, line); }))
     return false;
+  // A person's own selection counts more than one that is remembered for the next rebuild.
   DialogBody::Of(dialog).namesToSelect.erase(list);
   gadget->selection.DeselectAll();
   for (const host::LONG line : lines) gadget->selection.Select(line);
@@ -97,6 +99,7 @@ bool ToggleLine(host::GeDialog& dialog, host::LONG list, host::LONG line, host::
   return SendCommand(dialog, list);
 }
 
+// Over a copy of the list: a dialog may open, close or destroy others, or itself, in its answer.
 void SendCoreMessage(host::LONG id, const host::BaseContainer& message) {
   const DialogCall call;
   for (host::GeDialog* dialog : OpenDialogs()) {

@@ -82,6 +82,7 @@ Bool GeDialog::AddEditNumberArrows(LONG id, LONG flags, LONG width, LONG height)
   Gadget* field = AddGadget(*this, GadgetKind::NumberField, id, flags, width, height, String());
   if (!field) return FALSE;
   field->value = GeData(Real(0));
+  // No range until SetReal gives one.
   field->min = std::numeric_limits<Real>::lowest();
   field->max = std::numeric_limits<Real>::max();
   field->format = FORMAT_REAL;
@@ -100,6 +101,7 @@ Bool GeDialog::AddChild(LONG id, LONG child, const String& text) {
   for (const engine::Choice& choice : combo->choices) {
     if (choice.id == child) return FALSE;
   }
+  // A combo box always shows one of its entries: the first, until somebody chooses.
   if (combo->choices.empty()) combo->value = GeData(child);
   combo->choices.push_back({child, text});
   engine::TellChanged(*this, combo);

@@ -6,6 +6,7 @@ namespace engine {
 
 namespace {
 
+// Names are a plug-in's, and a terminal obeys control characters.
 std::string TextOf(const host::String& text) { return Printable(text.View()); }
 
 std::string CellText(const Row& row, const Column& column) {

@@ -38,6 +38,7 @@ Bool GeDialog::MenuAddSeparator() {
 }
 
 Bool GeDialog::MenuFinished() {
+  // Sub-menus that were left open are closed, and the plug-in is told.
   const Bool closed = body_->menuPath.empty();
   body_->menuPath.clear();
   engine::TellChanged(*this, nullptr);

@@ -34,7 +34,8 @@ String NameOf(const Gadget& list, const Row& row) {
 }
 
 // Remembers the selected rows by name, except one that goes for good (its line, or -1), and
-// deselects them.
+// deselects them. A plug-in that rebuilds its list removes all rows and sets others under new
+// numbers; names are what a person recognizes them by.
 void RememberSelected(engine::DialogBody& body, Gadget& list, LONG goes) {
   LONG first = 0;
   LONG last = 0;
@@ -52,6 +53,7 @@ void RememberSelected(engine::DialogBody& body, Gadget& list, LONG goes) {
 void SelectRemembered(engine::DialogBody& body, Gadget& list) {
   const auto remembered = body.namesToSelect.find(list.id);
   if (remembered == body.namesToSelect.end()) return;
+  // As many of a name as were selected, from the top.
   std::map<String, int> wanted;
   for (const String& name : remembered->second) ++wanted[name];
   body.namesToSelect.erase(remembered);
@@ -65,6 +67,7 @@ void SelectRemembered(engine::DialogBody& body, Gadget& list) {
 
 Bool IsColumnKind(LONG kind) { return kind == LV_COLUMN_CHECKBOX || kind == LV_COLUMN_TEXT; }
 
+// Linear in the rows behind: whoever removes all of them calls RemoveAll.
 void RenumberFrom(Gadget& list, std::size_t line) {
   for (; line < list.listRows.size(); ++line) list.lineOfRow[list.listRows[line].id] = line;
 }
@@ -91,6 +94,7 @@ Bool SimpleListView::SetLayout(LONG count, const BaseContainer& columns) {
   return TRUE;
 }
 
+// Nothing is told: a list is filled row by row, and DataChanged tells once.
 Bool SimpleListView::SetItem(LONG id, const BaseContainer& row) {
   Gadget* list = ListOf(dialog_, id_);
   if (!list || id < 0) return FALSE;

@@ -27,12 +27,14 @@ Letter FirstLetter(std::string_view text) {
 
 // Control characters and broken letters are shown as a replacement, which takes one column.
 std::size_t WidthOf(utf8proc_int32_t letter) {
+  // Below the first combining mark all letters take one column.
   if (letter < 0x300) return 1;
   return static_cast<std::size_t>(utf8proc_charwidth(letter));
 }
 
 bool IsPrintable(utf8proc_int32_t letter) {
   const bool control = letter < 0x20 || (letter >= 0x7f && letter < 0xa0);
+  // These would show the rest of a line backwards, and so another name than the one that is there.
   const bool turnsDirection =
       (letter >= 0x202a && letter <= 0x202e) || (letter >= 0x2066 && letter <= 0x2069);
   return letter >= 0 && !control && !turnsDirection && letter != 0x2028 && letter != 0x2029;

@@ -121,6 +121,7 @@ Bool GeDialog::GetLong(LONG id, LONG& value) const {
   return TRUE;
 }
 
+// The getters of other kinds of numbers stand on it, and convert.
 Bool GeDialog::GetReal(LONG id, Real& value) const {
   const Gadget* gadget = body_->Find(id);
   if (!HoldsNumber(gadget)) return FALSE;

@@ -16,6 +16,7 @@ namespace {
 using namespace host;
 using Kind = FieldKind;
 
+// Scene units: ten thousand kilometers.
 constexpr double kFar = 1e9;
 constexpr double kPi = 3.14159265358979323846;
 constexpr auto kMostPixels = static_cast<double>(kLargestImageSide);
@@ -127,6 +128,9 @@ constexpr Field kCompositing[] = {
     SwitchField(COMPOSITINGTAG_RECEIVESHADOW, "Receive shadows"),
     SwitchField(COMPOSITINGTAG_SEENBYCAMERA, "Seen by camera"),
 };
+// The plug-in records fifty parameters of a compositing tag, three of which mean something to the
+// pictures here. Others can be seen and set, too, so that what a Stagemark brings back can be
+// checked.
 constexpr const char* kByNumber =
     "Recorded and recalled under this number; the picture here does not follow it.";
 constexpr Field KeptSwitch(LONG id, const char* label) { return SwitchField(id, label, kByNumber); }

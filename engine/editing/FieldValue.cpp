@@ -42,6 +42,7 @@ const BaseDocument& Document(const BaseList2D& element) {
 BaseDocument& Document(BaseList2D& element) { return static_cast<BaseDocument&>(element); }
 LONG Number(bool value) { return value ? 1 : 0; }
 GeData Link(const BaseList2D* target) { return GeData(target); }
+// A link to another document's element resolves to nothing, and takes the value off.
 BaseList2D* Target(const BaseList2D& element, const GeData& value) {
   return value.GetLink(element.GetDocument());
 }
@@ -52,6 +53,7 @@ bool SameAxes(const BaseList2D& a, const BaseList2D& b) {
   return first.v1 == second.v1 && first.v2 == second.v2 && first.v3 == second.v3;
 }
 
+// All else of the frame stays.
 void WritePosition(BaseList2D& element, const GeData& value) {
   host::Matrix frame = Object(element).GetMl();
   frame.off = value.GetVector();
@@ -128,12 +130,14 @@ const OwnProperty* PropertyOf(LONG id) {
   return found == std::end(kProperties) ? nullptr : found;
 }
 
-// The switch of a layer that a field number stands for.
+// The switch of a layer that a field number stands for. Field numbers go down from the first
+// switch.
 host::Bool& SwitchOf(host::LayerData& data, LONG id) {
   return data.*(kLayerSwitchTable.at(static_cast<std::size_t>(kFieldLayerFlags - id)).flag);
 }
 
-// The initial value of the field in an element of that type.
+// The initial value of the field in an element of that type. Where the type has none it is one of
+// the field's kind, so that an edit of one part of a vector has the others to keep.
 GeData Preset(LONG type, const Field& field) {
   const host::BaseContainer data = DefaultData(type);
   if (data.FindIndex(field.id) != host::NOTOK) return data.GetData(field.id);
@@ -152,6 +156,7 @@ GeData Preset(LONG type, const Field& field) {
   }
 }
 
+// Never 0, which frames are divided by.
 LONG FrameRateOf(const BaseList2D& settings) {
   return std::max<LONG>(1, settings.GetDataInstance()->GetLong(host::RDATA_FRAMERATE, 30));
 }
@@ -196,6 +201,7 @@ CommonValue::CommonValue(const Field& field, const BaseList2D& first)
 }
 
 bool CommonValue::LookAt(const BaseList2D& element) {
+  // Of a million elements that are alike most are passed over without making a value.
   if (!agree_ || (alike_ && alike_(element, first_))) return agree_;
   agree_ = !MarkDifferences(common_, ReadField(element, field_), field_.kind);
   return agree_;
@@ -226,10 +232,13 @@ GeData Edited(const GeData& before, const FieldEdit& edit, FieldKind kind) {
 
 namespace {
 
+// Read and written one by one: in a selection that differs, an edit of one part leaves each element
+// its other parts.
 void Apply(host::BaseDocument& doc, host::BaseList2D& element, const Field& field,
            const FieldEdit& edit) {
   const host::GeData before = ReadField(element, field);
   const host::GeData after = Edited(before, edit, field.kind);
+  // No entry in the undo step for what stays as it is.
   if (after == before) return;
   if (field.kind == FieldKind::Texture)
     return SetTextureFile(element, field.id, after.GetFilename());

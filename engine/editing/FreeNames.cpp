@@ -13,6 +13,8 @@ FreeNames::FreeNames(const host::BaseList2D* first) {
 
 void FreeNames::Give(host::BaseList2D& element) {
   const std::string name = element.GetName().ToUtf8();
+  // Counting goes on where it ended, so that copying a thousand "Cube" does not try a thousand
+  // names for each.
   int& number = numbers_[name];
   std::string candidate = name;
   while (!taken_.insert(candidate).second) candidate = name + "." + std::to_string(++number);

@@ -24,6 +24,7 @@ void AddChosen(Ids& ids, const host::GeListNode* first) {
 void InspectedElements::Follow(const host::BaseDocument* doc) {
   const host::ULLONG count = doc ? SelectionChangeCount(*doc) : 0;
   if (RunIdOf(doc) == doc_ && count == seen_) {
+    // Those that a panel has put here may have been deleted, of which the selection tells nothing.
     if (!shown_.empty()) Choose(doc);
     return;
   }
@@ -64,6 +65,7 @@ InspectedElements::Selection InspectedElements::ReadSelection(const host::BaseDo
 void InspectedElements::TakeOver(Selection selection, bool isNew) {
   if (selection == selection_) return;
   shown_.clear();
+  // The last one that is met counts, so the order is that of weight.
   for (int kind = kObjects; kind >= kTags; --kind) {
     const Ids& now = selection[static_cast<std::size_t>(kind)];
     if (now != selection_[static_cast<std::size_t>(kind)] && !now.empty())
@@ -82,6 +84,7 @@ const Ids& InspectedElements::Wanted() const {
 
 void InspectedElements::Choose(const host::BaseDocument* doc) {
   std::erase_if(shown_, [doc](NodeId id) { return !FindNode(doc, id); });
+  // Only then a new list: whoever shows it compares addresses.
   if (*elements_ != Wanted()) elements_ = std::make_shared<Ids>(Wanted());
 }
 

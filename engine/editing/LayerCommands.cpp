@@ -26,7 +26,8 @@ bool IsOf(const BaseDocument& doc, const LayerObject* layer) {
   return layer && layer->GetDocument() == &doc;
 }
 
-// One step that gives each of the layers other data.
+// One step that gives each of the layers other data. Registers only those that differ afterwards; a
+// step without any is left out.
 template <class Change>
 void ChangeLayers(BaseDocument& doc, const LayerList& layers, const char* name, Change change) {
   const UndoScope scope(doc, name);

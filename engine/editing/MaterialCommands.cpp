@@ -37,6 +37,7 @@ BaseShader* BitmapBehind(const BaseList2D& material, host::LONG link) {
 
 BaseShader* NewBitmap(BaseList2D& material, host::LONG link) {
   host::BaseDocument* doc = material.GetDocument();
+  // Before its link changes; the shader only once it is in its place.
   doc->AddUndo(host::UNDO_CHANGE, &material);
   BaseShader* shader = BaseShader::Alloc(host::Xbitmap);
   material.InsertShader(shader);
@@ -69,6 +70,7 @@ BaseMaterial* AddMaterial(BaseDocument& doc) {
 
 void DuplicateMaterials(BaseDocument& doc, const MaterialList& materials) {
   MaterialList copies;
+  // One look at all names for all copies.
   FreeNames names(doc.GetFirstMaterial());
   {
     const UndoScope scope(doc,
@@ -106,6 +108,8 @@ void RenameMaterial(BaseDocument& doc, BaseMaterial& material, const host::Strin
   host::EventAdd();
 }
 
+// As the renderer does: later tags lie over earlier ones, and one without a material covers
+// nothing.
 TextureTag* ShownTextureTag(const BaseObject& object) {
   TextureTag* last = nullptr;
   TextureTag* shown = nullptr;
@@ -147,6 +151,7 @@ host::Filename TextureFileOf(const BaseList2D& material, host::LONG link) {
 
 void SetTextureFile(BaseList2D& material, host::LONG link, const host::Filename& file) {
   BaseShader* shader = BitmapBehind(material, link);
+  // The shader stays: another link may lead to it.
   if (!file.Content()) {
     material.GetDocument()->AddUndo(host::UNDO_CHANGE, &material);
     material.SetParameter(link, host::GeData(static_cast<const BaseList2D*>(nullptr)), 0);

@@ -36,7 +36,9 @@ void Deselect(BaseList2D& root) {
   }
 }
 
-// Copies all, then turns the links of each copy to the other copies, then puts them in.
+// Copies all, then turns the links of each copy to the other copies, then puts them in. In three
+// rounds, since a link may lead to an element that is copied later; and the first two change
+// nothing in the document.
 struct Duplication {
   explicit Duplication(BaseDocument& document)
       : doc(document), originals(TopmostSelected(document)), names(document.GetFirstObject()) {}
@@ -102,6 +104,7 @@ BaseObject* AddObject(BaseDocument& doc, host::LONG type) {
 BaseObject* AddLight(BaseDocument& doc, const PictureCamera& view) {
   BaseObject* light = BaseObject::Alloc(host::Olight);
   host::Matrix frame = view.frame;
+  // A view may be scaled; a light that is would have another size.
   for (host::Vector* axis : {&frame.v1, &frame.v2, &frame.v3}) *axis = UnitOf(*axis);
   light->SetMl(frame);
   return Put(doc, light);
@@ -123,6 +126,7 @@ BaseObject* AddCamera(BaseDocument& doc, const PictureCamera& view) {
 void MakeSceneCamera(BaseDocument& doc, BaseObject& camera) {
   {
     const UndoScope scope(doc, "Scene Camera");
+    // Nothing is registered: the undo group remembers the scene's camera itself.
     doc.GetRenderBaseDraw()->SetSceneCamera(&camera, host::FALSE);
   }
   host::EventAdd();
@@ -133,6 +137,7 @@ host::Matrix LookAt(const Vector& at, const Vector& target) {
   frame.off = at;
   const Vector way = UnitOf({target.x - at.x, target.y - at.y, target.z - at.z});
   if (way != Vector()) frame.v3 = way;
+  // Straight up or down "upright" says nothing; another axis takes its place.
   const bool upright = std::abs(frame.v3.y) < 0.9999;
   frame.v1 = UnitOf(CrossOf(upright ? Vector(0, 1, 0) : Vector(0, 0, 1), frame.v3));
   frame.v2 = CrossOf(frame.v3, frame.v1);
@@ -154,6 +159,7 @@ StepwiseEdit DeleteSelected(BaseDocument& doc) {
   const std::size_t steps = tags.size() + objects.size();
   return {"Delete", steps,
           [&doc, tags = std::move(tags), objects = std::move(objects)](std::size_t i) {
+            // Tags first: those of deleted objects would be gone with them.
             if (i < tags.size()) {
               doc.AddUndo(host::UNDO_DELETE, tags[i]);
               BaseTag* tag = tags[i];
@@ -168,6 +174,8 @@ StepwiseEdit DeleteSelected(BaseDocument& doc) {
 }
 
 StepwiseEdit DuplicateSelected(BaseDocument& doc) {
+  // Shared by the steps and the end of the edit; ended with them, it destroys copies that did not
+  // get into the scene.
   const auto work = std::make_shared<Duplication>(doc);
   if (work->originals.empty()) return {"Duplicate", 0, {}, {}};
   return {"Duplicate", 3 * work->originals.size(), [work](std::size_t i) { work->Step(i); },

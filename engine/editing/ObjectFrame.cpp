@@ -36,7 +36,8 @@ Vector Upright(const Vector& wish, const Vector& v) {
                                  : Unit(across({0, 0, std::abs(v.y) > 0.5 ? 1.0 : 0.0}), {1, 0, 0});
 }
 
-// The pure turn in a frame: three unit vectors at right angles.
+// The pure turn in a frame: three unit vectors at right angles. By the z axis first, then y: the
+// frame may lean, and its lean is kept apart from its turn.
 Matrix TurnOf(const Matrix& frame) {
   Matrix turn;
   turn.v3 = Unit(frame.v3, Unit(Cross(frame.v1, frame.v2), {0, 0, 1}));
@@ -45,6 +46,7 @@ Matrix TurnOf(const Matrix& frame) {
   return turn;
 }
 
+// Rz, then Rx, then Ry, as the columns of one matrix.
 Matrix TurnBy(const Vector& angles) {
   const double sx = std::sin(angles.x), cx = std::cos(angles.x);
   const double sy = std::sin(angles.y), cy = std::cos(angles.y);
@@ -72,6 +74,7 @@ Vector Scaled(const Vector& axis, double now, double wanted, const Vector& direc
 
 }  // namespace
 
+// The inverse of TurnBy; at the poles the other two turns are about one axis.
 Vector AnglesOf(const Matrix& frame) {
   const Matrix turn = TurnOf(frame);
   const double sine = -turn.v3.y;
@@ -85,6 +88,7 @@ Vector ScaleOf(const Matrix& frame) {
   return {mirrored ? -Length(frame.v1) : Length(frame.v1), Length(frame.v2), Length(frame.v3)};
 }
 
+// Turned back and forth, so that lengths and lean of the axes stay.
 Matrix WithAngles(const Matrix& frame, const Vector& angles) {
   const Matrix before = TurnOf(frame);
   const Matrix after = TurnBy(angles);

@@ -25,6 +25,7 @@ bool IsLast(const BaseDocument& doc, const RenderData* settings) {
 
 RenderData* AddRenderSettings(BaseDocument& doc) {
   RenderData* last = doc.GetFirstRenderData();
+  // A document is never without settings.
   while (last->GetNext()) last = last->GetNext();
   RenderData* settings = RenderData::Alloc();
   MakeNameUnique(*settings, doc.GetFirstRenderData());
@@ -62,6 +63,7 @@ void DeleteRenderSettings(BaseDocument& doc, const SettingsList& settings) {
     for (RenderData* each : settings) {
       // Settings below deleted ones are gone with them.
       if (!IsOf(doc, each)) continue;
+      // Asked before each deletion: the one that is left in the end depends on the order.
       isLeft = isLeft || IsLast(doc, each);
       if (IsLast(doc, each)) continue;
       doc.AddUndo(host::UNDO_DELETE, each);
@@ -75,6 +77,7 @@ void DeleteRenderSettings(BaseDocument& doc, const SettingsList& settings) {
 void ActivateRenderSettings(BaseDocument& doc, RenderData& settings) {
   {
     const UndoScope scope(doc, "Activate Render Settings");
+    // Nothing is registered: the undo group remembers which settings were in use.
     doc.SetActiveRenderData(&settings);
   }
   host::EventAdd();
@@ -101,6 +104,7 @@ void SetRenderFrames(BaseDocument& doc, LONG from, LONG to) {
   doc.AddUndo(host::UNDO_CHANGE, settings);
   host::BaseContainer& data = *settings->GetDataInstance();
   const LONG rate = data.GetLong(host::RDATA_FRAMERATE, 30);
+  // "From - to", or the two frames would say nothing.
   data.SetLong(host::RDATA_FRAMESEQUENCE, 0);
   data.SetTime(host::RDATA_FRAMEFROM, host::BaseTime(from, rate));
   data.SetTime(host::RDATA_FRAMETO, host::BaseTime(to, rate));

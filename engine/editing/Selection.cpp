@@ -39,6 +39,7 @@ std::vector<BaseObject*> SelectedObjects(const BaseDocument& doc) {
   return selected;
 }
 
+// The walk passes over all that is below a selected one.
 std::vector<BaseObject*> TopmostSelected(const BaseDocument& doc) {
   std::vector<BaseObject*> topmost;
   BaseObject* object = doc.GetFirstObject();
@@ -60,6 +61,7 @@ std::vector<BaseList2D*> Topmost(const std::vector<BaseList2D*>& nodes) {
   std::unordered_map<const host::GeListNode*, bool> known;
   std::vector<BaseList2D*> topmost;
   for (BaseList2D* node : nodes) {
+    // The answer for a node holds for all on its way up, which keeps deep chains linear.
     std::vector<const host::GeListNode*> way;
     const host::GeListNode* above = node->GetUp();
     for (; above && !given.contains(above) && !known.contains(above); above = above->GetUp())
@@ -73,6 +75,7 @@ std::vector<BaseList2D*> Topmost(const std::vector<BaseList2D*>& nodes) {
 
 void SelectAll(BaseDocument& doc) {
   for (BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {
+    // Those that are selected already keep their place in the order of selecting.
     if (!IsSelected(*object)) doc.SetActiveObject(object, host::SELECTION_ADD);
   }
   host::EventAdd();
@@ -84,6 +87,7 @@ void SelectNone(BaseDocument& doc) {
   host::EventAdd();
 }
 
+// SelectNone posts the change.
 void SelectOnly(BaseDocument& doc, const std::vector<BaseObject*>& objects) {
   SelectNone(doc);
   for (BaseObject* object : objects) doc.SetActiveObject(object, host::SELECTION_ADD);

@@ -7,6 +7,7 @@ namespace engine {
 StepwiseRun::StepwiseRun(host::BaseDocument& doc, StepwiseEdit edit)
     : edit_(std::move(edit)), scope_(doc, edit_.name) {}
 
+// The scope is destroyed after this and would keep what was done as a step.
 StepwiseRun::~StepwiseRun() {
   if (!ended_) Stop();
 }
@@ -14,6 +15,7 @@ StepwiseRun::~StepwiseRun() {
 bool StepwiseRun::Advance() {
   if (ended_) return false;
   if (done_ < edit_.steps) {
+    // Counted first: a step that throws is not done again.
     edit_.step(done_++);
     return true;
   }
@@ -31,6 +33,7 @@ void StepwiseRun::Stop() {
   scope_.Cancel();
 }
 
+// Left by `return false` the run is destroyed unfinished, and takes back what it did.
 bool RunWhole(host::BaseDocument& doc, StepwiseEdit edit, const ProgressCallback& progress) {
   StepwiseRun run(doc, std::move(edit));
   do {

@@ -37,6 +37,7 @@ Matrix ConvertFrame(const aiMatrix4x4& frame, double scale) {
   Matrix result;
   result.v1 = Mirrored(frame.a1, frame.b1, frame.c1);
   result.v2 = Mirrored(frame.a2, frame.b2, frame.c2);
+  // S on both sides: the third axis is mirrored as an axis and once more in its own z.
   result.v3 = Times(Mirrored(frame.a3, frame.b3, frame.c3), -1);
   result.off = Times(Mirrored(frame.a4, frame.b4, frame.c4), scale);
   return result;
@@ -44,8 +45,10 @@ Matrix ConvertFrame(const aiMatrix4x4& frame, double scale) {
 
 Matrix FrameLooking(const aiVector3D& look, const aiVector3D& up) {
   const Vector forward = Unit(Mirrored(look.x, look.y, look.z));
+  // Also for numbers that are none.
   if (!(LengthOf(forward) > 0)) return {};
   Vector right = CrossOf(Mirrored(up.x, up.y, up.z), forward);
+  // Up along the line of sight says nothing of the roll: any other axis serves.
   if (LengthOf(right) < 1e-6)
     right = CrossOf(std::abs(forward.y) < 0.9 ? Vector(0, 1, 0) : Vector(0, 0, 1), forward);
   Matrix result;
@@ -64,6 +67,8 @@ Matrix Product(const Matrix& outer, const Matrix& inner) {
   return result;
 }
 
+// For cameras and lights, whose sizes a scaled frame would change, and for the root, whose scale
+// goes into all lengths.
 Matrix WithoutScale(const Matrix& frame) {
   Matrix result = frame;
   result.v1 = Unit(frame.v1);

@@ -69,6 +69,8 @@ std::vector<std::string> InstancedCameras(std::string_view xml) {
 
 }  // namespace
 
+// By position, because the library keeps no id of a camera. Where the numbers of cameras differ the
+// order says nothing either, and nothing is touched.
 void MendColladaCameras(const std::string& xml, SceneFacts& facts, Notes& notes) {
   const std::unordered_map<std::string, double> widths = ParallelWidths(xml);
   const std::vector<std::string> ids = InstancedCameras(xml);

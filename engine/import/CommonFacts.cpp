@@ -85,6 +85,7 @@ void SetAngles(const aiLight& light, SourceFormat format, SourceLight& result) {
 SourceLight LightOf(const aiLight& light, SourceFormat format) {
   SourceLight result;
   result.kind = KindOf(light.mType);
+  // The library keeps the color of an ambient light in another member.
   const bool isDark = light.mColorDiffuse.IsBlack();
   const aiColor3D& color = isDark ? light.mColorAmbient : light.mColorDiffuse;
   result.color = host::Vector(color.r, color.g, color.b);
@@ -105,6 +106,7 @@ std::string MetadataText(const aiNode& node, const char* key) {
   return {};
 }
 
+// The factor is in centimeters already.
 double FbxUnit(const aiScene& scene) {
   float unit = 1;
   if (scene.mMetaData != nullptr) scene.mMetaData->Get("UnitScaleFactor", unit);
@@ -157,6 +159,7 @@ void FindUndefined(const aiScene& scene, FolderFiles& files, SceneFacts& facts, 
   const std::set<std::string> described = DescribedMaterials(files);
   for (unsigned i = 0; i < scene.mNumMaterials; ++i) {
     const std::string name = scene.mMaterials[i]->GetName().C_Str();
+    // Of a name with blanks the library keeps all, while a line of the .mtl is read by words here.
     if (described.count(name.substr(0, name.find(' '))) != 0) continue;
     facts.undefined.insert(i);
     notes.Count("Materials that no .mtl file describes are plain gray",
@@ -164,6 +167,7 @@ void FindUndefined(const aiScene& scene, FolderFiles& files, SceneFacts& facts, 
   }
 }
 
+// Suns apart from all others: lux and candela have nothing to do with one another.
 double Largest(const std::vector<SourceLight>& lights, bool suns) {
   double largest = 0;
   for (const SourceLight& light : lights) {
@@ -172,6 +176,7 @@ double Largest(const std::vector<SourceLight>& lights, bool suns) {
   return largest;
 }
 
+// A color brighter than white is a brightness; the strongest part of the color becomes 1.
 void SplitBrightness(SourceLight& light) {
   const double most = std::max({light.color.x, light.color.y, light.color.z, 0.0});
   if (!(most > 0) || !std::isfinite(most)) return;

@@ -6,6 +6,7 @@
 namespace engine {
 namespace {
 
+// More files of one name than that are no accident.
 constexpr unsigned kMostNames = 1000;
 
 enum class Place { Free, Same, Taken };
@@ -29,6 +30,7 @@ Result<std::string> WriteOne(FileSystem& files, const host::BaseDocument& doc,
                              const EmbeddedFile& file, const std::string& folder) {
   std::string name = file.name;
   for (unsigned number = 2; number < kMostNames; ++number) {
+    // A name that another embedded file has is left to it, even while that is not written.
     const bool isOthers = name != file.name && FindEmbeddedFile(doc, name) != nullptr;
     const Place place = isOthers ? Place::Taken : Look(files, folder + "/" + name, *file.bytes);
     if (place == Place::Same) return name;

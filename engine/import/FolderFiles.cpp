@@ -34,6 +34,7 @@ bool IsText(const std::string& file) {
 struct HeldText {
   std::string text;
 };
+// The text is a base class, so that it is there before the stream that reads it.
 class HeldStream : HeldText, public Assimp::MemoryIOStream {
  public:
   explicit HeldStream(std::string held)
@@ -58,6 +59,8 @@ int WalkBelow(int folder, const fs::path& name) {
 int OpenBelow(const std::string& folder, const std::string& name) {
   const int place = ::open(folder.c_str(), O_PATH | O_CLOEXEC | O_DIRECTORY);
   if (place < 0) return -1;
+  // RESOLVE_BENEATH has the kernel look after every link on the way at the moment of opening, which
+  // no check beforehand could. O_NONBLOCK keeps a named pipe from holding the child for ever.
   open_how how{};
   how.flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
@@ -76,7 +79,8 @@ bool IsPlain(int file, struct stat& about) {
 #endif
 }
 
-// Nothing where the descriptor is that of anything else, which is closed.
+// Nothing where the descriptor is that of anything else, which is closed. Only plain files have a
+// size that can be read in one go.
 struct PlainFile {
   explicit PlainFile(int descriptor) : handle(descriptor) {
     if (!handle || !IsPlain(descriptor, about)) handle.Close();
@@ -124,6 +128,9 @@ int FolderFiles::OpenInside(const std::string& file) const {
     const std::string start = as.ends_with('/') ? as : as + "/";
     return path.starts_with(start) ? OpenBelow(folder, path.substr(start.size())) : -1;
   };
+  // The library asks for files by the folder as the person named it, which may be a way through
+  // links that the child can no longer follow: the folder that was found beforehand is opened in
+  // its place.
   int opened = below(written_, folders_.front());
   for (std::size_t i = 0; i < folders_.size() && opened < 0; ++i)
     opened = below(folders_[i], folders_[i]);

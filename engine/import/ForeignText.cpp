@@ -53,6 +53,8 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
+// Every byte is a character of Latin-1, so nothing can fail. A text that mixes both is shown a
+// little wrong rather than lost.
 std::string Utf8Of(std::string_view text) {
   if (IsUtf8(text)) return std::string(text);
   std::string result;
@@ -65,6 +67,7 @@ bool IsMarkedUtf16(std::string_view bytes) {
 }
 
 std::string FromUtf16(std::string_view bytes) {
+  // Where the lower byte of each pair stands, by the order of the mark's bytes.
   const std::size_t low = bytes.substr(0, 1) == "\xFF" ? 0 : 1;
   const auto unit = [&](std::size_t at) -> std::uint32_t {
     return static_cast<unsigned char>(bytes[at + low]) |

@@ -24,8 +24,8 @@ std::string FromUtf16(std::string_view bytes);
 // XML whose texts begin with something else than blanks: the library reads no number behind them.
 std::string WithoutLeadingBlanks(std::string_view xml);
 
-// COLLADA whose cameras all have names, those without one the name of their id: the library reads no
-// lens of the others.
+// COLLADA whose cameras all have names, those without one the name of their id: the library reads
+// no lens of the others.
 std::string WithNamedCameras(std::string xml);
 
 }  // namespace engine

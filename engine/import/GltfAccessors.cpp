@@ -14,6 +14,7 @@ constexpr std::size_t kMostZeros = std::size_t{64} << 20;
 
 GltfKind KindOf(const Json& accessor) {
   const std::size_t code = Index(accessor, "componentType", 0);
+  // There is no signed 32-bit kind.
   const bool known = code >= 5120 && code <= 5126 && code != 5124;
   if (!known)
     throw UnreadableFile("numbers of the component type " + std::to_string(code) +
@@ -41,12 +42,14 @@ std::string_view Part(std::string_view view, std::size_t offset, std::size_t cou
                       std::size_t stride, std::size_t size, std::size_t accessor) {
   if (count == 0) return {};
   if (offset > view.size() || size > view.size() - offset) RefuseShort(accessor);
+  // The last element need not be followed by a whole stride.
   const std::size_t room = view.size() - offset - size;
   if (stride == 0 || (count - 1) > room / stride) RefuseShort(accessor);
   return view.substr(offset);
 }
 
-// Calls `visit` with a zero of the C++ type of that kind.
+// Calls `visit` with a zero of the C++ type of that kind. The loops behind it are compiled for each
+// kind, instead of asking for the kind of every number.
 template <class Visit>
 void ForKind(GltfKind kind, Visit visit) {
   switch (kind) {
@@ -72,6 +75,7 @@ float Decoded(T value, bool isNormalized) {
   } else {
     if (!isNormalized) return static_cast<float>(value);
     const double most = std::numeric_limits<T>::max();
+    // The lowest signed number has no counterpart and counts as -1, too.
     return static_cast<float>(std::max(static_cast<double>(value) / most, -1.0));
   }
 }
@@ -79,6 +83,7 @@ float Decoded(T value, bool isNormalized) {
 template <class T>
 std::uint32_t Whole(T value) {
   if constexpr (std::is_floating_point_v<T>) {
+    // The largest float below 2^32; whatever is no index becomes one that no mesh has.
     return value >= 0 && value < 4294967040.0F ? static_cast<std::uint32_t>(value)
                                                : std::numeric_limits<std::uint32_t>::max();
   } else {
@@ -92,6 +97,7 @@ void Copy(const char* from, std::size_t stride, std::size_t count, unsigned widt
   for (std::size_t i = 0; i < count; ++i, from += stride) {
     for (unsigned c = 0; c < width; ++c) {
       T value;
+      // Bytes of a file are aligned to nothing.
       std::memcpy(&value, from + c * sizeof(T), sizeof(T));
       *out++ = convert(value);
     }
@@ -111,6 +117,7 @@ void Read(const GltfNumbers& numbers, std::size_t first, std::size_t count, unsi
     }
     const std::size_t size = numbers.components * sizeof(T);
     for (std::size_t i = 0; i < numbers.places.size(); ++i) {
+      // Places beyond what is asked for are passed over, and so are those that there are not.
       const std::size_t place = numbers.places[i];
       if (place < first || place - first >= count) continue;
       Copy<T>(numbers.values.data() + i * size, size, 1, width, out + (place - first) * width,

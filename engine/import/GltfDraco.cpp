@@ -70,6 +70,7 @@ void DracoMesh::Fill(std::size_t attribute, GltfNumbers& numbers) {
   if (found == nullptr) throw UnreadableFile("a packed mesh lacks one of its attributes.");
   numbers.count = mesh_->num_points();
   numbers.stride = numbers.components * BytesOf(numbers.kind);
+  // Each in a block of its own, which stays where it is while further ones are added.
   values_.push_back(std::make_unique<std::string>(
       ValuesOf(*found, numbers.count, numbers.components, numbers.kind)));
   numbers.bytes = *values_.back();

@@ -20,6 +20,7 @@ SourceCamera CameraOf(const Json& camera) {
   result.width = result.parallel ? 2 * Number(lens, "xmag", 1) : 0;
   result.vertical = result.parallel ? 0 : Number(lens, "yfov", 0);
   const double aspect = Number(lens, "aspectRatio", 0);
+  // A lens without an aspect has no horizontal angle: it follows the picture (SceneConversion).
   if (aspect > 0) result.horizontal = 2 * std::atan(aspect * std::tan(result.vertical / 2));
   return result;
 }
@@ -69,7 +70,8 @@ bool IsAboutLooks(const std::string& extension) {
                      [&](const char* start) { return extension.rfind(start, 0) == 0; });
 }
 
-// How often each extension is used, wherever it stands; at any depth, without recursion.
+// How often each extension is used, wherever it stands; at any depth, without recursion. The file's
+// own list says only that one is used, not how much is lost without it.
 std::map<std::string, std::size_t> UsesOfExtensions(const Json& top) {
   std::map<std::string, std::size_t> uses;
   std::vector<const Json*> pending{&top};

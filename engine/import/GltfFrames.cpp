@@ -69,6 +69,7 @@ void GltfFrames::PlaceNodes() {
   };
   for (std::size_t node = 0; node < parents.size(); ++node) {
     children(node, [&](std::size_t child) {
+      // A node that is named twice has one place: below the first one that names it.
       if (parents[child] == kNowhere) parents[child] = node;
     });
   }
@@ -90,6 +91,7 @@ void GltfFrames::PlaceNodes() {
 
 const Matrix& GltfFrames::InWorld(std::size_t node) {
   if (world_.empty()) PlaceNodes();
+  // Refuses a node that there is not.
   file_.Entry("nodes", node);
   return world_[node];
 }

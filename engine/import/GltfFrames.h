@@ -17,8 +17,8 @@ class GltfFrames {
  public:
   explicit GltfFrames(GltfFile& file) : file_(file) {}
   // For each joint of a skin, what brings a point of the mesh to its place in the node that bears
-  // the mesh: the inverse of the node's frame times the joint's frame times the joint's inverse bind
-  // matrix. None where the node is flat, so that its frame has no inverse.
+  // the mesh: the inverse of the node's frame times the joint's frame times the joint's inverse
+  // bind matrix. None where the node is flat, so that its frame has no inverse.
   std::optional<std::vector<host::Matrix>> OfJoints(std::size_t skin, std::size_t node);
 
  private:

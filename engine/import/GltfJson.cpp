@@ -21,6 +21,7 @@ std::size_t WholeNumber(const Json& value, const char* key) {
     const auto number = value.get<std::uint64_t>();
     if (number < kNowhere) return static_cast<std::size_t>(number);
   }
+  // Signed integers are below 0 here: the parser makes all others unsigned.
   const double number = value.is_number_float() ? value.get<double>() : -1;
   if (!(number >= 0 && number <= kMostWhole) || number != std::floor(number))
     RefuseKind(key, "a whole number from 0 on");

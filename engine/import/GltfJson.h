@@ -1,5 +1,6 @@
-// GltfJson: members of a glTF file's JSON by name and kind. A member that is missing gives a preset;
-// one of another kind than the format says makes the file unreadable, by name. Lives in the child.
+// GltfJson: members of a glTF file's JSON by name and kind. A member that is missing gives a
+// preset; one of another kind than the format says makes the file unreadable, by name. Lives in the
+// child.
 #pragma once
 
 #include <array>

@@ -23,7 +23,8 @@ namespace {
 constexpr std::uint32_t kUnused = std::numeric_limits<std::uint32_t>::max();
 
 // The points that triangles use: a range of the file's, and within it those that are kept. Numbers
-// the corners anew.
+// the corners anew. A mesh may use a few points of an accessor that many meshes share: only the
+// range that it uses is read, and only what it uses of that is kept.
 struct UsedPoints {
   std::size_t first = 0;
   std::size_t count = 0;
@@ -129,6 +130,7 @@ struct Influences {
       total += weight;
       Add(FrameOf(joints[i / 4][4 * point + i % 4], frames), weight, sum);
     }
+    // Weights are divided by their sum, since normalized integers rarely sum to exactly 1.
     if (total == 0) return FrameOf(joints[0][4 * point], frames);
     host::Matrix mean{{}, {}, {}, {}};
     Add(sum, 1 / total, mean);
@@ -230,6 +232,7 @@ void SetColors(GltfPrimitive& primitive, const UsedPoints& used, aiMesh& part) {
 unsigned GltfMeshes::MaterialOf(const Json& source) const {
   const std::size_t index = Index(source, "material");
   file_.Entry("materials", index);
+  // kNowhere becomes the last one, which is for meshes that name none.
   return static_cast<unsigned>(std::min(index, materials_.size() - 1));
 }
 
@@ -279,6 +282,7 @@ std::vector<unsigned> GltfMeshes::PartsOf(std::size_t node) {
     notes_.Count("Skins of flattened nodes are left out", !joints);
     if (joints) pose.joints = std::move(*joints);
   }
+  // A bent mesh is shaped for the one node that bears it.
   if (!pose.joints.empty()) return MakeParts(mesh, pose);
   const auto [entry, isNew] = shared_.try_emplace({index, pose.weights});
   if (isNew) entry->second = MakeParts(mesh, pose);

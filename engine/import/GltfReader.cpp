@@ -11,8 +11,10 @@ namespace engine {
 namespace {
 
 constexpr double kUnitsPerMetre = 100;
+// Between two questions whether to go on; a node may bear a large mesh.
 constexpr std::size_t kNodesPerStep = 64;
 
+// The library's matrices are written row by row.
 aiMatrix4x4 LibraryFrame(const host::Matrix& m) {
   const auto f = [](double number) { return static_cast<float>(number); };
   return aiMatrix4x4(f(m.v1.x), f(m.v2.x), f(m.v3.x), f(m.off.x), f(m.v1.y), f(m.v2.y), f(m.v3.y),

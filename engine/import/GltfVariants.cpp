@@ -93,6 +93,7 @@ std::vector<unsigned> VariantsOf(const GltfFile& file, const Json& primitive) {
 
 void AddStates(const GltfFile& file, const std::string& path, SceneFacts& facts, Notes& notes) {
   const Json& variants = VariantNames(file.Top());
+  // Files of this program say more than variants can; of others each variant is a state.
   const Json& ours = Member(Member(file.Top(), "extras"), "stagemarks");
   const Json& listed = ListIn(ours, "states");
   const std::size_t count = SizeOf(listed) > 0 ? SizeOf(listed) : SizeOf(variants);

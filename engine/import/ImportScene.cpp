@@ -37,6 +37,7 @@ class Received {
     total_ += bytes.size();
     while (std::optional<Frame> frame = parser_.Next()) Take(*frame);
     if (TooMuch() || parser_.Damaged()) return false;
+    // Asked with each piece that arrives, also an empty one: so a silent child can be stopped, too.
     stopped_ = !person_.Progress(progress_, what_);
     return !stopped_;
   }
@@ -82,6 +83,7 @@ class Received {
   void SetProgress(const std::string& text) {
     int thousandths = 0;
     std::from_chars(text.data(), text.data() + text.size(), thousandths);
+    // Never backwards, whatever the child says.
     progress_ = std::clamp(thousandths / 1000.0, progress_, 1.0);
   }
 
@@ -136,7 +138,8 @@ std::string StatusMessage(int status) {
          "). The file is damaged or not supported.";
 }
 
-// Why there is no scene; empty when there is one.
+// Why there is no scene; empty when there is one. The first cause that applies: ending the child
+// makes others come true, such as a signal.
 std::string WhyNot(const WorkerOutcome& outcome, const Received& received,
                    const ImportLimits& limits) {
   if (received.Stopped()) return "The import was stopped.";
@@ -202,6 +205,7 @@ Result<Imported> ImportScene(const Services& services, const std::string& path,
   const auto progress = [&](double) {
     return !(stopped = !services.person.Progress(1, received.What()));
   };
+  // Checked like any file from outside: who has taken over the child may have written it.
   Result<OwnedDocument> scene = ReadScene(received.Scene(), 0, progress);
   if (stopped) return Failed(path, "The import was stopped.");
   if (!scene) return Failed(path, "The importer's answer is damaged: " + scene.Message());

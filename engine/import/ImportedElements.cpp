@@ -39,6 +39,7 @@ class Fingerprint {
     sum_ = (sum_ ^ number) * 0x9E3779B97F4A7C15ull;
     sum_ ^= sum_ >> 29;
   }
+  // Zero added: -0 and 0 are the same place.
   void Add(double number) { Add(std::bit_cast<std::uint64_t>(number + 0.0)); }
   void Add(const host::Vector& v) {
     for (const double number : {v.x, v.y, v.z}) Add(number);
@@ -90,6 +91,7 @@ LONG SettingsFingerprint(const host::BaseObject& object) {
   return print.Value();
 }
 
+// By names: the materials of another import have other identities.
 LONG LookFingerprint(const host::BaseObject& object, const host::BaseDocument& doc) {
   Fingerprint print;
   for (const host::BaseTag* tag = object.GetFirstTag(); tag != nullptr; tag = tag->GetNext()) {
@@ -115,6 +117,8 @@ BaseContainer Column(const std::vector<ImportedElement>& elements, Number number
   return column;
 }
 
+// Columns and not a container for each element: they are stored in a few bytes an element, and a
+// scene of a million objects has no million small blocks more.
 BaseContainer AsContainer(const std::vector<ImportedElement>& elements, bool areObjects) {
   BaseContainer links;
   LONG key = 0;

@@ -49,6 +49,7 @@ BaseContainer AsContainer(const ImportedState& state) {
   result.SetLong(kWidth, state.width);
   result.SetLong(kHeight, state.height);
   result.SetContainer(kHidden, Links(state.hidden, [](NodeId id) { return id; }));
+  // The tag and the material of a look stand at the same position of two lists.
   result.SetContainer(kTags, Links(state.looks, [](const auto& look) { return look.first; }));
   result.SetContainer(kMaterials, Links(state.looks, [](const auto& look) { return look.second; }));
   return result;

@@ -37,6 +37,7 @@ constexpr LostTexture kLostTextures[] = {
     {aiTextureType_HEIGHT, "Bump textures are left out"},
     {aiTextureType_TRANSMISSION, "Transmission textures are left out"}};
 
+// Nothing for what is no number: the preset of its use counts then.
 std::optional<double> Number(const aiMaterial& material, const char* key, unsigned type,
                              unsigned index) {
   ai_real value = 0;
@@ -58,6 +59,7 @@ host::Vector VectorOf(const aiColor4D& color, double factor = 1) {
   return host::Vector(color.r * factor, color.g * factor, color.b * factor);
 }
 
+// As a new material of the scene.
 const host::Vector kUndescribed(0.8);
 
 double Clamped(double value) { return std::clamp(value, 0.0, 1.0); }
@@ -138,6 +140,7 @@ void MaterialConversion::Convert() {
   for (unsigned i = 0; i < scene_.mNumMaterials; ++i) {
     const std::string name = scene_.mMaterials[i]->GetName().C_Str();
     const bool isDefault = name.empty() || name == AI_DEFAULT_MATERIAL_NAME;
+    // A place is kept for what is not made, so that positions are those of the library.
     materials_.push_back(used[i] || !isDefault ? Make(i) : nullptr);
   }
 }
@@ -232,6 +235,7 @@ void MaterialConversion::SetPictures(const aiMaterial& from, unsigned index,
   if (facts.normalScale != 1) data.SetReal(kMaterialNormalStrength, facts.normalScale);
   // One picture holds both in glTF.
   const aiTextureType rough = IsGltf() ? aiTextureType_METALNESS : aiTextureType_DIFFUSE_ROUGHNESS;
+  // Other formats have either a number or a picture; the scene multiplies both.
   if (AddShader(from, index, {rough, rough, kMaterialRoughnessShader}, to) && !IsGltf())
     data.SetReal(host::MATERIAL_ROUGHNESS, 1);
   if (AddShader(from, index,
@@ -275,6 +279,7 @@ void MaterialConversion::SetEmission(const aiMaterial& from, unsigned index,
 }
 
 std::string MaterialConversion::FileNameOf(const std::string& texture) const {
+  // "*0", or the name of the file that was embedded.
   const auto [embedded, index] = scene_.GetEmbeddedTextureAndIndex(texture.c_str());
   const bool known =
       embedded != nullptr && index >= 0 && static_cast<std::size_t>(index) < embeddedNames_.size();

@@ -51,6 +51,7 @@ class PointTable {
 
 // Adding zero turns -0 into 0, so that equal places have equal bits.
 Point Converted(const aiVector3D& place, double scale, bool& broken) {
+  // One bad point must not cost the mesh, nor spread through its bounds.
   const auto coordinate = [&](double value) {
     const bool finite = std::isfinite(value * scale) && std::abs(value * scale) < kLargest;
     broken = broken || !finite;

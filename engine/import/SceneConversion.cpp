@@ -38,7 +38,8 @@ host::Matrix Scaled(host::Matrix frame, double scale) {
 }
 
 // The horizontal angle that a vertical one comes to in the picture that the document renders; 0 for
-// none.
+// none. glTF has the vertical angle and the scene both: the horizontal one serves where the picture
+// has the shape of the settings.
 double HorizontalAngle(double vertical, const host::BaseDocument& doc) {
   const host::BaseContainer& settings = *doc.GetActiveRenderData()->GetDataInstance();
   const double width = settings.GetLong(host::RDATA_XRES, 1280);
@@ -98,6 +99,7 @@ bool SceneConversion::Convert(const std::function<bool(double)>& progress) {
   }
   const double total = static_cast<double>(NodeCount(scene_.mRootNode));
   const NodeFacts& root = FactsOf(facts_, *scene_.mRootNode);
+  // A root that bears something becomes an object; mostly it is only there to hold the others.
   if (scene_.mRootNode->mNumMeshes > 0 || !root.cameras.empty() || !root.lights.empty()) {
     pending_.push_back({scene_.mRootNode, nullptr, false});
   } else {
@@ -134,6 +136,7 @@ SceneConversion::Parts SceneConversion::PartsOf(const aiNode& node) {
   return parts;
 }
 
+// Objects at the top take over the turn of a root that is no object.
 host::Matrix SceneConversion::FrameOf(const aiNode& node, bool isTop) {
   if (&node == scene_.mRootNode) return rootFrame_;
   const host::Matrix frame = ConvertFrame(node.mTransformation, scale_);
@@ -171,6 +174,7 @@ BaseObject* SceneConversion::MakeSingle(const aiNode& node, const Parts& parts,
   const bool turns = own != host::Matrix();
   if (turns && node.mNumChildren > 0) return nullptr;
   frame = Product(frame, Scaled(own, scale_));
+  // Children still need the scale.
   if (node.mNumChildren == 0) frame = WithoutScale(frame);
   return isCamera ? MakeCamera(facts_.cameras[parts.facts->cameras.front()])
                   : MakeLight(facts_.lights[parts.facts->lights.front()]);
@@ -203,6 +207,7 @@ BaseObject* SceneConversion::MakePolygons(unsigned mesh) {
   BaseObject* object = BaseObject::Alloc(host::Opolygon);
   if (object == nullptr) return nullptr;
   const aiMesh& source = *scene_.mMeshes[mesh];
+  // Nodes that bear one mesh share it in the scene, too.
   if (!meshes_[mesh]) {
     const UvUse uvs = materials_.UvUseOf(source.mMaterialIndex);
     meshes_[mesh] = std::make_shared<const Mesh>(ConvertMesh(source, scale_, uvs, notes_));
@@ -307,6 +312,8 @@ ImportedState SceneConversion::StateOf(const SourceState& source) const {
   for (const std::size_t node : source.hidden) {
     if (const NodeId object = ObjectOf(node)) state.hidden.push_back(object);
   }
+  // Every state says of every tag that varies which material it has, also its own: what one state
+  // changes the next must change back.
   for (const auto& [tag, mesh] : varied_) {
     const std::vector<unsigned>& variants = facts_.variants[mesh];
     unsigned index = source.variant < variants.size() ? variants[source.variant] : kOwnMaterial;

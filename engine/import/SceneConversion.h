@@ -76,8 +76,8 @@ class SceneConversion {
   std::unordered_map<std::string, host::LayerObject*> layers_;
   std::vector<Pending> pending_;
   host::BaseObject* firstCamera_ = nullptr;
-  // Where the file holds states: the objects of its nodes, and the texture tags that variants change
-  // with their meshes
+  // Where the file holds states: the objects of its nodes, and the texture tags that variants
+  // change with their meshes
   std::unordered_map<const aiNode*, host::BaseObject*> placed_;
   std::vector<std::pair<NodeId, unsigned>> varied_;
 };

@@ -81,6 +81,8 @@ FolderFiles& Configure(Assimp::Importer& importer, const std::string& path,
   KeepLoadersOf(SuffixOf(FormatOf(path)), importer);
   importer.SetIOHandler(files);
   importer.SetProgressHandler(new Progress(progress));
+  // No meshes made up to show bones, no helper nodes for the parts of a transformation, and the
+  // names that a person gave instead of ids.
   importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);

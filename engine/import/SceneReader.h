@@ -1,6 +1,6 @@
-// SceneReader: reads a file of an allowed format in this process, glTF by a reader of our own and the
-// others by the importing library, and makes a document of it. Meant for the child; tests may call
-// it for files they trust.
+// SceneReader: reads a file of an allowed format in this process, glTF by a reader of our own and
+// the others by the importing library, and makes a document of it. Meant for the child; tests may
+// call it for files they trust.
 #pragma once
 
 #include <functional>

@@ -63,6 +63,7 @@ class Skinning {
       for (unsigned i = 0; i < node->mNumMeshes; ++i) {
         const unsigned mesh = node->mMeshes[i];
         if (mesh >= isBent.size() || isBent[mesh]) continue;
+        // Its points are changed in place, so once only.
         isBent[mesh] = true;
         Bend(*scene_.mMeshes[mesh], frame);
       }
@@ -85,6 +86,7 @@ class Skinning {
   }
 
   void Bend(aiMesh& mesh, aiMatrix4x4 frame) {
+    // A node that is flat in a direction has no way back from the world into it.
     if (mesh.mNumBones == 0 || mesh.mVertices == nullptr || frame.Determinant() == 0) return;
     const aiMatrix4x4 back = frame.Inverse();
     Bending bending(mesh);

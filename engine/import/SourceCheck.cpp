@@ -26,6 +26,7 @@ constexpr std::array<Suffix, 5> kSuffixes = {{{"gltf", SourceFormat::Gltf},
                                               {"obj", SourceFormat::Obj},
                                               {"fbx", SourceFormat::Fbx},
                                               {"dae", SourceFormat::Collada}}};
+// Enough for the comment that an FBX file of text begins with.
 constexpr std::size_t kBytesLookedAt = 4096;
 
 std::string_view SkipBlanks(std::string_view text) {
@@ -116,6 +117,7 @@ std::string WhyNotImportable(const std::string& path) {
          "\" is of no format that can be imported. Those are .gltf, .glb, .fbx, .obj and .dae.";
 }
 
+// The open file is looked at and not its name, which may lead elsewhere a moment later.
 Status CheckSource(const std::string& path, const ImportLimits& limits) {
   if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos) {
     return Refusal(path, "is not a full path.");

@@ -20,6 +20,8 @@ Status WorkerProcess::Start(const std::string& program, const std::string& path,
       child_.Start("The importer", program, {kImportWorkerVerb, path},
                    {limits.memoryBytes, limits.seconds}, ConfinedChild::Life::OfThread);
   if (started) ::fcntl(child_.Talk(), F_SETFL, O_NONBLOCK);
+  // Time on the clock besides the processor time that the child may have: one that waits takes
+  // none.
   deadline_ = std::chrono::steady_clock::now() + std::chrono::seconds(limits.seconds);
   return started;
 }

@@ -39,6 +39,7 @@ Status AppendedFile::Write(std::string_view line) {
   char last = '\n';
   if (info.st_size > 0 && pread(file_.Get(), &last, 1, info.st_size - 1) != 1)
     return SystemFailure(kCannotRead, path_);
+  // Both ends and the line in one call, so that little can come between.
   const std::string bytes = (last == '\n' ? "" : "\n") + std::string(line) + "\n";
   ssize_t written = 0;
   do {
@@ -47,6 +48,7 @@ Status AppendedFile::Write(std::string_view line) {
   if (written == static_cast<ssize_t>(bytes.size())) return {};
   if (written >= 0) errno = ENOSPC;
   Status failure = SystemFailure(kCannotWrite, path_);
+  // A part of a line is taken off again while the lock is held.
   if (written > 0) (void)!ftruncate(file_.Get(), info.st_size);
   return failure;
 }

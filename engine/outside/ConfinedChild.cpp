@@ -37,6 +37,7 @@ struct Launch {
   const ProcessLimits* limits;
 };
 
+// By one call where the kernel has it, else as many as a program commonly has.
 void CloseFrom(int first) {
 #ifdef SYS_close_range
   if (::syscall(SYS_close_range, static_cast<unsigned>(first), ~0u, 0u) == 0) return;
@@ -56,6 +57,7 @@ void ResetSignals() {
 [[noreturn]] void BecomeChild(const Launch& launch) {
   if (launch.parent != 0) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // The parent may have ended before the child asked to end with it.
     if (::getppid() != launch.parent) ::_exit(kCannotRun);
   }
   ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
@@ -138,6 +140,7 @@ Status ConfinedChild::Start(const std::string& what, const std::string& program,
   const Launch launch{
       arguments.data(), environment.data(), talk, nothing, life == Life::OfThread ? ::getpid() : 0,
       &limits};
+  // Everything that takes memory is made before: between fork and exec nothing may.
   child_ = talk >= 0 && nothing >= 0 ? ::fork() : -1;
   if (child_ == 0) BecomeChild(launch);
   Status result = child_ > 0 ? Status() : StartFailure(what, "fork");
@@ -148,6 +151,7 @@ Status ConfinedChild::Start(const std::string& what, const std::string& program,
 
 void ConfinedChild::Kill() { ::kill(child_, SIGKILL); }
 
+// Leaves the end to be waited for.
 bool ConfinedChild::HasEnded() const {
   siginfo_t about{};
   const int answer =

@@ -10,6 +10,8 @@ namespace engine {
 
 bool FileHandle::Close() {
   const int descriptor = std::exchange(descriptor_, -1);
+  // Closed all the same when a signal came: trying again could close a descriptor of another
+  // thread.
   return descriptor < 0 || close(descriptor) == 0 || errno == EINTR;
 }
 

@@ -43,6 +43,7 @@ int LockNow(FileHandle& file, const std::string& path) {
   return file ? LockNow(file) : errno;
 }
 
+// No lock is better than no work: whoever has the file on such a disk is mostly alone with it.
 bool KnowsNoLocks(int error) {
   return error == ENOLCK || error == EOPNOTSUPP || error == ENOSYS || error == EINVAL;
 }
@@ -82,6 +83,7 @@ Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
     if (!isPlain) return isPlain.GetStatus();
     if (!isPlain.Value()) return std::optional(FileLock());
     FileHandle file = OpenForLocking(path, O_RDONLY);
+    // A file may be there to be written and not to be read.
     if (!file) file = OpenForLocking(path, O_WRONLY);
     if (!file && errno == ENOENT) continue;
     if (!file) return SystemFailure("Cannot lock", path);
@@ -91,6 +93,8 @@ Result<std::optional<FileLock>> FileLock::Try(const std::string& path) {
   }
 }
 
+// Asked again and again instead of waiting in the kernel, which could not be stopped, nor follow a
+// file that is replaced.
 Result<FileLock> FileLock::Take(const std::string& path, std::chrono::milliseconds longest,
                                 const ProgressCallback& progress) {
   const auto begin = std::chrono::steady_clock::now();

@@ -6,6 +6,7 @@
 #include "engine/outside/PathRules.h"
 
 namespace engine {
+// Each operation that the ledger is to know ends here, once.
 Status FileSystem::Enter(LedgerEntry entry, Status status) {
   entry.succeeded = status.Ok();
   entry.message = status.Message();
@@ -18,6 +19,7 @@ auto FileSystem::Read(Operation operation, const std::string& path, Work work) {
   const Result<std::string> clean = PathForReading(path);
   using Answer = decltype(work(path));
   Answer answer = clean ? work(clean.Value()) : Answer(clean.GetStatus());
+  // Looked for afterwards, and only where it failed: a reading that succeeds costs no further call.
   const bool absent = clean && !answer && DoKind(clean.Value()) == FileKind::Missing;
   Status status = answer ? Status() : Status::Failure(answer.Message());
   (void)Enter({operation, clean ? clean.Value() : path, "", false, "", absent}, status);
@@ -59,6 +61,7 @@ void FileSystem::FollowScene(const std::string& path) {
   if (clean && clean.Value().size() > 1) Follow(FolderAndName(clean.Value()).first);
 }
 
+// From the longest part on, so that the nearest named folder counts.
 std::size_t FileSystem::NamedPart(const std::string& path) const {
   for (std::size_t end = path.size(); end > 0; end = path.rfind('/', end - 1)) {
     if (named_.contains(path.substr(0, end))) return end;
@@ -113,6 +116,7 @@ Status FileSystem::ReplaceFile(const std::string& path, std::span<const std::str
                 [&](const std::string& clean) { return DoReplaceFile(clean, pieces, how); });
 }
 
+// A folder that is there already is no entry in the ledger: nothing was made.
 Status FileSystem::MakeFolder(const std::string& path) {
   const Result<std::string> existing = PathForWriting(path);
   if (existing && DoKind(existing.Value()) == FileKind::Folder) return {};

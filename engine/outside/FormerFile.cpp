@@ -42,6 +42,7 @@ Status FormerFile::Hold() {
   if (!place) return place.GetStatus();
   folder_ = std::move(place.Value().folder);
   name_ = std::move(place.Value().name);
+  // Then the open handle alone keeps the bytes, until they are copied.
   if (!LinkIt()) hidden_.clear();
   return {};
 }

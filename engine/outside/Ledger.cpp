@@ -41,8 +41,11 @@ class WrittenPaths {
   }
 
  private:
+  // Numbers only grow, also when some were forgotten; a path that is written again keeps its first
+  // one.
   void Add(const std::string& path) { paths_.emplace(path, paths_.size() + forgotten_); }
 
+  // With all that was written below a folder.
   void Forget(const std::string& path) {
     forgotten_ += paths_.erase(path);
     const std::string inside = path + "/";

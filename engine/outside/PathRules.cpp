@@ -19,6 +19,8 @@ std::string Cleaned(const std::string& path) {
   return clean.empty() ? "/" : clean;
 }
 
+// Asked of the path as given: a backslash is a letter here and a separator on the machine that the
+// scene comes from.
 bool ClimbsUp(const std::string& path) {
   for (std::size_t start = 0; start <= path.size();) {
     const std::size_t end = std::min(path.find_first_of("/\\", start), path.size());

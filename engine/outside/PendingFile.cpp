@@ -162,6 +162,7 @@ Status PendingFile::CheckPlace() {
   Result<FilePlace> place = FindPlace(kCannotWrite, path_, named_);
   if (!place) return place.GetStatus();
   name_ = place.Value().name;
+  // Opened for reading, since the folder itself is synced in the end.
   folder_ = FileHandle(openat(place.Value().folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder_) return SystemFailure(kCannotWrite, path_);
   RemoveDeadFiles(folder_.Get(), FolderAndName(path_).first);
@@ -172,6 +173,7 @@ Status PendingFile::CheckPlace() {
   if (S_ISDIR(info.st_mode)) return FileFailure(kCannotWrite, path_, "a folder is in its place");
   if (!S_ISREG(info.st_mode))
     return FileFailure(kCannotWrite, path_, "something that is no plain file is in its place");
+  // Renaming would replace it nevertheless; who has write-protected a file means it.
   if (faccessat(folder_.Get(), name_.c_str(), W_OK, AT_EACCESS) != 0)
     return SystemFailure(kCannotWrite, path_);
   return {};
@@ -214,12 +216,14 @@ Status PendingFile::TakeOverRights() {
   if (fstatat(folder_.Get(), name_.c_str(), &old, AT_SYMLINK_NOFOLLOW) != 0) return {};
   // The new file takes over owner and rights where the system lets it; the bytes matter more.
   const bool owned = fchown(file_.Get(), old.st_uid, old.st_gid) == 0;
+  // Not the bits that lend another owner's rights.
   const mode_t rights = old.st_mode & (owned ? 07777U : 0777U);
   if (fchmod(file_.Get(), rights) != 0) return SystemFailure(kCannotWrite, path_);
   return {};
 }
 
 Status PendingFile::Write(std::string_view bytes) {
+  // The kernel writes little more than 2 GB in one call.
   constexpr std::size_t kMost = std::size_t{1} << 30;
   while (!bytes.empty()) {
     const ssize_t count = write(file_.Get(), bytes.data(), std::min(bytes.size(), kMost));
@@ -232,6 +236,7 @@ Status PendingFile::Write(std::string_view bytes) {
 
 Status PendingFile::WriteAllOf(const FileHandle& file, const std::string& path,
                                const std::function<bool()>& isWanted) {
+  // Copies that share their blocks, as some file systems have them, take no time.
   if (ioctl(file_.Get(), FICLONE, file.Get()) == 0) return {};
   std::string buffer(std::size_t{1} << 18, '\0');
   for (;;) {
@@ -268,6 +273,7 @@ bool PendingFile::Place(bool replace) {
 
 // It stays locked until it is in its place.
 Status PendingFile::Commit(bool replace) {
+  // The bytes before the name: after a power cut the name must not lead to less than all.
   if (fsync(file_.Get()) != 0 || !Place(replace)) return SystemFailure(kCannotWrite, path_);
   (void)file_.Close();
   if (!SyncFolder(folder_.Get()))

@@ -46,6 +46,7 @@ Bool FileSelect(Filename& name, LONG type, LONG flags, const String& title) {
   const std::optional<std::string> chosen =
       Person().ChooseFile({type, flags, title.ToUtf8(), PathOf(name)});
   if (!chosen) return FALSE;
+  // A file that a person chose is one that a person named (decision 68).
   Files().Follow(*chosen);
   name = Filename(String(std::string_view(*chosen)));
   return TRUE;
@@ -66,6 +67,7 @@ void BrowseFiles::Init(const Filename& folder, LONG) {
   for (const std::string& name : names.Value()) names_.emplace_back(String(std::string_view(name)));
 }
 
+// Stays one behind the last name, however often it is asked.
 Bool BrowseFiles::GetNext() {
   next_ = std::min(next_ + 1, names_.size() + 1);
   return next_ <= names_.size();

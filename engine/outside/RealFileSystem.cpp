@@ -93,6 +93,9 @@ std::optional<DiskSpace> RealFileSystem::DoSpace(const std::string& path) {
   return DiskSpace{disk.f_bavail * block, block};
 }
 
+// The former file is held before the new one takes its place and gets its own name after that: so
+// the scene is at its path throughout, and a saving that fails leaves the former version as it was
+// (decision 69).
 Status RealFileSystem::DoReplaceFile(const std::string& path,
                                      std::span<const std::string_view> pieces,
                                      const Replacing& how) {
@@ -128,6 +131,7 @@ Status RealFileSystem::DoCopyFile(const std::string& from, const std::string& to
   if (!file) return file.GetStatus();
   struct stat target;
   if (stat(to.c_str(), &target) == 0) {
+    // Also by two names or through a link.
     if (source.st_dev == target.st_dev && source.st_ino == target.st_ino) return {};
     if (!replace) return FileFailure(kCannotWrite, to, "it exists already");
   }

@@ -83,6 +83,7 @@ class TreeRemoval {
         openat(current_.Get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat info;
     if (!folder || fstat(folder.Get(), &info) != 0) return Failure();
+    // A disk that somebody has mounted there is not a part of the folder.
     if (info.st_dev != levels_.front().device)
       return FileFailure(kCannotRemove, path_, "another file system is mounted in it");
     current_ = std::move(folder);
@@ -124,6 +125,7 @@ class TreeRemoval {
   std::vector<Level> levels_;
 };
 
+// A link without a target is no file and no folder, and no reason to fail.
 bool LeadsNowhere(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
 
 // Names of what is of that kind (a file type of stat, links followed), in byte order.

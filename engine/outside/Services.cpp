@@ -10,6 +10,7 @@
 namespace engine {
 namespace {
 
+// Plug-ins call published functions from threads of their own, too.
 std::atomic<const Services*> published{nullptr};
 
 void Print(const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }
@@ -38,6 +39,7 @@ host::LocalFileTime SystemClock::Now() {
 
 const Services& PublishedServices() {
   if (const Services* services = published.load()) return *services;
+  // Made when first asked for: programs have services of their own.
   static SystemServices fallback;
   return fallback.Get();
 }

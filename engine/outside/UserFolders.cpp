@@ -8,6 +8,7 @@
 namespace engine {
 namespace {
 
+// The conventions have relative paths ignored.
 std::string AbsoluteFromEnvironment(const char* variable) {
   const char* value = std::getenv(variable);
   return value != nullptr && value[0] == '/' ? value : "";

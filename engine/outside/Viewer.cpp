@@ -27,6 +27,7 @@ Listener& TheListener() {
   return *listener;
 }
 
+// Somebody has to wait for the child, or it would stay as a dead process until the program's end.
 void WaitFor(pid_t child, const std::string& path) {
   int status = 0;
   const bool ended = waitpid(child, &status, 0) == child && WIFEXITED(status);

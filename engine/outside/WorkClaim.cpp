@@ -8,6 +8,7 @@ namespace engine {
 
 namespace {
 
+// More former owners than that do not follow one another so closely.
 constexpr int kTries = 100;
 
 std::string ClaimFileOf(const std::string& path) {
@@ -39,6 +40,8 @@ Result<std::optional<WorkClaim>> WorkClaim::Try(const FileSystem& files, const s
 }
 
 WorkClaim::~WorkClaim() {
+  // Removed while it is still locked: whoever waits finds that its file has no name any more, and
+  // makes another.
   if (place_.folder) (void)unlinkat(place_.folder.Get(), place_.name.c_str(), 0);
 }
 

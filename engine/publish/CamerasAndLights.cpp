@@ -28,6 +28,7 @@ double Within(double value, double low, double high, double other) {
 
 constexpr double kMost = 1e30;  // fits a float of whoever reads it
 
+// The format wants a far limit of parallel cameras, and of no others.
 Json Parallel(const host::BaseContainer& data, double aspect, double near, double far) {
   const double wide =
       Within(data.GetReal(host::CAMERA_WIDTH, 1000) * kMetresPerUnit, 1e-6, kMost, 10) / 2;
@@ -40,6 +41,8 @@ Json Parallel(const host::BaseContainer& data, double aspect, double near, doubl
 Json Perspective(const host::BaseContainer& data, double aspect, double near, double far) {
   const double fov = Within(data.GetReal(host::CAMERA_FOV, 0.9273), 0.001, kPi - 0.001, 0.9273);
   const double vertical = data.GetReal(host::CAMERA_FOV_VERTICAL);
+  // A camera with a vertical angle of its own has a shape of its own; of all others the horizontal
+  // angle holds, whatever the picture's shape.
   const bool own = vertical > 0 && vertical < kPi;
   const double high = own ? vertical : 2 * std::atan(std::tan(fov / 2) / aspect);
   Json camera = {{"aspectRatio", own ? std::tan(fov / 2) / std::tan(vertical / 2) : aspect},
@@ -96,6 +99,8 @@ Json LightJson(const host::BaseObject& object, host::LONG kind, double unit) {
 
 }  // namespace
 
+// A light that was made here beside imported ones is as bright beside them in the file as in the
+// picture.
 LightUnits LightUnitsOf(const host::BaseDocument& doc) {
   LightUnits units{0, 0};
   for (const host::BaseObject* object = doc.GetFirstObject(); object; object = NextInTree(object)) {

@@ -33,8 +33,8 @@ class CamerasAndLights {
 
   const Json& Cameras() const { return cameras_; }
   const Json& Lights() const { return lights_; }
-  // Of each light in the order of Lights: how bright it is in the pictures of this program, where 1 is
-  // full, whatever the unit of its intensity.
+  // Of each light in the order of Lights: how bright it is in the pictures of this program, where 1
+  // is full, whatever the unit of its intensity.
   const Json& Brightness() const { return brightness_; }
 
  private:

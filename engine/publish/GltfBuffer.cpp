@@ -23,6 +23,7 @@ constexpr Layout kLayouts[] = {{"SCALAR", 0, kUnsigned}, {"SCALAR", 0, kUnsigned
                                {"VEC2", 8, kFloat},      {"VEC4", 16, kFloat},
                                {"VEC4", 16, kFloat}};
 
+// Numbers of four bytes begin at a multiple of four in the file (glTF 2.0, section 3.6.2.4).
 std::uint64_t Padded(std::uint64_t size) { return (size + 3) / 4 * 4; }
 
 }  // namespace
@@ -55,6 +56,7 @@ std::size_t GltfBuffer::AddAccessor(Kind kind, const GltfGeometry& geometry) {
   return accessors_.size() - 1;
 }
 
+// With tangents it refers to the same accessors as without, and to one more.
 const std::string& GltfBuffer::PrimitiveOf(const Mesh* mesh, const GltfGeometry& geometry,
                                            bool withTangents) {
   Primitive& primitive = primitives_[mesh];
@@ -93,6 +95,8 @@ std::uint64_t GltfBuffer::Size(bool withPictures) const {
   return size;
 }
 
+// All of a kind behind one another, in the order of their accessors, which is how AddAccessor has
+// counted the offsets.
 void GltfBuffer::AppendTo(std::string& bytes, bool withPictures) const {
   const std::size_t begin = bytes.size();
   const auto fill = [&] { bytes.append(-(bytes.size() - begin) % 4, '\0'); };
@@ -127,6 +131,7 @@ void GltfBuffer::AppendAccessor(std::string& to, const Accessor& accessor,
   to += "},";
 }
 
+// Pictures come first: their views have the numbers that AddBytes has given away.
 std::string GltfBuffer::Views(bool withPictures, Places& places) const {
   std::string text;
   std::uint64_t offset = 0;
@@ -166,6 +171,7 @@ std::string GltfBuffer::Members(bool withPictures, const std::string& uri) const
     text.back() = ']';
   }
   text += ",\"bufferViews\":[" + views + ",\"buffers\":[{\"byteLength\":" + std::to_string(size);
+  // Without an address the bytes are those behind the text (glTF 2.0, section 4.4.3.3).
   if (!uri.empty()) text += ",\"uri\":" + Quoted(uri);
   return text + "}]";
 }

@@ -55,6 +55,8 @@ Status CheckSize(std::uint64_t size, const PublishOptions& options) {
 
 Result<PublishedScene> Binary(const GltfParts& parts, const GltfBuffer& buffer,
                               const PublishOptions& options) {
+  // Checked before anything is put together: gigabytes need not be written to find that they are
+  // too many.
   const std::uint64_t bytes = buffer.Size(true);
   if (Status fits = CheckSize(bytes, options); !fits) return fits;
   PublishedScene scene;
@@ -63,6 +65,7 @@ Result<PublishedScene> Binary(const GltfParts& parts, const GltfBuffer& buffer,
   Reserve(file, parts, ofBuffer.size() + bytes);
   file.assign(kHeadSize, '\0');
   AppendText(file, parts, ofBuffer);
+  // Chunks end at multiples of four; that of the text is filled up with blanks.
   file.append(-file.size() % 4, ' ');
   const std::uint64_t json = file.size() - kHeadSize;
   const std::uint64_t size = file.size() + (bytes == 0 ? 0 : 8 + bytes);
@@ -79,7 +82,8 @@ Result<PublishedScene> Binary(const GltfParts& parts, const GltfBuffer& buffer,
   return scene;
 }
 
-// A name with the hash of the content before its suffix.
+// A name with the hash of the content before its suffix. A name that goes with the content lets
+// files of several states share pictures and bytes.
 std::string NamedByContent(const std::string& begin, std::string_view bytes, const char* suffix) {
   std::array<char, kHashDigits + 1> hash;
   std::snprintf(hash.data(), hash.size(), "%016llx",
@@ -87,7 +91,7 @@ std::string NamedByContent(const std::string& begin, std::string_view bytes, con
   return begin + "." + hash.data() + suffix;
 }
 
-// A file name as an address (RFC 3986, section 2.1).
+// A file name as an address (RFC 3986, section 2.1). All but the unreserved characters are coded.
 std::string AddressOf(const std::string& name) {
   std::string address;
   for (const char letter : name) {

@@ -106,6 +106,7 @@ class Conversion {
       if (!AreNumbers(places[i])) return;
     }
     const Point across = Cross(Difference(places[1], places[0]), Difference(places[2], places[0]));
+    // A triangle without an area has no normal and shows nothing.
     if (!AreNumbers(across) || !(Magnitude(across) > 0)) return;
     std::array<Vertex, 3> triangle;
     for (std::size_t i = 0; i < 3; ++i) {
@@ -138,6 +139,8 @@ class Conversion {
     return AreNumbers(axes.right) && AreNumbers(axes.up) ? axes : Axes();
   }
 
+  // The sum over the triangles, made upright to the normal. Where the coordinates say nothing any
+  // direction along the surface serves: the format knows no vertex without a tangent.
   void AddTangents() {
     for (std::size_t i = 0; i < axes_.size(); ++i) {
       const Point normal = normals_[i];
@@ -147,6 +150,7 @@ class Conversion {
       if (!(Magnitude(tangent) > 1e-12))
         tangent = Cross(normal, std::abs(normal[1]) < 0.9F ? Point{0, 1, 0} : Point{1, 0, 0});
       tangent = Unit(tangent);
+      // Below 0 where the picture is mirrored on the surface.
       const float turn = Dot(Cross(normal, tangent), axes_[i].up) < 0 ? -1.0F : 1.0F;
       Append(out_.tangents, tangent.data(), sizeof tangent);
       Append(out_.tangents, &turn, sizeof turn);
@@ -176,6 +180,8 @@ class Conversion {
     return color;
   }
 
+  // The format has one index for all that a corner has, so corners that differ in anything are
+  // vertices of their own.
   void AddCorner(const Vertex& vertex, const Axes& axes) {
     const auto [place, isNew] = vertices_.try_emplace(vertex, out_.vertices);
     if (isNew) AddVertex(vertex);

@@ -32,7 +32,8 @@ struct GltfGeometry {
 
 // Triangles without an area, with points that are not there or that are no numbers are left out; a
 // normal of no length becomes that of its triangle. Tangents are averaged over the triangles at a
-// vertex (glTF 2.0, section 3.7.2.1: the texture's upwards is normal x tangent x the fourth number).
+// vertex (glTF 2.0, section 3.7.2.1: the texture's upwards is normal x tangent x the fourth
+// number).
 GltfGeometry MakeGltfGeometry(const Mesh& mesh);
 
 // Keeps what was made, with the meshes that it was made from.

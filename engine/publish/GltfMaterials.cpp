@@ -30,7 +30,8 @@ nlohmann::ordered_json SamplerOf(const Sampling& sampling) {
   return sampler;
 }
 
-// Whether a picture of these kinds has its end, too.
+// Whether a picture of these kinds has its end, too. One that is cut off shows in some programs and
+// not in others: it is decoded, and packed anew where that can be done.
 bool IsWhole(std::string_view bytes) {
   const bool isPng = bytes.front() == '\x89';
   return bytes.rfind(isPng ? std::string_view("IEND") : "\xFF\xD9") != std::string_view::npos;
@@ -64,12 +65,14 @@ Image Joined(const std::optional<Image>& a, const std::optional<Image>& b, Join 
 
 using Pixel = std::array<int, 4>;
 
+// The opacity is the gray of its picture, by its own opacity.
 Image WithOpacity(const std::optional<Image>& color, const std::optional<Image>& opacity) {
   return Joined(color, opacity, [](const Pixel& c, const Pixel& o) {
     return Pixel{c[0], c[1], c[2], c[3] * (o[0] + o[1] + o[2]) * o[3] / (3 * 255 * 255)};
   });
 }
 
+// The format has roughness in green and metal in blue.
 Image RoughAndMetal(const std::optional<Image>& rough, const std::optional<Image>& metal) {
   return Joined(rough, metal, [](const Pixel& r, const Pixel& m) {
     return Pixel{255, r[1], m[2], 255};
@@ -148,6 +151,7 @@ void GltfMaterials::AddFactor(const char* extension, const char* factor, float v
 }
 
 std::string GltfMaterials::NameOf(std::uint32_t look, TextureUse SurfaceLook::*place) {
+  // Looks come in with each further state; only those that are new are filed.
   for (; wishesKnown_ < picture_.textures.size(); ++wishesKnown_)
     wishes_[picture_.textures[wishesKnown_].look].push_back(wishesKnown_);
   for (const std::size_t wish : wishes_[look]) {
@@ -190,6 +194,7 @@ void GltfMaterials::AddTexture(const Instance& instance, const Source& source,
 }
 
 // First as the object's tag has it, then as the texture itself. Numbers that are none move nothing.
+// The extension scales, then turns, then moves; so the tag's move is scaled and turned along.
 void GltfMaterials::AddTransform(const Instance& instance, const TextureUse& use, Json& texture) {
   std::array<float, 2> scale = use.tiles;
   std::array<float, 2> moved;
@@ -218,6 +223,7 @@ std::size_t GltfMaterials::TextureOf(std::size_t image, const Sampling& sampling
   const auto [place, isNew] = textureIndices_.try_emplace({image, sampling}, textures_.size());
   if (!isNew) return place->second;
   Json texture = {{"source", image}};
+  // Without a sampler the format repeats pictures, as ours do.
   if (sampling != Sampling{}) {
     const auto [sampler, isFirst] = samplerIndices_.try_emplace(sampling, samplers_.size());
     if (isFirst) samplers_.push_back(SamplerOf(sampling));
@@ -252,6 +258,7 @@ std::string GltfMaterials::PictureOf(const Source& source) {
   std::optional<Image> picture;
   if (source.blend == Blend::Plain) {
     std::string bytes = BytesOf(source.first);
+    // As it is: decoding and packing anew would cost time and, of a photograph, quality.
     if (bytes.empty() || (*KindOfPicture(bytes) && IsWhole(bytes))) return bytes;
     picture = PixelsOf(source.first);
   } else {

@@ -10,6 +10,7 @@ using host::BaseObject;
 namespace {
 
 constexpr std::size_t kNone = VisibleParts::kNone;
+// So often the caller is asked whether to go on, whichever comes first.
 constexpr std::size_t kObjectsPerReport = 1000;
 constexpr std::size_t kTrianglesPerReport = 20000;
 
@@ -33,6 +34,8 @@ void GltfNodes::FindWanted(const host::BaseDocument& doc) {
     }
     if (object) object = object->GetNext();
   }
+  // From the end: children stand behind their parents, so each is known before its parent is asked
+  // for.
   for (std::size_t i = places_.size(); i-- > 0;) {
     if (!places_[i].isWanted || places_[i].parent == kNone) continue;
     Place& above = places_[places_[i].parent];
@@ -72,6 +75,7 @@ void GltfNodes::AddObject(Place& place) {
   hasResetFrames_ = hasResetFrames_ || text.wasReset;
   const std::size_t above = place.parent == kNone ? kNone : places_[place.parent].node;
   place.node = AddNode(text.members, "", above);
+  // Children hang on the inner one, which has the whole frame.
   if (!text.inner.empty()) place.node = AddNode(text.inner, "", place.node);
   if (object.GetType() == host::Ocamera) {
     nodes_[place.node].members += ",\"camera\":";
@@ -85,6 +89,7 @@ void GltfNodes::AddParts(const Place& place) {
   const std::size_t first = parts_.FirstOf(IdOf(*place.object));
   if (first == kNone) return;
   const bool isAlone = parts_.At(first).next == kNone;
+  // On the object's own node where hiding it hides nothing else.
   if (isAlone && (!place.hasWantedBelow || parts_.AlwaysShows(first)))
     return AddPart(first, *place.object, place.node);
   const std::string name = "\"name\":" + Quoted(NodeNameOf(*place.object));

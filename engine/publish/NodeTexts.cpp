@@ -77,7 +77,8 @@ void AppendMatrix(std::string& to, const Matrix& m) {
 
 // The turn as a quaternion (x, y, z, w) of a frame whose axes are upright and have length 1.
 std::array<double, 4> QuaternionOf(const Matrix& m) {
-  // Squares of the four parts, four times each; the largest one is divided by.
+  // Squares of the four parts, four times each; the largest one is divided by. Shepperd's method:
+  // whichever part is largest, nothing is divided by a small number.
   const std::array<double, 4> squares = {1 + m.v1.x - m.v2.y - m.v3.z, 1 - m.v1.x + m.v2.y - m.v3.z,
                                          1 - m.v1.x - m.v2.y + m.v3.z,
                                          1 + m.v1.x + m.v2.y + m.v3.z};
@@ -138,6 +139,7 @@ NodeText TextOf(const host::BaseObject& object) {
   const std::string name = "\"name\":" + Quoted(NodeNameOf(object));
   text.members = name;
   const Matrix frame = object.GetMl();
+  // JSON has no word for what is no number; the node then stands where its parent does.
   text.wasReset = !IsUsable(frame);
   if (!text.wasReset) AppendFrame(text, Mirrored(frame));
   if (!text.inner.empty()) text.inner = name + "," + text.inner;

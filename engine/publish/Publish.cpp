@@ -18,6 +18,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// Between two questions whether to go on.
 constexpr std::size_t kObjectsAtOnce = 5000;
 
 // Names of the layers whose objects render.
@@ -36,6 +37,7 @@ std::vector<std::string> LayersThatShow(const host::BaseDocument& doc) {
     const host::LayerData& own = OwnLayerData(*layer);
     const auto above = layers.find(layer->GetUp());
     const Shows outer = above == layers.end() ? Shows{true, false} : above->second;
+    // As pictures take it: layers below a hidden one are hidden, below a solo one solo.
     const Shows shows{own.render && outer.render, own.solo || outer.solo};
     anySolo = anySolo || shows.solo;
     layers.emplace(node, shows);
@@ -64,6 +66,7 @@ class Publication::Maker {
         parts_(materials_, looks_, !options.omitHidden) {}
 
   Status AddState(const StateFacts& state, const ProgressCallback& progress) {
+    // Hidden things, too: another state may show them.
     SceneScan scan(doc_, files_, {.hiddenToo = true}, renderCaches_);
     while (!scan.Advance(kObjectsAtOnce)) {
       if (progress && !progress(0)) return Status::Failure("Publishing was stopped.");

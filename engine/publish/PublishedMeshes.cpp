@@ -6,7 +6,8 @@
 
 namespace engine {
 
-// Empty where all states in which the part shows have one material.
+// Empty where all states in which the part shows have one material. As soon as one differs, all are
+// told: nobody then needs to know which material a variant without a mapping has.
 std::string PublishedMeshes::MappingsOf(std::size_t part) const {
   std::map<std::uint32_t, std::vector<std::size_t>> states;
   for (std::size_t state = 0; state < parts_.States() && states.empty(); ++state) {
@@ -29,6 +30,7 @@ std::string PublishedMeshes::MappingsOf(std::size_t part) const {
   return text;
 }
 
+// By any of its materials: the geometry is one for all variants.
 bool PublishedMeshes::WantsTangents(std::size_t part) const {
   if (materials_.HasNormalMap(parts_.At(part).material)) return true;
   for (std::size_t state = 1; state < parts_.States(); ++state) {

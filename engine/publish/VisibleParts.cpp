@@ -48,6 +48,7 @@ std::uint32_t MergedLooks::WithoutTextures(std::uint32_t look) {
   const auto [place, isNew] =
       plain_.try_emplace(look, static_cast<std::uint32_t>(all_.looks.size()));
   if (isNew) {
+    // A copy first, since growing the list moves what is copied from.
     all_.looks.push_back(SurfaceLook(all_.looks[look]));
     wishes_.emplace_back();
   }
@@ -62,6 +63,8 @@ void VisibleParts::AddState(ScenePicture picture) {
     first_.reserve(parts_.capacity());
     states_.back().reserve(parts_.capacity());
   }
+  // States bring their objects in one order, so that most parts are found without a look into the
+  // table.
   guess_ = 0;
   for (Instance& instance : picture.instances) Add(instance, looks);
   for (const LightSource& light : picture.lights) {
@@ -84,6 +87,7 @@ void VisibleParts::Add(Instance& instance, const std::vector<std::uint32_t>& loo
   }
   instance.look = looks[instance.look];
   const Mesh& mesh = *instance.mesh;
+  // The format has no textures on a mesh without coordinates.
   if (mesh.uvs.size() != 4 * mesh.polygons.size() || mesh.uvs.empty())
     instance.look = looks_.WithoutTextures(instance.look);
   const std::size_t part = PartOf(instance.object, instance.mesh);

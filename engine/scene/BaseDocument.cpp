@@ -26,6 +26,9 @@ BaseDocument::BaseDocument(std::unique_ptr<DocumentBody> body)
     : BaseList2D(Tbasedocument, static_cast<UCHAR>(engine::NodeKind::Document)),
       body_(std::move(body)) {}
 
+// Steps own parked nodes and know the document, and so may its listener: both end while everything
+// is still there. What hangs in the lists is destroyed as it is, for nobody registers undo with a
+// document that ends.
 BaseDocument::~BaseDocument() {
   engine::UnchainDocument(*this);
   body_->undo.reset();
@@ -70,6 +73,7 @@ struct Spot {
   int slot;
 };
 
+// A parent in another document or in none is no place: the owner is null, and nothing is inserted.
 Spot SpotBelow(BaseDocument& doc, BaseList2D* parent, int topSlot) {
   if (!parent) return {&doc, topSlot};
   return {parent->GetDocument() == &doc ? parent : nullptr, engine::kChildren};
@@ -81,6 +85,7 @@ void Insert(BaseDocument& doc, BaseList2D* node, BaseList2D* parent, int topSlot
   engine::Place(node, spot.owner, spot.slot, pred);
 }
 
+// Behind the last one; a parent from elsewhere leaves the element where it is.
 void Append(BaseDocument& doc, BaseList2D* node, BaseList2D* parent, int topSlot) {
   const Spot spot = SpotBelow(doc, parent, topSlot);
   if (spot.owner)
@@ -106,6 +111,8 @@ void BaseDocument::InsertLayer(LayerObject* layer, LayerObject* parent, LayerObj
 
 void BaseDocument::InsertRenderData(RenderData* settings, RenderData* parent, RenderData* pred) {
   RenderData* active = body_->activeSettings;
+  // Asked before it is in its place. Moving the active settings takes them out first, by which
+  // others become the active ones; so the former ones are made active again at the end.
   const bool isNew = settings && !settings->GetDocument();
   Insert(*this, settings, parent, engine::kSettings, pred);
   if (isNew && settings->GetDocument() == this && body_->undo)
@@ -139,6 +146,7 @@ BaseObject* BaseDraw::GetSceneCamera(const BaseDocument* doc) const {
 
 void BaseDraw::SetSceneCamera(BaseObject* camera, Bool) {
   const ULLONG id = camera ? engine::IdOf(*camera) : 0;
+  // Also for the one that is set already: a view that was turned away looks through it again.
   if (document_) ++engine::BodyOf(*document_).cameraSets;
   if (camera_ == id) return;
   camera_ = id;
@@ -150,6 +158,8 @@ void BaseDocument::SetDocumentName(const Filename& name) { SetName(name.GetStrin
 Filename BaseDocument::GetDocumentPath() const { return body_->path; }
 
 void BaseDocument::SetDocumentPath(const Filename& path) {
+  // No unsaved change: it is the scene as before, in another place; titles and texture paths
+  // follow.
   body_->path = path;
   ++body_->changes;
 }

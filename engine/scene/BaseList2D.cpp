@@ -59,6 +59,8 @@ LayerObject* BaseList2D::GetLayerObject(const BaseDocument* doc) const {
   return engine::AsLayer(engine::FindNode(doc, layer_));
 }
 
+// A node in no document takes any layer: it is being made, and its link is resolved where it gets
+// to.
 Bool BaseList2D::SetLayerObject(LayerObject* layer) {
   if (layer && GetDocument() && layer->GetDocument() != GetDocument()) return FALSE;
   const ULLONG id = layer ? engine::IdOf(*layer) : 0;
@@ -73,6 +75,8 @@ BaseShader* BaseList2D::GetFirstShader() const {
 }
 
 void BaseList2D::InsertShader(BaseShader* shader, BaseShader* pred) {
+  // At the end where no place is given: the order of shaders is the order in which textures are
+  // gathered.
   engine::Place(shader, this, engine::kShaders, pred ? pred : shaders_.GetLast());
 }
 

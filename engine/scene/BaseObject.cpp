@@ -22,6 +22,7 @@ const std::shared_ptr<const Mesh>& MeshOf(const BaseObject& object) {
 
 void SetMesh(BaseObject& object, std::shared_ptr<const Mesh> mesh) {
   if (MeshOf(object) == mesh) return;
+  // The former shape may be shared with copies and undo steps, and stays as it is.
   auto shape = std::make_shared<ObjectShape>();
   shape->frame = object.GetMl();
   shape->mesh = std::move(mesh);
@@ -71,6 +72,7 @@ void BaseObject::SetMl(const Matrix& matrix) {
   engine::Touch(*this);
 }
 
+// From the inside out; parents that were never moved have no shape and change nothing.
 Matrix BaseObject::GetMg() const {
   Matrix frame = GetMl();
   for (const BaseObject* parent = GetUp(); parent; parent = parent->GetUp()) {
@@ -103,6 +105,7 @@ void BaseObject::InsertUnderLast(BaseObject* parent) {
   if (parent) engine::Place(this, parent, engine::kChildren, parent->GetDownLast());
 }
 
+// A neighbor that is in no place has no owner: the object stays where it is.
 void BaseObject::InsertAfter(BaseObject* neighbor) {
   BaseList2D* owner = neighbor ? engine::OwnerOf(*neighbor) : nullptr;
   if (owner) engine::Place(this, owner, engine::SlotOf(*neighbor), neighbor);

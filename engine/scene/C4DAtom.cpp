@@ -51,7 +51,8 @@ BaseList2D& Element(C4DAtom& atom) { return static_cast<BaseList2D&>(atom); }
 const BaseList2D& Element(const C4DAtom& atom) { return static_cast<const BaseList2D&>(atom); }
 
 // CopyTo replaces more than the contents: shaders, and all that render settings and expressions
-// consist of.
+// consist of. The target's own are destroyed without asking undo, which has the element as it was
+// where somebody registered the change.
 void CopyOwned(const BaseList2D& source, BaseList2D& target, bool withBits) {
   const NodeKind kind = A::Kind(source);
   const bool whole = kind == NodeKind::RenderSettings || kind == NodeKind::XPressoTag;
@@ -63,6 +64,7 @@ void CopyOwned(const BaseList2D& source, BaseList2D& target, bool withBits) {
     }
     engine::CopyList(source, target, slot, engine::CopyRules{false, withBits, &ids});
   }
+  // Links among what was copied lead to the copies, all others where they led before.
   if (!ids.empty()) engine::FollowLinks(target, ids);
 }
 
@@ -85,6 +87,7 @@ C4DAtom* C4DAtom::GetClone(LONG flags, AliasTrans*) {
   return copy;
 }
 
+// Only between elements of one class and type: data of another type would mean something else.
 Bool C4DAtom::CopyTo(C4DAtom* dst, LONG flags, AliasTrans*) {
   if (!dst || dst->kind_ != kind_ || dst->type_ != type_) return FALSE;
   if (dst == this) return TRUE;
@@ -105,6 +108,8 @@ Bool C4DAtom::SetParameter(const DescID& id, const GeData& value, LONG) {
   return TRUE;
 }
 
+// Every element takes MSG_UPDATE, by which a plug-in says that it has written into its data; only
+// documents have somebody who listens to others.
 Bool C4DAtom::Message(LONG type, void* data) {
   BaseDocument* doc = Element(*this).GetDocument();
   if (!doc) return FALSE;

@@ -18,6 +18,7 @@ constexpr host::LONG kEntry = 1;
 constexpr host::LONG kHasSettings = 2;
 constexpr const char* kPreview = "preview.tif";
 
+// With its identity, because the record names the settings by it.
 RenderData* CopyWithId(const RenderData& settings) {
   return static_cast<RenderData*>(CopyTree(settings, CopyRules{true, true, nullptr}));
 }
@@ -45,6 +46,8 @@ OwnedDocument SceneOfState(const StateParts& parts) {
   data.SetContainer(kEntry, parts.entry);
   data.SetBool(kHasSettings, parts.settings != nullptr);
   if (parts.settings) {
+    // A document is never without settings, so the copy comes before those that it was made with
+    // go.
     RenderData* fresh = scene->GetFirstRenderData();
     InsertCopy(*scene, *parts.settings);
     RenderData::Free(fresh);
@@ -56,6 +59,7 @@ OwnedDocument SceneOfState(const StateParts& parts) {
 StateParts PartsOfScene(const BaseDocument& scene) {
   const host::BaseContainer& data = *scene.GetDataInstance();
   StateParts parts{data.GetContainer(kRecord), data.GetContainer(kEntry), nullptr, nullptr};
+  // A scene without a copy holds settings, too: those that every document has.
   if (data.GetBool(kHasSettings)) parts.settings = scene.GetFirstRenderData();
   const EmbeddedFiles& files = EmbeddedFilesOf(scene);
   if (!files.empty() && files.front().name == kPreview) parts.preview = files.front().bytes;
@@ -64,6 +68,7 @@ StateParts PartsOfScene(const BaseDocument& scene) {
 
 RenderData& InsertCopy(BaseDocument& doc, const RenderData& settings) {
   RenderData* copy = CopyWithId(settings);
+  // Loading writes over the first settings, so a copy must never become these.
   doc.InsertRenderData(copy, nullptr, doc.GetFirstRenderData());
   return *copy;
 }

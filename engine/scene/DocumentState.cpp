@@ -40,6 +40,7 @@ host::ULLONG TreeChangeCount(const BaseDocument& doc) { return BodyOf(doc).treeC
 std::size_t NodeCount(const BaseDocument& doc) { return BodyOf(doc).table.Count(); }
 host::ULLONG SelectionChangeCount(const BaseDocument& doc) { return BodyOf(doc).selectionChanges; }
 
+// A document that is in a chain already leaves it.
 void ChainDocument(host::BaseDocument& doc, host::BaseDocument* pred) {
   UnchainDocument(doc);
   if (!pred || pred == &doc) return;

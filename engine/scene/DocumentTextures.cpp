@@ -57,6 +57,8 @@ std::unordered_set<const BaseMaterial*> MaterialsOn(const std::vector<BaseObject
 
 }  // namespace
 
+// Files stand under the keys 0, 1, 2 ..., each as often as something names it. With `chosen`, only
+// the materials that these objects wear.
 BaseContainer BaseDocument::GetAllTextures(const AtomArray* chosen) const {
   BaseContainer files;
   const std::vector<BaseObject*> objects = ObjectsOf(*this, chosen);

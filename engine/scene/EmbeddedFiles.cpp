@@ -8,6 +8,8 @@
 namespace engine {
 namespace {
 
+// Half of what file systems allow, which leaves room for a number and for what others add to names.
+// The characters are those that no name may have on one of the usual systems.
 constexpr std::size_t kNameBytes = 120;
 constexpr std::string_view kReserved = ":*?\"<>|";
 
@@ -16,7 +18,8 @@ bool IsPlain(char c) {
          kReserved.find(c) == std::string_view::npos;
 }
 
-// Position of the suffix's dot, or the end.
+// Position of the suffix's dot, or the end. What is longer than nine characters is taken for a part
+// of the name.
 std::size_t SuffixAt(const std::string& name) {
   const std::size_t dot = name.rfind('.');
   return dot == std::string::npos || dot == 0 || dot + 1 == name.size() || name.size() - dot > 10
@@ -29,7 +32,7 @@ EmbeddedFiles::const_iterator Find(const EmbeddedFiles& files, std::string_view 
                       [&](const EmbeddedFile& file) { return file.name == name; });
 }
 
-// The document's own list, split from those of its copies.
+// The document's own list, split from those of its copies. The bytes stay shared.
 EmbeddedFiles& Own(host::BaseDocument& doc) {
   auto files = std::make_shared<EmbeddedFiles>(EmbeddedFilesOf(doc));
   BodyOf(doc).embedded = files;
@@ -82,6 +85,7 @@ std::string SafeFileName(std::string_view path) {
   const std::string suffix = name.substr(dot);
   name.resize(dot);
   CutTo(name, kNameBytes - suffix.size());
+  // No hidden file, and neither "." nor "..".
   const std::size_t start = name.find_first_not_of(". ");
   name = start == std::string::npos ? "texture" : name.substr(start);
   return name + suffix;

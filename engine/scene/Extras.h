@@ -1,5 +1,5 @@
-// Extras: what a file of another format says beyond what a scene has a place for, kept in the data of
-// its elements for when the scene is written in that format again. Any thread that may read the
+// Extras: what a file of another format says beyond what a scene has a place for, kept in the data
+// of its elements for when the scene is written in that format again. Any thread that may read the
 // element.
 #pragma once
 

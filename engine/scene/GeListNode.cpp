@@ -20,6 +20,7 @@ bool StaysInPlace(NodeKind kind, const GeListNode& node) {
 
 void GeListNode::Remove() {
   const NodeKind kind = engine::NodeAccess::Kind(*this);
+  // A document's neighbors are the other open ones.
   if (kind == NodeKind::Document) return engine::UnchainDocument(static_cast<BaseDocument&>(*this));
   if (!StaysInPlace(kind, *this)) engine::TakeOut(*this);
 }

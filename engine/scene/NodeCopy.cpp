@@ -20,6 +20,7 @@ using A = NodeAccess;
 
 namespace {
 
+// One node with its contents, without what it owns; a new identity unless it is kept.
 BaseList2D* CopyOne(const BaseList2D& source, const CopyRules& rules) {
   BaseList2D* copy = MakeBare(A::Kind(source), source.GetType());
   CopyContents(source, *copy, rules.withBits);
@@ -30,7 +31,7 @@ BaseList2D* CopyOne(const BaseList2D& source, const CopyRules& rules) {
 }
 
 // Walks the source and its copy side by side; `root` and `copy` are counterparts and the copy has
-// nothing below it yet.
+// nothing below it yet. Where to go next is asked of the source alone, whose lists are complete.
 void CopyBelow(const BaseList2D& root, BaseList2D& copy, const CopyRules& rules) {
   const GeListNode* from = &root;
   BaseList2D* to = &copy;
@@ -61,7 +62,8 @@ NodeId Mapped(NodeId id, const IdMap& ids) {
 }
 
 // Rewrites the links of containers of any depth, level by level. What holds none of them stays
-// shared with its source.
+// shared with its source. A container of ten levels, each of which holds the next one twice, is a
+// few blocks and a thousand ways through them; `done_` keeps that linear.
 class LinkFollowing {
  public:
   explicit LinkFollowing(const IdMap& ids) : ids_(ids) {}
@@ -193,6 +195,7 @@ OwnedDocument CopyDocument(const BaseDocument& source, bool keepIds) {
   BaseDocument* const copy = owned.get();
   DocumentBody& to = BodyOf(*copy);
   const DocumentBody& from = BodyOf(source);
+  // The table was given the identity that the document was born with.
   if (keepIds) {
     to.table.Remove(A::Id(*copy));
     A::Id(*copy) = A::Id(source);
@@ -207,10 +210,13 @@ OwnedDocument CopyDocument(const BaseDocument& source, bool keepIds) {
   to.fps = from.fps;
   to.kept = from.kept;
   to.embedded = from.embedded;
+  // Building the copy has marked it as changed.
   to.changed = from.changed;
   A::Camera(to.view) = Mapped(A::Camera(from.view), ids);
   to.editorView = from.editorView;
   to.activeSettings = AsRenderData(to.table.Find(Mapped(A::Id(*from.activeSettings), ids)));
+  // Putting the copies into their places has named the selected ones in the order of the scene.
+  // Named once more in the order of selecting, the later mention counts.
   for (const BaseList2D* node : from.selectedObjects.InOrder(from.table))
     to.selectedObjects.Add(Mapped(A::Id(*node), ids), to.table);
   for (const BaseList2D* node : from.selectedTags.InOrder(from.table))

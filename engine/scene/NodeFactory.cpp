@@ -41,6 +41,8 @@ void EndAs(GeListNode* node) {
   PoolOf<T>().Give(node);
 }
 
+// The destructor of the very class, since the published classes have no virtual one. Documents are
+// in no pool and end by Free.
 void End(GeListNode* node) {
   switch (A::Kind(*node)) {
     case NodeKind::Document:
@@ -72,6 +74,7 @@ void End(GeListNode* node) {
   }
 }
 
+// An expression consists of its master, and that of the root below which nodes are made.
 void AddMaster(BaseList2D& tag) {
   BaseList2D* master = MakeBare(NodeKind::NodeMaster, host::GVbase);
   PutIn(*MakeNode(NodeKind::Node, host::GVbase), *master, kChildren, nullptr);
@@ -159,6 +162,7 @@ void DestroyNode(BaseList2D* node) {
   host::BaseDocument::Free(doc);
 }
 
+// The next one is asked for before its neighbor ends.
 void DestroyList(GeListNode* first) {
   while (first) {
     GeListNode* next = first->GetNext();
@@ -170,11 +174,14 @@ void DestroyList(GeListNode* first) {
 void FreeNode(BaseList2D* node) {
   if (!node) return;
   const host::BaseDocument* doc = node->GetDocument();
+  // An open undo step that was told of the deletion parks the node instead, so that undo brings
+  // back the very same one and links to it hold.
   if (doc && BodyOf(*doc).undo && BodyOf(*doc).undo->Claim(*node)) return;
   TakeOut(*node);
   DestroyNode(node);
 }
 
+// The lowest number that is free, so that gaps are filled.
 void MakeNameUnique(BaseList2D& node, const BaseList2D* first) {
   const std::string name = node.GetName().ToUtf8();
   // Only these can stand in the way. They are looked at where they lie.

@@ -15,6 +15,8 @@ using A = NodeAccess;
 
 namespace {
 
+// With 2^24 identities each, the last one ends at 2^63: an identity is positive also where it is
+// taken for a signed number. Range 0 is left out, since the identity 0 means none.
 constexpr NodeId kRanges = (NodeId{1} << 39) - 1;
 
 // Of the innermost scope of SeededIds; null: ranges are drawn by chance.
@@ -26,7 +28,8 @@ NodeId DrawnRange() {
   return seeded != nullptr ? 1 + (*seeded)() % kRanges : draw(device);
 }
 
-// The next identity begins a range.
+// The next identity begins a range. The counter gives up a range as soon as an identity ahead of it
+// is seen there.
 void LeaveRange() {
   NodeIds& ids = NodeIds::Instance();
   ids.Seen(ids.Next() + 1);
@@ -34,6 +37,8 @@ void LeaveRange() {
 
 }  // namespace
 
+// Identities given before must have no part in those that follow, so the scope begins with a range
+// of its own and leaves none half used.
 SeededIds::SeededIds(std::uint64_t seed) : draw_(seed), former_(seeded) {
   LeaveRange();
   seeded = &draw_;
@@ -61,6 +66,8 @@ void NodeIds::Seen(NodeId id) {
   lastSeen_ = range;
 }
 
+// A range that this process has drawn before is never drawn again, nor one that a file has brought:
+// with 2^39 of them the loop ends at its first turn.
 NodeId NodeIds::FirstOfNewRange() {
   NodeId range = DrawnRange();
   while (!taken_.insert(range).second) range = DrawnRange();
@@ -75,6 +82,7 @@ bool SetId(GeListNode& node, NodeId id) {
   const bool own = A::Kind(node) == NodeKind::Document;
   if (id == 0 || (node.GetDocument() && !own)) return false;
   NodeIds::Instance().Seen(id);
+  // A document stands in its own table.
   if (own) {
     NodeTable& table = BodyOf(static_cast<BaseDocument&>(node)).table;
     if (!table.Add(id, static_cast<BaseList2D*>(&node))) return false;

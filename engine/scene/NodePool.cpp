@@ -7,6 +7,8 @@ namespace engine {
 
 namespace {
 
+// The first cache line of a slab is its head, all others are blocks. Slabs with room are chained,
+// the one in front is filled, and a new one is taken only when none has room.
 constexpr std::size_t kCacheLine = 64;
 // A slab is found from a block by clearing the low bits of its address.
 constexpr std::size_t kSlabAlignment = 64 * 1024;
@@ -82,6 +84,7 @@ void NodePool::Unlink(Slab* slab) {
   if (slab->next) slab->next->pred = slab->pred;
 }
 
+// The spare stays in the chain and starts afresh: its blocks are given out in order again.
 void NodePool::Empty(Slab* slab) {
   if (spare_) {
     Unlink(slab);

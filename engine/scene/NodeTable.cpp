@@ -8,6 +8,7 @@ namespace engine {
 using host::BaseList2D;
 
 struct NodeTable::Page {
+  // A dense page takes 32 KB, sixteen entries 256 bytes.
   static constexpr std::size_t kFew = 16;
 
   std::vector<std::pair<NodeId, BaseList2D*>> few;
@@ -38,6 +39,7 @@ BaseList2D* NodeTable::FindFar(NodeId id) const {
     const auto entry = page.FindFew(id);
     return entry == page.few.end() ? nullptr : entry->second;
   }
+  // Only dense pages are noted: their array stays where it is until the page goes.
   near_[found->first % kNear] = Near{found->first, page.slots.get()};
   return page.slots[id & kPageMask];
 }
@@ -74,6 +76,7 @@ void NodeTable::Remove(NodeId id) {
     page.few.erase(page.FindFew(id));
   }
   if (--page.count > 0) return;
+  // The noted page must not outlive its array.
   Near& near = near_[found->first % kNear];
   if (near.page == found->first) near = Near{};
   pages_.erase(found);

@@ -17,7 +17,8 @@ using A = NodeAccess;
 
 namespace {
 
-// Both null where the owner has no such list.
+// Both null where the owner has no such list. A list is known by its two ends, wherever the owner's
+// class keeps them.
 struct Ends {
   GeListNode** first = nullptr;
   GeListNode** last = nullptr;
@@ -69,7 +70,9 @@ void Unregister(GeListNode& node, BaseDocument& doc) {
   A::Document(node) = nullptr;
 }
 
-// Registers nothing when it throws.
+// Registers nothing when it throws. An identity that the document has already, as when an element
+// gets from one opening of a file into another, is replaced by a new one. An element that comes in
+// selected is the one selected last.
 void Register(GeListNode& node, BaseDocument& doc) {
   DocumentBody& body = BodyOf(doc);
   BaseList2D& element = static_cast<BaseList2D&>(node);
@@ -111,7 +114,8 @@ void RegisterAll(GeListNode& root, BaseDocument& doc) {
   }
 }
 
-// A document always has render settings, one of them active.
+// A document always has render settings, one of them active. Called while the last ones are still
+// there, which the fresh ones come behind.
 void KeepSettings(GeListNode& leaving, BaseDocument& doc) {
   GeListHead& list = BodyOf(doc).renderSettings;
   if (list.GetFirst() != &leaving || list.GetLast() != &leaving) return;
@@ -144,6 +148,8 @@ void Link(GeListNode& node, const Ends& ends, GeListNode* pred) {
   (next ? A::Pred(*next) : *ends.last) = &node;
 }
 
+// The member kin_ is two things: of an object its first tag, of all others the element that they
+// are attached to.
 bool OwnsItsKin(NodeKind kind) { return kind == NodeKind::Object; }
 
 // Nothing hangs below a leaf or below what is of another document or of none, which keeps building
@@ -276,6 +282,8 @@ void Detach(GeListNode& node, BaseList2D& owner, int slot) {
 
 void PutIn(GeListNode& node, BaseList2D& owner, int slot, GeListNode* pred) {
   const NodeKind kind = A::Kind(owner);
+  // The published GetUp tells parents only: the root of an expression has none, nor has what stands
+  // at the top of a document.
   if (slot == kChildren && kind != NodeKind::NodeMaster) {
     A::Up(node) = &owner;
   } else if (!OwnsItsKin(A::Kind(node))) {
@@ -295,6 +303,8 @@ void PutIn(GeListNode& node, BaseList2D& owner, int slot, GeListNode* pred) {
   Touch(owner);
 }
 
+// Settings are seen to twice: that others are there before the last ones leave, and that the active
+// ones are of this document afterwards.
 void TakeOut(GeListNode& node) {
   BaseList2D* owner = OwnerOf(node);
   if (!owner) return;
@@ -307,6 +317,7 @@ void TakeOut(GeListNode& node) {
   if (A::Kind(node) == NodeKind::RenderSettings) KeepActiveSettings(*doc);
 }
 
+// The place after `pred` is only looked for once the node has left its own.
 bool Place(BaseList2D* node, BaseList2D* owner, int slot, GeListNode* pred) {
   if (!node || !owner || pred == node || HangsBelow(*owner, *node)) return false;
   TakeOut(*node);

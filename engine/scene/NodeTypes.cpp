@@ -15,6 +15,7 @@ using host::Vector;
 
 namespace {
 
+// Angles are kept in radians.
 constexpr double kDegree = 3.14159265358979323846 / 180;
 
 struct TypeRow {
@@ -52,6 +53,8 @@ constexpr TypeRow kTypes[] = {
     {host::Tbasedocument, "Document"},
 };
 
+// Never destroyed: nodes are made and named until the program ends, and what is static ends in no
+// certain order.
 const std::unordered_map<LONG, String>& TypeNames() {
   static const auto* const names = [] {
     auto* map = new std::unordered_map<LONG, String>;
@@ -64,6 +67,7 @@ const std::unordered_map<LONG, String>& TypeNames() {
 BaseContainer CameraData() {
   BaseContainer data;
   data.SetLong(host::CAMERA_PROJECTION, 0);
+  // A lens as long as its film is wide: twice the arc tangent of a half.
   data.SetReal(host::CAMERA_FOV, 53.13 * kDegree);
   data.SetReal(host::CAMERA_FOV_VERTICAL, 0);
   data.SetReal(host::CAMERA_WIDTH, 1000);
@@ -122,6 +126,7 @@ BaseContainer TextureTagData() {
   return data;
 }
 
+// A parameter that is not among them reads as 0.
 BaseContainer CompositingData() {
   BaseContainer data;
   data.SetBool(host::COMPOSITINGTAG_CASTSHADOW, true);
@@ -158,6 +163,7 @@ BaseContainer ColorShaderData() {
   return data;
 }
 
+// New elements of a type share one container until something is written into it.
 const std::unordered_map<LONG, BaseContainer>& Defaults() {
   static const auto* const defaults = new std::unordered_map<LONG, BaseContainer>{
       {host::Ocamera, CameraData()},

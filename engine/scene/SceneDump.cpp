@@ -65,7 +65,7 @@ std::string MatrixText(const host::Matrix& m) {
          VectorText(m.v3);
 }
 
-// FNV-1a over the numbers: enough to see in a dump that two meshes differ.
+// FNV-1a for 64 bits over the numbers: enough to see in a dump that two meshes differ.
 template <class T>
 std::uint64_t Digest(std::uint64_t seed, const std::vector<T>& values) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(values.data());
@@ -85,7 +85,8 @@ std::string MeshText(const Mesh& mesh) {
          std::to_string(mesh.uvs.size()) + " uvs digest " + std::to_string(digest) + colors;
 }
 
-// Writes everything, naming elements by running numbers in the order of the walk.
+// Writes everything, naming elements by running numbers in the order of the walk. Links may lead to
+// what comes later, so the numbers are given before the first line.
 class DocumentDump {
  public:
   DocumentDump(const BaseDocument& doc, const TextSink& sink) : doc_(doc), out_(sink) {
@@ -172,7 +173,8 @@ class DocumentDump {
   LineWriter out_;
 };
 
-// Tag types whose data can be part of a recorded state.
+// Tag types whose data can be part of a recorded state. The folder of states, which has them too,
+// stands above this one.
 constexpr host::LONG kStateTags[] = {
     host::Ttexture, host::Tcompositing, 1021738, 1020898, 1021891, 1025604, 1011012, 1011961};
 
@@ -259,7 +261,8 @@ std::vector<std::string> Lines(const std::string& text) {
   return lines;
 }
 
-// Lines of `all` that `other` does not have as often, with `mark` in front.
+// Lines of `all` that `other` does not have as often, with `mark` in front. Counted and not
+// aligned: linear in the lines, and a line that moved is no difference.
 void AppendMissing(const std::vector<std::string>& all, const std::vector<std::string>& other,
                    const char* mark, std::size_t most, std::vector<std::string>& out) {
   std::unordered_map<std::string, std::ptrdiff_t> have;

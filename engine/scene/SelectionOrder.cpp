@@ -32,6 +32,8 @@ void SelectionOrder::DeselectAll(const NodeTable& nodes) {
   tidyAt_ = kFirstTidy;
 }
 
+// Those at the end that are not selected any more are forgotten on the way: one that is selected
+// again is added again.
 BaseList2D* SelectionOrder::Last(const NodeTable& nodes) {
   while (!ids_.empty()) {
     if (BaseList2D* node = Selected(ids_.back(), nodes)) return node;
@@ -56,6 +58,7 @@ std::vector<BaseList2D*> SelectionOrder::InOrder(const NodeTable& nodes) const {
   return order;
 }
 
+// Twice as many until the next time, so that tidying costs each selection a constant share.
 void SelectionOrder::Tidy(const NodeTable& nodes) {
   const std::vector<BaseList2D*> order = InOrder(nodes);
   ids_.clear();

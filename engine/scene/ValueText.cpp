@@ -7,6 +7,7 @@ namespace engine {
 
 using host::GeData;
 
+// The shortest digits that read back as the same number, whatever the language of the system.
 std::string RealText(host::Real value) {
   char digits[40];
   const auto end = std::to_chars(digits, digits + sizeof digits, value);
@@ -82,6 +83,7 @@ std::string PathBelow(const std::vector<Level>& levels, const std::string& here)
 
 }  // namespace
 
+// Without recursion: containers nest as deep as a file likes.
 void WriteContainer(const host::BaseContainer& data, const std::string& prefix,
                     const LinkNames& links, LineWriter& out) {
   std::vector<Level> levels;

@@ -6,6 +6,8 @@
 
 namespace engine {
 
+// Shifted out lowest byte first, so that files are alike whatever the order of bytes of the
+// machine.
 void PutFixed32(std::string& out, std::uint32_t value) {
   for (unsigned shift = 0; shift < 32; shift += 8) out.push_back(static_cast<char>(value >> shift));
 }
@@ -28,6 +30,7 @@ std::uint64_t Cursor::LongVarint(std::uint8_t first) {
   std::uint64_t value = first & 0x7Fu;
   for (unsigned shift = 7; shift < 64; shift += 7) {
     const std::uint8_t byte = Byte();
+    // Of the tenth byte one bit is left.
     if (shift == 63 && byte > 1) break;
     value |= static_cast<std::uint64_t>(byte & 0x7F) << shift;
     if (byte < 0x80) return value;

@@ -23,10 +23,12 @@ host::LONG FileParameterOf(const host::BaseList2D& node) {
   return 0;
 }
 
+// "/scenes/room/../other/x.png" begins with the folder "/scenes/room" and lies outside.
 bool ClimbsUp(std::string_view path) {
   return path.find("/../") != std::string_view::npos || path.ends_with("/..");
 }
 
+// Empty where the parameter is missing or no file name: such a name is not touched.
 std::string NameIn(const host::BaseContainer& data, host::LONG parameter) {
   return data.GetType(parameter) == host::DA_FILENAME
              ? data.GetFilename(parameter).GetString().ToUtf8()

@@ -5,6 +5,9 @@
 namespace engine {
 namespace {
 
+// Runs of alike symbols and literals of different ones. Identities and row numbers become runs by
+// being stored as differences: a million elements made one after the other are differences of 1,
+// some sixteen thousand bytes.
 constexpr std::size_t kLongestLiteral = 128;
 constexpr std::size_t kRunCode = 126;  // a run of n is the byte kRunCode + n
 
@@ -18,6 +21,7 @@ std::uint64_t TakeSymbol(Cursor& in, Symbols kind) {
   return kind == Symbols::Varints ? in.Varint() : in.Fixed64();
 }
 
+// The number of alike symbols from there on; at least 1, at most the longest run.
 std::size_t RunAt(std::span<const std::uint64_t> symbols, std::size_t at) {
   const std::size_t end = std::min(symbols.size(), at + kLongestRun);
   std::size_t next = at + 1;
@@ -49,7 +53,8 @@ void PutRuns(std::string& out, Symbols kind, std::span<const std::uint64_t> symb
   PutLiteral(out, kind, symbols.subspan(literal));
 }
 
-// Hands every symbol to `each` with how many rows it is for.
+// Hands every symbol to `each` with how many rows it is for. A count that its bytes cannot hold is
+// refused before anything is done with it.
 template <class Each>
 void ForRuns(Cursor& in, Symbols kind, std::size_t rows, const Each& each) {
   in.CheckRows(rows);
@@ -134,6 +139,7 @@ ColumnValues PickInts(Cursor& in, std::size_t rows, std::span<const std::size_t>
   ForRuns(in, Symbols::Varints, rows, [&](std::uint64_t symbol, std::size_t count) {
     const std::uint64_t delta = UnZigZag(symbol);
     for (; picked.size() < wanted.size() && wanted[picked.size()] < end + count;)
+      // Within a run of one difference the value of a row is reckoned, not summed up.
       picked.push_back(value + delta * (wanted[picked.size()] - end + 1));
     value += delta * count;
     end += count;
@@ -146,12 +152,15 @@ std::map<std::uint64_t, std::size_t> TallyInts(Cursor& in, std::size_t rows) {
   std::uint64_t value = 0;
   ForRuns(in, Symbols::Varints, rows, [&](std::uint64_t symbol, std::size_t count) {
     const std::uint64_t delta = UnZigZag(symbol);
+    // A run of no difference is one value as often as the run is long.
     if (delta == 0) counts[value] += count;
     for (std::size_t i = 0; delta != 0 && i < count; ++i) ++counts[value += delta];
   });
   return counts;
 }
 
+// So many rows that four times their number would wrap around ask for more bytes than there are,
+// which is refused.
 std::vector<std::uint32_t> TakePlanes(Cursor& in, std::size_t rows) {
   const std::string_view bytes =
       in.Take(rows > in.Left() ? ~std::uint64_t{0} : rows * std::uint64_t{4});

@@ -64,6 +64,9 @@ void RecordBlock::Put(std::string& out, std::span<const std::uint32_t> numbers) 
   for (std::size_t i = 0; i < columns.size(); ++i) PutTyped(out, types[i], columns[i], numbers);
 }
 
+// The record expected next is tried before anything is hashed: a further Stagemark mostly names
+// what the one before it does, in its order. The own ID is the seed, since it counts here as a
+// value does.
 std::uint32_t RecordWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t height,
                                       std::int32_t ownId, std::span<const CodedEntry> entries) {
   if (expected_ < places_.size() && IsAt(static_cast<std::uint32_t>(expected_), ownId, entries))
@@ -81,6 +84,7 @@ std::uint32_t RecordWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t hei
   return candidate;
 }
 
+// Records come in long rows of one shape, so the block used last is tried first.
 std::uint32_t RecordWriter::BlockFor(std::uint32_t height, std::span<const CodedEntry> entries) {
   if (lastBlock_ < blocks_.size() && blocks_[lastBlock_].HasShape(height, entries))
     return lastBlock_;
@@ -110,6 +114,8 @@ namespace {
 constexpr std::size_t kBasesTried = 8;
 constexpr std::size_t kPatchShare = 8;
 
+// Keys at equal places, and few changes; entries more at the end count as changes. A list that
+// became shorter is written as a whole.
 bool IsPatchOf(std::span<const CodedEntry> base, std::span<const CodedEntry> entries) {
   const std::size_t most = entries.size() / kPatchShare;
   if (base.size() > entries.size() || entries.size() - base.size() > most) return false;
@@ -133,11 +139,13 @@ std::uint32_t ListWriter::FindOrAdd(std::uint32_t candidate, std::uint32_t& heig
   });
   if (at != next) return blocks_[at].container;
   const std::optional<std::uint32_t> base = BaseFor(entries);
+  // Blocks are written by height: a patch must come after what it is a patch of.
   if (base) height = std::max(height, blocks_[*base].height);
   blocks_.push_back({height, candidate, ownId, {entries.begin(), entries.end()}, base});
   return candidate;
 }
 
+// The latest ones first: a list is mostly like that of the Stagemark recorded before it.
 std::optional<std::uint32_t> ListWriter::BaseFor(std::span<const CodedEntry> entries) const {
   const std::size_t last = blocks_.size() > kBasesTried ? blocks_.size() - kBasesTried : 0;
   for (std::size_t at = blocks_.size(); at-- > last;)

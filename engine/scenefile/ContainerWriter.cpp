@@ -5,6 +5,8 @@
 namespace engine {
 namespace {
 
+// Addresses of blocks differ in their middle bits; the product carries these into those that the
+// index looks at.
 std::uint64_t HashOf(const void* address) {
   const auto bits =
       static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(address)) * 0x9E3779B97F4A7C15u;
@@ -13,6 +15,12 @@ std::uint64_t HashOf(const void* address) {
 
 }  // namespace
 
+// Containers are turned into coded entries from the inside out, on a stack of frames: those of one
+// container lie at the end of entries_, and where one of them is a container that is not known yet,
+// it waits with its body as its word until that is coded. Equal containers are found at three
+// places: by body, where they are shared; by contents, in the record and list writers; and for
+// parts of long lists by the stretch that they share, so that a further Stagemark costs what it
+// does not share.
 std::uint32_t ContainerWriter::AddBody(const ContainerBody* body) {
   std::uint32_t result = Known(body);
   if (result == kUnknown) Open(body);
@@ -53,7 +61,8 @@ std::uint32_t& ContainerWriter::Remembered(const ContainerBody* body) {
   return bodies_[at].second;
 }
 
-// A short container that holds no others is stored at once.
+// A short container that holds no others is stored at once. Its body is not remembered, or each of
+// millions of records would take a row in that table, too.
 std::uint32_t ContainerWriter::KnownRecord(const ContainerBody* body) {
   record_.clear();
   std::uint32_t next = 0;
@@ -174,7 +183,8 @@ struct BlockInOrder {
 };
 
 // Everything that a container holds comes before it: by depth of nesting, then by first use (a
-// patch comes after its base).
+// patch comes after its base). The order depends on contents and their order alone, so that a
+// document saved twice gives the same bytes.
 std::vector<BlockInOrder> Ordered(const RecordWriter& records, const ListWriter& lists) {
   std::vector<BlockInOrder> blocks;
   for (const RecordBlock& block : records.Blocks())
@@ -200,6 +210,8 @@ void ContainerWriter::Number() {
 }
 
 std::uint64_t ContainerWriter::MemoryToRead() const {
+  // Above what the reader charges, which is an estimate itself: a file that this program wrote must
+  // open.
   constexpr std::uint64_t kContainerInMemory = 160;
   constexpr std::uint64_t kEntryInMemory = 120;
   std::uint64_t entries = 0;

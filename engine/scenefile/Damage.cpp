@@ -36,6 +36,7 @@ std::uint64_t ChosenMemory() {
 
 }  // namespace
 
+// The first comparison keeps the product from wrapping around.
 std::uint64_t MemoryFor(std::uint64_t fileBytes) {
   if (const std::uint64_t chosen = ChosenMemory()) return chosen;
   const std::uint64_t most = MostOfMachine();
@@ -57,6 +58,7 @@ std::string Grouped(std::uint64_t number) {
 }
 
 void Budget::Charge(std::uint64_t count, std::uint64_t each) {
+  // Divided, since the product of two numbers from a file may wrap around.
   if (each != 0 && count > left_ / each)
     throw Damage{"The file needs more memory than may be used for it (" + Grouped(limit_ >> 20) +
                  " MB). If you trust it, set " + kMemoryVariable + " to more, in GiB."};

@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint64_t kRowBytes = 400;  // about what an element takes in memory
 constexpr std::uint64_t kFlagsEnd = 1u << 9;
 
-// Checks of one table.
+// Checks of one table. Afterwards the builder may follow every number in it without asking.
 class TableCheck {
  public:
   TableCheck(const ElementTables& tables, ElementSection section, const ElementBounds& bounds,
@@ -33,6 +33,8 @@ class TableCheck {
   }
 
  private:
+  // Rising owners keep the rows of one owner together, and a depth of at most one more than the row
+  // before makes pre-order the only order: a row hangs below the last one of the depth above.
   void CheckPlaces() const {
     for (std::size_t i = 0; i < table_.Rows(); ++i) {
       const bool sameOwner = i > 0 && table_.owners[i] == table_.owners[i - 1];
@@ -45,6 +47,7 @@ class TableCheck {
     }
   }
 
+  // Owners have lower rows than what they own, so that nothing owns itself.
   bool IsOwner(std::uint64_t owner, std::uint64_t row) const {
     const auto isIn = [&](ElementSection section) {
       return owner >= tables_[section].firstRow && owner < tables_[section].EndRow();
@@ -65,6 +68,7 @@ class TableCheck {
     }
   }
 
+  // Elsewhere any type is taken: elements of plug-ins that are not there keep theirs.
   void CheckTypes() const {
     const host::LONG only = section_ == kLayerRows    ? host::Olayer
                             : section_ == kRenderRows ? host::Rbase
@@ -144,6 +148,7 @@ void CheckIdentities(const ElementTables& tables, std::uint64_t document) {
   ColumnValues ids{document};
   for (const ElementTable& table : tables)
     ids.insert(ids.end(), table.ids.begin(), table.ids.end());
+  // Elements made in one go, and in the order of the file, need no sorting.
   if (!std::ranges::is_sorted(ids)) std::ranges::sort(ids);
   if (ids.front() == 0) throw Damage{"The file is damaged: an element has no identity."};
   if (std::ranges::adjacent_find(ids) != ids.end())

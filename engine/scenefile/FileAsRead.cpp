@@ -22,6 +22,7 @@ FileNow LookAtFile(FileSystem& files, FileAsRead& file, const std::string& path)
   if (now == file.stamp) return FileNow::AsRead;
   if (files.Kind(path) == FileKind::Missing) return FileNow::Gone;
   if (now.size != file.stamp.size || files.Kind(path) != FileKind::File) return FileNow::Changed;
+  // Another time alone says little: copying a folder to another disk and back gives one.
   const Result<std::string> bytes = files.ReadFile(path);
   if (!bytes) return FileNow::Changed;
   const std::string_view whole = bytes.Value();

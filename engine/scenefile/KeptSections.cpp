@@ -27,6 +27,7 @@ struct KeptList {
 
 constexpr const char* kOrigin = "ORIGIN";
 
+// Known sections are written anew from the document, or, as ROOM and ORIGIN, are of that one file.
 bool IsKnown(std::string_view name) {
   constexpr std::string_view kOthers[] = {"TEXTS",       "VECTORS",  "VALUES",    "MESHES",
                                           "COLORS",      "DOCUMENT", "FILES",     kTrashSection,
@@ -55,6 +56,7 @@ void AddKeptSections(const host::BaseDocument& doc, SectionWriter& out) {
     out.AddAsItIs(section.name, section.rawLength, section.payload);
   if (list->origin.empty()) return;
   std::string origin;
+  // Last of all, behind the sections that are kept: its number covers everything before it.
   PutFixed64(origin, out.Sum());
   origin += list->origin;
   out.AddAsItIs(kOrigin, origin.size(), origin);
@@ -71,6 +73,7 @@ std::string SceneOriginOf(std::string_view bytes) {
   const Result<std::string> origin = Guarded<std::string>([&] {
     const std::vector<Section> sections = ReadSections(bytes, ContentKind::Scene);
     const Section* section = FindSection(sections, kOrigin);
+    // Something was written behind it by a program that does not know it.
     if (section == nullptr || section != &sections.back()) return std::string();
     std::string sum;
     PutFixed64(sum, SumBefore(bytes, sections, *section));

@@ -32,7 +32,9 @@ void SkipValues(Cursor& in, std::size_t rows) {
   }
 }
 
-// Containers of section VALUES by their numbers, opened one by one.
+// Containers of section VALUES by their numbers, opened one by one. Blocks are passed over, and no
+// containers are made of them. Numbers are checked only as far as they lead somewhere: whoever
+// opens the scene checks all.
 class SkimmedContainers {
  public:
   // Goes over the section once, to know where each block stands.
@@ -63,6 +65,7 @@ class SkimmedContainers {
       }
       patches.push_back(block);
       Cursor in = At(*block);
+      // Always lower, so that this ends.
       number = in.Below(block->first, "the base of a patch");
     }
     for (auto patch = patches.rbegin(); patch != patches.rend(); ++patch)
@@ -257,7 +260,8 @@ class SkimmedContainers {
   std::vector<Block> blocks_;
 };
 
-// Texts of section TEXTS by their rows.
+// Texts of section TEXTS by their rows. Lengths become ends, by which a text is found without going
+// through those before it.
 class SkimmedTexts {
  public:
   SkimmedTexts(std::string_view contents, Budget& budget) {
@@ -297,7 +301,8 @@ SectionParts PartsOf(const FileParts& file) {
   return {read, file.Size(), ContentKind::Scene};
 }
 
-// The number of the document's data container.
+// The number of the document's data container. Behind the identity, the bits and the layer, which
+// nobody asks for here.
 std::uint64_t DataContainer(const SectionParts& parts, Budget& budget) {
   const SectionBytes contents = parts.Contents("DOCUMENT", budget);
   Cursor in(contents.View(), "DOCUMENT", budget);
@@ -313,6 +318,7 @@ std::optional<std::vector<std::string>> StoreNames(const FileParts& file, const 
   const SectionParts parts = PartsOf(file);
   if (store == kListOfStates && parts.Has(kNamesSection)) {
     StateNames known = ReadStateNames(parts.Contents(kNamesSection, budget).View(), budget);
+    // Else a program that does not know the section has changed what it was made from.
     if (known.sum == parts.SumOf(kSourcesOfNames)) return std::move(known.names);
   }
   const SectionBytes values = parts.Contents("VALUES", budget);
@@ -327,6 +333,7 @@ std::optional<std::vector<std::string>> StoreNames(const FileParts& file, const 
     hasNote |= entry.key == store.note;
     if (entry.type == host::DA_CONTAINER) numbers.push_back(entry.word);
   }
+  // Without it the list may lack Stagemarks that stand among the records.
   if (!hasNote) return std::nullopt;
   const SectionBytes bytes = parts.Contents("TEXTS", budget);
   const SkimmedTexts texts(bytes.View(), budget);

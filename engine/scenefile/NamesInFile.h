@@ -1,6 +1,6 @@
-// NamesInFile: names that a scene file holds, without reading the scene: only the sections that lead
-// to them are read and checked, and in these only what leads to a name is kept. What is printed for
-// a key of a shell comes so in no time from a file of any size. One thread.
+// NamesInFile: names that a scene file holds, without reading the scene: only the sections that
+// lead to them are read and checked, and in these only what leads to a name is kept. What is
+// printed for a key of a shell comes so in no time from a file of any size. One thread.
 #pragma once
 
 #include <optional>

@@ -44,11 +44,14 @@ NodeKind KindIn(ElementSection section) {
 
 }  // namespace
 
+// Sections are built in the order in which they own one another, so that an owner is there before
+// what it owns.
 OwnedDocument SceneBuilder::Build() {
   doc_.reset(BaseDocument::Alloc());
   if (!doc_) throw std::bad_alloc();
   rows_.resize(static_cast<std::size_t>(tables_.elements[kShaderRows].EndRow()));
   rows_[0] = doc_.get();
+  // A document is never without settings: those that it is born with go once the file's are in.
   RenderData* fresh = doc_->GetFirstRenderData();
   for (const ElementSection section : {kLayerRows, kMaterialRows, kRenderRows}) BuildTop(section);
   RenderData::Free(fresh);
@@ -85,6 +88,8 @@ void SceneBuilder::BuildAttached(ElementSection section) {
   }
 }
 
+// A tag is complete before it gets to its object, its expression included: in a document no element
+// could be given its identity any more.
 void SceneBuilder::BuildTags() {
   const ElementTable& table = tables_.elements[kTagRows];
   for (std::size_t at = 0; at < table.Rows(); ++at) {
@@ -106,6 +111,7 @@ void SceneBuilder::BuildExpression(host::XPressoTag& tag, std::uint64_t row) {
     const auto depth = static_cast<std::size_t>(table.depths[nextNode_]);
     host::GvNodeMaster* master = tag.GetNodeMaster();
     BaseList2D* node = master;
+    // Both are made with the tag.
     if (depth == 1) node = master->GetRoot();
     if (depth > 1)
       node = master->CreateNode(static_cast<host::GvNode*>(path_[depth - 1]),
@@ -116,6 +122,8 @@ void SceneBuilder::BuildExpression(host::XPressoTag& tag, std::uint64_t row) {
   }
 }
 
+// Last, because putting elements in changes what is selected, which settings are in use and that
+// there are unsaved changes.
 void SceneBuilder::FinishDocument() {
   const DocumentRecord& record = tables_.document;
   BaseDocument& doc = *doc_;
@@ -135,6 +143,7 @@ void SceneBuilder::FinishDocument() {
     BaseList2D* node = FindNode(&doc, id);
     if (!node || !node->GetBit(host::BIT_ACTIVE))
       throw Damage{"The file is damaged in section DOCUMENT: what is selected is missing."};
+    // Selected once more, which makes it the one selected last.
     node->DelBit(host::BIT_ACTIVE);
     node->SetBit(host::BIT_ACTIVE);
   }
@@ -208,6 +217,7 @@ void SceneBuilder::Attach(ElementSection section, BaseList2D& node, std::size_t 
     owner->InsertShader(&shader);
 }
 
+// path_ holds the last element of each depth; those deeper than the new one are done with.
 BaseList2D* SceneBuilder::Step(std::uint64_t depth, BaseList2D& node, BaseList2D** pred) {
   const auto at = static_cast<std::size_t>(depth);
   if (pred) *pred = at < path_.size() ? path_[at] : nullptr;

@@ -51,6 +51,8 @@ void ReadTables(const std::vector<Section>& sections, const ElementBounds& bound
   meter.Expect(rows, kTables);
 }
 
+// In the order in which sections refer to one another, whatever their order in the file: values,
+// meshes, elements.
 OwnedDocument ReadDocument(const std::vector<Section>& sections, const std::string& folder,
                            Budget& budget, ProgressMeter& meter) {
   const auto contents = [&](const char* name) {
@@ -107,6 +109,7 @@ Result<std::vector<std::string>> WriteScene(const BaseDocument& doc,
     if (!DeletedStatesOf(doc).empty())
       sections.Add(kTrashSection, TrashContents(DeletedStatesOf(doc)));
     AddStateNames(doc, sections);
+    // Behind all that counts for the size, before sections that are not of this program.
     MakeRoom(writer.MemoryToRead() + 3 * sections.ContentBytes(), sections);
     AddKeptSections(doc, sections);
     return sections.Finish();
@@ -128,6 +131,7 @@ Status SaveSceneFile(const Services& services, const BaseDocument& doc, const st
       WriteScene(doc, Telling(services.person, "Saving ", path), FolderOf(path));
   if (!pieces) return Status::Failure(At(path) + pieces.Message());
   const std::vector<std::string_view> views(pieces.Value().begin(), pieces.Value().end());
+  // Saving what the file holds already must not push out the former version, which differs.
   const std::uint64_t content = now != nullptr ? HashOfContent(views) : 0;
   if (now != nullptr && now->content == content && now->stamp == services.files.Stamp(path))
     how.former.clear();

@@ -27,9 +27,13 @@ std::uint64_t ElementsOf(const host::BaseDocument& doc) {
 
 }  // namespace
 
+// All is collected first: the numbers of containers follow from their depths, which are known when
+// the last one is in.
 void SceneWriter::Write(SectionWriter& sections) {
+  // Each element is met twice, when it is collected and when its row is written.
   meter_.Expect(ElementsOf(doc_) * 2);
   Collect();
+  // Before the values are written, since the names of the files go to the texts.
   const std::string files = FilesContents(EmbeddedFilesOf(doc_), values_.texts);
   values_.Finish(sections);
   const MeshWriter::Sections meshes = meshes_.Contents();
@@ -44,6 +48,8 @@ void SceneWriter::Write(SectionWriter& sections) {
   if (!EmbeddedFilesOf(doc_).empty()) sections.Add("FILES", files);
 }
 
+// The order of the sections in the file, which numbers the rows: owners before what they own,
+// shaders at the end because every element may own some.
 void SceneWriter::Collect() {
   documentData_ = values_.containers.Add(*doc_.GetDataInstance());
   AddTree(kLayerRows, 0, doc_.GetLayerObjectRoot()->GetFirst());
@@ -80,6 +86,7 @@ void SceneWriter::AddTree(ElementSection section, std::uint64_t owner, const GeL
       ++depth;
       continue;
     }
+    // By the owner, since the published GetUp does not tell the master of an expression.
     for (; !node->GetNext() && depth > 0; --depth)
       node = static_cast<const GeListNode*>(OwnerOf(*node));
     node = node->GetNext();

@@ -22,6 +22,7 @@ void AddStateNames(const host::BaseDocument& doc, SectionWriter& out) {
   }
   if (count == 0) return;
   std::string contents;
+  // By it a reader knows whether the names still belong to the list (decision 83).
   PutFixed64(contents, out.SumOf(kSourcesOfNames));
   PutVarint(contents, count);
   out.Add(kNamesSection, contents + names);
@@ -32,6 +33,7 @@ StateNames ReadStateNames(std::string_view contents, Budget& budget) {
   StateNames known;
   known.sum = in.Fixed64();
   const std::uint64_t count = in.Varint();
+  // Each name takes a byte at least.
   if (count > in.Left()) in.Refuse("it is too short for what it counts");
   budget.Charge(count, sizeof(std::string));
   known.names.reserve(static_cast<std::size_t>(count));

@@ -27,6 +27,7 @@ std::string TextWriter::Contents() const {
 
 std::vector<host::String> ReadTexts(std::string_view contents, Budget& budget) {
   constexpr std::uint64_t kBlock = 48;  // about what a short text takes beside its bytes
+  // Characters are counted in 32 bits.
   constexpr std::uint64_t kLongest = 0x7FFFFFFF;
   Cursor in(contents, "TEXTS", budget);
   const std::size_t rows = in.Rows(kBlock);
@@ -44,7 +45,7 @@ std::vector<host::String> ReadTexts(std::string_view contents, Budget& budget) {
 
 namespace {
 
-// `width` columns of one table.
+// `width` columns of one table. By column, because an axis of many objects is mostly alike.
 std::vector<ColumnValues> TakeTable(Cursor& in, std::size_t width, std::uint64_t each) {
   const std::size_t rows = in.Rows(each);
   std::vector<ColumnValues> columns;
@@ -67,6 +68,7 @@ host::Matrix MatrixAt(std::span<const ColumnValues> columns, std::size_t row) {
 
 }  // namespace
 
+// By the bits: -0 and 0 are two values, and what is no number equals itself.
 std::uint64_t TupleWriter::Row(std::span<const std::uint64_t> words) {
   const auto candidate = static_cast<std::uint32_t>(words_.size() / width_);
   const std::uint64_t hash = XXH3_64bits(words.data(), words.size_bytes());

@@ -12,7 +12,8 @@ constexpr std::uint64_t kOverwritten = 2;
 // Name, two dates, reason and scene take a byte each at least.
 constexpr std::size_t kLeastBytes = 5;
 
-// Each is packed once, however often it is saved.
+// Each is packed once, however often it is saved. The lock, because documents are also written
+// beside the person's work, from copies that share the list.
 const std::string& PackedBytes(const PackedScene& packed) {
   const std::lock_guard held(packed.lock);
   if (!packed.bytes.empty()) return packed.bytes;
@@ -72,6 +73,7 @@ SharedDeletedStates ReadTrash(std::string_view contents, Budget& budget) {
 
 Result<OwnedDocument> Unpack(const PackedScene& packed) {
   const std::lock_guard held(packed.lock);
+  // A copy, since undo may put the deleted one back into the trash.
   return packed.scene ? Result<OwnedDocument>(CopyOf(*packed.scene)) : ReadScene(packed.bytes);
 }
 

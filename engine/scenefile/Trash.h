@@ -1,5 +1,5 @@
-// Trash: the section of a scene file with the Stagemarks that were deleted or recorded over. Each is
-// a scene file of its own, packed when it is first written and read when it is given back. Any
+// Trash: the section of a scene file with the Stagemarks that were deleted or recorded over. Each
+// is a scene file of its own, packed when it is first written and read when it is given back. Any
 // thread, for scenes that nobody else changes.
 #pragma once
 

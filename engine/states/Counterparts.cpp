@@ -16,6 +16,7 @@ NodeId Counterparts::Find(NodeId element) {
     here_.emplace(from_);
     there_.emplace(to_);
   }
+  // Equals are told apart by their number: the third "Bolt" below "Engine" is the third one there.
   const ElementPlaces::Place* place = here_->Find(element);
   if (!place) return 0;
   const std::vector<NodeId>& equals = there_->At(place->key);

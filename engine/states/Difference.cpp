@@ -23,7 +23,8 @@ using host::RenderData;
 
 namespace {
 
-// Gathers changes by part and counts them.
+// Gathers changes by part and counts them. They lie by part, because records of several parts are
+// mixed in the list of tags.
 class Gathering {
  public:
   explicit Gathering(const CompareOptions& options) : options_(options) {}
@@ -46,6 +47,7 @@ class Gathering {
     ++(kind == ChangeKind::Changed    ? count.changed
        : kind == ChangeKind::OnlyLeft ? count.onlyLeft
                                       : count.onlyRight);
+    // Also for callers that have the fields at hand anyway and do not ask before.
     if (TellsFields(part, kind)) {
       ++told_[IndexOf(part)][static_cast<std::size_t>(kind)];
     } else {
@@ -76,10 +78,12 @@ class Gathering {
   std::array<std::array<std::size_t, 3>, kParts> told_{};  // elements with fields, by kind
 };
 
+// All fields as a difference from nothing.
 std::vector<FieldChange> OneSided(Fields fields, ChangeKind kind) {
   return kind == ChangeKind::OnlyLeft ? FieldsThatDiffer(fields, {}) : FieldsThatDiffer({}, fields);
 }
 
+// Nothing: that side does not say which camera; 0: it says that there is none.
 void AddCamera(Gathering& gathering, std::optional<NodeId> left, std::optional<NodeId> right) {
   if (left == right) return;
   const auto value = [](std::optional<NodeId> camera) {
@@ -93,6 +97,8 @@ void AddCamera(Gathering& gathering, std::optional<NodeId> left, std::optional<N
 
 // --- Two Stagemarks.
 
+// Goes through both records list by list. In one document, only pairs of records that are not the
+// same block are looked at; the cost of equal Stagemarks is that of their chunks.
 class StatesComparison {
  public:
   StatesComparison(const BaseDocument& leftDoc, const BaseContainer& left,
@@ -162,6 +168,9 @@ class StatesComparison {
   }
 
   // Elements that both may say different things of; those of another document by counterparts.
+  // Lists of two documents share nothing and have their elements in orders of their own, so the
+  // records of the right side go into a table first. What is left in it at the end only the right
+  // side has.
   std::vector<RecordPair> Pairs(const RecordList& left, const RecordList& right) const {
     if (!counterparts_) return UnsharedRecords(left, right);
     NodeSet met;
@@ -202,10 +211,13 @@ class StatesComparison {
                                             : std::vector<FieldChange>());
       return;
     }
+    // Of two documents, equal blocks need not say the same: links in them are identities, each of
+    // its own document.
     if (!counterparts_ && SameBodies(pair.left, pair.right, OwnIds::kIgnored)) return;
     std::vector<FieldChange> fields = FieldsThatDiffer(FieldsOfRecord(leftDoc_, part, pair.left),
                                                        FieldsOfRecord(rightDoc_, part, pair.right));
     if (counterparts_) {
+      // Links to counterparts agree, whatever the identities.
       std::erase_if(fields, [&](const FieldChange& field) {
         return field.left && field.right && LinkOf(*field.left) != 0 &&
                counterparts_->AreSame(LinkOf(*field.left), LinkOf(*field.right));
@@ -230,6 +242,9 @@ class StatesComparison {
 
 // --- The scene and a Stagemark.
 
+// One list of records after the other, and after each list the elements of the scene that it does
+// not have. A list is walked from its end: of several records of an element the last one is what
+// loading leaves standing, so the first one met counts, and the others are passed over.
 class SceneWalk {
  public:
   SceneWalk(const BaseDocument& doc, const BaseContainer& record, const CompareOptions& options)
@@ -384,6 +399,8 @@ class SceneWalk {
     return true;
   }
 
+  // Turned into the order of the list before elements that it does not have are added: those come
+  // in the order of the scene already.
   void EndList() {
     out_.result.heldRight |= held_;
     for (const PartRow& part : kPartRows) {
@@ -408,6 +425,7 @@ class SceneWalk {
         row_->key == kStoredLayers ? doc_.GetLayerObjectRoot()->GetFirst() : doc_.GetFirstObject();
   }
 
+  // For the list of tags the walk goes over the objects, each of which shows its tags.
   void LookAtUnknown(const host::GeListNode& node) {
     if (row_->key == kStoredTags) {
       UnknownTags(static_cast<const host::BaseObject&>(node));
@@ -422,7 +440,9 @@ class SceneWalk {
     const bool nothingIsZero = part == Part::CompositingTags && !options_.everyEntry;
     std::vector<FieldChange> fields = FieldsThatDiffer(
         FieldsInScene(doc_, part, element), FieldsOfRecord(doc_, part, record), nothingIsZero);
-    // Nothing but what loading writes into the tag beside its values, or their order.
+    // Nothing but what loading writes into the tag beside its values, or their order. A change
+    // without fields would read as one whose fields are still to be told (TellFields), so there is
+    // always one.
     if (fields.empty()) {
       const BaseContainer& data = *element.GetDataInstance();
       const bool isThere = data.FindIndex(kStoredTagLink) != host::NOTOK;
@@ -485,6 +505,8 @@ Difference CompareWithScene(const BaseDocument& doc, const BaseContainer& record
   return walk.Take();
 }
 
+// The walks borrow the records and options that stand beside them, so a Walk never moves, and none
+// of them is made before those are there.
 struct StepwiseComparison::Walk {
   BaseContainer left;
   BaseContainer record;
@@ -534,6 +556,7 @@ void TellFields(const BaseDocument& doc, const BaseContainer& record, const Comp
     if (change.kind == ChangeKind::Changed && change.fields.empty())
       wanted.emplace(change.element, &change);
   }
+  // One walk over the records for all of them, as far as the last one that is wanted.
   SceneWalk(doc, record, options).TellFields(wanted);
 }
 

@@ -30,6 +30,9 @@ PlaceKey KeyInside(PlaceKey inside, LONG type, std::string_view name) {
 
 PlaceKey InsideOf(PlaceKey key, std::size_t position) { return Mixed(key, position); }
 
+// A place is one number, hashed step by step from the top, and not the path as text: the paths of a
+// chain of elements would take memory with the square of its length. The walk meets an owner before
+// what it owns, so the key of the place above is there when it is needed.
 ElementPlaces::ElementPlaces(const BaseDocument& doc) {
   for (const host::GeListNode* node = NextInside(doc, doc); node; node = NextInside(*node, doc)) {
     const auto& element = static_cast<const BaseList2D&>(*node);

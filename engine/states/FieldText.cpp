@@ -21,6 +21,7 @@ std::string TypeText(const BaseList2D& element) {
   const PartRow* part = FindPartOfTag(element.GetType());
   if (!part || part->tagType == host::Ttexture || part->tagType == host::Tcompositing)
     return element.GetTypeName().ToUtf8();
+  // Labels of options are plurals: "Sketch Style Tags".
   const std::string_view label = part->label;
   return std::string(label.substr(0, label.size() - 1));
 }
@@ -37,6 +38,8 @@ std::string PathOf(const BaseList2D& element) {
   return path;
 }
 
+// The fields of an element stand in a section for its very type or in one for all of its class.
+// Settings, objects, layers and tags are recorded, so that any other type is an object's.
 const Field* FindField(LONG type, LONG field) {
   if (field == kFieldSceneCamera) return &SceneCameraField();
   const LONG base = type == host::Tbasedocument || type == host::Rbase || type == host::Olayer
@@ -121,6 +124,7 @@ std::string ElementKind(const BaseDocument& doc, NodeId element) {
   const BaseList2D* node = FindNode(&doc, element);
   if (!node) return "";
   const std::string type = TypeText(*node);
+  // "Texture" becomes "Texture tag"; "Sketch Style Tag" says so already.
   const bool plainTag = AsTag(FindNode(&doc, element)) && !type.ends_with(" Tag");
   return plainTag ? type + " tag" : type;
 }

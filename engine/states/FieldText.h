@@ -8,8 +8,8 @@
 
 namespace engine {
 
-// Names from the top, "Room/Table/Lamp"; of a tag "Wood on Room/Table"; of an element without a name
-// the name of its type. "nothing" for one that is not in the document.
+// Names from the top, "Room/Table/Lamp"; of a tag "Wood on Room/Table"; of an element without a
+// name the name of its type. "nothing" for one that is not in the document.
 std::string ElementPath(const host::BaseDocument& doc, NodeId element);
 // "Texture tag", "Cube", "Layer": the kind of an element in a few words; empty where it is gone.
 std::string ElementKind(const host::BaseDocument& doc, NodeId element);

@@ -18,6 +18,8 @@ using host::LONG;
 
 namespace {
 
+// The containers are copies, which share with the document, and are written back at the very end: a
+// failure in between, such as one of memory, leaves the document as it is.
 class Mending {
  public:
   explicit Mending(BaseDocument& doc)
@@ -35,6 +37,8 @@ class Mending {
     }
   }
 
+  // An entry has what the record says itself: its name and the date. It is not made the current
+  // one.
   void AddMissingEntries() {
     for (LONG i = 0; i < records_.GetCount(); ++i) {
       const LONG id = records_.GetIndexId(i);
@@ -48,7 +52,8 @@ class Mending {
     }
   }
 
-  // IDs from 0 on in their order: below the number of Stagemarks all are found.
+  // IDs from 0 on in their order: below the number of Stagemarks all are found. Their order stays,
+  // since of two Stagemarks of one name the first is the one that is loaded.
   void NumberAnew() {
     std::vector<LONG> ids;
     for (const BaseContainer* store : {&records_, &entries_}) {
@@ -87,6 +92,8 @@ class Mending {
   }
 
  private:
+  // Values that are no containers, such as the note among the list entries, are not Stagemarks and
+  // keep their keys, behind them.
   BaseContainer Renumbered(const BaseContainer& store, const std::vector<LONG>& ids) {
     BaseContainer result(store.GetId());
     for (std::size_t i = 0; i < ids.size(); ++i) {
@@ -104,6 +111,8 @@ class Mending {
     return result;
   }
 
+  // Loading reads the keys from 0 on. In a list with gaps, moving records to other keys would bring
+  // some of them back to life.
   static bool CountsUp(const BaseContainer& list) {
     for (LONG i = 0; i < list.GetCount(); ++i) {
       if (list.GetIndexId(i) != i) return false;
@@ -165,6 +174,7 @@ std::vector<bool> EarlierRecords(const RecordList& list) {
   return gone;
 }
 
+// A record without a link is of no element at all, rather than of one that is gone: it stays.
 std::vector<bool> RecordsOfNothing(const BaseDocument& doc, const RecordList& list) {
   std::vector<bool> gone;
   for (const RecordList::Stretch stretch : list.Stretches()) {

@@ -19,7 +19,8 @@ void NodeSet::AddPage(NodeId page) {
 
 namespace {
 
-// Whether each entry has its position as its key.
+// Whether each entry has its position as its key. Entries then can be read as they lie; else they
+// are gathered key by key.
 bool IsDense(const ContainerBody* body) {
   if (!body) return true;
   if (body->IsLong()) return AsLong(body)->order == KeyOrder::kDense;
@@ -59,7 +60,9 @@ class Cursor {
 };
 
 // Walks through two lists side by side: `visit(left, right, stretch)` for what is not the same at
-// the same place, null behind the end of one; the stretch is the left one's number.
+// the same place, null behind the end of one; the stretch is the left one's number. Copies of a
+// list share its chunks, so what is unchanged begins at the same address in both and is passed over
+// as a whole.
 template <class Visit>
 void ForEachUnshared(const RecordList& left, const RecordList& right, Visit visit) {
   Cursor a(left.Stretches());
@@ -80,7 +83,9 @@ void ForEachUnshared(const RecordList& left, const RecordList& right, Visit visi
 }
 
 // Collects what is not shared. While each element occurs once in each list, pairs are known at
-// once; else the lists are gone through again for the elements in question.
+// once; else the lists are gone through again for the elements in question. An element that stands
+// at two places, as carried over records do, is why a pair cannot be taken as it comes: its last
+// record may be one that both lists share.
 class UnsharedWalk {
  public:
   UnsharedWalk(const RecordList& left, const RecordList& right)
@@ -180,6 +185,7 @@ class UnsharedWalk {
     };
     take(left_, &RecordPair::left);
     take(right_, &RecordPair::right);
+    // The records that count turned out to be shared, and earlier ones were not.
     std::erase_if(pairs, [](const RecordPair& pair) { return pair.left == pair.right; });
     pairs_ = std::move(pairs);
   }

@@ -20,10 +20,12 @@ using host::LONG;
 
 namespace {
 
+// As setting a mode of an object takes it: what is neither on nor off is undefined.
 LONG AppliedMode(LONG mode) {
   return mode == host::MODE_ON || mode == host::MODE_OFF ? mode : host::MODE_UNDEF;
 }
 
+// In the order in which they are recorded.
 constexpr host::Bool host::LayerData::*kFlags[] = {
     &host::LayerData::solo,      &host::LayerData::view,        &host::LayerData::render,
     &host::LayerData::manager,   &host::LayerData::locked,      &host::LayerData::generators,
@@ -183,6 +185,8 @@ Fields FieldsInScene(const host::BaseDocument& doc, Part part, const BaseList2D&
   return fields;
 }
 
+// The answer that comparing the lists of fields would give, without making them: it is asked for
+// every element of a scene, most of which are as recorded.
 bool SceneComparison::IsAsRecorded(Part part, const BaseList2D& element,
                                    const ContainerBody* record) {
   switch (part) {
@@ -216,6 +220,8 @@ bool SceneComparison::IsAsRecorded(Part part, const BaseList2D& element,
   }
 }
 
+// Compositing tags are mostly alike in long rows. Where data and record are those of the tag
+// before, its answer holds, and comparing shared containers costs next to nothing (decision 17).
 bool SceneComparison::IsCompositingAsRecorded(const BaseList2D& tag, const ContainerBody* record) {
   const BaseContainer& data = *tag.GetDataInstance();
   if (likeRecord_ && SameButLink(likeRecord_, record) && likeData_ == data) return likeResult_;

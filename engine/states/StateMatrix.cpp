@@ -20,6 +20,8 @@ using host::LONG;
 
 namespace {
 
+// The cell of settings or camera: any block that is not null says "held"; its fields are read from
+// the record of the state.
 const ContainerBody* KeptBody(const BaseContainer& record, LONG key) {
   const BaseContainer* kept = record.GetContainerInstance(key);
   return kept ? ContainerAccess::Body(*kept) : nullptr;
@@ -131,7 +133,8 @@ class MatrixBuilder {
     return parts;
   }
 
-  // Elements whose records are not the same block in all states.
+  // Elements whose records are not the same block in all states. Comparing neighbors is enough:
+  // what is one block in each two neighbors is one block in all.
   void FindCandidates() {
     for (std::size_t i = 1; i < lists_.size(); ++i) {
       for (const RecordPair& pair : UnsharedRecords(*lists_[i - 1], *lists_[i]))
@@ -183,6 +186,7 @@ class MatrixBuilder {
     }
   }
 
+  // Runs come by state, cells are asked for by row.
   void SortRuns() {
     std::ranges::sort(matrix_.runs_, {},
                       [](const StateMatrix::Run& run) { return std::pair(run.row, run.state); });
@@ -199,6 +203,7 @@ class MatrixBuilder {
   void Judge() {
     for (std::size_t part = 0; part < kParts; ++part) {
       std::size_t sum = 0;
+      // A run lasts over any number of states; how many of them count is a difference of two sums.
       listedBefore_[part].push_back(0);
       for (const bool listed : matrix_.listed_[part]) listedBefore_[part].push_back(sum += listed);
     }
@@ -276,6 +281,7 @@ Fields StateMatrix::CellFields(std::size_t row, std::size_t state) const {
   return FieldsOfCell(doc_, rows_[row].part, states_[state], Cell(row, state));
 }
 
+// The cell before is mostly the same block, which spares comparing the fields.
 bool StateMatrix::IsChanged(std::size_t row, std::size_t state) const {
   if (!Holds(row, state)) return false;
   for (std::size_t before = state; before-- > 0;) {

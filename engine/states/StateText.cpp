@@ -28,7 +28,8 @@ std::string Dump(const Json& json) {
 
 std::string NameOf(const BaseList2D& element) { return element.GetName().ToUtf8(); }
 
-// The end of a path that is too long, from a name on.
+// The end of a path that is too long, from a name on. Each element names its whole path, which
+// would grow with the square of the depth.
 std::string Abbreviated(const std::string& path) {
   if (path.size() <= kLongestPath) return path;
   const std::size_t slash = path.find('/', path.size() - kLongestPath);
@@ -49,6 +50,7 @@ class ElementTexts {
     const auto found = texts_.find(id);
     if (found == texts_.end()) return {{"gone", std::to_string(id)}};
     for (NodeId one = id; one != 0; one = places_.Find(one)->above) {
+      // Where one is noted, so are all above it.
       if (!used_.emplace(texts_[one], one).second) break;
     }
     return found->second;
@@ -83,6 +85,8 @@ class ElementTexts {
         NameOf(element).empty() ? element.GetTypeName().ToUtf8() : NameOf(element);
     const std::string path = above == 0 ? name : Abbreviated(texts_[above]) + "/" + name;
     std::string text = path;
+    // Counting goes on where the last one of this path ended: many equals cost a few tries each. An
+    // element may be called "Lamp #2" itself, so the number alone decides nothing.
     for (std::size_t& count = taken_[path]; !inUse_.insert(text).second;)
       text = path + " #" + std::to_string(++count + 1);
     texts_.emplace(id, std::move(text));
@@ -139,6 +143,7 @@ class StateWriter {
     members.push_back({"name", {Dump(state.record.GetString(kStoredName).ToUtf8())}});
     members.push_back({"id", {std::to_string(state.id)}});
     if (!AddContents(state, members)) {
+      // All but the name and the ID.
       members.resize(2);
       members.push_back({"stored", {Dump(ContainerToJson(state.record, link_))}});
     }
@@ -152,7 +157,9 @@ class StateWriter {
     }
   }
 
-  // False when these members would not make the same record again.
+  // False when these members would not make the same record again. Whoever reads the text puts a
+  // record together as recording does; entries of other plug-ins or in another order would be lost
+  // that way.
   bool AddContents(const StoredState& state, std::vector<std::pair<std::string, Lines>>& members) {
     const BaseContainer& record = state.record;
     RecordContents same;
@@ -183,6 +190,7 @@ class StateWriter {
     return Identical(Assembled(same), record);
   }
 
+  // A line for each value, so that version control shows the one that changed.
   Lines SettingsLines(NodeId id) {
     Json json = {{"element", link_(id)}};
     if (const host::RenderData* settings = AsRenderData(FindNode(&doc_, id))) {
@@ -211,6 +219,7 @@ class StateWriter {
                std::vector<std::pair<std::string, Lines>>& members) {
     Lines lines{"["};
     const LONG count = list.GetCount();
+    // Reading the text gives a list no own ID, and its records the keys from 0 on.
     if (list.GetId() != 0) return false;
     for (LONG i = 0; i < count; ++i) {
       const BaseContainer* record = list.GetContainerInstance(i);

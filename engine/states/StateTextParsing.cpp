@@ -9,6 +9,8 @@ namespace engine {
 
 namespace {
 
+// A key is looked for among the members before it, one by one: without a limit a text of some
+// megabytes could keep the program busy for very long.
 constexpr std::size_t kMostMembers = 10'000;  // of an object; what is stored has some hundred
 constexpr std::size_t kDeepestText = 200;
 
@@ -80,6 +82,8 @@ class TextGathering : public nlohmann::json_sax<Json> {
     return true;
   }
 
+  // An object or list gets no further member while the one that was begun in it is open, so that
+  // these stay where they are.
   std::vector<Json*> open_;
   std::string key_;
   bool inElements_ = false;

@@ -84,7 +84,9 @@ class ElementFinder {
     return std::nullopt;
   }
 
-  // From the element up to one whose place is known, and down again.
+  // From the element up to one whose place is known, and down again. As ElementPlaces reckons keys
+  // in a document; each element is reckoned once. A way longer than there are elements runs in a
+  // circle.
   PlaceKey KeyOf(const std::string& text) {
     std::vector<std::string> way{text};
     while (!keys_.contains(way.back())) {
@@ -114,6 +116,7 @@ class ElementFinder {
   std::unordered_map<std::string, PlaceKey> keys_;
 };
 
+// An effect or a pass of render settings as the text has it.
 struct EffectDraft {
   LONG type;
   host::String name;
@@ -195,6 +198,7 @@ class TakingIn {
       const Status status = Read(state);
       if (!status) return Result<TakenIn>::Failure(status.Message());
     }
+    // Nothing from here on depends on the text, so nothing can be refused half-way.
     for (Draft& draft : drafts_) Store(draft);
     if (!drafts_.empty()) {
       doc_.GetDataInstance()->SetContainer(kStagemarksId, records_);
@@ -240,6 +244,7 @@ class TakingIn {
   Draft DraftOf(const Json& json, TakenIn::State& state) {
     Draft draft;
     if (json.contains("stored")) {
+      // A record that no names fit is taken as one whole.
       draft.stored = ContainerFromJson(json["stored"], link_);
       state.records = 1;
       return draft;
@@ -309,7 +314,8 @@ class TakingIn {
     return list;
   }
 
-  // The first one that is free, as recording chooses it.
+  // The first one that is free, as recording chooses it. IDs are only taken meanwhile, so the
+  // search goes on from the last one.
   LONG FreeId() const {
     LONG id = lastFree_;
     while (StoredUnder(&entries_, id) || StoredUnder(&records_, id)) ++id;
@@ -335,6 +341,8 @@ class TakingIn {
       records_.SetContainer(id, Assembled(draft.contents));
     }
     BaseContainer entry = draft.replaces ? entries_.GetContainer(id) : EntryOf(draft);
+    // A replaced Stagemark keeps its entry, and with it the star; one that stood in no list gets
+    // one.
     if (entry.GetCount() == 0) entry = EntryOf(draft);
     if (draft.contents.date) entry.SetContainer(kStoredDate, *draft.contents.date);
     entries_.SetContainer(id, entry);

@@ -27,6 +27,8 @@ namespace {
 // made too, so that places are right; more of them than this are no scene's.
 constexpr std::size_t kMostStandIns = 10'000'000;
 
+// Elements come in any order and say their number among equals. So they are made first, each after
+// what it lies in, and put into their places at the end, equals by their numbers.
 class SceneFromText {
  public:
   SceneFromText(const StateTextContents& text, BaseDocument& doc)
@@ -35,6 +37,7 @@ class SceneFromText {
   }
   SceneFromText(const SceneFromText&) = delete;
   SceneFromText& operator=(const SceneFromText&) = delete;
+  // Elements that are in no place yet when the text turns out to be unreadable.
   ~SceneFromText() {
     for (auto& [place, equals] : places_) {
       for (const Equal& equal : equals) DestroyNode(equal.element);

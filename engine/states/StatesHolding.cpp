@@ -31,6 +31,7 @@ class SearchForElements {
   }
 
  private:
+  // Copies of a list are one block, also those of several states.
   bool IsInList(const host::BaseContainer& state, const ListRow& row) {
     const host::BaseContainer* stored = state.GetContainerInstance(row.key);
     if (!stored) return false;

@@ -83,7 +83,8 @@ std::string StoredDate::WithZone() const {
   local.tm_sec = fields[5];
   local.tm_isdst = -1;
   const std::tm wanted = local;
-  // A date that is none is moved to one.
+  // A date that is none is moved to one. The hour is not compared: one that the change to summer
+  // time skips is moved, and is a date all the same.
   if (fields[0] < 1 || fields[0] > 9999 || std::mktime(&local) == -1 ||
       local.tm_mon != wanted.tm_mon || local.tm_mday != wanted.tm_mday ||
       local.tm_min != wanted.tm_min || local.tm_sec != wanted.tm_sec)
@@ -126,6 +127,7 @@ std::vector<StoredState> ReadStates(const host::BaseDocument& doc) {
   return states;
 }
 
+// Sorted by the host's own comparison, as the dialog's list is.
 std::vector<StoredState> ListedStates(const host::BaseDocument& doc) {
   std::vector<std::pair<host::String, StoredState>> named;
   for (StoredState& state : ReadStates(doc)) {
@@ -140,6 +142,8 @@ std::vector<StoredState> ListedStates(const host::BaseDocument& doc) {
   return states;
 }
 
+// As the plug-in looks a name up, its oddity included: it counts the entries and asks for the keys
+// below that number. The answer is what the entry says is its own ID.
 LONG LoadedId(const host::BaseDocument& doc, const std::string& name) {
   const BaseContainer* entries = Store(doc, kStoredEntries);
   if (!entries) return 0;

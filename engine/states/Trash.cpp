@@ -46,6 +46,8 @@ std::string NameOf(const Gone& gone) {
   return (gone.entry ? *gone.entry : *gone.record).GetString(kStoredName).ToUtf8();
 }
 
+// Under an ID there may be another record for many reasons, bulk edits among them; only a recording
+// over a Stagemark, which is given by its name, throws the old one away.
 std::vector<Gone> FindGone(const BaseContainer& before, const BaseContainer& now,
                            const std::string& recorded) {
   std::vector<Gone> found;
@@ -63,6 +65,8 @@ std::vector<Gone> FindGone(const BaseContainer& before, const BaseContainer& now
   return found;
 }
 
+// Settings that were freed with the Stagemark are found in the undo step where they are parked;
+// those that are still in the scene are not packed.
 DeletedState Packed(const Gone& gone, const StoredDataScope& scope, const KeptPreviews& previews,
                     const std::string& now) {
   StateParts parts;
@@ -169,6 +173,7 @@ void KeptPreviews::ExchangeOne(const std::string& name, const std::string& path,
         {Operation::ReplaceFile, path, "", false, "The preview of \"" + name + what + why + "."});
     return;
   }
+  // As the file is now, which may not be as this program wrote it: somebody may have changed it.
   kept.sides[live_] = std::move(there);
   Status done;
   if (kept.sides[wanted]) {
@@ -189,6 +194,7 @@ void MoveToTrash(const Services& services, StoredDataScope& scope, BaseDocument&
   for (const Gone& one : gone) weight += RecordsIn(*one.record);
   scope.Weigh(weight);
   auto states = std::make_shared<DeletedStates>(DeletedStatesOf(doc));
+  // Those that would be pushed out at once are not packed at all.
   const std::size_t passedOver =
       gone.size() > kMostDeletedStates ? gone.size() - kMostDeletedStates : 0;
   const std::string now = TextOf(services.clock.Now());
@@ -202,7 +208,8 @@ void MoveToTrash(const Services& services, StoredDataScope& scope, BaseDocument&
 namespace {
 
 // Where a Stagemark comes back: under its old ID, where that is free and still found by its name,
-// else under the first one that is free, as recording chooses it.
+// else under the first one that is free, as recording chooses it. Deleting leaves an empty
+// container under the ID, so that the ID is still counted; one of the entries is the note.
 LONG PlaceFor(const BaseContainer& record, const BaseContainer& records,
               const BaseContainer& entries) {
   const auto isFree = [&](LONG id) {

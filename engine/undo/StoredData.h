@@ -1,7 +1,7 @@
 // StoredDataScope: makes one undo step of what happens to the data that a document stores for
-// plug-ins while it lives, which nobody registers: to the containers in its data, to render settings
-// put in and taken out, and to its deleted Stagemarks. Undo exchanges them, the containers each as a
-// whole and only those that changed. Main thread.
+// plug-ins while it lives, which nobody registers: to the containers in its data, to render
+// settings put in and taken out, and to its deleted Stagemarks. Undo exchanges them, the containers
+// each as a whole and only those that changed. Main thread.
 #pragma once
 
 #include <memory>

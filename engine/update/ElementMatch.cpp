@@ -16,7 +16,7 @@ using host::BaseMaterial;
 using host::BaseObject;
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-// Keys under which programs write an identity beside a node.
+// Keys under which programs write an identity beside a node. The first that is there counts.
 constexpr const char* kIdentityKeys[] = {"uuid", "guid", "uid", "id"};
 
 std::string KeyOf(host::LONG type, const host::BaseList2D& element) {
@@ -38,7 +38,9 @@ std::string IdentityInFile(const BaseObject& object) {
   return {};
 }
 
-// The objects that count of a document, as a tree of their own. Entry 0 stands above all.
+// The objects that count of a document, as a tree of their own. Entry 0 stands above all. Objects
+// that were made here are left out, and what hangs below them hangs on the next one above that
+// counts.
 struct Tree {
   std::vector<BaseObject*> objects{nullptr};
   std::vector<std::vector<std::size_t>> children{{}};
@@ -66,6 +68,9 @@ class TreeMatch {
  public:
   TreeMatch(Tree& scene, Tree& fresh) : scene_(scene), fresh_(fresh) {}
 
+  // From the surest to the least sure: identities in the file, then places below what is paired
+  // already, then names that are unique in what is left. Each new pair lets the places below it be
+  // compared.
   void Run() {
     Pair(0, 0);
     PairUnique([](const BaseObject& object) { return IdentityInFile(object); });
@@ -96,6 +101,7 @@ class TreeMatch {
         const std::string name = key(*tree.objects[i]);
         if (name.empty()) continue;
         Found& entry = found[name];
+        // Unique on either side.
         entry.isUnique = entry.isUnique && entry.*place == kNone;
         entry.*place = i;
       }
@@ -119,8 +125,8 @@ class TreeMatch {
     }
   }
 
-  // The first of a name is the first of that name. A mesh of which the file has made several parts is
-  // a group there, and goes on as one here.
+  // The first of a name is the first of that name. A mesh of which the file has made several parts
+  // is a group there, and goes on as one here.
   void MatchChildren(const std::vector<std::size_t>& scene, const std::vector<std::size_t>& fresh) {
     struct Waiting {
       std::vector<std::size_t> children;

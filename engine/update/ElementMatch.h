@@ -1,8 +1,8 @@
 // ElementMatch: which objects and materials of a scene are which of a newer import of the file that
 // they came from: by the identity that the file itself gives, then by the names from the top, then,
 // for what was moved, by a name that nothing else has. Of elements with one name in one place the
-// first is the first. What was made in the scene is looked through, as if what stands below it stood
-// above it. Linear in both. Main thread; both documents outlive it unchanged.
+// first is the first. What was made in the scene is looked through, as if what stands below it
+// stood above it. Linear in both. Main thread; both documents outlive it unchanged.
 #pragma once
 
 #include <string>

@@ -30,6 +30,8 @@ ElementChanges MaterialUpdate::Run() {
     } else {
       ++changes.found;
       const auto before = before_.find(IdOf(*material));
+      // Where the file says what it said the last time, a person's changes stay; where it says
+      // something new that the scene has already, there is nothing to do.
       const bool saysElse = before == before_.end() || before->second.settings != said;
       if (saysElse && FingerprintOf(*material, doc_) != FingerprintOf(*fresh, fresh_)) {
         Replace(*material, *fresh);
@@ -43,6 +45,7 @@ ElementChanges MaterialUpdate::Run() {
   for (const BaseMaterial* material : match_.GoneMaterials()) {
     changes.gone.push_back(material->GetName().ToUtf8());
     const auto before = before_.find(IdOf(*material));
+    // Remembered on, so that a material that comes back to the file is known again.
     if (before != before_.end()) remembered_.push_back(before->second);
   }
   changes.goneCount = changes.gone.size();
@@ -91,6 +94,8 @@ void MaterialUpdate::BringFiles(BaseMaterial& material) {
     if (bytes == nullptr) return;
     const std::string* there = FindEmbeddedFile(doc_, name);
     if (there == nullptr || *there != *bytes)
+      // Under another name where the scene has other bytes of that name, which another material may
+      // show.
       SetBitmapFile(shader, AddEmbeddedFile(doc_, name, *bytes));
   };
   ForEachBitmapShaderOf(material, bring);

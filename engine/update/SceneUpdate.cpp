@@ -57,6 +57,7 @@ const ImportedElement* In(const Prints& prints, const host::BaseList2D& element)
   return found == prints.end() ? nullptr : &found->second;
 }
 
+// Equal ones stay shared with undo steps and copies.
 bool HasOtherMesh(const BaseObject& object, const BaseObject& fresh) {
   const auto& one = MeshOf(object);
   const auto& other = MeshOf(fresh);
@@ -132,6 +133,7 @@ class Updating {
     const bool reshapes = HasOtherMesh(object, fresh);
     std::vector<std::string> what;
     if (leaves) what.emplace_back("parent");
+    // Moved at the end, when all that it may hang below is there.
     if (leaves) leaving_.emplace_back(&object, &fresh);
     if (moves) what.emplace_back("place");
     if (reshapes) what.emplace_back("shape");
@@ -140,6 +142,7 @@ class Updating {
     if (moves) object.SetMl(fresh.GetMl());
     if (reshapes) SetMesh(object, MeshOf(fresh));
     if (sets) object.SetData(data, host::FALSE);
+    // A mesh that has got normals is smooth with that tag only.
     if (reshapes && fresh.GetTag(host::Tphong) && !object.GetTag(host::Tphong))
       doc_.AddUndo(host::UNDO_NEW, object.MakeTag(host::Tphong));
     if (Repaint(object, fresh, before && before->look == now.look)) what.emplace_back("material");
@@ -191,10 +194,12 @@ class Updating {
     return true;
   }
 
-  // Where it stands in the file: below what its parent has become, behind what is before it.
+  // Where it stands in the file: below what its parent has become, behind what is before it. Alone,
+  // without what is below it: the walk comes to that, and some of it may be in the scene already.
   BaseObject* Add(const BaseObject& fresh) {
     BaseObject* object = BaseObject::Alloc(fresh.GetType());
     CopyContents(fresh, *object, false);
+    // The copied link names a layer of the import.
     object->SetLayerObject(nullptr);
     for (const host::BaseTag* tag = fresh.GetFirstTag(); tag; tag = tag->GetNext()) {
       host::BaseTag* copy = object->MakeTag(tag->GetType());
@@ -204,6 +209,7 @@ class Updating {
     }
     BaseObject* parent = CounterpartAbove(fresh);
     BaseObject* pred = fresh.GetPred() ? places_.at(IdOf(*fresh.GetPred())) : nullptr;
+    // Its neighbor in the file may hang elsewhere here.
     if (!pred || pred->GetUp() == parent) {
       doc_.InsertObject(object, parent, pred);
     } else {
@@ -261,6 +267,7 @@ class Updating {
     std::unordered_set<const BaseObject*> needed{nullptr};
     for (const BaseObject* object = doc_.GetFirstObject(); object; object = NextInTree(object)) {
       if (gone_.contains(object)) continue;
+      // Up to one that is known to be needed, at the latest the top, which is null: linear in all.
       for (const BaseObject* up = object->GetUp(); needed.insert(up).second; up = up->GetUp()) {
       }
     }
