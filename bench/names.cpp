@@ -47,8 +47,8 @@ double Milliseconds(const std::vector<std::string>& call, int runs = 7) {
   return 1000 * least;
 }
 
-// How much states differ: in a few objects, as those of a shot do, or in most of a million switches,
-// which no file can store in little.
+// How much states differ: in a few objects, as those of a shot do, or in most of a million
+// switches, which no file can store in little.
 enum class States { Alike, Scrambled };
 
 BaseContainer RecordOf(const host::BaseDocument& doc, LONG state, States states) {

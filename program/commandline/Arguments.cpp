@@ -11,7 +11,9 @@ namespace commandline {
 
 namespace {
 
-// The message for a parse error; an unknown verb is named before any other fault.
+// The message for a parse error; an unknown verb is named before any other fault. Where a verb was
+// found, the library's own message names the option. Words that begin with a hyphen are passed over
+// to find the one that was meant as a verb.
 std::string Complaint(const CLI::App& app, const CLI::ParseError& error,
                       const std::vector<std::string>& words) {
   const auto typed = std::find_if(words.begin(), words.end(),
@@ -81,6 +83,7 @@ Option& Option::Between(unsigned least, unsigned most) {
   return *this;
 }
 
+// A check of our own, whose message says what a share is.
 Option& Option::Shares() {
   option_->check([](const std::string& typed) {
     const double share = std::strtod(typed.c_str(), nullptr);
@@ -89,6 +92,7 @@ Option& Option::Shares() {
   return *this;
 }
 
+// For completion only; other values are taken. The text has the form that HelpText.cpp reads.
 Option& Option::Offers(const char* word, const std::vector<std::string>& values) {
   std::string type = std::string(word) + ":{";
   for (const std::string& value : values) type += (value == values.front() ? "" : ",") + value;
@@ -96,6 +100,7 @@ Option& Option::Offers(const char* word, const std::vector<std::string>& values)
   return *this;
 }
 
+// Options without a description are left out of help, manual page and completion.
 Option& Option::Hidden() {
   option_->description("");
   return *this;
@@ -137,11 +142,13 @@ void Verb::BeginSection(const char* title) const { verb_->option_defaults()->gro
 
 void Verb::Footer(const char* text) const { verb_->footer(text); }
 
+// The verb runs after everything is read, when messages and the program's choices are set.
 void Verb::Does(std::function<int()> work) const {
   Program& program = *program_;
   verb_->callback([&program, work = std::move(work)] { program.verb = work; });
 }
 
+// -q and -v may also stand behind the verb (fallthrough).
 Arguments::Arguments(Program& program)
     : program_(program),
       app_(std::make_unique<CLI::App>("Records, recalls and exports the states of a 3D scene",
@@ -197,6 +204,7 @@ void AddKeeping(Verb verb, Program& program) {
   verb.AddFlag("-y,--yes", program.yes, "Answer every question with yes");
 }
 
+// A day at most.
 void AddWait(Verb verb, Program& program) {
   verb.Add("--wait", program.longestWait,
            "Seconds to wait for another program that changes the scene")
@@ -215,6 +223,7 @@ void AddForce(Verb verb, Program& program) {
                "Replace a file that this command did not write, or a scene with Stagemarks");
 }
 
+// `former`: a name that the option had before, kept for old scripts.
 void AddOnly(Verb verb, std::vector<std::string>& only, const char* former) {
   verb.Add("--only", only,
            "The Stagemarks that are meant, by name or by a pattern with * and ?; all without it")

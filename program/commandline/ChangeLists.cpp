@@ -18,11 +18,14 @@ using engine::FieldChange;
 
 namespace {
 
+// Columns of a terminal.
 constexpr std::size_t kLabel = 26;
 constexpr std::size_t kWidestField = 22;
 constexpr std::size_t kWidestWhole = 60;  // column of elements where nothing is shortened
+// Halved, so that a sum with it does not overflow.
 constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max() / 2;
 
+// The document that the element lives in: of two, it need not be in the other.
 const host::BaseDocument& DocOf(const Sides& sides, const ElementChange& change) {
   return change.kind == ChangeKind::OnlyRight ? sides.rightDoc : sides.leftDoc;
 }
@@ -51,7 +54,8 @@ std::string OnlyText(const Sides& sides, const ElementChange& change) {
          (kind.empty() ? "" : " (" + engine::Printable(kind) + ")");
 }
 
-// So many values as are listed of an element, each by `text`.
+// So many values as are listed of an element, each by `text`. The element's name stands in the
+// first of its rows only; AddRows leaves it out of the others.
 template <class Text>
 void AppendValues(const Sides& sides, const ElementChange& change, const Text& text,
                   std::vector<FactRow>& rows) {
@@ -81,7 +85,9 @@ void AppendRows(const Sides& sides, const ElementChange& change, std::vector<Fac
   AppendValues(sides, change, text, rows);
 }
 
-// The changes of one part, in the order of the difference.
+// The changes of one part, in the order of the difference. Changes come sorted by part. Each part
+// tells so many of each kind and counts the others; a list that left nothing out needs no word
+// about --verbose.
 class PartLists {
  public:
   PartLists(const Sides& sides, const Difference& difference, Report& report)
@@ -149,6 +155,8 @@ std::string CountText(const Sides& sides, const Difference& difference, engine::
 
 }  // namespace
 
+// The end of a path tells more than its beginning. A character has at most four bytes, so the
+// search begins there and goes on to a character's first byte.
 std::string WithoutBeginning(const std::string& path, std::size_t width) {
   if (engine::DisplayWidth(path) <= width) return path;
   std::size_t begin = path.size() - std::min(path.size(), 4 * width);
@@ -162,6 +170,7 @@ std::string WithoutBeginning(const std::string& path, std::size_t width) {
   return "…" + path.substr(isNear ? slash : begin);
 }
 
+// Two passes: the widths first. An element's name is printed once for its rows.
 void AddRows(const std::vector<FactRow>& rows, bool whole, Report& report, std::size_t indent) {
   const std::size_t widest = whole ? kWidestWhole : Terminal::Columns() * 2 / 5;
   std::vector<std::string> names;
@@ -216,6 +225,8 @@ void AppendValuesLeft(const Sides& sides, const ElementChange& change, std::vect
   AppendValues(sides, change, text, rows);
 }
 
+// The comparison told no fields: only those that are going to be printed are read, in one more
+// pass.
 void TellListed(const host::BaseDocument& doc, const host::BaseContainer& record,
                 const engine::CompareOptions& options, const std::vector<std::size_t>& others,
                 Difference& toScene) {
@@ -241,6 +252,8 @@ bool AddChanges(const Sides& sides, const Difference& difference, Report& report
   return PartLists(sides, difference, report).Add();
 }
 
+// Links are told by path, since identities mean nothing outside of the program; null where the
+// target is gone.
 JsonValue RawValue(const host::BaseDocument& doc, const host::GeData& value) {
   switch (value.GetType()) {
     case host::DA_LONG:
@@ -266,6 +279,7 @@ JsonValue RawValue(const host::BaseDocument& doc, const host::GeData& value) {
   }
 }
 
+// Each value twice: as a person reads it and raw.
 JsonMembers MembersOf(const Sides& sides, const ElementChange& change) {
   const host::LONG type = engine::TypeForFields(DocOf(sides, change), change);
   std::vector<JsonValue> fields;
@@ -302,6 +316,7 @@ JsonMembers CountsOf(const Difference& difference) {
   return counts;
 }
 
+// Streamed while it is printed: a scene may differ in a million elements.
 void PutChanges(const Sides& sides, const Difference& difference, Report& report) {
   report.PutObject("counts", CountsOf(difference));
   report.PutStream("differences", [&sides, &difference](const auto& append) {

@@ -1,3 +1,6 @@
+// The plug-in writes and removes files beside the scene while a verb works, but the scene itself is
+// written at the end, elsewhere, or not at all. So changes beside it are kept in a list, answered
+// as done, and carried out when the scene stands, beside the place where it stands then.
 #include "program/commandline/DeferredFileSystem.h"
 
 #include <iterator>
@@ -23,6 +26,7 @@ void DeferredFileSystem::HoldChangesAt(const std::string& prefix) {
   prefix_ = prefix;
 }
 
+// Paths are taken from the scene that was opened (`prefix_`) to the one that was written.
 void DeferredFileSystem::CarryOut(const std::string& prefix) {
   StopHolding();
   std::vector<Change> changes = std::move(held_);
@@ -70,15 +74,19 @@ Status DeferredFileSystem::Hold(Change change) {
   return {};
 }
 
+// Tells a person of each file of an export.
 Status DeferredFileSystem::Written(const std::string& path, Status status) {
   if (status && written_) written_(path);
   return status;
 }
 
+// A folder that was only promised counts as there, because the plug-in looks for it before it
+// writes into it.
 FileKind DeferredFileSystem::DoKind(const std::string& path) {
   return holding_ && heldFolders_.count(path) > 0 ? FileKind::Folder : RealFileSystem::DoKind(path);
 }
 
+// Ctrl-C ends the work before the next file, never within one.
 Status DeferredFileSystem::DoReplaceFile(const std::string& path,
                                          std::span<const std::string_view> pieces,
                                          const engine::Replacing& how) {
@@ -89,6 +97,7 @@ Status DeferredFileSystem::DoReplaceFile(const std::string& path,
   return Hold({Operation::ReplaceFile, path, "", std::move(bytes)});
 }
 
+// Making one that is there is no error, so this needs no look.
 Status DeferredFileSystem::DoMakeFolder(const std::string& path) {
   if (!Holds(path)) return RealFileSystem::DoMakeFolder(path);
   heldFolders_.insert(path);
@@ -113,6 +122,7 @@ Status DeferredFileSystem::DoRemoveFolder(const std::string& path) {
   return Hold({Operation::RemoveFolder, path});
 }
 
+// A renaming that would fail now fails now, with the system's own message.
 Status DeferredFileSystem::DoRename(const std::string& from, const std::string& to) {
   const bool fails = DoKind(from) == FileKind::Missing || DoKind(to) != FileKind::Missing;
   if (!Holds(from) || !Holds(to) || fails) return RealFileSystem::DoRename(from, to);

@@ -22,6 +22,7 @@ bool IsSceneFile(const std::string& path) {
   return path.size() > 4 && path.compare(path.size() - 4, 4, ".c4d") == 0;
 }
 
+// The dialog asks for the folder as soon as the button is pressed: the answer is laid ready before.
 void PressOnce(Session& session, const ExportOrder& order) {
   StagemarksDialog& dialog = session.Dialog();
   dialog.ChooseLayout(exporting::EntryOf(LayoutOf(order)));
@@ -44,6 +45,7 @@ void Press(Session& session, const ExportOrder& order, const std::vector<std::st
   session.Dialog().CheckOnly(names);
 }
 
+// By scene files, since textures come in between in any number.
 void ShowProgress(Session& session, std::size_t scenes) {
   Terminal& terminal = session.GetProgram().terminal;
   session.Files().OnWritten(
@@ -64,7 +66,8 @@ bool HasRoom(Session& session, const ExportOrder& order, const exporting::Export
                       "\" is. Export anyway?");
 }
 
-// Whether the export may begin; all that speaks against it goes into the result.
+// Whether the export may begin; all that speaks against it goes into the result. Where textures are
+// gathered a missing one is a fault of the export, else only worth a note.
 bool MayBegin(Session& session, const ExportOrder& order, ExportResult& result) {
   const bool strict = session.GetProgram().strict;
   const bool gathers = exporting::GathersTextures(LayoutOf(order));
@@ -82,6 +85,7 @@ bool MayBegin(Session& session, const ExportOrder& order, ExportResult& result) 
   return made.Ok();
 }
 
+// The plug-in says nothing of what failed; the ledger does.
 void ReadLedger(const engine::Ledger& ledger, std::size_t mark, ExportResult& result) {
   for (const engine::LedgerEntry& failure : ledger.FailuresSince(mark))
     result.failures.push_back(failure.message);
@@ -89,6 +93,7 @@ void ReadLedger(const engine::Ledger& ledger, std::size_t mark, ExportResult& re
   result.scenes = exporting::ScenesWritten(ledger, mark);
 }
 
+// Sorted by name.
 struct Folder {
   std::map<std::string, std::unique_ptr<Folder>> entries;  // a file has no entries of its own
 
@@ -125,6 +130,7 @@ void PrintFolder(const Folder& folder, const std::string& indent, bool all,
 
 }  // namespace
 
+// Done means whole: a scene for each Stagemark, every texture, no failure.
 ExportResult Export(Session& session, const ExportOrder& order) {
   ExportResult result;
   const std::vector<std::string> names = session.Dialog().CheckedNames();

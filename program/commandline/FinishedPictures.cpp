@@ -16,6 +16,8 @@ bool IsSame(const PictureSize& one, const PictureSize& other) {
 
 }  // namespace
 
+// A folder without a manifest has none. Lines of pictures that are gone are found out when one is
+// read.
 void FinishedPictures::LookIn(const std::string& folder) {
   const std::string path = folder + "/" + pictures::kManifestName;
   if (session_.Files().Kind(path) != engine::FileKind::File) return;
@@ -28,6 +30,8 @@ void FinishedPictures::LookIn(const std::string& folder) {
   }
 }
 
+// Of those made from the same, the smallest that is large enough: it costs the least to read.
+// Shapes must fit to the pixel, or the picture would be squeezed.
 std::optional<engine::Image> FinishedPictures::Find(const PictureRecord& wanted,
                                                     const std::vector<std::string>& settings,
                                                     const PictureSize& size) {
@@ -48,6 +52,8 @@ std::optional<engine::Image> FinishedPictures::Find(const PictureRecord& wanted,
   return std::nullopt;
 }
 
+// The manifest may be older than the file: the record in the file itself decides, and its mark says
+// that nobody changed it.
 std::optional<engine::Image> FinishedPictures::Read(const pictures::ManifestLine& line) {
   if (session_.Files().Kind(line.picture) != engine::FileKind::File) return std::nullopt;
   const auto bytes = session_.Files().ReadFile(line.picture, engine::kLargestImageBytes);

@@ -17,7 +17,8 @@ using host::LONG;
 
 namespace {
 
-// All points of meshes in the world that are numbers.
+// All points of meshes in the world that are numbers. Points that are no numbers would make
+// everything else vanish in the picture.
 std::vector<engine::Vec> PointsOf(const BaseDocument& doc) {
   std::vector<engine::Vec> points;
   for (BaseObject* object = doc.GetFirstObject(); object; object = engine::NextInTree(object)) {
@@ -34,6 +35,7 @@ std::vector<engine::Vec> PointsOf(const BaseDocument& doc) {
 
 }  // namespace
 
+// By the shape of the picture that the render settings ask for.
 engine::PictureCamera FramingView(const BaseDocument& doc, double turn) {
   const host::BaseContainer& settings = *doc.GetActiveRenderData()->GetDataInstance();
   const double width = std::max<LONG>(1, settings.GetLong(host::RDATA_XRES));

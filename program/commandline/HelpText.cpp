@@ -1,3 +1,6 @@
+// One declaration of the verbs feeds three texts: help on the screen, the manual page (roff,
+// man(7)), and the tables that the completion of the shell reads. Everything is taken from the
+// library's options; the values that a check allows stand in its type name as "WORD:{A,B}".
 #include "program/commandline/HelpText.h"
 
 #include <CLI/CLI.hpp>
@@ -10,6 +13,7 @@ namespace commandline {
 
 namespace {
 
+// Where descriptions begin.
 constexpr std::size_t kColumn = 26;
 
 // The word for an option's value, as "DIR"; empty for a flag. The checks behind it are left to the
@@ -28,6 +32,8 @@ std::string Place(const CLI::Option& positional) {
   return positional.get_name() + (positional.get_expected_max() > 1 ? "..." : "");
 }
 
+// Overrides what the library would print otherwise: types of values, numbers of arguments,
+// wrapping.
 class HelpFormat : public CLI::Formatter {
  public:
   explicit HelpFormat(std::size_t width);
@@ -125,6 +131,7 @@ std::string Plain(const std::string& text) {
   return plain;
 }
 
+// The first two characters, a comma and a blank, are left out.
 std::string OptionNames(const CLI::Option& option) {
   std::string names;
   for (const std::string& name : option.get_snames()) names += ", \\fB\\-" + name + "\\fR";
@@ -193,11 +200,14 @@ std::string AllowedValues(const CLI::Option& option) {
   return values;
 }
 
+// A line of bash; keys and values have no quotes in them.
 void Assign(std::ostream& out, const std::string& table, const std::string& key,
             const std::string& value) {
   out << "_stagemarks_" << table << "['" << key << "']='" << value << "'\n";
 }
 
+// Per verb: options, places of plain words, and for options with a value its word and what is
+// allowed.
 void TablesOfVerb(std::ostream& out, const CLI::App& verb) {
   std::string all;
   for (const CLI::Option* option : NamedOptions(verb)) {

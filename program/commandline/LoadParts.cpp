@@ -41,6 +41,8 @@ std::vector<std::string> WordsToLoad(Session& session, const PartChoice& choice)
   return pictures::WordsToLoad(session.Dialog(), choice);
 }
 
+// Only of parts that are off in the options, not of those that were left out on purpose, and only
+// where the Stagemark holds something of them.
 std::string LeftAloneText(Session& session, const PartChoice& choice,
                           const host::BaseContainer& record) {
   if (!choice.parts.empty()) return "";

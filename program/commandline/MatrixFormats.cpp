@@ -1,3 +1,6 @@
+// One matrix in four forms: lines for a terminal, CSV for spreadsheets (RFC 4180), a page, JSON.
+// All but the lines are streamed row by row, as matrices of large scenes are larger than what one
+// wants in memory twice; a reader that has had enough ends them.
 #include "program/commandline/MatrixFormats.h"
 
 #include <algorithm>
@@ -34,7 +37,9 @@ struct TextLine {
 };
 
 // The fields in which the states that hold the element of a row differ, a line each; one line where
-// they agree.
+// they agree. A field that one state does not mention counts as empty there. "Changed" compares
+// with the nearest state before that holds the element, since a state that does not hold it changes
+// nothing.
 class RowLines {
  public:
   RowLines(const host::BaseDocument& doc, const StateMatrix& matrix, std::size_t row)
@@ -101,6 +106,8 @@ class RowLines {
 };
 
 // The matrix as lines: columns as wide as they have to be, side by side as many as have room.
+// States that do not fit side by side follow in blocks below each other, each with the names of the
+// elements. All lines are made first, because the widths depend on all of them.
 class TextTable {
  public:
   TextTable(const host::BaseDocument& doc, const StateMatrix& matrix, bool whole, Report& report)
@@ -137,6 +144,7 @@ class TextTable {
     return whole_ ? text : engine::Shortened(text, kWidestCell);
   }
 
+  // An element that no state knows has no cells, only a remark.
   bool IsKnown(const TextLine& line) const { return matrix_.Rows()[line.row].knownBy > 0; }
 
   void Measure() {
@@ -207,6 +215,7 @@ class TextTable {
   std::vector<std::size_t> widths_;  // of the states
 };
 
+// RFC 4180, section 2: quotes around what holds a separator, doubled within.
 std::string CsvField(const std::string& text) {
   if (text.find_first_of("\",\r\n") == std::string::npos) return text;
   std::string quoted = "\"";
@@ -214,6 +223,7 @@ std::string CsvField(const std::string& text) {
   return quoted + "\"";
 }
 
+// The states in which the row is other than in the one before.
 std::string ChangedIn(const StateMatrix& matrix, std::size_t row) {
   std::string names;
   for (std::size_t state = 0; state < matrix.States().size(); ++state) {
@@ -264,6 +274,7 @@ void PrintPageRow(const host::BaseDocument& doc, const StateMatrix& matrix, std:
   std::cout << "</tr>\n";
 }
 
+// Null where the state does not hold the element, which no value is equal to.
 JsonValue CellValue(const host::BaseDocument& doc, const StateMatrix& matrix, std::size_t row,
                     std::size_t state, host::LONG type) {
   if (!matrix.Holds(row, state)) return {};

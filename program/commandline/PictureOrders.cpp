@@ -23,6 +23,8 @@ void AddPictureOrder(Verb verb, PictureOrder& order, std::string& pattern) {
       .Word("FROM:TO");
 }
 
+// Before the first pixel. With --strict a scene with findings is left alone, since a night of wrong
+// pictures costs more than none.
 int CheckPictures(Session& session, PicturePlan& plan, Report& report) {
   const Program& program = session.GetProgram();
   if (const int status = session.CheckTextures(report); status != kDone) return status;

@@ -1,3 +1,6 @@
+// One file with style and script in it; pictures lie beside it in a folder. Names are data
+// everywhere: escaped as text, percent-encoded in addresses, and read by the script from
+// attributes.
 #include "program/commandline/PicturePage.h"
 
 #include <cctype>
@@ -97,7 +100,8 @@ find.addEventListener('input', update);
 sort.addEventListener('change', update);
 )js";
 
-// "month/day/year hour:minute" as text whose order is that of time.
+// "month/day/year hour:minute" as text whose order is that of time. The first ten characters are
+// month/day/year.
 std::string Sortable(const std::string& date) {
   const std::size_t blank = date.find(' ');
   if (blank == std::string::npos || blank < 6) return date;
@@ -121,6 +125,7 @@ std::string EntryText(const PageEntry& entry, std::size_t at) {
 
 }  // namespace
 
+// RFC 3986, section 2.3, but for "~"; slashes stay.
 std::string Address(const std::string& file) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string address;

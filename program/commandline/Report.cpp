@@ -1,3 +1,7 @@
+// A verb puts its result into a report twice, as lines and as JSON, and one of them is printed at
+// the end. Long lists are streams that are only run when they are printed. StandardOutput stands
+// behind std::cout and remembers the first error, so that a full disk or a closed pipe becomes an
+// exit status instead of lost lines.
 #include "program/commandline/Report.h"
 
 #include <fcntl.h>
@@ -16,6 +20,7 @@ namespace {
 
 using nlohmann::json;
 
+// Bytes that are no UTF-8 become U+FFFD: JSON knows none.
 std::string Printed(const json& value, int indent) {
   return value.dump(indent, ' ', false, json::error_handler_t::replace);
 }
@@ -46,6 +51,9 @@ void PrintList(const JsonStream& stream) {
   std::cout << (isEmpty ? "[]" : "\n  ]");
 }
 
+// A program may be started with standard streams closed; the next file that is opened would get
+// their number and be written to as output. The ends are opened the wrong way round, so that using
+// them is still an error.
 void OpenClosedStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(stream, F_GETFD) >= 0) continue;
@@ -108,6 +116,7 @@ void Report::Append(const char* key, const JsonMembers& members) {
   (*json_)[key].push_back(JsonOf(members));
 }
 
+// The key keeps its place among the others; the stream must not outlive what it refers to.
 void Report::PutStream(const char* key, JsonStream stream) {
   (*json_)[key] = nullptr;
   streams_[key] = std::move(stream);
@@ -145,12 +154,14 @@ StandardOutput::~StandardOutput() {
   std::cout.rdbuf(former_);
 }
 
+// close tells of what the system has put off, on a network disk, say.
 int StandardOutput::Finish() {
   (void)Flush();
   if (close(STDOUT_FILENO) != 0 && errno != EINTR && error_ == 0) error_ = errno;
   return error_;
 }
 
+// After the first error everything is dropped and the work goes on.
 bool StandardOutput::Flush() {
   const char* next = pbase();
   while (error_ == 0 && next < pptr()) {
@@ -162,6 +173,7 @@ bool StandardOutput::Flush() {
   return error_ == 0;
 }
 
+// The buffer is full: it is written, then the letter goes into the empty one.
 StandardOutput::int_type StandardOutput::overflow(int_type letter) {
   if (!Flush()) return traits_type::eof();
   if (traits_type::eq_int_type(letter, traits_type::eof())) return traits_type::not_eof(letter);
@@ -180,6 +192,7 @@ std::streamsize StandardOutput::xsputn(const char* text, std::streamsize count) 
 
 int StandardOutput::sync() { return Flush() ? 0 : -1; }
 
+// For completion a few hundred are enough; the shell asks again with more letters.
 void PrintNames(const std::vector<std::string>& names, const std::string& begin) {
   constexpr std::size_t kMostOffered = 500;
   const bool forPerson = isatty(STDOUT_FILENO) != 0;
@@ -191,6 +204,7 @@ void PrintNames(const std::vector<std::string>& names, const std::string& begin)
   }
 }
 
+// The way through JSON does exactly this, for all outputs alike.
 std::string ValidUtf8(const std::string& text) {
   return json::parse(Printed(json(text), -1)).get<std::string>();
 }

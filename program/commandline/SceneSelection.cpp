@@ -34,6 +34,7 @@ bool IsOfType(const BaseTag& tag, const std::string& type) {
   return named || std::to_string(tag.GetType()) == type;
 }
 
+// For the message, so that a person sees what he could have typed.
 std::string TypesOn(const Objects& objects) {
   std::set<std::string> types;
   for (const BaseObject* object : objects) {
@@ -66,6 +67,7 @@ std::size_t SelectedLayers(const host::BaseDocument& doc) {
 
 }  // namespace
 
+// All or none: the first name that means nothing is refused.
 int FindAllObjects(Session& session, const std::vector<std::string>& typed, Objects& found) {
   for (const std::string& pattern : typed) {
     const auto some = FindObjects(session.Document(), pattern);
@@ -75,6 +77,8 @@ int FindAllObjects(Session& session, const std::vector<std::string>& typed, Obje
   return kDone;
 }
 
+// Nothing typed leaves the selection of the scene, as at the desktop. What is counted are the
+// selected ones as the plug-in will see them.
 int SelectObjects(Session& session, const std::vector<std::string>& typed, std::string& selected) {
   host::BaseDocument& doc = session.Document();
   Objects objects;
@@ -87,6 +91,7 @@ int SelectObjects(Session& session, const std::vector<std::string>& typed, std::
   return selection->GetCount() > 0 ? kDone : NothingSelected(session, "object");
 }
 
+// Each type must be there on one of the objects at least, or it was mistyped.
 int SelectTags(Session& session, const std::vector<std::string>& typed,
                const std::vector<std::string>& types, std::string& selected) {
   host::BaseDocument& doc = session.Document();

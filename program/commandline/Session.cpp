@@ -1,3 +1,7 @@
+// A verb's way: StartWithScene (target checked, plug-in loaded, scene locked and opened), the
+// verb's own work through the dialog, Keep (scene written where it was asked for, files beside it
+// carried out, result printed, ledger read for the exit status). What can be refused is refused
+// before anything is done.
 #include "program/commandline/Session.h"
 
 #include <algorithm>
@@ -63,6 +67,7 @@ OpenScene::OpenScene(Terminal& terminal, bool allowOutside)
   application = std::make_unique<engine::Application>(services, setup);
 }
 
+// Several verbs in one run (`run`) share an open scene.
 Session::Session(Program& program)
     : program_(program),
       open_(program.open ? program.open
@@ -70,6 +75,7 @@ Session::Session(Program& program)
 
 int Session::Start() { return LoadPlugin(); }
 
+// The plug-in's command opens its dialog, which is what everything else presses (decision 5).
 int Session::LoadPlugin() {
   const std::string path = engine::PluginFolder() + "/" + kPlugin + "/" + kPlugin + ".so";
   const engine::LoadReport report = open_->application->LoadPlugin(path);
@@ -98,7 +104,8 @@ int Session::StartWithScene() {
 }
 
 // Locks the scene from reading to writing: changes that somebody else writes in between would be
-// lost. Without --write only where -o names the scene itself.
+// lost. Without --write only where -o names the scene itself. Tried at once first, so that only a
+// real wait is announced.
 int Session::LockScene() {
   const std::string scene = AbsolutePath(program_.scene);
   std::error_code error;
@@ -128,6 +135,8 @@ int Session::LockScene() {
   return kFailed;
 }
 
+// States that came in with the file are recorded by the dialog; without one they wait in the
+// document (decision 59).
 int Session::Open(const std::string& path) {
   const std::string absolute = AbsolutePath(path);
   open_->importNotes.clear();
@@ -152,6 +161,7 @@ int Session::Open(const std::string& path) {
   return Terminal::Interrupted() ? kInterrupted : kDone;
 }
 
+// JSON begins with a brace, a scene never does; the name of the file says nothing.
 bool Session::IsStatesText(const std::string& path) {
   if (engine::IsImportable(path)) return false;
   constexpr std::uint64_t kFirstBytes = 64;
@@ -163,6 +173,7 @@ bool Session::IsStatesText(const std::string& path) {
   return first != std::string::npos && begin.Value()[first] == '{';
 }
 
+// Without a path, so that nothing is looked for beside the text.
 int Session::OpenStatesText(const std::string& path) {
   const std::string absolute = AbsolutePath(path);
   const auto text = open_->files.ReadFile(absolute);
@@ -214,6 +225,8 @@ int Session::RefuseUnrecorded(const std::string& name) {
   return kFailed;
 }
 
+// By name, as the list has them; with none typed those without a record are passed over, named ones
+// are refused.
 int Session::ReadMarks(const std::vector<std::string>& typed,
                        std::vector<engine::StoredState>& states) {
   std::vector<std::string> names;
@@ -257,6 +270,7 @@ int Session::Check(const std::vector<std::string>& typed) {
   return checked ? kDone : kFailed;
 }
 
+// Told here once for all, so that pictures need not repeat it.
 int Session::CheckTextures(Report& report) {
   const std::vector<std::string> missing = engine::MissingTextures(open_->files, Document());
   open_->texturesChecked = true;
@@ -274,7 +288,7 @@ void Session::HoldSideFiles() {
       Stem((doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8()));
 }
 
-// Asked before anything is done.
+// Asked before anything is done. Suffix and standard output first: they need no look at the disk.
 int Session::CheckTarget() {
   const bool inPlace = program_.write && program_.output.empty();
   const std::string& target = inPlace ? program_.scene : program_.output;
@@ -296,6 +310,7 @@ int Session::CheckTarget() {
   return CheckMakers({Target()}, program_.verbName);
 }
 
+// CheckWay refuses a link behind what the person has named (decision 68).
 int Session::CheckReplacing(const std::vector<std::string>& paths, const std::string& maker) {
   for (const std::string& path : paths) {
     const engine::Status way = open_->files.CheckWay(path);
@@ -320,11 +335,13 @@ int Session::CheckMakers(const std::vector<std::string>& paths, const std::strin
   return kFailed;
 }
 
+// Empty: nothing is kept.
 std::string Session::Target() const {
   if (!program_.output.empty()) return AbsolutePath(program_.output);
   return program_.write ? AbsolutePath(program_.scene) : "";
 }
 
+// Inside of `run` the scene is kept at the end of all verbs, not after each.
 int Session::Keep(Report& report) {
   if (program_.open) {
     report.Print(program_);
@@ -356,6 +373,9 @@ engine::Status Session::CheckAgain(const std::string& target, std::size_t refuse
              : engine::Status::Failure("\"" + target + "\" was made by somebody else meanwhile.");
 }
 
+// With --force the questions of the plug-in on the way are answered with yes. A scene without
+// Stagemarks gets the mark of the verb that made it; one with them is a person's work (decision
+// 14).
 int Session::Write(const std::string& target, Report& report) {
   const std::size_t refused = program_.terminal.Refused();
   if (program_.force) {
@@ -384,6 +404,7 @@ int Session::Write(const std::string& target, Report& report) {
   return CheckLedger();
 }
 
+// From the beginning of the run on: what failed anywhere decides the exit status.
 int Session::CheckLedger() {
   const std::vector<std::string> failures =
       outcome::Sentences(outcome::FailuresThatMatter(open_->services, 0));

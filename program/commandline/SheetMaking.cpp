@@ -1,3 +1,6 @@
+// A sheet is made in steps, each of which may end it: which states, names, may they be written,
+// folders, sizes and records (each state is recalled for that), the layout, then the pictures. A
+// picture is taken from a former run, from finished renders, or rendered.
 #include "program/commandline/SheetMaking.h"
 
 #include <algorithm>
@@ -10,6 +13,7 @@ namespace commandline {
 
 namespace {
 
+// A page shows one picture large at a time.
 constexpr PictureSize kPageBox{960, 720};
 constexpr const char* kPageFile = "index.html";
 constexpr const char* kPictureFolder = "pictures";
@@ -55,6 +59,7 @@ int SheetMaking::Choose() {
   return pictures_.Choose(order_.states);
 }
 
+// Names are given before anything is measured: they decide what must not be overwritten.
 int SheetMaking::NamePictures() {
   kept_ = KeptFolder(order_);
   for (const Mark& state : pictures_.States()) {
@@ -66,6 +71,7 @@ int SheetMaking::NamePictures() {
   return kDone;
 }
 
+// Sheet and page have makers of their own, so that neither replaces the other's files.
 int SheetMaking::CheckPlaces() {
   if (!order_.folder.empty()) session_.Files().Follow(order_.folder);
   if (!order_.sheet.empty()) {
@@ -90,12 +96,14 @@ int SheetMaking::MakeFolders() {
   return kDone;
 }
 
+// Pictures that are there already are never enlarged.
 PictureSize SheetMaking::Fitted(const Planned& planned, const PictureSize& box) const {
   if (order_.made.empty()) return FittedInto(planned.own, box);
   return FittedInto(planned.own, {std::min(box.width, planned.own.width),
                                   std::min(box.height, planned.own.height)});
 }
 
+// Finished pictures of both kinds fit; one made here is a PNG file.
 int SheetMaking::MeasureStates() {
   const pictures::SceneHashes hashes(session_.Document(), session_.Files());
   settings_ = {SettingsHash(PictureKind::Png), SettingsHash(PictureKind::Tiff)};
@@ -112,6 +120,8 @@ int SheetMaking::MeasureStates() {
   return kDone;
 }
 
+// A sheet whose cells would be larger than the pictures that are there is laid out once more, with
+// those as its cells.
 int SheetMaking::LayOut() {
   std::vector<PictureSize> sizes;
   PictureSize largest{0, 0};
@@ -153,6 +163,7 @@ int SheetMaking::MakeAll() {
   return kDone;
 }
 
+// The page takes the picture as it is, the sheet a smaller one.
 int SheetMaking::MakeOne(std::size_t index) {
   Mark state = pictures_.States()[index];
   if (pictures_.AsItIs()) state.name = pictures::kAsItIs;
@@ -192,6 +203,7 @@ int SheetMaking::Obtain(std::size_t index, const std::string& name, engine::Imag
              : pictures_.Save(*picture, planned.file, kPage, &planned.record);
 }
 
+// Made here, unchanged since, and from the same: anything else is made anew.
 bool SheetMaking::TakeKept(const Planned& planned, engine::Image* picture) {
   engine::FileSystem& files = session_.Files();
   if (planned.file.empty() || files.Kind(planned.file) != engine::FileKind::File) return false;
@@ -215,6 +227,7 @@ std::string SheetMaking::FreeName(const std::string& name) {
   return free;
 }
 
+// Sheet and page go last: where they are, all that they show is there.
 int SheetMaking::Write(Report& report) {
   report.Put("states", pictures_.AsItIs() ? 0 : plan_.size());
   report.Put("finishedPictures", taken_);

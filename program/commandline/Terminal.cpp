@@ -1,3 +1,6 @@
+// Results go to standard output, everything else to standard error, each message one line or one
+// JSON object (decision 66). Progress is one line that is drawn over itself, on a terminal only;
+// elsewhere ten steps of a long work are lines.
 #include "program/commandline/Terminal.h"
 
 #include <poll.h>
@@ -17,17 +20,21 @@ namespace commandline {
 
 namespace {
 
+// Letters of one word, say a name or path, in a message; and the width where nobody knows it.
 constexpr std::size_t kLongestWord = 400;
 constexpr std::size_t kUsualColumns = 100;
 
 volatile std::sig_atomic_t stopSignal = 0;
 
+// The second one ends the program at once: the first may be heard late. 128 + signal is what shells
+// expect.
 void OnStop(int signal) {
   if (stopSignal) std::_Exit(128 + signal);
   stopSignal = signal;
 }
 
-// Waiting for a word typed ends at Ctrl-C, all other waiting goes on.
+// Waiting for a word typed ends at Ctrl-C, all other waiting goes on. A signal that was ignored at
+// the start stays so: `nohup` relies on it.
 void CatchInterruptsWith(int flags) {
   struct sigaction action {};
   action.sa_handler = OnStop;
@@ -41,6 +48,7 @@ void CatchInterruptsWith(int flags) {
 
 bool CanAsk() { return isatty(STDIN_FILENO) && isatty(STDERR_FILENO); }
 
+// https://no-color.org
 bool UsesColor() {
   const char* off = std::getenv("NO_COLOR");
   return isatty(STDOUT_FILENO) && !(off && *off);
@@ -70,6 +78,7 @@ void Terminal::CatchInterrupts() {
 
 int Terminal::StopSignal() { return stopSignal; }
 
+// Bound, because long lines of text are hard to read; tables may use all of it.
 std::size_t Terminal::Columns() {
   return std::clamp<std::size_t>(ColumnsForTable(), 60, kUsualColumns);
 }
@@ -80,6 +89,7 @@ std::size_t Terminal::ColumnsForTable() {
   return known ? std::max<std::size_t>(size.ws_col, 60) : kUsualColumns;
 }
 
+// A plug-in may say the same for each of a hundred Stagemarks: once in a row is enough.
 void Terminal::Tell(const std::string& text) {
   EndProgressLine();
   const bool isSaid = !told_.empty() && told_.back() == text;
@@ -87,6 +97,7 @@ void Terminal::Tell(const std::string& text) {
   if (!choices_.quiet && !isSaid) PrintMessage(choices_.json, "message", text);
 }
 
+// No where nobody can answer: what plug-ins ask about is deleting and overwriting.
 bool Terminal::Ask(const std::string& text) {
   EndProgressLine();
   if (choices_.yes) {
@@ -112,6 +123,7 @@ bool Terminal::WaitForLine() {
   return false;
 }
 
+// Without SA_RESTART, so that Ctrl-C ends the reading.
 bool Terminal::AskHere(const std::string& text) {
   std::cerr << Readable(text) << " [y/N] " << std::flush;
   CatchInterruptsWith(0);
@@ -134,6 +146,7 @@ void Terminal::ShowStatus(const std::string& text) {
 
 void Terminal::ClearStatus() {}
 
+// Called by any thread of a render; each percent is printed by one of them.
 bool Terminal::Progress(double fraction, const std::string& what) {
   const int percent = static_cast<int>(fraction * 100);
   if (!choices_.quiet && !choices_.json && isatty(STDERR_FILENO) &&
@@ -144,6 +157,7 @@ bool Terminal::Progress(double fraction, const std::string& what) {
   return !Interrupted();
 }
 
+// So that a log of a night has ten lines and not ten thousand.
 void Terminal::Step(std::size_t done, std::size_t count, const std::string& what) {
   if (choices_.quiet || isatty(STDERR_FILENO) || count < 2 || done == 0) return;
   const std::size_t tenths = std::min<std::size_t>(10, count);
@@ -172,6 +186,7 @@ void Terminal::Error(const std::string& text) {
   PrintMessage(choices_.json, "error", text);
 }
 
+// By words, so that line breaks stay and one long name does not hide the rest.
 std::string Readable(const std::string& message) {
   std::string readable;
   for (std::size_t start = 0; start <= message.size();) {
@@ -184,6 +199,8 @@ std::string Readable(const std::string& message) {
   return readable;
 }
 
+// By bytes: exact for help texts, which are ASCII, and on the safe side for others. A word longer
+// than the line has one of its own.
 std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
   std::vector<std::string> lines{""};
   for (std::size_t start = 0; start < text.size();) {

@@ -30,6 +30,7 @@ void AddGroup(Arguments& arguments, Program& program, const char* title,
 
 }  // namespace
 
+// The order of help and manual page.
 void AddVerbs(Arguments& arguments, Program& program) {
   AddGroup(arguments, program, "Scenes", {AddNew, AddImport, AddInfo, AddSet, AddRun, AddRestore});
   AddGroup(arguments, program, "Elements of a scene", {AddElementVerbs});
@@ -74,6 +75,7 @@ bool IsForProgram(int count, char** words) {
   return std::find(words + 1, end, std::string_view("--json")) != end;
 }
 
+// --json is looked for before anything is read, so that faults of the reading come as JSON, too.
 int Run(int count, char** words) {
   Program program;
   program.json = IsForProgram(count, words);
@@ -107,6 +109,8 @@ int EndOutput(StandardOutput& output, int status, bool forProgram) {
   return status == kDone ? kFailed : status;
 }
 
+// Children first, before anything is set up that they have no need of. The child that shows states
+// decodes pictures by another one, as this program itself does.
 int RunAndPrint(int count, char** words) {
   if (IsImportWorker(count, words)) return engine::RunImportWorker(words[2], std::atoi(words[3]));
   if (IsImageDecoder(count, words)) return engine::RunImageDecoder(std::atoi(words[2]));

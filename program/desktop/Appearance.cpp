@@ -1,3 +1,6 @@
+// Which look the system wants is asked of its settings portal over D-Bus (XDG Desktop Portal,
+// interface org.freedesktop.portal.Settings). Nothing waits for the answer: until it comes, and
+// where there is no such service, the look of the last run holds (decision 24).
 #include "program/desktop/Appearance.h"
 
 #include <QDBusConnection>
@@ -28,12 +31,15 @@ bool HasBus() {
 
 }  // namespace
 
+// 0 is "no preference"; numbers that are not known count as that.
 std::optional<bool> SystemAppearance::IsLight(uint scheme) {
   constexpr uint kDark = 1;
   constexpr uint kLight = 2;
   return scheme == kDark || scheme == kLight ? std::optional(scheme == kLight) : std::nullopt;
 }
 
+// Asked again whenever the program comes to the front, since most systems change their look in
+// another window.
 SystemAppearance::SystemAppearance(std::function<void(bool light)> told) : told_(std::move(told)) {
   if (!HasBus() || !QDBusConnection::sessionBus().isConnected()) return;
   connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
@@ -45,6 +51,7 @@ SystemAppearance::SystemAppearance(std::function<void(bool light)> told) : told_
 
 void SystemAppearance::Ask() {
   QDBusMessage question = QDBusMessage::createMethodCall(kService, kPath, kInterface, "Read");
+  // Read is the older of two methods, which wraps its value once more; every portal has it.
   question << kGroup << kKey;
   auto* answer =
       new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
@@ -61,6 +68,7 @@ void SystemAppearance::Ask() {
 
 namespace {
 
+// Keys of the settings file. The names below stand in it, in the order of AppearanceMenu::Wanted.
 constexpr const char* kWanted = "window/look";
 constexpr const char* kOfSystem = "window/system-look";
 constexpr const char* kNames[] = {"system", "dark", "light"};
@@ -94,6 +102,7 @@ void AppearanceMenu::Add(QMenu& menu, const QString& text, Wanted wanted) {
   action->setChecked(wanted == wanted_);
 }
 
+// Kept, so that the next start begins in this look instead of changing in front of the person.
 void AppearanceMenu::SystemPrefers(bool light) {
   if (light == systemIsLight_) return;
   systemIsLight_ = light;

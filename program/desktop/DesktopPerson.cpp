@@ -1,3 +1,6 @@
+// Boxes and progress for work that is one call on the main thread. The box of long work comes up
+// after a moment of patience, from within the report of progress, and goes when a timer of 0 fires:
+// the event loop runs again only when the work has returned, said or not that it ended.
 #include "program/desktop/DesktopPerson.h"
 
 #include <QApplication>
@@ -16,7 +19,9 @@ namespace desktop {
 
 namespace {
 
+// 25 times a second looks steady.
 constexpr int kMillisecondsBetweenShows = 40;
+// ProgressDialog shows a busy bar for it.
 constexpr double kUnknownShare = -1;
 constexpr int kNarrowestBox = 340;
 constexpr int kLongestAbout = 200;
@@ -27,6 +32,8 @@ bool SaysItWarns(const std::string& text) {
   return kFirstWords.match(ToQt(text)).hasMatch();
 }
 
+// Plain text: what a plug-in or a scene says is never taken for markup. `about` is cut, since it
+// may hold a name of any length.
 int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text,
             QMessageBox::StandardButtons buttons, QMessageBox::StandardButton proposed,
             const QString& about = {}) {
@@ -44,10 +51,12 @@ int ShowBox(QWidget* window, QMessageBox::Icon icon, const std::string& text,
 
 }  // namespace
 
+// Viewers fail in a thread that waits for them, hence the queued call to this one.
 DesktopPerson::DesktopPerson() {
   over_.setSingleShot(true);
   over_.setInterval(0);
   QObject::connect(&over_, &QTimer::timeout, &over_, [this] {
+    // Fired by the events that are handled in the middle of the work: that is not its end.
     if (drawing_) return over_.start();
     EndProgress();
   });
@@ -61,6 +70,8 @@ DesktopPerson::DesktopPerson() {
 
 DesktopPerson::~DesktopPerson() { engine::ListenForFailedViewers({}); }
 
+// Whatever asks ends the progress first: a box that waits for a person is no work, and two modal
+// ones would stand in front of each other.
 void DesktopPerson::Tell(const std::string& text) {
   EndProgress();
   const NormalPointer pointer;
@@ -81,6 +92,7 @@ bool DesktopPerson::Ask(const std::string& text) {
                  QMessageBox::No, CallSubject::Present()) == QMessageBox::Yes;
 }
 
+// Refused by `choosing` is as if nothing was chosen: a plug-in knows no other answer.
 std::optional<std::string> DesktopPerson::ChooseFile(const engine::FileQuestion& question) {
   EndProgress();
   const NormalPointer pointer;
@@ -108,6 +120,8 @@ bool DesktopPerson::Writing(const std::string& path) {
   return Progress(kUnknownShare, "Writing " + path.substr(path.rfind('/') + 1));
 }
 
+// Told again while events are handled: the work beneath must go on. A stop is answered each time
+// from then on, until the work listens.
 bool DesktopPerson::ShowProgress(double fraction, const std::string& what) {
   if (drawing_) return true;
   if (!begun_.isValid()) {

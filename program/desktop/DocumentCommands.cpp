@@ -17,6 +17,7 @@ namespace desktop {
 namespace {
 
 constexpr const char* kRecentFiles = "recentFiles";
+// In letters and rows of a menu or a box.
 constexpr int kMostRecentFiles = 10;
 constexpr int kLongestFileName = 60;
 constexpr std::size_t kMostToldAtOnce = 5;
@@ -28,6 +29,7 @@ std::string PathOfDocument(const host::BaseDocument& doc) {
              : "";
 }
 
+// By the name: whatever else stands in such a file, saving writes our format there.
 bool IsOwnScene(const std::string& path) { return path.ends_with(kOwnSuffix); }
 
 // Beside the file that an imported document came from, else only a name.
@@ -45,6 +47,7 @@ std::string JoinedNotes(const std::string& path, const std::vector<std::string>&
   return text;
 }
 
+// Missing textures are counted now, when somebody can still fetch them, and not at the render.
 std::string Opened(engine::FileSystem& files, const std::string& path,
                    const host::BaseDocument& doc, const std::vector<std::string>& states) {
   std::string opened =
@@ -96,6 +99,7 @@ bool DocumentCommands::Open(const std::string& path) {
   return opened.Ok();
 }
 
+// One box for all: twenty files that cannot be opened are not twenty boxes.
 void DocumentCommands::OpenAll(const std::vector<std::string>& paths) {
   std::size_t failed = 0;
   std::string messages;
@@ -109,6 +113,8 @@ void DocumentCommands::OpenAll(const std::vector<std::string>& paths) {
   if (failed > 0) person_.Warn(messages);
 }
 
+// The document is shown before its states are recorded, because the plug-in records the active one.
+// Notes come last, in a box, when everything stands.
 engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   std::vector<std::string> notes;
   const auto opened = application_.OpenDocument(path, &notes);
@@ -130,6 +136,8 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   return {};
 }
 
+// Path and name are those that it had, so that textures and previews are found; its first saving
+// asks, because the file there may be newer than the copy.
 engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::string& kept,
                                                                     const std::string& path) {
   auto opened = application_.OpenDocument(kept);
@@ -146,6 +154,7 @@ engine::Result<host::BaseDocument*> DocumentCommands::OpenRecovered(const std::s
   return opened;
 }
 
+// Only when there are these two: whoever made another empty scene meant it.
 void DocumentCommands::DropUntouched(host::BaseDocument* opened) {
   const auto documents = application_.Documents();
   if (documents.size() != 2) return;
@@ -160,7 +169,9 @@ bool DocumentCommands::Save(host::BaseDocument& doc) {
 }
 
 // The file may change also while a question stands there, or while this waits for another program
-// that writes it.
+// that writes it. A loop, since the file may change again while its question stands there. The
+// stamp from before the question decides: KeepMine overwrites the version that the person was asked
+// about and no later one. The document may be closed meanwhile, hence the identity.
 bool DocumentCommands::Write(host::BaseDocument& doc, const std::string& path) {
   const host::ULLONG id = IdentityOf(&doc);
   for (;;) {
@@ -190,6 +201,7 @@ engine::Status DocumentCommands::WriteOnce(host::BaseDocument& doc, const std::s
   return saved;
 }
 
+// Opened before the old one goes: a file that cannot be read takes nothing away.
 void DocumentCommands::Reload(host::BaseDocument& doc) {
   const auto opened = application_.OpenDocument(PathOfDocument(doc));
   if (!opened) return person_.Warn(opened.Message());
@@ -204,6 +216,7 @@ bool DocumentCommands::HasPrevious(const host::BaseDocument& doc) const {
          !application_.FormerVersionOf(path).empty();
 }
 
+// The stamp's time is in nanoseconds since 1970.
 void DocumentCommands::RevertToPrevious(host::BaseDocument& doc) {
   const host::ULLONG id = IdentityOf(&doc);
   const std::string path = PathOfDocument(doc);
@@ -240,6 +253,8 @@ void DocumentCommands::KeepPrevious(engine::FormerPlace place) {
   if (!kept) person_.Warn("The choice was not kept. " + kept.Message());
 }
 
+// Told once for each stamp of the file; what was answered "later" is not asked again until it
+// changes again.
 void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
   const host::ULLONG id = IdentityOf(&doc);
   // A document that still needs a place to be saved was not read from the file at its path.
@@ -270,6 +285,7 @@ void DocumentCommands::LookAtFile(host::BaseDocument& doc) {
   doc.SetChanged();
 }
 
+// The path is asked of the document again: reloading in the middle gives up the new place.
 bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
   const auto path = ChooseFile(window_,
                                {host::FILESELECTTYPE_ANYTHING, host::FILESELECT_SAVE,
@@ -285,6 +301,7 @@ bool DocumentCommands::SaveAs(host::BaseDocument& doc) {
   return saved;
 }
 
+// The panels are made for a document: the last one makes room for an empty one.
 bool DocumentCommands::Close(host::BaseDocument& doc) {
   if (!MayClose(doc)) return false;
   host::KillDocument(&doc);
@@ -314,6 +331,7 @@ bool DocumentCommands::MayClose(host::BaseDocument& doc) {
 
 QStringList DocumentCommands::RecentFiles() const { return settings_.Texts(kRecentFiles); }
 
+// Newest first, each once. A list that cannot be kept is no reason for a box.
 void DocumentCommands::Remember(const std::string& path) {
   QStringList files = RecentFiles();
   files.removeAll(ToQt(path));

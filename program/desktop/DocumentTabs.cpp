@@ -14,6 +14,7 @@ QString TextOf(const host::BaseDocument& doc) {
 
 }  // namespace
 
+// Without focus: a click on a tab leaves the keys where they were.
 DocumentTabs::DocumentTabs(engine::Application& application, DocumentCommands& commands,
                            QWidget* parent)
     : QTabBar(parent), application_(application), commands_(commands) {
@@ -26,6 +27,7 @@ DocumentTabs::DocumentTabs(engine::Application& application, DocumentCommands& c
   connect(this, &QTabBar::tabCloseRequested, this, [this](int tab) { CloseTab(tab); });
 }
 
+// `showing_` tells the bar's own signals, of tabs that are set here, from those of a person.
 void DocumentTabs::Follow(host::BaseDocument* doc) {
   std::vector<Tab> tabs;
   for (const host::BaseDocument* open : application_.Documents())
@@ -38,6 +40,7 @@ void DocumentTabs::Follow(host::BaseDocument* doc) {
   showing_ = false;
 }
 
+// Tabs are renamed rather than made anew, so that one that is being pressed stays under the mouse.
 void DocumentTabs::Show(const std::vector<Tab>& tabs) {
   tabs_ = tabs;
   const int wanted = static_cast<int>(tabs.size());
@@ -47,6 +50,7 @@ void DocumentTabs::Show(const std::vector<Tab>& tabs) {
   setVisible(wanted > 1);
 }
 
+// Round at both ends; `steps` may be negative.
 void DocumentTabs::Turn(int steps) {
   if (count() > 1) setCurrentIndex(((currentIndex() + steps) % count() + count()) % count());
 }

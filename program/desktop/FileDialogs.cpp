@@ -14,6 +14,7 @@ namespace desktop {
 
 namespace {
 
+// A folder is opened; of a file its folder is, and its name stands in the field.
 void ShowProposal(QFileDialog& dialog, const std::string& proposal) {
   if (proposal.empty()) return;
   const QFileInfo proposed(ToQt(proposal));
@@ -21,7 +22,9 @@ void ShowProposal(QFileDialog& dialog, const std::string& proposal) {
   if (!proposed.isDir()) dialog.selectFile(proposed.fileName());
 }
 
-// Takes also the name of a folder that is not there yet, and makes it.
+// Takes also the name of a folder that is not there yet, and makes it. The widgets in it are found
+// by the names that the toolkit gives them. Where it has none of these (the system's own chooser)
+// it is as any other.
 class Chooser : public QFileDialog {
  public:
   Chooser(QWidget* parent, const QString& title, engine::FileSystem* files)
@@ -44,6 +47,8 @@ class Chooser : public QFileDialog {
   }
 
  private:
+  // False keeps the chooser open, after the reason was shown. One folder is made and no parents: a
+  // typing error in the middle of a path shall not become folders.
   bool MakeTyped() {
     const auto* field = findChild<QLineEdit*>("fileNameEdit");
     const QString typed = field ? field->text() : QString();
@@ -101,6 +106,8 @@ QString Explanation(bool hasOwnChanges, bool saves) {
 
 }  // namespace
 
+// Enter loses nothing: with changes of one's own it saves under another name, without any
+// it reloads. Escape decides nothing.
 ChangedFileAnswer AskAboutChangedFile(QWidget* window, const host::BaseDocument& doc, bool saves) {
   const bool hasOwnChanges = doc.GetChanged();
   QMessageBox box(QMessageBox::Warning, "Changed on disk",

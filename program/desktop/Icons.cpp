@@ -16,7 +16,9 @@ namespace {
 
 constexpr const char* kFolder = ":/icons/";
 constexpr const char* kIconSuffix = ".svg";
+// Opacity of a disabled icon.
 constexpr double kFaint = 0.35;
+// Loud on purpose: a name that is misspelled shows at the first look.
 constexpr QRgb kMissing = 0xffff00ff;
 // Colors in the icon files, replaced by those of the theme.
 constexpr const char* kLineColor = "#c8c8c8";
@@ -55,6 +57,7 @@ class DrawnIcon : public QIconEngine {
     drawing_->Present().render(painter, square);
   }
 
+  // Asked by the toolkit for menus and cursors; it knows no other way to a transparent one.
   QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
     QPixmap picture(size);
     picture.fill(Qt::transparent);
@@ -90,6 +93,8 @@ QIcon Load(const QString& name) {
 
 }  // namespace
 
+// Read once for each name and kept for good: the map is never destroyed, because icons are asked
+// for until the very end.
 QIcon Icon(const QString& name) {
   static auto* const icons = new QHash<QString, QIcon>;
   const auto known = icons->constFind(name);

@@ -17,6 +17,7 @@ namespace desktop {
 
 namespace {
 
+// Pixels; room for about ten lines.
 constexpr QSize kReportSize(560, 260);
 constexpr const char* kNotAllWell = "Not everything came about.";
 
@@ -33,6 +34,7 @@ QString Details(const outcome::Outcome& outcome) {
   return lines.join('\n');
 }
 
+// Not modal: work goes on beside it (decision 26).
 class ReportWindow : public QDialog {
  public:
   ReportWindow(engine::Viewer& viewer, const outcome::Outcome& outcome, QWidget* parent)
@@ -86,6 +88,8 @@ class ReportWindow : public QDialog {
 
 }  // namespace
 
+// The watch looks before the undo step begins and after it has closed, when the plug-in is done in
+// every respect. `choosing` only holds while it runs, because it refers to what stands here.
 void Reports::Run(host::GeDialog& dialog, const std::string& label,
                   const std::function<bool()>& act) {
   outcome::CommandWatch watch(services_, dialog, label);
@@ -101,6 +105,8 @@ void Reports::Run(host::GeDialog& dialog, const std::string& label,
   Show(watch.Finish(answered));
 }
 
+// Asked by the folder chooser in the middle of the plug-in's export, the last moment before it
+// writes. True where nothing is known about this dialog: the plug-in decides alone.
 bool Reports::MayWriteInto(const std::string& folder, host::GeDialog& dialog,
                            outcome::CommandWatch& watch) {
   const pictures::StagemarksDialog shown(dialog);
@@ -115,6 +121,7 @@ bool Reports::MayWriteInto(const std::string& folder, host::GeDialog& dialog,
   return true;
 }
 
+// One question for everything that is in the way, not one each.
 bool Reports::MayExport(const exporting::ExportPlan& plan, const std::string& folder) {
   std::string text;
   for (const std::string& obstacle : plan.obstacles) text += "\n\n" + obstacle;
@@ -132,6 +139,7 @@ bool Reports::MayExport(const exporting::ExportPlan& plan, const std::string& fo
   return true;
 }
 
+// Undo moves previews on the disk, which may fail without the step failing.
 bool Reports::Step(engine::Application& application, bool (engine::Application::*go)()) {
   const std::size_t mark = services_.ledger.Mark();
   if (!(application.*go)()) return false;
@@ -141,6 +149,7 @@ bool Reports::Step(engine::Application& application, bool (engine::Application::
   return true;
 }
 
+// Without problems and without files to look at, the line is enough.
 void Reports::Show(const outcome::Outcome& outcome) {
   if (!outcome.summary.empty()) person_.ShowStatus(outcome.summary);
   if (outcome.problems.empty() && outcome.folder.empty()) return;

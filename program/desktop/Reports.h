@@ -25,8 +25,8 @@ class Reports {
   // entry.
   void Run(host::GeDialog& dialog, const std::string& label, const std::function<bool()>& act);
   void Show(const outcome::Outcome& outcome);
-  // Goes one undo step back, or forward, and tells which files could not go along. False where there
-  // is none.
+  // Goes one undo step back, or forward, and tells which files could not go along. False where
+  // there is none.
   bool Undo(engine::Application& application) {
     return Step(application, &engine::Application::Undo);
   }

@@ -12,6 +12,7 @@ namespace {
 // Usual size of title bar and edges, for a window that has none yet.
 constexpr QMargins kUsualFrame(4, 32, 4, 4);
 
+// A window that was never shown has no frame yet: the window manager decides about it later.
 QMargins FrameOf(const QWidget& window) {
   const QMargins known = window.windowHandle() ? window.windowHandle()->frameMargins() : QMargins();
   return known.isNull() ? kUsualFrame : known;
@@ -23,6 +24,7 @@ QSize FittingSize(const QWidget& window, QSize wanted) {
   return wanted.boundedTo(window.screen()->availableGeometry().marginsRemoved(kUsualFrame).size());
 }
 
+// First smaller, then inwards: a window that was kept on a screen that is gone comes back whole.
 void FitToScreen(QWidget& window) {
   if (window.isMaximized() || window.isFullScreen()) return;
   const QRect room = window.screen()->availableGeometry().marginsRemoved(FrameOf(window));

@@ -8,6 +8,7 @@ namespace desktop {
 
 namespace {
 
+// Layouts take some kilobytes; a larger file is none of ours.
 constexpr std::uint64_t kMostBytes = 16 << 20;
 
 }  // namespace
@@ -38,6 +39,8 @@ engine::Status Settings::Set(const QString& key, const QStringList& texts) {
   return Keep(key, QJsonArray::fromStringList(texts));
 }
 
+// Read again before writing: a second desktop may have kept something meanwhile. Only what this run
+// has set wins over it, and holds in this run also where it cannot be written.
 engine::Status Settings::Keep(const QString& key, const QJsonValue& value) {
   session_.insert(key, value);
   engine::Status status = Read();
@@ -48,6 +51,7 @@ engine::Status Settings::Keep(const QString& key, const QJsonValue& value) {
   return status ? files_.ReplaceFile(file_, QJsonDocument(values_).toJson().toStdString()) : status;
 }
 
+// A damaged file is copied aside and counts as empty; the next Set writes a whole one.
 engine::Status Settings::Read() {
   values_ = {};
   engine::Status status;

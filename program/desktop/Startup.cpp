@@ -14,6 +14,7 @@ namespace desktop {
 
 namespace {
 
+// Read by people and by the tests of the package: one place a line.
 void PrintFile(const char* what, const std::string& path) {
   std::cout << what << path
             << (QFileInfo::exists(QString::fromStdString(path)) ? "" : "  (not there)") << '\n';
@@ -35,6 +36,7 @@ void CheckingPerson::Tell(const std::string& text) {
   std::cerr << "stagemarks-desktop: " << text << '\n';
 }
 
+// One round of events, so that what only shows when a window is drawn has happened, too.
 int RunCheck(engine::Application& application, CheckingPerson& person, const QStringList& scenes) {
   PrintPlaces(application);
   for (const QString& scene : scenes) {
@@ -52,6 +54,8 @@ int RunCheck(engine::Application& application, CheckingPerson& person, const QSt
 
 namespace {
 
+// The toolkit ends the program where it finds no display, after messages about its plug-ins that
+// help nobody. They are held back and replaced by one sentence that says what to do.
 QtMessageHandler before = nullptr;
 
 // The messages of the toolkit before it gave up; shown where the display is not the reason.
@@ -60,6 +64,7 @@ QString& StartMessages() {
   return heard;
 }
 
+// A platform that the person chose himself is his own business: its messages stand as they are.
 QString Reason(const QString& last) {
   const QString advice = "et DISPLAY, or use the command line: stagemarks --help.";
   const QString chosen = qEnvironmentVariable("QT_QPA_PLATFORM");
@@ -75,6 +80,8 @@ QString Reason(const QString& last) {
   return StartMessages() + last;
 }
 
+// _Exit, because the destructors of a half-made application would end in a crash and hide the
+// sentence.
 void Explain(QtMsgType type, const QMessageLogContext&, const QString& text) {
   if (type == QtFatalMsg) {
     std::fprintf(stderr, "stagemarks-desktop: %s\n", qPrintable(Reason(text)));

@@ -4,6 +4,8 @@ namespace desktop {
 
 namespace {
 
+// Grays without a tint, since pictures are judged in front of them; one accent. The light one has
+// its accent darker: it must stand out from white as text.
 constexpr Theme kDark = {.isLight = false,
                          .window = 0xff2b2b2b,
                          .bar = 0xff242424,

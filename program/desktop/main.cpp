@@ -30,6 +30,7 @@ void Describe(QCommandLineParser& parser) {
   parser.addVersionOption();
 }
 
+// A plug-in that is refused is told and left out; the program works without any.
 void LoadPlugins(engine::Application& application, DesktopPerson& person) {
   const auto reports = application.LoadPlugins(engine::PluginFolder());
   for (const engine::LoadReport& report : reports) {
@@ -42,6 +43,9 @@ std::string SettingsFile(const std::string& folder) {
   return folder.empty() ? "" : folder + "/desktop.json";
 }
 
+// The order matters: services before the application, a document before the window, the window
+// before plug-ins (their messages want something to stand in front of), dialogs before the layout,
+// and lost work before the scenes that were named.
 int Run(const QCommandLineParser& parser) {
   const QStringList scenes = parser.positionalArguments();
   DesktopPerson person;
@@ -52,6 +56,7 @@ int Run(const QCommandLineParser& parser) {
   engine::ApplicationSetup setup;
   setup.importWorker = engine::ImportWorkerProgram();
   setup.importLimits = engine::ChosenImportLimits(there);
+  // Pictures of scenes are decoded in a child, as scenes are imported: both may be anybody's.
   engine::DecodeImagesBy(setup.importWorker);
   engine::Application application(services.Get(), setup);
   application.NewDocument();

@@ -7,6 +7,8 @@ namespace outcome {
 
 namespace {
 
+// In the sentences & stands for the checked Stagemarks and % for what is selected in the scene. The
+// last column is the kind of thing that must be selected, empty where nothing or a camera is.
 constexpr BulkEdit kBulkEdits[] = {
     {pictures::kUpdateChecked, "Brought & up to date.", "Nothing in the scene was new to &.", ""},
     {pictures::kSetObjects, "Wrote the switches of % into &.",

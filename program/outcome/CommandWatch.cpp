@@ -1,3 +1,5 @@
+// The plug-in answers a command with yes or no and keeps silent about the rest, so everything is
+// told by comparing: rows, the document's data, materials and the ledger before and after.
 #include "program/outcome/CommandWatch.h"
 
 #include <algorithm>
@@ -64,6 +66,7 @@ std::vector<std::string> SelectedLayers(const host::BaseDocument& doc) {
 
 }  // namespace
 
+// A multiset difference in the order of `before`, O(n): names may occur more than once.
 std::vector<std::string> NamesGone(const std::vector<std::string>& before,
                                    const std::vector<std::string>& after) {
   std::unordered_map<std::string, int> left;
@@ -87,6 +90,7 @@ struct CommandWatch::Command {
   void (CommandWatch::*say)(bool answered, Outcome& outcome);
 };
 
+// The bulk edits share one row; which it was is found again by the label.
 const CommandWatch::Command* CommandWatch::Find(const std::string& label) {
   static constexpr Command kBulkEdit{"", &CommandWatch::SayBulkEdit};
   static constexpr Command kCommands[] = {
@@ -106,6 +110,8 @@ const CommandWatch::Command* CommandWatch::Find(const std::string& label) {
   return found == std::end(kCommands) ? nullptr : found;
 }
 
+// Taken before the command runs. The copies of rows and data are cheap next to it; the container
+// shares its entries with the document.
 CommandWatch::CommandWatch(const engine::Services& services, host::GeDialog& dialog,
                            std::string label)
     : services_(services),
@@ -125,6 +131,7 @@ CommandWatch::CommandWatch(const engine::Services& services, host::GeDialog& dia
   preview_ = dialog_.IsTicked(pictures::kGeneratePreview);
 }
 
+// Failures of files are added whatever the command, since plug-ins keep silent about them.
 Outcome CommandWatch::Finish(bool answered) {
   Outcome outcome;
   if (command_ && doc_) (this->*command_->say)(answered, outcome);
@@ -179,6 +186,8 @@ void CommandWatch::SayLoaded(bool answered, Outcome& outcome) {
   if (selected_.size() != 1) outcome.summary = kOneRowNeeded;
 }
 
+// By the rows that are gone, not by what was asked for: a person may have said no. With a row
+// selected and nothing gone he has, and needs no sentence about it.
 void CommandWatch::SayDeleted(bool, Outcome& outcome) {
   const std::vector<std::string> gone = NamesGone(names_, NamesOf(dialog_.Marks()));
   if (!gone.empty()) {
@@ -232,6 +241,9 @@ void CommandWatch::SayBulkEdit(bool, Outcome& outcome) {
   }
 }
 
+// An export is whole when each checked Stagemark has its scene file, no texture is missing and
+// nothing failed. The plug-in makes the copy that it exports the active document and goes back at
+// its end: one that is still active has stayed behind.
 void CommandWatch::SayExported(bool, Outcome& outcome) {
   if (folder_.empty()) return;
   const engine::Ledger& ledger = services_.ledger;

@@ -22,6 +22,7 @@ std::string SideFolderOf(const std::string& scene) {
          engine::kSideFolderEnding;
 }
 
+// Plug-ins remove and rename previews on the off chance that there are any.
 bool Matters(engine::FileSystem& files, const LedgerEntry& failure) {
   const bool goes =
       failure.operation == Operation::RemoveFile || failure.operation == Operation::Rename;
@@ -59,6 +60,9 @@ std::vector<std::string> NotesOn(const engine::Ledger& ledger, std::size_t mark,
   return notes;
 }
 
+// The plug-in copies the side folder by itself when a scene is saved under another name. Whether it
+// did is read from the ledger; a folder that it did not even look at is told, because the previews
+// stay behind without a word.
 Outcome OfSaving(const engine::Services& services, std::size_t mark, const std::string& former,
                  const std::string& path) {
   Outcome outcome;

@@ -6,6 +6,7 @@ namespace outcome {
 
 namespace {
 
+// In columns of a terminal.
 constexpr std::size_t kLongestName = 80;
 constexpr std::size_t kMostNames = 6;
 
@@ -15,6 +16,7 @@ std::string Shown(const std::string& name) {
   return engine::Shortened(engine::Printable(name), kLongestName);
 }
 
+// One name too many is shown rather than counted: "and 1 more" would take as much room.
 std::string Listed(const std::vector<std::string>& names) {
   std::string text;
   const std::size_t shown = names.size() > kMostNames + 1 ? kMostNames : names.size();

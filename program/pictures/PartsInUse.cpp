@@ -15,6 +15,7 @@ bool Holds(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// "Only these" wins over the options; "all but these" only takes away.
 bool IsWanted(const PartChoice& choice, const std::string& part, bool isOn) {
   if (!choice.parts.empty()) return Holds(choice.parts, part);
   return isOn && !Holds(choice.without, part);
@@ -58,11 +59,14 @@ PartsInUse::PartsInUse(const StagemarksDialog& dialog, host::BaseDocument& doc,
   touched_ = KeysThatDiffer(before_, *doc.GetDataInstance());
 }
 
+// Options are pressed back first, which writes into the scene once more; then the keys get the very
+// values that stood there, or go where there were none.
 PartsInUse::~PartsInUse() {
   for (const std::string& option : toggled_) dialog_.Choose(option);
   PutBack(touched_, before_, *doc_.GetDataInstance());
 }
 
+// By value and not by position: the dialog may have written in another order. One look-up a key.
 std::vector<host::LONG> KeysThatDiffer(const host::BaseContainer& one,
                                        const host::BaseContainer& other) {
   std::vector<host::LONG> keys;

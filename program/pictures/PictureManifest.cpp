@@ -11,6 +11,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// A member of another type counts as missing: a line by another version is read as far as it goes.
 std::string TextIn(const Json& object, const char* key) {
   const auto found = object.find(key);
   return found != object.end() && found->is_string() ? found->get<std::string>() : "";
@@ -45,6 +46,8 @@ ManifestLine LineOf(const Json& object) {
 
 }  // namespace
 
+// A line without a time was only planned. Bytes that are no UTF-8 are replaced, since a manifest
+// that stops half way helps nobody.
 std::string TextOf(const ManifestLine& line) {
   Json object{{"picture", line.picture},
               {"stagemark", line.state},
@@ -86,6 +89,7 @@ std::vector<ManifestLine> ReadManifest(std::string_view text, std::size_t* broke
   return lines;
 }
 
+// UTC, so that lines of machines in several places can be compared.
 std::string TimeNow() {
   const std::time_t now = std::time(nullptr);
   std::tm parts{};

@@ -14,6 +14,7 @@ using engine::Status;
 
 namespace {
 
+// Most file systems hold 255 bytes in a name; a pattern may fill in two of these and a number.
 constexpr std::size_t kMostNameBytes = 120;
 constexpr const char* kPlaceholders =
     "{scene}, {state}, {camera}, {size}, {frame}, {date} and {index}";
@@ -25,13 +26,16 @@ std::string Digits(long number, std::size_t least) {
   return (number < 0 ? "-" : "") + digits;
 }
 
-// One stretch of a pattern: a text, or what stands between braces.
+// One stretch of a pattern: a text, or what stands between braces. `how` is ":" where nothing
+// stands behind the colon, which is told from no colon at all.
 struct PatternPart {
   bool isName = false;
   std::string text = {};
   std::string how = {};  // behind the colon of a name
 };
 
+// One pass. A doubled brace is a letter; a single one must be closed, and the message shows the
+// pattern from the fault on.
 Result<std::vector<PatternPart>> PartsOf(const std::string& pattern) {
   using Parts = Result<std::vector<PatternPart>>;
   std::vector<PatternPart> parts(1);
@@ -83,6 +87,7 @@ Status CheckPart(const PatternPart& part) {
                               : "a name may have the word safe, as {" + part.text + ":safe}."));
 }
 
+// By ASCII letters and not by the locale, in which "TIFF" may have a dotless i.
 std::string LowerSuffix(const std::string& path) {
   std::string suffix = std::filesystem::path(path).extension().string();
   for (char& letter : suffix)
@@ -103,6 +108,8 @@ std::string OnlyPlain(const std::string& text) {
   return plain;
 }
 
+// Numbers need nothing made safe; every text does, since names of scenes, cameras and states may
+// hold slashes.
 std::string ValueOf(const PatternPart& part, const PictureFacts& facts) {
   const std::size_t width = part.how.empty() ? 0 : static_cast<std::size_t>(part.how[1] - '0');
   if (part.text == "frame") return Digits(facts.frame, part.how.empty() ? 4 : width);
@@ -193,6 +200,8 @@ std::string FillPattern(const std::string& pattern, const PictureFacts& facts) {
   return filled;
 }
 
+// Cut between characters, never inside one. The first and last letters are mended after the cut,
+// which may have made another one the last.
 std::string SafeFileName(const std::string& text) {
   std::string safe;
   for (std::size_t at = 0; at < text.size();) {
@@ -220,6 +229,7 @@ engine::Result<std::string> EncodePicture(const engine::Image& picture, const st
   }
 }
 
+// O(n log n); the first clash in the order given.
 std::optional<std::pair<std::size_t, std::size_t>> FindClash(
     const std::vector<std::string>& paths) {
   std::map<std::string, std::size_t> seen;

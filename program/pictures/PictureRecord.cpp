@@ -1,3 +1,6 @@
+// Two hashes, so that one state can be recorded anew without making the pictures of the others old:
+// of all that is seen and not recorded, made once, and of all that is recorded, made with each
+// state loaded. Decision 62 says why not the file or the stored state is hashed.
 #include "program/pictures/PictureRecord.h"
 
 #include <bit>
@@ -36,7 +39,8 @@ std::string Hexadecimal(std::uint64_t number) {
 
 }  // namespace
 
-// Gathers bytes and hashes them, block after block.
+// Gathers bytes and hashes them, block after block. The length goes before each text and row:
+// otherwise "ab", "c" and "a", "bc" would be equal.
 class PictureHasher {
  public:
   void Number(std::uint64_t number) {
@@ -58,6 +62,7 @@ class PictureHasher {
   std::string Value() const { return Hexadecimal(HashOf(block_)); }
 
  private:
+  // Memory stays below a block and its last piece, however large the scene is.
   static constexpr std::size_t kBlock = std::size_t{1} << 20;
 
   void Bytes(std::string_view bytes) {
@@ -143,6 +148,7 @@ class SceneHashes::Reader {
     }
   }
 
+  // Identities differ between two files of one scene; places in the walk do not.
   std::uint64_t Place(engine::NodeId id) const {
     if (id == 0) return 0;
     const auto found = hashes_.places_.find(id);
@@ -202,6 +208,8 @@ class SceneHashes::Reader {
   PictureHasher hasher_;
 };
 
+// Textures first, because elements name them; then places, because links may point forwards; then
+// the elements themselves.
 SceneHashes::SceneHashes(const host::BaseDocument& doc, engine::FileSystem& files) : doc_(doc) {
   const std::string folder = doc.GetDocumentPath().GetString().ToUtf8();
   for (const std::string& name : engine::TextureNames(doc)) {
@@ -247,6 +255,8 @@ std::string RecordAsText(const PictureRecord& record) {
          " program " + record.program + ";";
 }
 
+// The widths in the format are those of the buffers, less one for the NUL. The text ends at its
+// semicolon, since the file goes on behind it.
 std::optional<PictureRecord> FindRecord(std::string_view bytes) {
   const std::size_t begin = bytes.find(kBegin);
   if (begin == std::string_view::npos) return std::nullopt;

@@ -20,6 +20,7 @@ std::uint32_t Scaled(std::uint32_t side, double scale) {
 
 }  // namespace
 
+// Rounding may give a side one pixel too many, hence the bound. No side becomes 0.
 PictureSize FittedInto(const PictureSize& size, const PictureSize& box) {
   if (size.width == 0 || size.height == 0) return box;
   const double scale = std::min(static_cast<double>(box.width) / size.width,

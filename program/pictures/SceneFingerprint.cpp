@@ -18,6 +18,8 @@ using engine::NodeKind;
 
 namespace {
 
+// Reading all points of a large scene each time would be felt; an edit that moves few of them and
+// adds none is missed.
 constexpr std::size_t kSampledPoints = 32;
 
 // Whether Stagemarks record the element as a whole, or nobody sees it.
@@ -48,6 +50,7 @@ bool SceneFingerprint::Advance(std::size_t elements) {
   return next_ != nullptr;
 }
 
+// With the owner, so that an object that moves to another parent counts as a change.
 void SceneFingerprint::MixNode(const host::GeListNode& node) {
   const host::BaseList2D* owner = engine::OwnerOf(node);
   Mix(engine::IdOf(node));

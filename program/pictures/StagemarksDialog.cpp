@@ -36,6 +36,7 @@ std::vector<const Gadget*> AllOf(const host::GeDialog& dialog, GadgetKind kind) 
   return found;
 }
 
+// Labels have blanks around them to set their width.
 std::string Trimmed(const std::string& text) {
   const auto first = text.find_first_not_of(' ');
   return first == std::string::npos ? ""
@@ -59,6 +60,8 @@ const MenuEntry* EntryLabeled(const std::vector<MenuEntry>& entries, const std::
 
 }  // namespace
 
+// An empty gadget where it is missing, so that all that reads rows finds none and needs no question
+// of its own.
 const Gadget& StagemarksDialog::List() const {
   static const Gadget none;
   const auto lists = AllOf(*dialog_, GadgetKind::ListView);
@@ -116,6 +119,7 @@ bool StagemarksDialog::TypeName(const std::string& name) {
          engine::TypeText(*dialog_, fields.front()->id, host::String(std::string_view(name)));
 }
 
+// The undo step closes behind the event: what the plug-in stored belongs to it.
 bool StagemarksDialog::Press(const std::string& button) {
   const Gadget* gadget = Labeled(*dialog_, GadgetKind::Button, button);
   if (!gadget) return false;
@@ -156,6 +160,7 @@ std::string StagemarksDialog::ChosenLayout() const {
   return "";
 }
 
+// The dialog has two number fields and both are these, in this order.
 bool StagemarksDialog::TypeFrames(int from, int to) {
   const auto fields = AllOf(*dialog_, GadgetKind::NumberField);
   return fields.size() == 2 && engine::TypeNumber(*dialog_, fields[0]->id, from) &&
@@ -190,6 +195,7 @@ bool StagemarksDialog::SelectNames(const std::vector<std::string>& names) {
   return engine::SelectLines(*dialog_, List().id, lines);
 }
 
+// Unchecked by the menu entry, one event instead of one for each row. No toggle moves a line.
 bool StagemarksDialog::CheckOnly(const std::vector<std::string>& names) {
   if (!Choose(kUncheckAll)) return false;
   const std::unordered_set<std::string> wanted(names.begin(), names.end());
@@ -231,6 +237,7 @@ std::string StagemarksDialog::ListText() const {
   return text;
 }
 
+// The last number is the largest that the plug-in's fields hold.
 engine::Result<FrameRange> ReadFrameRange(const std::string& text) {
   constexpr int kLast = 300000;
   int from = 0;

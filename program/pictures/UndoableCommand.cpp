@@ -15,7 +15,8 @@ namespace pictures {
 
 namespace {
 
-// The Stagemarks that a command may take away or give another preview.
+// The Stagemarks that a command may take away or give another preview. Both: the one that is
+// selected and the name that was typed for it.
 enum class Touches { Nothing, Typed, Selected, Both, Checked, All };
 
 struct Command {
@@ -52,6 +53,7 @@ void RegisterSettings(host::BaseDocument& doc, const std::vector<std::string>& s
 
 }  // namespace
 
+// The scope begins when the previews are there and ends before they go.
 struct UndoableCommand::Body {
   Body(const engine::Services& with, host::BaseDocument& document, const std::string& name)
       : services(with),
@@ -67,6 +69,8 @@ struct UndoableCommand::Body {
   bool fillsTrash = false;
 };
 
+// Previews are taken before the command overwrites or deletes their files. Renaming fills no trash,
+// though it touches names: nothing is gone by it.
 UndoableCommand::UndoableCommand(const engine::Services& services, host::GeDialog& dialog,
                                  const std::string& label) {
   const auto* command = std::find_if(std::begin(kCommands), std::end(kCommands),
@@ -83,6 +87,8 @@ UndoableCommand::UndoableCommand(const engine::Services& services, host::GeDialo
   if (command->touches == Touches::Both) RegisterSettings(*doc, states.SelectedNames());
 }
 
+// The trash is filled from the containers as they were before, which the scope holds; previews only
+// become part of the step when their files have changed.
 UndoableCommand::~UndoableCommand() {
   if (!body_ || !body_->scope.HasChanged()) return;
   // Bulk edits say nothing of it, and the scene would be closed without a question.

@@ -13,6 +13,7 @@ namespace {
 engine::PublishOptions AllStates(const std::string& scene) {
   engine::PublishOptions options;
   options.scene = scene;
+  // A page switches between states, so it needs them all in one scene.
   options.asVariants = true;
   return options;
 }
@@ -23,6 +24,7 @@ std::unordered_map<std::string, engine::StateFacts> ReadStateFacts(const host::B
   std::unordered_map<std::string, engine::StateFacts> facts;
   for (const engine::StoredState& state : engine::ReadStates(doc)) {
     std::string date = state.date.Text();
+    // "2026-11-22 07:59" becomes ISO 8601, which browsers read.
     if (const std::size_t blank = date.find(' '); blank != std::string::npos) date[blank] = 'T';
     facts.emplace(state.name, engine::StateFacts{state.name, state.id, date});
   }
@@ -34,6 +36,7 @@ PageMaking::PageMaking(const host::BaseDocument& doc, engine::FileSystem& files,
     : facts_(ReadStateFacts(doc)),
       publication_(doc, files, AllStates(scene), renderCaches_, caches_) {}
 
+// A state that is not stored, as the scene as it is, has no number and no date.
 Status PageMaking::AddState(const std::string& name, const ProgressCallback& progress) {
   const auto stored = facts_.find(name);
   const engine::StateFacts facts =
@@ -50,6 +53,8 @@ Status PageMaking::AddThumbnail(const engine::Image& picture) {
   return {};
 }
 
+// The scene's bytes are moved into the page and freed with the contents: they may be most of the
+// memory.
 Result<std::string> PageMaking::Finish(const PageViewer& viewer, const std::string& title,
                                        const ProgressCallback& progress) {
   auto scene = publication_.Finish(progress);

@@ -7,6 +7,9 @@ namespace publishing {
 
 using engine::Result;
 
+// One file for a page and for all states in one; otherwise one for each state, named after scene
+// and state. Names are made safe first, and only then compared: two states may become one name by
+// that.
 Result<std::vector<OrderedFile>> FilesOf(const PublishOrder& order, const std::string& name) {
   std::vector<OrderedFile> files;
   const std::string scene = name.empty() ? "Scene" : name;

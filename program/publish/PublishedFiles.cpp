@@ -1,3 +1,5 @@
+// The mark of a published scene stands in its generator's name, which every such file has: sixteen
+// digits, zero while the hash is made.
 #include "program/publish/PublishedFiles.h"
 
 #include <algorithm>
@@ -16,6 +18,8 @@ using engine::Status;
 
 namespace {
 
+// In a .glb file 20 bytes of head stand before it, in text nothing does; the generator is the first
+// thing that is written.
 constexpr std::size_t kHead = 200;  // bytes in which the generator is looked for
 constexpr std::size_t kDigits = 16;
 constexpr std::string_view kZeros = "0000000000000000";
@@ -37,14 +41,16 @@ std::string HexOf(std::span<const std::string_view> pieces) {
   return hash.data();
 }
 
-// The hash of the file, its digits counted as zeros.
+// The hash of the file, its digits counted as zeros. Three pieces are hashed as one, so a large
+// file is not copied for it.
 std::string MarkOf(std::string_view bytes, std::size_t digits) {
   const std::array<std::string_view, 3> pieces = {bytes.substr(0, digits), kZeros,
                                                   bytes.substr(digits + kDigits)};
   return HexOf(pieces);
 }
 
-// Writes what is not there yet; names of what is new go into `made`.
+// Writes what is not there yet; names of what is new go into `made`. What is there with the same
+// bytes is left alone, and stays when the rest fails: another scene may refer to it.
 Status WriteBeside(FileSystem& files, const std::string& folder, const PublishedFile& file,
                    bool force, std::vector<std::string>& made) {
   const std::string path = folder + "/" + file.name;
@@ -100,6 +106,8 @@ bool HasMark(std::string_view bytes) {
   return digits != std::string_view::npos && bytes.substr(digits, kDigits) == MarkOf(bytes, digits);
 }
 
+// Files beside go first and the scene last: whoever sees the scene finds all that it refers to. On
+// a failure what is new is removed again.
 Status WriteScene(FileSystem& files, const std::string& path, engine::PublishedScene scene,
                   bool force) {
   const std::string folder = std::filesystem::path(path).parent_path().string();

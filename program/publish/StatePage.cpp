@@ -13,10 +13,13 @@ using engine::Result;
 namespace {
 
 constexpr std::string_view kPlace = "<!--DATA-->";
+// Of JPEG, 1 to 100: a page holds one for each state, and they are small.
 constexpr int kThumbnailQuality = 82;
 // Bytes of the scene in one element: browsers have a bound for the length of a text.
 constexpr std::size_t kPiece = std::size_t{3} << 22U;
 
+// RFC 4648, section 4, with padding. Pieces are multiples of 3 bytes, so that only the last one has
+// any.
 void AppendBase64(std::string& text, std::string_view bytes) {
   constexpr char kBase64Digits[] =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -84,6 +87,8 @@ Result<std::string> EncodeThumbnail(const engine::Image& picture) {
   return engine::EncodeJpeg(picture, kThumbnailQuality);
 }
 
+// The scene stands in several elements of text, which the viewer joins: browsers read one long one
+// badly. The size is reserved first, since a page may have hundreds of megabytes.
 std::string MakeStatePage(const PageViewer& viewer, const PageContents& contents) {
   const std::size_t place = viewer.page.find(kPlace);
   const std::string list =

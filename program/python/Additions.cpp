@@ -37,6 +37,7 @@ engine::Elements FindAll(BaseDocument& doc, const std::vector<ElementId>& ids) {
   return elements;
 }
 
+// In any letter case; the failure lists the words there are.
 host::LONG ObjectTypeOf(const std::string& typed) {
   std::string known;
   for (const lookup::ObjectTypeWord& row : lookup::kObjectTypeWords) {
@@ -51,6 +52,8 @@ host::LONG ObjectTypeOf(const std::string& typed) {
       "\"" + typed + "\" is no type of object that can be added. There are: " + known + ".");
 }
 
+// Nothing for no numbers. The bounds keep what is computed from them finite; what is no number
+// fails the comparison, too. `share`: what each is multiplied by.
 std::optional<host::Vector> PointOf(const std::vector<double>& numbers, double share = 1) {
   if (numbers.empty()) return std::nullopt;
   const bool isPoint = numbers.size() == 3 && std::ranges::all_of(numbers, [](double number) {
@@ -122,6 +125,8 @@ Found AddSettingsOf(DocumentId document, const std::string& name) {
   return FoundOf(*made);
 }
 
+// Render settings go by an edit of their own, because a document always keeps some, and so not
+// together with others.
 void Remove(DocumentId document, const std::vector<ElementId>& elements) {
   BaseDocument& doc = Find(document);
   const engine::Elements found = FindAll(doc, elements);
@@ -136,6 +141,7 @@ void Remove(DocumentId document, const std::vector<ElementId>& elements) {
   engine::DeleteRenderSettings(doc, settings);
 }
 
+// 0 takes the material off.
 void GiveMaterialTo(DocumentId document, const std::vector<ElementId>& objects,
                     ElementId material) {
   BaseDocument& doc = Find(document);

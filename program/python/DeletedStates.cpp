@@ -62,6 +62,7 @@ std::vector<DeletedFacts> ListDeleted(DocumentId document) {
   return facts;
 }
 
+// By number where one is given, else by name; of several of one name the one deleted last.
 std::string Restore(DocumentId document, const std::string& typed, std::uint64_t number,
                     const std::string& as) {
   host::BaseDocument& doc = Find(document);

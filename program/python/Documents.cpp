@@ -18,13 +18,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Empty for a document that was imported or never saved: its path is only where it came from.
 std::string SavedPath(const host::BaseDocument& doc) {
   const bool isPlaced = Session::Get().IsPlaced(engine::NumberOf(doc));
   if (!isPlaced || !doc.GetDocumentPath().Content()) return "";
   return (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
 }
 
-// The absolute path to save a scene at; throws where it may not be written there.
+// The absolute path to save a scene at; throws where it may not be written there. The document's
+// own file may be replaced, whichever link leads to it.
 std::string CheckTarget(const host::BaseDocument& doc, const std::string& path, bool overwrite) {
   const std::string own = SavedPath(doc);
   if (path.empty() && own.empty())
@@ -53,6 +55,7 @@ void CheckNoStep(DocumentId document) {
 
 }  // namespace
 
+// Remembered until the call ends well: one that fails closes what it opened.
 Opened Open(const std::string& path, bool allowOutside) {
   Session& session = Session::Get();
   Session::Person().Answer(allowOutside);
@@ -79,6 +82,7 @@ Opened New() {
   return opened;
 }
 
+// A desktop is never without a document.
 void Close(DocumentId document, bool discard) {
   Session& session = Session::Get();
   host::BaseDocument& doc = session.Document(document);
@@ -127,6 +131,7 @@ std::string Save(DocumentId document, const std::string& path, bool overwrite, d
   return target;
 }
 
+// Notes of the import stand before those of the update.
 engine::SceneUpdate UpdateFrom(DocumentId document, const std::string& path, bool removeGone,
                                bool allowOutside) {
   host::BaseDocument& doc = Find(document);

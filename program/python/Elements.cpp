@@ -42,6 +42,7 @@ GeListNode* FirstOf(const BaseDocument& doc, Kind kind) {
   }
 }
 
+// One pass over all objects, in the order of their tree.
 FoundList AllTags(const BaseDocument& doc) {
   FoundList found;
   for (const BaseObject* object = doc.GetFirstObject(); object;
@@ -60,7 +61,8 @@ FoundList Meant(engine::Result<std::vector<T*>> found) {
   return list;
 }
 
-// Finds by name, pattern or position elements that the shell has no words for.
+// Finds by name, pattern or position elements that the shell has no words for. Names win over
+// positions.
 FoundList FindNamed(const BaseDocument& doc, const FoundList& all, const std::string& what,
                     const std::string& typed) {
   FoundList found;
@@ -103,6 +105,7 @@ FoundList FindIn(DocumentId document, Kind kind, const std::string& typed) {
                    typed);
 }
 
+// False also where the document is closed, where others would throw.
 bool IsThere(DocumentId document, ElementId element) {
   for (BaseDocument* doc : Session::Get().App().Documents()) {
     if (engine::NumberOf(*doc) == document) return engine::FindElement(*doc, element) != nullptr;
@@ -135,6 +138,7 @@ FoundList Parts(DocumentId document, ElementId element) {
   return parts;
 }
 
+// The document itself counts as nothing above.
 Found Above(DocumentId document, ElementId element) {
   const BaseDocument& doc = Find(document);
   const BaseList2D* above = engine::OwnerOf(FindOne(document, element));
@@ -150,6 +154,7 @@ FoundList Selected(DocumentId document, Kind kind) {
   return found;
 }
 
+// Checked before the selection is touched: elements of one kind, all of them there.
 void Select(DocumentId document, Kind kind, const std::vector<ElementId>& elements) {
   BaseDocument& doc = Find(document);
   std::vector<BaseObject*> objects;

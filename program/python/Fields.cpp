@@ -24,6 +24,7 @@ struct Row {
   const Field* field;
 };
 
+// The number of a field is its place in here, for the length of the process.
 const std::vector<Row>& Rows() {
   static const auto* const rows = [] {
     auto* list = new std::vector<Row>;
@@ -37,6 +38,7 @@ const std::vector<Row>& Rows() {
   return *rows;
 }
 
+// Several kinds are one to a script: numbers are as the attributes show them, whatever is kept.
 constexpr std::pair<FieldKind, const char*> kKindWords[] = {
     {FieldKind::Text, "text"},          {FieldKind::Whole, "whole"},
     {FieldKind::Real, "real"},          {FieldKind::Angle, "real"},
@@ -98,6 +100,7 @@ std::string ChoiceShown(const Field& field, host::LONG value) {
   return std::to_string(value);
 }
 
+// In the units of the attributes: degrees, percent.
 Value Shown(const BaseList2D& element, const Field& field) {
   const GeData kept = engine::ReadField(element, field);
   if (engine::IsOfParts(field.kind)) return PartsShown(kept.GetVector(), field.kind);
@@ -125,6 +128,7 @@ Value Shown(const BaseList2D& element, const Field& field) {
 
 // --- And back.
 
+// Refuses what is no number, too: it compares with nothing.
 double CheckNumber(const Field& field, double number) {
   if (!(number >= field.min && number <= field.max)) {
     Misuse(field, "must lie between " + Plain(field.min) + " and " + Plain(field.max) + field.unit +
@@ -179,6 +183,8 @@ bool IsOfKind(BaseList2D& target, FieldKind kind) {
   }
 }
 
+// Identities come signed or unsigned, as Python's numbers fit. There are always active render
+// settings, so these cannot be nothing.
 GeData LinkIn(BaseDocument& doc, const Field& field, const Value& value) {
   if (std::holds_alternative<std::monostate>(value)) {
     if (field.kind == FieldKind::Settings) Misuse(field, "cannot be nothing.");
@@ -264,6 +270,7 @@ Value ReadValue(DocumentId document, ElementId element, std::size_t field) {
   return Shown(found, *RowOf(found, field).field);
 }
 
+// Everything is checked before the first element is changed.
 void WriteValue(DocumentId document, const std::vector<ElementId>& elements, std::size_t field,
                 const Value& value) {
   Session& session = Session::Get();

@@ -20,6 +20,8 @@ namespace {
 using engine::PublishOptions;
 using pictures::StagemarksDialog;
 
+// A side of 0 follows the shape of the state's picture; both 0 take its size. By 64 bits, since the
+// product of two sides may not fit into 32.
 pictures::PictureSize SizeOf(const rendering::StatePictures& states,
                              std::pair<std::uint32_t, std::uint32_t> wanted) {
   pictures::PictureSize size = states.Size();
@@ -43,6 +45,7 @@ void CheckPictureName(const std::string& path) {
 
 }  // namespace
 
+// Pixels are handed over only where no file was asked for.
 Picture Render(DocumentId document, const std::string& state,
                std::pair<std::uint32_t, std::uint32_t> size, const std::string& path,
                bool overwrite, unsigned threads) {
@@ -86,7 +89,8 @@ exporting::Layout LayoutOf(const std::string& word) {
   throw Failure(Fault::Misused, "\"" + word + "\" is no layout. There are: " + known + ".");
 }
 
-// Whether the export may begin, else why not.
+// Whether the export may begin, else why not. A script has nobody to ask, so too little room is a
+// failure.
 void CheckPlan(const ExportOrder& order, const exporting::ExportPlan& plan) {
   if (!plan.obstacles.empty()) throw Failure(Fault::Failed, plan.obstacles.front());
   if (!plan.missing.empty() && !order.allowMissing) {
@@ -100,6 +104,7 @@ void CheckPlan(const ExportOrder& order, const exporting::ExportPlan& plan) {
   }
 }
 
+// The plug-in asks for the folder when its button is pressed; the answer lies ready before.
 void PressExport(StagemarksDialog& dialog, const ExportOrder& order, exporting::Layout layout,
                  const std::string& folder) {
   dialog.ChooseLayout(exporting::EntryOf(layout));
@@ -112,6 +117,7 @@ void PressExport(StagemarksDialog& dialog, const ExportOrder& order, exporting::
 
 }  // namespace
 
+// Check marks are as before afterwards. With `isolated` each state is an export of its own.
 Exported Export(DocumentId document, const ExportOrder& order) {
   const exporting::Layout layout = LayoutOf(order.layout);
   const std::string folder = lookup::AbsolutePath(order.folder);
@@ -166,6 +172,7 @@ class Publishing {
     }
   }
 
+  // Places are checked before the first state is loaded.
   Names Run() {
     const std::string scene = pictures::SceneName(scene_.Document());
     const auto files = publishing::FilesOf(order_, scene);

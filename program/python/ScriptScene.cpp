@@ -13,6 +13,7 @@ ScriptScene::ScriptScene(DocumentId document)
       dialog_(Session::Get().DialogFor(doc_)),
       wasChanged_(doc_.GetChanged()) {}
 
+// Loading states for pictures is no change of the document to a person.
 ScriptScene::~ScriptScene() {
   if (!wasChanged_) engine::ClearChanged(doc_);
   host::EventAdd();  // the dialog shows again which state was loaded last

@@ -1,3 +1,7 @@
+// One session for a process: with an application of its own, or within the desktop's (decision 65).
+// Each call from Python is a Call: it checks process and thread, forgets the answers of the call
+// before, and turns failures of files, stops and questions without an answer into exceptions at its
+// end.
 #include "program/python/Session.h"
 
 #include <unistd.h>
@@ -44,6 +48,7 @@ void Check(const engine::Status& status) {
   throw Failure(stopped ? Fault::Stopped : Fault::Failed, status.Message());
 }
 
+// A question that no argument has answered is remembered and answered with no.
 bool ScriptPerson::Ask(const std::string& text) {
   if (!yes_) refused_.push_back(text);
   return yes_;
@@ -61,6 +66,7 @@ void ScriptPerson::ClearStatus() {
   if (behind) behind->ClearStatus();
 }
 
+// Once stopped it stays so until the next call.
 bool ScriptPerson::Progress(double fraction, const std::string& what) {
   const bool goesOn = !stopped_ && (!listener || listener(fraction, what)) &&
                       (!behind || behind->Progress(fraction, what));
@@ -81,6 +87,7 @@ ScriptPerson& Session::Person() {
   return *person;
 }
 
+// A session within another application than the present one is over.
 Session& Session::Get() {
   const bool isOfOther =
       session && !session->own_ && session->application_ != engine::Application::Current();
@@ -94,6 +101,7 @@ Session& Session::Get() {
   return *session;
 }
 
+// In a forked child nothing is ended: it belongs to the parent.
 void Session::End() {
   if (!session || session->process_ != getpid()) return;
   hasEnded = session->own_ != nullptr;
@@ -101,6 +109,7 @@ void Session::End() {
   delete std::exchange(session, nullptr);
 }
 
+// Within the desktop its own application is used, with a person of ours before the desktop's.
 Session::Session() : process_(getpid()) {
   Person().behind = nullptr;
   application_ = engine::Application::Current();
@@ -147,6 +156,8 @@ void Session::SetPlaced(DocumentId document, bool isPlaced) {
   }
 }
 
+// The dialog shows the active document; which one was active before is remembered for the end of
+// the call.
 pictures::StagemarksDialog Session::DialogFor(host::BaseDocument& doc) {
   const host::BaseDocument* active = host::GetActiveDocument();
   if (active != &doc && active && formerlyActive_ == 0) formerlyActive_ = engine::NumberOf(*active);
@@ -188,6 +199,8 @@ int Session::BeginStep(DocumentId document, const std::string& name) {
   return lastStep_;
 }
 
+// Undo does not cover the stored data, so that is put back by hand, and only where it differs:
+// writing counts as a change.
 void Session::CloseStep(bool keep) {
   OpenStep step = std::move(steps_.back());
   steps_.pop_back();
@@ -201,6 +214,7 @@ void Session::CloseStep(bool keep) {
   application_->DeliverEvents();
 }
 
+// Inner steps that were left open are closed first and become part of this one.
 void Session::EndStep(int step, bool keep) {
   const auto isIt = [step](const OpenStep& open) { return open.number == step; };
   if (std::ranges::none_of(steps_, isIt)) return;
@@ -220,6 +234,7 @@ void Session::DropSteps(DocumentId document) {
   std::erase_if(steps_, isOfIt);
 }
 
+// One call at a time, on one thread: nothing below is made for more.
 Call::Call() : session_(Session::Get()), mark_(session_.Services().ledger.Mark()) {
   if (session_.process_ != getpid()) {
     throw Failure(Fault::OtherThread,
@@ -246,6 +261,7 @@ Call::~Call() {
   session_.ReturnToActive();
 }
 
+// A document that was opened stays only when everything went well.
 void Call::Finish() {
   session_.App().DeliverEvents();
   const Names failures =
@@ -262,6 +278,7 @@ void RunEdit(host::BaseDocument& doc, engine::StepwiseEdit edit) {
   if (!engine::RunWhole(doc, std::move(edit), goesOn)) FailAs("The work was stopped.");
 }
 
+// By what comes first: stopped, a question, a message of the plug-in, else `sentence`.
 void FailAs(const std::string& sentence, const std::string& argument) {
   const ScriptPerson& person = Session::Person();
   if (person.WasStopped()) throw Failure(Fault::Stopped, "The work was stopped.");

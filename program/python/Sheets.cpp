@@ -19,6 +19,7 @@ std::string NameOf(const StatePictures& states, std::size_t number) {
   return states.AsItIs() ? pictures::kAsItIs : states.States()[number].name;
 }
 
+// Scene and thumbnail in one load of the state.
 void AddToPage(ScriptScene& scene, StatePictures& states, const PictureTurn& turn,
                PageMaking& making) {
   const std::string name = NameOf(states, turn.number);
@@ -49,6 +50,7 @@ std::string PageFolder(engine::FileSystem& files, const PageWishes& wishes,
   return folder;
 }
 
+// By the parser of the shell, so that both have the same limits.
 PictureSize BoxOf(std::pair<std::uint32_t, std::uint32_t> size) {
   const auto box =
       rendering::ParsePictureSize(std::to_string(size.first) + "x" + std::to_string(size.second));
@@ -65,7 +67,8 @@ std::string SheetPath(const SheetWishes& wishes) {
   return path;
 }
 
-// The sizes that the pictures of the states have by themselves.
+// The sizes that the pictures of the states have by themselves. Each state is loaded for it: the
+// layout needs all sizes.
 std::vector<PictureSize> OwnSizes(ScriptScene& scene, StatePictures& states) {
   std::vector<PictureSize> sizes;
   for (const pictures::Mark& state : states.States()) {
@@ -98,6 +101,8 @@ std::string MakePage(DocumentId document, const PageWishes& wishes) {
   return folder + "/" + publishing::kPageFile;
 }
 
+// Each state is loaded twice: first for all sizes, then for its picture, so that one picture at a
+// time is in memory beside the sheet.
 std::string MakeSheet(DocumentId document, const SheetWishes& wishes) {
   const std::string path = SheetPath(wishes);
   std::optional<PictureSize> box;

@@ -28,6 +28,7 @@ using host::BaseDocument;
                                    "doc.states.check() says more.");
 }
 
+// A state that stands in the list without a record is refused.
 engine::StoredState ReadState(DocumentId document, const std::string& typed) {
   const std::string name = ChooseState(document, typed);
   const std::vector<engine::StoredState> states = engine::ReadStates(Find(document));
@@ -79,6 +80,7 @@ engine::SameName SameNameOf(const std::string& word) {
                 "\"" + word + "\" is none of \"refuse\", \"replace\" and \"keep\".");
 }
 
+// By the end of the sentence: the messages know nothing of Python's arguments.
 std::string Advice(const std::string& message) {
   if (message.ends_with("already."))
     return " Give it another name with rename=, or say same_name=\"replace\" or \"keep\".";
@@ -99,6 +101,8 @@ auto TakeInAsStep(BaseDocument& doc, const std::string& text,
   return engine::TakeInStates(doc, text, options);
 }
 
+// Asked of names in a text, which the scene does not know, so a name that means nothing is no
+// failure here.
 bool IsMeant(const Names& typed, const std::string& name) {
   return typed.empty() || std::ranges::any_of(typed, [&](const std::string& one) {
            return name == one || (lookup::IsPattern(one) && lookup::MatchesPattern(name, one));
@@ -107,6 +111,8 @@ bool IsMeant(const Names& typed, const std::string& name) {
 
 }  // namespace
 
+// Without a right side the scene as it is stands on the right. The comparison with the scene is
+// made the other way round and turned.
 std::vector<ElementDifference> Diff(DocumentId leftDocument, const std::string& left,
                                     DocumentId rightDocument, const std::string& right,
                                     const PartChoice& parts) {
@@ -144,6 +150,7 @@ std::vector<FindingFacts> CheckStates(DocumentId document) {
   return told;
 }
 
+// Named ones without a record are refused, others left out.
 std::string StatesAsText(DocumentId document, const Names& typed) {
   const BaseDocument& doc = Find(document);
   const Names names = ChooseStates(document, typed);
@@ -162,6 +169,8 @@ std::string StatesAsText(DocumentId document, const Names& typed) {
   return whole;
 }
 
+// A text that is refused changes nothing; its step is canceled, so that none without changes is
+// left.
 Taken TakeStatesIn(DocumentId document, const std::string& text, const Names& only,
                    const std::map<std::string, std::string>& renamed, const std::string& sameName,
                    bool evenEmpty) {

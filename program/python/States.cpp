@@ -106,6 +106,7 @@ std::string LabelOfWord(const std::string& word) {
 
 }  // namespace
 
+// Before anything is done, so that a mistyped word costs nothing.
 void CheckWords(const PartChoice& choice) {
   for (const Names& words : {choice.parts, choice.without}) {
     for (const std::string& word : words) LabelOfWord(word);
@@ -130,6 +131,7 @@ std::vector<StateFacts> ListStates(DocumentId document) {
   return facts;
 }
 
+// No names mean all.
 Names ChooseStates(DocumentId document, const Names& typed) {
   Names known;
   for (pictures::Mark& mark : DialogOf(document).Marks()) known.push_back(std::move(mark.name));
@@ -150,6 +152,8 @@ std::string TheOnly(const std::string& typed, const Names& meant) {
                                      "names.");
 }
 
+// A preview whose name no file can have is refused first: the plug-in would record without one.
+// The option is put back in any case, what was typed only when nothing was recorded.
 void Record(DocumentId document, const std::string& name, bool overwrite, bool preview) {
   const std::string obstacle = preview ? exporting::WhyNoFileName(name + ".tif") : "";
   if (!obstacle.empty()) {
@@ -172,6 +176,8 @@ void Record(DocumentId document, const std::string& name, bool overwrite, bool p
   }
 }
 
+// The difference is taken from the open undo step, once the options are back, and so tells what was
+// really written.
 Loaded Load(DocumentId document, const std::string& typed, const PartChoice& parts) {
   CheckWords(parts);
   const std::string name = ChooseState(document, typed);
@@ -196,6 +202,7 @@ Loaded Load(DocumentId document, const std::string& typed, const PartChoice& par
   return loaded;
 }
 
+// The plug-in takes a name twice; here it is refused, since everything is found by name.
 void Rename(DocumentId document, const std::string& typed, const std::string& to) {
   const std::string from = ChooseState(document, typed);
   StagemarksDialog dialog = DialogOf(document);
@@ -211,6 +218,7 @@ void Rename(DocumentId document, const std::string& typed, const std::string& to
   if (to.empty() || !dialog.Has(to)) FailAs("\"" + from + "\" was not renamed.");
 }
 
+// Whether anything was deleted shows in the rows that are left.
 Names Delete(DocumentId document, const Names& typed) {
   if (typed.empty()) return {};
   const Names names = ChooseStates(document, typed);
@@ -222,6 +230,8 @@ Names Delete(DocumentId document, const Names& typed) {
   return names;
 }
 
+// The plug-in's commands work on check marks and the selection: both are put back. Whether anything
+// changed is told by the stored data.
 std::pair<std::string, bool> Edit(DocumentId document, Bulk what, const Names& typed,
                                   const std::vector<ElementId>& elements) {
   const BulkRow& row = *std::ranges::find(kBulkRows, what, &BulkRow::what);
@@ -262,6 +272,7 @@ std::map<std::string, bool> Options(DocumentId document) {
   return options;
 }
 
+// Choosing an entry turns it, so it is chosen only where it is not so yet.
 void SetOption(DocumentId document, const std::string& word, bool on) {
   const std::string label = LabelOfWord(word);
   StagemarksDialog dialog = DialogOf(document);

@@ -14,9 +14,12 @@ namespace rendering {
 
 namespace {
 
+// The patterns up to the suffix, for several states and for the scene as it is.
 constexpr const char* kPattern = "{scene} {state}.";
 constexpr const char* kPatternAsItIs = "{scene}.";
 constexpr const char* kProgramVersion = STAGEMARKS_VERSION;
+// Bounds against a typing error ("1:10000000"): a plan keeps some hundred bytes for each picture
+// and is checked whole.
 constexpr std::size_t kMostFrames = 100000;
 constexpr std::size_t kMostPictures = 1000000;
 // Largest size of the very small picture that an estimate rests on, in pixels.
@@ -28,6 +31,8 @@ double SecondsSince(std::chrono::steady_clock::time_point begin) {
 
 }  // namespace
 
+// Against the folder of the order, not of the process: the desktop's child runs somewhere else. By
+// text only: what the pattern makes need not be there yet.
 std::string PicturePlan::Absolute(const std::string& path) const {
   return (std::filesystem::path(order_.folder) / path).lexically_normal().string();
 }
@@ -41,16 +46,19 @@ std::string PicturePlan::FixedFolder() const {
   return folder;
 }
 
+// Answers the exit status for a faulty call.
 int PicturePlan::Refuse(const std::string& why) {
   scene_.Listener().Error(why);
   return kUsage;
 }
 
+// The scene or the disk is in the way.
 int PicturePlan::Fail(const std::string& why) {
   scene_.Listener().Error(why);
   return kFailed;
 }
 
+// Needs no scene, so a typing error is told before a large one is read.
 int PicturePlan::CheckOrder() {
   for (const std::string& typed : order_.sizes) {
     const auto size = ParsePictureSize(typed);
@@ -83,6 +91,8 @@ int PicturePlan::CheckPatternAndFormat() {
   return checked ? kDone : Refuse(checked.Message());
 }
 
+// The hash of the scene is made once, before any state is recalled: loading leaves it as it is.
+// Frames and sizes cost nothing more, the hash of a state is the same for all of them.
 int PicturePlan::Make() {
   if (pattern_.empty())
     pattern_ = (pictures_.AsItIs() ? kPatternAsItIs : kPattern) +
@@ -114,6 +124,7 @@ int PicturePlan::AddState(const Mark& state, const pictures::SceneHashes& hashes
   });
 }
 
+// 16 bytes a pixel is what the renderer keeps while it works (light as floats).
 int PicturePlan::AddPicture(const Mark& state, const PictureSize& size, int frame) {
   PictureFacts facts = pictures_.Facts(state);
   if (const auto fits = engine::CheckImageSize(size.width, size.height, 16); !fits) {
@@ -135,6 +146,8 @@ int PicturePlan::AddPicture(const Mark& state, const PictureSize& size, int fram
   return kDone;
 }
 
+// Of all pictures at once, folded to one letter case: names that differ in it only would overwrite
+// each other on some disks, and that shall show here and not on the machine with that disk.
 int PicturePlan::CheckNames() {
   std::vector<std::string> paths;
   for (const PlannedPicture& picture : plan_) paths.push_back(picture.path);
@@ -148,6 +161,8 @@ int PicturePlan::CheckNames() {
                 " would be written to " + WhyOneFile(one, other) + " Nothing was rendered.");
 }
 
+// The advice depends on the cause: a placeholder that is missing, or names that became one because
+// letters were replaced, where no placeholder helps.
 std::string PicturePlan::WhyOneFile(const PlannedPicture& one, const PlannedPicture& other) const {
   if (one.path != other.path) {
     return "\"" + one.path + "\" and \"" + other.path +
@@ -178,6 +193,7 @@ int PicturePlan::MakeFolders() {
   return kDone;
 }
 
+// File names of previews do not matter for pictures, whose names come from the pattern.
 PictureFindings PicturePlan::Findings() {
   PictureFindings found;
   for (const auto& finding : engine::FindFindings(scene_.Document(), nullptr, {})) {
@@ -205,6 +221,10 @@ std::uint64_t PicturePlan::PixelsToRender() const {
   return pixels;
 }
 
+// Three pictures of one state: the first of one pixel pays for reading meshes and textures, the
+// second for what each picture costs again, the third, less that, for its pixels. What comes of it
+// is one state's cost times the pixels that are missing; a plan with states of very unlike cost is
+// estimated as badly as its first one is typical.
 std::optional<PictureEstimate> PicturePlan::Estimate() {
   const auto isMissing = [](const PlannedPicture& picture) { return !picture.isThere; };
   const auto count = static_cast<double>(std::ranges::count_if(plan_, isMissing));
@@ -228,6 +248,7 @@ std::optional<PictureEstimate> PicturePlan::Estimate() {
     const double perPixel = std::max(0.0, SecondsSince(rendered) - each) / pixels;
     estimate.seconds = std::max(0.0, estimate.reading - each) + count * each + perPixel * all;
     const auto bytes = pictures::EncodePicture(picture, "probe.png");
+    // The probe is packed as a PNG file; a file of floats is about that much larger.
     const double kind = KindOfName(first.path) == PictureKind::Exr ? 2.2 : 1;
     if (bytes)
       estimate.bytes = static_cast<std::uint64_t>(kind * static_cast<double>(bytes.Value().size()) /
@@ -237,6 +258,7 @@ std::optional<PictureEstimate> PicturePlan::Estimate() {
   return status == kDone ? std::optional(estimate) : std::nullopt;
 }
 
+// With the version of the renderer: pictures of an older one are out of date.
 std::string SettingsHash(PictureKind kind) {
   return pictures::HashOfTexts({pictures::WordOf(kind), std::to_string(engine::kPictureVersion)});
 }
@@ -248,6 +270,7 @@ std::string PixelsText(std::uint64_t pixels) {
   return text;
 }
 
+// Rounded up and cut at a number that a counter can hold: an estimate may be infinite.
 std::string DurationText(double seconds) {
   const auto whole = static_cast<std::uint64_t>(std::ceil(std::clamp(seconds, 0.0, 1e12)));
   if (whole < 60) return std::to_string(whole) + " s";

@@ -1,3 +1,7 @@
+// Sharing without a server: before a picture is begun its file is claimed by a lock beside it, then
+// looked at once more, then rendered and put into place in one step. Two programs at one plan
+// therefore meet at single pictures only, and one that dies leaves its claim to the others.
+// Decisions 62 and 63 say why the files themselves are the only truth.
 #include "program/rendering/PictureWork.h"
 
 #include <algorithm>
@@ -12,8 +16,12 @@ namespace rendering {
 
 namespace {
 
+// Between two looks at claimed pictures: nobody tells when a claim of another machine ends.
+// Pictures take seconds, so this is soon enough and costs nothing.
 constexpr std::chrono::milliseconds kBetweenLooks{50};
 
+// A scheduler sets it for the processes of a job; it stands in the manifest beside the machine's
+// own name.
 std::string NodeName() {
   const char* node = std::getenv("SLURMD_NODENAME");
   return node ? node : "";
@@ -33,6 +41,8 @@ PictureAtPlace PictureWork::Look(const PlannedPicture& picture) {
   return record && *record == picture.record ? PictureAtPlace::Finished : PictureAtPlace::Other;
 }
 
+// Pictures that somebody else is at are put aside and looked at again at the end: they cost no
+// waiting as long as there is work of one's own.
 int PictureWork::Do(std::vector<PlannedPicture>& plan) {
   count_ = static_cast<std::size_t>(
       std::ranges::count_if(plan, [](const PlannedPicture& picture) { return !picture.isThere; }));
@@ -46,6 +56,10 @@ int PictureWork::Do(std::vector<PlannedPicture>& plan) {
   return status == kDone && failed_ > 0 ? kFailed : status;
 }
 
+// With a claim in hand the file is looked at once more: who held the claim before may have finished
+// the picture after it was looked for, and then there is nothing to do. The claim is given up when
+// this returns, after the picture stands at its place. A stop is no failure of the picture: it goes
+// into no manifest.
 int PictureWork::DoOne(PlannedPicture& picture, std::size_t number) {
   std::optional<engine::WorkClaim> claim;
   if (rules_.isShared) {
@@ -102,6 +116,7 @@ int PictureWork::DoLeftToOthers() {
   return kDone;
 }
 
+// Saved after the state is taken back: the scene is as it was opened before a disk can fail.
 int PictureWork::RenderAndSave(const PlannedPicture& picture, std::size_t number,
                                engine::Image* image, std::uint64_t* bytes) {
   const PictureTurn turn{number, count_};
@@ -115,6 +130,8 @@ int PictureWork::RenderAndSave(const PlannedPicture& picture, std::size_t number
              : status;
 }
 
+// A line for failures, too. A manifest that cannot be written ends the work: it is the only account
+// of a night's rendering.
 int PictureWork::TakeDown(const PlannedPicture& picture, int status, double seconds,
                           std::uint64_t bytes) {
   const std::string folder = std::filesystem::path(rules_.manifest).parent_path().string();

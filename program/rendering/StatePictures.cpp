@@ -39,6 +39,8 @@ std::string SortableDate(const std::string& shown) {
 
 }  // namespace
 
+// The last conversion catches what follows the number: two conversions read means nothing does.
+// Nine digits cannot overflow.
 Result<PictureSize> ParsePictureSize(const std::string& typed) {
   long width = 0;
   long height = 0;
@@ -63,6 +65,7 @@ int StatePictures::Fail(const std::string& why) {
   return kFailed;
 }
 
+// The rows are copied now: recalling a state moves the "current" mark and rebuilds the list.
 int StatePictures::Choose(const std::vector<std::string>& typed) {
   std::vector<std::string> names;
   if (const int status = scene_.ChooseMarks(typed, names); status != kDone) return status;
@@ -98,6 +101,7 @@ int StatePictures::InState(const Mark& state, const std::function<int()>& look) 
 
 PictureSize StatePictures::Size() const { return pictures::SizeOf(scene_.Document()); }
 
+// The frame is the first one of the range of the render settings, in their own rate.
 PictureFacts StatePictures::Facts(const Mark& state) const {
   host::BaseDocument& doc = scene_.Document();
   const host::BaseContainer& settings = ActiveSettings(doc);
@@ -117,6 +121,7 @@ int StatePictures::Render(const PictureSize& size, const PictureTurn& turn, cons
   return RenderAs(false, size, turn, name, picture);
 }
 
+// On the caches that the pictures use afterwards, so that what is read here is not read again.
 int StatePictures::Probe(const PictureSize& size, engine::Image* picture) {
   engine::PictureSetup setup;
   setup.width = size.width;
@@ -137,6 +142,8 @@ int StatePictures::RenderLight(const PictureSize& size, const PictureTurn& turn,
   return RenderAs(true, size, turn, name, picture);
 }
 
+// The renderer holds its own copy of all that it needs once it has begun. Missing textures are left
+// out of the notes where the caller has named them before, all at once.
 int StatePictures::RenderAs(bool isLinear, const PictureSize& size, const PictureTurn& turn,
                             const std::string& name, engine::Image* picture) {
   PictureListener& listener = scene_.Listener();
@@ -166,6 +173,8 @@ int StatePictures::RenderAs(bool isLinear, const PictureSize& size, const Pictur
   return kDone;
 }
 
+// Encoded in memory first, the file replaced whole: a picture is never half there. The record goes
+// in before the mark, whose hash covers it.
 int StatePictures::Save(const engine::Image& picture, const std::string& path,
                         const std::string& maker, const PictureRecord* record,
                         std::uint64_t* bytes) {

@@ -1,3 +1,6 @@
+// Orders and news are lists of texts with a NUL behind each, numbers in decimal. The plan is made
+// from the same rules as in a shell (decision 72), so that both find each other's pictures
+// finished.
 #include "program/worker/PictureFiles.h"
 
 #include <charconv>
@@ -17,7 +20,8 @@ namespace {
 
 constexpr std::string_view kPictures = "pictures";
 
-// Parts of a text, between bytes that no name has.
+// Parts of a text, between bytes that no name has. A count stands before each list. Reading goes on
+// behind the end and notes it: one question at the end, IsWhole, is enough.
 class Parts {
  public:
   static std::string Joined(const std::vector<std::string>& parts) {
@@ -41,6 +45,7 @@ class Parts {
     isWhole_ = isWhole_ && read.ec == std::errc() && read.ptr == text.data() + text.size();
     return number;
   }
+  // The count is bound by what is there, so that a damaged one allocates nothing.
   std::vector<std::string> Texts() {
     std::vector<std::string> texts(std::min<std::uint64_t>(Number(), Left()));
     for (std::string& text : texts) text = Text();
@@ -66,6 +71,8 @@ void Add(const std::vector<std::string>& texts, std::vector<std::string>& parts)
 
 }  // namespace
 
+// The order of the parts is the protocol between a desktop and its own child, of one build: it has
+// no version.
 std::string PicturesAsText(const PicturesOrder& order) {
   std::vector<std::string> parts{std::string(kPictures)};
   for (const bool yes : {order.renders, order.keepsFinished, order.replaces})
@@ -107,6 +114,8 @@ std::string NewsAsText(const PictureNews& news) {
   return Parts::Joined(parts);
 }
 
+// Told by a child that may have been damaged by what it read: a kind out of range is refused before
+// it becomes one.
 std::optional<PictureNews> NewsFromText(const std::string& text) {
   Parts parts(text);
   PictureNews news;
@@ -126,6 +135,8 @@ std::optional<PictureNews> NewsFromText(const std::string& text) {
   return parts.IsWhole() ? std::optional(news) : std::nullopt;
 }
 
+// That some pictures failed was told with each of them; only what stopped the work is told at its
+// end. After that the plan is made anew: what was wrong may be mended by then.
 bool PictureFiles::Do(const PicturesOrder& order, const std::function<std::string()>& complaints) {
   int status = Plan(order);
   if (status == kDone) {
@@ -149,6 +160,8 @@ bool PictureFiles::Do(const PicturesOrder& order, const std::function<std::strin
   return true;
 }
 
+// The desktop asks for a plan and its cost first and then for the pictures of the same order, so
+// the plan is kept while only the wish to render and to replace differs.
 int PictureFiles::Plan(const PicturesOrder& order) {
   PicturesOrder alike = order;
   alike.renders = alike.replaces = false;
@@ -214,6 +227,7 @@ void PictureFiles::TellCost() {
   news.kind = PictureNews::Kind::Cost;
   news.pixels = planned_->plan.PixelsToRender();
   if (const auto estimate = planned_->plan.Estimate()) {
+    // Rounded up: 0 seconds would read as "not known".
     news.seconds = static_cast<std::uint64_t>(estimate->seconds + 0.999);
     news.bytes = estimate->bytes;
     const auto space = scene_.Files().Space(planned_->plan.Folder());
@@ -223,6 +237,8 @@ void PictureFiles::TellCost() {
   tell_(news);
 }
 
+// The thumbnail goes before the news, which tells the other side whose it is. Small pictures are
+// not enlarged.
 void PictureFiles::TellEnd(const PlannedPicture& picture, const engine::Image* image,
                            const std::string& why) {
   PictureNews news;
@@ -241,6 +257,8 @@ void PictureFiles::TellEnd(const PlannedPicture& picture, const engine::Image* i
   tell_(news);
 }
 
+// Refused before the first pixel, as a whole: half of an order would be neither the old nor the new
+// set.
 int PictureFiles::Render(const PicturesOrder& order, rendering::PictureWork& work,
                          std::size_t foreign) {
   if (foreign > 0 && !order.replaces) {

@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kNumberWidth = Points(40);
 
+// Chapters and their sections: a third level would fill pages.
 bool IsListed(int level) { return level <= 2; }
 
 }  // namespace
@@ -22,6 +23,7 @@ void PlaceHeadings(const QTextDocument& document, std::vector<SetHeading>& headi
   for (SetHeading& heading : headings) {
     const QRectF box =
         document.documentLayout()->blockBoundingRect(document.findBlock(heading.position));
+    // The document is one tall strip, of which each page shows a piece.
     heading.page = static_cast<int>(box.top() / height);
     heading.top = box.top() - heading.page * height;
   }
@@ -33,6 +35,8 @@ Contents::Contents(QTextCursor& cursor, const std::vector<Piece>& pieces, double
     if (piece.kind == Kind::Heading && IsListed(piece.level)) listed.push_back(&piece);
   }
   QTextBlockFormat heading = HeadingBlock(1);
+  // A chapter begins a page; this one is on the first one anyway, and a break would leave that
+  // empty.
   heading.setPageBreakPolicy(QTextFormat::PageBreak_Auto);
   cursor.setBlockFormat(heading);
   cursor.insertText(QStringLiteral("Contents"), HeadingText(1));
@@ -48,6 +52,7 @@ void Contents::WriteRow(int row, const Piece& piece) {
   QTextCharFormat format = ContentsText(chapter);
   format.setAnchor(true);
   format.setAnchorHref(u'#' + AnchorOf(text));
+  // Both the text and the number are links.
   for (int column = 0; column < 2; ++column) {
     const QTextTableCell cell = table_->cellAt(row, column);
     Pad(cell, column == 0 && !chapter ? 14 : 0, chapter ? 8 : 1.6, 0, 1.6);

@@ -11,6 +11,7 @@ constexpr const char* kSerif = "DejaVu Serif";
 constexpr const char* kSans = "DejaVu Sans";
 constexpr const char* kMono = "DejaVu Sans Mono";
 
+// Without hinting, which would set letters for a screen and not for paper.
 QFont Font(const char* family, double size, bool bold) {
   QFont font(QString::fromLatin1(family));
   font.setPointSizeF(size);

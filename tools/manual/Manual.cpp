@@ -56,6 +56,7 @@ MadeManual MakeManual(const QString& markdown, const QString& folder, const QStr
   buffer.open(QIODevice::WriteOnly);
   QPdfWriter writer(&buffer);
   writer.setPageSize(QPageSize(QPageSize::A4));
+  // The margins are the document's own, which headers and footers stand in.
   writer.setPageMargins(QMarginsF());
   writer.setResolution(kUnitsPerInch);
   writer.setTitle(title.title);
@@ -67,6 +68,8 @@ MadeManual MakeManual(const QString& markdown, const QString& folder, const QStr
   if (!DrawPages(writer, title, setting))
     return {{}, QStringLiteral("The pages could not be drawn.")};
 
+  // The toolkit writes links within a document as addresses, no outline, and the time; all three
+  // are mended in the bytes.
   std::optional<PdfFile> pdf = PdfFile::Read(buffer.data());
   const std::vector<Destination> places = PlacesOf(setting);
   if (!pdf || !pdf->LinkTo(places)) return {{}, QStringLiteral("The links could not be written.")};

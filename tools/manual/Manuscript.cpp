@@ -54,6 +54,7 @@ Piece ReadBlock(const QTextBlock& block) {
   if (const int level = block.blockFormat().headingLevel()) {
     piece.kind = Kind::Heading;
     piece.level = level;
+    // The reader makes headings bold itself; our look for them says so, too.
     for (Run& run : piece.line) run.bold = false;
   } else if (const QTextList* list = block.textList()) {
     const bool numbered = list->format().style() == QTextListFormat::ListDecimal;
@@ -80,6 +81,8 @@ Piece ReadTable(const QTextTable& table) {
 
 }  // namespace
 
+// The toolkit's reader gives a block for each line of code, and frames for tables: lines of one
+// block of code are put together again.
 std::vector<Piece> ReadManuscript(const QString& markdown) {
   QTextDocument document;
   document.setMarkdown(markdown, QTextDocument::MarkdownDialectGitHub);
@@ -101,6 +104,7 @@ std::vector<Piece> ReadManuscript(const QString& markdown) {
       continue;
     }
     inCode = false;
+    // Of length 1 are those that hold their end only.
     if (block.length() > 1) pieces.push_back(ReadBlock(block));
   }
   return pieces;

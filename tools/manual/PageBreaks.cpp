@@ -11,7 +11,8 @@ namespace manual {
 
 namespace {
 
-// The pages that the lines of an item are on, in order.
+// The pages that the lines of an item are on, in order. One unit is added, since a line at the very
+// top of a page may be reckoned a hair above it.
 std::vector<int> PagesOf(const QTextDocument& document, const SetItem& item) {
   std::vector<int> pages;
   const double height = document.pageSize().height();
@@ -56,6 +57,7 @@ bool IsTorn(const QTextDocument& document, const std::vector<SetItem>& items, st
     case Kind::Table:
       return split && RowsOnFirstPage(document, items[index]) <= kFewRows;
     default:
+      // A single line at the end of a page, or at the beginning of the next.
       return split && (pages[1] != pages[0] || pages[pages.size() - 2] != pages.back());
   }
 }
@@ -84,6 +86,7 @@ void BeginPage(QTextDocument& document, const SetItem& item) {
 
 }  // namespace
 
+// From front to back, each after those before it are settled: a break moves everything behind it.
 void BreakPages(QTextDocument& document, const std::vector<SetItem>& items) {
   for (std::size_t i = 0; i < items.size(); ++i) {
     if (!IsTorn(document, items, i)) continue;

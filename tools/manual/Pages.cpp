@@ -64,6 +64,7 @@ void DrawMargins(QPainter& painter, const QSizeF& page, const QString& title,
 
 bool DrawPages(QPagedPaintDevice& device, const TitlePage& title, const Setting& setting) {
   QPainter painter(&device);
+  // Screenshots: the edges of letters would blur.
   painter.setRenderHint(QPainter::LosslessImageRendering);
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
   const QSizeF page = setting.Document().pageSize();
@@ -74,6 +75,7 @@ bool DrawPages(QPagedPaintDevice& device, const TitlePage& title, const Setting&
     painter.save();
     painter.translate(0, -top);
     QAbstractTextDocumentLayout::PaintContext context;
+    // Without it every page would draw the whole document, and hide most of it.
     context.clip = QRectF(0, top, page.width(), page.height());
     setting.Document().documentLayout()->draw(&painter, context);
     painter.restore();

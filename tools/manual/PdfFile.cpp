@@ -7,7 +7,8 @@ namespace manual {
 
 namespace {
 
-// The number that stands first after `key`; -1 where there is none.
+// The number that stands first after `key`; -1 where there is none. The last mention counts, as
+// that of a file that was appended to.
 qlonglong NumberAfter(const QByteArray& text, const char* key) {
   const qsizetype at = text.lastIndexOf(key);
   if (at < 0) return -1;
@@ -34,6 +35,8 @@ std::optional<PdfFile> PdfFile::Read(const QByteArray& bytes) {
   return file;
 }
 
+// The cross-reference table of PDF 1.7, section 7.5.4: a line of 20 bytes for each object, with its
+// offset in ten digits.
 bool PdfFile::ReadObjects() {
   start_ = NumberAfter(bytes_, "startxref");
   const QByteArray trailer = bytes_.mid(bytes_.lastIndexOf("trailer"));
@@ -80,9 +83,11 @@ QByteArray PdfFile::Object(int number) const {
 void PdfFile::ForgetTime() {
   const qsizetype at = bytes_.indexOf("/CreationDate", offsets_.value(info_));
   if (at < 0) return;
+  // Blanks in its place, so that no offset changes.
   for (qsizetype i = at; i < bytes_.size() && bytes_[i] != '\n'; ++i) bytes_[i] = ' ';
 }
 
+// The format counts upwards from the bottom of a page.
 QByteArray PdfFile::PlaceOf(const Destination& place) const {
   const double above = 8;  // what stays visible above the line
   return "[" + Reference(pages_[place.page]) + " /XYZ 0 " +
@@ -115,7 +120,8 @@ struct Entry {
   int parent = -1, previous = -1, next = -1, first = -1, last = -1, children = 0;
 };
 
-// One for each place by its level, and a last one, which holds those of the highest level.
+// One for each place by its level, and a last one, which holds those of the highest level. PDF 1.7,
+// section 12.3.3: entries are linked to their neighbors and to the first and last one below them.
 std::vector<Entry> TreeOf(const std::vector<Destination>& places) {
   std::vector<Entry> entries(places.size() + 1);
   std::vector<int> open;  // the entry of each level that further ones may belong to
@@ -149,6 +155,7 @@ void PdfFile::AddOutline(const std::vector<Destination>& places) {
     add(text, "Next", entries[i].next);
     add(text, "First", entries[i].first);
     add(text, "Last", entries[i].last);
+    // Below 0: folded at first.
     if (entries[i].children > 0) text += "\n/Count -" + QByteArray::number(entries[i].children);
     replaced_[count_ + static_cast<int>(i)] = text + "\n>>\n";
   }
@@ -163,6 +170,8 @@ void PdfFile::AddOutline(const std::vector<Destination>& places) {
   replaced_[root_] = catalog;
 }
 
+// An incremental update (PDF 1.7, section 7.5.6): objects, a table for these alone, and a trailer
+// that leads to the former table.
 QByteArray PdfFile::Bytes() const {
   QByteArray bytes = bytes_;
   QByteArray table = "xref\n";

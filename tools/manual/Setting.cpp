@@ -25,6 +25,7 @@ QString Typeset(QString text) {
 
 Setting::Setting(const std::vector<Piece>& pieces, const QString& folder, QPagedPaintDevice& device)
     : document_(std::make_unique<QTextDocument>()), cursor_(document_.get()), folder_(folder) {
+  // Laid out for the device that draws it: a screen's resolution would break lines elsewhere.
   document_->documentLayout()->setPaintDevice(&device);
   document_->setUseDesignMetrics(true);
   document_->setDefaultFont(BodyText().font());
@@ -41,6 +42,7 @@ Setting::Setting(const std::vector<Piece>& pieces, const QString& folder, QPaged
   Contents contents(cursor_, pieces, textWidth_);
   cursor_.movePosition(QTextCursor::End);
   for (const Piece& piece : pieces) SetPiece(piece);
+  // In this order: breaks move headings, and the contents print where they came to stand.
   BreakPages(*document_, items_);
   PlaceHeadings(*document_, headings_);
   contents.Number(headings_);
@@ -82,6 +84,7 @@ void Setting::SetParagraph(const Piece& piece) {
   const bool afterList =
       !items_.empty() && (items_.back().kind == Kind::Bullet || items_.back().kind == Kind::Step);
   QTextBlockFormat block = BodyBlock();
+  // Entries of a list stand close; the paragraph behind it keeps its distance.
   if (afterList) block.setTopMargin(block.bottomMargin());
   StartBlock(piece.kind, block);
   InsertLine(cursor_, piece.line, BodyText());
@@ -114,6 +117,7 @@ void Setting::SetPanel(const Piece& piece) {
 
 void Setting::SetTable(const Piece& piece) {
   const auto& head = piece.cells.front();
+  // Better no manual than one with a table that lost its head.
   if (head.front().empty()) {
     problem_ = QStringLiteral(
         "A table has no head. The reader loses that of a table just after code: put a sentence "
@@ -142,6 +146,7 @@ void Setting::SetFigure(const Piece& piece) {
   }
   StartBlock(piece.kind, PictureBlock());
   const double limit = document_->pageSize().height() * kTallestPicture;
+  // Never enlarged beyond what the screen's pixels bear.
   const double scale =
       std::min({textWidth_ / size.width(), limit / size.height(), kLargestPictureScale});
   QTextImageFormat image;
@@ -151,6 +156,7 @@ void Setting::SetFigure(const Piece& piece) {
   cursor_.insertImage(image);
   cursor_.insertBlock(CaptionBlock());
   cursor_.insertText(PlainText(piece.line), CaptionText());
+  // The caption belongs to the picture, and stays on its page.
   items_.back().last = cursor_.position();
 }
 
@@ -175,12 +181,14 @@ QTextTable* Setting::StartTable(Kind kind, int rows, const std::vector<double>& 
 void Setting::LeaveTable() {
   items_.back().last = static_cast<QTextTable*>(items_.back().frame)->lastPosition();
   cursor_.movePosition(QTextCursor::End);
+  // The toolkit leaves an empty block behind each table, which is used for what comes next.
   freshBlock_ = true;
 }
 
 void Setting::InsertLine(QTextCursor& cursor, const Line& line, const QTextCharFormat& base) {
   for (const Run& run : line) {
     QTextCharFormat format = base;
+    // A little smaller: letters of one width look larger than the text around them.
     QFont font = run.code ? Mono(base.font().pointSizeF() - 0.7) : base.font();
     font.setBold(run.bold || base.font().bold());
     font.setItalic(run.italic);

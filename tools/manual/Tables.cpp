@@ -21,6 +21,7 @@ QTextTable* InsertPlainTable(QTextCursor& cursor, int rows, const std::vector<do
   format.setCellSpacing(0);
   format.setTopMargin(Points(3));
   format.setBottomMargin(Points(10));
+  // Repeated at the top of each page.
   format.setHeaderRowCount(rows > 1 ? 1 : 0);
   QList<QTextLength> lengths;
   double total = 0;
@@ -45,6 +46,7 @@ std::vector<double> ColumnWidths(const std::vector<std::vector<Line>>& cells, do
   const double first = std::min(wanted[0], total * 0.4);
   const double sum = std::accumulate(wanted.begin(), wanted.end(), 0.0);
   if (sum <= total || wanted.size() == 1) {
+    // The last column takes what is left.
     wanted.back() += total - sum;
     return wanted;
   }

@@ -35,6 +35,7 @@ int SetManual(const QStringList& words) {
 }  // namespace
 
 int main(int count, char** words) {
+  // The toolkit orders some of its output by hashes: the same text must give the same bytes.
   QHashSeed::setDeterministicGlobalSeed();
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QGuiApplication application(count, words);

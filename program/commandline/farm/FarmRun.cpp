@@ -1,3 +1,6 @@
+// One task of the farm, or one call by hand: it opens the frozen scene, finds out whether that is
+// what was submitted, and does those of its pictures that are not there, sharing them with whoever
+// else is at them.
 #include <unistd.h>
 
 #include <cstdlib>
@@ -16,6 +19,7 @@ namespace {
 constexpr const char* kReportFile = "/report.html";
 constexpr const char* kReportMaker = "farm";
 
+// Set by Slurm in each task of an array; empty elsewhere.
 std::string OwnNumber() {
   const char* number = std::getenv("SLURM_ARRAY_JOB_ID");
   return number ? number : "";
@@ -51,7 +55,8 @@ class FarmRunning {
     return kFailed;
   }
 
-  // Stops the whole job: a fault of the scene concerns every picture.
+  // Stops the whole job: a fault of the scene concerns every picture. The note comes first, then
+  // the array goes: tasks that begin in between read it and end at once.
   int Stop(const std::string& why) {
     StopJob(session_.Files(), job_, why);
     if (const std::string number = OwnNumber(); !number.empty()) (void)CancelInSlurm({number}).Ok();
@@ -69,6 +74,7 @@ class FarmRunning {
     return ChooseTasks();
   }
 
+  // Without a submission all pictures, as for a call without a scheduler.
   int ChooseTasks() {
     if (options_.submission == 0) {
       for (std::size_t i = 0; i < job_.tasks.size(); ++i) chosen_.push_back(i);
@@ -87,7 +93,8 @@ class FarmRunning {
     if (session_.Files().Kind(job_.scene) != engine::FileKind::File)
       return Stop("The frozen scene \"" + job_.scene + "\" is not to be seen from \"" +
                   pictures::HostName() + "\".");
-    // A machine on which the program does not work is no reason to stop the others.
+    // A machine on which the program does not work is no reason to stop the others. The plug-in is
+    // loaded before the scene is opened, and a fault of the machine stays its own.
     if (const int status = session_.Start(); status != kDone) return status;
     if (const int status = session_.Open(job_.scene); status != kDone)
       return status == kInterrupted ? status : Stop("The frozen scene cannot be opened.");
@@ -99,6 +106,7 @@ class FarmRunning {
                : Stop("The frozen scene or one of its textures is no longer what was submitted.");
   }
 
+  // A manifest of its own for each process, so that no two machines write to one file.
   int Work() {
     engine::FileSystem& files = session_.Files();
     const std::string name = "/manifest/" + SafeFileName(pictures::HostName()) + "-" +
@@ -159,6 +167,7 @@ class FarmCollecting {
     FarmReport state(files, job_);
     (void)state.AskScheduler().Ok();
     if (const int status = WriteManifest(state); status != kDone) return status;
+    // Before the page, which shows the sheet where there is one.
     const int made = MakeSheet(state);
     const std::string page = publishing::WithMaker(state.Page(), kReportMaker);
     const auto written = files.ReplaceFile(job_.folder + kReportFile, page);
@@ -176,7 +185,8 @@ class FarmCollecting {
     return kFailed;
   }
 
-  // Writes one line for each picture that is there, whoever made it.
+  // Writes one line for each picture that is there, whoever made it. The manifests of all machines
+  // in one, for programs that read the pictures.
   int WriteManifest(const FarmReport& state) {
     std::string text;
     for (std::size_t i = 0; i < job_.tasks.size(); ++i) {
@@ -191,6 +201,7 @@ class FarmCollecting {
     return written ? kDone : Fail(written.Message());
   }
 
+  // Each state by its largest picture; an export of what is there, also while the job goes on.
   int MakeSheet(const FarmReport& state) {
     SheetOrder order;
     for (std::size_t i = 0; i < job_.tasks.size(); ++i) {

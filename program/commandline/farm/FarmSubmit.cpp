@@ -1,3 +1,6 @@
+// Submitting goes: plan (names, records, cost, as `render` does), freeze the scene, write the job,
+// ask the scheduler what it has of it already, hand over the rest in chunks. The scripts and the
+// note of a hand-over are written before it, because its first task may begin at once.
 #include <chrono>
 #include <cmath>
 #include <filesystem>
@@ -21,9 +24,11 @@ constexpr double kReadingShare = 0.1;
 constexpr double kPerTask = 1.1;
 // Most tasks of one array, which Slurm has unless it was told otherwise.
 constexpr std::size_t kMostTasks = 1000;
+// Stands for the job's folder in the pattern, because that is named by what the plan gives.
 constexpr const char* kFolderMark = "@";
 
-// Pictures in a task.
+// Pictures in a task. So many that reading the scene, with what a task costs besides, is a tenth of
+// the task: n * each * 0.1 = (reading + task) * 0.9. Never more tasks than the scheduler takes.
 std::size_t ChunkSize(const FarmJob& job, std::size_t pictures, unsigned wanted) {
   const std::size_t least = (pictures + kMostTasks - 1) / kMostTasks;
   if (wanted > 0) return std::max<std::size_t>(wanted, least);
@@ -45,6 +50,7 @@ FarmSubmission Chunked(const FarmJob& job, const std::vector<std::size_t>& pictu
   return submission;
 }
 
+// exec, so that signals of the scheduler reach the program itself.
 std::string ScriptText(const FarmJob& job, const std::string& call) {
   return "#!/bin/sh\n# Pictures of " + Shown(job.title) + "\nexec " +
          Quoted(engine::ProgramFolder() + "/stagemarks") + " farm " + call + "\n";
@@ -104,6 +110,8 @@ class HandOver {
     }
   }
 
+  // Each failure takes back what was written for a hand-over that did not happen. A missing report
+  // is no failure: `collect` makes it at any time.
   int Submit(Report& report) {
     auto status = files_.ReplaceFile(array_.script, arrayScript_);
     if (status) status = files_.ReplaceFile(last_.script, lastScript_);
@@ -270,7 +278,8 @@ class FarmSubmitting {
                    SizeText(task.record.size));
   }
 
-  // The hash of the scene as it was opened; every state is in it.
+  // The hash of the scene as it was opened; every state is in it. With the bytes of the file: what
+  // is not seen in pictures, the Stagemarks themselves, is frozen, too.
   std::string Content() {
     const std::string file = AbsolutePath(options_.place);
     const auto bytes = session_.Files().ReadFile(file);
@@ -283,6 +292,7 @@ class FarmSubmitting {
     const std::string content = Content();
     job_.scene = FrozenPath(farm_, job_.title, content);
     if (options_.dryRun) {
+      // With --dry-run: as it would be handed over, as if nothing of it was done.
       HandOver(program_, options_, files, job_, Submission()).Show(report_);
       report_.Line("");
       report_.Line("Nothing was written or submitted (--dry-run).");
@@ -307,6 +317,7 @@ class FarmSubmitting {
 
   // A job that was submitted before: only what nobody is going to do.
   int Submit() {
+    // Read back from the folder, with the hand-overs of earlier calls.
     const auto former = ReadJob(session_.Files(), job_.folder);
     if (!former) return Fail(former.Message());
     const FarmJob& job = former.Value();
@@ -346,6 +357,7 @@ int SubmitToFarm(Program& program, const FarmOptions& options) {
   return FarmSubmitting(program, options).Run();
 }
 
+// The mark of a stopped job goes only when something is handed over again.
 int RetryOnFarm(Program& program, const FarmOptions& options) {
   Session session(program);
   engine::FileSystem& files = session.Files();

@@ -1,3 +1,6 @@
+// A copy of the scene that nobody changes any more: a folder named by its content, with the
+// textures in it under names of their own. It is made beside its place and renamed when it is
+// whole, so that a folder of that name is always complete.
 #include "program/commandline/farm/FrozenScene.h"
 
 #include <unistd.h>
@@ -50,7 +53,8 @@ class TextureGathering {
   }
 
  private:
-  // The name of the copy; empty for a texture that is not there.
+  // The name of the copy; empty for a texture that is not there. Each name is copied once; two
+  // names of one content become one file.
   Result<std::string> Copy(const std::string& name) {
     const auto known = byName_.find(name);
     if (known != byName_.end()) return known->second;
@@ -78,6 +82,7 @@ class TextureGathering {
   std::unordered_map<std::string, std::string> byName_;
 };
 
+// Textures first: saving writes the names of the copies into the scene.
 Status CopyInto(Session& session, const std::string& folder, const std::string& file) {
   engine::FileSystem& files = session.Files();
   host::BaseDocument& doc = session.Document();

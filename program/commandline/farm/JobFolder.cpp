@@ -1,3 +1,7 @@
+// A job as files that all machines see (decision 63): job.json and tasks.jsonl are written once,
+// submissions/NNN.json with each hand-over, manifest/*.jsonl by the programs that render,
+// stopped.json by who stops it. Nothing is changed in place; everything is replaced whole or
+// appended to by one program alone.
 #include "program/commandline/farm/JobFolder.h"
 
 #include <algorithm>
@@ -26,6 +30,7 @@ constexpr const char* kJobFile = "/job.json";
 constexpr const char* kTasksFile = "/tasks.jsonl";
 constexpr const char* kStopFile = "/stopped.json";
 constexpr const char* kJobs = "/jobs";
+// Of job.json; another one is refused.
 constexpr int kFormat = 1;
 
 std::string Dumped(const Json& json) {
@@ -56,6 +61,7 @@ double NumberOf(const Json& json, const char* key) {
   return found != json.end() && found->is_number() ? found->get<double>() : 0;
 }
 
+// Numbers of pictures beyond the job are damage.
 std::optional<FarmSubmission> SubmissionOf(const Json& json, std::size_t tasks) {
   FarmSubmission submission;
   submission.job = TextOf(json, "job");
@@ -74,6 +80,7 @@ std::optional<FarmSubmission> SubmissionOf(const Json& json, std::size_t tasks) 
   return submission;
 }
 
+// In a row from 1. A damaged one keeps its number, so that the next does not take it.
 void ReadSubmissions(FileSystem& files, FarmJob& job) {
   for (std::size_t number = 1;; ++number) {
     const std::string path = SubmissionPath(job, number, ".json");
@@ -96,7 +103,8 @@ std::string TasksText(const FarmJob& job) {
   return text;
 }
 
-// The jobs in a farm, the one written last first.
+// The jobs in a farm, the one written last first. By when job.json was written; the negative time
+// sorts the latest first.
 std::vector<std::string> JobsIn(FileSystem& files, const std::string& farm) {
   if (files.Kind(farm + kJobs) != FileKind::Folder) return {};
   const auto names = files.ListFolders(farm + kJobs);
@@ -113,6 +121,7 @@ std::vector<std::string> JobsIn(FileSystem& files, const std::string& farm) {
   return folders;
 }
 
+// Reads the job: asked last, when no name fits.
 bool HasNumber(FileSystem& files, const std::string& folder, const std::string& number) {
   const auto job = ReadJob(files, folder);
   return job && std::ranges::any_of(job.Value().submissions, [&](const FarmSubmission& submission) {
@@ -128,6 +137,8 @@ void TakeLine(const ManifestLine& line, TaskOutcome& outcome) {
   outcome.state = line.failed ? TaskState::Failed : TaskState::Done;
 }
 
+// A line says that it was rendered; the file must still be there and as long. Reading and hashing
+// each of ten thousand pictures with every look would take minutes.
 void LookAtFile(FileSystem& files, const ManifestLine& task, TaskOutcome& outcome) {
   const bool isThere = files.Kind(task.picture) == FileKind::File;
   if (outcome.state == TaskState::Done) {
@@ -147,6 +158,7 @@ void LookAtFile(FileSystem& files, const ManifestLine& task, TaskOutcome& outcom
 
 std::string FarmJob::Name() const { return fs::path(folder).filename().string(); }
 
+// job.json last: a folder without it is no job.
 Status WriteJob(FileSystem& files, const FarmJob& job) {
   for (const char* folder : {"", "/submissions", "/manifest", "/log", "/pictures"}) {
     if (Status made = files.MakeFolders(job.folder + folder); !made) return made;
@@ -168,6 +180,7 @@ Status WriteJob(FileSystem& files, const FarmJob& job) {
   return files.ReplaceFile(job.folder + kJobFile, Dumped(json));
 }
 
+// A picture missing from the list would never be rendered, so a damaged list is refused.
 Result<FarmJob> ReadJob(FileSystem& files, const std::string& folder) {
   if (files.Kind(folder + kJobFile) != FileKind::File) {
     return Result<FarmJob>::Failure(
@@ -209,6 +222,7 @@ std::string SubmissionScript(const FarmJob& job, std::size_t number) {
   return SubmissionPath(job, number, ".sh");
 }
 
+// Folder, then name, then number: what is nearer to what was typed wins.
 Result<std::string> FindJob(FileSystem& files, const std::string& farm, const std::string& typed) {
   files.Follow(farm);
   const std::vector<std::string> jobs = JobsIn(files, farm);
@@ -238,6 +252,7 @@ Result<std::string> FindJob(FileSystem& files, const std::string& farm, const st
       " Give its folder, its name or Slurm's number; --farm DIR names another farm.");
 }
 
+// Lines whose record is another one are of an earlier scene at the same path.
 std::vector<TaskOutcome> ReadOutcomes(FileSystem& files, const FarmJob& job) {
   std::unordered_map<std::string, std::size_t> places;
   for (std::size_t i = 0; i < job.tasks.size(); ++i) places.emplace(job.tasks[i].picture, i);

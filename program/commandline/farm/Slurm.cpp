@@ -1,3 +1,5 @@
+// The scheduler is spoken to by its own commands (sbatch, squeue, scancel), as a person at a shell
+// does; options and output are those of their manual pages (measured with 22.05, docs/FARM.md).
 #include "program/commandline/farm/Slurm.h"
 
 #include <fcntl.h>
@@ -27,6 +29,7 @@ using engine::Status;
 
 namespace {
 
+// How soon Ctrl-C reaches a command that is waited for.
 constexpr int kMillisecondsBetweenSignals = 50;
 
 struct Pipe {
@@ -40,7 +43,8 @@ struct Pipe {
   }
 };
 
-// Both outputs until both have ended. `child` is told to end when this program is; 0: none is.
+// Both outputs until both have ended. `child` is told to end when this program is; 0: none is. Both
+// at once: a command that fills one pipe while the other is read would wait for ever.
 void ReadBoth(const FileHandle& out, const FileHandle& err, pid_t child, ProgramAnswer& answer) {
   std::array<pollfd, 2> inputs{{{out.Get(), POLLIN, 0}, {err.Get(), POLLIN, 0}}};
   std::array<std::string*, 2> texts{&answer.out, &answer.err};
@@ -60,6 +64,7 @@ void ReadBoth(const FileHandle& out, const FileHandle& err, pid_t child, Program
   }
 }
 
+// As shells tell it: 128 and the signal.
 int EndOf(pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
@@ -84,7 +89,8 @@ std::string LastLine(const std::string& text) {
   return last.empty() ? "it said nothing" : last;
 }
 
-// A line of squeue: job|task|state|node|reason.
+// A line of squeue: job|task|state|node|reason. Tasks that wait as a range have no number of their
+// own and keep -1.
 QueuedTask TaskOf(const std::string& line) {
   std::istringstream columns(line);
   QueuedTask task;
@@ -97,6 +103,7 @@ QueuedTask TaskOf(const std::string& line) {
   return task;
 }
 
+// The words of the scheduler are handed on.
 Result<ProgramAnswer> Understood(Result<ProgramAnswer> answer,
                                  const std::vector<std::string>& words) {
   if (!answer) {
@@ -112,6 +119,8 @@ Result<ProgramAnswer> Understood(Result<ProgramAnswer> answer,
 
 }  // namespace
 
+// Output in pipes, no input: a command that asks something must not wait. The writing ends are
+// closed here, or reading would never end.
 Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words, Purpose purpose) {
   Pipe out = Pipe::Make();
   Pipe err = Pipe::Make();
@@ -137,6 +146,8 @@ Result<ProgramAnswer> RunProgram(const std::vector<std::string>& words, Purpose 
   return answer;
 }
 
+// A person's own options stand behind ours and win. Requeued tasks find their finished pictures and
+// append to the log.
 std::vector<std::string> SlurmCall(const SlurmOrder& order) {
   std::vector<std::string> words{"sbatch",
                                  "--parsable",
@@ -152,6 +163,7 @@ std::vector<std::string> SlurmCall(const SlurmOrder& order) {
   return words;
 }
 
+// --parsable prints the number, and behind a semicolon the cluster.
 Result<std::string> SubmitToSlurm(const SlurmOrder& order) {
   const auto call = SlurmCall(order);
   const auto answer = Understood(RunProgram(call), call);
@@ -162,6 +174,8 @@ Result<std::string> SubmitToSlurm(const SlurmOrder& order) {
   return Result<std::string>::Failure("Slurm gave no job number: " + LastLine(out) + ".");
 }
 
+// One question for all jobs. All states, because a task that has just ended tells of it for a
+// while.
 Result<std::vector<QueuedTask>> SlurmQueue(const std::vector<std::string>& jobs) {
   std::vector<QueuedTask> tasks;
   if (jobs.empty()) return tasks;
@@ -201,6 +215,7 @@ Status CancelInSlurm(const std::vector<std::string>& jobs) {
   return Understood(answer, words).GetStatus();
 }
 
+// For sh: within single quotes only a single quote means anything.
 std::string Quoted(const std::string& text) {
   std::string quoted = "'";
   for (const char letter : text)

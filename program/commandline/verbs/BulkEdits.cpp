@@ -22,7 +22,8 @@ struct BulkChoices {
 // Makes what is edited the selection; the text is what a person reads about it.
 using Selection = std::function<int(Session&, const BulkChoices&, std::string&)>;
 
-// Names of the Stagemarks whose records have changed. `before`: the document's former data.
+// Names of the Stagemarks whose records have changed. `before`: the document's former data. Records
+// that were not touched share their contents with the former ones, which makes comparing cheap.
 std::vector<std::string> ChangedSince(const host::BaseContainer& before,
                                       const host::BaseDocument& doc) {
   const host::BaseContainer* records = before.GetContainerInstance(engine::kStagemarksId);
@@ -35,6 +36,8 @@ std::vector<std::string> ChangedSince(const host::BaseContainer& before,
   return names;
 }
 
+// A message of the plug-in means that it refused: nothing is kept then. Whether anything changed is
+// told by the stored data, since the command itself says nothing.
 int Carry(Session& session, const BulkEdit& edit, const std::string& selected) {
   const std::vector<std::string> names = session.Dialog().CheckedNames();
   const host::BaseContainer before = *session.Document().GetDataInstance();
@@ -68,6 +71,7 @@ struct BulkVerb {
   std::shared_ptr<BulkChoices> choices;
 };
 
+// The choices are held by the verb's work: they live until it has run.
 BulkVerb AddBulkVerb(Arguments& arguments, Program& program, const char* name, const char* help,
                      const char* entry, const Selection& select) {
   Verb verb = arguments.AddVerb(name, help);

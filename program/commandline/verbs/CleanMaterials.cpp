@@ -16,6 +16,7 @@ std::vector<std::string> Materials(const host::BaseDocument& doc) {
   return names;
 }
 
+// The names before and after tell which ones went: the plug-in says nothing.
 int RunCleanMaterials(Program& program) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;

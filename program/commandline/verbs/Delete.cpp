@@ -19,6 +19,7 @@ bool PressDelete(Session& session, const Names& names) {
   return dialog.CheckOnly(names) && dialog.Choose(pictures::kDeleteChecked);
 }
 
+// A no to the question shows in the rows that are left. Previews go only when the scene is written.
 int RunDelete(Program& program, const Names& typed) {
   Session session(program);
   Names names;

@@ -165,6 +165,8 @@ class Demo {
 Demo::Demo(Session& session, std::string scene, std::string folder)
     : session_(session), scene_(std::move(scene)), folder_(std::move(folder)) {}
 
+// Each step only where the ones before worked. All states are recalled before and after the scene
+// was saved and read again.
 int Demo::Run() {
   Say(Colored(Color::Bold, "Stagemarks: three states of one scene") + "\n");
   const bool worked = Import() && Save() && RecordStates() && RecallStates() && UndoRecall() &&
@@ -181,6 +183,7 @@ void Demo::Say(const std::string& line) const {
   if (!program.json && !program.quiet) std::cout << line << std::endl;
 }
 
+// Answers `worked`, so that steps can be chained.
 bool Demo::Step(const std::string& text, bool worked, const std::vector<std::string>& why) {
   report_.Append("steps", {{"step", text}, {"worked", worked}, {"why", why}});
   Say("  " + (worked ? Colored(Color::Green, "\u2713") : Colored(Color::Red, "\u2717")) + " " +
@@ -227,6 +230,7 @@ bool Demo::Record(const DemoState& state) {
               recorded && hasPreview && dialog.Current() == state.name);
 }
 
+// States are compared as printed texts: what differs can be shown as it is.
 bool Demo::Recall(const State& state) {
   const bool loaded =
       session_.Dialog().Select(state.name) && session_.Dialog().Press(pictures::kLoad);
@@ -293,6 +297,8 @@ bool Demo::ExportStates() {
   return Step("Exported " + what, result.status == kDone, why) && CompareFiles(result);
 }
 
+// Each exported file is opened, compared and closed; the demo's own scene is active again
+// afterwards.
 bool Demo::CompareFiles(const ExportResult& result) {
   host::BaseDocument* const original = &session_.Document();
   for (const State& state : states_) {

@@ -20,6 +20,7 @@ int ReadFrames(Program& program, ExportChoices& choices) {
   return range ? kDone : kUsage;
 }
 
+// "free" is null where the disk does not tell.
 JsonMembers ReckonedIn(const exporting::ExportPlan& plan) {
   return {{"scenes", plan.scenes},
           {"textures", plan.textures},
@@ -28,6 +29,7 @@ JsonMembers ReckonedIn(const exporting::ExportPlan& plan) {
           {"free", plan.free ? JsonValue(*plan.free) : JsonValue()}};
 }
 
+// Also after a failure: the files that were written are told.
 void AddResult(const ExportOrder& order, const ExportResult& result, bool all, Report& report) {
   const std::string done = Counted(result.scenes.size(), "scene file") + " in " + order.folder;
   report.Line(!result.begun            ? "Nothing was exported."
@@ -53,6 +55,7 @@ std::vector<std::string> PlannedScenes(Session& session, const ExportOrder& orde
   return paths;
 }
 
+// Scenes that stand there are refused before anything is loaded.
 int RunExport(Program& program, ExportChoices choices) {
   if (const int status = ReadFrames(program, choices); status != kDone) return status;
   choices.order.folder = AbsolutePath(choices.order.folder);

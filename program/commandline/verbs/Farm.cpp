@@ -11,6 +11,7 @@ namespace commandline {
 
 namespace {
 
+// How often --watch looks, and how soon it hears Ctrl-C meanwhile.
 constexpr std::chrono::milliseconds kBetweenLooks{2000};
 constexpr std::chrono::milliseconds kBetweenSignals{50};
 
@@ -118,6 +119,8 @@ constexpr const char* kFarmFooter =
 
 }  // namespace
 
+// The job is read anew with each look, since a retry from elsewhere adds to it. A scheduler that
+// cannot be asked is told in the report and fails nothing.
 int TellFarmStatus(Program& program, const FarmOptions& options) {
   Session session(program);
   std::string shown;
@@ -143,6 +146,7 @@ int TellFarmStatus(Program& program, const FarmOptions& options) {
   }
 }
 
+// Each number by itself, so that one which Slurm has forgotten keeps none of the others.
 int CancelOnFarm(Program& program, const FarmOptions& options) {
   Session session(program);
   const auto job = JobMeant(session.Files(), options);

@@ -66,6 +66,7 @@ int CheckTarget(Session& session) {
   return status;
 }
 
+// The dialog is there before the file is opened: states that come in with it are recorded by it.
 int Import(Program& program, const ImportChoices& choices) {
   Session session(program);
   if (const int status = CheckTarget(session); status != kDone) return status;

@@ -49,6 +49,7 @@ void AddCounts(const host::BaseDocument& doc, Report& report) {
               Counted(counts.tags, "tag"));
 }
 
+// The line for a person ends after so many names, the list for a program has all.
 template <class T>
 void AddNames(T* first, const char* key, Report& report) {
   constexpr std::size_t kMost = 40;
@@ -63,6 +64,7 @@ void AddNames(T* first, const char* key, Report& report) {
   report.Put(key, names);
 }
 
+// The label stands at the first settings only.
 void AddRenderSettings(const host::BaseDocument& doc, Report& report) {
   report.PutList("renderSettings");
   std::string label = "render settings";
@@ -170,6 +172,7 @@ int PrintDump(const host::BaseDocument& doc, Program& program) {
   return Terminal::Interrupted() ? kInterrupted : kDone;
 }
 
+// --strict fails after everything is told: this verb is for finding out.
 int RunInfo(Program& program, const InfoOptions& options) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;

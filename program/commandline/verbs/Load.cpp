@@ -59,7 +59,8 @@ void Describe(const engine::StepDifference& changes, bool verbose, Report& repor
     report.Line("  and " + std::to_string(elements - kMostTold) + " more elements");
 }
 
-// kDone, with what it changed; it says why not.
+// kDone, with what it changed; it says why not. The difference is that of the open undo step, so it
+// tells what was really written. The options are back before it is asked.
 int LoadMark(Session& session, const LoadOptions& options, engine::StepDifference& changes) {
   Terminal& terminal = session.GetProgram().terminal;
   const std::string& name = options.name;
@@ -97,6 +98,8 @@ int LoadAndKeep(Session& session, const LoadOptions& options, Report& report) {
 // The effects of a load, computed from the record: nothing is loaded.
 class DryRun {
  public:
+  // For a person fields are read of those elements only that are going to be listed, once it is
+  // known which.
   DryRun(Session& session, const LoadOptions& options, const engine::StoredState& state)
       : session_(session),
         options_(options),
@@ -147,6 +150,7 @@ class DryRun {
     changes_ = std::move(found_);
   }
 
+  // Counted as a load counts, so that a dry run and the load say the same.
   engine::StepDifference Counts() const {
     engine::StepDifference counts;
     for (const engine::PartRow& row : engine::kPartRows) {
@@ -234,6 +238,7 @@ int TellWhatLoadWouldDo(Session& session, const LoadOptions& options, Report& re
   return kDone;
 }
 
+// With no place to keep it, a load is a dry run (decision 45).
 int RunLoad(Program& program, LoadOptions options) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;

@@ -16,6 +16,8 @@ struct MatrixOptions {
   bool html = false;
 };
 
+// For a person, with the signs of the cells explained below the table. `whole`: names and values
+// are not shortened.
 void AddLines(const host::BaseDocument& doc, const engine::StateMatrix& matrix, bool all,
               bool whole, Report& report) {
   if (matrix.Rows().empty()) {
@@ -31,6 +33,8 @@ void AddLines(const host::BaseDocument& doc, const engine::StateMatrix& matrix, 
               std::string(all ? "" : "   (--all: also what does not differ)"));
 }
 
+// The table is computed from the records; nothing is loaded. A spreadsheet and a page are printed
+// as they are made, without a report.
 int RunMatrix(Program& program, const MatrixOptions& options) {
   Session session(program);
   std::vector<engine::StoredState> states;

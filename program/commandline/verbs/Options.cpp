@@ -71,7 +71,9 @@ bool IsOn(const States& states, const std::string& option) {
 }
 
 // The options that were turned and that the scene will not have so when it is opened again. Objects
-// is never kept in a scene, and one without a choice of its own keeps nothing.
+// is never kept in a scene, and one without a choice of its own keeps nothing. Found out by trying:
+// the scene's data is put back as it was before, read by the dialog, and put right again. An option
+// is the scene's own when it is so with the turned data only.
 std::vector<std::string> NotKept(Session& session, const States& before, const States& wanted,
                                  const host::BaseContainer& old) {
   host::BaseContainer& data = *session.Document().GetDataInstance();

@@ -37,6 +37,7 @@ class PageVerb {
     return kFailed;
   }
 
+  // Everything that can be refused is, before the first state is read.
   int Plan() {
     auto viewer = publishing::ReadPageViewer(session_.Files());
     if (!viewer) return Fail(viewer.Message());
@@ -69,6 +70,7 @@ class PageVerb {
     return Write(page.Value(), making.Scene());
   }
 
+  // Scene and thumbnail in one load of the state.
   int Add(const PictureTurn& turn, publishing::PageMaking& making) {
     const Mark& state = states_.States()[turn.number];
     const std::string& name = states_.AsItIs() ? pictures::kAsItIs : state.name;

@@ -63,6 +63,7 @@ class PublishVerb {
     return kFailed;
   }
 
+  // Names and folder are checked before the first state is read.
   int Plan() {
     folder_ = AbsolutePath(choices_.folder);
     session_.Files().Follow(folder_);
@@ -87,6 +88,7 @@ class PublishVerb {
     return made ? kDone : Fail(made.Message());
   }
 
+  // A file that was written stays when a later one fails: it is whole.
   int Publish(const PlannedFile& file) {
     engine::PublishOptions options;
     options.scene = SceneName(session_.Document());
@@ -140,6 +142,7 @@ class PublishVerb {
     return Fail("\"" + name + "\" was not published: " + why);
   }
 
+  // Missing textures were named at the beginning.
   void Tell(const std::vector<std::string>& notes) {
     for (const std::string& note : notes) {
       const bool wasNamed = note.find(" was not found ") != std::string::npos;

@@ -13,6 +13,8 @@ struct RecordOptions {
   bool preview = false;
 };
 
+// A name that no file can have is recorded all the same, without its preview, which makes the verb
+// fail at its end.
 int RunRecord(Program& program, const RecordOptions& options) {
   Session session(program);
   if (const int status = session.StartWithScene(); status != kDone) return status;

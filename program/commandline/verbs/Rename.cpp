@@ -7,6 +7,7 @@ namespace commandline {
 
 namespace {
 
+// The plug-in takes a name twice; here it is refused, since everything is found by name.
 int RunRename(Program& program, const std::string& typed, const std::string& to) {
   Session session(program);
   std::string from;

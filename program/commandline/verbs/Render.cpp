@@ -60,6 +60,7 @@ class RenderVerb {
     return status;
   }
 
+  // Finished pictures stay, so nobody has to allow that they are replaced.
   int CheckPlaces() {
     std::vector<std::string> paths;
     for (PlannedPicture& picture : plan_.Pictures()) {
@@ -132,6 +133,7 @@ class RenderVerb {
                                                   : otherwise}});
   }
 
+  // Also after a failure: the pictures that are there are told.
   void PrintResult(int status) {
     Report& report = result_;
     std::size_t rendered = 0;

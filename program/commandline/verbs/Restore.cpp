@@ -25,7 +25,7 @@ std::string LocalTime(std::int64_t nanoseconds, const char* form) {
   return std::string(text, std::strftime(text, sizeof text, form, &local));
 }
 
-// In ISO 8601, with the zone of this machine.
+// In ISO 8601, with the zone of this machine. strftime writes +0100 where ISO 8601 has +01:00.
 std::string TimeForProgram(std::int64_t nanoseconds) {
   return LocalTime(nanoseconds, "%Y-%m-%dT%H:%M:%S%z").insert(22, ":");
 }
@@ -45,6 +45,7 @@ int KeepThere(Session& session, const std::string& word, Report& report) {
   return kDone;
 }
 
+// Neither version is lost: they change places (decision 69).
 int RestoreScene(Session& session, bool dryRun, Report& report) {
   Program& program = session.GetProgram();
   const std::string scene = AbsolutePath(program.scene);

@@ -119,6 +119,7 @@ class BatchRun {
     return kDone;
   }
 
+  // The scene is put where the shell has it.
   int Step(const std::string& line, std::size_t number) {
     Words words;
     if (!LineWords(line).Read(words)) {
@@ -137,6 +138,8 @@ class BatchRun {
     return Do(words, number, line);
   }
 
+  // Each step is read by arguments of its own, as if it was typed in a shell, and works on the open
+  // scene. The file is written once, at the end of all steps.
   int Do(Words& words, std::size_t number, const std::string& line) {
     Program step(program_.terminal, session_.Opened());
     step.yes = program_.yes;

@@ -44,6 +44,8 @@ class SetVerb {
   SetVerb(Program& program, const Changes& changes)
       : program_(program), changes_(changes), session_(program) {}
 
+  // All changes are one undo step. They are kept only when each of them worked: a step that fails
+  // ends the verb before anything is written.
   int Run() {
     if (const int status = session_.StartWithScene(); status != kDone) return status;
     host::BaseDocument& doc = session_.Document();
@@ -82,6 +84,7 @@ class SetVerb {
     return session_.Keep(report);
   }
 
+  // New things first: the other steps may name them.
   int Make() {
     host::BaseDocument& doc = session_.Document();
     if (!changes_.addCamera.empty()) {
@@ -113,6 +116,7 @@ class SetVerb {
              changes_.material.empty() && changes_.assignLayer.empty());
   }
 
+  // An object counts once, however many of its switches changed.
   int ChangeObjects() {
     if (!ChangesObjects()) return kDone;
     if (changes_.objects.empty()) return Refuse("Say which objects are meant with --object.");
@@ -129,6 +133,7 @@ class SetVerb {
     return kDone;
   }
 
+  // "default" is the mode that asks the object above.
   static host::LONG Mode(const std::string& word) {
     return word == "on" ? host::MODE_ON : word == "off" ? host::MODE_OFF : host::MODE_UNDEF;
   }
@@ -145,12 +150,14 @@ class SetVerb {
     }
   }
 
+  // Equal values are left alone, so that the count is of what changed.
   void Switch(host::BaseObject& object, engine::Switch which, host::LONG value) {
     if (engine::SwitchOf(object, which) == value) return;
     engine::ChangeSwitch(session_.Document(), {&object}, which, value);
     changed_.insert(&object);
   }
 
+  // By the tag that the picture shows.
   int ChangeMaterial(const Objects& objects) {
     if (changes_.material.empty()) return kDone;
     host::BaseMaterial* material = nullptr;
@@ -218,6 +225,7 @@ class SetVerb {
     return kDone;
   }
 
+  // No camera means the editor camera.
   int ChangeCamera() {
     if (changes_.camera.empty()) return kDone;
     host::BaseObject* camera = nullptr;

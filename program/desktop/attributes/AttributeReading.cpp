@@ -1,3 +1,7 @@
+// Reading goes in three stages, each in steps: identities become elements, the elements decide by
+// their types which groups of fields there are, and all of them are asked for each field until it
+// is known to be mixed. A field that is mixed drops out, so that in a scene of very unlike elements
+// hardly any is left to ask for.
 #include "program/desktop/attributes/AttributeReading.h"
 
 #include <QLocale>
@@ -17,6 +21,7 @@ namespace {
 using engine::NodeKind;
 using host::BaseList2D;
 
+// A person reads no more switches than that; a file may hold any number of them.
 constexpr int kMostPosts = 100;
 constexpr int kLongestLabel = 60;
 constexpr qsizetype kMostKinds = 3;
@@ -39,6 +44,7 @@ AttributeGroup GroupOf(const engine::FieldSection& section, const engine::Shared
   return group;
 }
 
+// A section is shown when it fits every type that occurs.
 void AddSections(std::vector<AttributeGroup>& groups, const ElementList& elements,
                  const engine::SharedIds& ids) {
   const auto types = OneOfEachType(elements);
@@ -65,7 +71,8 @@ void AddSwitches(std::vector<AttributeGroup>& groups, const char* title, const N
   if (!group.lines.empty()) groups.push_back(std::move(group));
 }
 
-// Groups of one render settings besides its own fields: post effects and multi-passes.
+// Groups of one render settings besides its own fields: post effects and multi-passes. Of one
+// settings only: those of several have nothing to do with each other.
 void AddOfSettings(std::vector<AttributeGroup>& groups, const host::RenderData& settings) {
   AddSwitches(groups, "Post Effects", settings.GetFirstVideoPost());
   AddSwitches(groups, "Multi-Pass", settings.GetFirstMultipass());
@@ -103,12 +110,14 @@ QString Plural(NodeKind kind) {
 
 }  // namespace
 
+// Whether the widgets of one can show the other. Elements and values may differ.
 bool AttributeGroup::LooksLike(const AttributeGroup& other) const {
   return title == other.title &&
          std::equal(lines.begin(), lines.end(), other.lines.begin(), other.lines.end(),
                     [](const auto& a, const auto& b) { return a.LooksLike(b); });
 }
 
+// With nothing selected the document itself is what is looked at.
 std::vector<AttributeGroup> GroupsFor(host::BaseDocument& doc, const ElementList& elements,
                                       const engine::SharedIds& ids) {
   std::vector<AttributeGroup> groups;
@@ -144,6 +153,7 @@ AttributeReading::AttributeReading(host::BaseDocument& doc, engine::SharedIds el
   if (ids_->empty()) BeginValues();
 }
 
+// One stage a call: a step of the next one may be dearer than what is left of this.
 bool AttributeReading::Advance(std::size_t elements) {
   if (found_ < ids_->size()) {
     FindMore(elements);
@@ -155,6 +165,7 @@ bool AttributeReading::Advance(std::size_t elements) {
   return isRead;
 }
 
+// Elements that are gone since they were selected are left out.
 void AttributeReading::FindMore(std::size_t elements) {
   const std::size_t end = std::min(ids_->size(), found_ + elements);
   for (; found_ < end; ++found_) {
@@ -164,6 +175,7 @@ void AttributeReading::FindMore(std::size_t elements) {
   if (found_ == ids_->size()) BeginValues();
 }
 
+// `common_` has all its values before `undecided_` points into it.
 void AttributeReading::BeginValues() {
   groups_ = GroupsFor(doc_, living_, ids_);
   for (const AttributeGroup& group : groups_) {
@@ -184,6 +196,8 @@ void AttributeReading::LookAtMore(std::size_t elements) {
   }
 }
 
+// Lines with elements of their own, such as a post effect, have one element or a few and are read
+// here at once. The values stand in the order of the lines.
 void AttributeReading::EndValues() {
   auto common = common_.begin();
   for (const AttributeGroup& group : groups_) {

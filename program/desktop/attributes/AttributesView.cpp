@@ -14,12 +14,15 @@ namespace desktop {
 
 namespace {
 
+// Pixels, but for the length of a heading, which is in letters.
 constexpr int kLeastLabel = 84;
 constexpr int kMostLabel = 120;
 constexpr int kLabelAir = 4;
 constexpr qsizetype kLongestHeading = 80;
+// Read within the call: they take less than a slice, and the panel does not flicker.
 constexpr std::size_t kMostElementsHere = 5000;
 
+// Then the widgets stay and only take other values: building them anew is what costs.
 bool LookAlike(const std::vector<AttributeGroup>& a, const std::vector<AttributeGroup>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](const auto& x, const auto& y) { return x.LooksLike(y); });
@@ -70,6 +73,7 @@ CollapsibleSection::CollapsibleSection(const QString& title, bool folded, QWidge
   });
 }
 
+// The label's text is the field's name, too, for those who have the screen read to them.
 void CollapsibleSection::AddLine(const QString& label, const QString& tip, int labelWidth,
                                  QWidget* field) {
   auto* text = new QLabel(body_);
@@ -110,6 +114,8 @@ AttributesView::AttributesView(QWidget* parent)
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 }
 
+// A value that is being typed is taken for the elements that it was typed for, before others are
+// shown. The change count is asked again after that, since taking it changes the document.
 void AttributesView::Follow(host::BaseDocument* doc, const engine::SharedIds& elements) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
   const bool others = IdentityOf(doc) != doc_ || elements != elements_;
@@ -162,6 +168,7 @@ void AttributesView::ShowRead(host::BaseDocument& doc) {
   }
 }
 
+// Lines are given to the widgets that stand there, in the same order.
 void AttributesView::ShowGroups(std::vector<AttributeGroup> groups) {
   if (!content_ || !LookAlike(groups, groups_)) Build(groups);
   content_->setEnabled(true);
@@ -172,6 +179,8 @@ void AttributesView::ShowGroups(std::vector<AttributeGroup> groups) {
   }
 }
 
+// The old widgets are deleted later: one of them may be the one whose edit brought us here. What
+// was folded stays so, by title, for the session.
 void AttributesView::Build(const std::vector<AttributeGroup>& groups) {
   for (const auto& [title, section] : sections_) folded_[title] = section->IsFolded();
   lines_.clear();
@@ -198,6 +207,7 @@ void AttributesView::Build(const std::vector<AttributeGroup>& groups) {
   setMinimumWidth(std::max(minimumWidth(), content_->minimumSizeHint().width() + margins));
 }
 
+// The line is looked up by its place at the time of the edit: by then it may show other elements.
 void AttributesView::AddGroup(const AttributeGroup& group, int labelWidth) {
   const auto kept = folded_.find(group.title);
   auto* section = new CollapsibleSection(

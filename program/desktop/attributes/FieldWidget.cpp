@@ -31,6 +31,7 @@ using host::BaseList2D;
 
 namespace {
 
+// A list keeps this width however long its entries are: panels are narrow.
 constexpr int kFewestLetters = 8;
 constexpr int kLongestLinkName = 200;
 
@@ -38,6 +39,7 @@ const char* NoneText(engine::FieldKind kind) {
   return kind == engine::FieldKind::Camera ? "Editor camera" : "None";
 }
 
+// On one line and cut: a name may be of any length and hold line breaks.
 QString NameOf(const BaseList2D& element) {
   const QString name = ToQt(element.GetName()).left(kLongestLinkName).simplified();
   return name.isEmpty() ? "(no name)" : name;
@@ -112,6 +114,7 @@ void ChoiceWidget::Box::focusInEvent(QFocusEvent* event) {
   QComboBox::focusInEvent(event);
 }
 
+// The wheel scrolls the panel; a list that changes under it would change the scene by accident.
 void ChoiceWidget::Box::wheelEvent(QWheelEvent* event) { event->ignore(); }
 
 ChoiceWidget::ChoiceWidget(const engine::Field& field, QWidget* parent)
@@ -128,6 +131,7 @@ ChoiceWidget::ChoiceWidget(const engine::Field& field, QWidget* parent)
   connect(box_, &QComboBox::activated, this, [this](int row) { Chosen(row); });
 }
 
+// Without signals: showing is no choice of a person.
 void ChoiceWidget::Show(const engine::FieldValue& value, const BaseDocument& doc) {
   const QSignalBlocker quiet(box_);
   doc_ = IdentityOf(&doc);
@@ -152,6 +156,8 @@ void ChoiceWidget::ShowLink(const engine::FieldValue& value, const BaseDocument&
   box_->setCurrentIndex(value.mixed[0] ? -1 : box_->findData(id));
 }
 
+// O(elements of the document); what was chosen stays chosen, by its identity. Render settings have
+// no "none": a document always has active ones.
 void ChoiceWidget::ReadList() {
   const BaseDocument* doc = IsLink() ? FindOpenDocument(doc_) : nullptr;
   if (!doc) return;
@@ -169,14 +175,17 @@ void ChoiceWidget::ReadList() {
   box_->setCurrentIndex(now.isValid() ? box_->findData(now) : -1);
 }
 
+// Resolved now: what was listed may be gone, which is a null link then.
 void ChoiceWidget::Chosen(int row) {
   if (!IsLink()) return Tell({host::GeData(host::LONG(box_->itemData(row).toInt()))});
   const BaseDocument* doc = FindOpenDocument(doc_);
   if (doc) Tell({host::GeData(engine::FindNode(doc, box_->itemData(row).toULongLong()))});
 }
 
+// Pixels.
 constexpr QSize kPatch(22, 16);
 
+// Part 0 to 2 of a vector; the value itself where it is no vector.
 double PartOf(const host::GeData& value, std::size_t part, engine::FieldKind kind) {
   if (!engine::IsOfParts(kind)) return value.GetReal();
   const host::Vector v = value.GetVector();
@@ -188,7 +197,8 @@ char MarkOf(engine::FieldKind kind, std::size_t part) {
   return (engine::IsColor(kind) ? "RGB" : kind == engine::FieldKind::Pair ? "UV" : "XYZ")[part];
 }
 
-// The color as the screen shows it, and the color that the screen shows so.
+// The color as the screen shows it, and the color that the screen shows so. Only FieldKind::Color
+// is linear light. Other colors, those of layers, are stored as the screen shows them.
 QColor ToScreen(const host::Vector& color, engine::FieldKind kind) {
   const auto byte = [kind](double share) {
     if (kind == engine::FieldKind::Color)
@@ -252,6 +262,7 @@ void NumberWidget::AddPatch() {
   layout()->addWidget(patch_);
 }
 
+// A part that is being typed keeps its text.
 void NumberWidget::Show(const engine::FieldValue& value, const host::BaseDocument&) {
   value_ = value;
   for (std::size_t part = 0; part < numbers_.size(); ++part) {
@@ -273,6 +284,7 @@ void NumberWidget::ShowPatch() {
   patch_->setIcon(picture);
 }
 
+// The chooser runs an event loop, in which this widget may be deleted.
 void NumberWidget::ChooseColor() {
   const QPointer<NumberWidget> alive(this);
   const QColor chosen = QColorDialog::getColor(
@@ -280,6 +292,7 @@ void NumberWidget::ChooseColor() {
   if (chosen.isValid() && alive) Tell({FromScreen(chosen, EditedField().kind)});
 }
 
+// Only the part that was typed is changed: the others may be mixed and stay as they are.
 void NumberWidget::Entered(std::size_t part, double number, bool goesOn) {
   engine::FieldEdit edit;
   edit.goesOn = goesOn;
@@ -318,6 +331,7 @@ SwitchWidget::SwitchWidget(const engine::Field& field, QWidget* parent)
   static_cast<QHBoxLayout*>(layout())->addStretch();
   setFocusProxy(box_);
   connect(box_, &QCheckBox::clicked, this, [this] {
+    // A click leaves "mixed" for good: a person can say on or off only.
     box_->setTristate(false);
     Tell({host::GeData(host::LONG(box_->isChecked() ? 1 : 0))});
   });
@@ -376,6 +390,7 @@ void TextWidget::Show(const engine::FieldValue& value, const host::BaseDocument&
                   value.mixed[0]);
 }
 
+// Elements have names; an empty file name is "no file".
 QString TextWidget::Take(const QString& text) const {
   if (EditedField().kind == engine::FieldKind::Text && text.isEmpty())
     return "A name needs one character at least.";
@@ -408,6 +423,7 @@ FieldWidget::FieldWidget(const engine::Field& field, QWidget* parent)
   setToolTip(field.tip);
 }
 
+// Before other elements are shown, which would take the text away.
 void FieldWidget::FinishTyping() {
   for (ConfirmedLineEdit* edit : edits_) {
     if (edit->IsTyped()) edit->Finish();

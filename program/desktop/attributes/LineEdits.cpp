@@ -17,6 +17,8 @@ namespace {
 constexpr const char* kRefusedLook = "border-color: #c7604f";
 constexpr int kFadingWidth = 14;
 constexpr int kMillisecondsTold = 4000;
+// Digits behind the point that are shown, digits that a sum of steps is rounded to, and letters of
+// the widget's usual and least width.
 constexpr int kDecimals = 4;
 constexpr int kRoundDigits = 12;
 constexpr int kShownDigits = 6;
@@ -24,7 +26,9 @@ constexpr int kFewestDigits = 3;
 constexpr int kFrame = 14;
 constexpr int kMarkWidth = 13;
 constexpr int kManySteps = 10;
+// Steps with less time between them become one undo step.
 constexpr qint64 kMillisecondsOfOneEdit = 1000;
+// Outside of these sizes a number is shown with an exponent.
 constexpr double kHuge = 1e9;
 constexpr double kTiny = 1e-4;
 
@@ -32,6 +36,7 @@ constexpr double kTiny = 1e-4;
 
 ConfirmedLineEdit::ConfirmedLineEdit(QWidget* parent) : QLineEdit(parent) {}
 
+// The text is only set where it differs: setting it moves the cursor and drops the selection.
 void ConfirmedLineEdit::ShowText(const QString& text, bool mixed) {
   shown_ = text;
   mixed_ = mixed;
@@ -45,6 +50,8 @@ void ConfirmedLineEdit::ShowText(const QString& text, bool mixed) {
   setModified(false);
 }
 
+// A text that is as it was before is no edit. `take` may have shown something else already,
+// a number rounded to its unit, say.
 QString ConfirmedLineEdit::Take() {
   if (!isModified()) return {};
   const QString typed = text();
@@ -57,6 +64,7 @@ QString ConfirmedLineEdit::Take() {
   return problem;
 }
 
+// Nothing is asked on leaving: a box would take the focus from where the person just went.
 void ConfirmedLineEdit::Finish() {
   const QString problem = Take();
   if (problem.isEmpty()) return;
@@ -74,6 +82,7 @@ void ConfirmedLineEdit::Mark(bool refused) {
   setStyleSheet(refused ? kRefusedLook : "");
 }
 
+// The toolkit leaves two pixels at both ends inside of what its style says.
 QRect ConfirmedLineEdit::TextPlace() const {
   QStyleOptionFrame option;
   initStyleOption(&option);
@@ -110,6 +119,7 @@ bool ConfirmedLineEdit::event(QEvent* event) {
     const auto& key = static_cast<QKeyEvent&>(*event);
     const bool redo = key.matches(QKeySequence::Redo) ||
                       (key.key() == Qt::Key_Z && key.modifiers() & Qt::ControlModifier);
+    // Not accepted: then the key is the window's command.
     if (key.matches(QKeySequence::Undo) || redo) return false;
   }
   if (event->type() == QEvent::ToolTip && IsCut()) {
@@ -120,6 +130,7 @@ bool ConfirmedLineEdit::event(QEvent* event) {
   return QLineEdit::event(event);
 }
 
+// Enter is not handed on: it would press the default button of a box around the field.
 void ConfirmedLineEdit::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
     const QString problem = Take();
@@ -134,11 +145,13 @@ void ConfirmedLineEdit::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+// A context menu of the field itself takes the focus for a while; that is no leaving.
 void ConfirmedLineEdit::focusOutEvent(QFocusEvent* event) {
   if (event->reason() != Qt::PopupFocusReason) Finish();
   QLineEdit::focusOutEvent(event);
 }
 
+// Never by the locale: a number that is copied out must be readable by every program.
 QString NumberText(double number) {
   if (!std::isfinite(number)) return "?";
   const double size = std::abs(number);
@@ -149,6 +162,8 @@ QString NumberText(double number) {
   return text == "-0" ? "0" : text;
 }
 
+// The typographic minus (U+2212) comes in with text that was copied from a page. std::from_chars
+// knows no plus sign, and needs the whole text to be the number.
 std::optional<double> ReadNumber(const QString& text, const engine::Field& field,
                                  QString* problem) {
   QString plain = text.trimmed();
@@ -210,6 +225,7 @@ void NumberLineEdit::Enter(double number, bool goesOn) {
   if (entered) entered(number, goesOn);
 }
 
+// From what is typed, if anything is; several numbers have none to begin at.
 void NumberLineEdit::Step(double steps) {
   QString problem;
   const auto from = IsTyped() ? ReadNumber(text(), field_, &problem) : number_;
@@ -245,6 +261,7 @@ void NumberLineEdit::keyPressEvent(QKeyEvent* event) {
 void NumberLineEdit::wheelEvent(QWheelEvent* event) {
   if (!hasFocus()) return event->ignore();
   wheel_ += event->angleDelta().y();
+  // Fine wheels send parts of a notch, which add up.
   const int notches = wheel_ / QWheelEvent::DefaultDeltasPerStep;
   wheel_ -= notches * QWheelEvent::DefaultDeltasPerStep;
   if (notches != 0) Step(notches);

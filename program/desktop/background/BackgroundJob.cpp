@@ -20,6 +20,7 @@ QThreadPool& Threads() {
 
 }  // namespace
 
+// Queued behind what was asked before; the toolkit drops it with the job that it is for.
 void BackgroundJob::Control::OnMainThread(std::function<void()> act) const {
   QMetaObject::invokeMethod(&job_, std::move(act), Qt::QueuedConnection);
 }
@@ -28,12 +29,16 @@ BackgroundJob::BackgroundJob(std::string name) : name_(std::move(name)) {
   connect(&watcher_, &QFutureWatcher<void>::finished, this, [this] { End(); });
 }
 
+// Disconnected first: nobody hears of an end that comes while the owner goes.
 BackgroundJob::~BackgroundJob() {
   watcher_.disconnect(this);
   watcher_.cancel();
   watcher_.waitForFinished();
 }
 
+// The work is moved out before it runs, so that what it holds is freed on its own thread also when
+// it throws. `problem_` is written there and read here only after the promise has finished, which
+// orders both.
 void BackgroundJob::Start(Work work, std::function<void(const std::string& problem)> ended) {
   problem_.clear();
   ended_ = std::move(ended);
@@ -57,6 +62,7 @@ void BackgroundJob::Finish() {
   End();
 }
 
+// Called by the watcher or by Finish, whichever comes first; once.
 void BackgroundJob::End() {
   if (const auto ended = std::exchange(ended_, nullptr)) ended(problem_);
 }

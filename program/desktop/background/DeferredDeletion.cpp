@@ -13,6 +13,7 @@ void DeferredDeletion::Take(OwnedDocument doc) {
   slices_.Start();
 }
 
+// One top-level object with all below it a time, the document itself last.
 bool DeferredDeletion::FreeNext() {
   host::BaseObject* object = doc_ ? doc_->GetFirstObject() : nullptr;
   if (object) {

@@ -10,9 +10,11 @@ namespace desktop {
 
 namespace {
 
+// Counted, since one may stand inside of another. Main thread only.
 int busy = 0;
 
-// The acts that wait, until the event loop finds the documents free before it waits itself.
+// The acts that wait, until the event loop finds the documents free before it waits itself. Before
+// the loop waits, and not by a timer: then all that was going on has returned for sure.
 class WaitingActs : public QObject {
  public:
   WaitingActs() {
@@ -44,6 +46,7 @@ class WaitingActs : public QObject {
 DocumentBusy::DocumentBusy() { ++busy; }
 DocumentBusy::~DocumentBusy() { --busy; }
 
+// A call of a plug-in counts by itself, whoever made it.
 bool IsDocumentBusy() { return busy > 0 || engine::InsideDialogCall(); }
 
 void WhenDocumentIsFree(QObject* context, std::function<void()> act) {

@@ -9,6 +9,7 @@ namespace desktop {
 
 namespace {
 
+// Of the bar; more would not show.
 constexpr int kSteps = 1000;
 constexpr int kLongestDoing = 70;
 
@@ -46,6 +47,7 @@ ProgressDialog::ProgressDialog(QWidget* window)
   setWindowModality(Qt::ApplicationModal);
   setMinimumDuration(std::numeric_limits<int>::max());
   setCancelButtonText("Stop");
+  // It stays at its end and open: the next part of the work goes on in the same box.
   setAutoReset(false);
   setAutoClose(false);
   new KeysWhileShown(*this);
@@ -53,6 +55,7 @@ ProgressDialog::ProgressDialog(QWidget* window)
   bar_->setRange(0, 0);
 }
 
+// A share below 0 leaves the bar as it is, busy until a first share is known.
 void ProgressDialog::Tell(double share, const QString& doing) {
   setLabelText(fontMetrics().elidedText(doing, Qt::ElideMiddle,
                                         kLongestDoing * fontMetrics().averageCharWidth()));

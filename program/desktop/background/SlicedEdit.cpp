@@ -1,3 +1,6 @@
+// The edit runs within the call for as long as nobody would notice, then in slices under a modal
+// box. The documents are busy until it ends; what it did is taken back when it is stopped, because
+// the run that goes takes its open undo group with it (decision 31).
 #include "program/desktop/background/SlicedEdit.h"
 
 #include <QPointer>
@@ -21,18 +24,23 @@ class SlicedEdit : public QObject {
         slices_(
             "\"" + edit.name + "\", which was taken back", [this] { return Advance(); },
             [this] { End(false); }) {
+    // It is what makes the documents busy: waiting for them it would wait for itself.
     slices_.waits = false;
     slices_.paused = [this] { ShowProgress(); };
     busy_.emplace();
     run_.emplace(doc, std::move(edit));
   }
 
+  // The first slice is as long as the patience, so that a short edit is over when its command
+  // returns.
   void Begin() {
     slices_.time = std::chrono::milliseconds(ProgressDialog::patience);
     slices_.StartHere();
   }
 
-  // Goes itself when the event loop comes round.
+  // Goes itself when the event loop comes round. The order matters: no slice comes any more, the
+  // undo group closes while the documents are still busy, then they are free, and only then is
+  // somebody told, who may begin the next edit.
   void End(bool whole) {
     if (!run_) return;
     slices_.Stop();
@@ -57,6 +65,7 @@ class SlicedEdit : public QObject {
     return false;
   }
 
+  // After the first slice the normal ones, which leave the box alive.
   void ShowProgress() {
     if (!box_) {
       slices_.time = std::min(kSliceTime, slices_.time);
@@ -75,6 +84,7 @@ class SlicedEdit : public QObject {
 
 }  // namespace
 
+// One at a time: the modal box keeps a person from a second one, so that only code can ask.
 void RunEdit(host::BaseDocument& doc, engine::StepwiseEdit edit,
              std::function<void(bool whole)> over) {
   if (IsEditing()) {

@@ -30,6 +30,7 @@ void Slices::Stop() {
   next_.stop();
 }
 
+// `isWaiting_` keeps a start during the waiting from waiting twice.
 void Slices::Slice() {
   next_.stop();
   if (!waits || !IsDocumentBusy()) return Advance();
@@ -40,6 +41,8 @@ void Slices::Slice() {
   });
 }
 
+// The time is asked after each little piece. An exception, mostly for lack of memory, must not
+// reach the event loop, which would end the program.
 void Slices::Advance() {
   QElapsedTimer spent;
   spent.start();

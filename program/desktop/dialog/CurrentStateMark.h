@@ -1,5 +1,5 @@
-// CurrentStateMark: the star of the current state in the Stagemarks list: full while the scene is in
-// that state, hollow once it has been changed. It is found out in slices of the event loop, of a
+// CurrentStateMark: the star of the current state in the Stagemarks list: full while the scene is
+// in that state, hollow once it has been changed. It is found out in slices of the event loop, of a
 // large scene when that has been left alone for a moment. Main thread.
 #pragma once
 

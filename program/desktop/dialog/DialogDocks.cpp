@@ -14,6 +14,7 @@ namespace {
 constexpr int kFirstWidth = 590;
 constexpr double kMostOfWindow = 0.4;
 
+// Closing asks the dialog, which may refuse; hiding it is for DialogClosed.
 class DialogDock : public QDockWidget {
  public:
   using QDockWidget::QDockWidget;
@@ -28,6 +29,7 @@ class DialogDock : public QDockWidget {
 
 }  // namespace
 
+// Dialogs that are open already are taken in: plug-ins may have opened them before the window.
 DialogDocks::DialogDocks(QMainWindow& window, engine::FileSystem& files)
     : window_(window), files_(files) {
   engine::AddDialogObserver(*this);
@@ -41,6 +43,7 @@ DialogView* DialogDocks::ViewOf(const host::GeDialog& dialog) const {
   return it == docks_.end() ? nullptr : static_cast<DialogView*>(it->second->widget());
 }
 
+// As a tab over a panel that stands there, so that it is in front (decision 51).
 void DialogDocks::PutOnTheRight(QDockWidget& dock) {
   window_.addDockWidget(Qt::RightDockWidgetArea, &dock);
   for (QDockWidget* other : window_.findChildren<QDockWidget*>()) {
@@ -68,6 +71,8 @@ void DialogDocks::DialogOpened(host::GeDialog& dialog) {
   Remember(dialog);
 }
 
+// A dialog object may be made anew at each opening: then it takes the place of its plug-in's closed
+// one, and the Window menu has one entry.
 void DialogDocks::Remember(host::GeDialog& dialog) {
   const host::LONG plugin = engine::DialogPluginId(dialog);
   const QString title = ToQt(engine::DialogTitle(dialog)).simplified();
@@ -81,6 +86,7 @@ void DialogDocks::Remember(host::GeDialog& dialog) {
   }
 }
 
+// The object name is the key of the saved layout.
 QDockWidget* DialogDocks::Make(host::GeDialog& dialog) {
   auto* dock = new DialogDock(&window_);
   dock->setObjectName("dialog-" + QString::number(engine::DialogPluginId(dialog)));

@@ -1,3 +1,7 @@
+// The gadget tree is the truth, the widgets show it. Changes are told by the engine while plug-in
+// code runs; they are collected and shown when the event loop comes round. Widgets are only built
+// anew when the shape of the tree has changed, which a text of it tells: with them would go what is
+// typed, scrolled and focused.
 #include "program/desktop/dialog/DialogView.h"
 
 #include <QGridLayout>
@@ -18,13 +22,14 @@ namespace desktop {
 
 namespace {
 
-// While plug-in code runs, for instance behind a question of its own, the dialog may be half
+// Pixels that borders of groups are cut to where room is short.
 constexpr int kNarrowBorder = 3;
 
 void Add(std::string& shape, std::initializer_list<host::LONG> numbers) {
   for (const host::LONG number : numbers) shape.append(std::to_string(number)).push_back(' ');
 }
 
+// With its length before it, so that two texts cannot be read as other two.
 void AddText(std::string& shape, const host::String& text) {
   const std::string bytes = text.ToUtf8();
   shape.append(std::to_string(bytes.size())).append(":").append(bytes);
@@ -73,6 +78,7 @@ std::string ShapeOfMenus(const host::GeDialog& dialog) {
   return shape;
 }
 
+// Checkable only while it is checked: the toolkit keeps an empty box in front of others.
 void ShowState(QAction& action, const engine::MenuEntry& entry) {
   action.setEnabled(entry.enabled);
   action.setCheckable(entry.checked);
@@ -82,6 +88,7 @@ void ShowState(QAction& action, const engine::MenuEntry& entry) {
 void AddPluginEntries(QMenu& menu, const std::vector<engine::MenuEntry>& entries,
                       const SharedDialogLink& link);
 
+// The link and not the dialog is held: a menu may be open while its dialog goes.
 void AddPluginEntry(QMenu& menu, const engine::MenuEntry& entry, const SharedDialogLink& link) {
   if (entry.separator) {
     menu.addSeparator();
@@ -140,6 +147,7 @@ DialogView::DialogView(host::GeDialog& dialog, engine::FileSystem& files, QWidge
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setMenuBar(menus_);
   layout->addWidget(area_);
+  // The bar belongs to the dock, not to the top of the screen.
   menus_->setNativeMenuBar(false);
   area_->setWidgetResizable(true);
   area_->setFrameShape(QFrame::NoFrame);
@@ -187,6 +195,8 @@ void DialogView::DialogClosed(host::GeDialog& dialog) {
   if (closed) closed();
 }
 
+// A gadget without an ID cannot be found again, and a group may change its children: then all is
+// looked at.
 void DialogView::DialogChanged(host::GeDialog& dialog, const engine::Gadget* gadget) {
   if (&dialog != link_->dialog) return;
   if (gadget && gadget->id != 0 && gadget->kind != engine::GadgetKind::Group) {
@@ -197,6 +207,7 @@ void DialogView::DialogChanged(host::GeDialog& dialog, const engine::Gadget* gad
   if (!catchUp_.isActive()) catchUp_.start(0);
 }
 
+// `changing` comes first: it may choose a row, and what that changes is shown here, too.
 void DialogView::CatchUp() {
   if (!link_->dialog) return;
   if (changing) changing();
@@ -218,6 +229,8 @@ void DialogView::resizeEvent(QResizeEvent* event) {
   FitToWidth();
 }
 
+// Room is taken from pictures first, which shrink and stay readable, then from the borders of
+// groups; what is missing then is scrolled.
 void DialogView::FitToWidth() {
   if (!area_->widget()) return;
   std::vector<QWidget*> pictures;
@@ -284,6 +297,7 @@ void DialogView::Build() {
   if (built) built();
 }
 
+// Recursive by the depth of groups, which a plug-in's code builds one by one.
 QWidget* DialogView::BuildGroup(const engine::Gadget& group, QWidget* parent) {
   QWidget* box =
       group.text.Content() ? new QGroupBox(ToQt(group.text), parent) : new QWidget(parent);
@@ -299,6 +313,7 @@ QWidget* DialogView::BuildGroup(const engine::Gadget& group, QWidget* parent) {
   return box;
 }
 
+// Stretch goes to cells whose gadget asked for all of the width or height.
 void DialogView::Place(const engine::Gadget& child, Cell cell, QGridLayout& grid, QWidget& group) {
   const bool isSeparator = child.kind == engine::GadgetKind::Separator;
   QWidget* widget = nullptr;

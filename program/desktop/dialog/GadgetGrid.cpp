@@ -1,3 +1,5 @@
+// Alignment bits of a gadget, as the host numbers them. Height: 1 center, 2 top, 4 bottom; width: 8
+// center, 16 left, 32 right. All three bits of a direction mean "fill it".
 #include "program/desktop/dialog/GadgetGrid.h"
 
 #include <algorithm>
@@ -8,6 +10,7 @@ namespace {
 
 constexpr host::LONG kAcrossHeight = 7;
 constexpr host::LONG kAcrossWidth = 56;
+// Pixels. Larger wishes would overflow in the toolkit's layouts.
 constexpr int kLargestSide = 4096;
 
 // Sizes with bits above the lowest sixteen count characters.
@@ -19,6 +22,8 @@ int PixelsOf(host::LONG size, int characterSide) {
 
 }  // namespace
 
+// Row by row. With rows and no columns given, as many columns as the rows need; with neither one
+// column.
 Cell CellOf(const engine::Gadget& group, int index) {
   int columns = std::max(group.columns, 0);
   const int count = static_cast<int>(group.children.size());

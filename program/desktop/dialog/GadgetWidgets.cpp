@@ -1,3 +1,6 @@
+// One function for each kind of gadget: it makes the widget, connects it to the dialog's events and
+// answers a function that shows the gadget's values in it. Signals hold the ID and the link, never
+// the gadget: the tree may be built anew, and the dialog may go, while a widget still stands.
 #include "program/desktop/dialog/GadgetWidgets.h"
 
 #include <QCheckBox>
@@ -31,6 +34,8 @@ constexpr int kDigitsOfArrows = 4;
 
 }  // namespace
 
+// Without tracking a number counts when it is typed, not with each digit: the plug-in hears of it
+// as of one act. Digits as in the files, whatever the locale.
 NumberField::NumberField(QWidget* parent) : QDoubleSpinBox(parent) {
   setKeyboardTracking(false);
   setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
@@ -45,6 +50,7 @@ void NumberField::Show(const engine::Gadget& gadget) {
   setValue(gadget.value.GetReal());
 }
 
+// By digits: the toolkit would reserve room for the largest number of the range.
 QSize NumberField::sizeHint() const {
   const int digit = fontMetrics().horizontalAdvance('0');
   return {digit * (kGadgetDigits + kDigitsOfArrows), QDoubleSpinBox::sizeHint().height()};
@@ -61,6 +67,7 @@ constexpr QSize kSmallestImage(64, 48);
 // Shape of the frame where there is no image.
 constexpr QSize kUsualShape(4, 3);
 
+// Copied, since the view refers to bytes that go with this function.
 QImage ToPicture(const engine::Image& image) {
   const engine::Image bytes = engine::ToBytes(image);
   const QImage view(bytes.bytes.data(), static_cast<int>(bytes.width),
@@ -93,6 +100,8 @@ void PictureButton::Show(const engine::Gadget& gadget) {
   Load(gadget.image.GetString().ToUtf8());
 }
 
+// A preview that is rendered anew has the same path, hence the stamp. A picture that cannot be read
+// shows an empty frame: a Stagemark need not have one.
 void PictureButton::Load(const std::string& path) {
   const engine::FileStamp stamp = path.empty() ? engine::FileStamp{} : files_.Stamp(path);
   if (path == path_ && stamp == stamp_) return;
@@ -158,7 +167,9 @@ GadgetWidget MakeStaticText(const SharedDialogLink&, const Gadget& gadget, QWidg
 
 GadgetWidget MakeEditText(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
   auto* field = new QLineEdit(parent);
+  // The toolkit would cut names at 32767 letters.
   field->setMaxLength(std::numeric_limits<int>::max());
+  // The plug-in's wish, but the dialog must fit beside a picture.
   field->setMinimumWidth(std::min(AskedSize(gadget, field->fontMetrics()).width(), 120));
   QObject::connect(field, &QLineEdit::textEdited, field,
                    [link, id = gadget.id](const QString& text) {
@@ -166,6 +177,7 @@ GadgetWidget MakeEditText(const SharedDialogLink& link, const Gadget& gadget, QW
                    });
   return {field, [field](const Gadget& now) {
             const QString text = ToQt(now.value.GetString());
+            // Setting an equal text would move the cursor of whoever types.
             if (field->text() != text) field->setText(text);
           }};
 }
@@ -189,6 +201,7 @@ int LongestText(const QComboBox& combo) {
   return std::min(longest, kMost);
 }
 
+// O(entries), which are few.
 bool HasChoices(const QComboBox& combo, const std::vector<engine::Choice>& choices) {
   int row = 0;
   return combo.count() == static_cast<int>(choices.size()) &&
@@ -268,6 +281,7 @@ GadgetWidget Make(const SharedDialogLink& link, const Gadget& gadget, QWidget* p
 
 }  // namespace
 
+// Being switched on or off is common to all kinds and wrapped around.
 GadgetWidget MakeGadgetWidget(const SharedDialogLink& link, const Gadget& gadget, QWidget* parent) {
   GadgetWidget made = Make(link, gadget, parent);
   made.show = [widget = made.widget, show = made.show](const Gadget& now) {

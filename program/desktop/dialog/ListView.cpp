@@ -39,6 +39,9 @@ bool SameColumns(const std::vector<engine::Column>& a, const std::vector<engine:
 ListModel::ListModel(SharedDialogLink link, host::LONG list, QObject* parent)
     : QAbstractTableModel(parent), link_(std::move(link)), list_(list) {}
 
+// A removed row in the middle is not told as such: rows only come and go at the end and the others
+// show other values. That is right for a list that the plug-in builds anew each time, and keeps
+// scroll place and widgets.
 void ListModel::Update() {
   const engine::Gadget* list = link_->Find(list_);
   if (!list) return;
@@ -77,6 +80,7 @@ const host::BaseContainer* ListModel::ValuesOf(const QModelIndex& index) const {
   return list && line < list->listRows.size() ? &list->listRows[line].values : nullptr;
 }
 
+// Only cells that show something ask, so a list of ten thousand rows costs what is seen of it.
 QVariant ListModel::data(const QModelIndex& index, int role) const {
   const host::BaseContainer* values = ValuesOf(index);
   if (!values) return {};
@@ -105,6 +109,7 @@ Qt::ItemFlags ListModel::flags(const QModelIndex& index) const {
   return IsCheckColumn(index.column()) ? plain | Qt::ItemIsUserCheckable : plain;
 }
 
+// Through the dialog, as a click is: it may answer otherwise, so the box shows what the dialog has.
 bool ListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
   const host::BaseContainer* values = ValuesOf(index);
   if (role != Qt::CheckStateRole || !values || !IsCheckColumn(index.column())) return false;
@@ -125,7 +130,8 @@ constexpr int kStarSide = 14;
 // Least characters of the column that takes the rest; below that the list is scrolled
 constexpr int kReadableCharacters = 18;
 
-// A mark in the first column as a star.
+// A mark in the first column as a star. The plug-in marks the current row by a character, which
+// says nothing to a person and cannot be hollow.
 class StarDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
@@ -202,6 +208,7 @@ void ListView::paintEvent(QPaintEvent* event) {
   if (model_->rowCount() == 0) PaintEmptyText(*this, emptyText_);
 }
 
+// By ranges: selecting all of ten thousand rows is one.
 host::BaseSelect ListView::SelectedLines() const {
   host::BaseSelect lines;
   for (const QItemSelectionRange& range : selectionModel()->selection())
@@ -209,6 +216,7 @@ host::BaseSelect ListView::SelectedLines() const {
   return lines;
 }
 
+// Not where it is equal: setting it would scroll and drop the anchor of Shift.
 void ListView::ShowSelection(const host::BaseSelect& selection) {
   if (SameSelection(selection, SelectedLines())) return;
   QItemSelection wanted;
@@ -234,6 +242,7 @@ QItemSelectionModel::SelectionFlags ListView::selectionCommand(const QModelIndex
   return QTreeView::selectionCommand(index, event);
 }
 
+// `showing_` keeps what the dialog itself has set from going back to it as an event.
 void ListView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
   QTreeView::selectionChanged(selected, deselected);
   if (showing_ || !link_->dialog) return;
@@ -264,6 +273,7 @@ void ListView::mouseDoubleClickEvent(QMouseEvent* event) {
   if (opened && isRow && event->button() == Qt::LeftButton) opened();
 }
 
+// Escaped: a name is no markup.
 bool ListView::viewportEvent(QEvent* event) {
   if (event->type() != QEvent::ToolTip) return QTreeView::viewportEvent(event);
   const auto* help = static_cast<QHelpEvent*>(event);
@@ -294,6 +304,7 @@ bool ListView::AllChecked() const {
   });
 }
 
+// All get one state, as in mail programs: checked unless all were.
 void ListView::ToggleSelected() {
   if (CheckColumn() < 0) return;
   const Qt::CheckState wanted = AllChecked() ? Qt::Unchecked : Qt::Checked;
@@ -307,6 +318,7 @@ void ListView::resizeEvent(QResizeEvent* event) {
   FitColumns();
 }
 
+// The first text column that is wider than a mark is the name; it takes what the others leave.
 ListView::Widths ListView::Measure() const {
   const int marker = fontMetrics().averageCharWidth() * kMarkerCharacters;
   const int most = std::max(viewport()->width(), kNarrowestColumn);

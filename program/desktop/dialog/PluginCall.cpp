@@ -20,6 +20,7 @@ namespace {
 const CallSubject* innermost = nullptr;
 
 // Elements of the scene times rows of the dialog's longest list: an act may go through all of them.
+// Below that the call is over before anything could be read.
 constexpr std::size_t kNoticed = 200'000;
 
 std::size_t LongestList(const engine::Gadget& group) {
@@ -33,6 +34,8 @@ bool WouldBeNoticed(const host::GeDialog& dialog) {
   return doc && engine::NodeCount(*doc) * (1 + LongestList(engine::DialogRoot(dialog))) >= kNoticed;
 }
 
+// "Load Day" says more in the Undo menu than "Load"; a recording has its name from the field, since
+// no row is chosen for it.
 std::string StepName(host::GeDialog& dialog, const host::String& label, About about) {
   constexpr qsizetype kLongest = 60;
   QString name = ToQt(label).simplified();
@@ -55,6 +58,7 @@ QStatusBar* StatusLineOf(const QObject& from) {
 
 }  // namespace
 
+// Painted at once: the event loop does not run before the call is over.
 BusyIndicator::BusyIndicator(const QObject& from, const QString& doing)
     : line_(StatusLineOf(from)), doing_(doing) {
   QGuiApplication::setOverrideCursor(Qt::WaitCursor);
@@ -68,6 +72,7 @@ BusyIndicator::~BusyIndicator() {
   if (line_ && line_->currentMessage() == doing_) line_->clearMessage();
 }
 
+// Without an override pointer the toolkit changes nothing, so it may stand around any box.
 NormalPointer::NormalPointer() { QGuiApplication::changeOverrideCursor(Qt::ArrowCursor); }
 NormalPointer::~NormalPointer() { QGuiApplication::changeOverrideCursor(Qt::WaitCursor); }
 
@@ -76,6 +81,8 @@ CallSubject::CallSubject(const QString& text)
 CallSubject::~CallSubject() { innermost = around_; }
 QString CallSubject::Present() { return innermost ? innermost->text_ : QString(); }
 
+// The name of the step stands around everything else, because the undo step takes it when it
+// closes.
 void CallPlugin(const SharedDialogLink& link, const QObject& from, const host::String& label,
                 About about, const std::function<bool(host::GeDialog&)>& act) {
   host::GeDialog* const dialog = link->dialog;

@@ -25,6 +25,7 @@ struct Explained {
   const char* tip;
 };
 
+// Found by what they show; one that is not there has no tip.
 constexpr Explained kExplained[] = {
     {GadgetKind::Button, pictures::kLoad,
      "Bring the scene into the state of the selected row (double click, Enter)"},
@@ -54,6 +55,7 @@ StagemarksDialogExtras::StagemarksDialogExtras(DialogView& view) : QObject(&view
   Equip();
 }
 
+// Connections go with the widgets, so new widgets are simply connected anew.
 void StagemarksDialogExtras::Equip() {
   ExplainGadgets();
   StagemarksDialog dialog(*view_.Dialog());
@@ -95,10 +97,12 @@ ListView* StagemarksDialogExtras::List() const {
   return gadget ? dynamic_cast<ListView*>(view_.WidgetOf(gadget->id)) : nullptr;
 }
 
+// By a click on the widget, so that a disabled button stays one and the press is seen.
 void StagemarksDialogExtras::Press(const char* button) {
   if (QAbstractButton* found = Button(button)) found->click();
 }
 
+// Entries about one row are disabled for several, not left out: the menu keeps its places.
 void StagemarksDialogExtras::ShowMenu(const QPoint& place) {
   ListView* list = List();
   if (!list || !list->indexAt(place).isValid()) return;
@@ -117,6 +121,8 @@ void StagemarksDialogExtras::ShowMenu(const QPoint& place) {
   menu.exec(list->viewport()->mapToGlobal(place));
 }
 
+// The box runs an event loop: afterwards the same row must still be chosen. The plug-in would take
+// a name twice, which confuses every look-up by name, so it is refused here.
 void StagemarksDialogExtras::Rename() {
   const std::string former = Chosen();
   bool meant = false;
@@ -146,6 +152,7 @@ std::string StagemarksDialogExtras::TypedName() const {
   return field ? field->value.GetString().ToUtf8() : std::string();
 }
 
+// Sends the list event of the row once more and lets the plug-in show its picture (decision 23).
 void StagemarksDialogExtras::KeepPicture() {
   const engine::Gadget* picture = StagemarksDialog(*view_.Dialog()).Find(GadgetKind::BitmapButton);
   const std::string name = Chosen();
@@ -157,6 +164,7 @@ void StagemarksDialogExtras::KeepPicture() {
   itsPicture_ = shown();
 }
 
+// A refused recording leaves the choice alone: the current one is another then.
 void StagemarksDialogExtras::ChooseTyped() {
   if (!view_.Dialog()) return;
   StagemarksDialog dialog(*view_.Dialog());

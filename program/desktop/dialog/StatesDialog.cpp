@@ -8,6 +8,7 @@ namespace desktop {
 
 using pictures::StagemarksDialog;
 
+// Asked anew each time, over a handful of dialogs: nobody has to be told when it closes.
 host::GeDialog* StatesDialog::Find() const {
   for (const DialogDocks::Known& known : docks_.AllKnown()) {
     if (known.dialog && StagemarksDialog(*known.dialog).Fits()) return known.dialog;
@@ -33,6 +34,7 @@ std::vector<std::string> StatesDialog::Chosen() const {
   return dialog ? StagemarksDialog(*dialog).SelectedNames() : std::vector<std::string>();
 }
 
+// All parts where the dialog was never open: then a load would apply all, too.
 engine::Parts StatesDialog::PartsInForce() const {
   engine::Parts parts = engine::AllParts();
   host::GeDialog* dialog = Find();
@@ -49,6 +51,7 @@ bool StatesDialog::Choose(const std::vector<std::string>& names) const {
   return dialog && StagemarksDialog(*dialog).SelectNames(names);
 }
 
+// The row is only selected where another is: selecting writes the name into the field.
 bool StatesDialog::Press(const std::string& name, const char* label) const {
   host::GeDialog* dialog = Find();
   if (!dialog) return false;

@@ -23,6 +23,8 @@ constexpr const char* kFlyTip =
 
 }  // namespace
 
+// Some commands stand twice: in the menu of the window, with keys, and in that of the object rows,
+// without. An action cannot be hidden in one menu and shown in another.
 CameraCommands::CameraCommands(MainWindow& window)
     : QObject(&window),
       window_(window),
@@ -51,6 +53,7 @@ CameraCommands::CameraCommands(MainWindow& window)
   window.Objects().addActions({rowLookThrough_, rowMakeSceneCamera_});
 }
 
+// The document is asked for when the command is chosen: it may be another one by then.
 template <class Command>
 QAction* CameraCommands::Add(const QString& text, const QString& tip, const char* keys,
                              Command command) {
@@ -63,6 +66,7 @@ QAction* CameraCommands::Add(const QString& text, const QString& tip, const char
   return action;
 }
 
+// Looked through at once, so that the picture stays and the person sees through what he made.
 void CameraCommands::AddNew(BaseDocument& doc) {
   const BaseObject* camera = engine::AddCamera(doc, window_.View().Camera());
   window_.View().LookThrough(engine::IdOf(*camera));
@@ -76,6 +80,7 @@ void CameraCommands::MakeScenes(BaseDocument& doc, BaseObject* camera) {
   if (camera) engine::MakeSceneCamera(doc, *camera);
 }
 
+// A command that cannot be carried out says why in its tip.
 void CameraCommands::Follow(BaseDocument* doc) {
   const BaseObject* selected = doc ? SelectedCamera(*doc) : nullptr;
   const BaseObject* seen = doc ? window_.View().CameraObject() : nullptr;

@@ -35,6 +35,7 @@ QAction* AddMaker(QMenu& menu, MainWindow& window, const QString& text, const ch
 }  // namespace
 
 void BuildCreateMenu(QMenu& menu, MainWindow& window) {
+  // The action of the View menu, so that its key stands here, too.
   QAction& camera = window.Cameras().NewCamera();
   camera.setIcon(Icon("object-camera"));
   menu.addAction(&camera);
@@ -62,6 +63,7 @@ void BuildCreateMenu(QMenu& menu, MainWindow& window) {
     window.Panels().Raise("layers");
   });
   layer->setIcon(Icon("layer"));
+  // The whole menu in the context menu of the objects.
   window.Objects().addAction(menu.menuAction());
 }
 

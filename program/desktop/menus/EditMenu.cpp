@@ -39,6 +39,8 @@ EditMenu::EditMenu(QMenu& menu, MainWindow& window)
                                     [](auto& doc) { RunEdit(doc, engine::DeleteSelected(doc)); }));
 }
 
+// The keys work in the tree and in the picture only: Delete in the layers deletes layers, and
+// Ctrl+A in a field selects its text.
 QAction* EditMenu::AddCommand(QMenu& menu, const QString& text, const QKeySequence& keys,
                               Command command) {
   QAction* action = AddEntry(menu, text, keys, [command = std::move(command)] {
@@ -53,6 +55,7 @@ QAction* EditMenu::AddCommand(QMenu& menu, const QString& text, const QKeySequen
   return action;
 }
 
+// The steps have the names of what made them, so that a person knows what Undo will do.
 void EditMenu::Follow(host::BaseDocument* doc) {
   undo_->setEnabled(doc && engine::CanUndo(*doc));
   redo_->setEnabled(doc && engine::CanRedo(*doc));

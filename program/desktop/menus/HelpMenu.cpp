@@ -62,7 +62,8 @@ class ShortcutPage {
       }
     }
   }
-  // The keys of the panels themselves; actions that stand in a menu, too, were seen there.
+  // The keys of the panels themselves; actions that stand in a menu, too, were seen there. Actions
+  // and shortcuts wherever they hang in the panel; a shortcut has its name in whatsThis.
   void AddPanel(const QWidget& panel, const QString& title) {
     QList<const QWidget*> widgets = {&panel};
     for (const QWidget* widget : panel.findChildren<QWidget*>()) widgets.append(widget);
@@ -74,6 +75,7 @@ class ShortcutPage {
     }
   }
   void Add(const QString& group, const QString& what, const QString& keys) {
+    // Two keys for one thing stand in one row.
     QTreeWidgetItem*& item = groups_[group];
     if (!item) item = new QTreeWidgetItem(&list_, {group});
     item->setExpanded(true);
@@ -104,6 +106,7 @@ class ShortcutPage {
   QSet<const QAction*> seen_;
 };
 
+// Menus first: what they name is left out of the panels.
 void FillShortcuts(QTreeWidget& list, const QMainWindow& window) {
   ShortcutPage page(list);
   for (const QAction* top : window.menuBar()->actions()) {
@@ -140,7 +143,8 @@ void ShowShortcuts(QMainWindow& window) {
   page.exec();
 }
 
-// The one that the plug-in's own help opens; unlike there, somebody who asks in vain is told.
+// The one that the plug-in's own help opens; unlike there, somebody who asks in vain is told. From
+// the plug-in's folder, where it is installed.
 void OpenManual(MainWindow& window) {
   const std::string manual = engine::PluginFolder() + "/Stagemarks/help/SM_Manual.pdf";
   const engine::Status opened = window.App().GetServices().viewer.Open(manual);

@@ -21,6 +21,8 @@ QString Plain(QString text) { return text.remove('&'); }
 
 }  // namespace
 
+// By the texts of menu and entry, without the letters' marks, so that the menus themselves stay
+// free of pictures.
 const std::vector<MenuIcon>& MenuIcons() {
   static const auto* const icons = new std::vector<MenuIcon>{
       {"File", "New", "new"},          {"File", "Open...", "open"},
@@ -62,6 +64,8 @@ void FillRecentMenu(QMenu& menu, DocumentCommands& commands) {
   if (menu.isEmpty()) menu.addAction("No files yet")->setEnabled(false);
 }
 
+// The disk is asked when the menu opens, for the choice and for what can be done: no file is looked
+// at for a menu that nobody opens.
 void AddPreviousVersion(QMenu& menu, DocumentCommands& commands) {
   QAction* revert = AddEntry(menu, "Re&vert to Previous...", {}, [&commands] {
     commands.RevertToPrevious(*host::GetActiveDocument());
@@ -89,6 +93,8 @@ void AddPreviousVersion(QMenu& menu, DocumentCommands& commands) {
 
 }  // namespace
 
+// A document is always active (the last one closed makes room for a new one), so the entries may
+// ask for it.
 void BuildFileMenu(QMenu& menu, MainWindow& window) {
   DocumentCommands& commands = window.Commands();
   AddEntry(menu, "&New", QKeySequence::New, [&commands] { commands.New(); });
@@ -130,6 +136,7 @@ void BuildRenderMenu(QMenu& menu, MainWindow& window) {
 
 namespace {
 
+// Filled when it opens, since plug-ins are loaded after the menus are made.
 void FillPluginMenu(QMenu& menu, engine::Application& application, const QList<QAction*>& states) {
   menu.clear();
   for (const engine::CommandPlugin& command : application.Commands()) {

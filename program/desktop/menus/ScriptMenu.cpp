@@ -13,6 +13,8 @@ namespace desktop {
 
 namespace {
 
+// The console shows what the script prints; a script that fails is taken back as a whole, which the
+// message says.
 void RunScript(MainWindow& window, const std::string& path) {
   const QString name = QFileInfo(ToQt(path)).fileName();
   window.Panels().Raise("console");
@@ -30,6 +32,7 @@ void RunScript(MainWindow& window, const std::string& path) {
 }  // namespace
 
 void BuildScriptMenu(QMenu& menu, MainWindow& window) {
+  // Shared by both entries; for this run only.
   const auto last = std::make_shared<std::string>();
   auto* again = new QAction("Run &Again", &menu);
   AddEntry(menu, "&Run File...", QKeySequence("Ctrl+Shift+R"), [&window, last, again] {

@@ -38,6 +38,7 @@ void LoadStagemark(MainWindow& window, const std::string& name) {
   if (!window.States().Load(name)) Say(window, "\"" + ToQt(name) + "\" cannot be loaded now.");
 }
 
+// No round at the ends: who steps through a list with the keys wants to notice its end.
 void LoadNeighbor(MainWindow& window, int way) {
   if (IsDocumentBusy()) return;
   if (!OpenDialog(window)) return Say(window, "The plug-in Stagemarks is not loaded.");
@@ -57,6 +58,8 @@ void LoadNeighbor(MainWindow& window, int way) {
                   " Stagemark of the list.");
 }
 
+// Through the plug-in's own dialog, as a person records: states that come in with a file become
+// Stagemarks like any other (decision 59).
 recording::RecordedStates RecordWhatCameIn(MainWindow& window) {
   host::BaseDocument* doc = host::GetActiveDocument();
   if (!doc || !engine::HasImportedStates(*doc) || !OpenDialog(window)) return {};
@@ -72,6 +75,8 @@ recording::RecordedStates RecordWhatCameIn(MainWindow& window) {
   return {};
 }
 
+// Owned by the window and added to it, because the menu is emptied each time that it opens and the
+// keys must work before.
 QList<QAction*> AddStateEntries(QMenu& menu, MainWindow& window) {
   QAction* previous = AddEntry(menu, "Load &Previous Stagemark", QKeySequence("Ctrl+PgUp"),
                                [&window] { LoadNeighbor(window, -1); });

@@ -20,8 +20,8 @@ void LoadStagemark(MainWindow& window, const std::string& name);
 // The one that is `way` rows below the current one in the dialog's list (above for less than 0); at
 // the ends the status line says so.
 void LoadNeighbor(MainWindow& window, int way);
-// Records the states that came in with the active document as Stagemarks; the dialog is opened where
-// it is closed. Without the plug-in they wait.
+// Records the states that came in with the active document as Stagemarks; the dialog is opened
+// where it is closed. Without the plug-in they wait.
 recording::RecordedStates RecordWhatCameIn(MainWindow& window);
 // "Load Previous Stagemark" and "Load Next Stagemark" with their keys, which work without the menu
 // ever being opened.

@@ -28,6 +28,7 @@ std::string Summary(const engine::SceneUpdate& update, const std::string& path) 
          count(update.materials, "material") + ".";
 }
 
+// Objects that are gone from the file are named and never deleted: Stagemarks may know them.
 std::vector<std::string> Remarks(const engine::SceneUpdate& update,
                                  const std::vector<std::string>& notes) {
   std::vector<std::string> remarks = update.notes;
@@ -52,6 +53,8 @@ void AskAndUpdate(MainWindow& window) {
   if (path) UpdateFromFile(window, *path);
 }
 
+// Importing shows its progress, with an event loop: afterwards the document may be closed. It is
+// one undo step (decision 58).
 void UpdateFromFile(MainWindow& window, const std::string& path) {
   const host::ULLONG id = IdentityOf(host::GetActiveDocument());
   const engine::Services& services = window.App().GetServices();

@@ -17,7 +17,8 @@ namespace {
 // Scenes with more cameras than a menu can show are there.
 constexpr int kMostCameras = 40;
 
-// A key that works while the picture has the focus, so that it can be typed elsewhere.
+// A key that works while the picture has the focus, so that it can be typed elsewhere. Letters
+// alone as keys would be taken from every field that one types in.
 QAction* AddPictureEntry(QMenu& menu, const QString& text, const QList<QKeySequence>& keys,
                          Viewport& view, std::function<void()> work) {
   QAction* action = AddEntry(menu, text, {}, std::move(work));
@@ -27,6 +28,7 @@ QAction* AddPictureEntry(QMenu& menu, const QString& text, const QList<QKeySeque
   return action;
 }
 
+// O(objects) up to the last camera shown, each time that it opens.
 void FillCameraMenu(QMenu& menu, Viewport& view) {
   menu.clear();
   const host::BaseDocument* doc = host::GetActiveDocument();
@@ -72,6 +74,8 @@ void AddSwitch(QMenu& menu, host::BaseDocument& doc, const QString& text, engine
   }
 }
 
+// The menu of the picture is the View menu, what can be made, and what goes for objects: the same
+// actions, so that keys and states are theirs.
 void FillContextMenu(QMenu& menu, const QMenu& view, QMenu& create, const EditMenu& edit) {
   for (QAction* action : view.actions()) {
     // How the program looks is nothing of the picture.

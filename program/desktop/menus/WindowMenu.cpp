@@ -10,6 +10,7 @@ namespace desktop {
 
 namespace {
 
+// Without a focus proxy: then another widget in it is the one.
 bool TakesFocus(const QWidget& widget) {
   return widget.focusPolicy() & Qt::TabFocus && widget.isVisible() && widget.isEnabled() &&
          !widget.focusProxy();
@@ -28,6 +29,8 @@ QWidget* FirstIn(QWidget& panel) {
   return nullptr;
 }
 
+// The picture is the first; what takes no focus is left out, so that no press of F6 seems to do
+// nothing.
 QList<QWidget*> PanelsIn(const QMainWindow& window) {
   QList<QWidget*> panels;
   for (const QDockWidget* dock : window.findChildren<QDockWidget*>()) {
@@ -48,7 +51,8 @@ QList<QWidget*> PanelsIn(const QMainWindow& window) {
 }
 
 // Gives the focus to what takes it first in the next panel, `way` 1, or in the one before, -1: the
-// picture, the panels and dialogs that can be seen, and round again.
+// picture, the panels and dialogs that can be seen, and round again. From the panel that holds the
+// focus; from none, to the first. A floating panel's window must be made active, too.
 void FocusNextPanel(QMainWindow& window, int way) {
   const QList<QWidget*> panels = PanelsIn(window);
   const QWidget* focus = QApplication::focusWidget();
@@ -73,7 +77,8 @@ void ListDocuments(QMenu& menu, const engine::Application& application) {
   }
 }
 
-// Closed ones are opened by the command that opened them before.
+// Closed ones are opened by the command that opened them before. A dialog may be destroyed while
+// the menu is open: it is looked for among the open ones before it is closed.
 void ListDialogs(QMenu& menu, MainWindow& window) {
   for (const DialogDocks::Known& known : window.Docks().AllKnown()) {
     if (known.title.isEmpty()) continue;

@@ -1,3 +1,7 @@
+// The differences as a tree of three levels: groups by part, their elements, and the fields of an
+// element where more than one differs. They are found out in slices of the event loop, with the
+// values of so many elements, then shown all at once; rows that were open or chosen are found again
+// by element, so that a scene that changes does not fold the tree.
 #include "program/desktop/panels/ComparePanel.h"
 
 #include <QHeaderView>
@@ -31,12 +35,15 @@ QString Counted(const QString& what, std::size_t count) {
   return QString("%1 (%2)").arg(what, QLocale().toString(qulonglong{count}));
 }
 
+// Told in the element's own row: most differences are of one switch.
 bool IsOneField(const ElementChange& change) {
   return change.kind == ChangeKind::Changed && change.fields.size() == 1;
 }
 
 }  // namespace
 
+// The tree is only reset when its shape differs; else the views ask for the texts anew, and
+// scrolling stays.
 bool CompareModel::Show(const host::BaseDocument* doc, Compared compared) {
   CompareModel next;
   next.doc_ = IdentityOf(doc);
@@ -55,6 +62,8 @@ bool CompareModel::Show(const host::BaseDocument* doc, Compared compared) {
   return resets;
 }
 
+// `order_` holds the places of the changes in the order of the rows: parts first, and of a scene
+// what the state does not know last, which no load would touch. The changes come sorted by part.
 void CompareModel::Arrange() {
   const std::vector<ElementChange>& changes = compared_.difference.changes;
   lost_.resize(changes.size());
@@ -89,6 +98,7 @@ void CompareModel::AddGroup(const QString& title, const QString& tip, std::size_
   if (count > 0) groups_.push_back({Counted(title, count), tip, first, count});
 }
 
+// Values may differ: they are asked for when they are drawn.
 bool CompareModel::LooksLike(const CompareModel& other) const {
   if (doc_ != other.doc_ || groups_ != other.groups_ || order_ != other.order_) return false;
   return std::ranges::all_of(order_, [&](std::size_t i) {
@@ -98,6 +108,8 @@ bool CompareModel::LooksLike(const CompareModel& other) const {
   });
 }
 
+// The ID of an index tells its level and, below a group, where its parent is, so that no tree is
+// kept beside the list.
 CompareModel::Level CompareModel::LevelOf(const QModelIndex& index) {
   if (index.internalId() < kFirstElementId) return Level::Group;
   return index.internalId() < kFirstFieldId ? Level::Element : Level::Field;
@@ -128,6 +140,7 @@ QModelIndex CompareModel::index(int row, int column, const QModelIndex& parent) 
   return createIndex(row, column, kFirstFieldId + *PlaceOf(parent));
 }
 
+// The group of a place is found by bisection: O(log groups).
 QModelIndex CompareModel::parent(const QModelIndex& index) const {
   if (!index.isValid() || LevelOf(index) == Level::Group) return {};
   if (LevelOf(index) == Level::Element)
@@ -138,6 +151,7 @@ QModelIndex CompareModel::parent(const QModelIndex& index) const {
                      kFirstElementId + static_cast<quintptr>(group - groups_.begin()));
 }
 
+// An element that only one side has says all in its own row.
 int CompareModel::rowCount(const QModelIndex& parent) const {
   if (!parent.isValid()) return static_cast<int>(groups_.size());
   if (parent.column() > 0 || LevelOf(parent) == Level::Field) return 0;
@@ -202,6 +216,7 @@ QVariant CompareModel::ElementValue(const ElementChange& change, int column, int
   return compared_.isScene ? QString("in the scene") : QString("held");
 }
 
+// Texts are made for what is drawn, so that thousands of differences cost what one sees of them.
 QVariant CompareModel::FieldData(const ElementChange& change, std::size_t field, int column,
                                  int role) const {
   if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
@@ -228,6 +243,7 @@ constexpr std::size_t kFewElements = 200;
 
 }  // namespace
 
+// Rows that a person opens and closes are remembered, those that OpenRows opens are not.
 CompareTree::CompareTree(QWidget* parent) : QTreeView(parent), model_(new CompareModel(this)) {
   setModel(model_);
   setUniformRowHeights(true);
@@ -265,6 +281,7 @@ void CompareTree::Show(const host::BaseDocument* doc, Compared compared) {
   }
 }
 
+// Part and element name a row for good; both groups without a part share a key, which is -1.
 CompareTree::Key CompareTree::KeyOf(const QModelIndex& index) const {
   const ElementChange* change = model_->ChangeAt(index);
   if (change) return {static_cast<int>(change->part), change->element};
@@ -276,6 +293,8 @@ CompareTree::Key CompareTree::KeyOf(const QModelIndex& index) const {
   return {part, ~engine::NodeId{0}};
 }
 
+// Few rows are opened all, so that one sees values at once; many stay folded, since opening them
+// would bury the groups.
 void CompareTree::OpenRows() {
   opening_ = true;
   const bool isSmall = model_->Elements() <= kFewElements;
@@ -395,6 +414,7 @@ void ComparePanel::BuildWarning(QLayout& layout) {
   warning_->hide();
 }
 
+// Everything that the answer depends on: while it is equal nothing is compared.
 ComparePanel::Question ComparePanel::Ask(const host::BaseDocument* doc) const {
   Question question;
   if (!doc) return question;
@@ -408,6 +428,7 @@ ComparePanel::Question ComparePanel::Ask(const host::BaseDocument* doc) const {
   return question;
 }
 
+// The rows stay until the new comparison is through, unless they are about something else.
 void ComparePanel::Follow(host::BaseDocument* doc) {
   Question question = Ask(doc);
   if (question == asked_) return;
@@ -435,6 +456,8 @@ void ComparePanel::ShowNothing(const QString& text) {
   ShowHead();
 }
 
+// First the differences, then, where it is the scene that would change, which of its values stand
+// in no other Stagemark and would be lost.
 bool ComparePanel::Advance() {
   const host::BaseDocument* doc = FindOpenDocument(asked_.doc);
   // Changed since: the next Follow begins anew.
@@ -455,6 +478,7 @@ bool ComparePanel::Advance() {
   return false;
 }
 
+// The states are kept with the work: the comparison refers to their records.
 void ComparePanel::BeginWork(const host::BaseDocument& doc) {
   auto work = std::make_unique<Work>();
   work->states = engine::ReadStates(doc);
@@ -510,6 +534,7 @@ void ComparePanel::ShowHead() {
                                         " of these are in no Stagemark and will be lost");
 }
 
+// For a camera the one that loading would look through, else the one that it would leave.
 void ComparePanel::Select(const QModelIndex& index) {
   host::BaseDocument* doc = FindOpenDocument(asked_.doc);
   const ElementChange* change = tree_->Model().ChangeAt(index);

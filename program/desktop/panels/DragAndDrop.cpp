@@ -7,6 +7,8 @@
 
 namespace desktop {
 
+// Identities in decimal, with blanks between: what is dragged is looked up again where it is
+// dropped, and may be gone by then.
 QMimeData* DraggedNodes(const char* mime, const std::vector<engine::NodeId>& nodes) {
   QByteArrayList texts;
   for (const engine::NodeId node : nodes)
@@ -16,6 +18,7 @@ QMimeData* DraggedNodes(const char* mime, const std::vector<engine::NodeId>& nod
   return data;
 }
 
+// From another program anything may come under this name: what is no number is left out.
 std::vector<engine::NodeId> DroppedNodes(const QMimeData* data, const char* mime) {
   std::vector<engine::NodeId> nodes;
   if (!data || !data->hasFormat(mime)) return nodes;
@@ -62,6 +65,7 @@ QPixmap Label(const QTreeView& tree, const QString& text) {
 
 }  // namespace
 
+// DragDrop and not InternalMove: objects and materials are dragged from one panel to another.
 void EnableRowDragging(QTreeView& tree) {
   tree.setDragEnabled(true);
   tree.setAcceptDrops(true);

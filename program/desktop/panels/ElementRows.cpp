@@ -10,6 +10,7 @@
 
 namespace desktop {
 
+// An element that is gone still has the icon of its part.
 QIcon ElementIcon(const host::BaseDocument& doc, engine::Part part, engine::NodeId element) {
   using engine::Part;
   if (part == Part::Camera) return Icon("object-camera");
@@ -20,6 +21,8 @@ QIcon ElementIcon(const host::BaseDocument& doc, engine::Part part, engine::Node
   return Icon(TagIcon(node ? node->GetType() : engine::RowOf(part).tagType));
 }
 
+// Of a tag its object is selected and the tag itself shown in the attributes. Render settings and
+// materials have no selection in the scene and are only shown.
 void SelectInScene(host::BaseDocument& doc, engine::InspectedElements& inspected,
                    engine::NodeId element) {
   host::BaseList2D* node = engine::FindNode(&doc, element);

@@ -1,3 +1,5 @@
+// The gallery keeps no pictures: rows are states, and the pictures, with what is wrong with them,
+// are asked of StatePictures whenever a cell is drawn.
 #include "program/desktop/panels/GalleryGrid.h"
 
 #include <QPainter>
@@ -26,6 +28,7 @@ std::vector<StoredState> Listed(const host::BaseDocument* doc) {
   return doc ? engine::ListedStates(*doc) : std::vector<StoredState>();
 }
 
+// By number and name: dates and records may differ and leave the rows where they are.
 bool AreSame(const std::vector<StoredState>& a, const std::vector<StoredState>& b) {
   return std::equal(
       a.begin(), a.end(), b.begin(), b.end(),
@@ -34,6 +37,8 @@ bool AreSame(const std::vector<StoredState>& a, const std::vector<StoredState>& 
 
 }  // namespace
 
+// Counts of differences belong to the scene as it was and go. Rows are only reset when there are
+// others, so that the grid keeps its place.
 void GalleryModel::Update(const host::BaseDocument* doc) {
   std::vector<StoredState> states = Listed(doc);
   things_.clear();
@@ -55,6 +60,7 @@ void GalleryModel::SetFilter(const QString& text) {
   endResetModel();
 }
 
+// In the order of the list; letter case does not matter.
 std::vector<std::size_t> GalleryModel::Matching() const {
   std::vector<std::size_t> matching;
   for (std::size_t i = 0; i < states_.size(); ++i) {
@@ -90,6 +96,7 @@ std::optional<std::size_t> GalleryModel::ThingsOf(LONG id) const {
   return it == things_.end() ? std::nullopt : std::optional(it->second);
 }
 
+// kNoState stands for all of them.
 void GalleryModel::PictureChanged(LONG id) {
   if (id == kNoState && !shown_.empty())
     emit dataChanged(index(0), index(rowCount() - 1), {Qt::DecorationRole, Qt::ToolTipRole});
@@ -107,6 +114,7 @@ std::optional<double> GalleryModel::ProgressAt(const QModelIndex& index) const {
   return isRendered ? std::optional(pictures_.Progress()) : std::nullopt;
 }
 
+// One note, the gravest: a person can do one thing about a picture.
 QString GalleryModel::NotesOf(const StoredState& state) const {
   const StatePicture& picture = pictures_.Of(state.id);
   if (pictures_.Rendering() == state.id) return "Its picture is being rendered";
@@ -156,6 +164,7 @@ QVariant GalleryModel::data(const QModelIndex& index, int role) const {
 
 namespace {
 
+// Pixels, but for the shares and counts among them.
 constexpr int kCellMargin = 6;
 constexpr int kBetween = 8;  // difference and date
 constexpr std::size_t kManyThings = 9999;
@@ -165,6 +174,7 @@ constexpr int kMarkEnds = 5;
 constexpr int kProgressHeight = 4;
 constexpr float kBadgeOpacity = 0.85F;
 
+// 8:5, between a photograph and a film: both lose little.
 QSize BoxOf(int width) { return {width, width * 5 / 8}; }
 
 class GalleryDelegate : public QStyledItemDelegate {
@@ -199,6 +209,7 @@ class GalleryDelegate : public QStyledItemDelegate {
     painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
   }
 
+  // The picture in its own shape in the middle of the box; progress and mark lie on it.
   void PaintPicture(QPainter& painter, const QStyleOptionViewItem& option, const QRect& box,
                     const QModelIndex& index) const {
     const StatePicture& picture = grid_.Model().PictureAt(index);
@@ -318,14 +329,17 @@ GalleryGrid::GalleryGrid(const StatePictures& pictures, QWidget* parent)
   showing_ = false;
 }
 
+// Other pictures may be in sight afterwards, hence `scrolled`.
 void GalleryGrid::SetPictureWidth(int width) {
   width_ = std::clamp(width, kLeastWidth, kMostWidth);
   scheduleDelayedItemsLayout();
   if (scrolled) scrolled();
 }
 
+// In pixels of the screen, which are finer than those of a widget on some.
 QSize GalleryGrid::PictureBox() const { return BoxOf(width_) * devicePixelRatioF(); }
 
+// By rows, not in the order of clicking: A and B of a comparison are the upper and the lower one.
 std::vector<std::string> GalleryGrid::Chosen() const {
   QModelIndexList rows = selectionModel()->selectedIndexes();
   std::sort(rows.begin(), rows.end());
@@ -334,6 +348,8 @@ std::vector<std::string> GalleryGrid::Chosen() const {
   return names;
 }
 
+// By name, since the filter and the list move rows; `showing_` keeps it from being told as a
+// person's choice.
 void GalleryGrid::ShowChosen(const std::vector<std::string>& names) {
   const std::unordered_set<std::string> wanted(names.begin(), names.end());
   QItemSelection rows;
@@ -350,6 +366,7 @@ void GalleryGrid::ShowChosen(const std::vector<std::string>& names) {
   showing_ = false;
 }
 
+// Stops below the last one in sight; O(rows above it).
 std::vector<LONG> GalleryGrid::Visible() const {
   std::vector<LONG> ids;
   const QRect inside = viewport()->rect();

@@ -1,3 +1,6 @@
+// The panel costs something only while it can be seen: pictures in sight are rendered by the
+// child, and what differs from the scene is counted in slices, the visible ones first. Both
+// begin when nothing has happened for a moment.
 #include "program/desktop/panels/GalleryPanel.h"
 
 #include <QDockWidget>
@@ -15,13 +18,14 @@ using host::LONG;
 
 namespace {
 
-// Nothing is counted while a person works on the scene.
+// Pixels that a notch of the wheel or a page of the slider makes.
 constexpr int kZoomStep = 20;
 constexpr const char* kSize = "gallery/size";
 constexpr std::size_t kCountedAtOnce = 2000;  // elements
 
 }  // namespace
 
+// The pictures tell of themselves from the main thread only.
 GalleryPanel::GalleryPanel(const engine::Services& services, Settings& settings,
                            const StatesDialog& dialog, QWidget* parent)
     : QWidget(parent),
@@ -61,6 +65,8 @@ GalleryPanel::~GalleryPanel() { engine::RemoveDialogObserver(*this); }
 // A dock behind another tab is not hidden, but stands outside the window.
 bool GalleryPanel::CanBeSeen() const { return isVisible() && !visibleRegion().isEmpty(); }
 
+// The dock is known only when the panel stands in it, and may be another one after a layout was
+// restored.
 void GalleryPanel::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   auto* dock = qobject_cast<QDockWidget*>(parentWidget());
@@ -75,6 +81,7 @@ void GalleryPanel::hideEvent(QHideEvent* event) {
   Rest();
 }
 
+// The child may go: pictures that are there stay.
 void GalleryPanel::Rest() {
   rest_.stop();
   ForgetCounting();
@@ -110,6 +117,7 @@ int GalleryPanel::KeptSize() const {
   return kept > 0 ? kept : GalleryGrid::kFirstWidth;
 }
 
+// Kept when a person has let go of it for a moment, not with each step of the slider.
 void GalleryPanel::KeepSize() {
   // A failure to save it is in the ledger; the size holds for this run.
   if (size_->value() != KeptSize()) (void)settings_.Set(kSize, QByteArray::number(size_->value()));
@@ -175,6 +183,7 @@ void GalleryPanel::Delete() {
   if (chosen.size() == 1) dialog_.Delete(chosen.front());
 }
 
+// All of them where none is chosen.
 void GalleryPanel::RenderAgain() {
   std::vector<LONG> ids;
   for (const std::string& name : grid_->Chosen())
@@ -186,6 +195,7 @@ void GalleryPanel::RenderAgain() {
   pictures_.RenderAgain(ids);
 }
 
+// With the pictures that are there, which the window replaces by larger ones.
 void GalleryPanel::CompareTwo() {
   const auto chosen = grid_->Chosen();
   const host::BaseDocument* doc = FindOpenDocument(doc_);
@@ -207,6 +217,8 @@ void GalleryPanel::ShowActions() {
   delete_->setEnabled(count == 1 && dialog_.IsOpen());
 }
 
+// The dialog's options decide what a load applies, and with it what differs. A saved or renamed
+// file changes where previews are found, without a change of the scene.
 void GalleryPanel::Follow(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
   const bool dialogChanged = std::exchange(dialogChanged_, false);
@@ -234,6 +246,8 @@ void GalleryPanel::Follow(host::BaseDocument* doc) {
   if (dialogChanged) FollowDialog();
 }
 
+// Nothing chosen in the dialog leaves the gallery alone: the plug-in forgets its row with every
+// rebuilt list.
 void GalleryPanel::FollowDialog() {
   const auto chosen = dialog_.Chosen();
   if (!chosen.empty() && chosen != grid_->Chosen()) grid_->ShowChosen(chosen);
@@ -245,6 +259,7 @@ void GalleryPanel::ForgetCounting() {
   comparison_.reset();
 }
 
+// A scene that has changed meanwhile ends the counting; Follow begins it anew.
 bool GalleryPanel::CountOn() {
   const host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || engine::ChangeCount(*doc) != seen_) {
@@ -259,6 +274,7 @@ bool GalleryPanel::CountOn() {
   return true;
 }
 
+// Only how many things differ, not which: no fields are read.
 bool GalleryPanel::CountNext(const host::BaseDocument& doc) {
   const GalleryModel& model = grid_->Model();
   while (!uncounted_.empty() && model.ThingsOf(uncounted_.back())) uncounted_.pop_back();
@@ -275,6 +291,8 @@ bool GalleryPanel::CountNext(const host::BaseDocument& doc) {
   return true;
 }
 
+// A stack: what is in sight is laid on top, in reverse, and counted first; a state in both is
+// counted once.
 void GalleryPanel::StartCounting() {
   uncounted_.clear();
   for (const StoredState& state : grid_->Model().States()) uncounted_.push_back(state.id);

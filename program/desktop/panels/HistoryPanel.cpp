@@ -35,6 +35,7 @@ void HistoryPanel::Follow(host::BaseDocument* doc) {
   if (this->count() == 0 || done != done_ || undone != undone_) Fill(done, undone);
 }
 
+// Row 0 is the scene before the first step, so row n is the scene after n steps.
 void HistoryPanel::Fill(const QStringList& done, const QStringList& undone) {
   done_ = done;
   undone_ = undone;
@@ -56,6 +57,7 @@ void HistoryPanel::Fill(const QStringList& done, const QStringList& undone) {
   scrollToItem(currentItem());
 }
 
+// Step by step, each with its own report of files. One that cannot be done ends the way there.
 void HistoryPanel::GoTo(int row) {
   const host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || doc != host::GetActiveDocument()) return;

@@ -55,6 +55,7 @@ engine::LayerList LayerModel::LayersAt(const QModelIndexList& rows) const {
   return layers;
 }
 
+// GetLayerData of a layer gives its own flags, whatever layer is above it.
 QVariant LayerModel::data(const QModelIndex& index, int role) const {
   const LayerObject* layer = LayerAt(index);
   if (!layer) return {};
@@ -94,6 +95,7 @@ QVariant LayerModel::headerData(int section, Qt::Orientation orientation, int ro
   return {};
 }
 
+// A name needs a letter at least. dataChanged ends the editing also where nothing changed.
 bool LayerModel::setData(const QModelIndex& index, const QVariant& value, int role) {
   LayerObject* layer = index.column() == kName && role == Qt::EditRole ? LayerAt(index) : nullptr;
   if (!layer || value.toString().isEmpty()) return false;
@@ -115,6 +117,8 @@ bool LayerModel::canDropMimeData(const QMimeData* data, Qt::DropAction, int, int
   return data->hasFormat(kObjectsMime) || CanMoveTo(DroppedNodes(data, kLayersMime), parent);
 }
 
+// Layers move in the tree; objects go onto the layer, or off theirs where they are dropped beside
+// all.
 bool LayerModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
                               const QModelIndex& parent) {
   const std::vector<engine::NodeId> layers = DroppedNodes(data, kLayersMime);
@@ -181,6 +185,8 @@ class SwatchDelegate : public QStyledItemDelegate {
 
 }  // namespace
 
+// The color stands first on the screen and is not the first column, because the toolkit takes that
+// one for the tree and for editing.
 LayerTree::LayerTree(QWidget* parent) : QTreeView(parent), model_(new LayerModel(this)) {
   setModel(model_);
   setUniformRowHeights(true);
@@ -225,6 +231,7 @@ void LayerTree::EditName(const host::LayerObject& layer) {
   edit(index);
 }
 
+// The chooser runs an event loop: the layers are found again by their identities.
 void LayerTree::AskColor(const engine::LayerList& layers) {
   if (layers.empty()) return;
   std::vector<engine::NodeId> ids;
@@ -239,6 +246,7 @@ void LayerTree::AskColor(const engine::LayerList& layers) {
   engine::SetLayerColor(*doc, still, {color.redF(), color.greenF(), color.blueF()});
 }
 
+// A click on a switch or color is for what is selected and must not change that.
 QItemSelectionModel::SelectionFlags LayerTree::selectionCommand(const QModelIndex& index,
                                                                 const QEvent* event) const {
   const bool isMouse =
@@ -263,6 +271,8 @@ void LayerTree::mouseDoubleClickEvent(QMouseEvent* event) {
   if (!ClickedCell(*event)) QTreeView::mouseDoubleClickEvent(event);
 }
 
+// On the press, not the release: switches answer at once. The new value is the opposite of the cell
+// that was hit, for all chosen ones.
 bool LayerTree::ClickedCell(const QMouseEvent& event) {
   const QModelIndex index = indexAt(event.position().toPoint());
   if (!index.isValid() || index.column() == LayerModel::kName || event.button() != Qt::LeftButton)
@@ -291,6 +301,7 @@ void LayerTree::dragEnterEvent(QDragEnterEvent* event) {
   QTreeView::dragEnterEvent(event);
 }
 
+// A cell outside of the selection is meant alone.
 engine::LayerList LayerTree::ChosenWith(const QModelIndex& index) const {
   const QModelIndex row = index.siblingAtColumn(0);
   return selectionModel()->isSelected(row) ? Chosen() : model_->LayersAt({row});

@@ -1,3 +1,7 @@
+// A picture of each material that somebody asks for, rendered one after the other on a background
+// job from a tiny scene of its own. Asking answers at once with what there is and orders what is
+// missing or out of date; the last order comes first, because it is what a person has just scrolled
+// to.
 #include "program/desktop/panels/MaterialThumbnails.h"
 
 #include <QPainter>
@@ -19,6 +23,7 @@ namespace desktop {
 
 namespace {
 
+// Scene units; angles in radians.
 constexpr double kRadius = 100;
 constexpr double kDistance = 400;
 constexpr double kPitch = 0.22;
@@ -48,6 +53,7 @@ class MaterialPreviewScene {
   engine::OwnedDocument doc_;
 };
 
+// With the path of the document, from which its textures are found, and what is embedded in it.
 MaterialPreviewScene::MaterialPreviewScene(const host::BaseDocument& doc,
                                            host::BaseMaterial& material)
     : doc_(host::BaseDocument::Alloc()) {
@@ -58,6 +64,8 @@ MaterialPreviewScene::MaterialPreviewScene(const host::BaseDocument& doc,
   AddBall(*doc_, copy);
 }
 
+// An orthonormal frame that looks down at the ball from the right; parallel, so that the ball is a
+// circle which just fills the picture.
 engine::PictureCamera MaterialPreviewScene::Camera() {
   engine::PictureCamera camera;
   const double up = std::sin(kPitch), flat = std::cos(kPitch);
@@ -74,6 +82,7 @@ engine::PictureCamera MaterialPreviewScene::Camera() {
 // All are forgotten beyond this many; those that can be seen are made again.
 constexpr std::size_t kMostThumbnails = 3000;
 
+// Of the material and all shaders below it.
 std::vector<host::BaseContainer> ParametersOf(const host::BaseMaterial& material) {
   std::vector<host::BaseContainer> all;
   for (const host::GeListNode* node = &material; node; node = engine::NextInside(*node, material)) {
@@ -82,6 +91,8 @@ std::vector<host::BaseContainer> ParametersOf(const host::BaseMaterial& material
   return all;
 }
 
+// By the address of the shared contents: whatever is written gets another one. That may order a
+// picture in vain, never miss one.
 bool AreSame(const std::vector<host::BaseContainer>& a, const std::vector<host::BaseContainer>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](const host::BaseContainer& x, const host::BaseContainer& y) {
@@ -99,6 +110,7 @@ Picture Render(engine::ScenePicture scene, std::uint32_t side, engine::RenderCac
   engine::PictureSetup setup;
   setup.width = setup.height = side;
   setup.camera = MaterialPreviewScene::Camera();
+  // The picture of the scene needs the others.
   setup.threads = 1;
   auto begun = engine::PictureInProgress::Begin(prepared.Take(), setup);
   if (!begun) return nullptr;
@@ -135,6 +147,8 @@ void MaterialThumbnails::Listen(QObject* listener, std::function<void(engine::No
   listeners_.emplace_back(listener, std::move(ready));
 }
 
+// `scale`: pixels of the screen for each of the widget. A material that changes keeps its old
+// picture until the new one is made.
 QPixmap MaterialThumbnails::Of(host::BaseMaterial& material, double scale) {
   if (thumbnails_.size() > kMostThumbnails) thumbnails_.clear();
   const Key key(IdentityOf(material.GetDocument()), engine::IdOf(material));
@@ -149,6 +163,7 @@ QPixmap MaterialThumbnails::Of(host::BaseMaterial& material, double scale) {
   return thumbnail.picture;
 }
 
+// For textures that have changed on the disk: the next one who asks orders it.
 void MaterialThumbnails::MakeAgain() {
   for (auto& [key, thumbnail] : thumbnails_) {
     thumbnail.parameters.clear();
@@ -162,6 +177,7 @@ void MaterialThumbnails::Tell(engine::NodeId material) const {
   }
 }
 
+// Materials that were forgotten meanwhile or are gone are passed over.
 void MaterialThumbnails::MakeNext() {
   while (!job_.IsRunning() && !wanted_.empty()) {
     const Key next = wanted_.back();
@@ -196,6 +212,8 @@ void MaterialThumbnails::Begin(Key key, const host::BaseDocument& doc,
       });
 }
 
+// A picture that failed, for lack of memory, say, leaves its place empty and is not tried again
+// until the material changes.
 void MaterialThumbnails::Take(const QImage& image) {
   const auto it = thumbnails_.find(making_);
   if (it != thumbnails_.end() && !image.isNull()) {

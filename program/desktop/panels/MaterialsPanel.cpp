@@ -35,6 +35,7 @@ MaterialModel::MaterialModel(std::shared_ptr<MaterialThumbnails> thumbnails,
   });
 }
 
+// O(materials). Where they are the same ones the cells are only drawn anew.
 bool MaterialModel::Update(host::BaseDocument* doc) {
   std::vector<engine::NodeId> ids;
   for (const BaseMaterial* material = doc ? doc->GetFirstMaterial() : nullptr; material;
@@ -66,11 +67,13 @@ engine::MaterialList MaterialModel::MaterialsAt(const QModelIndexList& rows) con
   return materials;
 }
 
+// O(1): thumbnails that are ready tell their cells one by one.
 QModelIndex MaterialModel::IndexOf(engine::NodeId material) const {
   const auto it = rows_.find(material);
   return it == rows_.end() ? QModelIndex() : index(it->second);
 }
 
+// Thumbnails are asked for by the cells that are drawn, so no others are made.
 QVariant MaterialModel::data(const QModelIndex& index, int role) const {
   BaseMaterial* material = MaterialAt(index);
   if (!material) return {};
@@ -105,6 +108,7 @@ Qt::ItemFlags MaterialModel::flags(const QModelIndex& index) const {
 
 QStringList MaterialModel::mimeTypes() const { return {kMaterialMime}; }
 
+// One at a time: an object shows one.
 QMimeData* MaterialModel::mimeData(const QModelIndexList& indexes) const {
   const BaseMaterial* material = indexes.isEmpty() ? nullptr : MaterialAt(indexes.first());
   return material ? DraggedNodes(kMaterialMime, {engine::IdOf(*material)}) : nullptr;
@@ -158,6 +162,7 @@ class MaterialDelegate : public QStyledItemDelegate {
     return editor;
   }
 
+  // The editor lies over the name below the ball, and grows upwards.
   void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                             const QModelIndex&) const override {
     const QRect place = NameIn(option.rect);
@@ -208,6 +213,7 @@ MaterialGrid::MaterialGrid(std::shared_ptr<MaterialThumbnails> thumbnails, QWidg
   showing_ = false;
 }
 
+// Selected materials are those of the document; `showing_` keeps them from being written back.
 void MaterialGrid::Follow(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
   if (IdentityOf(doc) == doc_ && count == seen_) return;
@@ -234,6 +240,7 @@ void MaterialGrid::selectionChanged(const QItemSelection& selected,
   if (doc) engine::SelectMaterials(*doc, Chosen());
 }
 
+// Rows are in the document's order, so that both are walked together.
 void MaterialGrid::ShowSelection() {
   QItemSelection wanted;
   int row = 0;
@@ -301,6 +308,7 @@ void MaterialsPanel::Follow(host::BaseDocument* doc) {
   acts_.Follow(doc);
 }
 
+// The row is there only after following; then its name is asked for where it stands.
 void MaterialsPanel::Add(host::BaseDocument& doc) {
   const host::BaseMaterial* material = engine::AddMaterial(doc);
   grid_->Follow(&doc);

@@ -1,3 +1,7 @@
+// The table of what each state says of each element. It is read in four sections, one walk over the
+// scene each (first what there are few of), in slices of the event loop, and shown when all are
+// there. The names of the elements stand in a table of their own over the first column, which does
+// not scroll sideways.
 #include "program/desktop/panels/MatrixPanel.h"
 
 #include <QApplication>
@@ -25,6 +29,7 @@ namespace desktop {
 using engine::Part;
 using engine::StateMatrix;
 
+// All rows as pairs of section and row, made once; filter and order only choose among them.
 void MatrixModel::Show(const host::BaseDocument* doc, std::unique_ptr<StateTable> table) {
   beginResetModel();
   doc_ = IdentityOf(doc);
@@ -55,6 +60,8 @@ void MatrixModel::sort(int column, Qt::SortOrder order) {
   emit layoutChanged();
 }
 
+// The texts of the sorted column are made once for each row and not with each comparison. Stable,
+// so that equal rows keep the order of the scene.
 void MatrixModel::Arrange() {
   shown_.clear();
   if (!Document()) return;
@@ -86,6 +93,7 @@ const engine::StoredState* MatrixModel::StateAt(int column) const {
              : nullptr;
 }
 
+// The camera is the only field of its row.
 engine::NodeId MatrixModel::CameraAt(const QModelIndex& index) const {
   const Place place = shown_[static_cast<std::size_t>(index.row())];
   if (!StateAt(index.column())) return 0;
@@ -109,6 +117,7 @@ QString MatrixModel::NameOf(Place place) const {
                           : ToQt(engine::ElementPath(*Document(), row.element)).simplified();
 }
 
+// A dash where the state does not hold the element: that is not the same as an empty value.
 QString MatrixModel::Text(Place place, int column) const {
   if (column == kElement) {
     const bool isUnknown = MatrixOf(place).Rows()[place.row].knownBy == 0;
@@ -170,6 +179,7 @@ namespace {
 constexpr int kElementWidth = 190;
 constexpr int kLeastStateWidth = 60;
 constexpr int kMostStateWidth = 240;
+// Rows whose widths are measured; all of them would cost a text each.
 constexpr int kMeasuredRows = 40;
 constexpr int kCorner = 7;
 constexpr int kTintAlpha = 32;  // not to be taken for a chosen one
@@ -236,6 +246,8 @@ MatrixTable::MatrixTable(QWidget* parent)
   }
 }
 
+// A second view of the same model and selection, with all columns but the first hidden. Both scroll
+// bars follow each other; the heads sort through the lower one.
 void MatrixTable::BuildFixed() {
   fixed_->setModel(model_);
   SetUp(*fixed_);
@@ -265,6 +277,7 @@ void MatrixTable::BuildFixed() {
           &QScrollBar::setValue);
 }
 
+// The chosen cell is found again by element and state.
 void MatrixTable::Show(const host::BaseDocument* doc, std::unique_ptr<StateTable> table) {
   const engine::StateMatrix::Row* row = model_->RowAt(currentIndex());
   const bool any = row != nullptr;
@@ -309,6 +322,7 @@ void MatrixTable::resizeEvent(QResizeEvent* event) {
   PlaceFixed();
 }
 
+// A cell that the fixed column covers is not in sight.
 void MatrixTable::scrollTo(const QModelIndex& index, ScrollHint hint) {
   QTableView::scrollTo(index, hint);
   const int covered = columnWidth(MatrixModel::kElement) - visualRect(index).left();
@@ -337,6 +351,8 @@ void MatrixTable::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+// With tabs and line ends, as spreadsheets take it: the columns of any chosen cell with their
+// heads, cells that are not chosen empty. One cell alone is just its text.
 QString MatrixTable::SelectedText() const {
   QModelIndexList cells = selectionModel()->selectedIndexes();
   if (cells.size() == 1) return cells.front().data().toString();
@@ -429,11 +445,14 @@ void MatrixPanel::BuildHead(QLayout& layout) {
   layout.addWidget(head);
 }
 
+// The tree, its size and the stored containers: values of the scene itself are not in the table.
+// The stores are compared by the address of their contents, O(1).
 bool MatrixPanel::IsAsRead(const host::BaseDocument& doc) const {
   return engine::TreeChangeCount(doc) == treeChanges_ && engine::NodeCount(doc) == nodes_ &&
          engine::BodyOf(StoredIn(doc)) == engine::BodyOf(stored_);
 }
 
+// A change that moves no element and stores no state costs one repaint.
 void MatrixPanel::Follow(host::BaseDocument* doc) {
   const host::ULLONG changes = doc ? engine::ChangeCount(*doc) : 0;
   const bool isOther = IdentityOf(doc) != doc_;
@@ -462,6 +481,7 @@ void MatrixPanel::Begin(const host::BaseDocument* doc) {
   pause_.start();
 }
 
+// The states come first, in the order of the list that a person sees beside it.
 bool MatrixPanel::Advance() {
   const host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!work_ || !doc) return false;

@@ -1,3 +1,6 @@
+// A tree of the document as a flat list in breadth-first order: the children of a node stand in a
+// row behind each other, so that index, parent and row are array accesses, and a chain of a million
+// nodes costs neither recursion nor memory beyond its entries.
 #include "program/desktop/panels/NodeTreeModel.h"
 
 #include <bit>
@@ -25,6 +28,7 @@ std::size_t FirstSlot(engine::NodeId id, std::size_t slotCount) {
 
 }  // namespace
 
+// Place 0 is the invisible root. O(nodes).
 FlatTree::FlatTree(const host::GeListNode* first) : entries_(1) {
   std::vector<const host::GeListNode*> nodes = {nullptr};
   for (std::size_t place = 0; place < nodes.size(); ++place) {
@@ -38,6 +42,9 @@ FlatTree::FlatTree(const host::GeListNode* first) : entries_(1) {
   }
 }
 
+// Kept nodes keep all that is above them. Backwards first, since children stand behind their
+// parents: one pass marks them all. Then forwards, in which order the parents have their new places
+// already.
 FlatTree FlatTree::Kept(const std::function<bool(engine::NodeId)>& keep) const {
   std::vector<int> newPlaces(entries_.size(), 0);  // first 1 for those that stay
   for (std::size_t place = entries_.size() - 1; place > 0; --place) {
@@ -59,6 +66,8 @@ FlatTree FlatTree::Kept(const std::function<bool(engine::NodeId)>& keep) const {
   return kept;
 }
 
+// Open addressing with linear probing over a table twice as large as the nodes; made with the first
+// question, and shared by copies.
 int FlatTree::PlaceOf(engine::NodeId id) const {
   if (id == 0 || entries_.size() == 1) return 0;
   if (!places_) {
@@ -102,10 +111,12 @@ QString NameInRow(const host::String& name) {
   return ToQt(name).left(kLongestRow).replace('\n', ' ');
 }
 
+// As rich text, escaped: a plain text that looks like markup would be taken for it.
 QString NameInTip(const host::String& name, const QString& about) {
   return "<qt>" + NameInRow(name).toHtmlEscaped() + "<br>" + about.toHtmlEscaped() + "</qt>";
 }
 
+// A reset and no moves of rows: telling the toolkit of each would be quadratic in what moved.
 void NodeTreeModel::Take(const host::BaseDocument* doc, FlatTree shape) {
   beginResetModel();
   doc_ = IdentityOf(doc);
@@ -124,6 +135,7 @@ host::BaseList2D* NodeTreeModel::NodeAt(const QModelIndex& index) const {
   return doc ? engine::FindNode(doc, EntryOf(index).id) : nullptr;
 }
 
+// The ID of an index is its place.
 QModelIndex NodeTreeModel::IndexAt(int place, int column) const {
   return place == 0 ? QModelIndex()
                     : createIndex(shape_.At(place).row, column, static_cast<quintptr>(place));
@@ -148,6 +160,7 @@ QMimeData* NodeTreeModel::mimeData(const QModelIndexList& indexes) const {
   return DraggedNodes(mimeTypes().front().toLatin1().constData(), InOrder(shape_, ids));
 }
 
+// Nothing goes below itself. O(depth).
 bool NodeTreeModel::CanMoveTo(const std::vector<engine::NodeId>& ids,
                               const QModelIndex& parent) const {
   if (ids.empty() || !Document()) return false;
@@ -157,6 +170,8 @@ bool NodeTreeModel::CanMoveTo(const std::vector<engine::NodeId>& ids,
   return !above;
 }
 
+// `row` below 0 means onto the parent: behind its last child. Nodes whose parents move as well go
+// with them.
 bool NodeTreeModel::MoveTo(const std::vector<engine::NodeId>& ids, int row,
                            const QModelIndex& parent) {
   host::BaseDocument* doc = Document();

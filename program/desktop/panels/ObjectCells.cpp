@@ -20,13 +20,15 @@ using host::BaseTag;
 
 namespace {
 
+// Pixels.
 constexpr int kTagSide = 16;
 constexpr int kBallSide = 14;
 constexpr int kTagPitch = 19;
 constexpr int kMoreWidth = 28;
 constexpr int kLongestTip = 100;
 
-// A linear level as the screen shows it.
+// A linear level as the screen shows it. An approximation of sRGB that nobody can tell apart in a
+// ball of 14 pixels.
 float Shown(double level) { return static_cast<float>(std::pow(qBound(0.0, level, 1.0), 1 / 2.2)); }
 
 QRect PlaceOf(const QRect& cell, int number) {
@@ -90,6 +92,7 @@ void PaintTag(QPainter& painter, const QRect& place, BaseTag& tag, const QPalett
 
 }  // namespace
 
+// Room for "+3" is only kept where not all fit.
 TagsShown TagsFitting(const BaseObject& object, int width) {
   TagsShown shown;
   int count = 0;
@@ -129,6 +132,7 @@ void PaintTags(QPainter& painter, const QRect& cell, const BaseObject& object,
   painter.restore();
 }
 
+// By the places that PaintTags uses: both count from the left in steps of kTagPitch.
 TagHit TagAt(const QRect& cell, const QPoint& place, const BaseObject& object) {
   const TagsShown shown = TagsFitting(object, cell.width());
   const int number = place.x() < cell.left() ? -1 : (place.x() - cell.left()) / kTagPitch;
@@ -166,6 +170,7 @@ namespace {
 constexpr double kDotRadius = 4.2;
 constexpr int kCellSwatchSide = 10;
 constexpr int kCellIconSide = 14;
+// Colors of both themes: green, red and gray are what artists know for these dots.
 constexpr QRgb kOn = 0xff8fb26b;
 constexpr QRgb kOff = 0xffc7604f;
 constexpr QRgb kUndefined = 0xff7a7a7a;
@@ -249,6 +254,7 @@ class TagsCell : public ObjectCell {
  public:
   TagsCell(MaterialBall ball, QObject* parent) : ObjectCell(parent), ball_(std::move(ball)) {}
 
+  // A cell with several tags has several tips.
   bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                  const QModelIndex& index) override {
     const host::BaseObject* object = event->type() == QEvent::ToolTip ? ObjectOf(index) : nullptr;

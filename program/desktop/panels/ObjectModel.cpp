@@ -37,11 +37,13 @@ constexpr ColumnHeading kHeadings[ObjectModel::kColumnCount] = {
     {"tag-other", "Tags: click to select one"},
 };
 
+// Also anything that is switched off, whatever it is, or nobody could switch it on again.
 bool HasGenerator(const BaseObject& object) {
   return engine::IsPrimitive(object.GetType()) || !object.GetDeformMode();
 }
 
 // An undefined mode follows the nearest parent with a mode of its own; visible without one.
+// O(depth), asked for rows that are drawn only.
 bool IsHidden(const BaseObject& object, engine::Switch which) {
   const BaseObject* decides = &object;
   while (decides && engine::SwitchOf(*decides, which) == host::MODE_UNDEF)
@@ -105,6 +107,7 @@ std::vector<BaseObject*> SelectedWith(BaseObject& object) {
   return engine::SelectedObjects(*doc);
 }
 
+// The tree is only read when its own change count differs: a moved object leaves it as it is.
 bool ObjectModel::Update(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::TreeChangeCount(*doc) : 0;
   const bool isNew = !IsOf(doc) || count != seen_;
@@ -116,6 +119,7 @@ bool ObjectModel::Update(host::BaseDocument* doc) {
   return true;
 }
 
+// With all that is above what is found, so that one sees where it is.
 FlatTree ObjectModel::Found(const host::BaseDocument* doc) const {
   return whole_.Kept([&](engine::NodeId id) {
     const BaseObject* object = engine::AsObject(engine::FindNode(doc, id));
@@ -192,6 +196,7 @@ Qt::ItemFlags ObjectModel::flags(const QModelIndex& index) const {
   return index.column() == kName ? plain | Qt::ItemIsEditable | Qt::ItemIsDragEnabled : plain;
 }
 
+// Materials go onto rows.
 bool ObjectModel::canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
                                   const QModelIndex& parent) const {
   if (!data || !Document()) return false;
@@ -203,6 +208,7 @@ bool ObjectModel::canDropMimeData(const QMimeData* data, Qt::DropAction, int row
   return !above;
 }
 
+// A material dropped on a selected object goes to all selected ones.
 bool ObjectModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
                                const QModelIndex& parent) {
   host::BaseDocument* doc = Document();
@@ -219,6 +225,7 @@ bool ObjectModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, i
 
 namespace {
 
+// As the toolkit's flags mean it, for one object.
 host::LONG ModeFor(const host::BaseObject& object, QItemSelectionModel::SelectionFlags command) {
   const bool takesOff =
       command.testFlag(QItemSelectionModel::Deselect) ||
@@ -233,6 +240,8 @@ bool ObjectSelection::Has(const QModelIndex& index) const {
   return object && object->GetBit(host::BIT_ACTIVE);
 }
 
+// The selection is that of the document, written straight into it; the toolkit's own ranges stay
+// empty. So a million selected objects need no ranges, and selecting costs what is selected.
 void ObjectSelection::select(const QItemSelection& selection, SelectionFlags command) {
   host::BaseDocument* doc = model_.Document();
   if (!doc || command == NoUpdate) return;

@@ -1,3 +1,6 @@
+// The tree of objects. Selection is the document's (see ObjectSelection), which the toolkit knows
+// nothing of: what it does with its own selection, drawing, dragging, ranges by Shift, is written
+// out here. Switches are pressed in their cells and swept over with the mouse as one undo step.
 #include "program/desktop/panels/ObjectsPanel.h"
 
 #include <QAccessible>
@@ -33,12 +36,14 @@ using host::BaseObject;
 
 namespace {
 
+// Pixels.
 constexpr int kObjectSwitchWidth = 21;
 constexpr int kTagsColumn = 68;
 constexpr int kIndentation = 14;
 // Rows are unfolded by themselves down to here: the toolkit goes through them by recursion.
 constexpr int kDeepest = 400;
 
+// Counted no further than needed.
 int DepthOf(const BaseObject& object) {
   int depth = 0;
   for (const BaseObject* above = object.GetUp(); above && depth <= kDeepest; above = above->GetUp())
@@ -88,6 +93,7 @@ void ObjectTree::ShowMaterialsAs(std::shared_ptr<MaterialThumbnails> thumbnails)
   thumbnails_->Listen(this, [this](engine::NodeId) { viewport()->update(); });
 }
 
+// They make the context menu, too.
 void ObjectTree::AddActions() {
   const auto add = [this](const QString& text, const QKeySequence& keys,
                           void (ObjectTree::*act)()) {
@@ -107,6 +113,7 @@ void ObjectTree::AddActions() {
   addAction(separator);
 }
 
+// The layout is made at once, because the scroll bar has no range before it.
 void ObjectTree::Follow(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
   if (IdentityOf(doc) == doc_ && count == seen_) return;
@@ -166,6 +173,8 @@ void ObjectTree::RenameCurrent() {
   if (currentIndex().isValid()) edit(currentIndex().siblingAtColumn(ObjectModel::kName));
 }
 
+// While a search is on: what it found and can be seen, not the parents that are shown for the sake
+// of it and not what is folded away. One pass, parents before children.
 void ObjectTree::selectAll() {
   host::BaseDocument* doc = model_->Document();
   if (!doc) return;
@@ -184,6 +193,8 @@ void ObjectTree::selectAll() {
   engine::SelectOnly(*doc, found);
 }
 
+// By identity and for each document, so that rows stay unfolded through any change. In a new
+// document the top level is.
 ObjectTree::Unfolded& ObjectTree::UnfoldedHere() {
   const auto [it, isNew] = unfolded_.try_emplace(doc_);
   const FlatTree& shape = model_->Shape();
@@ -192,6 +203,7 @@ ObjectTree::Unfolded& ObjectTree::UnfoldedHere() {
   return it->second;
 }
 
+// A search unfolds everything for its time; that is nothing to remember.
 void ObjectTree::RememberUnfolded(const QModelIndex& index, bool unfolded) {
   if (unfolding_ || model_->IsFiltered()) return;
   if (unfolded) UnfoldedHere().insert(model_->IdAt(index));
@@ -304,6 +316,7 @@ namespace {
 constexpr std::size_t kMostMenuEntries = 60;
 constexpr int kEntrySwatchSide = 12;
 
+// Undefined, on, off, and round; generators know only on and off.
 host::LONG NextValue(engine::Switch which, int value) {
   if (which == engine::Switch::kGenerator) return value ? 0 : 1;
   switch (value) {
@@ -330,6 +343,7 @@ QIcon Swatch(const host::Vector& color) {
 
 }  // namespace
 
+// `rowHeld_`: a drag of rows may begin here, on the name and not beside it.
 void ObjectTree::mousePressEvent(QMouseEvent* event) {
   const QPoint place = event->position().toPoint();
   cellPressed_ = PressedCell(*event);
@@ -374,6 +388,7 @@ bool ObjectTree::PressedCell(const QMouseEvent& event) {
   return true;
 }
 
+// The menu runs an event loop: the tag is found again by its identity.
 void ObjectTree::PressTag(BaseObject& object, const QModelIndex& index, const QMouseEvent& event) {
   const bool add = event.modifiers() & Qt::ControlModifier;
   const QRect cell = visualRect(index);
@@ -393,6 +408,7 @@ void ObjectTree::PressTag(BaseObject& object, const QModelIndex& index, const QM
   if (tag) engine::SelectTag(*tag, add);
 }
 
+// Here the object is found again.
 void ObjectTree::AskLayer(BaseObject& object, const QPoint& place) {
   const engine::NodeId asked = engine::IdOf(object);
   QMenu menu(this);
@@ -415,6 +431,8 @@ void ObjectTree::AskLayer(BaseObject& object, const QPoint& place) {
   RunEdit(*doc, engine::AssignLayer(*doc, SelectedWith(*still), layer));
 }
 
+// The undo group stays open until the button is let go, so that a sweep over twenty rows is one
+// step.
 void ObjectTree::BeginSweep(BaseObject& object, const QModelIndex& index, int y) {
   EndSweep();
   host::BaseDocument& doc = *object.GetDocument();
@@ -426,6 +444,7 @@ void ObjectTree::BeginSweep(BaseObject& object, const QModelIndex& index, int y)
   engine::ChangeSwitch(doc, SelectedWith(object), which, value);
 }
 
+// All rows between the last place of the mouse and this one: a fast mouse skips rows.
 void ObjectTree::SweepTo(int y) {
   host::BaseDocument* doc = FindOpenDocument(sweep_->doc);
   if (!doc || doc != model_->Document()) return;
@@ -452,6 +471,7 @@ void ObjectTree::EndSweep() {
   host::EventAdd();
 }
 
+// All get the value that follows that of the active one.
 void ObjectTree::SwitchSelected(int column) {
   host::BaseDocument* doc = model_->Document();
   const BaseObject* active = doc ? doc->GetActiveObject() : nullptr;
@@ -487,6 +507,7 @@ ObjectsPanel::ObjectsPanel(QWidget* parent)
     connect(shortcut, &QShortcut::activated, place, act);
   };
   add(this, QKeySequence("Ctrl+L"), Qt::WindowShortcut, "Search objects", find);
+  // Only in the tree, so that a slash can be typed everywhere else.
   add(tree_, QKeySequence("/"), Qt::WidgetShortcut, "Search objects", find);
   add(this, QKeySequence(Qt::Key_Escape), Qt::WidgetWithChildrenShortcut, "End the search",
       [this] { EndSearch(); });

@@ -10,6 +10,7 @@ PanelBar::PanelBar(QWidget* parent) : QToolBar(parent) {
   setFocusPolicy(Qt::NoFocus);
 }
 
+// The key works in `target` only; the tip names it, because a bar shows no keys.
 QAction* PanelBar::Add(QWidget& target, const QString& icon, const QString& text,
                        const QKeySequence& keys, std::function<void()> work) {
   auto* action = new QAction(Icon(icon), text, &target);

@@ -24,6 +24,7 @@ using host::RenderData;
 
 namespace {
 
+// Values of RDATA_FRAMESEQUENCE.
 constexpr LONG kCurrentFrame = 1;
 constexpr LONG kAllFrames = 2;
 
@@ -57,6 +58,7 @@ QString CellText(const RenderData& settings, int column) {
 
 }  // namespace
 
+// Which settings belong to Stagemarks is read with every change: O(states).
 bool RenderSettingsModel::Update(host::BaseDocument* doc) {
   stagemarks_ = engine::FindSettingsOfStates(doc);
   return TakeWhatDiffers(doc, FlatTree(doc ? doc->GetFirstRenderData() : nullptr));
@@ -173,6 +175,7 @@ class ActiveDelegate : public QStyledItemDelegate {
 
 }  // namespace
 
+// The dot stands first on the screen and is not the first column, as in the layers.
 RenderSettingsList::RenderSettingsList(QWidget* parent)
     : QTreeView(parent), model_(new RenderSettingsModel(this)) {
   setModel(model_);
@@ -199,6 +202,7 @@ RenderSettingsList::RenderSettingsList(QWidget* parent)
   showing_ = false;
 }
 
+// Settings have no selection in the document, so what was chosen is found again by identity.
 void RenderSettingsList::Follow(host::BaseDocument* doc) {
   const host::ULLONG count = doc ? engine::ChangeCount(*doc) : 0;
   if (IdentityOf(doc) == doc_ && count == seen_) return;
@@ -231,6 +235,8 @@ void RenderSettingsList::Choose(const engine::SettingsList& settings) {
   selectionModel()->select(wanted, QItemSelectionModel::ClearAndSelect);
 }
 
+// The active ones where none are chosen, so that the fields always show some. The shared list is
+// only replaced by another one: its address tells the fields whether to read anew.
 void RenderSettingsList::TakeChosen() {
   engine::Ids ids;
   for (const host::RenderData* each : Chosen()) ids.push_back(engine::IdOf(*each));
@@ -337,7 +343,8 @@ void RenderSettingsPanel::BuildActions(QWidget& side) {
                       });
 }
 
-// Settings below the chosen ones are deleted with them.
+// Settings below the chosen ones are deleted with them. Undo brings them back, but who loads such a
+// Stagemark next week has no undo any more.
 bool RenderSettingsPanel::MayDelete(const host::BaseDocument& doc,
                                     const engine::SettingsList& settings) {
   const engine::SettingsOfStates all = engine::FindSettingsOfStates(&doc);
@@ -370,6 +377,7 @@ bool RenderSettingsPanel::MayDelete(const host::BaseDocument& doc,
   return box.exec() == QMessageBox::Yes;
 }
 
+// A document keeps one at least.
 void RenderSettingsPanel::Follow(host::BaseDocument* doc) {
   list_->Follow(doc);
   values_->Follow(doc, list_->ChosenIds());

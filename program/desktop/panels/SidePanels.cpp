@@ -7,7 +7,7 @@ namespace desktop {
 
 namespace {
 
-// The picture matters most, also in a small window.
+// The picture matters most, also in a small window. Pixels, bounded by shares of the window.
 constexpr int kBottomHeight = 250;
 constexpr int kLeftWidth = 340;
 constexpr int kLeastLeftWidth = 280;  // for names to be read
@@ -30,6 +30,7 @@ const SidePanels::Panel* SidePanels::Find(const char* name) const {
   return it == panels_.end() ? nullptr : &*it;
 }
 
+// On the left panels stand below each other, elsewhere as tabs behind the first.
 void SidePanels::Place(const char* name, const QString& title, Spot place, QWidget* widget,
                        DocumentView* view) {
   auto* dock = new QDockWidget(title, &window_);
@@ -49,6 +50,7 @@ void SidePanels::Place(const char* name, const QString& title, Spot place, QWidg
   panels_.push_back({dock, place, view});
 }
 
+// Adding a tab brings it to front: the first of each side is raised again.
 void SidePanels::ShowFirst() {
   const int height = std::min(kBottomHeight, static_cast<int>(window_.height() * kMostHeight));
   const int width =
@@ -82,6 +84,8 @@ void SidePanels::Raise(const char* name) {
   }
 }
 
+// A panel behind another tab costs nothing; it follows when it comes to front, since that wakes the
+// event loop.
 void SidePanels::Follow(host::BaseDocument* doc) {
   for (const Panel& panel : panels_) {
     if (!panel.dock->visibleRegion().isEmpty()) panel.view->Follow(doc);

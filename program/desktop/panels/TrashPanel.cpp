@@ -23,6 +23,7 @@ namespace {
 constexpr int kPosition = Qt::UserRole;
 constexpr const char* kRestore = "Restore";
 
+// A restored Stagemark must not take the name of another: the plug-in finds them by name.
 bool IsTaken(const host::BaseDocument& doc, const std::string& name) {
   const auto states = engine::ReadStates(doc);
   return std::any_of(states.begin(), states.end(),
@@ -41,6 +42,7 @@ TrashList::TrashList(QWidget* parent) : QTreeWidget(parent) {
   setContextMenuPolicy(Qt::CustomContextMenu);
 }
 
+// The newest first, as one looks for it.
 void TrashList::Show(const engine::DeletedStates& states) {
   clear();
   for (std::size_t i = states.size(); i-- > 0;) {
@@ -56,6 +58,7 @@ void TrashList::Show(const engine::DeletedStates& states) {
   for (int column = 0; column < kColumnCount; ++column) resizeColumnToContents(column);
 }
 
+// Positions in the trash, from the highest down.
 std::vector<std::size_t> TrashList::Chosen() const {
   std::vector<std::size_t> positions;
   for (const QTreeWidgetItem* row : selectedItems())
@@ -97,6 +100,7 @@ void TrashPanel::EnableActions() {
   empty_->setEnabled(list_->topLevelItemCount() > 0);
 }
 
+// By the address of the shared list, which is another one after any change.
 void TrashPanel::Follow(host::BaseDocument* doc) {
   const engine::SharedDeletedStates now = doc ? engine::SharedDeletedStatesOf(*doc) : nullptr;
   if (IdentityOf(doc) == doc_ && now == shown_) return;
@@ -121,6 +125,8 @@ void TrashPanel::Restore() {
   reports_.Show(outcome);
 }
 
+// The box for another name runs an event loop. False also ends the others: who calls off one of
+// several wants to look first.
 bool TrashPanel::RestoreOne(host::BaseDocument& doc, std::size_t position,
                             outcome::Outcome& outcome) {
   if (position >= engine::DeletedStatesOf(doc).size()) return false;

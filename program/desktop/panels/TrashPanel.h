@@ -1,6 +1,6 @@
-// TrashPanel: the Stagemarks of the active document that were deleted or recorded over last, and the
-// way back for them: buttons at the foot, a context menu, a double click. Each is one undo step. Main
-// thread.
+// TrashPanel: the Stagemarks of the active document that were deleted or recorded over last, and
+// the way back for them: buttons at the foot, a context menu, a double click. Each is one undo
+// step. Main thread.
 #pragma once
 
 #include <QAction>

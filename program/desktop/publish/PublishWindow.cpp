@@ -20,7 +20,7 @@ namespace {
 constexpr int kPublishWidth = 560;
 constexpr int kPublishSteps = 1000;
 
-// Entries of the list of file kinds, in its order.
+// Entries of the list of file kinds, in its order. The numbers are those of the rows.
 enum FileForm { kBinary, kText, kAllInOne };
 
 // Beside the scene, or in the home folder where that has no file.
@@ -37,6 +37,7 @@ QString CountedFiles(std::size_t count) {
 
 }  // namespace
 
+// The document is held by its identity: it may be closed while the window stands there.
 PublishWindow::PublishWindow(QWidget* window, const engine::Services& services,
                              const host::BaseDocument& doc, PublishKind kind,
                              std::vector<std::string> chosen)
@@ -130,6 +131,7 @@ void PublishWindow::AddButtons() {
   static_cast<QVBoxLayout*>(layout())->addLayout(buttons);
 }
 
+// While the child works, only stopping and closing are left.
 void PublishWindow::Enable(bool isRunning) {
   choices_->setEnabled(!isRunning);
   begin_->setEnabled(!isRunning);
@@ -175,6 +177,7 @@ bool PublishWindow::MayReplace() {
   return QMessageBox::question(this, windowTitle(), text) == QMessageBox::Yes;
 }
 
+// Everything that can be known beforehand is asked before the scene is copied.
 void PublishWindow::Begin() {
   if (!QDir::isAbsolutePath(folder_->text().trimmed())) return said_->setText(kNoWholePath);
   if (kind_ == PublishKind::Page) {
@@ -185,6 +188,7 @@ void PublishWindow::Begin() {
   if (MayReplace()) Start();
 }
 
+// A new child each time, with the scene as it is now (decision 55).
 void PublishWindow::Start() {
   const host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc) return said_->setText("The document was closed. Open it again to publish it.");
@@ -199,6 +203,7 @@ void PublishWindow::Start() {
   stop_->setFocus();
 }
 
+// Each note once: every state would tell of the same missing texture.
 StateRenderer::News PublishWindow::Hearing() {
   StateRenderer::News news;
   news.progress = [this](double done) {
@@ -221,6 +226,7 @@ StateRenderer::News PublishWindow::Hearing() {
   return news;
 }
 
+// Files that stand are whole, so they stay and are told.
 void PublishWindow::Stop() {
   if (IsFinished()) return;
   renderer_->Stop();
@@ -228,6 +234,7 @@ void PublishWindow::Stop() {
                        : "Stopped; " + CountedFiles(written_.size()) + " published before.");
 }
 
+// Ends the child also after a failure; stopping twice does nothing.
 void PublishWindow::End(const QString& text) {
   renderer_->Stop();
   said_->setText(text);

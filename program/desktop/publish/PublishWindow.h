@@ -1,6 +1,7 @@
-// PublishWindow: publishes Stagemarks of a document, as glTF files or as a web page: where to, which
-// of them and how, then how far it is and what came of it. A child works on a copy of the scene as
-// it was when the work began, while a person goes on; closing the window ends it. Main thread.
+// PublishWindow: publishes Stagemarks of a document, as glTF files or as a web page: where to,
+// which of them and how, then how far it is and what came of it. A child works on a copy of the
+// scene as it was when the work began, while a person goes on; closing the window ends it. Main
+// thread.
 #pragma once
 
 #include <QComboBox>

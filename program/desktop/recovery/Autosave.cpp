@@ -1,3 +1,6 @@
+// When what is kept: decision 75. Each document goes round: changed (Follow), due (Tick), copied on
+// the main thread (Keep), written by the worker, and told (Done), which compares the change count
+// of the copy with what has been seen since.
 #include "program/desktop/recovery/Autosave.h"
 
 #include <QJsonDocument>
@@ -18,8 +21,11 @@ namespace desktop {
 
 namespace {
 
+// The most that a document waits beyond being due.
 constexpr std::chrono::milliseconds kBetweenTicks{1000};
 
+// Beside the scene, because the copy is no document of the list and its own path is that of the
+// folder.
 std::string NoteOf(const host::BaseDocument& doc) {
   const host::Filename folder = doc.GetDocumentPath();
   QJsonObject note{{"title", DocumentTitle(doc)}};
@@ -36,6 +42,7 @@ void AutosaveWorker::Start(AutosaveJob order, std::function<void(const engine::S
              [this](const std::string& problem) { End(problem); });
 }
 
+// The copy goes piece by piece on the main thread, to which the nodes belong.
 void AutosaveWorker::End(const std::string& problem) {
   deletion_.Take(std::move(order_.copy));
   order_ = {};
@@ -44,6 +51,8 @@ void AutosaveWorker::End(const std::string& problem) {
   std::exchange(done_, {})(problem.empty() ? status_ : engine::Status::Failure(problem));
 }
 
+// A file system of its own, since the ledger belongs to the main thread and a command's report is
+// about its own files. The note is written first: where there is a scene there is its note.
 void AutosaveWorker::Write() {
   engine::AbsentPerson nobody;
   engine::Ledger ledger;
@@ -75,6 +84,7 @@ Autosave::Autosave(const engine::Application& application, AutosaveRules rules,
 
 Autosave::~Autosave() = default;
 
+// Called with every turn of the event loop, so an unchanged document costs one comparison.
 void Autosave::Follow() {
   if (ended_) return;
   const auto open = application_.Documents();
@@ -85,6 +95,7 @@ void Autosave::Follow() {
   if (!documents_.empty()) ForgetClosed(open);
 }
 
+// `first` is the time of the first change that is not kept.
 void Autosave::FollowOne(const host::BaseDocument& doc, Kept& state) {
   const host::ULLONG count = engine::ChangeCount(doc);
   if (count == state.seen) return;
@@ -94,6 +105,7 @@ void Autosave::FollowOne(const host::BaseDocument& doc, Kept& state) {
   if (!tick_.isActive()) tick_.start();
 }
 
+// Saved or closed: what was kept of it has no use any more.
 void Autosave::ForgetClosed(const std::vector<host::BaseDocument*>& open) {
   for (auto it = documents_.begin(); it != documents_.end();) {
     const auto found = std::find_if(open.begin(), open.end(),
@@ -120,6 +132,7 @@ void Autosave::Tick() {
   if (!waits) tick_.stop();
 }
 
+// The first act after opening or saving is due at once: nothing is kept of it at all.
 bool Autosave::IsDue(const Kept& state) const {
   const Clock::time_point now = now_();
   if (now < state.next) return false;
@@ -137,6 +150,7 @@ void Autosave::KeepNow() {
   }
 }
 
+// The pause is set to the longest first, for the case that the copy throws for lack of memory.
 void Autosave::Keep(host::BaseDocument& doc, Kept& state) {
   const host::ULLONG document = IdentityOf(&doc);
   const host::ULLONG count = state.seen;
@@ -157,6 +171,7 @@ void Autosave::Keep(host::BaseDocument& doc, Kept& state) {
   });
 }
 
+// A failure is told once, not every eight seconds, and again after it has worked meanwhile.
 void Autosave::Done(host::ULLONG document, host::ULLONG count, const engine::Status& status) {
   if (!status && !told_ && failed)
     failed("Unsaved work cannot be kept for the case of a crash. " + status.Message());
@@ -174,6 +189,7 @@ void Autosave::Done(host::ULLONG document, host::ULLONG count, const engine::Sta
     engine::KeepPackedOnly(engine::DeletedStatesOf(*doc));
 }
 
+// The recovered copy stays the one that is kept, so nothing is written anew until the next act.
 void Autosave::Adopt(const LostDocument& lost, const host::BaseDocument& doc) {
   const engine::Status adopted = folder_.Adopt(lost.files, IdentityOf(&doc));
   Kept& state = documents_[IdentityOf(&doc)];

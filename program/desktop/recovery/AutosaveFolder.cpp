@@ -1,3 +1,5 @@
+// Each desktop has a folder of its own, named by when it began and held by a lock on a file in it.
+// A folder whose lock can be taken is that of a desktop that has ended, well or not.
 #include "program/desktop/recovery/AutosaveFolder.h"
 
 #include <unistd.h>
@@ -15,6 +17,7 @@ AutosaveFiles AutosaveFilesIn(const std::string& folder, const std::string& name
   return {file + ".c4d", file + ".json", file + kSavedPreviewsEnding};
 }
 
+// The folder is made with the first copy only: most runs need none.
 engine::Status AutosaveFolder::Prepare() {
   if (held_) return {};
   const std::string root = AutosaveRoot(services_.folders);
@@ -31,6 +34,7 @@ engine::Status AutosaveFolder::Prepare() {
   return status;
 }
 
+// Seconds and process number, and a count where clocks were set back.
 std::string AutosaveFolder::NewPlace(const std::string& root) const {
   const host::LocalFileTime now = services_.clock.Now();
   const QString start =
@@ -51,6 +55,7 @@ AutosaveFiles AutosaveFolder::FilesOf(host::ULLONG document) const {
   return AutosaveFilesIn(folder_, std::to_string(document));
 }
 
+// Renamed, not copied: at no moment is there none and never are there two.
 engine::Status AutosaveFolder::Adopt(const AutosaveFiles& files, host::ULLONG document) {
   engine::Status status = Prepare();
   const AutosaveFiles own = FilesOf(document);
@@ -70,6 +75,7 @@ void AutosaveFolder::Remove(host::ULLONG document) {
   }
 }
 
+// Previews that could not be given back stay for the next start, the copies of scenes go.
 void AutosaveFolder::RemoveAll() {
   if (!held_) return;
   const auto previews = files_.ListFolders(folder_);

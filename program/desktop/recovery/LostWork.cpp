@@ -23,6 +23,7 @@ const std::string kSceneSuffix = ".c4d";
 
 }  // namespace
 
+// The latest first. Folders with nothing left in them are removed on the way.
 LostWork::LostWork(const engine::Services& services) : files_(services.files) {
   const std::string root = AutosaveRoot(services.folders);
   if (files_.Kind(root) != engine::FileKind::Folder) return;
@@ -34,7 +35,8 @@ LostWork::LostWork(const engine::Services& services) : files_(services.files) {
                    [](const LostDocument& a, const LostDocument& b) { return a.kept > b.kept; });
 }
 
-// A folder without the held file is one that another desktop is just making.
+// A folder without the held file is one that another desktop is just making. The lock is kept while
+// this lives, so that no second desktop offers the same work.
 void LostWork::Find(const std::string& path) {
   auto held = engine::HoldFile(path + kHeldFile);
   if (!held) return;
@@ -49,6 +51,7 @@ void LostWork::Find(const std::string& path) {
   }
 }
 
+// A note that is missing or damaged costs the title, never the scene.
 LostDocument LostWork::Describe(const AutosaveFiles& files) const {
   QJsonObject note;
   if (files_.Kind(files.note) == engine::FileKind::File) {
@@ -61,6 +64,7 @@ LostDocument LostWork::Describe(const AutosaveFiles& files) const {
   return {files, note.value("path").toString().toStdString(), title, kept};
 }
 
+// Where the scene was not kept nobody can recover it, so its previews come back at once.
 void LostWork::GiveBackPreviewsIn(const std::string& folder, bool ofKeptScenes) const {
   const auto names = files_.ListFolders(folder);
   for (const std::string& name : names ? names.Value() : std::vector<std::string>()) {
@@ -84,6 +88,7 @@ void LostWork::Discard() {
   folders_.clear();
 }
 
+// Out of the way of the next start, which would fail at it again.
 std::string LostWork::KeepAside(const LostDocument& document) {
   const std::string aside = document.files.scene + ".damaged";
   (void)GiveBackPreviews(files_, document.files.previews);
@@ -96,6 +101,7 @@ void LostWork::Tidy() {
   });
 }
 
+// Also a damaged scene that was put aside keeps its folder.
 bool LostWork::IsEmpty(const std::string& folder) const {
   const auto names = files_.ListFiles(folder);
   const auto isScene = [](const std::string& name) {
@@ -129,6 +135,7 @@ QString Listed(const std::vector<LostDocument>& documents) {
   return lines.join('\n');
 }
 
+// Later, and Escape, leave everything for the next start. Recover is what Enter does.
 Answer Ask(const std::vector<LostDocument>& documents, QWidget* window) {
   QMessageBox box(QMessageBox::Question, QApplication::applicationDisplayName(),
                   "Work that was not saved was found.", QMessageBox::NoButton, window);
@@ -147,6 +154,7 @@ Answer Ask(const std::vector<LostDocument>& documents, QWidget* window) {
   return box.clickedButton() == discard ? Answer::Discard : Answer::Later;
 }
 
+// One that cannot be opened keeps none of the others.
 void Recover(LostWork& lost, DocumentCommands& commands, Autosave& autosave) {
   for (const LostDocument& document : lost.Documents()) {
     const auto opened = commands.OpenRecovered(document.files.scene, document.path);

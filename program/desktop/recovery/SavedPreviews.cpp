@@ -1,3 +1,6 @@
+// Copies are made when the file system tells of the first change of a preview, whoever makes it
+// (decision 87). They go through a file system of their own: what is done here must neither be
+// heard here again nor stand in a command's report.
 #include "program/desktop/recovery/SavedPreviews.h"
 
 #include <QJsonDocument>
@@ -25,6 +28,7 @@ std::string PlaceOf(const host::BaseDocument& doc) {
   return (doc.GetDocumentPath() + doc.GetDocumentName()).GetString().ToUtf8();
 }
 
+// Tells a file from a later one at the same place.
 std::string StampText(const engine::FileStamp& stamp) {
   return std::to_string(stamp.size) + " " + std::to_string(stamp.changed) + " " +
          std::to_string(stamp.touched) + " " + std::to_string(stamp.device) + " " +
@@ -33,6 +37,7 @@ std::string StampText(const engine::FileStamp& stamp) {
 
 bool IsPreview(const std::string& name) { return name.ends_with(engine::kPreviewEnding); }
 
+// Sizes first, since most previews differ in them.
 bool AreAlike(engine::FileSystem& files, const std::string& one, const std::string& other) {
   if (files.Stamp(one).size != files.Stamp(other).size) return false;
   const auto first = files.ReadFile(one);
@@ -40,7 +45,8 @@ bool AreAlike(engine::FileSystem& files, const std::string& one, const std::stri
   return first && second && first.Value() == second.Value();
 }
 
-// An empty file stands for a preview that was not there.
+// An empty file stands for a preview that was not there. True where there is nothing to do any
+// more, also where something else stands at the place now.
 bool GiveBackOne(engine::FileSystem& files, const std::string& kept, const std::string& place,
                  bool isSceneTheSame) {
   const FileKind there = files.Kind(place);
@@ -54,6 +60,8 @@ bool GiveBackOne(engine::FileSystem& files, const std::string& kept, const std::
 
 }  // namespace
 
+// The folder of copies goes only when all came back. A scene that is missing with its whole folder
+// is on a disk that is not there, and its previews wait.
 bool GiveBackPreviews(engine::FileSystem& files, const std::string& kept, GivenBack which) {
   if (files.Kind(kept) != FileKind::Folder) return true;
   const auto text = files.ReadFile(kept + kNote, kLongestPlaceNote);
@@ -80,6 +88,7 @@ bool GiveBackPreviews(engine::FileSystem& files, const std::string& kept, GivenB
   return isDone && files.RemoveFolder(kept);
 }
 
+// Whoever heard of changes before hears of them again afterwards.
 SavedPreviews::SavedPreviews(const engine::Application& application, AutosaveFolder& folder)
     : application_(application), folder_(folder) {
   auto hears = [this](engine::Operation operation, const std::string& path) {
@@ -92,6 +101,7 @@ SavedPreviews::~SavedPreviews() {
   application_.GetServices().files.beforeChange = std::move(others_);
 }
 
+// The side folder itself or a preview right in it.
 const host::BaseDocument* SavedPreviews::OwnerOf(const std::string& path) const {
   const auto isOwner = [&](const host::BaseDocument* doc) {
     const std::string side = doc ? engine::SideFolderOf(*doc) : "";
@@ -105,6 +115,7 @@ const host::BaseDocument* SavedPreviews::OwnerOf(const std::string& path) const 
   return owner == open.end() ? nullptr : *owner;
 }
 
+// A change of the whole folder changes every preview in it; a copy never replaces a folder.
 void SavedPreviews::BeforeChange(engine::Operation operation, const std::string& path) {
   if (isWorking_) return;
   const host::BaseDocument* doc = OwnerOf(path);
@@ -117,7 +128,8 @@ void SavedPreviews::BeforeChange(engine::Operation operation, const std::string&
     if (IsPreview(name)) Keep(*doc, path + "/" + name);
 }
 
-// Commands change plain files only. The target of a link is not ours to copy.
+// Commands change plain files only. The target of a link is not ours to copy. A copy that is there
+// is older and stays: it is what the scene's file knows.
 void SavedPreviews::Keep(const host::BaseDocument& doc, const std::string& preview) {
   const FileKind kind = own_.Kind(preview);
   if (kind != FileKind::File && kind != FileKind::Missing) return;
@@ -135,6 +147,7 @@ void SavedPreviews::Keep(const host::BaseDocument& doc, const std::string& previ
     failed("A preview cannot be kept for the case that the scene is not saved. " + kept.Message());
 }
 
+// The stamp of the scene tells later whether somebody else has saved it since.
 engine::Status SavedPreviews::Begin(const host::BaseDocument& doc) {
   if (scenes_.contains(IdentityOf(&doc))) return {};
   if (engine::Status ready = folder_.Prepare(); !ready) return ready;
@@ -149,6 +162,7 @@ engine::Status SavedPreviews::Begin(const host::BaseDocument& doc) {
   return begun;
 }
 
+// Saved where it was: the previews are as its file has them, and the copies go.
 void SavedPreviews::Follow(const std::vector<host::BaseDocument*>& open) {
   for (auto at = scenes_.begin(); at != scenes_.end();) {
     const auto found = std::find_if(open.begin(), open.end(),

@@ -1,3 +1,6 @@
+// Everything is done by calls of `stagemarks farm ... --json`, one at a time (decision 72): a
+// command of the person, or a look at the job, which is dropped for a command. `doing_` tells them
+// apart. The window looks again after each answer as long as something may still come of the job.
 #include "program/desktop/render/FarmWindow.h"
 
 #include <QEvent>
@@ -22,11 +25,13 @@ namespace desktop {
 
 namespace {
 
+// A look reads the job folder and asks the scheduler, which is not to be asked all the time.
 constexpr std::chrono::milliseconds kBetweenLooks{2000};
 constexpr QSize kFarmSize(640, 520);
 constexpr const char* kSubmitCommand = "sbatch";
 constexpr int kCountWidth = 84;
 constexpr int kMostInTask = 1000000;
+// Members of a state in the status, in the order of the columns.
 constexpr const char* kCounts[] = {"waiting", "running", "done", "failed"};
 constexpr int kEachColumn = 5;
 
@@ -43,7 +48,8 @@ QString ProblemOf(const QByteArray& said) {
                                   : QString::fromUtf8(said.trimmed());
 }
 
-// Text of a status, without what may be done about it.
+// Text of a status, without what may be done about it. Of the failures the first one: they mostly
+// have one cause.
 QString StatusText(const QJsonObject& status) {
   const int all = status.value("pictures").toInt();
   QStringList parts;
@@ -79,7 +85,7 @@ QString SchedulerText(const QJsonObject& status) {
   return parts.isEmpty() ? QString() : "\nSlurm: " + parts.join(", ") + ".";
 }
 
-// Where its pictures lie.
+// Where its pictures lie. The folder of the job where that of the pictures is not there yet.
 QString FolderOf(const QJsonObject& status) {
   const QString picture = status.value("tasks").toArray().at(0).toObject().value("file").toString();
   const QString folder = QFileInfo(picture).path();
@@ -123,6 +129,7 @@ FarmWindow::FarmWindow(QWidget* window, const engine::Services& services, const 
   submit_->setFocus();
 }
 
+// The call ends with the window, the job does not.
 FarmWindow::~FarmWindow() {
   call_.disconnect(this);
   call_.terminate();
@@ -238,6 +245,7 @@ void FarmWindow::Enable() {
   table_->setVisible(hasJob);
 }
 
+// A command waits for no look, but no command interrupts another one.
 void FarmWindow::Call(const QStringList& words, const QString& doing, Answer answer) {
   next_.stop();
   if (!IsIdle() && !doing_.isEmpty()) return;
@@ -264,7 +272,8 @@ void FarmWindow::TakeAnswer(int status) {
   Enable();
 }
 
-// The job that is shown goes on all the same.
+// The job that is shown goes on all the same. A look that failed is repeated: a shared disk comes
+// back.
 void FarmWindow::TakeProblem(const QString& problem) {
   const bool wasLooking = std::exchange(doing_, {}).isEmpty();
   said_->setText(problem);
@@ -279,6 +288,7 @@ void FarmWindow::TakeProblem(const QString& problem) {
 
 QStringList FarmWindow::OnJob(const QString& action) const { return {action, job_}; }
 
+// The words that a person would type; what is printed is the folder of the job.
 void FarmWindow::Submit() {
   QStringList words{"submit", ToQt(scene_)};
   for (const std::string& name : order_.states) words.append("--only=" + ToQt(name));
@@ -326,6 +336,7 @@ void FarmWindow::Open(const QString& path) {
   if (!opened) QMessageBox::warning(this, windowTitle(), ToQt(opened.Message()));
 }
 
+// Rows are in the order of the states.
 void FarmWindow::OpenPictureOf(int row) {
   const QJsonValue state = status_.value("states").toArray().at(row).toObject().value("state");
   for (const QJsonValue& task : status_.value("tasks").toArray()) {
@@ -343,6 +354,7 @@ void FarmWindow::AskStatus() {
   Call(OnJob("status"), {}, [this](const QJsonObject& status) { TakeStatus(status); });
 }
 
+// Nothing open and nothing in the scheduler: nothing will change until a person does something.
 void FarmWindow::TakeStatus(const QJsonObject& status) {
   status_ = status;
   job_ = status.value("job").toString();
@@ -371,6 +383,7 @@ void FarmWindow::changeEvent(QEvent* event) {
   if (isBack && !job_.isEmpty() && !IsWatching()) AskStatus();
 }
 
+// Rows are kept and filled anew, so that a selection and the scroll place survive each look.
 void FarmWindow::FillTable(const QJsonObject& status) {
   const QJsonArray states = status.value("states").toArray();
   while (table_->topLevelItemCount() > states.size()) delete table_->takeTopLevelItem(0);

@@ -17,7 +17,8 @@ std::optional<std::string> AskForPicture(QWidget* parent, const std::string& tit
 
 namespace {
 
-// Writes one picture and goes when that is done, or when the program ends before.
+// Writes one picture and goes when that is done, or when the program ends before. It has no owner:
+// closing the window must not lose the picture that is being written.
 class Saving : public QObject {
  public:
   Saving(QObject* owner, const engine::Services& services, std::string path,
@@ -40,6 +41,7 @@ class Saving : public QObject {
   }
 
  private:
+  // On the main thread, to which files and ledger belong; only the packing was beside it.
   void Write() {
     services_.files.Follow(path_.substr(0, path_.rfind('/')));
     const engine::Status status =

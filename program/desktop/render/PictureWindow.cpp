@@ -20,9 +20,11 @@ namespace desktop {
 
 namespace {
 
+// Pixels of the screen for each of the picture.
 constexpr double kSmallestZoom = 0.02;
 constexpr double kLargestZoom = 32;
 constexpr double kZoomPerNotch = 1.25;
+// Dark in both looks: pictures are judged by themselves.
 constexpr QRgb kGround = 0xff1c1c1c;
 
 constexpr int kPictureMargin = 8;
@@ -60,6 +62,7 @@ double PictureView::Zoom() const {
                     kSmallestZoom, 1.0);
 }
 
+// In units of the widget, which are pixels on a plain screen only.
 QSizeF PictureView::ShownSize() const {
   return QSizeF(picture_.size()) * Zoom() / devicePixelRatioF();
 }
@@ -74,6 +77,7 @@ QRectF PictureView::Place() const {
   return {QPointF(left, top), size};
 }
 
+// Fitted, nothing scrolls; otherwise by what does not fit.
 void PictureView::SetRanges() {
   const QSizeF size = fits_ ? QSizeF(0, 0) : ShownSize();
   const QSize room = viewport()->size();
@@ -85,6 +89,7 @@ void PictureView::SetRanges() {
   verticalScrollBar()->setPageStep(room.height());
 }
 
+// The pixel under the pointer stays there.
 void PictureView::ZoomAt(double zoom, QPointF place) {
   const QRectF before = Place();
   const QPointF share((place.x() - before.left()) / std::max(1.0, before.width()),
@@ -103,6 +108,7 @@ void PictureView::paintEvent(QPaintEvent*) {
   QPainter painter(viewport());
   painter.fillRect(viewport()->rect(), QColor(kGround));
   if (picture_.isNull()) return;
+  // From twice on one wants to see the pixels.
   painter.setRenderHint(QPainter::SmoothPixmapTransform, Zoom() < 2);
   painter.drawImage(Place(), picture_);
 }
@@ -144,6 +150,7 @@ void PictureView::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+// A window of its own and no panel: it outlives changes of the document, which it only names.
 PictureWindow::PictureWindow(QWidget* window, const engine::Services& services, const QString& kind,
                              const host::BaseDocument& doc)
     : QWidget(window, Qt::Window),
@@ -232,6 +239,7 @@ void PictureWindow::SaveAs() {
   if (const auto file = AskForPicture(this, "Save the picture as", file_)) Write(*file);
 }
 
+// The picture stays, so after a failure it can be saved elsewhere.
 void PictureWindow::Write(const std::string& file, std::function<void(bool)> done) {
   save_->setEnabled(false);
   Say("Writing " + ToQt(file));
@@ -247,6 +255,8 @@ void PictureWindow::Write(const std::string& file, std::function<void(bool)> don
               });
 }
 
+// Counts of faulty geometry are said once for a document and session, other notes once for a
+// window.
 bool PictureWindow::IsToBeSaid(const std::string& note) {
   static std::map<host::ULLONG, pictures::SaidNotes> saidOf;  // by document
   return heard_.insert(note).second && (!pictures::IsCount(note) || saidOf[doc_].IsNew(note));

@@ -6,7 +6,9 @@ namespace desktop {
 
 namespace {
 
+// Each news copies the picture; more often would slow the render down and nobody sees it.
 constexpr std::chrono::milliseconds kBetweenNews(150);
+// Of a finished picture: the renderer refines it so often.
 constexpr int kPasses = 3;
 
 // The work of the thread.
@@ -30,6 +32,7 @@ class Rendering {
   }
 
  private:
+  // A stopped render gives the last whole pass, if there is one.
   RenderNews Refine(engine::PictureInProgress& picture) {
     RenderNews first;
     first.notes = picture.Notes();
@@ -50,6 +53,8 @@ class Rendering {
     return last;
   }
 
+  // Tiles that are done are shown over the pass before, so that the picture sharpens piece by
+  // piece.
   bool Tell(engine::PictureInProgress& picture, double done, int pass) {
     const auto now = std::chrono::steady_clock::now();
     if (job_.IsStopped() || now - toldAt_ < kBetweenNews) return !job_.IsStopped();
@@ -86,6 +91,8 @@ QImage ToQImage(const engine::Image& image) {
   return view.convertToFormat(QImage::Format_RGB32);
 }
 
+// Shares the bytes with the picture instead of copying them: a sheet may have hundreds of
+// megabytes. The image owns a share until its last copy goes.
 QImage Viewed(std::shared_ptr<const engine::Image> image) {
   const engine::Image& seen = *image;
   auto* owner = new std::shared_ptr<const engine::Image>(std::move(image));
@@ -101,6 +108,8 @@ QImage Viewed(std::shared_ptr<const engine::Image> image) {
           owner};
 }
 
+// `last` is written by the work and read when that has ended. A problem of a render that was
+// stopped is none.
 RenderJob::RenderJob(engine::ScenePicture scene, const engine::PictureSetup& setup,
                      engine::RenderCaches& caches, bool shows,
                      std::function<void(const RenderNews&)> news)

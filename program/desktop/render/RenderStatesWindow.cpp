@@ -1,3 +1,7 @@
+// Two kinds of questions go to one child: what would be written and what it costs (a plan, shown in
+// the table), and to write it. Each change of a field asks for a plan unless it is the one that is
+// shown; a press of Render waits for the plan that is being made (`rendersNext_`). The child keeps
+// its copy of the scene until the document or an option of the dialog has changed.
 #include "program/desktop/render/RenderStatesWindow.h"
 
 #include <QDir>
@@ -44,7 +48,7 @@ QString CountedPictures(std::size_t count) {
   return QString::number(count) + (count == 1 ? " picture" : " pictures");
 }
 
-// An order as text, without whether it is carried out.
+// An order as text, without whether it is carried out. Two orders with one such text have one plan.
 std::string PlanText(worker::PicturesOrder order) {
   order.renders = order.replaces = false;
   return worker::PicturesAsText(order);
@@ -102,6 +106,7 @@ void RenderStatesWindow::AddFields(std::vector<std::string> chosen, const host::
   form_->addRow("Fram&es", frames_);
 }
 
+// Fields plan when they are left or confirmed, not with each letter.
 void RenderStatesWindow::AddPlaces(const host::BaseDocument& doc) {
   const QString beside = ToQt(doc.GetDocumentPath().GetString());
   folder_ = new QLineEdit((beside.isEmpty() ? QDir::homePath() : beside) + "/pictures");
@@ -222,6 +227,7 @@ void RenderStatesWindow::Enable(bool isRendering) {
   openFolder_->setEnabled(QFileInfo(folder_->text()).isDir());
 }
 
+// Nothing where a field cannot be right, which was said then.
 std::optional<worker::PicturesOrder> RenderStatesWindow::Order() {
   worker::PicturesOrder order;
   const auto names = states_->Names();
@@ -244,6 +250,7 @@ std::optional<worker::PicturesOrder> RenderStatesWindow::Order() {
   return order;
 }
 
+// One question at a time; the end of an answer looks at the fields again.
 void RenderStatesWindow::Plan() {
   if (isClosing_ || isRendering_ || !IsFinished()) return;
   const auto order = Order();
@@ -259,6 +266,7 @@ void RenderStatesWindow::Plan() {
   said_->setText("Looking at the states.");
 }
 
+// The options of the dialog count because not all of them are kept in the scene.
 bool RenderStatesWindow::IsCopied() const {
   const host::BaseDocument* doc = FindOpenDocument(doc_);
   return doc && copied_ && copied_->first == engine::ChangeCount(*doc) &&
@@ -302,6 +310,7 @@ StateRenderer::News RenderStatesWindow::Hearing() {
   return news;
 }
 
+// The row that is being rendered is kept in sight.
 void RenderStatesWindow::Take(const worker::PictureNews& news, const engine::Image& thumbnail) {
   rows_.Take(news, thumbnail);
   if (news.kind == Kind::Cost) cost_ = news;
@@ -351,6 +360,7 @@ void RenderStatesWindow::SayPlan() {
   ShowNotes();
 }
 
+// Nothing is rendered that the person has not had the chance to see in the table.
 void RenderStatesWindow::Begin() {
   if (isRendering_) return;
   const auto order = Order();
@@ -397,6 +407,7 @@ void RenderStatesWindow::BeginPlanned() {
   stop_->setFocus();
 }
 
+// The child is gone, so the next plan takes a new copy.
 void RenderStatesWindow::Stop() {
   if (!isRendering_) return;
   renderer_->Stop();

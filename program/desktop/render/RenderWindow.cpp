@@ -10,6 +10,7 @@ namespace desktop {
 
 namespace {
 
+// Minutes and seconds.
 QString Clock(qint64 milliseconds) {
   const qint64 seconds = milliseconds / 1000;
   return QString("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar('0'));
@@ -25,6 +26,8 @@ std::string ProposedPicture(const host::BaseDocument& doc) {
 
 }  // namespace
 
+// The scene is read in slices of the event loop; then a job renders it, and the document may
+// change.
 RenderWindow::RenderWindow(QWidget* window, const engine::Services& services,
                            const host::BaseDocument& doc)
     : PictureWindow(window, services, "Render", doc),
@@ -55,6 +58,7 @@ void RenderWindow::Start(engine::ScenePicture scene) {
                                      [this](const RenderNews& news) { Take(news); });
 }
 
+// While the scene is being read there is no job yet.
 void RenderWindow::Stop() {
   if (job_) return job_->Stop();
   RenderNews news;

@@ -1,3 +1,5 @@
+// First all states are measured, because the layout needs their sizes; then one picture after the
+// other is asked for and put into its place, so that the sheet can be watched while it grows.
 #include "program/desktop/render/SheetMaker.h"
 
 #include <algorithm>
@@ -70,10 +72,12 @@ void SheetMaker::Fail(const std::string& problem) {
   news_(news);
 }
 
+// A scene without Stagemarks is one state without a name.
 std::string SheetMaker::NameOf(std::size_t state) const {
   return states_[state].mark.name.empty() ? pictures::kAsItIs : states_[state].mark.name;
 }
 
+// A sheet that would be too large fails here and costs no rendering.
 void SheetMaker::LayOut() {
   if (states_.empty()) return Fail("The program that renders the states sent what cannot be read.");
   std::vector<pictures::PictureSize> sizes;
@@ -108,6 +112,7 @@ void SheetMaker::End() {
   news_(news);
 }
 
+// The sheet goes along only when a picture has come to it: copying it is the dear part.
 void SheetMaker::Tell(double done, bool showsSheet) {
   SheetNews news;
   const auto count = static_cast<double>(states_.size());

@@ -42,6 +42,8 @@ void SheetWindow::Take(const SheetNews& news) {
   WriteSheet(news);
 }
 
+// Written without a question: its place was chosen before the work began. It can be saved elsewhere
+// when that fails.
 void SheetWindow::WriteSheet(const SheetNews& news) {
   View().Show(Viewed(news.picture));
   stop_->setEnabled(false);

@@ -20,6 +20,7 @@ std::vector<std::string> RecordedNames(const host::BaseDocument& doc) {
 
 }  // namespace
 
+// Several rows that are selected are meant; one is selected nearly always and means nothing.
 StateChoice::StateChoice(const host::BaseDocument& doc, std::vector<std::string> chosen,
                          std::function<void()> changed)
     : all_(RecordedNames(doc)), chosen_(std::move(chosen)) {
@@ -53,6 +54,7 @@ StateChoice::StateChoice(const host::BaseDocument& doc, std::vector<std::string>
   connect(pattern_, &QLineEdit::editingFinished, this, changed);
 }
 
+// Nothing where a pattern means none of them; an empty list where there are none at all.
 std::optional<std::vector<std::string>> StateChoice::Names() const {
   if (onlyChosen_ && onlyChosen_->isChecked()) return chosen_;
   if (!byPattern_ || !byPattern_->isChecked()) return all_;

@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 using engine::Status;
 
 constexpr const char* kPictureSuffix = ".png";
+// Keywords of the texts in the PNG file.
 constexpr const char* kName = "Stagemark";
 constexpr const char* kRecorded = "Recorded";
 constexpr const char* kScene = "Scene";
@@ -45,6 +46,7 @@ std::string Encoded(const KeptPicture& picture) {
   return writer.write(picture.image) ? bytes.data().toStdString() : std::string();
 }
 
+// The size is asked before anything is decoded: the cache is a folder that others may write to.
 std::optional<KeptPicture> Decoded(const std::string& bytes) {
   QByteArray data = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
   QBuffer buffer(&data);
@@ -72,6 +74,8 @@ std::string StatePictureFiles::Root() const {
   return cache.empty() ? "" : cache + "/gallery";
 }
 
+// By the real path, so that a scene has one folder whichever link leads to it. Empty for a scene
+// without a file.
 std::string StatePictureFiles::FolderOf(const host::BaseDocument& doc) const {
   const std::string folder = doc.GetDocumentPath().GetString().ToUtf8();
   if (folder.empty() || Root().empty()) return "";
@@ -113,6 +117,7 @@ void StatePictureFiles::Remove(const std::string& folder, host::LONG id) const {
   if (services_.files.Kind(path) == engine::FileKind::File) (void)services_.files.RemoveFile(path);
 }
 
+// By when something was last kept in them.
 void StatePictureFiles::RemoveOldest(const std::string& but) const {
   const auto names = services_.files.ListFolders(Root());
   if (!names || names.Value().size() <= kMostScenes) return;

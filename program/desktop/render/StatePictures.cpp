@@ -1,3 +1,6 @@
+// Where the pictures of the gallery come from, dearest last: memory, files of former runs, the
+// small previews, the child. One slice does one thing. Which picture is old, and when an old one is
+// rendered again without being asked, is decision 50.
 #include "program/desktop/render/StatePictures.h"
 
 #include <algorithm>
@@ -20,6 +23,7 @@ constexpr std::size_t kReadAtOnce = 500;  // elements
 constexpr std::size_t kManyElements = 200'000;
 // Larger ones are rendered for a cell this much wider than a picture.
 constexpr double kTooSmall = 1.3;
+// Pictures; the others are on the disk.
 constexpr std::size_t kMostInMemory = 150;
 
 std::string FolderIn(const host::BaseDocument& doc) {
@@ -31,6 +35,7 @@ std::string PathIn(const host::BaseDocument& doc) {
                                : FolderIn(doc) + "/" + doc.GetDocumentName().GetString().ToUtf8();
 }
 
+// The address of the shared contents first: it is nearly always the same.
 bool AreSame(const host::BaseContainer& a, const host::BaseContainer& b) {
   return engine::BodyOf(a) == engine::BodyOf(b) || a == b;
 }
@@ -48,6 +53,7 @@ StatePictures::~StatePictures() {
   Leave();
 }
 
+// Pictures of another document; their files stay.
 void StatePictures::Forget() {
   EndRenderer();
   slices_.Stop();
@@ -73,6 +79,7 @@ void StatePictures::Follow(const host::BaseDocument* doc, const std::vector<Stor
   for (auto& [id, entry] : entries_) entry.isKept = false;
 }
 
+// O(states). What is left in `former` was deleted, and its file goes.
 void StatePictures::TakeStates(const std::vector<StoredState>& states) {
   std::unordered_map<LONG, Entry> former = std::exchange(entries_, {});
   for (const StoredState& state : states) {
@@ -92,6 +99,7 @@ void StatePictures::TakeStates(const std::vector<StoredState>& states) {
   if (!former.empty() && rendering_ != kNoState && !entries_.contains(rendering_)) EndRenderer();
 }
 
+// One file a slice, so that nobody waits for a disk.
 bool StatePictures::KeepNext() {
   for (auto& [id, entry] : entries_) {
     if (entry.isKept || entry.shown.image.isNull() || entry.shown.isPreview) continue;
@@ -137,6 +145,7 @@ void StatePictures::Stop() {
   EndRenderer();
 }
 
+// Only with a folder: without one they would have to be rendered again.
 void StatePictures::DropUnseen() {
   std::size_t held = 0;
   for (const auto& [id, entry] : entries_) held += !entry.shown.image.isNull();
@@ -165,6 +174,8 @@ bool StatePictures::Advance() {
   return false;
 }
 
+// Name and date both other: the file is of an earlier Stagemark with this ID. The date alone other:
+// its record has changed, and the empty record that is compared says so.
 void StatePictures::ReadFiles(Entry& entry) {
   entry.isRead = true;
   auto kept = files_.Read(folder_, entry.state.id);
@@ -192,6 +203,7 @@ void StatePictures::ReadPreview(Entry& entry) {
   changed_(entry.state.id);
 }
 
+// In slices; a change of the document begins it anew.
 bool StatePictures::ReadFingerprint(const host::BaseDocument& doc) {
   const host::ULLONG count = engine::ChangeCount(doc);
   if (fingerprint_ != 0 && fingerprintCount_ == count) return false;
@@ -205,6 +217,7 @@ bool StatePictures::ReadFingerprint(const host::BaseDocument& doc) {
   return false;
 }
 
+// A failure is forgotten when the record has changed: it may work now.
 void StatePictures::Mark(Entry& entry) const {
   const bool isOwn = !entry.shown.image.isNull() && !entry.shown.isPreview;
   entry.shown.olderThanState = isOwn && !AreSame(entry.record, entry.state.record);
@@ -221,6 +234,8 @@ void StatePictures::MarkAll() {
   changed_(kNoState);
 }
 
+// A larger picture is only made where the kept one was made for a clearly smaller cell; one of its
+// own small size gets no better.
 bool StatePictures::Needs(const Entry& entry) const {
   if (ordered_.contains(entry.state.id)) return true;
   if (entry.hasFailed || waitsForOrder_) return false;
@@ -233,6 +248,8 @@ bool StatePictures::Needs(const Entry& entry) const {
          box_.width() > entry.box.width() * kTooSmall;
 }
 
+// Visible ones in their order, then what a person has asked for. The child works on the scene as it
+// was copied: it is replaced where a record, or what is seen besides, is another one by now.
 void StatePictures::RenderNext() {
   const host::BaseDocument* doc = Document();
   if (!doc || stopped_ || !isSeen_ || rendering_ != kNoState || IsDocumentBusy()) return;
@@ -282,6 +299,7 @@ void StatePictures::EndRenderer() {
   if (rendered != kNoState) changed_(rendered);
 }
 
+// The record that was rendered is the one of the copy, which may be older than the present one.
 void StatePictures::Take(const engine::Image& picture) {
   const LONG id = std::exchange(rendering_, kNoState);
   ordered_.erase(id);
@@ -312,6 +330,7 @@ void StatePictures::Keep(Entry& entry) {
   hasWarned_ = hasWarned_ || !status;
 }
 
+// With the record it failed at, so that it is not tried again and again.
 void StatePictures::TakeFailure(const std::string& problem) {
   const LONG id = rendering_;
   ordered_.erase(id);

@@ -1,3 +1,6 @@
+// The desktop's side of the child that loads states (decision 19). A copy of the document is taken
+// when it is free, written into bytes by a job, and sent to the child through its input, followed
+// by the requests. Answers come in the order of the requests, which wait in `asked_`.
 #include "program/desktop/render/StateRenderer.h"
 
 #include "engine/application/ProgramPlaces.h"
@@ -18,6 +21,7 @@ constexpr int kLongestEnd = 3000;
 
 }  // namespace
 
+// "1" or "0" before each label, as the child reads them.
 std::vector<std::string> StateRenderer::OptionsOfDialog() {
   std::vector<std::string> options;
   for (host::GeDialog* open : engine::OpenDialogs()) {
@@ -29,6 +33,7 @@ std::vector<std::string> StateRenderer::OptionsOfDialog() {
   return options;
 }
 
+// Queued: whoever makes it can set things up before anything is told.
 StateRenderer::StateRenderer(const host::BaseDocument& doc, News news)
     : doc_(IdentityOf(&doc)), news_(std::move(news)) {
   child_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -48,6 +53,8 @@ StateRenderer::StateRenderer(const host::BaseDocument& doc, News news)
 
 StateRenderer::~StateRenderer() { Stop(); }
 
+// Ended by a signal that it hears where it is writing files, to take back its claim and its
+// half-written picture; killed otherwise, since it has nothing to lose.
 void StateRenderer::Stop() {
   stopped_ = true;
   writing_.Stop();
@@ -91,6 +98,7 @@ void StateRenderer::Ask(const std::string& text) {
   if (isUp_ && !stopped_) Send(FrameKind::Note, text);
 }
 
+// Path first, then the options: the order in which the child reads them.
 void StateRenderer::Begin() {
   if (stopped_) return;
   host::BaseDocument* doc = FindOpenDocument(doc_);
@@ -110,6 +118,7 @@ void StateRenderer::Begin() {
       [this](const std::string& problem) { StartChild(problem); });
 }
 
+// The toolkit keeps what is sent and writes it as the child reads, so our own bytes can go.
 void StateRenderer::StartChild(const std::string& problem) {
   if (stopped_) return;
   deletion_.Take(std::move(copy_));
@@ -129,6 +138,7 @@ void StateRenderer::Send(FrameKind kind, std::string_view bytes) {
   child_.write(frames.data(), static_cast<qint64>(frames.size()));
 }
 
+// A callback may have stopped it in the middle of the frames.
 void StateRenderer::Read() {
   const QByteArray bytes = child_.readAllStandardOutput();
   parser_.Feed({bytes.data(), static_cast<std::size_t>(bytes.size())});
@@ -176,6 +186,7 @@ void StateRenderer::TakeState(const std::string& text) {
   if (isMeasuring && news_.measured) news_.measured(state_);
 }
 
+// The thumbnail has come in frames before, and must have the size that the news says.
 void StateRenderer::TakeNews(const std::string& text) {
   const auto news = worker::NewsFromText(text);
   engine::Image thumbnail;
@@ -190,6 +201,8 @@ void StateRenderer::TakeNews(const std::string& text) {
   if (news_.pictured) news_.pictured(*news, thumbnail);
 }
 
+// Which request it answers decides what is told. A picture must have the bytes that its size asks
+// for: the child may have been damaged by what it read.
 void StateRenderer::TakeDone() {
   if (asked_.empty()) return FailUnread();
   const std::string answered = std::move(asked_.front());

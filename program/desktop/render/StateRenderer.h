@@ -55,8 +55,8 @@ class StateRenderer : public QObject {
   void Stop();
   // Whether something was asked for that is not answered yet.
   bool IsBusy() const { return !stopped_ && !asked_.empty(); }
-  // The options as they stand in the plug-in's dialog, which count for what is asked for: not all of
-  // them are kept in the scene.
+  // The options as they stand in the plug-in's dialog, which count for what is asked for: not all
+  // of them are kept in the scene.
   static std::vector<std::string> OptionsOfDialog();
   // The scene as it was copied, see SceneFingerprint; 0 before it is written.
   std::uint64_t Fingerprint() const { return fingerprint_; }

@@ -16,6 +16,7 @@ namespace desktop {
 namespace {
 
 constexpr int kWipeMargin = 8;
+// Shares of the picture's width.
 constexpr double kStep = 0.02;
 constexpr double kLargeStep = 0.1;
 constexpr int kRest = 300;  // milliseconds until a new size is rendered
@@ -53,6 +54,7 @@ void WipeView::SetDivider(double share) {
   update();
 }
 
+// Both pictures lie over one another in the shape of A, so that the same share of each is compared.
 QRect WipeView::Place() const {
   QSize size = sides_[0].image.isNull() ? sides_[1].image.size() : sides_[0].image.size();
   if (size.isEmpty()) size = {3, 2};
@@ -125,6 +127,7 @@ void WipeView::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+// Tab swaps instead of leaving: there is nowhere to go in this window.
 bool WipeView::focusNextPrevChild(bool) {
   Swap();
   return true;
@@ -154,6 +157,8 @@ WipeWindow::WipeWindow(QWidget* window, const host::BaseDocument& doc, WipeSide 
   resize(FittingSize(*this, kFirstWipeSize));
 }
 
+// The pictures that are there are shown until the larger ones come. A new size ends the child
+// before.
 void WipeWindow::Render() {
   const host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc) return;
@@ -173,6 +178,7 @@ void WipeWindow::Render() {
   text_->setText(QString("Rendering both at this size\u2026 ") + kHint);
 }
 
+// By name: the sides may have been swapped meanwhile.
 void WipeWindow::Take(const engine::Image& picture) {
   view_->Show(wanted_[arrived_], ToQImage(picture));
   ++rendered_;

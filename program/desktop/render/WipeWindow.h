@@ -1,6 +1,6 @@
 // WipeWindow: two Stagemarks of a document, A and B, in one picture: A left of a line that follows
-// the pointer, B right of it. It shows what pictures there are at once, and has both rendered at its
-// own size beside a person's work. It goes when it is closed. Main thread.
+// the pointer, B right of it. It shows what pictures there are at once, and has both rendered at
+// its own size beside a person's work. It goes when it is closed. Main thread.
 #pragma once
 
 #include <QImage>

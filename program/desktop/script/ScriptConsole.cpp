@@ -13,6 +13,7 @@ namespace desktop {
 
 namespace {
 
+// The oldest go; a script that prints in a loop must not fill the memory.
 constexpr int kMostLines = 5000;
 constexpr qsizetype kMostRemembered = 500;
 constexpr const char* kWelcome =
@@ -28,6 +29,7 @@ QString CommonBeginning(const std::vector<std::string>& words) {
   return common;
 }
 
+// With its dots, so that "doc.sta" is completed as a whole.
 qsizetype WordBegin(const QString& text) {
   qsizetype begin = text.size();
   while (begin > 0 &&
@@ -69,6 +71,7 @@ ScriptConsole::ScriptConsole(ScriptRunner& runner, QWidget* parent)
 
 void ScriptConsole::SetPrompt() { prompt_->setText(begun_.isEmpty() ? ">>>" : "..."); }
 
+// Always at the end, wherever a person has put the cursor.
 void ScriptConsole::Show(const QString& text, bool isError, bool isTyped) {
   QTextCursor cursor(output_->document());
   cursor.movePosition(QTextCursor::End);
@@ -87,6 +90,7 @@ scripting::ScriptEnd ScriptConsole::RunFile(const std::string& path) {
   return end;
 }
 
+// The event loop may run within a script, so lines are taken while one runs.
 void ScriptConsole::Enter() {
   const QString text = line_->text();
   line_->clear();
@@ -102,6 +106,7 @@ void ScriptConsole::Enter() {
   });
 }
 
+// A statement goes on until Python says that it is whole; an empty line ends a block.
 void ScriptConsole::Run(const QString& text) {
   Show((begun_.isEmpty() ? ">>> " : "... ") + text + "\n", false, true);
   if (begun_.isEmpty() && text.trimmed().isEmpty()) return;
@@ -113,6 +118,8 @@ void ScriptConsole::Run(const QString& text) {
   SetPrompt();
 }
 
+// As in a shell: as far as all agree, and with the next Tab the choices. At the beginning of a line
+// Tab indents.
 void ScriptConsole::Complete() {
   const QString before = line_->text().left(line_->cursorPosition());
   if (before.trimmed().isEmpty()) return line_->insert("    ");
@@ -131,6 +138,7 @@ void ScriptConsole::Complete() {
   Show(shown.join("  ") + "\n", false);
 }
 
+// The line that was being typed stands at the end of the history.
 void ScriptConsole::Browse(int way) {
   const qsizetype wanted = std::clamp<qsizetype>(place_ + way, 0, history_.size());
   if (wanted == place_) return;

@@ -18,8 +18,10 @@ constexpr double kUnknownShare = -1;
 
 // One per process: Python cannot be started twice. Its output goes to the runner that runs.
 ScriptRunner* running = nullptr;
+// Of the script that runs; Python asks it every 50 milliseconds (decision 65).
 std::function<bool()> goesOn;
 
+// Never unloaded: modules of Python cannot be loaded twice into one process.
 scripting::Interpreter* Make(std::string& problem) {
   static scripting::Interpreter* made = nullptr;
   if (made) return made;
@@ -54,6 +56,7 @@ std::string ScriptRunner::Load() {
   return problem;
 }
 
+// The documents are busy while it runs, as in a plug-in's call; events are delivered afterwards.
 ScriptEnd ScriptRunner::Run(const std::string& doing, const std::function<ScriptEnd()>& run) {
   ScriptEnd end;
   if (IsRunning() || IsDocumentBusy()) {

@@ -14,10 +14,12 @@ namespace desktop {
 
 namespace {
 
+// The frame that the camera's own is relative to. O(depth).
 host::Matrix Outside(const host::BaseObject& object) {
   return object.GetUp() ? object.GetUp()->GetMg() : host::Matrix();
 }
 
+// A layer below a locked one is locked, too.
 bool IsLocked(const host::BaseObject& object) {
   const auto* layer =
       engine::AsLayer(engine::FindNode(object.GetDocument(), engine::LayerIdOf(object)));
@@ -25,6 +27,7 @@ bool IsLocked(const host::BaseObject& object) {
   return layer != nullptr;
 }
 
+// Numbers that overflowed would put the camera where nobody finds it.
 bool IsPlace(const host::Matrix& frame) {
   const host::Vector* const all[] = {&frame.off, &frame.v1, &frame.v2, &frame.v3};
   return std::all_of(std::begin(all), std::end(all), [](const host::Vector* v) {
@@ -41,11 +44,14 @@ std::string WhyFixed(const host::BaseObject& camera) {
   return {};
 }
 
+// Nothing else has changed the document since: the move belongs to the step before.
 bool CameraFlight::GoesOn(const host::BaseDocument& doc, const host::BaseObject& camera) const {
   return doc_ == IdentityOf(&doc) && camera_ == engine::IdOf(camera) &&
          after_ == engine::ChangeCount(doc);
 }
 
+// The copy of the camera is registered with the first move only; the others go on with its step by
+// leaving nothing to register.
 bool CameraFlight::Move(host::BaseDocument& doc, host::BaseObject& camera,
                         const engine::PictureCamera& view) {
   const auto frame = engine::FrameInside(Outside(camera), view.frame);

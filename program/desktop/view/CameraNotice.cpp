@@ -9,6 +9,7 @@ namespace desktop {
 
 namespace {
 
+// Pixels; opacity 0 to 255.
 constexpr int kNoticeMargin = 10;
 constexpr int kShortestName = 80;
 constexpr int kNoticeOpacity = 170;
@@ -79,6 +80,8 @@ void CameraNotice::FitInto(QSize size) {
   Arrange();
 }
 
+// The text takes what the button beside it leaves. A child widget without a layout above it places
+// itself.
 void CameraNotice::Arrange() {
   setVisible(!state_.seen.isEmpty());
   if (state_.seen.isEmpty()) return;

@@ -1,3 +1,6 @@
+// The upright frame comes of two angles: heading around the y axis from +z, pitch up from the
+// ground. What a camera has besides, a lean, a mirroring, a scale, is kept as a frame within the
+// upright one, so that going around keeps it.
 #include "program/desktop/view/EditorCamera.h"
 
 #include <algorithm>
@@ -12,6 +15,7 @@ namespace {
 
 using host::Vector;
 
+// A little less than straight up: there the heading would be lost.
 constexpr double kSteepest = 0.4999 * std::numbers::pi;
 constexpr double kNearest = 1e-3;
 constexpr double kFarthest = 1e9;
@@ -34,6 +38,8 @@ host::Matrix Turned(double heading, double pitch) {
 
 }  // namespace
 
+// The target lies in the middle of the picture at the depth of the interest, so that nothing jumps
+// when it is taken over. What is behind the camera or at no depth leaves the distance as it is.
 EditorCamera::EditorCamera(const engine::PictureCamera& camera, const engine::Box& interest,
                            Lean lean)
     : lens_(camera) {
@@ -58,10 +64,12 @@ host::Matrix EditorCamera::Frame() const {
   return engine::Combined(Turned(heading_, pitch_), lean_);
 }
 
+// A perspective camera sees 2 d tan(fov / 2) at the distance d.
 double EditorCamera::SeenWidth() const {
   return lens_.isParallel ? lens_.width : 2 * distance_ * std::tan(lens_.fov / 2);
 }
 
+// The pitch is bounded before the target is turned, so that both go by the same angle.
 void EditorCamera::Orbit(double heading, double pitch, const std::optional<Vector>& around) {
   const Vector center = around.value_or(target_);
   const Vector way = Along(target_, center, -1);
@@ -77,6 +85,7 @@ void EditorCamera::Orbit(double heading, double pitch, const std::optional<Vecto
                   to.v3, DotOf(way, from.v3));
 }
 
+// By the axes as they are seen, lean included.
 void EditorCamera::Slide(double right, double down) {
   const host::Matrix frame = Frame();
   const double width = SeenWidth();
@@ -84,6 +93,7 @@ void EditorCamera::Slide(double right, double down) {
                   engine::UnitOf(frame.v2), down * width);
 }
 
+// Moving the target by the same scale keeps `toward` where it is in the picture.
 void EditorCamera::Zoom(double factor, const std::optional<Vector>& toward) {
   const double distance = std::clamp(distance_ * factor, kNearest, kFarthest);
   const double scale = distance / distance_;

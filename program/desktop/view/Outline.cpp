@@ -1,3 +1,5 @@
+// An outline from the map of what is hit in each pixel: pixels that are marked and have an unmarked
+// neighbor are its edge, and each draws a soft dot outwards. O(pixels + edge x dot).
 #include "program/desktop/view/Outline.h"
 
 #include <cmath>
@@ -34,7 +36,8 @@ QRgb Faded(int alpha) {
   return qPremultiply(qRgba(qRed(kAmber), qGreen(kAmber), qBlue(kAmber), alpha));
 }
 
-// By pixel: whether it is marked. Empty when none is.
+// By pixel: whether it is marked. Empty when none is. Instances count from 1 in the map, 0 is
+// nothing.
 std::vector<std::uint8_t> MarkedPixels(const engine::HitMap& hits,
                                        const std::vector<std::uint8_t>& marks) {
   std::vector<std::uint8_t> marked(hits.instances.size());
@@ -51,7 +54,7 @@ std::vector<std::uint8_t> MarkedPixels(const engine::HitMap& hits,
 using Pixels = std::vector<std::uint8_t>;
 
 // Each pixel as `wanted` when it or one of the two beside it is, of the `count` in its line that
-// are `step` apart.
+// are `step` apart. Dilation by one pixel along one axis; with `wanted` 0, erosion.
 Pixels Spread(const Pixels& pixels, std::size_t step, std::size_t count, std::uint8_t wanted) {
   Pixels spread = pixels;
   for (std::size_t i = 0; i < pixels.size(); ++i) {
@@ -64,7 +67,8 @@ Pixels Spread(const Pixels& pixels, std::size_t step, std::size_t count, std::ui
 }
 
 // Where surfaces coincide, now the one and now the other is hit: holes of a pixel or two in what is
-// marked are closed, unless nothing at all is seen there.
+// marked are closed, unless nothing at all is seen there. A closing: dilated, then eroded, along
+// both axes.
 Pixels WithoutSpeckles(const Pixels& marked, const engine::HitMap& hits) {
   const std::size_t width = hits.width;
   const std::size_t height = hits.height;
@@ -77,6 +81,7 @@ Pixels WithoutSpeckles(const Pixels& marked, const engine::HitMap& hits) {
 
 }  // namespace
 
+// Where dots overlap the stronger one counts, so that the line has one strength.
 QImage OutlineImage(const engine::HitMap& hits, const std::vector<std::uint8_t>& marks,
                     double scale) {
   const Pixels seen = MarkedPixels(hits, marks);

@@ -1,3 +1,6 @@
+// Orders replace each other: a number goes up with each, and the work asks whether its own is still
+// wanted. Preparing a scene is asked by the number of the last order with a scene, since a new
+// camera needs the same scene; rendering by the number of the last order.
 #include "program/desktop/view/PictureWorker.h"
 
 #include "program/desktop/Text.h"
@@ -20,8 +23,10 @@ PictureWorker::PictureWorker(engine::RenderCaches& caches,
                              std::function<void(const PicturePass&)> passed)
     : caches_(caches), passed_(std::move(passed)) {}
 
+// Makes the work that goes on unwanted; the job's own end waits for it.
 PictureWorker::~PictureWorker() { sceneNumber_ = ++number_; }
 
+// An order without a scene takes that of the order it replaces, if that was not begun.
 void PictureWorker::Work(PictureOrder order) {
   busy_ = !order.size.isEmpty();
   ++number_;
@@ -52,6 +57,7 @@ void PictureWorker::StartNext() {
   });
 }
 
+// An empty size frees the scene, on the worker's thread.
 void PictureWorker::Do(PictureOrder& order) {
   if (order.size.isEmpty()) {
     scene_.reset();
@@ -70,6 +76,7 @@ bool PictureWorker::Prepare(engine::ScenePicture scene) {
   return isWanted(0);
 }
 
+// Framing is done here, where the prepared scene with its outline is.
 engine::PictureSetup PictureWorker::SetupOf(const PictureOrder& order, PicturePass& pass) const {
   engine::PictureSetup setup;
   setup.width = static_cast<std::uint32_t>(order.size.width());
@@ -89,6 +96,7 @@ engine::PictureSetup PictureWorker::SetupOf(const PictureOrder& order, PicturePa
   return setup;
 }
 
+// The map of hits and the outline come with the first pass; later ones only sharpen the picture.
 void PictureWorker::Render(const PictureOrder& order) {
   PicturePass pass;
   pass.framing = order.framing;
@@ -110,6 +118,8 @@ void PictureWorker::Render(const PictureOrder& order) {
   }
 }
 
+// A draft has fewer pixels than the widget: the map is enlarged, with new rays along the edges of
+// what is marked, so that clicks and outline are exact in a draft, too.
 std::shared_ptr<const engine::HitMap> PictureWorker::HitsOf(
     const engine::PictureInProgress& picture, const PictureOrder& order) const {
   if (order.hits == order.size) return std::make_shared<const engine::HitMap>(picture.Hits());
@@ -131,6 +141,7 @@ void PictureWorker::Send(PicturePass pass) {
       [this, pass = std::move(pass), number = doing_] { Deliver(pass, number); });
 }
 
+// Replaced while it was on its way to the main thread.
 void PictureWorker::Deliver(const PicturePass& pass, std::uint64_t number) {
   if (number != number_) return;
   if (pass.isLast) busy_ = false;

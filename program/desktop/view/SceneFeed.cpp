@@ -5,6 +5,7 @@ namespace desktop {
 namespace {
 
 constexpr std::size_t kObjectsAtOnce = 500;
+// Read within the call: less than a slice takes.
 constexpr std::size_t kMostNodesHere = 5000;
 
 }  // namespace
@@ -26,6 +27,7 @@ void SceneFeed::Follow(const host::BaseDocument* doc) {
   if (doc) Start(*doc);
 }
 
+// Whoever changed the document knows that the picture does not depend on it.
 void SceneFeed::TakeAsRead(const host::BaseDocument& doc, host::ULLONG since) {
   if (!scan_ && doc_ == IdentityOf(&doc) && count_ == since) count_ = engine::ChangeCount(doc);
 }
@@ -48,6 +50,8 @@ void SceneFeed::GiveUp() {
   if (lost) lost();
 }
 
+// A change in the middle begins anew: half of an old scene and half of a new one fit together in
+// nothing.
 bool SceneFeed::Advance() {
   if (!scan_) return false;
   const host::BaseDocument* doc = FindOpenDocument(doc_);

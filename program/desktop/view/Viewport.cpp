@@ -1,3 +1,8 @@
+// The way of a picture: the document is read (SceneFeed), what looks different or is looked at from
+// elsewhere asks for a picture (Refresh), first a rough one at once, and when nothing moves any
+// more the fine one (Begin, on the worker); passes come back (ShowPass). Cameras: `source_` says
+// which one is looked through; `lookedThrough_` is that of the picture on the screen, from which
+// everything goes on.
 #include "program/desktop/view/Viewport.h"
 
 #include <QPainter>
@@ -13,6 +18,8 @@ namespace desktop {
 
 namespace {
 
+// A hand that rests no longer than this goes on moving. Drafts have so many pixels that they keep
+// up with it, and no picture more than the finest.
 constexpr int kMillisecondsUntilIdle = 160;
 constexpr int kDraftPixels = 480 * 320;
 constexpr int kFinePixels = 2560 * 1440;
@@ -58,6 +65,8 @@ Viewport::Viewport(engine::FileSystem& files, QWidget* parent)
   });
 }
 
+// How each document is looked at is kept until it is closed. Where its scene camera was set
+// meanwhile, that counts.
 void Viewport::SwitchDocument(const host::BaseDocument* doc) {
   Land();
   formerStates_[doc_] = {source_, sourceObject_, editor_, cameraSets_, recordedCamera_};
@@ -78,6 +87,7 @@ void Viewport::SwitchDocument(const host::BaseDocument* doc) {
   finished_ = false;
 }
 
+// Setting the same camera again counts, too (decision 21).
 void Viewport::Follow(host::BaseDocument* doc) {
   if (IdentityOf(doc) != doc_) SwitchDocument(doc);
   if (doc && (engine::SceneCameraSetCount(*doc) != cameraSets_ ||
@@ -112,6 +122,7 @@ void Viewport::ReadAgain() {
   feed_.Forget();
 }
 
+// An order without a size frees the scene that the worker holds.
 void Viewport::DropPicture() {
   worker_.Work({});
   idle_.stop();
@@ -123,6 +134,8 @@ void Viewport::DropPicture() {
   update();
 }
 
+// The fingerprint tells whether the scene looks different at all: renaming an object renders
+// nothing. When the camera that was looked through is gone the view stays where it was.
 void Viewport::TakeScene(engine::ScenePicture scene) {
   const bool isFirst = fingerprint_ == 0;
   const bool looksNew = isFirst || scene.fingerprint != fingerprint_;
@@ -140,6 +153,7 @@ void Viewport::TakeScene(engine::ScenePicture scene) {
   update();
 }
 
+// Drawn over the picture that is there; nothing is rendered for a selection.
 void Viewport::TakeSelection(std::vector<std::uint8_t> selected) {
   if (marks_ && *marks_ == selected) return;
   marks_ = std::make_shared<const Marks>(std::move(selected));
@@ -172,6 +186,7 @@ void Viewport::LookThroughEditorCamera() {
   Refresh();
 }
 
+// Null also where the object that was looked through is gone or is no camera.
 host::BaseObject* Viewport::CameraObject() const {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || source_ == ViewSource::Editor) return nullptr;
@@ -188,6 +203,7 @@ void Viewport::LetFly(bool flies) {
   ShowNotice();
 }
 
+// Asked each time, since its layer may have been locked meanwhile.
 bool Viewport::Flies() const {
   const host::BaseObject* camera = flyableCamera_ != 0 ? CameraObject() : nullptr;
   return camera && engine::IdOf(*camera) == flyableCamera_ && WhyFixed(*camera).empty();
@@ -223,6 +239,7 @@ void Viewport::ShowNotice() {
   notice_->Show(state);
 }
 
+// No change of the document: it is neither undone nor saved.
 void Viewport::StoreEditorView() {
   host::BaseDocument* doc = FindOpenDocument(doc_);
   if (!doc || size().isEmpty() || picture_.isNull()) return;
@@ -246,6 +263,7 @@ std::optional<engine::PictureCamera> Viewport::PresentCamera() const {
   return editor_ ? std::optional(editor_->Camera()) : std::nullopt;
 }
 
+// Begins from the picture that is seen, whichever camera made it.
 EditorCamera& Viewport::Editor() {
   if (source_ != ViewSource::Editor) editor_.emplace(lookedThrough_, bounds_);
   source_ = ViewSource::Editor;
@@ -269,6 +287,7 @@ void Viewport::ApplyMove() {
   Refresh();
 }
 
+// A camera without children is no part of the picture, so moving it needs no new reading.
 void Viewport::MoveFlyingCamera(host::BaseObject& camera, const engine::PictureCamera& view) {
   host::BaseDocument& doc = *camera.GetDocument();
   const host::ULLONG before = engine::ChangeCount(doc);
@@ -282,6 +301,8 @@ void Viewport::Land() {
   flight_.Land();
 }
 
+// While a draft is being made the next one waits for it: replaced all the time, none would ever be
+// finished during a drag.
 void Viewport::Refresh() {
   finished_ = false;
   idle_.start();
@@ -290,6 +311,7 @@ void Viewport::Refresh() {
   update();
 }
 
+// Framing goes on from the camera of the picture that is shown.
 void Viewport::Begin(bool draft) {
   draftWanted_ = false;
   if (!Shown()) {
@@ -312,6 +334,7 @@ void Viewport::Begin(bool draft) {
   worker_.Work(std::move(order));
 }
 
+// The outline of the pass is of the selection that it was ordered with.
 void Viewport::ShowPass(const PicturePass& pass) {
   problem_ = pass.problem;
   picture_ = pass.image;
@@ -349,6 +372,7 @@ void Viewport::TakeCameraOf(const PicturePass& pass) {
   }
 }
 
+// {-1, -1} beside the picture and before there is one.
 QPoint Viewport::PixelAt(QPointF place) const {
   if (!hits_ || !QRectF(rect()).contains(place)) return {-1, -1};
   return {static_cast<int>(place.x() / width() * hits_->width),

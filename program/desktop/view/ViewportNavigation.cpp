@@ -15,6 +15,7 @@ namespace desktop {
 
 namespace {
 
+// 0.4 degrees a pixel and 5 a key; shares of the width, and of the distance.
 constexpr double kRadiansPerPixel = 0.007;
 constexpr double kRadiansPerKey = 0.0873;
 constexpr double kSlidePerKey = 0.05;
@@ -28,6 +29,8 @@ bool HasMaterial(const QDropEvent& event) { return event.mimeData()->hasFormat(k
 
 }  // namespace
 
+// Of what is seen of it, from the map of hits: exact enough to go around, and without a look at the
+// scene. At most 160 x 160 pixels.
 std::optional<host::Vector> Viewport::MiddleOfSelection() const {
   if (!hits_ || !marks_ || hits_->objects->size() != marks_->size()) return std::nullopt;
   engine::Box box;
@@ -42,6 +45,7 @@ std::optional<host::Vector> Viewport::MiddleOfSelection() const {
   return box.IsEmpty() ? std::nullopt : std::optional(ToHostVector(box.Center()));
 }
 
+// The surface under the pointer, else the selection, else the target of the camera.
 std::optional<host::Vector> Viewport::PointToGoAround(QPointF place) const {
   const QPoint pixel = PixelAt(place);
   if (pixel.x() >= 0) {
@@ -52,6 +56,7 @@ std::optional<host::Vector> Viewport::PointToGoAround(QPointF place) const {
   return MiddleOfSelection();
 }
 
+// The point is fixed for the whole drag, or the picture would swim.
 void Viewport::mousePressEvent(QMouseEvent* event) {
   pressedAt_ = draggedTo_ = event->position();
   dragging_ = false;
@@ -59,6 +64,7 @@ void Viewport::mousePressEvent(QMouseEvent* event) {
   around_ = PointToGoAround(pressedAt_);
 }
 
+// A click may tremble by a few pixels.
 void Viewport::mouseMoveEvent(QMouseEvent* event) {
   if (event->buttons() == Qt::NoButton || !Shown()) return;
   if ((event->position() - pressedAt_).manhattanLength() >= QApplication::startDragDistance())
@@ -99,6 +105,7 @@ void Viewport::wheelEvent(QWheelEvent* event) {
                   event->angleDelta().y() / double{QWheelEvent::DefaultDeltasPerStep}));
 }
 
+// Towards the surface under the pointer, else to the depth of the target.
 void Viewport::ZoomAt(QPointF place, double factor) {
   const QPoint pixel = PixelAt(place);
   EditorCamera& camera = MovedCamera();
@@ -144,6 +151,7 @@ void Viewport::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+// From the picture that is shown: marks of another scene fit no map.
 bool Viewport::IsSelectedAt(QPoint place) const {
   const QPoint pixel = PixelAt(place);
   if (pixel.x() < 0 || !marks_ || hits_->objects->size() != marks_->size()) return false;

@@ -21,6 +21,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kBetweenLooks{50};
 
+// From where this library lies, so that an installed program finds its own package, not another.
 std::string PackageFolder() {
   Dl_info info{};
   if (dladdr(reinterpret_cast<const void*>(&PackageFolder), &info) == 0) return "";
@@ -102,6 +103,7 @@ class EmbeddedPython : public Interpreter {
   ScriptEnd RunLines(const std::string& lines, const std::string& step) override {
     return Run("run_lines", lines, step);
   }
+  // A line that cannot be completed has no completions; nobody wants a traceback for pressing Tab.
   std::vector<std::string> Complete(const std::string& line) override {
     const py::gil_scoped_acquire acquired;
     try {

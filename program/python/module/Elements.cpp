@@ -9,6 +9,7 @@ namespace {
 
 using Numbers = std::vector<double>;
 
+// Optional vectors come as lists, empty for none, so that one type fits all calls.
 void DefineAdditions(py::module_& module) {
   const auto document = py::arg("document");
   const auto name = py::arg("name");

@@ -35,6 +35,7 @@ const ExceptionRow kExceptions[] = {
     {Fault::OtherThread, "ThreadError", &PyExc_RuntimeError,
      "A call from another thread, from a forked process, or within another call."},
 };
+// Never given back: they live as long as Python.
 PyObject* classes[std::size(kExceptions)] = {};
 
 void DefineExceptions(py::module_& module) {
@@ -59,7 +60,8 @@ void DefineExceptions(py::module_& module) {
   });
 }
 
-// Called with Python's lock; false stops the work.
+// Called with Python's lock; false stops the work. An exception cannot pass through the engine. It
+// is kept, the work is stopped, and the call throws it at its end; the first one counts.
 bool Hear(double share, const std::string& what) {
   try {
     if (PyErr_CheckSignals() != 0) throw py::error_already_set();
@@ -72,7 +74,8 @@ bool Hear(double share, const std::string& what) {
   }
 }
 
-// Work may tell very often, and on several threads; Python is asked now and then.
+// Work may tell very often, and on several threads; Python is asked now and then. The first and the
+// last look always come through.
 bool Listen(double share, const std::string& what) {
   using Clock = std::chrono::steady_clock;
   static std::atomic<Clock::rep> next{0};
@@ -83,6 +86,7 @@ bool Listen(double share, const std::string& what) {
   return Hear(share, what);
 }
 
+// The former one is let go last: that may run Python.
 void SetListener(const py::object& given) {
   PyObject* const former = listener;
   listener = given.is_none() ? nullptr : given.inc_ref().ptr();

@@ -7,6 +7,7 @@ namespace scripting {
 
 namespace {
 
+// Plain facts, copied out of the document: they stay as they are when it changes or is closed.
 void DefineRecorded(py::module_& module) {
   py::class_<StateFacts>(module, "StateFacts", "A Stagemark as the list shows it.")
       .def_readonly("name", &StateFacts::name)
