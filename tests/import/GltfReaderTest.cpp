@@ -416,7 +416,7 @@ TEST_F(GltfReader, WhatIsDamagedIsSaid) {
            {"/accessors/0/count", 4294967296, "accessor 0 has too many elements."},
            {"/accessors/0/byteOffset", 18446744073709551614ULL, "accessor 0 goes beyond"},
            {"/accessors/0/type", "VEC2", "the points of a mesh have 2 numbers each."},
-           {"/accessors/0/componentType", 5130, "of the component type 5130 are not known."},
+           {"/accessors/0/componentType", 5130, "numbers of the component type 5130 are not"},
            {"/meshes/0/primitives/0/mode", 9, "a mesh is of the mode 9, which is not known."},
            {"/meshes/0/primitives/0/material", 3, "entry 3 of \"materials\" does not exist."},
            {"/meshes/0/primitives", "none", "\"primitives\" is not a list."},
