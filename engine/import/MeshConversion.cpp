@@ -76,33 +76,14 @@ void AddNormals(const aiMesh& source, const aiFace& face, Mesh& mesh) {
 }
 
 // Texture coordinates of the scene: v grows downwards and the material's transform is part of them.
-class UvConversion {
- public:
-  explicit UvConversion(const UvUse& use)
-      : cosine_(std::cos(use.rotation)),
-        sine_(std::sin(use.rotation)),
-        scale_(use.scale),
-        offset_(use.offset),
-        fromTop_(use.fromTop) {}
-
-  std::array<float, 2> operator()(const aiVector3D& uv) const {
-    const double u = scale_[0] * uv.x;
-    const double written = uv.y;
-    const double v = scale_[1] * (fromTop_ ? written : 1 - written);
-    const double x = cosine_ * u + sine_ * v + offset_[0];
-    const double y = cosine_ * v - sine_ * u + offset_[1];
-    const bool usable = std::abs(x) < kLargest && std::abs(y) < kLargest;
-    return usable ? std::array<float, 2>{static_cast<float>(x), static_cast<float>(y)}
-                  : std::array<float, 2>{0, 0};
-  }
-
- private:
-  double cosine_;
-  double sine_;
-  std::array<double, 2> scale_;
-  std::array<double, 2> offset_;
-  bool fromTop_;
-};
+std::array<float, 2> ConvertedUv(const aiVector3D& uv, const UvUse& use) {
+  const double written = uv.y;
+  const double x = use.scale[0] * uv.x + use.offset[0];
+  const double y = use.scale[1] * (use.fromTop ? written : 1 - written) + use.offset[1];
+  const bool usable = std::abs(x) < kLargest && std::abs(y) < kLargest;
+  return usable ? std::array<float, 2>{static_cast<float>(x), static_cast<float>(y)}
+                : std::array<float, 2>{0, 0};
+}
 
 // False where all are white, which is as good as none.
 bool AreSeen(const aiMesh& source, const UvUse& use) {
@@ -119,8 +100,9 @@ void AddColors(const aiColor4D* colors, const aiFace& face, Mesh& mesh) {
   }
 }
 
-void AddUvs(const aiVector3D* uvs, const UvConversion& convert, const aiFace& face, Mesh& mesh) {
-  for (const int corner : kCornerOrder) mesh.uvs.push_back(convert(uvs[face.mIndices[corner]]));
+void AddUvs(const aiVector3D* uvs, const UvUse& use, const aiFace& face, Mesh& mesh) {
+  for (const int corner : kCornerOrder)
+    mesh.uvs.push_back(ConvertedUv(uvs[face.mIndices[corner]], use));
 }
 
 std::vector<std::int32_t> AddPoints(const aiMesh& source, double scale, Mesh& mesh, Notes& notes) {
@@ -156,7 +138,6 @@ Mesh ConvertMesh(const aiMesh& source, double scale, const UvUse& use, Notes& no
       use.channel < AI_MAX_NUMBER_OF_TEXTURECOORDS && source.HasTextureCoords(use.channel)
           ? use.channel
           : 0;
-  const UvConversion convert(use);
   const aiVector3D* uvs =
       source.HasTextureCoords(channel) ? source.mTextureCoords[channel] : nullptr;
   mesh.polygons.reserve(source.mNumFaces);
@@ -170,7 +151,7 @@ Mesh ConvertMesh(const aiMesh& source, double scale, const UvUse& use, Notes& no
     mesh.polygons.push_back(
         {places[face.mIndices[0]], places[face.mIndices[2]], places[face.mIndices[1]], -1});
     if (source.HasNormals()) AddNormals(source, face, mesh);
-    if (uvs != nullptr) AddUvs(uvs, convert, face, mesh);
+    if (uvs != nullptr) AddUvs(uvs, use, face, mesh);
     if (hasColors) AddColors(source.mColors[0], face, mesh);
   }
   notes.Count("Faces without an area or with missing points are left out",

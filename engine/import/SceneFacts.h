@@ -47,13 +47,11 @@ struct SourceLight {
 };
 
 // How a material uses texture coordinates: the mesh's channel, then u and v (growing downwards)
-// become cos * scale[0] * u + sin * scale[1] * v + offset[0] and -sin * scale[0] * u + cos *
-// scale[1] * v + offset[1].
+// become scale[0] * u + offset[0] and scale[1] * v + offset[1].
 struct UvUse {
   unsigned channel = 0;
   std::array<double, 2> offset{0, 0};
   std::array<double, 2> scale{1, 1};
-  double rotation = 0;
   bool fromTop = false;     // the mesh's v grows downwards already
   bool showsColors = true;  // the colors of its corners are meant to be seen
 };
