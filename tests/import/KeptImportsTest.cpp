@@ -1,0 +1,52 @@
+// All that imports bring of small scenes with whatever a format knows, number by number, and their
+// notes. Where a change is meant, look at the new texts and put them into tests/import/kept.
+#include <regex>
+
+#include "engine/scene/SceneDump.h"
+#include "tests/import/ImportSession.h"
+#include "tests/support/KeptText.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace tests {
+namespace {
+
+class KeptImports : public ImportSession {
+ protected:
+  template <class List>
+  static std::string Numbers(const char* what, const List& list) {
+    std::string text = list.empty() ? "" : std::string(what) + "\n";
+    for (const auto& entry : list) {
+      text += " ";
+      for (const auto number : entry) text += " " + engine::RealText(number);
+      text += "\n";
+    }
+    return text;
+  }
+
+  // The dump, with the meshes' numbers instead of their digests. Fingerprints have every bit of a
+  // number in them: only where no angle is computed are they the same everywhere.
+  std::string Described(const std::string& scene, bool hasFingerprints) {
+    Open(SceneFile(scene));
+    std::string text = engine::DumpDocument(Doc());
+    text = std::regex_replace(text, std::regex(" digest \\d+( colors \\d+)?"), "");
+    if (!hasFingerprints) text = std::regex_replace(text, std::regex("#0 data 1059402.*\n"), "");
+    for (const host::BaseObject* object : OfType(host::Opolygon)) {
+      const engine::Mesh& mesh = *engine::MeshOf(*object);
+      text += "mesh of " + object->GetName().ToUtf8() + "\n" + Numbers("points", mesh.points) +
+              Numbers("polygons", mesh.polygons) + Numbers("normals", mesh.normals) +
+              Numbers("uvs", mesh.uvs) + Numbers("colors", mesh.colors);
+    }
+    for (const std::string& note : Notes()) text += "note " + note + "\n";
+    return text;
+  }
+};
+
+TEST_F(KeptImports, BringWhatTheyBrought) {
+  for (const char* format : {"gltf", "obj", "dae", "fbx"}) {
+    const std::string scene = std::string("tests/import/kept/all.") + format;
+    ExpectKept(Described(scene, format == std::string("obj")), SceneFile(scene + ".txt"));
+  }
+}
+
+}  // namespace
+}  // namespace tests
