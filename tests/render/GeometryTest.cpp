@@ -1,5 +1,5 @@
-// Preparation of a mesh before rays meet it: the quick way to its normals gives, to the bit, the
-// results of the plain one, so that no picture changes.
+// Generated forms, measured; and the preparation of a mesh before rays meet it: the quick way to its
+// normals gives, to the bit, the results of the plain one, so that no picture changes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,7 +8,9 @@
 #include <random>
 #include <thread>
 
+#include "engine/render/Primitives.h"
 #include "engine/render/RenderCaches.h"
+#include "host/Host.h"
 
 namespace {
 
@@ -114,6 +116,148 @@ TEST(Geometry, NormalsAreTheSameForThreadsThatNeedThemTogether) {
   }
   const Normals plain = PlainNormals(*geometry);
   for (const Normals& normals : found) EXPECT_EQ(normals, plain);
+}
+
+constexpr double kPi = 3.14159265358979;
+
+host::BaseContainer Sizes(host::LONG segments) {
+  host::BaseContainer data;
+  data.SetVector(host::PRIM_SIZE, host::Vector(2, -3, 5));
+  data.SetReal(host::PRIM_RADIUS, 4);
+  data.SetReal(host::PRIM_RADIUS2, 1.5);
+  data.SetReal(host::PRIM_HEIGHT, 6);
+  data.SetReal(host::PRIM_WIDTH, 7);
+  data.SetLong(host::PRIM_SEGMENTS, segments);
+  return data;
+}
+
+// Of the faces as their normals turn them: area, volume within, what of the area faces upwards less
+// what faces downwards, and area in the picture.
+struct Measures {
+  engine::Box box;
+  double area = 0, volume = 0, up = 0, inPicture = 0;
+};
+
+Measures Measured(const Mesh& mesh) {
+  Measures all;
+  for (const auto& p : mesh.points) all.box.Add({p[0], p[1], p[2]});
+  for (std::size_t i = 0; i < mesh.polygons.size() * 2; ++i) {
+    std::array<Vec, 3> p, n, uv;
+    for (std::size_t c = 0; c < 3; ++c) {
+      const std::size_t corner = c == 0 ? 0 : c + i % 2;
+      const auto& point = mesh.points[static_cast<std::size_t>(mesh.polygons[i / 2][corner])];
+      const auto& normal = mesh.normals[i / 2 * 4 + corner];
+      const auto& at = mesh.uvs[i / 2 * 4 + corner];
+      p[c] = {point[0], point[1], point[2]};
+      n[c] = {normal[0], normal[1], normal[2]};
+      uv[c] = {at[0], at[1], 0};
+      EXPECT_NEAR(Length(n[c]), 1, 1e-4);
+    }
+    Vec across = Cross(p[1] - p[0], p[2] - p[0]) * 0.5F;
+    if (Dot(across, n[0]) < 0) across = -across;
+    const double area = Length(across);
+    for (const Vec& normal : n) EXPECT_GE(Dot(across, normal), area * 0.99 - 1e-6) << i;
+    all.area += area;
+    all.volume += Dot(across, p[0]) / 3;
+    all.up += across.y;
+    all.inPicture += std::abs(Cross(uv[1] - uv[0], uv[2] - uv[0]).z) / 2;
+  }
+  return all;
+}
+
+TEST(Primitives, HaveTheirSizesAndFaceOutwards) {
+  const double slope = std::hypot(4, 6);
+  const struct {
+    host::LONG type;
+    Vec high, low;
+    double area, volume, up, pictures;
+  } kRows[] = {
+      {host::Ocube, {1, 1.5F, 2.5F}, {-1, -1.5F, -2.5F}, 62, 30, 0, 6},
+      {host::Osphere, {4, 4, 4}, {-4, -4, -4}, 64 * kPi, 64 * kPi * 4 / 3, 0, 1},
+      {host::Ocone, {4, 3, 4}, {-4, -3, -4}, kPi * (16 + 4 * slope), 32 * kPi, 0, 2},
+      {host::Ocylinder, {4, 3, 4}, {-4, -3, -4}, kPi * (32 + 48), 96 * kPi, 0, 3},
+      {host::Otorus,
+       {5.5F, 1.5F, 5.5F},
+       {-5.5F, -1.5F, -5.5F},
+       24 * kPi * kPi,
+       18 * kPi * kPi,
+       0,
+       1},
+      {host::Odisc, {4, 0, 4}, {-4, 0, -4}, 16 * kPi, 0, 16 * kPi, 1},
+      {host::Oplane, {3.5F, 0, 3}, {-3.5F, 0, -3}, 42, 0, 42, 1},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_TRUE(engine::IsPrimitive(row.type));
+    const Measures seen = Measured(engine::MakePrimitive(row.type, Sizes(120)));
+    EXPECT_LT(Length(seen.box.high - row.high) + Length(seen.box.low - row.low), 0.01) << row.type;
+    EXPECT_NEAR(seen.area, row.area, row.area * 0.003) << row.type;
+    EXPECT_NEAR(seen.volume, row.volume, row.volume * 0.003 + 1e-3) << row.type;
+    EXPECT_NEAR(seen.up, row.up, row.up * 0.003 + 1e-3) << row.type;
+    EXPECT_NEAR(seen.inPicture, row.pictures, 1e-3) << row.type;
+  }
+  EXPECT_FALSE(engine::IsPrimitive(host::Onull));
+}
+
+TEST(Primitives, AreAsFineAsTheirSegmentsSay) {
+  const struct {
+    host::LONG segments;
+    std::size_t sphere, torus, cylinder;
+  } kRows[] = {{1, 6, 9, 9},
+               {4, 8, 12, 12},
+               {5, 10, 15, 15},
+               {36, 36 * 18, 36 * 18, 108},
+               {100000, 512 * 256, 512 * 256, 3 * 512}};
+  for (const auto& row : kRows) {
+    const auto count = [&](host::LONG type) {
+      return engine::MakePrimitive(type, Sizes(row.segments)).polygons.size();
+    };
+    EXPECT_EQ(count(host::Osphere), row.sphere) << row.segments;
+    EXPECT_EQ(count(host::Otorus), row.torus) << row.segments;
+    EXPECT_EQ(count(host::Ocylinder), row.cylinder) << row.segments;
+  }
+  host::BaseContainer unsaid = Sizes(5);
+  unsaid.RemoveData(host::PRIM_SEGMENTS);
+  EXPECT_EQ(engine::MakePrimitive(host::Osphere, unsaid).polygons.size(), 36U * 18);
+}
+
+TEST(Primitives, OfNoSensibleSizeAreEmpty) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const struct {
+    host::LONG type;
+    std::vector<host::LONG> lengths;
+  } kRows[] = {{host::Osphere, {host::PRIM_RADIUS}},
+               {host::Ocone, {host::PRIM_RADIUS, host::PRIM_HEIGHT}},
+               {host::Ocylinder, {host::PRIM_RADIUS, host::PRIM_HEIGHT}},
+               {host::Otorus, {host::PRIM_RADIUS, host::PRIM_RADIUS2}},
+               {host::Odisc, {host::PRIM_RADIUS}},
+               {host::Oplane, {host::PRIM_WIDTH, host::PRIM_HEIGHT}}};
+  for (const auto& row : kRows) {
+    for (const host::LONG length : row.lengths) {
+      for (const double size : {0.0, -1.0, nan, 1e12, 9e11}) {
+        host::BaseContainer data = Sizes(8);
+        data.SetReal(length, size);
+        EXPECT_EQ(engine::MakePrimitive(row.type, data).polygons.empty(), size != 9e11) << length;
+      }
+    }
+  }
+  for (const host::Vector& size : {host::Vector(0, 1, 1), host::Vector(1, 0, 1),
+                                   host::Vector(1, 1, 0), host::Vector(1, nan, 1)}) {
+    host::BaseContainer data = Sizes(8);
+    data.SetVector(host::PRIM_SIZE, size);
+    EXPECT_TRUE(engine::MakePrimitive(host::Ocube, data).polygons.empty());
+  }
+}
+
+TEST(Geometry, ReachesAsFarAsItsTriangles) {
+  engine::RenderCaches caches;
+  Mesh mesh;
+  mesh.points = {{-300, 0, 1}, {50, 0, 0}, {0, 70, 0}, {0, 0, 9}, {0, 999, 0}, {-1, -2, 0}};
+  mesh.polygons = {{0, 1, 2, 3}, {5, 1, 2, -1}, {1, 1, 4, -1}};
+  const auto geometry = engine::MakeGeometry(caches.Device(), mesh);
+  EXPECT_EQ(geometry->bounds.low, (Vec{-300, -2, 0}));
+  EXPECT_EQ(geometry->bounds.high, (Vec{50, 70, 9}));
+  EXPECT_EQ(geometry->triangles.size(), 3U);
+  EXPECT_EQ(geometry->dropped, 1U);
 }
 
 TEST(PageAllocator, KeepsWhatIsGivenBackForArraysOfAboutThatSize) {
