@@ -156,6 +156,18 @@ TEST(ImageFiles, TiffIsOf24BitsWithLzwAndDifferencing) {
   EXPECT_LT(file.size(), 8000U) << "differencing pays";
 }
 
+TEST(ImageFiles, MemoryForAFileGrowsWithIt) {
+  constexpr std::uint64_t kMega = 1 << 20;
+  EXPECT_EQ(engine::MemoryForImage(0), 256 * kMega);
+  EXPECT_EQ(engine::MemoryForImage(512), 258 * kMega);
+  EXPECT_EQ(engine::MemoryForImage(kMega / 4), 1024 * kMega);
+  EXPECT_EQ(engine::MemoryForImage(~std::size_t{0}), 1024 * kMega);
+  EXPECT_TRUE(engine::CheckImageClaim(8192, 8192, 4, 0));
+  EXPECT_FALSE(engine::CheckImageClaim(8192, 8193, 4, 0));
+  EXPECT_TRUE(engine::CheckImageSize(16384, 16384, 4));
+  EXPECT_FALSE(engine::CheckImageSize(16384, 16384, 5));
+}
+
 TEST(ImageFiles, ACutFileIsRefused) {
   for (const std::string& name : PictureNames()) {
     const std::string file = FileBytes(name);
@@ -292,6 +304,8 @@ TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
       {"EXR texts", exrAnd("views", "stringvector", "\xff\xff\xff\x7fname"), "its head is damaged"},
       {"EXR preview", exrAnd("preview", "preview", "\xff\xff\xff\x3f\1\1\1\1rgba"),
        "its head is damaged"},
+      {"EXR of very many tiles", exrAnd("tiles", "tiledesc", std::string("\1\0\0\0\1\0\0\0\0", 9)),
+       "claims more than its"},
       {"EXR tiles of no size", exrAnd("tiles", "tiledesc", std::string(9, '\0')),
        "its head is damaged"},
       {"JPEG", patched(jpeg, jpeg.find("\xff\xc0") + 5, std::string("\x3f\xff\x3f\xff")),
@@ -372,6 +386,28 @@ TEST(Colors, SrgbAndBackIsExact) {
   EXPECT_EQ(engine::LinearToSrgb(std::nanf("")), 0);
   const Image bytes = engine::ToBytes(Image{1, 1, {}, {0.5F, 0.0F, 9.0F, 0.5F}});
   EXPECT_EQ(PixelText(bytes, 0, 0), "188 0 255 128");
+}
+
+// By the share of the way to the next byte, up where it is above the threshold.
+TEST(Colors, AreRoundedByTheirThreshold) {
+  for (int byte = 1; byte < 254; ++byte) {
+    const float low = engine::SrgbToLinear(static_cast<std::uint8_t>(byte));
+    const float step = engine::SrgbToLinear(static_cast<std::uint8_t>(byte + 1)) - low;
+    for (const auto& [share, threshold] : {std::pair(0.3F, 0.1F),
+                                           {0.3F, 0.5F},
+                                           {0.7F, 0.5F},
+                                           {0.7F, 0.9F},
+                                           {0.1F, 0.3F},
+                                           {0.9F, 0.6F}}) {
+      EXPECT_EQ(engine::LinearToSrgb(low + share * step, threshold),
+                byte + (share > threshold ? 1 : 0))
+          << byte << " " << share << " " << threshold;
+    }
+  }
+  for (const float threshold : {0.0F, 1.0F}) {
+    EXPECT_EQ(engine::LinearToSrgb(1, threshold), 255);
+    EXPECT_EQ(engine::LinearToSrgb(0, threshold), 0);
+  }
 }
 
 }  // namespace
