@@ -100,4 +100,53 @@ TEST(Packets, SeeWhatEachOfTheirRaysSees) {
   EXPECT_LT(different, hits / 100);
 }
 
+// The ray tracer would end the process over some of these.
+TEST(Packets, RaysThatLeadNowhereFindNothing) {
+  tests::SceneBuilder scene;
+  Furnish(scene);
+  const tests::ScriptedServices services;
+  engine::RenderCaches caches;
+  const auto prepared = engine::PreparedScene::Make(
+      engine::ReadScenePicture(scene.Doc(), services.Get().files, {}, caches), caches);
+  ASSERT_TRUE(prepared) << prepared.Message();
+  const engine::RayScene& rays = prepared.Value()->Rays();
+  const engine::RayCamera camera({}, kWidth, kHeight);
+  const engine::Ray sane{{0, 0, -500}, {0, 0, 1}};
+  constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+  using Change = void (*)(engine::Ray&);
+  const std::pair<const char*, Change> kRows[] = {
+      {"x is no number", [](engine::Ray& ray) { ray.origin.x = kNan; }},
+      {"y is no number", [](engine::Ray& ray) { ray.origin.y = kNan; }},
+      {"z is no number", [](engine::Ray& ray) { ray.origin.z = kNan; }},
+      {"too far", [](engine::Ray& ray) { ray.origin.z = -5e9F; }},
+      {"no direction", [](engine::Ray& ray) { ray.direction = {}; }},
+      {"a direction that is no number", [](engine::Ray& ray) { ray.direction.z = kNan; }},
+      {"a long direction", [](engine::Ray& ray) { ray.direction.z = 1.03F; }},
+      {"a short direction", [](engine::Ray& ray) { ray.direction.z = 0.97F; }},
+      {"behind", [](engine::Ray& ray) { ray.near = -1; }},
+      {"no begin", [](engine::Ray& ray) { ray.near = kNan; }},
+      {"no end", [](engine::Ray& ray) { ray.far = kNan; }},
+      {"an end before the begin", [](engine::Ray& ray) { ray.far = -1; }}};
+  engine::SurfaceHit surface;
+  EXPECT_TRUE(rays.FindVisible(sane, camera, &surface));
+  for (const auto& [what, spoil] : kRows) {
+    PerRay<engine::Ray> packet;
+    packet.fill(sane);
+    for (std::size_t i = 1; i < kPacketSize; i += 2) spoil(packet[i]);
+    EXPECT_FALSE(rays.FindVisible(packet[1], camera, &surface)) << what;
+    PerRay<engine::SurfaceHit> surfaces;
+    const engine::Lanes all = engine::Lanes::First(kPacketSize);
+    const engine::Lanes seen = rays.FindVisible(packet, all, camera, &surfaces);
+    const engine::Lanes blocked = rays.FindBlocked(packet, all);
+    EXPECT_TRUE(rays.FindBlocked(packet, engine::Lanes::First(1)));
+    engine::Lanes second = engine::Lanes::First(2);
+    second.Remove(0);
+    EXPECT_FALSE(rays.FindBlocked(packet, second)) << what;
+    for (std::size_t i = 0; i < kPacketSize; ++i) {
+      EXPECT_EQ(seen.Has(i), i % 2 == 0) << what;
+      EXPECT_EQ(blocked.Has(i), i % 2 == 0) << what;
+    }
+  }
+}
+
 }  // namespace

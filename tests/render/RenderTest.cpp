@@ -528,6 +528,10 @@ TEST(RenderDocument, TakesItsSizeFromTheSettings) {
   bitmap->Init(20, 10);
   EXPECT_EQ(render(0, 0), host::RENDERRESULT_OK);
   EXPECT_EQ(bitmap->GetBw(), 20);
+  for (const auto& [width, height] : {std::pair(20, 16), {24, 16}}) {
+    EXPECT_EQ(render(width, height), host::RENDERRESULT_OK);
+    EXPECT_EQ(std::pair(bitmap->GetBw(), bitmap->GetBh()), std::pair(width, height));
+  }
   for (const host::LONG size : {-1, 100000, 2147483647})
     EXPECT_EQ(render(size, size), host::RENDERRESULT_FAILED);
   EXPECT_EQ(services.ledger.FailuresSince(0).size(), 4U);

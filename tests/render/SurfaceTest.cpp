@@ -126,6 +126,34 @@ TEST_F(Surfaces, ShineAsTheirColorTimesTheirPicture) {
   ExpectNear(Seen(), {0.6, 0.4 * Linear(128), 0}, 0.01, "with a picture");
 }
 
+// A plain color stands for the picture, and layers show the first of either that is in them.
+TEST_F(Surfaces, ShineAsTheFirstOfTheirShaders) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const auto plain = [this](const Vector& color) {
+    host::BaseShader* shader = host::BaseShader::Alloc(host::Xcolor);
+    scene_.GetMaterial("Sheet")->InsertShader(shader);
+    shader->GetDataInstance()->SetVector(host::COLORSHADER_COLOR, color);
+    return shader;
+  };
+  Shine(Vector(0.6, 0.4, 0.2));
+  Look().SetLink(host::MATERIAL_LUMINANCE_SHADER, plain(Vector(0.1, 0.5, -3)));
+  ExpectNear(Seen(), {0.1, 0.5, 0}, 0.01, "a color");
+  Look().SetLink(host::MATERIAL_LUMINANCE_SHADER, plain(Vector(0.1, nan, 0)));
+  ExpectNear(Seen(), {0.6, 0.4, 0.2}, 0.01, "what is no color");
+  host::BaseShader* layers = host::BaseShader::Alloc(host::Xlayer);
+  scene_.GetMaterial("Sheet")->InsertShader(layers);
+  Look().SetLink(host::MATERIAL_LUMINANCE_SHADER, layers);
+  ExpectNear(Seen(), {0.6, 0.4, 0.2}, 0.01, "layers of nothing");
+  for (const Vector& color : {Vector(0.3, 0.1, 0.5), Vector(0.9)}) {
+    host::BaseShader* mixture = host::BaseShader::Alloc(host::Xfusion);
+    mixture->InsertUnderLast(layers);
+    host::BaseShader* shader = host::BaseShader::Alloc(host::Xcolor);
+    shader->GetDataInstance()->SetVector(host::COLORSHADER_COLOR, color);
+    shader->InsertUnderLast(mixture);
+  }
+  ExpectNear(Seen(), {0.3, 0.1, 0.5}, 0.01, "the first of several");
+}
+
 // A metal in an even white room sends back its color, whatever its roughness: rough ones a little
 // more, since more of their facets are seen from the side.
 TEST_F(Surfaces, MetalsSendBackTheirColorOfWhatIsAroundThem) {
@@ -258,6 +286,43 @@ TEST_F(Surfaces, AreCutAndSeenThroughAsTheirPicturesSay) {
     ExpectNear(Mean(bytes, 0.2, 0.3), meant(c.left), 0.015, c.name);
     ExpectNear(Mean(bytes, 0.7, 0.8), meant(c.right), 0.015, c.name);
   }
+  for (const host::LONG link : {host::MATERIAL_COLOR_SHADER, engine::kMaterialOpacityShader})
+    Look().RemoveData(link);
+  SetSheet([](engine::Mesh& mesh) { mesh.colors.assign(4, {1, 1, 1, 0.5F}); });
+  Look().SetLong(host::MATERIAL_ALPHA_MODE, 2);
+  for (const auto& [alpha, covered] : {std::pair(0.8, 0.4), {7.0, 0.5}, {-1.0, 0.0}}) {
+    Look().SetReal(host::MATERIAL_ALPHA, alpha);
+    ExpectNear(Seen(), {0.6 * covered, 0.6 * (1 - covered), 0}, 0.015, "corners");
+  }
+}
+
+// As much light as a sheet whose corners are clear lets through.
+TEST_F(Surfaces, ClearCornersCastClearShadows) {
+  Look().SetVector(host::MATERIAL_COLOR, Vector(0.8));
+  scene_.Material("Veil").Object("Veil", host::Opolygon).At("Veil", 0, 0, -200);
+  scene_.Texture("Veil", "Veil").Tag("Veil", host::Tcompositing);
+  scene_.GetTag("Veil", host::Tcompositing)
+      ->GetDataInstance()
+      ->SetBool(host::COMPOSITINGTAG_SEENBYCAMERA, false);
+  host::BaseContainer& veil = *scene_.GetMaterial("Veil")->GetDataInstance();
+  Sun(0, 0);
+  Data("Sun").SetLong(host::LIGHT_SHADOW, 1);
+  const auto lit = [&](float alpha, host::LONG mode) {
+    engine::Mesh mesh = *engine::MeshOf(*scene_.GetObject("Sheet"));
+    mesh.colors.assign(4, {1, 1, 1, alpha});
+    engine::SetMesh(*scene_.GetObject("Veil"), std::make_shared<const engine::Mesh>(mesh));
+    veil.SetLong(host::MATERIAL_ALPHA_MODE, mode);
+    Data("Sun").SetReal(host::LIGHT_BRIGHTNESS, 0.8);
+    const double with = Seen()[0];
+    Data("Sun").SetReal(host::LIGHT_BRIGHTNESS, 1e-6);
+    return with - Seen()[0];
+  };
+  const double whole = lit(0, 2);
+  EXPECT_GT(whole, 0.5);
+  EXPECT_NEAR(lit(0.5F, 2) / whole, 0.5, 0.02);
+  EXPECT_NEAR(lit(1, 2) / whole, 0, 0.02);
+  EXPECT_NEAR(lit(0.4F, 1) / whole, 1, 0.02) << "cut";
+  EXPECT_NEAR(lit(0.2F, 0) / whole, 0, 0.02) << "opaque";
 }
 
 TEST_F(Surfaces, ColorsOfCornersAreBetweenThem) {

@@ -125,6 +125,39 @@ TEST_F(Text, KeepsWithinThePicture) {
   }
 }
 
+// What lies inside is as in a picture that has room for all.
+TEST_F(Text, IsCutByTheEdgesOfThePicture) {
+  const TextLine line = font_.Set("\u00C4gypten WAV", 24, kWide);
+  Image whole = Black(300, 100);
+  font_.Draw(line, 60, 50, {255, 255, 255}, whole);
+  for (const auto& [left, top] : {std::pair(70, 20), {0, 40}, {66, 35}, {100, 0}, {60, 49}}) {
+    Image part = Black(64, 20);
+    font_.Draw(line, 60 - left, 50 - top, {255, 255, 255}, part);
+    for (int y = 0; y < 20; ++y) {
+      for (int x = 0; x < 64; ++x)
+        ASSERT_EQ(part.bytes[(y * 64 + x) * 4], whole.bytes[((top + y) * 300 + left + x) * 4])
+            << left << " " << top << ": " << x << " " << y;
+    }
+  }
+}
+
+TEST_F(Text, IsBetweenItsColorAndTheGround) {
+  Image plain = Black(60, 40);
+  Image colored = plain;
+  for (std::size_t i = 0; i < colored.bytes.size(); ++i)
+    colored.bytes[i] = std::array<std::uint8_t, 4>{200, 30, 90, 255}[i % 4];
+  font_.Draw(font_.Set("H8", 30, kWide), 5, 35, {255, 255, 255}, plain);
+  font_.Draw(font_.Set("H8", 30, kWide), 5, 35, {20, 220, 90}, colored);
+  EXPECT_EQ(*std::ranges::max_element(plain.bytes), 255) << "wholly covered";
+  for (std::size_t i = 0; i < plain.PixelCount(); ++i) {
+    const int cover = plain.bytes[i * 4];
+    EXPECT_NEAR(colored.bytes[i * 4], 200 - 180 * cover / 255.0, 1);
+    EXPECT_NEAR(colored.bytes[i * 4 + 1], 30 + 190 * cover / 255.0, 1);
+    EXPECT_EQ(colored.bytes[i * 4 + 2], 90);
+    EXPECT_EQ(colored.bytes[i * 4 + 3], 255);
+  }
+}
+
 // A system without fonts.
 class Bare : public engine::RealFileSystem {
  public:

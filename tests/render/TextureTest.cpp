@@ -170,6 +170,24 @@ TEST_F(Textures, AreReadAgainOnlyWhenTheirFileChanges) {
   EXPECT_EQ(notes_.size(), 1U);
 }
 
+TEST_F(Textures, AreWorthReadingAgainWhenTheirFilesHaveChanged) {
+  engine::RenderCaches caches;
+  const auto changed = [&] { return caches.ForgetChangedFiles(services_.files); };
+  EXPECT_EQ(Colors(caches), "ww");
+  EXPECT_FALSE(changed());
+  Put("left_green.png");
+  EXPECT_TRUE(changed());
+  EXPECT_EQ(Colors(caches), "gb");
+  EXPECT_FALSE(changed());
+  tests::WriteText(scratch_ / "left_green.png", "no picture any more");
+  EXPECT_TRUE(changed());
+  EXPECT_EQ(Colors(caches), "ww");
+  EXPECT_FALSE(changed());
+  engine::AddEmbeddedFile(scene_.Doc(), "left_green.png", Picture());
+  EXPECT_EQ(Colors(caches), "gb");
+  EXPECT_FALSE(changed()) << "what is in memory has no file";
+}
+
 // A level of a square texture, reckoned the plainest way.
 struct PlainLevel {
   int side;
@@ -228,6 +246,48 @@ TEST(TextureSpots, LieBetweenTheRightPixelsOfTwoLevels) {
     }
   }
   EXPECT_EQ(texture.ColorAt(texture.SpotAt(NAN, 0, 0)).color, engine::Vec{});
+  EXPECT_EQ(texture.ColorAt(texture.SpotAt(0, NAN, 0)).color, engine::Vec{});
+}
+
+// Each level has half the sides of the one before it, rounded down, and the mean of four pixels.
+TEST(TextureLevels, AreHalvesOfPicturesOfAnySize) {
+  const struct {
+    std::uint32_t width, height;
+    std::size_t pixels;  // of all levels
+    int firstOfNext, last;
+  } kRows[] = {{5, 3, 15 + 2 + 1, (0 + 10 + 50 + 60) / 4, (30 + 50) / 2},
+               {1, 4, 4 + 2 + 1, (0 + 10) / 2, (5 + 25) / 2},
+               {4, 1, 4 + 2 + 1, (0 + 10) / 2, (5 + 25) / 2},
+               {1, 1, 1, 0, 0}};
+  for (const auto& row : kRows) {
+    engine::Image bytes{row.width, row.height, {}, {}};
+    engine::Image floats = bytes;
+    for (std::uint32_t i = 0; i < row.width * row.height; ++i) {
+      bytes.bytes.insert(bytes.bytes.end(), 4, static_cast<std::uint8_t>(i * 10));
+      floats.floats.insert(floats.floats.end(), 4, static_cast<float>(i) * 10 / 255);
+    }
+    for (const engine::Texture& texture : {engine::Texture(bytes), engine::Texture(floats)}) {
+      const auto longest = static_cast<float>(std::max(row.width, row.height));
+      const auto at = [&](float detail) {
+        const engine::Texel texel = texture.NumbersAt(texture.SpotAt(
+            0, 0, detail / longest, {engine::TextureWrap::Clamp, engine::TextureWrap::Clamp}));
+        EXPECT_NEAR(texel.color.y, texel.alpha, 1e-5F);
+        return texel.color.y * 255;
+      };
+      EXPECT_NEAR(at(1), 0, 0.01);
+      EXPECT_NEAR(at(2), row.firstOfNext, 0.01) << row.width;
+      EXPECT_NEAR(at(100), row.last, 0.01) << row.width;
+    }
+    EXPECT_EQ(engine::Texture(bytes).Bytes(), row.pixels * 4);
+    EXPECT_EQ(engine::Texture(floats).Bytes(), row.pixels * 16);
+  }
+  const auto bytesOf = [](std::uint32_t width) {
+    engine::Image image{width, 1, {}, {}};
+    image.bytes.resize(std::size_t{width} * 4);
+    return engine::Texture(std::move(image)).Bytes() / 4;
+  };
+  EXPECT_EQ(bytesOf(4096), 8191U);
+  EXPECT_EQ(bytesOf(8194), 4095U) << "4097 are too many, too";
 }
 
 }  // namespace

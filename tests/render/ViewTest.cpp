@@ -9,9 +9,12 @@
 #include "engine/outside/SystemServices.h"
 #include "engine/render/Renderer.h"
 #include "engine/render/SceneScan.h"
+#include "engine/scene/EmbeddedFiles.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/Ownership.h"
+#include "engine/scene/PictureParameters.h"
+#include "engine/scene/Vectors.h"
 #include "host/Host.h"
 #include "tests/support/SceneBuilder.h"
 
@@ -119,6 +122,136 @@ TEST(SceneScan, TheFingerprintTellsWhatLooksDifferent) {
   }
 }
 
+// Each number that a look, a picture on it, a light or a tag has.
+TEST(SceneScan, TheFingerprintTellsEachParameter) {
+  Row scene;
+  scene.Texture("Box0", "Red").Tag("Box0", host::Tcompositing);
+  const auto picture = [&](int red) {
+    const engine::Image image{1, 1, {static_cast<std::uint8_t>(red), 0, 0, 255}, {}};
+    return engine::AddEmbeddedFile(scene.Doc(), "a" + std::to_string(red) + ".png",
+                                   engine::EncodePng(image).Take());
+  };
+  const std::string former = picture(1), other = picture(2);
+  host::BaseShader* shader = scene.Bitmap(scene.GetMaterial("Red"), former);
+  host::BaseContainer* look = scene.GetMaterial("Red")->GetDataInstance();
+  host::BaseContainer* bitmap = shader->GetDataInstance();
+  host::BaseContainer* light = scene.GetObject("Light")->GetDataInstance();
+  host::BaseContainer* tag = scene.GetTag("Box0", host::Ttexture)->GetDataInstance();
+  host::BaseContainer* shown = scene.GetTag("Box0", host::Tcompositing)->GetDataInstance();
+  look->SetLink(host::MATERIAL_COLOR_SHADER, shader);
+  struct Case {
+    host::BaseContainer* data;
+    host::LONG parameter;
+    host::GeData value;
+  };
+  const host::GeData number(0.25), one(host::LONG{1}), none(host::LONG{0});
+  const auto vector = [](double x, double y, double z) { return host::GeData(Vector(x, y, z)); };
+  std::vector<Case> cases = {
+      {look, host::MATERIAL_ALPHA_MODE, one},
+      {look, host::MATERIAL_ALPHA_MODE, host::GeData(host::LONG{2})},
+      {look, host::MATERIAL_DOUBLE_SIDED, none},
+      {look, host::MATERIAL_LUMINANCE_SHADER, look->GetData(host::MATERIAL_COLOR_SHADER)},
+      {bitmap, host::BITMAPSHADER_FILENAME, host::GeData(host::Filename(other.c_str()))},
+      {bitmap, engine::kBitmapRotation, number},
+      {bitmap, engine::kBitmapWrapU, one},
+      {bitmap, engine::kBitmapWrapV, one},
+      {bitmap, engine::kBitmapWrapV, host::GeData(host::LONG{2})},
+      {bitmap, engine::kBitmapIsSharp, one},
+      {light, host::LIGHT_TYPE, one},
+      {light, host::LIGHT_SHADOW, one}};
+  for (const host::LONG id :
+       {host::MATERIAL_ALPHA, host::MATERIAL_ALPHA_CUTOFF, host::MATERIAL_SPECULAR,
+        host::MATERIAL_ROUGHNESS, host::MATERIAL_METALLIC, engine::kMaterialTransmission,
+        engine::kMaterialNormalStrength, engine::kMaterialOcclusion})
+    cases.push_back({look, id, number});
+  for (const host::LONG id : {host::LIGHT_BRIGHTNESS, host::LIGHT_INNER_ANGLE,
+                              host::LIGHT_OUTER_ANGLE, host::LIGHT_RANGE, engine::kLightRadius})
+    cases.push_back({light, id, number});
+  for (const host::LONG id : {host::COMPOSITINGTAG_CASTSHADOW, host::COMPOSITINGTAG_RECEIVESHADOW,
+                              host::COMPOSITINGTAG_SEENBYCAMERA})
+    cases.push_back({shown, id, none});
+  for (const auto& [data, id] : {std::pair(look, host::MATERIAL_COLOR),
+                                 {look, host::MATERIAL_LUMINANCE},
+                                 {bitmap, engine::kBitmapOffset},
+                                 {bitmap, engine::kBitmapTiles},
+                                 {light, host::LIGHT_COLOR},
+                                 {tag, host::TEXTURETAG_OFFSET},
+                                 {tag, host::TEXTURETAG_TILES}}) {
+    cases.push_back({data, id, vector(0.25, 0, 0)});
+    cases.push_back({data, id, vector(0, 0.25, 0)});
+  }
+  engine::RenderCaches caches;
+  const auto plain = Read(scene.Doc(), caches);
+  std::set<std::uint64_t> prints = {plain.fingerprint};
+  for (const Case& test : cases) {
+    const host::BaseContainer before = *test.data;
+    test.data->SetData(test.parameter, test.value);
+    EXPECT_TRUE(prints.insert(Read(scene.Doc(), caches).fingerprint).second) << test.parameter;
+    *test.data = before;
+    EXPECT_EQ(Read(scene.Doc(), caches).fingerprint, plain.fingerprint);
+  }
+}
+
+TEST(SceneScan, LeavesOutWhatIsScaledToNothingOrTooFar) {
+  struct Case {
+    Vector off, height;
+    bool isUsed;
+  };
+  const Case cases[] = {
+      {Vector(0), Vector(0, 1e-7, 0), true},       {Vector(0), Vector(0, 1e-9, 0), false},
+      {Vector(0), Vector(0, 9e5, 0), true},        {Vector(0), Vector(0, 2e6, 0), false},
+      {Vector(0, -9e8, 0), Vector(0, 1, 0), true}, {Vector(0, -1e9, 0), Vector(0, 1, 0), false}};
+  SceneBuilder scene;
+  for (const Case& test : cases) {
+    SceneBuilder alone;
+    for (SceneBuilder* each : {&scene, &alone}) {
+      host::Matrix frame;
+      frame.off = test.off;
+      frame.v2 = test.height;
+      each->Cube("Cube").Last()->SetMl(frame);
+    }
+    engine::RenderCaches caches;
+    EXPECT_EQ(Read(alone.Doc(), caches).instances.size(), test.isUsed ? 1U : 0U) << test.off.y;
+  }
+  engine::RenderCaches caches;
+  EXPECT_EQ(Read(scene.Doc(), caches).notes,
+            std::vector<std::string>{"3 objects are scaled to nothing or placed beyond all bounds "
+                                     "and were left out."});
+}
+
+TEST(SceneScan, LightsAreWithinTheirBounds) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const auto read = [](const std::function<void(host::BaseContainer&)>& change) {
+    SceneBuilder scene;
+    scene.Object("Light", host::Olight);
+    scene.Last()->GetDataInstance()->FlushAll();
+    change(*scene.Last()->GetDataInstance());
+    engine::RenderCaches caches;
+    return Read(scene.Doc(), caches).lights;
+  };
+  const auto real = [&](host::LONG id, double value) {
+    return read([=](host::BaseContainer& data) { data.SetReal(id, value); });
+  };
+  const engine::LightSource usual = read([](host::BaseContainer&) {}).at(0);
+  EXPECT_EQ(usual.kind, engine::LightSource::Kind::Point);
+  EXPECT_EQ(usual.color, (engine::Vec{1, 1, 1}));
+  EXPECT_TRUE(usual.castsShadows && usual.shown);
+  EXPECT_NEAR(usual.outerCosine, std::cos(0.785 / 2), 1e-6);
+  EXPECT_NEAR(usual.innerCosine, std::cos(0.523 / 2), 1e-6);
+  EXPECT_NEAR(real(host::LIGHT_OUTER_ANGLE, 10).at(0).outerCosine, -1, 1e-6);
+  EXPECT_NEAR(real(host::LIGHT_OUTER_ANGLE, -1).at(0).outerCosine, 1, 1e-6);
+  EXPECT_NEAR(real(host::LIGHT_INNER_ANGLE, 10).at(0).innerCosine, usual.outerCosine, 1e-6);
+  EXPECT_NEAR(real(host::LIGHT_INNER_ANGLE, -1).at(0).innerCosine, 1, 1e-6);
+  EXPECT_EQ(real(host::LIGHT_RANGE, -5).at(0).range, 0);
+  EXPECT_EQ(real(engine::kLightRadius, -5).at(0).radius, 0);
+  EXPECT_TRUE(real(host::LIGHT_BRIGHTNESS, nan).empty());
+  for (const auto& [type, kind] : {std::pair(-1, 0), {0, 0}, {3, 3}, {4, 4}, {9, 4}}) {
+    const auto lights =
+        read([type](host::BaseContainer& data) { data.SetLong(host::LIGHT_TYPE, type); });
+    EXPECT_EQ(static_cast<int>(lights.at(0).kind), kind) << type;
+  }
+}
+
 std::shared_ptr<const engine::PreparedScene> Prepared(const host::BaseDocument& doc,
                                                       engine::RenderCaches& caches) {
   return engine::PreparedScene::Make(Read(doc, caches), caches).Take();
@@ -171,16 +304,20 @@ TEST(HitMap, IsExactAroundWhatIsMarkedInADraft) {
   const auto whole = Drawn(prepared, 400, 200);
   const engine::NodeId box = engine::IdOf(*scene.GetObject("Box1"));
   int wrong = 0;
+  int far = 0;
   int seen = 0;
   for (std::uint32_t y = 0; y < 200; ++y) {
     for (std::uint32_t x = 0; x < 400; ++x) {
       const bool isBox = whole->ObjectAt(x, y) == box;
       seen += isBox;
       wrong += (large.ObjectAt(x, y) == box) != isBox;
+      if (!isBox || large.ObjectAt(x, y) != box || whole->Hits().ObjectAt(x, y) != box) continue;
+      far += engine::Length(*large.PointAt(x, y) - *whole->Hits().PointAt(x, y)) > 8;
     }
   }
   EXPECT_GT(seen, 1000);
   EXPECT_EQ(wrong, 0);
+  EXPECT_LT(far, seen / 20) << "but where it is seen from the side";
 }
 
 TEST(PictureInProgress, ShowsTilesWhileAPassRuns) {
@@ -298,6 +435,59 @@ TEST(Framing, ShowsWhatIsAskedForAsTheCameraIsTurned) {
   }
 }
 
+// How much of a picture the points take up: to the left, to the right, downwards and upwards.
+std::array<double, 4> Extent(const engine::PictureCamera& camera, double aspect,
+                             const std::vector<engine::Vec>& points) {
+  std::array<double, 4> extent{1e9, -1e9, 1e9, -1e9};
+  const double wide = camera.isParallel        ? camera.width / 2
+                      : camera.fovVertical > 0 ? std::tan(camera.fovVertical / 2) * aspect
+                                               : std::tan(camera.fov / 2);
+  for (const engine::Vec& point : points) {
+    const Vector way =
+        engine::Sum(Vector(point.x, point.y, point.z), engine::Scaled(camera.frame.off, -1));
+    const auto along = [&way](const Vector& axis) {
+      return engine::DotOf(way, engine::UnitOf(axis));
+    };
+    const double depth = along(camera.frame.v3);
+    EXPECT_GT(depth, 0);
+    const double x = along(camera.frame.v1) / wide / (camera.isParallel ? 1 : depth);
+    const double y = along(camera.frame.v2) / wide * aspect / (camera.isParallel ? 1 : depth);
+    extent = {std::min(extent[0], x), std::max(extent[1], x), std::min(extent[2], y),
+              std::max(extent[3], y)};
+  }
+  return extent;
+}
+
+TEST(Framing, PutsWhatItShowsIntoTheMiddleWithAMargin) {
+  const std::vector<engine::Vec> clouds[] = {
+      {{1000, 20, 3000}, {1400, 60, 3100}, {1100, -300, 2900}, {1390, 0, 2500}, {1010, 10, 3300}},
+      {{-5, 0, 0}, {5, 1, 2}},
+      {{0, -700, 0}, {10, 700, 30}, {-8, 0, 90}}};
+  for (const auto& cloud : clouds) {
+    for (const double aspect : {0.4, 1.0, 2.5}) {
+      engine::PictureCamera like = engine::FramingCamera(cloud, aspect);
+      EXPECT_NEAR(std::atan2(-like.frame.v3.x, like.frame.v3.z), 0.65, 1e-6);
+      EXPECT_NEAR(like.frame.v3.y, -0.42313, 1e-4);
+      EXPECT_NEAR(engine::FramingCamera(cloud, aspect, -2).frame.v3.x, std::sin(2.0) * 0.906, 1e-3);
+      like.frame.v1 = engine::Scaled(like.frame.v1, 3);
+      for (int kind = 0; kind < 3; ++kind) {
+        like.isParallel = kind == 1;
+        like.fovVertical = kind == 2 ? 0.3 : 0;
+        const engine::PictureCamera camera = engine::FramingCameraLike(like, cloud, aspect);
+        const auto [left, right, low, high] = Extent(camera, aspect, cloud);
+        EXPECT_NEAR(std::max(right, high), 1 / 1.1, 0.02) << aspect << " " << kind;
+        EXPECT_NEAR(left + right, 0, 0.02) << aspect << " " << kind;
+        EXPECT_NEAR(low + high, 0, 0.02) << aspect << " " << kind;
+      }
+    }
+  }
+  const auto [left, right, low, high] =
+      Extent(engine::FramingCamera({}, 1.5), 1.5, {{-100, -100, -100}, {100, 100, 100}});
+  EXPECT_NEAR(left + right, 0, 0.02) << "the origin where there is nothing";
+  EXPECT_NEAR(low + high, 0, 0.02);
+  EXPECT_NEAR(std::max(right, high), 1 / 1.1, 0.02);
+}
+
 TEST(Framing, LooksAtEveryCornerOfASmallMesh) {
   SceneBuilder scene;
   scene.Object("Triangle", host::Opolygon);
@@ -351,8 +541,16 @@ TEST(Framing, AnglesThatNoLensHasAreTheNearestThatOneHas) {
       // No vertical angle is that which goes with the horizontal one.
       if (vertical && !(row.asked > 0)) continue;
       EXPECT_EQ(corner(row.asked), corner(row.meant)) << row.asked;
+      EXPECT_NE(corner(0.0011), corner(0.001));
+      EXPECT_NE(corner(3.09), corner(3.1));
     }
   }
+  engine::PictureCamera camera;
+  camera.near = 10;
+  camera.far = 300;
+  const engine::Ray ray = engine::RayCamera(camera, 64, 48).Through(0, 0);
+  EXPECT_NEAR(ray.direction.z * ray.near, 10, 1e-3) << "along the camera's axis";
+  EXPECT_NEAR(ray.direction.z * ray.far, 300, 1e-2);
 }
 
 // A preview is rendered from a copy.
