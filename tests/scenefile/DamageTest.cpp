@@ -12,6 +12,7 @@
 #include "engine/scene/SceneDump.h"
 #include "engine/scenefile/Bytes.h"
 #include "engine/scenefile/Columns.h"
+#include "engine/scenefile/Elements.h"
 #include "engine/scenefile/SceneFile.h"
 #include "engine/scenefile/Sections.h"
 #include "engine/scenefile/Trash.h"
@@ -41,6 +42,17 @@ TEST(SceneFileDamage, ACutFileSaysHowMuchIsMissing) {
   EXPECT_EQ(Refusal(bytes.substr(0, objects.offset + 32)),
             "The file is cut off: section OBJECTS needs " + Grouped(objects.payload.size()) +
                 " bytes more.");
+  // The first section begins at byte 12 and is one of texts.
+  const std::pair<std::size_t, const char*> kRows[] = {
+      {1, "it ends within its first 12 bytes."},
+      {11, "it ends within its first 12 bytes."},
+      {12, "The file is cut off at byte 12: its end section is missing."},
+      {15, "the head of the section at byte 12 needs 29 bytes more."},
+      {20, "section TEXTS needs 24 bytes more."},
+      {43, "section TEXTS needs 1 bytes more."}};
+  for (const auto& [length, what] : kRows)
+    EXPECT_TRUE(Refusal(bytes.substr(0, length)).ends_with(what)) << length;
+  EXPECT_EQ(Grouped(123), "123");
   EXPECT_EQ(Grouped(1204), "1,204");
   EXPECT_EQ(Grouped(12), "12");
   EXPECT_EQ(Grouped(1234567), "1,234,567");
@@ -104,6 +116,38 @@ TEST(SceneFileDamage, AFileFromTheFutureSaysWhatToDo) {
   EXPECT_EQ(Refusal(bytes),
             "The file is of version 7, and this program reads versions up to 1. Open it with a "
             "newer program.");
+  bytes[8] = 0;
+  EXPECT_EQ(Refusal(bytes), "The file is damaged: it names version 0, which never was.");
+}
+
+TEST(SceneFileDamage, NamesOfSectionsAreOfLettersAndDigits) {
+  const std::string bytes = Bytes(*EmptyScene());
+  for (const char* name : {"A0", "Z9", "A/", "A:", "A@", "A[", "a", " "}) {
+    const std::string refusal = Refusal(WithSection(bytes, name, "contents"));
+    const bool opens = name == std::string("A0") || name == std::string("Z9");
+    EXPECT_EQ(refusal == "opened", opens) << name;
+    EXPECT_EQ(refusal.ends_with(": no section begins there."), !opens) << refusal;
+  }
+}
+
+// Contents that are as long packed as they are plain, too.
+TEST(SceneFileDamage, ContentsOfAnyLengthComeBack) {
+  std::size_t plain = 0;
+  for (unsigned mixed = 0; mixed < 30; ++mixed) {
+    for (unsigned alike = 0; alike < 30; ++alike) {
+      std::string contents(alike, 'a');
+      for (unsigned i = 0; i < mixed; ++i) contents += static_cast<char>(i * i * 77 + mixed);
+      SectionWriter out(ContentKind::Scene);
+      out.Add("ANY", contents);
+      const std::string file = Joined(out.Finish());
+      const std::vector<Section> sections = ReadSections(file, ContentKind::Scene);
+      Budget budget(1 << 20);
+      ASSERT_EQ(Expand(sections.at(0), budget), contents) << mixed << " " << alike;
+      plain += sections[0].payload.size() == contents.size();
+    }
+  }
+  EXPECT_GT(plain, 100U);
+  EXPECT_LT(plain, 800U);
 }
 
 TEST(SceneFileDamage, MissingAndDoubledSectionsAreNamed) {
@@ -139,6 +183,7 @@ std::string Repeated(std::size_t count, char byte) { return std::string(count, b
 TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
   const std::string bytes = Bytes(*EmptyScene());
   const std::string damaged = "The file is damaged in section ";
+  const std::string noneOrMore = "a block holds none or more containers than announced.";
   const HostileContents cases[] = {
       {"a count beyond the bytes", "OBJECTS", "\xFF\xFF\xFF\xFF\x0F",
        damaged + "OBJECTS at byte 5 of its contents: it names 4,294,967,295 rows, more than its "
@@ -147,6 +192,35 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
        damaged + "TEXTS at byte 10 of its contents: a number is longer than 64 bits."},
       {"bytes left over", "TEXTS", Repeated(3, '\0'),
        damaged + "TEXTS at byte 1 of its contents: 2 bytes are left over."},
+      {"a number too long by a bit", "TEXTS", Repeated(9, '\xFF') + "\x02",
+       damaged + "TEXTS at byte 10 of its contents: a number is longer than 64 bits."},
+      {"a text of more than 2 GB", "TEXTS", std::string("\x01\x00\x80\x80\x80\x80\x10", 7),
+       damaged + "TEXTS at byte 7 of its contents: a text is longer than 2 GB."},
+      {"a text of 2 GB", "TEXTS", std::string("\x01\x00\xFE\xFF\xFF\xFF\x0F", 7),
+       damaged + "TEXTS at byte 7 of its contents: 2,147,483,647 bytes more are needed."},
+      {"a block of none", "VALUES", std::string("\x01\x01\x00\x00", 4),
+       damaged + "VALUES at byte 4 of its contents: " + noneOrMore},
+      {"more than announced", "VALUES", std::string("\x01\x01\x02\x00\x80\x00", 6),
+       damaged + "VALUES at byte 4 of its contents: " + noneOrMore},
+      {"more keys than a record has", "VALUES", "\x01\x01\x01\x41",
+       damaged + "VALUES at byte 4 of its contents: the number of keys is out of range."},
+      {"no block", "VALUES", "\x01\x04",
+       damaged + "VALUES at byte 2 of its contents: no block begins there."},
+      {"a run beyond its column", "VALUES", std::string("\x01\x01\x01\x00\x80\x00", 6),
+       damaged + "VALUES at byte 5 of its contents: a run goes beyond its column."},
+      {"a patch of what comes later", "VALUES", "\x01\x03\x01",
+       damaged + "VALUES at byte 3 of its contents: the base of a patch is out of range."},
+      {"an own ID of 33 bits", "VALUES",
+       std::string("\x01\x01\x01\x00\x00\x80\x80\x80\x80\x10", 10),
+       damaged + "VALUES at byte 10 of its contents: an own ID is no 32-bit number."},
+      {"a list's own ID of 33 bits", "VALUES", std::string("\x01\x02\x00\x80\x80\x80\x80\x10", 8),
+       damaged + "VALUES at byte 8 of its contents: an own ID is no 32-bit number."},
+      {"a key of 33 bits", "VALUES", std::string("\x01\x01\x01\x01\x00\x80\x80\x80\x80\x10", 10),
+       damaged + "VALUES at byte 10 of its contents: a key is no 32-bit number."},
+      {"a patch that goes back", "VALUES",
+       // A list of two entries without a value, then a patch of it.
+       std::string("\x02\x02\x02\x00\x01\x02\x02\x80\x00\x03\x01\x00\x02\x00\x01\x02\x00", 17),
+       damaged + "VALUES at byte 17 of its contents: positions of a patch do not rise."},
       {"a container in itself", "VALUES",
        std::string("\x01\x01\x01\x01\x00\x02\x00\x88\x02\x00\x00\x00\x02", 13),
        damaged + "VALUES at byte 13 of its contents: a container is out of range."},
@@ -157,6 +231,13 @@ TEST(SceneFileDamage, HostileContentsAreNamedByTheirPlace) {
       {"more colors than bytes", "COLORS", std::string("\x01sum of 8\x00\xFF\xFF\xFF\x7F", 14),
        damaged + "COLORS at byte 14 of its contents: it names 268,435,455 rows, more than its "
                  "bytes can hold."},
+      {"colors twice", "COLORS", std::string("\x02sum of 8\x00\x00sum of 8\x00\x00", 21),
+       damaged + "COLORS at byte 21 of its contents: a mesh has colors twice."},
+      {"more points than bytes", "MESHES", std::string("\x01\xFF\xFF\xFF\xFF\x7F\x00\x00\x00", 9),
+       damaged + "MESHES at byte 9 of its contents: it names 34,359,738,367 rows, more than its "
+                 "bytes can hold."},
+      {"a switch that is neither", "MESHES", std::string("\x01\x00\x00\x00\x02", 5),
+       damaged + "MESHES at byte 5 of its contents: a switch is out of range."},
       {"more deleted Stagemarks than bytes", "TRASH", "\xFF\xFF\x03",
        damaged + "TRASH at byte 3 of its contents: it is too short for what it counts."},
       {"a Stagemark deleted for no reason", "TRASH", std::string("\x01\x01N\x00\x00\x07\x01x", 8),
@@ -262,6 +343,18 @@ TEST(SceneFileDamage, ElementsReferToWhatThereIs) {
   };
   const auto texts = all.texts.size();
   const auto containers = all.containers.size();
+  // Rows of elements are counted through all sections, behind the document.
+  std::uint64_t objects = 1, tags = 1, shaderRow = 0, shaders = 0;
+  for (const ElementRule& rule : kElementRules) {
+    const std::string contents = ContentsOf(bytes, rule.name);
+    Cursor in(contents, rule.name, budget);
+    const std::uint64_t rows = in.Varint();
+    const std::string_view name = rule.name;
+    shaders = rows;
+    shaderRow += rows;
+    if (name == "OBJECTS") objects = shaderRow - rows + 1;
+    if (name == "TAGS") tags = shaderRow - rows + 1;
+  }
   const Case cases[] = {
       {"OBJECTS", Name, 1, texts, "a name is out of range"},
       {"OBJECTS", Data, 1, containers, "a data container is out of range"},
@@ -279,6 +372,9 @@ TEST(SceneFileDamage, ElementsReferToWhatThereIs) {
       {"OBJECTS", Depth, 1, 2, "an element hangs below none"},
       {"MATERIAL", Depth, 1, 1, "an element hangs below none"},
       {"OBJECTS", Owner, 5, 1, "an owner is no element that can own one"},
+      {"TAGS", Owner, 0, objects - 1, "an owner is no element that can own one"},
+      {"TAGS", Owner, 3, tags, "an owner is no element that can own one"},
+      {"SHADERS", Owner, shaders - 1, shaderRow, "an owner is no element that can own one"},
       {"NODES", Depth, 0, 1, "an element hangs below none"},
       {"NODES", Depth, 1, 2, "an element hangs below none"},
       {"LAYERS", Type, 0, 5, "an element has a type that there is not"},
@@ -322,6 +418,44 @@ TEST(SceneFileDamage, EmbeddedFilesMustHaveBareNames) {
   for (const std::string& name :
        {std::string("old wood.png"), std::string("\xC3\xBC.."), std::string(255, 'n')})
     EXPECT_EQ(refusal(name), "opened") << name;
+  const Document doc = EmptyScene();
+  const auto picture = std::make_shared<const std::string>("x");
+  engine::SetEmbeddedFiles(*doc, {{"a.png", picture}, {"b.png", picture}, {"a.png", picture}});
+  EXPECT_NE(Refusal(Bytes(*doc)).find("two files have the same name"), std::string::npos);
+}
+
+TEST(SceneFileDamage, TheDocumentRefersToWhatThereIs) {
+  const Document doc = EmptyScene();
+  doc->AppendObject(host::BaseObject::Alloc(host::Onull));
+  const std::string bytes = Bytes(*doc);
+  const std::string whole = ContentsOf(bytes, "DOCUMENT");
+  // Three numbers of eight bytes, the bits and the data; the frame rate; two more and a selection.
+  ASSERT_EQ(whole.size(), 26U + 1 + 16 + 1);
+  const auto settings = engine::IdOf(*doc->GetFirstRenderData());
+  struct Case {
+    LONG fps;
+    engine::NodeId settings;
+    ColumnValues selection;
+    const char* message;
+  };
+  const engine::NodeId object = engine::IdOf(*doc->GetFirstObject());
+  const Case cases[] = {{1, settings, {}, "opened"},
+                        {0, settings, {}, "the frame rate is less than 1"},
+                        {-30, settings, {}, "the frame rate is less than 1"},
+                        {25, 0, {}, "the active render settings are missing"},
+                        {25, object, {}, "the active render settings are missing"},
+                        {25, settings, {77}, "what is selected is missing"},
+                        {25, settings, {object}, "what is selected is missing"}};
+  for (const Case& c : cases) {
+    std::string contents = whole.substr(0, 26);
+    PutVarint(contents, ZigZag(static_cast<std::uint64_t>(std::int64_t{c.fps})));
+    PutFixed64(contents, 0);
+    PutFixed64(contents, c.settings);
+    PutVarint(contents, c.selection.size());
+    PutInts(contents, c.selection);
+    const std::string refusal = Refusal(WithSection(bytes, "DOCUMENT", contents));
+    EXPECT_NE(refusal.find(c.message), std::string::npos) << refusal;
+  }
 }
 
 // A frame that promises more than it holds costs no memory, and one that expands without end is

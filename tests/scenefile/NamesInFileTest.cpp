@@ -174,6 +174,41 @@ TEST_F(NamesInFile, APatchStaysWithinWhatItChanges) {
   }
 }
 
+TEST_F(NamesInFile, WhatIsPassedOverMustBeWhatItSays) {
+  const struct {
+    const char* section;
+    std::string contents;
+    const char* fault;
+  } kRows[] = {
+      {"VALUES", std::string("\x01\x01\x00\x00", 4), "a block holds none or more"},
+      {"VALUES", std::string("\x01\x01\x02\x00\x80\x00", 6), "a block holds none or more"},
+      {"VALUES", "\x01\x01\x01\x41", "the number of keys is out of range"},
+      {"VALUES", "\x01\x04", "no block begins there"},
+      {"VALUES", "\x01\x03\x01", "the base of a patch is out of range"},
+      {"VALUES", std::string("\x01\x02\x00\x80\x80\x80\x80\x10", 8), "an own ID is no 32-bit"},
+      {"TEXTS", std::string("\x01\x00\x0A..", 5), "a text goes beyond the section"},
+      {"TEXTS", std::string("\x02\x01\x02\x00...", 7), "bytes are left over"},
+      {"TEXTS", std::string("\x02\x80\x04...", 6), "a text goes beyond the section"},
+      {"TEXTS", std::string(1, '\0'), " of 0."},
+  };
+  SceneBuilder scene;
+  for (const auto& row : kRows) {
+    tests::WriteText(path_,
+                     tests::WithSection(tests::Bytes(scene.Doc()), row.section, row.contents));
+    const std::string message =
+        row.section == std::string("VALUES")
+            ? engine::NamesInStore(path_, kStore).Message()
+            : engine::NamesInSection(path_, engine::kRenderRows, 0).Message();
+    EXPECT_NE(message.find(row.fault), std::string::npos) << row.fault << ": " << message;
+  }
+  engine::SectionWriter twice(engine::ContentKind::Scene);
+  twice.Add("TEXTS", "");
+  twice.Add("TEXTS", "");
+  tests::WriteText(path_, tests::Joined(twice.Finish()));
+  const std::string message = engine::NamesInSection(path_, engine::kRenderRows, 0).Message();
+  EXPECT_TRUE(message.ends_with("section TEXTS (from byte 44): it occurs twice.")) << message;
+}
+
 // A frame whose parts are right, one by one, and do not fit together.
 TEST_F(NamesInFile, AFrameThatDoesNotFitTogetherIsDamage) {
   SceneBuilder scene;
@@ -197,6 +232,18 @@ TEST_F(NamesInFile, AFrameThatDoesNotFitTogetherIsDamage) {
       liar.AddAsItIs(section.name, section.rawLength + (isTexts ? more : 0), section.payload);
     }
     EXPECT_NE(refusal(tests::Joined(liar.Finish())).find("does not expand"), std::string::npos);
+  }
+  for (const int more : {-9, -1, 1}) {
+    engine::SectionWriter liar(engine::ContentKind::Scene);
+    for (const engine::Section& section : sections) {
+      std::string payload(section.payload);
+      if (section.name == "TEXTS")
+        payload.resize(payload.size() + static_cast<std::size_t>(more), 'x');
+      liar.AddAsItIs(section.name, section.rawLength, payload);
+    }
+    const std::string file = tests::Joined(liar.Finish());
+    EXPECT_NE(refusal(file).find("does not expand"), std::string::npos) << more;
+    EXPECT_NE(tests::Refusal(file).find("does not expand"), std::string::npos) << more;
   }
 }
 
@@ -268,6 +315,14 @@ TEST_F(NamesOfStates, AreLeftOutWhereThereAreNoStates) {
   const std::string unnamed = tests::Bytes(*SceneWith({"", ""}));
   EXPECT_EQ(Found(unnamed), "||");
   EXPECT_EQ(tests::Refusal(unnamed), "opened");
+  // What is empty or no container at all has no name.
+  const auto mixed = SceneWith({"Day", "", "Night"});
+  BaseContainer& list = *mixed->GetDataInstance()->GetContainerInstance(kList.store);
+  list.SetContainer(77, BaseContainer());
+  list.SetLong(78, 1);
+  const std::string names = tests::Bytes(*mixed);
+  EXPECT_EQ(Found(names), "Day||Night|");
+  EXPECT_EQ(Found(tests::WithSection(names, "NAMES", std::string(9, '\0'))), "Day||Night|");
   const auto noted = SceneWith({"Day"});
   noted->GetDataInstance()->GetContainerInstance(kList.store)->RemoveData(kList.note);
   EXPECT_EQ(Where(tests::Bytes(*noted), "NAMES"), std::string::npos);
