@@ -50,9 +50,14 @@ TEST(SceneFileRoundTrip, KeepsEverything) {
 
 TEST(SceneFileRoundTrip, KeepsDeletedStatesAsTheyWere) {
   const Document doc = EverythingScene();
+  engine::DeletedStates two = engine::DeletedStatesOf(*doc);
+  two.push_back(two[0]);
+  two[1].overwritten = false;
+  engine::SetDeletedStates(*doc, std::make_shared<engine::DeletedStates>(two));
   const Document opened = Reopened(Bytes(*doc));
   ASSERT_TRUE(opened);
-  ASSERT_EQ(engine::DeletedStatesOf(*opened).size(), 1U);
+  ASSERT_EQ(engine::DeletedStatesOf(*opened).size(), 2U);
+  EXPECT_FALSE(engine::DeletedStatesOf(*opened)[1].overwritten);
   const engine::DeletedState& was = engine::DeletedStatesOf(*doc)[0];
   const engine::DeletedState& is = engine::DeletedStatesOf(*opened)[0];
   EXPECT_EQ(std::tie(is.name, is.recorded, is.deleted, is.overwritten),
@@ -138,13 +143,36 @@ TEST(SceneFileRoundTrip, KeepsEmbeddedFiles) {
 }
 
 TEST(SceneFileRoundTrip, ABrokenMeshIsNotWritten) {
-  const Document doc = EverythingScene();
-  auto mesh = std::make_shared<engine::Mesh>(*engine::MeshOf(*doc->GetFirstObject()->GetDown()));
-  mesh->polygons[1][2] = 4;
-  engine::SetMesh(*doc->GetFirstObject()->GetDown(), mesh);
-  const auto pieces = engine::WriteScene(*doc);
-  EXPECT_EQ(pieces.Message(),
-            "The scene holds a broken mesh: a polygon names a point that there is not.");
+  struct Case {
+    void (*breakIt)(engine::Mesh&);
+    const char* fault;
+  };
+  const Case cases[] = {
+      {[](engine::Mesh& mesh) { mesh.polygons[1][2] = 4; },
+       "a polygon names a point that there is not"},
+      {[](engine::Mesh& mesh) { mesh.normals.pop_back(); }, "there is not one normal per corner"},
+      {[](engine::Mesh& mesh) { mesh.uvs.push_back({}); },
+       "there is not one texture coordinate per corner"},
+      {[](engine::Mesh& mesh) { mesh.colors.pop_back(); }, "there is not one color per corner"}};
+  for (const Case& c : cases) {
+    const Document doc = EverythingScene();
+    auto mesh = std::make_shared<engine::Mesh>(*engine::MeshOf(*doc->GetFirstObject()->GetDown()));
+    c.breakIt(*mesh);
+    engine::SetMesh(*doc->GetFirstObject()->GetDown(), mesh);
+    EXPECT_EQ(engine::WriteScene(*doc).Message(),
+              std::string("The scene holds a broken mesh: ") + c.fault + ".");
+  }
+}
+
+// Longer than the pieces in which contents are expanded.
+TEST(SceneFileRoundTrip, LongTextsComeBack) {
+  const Document doc = EmptyScene();
+  std::string text;
+  for (unsigned i = 0; text.size() < 5000000; ++i) text += std::to_string(i * i % 100003) + " ";
+  doc->GetDataInstance()->SetString(1, host::String(std::string_view(text)));
+  const std::string bytes = Bytes(*doc);
+  EXPECT_LT(bytes.size(), text.size());
+  EXPECT_EQ(Reopened(bytes)->GetDataInstance()->GetString(1).View(), text);
 }
 
 // States of a scene: the second is equal to the first, the third differs in one record, the fourth
