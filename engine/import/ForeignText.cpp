@@ -100,10 +100,9 @@ std::string WithoutLeadingBlanks(std::string_view xml) {
   return result;
 }
 
-std::string WithNamedCameras(std::string text) {
+std::string WithNamedCameras(std::string_view xml) {
   constexpr std::string_view kOpening = "<camera ";
   constexpr std::string_view kId = " id=";
-  const std::string_view xml = text;
   std::string result;
   std::size_t done = 0;
   for (std::size_t at = xml.find(kOpening); at != xml.npos; at = xml.find(kOpening, at + 1)) {
@@ -117,7 +116,6 @@ std::string WithNamedCameras(std::string text) {
     result.append(tag.substr(open, close + 1 - open));
     done = at + close + 1;
   }
-  if (done == 0) return text;
   return result.append(xml.substr(done));
 }
 

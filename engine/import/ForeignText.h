@@ -26,6 +26,6 @@ std::string WithoutLeadingBlanks(std::string_view xml);
 
 // COLLADA whose cameras all have names, those without one the name of their id: the library reads
 // no lens of the others.
-std::string WithNamedCameras(std::string xml);
+std::string WithNamedCameras(std::string_view xml);
 
 }  // namespace engine

@@ -95,7 +95,6 @@ class TreeReader {
     parent.mChildren = new aiNode*[children.size()];
     for (const std::size_t child : children) {
       auto* node = new aiNode;
-      node->mParent = &parent;
       parent.mChildren[parent.mNumChildren++] = node;
       pending_.push_back({child, node});
     }

@@ -61,6 +61,11 @@ TEST_F(TextureFilesOutside, AreTakenOnlyWhereTheyAreWanted) {
   const Case cases[] = {
       {"near.png", "model/near.png", "model/near.png", ""},
       {folder_ / "model/near.png", "model/near.png", "model/near.png", ""},
+      {"NEAR.png", "model/near.png", "model/near.png", ""},
+      {"./maps/../near.png", "model/near.png", "model/near.png", ""},
+      {"maps//other.png", "model/maps/other.png", "model/maps/other.png", ""},
+      {"%6Eear.p%6eg", "model/near.png", "model/near.png", ""},
+      {"file://" + (folder_ / "maps/near.png"), "model/near.png", "model/near.png", ""},
       {"notes.txt", "model/notes.txt", "model/notes.txt", "is no picture."},
       {"cut.png", "model/cut.png", "model/cut.png", "is no picture."},
       {"cut.webp", "model/cut.webp", "model/cut.webp", "is no picture."},
@@ -98,6 +103,32 @@ TEST_F(TextureFilesOutside, AreTakenOnlyWhereTheyAreWanted) {
   }
 }
 
+// By their first bytes, those of formats that are not read here among them.
+TEST_F(TextureFilesOutside, ArePicturesByTheirBeginning) {
+  const std::string rest(30, 'x');
+  struct Case {
+    const char* name;
+    std::string head;
+    bool isPicture;
+  };
+  std::vector<Case> cases = {{"a.heic", "\1\2\3\4ftypheic", true},
+                             {"a.heic", "\1\2\3\4ftyp", true},
+                             {"a.heic", "\1\2\3\4fty", false},
+                             {"a.heic", "ftyp and so on", false},
+                             {"a.tga", std::string("\0\0\2", 3) + rest.substr(0, 15), false},
+                             {"a.TGA", std::string("\0\0\2", 3) + rest.substr(0, 16), true},
+                             {"a.tgb", std::string("\0\0\2", 3) + rest, false}};
+  for (const int kind : {0, 1, 3, 4, 8, 9, 10, 11, 12}) {
+    const bool isPicture = kind % 8 >= 1 && kind % 8 <= 3;
+    cases.push_back({"a.tga", std::string("\0\0", 2) + static_cast<char>(kind) + rest, isPicture});
+  }
+  for (const Case& c : cases) {
+    WriteText(folder_ / (std::string("model/") + c.name), c.head);
+    EXPECT_EQ(Texture(c.name, OutsideTextures::Take), std::string("model/") + c.name);
+    EXPECT_EQ(Notes().empty(), c.isPicture) << c.name << " " << c.head;
+  }
+}
+
 TEST_F(TextureFilesOutside, APersonIsAskedOnceAndSeesTheNames) {
   services_.person.AnswerNext(true);
   EXPECT_EQ(Texture("../wood.png", OutsideTextures::Ask), "wood.png");
@@ -105,6 +136,28 @@ TEST_F(TextureFilesOutside, APersonIsAskedOnceAndSeesTheNames) {
   EXPECT_NE(asked.find((folder_ / "wood.png")), std::string::npos) << asked;
   EXPECT_EQ(TextureFiles().front(), folder_ / "wood.png") << "the file itself";
   EXPECT_TRUE(Notes().empty());
+}
+
+TEST_F(TextureFilesOutside, OfManyAPersonSeesTheFirst) {
+  for (const int count : {5, 6, 7}) {
+    std::string materials;
+    std::string scene = "mtllib many.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\n";
+    std::string question = "ask: \"many.obj\" names pictures outside of its folder:\n";
+    for (int i = 0; i < count; ++i) {
+      const std::string name = std::to_string(i);
+      WriteText(folder_ / (name + ".png"), kPicture);
+      materials += "newmtl " + name + "\nmap_Kd ../" + name + ".png\n";
+      scene += "usemtl " + name + "\nf 1 2 3\n";
+      if (i < 5) question += "\n" + (folder_ / (name + ".png"));
+    }
+    WriteText(folder_ / "model/many.mtl", materials);
+    WriteText(folder_ / "model/many.obj", scene);
+    Open(folder_ / "model/many.obj");
+    if (count > 5) question += "\nand " + std::to_string(count - 5) + " more";
+    EXPECT_EQ(services_.person.TakeTranscript(),
+              question + "\n\nUse them? Exported projects take them along. -> no\n");
+    EXPECT_EQ(Notes().size(), static_cast<std::size_t>(count));
+  }
 }
 
 }  // namespace

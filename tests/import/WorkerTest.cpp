@@ -219,11 +219,34 @@ TEST_F(Worker, AFileCannotPullInWhatLiesElsewhere) {
   ExpectPart(Refusal(Write("inner/above.gltf", scene("../secret.bin"))), "The file cannot be read");
   ASSERT_EQ(::symlink((folder_ / "secret.bin").c_str(), (folder_ / "inner/link.bin").c_str()), 0);
   ExpectPart(Refusal(Write("inner/linked.gltf", scene("link.bin"))), "The file cannot be read");
+  ASSERT_EQ(::mkfifo((folder_ / "inner/pipe.bin").c_str(), 0600), 0);
+  ExpectPart(Refusal(Write("inner/piped.gltf", scene("pipe.bin"))), "The file cannot be read");
 }
 
+struct Watcher : ScriptedPerson {
+  bool Progress(double fraction, const std::string& what) override {
+    EXPECT_EQ(what, "Importing " + name);
+    EXPECT_GE(fraction, last);
+    seen += fraction > last && fraction < 1;
+    last = fraction;
+    return true;
+  }
+  std::string name;
+  double last = 0;
+  int seen = 0;  // steps between begin and end
+};
+
 TEST_F(Worker, AnImportShowsItsProgress) {
-  Open(SceneFile("scenes/dungeon/dungeon.gltf"));
-  EXPECT_GE(services_.person.ProgressCalls(), 3);
+  for (const char* scene : {"scenes/dungeon/dungeon.gltf", "scenes/spider/spider.fbx"}) {
+    Watcher watcher;
+    watcher.name = std::string(scene).substr(std::string(scene).rfind('/') + 1);
+    const engine::Services all = services_.Get();
+    const engine::Services services{all.files,  all.clock,   watcher,
+                                    all.ledger, all.folders, all.viewer};
+    ASSERT_TRUE(engine::ImportScene(services, SceneFile(scene), IMPORT_WORKER));
+    EXPECT_GE(watcher.seen, 1) << scene;
+    EXPECT_EQ(watcher.last, 1) << scene;
+  }
 }
 
 TEST_F(Worker, AChainOfNodesNeedsNoStack) {

@@ -50,6 +50,7 @@ plain_colors = accessor('f', 'VEC3', [1, 0, 0, 0, 0.5, 0, 0, 0, 0.25, 1, 1, 1])
 short_colors = accessor('f', 'VEC3', [1, 0, 0])
 two_faces = accessor('H', 'SCALAR', [0, 1, 2, 0, 2, 3])
 last_face = accessor('B', 'SCALAR', [1, 2, 3, 0])
+without_one = accessor('B', 'SCALAR', [0, 2, 3])
 moved = accessor('f', 'VEC3', [0, 0, 1, 0, 0, 0, 2, 0, 0, 0, -1, 0])
 turned = accessor('f', 'VEC3', [1, 0, 0, 0, 0, 0, 0, 0, -0.5, 0, 0, 0])
 # A skin of three joints; points 0 to 3 hang on the first, on two of them, on all, and on none.
@@ -104,7 +105,7 @@ scene = {
     'extensionsRequired': ['KHR_materials_odd'],
     'scene': 1,
     'scenes': [{'name': 'Left out', 'nodes': [0]},
-               {'name': 'Shown', 'nodes': [0, 12, 13, 14, 15, 16, 17, 20, 22, 24],
+               {'name': 'Shown', 'nodes': [0, 12, 13, 14, 15, 16, 17, 20, 22, 24, 26, 27, 28, 29],
                    'extras': {'mood': 'calm', 'n': [1, 2]}}],
     'animations': [{}, {}],
     'extensions': {
@@ -159,10 +160,14 @@ scene = {
         {'name': 'Named twice', **lamp(5)},
         {'name': 'Once more', 'children': [23, 25]},
         {'extras': {'layer': 7}},
+        {'name': 'Lost', 'translation': [0, 1e300, 0]},
+        {'name': 'Lost', 'scale': [1e300, 1, 1]},
+        {'name': 'Lost', 'scale': [1, 1e300, 1]},
+        {'name': 'Lost', 'scale': [1, 1, 1e300]},
     ],
     'skins': [{'joints': [15, 18, 19], 'inverseBindMatrices': binds}, {'joints': [15, 18, 19]}],
     'cameras': [
-        {'type': 'perspective', 'perspective': {'yfov': 0.5, 'aspectRatio': 2, 'znear': 0.5,
+        {'type': 'perspective', 'perspective': {'yfov': 0.5, 'aspectRatio': 0.8, 'znear': 0.5,
             'zfar': 75}},
         {'type': 'perspective', 'perspective': {'yfov': 0.75, 'znear': 0.25}},
         {'type': 'orthographic', 'orthographic': {'xmag': 1.25, 'ymag': 3, 'znear': 2, 'zfar': 40}},
@@ -198,7 +203,11 @@ scene = {
                 'material': 6},
             {'attributes': {'POSITION': square, 'COLOR_0': short_colors,
                 'TEXCOORD_0': short_colors},
-             'indices': two_faces, 'material': 7}]},
+             'indices': two_faces, 'material': 7},
+            {'attributes': {'POSITION': square, 'TEXCOORD_0': first_uvs}, 'material': 2},
+            {'attributes': {'POSITION': many}},
+            {'attributes': {'POSITION': sparse}, 'indices': last_face},
+            {'attributes': {'POSITION': square}, 'indices': without_one}]},
         {'name': 'Unbound', 'primitives': [{
             'attributes': {'POSITION': square, 'JOINTS_0': joints, 'WEIGHTS_0': weights}}]},
     ],
@@ -236,7 +245,7 @@ scene = {
             'occlusionTexture': {'index': 8},
          'emissiveTexture': {'index': 9}, 'pbrMetallicRoughness': {
              'baseColorTexture': {'index': 10}, 'metallicRoughnessTexture': {'index': 11}}},
-        {'name': 'Cut lower', 'alphaMode': 'MASK', 'alphaCutoff': 0.25,
+        {'name': 'Cut lower', 'alphaMode': 'MASK', 'alphaCutoff': 0.25, 'emissiveFactor': [0.5, 0, 0.25],
             'normalTexture': {'index': 12}}],
     'textures': [{'source': 0}, {'source': 1, 'sampler': 0}, {'source': 2, 'sampler': 1},
                  {'source': 3, 'sampler': 2}, {'source': 4}, {'source': 5}, {'source': 6,
