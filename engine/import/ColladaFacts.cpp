@@ -1,8 +1,10 @@
-// Parallel cameras of COLLADA files (COLLADA 1.4.1, "orthographic"): the library reads their
-// magnification as an angle. The file's text is searched for them; cameras are instanced in the
+// Cameras of COLLADA files (COLLADA 1.4.1, "orthographic" and "perspective") that the library gets
+// wrong: it reads the magnification of parallel ones as an angle, and has no angle for those that
+// only give their vertical one. The file's text is searched for them; cameras are instanced in the
 // order in which the library lists them.
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 
 #include "engine/import/SceneFacts.h"
@@ -46,15 +48,32 @@ double WidthOf(std::string_view orthographic) {
   return half > 0 ? 2 * half : 2 * ElementNumber(orthographic, "ymag") * (aspect > 0 ? aspect : 1);
 }
 
-std::unordered_map<std::string, double> ParallelWidths(std::string_view xml) {
-  std::unordered_map<std::string, double> widths;
+// What the library has wrong; nothing for a camera that is right.
+std::optional<SourceCamera> LensOf(std::string_view camera) {
+  constexpr double kDegree = 3.14159265358979323846 / 180;
+  SourceCamera lens;
+  const std::string_view flat = FirstBetween(camera, "<orthographic>", "</orthographic>");
+  lens.parallel = !flat.empty();
+  if (lens.parallel) {
+    lens.width = WidthOf(flat);
+    return lens;
+  }
+  // The width follows the picture (SceneConversion).
+  lens.vertical = ElementNumber(camera, "yfov") * kDegree;
+  const bool hasWidth =
+      ElementNumber(camera, "xfov") > 0 || ElementNumber(camera, "aspect_ratio") > 0;
+  return lens.vertical > 0 && !hasWidth ? std::optional(lens) : std::nullopt;
+}
+
+std::unordered_map<std::string, SourceCamera> LensesToMend(std::string_view xml) {
+  std::unordered_map<std::string, SourceCamera> lenses;
   std::size_t position = 0;
   while (position < xml.size()) {
     const std::string_view camera = NextBetween(xml, "<camera ", "</camera>", position);
-    const std::string_view lens = FirstBetween(camera, "<orthographic>", "</orthographic>");
-    if (!lens.empty()) widths[std::string(FirstBetween(camera, "id=\"", "\""))] = WidthOf(lens);
+    if (const std::optional<SourceCamera> lens = LensOf(camera))
+      lenses[std::string(FirstBetween(camera, "id=\"", "\""))] = *lens;
   }
-  return widths;
+  return lenses;
 }
 
 std::vector<std::string> InstancedCameras(std::string_view xml) {
@@ -72,18 +91,19 @@ std::vector<std::string> InstancedCameras(std::string_view xml) {
 // By position, because the library keeps no id of a camera. Where the numbers of cameras differ the
 // order says nothing either, and nothing is touched.
 void MendColladaCameras(const std::string& xml, SceneFacts& facts, Notes& notes) {
-  const std::unordered_map<std::string, double> widths = ParallelWidths(xml);
+  const std::unordered_map<std::string, SourceCamera> lenses = LensesToMend(xml);
   const std::vector<std::string> ids = InstancedCameras(xml);
-  if (widths.empty()) return;
+  if (lenses.empty()) return;
   if (ids.size() != facts.cameras.size()) {
-    notes.Add("Parallel cameras may have become perspective ones.");
+    notes.Add("Parallel cameras may have become perspective ones, or angles be others.");
     return;
   }
   for (std::size_t i = 0; i < ids.size(); ++i) {
-    const auto found = widths.find(ids[i]);
-    if (found == widths.end()) continue;
-    facts.cameras[i].parallel = true;
-    facts.cameras[i].width = found->second;
+    const auto found = lenses.find(ids[i]);
+    if (found == lenses.end()) continue;
+    facts.cameras[i].parallel = found->second.parallel;
+    facts.cameras[i].width = found->second.width;
+    facts.cameras[i].vertical = found->second.vertical;
     facts.cameras[i].horizontal = 0;
   }
 }

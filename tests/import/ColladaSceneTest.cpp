@@ -91,5 +91,20 @@ TEST_F(ColladaScene, CamerasWithoutANameHaveTheirLens) {
   }
 }
 
+TEST_F(ColladaScene, CamerasThatAreNotToldApartAreNoted) {
+  for (const bool isTwice : {false, true}) {
+    Import(std::string(kColladaHead) +
+           "<library_cameras><camera id=\"c\" name=\"n\"><optics><technique_common><orthographic>"
+           "<xmag>2</xmag></orthographic></technique_common></optics></camera></library_cameras>" +
+           (isTwice ? "<library_nodes><node><instance_camera url=\"#c\"/></node></library_nodes>"
+                    : "") +
+           kColladaScene + "<node id=\"n\" name=\"n\"><instance_camera url=\"#c\"/></node>" +
+           kColladaFoot);
+    const host::BaseContainer& data = *OfType(host::Ocamera).at(0)->GetDataInstance();
+    EXPECT_EQ(data.GetLong(host::CAMERA_PROJECTION), isTwice ? 0 : 1);
+    EXPECT_EQ(HasNote("Parallel cameras may have become perspective ones"), isTwice);
+  }
+}
+
 }  // namespace
 }  // namespace tests
