@@ -43,7 +43,17 @@ void AssignByName(const NodesByName& names, std::unordered_map<std::string, std:
   if (found != names.end()) assign(found->second[taken[name]++ % found->second.size()]);
 }
 
-SourceCamera CameraOf(const aiCamera& camera) {
+// glTF has cameras look along -z, which the library does not say, and of the first version it takes
+// the angles of a picture for its sides.
+void MendOldGltf(const aiCamera& camera, SourceCamera& result) {
+  result.frame = host::Matrix();
+  if (result.parallel || !(camera.mAspect > 0)) return;
+  const auto aspect = static_cast<double>(camera.mAspect);
+  result.vertical = result.horizontal / aspect;
+  result.horizontal = 2 * std::atan(aspect * std::tan(result.vertical / 2));
+}
+
+SourceCamera CameraOf(const aiCamera& camera, SourceFormat format) {
   SourceCamera result;
   result.frame = FrameLooking(camera.mLookAt, camera.mUp);
   result.frame.off = ConvertPlace(camera.mPosition, 1);
@@ -52,6 +62,7 @@ SourceCamera CameraOf(const aiCamera& camera) {
   result.horizontal = result.parallel ? 0 : static_cast<double>(camera.mHorizontalFOV);
   result.nearPlane = camera.mClipPlaneNear;
   result.farPlane = camera.mClipPlaneFar;
+  if (IsGltf(format)) MendOldGltf(camera, result);
   return result;
 }
 
@@ -194,7 +205,7 @@ void AddCommonFacts(const aiScene& scene, SourceFormat format, SceneFacts& facts
   std::unordered_map<std::string, std::size_t> cameras;
   std::unordered_map<std::string, std::size_t> lights;
   for (unsigned i = 0; i < scene.mNumCameras; ++i) {
-    facts.cameras.push_back(CameraOf(*scene.mCameras[i]));
+    facts.cameras.push_back(CameraOf(*scene.mCameras[i], format));
     AssignByName(names, cameras, scene.mCameras[i]->mName.C_Str(),
                  [&](const aiNode* node) { facts.nodes[node].cameras.push_back(i); });
   }
@@ -213,7 +224,7 @@ void NormalizeLights(SourceFormat format, std::vector<SourceLight>& lights) {
   for (SourceLight& light : lights) SplitBrightness(light);
   for (const bool suns : {false, true}) {
     const double largest = Largest(lights, suns);
-    const bool candela = !suns && (format == SourceFormat::Gltf || format == SourceFormat::Glb);
+    const bool candela = !suns && IsGltf(format);
     if (!(largest > 0) || !std::isfinite(largest) || (largest <= kPlain && !candela)) continue;
     for (SourceLight& light : lights) {
       if ((light.kind == LightKind::Sun) != suns) continue;

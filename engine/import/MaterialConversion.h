@@ -46,7 +46,7 @@ class MaterialConversion {
   std::string FileNameOf(const std::string& texture) const;
   const MaterialFacts& FactsOf(unsigned index) const;
   void NoteLosses(const aiMaterial& from);
-  bool IsGltf() const { return format_ == SourceFormat::Gltf || format_ == SourceFormat::Glb; }
+  bool IsGltf() const { return engine::IsGltf(format_); }
 
   const aiScene& scene_;
   SourceFormat format_;

@@ -40,10 +40,6 @@ class Progress : public Assimp::ProgressHandler {
   double last_ = 0;
 };
 
-bool IsGltf(SourceFormat format) {
-  return format == SourceFormat::Gltf || format == SourceFormat::Glb;
-}
-
 // Removes the other importers: they would be asked about a file that its own one refuses.
 void KeepLoadersOf(const std::string& suffix, Assimp::Importer& importer) {
   std::vector<Assimp::BaseImporter*> others;

@@ -13,6 +13,9 @@ enum class SourceFormat { None, Gltf, Glb, Obj, Fbx, Collada };
 
 // By the suffix alone, letter case aside.
 SourceFormat FormatOf(const std::string& path);
+inline bool IsGltf(SourceFormat format) {
+  return format == SourceFormat::Gltf || format == SourceFormat::Glb;
+}
 
 // The message names the file and what is wrong with it.
 Status CheckSource(const std::string& path, const ImportLimits& limits);

@@ -42,7 +42,7 @@ class KeptImports : public ImportSession {
 };
 
 TEST_F(KeptImports, BringWhatTheyBrought) {
-  for (const char* name : {"all.gltf", "all.obj", "all.dae", "all.fbx"}) {
+  for (const char* name : {"all.gltf", "all.obj", "all.dae", "all.fbx", "old.gltf"}) {
     const std::string scene = std::string("tests/import/kept/") + name;
     ExpectKept(Described(scene, name != std::string("all.obj")), SceneFile(scene + ".txt"));
   }
