@@ -232,8 +232,10 @@ class Hands : public QObject {
 // Message with the seed that repeats this round, for whoever finds the program dead or hanging.
 char present[100];
 
+// SIGALRM says that the round took too long.
 extern "C" void SayWhichRound(int signal) {
-  (void)!write(STDERR_FILENO, present, std::strlen(present));
+  for (const char* text : {static_cast<const char*>(present), sigabbrev_np(signal), "\n"})
+    (void)!write(STDERR_FILENO, text, std::strlen(text));
   std::signal(signal, SIG_DFL);
   raise(signal);
 }
@@ -374,7 +376,7 @@ Findings WindowEvents(std::uint64_t seed, const RoundBudget& more) {
   const Samples samples;
   Findings findings;
   for (std::uint64_t round = seed; more(findings.executions); ++round) {
-    std::snprintf(present, sizeof present, "window-events died in round %llu\n",
+    std::snprintf(present, sizeof present, "window-events died in round %llu by SIG",
                   static_cast<unsigned long long>(round));
     alarm(kSecondsForOneRound);
     OneRound(samples, round, more, findings);
