@@ -68,7 +68,7 @@ class Mending {
   }
 
   // Takes out the records of each list that `goes` says so of: by list, its position among them and
-  // the record. Lists whose keys do not count up are left alone. What states share is mended once.
+  // the record. Lists with gaps in their keys are left alone. What states share is mended once.
   using Goes = std::function<std::vector<bool>(const RecordList&)>;
   void DropRecords(const Goes& goes) {
     for (LONG i = 0; i < records_.GetCount(); ++i) {
@@ -111,11 +111,11 @@ class Mending {
     return result;
   }
 
-  // Loading reads the keys from 0 on. In a list with gaps, moving records to other keys would bring
-  // some of them back to life.
-  static bool CountsUp(const BaseContainer& list) {
+  // Loading reads the keys from 0 on, in whatever order they lie. In a list with gaps, moving
+  // records to other keys would bring some of them back to life.
+  static bool HasNoGap(const BaseContainer& list) {
     for (LONG i = 0; i < list.GetCount(); ++i) {
-      if (list.GetIndexId(i) != i) return false;
+      if (list.GetIndexId(i) < 0 || list.GetIndexId(i) >= list.GetCount()) return false;
     }
     return true;
   }
@@ -128,7 +128,7 @@ class Mending {
     if (isNew) {
       kept_.push_back(before);  // so that no other list comes to lie at its address
       const std::vector<bool> gone = goes(list);
-      if (CountsUp(before) && std::ranges::find(gone, true) != gone.end())
+      if (HasNoGap(before) && std::ranges::find(gone, true) != gone.end())
         place->second = Without(before, gone);
     }
     if (BodyOf(place->second) == BodyOf(before)) return false;

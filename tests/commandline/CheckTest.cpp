@@ -65,7 +65,7 @@ TEST_F(Checker, AnswersByStatusAndCode) {
        {"no answer that is safe", "These can be fixed: record-missing"}},
       {{clean, "--write"}, 2, {"nothing to write without --fix"}},
       {{damaged, "--fix", "link-gone"}, 1, {"Fixed link-gone in ", "note: nothing was written"}},
-      {{clean, "--fix", "link-gone"}, 0, {"Nothing to fix of link-gone."}}};
+      {{clean, "--fix", "link-gone"}, 0, {"Nothing was fixed of link-gone."}}};
   for (const auto& row : kRows) {
     std::vector<std::string> call{"check"};
     call.insert(call.end(), row.call.begin(), row.call.end());

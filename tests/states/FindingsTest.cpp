@@ -182,6 +182,9 @@ TEST(Findings, ListsInOtherOrdersAreToldApart) {
   EXPECT_EQ(text,
             "Night: 1 of its 14 objects is in the scene no more.\n"
             "Again: 2 of its 14 objects are in the scene no more.\n");
+  const engine::FindingKind& kind = *engine::FindFindingKind("link-gone");
+  EXPECT_EQ(engine::FixFindings(stage.Doc(), kind).Value(), 2u);
+  EXPECT_EQ(CodesOf(stage).count("link-gone"), 0u);
 }
 
 // Records that a recording of fewer elements leaves behind are found with the values that disagree;

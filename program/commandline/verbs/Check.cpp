@@ -138,7 +138,7 @@ class CheckVerb {
       }
       report_.Append("fixed", {{"code", code}, {"places", fixed.Value()}});
       report_.Line(fixed.Value() == 0
-                       ? "Nothing to fix of " + code + "."
+                       ? "Nothing was fixed of " + code + "."
                        : "Fixed " + code + " in " + Counted(fixed.Value(), "place") + ".");
     }
     if (options_.fixes.empty()) return kDone;
