@@ -54,6 +54,9 @@ TEST_F(ImageDecoder, AChildThatFailsCostsAMessage) {
       {"printf x >&3; exit 3", "gave up on it."},
       {"printf x >&3; printf '\\377\\377\\0\\0\\377\\377\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0' >&3",
        "gave an answer that cannot be."},
+      {"printf x >&3; printf '\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\351\\3\\0\\0' >&3; "
+       "head -c 1001 /dev/zero >&3",
+       "gave an answer that cannot be."},
       {"printf x >&3; kill -KILL $$", "came to no end with it."},
       {"printf x >&3; printf '\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\7\\0\\0\\0a\\nb\\033cde' >&3; "
        "read x <&3",

@@ -153,6 +153,8 @@ TEST_F(Textures, FollowOffsetAndTiles) {
   TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0.5, 0, 0));
   EXPECT_EQ(Colors(), "bg");
   TagData().SetVector(host::TEXTURETAG_OFFSET, Vector(0));
+  TagData().SetVector(host::TEXTURETAG_TILES, Vector(0));
+  EXPECT_EQ(Colors(), "gb") << "once";
   TagData().SetVector(host::TEXTURETAG_TILES, Vector(2, 2, 0));
   EXPECT_EQ(Colors(), "bg") << "the left place lies in the second half of the first repetition";
 }

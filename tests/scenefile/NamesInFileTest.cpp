@@ -233,6 +233,11 @@ TEST_F(NamesInFile, AFrameThatDoesNotFitTogetherIsDamage) {
     }
     EXPECT_NE(refusal(tests::Joined(liar.Finish())).find("does not expand"), std::string::npos);
   }
+  engine::SectionWriter endless(engine::ContentKind::Scene);
+  for (const engine::Section& section : sections)
+    endless.AddAsItIs(section.name, std::uint64_t{1} << 60, section.payload);
+  EXPECT_NE(refusal(tests::Joined(endless.Finish())).find("needs more memory than may be used"),
+            std::string::npos);
   for (const int more : {-9, -1, 1}) {
     engine::SectionWriter liar(engine::ContentKind::Scene);
     for (const engine::Section& section : sections) {
