@@ -60,6 +60,12 @@ const Contents kKinds[] = {
        AddList(doc, [](BaseContainer& list, LONG i) { list.SetString(i, host::LongToString(i)); });
      },
      440},
+    {"a long text",
+     [](BaseDocument& doc) {
+       doc.GetDataInstance()->SetString(1,
+                                        host::String(std::string_view(std::string(1000000, 'a'))));
+     },
+     1970},
     {"vectors",
      [](BaseDocument& doc) {
        AddList(doc, [](BaseContainer& list, LONG i) { list.SetVector(i, host::Vector(i)); });
