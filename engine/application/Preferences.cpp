@@ -248,8 +248,9 @@ class FormerReader {
   }
 
   bool TakeLineEnd() {
+    if (!TakePrefix("\n")) return false;
     ++line_;
-    return TakePrefix("\n");
+    return true;
   }
 
   template <class T>
@@ -288,7 +289,7 @@ class FormerReader {
   }
 
   bool ReadEntry() {
-    if (TakePrefix("end")) return TakeLineEnd() && EndContainer();
+    if (TakePrefix("end")) return EndContainer() && TakeLineEnd();
     if (TakePrefix("container")) return BeginContainer() && TakeLineEnd();
     LONG key = 0;
     const std::string_view kind = text_.substr(0, text_.find(' '));

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "engine/core/ContainerContents.h"
+#include "engine/scenefile/FileAsRead.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/ScriptedServices.h"
 
@@ -32,6 +33,16 @@ struct WorldData : testing::Test {
     Preferences fresh(services.Get());
     const BaseContainer* data = fresh.Get(id);
     return data == nullptr ? -1 : data->GetLong(1);
+  }
+
+  // What was noted since is that the file was damaged for this reason; nothing where there is none.
+  void ExpectNote(std::size_t mark, const char* reason) {
+    const std::vector<std::string> notes = services.ledger.NotesSince(mark);
+    ASSERT_EQ(notes.size(), reason ? 1U : 0U);
+    if (reason) {
+      EXPECT_EQ(notes[0].find(std::string("The preferences were damaged (") + reason + ");"), 0U)
+          << notes[0];
+    }
   }
 
   tests::ScratchFolder scratch;
@@ -233,21 +244,83 @@ TEST_F(WorldData, FilesOfVersion1AreReadAndWrittenAnew) {
 
 // Their sum is that of what they hold, and what they hold makes no sense.
 TEST_F(WorldData, FilesOfVersion1ThatMakeNoSenseAreRefused) {
-  const std::pair<const char*, host::LONG> rows[] = {
-      {"container 5 3\nlong 1 77\nend\n", 77},  {"end\ncontainer 5 3\nlong 1 77\nend\n", -1},
-      {"container 5 3\nlong 1 77\n", -1},       {"long 1 77\n", -1},
-      {"container 5 3\nlong 1\nend\n", -1},     {"container 5 3\nlink 1\nend\n", -1},
-      {"container 5 3\nlength 1 77\nend\n", -1}};
+  std::string deep;
+  for (int i = 0; i < 1001; ++i) deep += "container 5 3\n";
+  const std::pair<std::string, const char*> rows[] = {
+      {"container 5 3\nlong 1 77\nend\n", nullptr},
+      {"end\ncontainer 5 3\nlong 1 77\nend\n", "line 2 cannot be understood"},
+      {"container 5 3\nlong 1 77\n", "a container has no end"},
+      {"long 1 77\n", "line 2 cannot be understood"},
+      {"container 5 3\nlong 1\nend\n", "line 3 cannot be understood"},
+      {"container 5 3\nlink 1\nend\n", "line 3 cannot be understood"},
+      {"container 5 3\nlength 1 77\nend\n", "line 3 cannot be understood"},
+      {"container 5 3\ntriple 1 2 3 4\nend\n", "line 3 cannot be understood"},
+      {"container 5 3\nreal 1\nend\n", "line 3 cannot be understood"},
+      {"container 5 3\ntime 1 2\nend\n", "line 3 cannot be understood"},
+      {"container 5 3\nvector 1 2 3\nend\n", "line 3 cannot be understood"},
+      {"container 5 3\nlong 1 77\nstring 2 %0\nend\n", "line 4 cannot be understood"},
+      {"container 5 3\nlong 1 77\nstring 2 %0g\nend\n", "line 4 cannot be understood"},
+      {"container 5 3\nlong 1 77 7\nend\n", "line 3 cannot be understood"},
+      {"container 5\nlong 1 77\nend\n", "line 2 cannot be understood"},
+      {"container 5 3\nlong 1 77\nend\nend\n", "line 5 cannot be understood"},
+      {deep, "line 1002 cannot be understood"}};
   ASSERT_TRUE(services.files.MakeFolders(folder));
-  for (const auto& [body, stored] : rows) {
+  for (const auto& [body, reason] : rows) {
+    const std::size_t mark = services.ledger.Mark();
     const std::string text = std::string("stagemarks preferences 1\n") + body;
     std::uint64_t sum = 14695981039346656037U;
     for (const char c : text) sum = (sum ^ static_cast<unsigned char>(c)) * 1099511628211U;
     std::ostringstream line;
     line << "checksum " << std::hex << std::setw(16) << std::setfill('0') << sum << "\n";
     tests::WriteText(file, text + line.str());
-    EXPECT_EQ(Stored(5), stored) << body;
-    EXPECT_EQ(std::filesystem::exists(file), stored == 77) << body;
+    EXPECT_EQ(Stored(5), reason ? -1 : 77) << body;
+    EXPECT_EQ(std::filesystem::exists(file), reason == nullptr) << body;
+    ExpectNote(mark, reason);
+  }
+}
+
+// The same of this version.
+TEST_F(WorldData, FilesThatMakeNoSenseAreRefused) {
+  const auto nested = [](int depth) {
+    std::string text = R"({"id": 3, "entries": [[1, "long", 77]]})";
+    for (int i = 1; i < depth; ++i)
+      text = R"({"id": 3, "entries": [[1, "long", 77], [2, "container", )" + text + "]]}";
+    return R"([[5, "container", )" + text + "]]";
+  };
+  const auto entry = [](const std::string& one) {
+    return R"([[5, "container", {"id": 3, "entries": [[1, "long", 77], )" + one + "]}]]";
+  };
+  const std::pair<std::string, bool> rows[] = {{entry(R"([2, "nil", null])"), true},
+                                               {entry(R"([2, "string", [255, 0]])"), true},
+                                               {nested(1000), true},
+                                               {nested(1001), false},
+                                               {entry(R"([2, "length", 1])"), false},
+                                               {entry(R"([2, "real", "much"])"), false},
+                                               {entry(R"([2, "vector", [1, 2]])"), false},
+                                               {entry(R"([2, "string", [256, "x"]])"), false},
+                                               {entry(R"([2, "long"])"), false},
+                                               {entry(R"({"2": 2})"), false},
+                                               {"[[5]]", false},
+                                               {"[", false},
+                                               {"", false}};
+  ASSERT_TRUE(services.files.MakeFolders(folder));
+  for (const auto& [body, isSense] : rows) {
+    const std::size_t mark = services.ledger.Mark();
+    const std::string_view bytes = body;
+    std::ostringstream head;
+    head << "stagemarks preferences 2 " << std::hex << std::setw(16) << std::setfill('0')
+         << engine::HashOfContent({&bytes, 1}) << "\n";
+    tests::WriteText(file, head.str() + body);
+    EXPECT_EQ(Stored(5), isSense ? 77 : -1) << body;
+    ExpectNote(mark, isSense ? nullptr : "an entry cannot be understood");
+  }
+  for (const char* head : {"stagemarks preferences 2", "stagemarks preferences 2\n[]",
+                           "stagemarks preferences 0\n", "stagemarks preferences 1 \n"}) {
+    const std::size_t mark = services.ledger.Mark();
+    tests::WriteText(file, head);
+    EXPECT_EQ(Stored(5), -1) << head;
+    ExpectNote(mark, std::string(head).back() == '2' ? "the first line is not ours"
+                                                     : "the checksum does not fit");
   }
 }
 
