@@ -18,9 +18,7 @@ struct DialogBody {
   std::vector<MenuEntry> menus;
   std::vector<std::size_t> menuPath;  // of the sub-menu being built: index at each level
   host::String title;
-  host::LONG type = 0;
   host::LONG pluginId = 0;
-  host::LONG subId = 0;
   bool laidOut = false;
   bool opening = false;
   bool open = false;

@@ -58,13 +58,11 @@ void GeDialog::Timer(const BaseContainer&) {}
 LONG GeDialog::Message(const BaseContainer&, BaseContainer&) { return 0; }
 void GeDialog::DestroyWindow() {}
 
-Bool GeDialog::Open(LONG type, LONG pluginid, LONG, LONG, LONG, LONG, LONG subid) {
+Bool GeDialog::Open(LONG, LONG pluginid, LONG, LONG, LONG, LONG, LONG) {
   // From within its own CreateLayout or InitValues.
   if (body_->opening) return FALSE;
   if (!body_->open) {
-    body_->type = type;
     body_->pluginId = pluginid;
-    body_->subId = subid;
     body_->opening = true;
     const Bool ready = BuildAndFill(*this);
     if (!DialogWorld::Get().IsAlive(this)) return FALSE;
