@@ -207,4 +207,117 @@ TEST(DialogMenus, EntriesAreFoundAndMarkedAtEveryDepth) {
   EXPECT_TRUE(dialog.MenuAddString(1, "the lowest ID"));
 }
 
+// One gadget of every kind and every property that a plug-in can give it.
+struct Furnished : host::GeDialog {
+  host::Bool CreateLayout() override {
+    SetTitle("Furnished");
+    EXPECT_FALSE(GroupSpace(1, 1)) << "no group is open";
+    EXPECT_FALSE(GroupBorderSpace(1, 1, 1, 1));
+    EXPECT_TRUE(GroupBegin(10, 1, 2, 3, "Outer", 0));
+    EXPECT_TRUE(GroupSpace(4, 5));
+    EXPECT_TRUE(GroupBorderSpace(6, 7, 8, 9));
+    EXPECT_TRUE(GroupBegin(0, 11, 12, 13, "Inner", 0));
+    EXPECT_TRUE(AddButton(14, 15, 16, 17, "Button"));
+    EXPECT_TRUE(AddCheckbox(18, 19, 20, 21, "Box"));
+    EXPECT_TRUE(AddStaticText(22, 23, 24, 25, "Text", 0));
+    EXPECT_TRUE(GroupEnd());
+    EXPECT_TRUE(AddEditText(26, 27, 28, 29));
+    EXPECT_TRUE(AddEditNumberArrows(30, 31, 32, 33));
+    EXPECT_TRUE(AddEditNumberArrows(34, 35, 36, 37));
+    EXPECT_TRUE(SetReal(34, 38.5, -39, 40, 0.25, host::FORMAT_LONG));
+    EXPECT_TRUE(AddComboBox(41, 42, 43, 44));
+    EXPECT_TRUE(AddChild(41, 45, "First"));
+    EXPECT_TRUE(AddChild(41, 46, "Second"));
+    EXPECT_TRUE(GroupEnd());
+    EXPECT_TRUE(AddSeparatorV(47, 48));
+    EXPECT_TRUE(AddListView(49, 50, 51, 52));
+    host::BaseContainer settings;
+    settings.SetLong(53, 54);
+    EXPECT_NE(AddCustomGui(55, host::CUSTOMGUI_BITMAPBUTTON, "Picture", 56, 57, 58, settings),
+              nullptr);
+    EXPECT_TRUE(Enable(26, host::FALSE));
+    EXPECT_TRUE(MenuSubBegin("File"));
+    EXPECT_TRUE(MenuAddString(60, "New"));
+    EXPECT_TRUE(MenuAddSeparator());
+    EXPECT_TRUE(MenuSubBegin("Recent"));
+    EXPECT_TRUE(MenuAddString(61, "One"));
+    EXPECT_TRUE(MenuInitString(61, host::FALSE, host::TRUE));
+    EXPECT_TRUE(MenuSubEnd());
+    EXPECT_TRUE(MenuAddString(62, "Save"));
+    EXPECT_TRUE(MenuSubEnd());
+    EXPECT_TRUE(MenuSubBegin("Edit"));
+    EXPECT_FALSE(MenuFinished()) << "a sub-menu is open";
+    EXPECT_TRUE(MenuFinished());
+    EXPECT_TRUE(MenuAddString(63, "Help"));
+    return host::TRUE;
+  }
+};
+
+void Print(const engine::Gadget& gadget, std::ostream& out) {
+  const bool isRanged = gadget.kind == engine::GadgetKind::NumberField;
+  out << "(" << static_cast<int>(gadget.kind) << " " << gadget.id << " " << gadget.flags << " "
+      << gadget.width << "x" << gadget.height << " '" << gadget.text.ToUtf8() << "'";
+  for (const host::LONG number :
+       {gadget.columns, gadget.rows, gadget.spaceX, gadget.spaceY, gadget.borderLeft,
+        gadget.borderTop, gadget.borderRight, gadget.borderBottom})
+    if (gadget.columns != 0) out << " " << number;
+  if (isRanged) {
+    out << " " << gadget.value.GetReal() << " in " << gadget.min << ".." << gadget.max << " by "
+        << gadget.step << " as " << gadget.format;
+  }
+  for (const engine::Choice& choice : gadget.choices)
+    out << " " << choice.id << "=" << choice.text.ToUtf8();
+  if (gadget.settings.GetCount() > 0) out << " set " << gadget.settings.GetLong(53);
+  out << (gadget.enabled ? "" : " off");
+  for (const auto& child : gadget.children) {
+    out << "\n";
+    Print(*child, out);
+  }
+  out << ")";
+}
+
+void Print(const std::vector<engine::MenuEntry>& entries, std::ostream& out) {
+  for (const engine::MenuEntry& entry : entries) {
+    out << (entry.separator ? "-" : entry.text.ToUtf8()) << entry.id << (entry.enabled ? "" : "off")
+        << (entry.checked ? "x" : "") << "[";
+    Print(entry.children, out);
+    out << "]";
+  }
+}
+
+TEST(DialogLayout, AButtonKeepsItsPictureWhereThereIsNoOther) {
+  Furnished dialog;
+  ASSERT_TRUE(dialog.Open(0, 0, 0, 0, 0, 0, 0));
+  auto* button = static_cast<host::BitmapButtonCustomGui*>(
+      dialog.FindCustomGui(55, host::CUSTOMGUI_BITMAPBUTTON));
+  const host::Filename picture(TEST_SOURCE_DIR "/res/default_image.tif");
+  Watcher watcher;
+  EXPECT_TRUE(button->SetImage(picture));
+  EXPECT_FALSE(button->SetImage("/missing.tif"));
+  EXPECT_EQ(engine::FindGadget(dialog, 55)->image, picture);
+  EXPECT_TRUE(button->SetImage(picture));
+  EXPECT_EQ(watcher.seen, (std::vector<std::string>{"changed 55", "changed 55"}));
+}
+
+TEST(DialogLayout, IsWhatThePluginAskedFor) {
+  Furnished dialog;
+  ASSERT_TRUE(dialog.Open(0, 0, 0, 0, 0, 0, 0));
+  EXPECT_EQ(engine::DialogTitle(dialog), "Furnished");
+  std::ostringstream layout;
+  Print(engine::DialogRoot(dialog), layout);
+  const std::string real = std::to_string(host::FORMAT_REAL);
+  EXPECT_EQ(layout.str(),
+            "(0 0 0 0x0 ''\n(0 10 1 0x0 'Outer' 2 3 4 5 6 7 8 9\n(0 0 11 0x0 'Inner' "
+            "12 13 0 0 0 0 0 0\n(1 14 15 16x17 'Button')\n(2 18 19 20x21 "
+            "'Box')\n(3 22 23 24x25 'Text'))\n(4 26 27 28x29 '' off)\n(5 30 31 "
+            "32x33 '' 0 in -1.79769e+308..1.79769e+308 by 1 as " +
+                real + ")\n(5 34 35 36x37 '' 38.5 in -39..40 by 0.25 as " +
+                std::to_string(host::FORMAT_LONG) +
+                ")\n(6 41 42 43x44 '' 45=First 46=Second))\n(7 0 48 0x47 '')\n(8 49 "
+                "50 51x52 '')\n(9 55 56 57x58 'Picture' set 54))");
+  std::ostringstream menus;
+  Print(engine::DialogMenus(dialog), menus);
+  EXPECT_EQ(menus.str(), "File0[New60[]-0[]Recent0[One61offx[]]Save62[]]Edit0[]Help63[]");
+}
+
 }  // namespace

@@ -69,6 +69,8 @@ TEST_F(List, RemovingRowsClearsTheSelection) {
   EXPECT_TRUE(list_.SetItem(3, SampleDialog::NamedRow("last", false)));
   EXPECT_EQ(Text(), "  [ ] row\n  [ ] row\n  [ ] last\n")
       << "row numbers still lead to their lines";
+  list_.DataChanged();
+  EXPECT_EQ(Text(), "▸ [ ] row\n  [ ] row\n  [ ] last\n") << "one of that name was, before";
   engine::SelectLines(dialog_, sample::kList, {0});
   list_.RemoveAll();
   EXPECT_EQ(Selected(), 0);
@@ -125,6 +127,39 @@ TEST_F(List, WhatIsSelectedMeanwhileComesFirst) {
   Add(2, "b");
   list_.DataChanged();
   EXPECT_EQ(Text(), "  [ ] a\n  [ ] b\n") << "a row that is gone is not selected again";
+}
+
+// Among the rows of a rebuilt list, that text alone says which was selected.
+TEST_F(List, ARowIsNamedByTheTextBesideItsBox) {
+  constexpr host::LONG kBox = host::LV_COLUMN_CHECKBOX;
+  constexpr host::LONG kText = host::LV_COLUMN_TEXT;
+  const std::pair<std::vector<host::LONG>, host::LONG> rows[] = {{{kText, kBox, kText, kText}, 2},
+                                                                 {{kBox, kText, kText}, 1},
+                                                                 {{kBox, kText, kBox, kText}, 1},
+                                                                 {{kText, kText}, 0},
+                                                                 {{kText, kBox}, 0}};
+  for (const auto& [kinds, named] : rows) {
+    host::BaseContainer columns;
+    for (const host::LONG kind : kinds) columns.SetLong(columns.GetCount(), kind);
+    ASSERT_TRUE(list_.SetLayout(columns.GetCount(), columns));
+    const auto add = [&](host::LONG id, const char* name, const char* others) {
+      host::BaseContainer row;
+      for (host::LONG i = 0; i < columns.GetCount(); ++i)
+        row.SetString(i, i == named ? name : others);
+      list_.SetItem(id, row);
+    };
+    list_.RemoveAll();
+    add(0, "a", "one");
+    add(1, "b", "two");
+    engine::SelectLines(dialog_, sample::kList, {0});
+    list_.RemoveAll();
+    add(0, "b", "one");
+    add(1, "a", "two");
+    list_.DataChanged();
+    host::BaseSelect selection;
+    EXPECT_TRUE(list_.GetSelection(&selection));
+    EXPECT_TRUE(!selection.IsSelected(0) && selection.IsSelected(1)) << kinds.size();
+  }
 }
 
 TEST_F(List, OnlyExistingLinesCanBeSelected) {
