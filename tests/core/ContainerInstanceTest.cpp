@@ -13,6 +13,7 @@
 
 #include "engine/core/ContainerContents.h"
 #include "host/BaseContainer.h"
+#include "tests/support/CountedMemory.h"
 
 namespace {
 
@@ -397,16 +398,21 @@ class Workshop {
 
 class RandomOperations : public testing::TestWithParam<LONG> {};
 
-TEST_P(RandomOperations, AgreeWithDeepCopies) {
-  for (unsigned seed = 0; seed < 12; ++seed) {
-    Workshop workshop(seed, GetParam());
-    for (int step = 0; step < 1500; ++step) {
-      SCOPED_TRACE(testing::Message() << "seed " << seed << " step " << step);
-      workshop.Step();
-      if (step % 3 == 0) workshop.Check();
-      if (testing::Test::HasFatalFailure()) return;
-    }
+void Work(unsigned seed, LONG keys) {
+  Workshop workshop(seed, keys);
+  for (int step = 0; step < 1500; ++step) {
+    SCOPED_TRACE(testing::Message() << "seed " << seed << " step " << step);
+    workshop.Step();
+    if (step % 3 == 0) workshop.Check();
+    if (testing::Test::HasFatalFailure()) return;
   }
+}
+
+TEST_P(RandomOperations, AgreeWithDeepCopiesAndGiveAllMemoryBack) {
+  for (unsigned seed = 0; seed < 12; ++seed) Work(seed, GetParam());
+  const long before = tests::blocksHeld;
+  Work(11, GetParam());
+  EXPECT_EQ(tests::blocksHeld, before);
 }
 
 // Few keys: instances are met again and again. Many: containers of the long form.

@@ -9,7 +9,9 @@
 
 #include "engine/core/ContainerBody.h"
 #include "host/BaseContainer.h"
+#include "host/Filename.h"
 #include "tests/support/ContainerMemory.h"
+#include "tests/support/CountedOperators.h"
 
 namespace {
 
@@ -113,6 +115,12 @@ GeData AnyValue(std::mt19937& random) {
       return GeData(String(std::to_string(number).c_str()));
     case 2:
       return random() % 16 == 0 ? GeData(Numbered(number)) : GeData();
+    case 3:
+      return GeData(host::Vector(number == 1, number == 2, random() % 2 == 0));
+    case 4:
+      return GeData(host::BaseTime(number, 25));
+    case 5:
+      return GeData(host::Filename(String(std::to_string(number).c_str())));
     default:
       return GeData(number);
   }
@@ -154,6 +162,13 @@ void TryAtRandom(unsigned seed) {
 }
 
 TEST(Layout, HoldsWhatAPlainListHolds) { TryAtRandom(1); }
+
+TEST(Layout, ContainersGiveAllTheirMemoryBack) {
+  TryAtRandom(2);  // what is kept for the next one is there from now on
+  const long before = tests::blocksHeld;
+  TryAtRandom(2);
+  EXPECT_EQ(tests::blocksHeld, before);
+}
 
 // Keys that were shared on one thread are never changed by another one.
 TEST(Layout, ThreadsShareKeysWithoutSeeingEachOther) {

@@ -8,6 +8,7 @@
 #include "engine/core/LongBody.h"
 #include "host/BaseContainer.h"
 #include "tests/support/ContainerMemory.h"
+#include "tests/support/CountedMemory.h"
 
 namespace {
 
@@ -247,6 +248,45 @@ TEST(LongContainerLinks, RangesAreKnownWhereTheyHold) {
       EXPECT_EQ(ChunksWithRange(copy), row.known);
       EXPECT_EQ(ChunksWithRange(list), 4u);
     }
+  }
+}
+
+// Values that hold memory come into long containers and go out of them in every way.
+TEST(LongContainerMemory, IsGivenBackWithTheValues) {
+  const auto value = [](LONG i) {
+    const std::string text = std::to_string(i);
+    switch (i % 4) {
+      case 0:
+        return host::GeData(host::Vector(i, 1, 2));
+      case 1:
+        return host::GeData(text.c_str());
+      case 2:
+        return host::GeData(RecordOf(7, i));
+      default:
+        return host::GeData(host::BaseTime(i, 25));
+    }
+  };
+  const auto work = [&](LONG step) {
+    BaseContainer container;
+    for (LONG i = 0; i < 700; ++i) container.SetData(step * i, value(i));
+    const BaseContainer copy = container;
+    for (LONG i = 0; i < 700; i += 2) container.SetData(step * i, value(i + 2));
+    for (LONG i = 0; i < 700; i += 3) EXPECT_TRUE(container.RemoveData(step * i));
+    BaseContainer other = copy;
+    other.FlushAll();
+    other.MergeContainer(container);
+    container.FlushAll();
+    container.SetLong(1, 1);
+    other.GetContainerInstance(step * 4)->SetLong(1, 2);
+    for (LONG i = 0; i < 700; ++i) other.RemoveData(step * i);
+    EXPECT_EQ(other.GetCount(), 0);
+    EXPECT_EQ(copy.GetCount(), 700);
+  };
+  for (const LONG step : {1, 3, -1}) {
+    work(step);  // what is kept for the next one is there from now on
+    const long before = tests::blocksHeld;
+    work(step);
+    EXPECT_EQ(tests::blocksHeld, before) << step;
   }
 }
 

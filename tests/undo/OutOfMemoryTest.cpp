@@ -2,28 +2,13 @@
 // on working.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <new>
 
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/SceneDump.h"
 #include "engine/undo/Undo.h"
+#include "tests/support/CountedOperators.h"
 #include "tests/support/SceneBuilder.h"
-
-namespace {
-
-// Takings of memory until one fails, once; -1: none does.
-int takingsLeft = -1;
-
-}  // namespace
-
-[[gnu::noinline]] void* operator new(std::size_t bytes) {
-  if (takingsLeft >= 0 && takingsLeft-- == 0) throw std::bad_alloc();
-  if (void* memory = std::malloc(bytes > 0 ? bytes : 1)) return memory;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -58,13 +43,13 @@ int FailEverywhere(BaseDocument& doc, BaseObject* box, bool (*act)(BaseDocument&
   const std::string before = engine::DumpDocument(doc);
   for (int failures = 0; failures < 1000; ++failures) {
     bool failed = false;
-    takingsLeft = failures;
+    tests::takingsLeft = failures;
     try {
       EXPECT_TRUE(act(doc));
     } catch (const std::bad_alloc&) {
       failed = true;
     }
-    takingsLeft = -1;
+    tests::takingsLeft = -1;
     if (!failed) return failures;
     EXPECT_EQ(engine::DumpDifference(before, engine::DumpDocument(doc)), std::vector<std::string>())
         << "taking " << failures;
