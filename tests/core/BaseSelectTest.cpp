@@ -42,8 +42,12 @@ TEST(BaseSelect, AgreesWithASet) {
       select.Deselect(number);
       model.erase(number);
     }
-    for (host::LONG i = -1; i < 41; ++i)
+    host::LONG runs = 0;
+    for (host::LONG i = -1; i < 41; ++i) {
       ASSERT_EQ(select.IsSelected(i), model.count(i) == 1) << step;
+      if (model.count(i) == 1 && model.count(i - 1) == 0) ++runs;
+    }
+    ASSERT_EQ(select.GetSegments(), runs) << step;
     ASSERT_EQ(select.GetCount(), static_cast<host::LONG>(model.size()));
   }
 }
@@ -52,6 +56,12 @@ TEST(BaseSelect, HoldsTheEndsOfItsNumbers) {
   host::BaseSelect select;
   select.Select(std::numeric_limits<host::LONG>::max());
   select.Select(std::numeric_limits<host::LONG>::min());
+  EXPECT_EQ(select.GetSegments(), 2);
+  EXPECT_EQ(select.GetCount(), 2);
+  host::LONG first = 0;
+  host::LONG last = 0;
+  for (const host::LONG none : {-1, 2}) EXPECT_FALSE(select.GetRange(none, &first, &last));
+  select.SelectAll(5, 4);
   EXPECT_EQ(select.GetSegments(), 2);
   select.Deselect(std::numeric_limits<host::LONG>::max());
   EXPECT_EQ(select.GetSegments(), 1);

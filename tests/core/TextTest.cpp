@@ -115,6 +115,7 @@ TEST(Text, WritesRealsWithTheFewestDigitsThatReadBack) {
                                                            {0.1 + 0.2, "0.30000000000000004"},
                                                            {0, "0"},
                                                            {1e-7, "0.0000001"},
+                                                           {1e21, "1e+21"},
                                                            {1e22, "1e+22"},
                                                            {1e-9, "1e-09"},
                                                            {123456789.125, "123456789.125"}};
@@ -126,8 +127,11 @@ TEST(Text, WritesRealsInAForm) {
   EXPECT_EQ(host::RealToString(-3.5, 4, 1).ToUtf8(), "-0003.5");
   EXPECT_EQ(host::RealToString(-3.5, 4, 1, false, ' ').ToUtf8(), "   -3.5");
   EXPECT_EQ(host::RealToString(12, 2, 0).ToUtf8(), "12");
+  EXPECT_EQ(host::RealToString(-3.5, 4, 1, false, '\0').ToUtf8(), "-3.5");
+  EXPECT_EQ(host::RealToString(1e22, -1, 0).ToUtf8(), "10000000000000000000000");
   EXPECT_EQ(host::RealToString(1500, -1, 1, true).ToUtf8(), "1.5e+03");
-  EXPECT_FALSE(host::RealToString(1e308, 1000000, 1000000).ToUtf8().empty());
+  EXPECT_EQ(host::RealToString(-std::numeric_limits<Real>::infinity(), 9, 2).ToUtf8(), "-inf");
+  EXPECT_EQ(host::RealToString(1e308, 1000000, 1000000).GetLength(), 340 + 1 + 340);
 }
 
 TEST(Text, RealsReadBackTheSame) {
@@ -173,11 +177,25 @@ TEST(Text, ReadsTheLeadingNumber) {
                                    {"-1e400", -1, -kInfinity},
                                    {"1e-400", 1, 0},
                                    {"0.001e-99999999999999999999", 0, 0},
-                                   {"1e99999999999999999999", 1, kInfinity}};
+                                   {"1e99999999999999999999", 1, kInfinity},
+                                   {"1E+400", 1, kInfinity},
+                                   {"0.5e+400", 0, kInfinity},
+                                   {"1E-400 km", 1, 0}};
   for (const auto& [text, whole, real] : cases) {
     EXPECT_EQ(String(text).ToLong(), whole) << text;
     EXPECT_EQ(String(text).ToReal(), real) << text;
   }
+  // Digits and exponent together say how far away a number is.
+  const std::string zeros(400, '0');
+  const std::pair<std::string, Real> faraway[] = {{"1" + zeros, kInfinity},
+                                                  {"-1" + zeros + ".5", -kInfinity},
+                                                  {"1" + zeros + "e-50", kInfinity},
+                                                  {"1" + zeros + "e-800", 0},
+                                                  {"0." + zeros + "1", 0},
+                                                  {"0." + zeros + "1e+50", 0},
+                                                  {"0." + zeros + "1e800", kInfinity}};
+  for (const auto& [text, real] : faraway)
+    EXPECT_EQ(String(std::string_view(text)).ToReal(), real) << text;
   EXPECT_EQ(host::LongToString(kLeast).ToUtf8(), "-2147483648");
 }
 
@@ -226,6 +244,8 @@ TEST(FileName, ReplacesItsParts) {
   Filename name("/a/b.TIF");
   EXPECT_TRUE(name.CheckSuffix("tif"));
   EXPECT_FALSE(name.CheckSuffix("ti"));
+  EXPECT_TRUE(Filename("b.AZaz").CheckSuffix("azAZ"));
+  EXPECT_FALSE(Filename("b.@[").CheckSuffix("`{"));
   name.SetFile("c.png");
   EXPECT_EQ(name.GetString().ToUtf8(), "/a/c.png");
   name.SetDirectory("/d/e");
