@@ -30,6 +30,25 @@ TEST(Ledger, WrittenPathsFollowWhatBecameOfThem) {
   ASSERT_TRUE(files.RemoveFolder(scratch / "y"));
   ASSERT_TRUE(files.ReplaceFile(scratch / "yes", "3"));
   EXPECT_EQ(ledger.WrittenSince(mark), Paths({scratch / "copy", scratch / "yes"}));
+  // What failed changed nothing, and what went is written no more.
+  EXPECT_FALSE(files.Rename(scratch / "copy", scratch / "yes"));
+  EXPECT_FALSE(files.CopyFile(scratch / "copy", scratch / "yes", false));
+  EXPECT_FALSE(files.RemoveFolder(scratch / "yes"));
+  ASSERT_TRUE(files.RemoveFile(scratch / "copy"));
+  ASSERT_TRUE(files.ReplaceFile(scratch / "last", "4"));
+  EXPECT_EQ(ledger.WrittenSince(mark), Paths({scratch / "yes", scratch / "last"}));
+}
+
+TEST(Ledger, TellsNotesFromFailures) {
+  engine::Ledger ledger;
+  ledger.Add({Operation::ReplaceFile, "/a", "", true, "no note"});
+  ledger.AddNote("/a", "a note");
+  ledger.Add({Operation::Note, "/b", "", false, "a failure"});
+  EXPECT_EQ(ledger.NotesSince(0), Paths({"a note"}));
+  EXPECT_EQ(ledger.NotesSince(2), Paths());
+  ASSERT_EQ(ledger.FailuresSince(0).size(), 1U);
+  EXPECT_EQ(ledger.FailuresSince(0)[0].message, "a failure");
+  EXPECT_EQ(ledger.WrittenSince(0), Paths({"/a"}));
 }
 
 TEST(Ledger, AskingForWhatIsMissingIsNoFailure) {

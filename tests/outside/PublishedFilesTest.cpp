@@ -2,9 +2,11 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <future>
 
+#include "engine/outside/SystemServices.h"
 #include "engine/outside/Viewer.h"
 #include "host/Application.h"
 #include "host/Files.h"
@@ -74,6 +76,7 @@ TEST_F(PublishedFiles, BrowsingListsPlainFilesInNameOrder) {
   host::AutoAlloc<host::BrowseFiles> browser;
   for (int turn = 0; turn < 2; ++turn) {
     browser->Init(At(""), 0);
+    EXPECT_FALSE(browser->GetFilename().Content());
     std::string names;
     while (browser->GetNext()) names += browser->GetFilename().GetString().ToUtf8() + " ";
     EXPECT_EQ(names, "B.tif a.tif b.tif ");
@@ -112,6 +115,22 @@ TEST_F(PublishedFiles, PromptsStatusViewerAndClockGoToTheServices) {
   host::GeGetCurrentTime(time);
   EXPECT_EQ(time.year * 10000 + time.month * 100 + time.day, 20110203);
   EXPECT_EQ(time.hour * 10000 + time.minute * 100 + time.second, 40506);
+}
+
+TEST_F(PublishedFiles, TheSystemsClockIsThatOfTheSystem) {
+  const std::time_t before = std::time(nullptr);
+  const host::LocalFileTime now = engine::SystemClock().Now();
+  std::tm local{};
+  local.tm_year = now.year - 1900;
+  local.tm_mon = now.month - 1;
+  local.tm_mday = now.day;
+  local.tm_hour = now.hour;
+  local.tm_min = now.minute;
+  local.tm_sec = now.second;
+  local.tm_isdst = -1;
+  const std::time_t told = std::mktime(&local);
+  constexpr std::time_t kHour = 3600;  // which comes twice where clocks are put back
+  EXPECT_TRUE(told >= before - kHour && told <= std::time(nullptr) + kHour) << told - before;
 }
 
 // The system's own program for opening files is one of the test's, which fails.

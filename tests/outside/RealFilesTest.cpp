@@ -10,7 +10,9 @@
 #include <filesystem>
 #include <span>
 
+#include "engine/outside/AppendedFile.h"
 #include "engine/outside/FileLock.h"
+#include "engine/outside/FileParts.h"
 #include "engine/outside/SystemServices.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -146,6 +148,9 @@ TEST_F(RealFiles, ReplaceKeepsALinkAndTheRightsOfTheFile) {
   EXPECT_TRUE(fs::is_symlink(At("scene")));
   EXPECT_EQ(ReadText(At("store/scene")), "new");
   EXPECT_EQ(static_cast<int>(fs::status(At("store/scene")).permissions()), 0640);
+  fs::permissions(At("store/scene"), fs::perms(02751));
+  ASSERT_TRUE(files.ReplaceFile(At("scene"), "newer"));
+  EXPECT_EQ(static_cast<int>(fs::status(At("store/scene")).permissions()), 02751);
 }
 
 TEST_F(RealFiles, WriteProtectionIsRespected) {
@@ -187,7 +192,87 @@ TEST_F(RealFiles, PipesAndDevicesNeverHang) {
   EXPECT_EQ(Here(), "link pipe");
 }
 
+TEST_F(RealFiles, AStampTellsOneStateOfAFileFromOthers) {
+  WriteText(At("a"), "12345");
+  const timespec times[] = {{5, 6}, {1234567890, 123456789}};
+  ASSERT_EQ(utimensat(AT_FDCWD, At("a").c_str(), times, 0), 0);
+  struct stat info;
+  ASSERT_EQ(stat(At("a").c_str(), &info), 0);
+  const engine::FileStamp stamp = files.Stamp(At("a"));
+  EXPECT_EQ(stamp.size, 5U);
+  EXPECT_EQ(stamp.changed, 1234567890123456789);
+  EXPECT_EQ(stamp.touched / 1000000000, info.st_ctim.tv_sec);
+  EXPECT_EQ(stamp.touched % 1000000000, info.st_ctim.tv_nsec);
+  EXPECT_EQ(stamp.device, info.st_dev);
+  EXPECT_EQ(stamp.number, info.st_ino);
+  for (const char* none : {"missing", "a/b"}) EXPECT_EQ(files.Stamp(At(none)).number, 0U);
+}
+
+TEST_F(RealFiles, SpaceIsThatOfTheDiskWhereAFileWouldBe) {
+  const auto here = files.Space(scratch.Path());
+  const auto below = files.Space(At("not/yet/there"));
+  ASSERT_TRUE(here && below);
+  const auto all = fs::space(scratch.Path());
+  EXPECT_GE(here->block, 512U);
+  EXPECT_EQ(below->block, here->block);
+  for (const auto& space : {*here, *below}) {
+    EXPECT_GT(space.free, all.available / 4) << "others write meanwhile";
+    EXPECT_LE(space.free, all.capacity);
+  }
+  EXPECT_FALSE(files.Space("/proc/self")) << "no disk";
+  EXPECT_FALSE(files.Space("relative"));
+}
+
+TEST_F(RealFiles, PartsOfAFileEndWithIt) {
+  using engine::FileParts;
+  EXPECT_FALSE(FileParts::Open(At("missing")));
+  WriteText(At("a"), "0123456789");
+  const auto parts = FileParts::Open(At("a"));
+  ASSERT_TRUE(parts);
+  const struct {
+    std::uint64_t offset;
+    std::uint64_t length;
+    const char* bytes;  // null: there are not as many
+  } rows[] = {{0, 10, "0123456789"}, {3, 4, "3456"},   {9, 1, "9"},      {10, 0, ""},
+              {10, 1, nullptr},      {0, 11, nullptr}, {11, 0, nullptr}, {5, UINT64_MAX, nullptr}};
+  for (const auto& row : rows) {
+    const auto read = parts.Value().Read(row.offset, row.length);
+    EXPECT_EQ(read.Message(), row.bytes ? "" : "The file is shorter than that.")
+        << row.offset << " " << row.length;
+    EXPECT_EQ(read ? read.Value() : "", row.bytes ? row.bytes : "");
+  }
+  WriteText(At("a"), "01234");
+  EXPECT_EQ(parts.Value().Read(3, 4).Message(), "The file became shorter.");
+}
+
+TEST_F(RealFiles, LinesAreAppendedWholeOrNotAtAll) {
+  const auto append = [&](const char* name, std::string_view line) {
+    auto file = engine::AppendedFile::Open(files, At(name));
+    return file ? file.Value().Append(line) : file.GetStatus();
+  };
+  EXPECT_TRUE(append("new", "one") && append("new", "two"));
+  EXPECT_EQ(ReadText(At("new")), "one\ntwo\n");
+  WriteText(At("cut"), "a line that was cut");
+  EXPECT_TRUE(append("cut", "next"));
+  EXPECT_EQ(ReadText(At("cut")), "a line that was cut\nnext\n");
+  {
+    const FullDisk full(12);
+    EXPECT_EQ(append("new", "three and more").Message(),
+              "Cannot write \"" + At("new") + "\": No space left on device.");
+  }
+  EXPECT_EQ(ReadText(At("new")), "one\ntwo\n");
+  fs::create_directory(At("folder"));
+  EXPECT_FALSE(append("folder", "x"));
+  EXPECT_FALSE(append("../x", "x"));
+}
+
 TEST_F(RealFiles, CopyTakesTheContentAndReplacesOnlyWhenToldTo) {
+  std::string large;
+  for (int i = 0; i < 120000; ++i) large += std::to_string(i);
+  WriteText(At("a"), large);
+  EXPECT_TRUE(files.CopyFile(At("a"), At("b"), false));
+  EXPECT_TRUE(ReadText(At("b")) == large);
+  fs::remove(At("b"));
   WriteText(At("a"), "content");
   EXPECT_TRUE(files.CopyFile(At("a"), At("b"), false));
   WriteText(At("b"), "other");
@@ -388,9 +473,14 @@ TEST_F(RealFiles, ALockIsOnTheFileThatThePathLeadsTo) {
     EXPECT_TRUE(lock.Value()->Covers(At("a")));
     EXPECT_FALSE(mayBeTaken("a"));
     EXPECT_FALSE(FileLock::Take(At("a"), std::chrono::milliseconds(0)));
-    EXPECT_EQ(
-        FileLock::Take(At("a"), std::chrono::hours(1), [](double) { return false; }).Message(),
-        "Did not change \"" + At("a") + "\": the waiting was stopped.");
+    double waited = -1;
+    const auto stop = [&](double share) {
+      waited = share;
+      return false;
+    };
+    EXPECT_EQ(FileLock::Take(At("a"), std::chrono::hours(100000), stop).Message(),
+              "Did not change \"" + At("a") + "\": the waiting was stopped.");
+    EXPECT_TRUE(waited >= 0 && waited < 1e-3) << waited << " of eleven years";
     ASSERT_TRUE(files.ReplaceFile(At("a"), "b"));
     EXPECT_FALSE(lock.Value()->Covers(At("a")));
     EXPECT_TRUE(mayBeTaken("link")) << "the new file is nobody's";

@@ -1,6 +1,8 @@
 #include "engine/outside/UserFolders.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <optional>
@@ -44,6 +46,17 @@ TEST(UserFolders, FollowTheEnvironmentOrTheStandard) {
     }
     const Variable variable(one.variable, "/elsewhere");
     EXPECT_EQ(FindUserFolders().*one.folder, "/elsewhere/stagemarks");
+  }
+}
+
+// Where the environment says nothing the system's list of users does.
+TEST(UserFolders, AreThereWithoutAnEnvironment) {
+  const Variable config("XDG_CONFIG_HOME", nullptr);
+  const passwd* const user = getpwuid(getuid());
+  if (user == nullptr || user->pw_dir[0] != '/') GTEST_SKIP() << "a user without a home";
+  for (const char* unfit : {static_cast<const char*>(nullptr), "", "relative"}) {
+    const Variable home("HOME", unfit);
+    EXPECT_EQ(FindUserFolders().config, std::string(user->pw_dir) + "/.config/stagemarks");
   }
 }
 
