@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "engine/undo/MoveNodes.h"
 #include "engine/undo/Undo.h"
 #include "host/Parameters.h"
 #include "tests/support/SceneBuilder.h"
@@ -136,6 +137,34 @@ const Difference kCases[] = {
      "object \"Ball\" editor off -> on\nobject \"Ball\" render on -> off\n"
      "tag \"Style\" of \"Box\" 9 container 0 of 1 -> another container 0 of 1\n"
      "tag \"Style\" of \"Box\" 10 1 -> container 0 of 1\n"},
+    {"the rest of an object",
+     [](StyledScene& s) {
+       s.Changing(s.GetObject("Box"));
+       s.At("Box", 1, 2, 3).OnLayer("Box", "L");
+       s.GetObject("Box")->GetDataInstance()->RemoveData(host::PRIM_SIZE);
+       s.GetObject("Box")->SetName("Crate");
+     },
+     "10000",
+     "object \"Crate\" name \"Box\" -> \"Crate\"\nobject \"Crate\" layer none -> \"L\"\n"
+     "object \"Crate\" 1100 (200, 200, 200) -> nothing\nobject \"Crate\" shape as they were -> "
+     "others\n"},
+    {"the rest of a layer",
+     [](StyledScene& s) {
+       s.Changing(s.GetLayer("L"));
+       s.GetLayer("L")->SetLayerData(&s.Doc(), {true, false, false, false, true, false, false,
+                                                false, false, host::Vector(1, 0, 0)});
+     },
+     "00100",
+     "layer \"L\" solo off -> on\nlayer \"L\" view on -> off\nlayer \"L\" render on -> off\n"
+     "layer \"L\" manager on -> off\nlayer \"L\" locked off -> on\nlayer \"L\" generators on -> "
+     "off\nlayer \"L\" deformers on -> off\nlayer \"L\" expressions on -> off\nlayer \"L\" "
+     "animation on -> off\nlayer \"L\" color (0.5, 0.5, 0.5) -> (1, 0, 0)\n"},
+    {"a material",
+     [](StyledScene& s) {
+       s.Changing(s.GetMaterial("Red"));
+       s.GetMaterial("Red")->GetDataInstance()->SetLong(7, 7);
+     },
+     "00001", "\"Red\" 7 nothing -> 7\n"},
     {"the camera", [](StyledScene& s) { s.LookThrough("Cam"); }, "00000C",
      "scene camera none -> \"Cam\"\n"},
 };
@@ -154,6 +183,39 @@ TEST(StepDifference, SaysWhatIsNotAsItWas) {
   }
 }
 
+TEST(StepDifference, EffectsAreComparedWithAllThatTheyHold) {
+  using host::RenderData;
+  const std::function<void(RenderData&)> rows[] = {
+      [](RenderData& s) { s.InsertVideoPost(host::BaseVideoPost::Alloc(2)); },
+      [](RenderData& s) { s.InsertMultipass(host::MultipassObject::Alloc(3)); },
+      [](RenderData& s) { s.GetFirstVideoPost()->Remove(); },
+      [](RenderData& s) { s.GetFirstVideoPost()->SetName("Other"); },
+      [](RenderData& s) { s.GetFirstVideoPost()->GetDataInstance()->SetLong(1, 1); },
+      [](RenderData& s) { s.GetFirstVideoPost()->InsertShader(host::BaseShader::Alloc(4)); },
+      [](RenderData& s) {
+        s.GetFirstVideoPost()->Remove();
+        s.InsertVideoPost(host::BaseVideoPost::Alloc(9));
+      }};
+  for (const auto& change : rows) {
+    SCOPED_TRACE(&change - rows);
+    StyledScene scene;
+    const engine::UndoScope scope(scene.Doc(), "Difference");
+    scene.Changing(scene.GetSettings("HD"));
+    EXPECT_TRUE(scope.Difference(10)->IsEmpty());
+    change(*scene.GetSettings("HD"));
+    EXPECT_EQ(Joined(scope.Difference(10)->lines),
+              "render settings \"HD\" effects and passes as they were -> others\n");
+  }
+}
+
+TEST(StepDifference, WhatMovedCountsAmongTheOthers) {
+  StyledScene scene;
+  const engine::UndoScope scope(scene.Doc(), "Difference");
+  EXPECT_TRUE(
+      engine::MoveNodes(scene.Doc(), {scene.GetObject("Box")}, scene.GetObject("Ball"), nullptr));
+  EXPECT_EQ(Summary(*scope.Difference(10)), "00001");
+}
+
 TEST(StepDifference, CountsAllDescribesSomeAndStops) {
   StyledScene scene;
   const engine::UndoScope scope(scene.Doc(), "Difference");
@@ -164,6 +226,7 @@ TEST(StepDifference, CountsAllDescribesSomeAndStops) {
   EXPECT_EQ(Joined(scope.Difference(1)->lines), "object \"Cam\" render default -> off\n");
   EXPECT_EQ(scope.Difference(1)->objects, 3U);
   EXPECT_FALSE(scope.Difference(1, [](double) { return false; }));
+  EXPECT_TRUE(scope.Difference(1, [](double share) { return share == 0; }));
 }
 
 }  // namespace
