@@ -1,7 +1,9 @@
 // Copies: whole documents, single elements, and contents written over another element.
 #include <gtest/gtest.h>
 
+#include "engine/scene/DeletedStates.h"
 #include "engine/scene/DocumentState.h"
+#include "engine/scene/EditorView.h"
 #include "engine/scene/Mesh.h"
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/Ownership.h"
@@ -63,6 +65,72 @@ struct FullScene : SceneBuilder {
 
 engine::OwnedDocument CopyOf(BaseDocument& doc, host::LONG flags) {
   return engine::OwnedDocument(static_cast<BaseDocument*>(doc.GetClone(flags, nullptr)));
+}
+
+// What is selected, in the order of selecting, and what is active.
+std::string Looks(const BaseDocument& doc) {
+  std::string text;
+  for (const host::BaseList2D* one : engine::SelectedInOrder(doc))
+    text += one->GetName().ToUtf8() + " ";
+  const host::BaseTag* tag = engine::ActiveTagOf(doc);
+  const BaseObject* camera = doc.GetRenderBaseDraw()->GetSceneCamera(&doc);
+  return text + "| " + doc.GetActiveObject()->GetName().ToUtf8() + " " +
+         (tag ? tag->GetName().ToUtf8() + " " : "") +
+         doc.GetActiveRenderData()->GetName().ToUtf8() + " " + camera->GetName().ToUtf8();
+}
+
+TEST(Copy, DocumentLooksAsTheOriginalDoes) {
+  FullScene scene;
+  BaseDocument& doc = scene.Doc();
+  for (host::BaseTag* tag :
+       {scene.GetTag("Room/Box", host::Ttexture), scene.GetTag("Room", host::Tcompositing)})
+    doc.SetActiveTag(tag, host::SELECTION_ADD);
+  engine::EditorView view;
+  view.aspect = 1.5;
+  engine::SetEditorView(doc, view);
+  EXPECT_EQ(Looks(doc), "Box Room Texture Compositing | Room Compositing HD Cam");
+  for (const bool isChanged : {true, false}) {
+    if (!isChanged) engine::ClearChanged(doc);
+    for (const host::LONG flags : {host::COPY_DOCUMENT, 0}) {
+      const engine::OwnedDocument copy = CopyOf(doc, flags);
+      EXPECT_EQ(Looks(*copy), Looks(doc));
+      EXPECT_EQ(copy->GetChanged(), isChanged);
+      EXPECT_EQ(copy->GetFps(), 25);
+      EXPECT_EQ(engine::EditorViewOf(*copy)->aspect, 1.5);
+      EXPECT_EQ(engine::NodeCount(*copy), engine::NodeCount(doc));
+      EXPECT_NE(engine::NumberOf(*copy), engine::NumberOf(doc));
+      EXPECT_EQ(engine::FindNode(copy.get(), engine::IdOf(*copy)), copy.get());
+      EXPECT_EQ(engine::IdOf(*copy) == engine::IdOf(doc), flags != 0);
+    }
+  }
+}
+
+// A deleted state is packed into a scene of its own.
+TEST(Copy, PartsOfAStateComeOutOfItsSceneAsTheyWentIn) {
+  SceneBuilder scene;
+  scene.Settings("Kept", 640, 480);
+  engine::StateParts parts;
+  parts.record.SetLong(1, 1);
+  parts.entry.SetLong(2, 2);
+  for (const bool isWhole : {false, true}) {
+    if (isWhole) parts.settings = scene.GetSettings("Kept");
+    if (isWhole) parts.preview = std::make_shared<const std::string>("picture");
+    const engine::OwnedDocument packed = engine::SceneOfState(parts);
+    const engine::StateParts out = engine::PartsOfScene(*packed);
+    EXPECT_EQ(out.record, parts.record);
+    EXPECT_EQ(out.entry, parts.entry);
+    EXPECT_EQ(out.preview, parts.preview);
+    ASSERT_EQ(out.settings != nullptr, isWhole);
+    if (!isWhole) continue;
+    EXPECT_EQ(out.settings->GetName(), "Kept");
+    EXPECT_EQ(engine::IdOf(*out.settings), engine::IdOf(*parts.settings));
+    EXPECT_EQ(out.settings->GetNext(), nullptr) << "no others beside them";
+    engine::InsertCopy(scene.Doc(), *out.settings);
+    RenderData* second = scene.Doc().GetFirstRenderData()->GetNext();
+    EXPECT_EQ(second->GetName(), "Kept");
+    EXPECT_NE(engine::IdOf(*second), engine::IdOf(*out.settings)) << "which is not free here";
+  }
+  EXPECT_TRUE(engine::DeletedStatesOf(scene.Doc()).empty());
 }
 
 TEST(Copy, DocumentKeepsEverythingButUndo) {

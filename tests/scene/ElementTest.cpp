@@ -80,9 +80,10 @@ TEST(Element, StartsWithTheseParameters) {
        "{1001 0, 1002 real 0.9272934315845873, 1003 real 0, 1004 real 1000, 1005 real 1, 1006 real "
        "0}"},
       {NodeKind::Object, host::Olight,
-       "{90001 0, 90002 type 23, 90003 real 1, 90004 0, 90005 real 0.5235987755982988, 90006 real "
+       "{90001 0, 90002 (1, 1, 1), 90003 real 1, 90004 0, 90005 real 0.5235987755982988, 90006 "
+       "real "
        "0.7853981633974483, 90007 real 0}"},
-      {NodeKind::Object, host::Ocube, "{1100 type 23}"},
+      {NodeKind::Object, host::Ocube, "{1100 (200, 200, 200)}"},
       {NodeKind::Object, host::Osphere, "{1110 real 100, 1114 36}"},
       {NodeKind::Object, host::Ocone, "{1110 real 100, 1112 real 200, 1114 36}"},
       {NodeKind::Object, host::Otorus, "{1110 real 100, 1111 real 30, 1114 36}"},
@@ -90,14 +91,15 @@ TEST(Element, StartsWithTheseParameters) {
       {NodeKind::Object, host::Oplane, "{1112 real 400, 1113 real 400, 1114 36}"},
       {NodeKind::Object, host::Ocylinder, "{1110 real 50, 1112 real 200, 1114 36}"},
       {NodeKind::Material, host::Mmaterial,
-       "{2100 type 23, 2110 real 1, 2111 0, 2112 real 0.5, 2120 type 23, 2130 real 0.5, 2131 real "
+       "{2100 (0.8, 0.8, 0.8), 2110 real 1, 2111 0, 2112 real 0.5, 2120 (0, 0, 0), 2130 real 0.5, "
+       "2131 real "
        "0.5, 2132 real 0, 2150 1}"},
-      {NodeKind::TextureTag, host::Ttexture, "{1101 type 23, 1102 type 23}"},
+      {NodeKind::TextureTag, host::Ttexture, "{1101 (0, 0, 0), 1102 (1, 1, 0)}"},
       {NodeKind::Tag, host::Tcompositing,
        "{1000 1, 1001 1, 1002 1, 1003 1, 1017 1, 1004 1, 1005 0, 1006 3, 1007 16, 1016 real 0.1}"},
       {NodeKind::RenderSettings, host::Rbase,
        "{5008 1280, 5009 720, 5016 1, 5017 time 0, 5018 time 3, 5020 30, 5076 0, 5202 0, 5300 0}"},
-      {NodeKind::Shader, host::Xcolor, "{1000 type 23}"},
+      {NodeKind::Shader, host::Xcolor, "{1000 (1, 1, 1)}"},
   };
   for (const Case& c : cases) {
     host::BaseList2D* node = engine::MakeNode(c.kind, c.type);
@@ -196,6 +198,41 @@ TEST(Dump, ShowsWhatDiffers) {
                                              "+ object 1 \"Box\" tag 0 type 5616 material \"Red\""};
   EXPECT_EQ(engine::DumpDifference(before, engine::DumpState(scene.Doc())), expected);
   EXPECT_EQ(engine::DumpDifference(before, before), std::vector<std::string>());
+}
+
+// What a recording can hold, line by line.
+TEST(Dump, TellsTheWholeState) {
+  SceneBuilder scene;
+  host::LayerData dark;
+  dark.view = dark.deformers = false;
+  dark.solo = true;
+  scene.Object("A/B").Object("C").Material("Red").Layer("L/K", dark).Settings("S");
+  scene.Post("S", 42, false).Post("S", 43).Pass("S", 44, false).Active("S");
+  scene.Tag("A", host::Tphong).Tag("A", 1011012).Texture("A", "Red").Texture("C", "");
+  scene.Modes("A/B", host::MODE_ON, host::MODE_OFF, false);
+  scene.GetSettings("S")->SetData(BaseContainer(), false);
+  scene.GetSettings("S")->GetDataInstance()->SetLong(1, 1);
+  scene.GetSettings("S")->GetFirstVideoPost()->GetDataInstance()->SetReal(2, 0.5);
+  scene.GetTag("A", 1011012)->GetDataInstance()->SetLink(3, scene.GetObject("C"));
+  for (const char* path : {"A", "C"})
+    scene.GetTag(path, host::Ttexture)->SetData(BaseContainer(), false);
+  EXPECT_EQ(engine::DumpState(scene.Doc()),
+            "render settings \"S\"\n"
+            "render settings data 1 = 1\n"
+            "video post 42 off\n"
+            "video post 42 2 = real 0.5\n"
+            "video post 43 on\n"
+            "multi-pass 44 off\n"
+            "scene camera none\n"
+            "object 0 \"A\" modes 2 2 1\n"
+            "object 0 \"A\" tag 1 type 1011012\n"
+            "object 0 \"A\" tag 1 type 1011012 3 = link \"C\"\n"
+            "object 0 \"A\" tag 2 type 5616 material \"Red\"\n"
+            "object 1 \"B\" modes 0 1 0\n"
+            "object 2 \"C\" modes 2 2 1\n"
+            "object 2 \"C\" tag 0 type 5616 material none\n"
+            "layer 0 \"L\" flags 011101111\n"
+            "layer 1 \"K\" flags 101101011\n");
 }
 
 TEST(Dump, NamesLinksByTheirTargets) {

@@ -5,11 +5,13 @@
 #include <cstdint>
 #include <cstring>
 #include <map>
+#include <set>
 #include <unordered_map>
 
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/NodePool.h"
 #include "engine/scene/NodeTable.h"
+#include "engine/scene/SeededIds.h"
 
 namespace {
 
@@ -91,10 +93,62 @@ TEST(NodeIds, GiveUpARangeThatAFileUses) {
   EXPECT_EQ(ids.Next(), first + 1);
   ids.Seen(first);
   EXPECT_EQ(ids.Next(), first + 2) << "an identity given before changes nothing";
+  ids.Seen(first + 50 * engine::NodeIds::kRange);
+  EXPECT_EQ(ids.Next(), first + 3) << "nor does one of another range";
   ids.Seen(first + 100);
   const engine::NodeId other = ids.Next();
   EXPECT_NE(other / engine::NodeIds::kRange, first / engine::NodeIds::kRange);
   EXPECT_EQ(ids.Next(), other + 1);
+  // All of a range, and the one behind it.
+  for (engine::NodeId i = 2; i < engine::NodeIds::kRange; ++i) ids.Next();
+  const engine::NodeId next = ids.Next();
+  EXPECT_EQ(next % engine::NodeIds::kRange, 0u);
+}
+
+// Where chance brings the same ranges again, as a seed does, those that are in use are left out.
+TEST(NodeIds, NoRangeIsGivenTwice) {
+  constexpr std::uint64_t kSeed = 7;
+  const auto range = [](engine::NodeIds& ids) { return ids.Next() / engine::NodeIds::kRange; };
+  engine::NodeIds ids[3];
+  engine::NodeId drawn[2];
+  {
+    const engine::SeededIds seeded(kSeed);
+    for (engine::NodeId& one : drawn) {
+      one = range(ids[0]);
+      ids[0].Seen(one * engine::NodeIds::kRange + 1000);
+    }
+    EXPECT_NE(drawn[0], drawn[1]);
+  }
+  {
+    const engine::SeededIds seeded(kSeed);
+    EXPECT_EQ(range(ids[1]), drawn[0]) << "the same in another process";
+  }
+  {
+    const engine::SeededIds seeded(kSeed);
+    ids[2].Seen(drawn[0] * engine::NodeIds::kRange + 5);
+    EXPECT_EQ(range(ids[2]), drawn[1]) << "a file has brought the first one";
+  }
+  // A scope's identities are in ranges of their own, before, between and behind inner ones.
+  std::set<engine::NodeId> ranges = {range(engine::NodeIds::Instance())};
+  {
+    const engine::SeededIds outer(1234);
+    ranges.insert(range(engine::NodeIds::Instance()));
+    {
+      const engine::SeededIds inner(5678);
+      ranges.insert(range(engine::NodeIds::Instance()));
+    }
+    ranges.insert(range(engine::NodeIds::Instance()));
+  }
+  ranges.insert(range(engine::NodeIds::Instance()));
+  EXPECT_EQ(ranges.size(), 5u);
+  // Identities are positive, also for whoever takes them for signed numbers.
+  for (std::uint64_t seed = 0; seed < 100; ++seed) {
+    const engine::SeededIds seeded(seed);
+    engine::NodeIds fresh;
+    EXPECT_LT(fresh.Next() - 1, engine::NodeId{1} << 63);
+    engine::NodeIds chance;
+    EXPECT_LT(chance.Next() - 1, engine::NodeId{1} << 63);
+  }
 }
 
 }  // namespace

@@ -109,6 +109,7 @@ TEST(Tree, TagsShadersAndExpressionNodesKeepTheirOrder) {
   EXPECT_EQ(root->GetUp(), nullptr);
   host::GvNode* node = master->CreateNode(root, 400001);
   EXPECT_EQ(root->GetDown(), node);
+  EXPECT_EQ(master->CreateNode(root, 400002)->GetPred(), node);
   EXPECT_EQ(master->CreateNode(nullptr, 400001), nullptr);
   root->Remove();
   EXPECT_EQ(master->GetRoot(), root) << "an expression is never without its root";
@@ -124,6 +125,14 @@ TEST(Tree, ChainsDocuments) {
   EXPECT_EQ(docs[0]->GetNext(), docs[2].get());
   EXPECT_EQ(docs[2]->GetPred(), docs[0].get());
   EXPECT_EQ(docs[1]->GetNext(), nullptr);
+  engine::ChainDocument(*docs[1], docs[0].get());
+  EXPECT_EQ(docs[0]->GetNext(), docs[1].get());
+  EXPECT_EQ(docs[1]->GetPred(), docs[0].get());
+  EXPECT_EQ(docs[1]->GetNext(), docs[2].get());
+  EXPECT_EQ(docs[2]->GetPred(), docs[1].get());
+  engine::ChainDocument(*docs[1], docs[1].get());
+  EXPECT_EQ(docs[1]->GetNext(), nullptr) << "one behind itself is in no chain";
+  EXPECT_EQ(docs[0]->GetNext(), docs[2].get());
   engine::UnchainDocument(*docs[0]);
 }
 
@@ -147,6 +156,40 @@ TEST(Tree, MakesNamesUniqueWhenAsked) {
   for (int i = 0; i < 3; ++i)
     scene.Doc().InsertObject(BaseObject::Alloc(host::Ocube), nullptr, nullptr, true);
   EXPECT_EQ(Shape(scene), "Cube.2 Cube.1 Cube");
+  BaseObject* one = scene.GetObject("Cube.1");
+  BaseObject::Free(one);
+  scene.Doc().InsertObject(BaseObject::Alloc(host::Ocube), scene.GetObject("Cube"), nullptr, true);
+  EXPECT_EQ(Shape(scene), "Cube.2 Cube(Cube.1)") << "gaps are filled, names below count, too";
+  scene.Doc().InsertObject(scene.GetObject("Cube.2"), nullptr, scene.GetObject("Cube"), true);
+  EXPECT_EQ(Shape(scene), "Cube(Cube.1) Cube.2") << "its own name is in nobody's way";
+  scene.Material("M");
+  for (const bool checks : {true, false}) {
+    auto* material = host::BaseMaterial::Alloc(host::Mmaterial);
+    material->SetName("M");
+    scene.Doc().InsertMaterial(material, nullptr, checks);
+    EXPECT_EQ(material->GetName(), checks ? "M.1" : "M");
+  }
+}
+
+TEST(Tree, WhereThereIsNoPlaceNothingMoves) {
+  SceneBuilder scene;
+  scene.Object("A").Object("B");
+  BaseObject* a = scene.GetObject("A");
+  BaseObject* loose = NewObject("loose");
+  a->InsertAfter(nullptr);
+  a->InsertAfter(loose);
+  a->InsertUnder(nullptr);
+  a->InsertUnderLast(nullptr);
+  SceneBuilder other;
+  other.Object("Far");
+  scene.Doc().InsertObject(a, other.GetObject("Far"), nullptr);
+  scene.Doc().AppendObject(a, other.GetObject("Far"));
+  scene.Doc().InsertObject(nullptr, nullptr, nullptr, true);
+  EXPECT_EQ(Shape(scene), "A B");
+  EXPECT_EQ(a->GetTag(host::Tphong), nullptr);
+  BaseObject::Free(loose);
+  const host::AtomArray none;
+  for (const host::LONG index : {-1, 0}) EXPECT_EQ(none.GetIndex(index), nullptr);
 }
 
 TEST(Tree, WorldFrameFollowsTheParents) {

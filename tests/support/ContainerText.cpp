@@ -2,6 +2,7 @@
 
 #include "engine/core/ContainerContents.h"
 #include "engine/scene/NodeTypes.h"
+#include "engine/scene/ValueText.h"
 
 namespace tests {
 
@@ -32,6 +33,8 @@ std::string ValueText(const host::GeData& value, const host::BaseDocument* doc) 
       return ContainerText(value.GetContainer(), doc);
     case host::DA_ALIASLINK:
       return LinkText(value, doc);
+    case host::DA_VECTOR:
+      return engine::VectorText(value.GetVector());
     case host::DA_TIME:
       return "time " + host::RealToString(value.GetTime().Get()).ToUtf8();
     default:
