@@ -4,6 +4,7 @@
 
 #include <map>
 
+#include "engine/application/ProgramPlaces.h"
 #include "engine/dialog/Dialogs.h"
 #include "host/Host.h"
 #include "tests/application/Stage.h"
@@ -161,6 +162,19 @@ TEST_F(Plugins, CodeThatAnotherUserMayChangeIsNotRun) {
     ASSERT_EQ(::removexattr(path.c_str(), "system.posix_acl_access"), 0);
     std::filesystem::permissions(path, std::filesystem::perms(0755));
   }
+  // A group counts where others may be in it.
+  if (::chown(path.c_str(), kNoId, kSomebody) == 0) {
+    for (const auto& [rights, outcome] :
+         {std::pair{0755, LoadOutcome::Loaded}, std::pair{0775, LoadOutcome::Untrusted}}) {
+      std::filesystem::permissions(path, std::filesystem::perms(rights));
+      EXPECT_EQ(application->LoadPlugin(path).outcome, outcome) << rights;
+      application->UnloadPlugins();
+    }
+    ASSERT_EQ(::chown(path.c_str(), kNoId, 0), 0);
+    EXPECT_EQ(application->LoadPlugin(path).outcome, LoadOutcome::Loaded) << "the system's";
+    application->UnloadPlugins();
+    std::filesystem::permissions(path, std::filesystem::perms(0755));
+  }
   // Only the system gives files away.
   for (const std::string& place : {path, At("plugins/Good"), At("plugins")}) {
     if (::chown(place.c_str(), kSomebody, kNoId) != 0) continue;
@@ -218,6 +232,20 @@ TEST_F(Plugins, RegistrationsCountInsidePluginStartOnly) {
   EXPECT_TRUE(application->Commands().empty());
 }
 
+TEST_F(Plugins, LieWhereTheEnvironmentSays) {
+  const std::string usual = engine::PluginFolder();
+  EXPECT_TRUE(usual.ends_with("/plugins")) << usual;
+  const std::pair<const char*, std::string> rows[] = {{"", usual},
+                                                      {"/some/./where//else", "/some/where/else"},
+                                                      {"relative/./folder", "relative/./folder"}};
+  for (const auto& [chosen, folder] : rows) {
+    ::setenv("STAGEMARKS_PLUGINS", chosen, 1);
+    EXPECT_EQ(engine::PluginFolder(), folder) << chosen;
+  }
+  ::unsetenv("STAGEMARKS_PLUGINS");
+  EXPECT_TRUE(std::filesystem::exists(engine::SampleScene())) << engine::SampleScene();
+}
+
 TEST_F(Plugins, OutsideAPluginThePathIsTheProgramsFolder) {
   const std::string program = std::filesystem::read_symlink("/proc/self/exe").parent_path();
   EXPECT_EQ(host::GeGetPluginPath().GetString().ToUtf8(), program);
@@ -242,6 +270,9 @@ TEST_F(Plugins, EventsAreDeliveredOnceAndNotInsideACommand) {
   application->DeliverEvents();
   EXPECT_EQ(Heard(), "core message 604\n");
   EXPECT_FALSE(application->ExecuteCommand(12345));
+  host::GetActiveDocument()->SetDocumentName("off");
+  EXPECT_FALSE(application->ExecuteCommand(test_plugins::kGoodCommand));
+  EXPECT_EQ(Heard(), "") << "a command that is off";
 }
 
 // Plug-ins are not to throw. Whoever catches what one has thrown goes on with an application that

@@ -147,6 +147,49 @@ TEST_F(Saving, TheVersionBeforeIsTheOneThatTheLastChangeReplaced) {
   EXPECT_NE(application->FormerVersionOf(At("s1.c4d")), "");
 }
 
+TEST_F(Saving, TheVersionBeforeIsKeptWhereThePersonWantsIt) {
+  using engine::FormerPlace;
+  fs::create_directory(At("folder"));
+  const std::string name = std::string(170, 'n') + ".c4d";
+  const std::string path = At("folder/" + name);
+  tests::WriteText(path, "first");
+  fs::create_symlink(path, At("link.c4d"));
+  BaseDocument* doc = New("shot");
+  const auto save = [&](const std::string& file) {
+    ASSERT_TRUE(application->SaveDocumentAs(*doc, file, {.replaceChanged = true}));
+    doc->SetFps(doc->GetFps() + 1);
+  };
+  EXPECT_EQ(application->PlaceOfFormerVersions(), FormerPlace::Hidden);
+  save(At("link.c4d"));
+  const std::string hidden = application->FormerVersionOf(path);
+  EXPECT_EQ(application->FormerVersionOf(At("link.c4d")), hidden);
+  EXPECT_EQ(tests::ReadText(hidden), "first");
+  const std::string begin = At("user/state/previous/") + std::string(150, 'n') + "-";
+  EXPECT_EQ(hidden.substr(0, begin.size()), begin);
+  EXPECT_EQ(hidden.size(), begin.size() + 16 + 4) << "a hash and the suffix";
+  ASSERT_TRUE(application->SetPlaceOfFormerVersions(FormerPlace::Beside));
+  EXPECT_EQ(application->PlaceOfFormerVersions(), FormerPlace::Beside);
+  EXPECT_EQ(application->FormerVersionOf(path), hidden) << "it was kept there before";
+  save(path);
+  EXPECT_EQ(application->FormerVersionOf(path), path + "~");
+  ASSERT_TRUE(application->SetPlaceOfFormerVersions(FormerPlace::Hidden));
+  EXPECT_EQ(application->FormerVersionOf(path), hidden);
+  ASSERT_TRUE(application->SetPlaceOfFormerVersions(FormerPlace::Nowhere));
+  const std::string both = tests::ReadText(hidden) + tests::ReadText(path + "~");
+  save(path);
+  EXPECT_EQ(tests::ReadText(hidden) + tests::ReadText(path + "~"), both);
+  save(At("folder/new.c4d"));
+  save(At("folder/new.c4d"));
+  EXPECT_EQ(application->FormerVersionOf(At("folder/new.c4d")), "");
+  // What no such place is counts as none that was chosen.
+  for (const host::LONG place : {-1, 0, 3, 9}) {
+    host::BaseContainer own;
+    own.SetLong(1, place);
+    ASSERT_TRUE(host::SetWorldPluginData(1, own, true));
+    EXPECT_EQ(application->PlaceOfFormerVersions(), FormerPlace::Hidden) << place;
+  }
+}
+
 TEST_F(Saving, AFileChangedBySomebodyElseIsNotReplacedWithoutAWord) {
   const std::string path = At("scene.c4d");
   BaseDocument* doc = New("shot");

@@ -43,6 +43,10 @@ class GoodCommand : public CommandData {
     Record("execute done");
     return open;
   }
+  LONG GetState(BaseDocument* doc) override {
+    const Bool isOff = doc != nullptr && doc->GetDocumentName().GetString() == String("off");
+    return isOff ? 2 : 1;
+  }
   Bool RestoreLayout(void* secret) override {
     Record("restore layout");
     return dialog_.RestoreLayout(test_plugins::kGoodCommand, 0, secret);
