@@ -1,6 +1,7 @@
 // Textures that came inside a file: their names, and how they get onto the disk when the scene is
 // saved.
 #include "engine/import/EmbeddedTextures.h"
+#include "engine/import/TextureCollection.h"
 
 #include <filesystem>
 
@@ -91,6 +92,60 @@ TEST_F(EmbeddedTextures, AnotherFileOfThatNameIsNeverReplaced) {
   EXPECT_EQ(Written("a-3.png"), "mine");
   EXPECT_EQ(TextureFiles(), (std::vector<std::string>{"a-2.png", "a-3.png"}));
   EXPECT_EQ(*engine::FindEmbeddedFile(Doc(), "a-3.png"), "mine");
+}
+
+// Pictures from elsewhere, each content once and nobody's file replaced; what lies below the scene,
+// within it, or nowhere, stays as it is named.
+TEST_F(EmbeddedTextures, PicturesFromElsewhereAreCollected) {
+  ScratchFolder art;
+  std::filesystem::create_directories(folder_ / "tex");
+  std::filesystem::create_directories(art / "more");
+  WriteText(folder_ / "tex/b.png", "somebody else's");
+  WriteText(folder_ / "tex/c.png", "c");
+  WriteText(folder_ / "near.png", "near");
+  AddTexture("d.png", "embedded");
+  struct Case {
+    std::string name;
+    const char* bytes;  // null: there is no such file
+    std::string copy;
+  };
+  const std::vector<Case> cases = {{art / "a.png", "a", folder_ / "tex/a.png"},
+                                   {art / "again.png", "a", folder_ / "tex/a.png"},
+                                   {art / "more/a.png", "another", folder_ / "tex/a-2.png"},
+                                   {art / "b.png", "b", folder_ / "tex/b-2.png"},
+                                   {art / "c.png", "c", folder_ / "tex/c.png"},
+                                   {art / "d.png", "d", folder_ / "tex/d-2.png"},
+                                   {art / "gone.png", nullptr, art / "gone.png"},
+                                   {folder_ / "near.png", "near", folder_ / "near.png"},
+                                   {"relative.png", nullptr, "relative.png"}};
+  std::vector<host::BaseShader*> shaders;
+  for (const Case& c : cases) {
+    if (c.bytes != nullptr) WriteText(c.name, c.bytes);
+    host::BaseMaterial* material = host::BaseMaterial::Alloc(host::Mmaterial);
+    shaders.push_back(host::BaseShader::Alloc(host::Xbitmap));
+    engine::SetBitmapFile(*shaders.back(), c.name);
+    material->InsertShader(shaders.back());
+    Doc().AppendMaterial(material);
+  }
+  services_.person.StopProgressAt(1);
+  EXPECT_NE(engine::CollectTextures(services_.Get(), Doc(), folder_.Path()).Message().find("stop"),
+            std::string::npos);
+  services_.person.StopProgressAt(0);
+  services_.files.BreakFrom(1, engine::Operation::ReplaceFile);
+  EXPECT_FALSE(engine::CollectTextures(services_.Get(), Doc(), folder_.Path()));
+  services_.files.Mend();
+  const auto copied = engine::CollectTextures(services_.Get(), Doc(), folder_.Path());
+  ASSERT_TRUE(copied) << copied.Message();
+  EXPECT_EQ(copied.Value(),
+            (std::vector<std::string>{folder_ / "tex/a.png", folder_ / "tex/a-2.png",
+                                      folder_ / "tex/b-2.png", folder_ / "tex/d-2.png"}));
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    EXPECT_EQ(engine::BitmapFileOf(*shaders[i]), cases[i].copy);
+    EXPECT_EQ(ReadText(cases[i].copy), cases[i].bytes ? cases[i].bytes : "(missing)");
+  }
+  EXPECT_EQ(Written("b.png"), "somebody else's");
+  services_.person.StopProgressAt(1);
+  EXPECT_TRUE(engine::CollectTextures(services_.Get(), Doc(), folder_.Path())) << "nothing is left";
 }
 
 TEST_F(EmbeddedTextures, NothingToWriteMakesNoFolder) {

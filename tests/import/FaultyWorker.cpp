@@ -89,6 +89,11 @@ int Behave(const std::string& how, const std::string& path, int output) {
   if (how == "control") writer.Write(FrameKind::Failure, "line\nline\x1b[31m");
   if (how == "garbage") writer.Write(FrameKind::Scene, "not a scene");
   if (how == "garbage" || how == "silent") writer.Write(FrameKind::Done, "");
+  if (how == "wordy") {
+    for (int i = 0; i < 1001; ++i) writer.Write(FrameKind::Note, std::string(1001, 'n'));
+    writer.Write(FrameKind::Note, "not kept");
+    ImportUnconfined(writer);
+  }
   if (how == "chatter") {
     for (int i = 0; writer.Write(FrameKind::Progress, std::to_string(i % 1000)); ++i)
       ::usleep(1000);

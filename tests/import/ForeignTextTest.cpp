@@ -51,12 +51,15 @@ TEST_F(ForeignText, NamesOfObjAreKeptHoweverTheyAreWritten) {
 }
 
 TEST_F(ForeignText, MaterialsThatNothingDescribesAreAsBrightAsNewOnes) {
-  WriteText(folder_ / "m.mtl", "newmtl there\nKd 0.6 0.6 0.6\n");
-  Import("m.obj", "mtllib m.mtl\n" + kObjTriangle + "there\nf 1 2 3\nusemtl gone\nf 3 2 1\n");
-  EXPECT_NEAR(Material("there")->GetDataInstance()->GetVector(host::MATERIAL_COLOR).x, 0.6, 1e-6);
-  EXPECT_EQ(Material("gone")->GetDataInstance()->GetVector(host::MATERIAL_COLOR),
-            host::Vector(0.8));
-  EXPECT_TRUE(HasNote("Materials that no .mtl file describes are plain gray: 1."));
+  for (const bool isWide : {false, true}) {
+    WriteText(folder_ / "m.mtl", isWide ? Utf16(u"newmtl there\nKd 0.6 0.6 0.6\n", true)
+                                        : "newmtl there\nKd 0.6 0.6 0.6\n");
+    Import("m.obj", "mtllib m.mtl\n" + kObjTriangle + "there\nf 1 2 3\nusemtl gone\nf 3 2 1\n");
+    EXPECT_NEAR(Material("there")->GetDataInstance()->GetVector(host::MATERIAL_COLOR).x, 0.6, 1e-6);
+    EXPECT_EQ(Material("gone")->GetDataInstance()->GetVector(host::MATERIAL_COLOR),
+              host::Vector(0.8));
+    EXPECT_TRUE(HasNote("Materials that no .mtl file describes are plain gray: 1."));
+  }
 }
 
 // A picture of opacity that is the picture of the color means the opacity in that.
@@ -80,11 +83,13 @@ const std::u16string kCollada =
     u"xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\"><asset>"
     u"<unit meter=\"0.01\"/><up_axis> Y_UP</up_axis></asset><library_lights>"
     u"<light id=\"l\" name=\"l\"><technique_common><point><color>\n\t 1 0.5 0.25</color></point>"
-    u"</technique_common></light></library_lights>"
+    u"</technique_common></light></library_lights><library_cameras><camera id=\"c\"><optics>"
+    u"<technique_common><orthographic><xmag> 2</xmag></orthographic></technique_common></optics>"
+    u"</camera></library_cameras>"
     u"<library_visual_scenes><visual_scene id=\"s\"><node id=\"The id\">"
     u"<translate sid=\"t\">  1 2 3"
     u"</translate><scale>0 3 1</scale><instance_light url=\"#l\"/></node><node id=\"b\" name=\"a>  "
-    u"b\"/>"
+    u"b\"><instance_camera url=\"#c\"/></node>"
     u"</visual_scene></library_visual_scenes><scene><instance_visual_scene url=\"#s\"/></scene>"
     u"</COLLADA>";
 
@@ -98,7 +103,9 @@ TEST_F(ForeignText, NumbersOfColladaMayStandBehindBlanks) {
     EXPECT_EQ(light->GetMl().v1, host::Vector(0)) << "an axis without a length has none";
     EXPECT_NEAR(light->GetMl().v2.y, 1, 1e-6);
     EXPECT_NEAR(light->GetDataInstance()->GetVector(host::LIGHT_COLOR).z, 0.25, 1e-6);
-    EXPECT_NE(Only("a>  b"), nullptr);
+    const host::BaseObject* camera = Only("a>  b");
+    ASSERT_NE(camera, nullptr);
+    EXPECT_NEAR(camera->GetDataInstance()->GetReal(host::CAMERA_WIDTH), 4, 1e-6);
   }
 }
 

@@ -2,6 +2,7 @@
 #include "engine/import/Frames.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <array>
@@ -63,6 +64,19 @@ TEST(Frames, LongContentsComeInPieces) {
   for (; const std::optional<Frame> frame = parser.Next(); ++frames) seen += frame->bytes;
   EXPECT_EQ(seen, much);
   EXPECT_EQ(frames, 3);
+}
+
+// Whoever writes hears that nobody listens, at once and from then on.
+TEST(Frames, AClosedPipeIsTold) {
+  const auto former = ::signal(SIGPIPE, SIG_IGN);
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::pipe(ends.data()), 0);
+  FrameWriter writer(ends[1]);
+  EXPECT_TRUE(writer.Write(FrameKind::Note, "heard"));
+  ::close(ends[0]);
+  for (const char* text : {"not heard", ""}) EXPECT_FALSE(writer.Write(FrameKind::Note, text));
+  ::close(ends[1]);
+  ::signal(SIGPIPE, former);
 }
 
 TEST(Frames, AnUnknownKindOrAnEndlessLengthIsDamage) {

@@ -1,7 +1,10 @@
 // Small glTF files that the test writes itself: every way in which a file can hold its numbers,
 // skins, materials and names, and what is said about those that cannot be read.
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <cmath>
-#include <nlohmann/json.hpp>
+#include <ctime>
 
 #include "engine/import/ImportedStates.h"
 #include "engine/scene/EmbeddedFiles.h"
@@ -9,83 +12,14 @@
 #include "engine/scene/NodeIds.h"
 #include "engine/scene/PictureParameters.h"
 #include "host/Parameters.h"
+#include "tests/import/GltfSource.h"
 #include "tests/import/ImportSession.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace tests {
 namespace {
 
-using Json = nlohmann::json;
 using Points = std::vector<std::array<float, 3>>;
-
-constexpr int kByte = 5120, kUnsignedByte = 5121, kShort = 5122, kUnsignedShort = 5123;
-constexpr int kUnsignedInt = 5125, kFloat = 5126;
-
-template <class T>
-std::string Packed(const std::vector<double>& numbers) {
-  std::string bytes;
-  for (const double number : numbers) {
-    const T value = static_cast<T>(number);
-    bytes.append(reinterpret_cast<const char*>(&value), sizeof(T));
-  }
-  return bytes;
-}
-
-std::string Packed(int kind, const std::vector<double>& numbers) {
-  switch (kind) {
-    case kByte:
-      return Packed<std::int8_t>(numbers);
-    case kUnsignedByte:
-      return Packed<std::uint8_t>(numbers);
-    case kShort:
-      return Packed<std::int16_t>(numbers);
-    case kUnsignedShort:
-      return Packed<std::uint16_t>(numbers);
-    case kUnsignedInt:
-      return Packed<std::uint32_t>(numbers);
-    default:
-      return Packed<float>(numbers);
-  }
-}
-
-// A file in the making: its JSON, and one buffer that lies beside it.
-struct Source {
-  Json json = {{"asset", {{"version", "2.0"}}},
-               {"scenes", {{{"nodes", {0}}}}},
-               {"nodes", {{{"name", "N"}, {"mesh", 0}}}},
-               {"bufferViews", Json::array()},
-               {"accessors", Json::array()}};
-  std::string bytes;
-
-  int View(const std::string& data, int stride = 0) {
-    Json view = {{"buffer", 0}, {"byteOffset", bytes.size()}, {"byteLength", data.size()}};
-    if (stride > 0) view["byteStride"] = stride;
-    json["bufferViews"].push_back(view);
-    bytes += data;
-    return static_cast<int>(json["bufferViews"].size()) - 1;
-  }
-  int Accessor(int kind, const char* type, int count, int view, bool isNormalized = false) {
-    json["accessors"].push_back({{"componentType", kind},
-                                 {"type", type},
-                                 {"count", count},
-                                 {"bufferView", view},
-                                 {"normalized", isNormalized}});
-    return static_cast<int>(json["accessors"].size()) - 1;
-  }
-  int Numbers(int kind, const char* type, int count, const std::vector<double>& numbers,
-              bool isNormalized = false) {
-    return Accessor(kind, type, count, View(Packed(kind, numbers)), isNormalized);
-  }
-  // A mesh of one part with these points, three numbers each.
-  Json& Mesh(const std::vector<double>& points) {
-    const int position = Numbers(kFloat, "VEC3", static_cast<int>(points.size() / 3), points);
-    json["meshes"].push_back({{"primitives", {{{"attributes", {{"POSITION", position}}}}}}});
-    return json["meshes"].back()["primitives"][0];
-  }
-};
-
-// A triangle whose corners are told apart by their places.
-const std::vector<double> kTriangle = {0, 0, 0, 1, 0, 0, 0, 1, 0};
 
 class GltfReader : public ImportSession {
  protected:
@@ -383,9 +317,14 @@ TEST_F(GltfReader, StatesComeWithWhatTheyShowAndHide) {
   EXPECT_TRUE(HasNote("States beyond the first ones are left out: 1."));
   source.json["extras"]["stagemarks"]["states"] = {
       {{"name", 7}, {"date", "yesterday"}, {"variant", 1000}, {"camera", 0}, {"size", {-1, "x"}}},
-      {{"variant", 4000}, {"hidden", {0, 17, "x", nullptr}}},
+      {{"variant", 4000}, {"date", "2025-02-03T04:05"}, {"hidden", {0, 17, "x", nullptr}}},
       "no state"};
-  Import(source);
+  const std::string path = Write(source);
+  std::tm local{7, 6, 5, 4, 2, 121, 0, 0, -1, 0, nullptr};
+  const timespec changed{std::mktime(&local), 0};
+  const timespec times[] = {changed, changed};
+  ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+  Open(path);
   const engine::ImportedStates kept = engine::TakeImportedStates(Doc());
   ASSERT_EQ(kept.states.size(), 3U);
   const engine::NodeId object = engine::IdOf(*Doc().GetFirstObject());
@@ -397,7 +336,11 @@ TEST_F(GltfReader, StatesComeWithWhatTheyShowAndHide) {
   EXPECT_EQ(kept.states[0].name, "");
   EXPECT_EQ(kept.states[0].camera, 0U) << "the node bears no camera";
   EXPECT_EQ(kept.states[0].width, 0);
-  EXPECT_GT(kept.states[0].date.year, 2000) << "that of the file";
+  const host::LocalFileTime& date = kept.states[0].date;
+  EXPECT_EQ((std::vector{date.year, date.month, date.day, date.hour, date.minute, date.second}),
+            (std::vector{2021, 3, 4, 5, 6, 7}))
+      << "that of the file";
+  EXPECT_EQ(kept.states[1].date.year, 2021);
   EXPECT_FALSE(engine::HasImportedStates(Doc()));
 }
 

@@ -4,10 +4,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <fstream>
 
+#include "engine/import/SourceCheck.h"
 #include "tests/import/ImportSession.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -79,6 +81,15 @@ TEST_F(Worker, WhatASystemCannotConfineIsSaidOnce) {
   }
 }
 
+TEST_F(Worker, NotesAreAFewShortLines) {
+  const auto imported =
+      engine::ImportScene(services_.Get(), Write("wordy.obj", "v 0 0 0\n"), FAULTY_WORKER);
+  ASSERT_TRUE(imported) << imported.Message();
+  const std::vector<std::string>& notes = imported.Value().notes;
+  EXPECT_EQ(std::count(notes.begin(), notes.end(), std::string(1000, 'n') + "..."), 1000);
+  EXPECT_LE(notes.size(), 1001U);
+}
+
 TEST_F(Worker, APersonMayChooseOtherLimits) {
   const auto chosen = [&](const char* memory, const char* seconds) {
     ::setenv(engine::kImportMemoryVariable, memory, 1);
@@ -90,11 +101,18 @@ TEST_F(Worker, APersonMayChooseOtherLimits) {
   };
   EXPECT_EQ(chosen("", ""), "1536 30");
   EXPECT_EQ(chosen("2.5", "600"), "2560 600");
+  EXPECT_EQ(chosen("0.5", "0.5"), "512 1");
+  EXPECT_EQ(chosen("65535", "999999"), std::to_string(65535 << 10) + " 999999");
   EXPECT_EQ(services_.person.TakeTranscript(), "");
-  for (const char* no : {"much", "0", "-1", "4 GiB", "1e9", "nan"}) {
+  for (const char* no : {"much", "0", "-1", "4 GiB", "1e9", "nan", "1000000"}) {
     EXPECT_EQ(chosen(no, no), "1536 30") << no;
-    ExpectPart(services_.person.TakeTranscript(), "is no number of GiB and is not followed.");
+    const std::string start = "tell: STAGEMARKS_IMPORT_";
+    const std::string end = "=\"" + std::string(no) + "\" is no number of ";
+    EXPECT_EQ(services_.person.TakeTranscript(),
+              start + "MEMORY" + end + "GiB and is not followed.\n" + start + "SECONDS" + end +
+                  "seconds and is not followed.\n");
   }
+  EXPECT_EQ(chosen("65536", ""), "1536 30");
 }
 
 TEST_F(Worker, TimeIsLimited) {
@@ -181,6 +199,40 @@ TEST_F(Worker, ABeginningThatBeliesTheSuffixIsRefused) {
         Refusal(Write(name, std::string("\x7f\0ELF and so on, long enough for any head", 40))),
         "is not what its suffix says, or it is damaged.");
   }
+}
+
+TEST_F(Worker, FilesMayBeginInManyWays) {
+  const std::string wide("\xFF\xFE<\0?\0", 6);
+  const std::string comment = ";" + std::string(4000, '-');
+  struct Case {
+    const char* name;
+    std::string bytes;
+    bool isRight;
+  };
+  for (const Case& c :
+       std::vector<Case>{{"a.gltf", "\xEF\xBB\xBF \t\r\n{}", true},
+                         {"a.gltf", "\n{", true},
+                         {"a.gltf", " x{", false},
+                         {"a.gltf", "\xEF\xBB{}", false},
+                         {"a.gltf", "   ", false},
+                         {"a.glb", "glTF" + std::string(16, '\0'), true},
+                         {"a.glb", "glTF" + std::string(15, '\0'), false},
+                         {"a.glb", "glTf" + std::string(16, '\0'), false},
+                         {"a.obj", "anything", true},
+                         {"a.obj", std::string("any\0thing", 9), false},
+                         {"a.obj", std::string("\xFE\xFF\0v\0 ", 6), true},
+                         {"a.fbx", std::string("Kaydara FBX Binary  \0", 21), true},
+                         {"a.fbx", std::string("Kaydara FbX Binary  \0", 21), false},
+                         {"a.fbx", "; of FBX", true},
+                         {"a.fbx", comment + "FBX", true},
+                         {"a.fbx", std::string("FBX\0", 4), false},
+                         {"a.fbx", "; of another program", false},
+                         {"a.dae", "\n <?xml?>", true},
+                         {"a.dae", wide, true},
+                         {"a.gltf", wide, false},
+                         {"a.dae", "xml", false}})
+    EXPECT_EQ(bool{engine::CheckSource(Write(c.name, c.bytes), {}).Ok()}, c.isRight)
+        << c.name << " " << c.bytes;
 }
 
 TEST_F(Worker, AnEmptySceneIsNoted) {

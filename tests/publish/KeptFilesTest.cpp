@@ -114,7 +114,7 @@ void KeptFiles::AddShapes() {
   Shape("Long", {{0, 50, 0}, {20 * c, 0, 20 * s}, {0, 3, 0}, {-s, 0, c}});
   Shape("Long, half turned", {{}, {-20, 0, 0}, {0, -1, 0}, {0, 0, 1}});
   Shape("Long, turned over", {{}, {20, 0, 0}, {0, -c, s}, {0, -s, -c}});
-  Shape("Long, around", {{}, {-20 * c, 0, s * 20}, {0, 1, 0}, {-s, 0, -c}});
+  Shape("Long, around", {{}, {-10.5 * c, 0, s * 10.5}, {0, 1, 0}, {-s, 0, -c}});
   Shape("Long, mirrored", {{}, {0, 30, 0}, {40, 0, 0}, {0, 0, 2}});
   Shape("Leaning", {{1, 2, 3}, {1, 0, 0}, {0.5, 1, 0}, {0.25, -0.5, 2}});
   Shape("Leaning/Far", {{0, 0, 0}, {50, 0, 0}, {0, 5, 5}, {0, 0, 5}});

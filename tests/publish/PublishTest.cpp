@@ -320,11 +320,18 @@ TEST_F(PublishTest, AFileTooLargeAndOneStoppedAreRefused) {
   }
   engine::Publication publication(scene_.Doc(), services_.Get().files, Options(), renderCaches_,
                                   caches_);
-  const auto stop = [](double) { return false; };
+  std::vector<double> told;
+  const auto stop = [&](double fraction) {
+    told.push_back(fraction);
+    return false;
+  };
   EXPECT_FALSE(publication.AddState({}, stop).Ok());
   EXPECT_NE(publication.Finish().Message().find("no state"), std::string::npos);
   Add(publication, "Day");
   EXPECT_FALSE(publication.Finish(stop).Ok());
+  ASSERT_EQ(told.size(), 2U);
+  EXPECT_EQ(told[0], 0) << "the scan is not counted";
+  EXPECT_NEAR(told[1], 0.1, 0.001) << "each thousand of the objects";
 }
 
 // Numbers that are none, names that are no text, chains that are deep: a file that can be read.

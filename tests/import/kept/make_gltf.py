@@ -10,6 +10,40 @@ HERE = pathlib.Path(__file__).parent
 KINDS = {'b': 5120, 'B': 5121, 'h': 5122, 'H': 5123, 'I': 5125, 'f': 5126}
 COMPONENTS = {'SCALAR': 1, 'VEC2': 2, 'VEC3': 3, 'VEC4': 4, 'MAT4': 16}
 
+OCTAHEDRA = (
+    'a0013f0000006c6bfe010f000000916f000000000000000000000000000000000000000000000000'
+    '00000000000000007f00'
+)
+LONG_OCTAHEDRA = (
+    'a0013d000000494a013f0000006c6bfe010f0000004746010f000000936d00000000000000000000'
+    '00000000000000000000000000000000000000000000ff7f0000'
+)
+QUATERNIONS = (
+    'a0013c000000fbfc013c000000b4b3013f000000fb34c8013f000000b424d7013e000000fbfc013f'
+    '000000b4b3ff013f0000000506050000000000000000000000000000000000000000000000000000'
+    '0000000000ff7f'
+)
+EXPONENTS = (
+    'a000013f000000401f1f00012800000000010c0000004000012800000000013f000000100f100001'
+    '280000000000000000000000000000000000000000000000000000f2000000f2000000f2'
+)
+SEQUENCE = (
+    'd000040406080400000000'
+)
+TRIANGLES = (
+    'e0f000007687566778a9866589689801690000'
+)
+DRACO = (
+    '445241434f0202010000000204010001020002030106000903000001010300010304020002020204'
+    '0003040404000404090400050001010101000000000000000000000000000000803f000000000000'
+    '803e0000803f000000400000000000000000000000400000003f00010100091f014001000000fe98'
+    '003197cc3300cb6881ffffff7f00000000010100100301103301300300508204000080008000a000'
+    'e0ff0f00000000ffff0000000101000903011013011001200300509129089801000267ce010100cd'
+    '00000000ff00000000010100020301400100200300000000010000000000803f0000000000000000'
+    '000000000000003f0000003f00000000000000000000803e0000403f00000000000000000000803f'
+    '000000000000000000000000'
+)
+
 data = bytearray()
 views = []
 accessors = []
@@ -62,14 +96,62 @@ more_weights = accessor('H', 'VEC4', [0, 0, 0, 0, 0, 0, 0, 0, 8191, 0, 0, 0, 0, 
 binds = accessor('f', 'MAT4', [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1,
                                0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0.5, -1, 2, 1,
                                2, 0, 0, 0, 0, 1, 0.5, 0, 0, 0, 1, 0, 0, 3, 0, 1])
-sparse_places = view(packed('I', [1, 3]))
-sparse_values = view(packed('f', [4, 5, 6, -1, -2, -3]))
+sparse_places = view(packed('I', [1, 3, 4]))
+sparse_values = view(packed('f', [4, 5, 6, -1, -2, -3, 2, 1, 0.5]))
 accessors.append({'componentType': 5126, 'type': 'VEC3', 'count': 5, 'sparse': {
-    'count': 2,
+    'count': 3,
     'indices': {'bufferView': sparse_places, 'componentType': 5125},
     'values': {'bufferView': sparse_values}}})
 sparse = len(accessors) - 1
 many = accessor('h', 'VEC3', [0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 2, 0, 1, 2, 3])
+
+
+def packed_view(packing, stride, count, mode, filter):
+    inner = view(bytes.fromhex(packing))
+    views.append(
+        {
+            'buffer': 0,
+            'byteLength': stride * count,
+            'byteStride': stride,
+            'extensions': {
+                'EXT_meshopt_compression': {
+                    **views[inner],
+                    'byteStride': stride,
+                    'count': count,
+                    'mode': mode,
+                    'filter': filter,
+                }
+            },
+        }
+    )
+    return len(views) - 1
+
+
+def described(kind, shape, count, **more):
+    accessors.append({'componentType': KINDS[kind], 'type': shape, 'count': count, **more})
+    return len(accessors) - 1
+
+
+# The square, its normals, turns for colors and its corners, as the packing library writes them.
+packed_square = described('f', 'VEC3', 4, bufferView=packed_view(EXPONENTS, 12, 4, 'ATTRIBUTES', 'EXPONENTIAL'))
+packed_slope = described('b', 'VEC3', 4, normalized=True,
+                         bufferView=packed_view(OCTAHEDRA, 4, 4, 'ATTRIBUTES', 'OCTAHEDRAL'))
+long_slope = described('h', 'VEC3', 4, normalized=True,
+                       bufferView=packed_view(LONG_OCTAHEDRA, 8, 4, 'ATTRIBUTES', 'OCTAHEDRAL'))
+turns = described('h', 'VEC4', 4, normalized=True,
+                  bufferView=packed_view(QUATERNIONS, 8, 4, 'ATTRIBUTES', 'QUATERNION'))
+packed_faces = described('H', 'SCALAR', 6, bufferView=packed_view(SEQUENCE, 2, 6, 'INDICES', 'NONE'))
+packed_triangles = described('I', 'SCALAR', 6, bufferView=packed_view(TRIANGLES, 4, 6, 'TRIANGLES', ''))
+# The whole square by Draco, with its attributes in this order.
+draco = view(bytes.fromhex(DRACO))
+draco_attributes = {
+    'POSITION': described('f', 'VEC3', 4),
+    'NORMAL': described('b', 'VEC3', 4, normalized=True),
+    'TEXCOORD_0': described('H', 'VEC2', 4, normalized=True),
+    'COLOR_0': described('B', 'VEC4', 4, normalized=True),
+    'JOINTS_0': described('H', 'VEC4', 4),
+    'WEIGHTS_0': described('f', 'VEC4', 4),
+}
 inside = view(b'\x89PNG inside')
 webp = view(b'RIFF....WEBP')
 
@@ -105,7 +187,7 @@ scene = {
     'extensionsRequired': ['KHR_materials_odd'],
     'scene': 1,
     'scenes': [{'name': 'Left out', 'nodes': [0]},
-               {'name': 'Shown', 'nodes': [0, 12, 13, 14, 15, 16, 17, 20, 22, 24, 26, 27, 28, 29],
+               {'name': 'Shown', 'nodes': [0, 12, 13, 14, 15, 16, 17, 20, 22, 24, 26, 27, 28, 29, 30, 31, 32],
                    'extras': {'mood': 'calm', 'n': [1, 2]}}],
     'animations': [{}, {}],
     'extensions': {
@@ -164,8 +246,12 @@ scene = {
         {'name': 'Lost', 'scale': [1e300, 1, 1]},
         {'name': 'Lost', 'scale': [1, 1e300, 1]},
         {'name': 'Lost', 'scale': [1, 1, 1e300]},
+        {'name': 'Packed', 'mesh': 7},
+        {'name': 'Packed and bent', 'mesh': 8, 'skin': 0},
+        {'name': 'Bound to nothing', 'mesh': 6, 'skin': 2},
     ],
-    'skins': [{'joints': [15, 18, 19], 'inverseBindMatrices': binds}, {'joints': [15, 18, 19]}],
+    'skins': [{'joints': [15, 18, 19], 'inverseBindMatrices': binds}, {'joints': [15, 18, 19]},
+              {'joints': [15, 18], 'inverseBindMatrices': described('f', 'MAT4', 2)}],
     'cameras': [
         {'type': 'perspective', 'perspective': {'yfov': 0.5, 'aspectRatio': 0.8, 'znear': 0.5,
             'zfar': 75}},
@@ -210,6 +296,15 @@ scene = {
             {'attributes': {'POSITION': square}, 'indices': without_one}]},
         {'name': 'Unbound', 'primitives': [{
             'attributes': {'POSITION': square, 'JOINTS_0': joints, 'WEIGHTS_0': weights}}]},
+        {'name': 'Packed', 'primitives': [
+            {'attributes': {'POSITION': packed_square, 'NORMAL': packed_slope, 'COLOR_0': turns},
+             'indices': packed_faces},
+            {'attributes': {'POSITION': packed_square, 'NORMAL': long_slope},
+             'indices': packed_triangles}]},
+        {'name': 'Packed by Draco', 'primitives': [{
+            'attributes': draco_attributes, 'extensions': {'KHR_draco_mesh_compression': {
+                'bufferView': draco,
+                'attributes': {name: i for i, name in enumerate(draco_attributes)}}}}]},
     ],
     'materials': [
         {'name': 'Painted', 'extras': {'kept': True}, 'doubleSided': True,
@@ -260,7 +355,8 @@ scene = {
                  {'wrapS': 33648, 'wrapT': 33071, 'magFilter': 9729}, {}],
     'images': [{'uri': 'missing.png'}, {'bufferView': inside, 'name': 'in/side'},
                {'uri': picture(b'\xff\xd8\xff of a camera'), 'name': 'photo.001'},
-               {'uri': picture(b'of some kind')},
+               {'uri': picture(b'of \xfb\xef\xbe some \xff kind').replace('+', '-').replace('/', '_')
+                .replace('image_jpeg', 'image/jpeg')},
                {'bufferView': inside, 'mimeType': 'image/png'},
                {'uri': 'data:image/png;base64,????', 'name': 'damaged'},
                {'uri': 'data:image/gif,GIF8%39a%', 'name': 'plain'},
