@@ -106,20 +106,24 @@ std::string ReadAll(const PlainFile& file) {
 
 }  // namespace
 
-const std::vector<std::string>& FolderFiles::FoldersOf(const std::string& scene) {
-  static std::map<std::string, std::vector<std::string>> known;
+const FolderFiles::Places& FolderFiles::PlacesOf(const std::string& scene) {
+  static std::map<std::string, Places> known;
   const auto [entry, isNew] = known.try_emplace(scene);
-  std::vector<std::string>& folders = entry->second;
-  if (!isNew) return folders;
+  Places& places = entry->second;
+  if (!isNew) return places;
   std::error_code error;
-  folders.push_back(fs::weakly_canonical(fs::path(scene).parent_path(), error).string());
-  const std::string target = fs::weakly_canonical(scene, error).parent_path().string();
-  if (target != folders.front()) folders.push_back(target);
-  return folders;
+  places.folders.push_back(fs::weakly_canonical(fs::path(scene).parent_path(), error).string());
+  const fs::path target = fs::weakly_canonical(scene, error);
+  places.file = target.filename();
+  if (target.parent_path() != places.folders.front())
+    places.folders.push_back(target.parent_path().string());
+  return places;
 }
 
 FolderFiles::FolderFiles(const std::string& scene)
-    : written_(fs::path(scene).parent_path().lexically_normal()), folders_(FoldersOf(scene)) {}
+    : scene_(fs::path(scene).lexically_normal()),
+      written_(fs::path(scene_).parent_path()),
+      places_(PlacesOf(scene)) {}
 
 // A descriptor, or -1.
 int FolderFiles::OpenInside(const std::string& file) const {
@@ -131,11 +135,13 @@ int FolderFiles::OpenInside(const std::string& file) const {
   // The library asks for files by the folder as the person named it, which may be a way through
   // links that the child can no longer follow: the folder that was found beforehand is opened in
   // its place.
-  int opened = below(written_, folders_.front());
-  for (std::size_t i = 0; i < folders_.size() && opened < 0; ++i)
-    opened = below(folders_[i], folders_[i]);
-  // Beside the target of a scene that is a link.
-  if (opened < 0 && folders_.size() > 1) opened = below(written_, folders_[1]);
+  const std::vector<std::string>& folders = places_.folders;
+  int opened = below(written_, folders.front());
+  for (std::size_t i = 0; i < folders.size() && opened < 0; ++i)
+    opened = below(folders[i], folders[i]);
+  // Beside the target of a scene that is a link, and that target itself.
+  if (opened < 0 && folders.size() > 1) opened = below(written_, folders[1]);
+  if (opened < 0 && path == scene_) opened = OpenBelow(folders.back(), places_.file);
   return opened;
 }
 

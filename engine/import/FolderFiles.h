@@ -29,12 +29,20 @@ class FolderFiles : public Assimp::DefaultIOSystem {
 
   // The folders that may be read. Found when asked first: a process that is confined since then
   // gets the same answer again.
-  static const std::vector<std::string>& FoldersOf(const std::string& scene);
+  static const std::vector<std::string>& FoldersOf(const std::string& scene) {
+    return PlacesOf(scene).folders;
+  }
 
  private:
+  struct Places {
+    std::vector<std::string> folders;  // the scene's, and that of the file that it is a link to
+    std::string file;                  // the name of that file, which need not be the link's
+  };
+  static const Places& PlacesOf(const std::string& scene);
   int OpenInside(const std::string& file) const;
-  std::string written_;  // the scene's folder as it was named
-  const std::vector<std::string>& folders_;
+  std::string scene_;    // as it was named
+  std::string written_;  // its folder
+  const Places& places_;
   std::vector<std::string> opened_;
 };
 

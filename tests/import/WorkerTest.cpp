@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "engine/import/SourceCheck.h"
+#include "engine/scene/NodeIds.h"
 #include "tests/import/ImportSession.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -271,6 +272,16 @@ TEST_F(Worker, AFileCannotPullInWhatLiesElsewhere) {
   ExpectPart(Refusal(Write("inner/above.gltf", scene("../secret.bin"))), "The file cannot be read");
   ASSERT_EQ(::symlink((folder_ / "secret.bin").c_str(), (folder_ / "inner/link.bin").c_str()), 0);
   ExpectPart(Refusal(Write("inner/linked.gltf", scene("link.bin"))), "The file cannot be read");
+  // A scene that is a link has its files beside what it leads to, and one in a folder that is a link
+  // has them there. Wherever it is read, its elements have the same identities.
+  const engine::NodeId first = engine::IdOf(*Doc().GetFirstObject());
+  ASSERT_EQ(::symlink((folder_ / "inner/fine.gltf").c_str(), (folder_ / "way.gltf").c_str()), 0);
+  ASSERT_EQ(::symlink((folder_ / "inner").c_str(), (folder_ / "way").c_str()), 0);
+  for (const char* way : {"way.gltf", "way/fine.gltf"}) {
+    Open(folder_ / way);
+    ASSERT_EQ(Counts().objects, 1U) << way;
+    EXPECT_EQ(engine::IdOf(*Doc().GetFirstObject()), first) << way;
+  }
   ASSERT_EQ(::mkfifo((folder_ / "inner/pipe.bin").c_str(), 0600), 0);
   ExpectPart(Refusal(Write("inner/piped.gltf", scene("pipe.bin"))), "The file cannot be read");
 }
