@@ -29,10 +29,6 @@ bool IsFinite(const Vector& v) {
 
 }  // namespace
 
-Vector ConvertPlace(const aiVector3D& place, double scale) {
-  return Times(Mirrored(place.x, place.y, place.z), scale);
-}
-
 Matrix ConvertFrame(const aiMatrix4x4& frame, double scale) {
   Matrix result;
   result.v1 = Mirrored(frame.a1, frame.b1, frame.c1);

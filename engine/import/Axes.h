@@ -10,8 +10,7 @@
 
 namespace engine {
 
-// A length or place in the file times `scale` (scene units per unit of the file).
-host::Vector ConvertPlace(const aiVector3D& place, double scale);
+// Lengths and places in the file are taken times `scale` (scene units per unit of the file).
 host::Matrix ConvertFrame(const aiMatrix4x4& frame, double scale);
 // The frame whose z axis looks along `look` and whose y axis is as near to `up` as it can be; both
 // in the file's axes.

@@ -53,10 +53,10 @@ void MendOldGltf(const aiCamera& camera, SourceCamera& result) {
   result.horizontal = 2 * std::atan(aspect * std::tan(result.vertical / 2));
 }
 
+// The library puts cameras and lights where their nodes are.
 SourceCamera CameraOf(const aiCamera& camera, SourceFormat format) {
   SourceCamera result;
   result.frame = FrameLooking(camera.mLookAt, camera.mUp);
-  result.frame.off = ConvertPlace(camera.mPosition, 1);
   result.parallel = camera.mOrthographicWidth > 0;
   result.width = 2 * static_cast<double>(camera.mOrthographicWidth);
   result.horizontal = result.parallel ? 0 : static_cast<double>(camera.mHorizontalFOV);
@@ -101,7 +101,6 @@ SourceLight LightOf(const aiLight& light, SourceFormat format) {
   const aiColor3D& color = isDark ? light.mColorAmbient : light.mColorDiffuse;
   result.color = host::Vector(color.r, color.g, color.b);
   if (IsDirected(result.kind)) result.frame = FrameLooking(light.mDirection, light.mUp);
-  result.frame.off = ConvertPlace(light.mPosition, 1);
   if (result.kind == LightKind::Spot) SetAngles(light, format, result);
   return result;
 }

@@ -31,12 +31,6 @@ const NodeFacts& FactsOf(const SceneFacts& facts, const aiNode& node) {
   return found == facts.nodes.end() ? plain : found->second;
 }
 
-// Lengths of a camera or light are in its node's frame, those of the file in units of the file.
-host::Matrix Scaled(host::Matrix frame, double scale) {
-  frame.off = host::Vector(frame.off.x * scale, frame.off.y * scale, frame.off.z * scale);
-  return frame;
-}
-
 // The horizontal angle that a vertical one comes to in the picture that the document renders; 0 for
 // none. glTF has the vertical angle and the scene both: the horizontal one serves where the picture
 // has the shape of the settings.
@@ -173,7 +167,7 @@ BaseObject* SceneConversion::MakeSingle(const aiNode& node, const Parts& parts,
                                     : facts_.lights[parts.facts->lights.front()].frame;
   const bool turns = own != host::Matrix();
   if (turns && node.mNumChildren > 0) return nullptr;
-  frame = Product(frame, Scaled(own, scale_));
+  frame = Product(frame, own);
   // Children still need the scale.
   if (node.mNumChildren == 0) frame = WithoutScale(frame);
   return isCamera ? MakeCamera(facts_.cameras[parts.facts->cameras.front()])
@@ -196,10 +190,10 @@ void SceneConversion::AddParts(const Parts& parts, BaseObject& under) {
     add(part, parts.meshes.size() == 1 ? name : name + " (" + own + ")", host::Matrix());
   }
   for (const std::size_t i : parts.facts->cameras) {
-    add(MakeCamera(facts_.cameras[i]), name, Scaled(facts_.cameras[i].frame, scale_));
+    add(MakeCamera(facts_.cameras[i]), name, facts_.cameras[i].frame);
   }
   for (const std::size_t i : parts.facts->lights) {
-    add(MakeLight(facts_.lights[i]), name, Scaled(facts_.lights[i].frame, scale_));
+    add(MakeLight(facts_.lights[i]), name, facts_.lights[i].frame);
   }
 }
 
