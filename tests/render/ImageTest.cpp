@@ -327,6 +327,14 @@ TEST(ImageFiles, ClaimsThatAFileIsTooShortForCostNothing) {
     EXPECT_NE(message.find(c.message), std::string::npos) << c.name << ": " << message;
     EXPECT_LT(taken, 64) << c.name;
   }
+  for (const std::string& file :
+       {exrAnd("views", "stringvector", std::string("\4\0\0\0name\0\0\0\0", 12)),
+        exrAnd("preview", "preview", std::string("\2\0\0\0\1\0\0\0rgbargba", 16)),
+        exrAnd("tiles", "tiledesc", std::string("\x10\0\0\0\x10\0\0\0\0", 9))}) {
+    const std::string message = engine::DecodeImage(file).Message();
+    // The pixels are no more where the file says; its head is right.
+    EXPECT_EQ(message.find("head") + message.find("claims"), 2 * std::string::npos) << message;
+  }
   EXPECT_TRUE(engine::DecodeImage(engine::EncodePng(Gradient(4096, 2048)).Take()))
       << "flat, and fine";
 }
@@ -361,6 +369,9 @@ TEST(ImageFiles, ScaledDownIsTheMeanOfTheLight) {
   half.bytes[7] = 0;
   EXPECT_EQ(PixelText(engine::ScaledDown(half, 1, 1), 0, 0), "255 255 255 128")
       << "what is not there has no color";
+  Image veil = gray({188, 188}, 2);
+  veil.bytes[3] = veil.bytes[7] = 100;
+  EXPECT_EQ(PixelText(engine::ScaledDown(veil, 1, 1), 0, 0), "188 188 188 100");
   const Image same = Gradient(7, 3);
   EXPECT_EQ(engine::ScaledDown(same, 7, 3).bytes, same.bytes);
   EXPECT_EQ(engine::ScaledDown(same, 70, 30).bytes, same.bytes) << "never larger";
@@ -384,8 +395,10 @@ TEST(Colors, SrgbAndBackIsExact) {
   EXPECT_EQ(engine::LinearToSrgb(7.0F), 255);
   EXPECT_EQ(engine::LinearToSrgb(-1.0F), 0);
   EXPECT_EQ(engine::LinearToSrgb(std::nanf("")), 0);
-  const Image bytes = engine::ToBytes(Image{1, 1, {}, {0.5F, 0.0F, 9.0F, 0.5F}});
+  const Image bytes =
+      engine::ToBytes(Image{2, 1, {}, {0.5F, 0.0F, 9.0F, 0.5F, 0.0F, 0.5F, 0.5F, 0.25F}});
   EXPECT_EQ(PixelText(bytes, 0, 0), "188 0 255 128");
+  EXPECT_EQ(PixelText(bytes, 1, 0), "0 188 188 64");
 }
 
 // By the share of the way to the next byte, up where it is above the threshold.

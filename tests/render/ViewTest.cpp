@@ -295,14 +295,14 @@ TEST(HitMap, NamesWhatIsSeenAndWhere) {
 
 TEST(HitMap, IsExactAroundWhatIsMarkedInADraft) {
   Row scene;
-  scene.Select("Box1");
+  scene.Select("Box0");
   engine::RenderCaches caches;
   const auto prepared = Prepared(scene.Doc(), caches);
   const std::vector<std::uint8_t>& marked = prepared->Scene().selected;
   const auto draft = Drawn(prepared, 100, 50, true);
   const engine::HitMap large = engine::Enlarged(draft->Hits(), 400, 200, marked, prepared->Rays());
   const auto whole = Drawn(prepared, 400, 200);
-  const engine::NodeId box = engine::IdOf(*scene.GetObject("Box1"));
+  const engine::NodeId box = engine::IdOf(*scene.GetObject("Box0"));
   int wrong = 0;
   int far = 0;
   int seen = 0;
