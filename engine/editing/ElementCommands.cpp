@@ -121,10 +121,7 @@ StepwiseEdit RemoveElements(BaseDocument& doc, const Elements& elements) {
             // Whatever its class; the deletion was registered, so that the undo step keeps it.
             FreeNode(topmost[i]);
           },
-          [&doc] {
-            doc.SetChanged();
-            host::EventAdd();
-          }};
+          [] { host::EventAdd(); }};
 }
 
 // The target is faced from where the object then is, so the place comes first.

@@ -91,7 +91,6 @@ void DeleteLayers(BaseDocument& doc, const LayerList& layers) {
       LayerObject::Free(layer);
     }
   }
-  doc.SetChanged();
   host::EventAdd();
 }
 

@@ -95,7 +95,6 @@ void DeleteMaterials(BaseDocument& doc, const MaterialList& materials) {
       BaseMaterial::Free(material);
     }
   }
-  doc.SetChanged();
   host::EventAdd();
 }
 

@@ -6,7 +6,6 @@
 
 #include "engine/editing/MaterialCommands.h"
 #include "engine/editing/ObjectCommands.h"
-#include "engine/editing/RenderSettingsCommands.h"
 #include "engine/editing/Selection.h"
 #include "engine/scene/DocumentState.h"
 #include "engine/scene/NodeTypes.h"
@@ -256,43 +255,6 @@ TEST(Commands, GiveATextureToTheBitmapThatThePictureShows) {
   red.InsertShader(color);
   red.SetParameter(host::MATERIAL_COLOR_SHADER, host::GeData(color), 0);
   EXPECT_EQ(set("c.png"), "b.png  c.png ");
-}
-
-TEST(Commands, OfMaterialsCamerasAndSettingsAreOneStepEach) {
-  struct Case {
-    const char* step;
-    std::function<void(Scene&)> act;
-    std::function<bool(const Scene&)> isDone;
-  };
-  const Case cases[] = {
-      {"Delete Material",
-       [](Scene& s) { engine::DeleteMaterials(s.Doc(), {s.GetMaterial("Red")}); },
-       [](const Scene& s) { return s.Doc().GetFirstMaterial() == s.GetMaterial("Blue"); }},
-      {"Scene Camera", [](Scene& s) { engine::MakeSceneCamera(s.Doc(), *s.GetObject("B")); },
-       [](const Scene& s) {
-         return s.Doc().GetRenderBaseDraw()->GetSceneCamera(&s.Doc()) == s.GetObject("B");
-       }},
-      {"Rename",
-       [](Scene& s) {
-         engine::RenameRenderSettings(s.Doc(), *s.Doc().GetActiveRenderData(), "Final");
-       },
-       [](const Scene& s) {
-         return s.Doc().GetActiveRenderData()->GetName() == host::String("Final");
-       }},
-      {"Activate Render Settings",
-       [](Scene& s) { engine::ActivateRenderSettings(s.Doc(), *s.GetSettings("Other")); },
-       [](const Scene& s) { return s.Doc().GetActiveRenderData() == s.GetSettings("Other"); }}};
-  for (const Case& c : cases) {
-    Scene scene;
-    scene.Settings("Other");
-    const std::string before = engine::DumpDocument(scene.Doc());
-    ASSERT_FALSE(c.isDone(scene)) << c.step;
-    c.act(scene);
-    EXPECT_TRUE(c.isDone(scene)) << c.step;
-    EXPECT_EQ(engine::UndoName(scene.Doc()), c.step);
-    ASSERT_TRUE(scene.Doc().DoUndo()) << c.step;
-    EXPECT_EQ(engine::DumpDocument(scene.Doc()), before) << c.step;
-  }
 }
 
 TEST(Commands, SetsSwitches) {
