@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <ctime>
 #include <map>
 #include <random>
 #include <set>
@@ -130,6 +132,22 @@ class Stage : public PluginSession {
 
   std::mt19937 random_;
   SceneBuilder build_;
+};
+
+// A zone of this machine while it lives: an hour before Greenwich, two in summer.
+class CentralEurope {
+ public:
+  CentralEurope() : was_(std::getenv("TZ") ? std::getenv("TZ") : "") {
+    Set("CET-1CEST,M3.5.0,M10.5.0/3");
+  }
+  ~CentralEurope() { Set(was_); }
+
+ private:
+  static void Set(const std::string& zone) {
+    zone.empty() ? unsetenv("TZ") : setenv("TZ", zone.c_str(), 1);
+    tzset();
+  }
+  std::string was_;
 };
 
 // The elements of the changes of that kind.

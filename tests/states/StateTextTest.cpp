@@ -198,6 +198,120 @@ TEST(StateText, BringsItsRenderSettingsAlong) {
   EXPECT_EQ(copy->GetDataInstance()->GetLong(host::RDATA_XRES), 333);
 }
 
+std::string EffectsOf(const host::RenderData& settings) {
+  std::string text = settings.GetName().ToUtf8() + ":";
+  const auto add = [&](const host::BaseList2D& effect) {
+    text += " " + effect.GetName().ToUtf8() + (effect.GetBit(host::BIT_DISABLED) ? " off" : " on") +
+            " " + std::to_string(effect.GetDataInstance()->GetLong(7));
+  };
+  for (const auto* post = settings.GetFirstVideoPost(); post; post = post->GetNext()) add(*post);
+  for (const auto* pass = settings.GetFirstMultipass(); pass; pass = pass->GetNext()) add(*pass);
+  return text;
+}
+
+// Into those that the Stagemark has; only where it has none, into new ones.
+TEST(StateText, EffectsAndPassesComeBackInTheirOrder) {
+  Stage stage;
+  tests::SceneBuilder& build = stage.Build();
+  build.Post("Render Settings", host::VPglobalillumination, false);
+  build.Post("Render Settings", 1001, true)
+      .Pass("Render Settings", 2001)
+      .Pass("Render Settings", 2002, false);
+  host::RenderData& scene = *stage.Doc().GetFirstRenderData();
+  int number = 0;
+  const auto name = [&](host::BaseList2D& effect) {
+    effect.SetName(host::String(("E" + std::to_string(++number)).c_str()));
+    effect.GetDataInstance()->SetLong(7, 10 * number);
+  };
+  for (auto* post = scene.GetFirstVideoPost(); post; post = post->GetNext()) name(*post);
+  for (auto* pass = scene.GetFirstMultipass(); pass; pass = pass->GetNext()) name(*pass);
+  stage.Record("Day");
+  const std::string text = TextOf(stage.Doc());
+  const auto recorded = [&] {
+    return engine::RecordedSettings(stage.Doc(), stage.State("Day").record);
+  };
+  const std::string effects = "Day: E1 off 10 E2 on 20 E3 on 30 E4 off 40";
+  EXPECT_EQ(EffectsOf(*recorded()), effects);
+  const std::function<void(host::RenderData&)> changes[] = {
+      [](host::RenderData&) {},
+      [](host::RenderData& one) { one.SetName("Other"); },
+      [](host::RenderData& one) { one.GetDataInstance()->SetLong(host::RDATA_YRES, 5); },
+      [](host::RenderData& one) { one.GetFirstVideoPost()->DelBit(host::BIT_DISABLED); },
+      [](host::RenderData& one) { one.GetFirstVideoPost()->GetNext()->SetName("Other"); },
+      [](host::RenderData& one) { one.GetFirstMultipass()->GetDataInstance()->SetLong(7, 8); },
+      [](host::RenderData& one) {
+        host::BaseVideoPost* post = one.GetFirstVideoPost();
+        host::BaseVideoPost::Free(post);
+      },
+      [](host::RenderData& one) {
+        one.InsertMultipass(host::MultipassObject::Alloc(2003), one.GetFirstMultipass()->GetNext());
+      },
+  };
+  for (std::size_t i = 0; i < std::size(changes); ++i) {
+    const host::RenderData* before = recorded();
+    changes[i](*recorded());
+    ASSERT_TRUE(engine::TakeInStates(stage.Doc(), text, kReplace).Ok()) << i;
+    EXPECT_EQ(recorded(), before) << i;
+    EXPECT_EQ(EffectsOf(*recorded()), effects) << i;
+    EXPECT_EQ(TextOf(stage.Doc()), text) << i;
+  }
+  host::RenderData* gone = recorded();
+  host::RenderData::Free(gone);
+  ASSERT_TRUE(engine::TakeInStates(stage.Doc(), text, kReplace).Ok());
+  EXPECT_EQ(EffectsOf(*recorded()), effects);
+  EXPECT_EQ(recorded(), scene.GetNext()) << "behind those that are there";
+}
+
+// The entry in the list keeps its star where a Stagemark is replaced, and is new where there was
+// none.
+TEST(StateText, SaysWhatBecameOfEach) {
+  Stage stage;
+  stage.Record("Day");
+  stage.Record("Night");
+  const std::string text = TextOf(stage.Doc());
+  const auto states = [&] {
+    std::string said;
+    for (const engine::StoredState& state : engine::ReadStates(stage.Doc()))
+      said += std::to_string(state.id) + " " + state.name + (state.current ? "* " : " ") +
+              (state.hasEntry && state.hasRecord ? "" : "half ") +
+              (state.date == engine::StoredDate() ? "undated " : "") +
+              (state.record.GetId() == state.id ? "" : "misnumbered ");
+    return said;
+  };
+  const auto take = [&](const std::string& from, const TakeInOptions& options) {
+    const auto taken = engine::TakeInStates(stage.Doc(), from, options);
+    if (!taken) return taken.Message();
+    std::string said;
+    for (const TakenIn::State& state : taken.Value().states)
+      said += state.name + " " + std::to_string(static_cast<int>(state.outcome)) + " " +
+              std::to_string(state.records) + "-" + std::to_string(state.leftOut) + ", ";
+    return said + std::to_string(taken.Value().byIdentity) + " as they were";
+  };
+  EXPECT_EQ(take(text, kReplace), "Day 1 53-0, Night 1 53-0, 54 as they were");
+  EXPECT_EQ(states(), "0 Day 1 Night* ");
+  TakeInOptions renamed;
+  renamed.names = {{"Day", "Dawn"}, {"Night", "Dusk"}};
+  EXPECT_EQ(take(text, renamed), "Dawn 0 53-0, Dusk 0 53-0, 54 as they were");
+  BaseContainer entries = Stored(stage.Doc(), engine::kStoredEntries);
+  entries.RemoveData(0);
+  stage.Doc().GetDataInstance()->SetContainer(engine::kStoredEntries, entries);
+  EXPECT_EQ(take(text, kReplace), "Day 1 53-0, Night 1 53-0, 54 as they were");
+  EXPECT_EQ(states(), "0 Day 1 Night* 2 Dawn 3 Dusk ");
+  // Of a scene that has none of it nothing comes but the name, and only if that is wanted.
+  Forget(stage.Doc());
+  while (BaseObject* object = stage.Doc().GetFirstObject()) Free(object);
+  while (host::GeListNode* layer = stage.Doc().GetLayerObjectRoot()->GetFirst()) {
+    auto* one = static_cast<host::LayerObject*>(layer);
+    host::LayerObject::Free(one);
+  }
+  EXPECT_EQ(take(text, {}), "Nothing of what \"Day\" holds is in the scene.");
+  EXPECT_EQ(states(), "");
+  TakeInOptions all;
+  all.evenEmpty = true;
+  EXPECT_EQ(take(text, all), "Day 0 0-53, Night 0 0-53, 1 as they were");
+  EXPECT_EQ(states(), "0 Day 1 Night ");
+}
+
 TEST(StateText, NamesThatAreThereAreDecidedUpon) {
   Stage stage;
   stage.Record("Day");
@@ -244,6 +358,22 @@ TEST(StateText, DamageIsNamedAndChangesNothing) {
   stage.Record("Day");
   const std::string text = TextOf(stage.Doc());
   const std::string deep = std::string(100, '[') + std::string(100, ']');
+  const auto value = [&](const std::string& other) {
+    return Replaced(text, "\"#2\":\"plain\"", "\"#2\":" + other);
+  };
+  const auto nested = [](int depth) {
+    std::string inside = "5";
+    while (depth-- > 0) inside = R"({"id":1,"entries":[[1,)" + inside + "]]}";
+    return inside;
+  };
+  // As far as it may go.
+  for (const std::string& good :
+       {value("2147483647"), value("-2147483648"), value(nested(64)), value("[1,2.5,-3]"),
+        value(R"({"bytes":"09af"})"), value(R"({"link":null})"),
+        Replaced(text, "\"scene\": ", "\"more\": " + Members(10000) + ", \"scene\": "),
+        Replaced(text, "\"scene\": ",
+                 "\"more\": " + std::string(199, '[') + std::string(199, ']') + ", \"scene\": ")})
+    EXPECT_EQ(engine::SceneOfText(good).Message(), "");
   const std::pair<std::string, const char*> damaged[] = {
       {"", "The text cannot be read: parse error"},
       {"[]", "\"format\" is missing"},
@@ -264,6 +394,35 @@ TEST(StateText, DamageIsNamedAndChangesNothing) {
       {Replaced(text, "\"elements\": {", "\"elements\": {\"Object 0\": {}, "),
        "\"Object 0\" stands twice among the elements"},
       {Replaced(text, "\"type\":", "\"type\":99999999999, \"kind\":"), "is no number of 32 bits"},
+      {value(R"({"time":[1]})"), "no time: it wants 2 values"},
+      {value(R"([1,2])"), "no vector: it wants 3 values"},
+      {value(R"([1,2,"x"])"), "is no number"},
+      {value(R"([1,2,{"bits":"x"}])"), "are no bits of a number"},
+      {value(R"([1,2,{"bits":"1x"}])"), "are no bits of a number"},
+      {value(R"({"bytes":"abc"})"), "is no list of bytes"},
+      {value(R"({"bytes":"ag"})"), "is no list of bytes"},
+      {value(R"({"file":5})"), "is no text"},
+      {value(R"({"entries":5,"id":1})"), "is no list"},
+      {value(R"({"entries":[[1]],"id":1})"), "no entry: it wants 2 values"},
+      {value(R"({"entries":[]})"), "\"id\" is missing"},
+      {value(R"({"none":1})"), "is no value"},
+      {value("-2147483649"), "no whole number of 32 bits"},
+      {value("2147483648"), "no whole number of 32 bits"},
+      {value(nested(65)), "too deep in one another"},
+      {Replaced(text, "\"#2\"", "\"#2x\""), "\"#2x\" is no name of a value here"},
+      {Replaced(text, "\"#2\"", "\"#99999999999\""), "is no name of a value here"},
+      {Replaced(text, "\"states\": [", "\"states\": {}, \"other\": ["), "\"states\" is no list"},
+      {Replaced(text, "\"elements\": {", "\"elements\": [], \"other\": {"),
+       "\"elements\" is no object"},
+      {Replaced(text, "\"layers\": [", "\"layers\": 5, \"other\": ["), "\"layers\" is no list"},
+      {Replaced(text, "\"element\":\"Object 0\"", "\"element\":5"), "named by no text"},
+      {Replaced(text, "\"element\":\"Object 0\"", "\"element\":{\"gone\":\"5x\"}"),
+       "is no identity"},
+      {Replaced(text, "\"identity\":\"", "\"identity\":\"\",\"other\":\""), "is no identity"},
+      {Replaced(text, "\"type\":", "\"type\":-2147483649, \"kind\":"), "is no number of 32 bits"},
+      {Replaced(text, "\"type\":", "\"type\":1.5, \"kind\":"), "is no number of 32 bits"},
+      {Replaced(text, "\"scene\": ", "\"more\": " + Members(10001) + ", \"scene\": "),
+       "more than 10,000 members"},
       {Replaced(text, "\"scene\": ",
                 "\"more\": " + std::string(300, '[') + std::string(300, ']') + ", \"scene\": "),
        "nested too deeply"},

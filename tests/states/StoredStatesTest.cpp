@@ -10,7 +10,7 @@
 #include "source/Stagemarks/keys/Options.h"
 #include "source/Stagemarks/keys/PluginIds.h"
 #include "source/Stagemarks/keys/TagTypes.h"
-#include "tests/support/SceneBuilder.h"
+#include "tests/states/Stage.h"
 
 namespace {
 
@@ -125,6 +125,100 @@ TEST(StoredStates, TellWhoseRenderSettingsAreWhose) {
       {engine::IdOf(*scene.GetSettings("Night's")), "Night"}};
   EXPECT_EQ(engine::FindSettingsOfStates(&scene.Doc()), expected);
   EXPECT_TRUE(engine::FindSettingsOfStates(nullptr).empty());
+}
+
+TEST(StoredStates, DatesAreReadAndWritten) {
+  const tests::CentralEurope zone;
+  using Date = engine::StoredDate;
+  struct Case {
+    Date date;
+    const char* text;
+    const char* withZone;
+  };
+  const Case cases[] = {
+      {Date{{2026, 3, 5, 14, 7, 9}}, "2026-03-05 14:07:09", "2026-03-05T14:07:09+01:00"},
+      {Date{{2026, 7, 31, 23, 59, 58}}, "2026-07-31 23:59:58", "2026-07-31T23:59:58+02:00"},
+      {Date{{1, 2, 3, 4, 5, 6}}, "0001-02-03 04:05:06", "0001-02-03T04:05:06+01:00"},
+      {Date{{9999, 12, 31, 0, 0, 0}}, "9999-12-31 00:00:00", "9999-12-31T00:00:00+01:00"},
+      // Skipped by the change to summer time.
+      {Date{{2026, 3, 29, 2, 30, 0}}, "2026-03-29 02:30:00", nullptr},
+      {Date{{10000, 1, 1, 0, 0, 0}}, "10000-01-01 00:00:00", ""},
+      {Date{{0, 1, 1, 0, 0, 1}}, "0000-01-01 00:00:01", ""},
+      {Date{{2026, 2, 30, 1, 1, 1}}, "2026-02-30 01:01:01", ""},
+      {Date{{2026, 13, 1, 1, 1, 1}}, "2026-13-01 01:01:01", ""},
+      {Date{{2026, 1, 1, 1, 60, 1}}, "2026-01-01 01:60:01", ""},
+      {Date{{2026, 1, 1, 1, 1, 61}}, "2026-01-01 01:01:61", ""},
+      {Date{}, "", ""}};
+  for (const Case& c : cases) {
+    EXPECT_EQ(c.date.Text(), c.text);
+    EXPECT_EQ(Date::FromText(c.text), c.date) << c.text;
+    if (c.withZone) {
+      EXPECT_EQ(c.date.WithZone(), c.withZone) << c.text;
+    } else {
+      EXPECT_NE(c.date.WithZone(), "") << c.text;
+    }
+  }
+  for (const char* none : {"2026-03-05", "2026-3-5 14:07:09", "2026-03-05 14:07:09 ", "today"})
+    EXPECT_EQ(Date::FromText(none), Date()) << none;
+}
+
+TEST(StoredStates, PreviewsLieBesideTheScene) {
+  tests::SceneBuilder scene;
+  EXPECT_EQ(engine::SideFolderOf(scene.Doc()), "");
+  scene.Doc().SetDocumentPath(host::Filename("/scenes"));
+  scene.Doc().SetDocumentName(host::Filename("room.v2.c4d"));
+  EXPECT_EQ(engine::SideFolderOf(scene.Doc()), "/scenes/room.v2_SM");
+  EXPECT_EQ(engine::PreviewFileIn("/a_SM", "Day"), "/a_SM/Day.tif");
+  for (const char* name : {"", "a/b", "a\\b"}) EXPECT_EQ(engine::PreviewFileIn("/a_SM", name), "");
+  EXPECT_EQ(engine::PreviewFileIn("", "Day"), "");
+}
+
+// Records, list entries, both and what is neither.
+TEST(StoredStates, AreReadInTheOrderOfTheirRecordsAndListedByName) {
+  tests::SceneBuilder scene;
+  host::BaseContainer records;
+  host::BaseContainer entries;
+  const auto one = [](host::LONG id, const char* name, bool current = false) {
+    host::BaseContainer date;
+    date.SetLong(stagemarks::kYear, 2020 + id);
+    date.SetLong(stagemarks::kSecond, 7);
+    host::BaseContainer data(id);
+    data.SetString(stagemarks::kName, name);
+    data.SetContainer(stagemarks::kDate, date);
+    if (current) data.SetBool(stagemarks::kCurrent, true);
+    return data;
+  };
+  records.SetContainer(4, one(4, "kept name"));
+  records.SetContainer(1, one(1, "Twin"));
+  records.SetContainer(2, {});
+  records.SetContainer(6, one(6, "Not listed"));
+  entries.SetContainer(1, one(1, "Twin", true));
+  entries.SetContainer(4, one(5, "beta"));
+  entries.SetContainer(3, one(3, "Twin", true));
+  entries.SetContainer(2, {});
+  entries.SetContainer(9, one(9, "Alpha"));
+  scene.Doc().GetDataInstance()->SetContainer(stagemarks::kPluginId, records);
+  scene.Doc().GetDataInstance()->SetContainer(stagemarks::kListStore, entries);
+  const auto text = [](const std::vector<engine::StoredState>& states) {
+    std::string lines;
+    for (const engine::StoredState& state : states)
+      lines += std::to_string(state.id) + " " + state.name + (state.current ? "*" : "") +
+               (state.hasRecord ? " record" : "") + (state.hasEntry ? " entry " : " ") +
+               std::to_string(state.date.fields[0]) + "/" + std::to_string(state.date.fields[5]) +
+               " " + std::to_string(state.record.GetId()) + "\n";
+    return lines;
+  };
+  EXPECT_EQ(text(engine::ReadStates(scene.Doc())),
+            "4 beta record entry 2025/7 4\n"
+            "1 Twin* record entry 2021/7 1\n"
+            "6 Not listed record 2026/7 6\n"
+            "3 Twin* entry 2023/7 0\n"
+            "9 Alpha entry 2029/7 0\n");
+  EXPECT_EQ(text(engine::ListedStates(scene.Doc())),
+            "9 Alpha entry 2029/7 0\n"
+            "1 Twin* record entry 2021/7 1\n"
+            "3 Twin* entry 2023/7 0\n"
+            "4 beta record entry 2025/7 4\n");
 }
 
 }  // namespace
