@@ -107,6 +107,7 @@ struct FileChange {
   std::function<void(SceneBuilder&)> change;
   const char* objects;
   const char* materials;
+  const char* tree = nullptr;  // afterwards, where it is looked at
 };
 
 class OneChange : public Update, public testing::WithParamInterface<FileChange> {};
@@ -118,8 +119,13 @@ TEST_P(OneChange, ComesInAsOneStep) {
   const SceneUpdate update = Run();
   EXPECT_EQ(Said(update.objects), GetParam().objects);
   EXPECT_EQ(Said(update.materials), GetParam().materials);
+  EXPECT_EQ(update.objects.addedCount + update.objects.found + update.objects.goneCount,
+            6U + update.objects.addedCount);
   const std::string after = Dump(scene_.Doc());
   EXPECT_NE(after, before);
+  if (GetParam().tree) {
+    EXPECT_EQ(TreeOf(scene_.Doc()), GetParam().tree);
+  }
   SceneBuilder again;
   BuildFile(again);
   GetParam().change(again);
@@ -181,7 +187,59 @@ INSTANTIATE_TEST_SUITE_P(
                      lamp->Remove();
                      file.Doc().AppendObject(lamp, file.GetObject("Room"));
                    },
-                   "changed: Shelf/Lamp (parent); ", ""}),
+                   "changed: Shelf/Lamp (parent); ", "", "Room <Table <<Cup <Lamp Shelf View "},
+        FileChange{"ToTheTop",
+                   [](SceneBuilder& file) {
+                     for (const char* path : {"Room/Table", "Shelf/Lamp"}) {
+                       host::BaseObject* moved = file.GetObject(path);
+                       moved->Remove();
+                       moved->SetMl(host::Matrix());
+                       file.Doc().AppendObject(moved);
+                     }
+                   },
+                   "changed: Room/Table (parent); changed: Shelf/Lamp (parent); ", "",
+                   "Room Shelf View Table <Cup Lamp "},
+        FileChange{"BelowSomethingNew",
+                   [](SceneBuilder& file) {
+                     file.Object("Set").Object("Set/Spot", host::Olight).Object("Last");
+                     host::BaseObject* room = file.GetObject("Room");
+                     room->Remove();
+                     file.Doc().AppendObject(room, file.GetObject("Set"));
+                   },
+                   "changed: Room (parent); new: Set, Last; ", "",
+                   "Shelf <Lamp View Set <Spot <Room <<Table <<<Cup Last "},
+        FileChange{"BetweenOthers",
+                   [](SceneBuilder& file) {
+                     host::BaseObject* box = host::BaseObject::Alloc(host::Ocube);
+                     box->SetName("Box");
+                     file.Doc().InsertObject(box, file.GetObject("Shelf"), nullptr);
+                     host::BaseObject* twin = host::BaseObject::Alloc(host::Olight);
+                     twin->SetName("Lamp");
+                     file.Doc().InsertObject(twin, file.GetObject("Shelf"),
+                                             file.GetObject("Shelf/Lamp"));
+                     host::BaseObject* gate = host::BaseObject::Alloc(host::Onull);
+                     gate->SetName("Gate");
+                     file.Doc().InsertObject(gate, nullptr, file.GetObject("Room"));
+                   },
+                   "new: Gate, Shelf/Box, Shelf/Lamp; ", "",
+                   "Room <Table <<Cup Gate Shelf <Box <Lamp <Lamp View "},
+        FileChange{"FirstMaterial",
+                   [](SceneBuilder& file) { file.Texture("Room/Table/Cup", "Brass"); },
+                   "changed: Room/Table/Cup (material); ", ""},
+        FileChange{"SmoothMesh",
+                   [](SceneBuilder& file) {
+                     engine::SetMesh(*file.GetObject("Room/Table"), Triangle(2));
+                     file.Tag("Room/Table", host::Tphong);
+                   },
+                   "changed: Room/Table (shape); ", ""},
+        FileChange{"DeepBranch",
+                   [](SceneBuilder& file) {
+                     std::string path = "Room";
+                     for (char c = 'a'; c < 'l'; ++c) path += std::string("/") + c;
+                     file.Object(path).Doc().GetFirstObject();
+                     file.At(path, 1, 2, 3);
+                   },
+                   "new: Room/a; ", ""}),
     [](const auto& one) { return one.param.name; });
 
 TEST_F(Update, ThatChangesOneThingKeepsWhatWasDoneToOthers) {
@@ -266,6 +324,58 @@ TEST_F(Update, BringsPicturesThatCameInsideTheFile) {
   ASSERT_TRUE(bytes);
   EXPECT_EQ(*bytes, "new");
   EXPECT_EQ(shader->GetNext(), nullptr);
+}
+
+// Layers of the file by their names: those that the scene has, or new ones, each once.
+TEST_F(Update, PutsNewObjectsOnTheirLayers) {
+  host::LayerData hidden;
+  hidden.view = false;
+  scene_.Layer("Group/Props");
+  file_.Layer("Props", hidden).Layer("Lights", hidden).Object("A").Object("B").Object("C");
+  file_.Object("Off").OnLayer("A", "Props").OnLayer("B", "Lights").OnLayer("C", "Lights");
+  file_.Tag("A", host::Tphong).Texture("A", "Wood");
+  EXPECT_EQ(Said(Run().objects), "new: A, B, C, Off; ");
+  const auto layerOf = [&](const char* name) {
+    return scene_.GetObject(name)->GetLayerObject(&scene_.Doc());
+  };
+  EXPECT_EQ(layerOf("A"), scene_.GetLayer("Group/Props"));
+  EXPECT_EQ(layerOf("B"), scene_.GetLayer("Lights"));
+  EXPECT_EQ(layerOf("C"), layerOf("B"));
+  EXPECT_EQ(layerOf("Off"), nullptr);
+  EXPECT_EQ(layerOf("B")->GetNext(), nullptr);
+  EXPECT_EQ(layerOf("B")->GetLayerData(&scene_.Doc()), hidden);
+  EXPECT_NE(layerOf("A")->GetLayerData(&scene_.Doc()), hidden);
+  EXPECT_NE(scene_.GetTag("A", host::Tphong), nullptr);
+  EXPECT_EQ(static_cast<host::TextureTag*>(scene_.GetTag("A", host::Ttexture))->GetMaterial(),
+            scene_.GetMaterial("Wood"));
+  EXPECT_TRUE(scene_.Doc().DoUndo());
+  EXPECT_EQ(scene_.Doc().GetLayerObjectRoot()->GetFirst()->GetNext(), nullptr);
+}
+
+TEST_F(Update, NamesMaterialsThatAreGoneOrCameBack) {
+  scene_.Material("Made here");
+  host::BaseMaterial* brass = file_.GetMaterial("Brass");
+  host::BaseMaterial::Free(brass);
+  const SceneUpdate without = Run();
+  EXPECT_EQ(Said(without.materials), "gone: Brass; ");
+  EXPECT_EQ(without.materials.found, 1U);
+  EXPECT_EQ(without.materials.goneCount, 1U);
+  file_.Material("Brass", {0.1, 0.1, 0.1}).Material("Glass");
+  const SceneUpdate again = Run();
+  EXPECT_EQ(Said(again.materials), "changed: Brass (settings); new: Glass; ");
+  EXPECT_EQ(again.materials.found, 2U);
+  EXPECT_EQ(again.materials.addedCount, 1U);
+}
+
+// Of a long way the last names.
+TEST_F(Update, ShortensLongPaths) {
+  std::string path;
+  for (char c = 'a'; c < 'p'; ++c) path += (path.empty() ? "" : "/") + std::string(1, c);
+  for (SceneBuilder* one : {&scene_, &file_}) one->Object(path.substr(0, path.size() - 2));
+  engine::KeepImportedElements(scene_.Doc(), engine::DescribeElements(scene_.Doc(), "room.glb"));
+  file_.Object(path).At(path.substr(0, 23), 1, 0, 0);
+  EXPECT_EQ(Said(Run().objects),
+            "changed: a/b/c/d/e/f/g/h/i/j/k/l (place); new: \u2026/d/e/f/g/h/i/j/k/l/m/n/o; ");
 }
 
 }  // namespace
