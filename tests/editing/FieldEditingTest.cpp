@@ -2,6 +2,7 @@
 // them changes, and one undo takes it back.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 
@@ -11,6 +12,7 @@
 #include "engine/scene/TreeWalk.h"
 #include "engine/scene/ValueText.h"
 #include "engine/undo/Undo.h"
+#include "host/Parameters.h"
 #include "tests/support/SceneBuilder.h"
 
 namespace {

@@ -2,8 +2,9 @@
 // undo takes all of it back.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
-#include <set>
+#include <span>
 
 #include "engine/editing/ElementCommands.h"
 #include "engine/editing/LayerCommands.h"
