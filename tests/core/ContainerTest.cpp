@@ -162,6 +162,13 @@ TEST(Container, NumbersGoWhereTheirKeyIs) {
     EXPECT_EQ(container.GetType(9), host::DA_LONG);
     EXPECT_EQ(container.FindIndex(9), size - 1);
     const BaseContainer copy = container;
+    for (LONG i = 0; i < size; ++i) {
+      BaseContainer emptied;
+      for (LONG key = 0; key < size; ++key) emptied.SetLong(key, key);
+      emptied.FlushAll();
+      emptied.SetLong(i, 8);
+      EXPECT_EQ(Keys(emptied), std::to_string(i) + " ") << "what was there counts no more";
+    }
     container.FlushAll();
     EXPECT_EQ(copy.GetCount(), size);
     container.SetData(0, GeData());

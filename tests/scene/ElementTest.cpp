@@ -198,6 +198,8 @@ TEST(Dump, ShowsWhatDiffers) {
                                              "+ object 1 \"Box\" tag 0 type 5616 material \"Red\""};
   EXPECT_EQ(engine::DumpDifference(before, engine::DumpState(scene.Doc())), expected);
   EXPECT_EQ(engine::DumpDifference(before, before), std::vector<std::string>());
+  EXPECT_EQ(engine::DumpDifference("a\nb\nc\n", "", 2), std::vector<std::string>({"- a", "- b"}));
+  EXPECT_EQ(engine::DumpDifference("a\nb\n", "b\na\n").size(), 1U) << "another order";
 }
 
 // What a recording can hold, line by line.

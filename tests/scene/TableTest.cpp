@@ -56,6 +56,8 @@ TEST(NodePool, BlocksTakenInSequenceLieInSequence) {
   std::vector<unsigned char*> blocks;
   for (int i = 0; i < 300; ++i) blocks.push_back(static_cast<unsigned char*>(pool.Take()));
   for (std::size_t i = 1; i < blocks.size(); ++i) EXPECT_EQ(blocks[i] - blocks[i - 1], 192);
+  pool.Give(blocks[7]);
+  EXPECT_EQ(pool.Take(), blocks[7]) << "the next is one that was given back";
   for (unsigned char* block : blocks) pool.Give(block);
   EXPECT_EQ(pool.Take(), blocks.front()) << "an emptied slab starts over";
   pool.Give(blocks.front());

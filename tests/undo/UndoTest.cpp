@@ -454,8 +454,10 @@ TEST(Undo, StepsAreLimited) {
   int steps = 0;
   while (scene.Doc().DoUndo()) ++steps;
   EXPECT_EQ(steps, 100);
+  EXPECT_TRUE(scene.Doc().DoRedo());
   engine::ClearUndo(scene.Doc());
   EXPECT_FALSE(engine::CanRedo(scene.Doc()));
+  EXPECT_FALSE(engine::CanUndo(scene.Doc()));
 }
 
 TEST(Undo, ACanceledScopeLeavesNothing) {
