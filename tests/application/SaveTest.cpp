@@ -257,6 +257,10 @@ TEST_F(Saving, AFileThatIsBeingChangedIsWaitedFor) {
   EXPECT_NE(application->SaveDocument(*doc).Message().find("stopped"), std::string::npos)
       << "and a person may stop waiting";
   services.person.StopProgressAt(0);
+  ASSERT_TRUE(application->SetPlaceOfFormerVersions(engine::FormerPlace::Beside));
+  tests::WriteText(At("scene.c4d~"), tests::ReadText(At("scene.c4d")));
+  EXPECT_FALSE(application->RestoreFormerVersion(At("scene.c4d"),
+                                                 {.longestWait = std::chrono::milliseconds(0)}));
   EXPECT_TRUE(application->SaveDocument(*doc, {.lock = &*lock.Value()})) << "by who has the lock";
   EXPECT_TRUE(application->SaveDocument(*doc)) << "the lock is on a file that is no longer there";
 }

@@ -45,7 +45,7 @@ class GoodCommand : public CommandData {
   }
   LONG GetState(BaseDocument* doc) override {
     const Bool isOff = doc != nullptr && doc->GetDocumentName().GetString() == String("off");
-    return isOff ? 2 : 1;
+    return isOff ? 2 : CommandData::GetState(doc);
   }
   Bool RestoreLayout(void* secret) override {
     Record("restore layout");
