@@ -9,6 +9,7 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -168,6 +169,11 @@ std::string AnswerOfCopy(const std::function<std::string()>& ask) {
 
 // Alone, without the filter of system calls, as a plug-in is tried out.
 TEST(Confinement, WhereReadingIsAllowedNothingElseIs) {
+#ifdef SYS_landlock_create_ruleset
+  // Networks came with version 4, signals with version 6.
+  if (::syscall(SYS_landlock_create_ruleset, nullptr, 0, 1) < 6)
+#endif
+    GTEST_SKIP() << "this kernel cannot confine all of it";
   const tests::ScratchFolder scratch;
   for (const char* folder : {"open", "closed", "open/empty"})
     ASSERT_EQ(::mkdir((scratch / folder).c_str(), 0700), 0);
@@ -216,14 +222,11 @@ TEST(Confinement, WhereReadingIsAllowedNothingElseIs) {
       {"signal", [&] { return ::kill(parent, 0) == 0; }},
   };
   const std::string answer = AnswerOfCopy([&] {
-    if (!engine::AllowReadingOnly({scratch / "nowhere", scratch / "open"}))
-      return std::string("no means");
     std::string done;
+    if (!engine::AllowReadingOnly({scratch / "nowhere", scratch / "open"})) done = "no means ";
     for (const auto& [name, attempt] : attempts) done += attempt() ? std::string(name) + ", " : "";
     return done;
   });
-  // Kernels learned of networks and of signals later.
-  if (answer == "no means" || answer.ends_with("signal, ")) GTEST_SKIP() << answer;
   EXPECT_EQ(answer, "read, list, ");
   EXPECT_EQ(tests::Names(scratch / "open"), "empty file other");
 }
