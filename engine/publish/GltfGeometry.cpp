@@ -103,10 +103,9 @@ class Conversion {
       const std::int32_t point = mesh_.polygons[polygon][static_cast<std::size_t>(corners[i])];
       if (point < 0 || static_cast<std::size_t>(point) >= mesh_.points.size()) return;
       places[i] = Mirrored(mesh_.points[static_cast<std::size_t>(point)], kMetresPerUnit);
-      if (!AreNumbers(places[i])) return;
     }
     const Point across = Cross(Difference(places[1], places[0]), Difference(places[2], places[0]));
-    // A triangle without an area has no normal and shows nothing.
+    // A triangle without an area has no normal and shows nothing, nor does one with a corner nowhere.
     if (!AreNumbers(across) || !(Magnitude(across) > 0)) return;
     std::array<Vertex, 3> triangle;
     for (std::size_t i = 0; i < 3; ++i) {
