@@ -38,6 +38,8 @@ TEST_F(ForeignText, NamesOfObjAreKeptHoweverTheyAreWritten) {
   EXPECT_NE(Only("plain"), nullptr) << "an object without a name has the file's";
   Import("latin.obj", kObjTriangle + "Caf\xE9\nf 1 2 3\n");
   EXPECT_EQ(MaterialName(), "Caf\xC3\xA9");
+  Import("lowest.obj", kObjTriangle + "a\x80\nf 1 2 3\n");
+  EXPECT_EQ(MaterialName(), "a\xC2\x80");
   for (const bool isBigEndian : {false, true}) {
     Import(
         "wide.obj",

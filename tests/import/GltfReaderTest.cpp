@@ -376,6 +376,13 @@ TEST_F(GltfReader, WhatIsDamagedIsSaid) {
     const std::string why = std::string("The file cannot be read: ") + c.message;
     EXPECT_NE(Refusal(Write(source)).find(why), std::string::npos) << c.place;
   }
+  for (const auto& [key, value] : {std::pair("count", Json(1)), std::pair("type", Json("VEC4"))}) {
+    Source bound = Skinned();
+    bound.json["accessors"].back()[key] = value;
+    EXPECT_NE(Refusal(Write(bound)).find("a skin has fewer bind matrices than joints."),
+              std::string::npos)
+        << key;
+  }
   Source skinned = Skinned();
   skinned.json["skins"][0]["joints"] = {2};
   EXPECT_NE(Refusal(Write(skinned)).find("names joint 1, and its skin has 1."), std::string::npos);

@@ -145,6 +145,11 @@ TEST_F(PublishTest, GeometryIsThereOnceWithItsMaterials) {
   const json& accessor = file["accessors"][primitive["attributes"]["POSITION"].get<std::size_t>()];
   EXPECT_EQ(accessor["max"], json::array({1, 1, -1}));
   EXPECT_EQ(file["accessors"][primitive["indices"].get<std::size_t>()]["componentType"], 5123);
+  host::BaseObject* last = scene_.Last();
+  last->SetName("D");
+  EXPECT_EQ(Publish()["nodes"][2]["name"], "D") << "what is kept for it is made anew";
+  last->SetMl({{100, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+  EXPECT_EQ(Publish()["nodes"][2]["translation"], json::array({1, 0, 0}));
 }
 
 TEST_F(PublishTest, IndicesOfALargeMeshAreOf32Bits) {
@@ -170,6 +175,9 @@ TEST_F(PublishTest, CamerasLightsAndFacts) {
   lamp.SetLong(host::LIGHT_TYPE, 1);
   lamp.SetReal(host::LIGHT_BRIGHTNESS, 3);
   lamp.SetReal(engine::kLightRadius, 25);
+  scene_.Object("Sun", host::Olight);
+  scene_.Last()->GetDataInstance()->SetLong(host::LIGHT_TYPE, 2);
+  scene_.Last()->GetDataInstance()->SetReal(host::LIGHT_BRIGHTNESS, 2);
   scene_.Object("Ambient", host::Olight);
   scene_.Last()->GetDataInstance()->SetLong(host::LIGHT_TYPE, 4);
   const json file = Publish();
@@ -177,10 +185,11 @@ TEST_F(PublishTest, CamerasLightsAndFacts) {
   EXPECT_EQ(file["nodes"][1]["camera"], 0);
   EXPECT_EQ(file["nodes"][1]["translation"], json::array({1, 2, -3}));
   const json& light = file["extensions"]["KHR_lights_punctual"]["lights"];
-  ASSERT_EQ(light.size(), 1U) << "the format has no ambient light";
+  ASSERT_EQ(light.size(), 2U) << "the format has no ambient light";
   EXPECT_EQ(light[0]["type"], "spot");
   EXPECT_EQ(light[0]["extras"]["radius"], 0.25);
   EXPECT_EQ(light[0]["intensity"], 3.0);
+  EXPECT_EQ(light[1]["intensity"], 2.0) << "no light has another unit";
   EXPECT_LT(light[0]["spot"]["innerConeAngle"], light[0]["spot"]["outerConeAngle"]);
   ASSERT_EQ(notes_.size(), 1U);
   EXPECT_NE(notes_[0].find("Ambient"), std::string::npos);

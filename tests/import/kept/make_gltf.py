@@ -292,6 +292,7 @@ scene = {
              'indices': two_faces, 'material': 7},
             {'attributes': {'POSITION': square, 'TEXCOORD_0': first_uvs}, 'material': 2},
             {'attributes': {'POSITION': many}},
+            {'attributes': {}},
             {'attributes': {'POSITION': sparse}, 'indices': last_face},
             {'attributes': {'POSITION': square}, 'indices': without_one}]},
         {'name': 'Unbound', 'primitives': [{
