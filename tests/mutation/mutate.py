@@ -239,7 +239,8 @@ def prepare(folders):
     alone = not PROGRAMS_NEEDED_BY & set(programs)
     options = {
         'CMAKE_BUILD_TYPE': 'Debug',
-        'CMAKE_CXX_FLAGS_DEBUG': '-O0',
+        # Whoever looks behind the end of an array is told, as the sanitizers tell.
+        'CMAKE_CXX_FLAGS_DEBUG': '-O0 -D_GLIBCXX_ASSERTIONS',
         'CMAKE_LINK_DEPENDS_NO_SHARED': 'ON',
         'STAGEMARKS_ALONE': ';'.join(TARGETS[folder] for folder in folders),
         'STAGEMARKS_DESKTOP': 'OFF',
