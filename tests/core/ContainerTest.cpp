@@ -230,6 +230,10 @@ TEST(Container, ComparesKeysOrderTypesAndValues) {
   BaseContainer sameNotANumber;
   sameNotANumber.SetReal(1, std::numeric_limits<Real>::quiet_NaN());
   EXPECT_EQ(notANumber, sameNotANumber);
+  for (const Vector& other : {Vector(1, 0, 0), Vector(0, 1, 0), Vector(0, 0, 1)})
+    EXPECT_NE(GeData(other), GeData(Vector(0, 0, 0)));
+  for (const BaseTime& other : {BaseTime(2, 25), BaseTime(1, 30)})
+    EXPECT_NE(GeData(other), GeData(BaseTime(1, 25)));
 }
 
 TEST(Container, MergesInTheOrderOfTheSource) {

@@ -273,6 +273,7 @@ TEST(LongContainerMemory, IsGivenBackWithTheValues) {
     for (LONG i = 0; i < 700; i += 2) container.SetData(step * i, value(i + 2));
     for (LONG i = 0; i < 700; i += 3) EXPECT_TRUE(container.RemoveData(step * i));
     BaseContainer other = copy;
+    other.SetLong(step, 1);
     other.FlushAll();
     other.MergeContainer(container);
     container.FlushAll();
