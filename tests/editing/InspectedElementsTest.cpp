@@ -41,76 +41,78 @@ struct Act {
 };
 
 TEST(InspectedElements, AreThoseThatWereSelectedLast) {
-  using Scene = LookedAt;
   const Act acts[] = {
-      {"nothing", [](Scene&, InspectedElements&) {}, ""},
+      {"nothing", [](LookedAt&, InspectedElements&) {}, ""},
       {"returns to what is not selected",
-       [](Scene& s, InspectedElements& e) { e.Return(s.Doc(), InspectedElements::kLayers); }, ""},
-      {"an object", [](Scene& s, InspectedElements&) { s.Select("A"); }, "A "},
-      {"one more", [](Scene& s, InspectedElements&) { s.Select("B"); }, "A B "},
+       [](LookedAt& s, InspectedElements& e) { e.Return(s.Doc(), InspectedElements::kLayers); },
+       ""},
+      {"an object", [](LookedAt& s, InspectedElements&) { s.Select("A"); }, "A "},
+      {"one more", [](LookedAt& s, InspectedElements&) { s.Select("B"); }, "A B "},
       {"a material",
-       [](Scene& s, InspectedElements&) {
+       [](LookedAt& s, InspectedElements&) {
          engine::SelectMaterials(s.Doc(), {s.GetMaterial("Red")});
        },
        "Red "},
       {"a layer",
-       [](Scene& s, InspectedElements&) {
+       [](LookedAt& s, InspectedElements&) {
          engine::SelectLayers(s.Doc(), {s.GetLayer("Front"), s.GetLayer("Back")});
        },
        "Front Back "},
       {"the materials again",
-       [](Scene& s, InspectedElements& e) { e.Return(s.Doc(), InspectedElements::kMaterials); },
+       [](LookedAt& s, InspectedElements& e) { e.Return(s.Doc(), InspectedElements::kMaterials); },
        "Red "},
-      {"no layer", [](Scene& s, InspectedElements&) { engine::SelectLayers(s.Doc(), {}); }, "Red "},
+      {"no layer", [](LookedAt& s, InspectedElements&) { engine::SelectLayers(s.Doc(), {}); },
+       "Red "},
       {"a layer again",
-       [](Scene& s, InspectedElements& e) {
+       [](LookedAt& s, InspectedElements& e) {
          engine::SelectLayers(s.Doc(), {s.GetLayer("Back"), s.GetLayer("Front")});
          e.Follow(&s.Doc());
        },
        "Front Back "},
       {"another material, and fewer layers",
-       [](Scene& s, InspectedElements&) {
+       [](LookedAt& s, InspectedElements&) {
          engine::SelectLayers(s.Doc(), {s.GetLayer("Front")});
          engine::SelectMaterials(s.Doc(), {s.GetMaterial("Blue")});
        },
        "Blue "},
-      {"no material", [](Scene& s, InspectedElements&) { engine::SelectMaterials(s.Doc(), {}); },
+      {"no material", [](LookedAt& s, InspectedElements&) { engine::SelectMaterials(s.Doc(), {}); },
        "A B "},
       {"tags with an object",
-       [](Scene& s, InspectedElements&) {
+       [](LookedAt& s, InspectedElements&) {
          s.Doc().SetActiveTag(s.GetTag("A", host::Tphong), host::SELECTION_ADD);
          s.Doc().SetActiveTag(s.GetTag("B", host::Tcompositing), host::SELECTION_ADD);
          s.Doc().SetActiveObject(s.GetObject("A"), host::SELECTION_SUB);
        },
        "Phong Compositing "},
       {"the objects again",
-       [](Scene& s, InspectedElements& e) { e.Return(s.Doc(), InspectedElements::kObjects); },
+       [](LookedAt& s, InspectedElements& e) { e.Return(s.Doc(), InspectedElements::kObjects); },
        "B "},
-      {"no object", [](Scene& s, InspectedElements&) { s.Doc().SetActiveObject(nullptr); },
+      {"no object", [](LookedAt& s, InspectedElements&) { s.Doc().SetActiveObject(nullptr); },
        "Phong Compositing "},
       {"put there",
-       [](Scene& s, InspectedElements& e) {
+       [](LookedAt& s, InspectedElements& e) {
          e.Show(s.Doc(), s.Of({s.GetMaterial("Blue"), s.GetObject("B")}));
        },
        "Blue B "},
       {"one of these deleted",
-       [](Scene& s, InspectedElements&) {
+       [](LookedAt& s, InspectedElements&) {
          host::BaseMaterial* blue = s.GetMaterial("Blue");
          host::BaseMaterial::Free(blue);
        },
        "B "},
       {"something selected",
-       [](Scene& s, InspectedElements&) { engine::SelectOnly(s.Doc(), {s.GetObject("A")}); }, "A "},
+       [](LookedAt& s, InspectedElements&) { engine::SelectOnly(s.Doc(), {s.GetObject("A")}); },
+       "A "},
       {"put there again",
-       [](Scene& s, InspectedElements& e) { e.Show(s.Doc(), s.Of({s.GetObject("B")})); }, "B "},
+       [](LookedAt& s, InspectedElements& e) { e.Show(s.Doc(), s.Of({s.GetObject("B")})); }, "B "},
       {"all of these deleted",
-       [](Scene& s, InspectedElements&) {
+       [](LookedAt& s, InspectedElements&) {
          host::BaseObject* b = s.GetObject("B");
          host::BaseObject::Free(b);
        },
        "A "},
       {"put there, and back by a touch",
-       [](Scene& s, InspectedElements& e) {
+       [](LookedAt& s, InspectedElements& e) {
          e.Show(s.Doc(), s.Of({s.GetMaterial("Red")}));
          e.Return(s.Doc(), InspectedElements::kLayers);
        },
