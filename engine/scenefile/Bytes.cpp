@@ -38,8 +38,8 @@ std::uint64_t Cursor::LongVarint(std::uint8_t first) {
   Refuse("a number is longer than 64 bits");
 }
 
-// Eight bytes at a time: a varint ends with each byte below 0x80. No more than eight end in them, so
-// that what goes on behind them is among those that are left.
+// Eight bytes at a time: a varint ends with each byte below 0x80. No more than eight end in them,
+// so that what goes on behind them is among those that are left.
 void Cursor::SkipVarints(std::size_t count) {
   constexpr std::uint64_t kHighBits = 0x8080808080808080;
   while (count >= 8 && Left() >= 8) {
