@@ -1,5 +1,7 @@
 #include "engine/render/RayCamera.h"
 
+#include <utility>
+
 #include "engine/scene/Vectors.h"
 
 namespace engine {
@@ -89,6 +91,60 @@ Middle Improved(const Middle& from, const std::vector<Vec>& points, double halfX
   return to;
 }
 
+// The place along one axis, `value` of a point, from which the points take up as much of the picture
+// on one side as on the other. Going to one side leaves more on the other, so halving the range
+// finds it.
+template <class Value>
+double Centered(const std::vector<Vec>& points, double distance, double low, double high,
+                Value value) {
+  constexpr int kHalvings = 24;
+  for (int i = 0; i < kHalvings; ++i) {
+    const double at = (low + high) / 2;
+    double least = 1e30, most = -1e30;
+    for (const Vec& p : points) {
+      const double seen = (value(p) - at) / std::max(p.z + distance, 1e-6);
+      least = std::min(least, seen);
+      most = std::max(most, seen);
+    }
+    (least + most > 0 ? low : high) = at;
+  }
+  return (low + high) / 2;
+}
+
+// From the planes at the sides of the picture, each moved up to the points: on both axes these say
+// how far back the camera has to go.
+Middle BetweenPlanes(const std::vector<Vec>& points, double halfX, double halfY) {
+  double left = 1e30, right = -1e30, low = 1e30, high = -1e30;
+  for (const Vec& p : points) {
+    left = std::min(left, p.x + halfX * p.z);
+    right = std::max(right, p.x - halfX * p.z);
+    low = std::min(low, p.y + halfY * p.z);
+    high = std::max(high, p.y - halfY * p.z);
+  }
+  Middle middle;
+  const double d = middle.distance =
+      std::max({middle.distance, (right - left) / 2 / halfX, (high - low) / 2 / halfY});
+  middle.x = Centered(points, d, right - halfX * d, left + halfX * d,
+                      [](const Vec& p) -> double { return p.x; });
+  middle.y = Centered(points, d, high - halfY * d, low + halfY * d,
+                      [](const Vec& p) -> double { return p.y; });
+  return middle;
+}
+
+// A part that sticks out on one side more than on the other moves the middle, which changes the
+// distance: it settles quickly, but for wide lenses close to deep things, where it need not.
+Middle MiddleOf(const std::vector<Vec>& points, double halfX, double halfY) {
+  constexpr double kSettled = 0.01;  // of half a picture
+  Middle before;
+  Middle middle;
+  for (int round = 0; round < 8; ++round)
+    before = std::exchange(middle, Improved(middle, points, halfX, halfY));
+  const double moved =
+      std::max(std::abs(middle.x - before.x) / halfX, std::abs(middle.y - before.y) / halfY) /
+      middle.distance;
+  return moved < kSettled ? middle : BetweenPlanes(points, halfX, halfY);
+}
+
 constexpr std::size_t kMostOutlinePoints = 60000;
 
 }  // namespace
@@ -165,11 +221,7 @@ PictureCamera FramingCameraLike(PictureCamera camera, std::vector<Vec> points, d
     place = StandBefore(points, aspect, &camera.width);
   } else {
     const double halfX = HalfWidth(camera, aspect) / kMargin;
-    // A part that sticks out on one side more than on the other moves the middle, which changes the
-    // distance: it settles quickly.
-    Middle middle;
-    for (int round = 0; round < 8; ++round)
-      middle = Improved(middle, points, halfX, halfX / aspect);
+    const Middle middle = MiddleOf(points, halfX, halfX / aspect);
     place = {middle.x, middle.y, -middle.distance};
   }
   camera.frame.off = Sum(TurnedBy(axes, place), {center.x, center.y, center.z});

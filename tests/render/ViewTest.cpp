@@ -470,9 +470,9 @@ TEST(Framing, PutsWhatItShowsIntoTheMiddleWithAMargin) {
       EXPECT_NEAR(like.frame.v3.y, -0.42313, 1e-4);
       EXPECT_NEAR(engine::FramingCamera(cloud, aspect, -2).frame.v3.x, std::sin(2.0) * 0.906, 1e-3);
       like.frame.v1 = engine::Scaled(like.frame.v1, 3);
-      for (int kind = 0; kind < 3; ++kind) {
+      for (int kind = 0; kind < 4; ++kind) {
         like.isParallel = kind == 1;
-        like.fovVertical = kind == 2 ? 0.3 : 0;
+        like.fovVertical = kind == 2 ? 0.3 : kind == 3 ? 0.9 : 0;
         const engine::PictureCamera camera = engine::FramingCameraLike(like, cloud, aspect);
         const auto [left, right, low, high] = Extent(camera, aspect, cloud);
         EXPECT_NEAR(std::max(right, high), 1 / 1.1, 0.02) << aspect << " " << kind;
