@@ -142,10 +142,9 @@ TEST_F(List, ARowIsNamedByTheTextBesideItsBox) {
     host::BaseContainer columns;
     for (const host::LONG kind : kinds) columns.SetLong(columns.GetCount(), kind);
     ASSERT_TRUE(list_.SetLayout(columns.GetCount(), columns));
-    const auto add = [&](host::LONG id, const char* name, const char* others) {
+    const auto add = [&, at = named](host::LONG id, const char* name, const char* others) {
       host::BaseContainer row;
-      for (host::LONG i = 0; i < columns.GetCount(); ++i)
-        row.SetString(i, i == named ? name : others);
+      for (host::LONG i = 0; i < columns.GetCount(); ++i) row.SetString(i, i == at ? name : others);
       list_.SetItem(id, row);
     };
     list_.RemoveAll();

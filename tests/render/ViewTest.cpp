@@ -247,7 +247,7 @@ TEST(SceneScan, LightsAreWithinTheirBounds) {
   EXPECT_TRUE(real(host::LIGHT_BRIGHTNESS, nan).empty());
   for (const auto& [type, kind] : {std::pair(-1, 0), {0, 0}, {3, 3}, {4, 4}, {9, 4}}) {
     const auto lights =
-        read([type](host::BaseContainer& data) { data.SetLong(host::LIGHT_TYPE, type); });
+        read([as = type](host::BaseContainer& data) { data.SetLong(host::LIGHT_TYPE, as); });
     EXPECT_EQ(static_cast<int>(lights.at(0).kind), kind) << type;
   }
 }
