@@ -264,12 +264,16 @@ TEST(Changes, OfTheTreeOfObjectsAreCountedApart) {
     return engine::TreeChangeCount(doc) != before;
   };
   EXPECT_TRUE(grows([&] { scene.Object("D"); }));
-  EXPECT_TRUE(grows([&] { scene.GetObject("A/B")->Remove(); }));
+  EXPECT_TRUE(grows([&] {
+    host::BaseObject* object = scene.GetObject("A/B");
+    host::BaseObject::Free(object);
+  }));
   EXPECT_TRUE(grows([&] { scene.GetObject("C")->InsertUnder(scene.GetObject("A")); }));
   EXPECT_FALSE(grows([&] {
     scene.Material("N").Layer("L").Tag("A", host::Tphong);
     scene.GetObject("A")->SetName("X");
-    scene.GetMaterial("M")->Remove();
+    host::BaseMaterial* material = scene.GetMaterial("M");
+    host::BaseMaterial::Free(material);
     doc.SetFps(0);
     doc.SetFps(-1);
   }));

@@ -183,17 +183,22 @@ TEST(StepDifference, SaysWhatIsNotAsItWas) {
   }
 }
 
+void FreeFirstEffect(host::RenderData& settings) {
+  host::BaseVideoPost* effect = settings.GetFirstVideoPost();
+  host::BaseVideoPost::Free(effect);
+}
+
 TEST(StepDifference, EffectsAreComparedWithAllThatTheyHold) {
   using host::RenderData;
   const std::function<void(RenderData&)> rows[] = {
       [](RenderData& s) { s.InsertVideoPost(host::BaseVideoPost::Alloc(2)); },
       [](RenderData& s) { s.InsertMultipass(host::MultipassObject::Alloc(3)); },
-      [](RenderData& s) { s.GetFirstVideoPost()->Remove(); },
+      [](RenderData& s) { FreeFirstEffect(s); },
       [](RenderData& s) { s.GetFirstVideoPost()->SetName("Other"); },
       [](RenderData& s) { s.GetFirstVideoPost()->GetDataInstance()->SetLong(1, 1); },
       [](RenderData& s) { s.GetFirstVideoPost()->InsertShader(host::BaseShader::Alloc(4)); },
       [](RenderData& s) {
-        s.GetFirstVideoPost()->Remove();
+        FreeFirstEffect(s);
         s.InsertVideoPost(host::BaseVideoPost::Alloc(9));
       }};
   for (const auto& change : rows) {
