@@ -10,9 +10,8 @@ namespace engine {
 namespace {
 
 constexpr std::uint32_t kSamples[] = {1, 4, 16};
-// Share of the work that is done after each pass, about.
-constexpr double kDoneBefore[] = {0, 0.12, 0.5};
-constexpr double kDoneAfter[] = {0.12, 0.5, 1};
+// Share of the work that is done before each pass and after the last one, about.
+constexpr double kDoneBefore[] = {0, 0.12, 0.5, 1};
 // Difference of sRGB bytes between neighbors from which on a pixel is looked at more closely.
 constexpr float kContrast = 6.0F / 255;
 constexpr std::uint64_t kBytesPerPixel = 16;
@@ -98,7 +97,7 @@ bool PictureInProgress::Refine(const ProgressCallback& progress) {
   std::atomic<std::uint32_t> done{0};
   std::atomic<bool> stopped{false};
   const double before = kDoneBefore[pass_];
-  const double whole = kDoneAfter[pass_] - before;
+  const double whole = kDoneBefore[pass_ + 1] - before;
   const auto continues = [&] {
     return !progress || progress(before + whole * done.load() / tileCount_);
   };
