@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "engine/core/Utf8.h"
 #include "host/Filename.h"
 #include "host/Math.h"
 #include "host/String.h"
@@ -78,6 +79,15 @@ TEST(Text, CutsAndJoinsByCharacters) {
   edited.Delete(3, 100);
   EXPECT_EQ(edited.ToUtf8(), ">de");
   EXPECT_EQ(text.ToUtf8(), "d\xC3\xA9j\xC3\xA0 vu");
+}
+
+TEST(Text, IsCutToBytesBeforeACharacterThatWouldBeCutApart) {
+  const char* const cut[] = {"", "a", "a", "a", "a\xe6\x97\xa5", "a\xe6\x97\xa5z"};
+  for (std::size_t bytes = 0; bytes < std::size(cut); ++bytes) {
+    std::string text = "a\xe6\x97\xa5z";
+    engine::CutTo(text, bytes);
+    EXPECT_EQ(text, cut[bytes]) << bytes;
+  }
 }
 
 TEST(Text, FindsWholeCharactersOnly) {

@@ -318,6 +318,20 @@ TEST_F(RealFiles, RemoveFileTakesFilesAndLinksOnly) {
       << "what is merely missing is no failure";
 }
 
+// Whoever listens keeps what is there, and need not ask whether anything is.
+TEST_F(RealFiles, ListenersHearOfWhatIsThereBeforeItGoes) {
+  WriteText(At("a"), "content");
+  fs::create_directory(At("folder"));
+  std::string heard;
+  files.beforeChange = [&](engine::Operation, const std::string& path) {
+    heard += path.substr(path.rfind('/') + 1) + (fs::exists(path) ? " " : "? ");
+  };
+  for (const char* name : {"missing", "a"}) (void)files.RemoveFile(At(name));
+  for (const char* name : {"missing", "folder"}) (void)files.RemoveFolder(At(name));
+  EXPECT_EQ(heard, "a folder ");
+  files.beforeChange = {};
+}
+
 TEST_F(RealFiles, RemoveFolderNeverFollowsALink) {
   fs::create_directories(At("kept/deep"));
   WriteText(At("kept/deep/file"), "content");
