@@ -1,5 +1,6 @@
 // The verb trash: what was deleted or recorded over in a scene, and getting it back.
 #include <algorithm>
+#include <optional>
 
 #include "engine/dialog/TerminalText.h"
 #include "engine/states/Trash.h"
@@ -68,31 +69,41 @@ std::size_t PositionOf(const DeletedStates& states, const std::string& name) {
   return position - 1;
 }
 
-// All names are looked up before the first is given back; positions are asked anew, since they
-// move.
-int Restore(Session& session, const TrashOptions& options) {
+// Those that were typed, patterns among them; none, with an error told, where one is not there or
+// cannot be given back as asked.
+std::optional<Names> FindInTrash(Session& session, const TrashOptions& options) {
   Program& program = session.GetProgram();
-  host::BaseDocument& doc = session.Document();
   Names known;
-  for (const DeletedState& state : engine::DeletedStatesOf(doc)) known.push_back(state.name);
+  for (const DeletedState& state : engine::DeletedStatesOf(session.Document()))
+    known.push_back(state.name);
   for (const std::string& typed : options.names) {
     if (FindMarks({typed}, known)) continue;
     const std::string near = lookup::DidYouMean(typed, known);
     program.terminal.Error(
         "There is no \"" + Shown(typed) + "\" in the trash of this scene." +
         (near.empty() ? " `stagemarks trash list SCENE` shows what is there." : near));
-    return kUsage;
+    return std::nullopt;
   }
-  const auto names = FindMarks(options.names, known);
-  if (!options.as.empty() && names.Value().size() != 1) {
-    program.terminal.Error("--as gives one Stagemark another name, and these are " +
-                           Listed(names.Value()) + ".");
-    return kUsage;
+  Names names = FindMarks(options.names, known).Value();
+  if (!options.as.empty() && names.size() != 1) {
+    program.terminal.Error("--as gives one Stagemark another name, and these are " + Listed(names) +
+                           ".");
+    return std::nullopt;
   }
+  return names;
+}
+
+// All names are looked up before the first is given back; positions are asked anew, since they
+// move.
+int Restore(Session& session, const TrashOptions& options) {
+  const std::optional<Names> names = FindInTrash(session, options);
+  if (!names) return kUsage;
+  Program& program = session.GetProgram();
+  host::BaseDocument& doc = session.Document();
   session.HoldSideFiles();
   Report report;
   report.PutList("restored");
-  for (const std::string& name : names.Value()) {
+  for (const std::string& name : *names) {
     const auto restored = engine::RestoreDeleted(
         session.GetServices(), doc, PositionOf(engine::DeletedStatesOf(doc), name), options.as);
     if (!restored) {
