@@ -26,6 +26,7 @@ std::vector<BaseTag*> SelectedTags(const BaseDocument& doc) {
   host::AtomArray tags;
   doc.GetActiveTags(tags);
   std::vector<BaseTag*> selected;
+  selected.reserve(static_cast<std::size_t>(tags.GetCount()));
   for (LONG i = 0; i < tags.GetCount(); ++i) selected.push_back(AsTag(tags.GetIndex(i)));
   return selected;
 }

@@ -147,10 +147,9 @@ std::string BetterName(const aiNode& node, SourceFormat format, const std::strin
 }
 
 // The names of the materials that the OBJ's own files describe.
-std::set<std::string> DescribedMaterials(FolderFiles& files) {
+std::set<std::string> DescribedMaterials(const FolderFiles& files) {
   std::set<std::string> names;
-  const std::vector<std::string> opened = files.Opened();
-  for (const std::string& file : opened) {
+  for (const std::string& file : files.Opened()) {
     if (FormatOf(file) == SourceFormat::Obj) continue;
     const std::string bytes = files.ReadWhole(file);
     std::istringstream text(IsMarkedUtf16(bytes) ? FromUtf16(bytes) : bytes);

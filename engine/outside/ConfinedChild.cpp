@@ -106,6 +106,7 @@ Status StartFailure(const std::string& who, const char* what) {
 // Ended by null; the texts are those of `words`.
 std::vector<char*> Pointers(std::vector<std::string>& words) {
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   return pointers;

@@ -140,7 +140,7 @@ struct Font::Body {
       const FT_Face of = FaceWith(character);
       const FT_UInt glyph = FT_Get_Char_Index(of, character);
       FT_Vector kerning{0, 0};
-      if (of == faceBefore && before && glyph)
+      if (before && glyph && of == faceBefore)
         FT_Get_Kerning(of, before, glyph, FT_KERNING_DEFAULT, &kerning);
       pen += kerning.x;
       before = glyph;

@@ -236,6 +236,7 @@ class SkimmedContainers {
                  LONG key, std::vector<Found>& found) const {
     std::ranges::sort(wanted);
     std::vector<std::size_t> rows;
+    rows.reserve(wanted.size());
     for (const auto& [row, place] : wanted) rows.push_back(row);
     Cursor in = At(block);
     const std::size_t all = in.Rows(0);

@@ -242,7 +242,7 @@ RecordList::RecordList(const host::BaseContainer& state, host::LONG key, host::L
   if (IsDense(body)) {
     if (body && body->IsLong()) {
       for (const ChunkPlace& place : AsLong(body)->chunks) Add(*place.chunk);
-    } else if (SizeOf(body) > 0) {
+    } else if (body && body->size > 0) {
       stretches_.emplace_back(body->Entries(), body->size);
     }
     count_ = SizeOf(body);

@@ -35,6 +35,7 @@ class UnreadableText : public std::runtime_error {
 
 // The parts of a text: its Stagemarks, and its elements by the names that it has for them.
 using TextElements = std::unordered_map<std::string, Json>;
+// NOLINTNEXTLINE(bugprone-exception-escape): moving the library's values throws nothing
 struct StateTextContents {
   Json states;
   TextElements elements;

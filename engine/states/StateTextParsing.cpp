@@ -21,6 +21,7 @@ std::string WithoutMark(const std::string& message) {
 }
 
 // Gathers the contents of a text from the events of the parser.
+// NOLINTNEXTLINE(bugprone-exception-escape): as for the contents
 class TextGathering : public nlohmann::json_sax<Json> {
  public:
   StateTextContents contents;

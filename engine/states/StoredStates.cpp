@@ -138,6 +138,7 @@ std::vector<StoredState> ListedStates(const host::BaseDocument& doc) {
   std::stable_sort(named.begin(), named.end(),
                    [](const auto& a, const auto& b) { return a.first.Compare(b.first) < 0; });
   std::vector<StoredState> states;
+  states.reserve(named.size());
   for (auto& [name, state] : named) states.push_back(std::move(state));
   return states;
 }

@@ -93,9 +93,9 @@ void MaterialUpdate::BringFiles(BaseMaterial& material) {
     const std::string* bytes = FindEmbeddedFile(fresh_, name);
     if (bytes == nullptr) return;
     const std::string* there = FindEmbeddedFile(doc_, name);
+    // Under another name where the scene has other bytes of that name, which another material may
+    // show.
     if (there == nullptr || *there != *bytes)
-      // Under another name where the scene has other bytes of that name, which another material may
-      // show.
       SetBitmapFile(shader, AddEmbeddedFile(doc_, name, *bytes));
   };
   ForEachBitmapShaderOf(material, bring);

@@ -19,6 +19,7 @@ void AddChoice(Verb verb, PartChoice& choice, const char* only, const char* butT
 
 std::vector<std::string> AllWords() {
   std::vector<std::string> words;
+  words.reserve(std::size(engine::kPartRows));
   for (const engine::PartRow& row : engine::kPartRows) words.emplace_back(row.word);
   return words;
 }

@@ -39,6 +39,7 @@ std::vector<std::string> MaterialsOf(const host::BaseDocument& doc) {
 
 std::vector<std::string> NamesOf(const host::AtomArray& items) {
   std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(items.GetCount()));
   for (host::LONG i = 0; i < items.GetCount(); ++i) {
     names.push_back(static_cast<const host::BaseList2D*>(items.GetIndex(i))->GetName().ToUtf8());
   }

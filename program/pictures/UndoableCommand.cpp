@@ -78,7 +78,7 @@ UndoableCommand::UndoableCommand(const engine::Services& services, host::GeDialo
   host::BaseDocument* doc = host::GetActiveDocument();
   const StagemarksDialog states(dialog);
   if (command == std::end(kCommands) || !doc || !states.Fits()) return;
-  const std::string act = engine::PresentAct();
+  const std::string& act = engine::PresentAct();
   body_ = std::make_unique<Body>(services, *doc, act.empty() ? label : act);
   for (const std::string& name : NamesOf(states, command->touches))
     body_->previews->Take(*doc, name);

@@ -29,6 +29,7 @@ Result<std::vector<OrderedFile>> FilesOf(const PublishOrder& order, const std::s
     for (const std::string& state : order.names) add(state, scene + " " + state, {state});
   }
   std::vector<std::string> paths;
+  paths.reserve(files.size());
   for (const OrderedFile& file : files) paths.push_back(file.path);
   if (const auto clash = pictures::FindClash(paths)) {
     return Result<std::vector<OrderedFile>>::Failure(

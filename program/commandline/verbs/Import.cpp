@@ -174,6 +174,7 @@ class UpdateFromFile {
 
   static std::vector<std::string> ShownAll(const std::vector<std::string>& paths) {
     std::vector<std::string> shown;
+    shown.reserve(paths.size());
     for (const std::string& path : paths) shown.push_back(Shown(path));
     return shown;
   }
