@@ -27,6 +27,7 @@ BaseObject& FindObjectAt(BaseDocument& doc, ElementId element) {
 
 std::vector<BaseObject*> FindObjectsAt(BaseDocument& doc, const std::vector<ElementId>& ids) {
   std::vector<BaseObject*> objects;
+  objects.reserve(ids.size());
   for (const ElementId id : ids) objects.push_back(&FindObjectAt(doc, id));
   return objects;
 }

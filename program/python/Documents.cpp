@@ -31,7 +31,7 @@ std::string CheckTarget(const host::BaseDocument& doc, const std::string& path, 
   const std::string own = SavedPath(doc);
   if (path.empty() && own.empty())
     throw Failure(Fault::Misused, "The document was never saved; it needs a file name.");
-  const std::string target = path.empty() ? own : lookup::AbsolutePath(path);
+  std::string target = path.empty() ? own : lookup::AbsolutePath(path);
   if (engine::IsImportable(target)) {
     throw Failure(Fault::Misused,
                   "\"" + target +
@@ -121,7 +121,7 @@ bool IsChanged(DocumentId document) { return Find(document).GetChanged(); }
 std::string Save(DocumentId document, const std::string& path, bool overwrite, double seconds) {
   Session& session = Session::Get();
   host::BaseDocument& doc = session.Document(document);
-  const std::string target = CheckTarget(doc, path, overwrite);
+  std::string target = CheckTarget(doc, path, overwrite);
   session.DialogFor(doc);
   engine::SaveChoices choices;
   choices.longestWait = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));

@@ -27,13 +27,15 @@ pictures::PictureSize SizeOf(const rendering::StatePictures& states,
   pictures::PictureSize size = states.Size();
   const auto [width, height] = wanted;
   if (width != 0 && height != 0) return {width, height};
-  if (width != 0)
+  if (width != 0) {
     return {width, std::max(1U, static_cast<std::uint32_t>(std::uint64_t{width} * size.height /
                                                            std::max(1U, size.width)))};
-  if (height != 0)
+  }
+  if (height != 0) {
     return {std::max(1U, static_cast<std::uint32_t>(std::uint64_t{height} * size.width /
                                                     std::max(1U, size.height))),
             height};
+  }
   return size;
 }
 

@@ -104,7 +104,7 @@ std::string MakePage(DocumentId document, const PageWishes& wishes) {
 // Each state is loaded twice: first for all sizes, then for its picture, so that one picture at a
 // time is in memory beside the sheet.
 std::string MakeSheet(DocumentId document, const SheetWishes& wishes) {
-  const std::string path = SheetPath(wishes);
+  std::string path = SheetPath(wishes);
   std::optional<PictureSize> box;
   if (wishes.size) box = BoxOf(*wishes.size);
   ScriptScene scene(document);

@@ -72,7 +72,11 @@ class SelectedMeanwhile {
   SelectedMeanwhile(const SelectedMeanwhile&) = delete;
   SelectedMeanwhile& operator=(const SelectedMeanwhile&) = delete;
   ~SelectedMeanwhile() {
-    if (isUsed_) Select(document_, kind_, former_);
+    try {
+      if (isUsed_) Select(document_, kind_, former_);
+    } catch (const std::exception&) {
+      // Of a document or elements that are gone, or without memory: the edit's selection stays.
+    }
   }
 
  private:
@@ -221,7 +225,7 @@ void Rename(DocumentId document, const std::string& typed, const std::string& to
 // Whether anything was deleted shows in the rows that are left.
 Names Delete(DocumentId document, const Names& typed) {
   if (typed.empty()) return {};
-  const Names names = ChooseStates(document, typed);
+  Names names = ChooseStates(document, typed);
   StagemarksDialog dialog = DialogOf(document);
   const std::size_t before = dialog.Marks().size();
   PressDelete(dialog, names);

@@ -37,6 +37,7 @@ class Watch {
       : goesOn_(goesOn), thread_([this] { Run(); }) {}
   Watch(const Watch&) = delete;
   Watch& operator=(const Watch&) = delete;
+  // NOLINTNEXTLINE(bugprone-exception-escape): a thread that cannot be joined ends the program
   ~Watch() {
     {
       const std::lock_guard<std::mutex> lock(guard_);

@@ -20,6 +20,7 @@ class type_caster<std::string> {
  public:
   PYBIND11_TYPE_CASTER(std::string, const_name("str"));
 
+  // NOLINTNEXTLINE(readability-identifier-naming): the library's name
   bool load(handle source, bool) {
     if (!PyUnicode_Check(source.ptr())) return false;
     const auto bytes = reinterpret_steal<object>(
@@ -32,6 +33,7 @@ class type_caster<std::string> {
                  static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.ptr())));
     return true;
   }
+  // NOLINTNEXTLINE(readability-identifier-naming): the library's name
   static handle cast(const std::string& text, return_value_policy, handle) {
     return PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()),
                                 "surrogateescape");

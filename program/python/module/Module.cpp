@@ -97,7 +97,7 @@ py::object GetListener() {
   return listener ? py::reinterpret_borrow<py::object>(listener) : py::none();
 }
 
-void DefineDocuments(py::module_& module) {
+void DefineDocumentAnswers(py::module_& module) {
   py::class_<Opened>(module, "Opened", "What came of opening a scene.")
       .def_readonly("document", &Opened::document, "Its number.")
       .def_readonly("notes", &Opened::notes, "What an import lost or mended.")
@@ -118,6 +118,10 @@ void DefineDocuments(py::module_& module) {
       .def_readonly("materials", &engine::SceneUpdate::materials)
       .def_readonly("removed", &engine::SceneUpdate::removed)
       .def_readonly("notes", &engine::SceneUpdate::notes);
+}
+
+void DefineDocuments(py::module_& module) {
+  DefineDocumentAnswers(module);
   Define(module, "open", &Open, py::arg("path"), py::arg("allow_outside"));
   Define(module, "update_from", &UpdateFrom, py::arg("document"), py::arg("path"),
          py::arg("remove_gone"), py::arg("allow_outside"));

@@ -26,13 +26,8 @@ void DefineAnswers(py::module_& module) {
       .def_readonly("missing", &Exported::missing);
 }
 
-}  // namespace
-
-void DefinePictures(py::module_& module) {
-  DefineAnswers(module);
+void DefineScenes(py::module_& module) {
   const auto document = py::arg("document");
-  Define(module, "render", &Render, document, py::arg("state"), py::arg("size"), py::arg("path"),
-         py::arg("overwrite"), py::arg("threads"));
   module.def(
       "export",
       [](DocumentId number, std::string folder, Names states, std::string layout,
@@ -53,6 +48,16 @@ void DefinePictures(py::module_& module) {
       },
       document, py::arg("folder"), py::arg("states"), py::arg("format"), py::arg("all_in_one"),
       py::arg("omit_hidden"), py::arg("overwrite"));
+}
+
+}  // namespace
+
+void DefinePictures(py::module_& module) {
+  DefineAnswers(module);
+  DefineScenes(module);
+  const auto document = py::arg("document");
+  Define(module, "render", &Render, document, py::arg("state"), py::arg("size"), py::arg("path"),
+         py::arg("overwrite"), py::arg("threads"));
   module.def(
       "page",
       [](DocumentId number, std::string folder, Names states, std::string title, bool overwrite) {
