@@ -127,11 +127,12 @@ engine::Status DocumentCommands::TryToOpen(const std::string& path) {
   const recording::RecordedStates states =
       recordStates ? recordStates() : recording::RecordedStates();
   notes.insert(notes.end(), states.notes.begin(), states.notes.end());
-  if (told)
+  if (told) {
     told({Opened(application_.GetServices().files, path, *opened.Value(), states.names),
           {},
           {},
           ""});
+  }
   if (!notes.empty()) person_.Warn(JoinedNotes(path, notes));
   return {};
 }
@@ -196,7 +197,7 @@ engine::Status DocumentCommands::WriteOnce(host::BaseDocument& doc, const std::s
   const engine::Services& services = application_.GetServices();
   const std::size_t mark = services.ledger.Mark();
   const std::string former = PathOfDocument(doc);
-  const engine::Status saved = application_.SaveDocumentAs(doc, path);
+  engine::Status saved = application_.SaveDocumentAs(doc, path);
   if (saved && told) told(outcome::OfSaving(services, mark, former, path));
   return saved;
 }

@@ -63,10 +63,11 @@ bool CurrentStateMark::Advance() {
 }
 
 void CurrentStateMark::Show(bool isChanged) {
-  if (ListView* list = states_.List())
+  if (ListView* list = states_.List()) {
     list->ShowStar(isChanged ? ListModel::Star::Hollow : ListModel::Star::Full,
                    isChanged ? "The current state, but the scene has been changed since"
                              : "The current state: the scene is as it was recorded or loaded");
+  }
 }
 
 }  // namespace desktop

@@ -47,7 +47,7 @@ DialogView* DialogDocks::ViewOf(const host::GeDialog& dialog) const {
 void DialogDocks::PutOnTheRight(QDockWidget& dock) {
   window_.addDockWidget(Qt::RightDockWidgetArea, &dock);
   for (QDockWidget* other : window_.findChildren<QDockWidget*>()) {
-    const bool isPanel = !dynamic_cast<DialogDock*>(other) && !other->isFloating();
+    const bool isPanel = !other->isFloating() && !dynamic_cast<DialogDock*>(other);
     if (!isPanel || window_.dockWidgetArea(other) != Qt::RightDockWidgetArea) continue;
     window_.tabifyDockWidget(other, &dock);
     break;

@@ -32,10 +32,11 @@ std::string Summary(const engine::SceneUpdate& update, const std::string& path) 
 std::vector<std::string> Remarks(const engine::SceneUpdate& update,
                                  const std::vector<std::string>& notes) {
   std::vector<std::string> remarks = update.notes;
-  if (!update.objects.gone.empty())
+  if (!update.objects.gone.empty()) {
     remarks.push_back(
         "Gone from the file, and kept in the scene: " + outcome::Listed(update.objects.gone) +
         ". Delete what is not wanted any more.");
+  }
   remarks.insert(remarks.end(), notes.begin(), notes.end());
   return remarks;
 }

@@ -87,10 +87,11 @@ void CompareModel::Arrange() {
   }
   AddGroup("The Stagemark does not know",
            "In the scene, but not in this Stagemark: loading leaves them as they are", first);
-  if (const std::size_t gone = compared_.difference.gone; gone > 0)
+  if (const std::size_t gone = compared_.difference.gone; gone > 0) {
     groups_.push_back({Counted("Gone from the scene", gone),
                        "Recorded, but in the scene no more: loading passes them over",
                        order_.size(), 0});
+  }
 }
 
 void CompareModel::AddGroup(const QString& title, const QString& tip, std::size_t first) {

@@ -145,7 +145,8 @@ QModelIndex NodeTreeModel::index(int row, int column, const QModelIndex& parent)
   if (parent.isValid() && parent.column() != 0) return {};
   const FlatTree::Entry& above = EntryOf(parent);
   if (row < 0 || row >= above.childCount || column < 0 || column >= columnCount()) return {};
-  return createIndex(row, column, static_cast<quintptr>(above.firstChild + row));
+  return createIndex(row, column,
+                     static_cast<quintptr>(above.firstChild) + static_cast<quintptr>(row));
 }
 
 QModelIndex NodeTreeModel::parent(const QModelIndex& index) const {

@@ -250,10 +250,11 @@ QItemSelectionModel::SelectionFlags ObjectTree::selectionCommand(const QModelInd
   const bool isRelease = event && event->type() == QEvent::MouseButtonRelease;
   const bool isMove = event && event->type() == QEvent::MouseMove;
   const bool control = keys & Qt::ControlModifier;
-  if (keys & Qt::ShiftModifier)
+  if (keys & Qt::ShiftModifier) {
     return isRelease
                ? Flags::NoUpdate
                : (control ? Flags::Select : Flags::ClearAndSelect) | Flags::Current | Flags::Rows;
+  }
   if (isMove)
     return control ? Flags::Select | Flags::Current | Flags::Rows
                    : Flags::ClearAndSelect | Flags::Current | Flags::Rows;
@@ -282,6 +283,7 @@ void ObjectTree::startDrag(Qt::DropActions) {
       doc ? engine::SelectedObjects(*doc) : std::vector<BaseObject*>();
   if (objects.empty()) return;
   std::vector<engine::NodeId> ids;
+  ids.reserve(objects.size());
   for (const BaseObject* object : objects) ids.push_back(engine::IdOf(*object));
   DragRows(*this, DraggedNodes(kObjectsMime, ids), static_cast<int>(ids.size()),
            NameInRow(objects.front()->GetName()));

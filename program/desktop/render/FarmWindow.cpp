@@ -63,7 +63,7 @@ QString StatusText(const QJsonObject& status) {
     text += "; about " + ToQt(rendering::DurationText(left.toDouble())) + " left";
   const QString stopped = status.value("stopped").toString();
   if (!stopped.isEmpty()) text += ". Stopped: " + stopped;
-  for (const QJsonValue& task : status.value("tasks").toArray()) {
+  for (const auto& task : status.value("tasks").toArray()) {
     const QString why = task.toObject().value("why").toString();
     if (why.isEmpty() || task.toObject().value("result").toString() != "failed") continue;
     return text + "\n" + task.toObject().value("state").toString() + ": " + why;
@@ -76,7 +76,7 @@ QString SchedulerText(const QJsonObject& status) {
   const QString unasked = status.value("unasked").toString();
   if (!unasked.isEmpty()) return "\n" + unasked;
   QStringList parts;
-  for (const QJsonValue& value : status.value("scheduler").toArray()) {
+  for (const auto& value : status.value("scheduler").toArray()) {
     const int tasks = value.toObject().value("tasks").toInt();
     parts.append(QString(tasks == 1 ? "%1 task %2" : "%1 tasks %2")
                      .arg(tasks)
@@ -339,7 +339,7 @@ void FarmWindow::Open(const QString& path) {
 // Rows are in the order of the states.
 void FarmWindow::OpenPictureOf(int row) {
   const QJsonValue state = status_.value("states").toArray().at(row).toObject().value("state");
-  for (const QJsonValue& task : status_.value("tasks").toArray()) {
+  for (const auto& task : status_.value("tasks").toArray()) {
     const QJsonObject picture = task.toObject();
     if (picture.value("state") == state && picture.value("result").toString() == "done")
       return Open(picture.value("file").toString());

@@ -248,10 +248,11 @@ void PictureWindow::Write(const std::string& file, std::function<void(bool)> don
                 save_->setEnabled(true);
                 Say(written ? "Written: " + ToQt(file) : "Not written: " + ToQt(written.Message()));
                 if (done) done(written.Ok());
-                if (!written)
+                if (!written) {
                   QMessageBox::warning(
                       this, windowTitle(),
                       ToQt(written.Message()) + "\n\nSave As writes it to another place.");
+                }
               });
 }
 

@@ -47,10 +47,11 @@ StateChoice::StateChoice(const host::BaseDocument& doc, std::vector<std::string>
   connect(pattern_, &QLineEdit::textEdited, this, [this] { byPattern_->setChecked(true); });
   connect(byPattern_, &QRadioButton::clicked, this, [this] { pattern_->setFocus(); });
   if (!changed) return;
-  for (QRadioButton* button : {all, onlyChosen_, byPattern_})
+  for (QRadioButton* button : {all, onlyChosen_, byPattern_}) {
     connect(button, &QRadioButton::toggled, this, [changed](bool on) {
       if (on) changed();
     });
+  }
   connect(pattern_, &QLineEdit::editingFinished, this, changed);
 }
 
